@@ -1,0 +1,65 @@
+# A room is one folder of src/ with one subject and one target.
+#
+# tessera_room(PATH [DEPENDS room...] [LINK target...])
+#   Makes the library of the room src/PATH. Its headers are reached as "PATH/x.h", and only by
+#   rooms that name it in DEPENDS: each room has an include root of its own that holds nothing but
+#   a link to its folder, so that an include against the order of the rooms does not compile.
+#
+# tessera_face(PATH [DEPENDS room...] [LINK target...])
+#   The same for a room's Qt face, src/PATH/ui.
+#
+# tessera_tests(PATH [DEPENDS room...] [LINK target...] [ENVIRONMENT VAR=VALUE...])
+#   One test program from tests/PATH/*_test.cpp, with the fakes and builders of tests/support.
+
+function(tessera_room path)
+  cmake_parse_arguments(ROOM "QT" "" "DEPENDS;LINK" ${ARGN})
+  string(REPLACE "/" "_" id ${path})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${path}/*.cpp)
+  file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${path}/*.h)
+  set(root ${CMAKE_BINARY_DIR}/rooms/${id})
+  cmake_path(GET path PARENT_PATH parent)
+  file(MAKE_DIRECTORY ${root}/${parent})
+  if(NOT EXISTS ${root}/${path})
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${path} ${root}/${path} SYMBOLIC)
+  endif()
+  list(TRANSFORM ROOM_DEPENDS REPLACE "/" "_")
+  if(sources)
+    add_library(${id} STATIC ${sources} ${headers})
+    target_include_directories(${id} PUBLIC ${root})
+    target_link_libraries(${id} PUBLIC ${ROOM_DEPENDS} ${ROOM_LINK} PRIVATE tessera_compiler)
+    if(ROOM_QT)
+      set_target_properties(${id} PROPERTIES AUTOMOC ON)
+    endif()
+  else()
+    add_library(${id} INTERFACE)
+    target_include_directories(${id} INTERFACE ${root})
+    target_link_libraries(${id} INTERFACE ${ROOM_DEPENDS} ${ROOM_LINK})
+  endif()
+endfunction()
+
+function(tessera_face path)
+  if(TESSERA_GUI)
+    tessera_room(${path}/ui QT ${ARGN})
+  endif()
+endfunction()
+
+function(tessera_tests path)
+  cmake_parse_arguments(T "QT" "" "DEPENDS;LINK;ENVIRONMENT" ${ARGN})
+  string(REPLACE "/" "_" id ${path})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${path}/*_test.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  list(TRANSFORM T_DEPENDS REPLACE "/" "_")
+  add_executable(${id}_tests ${sources})
+  target_include_directories(${id}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  if(T_QT)
+    set_target_properties(${id}_tests PROPERTIES AUTOMOC ON)
+    target_link_libraries(${id}_tests PRIVATE ${T_DEPENDS} ${T_LINK} GTest::gtest tessera_compiler)
+  else()
+    target_link_libraries(${id}_tests PRIVATE ${T_DEPENDS} ${T_LINK} GTest::gmock GTest::gtest_main
+                                              tessera_compiler)
+  endif()
+  add_test(NAME ${path} COMMAND ${id}_tests)
+  set_tests_properties(${path} PROPERTIES TIMEOUT 300 ENVIRONMENT "${T_ENVIRONMENT}")
+endfunction()

@@ -1,0 +1,39 @@
+// A read-only view of a whole file that can be read safely whatever happens to the file.
+//
+// Shape    Size() bytes of the file, and behind them at least kGuardBytes of zeros, so that a
+//          record cut by the end of the file reads as zeros and needs no check per field. A page
+//          that another program cuts off while it is mapped reads as zeros from then on.
+// Owner    Shared: the view stands as long as anyone holds the MappedFile.
+// Errors   Null and a reason: no such file, no permission, not a regular file, empty, 4 GiB or
+//          more (a position is a 32-bit number in the progress messages), no address space.
+// Threads  Open and destruction from any thread; the bytes are read-only.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "base/bytes.h"
+#include "base/file_gate.h"
+
+class MappedFile {
+ public:
+  // The longest reach of a record's fields: a fixed part and two texts of 65,535 bytes.
+  static constexpr std::size_t kGuardBytes = 131115;
+
+  static std::shared_ptr<const MappedFile> Open(const std::string& path,
+                                                std::string* why = nullptr);
+  ~MappedFile();
+  MappedFile(const MappedFile&) = delete;
+  MappedFile& operator=(const MappedFile&) = delete;
+
+  Bytes View() const { return {m_data, m_size}; }
+  std::uint32_t Size() const { return static_cast<std::uint32_t>(m_size); }
+
+ private:
+  MappedFile() = default;
+  OpenFile m_file;
+  const std::uint8_t* m_data = nullptr;
+  std::size_t m_size = 0;
+  std::size_t m_reserved = 0;
+};

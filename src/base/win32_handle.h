@@ -1,0 +1,54 @@
+// Things that one thread waits for: events and threads, and the owner of a handle to one.
+//
+// Owner    A HANDLE is shared: the event lives as long as anyone can signal or wait on it, so that
+//          a dialog left behind by its document still signals something real.
+// Errors   None.
+// Threads  Set, IsSet and Wait may be called from any thread. AutoWin32Handle_t itself is not
+//          synchronised.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+// Something that becomes signalled once and stays so (manual reset, never reset).
+class WaitObject {
+ public:
+  virtual ~WaitObject() = default;
+  void Set();
+  bool IsSet() const;
+  // True when signalled within `milliseconds`; 0 looks without waiting.
+  bool Wait(unsigned milliseconds) const;
+
+ private:
+  mutable std::mutex m_mutex;
+  mutable std::condition_variable m_changed;
+  bool m_set = false;
+};
+
+using HANDLE = std::shared_ptr<WaitObject>;
+
+// A new event, not signalled.
+HANDLE CreateEvent();
+
+// Runs `body` on a thread of its own; the handle is signalled when the body has returned. The
+// thread is never killed: closing the handle leaves it running, and what it uses must be its own.
+HANDLE BeginThread(std::function<void()> body);
+
+// The one owner of a handle: closes it at its end and when another one is assigned.
+class AutoWin32Handle_t {
+ public:
+  AutoWin32Handle_t() = default;
+  AutoWin32Handle_t& operator=(HANDLE handle) {
+    m_handle = std::move(handle);
+    return *this;
+  }
+  void Close() { m_handle.reset(); }
+  explicit operator bool() const { return m_handle != nullptr; }
+  const HANDLE& Get() const { return m_handle; }
+
+ private:
+  HANDLE m_handle;
+};

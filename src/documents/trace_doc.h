@@ -1,0 +1,58 @@
+// The common base of the trace documents: owns the traces of one source, the names that explain
+// them and the ids that a filter offers, and tells its views of changes.
+//
+// Owner    The document owns its traces; views and hints borrow them.
+// Errors   The save shows its own words and returns false; it leaves the document as it was.
+// Threads  Interface thread.
+#pragma once
+
+#include <string>
+
+#include "documents/trace_hint.h"
+#include "documents/trace_indexes.h"
+#include "docview/document.h"
+#include "records/name_map.h"
+#include "records/trace_list.h"
+
+// Commands of the trace documents' menus.
+enum TraceCommand : unsigned {
+  ID_EDIT_FINDNEXT = 32781,
+  ID_FILE_EXPORT = 32810,
+  ID_VIEW_PROPERTIES = 32813,
+  ID_FILE_SAVECOPY = 32809,
+  ID_VIEW_PROC = 32804,
+  ID_VIEW_GOTOSOURCE = 32822,
+  ID_VIEW_SYNCHRONIZE = 32825,
+  ID_VIEW_FILTER = 32847,
+  ID_FILE_CAPTURE = 32848,
+  ID_VIEW_PAUSE = 32849,
+};
+
+class CTraceDoc : public CDocument {
+ public:
+  explicit CTraceDoc(Host& host);
+  ~CTraceDoc() override;
+
+  // Takes ownership of the trace and notes its ids; the document is modified. Tells no view: the
+  // caller collects a batch for that.
+  void AddTrace(TraceEvent_i* event);
+
+  bool OnNewDocument() override;
+  // Releases all traces, then tells the views 1002 and 1003. Names, process map and id lists stay:
+  // a live connection goes on using them, and later traces come with old ids.
+  void DeleteContents() override;
+  // Writes all traces, oldest first, whatever a view's filter shows. The modified flag stays.
+  bool OnSaveDocument(const std::string& path) override;
+  // True at once after a Quick Close.
+  bool SaveModified() override;
+
+  // Read directly by views, iterators and the filter.
+  bool m_loading = true;  // views wait for hint 1002 while it is set
+  TraceList_t m_traces;
+  NameMap m_names;
+  bool m_synchronize = false;  // the views follow one another's current trace
+  TraceIndexes m_indexes;
+
+ private:
+  void SaveCopy();
+};

@@ -1,0 +1,34 @@
+// A dialog's state and rules. Its face copies the members into widgets, reports events by calling
+// the dialog's operations, and closes when the dialog has ended.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include "docview/host.h"
+
+class CDialog {
+ public:
+  static constexpr int kIdOk = 1;
+  static constexpr int kIdCancel = 2;
+
+  explicit CDialog(Host& host) : m_host(host) {}
+  virtual ~CDialog() = default;
+  CDialog(const CDialog&) = delete;
+  CDialog& operator=(const CDialog&) = delete;
+
+  // Runs until the dialog ends; kIdOk, kIdCancel, or what EndDialog was given.
+  int DoModal();
+
+  virtual void OnInitDialog() {}
+  virtual void OnOK() { EndDialog(kIdOk); }
+  virtual void OnCancel() { EndDialog(kIdCancel); }
+
+  void EndDialog(int result) { m_result = result; }
+  bool Ended() const { return m_result != 0; }
+  int Result() const { return m_result; }
+  Host& GetHost() const { return m_host; }
+
+ private:
+  Host& m_host;
+  int m_result = 0;
+};

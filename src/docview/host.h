@@ -1,0 +1,107 @@
+// The one port to the person and to the interface thread's loop.
+//
+// There are three hosts: Qt's (docview/ui), the terminal's (apps/trc) and a recording one for tests
+// whose transcript proves words, icons, buttons and order.
+//
+// Threads  Post and PostBox from any thread; everything else on the interface thread.
+// Errors   None: a person who closes a box or a dialog has answered Cancel (or the only button).
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "docview/object.h"
+
+class CDialog;
+class CWnd;
+
+enum class BoxIcon { None, Stop, Question, Warning, Information };
+enum class BoxButtons { Ok, OkCancel, YesNo, YesNoCancel };
+enum class BoxAnswer { Ok, Cancel, Yes, No };
+
+struct MessageBoxRequest {
+  std::string text;  // UTF-8, plain
+  BoxIcon icon = BoxIcon::Warning;
+  BoxButtons buttons = BoxButtons::Ok;
+  std::string caption = "Tessera";
+};
+
+struct FileFilter {
+  std::string label;     // "Trace Files (*.trc)"
+  std::string patterns;  // "*.trc", or "*.c; *.cpp"
+};
+
+struct FileDialogBox {  // a check box inside the file dialog
+  std::string text;
+  bool enabled = true;
+  bool checked = false;
+};
+
+struct FileDialogRequest {
+  bool save = false;  // asks before it overwrites the final name; otherwise the file must exist
+  std::string title;
+  std::string defaultExtension;  // ".trc", appended when none was typed
+  std::string suggestedName;     // may hold a folder
+  std::vector<FileFilter> filters;
+  std::vector<FileDialogBox> boxes;
+};
+
+struct FileDialogAnswer {
+  std::string path;  // absolute
+  std::vector<bool> boxes;
+};
+
+// The window of a modeless dialog; destroying it takes the window down.
+class DialogFace {
+ public:
+  virtual ~DialogFace() = default;
+  virtual void UpdateData() = 0;  // copies the dialog's state into the window
+};
+
+using TimerId = unsigned;
+
+class Host {
+ public:
+  virtual ~Host() = default;
+
+  // Application-modal; returns when answered.
+  virtual BoxAnswer MessageBox(const MessageBoxRequest& request) = 0;
+  // A box that blocks no window, for a thread that has something to say. `closed` runs on the
+  // interface thread.
+  virtual void PostBox(MessageBoxRequest request, std::function<void()> closed) = 0;
+  // An accepted dialog makes its folder the process's current folder: kept, a capture opens its
+  // file by bare name afterwards.
+  virtual std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) = 0;
+  // Shows the dialog's face until the dialog ends itself; gives CDialog::Result.
+  virtual int RunDialog(CDialog& dialog) = 0;
+  virtual std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) = 0;
+
+  virtual void BeginWaitCursor() = 0;  // nests
+  virtual void EndWaitCursor() = 0;
+
+  // Queued calls run on the interface thread in the order in which they were posted.
+  virtual void Post(std::function<void()> call) = 0;
+  virtual TimerId SetTimer(unsigned milliseconds, std::function<void()> tick) = 0;
+  virtual void KillTimer(TimerId timer) = 0;
+
+  // The main window, null before it stands and after it is gone.
+  CWnd* MainWindow() const { return m_mainWindow; }
+  void SetMainWindow(CWnd* window) { m_mainWindow = window; }
+
+ private:
+  CWnd* m_mainWindow = nullptr;
+};
+
+class CWaitCursor {
+ public:
+  explicit CWaitCursor(Host& host) : m_host(host) { m_host.BeginWaitCursor(); }
+  ~CWaitCursor() { m_host.EndWaitCursor(); }
+  CWaitCursor(const CWaitCursor&) = delete;
+  CWaitCursor& operator=(const CWaitCursor&) = delete;
+
+ private:
+  Host& m_host;
+};

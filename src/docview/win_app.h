@@ -1,0 +1,58 @@
+// The framework's half of an application: the registered templates, File Open, recent files.
+//
+// Owner    The application owns its registered templates.
+// Threads  Interface thread.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "docview/doc_template.h"
+
+// What the command line asks for. The first argument that is not an option is the file; unknown
+// options are ignored.
+struct CCommandLineInfo {
+  enum Command { FileNew, FileOpen, FileNothing } command = FileNew;
+  std::string file;  // absolute
+};
+
+class CWinApp : public CCmdTarget {
+ public:
+  static constexpr std::size_t kRecentFiles = 4;
+
+  explicit CWinApp(Host& host);
+  ~CWinApp() override;
+
+  CMultiDocTemplate* AddDocTemplate(std::unique_ptr<CMultiDocTemplate> docTemplate);
+  const std::vector<std::unique_ptr<CMultiDocTemplate>>& Templates() const { return m_templates; }
+
+  static CCommandLineInfo ParseCommandLine(const std::vector<std::string>& arguments);
+  bool ProcessShellCommand(const CCommandLineInfo& info);
+
+  // Opens by the extension's template (the first registered one for an unknown extension); a file
+  // that is open already comes to the front. A success enters the recent files, a failure takes the
+  // path off them.
+  virtual CDocument* OpenDocumentFile(const std::string& path);
+  void OnFileOpen();
+  void OpenRecentFile(std::size_t index);
+  // Newest first. The store is told of every change by the virtual operation.
+  const std::vector<std::string>& RecentFiles() const { return m_recent; }
+  void AddToRecentFileList(const std::string& path);
+  void RemoveFromRecentFileList(const std::string& path);
+  void SetRecentFiles(std::vector<std::string> paths);
+  virtual void OnRecentFilesChanged() {}
+
+  virtual bool SaveAllModified();
+  virtual void CloseAllDocuments();
+
+  CMDIFrameWnd*& MainFrame() { return m_mainFrame; }
+  Host& GetHost() const { return m_host; }
+
+ private:
+  Host& m_host;
+  CMDIFrameWnd* m_mainFrame = nullptr;
+  std::vector<std::unique_ptr<CMultiDocTemplate>> m_templates;
+  std::vector<std::string> m_recent;
+};

@@ -1,0 +1,42 @@
+// The fifteen columns, and what the settings store knows of them: widths, order, version.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+#include "listview/cells/cell_text.h"
+#include "settings/globals.h"
+
+enum class ColumnAlign { Left, Right, Centre };
+
+struct ColumnInfo {
+  Column column;
+  const char* header;
+  ColumnAlign align;
+  int widthChars;       // used only when no width is stored
+  unsigned optionsBox;  // check box of the Options dialog, 0 for none
+};
+
+extern const std::array<ColumnInfo, kColumnCount> kColumns;
+// Column indexes from left to right.
+using ColumnOrder = std::array<std::int32_t, kColumnCount>;
+inline constexpr ColumnOrder kDefaultColumnOrder = {0, 1, 2,  3,  4,  5,  6, 7,
+                                                    8, 9, 10, 11, 14, 12, 13};
+
+// By header, ignoring case.
+std::optional<Column> ColumnByHeader(std::string_view header);
+
+// The stored width in pixels, 0 when there is none.
+int StoredColumnWidth(Column column);
+void StoreColumnWidth(Column column, int widthPx);
+// The order that a new list view uses. The first run of a program version takes a step that widens
+// an old order and writes the version, but not the order.
+ColumnOrder ReadColumnOrder();
+void StoreColumnOrder(const ColumnOrder& order);
+// What a control makes of an order array: the first of a repeated index keeps its place, repeats
+// and indexes out of range go, and what is missing comes last in ascending order. No column is
+// lost.
+ColumnOrder PermutationOf(const ColumnOrder& order);

@@ -1,0 +1,83 @@
+// The port to the row list: a virtual list in report mode. It holds a number of rows, the focus,
+// the selection and the columns, and asks its owner for every cell that it paints.
+//
+// Shape    Rows are 0..count-1; -1 names all rows where a call says so. Columns are known by their
+//          index, wherever they stand on the screen. Pixels are device-independent.
+// Owner    The view owns the list; the list borrows its RowListOwner, which outlives it.
+// Errors   A row or column that does not exist is ignored.
+// Threads  Interface thread.
+//
+// A Qt face (listview/rows/ui) and a fake (tests/support) pass one contract test.
+#pragma once
+
+#include <string>
+
+#include "docview/view.h"
+#include "listview/columns/columns.h"
+
+enum RowState : unsigned { kRowFocused = 1, kRowSelected = 2 };
+
+class RowListOwner {
+ public:
+  // At most RowList::kCellBytes - 1 bytes are shown.
+  virtual std::string RowListText(int row, Column column) = 0;
+  virtual int RowListIcon(int row) = 0;  // -1: none
+  // A row's state changed. Comes before the call that changed it returns; the row that loses the
+  // focus is told before the one that gains it. A change of the item count tells nothing.
+  virtual void OnRowStateChanged(int row, unsigned oldState, unsigned newState) = 0;
+  virtual void OnRowClicked(int row) = 0;        // left button; -1 beside the rows
+  virtual void OnRowDoubleClicked(int row) = 0;  // or Enter on the focused row
+  // The user asks for the context menu; row is the one under the mouse (already selected) or the
+  // focused one.
+  virtual void OnRowListContextMenu(int screenXPx, int screenYPx) = 0;
+  // The header. True refuses the width.
+  virtual bool OnColumnResizing(Column column, int widthPx) = 0;
+  virtual void OnColumnResized(Column column, int widthPx) = 0;  // end of the drag
+  virtual void OnColumnsReordered() = 0;                         // end of a header drag
+
+ protected:
+  ~RowListOwner() = default;
+};
+
+// The list's header.
+class ListHeader {
+ public:
+  // REQUIRES: columns are inserted in index order.
+  virtual void InsertColumn(const ColumnInfo& column, int widthPx) = 0;
+  virtual int ColumnWidth(Column column) const = 0;  // 0: hidden
+  // A hidden column cannot be dragged open; a width below 16 pixels holds when set by this call.
+  virtual void SetColumnWidth(Column column, int widthPx) = 0;
+  virtual ColumnOrder GetColumnOrder() const = 0;             // always a permutation
+  virtual void SetColumnOrder(const ColumnOrder& order) = 0;  // by PermutationOf
+  virtual int AverageCharWidth() const = 0;
+  virtual int StringWidth(const std::string& text) const = 0;
+
+ protected:
+  ~ListHeader() = default;
+};
+
+class RowList : public ViewControl {
+ public:
+  static constexpr int kCellBytes = 260;  // with the terminator
+
+  // Neither scrolls nor tells; rows behind the new count lose their state.
+  virtual void SetItemCount(int rows) = 0;
+  virtual int ItemCount() const = 0;
+  // Takes rows out; those behind move up with their state. At the front what is seen stays in
+  // place.
+  virtual void DeleteRows(int first, int count) = 0;
+
+  virtual void SetItemState(int row, unsigned state, unsigned mask) = 0;  // row -1: all
+  virtual unsigned GetItemState(int row) const = 0;
+  // The first row behind `after` (-1: from the start) with any of the states; -1 for none.
+  virtual int NextItem(int after, unsigned states) const = 0;
+  virtual int SelectedCount() const = 0;
+
+  virtual int TopIndex() const = 0;
+  virtual int CountPerPage() const = 0;     // rows that show whole
+  virtual void EnsureVisible(int row) = 0;  // whole, scrolling as little as needed
+  // While redrawing is off nothing is painted; switching it on paints all.
+  virtual void SetRedraw(bool on) = 0;
+
+  virtual ListHeader& Header() = 0;
+};

@@ -1,0 +1,43 @@
+// The rows of a list view: the document's traces that pass its filter, in document order.
+//
+// Shape    While nothing has been filtered out the rows are a window on the document's own list and
+//          cost nothing; otherwise a TraceRow each, in a queue whose entries never move.
+// Owner    Borrows the list and the traces. A trace leaves the store before it is released.
+// Threads  Interface thread.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+
+#include "records/trace_list.h"
+
+struct TraceRow {
+  TraceEvent_i* event;
+  std::uint32_t state;  // always 0: nothing reads it
+};
+
+class RowStore {
+ public:
+  explicit RowStore(const TraceList_t& traces) : m_traces(traces) {}
+
+  int Size() const;
+  TraceRow operator[](int row) const;  // REQUIRES: 0 <= row < Size()
+  TraceEvent_i* EventAt(int row) const { return (*this)[row].event; }
+
+  void Clear();
+  // The rows are all traces that the document holds now.
+  void ShowAll();
+  void Append(TraceEvent_i* event);
+  // Takes the row of the event out and gives its index, -1 when no row shows it. A document trims
+  // its oldest traces, and rows stand in document order, so the search begins at the front and a
+  // trace that is not shown costs no walk when `oldest` is set: then only the first row is asked.
+  int RemoveRow(const TraceEvent_i* event, bool oldest);
+  std::size_t StorageBytes() const;
+
+ private:
+  void Materialise();
+  const TraceList_t& m_traces;
+  bool m_window = true;                  // rows are m_traces by position
+  std::uint64_t m_begin = 0, m_end = 0;  // window: positions counted with TraceList_t::Popped
+  std::deque<TraceRow> m_rows;
+};

@@ -1,0 +1,92 @@
+// The list view of a trace document: rows, cells, hints, selection, commands.
+//
+// Owner    Owns its row list, row store and filter; borrows the traces.
+// Errors   A cell that cannot be made stays empty.
+// Threads  Interface thread.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+
+#include "documents/trace_doc.h"
+#include "docview/view.h"
+#include "listview/rows/row_list.h"
+#include "listview/rows/row_store.h"
+#include "listview/rows/trace_iterator.h"
+#include "tree/filter/trace_filter.h"
+
+using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;
+
+class CTraceView : public CView, public RowListOwner {
+ public:
+  CTraceView(CTraceDoc& document, const RowListMaker& makeList);
+  ~CTraceView() override;
+
+  void OnInitialUpdate() override;
+  void OnActivateView(bool activate, CView* activated, CView* deactivated) override;
+  void OnUpdate(CView* sender, unsigned hint, CObject* object) override;
+  std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
+  ViewControl* Control() override { return m_list.get(); }
+
+  // The trace of the focused row, null without one.
+  TraceEvent_i* CurrentEvent() const;
+  // Copies the filter and clears the changed mark.
+  void SetFilter(const CTraceFilter& filter, bool rebuild);
+  // Written by the frame before it comes back from the tree: what the tree had selected.
+  TraceEvent_i* m_currentEvent = nullptr;
+  CTraceFilter m_filter;
+  bool m_filterChanged = false;  // changed here since it last went to the other view
+
+  CTraceDoc& Document() const { return m_document; }
+  const RowStore& Rows() const { return m_rows; }
+  RowList& List() const { return *m_list; }
+  // Sends hint 1006 for the event to the other views if the document synchronises.
+  void Follow(TraceEvent_i* event);
+
+  std::string RowListText(int row, Column column) override;
+  int RowListIcon(int row) override;
+  void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override;
+  void OnRowClicked(int row) override;
+  void OnRowDoubleClicked(int row) override;
+  void OnRowListContextMenu(int screenXPx, int screenYPx) override;
+  bool OnColumnResizing(Column column, int widthPx) override;
+  void OnColumnResized(Column column, int widthPx) override;
+  void OnColumnsReordered() override;
+
+ private:
+  void CreateColumns();
+  void ApplyActiveColumns();
+  void RebuildRows();
+  void AddRows(const CTraceHint& hint);
+  void RemoveRows(const CTraceHint& hint);
+  void FollowTrace(CView* sender, const TraceEvent_i& target);
+  void SelectRow(CView* sender, int row);
+  bool AtBottom() const;
+  void TellStatus();
+  void OnSynchronize();
+
+  CTraceDoc& m_document;
+  RowStore m_rows;
+  std::unique_ptr<RowList> m_list;
+  bool m_firstUpdate = true;
+  std::array<std::int32_t, kColumnCount> m_columnWidths = {};
+  int m_currentRow = -1;
+  bool m_active = false;
+};
+
+// The list's cursor.
+class CTraceViewIterator : public CTraceIterator {
+ public:
+  CTraceViewIterator(CTraceView& view, const RowStore& rows, int row);
+  void Next() override;
+  void Prev() override;
+  bool HasNext() const override;
+  bool HasPrev() const override;
+
+ private:
+  void MoveTo(int row);
+  CTraceView& m_view;
+  const RowStore& m_rows;
+  int m_row;
+};

@@ -1,0 +1,59 @@
+// One pass over the bytes of a .trc file: see docs/formats.md.
+//
+// Shape    16-byte header, then tagged records end to end. A name record is 5+N bytes with its tag,
+//          a trace record 45+L1+L2. Any other tag costs one byte and counts as a record.
+// Owner    Borrows `bytes`; the sink keeps what it wants.
+// Errors   None: a record cut short by the end is the last one. REQUIRES kGuardBytes of readable
+//          bytes behind the end (MappedFile sees to it).
+// Threads  Touches only its arguments.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "base/bytes.h"
+#include "records/raw_trace.h"
+
+constexpr char kTrcHeader[16] = "TRC Version 3.1";  // with its NUL
+constexpr char kOldTrcHeader[12] = "Version 2.2";   // the older format, with its NUL
+constexpr std::size_t kTrcHeaderBytes = sizeof kTrcHeader;
+constexpr std::uint8_t kTagName = 10;
+constexpr std::uint8_t kTagTrace = 11;
+constexpr std::uint64_t kRecordsPerCheck = 1024;
+
+enum class TrcVersion { Current, Old, Unknown };
+// By the bytes up to their first NUL, as the header is a text.
+TrcVersion VersionOf(Bytes bytes);
+
+// A sink has:
+//   void OnName(NameId id, std::string_view utf8);   cut at its first NUL
+//   void OnTrace(const std::uint8_t* record);        the first byte behind the tag
+//   void OnUnknownTag(std::uint64_t position);
+//   bool OnProgress(std::uint64_t position);         at every 1024th record; false ends the walk
+// Returns the position reached, which may lie behind the end when the last record is cut. Positions
+// are 64 bits wide: a record that crosses the end of a file near 4 GiB must not wrap.
+template <class Sink>
+std::uint64_t WalkTrc(Bytes bytes, Sink&& sink) {
+  const std::uint8_t* const data = bytes.data();
+  const std::uint64_t size = bytes.size();
+  std::uint64_t position = kTrcHeaderBytes;
+  std::uint64_t records = 0;
+  while (position < size) {
+    const std::uint8_t tag = data[position++];
+    if (tag == kTagTrace) {
+      const std::uint8_t* const record = data + position;
+      sink.OnTrace(record);
+      position += RawTrace(record).Size();
+    } else if (tag == kTagName) {
+      const std::uint8_t* const body = data + position;
+      const std::uint16_t length = LoadBe16(body + 2);
+      const auto* text = reinterpret_cast<const char*>(body + 4);
+      sink.OnName(LoadBe16(body), {text, strnlen(text, length)});
+      position += 4u + length;
+    } else {
+      sink.OnUnknownTag(position - 1);
+    }
+    if (++records % kRecordsPerCheck == 0 && !sink.OnProgress(position)) break;
+  }
+  return position;
+}

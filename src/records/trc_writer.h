@@ -1,0 +1,39 @@
+// The one way in which this program writes a .trc file: create, header, traces, end.
+//
+// The save, the saving of a selection, a capture and a conversion share it; each has its own words
+// for a failure, so it reports which step failed and says nothing.
+//
+// Owner    Holds the file from Create to Finish or its end. What was written stays on the disk.
+// Errors   Every write failure, also one that the kernel reports only at the close, fails Finish.
+// Threads  One at a time.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/file_gate.h"
+#include "base/file_stream.h"
+#include "records/trace_event.h"
+
+class TrcWriter {
+ public:
+  static constexpr std::size_t kBufferBytes = 1024;
+
+  TrcWriter() = default;
+  ~TrcWriter();
+  // Opens the file, shared with nobody. Closes an earlier one first.
+  bool Create(const std::string& path, std::string* why = nullptr);
+  bool WriteHeader();
+  bool Write(const TraceEvent_i& event, NameMap& names);
+  // Hands over the last bytes and closes. True when every byte reached the file.
+  bool Finish();
+  bool IsOpen() const { return static_cast<bool>(m_file); }
+
+ private:
+  OpenFile m_file;
+  ds_File_t::FOStream_t m_stream;
+  std::unique_ptr<ds_BufferedOutputStream_t> m_buffer;
+};
+
+// Clears every written mark, so that the next file gets each name it needs.
+void ClearWrittenMarks(NameMap& names);

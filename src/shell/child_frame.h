@@ -1,0 +1,18 @@
+// The window around a trace document's views: a list view and, from the first time it is asked for,
+// a tree view, one of which shows.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include "docview/frame.h"
+
+class CTraceChildFrame : public CMDIChildWnd {
+ public:
+  explicit CTraceChildFrame(CMDIFrameWnd& parent);
+
+  // All frames of trace documents share one stored size: the last one sized sets it for the next.
+  void PreCreateWindow(int& widthPx, int& heightPx) override;
+  void OnSize(SizeType type, int widthPx, int heightPx) override;
+  // Pop-up 144, commands routed as from the menus.
+  void OnContextMenu(int screenXPx, int screenYPx) override;
+};

@@ -1,0 +1,46 @@
+// What the shell asks of the window system.
+//
+// Owner    The main frame owns its face; the faces object outlives the application.
+// Threads  Interface thread.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "docview/frame.h"
+#include "listview/rows/row_list.h"
+
+class CMainFrame;
+
+// The main window. Reports through CMainFrame: OnCommand for menus, keys and buttons, OnSize,
+// OnClose, OnDropFiles, OnIdle before anything that shows a command's state.
+class MainFrameFace {
+ public:
+  virtual ~MainFrameFace() = default;
+  virtual void SetTitle(const std::string& title) = 0;
+  virtual void SetMenu(unsigned resource) = 0;  // the bar of the active document
+  virtual void SetPaneText(unsigned pane, const std::string& text) = 0;
+  virtual void Show() = 0;
+  virtual void Close() = 0;  // destroys the window; the program ends when it was the last
+  virtual std::unique_ptr<ChildFrameFace> CreateChild(CMDIChildWnd& child, int widthPx,
+                                                      int heightPx) = 0;
+  virtual void LayOutChildren(WindowLayout layout) = 0;
+  virtual void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) = 0;
+  virtual void ShowBar(unsigned id, bool on) = 0;  // ID_VIEW_TOOLBAR, ID_VIEW_STATUS_BAR
+  virtual bool IsBarShown(unsigned id) const = 0;
+  virtual void RecentFilesChanged() = 0;
+};
+
+class ShellFaces {
+ public:
+  virtual ~ShellFaces() = default;
+  // Null when the window cannot be made; the program then ends.
+  virtual std::unique_ptr<MainFrameFace> CreateMainFrame(CMainFrame& frame, int widthPx,
+                                                         int heightPx) = 0;
+  virtual void ProposedMainSize(int& widthPx, int& heightPx) = 0;
+  virtual std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) = 0;
+  virtual void ShowAbout(const std::string& versionLine) = 0;
+  virtual void ShowPrintSetup() = 0;
+  // A built-in help page by topic; empty for the contents.
+  virtual void ShowHelp(const std::string& topic) = 0;
+};

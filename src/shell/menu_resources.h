@@ -1,0 +1,46 @@
+// The menus, the tool bar, the accelerators and the status panes, as data. The windows are built
+// from it, one action per command id; tests and the guide read it too.
+//
+// Shape    A menu text holds "&" before its mnemonic and, behind "\t", the key that is shown; the
+// key
+//          that works is the accelerator's. A prompt is the status bar's text, then "\n", then the
+//          tool tip.
+// Threads  Constant data.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "shell/command_ids.h"
+
+struct MenuItem {
+  unsigned id = 0;  // 0: a separator; ID_FILE_MRU_FILE1: the recent files stand here
+  std::string text;
+};
+
+struct MenuPopup {
+  std::string title;  // "&File"
+  std::vector<MenuItem> items;
+  bool windowList = false;  // the open windows follow the items
+};
+
+// The menu of a resource: bars 128 to 131 and 145, pop-ups 143 and 144 (one nameless entry each).
+const std::vector<MenuPopup>& MenuOf(unsigned resource);
+
+std::string PromptOf(unsigned id);   // first half
+std::string ToolTipOf(unsigned id);  // second half
+
+// Button ids in order, 0 for a separator.
+const std::vector<unsigned>& ToolBarButtons();
+
+struct Accelerator {
+  const char* key;  // "Ctrl+A"
+  unsigned id;
+};
+const std::vector<Accelerator>& Accelerators();
+
+struct StatusIndicator {
+  unsigned id;
+  const char* text;  // sizes the pane
+};
+const std::vector<StatusIndicator>& StatusIndicators();

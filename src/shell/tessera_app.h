@@ -1,0 +1,46 @@
+// The application: start and stop, templates, the commands that belong to no document, and the
+// broadcast of changed options.
+//
+// Errors   InitInstance false ends the program quietly; the words, if any, have been shown.
+// Threads  Interface thread.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "docview/win_app.h"
+#include "shell/faces.h"
+#include "shell/main_frame.h"
+
+class CTesseraApp : public CWinApp {
+ public:
+  CTesseraApp(Host& host, ShellFaces& faces);
+  ~CTesseraApp() override;
+
+  // `arguments` without the program's name.
+  bool InitInstance(const std::vector<std::string>& arguments);
+  // Monitors first: the registered templates do not hold them.
+  bool SaveAllModified() override;
+  void CloseAllDocuments() override;
+  void OnRecentFilesChanged() override;
+
+  ShellFaces& Faces() const { return m_faces; }
+  CMultiDocTemplate* FileTemplate() const { return m_fileTemplate; }
+  CMultiDocTemplate* MonitorTemplate() const { return m_monitorTemplate.get(); }
+  CMultiDocTemplate* ConfigTemplate() const { return m_configTemplate; }
+  CMainFrame* Frame() const { return m_frame.get(); }
+
+  static constexpr char kVersionLine[] = "Tessera Version 3.1.0";
+
+ private:
+  void OnOptions();
+  void OnTraceOptions();  // WM_TRACE_OPTIONS: hint 1001 to all views
+  void OnNewWindow();
+
+  ShellFaces& m_faces;
+  std::unique_ptr<CMainFrame> m_frame;
+  CMultiDocTemplate* m_fileTemplate = nullptr;
+  CMultiDocTemplate* m_configTemplate = nullptr;
+  std::unique_ptr<CMultiDocTemplate> m_monitorTemplate;
+};

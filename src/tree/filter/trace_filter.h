@@ -1,0 +1,71 @@
+// Which traces a view shows: yes/no marks by severity, attribute, component, category, application,
+// and machine with process and thread.
+//
+// Shape    A mark is an int, 1 for shown; anything else counts as 0. Keys are name ids.
+// Owner    By value, one per view. Entries keep their addresses while the filter is only added to:
+//          the filter dialog holds pointers to marks.
+// Errors   None.
+// Threads  Interface thread: Matches adds what it has not met.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "records/name_map.h"
+#include "records/raw_trace.h"
+#include "records/trace_event.h"
+
+class CTraceDoc;
+
+struct ProcessFilterEntry {
+  std::map<NameId, int> threadMarks;
+  int allThreadsOfProcess = 1;
+};
+
+struct MachineFilterEntry {
+  std::map<NameId, ProcessFilterEntry> processes;
+  int allProcesses = 1;
+};
+
+class CTraceFilter {
+ public:
+  CTraceFilter() = default;
+  CTraceFilter(const CTraceFilter& other);
+  CTraceFilter& operator=(const CTraceFilter& other);
+
+  // 1 if the trace passes, else 0. A component, category, application or machine not met before
+  // enters as shown and passes. Kept: an unknown process or thread under one that is not marked
+  // whole fails, and only MergeDocumentNames brings it in.
+  int Matches(const TraceEvent_i& event);
+  int Matches(const RawTrace& trace);
+  // Adds every id that the document has seen, as shown; marks that are there stay.
+  void MergeDocumentNames(const CTraceDoc& document);
+
+  int allTraces = 1;
+  int allSeverities = 1;
+  std::vector<int> severities = {1, 1, 1};  // Info, Warn, Error; never resized
+  int allComponents = 1;
+  std::map<NameId, int> components;
+  int allCategories = 1;
+  std::map<NameId, int> categories;
+  int allApplications = 1;
+  std::map<NameId, int> applications;
+  int allThreads = 1;
+  std::map<NameId, MachineFilterEntry> threads;
+  int allAttributes = 1;
+  // Without developer, developer, without verbose, verbose, unused. [0] and [2] stay 1: nothing in
+  // the user interface writes them.
+  std::vector<int> attributes = {1, 1, 1, 1, 1};
+
+ private:
+  // Where a mark was found last, so that a trace costs no tree walk. A copy begins empty: its marks
+  // lie elsewhere.
+  struct MarkCache {
+    static constexpr std::size_t kSlots = 256;
+    std::array<const int*, kSlots> marks{};
+    std::array<NameId, kSlots> ids{};
+  };
+  MarkCache m_componentCache, m_categoryCache, m_applicationCache;
+};

@@ -23,7 +23,8 @@ class RowListOwner {
   virtual std::string RowListText(int row, Column column) = 0;
   virtual int RowListIcon(int row) = 0;  // -1: none
   // A row's state changed. Comes before the call that changed it returns; the row that loses the
-  // focus is told before the one that gains it. A change of the item count tells nothing.
+  // focus is told before the one that gains it. A change of the item count and a deletion tell
+  // nothing.
   virtual void OnRowStateChanged(int row, unsigned oldState, unsigned newState) = 0;
   virtual void OnRowClicked(int row) = 0;        // left button; -1 beside the rows
   virtual void OnRowDoubleClicked(int row) = 0;  // or Enter on the focused row
@@ -60,14 +61,16 @@ class RowList : public ViewControl {
  public:
   static constexpr int kCellBytes = 260;  // with the terminator
 
-  // Neither scrolls nor tells; rows behind the new count lose their state.
+  // Neither scrolls (but for a top that would leave the rows) nor tells; rows behind the new count
+  // lose their state.
   virtual void SetItemCount(int rows) = 0;
   virtual int ItemCount() const = 0;
   // Takes rows out; those behind move up with their state. At the front what is seen stays in
-  // place.
+  // place. Tells nothing, also when the focused row goes.
   virtual void DeleteRows(int first, int count) = 0;
 
-  virtual void SetItemState(int row, unsigned state, unsigned mask) = 0;  // row -1: all
+  // Row -1: all, told only to the row that loses the focus; the focus itself cannot go to all.
+  virtual void SetItemState(int row, unsigned state, unsigned mask) = 0;
   virtual unsigned GetItemState(int row) const = 0;
   // The first row behind `after` (-1: from the start) with any of the states; -1 for none.
   virtual int NextItem(int after, unsigned states) const = 0;

@@ -1,0 +1,20 @@
+// The fake is a row list: it passes the contract that the control on the screen passes.
+#include "support/fake_row_list.h"
+
+#include "support/row_list_contract.h"
+
+namespace {
+
+class FakeRig {
+ public:
+  explicit FakeRig(RowListOwner& owner) : m_list(owner) {}
+  RowList& List() { return m_list; }
+  void ShowRows(int rows) { m_list.pageRows = rows; }
+
+ private:
+  FakeRowList m_list;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowListContract, FakeRig);
+
+}  // namespace

@@ -1,0 +1,174 @@
+// A row list without a window: it keeps columns, states and scroll position as the port tells, and
+// writes down what it was asked to do.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "listview/rows/row_list.h"
+
+class FakeRowList final : public RowList, public ListHeader {
+ public:
+  explicit FakeRowList(RowListOwner& owner) : m_owner(owner) {}
+
+  // How many rows show whole.
+  int pageRows = 10;
+  // Every text is as wide as its characters times this; the average character too.
+  int charWidthPx = 7;
+  // "count 5", "delete 0 2", "state 3 2/3" (state/mask), "visible 4", "redraw on": the calls that
+  // change something.
+  std::vector<std::string> calls;
+  int fullPaints = 0;  // redrawing switched on
+  int rowPaints = 0;   // states and scrolling seen while redrawing is on
+  bool redraw = true;
+  bool hasKeyboard = false;
+
+  void SetFocus() override { hasKeyboard = true; }
+
+  void SetItemCount(int rows) override {
+    calls.push_back("count " + std::to_string(rows));
+    m_count = std::max(rows, 0);
+    m_states.erase(m_states.lower_bound(m_count), m_states.end());
+    ClampTop();
+  }
+  int ItemCount() const override { return m_count; }
+
+  void DeleteRows(int first, int count) override {
+    calls.push_back("delete " + std::to_string(first) + " " + std::to_string(count));
+    if (first < 0 || first >= m_count || count <= 0) return;
+    count = std::min(count, m_count - first);
+    std::map<int, unsigned> kept;
+    for (const auto& [row, state] : m_states)
+      if (row < first)
+        kept.emplace(row, state);
+      else if (row >= first + count)
+        kept.emplace(row - count, state);
+    m_states = std::move(kept);
+    m_count -= count;
+    if (first < m_top) m_top -= std::min(count, m_top - first);
+    ClampTop();
+    Painted();
+  }
+
+  void SetItemState(int row, unsigned state, unsigned mask) override {
+    calls.push_back("state " + std::to_string(row) + " " + std::to_string(state) + "/" +
+                    std::to_string(mask));
+    if (row == -1)
+      SetAll(state, mask);
+    else if (row >= 0 && row < m_count)
+      SetOne(row, state, mask);
+  }
+  unsigned GetItemState(int row) const override {
+    const auto entry = m_states.find(row);
+    return entry == m_states.end() ? 0 : entry->second;
+  }
+  int NextItem(int after, unsigned states) const override {
+    for (auto entry = m_states.upper_bound(after); entry != m_states.end(); ++entry)
+      if (entry->second & states) return entry->first;
+    return -1;
+  }
+  int SelectedCount() const override {
+    return static_cast<int>(std::count_if(m_states.begin(), m_states.end(), [](const auto& entry) {
+      return (entry.second & kRowSelected) != 0;
+    }));
+  }
+
+  int TopIndex() const override { return m_top; }
+  int CountPerPage() const override { return pageRows; }
+  void EnsureVisible(int row) override {
+    calls.push_back("visible " + std::to_string(row));
+    if (row < 0 || row >= m_count) return;
+    if (row < m_top)
+      m_top = row;
+    else if (row >= m_top + pageRows)
+      m_top = row - std::max(pageRows, 1) + 1;
+    Painted();
+  }
+  // The user scrolls.
+  void ScrollTo(int top) {
+    m_top = top;
+    ClampTop();
+  }
+
+  void SetRedraw(bool on) override {
+    calls.push_back(on ? "redraw on" : "redraw off");
+    redraw = on;
+    if (on) ++fullPaints;
+  }
+
+  ListHeader& Header() override { return *this; }
+  void InsertColumn(const ColumnInfo& column, int widthPx) override {
+    columns.push_back(column);
+    m_widths[static_cast<std::size_t>(column.column)] = widthPx;
+  }
+  int ColumnWidth(Column column) const override {
+    return Exists(column) ? m_widths[static_cast<std::size_t>(column)] : 0;
+  }
+  void SetColumnWidth(Column column, int widthPx) override {
+    if (Exists(column)) m_widths[static_cast<std::size_t>(column)] = widthPx;
+  }
+  ColumnOrder GetColumnOrder() const override { return m_order; }
+  void SetColumnOrder(const ColumnOrder& order) override {
+    given = order;
+    m_order = PermutationOf(order);
+  }
+  int AverageCharWidth() const override { return charWidthPx; }
+  int StringWidth(const std::string& text) const override {
+    return static_cast<int>(text.size()) * charWidthPx;
+  }
+
+  std::vector<ColumnInfo> columns;  // as inserted
+  ColumnOrder given = {};           // the last order as it came, repeats and all
+
+ private:
+  static bool Exists(Column column) {
+    return static_cast<int>(column) >= 0 && static_cast<int>(column) < kColumnCount;
+  }
+  void ClampTop() { m_top = std::clamp(m_top, 0, std::max(m_count - pageRows, 0)); }
+  void Painted() {
+    if (redraw) ++rowPaints;
+  }
+
+  // Puts the state down and tells of it if it is another one.
+  void Put(int row, unsigned newState) {
+    const unsigned oldState = GetItemState(row);
+    if (newState == oldState) return;
+    if (newState)
+      m_states[row] = newState;
+    else
+      m_states.erase(row);
+    Painted();
+    m_owner.OnRowStateChanged(row, oldState, newState);
+  }
+  void SetOne(int row, unsigned state, unsigned mask) {
+    const unsigned newState = (GetItemState(row) & ~mask) | (state & mask);
+    const int focused = NextItem(-1, kRowFocused);
+    if ((newState & kRowFocused) && focused != -1 && focused != row)
+      Put(focused, GetItemState(focused) & ~static_cast<unsigned>(kRowFocused));
+    Put(row, newState);
+  }
+  void SetAll(unsigned state, unsigned mask) {
+    if (state & kRowFocused) mask &= ~static_cast<unsigned>(kRowFocused);
+    const int focused = NextItem(-1, kRowFocused);
+    const unsigned oldState = GetItemState(focused);
+    for (int row = 0; row < m_count; ++row)
+      if ((state & mask) || m_states.count(row))
+        m_states[row] = (GetItemState(row) & ~mask) | (state & mask);
+    for (auto entry = m_states.begin(); entry != m_states.end();)
+      entry = entry->second ? std::next(entry) : m_states.erase(entry);
+    Painted();
+    if (focused != -1 && !(GetItemState(focused) & kRowFocused))
+      m_owner.OnRowStateChanged(focused, oldState, GetItemState(focused));
+  }
+
+  RowListOwner& m_owner;
+  int m_count = 0;
+  int m_top = 0;
+  std::map<int, unsigned> m_states;  // rows that have one
+  std::array<int, kColumnCount> m_widths = {};
+  ColumnOrder m_order = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
+};

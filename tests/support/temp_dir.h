@@ -1,0 +1,47 @@
+// A directory of a test's own, gone with everything in it at the end of the test.
+#pragma once
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+class TempDir {
+ public:
+  TempDir() {
+    std::string name = (std::filesystem::temp_directory_path() / "tessera-test-XXXXXX").string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("no temporary directory");
+    m_path = std::filesystem::canonical(name).string();
+  }
+  ~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::string& Path() const { return m_path; }
+  // The path of `name` in the directory; nothing is made.
+  std::string File(std::string_view name) const { return m_path + "/" + std::string(name); }
+  // The same, made with `bytes` as its content.
+  std::string File(std::string_view name, std::string_view bytes) const {
+    const std::string path = File(name);
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return path;
+  }
+
+ private:
+  std::string m_path;
+};
+
+// The bytes of a file; empty when there is none.
+inline std::string ReadAll(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}

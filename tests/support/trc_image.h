@@ -1,0 +1,107 @@
+// The bytes of a .trc file, written as a test reads best:
+//
+//   TrcImage().Name(7, "web").Trace({.text = "up", .machine = 7}).Raw(12).WriteTo(path);
+//
+// It shares no code with the program's own writers, so that a mistake there does not hide itself.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/bytes.h"
+#include "base/mapped_file.h"
+#include "records/name_map.h"
+#include "records/raw_trace.h"
+
+// The fields of one trace. Initialisers stand in this order.
+struct TraceFields {
+  std::string text = {};
+  std::string stack = {};
+  std::optional<std::uint32_t> count = {};  // unset: the traces of the image are numbered from 1
+  NameId machine = 0;
+  NameId app = 0;
+  NameId component = 0;
+  NameId category = 0;
+  std::uint32_t date = PackDate(2026, 11, 21);
+  std::uint32_t time = PackTime(9, 41, 7, 123);
+  std::uint64_t tic = 0;
+  NameId pid = 0;
+  NameId tid = 0;
+  std::uint16_t attributes = kAttributeInfo;
+  NameId file = 0;
+  std::uint32_t line = 0;
+};
+
+// Bytes with the zero guard that a mapped file has.
+class GuardedBytes {
+ public:
+  explicit GuardedBytes(std::string_view bytes) : m_size(bytes.size()) {
+    m_bytes.assign(bytes.begin(), bytes.end());
+    m_bytes.resize(m_size + MappedFile::kGuardBytes);
+  }
+  Bytes View() const { return {m_bytes.data(), m_size}; }
+  const std::uint8_t* At(std::size_t offset) const { return m_bytes.data() + offset; }
+
+ private:
+  std::vector<std::uint8_t> m_bytes;
+  std::size_t m_size;
+};
+
+class TrcImage {
+ public:
+  // The current header; another one for a test of versions.
+  explicit TrcImage(std::string_view header = {"TRC Version 3.1", 16}) : m_bytes(header) {}
+
+  TrcImage& Name(NameId id, std::string_view text) {
+    Raw(10).Number(id, 2).Number(text.size(), 2);
+    m_bytes += text;
+    return *this;
+  }
+  TrcImage& Trace(const TraceFields& trace) {
+    Raw(11).Number(trace.count.value_or(m_traces + 1), 4);
+    ++m_traces;
+    Number(trace.machine, 2).Number(trace.app, 2).Number(trace.component, 2);
+    Number(trace.category, 2).Number(trace.date, 4).Number(trace.time, 4).Number(trace.tic, 8);
+    Number(trace.pid, 2).Number(trace.tid, 2).Number(trace.attributes, 2).Number(trace.file, 2);
+    Number(trace.line, 4).Number(trace.text.size(), 2);
+    m_bytes += trace.text;
+    Number(trace.stack.size(), 2);
+    m_bytes += trace.stack;
+    return *this;
+  }
+  TrcImage& Trace(std::string_view text) { return Trace(TraceFields{.text = std::string(text)}); }
+  TrcImage& Trace(const char* text) { return Trace(std::string_view(text)); }
+  // One byte as it stands.
+  TrcImage& Raw(int byte) {
+    m_bytes += static_cast<char>(byte);
+    return *this;
+  }
+  // A big-endian number of `width` bytes.
+  TrcImage& Number(std::uint64_t value, int width) {
+    while (width-- > 0) Raw(static_cast<int>((value >> (8 * width)) & 0xFF));
+    return *this;
+  }
+  // Takes the last `bytes` bytes away.
+  TrcImage& Cut(std::size_t bytes) {
+    m_bytes.resize(m_bytes.size() - bytes);
+    return *this;
+  }
+
+  const std::string& Bytes() const { return m_bytes; }
+  std::size_t Size() const { return m_bytes.size(); }
+  GuardedBytes Guarded() const { return GuardedBytes(m_bytes); }
+  // Gives the path back.
+  const std::string& WriteTo(const std::string& path) const {
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
+    return path;
+  }
+
+ private:
+  std::string m_bytes;
+  std::uint32_t m_traces = 0;
+};

@@ -1,0 +1,84 @@
+// Loading a trace file, beside a walk that only reads lengths and ids, and beside `cat`.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+
+#include "base/mapped_file.h"
+#include "bench/bench_host.h"
+#include "bench/ratio.h"
+#include "bench/sample_file.h"
+#include "documents/trace_file_doc.h"
+#include "listview/rows/row_store.h"
+#include "records/trc_walk.h"
+
+namespace {
+
+// What every reader of the format must do at least: find each record and read its seven ids. The
+// file is mapped anew each time, as a load maps it anew.
+std::uint64_t MinimalWalk(const std::string& path) {
+  const auto file = MappedFile::Open(path);
+  const Bytes bytes = file->View();
+  std::uint64_t sum = 0;
+  for (std::uint64_t position = kTrcHeaderBytes; position < bytes.size();) {
+    const std::uint8_t* at = bytes.data() + position;
+    if (*at == kTagTrace) {
+      const RawTrace trace(at + 1);
+      sum += trace.MachineId() + trace.AppId() + trace.ComponentId() + trace.CategoryId() +
+             trace.PidId() + trace.TidId() + trace.SourceFileId();
+      position += 1 + trace.Size();
+    } else {
+      position += *at == kTagName ? 5u + LoadBe16(at + 3) : 1u;
+    }
+  }
+  return sum;
+}
+
+void Cat(const std::string& path) {
+  const pid_t child = fork();
+  if (child == 0) {
+    execlp("sh", "sh", "-c", "exec cat \"$0\" >/dev/null", path.c_str(), nullptr);
+    _exit(127);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+}
+
+std::size_t Load(BenchHost& host, const std::string& path) {
+  CTraceFileDoc document(host);
+  if (!document.OnOpenDocument(path)) std::exit(2);
+  host.RunUntil([&] { return !document.m_loading; });
+  const std::size_t count = document.m_traces.size();
+  document.DeleteContents();
+  return count;
+}
+
+}  // namespace
+
+int main(int, char** argv) {
+  const std::string path = SampleFile(argv[0]);
+  BenchHost host;
+  std::uint64_t sink = 0;
+  std::size_t count = 0;
+
+  const Measured walk = MeasureBeside(
+      7, [&] { sink += MinimalWalk(path); }, [&] { count = Load(host, path); });
+  PrintRow("load / walk of lengths and ids", walk.seconds * 1000, "ms", walk.floorSeconds * 1000,
+           walk.ratio, 2.0);
+  const Measured cat = MeasureBeside(
+      7, [&] { Cat(path); }, [&] { count = Load(host, path); });
+  PrintRow("load / cat to /dev/null", cat.seconds * 1000, "ms", cat.floorSeconds * 1000, cat.ratio,
+           1.5);
+
+  CTraceFileDoc document(host);
+  if (!document.OnOpenDocument(path)) return 2;
+  host.RunUntil([&] { return !document.m_loading; });
+  RowStore rows(document.m_traces);
+  rows.ShowAll();
+  const double bytes = static_cast<double>(document.m_traces.StorageBytes() + rows.StorageBytes());
+  const double perRecord = bytes / static_cast<double>(document.m_traces.size());
+  PrintRow("memory, document and view, nothing filtered", perRecord, "B/record", 8.1,
+           perRecord / 8.1, 24 / 8.1);
+  std::printf("%zu traces, check %llu\n", count, static_cast<unsigned long long>(sink & 0xFF));
+  return 0;
+}

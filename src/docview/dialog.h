@@ -16,7 +16,8 @@ class CDialog {
   CDialog(const CDialog&) = delete;
   CDialog& operator=(const CDialog&) = delete;
 
-  // Runs until the dialog ends; kIdOk, kIdCancel, or what EndDialog was given.
+  // OnInitDialog, then the host shows the face until the dialog ends; gives kIdOk, kIdCancel, or
+  // what EndDialog was given. May be run again.
   int DoModal();
 
   virtual void OnInitDialog() {}

@@ -39,13 +39,18 @@ class CFrameWnd : public CWnd {
   // Takes ownership and makes the view part of this frame.
   CView* AddView(std::unique_ptr<CView> view);
   const std::vector<std::unique_ptr<CView>>& Views() const { return m_views; }
-  // OnInitialUpdate on every view of the frame, the hidden ones too; then the active view is set,
-  // the title brought up to date and the frame shown if `visible`.
+  // Makes the main pane's view the active one if none is, and brings the titles up to date. If
+  // `visible`: OnInitialUpdate on every view of the frame, the hidden ones too, then the frame is
+  // shown and activated. A frame that stays hidden gets its first update when it is shown.
   void InitialUpdateFrame(CDocument* document, bool visible);
   virtual void UpdateTitle() {}
   virtual void ActivateFrame() {}
+  virtual void Destroy() {}
+  // The view that carries kMainPane; null when there is none.
+  CView* MainPane() const;
 
  protected:
+  virtual void ShowMainPane() {}
   std::vector<std::unique_ptr<CView>> m_views;
   CView* m_activeView = nullptr;
 };
@@ -66,7 +71,9 @@ class CMDIChildWnd : public CFrameWnd {
   void OnActivate(bool active);
   // The user closes the window: asks the document if this is its last frame, then closes.
   void OnClose();
-  void Destroy();
+  // Takes the frame off its owner and destroys it with its views. A document that loses its last
+  // view by that is closed. Nothing of the frame may be used behind the call.
+  void Destroy() override;
 
   // The road of a command: active view, its document, this frame.
   bool OnCommand(unsigned id) override;
@@ -81,12 +88,18 @@ class CMDIChildWnd : public CFrameWnd {
   ChildFrameFace* Face() const { return m_face.get(); }
   const std::string& Title() const { return m_title; }
 
+ protected:
+  void ShowMainPane() override;
+
  private:
   friend class CMultiDocTemplate;
+  void TellActiveView(bool active);
   CMDIFrameWnd& m_parent;
   std::unique_ptr<ChildFrameFace> m_face;
   unsigned m_menuResource = 0;
   std::string m_title;
+  bool m_asking = false;     // OnClose waits for an answer
+  bool m_destroyed = false;  // Destroy has begun
 };
 
 class CMDIFrameWnd : public CFrameWnd {
@@ -112,8 +125,13 @@ class CMDIFrameWnd : public CFrameWnd {
   bool OnUpdateCommand(CCmdUI& ui) override;
   bool HasCommand(unsigned id) const override;
 
+ protected:
+  // Destroys all children, for the destructor of a class that holds what their faces need.
+  void DestroyChildren();
+
  private:
   friend class CMDIChildWnd;
+  std::unique_ptr<CMDIChildWnd> TakeChild(CMDIChildWnd& child);
   CWinApp& m_app;
   std::vector<std::unique_ptr<CMDIChildWnd>> m_children;
   CMDIChildWnd* m_activeChild = nullptr;

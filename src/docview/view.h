@@ -45,6 +45,7 @@ class CView : public CWnd {
   void SetDlgCtrlID(unsigned id) { m_controlId = id; }
 
  private:
+  friend class CDocument;
   friend class CFrameWnd;
   CDocument* m_document;
   CFrameWnd* m_frame = nullptr;

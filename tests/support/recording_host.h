@@ -1,0 +1,242 @@
+// A host without a person: it answers from a script and writes down what it was asked.
+//
+// Shape    The transcript has one line per question, in the order in which they came:
+//            box Tessera [stop] "Invalid format." (OK) -> OK
+//            posted box Tessera [stop] "Error opening trace file" (OK)
+//            save dialog "Save Copy As" ext=.trc name="" filters="Trace Files (*.trc)|*.trc" ->
+//            none dialog -> 1 modeless opened / modeless updated / modeless closed wait cursor on /
+//            wait cursor off
+// Errors   A question without a scripted answer is closed as a person would close it: Cancel, No,
+//          or the only button.
+// Threads  Post and PostBox from any thread; everything else on the test's thread, which is the
+//          interface thread. A scripted file dialog does not change the current folder.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "docview/dialog.h"
+#include "docview/host.h"
+
+class RecordingHost : public Host {
+ public:
+  using DialogScript = std::function<void(CDialog&)>;
+
+  // The script. Answers are used up in order.
+  void AnswerBox(BoxAnswer answer) { m_boxAnswers.push_back(answer); }
+  void AnswerFileDialog(std::optional<FileDialogAnswer> answer) {
+    m_fileAnswers.push_back(std::move(answer));
+  }
+  void AnswerFileDialog(const std::string& path) { AnswerFileDialog(FileDialogAnswer{path, {}}); }
+  // What the person does in the next modal dialog; one that is still open behind it is cancelled.
+  void AnswerDialog(DialogScript script) { m_dialogScripts.push_back(std::move(script)); }
+
+  // What happened so far.
+  std::vector<std::string> Transcript() const {
+    const std::lock_guard lock(m_mutex);
+    return m_transcript;
+  }
+  std::string Told() const {  // all lines, each with its "\n"
+    std::string all;
+    for (const std::string& line : Transcript()) all += line + "\n";
+    return all;
+  }
+  void ClearTranscript() {
+    const std::lock_guard lock(m_mutex);
+    m_transcript.clear();
+  }
+  // A test adds lines of its own where it wants to see the order of both.
+  void Note(std::string line) {
+    const std::lock_guard lock(m_mutex);
+    m_transcript.push_back(std::move(line));
+  }
+  std::vector<FileDialogRequest> m_fileRequests;
+  const std::vector<CDialog*>& Modeless() const { return m_modeless; }  // open now
+  int WaitCursors() const { return m_waitCursors; }                     // nested now
+
+  // Runs one queued call; false when there is none.
+  bool RunOnePosted() {
+    std::function<void()> call;
+    {
+      const std::lock_guard lock(m_mutex);
+      if (m_queue.empty()) return false;
+      call = std::move(m_queue.front());
+      m_queue.pop_front();
+    }
+    call();
+    return true;
+  }
+  // Runs queued calls, also those that they queue, until none is left.
+  void RunPosted() {
+    while (RunOnePosted()) {
+    }
+  }
+  // Runs queued calls as they come until the condition holds; false when the deadline passes.
+  bool RunUntil(const std::function<bool()>& condition,
+                std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+      if (RunOnePosted()) continue;
+      std::unique_lock lock(m_mutex);
+      const auto wakeUp = std::min(deadline, std::chrono::steady_clock::now() + kLook);
+      m_posted.wait_until(lock, wakeUp, [this] { return !m_queue.empty(); });
+      if (m_queue.empty() && std::chrono::steady_clock::now() >= deadline) return false;
+    }
+    return true;
+  }
+  // Waits until a call is queued, and leaves it there.
+  bool WaitForPost(std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+    std::unique_lock lock(m_mutex);
+    return m_posted.wait_for(lock, limit, [this] { return !m_queue.empty(); });
+  }
+  std::size_t PostedCount() const {
+    const std::lock_guard lock(m_mutex);
+    return m_queue.size();
+  }
+
+  // Every open timer ticks once.
+  void TickTimers() {
+    const auto timers = m_timers;
+    for (const auto& [id, timer] : timers) {
+      if (m_timers.count(id)) timer.second();
+    }
+  }
+  // The periods of the open timers, ms.
+  std::vector<unsigned> Timers() const {
+    std::vector<unsigned> periods;
+    for (const auto& entry : m_timers) periods.push_back(entry.second.first);
+    return periods;
+  }
+  // The person closes the boxes that block no window.
+  void ClosePostedBoxes() {
+    std::vector<std::function<void()>> boxes;
+    {
+      const std::lock_guard lock(m_mutex);
+      boxes.swap(m_openBoxes);
+    }
+    for (const auto& closed : boxes) {
+      if (closed) closed();
+    }
+  }
+
+  BoxAnswer MessageBox(const MessageBoxRequest& request) override {
+    BoxAnswer answer = Closed(request.buttons);
+    if (!m_boxAnswers.empty()) {
+      answer = m_boxAnswers.front();
+      m_boxAnswers.pop_front();
+    }
+    Note("box " + Describe(request) + " -> " + Name(answer));
+    return answer;
+  }
+  void PostBox(MessageBoxRequest request, std::function<void()> closed) override {
+    const std::lock_guard lock(m_mutex);
+    m_transcript.push_back("posted box " + Describe(request));
+    m_openBoxes.push_back(std::move(closed));
+    m_posted.notify_all();
+  }
+  std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) override {
+    m_fileRequests.push_back(request);
+    std::optional<FileDialogAnswer> answer;
+    if (!m_fileAnswers.empty()) {
+      answer = std::move(m_fileAnswers.front());
+      m_fileAnswers.pop_front();
+    }
+    std::string line = (request.save ? "save dialog \"" : "open dialog \"") + request.title +
+                       "\" ext=" + request.defaultExtension + " name=\"" + request.suggestedName +
+                       "\" filters=\"";
+    for (const FileFilter& filter : request.filters) {
+      if (line.back() != '"') line += '|';
+      line += filter.label + "|" + filter.patterns;
+    }
+    Note(line + "\" -> " + (answer ? answer->path : "none"));
+    return answer;
+  }
+  int RunDialog(CDialog& dialog) override {
+    if (!m_dialogScripts.empty()) {
+      const DialogScript script = std::move(m_dialogScripts.front());
+      m_dialogScripts.pop_front();
+      script(dialog);
+    }
+    if (!dialog.Ended()) dialog.OnCancel();
+    if (!dialog.Ended()) dialog.EndDialog(CDialog::kIdCancel);
+    Note("dialog -> " + std::to_string(dialog.Result()));
+    return dialog.Result();
+  }
+  std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) override {
+    return std::make_unique<Face>(*this, dialog);
+  }
+  void BeginWaitCursor() override {
+    ++m_waitCursors;
+    Note("wait cursor on");
+  }
+  void EndWaitCursor() override {
+    --m_waitCursors;
+    Note("wait cursor off");
+  }
+  void Post(std::function<void()> call) override {
+    const std::lock_guard lock(m_mutex);
+    m_queue.push_back(std::move(call));
+    m_posted.notify_all();
+  }
+  TimerId SetTimer(unsigned milliseconds, std::function<void()> tick) override {
+    m_timers[++m_lastTimer] = {milliseconds, std::move(tick)};
+    return m_lastTimer;
+  }
+  void KillTimer(TimerId timer) override { m_timers.erase(timer); }
+
+ private:
+  class Face : public DialogFace {
+   public:
+    Face(RecordingHost& host, CDialog& dialog) : m_host(host), m_dialog(dialog) {
+      m_host.m_modeless.push_back(&m_dialog);
+      m_host.Note("modeless opened");
+    }
+    ~Face() override {
+      std::erase(m_host.m_modeless, &m_dialog);
+      m_host.Note("modeless closed");
+    }
+    void UpdateData() override { m_host.Note("modeless updated"); }
+
+   private:
+    RecordingHost& m_host;
+    CDialog& m_dialog;
+  };
+
+  static constexpr std::chrono::milliseconds kLook{2};  // a condition may need no post to hold
+
+  static BoxAnswer Closed(BoxButtons buttons) {
+    if (buttons == BoxButtons::Ok) return BoxAnswer::Ok;
+    return buttons == BoxButtons::YesNo ? BoxAnswer::No : BoxAnswer::Cancel;
+  }
+  static std::string Name(BoxAnswer answer) {
+    static constexpr const char* kNames[] = {"OK", "Cancel", "Yes", "No"};
+    return kNames[static_cast<int>(answer)];
+  }
+  static std::string Describe(const MessageBoxRequest& request) {
+    static constexpr const char* kIcons[] = {"none", "stop", "question", "warning", "information"};
+    static constexpr const char* kButtons[] = {"OK", "OK, Cancel", "Yes, No", "Yes, No, Cancel"};
+    return request.caption + " [" + kIcons[static_cast<int>(request.icon)] + "] \"" + request.text +
+           "\" (" + kButtons[static_cast<int>(request.buttons)] + ")";
+  }
+
+  std::deque<BoxAnswer> m_boxAnswers;
+  std::deque<std::optional<FileDialogAnswer>> m_fileAnswers;
+  std::deque<DialogScript> m_dialogScripts;
+  std::vector<CDialog*> m_modeless;
+  std::map<TimerId, std::pair<unsigned, std::function<void()>>> m_timers;
+  TimerId m_lastTimer = 0;
+  int m_waitCursors = 0;
+
+  mutable std::mutex m_mutex;  // guards what stands below
+  std::condition_variable m_posted;
+  std::deque<std::function<void()>> m_queue;
+  std::vector<std::string> m_transcript;
+  std::vector<std::function<void()>> m_openBoxes;
+};

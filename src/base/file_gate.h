@@ -28,9 +28,10 @@ class OpenFile {
  private:
   friend OpenFile OpenForReading(const std::string& path, std::string* why);
   friend OpenFile CreateForWriting(const std::string& path, std::string* why);
+  static OpenFile Open(const std::string& path, bool writing, std::string* why);
   int m_descriptor = -1;
   std::uint64_t m_device = 0, m_inode = 0;
-  bool m_writing = false;
+  bool m_listed = false;  // in this process's list of open files
 };
 
 // An existing regular file, shared with other readers only. Never waits (a FIFO is refused).

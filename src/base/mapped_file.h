@@ -2,7 +2,8 @@
 //
 // Shape    Size() bytes of the file, and behind them at least kGuardBytes of zeros, so that a
 //          record cut by the end of the file reads as zeros and needs no check per field. A page
-//          that another program cuts off while it is mapped reads as zeros from then on.
+//          that another program cuts off while it is mapped reads as zeros from then on; bytes
+//          that it appends are not seen.
 // Owner    Shared: the view stands as long as anyone holds the MappedFile.
 // Errors   Null and a reason: no such file, no permission, not a regular file, empty, 4 GiB or
 //          more (a position is a 32-bit number in the progress messages), no address space.
@@ -14,6 +15,7 @@
 #include <string>
 
 #include "base/bytes.h"
+#include "base/fault_guard.h"
 #include "base/file_gate.h"
 
 class MappedFile {
@@ -32,7 +34,9 @@ class MappedFile {
 
  private:
   MappedFile() = default;
+  bool Map();
   OpenFile m_file;
+  FaultGuard m_guard;
   const std::uint8_t* m_data = nullptr;
   std::size_t m_size = 0;
   std::size_t m_reserved = 0;

@@ -1,39 +1,48 @@
 // The traces of one document, oldest first.
 //
-// Shape    A double-ended queue in blocks: adds at the back, trims at the front, constant-time
-//          access by position. A trace of a mapped file lies in the block itself (16 bytes each, no
-//          allocation per trace); any other trace costs the block one pointer. Blocks are filled by
-//          one kind, so a change of kind begins a new block.
+// Shape    A double-ended queue in blocks of slots: adds at the back, trims at the front,
+//          constant-time access by position. A slot has 16 bytes. A trace of a mapped file lies in
+//          the slot itself, with no allocation of its own; for any other trace the slot holds the
+//          pointer. Blocks begin small and double up to 2 MiB, and are made for huge pages.
 // Owner    The list owns its traces; the pointers it gives are good until the trace is popped or
-//          the list cleared.
+//          the list cleared. A slot never moves.
+// Errors   std::bad_alloc.
 // Threads  One at a time.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <cstring>
+#include <new>
+#include <utility>
 #include <vector>
 
 #include "records/trace_event.h"
 
 class TraceList_t {
  public:
-  TraceList_t();
-  ~TraceList_t();
-  TraceList_t(TraceList_t&& other) noexcept;
+  TraceList_t() = default;
+  ~TraceList_t() { Clear(); }
+  TraceList_t(TraceList_t&& other) noexcept { *this = std::move(other); }
+  // Counts as a Clear of both, after which this list has the traces of the other.
   TraceList_t& operator=(TraceList_t&& other) noexcept;
 
-  std::size_t size() const;
+  std::size_t size() const { return static_cast<std::size_t>(End() - m_popped); }
   bool empty() const { return size() == 0; }
   // REQUIRES: position < size().
-  TraceEvent_i* operator[](std::size_t position) const;
+  TraceEvent_i* operator[](std::size_t position) const { return EventIn(SlotAt(position)); }
   TraceEvent_i* front() const { return (*this)[0]; }
-  TraceEvent_i* back() const { return (*this)[size() - 1]; }
+  TraceEvent_i* back() const { return EventIn(m_next - 1); }
 
   // Takes ownership.
   void push_back(TraceEvent_i* event);
   // A trace over a record in a mapped file, made in place.
-  TraceEvent_i* EmplaceRecord(const std::uint8_t* record);
+  TraceEvent_i* EmplaceRecord(const std::uint8_t* record) {
+    if (m_next == m_end) AddBlock();
+    return new (m_next++) PlacedTraceEvent_t(record);
+  }
   // Releases the oldest trace and forgets it. REQUIRES: not empty.
   void PopFront();
   // Releases all and gives the storage back.
@@ -41,17 +50,72 @@ class TraceList_t {
 
   // How many traces have left at the front since the list was made or cleared: position + Popped()
   // names a trace for as long as it is in the list, whatever is trimmed before it.
-  std::uint64_t Popped() const;
+  std::uint64_t Popped() const { return m_popped; }
   // Grows by one at each Clear.
-  std::uint64_t Generation() const;
+  std::uint64_t Generation() const { return m_generation; }
   // Bytes of storage held, for the figures of the benchmarks.
   std::size_t StorageBytes() const;
 
   // Calls visit(TraceEvent_i*) for positions [from, size()) in order, without a look-up per trace.
   template <class Visit>
-  void ForEach(std::size_t from, Visit&& visit) const;
+  void ForEach(std::size_t from, Visit&& visit) const {
+    const std::size_t all = size();
+    while (from < all) {
+      const Place place = PlaceOf(m_popped + from);
+      const std::size_t run = std::min(all - from, SlotsOf(place.block) - place.slot);
+      const Slot* slot = m_blocks[place.block - m_firstBlock] + place.slot;
+      for (const Slot* const end = slot + run; slot != end; ++slot) visit(EventIn(slot));
+      from += run;
+    }
+  }
 
  private:
-  struct Block;
-  std::vector<std::unique_ptr<Block>> m_blocks;
+  // Either a PlacedTraceEvent_t, whose first word is the address of its class's table and never
+  // null, or a null word and the pointer to an event elsewhere.
+  struct alignas(PlacedTraceEvent_t) Slot {
+    std::byte bytes[sizeof(PlacedTraceEvent_t)];
+  };
+  static_assert(sizeof(Slot) == 2 * sizeof(void*));
+  struct Place {
+    std::size_t block, slot;  // the block counted from the first that the list ever had
+  };
+
+  // Blocks of 256, 512, ... 131,072 slots, and then all of 131,072.
+  static constexpr unsigned kFirstBits = 8, kLastBits = 17;
+  static constexpr std::size_t kDoublings = kLastBits - kFirstBits;
+  static std::size_t SlotsOf(std::size_t block) {
+    return std::size_t{1} << (kFirstBits + std::min(block, kDoublings));
+  }
+  // Where the trace lies that was added as number `index`, from 0. Counted from 256 on, the blocks
+  // that double begin at the powers of two.
+  static Place PlaceOf(std::uint64_t index) {
+    index += std::uint64_t{1} << kFirstBits;
+    const unsigned bits = std::min(static_cast<unsigned>(std::bit_width(index)) - 1, kLastBits);
+    const std::uint64_t chunk = index >> bits;  // 1 for all blocks but the last ones
+    return {bits - kFirstBits + chunk - 1, index & ((std::uint64_t{1} << bits) - 1)};
+  }
+  const Slot* SlotAt(std::size_t position) const {
+    const Place place = PlaceOf(m_popped + position);
+    return m_blocks[place.block - m_firstBlock] + place.slot;
+  }
+  static TraceEvent_i* EventIn(const Slot* slot) {
+    const PlacedTraceEvent_t* placed =
+        std::launder(reinterpret_cast<const PlacedTraceEvent_t*>(slot));
+    void* words[2];
+    std::memcpy(words, slot, sizeof words);
+    return words[0] ? const_cast<PlacedTraceEvent_t*>(placed)
+                    : static_cast<TraceEvent_i*>(words[1]);
+  }
+  std::uint64_t End() const { return m_blockEnd - static_cast<std::uint64_t>(m_end - m_next); }
+  void AddBlock();
+  void DropFrontBlock();
+
+  Slot* m_next = nullptr;        // the slot for the next trace
+  Slot* m_end = nullptr;         // the end of the last block
+  std::uint64_t m_blockEnd = 0;  // number of the trace that m_end would take
+  std::uint64_t m_popped = 0;    // number of the oldest trace
+  std::uint64_t m_generation = 0;
+  std::uint64_t m_elsewhere = 0;  // traces that are not placed: these want a Release
+  std::size_t m_firstBlock = 0;   // number of m_blocks[0]
+  std::vector<Slot*> m_blocks;
 };

@@ -1,0 +1,121 @@
+#include "base/fault_guard.h"
+
+#include <errno.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+// An entry of a list that only grows: entries are reused, never freed, so that the handler can walk
+// it at any moment. A free entry has an empty range.
+struct FaultGuard::Range {
+  std::atomic<bool> taken = true;
+  std::atomic<std::uintptr_t> begin = 0;
+  std::atomic<std::uintptr_t> end = 0;
+  Range* next = nullptr;
+};
+
+namespace {
+
+std::atomic<FaultGuard::Range*> g_ranges = nullptr;
+struct sigaction g_previous;
+std::uintptr_t g_pageBytes;
+
+// By the system call itself: a sanitizer's mmap is not made for a signal handler.
+bool MapZeros(std::uintptr_t begin, std::size_t bytes) {
+  return syscall(SYS_mmap, begin, bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1,
+                 0) == static_cast<long>(begin);
+}
+
+bool ReplacePage(std::uintptr_t address) {
+  for (const FaultGuard::Range* range = g_ranges.load(); range; range = range->next) {
+    const std::uintptr_t begin = range->begin.load();
+    const std::uintptr_t end = range->end.load();
+    // Read twice: an entry that changed hands in between must not show a mixed range.
+    if (address < begin || address >= end || begin != range->begin.load()) continue;
+    const std::uintptr_t page = address & ~(g_pageBytes - 1);
+    // The kernel limits the pieces that a process may have; then the rest goes as one.
+    return MapZeros(page, g_pageBytes) || MapZeros(page, end - page);
+  }
+  return false;
+}
+
+void PassOn(int signal, siginfo_t* info, void* context) {
+  if (g_previous.sa_flags & SA_SIGINFO) {
+    g_previous.sa_sigaction(signal, info, context);
+  } else if (g_previous.sa_handler == SIG_IGN && info->si_code <= 0) {
+    // Sent by a process, and to be ignored.
+  } else if (g_previous.sa_handler != SIG_DFL && g_previous.sa_handler != SIG_IGN) {
+    g_previous.sa_handler(signal);
+  } else {
+    // Ends the program: a fault is met again as soon as this returns, a sent signal by the raise.
+    struct sigaction standard = {};
+    standard.sa_handler = SIG_DFL;
+    sigaction(signal, &standard, nullptr);
+    if (info->si_code <= 0) raise(signal);
+  }
+}
+
+void OnBusError(int signal, siginfo_t* info, void* context) {
+  const int error = errno;
+  const bool fault = info->si_code > 0;
+  if (!fault || !ReplacePage(reinterpret_cast<std::uintptr_t>(info->si_addr))) {
+    PassOn(signal, info, context);
+  }
+  errno = error;
+}
+
+void InstallHandler() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    g_pageBytes = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    sigaction(SIGBUS, nullptr, &g_previous);
+    struct sigaction ours = {};
+    ours.sa_sigaction = OnBusError;
+    ours.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
+    sigemptyset(&ours.sa_mask);
+    sigaction(SIGBUS, &ours, nullptr);
+  });
+}
+
+FaultGuard::Range* TakeEntry() {
+  for (FaultGuard::Range* range = g_ranges.load(); range; range = range->next) {
+    bool taken = false;
+    if (range->taken.compare_exchange_strong(taken, true)) return range;
+  }
+  auto* range = new FaultGuard::Range;
+  range->next = g_ranges.load();
+  while (!g_ranges.compare_exchange_weak(range->next, range)) {
+  }
+  return range;
+}
+
+}  // namespace
+
+FaultGuard::FaultGuard(const void* begin, std::size_t bytes) {
+  InstallHandler();
+  m_range = TakeEntry();
+  const auto from = reinterpret_cast<std::uintptr_t>(begin);
+  m_range->begin.store(from);
+  m_range->end.store(from + bytes);
+}
+
+FaultGuard& FaultGuard::operator=(FaultGuard&& other) noexcept {
+  if (this != &other) {
+    Release();
+    m_range = std::exchange(other.m_range, nullptr);
+  }
+  return *this;
+}
+
+void FaultGuard::Release() {
+  if (!m_range) return;
+  m_range->end.store(0);
+  m_range->begin.store(0);
+  m_range->taken.store(false);
+  m_range = nullptr;
+}

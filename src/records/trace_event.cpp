@@ -1,0 +1,215 @@
+#include "records/trace_event.h"
+
+#include <chrono>
+#include <span>
+
+#include "base/file_stream.h"
+#include "base/text.h"
+#include "records/trc_walk.h"
+#include "records/zone_offset.h"
+
+namespace {
+
+constexpr std::size_t kLongestText = 0xFFFF;  // a length field has 16 bits
+
+// Everything that a record holds, in its order.
+struct RecordFields {
+  std::uint32_t count;
+  NameId machine, app, component, category;
+  std::uint32_t date, time;
+  std::uint64_t ticCount;
+  NameId pid, tid;
+  std::uint16_t attributes;
+  NameId sourceFile;
+  std::uint32_t sourceLine;
+  std::string_view text, stack;
+};
+
+void AppendText(std::vector<std::uint8_t>& record, std::string_view text) {
+  text = CutUtf8(text, kLongestText);
+  std::uint8_t length[2];
+  StoreBe16(length, static_cast<std::uint16_t>(text.size()));
+  record.insert(record.end(), length, length + sizeof length);
+  record.insert(record.end(), text.begin(), text.end());
+}
+
+std::vector<std::uint8_t> MakeRecord(const RecordFields& fields) {
+  constexpr std::size_t kNumbersBytes = 40;
+  std::vector<std::uint8_t> record(kNumbersBytes);
+  std::uint8_t* const to = record.data();
+  StoreBe32(to, fields.count);
+  StoreBe16(to + 4, fields.machine);
+  StoreBe16(to + 6, fields.app);
+  StoreBe16(to + 8, fields.component);
+  StoreBe16(to + 10, fields.category);
+  StoreBe32(to + 12, fields.date);
+  StoreBe32(to + 16, fields.time);
+  StoreBe64(to + 20, fields.ticCount);
+  StoreBe16(to + 28, fields.pid);
+  StoreBe16(to + 30, fields.tid);
+  StoreBe16(to + 32, fields.attributes);
+  StoreBe16(to + 34, fields.sourceFile);
+  StoreBe32(to + 36, fields.sourceLine);
+  AppendText(record, fields.text);
+  AppendText(record, fields.stack);
+  return record;
+}
+
+bool WriteBytes(ds_BufferedOutputStream_t& stream, const void* bytes, std::size_t size) {
+  const std::size_t wanted = size;
+  return stream.WriteBuf(bytes, &size) && size == wanted;
+}
+
+bool WriteName(ds_BufferedOutputStream_t& stream, NameId id, std::string_view name) {
+  name = CutUtf8(name, kLongestText);
+  std::uint8_t head[5] = {kTagName};
+  StoreBe16(head + 1, id);
+  StoreBe16(head + 3, static_cast<std::uint16_t>(name.size()));
+  return WriteBytes(stream, head, sizeof head) && WriteBytes(stream, name.data(), name.size());
+}
+
+// Each length is read once, and what is written agrees with it: the file behind a mapped record may
+// change at any moment.
+bool WriteRecord(ds_BufferedOutputStream_t& stream, const std::uint8_t* record) {
+  constexpr std::size_t kHeadBytes = 42;
+  std::uint8_t head[1 + kHeadBytes] = {kTagTrace};
+  std::memcpy(head + 1, record, kHeadBytes);
+  const std::size_t textLength = LoadBe16(head + 1 + kHeadBytes - 2);
+  const std::uint8_t* const text = record + kHeadBytes;
+  std::uint8_t stackHead[2];
+  std::memcpy(stackHead, text + textLength, sizeof stackHead);
+  return WriteBytes(stream, head, sizeof head) && WriteBytes(stream, text, textLength) &&
+         WriteBytes(stream, stackHead, sizeof stackHead) &&
+         WriteBytes(stream, text + textLength + sizeof stackHead, LoadBe16(stackHead));
+}
+
+std::vector<std::uint8_t> RecordOf(const TraceEvent_i& event) {
+  const std::string text = _MBS2UTF(event.GetText());
+  const std::string stack = _MBS2UTF(event.GetStack());
+  return MakeRecord({.count = event.GetSequenceNumber(),
+                     .machine = event.GetMachineId(),
+                     .app = event.GetAppId(),
+                     .component = event.GetComponentId(),
+                     .category = event.GetCategoryId(),
+                     .date = event.GetDate(),
+                     .time = event.GetTime(),
+                     .ticCount = event.GetTicCount(),
+                     .pid = event.GetPidId(),
+                     .tid = event.GetTidId(),
+                     .attributes = static_cast<std::uint16_t>(event.GetAttributes()),
+                     .sourceFile = event.GetSourceFileId(),
+                     .sourceLine = event.GetSourceLine(),
+                     .text = text,
+                     .stack = stack});
+}
+
+void AppendNumber(std::string& text, unsigned value, int digits) {
+  char reversed[10];
+  int length = 0;
+  do {
+    reversed[length++] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value > 0);
+  for (int missing = digits - length; missing > 0; --missing) text += '0';
+  while (length > 0) text += reversed[--length];
+}
+
+bool IsMoment(const UnpackedDate& date, const UnpackedTime& time) {
+  const std::chrono::year_month_day day(std::chrono::year(static_cast<int>(date.year)),
+                                        std::chrono::month(date.month), std::chrono::day(date.day));
+  return date.year >= 1 && date.year <= 9999 && day.ok() && time.hour <= 23 && time.minute <= 59 &&
+         time.second <= 59 && time.ms <= 999;
+}
+
+// REQUIRES: IsMoment.
+void ShiftToLocal(UnpackedDate& date, UnpackedTime& time) {
+  using namespace std::chrono;
+  const sys_days day = year_month_day(year(static_cast<int>(date.year)), month(date.month),
+                                      std::chrono::day(date.day));
+  sys_seconds moment = day + hours(time.hour) + minutes(time.minute) + seconds(time.second);
+  moment += seconds(ZoneOffsetSeconds(moment.time_since_epoch().count()));
+  const sys_days localDay = floor<days>(moment);
+  const year_month_day local(localDay);
+  const hh_mm_ss clock(moment - localDay);
+  date = {static_cast<unsigned>(static_cast<int>(local.year())),
+          static_cast<unsigned>(local.month()), static_cast<unsigned>(local.day())};
+  time = {static_cast<unsigned>(clock.hours().count()),
+          static_cast<unsigned>(clock.minutes().count()),
+          static_cast<unsigned>(clock.seconds().count()), time.ms};
+}
+
+}  // namespace
+
+std::string TraceEvent_i::GetMachineName(const NameMap& names) const {
+  return NameOf(names, GetMachineId());
+}
+std::string TraceEvent_i::GetAppName(const NameMap& names) const {
+  return NameOf(names, GetAppId());
+}
+std::string TraceEvent_i::GetPidName(const NameMap& names) const {
+  return NameOf(names, GetPidId());
+}
+std::string TraceEvent_i::GetTidName(const NameMap& names) const {
+  return NameOf(names, GetTidId());
+}
+std::string TraceEvent_i::GetComponentName(const NameMap& names) const {
+  return NameOf(names, GetComponentId());
+}
+std::string TraceEvent_i::GetCategoryName(const NameMap& names) const {
+  return NameOf(names, GetCategoryId());
+}
+std::string TraceEvent_i::GetSourceFileName(const NameMap& names) const {
+  return NameOf(names, GetSourceFileId());
+}
+
+std::string TraceEvent_i::GetTimeString(bool local) const {
+  UnpackedDate date = UnpackDate(GetDate());
+  UnpackedTime time = UnpackTime(GetTime());
+  if (local && IsMoment(date, time)) ShiftToLocal(date, time);
+  std::string text;
+  text.reserve(23);
+  AppendNumber(text, date.year, 4);
+  AppendNumber(text += '-', date.month, 2);
+  AppendNumber(text += '-', date.day, 2);
+  AppendNumber(text += ' ', time.hour, 2);
+  AppendNumber(text += ':', time.minute, 2);
+  AppendNumber(text += ':', time.second, 2);
+  AppendNumber(text += '.', time.ms, 3);
+  return text;
+}
+
+int TraceEvent_i::WriteFile(ds_BufferedOutputStream_t& stream, NameMap& names) const {
+  const NameId ids[] = {GetMachineId(), GetAppId(), GetComponentId(), GetCategoryId(),
+                        GetPidId(),     GetTidId(), GetSourceFileId()};
+  for (const NameId id : ids) {
+    const auto entry = names.find(id);
+    if (entry == names.end() || entry->second.written) continue;
+    if (!WriteName(stream, id, entry->second.name)) return 0;
+    entry->second.written = 1;
+  }
+  if (const std::uint8_t* const record = Record()) return WriteRecord(stream, record);
+  return WriteRecord(stream, RecordOf(*this).data());
+}
+
+TraceEvent_i* TraceEvent_i::Create(unsigned int count, unsigned short machineId,
+                                   unsigned short appId, unsigned short componentId,
+                                   unsigned short categoryId, unsigned int date, unsigned int time,
+                                   const std::uint64_t& ticCount, unsigned short pidId,
+                                   unsigned short tidId, unsigned int attributes,
+                                   unsigned short sourceFileId, unsigned int sourceLine,
+                                   const std::string& text, const std::string& stack) {
+  return new OwnedTraceEvent_t(MakeRecord(
+      {count, machineId, appId, componentId, categoryId, date, time, ticCount, pidId, tidId,
+       static_cast<std::uint16_t>(attributes), sourceFileId, sourceLine, text, stack}));
+}
+
+std::string AttributesToLabel(int attributes) {
+  constexpr const char* kWords[] = {"Info", "Warn", "Error", "Developer", "Verbose"};
+  std::string label;
+  for (int bit = 0; bit < 5; ++bit) {
+    if (!(attributes & (1 << bit))) continue;
+    if (!label.empty()) label += ", ";
+    label += kWords[bit];
+  }
+  return label;
+}

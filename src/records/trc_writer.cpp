@@ -1,0 +1,38 @@
+#include "records/trc_writer.h"
+
+#include "records/trc_walk.h"
+
+TrcWriter::~TrcWriter() {
+  Finish();
+}
+
+bool TrcWriter::Create(const std::string& path, std::string* why) {
+  Finish();
+  m_file = CreateForWriting(path, why);
+  if (!m_file) return false;
+  m_stream.Attach(m_file.Descriptor());
+  m_buffer = std::make_unique<ds_BufferedOutputStream_t>(kBufferBytes);
+  m_buffer->SetStream(m_stream);
+  return true;
+}
+
+bool TrcWriter::WriteHeader() {
+  std::size_t size = sizeof kTrcHeader;
+  return m_buffer && m_buffer->WriteBuf(kTrcHeader, &size) && size == sizeof kTrcHeader;
+}
+
+bool TrcWriter::Write(const TraceEvent_i& event, NameMap& names) {
+  return m_buffer && event.WriteFile(*m_buffer, names) != 0;
+}
+
+bool TrcWriter::Finish() {
+  if (!m_buffer) return false;
+  m_buffer.reset();  // its end hands over what it still held
+  const bool written = m_stream.OK();
+  m_stream.Attach(-1);
+  return m_file.Close() && written;
+}
+
+void ClearWrittenMarks(NameMap& names) {
+  for (auto& [id, entry] : names) entry.written = 0;
+}

@@ -3,7 +3,9 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "docview/dialog.h"
@@ -27,9 +29,10 @@ class COptionsDlg : public CDialog {
   static const char* Title();  // "Options"
 
   // A click flips the member, except that of 1078; the exchange at OK replaces them in any case.
+  // 1167 is the box of UTC.
   void OnBoxClicked(unsigned id);
-  // The data exchange: what the controls hold, then the range of the limit. False leaves the dialog
-  // open, and a message has been shown.
+  // The data exchange: what the controls hold, then the range of the limit. A disabled box changes
+  // nothing. False leaves the dialog open, and a message has been shown.
   bool Exchange(const std::vector<std::pair<unsigned, bool>>& boxes, bool utc,
                 const std::string& limitText);
 

@@ -3,12 +3,15 @@
 //
 // Shape    A mark is an int, 1 for shown; anything else counts as 0. Keys are name ids.
 // Owner    By value, one per view. Entries keep their addresses while the filter is only added to:
-//          the filter dialog holds pointers to marks.
+//          the filter dialog holds pointers to marks, and so does the filter itself. REQUIRES:
+//          entries of the maps are added and changed, never taken out; a whole filter may be
+//          assigned.
 // Errors   None.
 // Threads  Interface thread: Matches adds what it has not met.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <vector>
@@ -60,12 +63,31 @@ class CTraceFilter {
   std::vector<int> attributes = {1, 1, 1, 1, 1};
 
  private:
-  // Where a mark was found last, so that a trace costs no tree walk. A copy begins empty: its marks
-  // lie elsewhere.
+  // Where a mark was found last, so that a trace costs no tree walk. The marks may change behind
+  // the pointers. A copy begins empty: its marks lie elsewhere.
   struct MarkCache {
     static constexpr std::size_t kSlots = 256;
     std::array<const int*, kSlots> marks{};
     std::array<NameId, kSlots> ids{};
   };
+  // The same for a machine, a process on it and a thread of that. Process and thread are null where
+  // they were not asked for or not there, and then looked up again.
+  struct ThreadSlot {
+    std::uint64_t ids = 0;
+    const MachineFilterEntry* machine = nullptr;
+    const ProcessFilterEntry* process = nullptr;
+    const int* thread = nullptr;
+  };
+  static constexpr std::size_t kThreadSlotBits = 8;
+
+  template <class Trace>
+  int MatchesTrace(const Trace& trace);
+  bool SeverityPasses(int traceAttributes) const;
+  bool AttributesPass(int traceAttributes) const;
+  static bool MarkPasses(MarkCache& cache, std::map<NameId, int>& marks, NameId id);
+  bool ThreadPasses(NameId machine, NameId process, NameId thread);
+  void CopyMarks(const CTraceFilter& other);
+
   MarkCache m_componentCache, m_categoryCache, m_applicationCache;
+  std::array<ThreadSlot, std::size_t{1} << kThreadSlotBits> m_threadCache{};
 };

@@ -45,6 +45,8 @@ class CTraceDoc : public CDocument {
   bool OnSaveDocument(const std::string& path) override;
   // True at once after a Quick Close.
   bool SaveModified() override;
+  // Asks for a name and writes a copy; the document keeps its name and its modified flag.
+  bool DoFileSave() override;
 
   // Read directly by views, iterators and the filter.
   bool m_loading = true;  // views wait for hint 1002 while it is set
@@ -52,7 +54,4 @@ class CTraceDoc : public CDocument {
   NameMap m_names;
   bool m_synchronize = false;  // the views follow one another's current trace
   TraceIndexes m_indexes;
-
- private:
-  void SaveCopy();
 };

@@ -1,8 +1,7 @@
 // Which ids a stream of traces has shown: kept beside the traces as they are added.
 //
 // Shape    Seven lists of ids in order of first sight, and a map machine -> process -> threads.
-// What
-//          was seen stays: trims and clears take nothing away.
+//          What was seen stays: trims and clears take nothing away.
 // Threads  One at a time.
 //
 // Nearly every trace shows only ids that were seen before, so each field first asks a bit set, and

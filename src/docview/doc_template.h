@@ -42,6 +42,11 @@ class CMultiDocTemplate {
   // By the extension, ignoring case.
   bool Matches(const std::string& path) const;
 
+  // For a file dialog: this template's files, then all files.
+  std::vector<FileFilter> FileFilters() const;
+  // Null before the main frame stands.
+  CWinApp* App() const;
+
   // A new document with its frame; `path` null for an empty one.
   CDocument* OpenDocumentFile(const std::string* path, bool visible = true);
   // The steps of it, for flows of their own.
@@ -66,4 +71,7 @@ class CMultiDocTemplate {
   Makers m_makers;
   std::vector<std::unique_ptr<CDocument>> m_documents;
   int m_untitled = 0;
+
+  std::vector<CDocument*> DocumentsNow() const;
+  bool Holds(const CDocument* document) const;
 };

@@ -13,6 +13,7 @@
 #include "docview/command.h"
 #include "docview/host.h"
 
+class CFrameWnd;
 class CMultiDocTemplate;
 class CView;
 
@@ -23,6 +24,7 @@ class CDocument : public CCmdTarget {
 
   // DeleteContents, no path, not modified.
   virtual bool OnNewDocument();
+  // A base's document has no form in a file: both fail.
   virtual bool OnOpenDocument(const std::string& path);
   virtual bool OnSaveDocument(const std::string& path);
   // Forgets the contents. A base's version does nothing.
@@ -43,6 +45,10 @@ class CDocument : public CCmdTarget {
   void AddView(CView* view);
   void RemoveView(CView* view);
   const std::vector<CView*>& Views() const { return m_views; }
+  // The frames of the views, each once, in the order in which their first views came.
+  std::vector<CFrameWnd*> Frames() const;
+  // After a frame came or went, or the title changed.
+  void UpdateFrameTitles();
 
   void SetTitle(const std::string& title);
   const std::string& GetTitle() const { return m_title; }
@@ -55,6 +61,11 @@ class CDocument : public CCmdTarget {
   CMultiDocTemplate* GetDocTemplate() const { return m_template; }
   Host& GetHost() const { return m_host; }
 
+ protected:
+  // The save that SaveModified offers: in place where there is a file that can be written, else by
+  // asking for a name.
+  virtual bool DoFileSave();
+
  private:
   friend class CMultiDocTemplate;
   Host& m_host;
@@ -62,4 +73,5 @@ class CDocument : public CCmdTarget {
   std::vector<CView*> m_views;
   std::string m_title, m_path;
   bool m_modified = false;
+  bool m_closing = false;  // OnCloseDocument has begun
 };

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "docview/view.h"
+#include "docview/frame_wnd.h"
 
 class CMDIFrameWnd;
 class CWinApp;
@@ -25,34 +25,6 @@ class ChildFrameFace {
   virtual void Show() = 0;      // with the state that a new child takes in its main window
   virtual void Activate() = 0;  // to the front; answers with CMDIChildWnd::OnActivate
   virtual void ShowView(CView& view) = 0;  // the one view to be seen
-};
-
-class CFrameWnd : public CWnd {
- public:
-  using CWnd::CWnd;
-  ~CFrameWnd() override;
-
-  CView* GetActiveView() const { return m_activeView; }
-  CDocument* GetActiveDocument() const;
-  // Tells both views of the change, if there is one and `notify`.
-  void SetActiveView(CView* view, bool notify = true);
-  // Takes ownership and makes the view part of this frame.
-  CView* AddView(std::unique_ptr<CView> view);
-  const std::vector<std::unique_ptr<CView>>& Views() const { return m_views; }
-  // Makes the main pane's view the active one if none is, and brings the titles up to date. If
-  // `visible`: OnInitialUpdate on every view of the frame, the hidden ones too, then the frame is
-  // shown and activated. A frame that stays hidden gets its first update when it is shown.
-  void InitialUpdateFrame(CDocument* document, bool visible);
-  virtual void UpdateTitle() {}
-  virtual void ActivateFrame() {}
-  virtual void Destroy() {}
-  // The view that carries kMainPane; null when there is none.
-  CView* MainPane() const;
-
- protected:
-  virtual void ShowMainPane() {}
-  std::vector<std::unique_ptr<CView>> m_views;
-  CView* m_activeView = nullptr;
 };
 
 class CMDIChildWnd : public CFrameWnd {
@@ -90,6 +62,7 @@ class CMDIChildWnd : public CFrameWnd {
 
  protected:
   void ShowMainPane() override;
+  bool IsActive() const override;
 
  private:
   friend class CMultiDocTemplate;

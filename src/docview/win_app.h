@@ -52,6 +52,7 @@ class CWinApp : public CCmdTarget {
 
  private:
   Host& m_host;
+  CDocument* FindOpenDocument(const std::string& path) const;
   CMDIFrameWnd* m_mainFrame = nullptr;
   std::vector<std::unique_ptr<CMultiDocTemplate>> m_templates;
   std::vector<std::string> m_recent;

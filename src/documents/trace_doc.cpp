@@ -1,0 +1,69 @@
+#include "documents/trace_doc.h"
+
+#include "records/trc_writer.h"
+#include "settings/globals.h"
+
+CTraceDoc::CTraceDoc(Host& host) : CDocument(host) {
+  MapCommand(
+      ID_EDIT_CLEAR_ALL,
+      [this] {
+        if (SaveModified()) DeleteContents();
+      },
+      [this](CCmdUI& ui) { ui.Enable(!m_traces.empty()); });
+  // The command itself is the view's.
+  MapUpdate(ID_VIEW_SYNCHRONIZE, [this](CCmdUI& ui) {
+    ui.SetCheck(m_synchronize);
+    ui.Enable(Views().size() > 1);
+  });
+  MapCommand(ID_FILE_SAVE, [this] { DoFileSave(); });
+  MapCommand(ID_FILE_SAVECOPY, [this] { DoFileSave(); });
+}
+
+CTraceDoc::~CTraceDoc() {
+  CTraceDoc::DeleteContents();
+}
+
+void CTraceDoc::AddTrace(TraceEvent_i* event) {
+  m_traces.push_back(event);
+  m_indexes.Note(*event);
+  SetModifiedFlag(true);
+}
+
+bool CTraceDoc::OnNewDocument() {
+  return CDocument::OnNewDocument();
+}
+
+void CTraceDoc::DeleteContents() {
+  m_traces.Clear();
+  CDocument::DeleteContents();
+  UpdateAllViews(nullptr, kHintReady);
+  UpdateAllViews(nullptr, kHintCleared);
+}
+
+bool CTraceDoc::OnSaveDocument(const std::string& path) {
+  const auto failed = [this](const char* text) {
+    GetHost().MessageBox({text, BoxIcon::Stop, BoxButtons::Ok});
+    return false;
+  };
+  ClearWrittenMarks(m_names);
+  TrcWriter writer;
+  if (!writer.Create(path)) return failed("Error creating file.");
+  if (!writer.WriteHeader()) return failed("Error writing to file.");
+  {
+    const CWaitCursor wait(GetHost());
+    for (std::size_t i = 0; i < m_traces.size(); ++i) {
+      if (!writer.Write(*m_traces[i], m_names)) return failed("Error writing to file.");
+    }
+  }
+  // The last bytes leave the buffer only now, and a full disk may show only now.
+  return writer.Finish() || failed("Error writing to file.");
+}
+
+bool CTraceDoc::SaveModified() {
+  return g_quickClose || CDocument::SaveModified();
+}
+
+// There is no save in place: a trace document's own file is mapped, or there is none.
+bool CTraceDoc::DoFileSave() {
+  return DoSave(nullptr, false);
+}

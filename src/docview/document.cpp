@@ -1,0 +1,127 @@
+#include "docview/document.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "docview/doc_template.h"
+#include "docview/view.h"
+#include "docview/win_app.h"
+
+CDocument::~CDocument() {
+  for (CView* const view : m_views) view->m_document = nullptr;
+}
+
+bool CDocument::OnNewDocument() {
+  DeleteContents();
+  m_path.clear();
+  m_modified = false;
+  return true;
+}
+
+bool CDocument::OnOpenDocument(const std::string&) {
+  return false;
+}
+
+bool CDocument::OnSaveDocument(const std::string&) {
+  return false;
+}
+
+bool CDocument::SaveModified() {
+  if (!m_modified) return true;
+  const std::string name =
+      m_path.empty() ? m_title : std::filesystem::path(m_path).filename().string();
+  MessageBoxRequest question;
+  question.text = "Save changes to " + name + "?";
+  question.icon = BoxIcon::Warning;
+  question.buttons = BoxButtons::YesNoCancel;
+  switch (m_host.MessageBox(question)) {
+    case BoxAnswer::Yes:
+      return DoFileSave();
+    case BoxAnswer::No:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool CDocument::DoFileSave() {
+  const bool inPlace = !m_path.empty() && access(m_path.c_str(), W_OK) == 0;
+  return DoSave(inPlace ? &m_path : nullptr, true);
+}
+
+void CDocument::OnCloseDocument() {
+  if (m_closing) return;
+  m_closing = true;
+  // A frame's end may end others: the list is taken anew each time.
+  for (auto frames = Frames(); !frames.empty(); frames = Frames()) frames.front()->Destroy();
+  DeleteContents();
+  if (m_template) m_template->RemoveDocument(this);  // destroys this
+}
+
+bool CDocument::DoSave(const std::string* path, bool replace) {
+  std::string name = path ? *path : std::string();
+  if (name.empty()) {
+    FileDialogRequest request;
+    request.save = true;
+    request.title = replace ? "Save As" : "Save Copy As";
+    request.suggestedName = m_path.empty() && replace ? m_title : m_path;
+    if (m_template) {
+      request.defaultExtension = m_template->GetDocString(CMultiDocTemplate::filterExt);
+      request.filters = m_template->FileFilters();
+    }
+    const auto answer = m_host.RunFileDialog(request);
+    if (!answer) return false;
+    name = answer->path;
+  }
+  // A save that failed leaves what it wrote: kept, the file could be the user's original, opened
+  // under another name.
+  if (!OnSaveDocument(name)) return false;
+  if (replace) SetPathName(name, true);
+  return true;
+}
+
+void CDocument::UpdateAllViews(CView* sender, unsigned hint, CObject* object) {
+  // A copy: a view may leave, or another one come, while the views are told.
+  const std::vector<CView*> views = m_views;
+  for (CView* const view : views) {
+    const bool here = std::find(m_views.begin(), m_views.end(), view) != m_views.end();
+    if (here && view != sender) view->OnUpdate(sender, hint, object);
+  }
+}
+
+void CDocument::AddView(CView* view) {
+  m_views.push_back(view);
+}
+
+void CDocument::RemoveView(CView* view) {
+  std::erase(m_views, view);
+}
+
+std::vector<CFrameWnd*> CDocument::Frames() const {
+  std::vector<CFrameWnd*> frames;
+  for (const CView* const view : m_views) {
+    CFrameWnd* const frame = view->GetParentFrame();
+    if (frame && std::find(frames.begin(), frames.end(), frame) == frames.end()) {
+      frames.push_back(frame);
+    }
+  }
+  return frames;
+}
+
+void CDocument::UpdateFrameTitles() {
+  for (CFrameWnd* const frame : Frames()) frame->UpdateTitle();
+}
+
+void CDocument::SetTitle(const std::string& title) {
+  m_title = title;
+  UpdateFrameTitles();
+}
+
+void CDocument::SetPathName(const std::string& path, bool addToRecent) {
+  m_path = path;
+  SetTitle(std::filesystem::path(path).filename().string());
+  CWinApp* const app = addToRecent && m_template ? m_template->App() : nullptr;
+  if (app) app->AddToRecentFileList(path);
+}

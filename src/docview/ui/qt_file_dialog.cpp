@@ -1,0 +1,73 @@
+#include "docview/ui/qt_file_dialog.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QMessageBox>
+
+namespace {
+
+// Qt takes the patterns from the last parentheses, parted by blanks, and strips those when it shows
+// the filter; the label may have parentheses of its own.
+QString NameFilter(const FileFilter& filter) {
+  const QString patterns = QString::fromStdString(filter.patterns);
+  QStringList parts;
+  for (const QString& pattern : patterns.split(u';', Qt::SkipEmptyParts))
+    parts.append(pattern.trimmed());
+  return QString::fromStdString(filter.label) + u" (" + parts.join(u' ') + u')';
+}
+
+}  // namespace
+
+QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
+    : QFileDialog(parent, QString::fromStdString(request.title)) {
+  setOption(DontUseNativeDialog);
+  setOption(HideNameFilterDetails);
+  setAcceptMode(request.save ? AcceptSave : AcceptOpen);
+  setFileMode(request.save ? AnyFile : ExistingFile);
+  QStringList filters;
+  for (const FileFilter& filter : request.filters) filters.append(NameFilter(filter));
+  if (!filters.isEmpty()) setNameFilters(filters);
+  if (request.save) setDefaultSuffix(QString::fromStdString(request.defaultExtension));
+
+  const QFileInfo suggested(QString::fromStdString(request.suggestedName));
+  const bool hasFolder = !request.suggestedName.empty() && suggested.dir().exists();
+  setDirectory(hasFolder ? suggested.absolutePath() : QDir::currentPath());
+  if (!suggested.fileName().isEmpty()) selectFile(suggested.fileName());
+  AddBoxes(request.boxes);
+}
+
+void QtFileDialog::AddBoxes(const std::vector<FileDialogBox>& boxes) {
+  auto* grid = qobject_cast<QGridLayout*>(layout());
+  if (!grid || boxes.empty()) return;
+  auto* row = new QHBoxLayout;
+  row->setSpacing(18);
+  for (const FileDialogBox& box : boxes) {
+    auto* check = new QCheckBox(QString::fromStdString(box.text), this);
+    check->setEnabled(box.enabled);
+    check->setChecked(box.checked);
+    row->addWidget(check);
+    m_boxes.push_back(check);
+  }
+  row->addStretch(1);
+  grid->addLayout(row, grid->rowCount(), 1, 1, grid->columnCount() - 1);
+}
+
+FileDialogAnswer QtFileDialog::Answer() const {
+  FileDialogAnswer answer;
+  answer.path = QFileInfo(selectedFiles().value(0)).absoluteFilePath().toStdString();
+  for (const QCheckBox* box : m_boxes) answer.boxes.push_back(box->isChecked());
+  return answer;
+}
+
+void QtFileDialog::accept() {
+  const QFileInfo chosen(selectedFiles().value(0));
+  if (acceptMode() == AcceptSave && !chosen.fileName().isEmpty() && !chosen.dir().exists()) {
+    QMessageBox::warning(this, windowTitle(),
+                         chosen.absolutePath() + "\nThe folder does not exist.");
+    return;
+  }
+  QFileDialog::accept();
+}

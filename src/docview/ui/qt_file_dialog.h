@@ -1,0 +1,26 @@
+// The file dialog, drawn by Qt itself because the platform's own holds no check boxes.
+//
+// Saving    The default extension is appended when none was typed, the overwrite question names the
+//           final file, and the folder must exist.
+// Opening   The file must exist.
+#pragma once
+
+#include <QFileDialog>
+#include <optional>
+#include <vector>
+
+#include "docview/host.h"
+
+class QCheckBox;
+
+class QtFileDialog final : public QFileDialog {
+ public:
+  QtFileDialog(const FileDialogRequest& request, QWidget* parent);
+
+  FileDialogAnswer Answer() const;
+  void accept() override;
+
+ private:
+  void AddBoxes(const std::vector<FileDialogBox>& boxes);
+  std::vector<QCheckBox*> m_boxes;
+};

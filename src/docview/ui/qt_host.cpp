@@ -1,0 +1,194 @@
+#include "docview/ui/qt_host.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QWindow>
+#include <algorithm>
+#include <clocale>
+#include <utility>
+
+#include "docview/ui/qt_file_dialog.h"
+#include "docview/ui/qt_message_box.h"
+
+namespace {
+
+// The normal cursor for as long as something waits for the user.
+class NormalCursor {
+ public:
+  NormalCursor() : m_needed(QApplication::overrideCursor() != nullptr) {
+    if (m_needed) QApplication::setOverrideCursor(Qt::ArrowCursor);
+  }
+  ~NormalCursor() {
+    if (m_needed) QApplication::restoreOverrideCursor();
+  }
+  NormalCursor(const NormalCursor&) = delete;
+  NormalCursor& operator=(const NormalCursor&) = delete;
+
+ private:
+  const bool m_needed;
+};
+
+class ModelessFace final : public DialogFace {
+ public:
+  explicit ModelessFace(QtDialogFace* face) : m_face(face) {}
+  ~ModelessFace() override {
+    if (!m_face) return;
+    // Later: it may be one of the window's own events that ends the dialog.
+    m_face->Detach();
+    m_face->deleteLater();
+  }
+  void UpdateData() override {
+    if (m_face) m_face->UpdateData();
+  }
+
+ private:
+  QPointer<QtDialogFace> m_face;
+};
+
+}  // namespace
+
+QtHost::QtHost() : m_calls([this] { CloseEndedFaces(); }) {
+  // QApplication takes over the user's locale; numbers in our texts keep their point.
+  std::setlocale(LC_NUMERIC, "C");
+}
+
+QtHost::~QtHost() {
+  for (auto& [box, closed] : std::exchange(m_postedBoxes, {})) {
+    delete box;
+    if (closed) closed();
+  }
+}
+
+bool QtHost::InModal() {
+  return QApplication::activeModalWidget() != nullptr;
+}
+
+QWidget* QtHost::ParentForDialog() const {
+  if (QWidget* modal = QApplication::activeModalWidget()) return modal;
+  if (m_mainWidget && m_mainWidget->isVisible()) return m_mainWidget;
+  return nullptr;
+}
+
+BoxAnswer QtHost::MessageBox(const MessageBoxRequest& request) {
+  const NormalCursor cursor;
+  const QPointer<QtMessageBox> box = new QtMessageBox(request, ParentForDialog());
+  box->setWindowModality(Qt::ApplicationModal);
+  box->exec();
+  // Its parent may have gone meanwhile, and the box with it.
+  if (!box) return request.buttons == BoxButtons::Ok ? BoxAnswer::Ok : BoxAnswer::Cancel;
+  const BoxAnswer answer = box->Answer();
+  delete box;
+  return answer;
+}
+
+void QtHost::PostBox(MessageBoxRequest request, std::function<void()> closed) {
+  Post([this, request = std::move(request), closed = std::move(closed)] {
+    ShowBox(request, closed);
+  });
+}
+
+void QtHost::ShowBox(const MessageBoxRequest& request, std::function<void()> closed) {
+  // No parent, so that it goes with no window; transient for a modal dialog that is up, so that it
+  // can be answered beside it.
+  auto* box = new QtMessageBox(request, nullptr);
+  box->setWindowModality(Qt::NonModal);
+  box->winId();
+  if (QWidget* parent = ParentForDialog(); parent && parent->window()->windowHandle())
+    box->windowHandle()->setTransientParent(parent->window()->windowHandle());
+  m_postedBoxes.emplace(box, std::move(closed));
+  QObject::connect(box, &QDialog::finished, &m_calls, [this, box] {
+    auto entry = m_postedBoxes.extract(box);
+    box->deleteLater();
+    if (!entry.empty() && entry.mapped()) entry.mapped()();
+  });
+  box->show();
+}
+
+std::optional<FileDialogAnswer> QtHost::RunFileDialog(const FileDialogRequest& request) {
+  const NormalCursor cursor;
+  const QPointer<QtFileDialog> dialog = new QtFileDialog(request, ParentForDialog());
+  const bool accepted = dialog->exec() == QDialog::Accepted;
+  if (!dialog) return std::nullopt;
+  const FileDialogAnswer answer = dialog->Answer();
+  delete dialog;
+  if (!accepted) return std::nullopt;
+  QDir::setCurrent(QFileInfo(QString::fromStdString(answer.path)).absolutePath());
+  return answer;
+}
+
+QtDialogFace* QtHost::MakeFace(CDialog& dialog) {
+  const auto maker = m_faces.find(typeid(dialog));
+  Q_ASSERT_X(maker != m_faces.end(), "QtHost", "a dialog without a face");
+  if (maker == m_faces.end()) return nullptr;
+  QtDialogFace* face = maker->second(dialog, ParentForDialog());
+  face->UpdateData();
+  m_open.emplace_back(face);
+  return face;
+}
+
+int QtHost::RunDialog(CDialog& dialog) {
+  const NormalCursor cursor;
+  if (dialog.Ended()) return dialog.Result();
+  const QPointer<QtDialogFace> face = MakeFace(dialog);
+  if (!face) return CDialog::kIdCancel;
+  face->setWindowModality(Qt::ApplicationModal);
+  face->exec();
+  delete face;
+  if (!dialog.Ended()) dialog.EndDialog(CDialog::kIdCancel);
+  return dialog.Result();
+}
+
+std::unique_ptr<DialogFace> QtHost::ShowModeless(CDialog& dialog) {
+  QtDialogFace* face = MakeFace(dialog);
+  if (face) face->show();
+  return std::make_unique<ModelessFace>(face);
+}
+
+void QtHost::CloseEndedFaces() {
+  m_open.erase(std::remove(m_open.begin(), m_open.end(), nullptr), m_open.end());
+  for (const auto& face : std::vector(m_open))
+    if (face) face->CloseIfEnded();
+}
+
+void QtHost::BeginWaitCursor() {
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+void QtHost::EndWaitCursor() {
+  QApplication::restoreOverrideCursor();
+}
+
+void QtHost::Post(std::function<void()> call) {
+  m_calls.Post(std::move(call));
+}
+
+TimerId QtHost::SetTimer(unsigned milliseconds, std::function<void()> tick) {
+  const TimerId id = ++m_lastTimer;
+  Timer& timer = m_timers[id];
+  timer.tick = std::move(tick);
+  timer.clock = std::make_unique<QTimer>();
+  timer.clock->setTimerType(Qt::PreciseTimer);
+  QObject::connect(timer.clock.get(), &QTimer::timeout, &m_calls, [this, id] { OnTick(id); });
+  timer.clock->start(static_cast<int>(std::min(milliseconds, 0x7fffffffu)));
+  return id;
+}
+
+void QtHost::OnTick(TimerId id) {
+  const auto timer = m_timers.find(id);
+  if (timer == m_timers.end()) return;
+  // Started anew, because a timer does not fire inside its own event: the tick may open a dialog,
+  // and time goes on there.
+  timer->second.clock->start();
+  const std::function<void()> tick = timer->second.tick;
+  tick();
+  CloseEndedFaces();
+}
+
+void QtHost::KillTimer(TimerId id) {
+  auto timer = m_timers.extract(id);
+  if (timer.empty()) return;
+  // Later: it may be killed by its own tick.
+  timer.mapped().clock->stop();
+  timer.mapped().clock.release()->deleteLater();
+}

@@ -1,0 +1,81 @@
+#include "docview/ui/qt_message_box.h"
+
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPushButton>
+
+namespace {
+
+QMessageBox::Icon IconOf(BoxIcon icon) {
+  switch (icon) {
+    case BoxIcon::None:
+      return QMessageBox::NoIcon;
+    case BoxIcon::Stop:
+      return QMessageBox::Critical;
+    case BoxIcon::Question:
+      return QMessageBox::Question;
+    case BoxIcon::Warning:
+      return QMessageBox::Warning;
+    case BoxIcon::Information:
+      return QMessageBox::Information;
+  }
+  return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButtons ButtonsOf(BoxButtons buttons) {
+  switch (buttons) {
+    case BoxButtons::Ok:
+      return QMessageBox::Ok;
+    case BoxButtons::OkCancel:
+      return QMessageBox::Ok | QMessageBox::Cancel;
+    case BoxButtons::YesNo:
+      return QMessageBox::Yes | QMessageBox::No;
+    case BoxButtons::YesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+  }
+  return QMessageBox::Ok;
+}
+
+}  // namespace
+
+QtMessageBox::QtMessageBox(const MessageBoxRequest& request, QWidget* parent)
+    : QMessageBox(IconOf(request.icon), QString::fromStdString(request.caption),
+                  QString::fromStdString(request.text), ButtonsOf(request.buttons), parent),
+      m_buttons(request.buttons) {
+  setTextFormat(Qt::PlainText);
+  const bool hasYes = MustAnswer() || m_buttons == BoxButtons::YesNoCancel;
+  setDefaultButton(hasYes ? QMessageBox::Yes : QMessageBox::Ok);
+  if (MustAnswer()) setWindowFlag(Qt::WindowCloseButtonHint, false);
+}
+
+BoxAnswer QtMessageBox::Answer() const {
+  switch (const QAbstractButton* clicked = clickedButton();
+          clicked ? standardButton(const_cast<QAbstractButton*>(clicked)) : NoButton) {
+    case QMessageBox::Ok:
+      return BoxAnswer::Ok;
+    case QMessageBox::Yes:
+      return BoxAnswer::Yes;
+    case QMessageBox::No:
+      return BoxAnswer::No;
+    case QMessageBox::Cancel:
+      return BoxAnswer::Cancel;
+    default:
+      break;
+  }
+  if (m_buttons == BoxButtons::Ok) return BoxAnswer::Ok;
+  return MustAnswer() ? BoxAnswer::No : BoxAnswer::Cancel;
+}
+
+void QtMessageBox::closeEvent(QCloseEvent* event) {
+  if (MustAnswer())
+    event->ignore();
+  else
+    QMessageBox::closeEvent(event);
+}
+
+void QtMessageBox::keyPressEvent(QKeyEvent* event) {
+  if (MustAnswer() && event->matches(QKeySequence::Cancel))
+    event->accept();
+  else
+    QMessageBox::keyPressEvent(event);
+}

@@ -1,0 +1,25 @@
+// A message box with exactly the caption, icon and buttons asked for.
+//
+// A box with Yes and No but no Cancel cannot be left unanswered: neither Esc nor the window's close
+// button closes it.
+#pragma once
+
+#include <QMessageBox>
+
+#include "docview/host.h"
+
+class QtMessageBox final : public QMessageBox {
+ public:
+  QtMessageBox(const MessageBoxRequest& request, QWidget* parent);
+
+  // Of the button that closed the box. A box that was taken down without one answers what refuses.
+  BoxAnswer Answer() const;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  bool MustAnswer() const { return m_buttons == BoxButtons::YesNo; }
+  const BoxButtons m_buttons;
+};

@@ -1,0 +1,208 @@
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <sstream>
+
+#include "exit_status.h"
+#include "listview/columns/columns.h"
+
+namespace {
+
+// Plain decimal digits: no sign, no other base, nothing that wraps.
+std::uint64_t ReadNumber(const char* option, const std::string& text) {
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (text.empty() || stop != end || error != std::errc()) {
+    throw CLI::ValidationError(option, "\"" + text + "\" is not a whole number");
+  }
+  return number;
+}
+
+CLI::Option* AddNumber(CLI::App* app, const char* names, const char* option, std::uint64_t& number,
+                       const char* help) {
+  return app
+      ->add_option_function<std::string>(
+          names, [option, &number](const std::string& text) { number = ReadNumber(option, text); },
+          help)
+      ->type_name("N");
+}
+
+std::string AllHeaders() {
+  std::string list;
+  for (const ColumnInfo& column : kColumns) {
+    if (!list.empty()) list.append(", ");
+    list.append(column.header);
+  }
+  return list;
+}
+
+std::string Trimmed(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return std::string(text);
+}
+
+std::vector<Column> ReadColumns(const std::string& list) {
+  std::vector<Column> columns;
+  std::istringstream parts(list + ",");
+  for (std::string part; std::getline(parts, part, ',');) {
+    const std::string header = Trimmed(part);
+    const std::optional<Column> column = ColumnByHeader(header);
+    if (!column) {
+      throw CLI::ValidationError(
+          "--columns", "there is no column \"" + header + "\"; the columns are " + AllHeaders());
+    }
+    columns.push_back(*column);
+  }
+  return columns;
+}
+
+// Those that a list shows at first, and the time.
+std::vector<Column> DefaultColumns() {
+  std::vector<Column> columns;
+  for (const std::int32_t index : kDefaultColumnOrder) {
+    const auto column = static_cast<Column>(index);
+    if (column == Column::Time || kDefaultActiveColumns[static_cast<std::size_t>(index)] == 1) {
+      columns.push_back(column);
+    }
+  }
+  return columns;
+}
+
+class Parser {
+ public:
+  Parser() {
+    m_app.require_subcommand(1);
+    m_app.set_version_flag("-V,--version", "trc " TESSERA_VERSION, "Print the version and exit");
+    m_app.footer(
+        "Examples:\n"
+        "  trc gen --records 100000 sample.trc\n"
+        "  trc info sample.trc\n"
+        "  trc dump sample.trc --columns Time,Component,Trace --count 20\n"
+        "  trc dump sample.trc --format jsonl | jq .text\n"
+        "\n"
+        "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 2 wrong use\n"
+        "or bad input, 130 interrupted.");
+    AddGen();
+    AddInfo();
+    AddDump();
+    AddSave();
+  }
+
+  ParsedCommandLine Parse(int argc, const char* const* argv) {
+    try {
+      m_app.parse(argc, argv);
+      return {Chosen(), kExitGood};
+    } catch (const CLI::ParseError& error) {
+      return {std::nullopt, Answer(error)};
+    }
+  }
+
+ private:
+  void AddGen() {
+    m_genApp = m_app.add_subcommand("gen", "Make a sample trace file");
+    AddNumber(m_genApp, "-n,--records", "--records", m_gen.records, "How many traces to write")
+        ->required();
+    AddNumber(m_genApp, "-s,--seed", "--seed", m_gen.seed,
+              "Another number gives other traces [default: 1]");
+    m_genApp->add_option("OUT", m_gen.out, "The file; an existing one is replaced")
+        ->required()
+        ->type_name("");
+    m_genApp->footer(
+        "Examples:\n"
+        "  trc gen --records 5000000 big.trc\n"
+        "  trc gen -n 1000 -s 42 small.trc");
+  }
+
+  void AddInfo() {
+    m_infoApp = m_app.add_subcommand("info", "Tell what is in trace files");
+    m_infoApp->add_option("FILE", m_info.files, "Trace files")->required()->type_name("");
+    m_infoApp->add_flag("-j,--json", m_info.json, "One JSON object per file, each on its line");
+    m_infoApp->footer(
+        "Examples:\n"
+        "  trc info web.trc db.trc\n"
+        "  trc info --json web.trc | jq .names");
+  }
+
+  void AddDump() {
+    m_dumpApp = m_app.add_subcommand("dump", "Print the traces of a file");
+    m_dumpApp->add_option("FILE", m_dump.file, "A trace file")->required()->type_name("");
+    m_dumpApp
+        ->add_option("-f,--format", m_format,
+                     "text: aligned columns (the default); jsonl: one JSON object per trace")
+        ->check(CLI::IsMember({"text", "jsonl"}))
+        ->type_name("FORMAT");
+    m_columnsOption = m_dumpApp->add_option(
+        "-c,--columns", m_columns, "Columns of the text format, by their headers: " + AllHeaders());
+    m_columnsOption->type_name("LIST");
+    m_dumpApp->add_flag("-u,--utc", m_dump.utc,
+                        "Times of the text format in UTC, not local time; jsonl has them as "
+                        "stored, which is UTC");
+    AddNumber(m_dumpApp, "-b,--from", "--from", m_dump.from,
+              "Index of the first trace [default: 0]");
+    AddNumber(m_dumpApp, "-n,--count", "--count", m_dump.count, "At most so many traces");
+    m_dumpApp->footer(
+        "Examples:\n"
+        "  trc dump web.trc --utc --columns \"Time,PID,Trace\"\n"
+        "  trc dump web.trc --from 1000 --count 50\n"
+        "  trc dump web.trc --format jsonl > web.jsonl");
+  }
+
+  void AddSave() {
+    m_saveApp = m_app.add_subcommand("save", "Write the traces of a file to a new one");
+    m_saveApp->add_option("IN", m_save.in, "A trace file")->required()->type_name("");
+    m_saveApp->add_option("OUT", m_save.out, "The new file; an existing one is replaced")
+        ->required()
+        ->type_name("");
+    m_saveApp->footer(
+        "All traces are written, with just the names that they need and without\n"
+        "what was skipped in the old file.\n"
+        "\n"
+        "Example:\n"
+        "  trc save web.trc clean.trc");
+  }
+
+  TrcCommand Chosen() {
+    if (m_genApp->parsed()) return m_gen;
+    if (m_infoApp->parsed()) return m_info;
+    if (m_saveApp->parsed()) return m_save;
+    const bool text = m_format == "text";
+    if (!text && m_columnsOption->count() != 0) {
+      throw CLI::ValidationError("--columns", "goes with the text format only");
+    }
+    m_dump.format = text ? DumpFormat::Text : DumpFormat::Jsonl;
+    m_dump.columns = m_columnsOption->count() != 0 ? ReadColumns(m_columns) : DefaultColumns();
+    return m_dump;
+  }
+
+  int Answer(const CLI::ParseError& error) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+      std::ostringstream answer, nothing;
+      m_app.exit(error, answer, nothing);
+      Output output;
+      output.Buffer() = answer.str();
+      return output.Finish();
+    }
+    const auto parsed = m_app.get_subcommands();
+    const std::string command = parsed.empty() ? "" : " " + parsed.front()->get_name();
+    Complain(std::string(error.what()) + "\nTry 'trc" + command + " --help'.");
+    return kExitBad;
+  }
+
+  CLI::App m_app{"Looks into trace files, makes samples and saves copies of them.", "trc"};
+  CLI::App *m_genApp = nullptr, *m_infoApp = nullptr, *m_dumpApp = nullptr, *m_saveApp = nullptr;
+  CLI::Option* m_columnsOption = nullptr;
+  GenOptions m_gen;
+  InfoOptions m_info;
+  DumpOptions m_dump;
+  SaveOptions m_save;
+  std::string m_format = "text", m_columns;
+};
+
+}  // namespace
+
+ParsedCommandLine ParseCommandLine(int argc, const char* const* argv) {
+  return Parser().Parse(argc, argv);
+}

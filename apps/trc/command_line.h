@@ -1,0 +1,22 @@
+// The command line of trc.
+//
+// Errors   Wrong use: words on standard error, and only the status is set.
+#pragma once
+
+#include <optional>
+#include <variant>
+
+#include "dump.h"
+#include "gen.h"
+#include "info.h"
+#include "save.h"
+
+using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions>;
+
+struct ParsedCommandLine {
+  std::optional<TrcCommand> command;  // none: nothing is left to do
+  int status = 0;                     // the exit status then
+};
+
+// Also answers --help and --version, on standard output.
+ParsedCommandLine ParseCommandLine(int argc, const char* const* argv);

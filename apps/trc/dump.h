@@ -1,0 +1,36 @@
+// trc dump: the traces of a file, as lines for a person or for a program.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "documents/trace_doc.h"
+#include "listview/cells/cell_text.h"
+#include "output.h"
+#include "progress_line.h"
+
+enum class DumpFormat { Text, Jsonl };
+
+struct DumpOptions {
+  std::string file;
+  DumpFormat format = DumpFormat::Text;
+  std::vector<Column> columns;  // text only
+  bool utc = false;             // text only
+  std::uint64_t from = 0;       // index of the first trace
+  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();
+};
+
+// The traces [from, to) of a document.
+struct DumpRange {
+  const CTraceDoc& document;
+  std::size_t from, to;
+};
+
+int RunDump(const DumpOptions& options);
+
+// The formats. Both stop when the output wants no more.
+void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress);
+void DumpAsText(const DumpRange& range, const DumpOptions& options, Output& output,
+                ProgressLine& progress);

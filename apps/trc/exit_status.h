@@ -1,0 +1,8 @@
+// How trc ends, as shells see it.
+#pragma once
+
+enum ExitStatus : int {
+  kExitGood = 0,
+  kExitBad = 2,            // wrong use, bad input, or output that could not be written
+  kExitInterrupted = 130,  // SIGINT, by the shells' custom
+};

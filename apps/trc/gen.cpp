@@ -1,0 +1,99 @@
+#include "gen.h"
+
+#include "base/file_gate.h"
+#include "base/file_stream.h"
+#include "exit_status.h"
+#include "interrupt.h"
+#include "output.h"
+#include "progress_line.h"
+#include "records/trc_walk.h"
+#include "sample_traces.h"
+
+namespace {
+
+constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
+// Readers take less than 4 GiB.
+constexpr std::uint64_t kMostFileBytes = 0xFFFFFFFF;
+constexpr std::uint64_t kLeastTraceBytes = RawTrace::kFixedBytes + 1;
+constexpr std::uint64_t kTracesPerLook = 4096;
+
+class Generator {
+ public:
+  Generator(const GenOptions& options, int descriptor)
+      : m_options(options), m_stream(descriptor), m_traces(options.records, options.seed) {
+    m_buffer.SetStream(m_stream);
+  }
+
+  int Run() {
+    std::size_t size = kTrcHeaderBytes;
+    if (!m_buffer.WriteBuf(kTrcHeader, &size)) return WriteError();
+    while (TraceEvent_i* const trace = m_traces.Next()) {
+      const std::uint64_t bytes = 1 + RawTrace(trace->Record()).Size();
+      const bool fits = m_bytes + bytes <= kMostFileBytes - kRoomForNames;
+      const bool written = fits && trace->WriteFile(m_buffer, m_traces.Names()) != 0;
+      trace->Release();
+      if (!fits) return TooLarge();
+      if (!written) return WriteError();
+      m_bytes += bytes;
+      if (++m_written % kTracesPerLook != 0) continue;
+      m_progress.Show("Writing traces...", m_written, m_options.records);
+      if (Interrupted()) break;
+    }
+    m_progress.Clear();
+    if (!m_buffer.Close()) return WriteError();
+    return Interrupted() ? Stopped() : kExitGood;
+  }
+
+ private:
+  // More than all names of a sample take.
+  static constexpr std::uint64_t kRoomForNames = 65536;
+
+  void Say(const std::string& words) {
+    m_progress.Clear();
+    Complain(m_options.out + ": " + words);
+  }
+  int WriteError() {
+    m_buffer.Discard();
+    Say("Error writing to file.");
+    return kExitBad;
+  }
+  int TooLarge() {
+    Say("a trace file is smaller than 4 GiB: stopped after " + std::to_string(m_written) +
+        " traces");
+    return kExitBad;
+  }
+  int Stopped() {
+    Say("interrupted after " + std::to_string(m_written) + " traces");
+    return kExitInterrupted;
+  }
+
+  const GenOptions& m_options;
+  ds_File_t::FOStream_t m_stream;
+  ds_BufferedOutputStream_t m_buffer{kBufferBytes};  // hands over to m_stream at its end
+  SampleTraces m_traces;
+  ProgressLine m_progress;
+  std::uint64_t m_bytes = kTrcHeaderBytes;  // of header and traces
+  std::uint64_t m_written = 0;              // traces
+};
+
+}  // namespace
+
+int RunGen(const GenOptions& options) {
+  if (options.records > kMostFileBytes / kLeastTraceBytes) {
+    Complain(std::to_string(options.records) +
+             " traces do not fit in a trace file, which is smaller than 4 GiB");
+    return kExitBad;
+  }
+  std::string why;
+  OpenFile file = CreateForWriting(options.out, &why);
+  if (!file) {
+    Complain(options.out + ": " + why);
+    return kExitBad;
+  }
+  const int status = Generator(options, file.Descriptor()).Run();
+  if (!file.Close() && status == kExitGood) {
+    Complain(options.out + ": Error writing to file.");
+    return kExitBad;
+  }
+  return status;
+}

@@ -1,0 +1,15 @@
+#include "command_line.h"
+#include "interrupt.h"
+
+int main(int argc, char** argv) {
+  CatchSignals();
+  const ParsedCommandLine line = ParseCommandLine(argc, argv);
+  if (!line.command) return line.status;
+  struct Run {
+    int operator()(const GenOptions& options) const { return RunGen(options); }
+    int operator()(const InfoOptions& options) const { return RunInfo(options); }
+    int operator()(const DumpOptions& options) const { return RunDump(options); }
+    int operator()(const SaveOptions& options) const { return RunSave(options); }
+  };
+  return std::visit(Run{}, *line.command);
+}

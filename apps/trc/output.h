@@ -1,0 +1,42 @@
+// Standard output, written in big pieces and always in whole lines.
+//
+// Errors   Sticky. A reader who has gone away (a closed pipe) is no failure: nothing more is
+//          written, and the program ends well. Any other failed write is one, and Finish says so
+//          on standard error.
+// Threads  One at a time.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+class Output {
+ public:
+  Output() = default;
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  // What has not been written yet; a caller appends its line to it and then calls EndLine.
+  std::string& Buffer() { return m_buffer; }
+  // Ends the line. False when nothing more can or need be written: closed, failed or interrupted.
+  bool EndLine() {
+    m_buffer.push_back('\n');
+    return m_buffer.size() < kPieceBytes || Flush();
+  }
+  bool Line(std::string_view text) {
+    m_buffer.append(text);
+    return EndLine();
+  }
+  // Writes the rest and gives the exit status.
+  int Finish();
+
+ private:
+  static constexpr std::size_t kPieceBytes = 256 * 1024;
+  bool Flush();
+
+  std::string m_buffer;
+  int m_error = 0;  // errno of the write that failed
+};
+
+// "trc: words" on standard error.
+void Complain(std::string_view words);

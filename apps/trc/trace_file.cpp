@@ -1,0 +1,56 @@
+#include "trace_file.h"
+
+#include "docview/wnd.h"
+#include "interrupt.h"
+#include "output.h"
+
+namespace {
+
+// Stands where the desktop has its main frame: takes the load's progress messages.
+class ProgressWindow final : public CWnd {
+ public:
+  explicit ProgressWindow(TerminalHost& host) : CWnd(host), m_host(host) {
+    host.SetMainWindow(this);
+  }
+  ~ProgressWindow() override { m_host.SetMainWindow(nullptr); }
+
+  std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
+    if (message != WM_TRACE_PROGRESS) return CWnd::OnMessage(message, wParam, lParam);
+    if (wParam == kLoadStart) {
+      const std::unique_ptr<CLoadProgressStart> start(
+          reinterpret_cast<CLoadProgressStart*>(lParam));
+      m_caption = start->caption;
+      m_size = start->size;
+    } else if (wParam == kLoadPosition) {
+      m_host.Progress().Show(m_caption, static_cast<std::uint64_t>(lParam), m_size);
+    } else if (wParam == kLoadDone) {
+      m_host.Progress().Clear();
+    }
+    return 0;
+  }
+
+ private:
+  TerminalHost& m_host;
+  std::string m_caption;
+  std::uint64_t m_size = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path) {
+  host.SetSubject(path);
+  const unsigned boxes = host.Boxes();
+  const ProgressWindow window(host);
+  auto document = std::make_unique<CTraceFileDoc>(host);
+  if (!document->OnOpenDocument(path)) {
+    if (host.Boxes() == boxes) Complain(path + ": " + document->OpenFailure());
+    return nullptr;
+  }
+  // A load that fails says so in a box and leaves the flag set.
+  host.RunUntil([&] {
+    if (Interrupted()) document->CancelEvent()->Set();
+    return !document->m_loading || host.Boxes() != boxes;
+  });
+  if (document->m_loading || Interrupted()) return nullptr;
+  return document;
+}

@@ -1,0 +1,14 @@
+// Opening a trace file the way the desktop does, and waiting for its traces.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "documents/trace_file_doc.h"
+#include "terminal_host.h"
+
+// The loaded document of `path`. Null when it cannot be opened, and standard error says why, or
+// when the load was interrupted. The document must go before the host.
+std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path);

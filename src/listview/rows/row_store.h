@@ -2,10 +2,13 @@
 //
 // Shape    While nothing has been filtered out the rows are a window on the document's own list and
 //          cost nothing; otherwise a TraceRow each, in a queue whose entries never move.
-// Owner    Borrows the list and the traces. A trace leaves the store before it is released.
+// Owner    Borrows the list and the traces. A trace leaves the store before it is released. When
+//          the list has been cleared or replaced, the store has no rows until Clear or ShowAll, and
+//          the pointers that it held are not read.
 // Threads  Interface thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 
@@ -18,25 +21,34 @@ struct TraceRow {
 
 class RowStore {
  public:
-  explicit RowStore(const TraceList_t& traces) : m_traces(traces) {}
+  explicit RowStore(const TraceList_t& traces) : m_traces(traces) { Clear(); }
 
   int Size() const;
   TraceRow operator[](int row) const;  // REQUIRES: 0 <= row < Size()
   TraceEvent_i* EventAt(int row) const { return (*this)[row].event; }
+  bool Has(int row) const { return row >= 0 && row < Size(); }
 
   void Clear();
   // The rows are all traces that the document holds now.
   void ShowAll();
+  // REQUIRES: the document holds the event, behind those of the rows there are.
   void Append(TraceEvent_i* event);
   // Takes the row of the event out and gives its index, -1 when no row shows it. A document trims
   // its oldest traces, and rows stand in document order, so the search begins at the front and a
   // trace that is not shown costs no walk when `oldest` is set: then only the first row is asked.
   int RemoveRow(const TraceEvent_i* event, bool oldest);
+  // Bytes held for the rows; a window holds none.
   std::size_t StorageBytes() const;
 
  private:
+  bool IsStale() const { return m_generation != m_traces.Generation(); }
+  TraceEvent_i* InWindow(std::uint64_t position) const;
+  bool ExtendWindow(const TraceEvent_i* event);
+  void RemoveFirst();
   void Materialise();
+
   const TraceList_t& m_traces;
+  std::uint64_t m_generation = 0;        // of m_traces, when the rows were begun
   bool m_window = true;                  // rows are m_traces by position
   std::uint64_t m_begin = 0, m_end = 0;  // window: positions counted with TraceList_t::Popped
   std::deque<TraceRow> m_rows;

@@ -1,6 +1,8 @@
 // The list view of a trace document: rows, cells, hints, selection, commands.
 //
-// Owner    Owns its row list, row store and filter; borrows the traces.
+// Owner    Owns its row list, row store and filter; borrows the traces. What it keeps of a trace
+//          goes when the document says that the trace goes: after a clear pointers are compared
+//          only.
 // Errors   A cell that cannot be made stays empty.
 // Threads  Interface thread.
 #pragma once
@@ -29,11 +31,12 @@ class CTraceView : public CView, public RowListOwner {
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
   ViewControl* Control() override { return m_list.get(); }
 
-  // The trace of the focused row, null without one.
+  // The trace of the focused row, null without one or when the row has gone.
   TraceEvent_i* CurrentEvent() const;
   // Copies the filter and clears the changed mark.
   void SetFilter(const CTraceFilter& filter, bool rebuild);
-  // Written by the frame before it comes back from the tree: what the tree had selected.
+  // Where the selection goes after a rebuild or a return from the tree. Written by the frame before
+  // it comes back: what the tree had selected. Null once its trace has gone.
   TraceEvent_i* m_currentEvent = nullptr;
   CTraceFilter m_filter;
   bool m_filterChanged = false;  // changed here since it last went to the other view
@@ -63,7 +66,11 @@ class CTraceView : public CView, public RowListOwner {
   void FollowTrace(CView* sender, const TraceEvent_i& target);
   void SelectRow(CView* sender, int row);
   bool AtBottom() const;
+  int NearestRow(const TraceEvent_i& target) const;
+  void TellRowCount(std::intptr_t count);
+  void TellFiltered(std::intptr_t filtered);
   void TellStatus();
+  void Invalidate();
   void OnSynchronize();
 
   CTraceDoc& m_document;
@@ -71,7 +78,7 @@ class CTraceView : public CView, public RowListOwner {
   std::unique_ptr<RowList> m_list;
   bool m_firstUpdate = true;
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};
-  int m_currentRow = -1;
+  int m_currentRow = -1;  // of the focused row, as the list last told
   bool m_active = false;
 };
 

@@ -1,0 +1,190 @@
+#include "listview/rows/trace_view.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "docview/frame.h"
+
+namespace {
+
+constexpr int kMinimumDragWidthPx = 16;
+constexpr int kColumnMarginPx = 16;
+// A control keeps 16 bits of a width.
+constexpr int kWidthMask = 0xFFFF;
+
+std::int32_t FlagOf(Column column) {
+  return g_activeColumns[static_cast<std::size_t>(column)];
+}
+
+}  // namespace
+
+CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
+    : CView(document), m_document(document), m_rows(document.m_traces), m_list(makeList(*this)) {
+  // The state of the menu item is the document's.
+  MapCommand(ID_VIEW_SYNCHRONIZE, [this] { OnSynchronize(); });
+}
+
+CTraceView::~CTraceView() = default;
+
+void CTraceView::OnInitialUpdate() {
+  CView::OnInitialUpdate();
+  if (m_firstUpdate) {
+    m_firstUpdate = false;
+    CreateColumns();
+    if (!m_document.m_loading) RebuildRows();
+  } else if (m_currentEvent) {
+    CTraceHint hint(m_currentEvent);
+    OnUpdate(this, kHintFollow, &hint);
+  }
+}
+
+void CTraceView::OnActivateView(bool activate, CView* activated, CView* deactivated) {
+  m_active = activate;
+  if (activate) {
+    TellStatus();
+  } else {
+    TellRowCount(-1);
+    TellFiltered(-1);
+  }
+  CView::OnActivateView(activate, activated, deactivated);
+}
+
+std::intptr_t CTraceView::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+  switch (message) {
+    case WM_TRACE_UPDATE:
+      OnUpdate(nullptr, static_cast<unsigned>(wParam), reinterpret_cast<CObject*>(lParam));
+      return 0;
+    case WM_TRACE_SAVEORDER:
+      StoreColumnOrder(m_list->Header().GetColumnOrder());
+      Invalidate();
+      return 0;
+    case WM_TRACE_SHOWROW:
+      m_list->EnsureVisible(static_cast<int>(wParam));
+      return 0;
+    default:
+      return CView::OnMessage(message, wParam, lParam);
+  }
+}
+
+TraceEvent_i* CTraceView::CurrentEvent() const {
+  return m_rows.Has(m_currentRow) ? m_rows.EventAt(m_currentRow) : nullptr;
+}
+
+void CTraceView::SetFilter(const CTraceFilter& filter, bool rebuild) {
+  m_filter = filter;
+  m_filterChanged = false;
+  if (rebuild) RebuildRows();
+}
+
+void CTraceView::Follow(TraceEvent_i* event) {
+  if (!m_document.m_synchronize || !event) return;
+  CTraceHint hint(event);
+  m_document.UpdateAllViews(this, kHintFollow, &hint);
+}
+
+void CTraceView::OnSynchronize() {
+  m_document.m_synchronize = !m_document.m_synchronize;
+  const int focused = m_list->NextItem(-1, kRowFocused);
+  if (m_rows.Has(focused)) Follow(m_rows.EventAt(focused));
+}
+
+// ---- what the list asks and tells
+
+std::string CTraceView::RowListText(int row, Column column) {
+  if (!m_rows.Has(row)) return {};
+  const TraceEvent_i* previous = row > 0 ? m_rows.EventAt(row - 1) : nullptr;
+  const std::string text =
+      CellText(column, *m_rows.EventAt(row), previous, m_document.m_names, g_useUtc);
+  return std::string(CutUtf8(text, RowList::kCellBytes - 1));
+}
+
+int CTraceView::RowListIcon(int row) {
+  return m_rows.Has(row) ? SeverityIcon(*m_rows.EventAt(row)) : -1;
+}
+
+void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState) {
+  if (oldState & kRowFocused) m_currentRow = -1;
+  if (newState & kRowFocused) m_currentRow = row;
+}
+
+void CTraceView::OnRowClicked(int row) {
+  if (m_rows.Has(row)) Follow(m_rows.EventAt(row));
+}
+
+void CTraceView::OnRowDoubleClicked(int) {
+  OnCommand(ID_VIEW_PROPERTIES);
+}
+
+void CTraceView::OnRowListContextMenu(int screenXPx, int screenYPx) {
+  if (auto* frame = dynamic_cast<CMDIChildWnd*>(GetParentFrame()))
+    frame->OnContextMenu(screenXPx, screenYPx);
+}
+
+bool CTraceView::OnColumnResizing(Column column, int widthPx) {
+  const bool hidden = FlagOf(column) != 1;
+  return hidden ? widthPx != 0 : widthPx < kMinimumDragWidthPx;
+}
+
+void CTraceView::OnColumnResized(Column column, int widthPx) {
+  // Kept: m_columnWidths stays, so that a column hidden and shown again has its older width.
+  StoreColumnWidth(column, widthPx);
+  m_list->Header().SetColumnWidth(column, widthPx & kWidthMask);
+}
+
+void CTraceView::OnColumnsReordered() {
+  // The header's order is final only when its drag has ended.
+  PostMessage(WM_TRACE_SAVEORDER);
+}
+
+// ---- columns
+
+void CTraceView::CreateColumns() {
+  ListHeader& header = m_list->Header();
+  const int charWidthPx = header.AverageCharWidth();
+  for (const ColumnInfo& info : kColumns) {
+    int widthPx = StoredColumnWidth(info.column);
+    if (widthPx == 0)
+      widthPx = std::max(info.widthChars * charWidthPx + kColumnMarginPx,
+                         header.StringWidth(info.header));
+    m_columnWidths[static_cast<std::size_t>(info.column)] = widthPx;
+    header.InsertColumn(info, FlagOf(info.column) == 1 ? widthPx : 0);
+  }
+  header.SetColumnOrder(ReadColumnOrder());
+}
+
+void CTraceView::ApplyActiveColumns() {
+  ListHeader& header = m_list->Header();
+  m_list->SetRedraw(false);
+  for (const ColumnInfo& info : kColumns) {
+    const int widthPx = header.ColumnWidth(info.column);
+    const std::int32_t flag = FlagOf(info.column);
+    if (flag == 0 && widthPx != 0)
+      header.SetColumnWidth(info.column, 0);
+    else if (flag == 1 && widthPx == 0)
+      header.SetColumnWidth(info.column,
+                            m_columnWidths[static_cast<std::size_t>(info.column)] & kWidthMask);
+  }
+  m_list->SetRedraw(true);
+}
+
+void CTraceView::Invalidate() {
+  m_list->SetRedraw(false);
+  m_list->SetRedraw(true);
+}
+
+// ---- the main window's panes
+
+void CTraceView::TellRowCount(std::intptr_t count) {
+  if (CWnd* main = GetHost().MainWindow())
+    main->SendMessage(WM_TRACE_ROWCOUNT, static_cast<std::uintptr_t>(count));
+}
+
+void CTraceView::TellFiltered(std::intptr_t filtered) {
+  if (CWnd* main = GetHost().MainWindow())
+    main->SendMessage(WM_TRACE_FILTERED, static_cast<std::uintptr_t>(filtered));
+}
+
+void CTraceView::TellStatus() {
+  TellRowCount(m_rows.Size());
+  TellFiltered(m_filter.allTraces ? 0 : 1);
+}

@@ -1,0 +1,149 @@
+// How the list view follows its document: the hints, the rows, the selection.
+#include "listview/rows/trace_view.h"
+
+namespace {
+
+constexpr unsigned kFocusAndSelection = kRowFocused | kRowSelected;
+
+std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
+  const std::uint8_t* record = event.Record();
+  return record ? RawTrace(record).SequenceNumber() : event.GetSequenceNumber();
+}
+
+}  // namespace
+
+void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
+  // Before its first update the view has no columns and no rows; that update fills it.
+  if (m_firstUpdate) return;
+  const auto* traces = dynamic_cast<const CTraceHint*>(object);
+  switch (hint) {
+    case kHintOptions:
+      ApplyActiveColumns();
+      break;
+    case kHintReady:
+      RebuildRows();
+      break;
+    case kHintAdded:
+      if (traces) AddRows(*traces);
+      break;
+    case kHintTrimmed:
+      if (traces) RemoveRows(*traces);
+      break;
+    case kHintFollow:
+      if (traces && !traces->m_events.empty()) FollowTrace(sender, *traces->m_events.front());
+      break;
+    default:
+      break;
+  }
+}
+
+bool CTraceView::AtBottom() const {
+  return m_list->TopIndex() + m_list->CountPerPage() >= m_list->ItemCount();
+}
+
+void CTraceView::RebuildRows() {
+  CWaitCursor wait(GetHost());
+  m_list->SetRedraw(false);
+  m_list->SetItemCount(0);
+  // Kept: asked behind the line above, this is always true, and a rebuild ends at the last row.
+  const bool atBottom = AtBottom();
+  // Null after a clear, when the rows' traces are gone: then the store has no rows any more.
+  m_currentEvent = CurrentEvent();
+  // The control, emptied without a word, has no focus now.
+  m_currentRow = -1;
+  if (m_filter.allTraces) {
+    m_rows.ShowAll();
+  } else {
+    m_rows.Clear();
+    m_document.m_traces.ForEach(0, [this](TraceEvent_i* event) {
+      if (m_filter.Matches(*event)) m_rows.Append(event);
+    });
+  }
+  m_list->SetItemCount(m_rows.Size());
+  if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
+  if (m_currentEvent) {
+    CTraceHint hint(m_currentEvent);
+    OnUpdate(this, kHintFollow, &hint);
+  }
+  if (m_active) TellStatus();
+  m_list->SetRedraw(true);
+}
+
+void CTraceView::AddRows(const CTraceHint& hint) {
+  const bool atBottom = AtBottom();
+  const int before = m_rows.Size();
+  for (TraceEvent_i* event : hint.m_events)
+    if (m_filter.Matches(*event)) m_rows.Append(event);
+  if (m_rows.Size() == before) return;
+  m_list->SetItemCount(m_rows.Size());
+  if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
+  if (m_active) TellRowCount(m_rows.Size());
+}
+
+void CTraceView::RemoveRows(const CTraceHint& hint) {
+  m_list->SetRedraw(false);
+  // Neighbours leave the control in one call.
+  int first = 0, count = 0;
+  const auto deleteRows = [&] {
+    if (count > 0) m_list->DeleteRows(first, count);
+  };
+  // A trim takes the document's oldest traces; only another sender's hint makes the store search.
+  const TraceList_t& held = m_document.m_traces;
+  std::size_t position = 0;
+  bool oldest = true;
+  for (const TraceEvent_i* event : hint.m_events) {
+    if (event == m_currentEvent) m_currentEvent = nullptr;
+    oldest = oldest && position < held.size() && held[position] == event;
+    ++position;
+    const int row = m_rows.RemoveRow(event, oldest);
+    if (row == -1) continue;
+    if (row != first) {
+      deleteRows();
+      first = row;
+      count = 0;
+    }
+    ++count;
+  }
+  deleteRows();
+  // A deletion tells nothing, and the rows behind it have new numbers.
+  m_currentRow = m_list->NextItem(-1, kRowFocused);
+  m_list->SetRedraw(true);
+  if (m_active) TellRowCount(m_rows.Size());
+}
+
+// The first row that shows the target; else of the two rows around the first greater number the
+// nearer one, the earlier on a tie; -1 when all rows have smaller numbers.
+int CTraceView::NearestRow(const TraceEvent_i& target) const {
+  const int rows = m_rows.Size();
+  if (rows == 0) return -1;
+  const std::uint32_t wanted = SequenceNumberOf(target);
+  std::uint32_t previous = 0;
+  for (int row = 0; row < rows; ++row) {
+    const TraceEvent_i* event = m_rows.EventAt(row);
+    if (event == &target) return row;
+    const std::uint32_t number = SequenceNumberOf(*event);
+    if (number > wanted) {
+      if (row == 0) return 0;
+      // A row before has a number up to the wanted one, so neither difference wraps.
+      return wanted - previous <= number - wanted ? row - 1 : row;
+    }
+    previous = number;
+  }
+  return -1;
+}
+
+void CTraceView::FollowTrace(CView* sender, const TraceEvent_i& target) {
+  m_currentRow = -1;
+  const int row = NearestRow(target);
+  // Old selections go in any case, also when no row is near.
+  m_list->SetItemState(-1, 0, kFocusAndSelection);
+  if (row != -1) SelectRow(sender, row);
+}
+
+void CTraceView::SelectRow(CView* sender, int row) {
+  m_list->SetItemState(row, kFocusAndSelection, kFocusAndSelection);
+  if (sender == this)
+    PostMessage(WM_TRACE_SHOWROW, static_cast<std::uintptr_t>(row));
+  else
+    m_list->EnsureVisible(row);
+}

@@ -50,7 +50,7 @@ bool MappedFile::Map() {
       return false;
     }
     m_guard = FaultGuard(bytes, mapped);
-    madvise(bytes, mapped, MADV_WILLNEED);
+    madvise(bytes, mapped, MADV_SEQUENTIAL);  // the load walks it once, from front to back
   }
   ReadAt(m_file.Descriptor(), bytes + mapped, m_size - mapped, mapped);
   return mprotect(bytes + mapped, m_reserved - mapped, PROT_READ) == 0;

@@ -1,8 +1,8 @@
 // The settings store: one file per user, with key paths and value names.
 //
 // Shape    An INI-style text file, a section per key path; numbers decimal, blocks of bytes as
-//          base64, texts escaped. $XDG_CONFIG_HOME/tessera/settings.ini unless SetSettingsFile
-//          says otherwise.
+//          hexadecimal digits, texts escaped. $XDG_CONFIG_HOME/tessera/settings.ini unless
+//          SetSettingsFile says otherwise.
 // Errors   A value that is missing, of another kind, or of another size reads as its default. A
 //          value that cannot be written is lost without a word.
 // Threads  Interface thread. Two running programs may share the file: each write takes a lock,

@@ -6,13 +6,18 @@
 
 #include "docview/frame.h"
 
+class CMainFrame;
+
 class CTraceChildFrame : public CMDIChildWnd {
  public:
-  explicit CTraceChildFrame(CMDIFrameWnd& parent);
+  explicit CTraceChildFrame(CMainFrame& parent);
 
   // All frames of trace documents share one stored size: the last one sized sets it for the next.
   void PreCreateWindow(int& widthPx, int& heightPx) override;
   void OnSize(SizeType type, int widthPx, int heightPx) override;
   // Pop-up 144, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
+
+ private:
+  CMainFrame& m_main;
 };

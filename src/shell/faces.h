@@ -13,7 +13,7 @@
 class CMainFrame;
 
 // The main window. Reports through CMainFrame: OnCommand for menus, keys and buttons, OnSize,
-// OnClose, OnDropFiles, OnIdle before anything that shows a command's state.
+// OnClose, OnDropFiles; UpdateCommand with it before anything that shows a command's state.
 class MainFrameFace {
  public:
   virtual ~MainFrameFace() = default;

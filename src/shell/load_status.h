@@ -30,6 +30,8 @@ class CLoadStatus : public CDialog {
   std::uint32_t m_position = 0;  // bytes
 
  private:
+  void ShowState();
+
   HANDLE m_cancelEvent;
   std::unique_ptr<DialogFace> m_face;
 };

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "documents/trace_file_doc.h"
 #include "docview/frame.h"
 #include "shell/faces.h"
 #include "shell/load_status.h"
@@ -21,7 +22,8 @@ class CMainFrame : public CMDIFrameWnd {
   // Makes the window with its bars; both custom panes are emptied. False: there is no window.
   bool LoadFrame();
   void OnSize(SizeType type, int widthPx, int heightPx);
-  // WM_CLOSE: may ask the Quick Close question, then asks the documents, then closes.
+  // The user wants to leave: may ask the Quick Close question, then asks the documents, then closes
+  // them and the window. A refusal or Cancel leaves all as it was.
   void OnClose();
   void OnDropFiles(const std::vector<std::string>& paths);
 
@@ -37,11 +39,19 @@ class CMainFrame : public CMDIFrameWnd {
   bool m_childMaximised = false;  // told by the face, with UpdateTitle
 
  private:
-  void OnTraceRowCount(std::intptr_t count);
-  void OnTraceFiltered(std::intptr_t filtered);
+  void MapBars();
+  void MapPanes();
+  void MapHelp();
+  void OnUpdateRowCount(CCmdUI& ui);
+  void OnUpdateFiltered(CCmdUI& ui);
+  bool MayQuickClose();  // false: the user stays
+  void OnTraceRowCount(std::int32_t count);
+  void OnTraceFiltered(std::int32_t filtered);
   void OnTraceProgress(std::uintptr_t what, std::intptr_t value);
+  void OnLoadStart(const CLoadProgressStart& start);
 
   CTesseraApp& m_tessera;
+  bool m_closing = false;  // a question of OnClose is on the screen
   std::unique_ptr<MainFrameFace> m_face;
   std::unique_ptr<CLoadStatus> m_loadStatus;
 };

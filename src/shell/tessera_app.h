@@ -33,7 +33,18 @@ class CTesseraApp : public CWinApp {
 
   static constexpr char kVersionLine[] = "Tessera Version 3.1.0";
 
+ protected:
+  // Null while this program has no such documents. The configuration template is registered, the
+  // monitor template is not: no path ever opens a monitor.
+  CMultiDocTemplate* m_configTemplate = nullptr;
+  std::unique_ptr<CMultiDocTemplate> m_monitorTemplate;
+
  private:
+  void MapCommands();
+  void LoadRecentFiles();
+  void MakeTemplates();
+  bool MakeFrame();
+  void PostWizard();
   void OnOptions();
   void OnTraceOptions();  // WM_TRACE_OPTIONS: hint 1001 to all views
   void OnNewWindow();
@@ -41,6 +52,4 @@ class CTesseraApp : public CWinApp {
   ShellFaces& m_faces;
   std::unique_ptr<CMainFrame> m_frame;
   CMultiDocTemplate* m_fileTemplate = nullptr;
-  CMultiDocTemplate* m_configTemplate = nullptr;
-  std::unique_ptr<CMultiDocTemplate> m_monitorTemplate;
 };

@@ -1,0 +1,185 @@
+#include "shell/main_frame.h"
+
+#include <algorithm>
+#include <set>
+
+#include "documents/trace_hint.h"
+#include "settings/globals.h"
+#include "settings/registry.h"
+#include "shell/command_ids.h"
+#include "shell/stored_size.h"
+#include "shell/tessera_app.h"
+
+namespace {
+
+constexpr char kProgramTitle[] = "Tessera";
+
+bool HasDocument(const CMultiDocTemplate* docTemplate) {
+  return docTemplate && !docTemplate->Documents().empty();
+}
+
+}  // namespace
+
+CMainFrame::CMainFrame(CTesseraApp& app) : CMDIFrameWnd(app), m_tessera(app) {
+  MapBars();
+  MapPanes();
+  MapHelp();
+}
+
+// The children's windows lie in this frame's: they go first.
+CMainFrame::~CMainFrame() {
+  DestroyChildren();
+}
+
+bool CMainFrame::LoadFrame() {
+  int widthPx = 0, heightPx = 0;
+  m_tessera.Faces().ProposedMainSize(widthPx, heightPx);
+  ReadWindowSize(kRegSettings, widthPx, heightPx);
+  m_face = m_tessera.Faces().CreateMainFrame(*this, widthPx, heightPx);
+  if (!m_face) return false;
+  OnTraceRowCount(-1);
+  OnTraceFiltered(-1);
+  m_face->SetMenu(IDR_MAINFRAME);
+  UpdateTitle();
+  return true;
+}
+
+void CMainFrame::MapBars() {
+  for (const unsigned bar : {ID_VIEW_TOOLBAR, ID_VIEW_STATUS_BAR}) {
+    MapCommand(
+        bar, [this, bar] { m_face->ShowBar(bar, !m_face->IsBarShown(bar)); },
+        [this, bar](CCmdUI& ui) { ui.SetCheck(m_face->IsBarShown(bar)); });
+  }
+}
+
+// Kept: both handlers are entered under the row count's pane. The first entry of an id takes it, so
+// that the second one is never reached, the filter's pane has no handler, and its text stands until
+// the next WM_TRACE_FILTERED. Safe: a pane is text only, nothing can be pressed there.
+void CMainFrame::MapPanes() {
+  const struct {
+    unsigned id;
+    void (CMainFrame::*update)(CCmdUI&);
+  } table[] = {{kPaneRowCount, &CMainFrame::OnUpdateRowCount},
+               {kPaneRowCount, &CMainFrame::OnUpdateFiltered}};
+  std::set<unsigned> taken;
+  for (const auto& entry : table) {
+    if (!taken.insert(entry.id).second) continue;
+    MapUpdate(entry.id, [this, update = entry.update](CCmdUI& ui) { (this->*update)(ui); });
+  }
+}
+
+void CMainFrame::OnUpdateRowCount(CCmdUI& ui) {
+  ui.Enable();
+}
+
+void CMainFrame::OnUpdateFiltered(CCmdUI& ui) {
+  ui.Enable();
+}
+
+void CMainFrame::MapHelp() {
+  for (const unsigned id : {ID_HELP_INDEX, ID_DEFAULT_HELP, ID_HELP, ID_CONTEXT_HELP})
+    MapCommand(id, [this] { m_tessera.Faces().ShowHelp(""); });
+}
+
+void CMainFrame::OnSize(SizeType type, int widthPx, int heightPx) {
+  StoreWindowSize(kRegSettings, type, widthPx, heightPx);
+}
+
+bool CMainFrame::MayQuickClose() {
+  if (!HasDocument(m_tessera.ConfigTemplate()) && !HasDocument(m_tessera.MonitorTemplate()))
+    return true;
+  MessageBoxRequest question;
+  question.text = "Quick Close (selecting yes will exit without saving any files)?";
+  question.caption = "Application Exit";
+  question.icon = BoxIcon::Question;
+  question.buttons = BoxButtons::YesNoCancel;
+  const BoxAnswer answer = GetHost().MessageBox(question);
+  if (answer == BoxAnswer::Yes) g_quickClose = true;
+  return answer != BoxAnswer::Cancel;
+}
+
+void CMainFrame::OnClose() {
+  if (m_closing) return;
+  m_closing = true;
+  const bool leave = MayQuickClose() && m_tessera.SaveAllModified();
+  if (leave) {
+    m_tessera.CloseAllDocuments();
+    m_loadStatus.reset();  // one left behind by a failed load goes with its owner
+    GetHost().SetMainWindow(nullptr);
+    m_face->Close();
+  }
+  m_closing = false;
+}
+
+void CMainFrame::OnDropFiles(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) m_tessera.OpenDocumentFile(path);
+}
+
+std::intptr_t CMainFrame::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+  switch (message) {
+    case WM_TRACE_ROWCOUNT:
+      OnTraceRowCount(static_cast<std::int32_t>(wParam));
+      return 0;
+    case WM_TRACE_FILTERED:
+      OnTraceFiltered(static_cast<std::int32_t>(wParam));
+      return 0;
+    case WM_TRACE_PROGRESS:
+      OnTraceProgress(wParam, lParam);
+      return 0;
+    default:
+      return CMDIFrameWnd::OnMessage(message, wParam, lParam);
+  }
+}
+
+void CMainFrame::OnTraceRowCount(std::int32_t count) {
+  if (!m_face) return;
+  const auto rows = static_cast<std::uint32_t>(count);
+  m_face->SetPaneText(kPaneRowCount, count == -1 ? "" : std::to_string(rows));
+}
+
+void CMainFrame::OnTraceFiltered(std::int32_t filtered) {
+  if (!m_face) return;
+  m_face->SetPaneText(kPaneFiltered, filtered == 0 || filtered == -1 ? "" : "FILTERED");
+}
+
+void CMainFrame::OnTraceProgress(std::uintptr_t what, std::intptr_t value) {
+  if (what == kLoadStart) {
+    const std::unique_ptr<CLoadProgressStart> start(reinterpret_cast<CLoadProgressStart*>(value));
+    if (start && m_face) OnLoadStart(*start);
+  } else if (what == kLoadPosition) {
+    // Two overlapping loads: the first done message took the box down, the other load still speaks.
+    if (m_loadStatus) m_loadStatus->SetPosition(static_cast<std::uint32_t>(value));
+  } else if (what == kLoadDone) {
+    m_loadStatus.reset();
+  }
+}
+
+// A second load takes over caption, path and range; Cancel stays with the load that made the box.
+void CMainFrame::OnLoadStart(const CLoadProgressStart& start) {
+  if (!m_loadStatus) m_loadStatus = std::make_unique<CLoadStatus>(GetHost(), start.cancelEvent);
+  m_loadStatus->SetCaption(start.caption);
+  m_loadStatus->SetUp(start.path, start.size);
+}
+
+std::unique_ptr<ChildFrameFace> CMainFrame::CreateChildFace(CMDIChildWnd& child, int widthPx,
+                                                            int heightPx) {
+  return m_face->CreateChild(child, widthPx, heightPx);
+}
+
+void CMainFrame::LayOutChildren(WindowLayout layout) {
+  m_face->LayOutChildren(layout);
+}
+
+void CMainFrame::OnActiveChild(CMDIChildWnd* child) {
+  const unsigned resource = child ? child->MenuResource() : 0;
+  if (m_face) m_face->SetMenu(resource ? resource : IDR_MAINFRAME);
+  CMDIFrameWnd::OnActiveChild(child);
+}
+
+void CMainFrame::UpdateTitle() {
+  if (!m_face) return;
+  const CMDIChildWnd* child = MDIGetActive();
+  m_face->SetTitle(child && m_childMaximised
+                       ? std::string(kProgramTitle) + " - [" + child->Title() + "]"
+                       : kProgramTitle);
+}

@@ -1,0 +1,257 @@
+#include "shell/menu_resources.h"
+
+#include <algorithm>
+#include <map>
+
+#include "documents/trace_doc.h"
+
+namespace {
+
+// The menus that hold an item.
+enum Menus : unsigned {
+  kMain = 1,
+  kFile = 2,
+  kMonitor = 4,
+  kConfig = 8,
+  kSource = 16,
+  kConfigPopup = 32,
+  kTracePopup = 64,
+  kTraces = kFile | kMonitor,
+  kDocuments = kTraces | kConfig | kSource,
+  kBars = kMain | kDocuments,
+};
+
+unsigned MenuBit(unsigned resource) {
+  switch (resource) {
+    case IDR_MAINFRAME:
+      return kMain;
+    case IDR_TRACEFILE:
+      return kFile;
+    case IDR_MONITOR:
+      return kMonitor;
+    case IDR_CONFIG:
+      return kConfig;
+    case IDR_SOURCE:
+      return kSource;
+    case IDR_CONFIG_POPUP:
+      return kConfigPopup;
+    case IDR_TRACE_POPUP:
+      return kTracePopup;
+    default:
+      return 0;
+  }
+}
+
+// A command's text in some of the menus; ids whose text differs between menus have several rows.
+struct CommandText {
+  unsigned id;
+  unsigned menus;
+  const char* text;
+  const char* prompt;
+};
+
+const CommandText kTexts[] = {
+    {ID_FILE_NEWMONITOR, kBars, "Trace &Monitor...\tAlt+M",
+     "Open a new trace monitor window\nNew Monitor"},
+    {ID_FILE_NEWCONFIG, kBars, "Trace &Configuration...\tAlt+C",
+     "Create a new window for configuring traces\nNew Config"},
+    {ID_FILE_OPEN, kBars, "&Open\tCtrl+O", "Open an existing file\nOpen"},
+    {ID_FILE_CLOSE, kDocuments, "&Close\tCtrl+F4", "Close the active document\nClose"},
+    {ID_FILE_WIZARD, kBars, "Trace &Wizard...\tCtrl+W", "Start the Wizard\nWizard"},
+    {ID_FILE_SAVECOPY, kFile, "&Save As...\tCtrl+S",
+     "Save a copy of the current trace list in a different file\nSave Copy"},
+    {ID_FILE_SAVE, kMonitor, "&Save As\tCtrl+S", "Save the active document\nSave"},
+    {ID_FILE_SAVE, kConfig, "&Save\tCtrl+S", "Save the active document\nSave"},
+    {ID_FILE_SAVE, kSource, "&Save As...\tCtrl+S", "Save the active document\nSave"},
+    {ID_FILE_SAVE_AS, kConfig, "Save &As...", "Save the active document with a new name\nSave As"},
+    {ID_FILE_CAPTURE, kMonitor, "Capture Outpu&t...", "Save trace output to a file as it comes in"},
+    {ID_FILE_EXPORT, kTraces, "&Export...", "Export traces to a text file.\nExport"},
+    {ID_FILE_PRINT, kDocuments, "&Print...\tCtrl+P", "Print the active document\nPrint"},
+    {ID_FILE_PRINT_PREVIEW, kDocuments, "Print Pre&view", "Display full pages\nPrint Preview"},
+    {ID_FILE_PRINT_SETUP, kDocuments, "P&rint Setup...",
+     "Change the printer and printing options\nPrint Setup"},
+    {ID_FILE_MRU_FILE1, kBars, "Recent File", ""},
+    {ID_APP_EXIT, kBars, "E&xit\tAlt+F4", "Quit the application; prompts to save documents\nExit"},
+    {ID_EDIT_COPY, kTraces | kSource, "&Copy\tCtrl+C",
+     "Copy the selection and put it on the Clipboard\nCopy"},
+    {ID_EDIT_FIND, kFile, "&Find\tCtrl+F", "Find the specified text\nFind"},
+    {ID_EDIT_FIND, kMonitor | kSource | kTracePopup, "&Find...\tCtrl+F",
+     "Find the specified text\nFind"},
+    {ID_EDIT_FINDNEXT, kTraces | kTracePopup, "Find Ne&xt\tF3", "Find the next match\nNext"},
+    {ID_EDIT_CLEAR_ALL, kTraces | kConfig | kConfigPopup | kTracePopup, "C&lear",
+     "Erase everything\nErase All"},
+    {ID_VIEW_OPTIONS, kBars, "&Options...", "Change Option Settings\nOptions"},
+    {ID_CONFIG_ADD, kConfig | kConfigPopup, "&Add Application\tCtrl+A",
+     "Add a new application to configuration list\nAdd App"},
+    {ID_CONFIG_DELETE, kConfig | kConfigPopup, "&Delete Application\tDel",
+     "Remove the selected application from the configuration list\nDel App"},
+    {ID_VIEW_PROPERTIES, kTraces | kConfig | kConfigPopup | kTracePopup, "&Properties...\tAlt+P",
+     "Bring up properties dialog for the selected application\nProperties"},
+    {ID_VIEW_TOOLBAR, kBars, "&Tool Bar", "Show or hide the tool bar\nToggle Tool Bar"},
+    {ID_VIEW_STATUS_BAR, kBars, "&Status Bar", "Show or hide the status bar\nToggle Status Bar"},
+    {ID_VIEW_PROC, kTraces | kTracePopup, "Proc &View\tCtrl+F6",
+     "Toggle between procedure tree view and trace list view\nProcedure View"},
+    {ID_VIEW_GOTOSOURCE, kTraces | kTracePopup, "&Goto Source\tCtrl+G",
+     "View source file line that issued the trace\nSource"},
+    {ID_VIEW_SYNCHRONIZE, kFile | kTracePopup, "Synchroni&ze\tAlt+S",
+     "Synchronize current trace in all views\nSynchronize"},
+    {ID_VIEW_SYNCHRONIZE, kMonitor, "Synchroni&ze\tAlt-S",
+     "Synchronize current trace in all views\nSynchronize"},
+    {ID_VIEW_FILTER, kTraces | kTracePopup, "Fi&lter...", ""},
+    {ID_VIEW_PAUSE, kMonitor, "Pa&use", "Pause display of output\nPause"},
+    {ID_WINDOW_NEW, kTraces, "&New Window",
+     "Open another window for the active document\nNew Window"},
+    {ID_WINDOW_CASCADE, kDocuments, "&Cascade", "Arrange windows so they overlap\nCascade Windows"},
+    {ID_WINDOW_TILE_HORZ, kDocuments, "&Tile", ""},
+    {ID_WINDOW_ARRANGE, kDocuments, "&Arrange Icons",
+     "Arrange icons at the bottom of the window\nArrange Icons"},
+    {ID_HELP_INDEX, kBars, "Help Topics", "List Help topics\nHelp Topics"},
+    {ID_APP_ABOUT, kBars, "&About Tessera...", ""},
+};
+
+// Where the items stand. A popup shows those of its ids that have a text in the menu asked for.
+struct PopupLayout {
+  unsigned menus;
+  const char* title;
+  std::vector<unsigned> ids;  // 0: a separator
+  bool windowList;
+};
+
+// No title may have S, M, C or P as its mnemonic: with Alt these keys are accelerators.
+const std::vector<PopupLayout>& Layouts() {
+  static const std::vector<PopupLayout> layouts = {
+      {kBars,
+       "&File",
+       {ID_FILE_NEWMONITOR,
+        ID_FILE_NEWCONFIG,
+        ID_FILE_OPEN,
+        ID_FILE_CLOSE,
+        0,
+        ID_FILE_WIZARD,
+        0,
+        ID_FILE_SAVECOPY,
+        ID_FILE_SAVE,
+        ID_FILE_SAVE_AS,
+        ID_FILE_CAPTURE,
+        ID_FILE_EXPORT,
+        0,
+        ID_FILE_PRINT,
+        ID_FILE_PRINT_PREVIEW,
+        ID_FILE_PRINT_SETUP,
+        0,
+        ID_FILE_MRU_FILE1,
+        0,
+        ID_APP_EXIT},
+       false},
+      {kTraces | kSource,
+       "&Edit",
+       {ID_EDIT_COPY, 0, ID_EDIT_FIND, ID_EDIT_FINDNEXT, 0, ID_EDIT_CLEAR_ALL, 0,
+        ID_VIEW_PROPERTIES},
+       false},
+      {kConfig, "&Edit", {ID_EDIT_CLEAR_ALL}, false},
+      {kBars,
+       "&View",
+       {ID_VIEW_OPTIONS, 0, ID_VIEW_TOOLBAR, ID_VIEW_STATUS_BAR, 0, ID_VIEW_PROC,
+        ID_VIEW_GOTOSOURCE, ID_VIEW_SYNCHRONIZE, ID_VIEW_FILTER, ID_VIEW_PAUSE},
+       false},
+      {kConfig, "Co&nfig", {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES}, false},
+      {kDocuments,
+       "&Window",
+       {ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE},
+       true},
+      {kBars, "&Help", {ID_HELP_INDEX, 0, ID_APP_ABOUT}, false},
+      {kConfigPopup,
+       "",
+       {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES, 0, ID_EDIT_CLEAR_ALL},
+       false},
+      {kTracePopup,
+       "",
+       {ID_EDIT_FIND, ID_EDIT_FINDNEXT, ID_EDIT_CLEAR_ALL, ID_VIEW_PROPERTIES, ID_VIEW_PROC,
+        ID_VIEW_GOTOSOURCE, ID_VIEW_SYNCHRONIZE, ID_VIEW_FILTER},
+       false},
+  };
+  return layouts;
+}
+
+const char* TextIn(unsigned menu, unsigned id) {
+  const auto row = std::find_if(std::begin(kTexts), std::end(kTexts), [&](const CommandText& text) {
+    return text.id == id && (text.menus & menu);
+  });
+  return row == std::end(kTexts) ? nullptr : row->text;
+}
+
+MenuPopup MakePopup(const PopupLayout& layout, unsigned menu) {
+  MenuPopup popup{layout.title, {}, layout.windowList};
+  bool separator = false;  // one is due before the next item
+  for (const unsigned id : layout.ids) {
+    if (id == 0) {
+      separator = !popup.items.empty();
+    } else if (const char* text = TextIn(menu, id)) {
+      if (separator) popup.items.push_back({});
+      separator = false;
+      popup.items.push_back({id, text});
+    }
+  }
+  return popup;
+}
+
+std::string PromptText(unsigned id) {
+  const auto row = std::find_if(std::begin(kTexts), std::end(kTexts),
+                                [id](const CommandText& text) { return text.id == id; });
+  return row == std::end(kTexts) ? "" : row->prompt;
+}
+
+}  // namespace
+
+const std::vector<MenuPopup>& MenuOf(unsigned resource) {
+  static std::map<unsigned, std::vector<MenuPopup>> made;
+  const unsigned menu = MenuBit(resource);
+  std::vector<MenuPopup>& popups = made[menu];
+  if (popups.empty()) {
+    for (const PopupLayout& layout : Layouts()) {
+      if (layout.menus & menu) popups.push_back(MakePopup(layout, menu));
+    }
+  }
+  return popups;
+}
+
+std::string PromptOf(unsigned id) {
+  const std::string both = PromptText(id);
+  return both.substr(0, both.find('\n'));
+}
+
+std::string ToolTipOf(unsigned id) {
+  const std::string both = PromptText(id);
+  const std::size_t end = both.find('\n');
+  return end == std::string::npos ? "" : both.substr(end + 1);
+}
+
+const std::vector<unsigned>& ToolBarButtons() {
+  static const std::vector<unsigned> buttons = {
+      ID_EDIT_CLEAR_ALL, ID_FILE_OPEN,        ID_FILE_SAVE,  0, ID_VIEW_OPTIONS, 0,
+      ID_VIEW_PROC,      ID_VIEW_SYNCHRONIZE, ID_VIEW_PAUSE, 0, ID_EDIT_COPY,    ID_EDIT_FIND};
+  return buttons;
+}
+
+const std::vector<Accelerator>& Accelerators() {
+  static const std::vector<Accelerator> keys = {
+      {"Ctrl+A", ID_CONFIG_ADD},      {"Ctrl+C", ID_EDIT_COPY},
+      {"Ctrl+Insert", ID_EDIT_COPY},  {"Alt+C", ID_FILE_NEWCONFIG},
+      {"Ctrl+F", ID_EDIT_FIND},       {"F3", ID_EDIT_FINDNEXT},
+      {"Ctrl+G", ID_VIEW_GOTOSOURCE}, {"Alt+M", ID_FILE_NEWMONITOR},
+      {"Ctrl+O", ID_FILE_OPEN},       {"Ctrl+P", ID_FILE_PRINT},
+      {"Alt+P", ID_VIEW_PROPERTIES},  {"Ctrl+S", ID_FILE_SAVE},
+      {"Alt+S", ID_VIEW_SYNCHRONIZE}, {"Ctrl+F6", ID_VIEW_PROC},
+      {"Ctrl+W", ID_FILE_WIZARD},     {"F1", ID_HELP},
+  };
+  return keys;
+}
+
+const std::vector<StatusIndicator>& StatusIndicators() {
+  // The last text only sizes its pane: six digits.
+  static const std::vector<StatusIndicator> indicators = {
+      {kPaneMessage, ""},    {kPaneCaps, "CAP"},          {kPaneNum, "NUM"},
+      {kPaneScroll, "SCRL"}, {kPaneFiltered, "FILTERED"}, {kPaneRowCount, "555555"},
+  };
+  return indicators;
+}

@@ -1,0 +1,34 @@
+#include "shell/stored_size.h"
+
+#include "settings/registry.h"
+
+namespace {
+
+constexpr char kWidth[] = "Window Width";
+constexpr char kHeight[] = "Window Height";
+constexpr unsigned kLargestPx = 32767;  // more no window system takes
+
+void ReadExtent(const std::string& key, const char* name, int& extentPx) {
+  const unsigned stored = NtRegGet(HKEY_CURRENT_USER, key, name, static_cast<unsigned>(extentPx));
+  if (stored > 0 && stored <= kLargestPx) extentPx = static_cast<int>(stored);
+}
+
+// A drag of the border comes here many times: what is stored already is not written again.
+void StoreExtent(const std::string& key, const char* name, int extentPx) {
+  const auto extent = static_cast<unsigned>(extentPx);
+  if (NtRegGet(HKEY_CURRENT_USER, key, name, 0U) != extent)
+    NtRegPut(HKEY_CURRENT_USER, key, name, extent);
+}
+
+}  // namespace
+
+void ReadWindowSize(const std::string& key, int& widthPx, int& heightPx) {
+  ReadExtent(key, kWidth, widthPx);
+  ReadExtent(key, kHeight, heightPx);
+}
+
+void StoreWindowSize(const std::string& key, SizeType type, int widthPx, int heightPx) {
+  if (type != SizeType::Restored || widthPx <= 0 || heightPx <= 0) return;
+  StoreExtent(key, kWidth, widthPx);
+  StoreExtent(key, kHeight, heightPx);
+}

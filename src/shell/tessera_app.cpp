@@ -1,0 +1,152 @@
+#include "shell/tessera_app.h"
+
+#include <csignal>
+
+#include "documents/trace_file_doc.h"
+#include "listview/columns/options_dialog.h"
+#include "listview/rows/trace_view.h"
+#include "settings/globals.h"
+#include "settings/registry.h"
+#include "shell/child_frame.h"
+#include "shell/command_ids.h"
+
+namespace {
+
+constexpr char kTraceFileString[] =
+    "\n\nTrace File\nTrace Files (*.trc)\n.trc\nTraceFile\nTrace File";
+
+std::string RecentFileName(std::size_t index) {
+  return "File" + std::to_string(index + 1);
+}
+
+void TellOptionsChanged(const CMultiDocTemplate& docTemplate) {
+  for (const auto& document : docTemplate.Documents())
+    document->UpdateAllViews(nullptr, kHintOptions);
+}
+
+}  // namespace
+
+CTesseraApp::CTesseraApp(Host& host, ShellFaces& faces) : CWinApp(host), m_faces(faces) {
+  MapCommands();
+}
+
+// Documents go first, each stops its load thread; then the window that those threads speak to.
+CTesseraApp::~CTesseraApp() {
+  CTesseraApp::CloseAllDocuments();
+  GetHost().SetMainWindow(nullptr);
+  m_frame.reset();
+  MainFrame() = nullptr;
+}
+
+void CTesseraApp::MapCommands() {
+  MapCommand(ID_VIEW_OPTIONS, [this] { OnOptions(); });
+  MapCommand(ID_APP_ABOUT, [this] { m_faces.ShowAbout(kVersionLine); });
+  MapCommand(ID_APP_EXIT, [this] { m_frame->OnClose(); });
+  MapCommand(ID_FILE_PRINT_SETUP, [this] { m_faces.ShowPrintSetup(); });
+  for (const unsigned print : {ID_FILE_PRINT, ID_FILE_PRINT_PREVIEW})
+    MapUpdate(print, [](CCmdUI& ui) { ui.Enable(false); });
+  MapCommand(
+      ID_WINDOW_NEW, [this] { OnNewWindow(); },
+      [this](CCmdUI& ui) {
+        const CMDIChildWnd* child = m_frame->MDIGetActive();
+        const CDocument* document = child ? child->GetActiveDocument() : nullptr;
+        ui.Enable(document && document->GetDocTemplate());
+      });
+}
+
+bool CTesseraApp::InitInstance(const std::vector<std::string>& arguments) {
+  std::signal(SIGPIPE, SIG_IGN);  // a peer that hangs up is an error of the write, not the end
+  LoadRecentFiles();
+  MakeTemplates();
+  if (!MakeFrame()) return false;
+  ReadActiveColumns();
+  CCommandLineInfo info = ParseCommandLine(arguments);
+  if (info.command == CCommandLineInfo::FileNew) info.command = CCommandLineInfo::FileNothing;
+  if (!ProcessShellCommand(info)) return false;
+  m_frame->Face()->Show();
+  if (info.command == CCommandLineInfo::FileNothing) PostWizard();
+  return true;
+}
+
+void CTesseraApp::MakeTemplates() {
+  CMultiDocTemplate::Makers makers;
+  makers.document = [this] { return std::make_unique<CTraceFileDoc>(GetHost()); };
+  makers.frame = [this] { return std::make_unique<CTraceChildFrame>(*m_frame); };
+  makers.view = [this](CDocument& document) {
+    return std::make_unique<CTraceView>(
+        static_cast<CTraceDoc&>(document),
+        [this](RowListOwner& owner) { return m_faces.CreateRowList(owner); });
+  };
+  m_fileTemplate = AddDocTemplate(std::make_unique<CMultiDocTemplate>(
+      IDR_TRACEFILE, kTraceFileString, MainFrame(), std::move(makers)));
+}
+
+bool CTesseraApp::MakeFrame() {
+  m_frame = std::make_unique<CMainFrame>(*this);
+  if (!m_frame->LoadFrame()) return false;
+  MainFrame() = m_frame.get();
+  GetHost().SetMainWindow(m_frame.get());
+  return true;
+}
+
+void CTesseraApp::LoadRecentFiles() {
+  std::vector<std::string> paths;
+  for (std::size_t index = 0; index < kRecentFiles; ++index) {
+    std::string path = NtRegGet(HKEY_CURRENT_USER, kRegRecentFiles, RecentFileName(index), "");
+    if (!path.empty()) paths.push_back(std::move(path));
+  }
+  SetRecentFiles(std::move(paths));
+}
+
+// A place that is free again is stored empty: the store has no removal.
+void CTesseraApp::OnRecentFilesChanged() {
+  for (std::size_t index = 0; index < kRecentFiles; ++index) {
+    const std::string path = index < RecentFiles().size() ? RecentFiles()[index] : "";
+    const std::string name = RecentFileName(index);
+    if (NtRegGet(HKEY_CURRENT_USER, kRegRecentFiles, name, "") != path)
+      NtRegPut(HKEY_CURRENT_USER, kRegRecentFiles, name, path);
+  }
+  if (m_frame && m_frame->Face()) m_frame->Face()->RecentFilesChanged();
+}
+
+// Posted, so that the wizard comes up after the window stands.
+void CTesseraApp::PostWizard() {
+  if (NtRegGet(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 1U) == 0) return;
+  m_frame->PostCall([this] { m_frame->OnCommand(ID_FILE_WIZARD); });
+}
+
+// The broadcast is posted, so that it comes after the dialog is gone.
+void CTesseraApp::OnOptions() {
+  COptionsDlg dialog(GetHost());
+  if (dialog.DoModal() != CDialog::kIdOk) return;
+  ApplyOptions(dialog);
+  m_frame->PostCall([this] { OnTraceOptions(); });
+}
+
+// Kept: a monitor hears it once per registered template. Safe: the second time finds every column
+// as it should be.
+void CTesseraApp::OnTraceOptions() {
+  for (const auto& docTemplate : Templates()) {
+    TellOptionsChanged(*docTemplate);
+    if (m_monitorTemplate) TellOptionsChanged(*m_monitorTemplate);
+  }
+}
+
+void CTesseraApp::OnNewWindow() {
+  CMDIChildWnd* active = m_frame->MDIGetActive();
+  CDocument* document = active ? active->GetActiveDocument() : nullptr;
+  CMultiDocTemplate* docTemplate = document ? document->GetDocTemplate() : nullptr;
+  if (!docTemplate) return;
+  if (CMDIChildWnd* frame = docTemplate->CreateNewFrame(*document))
+    docTemplate->InitialUpdateFrame(*frame, *document, true);
+}
+
+bool CTesseraApp::SaveAllModified() {
+  if (m_monitorTemplate && !m_monitorTemplate->SaveAllModified()) return false;
+  return CWinApp::SaveAllModified();
+}
+
+void CTesseraApp::CloseAllDocuments() {
+  if (m_monitorTemplate) m_monitorTemplate->CloseAllDocuments();
+  CWinApp::CloseAllDocuments();
+}

@@ -16,7 +16,7 @@ QString NameFilter(const FileFilter& filter) {
   QStringList parts;
   for (const QString& pattern : patterns.split(u';', Qt::SkipEmptyParts))
     parts.append(pattern.trimmed());
-  return QString::fromStdString(filter.label) + u" (" + parts.join(u' ') + u')';
+  return QString::fromStdString(filter.label) + QLatin1String(" (") + parts.join(u' ') + u')';
 }
 
 }  // namespace

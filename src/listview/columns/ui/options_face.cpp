@@ -1,0 +1,155 @@
+#include "listview/columns/ui/options_face.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpressionValidator>
+#include <QVBoxLayout>
+
+#include "docview/ui/qt_host.h"
+#include "listview/columns/options_dialog.h"
+
+namespace {
+
+constexpr unsigned kUtcBox = 1167, kLimitEdit = 1074, kHelpButton = 57670;
+constexpr int kBoxColumns = 3;
+constexpr int kLimitDigits = 10;
+
+QString NameOf(unsigned id) {
+  return QString::number(id);
+}
+
+class OptionsFace final : public QtDialogFace {
+ public:
+  OptionsFace(COptionsDlg& dialog, QWidget* parent);
+
+  void UpdateData() override;
+
+ protected:
+  void OnAccept() override;
+
+ private:
+  QCheckBox* MakeBox(unsigned id, const QString& text);
+  QGroupBox* MakeColumns();
+  QGroupBox* MakeDisplay();
+  QGroupBox* MakePerformance();
+  QDialogButtonBox* MakeButtons();
+
+  COptionsDlg& m_dialog;
+  std::vector<std::pair<const COptionsDlg::Box*, QCheckBox*>> m_boxes;
+  QCheckBox* m_utc = nullptr;
+  QLineEdit* m_limit = nullptr;
+};
+
+OptionsFace::OptionsFace(COptionsDlg& dialog, QWidget* parent)
+    : QtDialogFace(dialog, parent), m_dialog(dialog) {
+  setWindowTitle(COptionsDlg::Title());
+  setObjectName("options");
+  auto* layout = new QVBoxLayout(this);
+  layout->setSpacing(12);
+  layout->addWidget(MakeColumns());
+  layout->addWidget(MakeDisplay());
+  layout->addWidget(MakePerformance());
+  layout->addStretch(1);
+  layout->addWidget(MakeButtons());
+  layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+QCheckBox* OptionsFace::MakeBox(unsigned id, const QString& text) {
+  auto* box = new QCheckBox(text, this);
+  box->setObjectName(NameOf(id));
+  box->setAccessibleName(text);
+  connect(box, &QCheckBox::clicked, this,
+          [this, id] { Forward([this, id] { m_dialog.OnBoxClicked(id); }); });
+  return box;
+}
+
+QGroupBox* OptionsFace::MakeColumns() {
+  auto* group = new QGroupBox("Display Colums", this);  // kept: the screen has always said so
+  auto* grid = new QGridLayout(group);
+  grid->setHorizontalSpacing(24);
+  const auto& boxes = COptionsDlg::Boxes();
+  const int rows = (static_cast<int>(boxes.size()) + kBoxColumns - 1) / kBoxColumns;
+  int place = 0;
+  for (const COptionsDlg::Box& box : boxes) {
+    QCheckBox* check = MakeBox(box.id, box.text);
+    check->setEnabled(box.enabled);
+    grid->addWidget(check, place % rows, place / rows);
+    m_boxes.emplace_back(&box, check);
+    ++place;
+  }
+  for (int column = 0; column < kBoxColumns; ++column) grid->setColumnStretch(column, 1);
+  return group;
+}
+
+QGroupBox* OptionsFace::MakeDisplay() {
+  auto* group = new QGroupBox("Display Options", this);
+  auto* layout = new QVBoxLayout(group);
+  m_utc = MakeBox(kUtcBox, "Use Coordinated Universal Time (UTC)");
+  layout->addWidget(m_utc);
+  return group;
+}
+
+QGroupBox* OptionsFace::MakePerformance() {
+  auto* group = new QGroupBox("Performance Options", this);
+  auto* layout = new QHBoxLayout(group);
+  auto* label = new QLabel("Size of Trace History Buffer for each Monitor:", group);
+  m_limit = new QLineEdit(group);
+  m_limit->setObjectName(NameOf(kLimitEdit));
+  m_limit->setAccessibleName(label->text());
+  m_limit->setMaxLength(kLimitDigits);
+  m_limit->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), m_limit));
+  m_limit->setAlignment(Qt::AlignRight);
+  m_limit->setFixedWidth(fontMetrics().horizontalAdvance('0') * (kLimitDigits + 3));
+  label->setBuddy(m_limit);
+  layout->addWidget(label);
+  layout->addStretch(1);
+  layout->addWidget(m_limit);
+  return group;
+}
+
+QDialogButtonBox* OptionsFace::MakeButtons() {
+  auto* buttons = new QDialogButtonBox(this);
+  const auto add = [&](unsigned id, const char* text, QDialogButtonBox::ButtonRole role) {
+    QPushButton* button = buttons->addButton(text, role);
+    button->setObjectName(NameOf(id));
+    button->setAccessibleName(text);
+    return button;
+  };
+  add(CDialog::kIdOk, "OK", QDialogButtonBox::AcceptRole)->setDefault(true);
+  add(CDialog::kIdCancel, "Cancel", QDialogButtonBox::RejectRole);
+  add(kHelpButton, "Help", QDialogButtonBox::HelpRole);
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  connect(buttons, &QDialogButtonBox::helpRequested, this, [this] { AskForHelp(); });
+  return buttons;
+}
+
+void OptionsFace::UpdateData() {
+  for (const auto& [box, check] : m_boxes) check->setChecked(m_dialog.*(box->member) != 0);
+  m_utc->setChecked(m_dialog.m_utc != 0);
+  m_limit->setText(QString::number(m_dialog.m_limit));
+}
+
+void OptionsFace::OnAccept() {
+  std::vector<std::pair<unsigned, bool>> boxes;
+  for (const auto& [box, check] : m_boxes) boxes.emplace_back(box->id, check->isChecked());
+  if (m_dialog.Exchange(boxes, m_utc->isChecked(), m_limit->text().toStdString())) {
+    m_dialog.OnOK();
+    return;
+  }
+  m_limit->setFocus();
+  m_limit->selectAll();
+}
+
+}  // namespace
+
+void RegisterOptionsFace(QtHost& host) {
+  host.RegisterFace<COptionsDlg>([](COptionsDlg& dialog, QWidget* parent) {
+    return std::make_unique<OptionsFace>(dialog, parent);
+  });
+}

@@ -1,0 +1,13 @@
+// What a cell's bytes look like in one line.
+#pragma once
+
+#include <QString>
+#include <string_view>
+
+// Stands for a line end; painted softer than the text.
+inline constexpr QChar kLineEndMark = QChar(0x23CE);
+
+// At most RowList::kCellBytes - 1 bytes, cut where a character ends; U+FFFD for what is no UTF-8.
+QString CellString(std::string_view bytes);
+// The same in one line: a mark for each line end, a blank for other control characters.
+QString CellLine(std::string_view bytes);

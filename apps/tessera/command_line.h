@@ -1,0 +1,22 @@
+// The options that the program itself takes; the application gets the rest.
+#pragma once
+
+#include <QSize>
+#include <string>
+#include <vector>
+
+struct ProgramOptions {
+  bool help = false;
+  bool version = false;
+  bool dark = false;
+  std::string settings;  // the settings file, empty for the user's
+  std::string render;    // the picture to write, empty to run as usual
+  QSize size;            // of the main window; empty for the stored one
+  std::vector<std::string> rest;
+  std::string wrong;  // not empty: what is wrong with the arguments
+};
+
+// `arguments` without the program's name. Options that are not known go to the rest.
+ProgramOptions ParseProgramOptions(const std::vector<std::string>& arguments);
+
+const char* UsageText();

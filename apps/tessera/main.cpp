@@ -1,0 +1,109 @@
+// The desktop monitor's start: options, application object, host, event loop.
+#include <unistd.h>
+#include <QApplication>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+
+#include "command_line.h"
+#include "docview/ui/qt_host.h"
+#include "palette.h"
+#include "render.h"
+#include "settings/globals.h"
+#include "settings/registry.h"
+#include "shell/tessera_app.h"
+#include "shell/ui/app_icon.h"
+#include "shell/ui/qt_main_frame.h"
+#include "shell/ui/qt_shell_faces.h"
+#include "signal_pipe.h"
+
+namespace {
+
+constexpr int kExitWrong = 2;
+
+std::vector<std::string> Arguments(int argc, char** argv) {
+  return {argv + 1, argv + argc};
+}
+
+bool IsSet(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value;
+}
+
+bool HasDisplay() {
+  return IsSet("QT_QPA_PLATFORM") || IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY");
+}
+
+// Qt ends a program that cannot reach its display by an abort; a user gets a word and a status.
+void OnQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+  std::fprintf(stderr, "tessera: %s\n", qUtf8Printable(text));
+  if (type != QtFatalMsg) return;
+  std::fflush(stderr);
+  _exit(kExitWrong);
+}
+
+int Render(CTesseraApp& tessera, const std::string& path) {
+  if (!WaitForLoads(tessera)) {
+    std::fprintf(stderr, "tessera: the file is still loading\n");
+    return 1;
+  }
+  if (RenderMainWindow(tessera, QString::fromStdString(path))) return 0;
+  std::fprintf(stderr, "tessera: cannot write %s\n", path.c_str());
+  return kExitWrong;
+}
+
+int Run(const ProgramOptions& options) {
+  QtHost host;
+  QtShellFaces faces(host, [] { QCoreApplication::exit(0); });
+  CTesseraApp tessera(host, faces);
+  // Ends all loops, those of open dialogs too; the documents are closed with the application, which
+  // stops their threads.
+  const SignalPipe signalPipe([] {
+    g_quickClose = true;
+    QCoreApplication::exit(0);
+  });
+  const std::unique_ptr<BoxAnswerer> answerer(options.render.empty() ? nullptr : new BoxAnswerer);
+  const bool started = tessera.InitInstance(options.rest);
+  if (signalPipe.Asked()) return 0;
+  if (!started) {
+    std::fprintf(stderr, "tessera: could not open what was asked for\n");
+    return kExitWrong;
+  }
+  const auto* face = dynamic_cast<QtMainFrame*>(tessera.Frame()->Face());
+  if (face && !options.size.isEmpty()) face->Window().resize(options.size);
+  return options.render.empty() ? QApplication::exec() : Render(tessera, options.render);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ProgramOptions options = ParseProgramOptions(Arguments(argc, argv));
+  if (!options.wrong.empty()) {
+    std::fprintf(stderr, "tessera: %s\n%s", options.wrong.c_str(), UsageText());
+    return kExitWrong;
+  }
+  if (options.help || options.version) {
+    std::printf("%s%s", options.help ? "" : CTesseraApp::kVersionLine,
+                options.help ? UsageText() : "\n");
+    return 0;
+  }
+  if (!HasDisplay() && !options.render.empty()) qputenv("QT_QPA_PLATFORM", "offscreen");
+  if (!HasDisplay()) {
+    std::fprintf(stderr, "tessera: no display (neither DISPLAY nor WAYLAND_DISPLAY is set)\n");
+    return kExitWrong;
+  }
+  qInstallMessageHandler(OnQtMessage);
+  QApplication::setApplicationName(QStringLiteral("tessera"));
+  QApplication::setApplicationVersion(QStringLiteral("3.1.0"));
+  QApplication::setDesktopFileName(QStringLiteral("tessera"));
+  QApplication application(argc, argv);
+  std::setlocale(LC_NUMERIC, "C");                       // QApplication takes over the user's
+  options = ParseProgramOptions(Arguments(argc, argv));  // without what Qt took
+  // The end is the main frame's to tell: a box that closes before it stands ends nothing.
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setWindowIcon(AppIcon());
+  if (options.dark) UseFusion(true);
+  if (!options.settings.empty()) SetSettingsFile(options.settings);
+  ReadStartupSettings();
+  return Run(options);
+}

@@ -1,0 +1,69 @@
+#include "render.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QMessageBox>
+#include <QPixmap>
+#include <QTimer>
+#include <QWidget>
+#include <cstdio>
+
+#include "documents/trace_doc.h"
+#include "shell/tessera_app.h"
+#include "shell/ui/qt_main_frame.h"
+
+namespace {
+
+constexpr int kLookMs = 20;
+constexpr qint64 kPatienceMs = 600'000;
+
+void AnswerBox() {
+  auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+  if (!dialog) return;
+  const auto* box = qobject_cast<const QMessageBox*>(dialog);
+  const QString words = box ? box->text() : dialog->windowTitle();
+  std::fprintf(stderr, "tessera: %s\n", qUtf8Printable(words));
+  dialog->reject();
+}
+
+bool Loading(const CTesseraApp& tessera) {
+  if (tessera.Frame()->LoadStatus()) return true;
+  for (const auto& document : tessera.FileTemplate()->Documents()) {
+    const auto* traces = dynamic_cast<const CTraceDoc*>(document.get());
+    if (traces && traces->m_loading) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+BoxAnswerer::BoxAnswerer() : m_timer(new QTimer) {
+  QObject::connect(m_timer, &QTimer::timeout, AnswerBox);
+  m_timer->start(kLookMs);
+}
+
+BoxAnswerer::~BoxAnswerer() {
+  delete m_timer;
+}
+
+bool WaitForLoads(CTesseraApp& tessera) {
+  QElapsedTimer clock;
+  clock.start();
+  int quiet = 0;  // looks in a row without a load: the window paints and updates in between
+  while (quiet < 3 && clock.elapsed() < kPatienceMs) {
+    QEventLoop loop;
+    QTimer::singleShot(kLookMs, &loop, &QEventLoop::quit);
+    loop.exec();
+    quiet = Loading(tessera) ? 0 : quiet + 1;
+  }
+  return quiet >= 3;
+}
+
+bool RenderMainWindow(CTesseraApp& tessera, const QString& path) {
+  const auto* face = dynamic_cast<const QtMainFrame*>(tessera.Frame()->Face());
+  if (!face) return false;
+  face->Actions().UpdateAll();
+  return face->Window().grab().save(path, "PNG");
+}

@@ -1,0 +1,51 @@
+#include "signal_pipe.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QSocketNotifier>
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+namespace {
+
+// Written by the handler, which may use nothing but write.
+volatile int g_writeEnd = -1;
+
+extern "C" void OnSignal(int) {
+  const int before = errno;
+  const char byte = 1;
+  [[maybe_unused]] const ssize_t written = write(g_writeEnd, &byte, 1);
+  errno = before;
+}
+
+}  // namespace
+
+SignalPipe::SignalPipe(std::function<void()> asked) : m_toldTo(std::move(asked)) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return;
+  m_readEnd = ends[0];
+  g_writeEnd = ends[1];
+  auto* notifier = new QSocketNotifier(m_readEnd, QSocketNotifier::Read, this);
+  connect(notifier, &QSocketNotifier::activated, this, [this] { OnReadable(); });
+  struct sigaction action = {};
+  action.sa_handler = OnSignal;
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGTERM, &action, nullptr);
+  sigaction(SIGINT, &action, nullptr);
+}
+
+SignalPipe::~SignalPipe() {
+  if (m_readEnd < 0) return;
+  std::signal(SIGTERM, SIG_DFL);
+  std::signal(SIGINT, SIG_DFL);
+  close(std::exchange(m_readEnd, -1));
+  close(g_writeEnd);
+}
+
+void SignalPipe::OnReadable() {
+  char bytes[16];
+  while (read(m_readEnd, bytes, sizeof bytes) > 0) m_asked = true;
+  if (m_asked) m_toldTo();
+}

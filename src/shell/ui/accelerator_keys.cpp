@@ -1,0 +1,42 @@
+#include "shell/ui/accelerator_keys.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QShortcut>
+
+#include "shell/menu_resources.h"
+
+AcceleratorKeys::AcceleratorKeys(CommandActions& actions, QWidget& window)
+    : QObject(&window), m_window(window) {
+  for (const Accelerator& accelerator : Accelerators()) {
+    const unsigned id = accelerator.id;
+    Add(QKeySequence(QString::fromLatin1(accelerator.key), QKeySequence::PortableText),
+        Qt::ApplicationShortcut, [&actions, id] { actions.Run(id); });
+  }
+  qApp->installEventFilter(this);
+}
+
+void AcceleratorKeys::AddWindowKey(const QKeySequence& key, std::function<void()> run) {
+  Add(key, Qt::WindowShortcut, std::move(run));
+}
+
+void AcceleratorKeys::Add(const QKeySequence& key, Qt::ShortcutContext context,
+                          std::function<void()> run) {
+  auto* shortcut = new QShortcut(key, &m_window);
+  shortcut->setContext(context);
+  connect(shortcut, &QShortcut::activated, this, run);
+  connect(shortcut, &QShortcut::activatedAmbiguously, this, run);
+  m_keys.insert(key[0].toCombined());
+}
+
+// A focused widget asks to have a key before the shortcuts. Inside the main window it does not get
+// an accelerator, whatever the state of the command.
+bool AcceleratorKeys::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::ShortcutOverride) return false;
+  const auto* key = static_cast<QKeyEvent*>(event);
+  auto* widget = qobject_cast<QWidget*>(watched);
+  if (!widget || widget->window() != &m_window) return false;
+  if (!m_keys.contains(key->keyCombination().toCombined())) return false;
+  event->ignore();
+  return true;
+}

@@ -1,0 +1,42 @@
+// The window of one child frame inside the MDI area.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <QMdiSubWindow>
+#include <QPointer>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "docview/frame.h"
+#include "shell/ui/mdi_area.h"
+
+class ChildWindow : public QMdiSubWindow {
+ public:
+  ChildWindow(CMDIChildWnd& child, MdiArea& area);
+  // The frame goes: hands the controls back to their views and reports nothing any more.
+  void Detach();
+
+  // Null after Detach.
+  CMDIChildWnd* Child() const { return m_child; }
+  // Makes it the one control to be seen.
+  void ShowControl(QWidget* control);
+  bool IsClosing() const { return m_closing; }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void TameSystemMenu();
+  void ReportSize();
+
+  CMDIChildWnd* m_child;
+  MdiArea& m_area;
+  QWidget* m_room;
+  QVBoxLayout* m_layout;
+  std::vector<QPointer<QWidget>> m_controls;
+  QTimer m_settled;  // sizes and states come in several events, in any order: looked at afterwards
+  bool m_closing = false;
+};

@@ -1,0 +1,69 @@
+#include "shell/ui/command_actions.h"
+
+#include <QPointer>
+
+#include "shell/menu_resources.h"
+#include "shell/ui/tool_icons.h"
+
+CommandActions::CommandActions(CCmdTarget& target, QWidget& window)
+    : QObject(&window), m_target(&target) {}
+
+void CommandActions::SetUp(QAction& action, unsigned id) {
+  action.setData(id);
+  action.setStatusTip(QString::fromStdString(PromptOf(id)));
+  action.setToolTip(QString::fromStdString(ToolTipOf(id)));
+  // A text must not be taken for a platform role, which would move or rename the item.
+  action.setMenuRole(QAction::NoRole);
+}
+
+QAction* CommandActions::Action(unsigned id) {
+  QAction*& action = m_actions[id];
+  if (!action) {
+    action = new QAction(this);
+    SetUp(*action, id);
+    connect(action, &QAction::triggered, this, [this, id] { Run(id); });
+    action->setIcon(ToolIcon(id));
+    action->setIconVisibleInMenu(false);
+  }
+  return action;
+}
+
+QAction* CommandActions::Proxy(unsigned id, const QString& text, QObject* owner) {
+  auto* action = new QAction(text, owner);
+  SetUp(*action, id);
+  return action;
+}
+
+void CommandActions::Update(unsigned id, QAction& action) {
+  CCmdUI ui(id, action.isEnabled(), action.isChecked());
+  if (m_target) {
+    UpdateCommand(*m_target, ui);
+  } else {
+    ui.Enable(false);
+  }
+  // Only a checked item shows a mark; an unchecked one has no empty box before it.
+  action.setCheckable(ui.IsChecked());
+  action.setChecked(ui.IsChecked());
+  action.setEnabled(ui.IsEnabled());
+}
+
+void CommandActions::UpdateAll() {
+  for (const auto& [id, action] : m_actions) Update(id, *action);
+}
+
+void CommandActions::UpdateMenu(QMenu& menu) {
+  for (QAction* action : menu.actions()) {
+    const unsigned id = action->data().toUInt();
+    if (id != 0) Update(id, *action);
+  }
+}
+
+bool CommandActions::Run(unsigned id) {
+  if (!m_target) return false;
+  CCmdUI ui(id, true, false);
+  UpdateCommand(*m_target, ui);
+  const QPointer<QObject> alive(this);
+  const bool ran = ui.IsEnabled() && m_target->OnCommand(id);
+  if (alive && m_afterCommand) m_afterCommand();
+  return ran;
+}

@@ -1,0 +1,46 @@
+// One action per command id, shared by the menu bar and the tool bar, and the one way in which a
+// menu item, a button or a key becomes a command.
+//
+// Shape    The actions have no shortcuts: keys are AcceleratorKeys' business, so that no key is
+//          known twice.
+// Owner    Owned by the main window, which outlives every menu that shows an action.
+// Errors   A command that is disabled when it is asked for is not run.
+// Threads  Interface thread.
+#pragma once
+
+#include <QAction>
+#include <QMenu>
+#include <functional>
+#include <map>
+
+#include "docview/command.h"
+
+class CommandActions : public QObject {
+ public:
+  // REQUIRES: `target` outlives this or the next Detach.
+  CommandActions(CCmdTarget& target, QWidget& window);
+  // The target goes: from now on every command is disabled.
+  void Detach() { m_target = nullptr; }
+
+  // The shared action, made at the first asking.
+  QAction* Action(unsigned id);
+  // An action with the state of a command but a text of its own, for a pop-up, whose owner runs the
+  // command when the pop-up is gone.
+  QAction* Proxy(unsigned id, const QString& text, QObject* owner);
+
+  // Brings the enabled and checked state up to date; all shared actions that stand in a menu or bar
+  // cost a table look-up each.
+  void Update(unsigned id, QAction& action);
+  void UpdateAll();
+  void UpdateMenu(QMenu& menu);
+  // Looks at the state anew, then runs the command if it is enabled.
+  bool Run(unsigned id);
+
+  // Called after every command, for whatever shows states beside the actions.
+  std::function<void()> m_afterCommand;
+
+ private:
+  void SetUp(QAction& action, unsigned id);
+  CCmdTarget* m_target;
+  std::map<unsigned, QAction*> m_actions;
+};

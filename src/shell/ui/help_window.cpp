@@ -1,0 +1,71 @@
+#include "shell/ui/help_window.h"
+
+#include <QAction>
+#include <QToolBar>
+
+namespace {
+
+QUrl PageOf(const QString& topic) {
+  return QUrl(QStringLiteral("qrc:/help/%1.md").arg(topic));
+}
+
+// A browser whose pages are written in Markdown, with room around the text.
+class Pages : public QTextBrowser {
+ public:
+  using QTextBrowser::QTextBrowser;
+
+ protected:
+  void doSetSource(const QUrl& name, QTextDocument::ResourceType) override {
+    QTextBrowser::doSetSource(name, QTextDocument::MarkdownResource);
+    document()->setDocumentMargin(24);
+  }
+};
+
+}  // namespace
+
+HelpWindow::HelpWindow(QWidget* parent)
+    : QMainWindow(parent, Qt::Window), m_pages(new Pages(this)) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setAttribute(Qt::WA_QuitOnClose, false);
+  setWindowTitle(tr("Tessera Help"));
+  resize(760, 620);
+  m_pages->setFrameShape(QFrame::NoFrame);
+  m_pages->setOpenExternalLinks(false);
+  m_pages->setAccessibleName(tr("Help page"));
+  setCentralWidget(m_pages);
+  MakeBar();
+  ShowTopic({});
+}
+
+void HelpWindow::MakeBar() {
+  QToolBar* bar = addToolBar(tr("Pages"));
+  bar->setMovable(false);
+  QAction* contents = bar->addAction(tr("Contents"), this, [this] { ShowTopic({}); });
+  contents->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Home));
+  QAction* back = bar->addAction(tr("Back"), m_pages, &QTextBrowser::backward);
+  back->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Left));
+  back->setEnabled(false);
+  QAction* forward = bar->addAction(tr("Forward"), m_pages, &QTextBrowser::forward);
+  forward->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Right));
+  forward->setEnabled(false);
+  connect(m_pages, &QTextBrowser::backwardAvailable, back, &QAction::setEnabled);
+  connect(m_pages, &QTextBrowser::forwardAvailable, forward, &QAction::setEnabled);
+  auto* close = new QAction(this);
+  close->setShortcut(QKeySequence(Qt::Key_Escape));
+  connect(close, &QAction::triggered, this, &QWidget::close);
+  addAction(close);
+}
+
+QStringList HelpWindow::Topics() {
+  return {QStringLiteral("contents"), QStringLiteral("window"), QStringLiteral("list"),
+          QStringLiteral("columns"),  QStringLiteral("files"),  QStringLiteral("keys"),
+          QStringLiteral("trc")};
+}
+
+void HelpWindow::ShowTopic(const QString& topic) {
+  m_pages->setSource(PageOf(Topics().contains(topic) ? topic : Topics().constFirst()));
+}
+
+QString HelpWindow::Topic() const {
+  return m_pages->source().fileName().section(QLatin1Char('.'), 0, 0);
+}

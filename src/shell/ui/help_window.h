@@ -1,0 +1,24 @@
+// The built-in help: our pages, by topic.
+//
+// Owner    Deletes itself when it is closed.
+// Threads  Interface thread.
+#pragma once
+
+#include <QMainWindow>
+#include <QTextBrowser>
+
+class HelpWindow : public QMainWindow {
+ public:
+  explicit HelpWindow(QWidget* parent);
+
+  // Shows the page of a topic; the contents for an empty or unknown one.
+  void ShowTopic(const QString& topic);
+  // The page that is shown.
+  QString Topic() const;
+  // All topics there are, the contents first.
+  static QStringList Topics();
+
+ private:
+  void MakeBar();
+  QTextBrowser* m_pages;
+};

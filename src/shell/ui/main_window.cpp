@@ -1,0 +1,81 @@
+#include "shell/ui/main_window.h"
+
+#include <QCloseEvent>
+#include <QMimeData>
+#include <QUrl>
+
+#include "docview/ui/qt_host.h"
+#include "shell/main_frame.h"
+
+namespace {
+
+constexpr int kIdleMs = 250;
+
+std::vector<std::string> LocalFiles(const QMimeData& data) {
+  std::vector<std::string> paths;
+  for (const QUrl& url : data.urls()) {
+    if (url.isLocalFile()) paths.push_back(url.toLocalFile().toStdString());
+  }
+  return paths;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(CMainFrame& frame) : m_frame(&frame) {
+  setAcceptDrops(true);
+  for (QTimer* timer : {&m_settled, &m_soon}) timer->setSingleShot(true);
+  connect(&m_settled, &QTimer::timeout, this, [this] { ReportSize(); });
+  connect(&m_soon, &QTimer::timeout, this, [this] { OnIdle(); });
+  connect(&m_regular, &QTimer::timeout, this, [this] { OnIdle(); });
+  m_regular.start(kIdleMs);
+}
+
+void MainWindow::SetTitle(const QString& title) {
+  m_title = title;
+  setWindowTitle(title);
+}
+
+void MainWindow::OnIdle() {
+  if (m_frame && m_idle && isVisible() && !isMinimized()) m_idle();
+}
+
+// The frame asks its questions inside the event, so that a session that ends learns the answer.
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (m_frame && !m_mayClose && !QtHost::InModal()) m_frame->OnClose();
+  event->setAccepted(!m_frame || m_mayClose);
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event) {
+  QMainWindow::resizeEvent(event);
+  m_settled.start();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::WindowStateChange) m_settled.start();
+  if (event->type() == QEvent::ActivationChange) SoonIdle();
+  // A maximised child makes Qt write a title of its own, at several moments.
+  if (event->type() == QEvent::WindowTitleChange && windowTitle() != m_title) {
+    QMetaObject::invokeMethod(
+        this, [this] { setWindowTitle(m_title); }, Qt::QueuedConnection);
+  }
+}
+
+void MainWindow::ReportSize() {
+  if (!m_frame || !isVisible()) return;
+  const SizeType type = isMinimized()                     ? SizeType::Minimised
+                        : isMaximized() || isFullScreen() ? SizeType::Maximised
+                                                          : SizeType::Restored;
+  m_frame->OnSize(type, width(), height());
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!LocalFiles(*event->mimeData()).empty()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  const std::vector<std::string> paths = LocalFiles(*event->mimeData());
+  if (!m_frame || paths.empty()) return;
+  event->acceptProposedAction();
+  m_frame->OnDropFiles(paths);
+}

@@ -1,0 +1,59 @@
+#include "shell/ui/qt_child_frame.h"
+
+#include <QThread>
+
+#include "docview/ui/qt_control.h"
+
+namespace {
+
+int Wanted(int wantedPx, int roomPx) {
+  return wantedPx > 0 ? wantedPx : roomPx * 3 / 4;
+}
+
+}  // namespace
+
+QtChildFrame::QtChildFrame(CMDIChildWnd& child, MdiArea& area, int widthPx, int heightPx)
+    : m_area(area), m_window(new ChildWindow(child, area)) {
+  area.addSubWindow(m_window);
+  const QSize room = area.viewport()->size();
+  m_window->resize(Wanted(widthPx, room.width()), Wanted(heightPx, room.height()));
+}
+
+// The window may be at work in an event, its own close even: then it goes when that is over.
+QtChildFrame::~QtChildFrame() {
+  if (!m_window) return;
+  m_window->Detach();
+  m_area.Forget(m_window);
+  const bool busy = m_window->IsClosing() || QThread::currentThread()->loopLevel() > 0;
+  m_window->hide();
+  m_area.removeSubWindow(m_window);
+  if (busy) {
+    m_window->deleteLater();
+  } else {
+    delete m_window;
+  }
+}
+
+void QtChildFrame::SetTitle(const std::string& title) {
+  m_window->setWindowTitle(QString::fromStdString(title));
+}
+
+void QtChildFrame::Show() {
+  if (m_window->isVisible()) return;
+  const bool maximised = m_area.Active() && m_area.Active()->isMaximized();
+  if (maximised) {
+    m_window->showMaximized();
+  } else {
+    m_window->show();
+  }
+}
+
+void QtChildFrame::Activate() {
+  if (m_window->isMinimized()) m_window->showNormal();
+  m_area.setActiveSubWindow(m_window);
+  m_area.OnActivated(m_window);
+}
+
+void QtChildFrame::ShowView(CView& view) {
+  if (QWidget* control = WidgetOf(view.Control())) m_window->ShowControl(control);
+}

@@ -1,0 +1,145 @@
+#include "shell/ui/qt_main_frame.h"
+
+#include <QThread>
+
+#include "shell/main_frame.h"
+#include "shell/menu_resources.h"
+#include "shell/ui/child_window.h"
+#include "shell/ui/mdi_layout.h"
+#include "shell/ui/qt_child_frame.h"
+
+namespace {
+
+constexpr int kButtonPx = 16;
+
+}  // namespace
+
+QtMainFrame::QtMainFrame(CMainFrame& frame, int widthPx, int heightPx, std::function<void()> closed)
+    : m_frame(frame),
+      m_closed(std::move(closed)),
+      m_window(new MainWindow(frame)),
+      m_actions(new CommandActions(frame, *m_window)),
+      m_menus(new Menus(*m_actions, frame, *m_window)),
+      m_keys(new AcceleratorKeys(*m_actions, *m_window)),
+      m_area(new MdiArea(m_window)),
+      m_panes(new StatusPanes(m_window)),
+      m_toolBar(new QToolBar(m_window)) {
+  m_window->setCentralWidget(m_area);
+  m_window->setStatusBar(m_panes);
+  MakeToolBar();
+  AddSystemKeys();
+  m_window->resize(widthPx, heightPx);
+  m_window->m_idle = [this] { Idle(); };
+  m_actions->m_afterCommand = [this] { m_window->SoonIdle(); };
+  m_area->m_changed = [this] { ChildChanged(); };
+}
+
+// A window that is at work in an event goes when that is over.
+QtMainFrame::~QtMainFrame() {
+  m_area->m_changed = {};
+  m_actions->m_afterCommand = {};
+  m_actions->Detach();
+  m_menus->Detach();
+  m_window->Detach();
+  m_window->hide();
+  if (QThread::currentThread()->loopLevel() > 0) {
+    m_window->deleteLater();
+  } else {
+    delete m_window;
+  }
+}
+
+void QtMainFrame::MakeToolBar() {
+  m_toolBar->setObjectName(QStringLiteral("toolBar"));
+  m_toolBar->setWindowTitle(QObject::tr("Tool Bar"));
+  m_toolBar->setIconSize(QSize(kButtonPx, kButtonPx));
+  m_toolBar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+  m_toolBar->setMovable(true);
+  m_toolBar->setFloatable(false);
+  m_toolBar->setAllowedAreas(Qt::TopToolBarArea | Qt::BottomToolBarArea);
+  for (const unsigned id : ToolBarButtons()) {
+    if (id == 0) {
+      m_toolBar->addSeparator();
+    } else {
+      m_toolBar->addAction(m_actions->Action(id));
+    }
+  }
+  m_window->addToolBar(Qt::TopToolBarArea, m_toolBar);
+}
+
+// Keys that the window system gives a program by itself elsewhere. Without a window manager, or
+// with one that leaves them to the program, they are ours.
+void QtMainFrame::AddSystemKeys() {
+  m_keys->AddWindowKey(QKeySequence(Qt::CTRL | Qt::Key_F4),
+                       [actions = m_actions] { actions->Run(ID_FILE_CLOSE); });
+  m_keys->AddWindowKey(QKeySequence(Qt::ALT | Qt::Key_F4),
+                       [window = m_window] { window->close(); });
+}
+
+void QtMainFrame::Idle() {
+  m_actions->UpdateAll();
+  if (m_window->isActiveWindow()) m_panes->ShowLocks(ReadKeyboardLocks());
+}
+
+void QtMainFrame::ChildChanged() {
+  m_frame.m_childMaximised = m_area->Active() && m_area->Active()->isMaximized();
+  m_frame.UpdateTitle();
+  m_window->SoonIdle();
+}
+
+void QtMainFrame::SetTitle(const std::string& title) {
+  m_window->SetTitle(QString::fromStdString(title));
+}
+
+void QtMainFrame::SetMenu(unsigned resource) {
+  m_menus->SetBar(resource);
+  m_window->SoonIdle();
+}
+
+void QtMainFrame::SetPaneText(unsigned pane, const std::string& text) {
+  m_panes->SetPaneText(pane, QString::fromStdString(text));
+}
+
+void QtMainFrame::Show() {
+  m_actions->UpdateAll();
+  m_window->show();
+}
+
+void QtMainFrame::Close() {
+  m_window->AllowClose();
+  m_window->close();
+  if (m_closed) m_closed();
+}
+
+std::unique_ptr<ChildFrameFace> QtMainFrame::CreateChild(CMDIChildWnd& child, int widthPx,
+                                                         int heightPx) {
+  return std::make_unique<QtChildFrame>(child, *m_area, widthPx, heightPx);
+}
+
+void QtMainFrame::LayOutChildren(WindowLayout layout) {
+  LayOut(*m_area, layout);
+}
+
+void QtMainFrame::TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) {
+  const QPointer<CommandActions> actions(m_actions);
+  const unsigned id = m_menus->Track(resource, QPoint(screenXPx, screenYPx));
+  if (actions && id != 0) actions->Run(id);
+}
+
+QWidget* QtMainFrame::Bar(unsigned id) const {
+  if (id == ID_VIEW_TOOLBAR) return m_toolBar;
+  return id == ID_VIEW_STATUS_BAR ? m_panes : nullptr;
+}
+
+void QtMainFrame::ShowBar(unsigned id, bool on) {
+  if (QWidget* bar = Bar(id)) bar->setVisible(on);
+}
+
+bool QtMainFrame::IsBarShown(unsigned id) const {
+  const QWidget* bar = Bar(id);
+  return bar && !bar->isHidden();
+}
+
+void QtMainFrame::RecentFilesChanged() {
+  m_menus->Refresh();
+}

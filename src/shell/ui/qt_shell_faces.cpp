@@ -1,0 +1,81 @@
+#include "shell/ui/qt_shell_faces.h"
+
+#include <QApplication>
+#include <QPageSetupDialog>
+#include <QScreen>
+
+#include "listview/columns/options_dialog.h"
+#include "listview/columns/ui/options_face.h"
+#include "listview/rows/ui/qt_row_list.h"
+#include "shell/load_status.h"
+#include "shell/ui/about_box.h"
+#include "shell/ui/load_status_face.h"
+#include "shell/ui/qt_main_frame.h"
+
+namespace {
+
+// The page that tells of the dialog that is up.
+QString TopicOfDialog() {
+  const QWidget* dialog = QApplication::activeModalWidget();
+  return dialog && dialog->windowTitle() == QLatin1String(COptionsDlg::Title())
+             ? QStringLiteral("columns")
+             : QString();
+}
+
+}  // namespace
+
+QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
+    : m_host(host), m_closed(std::move(closed)) {
+  host.RegisterFace<CLoadStatus>([](CLoadStatus& dialog, QWidget* parent) {
+    return std::make_unique<LoadStatusFace>(dialog, parent);
+  });
+  RegisterOptionsFace(host);
+}
+
+QtShellFaces::~QtShellFaces() {
+  delete m_help;
+}
+
+std::unique_ptr<MainFrameFace> QtShellFaces::CreateMainFrame(CMainFrame& frame, int widthPx,
+                                                             int heightPx) {
+  auto face = std::make_unique<QtMainFrame>(frame, widthPx, heightPx, [this] {
+    delete m_help;
+    if (m_closed) m_closed();
+  });
+  m_mainWidget = &face->Window();
+  m_host.SetMainWidget(m_mainWidget);
+  return face;
+}
+
+// Three quarters of the screen, as far as that is a pleasant size.
+void QtShellFaces::ProposedMainSize(int& widthPx, int& heightPx) {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  const QSize room = screen ? screen->availableSize() : QSize(1280, 800);
+  widthPx = std::clamp(room.width() * 3 / 4, 640, 1400);
+  heightPx = std::clamp(room.height() * 3 / 4, 480, 1000);
+}
+
+std::unique_ptr<RowList> QtShellFaces::CreateRowList(RowListOwner& owner) {
+  return std::make_unique<QtRowList>(owner);
+}
+
+void QtShellFaces::ShowAbout(const std::string& versionLine) {
+  AboutBox box(QString::fromStdString(versionLine), m_mainWidget);
+  box.exec();
+}
+
+void QtShellFaces::ShowPrintSetup() {
+  QPageSetupDialog setup(m_mainWidget);
+  setup.exec();
+}
+
+// Over a modal dialog the help is the dialog's own window, because the dialog blocks all others.
+void QtShellFaces::ShowHelp(const std::string& topic) {
+  QWidget* dialog = QApplication::activeModalWidget();
+  if (m_help && m_help->parentWidget() != dialog) delete m_help;
+  if (!m_help) m_help = new HelpWindow(dialog);
+  m_help->ShowTopic(topic.empty() ? TopicOfDialog() : QString::fromStdString(topic));
+  m_help->show();
+  m_help->raise();
+  m_help->activateWindow();
+}

@@ -1,0 +1,35 @@
+// Everything that the shell asks of the window system, by Qt.
+//
+// Owner    Borrows the host, whose dialogs it registers.
+// Threads  Interface thread.
+#pragma once
+
+#include <QPointer>
+#include <functional>
+
+#include "docview/ui/qt_host.h"
+#include "shell/faces.h"
+#include "shell/ui/help_window.h"
+
+class QtShellFaces : public ShellFaces {
+ public:
+  // `closed` runs when the main window has been closed for good.
+  explicit QtShellFaces(QtHost& host, std::function<void()> closed = {});
+  ~QtShellFaces() override;
+
+  std::unique_ptr<MainFrameFace> CreateMainFrame(CMainFrame& frame, int widthPx,
+                                                 int heightPx) override;
+  void ProposedMainSize(int& widthPx, int& heightPx) override;
+  std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override;
+  void ShowAbout(const std::string& versionLine) override;
+  void ShowPrintSetup() override;
+  void ShowHelp(const std::string& topic) override;
+
+  HelpWindow* Help() const { return m_help; }
+
+ private:
+  QtHost& m_host;
+  std::function<void()> m_closed;
+  QPointer<QWidget> m_mainWidget;
+  QPointer<HelpWindow> m_help;
+};

@@ -1,0 +1,82 @@
+#include "shell/ui/status_panes.h"
+
+#include <QEvent>
+#include <QPainter>
+
+#include "shell/menu_resources.h"
+
+namespace {
+
+constexpr int kSidePx = 8;  // between a pane's text and its border
+
+// A text behind a thin line that divides it from the pane on its left.
+class Pane : public QLabel {
+ public:
+  using QLabel::QLabel;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override {
+    QPainter p(this);
+    QColor line = palette().color(QPalette::WindowText);
+    line.setAlphaF(0.25f);
+    p.fillRect(QRect(0, 3, 1, height() - 6), line);
+    QLabel::paintEvent(event);
+  }
+};
+
+}  // namespace
+
+StatusPanes::StatusPanes(QWidget* parent) : QStatusBar(parent) {
+  setSizeGripEnabled(true);
+  // The style's own frames around each item would stand beside our dividing lines.
+  setStyleSheet(QStringLiteral("QStatusBar::item { border: 0 }"));
+  for (const StatusIndicator& indicator : StatusIndicators()) {
+    const bool message = indicator.id == kPaneMessage;
+    QLabel* pane = message ? new QLabel(this) : new Pane(this);
+    pane->setTextFormat(Qt::PlainText);
+    pane->setAccessibleName(QString::fromLatin1(indicator.text));
+    m_panes[indicator.id] = pane;
+    if (message) {
+      pane->setIndent(kSidePx);
+      addWidget(pane, 1);
+    } else {
+      pane->setAlignment(Qt::AlignCenter);
+      addPermanentWidget(pane);
+    }
+  }
+  m_panes[kPaneRowCount]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  m_panes[kPaneRowCount]->setIndent(kSidePx);
+  SizePanes();
+}
+
+void StatusPanes::SizePanes() {
+  for (const StatusIndicator& indicator : StatusIndicators()) {
+    if (indicator.id == kPaneMessage) continue;
+    QLabel* pane = m_panes[indicator.id];
+    const QString text = QString::fromLatin1(indicator.text);
+    pane->setMinimumWidth(pane->fontMetrics().horizontalAdvance(text) + 2 * kSidePx);
+    pane->setMinimumHeight(pane->fontMetrics().height() + 4);
+  }
+}
+
+void StatusPanes::changeEvent(QEvent* event) {
+  QStatusBar::changeEvent(event);
+  if (event->type() == QEvent::FontChange && !m_panes.empty()) SizePanes();
+}
+
+void StatusPanes::SetPaneText(unsigned pane, const QString& text) {
+  const auto found = m_panes.find(pane);
+  if (found != m_panes.end() && found->second->text() != text) found->second->setText(text);
+}
+
+QString StatusPanes::PaneText(unsigned pane) const {
+  const auto found = m_panes.find(pane);
+  return found == m_panes.end() ? QString() : found->second->text();
+}
+
+void StatusPanes::ShowLocks(const KeyboardLocks& locks) {
+  const auto text = [](bool on, const char* word) { return QString::fromLatin1(on ? word : ""); };
+  SetPaneText(kPaneCaps, text(locks.caps, "CAP"));
+  SetPaneText(kPaneNum, text(locks.num, "NUM"));
+  SetPaneText(kPaneScroll, text(locks.scroll, "SCRL"));
+}

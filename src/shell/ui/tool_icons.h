@@ -1,0 +1,12 @@
+// The tool bar's pictures, drawn as paths on a grid of 16 by 16.
+//
+// A picture is drawn anew for the size and pixel ratio that is asked for, in the colours of the
+// application's palette, so that it is sharp and readable in light, dark and disabled.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <QIcon>
+
+// A null icon for a command without a picture.
+QIcon ToolIcon(unsigned command);

@@ -3,17 +3,20 @@
 //
 // Errors   OnOpenDocument false: "Invalid format." has been shown for a wrong header, nothing for
 //          a file that cannot be opened or mapped (OpenFailure tells why, for trc).
-// Threads  Interface thread. The load thread works on a LoadJob of its own, shared with the
+// Threads  Interface thread. The load thread works on a TraceFileLoad of its own, shared with the
 //          document; it fills containers that nobody else sees and posts them back, so that a
 //          document that no longer waits for it is never touched.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "base/mapped_file.h"
 #include "base/win32_handle.h"
 #include "documents/trace_doc.h"
+
+class TraceFileLoad;
 
 // The record of a start message: made by the load thread, deleted by the main frame.
 struct CLoadProgressStart {
@@ -25,15 +28,14 @@ struct CLoadProgressStart {
 
 class CTraceFileDoc : public CTraceDoc {
  public:
-  static constexpr unsigned kStopWaitMs = 10000;
-
   explicit CTraceFileDoc(Host& host);
   ~CTraceFileDoc() override;
 
   bool OnNewDocument() override;
   // Returns when the thread has been started: the traces come with hint 1002.
   bool OnOpenDocument(const std::string& path) override;
-  // Signals the cancel event, waits for the load thread at most kStopWaitMs, and clears.
+  // Signals the cancel event, waits for the load thread at most s_stopWaitMs, and clears. A thread
+  // that has not ended by then is left to itself: what it works on is its own.
   void DeleteContents() override;
 
   const std::string& OpenFailure() const { return m_openFailure; }
@@ -42,20 +44,20 @@ class CTraceFileDoc : public CTraceDoc {
   // Bytes stepped over because no record begins there.
   std::uint64_t SkippedBytes() const { return m_skippedBytes; }
 
+  // How long a thread that hangs may hold up the window; tests shorten it.
+  static inline unsigned s_stopWaitMs = 10000;
   // Runs on the load thread before the walk, for tests that need a slow load. Empty otherwise.
   static inline std::function<void()> s_beforeWalk;
 
  private:
-  struct LoadJob;
   bool OpenAndCheck(const std::string& path);
-  static void Load(const std::shared_ptr<LoadJob>& job, Host& host);
-  void TakeOver(LoadJob& job);
-  void TellViewsReady();
+  void StopLoad();
+  void TakeOver();
 
   std::shared_ptr<const MappedFile> m_file;
   HANDLE m_cancelEvent;
   AutoWin32Handle_t m_loadThread;
-  std::shared_ptr<LoadJob> m_job;
+  std::shared_ptr<TraceFileLoad> m_load;  // until its traces are here
   std::string m_openFailure;
   std::uint64_t m_skippedBytes = 0;
 };

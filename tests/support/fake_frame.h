@@ -44,7 +44,10 @@ class FakeChildFace : public ChildFrameFace {
  public:
   FakeChildFace(FrameLog& log, CMDIChildWnd& child, int widthPx, int heightPx)
       : m_widthPx(widthPx), m_heightPx(heightPx), m_log(log), m_child(child) {}
-  ~FakeChildFace() override { m_log.Add("child gone"); }
+  ~FakeChildFace() override {
+    m_log.Add("child gone");
+    if (m_onGone) m_onGone();
+  }
   void SetTitle(const std::string& title) override {
     m_title = title;
     m_log.Add("child title " + title);
@@ -66,6 +69,7 @@ class FakeChildFace : public ChildFrameFace {
   bool m_shown = false;
   std::string m_title;
   CView* m_view = nullptr;
+  std::function<void()> m_onGone;  // a window system may activate another child now
 
  private:
   FrameLog& m_log;

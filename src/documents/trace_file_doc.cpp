@@ -1,0 +1,80 @@
+#include "documents/trace_file_doc.h"
+
+#include <system_error>
+#include <utility>
+
+#include "documents/trace_file_load.h"
+#include "docview/view.h"
+#include "records/trc_walk.h"
+
+CTraceFileDoc::CTraceFileDoc(Host& host) : CTraceDoc(host), m_cancelEvent(CreateEvent()) {}
+
+CTraceFileDoc::~CTraceFileDoc() {
+  CTraceFileDoc::DeleteContents();
+}
+
+bool CTraceFileDoc::OnNewDocument() {
+  return CTraceDoc::OnNewDocument();
+}
+
+bool CTraceFileDoc::OnOpenDocument(const std::string& path) {
+  DeleteContents();
+  if (!OpenAndCheck(path)) return false;
+  m_load = std::make_shared<TraceFileLoad>(GetHost(), m_file, path, m_cancelEvent);
+  m_load->m_handOver = [this] {
+    TakeOver();
+    for (CView* const view : Views()) view->PostMessage(WM_TRACE_UPDATE, kHintReady);
+  };
+  try {
+    m_loadThread = BeginThread([load = m_load, hook = s_beforeWalk] { load->Run(hook); });
+  } catch (const std::system_error& error) {
+    m_openFailure = error.what();
+    m_load.reset();
+    m_file.reset();
+    return false;
+  }
+  return true;
+}
+
+bool CTraceFileDoc::OpenAndCheck(const std::string& path) {
+  m_openFailure.clear();
+  m_file = MappedFile::Open(path, &m_openFailure);
+  if (!m_file) return false;
+  const TrcVersion version = VersionOf(m_file->View());
+  if (version == TrcVersion::Current) return true;
+  m_openFailure = version == TrcVersion::Old ? "older trace file format" : "Invalid format.";
+  m_file.reset();
+  GetHost().MessageBox({"Invalid format.", BoxIcon::Stop, BoxButtons::Ok});
+  return false;
+}
+
+void CTraceFileDoc::DeleteContents() {
+  StopLoad();
+  CTraceDoc::DeleteContents();
+}
+
+void CTraceFileDoc::StopLoad() {
+  if (!m_loadThread) return;
+  m_cancelEvent->Set();
+  const bool ended = m_loadThread.Get()->Wait(s_stopWaitMs);
+  m_loadThread.Close();
+  if (!m_load) return;
+  if (!ended) {
+    m_load->Disown();
+    m_load.reset();
+  } else if (m_load->Failed()) {
+    m_load.reset();
+  } else if (const auto handOver = std::exchange(m_load->m_handOver, nullptr)) {
+    handOver();  // its posted call finds nothing left to do
+  }
+}
+
+void CTraceFileDoc::TakeOver() {
+  const std::shared_ptr<TraceFileLoad> load = std::move(m_load);
+  m_traces = std::move(load->m_traces);
+  m_names = std::move(load->m_names);
+  m_indexes = std::move(load->m_indexes);
+  m_skippedBytes = load->m_skippedBytes;
+  SetModifiedFlag(false);
+  m_loading = false;
+}

@@ -1,0 +1,103 @@
+#include "documents/trace_file_load.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "documents/trace_file_doc.h"
+#include "docview/wnd.h"
+#include "records/trc_walk.h"
+
+namespace {
+// On the interface thread. False when there is no main window.
+bool TellMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
+  CWnd* const window = host.MainWindow();
+  if (window) window->SendMessage(WM_TRACE_PROGRESS, what, value);
+  return window != nullptr;
+}
+}  // namespace
+
+struct TraceFileLoad::Sink {
+  TraceFileLoad& load;
+
+  void OnName(NameId id, std::string_view utf8) {
+    NameEntry_t& entry = load.m_names[id];
+    entry.name = utf8;
+    entry.written = 0;
+  }
+  void OnTrace(const std::uint8_t* record) {
+    load.m_traces.EmplaceRecord(record);
+    load.m_indexes.Note(RawTrace(record));
+  }
+  void OnUnknownTag(std::uint64_t) { ++load.m_skippedBytes; }
+  bool OnProgress(std::uint64_t position) {
+    if (load.m_cancelEvent->IsSet()) return false;
+    load.PostPosition(position, false);
+    return true;
+  }
+};
+
+TraceFileLoad::TraceFileLoad(Host& host, std::shared_ptr<const MappedFile> file, std::string path,
+                             HANDLE cancelEvent)
+    : m_host(host),
+      m_file(std::move(file)),
+      m_path(std::move(path)),
+      m_cancelEvent(std::move(cancelEvent)) {}
+
+void TraceFileLoad::Run(const std::function<void()>& beforeWalk) {
+  try {
+    Walk(beforeWalk);
+  } catch (...) {
+    m_failed = true;
+    m_traces.Clear();  // memory may be what lacks
+    const std::lock_guard lock(m_hostMutex);
+    if (!m_disowned)
+      m_host.PostBox({"Error opening trace file", BoxIcon::Stop, BoxButtons::Ok}, {});
+  }
+}
+
+void TraceFileLoad::Walk(const std::function<void()>& beforeWalk) {
+  PostStart("Loading...");
+  if (beforeWalk) beforeWalk();
+  const std::uint64_t reached = WalkTrc(m_file->View(), Sink{*this});
+  PostPosition(reached, true);
+  PostDone();
+  Post([self = shared_from_this()] {
+    if (const auto handOver = std::exchange(self->m_handOver, nullptr)) handOver();
+  });
+}
+
+void TraceFileLoad::Disown() {
+  m_handOver = nullptr;
+  PostDone();
+  const std::lock_guard lock(m_hostMutex);
+  m_disowned = true;
+}
+
+void TraceFileLoad::PostStart(const char* caption) {
+  const auto start = std::make_shared<std::unique_ptr<CLoadProgressStart>>(
+      new CLoadProgressStart{caption, m_path, m_file->Size(), m_cancelEvent});
+  Post([&host = m_host, start] {
+    const auto record = reinterpret_cast<std::intptr_t>(start->get());
+    if (TellMainWindow(host, kLoadStart, record)) (void)start->release();
+  });
+}
+
+void TraceFileLoad::PostPosition(std::uint64_t position, bool last) {
+  if (!last && m_waitingPositions.load(std::memory_order_relaxed) >= kWaitingPositions) return;
+  m_waitingPositions.fetch_add(1, std::memory_order_relaxed);
+  // A record that the end of the file cuts leaves the position behind the end.
+  const std::uint64_t shown = std::min<std::uint64_t>(position, m_file->Size());
+  Post([self = shared_from_this(), shown] {
+    self->m_waitingPositions.fetch_sub(1, std::memory_order_relaxed);
+    TellMainWindow(self->m_host, kLoadPosition, static_cast<std::intptr_t>(shown));
+  });
+}
+
+void TraceFileLoad::PostDone() {
+  Post([&host = m_host] { TellMainWindow(host, kLoadDone, 0); });
+}
+
+void TraceFileLoad::Post(std::function<void()> call) {
+  const std::lock_guard lock(m_hostMutex);
+  if (!m_disowned) m_host.Post(std::move(call));
+}

@@ -67,7 +67,11 @@ std::intptr_t CTraceView::OnMessage(unsigned message, std::uintptr_t wParam, std
 }
 
 TraceEvent_i* CTraceView::CurrentEvent() const {
-  return m_rows.Has(m_currentRow) ? m_rows.EventAt(m_currentRow) : nullptr;
+  return EventOfRow(m_currentRow);
+}
+
+TraceEvent_i* CTraceView::EventOfRow(int row) const {
+  return GetDocument() && m_rows.Has(row) ? m_rows.EventAt(row) : nullptr;
 }
 
 void CTraceView::SetFilter(const CTraceFilter& filter, bool rebuild) {
@@ -84,22 +88,22 @@ void CTraceView::Follow(TraceEvent_i* event) {
 
 void CTraceView::OnSynchronize() {
   m_document.m_synchronize = !m_document.m_synchronize;
-  const int focused = m_list->NextItem(-1, kRowFocused);
-  if (m_rows.Has(focused)) Follow(m_rows.EventAt(focused));
+  Follow(EventOfRow(m_list->NextItem(-1, kRowFocused)));
 }
 
 // ---- what the list asks and tells
 
 std::string CTraceView::RowListText(int row, Column column) {
-  if (!m_rows.Has(row)) return {};
-  const TraceEvent_i* previous = row > 0 ? m_rows.EventAt(row - 1) : nullptr;
+  const TraceEvent_i* event = EventOfRow(row);
+  if (!event) return {};
   const std::string text =
-      CellText(column, *m_rows.EventAt(row), previous, m_document.m_names, g_useUtc);
+      CellText(column, *event, EventOfRow(row - 1), m_document.m_names, g_useUtc);
   return std::string(CutUtf8(text, RowList::kCellBytes - 1));
 }
 
 int CTraceView::RowListIcon(int row) {
-  return m_rows.Has(row) ? SeverityIcon(*m_rows.EventAt(row)) : -1;
+  const TraceEvent_i* event = EventOfRow(row);
+  return event ? SeverityIcon(*event) : -1;
 }
 
 void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState) {
@@ -108,7 +112,7 @@ void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState
 }
 
 void CTraceView::OnRowClicked(int row) {
-  if (m_rows.Has(row)) Follow(m_rows.EventAt(row));
+  Follow(EventOfRow(row));
 }
 
 void CTraceView::OnRowDoubleClicked(int) {

@@ -66,6 +66,7 @@ class CTraceView : public CView, public RowListOwner {
   void FollowTrace(CView* sender, const TraceEvent_i& target);
   void SelectRow(CView* sender, int row);
   bool AtBottom() const;
+  TraceEvent_i* EventOfRow(int row) const;  // null when there is no such row
   int NearestRow(const TraceEvent_i& target) const;
   void TellRowCount(std::intptr_t count);
   void TellFiltered(std::intptr_t filtered);

@@ -4,14 +4,12 @@
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QVBoxLayout>
-
-#include "docview/ui/qt_host.h"
-#include "listview/columns/options_dialog.h"
 
 namespace {
 
@@ -23,27 +21,7 @@ QString NameOf(unsigned id) {
   return QString::number(id);
 }
 
-class OptionsFace final : public QtDialogFace {
- public:
-  OptionsFace(COptionsDlg& dialog, QWidget* parent);
-
-  void UpdateData() override;
-
- protected:
-  void OnAccept() override;
-
- private:
-  QCheckBox* MakeBox(unsigned id, const QString& text);
-  QGroupBox* MakeColumns();
-  QGroupBox* MakeDisplay();
-  QGroupBox* MakePerformance();
-  QDialogButtonBox* MakeButtons();
-
-  COptionsDlg& m_dialog;
-  std::vector<std::pair<const COptionsDlg::Box*, QCheckBox*>> m_boxes;
-  QCheckBox* m_utc = nullptr;
-  QLineEdit* m_limit = nullptr;
-};
+}  // namespace
 
 OptionsFace::OptionsFace(COptionsDlg& dialog, QWidget* parent)
     : QtDialogFace(dialog, parent), m_dialog(dialog) {
@@ -144,12 +122,4 @@ void OptionsFace::OnAccept() {
   }
   m_limit->setFocus();
   m_limit->selectAll();
-}
-
-}  // namespace
-
-void RegisterOptionsFace(QtHost& host) {
-  host.RegisterFace<COptionsDlg>([](COptionsDlg& dialog, QWidget* parent) {
-    return std::make_unique<OptionsFace>(dialog, parent);
-  });
 }

@@ -1,6 +1,37 @@
 // The window of the Options dialog.
+//
+// Every control's object name is its id in decimal.
 #pragma once
 
-class QtHost;
+#include <utility>
+#include <vector>
 
-void RegisterOptionsFace(QtHost& host);
+#include "docview/ui/qt_dialog_face.h"
+#include "listview/columns/options_dialog.h"
+
+class QCheckBox;
+class QDialogButtonBox;
+class QGroupBox;
+class QLineEdit;
+
+class OptionsFace final : public QtDialogFace {
+ public:
+  OptionsFace(COptionsDlg& dialog, QWidget* parent);
+
+  void UpdateData() override;
+
+ protected:
+  void OnAccept() override;
+
+ private:
+  QCheckBox* MakeBox(unsigned id, const QString& text);
+  QGroupBox* MakeColumns();
+  QGroupBox* MakeDisplay();
+  QGroupBox* MakePerformance();
+  QDialogButtonBox* MakeButtons();
+
+  COptionsDlg& m_dialog;
+  std::vector<std::pair<const COptionsDlg::Box*, QCheckBox*>> m_boxes;
+  QCheckBox* m_utc = nullptr;
+  QLineEdit* m_limit = nullptr;
+};

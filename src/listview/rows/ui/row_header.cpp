@@ -1,7 +1,9 @@
 #include "listview/rows/ui/row_header.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
+#include <QStyleOptionHeader>
 #include <algorithm>
 #include <utility>
 
@@ -98,6 +100,20 @@ std::vector<Column> RowHeader::ShownColumns() const {
 
 QString RowHeader::HeaderText(Column column) const {
   return QString::fromUtf8(m_columns[Index(column)].header);
+}
+
+void RowHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int section) const {
+  QHeaderView::initStyleOptionForIndex(option, section);
+  option->text.clear();  // paintSection writes it
+}
+
+void RowHeader::paintSection(QPainter* painter, const QRect& rect, int section) const {
+  QHeaderView::paintSection(painter, rect, section);
+  const Column column = static_cast<Column>(section);
+  const QRect room = rect.adjusted(kCellMarginPx, 0, -kCellMarginPx, 0);
+  const QString text = fontMetrics().elidedText(HeaderText(column), Qt::ElideRight, room.width());
+  painter->setPen(palette().color(QPalette::ButtonText));
+  painter->drawText(room, AlignmentOf(AlignOf(column)) | Qt::TextSingleLine, text);
 }
 
 void RowHeader::mousePressEvent(QMouseEvent* event) {

@@ -37,6 +37,9 @@ class RowHeader final : public QHeaderView, public ListHeader {
   int ColumnLeft(Column column) const { return sectionViewportPosition(static_cast<int>(column)); }
 
  protected:
+  // With the margins of the cells below.
+  void paintSection(QPainter* painter, const QRect& rect, int section) const override;
+  void initStyleOptionForIndex(QStyleOptionHeader* option, int section) const override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
 

@@ -25,98 +25,101 @@ int RowPainter::RowHeight(const QFontMetrics& metrics) {
 
 RowPainter::Look RowPainter::LookOf(int row) const {
   // The active colours also without the keyboard: the selection stays plain to see.
-  const QPalette palette = m_list.palette();
-  const auto color = [&palette](QPalette::ColorRole role) {
-    return palette.color(QPalette::Active, role);
-  };
+  const QPalette& palette = m_list.palette();
   Look look;
   if (m_list.GetItemState(row) & kRowSelected) {
-    look.background = color(QPalette::Highlight);
-    look.text = color(QPalette::HighlightedText);
+    look.background = palette.color(QPalette::Active, QPalette::Highlight);
+    look.text = palette.color(QPalette::Active, QPalette::HighlightedText);
   } else {
     // Stripes go by the number that a row keeps when others are trimmed before it.
     const bool stripe = (m_list.States().Base() + row) % 2 != 0;
-    look.text = color(QPalette::Text);
-    look.background = Mixed(color(QPalette::Base), look.text, stripe ? kStripe : 0);
+    look.text = palette.color(QPalette::Active, QPalette::Text);
+    look.background =
+        Mixed(palette.color(QPalette::Active, QPalette::Base), look.text, stripe ? kStripe : 0);
   }
   look.soft = Mixed(look.background, look.text, kSoft);
+  look.grid = Mixed(look.background, look.text, kGrid);
   return look;
 }
 
 void RowPainter::Paint(QPainter& painter, const QRect& clip) {
-  const QRect viewport = m_list.viewport()->rect();
+  Canvas canvas{painter, QFontMetrics(m_list.font()), {}};
+  const RowHeader& header = m_list.Columns();
+  for (const Column column : header.ShownColumns()) {
+    const Place place{column, header.AlignOf(column), header.ColumnLeft(column),
+                      header.ColumnWidth(column)};
+    if (place.left <= clip.right() && place.left + place.width > clip.left())
+      canvas.places.push_back(place);
+  }
   const int rowHeight = m_list.RowHeight();
   const int first = m_list.TopIndex() + clip.top() / rowHeight;
   const int last = std::min(m_list.TopIndex() + clip.bottom() / rowHeight, m_list.ItemCount() - 1);
-  for (int row = first; row <= last; ++row) PaintRow(painter, row, clip);
-
-  const int below = std::max(m_list.RowRect(std::max(last + 1, first)).top(), clip.top());
-  painter.fillRect(QRect(QPoint(clip.left(), below), clip.bottomRight()),
-                   m_list.palette().color(QPalette::Active, QPalette::Base));
-  if (m_list.layoutDirection() == Qt::RightToLeft) return;
-  painter.setPen(Mixed(m_list.palette().color(QPalette::Active, QPalette::Base),
-                       m_list.palette().color(QPalette::Active, QPalette::Text), kGrid));
-  for (const Column column : m_list.Columns().ShownColumns()) {
-    const int edge = m_list.Columns().ColumnLeft(column) + m_list.Columns().ColumnWidth(column) - 1;
-    if (edge >= clip.left() && edge <= clip.right())
-      painter.drawLine(edge, std::max(below, viewport.top()), edge, clip.bottom());
-  }
+  for (int row = first; row <= last; ++row) PaintRow(canvas, row);
+  const int painted = std::max((last + 1 - m_list.TopIndex()) * rowHeight, clip.top());
+  if (painted <= clip.bottom())
+    PaintBelow(canvas, QRect(QPoint(clip.left(), painted), clip.bottomRight()));
 }
 
-void RowPainter::PaintRow(QPainter& painter, int row, const QRect& clip) {
+void RowPainter::PaintBelow(Canvas& canvas, const QRect& below) const {
+  const QColor base = m_list.palette().color(QPalette::Active, QPalette::Base);
+  canvas.painter.fillRect(below, base);
+  const QColor text = m_list.palette().color(QPalette::Active, QPalette::Text);
+  for (const Place& place : canvas.places)
+    canvas.painter.fillRect(place.left + place.width - 1, below.top(), 1, below.height(),
+                            Mixed(base, text, kGrid));
+}
+
+void RowPainter::PaintRow(Canvas& canvas, int row) {
   const Look look = LookOf(row);
   const QRect bounds = m_list.RowRect(row);
-  painter.fillRect(bounds, look.background);
-  const QColor grid = Mixed(look.background, look.text, kGrid);
-  for (const Column column : m_list.Columns().ShownColumns()) {
-    const QRect cell = m_list.CellRect(row, column);
-    if (cell.right() < clip.left() || cell.left() > clip.right()) continue;
-    if (column == Column::Sev) {
-      if (const int icon = m_list.IconOf(row); icon >= 0) {
-        QRect square(0, 0, SeverityIcons::kSizePx, SeverityIcons::kSizePx);
-        square.moveCenter(cell.center());
-        if (cell.width() > square.width())
-          painter.drawPixmap(square.topLeft(),
-                             m_icons.Get(icon, m_list.viewport()->devicePixelRatioF()));
-      }
-    } else {
-      PaintText(painter, look, cell, m_list.Columns().AlignOf(column),
-                m_list.CellText(row, column));
-    }
-    painter.setPen(grid);
-    painter.drawLine(cell.topRight(), cell.bottomRight());
+  canvas.painter.fillRect(bounds, look.background);
+  for (const Place& place : canvas.places) {
+    const QRect cell(place.left, bounds.top(), place.width, bounds.height());
+    if (place.column == Column::Sev)
+      PaintIcon(canvas, cell, m_list.IconOf(row));
+    else
+      PaintText(canvas, look, cell, place.align, m_list.CellText(row, place.column));
+    canvas.painter.fillRect(cell.right(), cell.top(), 1, cell.height(), look.grid);
   }
-  if (m_list.GetItemState(row) & kRowFocused) PaintFocus(painter, look, bounds);
+  if (m_list.GetItemState(row) & kRowFocused) PaintFocus(canvas.painter, look, bounds);
 }
 
-void RowPainter::PaintText(QPainter& painter, const Look& look, const QRect& cell,
-                           ColumnAlign align, const QString& whole) const {
+void RowPainter::PaintIcon(Canvas& canvas, const QRect& cell, int icon) {
+  QRect square(0, 0, SeverityIcons::kSizePx, SeverityIcons::kSizePx);
+  if (icon < 0 || cell.width() < square.width()) return;
+  square.moveCenter(cell.center());
+  canvas.painter.drawPixmap(square.topLeft(),
+                            m_icons.Get(icon, m_list.viewport()->devicePixelRatioF()));
+}
+
+void RowPainter::PaintText(Canvas& canvas, const Look& look, const QRect& cell, ColumnAlign align,
+                           const QString& whole) {
   if (whole.isEmpty()) return;
-  const QFontMetrics metrics(m_list.font());
   const int room = cell.width() - 2 * RowHeader::kCellMarginPx;
-  int width = metrics.horizontalAdvance(whole);
+  int width = canvas.metrics.horizontalAdvance(whole);
   QString text = whole;
   if (width > room) {
-    text = metrics.elidedText(whole, Qt::ElideRight, room);
-    width = metrics.horizontalAdvance(text);
+    text = canvas.metrics.elidedText(whole, Qt::ElideRight, room);
+    width = canvas.metrics.horizontalAdvance(text);
     if (width > room) return;  // not even the dots fit
   }
   int x = cell.left() + RowHeader::kCellMarginPx;
   if (align == ColumnAlign::Right) x += room - width;
   if (align == ColumnAlign::Centre) x += (room - width) / 2;
-  const int baseline = cell.top() + (cell.height() - metrics.height()) / 2 + metrics.ascent();
-  painter.setPen(look.text);
+  const int y =
+      cell.top() + (cell.height() - canvas.metrics.height()) / 2 + canvas.metrics.ascent();
   qsizetype begin = 0;
   for (qsizetype mark; (mark = text.indexOf(kLineEndMark, begin)) != -1; begin = mark + 1) {
     const QString line = text.mid(begin, mark - begin);
-    painter.drawText(x, baseline, line);
-    x += metrics.horizontalAdvance(line);
-    painter.setPen(look.soft);
-    painter.drawText(x, baseline, QString(kLineEndMark));
-    x += metrics.horizontalAdvance(kLineEndMark);
-    painter.setPen(look.text);
+    canvas.painter.setPen(look.text);
+    canvas.painter.drawText(x, y, line);
+    x += canvas.metrics.horizontalAdvance(line);
+    canvas.painter.setPen(look.soft);
+    canvas.painter.drawText(x, y, QString(kLineEndMark));
+    x += canvas.metrics.horizontalAdvance(kLineEndMark);
   }
-  painter.drawText(x, baseline, begin == 0 ? text : text.mid(begin));
+  canvas.painter.setPen(look.text);
+  canvas.painter.drawText(x, y, begin == 0 ? text : text.mid(begin));
 }
 
 void RowPainter::PaintFocus(QPainter& painter, const Look& look, const QRect& row) const {

@@ -4,12 +4,14 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <QPen>
+#include <QColor>
+#include <QFontMetrics>
+#include <QRect>
+#include <vector>
 
 #include "listview/rows/row_list.h"
 #include "listview/rows/ui/severity_icons.h"
 
-class QFontMetrics;
 class QPainter;
 class QtRowList;
 
@@ -23,13 +25,26 @@ class RowPainter {
   int CellWidth(int row, Column column) const;
 
  private:
+  // What all rows of one paint have in common.
+  struct Place {
+    Column column;
+    ColumnAlign align;
+    int left, width;
+  };
+  struct Canvas {
+    QPainter& painter;
+    QFontMetrics metrics;
+    std::vector<Place> places;  // those that the clip touches
+  };
   struct Look {  // of one row
-    QColor background, text, soft;
+    QColor background, text, soft, grid;
   };
   Look LookOf(int row) const;
-  void PaintRow(QPainter& painter, int row, const QRect& clip);
-  void PaintText(QPainter& painter, const Look& look, const QRect& cell, ColumnAlign align,
-                 const QString& text) const;
+  void PaintRow(Canvas& canvas, int row);
+  void PaintBelow(Canvas& canvas, const QRect& below) const;
+  void PaintIcon(Canvas& canvas, const QRect& cell, int icon);
+  static void PaintText(Canvas& canvas, const Look& look, const QRect& cell, ColumnAlign align,
+                        const QString& whole);
   void PaintFocus(QPainter& painter, const Look& look, const QRect& row) const;
 
   QtRowList& m_list;

@@ -10,6 +10,11 @@ namespace {
 // Everything is drawn in a square of 16 units.
 constexpr qreal kCentre = 8, kRadius = 7;
 
+// A light ring outside the sign sets it off from dark rows and from the selection.
+QPen Ring() {
+  return QPen(QColor(255, 255, 255, 170), 1);
+}
+
 void Shade(QPainter& painter, const QColor& top, const QColor& bottom, const QColor& rim) {
   QLinearGradient gradient(0, 1, 0, 15);
   gradient.setColorAt(0, top);
@@ -18,9 +23,18 @@ void Shade(QPainter& painter, const QColor& top, const QColor& bottom, const QCo
   painter.setPen(QPen(rim, 1));
 }
 
+QPolygonF Octagon(qreal radius) {
+  QPolygonF octagon;
+  for (int corner = 0; corner < 8; ++corner) {
+    const qreal angle = (corner + 0.5) * M_PI / 4;
+    octagon << QPointF(kCentre + radius * std::cos(angle), kCentre + radius * std::sin(angle));
+  }
+  return octagon;
+}
+
 void PaintInfo(QPainter& painter) {
   Shade(painter, QColor(0x4a, 0x9b, 0xf0), QColor(0x1f, 0x6f, 0xd0), QColor(0x15, 0x57, 0xa8));
-  painter.drawEllipse(QPointF(kCentre, kCentre), kRadius - 0.5, kRadius - 0.5);
+  painter.drawEllipse(QPointF(kCentre, kCentre), kRadius - 0.3, kRadius - 0.3);
   painter.setPen(Qt::NoPen);
   painter.setBrush(Qt::white);
   painter.drawEllipse(QPointF(kCentre, 4.75), 1.25, 1.25);
@@ -29,7 +43,7 @@ void PaintInfo(QPainter& painter) {
 
 void PaintWarn(QPainter& painter) {
   Shade(painter, QColor(0xff, 0xdf, 0x5a), QColor(0xf7, 0xbe, 0x16), QColor(0xb8, 0x84, 0x00));
-  painter.drawEllipse(QPointF(kCentre, kCentre), kRadius - 0.5, kRadius - 0.5);
+  painter.drawEllipse(QPointF(kCentre, kCentre), kRadius - 0.3, kRadius - 0.3);
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor(0x1c, 0x16, 0x00));
   painter.drawRoundedRect(QRectF(7, 3.5, 2, 5.75), 0.8, 0.8);
@@ -38,12 +52,7 @@ void PaintWarn(QPainter& painter) {
 
 void PaintError(QPainter& painter) {
   Shade(painter, QColor(0xf0, 0x5a, 0x55), QColor(0xcc, 0x22, 0x22), QColor(0x9c, 0x14, 0x14));
-  QPolygonF octagon;
-  for (int corner = 0; corner < 8; ++corner) {
-    const qreal angle = (corner + 0.5) * M_PI / 4;
-    octagon << QPointF(kCentre + kRadius * std::cos(angle), kCentre + kRadius * std::sin(angle));
-  }
-  painter.drawPolygon(octagon);
+  painter.drawPolygon(Octagon(kRadius));
   painter.setPen(Qt::NoPen);
   painter.setBrush(Qt::white);
   painter.drawRoundedRect(QRectF(4, 7, 8, 2), 0.6, 0.6);
@@ -56,6 +65,12 @@ void PaintSeverityIcon(QPainter& painter, const QRectF& square, int icon) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(square.topLeft());
   painter.scale(square.width() / 16, square.height() / 16);
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(Ring());
+  if (icon == 2)
+    painter.drawPolygon(Octagon(kRadius + 0.6));
+  else
+    painter.drawEllipse(QPointF(kCentre, kCentre), kRadius + 0.4, kRadius + 0.4);
   if (icon == 0) PaintInfo(painter);
   if (icon == 1) PaintWarn(painter);
   if (icon == 2) PaintError(painter);

@@ -17,8 +17,8 @@ class FakeRowList final : public RowList, public ListHeader {
 
   // How many rows show whole.
   int pageRows = 10;
-  // Every text is as wide as its characters times this; the average character too.
-  int charWidthPx = 7;
+  int charWidthPx = 7;        // the average character
+  int headerCharWidthPx = 7;  // every character of a measured text
   // "count 5", "delete 0 2", "state 3 2/3" (state/mask), "visible 4", "redraw on": the calls that
   // change something.
   std::vector<std::string> calls;
@@ -118,7 +118,7 @@ class FakeRowList final : public RowList, public ListHeader {
   }
   int AverageCharWidth() const override { return charWidthPx; }
   int StringWidth(const std::string& text) const override {
-    return static_cast<int>(text.size()) * charWidthPx;
+    return static_cast<int>(text.size()) * headerCharWidthPx;
   }
 
   std::vector<ColumnInfo> columns;  // as inserted

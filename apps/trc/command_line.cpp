@@ -74,7 +74,7 @@ std::vector<Column> DefaultColumns() {
 class Parser {
  public:
   Parser() {
-    m_app.require_subcommand(1);
+    m_app.require_subcommand(0, 1);  // none is refused with better words than the library's
     m_app.set_version_flag("-V,--version", "trc " TESSERA_VERSION, "Print the version and exit");
     m_app.footer(
         "Examples:\n"
@@ -92,6 +92,7 @@ class Parser {
   }
 
   ParsedCommandLine Parse(int argc, const char* const* argv) {
+    if (argc > 1) m_first = argv[1];
     try {
       m_app.parse(argc, argv);
       return {Chosen(), kExitGood};
@@ -168,6 +169,10 @@ class Parser {
     if (m_genApp->parsed()) return m_gen;
     if (m_infoApp->parsed()) return m_info;
     if (m_saveApp->parsed()) return m_save;
+    if (!m_dumpApp->parsed()) {
+      throw CLI::RequiredError("a command is needed: gen, info, dump or save",
+                               CLI::ExitCodes::RequiredError);
+    }
     const bool text = m_format == "text";
     if (!text && m_columnsOption->count() != 0) {
       throw CLI::ValidationError("--columns", "goes with the text format only");
@@ -187,7 +192,9 @@ class Parser {
     }
     const auto parsed = m_app.get_subcommands();
     const std::string command = parsed.empty() ? "" : " " + parsed.front()->get_name();
-    Complain(std::string(error.what()) + "\nTry 'trc" + command + " --help'.");
+    const bool unknown = parsed.empty() && !m_first.empty() && m_first.front() != '-';
+    const std::string words = unknown ? "there is no command \"" + m_first + "\"" : error.what();
+    Complain(words + "\nTry 'trc" + command + " --help'.");
     return kExitBad;
   }
 
@@ -199,6 +206,7 @@ class Parser {
   DumpOptions m_dump;
   SaveOptions m_save;
   std::string m_format = "text", m_columns;
+  std::string m_first;  // argument
 };
 
 }  // namespace

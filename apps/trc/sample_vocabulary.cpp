@@ -51,7 +51,7 @@ constexpr SamplePoint kShopBlocks[] = {
     {"Cart", "Update", "Cart::AddItem", "src/shop/cart.cpp", 64, kInfo,
      "add %n x \"%p\" to the cart of %u (cart %x)"},
     {"Payment", "Charge", "Payment::Charge", "src/shop/payment.cpp", 118, kInfo,
-     "charge %n.%n EUR for order %N of %u, method card, reference %x"},
+     "charge %n.%c EUR for order %N of %u, method card, reference %x"},
     {"Catalogue", "Query", "Catalogue::Search", "src/shop/catalogue.cpp", 205, kInfo,
      "search \"%p\" sorted by price, page %n, at most 48 hits"},
     {"Sql", "Query", "Connection::Run", "src/common/sql_connection.cpp", 91, kDeveloper,
@@ -62,7 +62,7 @@ constexpr SamplePoint kShopBlocks[] = {
 
 constexpr SamplePoint kShopMessages[] = {
     {"Cart", "Update", "Cart::AddItem", "src/shop/cart.cpp", 79, kInfo,
-     "cart %x of %u now holds %n items worth %n.%n €, voucher FRÜHLING%n applied"},
+     "cart %x of %u now holds %n items worth %n.%c €, voucher FRÜHLING%n applied"},
     {"Catalogue", "Query", "Catalogue::Search", "src/shop/catalogue.cpp", 231, kInfo,
      "%n hits for \"%p\" in %m ms, %n filtered out because they do not ship to the country"},
     {"Sql", "Query", "Connection::Run", "src/common/sql_connection.cpp", 117, kDeveloper,
@@ -120,7 +120,7 @@ constexpr SamplePoint kExportBlocks[] = {
 
 constexpr SamplePoint kExportMessages[] = {
     {"Export", "File", "export_file", "nightly/export.py", 63, kInfo,
-     "Zeile %N: „%p“, Menge %n, Übertrag %n,%n €"},
+     "Zeile %N: „%p“, Menge %n, Übertrag %n,%c €"},
     {"Export", "Check", "check_row", "nightly/check.py", 29, kVerbose,
      "row %N agrees with the ledger (%x), difference 0.00, checked %n columns"},
     {"Mail", "Send", "send_report", "nightly/mail.py", 101, kInfo,
@@ -177,6 +177,10 @@ void AppendPlace(std::string& to, char place, SampleRandom& random) {
       return AppendNumber(to, 1000 + random.Below(9'000'000));
     case 'x':
       return AppendHexWord(to, random.Below(0xFFFFFFFF));
+    case 'c':
+      to.push_back(static_cast<char>('0' + random.Below(10)));
+      to.push_back(static_cast<char>('0' + random.Below(10)));
+      return;
     case 'm':
       return AppendTens(to, 1 + random.Below(4000));
     case 'u':

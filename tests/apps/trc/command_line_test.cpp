@@ -1,0 +1,146 @@
+#include "run_trc.h"
+#include "support/temp_dir.h"
+#include "support/trc_image.h"
+
+namespace {
+
+bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// Wrong use: nothing on standard output, words on standard error, status 2.
+void ExpectRefused(const std::vector<std::string>& arguments, const std::string& words) {
+  const TrcRun run = RunTrc(arguments);
+  EXPECT_EQ(run.status, 2) << testing::PrintToString(arguments);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err.substr(0, 5), "trc: ");
+  EXPECT_TRUE(Has(run.err, words)) << run.err;
+}
+
+TEST(TrcCommandLine, HelpGoesToStandardOutputWithExamplesAndTheCommands) {
+  for (const char* option : {"--help", "-h"}) {
+    const TrcRun run = RunTrc({option});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    for (const char* part : {"Examples:", "gen", "info", "dump", "save", "--version"}) {
+      EXPECT_TRUE(Has(run.out, part)) << part;
+    }
+  }
+}
+
+TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
+  const std::vector<std::pair<std::string, std::vector<std::string>>> commands = {
+      {"gen", {"-n,--records", "-s,--seed", "OUT"}},
+      {"info", {"-j,--json", "FILE"}},
+      {"dump",
+       {"-f,--format", "-c,--columns", "-u,--utc", "-b,--from", "-n,--count", "FILE", "Tic Diff"}},
+      {"save", {"IN", "OUT"}}};
+  for (const auto& [command, parts] : commands) {
+    const TrcRun run = RunTrc({command, "--help"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_TRUE(Has(run.out, "  trc " + command + " ")) << run.out;
+    for (const std::string& part : parts) EXPECT_TRUE(Has(run.out, part)) << run.out;
+  }
+}
+
+TEST(TrcCommandLine, VersionIsOneLine) {
+  for (const char* option : {"--version", "-V"}) {
+    const TrcRun run = RunTrc({option});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "trc 3.1.0\n");
+  }
+}
+
+TEST(TrcCommandLine, WithoutACommandItIsWrongUse) {
+  ExpectRefused({}, "a command is needed: gen, info, dump or save\nTry 'trc --help'.\n");
+  ExpectRefused({"--jsn"}, "--jsn");
+}
+
+TEST(TrcCommandLine, AnUnknownCommandOrOptionIsWrongUse) {
+  ExpectRefused({"erase", "a.trc"}, "there is no command \"erase\"");
+  ExpectRefused({"info", "--xml", "a.trc"}, "--xml");
+  ExpectRefused({"info", "--xml", "a.trc"}, "Try 'trc info --help'");
+}
+
+TEST(TrcCommandLine, AMissingArgumentIsWrongUse) {
+  ExpectRefused({"gen", "out.trc"}, "--records");
+  ExpectRefused({"gen", "--records", "5"}, "OUT");
+  ExpectRefused({"info"}, "FILE");
+  ExpectRefused({"dump"}, "FILE");
+  ExpectRefused({"save"}, "IN");
+  ExpectRefused({"save", "in.trc"}, "OUT");
+}
+
+TEST(TrcCommandLine, ASurplusArgumentIsWrongUse) {
+  ExpectRefused({"dump", "a.trc", "b.trc"}, "b.trc");
+  ExpectRefused({"save", "a.trc", "b.trc", "c.trc"}, "c.trc");
+}
+
+TEST(TrcCommandLine, ANumberIsPlainDecimalDigitsThatFit) {
+  for (const char* number : {"", "five", "5x", "-5", "0x10", "1.5", "18446744073709551616"}) {
+    ExpectRefused({"gen", std::string("--records=") + number, "/nowhere/out.trc"}, "--records");
+    ExpectRefused({"dump", std::string("--from=") + number, "a.trc"}, "--from");
+    ExpectRefused({"dump", std::string("--count=") + number, "a.trc"}, "--count");
+    ExpectRefused({"gen", "-n", "1", std::string("--seed=") + number, "/nowhere/out.trc"},
+                  "--seed");
+  }
+}
+
+TEST(TrcCommandLine, AnUnknownFormatIsWrongUse) {
+  ExpectRefused({"dump", "a.trc", "--format", "xml"}, "--format");
+}
+
+TEST(TrcCommandLine, AnUnknownColumnIsToldWithTheListOfColumns) {
+  ExpectRefused({"dump", "a.trc", "--columns", "Time,Colour"}, "\"Colour\"");
+  ExpectRefused({"dump", "a.trc", "--columns", "Time,Colour"},
+                "Sev, Count, Tic Count, Tic Diff, Time, Machine, Application, Component, "
+                "Category, Attributes, PID, TID, Trace, Source, Stack");
+  ExpectRefused({"dump", "a.trc", "--columns", "Time,"}, "\"\"");
+}
+
+TEST(TrcCommandLine, ColumnsGoWithTheTextFormatOnly) {
+  ExpectRefused({"dump", "a.trc", "--format", "jsonl", "--columns", "Time"}, "--columns");
+}
+
+TEST(TrcCommandLine, AFileThatCannotBeOpenedIsToldWithTheReason) {
+  const TempDir directory;
+  const std::string missing = directory.File("no.trc");
+  const std::string empty = directory.File("empty.trc", "");
+  for (const std::string command : {"info", "dump"}) {
+    ExpectRefused({command, missing}, "no.trc: No such file or directory");
+    ExpectRefused({command, directory.Path()}, "Is a directory");
+    ExpectRefused({command, empty}, "empty.trc: ");
+  }
+  ExpectRefused({"save", missing, directory.File("out.trc")}, "No such file or directory");
+  EXPECT_FALSE(std::filesystem::exists(directory.File("out.trc")));
+}
+
+TEST(TrcCommandLine, AWrongHeaderIsInvalidFormat) {
+  const TempDir directory;
+  const std::string path = directory.File("text.trc", "This is no trace file at all.");
+  for (const std::string command : {"info", "dump"}) {
+    ExpectRefused({command, path}, "text.trc: Invalid format.\n");
+  }
+  ExpectRefused({"save", path, directory.File("out.trc")}, "Invalid format.\n");
+}
+
+TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
+  const std::string folder = getenv("TRC_PACKAGING");
+  std::string manual = ReadAll(folder + "/man/trc.1");
+  for (std::size_t at; (at = manual.find("\\-")) != std::string::npos;) manual.replace(at, 2, "-");
+  const std::string bash = ReadAll(folder + "/completions/trc.bash");
+  const std::string zsh = ReadAll(folder + "/completions/_trc");
+  const std::string fish = ReadAll(folder + "/completions/trc.fish");
+  for (const std::string word : {"gen", "info", "dump", "save", "records", "seed", "json", "format",
+                                 "columns", "utc", "from", "count", "help", "version"}) {
+    const bool option = word.size() > 4 || word == "json" || word == "utc";
+    const std::string dashed = (option && word != "info" ? "--" : "") + word;
+    EXPECT_TRUE(Has(manual, dashed)) << dashed;
+    EXPECT_TRUE(Has(bash, dashed)) << dashed;
+    EXPECT_TRUE(Has(zsh, dashed)) << dashed;
+    EXPECT_TRUE(Has(fish, word)) << word;
+  }
+}
+
+}  // namespace

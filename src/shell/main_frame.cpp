@@ -77,8 +77,15 @@ void CMainFrame::OnUpdateFiltered(CCmdUI& ui) {
 }
 
 void CMainFrame::MapHelp() {
-  for (const unsigned id : {ID_HELP_INDEX, ID_DEFAULT_HELP, ID_HELP, ID_CONTEXT_HELP})
+  for (const unsigned id : {ID_HELP_INDEX, ID_DEFAULT_HELP})
     MapCommand(id, [this] { m_tessera.Faces().ShowHelp(""); });
+  for (const unsigned id : {ID_HELP, ID_CONTEXT_HELP})
+    MapCommand(id, [this] { m_tessera.Faces().ShowHelp(HelpTopic()); });
+}
+
+const char* CMainFrame::HelpTopic() const {
+  const unsigned resource = MDIGetActive() ? MDIGetActive()->MenuResource() : 0;
+  return resource == IDR_TRACEFILE || resource == IDR_MONITOR ? "list" : "window";
 }
 
 void CMainFrame::OnSize(SizeType type, int widthPx, int heightPx) {

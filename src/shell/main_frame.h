@@ -42,6 +42,7 @@ class CMainFrame : public CMDIFrameWnd {
   void MapBars();
   void MapPanes();
   void MapHelp();
+  const char* HelpTopic() const;  // of what is active
   void OnUpdateRowCount(CCmdUI& ui);
   void OnUpdateFiltered(CCmdUI& ui);
   bool MayQuickClose();  // false: the user stays

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 
 #include "documents/trace_doc.h"
 
@@ -109,69 +110,66 @@ const CommandText kTexts[] = {
     {ID_APP_ABOUT, kBars, "&About Tessera...", ""},
 };
 
-// Where the items stand. A popup shows those of its ids that have a text in the menu asked for.
+// Where the items stand; 0 is a separator.
+constexpr unsigned kFileIds[] = {ID_FILE_NEWMONITOR,
+                                 ID_FILE_NEWCONFIG,
+                                 ID_FILE_OPEN,
+                                 ID_FILE_CLOSE,
+                                 0,
+                                 ID_FILE_WIZARD,
+                                 0,
+                                 ID_FILE_SAVECOPY,
+                                 ID_FILE_SAVE,
+                                 ID_FILE_SAVE_AS,
+                                 ID_FILE_CAPTURE,
+                                 ID_FILE_EXPORT,
+                                 0,
+                                 ID_FILE_PRINT,
+                                 ID_FILE_PRINT_PREVIEW,
+                                 ID_FILE_PRINT_SETUP,
+                                 0,
+                                 ID_FILE_MRU_FILE1,
+                                 0,
+                                 ID_APP_EXIT};
+constexpr unsigned kEditIds[] = {ID_EDIT_COPY,      0, ID_EDIT_FIND,      ID_EDIT_FINDNEXT, 0,
+                                 ID_EDIT_CLEAR_ALL, 0, ID_VIEW_PROPERTIES};
+constexpr unsigned kConfigEditIds[] = {ID_EDIT_CLEAR_ALL};
+constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
+                                 0,
+                                 ID_VIEW_TOOLBAR,
+                                 ID_VIEW_STATUS_BAR,
+                                 0,
+                                 ID_VIEW_PROC,
+                                 ID_VIEW_GOTOSOURCE,
+                                 ID_VIEW_SYNCHRONIZE,
+                                 ID_VIEW_FILTER,
+                                 ID_VIEW_PAUSE};
+constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
+constexpr unsigned kWindowIds[] = {ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ,
+                                   ID_WINDOW_ARRANGE};
+constexpr unsigned kHelpIds[] = {ID_HELP_INDEX, 0, ID_APP_ABOUT};
+constexpr unsigned kConfigPopupIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES, 0,
+                                        ID_EDIT_CLEAR_ALL};
+constexpr unsigned kTracePopupIds[] = {ID_EDIT_FIND,        ID_EDIT_FINDNEXT, ID_EDIT_CLEAR_ALL,
+                                       ID_VIEW_PROPERTIES,  ID_VIEW_PROC,     ID_VIEW_GOTOSOURCE,
+                                       ID_VIEW_SYNCHRONIZE, ID_VIEW_FILTER};
+
+// A popup shows those of its ids that have a text in the menu asked for.
 struct PopupLayout {
   unsigned menus;
   const char* title;
-  std::vector<unsigned> ids;  // 0: a separator
+  std::span<const unsigned> ids;
   bool windowList;
 };
 
 // No title may have S, M, C or P as its mnemonic: with Alt these keys are accelerators.
-const std::vector<PopupLayout>& Layouts() {
-  static const std::vector<PopupLayout> layouts = {
-      {kBars,
-       "&File",
-       {ID_FILE_NEWMONITOR,
-        ID_FILE_NEWCONFIG,
-        ID_FILE_OPEN,
-        ID_FILE_CLOSE,
-        0,
-        ID_FILE_WIZARD,
-        0,
-        ID_FILE_SAVECOPY,
-        ID_FILE_SAVE,
-        ID_FILE_SAVE_AS,
-        ID_FILE_CAPTURE,
-        ID_FILE_EXPORT,
-        0,
-        ID_FILE_PRINT,
-        ID_FILE_PRINT_PREVIEW,
-        ID_FILE_PRINT_SETUP,
-        0,
-        ID_FILE_MRU_FILE1,
-        0,
-        ID_APP_EXIT},
-       false},
-      {kTraces | kSource,
-       "&Edit",
-       {ID_EDIT_COPY, 0, ID_EDIT_FIND, ID_EDIT_FINDNEXT, 0, ID_EDIT_CLEAR_ALL, 0,
-        ID_VIEW_PROPERTIES},
-       false},
-      {kConfig, "&Edit", {ID_EDIT_CLEAR_ALL}, false},
-      {kBars,
-       "&View",
-       {ID_VIEW_OPTIONS, 0, ID_VIEW_TOOLBAR, ID_VIEW_STATUS_BAR, 0, ID_VIEW_PROC,
-        ID_VIEW_GOTOSOURCE, ID_VIEW_SYNCHRONIZE, ID_VIEW_FILTER, ID_VIEW_PAUSE},
-       false},
-      {kConfig, "Co&nfig", {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES}, false},
-      {kDocuments,
-       "&Window",
-       {ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE},
-       true},
-      {kBars, "&Help", {ID_HELP_INDEX, 0, ID_APP_ABOUT}, false},
-      {kConfigPopup,
-       "",
-       {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES, 0, ID_EDIT_CLEAR_ALL},
-       false},
-      {kTracePopup,
-       "",
-       {ID_EDIT_FIND, ID_EDIT_FINDNEXT, ID_EDIT_CLEAR_ALL, ID_VIEW_PROPERTIES, ID_VIEW_PROC,
-        ID_VIEW_GOTOSOURCE, ID_VIEW_SYNCHRONIZE, ID_VIEW_FILTER},
-       false},
-  };
-  return layouts;
-}
+const PopupLayout kLayouts[] = {
+    {kBars, "&File", kFileIds, false},         {kTraces | kSource, "&Edit", kEditIds, false},
+    {kConfig, "&Edit", kConfigEditIds, false}, {kBars, "&View", kViewIds, false},
+    {kConfig, "Co&nfig", kConfigIds, false},   {kDocuments, "&Window", kWindowIds, true},
+    {kBars, "&Help", kHelpIds, false},         {kConfigPopup, "", kConfigPopupIds, false},
+    {kTracePopup, "", kTracePopupIds, false},
+};
 
 const char* TextIn(unsigned menu, unsigned id) {
   const auto row = std::find_if(std::begin(kTexts), std::end(kTexts), [&](const CommandText& text) {
@@ -208,7 +206,7 @@ const std::vector<MenuPopup>& MenuOf(unsigned resource) {
   const unsigned menu = MenuBit(resource);
   std::vector<MenuPopup>& popups = made[menu];
   if (popups.empty()) {
-    for (const PopupLayout& layout : Layouts()) {
+    for (const PopupLayout& layout : kLayouts) {
       if (layout.menus & menu) popups.push_back(MakePopup(layout, menu));
     }
   }

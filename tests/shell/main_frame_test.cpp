@@ -1,0 +1,199 @@
+// The main frame: panes, bars, sizes, title, menus, dropped files.
+#include "shell/main_frame.h"
+
+#include "shell_fixture.h"
+
+namespace {
+
+constexpr auto kMinusOne = static_cast<std::uintptr_t>(-1);
+
+using MainFrame = ShellTest;
+
+TEST_F(MainFrame, BothPanesAreEmptiedAtCreationAndTheMenuIsTheOneWithoutDocuments) {
+  ASSERT_TRUE(m_app->InitInstance({}));
+  EXPECT_EQ(m_log.Told(),
+            "main pane 59143 \"\"\n"
+            "main pane 59144 \"\"\n"
+            "main menu 128\n"
+            "main title Tessera\n"
+            "main show\n");
+}
+
+TEST_F(MainFrame, ARowCountOf0Shows0AndMinus1ShowsAnEmptyPane) {
+  Start();
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, 0);
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "0");
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, kMinusOne);
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "");
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, 500000);
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "500000");
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, 3000000000U);
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "3000000000");
+}
+
+TEST_F(MainFrame, FilteredWith0OrMinus1EmptiesThePane) {
+  Start();
+  Frame().SendMessage(WM_TRACE_FILTERED, 1);
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "FILTERED");
+  Frame().SendMessage(WM_TRACE_FILTERED, 0);
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "");
+  Frame().SendMessage(WM_TRACE_FILTERED, 7);
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "FILTERED");
+  Frame().SendMessage(WM_TRACE_FILTERED, kMinusOne);
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "");
+}
+
+TEST_F(MainFrame, ThePanesTouchOneAnotherNot) {
+  Start();
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, 12);
+  Frame().SendMessage(WM_TRACE_FILTERED, 1);
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "12");
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "FILTERED");
+}
+
+TEST_F(MainFrame, OnlyTheRowCountsPaneHasAnUpdateHandlerAndTheFiltersTextStandsThroughIdle) {
+  Start();
+  Frame().SendMessage(WM_TRACE_FILTERED, 1);
+  CCmdUI rows(kPaneRowCount, false, false), filtered(kPaneFiltered, false, false);
+  EXPECT_TRUE(Frame().OnUpdateCommand(rows));
+  EXPECT_TRUE(rows.IsEnabled());
+  EXPECT_FALSE(Frame().OnUpdateCommand(filtered));
+  EXPECT_FALSE(filtered.IsEnabled());
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "FILTERED");
+}
+
+TEST_F(MainFrame, AnUnknownMessageIsNotTaken) {
+  Start();
+  EXPECT_EQ(Frame().SendMessage(4711, 1, 2), 0);
+  EXPECT_EQ(m_log.Told(), "");
+}
+
+TEST_F(MainFrame, TheBarsAreShownAndHiddenAndTheirItemsChecked) {
+  Start();
+  for (const unsigned bar : {ID_VIEW_TOOLBAR, ID_VIEW_STATUS_BAR}) {
+    EXPECT_TRUE(State(bar).IsEnabled());
+    EXPECT_TRUE(State(bar).IsChecked());
+    EXPECT_TRUE(Frame().OnCommand(bar));
+    EXPECT_FALSE(State(bar, true, true).IsChecked());
+    EXPECT_TRUE(Frame().OnCommand(bar));
+    EXPECT_TRUE(State(bar).IsChecked());
+  }
+  EXPECT_EQ(m_log.Told(),
+            "main bar 59392 off\nmain bar 59392 on\nmain bar 59393 off\nmain bar 59393 on\n");
+}
+
+TEST_F(MainFrame, HelpCommandsAreTakenWithAndWithoutADocument) {
+  Start();
+  const auto pressAll = [this] {
+    m_log.Clear();
+    for (const unsigned id : {ID_HELP_INDEX, ID_DEFAULT_HELP, ID_HELP, ID_CONTEXT_HELP}) {
+      EXPECT_TRUE(State(id).IsEnabled()) << id;
+      EXPECT_TRUE(Frame().OnCommand(id)) << id;
+    }
+    return m_log.Told("help");
+  };
+  EXPECT_EQ(pressAll(), "help \"\"\nhelp \"\"\nhelp \"window\"\nhelp \"window\"\n");
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  EXPECT_EQ(pressAll(), "help \"\"\nhelp \"\"\nhelp \"list\"\nhelp \"list\"\n");
+}
+
+TEST_F(MainFrame, TheFirstRunTakesTheProposedSize) {
+  Start();
+  EXPECT_EQ(Face().m_widthPx, 1000);
+  EXPECT_EQ(Face().m_heightPx, 700);
+}
+
+TEST_F(MainFrame, ARestoredSizeIsStoredAndTheNextRunTakesIt) {
+  Start();
+  Frame().OnSize(SizeType::Restored, 1234, 567);
+  EXPECT_EQ(Stored(kRegSettings, "Window Width"), 1234U);
+  EXPECT_EQ(Stored(kRegSettings, "Window Height"), 567U);
+  EXPECT_EQ(Stored(kRegTraceView, "Window Width"), 0U);
+  MakeApp();
+  Start();
+  EXPECT_EQ(Face().m_widthPx, 1234);
+  EXPECT_EQ(Face().m_heightPx, 567);
+}
+
+TEST_F(MainFrame, MinimisingMaximisingOrAnEmptySizeLeavesTheStoredSizeAsItWas) {
+  Start();
+  Frame().OnSize(SizeType::Restored, 1234, 567);
+  Frame().OnSize(SizeType::Minimised, 160, 30);
+  Frame().OnSize(SizeType::Maximised, 1920, 1080);
+  Frame().OnSize(SizeType::Restored, 0, 400);
+  Frame().OnSize(SizeType::Restored, 400, 0);
+  EXPECT_EQ(Stored(kRegSettings, "Window Width"), 1234U);
+  EXPECT_EQ(Stored(kRegSettings, "Window Height"), 567U);
+}
+
+TEST_F(MainFrame, AStoredSizeThatNoWindowCanHaveReadsAsTheProposedOne) {
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 4294967295U);
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Height", 0U);
+  Start();
+  EXPECT_EQ(Face().m_widthPx, 1000);
+  EXPECT_EQ(Face().m_heightPx, 700);
+}
+
+TEST_F(MainFrame, AnOddButPossibleStoredSizeIsTaken) {
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 1U);
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Height", 32767U);
+  Start();
+  EXPECT_EQ(Face().m_widthPx, 1);
+  EXPECT_EQ(Face().m_heightPx, 32767);
+}
+
+TEST_F(MainFrame, TheMenuIsTheActiveDocumentsAndGoesBackWhenTheLastOneCloses) {
+  Start();
+  m_app->HoldMonitorTemplate();
+  EXPECT_EQ(Face().m_menu, 128U);
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  EXPECT_EQ(Face().m_menu, 129U);
+  CDocument* monitor = m_app->MonitorTemplate()->OpenDocumentFile(nullptr);
+  ASSERT_TRUE(monitor);
+  EXPECT_EQ(Face().m_menu, 130U);
+  Frame().Children().front()->ActivateFrame();
+  EXPECT_EQ(Face().m_menu, 129U);
+  m_app->CloseAllDocuments();
+  EXPECT_EQ(Face().m_menu, 128U);
+}
+
+TEST_F(MainFrame, TheTitleNamesTheDocumentWhileItsWindowIsMaximised) {
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  EXPECT_EQ(Face().m_title, "Tessera");
+  Frame().m_childMaximised = true;
+  Frame().UpdateTitle();
+  EXPECT_EQ(Face().m_title, "Tessera - [web.trc]");
+  ASSERT_TRUE(Open(WriteTraces("db.trc", 1)));
+  EXPECT_EQ(Face().m_title, "Tessera - [db.trc]");
+  m_app->CloseAllDocuments();
+  EXPECT_EQ(Face().m_title, "Tessera");
+}
+
+TEST_F(MainFrame, DroppedFilesAreOpened) {
+  Start();
+  Frame().OnDropFiles({WriteTraces("web.trc", 1), WriteTraces("db.trc", 1)});
+  ASSERT_EQ(m_app->FileTemplate()->Documents().size(), 2U);
+  EXPECT_EQ(m_app->FileTemplate()->Documents()[0]->GetTitle(), "web.trc");
+  EXPECT_EQ(m_app->FileTemplate()->Documents()[1]->GetTitle(), "db.trc");
+}
+
+TEST_F(MainFrame, ADroppedFileThatDoesNotOpenLeavesNoWindowAndTheOthersOpen) {
+  Start();
+  Frame().OnDropFiles({m_dir.File("missing.trc"), WriteTraces("db.trc", 1)});
+  ASSERT_EQ(Frame().Children().size(), 1U);
+  EXPECT_EQ(Frame().Children().front()->Title(), "db.trc");
+}
+
+TEST_F(MainFrame, WindowCommandsLayTheChildrenOut) {
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  m_log.Clear();
+  for (const unsigned id : {ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE}) {
+    EXPECT_TRUE(State(id).IsEnabled()) << id;
+    EXPECT_TRUE(Frame().OnCommand(id)) << id;
+  }
+  EXPECT_EQ(m_log.Told("layout"), "layout cascade\nlayout tile\nlayout arrange icons\n");
+}
+
+}  // namespace

@@ -1,0 +1,413 @@
+// The menus as the user reads them: one golden text per menu. "\t" stands before the shown key.
+#include "shell/menu_resources.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "documents/trace_doc.h"
+
+namespace {
+
+std::string Dump(unsigned resource) {
+  std::string dump = "\n";
+  for (const MenuPopup& popup : MenuOf(resource)) {
+    dump += popup.title.empty() ? "(popup)\n" : popup.title + "\n";
+    for (const MenuItem& item : popup.items) {
+      std::string text = item.id ? std::to_string(item.id) + " " + item.text : "-----";
+      if (const auto tab = text.find('\t'); tab != std::string::npos) text.replace(tab, 1, "\\t");
+      dump += "  " + text + "\n";
+    }
+    if (popup.windowList) dump += "  (windows)\n";
+  }
+  return dump;
+}
+
+std::string Prompt(unsigned id) {
+  return PromptOf(id) + " | " + ToolTipOf(id);
+}
+
+TEST(Menus, WithNoDocumentOpen) {
+  EXPECT_EQ(Dump(IDR_MAINFRAME), R"(
+&File
+  32816 Trace &Monitor...\tAlt+M
+  32807 Trace &Configuration...\tAlt+C
+  57601 &Open\tCtrl+O
+  -----
+  32823 Trace &Wizard...\tCtrl+W
+  -----
+  57616 Recent File
+  -----
+  57665 E&xit\tAlt+F4
+&View
+  32800 &Options...
+  -----
+  59392 &Tool Bar
+  59393 &Status Bar
+&Help
+  57667 Help Topics
+  -----
+  57664 &About Tessera...
+)");
+}
+
+TEST(Menus, OfATraceFile) {
+  EXPECT_EQ(Dump(IDR_TRACEFILE), R"(
+&File
+  32816 Trace &Monitor...\tAlt+M
+  32807 Trace &Configuration...\tAlt+C
+  57601 &Open\tCtrl+O
+  57602 &Close\tCtrl+F4
+  -----
+  32823 Trace &Wizard...\tCtrl+W
+  -----
+  32809 &Save As...\tCtrl+S
+  32810 &Export...
+  -----
+  57607 &Print...\tCtrl+P
+  57609 Print Pre&view
+  57606 P&rint Setup...
+  -----
+  57616 Recent File
+  -----
+  57665 E&xit\tAlt+F4
+&Edit
+  57634 &Copy\tCtrl+C
+  -----
+  57636 &Find\tCtrl+F
+  32781 Find Ne&xt\tF3
+  -----
+  57633 C&lear
+  -----
+  32813 &Properties...\tAlt+P
+&View
+  32800 &Options...
+  -----
+  59392 &Tool Bar
+  59393 &Status Bar
+  -----
+  32804 Proc &View\tCtrl+F6
+  32822 &Goto Source\tCtrl+G
+  32825 Synchroni&ze\tAlt+S
+  32847 Fi&lter...
+&Window
+  57648 &New Window
+  57650 &Cascade
+  57651 &Tile
+  57649 &Arrange Icons
+  (windows)
+&Help
+  57667 Help Topics
+  -----
+  57664 &About Tessera...
+)");
+}
+
+TEST(Menus, OfAMonitor) {
+  EXPECT_EQ(Dump(IDR_MONITOR), R"(
+&File
+  32816 Trace &Monitor...\tAlt+M
+  32807 Trace &Configuration...\tAlt+C
+  57601 &Open\tCtrl+O
+  57602 &Close\tCtrl+F4
+  -----
+  32823 Trace &Wizard...\tCtrl+W
+  -----
+  57603 &Save As\tCtrl+S
+  32848 Capture Outpu&t...
+  32810 &Export...
+  -----
+  57607 &Print...\tCtrl+P
+  57609 Print Pre&view
+  57606 P&rint Setup...
+  -----
+  57616 Recent File
+  -----
+  57665 E&xit\tAlt+F4
+&Edit
+  57634 &Copy\tCtrl+C
+  -----
+  57636 &Find...\tCtrl+F
+  32781 Find Ne&xt\tF3
+  -----
+  57633 C&lear
+  -----
+  32813 &Properties...\tAlt+P
+&View
+  32800 &Options...
+  -----
+  59392 &Tool Bar
+  59393 &Status Bar
+  -----
+  32804 Proc &View\tCtrl+F6
+  32822 &Goto Source\tCtrl+G
+  32825 Synchroni&ze\tAlt-S
+  32847 Fi&lter...
+  32849 Pa&use
+&Window
+  57648 &New Window
+  57650 &Cascade
+  57651 &Tile
+  57649 &Arrange Icons
+  (windows)
+&Help
+  57667 Help Topics
+  -----
+  57664 &About Tessera...
+)");
+}
+
+TEST(Menus, OfAConfiguration) {
+  EXPECT_EQ(Dump(IDR_CONFIG), R"(
+&File
+  32816 Trace &Monitor...\tAlt+M
+  32807 Trace &Configuration...\tAlt+C
+  57601 &Open\tCtrl+O
+  57602 &Close\tCtrl+F4
+  -----
+  32823 Trace &Wizard...\tCtrl+W
+  -----
+  57603 &Save\tCtrl+S
+  57604 Save &As...
+  -----
+  57607 &Print...\tCtrl+P
+  57609 Print Pre&view
+  57606 P&rint Setup...
+  -----
+  57616 Recent File
+  -----
+  57665 E&xit\tAlt+F4
+&Edit
+  57633 C&lear
+&View
+  32800 &Options...
+  -----
+  59392 &Tool Bar
+  59393 &Status Bar
+Co&nfig
+  32811 &Add Application\tCtrl+A
+  32812 &Delete Application\tDel
+  32813 &Properties...\tAlt+P
+&Window
+  57650 &Cascade
+  57651 &Tile
+  57649 &Arrange Icons
+  (windows)
+&Help
+  57667 Help Topics
+  -----
+  57664 &About Tessera...
+)");
+}
+
+TEST(Menus, OfASourceFile) {
+  EXPECT_EQ(Dump(IDR_SOURCE), R"(
+&File
+  32816 Trace &Monitor...\tAlt+M
+  32807 Trace &Configuration...\tAlt+C
+  57601 &Open\tCtrl+O
+  57602 &Close\tCtrl+F4
+  -----
+  32823 Trace &Wizard...\tCtrl+W
+  -----
+  57603 &Save As...\tCtrl+S
+  -----
+  57607 &Print...\tCtrl+P
+  57609 Print Pre&view
+  57606 P&rint Setup...
+  -----
+  57616 Recent File
+  -----
+  57665 E&xit\tAlt+F4
+&Edit
+  57634 &Copy\tCtrl+C
+  -----
+  57636 &Find...\tCtrl+F
+&View
+  32800 &Options...
+  -----
+  59392 &Tool Bar
+  59393 &Status Bar
+&Window
+  57650 &Cascade
+  57651 &Tile
+  57649 &Arrange Icons
+  (windows)
+&Help
+  57667 Help Topics
+  -----
+  57664 &About Tessera...
+)");
+}
+
+TEST(Menus, PopUpOfATraceWindow) {
+  EXPECT_EQ(Dump(IDR_TRACE_POPUP), R"(
+(popup)
+  57636 &Find...\tCtrl+F
+  32781 Find Ne&xt\tF3
+  57633 C&lear
+  32813 &Properties...\tAlt+P
+  32804 Proc &View\tCtrl+F6
+  32822 &Goto Source\tCtrl+G
+  32825 Synchroni&ze\tAlt+S
+  32847 Fi&lter...
+)");
+}
+
+TEST(Menus, PopUpOfAConfiguration) {
+  EXPECT_EQ(Dump(IDR_CONFIG_POPUP), R"(
+(popup)
+  32811 &Add Application\tCtrl+A
+  32812 &Delete Application\tDel
+  32813 &Properties...\tAlt+P
+  -----
+  57633 C&lear
+)");
+}
+
+TEST(Menus, AnUnknownResourceHasNone) {
+  EXPECT_TRUE(MenuOf(999).empty());
+}
+
+// With Alt these keys are accelerators: as a title's mnemonic they would be taken from one of the
+// two.
+TEST(Menus, NoTitleTakesTheKeyOfAnAltAccelerator) {
+  int titles = 0;
+  for (const unsigned bar : {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE}) {
+    std::set<char> taken;
+    for (const MenuPopup& popup : MenuOf(bar)) {
+      const char mnemonic =
+          static_cast<char>(std::toupper(popup.title.at(popup.title.find('&') + 1)));
+      EXPECT_EQ(std::string("SMCP").find(mnemonic), std::string::npos) << popup.title;
+      EXPECT_TRUE(taken.insert(mnemonic).second) << popup.title << " in " << bar;
+      ++titles;
+    }
+  }
+  EXPECT_EQ(titles, 24);
+}
+
+TEST(Menus, EveryCommandWithATextHasItsPromptAndToolTip) {
+  EXPECT_EQ(Prompt(32816), "Open a new trace monitor window | New Monitor");
+  EXPECT_EQ(Prompt(32807), "Create a new window for configuring traces | New Config");
+  EXPECT_EQ(Prompt(57601), "Open an existing file | Open");
+  EXPECT_EQ(Prompt(57602), "Close the active document | Close");
+  EXPECT_EQ(Prompt(32823), "Start the Wizard | Wizard");
+  EXPECT_EQ(Prompt(32809), "Save a copy of the current trace list in a different file | Save Copy");
+  EXPECT_EQ(Prompt(57603), "Save the active document | Save");
+  EXPECT_EQ(Prompt(57604), "Save the active document with a new name | Save As");
+  EXPECT_EQ(Prompt(32810), "Export traces to a text file. | Export");
+  EXPECT_EQ(Prompt(57607), "Print the active document | Print");
+  EXPECT_EQ(Prompt(57609), "Display full pages | Print Preview");
+  EXPECT_EQ(Prompt(57606), "Change the printer and printing options | Print Setup");
+  EXPECT_EQ(Prompt(57665), "Quit the application; prompts to save documents | Exit");
+  EXPECT_EQ(Prompt(57634), "Copy the selection and put it on the Clipboard | Copy");
+  EXPECT_EQ(Prompt(57636), "Find the specified text | Find");
+  EXPECT_EQ(Prompt(32781), "Find the next match | Next");
+  EXPECT_EQ(Prompt(57633), "Erase everything | Erase All");
+  EXPECT_EQ(Prompt(32800), "Change Option Settings | Options");
+  EXPECT_EQ(Prompt(32811), "Add a new application to configuration list | Add App");
+  EXPECT_EQ(Prompt(32812), "Remove the selected application from the configuration list | Del App");
+  EXPECT_EQ(Prompt(32813), "Bring up properties dialog for the selected application | Properties");
+  EXPECT_EQ(Prompt(59392), "Show or hide the tool bar | Toggle Tool Bar");
+  EXPECT_EQ(Prompt(59393), "Show or hide the status bar | Toggle Status Bar");
+  EXPECT_EQ(Prompt(32804),
+            "Toggle between procedure tree view and trace list view | Procedure View");
+  EXPECT_EQ(Prompt(32822), "View source file line that issued the trace | Source");
+  EXPECT_EQ(Prompt(32825), "Synchronize current trace in all views | Synchronize");
+  EXPECT_EQ(Prompt(32849), "Pause display of output | Pause");
+  EXPECT_EQ(Prompt(57648), "Open another window for the active document | New Window");
+  EXPECT_EQ(Prompt(57650), "Arrange windows so they overlap | Cascade Windows");
+  EXPECT_EQ(Prompt(57649), "Arrange icons at the bottom of the window | Arrange Icons");
+  EXPECT_EQ(Prompt(57667), "List Help topics | Help Topics");
+}
+
+TEST(Menus, APromptWithoutASecondHalfHasNoToolTip) {
+  EXPECT_EQ(Prompt(32848), "Save trace output to a file as it comes in | ");
+}
+
+TEST(Menus, FilterTileAndAboutHaveNoPrompt) {
+  for (const unsigned id : {32847U, 57651U, 57664U, 57616U, 1U}) EXPECT_EQ(Prompt(id), " | ") << id;
+}
+
+TEST(ToolBar, ItsButtonsStandInOrder) {
+  EXPECT_EQ(ToolBarButtons(), (std::vector<unsigned>{57633, 57601, 57603, 0, 32800, 0, 32804, 32825,
+                                                     32849, 0, 57634, 57636}));
+}
+
+TEST(ToolBar, EveryButtonHasAToolTip) {
+  for (const unsigned id : ToolBarButtons()) EXPECT_TRUE(id == 0 || !ToolTipOf(id).empty()) << id;
+}
+
+TEST(Accelerators, AllKeysAndTheirCommands) {
+  std::string keys = "\n";
+  for (const Accelerator& accelerator : Accelerators())
+    keys += std::string(accelerator.key) + " " + std::to_string(accelerator.id) + "\n";
+  EXPECT_EQ(keys, R"(
+Ctrl+A 32811
+Ctrl+C 57634
+Ctrl+Insert 57634
+Alt+C 32807
+Ctrl+F 57636
+F3 32781
+Ctrl+G 32822
+Alt+M 32816
+Ctrl+O 57601
+Ctrl+P 57607
+Alt+P 32813
+Ctrl+S 57603
+Alt+S 32825
+Ctrl+F6 32804
+Ctrl+W 32823
+F1 57670
+)");
+}
+
+// The menu text of a trace file's save shows the key, and the key sends the document's save: in a
+// trace file both are the same operation.
+TEST(Accelerators, CtrlSSendsSaveAlsoWhereTheMenuShowsItAtSaveCopy) {
+  int keys = 0;
+  for (const Accelerator& accelerator : Accelerators()) {
+    if (std::string(accelerator.key) != "Ctrl+S") continue;
+    ++keys;
+    EXPECT_EQ(accelerator.id, static_cast<unsigned>(ID_FILE_SAVE));
+  }
+  EXPECT_EQ(keys, 1);
+}
+
+// Keys that the menus show and no accelerator holds belong to the window system (Alt+F4, Ctrl+F4)
+// or to the configuration's view (Del).
+TEST(Accelerators, EveryKeyShownInAMenuWorks) {
+  std::map<std::string, unsigned> keys = {
+      {"Alt+F4", ID_APP_EXIT}, {"Ctrl+F4", ID_FILE_CLOSE}, {"Del", ID_CONFIG_DELETE}};
+  for (const Accelerator& accelerator : Accelerators()) keys[accelerator.key] = accelerator.id;
+  keys["Alt-S"] = keys.at("Alt+S");  // as the monitor's menu writes it
+  int shown = 0;
+  for (const unsigned bar : {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE}) {
+    for (const MenuPopup& popup : MenuOf(bar)) {
+      for (const MenuItem& item : popup.items) {
+        const auto tab = item.text.find('\t');
+        if (tab == std::string::npos || item.id == ID_FILE_SAVECOPY) continue;
+        EXPECT_EQ(keys[item.text.substr(tab + 1)], item.id) << item.text;
+        ++shown;
+      }
+    }
+  }
+  EXPECT_GT(shown, 40);
+}
+
+TEST(StatusBar, ItsPanesStandInOrder) {
+  std::string panes = "\n";
+  for (const StatusIndicator& pane : StatusIndicators())
+    panes += std::to_string(pane.id) + " \"" + pane.text + "\"\n";
+  EXPECT_EQ(panes, R"(
+0 ""
+59137 "CAP"
+59138 "NUM"
+59139 "SCRL"
+59144 "FILTERED"
+59143 "555555"
+)");
+}
+
+}  // namespace

@@ -1,0 +1,113 @@
+// The window system of the shell without windows.
+//
+// Shape    Log lines besides those of fake_frame.h: "main title Tessera", "main menu 129",
+//          "main pane 59143 \"3\"", "main show", "main close", "main gone", "main popup 144 10 20",
+//          "main bar 59392 off", "main recent files", "about Tessera Version 3.1.0",
+//          "print setup", "help \"\"".
+// Owner    The log and the faces belong to the test and outlive the application.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "shell/faces.h"
+#include "shell/main_frame.h"
+#include "support/fake_frame.h"
+#include "support/fake_row_list.h"
+
+class FakeMainFrameFace : public MainFrameFace {
+ public:
+  // `slot` points here while this face stands.
+  FakeMainFrameFace(FrameLog& log, FakeMainFrameFace*& slot, int widthPx, int heightPx)
+      : m_widthPx(widthPx), m_heightPx(heightPx), m_log(log), m_slot(slot) {
+    m_slot = this;
+  }
+  ~FakeMainFrameFace() override {
+    m_slot = nullptr;
+    m_log.Add("main gone");
+  }
+
+  void SetTitle(const std::string& title) override {
+    m_title = title;
+    m_log.Add("main title " + title);
+  }
+  void SetMenu(unsigned resource) override {
+    m_menu = resource;
+    m_log.Add("main menu " + std::to_string(resource));
+  }
+  void SetPaneText(unsigned pane, const std::string& text) override {
+    m_panes[pane] = text;
+    m_log.Add("main pane " + std::to_string(pane) + " \"" + text + "\"");
+  }
+  void Show() override {
+    m_shown = true;
+    m_log.Add("main show");
+  }
+  void Close() override {
+    m_closed = true;
+    m_log.Add("main close");
+  }
+  std::unique_ptr<ChildFrameFace> CreateChild(CMDIChildWnd& child, int widthPx,
+                                              int heightPx) override {
+    return std::make_unique<FakeChildFace>(m_log, child, widthPx, heightPx);
+  }
+  void LayOutChildren(WindowLayout layout) override {
+    static constexpr const char* kNames[] = {"cascade", "tile", "arrange icons"};
+    m_log.Add(std::string("layout ") + kNames[static_cast<int>(layout)]);
+  }
+  void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) override {
+    m_log.Add("main popup " + std::to_string(resource) + " " + std::to_string(screenXPx) + " " +
+              std::to_string(screenYPx));
+  }
+  void ShowBar(unsigned id, bool on) override {
+    m_bars[id] = on;
+    m_log.Add("main bar " + std::to_string(id) + (on ? " on" : " off"));
+  }
+  bool IsBarShown(unsigned id) const override {
+    const auto bar = m_bars.find(id);
+    return bar == m_bars.end() || bar->second;  // both are there at the start
+  }
+  void RecentFilesChanged() override { m_log.Add("main recent files"); }
+
+  int m_widthPx, m_heightPx;
+  std::string m_title;
+  unsigned m_menu = 0;
+  std::map<unsigned, std::string> m_panes;
+  std::map<unsigned, bool> m_bars;
+  bool m_shown = false;
+  bool m_closed = false;
+
+ private:
+  FrameLog& m_log;
+  FakeMainFrameFace*& m_slot;
+};
+
+class FakeShellFaces : public ShellFaces {
+ public:
+  explicit FakeShellFaces(FrameLog& log) : m_log(log) {}
+
+  std::unique_ptr<MainFrameFace> CreateMainFrame(CMainFrame&, int widthPx, int heightPx) override {
+    if (m_refuseFrame) return nullptr;
+    return std::make_unique<FakeMainFrameFace>(m_log, m_main, widthPx, heightPx);
+  }
+  void ProposedMainSize(int& widthPx, int& heightPx) override {
+    widthPx = m_proposedWidthPx;
+    heightPx = m_proposedHeightPx;
+  }
+  std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override {
+    return std::make_unique<FakeRowList>(owner);
+  }
+  void ShowAbout(const std::string& versionLine) override { m_log.Add("about " + versionLine); }
+  void ShowPrintSetup() override { m_log.Add("print setup"); }
+  void ShowHelp(const std::string& topic) override { m_log.Add("help \"" + topic + "\""); }
+
+  bool m_refuseFrame = false;
+  int m_proposedWidthPx = 1000;
+  int m_proposedHeightPx = 700;
+  FakeMainFrameFace* m_main = nullptr;  // null while there is no main window
+
+ private:
+  FrameLog& m_log;
+};

@@ -2,8 +2,8 @@
 //
 // Shape    Size() bytes of the file, and behind them at least kGuardBytes of zeros, so that a
 //          record cut by the end of the file reads as zeros and needs no check per field. A page
-//          that another program cuts off while it is mapped reads as zeros from then on; bytes
-//          that it appends are not seen.
+//          that another program cuts off while it is mapped reads as zeros from then on (the last,
+//          partial one is a copy and stays); bytes that it appends are not seen.
 // Owner    Shared: the view stands as long as anyone holds the MappedFile.
 // Errors   Null and a reason: no such file, no permission, not a regular file, empty, 4 GiB or
 //          more (a position is a 32-bit number in the progress messages), no address space.

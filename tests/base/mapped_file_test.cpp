@@ -1,0 +1,215 @@
+#include "base/mapped_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <numeric>
+#include <thread>
+#include <vector>
+
+#include "support/temp_dir.h"
+
+namespace {
+
+class MappedFileTest : public testing::Test {
+ protected:
+  std::shared_ptr<const MappedFile> Open(const std::string& path) {
+    return MappedFile::Open(path, &m_why);
+  }
+  TempDir m_dir;
+  std::string m_why;
+};
+
+const auto kPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+
+std::string Text(Bytes bytes) {
+  return {bytes.begin(), bytes.end()};
+}
+
+// Read one by one, so that nothing is optimised away.
+std::uint64_t SumOf(const std::uint8_t* begin, std::size_t bytes) {
+  return std::accumulate(begin, begin + bytes, std::uint64_t{0});
+}
+
+TEST_F(MappedFileTest, TheWholeFileIsSeen) {
+  const std::string short1 = "short", long1(3 * kPage + 17, 'x'), even(2 * kPage, 'y');
+  for (const std::string& content : {short1, long1, even}) {
+    const auto file = Open(m_dir.File("a", content));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->Size(), content.size());
+    EXPECT_EQ(Text(file->View()), content);
+  }
+}
+
+TEST_F(MappedFileTest, ZerosStandBehindTheEndForTheLongestReachOfARecord) {
+  EXPECT_EQ(MappedFile::kGuardBytes, 1u + 44 + 2 * 65535);
+  for (const std::size_t size : {std::size_t{1}, kPage - 1, kPage, kPage + 1, 5 * kPage}) {
+    const auto file = Open(m_dir.File("a", std::string(size, 'x')));
+    ASSERT_TRUE(file);
+    const std::uint8_t* const end = file->View().data() + size;
+    EXPECT_EQ(end[-1], 'x');
+    EXPECT_EQ(SumOf(end, MappedFile::kGuardBytes), 0u) << size;
+  }
+}
+
+TEST_F(MappedFileTest, AnEmptyFileIsRefused) {
+  EXPECT_FALSE(Open(m_dir.File("a", "")));
+  EXPECT_EQ(m_why, "The file is empty");
+}
+
+TEST_F(MappedFileTest, AFileOf4GiBIsRefusedAndOneByteLessIsNot) {
+  const std::string path = m_dir.File("sparse", "x");
+  ASSERT_EQ(truncate(path.c_str(), off_t{1} << 32), 0);
+  EXPECT_FALSE(Open(path));
+  EXPECT_EQ(m_why, "The file has 4 GiB or more");
+  ASSERT_EQ(truncate(path.c_str(), (off_t{1} << 32) - 1), 0);
+  const auto file = Open(path);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(file->Size(), 0xFFFFFFFFu);
+  EXPECT_EQ(file->View().front(), 'x');
+  EXPECT_EQ(file->View().back(), 0);
+}
+
+TEST_F(MappedFileTest, ADirectoryAFifoAndAMissingFileAreRefused) {
+  EXPECT_FALSE(Open(m_dir.Path()));
+  EXPECT_EQ(m_why, "Is a directory");
+  ASSERT_EQ(mkfifo(m_dir.File("fifo").c_str(), 0600), 0);
+  EXPECT_FALSE(Open(m_dir.File("fifo")));
+  EXPECT_EQ(m_why, "Not a regular file");
+  EXPECT_FALSE(Open(m_dir.File("none")));
+  EXPECT_EQ(m_why, "No such file or directory");
+  EXPECT_FALSE(MappedFile::Open(m_dir.File("none")));
+}
+
+TEST_F(MappedFileTest, AFileThatIsBeingWrittenIsRefused) {
+  const OpenFile writer = CreateForWriting(m_dir.File("a"));
+  EXPECT_FALSE(Open(m_dir.File("a")));
+  EXPECT_EQ(m_why, "In use by this program");
+}
+
+TEST_F(MappedFileTest, AMappedFileCannotBeMadeAnewUntilItsLastHolderIsGone) {
+  const std::string path = m_dir.File("a", "text");
+  auto file = Open(path);
+  auto holder = file;
+  file.reset();
+  EXPECT_FALSE(CreateForWriting(path));
+  EXPECT_EQ(Text(holder->View()), "text");
+  holder.reset();
+  EXPECT_TRUE(CreateForWriting(path));
+}
+
+TEST_F(MappedFileTest, PagesCutOffByAnotherProgramReadAsZeros) {
+  const std::string path = m_dir.File("a", std::string(64 * kPage + 5, 'x'));
+  const auto file = Open(path);
+  ASSERT_TRUE(file);
+  ASSERT_EQ(truncate(path.c_str(), static_cast<off_t>(2 * kPage)), 0);
+  const std::uint8_t* const data = file->View().data();
+  EXPECT_EQ(SumOf(data, 2 * kPage), 2 * kPage * 'x');
+  EXPECT_EQ(data[40 * kPage + 9], 0);
+  EXPECT_EQ(SumOf(data + 2 * kPage, 62 * kPage), 0u);
+  EXPECT_EQ(file->Size(), 64 * kPage + 5);
+}
+
+TEST_F(MappedFileTest, AFileCutToNothingReadsAsZerosAlsoWhenItWasReadBefore) {
+  const std::string path = m_dir.File("a", std::string(8 * kPage, 'x'));
+  const auto file = Open(path);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(SumOf(file->View().data(), 8 * kPage), 8 * kPage * 'x');
+  ASSERT_EQ(truncate(path.c_str(), 0), 0);
+  EXPECT_EQ(SumOf(file->View().data(), 8 * kPage), 0u);
+}
+
+TEST_F(MappedFileTest, SeveralThreadsMayMeetTheCutPagesOfSeveralFilesAtOnce) {
+  std::vector<std::shared_ptr<const MappedFile>> files;
+  for (int number = 0; number < 4; ++number) {
+    const std::string path = m_dir.File(std::to_string(number), std::string(256 * kPage, 'x'));
+    files.push_back(Open(path));
+    ASSERT_TRUE(files.back());
+    ASSERT_EQ(truncate(path.c_str(), 0), 0);
+  }
+  std::vector<std::uint64_t> sums(8, 1);
+  std::vector<std::thread> threads;
+  for (std::size_t number = 0; number < sums.size(); ++number) {
+    threads.emplace_back([&files, &sums, number] {
+      sums[number] = SumOf(files[number % 4]->View().data(), 256 * kPage);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(sums, std::vector<std::uint64_t>(8, 0));
+}
+
+TEST_F(MappedFileTest, BytesAppendedByAnotherProgramDoNotShowBehindTheEnd) {
+  const std::string path = m_dir.File("a", std::string(kPage + 10, 'x'));
+  const auto file = Open(path);
+  ASSERT_TRUE(file);
+  std::ofstream(path, std::ios::app) << std::string(3 * kPage, 'z');
+  EXPECT_EQ(SumOf(file->View().data() + kPage + 10, MappedFile::kGuardBytes), 0u);
+}
+
+TEST_F(MappedFileTest, AFileReplacedOrRemovedStaysAsItWas) {
+  const std::string path = m_dir.File("a", std::string(2 * kPage, 'x'));
+  const auto file = Open(path);
+  ASSERT_TRUE(file);
+  ASSERT_EQ(rename(m_dir.File("b", "new").c_str(), path.c_str()), 0);
+  EXPECT_EQ(SumOf(file->View().data(), 2 * kPage), 2 * kPage * 'x');
+  ASSERT_EQ(unlink(path.c_str()), 0);
+  EXPECT_EQ(SumOf(file->View().data(), 2 * kPage), 2 * kPage * 'x');
+}
+
+// A range whose file is gone, with no guard over it.
+const volatile std::uint8_t* UnguardedCutPage(const TempDir& dir) {
+  const std::string path = dir.File("other", std::string(kPage, 'x'));
+  const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  void* const bytes = mmap(nullptr, kPage, PROT_READ, MAP_SHARED, descriptor, 0);
+  EXPECT_EQ(ftruncate(descriptor, 0), 0);
+  close(descriptor);
+  return static_cast<const volatile std::uint8_t*>(bytes);
+}
+
+using MappedFileDeathTest = MappedFileTest;
+
+TEST_F(MappedFileDeathTest, AFaultElsewhereStillEndsTheProgram) {
+  const auto file = Open(m_dir.File("a", std::string(kPage, 'x')));
+  const auto* const page = UnguardedCutPage(m_dir);
+  EXPECT_DEATH(static_cast<void>(page[0]), "");
+}
+
+TEST_F(MappedFileDeathTest, AFaultInAFileThatWasClosedStillEndsTheProgram) {
+  const auto* const page = UnguardedCutPage(m_dir);
+  { const FaultGuard guard(const_cast<const std::uint8_t*>(page), kPage); }
+  EXPECT_DEATH(static_cast<void>(page[0]), "");
+}
+
+TEST_F(MappedFileDeathTest, ASentSignalStillEndsTheProgram) {
+  const auto file = Open(m_dir.File("a", std::string(kPage, 'x')));
+  EXPECT_DEATH(raise(SIGBUS), "");
+}
+
+TEST_F(MappedFileDeathTest, AFaultElsewhereReachesTheHandlerThatWasThereBefore) {
+  // In a process of its own, where no file has been mapped yet.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto fault = [this] {
+    struct sigaction earlier = {};
+    earlier.sa_handler = [](int) { _exit(42); };
+    sigaction(SIGBUS, &earlier, nullptr);
+    const auto file = Open(m_dir.File("a", std::string(kPage, 'x')));
+    static_cast<void>(UnguardedCutPage(m_dir)[0]);
+  };
+  EXPECT_EXIT(fault(), testing::ExitedWithCode(42), "");
+  GTEST_FLAG_SET(death_test_style, "fast");
+}
+
+TEST_F(MappedFileTest, AGuardedRangeOfOnesOwnIsKeptAliveAndTheGuardMayMove) {
+  const auto* const page = UnguardedCutPage(m_dir);
+  FaultGuard first(const_cast<const std::uint8_t*>(page), kPage);
+  FaultGuard second = std::move(first);
+  first = FaultGuard();
+  EXPECT_EQ(page[kPage / 2], 0);
+}
+
+}  // namespace

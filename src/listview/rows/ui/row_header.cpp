@@ -108,7 +108,9 @@ void RowHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int section)
 }
 
 void RowHeader::paintSection(QPainter* painter, const QRect& rect, int section) const {
+  painter->save();  // the style leaves its clip behind
   QHeaderView::paintSection(painter, rect, section);
+  painter->restore();
   const Column column = static_cast<Column>(section);
   const QRect room = rect.adjusted(kCellMarginPx, 0, -kCellMarginPx, 0);
   const QString text = fontMetrics().elidedText(HeaderText(column), Qt::ElideRight, room.width());

@@ -1,0 +1,155 @@
+#include "shot_scenes.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QMenuBar>
+#include <QTimer>
+#include <cstdio>
+
+#include "documents/trace_doc.h"
+#include "listview/rows/trace_view.h"
+#include "palette.h"
+#include "render.h"
+#include "shell/tessera_app.h"
+#include "shell/ui/child_window.h"
+#include "shell/ui/load_status_face.h"
+#include "shell/ui/qt_main_frame.h"
+#include "shell/ui/qt_shell_faces.h"
+
+namespace {
+
+constexpr int kSettleMs = 120;
+
+QtMainFrame& FaceOf(CTesseraApp& tessera) {
+  return static_cast<QtMainFrame&>(*tessera.Frame()->Face());
+}
+
+CTraceView* FrontList(CTesseraApp& tessera) {
+  CMDIChildWnd* child = tessera.Frame()->MDIGetActive();
+  return child ? dynamic_cast<CTraceView*>(child->GetActiveView()) : nullptr;
+}
+
+}  // namespace
+
+ShotScenes::ShotScenes(CTesseraApp& tessera, QtShellFaces& faces, QString folder)
+    : m_tessera(tessera), m_faces(faces), m_folder(std::move(folder)) {}
+
+QWidget& ShotScenes::Window() {
+  return FaceOf(m_tessera).Window();
+}
+
+void ShotScenes::Settle() {
+  QEventLoop loop;
+  QTimer::singleShot(kSettleMs, &loop, &QEventLoop::quit);
+  loop.exec();
+  FaceOf(m_tessera).Actions().UpdateAll();
+}
+
+void ShotScenes::Save(QWidget& widget, const QString& name) {
+  const QString path =
+      m_folder + QLatin1Char('/') + name + QLatin1String(m_dark ? "-dark.png" : ".png");
+  if (widget.grab().save(path, "PNG")) return;
+  std::fprintf(stderr, "tessera-shots: cannot write %s\n", qUtf8Printable(path));
+  m_good = false;
+}
+
+void ShotScenes::UseDark() {
+  m_dark = true;
+  UseFusion(true);
+  Settle();
+}
+
+void ShotScenes::Empty() {
+  Settle();
+  Save(Window(), QStringLiteral("main-empty"));
+}
+
+void ShotScenes::File(const std::string& path) {
+  if (!m_tessera.OpenDocumentFile(path) || !WaitForLoads(m_tessera)) {
+    std::fprintf(stderr, "tessera-shots: cannot open %s\n", path.c_str());
+    m_good = false;
+    return;
+  }
+  if (CTraceView* list = FrontList(m_tessera)) {
+    const int row = list->List().ItemCount() / 2;
+    list->List().EnsureVisible(row);
+    list->List().SetItemState(row, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
+  }
+  Settle();
+  Save(Window(), QStringLiteral("main-file"));
+}
+
+// A menu is a window of its own: painted where it lies over the main window.
+void ShotScenes::Menu() {
+  for (QAction* title : FaceOf(m_tessera).Window().menuBar()->actions()) {
+    QMenu& menu = *title->menu();
+    menu.popup(Window().mapToGlobal(QPoint(0, 0)));
+    Settle();
+    Save(menu, QStringLiteral("menu-") + title->text().remove(QLatin1Char('&')).toLower());
+    menu.close();
+  }
+}
+
+void ShotScenes::PopUp() {
+  QTimer::singleShot(kSettleMs, &Window(), [this] {
+    QWidget* menu = QApplication::activePopupWidget();
+    if (!menu) return;
+    Save(*menu, QStringLiteral("popup"));
+    menu->close();
+  });
+  FaceOf(m_tessera).TrackPopupMenu(IDR_TRACE_POPUP, 10, 10);
+}
+
+void ShotScenes::Maximised() {
+  FaceOf(m_tessera).Area().Active()->showMaximized();
+  Settle();
+  Save(Window(), QStringLiteral("main-maximised"));
+  FaceOf(m_tessera).Area().Active()->showNormal();
+}
+
+void ShotScenes::Tiled(const std::string& second) {
+  m_tessera.OpenDocumentFile(second);
+  WaitForLoads(m_tessera);
+  m_tessera.Frame()->OnCommand(ID_WINDOW_TILE_HORZ);
+  Settle();
+  Save(Window(), QStringLiteral("main-tiled"));
+}
+
+void ShotScenes::SaveModal(unsigned command, const QString& name) {
+  QTimer::singleShot(kSettleMs, &Window(), [this, name] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (!dialog) return;
+    Save(*dialog, name);
+    dialog->close();
+  });
+  m_tessera.Frame()->OnCommand(command);
+}
+
+void ShotScenes::Options() {
+  SaveModal(ID_VIEW_OPTIONS, QStringLiteral("options"));
+}
+
+void ShotScenes::About() {
+  SaveModal(ID_APP_ABOUT, QStringLiteral("about"));
+}
+
+void ShotScenes::Help() {
+  for (const QString& topic : HelpWindow::Topics()) {
+    m_faces.ShowHelp(topic.toStdString());
+    Settle();
+    Save(*m_faces.Help(), QStringLiteral("help-") + topic);
+  }
+  m_faces.Help()->close();
+}
+
+void ShotScenes::Progress(const std::string& path) {
+  CLoadStatus status(m_tessera.GetHost(), CreateEvent());
+  status.SetCaption("Loading...");
+  status.SetUp(path, 1000);
+  status.SetPosition(420);
+  Settle();
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    if (dynamic_cast<LoadStatusFace*>(widget) && widget->isVisible())
+      Save(*widget, QStringLiteral("progress"));
+  }
+}

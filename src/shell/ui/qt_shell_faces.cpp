@@ -6,7 +6,7 @@
 
 #include "listview/columns/options_dialog.h"
 #include "listview/columns/ui/options_face.h"
-#include "listview/rows/ui/qt_row_list.h"
+#include "listview/rows/ui/row_list_widget.h"
 #include "shell/load_status.h"
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"

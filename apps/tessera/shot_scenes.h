@@ -1,0 +1,43 @@
+// The scenes of the pictures: the real windows in a state worth a look.
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <string>
+
+class CTesseraApp;
+class QtShellFaces;
+class QWidget;
+
+class ShotScenes {
+ public:
+  // `folder` exists; pictures go there as NAME.png.
+  ShotScenes(CTesseraApp& tessera, QtShellFaces& faces, QString folder);
+
+  void Empty();
+  void File(const std::string& path);  // opens it; the other scenes show it
+  void Menu();
+  void PopUp();
+  void Maximised();
+  void Tiled(const std::string& second);
+  void Options();
+  void About();
+  void Help();
+  void Progress(const std::string& path);
+
+  // All pictures from here on are dark, and named so.
+  void UseDark();
+  bool Good() const { return m_good; }
+
+ private:
+  QWidget& Window();
+  void Settle();
+  void Save(QWidget& widget, const QString& name);
+  void SaveModal(unsigned command, const QString& name);
+
+  CTesseraApp& m_tessera;
+  QtShellFaces& m_faces;
+  QString m_folder;
+  bool m_dark = false;
+  bool m_good = true;
+};

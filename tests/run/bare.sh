@@ -1,0 +1,17 @@
+# A bare start: the empty frame. A second start takes the stored size.
+
+start_program
+until_true "a bare start shows a document" room_is_empty
+width=$(xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p')
+[ "$width" -eq 1000 ] || fail "the stored width was not taken: $width"
+picture bare
+key alt+h
+key a
+until_true "Alt+H, A opened no About" is_active '^About Tessera$'
+picture about
+key Return
+until_true "Enter did not close About" has_no_window '^About Tessera$'
+until_true "the main window is not active after About" is_active '^Tessera$'
+key alt+F4
+ended_with 0
+say "a bare start: good"

@@ -1,0 +1,72 @@
+# The words in which the whole run is written. Waiting is always for a condition, with a deadline.
+
+say() { printf 'whole_run: %s\n' "$*" >&2; }
+fail() {
+  say "FAILED: $*"
+  [ -n "${DISPLAY:-}" ] && import -window root "$pictures/failed.png" 2>/dev/null || true
+  [ -s "$work/stderr" ] && sed 's/^/  stderr: /' "$work/stderr" >&2
+  exit 1
+}
+
+# until_true WHAT COMMAND...: tries for 20 seconds.
+until_true() {
+  local what=$1 deadline=$((SECONDS + 20))
+  shift
+  until "$@" >/dev/null 2>&1; do
+    [ "$SECONDS" -lt "$deadline" ] || fail "$what"
+    sleep 0.05
+  done
+}
+
+start_display() {
+  local number
+  mkfifo "$work/number"
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$work/number" 2>"$work/xvfb.log" &
+  started+=($!)
+  read -r -t 20 number <"$work/number" || fail "Xvfb did not come up"
+  export DISPLAY=:$number
+  openbox --sm-disable >"$work/openbox.log" 2>&1 &
+  started+=($!)
+  until_true "openbox did not come up" xprop -root _NET_SUPPORTING_WM_CHECK
+  until_true "openbox does not manage windows" bash -c \
+    'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 0x'
+}
+
+# Sets $program and waits for its main window, $window.
+start_program() {
+  "$tessera" "$@" 2>"$work/stderr" &
+  program=$!
+  started+=("$program")
+  until_true "no main window" main_window
+  window=$(main_window)
+  xdotool windowactivate "$window"
+  until_true "the main window is not active" is_active "^Tessera"
+}
+main_window() { xdotool search --onlyvisible --pid "$program" --name '^Tessera( - .*)?$' | head -1 | grep .; }
+active_name() { xdotool getactivewindow getwindowname; }
+is_active() { active_name | grep -q "$1"; }
+is_not_active() { ! is_active "$1"; }
+has_window() { xdotool search --onlyvisible --pid "$program" --name "$1" | grep -q .; }
+has_no_window() { ! has_window "$1"; }
+is_gone() { ! kill -0 "$program" 2>/dev/null; }
+key() { xdotool key --clearmodifiers "$@"; }
+picture() { import -window root "$pictures/$1.png"; }
+
+# ended_with STATUS: the program is gone, with that status.
+ended_with() {
+  local status=0
+  until_true "the program did not end" is_gone
+  wait "$program" || status=$?
+  [ "$status" -eq "$1" ] || fail "exit status $status, not $1"
+}
+
+# setting SECTION NAME: what the settings file holds; the section is the key below the program's own.
+settings_file() { printf '%s' "$XDG_CONFIG_HOME/tessera/settings.ini"; }
+setting() {
+  SECTION="[Software\\Zentara\\QuorTrace\\Tessera$1]" NAME="$2" awk '
+    $0 == ENVIRON["SECTION"] { inside = 1; next }
+    /^\[/ { inside = 0 }
+    inside && index($0, ENVIRON["NAME"] "=") == 1 { print substr($0, length(ENVIRON["NAME"]) + 2) }
+  ' "$(settings_file)"
+}
+has_setting() { [ "$(setting "$1" "$2")" = "$3" ]; }

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# The whole program as a user has it: a real X server, a window manager, a real file, real keys.
+#
+#   whole_run.sh TESSERA TRC [PICTURE_FOLDER]
+#
+# Starts a server and a window manager of its own, so that it neither needs nor touches a display.
+# Ends with status 0 when every step did what it should; otherwise it says which did not.
+set -euo pipefail
+
+tessera=$(realpath "$1")
+trc=$(realpath "$2")
+here=$(dirname "$(realpath "$0")")
+for tool in Xvfb openbox xdotool import xprop xauth; do
+  command -v "$tool" >/dev/null || { echo "whole_run: $tool is not installed" >&2; exit 2; }
+done
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/tessera-run-XXXXXX")
+pictures=${3:-$work/pictures}
+mkdir -p "$pictures"
+started=()
+end() {
+  for process in "${started[@]}"; do kill "$process" 2>/dev/null || true; done
+  wait 2>/dev/null || true
+  rm -rf "$work"
+}
+trap end EXIT
+
+source "$here/steps.sh"
+
+start_display
+export XDG_CONFIG_HOME=$work/config HOME=$work
+unset WAYLAND_DISPLAY QT_QPA_PLATFORM
+"$trc" gen --records 20000 --seed 3 "$work/web.trc" >/dev/null
+"$trc" gen --records 3000 --seed 4 "$work/worker.trc" >/dev/null
+
+source "$here/with_a_file.sh"
+source "$here/bare.sh"
+source "$here/ends.sh"
+say "all steps done"

@@ -1,0 +1,161 @@
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <latch>
+
+#include "shell/ui/load_status_face.h"
+#include "shell_fixture.h"
+
+namespace {
+
+constexpr int kTraces = 5000;
+
+// Holds every load before its walk until it is let go.
+class HeldLoad {
+ public:
+  HeldLoad() {
+    CTraceFileDoc::s_beforeWalk = [this] { m_go.wait(); };
+  }
+  ~HeldLoad() { Go(); }
+  void Go() {
+    if (!m_gone) m_go.count_down();
+    m_gone = true;
+  }
+
+ private:
+  std::latch m_go{1};
+  bool m_gone = false;
+};
+
+class LoadTest : public ShellTest {
+ protected:
+  LoadStatusFace* Box() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* box = dynamic_cast<LoadStatusFace*>(widget);
+      if (box && box->isVisible()) return box;
+    }
+    return nullptr;
+  }
+  bool HasBox() { return Box() != nullptr; }
+};
+
+}  // namespace
+
+TEST_F(LoadTest, TheFrameShowsBeforeTheTracesAndTheBoxTellsFileAndProgress) {
+  Start();
+  HeldLoad held;
+  const std::string path = TraceFile("a.trc", kTraces);
+  auto* document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(path));
+  ASSERT_TRUE(document);
+  EXPECT_TRUE(Front() && Front()->isVisible());
+  ASSERT_TRUE(Until([this] { return HasBox(); }));
+  EXPECT_EQ(Box()->windowTitle(), QStringLiteral("Loading..."));
+  auto* edit = Box()->findChild<QLineEdit*>();
+  EXPECT_TRUE(edit->isReadOnly());
+  EXPECT_EQ(edit->toolTip().toStdString(), path);
+  EXPECT_EQ(Box()->findChild<QProgressBar*>()->value(), 0);
+  EXPECT_EQ(Box()->findChild<QPushButton*>()->text(), QStringLiteral("Cancel"));
+  held.Go();
+  EXPECT_TRUE(Until([this] { return !HasBox(); }));
+  EXPECT_EQ(View(*Frame().MDIGetActive())->List().ItemCount(), kTraces);
+}
+
+TEST_F(LoadTest, EnterDoesNothingInTheBoxNotEvenOnTheCancelButton) {
+  Start();
+  HeldLoad held;
+  auto* document =
+      static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(TraceFile("a.trc", kTraces)));
+  ASSERT_TRUE(Until([this] { return HasBox(); }));
+  QTest::keyClick(Box(), Qt::Key_Return);
+  QTest::keyClick(Box()->findChild<QPushButton*>(), Qt::Key_Return);
+  QTest::keyClick(Box()->findChild<QPushButton*>(), Qt::Key_Enter);
+  EXPECT_TRUE(HasBox());
+  EXPECT_FALSE(document->CancelEvent()->IsSet());
+}
+
+TEST_F(LoadTest, CancelEndsTheWalkAtItsNextLookAndTheTracesSoFarShow) {
+  Start();
+  HeldLoad held;
+  auto* document =
+      static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(TraceFile("a.trc", kTraces)));
+  ASSERT_TRUE(Until([this] { return HasBox(); }));
+  QTest::mouseClick(Box()->findChild<QPushButton*>(), Qt::LeftButton);
+  EXPECT_TRUE(document->CancelEvent()->IsSet());
+  EXPECT_TRUE(HasBox());  // it stays until the load says that it is done
+  held.Go();
+  EXPECT_TRUE(Until([this] { return !HasBox(); }));
+  EXPECT_TRUE(Until([document] { return !document->m_loading; }));
+  const int rows = View(*Frame().MDIGetActive())->List().ItemCount();
+  EXPECT_GT(rows, 0);
+  EXPECT_LT(rows, kTraces);
+}
+
+TEST_F(LoadTest, EscapeIsCancel) {
+  Start();
+  HeldLoad held;
+  auto* document =
+      static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(TraceFile("a.trc", kTraces)));
+  ASSERT_TRUE(Until([this] { return HasBox(); }));
+  QTest::keyClick(Box(), Qt::Key_Escape);
+  EXPECT_TRUE(document->CancelEvent()->IsSet());
+  EXPECT_TRUE(HasBox());
+}
+
+TEST_F(LoadTest, TwoLoadsShareOneBoxAndTheFirstDoneMessageTakesItDown) {
+  Start();
+  HeldLoad held;
+  m_app->OpenDocumentFile(TraceFile("a.trc", kTraces));
+  m_app->OpenDocumentFile(TraceFile("b.trc", kTraces));
+  ASSERT_TRUE(Until([this] {
+    return HasBox() && Box()->findChild<QLineEdit*>()->toolTip().endsWith(QLatin1String("b.trc"));
+  }));
+  int boxes = 0;
+  for (QWidget* widget : QApplication::topLevelWidgets())
+    boxes += dynamic_cast<LoadStatusFace*>(widget) && widget->isVisible();
+  EXPECT_EQ(boxes, 1);
+  held.Go();
+  EXPECT_TRUE(Until([this] { return !HasBox(); }));
+  EXPECT_TRUE(Until([this] {
+    for (const auto& child : Frame().Children())
+      if (View(*child)->List().ItemCount() != kTraces) return false;
+    return true;
+  }));
+}
+
+TEST_F(LoadTest, ClosingADocumentDuringItsLoadTakesItsWindowAway) {
+  Start();
+  {
+    HeldLoad held;
+    m_app->OpenDocumentFile(TraceFile("a.trc", kTraces));
+    ASSERT_TRUE(Until([this] { return HasBox(); }));
+    held.Go();
+    Frame().OnCommand(ID_FILE_CLOSE);
+  }
+  EXPECT_TRUE(Until([this] { return Frame().Children().empty() && !HasBox(); }));
+}
+
+TEST_F(LoadTest, ALongPathLosesItsMiddleAndKeepsTheBoxAtItsWidth) {
+  Start();
+  CLoadStatus status(m_host, CreateEvent());
+  LoadStatusFace face(status, nullptr);
+  status.m_path = "/var/" + std::string(300, 'x') + "/web.trc";
+  face.UpdateData();
+  const QLineEdit* edit = face.findChild<QLineEdit*>();
+  EXPECT_TRUE(edit->text().startsWith(QLatin1String("/var/")));
+  EXPECT_TRUE(edit->text().endsWith(QLatin1String("web.trc")));
+  EXPECT_LT(edit->fontMetrics().horizontalAdvance(edit->text()), edit->width());
+}
+
+TEST_F(LoadTest, AFileOfNearlyFourGigabytesStillFillsTheBarFromEndToEnd) {
+  Start();
+  CLoadStatus status(m_host, CreateEvent());
+  LoadStatusFace face(status, nullptr);
+  status.m_range = 0xffffffffu;
+  status.m_position = 0x80000000u;
+  face.UpdateData();
+  const QProgressBar* bar = face.findChild<QProgressBar*>();
+  EXPECT_NEAR(bar->value(), bar->maximum() / 2, 1);
+  status.m_position = 0xffffffffu;
+  face.UpdateData();
+  EXPECT_EQ(bar->value(), bar->maximum());
+}

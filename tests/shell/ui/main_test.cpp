@@ -1,0 +1,15 @@
+// The test program's start: an application object, and nothing of the user's settings.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+#include "support/temp_dir.h"
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  const TempDir config;
+  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.Path()));
+  QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  return RUN_ALL_TESTS();
+}

@@ -1,0 +1,198 @@
+#include "shell/ui/menus.h"
+
+#include <QMenuBar>
+
+#include "shell_fixture.h"
+
+namespace {
+
+std::string Dump(const QMenu& menu) {
+  std::string text;
+  for (const QAction* action : menu.actions())
+    text += (action->isSeparator() ? "-" : action->text().toStdString()) + "\n";
+  return text;
+}
+
+std::string Expected(const MenuPopup& popup) {
+  std::string text;
+  for (const MenuItem& item : popup.items) text += (item.id == 0 ? "-" : item.text) + "\n";
+  return text;
+}
+
+class MenusTest : public ShellTest {
+ protected:
+  QMenu* Menu(const char* title) {
+    for (QAction* action : Window().menuBar()->actions()) {
+      if (action->text() == QLatin1String(title)) return action->menu();
+    }
+    return nullptr;
+  }
+  // As when the user opens it.
+  QMenu* Opened(const char* title) {
+    QMenu* menu = Menu(title);
+    if (menu) emit menu->aboutToShow();
+    return menu;
+  }
+  QAction* Item(QMenu& menu, unsigned id) {
+    for (QAction* action : menu.actions()) {
+      if (action->data().toUInt() == id) return action;
+    }
+    return nullptr;
+  }
+};
+
+}  // namespace
+
+TEST_F(MenusTest, EachResourceGivesAWholeBarWithTheExactTextsInOrder) {
+  Start();
+  for (const unsigned resource :
+       {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE}) {
+    Face().SetMenu(resource);
+    const QList<QAction*> bar = Window().menuBar()->actions();
+    const auto& popups = MenuOf(resource);
+    ASSERT_EQ(static_cast<std::size_t>(bar.size()), popups.size()) << resource;
+    for (std::size_t i = 0; i < popups.size(); ++i) {
+      const QAction* title = bar[static_cast<int>(i)];
+      EXPECT_EQ(title->text().toStdString(), popups[i].title);
+      emit title->menu()->aboutToShow();
+      EXPECT_EQ(Dump(*title->menu()), Expected(popups[i])) << resource << " " << popups[i].title;
+    }
+  }
+}
+
+TEST_F(MenusTest, TheTextBehindTheTabIsShownAsItStandsAndNoKeyIsDerived) {
+  Start();
+  Face().SetMenu(IDR_MONITOR);
+  QAction* item = Item(*Opened("&View"), ID_VIEW_SYNCHRONIZE);
+  ASSERT_TRUE(item);
+  EXPECT_EQ(item->text(), QStringLiteral("Synchroni&ze\tAlt-S"));
+  EXPECT_TRUE(item->shortcut().isEmpty());
+  Face().SetMenu(IDR_TRACEFILE);
+  EXPECT_EQ(Item(*Opened("&View"), ID_VIEW_SYNCHRONIZE)->text(),
+            QStringLiteral("Synchroni&ze\tAlt+S"));
+}
+
+TEST_F(MenusTest, TheBarIsThatOfTheActiveDocumentAndGoesBackWithTheLastOne) {
+  Start();
+  EXPECT_FALSE(Menu("&Window"));
+  Open(TraceFile("a.trc", 3));
+  ASSERT_TRUE(Menu("&Window"));
+  ASSERT_TRUE(Frame().OnCommand(ID_FILE_CLOSE));
+  EXPECT_TRUE(Until([this] { return !Menu("&Window"); }));
+}
+
+TEST_F(MenusTest, NoTitleOfABarHasAMnemonicThatIsAnAccelerator) {
+  for (const unsigned resource :
+       {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE}) {
+    for (const MenuPopup& popup : MenuOf(resource)) {
+      const QKeySequence key = QKeySequence::mnemonic(QString::fromStdString(popup.title));
+      for (const Accelerator& accelerator : Accelerators())
+        EXPECT_NE(key, QKeySequence(QString::fromLatin1(accelerator.key))) << popup.title;
+    }
+  }
+}
+
+TEST_F(MenusTest, StatesAreBroughtUpToDateBeforeAMenuOpens) {
+  Start();
+  CTraceFileDoc* document = Open(TraceFile("a.trc", 3));
+  QAction* item = Item(*Opened("&View"), ID_VIEW_SYNCHRONIZE);
+  EXPECT_FALSE(item->isEnabled());  // one view has no other to follow it
+  ASSERT_TRUE(Frame().OnCommand(ID_WINDOW_NEW));
+  item = Item(*Opened("&View"), ID_VIEW_SYNCHRONIZE);
+  EXPECT_TRUE(item->isEnabled());
+  EXPECT_FALSE(item->isChecked());
+  item->trigger();
+  EXPECT_TRUE(document->m_synchronize);
+  EXPECT_TRUE(Item(*Opened("&View"), ID_VIEW_SYNCHRONIZE)->isChecked());
+}
+
+TEST_F(MenusTest, CommandsWithoutAHandlerStandInTheMenuAndAreDisabled) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  QMenu* file = Opened("&File");
+  for (const unsigned id : {ID_FILE_PRINT, ID_FILE_PRINT_PREVIEW}) {
+    ASSERT_TRUE(Item(*file, id));
+    EXPECT_FALSE(Item(*file, id)->isEnabled());
+  }
+  EXPECT_TRUE(Item(*file, ID_FILE_OPEN)->isEnabled());
+}
+
+TEST_F(MenusTest, AnItemShowsItsPromptInTheStatusBarAndAButtonItsToolTip) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  QMenu* file = Opened("&File");
+  QAction* open = Item(*file, ID_FILE_OPEN);
+  EXPECT_EQ(open->toolTip(), QStringLiteral("Open"));
+  open->showStatusText(&Window());
+  EXPECT_EQ(Face().Panes().currentMessage(), QStringLiteral("Open an existing file"));
+}
+
+TEST_F(MenusTest, TheRecentFilesStandInTheFileMenuAndOpen) {
+  Start();
+  EXPECT_FALSE(Opened("&File")->actions().isEmpty());
+  EXPECT_NE(Dump(*Opened("&File")).find("\nRecent File\n"), std::string::npos);
+  const std::string path = TraceFile("a&b.trc", 3);
+  Open(path);
+  ASSERT_TRUE(Frame().OnCommand(ID_FILE_CLOSE));
+  QMenu* file = Opened("&File");
+  QAction* recent = nullptr;
+  for (QAction* action : file->actions()) {
+    if (action->text().startsWith(QLatin1String("&1 "))) recent = action;
+  }
+  ASSERT_TRUE(recent) << Dump(*file);
+  EXPECT_TRUE(recent->text().contains(QLatin1String("a&&b.trc")));  // no mnemonic of the name's own
+  recent->trigger();
+  EXPECT_EQ(m_app->FileTemplate()->Documents().size(), 1u);
+}
+
+TEST_F(MenusTest, TheOpenWindowsFollowInTheWindowMenuAndComeToTheFront) {
+  Start();
+  Open(TraceFile("a.trc", 1));
+  Open(TraceFile("b.trc", 1));
+  QMenu* window = Opened("&Window");
+  const QList<QAction*> items = window->actions();
+  ASSERT_GE(items.size(), 2);
+  QAction* first = items[items.size() - 2];
+  QAction* second = items[items.size() - 1];
+  EXPECT_EQ(first->text(), QStringLiteral("&1 a.trc"));
+  EXPECT_EQ(second->text(), QStringLiteral("&2 b.trc"));
+  EXPECT_TRUE(second->isChecked());
+  EXPECT_FALSE(first->isChecked());
+  first->trigger();
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "a.trc");
+}
+
+TEST_F(MenusTest, ThePopUpOpensAtTheScreenPositionGivenWithItsOwnTextsAndStates) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  const QPoint wanted = Window().mapToGlobal(QPoint(60, 90));
+  std::string texts;
+  QPoint at;
+  QTimer::singleShot(0, qApp, [&] {
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    texts = Dump(*menu);
+    at = menu->pos();
+    EXPECT_TRUE(Item(*menu, ID_EDIT_CLEAR_ALL)->isEnabled());
+    EXPECT_FALSE(Item(*menu, ID_VIEW_SYNCHRONIZE)->isEnabled());
+    menu->close();
+  });
+  Face().TrackPopupMenu(IDR_TRACE_POPUP, wanted.x(), wanted.y());
+  EXPECT_EQ(at, wanted);
+  EXPECT_EQ(texts, Expected(MenuOf(IDR_TRACE_POPUP).front()));
+  // The menu bar's own text of a shared command is not the pop-up's.
+  EXPECT_EQ(Item(*Opened("&Edit"), ID_EDIT_FIND)->text(), QStringLiteral("&Find\tCtrl+F"));
+}
+
+TEST_F(MenusTest, ACommandOfThePopUpIsRoutedToTheActiveViewAndDocument) {
+  Start();
+  CTraceFileDoc* document = Open(TraceFile("a.trc", 3));
+  QTimer::singleShot(0, qApp, [this] {
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    menu->setActiveAction(Item(*menu, ID_EDIT_CLEAR_ALL));
+    QTest::keyClick(menu, Qt::Key_Return);
+  });
+  Face().TrackPopupMenu(IDR_TRACE_POPUP, 10, 10);
+  EXPECT_EQ(document->m_traces.size(), 0u);
+}

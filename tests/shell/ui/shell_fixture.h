@@ -1,0 +1,102 @@
+// The real application with its Qt windows, offscreen, on a settings file of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <functional>
+
+#include "documents/trace_file_doc.h"
+#include "listview/rows/trace_view.h"
+#include "settings/globals.h"
+#include "settings/registry.h"
+#include "shell/tessera_app.h"
+#include "shell/ui/child_window.h"
+#include "shell/ui/qt_main_frame.h"
+#include "shell/ui/qt_shell_faces.h"
+#include "support/temp_dir.h"
+#include "support/trc_image.h"
+
+constexpr int kPatienceMs = 20000;
+
+inline bool Until(const std::function<bool()>& condition) {
+  return QTest::qWaitFor(condition, kPatienceMs);
+}
+
+// Runs `act` once a modal dialog is up; the dialog must be closed by it.
+template <class Act>
+void OnModal(Act act) {
+  auto* clock = new QTimer(qApp);
+  QObject::connect(clock, &QTimer::timeout, qApp, [clock, act] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (!dialog) return;
+    clock->stop();
+    clock->deleteLater();
+    act(dialog);
+  });
+  clock->start(5);
+}
+
+class ShellTest : public testing::Test {
+ protected:
+  ShellTest() {
+    SetSettingsFile(m_dir.File("settings.ini"));
+    NtRegPut(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 0U);
+    g_quickClose = false;
+    g_activeColumns = kDefaultActiveColumns;
+    CTraceFileDoc::s_beforeWalk = {};
+    m_faces = std::make_unique<QtShellFaces>(m_host, [this] { ++m_closed; });
+  }
+  ~ShellTest() override {
+    m_app.reset();
+    m_faces.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    CTraceFileDoc::s_beforeWalk = {};
+    SetSettingsFile("");
+  }
+
+  // Starts the application; its window is active.
+  void Start(const std::vector<std::string>& arguments = {}) {
+    m_app = std::make_unique<CTesseraApp>(m_host, *m_faces);
+    ASSERT_TRUE(m_app->InitInstance(arguments));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&Window()));
+  }
+  std::string TraceFile(const std::string& name, int traces) {
+    TrcImage image;
+    image.Name(7, "web");
+    for (int i = 0; i < traces; ++i)
+      image.Trace(TraceFields{.text = "trace " + std::to_string(i), .machine = 7, .app = 7});
+    const std::string path = m_dir.File(name);
+    image.WriteTo(path);
+    return path;
+  }
+  // Opens a file and waits until its traces are there.
+  CTraceFileDoc* Open(const std::string& path) {
+    auto* document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(path));
+    if (document) EXPECT_TRUE(Until([document] { return !document->m_loading; }));
+    EXPECT_TRUE(Until([this] { return !m_app->Frame()->LoadStatus(); }));
+    return document;
+  }
+
+  CMainFrame& Frame() { return *m_app->Frame(); }
+  QtMainFrame& Face() { return static_cast<QtMainFrame&>(*Frame().Face()); }
+  MainWindow& Window() { return Face().Window(); }
+  ChildWindow* Front() { return Face().Area().Active(); }
+  CTraceView* View(const CMDIChildWnd& child) {
+    return static_cast<CTraceView*>(child.GetActiveView());
+  }
+  bool Enabled(unsigned id) {
+    CCmdUI ui(id, true, false);
+    UpdateCommand(Frame(), ui);
+    return ui.IsEnabled();
+  }
+
+  TempDir m_dir;
+  QtHost m_host;
+  std::unique_ptr<QtShellFaces> m_faces;
+  std::unique_ptr<CTesseraApp> m_app;
+  int m_closed = 0;  // how often the main window has gone for good
+};

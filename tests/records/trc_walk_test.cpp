@@ -196,31 +196,35 @@ TEST(TrcWalk, ACancelEndsTheWalkAtTheCheckAndKeepsWhatWasRead) {
   EXPECT_EQ(std::count(walked.begin(), walked.end(), '\n'), 2048);
 }
 
-// Just below 4 GiB, where a position of 32 bits would wrap and the walk begin anew. The view is a
-// stretch of zeros that costs no memory, filled with long name records.
+// 4 GiB that cost one MiB: a block of name records of 64 KiB each, mapped again and again. The last
+// record ends behind 4 GiB, where a position of 32 bits would wrap and the walk begin anew.
 TEST(TrcWalk, ARecordThatCrossesTheEndNear4GiBEndsTheWalk) {
-  const std::uint64_t size = (std::uint64_t{1} << 32) - 1;
-  const std::size_t reserved = size + 1 + 2 * MappedFile::kGuardBytes;
-  void* const memory = mmap(nullptr, reserved, PROT_READ | PROT_WRITE,
-                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  constexpr std::uint64_t k4GiB = std::uint64_t{1} << 32;
+  constexpr std::size_t kBlock = 1 << 20, kRecord = 1 << 16;
+  const int block = memfd_create("block", MFD_CLOEXEC);
+  std::string content(kBlock, '\0');
+  for (std::size_t at = kTrcHeaderBytes; at < kBlock; at += kRecord) {
+    content[at] = kTagName;
+    StoreBe16(&content[at + 3], kRecord - 5);
+  }
+  ASSERT_EQ(write(block, content.data(), kBlock), static_cast<ssize_t>(kBlock));
+  const std::size_t reserved = k4GiB + 2 * kBlock;
+  void* const memory = mmap(nullptr, reserved, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(memory, MAP_FAILED);
   auto* const bytes = static_cast<std::uint8_t*>(memory);
-  std::uint64_t position = kTrcHeaderBytes;
-  std::uint64_t names = 0;
-  for (; position < size; position += 5 + 65000, ++names) {
-    bytes[position] = kTagName;
-    StoreBe16(bytes + position + 3, 65000);
+  for (std::size_t at = 0; at < reserved; at += kBlock) {
+    ASSERT_NE(mmap(bytes + at, kBlock, PROT_READ, MAP_SHARED | MAP_FIXED, block, 0), MAP_FAILED);
   }
+  close(block);
   struct Counter {
     std::uint64_t names = 0;
     void OnName(NameId, std::string_view) { ++names; }
     void OnTrace(const std::uint8_t*) { ADD_FAILURE(); }
     void OnUnknownTag(std::uint64_t) { ADD_FAILURE(); }
-    bool OnProgress(std::uint64_t) { return true; }
+    bool OnProgress(std::uint64_t) { return names <= 2 * kRecord; }
   } counter;
-  EXPECT_EQ(WalkTrc({bytes, size}, counter), position);
-  EXPECT_GT(position, std::uint64_t{1} << 32);
-  EXPECT_EQ(counter.names, names);
+  EXPECT_EQ(WalkTrc({bytes, k4GiB - 1}, counter), k4GiB + kTrcHeaderBytes);
+  EXPECT_EQ(counter.names, k4GiB / kRecord);
   munmap(memory, reserved);
 }
 

@@ -1,9 +1,8 @@
 // The traces of one document, oldest first.
 //
-// Shape    A double-ended queue in blocks of slots: adds at the back, trims at the front,
-//          constant-time access by position. A slot has 16 bytes. A trace of a mapped file lies in
-//          the slot itself, with no allocation of its own; for any other trace the slot holds the
-//          pointer. Blocks begin small and double up to 2 MiB, and are made for huge pages.
+// Shape    A double-ended queue in blocks of 16-byte slots, with constant-time access. A trace of a
+//          mapped file lies in its slot, with no allocation of its own; for any other the slot
+//          holds the pointer. Blocks double up to 2 MiB and are made for huge pages.
 // Owner    The list owns its traces; the pointers it gives are good until the trace is popped or
 //          the list cleared. A slot never moves.
 // Errors   std::bad_alloc.

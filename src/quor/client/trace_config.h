@@ -1,0 +1,71 @@
+// The configuration service of one machine, as its clients see it.
+//
+// Owner    Counted references (base/quor_ptr.h); Create gives an object with no count held.
+// Errors   Create gives null when the service cannot be reached within its deadline of 5 seconds; a
+//          bool tells of the rest. Getters answer what is held here, also what was not submitted.
+// Threads  Interface thread; calls block until the machine has answered or the deadline has passed.
+#pragma once
+
+#include <list>
+#include <memory>
+#include <string>
+
+#include "base/quor_ptr.h"
+
+enum trc_SinkTypes_e { trc_SinkFile = 0, trc_SinkSocket = 1 };
+
+// Bits of a settings word.
+enum : unsigned {
+  TRC_SET_INFO = 0x0001,
+  TRC_SET_WARN = 0x0002,
+  TRC_SET_ERROR = 0x0004,
+  TRC_SET_DEVELOPER = 0x0008,
+  TRC_SET_VERBOSE = 0x0010,
+  TRC_SET_LOCATION = 0x0100,
+  TRC_SET_STACK = 0x0200,
+};
+constexpr unsigned TRC_NO_TRACE_ID = 0xFFFF;
+
+struct trace_Category_t {
+  std::string name;  // UTF-8
+  unsigned traceId;
+};
+struct trace_Component_t {
+  std::string name;
+  std::list<trace_Category_t> categories;
+};
+
+class trace_Config_i : public QuorRef::Ref_t {
+ public:
+  // "" and "localhost" mean this machine, "name:port" another.
+  static trace_Config_i* Create(const std::string& host);
+  virtual const std::string& GetHostName() const = 0;  // as given
+  // Registered applications, those running and those with an open handle; asked anew at each call.
+  virtual const std::list<std::string>& GetAppList() const = 0;
+};
+
+class trace_App_i : public QuorRef::Ref_t {
+ public:
+  // Works for an application that is not registered yet: empty trace map, sink "localhost".
+  static trace_App_i* Create(const std::string& host, const std::string& app);
+  virtual const std::string& GetAppName() const = 0;
+  virtual const std::list<trace_Component_t>& GetTraceMap() const = 0;  // stable until Refresh
+  virtual unsigned GetSettings(unsigned traceId) const = 0;
+  virtual void SetSettings(unsigned traceId, unsigned settings) = 0;  // held; unknown id ignored
+  virtual void SetAllTraces(unsigned settings) = 0;                   // held
+  // Low 16 bits TRC_NO_TRACE_ID: no such trace.
+  virtual unsigned GetTraceId(const std::string& component, const std::string& category) const = 0;
+  virtual void GetSink(trc_SinkTypes_e& type, std::string& name, std::string& options) const = 0;
+  virtual void SetSink(trc_SinkTypes_e type, const std::string& name, const std::string& options) = 0;
+  virtual bool Submit() const = 0;  // sink and settings together
+  virtual bool Refresh() = 0;       // forgets what is held and reads anew
+};
+
+class trace_AppList_i : public QuorRef::MTRef_t {
+ public:
+  static trace_AppList_i* Create();
+  std::list<QuorPtr<trace_App_i>> m_apps;
+};
+
+// "Info, Warn, Stack": the words of the set bits in the order of the table; "" for none.
+std::string SettingsToLabel(unsigned settings);

@@ -1,0 +1,71 @@
+// Frames: how bytes on a connection fall into messages.
+//
+// Shape    length:u32 (big-endian, of what follows) type:u8 body. Control bodies are the protobuf
+//          messages of quor.proto. A data body is .trc tagged records end to end: name records
+//          before the first trace that uses them, with ids of this connection's own numbering.
+// Errors   A length of 0 or beyond the limit, or an unknown type, ends the connection with a reason.
+// Threads  One reader and one writer per connection.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/bytes.h"
+
+constexpr std::uint32_t kProtocolVersion = 1;
+constexpr std::size_t kFrameHeaderBytes = 5;
+constexpr std::size_t kControlFrameBytesMax = 4u << 20;
+constexpr std::size_t kDataFrameBytesMax = 1u << 20;
+constexpr std::size_t kBatchBytes = 64u << 10;  // what a sender aims at
+
+enum class FrameType : std::uint8_t {
+  Hello = 1,
+  Welcome = 2,
+  Refused = 3,
+  Request = 4,
+  Response = 5,
+  Data = 6,
+  Ledger = 7,
+  Heartbeat = 8,  // empty body, both ways
+};
+
+struct Frame {
+  FrameType type;
+  Bytes body;  // borrowed from the reader until its next call
+};
+
+// Cuts a stream into frames. Feed it what arrives, in pieces of any size.
+class FrameReader {
+ public:
+  void Feed(Bytes bytes);
+  // The next whole frame; nothing when more bytes are needed or after an error.
+  std::optional<Frame> Next();
+  // Not empty after a malformed frame: the connection is to be closed with it.
+  const std::string& Error() const { return m_error; }
+  std::size_t BufferedBytes() const { return m_buffer.size() - m_begin; }
+
+ private:
+  std::vector<std::uint8_t> m_buffer;
+  std::size_t m_begin = 0;
+  std::string m_error;
+};
+
+// The bytes of one frame.
+std::vector<std::uint8_t> EncodeFrame(FrameType type, Bytes body);
+std::vector<std::uint8_t> EncodeFrame(FrameType type, const std::string& body);
+
+// Checks a data body: whole tagged records and nothing else. Calls back for each record; false
+// with a reason when a length or a tag is wrong, and then nothing of it was called back.
+class DataSink {
+ public:
+  virtual void OnName(std::uint16_t id, std::string_view utf8) = 0;
+  virtual void OnTrace(const std::uint8_t* record, std::size_t bytes) = 0;
+
+ protected:
+  ~DataSink() = default;
+};
+bool ReadDataBody(Bytes body, DataSink& sink, std::string* why);

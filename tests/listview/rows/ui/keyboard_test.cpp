@@ -113,8 +113,7 @@ TEST(RowKeyboard, EnterOpensTheFocusedRow) {
 TEST(RowKeyboard, CtrlACtrlCAndLettersAreLeftToTheWindow) {
   ShownList s(30);
   s.Click(4);
-  for (const auto& [key, modifiers] :
-       std::vector<std::pair<Qt::Key, Qt::KeyboardModifiers>>{
+  for (const auto& [key, modifiers] : std::vector<std::pair<Qt::Key, Qt::KeyboardModifiers>>{
            {Qt::Key_A, kCtrl}, {Qt::Key_C, kCtrl}, {Qt::Key_A, {}}, {Qt::Key_7, {}}}) {
     QKeyEvent event(QEvent::KeyPress, key, modifiers, modifiers ? QString() : QString("7"));
     QApplication::sendEvent(&s.list, &event);

@@ -156,8 +156,8 @@ TEST(RowMouse, TheMenuKeyOpensItAtTheFocusedRowWhichIsBroughtIntoView) {
 TEST(RowMouse, TheWheelScrollsRows) {
   ShownList s(300);
   const QPoint at = s.At(2);
-  QWheelEvent event(at, s.list.viewport()->mapToGlobal(at), QPoint(), QPoint(0, -120),
-                    Qt::NoButton, {}, Qt::NoScrollPhase, false);
+  QWheelEvent event(at, s.list.viewport()->mapToGlobal(at), QPoint(), QPoint(0, -120), Qt::NoButton,
+                    {}, Qt::NoScrollPhase, false);
   QApplication::sendEvent(s.list.viewport(), &event);
   EXPECT_EQ(s.list.TopIndex(), QApplication::wheelScrollLines());
 }

@@ -17,8 +17,9 @@ TEST(CellText, IsCutWhereACharacterEnds) {
 }
 
 TEST(CellText, BytesThatAreNoUtf8ShowAsReplacementCharacters) {
-  const QString text = CellString("a\xff"
-                                  "b");
+  const QString text = CellString(
+      "a\xff"
+      "b");
   EXPECT_EQ(text, QString("a") + QChar(QChar::ReplacementCharacter) + "b");
 }
 

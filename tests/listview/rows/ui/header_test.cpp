@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+
+#include "row_list_rig.h"
+
+namespace {
+
+RowHeader& HeaderOf(ShownList& s) {
+  return static_cast<RowHeader&>(s.list.Header());
+}
+
+// On the right edge of the column.
+QPoint Edge(ShownList& s, Column column) {
+  RowHeader& header = HeaderOf(s);
+  return QPoint(header.ColumnLeft(column) + header.ColumnWidth(column) - 1, header.height() / 2);
+}
+
+void Mouse(ShownList& s, QEvent::Type type, QPoint at) {
+  QWidget* target = HeaderOf(s).viewport();
+  const bool release = type == QEvent::MouseButtonRelease;
+  QMouseEvent event(type, at, target->mapToGlobal(at),
+                    type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
+                    release ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(target, &event);
+}
+
+// Drags from a point through others and lets go at the last.
+void Drag(ShownList& s, QPoint from, const std::vector<int>& steps) {
+  Mouse(s, QEvent::MouseButtonPress, from);
+  QPoint at = from;
+  for (const int step : steps) Mouse(s, QEvent::MouseMove, at = from + QPoint(step, 0));
+  Mouse(s, QEvent::MouseButtonRelease, at);
+}
+
+using Resized = std::vector<std::pair<Column, int>>;
+
+}  // namespace
+
+TEST(RowHeaderDrag, EveryStepIsAskedForAndOnlyTheEndIsTold) {
+  ShownList s(5);
+  Drag(s, Edge(s, Column::Count), {5, 10, 20});
+  EXPECT_EQ(s.owner.asking, (std::vector<int>{65, 70, 80}));
+  EXPECT_EQ(s.owner.resized, (Resized{{Column::Count, 80}}));
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::Count), 80);
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::TicCount), 60) << "the others stay";
+}
+
+TEST(RowHeaderDrag, AWidthBelow16PixelsIsRefusedAndDoesNotMove) {
+  ShownList s(5);
+  Drag(s, Edge(s, Column::Count), {-40, -50, -59});
+  EXPECT_EQ(s.owner.asking, (std::vector<int>{20, 10, 1}));
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::Count), 20);
+  EXPECT_EQ(s.owner.resized, (Resized{{Column::Count, 20}}));
+}
+
+TEST(RowHeaderDrag, ADragRefusedFromBeginningToEndTellsNothing) {
+  ShownList s(5);
+  Drag(s, Edge(s, Column::Count), {-50, -55});
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::Count), 60);
+  EXPECT_EQ(s.owner.resized, Resized{});
+}
+
+TEST(RowHeaderDrag, ARefusedStepComesBackWhenTheMouseDoes) {
+  ShownList s(5);
+  Drag(s, Edge(s, Column::Count), {-50, -20});
+  EXPECT_EQ(s.owner.resized, (Resized{{Column::Count, 40}}));
+}
+
+TEST(RowHeaderDrag, AHiddenColumnCannotBeDraggedOpen) {
+  ShownList s(5);
+  s.list.Header().SetColumnWidth(Column::TicCount, 0);
+  Drag(s, Edge(s, Column::Count) + QPoint(2, 0), {30});
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::TicCount), 0);
+  EXPECT_EQ(s.owner.resized, (Resized{{Column::Count, 90}})) << "the shown neighbour has the edge";
+}
+
+TEST(RowHeaderDrag, AColumnDroppedElsewhereIsToldOnceAndKeepsItsIndex) {
+  ShownList s(5);
+  RowHeader& header = HeaderOf(s);
+  const QPoint inCount(header.ColumnLeft(Column::Count) + 30, header.height() / 2);
+  Drag(s, inCount, {30, 100, 160});
+  EXPECT_EQ(s.owner.reordered, 1);
+  const ColumnOrder order = s.list.Header().GetColumnOrder();
+  EXPECT_EQ(order[0], 0);
+  EXPECT_NE(order[1], 1);
+  EXPECT_EQ(PermutationOf(order), order);
+  EXPECT_EQ(s.owner.resized, Resized{});
+}
+
+TEST(RowHeaderDrag, AColumnDroppedWhereItWasIsNotTold) {
+  ShownList s(5);
+  RowHeader& header = HeaderOf(s);
+  Drag(s, QPoint(header.ColumnLeft(Column::Count) + 30, header.height() / 2), {3});
+  EXPECT_EQ(s.owner.reordered, 0);
+}
+
+TEST(RowHeaderFit, ADoubleClickOnTheEdgeFitsTheColumnToWhatIsOnView) {
+  ShownList s(1000);
+  s.owner.texts[{3, Column::Count}] = "a text that is wider than the column was";
+  s.owner.texts[{500, Column::Count}] = std::string(200, 'w');
+  const int wanted = s.list.Header().StringWidth(s.owner.texts[{3, Column::Count}]);
+  Mouse(s, QEvent::MouseButtonDblClick, Edge(s, Column::Count));
+  Mouse(s, QEvent::MouseButtonRelease, Edge(s, Column::Count));
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::Count), wanted);
+  EXPECT_EQ(s.owner.resized, (Resized{{Column::Count, wanted}}));
+  EXPECT_EQ(s.owner.asking, std::vector<int>{wanted});
+}
+
+TEST(RowHeaderFit, AnEmptyListFitsTheHeadersText) {
+  ShownList s(0);
+  Mouse(s, QEvent::MouseButtonDblClick, Edge(s, Column::Application));
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::Application),
+            s.list.Header().StringWidth("Application"));
+}
+
+TEST(RowHeader, SaysTheColumnsNamesAndFollowsTheirAlignment) {
+  ShownList s(1);
+  const QAbstractItemModel* model = HeaderOf(s).model();
+  for (const ColumnInfo& column : kColumns) {
+    const int section = static_cast<int>(column.column);
+    EXPECT_EQ(model->headerData(section, Qt::Horizontal).toString(), column.header);
+    const int align = model->headerData(section, Qt::Horizontal, Qt::TextAlignmentRole).toInt();
+    EXPECT_EQ((align & Qt::AlignRight) != 0, column.align == ColumnAlign::Right) << column.header;
+    EXPECT_EQ((align & Qt::AlignHCenter) != 0, column.align == ColumnAlign::Centre)
+        << column.header;
+  }
+}
+
+TEST(RowHeader, AClickOnItSortsNothingAndSelectsNothing) {
+  ShownList s(5);
+  s.Click(2);
+  s.owner.Told();
+  RowHeader& header = HeaderOf(s);
+  const QPoint at(header.ColumnLeft(Column::Count) + 30, header.height() / 2);
+  Drag(s, at, {});
+  EXPECT_EQ(s.owner.Told().size(), 0u);
+  EXPECT_EQ(s.States(), "2 f2");
+}
+
+TEST(RowHeader, AWidthThatCodeSetsMayBeLargerThanTheWindowAndThenItScrolls) {
+  ShownList s(5);
+  s.list.Header().SetColumnWidth(Column::Trace, 65535);
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::Trace), 65535);
+  EXPECT_GT(s.list.horizontalScrollBar()->maximum(), 60000);
+}
+
+TEST(RowHeader, AColumnIsShownAsWideAsItsName) {
+  ShownList s(0);
+  const int width = s.list.Header().StringWidth("Application");
+  EXPECT_GE(width,
+            s.list.fontMetrics().horizontalAdvance("Application") + 2 * RowHeader::kCellMarginPx);
+}

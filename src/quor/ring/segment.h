@@ -1,18 +1,22 @@
 // The memory that a traced application shares with the service: its trace map with live settings,
 // its names, and the ring of its traces.
 //
-// Shape    One memfd, sealed against growing and shrinking, laid out as SegmentHeader, points, names,
+// Shape    One memfd, sealed against growing and shrinking, laid out as SegmentHeader, points,
+// names,
 //          ring, each at the offset that the header tells. Both programs run on one machine, so the
 //          header's numbers are native; names and traces in it have the .trc form (big-endian).
-// Owner    Made by the application and passed to the service, which holds it too: what was committed
+// Owner    Made by the application and passed to the service, which holds it too: what was
+// committed
 //          is there when the application is killed.
 // Errors   The service trusts nothing here: it checks every number once, on its own copy.
-// Threads  Many producers (any thread of the application), one consumer (the service).
+// Threads  Many producers (any thread of the application), one consumer: the service, or the
+//          application itself while its sink is a file.
 //
-// The ring. A producer reserves bytes by moving `reserved`, writes the record, and commits it by
-// storing its first word: the record's position and size together. A stale word of an earlier lap
-// holds another position, so nothing needs to be cleared, and the consumer stops at a record that
-// is not committed yet. When the ring is full the newest trace is dropped: `dropped` counts all,
+// The ring is counted in units of 8 bytes. A producer reserves by moving `reserved`, writes the
+// record, and commits it by storing its first word: the record's position and size, mixed with the
+// segment's salt. A stale word of an earlier lap holds another position and the bytes of a text
+// cannot guess the salt, so nothing needs to be cleared, and the consumer stops at a record that is
+// not committed yet. When the ring is full the newest trace is dropped: `dropped` counts all,
 // `pendingDrops` those since the last record, which the next record takes along, so that the loss
 // is told where it happened.
 #pragma once
@@ -26,37 +30,87 @@ constexpr std::uint32_t kSegmentVersion = 1;
 constexpr std::uint32_t kSegmentPoints = 16384;
 constexpr std::uint32_t kSegmentNameBytes = 4u << 20;
 constexpr std::uint32_t kSegmentRingBytes = 8u << 20;  // a power of two
-// The longest record: a fixed part and two texts of 65,535 bytes, and the ring's own header.
-constexpr std::uint32_t kRingRecordBytesMax = 16 + 44 + 2 * 65535 + 8;
+constexpr std::uint32_t kRingUnitBytes = 8;
+// The longest raw trace: a fixed part and two texts of 65,535 bytes.
+constexpr std::uint32_t kRawTraceBytesMax = 44 + 2 * 65535;
 
 struct SegmentPoint {
   std::atomic<std::uint32_t> settings;  // written by the service
   std::uint16_t component, category;    // name ids of the application's own numbering
 };
 
+// A place in the ring and the traces before it in one word, so that both move in one step: the low
+// 40 bits count units, the high 24 bits traces, each modulo its width.
+namespace ring_mark {
+constexpr std::uint64_t kUnitMask = (std::uint64_t{1} << 40) - 1;
+constexpr std::uint32_t kCountMask = (1u << 24) - 1;
+constexpr std::uint64_t Units(std::uint64_t mark) {
+  return mark & kUnitMask;
+}
+constexpr std::uint32_t Count(std::uint64_t mark) {
+  return static_cast<std::uint32_t>(mark >> 40);
+}
+constexpr std::uint64_t Make(std::uint64_t units, std::uint64_t count) {
+  return (units & kUnitMask) | (count << 40);
+}
+// The 64-bit count whose low 24 bits are `low` and which lies nearest to `about`.
+constexpr std::uint64_t Widen(std::uint64_t about, std::uint32_t low) {
+  const std::uint64_t width = std::uint64_t{1} << 24;
+  const std::uint64_t wide = (about & ~(width - 1)) | low;
+  if (wide > about && wide - about > width / 2 && wide >= width) return wide - width;
+  return wide < about && about - wide > width / 2 ? wide + width : wide;
+}
+constexpr std::uint64_t Distance(std::uint64_t from, std::uint64_t to) {
+  return (to - from) & kUnitMask;
+}
+}  // namespace ring_mark
+
+// Who takes the traces out of the ring.
+enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
+
 struct SegmentHeader {
   char magic[8];
   std::uint32_t version, pointCapacity, nameBytes, ringBytes;
   std::uint32_t pointsOffset, namesOffset, ringOffset, pid;
-  std::uint64_t startedNs;      // CLOCK_REALTIME at the start, tells instances of a pid apart
-  std::uint16_t appName, pidName;  // name ids
-  std::uint16_t reservedBits[2];
+  std::uint64_t startedNs;  // CLOCK_REALTIME at the start, tells instances of a pid apart
+  std::uint64_t salt;       // highest bit set: fresh memory never reads as committed
+  std::uint16_t appName, pidName, machineName;  // name ids
+  std::uint16_t spare;
   // Published with release after the entry is written; read with acquire.
   alignas(64) std::atomic<std::uint32_t> pointCount;
-  std::atomic<std::uint32_t> nameBytesUsed;  // names are tag-10 bodies: id, length, text
-  std::atomic<std::uint32_t> settingsVersion;  // the service raises it after changing settings
-  alignas(64) std::atomic<std::uint64_t> reserved;      // bytes ever reserved
-  alignas(64) std::atomic<std::uint64_t> consumed;      // bytes ever consumed
-  std::atomic<std::uint64_t> consumedTraces;            // traces ever consumed
-  alignas(64) std::atomic<std::uint64_t> dropped;       // traces ever dropped
+  std::atomic<std::uint32_t> nameBytesUsed;         // names are tag-10 bodies: id, length, text
+  std::atomic<std::uint32_t> settingsVersion;       // the service raises it after changing settings
+  std::atomic<std::uint32_t> defaultSettings;       // of a point that is registered from now on
+  alignas(64) std::atomic<std::uint64_t> reserved;  // mark behind everything ever reserved
+  std::atomic<std::uint64_t> consumedSeen;          // the producers' copy of `consumed`
+  alignas(64) std::atomic<std::uint64_t> consumed;  // mark behind everything ever consumed
+  std::atomic<std::uint64_t> consumedTraces;        // the same count, 64 bits wide
+  alignas(64) std::atomic<std::uint64_t> dropped;   // traces ever dropped
   std::atomic<std::uint64_t> pendingDrops;
+  std::atomic<std::uint64_t> sinkLost;       // taken by the application's file sink, not written
   std::atomic<std::uint32_t> consumerWaits;  // not 0: write the event descriptor after a commit
 };
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
-// In front of every record of the ring; records begin at multiples of 8 bytes.
+// In front of every record of the ring.
 struct RingRecord {
-  static constexpr std::uint32_t kPadding = 0xFFFFFFFF;  // drops: this record only fills the lap
-  std::atomic<std::uint64_t> word;  // (position << 20) | total bytes: committed
+  std::atomic<std::uint64_t> word;  // RingWord ^ salt: committed
   std::uint32_t drops;              // traces dropped just before this one
   std::uint32_t recordBytes;        // of the raw trace behind this header
 };
+static_assert(sizeof(RingRecord) == 16);
+
+// The word of a committed record: 40 bits of position, then one bit that says that the record only
+// fills the end of the lap (such a record may be one unit long: the word alone), then its units.
+namespace ring_word {
+constexpr std::uint64_t kPadding = 1u << 23;
+constexpr std::uint64_t Make(std::uint64_t units, std::uint64_t size, bool padding) {
+  return (units << 24) | (padding ? kPadding : 0) | size;
+}
+constexpr std::uint64_t Position(std::uint64_t word) {
+  return word >> 24;
+}
+constexpr std::uint32_t Size(std::uint64_t word) {
+  return static_cast<std::uint32_t>(word & (kPadding - 1));
+}
+}  // namespace ring_word

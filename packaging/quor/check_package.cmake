@@ -1,0 +1,60 @@
+# Installs libquor into a folder of its own, builds the examples against it with find_package and
+# with pkg-config, shared and static, and runs them. Any failure ends it with an error.
+set(root ${BUILD}/quor-package-check)
+set(prefix ${root}/prefix)
+file(REMOVE_RECURSE ${root})
+file(MAKE_DIRECTORY ${root})
+# The runs reach no service and start none.
+set(ENV{QUOR_AUTOSTART} 0)
+set(ENV{QUOR_SOCKET} ${root}/none.sock)
+set(flags "")
+if(SANITIZE)
+  set(flags -fsanitize=${SANITIZE})
+endif()
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0)
+    list(JOIN ARGN " " words)
+    message(FATAL_ERROR "${words}\n${output}\nended with ${result}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+function(run_example program)
+  run(${program})
+  if(NOT output MATCHES "traced 4, lost 0")
+    message(FATAL_ERROR "${program} said: ${output}")
+  endif()
+endfunction()
+
+run(${CMAKE_COMMAND} --install ${BUILD} --component quor --prefix ${prefix})
+
+foreach(library quor static)
+  run(${CMAKE_COMMAND} -S ${EXAMPLES} -B ${root}/${library} -D CMAKE_PREFIX_PATH=${prefix}
+      -D CMAKE_C_COMPILER=${CC} -D CMAKE_CXX_COMPILER=${CXX} -D QUOR_LIBRARY=quor::${library}
+      -D CMAKE_C_FLAGS=${flags} -D CMAKE_CXX_FLAGS=${flags})
+  run(${CMAKE_COMMAND} --build ${root}/${library})
+  run_example(${root}/${library}/orders_c)
+  run_example(${root}/${library}/orders_cpp)
+endforeach()
+
+set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBDIR}/pkgconfig)
+execute_process(COMMAND pkg-config --cflags --libs quor OUTPUT_VARIABLE shared
+                COMMAND_ERROR_IS_FATAL ANY)
+separate_arguments(shared UNIX_COMMAND "${shared}")
+run(${CC} -std=c11 -Wall -Wextra -Wpedantic -Werror ${flags} ${EXAMPLES}/orders.c -o ${root}/pc_c
+    ${shared} -Wl,-rpath,${prefix}/${LIBDIR})
+run(${CXX} -std=c++17 -Wall -Wextra -Wpedantic -Werror ${flags} ${EXAMPLES}/orders.cpp
+    -o ${root}/pc_cpp ${shared} -Wl,-rpath,${prefix}/${LIBDIR})
+run_example(${root}/pc_c)
+run_example(${root}/pc_cpp)
+
+# A C program with the static library, linked by the C compiler.
+execute_process(COMMAND pkg-config --cflags --libs --static quor OUTPUT_VARIABLE static
+                COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE "-lquor" "-l:libquor.a" static "${static}")
+separate_arguments(static UNIX_COMMAND "${static}")
+run(${CC} -std=c11 ${flags} ${EXAMPLES}/orders.c -o ${root}/pc_static ${static})
+run_example(${root}/pc_static)
+file(REMOVE_RECURSE ${root})

@@ -1,0 +1,97 @@
+#include "quor/ring/paths.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr const char* kProgram = "quord";
+
+std::string Environment(const char* name) {
+  const char* const value = secure_getenv(name);
+  return value ? value : "";
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool Say(std::string* why, std::string reason) {
+  if (why) *why = std::move(reason);
+  return false;
+}
+
+bool IsProgram(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         access(path.c_str(), X_OK) == 0;
+}
+
+std::string BesideThisExecutable() {
+  char path[4096];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (length <= 0) return {};
+  const std::string program =
+      FolderOf(std::string(path, static_cast<std::size_t>(length))) + "/" + kProgram;
+  return IsProgram(program) ? program : std::string();
+}
+
+std::string OnPath() {
+  const std::string paths = Environment("PATH");
+  for (std::size_t begin = 0; begin <= paths.size();) {
+    std::size_t end = paths.find(':', begin);
+    if (end == std::string::npos) end = paths.size();
+    // An empty or relative entry would start whatever lies in the current folder.
+    if (end > begin && paths[begin] == '/') {
+      const std::string program = paths.substr(begin, end - begin) + "/" + kProgram;
+      if (IsProgram(program)) return program;
+    }
+    begin = end + 1;
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string ServiceSocketPath() {
+  if (std::string path = Environment("QUOR_SOCKET"); !path.empty()) return path;
+  if (const std::string folder = Environment("XDG_RUNTIME_DIR"); !folder.empty())
+    return folder + "/quor/quord.sock";
+  return "/tmp/quor-" + std::to_string(geteuid()) + "/quord.sock";
+}
+
+bool PrepareSocketFolder(const std::string& socketPath, std::string* why) {
+  const std::string folder = FolderOf(socketPath);
+  if (socketPath != Environment("QUOR_SOCKET") && mkdir(folder.c_str(), 0700) != 0 &&
+      errno != EEXIST)
+    return Say(why, folder + ": " + std::strerror(errno));
+  struct stat status {};
+  if (stat(folder.c_str(), &status) != 0) return Say(why, folder + ": " + std::strerror(errno));
+  return SocketFolderIsSafe(socketPath, why);
+}
+
+bool SocketFolderIsSafe(const std::string& socketPath, std::string* why) {
+  const std::string folder = FolderOf(socketPath);
+  if (socketPath == Environment("QUOR_SOCKET")) return true;
+  struct stat status {};
+  // lstat: a link in /tmp may be anybody's.
+  if (lstat(folder.c_str(), &status) != 0) return errno == ENOENT;
+  if (!S_ISDIR(status.st_mode)) return Say(why, folder + ": not a folder");
+  if (status.st_uid != geteuid()) return Say(why, folder + ": belongs to another user");
+  if ((status.st_mode & 022) != 0) return Say(why, folder + ": others may write to it");
+  return true;
+}
+
+std::string ServiceProgram() {
+  if (Environment("QUOR_AUTOSTART") == "0") return {};
+  if (std::string program = Environment("QUOR_QUORD"); !program.empty())
+    return IsProgram(program) ? program : std::string();
+  if (std::string program = BesideThisExecutable(); !program.empty()) return program;
+  return OnPath();
+}

@@ -1,0 +1,152 @@
+#include "quor/ring/ring_consumer.h"
+
+#include <cstring>
+
+#include "quor/ring/trace_bytes.h"
+
+namespace {
+
+// volatile: the application may change the bytes under us, and each must be read once.
+std::uint32_t ReadOnce(const std::uint32_t& from) {
+  return *static_cast<const volatile std::uint32_t*>(&from);
+}
+
+}  // namespace
+
+RingConsumer::RingConsumer(const SegmentMap& segment)
+    : m_header(segment.Header()),
+      m_ring(segment.Ring()),
+      m_ringUnits(segment.Layout().ringBytes / kRingUnitBytes),
+      m_salt(segment.Layout().salt),
+      m_trace(kRawTraceBytesMax) {
+  const std::uint64_t mark = m_header->consumed.load(std::memory_order_acquire);
+  m_units = ring_mark::Units(mark);
+  m_traces = ring_mark::Widen(m_header->consumedTraces.load(std::memory_order_relaxed),
+                              ring_mark::Count(mark));
+}
+
+RingStep RingConsumer::Next(RingItem& item) {
+  item = {};
+  if (m_broken) return RingStep::Broken;
+  // A lap has one padding record and the records between two losses are bounded by the ring, so
+  // this ends; what the application writes meanwhile cannot make it longer than one lap.
+  for (std::uint64_t walked = 0; walked <= m_ringUnits;) {
+    std::uint32_t size = 0;
+    bool padding = false;
+    const Look look = LookAt(m_units, size, padding);
+    if (look == Look::Bad) return Break();
+    if (look == Look::Nothing) break;
+    walked += size;
+    if (padding) {
+      m_units = (m_units + size) & ring_mark::kUnitMask;
+      continue;
+    }
+    const Look taken = TakeAt(size, item);
+    m_units = (m_units + size) & ring_mark::kUnitMask;
+    ++m_traces;
+    m_lookedTwice = false;
+    if (taken == Look::Trace) return RingStep::Item;
+    ++item.damagedBefore;
+  }
+  return TellsLosses(item) ? RingStep::Item : RingStep::Empty;
+}
+
+RingStep RingConsumer::NextOfDead(RingItem& item) {
+  for (;;) {
+    const RingStep step = Next(item);
+    if (step != RingStep::Empty) return step;
+    const std::uint64_t end = ring_mark::Units(m_header->reserved.load(std::memory_order_acquire));
+    const std::uint64_t left = ring_mark::Distance(m_units, end);
+    if (left > m_ringUnits) return Break();
+    if (!SkipToCommitted(left)) {
+      m_units = end;
+      return RingStep::Empty;
+    }
+  }
+}
+
+std::uint64_t RingConsumer::Uncommitted() const {
+  const std::uint64_t mark = m_header->reserved.load(std::memory_order_acquire);
+  return (ring_mark::Count(mark) - m_traces) & ring_mark::kCountMask;
+}
+
+void RingConsumer::Publish() {
+  m_header->consumedTraces.store(m_traces, std::memory_order_relaxed);
+  m_header->consumed.store(ring_mark::Make(m_units, m_traces), std::memory_order_release);
+}
+
+RingConsumer::Wait RingConsumer::BeginWait() {
+  m_header->consumerWaits.exchange(1, std::memory_order_seq_cst);
+  std::uint32_t size = 0;
+  bool padding = false;
+  if (LookAt(m_units, size, padding) != Look::Nothing ||
+      m_header->pendingDrops.load(std::memory_order_relaxed) != 0) {
+    EndWait();
+    return Wait::Ready;
+  }
+  if (m_lookedTwice) return Wait::Asleep;
+  m_lookedTwice = true;
+  return Wait::Soon;
+}
+
+void RingConsumer::EndWait() {
+  m_header->consumerWaits.store(0, std::memory_order_relaxed);
+}
+
+RingRecord* RingConsumer::At(std::uint64_t units) const {
+  return reinterpret_cast<RingRecord*>(m_ring + (units & (m_ringUnits - 1)) * kRingUnitBytes);
+}
+
+RingConsumer::Look RingConsumer::LookAt(std::uint64_t units, std::uint32_t& size,
+                                        bool& padding) const {
+  const std::uint64_t word = At(units)->word.load(std::memory_order_acquire) ^ m_salt;
+  if (ring_word::Position(word) != units) return Look::Nothing;
+  size = ring_word::Size(word);
+  padding = (word & ring_word::kPadding) != 0;
+  const std::uint64_t toEnd = m_ringUnits - (units & (m_ringUnits - 1));
+  if (size == 0 || size > toEnd) return Look::Bad;
+  if (padding) return size == toEnd ? Look::Trace : Look::Bad;
+  return size * kRingUnitBytes >= sizeof(RingRecord) + RawTrace::kFixedBytes ? Look::Trace
+                                                                             : Look::Bad;
+}
+
+RingConsumer::Look RingConsumer::TakeAt(std::uint32_t size, RingItem& item) {
+  const RingRecord* const record = At(m_units);
+  const std::uint32_t drops = ReadOnce(record->drops);
+  const std::uint32_t bytes = ReadOnce(record->recordBytes);
+  item.dropsBefore += drops;
+  m_drops += drops;
+  if (bytes > kRawTraceBytesMax || bytes > size * kRingUnitBytes - sizeof(RingRecord))
+    return Look::Damaged;
+  std::memcpy(m_trace.data(), record + 1, bytes);
+  item.trace = Bytes(m_trace.data(), bytes);
+  if (IsWholeTrace(item.trace)) return Look::Trace;
+  item.trace = {};
+  return Look::Damaged;
+}
+
+bool RingConsumer::SkipToCommitted(std::uint64_t left) {
+  for (std::uint64_t skipped = 1; skipped < left; ++skipped) {
+    const std::uint64_t units = (m_units + skipped) & ring_mark::kUnitMask;
+    std::uint32_t size = 0;
+    bool padding = false;
+    if (LookAt(units, size, padding) != Look::Trace || size > left - skipped) continue;
+    m_units = units;
+    return true;
+  }
+  return false;
+}
+
+RingStep RingConsumer::Break() {
+  m_broken = true;
+  return RingStep::Broken;
+}
+
+bool RingConsumer::TellsLosses(RingItem& item) {
+  if (m_header->pendingDrops.load(std::memory_order_relaxed) != 0) {
+    const std::uint64_t drops = m_header->pendingDrops.exchange(0, std::memory_order_relaxed);
+    item.dropsBefore += drops;
+    m_drops += drops;
+  }
+  return item.dropsBefore != 0 || item.damagedBefore != 0;
+}

@@ -1,0 +1,72 @@
+// Takes the traces of this process out of its ring and writes them as a .trc file.
+//
+// Shape    Each file has its own header and the names that its traces use; a trace gets its number
+//          here. Losses stand in the file where they happened, as traces of component "Quor",
+//          category "Loss", severity Warn, text "N traces lost: reason", without a number.
+// Owner    Borrows the segment and the names.
+// Errors   Traces that cannot be written are counted in the segment's sinkLost and told by
+//          TakeReport; the file is tried again every second.
+// Threads  One at a time: the link thread, or a traced one when every trace is pushed.
+#pragma once
+
+#include <bitset>
+#include <memory>
+#include <string>
+
+#include "quor/ring/ring_consumer.h"
+#include "quor/ring/trace_bytes.h"
+#include "quor/runtime/name_table.h"
+#include "quor/runtime/sink_files.h"
+
+class FileSink {
+ public:
+  struct LossNames {
+    NameId machine, app, pid, tid, component, category;
+  };
+
+  FileSink(const SegmentMap& segment, const NameTable& names, const LossNames& lossNames,
+           std::string path, const SinkOptions& options);
+  ~FileSink();
+
+  // Takes what is committed, at most `traces`. Gives how many it took.
+  std::size_t Drain(std::size_t traces);
+  // Hands what is buffered to the kernel.
+  void Push();
+  bool HoldsBytes() const { return m_used != 0; }
+  RingConsumer::Wait BeginWait() { return m_ring.BeginWait(); }
+  void EndWait() { m_ring.EndWait(); }
+
+  // What has to be told to the service; at most one report a second. False: nothing.
+  bool TakeReport(std::uint64_t* lost, std::string* text);
+  // In a fork's child.
+  void Abandon();
+
+ private:
+  static constexpr std::size_t kBufferBytes = 64 * 1024;
+  static constexpr std::size_t kSlackBytes =
+      kTrcHeaderBytes + 4 * (1 + kRawTraceBytesMax + 7 * (5 + NameTable::kNameBytesMax));
+  bool Ready();
+  void Take(const RingItem& item);
+  void AppendTrace(Bytes trace, std::uint32_t number);
+  void AppendNames(const std::uint8_t* trace);
+  void AppendName(NameId id);
+  void AppendLoss(std::uint64_t lost, const char* reason);
+  void BeginFile();
+  void Fail(std::uint64_t lost, const std::string& why);
+
+  SegmentHeader* m_header;
+  const NameTable& m_names;
+  const LossNames m_lossNames;
+  const SinkOptions m_options;
+  RingConsumer m_ring;
+  SinkFiles m_files;
+  std::unique_ptr<std::uint8_t[]> m_buffer;  // kBufferBytes, and room for what passes that mark
+  std::size_t m_used = 0;
+  std::bitset<65536> m_written;  // names that the current file has
+  std::uint32_t m_number = 0;
+  std::uint64_t m_buffered = 0;  // traces in the buffer
+  std::uint64_t m_missed = 0;    // lost since the last one that was written
+  std::uint64_t m_unreported = 0;
+  std::uint64_t m_retryNs = 0, m_reportNs = 0;
+  std::string m_why;
+};

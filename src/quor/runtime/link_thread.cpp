@@ -1,0 +1,355 @@
+#include "quor/runtime/link_thread.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/prctl.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "quor/ring/link_socket.h"
+#include "quor/ring/paths.h"
+#include "quor/runtime/runtime.h"
+
+namespace {
+
+constexpr std::uint64_t kMsNs = 1'000'000;
+constexpr unsigned kPauseMinMs = 50, kPauseMaxMs = 2000;
+constexpr unsigned kStartPauseMs = 20;   // between tries while the service starts
+constexpr unsigned kStartMs = 3000;      // how long it may take
+constexpr unsigned kPointsPauseMs = 10;  // registrations of that time are told together
+constexpr unsigned kBusyPauseMs = 4;     // between drains of a busy ring
+constexpr unsigned kIdlePushMs = 100;    // what is buffered reaches the file after that
+constexpr std::size_t kDrainTraces = 8192;
+
+std::uint64_t NowMs() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return static_cast<std::uint64_t>(time.tv_sec) * 1000 +
+         static_cast<std::uint64_t>(time.tv_nsec) / kMsNs;
+}
+
+void SleepMs(unsigned milliseconds) {
+  const timespec time{milliseconds / 1000, static_cast<long>(milliseconds % 1000 * kMsNs)};
+  nanosleep(&time, nullptr);
+}
+
+void ClearEvent(int descriptor) {
+  std::uint64_t count;
+  [[maybe_unused]] const ssize_t got = read(descriptor, &count, sizeof count);
+}
+
+}  // namespace
+
+struct LinkThread::Session {
+  LinkDecoder decoder;
+  std::uint64_t nextTryMs = 0, startEndsMs = 0, pointsDueMs = 0;
+  unsigned pauseMs = kPauseMinMs;
+  bool startedService = false;
+  int sinkWaitMs = -1;
+  std::uint64_t pushDueMs = 0;
+};
+
+LinkThread& LinkThread::Get() {
+  // Never destroyed: the thread outlives the static destructors.
+  alignas(LinkThread) static unsigned char storage[sizeof(LinkThread)];
+  static LinkThread* const link = new (storage) LinkThread;
+  return *link;
+}
+
+void LinkThread::Start() {
+  m_wake.store(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  m_state.store(State::Trying);
+  sigset_t all, before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  pthread_t thread;
+  if (pthread_create(&thread, nullptr, Enter, this) == 0)
+    pthread_detach(thread);
+  else
+    m_state.store(State::Alone);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void LinkThread::TellPoints() {
+  if (!m_pointsChanged.exchange(true)) Wake();
+}
+
+void LinkThread::TellName() {
+  m_nameChanged.store(true);
+  Wake();
+}
+
+void LinkThread::Wake() {
+  const int wake = m_wake.load();
+  const std::uint64_t one = 1;
+  if (wake >= 0) [[maybe_unused]]
+    const ssize_t written = write(wake, &one, sizeof one);
+}
+
+void* LinkThread::Enter(void* self) {
+  prctl(PR_SET_NAME, "quor");
+  // Nothing may leave the runtime, least of all an exception: without memory the link rests and
+  // the traces stay in the ring.
+  for (;;) {
+    try {
+      static_cast<LinkThread*>(self)->Run();
+    } catch (...) {
+      SleepMs(kPauseMaxMs);
+    }
+  }
+}
+
+void LinkThread::Run() {
+  Session session;
+  for (;;) {
+    if (m_nameChanged.exchange(false)) Disconnect(session);
+    if (m_socket.load() < 0 && NowMs() >= session.nextTryMs) Connect(session);
+    SayWhatIsNew(session);
+    ServeSink(session);
+    Wait(session);
+  }
+}
+
+void LinkThread::Wait(Session& session) {
+  const std::uint64_t now = NowMs();
+  const auto until = [now](std::uint64_t due) {
+    return due <= now ? 0 : static_cast<int>(std::min<std::uint64_t>(due - now, 60'000));
+  };
+  int timeout = -1;
+  const auto atMost = [&timeout](int ms) { timeout = timeout < 0 ? ms : std::min(timeout, ms); };
+  if (m_socket.load() < 0) atMost(until(session.nextTryMs));
+  if (m_socket.load() >= 0 && m_pointsChanged.load()) atMost(until(session.pointsDueMs));
+  if (session.sinkWaitMs >= 0) atMost(session.sinkWaitMs);
+  const bool sink = m_sink.load() != nullptr;
+  pollfd ready[3] = {{m_wake.load(), POLLIN, 0},
+                     {m_socket.load(), POLLIN, 0},
+                     {sink ? Runtime::Get().EventDescriptor() : -1, POLLIN, 0}};
+  poll(ready, 3, timeout);
+  if (ready[0].revents != 0) ClearEvent(ready[0].fd);
+  if (ready[2].revents != 0) ClearEvent(ready[2].fd);
+  if (ready[1].revents != 0) Receive(session);
+}
+
+void LinkThread::Connect(Session& session) {
+  const std::string path = ServiceSocketPath();
+  const int socket = SocketFolderIsSafe(path) ? ConnectToService(path.c_str()) : -1;
+  if (socket < 0) {
+    NoService(session);
+    return;
+  }
+  Runtime& runtime = Runtime::Get();
+  LinkHello hello;
+  hello.pid = static_cast<std::uint32_t>(getpid());
+  hello.startedNs = runtime.Segment().Layout().startedNs;
+  hello.taker = m_sink.load() ? RingTaker::Application : RingTaker::Service;
+  hello.app = std::string(runtime.AppName());
+  const int descriptors[2] = {runtime.Segment().Descriptor(), runtime.EventDescriptor()};
+  session.decoder = LinkDecoder();
+  m_socket.store(socket);
+  if (!SendOnLink(socket, EncodeHello(hello), descriptors, 2)) {
+    Disconnect(session);
+    NoService(session);
+    return;
+  }
+  // From now on the kernel keeps the segment for the service, even if this process ends.
+  m_state.store(State::Linked);
+}
+
+// Starts a service on the first need only: one that was stopped on purpose stays so.
+void LinkThread::NoService(Session& session) {
+  const std::uint64_t now = NowMs();
+  if (!session.startedService) {
+    session.startedService = true;
+    const std::string program = ServiceProgram();
+    if (!program.empty() && StartService(program)) session.startEndsMs = now + kStartMs;
+  }
+  if (now < session.startEndsMs) {
+    session.nextTryMs = now + kStartPauseMs;
+    return;
+  }
+  if (m_state.load() == State::Trying) m_state.store(State::Alone);
+  session.nextTryMs = now + session.pauseMs;
+  session.pauseMs = std::min(2 * session.pauseMs, kPauseMaxMs);
+}
+
+void LinkThread::Disconnect(Session& session) {
+  const int socket = m_socket.exchange(-1);
+  if (socket >= 0) close(socket);
+  session.nextTryMs = 0;
+}
+
+void LinkThread::Receive(Session& session) {
+  std::uint8_t bytes[4096];
+  LinkReceived got = ReceiveOnLink(m_socket.load(), bytes, sizeof bytes);
+  for (int i = 0; i < got.descriptorCount; ++i) close(got.descriptors[i]);
+  const std::uint8_t* from = bytes;
+  bool good = !got.ended;
+  while (good) {
+    LinkFrame frame;
+    const LinkDecoder::Result result = session.decoder.Feed(from, bytes + got.bytes, frame);
+    if (result == LinkDecoder::Result::More) break;
+    good = result == LinkDecoder::Result::Frame && Handle(session, frame);
+  }
+  if (good) return;
+  Disconnect(session);
+  session.nextTryMs = NowMs() + session.pauseMs;
+  session.pauseMs = std::min(2 * session.pauseMs, kPauseMaxMs);
+}
+
+bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
+  switch (frame.type) {
+    case LinkType::Welcome:
+      session.pauseMs = kPauseMinMs;
+      return true;
+    case LinkType::Poke:
+      Runtime::Get().TakeSettings();
+      return true;
+    case LinkType::Sink:
+      SetSink(frame.sink);
+      return SendOnLink(m_socket.load(),
+                        EncodeTaker(m_sink.load() ? RingTaker::Application : RingTaker::Service));
+    case LinkType::Refused:
+      session.pauseMs = kPauseMaxMs;
+      return false;
+    default:
+      return false;
+  }
+}
+
+void LinkThread::SetSink(const LinkSink& sink) {
+  Runtime& runtime = Runtime::Get();
+  OwnerGuard guard(m_sinkLock);
+  FileSink* const old = m_sink.load();
+  const bool same = sink.kind == m_sinkSetting.kind && sink.name == m_sinkSetting.name &&
+                    sink.options == m_sinkSetting.options;
+  if (!guard || (same && (old != nullptr) == (sink.kind == SinkKind::File))) return;
+  m_sinkSetting = sink;
+  runtime.Hot().pushEach.store(false);
+  if (old) {
+    while (old->Drain(kDrainTraces) != 0) {
+    }
+    old->EndWait();
+    m_sink.store(nullptr);
+    delete old;
+  }
+  if (sink.kind != SinkKind::File) return;
+  const SinkOptions options = SinkOptions::Parse(sink.options);
+  HotState& hot = runtime.Hot();
+  const FileSink::LossNames names = {
+      hot.machine, hot.app.load(),   runtime.EnterName("Quor"), runtime.EnterName("Loss"),
+      hot.pid,     hot.unknownThread};
+  m_sink.store(new FileSink(runtime.Segment(), runtime.Names(), names, sink.name, options));
+  hot.pushEach.store(options.flush || m_ending.load());
+}
+
+void LinkThread::ServeSink(Session& session) {
+  session.sinkWaitMs = -1;
+  OwnerGuard guard(m_sinkLock);
+  FileSink* const sink = m_sink.load();
+  if (!guard || !sink) return;
+  const std::uint64_t now = NowMs();
+  const std::size_t taken = sink->Drain(kDrainTraces);
+  if (taken == kDrainTraces) {
+    session.sinkWaitMs = 0;
+  } else if (taken != 0) {
+    session.sinkWaitMs = kBusyPauseMs;
+  } else {
+    const RingConsumer::Wait wait = sink->BeginWait();
+    if (wait == RingConsumer::Wait::Ready) session.sinkWaitMs = 0;
+    if (wait == RingConsumer::Wait::Soon) session.sinkWaitMs = RingConsumer::kRecheckMs;
+  }
+  if (!sink->HoldsBytes()) {
+    session.pushDueMs = now + kIdlePushMs;
+  } else if (now >= session.pushDueMs) {
+    sink->Push();
+    session.pushDueMs = now + kIdlePushMs;
+  } else if (session.sinkWaitMs < 0) {
+    session.sinkWaitMs = static_cast<int>(session.pushDueMs - now);
+  }
+  std::uint64_t lost = 0;
+  std::string text;
+  if (m_socket.load() >= 0 && sink->TakeReport(&lost, &text))
+    SendOnLink(m_socket.load(), EncodeReport({lost, text}));
+}
+
+void LinkThread::SayWhatIsNew(Session& session) {
+  if (m_socket.load() < 0 || !m_pointsChanged.load() || NowMs() < session.pointsDueMs) return;
+  m_pointsChanged.store(false);
+  session.pointsDueMs = NowMs() + kPointsPauseMs;
+  if (!SendOnLink(m_socket.load(), EncodePoints())) Disconnect(session);
+}
+
+void LinkThread::PushSink() {
+  do {
+    m_again.store(false);
+    OwnerGuard guard(m_sinkLock);
+    if (!guard) {
+      // A signal handler that interrupted a push of its own thread: that one does it once more.
+      m_again.store(true);
+      return;
+    }
+    FileSink* const sink = m_sink.load();
+    if (!sink) return;
+    while (sink->Drain(kDrainTraces) == kDrainTraces) {
+    }
+    sink->Push();
+  } while (m_again.load());
+}
+
+bool LinkThread::WaitUntilTaken(unsigned milliseconds) {
+  Runtime& runtime = Runtime::Get();
+  if (runtime.Hot().generation.load() == 0 || !runtime.Segment()) return true;
+  const SegmentHeader* const header = runtime.Segment().Header();
+  const std::uint64_t target = ring_mark::Units(header->reserved.load(std::memory_order_acquire));
+  const std::uint64_t deadline = NowMs() + milliseconds;
+  for (;;) {
+    if (m_sink.load()) PushSink();
+    const std::uint64_t consumed =
+        ring_mark::Units(header->consumed.load(std::memory_order_acquire));
+    const std::uint64_t left = ring_mark::Distance(consumed, target);
+    if (left == 0 || left > ring_mark::kUnitMask / 2) return true;
+    if (NowMs() >= deadline) return false;
+    SleepMs(1);
+  }
+}
+
+void LinkThread::AtExit() {
+  constexpr unsigned kExitWaitMs = 1500;
+  m_ending.store(true);
+  // Traces of static destructors that run later are not buffered any more.
+  if (m_sink.load()) {
+    Runtime::Get().Hot().pushEach.store(true);
+    PushSink();
+  }
+  const std::uint64_t deadline = NowMs() + kExitWaitMs;
+  while (m_state.load() == State::Trying && NowMs() < deadline) SleepMs(2);
+}
+
+void LinkThread::BeforeFork() {
+  m_heldAtFork = !m_sinkLock.Lock();
+}
+
+void LinkThread::AfterForkInParent() {
+  if (!m_heldAtFork) m_sinkLock.Unlock();
+}
+
+// The thread is not there any more; what it had open belongs to the parent.
+void LinkThread::AfterForkInChild() {
+  m_sinkLock.AfterFork(m_heldAtFork);
+  for (std::atomic<int>* descriptor : {&m_socket, &m_wake}) {
+    const int open = descriptor->exchange(-1);
+    if (open >= 0) close(open);
+  }
+  // Left behind, not destroyed: destruction would write the parent's traces a second time.
+  if (FileSink* const sink = m_sink.exchange(nullptr)) sink->Abandon();
+  m_sinkSetting = LinkSink();
+  m_state.store(State::Off);
+  m_pointsChanged.store(false);
+  m_nameChanged.store(false);
+}

@@ -1,0 +1,65 @@
+// The one thread of the runtime: keeps the link to the service, takes settings over when poked, and
+// writes the file sink.
+//
+// Shape    Named "quor", every signal blocked, started with the segment. While no service answers
+// it
+//          tries again with a growing pause; the same segment is handed over each time, so that
+//          nothing that is in the ring is lost.
+// Owner    Lives until the process ends.
+// Threads  Every function here may be called from any thread.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "quor/ring/link.h"
+#include "quor/runtime/file_sink.h"
+#include "quor/runtime/owner_lock.h"
+
+class LinkThread {
+ public:
+  static LinkThread& Get();
+
+  void Start();
+  void TellPoints();  // points were registered
+  void TellName();    // the application has another name: introduce it anew
+  // Writes what is in the ring when the sink is a file. From a trace that is to be pushed.
+  void PushSink();
+  // Waits until everything traced before the call was taken, and written if the sink is a file.
+  bool WaitUntilTaken(unsigned milliseconds);
+  // At the end of the process: gives a service that is being started the chance to take the
+  // segment.
+  void AtExit();
+
+  void BeforeFork();
+  void AfterForkInParent();
+  void AfterForkInChild();
+
+ private:
+  enum class State { Off, Trying, Linked, Alone };
+  struct Session;  // what only the thread itself touches
+
+  static void* Enter(void* self);
+  void Run();
+  void Wait(Session& session);
+  void Connect(Session& session);
+  void NoService(Session& session);
+  void Disconnect(Session& session);
+  void Receive(Session& session);
+  bool Handle(Session& session, const LinkFrame& frame);
+  void SetSink(const LinkSink& sink);
+  void ServeSink(Session& session);
+  void SayWhatIsNew(Session& session);
+  void Wake();
+
+  std::atomic<State> m_state{State::Off};
+  std::atomic<int> m_wake{-1}, m_socket{-1};
+  std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false}, m_ending{false};
+  // The sink and who may touch it. `m_again`: a push came while its own thread was pushing.
+  OwnerLock m_sinkLock;
+  std::atomic<FileSink*> m_sink{nullptr};
+  std::atomic<bool> m_again{false};
+  LinkSink m_sinkSetting;
+  bool m_heldAtFork = false;
+};

@@ -1,0 +1,61 @@
+#include "quor/runtime/name_table.h"
+
+#include <cstring>
+
+#include "quor/ring/trace_bytes.h"
+
+namespace {
+
+std::uint64_t Hash(std::string_view text) {
+  std::uint64_t hash = 14695981039346656037u;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+  return hash ^ (hash >> 32);
+}
+
+}  // namespace
+
+void NameTable::Begin(const SegmentMap& segment) {
+  m_area = segment.Names();
+  m_capacity = segment.Layout().nameBytes;
+  m_used = &segment.Header()->nameBytesUsed;
+  m_count = 0;
+  std::memset(m_slots, 0, sizeof m_slots);
+  Append(kNoRoomId, kNoRoomText);
+  Enter({});
+}
+
+void NameTable::Move(const SegmentMap& segment) {
+  const std::uint32_t used = m_used->load(std::memory_order_relaxed);
+  std::memcpy(segment.Names(), m_area, used);
+  m_area = segment.Names();
+  m_used = &segment.Header()->nameBytesUsed;
+  m_used->store(used, std::memory_order_release);
+}
+
+NameId NameTable::Enter(std::string_view text) {
+  text = text.substr(0, CutLength(text.data(), text.size(), kNameBytesMax));
+  std::uint32_t slot = Hash(text) % kSlots;
+  for (; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
+    const auto id = static_cast<NameId>(m_slots[slot] - 1);
+    if (Text(id) == text) return id;
+  }
+  const auto id = static_cast<NameId>(m_count);
+  if (m_count == kNoRoomId || !Append(id, text)) return kNoRoomId;
+  ++m_count;
+  m_slots[slot] = static_cast<std::uint16_t>(m_count);
+  return id;
+}
+
+std::string_view NameTable::Text(NameId id) const {
+  const std::uint8_t* const body = m_area + m_offsets[id];
+  return {reinterpret_cast<const char*>(body) + kNameBodyBytes, LoadBe16(body + 2)};
+}
+
+bool NameTable::Append(NameId id, std::string_view text) {
+  const std::uint32_t used = m_used->load(std::memory_order_relaxed);
+  if (m_capacity - used < kNameBodyBytes + text.size()) return false;
+  m_offsets[id] = used;
+  const std::size_t bytes = StoreName(m_area + used, id, text);
+  m_used->store(used + static_cast<std::uint32_t>(bytes), std::memory_order_release);
+  return true;
+}

@@ -1,0 +1,39 @@
+// The names of this process by text and by id: what stands in the segment's name area.
+//
+// Shape    Ids count up from 0, which is the empty name. When they or the area are used up, every
+//          further text gets kNoRoomId, whose name says so: never a wrong name.
+// Owner    Tables of fixed size in static storage: nothing is allocated, so a thread's first trace
+//          may happen in a signal handler. The texts lie in the segment.
+// Threads  Enter and Move under the caller's lock; Text of an id that was entered: any.
+#pragma once
+
+#include <string_view>
+
+#include "quor/ring/segment_map.h"
+#include "records/name_map.h"
+
+class NameTable {
+ public:
+  static constexpr NameId kNoRoomId = 65535;
+  static constexpr std::size_t kNameBytesMax = 4096;  // a longer name is cut
+  static constexpr std::string_view kNoRoomText = "(no room for more names)";
+
+  // Begins with the names 0 and kNoRoomId in an empty segment.
+  void Begin(const SegmentMap& segment);
+  // Takes the names along into another, empty segment; ids stay what they are.
+  void Move(const SegmentMap& segment);
+  NameId Enter(std::string_view text);
+  std::string_view Text(NameId id) const;
+  std::uint32_t Count() const { return m_count; }
+
+ private:
+  static constexpr std::uint32_t kSlots = 131072;
+  bool Append(NameId id, std::string_view text);
+
+  std::uint8_t* m_area;
+  std::uint32_t m_capacity;
+  std::atomic<std::uint32_t>* m_used;
+  std::uint32_t m_count;           // ids given, kNoRoomId not among them
+  std::uint32_t m_offsets[65536];  // of the body in the area
+  std::uint16_t m_slots[kSlots];   // id + 1; 0: free
+};

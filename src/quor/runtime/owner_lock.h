@@ -1,0 +1,48 @@
+// A lock for the rare paths of the runtime that knows its owner, so that a signal handler which
+// interrupted the owner is told so instead of waiting for ever.
+//
+// Threads  Any, also in a signal handler. Never held over a call of the application.
+#pragma once
+
+#include <sched.h>
+#include <unistd.h>
+
+#include <atomic>
+
+class OwnerLock {
+ public:
+  // False when this very thread holds it already.
+  bool Lock() noexcept {
+    const int self = gettid();
+    for (;;) {
+      int expected = 0;
+      if (m_owner.compare_exchange_weak(expected, self, std::memory_order_acquire)) return true;
+      if (expected == self) return false;
+      if (expected != 0) sched_yield();
+    }
+  }
+  void Unlock() noexcept { m_owner.store(0, std::memory_order_release); }
+  // In the child of a fork: `held` tells whether code that this thread interrupted still holds it.
+  void AfterFork(bool held) noexcept {
+    m_owner.store(held ? gettid() : 0, std::memory_order_relaxed);
+  }
+
+ private:
+  std::atomic<int> m_owner{0};
+};
+
+// Holds a lock for a scope, where it can be had.
+class OwnerGuard {
+ public:
+  explicit OwnerGuard(OwnerLock& lock) noexcept : m_lock(lock), m_held(lock.Lock()) {}
+  ~OwnerGuard() {
+    if (m_held) m_lock.Unlock();
+  }
+  OwnerGuard(const OwnerGuard&) = delete;
+  OwnerGuard& operator=(const OwnerGuard&) = delete;
+  explicit operator bool() const noexcept { return m_held; }
+
+ private:
+  OwnerLock& m_lock;
+  const bool m_held;
+};

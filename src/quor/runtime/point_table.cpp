@@ -1,0 +1,79 @@
+#include "quor/runtime/point_table.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "quor/runtime/runtime.h"
+
+void PointTable::Begin(const SegmentMap& segment, NameTable& names) {
+  m_header = segment.Header();
+  m_entries = segment.Points();
+  m_capacity = std::min(segment.Layout().pointCapacity, kSegmentPoints);
+  m_noRoomComponent = names.Enter("Quor");
+  m_noRoomCategory = names.Enter(kNoRoomCategory);
+  m_points = nullptr;
+  std::memset(m_slots, 0, sizeof m_slots);
+  m_header->defaultSettings.store(kSupport, std::memory_order_relaxed);
+}
+
+void PointTable::Move(const SegmentMap& segment) {
+  const std::uint32_t count = m_header->pointCount.load(std::memory_order_relaxed);
+  SegmentPoint* const entries = segment.Points();
+  for (std::uint32_t i = 0; i < count; ++i) {
+    entries[i].settings.store(m_entries[i].settings.load(std::memory_order_relaxed),
+                              std::memory_order_relaxed);
+    entries[i].component = m_entries[i].component;
+    entries[i].category = m_entries[i].category;
+  }
+  segment.Header()->defaultSettings.store(m_header->defaultSettings.load(std::memory_order_relaxed),
+                                          std::memory_order_relaxed);
+  segment.Header()->pointCount.store(count, std::memory_order_release);
+  m_header = segment.Header();
+  m_entries = entries;
+}
+
+void PointTable::Register(quor_point* point, NameTable& names) {
+  const NameId component = names.Enter(point->component ? point->component : "");
+  const NameId category = names.Enter(point->category ? point->category : "");
+  point->id = EntryOf(component, category);
+  point->names[0] = __builtin_bswap16(component);
+  point->names[1] = __builtin_bswap16(category);
+  point->next = m_points;
+  m_points = point;
+  const std::uint32_t settings = m_entries[point->id].settings.load(std::memory_order_relaxed);
+  __atomic_store_n(&point->settings, settings & kSettingsMask, __ATOMIC_RELEASE);
+}
+
+void PointTable::TakeSettings() {
+  for (quor_point* point = m_points; point; point = point->next) {
+    const std::uint32_t settings = m_entries[point->id].settings.load(std::memory_order_relaxed);
+    __atomic_store_n(&point->settings, settings & kSettingsMask, __ATOMIC_RELAXED);
+  }
+}
+
+std::uint32_t PointTable::AnySettings() const {
+  const std::uint32_t count = m_header->pointCount.load(std::memory_order_relaxed);
+  std::uint32_t any = 0;
+  for (std::uint32_t i = 0; i < count; ++i)
+    any |= m_entries[i].settings.load(std::memory_order_relaxed);
+  return any;
+}
+
+std::uint32_t PointTable::EntryOf(NameId component, NameId category) {
+  const std::uint32_t key = (std::uint32_t{component} << 16) | category;
+  std::uint32_t slot = (key * 2654435761u) % kSlots;
+  for (; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
+    const SegmentPoint& entry = m_entries[m_slots[slot] - 1];
+    if (entry.component == component && entry.category == category) return m_slots[slot] - 1u;
+  }
+  const std::uint32_t count = m_header->pointCount.load(std::memory_order_relaxed);
+  if (count == m_capacity) return count - 1;
+  const bool last = count + 1 == m_capacity;
+  m_entries[count].component = last ? m_noRoomComponent : component;
+  m_entries[count].category = last ? m_noRoomCategory : category;
+  m_entries[count].settings.store(m_header->defaultSettings.load(std::memory_order_relaxed),
+                                  std::memory_order_relaxed);
+  m_header->pointCount.store(count + 1, std::memory_order_release);
+  if (!last) m_slots[slot] = static_cast<std::uint16_t>(count + 1);
+  return count;
+}

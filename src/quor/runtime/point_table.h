@@ -1,0 +1,37 @@
+// The trace map of this process: points by component and category, and their settings words.
+//
+// Shape    Points of the same component and category share an entry. When the segment has no more
+//          entries, all further points share the last one, whose category says so.
+// Owner    Borrows the points of the application, for ever.
+// Threads  Under the runtime's lock.
+#pragma once
+
+#include "quor/quor.h"
+#include "quor/ring/segment_map.h"
+#include "quor/runtime/name_table.h"
+
+class PointTable {
+ public:
+  static constexpr const char* kNoRoomCategory = "(no room for more trace points)";
+
+  void Begin(const SegmentMap& segment, NameTable& names);
+  // Takes the entries along into another, empty segment, with their settings.
+  void Move(const SegmentMap& segment);
+  // Enters the point and sets its fields, the settings last.
+  void Register(quor_point* point, NameTable& names);
+  // Copies the settings of the segment into every registered point.
+  void TakeSettings();
+  // Every bit that any entry of the segment has.
+  std::uint32_t AnySettings() const;
+
+ private:
+  std::uint32_t EntryOf(NameId component, NameId category);
+
+  static constexpr std::uint32_t kSlots = 4 * kSegmentPoints;
+  SegmentHeader* m_header;
+  SegmentPoint* m_entries;
+  std::uint32_t m_capacity;
+  NameId m_noRoomComponent, m_noRoomCategory;
+  quor_point* m_points;           // registered, linked by `next`
+  std::uint16_t m_slots[kSlots];  // entry + 1; 0: free
+};

@@ -1,0 +1,253 @@
+#include "quor/runtime/runtime.h"
+
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <sys/random.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "quor/runtime/link_thread.h"
+#include "quor/runtime/stack.h"
+
+namespace {
+
+std::uint64_t NowNs(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
+         static_cast<std::uint64_t>(time.tv_nsec);
+}
+
+std::uint64_t HardToGuess() {
+  std::uint64_t number = 0;
+  if (getrandom(&number, sizeof number, GRND_NONBLOCK) != sizeof number)
+    number =
+        NowNs(CLOCK_MONOTONIC) * 0x9E3779B97F4A7C15u ^ reinterpret_cast<std::uintptr_t>(&number);
+  return number;
+}
+
+SegmentSizes WantedSizes() {
+  SegmentSizes sizes;
+  const char* const megabytes = secure_getenv("QUOR_RING_MIB");
+  const unsigned long wanted = megabytes ? std::strtoul(megabytes, nullptr, 10) : 0;
+  if (wanted >= 1 && wanted <= 1024) {
+    sizes.ringBytes = 1u << 20;
+    while (sizes.ringBytes < wanted << 20) sizes.ringBytes <<= 1;
+  }
+  return sizes;
+}
+
+std::string_view MachineName(char (&buffer)[256]) {
+  if (gethostname(buffer, sizeof buffer) != 0) return "localhost";
+  buffer[sizeof buffer - 1] = '\0';
+  return {buffer, std::strcspn(buffer, ".")};
+}
+
+std::string_view ExecutableName(char (&buffer)[4096]) {
+  const ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer);
+  if (length <= 0) return "application";
+  const std::string_view path(buffer, static_cast<std::size_t>(length));
+  return path.substr(path.rfind('/') + 1);
+}
+
+// Raw storage: constructed before the first use, destroyed never.
+alignas(Runtime) unsigned char g_storage[sizeof(Runtime)];
+std::atomic<int> g_constructed{0};  // 0: no, 1: being done, 2: done
+
+}  // namespace
+
+Runtime& Runtime::Get() {
+  auto* const runtime = reinterpret_cast<Runtime*>(g_storage);
+  if (__builtin_expect(g_constructed.load(std::memory_order_acquire) == 2, 1)) return *runtime;
+  int expected = 0;
+  if (g_constructed.compare_exchange_strong(expected, 1, std::memory_order_acquire)) {
+    // Default-initialised: the large tables stay untouched zero pages until they are used.
+    new (g_storage) Runtime;
+    pthread_atfork([] { Get().BeforeFork(); }, [] { Get().AfterForkInParent(); },
+                   [] { Get().AfterForkInChild(); });
+    g_constructed.store(2, std::memory_order_release);
+  }
+  while (g_constructed.load(std::memory_order_acquire) != 2) sched_yield();
+  return *runtime;
+}
+
+bool Runtime::Start() {
+  if (m_hot.generation.load(std::memory_order_acquire) != 0) return !m_failed;
+  OwnerGuard guard(m_lock);
+  return guard && StartLocked();
+}
+
+bool Runtime::StartLocked() {
+  if (m_hot.generation.load(std::memory_order_relaxed) != 0) return !m_failed;
+  SegmentMap segment;
+  m_failed = !MakeSegment(segment);
+  if (!m_failed) {
+    FillSegment(segment);
+    m_hot.ring = RingProducer(m_segment, m_event);
+    RegisterDeclared();
+    LinkThread::Get().Start();
+  }
+  m_hot.generation.store(++m_lastGeneration, std::memory_order_release);
+  return !m_failed;
+}
+
+bool Runtime::MakeSegment(SegmentMap& segment) {
+  const int event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (event < 0) return false;
+  if (!segment.Create(WantedSizes(), NowNs(CLOCK_REALTIME), HardToGuess())) {
+    close(event);
+    return false;
+  }
+  m_event = event;
+  return true;
+}
+
+// The first segment, or in a fork's child one that knows all names and points of the parent's.
+void Runtime::FillSegment(SegmentMap& segment) {
+  const bool first = !m_segment;
+  if (first) {
+    m_hot.clock.Begin();
+    m_names.Begin(segment);
+    m_points.Begin(segment, m_names);
+  } else {
+    m_names.Move(segment);
+    m_points.Move(segment);
+    m_segment.Abandon();
+  }
+  m_segment = std::move(segment);
+  char machine[256], pid[16], path[4096];
+  m_hot.machine = m_names.Enter(MachineName(machine));
+  m_hot.unknownThread = m_names.Enter("?");
+  m_names.Enter("Loss");  // of the file sink: there must be room for it later
+  std::snprintf(pid, sizeof pid, "%d", static_cast<int>(getpid()));
+  m_hot.pid = m_names.Enter(pid);
+  m_hot.app.store(m_names.Enter(m_appName[0] ? std::string_view(m_appName) : ExecutableName(path)));
+  SegmentHeader* const header = m_segment.Header();
+  header->machineName = m_hot.machine;
+  header->pidName = m_hot.pid;
+  header->appName = m_hot.app.load();
+}
+
+void Runtime::NameApplication(const char* name) {
+  bool renamed = false;
+  {
+    OwnerGuard guard(m_lock);
+    if (!guard) return;
+    if (name && *name) {
+      const std::size_t length = CutLength(name, std::strlen(name), sizeof m_appName - 1);
+      std::memcpy(m_appName, name, length);
+      m_appName[length] = '\0';
+    }
+    if (!StartLocked()) return;
+    RegisterDeclared();
+    const NameId app = m_appName[0] ? m_names.Enter(m_appName) : m_hot.app.load();
+    renamed = m_hot.app.exchange(app) != app;
+    m_segment.Header()->appName = app;
+  }
+  // A name that comes after the first trace is told by introducing the application anew.
+  if (renamed) LinkThread::Get().TellName();
+  LinkThread::Get().TellPoints();
+}
+
+void Runtime::Declare(quor_point* point) {
+  // A module loaded later registers at once: the application has begun.
+  if (m_hot.generation.load(std::memory_order_acquire) != 0) {
+    Register(point);
+    return;
+  }
+  point->next = m_declared.load(std::memory_order_relaxed);
+  while (!m_declared.compare_exchange_weak(point->next, point, std::memory_order_release)) {
+  }
+}
+
+void Runtime::RegisterDeclared() {
+  quor_point* point = m_declared.exchange(nullptr, std::memory_order_acquire);
+  // They were pushed newest first; the trace map wants the order of the declarations.
+  quor_point* inOrder = nullptr;
+  while (point) {
+    quor_point* const next = point->next;
+    point->next = inOrder;
+    inOrder = point;
+    point = next;
+  }
+  while (inOrder) {
+    quor_point* const next = inOrder->next;
+    RegisterLocked(inOrder);
+    inOrder = next;
+  }
+}
+
+void Runtime::RegisterLocked(quor_point* point) {
+  if (__atomic_load_n(&point->settings, __ATOMIC_RELAXED) != QUOR_UNREGISTERED) return;
+  m_points.Register(point, m_names);
+}
+
+bool Runtime::Register(quor_point* point) {
+  {
+    OwnerGuard guard(m_lock);
+    if (!guard) return false;
+    if (!StartLocked()) return false;
+    RegisterDeclared();
+    RegisterLocked(point);
+  }
+  LinkThread::Get().TellPoints();
+  return true;
+}
+
+void Runtime::TakeSettings() {
+  OwnerGuard guard(m_lock);
+  if (!guard || !m_segment) return;
+  // Before the first trace with a stack, which may happen where nothing can be loaded.
+  if ((m_points.AnySettings() & QUOR_STACK) != 0) PrimeStack();
+  m_points.TakeSettings();
+}
+
+NameId Runtime::EnterName(std::string_view text) {
+  OwnerGuard guard(m_lock);
+  return guard ? m_names.Enter(text) : m_hot.unknownThread;
+}
+
+void Runtime::Count(quor_counts* counts) {
+  const std::uint64_t outside = m_lostOutside.load(std::memory_order_relaxed);
+  *counts = {outside, outside};
+  // Between a fork and the child's first trace the segment is still the parent's.
+  if (m_hot.generation.load(std::memory_order_acquire) == 0 || !m_segment) return;
+  SegmentHeader* const header = m_segment.Header();
+  const std::uint64_t mark = header->reserved.load(std::memory_order_acquire);
+  const std::uint64_t consumed = header->consumed.load(std::memory_order_acquire);
+  const std::uint64_t taken = ring_mark::Widen(
+      header->consumedTraces.load(std::memory_order_relaxed), ring_mark::Count(consumed));
+  const std::uint32_t inRing =
+      (ring_mark::Count(mark) - ring_mark::Count(consumed)) & ring_mark::kCountMask;
+  const std::uint64_t dropped = header->dropped.load(std::memory_order_relaxed);
+  counts->traced += taken + inRing + dropped;
+  counts->lost += dropped + header->sinkLost.load(std::memory_order_relaxed);
+}
+
+void Runtime::BeforeFork() {
+  m_heldAtFork = !m_lock.Lock();
+  LinkThread::Get().BeforeFork();
+}
+
+void Runtime::AfterForkInParent() {
+  LinkThread::Get().AfterForkInParent();
+  if (!m_heldAtFork) m_lock.Unlock();
+}
+
+void Runtime::AfterForkInChild() {
+  m_lock.AfterFork(m_heldAtFork);
+  m_hot.generation.store(0, std::memory_order_relaxed);
+  m_hot.pushEach.store(false, std::memory_order_relaxed);
+  m_lostOutside.store(0, std::memory_order_relaxed);
+  m_failed = false;
+  if (m_event >= 0) close(m_event);
+  m_event = -1;
+  LinkThread::Get().AfterForkInChild();
+}

@@ -1,0 +1,213 @@
+// The C interface: traces, and what little stands around them.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "quor/runtime/link_thread.h"
+#include "quor/runtime/runtime.h"
+#include "quor/runtime/stack.h"
+
+namespace {
+
+constexpr std::size_t kStackTextBytes = 8192;
+
+// What a thread knows of itself. Plain data in the initial thread-local block: nothing is allocated
+// at its first use and nothing is destroyed at the thread's end.
+struct ThreadState {
+  std::uint32_t generation;
+  NameId name;
+  bool named;  // by the application: kept over a fork, while the number of the thread changes
+};
+__attribute__((tls_model("initial-exec"))) thread_local ThreadState t_thread;
+
+struct Extras {
+  NameId file = 0;
+  std::uint32_t line = 0;
+  std::size_t stackBytes = 0;
+  char stack[kStackTextBytes];
+};
+
+// False when there is no ring to write to.
+__attribute__((noinline)) bool EnterThread(Runtime& runtime) {
+  if (!runtime.Start()) return false;
+  const std::uint32_t generation = runtime.Hot().generation.load(std::memory_order_acquire);
+  if (t_thread.named) {
+    t_thread.generation = generation;
+    return true;
+  }
+  char number[16];
+  const int length = std::snprintf(number, sizeof number, "%d", static_cast<int>(gettid()));
+  const NameId name = runtime.EnterName({number, static_cast<std::size_t>(length)});
+  // A signal handler that interrupted such an entry: "?" for now, and the next trace tries again.
+  if (name == runtime.Hot().unknownThread) return true;
+  t_thread = {generation, name, false};
+  return true;
+}
+
+std::uint16_t OneSeverity(unsigned attributes) {
+  const unsigned severity = attributes & kSeverityMask;
+  if (__builtin_expect((severity & (severity - 1)) != 0 || severity == 0, 0)) {
+    const unsigned gravest = (severity & 4) ? 4 : (severity & 2) ? 2 : 1;
+    attributes = (attributes & ~static_cast<unsigned>(kSeverityMask)) | gravest;
+  }
+  return static_cast<std::uint16_t>(attributes & 0x1F);
+}
+
+void Write(HotState& hot, const quor_point& point, unsigned attributes, const char* text,
+           std::size_t length, NameId tid, const Extras* extras) {
+  const Stamp now = hot.clock.Now();
+  const std::size_t stackBytes = extras ? extras->stackBytes : 0;
+  RingProducer::Slot slot;
+  if (!hot.ring.Reserve(static_cast<std::uint32_t>(RawTrace::kFixedBytes + length + stackBytes),
+                        slot))
+    return;
+  std::uint8_t* const to = slot.record;
+  StoreBe32(to, 0);  // who takes the trace numbers it
+  StoreBe16(to + 4, hot.machine);
+  StoreBe16(to + 6, hot.app.load(std::memory_order_relaxed));
+  std::memcpy(to + 8, point.names, 4);
+  StoreBe32(to + 12, now.date);
+  StoreBe32(to + 16, now.time);
+  StoreBe64(to + 20, now.ticPs);
+  StoreBe16(to + 28, hot.pid);
+  StoreBe16(to + 30, tid);
+  StoreBe16(to + 32, OneSeverity(attributes));
+  StoreBe16(to + 34, extras ? extras->file : NameId{0});
+  StoreBe32(to + 36, extras ? extras->line : 0);
+  StoreBe16(to + 40, static_cast<std::uint16_t>(length));
+  std::memcpy(to + 42, text, length);
+  StoreBe16(to + 42 + length, static_cast<std::uint16_t>(stackBytes));
+  if (stackBytes != 0) std::memcpy(to + 44 + length, extras->stack, stackBytes);
+  hot.ring.Commit(slot);
+}
+
+__attribute__((noinline)) void WriteWithExtras(Runtime& runtime, const quor_point& point,
+                                               unsigned attributes, std::uint32_t settings,
+                                               const char* file, unsigned line, const char* text,
+                                               std::size_t length, NameId tid, const void* caller) {
+  Extras extras;
+  if ((settings & QUOR_LOCATION) != 0 && file) {
+    extras.file = runtime.EnterName(file);
+    extras.line = line;
+  }
+  if ((settings & QUOR_STACK) != 0)
+    extras.stackBytes = StackText(extras.stack, kStackTextBytes, caller);
+  Write(runtime.Hot(), point, attributes, text, length, tid, &extras);
+}
+
+inline void Trace(quor_point* point, unsigned attributes, const char* file, unsigned line,
+                  const char* text, std::size_t length, const void* caller) {
+  std::uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
+  if ((settings & attributes) != attributes) return;
+  if (__builtin_expect(settings == QUOR_UNREGISTERED, 0)) {
+    if (!quor_first_use(point, attributes)) return;
+    settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
+  }
+  Runtime& runtime = Runtime::Get();
+  HotState& hot = runtime.Hot();
+  if (__builtin_expect(t_thread.generation != hot.generation.load(std::memory_order_acquire) ||
+                           t_thread.generation == 0,
+                       0)) {
+    const int error = errno;
+    const bool entered = EnterThread(runtime);
+    errno = error;
+    if (!entered) {
+      runtime.CountLost();
+      return;
+    }
+  }
+  const NameId tid =
+      __builtin_expect(t_thread.generation != 0, 1) ? t_thread.name : hot.unknownThread;
+  if (__builtin_expect(!text, 0)) text = "", length = 0;
+  if (__builtin_expect(length > kTextBytesMax, 0)) length = CutLength(text, length, kTextBytesMax);
+  if (__builtin_expect((settings & (QUOR_LOCATION | QUOR_STACK)) != 0, 0))
+    WriteWithExtras(runtime, *point, attributes, settings, file, line, text, length, tid, caller);
+  else
+    Write(hot, *point, attributes, text, length, tid, nullptr);
+  if (__builtin_expect(hot.pushEach.load(std::memory_order_relaxed), 0))
+    LinkThread::Get().PushSink();
+}
+
+__attribute__((destructor)) void AtExit() {
+  Runtime& runtime = Runtime::Get();
+  if (runtime.Hot().generation.load() != 0 && runtime.Segment()) LinkThread::Get().AtExit();
+}
+
+}  // namespace
+
+void quor_application(const char* name) {
+  Runtime::Get().NameApplication(name);
+}
+
+void quor_declare(quor_point* point) {
+  Runtime::Get().Declare(point);
+}
+
+void quor_register(quor_point* point) {
+  Runtime::Get().Register(point);
+}
+
+int quor_first_use(quor_point* point, unsigned attributes) {
+  Runtime& runtime = Runtime::Get();
+  if (!runtime.Register(point)) {
+    // The trace has no ring to go to, or would deadlock in a signal handler: counted, not made.
+    if ((kSupport & attributes) == attributes) runtime.CountLost();
+    return 0;
+  }
+  const std::uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
+  return (settings & attributes) == attributes;
+}
+
+void quor_thread_name(const char* name) {
+  Runtime& runtime = Runtime::Get();
+  if (!name || !runtime.Start()) return;
+  const std::uint32_t generation = runtime.Hot().generation.load(std::memory_order_acquire);
+  t_thread = {generation, runtime.EnterName(name), true};
+}
+
+void quor_trace(quor_point* point, unsigned attributes, const char* file, unsigned line,
+                const char* text, size_t length) {
+  Trace(point, attributes, file, line, text, length, __builtin_return_address(0));
+}
+
+void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsigned line,
+                 const char* format, ...) {
+  const std::uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
+  if ((settings & attributes) != attributes) return;
+  const void* const caller = __builtin_return_address(0);
+  char text[1024];
+  va_list arguments, again;
+  va_start(arguments, format);
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  // A format that cannot be printed is itself the most useful text.
+  if (length < 0) {
+    Trace(point, attributes, file, line, format, std::strlen(format), caller);
+  } else if (static_cast<std::size_t>(length) < sizeof text) {
+    Trace(point, attributes, file, line, text, static_cast<std::size_t>(length), caller);
+  } else {
+    // One byte more than a record takes, so that the cut is seen there.
+    const std::size_t room = std::min<std::size_t>(static_cast<std::size_t>(length), 65540) + 1;
+    auto* const longer = static_cast<char*>(std::malloc(room));
+    if (longer) std::vsnprintf(longer, room, format, again);
+    Trace(point, attributes, file, line, longer ? longer : text,
+          longer ? room - 1 : sizeof text - 1, caller);
+    std::free(longer);
+  }
+  va_end(again);
+}
+
+int quor_flush(unsigned milliseconds) {
+  return LinkThread::Get().WaitUntilTaken(milliseconds) ? 1 : 0;
+}
+
+void quor_get_counts(quor_counts* counts) {
+  if (counts) Runtime::Get().Count(counts);
+}

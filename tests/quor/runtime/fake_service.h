@@ -1,0 +1,290 @@
+// A service for tests: accepts one application after the other on a socket of its own, maps its
+// segment and consumes, on the test's own thread. And the traced children that it talks to.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "quor/ring/link.h"
+#include "quor/ring/link_socket.h"
+#include "quor/ring/ring_consumer.h"
+#include "quor/ring/segment_names.h"
+#include "records/raw_trace.h"
+
+inline bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    poll(nullptr, 0, 1);
+  }
+  return true;
+}
+
+struct SeenTrace {
+  std::string machine, app, component, category, pid, tid, file, text, stack;
+  unsigned line = 0;
+  int attributes = 0;
+  std::uint32_t count = 0, date = 0, time = 0;
+  std::uint64_t ticPs = 0;
+};
+
+// One application as its service sees it.
+class SeenApp {
+ public:
+  SeenApp(int socket, SegmentMap segment, int event, LinkHello hello)
+      : m_hello(std::move(hello)),
+        m_socket(socket),
+        m_event(event),
+        m_segment(std::move(segment)),
+        m_consumer(m_segment),
+        m_names(m_segment),
+        m_points(m_segment),
+        m_taker(m_hello.taker) {
+    Send(EncodeWelcome());
+  }
+  ~SeenApp() {
+    close(m_socket);
+    close(m_event);
+  }
+  SeenApp(const SeenApp&) = delete;
+  SeenApp& operator=(const SeenApp&) = delete;
+
+  void Send(const std::vector<std::uint8_t>& bytes) { SendOnLink(m_socket, bytes); }
+  void SendSink(SinkKind kind, const std::string& name, const std::string& options) {
+    m_consumer.Publish();
+    m_consuming = m_consuming && kind != SinkKind::File;
+    m_answered = false;
+    Send(EncodeSink({kind, name, options}));
+  }
+  void SetAll(std::uint32_t word) {
+    Pump();
+    for (std::uint32_t i = 0; i < m_points.Count(); ++i) m_points.SetSettings(i, word);
+    m_points.SetDefault(word);
+    m_points.PublishSettings();
+    Send(EncodePoke());
+  }
+
+  // Reads what the application says and, unless told not to, what it traced.
+  void Pump() {
+    std::uint8_t bytes[4096];
+    const LinkReceived got = ReceiveOnLink(m_socket, bytes, sizeof bytes);
+    m_ended = m_ended || got.ended;
+    const std::uint8_t* from = bytes;
+    LinkFrame frame;
+    while (m_decoder.Feed(from, bytes + got.bytes, frame) == LinkDecoder::Result::Frame) {
+      if (frame.type == LinkType::Taker) m_answered = true, m_taker = frame.taker;
+      if (frame.type == LinkType::Taker) m_consuming = frame.taker == RingTaker::Service;
+      if (frame.type == LinkType::Report) m_reports.push_back(frame.report);
+    }
+    EXPECT_TRUE(m_points.ReadNew(m_pointNames));
+    if (m_consuming && !m_paused) Consume();
+  }
+  // Everything that can still be had of an application that ended.
+  void Finish() {
+    RingItem item;
+    while (m_consumer.NextOfDead(item) == RingStep::Item) Take(item);
+    m_consumer.Publish();
+  }
+
+  std::string NameOf(NameId id) {
+    if (m_texts.count(id) == 0) {
+      std::vector<SegmentName> fresh;
+      EXPECT_TRUE(m_names.ReadNew(fresh));
+      for (const SegmentName& name : fresh) m_texts[name.id] = name.text;
+    }
+    return m_texts.at(id);
+  }
+  std::vector<std::string> PointNames() {
+    std::vector<std::string> names;
+    for (const SegmentPointNames& point : m_pointNames)
+      names.push_back(NameOf(point.component) + "/" + NameOf(point.category));
+    return names;
+  }
+  bool Has(const std::string& text) {
+    Pump();
+    for (const SeenTrace& trace : m_traces)
+      if (trace.text == text) return true;
+    return false;
+  }
+
+  LinkHello m_hello;
+  std::vector<SeenTrace> m_traces;
+  std::vector<LinkReport> m_reports;
+  std::uint64_t m_drops = 0;
+  bool m_ended = false, m_answered = false, m_paused = false;
+
+ private:
+  void Consume() {
+    RingItem item;
+    RingStep step;
+    while ((step = m_consumer.Next(item)) == RingStep::Item) Take(item);
+    EXPECT_NE(step, RingStep::Broken);
+    m_consumer.Publish();
+  }
+  void Take(const RingItem& item) {
+    m_drops += item.dropsBefore;
+    EXPECT_EQ(item.damagedBefore, 0u);
+    if (item.trace.empty()) return;
+    const RawTrace raw(item.trace.data());
+    SeenTrace trace;
+    trace.machine = NameOf(raw.MachineId());
+    trace.app = NameOf(raw.AppId());
+    trace.component = NameOf(raw.ComponentId());
+    trace.category = NameOf(raw.CategoryId());
+    trace.pid = NameOf(raw.PidId());
+    trace.tid = NameOf(raw.TidId());
+    trace.file = NameOf(raw.SourceFileId());
+    trace.line = raw.SourceLine();
+    trace.attributes = raw.Attributes();
+    trace.count = raw.SequenceNumber();
+    trace.date = raw.Date();
+    trace.time = raw.Time();
+    trace.ticPs = raw.TicCount();
+    trace.text.assign(reinterpret_cast<const char*>(item.trace.data()) + 42, raw.TextLength());
+    trace.stack = raw.Stack();
+    m_traces.push_back(std::move(trace));
+  }
+
+  int m_socket, m_event;
+  SegmentMap m_segment;
+
+ public:
+  RingConsumer m_consumer;
+
+ private:
+  SegmentNames m_names;
+  SegmentPointsReader m_points;
+  std::vector<SegmentPointNames> m_pointNames;
+  std::map<NameId, std::string> m_texts;
+  LinkDecoder m_decoder;
+
+ public:
+  RingTaker m_taker;
+
+ private:
+  bool m_consuming = true;
+};
+
+class FakeService {
+ public:
+  FakeService() {
+    char pattern[] = "/tmp/quor-test-XXXXXX";
+    m_folder = mkdtemp(pattern);
+    setenv("QUOR_SOCKET", SocketPath().c_str(), 1);
+    setenv("QUOR_AUTOSTART", "0", 1);
+    Listen();
+  }
+  ~FakeService() {
+    Stop();
+    unsetenv("QUOR_RING_MIB");
+    std::filesystem::remove_all(m_folder);
+  }
+  std::string SocketPath() const { return m_folder + "/quord.sock"; }
+  const std::string& Folder() const { return m_folder; }
+  void Listen() {
+    m_listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    SocketPath().copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(listen(m_listener, 64), 0);
+  }
+  void Stop() {
+    if (m_listener >= 0) close(m_listener);
+    m_listener = -1;
+    unlink(SocketPath().c_str());
+  }
+
+  // The next application that introduces itself; null when none does in time.
+  std::unique_ptr<SeenApp> Accept(int milliseconds = 20000) {
+    pollfd ready{m_listener, POLLIN, 0};
+    if (poll(&ready, 1, milliseconds) != 1) return nullptr;
+    const int socket = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+    LinkDecoder decoder;
+    LinkFrame frame;
+    int descriptors[2] = {-1, -1};
+    for (;;) {
+      pollfd readable{socket, POLLIN, 0};
+      if (poll(&readable, 1, milliseconds) != 1) break;
+      std::uint8_t bytes[4096];
+      const LinkReceived got = ReceiveOnLink(socket, bytes, sizeof bytes);
+      for (int i = 0; i < got.descriptorCount; ++i) descriptors[i] = got.descriptors[i];
+      const std::uint8_t* from = bytes;
+      if (got.ended) break;
+      if (decoder.Feed(from, bytes + got.bytes, frame) != LinkDecoder::Result::Frame) continue;
+      SegmentMap segment;
+      const char* why = "";
+      EXPECT_EQ(frame.type, LinkType::Hello);
+      EXPECT_TRUE(segment.Open(descriptors[0], &why)) << why;
+      return std::make_unique<SeenApp>(socket, std::move(segment), descriptors[1], frame.hello);
+    }
+    close(socket);
+    return nullptr;
+  }
+
+ private:
+  std::string m_folder;
+  int m_listener = -1;
+};
+
+// A traced application: `body` in a process of its own, with a pipe to the test for steps.
+class Child {
+ public:
+  explicit Child(const std::function<int(Child&)>& body) {
+    EXPECT_EQ(pipe(m_go), 0);
+    EXPECT_EQ(pipe(m_told), 0);
+    m_pid = fork();
+    if (m_pid == 0) _exit(body(*this));
+  }
+  ~Child() {
+    if (m_pid > 0) {
+      kill(m_pid, SIGKILL);
+      Wait();
+    }
+    for (const int end : {m_go[0], m_go[1], m_told[0], m_told[1]}) close(end);
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  // In the child.
+  void Tell(std::uint64_t number) { EXPECT_EQ(write(m_told[1], &number, sizeof number), 8); }
+  void AwaitGo() {
+    char byte;
+    EXPECT_EQ(read(m_go[0], &byte, 1), 1);
+  }
+  // In the test.
+  void Go() { EXPECT_EQ(write(m_go[1], "g", 1), 1); }
+  std::uint64_t Told() {
+    pollfd ready{m_told[0], POLLIN, 0};
+    std::uint64_t number = ~std::uint64_t{0};
+    EXPECT_EQ(poll(&ready, 1, 20000), 1);
+    EXPECT_EQ(read(m_told[0], &number, sizeof number), 8);
+    return number;
+  }
+  void Kill() { kill(m_pid, SIGKILL); }
+  // The exit status, or 1000 + the signal.
+  int Wait() {
+    int status = 0;
+    if (m_pid <= 0 || waitpid(m_pid, &status, 0) != m_pid) return -1;
+    m_pid = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  }
+  pid_t Pid() const { return m_pid; }
+
+ private:
+  pid_t m_pid = 0;
+  int m_go[2] = {-1, -1}, m_told[2] = {-1, -1};
+};

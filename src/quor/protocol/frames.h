@@ -1,15 +1,16 @@
 // Frames: how bytes on a connection fall into messages.
 //
-// Shape    length:u32 (big-endian, of what follows) type:u8 body. Control bodies are the protobuf
+// Shape    length:u32 (big-endian, of type and body) type:u8 body. Control bodies are the protobuf
 //          messages of quor.proto. A data body is .trc tagged records end to end: name records
 //          before the first trace that uses them, with ids of this connection's own numbering.
-// Errors   A length of 0 or beyond the limit, or an unknown type, ends the connection with a reason.
-// Threads  One reader and one writer per connection.
+// Errors   A length of 0 or beyond the limit, or an unknown type, ends the connection with a
+// reason. Threads  One reader and one writer per connection.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,38 +32,50 @@ enum class FrameType : std::uint8_t {
   Data = 6,
   Ledger = 7,
   Heartbeat = 8,  // empty body, both ways
+  Taken = 9,      // to a forwarder: how much of its stream is safe here
 };
 
 struct Frame {
   FrameType type;
-  Bytes body;  // borrowed from the reader until its next call
+  Bytes body;  // borrowed from the reader until its next Feed or Room
 };
 
-// Cuts a stream into frames. Feed it what arrives, in pieces of any size.
+// Cuts a stream into frames. Feed it what arrives, in pieces of any size, and take all frames
+// before feeding more: then it holds at most one frame and one piece.
 class FrameReader {
  public:
   void Feed(Bytes bytes);
+  // The same without a copy: write into the room, then tell how much was written.
+  std::span<std::uint8_t> Room(std::size_t bytes);
+  void Filled(std::size_t bytes) { m_end += bytes; }
   // The next whole frame; nothing when more bytes are needed or after an error.
   std::optional<Frame> Next();
   // Not empty after a malformed frame: the connection is to be closed with it.
   const std::string& Error() const { return m_error; }
-  std::size_t BufferedBytes() const { return m_buffer.size() - m_begin; }
+  std::size_t BufferedBytes() const { return m_end - m_begin; }
+  // A peer that has not said who it is gets less: no frame longer than this.
+  void Limit(std::size_t bytes) { m_limit = bytes; }
 
  private:
-  std::vector<std::uint8_t> m_buffer;
-  std::size_t m_begin = 0;
+  std::optional<Frame> Fail(std::string reason);
+
+  std::vector<std::uint8_t> m_buffer;  // the bytes are [m_begin, m_end) of it
+  std::size_t m_begin = 0, m_end = 0;
+  std::size_t m_limit = kControlFrameBytesMax;
   std::string m_error;
 };
 
 // The bytes of one frame.
 std::vector<std::uint8_t> EncodeFrame(FrameType type, Bytes body);
 std::vector<std::uint8_t> EncodeFrame(FrameType type, const std::string& body);
+// The header of a frame whose body is sent apart.
+std::vector<std::uint8_t> EncodeFrameHeader(FrameType type, std::size_t bodyBytes);
 
 // Checks a data body: whole tagged records and nothing else. Calls back for each record; false
 // with a reason when a length or a tag is wrong, and then nothing of it was called back.
 class DataSink {
  public:
-  virtual void OnName(std::uint16_t id, std::string_view utf8) = 0;
+  virtual void OnName(std::uint16_t id, std::string_view utf8) = 0;  // cut at its first NUL
   virtual void OnTrace(const std::uint8_t* record, std::size_t bytes) = 0;
 
  protected:

@@ -1,0 +1,164 @@
+#include "quor/protocol/connection.h"
+
+#include <google/protobuf/message_lite.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kReadBytes = 128u << 10;
+constexpr std::size_t kWriteBytes = 256u << 10;  // what one gather write aims at
+constexpr std::size_t kWriteParts = 64;
+constexpr std::chrono::milliseconds kEndPatience{1000};
+
+std::string Seconds(std::chrono::milliseconds time) {
+  return std::to_string(time.count() / 1000) + "." + std::to_string(time.count() % 1000 / 100) +
+         " s";
+}
+
+}  // namespace
+
+Connection::Connection(std::shared_ptr<ByteStream> stream, Handler& handler,
+                       const ConnectionLimits& limits)
+    : m_stream(std::move(stream)),
+      m_handler(&handler),
+      m_limits(limits),
+      m_timer(m_stream->Executor()),
+      m_lastRead(Clock::now()),
+      m_lastWrite(m_lastRead) {}
+
+std::shared_ptr<Connection> Connection::Start(std::shared_ptr<ByteStream> stream, Handler& handler,
+                                              const ConnectionLimits& limits) {
+  std::shared_ptr<Connection> connection(new Connection(std::move(stream), handler, limits));
+  connection->Read();
+  connection->StartTick();
+  return connection;
+}
+
+bool Connection::HasRoom(std::size_t bytes) const {
+  return m_handler != nullptr && m_queuedBytes + bytes <= m_limits.queueBytesMax;
+}
+
+bool Connection::Send(FrameType type, const google::protobuf::MessageLite& message) {
+  return Send(std::make_shared<const std::vector<std::uint8_t>>(
+      EncodeFrame(type, message.SerializeAsString())));
+}
+
+bool Connection::Send(SharedBytes frames) {
+  if (!HasRoom(frames->size())) return false;
+  m_queuedBytes += frames->size();
+  m_queue.push_back(std::move(frames));
+  if (m_writing.empty()) Write();
+  return true;
+}
+
+bool Connection::SendData(const SharedBytes& names, const SharedBytes& records) {
+  const std::size_t body = (names ? names->size() : 0) + (records ? records->size() : 0);
+  if (!HasRoom(body + kFrameHeaderBytes)) return false;
+  m_queuedBytes += body + kFrameHeaderBytes;
+  m_queue.push_back(
+      std::make_shared<const std::vector<std::uint8_t>>(EncodeFrameHeader(FrameType::Data, body)));
+  if (names && !names->empty()) m_queue.push_back(names);
+  if (records && !records->empty()) m_queue.push_back(records);
+  if (m_writing.empty()) Write();
+  return true;
+}
+
+void Connection::Read() {
+  m_stream->ReadSome(m_reader.Room(kReadBytes),
+                     [self = shared_from_this()](const std::error_code& error, std::size_t bytes) {
+                       self->OnRead(error, bytes);
+                     });
+}
+
+void Connection::OnRead(const std::error_code& error, std::size_t bytes) {
+  if (m_ended) return;
+  if (error) return Fail(error == asio::error::eof ? "the peer has ended it" : error.message());
+  m_lastRead = Clock::now();
+  if (m_ending) return Read();  // into the same room: what comes now is not looked at
+  m_reader.Filled(bytes);
+  while (m_handler) {
+    const std::optional<Frame> frame = m_reader.Next();
+    if (!frame) break;
+    if (frame->type != FrameType::Heartbeat) m_handler->OnFrame(*frame);
+  }
+  if (!m_reader.Error().empty()) return Fail("malformed: " + m_reader.Error());
+  if (!m_ended) Read();
+}
+
+void Connection::Write() {
+  std::vector<asio::const_buffer> buffers;
+  std::size_t bytes = 0;
+  while (!m_queue.empty() && bytes < kWriteBytes && buffers.size() < kWriteParts) {
+    bytes += m_queue.front()->size();
+    buffers.push_back(asio::buffer(*m_queue.front()));
+    m_writing.push_back(std::move(m_queue.front()));
+    m_queue.pop_front();
+  }
+  m_writeBegan = Clock::now();
+  m_stream->WriteAll(buffers, [self = shared_from_this()](const std::error_code& error,
+                                                          std::size_t) { self->OnWrote(error); });
+}
+
+void Connection::OnWrote(const std::error_code& error) {
+  if (m_ended) return;
+  if (error) return Fail(error.message());
+  for (const SharedBytes& part : m_writing) m_queuedBytes -= part->size();
+  m_writing.clear();
+  m_lastWrite = Clock::now();
+  if (!m_queue.empty()) {
+    Write();
+  } else if (m_ending) {
+    m_stream->EndSending();
+  }
+  if (m_handler) m_handler->OnWritten();
+}
+
+void Connection::StartTick() {
+  const auto shortest =
+      std::min({m_limits.heartbeat, m_limits.writeDeadline, m_limits.silenceDeadline});
+  m_timer.expires_after(std::max(shortest / 4, std::chrono::milliseconds(5)));
+  // Weak: a timer must not keep a connection whose operations have all ended.
+  m_timer.async_wait([weak = weak_from_this()](const std::error_code& error) {
+    if (const auto self = weak.lock(); self && !error) self->OnTick();
+  });
+}
+
+void Connection::OnTick() {
+  if (m_ended) return;
+  const Clock::time_point now = Clock::now();
+  if (m_ending && now > m_endBy) return Close();
+  if (!m_writing.empty() && now - m_writeBegan > m_limits.writeDeadline)
+    return Fail("the peer takes nothing for " + Seconds(m_limits.writeDeadline));
+  if (now - m_lastRead > m_limits.silenceDeadline)
+    return Fail("the peer is silent for " + Seconds(m_limits.silenceDeadline));
+  if (m_handler && m_writing.empty() && now - m_lastWrite >= m_limits.heartbeat) {
+    static const SharedBytes beat = std::make_shared<const std::vector<std::uint8_t>>(
+        EncodeFrame(FrameType::Heartbeat, Bytes()));
+    Send(beat);
+  }
+  StartTick();
+}
+
+void Connection::Fail(const std::string& reason) {
+  Handler* const handler = m_handler;
+  Close();
+  if (handler) handler->OnClosed(reason);
+}
+
+void Connection::Close() {
+  if (m_ended) return;
+  m_ended = true;
+  m_handler = nullptr;
+  m_queue.clear();  // m_writing stays: the stream may still look at it
+  m_timer.cancel();
+  m_stream->Close();
+}
+
+void Connection::CloseAfterWriting() {
+  if (m_ended || m_ending) return;
+  m_ending = true;
+  m_handler = nullptr;
+  m_endBy = Clock::now() + kEndPatience;
+  if (m_writing.empty()) m_stream->EndSending();
+}

@@ -1,0 +1,91 @@
+// One framed connection, for the client and the service alike.
+//
+// Owner    Start gives a shared connection, which keeps itself while operations are under way. The
+//          handler must live until OnClosed, Close or CloseAfterWriting, after which it is never
+//          called again. What is sent is shared and must not change.
+// Errors   A malformed frame, a failed or too slow write, or a silent peer closes it: OnClosed
+// once,
+//          with a reason for the log.
+// Threads  The one that runs the stream's io_context. Nothing is called back from inside Send.
+#pragma once
+
+#include <asio/steady_timer.hpp>
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "quor/protocol/byte_stream.h"
+#include "quor/protocol/frames.h"
+
+namespace google::protobuf {
+class MessageLite;
+}
+
+using SharedBytes = std::shared_ptr<const std::vector<std::uint8_t>>;
+
+struct ConnectionLimits {
+  std::size_t queueBytesMax = 32u << 20;
+  std::chrono::milliseconds heartbeat{2000};       // sent when nothing else was
+  std::chrono::milliseconds writeDeadline{10000};  // for one gather write of at most 256 KiB
+  std::chrono::milliseconds silenceDeadline{10000};
+};
+
+class Connection final : public std::enable_shared_from_this<Connection> {
+ public:
+  class Handler {
+   public:
+    // Every frame but heartbeats. The body is borrowed for the call.
+    virtual void OnFrame(const Frame& frame) = 0;
+    // A write is done: QueuedBytes() fell.
+    virtual void OnWritten() {}
+    virtual void OnClosed(const std::string& reason) = 0;
+
+   protected:
+    ~Handler() = default;
+  };
+
+  static std::shared_ptr<Connection> Start(std::shared_ptr<ByteStream> stream, Handler& handler,
+                                           const ConnectionLimits& limits = {});
+
+  // A control frame. False when the connection is closed or its queue is full: nothing was queued.
+  bool Send(FrameType type, const google::protobuf::MessageLite& message);
+  // Whole frames as EncodeFrame makes them.
+  bool Send(SharedBytes frames);
+  // One data frame, names in front (may be null). REQUIRES: together within kDataFrameBytesMax - 1.
+  bool SendData(const SharedBytes& names, const SharedBytes& records);
+
+  std::size_t QueuedBytes() const { return m_queuedBytes; }  // with those being written
+  bool IsOpen() const { return m_handler != nullptr; }
+  // No frame longer than this from now on, see FrameReader::Limit.
+  void LimitFrames(std::size_t bytes) { m_reader.Limit(bytes); }
+  void SetLimits(const ConnectionLimits& limits) { m_limits = limits; }
+
+  void Close();
+  // Sends what is queued, says the end, and gives the peer a second to read it.
+  void CloseAfterWriting();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  Connection(std::shared_ptr<ByteStream> stream, Handler& handler, const ConnectionLimits& limits);
+
+  bool HasRoom(std::size_t bytes) const;
+  void Read();
+  void OnRead(const std::error_code& error, std::size_t bytes);
+  void Write();
+  void OnWrote(const std::error_code& error);
+  void StartTick();
+  void OnTick();
+  void Fail(const std::string& reason);
+
+  std::shared_ptr<ByteStream> m_stream;
+  Handler* m_handler;  // null once closed or ending
+  ConnectionLimits m_limits;
+  FrameReader m_reader;
+  std::deque<SharedBytes> m_queue;     // not yet given to the stream
+  std::vector<SharedBytes> m_writing;  // the write under way
+  std::size_t m_queuedBytes = 0;
+  bool m_ending = false, m_ended = false;
+  asio::steady_timer m_timer;
+  Clock::time_point m_lastRead, m_lastWrite, m_writeBegan, m_endBy;
+};

@@ -1,0 +1,220 @@
+#include "quor/protocol/keys.h"
+
+#include <fcntl.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rand.h>
+#include <openssl/x509.h>
+#include <openssl/x509v3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include "quor/protocol/machine.h"
+#include "quor/protocol/tls.h"
+
+namespace {
+
+template <class T, void (*Free)(T*)>
+struct Freer {
+  void operator()(T* object) const { Free(object); }
+};
+using Key = std::unique_ptr<EVP_PKEY, Freer<EVP_PKEY, EVP_PKEY_free>>;
+using Certificate = std::unique_ptr<X509, Freer<X509, X509_free>>;
+
+constexpr long kDaySeconds = 24 * 60 * 60;
+constexpr long kClockSlackSeconds = 60 * 60;  // the other machine's clock may be behind ours
+
+struct Subject {
+  std::string name, role;
+};
+struct Extension {
+  int nid;
+  std::string value;
+};
+
+bool Say(std::string* why, const std::string& reason) {
+  if (why) *why = reason;
+  return false;
+}
+
+bool AddText(X509_NAME* subject, int nid, const std::string& text) {
+  return text.empty() ||
+         X509_NAME_add_entry_by_NID(subject, nid, MBSTRING_UTF8,
+                                    reinterpret_cast<const unsigned char*>(text.data()),
+                                    static_cast<int>(text.size()), -1, 0) == 1;
+}
+
+bool AddExtension(X509* certificate, X509* issuer, const Extension& extension) {
+  X509V3_CTX context;
+  X509V3_set_ctx(&context, issuer, certificate, nullptr, nullptr, 0);
+  X509_EXTENSION* const made =
+      X509V3_EXT_conf_nid(nullptr, &context, extension.nid, extension.value.c_str());
+  const bool added = made && X509_add_ext(certificate, made, -1) == 1;
+  X509_EXTENSION_free(made);
+  return added;
+}
+
+bool SetSerial(X509* certificate) {
+  unsigned char bytes[16];
+  if (RAND_bytes(bytes, sizeof bytes) != 1) return false;
+  bytes[0] &= 0x7F;
+  BIGNUM* const number = BN_bin2bn(bytes, sizeof bytes, nullptr);
+  const bool set = number && BN_to_ASN1_INTEGER(number, X509_get_serialNumber(certificate));
+  BN_free(number);
+  return set;
+}
+
+// Signed by the issuer, or by itself when there is none.
+Certificate MakeCertificate(const Subject& subject, EVP_PKEY* key, X509* issuer,
+                            EVP_PKEY* issuerKey, int days,
+                            const std::vector<Extension>& extensions) {
+  Certificate made(X509_new());
+  if (!made || X509_set_version(made.get(), 2) != 1 || !SetSerial(made.get())) return nullptr;
+  const long ends = days * kDaySeconds;
+  X509_gmtime_adj(X509_getm_notBefore(made.get()), std::min(0L, ends) - kClockSlackSeconds);
+  X509_gmtime_adj(X509_getm_notAfter(made.get()), ends);
+  X509_NAME* const name = X509_get_subject_name(made.get());
+  if (!AddText(name, NID_organizationalUnitName, subject.role) ||
+      !AddText(name, NID_commonName, subject.name))
+    return nullptr;
+  X509* const by = issuer ? issuer : made.get();
+  if (X509_set_issuer_name(made.get(), X509_get_subject_name(by)) != 1 ||
+      X509_set_pubkey(made.get(), key) != 1)
+    return nullptr;
+  for (const Extension& extension : extensions)
+    if (!AddExtension(made.get(), by, extension)) return nullptr;
+  if (X509_sign(made.get(), issuerKey ? issuerKey : key, EVP_sha256()) == 0) return nullptr;
+  return made;
+}
+
+// Creates the file, which must not exist, and lets `write` fill it.
+template <class Write>
+bool WriteNew(const std::string& path, mode_t mode, std::string* why, Write&& write) {
+  const int descriptor =
+      open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
+  if (descriptor < 0) return Say(why, path + ": " + std::strerror(errno));
+  FILE* const file = fdopen(descriptor, "w");
+  const bool written = write(file);
+  return (std::fclose(file) == 0 && written) || Say(why, path + ": cannot be written");
+}
+
+bool WriteKey(const std::string& path, EVP_PKEY* key, std::string* why) {
+  return WriteNew(path, 0600, why, [key](FILE* file) {
+    return PEM_write_PrivateKey(file, key, nullptr, nullptr, 0, nullptr, nullptr) == 1;
+  });
+}
+
+bool WriteCertificate(const std::string& path, X509* certificate, std::string* why) {
+  return WriteNew(path, 0644, why,
+                  [certificate](FILE* file) { return PEM_write_X509(file, certificate) == 1; });
+}
+
+template <class Object, class Read>
+Object ReadPem(const std::string& path, Read&& read, std::string* why) {
+  FILE* const file = std::fopen(path.c_str(), "re");
+  if (!file) {
+    Say(why, path + ": " + std::strerror(errno));
+    return nullptr;
+  }
+  Object object(read(file));
+  std::fclose(file);
+  if (!object) Say(why, path + ": holds nothing that can be used");
+  return object;
+}
+
+bool MakeFolder(const std::string& path, std::string* why) {
+  for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
+    mkdir(path.substr(0, slash).c_str(), 0755);
+  if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
+    return Say(why, path + ": " + std::strerror(errno));
+  return true;
+}
+
+bool Exists(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
+std::string AltNames(const ServerNames& names) {
+  std::string list;
+  for (const std::string& host : names.hosts) list += (list.empty() ? "DNS:" : ",DNS:") + host;
+  for (const std::string& address : names.addresses)
+    list += (list.empty() ? "IP:" : ",IP:") + address;
+  return list;
+}
+
+// Every text goes into an extension's small language: no separators of that.
+bool AreNames(const ServerNames& names) {
+  for (const auto* list : {&names.hosts, &names.addresses})
+    for (const std::string& text : *list)
+      if (text.empty() || text.find_first_of(", \t\r\n") != text.npos) return false;
+  return !names.hosts.empty();
+}
+
+std::vector<Extension> LeafExtensions(const char* use) {
+  return {{NID_basic_constraints, "critical,CA:FALSE"},
+          {NID_key_usage, "critical,digitalSignature"},
+          {NID_ext_key_usage, use}};
+}
+
+}  // namespace
+
+ServerNames OwnNames() {
+  ServerNames names{{LocalHostName()}, {"127.0.0.1", "::1"}};
+  char whole[256] = {};
+  if (gethostname(whole, sizeof whole - 1) == 0 && names.hosts.front() != whole)
+    names.hosts.emplace_back(whole);
+  if (names.hosts.front() != "localhost") names.hosts.emplace_back("localhost");
+  return names;
+}
+
+bool InitKeys(const std::string& folder, const ServerNames& names, std::string* why, int days) {
+  if (!AreNames(names)) return Say(why, "a name or address of the server cannot be used");
+  if (!MakeFolder(folder, why)) return false;
+  for (const char* file : {"/ca.crt", "/ca.key", "/server.crt", "/server.key"})
+    if (Exists(folder + file)) return Say(why, folder + file + " exists already");
+  const Key caKey(EVP_EC_gen("P-256")), key(EVP_EC_gen("P-256"));
+  if (!caKey || !key) return Say(why, "no keys can be made");
+  const Certificate ca = MakeCertificate({"Quor authority of " + names.hosts.front(), ""},
+                                         caKey.get(), nullptr, nullptr, 10 * 365,
+                                         {{NID_basic_constraints, "critical,CA:TRUE,pathlen:0"},
+                                          {NID_key_usage, "critical,keyCertSign,cRLSign"}});
+  std::vector<Extension> extensions = LeafExtensions("serverAuth");
+  extensions.push_back({NID_subject_alt_name, AltNames(names)});
+  const Certificate server = ca ? MakeCertificate({names.hosts.front(), "server"}, key.get(),
+                                                  ca.get(), caKey.get(), days, extensions)
+                                : nullptr;
+  if (!server) return Say(why, "no certificate can be made of these names");
+  return WriteKey(folder + "/ca.key", caKey.get(), why) &&
+         WriteKey(folder + "/server.key", key.get(), why) &&
+         WriteCertificate(folder + "/ca.crt", ca.get(), why) &&
+         WriteCertificate(folder + "/server.crt", server.get(), why);
+}
+
+bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::Role role,
+               const std::string& to, std::string* why, int days) {
+  if (name.empty() || name.size() > 64) return Say(why, "a name has 1 to 64 bytes");
+  if (RoleWord(role).empty()) return Say(why, "there is no such role");
+  const auto ca = ReadPem<Certificate>(
+      folder + "/ca.crt", [](FILE* file) { return PEM_read_X509(file, nullptr, nullptr, nullptr); },
+      why);
+  if (!ca) return false;
+  const auto caKey = ReadPem<Key>(
+      folder + "/ca.key",
+      [](FILE* file) { return PEM_read_PrivateKey(file, nullptr, nullptr, nullptr); }, why);
+  if (!caKey || !MakeFolder(to, why)) return false;
+  for (const char* file : {"/ca.crt", "/client.crt", "/client.key"})
+    if (Exists(to + file)) return Say(why, to + file + " exists already");
+  const Key key(EVP_EC_gen("P-256"));
+  const Certificate made = key ? MakeCertificate({name, RoleWord(role)}, key.get(), ca.get(),
+                                                 caKey.get(), days, LeafExtensions("clientAuth"))
+                               : nullptr;
+  if (!made) return Say(why, "no certificate can be made for " + name);
+  return WriteKey(to + "/client.key", key.get(), why) &&
+         WriteCertificate(to + "/client.crt", made.get(), why) &&
+         WriteCertificate(to + "/ca.crt", ca.get(), why);
+}

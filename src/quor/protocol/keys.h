@@ -1,0 +1,28 @@
+// Making the certificates of mutual TLS: what `quord keys` does.
+//
+// Shape    InitKeys fills a folder (0700) with an authority (ca.crt, ca.key) and the service's own
+//          certificate (server.crt, server.key). IssueKeys fills another with what a client needs:
+//          ca.crt, client.crt, client.key. EC P-256; private keys 0600.
+// Errors   False and a reason. Nothing that exists is overwritten.
+// Threads  Any.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "quor/protocol/quor.pb.h"
+
+constexpr int kKeyDays = 825;
+
+struct ServerNames {
+  std::vector<std::string> hosts;      // "orders1", "orders1.example.org"
+  std::vector<std::string> addresses;  // "10.0.0.5", "fe80::1"
+};
+// This machine's host name with and without its domain, "localhost", 127.0.0.1 and ::1.
+ServerNames OwnNames();
+
+bool InitKeys(const std::string& folder, const ServerNames& names, std::string* why,
+              int days = kKeyDays);
+// A negative number of days makes a certificate that has expired.
+bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::Role role,
+               const std::string& to, std::string* why, int days = kKeyDays);

@@ -1,0 +1,42 @@
+// Mutual TLS: who may be spoken to, and who speaks.
+//
+// Shape    A keys folder holds ca.crt, and server.crt and server.key or client.crt and client.key
+//          (PEM). TLS 1.2 or later; both sides show a certificate of that one authority, made for
+//          their side of the connection. A client's role stands in its certificate (OU).
+// Errors   Null and a reason; a key that others may read is refused.
+// Threads  Any.
+#pragma once
+
+#include <openssl/ssl.h>
+
+#include <asio/ssl/context.hpp>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "quor/protocol/quor.pb.h"
+
+// $QUOR_KEYS, else $XDG_CONFIG_HOME/quor/keys, else ~/.config/quor/keys.
+std::string KeysFolder();
+
+std::shared_ptr<asio::ssl::context> MakeServerTls(const std::string& keysFolder, std::string* why);
+std::shared_ptr<asio::ssl::context> MakeClientTls(const std::string& keysFolder, std::string* why);
+
+// Before a client's handshake: the certificate must be for this name or address.
+void PrepareClientTls(SSL* tls, const std::string& host);
+// Words for a handshake that failed, with the reason of the certificate check if it was that.
+std::string TlsReason(SSL* tls, const std::error_code& error);
+
+struct TlsPeer {
+  std::string name;  // CN
+  quor::wire::Role role = quor::wire::ROLE_NONE;
+};
+// After a server's handshake. A certificate without a known role has none and may do nothing.
+TlsPeer PeerOf(SSL* tls);
+
+// May a peer with the role `held` do what needs `needed`? Who may configure may also monitor.
+bool RoleAllows(quor::wire::Role held, quor::wire::Role needed);
+// "monitor", "configure", "forward"; "" and nothing for others.
+std::string RoleWord(quor::wire::Role role);
+std::optional<quor::wire::Role> RoleOf(const std::string& word);

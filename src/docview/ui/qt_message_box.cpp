@@ -45,7 +45,6 @@ QtMessageBox::QtMessageBox(const MessageBoxRequest& request, QWidget* parent)
   setTextFormat(Qt::PlainText);
   const bool hasYes = MustAnswer() || m_buttons == BoxButtons::YesNoCancel;
   setDefaultButton(hasYes ? QMessageBox::Yes : QMessageBox::Ok);
-  if (MustAnswer()) setWindowFlag(Qt::WindowCloseButtonHint, false);
 }
 
 BoxAnswer QtMessageBox::Answer() const {

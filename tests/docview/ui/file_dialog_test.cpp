@@ -1,0 +1,173 @@
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTest>
+#include <filesystem>
+#include <functional>
+
+#include "docview/ui/qt_host.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+class FileDialogTest : public testing::Test {
+ protected:
+  FileDialogTest() : m_before(std::filesystem::current_path()) {
+    std::filesystem::current_path(m_dir.Path());
+  }
+  ~FileDialogTest() override { std::filesystem::current_path(m_before); }
+
+  using Person = std::function<void(QFileDialog&)>;
+  std::optional<FileDialogAnswer> Run(const FileDialogRequest& request, const Person& person) {
+    m_host.Post([person] {
+      auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+      ASSERT_TRUE(dialog);
+      person(*dialog);
+      if (dialog->isVisible()) dialog->reject();
+    });
+    return m_host.RunFileDialog(request);
+  }
+  // Types a name and accepts; gives the text of a question that came up, answered with `button`.
+  std::string Accept(QFileDialog& dialog, const std::string& name,
+                     QMessageBox::StandardButton button = QMessageBox::Ok) {
+    std::string asked;
+    dialog.findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(name));
+    m_host.Post([&asked, button] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      if (!box) return;
+      asked = box->text().toStdString();
+      box->button(button)->click();
+    });
+    QMetaObject::invokeMethod(&dialog, "accept", Qt::DirectConnection);
+    bool turned = false;
+    m_host.Post([&turned] { turned = true; });
+    EXPECT_TRUE(QTest::qWaitFor([&turned] { return turned; }));
+    return asked;
+  }
+
+  TempDir m_dir;
+  const std::filesystem::path m_before;
+  QtHost m_host;
+};
+
+const FileDialogRequest kSave = {.save = true,
+                                 .title = "Save Copy As",
+                                 .defaultExtension = ".trc",
+                                 .suggestedName = "",
+                                 .filters = {{"Trace Files (*.trc)", "*.trc"}},
+                                 .boxes = {}};
+const FileDialogRequest kOpen = {.save = false,
+                                 .title = "Open",
+                                 .defaultExtension = "",
+                                 .suggestedName = "",
+                                 .filters = {{"Source Files (*.c; *.cpp)", "*.c; *.cpp"}},
+                                 .boxes = {}};
+
+}  // namespace
+
+TEST_F(FileDialogTest, TheDefaultExtensionIsAppendedOnlyWhenNoneWasTyped) {
+  auto answer = Run(kSave, [&](QFileDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), "Save Copy As");
+    EXPECT_EQ(Accept(dialog, "web"), "");
+  });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("web.trc"));
+  answer = Run(kSave, [&](QFileDialog& dialog) { Accept(dialog, "web.old"); });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("web.old"));
+}
+
+TEST_F(FileDialogTest, TheOverwriteQuestionIsAskedForTheFinalName) {
+  m_dir.File("web.trc", "old");
+  auto answer = Run(kSave, [&](QFileDialog& dialog) {
+    const std::string asked = Accept(dialog, "web", QMessageBox::No);
+    EXPECT_NE(asked.find("web.trc"), std::string::npos) << asked;
+    EXPECT_TRUE(dialog.isVisible()) << "No keeps the dialog";
+  });
+  EXPECT_FALSE(answer);
+  answer = Run(kSave, [&](QFileDialog& dialog) { Accept(dialog, "web", QMessageBox::Yes); });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("web.trc"));
+}
+
+TEST_F(FileDialogTest, AFileWithoutTheExtensionIsNotAskedAbout) {
+  m_dir.File("web", "another file");
+  const auto answer =
+      Run(kSave, [&](QFileDialog& dialog) { EXPECT_EQ(Accept(dialog, "web"), ""); });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("web.trc"));
+}
+
+TEST_F(FileDialogTest, AFolderThatDoesNotExistIsRefused) {
+  const auto answer = Run(kSave, [&](QFileDialog& dialog) {
+    EXPECT_NE(Accept(dialog, m_dir.File("none/web.trc")), "");
+    EXPECT_TRUE(dialog.isVisible());
+  });
+  EXPECT_FALSE(answer);
+}
+
+TEST_F(FileDialogTest, AFileToOpenMustExist) {
+  const auto answer = Run(kOpen, [&](QFileDialog& dialog) {
+    EXPECT_NE(Accept(dialog, "missing.c"), "");
+    EXPECT_TRUE(dialog.isVisible());
+  });
+  EXPECT_FALSE(answer);
+}
+
+TEST_F(FileDialogTest, SeveralPatternsPartedBySemicolonsAndBlanksAreOneFilter) {
+  Run(kOpen, [&](QFileDialog& dialog) {
+    EXPECT_EQ(dialog.nameFilters().value(0), "Source Files (*.c; *.cpp) (*.c *.cpp)");
+    EXPECT_TRUE(dialog.testOption(QFileDialog::HideNameFilterDetails));
+    EXPECT_TRUE(dialog.testOption(QFileDialog::DontUseNativeDialog));
+  });
+}
+
+TEST_F(FileDialogTest, AnAcceptedDialogMakesItsFolderTheCurrentOne) {
+  std::filesystem::create_directory(m_dir.File("sub"));
+  m_dir.File("sub/a.c", "x");
+  const auto answer =
+      Run(kOpen, [&](QFileDialog& dialog) { Accept(dialog, m_dir.File("sub/a.c")); });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("sub/a.c"));
+  EXPECT_EQ(std::filesystem::current_path().string(), m_dir.File("sub"));
+}
+
+TEST_F(FileDialogTest, ACancelledDialogChangesNothing) {
+  std::filesystem::create_directory(m_dir.File("sub"));
+  const auto answer = Run(kOpen, [&](QFileDialog& dialog) {
+    dialog.setDirectory(QString::fromStdString(m_dir.File("sub")));
+    dialog.reject();
+  });
+  EXPECT_FALSE(answer);
+  EXPECT_EQ(std::filesystem::current_path().string(), m_dir.Path());
+}
+
+TEST_F(FileDialogTest, ASuggestedNameMayHoldAFolder) {
+  std::filesystem::create_directory(m_dir.File("sub"));
+  FileDialogRequest request = kSave;
+  request.suggestedName = m_dir.File("sub/web.trc");
+  Run(request, [&](QFileDialog& dialog) {
+    EXPECT_EQ(dialog.directory().absolutePath().toStdString(), m_dir.File("sub"));
+    EXPECT_EQ(dialog.findChild<QLineEdit*>("fileNameEdit")->text(), "web.trc");
+  });
+}
+
+TEST_F(FileDialogTest, BoxesStandInTheDialogAndComeBackWithTheirTicks) {
+  FileDialogRequest request = kSave;
+  request.boxes = {{"Selected rows only", true, false}, {"All columns", false, true}};
+  const auto answer = Run(request, [&](QFileDialog& dialog) {
+    const auto boxes = dialog.findChildren<QCheckBox*>();
+    ASSERT_EQ(boxes.size(), 2);
+    EXPECT_EQ(boxes[0]->text(), "Selected rows only");
+    EXPECT_TRUE(boxes[0]->isVisible());
+    EXPECT_FALSE(boxes[1]->isEnabled());
+    boxes[0]->click();
+    Accept(dialog, "web");
+  });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->boxes, (std::vector<bool>{true, true}));
+}

@@ -64,6 +64,8 @@ bool WaitForLoads(CTesseraApp& tessera) {
 bool RenderMainWindow(CTesseraApp& tessera, const QString& path) {
   const auto* face = dynamic_cast<const QtMainFrame*>(tessera.Frame()->Face());
   if (!face) return false;
+  // One window fills the room.
+  tessera.Frame()->OnCommand(ID_WINDOW_TILE_HORZ);
   face->Actions().UpdateAll();
   return face->Window().grab().save(path, "PNG");
 }

@@ -70,6 +70,7 @@ void ShotScenes::File(const std::string& path) {
     m_good = false;
     return;
   }
+  m_tessera.Frame()->OnCommand(ID_WINDOW_CASCADE);
   if (CTraceView* list = FrontList(m_tessera)) {
     const int row = list->List().ItemCount() / 2;
     list->List().EnsureVisible(row);

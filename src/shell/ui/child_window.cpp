@@ -11,6 +11,7 @@
 ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
     : m_child(&child), m_area(area), m_room(new QWidget), m_layout(new QVBoxLayout(m_room)) {
   m_layout->setContentsMargins(0, 0, 0, 0);
+  m_room->setFocusPolicy(Qt::StrongFocus);
   setWidget(m_room);
   setWindowIcon(QApplication::windowIcon());
   setMinimumSize(160, 90);

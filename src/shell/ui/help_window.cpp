@@ -1,12 +1,43 @@
 #include "shell/ui/help_window.h"
 
 #include <QAction>
+#include <QTextBlock>
+#include <QTextTable>
 #include <QToolBar>
 
 namespace {
 
 QUrl PageOf(const QString& topic) {
   return QUrl(QStringLiteral("qrc:/help/%1.md").arg(topic));
+}
+
+// Tables with thin lines and room around their texts.
+void StyleTables(QTextDocument& page, const QPalette& palette) {
+  for (QTextFrame* frame : page.rootFrame()->childFrames()) {
+    auto* table = qobject_cast<QTextTable*>(frame);
+    if (!table) continue;
+    QTextTableFormat format = table->format();
+    format.setCellSpacing(0);
+    format.setCellPadding(6);
+    format.setBorder(1);
+    format.setBorderCollapse(true);
+    format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+    format.setBorderBrush(palette.color(QPalette::Mid));
+    format.setTopMargin(8);
+    format.setBottomMargin(14);
+    table->setFormat(format);
+  }
+}
+
+// Room above and below the headings.
+void StyleHeadings(QTextDocument& page) {
+  for (QTextBlock block = page.begin(); block.isValid(); block = block.next()) {
+    QTextBlockFormat format = block.blockFormat();
+    if (format.headingLevel() == 0) continue;
+    format.setTopMargin(format.headingLevel() == 1 ? 0 : 18);
+    format.setBottomMargin(8);
+    QTextCursor(block).setBlockFormat(format);
+  }
 }
 
 // A browser whose pages are written in Markdown, with room around the text.
@@ -17,7 +48,9 @@ class Pages : public QTextBrowser {
  protected:
   void doSetSource(const QUrl& name, QTextDocument::ResourceType) override {
     QTextBrowser::doSetSource(name, QTextDocument::MarkdownResource);
-    document()->setDocumentMargin(24);
+    document()->setDocumentMargin(28);
+    StyleTables(*document(), palette());
+    StyleHeadings(*document());
   }
 };
 

@@ -9,6 +9,7 @@ namespace {
 
 constexpr int kDarker = 108;  // percent: the room lies a little deeper than the bars
 constexpr int kDarkerInDark = 130;
+constexpr qreal kHintScale = 1.25;
 
 }  // namespace
 
@@ -26,6 +27,7 @@ void MdiArea::OnActivated(ChildWindow* window) {
   if (!window || !window->Child() || window == m_active) return;
   m_active = window;  // the frame that was active is told by the main frame
   window->Child()->OnActivate(true);
+  if (m_active == window) window->widget()->setFocus();
   if (m_changed) m_changed();
 }
 
@@ -48,6 +50,9 @@ void MdiArea::paintEvent(QPaintEvent* event) {
   QMdiArea::paintEvent(event);
   if (!subWindowList().isEmpty()) return;
   QPainter p(viewport());
+  QFont font = this->font();
+  font.setPointSizeF(font.pointSizeF() * kHintScale);
+  p.setFont(font);
   QColor ink = palette().color(QPalette::WindowText);
   ink.setAlphaF(0.6f);
   p.setPen(ink);

@@ -29,7 +29,9 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CLoadStatus>([](CLoadStatus& dialog, QWidget* parent) {
     return std::make_unique<LoadStatusFace>(dialog, parent);
   });
-  RegisterOptionsFace(host);
+  host.RegisterFace<COptionsDlg>([](COptionsDlg& dialog, QWidget* parent) {
+    return std::make_unique<OptionsFace>(dialog, parent);
+  });
 }
 
 QtShellFaces::~QtShellFaces() {
@@ -74,7 +76,8 @@ void QtShellFaces::ShowHelp(const std::string& topic) {
   QWidget* dialog = QApplication::activeModalWidget();
   if (m_help && m_help->parentWidget() != dialog) delete m_help;
   if (!m_help) m_help = new HelpWindow(dialog);
-  m_help->ShowTopic(topic.empty() ? TopicOfDialog() : QString::fromStdString(topic));
+  const QString ofDialog = TopicOfDialog();
+  m_help->ShowTopic(ofDialog.isEmpty() ? QString::fromStdString(topic) : ofDialog);
   m_help->show();
   m_help->raise();
   m_help->activateWindow();

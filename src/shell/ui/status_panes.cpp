@@ -28,8 +28,6 @@ class Pane : public QLabel {
 
 StatusPanes::StatusPanes(QWidget* parent) : QStatusBar(parent) {
   setSizeGripEnabled(true);
-  // The style's own frames around each item would stand beside our dividing lines.
-  setStyleSheet(QStringLiteral("QStatusBar::item { border: 0 }"));
   for (const StatusIndicator& indicator : StatusIndicators()) {
     const bool message = indicator.id == kPaneMessage;
     QLabel* pane = message ? new QLabel(this) : new Pane(this);

@@ -103,7 +103,7 @@ TEST_F(ChildFramesTest, TheActiveChildStaysActiveWhileADialogIsUp) {
   ASSERT_TRUE(active);
   const CMDIChildWnd* during = nullptr;
   OnModal([&](QWidget* dialog) {
-    QTest::qWaitForWindowActive(dialog);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
     during = Frame().MDIGetActive();
     dialog->close();
   });

@@ -68,15 +68,17 @@ TEST_F(OptionsAndHelpTest, TheOptionsDialogsHelpOpensItsPageBesideTheDialog) {
   EXPECT_TRUE(usable);
 }
 
-TEST_F(OptionsAndHelpTest, F1AndHelpTopicsOpenTheContents) {
+TEST_F(OptionsAndHelpTest, HelpTopicsOpensTheContentsAndF1ThePageOfWhatIsActive) {
   Start();
   QTest::keyClick(&Window(), Qt::Key_F1);
   ASSERT_TRUE(m_faces->Help());
   EXPECT_TRUE(m_faces->Help()->isVisible());
-  EXPECT_EQ(m_faces->Help()->Topic(), QStringLiteral("contents"));
-  m_faces->Help()->ShowTopic(QStringLiteral("keys"));
+  EXPECT_EQ(m_faces->Help()->Topic(), QStringLiteral("window"));
   Frame().OnCommand(ID_HELP_INDEX);
   EXPECT_EQ(m_faces->Help()->Topic(), QStringLiteral("contents"));
+  Open(TraceFile("a.trc", 3));
+  QTest::keyClick(&Window(), Qt::Key_F1);
+  EXPECT_EQ(m_faces->Help()->Topic(), QStringLiteral("list"));
 }
 
 TEST_F(OptionsAndHelpTest, EveryTopicHasAPageAndEveryLinkLeadsToOne) {

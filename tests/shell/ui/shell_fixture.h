@@ -76,8 +76,11 @@ class ShellTest : public testing::Test {
   // Opens a file and waits until its traces are there.
   CTraceFileDoc* Open(const std::string& path) {
     auto* document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(path));
-    if (document) EXPECT_TRUE(Until([document] { return !document->m_loading; }));
+    EXPECT_TRUE(Until([document] { return !document || !document->m_loading; }));
     EXPECT_TRUE(Until([this] { return !m_app->Frame()->LoadStatus(); }));
+    // Offscreen there is no window manager to bring the window back when the progress box has gone.
+    Window().activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&Window()));
     return document;
   }
 

@@ -67,61 +67,83 @@ int CTraceFilter::Matches(const RawTrace& trace) {
   return allTraces ? 1 : MatchesTrace(trace);
 }
 
+// Traces vary, so that a branch on a mark is often guessed wrongly. While all ids are known, which
+// is nearly always, the marks are therefore combined without one.
 template <class Trace>
 int CTraceFilter::MatchesTrace(const Trace& trace) {
+  bool shown = true, known = true;
   if (!allSeverities || !allAttributes) {
     const int traceAttributes = trace.Attributes();
-    if (!SeverityPasses(traceAttributes) || !AttributesPass(traceAttributes)) return 0;
+    shown = SeverityPasses(traceAttributes) & AttributesPass(traceAttributes);
   }
-  // The order matters: what fails one test never enters the maps of those behind it.
-  return (allComponents || MarkPasses(m_componentCache, components, trace.ComponentId())) &&
+  const auto ask = [&](const MarkCache& cache, NameId id) {
+    const MarkSlot& slot = cache[id % cache.size()];
+    known &= slot.id == id;
+    shown &= *slot.mark == 1;
+  };
+  if (!allComponents) ask(m_componentCache, trace.ComponentId());
+  if (!allCategories) ask(m_categoryCache, trace.CategoryId());
+  if (!allApplications) ask(m_applicationCache, trace.AppId());
+  if (!allThreads) {
+    const std::uint64_t ids = IdsOf(trace.MachineId(), trace.PidId(), trace.TidId());
+    const ThreadSlot& slot = m_threadCache[SlotOf(ids)];
+    const bool passes =
+        (*slot.allProcesses != 0) | (*slot.allThreadsOfProcess != 0) | (*slot.thread == 1);
+    // Without its thread a slot only knows what passes as a whole.
+    known &= (slot.ids == ids) & (passes | (slot.thread != &kNoMark));
+    shown &= passes;
+  }
+  return known ? shown : MatchesNewIds(trace);
+}
+
+// The tests in their order, which matters here: what fails one never enters the maps of those
+// behind it.
+template <class Trace>
+int CTraceFilter::MatchesNewIds(const Trace& trace) {
+  const int traceAttributes = trace.Attributes();
+  return SeverityPasses(traceAttributes) && AttributesPass(traceAttributes) &&
+         (allComponents || MarkPasses(m_componentCache, components, trace.ComponentId())) &&
          (allCategories || MarkPasses(m_categoryCache, categories, trace.CategoryId())) &&
          (allApplications || MarkPasses(m_applicationCache, applications, trace.AppId())) &&
          (allThreads || ThreadPasses(trace.MachineId(), trace.PidId(), trace.TidId()));
 }
 
 bool CTraceFilter::SeverityPasses(int traceAttributes) const {
+  static constexpr std::array<std::uint8_t, kSeverityMask + 1> kLowestBit = {0, 0, 1, 0,
+                                                                             2, 0, 1, 0};
   if (allSeverities) return true;
-  if (traceAttributes & kAttributeInfo) return severities[0] == 1;
-  if (traceAttributes & kAttributeWarn) return severities[1] == 1;
-  if (traceAttributes & kAttributeError) return severities[2] == 1;
   // Kept: a trace without a severity is hidden even when each of the three is shown.
-  return false;
+  const auto bits = static_cast<std::size_t>(traceAttributes & kSeverityMask);
+  return (bits != 0) & (severities[kLowestBit[bits]] == 1);
 }
 
 bool CTraceFilter::AttributesPass(int traceAttributes) const {
   if (allAttributes) return true;
-  return attributes[traceAttributes & kAttributeDeveloper ? 1 : 0] == 1 &&
-         attributes[traceAttributes & kAttributeVerbose ? 3 : 2] == 1;
+  const std::size_t developer = (traceAttributes & kAttributeDeveloper) != 0;
+  const std::size_t verbose = (traceAttributes & kAttributeVerbose) != 0;
+  return (attributes[developer] == 1) & (attributes[2 + verbose] == 1);
 }
 
 bool CTraceFilter::MarkPasses(MarkCache& cache, std::map<NameId, int>& marks, NameId id) {
-  const std::size_t slot = id % MarkCache::kSlots;
-  if (!cache.marks[slot] || cache.ids[slot] != id) {
-    cache.marks[slot] = &marks.try_emplace(id, 1).first->second;
-    cache.ids[slot] = id;
-  }
-  return *cache.marks[slot] == 1;
+  MarkSlot& slot = cache[id % cache.size()];
+  if (slot.id != id) slot = {&marks.try_emplace(id, 1).first->second, id};
+  return *slot.mark == 1;
 }
 
 bool CTraceFilter::ThreadPasses(NameId machine, NameId process, NameId thread) {
-  const std::uint64_t ids = std::uint64_t{machine} << 32 | std::uint64_t{process} << 16 | thread;
-  // Multiplying by the golden ratio spreads ids that differ in any field over the top bits.
-  ThreadSlot& slot = m_threadCache[(ids * 0x9E3779B97F4A7C15u) >> (64 - kThreadSlotBits)];
-  if (!slot.machine || slot.ids != ids) slot = {ids, &threads[machine], nullptr, nullptr};
-  if (slot.machine->allProcesses) return true;
-  if (!slot.process) {
-    const auto entry = slot.machine->processes.find(process);
-    if (entry == slot.machine->processes.end()) return false;
-    slot.process = &entry->second;
-  }
-  if (slot.process->allThreadsOfProcess) return true;
-  if (!slot.thread) {
-    const auto mark = slot.process->threadMarks.find(thread);
-    if (mark == slot.process->threadMarks.end()) return false;
-    slot.thread = &mark->second;
-  }
-  return *slot.thread == 1;
+  const std::uint64_t ids = IdsOf(machine, process, thread);
+  ThreadSlot& slot = m_threadCache[SlotOf(ids)];
+  const MachineFilterEntry& machineEntry = threads[machine];
+  slot = {&machineEntry.allProcesses, &kNoMark, &kNoMark, ids};
+  const auto processEntry = machineEntry.processes.find(process);
+  if (processEntry == machineEntry.processes.end()) return machineEntry.allProcesses != 0;
+  const ProcessFilterEntry& marks = processEntry->second;
+  slot.allThreadsOfProcess = &marks.allThreadsOfProcess;
+  const bool whole = machineEntry.allProcesses || marks.allThreadsOfProcess;
+  const auto mark = marks.threadMarks.find(thread);
+  if (mark == marks.threadMarks.end()) return whole;
+  slot.thread = &mark->second;
+  return whole || mark->second == 1;
 }
 
 void CTraceFilter::MergeDocumentNames(const CTraceDoc& document) {

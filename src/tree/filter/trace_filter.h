@@ -63,25 +63,34 @@ class CTraceFilter {
   std::vector<int> attributes = {1, 1, 1, 1, 1};
 
  private:
-  // Where a mark was found last, so that a trace costs no tree walk. The marks may change behind
-  // the pointers. A copy begins empty: its marks lie elsewhere.
-  struct MarkCache {
-    static constexpr std::size_t kSlots = 256;
-    std::array<const int*, kSlots> marks{};
-    std::array<NameId, kSlots> ids{};
+  // Where a mark was found last, so that a trace costs no tree walk. The mark may change behind the
+  // pointer. A copy begins with empty slots: its marks lie elsewhere.
+  static constexpr int kNoMark = 0;
+  struct MarkSlot {
+    const int* mark = &kNoMark;
+    std::uint32_t id = 0xFFFFFFFF;  // no name id
   };
-  // The same for a machine, a process on it and a thread of that. Process and thread are null where
-  // they were not asked for or not there, and then looked up again.
+  using MarkCache = std::array<MarkSlot, 256>;
+  // The same for a machine, a process on it and a thread of that, as far as they are in the filter.
   struct ThreadSlot {
-    std::uint64_t ids = 0;
-    const MachineFilterEntry* machine = nullptr;
-    const ProcessFilterEntry* process = nullptr;
-    const int* thread = nullptr;
+    const int* allProcesses = &kNoMark;
+    const int* allThreadsOfProcess = &kNoMark;
+    const int* thread = &kNoMark;
+    std::uint64_t ids = ~std::uint64_t{0};  // no three name ids
   };
-  static constexpr std::size_t kThreadSlotBits = 8;
+  static constexpr unsigned kThreadSlotBits = 11;
+  static constexpr std::uint64_t IdsOf(NameId machine, NameId process, NameId thread) {
+    return std::uint64_t{machine} << 32 | std::uint64_t{process} << 16 | thread;
+  }
+  static constexpr std::size_t SlotOf(std::uint64_t ids) {
+    // Multiplying by the golden ratio spreads ids that differ in any field over the top bits.
+    return (ids * 0x9E3779B97F4A7C15u) >> (64 - kThreadSlotBits);
+  }
 
   template <class Trace>
   int MatchesTrace(const Trace& trace);
+  template <class Trace>
+  int MatchesNewIds(const Trace& trace);
   bool SeverityPasses(int traceAttributes) const;
   bool AttributesPass(int traceAttributes) const;
   static bool MarkPasses(MarkCache& cache, std::map<NameId, int>& marks, NameId id);
@@ -89,5 +98,5 @@ class CTraceFilter {
   void CopyMarks(const CTraceFilter& other);
 
   MarkCache m_componentCache, m_categoryCache, m_applicationCache;
-  std::array<ThreadSlot, std::size_t{1} << kThreadSlotBits> m_threadCache{};
+  std::array<ThreadSlot, std::size_t{1} << kThreadSlotBits> m_threadCache;
 };

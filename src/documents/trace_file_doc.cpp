@@ -1,6 +1,6 @@
 #include "documents/trace_file_doc.h"
 
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "documents/trace_file_load.h"
@@ -20,14 +20,14 @@ bool CTraceFileDoc::OnNewDocument() {
 bool CTraceFileDoc::OnOpenDocument(const std::string& path) {
   DeleteContents();
   if (!OpenAndCheck(path)) return false;
-  m_load = std::make_shared<TraceFileLoad>(GetHost(), m_file, path, m_cancelEvent);
-  m_load->m_handOver = [this] {
-    TakeOver();
-    for (CView* const view : Views()) view->PostMessage(WM_TRACE_UPDATE, kHintReady);
-  };
   try {
+    m_load = std::make_shared<TraceFileLoad>(GetHost(), m_file, path, m_cancelEvent);
+    m_load->m_handOver = [this] {
+      TakeOver();
+      for (CView* const view : Views()) view->PostMessage(WM_TRACE_UPDATE, kHintReady);
+    };
     m_loadThread = BeginThread([load = m_load, hook = s_beforeWalk] { load->Run(hook); });
-  } catch (const std::system_error& error) {
+  } catch (const std::exception& error) {  // no thread, or no memory for it
     m_openFailure = error.what();
     m_load.reset();
     m_file.reset();

@@ -68,8 +68,8 @@ void TraceFileLoad::Walk(const std::function<void()>& beforeWalk) {
 
 void TraceFileLoad::Disown() {
   m_handOver = nullptr;
-  PostDone();
   const std::lock_guard lock(m_hostMutex);
+  m_host.Post([&host = m_host] { TellMainWindow(host, kLoadDone, 0); });
   m_disowned = true;
 }
 

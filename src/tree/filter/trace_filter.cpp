@@ -68,7 +68,8 @@ int CTraceFilter::Matches(const RawTrace& trace) {
 }
 
 // Traces vary, so that a branch on a mark is often guessed wrongly. While all ids are known, which
-// is nearly always, the marks are therefore combined without one.
+// is nearly always, the marks are therefore combined without one. An unknown id behind a test that
+// fails is never asked for, and does not matter.
 template <class Trace>
 int CTraceFilter::MatchesTrace(const Trace& trace) {
   bool shown = true, known = true;
@@ -78,7 +79,7 @@ int CTraceFilter::MatchesTrace(const Trace& trace) {
   }
   const auto ask = [&](const MarkCache& cache, NameId id) {
     const MarkSlot& slot = cache[id % cache.size()];
-    known &= slot.id == id;
+    known &= (slot.id == id) | !shown;
     shown &= *slot.mark == 1;
   };
   if (!allComponents) ask(m_componentCache, trace.ComponentId());
@@ -90,7 +91,7 @@ int CTraceFilter::MatchesTrace(const Trace& trace) {
     const bool passes =
         (*slot.allProcesses != 0) | (*slot.allThreadsOfProcess != 0) | (*slot.thread == 1);
     // Without its thread a slot only knows what passes as a whole.
-    known &= (slot.ids == ids) & (passes | (slot.thread != &kNoMark));
+    known &= ((slot.ids == ids) & (passes | (slot.thread != &kNoMark))) | !shown;
     shown &= passes;
   }
   return known ? shown : MatchesNewIds(trace);

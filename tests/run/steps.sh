@@ -21,7 +21,7 @@ until_true() {
 start_display() {
   local number
   mkfifo "$work/number"
-  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$work/number" 2>"$work/xvfb.log" &
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$work/number" 2>"$work/xvfb.log" &
   started+=($!)
   read -r -t 20 number <"$work/number" || fail "Xvfb did not come up"
   export DISPLAY=:$number
@@ -42,11 +42,11 @@ start_program() {
   xdotool windowactivate "$window"
   until_true "the main window is not active" is_active "^Tessera"
 }
-main_window() { xdotool search --onlyvisible --pid "$program" --name '^Tessera( - .*)?$' | head -1 | grep .; }
+main_window() { xdotool search --all --onlyvisible --pid "$program" --name '^Tessera( - .*)?$' | head -1 | grep .; }
 active_name() { xdotool getactivewindow getwindowname; }
 is_active() { active_name | grep -q "$1"; }
 is_not_active() { ! is_active "$1"; }
-has_window() { xdotool search --onlyvisible --pid "$program" --name "$1" | grep -q .; }
+has_window() { xdotool search --all --onlyvisible --pid "$program" --name "$1" | grep -q .; }
 has_no_window() { ! has_window "$1"; }
 is_gone() { ! kill -0 "$program" 2>/dev/null; }
 key() { xdotool key --clearmodifiers "$@"; }

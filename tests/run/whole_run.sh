@@ -10,7 +10,7 @@ set -euo pipefail
 tessera=$(realpath "$1")
 trc=$(realpath "$2")
 here=$(dirname "$(realpath "$0")")
-for tool in Xvfb openbox xdotool import xprop xauth; do
+for tool in Xvfb openbox xdotool import convert identify xprop xauth; do
   command -v "$tool" >/dev/null || { echo "whole_run: $tool is not installed" >&2; exit 2; }
 done
 

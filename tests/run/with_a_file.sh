@@ -2,7 +2,8 @@
 
 # What is painted in a corner of the room for the windows: one colour when no window lies there.
 corner_colours() {
-  import -window "$window" -crop 160x60+20+"${1:-120}" +repage -unique-colors txt:- | grep -vc '^#'
+  import -window "$window" png:- | convert png:- -crop 160x60+20+120 +repage -unique-colors txt:- |
+    grep -vc '^#'
 }
 room_is_empty() { [ "$(corner_colours)" -eq 1 ]; }
 room_is_not_empty() { [ "$(corner_colours)" -gt 1 ]; }

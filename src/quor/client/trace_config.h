@@ -12,7 +12,8 @@
 
 #include "base/quor_ptr.h"
 
-enum trc_SinkTypes_e { trc_SinkFile = 0, trc_SinkSocket = 1 };
+// Others may come from a newer service, and are kept.
+enum trc_SinkTypes_e : unsigned { trc_SinkFile = 0, trc_SinkSocket = 1 };
 
 // Bits of a settings word.
 enum : unsigned {
@@ -37,17 +38,19 @@ struct trace_Component_t {
 
 class trace_Config_i : public QuorRef::Ref_t {
  public:
-  // "" and "localhost" mean this machine, "name:port" another.
-  static trace_Config_i* Create(const std::string& host);
+  // "" and "localhost" mean this machine, "name:port" another. `why` gets the reason of null.
+  static trace_Config_i* Create(const std::string& host, std::string* why = nullptr);
   virtual const std::string& GetHostName() const = 0;  // as given
-  // Registered applications, those running and those with an open handle; asked anew at each call.
+  // Registered applications, those running and those with an open handle; asked anew at each call,
+  // and empty when there is no answer.
   virtual const std::list<std::string>& GetAppList() const = 0;
 };
 
 class trace_App_i : public QuorRef::Ref_t {
  public:
   // Works for an application that is not registered yet: empty trace map, sink "localhost".
-  static trace_App_i* Create(const std::string& host, const std::string& app);
+  static trace_App_i* Create(const std::string& host, const std::string& app,
+                             std::string* why = nullptr);
   virtual const std::string& GetAppName() const = 0;
   virtual const std::list<trace_Component_t>& GetTraceMap() const = 0;  // stable until Refresh
   virtual unsigned GetSettings(unsigned traceId) const = 0;
@@ -56,7 +59,8 @@ class trace_App_i : public QuorRef::Ref_t {
   // Low 16 bits TRC_NO_TRACE_ID: no such trace.
   virtual unsigned GetTraceId(const std::string& component, const std::string& category) const = 0;
   virtual void GetSink(trc_SinkTypes_e& type, std::string& name, std::string& options) const = 0;
-  virtual void SetSink(trc_SinkTypes_e type, const std::string& name, const std::string& options) = 0;
+  virtual void SetSink(trc_SinkTypes_e type, const std::string& name,
+                       const std::string& options) = 0;
   virtual bool Submit() const = 0;  // sink and settings together
   virtual bool Refresh() = 0;       // forgets what is held and reads anew
 };

@@ -1,0 +1,96 @@
+#include "quor/client/config_link.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kDeadline{5000};
+
+bool Say(std::string* why, const std::string& reason) {
+  if (why) *why = reason;
+  return false;
+}
+
+}  // namespace
+
+std::shared_ptr<ConfigLink> ConfigLink::To(const std::string& host, std::string* why) {
+  static std::mutex mutex;
+  static std::map<std::string, std::weak_ptr<ConfigLink>> links;
+  const std::lock_guard lock(mutex);
+  std::erase_if(links, [](const auto& entry) { return entry.second.expired(); });
+  if (auto link = links[host].lock()) return link;
+  auto link = std::make_shared<ConfigLink>(host);
+  if (!link->m_link.Start(kDeadline, why)) return nullptr;
+  links[host] = link;
+  return link;
+}
+
+bool ConfigLink::Ask(quor::wire::Request request, quor::wire::Response* response,
+                     std::string* why) {
+  std::unique_lock lock(m_mutex);
+  const std::uint32_t id = ++m_lastId;
+  request.set_id(id);
+  request.set_deadline_ms(static_cast<std::uint32_t>(kDeadline.count()));
+  m_questions[id].request = request;
+  m_link.Post([request](Connection* connection) {
+    if (connection) connection->Send(FrameType::Request, request);  // else OnUp does it
+  });
+  m_answered.wait_for(lock, kDeadline, [&] { return m_questions[id].answer.has_value(); });
+  const std::optional<quor::wire::Response> answer = std::move(m_questions[id].answer);
+  m_questions.erase(id);
+  if (!answer) return Say(why, "no answer in time");
+  if (answer->error() != quor::wire::ERROR_NONE) return Say(why, answer->text());
+  if (response) *response = *answer;
+  return true;
+}
+
+bool ConfigLink::Open(const std::string& app, quor::wire::Response* response, std::string* why) {
+  quor::wire::Request request;
+  {
+    const std::lock_guard lock(m_mutex);
+    if (m_open[app]++ == 0) {
+      request.mutable_open_app()->set_name(app);
+    } else {
+      request.mutable_get_app()->set_name(app);
+    }
+  }
+  if (Ask(request, response, why)) return true;
+  Close(app);
+  return false;
+}
+
+void ConfigLink::Close(const std::string& app) {
+  quor::wire::Request request;
+  {
+    const std::lock_guard lock(m_mutex);
+    if (--m_open[app] > 0) return;
+    m_open.erase(app);
+    request.set_id(++m_lastId);
+  }
+  request.mutable_close_app()->set_name(app);
+  m_link.Post([request](Connection* connection) {
+    if (connection) connection->Send(FrameType::Request, request);
+  });
+}
+
+void ConfigLink::OnUp(Connection& connection, const quor::wire::Welcome&) {
+  const std::lock_guard lock(m_mutex);
+  for (const auto& [app, handles] : m_open) {
+    quor::wire::Request request;
+    request.set_id(++m_lastId);
+    request.mutable_open_app()->set_name(app);
+    connection.Send(FrameType::Request, request);
+  }
+  for (const auto& [id, question] : m_questions)
+    if (!question.answer) connection.Send(FrameType::Request, question.request);
+}
+
+void ConfigLink::OnFrame(const Frame& frame) {
+  quor::wire::Response response;
+  if (frame.type != FrameType::Response ||
+      !response.ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size())))
+    return m_link.Break("a frame that a configuration does not expect");
+  const std::lock_guard lock(m_mutex);
+  const auto question = m_questions.find(response.id());
+  if (question == m_questions.end()) return;  // nobody waits for it any more
+  question->second.answer = std::move(response);
+  m_answered.notify_all();
+}

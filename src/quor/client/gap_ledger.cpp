@@ -1,0 +1,68 @@
+#include "quor/client/gap_ledger.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kInstanceBytes = 16;
+// No source has produced so many; sums of some of them cannot wrap.
+constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
+
+bool Say(std::string* why, const char* reason) {
+  *why = reason;
+  return false;
+}
+
+}  // namespace
+
+void GapLedger::BeginStream() {
+  ++m_stream;
+}
+
+void GapLedger::ForgetOldest() {
+  std::vector<std::uint64_t> words;
+  words.reserve(m_sources.size());
+  for (const auto& [instance, source] : m_sources) words.push_back(source.heard);
+  const auto middle = words.begin() + static_cast<std::ptrdiff_t>(words.size() / 2);
+  std::nth_element(words.begin(), middle, words.end());
+  const std::uint64_t oldest = *middle;
+  std::erase_if(m_sources, [oldest](const auto& entry) { return entry.second.heard < oldest; });
+}
+
+bool GapLedger::Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why) {
+  for (const auto& word : ledger.sources())
+    if (!TakeSource(word, gap, why)) return false;
+  return true;
+}
+
+bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap,
+                           std::string* why) {
+  if (word.instance().size() != kInstanceBytes)
+    return Say(why, "a ledger's source has no instance");
+  if (word.serial() > kSerialMax || word.delivered() > word.serial() ||
+      word.lost() > word.serial() - word.delivered())
+    return Say(why, "a ledger counts more than there was");
+  if (m_sources.size() >= kSourcesMax && !m_sources.contains(word.instance())) ForgetOldest();
+  const auto [entry, isNew] = m_sources.try_emplace(word.instance());
+  Source& source = entry->second;
+  source.heard = ++m_words;
+  if (source.stream != m_stream) {
+    // Where the new stream began, and where the old one ended. A source that was unknown then
+    // began behind it, but on the first stream it may be older than we are.
+    const std::uint64_t began = word.serial() - word.delivered() - word.lost();
+    if (began > source.serial && (!isNew || m_stream > 1)) *gap += began - source.serial;
+    source.delivered = source.lost = 0;
+    source.stream = m_stream;
+  } else if (word.serial() < source.serial) {
+    return Say(why, "a ledger's serial falls");
+  }
+  if (word.delivered() < source.delivered || word.lost() < source.lost)
+    return Say(why, "a ledger's count falls");
+  m_delivered += word.delivered() - source.delivered;
+  m_lost += word.lost() - source.lost;
+  source.serial = std::max(source.serial, word.serial());
+  source.delivered = word.delivered();
+  source.lost = word.lost();
+  return true;
+}

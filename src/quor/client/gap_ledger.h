@@ -1,0 +1,43 @@
+// What a monitor's streams have brought so far, and what is missing between them.
+//
+// Shape    See the Ledger of quor.proto. A stream begins with each Subscribe.
+//          Sources that were not heard of for longest are forgotten when there are too many.
+// Errors   Numbers that cannot be (a count that falls, say) are an error with a reason: the
+//          connection is to be ended.
+// Threads  One.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+#include "quor/protocol/quor.pb.h"
+
+class GapLedger {
+ public:
+  static constexpr std::size_t kSourcesMax = 65536;
+
+  // A new stream: the first word on each source tells what it missed.
+  void BeginStream();
+  // Takes up a ledger. `gap` grows by the traces that were produced between two streams.
+  bool Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why);
+
+  // Of all streams.
+  std::uint64_t Delivered() const { return m_delivered; }
+  std::uint64_t Lost() const { return m_lost; }  // without gaps
+
+ private:
+  struct Source {
+    std::uint64_t serial = 0;
+    std::uint64_t delivered = 0, lost = 0;  // of the stream under way
+    unsigned stream = 0;                    // in which it was last heard of
+    std::uint64_t heard = 0;                // number of the last word on it
+  };
+  void ForgetOldest();
+  bool TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap, std::string* why);
+
+  std::unordered_map<std::string, Source> m_sources;
+  unsigned m_stream = 0;
+  std::uint64_t m_words = 0;
+  std::uint64_t m_delivered = 0, m_lost = 0;
+};

@@ -1,0 +1,45 @@
+#include "quor/client/live_queue.h"
+
+LiveQueue::~LiveQueue() {
+  for (LiveBatch* const batch : m_batches) batch->Forget();
+}
+
+void LiveQueue::Append(LiveBatch* batch) {
+  m_bytes += batch->Bytes();
+  m_delivered += batch->Numbered();
+  m_batches.push_back(batch);
+}
+
+bool LiveQueue::Push(LiveBatch* batch) {
+  const std::lock_guard lock(m_mutex);
+  if (m_bytes + batch->Bytes() > m_bytesMax) return false;
+  Append(batch);
+  return true;
+}
+
+void LiveQueue::PushAlways(LiveBatch* batch) {
+  const std::lock_guard lock(m_mutex);
+  Append(batch);
+}
+
+bool LiveQueue::IsHalfEmpty() const {
+  const std::lock_guard lock(m_mutex);
+  return m_bytes <= m_bytesMax / 2;
+}
+
+std::deque<LiveBatch*> LiveQueue::Take(std::size_t traces) {
+  std::deque<LiveBatch*> taken;
+  const std::lock_guard lock(m_mutex);
+  for (std::size_t count = 0; !m_batches.empty() && count < traces; m_batches.pop_front()) {
+    LiveBatch* const batch = m_batches.front();
+    count += batch->Traces();
+    m_bytes -= batch->Bytes();
+    taken.push_back(batch);
+  }
+  return taken;
+}
+
+std::uint64_t LiveQueue::Delivered() const {
+  const std::lock_guard lock(m_mutex);
+  return m_delivered;
+}

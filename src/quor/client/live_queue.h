@@ -1,0 +1,39 @@
+// Batches on their way from the reader to the interface thread.
+//
+// Shape    Bounded by bytes.
+// Owner    Holds its batches until they are taken.
+// Threads  Any.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <mutex>
+
+#include "quor/client/live_batch.h"
+
+class LiveQueue {
+ public:
+  explicit LiveQueue(std::size_t bytesMax) : m_bytesMax(bytesMax) {}
+  ~LiveQueue();
+  LiveQueue(const LiveQueue&) = delete;
+  LiveQueue& operator=(const LiveQueue&) = delete;
+
+  // Takes the batch over, or gives false when there is no room for it.
+  bool Push(LiveBatch* batch);
+  void PushAlways(LiveBatch* batch);  // what must not be missing: names, and words on losses
+  // Is there room for a good while again?
+  bool IsHalfEmpty() const;
+  // All that is there, oldest first; not many more than `traces` traces.
+  std::deque<LiveBatch*> Take(std::size_t traces);
+  // Traces with a number that were ever pushed.
+  std::uint64_t Delivered() const;
+
+ private:
+  void Append(LiveBatch* batch);
+
+  const std::size_t m_bytesMax;
+  mutable std::mutex m_mutex;
+  std::deque<LiveBatch*> m_batches;
+  std::size_t m_bytes = 0;
+  std::uint64_t m_delivered = 0;
+};

@@ -1,0 +1,144 @@
+#include "quor/client/live_reader.h"
+
+#include "quor/client/loss_trace.h"
+#include "quor/ring/trace_bytes.h"
+
+namespace {
+
+template <class Message>
+bool Parse(const Frame& frame, Message* message) {
+  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
+}
+
+}  // namespace
+
+void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome) {
+  m_machine = welcome.machine();
+  m_ledger.BeginStream();
+  m_firstOfStream = true;
+  quor::wire::Request request;
+  request.set_id(++m_lastRequest);
+  request.mutable_subscribe();
+  connection.Send(FrameType::Request, request);
+  if (m_paused) SendState(connection);
+}
+
+void LiveReader::SetPaused(bool paused) {
+  m_paused = paused;
+  m_link->Post([this](Connection* connection) {
+    if (connection) SendState(*connection);
+  });
+}
+
+void LiveReader::SendState(Connection& connection) {
+  quor::wire::Request request;
+  request.set_id(++m_lastRequest);
+  if (m_paused) {
+    request.mutable_pause();
+  } else {
+    request.mutable_resume();
+  }
+  connection.Send(FrameType::Request, request);
+}
+
+void LiveReader::OnDown(const std::string&) {
+  // Without its ledger a batch cannot be counted: it comes to light as part of the gap.
+  DropStaged();
+}
+
+void LiveReader::DropStaged() {
+  for (LiveBatch* const batch : m_staged) batch->Forget();
+  m_staged.clear();
+  m_stagedBytes = 0;
+}
+
+void LiveReader::OnFrame(const Frame& frame) {
+  switch (frame.type) {
+    case FrameType::Data:
+      return TakeData(frame);
+    case FrameType::Ledger:
+      return TakeLedger(frame);
+    case FrameType::Response:
+      return TakeResponse(frame);
+    default:
+      return m_link->Break("a frame that a monitor does not expect");
+  }
+}
+
+void LiveReader::TakeResponse(const Frame& frame) {
+  quor::wire::Response response;
+  if (!Parse(frame, &response)) return m_link->Break("a malformed response");
+  if (response.error() != quor::wire::ERROR_NONE) m_link->Break("refused: " + response.text());
+}
+
+void LiveReader::TakeData(const Frame& frame) {
+  std::string why;
+  if (m_stagedBytes + frame.body.size() > kStagedBytesMax)
+    return m_link->Break("data without a ledger");
+  LiveBatch* const batch = LiveBatch::Read(frame.body, &why);
+  if (!batch) return m_link->Break("malformed data: " + why);
+  if (std::exchange(m_firstOfStream, false)) batch->MarkFirstOfStream();
+  m_staged.push_back(batch);
+  m_stagedBytes += frame.body.size();
+}
+
+void LiveReader::TakeLedger(const Frame& frame) {
+  quor::wire::Ledger ledger;
+  if (!Parse(frame, &ledger)) return m_link->Break("a malformed ledger");
+  std::uint64_t gap = 0;
+  std::string why;
+  if (!m_ledger.Take(ledger, &gap, &why)) return m_link->Break(why);
+  if (gap > 0) {
+    m_gaps += gap;
+    SayLost(gap, "the connection was broken");
+  }
+  for (LiveBatch* const batch : m_staged) Deliver(batch);
+  m_staged.clear();
+  m_stagedBytes = 0;
+  m_lost.store(m_ledger.Lost() + m_gaps + m_allTurnedAway, std::memory_order_relaxed);
+}
+
+void LiveReader::SayLost(std::uint64_t traces, const char* reason) {
+  m_queue.PushAlways(LiveBatch::Own(LossTraceBody(m_machine, traces, reason)));
+}
+
+void LiveReader::Deliver(LiveBatch* batch) {
+  if (m_turningAway && m_queue.IsHalfEmpty()) CatchUp();
+  if (m_turningAway || !m_queue.Push(batch)) TurnAway(batch);
+}
+
+// The names in it are needed by those that come later.
+void LiveReader::TurnAway(LiveBatch* batch) {
+  m_turningAway = true;
+  m_turnedAway += batch->Numbered();
+  m_allTurnedAway += batch->Numbered();
+  if (batch->IsFirstOfStream()) {
+    m_keptFirst = true;
+    m_keptNames.clear();
+    m_keptNameBytes = 0;
+  }
+  for (const LiveBatch::Name& name : batch->Names()) {
+    if (m_keptNameBytes > kKeptNameBytesMax) break;  // then it is a trace without a name
+    m_keptNameBytes += name.text.size();
+    m_keptNames[name.id] = name.text;
+  }
+  batch->Forget();
+}
+
+void LiveReader::CatchUp() {
+  std::vector<std::uint8_t> body;
+  for (const auto& [id, text] : m_keptNames) {
+    const std::size_t at = body.size();
+    body.resize(at + 1 + kNameBodyBytes + text.size());
+    body[at] = kTagName;
+    StoreName(body.data() + at + 1, id, text);
+  }
+  LiveBatch* const names = LiveBatch::Read(body, nullptr);
+  if (std::exchange(m_keptFirst, false)) names->MarkFirstOfStream();
+  m_queue.PushAlways(names);
+  m_keptNames.clear();
+  m_keptNameBytes = 0;
+  m_turningAway = false;
+  if (const std::uint64_t lost = std::exchange(m_turnedAway, 0); lost > 0)
+    SayLost(lost, "the monitor did not keep up");
+}

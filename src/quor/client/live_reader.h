@@ -1,0 +1,64 @@
+// What a monitor does with the frames of its connection: reads data into batches, holds them until
+// their ledger is here, and says what is missing.
+//
+// Owner    Puts batches into a queue that outlives it.
+// Errors   A frame that must not be, or data that is malformed, breaks the connection.
+// Threads  The link's; Paused and the counts from any.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quor/client/gap_ledger.h"
+#include "quor/client/live_queue.h"
+#include "quor/client/service_link.h"
+
+class LiveReader final : public ServiceLink::User {
+ public:
+  explicit LiveReader(LiveQueue& queue) : m_queue(queue) {}
+  ~LiveReader() { DropStaged(); }
+
+  // REQUIRES: before the link starts.
+  void Attach(ServiceLink& link) { m_link = &link; }
+  void SetPaused(bool paused);
+  std::uint64_t Lost() const { return m_lost.load(std::memory_order_relaxed); }
+
+  void OnUp(Connection& connection, const quor::wire::Welcome& welcome) override;
+  void OnFrame(const Frame& frame) override;
+  void OnDown(const std::string& reason) override;
+
+ private:
+  // Data that waits for its ledger: the service sends them close together.
+  static constexpr std::size_t kStagedBytesMax = 8u << 20;
+  static constexpr std::size_t kKeptNameBytesMax = 64u << 20;
+
+  void SendState(Connection& connection);
+  void TakeData(const Frame& frame);
+  void TakeLedger(const Frame& frame);
+  void TakeResponse(const Frame& frame);
+  void Deliver(LiveBatch* batch);
+  void TurnAway(LiveBatch* batch);
+  void CatchUp();
+  void SayLost(std::uint64_t traces, const char* reason);
+  void DropStaged();
+
+  LiveQueue& m_queue;
+  ServiceLink* m_link = nullptr;
+  std::string m_machine;
+  GapLedger m_ledger;
+  std::vector<LiveBatch*> m_staged;
+  std::size_t m_stagedBytes = 0;
+  bool m_firstOfStream = false;
+  std::atomic<bool> m_paused{false};
+  std::uint32_t m_lastRequest = 0;
+  // While the queue is full: what stood in the batches that were turned away.
+  bool m_turningAway = false, m_keptFirst = false;
+  std::map<NameId, std::string> m_keptNames;
+  std::size_t m_keptNameBytes = 0;
+  std::uint64_t m_turnedAway = 0;
+  std::uint64_t m_gaps = 0, m_allTurnedAway = 0;
+  std::atomic<std::uint64_t> m_lost{0};
+};

@@ -1,0 +1,58 @@
+#include "quor/client/loss_trace.h"
+
+#include <unistd.h>
+
+#include <chrono>
+
+#include "base/text.h"
+#include "quor/ring/trace_bytes.h"
+
+namespace {
+
+// A name record, and the id that it gives.
+NameId AppendName(std::vector<std::uint8_t>& body, NameId& last, std::string_view text) {
+  text = CutUtf8(text, kTextBytesMax);
+  const std::size_t at = body.size();
+  body.resize(at + 1 + kNameBodyBytes + text.size());
+  body[at] = kTagName;
+  StoreName(body.data() + at + 1, ++last, text);
+  return last;
+}
+
+void SetNow(TraceFields& fields) {
+  using namespace std::chrono;
+  const auto now = floor<milliseconds>(system_clock::now());
+  const auto day = floor<days>(now);
+  const year_month_day date(day);
+  const hh_mm_ss clock(now - day);
+  fields.date = PackDate(static_cast<unsigned>(static_cast<int>(date.year())),
+                         static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+  fields.time = PackTime(static_cast<unsigned>(clock.hours().count()),
+                         static_cast<unsigned>(clock.minutes().count()),
+                         static_cast<unsigned>(clock.seconds().count()),
+                         static_cast<unsigned>(clock.subseconds().count()));
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> LossTraceBody(const std::string& machine, std::uint64_t lost,
+                                        const std::string& reason) {
+  std::vector<std::uint8_t> body;
+  NameId last = 0;
+  TraceFields fields;
+  fields.count = kNoSequenceNumber;
+  fields.machine = AppendName(body, last, machine);
+  fields.component = fields.app = AppendName(body, last, "Quor");
+  fields.category = AppendName(body, last, "Loss");
+  fields.pid = AppendName(body, last, std::to_string(getpid()));
+  fields.tid = AppendName(body, last, std::to_string(gettid()));
+  fields.attributes = kAttributeWarn;
+  SetNow(fields);
+  // The same words also for one: programs look for them.
+  const std::string text = std::to_string(lost) + " traces lost: " + reason;
+  const std::size_t at = body.size();
+  body.resize(at + 1 + RawTrace::kFixedBytes + text.size());
+  body[at] = kTagTrace;
+  StoreTrace(body.data() + at + 1, fields, text, {});
+  return body;
+}

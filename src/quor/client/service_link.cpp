@@ -1,0 +1,199 @@
+#include "quor/client/service_link.h"
+
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+#include <condition_variable>
+#include <mutex>
+#include <random>
+#include <thread>
+
+#include "quor/client/dial.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using quor::wire::Welcome;
+constexpr std::chrono::milliseconds kHelloDeadline = 4000ms;
+constexpr std::chrono::milliseconds kEndPatience = 700ms;
+constexpr std::chrono::milliseconds kFirstPause = 50ms;
+constexpr std::chrono::milliseconds kLongestPause = 2000ms;
+
+template <class Message>
+bool Parse(const Frame& frame, Message* message) {
+  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
+}
+
+}  // namespace
+
+// Shared with its thread, which outlives the link while a name is looked up.
+class ServiceLink::Core final : public Connection::Handler,
+                                public std::enable_shared_from_this<Core> {
+ public:
+  Core(std::string machine, quor::wire::Role role, User& user)
+      : m_machine(std::move(machine)),
+        m_role(role),
+        m_user(&user),
+        m_io(std::make_unique<asio::io_context>(1)),
+        m_timer(std::make_unique<asio::steady_timer>(*m_io)) {}
+
+  bool Start(std::chrono::milliseconds deadline, std::string* why) {
+    std::string reason;
+    const std::optional<Machine> machine = ParseMachine(m_machine, &reason);
+    if (!machine) {
+      if (why) *why = reason;
+      return false;
+    }
+    m_to = *machine;
+    m_deadline = deadline;
+    m_running = true;
+    m_thread = std::thread([self = shared_from_this()] { self->Run(); });
+    std::unique_lock lock(m_mutex);
+    const bool told = m_changed.wait_for(lock, deadline, [this] { return m_up || m_failed; });
+    if (m_up) return true;
+    if (why) *why = told ? m_why : m_machine + ": no answer in time";
+    return false;
+  }
+  void Stop() {
+    if (!m_thread.joinable()) return;
+    std::unique_lock lock(m_mutex);
+    m_stopped = true;
+    if (m_io) m_io->stop();
+    // Handlers never wait, so this takes no longer than one of them.
+    m_changed.wait(lock, [this] { return !m_running; });
+    // A name that is still being looked up cannot be cancelled: the thread then ends by itself.
+    const bool gone = m_changed.wait_for(lock, kEndPatience, [this] { return m_gone; });
+    lock.unlock();
+    gone ? m_thread.join() : m_thread.detach();
+  }
+  void Post(std::function<void(Connection*)> call) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_io || m_stopped) return;
+    asio::post(*m_io,
+               [this, call = std::move(call)] { call(m_welcomed ? m_connection.get() : nullptr); });
+  }
+  void Break(const std::string& reason) {
+    if (!m_connection) return;
+    m_connection->Close();
+    OnClosed(reason);
+  }
+
+ private:
+  void Run() {
+    asio::post(*m_io, [this] { DialNow(); });
+    m_io->run();
+    m_connection.reset();
+    std::unique_ptr<asio::io_context> io;
+    {
+      const std::lock_guard lock(m_mutex);
+      m_timer.reset();
+      io = std::move(m_io);
+      m_running = false;
+      m_changed.notify_all();
+    }
+    io.reset();
+    const std::lock_guard lock(m_mutex);
+    m_gone = true;
+    m_changed.notify_all();
+  }
+
+  void DialNow() {
+    const bool first = !m_wasUp;
+    ::Dial(m_io->get_executor(), m_to, first, first ? m_deadline : kHelloDeadline,
+           [this](std::shared_ptr<ByteStream> stream, const std::string& why) {
+             stream ? Greet(std::move(stream)) : Fail(why);
+           });
+  }
+  void Greet(std::shared_ptr<ByteStream> stream) {
+    m_connection = Connection::Start(std::move(stream), *this);
+    quor::wire::Hello hello;
+    hello.set_version(kProtocolVersion);
+    hello.set_product("tessera " TESSERA_VERSION);
+    hello.set_role(m_role);
+    hello.set_machine(LocalHostName());
+    m_connection->Send(FrameType::Hello, hello);
+    m_timer->expires_after(kHelloDeadline);
+    m_timer->async_wait([this](const std::error_code& error) {
+      if (!error && !m_welcomed) Break("no welcome in time");
+    });
+  }
+
+  void OnFrame(const Frame& frame) override {
+    if (m_welcomed) return m_user->OnFrame(frame);
+    Welcome welcome;
+    quor::wire::Refused refused;
+    if (frame.type == FrameType::Refused && Parse(frame, &refused))
+      return Break(m_machine + " refuses: " + refused.text());
+    if (frame.type != FrameType::Welcome || !Parse(frame, &welcome))
+      return Break(m_machine + " does not speak this protocol");
+    if (welcome.version() != kProtocolVersion)
+      return Break(m_machine + " speaks version " + std::to_string(welcome.version()) +
+                   " of the protocol, not " + std::to_string(kProtocolVersion));
+    m_timer->cancel();
+    m_welcomed = m_wasUp = true;
+    m_pause = kFirstPause;
+    m_user->OnUp(*m_connection, welcome);
+    const std::lock_guard lock(m_mutex);
+    m_up = true;
+    m_changed.notify_all();
+  }
+  void OnClosed(const std::string& reason) override {
+    m_connection.reset();
+    if (std::exchange(m_welcomed, false)) m_user->OnDown(reason);
+    Fail(reason);
+  }
+
+  // Tries again later, unless it was never up: then whoever waits in Start is told.
+  void Fail(const std::string& why) {
+    if (!m_wasUp) {
+      const std::lock_guard lock(m_mutex);
+      m_failed = true;
+      m_why = why;
+      m_changed.notify_all();
+      return;
+    }
+    // Not all monitors of a machine at the same moment.
+    std::uniform_int_distribution<int> spread(0, static_cast<int>(m_pause.count() / 4));
+    m_timer->expires_after(m_pause + std::chrono::milliseconds(spread(m_random)));
+    m_pause = std::min(m_pause * 2, kLongestPause);
+    m_timer->async_wait([this](const std::error_code& error) {
+      if (!error) DialNow();
+    });
+  }
+
+  const std::string m_machine;
+  const quor::wire::Role m_role;
+  User* const m_user;
+  Machine m_to;
+  std::chrono::milliseconds m_deadline{0};
+  std::thread m_thread;
+  // The link's thread.
+  std::unique_ptr<asio::io_context> m_io;  // replaced by null under the mutex, for Post
+  std::unique_ptr<asio::steady_timer> m_timer;
+  std::shared_ptr<Connection> m_connection;
+  bool m_welcomed = false, m_wasUp = false;
+  std::chrono::milliseconds m_pause = kFirstPause;
+  std::minstd_rand m_random{std::random_device{}()};
+  // Guarded.
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  bool m_running = false, m_gone = false, m_stopped = false, m_up = false, m_failed = false;
+  std::string m_why;
+};
+
+ServiceLink::ServiceLink(std::string machine, quor::wire::Role role, User& user)
+    : m_core(std::make_shared<Core>(std::move(machine), role, user)) {}
+
+bool ServiceLink::Start(std::chrono::milliseconds deadline, std::string* why) {
+  const bool up = m_core->Start(deadline, why);
+  if (!up) Stop();
+  return up;
+}
+void ServiceLink::Stop() {
+  m_core->Stop();
+}
+void ServiceLink::Post(std::function<void(Connection*)> call) {
+  m_core->Post(std::move(call));
+}
+void ServiceLink::Break(const std::string& reason) {
+  m_core->Break(reason);
+}

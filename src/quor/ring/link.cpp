@@ -60,6 +60,7 @@ class BodyReader {
     m_good = m_good && value <= static_cast<std::uint8_t>(RingTaker::Service);
     return static_cast<RingTaker>(value);
   }
+  bool Good() const { return m_good; }
   bool AtEnd() const { return m_good && m_at == m_body.size(); }
 
  private:
@@ -79,7 +80,7 @@ class BodyReader {
 bool ReadHello(BodyReader& body, LinkHello& hello) {
   hello.version = body.Get32();
   // What follows in another version's hello is not known: it is refused by its version alone.
-  if (hello.version != kLinkVersion) return true;
+  if (hello.version != kLinkVersion) return body.Good();
   hello.pid = body.Get32();
   hello.startedNs = body.Get64();
   hello.taker = body.GetTaker();

@@ -19,6 +19,10 @@ RingConsumer::RingConsumer(const SegmentMap& segment)
       m_ringUnits(segment.Layout().ringBytes / kRingUnitBytes),
       m_salt(segment.Layout().salt),
       m_trace(kRawTraceBytesMax) {
+  Resume();
+}
+
+void RingConsumer::Resume() {
   const std::uint64_t mark = m_header->consumed.load(std::memory_order_acquire);
   m_units = ring_mark::Units(mark);
   m_traces = ring_mark::Widen(m_header->consumedTraces.load(std::memory_order_relaxed),

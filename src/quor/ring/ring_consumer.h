@@ -26,6 +26,9 @@ class RingConsumer {
   // Begins where the last taker of this ring published.
   explicit RingConsumer(const SegmentMap& segment);
 
+  // Goes on where the last taker published: when this one takes over again from the application.
+  void Resume();
+
   // The next committed trace. An item without a trace tells of losses behind the last one.
   RingStep Next(RingItem& item);
   // The same when no producer lives any more: skips what was reserved and never committed.

@@ -46,7 +46,7 @@ inline void StoreTrace(std::uint8_t* to, const TraceFields& fields, std::string_
   StoreBe16(to + 34, fields.file);
   StoreBe32(to + 36, fields.line);
   StoreBe16(to + 40, static_cast<std::uint16_t>(text.size()));
-  std::memcpy(to + 42, text.data(), text.size());
+  if (!text.empty()) std::memcpy(to + 42, text.data(), text.size());
   StoreBe16(to + 42 + text.size(), static_cast<std::uint16_t>(stack.size()));
   if (!stack.empty()) std::memcpy(to + 44 + text.size(), stack.data(), stack.size());
 }

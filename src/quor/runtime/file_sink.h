@@ -21,7 +21,7 @@
 class FileSink {
  public:
   struct LossNames {
-    NameId machine, app, pid, tid, component, category;
+    NameId machine, app, component, category, pid, tid;
   };
 
   FileSink(const SegmentMap& segment, const NameTable& names, const LossNames& lossNames,

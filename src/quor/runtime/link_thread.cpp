@@ -23,9 +23,6 @@ constexpr unsigned kPauseMinMs = 50, kPauseMaxMs = 2000;
 constexpr unsigned kStartPauseMs = 20;   // between tries while the service starts
 constexpr unsigned kStartMs = 3000;      // how long it may take
 constexpr unsigned kPointsPauseMs = 10;  // registrations of that time are told together
-constexpr unsigned kBusyPauseMs = 4;     // between drains of a busy ring
-constexpr unsigned kIdlePushMs = 100;    // what is buffered reaches the file after that
-constexpr std::size_t kDrainTraces = 8192;
 
 std::uint64_t NowMs() {
   timespec time{};
@@ -52,7 +49,6 @@ struct LinkThread::Session {
   unsigned pauseMs = kPauseMinMs;
   bool startedService = false;
   int sinkWaitMs = -1;
-  std::uint64_t pushDueMs = 0;
 };
 
 LinkThread& LinkThread::Get() {
@@ -111,7 +107,8 @@ void LinkThread::Run() {
     if (m_nameChanged.exchange(false)) Disconnect(session);
     if (m_socket.load() < 0 && NowMs() >= session.nextTryMs) Connect(session);
     SayWhatIsNew(session);
-    ServeSink(session);
+    session.sinkWaitMs = m_sink.Serve();
+    Report(session);
     Wait(session);
   }
 }
@@ -126,7 +123,7 @@ void LinkThread::Wait(Session& session) {
   if (m_socket.load() < 0) atMost(until(session.nextTryMs));
   if (m_socket.load() >= 0 && m_pointsChanged.load()) atMost(until(session.pointsDueMs));
   if (session.sinkWaitMs >= 0) atMost(session.sinkWaitMs);
-  const bool sink = m_sink.load() != nullptr;
+  const bool sink = m_sink.Taker() == RingTaker::Application;
   pollfd ready[3] = {{m_wake.load(), POLLIN, 0},
                      {m_socket.load(), POLLIN, 0},
                      {sink ? Runtime::Get().EventDescriptor() : -1, POLLIN, 0}};
@@ -147,7 +144,7 @@ void LinkThread::Connect(Session& session) {
   LinkHello hello;
   hello.pid = static_cast<std::uint32_t>(getpid());
   hello.startedNs = runtime.Segment().Layout().startedNs;
-  hello.taker = m_sink.load() ? RingTaker::Application : RingTaker::Service;
+  hello.taker = m_sink.Taker();
   hello.app = std::string(runtime.AppName());
   const int descriptors[2] = {runtime.Segment().Descriptor(), runtime.EventDescriptor()};
   session.decoder = LinkDecoder();
@@ -211,9 +208,8 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
       Runtime::Get().TakeSettings();
       return true;
     case LinkType::Sink:
-      SetSink(frame.sink);
-      return SendOnLink(m_socket.load(),
-                        EncodeTaker(m_sink.load() ? RingTaker::Application : RingTaker::Service));
+      m_sink.Set(frame.sink);
+      return SendOnLink(m_socket.load(), EncodeTaker(m_sink.Taker()));
     case LinkType::Refused:
       session.pauseMs = kPauseMaxMs;
       return false;
@@ -222,60 +218,10 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
   }
 }
 
-void LinkThread::SetSink(const LinkSink& sink) {
-  Runtime& runtime = Runtime::Get();
-  OwnerGuard guard(m_sinkLock);
-  FileSink* const old = m_sink.load();
-  const bool same = sink.kind == m_sinkSetting.kind && sink.name == m_sinkSetting.name &&
-                    sink.options == m_sinkSetting.options;
-  if (!guard || (same && (old != nullptr) == (sink.kind == SinkKind::File))) return;
-  m_sinkSetting = sink;
-  runtime.Hot().pushEach.store(false);
-  if (old) {
-    while (old->Drain(kDrainTraces) != 0) {
-    }
-    old->EndWait();
-    m_sink.store(nullptr);
-    delete old;
-  }
-  if (sink.kind != SinkKind::File) return;
-  const SinkOptions options = SinkOptions::Parse(sink.options);
-  HotState& hot = runtime.Hot();
-  const FileSink::LossNames names = {
-      hot.machine, hot.app.load(),   runtime.EnterName("Quor"), runtime.EnterName("Loss"),
-      hot.pid,     hot.unknownThread};
-  m_sink.store(new FileSink(runtime.Segment(), runtime.Names(), names, sink.name, options));
-  hot.pushEach.store(options.flush || m_ending.load());
-}
-
-void LinkThread::ServeSink(Session& session) {
-  session.sinkWaitMs = -1;
-  OwnerGuard guard(m_sinkLock);
-  FileSink* const sink = m_sink.load();
-  if (!guard || !sink) return;
-  const std::uint64_t now = NowMs();
-  const std::size_t taken = sink->Drain(kDrainTraces);
-  if (taken == kDrainTraces) {
-    session.sinkWaitMs = 0;
-  } else if (taken != 0) {
-    session.sinkWaitMs = kBusyPauseMs;
-  } else {
-    const RingConsumer::Wait wait = sink->BeginWait();
-    if (wait == RingConsumer::Wait::Ready) session.sinkWaitMs = 0;
-    if (wait == RingConsumer::Wait::Soon) session.sinkWaitMs = RingConsumer::kRecheckMs;
-  }
-  if (!sink->HoldsBytes()) {
-    session.pushDueMs = now + kIdlePushMs;
-  } else if (now >= session.pushDueMs) {
-    sink->Push();
-    session.pushDueMs = now + kIdlePushMs;
-  } else if (session.sinkWaitMs < 0) {
-    session.sinkWaitMs = static_cast<int>(session.pushDueMs - now);
-  }
-  std::uint64_t lost = 0;
-  std::string text;
-  if (m_socket.load() >= 0 && sink->TakeReport(&lost, &text))
-    SendOnLink(m_socket.load(), EncodeReport({lost, text}));
+void LinkThread::Report(Session& session) {
+  LinkReport report;
+  if (m_socket.load() < 0 || !m_sink.TakeReport(&report)) return;
+  if (!SendOnLink(m_socket.load(), EncodeReport(report))) Disconnect(session);
 }
 
 void LinkThread::SayWhatIsNew(Session& session) {
@@ -285,23 +231,6 @@ void LinkThread::SayWhatIsNew(Session& session) {
   if (!SendOnLink(m_socket.load(), EncodePoints())) Disconnect(session);
 }
 
-void LinkThread::PushSink() {
-  do {
-    m_again.store(false);
-    OwnerGuard guard(m_sinkLock);
-    if (!guard) {
-      // A signal handler that interrupted a push of its own thread: that one does it once more.
-      m_again.store(true);
-      return;
-    }
-    FileSink* const sink = m_sink.load();
-    if (!sink) return;
-    while (sink->Drain(kDrainTraces) == kDrainTraces) {
-    }
-    sink->Push();
-  } while (m_again.load());
-}
-
 bool LinkThread::WaitUntilTaken(unsigned milliseconds) {
   Runtime& runtime = Runtime::Get();
   if (runtime.Hot().generation.load() == 0 || !runtime.Segment()) return true;
@@ -309,7 +238,7 @@ bool LinkThread::WaitUntilTaken(unsigned milliseconds) {
   const std::uint64_t target = ring_mark::Units(header->reserved.load(std::memory_order_acquire));
   const std::uint64_t deadline = NowMs() + milliseconds;
   for (;;) {
-    if (m_sink.load()) PushSink();
+    m_sink.Push();
     const std::uint64_t consumed =
         ring_mark::Units(header->consumed.load(std::memory_order_acquire));
     const std::uint64_t left = ring_mark::Distance(consumed, target);
@@ -321,34 +250,26 @@ bool LinkThread::WaitUntilTaken(unsigned milliseconds) {
 
 void LinkThread::AtExit() {
   constexpr unsigned kExitWaitMs = 1500;
-  m_ending.store(true);
-  // Traces of static destructors that run later are not buffered any more.
-  if (m_sink.load()) {
-    Runtime::Get().Hot().pushEach.store(true);
-    PushSink();
-  }
+  m_sink.End();
   const std::uint64_t deadline = NowMs() + kExitWaitMs;
   while (m_state.load() == State::Trying && NowMs() < deadline) SleepMs(2);
 }
 
 void LinkThread::BeforeFork() {
-  m_heldAtFork = !m_sinkLock.Lock();
+  m_sink.BeforeFork();
 }
 
 void LinkThread::AfterForkInParent() {
-  if (!m_heldAtFork) m_sinkLock.Unlock();
+  m_sink.AfterForkInParent();
 }
 
 // The thread is not there any more; what it had open belongs to the parent.
 void LinkThread::AfterForkInChild() {
-  m_sinkLock.AfterFork(m_heldAtFork);
+  m_sink.AfterForkInChild();
   for (std::atomic<int>* descriptor : {&m_socket, &m_wake}) {
     const int open = descriptor->exchange(-1);
     if (open >= 0) close(open);
   }
-  // Left behind, not destroyed: destruction would write the parent's traces a second time.
-  if (FileSink* const sink = m_sink.exchange(nullptr)) sink->Abandon();
-  m_sinkSetting = LinkSink();
   m_state.store(State::Off);
   m_pointsChanged.store(false);
   m_nameChanged.store(false);

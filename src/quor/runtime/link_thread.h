@@ -10,12 +10,9 @@
 #pragma once
 
 #include <atomic>
-#include <memory>
-#include <string>
 
 #include "quor/ring/link.h"
-#include "quor/runtime/file_sink.h"
-#include "quor/runtime/owner_lock.h"
+#include "quor/runtime/sink_keeper.h"
 
 class LinkThread {
  public:
@@ -24,8 +21,7 @@ class LinkThread {
   void Start();
   void TellPoints();  // points were registered
   void TellName();    // the application has another name: introduce it anew
-  // Writes what is in the ring when the sink is a file. From a trace that is to be pushed.
-  void PushSink();
+  void PushSink() { m_sink.Push(); }
   // Waits until everything traced before the call was taken, and written if the sink is a file.
   bool WaitUntilTaken(unsigned milliseconds);
   // At the end of the process: gives a service that is being started the chance to take the
@@ -48,18 +44,12 @@ class LinkThread {
   void Disconnect(Session& session);
   void Receive(Session& session);
   bool Handle(Session& session, const LinkFrame& frame);
-  void SetSink(const LinkSink& sink);
-  void ServeSink(Session& session);
+  void Report(Session& session);
   void SayWhatIsNew(Session& session);
   void Wake();
 
   std::atomic<State> m_state{State::Off};
   std::atomic<int> m_wake{-1}, m_socket{-1};
-  std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false}, m_ending{false};
-  // The sink and who may touch it. `m_again`: a push came while its own thread was pushing.
-  OwnerLock m_sinkLock;
-  std::atomic<FileSink*> m_sink{nullptr};
-  std::atomic<bool> m_again{false};
-  LinkSink m_sinkSetting;
-  bool m_heldAtFork = false;
+  std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false};
+  SinkKeeper m_sink;
 };

@@ -86,7 +86,7 @@ class SeenApp {
     LinkFrame frame;
     while (m_decoder.Feed(from, bytes + got.bytes, frame) == LinkDecoder::Result::Frame) {
       if (frame.type == LinkType::Taker) m_answered = true, m_taker = frame.taker;
-      if (frame.type == LinkType::Taker) m_consuming = frame.taker == RingTaker::Service;
+      if (frame.type == LinkType::Taker) TakeOver();
       if (frame.type == LinkType::Report) m_reports.push_back(frame.report);
     }
     EXPECT_TRUE(m_points.ReadNew(m_pointNames));
@@ -127,6 +127,10 @@ class SeenApp {
   bool m_ended = false, m_answered = false, m_paused = false;
 
  private:
+  void TakeOver() {
+    if (!m_consuming && m_taker == RingTaker::Service) m_consumer.Resume();
+    m_consuming = m_taker == RingTaker::Service;
+  }
   void Consume() {
     RingItem item;
     RingStep step;

@@ -1,0 +1,42 @@
+// The file sink of this process, while it has one, and who may touch it when.
+//
+// Shape    Without a file sink the service takes the traces out of the ring.
+// Owner    Of the sink.
+// Errors   What the sink could not write is told by TakeReport.
+// Threads  Set, Serve, TakeReport: the link thread. Push and End: any, also a signal handler.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "quor/ring/link.h"
+#include "quor/runtime/file_sink.h"
+#include "quor/runtime/owner_lock.h"
+
+class SinkKeeper {
+ public:
+  RingTaker Taker() const { return m_sink.load() ? RingTaker::Application : RingTaker::Service; }
+  // Makes the sink what the service wants; a file that is given up gets all that is in the ring.
+  void Set(const LinkSink& sink);
+  // Writes what came. Gives the milliseconds after which it wants to be called again, or as soon as
+  // the ring's event descriptor is readable; -1: there is no sink.
+  int Serve();
+  bool TakeReport(LinkReport* report);
+  // Everything that is in the ring goes to the file before this returns.
+  void Push();
+  // The process ends: from now on nothing is buffered.
+  void End();
+
+  void BeforeFork();
+  void AfterForkInParent();
+  void AfterForkInChild();
+
+ private:
+  OwnerLock m_lock;
+  std::atomic<FileSink*> m_sink{nullptr};
+  std::atomic<bool> m_again{false};  // a push came while its own thread held the lock
+  std::atomic<bool> m_ending{false};
+  LinkSink m_setting;
+  std::uint64_t m_pushDueMs = 0;
+  bool m_heldAtFork = false;
+};

@@ -1,0 +1,301 @@
+// The ring, its producers and its consumer, in one process.
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <random>
+#include <string>
+#include <thread>
+
+#include "quor/ring/ring_consumer.h"
+#include "quor/ring/ring_producer.h"
+#include "quor/ring/trace_bytes.h"
+
+namespace {
+
+constexpr std::uint64_t kSalt = 0xFEDCBA9876543210;
+
+class RingTest : public testing::Test {
+ protected:
+  void SetUp() override { Make(4096); }
+  void Make(std::uint32_t ringBytes) {
+    SegmentSizes sizes;
+    sizes.points = 16;
+    sizes.nameBytes = 4096;
+    sizes.ringBytes = ringBytes;
+    ASSERT_TRUE(m_segment.Create(sizes, 1, kSalt));
+    m_producer = RingProducer(m_segment, -1);
+  }
+  static bool Trace(RingProducer& producer, const std::string& text) {
+    RingProducer::Slot slot;
+    if (!producer.Reserve(static_cast<std::uint32_t>(RawTrace::kFixedBytes + text.size()), slot))
+      return false;
+    StoreTrace(slot.record, {}, text, {});
+    producer.Commit(slot);
+    return true;
+  }
+  bool Trace(const std::string& text) { return Trace(m_producer, text); }
+  // Reserves without ever committing.
+  RingProducer::Slot Leave(std::size_t bytes = RawTrace::kFixedBytes) {
+    RingProducer::Slot slot;
+    EXPECT_TRUE(m_producer.Reserve(static_cast<std::uint32_t>(bytes), slot));
+    return slot;
+  }
+  static std::string TextOf(const RingItem& item) {
+    return item.trace.empty() ? "-" : std::string(RawTrace(item.trace.data()).Text());
+  }
+  // All items as "drops+damaged:text", until empty.
+  static std::string All(RingConsumer& consumer, bool dead = false) {
+    std::string all;
+    RingItem item;
+    RingStep step;
+    while ((step = dead ? consumer.NextOfDead(item) : consumer.Next(item)) == RingStep::Item) {
+      if (item.dropsBefore + item.damagedBefore != 0)
+        all += std::to_string(item.dropsBefore) + "+" + std::to_string(item.damagedBefore) + ":";
+      all += TextOf(item) + " ";
+    }
+    return all + (step == RingStep::Empty ? "." : "broken");
+  }
+
+  SegmentMap m_segment;
+  RingProducer m_producer;
+};
+
+TEST_F(RingTest, TracesComeOutInTheOrderInWhichTheyWereReserved) {
+  RingConsumer consumer(m_segment);
+  EXPECT_EQ(All(consumer), ".");
+  Trace("a");
+  Trace("b");
+  EXPECT_EQ(All(consumer), "a b .");
+  EXPECT_EQ(consumer.Traces(), 2u);
+}
+
+TEST_F(RingTest, AConsumerStopsAtARecordThatIsNotCommittedYet) {
+  RingConsumer consumer(m_segment);
+  Trace("a");
+  const RingProducer::Slot slot = Leave();
+  Trace("c");
+  EXPECT_EQ(All(consumer), "a .");
+  StoreTrace(slot.record, {}, {}, {});
+  m_producer.Commit(slot);
+  EXPECT_EQ(All(consumer), " c .");
+}
+
+TEST_F(RingTest, ManyLapsWithEverySizeOfPaddingKeepEveryTrace) {
+  RingConsumer consumer(m_segment);
+  for (int i = 0; i < 20000; ++i) {
+    const std::string text(static_cast<std::size_t>(i % 97), 'x');
+    ASSERT_TRUE(Trace(text)) << i;
+    RingItem item;
+    ASSERT_EQ(consumer.Next(item), RingStep::Item) << i;
+    ASSERT_EQ(TextOf(item), text);
+    consumer.Publish();
+  }
+}
+
+TEST_F(RingTest, AFullRingDropsTheNewestAndTheNextRecordTellsHowMany) {
+  RingConsumer consumer(m_segment);
+  int kept = 0;
+  while (Trace("x")) ++kept;
+  EXPECT_FALSE(Trace("y"));
+  EXPECT_EQ(m_segment.Header()->dropped.load(), 2u);
+  RingItem item;
+  for (int i = 0; i < kept; ++i) {
+    ASSERT_EQ(consumer.Next(item), RingStep::Item);
+    EXPECT_EQ(item.dropsBefore, 0u);
+  }
+  consumer.Publish();
+  EXPECT_TRUE(Trace("z"));
+  EXPECT_EQ(All(consumer), "2+0:z .");
+  EXPECT_EQ(consumer.Drops(), 2u);
+}
+
+TEST_F(RingTest, DropsBehindTheLastRecordAreToldWithoutOne) {
+  RingConsumer consumer(m_segment);
+  while (Trace("x")) {
+  }
+  const std::string all = All(consumer);
+  EXPECT_EQ(all.substr(all.size() - 7), "1+0:- .");
+}
+
+TEST_F(RingTest, ATraceLongerThanTheRingIsCountedAsDropped) {
+  EXPECT_FALSE(Trace(std::string(5000, 'x')));
+  RingConsumer consumer(m_segment);
+  EXPECT_EQ(All(consumer), "1+0:- .");
+}
+
+TEST_F(RingTest, TheLongestTraceGoesThroughARingOfTheUsualSize) {
+  Make(kSegmentRingBytes);
+  RingConsumer consumer(m_segment);
+  const std::string text(65535, 't');
+  RingProducer::Slot slot;
+  ASSERT_TRUE(m_producer.Reserve(kRawTraceBytesMax, slot));
+  StoreTrace(slot.record, {}, text, text);
+  m_producer.Commit(slot);
+  RingItem item;
+  ASSERT_EQ(consumer.Next(item), RingStep::Item);
+  EXPECT_EQ(item.trace.size(), kRawTraceBytesMax);
+  EXPECT_EQ(RawTrace(item.trace.data()).Stack(), text);
+}
+
+TEST_F(RingTest, AfterADeathUncommittedRecordsAreSkippedAndCountedExactly) {
+  RingConsumer consumer(m_segment);
+  Trace("a");
+  Leave();
+  Leave(100);
+  Trace("d");
+  Leave(60);
+  EXPECT_EQ(All(consumer, true), "a d .");
+  EXPECT_EQ(consumer.Uncommitted(), 3u);
+}
+
+TEST_F(RingTest, AfterADeathAnUncommittedRecordBeforeTheWrapIsSkippedToo) {
+  RingConsumer consumer(m_segment);
+  while (Trace("x")) {
+  }
+  const std::string ignored = All(consumer);
+  consumer.Publish();
+  for (int i = 0; i < 20; ++i) {
+    Leave();
+    ASSERT_TRUE(Trace("y" + std::to_string(i)));
+  }
+  std::string expected;
+  for (int i = 0; i < 20; ++i) expected += "y" + std::to_string(i) + " ";
+  EXPECT_EQ(All(consumer, true), expected + ".");
+  EXPECT_EQ(consumer.Uncommitted(), 20u);
+}
+
+TEST_F(RingTest, ATakerThatFollowsBeginsWhereTheLastOnePublished) {
+  RingConsumer first(m_segment);
+  Trace("a");
+  EXPECT_EQ(All(first), "a .");
+  first.Publish();
+  Trace("b");
+  EXPECT_EQ(All(first), "b .");  // taken but not published: the next one sees it again
+  RingConsumer second(m_segment);
+  EXPECT_EQ(second.Traces(), 1u);
+  EXPECT_EQ(All(second), "b .");
+}
+
+TEST_F(RingTest, StaleRecordsOfAnEarlierLapAreNotReadAgain) {
+  RingConsumer consumer(m_segment);
+  while (Trace("old")) {
+  }
+  const std::string ignored = All(consumer);
+  consumer.Publish();
+  Trace("new");
+  EXPECT_EQ(All(consumer), "new .");
+}
+
+TEST_F(RingTest, TheSleepingFlagIsTakenByOneProducerAndAnOpenRingIsNotSleptOn) {
+  const int event = dup(m_segment.Descriptor());  // never written: only the flag is looked at
+  RingConsumer consumer(m_segment);
+  EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Soon);
+  EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Asleep);
+  EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 1u);
+  Trace("a");
+  EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Ready);
+  EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 0u);
+  EXPECT_EQ(All(consumer), "a .");
+  EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Soon);
+  close(event);
+}
+
+TEST_F(RingTest, ThreadsAndAConsumerAtOnceTracedIsConsumedPlusDropped) {
+  Make(64 * 1024);
+  RingConsumer consumer(m_segment);
+  constexpr std::uint64_t kThreads = 8, kEach = 20000;
+  std::atomic<int> running{static_cast<int>(kThreads)};
+  std::vector<std::thread> threads;
+  for (std::uint64_t t = 0; t < kThreads; ++t)
+    threads.emplace_back([this, &running, t] {
+      RingProducer producer(m_segment, -1);
+      for (std::uint64_t i = 0; i < kEach; ++i) Trace(producer, std::to_string(t));
+      --running;
+    });
+  std::uint64_t consumed = 0;
+  RingItem item;
+  for (bool last = false; !last;) {
+    last = running.load() == 0;
+    while (consumer.Next(item) == RingStep::Item) consumed += item.trace.empty() ? 0 : 1;
+    consumer.Publish();
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_FALSE(consumer.IsBroken());
+  EXPECT_EQ(consumed + consumer.Drops(), kThreads * kEach);
+  EXPECT_EQ(consumer.Drops(), m_segment.Header()->dropped.load());
+  EXPECT_EQ(consumer.Traces(), consumed);
+  EXPECT_EQ(consumer.Uncommitted(), 0u);
+}
+
+TEST_F(RingTest, ARecordThatIsNoWholeTraceIsSkippedAndCounted) {
+  RingConsumer consumer(m_segment);
+  const RingProducer::Slot slot = Leave(100);
+  std::memset(slot.record, 0xFF, 100);
+  m_producer.Commit(slot);
+  Trace("good");
+  EXPECT_EQ(All(consumer), "0+1:good .");
+}
+
+TEST_F(RingTest, ARecordLongerThanItsRoomIsDamagedAndNothingBehindItIsRead) {
+  RingConsumer consumer(m_segment);
+  const RingProducer::Slot slot = Leave();
+  StoreTrace(slot.record, {}, {}, {});
+  slot.header->recordBytes = 0x7FFFFFFF;
+  m_producer.Commit(slot);
+  EXPECT_EQ(All(consumer), "0+1:- .");
+}
+
+TEST_F(RingTest, ARecordThatReachesBehindTheRingBreaksIt) {
+  RingConsumer consumer(m_segment);
+  auto* const first = reinterpret_cast<RingRecord*>(m_segment.Ring());
+  first->word.store(ring_word::Make(0, 4096, false) ^ m_segment.Layout().salt);
+  EXPECT_EQ(All(consumer), "broken");
+  EXPECT_TRUE(consumer.IsBroken());
+}
+
+TEST_F(RingTest, AnEmptyRecordBreaksTheRingInsteadOfHoldingTheConsumer) {
+  RingConsumer consumer(m_segment);
+  auto* const first = reinterpret_cast<RingRecord*>(m_segment.Ring());
+  first->word.store(ring_word::Make(0, 0, false) ^ m_segment.Layout().salt);
+  EXPECT_EQ(All(consumer), "broken");
+}
+
+TEST_F(RingTest, AReservationFurtherThanTheRingIsLongBreaksItAtTheDeath) {
+  RingConsumer consumer(m_segment);
+  m_segment.Header()->reserved.store(ring_mark::Make(1u << 30, 5));
+  EXPECT_EQ(All(consumer, true), "broken");
+}
+
+// Whatever stands in the memory: no read out of bounds (the sanitizers look), no end without end.
+TEST_F(RingTest, RandomBytesInRingAndHeaderAreSurvived) {
+  std::mt19937_64 random(7);
+  for (int round = 0; round < 300; ++round) {
+    Make(4096);
+    RingConsumer consumer(m_segment);
+    for (int i = 0; i < 12; ++i) Trace(std::string(random() % 80, 'x'));
+    auto* const words = reinterpret_cast<std::uint64_t*>(m_segment.Ring());
+    for (int i = 0; i < 20; ++i) {
+      const std::uint64_t at = random() % 512;
+      // Half of them well-formed words of a wrong size, the others noise.
+      words[at] = random() % 2 ? random()
+                               : ring_word::Make(at, random() % 600, random() % 3 == 0) ^
+                                     m_segment.Layout().salt;
+    }
+    if (round % 3 == 0) m_segment.Header()->reserved.store(random());
+    if (round % 5 == 0) m_segment.Header()->pendingDrops.store(random());
+    RingItem item;
+    int steps = 0;
+    while (consumer.NextOfDead(item) == RingStep::Item) ASSERT_LT(++steps, 1000);
+    ASSERT_LE(consumer.Uncommitted(), ring_mark::kCountMask);
+  }
+}
+
+TEST(RingMark, ACountIsWidenedToTheNearestOfItsLowBits) {
+  EXPECT_EQ(ring_mark::Widen(0, 5), 5u);
+  EXPECT_EQ(ring_mark::Widen(0x1000001, 0xFFFFFF), 0xFFFFFFu);
+  EXPECT_EQ(ring_mark::Widen(0xFFFFFF, 1), 0x1000001u);
+  EXPECT_EQ(ring_mark::Widen(0x5000123, 0x123), 0x5000123u);
+}
+
+}  // namespace

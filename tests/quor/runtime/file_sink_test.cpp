@@ -1,0 +1,349 @@
+// The file sink, written by a traced process and read back from its files.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "fake_service.h"
+#include "quor/quor.hpp"
+#include "quor/runtime/sink_files.h"
+#include "records/trc_walk.h"
+
+namespace {
+
+QUOR_POINT(work_point, "Work", "Step");
+
+struct FileTraces {
+  std::map<NameId, std::string> names;
+  std::vector<std::string> texts;
+  std::vector<std::uint32_t> numbers;
+  bool whole = true;
+
+  void OnName(NameId id, std::string_view text) { names[id] = text; }
+  void OnTrace(const std::uint8_t* record) {
+    const RawTrace raw(record);
+    // Every id has its name in this very file, before the trace.
+    for (const NameId id : {raw.MachineId(), raw.AppId(), raw.ComponentId(), raw.CategoryId(),
+                            raw.PidId(), raw.TidId(), raw.SourceFileId()})
+      whole = whole && names.count(id) == 1;
+    texts.push_back(names[raw.ComponentId()] == "Work"
+                        ? std::string(raw.Text())
+                        : names[raw.ComponentId()] + "/" + names[raw.CategoryId()] + ": " +
+                              std::string(raw.Text()));
+    numbers.push_back(raw.SequenceNumber());
+  }
+  void OnUnknownTag(std::uint64_t) { whole = false; }
+  bool OnProgress(std::uint64_t) { return true; }
+};
+
+FileTraces ReadTrc(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream content;
+  content << file.rdbuf();
+  std::string bytes = content.str();
+  FileTraces traces;
+  traces.whole = bytes.compare(0, kTrcHeaderBytes, std::string(kTrcHeader, kTrcHeaderBytes)) == 0;
+  const std::size_t size = bytes.size();
+  bytes.resize(size + 131115);
+  const std::uint64_t end =
+      WalkTrc({reinterpret_cast<const std::uint8_t*>(bytes.data()), size}, traces);
+  traces.whole = traces.whole && end == std::max(size, kTrcHeaderBytes);
+  return traces;
+}
+
+std::unique_ptr<SeenApp> AcceptWithFile(FakeService& service, const std::string& path,
+                                        const std::string& options) {
+  auto seen = service.Accept();
+  EXPECT_NE(seen, nullptr);
+  if (!seen) return nullptr;
+  seen->SendSink(SinkKind::File, path, options);
+  EXPECT_TRUE(WaitFor([&] {
+    seen->Pump();
+    return seen->m_answered;
+  }));
+  EXPECT_EQ(seen->m_taker, RingTaker::Application);
+  return seen;
+}
+
+TEST(FileSink, TracesAreWrittenNumberedAndWithTheirNames) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    for (int i = 0; i < 1000; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  const auto seen = AcceptWithFile(service, path, "flush=0;maxfiles=0;maxsize=0;");
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+  const FileTraces file = ReadTrc(path);
+  EXPECT_TRUE(file.whole);
+  ASSERT_EQ(file.texts.size(), 1000u);
+  for (std::size_t i = 0; i < 1000; ++i) {
+    EXPECT_EQ(file.texts[i], std::to_string(i));
+    EXPECT_EQ(file.numbers[i], i + 1);
+  }
+}
+
+TEST(FileSink, WhatIsBufferedReachesTheFileByItselfSoon) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    QUOR_TRACE_INFO(work_point, "one");
+    self.AwaitGo();
+    return 0;
+  });
+  const auto seen = AcceptWithFile(service, path, "");
+  app.Go();
+  EXPECT_TRUE(WaitFor([&] { return ReadTrc(path).texts.size() == 1; }));
+}
+
+TEST(FileSink, WithFlushEachTraceIsInTheFileWhenItsCallReturns) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    for (std::uint64_t i = 0;; ++i) {
+      QUOR_TRACE_INFO(work_point, "{}", i);
+      self.Tell(i);
+    }
+    return 0;
+  });
+  const auto seen = AcceptWithFile(service, path, "flush=1;");
+  app.Go();
+  std::uint64_t returned = 0;
+  for (int i = 0; i < 200; ++i) returned = app.Told();
+  app.Kill();
+  app.Wait();
+  const FileTraces file = ReadTrc(path);
+  ASSERT_GT(file.texts.size(), returned);
+  for (std::size_t i = 0; i <= returned; ++i) ASSERT_EQ(file.texts[i], std::to_string(i));
+}
+
+TEST(FileSink, FullFilesAreNumberedAwayAndEachCanBeOpenedByItself) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    const std::string filling(1000, 'x');
+    for (int i = 0; i < 5000; ++i) {
+      QUOR_TRACE_INFO(work_point, "{} {}", i, filling);
+      if (i % 1000 == 0) quor_flush(10000);
+    }
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  const auto seen = AcceptWithFile(service, path, "flush=0;maxfiles=2;maxsize=1;");
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+  // 5 MB in files of 1 MB: the current one and the two newest of the full ones are kept.
+  EXPECT_FALSE(std::filesystem::exists(service.Folder() + "/a.3.trc"));
+  int next = -1;
+  for (const char* name : {"/a.2.trc", "/a.1.trc", "/a.trc"}) {
+    const FileTraces file = ReadTrc(service.Folder() + name);
+    EXPECT_TRUE(file.whole) << name;
+    ASSERT_FALSE(file.texts.empty()) << name;
+    EXPECT_LE(std::filesystem::file_size(service.Folder() + name), 1u << 20) << name;
+    for (const std::string& text : file.texts) {
+      const int number = std::stoi(text);
+      EXPECT_TRUE(next == -1 || number == next) << name;
+      next = number + 1;
+    }
+  }
+  EXPECT_EQ(next, 5000);
+}
+
+TEST(FileSink, TheFileOfAnEarlierRunIsKept) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  std::ofstream(path) << "earlier";
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    QUOR_TRACE_INFO(work_point, "new");
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  const auto seen = AcceptWithFile(service, path, "flush=0;maxfiles=10;maxsize=5;");
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+  std::string earlier;
+  std::ifstream(service.Folder() + "/a.1.trc") >> earlier;
+  EXPECT_EQ(earlier, "earlier");
+  EXPECT_EQ(ReadTrc(path).texts, std::vector<std::string>{"new"});
+}
+
+TEST(FileSink, AFileThatAnotherProcessIsWritingIsLeftAlone) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  const int other = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(flock(other, LOCK_EX), 0);
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    QUOR_TRACE_INFO(work_point, "mine");
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  const pid_t pid = app.Pid();
+  const auto seen = AcceptWithFile(service, path, "");
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+  EXPECT_EQ(std::filesystem::file_size(path), 0u);
+  const std::string own = service.Folder() + "/a.pid" + std::to_string(pid) + ".trc";
+  EXPECT_EQ(ReadTrc(own).texts, std::vector<std::string>{"mine"});
+  close(other);
+}
+
+TEST(FileSink, AFileThatCannotBeOpenedIsReportedAndItsTracesAreCounted) {
+  FakeService service;
+  const std::string path = service.Folder() + "/no/such/folder.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
+    quor_flush(10000);
+    quor_counts counts{};
+    quor_get_counts(&counts);
+    self.AwaitGo();
+    return counts.traced == 10 && counts.lost == 10 ? 0 : 1;
+  });
+  const auto seen = AcceptWithFile(service, path, "");
+  app.Go();
+  std::uint64_t lost = 0;
+  EXPECT_TRUE(WaitFor([&] {
+    seen->Pump();
+    lost = 0;
+    for (const LinkReport& report : seen->m_reports) lost += report.lost;
+    return lost == 10;
+  }));
+  ASSERT_FALSE(seen->m_reports.empty());
+  EXPECT_EQ(seen->m_reports[0].text, path + ": No such file or directory");
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlim_t all = limit.rlim_cur;
+    limit.rlim_cur = 100'000;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    self.AwaitGo();
+    for (int i = 0; i < 5000; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
+    quor_flush(10000);
+    quor_counts counts{};
+    quor_get_counts(&counts);
+    self.Tell(counts.lost);
+    limit.rlim_cur = all;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    // The file is tried again after a second: until then traces are lost, and counted.
+    std::uint64_t before = 0;
+    do {
+      before = counts.lost;
+      poll(nullptr, 0, 20);
+      QUOR_TRACE_INFO(work_point, "again");
+      quor_flush(10000);
+      quor_get_counts(&counts);
+    } while (counts.lost != before);
+    self.Tell(counts.traced);
+    self.Tell(counts.lost);
+    return 0;
+  });
+  const auto seen = AcceptWithFile(service, path, "");
+  app.Go();
+  const std::uint64_t lostWhileFull = app.Told();
+  EXPECT_GT(lostWhileFull, 0u);
+  const std::uint64_t traced = app.Told(), lost = app.Told();
+  EXPECT_EQ(app.Wait(), 0);
+  const FileTraces file = ReadTrc(path);
+  EXPECT_TRUE(file.whole);
+  std::size_t kept = 0, told = 0;
+  for (const std::string& text : file.texts) {
+    unsigned long long number = 0;
+    if (std::sscanf(text.c_str(), "Quor/Loss: %llu traces lost: the file could not be written",
+                    &number) == 1)
+      told += number;
+    else
+      ++kept;
+  }
+  EXPECT_EQ(kept + lost, traced);
+  EXPECT_EQ(told, lost);
+  EXPECT_EQ(file.texts.back(), "again");
+}
+
+TEST(FileSink, TheRingIsHandedOverWithoutLossWhenTheSinkChanges) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    std::atomic<bool> on{true};
+    std::thread worker([&] {
+      for (int i = 0; on.load(); ++i) {
+        QUOR_TRACE_INFO(work_point, "{}", i);
+        if (i % 50 == 0) poll(nullptr, 0, 1);
+      }
+    });
+    self.AwaitGo();
+    on.store(false);
+    worker.join();
+    quor_counts counts{};
+    quor_get_counts(&counts);
+    self.Tell(counts.traced);
+    self.Tell(counts.lost);
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  auto seen = service.Accept();
+  ASSERT_NE(seen, nullptr);
+  for (int round = 0; round < 6; ++round) {
+    const std::string file = service.Folder() + "/r" + std::to_string(round) + ".trc";
+    seen->SendSink(round % 2 ? SinkKind::Socket : SinkKind::File, round % 2 ? "localhost" : file,
+                   "");
+    ASSERT_TRUE(WaitFor([&] {
+      seen->Pump();
+      return seen->m_answered;
+    }));
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(30);
+    while (std::chrono::steady_clock::now() < until) seen->Pump();
+  }
+  app.Go();
+  ASSERT_TRUE(WaitFor([&] {
+    seen->Pump();
+    return seen->m_ended;
+  }));
+  seen->Finish();
+  EXPECT_EQ(app.Wait(), 0);
+  const std::uint64_t traced = app.Told(), lost = app.Told();
+  std::size_t inFiles = 0;
+  for (int round = 0; round < 6; round += 2)
+    inFiles += ReadTrc(service.Folder() + "/r" + std::to_string(round) + ".trc").texts.size();
+  EXPECT_GT(inFiles, 0u);
+  EXPECT_GT(seen->m_traces.size(), 0u);
+  EXPECT_EQ(lost, 0u);
+  EXPECT_EQ(inFiles + seen->m_traces.size(), traced);
+}
+
+TEST(SinkOptions, AreReadInAnyOrderAndWhatIsUnknownIsPassedOver) {
+  const SinkOptions all = SinkOptions::Parse("maxsize=5;x=1;flush=1;maxfiles=10;");
+  EXPECT_TRUE(all.flush);
+  EXPECT_EQ(all.maxFiles, 10u);
+  EXPECT_EQ(all.maxBytes, 5u << 20);
+  const SinkOptions bad = SinkOptions::Parse("flush;maxfiles=ten;maxsize=-1;;=;flush=2x");
+  EXPECT_FALSE(bad.flush);
+  EXPECT_EQ(bad.maxFiles, 0u);
+  EXPECT_EQ(bad.maxBytes, 0u);
+  EXPECT_TRUE(SinkOptions::Parse("flush=1").flush);  // the last entry may lack its semicolon
+}
+
+}  // namespace

@@ -1,0 +1,96 @@
+// The service's end of the link within a benchmark: takes this very process's segment over a socket
+// and empties its ring between the timed bursts.
+#pragma once
+
+#include <poll.h>
+#include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "quor/ring/link.h"
+#include "quor/ring/link_socket.h"
+#include "quor/ring/ring_consumer.h"
+#include "quor/ring/segment_names.h"
+
+class RingEnd {
+ public:
+  // Call before the first trace.
+  RingEnd() {
+    char pattern[] = "/tmp/quor-bench-XXXXXX";
+    m_folder = mkdtemp(pattern);
+    const std::string path = m_folder + "/quord.sock";
+    setenv("QUOR_SOCKET", path.c_str(), 1);
+    setenv("QUOR_AUTOSTART", "0", 1);
+    m_listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.c_str(), path.size());
+    if (bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+        listen(m_listener, 4) != 0)
+      Give("cannot listen");
+  }
+  ~RingEnd() {
+    unlink((m_folder + "/quord.sock").c_str());
+    rmdir(m_folder.c_str());
+  }
+  const std::string& Folder() const { return m_folder; }
+
+  // After the first trace or quor_application.
+  void Take() {
+    m_socket = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+    pollfd ready{m_socket, POLLIN, 0};
+    poll(&ready, 1, 5000);
+    std::uint8_t bytes[4096];
+    const LinkReceived got = ReceiveOnLink(m_socket, bytes, sizeof bytes);
+    const char* why = "no segment came";
+    if (got.descriptorCount != 2 || !m_segment.Open(got.descriptors[0], &why)) Give(why);
+    m_consumer = std::make_unique<RingConsumer>(m_segment);
+    SendOnLink(m_socket, EncodeWelcome());
+  }
+  void SetAll(std::uint32_t word) {
+    SegmentPointsReader points(m_segment);
+    std::vector<SegmentPointNames> names;
+    points.ReadNew(names);
+    for (std::uint32_t i = 0; i < points.Count(); ++i) points.SetSettings(i, word);
+    points.SetDefault(word);
+    SendOnLink(m_socket, EncodePoke());
+  }
+  void SendSink(const LinkSink& sink) { SendOnLink(m_socket, EncodeSink(sink)); }
+  // Waits for the next word of the application of this type.
+  void Await(LinkType type) {
+    for (;;) {
+      pollfd ready{m_socket, POLLIN, 0};
+      if (poll(&ready, 1, 5000) != 1) Give("the runtime does not answer");
+      std::uint8_t bytes[4096];
+      const LinkReceived got = ReceiveOnLink(m_socket, bytes, sizeof bytes);
+      const std::uint8_t* from = bytes;
+      LinkFrame frame;
+      while (m_decoder.Feed(from, bytes + got.bytes, frame) == LinkDecoder::Result::Frame)
+        if (frame.type == type) return;
+    }
+  }
+  std::uint64_t Empty() {
+    std::uint64_t taken = 0;
+    RingItem item;
+    while (m_consumer->Next(item) == RingStep::Item) taken += item.trace.empty() ? 0 : 1;
+    m_consumer->Publish();
+    return taken;
+  }
+
+ private:
+  [[noreturn]] static void Give(const char* why) {
+    std::fprintf(stderr, "bench: %s\n", why);
+    std::exit(2);
+  }
+  std::string m_folder;
+  int m_listener = -1, m_socket = -1;
+  SegmentMap m_segment;
+  std::unique_ptr<RingConsumer> m_consumer;
+  LinkDecoder m_decoder;
+};

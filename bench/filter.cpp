@@ -4,7 +4,7 @@
 #include "bench/sample_file.h"
 #include "documents/trace_file_doc.h"
 #include "listview/rows/row_store.h"
-#include "tree/filter/trace_filter.h"
+#include "tree/filter/filter_pass.h"
 
 namespace {
 
@@ -20,8 +20,8 @@ std::uint64_t ReadIds(const TraceList_t& traces) {
 
 std::uint64_t CountMatches(const TraceList_t& traces, CTraceFilter& filter) {
   std::uint64_t passed = 0;
-  traces.ForEach(
-      0, [&](TraceEvent_i* event) { passed += static_cast<unsigned>(filter.Matches(*event)); });
+  FilterPass pass(filter);
+  traces.ForEach(0, [&](TraceEvent_i* event) { passed += pass.Matches(*event); });
   return passed;
 }
 

@@ -1,5 +1,6 @@
 // How the list view follows its document: the hints, the rows, the selection.
 #include "listview/rows/trace_view.h"
+#include "tree/filter/filter_pass.h"
 
 namespace {
 
@@ -55,8 +56,9 @@ void CTraceView::RebuildRows() {
     m_rows.ShowAll();
   } else {
     m_rows.Clear();
-    m_document.m_traces.ForEach(0, [this](TraceEvent_i* event) {
-      if (m_filter.Matches(*event)) m_rows.Append(event);
+    FilterPass pass(m_filter);
+    m_document.m_traces.ForEach(0, [&](TraceEvent_i* event) {
+      if (pass.Matches(*event)) m_rows.Append(event);
     });
   }
   m_list->SetItemCount(m_rows.Size());
@@ -72,8 +74,9 @@ void CTraceView::RebuildRows() {
 void CTraceView::AddRows(const CTraceHint& hint) {
   const bool atBottom = AtBottom();
   const int before = m_rows.Size();
+  FilterPass pass(m_filter);
   for (TraceEvent_i* event : hint.m_events)
-    if (m_filter.Matches(*event)) m_rows.Append(event);
+    if (pass.Matches(*event)) m_rows.Append(event);
   if (m_rows.Size() == before) return;
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);

@@ -8,9 +8,10 @@
 //          assigned.
 // Errors   None.
 // Threads  Interface thread: Matches adds what it has not met.
+//
+// Matches asks the marks as they are. A walk over many traces uses a FilterPass (filter_pass.h).
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -34,10 +35,6 @@ struct MachineFilterEntry {
 
 class CTraceFilter {
  public:
-  CTraceFilter() = default;
-  CTraceFilter(const CTraceFilter& other);
-  CTraceFilter& operator=(const CTraceFilter& other);
-
   // 1 if the trace passes, else 0. A component, category, application or machine not met before
   // enters as shown and passes. Kept: an unknown process or thread under one that is not marked
   // whole fails, and only MergeDocumentNames brings it in.
@@ -63,40 +60,10 @@ class CTraceFilter {
   std::vector<int> attributes = {1, 1, 1, 1, 1};
 
  private:
-  // Where a mark was found last, so that a trace costs no tree walk. The mark may change behind the
-  // pointer. A copy begins with empty slots: its marks lie elsewhere.
-  static constexpr int kNoMark = 0;
-  struct MarkSlot {
-    const int* mark = &kNoMark;
-    std::uint32_t id = 0xFFFFFFFF;  // no name id
-  };
-  using MarkCache = std::array<MarkSlot, 256>;
-  // The same for a machine, a process on it and a thread of that, as far as they are in the filter.
-  struct ThreadSlot {
-    const int* allProcesses = &kNoMark;
-    const int* allThreadsOfProcess = &kNoMark;
-    const int* thread = &kNoMark;
-    std::uint64_t ids = ~std::uint64_t{0};  // no three name ids
-  };
-  static constexpr unsigned kThreadSlotBits = 11;
-  static constexpr std::uint64_t IdsOf(NameId machine, NameId process, NameId thread) {
-    return std::uint64_t{machine} << 32 | std::uint64_t{process} << 16 | thread;
-  }
-  static constexpr std::size_t SlotOf(std::uint64_t ids) {
-    // Multiplying by the golden ratio spreads ids that differ in any field over the top bits.
-    return (ids * 0x9E3779B97F4A7C15u) >> (64 - kThreadSlotBits);
-  }
-
   template <class Trace>
   int MatchesTrace(const Trace& trace);
-  template <class Trace>
-  int MatchesNewIds(const Trace& trace);
   bool SeverityPasses(int traceAttributes) const;
   bool AttributesPass(int traceAttributes) const;
-  static bool MarkPasses(MarkCache& cache, std::map<NameId, int>& marks, NameId id);
   bool ThreadPasses(NameId machine, NameId process, NameId thread);
-  void CopyMarks(const CTraceFilter& other);
-
-  MarkCache m_componentCache, m_categoryCache, m_applicationCache;
-  std::array<ThreadSlot, std::size_t{1} << kThreadSlotBits> m_threadCache;
+  friend class FilterPass;
 };

@@ -1,0 +1,70 @@
+// One walk of a filter over many traces: the same answers and the same additions to the filter as
+// CTraceFilter::Matches, at the cost of reading the ids.
+//
+// Shape    The marks are copied into a byte per id and field, and the verdicts on machine, process
+// and
+//          thread into a small direct-mapped table as they are met. An id that the filter does not
+//          know goes through Matches itself, which may add it.
+// Owner    Borrows the filter. REQUIRES: nobody else changes its marks while the pass is in use.
+// Threads  That of the filter.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "tree/filter/trace_filter.h"
+
+class FilterPass {
+ public:
+  explicit FilterPass(CTraceFilter& filter);
+
+  bool Matches(const TraceEvent_i& event) {
+    if (m_all) return true;
+    const std::uint8_t* const record = event.Record();
+    return record ? MatchesRecord(RawTrace(record)) : m_filter.Matches(event) != 0;
+  }
+
+ private:
+  // Verdicts. Combined by AND they hide what any field hides; kUnknown is looked for first.
+  static constexpr std::uint8_t kHidden = 0, kShown = 1, kUnknown = 0x80;
+  struct Tables {
+    std::array<std::uint8_t, 65536> components, categories, applications;
+  };
+  static constexpr unsigned kSlotBits = 10;
+  // A slot holds machine, process and thread (48 bits), a used bit and the verdict above them.
+  static constexpr std::uint64_t kUsed = std::uint64_t{1} << 48;
+
+  static std::uint64_t KeyOf(const RawTrace& trace) {
+    return kUsed | std::uint64_t{trace.MachineId()} << 32 | std::uint64_t{trace.PidId()} << 16 |
+           trace.TidId();
+  }
+  static std::size_t SlotOf(std::uint64_t key) {
+    // Multiplying by the golden ratio spreads keys that differ in any field over the top bits.
+    return (key * 0x9E3779B97F4A7C15u) >> (64 - kSlotBits);
+  }
+
+  // Traces vary, so that a branch on a verdict is often guessed wrongly: they are combined without.
+  bool MatchesRecord(const RawTrace& trace) {
+    const std::uint8_t severity = m_attributes[trace.Attributes() & 31];
+    const std::uint8_t component = m_tables->components[trace.ComponentId()];
+    const std::uint8_t category = m_tables->categories[trace.CategoryId()];
+    const std::uint8_t application = m_tables->applications[trace.AppId()];
+    std::uint8_t thread = kShown;
+    if (!m_filter.allThreads) {
+      const std::uint64_t key = KeyOf(trace);
+      const std::uint64_t slot = m_threads[SlotOf(key)];
+      thread = (slot & (kUsed * 2 - 1)) == key ? static_cast<std::uint8_t>(slot >> 49) : kUnknown;
+    }
+    if ((component | category | application | thread) & kUnknown) return MatchesUnknown(trace);
+    return severity & component & category & application & thread;
+  }
+  bool MatchesUnknown(const RawTrace& trace);
+  void LearnThread(const RawTrace& trace);
+
+  CTraceFilter& m_filter;
+  const bool m_all;
+  std::array<std::uint8_t, 32> m_attributes;
+  std::unique_ptr<Tables> m_tables;
+  std::array<std::uint64_t, std::size_t{1} << kSlotBits> m_threads = {};
+};

@@ -1,0 +1,270 @@
+#include "quor/protocol/tls.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <fstream>
+
+#include "quor/protocol/connection.h"
+#include "quor/protocol/keys.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using quor::wire::ROLE_CONFIGURE;
+using quor::wire::ROLE_FORWARD;
+using quor::wire::ROLE_MONITOR;
+using quor::wire::ROLE_NONE;
+
+struct Ends final : Connection::Handler {
+  void OnFrame(const Frame&) override { ++frames; }
+  void OnClosed(const std::string& reason) override { why = reason; }
+  int frames = 0;
+  std::string why;
+};
+
+// A server and a client with keys folders of their own, over the loopback.
+class TlsTest : public testing::Test {
+ protected:
+  static void Make(const std::string& folder, const ServerNames& names = OwnNames(),
+                   int days = kKeyDays) {
+    std::string why;
+    ASSERT_TRUE(InitKeys(folder, names, &why, days)) << why;
+  }
+  static void Issue(const std::string& folder, const std::string& to,
+                    quor::wire::Role role = ROLE_MONITOR, int days = kKeyDays) {
+    std::string why;
+    ASSERT_TRUE(IssueKeys(folder, "someone", role, to, &why, days)) << why;
+  }
+
+  struct Outcome {
+    std::string client;  // "" when a frame went through both ways, else why not
+    bool served = false;
+    TlsPeer peer;
+  };
+  Outcome Meet(const std::string& serverKeys, std::shared_ptr<asio::ssl::context> client,
+               const std::string& host = "127.0.0.1") {
+    std::string why;
+    auto server = MakeServerTls(serverKeys, &why);
+    EXPECT_TRUE(server) << why;
+    if (!server) return {};
+    asio::io_context io;
+    asio::ip::tcp::acceptor acceptor(io, {asio::ip::make_address("127.0.0.1"), 0});
+    Outcome outcome;
+    auto accepted = std::make_unique<TlsSocket>(io, *server);
+    Ends serverEnds, clientEnds;
+    std::shared_ptr<Connection> serving, speaking;
+    bool ended = false;
+    acceptor.async_accept(accepted->lowest_layer(), [&](const std::error_code& error) {
+      if (error) return;
+      accepted->async_handshake(asio::ssl::stream_base::server, [&](const std::error_code& failed) {
+        if (failed) {
+          accepted->lowest_layer().close();
+          return;
+        }
+        outcome.served = true;
+        outcome.peer = PeerOf(accepted->native_handle());
+        serving = Connection::Start(MakeStream(std::move(accepted)), serverEnds);
+        serving->Send(FrameType::Welcome, quor::wire::Welcome());
+      });
+    });
+    ConnectTls(io.get_executor(), std::move(client), host, acceptor.local_endpoint().port(), 5000ms,
+               [&](std::shared_ptr<ByteStream> stream, const std::string& reason) {
+                 ended = !stream;
+                 outcome.client = reason;
+                 if (!stream) return;
+                 speaking = Connection::Start(std::move(stream), clientEnds);
+                 speaking->Send(FrameType::Hello, quor::wire::Hello());
+               });
+    const auto until = std::chrono::steady_clock::now() + 5s;
+    const auto done = [&] {
+      return ended || !clientEnds.why.empty() || (clientEnds.frames > 0 && serverEnds.frames > 0);
+    };
+    while (!done() && std::chrono::steady_clock::now() < until) io.run_one_for(10ms);
+    EXPECT_TRUE(done());
+    if (outcome.client.empty()) outcome.client = clientEnds.why;
+    if (serving) serving->Close();
+    if (speaking) speaking->Close();
+    io.run_for(100ms);
+    return outcome;
+  }
+  std::shared_ptr<asio::ssl::context> Client(const std::string& keys) {
+    std::string why;
+    auto context = MakeClientTls(keys, &why);
+    EXPECT_TRUE(context) << why;
+    return context;
+  }
+
+  TempDir m_dir;
+  const std::string m_server = m_dir.File("server"), m_client = m_dir.File("client");
+};
+
+TEST_F(TlsTest, WhoWasIssuedACertificateIsServedUnderItsNameAndRole) {
+  Make(m_server);
+  for (const auto role : {ROLE_MONITOR, ROLE_CONFIGURE, ROLE_FORWARD}) {
+    const std::string keys = m_client + RoleWord(role);
+    Issue(m_server, keys, role);
+    const Outcome outcome = Meet(m_server, Client(keys));
+    EXPECT_EQ(outcome.client, "");
+    EXPECT_EQ(outcome.peer.name, "someone");
+    EXPECT_EQ(outcome.peer.role, role);
+  }
+}
+
+TEST_F(TlsTest, TheServersNamesAndAddressesAreChecked) {
+  Make(m_server, {{"far-away"}, {"10.9.8.7"}});
+  Issue(m_server, m_client);
+  for (const std::string host : {"127.0.0.1", "localhost"}) {
+    const Outcome outcome = Meet(m_server, Client(m_client), host);
+    EXPECT_NE(outcome.client.find("the certificate is refused"), std::string::npos)
+        << outcome.client;
+    EXPECT_FALSE(outcome.served);
+  }
+  const std::string good = m_dir.File("good");
+  Make(good);
+  Issue(good, m_client + "2");
+  EXPECT_EQ(Meet(good, Client(m_client + "2"), "localhost").client, "");
+}
+
+TEST_F(TlsTest, AForeignAuthoritysClientIsRefused) {
+  Make(m_server);
+  const std::string foreign = m_dir.File("foreign");
+  Make(foreign);
+  Issue(foreign, m_client);
+  // It believes in our server, and still has a certificate that ours does not know.
+  std::filesystem::copy_file(m_server + "/ca.crt", m_client + "/ca.crt",
+                             std::filesystem::copy_options::overwrite_existing);
+  const Outcome outcome = Meet(m_server, Client(m_client));
+  EXPECT_NE(outcome.client, "");
+  EXPECT_FALSE(outcome.served);
+}
+
+TEST_F(TlsTest, AForeignAuthoritysServerIsRefused) {
+  Make(m_server);
+  const std::string foreign = m_dir.File("foreign");
+  Make(foreign);
+  Issue(foreign, m_client);
+  const Outcome outcome = Meet(m_server, Client(m_client));
+  EXPECT_NE(outcome.client.find("the certificate is refused"), std::string::npos) << outcome.client;
+  EXPECT_FALSE(outcome.served);
+}
+
+TEST_F(TlsTest, AnExpiredClientIsRefused) {
+  Make(m_server);
+  Issue(m_server, m_client, ROLE_MONITOR, -1);
+  const Outcome outcome = Meet(m_server, Client(m_client));
+  EXPECT_NE(outcome.client, "");
+  EXPECT_FALSE(outcome.served);
+}
+
+TEST_F(TlsTest, AnExpiredServerIsRefused) {
+  Make(m_server, OwnNames(), -1);
+  Issue(m_server, m_client);
+  const Outcome outcome = Meet(m_server, Client(m_client));
+  EXPECT_NE(outcome.client.find("certificate has expired"), std::string::npos) << outcome.client;
+  EXPECT_FALSE(outcome.served);
+}
+
+TEST_F(TlsTest, AClientWithoutACertificateIsRefused) {
+  Make(m_server);
+  auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
+  context->load_verify_file(m_server + "/ca.crt");
+  context->set_verify_mode(asio::ssl::verify_peer);
+  const Outcome outcome = Meet(m_server, context);
+  EXPECT_NE(outcome.client, "");
+  EXPECT_FALSE(outcome.served);
+}
+
+TEST_F(TlsTest, AClientsCertificateMakesNoServer) {
+  Make(m_server);
+  Issue(m_server, m_client);
+  const std::string posing = m_dir.File("posing");
+  std::filesystem::create_directory(posing);
+  for (const char* kind : {".crt", ".key"})
+    std::filesystem::copy_file(m_client + "/client" + kind, posing + "/server" + kind);
+  std::filesystem::copy_file(m_client + "/ca.crt", posing + "/ca.crt");
+  EXPECT_NE(Meet(posing, Client(m_client)).client, "");
+}
+
+TEST_F(TlsTest, OldVersionsOfTheProtocolAreRefused) {
+  Make(m_server);
+  Issue(m_server, m_client);
+  auto context = Client(m_client);
+  SSL_CTX_set_security_level(context->native_handle(), 0);
+  SSL_CTX_set_min_proto_version(context->native_handle(), TLS1_VERSION);
+  SSL_CTX_set_max_proto_version(context->native_handle(), TLS1_1_VERSION);
+  EXPECT_FALSE(Meet(m_server, context).served);
+}
+
+TEST_F(TlsTest, AKeyThatOthersMayReadIsNotUsed) {
+  Make(m_server);
+  ASSERT_EQ(chmod((m_server + "/server.key").c_str(), 0640), 0);
+  std::string why;
+  EXPECT_FALSE(MakeServerTls(m_server, &why));
+  EXPECT_EQ(why, m_server + "/server.key: others may read it (chmod 600)");
+}
+
+TEST_F(TlsTest, MissingAndBrokenKeysAreToldByTheirPath) {
+  std::string why;
+  EXPECT_FALSE(MakeClientTls(m_client, &why));
+  EXPECT_EQ(why, m_client + "/client.key: No such file or directory");
+  Make(m_server);
+  std::ofstream(m_server + "/server.crt") << "nonsense";
+  EXPECT_FALSE(MakeServerTls(m_server, &why));
+  EXPECT_EQ(why.rfind(m_server + "/server.crt: ", 0), 0u) << why;
+}
+
+TEST_F(TlsTest, KeysAreMadeForTheirOwnerAloneAndNeverOverwritten) {
+  Make(m_server);
+  Issue(m_server, m_client);
+  for (const std::string& key :
+       {m_server + "/ca.key", m_server + "/server.key", m_client + "/client.key"}) {
+    struct stat status {};
+    ASSERT_EQ(stat(key.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0600u) << key;
+  }
+  struct stat status {};
+  ASSERT_EQ(stat(m_server.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777u, 0700u);
+  const std::string before = ReadAll(m_server + "/ca.crt") + ReadAll(m_client + "/client.crt");
+  std::string why;
+  EXPECT_FALSE(InitKeys(m_server, OwnNames(), &why));
+  EXPECT_EQ(why, m_server + "/ca.crt exists already");
+  EXPECT_FALSE(IssueKeys(m_server, "other", ROLE_MONITOR, m_client, &why));
+  EXPECT_EQ(why, m_client + "/ca.crt exists already");
+  EXPECT_EQ(ReadAll(m_server + "/ca.crt") + ReadAll(m_client + "/client.crt"), before);
+}
+
+TEST_F(TlsTest, NamesThatWouldSayMoreThanANameAreRefused) {
+  std::string why;
+  EXPECT_FALSE(InitKeys(m_server, {{"a,DNS:b"}, {}}, &why));
+  EXPECT_EQ(why, "a name or address of the server cannot be used");
+  Make(m_server);
+  EXPECT_FALSE(IssueKeys(m_server, "", ROLE_MONITOR, m_client, &why));
+  EXPECT_FALSE(IssueKeys(m_server, std::string(65, 'a'), ROLE_MONITOR, m_client, &why));
+  EXPECT_FALSE(IssueKeys(m_server, "x", ROLE_NONE, m_client, &why));
+  EXPECT_EQ(why, "there is no such role");
+}
+
+TEST(Roles, WhoMayConfigureMayAlsoMonitorAndNobodyElseMayMoreThanTheirs) {
+  EXPECT_TRUE(RoleAllows(ROLE_MONITOR, ROLE_MONITOR));
+  EXPECT_TRUE(RoleAllows(ROLE_CONFIGURE, ROLE_MONITOR));
+  EXPECT_TRUE(RoleAllows(ROLE_CONFIGURE, ROLE_CONFIGURE));
+  EXPECT_TRUE(RoleAllows(ROLE_FORWARD, ROLE_FORWARD));
+  EXPECT_FALSE(RoleAllows(ROLE_MONITOR, ROLE_CONFIGURE));
+  EXPECT_FALSE(RoleAllows(ROLE_FORWARD, ROLE_MONITOR));
+  EXPECT_FALSE(RoleAllows(ROLE_CONFIGURE, ROLE_FORWARD));
+  EXPECT_FALSE(RoleAllows(ROLE_NONE, ROLE_NONE));
+}
+
+TEST(Roles, TheWordsAreReadAsTheyAreWritten) {
+  for (const auto role : {ROLE_MONITOR, ROLE_CONFIGURE, ROLE_FORWARD})
+    EXPECT_EQ(RoleOf(RoleWord(role)), role);
+  EXPECT_FALSE(RoleOf(""));
+  EXPECT_FALSE(RoleOf("Monitor"));
+}
+
+}  // namespace

@@ -47,13 +47,13 @@ TEST_F(ChildFramesTest, AMaximisedOrMinimisedWindowLeavesTheStoredSize) {
   ASSERT_TRUE(Until([this] { return StoredWidth() == 431; }));
   WindowOf(0)->showMaximized();
   ASSERT_TRUE(Until([this] { return WindowOf(0)->width() != 431; }));
-  QTest::qWait(50);
+  Settle();
   EXPECT_EQ(StoredWidth(), 431u);
   WindowOf(0)->showMinimized();
-  QTest::qWait(50);
+  Settle();
   EXPECT_EQ(StoredWidth(), 431u);
   WindowOf(0)->showNormal();
-  QTest::qWait(50);
+  Settle();
   EXPECT_EQ(StoredWidth(), 431u);
 }
 

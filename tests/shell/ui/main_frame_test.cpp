@@ -63,7 +63,7 @@ TEST_F(MainFrameTest, ThePanesShowRowCountAndFilterStateAndAreEmptyAtTheStart) {
   EXPECT_EQ(Face().Panes().PaneText(kPaneRowCount), QStringLiteral("0"));
   Frame().SendMessage(WM_TRACE_FILTERED, 1);
   EXPECT_EQ(Face().Panes().PaneText(kPaneFiltered), QStringLiteral("FILTERED"));
-  QTest::qWait(600);  // two idle updates: the text stands, no update handler takes it away
+  Window().m_idle();  // the text stands: no update handler takes it away
   EXPECT_EQ(Face().Panes().PaneText(kPaneFiltered), QStringLiteral("FILTERED"));
 }
 
@@ -163,10 +163,10 @@ TEST_F(MainFrameTest, MinimisingAndMaximisingLeaveTheStoredSize) {
   ASSERT_TRUE(Until([this] { return Stored(kRegSettings, "Window Width") == 811; }));
   Window().showMaximized();
   ASSERT_TRUE(Until([this] { return Window().width() != 811; }));
-  QTest::qWait(50);
+  Settle();
   EXPECT_EQ(Stored(kRegSettings, "Window Width"), 811u);
   Window().showMinimized();
-  QTest::qWait(50);
+  Settle();
   EXPECT_EQ(Stored(kRegSettings, "Window Width"), 811u);
   EXPECT_EQ(Stored(kRegSettings, "Window Height"), 577u);
 }

@@ -36,7 +36,7 @@ TEST_F(OptionsAndHelpTest, OkChangesTheColumnsOfEveryOpenListAndCancelNone) {
     Button(*dialog, "Cancel")->click();
   });
   Frame().OnCommand(ID_VIEW_OPTIONS);
-  QTest::qWait(20);
+  Settle();
   EXPECT_EQ(Width(*Frame().Children()[0], Column::Count), 0);
 
   OnModal([](QWidget* dialog) {

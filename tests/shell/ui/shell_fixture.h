@@ -26,6 +26,14 @@ inline bool Until(const std::function<bool()>& condition) {
   return QTest::qWaitFor(condition, kPatienceMs);
 }
 
+// Runs what the events so far have queued, and what that queues: reports of sizes, posted calls.
+inline void Settle() {
+  for (int round = 0; round < 5; ++round) {
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+  }
+}
+
 // Runs `act` once a modal dialog is up; the dialog must be closed by it.
 template <class Act>
 void OnModal(Act act) {

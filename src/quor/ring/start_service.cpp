@@ -11,68 +11,82 @@
 
 #include "quor/ring/paths.h"
 
-// The two steps below run on this process's memory while their parent is stopped in the kernel, as
-// posix_spawn does it: they call nothing but the system, and a sanitizer must not watch them.
-#define QUOR_CHILD_CODE __attribute__((no_sanitize("address", "thread", "undefined")))
+// Both children are copies of a process that may have many threads: they call the kernel and
+// nothing else, because any lock of the C library may be held for ever in the copy. The forks are
+// the kernel's too, so that no fork handler of the application runs.
 
 namespace {
 
-constexpr std::size_t kStackBytes = 64 * 1024;
+constexpr std::size_t kSignalSetBytes = 8;  // the kernel's
+constexpr unsigned kSignals = 64;
 
 struct Launch {
   const char* program;
   char* const* arguments;
   char* const* environment;
-  char* secondStack;
-  volatile int error;
+  int* error;  // in memory that the children share
 };
 
-QUOR_CHILD_CODE int RunProgram(void* context) {
-  auto* const launch = static_cast<Launch*>(context);
-  struct sigaction byDefault {};
-  byDefault.sa_handler = SIG_DFL;
-  for (int number = 1; number < 32; ++number) sigaction(number, &byDefault, nullptr);
-  sigset_t none;
-  sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
-  const int nothing = open("/dev/null", O_RDWR);
-  for (int descriptor = 0; descriptor < 3; ++descriptor) dup2(nothing, descriptor);
-  if (syscall(SYS_close_range, 3u, ~0u, 0u) != 0)
-    for (int descriptor = 3; descriptor < 1024; ++descriptor) close(descriptor);
-  if (chdir("/") == 0) execve(launch->program, launch->arguments, launch->environment);
-  launch->error = errno;
-  _exit(127);
+long KernelFork(unsigned long flags) {
+  return syscall(SYS_clone, flags, nullptr, nullptr, nullptr, 0ul);
 }
 
-QUOR_CHILD_CODE int RunDetacher(void* context) {
-  auto* const launch = static_cast<Launch*>(context);
-  setsid();
-  if (clone(RunProgram, launch->secondStack + kStackBytes, CLONE_VM | CLONE_VFORK | SIGCHLD,
-            launch) < 0)
-    launch->error = errno;
-  _exit(0);
+// A signal that the application ignores would stay ignored in the service.
+void ForgetSignals() {
+  const unsigned long byDefault[4] = {};  // the kernel's struct sigaction: SIG_DFL, nothing else
+  for (unsigned number = 1; number <= kSignals; ++number)
+    syscall(SYS_rt_sigaction, number, byDefault, nullptr, kSignalSetBytes);
+  const unsigned long none = 0;
+  syscall(SYS_rt_sigprocmask, SIG_SETMASK, &none, nullptr, kSignalSetBytes);
+}
+
+[[noreturn]] void Exit(int status) {
+  for (;;) syscall(SYS_exit_group, status);
+}
+
+[[noreturn]] void RunProgram(const Launch& launch) {
+  ForgetSignals();
+  const long nothing = syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0);
+  for (int descriptor = 0; descriptor < 3; ++descriptor)
+    if (nothing != descriptor) syscall(SYS_dup3, nothing, descriptor, 0);
+  if (syscall(SYS_close_range, 3u, ~0u, 0u) != 0)
+    for (int descriptor = 3; descriptor < 1024; ++descriptor) syscall(SYS_close, descriptor);
+  syscall(SYS_chdir, "/");
+  syscall(SYS_execve, launch.program, launch.arguments, launch.environment);
+  *launch.error = errno;
+  Exit(127);
+}
+
+[[noreturn]] void Detach(const Launch& launch) {
+  syscall(SYS_setsid);
+  // The parent of the program stands still until it runs or has failed.
+  const long program = KernelFork(CLONE_VFORK | SIGCHLD);
+  if (program == 0) RunProgram(launch);
+  if (program < 0) *launch.error = errno;
+  Exit(0);
 }
 
 }  // namespace
 
 bool StartService(const std::string& program) {
-  void* const stacks = mmap(nullptr, 2 * kStackBytes, PROT_READ | PROT_WRITE,
-                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
-  if (stacks == MAP_FAILED) return false;
+  void* const shared =
+      mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (shared == MAP_FAILED) return false;
   char name[] = "quord";
   char* const arguments[] = {name, nullptr};
-  Launch launch{program.c_str(), arguments, environ, static_cast<char*>(stacks) + kStackBytes, 0};
-  // Every signal waits: a handler of the application must not run in the child.
+  const Launch launch{program.c_str(), arguments, environ, static_cast<int*>(shared)};
+  // Every signal waits: a handler of the application must not run in the copy.
   sigset_t all, before;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);
   // No exit signal: the application neither gets SIGCHLD nor finds the child in a wait of its own.
-  const pid_t child =
-      clone(RunDetacher, static_cast<char*>(stacks) + kStackBytes, CLONE_VM | CLONE_VFORK, &launch);
+  const long child = KernelFork(0);
+  if (child == 0) Detach(launch);
   if (child > 0)
-    while (waitpid(child, nullptr, __WCLONE) < 0 && errno == EINTR) {
+    while (waitpid(static_cast<pid_t>(child), nullptr, __WCLONE) < 0 && errno == EINTR) {
     }
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  munmap(stacks, 2 * kStackBytes);
-  return child > 0 && launch.error == 0;
+  const bool started = child > 0 && *launch.error == 0;
+  munmap(shared, sizeof(int));
+  return started;
 }

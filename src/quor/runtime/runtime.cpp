@@ -202,11 +202,11 @@ bool Runtime::Register(quor_point* point) {
 }
 
 void Runtime::TakeSettings() {
+  // Before the first trace with a stack, which may happen where nothing can be loaded; and without
+  // the lock, as the loader may run code that registers points.
+  if (m_segment && (m_points.AnySettings() & QUOR_STACK) != 0) PrimeStack();
   OwnerGuard guard(m_lock);
-  if (!guard || !m_segment) return;
-  // Before the first trace with a stack, which may happen where nothing can be loaded.
-  if ((m_points.AnySettings() & QUOR_STACK) != 0) PrimeStack();
-  m_points.TakeSettings();
+  if (guard && m_segment) m_points.TakeSettings();
 }
 
 NameId Runtime::EnterName(std::string_view text) {
@@ -232,13 +232,14 @@ void Runtime::Count(quor_counts* counts) {
 }
 
 void Runtime::BeforeFork() {
-  m_heldAtFork = !m_lock.Lock();
+  // In the order in which the link thread takes them.
   LinkThread::Get().BeforeFork();
+  m_heldAtFork = !m_lock.Lock();
 }
 
 void Runtime::AfterForkInParent() {
-  LinkThread::Get().AfterForkInParent();
   if (!m_heldAtFork) m_lock.Unlock();
+  LinkThread::Get().AfterForkInParent();
 }
 
 void Runtime::AfterForkInChild() {

@@ -9,6 +9,13 @@
 #include "fake_service.h"
 #include "quor/quor.hpp"
 
+#if defined(__SANITIZE_THREAD__)
+// A child of a process with threads starts a thread of its own here: that is what is tested.
+extern "C" const char* __tsan_default_options() {
+  return "die_after_fork=0";
+}
+#endif
+
 namespace {
 
 QUOR_POINT(connect_point, "Net", "Connect");

@@ -23,7 +23,8 @@
 namespace {
 
 constexpr int kPoints = 4096;
-constexpr int kOffLaps = 2000;
+constexpr int kOffLaps = 200;  // shorter than a time slice, and often: neighbours stay comparable
+constexpr int kOffTurns = 201;
 constexpr int kBurst = 20000;
 constexpr int kBursts = 20;
 constexpr int kTurns = 9;
@@ -69,7 +70,7 @@ void MeasureOff(RingEnd& end) {
   while (quor_on(&g_points[0], QUOR_INFO)) std::this_thread::yield();
   unsigned evaluated = 0;
   const Measured off = MeasureBeside(
-      kTurns,
+      kOffTurns,
       [] {
         unsigned on = 0;
         for (int lap = 0; lap < kOffLaps; ++lap)

@@ -25,6 +25,10 @@ bool TrcWriter::Write(const TraceEvent_i& event, NameMap& names) {
   return m_buffer && event.WriteFile(*m_buffer, names) != 0;
 }
 
+bool TrcWriter::Flush() {
+  return m_buffer && m_buffer->Close();
+}
+
 bool TrcWriter::Finish() {
   if (!m_buffer) return false;
   m_buffer.reset();  // its end hands over what it still held

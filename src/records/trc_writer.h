@@ -25,6 +25,8 @@ class TrcWriter {
   bool Create(const std::string& path, std::string* why = nullptr);
   bool WriteHeader();
   bool Write(const TraceEvent_i& event, NameMap& names);
+  // Hands over what is held, for a writer that goes on. False when a byte did not reach the file.
+  bool Flush();
   // Hands over the last bytes and closes. True when every byte reached the file.
   bool Finish();
   bool IsOpen() const { return static_cast<bool>(m_file); }

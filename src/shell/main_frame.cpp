@@ -85,7 +85,8 @@ void CMainFrame::MapHelp() {
 
 const char* CMainFrame::HelpTopic() const {
   const unsigned resource = MDIGetActive() ? MDIGetActive()->MenuResource() : 0;
-  return resource == IDR_TRACEFILE || resource == IDR_MONITOR ? "list" : "window";
+  if (resource == IDR_MONITOR) return "monitor";
+  return resource == IDR_TRACEFILE ? "list" : "window";
 }
 
 void CMainFrame::OnSize(SizeType type, int widthPx, int heightPx) {

@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include "base/text.h"
+#include "config/machine_dialog.h"
 #include "documents/trace_file_doc.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/rows/trace_view.h"
@@ -9,11 +11,14 @@
 #include "settings/registry.h"
 #include "shell/child_frame.h"
 #include "shell/command_ids.h"
+#include "shell/realtime_frame.h"
 
 namespace {
 
 constexpr char kTraceFileString[] =
     "\n\nTrace File\nTrace Files (*.trc)\n.trc\nTraceFile\nTrace File";
+constexpr char kMonitorString[] = "\nTraceRealtimeDoc\nTrace File\nTrace Files (*.trc)\n.trc\n\n";
+constexpr char kMonitorPrompt[] = "What machine do you want to monitor for traces?";
 
 std::string RecentFileName(std::size_t index) {
   return "File" + std::to_string(index + 1);
@@ -39,6 +44,7 @@ CTesseraApp::~CTesseraApp() {
 }
 
 void CTesseraApp::MapCommands() {
+  MapCommand(ID_FILE_NEWMONITOR, [this] { OnNewMonitor(); });
   MapCommand(ID_VIEW_OPTIONS, [this] { OnOptions(); });
   MapCommand(ID_APP_ABOUT, [this] { m_faces.ShowAbout(kVersionLine); });
   MapCommand(ID_APP_EXIT, [this] { m_frame->OnClose(); });
@@ -69,16 +75,26 @@ bool CTesseraApp::InitInstance(const std::vector<std::string>& arguments) {
 }
 
 void CTesseraApp::MakeTemplates() {
-  CMultiDocTemplate::Makers makers;
-  makers.document = [this] { return std::make_unique<CTraceFileDoc>(GetHost()); };
-  makers.frame = [this] { return std::make_unique<CTraceChildFrame>(*m_frame); };
+  CMultiDocTemplate::Makers files;
+  files.document = [this] { return std::make_unique<CTraceFileDoc>(GetHost()); };
+  files.frame = [this] { return std::make_unique<CTraceChildFrame>(*m_frame); };
+  m_fileTemplate = AddDocTemplate(MakeTraceTemplate(IDR_TRACEFILE, kTraceFileString, files));
+  CMultiDocTemplate::Makers monitors;
+  monitors.document = [this] {
+    return std::make_unique<CTraceRealtimeDoc>(GetHost(), m_connectMonitor);
+  };
+  monitors.frame = [this] { return std::make_unique<CTraceRealtimeFrame>(*m_frame); };
+  m_monitorTemplate = MakeTraceTemplate(IDR_MONITOR, kMonitorString, monitors);
+}
+
+std::unique_ptr<CMultiDocTemplate> CTesseraApp::MakeTraceTemplate(
+    unsigned resource, const char* docString, CMultiDocTemplate::Makers makers) {
   makers.view = [this](CDocument& document) {
     return std::make_unique<CTraceView>(
         static_cast<CTraceDoc&>(document),
         [this](RowListOwner& owner) { return m_faces.CreateRowList(owner); });
   };
-  m_fileTemplate = AddDocTemplate(std::make_unique<CMultiDocTemplate>(
-      IDR_TRACEFILE, kTraceFileString, MainFrame(), std::move(makers)));
+  return std::make_unique<CMultiDocTemplate>(resource, docString, MainFrame(), std::move(makers));
 }
 
 bool CTesseraApp::MakeFrame() {
@@ -113,6 +129,35 @@ void CTesseraApp::OnRecentFilesChanged() {
 void CTesseraApp::PostWizard() {
   if (NtRegGet(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 1U) == 0) return;
   m_frame->PostCall([this] { m_frame->OnCommand(ID_FILE_WIZARD); });
+}
+
+void CTesseraApp::OnNewMonitor() {
+  CMachineDlg query(GetHost(), kMonitorPrompt);
+  if (query.DoModal() == CDialog::kIdOk) OpenMonitor(query.m_strMachine);
+}
+
+void CTesseraApp::OpenMonitor(const std::string& machine) {
+  CDocument* const document = m_monitorTemplate->OpenDocumentFile(nullptr, false);
+  if (!document) return;
+  auto& monitor = static_cast<CTraceRealtimeDoc&>(*document);
+  auto& frame = static_cast<CMDIChildWnd&>(*monitor.Views().front()->GetParentFrame());
+  if (!monitor.ConnectToMachine(machine)) {
+    frame.Destroy();  // with it goes the document, whose only frame it is
+    return;
+  }
+  monitor.SetPathName(CTraceRealtimeDoc::TitleFor(machine), false);
+  m_monitorTemplate->InitialUpdateFrame(frame, monitor, true);
+}
+
+void CTesseraApp::OpenLocalMonitor() {
+  const std::string hostName = _trc_GetHostName();
+  for (const std::string& name : {std::string("localhost"), hostName}) {
+    for (const auto& document : m_monitorTemplate->Documents()) {
+      const auto& monitor = static_cast<const CTraceRealtimeDoc&>(*document);
+      if (CompareIgnoringCase(monitor.Machine(), name) == 0) return;
+    }
+  }
+  OpenMonitor(hostName);
 }
 
 // The broadcast is posted, so that it comes after the dialog is gone.

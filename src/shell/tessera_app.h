@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "documents/trace_realtime_doc.h"
 #include "docview/win_app.h"
 #include "shell/faces.h"
 #include "shell/main_frame.h"
@@ -31,11 +32,19 @@ class CTesseraApp : public CWinApp {
   CMultiDocTemplate* ConfigTemplate() const { return m_configTemplate; }
   CMainFrame* Frame() const { return m_frame.get(); }
 
+  // Shows a monitor of this machine: one that is open already to "localhost" or to the host name
+  // stays as it is, else a new one is opened to the host name.
+  void OpenLocalMonitor();
+  // Opens a monitor's window; a machine that cannot be reached leaves none, without a word.
+  void OpenMonitor(const std::string& machine);
+  // How monitors connect; a test puts a source of its own here.
+  CTraceRealtimeDoc::Connector m_connectMonitor = CTraceRealtimeDoc::ConnectToTraceService;
+
   static constexpr char kVersionLine[] = "Tessera Version 3.1.0";
 
  protected:
-  // Null while this program has no such documents. The configuration template is registered, the
-  // monitor template is not: no path ever opens a monitor.
+  // Null while this program has no configurations. Their template is registered, the monitors' is
+  // held apart: no path ever opens a monitor.
   CMultiDocTemplate* m_configTemplate = nullptr;
   std::unique_ptr<CMultiDocTemplate> m_monitorTemplate;
 
@@ -43,8 +52,11 @@ class CTesseraApp : public CWinApp {
   void MapCommands();
   void LoadRecentFiles();
   void MakeTemplates();
+  std::unique_ptr<CMultiDocTemplate> MakeTraceTemplate(unsigned resource, const char* docString,
+                                                       CMultiDocTemplate::Makers makers);
   bool MakeFrame();
   void PostWizard();
+  void OnNewMonitor();
   void OnOptions();
   void OnTraceOptions();  // WM_TRACE_OPTIONS: hint 1001 to all views
   void OnNewWindow();

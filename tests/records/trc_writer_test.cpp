@@ -250,6 +250,26 @@ TEST_F(TrcWriterTest, AnotherCreateEndsTheFileBefore) {
 }
 
 // Reads a file as a document does.
+TEST_F(TrcWriterTest, AFlushHandsOverWhatIsHeldAndTheWriterGoesOn) {
+  TrcWriter writer;
+  EXPECT_FALSE(writer.Flush());
+  ASSERT_TRUE(writer.Create(m_dir.File("out.trc")));
+  ASSERT_TRUE(writer.WriteHeader());
+  EXPECT_EQ(ReadAll(m_dir.File("out.trc")), "");
+  EXPECT_TRUE(writer.Flush());
+  EXPECT_EQ(ReadAll(m_dir.File("out.trc")), TrcImage().Bytes());
+  EXPECT_TRUE(writer.Finish());
+  EXPECT_EQ(ReadAll(m_dir.File("out.trc")), TrcImage().Bytes());
+}
+
+TEST_F(TrcWriterTest, AFlushIntoAFullDiskFails) {
+  TrcWriter writer;
+  ASSERT_TRUE(writer.Create("/dev/full"));
+  ASSERT_TRUE(writer.WriteHeader());
+  EXPECT_FALSE(writer.Flush());
+  EXPECT_FALSE(writer.Finish());
+}
+
 struct Loaded {
   void OnName(NameId id, std::string_view utf8) { names[id] = {std::string(utf8), 0}; }
   void OnTrace(const std::uint8_t* record) { traces.EmplaceRecord(record); }

@@ -107,7 +107,6 @@ TEST_F(TesseraApp, TheTraceFileTemplateIsRegisteredWithItsDocumentString) {
        ++part)
     parts += "[" + files.GetDocString(static_cast<CMultiDocTemplate::DocStringIndex>(part)) + "]";
   EXPECT_EQ(parts, "[][][Trace File][Trace Files (*.trc)][.trc][TraceFile][Trace File]");
-  EXPECT_EQ(m_app->MonitorTemplate(), nullptr);
   EXPECT_EQ(m_app->ConfigTemplate(), nullptr);
 }
 
@@ -171,7 +170,7 @@ TEST_F(TesseraApp, PrintAndPreviewStayGreyAndPrintSetupWorks) {
 
 TEST_F(TesseraApp, WhatHasNoPartYetStandsDisabledInTheMenus) {
   Start();
-  for (const unsigned id : {ID_FILE_NEWMONITOR, ID_FILE_NEWCONFIG, ID_FILE_WIZARD}) {
+  for (const unsigned id : {ID_FILE_NEWCONFIG, ID_FILE_WIZARD}) {
     EXPECT_FALSE(State(id).IsEnabled()) << id;
     EXPECT_FALSE(Frame().OnCommand(id)) << id;
   }

@@ -91,8 +91,8 @@ void HelpWindow::MakeBar() {
 
 QStringList HelpWindow::Topics() {
   return {QStringLiteral("contents"), QStringLiteral("window"), QStringLiteral("list"),
-          QStringLiteral("columns"),  QStringLiteral("files"),  QStringLiteral("keys"),
-          QStringLiteral("trc")};
+          QStringLiteral("columns"),  QStringLiteral("files"),  QStringLiteral("monitor"),
+          QStringLiteral("keys"),     QStringLiteral("trc")};
 }
 
 void HelpWindow::ShowTopic(const QString& topic) {

@@ -4,6 +4,7 @@
 #include <QPageSetupDialog>
 #include <QScreen>
 
+#include "config/ui/machine_face.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/columns/ui/options_face.h"
 #include "listview/rows/ui/row_list_widget.h"
@@ -17,9 +18,10 @@ namespace {
 // The page that tells of the dialog that is up.
 QString TopicOfDialog() {
   const QWidget* dialog = QApplication::activeModalWidget();
-  return dialog && dialog->windowTitle() == QLatin1String(COptionsDlg::Title())
-             ? QStringLiteral("columns")
-             : QString();
+  const QString title = dialog ? dialog->windowTitle() : QString();
+  if (title == QLatin1String(COptionsDlg::Title())) return QStringLiteral("columns");
+  if (title == QLatin1String(CMachineDlg::kCaption)) return QStringLiteral("monitor");
+  return {};
 }
 
 }  // namespace
@@ -31,6 +33,12 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   });
   host.RegisterFace<COptionsDlg>([](COptionsDlg& dialog, QWidget* parent) {
     return std::make_unique<OptionsFace>(dialog, parent);
+  });
+  host.RegisterFace<CMachineDlg>([](CMachineDlg& dialog, QWidget* parent) {
+    return std::make_unique<MachineFace>(dialog, parent);
+  });
+  host.RegisterFace<CMachineBrowser>([](CMachineBrowser& dialog, QWidget* parent) {
+    return std::make_unique<MachineBrowserFace>(dialog, parent);
   });
 }
 

@@ -1,0 +1,49 @@
+#include "config/machine_browser.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "base/text.h"
+#include "quor/client/trace_thread.h"
+
+namespace {
+
+bool IsLoopback(const std::string& address) {
+  return address == "::1" || address.rfind("127.", 0) == 0;
+}
+
+// Networks, multicast groups and the like, which hosts files list beside machines.
+bool IsNoMachine(const std::string& address) {
+  return address == "0.0.0.0" || address == "255.255.255.255" || address == "fe00::0" ||
+         address.rfind("ff0", 0) == 0;
+}
+
+}  // namespace
+
+std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& localName) {
+  std::vector<std::string> machines;
+  const auto known = [&](const std::string& name) {
+    return CompareIgnoringCase(name, localName) == 0 ||
+           std::any_of(machines.begin(), machines.end(), [&](const std::string& machine) {
+             return CompareIgnoringCase(machine, name) == 0;
+           });
+  };
+  for (std::string line; std::getline(hosts, line);) {
+    std::istringstream words(line.substr(0, line.find('#')));
+    std::string address, name;
+    if (!(words >> address >> name) || IsLoopback(address) || IsNoMachine(address)) continue;
+    // A machine's own line may begin with its full name.
+    if (!known(name) && !known(name.substr(0, name.find('.')))) machines.push_back(name);
+  }
+  std::sort(machines.begin(), machines.end(), [](const std::string& a, const std::string& b) {
+    return CompareIgnoringCase(a, b) < 0;
+  });
+  machines.insert(machines.begin(), localName);
+  return machines;
+}
+
+std::vector<std::string> KnownMachines() {
+  std::ifstream hosts("/etc/hosts");
+  return MachinesIn(hosts, _trc_GetHostName());
+}

@@ -1,0 +1,42 @@
+// Choosing a machine from those that this one knows by name.
+//
+// Shape    There is no list of the machines of a network, but every system has one of its own:
+//          the hosts file. Its names are offered behind the local machine's.
+// Errors   A hosts file that cannot be read offers nothing.
+// Threads  Interface thread.
+#pragma once
+
+#include <istream>
+#include <string>
+#include <vector>
+
+#include "docview/dialog.h"
+
+// The local machine, then the first name of each other machine in the hosts file, each once (in any
+// case), in alphabetical order.
+std::vector<std::string> KnownMachines();
+// The same for a hosts file's text.
+std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& localName);
+
+class CMachineBrowser : public CDialog {
+ public:
+  static constexpr char kTitle[] = "Select a machine and press OK.";
+
+  CMachineBrowser(Host& host, std::vector<std::string> machines)
+      : CDialog(host), m_machines(std::move(machines)) {}
+
+  // REQUIRES: index < m_machines.size(), or -1 for none.
+  void OnSelect(int index) { m_selected = index; }
+  bool MayOK() const { return m_selected >= 0; }
+  // Without a choice the dialog stays.
+  void OnOK() override {
+    if (MayOK()) CDialog::OnOK();
+  }
+  // REQUIRES: a machine is selected.
+  const std::string& Chosen() const { return m_machines[static_cast<std::size_t>(m_selected)]; }
+
+  const std::vector<std::string> m_machines;
+
+ private:
+  int m_selected = -1;
+};

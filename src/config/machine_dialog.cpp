@@ -1,0 +1,19 @@
+#include "config/machine_dialog.h"
+
+#include <utility>
+
+#include "config/machine_browser.h"
+#include "quor/client/trace_thread.h"
+
+CMachineDlg::CMachineDlg(Host& host, std::string prompt)
+    : CDialog(host), m_strMachine(_trc_GetHostName()), m_strPrompt(std::move(prompt)) {}
+
+void CMachineDlg::OnOK() {
+  if (m_strMachine.empty()) m_strMachine = _trc_GetHostName();
+  CDialog::OnOK();
+}
+
+void CMachineDlg::OnBrowse() {
+  CMachineBrowser browser(GetHost(), KnownMachines());
+  if (browser.DoModal() == kIdOk) m_strMachine = browser.Chosen();
+}

@@ -1,0 +1,28 @@
+// "Machine Query": asks for the name of a machine. Monitors, configurations and the wizard use it.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <string>
+
+#include "docview/dialog.h"
+
+class CMachineDlg : public CDialog {
+ public:
+  static constexpr char kCaption[] = "Machine Query";
+  static constexpr char kDefaultHint[] = "(default is the local machine)";
+
+  // Starts with the local machine, whatever was asked before.
+  CMachineDlg(Host& host, std::string prompt);
+
+  // The face hands over what stands in the edit field before it calls either of these.
+  void SetMachine(std::string text) { m_strMachine = std::move(text); }
+  // An emptied field stands for the local machine.
+  void OnOK() override;
+  // Lets the user choose among the machines that this one knows; the field keeps its text when
+  // nothing is chosen.
+  void OnBrowse();
+
+  std::string m_strMachine;  // what the edit field shows; not empty after OK
+  const std::string m_strPrompt;
+};

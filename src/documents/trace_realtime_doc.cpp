@@ -1,0 +1,122 @@
+#include "documents/trace_realtime_doc.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include "settings/globals.h"
+
+TraceThread_i* CTraceRealtimeDoc::ConnectToTraceService(const QuorStr::String_t& machine,
+                                                        NameMap& names) {
+  return TraceThread_i::ConnectToTraceService(machine, names);
+}
+
+CTraceRealtimeDoc::CTraceRealtimeDoc(Host& host, Connector connector)
+    : CTraceDoc(host), m_connector(std::move(connector)) {
+  MapCommand(
+      ID_VIEW_PAUSE, [this] { TogglePause(); },
+      [this](CCmdUI& ui) {
+        ui.SetCheck(m_paused);
+        ui.Enable(m_connection != nullptr);
+      });
+}
+
+// The connection goes first, so that nothing touches names or traces behind it.
+CTraceRealtimeDoc::~CTraceRealtimeDoc() {
+  if (TraceThread_i* const connection = std::exchange(m_connection, nullptr))
+    connection->Disconnect();
+  CTraceDoc::DeleteContents();
+  m_capture.Finish();
+}
+
+std::string CTraceRealtimeDoc::TitleFor(const std::string& machine) {
+  return "Traces sent to " + machine;
+}
+
+bool CTraceRealtimeDoc::ConnectToMachine(const std::string& machine) {
+  if (machine.empty()) return OnNewDocument();
+  m_machine = machine;
+  {
+    const CWaitCursor wait(GetHost());
+    m_connection = m_connector(m_machine, m_names);
+  }
+  if (!m_connection) return false;
+  SetTitle(TitleFor(m_machine));
+  SetModifiedFlag(false);
+  m_loading = false;
+  return true;
+}
+
+void CTraceRealtimeDoc::Drain() {
+  if (!m_connection || !m_connection->HasTraces()) return;
+  CTraceHint batch;
+  do {
+    TraceEvent_i* const event = m_connection->NextTrace();
+    if (!event) break;
+    AddTrace(event, &batch);
+    batch.m_events.push_back(event);
+    // Kept: a capture that cannot be written ends without a word; its menu item loses the check.
+    // Safe: what was not written stays in the list, and nothing of it reaches a later file.
+    if (IsCapturing() && !m_capture.Write(*event, m_names)) m_capture.Finish();
+  } while (m_connection->HasTraces());
+  if (!batch.m_events.empty()) UpdateAllViews(nullptr, kHintAdded, &batch);
+}
+
+void CTraceRealtimeDoc::AddTrace(TraceEvent_i* event, CTraceHint* pending) {
+  // Read anew each time: a lower limit takes effect with the next trace, and the list then falls by
+  // 99 with each.
+  if (m_traces.size() >= g_traceLimit) Trim(pending);
+  CTraceDoc::AddTrace(event);
+}
+
+void CTraceRealtimeDoc::Trim(CTraceHint* pending) {
+  // A limit that was stored by hand may be below a block's length, or 0.
+  const std::size_t count = std::min(kTrimTraces, m_traces.size());
+  if (count == 0) return;
+  CTraceHint oldest;
+  for (std::size_t i = 0; i < count; ++i) oldest.m_events.push_back(m_traces[i]);
+  UpdateAllViews(nullptr, kHintTrimmed, &oldest);
+  for (const TraceEvent_i* const event : oldest.m_events) {
+    if (pending && !pending->m_events.empty() && pending->m_events.front() == event)
+      pending->m_events.pop_front();
+    m_traces.PopFront();
+  }
+}
+
+bool CTraceRealtimeDoc::ToggleCapture() {
+  if (IsCapturing()) {
+    m_capture.Finish();
+    return true;
+  }
+  FileDialogRequest request;
+  request.save = true;
+  request.title = "Save As";
+  request.defaultExtension = ".trc";
+  request.filters = {{"Trace Files (*.trc)", "*.trc"}};
+  const auto answer = GetHost().RunFileDialog(request);
+  if (!answer) return true;
+  // Kept: the name without its folder. Safe: the dialog made its folder the current one.
+  return BeginCapture(std::filesystem::path(answer->path).filename().string());
+}
+
+bool CTraceRealtimeDoc::BeginCapture(const std::string& name) {
+  const auto failed = [this](const char* text) {
+    m_capture.Finish();
+    GetHost().MessageBox({text, BoxIcon::None, BoxButtons::Ok});
+    return false;
+  };
+  if (!m_capture.Create(name)) return failed("Cannot open output file");
+  // At once, so that a full disk shows while somebody looks.
+  if (!m_capture.WriteHeader() || !m_capture.Flush()) return failed("Cannot write to output file");
+  return true;
+}
+
+void CTraceRealtimeDoc::TogglePause() {
+  if (!m_connection) return;
+  m_paused = !m_paused;
+  if (m_paused) {
+    m_connection->Pause();
+  } else {
+    m_connection->Resume();
+  }
+}

@@ -1,0 +1,50 @@
+#include "shell/realtime_frame.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "documents/trace_realtime_doc.h"
+#include "settings/globals.h"
+
+namespace {
+
+// The interval is set by hand: less than this would keep the interface from everything else.
+constexpr unsigned kShortestIntervalMs = 10;
+
+}  // namespace
+
+CTraceRealtimeFrame::CTraceRealtimeFrame(CMainFrame& parent) : CTraceChildFrame(parent) {
+  MapCommand(
+      ID_FILE_CAPTURE,
+      [this] {
+        if (CTraceRealtimeDoc* const monitor = ActiveMonitor()) monitor->ToggleCapture();
+      },
+      [this](CCmdUI& ui) {
+        const CTraceRealtimeDoc* const monitor = ActiveMonitor();
+        ui.Enable(monitor != nullptr);
+        ui.SetCheck(monitor && monitor->IsCapturing());
+      });
+}
+
+void CTraceRealtimeFrame::PreCreateWindow(int& widthPx, int& heightPx) {
+  CTraceChildFrame::PreCreateWindow(widthPx, heightPx);
+}
+
+void CTraceRealtimeFrame::OnCreate() {
+  CTraceChildFrame::OnCreate();
+  m_timer = GetHost().SetTimer(std::max(g_updateInterval, kShortestIntervalMs),
+                               [this] { OnTimer(TRACE_TIMER_ID); });
+}
+
+void CTraceRealtimeFrame::OnDestroy() {
+  if (m_timer) GetHost().KillTimer(std::exchange(m_timer, 0));
+  CTraceChildFrame::OnDestroy();
+}
+
+void CTraceRealtimeFrame::OnTimer(unsigned) {
+  if (CTraceRealtimeDoc* const monitor = ActiveMonitor()) monitor->Drain();
+}
+
+CTraceRealtimeDoc* CTraceRealtimeFrame::ActiveMonitor() const {
+  return dynamic_cast<CTraceRealtimeDoc*>(GetActiveDocument());
+}

@@ -1,0 +1,29 @@
+// The window around a monitor's views: drains the connection on a timer and holds the capture
+// command.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include "shell/child_frame.h"
+
+class CTraceRealtimeDoc;
+
+constexpr unsigned TRACE_TIMER_ID = 2001;
+
+class CTraceRealtimeFrame : public CTraceChildFrame {
+ public:
+  explicit CTraceRealtimeFrame(CMainFrame& parent);
+
+  void PreCreateWindow(int& widthPx, int& heightPx) override;
+  // Starts the timer with the update interval; below 10 ms it runs at 10.
+  void OnCreate() override;
+  void OnDestroy() override;
+  // Whatever the id: drains the active view's document if that is a monitor. Without an active view
+  // the traces wait for the next tick.
+  void OnTimer(unsigned id);
+
+ private:
+  // Of the active view; null when that is no monitor's.
+  CTraceRealtimeDoc* ActiveMonitor() const;
+  TimerId m_timer = 0;  // the host's number of TRACE_TIMER_ID; 0 while it does not run
+};

@@ -8,12 +8,6 @@
 
 #include "docview/win_app.h"
 
-namespace {
-// What a child is proposed before its frame has a wish of its own.
-constexpr int kProposedWidthPx = 720;
-constexpr int kProposedHeightPx = 480;
-}  // namespace
-
 CMultiDocTemplate::CMultiDocTemplate(unsigned resource, std::string docString,
                                      CMDIFrameWnd*& mainFrame, Makers makers)
     : m_resource(resource),
@@ -85,7 +79,7 @@ CMDIChildWnd* CMultiDocTemplate::CreateNewFrame(CDocument& document) {
   std::unique_ptr<CMDIChildWnd> made = m_makers.frame();
   if (!made) return nullptr;
   made->m_menuResource = m_resource;
-  int widthPx = kProposedWidthPx, heightPx = kProposedHeightPx;
+  int widthPx = 0, heightPx = 0;
   made->PreCreateWindow(widthPx, heightPx);
   made->m_face = m_mainFrame->CreateChildFace(*made, widthPx, heightPx);
   if (!made->m_face) return nullptr;

@@ -32,7 +32,8 @@ class CMDIChildWnd : public CFrameWnd {
   explicit CMDIChildWnd(CMDIFrameWnd& parent);
   ~CMDIChildWnd() override;
 
-  // Proposed outer size in, wanted outer size out; device-independent pixels.
+  // Proposed outer size in (0: what the face finds good), wanted outer size out; device-independent
+  // pixels.
   virtual void PreCreateWindow(int& widthPx, int& heightPx);
   virtual void OnCreate() {}   // the face stands
   virtual void OnDestroy() {}  // the face is about to go

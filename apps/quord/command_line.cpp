@@ -1,0 +1,136 @@
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+#include "quor/protocol/tls.h"
+
+namespace {
+
+const std::map<std::string, std::uint32_t> kSettings = {
+    {"off", 0}, {"support", 7}, {"developer", 15}, {"max", 31}};
+
+class Parser {
+ public:
+  Parser() {
+    m_app.set_version_flag("-V,--version", "quord " TESSERA_VERSION, "Print the version and exit");
+    m_app.require_subcommand(0, 1);
+    m_app.footer(
+        "Examples:\n"
+        "  quord                                  start the service of this user\n"
+        "  quord --foreground --log-level debug   the same, here, with many words\n"
+        "  quord --listen 0.0.0.0:7447            be reached from other machines (mutual TLS)\n"
+        "  quord keys init                        make the certificates for that\n"
+        "  quord status                           is it running, and which applications are here?\n"
+        "\n"
+        "Exit status: 0 good, 1 the answer is no or the service could not start, 2 wrong use.");
+    AddServe();
+    AddKeys();
+    AddStatus();
+  }
+
+  ParsedCommandLine Parse(int argc, const char* const* argv) {
+    try {
+      m_app.parse(argc, argv);
+      return {Chosen(), kExitGood};
+    } catch (const CLI::ParseError& error) {
+      return {std::nullopt, m_app.exit(error) == 0 ? kExitGood : kExitWrongUse};
+    }
+  }
+
+ private:
+  void AddServe() {
+    m_app.add_flag("-f,--foreground", m_serve.foreground, "Do not go into the background");
+    m_app
+        .add_option_function<std::string>(
+            "-l,--log-level",
+            [this](const std::string& word) {
+              const auto level = LogLevelOf(word);
+              if (!level) throw CLI::ValidationError("--log-level", "\"" + word + "\" is no level");
+              m_serve.logLevel = *level;
+            },
+            "error, warning, info or debug [default: info]")
+        ->type_name("LEVEL");
+    m_app
+        .add_option("--listen", m_serve.listen,
+                    "Take clients from other machines at this address, by mutual TLS; repeatable")
+        ->type_name("ADDRESS:PORT")
+        ->allow_extra_args(false);
+    m_app.add_option("--state-dir", m_serve.stateFolder, "Where settings are kept")
+        ->type_name("DIR");
+    m_app.add_option("--socket-dir", m_serve.socketFolder, "Where the local socket is made")
+        ->type_name("DIR");
+    m_app.add_option("--keys-dir", m_serve.keysFolder, "Where the certificates are")
+        ->type_name("DIR");
+    m_app
+        .add_option(
+            "--default-settings", m_serve.defaultSettings,
+            "What a new application traces: off, support, developer, max [default: support]")
+        ->transform(CLI::CheckedTransformer(kSettings))
+        ->type_name("WORD");
+  }
+
+  void AddKeys() {
+    m_keys = m_app.add_subcommand("keys", "Make certificates for other machines");
+    m_keys->require_subcommand(1);
+    m_init = m_keys->add_subcommand("init", "Make an authority and this service's certificate");
+    m_init
+        ->add_option("--host", m_initCommand.hosts,
+                     "A further name or address by which this machine is reached; repeatable")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
+    AddDays(m_init, m_initCommand.days);
+    AddFolder(m_init, m_initCommand.keysFolder);
+    m_init->footer("Example:\n  quord keys init --host orders1.example.org --host 10.0.0.5");
+    m_issue = m_keys->add_subcommand("issue", "Make a certificate for a client");
+    m_issue->add_option("NAME", m_issueCommand.name, "Who it is for")->required()->type_name("");
+    m_issue->add_option("-r,--role", m_issueCommand.role, "What it allows")
+        ->required()
+        ->check(CLI::IsMember({"monitor", "configure", "forward"}))
+        ->type_name("monitor|configure|forward");
+    m_issue->add_option("-o,--out", m_issueCommand.to, "The folder to make [default: ./NAME]")
+        ->type_name("DIR");
+    AddDays(m_issue, m_issueCommand.days);
+    AddFolder(m_issue, m_issueCommand.keysFolder);
+    m_issue->footer("Example:\n  quord keys issue alice --role configure --days 90");
+  }
+  static void AddDays(CLI::App* app, int& days) {
+    app->add_option("-d,--days", days, "How long it is good [default: 825]")
+        ->check(CLI::Range(1, 36500))
+        ->type_name("N");
+  }
+  static void AddFolder(CLI::App* app, std::string& folder) {
+    app->add_option("--keys-dir", folder, "Where the authority is")->type_name("DIR");
+  }
+
+  void AddStatus() {
+    m_status = m_app.add_subcommand("status", "Tell whether the service runs and who is here");
+    m_status->add_flag("--json", m_statusCommand.json, "For programs");
+    m_status->add_option("--socket-dir", m_statusCommand.socketFolder, "Where its socket is")
+        ->type_name("DIR");
+    m_status->footer("Exit status: 0 it runs, 1 it does not.");
+  }
+
+  Command Chosen() const {
+    if (m_init->parsed()) return m_initCommand;
+    if (m_issue->parsed()) return m_issueCommand;
+    if (m_status->parsed()) return m_statusCommand;
+    return m_serve;
+  }
+
+  CLI::App m_app{
+      "The trace service of this machine: takes the traces of applications, gives them to\n"
+      "monitors, and keeps what is configured.",
+      "quord"};
+  CLI::App *m_keys = nullptr, *m_init = nullptr, *m_issue = nullptr, *m_status = nullptr;
+  ServeCommand m_serve;
+  KeysInitCommand m_initCommand;
+  KeysIssueCommand m_issueCommand;
+  StatusCommand m_statusCommand;
+};
+
+}  // namespace
+
+ParsedCommandLine ParseCommandLine(int argc, const char* const* argv) {
+  return Parser().Parse(argc, argv);
+}

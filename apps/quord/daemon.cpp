@@ -1,0 +1,130 @@
+// Serve: the service, here or in the background.
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "commands.h"
+#include "quor/protocol/tls.h"
+#include "quor/ring/paths.h"
+#include "quor/service/service.h"
+
+namespace {
+
+constexpr off_t kLogBytesMax = 1 << 20;
+
+std::string Environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value ? value : "";
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+// A service on a socket of its own has state of its own.
+std::string StateFolder(const ServeCommand& command, const std::string& socketPath) {
+  if (!command.stateFolder.empty()) return command.stateFolder;
+  if (const std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
+  const bool ownSocket = !command.socketFolder.empty() || !Environment("QUOR_SOCKET").empty();
+  if (!ownSocket) {
+    if (const std::string home = Environment("XDG_STATE_HOME"); !home.empty())
+      return home + "/quor";
+    if (const std::string home = Environment("HOME"); !home.empty())
+      return home + "/.local/state/quor";
+  }
+  return FolderOf(socketPath) + "/state";
+}
+
+ServiceOptions OptionsOf(const ServeCommand& command) {
+  ServiceOptions options;
+  options.handedSocket = TakeHandedSocket(&options.socketPath);
+  if (options.handedSocket < 0) options.socketPath = SocketPathIn(command.socketFolder);
+  options.stateFolder = StateFolder(command, options.socketPath);
+  options.listen = command.listen;
+  options.keysFolder = command.keysFolder.empty() ? KeysFolder() : command.keysFolder;
+  options.defaultSettings = command.defaultSettings;
+  return options;
+}
+
+// To the service manager, if one waits for it.
+void SayReady() {
+  const std::string path = Environment("NOTIFY_SOCKET");
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.empty() || path.size() >= sizeof address.sun_path) return;
+  std::memcpy(address.sun_path, path.data(), path.size());
+  if (path.front() == '@') address.sun_path[0] = '\0';
+  const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  constexpr char kReady[] = "READY=1";
+  sendto(socket, kReady, sizeof kReady - 1, MSG_NOSIGNAL,
+         reinterpret_cast<const sockaddr*>(&address),
+         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size()));
+  close(socket);
+}
+
+int Fail(const std::string& why) {
+  std::fprintf(stderr, "quord: %s\n", why.c_str());
+  return kExitNo;
+}
+
+// Standard error goes to a file beside the state; the one before is kept when it has grown large.
+void Detach(const std::string& stateFolder) {
+  setsid();
+  const std::string path = stateFolder + "/quord.log";
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0 && status.st_size > kLogBytesMax)
+    std::rename(path.c_str(), (path + ".1").c_str());
+  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+  const int log = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  dup2(nothing, STDIN_FILENO);
+  dup2(nothing, STDOUT_FILENO);
+  dup2(log >= 0 ? log : nothing, STDERR_FILENO);
+  if (chdir("/") != 0) return;
+}
+
+// The parent waits until the child serves or has said why not.
+int ServeInBackground(const ServeCommand& command) {
+  int ready[2];
+  if (pipe2(ready, O_CLOEXEC) != 0) return Fail(std::strerror(errno));
+  const pid_t child = fork();
+  if (child < 0) return Fail(std::strerror(errno));
+  if (child > 0) {
+    close(ready[1]);
+    char byte = 0;
+    return read(ready[0], &byte, 1) == 1 ? kExitGood : kExitNo;
+  }
+  close(ready[0]);
+  const ServiceOptions options = OptionsOf(command);
+  Service service(options);
+  std::string why;
+  if (!service.Open(&why)) return Fail(why);
+  Detach(options.stateFolder);
+  [[maybe_unused]] const ssize_t written = write(ready[1], "r", 1);
+  close(ready[1]);
+  service.Run();
+  return kExitGood;
+}
+
+}  // namespace
+
+std::string SocketPathIn(const std::string& folder) {
+  return folder.empty() ? ServiceSocketPath() : folder + "/quord.sock";
+}
+
+int Serve(const ServeCommand& command) {
+  SetLogLevel(command.logLevel);
+  if (!command.foreground && Environment("LISTEN_FDS").empty()) return ServeInBackground(command);
+  Service service(OptionsOf(command));
+  std::string why;
+  if (!service.Open(&why)) return Fail(why);
+  SayReady();
+  service.Run();
+  return kExitGood;
+}

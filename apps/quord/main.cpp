@@ -1,0 +1,13 @@
+#include "commands.h"
+
+int main(int argc, char** argv) {
+  const ParsedCommandLine parsed = ParseCommandLine(argc, argv);
+  if (!parsed.command) return parsed.exitStatus;
+  struct Runner {
+    int operator()(const ServeCommand& command) const { return Serve(command); }
+    int operator()(const KeysInitCommand& command) const { return KeysInit(command); }
+    int operator()(const KeysIssueCommand& command) const { return KeysIssue(command); }
+    int operator()(const StatusCommand& command) const { return Status(command); }
+  };
+  return std::visit(Runner(), *parsed.command);
+}

@@ -1,0 +1,88 @@
+// A batch of traces on its way to every monitor: built once, shared by reference, never changed.
+//
+// Shape    Tagged trace records end to end, about 64 KiB, with the hub's ids and numbers; which
+//          names they use; and what each source has in it. The name records themselves are put in
+//          front per stream, because each stream has been sent others.
+// Owner    Shared. A batch keeps its sources.
+// Threads  One.
+#pragma once
+
+#include <array>
+#include <bitset>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quor/protocol/frames.h"
+#include "quor/service/hub_names.h"
+
+// One instance of an application, here or on a machine that forwards to this one.
+struct Source {
+  std::array<std::uint8_t, 16> instance{};  // the same over restarts of the service
+  std::string machine, app, pid;
+  std::uint64_t firstSerial = 0;  // when this service met it
+  std::uint64_t serial = 0;       // traces that it has ever produced, delivered or lost
+  bool ended = false;
+};
+
+struct SourceDelta {
+  std::shared_ptr<Source> source;
+  std::uint64_t traces = 0, lost = 0;
+};
+
+struct Batch {
+  std::vector<std::uint8_t> records;
+  std::vector<NameId> names;
+  std::vector<SourceDelta> sources;
+  std::uint64_t traces = 0;  // with a number: not the words on losses
+};
+using SharedBatch = std::shared_ptr<const Batch>;
+
+// The seven ids of a record, in its order.
+struct TraceIds {
+  NameId machine, app, component, category, pid, tid, file;
+};
+
+class BatchBuilder {
+ public:
+  explicit BatchBuilder(HubNames& names);
+
+  bool IsEmpty() const { return m_batch->records.empty() && m_batch->sources.empty(); }
+  bool IsFull() const { return m_batch->records.size() >= kBatchBytes; }
+  // Would a record of so many bytes with any seven names still make one data frame?
+  bool HasRoom(std::size_t recordBytes, std::size_t nameBytes) const {
+    return m_batch->records.size() + m_nameBytes + recordBytes + nameBytes < kFrameRoom;
+  }
+  std::size_t NameBytes(const TraceIds& ids) const;  // of those that the batch has not yet
+  // Appends a raw trace with other ids and another number.
+  void Append(const std::shared_ptr<Source>& source, Bytes record, const TraceIds& ids,
+              std::uint32_t number);
+  // "N traces lost: reason", and the count of it. None lost: only the reason.
+  void AppendLoss(const std::shared_ptr<Source>& source, std::uint64_t lost,
+                  const std::string& reason);
+  // A loss that some record tells already.
+  void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
+  SharedBatch Seal();
+
+ private:
+  static constexpr std::size_t kFrameRoom = kDataFrameBytesMax - 64;
+  SourceDelta& DeltaOf(const std::shared_ptr<Source>& source);
+  void Use(const TraceIds& ids);
+  void UseName(NameId id);
+
+  HubNames& m_names;
+  std::shared_ptr<Batch> m_batch;
+  std::bitset<65536> m_used;
+  std::size_t m_nameBytes = 0;
+  std::size_t m_lastDelta = 0;
+  TraceIds m_lastIds{};
+  bool m_hasLastIds = false;
+};
+
+// Date, time and tic count of now, as a record has them.
+struct ServiceStamp {
+  std::uint32_t date, time;
+  std::uint64_t ticPs;
+};
+ServiceStamp StampNow();

@@ -1,0 +1,139 @@
+#include "quor/service/catalogue.h"
+
+#include <signal.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "quor/service/catalogue_store.h"
+
+namespace {
+
+bool Lives(std::uint32_t pid) {
+  // 0: a holder on another machine, of which nothing is known here.
+  return pid == 0 || kill(static_cast<pid_t>(pid), 0) == 0 || errno == EPERM;
+}
+
+bool EraseOne(std::multiset<std::uint32_t>& pids, std::uint32_t pid) {
+  const auto found = pids.find(pid);
+  if (found == pids.end()) return false;
+  pids.erase(found);
+  return true;
+}
+
+}  // namespace
+
+LinkSink DefaultSink() {
+  return {SinkKind::Socket, "localhost", ""};
+}
+
+Catalogue::Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaultSettings)
+    : m_store(std::move(store)), m_defaultSettings(defaultSettings & kSettingsBits) {
+  if (!m_store) return;
+  for (StoredApp& stored : m_store->ReadAll()) {
+    CatalogueApp& app = stored.app;
+    for (std::uint32_t id = 0; id < app.traces.size(); ++id) {
+      const CatalogueTrace& trace = app.traces[id];
+      app.ids[{trace.component, trace.category}] = id;
+      app.mapBytes += trace.component.size() + trace.category.size() + 32;
+    }
+    const bool held = std::any_of(stored.holders.begin(), stored.holders.end(), Lives);
+    CatalogueApp& kept = m_apps[app.name] = std::move(app);
+    if (kept.submitted && !held) Forget(kept);
+  }
+}
+
+Catalogue::~Catalogue() = default;
+
+CatalogueApp* Catalogue::Find(const std::string& name) {
+  const auto known = m_apps.find(name);
+  return known == m_apps.end() ? nullptr : &known->second;
+}
+
+CatalogueApp* Catalogue::Enter(const std::string& name) {
+  if (const auto known = m_apps.find(name); known != m_apps.end()) return &known->second;
+  if (m_apps.size() >= kAppsMax || name.size() > kNameBytesMax || name.empty()) return nullptr;
+  CatalogueApp& app = m_apps[name];
+  app.name = name;
+  app.sink = DefaultSink();
+  if (m_store) m_store->WriteApp(app);
+  return &app;
+}
+
+std::uint32_t Catalogue::EnterTrace(CatalogueApp& app, const std::string& component,
+                                    const std::string& category) {
+  const auto known = app.ids.find({component, category});
+  if (known != app.ids.end()) return known->second;
+  const std::size_t bytes = component.size() + category.size() + 32;
+  if (app.traces.size() >= kNoTraceId || app.mapBytes + bytes > kMapBytesMax) return kNoTraceId;
+  app.mapBytes += bytes;
+  const auto id = static_cast<std::uint32_t>(app.traces.size());
+  app.traces.push_back({component, category, m_defaultSettings});
+  app.ids[{component, category}] = id;
+  if (m_store) m_store->WriteTrace(app, id);
+  return id;
+}
+
+void Catalogue::BeginInstance(CatalogueApp& app, std::uint32_t pid) {
+  app.instances.insert(pid);
+  StoreHolders(app);
+}
+
+void Catalogue::OpenHandle(CatalogueApp& app, std::uint32_t pid) {
+  app.handles.insert(pid);
+  StoreHolders(app);
+}
+
+void Catalogue::EndInstance(CatalogueApp& app, std::uint32_t pid) {
+  if (EraseOne(app.instances, pid)) Release(app);
+}
+
+void Catalogue::CloseHandle(CatalogueApp& app, std::uint32_t pid) {
+  if (EraseOne(app.handles, pid)) Release(app);
+}
+
+void Catalogue::Release(CatalogueApp& app) {
+  if (app.IsHeld()) return StoreHolders(app);
+  // Others that held it before a restart may still be on their way back.
+  if (m_grace && app.submitted) return;
+  if (app.submitted) Forget(app);
+  if (!app.traces.empty()) return;
+  if (m_store) m_store->EraseApp(app);
+  m_apps.erase(m_apps.find(app.name));
+}
+
+void Catalogue::EndGrace() {
+  m_grace = false;
+  for (auto& [name, app] : m_apps)
+    if (app.submitted && !app.IsHeld()) Forget(app);
+}
+
+void Catalogue::Forget(CatalogueApp& app) {
+  app.submitted = false;
+  app.sink = DefaultSink();
+  for (CatalogueTrace& trace : app.traces) trace.settings = m_defaultSettings;
+  if (m_store) m_store->WriteSettings(app);
+}
+
+void Catalogue::Submit(CatalogueApp& app, const Submitted& what) {
+  for (const auto& [id, word] : what.settings)
+    if (id < app.traces.size()) app.traces[id].settings = word & 0xFFFF;
+  if (what.sink) app.sink = *what.sink;
+  app.submitted = true;
+  if (m_store) m_store->WriteSettings(app);
+  StoreHolders(app);
+}
+
+void Catalogue::StoreHolders(CatalogueApp& app) {
+  if (!m_store || !app.submitted) return;
+  std::set<std::uint32_t> pids(app.instances.begin(), app.instances.end());
+  pids.insert(app.handles.begin(), app.handles.end());
+  m_store->WriteHolders(app, pids);
+}
+
+std::vector<std::string> Catalogue::Registered() const {
+  std::vector<std::string> names;
+  for (const auto& [name, app] : m_apps)
+    if (app.IsHeld()) names.push_back(name);
+  return names;
+}

@@ -1,0 +1,97 @@
+// Which applications this machine knows: their trace maps, what was configured for them, and how
+// long that is in force.
+//
+// Shape    A trace is a component and a category of an application; its id is stable for the
+//          application, also over restarts, and less than 0xFFFF. What was submitted is in force as
+//          long as an instance runs or a handle is open; then the defaults hold again. The trace
+//          map stays.
+// Owner    Keeps everything; writes through to the store.
+// Errors   A store that cannot be written costs only what a restart would have kept: told in the
+//          log.
+// Threads  One.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "quor/ring/link.h"
+
+constexpr std::uint32_t kDefaultSettings = 7;  // Support: Info, Warn, Error
+constexpr std::uint32_t kSettingsBits = 0x031F;
+constexpr std::uint32_t kNoTraceId = 0xFFFF;
+
+struct CatalogueTrace {
+  std::string component, category;
+  std::uint32_t settings = kDefaultSettings;
+};
+
+struct CatalogueApp {
+  std::string name;
+  std::vector<CatalogueTrace> traces;  // by id
+  std::map<std::pair<std::string, std::string>, std::uint32_t> ids;
+  LinkSink sink;
+  bool submitted = false;
+  std::multiset<std::uint32_t> instances;  // pids
+  std::multiset<std::uint32_t> handles;    // pids of those that hold one; 0: on another machine
+  std::int64_t row = 0;                    // in the store; 0: not there
+  std::size_t mapBytes = 0;                // of the names of all traces
+  bool IsHeld() const { return !instances.empty() || !handles.empty(); }
+};
+
+class CatalogueStore;
+
+class Catalogue {
+ public:
+  static constexpr std::size_t kAppsMax = 4096;
+  static constexpr std::size_t kNameBytesMax = 4096;
+  static constexpr std::size_t kMapBytesMax = 3u << 20;  // a trace map fits into one frame
+
+  // Reads what the store has, which may be null. What nobody holds any more who held it is not in
+  // force.
+  Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaultSettings);
+  ~Catalogue();
+
+  CatalogueApp* Find(const std::string& name);
+  // Null when there are too many or the name is too long.
+  CatalogueApp* Enter(const std::string& name);
+  // kNoTraceId when the application has too many.
+  std::uint32_t EnterTrace(CatalogueApp& app, const std::string& component,
+                           const std::string& category);
+
+  void BeginInstance(CatalogueApp& app, std::uint32_t pid);
+  void OpenHandle(CatalogueApp& app, std::uint32_t pid);
+  // With the last holder what was submitted is in force no more. An application of which nothing is
+  // known but its name is forgotten: `app` is not to be used any more.
+  void EndInstance(CatalogueApp& app, std::uint32_t pid);
+  void CloseHandle(CatalogueApp& app, std::uint32_t pid);
+  // Some time after a restart: those that have not come back hold nothing any more.
+  void EndGrace();
+
+  struct Submitted {
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> settings;  // id, word; unknown: ignored
+    std::optional<LinkSink> sink;
+  };
+  void Submit(CatalogueApp& app, const Submitted& what);
+
+  // Those that run or are held, in the order of their names.
+  std::vector<std::string> Registered() const;
+  std::uint32_t DefaultSettings() const { return m_defaultSettings; }
+
+ private:
+  void Release(CatalogueApp& app);
+  void Forget(CatalogueApp& app);
+  void StoreHolders(CatalogueApp& app);
+
+  std::unique_ptr<CatalogueStore> m_store;
+  const std::uint32_t m_defaultSettings;
+  std::map<std::string, CatalogueApp> m_apps;
+  bool m_grace = true;
+};
+
+// The sink of a new application.
+LinkSink DefaultSink();

@@ -1,0 +1,211 @@
+#include "quor/service/catalogue_store.h"
+
+#include <sqlite3.h>
+
+#include <cstdio>
+
+#include "quor/service/log.h"
+
+namespace {
+
+constexpr const char* kSchema =
+    "CREATE TABLE IF NOT EXISTS app(id INTEGER PRIMARY KEY, name BLOB UNIQUE NOT NULL,"
+    " submitted INTEGER NOT NULL DEFAULT 0, sink INTEGER NOT NULL DEFAULT 1,"
+    " sink_name BLOB NOT NULL, sink_options BLOB NOT NULL);"
+    "CREATE TABLE IF NOT EXISTS trace(app INTEGER NOT NULL, id INTEGER NOT NULL,"
+    " component BLOB NOT NULL, category BLOB NOT NULL, settings INTEGER NOT NULL,"
+    " PRIMARY KEY(app, id)) WITHOUT ROWID;"
+    "CREATE TABLE IF NOT EXISTS holder(app INTEGER NOT NULL, pid INTEGER NOT NULL,"
+    " PRIMARY KEY(app, pid)) WITHOUT ROWID;";
+constexpr int kSchemaVersion = 1;
+
+}  // namespace
+
+class CatalogueStore::Statement {
+ public:
+  Statement(CatalogueStore& store, const char* sql) : m_store(store) {
+    if (sqlite3_prepare_v2(store.m_database, sql, -1, &m_statement, nullptr) != SQLITE_OK)
+      store.Failed();
+  }
+  ~Statement() { sqlite3_finalize(m_statement); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  Statement& Number(std::int64_t value) {
+    sqlite3_bind_int64(m_statement, ++m_bound, value);
+    return *this;
+  }
+  Statement& Text(const std::string& value) {
+    sqlite3_bind_blob64(m_statement, ++m_bound, value.data(), value.size(), SQLITE_STATIC);
+    return *this;
+  }
+  // True while there are rows.
+  bool Step() {
+    const int result = m_statement ? sqlite3_step(m_statement) : SQLITE_ERROR;
+    if (result != SQLITE_ROW && result != SQLITE_DONE && m_statement) m_store.Failed();
+    return result == SQLITE_ROW;
+  }
+  void Reset() {
+    sqlite3_reset(m_statement);
+    m_bound = 0;
+  }
+  std::int64_t NumberAt(int column) const { return sqlite3_column_int64(m_statement, column); }
+  std::string TextAt(int column) const {
+    const void* const bytes = sqlite3_column_blob(m_statement, column);
+    const int length = sqlite3_column_bytes(m_statement, column);
+    return bytes ? std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(length))
+                 : std::string();
+  }
+
+ private:
+  CatalogueStore& m_store;
+  sqlite3_stmt* m_statement = nullptr;
+  int m_bound = 0;
+};
+
+std::unique_ptr<CatalogueStore> CatalogueStore::Open(const std::string& path, std::string* why) {
+  for (const bool again : {false, true}) {
+    sqlite3* database = nullptr;
+    const int opened = sqlite3_open_v2(path.c_str(), &database,
+                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    std::unique_ptr<CatalogueStore> store(new CatalogueStore(database));
+    bool damaged = false;
+    if (opened != SQLITE_OK) {
+      *why = path + ": " + sqlite3_errmsg(database);
+      return nullptr;
+    }
+    if (store->Prepare(why, &damaged)) return store;
+    *why = path + ": " + *why;
+    if (!damaged || again) return nullptr;
+    store.reset();
+    Log(LogLevel::Error, *why + "; it is put aside and a new one is begun");
+    if (std::rename(path.c_str(), (path + ".damaged").c_str()) != 0) return nullptr;
+    for (const char* const rest : {"-wal", "-shm"}) std::remove((path + rest).c_str());
+  }
+  return nullptr;
+}
+
+CatalogueStore::~CatalogueStore() {
+  sqlite3_close(m_database);
+}
+
+bool CatalogueStore::Run(const char* sql) {
+  return sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+bool CatalogueStore::Prepare(std::string* why, bool* damaged) {
+  const std::string version = "PRAGMA user_version = " + std::to_string(kSchemaVersion) + ";";
+  // NORMAL: a crash of the service loses nothing, a crash of the machine the newest changes only,
+  // and what was in force before that is over anyhow.
+  const bool good =
+      Run("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
+          "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE; COMMIT;");
+  if (good) {
+    Statement found(*this, "PRAGMA user_version");
+    const std::int64_t stands = found.Step() ? found.NumberAt(0) : 0;
+    if (stands != 0 && stands != kSchemaVersion) {
+      *why = "it was written by another version of quord";
+      return false;
+    }
+  }
+  if (good && Run(kSchema) && Run(version.c_str())) return true;
+  const int code = sqlite3_errcode(m_database);
+  *damaged = code == SQLITE_CORRUPT || code == SQLITE_NOTADB;
+  *why = code == SQLITE_BUSY ? "another quord uses it" : sqlite3_errmsg(m_database);
+  return false;
+}
+
+void CatalogueStore::Failed() {
+  if (m_told) return;
+  m_told = true;
+  Log(LogLevel::Error, std::string("the state cannot be kept: ") + sqlite3_errmsg(m_database));
+}
+
+void CatalogueStore::Begin() {
+  if (!Run("BEGIN")) Failed();
+}
+
+void CatalogueStore::Commit() {
+  if (!Run("COMMIT")) Failed();
+}
+
+std::vector<StoredApp> CatalogueStore::ReadAll() {
+  std::vector<StoredApp> apps;
+  Statement rows(*this, "SELECT id, name, submitted, sink, sink_name, sink_options FROM app");
+  while (rows.Step()) {
+    StoredApp stored;
+    stored.app.row = rows.NumberAt(0);
+    stored.app.name = rows.TextAt(1);
+    stored.app.submitted = rows.NumberAt(2) != 0;
+    stored.app.sink = {rows.NumberAt(3) == 0 ? SinkKind::File : SinkKind::Socket, rows.TextAt(4),
+                       rows.TextAt(5)};
+    apps.push_back(std::move(stored));
+  }
+  for (StoredApp& stored : apps) {
+    Statement traces(*this,
+                     "SELECT component, category, settings FROM trace WHERE app = ? ORDER BY id");
+    traces.Number(stored.app.row);
+    while (traces.Step() && stored.app.traces.size() < kNoTraceId)
+      stored.app.traces.push_back({traces.TextAt(0), traces.TextAt(1),
+                                   static_cast<std::uint32_t>(traces.NumberAt(2)) & 0xFFFF});
+    Statement holders(*this, "SELECT pid FROM holder WHERE app = ?");
+    holders.Number(stored.app.row);
+    while (holders.Step())
+      stored.holders.push_back(static_cast<std::uint32_t>(holders.NumberAt(0)));
+  }
+  return apps;
+}
+
+void CatalogueStore::WriteApp(CatalogueApp& app) {
+  Statement(*this, "INSERT OR IGNORE INTO app(name, sink_name, sink_options) VALUES(?, ?, ?)")
+      .Text(app.name)
+      .Text(app.sink.name)
+      .Text(app.sink.options)
+      .Step();
+  Statement row(*this, "SELECT id FROM app WHERE name = ?");
+  row.Text(app.name);
+  if (row.Step()) app.row = row.NumberAt(0);
+}
+
+void CatalogueStore::EraseApp(const CatalogueApp& app) {
+  for (const char* const sql : {"DELETE FROM holder WHERE app = ?", "DELETE FROM app WHERE id = ?"})
+    Statement(*this, sql).Number(app.row).Step();
+}
+
+void CatalogueStore::WriteTrace(const CatalogueApp& app, std::uint32_t id) {
+  const CatalogueTrace& trace = app.traces[id];
+  Statement(*this, "INSERT OR REPLACE INTO trace VALUES(?, ?, ?, ?, ?)")
+      .Number(app.row)
+      .Number(id)
+      .Text(trace.component)
+      .Text(trace.category)
+      .Number(trace.settings)
+      .Step();
+}
+
+void CatalogueStore::WriteSettings(const CatalogueApp& app) {
+  Begin();
+  Statement(*this,
+            "UPDATE app SET submitted = ?, sink = ?, sink_name = ?, sink_options = ? WHERE id = ?")
+      .Number(app.submitted ? 1 : 0)
+      .Number(app.sink.kind == SinkKind::File ? 0 : 1)
+      .Text(app.sink.name)
+      .Text(app.sink.options)
+      .Number(app.row)
+      .Step();
+  Statement word(*this, "UPDATE trace SET settings = ? WHERE app = ? AND id = ?");
+  for (std::size_t id = 0; id < app.traces.size(); ++id) {
+    word.Number(app.traces[id].settings).Number(app.row).Number(static_cast<std::int64_t>(id));
+    word.Step();
+    word.Reset();
+  }
+  Commit();
+}
+
+void CatalogueStore::WriteHolders(const CatalogueApp& app, const std::set<std::uint32_t>& pids) {
+  Begin();
+  Statement(*this, "DELETE FROM holder WHERE app = ?").Number(app.row).Step();
+  for (const std::uint32_t pid : pids)
+    Statement(*this, "INSERT INTO holder VALUES(?, ?)").Number(app.row).Number(pid).Step();
+  Commit();
+}

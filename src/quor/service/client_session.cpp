@@ -1,0 +1,276 @@
+#include "quor/service/client_session.h"
+
+#include "quor/protocol/tls.h"
+#include "quor/service/log.h"
+
+namespace {
+
+using namespace quor::wire;
+
+constexpr std::size_t kHelloBytesMax = 4096;
+constexpr std::size_t kRequestBytesMax = 1u << 20;  // a Submit of every trace that there can be
+constexpr std::size_t kAnswerBytesMax = kControlFrameBytesMax - 64;
+
+template <class Message>
+bool Parse(const Frame& frame, Message* message) {
+  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
+}
+
+bool Fail(Response* response, ErrorCode code, const std::string& text) {
+  response->set_error(code);
+  response->set_text(text);
+  return false;
+}
+
+void PutSink(const LinkSink& from, Sink* to) {
+  to->set_type(static_cast<std::uint32_t>(from.kind));
+  to->set_name(from.name);
+  to->set_options(from.options);
+}
+
+Role Needed(const Request& request) {
+  switch (request.what_case()) {
+    case Request::kSubscribe:
+    case Request::kPause:
+    case Request::kResume:
+      return ROLE_MONITOR;
+    case Request::kForward:
+      return ROLE_FORWARD;
+    default:
+      return ROLE_CONFIGURE;
+  }
+}
+
+}  // namespace
+
+ClientSession::ClientSession(Host& host, SessionContext& context, SessionPeer peer)
+    : m_host(host), m_context(context), m_peer(std::move(peer)) {}
+
+void ClientSession::Start(std::shared_ptr<ByteStream> stream) {
+  m_connection = Connection::Start(std::move(stream), *this, m_context.connectionLimits);
+  m_connection->LimitFrames(kHelloBytesMax);
+}
+
+std::weak_ptr<Connection> ClientSession::Stop() {
+  if (m_monitor) m_monitor->Flush();
+  m_monitor.reset();
+  m_connection->CloseAfterWriting();
+  return std::exchange(m_connection, nullptr);
+}
+
+void ClientSession::EndSilent() {
+  if (!IsGreeted()) End("it does not say who it is");
+}
+
+void ClientSession::End(const std::string& why) {
+  m_connection->Close();
+  OnClosed(why);
+}
+
+void ClientSession::OnClosed(const std::string& reason) {
+  const auto self = shared_from_this();
+  Log(IsGreeted() ? LogLevel::Info : LogLevel::Warning, m_peer.words + " has gone: " + reason);
+  m_monitor.reset();
+  if (m_forwarded) m_forwarded->Break();
+  CloseHandles();
+  m_host.OnEnded(*this);
+}
+
+void ClientSession::CloseHandles() {
+  for (const std::string& name : m_handles)
+    if (CatalogueApp* const app = m_context.apps.Known().Find(name))
+      m_context.apps.CloseHandle(*app, m_peer.pid);
+  m_handles.clear();
+}
+
+void ClientSession::OnWritten() {
+  if (m_monitor) m_monitor->Pump();
+}
+
+void ClientSession::OnFrame(const Frame& frame) {
+  if (!IsGreeted()) return Greet(frame);
+  if (m_forwarded && frame.type != FrameType::Request) return TakeForwarded(frame);
+  Request request;
+  if (frame.type != FrameType::Request) return End("a frame that has no place here");
+  if (!Parse(frame, &request)) return End("malformed: a request that cannot be read");
+  Answer(request);
+}
+
+void ClientSession::Greet(const Frame& frame) {
+  Hello hello;
+  if (frame.type != FrameType::Hello || !Parse(frame, &hello))
+    return End("malformed: it does not begin with a hello");
+  if (hello.version() != kProtocolVersion)
+    return Refuse(ERROR_VERSION, "version " + std::to_string(hello.version()) +
+                                     " of the protocol is not known here, only " +
+                                     std::to_string(kProtocolVersion));
+  if (RoleWord(hello.role()).empty()) return Refuse(ERROR_BAD_REQUEST, "a role must be asked for");
+  if (!m_peer.local && !RoleAllows(m_peer.held, hello.role()))
+    return Refuse(ERROR_ACCESS, "the certificate does not allow to " + RoleWord(hello.role()));
+  m_role = hello.role();
+  m_connection->LimitFrames(kRequestBytesMax);
+  Welcome welcome;
+  welcome.set_version(kProtocolVersion);
+  welcome.set_machine(m_context.machine);
+  welcome.set_instance(m_context.instance);
+  welcome.set_role(m_role);
+  welcome.set_heartbeat_ms(
+      static_cast<std::uint32_t>(m_context.connectionLimits.heartbeat.count()));
+  m_connection->Send(FrameType::Welcome, welcome);
+  Log(LogLevel::Info, m_peer.words + " is here to " + RoleWord(m_role));
+}
+
+void ClientSession::Refuse(ErrorCode code, const std::string& text) {
+  Refused refused;
+  refused.set_code(code);
+  refused.set_text(text);
+  m_connection->Send(FrameType::Refused, refused);
+  m_connection->CloseAfterWriting();
+  OnClosed("refused: " + text);
+}
+
+void ClientSession::Answer(const Request& request) {
+  Response response;
+  response.set_id(request.id());
+  if (request.what_case() == Request::WHAT_NOT_SET)
+    Fail(&response, ERROR_BAD_REQUEST, "an empty or unknown request");
+  else if (!RoleAllows(m_role, Needed(request)))
+    Fail(&response, ERROR_ACCESS, "the role does not allow it");
+  else
+    Serve(request, &response);
+  if (response.ByteSizeLong() > kAnswerBytesMax) {
+    response.Clear();
+    response.set_id(request.id());
+    Fail(&response, ERROR_LIMIT, "the answer is too long");
+  }
+  if (!m_connection->Send(FrameType::Response, response))
+    return End("it asks and does not read the answers");
+  if (request.has_subscribe() && response.error() == ERROR_NONE) m_monitor->Start();
+}
+
+bool ClientSession::Serve(const Request& request, Response* response) {
+  switch (request.what_case()) {
+    case Request::kSubscribe:
+    case Request::kPause:
+    case Request::kResume:
+      return ServeStream(request, response);
+    case Request::kForward:
+      return Forward(request.forward(), response);
+    default:
+      return ServeApps(request, response);
+  }
+}
+
+bool ClientSession::ServeStream(const Request& request, Response* response) {
+  if (request.has_subscribe()) {
+    if (m_monitor) return Fail(response, ERROR_BAD_REQUEST, "subscribed already");
+    m_monitor =
+        std::make_unique<MonitorStream>(m_context.hub, *m_connection, m_context.streamLimits);
+    return true;
+  }
+  if (!m_monitor) return Fail(response, ERROR_BAD_REQUEST, "not subscribed");
+  request.has_pause() ? m_monitor->Pause() : m_monitor->Resume();
+  return true;
+}
+
+bool ClientSession::ServeApps(const Request& request, Response* response) {
+  switch (request.what_case()) {
+    case Request::kListApps:
+      for (const std::string& name : m_context.apps.Known().Registered())
+        response->add_app_names(name);
+      return true;
+    case Request::kOpenApp:
+      return OpenApp(request.open_app().name(), response);
+    case Request::kCloseApp: {
+      const auto handle = m_handles.find(request.close_app().name());
+      if (handle == m_handles.end())
+        return Fail(response, ERROR_UNKNOWN_APP, "no handle is open on it");
+      m_handles.erase(handle);
+      if (CatalogueApp* const app = m_context.apps.Known().Find(request.close_app().name()))
+        m_context.apps.CloseHandle(*app, m_peer.pid);
+      return true;
+    }
+    case Request::kGetApp:
+      return FillApp(request.get_app().name(), response);
+    default:
+      return Submit(request.submit(), response);
+  }
+}
+
+bool ClientSession::OpenApp(const std::string& name, Response* response) {
+  if (m_handles.size() >= kHandlesMax) return Fail(response, ERROR_LIMIT, "too many handles");
+  CatalogueApp* const app = m_context.apps.Known().Enter(name);
+  if (!app) return Fail(response, ERROR_LIMIT, "the application cannot be entered");
+  m_handles.insert(name);
+  m_context.apps.Known().OpenHandle(*app, m_peer.pid);
+  return FillApp(name, response);
+}
+
+bool ClientSession::FillApp(const std::string& name, Response* response) {
+  const CatalogueApp* const app = m_context.apps.Known().Find(name);
+  if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
+  App* const to = response->mutable_app();
+  to->set_name(app->name);
+  to->set_running(!app->instances.empty());
+  to->set_instances(static_cast<std::uint32_t>(app->instances.size()));
+  PutSink(app->sink, to->mutable_sink());
+  std::map<std::string, Component*> components;
+  for (std::uint32_t id = 0; id < app->traces.size(); ++id) {
+    const CatalogueTrace& trace = app->traces[id];
+    Component*& component = components[trace.component];
+    if (!component) {
+      component = to->add_components();
+      component->set_name(trace.component);
+    }
+    Category* const category = component->add_categories();
+    category->set_name(trace.category);
+    category->set_trace_id(id);
+    category->set_settings(trace.settings);
+  }
+  return true;
+}
+
+bool ClientSession::Submit(const quor::wire::Submit& submit, Response* response) {
+  CatalogueApp* const app = m_context.apps.Known().Find(submit.app());
+  if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
+  Catalogue::Submitted what;
+  for (const auto& setting : submit.settings())
+    what.settings.emplace_back(setting.trace_id(), setting.settings());
+  if (submit.has_sink()) {
+    const Sink& sink = submit.sink();
+    if (sink.type() > 1) return Fail(response, ERROR_BAD_REQUEST, "a sink of unknown type");
+    if (sink.name().size() > kLinkTextMax || sink.options().size() > kLinkTextMax)
+      return Fail(response, ERROR_LIMIT, "the sink's name or options are too long");
+    what.sink = LinkSink{static_cast<SinkKind>(sink.type()), sink.name(), sink.options()};
+  }
+  m_context.apps.Submit(*app, what);
+  return true;
+}
+
+bool ClientSession::Forward(const quor::wire::Forward& forward, Response* response) {
+  std::string why;
+  m_forwarded = m_context.inlet.Open(forward.stream(), forward.machine(), &why);
+  if (!m_forwarded) return Fail(response, ERROR_BAD_REQUEST, why);
+  m_forwardedId = forward.stream();
+  m_connection->LimitFrames(kDataFrameBytesMax);
+  response->set_taken(m_forwarded->Taken());
+  return true;
+}
+
+void ClientSession::TakeForwarded(const Frame& frame) {
+  std::string why;
+  if (frame.type == FrameType::Data) {
+    if (!m_forwarded->TakeData(frame.body, &why)) End("malformed: " + why);
+    return;
+  }
+  Ledger ledger;
+  if (frame.type != FrameType::Ledger || !Parse(frame, &ledger))
+    return End("malformed: neither data nor a ledger");
+  if (!m_forwarded->TakeLedger(ledger, &why)) return End("malformed: " + why);
+  Taken taken;
+  taken.set_frames(m_forwarded->Taken());
+  if (!m_connection->Send(FrameType::Taken, taken)) return End("it does not read what was taken");
+  if (!m_forwarded->IsWornOut()) return;
+  m_context.inlet.Forget(m_forwardedId);
+  End("its stream has had too many sources and is to begin anew");
+}

@@ -1,0 +1,84 @@
+// One client of the service: its hello, its role, and the requests that the role allows.
+//
+// Shape    Hello, then Welcome or Refused and the end; requests are answered in their order.
+// Owner    Held by its host from Start until OnEnded. Its open handles and its stream end with it.
+// Errors   A malformed frame, or one that has no place, ends this connection with a reason in the
+//          log; a request that is not allowed is answered with an error.
+// Threads  The service's one thread.
+#pragma once
+
+#include <map>
+
+#include "quor/protocol/connection.h"
+#include "quor/protocol/quor.pb.h"
+#include "quor/service/apps.h"
+#include "quor/service/forward_inlet.h"
+#include "quor/service/monitor_stream.h"
+
+// What all sessions share.
+struct SessionContext {
+  Hub& hub;
+  Apps& apps;
+  ForwardInlet& inlet;
+  std::string machine;
+  std::string instance;  // 16 random bytes of this run
+  StreamLimits streamLimits;
+  ConnectionLimits connectionLimits;
+};
+
+struct SessionPeer {
+  bool local = true;
+  std::uint32_t pid = 0;                          // of a local one
+  quor::wire::Role held = quor::wire::ROLE_NONE;  // by its certificate; local ones may take any
+  std::string words;                              // for the log
+};
+
+class ClientSession final : public Connection::Handler,
+                            public std::enable_shared_from_this<ClientSession> {
+ public:
+  class Host {
+   public:
+    virtual void OnEnded(ClientSession& session) = 0;
+
+   protected:
+    ~Host() = default;
+  };
+  static constexpr std::size_t kHandlesMax = 1024;
+
+  ClientSession(Host& host, SessionContext& context, SessionPeer peer);
+  void Start(std::shared_ptr<ByteStream> stream);
+  // The orderly end: what the stream has goes out first. What it configured stays in force.
+  // The connection lives on until it has written, or its patience is over.
+  std::weak_ptr<Connection> Stop();
+  // Without a welcome after its time: ended.
+  bool IsGreeted() const { return m_role != quor::wire::ROLE_NONE; }
+  void EndSilent();
+
+ private:
+  void OnFrame(const Frame& frame) override;
+  void OnWritten() override;
+  void OnClosed(const std::string& reason) override;
+  void End(const std::string& why);
+  void Greet(const Frame& frame);
+  void Refuse(quor::wire::ErrorCode code, const std::string& text);
+  void Answer(const quor::wire::Request& request);
+  bool Serve(const quor::wire::Request& request, quor::wire::Response* response);
+  bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
+  bool ServeApps(const quor::wire::Request& request, quor::wire::Response* response);
+  bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
+  bool OpenApp(const std::string& name, quor::wire::Response* response);
+  bool Submit(const quor::wire::Submit& submit, quor::wire::Response* response);
+  bool FillApp(const std::string& name, quor::wire::Response* response);
+  void TakeForwarded(const Frame& frame);
+  void CloseHandles();
+
+  Host& m_host;
+  SessionContext& m_context;
+  const SessionPeer m_peer;
+  std::shared_ptr<Connection> m_connection;
+  quor::wire::Role m_role = quor::wire::ROLE_NONE;  // granted
+  std::unique_ptr<MonitorStream> m_monitor;
+  std::shared_ptr<ForwardInlet::Stream> m_forwarded;
+  std::string m_forwardedId;
+  std::multiset<std::string> m_handles;
+};

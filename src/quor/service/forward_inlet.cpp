@@ -1,0 +1,127 @@
+#include "quor/service/forward_inlet.h"
+
+#include <algorithm>
+
+#include "quor/protocol/frames.h"
+#include "records/raw_trace.h"
+
+namespace {
+
+constexpr std::size_t kIdBytes = 16;
+constexpr std::size_t kNameBytesMax = 16u << 20;
+constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
+
+bool Say(std::string* why, const char* reason) {
+  *why = reason;
+  return false;
+}
+
+}  // namespace
+
+// The records of one data frame, in order.
+struct ForwardInlet::Stream::Frame final : DataSink {
+  explicit Frame(SourceNames& to) : names(to) {}
+  void OnName(std::uint16_t id, std::string_view utf8) override {
+    if (names.TextBytes() + utf8.size() <= kNameBytesMax) names.Enter(id, utf8);
+  }
+  void OnTrace(const std::uint8_t* record, std::size_t bytes) override {
+    traces.push_back(Bytes(record, bytes));
+    if (RawTrace(record).SequenceNumber() != kNoSequenceNumber) ++numbered;
+  }
+  SourceNames& names;
+  std::vector<Bytes> traces;
+  std::uint64_t numbered = 0;
+};
+
+std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& id,
+                                                         const std::string& machine,
+                                                         std::string* why) {
+  if (id.size() != kIdBytes || machine.size() > 255) {
+    *why = "a forwarded stream needs an id of 16 bytes and the name of a machine";
+    return nullptr;
+  }
+  std::shared_ptr<Stream>& stream = m_streams[id];
+  if (!stream) stream.reset(new Stream(*this, machine));
+  stream->m_used = ++m_uses;
+  stream->Break();
+  const std::shared_ptr<Stream> opened = stream;
+  if (m_streams.size() > kStreamsMax)
+    m_streams.erase(std::min_element(m_streams.begin(), m_streams.end(),
+                                     [](const auto& one, const auto& other) {
+                                       return one.second->m_used < other.second->m_used;
+                                     }));
+  return opened;
+}
+
+std::shared_ptr<Source> ForwardInlet::SourceFor(const std::string& instance, std::uint64_t began,
+                                                const std::string& machine) {
+  if (m_sources.size() >= kSourcesMax && !m_sources.contains(instance)) ForgetOldestSource();
+  Known& known = m_sources[instance];
+  known.used = ++m_uses;
+  if (known.source) return known.source;
+  Source source;
+  std::copy(instance.begin(), instance.end(), source.instance.begin());
+  source.machine = machine;
+  source.serial = began;
+  known.source = m_hub.AddSource(std::move(source));
+  return known.source;
+}
+
+void ForwardInlet::ForgetOldestSource() {
+  const auto oldest = std::min_element(
+      m_sources.begin(), m_sources.end(),
+      [](const auto& one, const auto& other) { return one.second.used < other.second.used; });
+  m_hub.EndSource(oldest->second.source);
+  m_sources.erase(oldest);
+}
+
+bool ForwardInlet::Stream::TakeData(Bytes body, std::string* why) {
+  if (!m_held.empty()) return Say(why, "a data frame without a ledger behind it");
+  if (body.empty()) return Say(why, "an empty data frame");
+  m_held.assign(body.begin(), body.end());
+  return true;
+}
+
+bool ForwardInlet::Stream::TakeLedger(const quor::wire::Ledger& ledger, std::string* why) {
+  Frame frame(m_names);
+  const bool completes = !m_held.empty();
+  if (completes && !ReadDataBody(m_held, frame, why)) return false;
+  if (completes && ledger.sources_size() != 1)
+    return Say(why, "a data frame of more than one source");
+  for (const auto& word : ledger.sources())
+    if (!TakeWord(word, completes ? &frame : nullptr, why)) return false;
+  m_inlet.m_hub.Deliver();
+  m_held.clear();
+  if (completes) ++m_taken;
+  return true;
+}
+
+bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, const Frame* frame,
+                                    std::string* why) {
+  if (word.instance().size() != kIdBytes || word.serial() > kSerialMax ||
+      word.delivered() > word.serial() || word.lost() > word.serial() - word.delivered())
+    return Say(why, "a ledger counts more than there was");
+  const bool isNew = !m_words.contains(word.instance());
+  Word& before = m_words[word.instance()];
+  if (word.delivered() < before.delivered || word.lost() < before.lost ||
+      word.delivered() - before.delivered != (frame ? frame->numbered : 0))
+    return Say(why, "a ledger does not count what came");
+  const std::uint64_t began = word.serial() - word.delivered() - word.lost();
+  const std::shared_ptr<Source> source = m_inlet.SourceFor(word.instance(), began, m_machine);
+  if (frame && !frame->traces.empty()) {
+    const RawTrace first(frame->traces.front().data());
+    source->machine = m_names.TextOf(first.MachineId());
+    source->app = m_names.TextOf(first.AppId());
+    source->pid = m_names.TextOf(first.PidId());
+  }
+  Hub& hub = m_inlet.m_hub;
+  if (isNew && began > source->serial)
+    hub.Lose(source, began - source->serial,
+             "the trace service of " + m_machine + " ended before it could hand them on");
+  if (frame)
+    for (const Bytes trace : frame->traces) hub.Take(source, m_names, trace, {});
+  // The word on it is among the traces.
+  hub.CountLost(source, word.lost() - before.lost);
+  before = {word.delivered(), word.lost()};
+  return true;
+}

@@ -1,0 +1,72 @@
+// What other machines' services hand on to this one.
+//
+// Shape    Each stream has an id of its forwarder's choice, which lives over broken links: a data
+//          frame counts as taken when the ledger behind it has come, and then it is in the hub. A
+//          data frame holds traces of one source, the one that its ledger names.
+// Owner    Keeps streams and sources over reconnects, the oldest go when there are too many.
+// Errors   A frame that contradicts itself ends the connection with a reason; nothing of it was
+//          taken.
+// Threads  The service's one thread.
+#pragma once
+
+#include <map>
+
+#include "quor/protocol/quor.pb.h"
+#include "quor/service/hub.h"
+
+class ForwardInlet {
+ public:
+  static constexpr std::size_t kStreamsMax = 64;
+  static constexpr std::size_t kSourcesMax = 4096;
+
+  explicit ForwardInlet(Hub& hub) : m_hub(hub) {}
+
+  // One forwarder's stream, known to one connection at a time.
+  class Stream {
+   public:
+    bool TakeData(Bytes body, std::string* why);
+    // `taken` grows when this ledger completed a data frame.
+    bool TakeLedger(const quor::wire::Ledger& ledger, std::string* why);
+    std::uint64_t Taken() const { return m_taken; }
+    // It has seen more sources than can be kept apart: its forwarder is to begin another one.
+    bool IsWornOut() const { return m_words.size() >= kWordsMax; }
+    // What was not completed comes again.
+    void Break() { m_held.clear(); }
+
+   private:
+    friend class ForwardInlet;
+    static constexpr std::size_t kWordsMax = 65536;
+    struct Word {
+      std::uint64_t delivered = 0, lost = 0;
+    };
+    struct Frame;
+    Stream(ForwardInlet& inlet, std::string machine)
+        : m_inlet(inlet), m_machine(std::move(machine)) {}
+    bool TakeWord(const quor::wire::Ledger::Source& word, const Frame* frame, std::string* why);
+
+    ForwardInlet& m_inlet;
+    std::string m_machine;
+    SourceNames m_names;
+    std::vector<std::uint8_t> m_held;
+    std::map<std::string, Word> m_words;
+    std::uint64_t m_taken = 0, m_used = 0;
+  };
+
+  // Null and a reason for an id that is none.
+  std::shared_ptr<Stream> Open(const std::string& id, const std::string& machine, std::string* why);
+  void Forget(const std::string& id) { m_streams.erase(id); }
+
+ private:
+  struct Known {
+    std::shared_ptr<Source> source;
+    std::uint64_t used = 0;
+  };
+  std::shared_ptr<Source> SourceFor(const std::string& instance, std::uint64_t began,
+                                    const std::string& machine);
+  void ForgetOldestSource();
+
+  Hub& m_hub;
+  std::map<std::string, std::shared_ptr<Stream>> m_streams;
+  std::map<std::string, Known> m_sources;
+  std::uint64_t m_uses = 0;
+};

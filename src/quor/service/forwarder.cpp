@@ -1,0 +1,195 @@
+#include "quor/service/forwarder.h"
+
+#include <openssl/rand.h>
+
+#include <algorithm>
+
+#include "quor/protocol/tls.h"
+#include "quor/service/log.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+constexpr milliseconds kPauseMin{100}, kPauseMax{5000}, kDialDeadline{5000};
+constexpr std::size_t kWindowBytes = 2u << 20;
+constexpr std::uint32_t kForwardRequest = 1;
+
+template <class Message>
+bool Parse(const Frame& frame, Message* message) {
+  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
+}
+
+}  // namespace
+
+Forwarder::Forwarder(asio::io_context& io, Machine machine, std::string keysFolder,
+                     std::string ownMachine, std::size_t storeBytes)
+    : m_io(io),
+      m_machine(std::move(machine)),
+      m_keysFolder(std::move(keysFolder)),
+      m_ownMachine(std::move(ownMachine)),
+      m_name(m_machine.host + ":" + std::to_string(m_machine.port)),
+      m_queue(m_hub.Names(),
+              {storeBytes, 0, "the link to the other machine is broken or too slow", true}),
+      m_timer(io),
+      m_pause(kPauseMin) {
+  NewStreamId();
+}
+
+void Forwarder::NewStreamId() {
+  m_streamId.resize(16);
+  RAND_bytes(reinterpret_cast<unsigned char*>(m_streamId.data()), 16);
+  m_base = 0;
+}
+
+void Forwarder::Start() {
+  m_hub.Add(*this);
+  Dial();
+}
+
+std::weak_ptr<Connection> Forwarder::Stop() {
+  m_stopped = true;
+  m_timer.cancel();
+  m_hub.Seal();
+  m_hub.Deliver();
+  Pump();
+  if (m_connection) m_connection->CloseAfterWriting();
+  m_state = State::Down;
+  return std::exchange(m_connection, nullptr);
+}
+
+void Forwarder::OnBatch(const SharedBatch& batch) {
+  m_queue.Push(batch);
+  Pump();
+}
+
+void Forwarder::Dial() {
+  std::string why;
+  auto tls = MakeClientTls(m_keysFolder, &why);
+  if (!tls) return TryLater(why);
+  ConnectTls(m_io.get_executor(), std::move(tls), m_machine.host, m_machine.port, kDialDeadline,
+             [self = shared_from_this()](std::shared_ptr<ByteStream> stream, std::string reason) {
+               self->OnConnected(std::move(stream), reason);
+             });
+}
+
+void Forwarder::OnConnected(std::shared_ptr<ByteStream> stream, const std::string& why) {
+  if (m_stopped) return;
+  if (!stream) return TryLater(why);
+  m_connection = Connection::Start(std::move(stream), *this);
+  m_state = State::Greeting;
+  quor::wire::Hello hello;
+  hello.set_version(kProtocolVersion);
+  hello.set_product("quord");
+  hello.set_role(quor::wire::ROLE_FORWARD);
+  hello.set_machine(m_ownMachine);
+  m_connection->Send(FrameType::Hello, hello);
+}
+
+void Forwarder::TryLater(const std::string& why) {
+  m_state = State::Down;
+  if (m_stopped) return;
+  if (why != m_toldReason) Log(LogLevel::Warning, "cannot forward to " + m_name + ": " + why);
+  m_toldReason = why;
+  m_timer.expires_after(m_pause);
+  m_pause = std::min(m_pause * 2, kPauseMax);
+  m_timer.async_wait([self = shared_from_this()](const std::error_code& error) {
+    if (!error && !self->m_stopped) self->Dial();
+  });
+}
+
+void Forwarder::OnClosed(const std::string& reason) {
+  m_connection.reset();
+  TryLater(reason);
+}
+
+void Forwarder::OnFrame(const Frame& frame) {
+  if (Handle(frame)) return;
+  m_connection->Close();
+  OnClosed("it sends what has no place here");
+}
+
+bool Forwarder::Handle(const Frame& frame) {
+  quor::wire::Refused refused;
+  quor::wire::Welcome welcome;
+  quor::wire::Response response;
+  quor::wire::Taken taken;
+  switch (m_state) {
+    case State::Greeting:
+      if (frame.type == FrameType::Refused && Parse(frame, &refused)) {
+        m_connection->Close();
+        OnClosed("it refuses: " + refused.text());
+        return true;
+      }
+      if (frame.type != FrameType::Welcome || !Parse(frame, &welcome)) return false;
+      m_state = State::Asking;
+      AskToForward();
+      return true;
+    case State::Asking:
+      return frame.type == FrameType::Response && Parse(frame, &response) &&
+             response.error() == quor::wire::ERROR_NONE && BeginStream(response.taken());
+    case State::Up:
+      return frame.type == FrameType::Taken && Parse(frame, &taken) && DropTaken(taken.frames());
+    case State::Down:
+      break;
+  }
+  return false;
+}
+
+void Forwarder::AskToForward() {
+  quor::wire::Request request;
+  request.set_id(kForwardRequest);
+  request.mutable_forward()->set_stream(m_streamId);
+  request.mutable_forward()->set_machine(m_ownMachine);
+  m_connection->Send(FrameType::Request, request);
+}
+
+bool Forwarder::BeginStream(std::uint64_t taken) {
+  if (taken < m_base) {
+    // It has begun anew and knows nothing of this stream: so do we, with what it never had.
+    NewStreamId();
+    std::vector<SharedBatch> again;
+    for (const Kept& kept : m_kept) again.push_back(kept.batch);
+    m_kept.clear();
+    m_inFlight = 0;
+    m_queue.Restart(again);
+    AskToForward();
+    return true;
+  }
+  if (!DropTaken(taken)) return false;
+  m_state = State::Up;
+  m_pause = kPauseMin;
+  m_toldReason.clear();
+  Log(LogLevel::Info, "forwarding to " + m_name);
+  SendKept();
+  Pump();
+  return true;
+}
+
+bool Forwarder::DropTaken(std::uint64_t taken) {
+  if (taken < m_base || taken - m_base > m_kept.size()) return false;
+  for (; m_base < taken; ++m_base) {
+    m_inFlight -= m_kept.front().records->size();
+    m_kept.pop_front();
+  }
+  Pump();
+  return true;
+}
+
+void Forwarder::SendKept() {
+  for (const Kept& kept : m_kept) {
+    m_connection->SendData(kept.names, kept.records);
+    m_connection->Send(FrameType::Ledger, kept.ledger);
+  }
+}
+
+void Forwarder::Pump() {
+  Outgoing out;
+  while (m_state == State::Up && m_inFlight < kWindowBytes && m_queue.Next(out)) {
+    if (!out.records->empty()) {
+      m_inFlight += out.records->size();
+      m_kept.push_back({out.batch, out.names, out.records, out.ledger});
+      m_connection->SendData(out.names, out.records);
+    }
+    m_connection->Send(FrameType::Ledger, out.ledger);
+  }
+}

@@ -1,0 +1,125 @@
+#include "quor/service/hub.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "records/raw_trace.h"
+
+namespace {
+
+constexpr const char* kUnknownName = "(a name that the application never entered)";
+
+}  // namespace
+
+std::shared_ptr<Source> Hub::AddSource(Source source) {
+  // Another live source under this instance: somebody lies or chance played; keep them apart.
+  for (auto known = m_sources.find(source.instance);
+       known != m_sources.end() && !known->second->ended; known = m_sources.find(source.instance))
+    for (auto byte = source.instance.rbegin(); byte != source.instance.rend() && ++*byte == 0;)
+      ++byte;
+  source.firstSerial = source.serial;
+  auto added = std::make_shared<Source>(std::move(source));
+  m_sources[added->instance] = added;
+  return added;
+}
+
+void Hub::EndSource(const std::shared_ptr<Source>& source) {
+  source->ended = true;
+  const auto known = m_sources.find(source->instance);
+  if (known != m_sources.end() && known->second == source) m_sources.erase(known);
+}
+
+std::vector<std::shared_ptr<Source>> Hub::Sources() const {
+  std::vector<std::shared_ptr<Source>> sources;
+  for (const auto& [instance, source] : m_sources) sources.push_back(source);
+  return sources;
+}
+
+std::uint32_t Hub::NextNumber() {
+  if (m_number == kNoSequenceNumber) m_number = 0;
+  return m_number++;
+}
+
+NameId Hub::Translate(NameId own, SourceNames& names, const Learn& learn) {
+  NameId id = 0;
+  if (names.Find(own, m_names, id)) return id;
+  if (learn) learn();
+  return names.Find(own, m_names, id) ? id : m_names.IdOf(kUnknownName);
+}
+
+void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes record,
+               const Learn& learn) {
+  const RawTrace raw(record.data());
+  const bool numbered = raw.SequenceNumber() != kNoSequenceNumber;
+  const std::uint32_t number = numbered ? NextNumber() : kNoSequenceNumber;
+  if (numbered) {
+    ++m_taken;
+    ++source->serial;
+  }
+  if (m_streams.empty()) return;
+  names.Follow(m_names);
+  const TraceIds ids{
+      Translate(raw.MachineId(), names, learn),   Translate(raw.AppId(), names, learn),
+      Translate(raw.ComponentId(), names, learn), Translate(raw.CategoryId(), names, learn),
+      Translate(raw.PidId(), names, learn),       Translate(raw.TidId(), names, learn),
+      Translate(raw.SourceFileId(), names, learn)};
+  SealBefore(source);
+  if (!m_builder.HasRoom(record.size() + 1, m_builder.NameBytes(ids))) Seal();
+  m_builder.Append(source, record, ids, number);
+  if (m_names.IsFull() && !m_toldFull) TellFullNames(source);
+  if (m_builder.IsFull()) Seal();
+}
+
+void Hub::TellFullNames(const std::shared_ptr<Source>& source) {
+  m_toldFull = true;
+  m_builder.AppendLoss(source, 0, "All 65,535 names are in use: further ones share one.");
+}
+
+void Hub::Lose(const std::shared_ptr<Source>& source, std::uint64_t lost,
+               const std::string& reason) {
+  source->serial += lost;
+  if (m_streams.empty()) return;
+  SealBefore(source);
+  if (!m_builder.HasRoom(reason.size() + 128, 5 * 65540)) Seal();
+  m_builder.AppendLoss(source, lost, reason);
+  if (m_builder.IsFull()) Seal();
+}
+
+void Hub::CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost) {
+  if (lost == 0) return;
+  source->serial += lost;
+  if (m_streams.empty()) return;
+  SealBefore(source);
+  m_builder.CountLost(source, lost);
+}
+
+void Hub::SealBefore(const std::shared_ptr<Source>& source) {
+  if (!m_oneSourceEach || m_builderSource == source) return;
+  Seal();
+  m_builderSource = source;
+}
+
+void Hub::Seal() {
+  if (!m_builder.IsEmpty()) m_sealed.push_back(m_builder.Seal());
+}
+
+void Hub::Deliver() {
+  const std::vector<SharedBatch> sealed = std::exchange(m_sealed, {});
+  for (const SharedBatch& batch : sealed)
+    for (HubStream* const stream : m_streams) stream->OnBatch(batch);
+}
+
+void Hub::Add(HubStream& stream) {
+  Seal();
+  Deliver();
+  m_streams.push_back(&stream);
+}
+
+void Hub::Remove(HubStream& stream) {
+  std::erase(m_streams, &stream);
+  if (!m_streams.empty()) return;
+  Seal();
+  m_sealed.clear();
+  m_names.Clear();
+  m_toldFull = false;
+}

@@ -1,0 +1,77 @@
+// The place where all traces of a machine meet: numbers them, gives their names ids of one space,
+// and hands them in batches to every stream.
+//
+// Shape    "Count" goes up by one with each trace in the order of taking, and skips 0xFFFFFFFF,
+//          which losses have. What is taken goes into an open batch; Seal closes it, Deliver hands
+//          the closed ones out. Between the two the taker says to the ring what it took, so that a
+//          restart of the service loses what was not delivered, counted, and doubles nothing.
+// Owner    Streams outlive their entry: Remove before they go. Sources are shared.
+// Errors   A record must be whole (IsWholeTrace); ids that its source never named become a name
+//          that says so.
+// Threads  One.
+#pragma once
+
+#include <functional>
+#include <map>
+
+#include "quor/service/batch.h"
+
+class HubStream {
+ public:
+  virtual void OnBatch(const SharedBatch& batch) = 0;
+
+ protected:
+  ~HubStream() = default;
+};
+
+class Hub {
+ public:
+  // `oneSourceEach`: no batch holds traces of two sources, as forwarding needs it.
+  explicit Hub(bool oneSourceEach = false) : m_builder(m_names), m_oneSourceEach(oneSourceEach) {}
+
+  // A source that comes again, over a break or a restart, keeps its instance.
+  std::shared_ptr<Source> AddSource(Source source);
+  void EndSource(const std::shared_ptr<Source>& source);
+  std::vector<std::shared_ptr<Source>> Sources() const;
+
+  // Takes one raw trace whose ids are the source's own.
+  // `learn` is asked once for names that are not known yet; may be empty.
+  using Learn = std::function<void()>;
+  void Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes record,
+            const Learn& learn);
+  // Something was lost here: told in the stream and counted.
+  void Lose(const std::shared_ptr<Source>& source, std::uint64_t lost, const std::string& reason);
+  // A loss that was told elsewhere: only counted.
+  void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
+
+  bool HasOpenBatch() const { return !m_builder.IsEmpty(); }
+  void Seal();
+  void Deliver();
+
+  // The stream gets what is taken from now on; what was taken before goes to the others.
+  void Add(HubStream& stream);
+  // With the last stream the names are begun anew.
+  void Remove(HubStream& stream);
+  bool HasStreams() const { return !m_streams.empty(); }
+
+  HubNames& Names() { return m_names; }
+  std::uint64_t Taken() const { return m_taken; }
+  void SetNextNumber(std::uint32_t number) { m_number = number; }
+
+ private:
+  NameId Translate(NameId own, SourceNames& names, const Learn& learn);
+  void SealBefore(const std::shared_ptr<Source>& source);
+  void TellFullNames(const std::shared_ptr<Source>& source);
+  std::uint32_t NextNumber();
+
+  HubNames m_names;
+  BatchBuilder m_builder;
+  const bool m_oneSourceEach;
+  std::shared_ptr<Source> m_builderSource;
+  std::vector<SharedBatch> m_sealed;
+  std::vector<HubStream*> m_streams;
+  std::map<std::array<std::uint8_t, 16>, std::shared_ptr<Source>> m_sources;
+  std::uint32_t m_number = 1;
+  std::uint64_t m_taken = 0;
+  bool m_toldFull = false;
+};

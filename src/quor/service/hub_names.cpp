@@ -1,0 +1,79 @@
+#include "quor/service/hub_names.h"
+
+#include <algorithm>
+
+#include "base/bytes.h"
+#include "records/trc_walk.h"
+
+namespace {
+
+constexpr std::size_t kLongest = 65535;
+constexpr std::string_view kOverflowText = "(no more names: 65,535 are in use)";
+
+}  // namespace
+
+NameId HubNames::IdOf(std::string_view text) {
+  text = text.substr(0, kLongest);
+  if (const auto known = m_ids.find(text); known != m_ids.end()) return known->second;
+  if (m_texts.size() >= kOverflow || m_bytes + text.size() > kTextBytesMax) {
+    m_full = true;
+    return kOverflow;
+  }
+  const auto id = static_cast<NameId>(m_texts.size());
+  m_texts.emplace_back(text);
+  m_bytes += text.size();
+  m_ids.emplace(m_texts.back(), id);
+  return id;
+}
+
+std::string_view HubNames::Text(NameId id) const {
+  if (id == kOverflow) return kOverflowText;
+  return id < m_texts.size() ? std::string_view(m_texts[id]) : std::string_view();
+}
+
+void HubNames::AppendRecord(NameId id, std::vector<std::uint8_t>& to) const {
+  const std::string_view text = Text(id);
+  std::uint8_t head[5] = {kTagName};
+  StoreBe16(head + 1, id);
+  StoreBe16(head + 3, static_cast<std::uint16_t>(text.size()));
+  to.insert(to.end(), head, head + sizeof head);
+  to.insert(to.end(), text.begin(), text.end());
+}
+
+void HubNames::Clear() {
+  m_ids.clear();
+  m_texts.clear();
+  m_bytes = 0;
+  m_full = false;
+  ++m_generation;
+  // What a report of a loss needs must never overflow.
+  for (const std::string_view text : {"", "Quor", "Loss"}) IdOf(text);
+}
+
+void SourceNames::Enter(NameId own, std::string_view text) {
+  std::string& entry = m_texts[own];
+  m_textBytes += text.size() - entry.size();
+  entry = text;
+  m_ids[own] = kUnknown;
+}
+
+std::string SourceNames::TextOf(NameId own) const {
+  const auto known = m_texts.find(own);
+  return known == m_texts.end() ? std::string() : known->second;
+}
+
+bool SourceNames::Look(NameId own, HubNames& hub, NameId& id) {
+  const auto known = m_texts.find(own);
+  if (known == m_texts.end()) return false;
+  id = hub.IdOf(known->second);
+  m_ids[own] = id;
+  return true;
+}
+
+bool SourceNames::Follow(const HubNames& hub) {
+  if (m_hub == &hub && m_generation == hub.Generation()) return false;
+  std::fill(m_ids.begin(), m_ids.end(), kUnknown);
+  m_hub = &hub;
+  m_generation = hub.Generation();
+  return true;
+}

@@ -1,0 +1,170 @@
+#include "quor/service/local_arrival.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "quor/ring/link_socket.h"
+#include "quor/service/log.h"
+
+namespace {
+
+constexpr std::size_t kLookBytes = 6;
+constexpr std::chrono::milliseconds kLookAgain{2};
+
+// The runtime wakes us through it; anything else (a pipe, a file on a slow disk) could hold us.
+bool IsEvent(int descriptor) {
+  char path[64], target[64] = {};
+  std::snprintf(path, sizeof path, "/proc/self/fd/%d", descriptor);
+  return readlink(path, target, sizeof target - 1) > 0 &&
+         std::strcmp(target, "anon_inode:[eventfd]") == 0;
+}
+
+}  // namespace
+
+LocalArrival::LocalArrival(asio::io_context& io, Host& host, int socket, const LocalPeer& peer)
+    : m_io(io), m_host(&host), m_peer(peer), m_socket(io), m_deadline(io), m_again(io) {
+  std::error_code ignored;
+  m_socket.assign(socket, ignored);
+}
+
+LocalArrival::~LocalArrival() {
+  for (const int descriptor : m_descriptors)
+    if (descriptor >= 0) close(descriptor);
+}
+
+void LocalArrival::Start(std::chrono::milliseconds deadline) {
+  m_deadline.expires_after(deadline);
+  m_deadline.async_wait([self = shared_from_this()](const std::error_code& error) {
+    if (!error && self->m_host) self->Refuse("it does not say who it is");
+  });
+  Await();
+}
+
+void LocalArrival::Await() {
+  m_socket.async_wait(OwnedDescriptor::wait_read,
+                      [self = shared_from_this()](const std::error_code& error) {
+                        if (!error && self->m_host) self->OnReadable();
+                      });
+}
+
+LocalArrival::Kind LocalArrival::Look() {
+  std::uint8_t bytes[kLookBytes];
+  const ssize_t got = recv(m_socket.native_handle(), bytes, sizeof bytes, MSG_PEEK | MSG_DONTWAIT);
+  if (got == 0 || (got < 0 && errno != EAGAIN)) return Kind::Gone;
+  // A hello of a client may be as short as its head.
+  if (got == kLookBytes - 1 && LoadBe32(bytes) == 1) return Kind::Client;
+  if (got < static_cast<ssize_t>(kLookBytes)) return Kind::Unknown;
+  return bytes[kLookBytes - 1] == 0 ? Kind::Application : Kind::Client;
+}
+
+void LocalArrival::OnReadable() {
+  if (m_isApplication) return ReadHello();
+  switch (Look()) {
+    case Kind::Gone:
+      return Finish();
+    case Kind::Unknown:
+      // What is there stays readable: look again a little later instead of turning in circles.
+      m_again.expires_after(kLookAgain);
+      m_again.async_wait([self = shared_from_this()](const std::error_code& error) {
+        if (!error && self->m_host) self->OnReadable();
+      });
+      return;
+    case Kind::Application:
+      m_isApplication = true;
+      return ReadHello();
+    case Kind::Client: {
+      LocalSocket socket(m_io);
+      std::error_code error;
+      socket.assign(asio::local::stream_protocol(), m_socket.release(), error);
+      if (!error) m_host->OnClient(std::move(socket), m_peer);
+      return Finish();
+    }
+  }
+}
+
+void LocalArrival::ReadHello() {
+  std::uint8_t bytes[4096];
+  const LinkReceived got = ReceiveOnLink(m_socket.native_handle(), bytes, sizeof bytes);
+  for (int i = 0; i < got.descriptorCount; ++i) {
+    if (m_descriptorCount < 2)
+      m_descriptors[m_descriptorCount++] = got.descriptors[i];
+    else
+      close(got.descriptors[i]);
+  }
+  const std::uint8_t* from = bytes;
+  LinkFrame frame;
+  switch (m_decoder.Feed(from, bytes + got.bytes, frame)) {
+    case LinkDecoder::Result::More:
+      return got.ended ? Finish() : Await();
+    case LinkDecoder::Result::Error:
+      return Refuse(std::string("malformed: ") + m_decoder.Why());
+    case LinkDecoder::Result::Frame:
+      break;
+  }
+  std::string why;
+  if (!TakeHello(frame, {from, static_cast<const std::uint8_t*>(bytes) + got.bytes}, &why))
+    return Refuse(why);
+  Finish();
+}
+
+bool LocalArrival::TakeHello(const LinkFrame& frame, Bytes rest, std::string* why) {
+  if (frame.type != LinkType::Hello) {
+    *why = "it does not begin with a hello";
+    return false;
+  }
+  if (frame.hello.version != kLinkVersion) {
+    *why = "version " + std::to_string(frame.hello.version) +
+           " of the link is not known here, only " + std::to_string(kLinkVersion);
+    return false;
+  }
+  if (m_descriptorCount != 2 || !IsEvent(m_descriptors[1])) {
+    *why = "its descriptors are not a segment and an event";
+    return false;
+  }
+  AppArrival arrival{frame.hello,
+                     SegmentMap(),
+                     OwnedDescriptor(m_io),
+                     OwnedDescriptor(m_io),
+                     static_cast<std::uint32_t>(m_peer.pid),
+                     {rest.begin(), rest.end()}};
+  const char* reason = "";
+  if (!arrival.segment.Open(std::exchange(m_descriptors[0], -1), &reason)) {
+    *why = reason;
+    return false;
+  }
+  std::error_code error;
+  arrival.event.assign(std::exchange(m_descriptors[1], -1), error);
+  arrival.socket.assign(fcntl(m_socket.native_handle(), F_DUPFD_CLOEXEC, 0), error);
+  if (error) {
+    *why = error.message();
+    return false;
+  }
+  return m_host->OnApplication(std::move(arrival), why);
+}
+
+void LocalArrival::Refuse(const std::string& why) {
+  Log(LogLevel::Warning, "process " + std::to_string(m_peer.pid) + " is refused: " + why);
+  if (m_isApplication && m_socket.is_open())
+    SendOnLink(m_socket.native_handle(), EncodeRefused(why), nullptr, 0, 0);
+  Finish();
+}
+
+void LocalArrival::Finish() {
+  Host* const host = m_host;
+  Stop();
+  if (host) host->OnGone(*this);
+}
+
+void LocalArrival::Stop() {
+  m_host = nullptr;
+  std::error_code ignored;
+  m_socket.close(ignored);
+  m_deadline.cancel();
+  m_again.cancel();
+}

@@ -1,0 +1,160 @@
+#include "quor/service/local_door.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr int kFirstHanded = 3;
+constexpr int kQueueLength = 512;
+
+bool Say(std::string* why, const std::string& reason) {
+  *why = reason;
+  return false;
+}
+
+bool SayError(std::string* why, const std::string& path) {
+  return Say(why, path + ": " + std::strerror(errno));
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool MakePrivateFolder(const std::string& folder, std::string* why) {
+  if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return SayError(why, folder);
+  struct stat status {};
+  // lstat: a link in a public folder may be anybody's.
+  if (lstat(folder.c_str(), &status) != 0) return SayError(why, folder);
+  if (!S_ISDIR(status.st_mode)) return Say(why, folder + ": not a folder");
+  if (status.st_uid != geteuid()) return Say(why, folder + ": belongs to another user");
+  if ((status.st_mode & 077) != 0)
+    return Say(why, folder + ": others may enter it (chmod 700 would make it private)");
+  return true;
+}
+
+bool FillAddress(const std::string& path, sockaddr_un* address, std::string* why) {
+  *address = {};
+  address->sun_family = AF_UNIX;
+  if (path.size() >= sizeof address->sun_path) return Say(why, path + ": the path is too long");
+  std::memcpy(address->sun_path, path.c_str(), path.size() + 1);
+  return true;
+}
+
+bool SomebodyAnswers(const sockaddr_un& address) {
+  const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (probe < 0) return false;
+  const bool answers =
+      connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ||
+      errno == EAGAIN;
+  close(probe);
+  return answers;
+}
+
+}  // namespace
+
+bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
+  if (!MakePrivateFolder(FolderOf(socketPath), why)) return false;
+  const std::string path = FolderOf(socketPath) + "/quord.lock";
+  m_lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+  if (m_lock < 0) return SayError(why, path);
+  if (flock(m_lock, LOCK_EX | LOCK_NB) != 0) {
+    const pid_t holder = ServicePid(socketPath);
+    close(m_lock);
+    m_lock = -1;
+    return Say(why, "quord is already running here" +
+                        (holder > 0 ? " (process " + std::to_string(holder) + ")" : ""));
+  }
+  const std::string pid = std::to_string(getpid()) + "\n";
+  if (ftruncate(m_lock, 0) != 0 || write(m_lock, pid.data(), pid.size()) < 0)
+    return SayError(why, path);
+  return true;
+}
+
+bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
+  sockaddr_un address{};
+  if (!FillAddress(socketPath, &address, why) || !Lock(socketPath, why)) return false;
+  if (SomebodyAnswers(address))
+    return Say(why, socketPath + ": somebody answers there who does not hold the lock");
+  if (unlink(socketPath.c_str()) != 0 && errno != ENOENT) return SayError(why, socketPath);
+  m_descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  const mode_t before = umask(0177);
+  const bool bound =
+      m_descriptor >= 0 &&
+      bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  umask(before);
+  if (!bound || listen(m_descriptor, kQueueLength) != 0) return SayError(why, socketPath);
+  m_path = socketPath;
+  m_own = true;
+  return true;
+}
+
+bool LocalDoor::Adopt(const std::string& socketPath, int descriptor, std::string* why) {
+  m_descriptor = descriptor;
+  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+  return Lock(socketPath, why);
+}
+
+void LocalDoor::Close() {
+  if (m_own) unlink(m_path.c_str());
+  m_own = false;
+  if (m_descriptor >= 0) close(m_descriptor);
+  // The lock file stays: removing it would let two services lock two files of one name.
+  if (m_lock >= 0) close(m_lock);
+  m_descriptor = m_lock = -1;
+}
+
+pid_t ServicePid(const std::string& socketPath) {
+  const std::string path = FolderOf(socketPath) + "/quord.lock";
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (file < 0) return 0;
+  char text[24] = {};
+  const bool held = flock(file, LOCK_SH | LOCK_NB) != 0;
+  const ssize_t length = read(file, text, sizeof text - 1);
+  close(file);
+  return held && length > 0 ? static_cast<pid_t>(std::strtol(text, nullptr, 10)) : 0;
+}
+
+int TakeHandedSocket(std::string* path) {
+  const char* const pid = std::getenv("LISTEN_PID");
+  const char* const count = std::getenv("LISTEN_FDS");
+  const bool ours = pid && count && std::strtol(pid, nullptr, 10) == getpid() &&
+                    std::strtol(count, nullptr, 10) >= 1;
+  unsetenv("LISTEN_PID");
+  unsetenv("LISTEN_FDS");
+  unsetenv("LISTEN_FDNAMES");
+  sockaddr_un address{};
+  socklen_t size = sizeof address;
+  int listens = 0;
+  socklen_t listensSize = sizeof listens;
+  if (!ours || getsockname(kFirstHanded, reinterpret_cast<sockaddr*>(&address), &size) != 0 ||
+      address.sun_family != AF_UNIX ||
+      getsockopt(kFirstHanded, SOL_SOCKET, SO_ACCEPTCONN, &listens, &listensSize) != 0 ||
+      listens == 0)
+    return -1;
+  fcntl(kFirstHanded, F_SETFD, FD_CLOEXEC);
+  *path = std::string(address.sun_path, strnlen(address.sun_path, sizeof address.sun_path));
+  return kFirstHanded;
+}
+
+bool PeerOfSocket(int socket, LocalPeer* peer) {
+  ucred credentials{};
+  socklen_t size = sizeof credentials;
+  if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return false;
+  *peer = {credentials.uid, credentials.pid};
+  return true;
+}
+
+bool MayEnter(const LocalPeer& peer, uid_t own) {
+  return peer.uid == own;
+}

@@ -1,0 +1,52 @@
+// The unix socket of the service: a private folder, a lock, and never somebody else's socket.
+//
+// Shape    <folder>/quord.sock, or the path that $QUOR_SOCKET names, and beside it quord.lock.
+// Owner    Holds the lock and the listening descriptor; the end removes the socket, unless it was
+//          handed over by the system, which keeps it.
+// Errors   False and a reason.
+// Threads  One.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+class LocalDoor {
+ public:
+  LocalDoor() = default;
+  ~LocalDoor() { Close(); }
+  LocalDoor(const LocalDoor&) = delete;
+  LocalDoor& operator=(const LocalDoor&) = delete;
+
+  // Makes the folder if there is none. Refuses a folder that others may enter, a second service,
+  // and a socket at which somebody answers.
+  bool Open(const std::string& socketPath, std::string* why);
+  // With a socket that listens already (socket activation). The lock is taken all the same.
+  bool Adopt(const std::string& socketPath, int descriptor, std::string* why);
+  void Close();
+
+  int Descriptor() const { return m_descriptor; }
+
+ private:
+  bool Lock(const std::string& socketPath, std::string* why);
+
+  std::string m_path;
+  int m_lock = -1, m_descriptor = -1;
+  bool m_own = false;
+};
+
+// The pid that the lock beside the socket tells; 0 when no service holds it.
+pid_t ServicePid(const std::string& socketPath);
+
+// The first descriptor that the system has handed over to this process and the path it listens on;
+// -1 when none was. `environment` as LISTEN_PID and LISTEN_FDS; their variables are removed.
+int TakeHandedSocket(std::string* path);
+
+// Who is at the other end of a unix socket, by the kernel.
+struct LocalPeer {
+  uid_t uid = static_cast<uid_t>(-1);
+  pid_t pid = 0;
+};
+bool PeerOfSocket(int socket, LocalPeer* peer);
+// Only this service's own user.
+bool MayEnter(const LocalPeer& peer, uid_t own);

@@ -1,0 +1,46 @@
+#include "quor/service/monitor_stream.h"
+
+MonitorStream::MonitorStream(Hub& hub, Connection& connection, const StreamLimits& limits)
+    : m_hub(hub), m_connection(connection), m_queue(hub.Names(), limits) {}
+
+MonitorStream::~MonitorStream() {
+  m_hub.Remove(*this);
+}
+
+void MonitorStream::Start() {
+  m_hub.Add(*this);
+  m_queue.Begin(m_hub.Sources());
+  m_connection.Send(FrameType::Ledger, m_queue.WholeLedger());
+}
+
+void MonitorStream::Pause() {
+  // What was taken until now was taken before the pause.
+  m_hub.Seal();
+  m_hub.Deliver();
+  m_queue.Pause();
+}
+
+void MonitorStream::Resume() {
+  m_queue.Resume();
+  Pump();
+}
+
+void MonitorStream::OnBatch(const SharedBatch& batch) {
+  m_queue.Push(batch);
+  Pump();
+}
+
+void MonitorStream::PumpUpTo(std::size_t bytes) {
+  Outgoing out;
+  while (m_connection.IsOpen() && m_connection.QueuedBytes() < bytes && m_queue.Next(out)) {
+    // A batch may hold nothing but a count of what was told elsewhere.
+    const bool hasData = !out.records->empty();
+    if (hasData && !m_connection.SendData(out.names, out.records)) return;
+    m_connection.Send(FrameType::Ledger, out.ledger);
+  }
+}
+
+void MonitorStream::Flush() {
+  m_queue.Resume();
+  PumpUpTo(16u << 20);
+}

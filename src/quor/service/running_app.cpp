@@ -1,0 +1,295 @@
+#include "quor/service/running_app.h"
+
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <asio/post.hpp>
+#include <cerrno>
+
+#include "quor/ring/link_socket.h"
+#include "quor/service/log.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+constexpr milliseconds kBusyPause{5};
+constexpr std::size_t kTracesAtOnce = 4096;
+constexpr std::size_t kUnansweredMax = 1000;
+constexpr int kTurnsAtStop = 50;
+
+}  // namespace
+
+RunningApp::RunningApp(asio::io_context& io, Home& home, CatalogueApp& entry, std::string machine,
+                       AppArrival& arrival)
+    : m_io(io),
+      m_home(home),
+      m_entry(&entry),
+      m_app(std::move(arrival.segment), arrival.hello.app, std::move(machine), arrival.pid),
+      m_socket(io),
+      m_event(io),
+      m_process(io),
+      m_timer(io) {}
+
+void RunningApp::Start(AppArrival arrival) {
+  WatchProcess();
+  m_app.Enter(m_home.HubFor(m_entry->sink));
+  TakeLink(std::move(arrival));
+}
+
+void RunningApp::Relink(AppArrival arrival) {
+  std::error_code ignored;
+  m_socket.close(ignored);
+  m_app.EndWait();
+  m_event.close(ignored);
+  m_awaitsEvent = false;
+  m_timer.cancel();
+  if (arrival.hello.app != m_app.Name()) {
+    if (CatalogueApp* const entry = m_home.EntryFor(arrival.hello.app)) {
+      CatalogueApp& from = *m_entry;
+      m_entry = entry;
+      m_home.OnRenamed(*this, from, *entry);
+    }
+    m_app.Rename(arrival.hello.app);
+    for (std::uint32_t& id : m_pointIds) id = kNoTraceId;
+  }
+  TakeLink(std::move(arrival));
+}
+
+void RunningApp::TakeLink(AppArrival arrival) {
+  m_socket = std::move(arrival.socket);
+  m_event = std::move(arrival.event);
+  m_decoder = LinkDecoder();
+  m_taker = arrival.hello.taker;
+  m_unanswered.clear();
+  m_fileSink = false;
+  Say(EncodeWelcome());
+  if (!ReadPoints()) return;
+  ApplySink();
+  if (TakeBytes(arrival.rest.data(), arrival.rest.data() + arrival.rest.size())) AwaitLink();
+}
+
+// Told by the kernel, also when a child of the application still holds the socket.
+void RunningApp::WatchProcess() {
+  const int process =
+      static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(m_app.Pid()), 0u));
+  if (process < 0) {
+    m_dead = errno == ESRCH;  // else: the end of the link is the end of the application
+    m_watched = m_dead;
+    return;
+  }
+  m_watched = true;
+  std::error_code error;
+  m_process.assign(process, error);
+  m_process.async_wait(OwnedDescriptor::wait_read,
+                       [self = shared_from_this()](const std::error_code& failed) {
+                         if (failed || self->m_ended) return;
+                         self->m_dead = true;
+                         self->m_timer.cancel();
+                         self->Pump();
+                       });
+}
+
+void RunningApp::AwaitLink() {
+  m_socket.async_wait(
+      OwnedDescriptor::wait_read,
+      [self = shared_from_this(), socket = m_socket.native_handle()](const std::error_code& error) {
+        // Another link has taken its place, or nothing has.
+        if (error || self->m_ended || self->m_socket.native_handle() != socket) return;
+        self->ReadLink();
+      });
+}
+
+void RunningApp::ReadLink() {
+  std::uint8_t bytes[4096];
+  const LinkReceived got = ReceiveOnLink(m_socket.native_handle(), bytes, sizeof bytes);
+  for (int i = 0; i < got.descriptorCount; ++i) close(got.descriptors[i]);
+  if (!TakeBytes(bytes, bytes + got.bytes)) return;
+  if (got.ended) return LoseLink("");
+  if (m_socket.is_open()) AwaitLink();
+}
+
+bool RunningApp::TakeBytes(const std::uint8_t* from, const std::uint8_t* end) {
+  while (m_socket.is_open()) {
+    LinkFrame frame;
+    const LinkDecoder::Result result = m_decoder.Feed(from, end, frame);
+    if (result == LinkDecoder::Result::More) return true;
+    if (result == LinkDecoder::Result::Error) {
+      LoseLink(std::string("malformed: ") + m_decoder.Why());
+    } else if (!Handle(frame)) {
+      LoseLink("a message that has no place here");
+    }
+  }
+  return false;
+}
+
+bool RunningApp::Handle(const LinkFrame& frame) {
+  switch (frame.type) {
+    case LinkType::Taker:
+      m_taker = frame.taker;
+      if (!m_unanswered.empty()) m_unanswered.pop_front();
+      UpdateTaking();
+      return true;
+    case LinkType::Points:
+      return ReadPoints();
+    case LinkType::Report:
+      if (m_app.CurrentHub())
+        m_app.CurrentHub()->Lose(m_app.CurrentSource(), frame.report.lost & 0xFFFFFFFFFF,
+                                 frame.report.text);
+      return true;
+    default:
+      return false;
+  }
+}
+
+void RunningApp::LoseLink(const std::string& why) {
+  if (!why.empty())
+    Log(LogLevel::Warning,
+        "application " + m_app.Name() + " (" + std::to_string(Pid()) + "): link ended: " + why);
+  std::error_code ignored;
+  m_socket.close(ignored);
+  if (!m_watched) m_dead = true;
+  m_timer.cancel();
+  Pump();
+}
+
+void RunningApp::Say(const std::vector<std::uint8_t>& frame) {
+  // Never waits: an application that does not read its few messages has lost its link.
+  if (m_socket.is_open() && !SendOnLink(m_socket.native_handle(), frame, nullptr, 0, 0))
+    shutdown(m_socket.native_handle(), SHUT_RDWR);
+}
+
+bool RunningApp::ReadPoints() {
+  std::vector<TracedPoint> fresh;
+  if (!m_app.ReadPoints(fresh)) {
+    Pump();
+    return false;
+  }
+  for (const TracedPoint& point : fresh) {
+    if (m_pointIds.size() <= point.point) m_pointIds.resize(point.point + 1, kNoTraceId);
+    m_pointIds[point.point] = m_home.EnterTrace(*m_entry, point);
+  }
+  ApplySettings();
+  return true;
+}
+
+void RunningApp::ApplySettings() {
+  SegmentPointsReader& points = m_app.Points();
+  for (std::uint32_t point = 0; point < m_pointIds.size() && point < points.Count(); ++point)
+    if (m_pointIds[point] < m_entry->traces.size())
+      points.SetSettings(point, m_entry->traces[m_pointIds[point]].settings);
+  points.SetDefault(m_home.DefaultSettings());
+  points.PublishSettings();
+  Say(EncodePoke());
+}
+
+void RunningApp::ApplySink() {
+  const LinkSink& sink = m_entry->sink;
+  m_fileSink = sink.kind == SinkKind::File;
+  if (m_unanswered.size() >= kUnansweredMax) return LoseLink("it answers nothing");
+  m_unanswered.push_back(sink.kind);
+  if (!m_fileSink) m_app.Enter(m_home.HubFor(sink));
+  UpdateTaking();
+  Say(EncodeSink(sink));
+}
+
+// A late answer to an older sink must not make us a second taker of the ring.
+bool RunningApp::MayTake() const {
+  if (m_dead) return true;
+  if (m_taker != RingTaker::Service || m_fileSink) return false;
+  for (const SinkKind kind : m_unanswered)
+    if (kind == SinkKind::File) return false;
+  return true;
+}
+
+void RunningApp::UpdateTaking() {
+  if (!MayTake()) return m_app.Pause();
+  if (m_app.IsTaking()) return;
+  m_app.Begin();
+  m_timer.cancel();
+  Pump();
+}
+
+void RunningApp::Pump() {
+  if (m_ended) return;
+  // What the file sink of a killed application left behind is better shown here than lost.
+  if (m_dead) m_app.Begin();
+  const std::uint64_t before = m_app.CurrentSource()->serial;
+  const TracedApp::Step step = m_app.Drain(kTracesAtOnce, m_dead);
+  if (step == TracedApp::Step::Broken) {
+    Log(LogLevel::Warning, "application " + m_app.Name() + " (" + std::to_string(Pid()) +
+                               ") is read no further: " + m_app.Why());
+    return End();
+  }
+  if (step == TracedApp::Step::More) {
+    if (std::exchange(m_pumping, true)) return;
+    asio::post(m_io, [self = shared_from_this()] {
+      self->m_pumping = false;
+      self->Pump();
+    });
+    return;
+  }
+  if (m_dead) return End();
+  if (!m_app.IsTaking()) return;
+  m_app.CurrentSource()->serial != before ? PumpIn(kBusyPause) : Sleep();
+}
+
+void RunningApp::PumpIn(milliseconds time) {
+  m_timer.expires_after(time);
+  m_timer.async_wait([self = shared_from_this()](const std::error_code& error) {
+    if (!error) self->Pump();
+  });
+}
+
+void RunningApp::Sleep() {
+  const RingConsumer::Wait wait = m_app.BeginWait();
+  if (wait == RingConsumer::Wait::Ready) return PumpIn(milliseconds(0));
+  if (wait == RingConsumer::Wait::Soon) return PumpIn(milliseconds(RingConsumer::kRecheckMs));
+  if (!m_event.is_open()) return PumpIn(milliseconds(50));
+  AwaitEvent();
+}
+
+void RunningApp::AwaitEvent() {
+  if (std::exchange(m_awaitsEvent, true)) return;
+  m_event.async_wait(
+      OwnedDescriptor::wait_read,
+      [self = shared_from_this(), event = m_event.native_handle()](const std::error_code& error) {
+        if (error || self->m_ended || self->m_event.native_handle() != event) return;
+        self->m_awaitsEvent = false;
+        self->ClearEvent();
+        self->Pump();
+      });
+}
+
+// The application may have made the descriptor a blocking one: the read must not wait for it.
+void RunningApp::ClearEvent() {
+  std::uint64_t count = 0;
+  iovec to{&count, sizeof count};
+  [[maybe_unused]] const ssize_t got = preadv2(m_event.native_handle(), &to, 1, -1, RWF_NOWAIT);
+}
+
+void RunningApp::Stop() {
+  if (std::exchange(m_ended, true)) return;
+  // A lap at most: an application that goes on tracing must not keep us.
+  for (int turns = kTurnsAtStop;
+       m_app.IsTaking() && turns > 0 && m_app.Drain(kTracesAtOnce, false) == TracedApp::Step::More;)
+    --turns;
+  CloseAll();
+}
+
+void RunningApp::CloseAll() {
+  m_app.Leave();
+  std::error_code ignored;
+  m_socket.close(ignored);
+  m_event.close(ignored);
+  m_process.close(ignored);
+  m_timer.cancel();
+}
+
+void RunningApp::End() {
+  const auto self = shared_from_this();
+  m_ended = true;
+  CloseAll();
+  m_home.OnEnded(*this);
+}

@@ -1,0 +1,98 @@
+// One running instance of an application: its link, its segment and the pace at which its ring is
+// drained.
+//
+// Shape    The link may break and come again (the application has taken another name, say) while
+//          the process lives. When the process has died, what is left in its ring is delivered and
+//          the instance ends.
+// Owner    Shared; keeps itself while something is awaited. Ends by itself or by Stop.
+// Errors   A broken link or segment ends with a reason in the log and touches nobody else.
+// Threads  The service's one thread.
+#pragma once
+
+#include <asio/io_context.hpp>
+#include <asio/posix/stream_descriptor.hpp>
+#include <asio/steady_timer.hpp>
+#include <deque>
+#include <functional>
+#include <memory>
+
+#include "quor/ring/link.h"
+#include "quor/service/catalogue.h"
+#include "quor/service/traced_app.h"
+
+// A descriptor that closes itself.
+using OwnedDescriptor = asio::posix::stream_descriptor;
+
+struct AppArrival {
+  LinkHello hello;
+  SegmentMap segment;
+  OwnedDescriptor socket, event;
+  std::uint32_t pid = 0;           // as the kernel tells it
+  std::vector<std::uint8_t> rest;  // what came behind the hello
+};
+
+class RunningApp final : public std::enable_shared_from_this<RunningApp> {
+ public:
+  // What it needs of its surroundings.
+  class Home {
+   public:
+    virtual CatalogueApp* EntryFor(const std::string& name) = 0;  // null: too many
+    virtual std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) = 0;
+    virtual std::uint32_t DefaultSettings() const = 0;
+    virtual Hub& HubFor(const LinkSink& sink) = 0;
+    virtual void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) = 0;
+    virtual void OnEnded(RunningApp& app) = 0;
+
+   protected:
+    ~Home() = default;
+  };
+
+  RunningApp(asio::io_context& io, Home& home, CatalogueApp& entry, std::string machine,
+             AppArrival& arrival);
+
+  void Start(AppArrival arrival);
+  // REQUIRES: `arrival` is what the constructor left of it.
+  // Relink: the same segment, over another link.
+  void Relink(AppArrival arrival);
+  // What is configured has changed.
+  void ApplySettings();
+  void ApplySink();
+  // Takes what is in the ring now, and lets go of everything. Not told to the home.
+  void Stop();
+
+  CatalogueApp& Entry() { return *m_entry; }
+  std::uint32_t Pid() const { return m_app.Pid(); }
+
+ private:
+  void TakeLink(AppArrival arrival);
+  void WatchProcess();
+  void AwaitLink();
+  void ReadLink();
+  bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
+  bool Handle(const LinkFrame& frame);
+  void LoseLink(const std::string& why);
+  void Say(const std::vector<std::uint8_t>& frame);
+  bool ReadPoints();
+  bool MayTake() const;
+  void UpdateTaking();
+  void Pump();
+  void Sleep();
+  void PumpIn(std::chrono::milliseconds time);
+  void AwaitEvent();
+  void ClearEvent();
+  void CloseAll();
+  void End();
+
+  asio::io_context& m_io;
+  Home& m_home;
+  CatalogueApp* m_entry;
+  TracedApp m_app;
+  OwnedDescriptor m_socket, m_event, m_process;
+  LinkDecoder m_decoder;
+  asio::steady_timer m_timer;
+  RingTaker m_taker = RingTaker::Service;
+  std::deque<SinkKind> m_unanswered;  // sinks sent whose Taker has not come
+  std::vector<std::uint32_t> m_pointIds;
+  bool m_dead = false, m_ended = false, m_pumping = false, m_watched = false, m_fileSink = false;
+  bool m_awaitsEvent = false;
+};

@@ -1,0 +1,292 @@
+#include "quor/service/service.h"
+
+#include <openssl/rand.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <asio/post.hpp>
+#include <cerrno>
+#include <cstring>
+
+#include "quor/protocol/tls.h"
+#include "quor/service/catalogue_store.h"
+#include "quor/service/log.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+constexpr milliseconds kTick{20};  // the longest that a trace waits for its batch to fill
+constexpr milliseconds kGreetingDeadline{5000};
+constexpr milliseconds kGrace{15000};  // runtimes and clients come back within seconds
+constexpr milliseconds kEndPatience{1500};
+constexpr milliseconds kAcceptAgain{100};  // no descriptors left: later, perhaps
+
+std::string NewInstance() {
+  std::string bytes(16, '\0');
+  RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), 16);
+  return bytes;
+}
+
+bool MakeFolders(const std::string& path, std::string* why) {
+  for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
+    mkdir(path.substr(0, slash).c_str(), 0755);
+  if (mkdir(path.c_str(), 0700) == 0 || errno == EEXIST) return true;
+  *why = path + ": " + std::strerror(errno);
+  return false;
+}
+
+// Each application costs four descriptors.
+void RaiseDescriptorLimit() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+}  // namespace
+
+Service::Service(ServiceOptions options)
+    : m_options(std::move(options)), m_machine(LocalHostName()) {}
+
+Service::~Service() {
+  // Sessions and instances refer to what dies before them otherwise.
+  m_sessions.clear();
+  if (m_apps) m_apps->Stop();
+}
+
+bool Service::Open(std::string* why) {
+  RaiseDescriptorLimit();
+  signal(SIGPIPE, SIG_IGN);
+  const bool opened = m_options.handedSocket >= 0
+                          ? m_door.Adopt(m_options.socketPath, m_options.handedSocket, why)
+                          : m_door.Open(m_options.socketPath, why);
+  if (!opened || !OpenState(why) || !OpenListeners(why)) return false;
+  m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine);
+  m_context.reset(new SessionContext{m_hub, *m_apps, m_inlet, m_machine, NewInstance(), {}, {}});
+  std::error_code error;
+  m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
+  if (error) *why = error.message();
+  return !error;
+}
+
+bool Service::OpenState(std::string* why) {
+  if (!MakeFolders(m_options.stateFolder, why)) return false;
+  auto store = CatalogueStore::Open(m_options.stateFolder + "/state.db", why);
+  if (!store) return false;
+  m_catalogue = std::make_unique<Catalogue>(std::move(store), m_options.defaultSettings);
+  return true;
+}
+
+bool Service::OpenListeners(std::string* why) {
+  if (m_options.listen.empty()) return true;
+  m_tls = MakeServerTls(m_options.keysFolder, why);
+  if (!m_tls) return false;
+  for (const std::string& text : m_options.listen) {
+    const std::size_t colon = text.rfind(':');
+    std::string address = text.substr(0, colon);
+    if (address.size() > 2 && address.front() == '[')
+      address = address.substr(1, address.size() - 2);
+    const long port = colon == text.npos ? -1 : std::strtol(text.c_str() + colon + 1, nullptr, 10);
+    std::error_code error;
+    const auto parsed = asio::ip::make_address(address, error);
+    if (error || port < 0 || port > 65535) {
+      *why = "\"" + text + "\" is not ADDRESS:PORT";
+      return false;
+    }
+    const asio::ip::tcp::endpoint endpoint(parsed, static_cast<std::uint16_t>(port));
+    asio::ip::tcp::acceptor acceptor(m_io);
+    acceptor.open(endpoint.protocol(), error);
+    if (!error) acceptor.set_option(asio::socket_base::reuse_address(true), error);
+    if (!error) acceptor.bind(endpoint, error);
+    if (!error) acceptor.listen(asio::socket_base::max_listen_connections, error);
+    if (error) {
+      *why = text + ": " + error.message();
+      return false;
+    }
+    Log(LogLevel::Info, "listening on " + address + ":" +
+                            std::to_string(acceptor.local_endpoint().port()) + " (mutual TLS)");
+    m_listeners.push_back(std::move(acceptor));
+  }
+  return true;
+}
+
+void Service::Run() {
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) m_signals.add(number);
+  m_signals.async_wait([this](const std::error_code& error, int) {
+    if (!error) Stop();
+  });
+  AcceptLocal();
+  for (asio::ip::tcp::acceptor& listener : m_listeners) AcceptTls(listener);
+  Tick();
+  Later(kGrace, [this] { m_apps->EndGrace(); });
+  Log(LogLevel::Info, "ready on " + m_options.socketPath);
+  m_io.run();
+  Log(LogLevel::Info, "ended");
+}
+
+void Service::AcceptLocal() {
+  m_local.async_wait(asio::socket_base::wait_read, [this](const std::error_code& error) {
+    if (error || m_stopping) return;
+    const int socket =
+        accept4(m_local.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    LocalPeer peer;
+    if (socket < 0)
+      return Later(errno == EAGAIN ? milliseconds(0) : kAcceptAgain, [this] { AcceptLocal(); });
+    if (!PeerOfSocket(socket, &peer) || !MayEnter(peer, geteuid()) ||
+        m_arrivals.size() >= kArrivalsMax) {
+      Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
+                                 std::to_string(peer.uid) + " is refused at the door");
+      close(socket);
+    } else {
+      auto arrival = std::make_shared<LocalArrival>(m_io, *this, socket, peer);
+      m_arrivals.insert(arrival);
+      arrival->Start(kGreetingDeadline);
+    }
+    AcceptLocal();
+  });
+}
+
+void Service::AcceptTls(asio::ip::tcp::acceptor& acceptor) {
+  acceptor.async_accept(
+      [this, &acceptor](const std::error_code& error, asio::ip::tcp::socket socket) {
+        if (m_stopping || error == asio::error::operation_aborted) return;
+        if (error) return Later(kAcceptAgain, [this, &acceptor] { AcceptTls(acceptor); });
+        ShakeHands(std::move(socket));
+        AcceptTls(acceptor);
+      });
+}
+
+void Service::ShakeHands(asio::ip::tcp::socket socket) {
+  std::error_code error;
+  const auto from = socket.remote_endpoint(error);
+  const std::string words = error ? "somebody" : from.address().to_string();
+  if (m_handshakes >= kArrivalsMax) return Log(LogLevel::Warning, words + ": too many at the door");
+  ++m_handshakes;
+  socket.set_option(asio::ip::tcp::no_delay(true), error);
+  auto tls = std::make_shared<std::unique_ptr<TlsSocket>>(
+      std::make_unique<TlsSocket>(std::move(socket), *m_tls));
+  auto deadline = std::make_shared<asio::steady_timer>(m_io, kGreetingDeadline);
+  deadline->async_wait([tls](const std::error_code& failed) {
+    std::error_code ignored;
+    if (!failed && *tls) (*tls)->lowest_layer().close(ignored);
+  });
+  (*tls)->async_handshake(
+      asio::ssl::stream_base::server, [this, tls, deadline, words](const std::error_code& failed) {
+        --m_handshakes;
+        deadline->cancel();
+        if (m_stopping) return;
+        SSL* const native = (*tls)->native_handle();
+        if (failed)
+          return Log(LogLevel::Warning, words + " is refused: " + TlsReason(native, failed));
+        const TlsPeer peer = PeerOf(native);
+        AddSession(MakeStream(std::move(*tls)), {false, 0, peer.role, peer.name + " at " + words});
+      });
+}
+
+void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
+  if (m_sessions.size() >= kSessionsMax) {
+    Log(LogLevel::Warning, peer.words + " is refused: too many clients");
+    return stream->Close();
+  }
+  auto session = std::make_shared<ClientSession>(*this, *m_context, std::move(peer));
+  m_sessions.insert(session);
+  session->Start(std::move(stream));
+  Later(kGreetingDeadline, [this, weak = std::weak_ptr(session)] {
+    const auto still = weak.lock();
+    if (still && m_sessions.contains(still)) still->EndSilent();
+  });
+}
+
+void Service::OnClient(LocalSocket socket, const LocalPeer& peer) {
+  const auto pid = static_cast<std::uint32_t>(peer.pid);
+  AddSession(MakeStream(std::move(socket)),
+             {true, pid, quor::wire::ROLE_CONFIGURE, "client process " + std::to_string(pid)});
+}
+
+bool Service::OnApplication(AppArrival arrival, std::string* why) {
+  return m_apps->Arrive(std::move(arrival), why);
+}
+
+void Service::OnGone(LocalArrival& arrival) {
+  m_arrivals.erase(arrival.shared_from_this());
+}
+
+void Service::OnEnded(ClientSession& session) {
+  m_sessions.erase(session.shared_from_this());
+}
+
+Hub& Service::HubForMachine(const std::string& machine) {
+  std::string why;
+  const std::optional<Machine> to = ParseMachine(machine, &why);
+  if (!to) Log(LogLevel::Warning, "a sink names no machine, its traces stay here: " + why);
+  if (!to || to->local) return m_hub;
+  const std::string key = to->host + ":" + std::to_string(to->port);
+  if (const auto known = m_forwarders.find(key); known != m_forwarders.end())
+    return known->second->Traces();
+  if (m_forwarders.size() >= kForwardersMax) {
+    Log(LogLevel::Warning, "traces for " + key + " stay here: too many machines to forward to");
+    return m_hub;
+  }
+  struct stat status {};
+  const std::string own = m_options.keysFolder + "/forward";
+  const std::string keys = stat(own.c_str(), &status) == 0 ? own : m_options.keysFolder;
+  auto forwarder = std::make_shared<Forwarder>(m_io, *to, keys, m_machine);
+  m_forwarders[key] = forwarder;
+  forwarder->Start();
+  return forwarder->Traces();
+}
+
+void Service::Tick() {
+  m_tick.expires_after(kTick);
+  m_tick.async_wait([this](const std::error_code& error) {
+    if (error) return;
+    m_hub.Seal();
+    m_hub.Deliver();
+    for (const auto& [machine, forwarder] : m_forwarders) {
+      forwarder->Traces().Seal();
+      forwarder->Traces().Deliver();
+    }
+    Tick();
+  });
+}
+
+void Service::Later(milliseconds time, std::function<void()> call) {
+  auto timer = std::make_shared<asio::steady_timer>(m_io, time);
+  timer->async_wait([this, timer, call = std::move(call)](const std::error_code&) {
+    if (!m_stopping) call();
+  });
+}
+
+void Service::Stop() {
+  if (std::exchange(m_stopping, true)) return;
+  Log(LogLevel::Info, "ending");
+  CloseDoors();
+  m_apps->Stop();
+  m_hub.Seal();
+  m_hub.Deliver();
+  const auto sessions = std::exchange(m_sessions, {});
+  for (const auto& session : sessions) m_ending.push_back(session->Stop());
+  for (const auto& [machine, forwarder] : m_forwarders) m_ending.push_back(forwarder->Stop());
+  m_endBy = std::chrono::steady_clock::now() + kEndPatience;
+  AwaitEnd();
+}
+
+// What is being written gets its time; then the end comes, whoever does not read.
+void Service::AwaitEnd() {
+  std::erase_if(m_ending, [](const auto& connection) { return connection.expired(); });
+  if (m_ending.empty() || std::chrono::steady_clock::now() > m_endBy) return m_io.stop();
+  m_tick.expires_after(kTick);
+  m_tick.async_wait([this](const std::error_code&) { AwaitEnd(); });
+}
+
+void Service::CloseDoors() {
+  std::error_code ignored;
+  m_local.close(ignored);
+  for (asio::ip::tcp::acceptor& listener : m_listeners) listener.close(ignored);
+  m_door.Close();
+  const auto arrivals = std::exchange(m_arrivals, {});
+  for (const auto& arrival : arrivals) arrival->Stop();
+}

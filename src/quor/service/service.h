@@ -1,0 +1,79 @@
+// quord itself: doors, hub, applications, clients, forwarding, on one thread.
+//
+// Owner    Everything. Run returns after Stop, or never.
+// Errors   Open gives false and a reason; after that every failure is one peer's own.
+// Threads  Run's thread; Stop also from a signal through its own io_context.
+#pragma once
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/local/stream_protocol.hpp>
+#include <asio/signal_set.hpp>
+#include <asio/steady_timer.hpp>
+#include <list>
+#include <set>
+
+#include "quor/protocol/byte_stream.h"
+#include "quor/service/client_session.h"
+#include "quor/service/forwarder.h"
+#include "quor/service/local_arrival.h"
+
+struct ServiceOptions {
+  std::string socketPath;
+  int handedSocket = -1;  // listens already
+  std::string stateFolder;
+  std::vector<std::string> listen;  // "address:port", "[address]:port"
+  std::string keysFolder;
+  std::uint32_t defaultSettings = kDefaultSettings;
+};
+
+class Service final : public LocalArrival::Host, public ClientSession::Host, public Apps::Router {
+ public:
+  explicit Service(ServiceOptions options);
+  ~Service();
+
+  bool Open(std::string* why);
+  void Run();
+
+ private:
+  static constexpr std::size_t kSessionsMax = 256, kArrivalsMax = 64, kForwardersMax = 64;
+
+  bool OpenState(std::string* why);
+  bool OpenListeners(std::string* why);
+  void AcceptLocal();
+  void AcceptTls(asio::ip::tcp::acceptor& acceptor);
+  void ShakeHands(asio::ip::tcp::socket socket);
+  void AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer);
+  void OnClient(LocalSocket socket, const LocalPeer& peer) override;
+  bool OnApplication(AppArrival arrival, std::string* why) override;
+  void OnGone(LocalArrival& arrival) override;
+  void OnEnded(ClientSession& session) override;
+  Hub& HubForMachine(const std::string& machine) override;
+  void Tick();
+  void Stop();
+  void CloseDoors();
+  void AwaitEnd();
+  void Later(std::chrono::milliseconds time, std::function<void()> call);
+
+  const ServiceOptions m_options;
+  const std::string m_machine;
+  asio::io_context m_io{1};
+  LocalDoor m_door;
+  std::unique_ptr<Catalogue> m_catalogue;
+  std::unique_ptr<Apps> m_apps;
+  Hub m_hub;
+  ForwardInlet m_inlet{m_hub};
+  std::unique_ptr<SessionContext> m_context;
+  asio::local::stream_protocol::acceptor m_local{m_io};
+  std::list<asio::ip::tcp::acceptor> m_listeners;
+  std::shared_ptr<asio::ssl::context> m_tls;
+  std::set<std::shared_ptr<LocalArrival>> m_arrivals;
+  std::set<std::shared_ptr<ClientSession>> m_sessions;
+  std::map<std::string, std::shared_ptr<Forwarder>> m_forwarders;
+  std::size_t m_handshakes = 0;
+  asio::steady_timer m_tick{m_io};
+  asio::signal_set m_signals{m_io};
+  std::vector<std::weak_ptr<Connection>> m_ending;
+  std::chrono::steady_clock::time_point m_endBy;
+  bool m_stopping = false;
+};

@@ -1,0 +1,142 @@
+#include "quor/service/stream_queue.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace {
+
+// A batch costs its list of names and sources as well.
+std::size_t Cost(const Batch& batch) {
+  return batch.records.size() + batch.names.size() * sizeof(NameId) +
+         batch.sources.size() * sizeof(SourceDelta) + sizeof(Batch);
+}
+
+}  // namespace
+
+void StreamQueue::Begin(const std::vector<std::shared_ptr<Source>>& sources) {
+  for (const auto& source : sources)
+    m_ledger.insert_or_assign(source.get(), Entry{source, source->serial, 0, 0});
+}
+
+StreamQueue::Entry& StreamQueue::EntryOf(const std::shared_ptr<Source>& source) {
+  // A source that was not there at the beginning was met later, with its first serial.
+  return m_ledger.try_emplace(source.get(), Entry{source, source->firstSerial, 0, 0}).first->second;
+}
+
+quor::wire::Ledger StreamQueue::WholeLedger() const {
+  quor::wire::Ledger ledger;
+  for (const auto& [key, entry] : m_ledger) {
+    auto* const word = ledger.add_sources();
+    word->set_instance(entry.source->instance.data(), entry.source->instance.size());
+    word->set_serial(entry.began + entry.delivered + entry.lost);
+    word->set_delivered(entry.delivered);
+    word->set_lost(entry.lost);
+  }
+  return ledger;
+}
+
+void StreamQueue::Push(SharedBatch batch) {
+  m_bytes += Cost(*batch);
+  m_traces += batch->traces;
+  m_batches.push_back(std::move(batch));
+  while (m_batches.size() > 1 &&
+         (m_bytes > m_limits.queueBytes || (m_paused && m_traces > m_limits.pausedTraces)))
+    DropOldest();
+}
+
+void StreamQueue::DropOldest() {
+  const SharedBatch oldest = std::move(m_batches.front());
+  m_batches.pop_front();
+  m_bytes -= Cost(*oldest);
+  m_traces -= oldest->traces;
+  m_gapReason = m_paused ? "the monitor is paused" : m_limits.tooSlow;
+  for (const SourceDelta& delta : oldest->sources) {
+    const auto known = std::find_if(m_gap.begin(), m_gap.end(), [&delta](const SourceDelta& gap) {
+      return gap.source == delta.source;
+    });
+    SourceDelta& gap =
+        known != m_gap.end() ? *known : m_gap.emplace_back(SourceDelta{delta.source, 0, 0});
+    gap.lost += delta.traces + delta.lost;
+  }
+}
+
+SharedBatch StreamQueue::GapBatch() {
+  BatchBuilder builder(m_names);
+  std::size_t told = 0;
+  for (; told < m_gap.size() && !builder.IsFull(); ++told) {
+    const SourceDelta& gap = m_gap[told];
+    const std::size_t names =
+        gap.source->machine.size() + gap.source->app.size() + gap.source->pid.size() + 1024;
+    if (!builder.IsEmpty() && (m_limits.oneSourceEach || !builder.HasRoom(1024, names))) break;
+    if (gap.lost != 0) builder.AppendLoss(gap.source, gap.lost, m_gapReason);
+  }
+  m_gap.erase(m_gap.begin(), m_gap.begin() + static_cast<std::ptrdiff_t>(told));
+  return builder.Seal();
+}
+
+SharedBatch StreamQueue::TakeNext() {
+  if (!m_gap.empty()) return GapBatch();
+  SharedBatch batch = std::move(m_batches.front());
+  m_batches.pop_front();
+  m_bytes -= Cost(*batch);
+  m_traces -= batch->traces;
+  return batch;
+}
+
+SharedBytes StreamQueue::NamesFor(const Batch& batch) {
+  std::shared_ptr<std::vector<std::uint8_t>> names;
+  for (const NameId id : batch.names) {
+    if (m_sent.test(id)) continue;
+    m_sent.set(id);
+    if (!names) names = std::make_shared<std::vector<std::uint8_t>>();
+    m_names.AppendRecord(id, *names);
+  }
+  return names;
+}
+
+bool StreamQueue::Next(Outgoing& out) {
+  if (m_paused || IsEmpty()) return false;
+  const SharedBatch batch = TakeNext();
+  out.batch = batch;
+  out.names = NamesFor(*batch);
+  out.records = SharedBytes(batch, &batch->records);
+  out.ledger.Clear();
+  for (const SourceDelta& delta : batch->sources) {
+    Entry& entry = EntryOf(delta.source);
+    entry.delivered += delta.traces;
+    entry.lost += delta.lost;
+    auto* const word = out.ledger.add_sources();
+    word->set_instance(entry.source->instance.data(), entry.source->instance.size());
+    word->set_serial(entry.began + entry.delivered + entry.lost);
+    word->set_delivered(entry.delivered);
+    word->set_lost(entry.lost);
+  }
+  if (m_ledger.size() > kSourcesKept) Prune();
+  return true;
+}
+
+void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
+  m_sent.reset();
+  for (auto& [key, entry] : m_ledger) {
+    entry.began += entry.delivered + entry.lost;
+    entry.delivered = entry.lost = 0;
+  }
+  for (auto batch = again.rbegin(); batch != again.rend(); ++batch) {
+    for (const SourceDelta& delta : (*batch)->sources)
+      EntryOf(delta.source).began -= delta.traces + delta.lost;
+    m_bytes += Cost(**batch);
+    m_traces += (*batch)->traces;
+    m_batches.push_front(*batch);
+  }
+}
+
+// Sources that ended and of which nothing waits will never be spoken of again.
+void StreamQueue::Prune() {
+  std::unordered_set<const Source*> waiting;
+  for (const SharedBatch& batch : m_batches)
+    for (const SourceDelta& delta : batch->sources) waiting.insert(delta.source.get());
+  for (const SourceDelta& gap : m_gap) waiting.insert(gap.source.get());
+  std::erase_if(m_ledger, [&waiting](const auto& entry) {
+    return entry.second.source->ended && !waiting.contains(entry.first);
+  });
+}

@@ -1,0 +1,75 @@
+// What waits for one stream, a monitor's or a forwarder's: bounded, and exact in what it drops.
+//
+// Shape    Batches in order; where some are missing, a batch of losses stands in their place. With
+//          each outgoing batch come the names that this stream has not been sent, and the ledger of
+//          its sources: serial = where the stream began + delivered + lost.
+// Owner    Shares the batches.
+// Errors   A full queue drops its oldest batches.
+// Threads  One.
+#pragma once
+
+#include <deque>
+#include <unordered_map>
+
+#include "quor/protocol/connection.h"
+#include "quor/protocol/quor.pb.h"
+#include "quor/service/batch.h"
+
+struct StreamLimits {
+  std::size_t queueBytes = 32u << 20;
+  std::uint64_t pausedTraces = 10'000;
+  const char* tooSlow = "the monitor is too slow";
+  bool oneSourceEach = false;  // also of the batches of losses
+};
+
+struct Outgoing {
+  SharedBatch batch;
+  SharedBytes names, records;
+  quor::wire::Ledger ledger;
+};
+
+class StreamQueue {
+ public:
+  StreamQueue(HubNames& names, const StreamLimits& limits) : m_names(names), m_limits(limits) {}
+
+  // The stream begins here for these sources.
+  void Begin(const std::vector<std::shared_ptr<Source>>& sources);
+  // Each source's word so far.
+  quor::wire::Ledger WholeLedger() const;
+
+  void Push(SharedBatch batch);
+  // False when nothing waits or the stream is paused.
+  bool Next(Outgoing& out);
+  void Pause() { m_paused = true; }
+  void Resume() { m_paused = false; }
+  bool IsPaused() const { return m_paused; }
+  bool IsEmpty() const { return m_batches.empty() && m_gap.empty(); }
+  std::size_t WaitingBytes() const { return m_bytes; }
+  // The other side knows nothing of this stream any more: it begins anew, with these batches, which
+  // were given out and did not arrive.
+  void Restart(const std::vector<SharedBatch>& again);
+
+ private:
+  static constexpr std::size_t kSourcesKept = 4096;
+  struct Entry {
+    std::shared_ptr<Source> source;
+    std::uint64_t began = 0, delivered = 0, lost = 0;
+  };
+  SharedBytes NamesFor(const Batch& batch);
+  void DropOldest();
+  Entry& EntryOf(const std::shared_ptr<Source>& source);
+  SharedBatch TakeNext();
+  SharedBatch GapBatch();
+  void Prune();
+
+  HubNames& m_names;
+  const StreamLimits m_limits;
+  std::deque<SharedBatch> m_batches;
+  std::vector<SourceDelta> m_gap;  // dropped in front of the first batch
+  const char* m_gapReason = "";
+  std::size_t m_bytes = 0;
+  std::uint64_t m_traces = 0;
+  bool m_paused = false;
+  std::bitset<65536> m_sent;
+  std::unordered_map<const Source*, Entry> m_ledger;
+};

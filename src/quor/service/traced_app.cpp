@@ -1,0 +1,160 @@
+#include "quor/service/traced_app.h"
+
+#include <algorithm>
+
+namespace {
+
+// More than any application has produced: a larger number in a segment is a lie, and sums of some
+// of them must not wrap.
+constexpr std::uint64_t kCountMax = std::uint64_t{1} << 48;
+constexpr std::size_t kNameBytesMax = 16u << 20;
+
+}  // namespace
+
+std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
+                                        std::uint64_t startedNs) {
+  std::uint32_t hash = 2166136261u;
+  for (const char byte : machine) hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619u;
+  std::array<std::uint8_t, 16> instance{};
+  StoreBe32(instance.data(), hash);
+  StoreBe32(instance.data() + 4, pid);
+  StoreBe64(instance.data() + 8, startedNs);
+  return instance;
+}
+
+TracedApp::TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid)
+    : m_segment(std::move(segment)),
+      m_segmentNames(m_segment),
+      m_points(m_segment),
+      m_name(std::move(app)),
+      m_machine(std::move(machine)),
+      m_pid(pid) {
+  ReadNames();
+}
+
+void TracedApp::Rename(std::string app) {
+  m_name = std::move(app);
+  if (m_source) m_source->app = m_name;
+}
+
+void TracedApp::Enter(Hub& hub) {
+  if (m_hub == &hub) return;
+  Leave();
+  Source source;
+  source.instance = InstanceOf(m_machine, m_pid, m_segment.Layout().startedNs);
+  source.machine = m_machine;
+  source.app = m_name;
+  const std::string pid = m_names.TextOf(m_segment.Layout().pidName);
+  source.pid = pid.empty() ? std::to_string(m_pid) : pid;
+  source.serial = m_segment.Header()->served.load(std::memory_order_relaxed);
+  if (source.serial > kCountMax) {
+    Break("its count of traces is impossible");
+    source.serial = 0;
+  }
+  m_hub = &hub;
+  m_source = hub.AddSource(std::move(source));
+}
+
+void TracedApp::Leave() {
+  if (!m_hub) return;
+  Publish();
+  m_hub->Seal();
+  m_hub->Deliver();
+  m_hub->EndSource(m_source);
+  m_source = nullptr;
+  m_hub = nullptr;
+}
+
+void TracedApp::Begin() {
+  if (!m_consumer && !m_broken) m_consumer.emplace(m_segment);
+}
+
+void TracedApp::Pause() {
+  if (!m_consumer) return;
+  EndWait();
+  Publish();
+  m_consumer.reset();
+}
+
+void TracedApp::Publish() {
+  if (!m_source) return;
+  // In this order: whoever kills us between the two makes a loss too many, never one untold.
+  m_segment.Header()->served.store(m_source->serial, std::memory_order_release);
+  if (m_consumer) m_consumer->Publish();
+}
+
+TracedApp::Step TracedApp::Break(const char* why) {
+  m_broken = true;
+  m_why = why;
+  return Step::Broken;
+}
+
+bool TracedApp::TakeItem(const RingItem& item) {
+  if (item.dropsBefore > kCountMax || m_source->serial > kCountMax) return false;
+  if (item.dropsBefore != 0)
+    m_hub->Lose(m_source, item.dropsBefore, "the ring of the application was full");
+  if (item.damagedBefore != 0) m_hub->Lose(m_source, item.damagedBefore, "they were damaged");
+  if (item.trace.empty()) return true;
+  m_hub->Take(m_source, m_names, item.trace, [this] { ReadNames(); });
+  return true;
+}
+
+TracedApp::Step TracedApp::Drain(std::size_t traces, bool dead) {
+  if (m_broken) return Step::Broken;
+  if (!m_consumer || !m_hub) return Step::Empty;
+  EndWait();
+  RingItem item;
+  RingStep step = RingStep::Item;
+  bool sane = true;
+  for (std::size_t i = 0; i < traces && step == RingStep::Item && sane; ++i) {
+    step = dead ? m_consumer->NextOfDead(item) : m_consumer->Next(item);
+    if (step == RingStep::Item) sane = TakeItem(item);
+  }
+  if (dead && step == RingStep::Empty && !m_finished) {
+    m_finished = true;
+    const std::uint64_t unwritten = m_consumer->Uncommitted();
+    if (unwritten != 0)
+      m_hub->Lose(m_source, unwritten, "the application died while it wrote them");
+  }
+  Publish();
+  m_hub->Deliver();
+  if (step == RingStep::Broken || !sane) return Break("its ring contradicts itself");
+  return step == RingStep::Empty ? Step::Empty : Step::More;
+}
+
+RingConsumer::Wait TracedApp::BeginWait() {
+  if (!m_consumer || m_broken) return RingConsumer::Wait::Asleep;
+  const RingConsumer::Wait wait = m_consumer->BeginWait();
+  m_waits = wait != RingConsumer::Wait::Ready;
+  return wait;
+}
+
+void TracedApp::EndWait() {
+  if (m_waits && m_consumer) m_consumer->EndWait();
+  m_waits = false;
+}
+
+void TracedApp::ReadNames() {
+  if (m_namesBroken) return;
+  std::vector<SegmentName> fresh;
+  m_namesBroken = !m_segmentNames.ReadNew(fresh);
+  m_segment.RefreshNames();
+  for (const SegmentName& name : fresh) {
+    // A text stops at its first NUL, as in a file. What is beyond the room stays unknown.
+    const std::string_view text(name.text.c_str());
+    if (m_names.TextBytes() + text.size() <= kNameBytesMax) m_names.Enter(name.id, text);
+  }
+}
+
+bool TracedApp::ReadPoints(std::vector<TracedPoint>& points) {
+  ReadNames();
+  std::vector<SegmentPointNames> fresh;
+  if (!m_points.ReadNew(fresh)) {
+    Break("its trace points contradict themselves");
+    return false;
+  }
+  for (const SegmentPointNames& point : fresh)
+    points.push_back(
+        {point.point, m_names.TextOf(point.component), m_names.TextOf(point.category)});
+  return true;
+}

@@ -1,0 +1,73 @@
+// What the service reads out of the segment of one application: its traces, names and trace points.
+//
+// Shape    Between Begin and Pause the service is the taker of the ring.
+// Owner    Holds the segment.
+// Errors   Nothing in the segment is trusted. When it contradicts itself the application is broken:
+//          nothing is read any more, and the reason is told once.
+// Threads  One.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "quor/ring/ring_consumer.h"
+#include "quor/ring/segment_names.h"
+#include "quor/service/hub.h"
+
+struct TracedPoint {
+  std::uint32_t point;
+  std::string component, category;
+};
+
+class TracedApp {
+ public:
+  TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid);
+
+  const std::string& Name() const { return m_name; }
+  void Rename(std::string app);
+  std::uint32_t Pid() const { return m_pid; }
+
+  // Whose stream the traces are of from now on. Ends the old source.
+  void Enter(Hub& hub);
+  void Leave();
+  Hub* CurrentHub() const { return m_hub; }
+  const std::shared_ptr<Source>& CurrentSource() const { return m_source; }
+
+  void Begin();  // takes out of the ring
+  void Pause();  // publishes and takes no more
+  bool IsTaking() const { return m_consumer.has_value(); }
+
+  enum class Step { More, Empty, Broken };
+  // At most `traces` of them, said to the ring before they are delivered. `dead`: no producer lives
+  // any more; Empty is then the end, and what was being written is told as lost.
+  Step Drain(std::size_t traces, bool dead);
+  RingConsumer::Wait BeginWait();
+  void EndWait();
+
+  // Points registered since the last call. False: broken.
+  bool ReadPoints(std::vector<TracedPoint>& points);
+  SegmentPointsReader& Points() { return m_points; }
+  const char* Why() const { return m_why; }
+
+ private:
+  bool TakeItem(const RingItem& item);
+  void ReadNames();
+  void Publish();
+  Step Break(const char* why);
+
+  SegmentMap m_segment;
+  SegmentNames m_segmentNames;
+  SegmentPointsReader m_points;
+  SourceNames m_names;
+  std::string m_name, m_machine;
+  std::uint32_t m_pid;
+  Hub* m_hub = nullptr;
+  std::shared_ptr<Source> m_source;
+  std::optional<RingConsumer> m_consumer;
+  bool m_waits = false, m_namesBroken = false, m_broken = false, m_finished = false;
+  const char* m_why = "";
+};
+
+// 16 bytes made of machine, process and its start.
+std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
+                                        std::uint64_t startedNs);

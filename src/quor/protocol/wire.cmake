@@ -15,5 +15,7 @@ target_include_directories(quor_wire SYSTEM PUBLIC ${wire_root})
 target_link_libraries(quor_wire PUBLIC protobuf::libprotobuf-lite)
 
 add_library(quor_asio INTERFACE)
-target_compile_definitions(quor_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+# Asio finds out about aligned_alloc by what was included before it, and then two sources may differ.
+target_compile_definitions(quor_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED
+                                               ASIO_DISABLE_STD_ALIGNED_ALLOC)
 target_link_libraries(quor_asio INTERFACE Threads::Threads OpenSSL::SSL OpenSSL::Crypto)

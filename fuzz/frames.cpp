@@ -1,0 +1,92 @@
+// Any bytes as what a peer sends: cut into frames, each taken for all that it could be, the ledgers
+// added up, the data given out as traces.
+#include <cstdlib>
+
+#include "quor/client/gap_ledger.h"
+#include "quor/client/live_batch.h"
+#include "quor/client/name_mapper.h"
+#include "quor/protocol/frames.h"
+#include "quor/protocol/machine.h"
+#include "quor/protocol/quor.pb.h"
+
+namespace {
+
+template <class Message>
+void Parse(Bytes body) {
+  Message message;
+  if (message.ParseFromArray(body.data(), static_cast<int>(body.size())) &&
+      message.ByteSizeLong() != message.SerializeAsString().size())
+    std::abort();
+}
+
+class Peer {
+ public:
+  void Take(const Frame& frame) {
+    if (frame.body.size() > kControlFrameBytesMax) std::abort();
+    Parse<quor::wire::Hello>(frame.body);
+    Parse<quor::wire::Welcome>(frame.body);
+    Parse<quor::wire::Refused>(frame.body);
+    Parse<quor::wire::Request>(frame.body);
+    Parse<quor::wire::Response>(frame.body);
+    Parse<quor::wire::Taken>(frame.body);
+    TakeLedger(frame.body);
+    TakeData(frame.body);
+    ParseMachine({frame.body.begin(), frame.body.end()});
+  }
+
+ private:
+  void TakeLedger(Bytes body) {
+    quor::wire::Ledger ledger;
+    if (!ledger.ParseFromArray(body.data(), static_cast<int>(body.size()))) return;
+    std::uint64_t gap = 0;
+    std::string why;
+    const std::uint64_t before = m_ledger.Delivered() + m_ledger.Lost();
+    if (!m_ledger.Take(ledger, &gap, &why)) {
+      if (why.empty()) std::abort();
+      m_ledger.BeginStream();
+    }
+    if (m_ledger.Delivered() + m_ledger.Lost() < before) std::abort();
+  }
+  void TakeData(Bytes body) {
+    std::string why;
+    LiveBatch* const batch = LiveBatch::Read(body, &why);
+    if (!batch) {
+      if (why.empty()) std::abort();
+      return;
+    }
+    for (std::size_t i = 0; i < batch->Traces(); ++i) {
+      m_mapper.Map(*batch, i);
+      TraceEvent_i* const trace = batch->Give(i);
+      if (trace->GetText().size() > 65535 || trace->GetStack().size() > 65535) std::abort();
+      // Whatever id came: it is one of ours, or none.
+      for (const NameId id :
+           {trace->GetMachineId(), trace->GetAppId(), trace->GetComponentId(),
+            trace->GetCategoryId(), trace->GetPidId(), trace->GetTidId(), trace->GetSourceFileId()})
+        if (id != 0 && !m_names.contains(id)) std::abort();
+      trace->Release();
+    }
+    m_mapper.Map(*batch, batch->Traces());
+    batch->Forget();
+  }
+
+  GapLedger m_ledger;
+  NameMap m_names;
+  NameMapper m_mapper{m_names};
+};
+
+}  // namespace
+
+// The first byte says in which pieces the rest arrives.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const std::size_t piece = std::size_t{data[0]} + 1;
+  const Bytes stream(data + 1, size - 1);
+  FrameReader reader;
+  Peer peer;
+  for (std::size_t at = 0; at < stream.size() && reader.Error().empty(); at += piece) {
+    reader.Feed(stream.subspan(at, std::min(piece, stream.size() - at)));
+    while (const auto frame = reader.Next()) peer.Take(*frame);
+    if (reader.BufferedBytes() > kControlFrameBytesMax + piece + 4) std::abort();
+  }
+  return 0;
+}

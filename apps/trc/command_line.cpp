@@ -6,6 +6,7 @@
 
 #include "exit_status.h"
 #include "listview/columns/columns.h"
+#include "live_command_line.h"
 
 namespace {
 
@@ -82,13 +83,16 @@ class Parser {
         "  trc info sample.trc\n"
         "  trc dump sample.trc --columns Time,Component,Trace --count 20\n"
         "  trc dump sample.trc --format jsonl | jq .text\n"
+        "  trc tail\n"
+        "  trc set orders Net/Connect support\n"
         "\n"
-        "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 2 wrong use\n"
-        "or bad input, 130 interrupted.");
+        "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 1 the answer\n"
+        "is no or traces were lost, 2 wrong use or bad input, 130 interrupted.");
     AddGen();
     AddInfo();
     AddDump();
     AddSave();
+    m_live.emplace(m_app, ReadNumber, ReadColumns, DefaultColumns());
   }
 
   ParsedCommandLine Parse(int argc, const char* const* argv) {
@@ -169,9 +173,12 @@ class Parser {
     if (m_genApp->parsed()) return m_gen;
     if (m_infoApp->parsed()) return m_info;
     if (m_saveApp->parsed()) return m_save;
+    if (std::optional<LiveCommand> live = m_live->Chosen()) return *std::move(live);
     if (!m_dumpApp->parsed()) {
-      throw CLI::RequiredError("a command is needed: gen, info, dump or save",
-                               CLI::ExitCodes::RequiredError);
+      throw CLI::RequiredError(
+          "a command is needed: gen, info, dump, save, tail, capture, apps, show, "
+          "set, sink or emit",
+          CLI::ExitCodes::RequiredError);
     }
     const bool text = m_format == "text";
     if (!text && m_columnsOption->count() != 0) {
@@ -198,9 +205,10 @@ class Parser {
     return kExitBad;
   }
 
-  CLI::App m_app{"Looks into trace files, makes samples and saves copies of them.", "trc"};
+  CLI::App m_app{"Looks into trace files and live traces, and switches traces on and off.", "trc"};
   CLI::App *m_genApp = nullptr, *m_infoApp = nullptr, *m_dumpApp = nullptr, *m_saveApp = nullptr;
   CLI::Option* m_columnsOption = nullptr;
+  std::optional<LiveParser> m_live;
   GenOptions m_gen;
   InfoOptions m_info;
   DumpOptions m_dump;

@@ -3,6 +3,7 @@
 // Errors   Wrong use: words on standard error, and only the status is set.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <variant>
 
@@ -11,7 +12,9 @@
 #include "info.h"
 #include "save.h"
 
-using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions>;
+// A command that speaks with a running service, ready to be run.
+using LiveCommand = std::function<int()>;
+using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, LiveCommand>;
 
 struct ParsedCommandLine {
   std::optional<TrcCommand> command;  // none: nothing is left to do

@@ -5,14 +5,12 @@
 #include "dump.h"
 #include "interrupt.h"
 #include "listview/columns/columns.h"
+#include "text_line.h"
 #include "visible_text.h"
 
 namespace {
 
 constexpr std::size_t kTracesPerLook = 4096;
-// A cell longer than this pushes the rest of its own line to the right, not that of every line.
-constexpr std::size_t kMostColumnWidth = 200;
-constexpr std::string_view kGap = "  ";
 
 struct Cell {
   std::string text;
@@ -42,12 +40,6 @@ std::optional<std::uint16_t> KeyOf(Column column, const TraceEvent_i& trace) {
   }
 }
 
-std::string SeverityWord(const TraceEvent_i& trace) {
-  constexpr const char* kWords[] = {"Info", "Warn", "Error"};
-  const int icon = SeverityIcon(trace);
-  return icon < 0 ? "" : kWords[icon];
-}
-
 // The cells of one column. Those of names are made once per name.
 class CellColumn {
  public:
@@ -74,10 +66,7 @@ class CellColumn {
   Cell Make(std::size_t index, const TraceEvent_i& trace) const {
     const TraceEvent_i* const previous =
         index == 0 ? nullptr : m_range.document.m_traces[index - 1];
-    std::string text = m_info.column == Column::Sev
-                           ? SeverityWord(trace)
-                           : VisibleText(CellText(m_info.column, trace, previous,
-                                                  m_range.document.m_names, m_utc));
+    std::string text = VisibleCell(m_info.column, trace, previous, m_range.document.m_names, m_utc);
     const std::size_t width = ScreenWidth(text);
     return {std::move(text), width};
   }
@@ -87,30 +76,6 @@ class CellColumn {
   bool m_utc;
   std::vector<std::unique_ptr<Cell>> m_known;  // by key
   Cell m_last;
-};
-
-// Puts cells side by side. Nothing stands behind the last text of a line.
-class LineWriter {
- public:
-  explicit LineWriter(Output& output) : m_output(output) {}
-
-  void Add(std::string_view text, std::size_t width, std::size_t columnWidth, bool right) {
-    const std::size_t room = columnWidth > width ? columnWidth - width : 0;
-    if (right) m_blanks += room;
-    if (!text.empty()) {
-      m_output.Buffer().append(m_blanks, ' ').append(text);
-      m_blanks = 0;
-    }
-    m_blanks += (right ? 0 : room) + (text.empty() ? width : 0) + kGap.size();
-  }
-  bool End() {
-    m_blanks = 0;
-    return m_output.EndLine();
-  }
-
- private:
-  Output& m_output;
-  std::size_t m_blanks = 0;  // owed before the next text
 };
 
 class TextDump {

@@ -3,6 +3,7 @@
 
 enum ExitStatus : int {
   kExitGood = 0,
+  kExitNo = 1,             // the answer is no, or traces were lost
   kExitBad = 2,            // wrong use, bad input, or output that could not be written
   kExitInterrupted = 130,  // SIGINT, by the shells' custom
 };

@@ -27,12 +27,13 @@ class Output {
     m_buffer.append(text);
     return EndLine();
   }
+  // Hands over what is there, for a reader who waits for it. False as EndLine.
+  bool Flush();
   // Writes the rest and gives the exit status.
   int Finish();
 
  private:
   static constexpr std::size_t kPieceBytes = 256 * 1024;
-  bool Flush();
 
   std::string m_buffer;
   int m_error = 0;  // errno of the write that failed

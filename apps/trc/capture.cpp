@@ -1,0 +1,41 @@
+// trc capture: live traces into a file, as a monitor's capture writes them.
+#include "capture_file.h"
+#include "exit_status.h"
+#include "interrupt.h"
+#include "live_source.h"
+#include "progress_line.h"
+
+int RunCapture(const CaptureOptions& options) {
+  LiveSource source;
+  if (!source.Connect(options.machine)) return kExitBad;
+  CaptureFile file(options);
+  ProgressLine progress;
+  std::string why;
+  std::uint64_t taken = 0;
+  bool good = file.Begin(source.Names(), &why);
+  if (good) {
+    source.Run(
+        options.limits,
+        [&](TraceEvent_i* trace) {
+          good = file.Write(*trace, source.Names(), &why);
+          // Words on losses are in the file, and are no traces of an application.
+          if (good && trace->GetSequenceNumber() != kNoSequenceNumber) ++taken;
+          trace->Release();
+          return good;
+        },
+        [&] {
+          good = file.Flush(&why);
+          progress.Show("Capturing... " + std::to_string(taken) + " traces");
+          return good;
+        });
+    good = good && file.Finish(&why);
+  }
+  progress.Clear();
+  if (!good) Complain(why);
+  const std::uint64_t lost = source.Counts().lost;
+  Output output;
+  output.Line(std::to_string(taken) + " taken, " + std::to_string(lost) + " lost");
+  const int status = output.Finish();
+  if (!good || status == kExitBad) return kExitBad;
+  return lost > 0 ? kExitNo : kExitGood;
+}

@@ -1,0 +1,36 @@
+// The files that trc capture writes.
+//
+// Shape    NAME.trc; when it is full it becomes NAME.1.trc, older ones shift up and the oldest
+// goes,
+//          and a new one is begun with its own header and names: each can be opened by itself.
+// Errors   False and a reason. What was written stays.
+// Threads  One.
+#pragma once
+
+#include <string>
+
+#include "live.h"
+#include "records/trc_writer.h"
+
+class CaptureFile {
+ public:
+  explicit CaptureFile(const CaptureOptions& options);
+
+  // An existing file is replaced.
+  bool Begin(NameMap& names, std::string* why);
+  bool Write(const TraceEvent_i& trace, NameMap& names, std::string* why);
+  bool Flush(std::string* why);
+  bool Finish(std::string* why);
+
+ private:
+  bool IsFullBy(const TraceEvent_i& trace, const NameMap& names);
+  bool ShiftUp(std::string* why);
+  std::string Numbered(std::uint64_t number) const;
+
+  const std::string m_path;
+  std::string m_stem, m_extension;
+  const std::uint64_t m_maxBytes, m_maxFiles;
+  std::uint64_t m_bytes = 0;  // of the file under way
+  std::uint64_t m_addedBytes = 0;
+  TrcWriter m_writer;
+};

@@ -1,0 +1,132 @@
+// trc emit: a traced application for tests and load.
+#include <quor/quor.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <thread>
+
+#include "exit_status.h"
+#include "interrupt.h"
+#include "live.h"
+#include "sample_random.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr const char* kCategories[] = {"Connect", "Request", "Close"};
+constexpr int kFlushMs = 5000;
+constexpr std::size_t kDeepestBlock = 5;
+
+// The library keeps points and names for the life of the program.
+std::deque<quor_point>& Points(const EmitOptions& options) {
+  static std::deque<quor_point> points;
+  for (const std::string& component : options.components) {
+    for (const char* const category : kCategories) {
+      points.push_back(QUOR_POINT_INIT(component.c_str(), category));
+      quor_declare(&points.back());
+    }
+  }
+  return points;
+}
+
+// One thread's share of the load.
+class Emitter {
+ public:
+  Emitter(const EmitOptions& options, std::deque<quor_point>& points, std::uint64_t number,
+          std::atomic<std::uint64_t>& left)
+      : m_options(options),
+        m_points(points),
+        m_number(number),
+        m_left(left),
+        m_random(options.seed * 1000003 + number) {}
+
+  void Run() {
+    const Clock::time_point begin = Clock::now();
+    for (std::uint64_t sent = 0; !Interrupted() && TakeOne(); ++sent) {
+      if (m_options.rate != 0) Wait(begin, sent);
+      if (m_options.blocks) {
+        TraceInBlocks(sent);
+      } else {
+        Trace("", sent);
+      }
+    }
+  }
+
+ private:
+  // Is there one of all threads' traces left for this one? Without a count always.
+  bool TakeOne() {
+    if (m_options.count == 0) return true;
+    std::uint64_t left = m_left.load(std::memory_order_relaxed);
+    while (left > 0)
+      if (m_left.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) return true;
+    return false;
+  }
+  // Each thread has an equal part of the rate; what was missed is made up for.
+  void Wait(Clock::time_point begin, std::uint64_t sent) const {
+    const double perThread =
+        static_cast<double>(m_options.rate) / static_cast<double>(m_options.threads);
+    const auto due =
+        begin + std::chrono::duration_cast<Clock::duration>(
+                    std::chrono::duration<double>(static_cast<double>(sent) / perThread));
+    // In short pieces, so that SIGINT is heard at a low rate too.
+    while (!Interrupted() && Clock::now() < due)
+      std::this_thread::sleep_until(std::min(due, Clock::now() + std::chrono::milliseconds(50)));
+  }
+  void TraceInBlocks(std::uint64_t index) {
+    const std::uint32_t step = m_random.Below(4);
+    const bool last =
+        m_options.count != 0 && m_left.load(std::memory_order_relaxed) < m_open.size();
+    if (step == 0 && m_open.size() < kDeepestBlock && !last) {
+      m_open.push_back("block " + std::to_string(index));
+      Send("Begin: " + m_open.back(), QUOR_INFO);
+    } else if ((step == 1 || last) && !m_open.empty()) {
+      Send("End: " + m_open.back(), QUOR_INFO);
+      m_open.pop_back();
+    } else {
+      Trace(m_open.empty() ? "" : m_open.back() + ": ", index);
+    }
+  }
+  void Trace(const std::string& before, std::uint64_t index) {
+    constexpr unsigned kSeverities[] = {QUOR_INFO, QUOR_INFO, QUOR_INFO, QUOR_WARN, QUOR_ERROR};
+    std::string text =
+        before + "thread " + std::to_string(m_number) + " trace " + std::to_string(index) + " ";
+    while (text.size() < m_options.textBytes)
+      text.push_back(static_cast<char>('a' + m_random.Below(26)));
+    text.resize(m_options.textBytes);
+    Send(text, kSeverities[m_random.Below(std::size(kSeverities))]);
+  }
+  void Send(const std::string& text, unsigned severity) {
+    quor_point& point = m_points[m_random.Below(m_points.size())];
+    if (quor_on(&point, severity))
+      quor_trace(&point, severity, __FILE__, __LINE__, text.data(), text.size());
+  }
+
+  const EmitOptions& m_options;
+  std::deque<quor_point>& m_points;
+  const std::uint64_t m_number;
+  std::atomic<std::uint64_t>& m_left;
+  SampleRandom m_random;
+  std::vector<std::string> m_open;  // blocks, innermost last
+};
+
+}  // namespace
+
+int RunEmit(const EmitOptions& options) {
+  std::deque<quor_point>& points = Points(options);
+  quor_application(options.app.c_str());
+  std::atomic<std::uint64_t> left{options.count};
+  std::vector<std::thread> threads;
+  for (std::uint64_t i = 0; i < options.threads; ++i)
+    threads.emplace_back(
+        [&options, &points, i, &left] { Emitter(options, points, i, left).Run(); });
+  for (std::thread& thread : threads) thread.join();
+  quor_flush(kFlushMs);
+  quor_counts counts{};
+  quor_get_counts(&counts);
+  Output output;
+  output.Line(std::to_string(counts.traced) + " traced, " + std::to_string(counts.lost) + " lost");
+  if (output.Finish() == kExitBad) return kExitBad;
+  return counts.lost > 0 ? kExitNo : kExitGood;
+}

@@ -1,0 +1,190 @@
+// trc apps, show, set and sink: the configuration service of a machine.
+#include <algorithm>
+#include <filesystem>
+
+#include "exit_status.h"
+#include "json_text.h"
+#include "live.h"
+#include "quor/client/trace_config.h"
+#include "quor/protocol/machine.h"
+#include "visible_text.h"
+
+namespace {
+
+int Unreachable(const std::string& why) {
+  Complain(why);
+  return kExitBad;
+}
+
+std::string Quoted(const std::string& text) {
+  return "\"" + VisibleText(text) + "\"";
+}
+
+const char* WordOf(trc_SinkTypes_e type) {
+  switch (type) {
+    case trc_SinkFile:
+      return "file";
+    case trc_SinkSocket:
+      return "socket";
+    default:
+      return "unknown";
+  }
+}
+
+struct Sink {
+  explicit Sink(const trace_App_i& app) { app.GetSink(type, name, options); }
+  trc_SinkTypes_e type = trc_SinkSocket;
+  std::string name, options;
+};
+
+int NoSuchApp(const std::string& app) {
+  Complain("there is no application " + Quoted(app));
+  return kExitNo;
+}
+
+void ShowAsText(const trace_App_i& app, Output& output) {
+  const Sink sink(app);
+  std::size_t width = 0;
+  for (const trace_Component_t& component : app.GetTraceMap())
+    for (const trace_Category_t& category : component.categories)
+      width = std::max(width, ScreenWidth(VisibleText(component.name + "/" + category.name)));
+  output.Line("Application  " + VisibleText(app.GetAppName()));
+  output.Line("Sink         " + std::string(WordOf(sink.type)) + " " + Quoted(sink.name) +
+              (sink.options.empty() ? "" : " " + Quoted(sink.options)));
+  for (const trace_Component_t& component : app.GetTraceMap()) {
+    for (const trace_Category_t& category : component.categories) {
+      const std::string name = VisibleText(component.name + "/" + category.name);
+      const std::string words = SettingsToLabel(app.GetSettings(category.traceId));
+      output.Line(name + std::string(width - ScreenWidth(name) + 2, ' ') +
+                  (words.empty() ? "off" : words));
+    }
+  }
+}
+
+void AppendField(std::string& json, std::string_view key, const std::string& text) {
+  json.append(key);
+  AppendJsonText(json, text);
+}
+
+void ShowAsJson(const trace_App_i& app, Output& output) {
+  const Sink sink(app);
+  std::string& json = output.Buffer();
+  AppendField(json, "{\"application\":", app.GetAppName());
+  AppendField(json, ",\"sink\":{\"type\":", WordOf(sink.type));
+  AppendField(json, ",\"name\":", sink.name);
+  AppendField(json, ",\"options\":", sink.options);
+  json.append("},\"components\":[");
+  const char* between = "";
+  for (const trace_Component_t& component : app.GetTraceMap()) {
+    json.append(std::exchange(between, ","));
+    AppendField(json, "{\"name\":", component.name);
+    json.append(",\"categories\":[");
+    const char* comma = "";
+    for (const trace_Category_t& category : component.categories) {
+      json.append(std::exchange(comma, ","));
+      AppendField(json, "{\"name\":", category.name);
+      json.append(",\"id\":");
+      AppendNumber(json, category.traceId);
+      json.append(",\"settings\":");
+      AppendNumber(json, app.GetSettings(category.traceId));
+      AppendField(json, ",\"words\":", SettingsToLabel(app.GetSettings(category.traceId)));
+      json.push_back('}');
+    }
+    json.append("]}");
+  }
+  json.append("]}");
+  output.EndLine();
+}
+
+// The traces that a "COMPONENT" or "COMPONENT/CATEGORY" names; either may have a "/" of its own.
+std::vector<unsigned> TracesOf(const trace_App_i& app, const std::string& target) {
+  std::vector<unsigned> ids;
+  for (const trace_Component_t& component : app.GetTraceMap())
+    for (const trace_Category_t& category : component.categories)
+      if (target == component.name || target == component.name + "/" + category.name)
+        ids.push_back(category.traceId);
+  return ids;
+}
+
+int Submit(const trace_App_i& app) {
+  if (app.Submit()) return kExitGood;
+  Complain("the machine has not taken it");
+  return kExitBad;
+}
+
+// An application has a current folder of its own: a path is told in full, but another machine's
+// is that machine's.
+std::string FullPath(const std::string& machine, const std::string& file) {
+  const auto where = ParseMachine(machine);
+  return where && where->local ? std::filesystem::absolute(file).lexically_normal().string() : file;
+}
+
+}  // namespace
+
+int RunApps(const AppsOptions& options) {
+  std::string why;
+  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
+  if (!config) return Unreachable(why);
+  const std::list<std::string>& apps = config->GetAppList();
+  Output output;
+  if (options.json) {
+    std::string& json = output.Buffer();
+    json.push_back('[');
+    const char* between = "";
+    for (const std::string& app : apps) AppendField(json, std::exchange(between, ","), app);
+    json.push_back(']');
+    output.EndLine();
+  } else {
+    for (const std::string& app : apps) output.Line(VisibleText(app));
+  }
+  return output.Finish();
+}
+
+int RunShow(const ShowOptions& options) {
+  std::string why;
+  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
+  if (!config) return Unreachable(why);
+  const std::list<std::string> running = config->GetAppList();
+  const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
+  if (!app) return Unreachable(why);
+  // Our own handle puts it into the list, so that was read before.
+  if (app->GetTraceMap().empty() &&
+      std::find(running.begin(), running.end(), options.app) == running.end())
+    return NoSuchApp(options.app);
+  Output output;
+  options.json ? ShowAsJson(*app, output) : ShowAsText(*app, output);
+  return output.Finish();
+}
+
+int RunSet(const SetOptions& options) {
+  std::string why;
+  const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
+  if (!app) return Unreachable(why);
+  if (app->GetTraceMap().empty()) return NoSuchApp(options.app);
+  if (options.target.empty()) {
+    app->SetAllTraces(options.settings);
+    return Submit(*app);
+  }
+  const std::vector<unsigned> ids = TracesOf(*app, options.target);
+  if (ids.empty()) {
+    Complain(Quoted(options.app) + " has no trace " + Quoted(options.target));
+    return kExitNo;
+  }
+  for (const unsigned id : ids) app->SetSettings(id, options.settings);
+  return Submit(*app);
+}
+
+int RunSink(const SinkCommand& command) {
+  std::string why;
+  const QuorPtr<trace_App_i> app = trace_App_i::Create(command.machine, command.app, &why);
+  if (!app) return Unreachable(why);
+  if (command.file.empty()) {
+    app->SetSink(trc_SinkSocket, command.server, "");
+  } else {
+    app->SetSink(trc_SinkFile, FullPath(command.machine, command.file),
+                 "flush=" + std::to_string(command.flush ? 1 : 0) +
+                     ";maxfiles=" + std::to_string(command.maxFiles) +
+                     ";maxsize=" + std::to_string(command.maxMegabytes) + ";");
+  }
+  return Submit(*app);
+}

@@ -1,0 +1,26 @@
+// A trace as a JSON object on one line: what dump and tail print.
+//
+// Owner    Borrows the names, which may grow meanwhile; a name that is known does not change.
+// Threads  One at a time.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "records/trace_event.h"
+
+class TraceJson {
+ public:
+  explicit TraceJson(const NameMap& names) : m_names(names), m_known(65536) {}
+
+  // `index` is the trace's place in the file or stream, from 0.
+  void Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace);
+
+ private:
+  static void AppendTime(std::string& json, const TraceEvent_i& trace);
+  void AppendName(std::string& json, std::string_view key, NameId id);
+
+  const NameMap& m_names;
+  std::vector<std::string> m_known;  // as JSON, by id; empty: not asked for yet
+};

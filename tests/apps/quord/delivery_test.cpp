@@ -1,0 +1,290 @@
+// Traces of real processes through a real service to real monitors: everything that was sent is
+// delivered or counted.
+#include <quor/quor.hpp>
+
+#include "quord_client.h"
+
+namespace {
+
+QUOR_POINT(connect_point, "Net", "Connect");
+QUOR_POINT(query_point, "Db", "Query");
+
+quor_counts Counts() {
+  quor_counts counts{};
+  quor_get_counts(&counts);
+  return counts;
+}
+
+class Delivery : public ::testing::Test {
+ protected:
+  QuordProcess quord;
+};
+
+TEST_F(Delivery, ATraceGoesFromTheTracePointToTheMonitorWithItsNames) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild&) {
+    quor_application("orders");
+    QUOR_TRACE_INFO(connect_point, "hello {}", 1);
+    QUOR_TRACE_INFO(query_point, "select");
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  ASSERT_TRUE(monitor.Sees("select"));
+  EXPECT_EQ(app.Wait(), 0);
+  ASSERT_EQ(monitor.traces.size(), 2u);
+  const SeenTrace& first = monitor.traces[0];
+  EXPECT_EQ(first.app, "orders");
+  EXPECT_EQ(first.component + "/" + first.category, "Net/Connect");
+  EXPECT_EQ(first.text, "hello 1");
+  EXPECT_EQ(first.number + 1, monitor.traces[1].number);
+  EXPECT_EQ(monitor.delivered, 2u);
+  EXPECT_EQ(monitor.lost, 0u);
+}
+
+TEST_F(Delivery, AnApplicationKilledInABurstDeliversEveryTraceWhoseCallReturned) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) {
+    quor_application("burst");
+    QUOR_TRACE_INFO(connect_point, "first");
+    self.AwaitGo();
+    for (std::uint64_t i = 0;; ++i) {
+      QUOR_TRACE_INFO(connect_point, "burst {}", i);
+      self.Tell(i);
+    }
+    return 0;
+  });
+  ASSERT_TRUE(monitor.Sees("first"));
+  app.Go();
+  std::uint64_t returned = 0;
+  for (int i = 0; i < 3000; ++i) returned = app.Told();
+  app.Kill();
+  ASSERT_TRUE(quord.Says("application burst (") && quord.Says("has ended"));
+  ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.traces.size() >= returned + 2; }));
+  EXPECT_EQ(monitor.lost, 0u);
+  for (std::uint64_t i = 0; i <= returned; ++i)
+    ASSERT_EQ(monitor.traces[i + 1].text, "burst " + std::to_string(i));
+}
+
+TEST_F(Delivery, AnApplicationThatEndsBeforeTheServiceLooksIsDeliveredAsAWhole) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  kill(quord.Pid(), SIGSTOP);
+  TracedChild app([](TracedChild&) {
+    quor_application("short");
+    for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
+    std::exit(0);  // waits until the hello is sent: then the kernel keeps the segment for us
+    return 1;
+  });
+  const int status = app.Wait();
+  kill(quord.Pid(), SIGCONT);
+  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.Count("short") == 100; }))
+      << monitor.Count("short");
+}
+
+TEST_F(Delivery, AFullRingIsALossThatIsCountedExactlyWhereItHappened) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  setenv("QUOR_RING_MIB", "1", 1);
+  TracedChild app([](TracedChild& self) {
+    quor_application("full");
+    QUOR_TRACE_INFO(connect_point, "first");
+    self.AwaitGo();
+    for (int i = 0; i < 50000; ++i) QUOR_TRACE_INFO(connect_point, "number {}", i);
+    self.Tell(Counts().traced);
+    self.Tell(Counts().lost);
+    self.AwaitGo();
+    QUOR_TRACE_INFO(connect_point, "last");
+    self.AwaitGo();
+    return 0;
+  });
+  unsetenv("QUOR_RING_MIB");
+  ASSERT_TRUE(monitor.Sees("first"));
+  kill(quord.Pid(), SIGSTOP);
+  app.Go();
+  const std::uint64_t traced = app.Told(), lost = app.Told();
+  EXPECT_GT(lost, 0u);
+  kill(quord.Pid(), SIGCONT);
+  ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered + monitor.lost == traced; }));
+  app.Go();
+  ASSERT_TRUE(monitor.Sees("last"));
+  EXPECT_EQ(monitor.lost, lost);
+  EXPECT_EQ(monitor.delivered, traced + 1 - lost);
+  ASSERT_FALSE(monitor.losses.empty());
+  std::uint64_t told = 0;
+  for (const std::string& words : monitor.losses) {
+    EXPECT_NE(words.find(" traces lost: the ring of the application was full"), words.npos);
+    told += std::stoull(words);
+  }
+  EXPECT_EQ(told, lost);
+}
+
+TEST_F(Delivery, FiftyApplicationsAtOnceAndEightMonitorsGetEverything) {
+  quord.Start();
+  constexpr int kApps = 50, kEach = 400;
+  std::vector<std::unique_ptr<QuordClient>> monitors;
+  for (int i = 0; i < 8; ++i) {
+    monitors.push_back(std::make_unique<QuordClient>());
+    ASSERT_TRUE(monitors.back()->Monitor(quord.SocketPath()));
+  }
+  setenv("QUOR_RING_MIB", "1", 1);
+  std::vector<std::unique_ptr<TracedChild>> apps;
+  for (int a = 0; a < kApps; ++a)
+    apps.push_back(std::make_unique<TracedChild>([a](TracedChild&) {
+      quor_application(("app " + std::to_string(a)).c_str());
+      for (int i = 0; i < kEach; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
+      return quor_flush(20000) == 1 ? 0 : 1;
+    }));
+  unsetenv("QUOR_RING_MIB");
+  ASSERT_TRUE(WaitFor([&] {
+    bool all = true;
+    for (const auto& monitor : monitors) {
+      monitor->Pump();
+      all = all && monitor->delivered + monitor->lost >= kApps * kEach;
+    }
+    return all;
+  }));
+  for (const auto& app : apps) EXPECT_EQ(app->Wait(), 0);
+  for (const auto& monitor : monitors) {
+    EXPECT_EQ(monitor->delivered, std::uint64_t{kApps * kEach});
+    EXPECT_EQ(monitor->lost, 0u);
+    std::map<std::string, int> next;
+    std::uint32_t number = monitor->traces.front().number;
+    for (const SeenTrace& trace : monitor->traces) {
+      ASSERT_EQ(trace.text, std::to_string(next[trace.app]++)) << trace.app;
+      ASSERT_EQ(trace.number, number++);
+    }
+    EXPECT_EQ(next.size(), std::size_t{kApps});
+  }
+}
+
+TEST_F(Delivery, AServiceKilledAndRestartedUnderLoadIsACountedGap) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) {
+    quor_application("steady");
+    for (std::uint64_t i = 0; i <= 60000; ++i) {
+      QUOR_TRACE_INFO(connect_point, "{}", i);
+      if (i % 100 == 0) poll(nullptr, 0, 1);
+      if (i == 20000) self.Tell(i);
+    }
+    self.AwaitGo();
+    QUOR_TRACE_INFO(connect_point, "last");
+    self.Tell(Counts().traced);
+    quor_flush(20000);
+    self.AwaitGo();
+    return 0;
+  });
+  monitor.keepTraces = false;
+  ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered > 10000; }));
+  app.Told();
+  quord.Kill();
+  monitor.Pump();
+  EXPECT_TRUE(monitor.ended);
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  monitor.keepTraces = true;
+  app.Go();
+  ASSERT_TRUE(monitor.Sees("last"));
+  const std::uint64_t traced = app.Told();
+  // What the ring held was kept; what the dead service had taken and not handed out is the gap.
+  ASSERT_EQ(monitor.serials.size(), 1u);
+  EXPECT_EQ(monitor.serials.begin()->second, traced);
+  EXPECT_EQ(monitor.delivered + monitor.lost + monitor.gaps, traced);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+TEST_F(Delivery, AStalledMonitorHoldsUpNobodyAndItsLossIsCounted) {
+  quord.Start();
+  QuordClient fast, stalled;
+  ASSERT_TRUE(fast.Monitor(quord.SocketPath()));
+  ASSERT_TRUE(stalled.Monitor(quord.SocketPath()));
+  fast.keepTraces = stalled.keepTraces = false;
+  constexpr std::uint64_t kTraces = 120000;
+  setenv("QUOR_RING_MIB", "64", 1);
+  TracedChild app([](TracedChild& self) {
+    quor_application("flood");
+    const std::string text(500, 'x');
+    for (std::uint64_t i = 0; i < kTraces; ++i) {
+      quor_trace(&connect_point, QUOR_INFO, nullptr, 0, text.data(), text.size());
+      if (i % 200 == 0) poll(nullptr, 0, 1);  // a pace that a reading monitor keeps
+    }
+    self.Tell(Counts().lost);
+    self.AwaitGo();
+    return 0;
+  });
+  unsetenv("QUOR_RING_MIB");
+  ASSERT_TRUE(WaitFor([&] { return fast.Pump(), fast.delivered + fast.lost == kTraces; }));
+  EXPECT_EQ(fast.lost, app.Told());
+  app.Go();
+  // The stalled one wakes up: the newest are there, the others are told.
+  ASSERT_TRUE(WaitFor([&] { return stalled.Pump(), stalled.delivered + stalled.lost == kTraces; }));
+  EXPECT_GT(stalled.lost, fast.lost);
+  ASSERT_FALSE(stalled.losses.empty());
+  bool told = false;
+  for (const std::string& words : stalled.losses)
+    told = told || words.find(" traces lost: the monitor is too slow") != words.npos;
+  EXPECT_TRUE(told);
+}
+
+TEST_F(Delivery, PauseHoldsAndResumeBringsTheBacklog) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) {
+    quor_application("paused");
+    QUOR_TRACE_INFO(connect_point, "before");
+    self.AwaitGo();
+    for (int i = 0; i < 20000; ++i) {
+      QUOR_TRACE_INFO(connect_point, "{}", i);
+      if (i % 1000 == 0) quor_flush(10000);
+    }
+    const int left = quor_flush(10000);
+    self.Tell(Counts().traced);
+    return left == 1 ? 0 : 1;
+  });
+  ASSERT_TRUE(monitor.Sees("before"));
+  Request request;
+  request.mutable_pause();
+  EXPECT_EQ(monitor.Ask(request).error(), quor::wire::ERROR_NONE);
+  app.Go();
+  const std::uint64_t traced = app.Told();
+  EXPECT_EQ(app.Wait(), 0);
+  monitor.Pump();
+  EXPECT_EQ(monitor.delivered, 1u);
+  request.Clear();
+  request.mutable_resume();
+  EXPECT_EQ(monitor.Ask(request).error(), quor::wire::ERROR_NONE);
+  ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered + monitor.lost == traced; }));
+  EXPECT_LE(monitor.delivered, 10001u);
+  EXPECT_GT(monitor.lost, 9000u);
+  EXPECT_NE(monitor.losses.at(0).find("traces lost: the monitor is paused"), std::string::npos);
+}
+
+TEST_F(Delivery, ACleanStopBringsWhatWasTracedAndRemovesTheSocket) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) {
+    quor_application("stop");
+    for (int i = 0; i < 1000; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
+    self.Tell(quor_flush(10000) == 1);
+    self.AwaitGo();
+    return 0;
+  });
+  EXPECT_EQ(app.Told(), 1u);
+  EXPECT_EQ(quord.Stop(), 0);
+  monitor.Pump();
+  EXPECT_TRUE(monitor.ended);
+  EXPECT_EQ(monitor.delivered, 1000u);
+  EXPECT_NE(access(quord.SocketPath().c_str(), F_OK), 0);
+}
+
+}  // namespace

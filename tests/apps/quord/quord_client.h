@@ -1,0 +1,228 @@
+// A client of the service that looks at every byte: hello, requests, and a monitor that proves the
+// sum rule frame by frame.
+#pragma once
+
+#include <map>
+#include <set>
+
+#include "quor/protocol/frames.h"
+#include "quor/protocol/quor.pb.h"
+#include "quor/ring/link_socket.h"
+#include "quord_process.h"
+#include "records/raw_trace.h"
+
+using quor::wire::Request;
+using quor::wire::Response;
+using quor::wire::Role;
+
+struct SeenTrace {
+  std::uint32_t number = 0;
+  std::string machine, app, component, category, text;
+};
+
+class QuordClient final : private DataSink {
+ public:
+  QuordClient() = default;
+  explicit QuordClient(const std::string& path) { Connect(path); }
+  ~QuordClient() { Close(); }
+  QuordClient(const QuordClient&) = delete;
+  QuordClient& operator=(const QuordClient&) = delete;
+
+  bool Connect(const std::string& path) {
+    Close();
+    m_reader = FrameReader();
+    m_words.clear();
+    m_names.clear();
+    m_frameNumbered = 0;
+    m_expectsLedger = ended = false;
+    m_socket = ConnectToService(path.c_str());
+    return m_socket >= 0;
+  }
+  void Close() {
+    if (m_socket >= 0) close(m_socket);
+    m_socket = -1;
+  }
+  int Socket() const { return m_socket; }
+  bool SendRaw(const std::vector<std::uint8_t>& bytes) { return SendOnLink(m_socket, bytes); }
+  template <class Message>
+  void Send(FrameType type, const Message& message) {
+    SendRaw(EncodeFrame(type, message.SerializeAsString()));
+  }
+  // True when the service welcomes us.
+  bool Hello(Role role, std::uint32_t version = kProtocolVersion) {
+    quor::wire::Hello hello;
+    hello.set_version(version);
+    hello.set_role(role);
+    Send(FrameType::Hello, hello);
+    welcomed = false;
+    return WaitFor([&] { return Pump(), welcomed || ended; }) && welcomed;
+  }
+  Response Ask(Request request) {
+    request.set_id(++m_id);
+    Send(FrameType::Request, request);
+    m_answer.Clear();
+    EXPECT_TRUE(WaitFor([&] { return Pump(), m_answer.id() == m_id || ended; }));
+    return m_answer;
+  }
+  // Connects, greets and subscribes, once the service is there.
+  bool Monitor(const std::string& path) {
+    if (!WaitFor([&] { return Connect(path); }) || !Hello(quor::wire::ROLE_MONITOR)) return false;
+    Request request;
+    request.mutable_subscribe();
+    m_firstWords = true;
+    return Ask(request).error() == quor::wire::ERROR_NONE &&
+           WaitFor([&] { return Pump(), !m_firstWords; });
+  }
+
+  // Takes what is there.
+  void Pump() {
+    std::uint8_t bytes[65536];
+    for (int i = 0; i < 64 && m_socket >= 0 && !ended; ++i) {
+      const LinkReceived got = ReceiveOnLink(m_socket, bytes, sizeof bytes);
+      m_reader.Feed({bytes, got.bytes});
+      while (const auto frame = m_reader.Next()) Take(*frame);
+      EXPECT_EQ(m_reader.Error(), "");
+      ended = ended || got.ended;
+      if (got.bytes == 0) break;
+    }
+  }
+  bool Sees(const std::string& text) {
+    return WaitFor([&] {
+      Pump();
+      for (; m_looked < traces.size(); ++m_looked)
+        if (traces[m_looked].text == text) return true;
+      return false;
+    });
+  }
+  std::uint64_t Count(const std::string& app) const {
+    std::uint64_t count = 0;
+    for (const SeenTrace& trace : traces) count += trace.app == app && trace.component != "Quor";
+    return count;
+  }
+
+  bool welcomed = false, ended = false, keepTraces = true;
+  quor::wire::Welcome welcome;
+  quor::wire::Refused refused;
+  std::vector<SeenTrace> traces;
+  std::vector<std::string> losses;
+  std::uint64_t delivered = 0, lost = 0;  // of all streams, by the ledgers
+  std::uint64_t gaps = 0;                 // between streams
+  std::map<std::string, std::uint64_t> serials;
+
+ private:
+  template <class Message>
+  static void Parse(const Frame& frame, Message* message) {
+    EXPECT_TRUE(message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size())));
+  }
+  void Take(const Frame& frame) {
+    quor::wire::Ledger ledger;
+    std::string why;
+    switch (frame.type) {
+      case FrameType::Welcome:
+        Parse(frame, &welcome);
+        welcomed = true;
+        break;
+      case FrameType::Refused:
+        Parse(frame, &refused);
+        break;
+      case FrameType::Response:
+        Parse(frame, &m_answer);
+        break;
+      case FrameType::Data:
+        EXPECT_FALSE(m_expectsLedger) << "a ledger follows each data frame";
+        EXPECT_TRUE(ReadDataBody(frame.body, *this, &why)) << why;
+        m_expectsLedger = true;
+        break;
+      case FrameType::Ledger:
+        Parse(frame, &ledger);
+        TakeLedger(ledger);
+        break;
+      default:
+        break;
+    }
+  }
+  void TakeLedger(const quor::wire::Ledger& ledger) {
+    std::uint64_t now = 0;
+    for (const auto& word : ledger.sources()) {
+      const std::uint64_t base = word.serial() - word.delivered() - word.lost();
+      auto& before = m_words[word.instance()];
+      std::uint64_t& serial = serials[word.instance()];
+      if (!before.second) {
+        before.second = true;
+        // A gap between streams; the first stream began where it began.
+        if (m_streams > 0 && base > serial) gaps += base - serial;
+      } else {
+        EXPECT_EQ(base, before.first.serial() - before.first.delivered() - before.first.lost());
+      }
+      now += word.delivered() - before.first.delivered();
+      lost += word.lost() - before.first.lost();
+      before.first = word;
+      serial = word.serial();
+    }
+    delivered += now;
+    EXPECT_EQ(now, m_frameNumbered) << "the ledger counts what the frame brought";
+    m_frameNumbered = 0;
+    m_expectsLedger = false;
+    if (std::exchange(m_firstWords, false)) ++m_streams;
+  }
+  void OnName(std::uint16_t id, std::string_view utf8) override { m_names[id] = utf8; }
+  void OnTrace(const std::uint8_t* record, std::size_t) override {
+    const RawTrace raw(record);
+    const bool numbered = raw.SequenceNumber() != kNoSequenceNumber;
+    if (numbered) ++m_frameNumbered;
+    if (numbered && !keepTraces) return;
+    SeenTrace trace{raw.SequenceNumber(),    Name(raw.MachineId()),  Name(raw.AppId()),
+                    Name(raw.ComponentId()), Name(raw.CategoryId()), std::string(raw.Text())};
+    if (!numbered) losses.push_back(trace.text);
+    if (keepTraces) traces.push_back(std::move(trace));
+  }
+  std::string Name(NameId id) {
+    const auto known = m_names.find(id);
+    EXPECT_NE(known, m_names.end()) << "a name stands before its first trace";
+    return known == m_names.end() ? "" : known->second;
+  }
+
+  int m_socket = -1;
+  FrameReader m_reader;
+  std::uint32_t m_id = 0;
+  Response m_answer;
+  std::map<NameId, std::string> m_names;
+  std::map<std::string, std::pair<quor::wire::Ledger::Source, bool>> m_words;
+  std::uint64_t m_frameNumbered = 0;
+  std::size_t m_looked = 0;
+  unsigned m_streams = 0;
+  bool m_expectsLedger = false, m_firstWords = false;
+};
+
+// Requests in one line.
+inline Request OpenAppRequest(const std::string& app) {
+  Request request;
+  request.mutable_open_app()->set_name(app);
+  return request;
+}
+inline Request GetAppRequest(const std::string& app) {
+  Request request;
+  request.mutable_get_app()->set_name(app);
+  return request;
+}
+inline Request SubmitAllRequest(const quor::wire::App& app, std::uint32_t settings) {
+  Request request;
+  request.mutable_submit()->set_app(app.name());
+  for (const auto& component : app.components())
+    for (const auto& category : component.categories()) {
+      auto* const setting = request.mutable_submit()->add_settings();
+      setting->set_trace_id(category.trace_id());
+      setting->set_settings(settings);
+    }
+  return request;
+}
+inline Request SinkRequest(const std::string& app, std::uint32_t type, const std::string& name,
+                           const std::string& options = {}) {
+  Request request;
+  request.mutable_submit()->set_app(app);
+  auto* const sink = request.mutable_submit()->mutable_sink();
+  sink->set_type(type);
+  sink->set_name(name);
+  sink->set_options(options);
+  return request;
+}

@@ -1,0 +1,166 @@
+// A real quord for tests, on a socket, state and keys of its own, and clients that speak to it.
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/temp_dir.h"
+
+inline bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    poll(nullptr, 0, 1);
+  }
+  return true;
+}
+
+// The exit status, or 1000 + the signal; -1 when it does not end in time.
+inline int WaitForExit(pid_t pid, int milliseconds = 20000) {
+  int status = 0;
+  if (!WaitFor([&] { return waitpid(pid, &status, WNOHANG) == pid; }, milliseconds)) return -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+class QuordProcess {
+ public:
+  // Nothing is started yet. The test's own environment names this one's socket from now on.
+  QuordProcess() {
+    setenv("QUOR_SOCKET", SocketPath().c_str(), 1);
+    setenv("QUOR_KEYS", KeysFolder().c_str(), 1);
+    setenv("QUOR_AUTOSTART", "0", 1);
+  }
+  ~QuordProcess() {
+    if (m_pid > 0) {
+      kill(m_pid, SIGKILL);
+      WaitForExit(m_pid);
+    }
+  }
+  QuordProcess(const QuordProcess&) = delete;
+  QuordProcess& operator=(const QuordProcess&) = delete;
+
+  std::string SocketPath() const { return m_folder.File("quord.sock"); }
+  std::string KeysFolder() const { return m_folder.File("keys"); }
+  const TempDir& Folder() const { return m_folder; }
+  pid_t Pid() const { return m_pid; }
+  std::string Log() const { return ReadAll(m_folder.File("log")); }
+  bool Says(const std::string& words, int milliseconds = 20000) const {
+    return WaitFor([&] { return Log().find(words) != std::string::npos; }, milliseconds);
+  }
+
+  // Starts it and waits until it serves.
+  void Start(std::vector<std::string> arguments = {}, const std::string& wrapper = {}) {
+    arguments.insert(arguments.begin(), {"--foreground", "--log-level", "debug"});
+    const std::size_t before = Log().size();
+    m_pid = Spawn(arguments, wrapper);
+    ASSERT_TRUE(WaitFor([&] { return Log().find("ready on", before) != std::string::npos; }))
+        << Log();
+  }
+  // Any other command of it; what it says goes to the log.
+  pid_t Spawn(const std::vector<std::string>& arguments, const std::string& wrapper = {}) const {
+    const pid_t pid = fork();
+    if (pid != 0) return pid;
+    const int log =
+        open(m_folder.File("log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    dup2(log, STDOUT_FILENO);
+    dup2(log, STDERR_FILENO);
+    unsetenv("JOURNAL_STREAM");
+    std::string program = getenv("QUORD");
+    std::vector<std::string> words;
+    for (std::size_t at = 0; at < wrapper.size();) {
+      const std::size_t end = std::min(wrapper.find(' ', at), wrapper.size());
+      words.push_back(wrapper.substr(at, end - at));
+      at = end + 1;
+    }
+    words.push_back(program);
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    execvp(argv[0], argv.data());
+    _exit(127);
+  }
+  int Run(const std::vector<std::string>& arguments) const { return WaitForExit(Spawn(arguments)); }
+  void Kill() {
+    kill(m_pid, SIGKILL);
+    EXPECT_EQ(WaitForExit(m_pid), 1000 + SIGKILL);
+    m_pid = 0;
+  }
+  int Stop() {
+    kill(m_pid, SIGTERM);
+    const int status = WaitForExit(m_pid);
+    m_pid = 0;
+    return status;
+  }
+  // The port of the newest listener.
+  std::string Port() const {
+    const std::string log = Log();
+    const std::size_t at = log.rfind("listening on ");
+    const std::size_t colon = log.find(':', at);
+    return log.substr(colon + 1, log.find(' ', colon) - colon - 1);
+  }
+
+ private:
+  TempDir m_folder;
+  pid_t m_pid = 0;
+};
+
+// A traced application: `body` in a process of its own, with pipes to the test for steps.
+class TracedChild {
+ public:
+  explicit TracedChild(const std::function<int(TracedChild&)>& body) {
+    EXPECT_EQ(pipe2(m_go, O_CLOEXEC), 0);
+    EXPECT_EQ(pipe2(m_told, O_CLOEXEC), 0);
+    m_pid = fork();
+    if (m_pid == 0) _exit(body(*this));
+  }
+  ~TracedChild() {
+    if (m_pid > 0) Kill();
+    for (const int end : {m_go[0], m_go[1], m_told[0], m_told[1]}) close(end);
+  }
+  TracedChild(const TracedChild&) = delete;
+  TracedChild& operator=(const TracedChild&) = delete;
+
+  void Tell(std::uint64_t number) {
+    if (write(m_told[1], &number, sizeof number) != sizeof number) _exit(99);
+  }
+  void AwaitGo() {
+    char byte;
+    if (read(m_go[0], &byte, 1) != 1) _exit(98);
+  }
+  void Go() { EXPECT_EQ(write(m_go[1], "g", 1), 1); }
+  std::uint64_t Told() {
+    pollfd ready{m_told[0], POLLIN, 0};
+    std::uint64_t number = 0;
+    EXPECT_EQ(poll(&ready, 1, 20000), 1);
+    EXPECT_EQ(read(m_told[0], &number, sizeof number), 8);
+    return number;
+  }
+  pid_t Pid() const { return m_pid; }
+  void Kill() {
+    kill(m_pid, SIGKILL);
+    Wait();
+  }
+  int Wait() {
+    const int status = m_pid > 0 ? WaitForExit(m_pid) : -1;
+    m_pid = 0;
+    return status;
+  }
+
+ private:
+  pid_t m_pid = 0;
+  int m_go[2] = {-1, -1}, m_told[2] = {-1, -1};
+};

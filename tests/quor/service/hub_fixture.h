@@ -1,0 +1,130 @@
+// A hub fed by hand, and streams that take everything.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "quor/protocol/frames.h"
+#include "quor/ring/trace_bytes.h"
+#include "quor/service/hub.h"
+#include "quor/service/stream_queue.h"
+
+// One application as the hub sees it.
+class FedSource {
+ public:
+  FedSource(Hub& hub, const std::string& app, std::uint32_t pid = 7) : m_hub(hub) {
+    Source source;
+    source.instance[0] = static_cast<std::uint8_t>(pid);
+    source.machine = "here";
+    source.app = app;
+    source.pid = std::to_string(pid);
+    m_source = hub.AddSource(source);
+    Name(1, "here");
+    Name(2, app);
+    Name(3, "Net");
+    Name(4, "Connect");
+    Name(5, std::to_string(pid));
+    Name(0, "");
+  }
+  void Name(NameId id, const std::string& text) { m_names.Enter(id, text); }
+  void Trace(const std::string& text, TraceFields fields = {}) {
+    if (fields.machine == 0) fields.machine = 1;
+    if (fields.app == 0) fields.app = 2;
+    if (fields.component == 0) fields.component = 3;
+    if (fields.category == 0) fields.category = 4;
+    if (fields.pid == 0) fields.pid = fields.tid = 5;
+    fields.attributes = 1;
+    std::vector<std::uint8_t> record(RawTrace::kFixedBytes + text.size());
+    StoreTrace(record.data(), fields, text, {});
+    m_hub.Take(m_source, m_names, record, {});
+  }
+  void Lose(std::uint64_t lost, const std::string& why) { m_hub.Lose(m_source, lost, why); }
+  const std::shared_ptr<Source>& Get() const { return m_source; }
+
+ private:
+  Hub& m_hub;
+  SourceNames m_names;
+  std::shared_ptr<Source> m_source;
+};
+
+// What a peer of the stream would read: "number app component/category text", and its ledger.
+class TakingStream final : public HubStream, public DataSink {
+ public:
+  explicit TakingStream(Hub& hub, const StreamLimits& limits = {})
+      : m_hub(hub), m_queue(hub.Names(), limits) {
+    hub.Add(*this);
+    m_queue.Begin(hub.Sources());
+  }
+  ~TakingStream() { m_hub.Remove(*this); }
+
+  void OnBatch(const SharedBatch& batch) override { m_queue.Push(batch); }
+  StreamQueue& Queue() { return m_queue; }
+  void Deliver() {
+    m_hub.Seal();
+    m_hub.Deliver();
+  }
+  // Everything that waits.
+  std::vector<std::string> Read() {
+    Deliver();
+    m_lines.clear();
+    Outgoing out;
+    while (m_queue.Next(out)) Take(out);
+    return m_lines;
+  }
+  void Take(const Outgoing& out) {
+    std::vector<std::uint8_t> body;
+    if (out.names) body = *out.names;
+    body.insert(body.end(), out.records->begin(), out.records->end());
+    EXPECT_LE(body.size(), kDataFrameBytesMax - 1);
+    std::string why;
+    EXPECT_TRUE(ReadDataBody(body, *this, &why)) << why;
+    for (const auto& word : out.ledger.sources()) {
+      ledger[word.instance()] = word;
+      auto& began = m_began[word.instance()];
+      const std::uint64_t base = word.serial() - word.delivered() - word.lost();
+      const bool isNew = m_known.insert(word.instance()).second;
+      EXPECT_TRUE(isNew || base == began);
+      began = base;
+    }
+  }
+  std::uint64_t Delivered() const {
+    std::uint64_t sum = 0;
+    for (const auto& [instance, word] : ledger) sum += word.delivered();
+    return sum;
+  }
+  std::uint64_t Lost() const {
+    std::uint64_t sum = 0;
+    for (const auto& [instance, word] : ledger) sum += word.lost();
+    return sum;
+  }
+  std::map<std::string, quor::wire::Ledger::Source> ledger;
+  std::map<NameId, std::string> names;
+  std::uint64_t numbered = 0;
+
+ private:
+  void OnName(std::uint16_t id, std::string_view utf8) override {
+    EXPECT_FALSE(names.contains(id)) << "a name is sent once";
+    names[id] = std::string(utf8);
+  }
+  void OnTrace(const std::uint8_t* record, std::size_t) override {
+    const RawTrace raw(record);
+    for (const NameId id : {raw.MachineId(), raw.AppId(), raw.ComponentId(), raw.CategoryId(),
+                            raw.PidId(), raw.TidId(), raw.SourceFileId()})
+      EXPECT_TRUE(names.contains(id)) << "the name stands before its first trace";
+    const bool hasNumber = raw.SequenceNumber() != kNoSequenceNumber;
+    if (hasNumber) ++numbered;
+    m_lines.push_back((hasNumber ? std::to_string(raw.SequenceNumber()) : "-") + " " +
+                      names[raw.AppId()] + " " + names[raw.ComponentId()] + "/" +
+                      names[raw.CategoryId()] + " " + std::string(raw.Text()));
+  }
+
+  Hub& m_hub;
+  StreamQueue m_queue;
+  std::vector<std::string> m_lines;
+  std::map<std::string, std::uint64_t> m_began;
+  std::set<std::string> m_known;
+};

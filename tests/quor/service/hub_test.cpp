@@ -1,0 +1,255 @@
+// The hub and what waits for its streams: numbers, names, batches, losses, ledgers.
+#include "quor/service/hub.h"
+
+#include <gmock/gmock.h>
+
+#include "hub_fixture.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Lines = std::vector<std::string>;
+
+TEST(HubNames, TheSameTextHasTheSameIdAndTheEmptyTextIsZero) {
+  HubNames names;
+  EXPECT_EQ(names.IdOf(""), 0);
+  const NameId id = names.IdOf("orders");
+  EXPECT_EQ(names.IdOf("orders"), id);
+  EXPECT_NE(names.IdOf("billing"), id);
+  EXPECT_EQ(names.Text(id), "orders");
+}
+
+TEST(HubNames, BehindSixtyFiveThousandNamesAllFurtherTextsShareOneThatSaysSo) {
+  HubNames names;
+  for (int i = 0; i < 70000; ++i) names.IdOf("name " + std::to_string(i));
+  EXPECT_TRUE(names.IsFull());
+  EXPECT_EQ(names.IdOf("one more"), HubNames::kOverflow);
+  EXPECT_EQ(names.Text(HubNames::kOverflow), "(no more names: 65,535 are in use)");
+  EXPECT_EQ(names.Text(names.IdOf("name 60000")), "name 60000");  // never a wrong name
+  EXPECT_EQ(names.Text(names.IdOf("Loss")), "Loss");
+}
+
+TEST(HubNames, TheRoomForTextsIsBounded) {
+  HubNames names;
+  for (int i = 0; i < 2000; ++i) names.IdOf(std::string(65535, 'x') + std::to_string(i));
+  EXPECT_FALSE(names.IsFull());  // they are all cut to one text
+  for (int i = 0; i < 1100; ++i) names.IdOf(std::to_string(i) + std::string(65000, 'x'));
+  EXPECT_TRUE(names.IsFull());
+  EXPECT_LE(names.Count(), 1100u);
+}
+
+TEST(Hub, NumbersTracesInTheOrderOfTakingOverAllSources) {
+  Hub hub;
+  FedSource one(hub, "orders", 1), two(hub, "billing", 2);
+  TakingStream stream(hub);
+  one.Trace("a");
+  two.Trace("b");
+  one.Trace("c");
+  EXPECT_THAT(stream.Read(), ElementsAre("1 orders Net/Connect a", "2 billing Net/Connect b",
+                                         "3 orders Net/Connect c"));
+}
+
+TEST(Hub, TheNumberSkipsTheValueThatMeansNone) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream stream(hub);
+  hub.SetNextNumber(0xFFFFFFFE);
+  for (const char* text : {"a", "b", "c"}) one.Trace(text);
+  EXPECT_THAT(stream.Read(), ElementsAre("4294967294 orders Net/Connect a",
+                                         "0 orders Net/Connect b", "1 orders Net/Connect c"));
+}
+
+TEST(Hub, ALossStandsWhereItHappenedAndKeepsOutOfTheCount) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream stream(hub);
+  one.Trace("a");
+  one.Lose(12, "the ring of the application was full");
+  one.Trace("b");
+  EXPECT_THAT(stream.Read(),
+              ElementsAre("1 orders Net/Connect a",
+                          "- orders Quor/Loss 12 traces lost: the ring of the application was full",
+                          "2 orders Net/Connect b"));
+  EXPECT_EQ(stream.Delivered(), 2u);
+  EXPECT_EQ(stream.Lost(), 12u);
+  EXPECT_EQ(one.Get()->serial, 14u);
+}
+
+TEST(Hub, AMonitorGetsWhatIsTakenFromItsSubscribeOnAndEachNameOnce) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream early(hub);
+  one.Trace("a");
+  TakingStream late(hub);
+  one.Trace("b");
+  EXPECT_THAT(early.Read(), ElementsAre("1 orders Net/Connect a", "2 orders Net/Connect b"));
+  EXPECT_THAT(late.Read(), ElementsAre("2 orders Net/Connect b"));
+  EXPECT_EQ(late.ledger.begin()->second.serial(), 2u);
+  EXPECT_EQ(late.ledger.begin()->second.delivered(), 1u);
+}
+
+TEST(Hub, WithoutAMonitorTracesAreCountedAndNothingIsKept) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  for (int i = 0; i < 1000; ++i) one.Trace("nobody looks");
+  EXPECT_FALSE(hub.HasOpenBatch());
+  TakingStream stream(hub);
+  one.Trace("seen");
+  EXPECT_THAT(stream.Read(), ElementsAre("1001 orders Net/Connect seen"));
+  EXPECT_EQ(stream.ledger.begin()->second.serial(), 1001u);
+}
+
+TEST(Hub, NamesAreBegunAnewWhenTheLastMonitorHasGone) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  {
+    TakingStream stream(hub);
+    one.Trace("a");
+    stream.Read();
+  }
+  EXPECT_EQ(hub.Names().Count(), 3u);
+  TakingStream stream(hub);
+  one.Trace("b");
+  EXPECT_THAT(stream.Read(), ElementsAre("2 orders Net/Connect b"));
+}
+
+TEST(Hub, SixtyThousandNamesAndBeyondNeverGiveAWrongName) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream stream(hub);
+  // An application may name its ids again; only the text counts.
+  Lines lines;
+  for (int i = 0; i < 70000; ++i) {
+    const std::string text = "category " + std::to_string(i);
+    one.Name(4, text);
+    one.Trace(text);
+    if (i % 1000 == 999)
+      for (std::string& line : stream.Read()) lines.push_back(std::move(line));
+  }
+  std::size_t told = 0, shared = 0, good = 0;
+  for (const std::string& line : lines) {
+    if (line.find("All 65,535 names are in use") != line.npos) {
+      ++told;
+    } else if (line.find("Net/(no more names: 65,535 are in use) category ") != line.npos) {
+      ++shared;
+    } else {
+      const std::size_t at = line.find("Net/");
+      const std::string rest = line.substr(at + 4);
+      ASSERT_EQ(rest.substr(0, rest.size() / 2), rest.substr(rest.size() / 2 + 1)) << line;
+      ++good;
+    }
+  }
+  EXPECT_EQ(told, 1u);
+  EXPECT_GT(good, 60000u);
+  EXPECT_EQ(good + shared, 70000u);
+}
+
+TEST(Hub, AnIdThatTheSourceNeverNamedGetsANameThatSaysSo) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream stream(hub);
+  TraceFields fields;
+  fields.component = 999;
+  one.Trace("a", fields);
+  EXPECT_THAT(stream.Read(),
+              ElementsAre("1 orders (a name that the application never entered)/Connect a"));
+}
+
+TEST(Hub, TheLongestRecordsAndNamesStayWithinOneFrame) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream stream(hub);
+  for (int i = 0; i < 40; ++i) {
+    for (NameId id = 10; id < 16; ++id)
+      one.Name(id, std::to_string(i * 10 + id) + std::string(65000, 'n'));
+    TraceFields fields;
+    fields.machine = 10, fields.app = 11, fields.component = 12, fields.category = 13;
+    fields.pid = 14, fields.tid = 15;
+    one.Trace(std::string(65535, 't'), fields);
+  }
+  EXPECT_EQ(stream.Read().size(), 40u);  // the reader checks each frame's length
+}
+
+TEST(StreamQueue, AFullQueueDropsTheOldestAndTheSumIsExact) {
+  Hub hub;
+  FedSource one(hub, "orders", 1), two(hub, "billing", 2);
+  TakingStream slow(hub, {256u << 10, 10000, "the monitor is too slow"});
+  TakingStream fast(hub);
+  for (int i = 0; i < 20000; ++i) {
+    one.Trace("some text of a usual length, as applications have it");
+    if (i % 3 == 0) two.Trace("other");
+    if (i % 1000 == 0) one.Lose(5, "the ring of the application was full");
+    hub.Deliver();
+  }
+  EXPECT_LE(slow.Queue().WaitingBytes(), 256u << 10);
+  const Lines lines = slow.Read();
+  EXPECT_EQ(slow.numbered, slow.Delivered());
+  EXPECT_EQ(slow.Delivered() + slow.Lost(), one.Get()->serial + two.Get()->serial);
+  EXPECT_GT(slow.Lost(), 10000u);
+  // In front, where they are missing, one word for each source.
+  EXPECT_NE(lines[0].find(" traces lost: the monitor is too slow"), std::string::npos);
+  EXPECT_NE(lines[1].find(" traces lost: the monitor is too slow"), std::string::npos);
+  fast.Read();
+  EXPECT_EQ(fast.Lost(), 100u);  // another's slowness costs this one nothing
+  EXPECT_EQ(fast.Delivered(), one.Get()->serial + two.Get()->serial - 100);
+}
+
+TEST(StreamQueue, APausedMonitorGetsNothingAndKeepsABacklogOfTenThousand) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream stream(hub);
+  one.Trace("before");
+  EXPECT_EQ(stream.Read().size(), 1u);
+  stream.Queue().Pause();
+  for (int i = 0; i < 25000; ++i) one.Trace("paused");
+  EXPECT_THAT(stream.Read(), IsEmpty());
+  stream.Queue().Resume();
+  const Lines lines = stream.Read();
+  EXPECT_NE(lines[0].find(" traces lost: the monitor is paused"), std::string::npos) << lines[0];
+  EXPECT_LE(lines.size() - 1, 10000u);
+  EXPECT_GT(lines.size() - 1, 8000u);
+  EXPECT_EQ(stream.Delivered() + stream.Lost(), 25001u);
+  EXPECT_EQ(lines.back(), "25001 orders Net/Connect paused");  // the newest are kept
+}
+
+TEST(StreamQueue, AStreamThatBeginsAnewHasEveryNameAgainAndCountsFromThere) {
+  Hub hub(true);
+  FedSource one(hub, "orders");
+  TakingStream first(hub);
+  one.Trace("taken");
+  first.Read();
+  one.Trace("under way");
+  first.Deliver();
+  Outgoing out;
+  ASSERT_TRUE(first.Queue().Next(out));
+  const std::vector<SharedBatch> kept = {out.batch};
+  first.Queue().Restart(kept);
+  first.names.clear();
+  first.ledger.clear();
+  ASSERT_TRUE(first.Queue().Next(out));
+  EXPECT_NE(out.names, nullptr);
+  ASSERT_EQ(out.ledger.sources_size(), 1);
+  EXPECT_EQ(out.ledger.sources(0).serial(), 2u);
+  EXPECT_EQ(out.ledger.sources(0).delivered(), 1u);  // the first was there before this stream
+}
+
+TEST(Hub, AForwardingHubNeverMixesSourcesInABatch) {
+  Hub hub(true);
+  FedSource one(hub, "orders", 1), two(hub, "billing", 2);
+  TakingStream stream(hub, {1u << 20, 0, "broken", true});
+  for (int i = 0; i < 10; ++i) {
+    one.Trace("a");
+    two.Trace("b");
+  }
+  stream.Deliver();
+  Outgoing out;
+  while (stream.Queue().Next(out)) {
+    EXPECT_EQ(out.ledger.sources_size(), 1);
+    stream.Take(out);
+  }
+  EXPECT_EQ(stream.Delivered(), 20u);
+}
+
+}  // namespace

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kExitLost = 1;
 constexpr int kExitWrong = 2;
-constexpr unsigned kFlushMs = 2000;
+constexpr unsigned kFlushMs = 500;
 
 // Until the time is over (0: never) or the program is interrupted. REQUIRES: the signals are
 // blocked in all threads.

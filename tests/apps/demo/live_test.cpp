@@ -1,0 +1,81 @@
+// The whole road of live traces: a traced application, a real service, a monitor's document, rows.
+#include <gmock/gmock.h>
+
+#include <map>
+#include <set>
+
+#include "demo_process.h"
+#include "documents/trace_realtime_doc.h"
+#include "listview/rows/trace_view.h"
+#include "support/fake_row_list.h"
+#include "support/recording_host.h"
+
+namespace {
+
+class LiveDemo : public testing::Test {
+ protected:
+  LiveDemo() { m_quord.Start(); }
+  void SetUp() override {
+    ASSERT_FALSE(HasFatalFailure());
+    m_document = std::make_unique<CTraceRealtimeDoc>(m_host);
+    ASSERT_TRUE(m_document->ConnectToMachine("localhost")) << m_quord.Log();
+    m_view = std::make_unique<CTraceView>(
+        *m_document, [](RowListOwner& owner) { return std::make_unique<FakeRowList>(owner); });
+    m_view->OnInitialUpdate();
+  }
+  // Drains as the frame's timer does, until the document holds so many.
+  bool DrainUntil(std::size_t traces) {
+    return WaitFor([&] {
+      m_document->Drain();
+      return m_document->m_traces.size() >= traces;
+    });
+  }
+  std::string Component(const TraceEvent_i& event) {
+    return event.GetComponentName(m_document->m_names);
+  }
+
+  QuordProcess m_quord;
+  RecordingHost m_host;
+  std::unique_ptr<CTraceRealtimeDoc> m_document;
+  std::unique_ptr<CTraceView> m_view;
+};
+
+TEST_F(LiveDemo, EveryTraceOfTheApplicationBecomesARow) {
+  DemoProcess demo({"--rate", "4000", "--for", "1", "--threads", "4", "--name", "shop"});
+  ASSERT_EQ(demo.Wait(), 0) << demo.Err();
+  const unsigned long traced = demo.Traces();
+  ASSERT_GT(traced, 1000u);
+  ASSERT_TRUE(DrainUntil(traced)) << m_document->m_traces.size() << " of " << traced;
+  EXPECT_EQ(m_document->m_traces.size(), traced);
+  EXPECT_EQ(m_view->List().ItemCount(), static_cast<int>(traced));
+
+  std::set<std::string> components;
+  std::map<std::string, int> open;  // blocks, by thread and text
+  for (std::size_t i = 0; i < traced; ++i) {
+    const TraceEvent_i& event = *m_document->m_traces[i];
+    EXPECT_EQ(event.GetSequenceNumber(), m_document->m_traces[0]->GetSequenceNumber() + i);
+    EXPECT_EQ(event.GetAppName(m_document->m_names), "shop");
+    EXPECT_EQ(event.GetMachineName(m_document->m_names), _trc_GetHostName());
+    components.insert(Component(event));
+    const std::string text = event.GetText(), thread = event.GetTidName(m_document->m_names);
+    if (text.rfind("Begin: ", 0) == 0) ++open[thread + text.substr(7)];
+    if (text.rfind("End: ", 0) == 0) --open[thread + text.substr(5)];
+  }
+  EXPECT_EQ(components, (std::set<std::string>{"Worker", "Http", "Orders", "Database", "Payment"}));
+  for (const auto& [block, balance] : open) EXPECT_EQ(balance, 0) << block;
+}
+
+TEST_F(LiveDemo, AMonitorOfAServiceThatStopsStaysOpenAndTheApplicationGoesOn) {
+  DemoProcess demo({"--rate", "500"});
+  ASSERT_TRUE(DrainUntil(20));
+  m_quord.Kill();
+  m_document->Drain();
+  EXPECT_TRUE(m_document->IsConnected());
+  const std::size_t held = m_document->m_traces.size();
+  m_quord.Start();
+  EXPECT_TRUE(DrainUntil(held + 20));
+  demo.Signal(SIGINT);
+  EXPECT_EQ(demo.Wait(), 0) << demo.Err();
+}
+
+}  // namespace

@@ -23,6 +23,8 @@ void TakeValue(ProgramOptions& options, const std::string& name, const std::stri
     options.settings = value;
   } else if (name == "--render") {
     options.render = value;
+  } else if (name == "--monitor") {
+    options.monitor = value;
   } else if (!ParseSize(value, options.size)) {
     options.wrong = "--size wants WIDTHxHEIGHT, as in 1200x800";
   }
@@ -46,7 +48,8 @@ ProgramOptions ParseProgramOptions(const std::vector<std::string>& arguments) {
       options.version = true;
     } else if (argument == "--dark") {
       options.dark = true;
-    } else if (name == "--settings" || name == "--render" || name == "--size") {
+    } else if (name == "--settings" || name == "--render" || name == "--size" ||
+               name == "--monitor") {
       const bool next = equals == std::string::npos && i + 1 < arguments.size();
       TakeValue(options, name,
                 next                          ? arguments[++i]
@@ -64,16 +67,18 @@ const char* UsageText() {
          "\n"
          "Shows traces: opens the trace file FILE, or an empty window.\n"
          "\n"
+         "  --monitor MACHINE open a monitor on MACHINE; localhost is this one\n"
          "  --settings FILE   keep the settings in FILE\n"
          "  --size WxH        open the main window at this size, as in 1200x800\n"
          "  --dark            dark colours, whatever the system says\n"
-         "  --render OUT.png  open FILE, write a picture of the window and leave\n"
+         "  --render OUT.png  open FILE or monitor, write a picture of the window and leave\n"
          "  --version         print the version and leave\n"
          "  -h, --help        print this and leave\n"
          "\n"
          "examples:\n"
          "  tessera web.trc\n"
+         "  tessera --monitor localhost\n"
          "  QT_QPA_PLATFORM=offscreen tessera --render web.png --size 1400x900 web.trc\n"
          "\n"
-         "Exit status: 0 good, 2 wrong use, no display, or FILE cannot be opened.\n";
+         "Exit status: 0 good, 2 wrong use, no display, or what was named cannot be opened.\n";
 }

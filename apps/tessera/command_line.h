@@ -11,6 +11,7 @@ struct ProgramOptions {
   bool dark = false;
   std::string settings;  // the settings file, empty for the user's
   std::string render;    // the picture to write, empty to run as usual
+  std::string monitor;   // the machine whose traces to show, empty for none
   QSize size;            // of the main window; empty for the stored one
   std::vector<std::string> rest;
   std::string wrong;  // not empty: what is wrong with the arguments

@@ -47,6 +47,7 @@ int Render(CTesseraApp& tessera, const std::string& path) {
     std::fprintf(stderr, "tessera: the file is still loading\n");
     return 1;
   }
+  if (!WaitForTraces(tessera)) std::fprintf(stderr, "tessera: few traces came in\n");
   if (RenderMainWindow(tessera, QString::fromStdString(path))) return 0;
   std::fprintf(stderr, "tessera: cannot write %s\n", path.c_str());
   return kExitWrong;
@@ -65,7 +66,9 @@ int Run(const ProgramOptions& options) {
   const std::unique_ptr<BoxAnswerer> answerer(options.render.empty() ? nullptr : new BoxAnswerer);
   const bool started = tessera.InitInstance(options.rest);
   if (signalPipe.Asked()) return 0;
-  if (!started) {
+  const bool monitors = options.monitor.empty() || tessera.OpenMonitor(options.monitor);
+  if (!monitors) std::fprintf(stderr, "tessera: no trace service on %s\n", options.monitor.c_str());
+  if (!started || !monitors) {
     std::fprintf(stderr, "tessera: could not open what was asked for\n");
     return kExitWrong;
   }

@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kLookMs = 20;
 constexpr qint64 kPatienceMs = 600'000;
+constexpr qint64 kTracePatienceMs = 10'000;
 
 void AnswerBox() {
   auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
@@ -59,6 +60,25 @@ bool WaitForLoads(CTesseraApp& tessera) {
     quiet = Loading(tessera) ? 0 : quiet + 1;
   }
   return quiet >= 3;
+}
+
+bool WaitForTraces(CTesseraApp& tessera) {
+  constexpr std::size_t kEnough = 100;  // more than a page
+  QElapsedTimer clock;
+  clock.start();
+  const auto enough = [&tessera] {
+    for (const auto& document : tessera.MonitorTemplate()->Documents()) {
+      const auto* traces = dynamic_cast<const CTraceDoc*>(document.get());
+      if (traces && traces->m_traces.size() < kEnough) return false;
+    }
+    return true;
+  };
+  while (!enough() && clock.elapsed() < kTracePatienceMs) {
+    QEventLoop loop;
+    QTimer::singleShot(kLookMs, &loop, &QEventLoop::quit);
+    loop.exec();
+  }
+  return enough();
 }
 
 bool RenderMainWindow(CTesseraApp& tessera, const QString& path) {

@@ -22,5 +22,9 @@ class BoxAnswerer {
 // takes longer than ten minutes.
 bool WaitForLoads(CTesseraApp& tessera);
 
+// Runs the event loop until every open monitor holds more than a page of traces; false after ten
+// seconds.
+bool WaitForTraces(CTesseraApp& tessera);
+
 // Writes the main window as it stands.
 bool RenderMainWindow(CTesseraApp& tessera, const QString& path);

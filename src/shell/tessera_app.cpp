@@ -136,17 +136,18 @@ void CTesseraApp::OnNewMonitor() {
   if (query.DoModal() == CDialog::kIdOk) OpenMonitor(query.m_strMachine);
 }
 
-void CTesseraApp::OpenMonitor(const std::string& machine) {
+bool CTesseraApp::OpenMonitor(const std::string& machine) {
   CDocument* const document = m_monitorTemplate->OpenDocumentFile(nullptr, false);
-  if (!document) return;
+  if (!document) return false;
   auto& monitor = static_cast<CTraceRealtimeDoc&>(*document);
   auto& frame = static_cast<CMDIChildWnd&>(*monitor.Views().front()->GetParentFrame());
   if (!monitor.ConnectToMachine(machine)) {
     frame.Destroy();  // with it goes the document, whose only frame it is
-    return;
+    return false;
   }
   monitor.SetPathName(CTraceRealtimeDoc::TitleFor(machine), false);
   m_monitorTemplate->InitialUpdateFrame(frame, monitor, true);
+  return true;
 }
 
 void CTesseraApp::OpenLocalMonitor() {

@@ -35,8 +35,9 @@ class CTesseraApp : public CWinApp {
   // Shows a monitor of this machine: one that is open already to "localhost" or to the host name
   // stays as it is, else a new one is opened to the host name.
   void OpenLocalMonitor();
-  // Opens a monitor's window; a machine that cannot be reached leaves none, without a word.
-  void OpenMonitor(const std::string& machine);
+  // Opens a monitor's window; a machine that cannot be reached leaves none, without a word, and
+  // gives false.
+  bool OpenMonitor(const std::string& machine);
   // How monitors connect; a test puts a source of its own here.
   CTraceRealtimeDoc::Connector m_connectMonitor = CTraceRealtimeDoc::ConnectToTraceService;
 

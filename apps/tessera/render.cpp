@@ -86,6 +86,8 @@ bool RenderMainWindow(CTesseraApp& tessera, const QString& path) {
   if (!face) return false;
   // One window fills the room.
   tessera.Frame()->OnCommand(ID_WINDOW_TILE_HORZ);
+  // Its new size reaches the scroll bars in later turns of the loop.
+  WaitForLoads(tessera);
   face->Actions().UpdateAll();
   return face->Window().grab().save(path, "PNG");
 }

@@ -53,8 +53,10 @@ TEST(TrcCommandLine, VersionIsOneLine) {
 }
 
 TEST(TrcCommandLine, WithoutACommandItIsWrongUse) {
-  ExpectRefused({}, "a command is needed: gen, info, dump, save, tail, capture, apps, show, set, sink or "
-                    "emit\nTry 'trc --help'.\n");
+  ExpectRefused(
+      {},
+      "a command is needed: gen, info, dump, save, tail, capture, apps, show, set, sink or "
+      "emit\nTry 'trc --help'.\n");
   ExpectRefused({"--jsn"}, "--jsn");
 }
 

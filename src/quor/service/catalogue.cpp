@@ -39,6 +39,7 @@ Catalogue::Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaul
     }
     const bool held = std::any_of(stored.holders.begin(), stored.holders.end(), Lives);
     CatalogueApp& kept = m_apps[app.name] = std::move(app);
+    kept.awaited = kept.submitted && held;
     if (kept.submitted && !held) Forget(kept);
   }
 }
@@ -94,8 +95,7 @@ void Catalogue::CloseHandle(CatalogueApp& app, std::uint32_t pid) {
 
 void Catalogue::Release(CatalogueApp& app) {
   if (app.IsHeld()) return StoreHolders(app);
-  // Others that held it before a restart may still be on their way back.
-  if (m_grace && app.submitted) return;
+  if (app.awaited) return;
   if (app.submitted) Forget(app);
   if (!app.traces.empty()) return;
   if (m_store) m_store->EraseApp(app);
@@ -103,9 +103,10 @@ void Catalogue::Release(CatalogueApp& app) {
 }
 
 void Catalogue::EndGrace() {
-  m_grace = false;
-  for (auto& [name, app] : m_apps)
+  for (auto& [name, app] : m_apps) {
+    app.awaited = false;
     if (app.submitted && !app.IsHeld()) Forget(app);
+  }
 }
 
 void Catalogue::Forget(CatalogueApp& app) {

@@ -36,6 +36,7 @@ struct CatalogueApp {
   std::map<std::pair<std::string, std::string>, std::uint32_t> ids;
   LinkSink sink;
   bool submitted = false;
+  bool awaited = false;  // held before a restart: its holders may still be on their way back
   std::multiset<std::uint32_t> instances;  // pids
   std::multiset<std::uint32_t> handles;    // pids of those that hold one; 0: on another machine
   std::int64_t row = 0;                    // in the store; 0: not there
@@ -90,7 +91,6 @@ class Catalogue {
   std::unique_ptr<CatalogueStore> m_store;
   const std::uint32_t m_defaultSettings;
   std::map<std::string, CatalogueApp> m_apps;
-  bool m_grace = true;
 };
 
 // The sink of a new application.

@@ -23,6 +23,7 @@ class MonitorStream final : public HubStream {
   void Resume();
   void OnBatch(const SharedBatch& batch) override;
   void Pump() { PumpUpTo(kInFlightBytes); }
+  std::size_t WaitingBytes() const { return m_queue.WaitingBytes(); }
   // At an orderly end: as much as the connection takes.
   void Flush();
 

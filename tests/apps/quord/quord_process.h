@@ -78,6 +78,8 @@ class QuordProcess {
     dup2(log, STDOUT_FILENO);
     dup2(log, STDERR_FILENO);
     unsetenv("JOURNAL_STREAM");
+    setenv("QUOR_SOCKET", SocketPath().c_str(), 1);
+    setenv("QUOR_KEYS", KeysFolder().c_str(), 1);
     std::string program = getenv("QUORD");
     std::vector<std::string> words;
     for (std::size_t at = 0; at < wrapper.size();) {

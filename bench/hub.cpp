@@ -1,0 +1,227 @@
+// The hub beside a bare relay: an application's traces through ring, numbering, names, ledgers and
+// frames to monitors on unix sockets, beside the same bytes read from one unix socket and written
+// to as many others. And what a monitor that reads nothing costs the one that does.
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <asio/io_context.hpp>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "bench/ratio.h"
+#include "quor/protocol/connection.h"
+#include "quor/ring/ring_producer.h"
+#include "quor/ring/trace_bytes.h"
+#include "quor/service/monitor_stream.h"
+#include "quor/service/traced_app.h"
+
+namespace {
+
+constexpr std::uint64_t kTraces = 1'000'000;
+constexpr std::size_t kTextBytes = 100;
+constexpr std::size_t kRecordBytes = RawTrace::kFixedBytes + kTextBytes;
+constexpr std::size_t kBehindBytes = 1u << 20;  // the hub waits for monitors that are so far behind
+constexpr std::size_t kReadBytes = 256u << 10;
+
+struct Pair {
+  int near = -1, far = -1;
+};
+Pair MakePair() {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) std::abort();
+  return {ends[0], ends[1]};
+}
+
+template <class Body>
+pid_t Fork(Body body) {
+  const pid_t pid = fork();
+  if (pid != 0) return pid;
+  body();
+  _exit(0);
+}
+
+void Reap(const std::vector<pid_t>& children) {
+  for (const pid_t child : children) waitpid(child, nullptr, 0);
+}
+
+// A process that reads to the end.
+pid_t Reader(const Pair& pair, const std::vector<Pair>& all) {
+  return Fork([&] {
+    for (const Pair& other : all) close(other.near);
+    std::vector<char> room(kReadBytes);
+    while (read(pair.far, room.data(), room.size()) > 0) {
+    }
+  });
+}
+
+std::vector<Pair> MakePairs(std::size_t count) {
+  std::vector<Pair> pairs(count);
+  for (Pair& pair : pairs) pair = MakePair();
+  return pairs;
+}
+
+void WriteAll(int to, const char* bytes, std::size_t size) {
+  while (size > 0) {
+    const ssize_t written = write(to, bytes, size);
+    if (written <= 0) std::abort();
+    bytes += written;
+    size -= static_cast<std::size_t>(written);
+  }
+}
+
+void Relay(std::size_t monitors) {
+  const std::vector<Pair> pairs = MakePairs(monitors);
+  std::vector<pid_t> children;
+  for (const Pair& pair : pairs) children.push_back(Reader(pair, pairs));
+  const Pair in = MakePair();
+  children.push_back(Fork([&] {
+    close(in.far);
+    const std::vector<char> frame(kBatchBytes, 'x');
+    for (std::uint64_t left = kTraces * (kRecordBytes + 1); left > 0;) {
+      const std::size_t now = std::min<std::uint64_t>(left, frame.size());
+      WriteAll(in.near, frame.data(), now);
+      left -= now;
+    }
+  }));
+  close(in.near);
+  std::vector<char> room(kBatchBytes);
+  for (ssize_t got; (got = read(in.far, room.data(), room.size())) > 0;)
+    for (const Pair& pair : pairs) WriteAll(pair.near, room.data(), static_cast<std::size_t>(got));
+  close(in.far);
+  for (const Pair& pair : pairs) {
+    close(pair.near);
+    close(pair.far);
+  }
+  Reap(children);
+}
+
+struct Silent final : Connection::Handler {
+  MonitorStream* stream = nullptr;
+  void OnFrame(const Frame&) override {}
+  void OnWritten() override {
+    if (stream) stream->Pump();
+  }
+  void OnClosed(const std::string&) override {}
+};
+
+class HubRun {
+ public:
+  // The last `stalled` of the monitors read nothing.
+  HubRun(std::size_t monitors, std::size_t stalled) : m_pairs(MakePairs(monitors)) {
+    m_segment.Create({16, 4096, 8u << 20}, 1, 42);
+    for (std::size_t i = 0; i + stalled < monitors; ++i)
+      m_children.push_back(Reader(m_pairs[i], m_pairs));
+    for (const Pair& pair : m_pairs) AddMonitor(pair, m_streams.size() + stalled < monitors);
+  }
+
+  void Run() {
+    SegmentMap view;
+    const char* why = "";
+    if (!view.Open(dup(m_segment.Descriptor()), &why)) std::abort();
+    const pid_t producer = Fork([this] { Produce(); });
+    TracedApp app(std::move(view), "bench", "here", 1);
+    app.Enter(m_hub);
+    app.Begin();
+    while (m_hub.Taken() < kTraces) {
+      m_io.poll();
+      if (IsBehind()) {
+        m_io.run_one();
+      } else {
+        app.Drain(4096, false);
+      }
+    }
+    m_hub.Seal();
+    m_hub.Deliver();
+    waitpid(producer, nullptr, 0);
+    for (std::size_t i = 0; i < m_streams.size(); ++i)
+      while (m_reads[i] && m_connections[i]->QueuedBytes() > 0) m_io.run_one();
+    app.Leave();
+    End();
+  }
+
+ private:
+  void AddMonitor(const Pair& pair, bool reads) {
+    LocalSocket socket(m_io);
+    socket.assign(asio::local::stream_protocol(), pair.near);
+    if (reads) close(pair.far);
+    m_handlers.push_back(std::make_unique<Silent>());
+    ConnectionLimits limits;
+    limits.silenceDeadline = limits.writeDeadline = std::chrono::minutes(10);
+    m_connections.push_back(
+        Connection::Start(MakeStream(std::move(socket)), *m_handlers.back(), limits));
+    m_streams.push_back(
+        std::make_unique<MonitorStream>(m_hub, *m_connections.back(), StreamLimits()));
+    m_handlers.back()->stream = m_streams.back().get();
+    m_streams.back()->Start();
+    m_reads.push_back(reads);
+  }
+  bool IsBehind() const {
+    for (std::size_t i = 0; i < m_streams.size(); ++i)
+      if (m_reads[i] && m_streams[i]->WaitingBytes() > kBehindBytes) return true;
+    return false;
+  }
+  void Produce() {
+    RingProducer ring(m_segment, -1);
+    const std::string text(kTextBytes, 't');
+    TraceFields fields;
+    fields.count = 1;
+    fields.attributes = 1;
+    for (std::uint64_t i = 0; i < kTraces; ++i) {
+      RingProducer::Slot slot;
+      // Waits for room instead of dropping, and takes its drop back: all is to arrive.
+      while (!ring.Reserve(kRecordBytes, slot)) {
+        m_segment.Header()->pendingDrops.store(0);
+        usleep(50);
+      }
+      StoreTrace(slot.record, fields, text, {});
+      ring.Commit(slot);
+    }
+  }
+  void End() {
+    for (std::size_t i = 0; i < m_streams.size(); ++i) {
+      m_handlers[i]->stream = nullptr;
+      m_streams[i].reset();
+      m_connections[i]->Close();
+      m_connections[i].reset();
+      if (!m_reads[i]) close(m_pairs[i].far);
+    }
+    m_io.restart();
+    m_io.poll();
+    Reap(m_children);
+  }
+
+  SegmentMap m_segment;
+  std::vector<Pair> m_pairs;
+  std::vector<pid_t> m_children;
+  asio::io_context m_io{1};
+  Hub m_hub;
+  std::vector<std::unique_ptr<Silent>> m_handlers;
+  std::vector<std::shared_ptr<Connection>> m_connections;
+  std::vector<std::unique_ptr<MonitorStream>> m_streams;
+  std::vector<bool> m_reads;
+};
+
+double PerTraceNs(double seconds) {
+  return seconds * 1e9 / static_cast<double>(kTraces);
+}
+
+}  // namespace
+
+int main() {
+  signal(SIGPIPE, SIG_IGN);
+  for (const std::size_t monitors : {1, 4}) {
+    const Measured measured = MeasureBeside(
+        5, [monitors] { Relay(monitors); }, [monitors] { HubRun(monitors, 0).Run(); });
+    PrintRow("hub, " + std::to_string(monitors) + " monitors, unix socket, to a bare relay",
+             PerTraceNs(measured.seconds), "ns/trace", PerTraceNs(measured.floorSeconds),
+             measured.ratio, 2.0);
+  }
+  const Measured slow = MeasureBeside(
+      5, [] { HubRun(1, 0).Run(); }, [] { HubRun(2, 1).Run(); });
+  PrintRow("hub, 1 monitor and one that stalls, to 1 alone", PerTraceNs(slow.seconds), "ns/trace",
+           PerTraceNs(slow.floorSeconds), slow.ratio, 1.1);
+  return 0;
+}

@@ -2,7 +2,6 @@
 #include <quor/quor.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <deque>
 #include <thread>
@@ -18,6 +17,7 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* kCategories[] = {"Connect", "Request", "Close"};
 constexpr int kFlushMs = 5000;
 constexpr std::size_t kDeepestBlock = 5;
+constexpr std::uint64_t kEndless = ~std::uint64_t{0};
 
 // The library keeps points and names for the life of the program.
 std::deque<quor_point>& Points(const EmitOptions& options) {
@@ -31,20 +31,21 @@ std::deque<quor_point>& Points(const EmitOptions& options) {
   return points;
 }
 
-// One thread's share of the load.
+// One thread's share of the load: `count` traces, or until SIGINT when that is 0.
 class Emitter {
  public:
   Emitter(const EmitOptions& options, std::deque<quor_point>& points, std::uint64_t number,
-          std::atomic<std::uint64_t>& left)
+          std::uint64_t count)
       : m_options(options),
         m_points(points),
         m_number(number),
-        m_left(left),
+        m_count(count),
         m_random(options.seed * 1000003 + number) {}
 
   void Run() {
     const Clock::time_point begin = Clock::now();
-    for (std::uint64_t sent = 0; !Interrupted() && TakeOne(); ++sent) {
+    std::uint64_t sent = 0;
+    for (; !Interrupted() && (m_options.count == 0 || sent < m_count); ++sent) {
       if (m_options.rate != 0) Wait(begin, sent);
       if (m_options.blocks) {
         TraceInBlocks(sent);
@@ -52,17 +53,10 @@ class Emitter {
         Trace("", sent);
       }
     }
+    while (!m_open.empty()) EndBlock();
   }
 
  private:
-  // Is there one of all threads' traces left for this one? Without a count always.
-  bool TakeOne() {
-    if (m_options.count == 0) return true;
-    std::uint64_t left = m_left.load(std::memory_order_relaxed);
-    while (left > 0)
-      if (m_left.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) return true;
-    return false;
-  }
   // Each thread has an equal part of the rate; what was missed is made up for.
   void Wait(Clock::time_point begin, std::uint64_t sent) const {
     const double perThread =
@@ -74,19 +68,22 @@ class Emitter {
     while (!Interrupted() && Clock::now() < due)
       std::this_thread::sleep_until(std::min(due, Clock::now() + std::chrono::milliseconds(50)));
   }
-  void TraceInBlocks(std::uint64_t index) {
+  // With a count, every block that is open must have a trace left for its end.
+  void TraceInBlocks(std::uint64_t sent) {
+    const std::uint64_t left = m_options.count == 0 ? kEndless : m_count - sent;  // with this one
     const std::uint32_t step = m_random.Below(4);
-    const bool last =
-        m_options.count != 0 && m_left.load(std::memory_order_relaxed) < m_open.size();
-    if (step == 0 && m_open.size() < kDeepestBlock && !last) {
-      m_open.push_back("block " + std::to_string(index));
+    if (left <= m_open.size() || (step == 1 && !m_open.empty())) {
+      EndBlock();
+    } else if (step == 0 && m_open.size() < kDeepestBlock && left >= m_open.size() + 2) {
+      m_open.push_back("block " + std::to_string(sent));
       Send("Begin: " + m_open.back(), QUOR_INFO);
-    } else if ((step == 1 || last) && !m_open.empty()) {
-      Send("End: " + m_open.back(), QUOR_INFO);
-      m_open.pop_back();
     } else {
-      Trace(m_open.empty() ? "" : m_open.back() + ": ", index);
+      Trace(m_open.empty() ? "" : m_open.back() + ": ", sent);
     }
+  }
+  void EndBlock() {
+    Send("End: " + m_open.back(), QUOR_INFO);
+    m_open.pop_back();
   }
   void Trace(const std::string& before, std::uint64_t index) {
     constexpr unsigned kSeverities[] = {QUOR_INFO, QUOR_INFO, QUOR_INFO, QUOR_WARN, QUOR_ERROR};
@@ -106,7 +103,7 @@ class Emitter {
   const EmitOptions& m_options;
   std::deque<quor_point>& m_points;
   const std::uint64_t m_number;
-  std::atomic<std::uint64_t>& m_left;
+  const std::uint64_t m_count;
   SampleRandom m_random;
   std::vector<std::string> m_open;  // blocks, innermost last
 };
@@ -116,11 +113,13 @@ class Emitter {
 int RunEmit(const EmitOptions& options) {
   std::deque<quor_point>& points = Points(options);
   quor_application(options.app.c_str());
-  std::atomic<std::uint64_t> left{options.count};
   std::vector<std::thread> threads;
-  for (std::uint64_t i = 0; i < options.threads; ++i)
+  for (std::uint64_t i = 0; i < options.threads; ++i) {
+    const std::uint64_t share =
+        options.count / options.threads + (i < options.count % options.threads ? 1 : 0);
     threads.emplace_back(
-        [&options, &points, i, &left] { Emitter(options, points, i, left).Run(); });
+        [&options, &points, i, share] { Emitter(options, points, i, share).Run(); });
+  }
   for (std::thread& thread : threads) thread.join();
   quor_flush(kFlushMs);
   quor_counts counts{};

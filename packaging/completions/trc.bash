@@ -21,15 +21,18 @@ _trc() {
   local command= word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $word in
-      gen | info | dump | save) command=$word; break ;;
+      gen | info | dump | save | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
   case $command:$previous in
-    dump:-f | dump:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
-    dump:-c | dump:--columns) _trc_columns "$current"; return ;;
+    dump:-f | dump:--format | tail:-f | tail:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
+    dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
     dump:-b | dump:--from | dump:-n | dump:--count) return ;;
+    tail:-n | tail:--count | tail:--for | capture:-n | capture:--count | capture:--for) return ;;
+    capture:--max-* | sink:--max-* | sink:-s | sink:--server) return ;;
+    emit:-[acrnts] | emit:--[acrt]* | emit:--seed | emit:--count) return ;;
   esac
   if [[ $current == -* ]]; then
     local options='--help'
@@ -38,10 +41,24 @@ _trc() {
       gen) options='--help --records --seed' ;;
       info) options='--help --json' ;;
       dump) options='--help --format --columns --utc --from --count' ;;
+      tail) options='--help --format --columns --utc --count --for' ;;
+      capture) options='--help --out --count --for --max-size --max-files' ;;
+      apps | show) options='--help --json' ;;
+      set) options='--help --all' ;;
+      sink) options='--help --server --file --flush --max-files --max-size' ;;
+      emit) options='--help --app --components --rate --count --text-bytes --threads --blocks --seed' ;;
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump save' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump save tail capture apps show set sink emit' -- "$current"))
+  elif [[ $command == set ]]; then
+    local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)
+    COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose
+      Location Stack" -- "$current"))
+  elif [[ $command == show || $command == sink && $previous != -o && $previous != --file ]]; then
+    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current"))
+  elif [[ $command == tail || $command == apps || $command == emit ]]; then
+    return
   else
     compopt -o filenames
     local IFS=$'\n'

@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump save
+set -l commands gen info dump save tail capture apps show set sink emit
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
 
@@ -18,6 +18,13 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a gen -d "Make a
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Tell what is in trace files"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tail -d "Print live traces"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a capture -d "Write live traces to a file"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List traced applications"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a show -d "Show traces, settings and sink"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a set -d "Switch traces"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a sink -d "Say where traces go"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a emit -d "Be a traced application"
 complete -c trc -s h -l help -d "Print help"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -s V -l version -d "Print the version"
 
@@ -31,3 +38,38 @@ complete -c trc -n "__fish_seen_subcommand_from dump" -s c -l columns -x -a "(__
 complete -c trc -n "__fish_seen_subcommand_from dump" -s u -l utc -d "Times in UTC"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s b -l from -x -d "Index of the first trace"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s n -l count -x -d "At most so many traces"
+
+complete -c trc -n "__fish_seen_subcommand_from tail" -s f -l format -x -a "text jsonl" -d "Format"
+complete -c trc -n "__fish_seen_subcommand_from tail" -s c -l columns -x -a "(__trc_columns)" -d "Columns"
+complete -c trc -n "__fish_seen_subcommand_from tail" -s u -l utc -d "Times in UTC"
+complete -c trc -n "__fish_seen_subcommand_from tail" -s n -l count -x -d "End after so many traces"
+complete -c trc -n "__fish_seen_subcommand_from tail" -l for -x -d "End after so many seconds"
+
+complete -c trc -n "__fish_seen_subcommand_from capture" -s o -l out -r -d "The file"
+complete -c trc -n "__fish_seen_subcommand_from capture" -s n -l count -x -d "End after so many traces"
+complete -c trc -n "__fish_seen_subcommand_from capture" -l for -x -d "End after so many seconds"
+complete -c trc -n "__fish_seen_subcommand_from capture" -l max-size -x -d "Size of a full file in MB"
+complete -c trc -n "__fish_seen_subcommand_from capture" -l max-files -x -d "Keep so many full files"
+
+complete -c trc -n "__fish_seen_subcommand_from apps show" -s j -l json -d "JSON"
+
+complete -c trc -n "__fish_seen_subcommand_from set" -s a -l all -d "All traces of the application"
+
+complete -c trc -n "__fish_seen_subcommand_from sink" -s s -l server -x -d "The machine that takes the traces"
+complete -c trc -n "__fish_seen_subcommand_from sink" -s o -l file -r -d "The application writes this file"
+complete -c trc -n "__fish_seen_subcommand_from sink" -l flush -d "Hand over each trace at once"
+complete -c trc -n "__fish_seen_subcommand_from sink" -l max-files -x -d "Keep so many full files"
+complete -c trc -n "__fish_seen_subcommand_from sink" -l max-size -x -d "Size of a full file in MB"
+
+complete -c trc -n "__fish_seen_subcommand_from emit" -s a -l app -x -d "Name of the application"
+complete -c trc -n "__fish_seen_subcommand_from emit" -s c -l components -x -d "Its components"
+complete -c trc -n "__fish_seen_subcommand_from emit" -s r -l rate -x -d "Traces a second"
+complete -c trc -n "__fish_seen_subcommand_from emit" -s n -l count -x -d "End after so many traces"
+complete -c trc -n "__fish_seen_subcommand_from emit" -l text-bytes -x -d "Bytes of a text"
+complete -c trc -n "__fish_seen_subcommand_from emit" -s t -l threads -x -d "Threads that trace"
+complete -c trc -n "__fish_seen_subcommand_from emit" -s b -l blocks -d "Nested blocks"
+complete -c trc -n "__fish_seen_subcommand_from emit" -s s -l seed -x -d "Another number, other texts"
+
+complete -c trc -n "__fish_seen_subcommand_from tail apps emit" -f
+complete -c trc -n "__fish_seen_subcommand_from show set sink" -f -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null)"
+complete -c trc -n "__fish_seen_subcommand_from set" -f -a "off support developer max Info Warn Error Developer Verbose Location Stack"

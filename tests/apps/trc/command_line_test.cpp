@@ -135,14 +135,21 @@ TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
   const std::string bash = ReadAll(folder + "/completions/trc.bash");
   const std::string zsh = ReadAll(folder + "/completions/_trc");
   const std::string fish = ReadAll(folder + "/completions/trc.fish");
-  for (const std::string word : {"gen", "info", "dump", "save", "records", "seed", "json", "format",
-                                 "columns", "utc", "from", "count", "help", "version"}) {
-    const bool option = word.size() > 4 || word == "json" || word == "utc";
-    const std::string dashed = (option && word != "info" ? "--" : "") + word;
-    EXPECT_TRUE(Has(manual, dashed)) << dashed;
-    EXPECT_TRUE(Has(bash, dashed)) << dashed;
-    EXPECT_TRUE(Has(zsh, dashed)) << dashed;
-    EXPECT_TRUE(Has(fish, word)) << word;
+  for (const std::string command :
+       {"gen", "info", "dump", "save", "tail", "capture", "apps", "show", "set", "sink", "emit"}) {
+    EXPECT_TRUE(Has(manual, "SS trc " + command)) << command;
+    for (const std::string* const file : {&bash, &zsh, &fish})
+      EXPECT_TRUE(Has(*file, command)) << command;
+  }
+  for (const std::string option :
+       {"records",  "seed",       "json", "format",     "columns", "utc",
+        "from",     "count",      "help", "version",    "for",     "out",
+        "max-size", "max-files",  "all",  "server",     "file",    "flush",
+        "app",      "components", "rate", "text-bytes", "threads", "blocks"}) {
+    EXPECT_TRUE(Has(manual, "--" + option)) << option;
+    EXPECT_TRUE(Has(bash, "--" + option)) << option;
+    EXPECT_TRUE(Has(zsh, "--" + option)) << option;
+    EXPECT_TRUE(Has(fish, "-l " + option)) << option;
   }
 }
 

@@ -53,6 +53,7 @@ class TrcProcess {
   TrcProcess& operator=(const TrcProcess&) = delete;
 
   void Interrupt() const { kill(m_process, SIGINT); }
+  void Kill() const { kill(m_process, SIGKILL); }
   // Interrupts again and again until the program has ended.
   void InterruptUntilEnded() const {
     siginfo_t ended = {};

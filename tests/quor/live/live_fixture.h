@@ -1,0 +1,85 @@
+// A real service and real programs, in a folder of their own.
+#pragma once
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "apps/trc/run_trc.h"
+#include "quor/client/trace_config.h"
+#include "quor/client/trace_thread.h"
+#include "support/temp_dir.h"
+
+template <class Condition>
+bool Eventually(Condition&& condition, std::chrono::seconds patience = std::chrono::seconds(20)) {
+  const auto until = std::chrono::steady_clock::now() + patience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= until) return false;
+    sched_yield();
+  }
+  return true;
+}
+
+class LiveProgramsTest : public testing::Test {
+ protected:
+  LiveProgramsTest() {
+    setenv("XDG_RUNTIME_DIR", m_dir.Path().c_str(), 1);
+    setenv("XDG_STATE_HOME", m_dir.File("state").c_str(), 1);
+    setenv("HOME", m_dir.Path().c_str(), 1);
+    setenv("QUOR_AUTOSTART", "0", 1);
+    unsetenv("QUOR_SOCKET");
+  }
+  ~LiveProgramsTest() override { StopService(SIGTERM); }
+
+  void StartService() {
+    m_service = fork();
+    if (m_service == 0) {
+      const int nothing = open("/dev/null", O_RDWR);
+      dup2(nothing, STDOUT_FILENO);
+      dup2(nothing, STDERR_FILENO);
+      const std::string program = getenv("QUORD");
+      execl(program.c_str(), "quord", "--foreground", nullptr);
+      _exit(127);
+    }
+    ASSERT_TRUE(Eventually([this] { return ServicePid() == m_service; }));
+  }
+  // Its exit status; 1000 + signal when that ended it.
+  int StopService(int signal) {
+    if (m_service <= 0) return -1;
+    kill(m_service, signal);
+    int status = 0;
+    waitpid(m_service, &status, 0);
+    m_service = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  }
+  // Of whoever listens on the local socket; 0 when nobody does.
+  pid_t ServicePid() const {
+    const int end = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    m_dir.File("quor/quord.sock").copy(address.sun_path, sizeof address.sun_path - 1);
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (connect(end, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0)
+      getsockopt(end, SOL_SOCKET, SO_PEERCRED, &peer, &size);
+    close(end);
+    return peer.pid;
+  }
+  // "N traced, M lost" and such: the number in front of the word.
+  static std::uint64_t Told(const std::string& words, const std::string& word) {
+    const std::size_t at = words.find(" " + word);
+    if (at == words.npos) return ~0ull;
+    const std::size_t begin = words.find_last_of(" \n", at - 1);
+    return std::stoull(words.substr(begin == words.npos ? 0 : begin + 1));
+  }
+  bool IsHere(const std::string& app) {
+    const TrcRun run = RunTrc({"show", app});
+    return run.status == 0 && run.out.find("Net/Connect") != run.out.npos;
+  }
+
+  TempDir m_dir;
+  pid_t m_service = -1;
+};

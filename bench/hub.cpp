@@ -112,6 +112,11 @@ class HubRun {
   // The last `stalled` of the monitors read nothing.
   HubRun(std::size_t monitors, std::size_t stalled) : m_pairs(MakePairs(monitors)) {
     m_segment.Create({16, 4096, 8u << 20}, 1, 42);
+    std::uint32_t used = 0;
+    for (const char* const name : {"", "here", "bench", "Net", "Connect", "4711"})
+      used += static_cast<std::uint32_t>(StoreName(
+          m_segment.Names() + used, static_cast<NameId>(used == 0 ? 0 : ++m_names), name));
+    m_segment.Header()->nameBytesUsed.store(used);
     for (std::size_t i = 0; i + stalled < monitors; ++i)
       m_children.push_back(Reader(m_pairs[i], m_pairs));
     for (const Pair& pair : m_pairs) AddMonitor(pair, m_streams.size() + stalled < monitors);
@@ -169,6 +174,8 @@ class HubRun {
     TraceFields fields;
     fields.count = 1;
     fields.attributes = 1;
+    fields.machine = 1, fields.app = 2, fields.component = 3, fields.category = 4;
+    fields.pid = fields.tid = 5;
     for (std::uint64_t i = 0; i < kTraces; ++i) {
       RingProducer::Slot slot;
       // Waits for room instead of dropping, and takes its drop back: all is to arrive.
@@ -194,6 +201,7 @@ class HubRun {
   }
 
   SegmentMap m_segment;
+  unsigned m_names = 0;
   std::vector<Pair> m_pairs;
   std::vector<pid_t> m_children;
   asio::io_context m_io{1};

@@ -44,7 +44,11 @@ NameId Hub::Translate(NameId own, SourceNames& names, const Learn& learn) {
   NameId id = 0;
   if (names.Find(own, m_names, id)) return id;
   if (learn) learn();
-  return names.Find(own, m_names, id) ? id : m_names.IdOf(kUnknownName);
+  if (names.Find(own, m_names, id)) return id;
+  // Entered, so that a source that never names its ids costs no more than others.
+  names.Enter(own, kUnknownName);
+  names.Find(own, m_names, id);
+  return id;
 }
 
 void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes record,

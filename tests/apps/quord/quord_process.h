@@ -80,14 +80,15 @@ class QuordProcess {
     unsetenv("JOURNAL_STREAM");
     setenv("QUOR_SOCKET", SocketPath().c_str(), 1);
     setenv("QUOR_KEYS", KeysFolder().c_str(), 1);
-    std::string program = getenv("QUORD");
+    const char* const program = getenv("QUORD");
+    if (!program) _exit(127);
     std::vector<std::string> words;
     for (std::size_t at = 0; at < wrapper.size();) {
       const std::size_t end = std::min(wrapper.find(' ', at), wrapper.size());
       words.push_back(wrapper.substr(at, end - at));
       at = end + 1;
     }
-    words.push_back(program);
+    words.emplace_back(program);
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());

@@ -1,0 +1,121 @@
+// The command line of quord, as its user meets it.
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "quord_client.h"
+
+namespace {
+
+class CommandLine : public ::testing::Test {
+ protected:
+  QuordProcess quord;
+};
+
+TEST_F(CommandLine, HelpHasExamplesAndTheVersionIsTold) {
+  EXPECT_EQ(quord.Run({"--help"}), 0);
+  EXPECT_NE(quord.Log().find("Examples:"), std::string::npos);
+  EXPECT_NE(quord.Log().find("--log-level"), std::string::npos);
+  EXPECT_EQ(quord.Run({"keys", "issue", "--help"}), 0);
+  EXPECT_EQ(quord.Run({"--version"}), 0);
+  EXPECT_NE(quord.Log().find("quord 3."), std::string::npos);
+}
+
+TEST_F(CommandLine, WrongUseIsTwo) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--no-such-option"},
+                                                    {"--log-level", "loud"},
+                                                    {"keys"},
+                                                    {"keys", "issue", "x"},
+                                                    {"keys", "issue", "x", "--role", "king"},
+                                                    {"--default-settings", "much"},
+                                                    {"surplus"}})
+    EXPECT_EQ(quord.Run(arguments), 2) << arguments.back();
+}
+
+TEST_F(CommandLine, WithoutForegroundItServesInTheBackgroundWhenTheCommandReturns) {
+  EXPECT_EQ(quord.Run({"status"}), 1);
+  EXPECT_EQ(quord.Run({}), 0);
+  EXPECT_EQ(quord.Run({"status"}), 0);
+  QuordClient client(quord.SocketPath());
+  EXPECT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
+  const std::string log = quord.Folder().File("state/quord.log");
+  EXPECT_TRUE(WaitFor([&] { return ReadAll(log).find("ready on") != std::string::npos; }));
+  client.Close();
+  kill(std::stoi(ReadAll(quord.Folder().File("quord.lock"))), SIGTERM);
+  EXPECT_TRUE(WaitFor([&] { return access(quord.SocketPath().c_str(), F_OK) != 0; }));
+  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
+  EXPECT_TRUE(WaitFor([&] { return ReadAll(log).find("ended") != std::string::npos; }));
+}
+
+TEST_F(CommandLine, StatusForProgramsIsJson) {
+  quord.Start();
+  const std::size_t before = quord.Log().size();
+  EXPECT_EQ(quord.Run({"status", "--json"}), 0);
+  const std::string log = quord.Log();
+  const std::size_t begin = log.find("{\n", before), end = log.find("\n}", begin);
+  ASSERT_NE(end, std::string::npos);
+  const auto answer = nlohmann::json::parse(log.substr(begin, end + 2 - begin));
+  EXPECT_EQ(answer.at("running"), true);
+  EXPECT_EQ(answer.at("pid"), quord.Pid());
+  EXPECT_TRUE(answer.at("apps").empty());
+}
+
+TEST_F(CommandLine, KeysAreNeverOverwritten) {
+  EXPECT_EQ(quord.Run({"keys", "init"}), 0);
+  const std::string key = ReadAll(quord.KeysFolder() + "/ca.key");
+  EXPECT_EQ(quord.Run({"keys", "init"}), 1);
+  EXPECT_EQ(ReadAll(quord.KeysFolder() + "/ca.key"), key);
+  using std::filesystem::perms;
+  EXPECT_EQ(std::filesystem::status(quord.KeysFolder() + "/ca.key").permissions(),
+            perms::owner_read | perms::owner_write);
+}
+
+TEST_F(CommandLine, ListeningWithoutKeysOrAtNoAddressIsRefused) {
+  EXPECT_EQ(quord.Run({"--foreground", "--listen", "127.0.0.1:0"}), 1);
+  EXPECT_TRUE(quord.Says("server.key"));
+  EXPECT_EQ(quord.Run({"keys", "init"}), 0);
+  EXPECT_EQ(quord.Run({"--foreground", "--listen", "somewhere"}), 1);
+  EXPECT_TRUE(quord.Says("is not ADDRESS:PORT"));
+}
+
+TEST_F(CommandLine, ASocketHandedOverByTheSystemIsUsedAndKept) {
+  const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  quord.SocketPath().copy(address.sun_path, sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener, 16), 0);
+  QuordClient client;
+  // A client may come before the service does.
+  ASSERT_TRUE(client.Connect(quord.SocketPath()));
+  const pid_t pid = fork();
+  if (pid == 0) {
+    dup2(listener, 3);
+    setenv("LISTEN_PID", std::to_string(getpid()).c_str(), 1);
+    setenv("LISTEN_FDS", "1", 1);
+    execl(getenv("QUORD"), "quord", "--foreground", "--log-level", "error", nullptr);
+    _exit(127);
+  }
+  EXPECT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
+  client.Close();
+  kill(pid, SIGTERM);
+  EXPECT_EQ(WaitForExit(pid), 0);
+  EXPECT_EQ(access(quord.SocketPath().c_str(), F_OK), 0);  // the system's, not ours to remove
+  close(listener);
+}
+
+TEST(Packaging, TheManualAndTheCompletionsKnowEveryOption) {
+  const std::string folder = getenv("QUORD_PACKAGING");
+  const std::string manual = ReadAll(folder + "/man/quord.1");
+  for (const std::string option : {"foreground", "log-level", "listen", "state-dir", "socket-dir",
+                                   "keys-dir", "default-settings", "json", "days", "role"}) {
+    std::string escaped = "--" + option;
+    for (std::size_t at = 0; (at = escaped.find('-', at)) != escaped.npos; at += 2)
+      escaped.insert(at, "\\");
+    EXPECT_NE(manual.find(escaped), std::string::npos) << option;
+    EXPECT_NE(ReadAll(folder + "/completions/quord.bash").find("--" + option), std::string::npos);
+    EXPECT_NE(ReadAll(folder + "/completions/_quord").find("--" + option), std::string::npos);
+    EXPECT_NE(ReadAll(folder + "/completions/quord.fish").find(option), std::string::npos);
+  }
+}
+
+}  // namespace

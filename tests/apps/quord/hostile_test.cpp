@@ -1,0 +1,249 @@
+// Peers that lie, flood, or have no business here: each costs itself only.
+#include <sys/eventfd.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <random>
+
+#include "quor/ring/link.h"
+#include "quor/ring/segment_map.h"
+#include "quor/service/local_door.h"
+#include "quord_client.h"
+
+namespace {
+
+using Bytes_t = std::vector<std::uint8_t>;
+
+class Hostile : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    quord.Start();
+    ASSERT_TRUE(witness.Monitor(quord.SocketPath()));
+  }
+  // Another connection saw nothing of it.
+  void TearDown() override {
+    Request request;
+    request.mutable_pause();
+    EXPECT_EQ(witness.Ask(request).error(), quor::wire::ERROR_NONE);
+    witness.Close();
+    EXPECT_EQ(quord.Stop(), 0);
+  }
+  bool IsEnded(QuordClient& client) {
+    return WaitFor([&] { return client.Pump(), client.ended; });
+  }
+  // What the service answers to a link that begins with these bytes and descriptors.
+  LinkFrame Greet(const Bytes_t& bytes, std::vector<int> descriptors) {
+    const int socket = ConnectToService(quord.SocketPath().c_str());
+    EXPECT_TRUE(
+        SendOnLink(socket, bytes, descriptors.data(), static_cast<int>(descriptors.size())));
+    LinkDecoder decoder;
+    LinkFrame frame;
+    bool got = false;
+    EXPECT_TRUE(WaitFor([&] {
+      std::uint8_t room[4096];
+      const LinkReceived received = ReceiveOnLink(socket, room, sizeof room);
+      const std::uint8_t* from = room;
+      got = decoder.Feed(from, room + received.bytes, frame) == LinkDecoder::Result::Frame;
+      return got || received.ended;
+    }));
+    EXPECT_TRUE(got);
+    close(socket);
+    return frame;
+  }
+  static LinkHello Named(const std::string& app) {
+    LinkHello hello;
+    hello.pid = static_cast<std::uint32_t>(getpid());
+    hello.app = app;
+    return hello;
+  }
+  QuordProcess quord;
+  QuordClient witness;
+};
+
+TEST_F(Hostile, GarbageEndsThatConnectionWithAReasonInTheLog) {
+  std::mt19937 random(7);
+  for (int i = 0; i < 50; ++i) {
+    QuordClient client(quord.SocketPath());
+    Bytes_t bytes(1 + random() % 3000);
+    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random());
+    bytes[0] = 0x7F;  // too long a frame, whatever comes
+    client.SendRaw(bytes);
+    shutdown(client.Socket(), SHUT_WR);
+    ASSERT_TRUE(IsEnded(client));
+  }
+  EXPECT_TRUE(quord.Says("malformed: "));
+}
+
+TEST_F(Hostile, GarbageBehindTheWelcomeEndsThatConnection) {
+  for (const Bytes_t& bytes : {Bytes_t{0, 0, 0, 0, 4}, Bytes_t{0xFF, 0xFF, 0xFF, 0xFF, 4},
+                               Bytes_t{0, 0, 0, 3, 4, 0xFF, 0xFF}, Bytes_t{0, 0, 0, 1, 99},
+                               Bytes_t{0, 0, 0, 1, 6}, Bytes_t{0, 0, 0, 1, 1}}) {
+    QuordClient client(quord.SocketPath());
+    ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+    client.SendRaw(bytes);
+    EXPECT_TRUE(IsEnded(client));
+  }
+}
+
+TEST_F(Hostile, AHugeHelloIsNotCollected) {
+  QuordClient client(quord.SocketPath());
+  client.SendRaw({0, 0x10, 0, 0, 1, 8});
+  EXPECT_TRUE(IsEnded(client));
+  EXPECT_TRUE(quord.Says("is too long"));
+}
+
+TEST_F(Hostile, AReplayedHelloEndsTheConnection) {
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
+  quor::wire::Hello again;
+  again.set_version(kProtocolVersion);
+  again.set_role(quor::wire::ROLE_CONFIGURE);
+  client.Send(FrameType::Hello, again);
+  EXPECT_TRUE(IsEnded(client));
+}
+
+TEST_F(Hostile, AnUnknownVersionIsRefusedInWords) {
+  QuordClient client(quord.SocketPath());
+  EXPECT_FALSE(client.Hello(quor::wire::ROLE_MONITOR, 99));
+  EXPECT_EQ(client.refused.code(), quor::wire::ERROR_VERSION);
+  EXPECT_EQ(client.refused.text(), "version 99 of the protocol is not known here, only 1");
+}
+
+TEST_F(Hostile, WhoeverSaysNothingIsSentAway) {
+  const int silent = ConnectToService(quord.SocketPath().c_str());
+  const int slow = ConnectToService(quord.SocketPath().c_str());
+  EXPECT_TRUE(SendOnLink(slow, {0, 0, 0}));
+  for (const int socket : {silent, slow}) {
+    pollfd ready{socket, POLLIN, 0};
+    EXPECT_EQ(poll(&ready, 1, 8000), 1);
+    close(socket);
+  }
+  EXPECT_TRUE(quord.Says("it does not say who it is"));
+}
+
+TEST_F(Hostile, AForgedSegmentIsRefusedWithItsReason) {
+  const int event = eventfd(0, EFD_CLOEXEC), plain = memfd_create("x", MFD_CLOEXEC);
+  EXPECT_EQ(ftruncate(plain, 1 << 20), 0);
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {plain, event}).refused.reason,
+            "the segment is not sealed");
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {event, plain}).refused.reason,
+            "its descriptors are not a segment and an event");
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {}).refused.reason,
+            "its descriptors are not a segment and an event");
+  LinkHello newer = Named("newer");
+  newer.version = 9;
+  EXPECT_EQ(Greet(EncodeHello(newer), {plain, event}).refused.reason,
+            "version 9 of the link is not known here, only 1");
+  close(plain);
+  close(event);
+}
+
+TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
+  const int event = eventfd(0, EFD_CLOEXEC);
+  SegmentMap segment;
+  ASSERT_TRUE(segment.Create({64, 4096, 4096}, 1, 12345));
+  const auto committed = [&](std::uint64_t size) {
+    auto* const record = reinterpret_cast<RingRecord*>(segment.Ring());
+    record->word.store(ring_word::Make(0, size, false) ^ segment.Layout().salt);
+  };
+  segment.Header()->pointCount.store(1000000);
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
+            LinkType::Welcome);
+  EXPECT_TRUE(quord.Says("is read no further: its trace points contradict themselves"));
+  segment.Header()->pointCount.store(0);
+  committed(1u << 20);
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
+            LinkType::Welcome);
+  EXPECT_TRUE(quord.Says("is read no further: its ring contradicts itself"));
+  committed(0);
+  segment.Header()->served.store(~std::uint64_t{0});
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
+            LinkType::Welcome);
+  EXPECT_TRUE(quord.Says("is read no further: its count of traces is impossible"));
+  close(event);
+}
+
+TEST_F(Hostile, AForwarderThatLiesIsEndedAndNothingOfTheFrameWasTaken) {
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_FORWARD));
+  Request request;
+  request.mutable_forward()->set_stream("short");
+  EXPECT_EQ(client.Ask(request).error(), quor::wire::ERROR_BAD_REQUEST);
+  request.mutable_forward()->set_stream(std::string(16, 's'));
+  request.mutable_forward()->set_machine("other");
+  EXPECT_EQ(client.Ask(request).error(), quor::wire::ERROR_NONE);
+  Bytes_t body(1 + RawTrace::kFixedBytes);
+  body[0] = 11;
+  client.SendRaw(EncodeFrame(FrameType::Data, body));
+  quor::wire::Ledger ledger;  // tells of two traces where one came
+  auto* const word = ledger.add_sources();
+  word->set_instance(std::string(16, 'i'));
+  word->set_serial(2);
+  word->set_delivered(2);
+  client.Send(FrameType::Ledger, ledger);
+  EXPECT_TRUE(IsEnded(client));
+  EXPECT_TRUE(quord.Says("a ledger does not count what came"));
+  witness.Pump();
+  EXPECT_TRUE(witness.traces.empty());
+}
+
+TEST_F(Hostile, AnotherUsersProcessIsRefused) {
+  constexpr uid_t kNobody = 65534;
+  EXPECT_TRUE(MayEnter({1000, 1}, 1000));
+  EXPECT_FALSE(MayEnter({0, 1}, 1000));
+  EXPECT_FALSE(MayEnter({kNobody, 1}, 0));
+  if (geteuid() != 0) return;  // the check above is all that can be had without rights
+  // The doors of the file system are opened, so that the peer check alone is left.
+  ASSERT_EQ(chmod(quord.Folder().Path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(quord.SocketPath().c_str(), 0666), 0);
+  const pid_t other = fork();
+  if (other == 0) {
+    if (setuid(kNobody) != 0) _exit(90);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    quord.SocketPath().copy(address.sun_path, sizeof address.sun_path - 1);
+    if (connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) _exit(91);
+    quor::wire::Hello hello;
+    hello.set_version(kProtocolVersion);
+    hello.set_role(quor::wire::ROLE_MONITOR);
+    SendOnLink(socket, EncodeFrame(FrameType::Hello, hello.SerializeAsString()));
+    pollfd ready{socket, POLLIN, 0};
+    poll(&ready, 1, 10000);
+    char byte;
+    _exit(recv(socket, &byte, 1, 0) <= 0 ? 0 : 92);  // ended without a word
+  }
+  EXPECT_EQ(WaitForExit(other), 0);
+  EXPECT_TRUE(quord.Says("of user 65534 is refused at the door"));
+  chmod(quord.Folder().Path().c_str(), 0700);
+}
+
+TEST_F(Hostile, ASecondServiceIsRefusedAndALiveSocketNotTakenOver) {
+  EXPECT_EQ(quord.Run({"--foreground"}), 1);
+  EXPECT_EQ(quord.Run({}), 1);
+  EXPECT_TRUE(
+      quord.Says("quord is already running here (process " + std::to_string(quord.Pid()) + ")"));
+  // Without the lock, somebody who answers at the socket is still not driven out.
+  unlink(quord.Folder().File("quord.lock").c_str());
+  EXPECT_EQ(quord.Run({"--foreground"}), 1);
+  EXPECT_TRUE(quord.Says("somebody answers there who does not hold the lock"));
+}
+
+TEST(Door, AFolderThatOthersMayEnterIsRefused) {
+  QuordProcess quord;
+  chmod(quord.Folder().Path().c_str(), 0755);
+  EXPECT_EQ(quord.Run({"--foreground"}), 1);
+  EXPECT_TRUE(quord.Says("others may enter it"));
+  chmod(quord.Folder().Path().c_str(), 0700);
+}
+
+TEST(Door, ASocketThatADeadServiceLeftBehindIsReplaced) {
+  QuordProcess quord;
+  quord.Start();
+  quord.Kill();
+  EXPECT_EQ(access(quord.SocketPath().c_str(), F_OK), 0);
+  quord.Start();
+  EXPECT_EQ(quord.Stop(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,274 @@
+// Over mutual TLS: who may come in, and traces handed on from one machine to another.
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <quor/quor.hpp>
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include "quor/client/trace_config.h"
+#include "quor/client/trace_thread.h"
+#include "quor/protocol/keys.h"
+#include "quord_client.h"
+
+namespace {
+
+QUOR_POINT(connect_point, "Net", "Connect");
+
+// A service with keys that listens on a free port of the loopback address.
+class Remote : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(quord.Run({"keys", "init", "--host", "orders1"}), 0);
+    ASSERT_EQ(Issue("monitor", "monitor"), 0);
+    ASSERT_EQ(Issue("configure", "configure"), 0);
+    quord.Start({"--listen", "127.0.0.1:0"});
+    machine = "127.0.0.1:" + quord.Port();
+  }
+  int Issue(const std::string& name, const std::string& role) {
+    return quord.Run({"keys", "issue", name, "--role", role, "--out", Keys(name)});
+  }
+  std::string Keys(const std::string& name) const { return quord.Folder().File(name); }
+  bool MonitorsWith(const std::string& keys) {
+    setenv("QUOR_KEYS", keys.c_str(), 1);
+    NameMap names;
+    TraceThread_i* const connection =
+        TraceThread_i::ConnectToTraceService(QuorStr::String_t(machine.c_str()), names);
+    if (connection) connection->Disconnect();
+    return connection != nullptr;
+  }
+  bool ConfiguresWith(const std::string& keys) {
+    setenv("QUOR_KEYS", keys.c_str(), 1);
+    const QuorPtr<trace_Config_i> config(trace_Config_i::Create(machine));
+    return config.Get() != nullptr;
+  }
+  QuordProcess quord;
+  std::string machine;
+};
+
+TEST_F(Remote, RolesOfTheCertificatesAreEnforced) {
+  EXPECT_TRUE(MonitorsWith(Keys("monitor")));
+  EXPECT_TRUE(MonitorsWith(Keys("configure")));
+  EXPECT_TRUE(ConfiguresWith(Keys("configure")));
+  EXPECT_FALSE(ConfiguresWith(Keys("monitor")));
+  EXPECT_TRUE(quord.Says("the certificate does not allow to configure"));
+}
+
+TEST_F(Remote, MissingForeignExpiredAndWrongCertificatesAreRefused) {
+  EXPECT_FALSE(MonitorsWith(Keys("nothing there")));
+  QuordProcess foreign;
+  ASSERT_EQ(foreign.Run({"keys", "init"}), 0);
+  ASSERT_EQ(foreign.Run({"keys", "issue", "eve", "--role", "configure", "--out",
+                         foreign.Folder().File("eve")}),
+            0);
+  EXPECT_FALSE(MonitorsWith(foreign.Folder().File("eve")));
+  // Eve believes this service's authority, which does not believe her.
+  std::filesystem::copy_file(Keys("monitor") + "/ca.crt", foreign.Folder().File("eve") + "/ca.crt",
+                             std::filesystem::copy_options::overwrite_existing);
+  EXPECT_FALSE(MonitorsWith(foreign.Folder().File("eve")));
+  EXPECT_TRUE(quord.Says("is refused: the certificate is refused"));
+  // A server's certificate is no client's.
+  const std::string turned = Keys("turned");
+  std::filesystem::create_directory(turned);
+  for (const auto& [from, to] :
+       {std::pair{"ca.crt", "ca.crt"}, {"server.crt", "client.crt"}, {"server.key", "client.key"}})
+    std::filesystem::copy_file(quord.KeysFolder() + "/" + from, turned + "/" + to);
+  EXPECT_FALSE(MonitorsWith(turned));
+  std::string why;
+  ASSERT_TRUE(
+      IssueKeys(quord.KeysFolder(), "late", quor::wire::ROLE_MONITOR, Keys("late"), &why, -1))
+      << why;
+  EXPECT_FALSE(MonitorsWith(Keys("late")));
+  EXPECT_TRUE(quord.Says("certificate has expired"));
+}
+
+TEST_F(Remote, PlainBytesAtTheTlsPortAreRefused) {
+  const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(quord.Port())));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_EQ(connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_GT(send(socket, "GET / HTTP/1.0\r\n\r\n", 18, MSG_NOSIGNAL), 0);
+  EXPECT_TRUE(quord.Says("127.0.0.1 is refused: TLS: "));
+  close(socket);
+}
+
+// A cable between two machines that can be cut: bytes go through until Cut.
+class Cable {
+ public:
+  explicit Cable(std::uint16_t to) : m_to(to) {
+    m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(bind(m_listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+    EXPECT_EQ(listen(m_listener, 8), 0);
+    getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
+    m_port = ntohs(address.sin_port);
+    m_thread = std::thread([this] { Run(); });
+  }
+  ~Cable() {
+    m_stop = true;
+    m_thread.join();
+    close(m_listener);
+  }
+  std::uint16_t Port() const { return m_port; }
+  void Cut() { m_cut = true; }
+  void Mend() { m_cut = false; }
+
+ private:
+  void Run() {
+    std::vector<std::pair<int, int>> ways;  // each direction of each connection
+    while (!m_stop) {
+      if (m_cut) {
+        for (const auto& [from, to] : ways) close(from);
+        ways.clear();
+      }
+      std::vector<pollfd> polls{{m_listener, POLLIN, 0}};
+      for (const auto& [from, to] : ways) polls.push_back({from, POLLIN, 0});
+      poll(polls.data(), polls.size(), 2);
+      if (polls[0].revents != 0) Accept(ways);
+      for (std::size_t i = 1; i < polls.size(); ++i)
+        if (polls[i].revents != 0 && !Pass(ways[i - 1])) {
+          m_ended.insert(ways[i - 1].first);
+          m_ended.insert(ways[i - 1].second);
+        }
+      std::erase_if(ways, [this](const auto& way) { return m_ended.contains(way.first); });
+      for (const int socket : m_ended) close(socket);
+      m_ended.clear();
+    }
+    for (const auto& [from, to] : ways) close(from);
+  }
+  void Accept(std::vector<std::pair<int, int>>& ways) {
+    const int one = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+    const int other = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(m_to);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (m_cut || connect(other, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+      close(one);
+      close(other);
+      return;
+    }
+    ways.emplace_back(one, other);
+    ways.emplace_back(other, one);
+  }
+  static bool Pass(const std::pair<int, int>& way) {
+    char bytes[65536];
+    const ssize_t got = recv(way.first, bytes, sizeof bytes, MSG_DONTWAIT);
+    if (got <= 0) return got < 0 && errno == EAGAIN;
+    for (ssize_t sent = 0; sent < got;) {
+      const ssize_t now =
+          send(way.second, bytes + sent, static_cast<std::size_t>(got - sent), MSG_NOSIGNAL);
+      if (now <= 0) return false;
+      sent += now;
+    }
+    return true;
+  }
+
+  const std::uint16_t m_to;
+  std::uint16_t m_port = 0;
+  int m_listener = -1;
+  std::set<int> m_ended;
+  std::atomic<bool> m_cut{false}, m_stop{false};
+  std::thread m_thread;
+};
+
+// Two services on this host with a cable between them.
+class Forwarding : public Remote {
+ protected:
+  void SetUp() override {
+    Remote::SetUp();
+    cable = std::make_unique<Cable>(static_cast<std::uint16_t>(std::stoi(quord.Port())));
+    near = std::make_unique<QuordProcess>();
+    ASSERT_EQ(quord.Run({"keys", "issue", "near", "--role", "forward", "--out",
+                         near->KeysFolder() + "/forward"}),
+              0);
+    near->Start();
+    ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+    ASSERT_TRUE(client.Connect(near->SocketPath()));
+    ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+    ASSERT_EQ(client.Ask(OpenAppRequest("orders")).error(), quor::wire::ERROR_NONE);
+    ASSERT_EQ(
+        client.Ask(SinkRequest("orders", 1, "127.0.0.1:" + std::to_string(cable->Port()))).error(),
+        quor::wire::ERROR_NONE);
+  }
+  std::unique_ptr<Cable> cable;
+  std::unique_ptr<QuordProcess> near;
+  QuordClient monitor, client;
+};
+
+int TraceInSteps(TracedChild& self) {
+  quor_application("orders");
+  for (int step = 0;; ++step) {
+    for (int i = 0; i < 1000; ++i) QUOR_TRACE_INFO(connect_point, "{} {}", step, i);
+    quor_flush(10000);
+    self.Tell(static_cast<std::uint64_t>(step));
+    self.AwaitGo();
+  }
+  return 0;
+}
+
+TEST_F(Forwarding, TracesReachTheOtherMachineAndALinkCutAndMendedLosesNothing) {
+  QuordClient here;
+  ASSERT_TRUE(here.Monitor(near->SocketPath()));
+  TracedChild app(TraceInSteps);
+  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_TRUE(monitor.Sees("0 999"));
+  cable->Cut();
+  for (std::uint64_t step = 1; step <= 3; ++step) {
+    app.Go();
+    ASSERT_EQ(app.Told(), step);
+  }
+  ASSERT_TRUE(near->Says("cannot forward to"));
+  EXPECT_EQ(monitor.delivered, 1000u);
+  cable->Mend();
+  ASSERT_TRUE(monitor.Sees("3 999"));
+  EXPECT_EQ(monitor.delivered, 4000u);
+  EXPECT_EQ(monitor.lost, 0u);
+  for (std::size_t i = 0; i < 4000; ++i)
+    ASSERT_EQ(monitor.traces[i].text, std::to_string(i / 1000) + " " + std::to_string(i % 1000));
+  here.Pump();
+  EXPECT_EQ(here.delivered, 0u);  // they are the other machine's
+}
+
+TEST_F(Forwarding, TheOtherServiceKilledAndRestartedIsBridged) {
+  TracedChild app(TraceInSteps);
+  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_TRUE(monitor.Sees("0 999"));
+  const std::string port = quord.Port();
+  quord.Kill();
+  app.Go();
+  ASSERT_EQ(app.Told(), 1u);
+  quord.Start({"--listen", "127.0.0.1:" + port});
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  app.Go();
+  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_TRUE(monitor.Sees("2 999"));
+  // What came while this monitor was away is the gap; nothing else is missing.
+  EXPECT_EQ(monitor.delivered + monitor.lost + monitor.gaps, 3000u);
+}
+
+TEST_F(Forwarding, TheForwardingServiceKilledIsACountedGapAtTheOther) {
+  TracedChild app(TraceInSteps);
+  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_TRUE(monitor.Sees("0 999"));
+  cable->Cut();
+  app.Go();
+  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_TRUE(near->Says("cannot forward to"));
+  near->Kill();
+  cable->Mend();
+  near->Start();
+  app.Go();
+  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_TRUE(monitor.Sees("2 999"));
+  EXPECT_EQ(monitor.delivered + monitor.lost, 3000u);
+  EXPECT_LE(monitor.lost, 1000u);
+}
+
+}  // namespace

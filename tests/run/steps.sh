@@ -37,10 +37,12 @@ start_program() {
   "$tessera" "$@" 2>"$work/stderr" &
   program=$!
   started+=("$program")
-  until_true "no main window" main_window
-  window=$(main_window)
-  xdotool windowactivate "$window"
-  until_true "the main window is not active" is_active "^Tessera"
+  until_true "the main window does not stand or is not active" activate_main_window
+}
+# A window may go between the search and the next word about it, as one that only showed itself
+# while the program started: then all of it is tried again.
+activate_main_window() {
+  window=$(main_window) && xdotool windowactivate "$window" && is_active "^Tessera"
 }
 main_window() { xdotool search --all --onlyvisible --pid "$program" --name '^Tessera( - .*)?$' | head -1 | grep .; }
 active_name() { xdotool getactivewindow getwindowname; }

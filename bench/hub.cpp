@@ -134,8 +134,8 @@ class HubRun {
       m_io.poll();
       if (IsBehind()) {
         m_io.run_one();
-      } else {
-        app.Drain(4096, false);
+      } else if (app.Drain(1024, false) == TracedApp::Step::Empty) {
+        m_io.run_one_for(std::chrono::microseconds(200));  // leaves the core to the producer
       }
     }
     m_hub.Seal();

@@ -51,6 +51,28 @@ NameId Hub::Translate(NameId own, SourceNames& names, const Learn& learn) {
   return id;
 }
 
+// The seven ids lie in three runs of the record.
+const TraceIds& Hub::TranslateAll(const std::uint8_t* record, SourceNames& names,
+                                  const Learn& learn) {
+  const std::uint64_t head = LoadBe64(record + 4);
+  const std::uint32_t threads = LoadBe32(record + 28);
+  const std::uint16_t file = LoadBe16(record + 34);
+  if (m_last.version == names.Version() && m_last.head == head && m_last.threads == threads &&
+      m_last.file == file)
+    return m_last.ids;
+  const RawTrace raw(record);
+  m_last.ids = {
+      Translate(raw.MachineId(), names, learn),   Translate(raw.AppId(), names, learn),
+      Translate(raw.ComponentId(), names, learn), Translate(raw.CategoryId(), names, learn),
+      Translate(raw.PidId(), names, learn),       Translate(raw.TidId(), names, learn),
+      Translate(raw.SourceFileId(), names, learn)};
+  m_last.version = names.Version();
+  m_last.head = head;
+  m_last.threads = threads;
+  m_last.file = file;
+  return m_last.ids;
+}
+
 void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes record,
                const Learn& learn) {
   const RawTrace raw(record.data());
@@ -62,11 +84,7 @@ void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes 
   }
   if (m_streams.empty()) return;
   names.Follow(m_names);
-  const TraceIds ids{
-      Translate(raw.MachineId(), names, learn),   Translate(raw.AppId(), names, learn),
-      Translate(raw.ComponentId(), names, learn), Translate(raw.CategoryId(), names, learn),
-      Translate(raw.PidId(), names, learn),       Translate(raw.TidId(), names, learn),
-      Translate(raw.SourceFileId(), names, learn)};
+  const TraceIds& ids = TranslateAll(record.data(), names, learn);
   SealBefore(source);
   if (!m_builder.HasRoom(record.size() + 1, m_builder.NameBytes(ids))) Seal();
   m_builder.Append(source, record, ids, number);

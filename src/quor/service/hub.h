@@ -60,6 +60,7 @@ class Hub {
 
  private:
   NameId Translate(NameId own, SourceNames& names, const Learn& learn);
+  const TraceIds& TranslateAll(const std::uint8_t* record, SourceNames& names, const Learn& learn);
   void SealBefore(const std::shared_ptr<Source>& source);
   void TellFullNames(const std::shared_ptr<Source>& source);
   std::uint32_t NextNumber();
@@ -74,4 +75,11 @@ class Hub {
   std::uint32_t m_number = 1;
   std::uint64_t m_taken = 0;
   bool m_toldFull = false;
+  // The last translation: an application's traces mostly come from a few places.
+  struct {
+    std::uint64_t version = 0, head = 0;
+    std::uint32_t threads = 0;
+    std::uint16_t file = 0;
+    TraceIds ids{};
+  } m_last;
 };

@@ -50,11 +50,17 @@ void HubNames::Clear() {
   for (const std::string_view text : {"", "Quor", "Loss"}) IdOf(text);
 }
 
+std::uint64_t SourceNames::NextVersion() {
+  static std::uint64_t last = 0;
+  return ++last;
+}
+
 void SourceNames::Enter(NameId own, std::string_view text) {
   std::string& entry = m_texts[own];
   m_textBytes += text.size() - entry.size();
   entry = text;
   m_ids[own] = kUnknown;
+  m_version = NextVersion();
 }
 
 std::string SourceNames::TextOf(NameId own) const {
@@ -73,6 +79,7 @@ bool SourceNames::Look(NameId own, HubNames& hub, NameId& id) {
 bool SourceNames::Follow(const HubNames& hub) {
   if (m_hub == &hub && m_generation == hub.Generation()) return false;
   std::fill(m_ids.begin(), m_ids.end(), kUnknown);
+  m_version = NextVersion();
   m_hub = &hub;
   m_generation = hub.Generation();
   return true;

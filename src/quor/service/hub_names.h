@@ -46,7 +46,7 @@ class HubNames {
 // The names of one source by its own ids, and what they are in a hub.
 class SourceNames {
  public:
-  SourceNames() : m_ids(65536, kUnknown) {}
+  SourceNames() : m_ids(65536, kUnknown), m_version(NextVersion()) {}
 
   // Entering an id again gives it another text.
   void Enter(NameId own, std::string_view text);
@@ -62,9 +62,13 @@ class SourceNames {
   // Forgets the ids of another hub or generation. True when it did.
   bool Follow(const HubNames& hub);
   std::size_t TextBytes() const { return m_textBytes; }
+  // Changes whenever an id that was found before may mean something else; no two sources ever have
+  // the same.
+  std::uint64_t Version() const { return m_version; }
 
  private:
   static constexpr std::uint32_t kUnknown = 0xFFFFFFFF;
+  static std::uint64_t NextVersion();
   bool Look(NameId own, HubNames& hub, NameId& id);
 
   std::vector<std::uint32_t> m_ids;
@@ -72,4 +76,5 @@ class SourceNames {
   std::size_t m_textBytes = 0;
   const HubNames* m_hub = nullptr;
   std::uint32_t m_generation = 0;
+  std::uint64_t m_version;
 };

@@ -15,9 +15,9 @@ namespace {
 
 using std::chrono::milliseconds;
 constexpr milliseconds kBusyPause{5};
-constexpr std::size_t kTracesAtOnce = 4096;
+constexpr std::size_t kTracesAtOnce = 1024;
 constexpr std::size_t kUnansweredMax = 1000;
-constexpr int kTurnsAtStop = 50;
+constexpr int kTurnsAtStop = 200;
 
 }  // namespace
 

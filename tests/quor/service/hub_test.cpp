@@ -157,6 +157,19 @@ TEST(Hub, AnIdThatTheSourceNeverNamedGetsANameThatSaysSo) {
               ElementsAre("1 orders (a name that the application never entered)/Connect a"));
 }
 
+TEST(Hub, AnIdThatIsNamedAgainAndTheSameIdOfAnotherSourceMeanTheirOwnText) {
+  Hub hub;
+  TakingStream stream(hub);
+  FedSource one(hub, "orders", 1);
+  one.Trace("a");
+  one.Name(3, "Db");
+  one.Trace("b");
+  FedSource two(hub, "billing", 2);
+  two.Trace("c");
+  EXPECT_THAT(stream.Read(), ElementsAre("1 orders Net/Connect a", "2 orders Db/Connect b",
+                                         "3 billing Net/Connect c"));
+}
+
 TEST(Hub, TheLongestRecordsAndNamesStayWithinOneFrame) {
   Hub hub;
   FedSource one(hub, "orders");

@@ -14,6 +14,10 @@ bool Apps::Arrive(AppArrival arrival, std::string* why) {
   }
   const Key key{status.st_dev, status.st_ino};
   if (const auto known = m_running.find(key); known != m_running.end()) {
+    if (known->second->IsEnding()) {
+      *why = "its last instance is just ending";
+      return false;
+    }
     known->second->Relink(std::move(arrival));
     return true;
   }

@@ -233,6 +233,8 @@ bool ClientSession::FillApp(const std::string& name, Response* response) {
 bool ClientSession::Submit(const quor::wire::Submit& submit, Response* response) {
   CatalogueApp* const app = m_context.apps.Known().Find(submit.app());
   if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
+  if (!app->IsHeld())
+    return Fail(response, ERROR_BAD_REQUEST, "nobody holds the application: open it first");
   Catalogue::Submitted what;
   for (const auto& setting : submit.settings())
     what.settings.emplace_back(setting.trace_id(), setting.settings());

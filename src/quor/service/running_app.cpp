@@ -270,7 +270,8 @@ void RunningApp::ClearEvent() {
 }
 
 void RunningApp::Stop() {
-  if (std::exchange(m_ended, true)) return;
+  if (std::exchange(m_closed, true)) return;
+  m_ended = true;
   // A lap at most: an application that goes on tracing must not keep us.
   for (int turns = kTurnsAtStop;
        m_app.IsTaking() && turns > 0 && m_app.Drain(kTracesAtOnce, false) == TracedApp::Step::More;)
@@ -287,9 +288,12 @@ void RunningApp::CloseAll() {
   m_timer.cancel();
 }
 
+// Later: whoever called still uses the catalogue's entry, which may go with us.
 void RunningApp::End() {
-  const auto self = shared_from_this();
-  m_ended = true;
-  CloseAll();
-  m_home.OnEnded(*this);
+  if (std::exchange(m_ended, true)) return;
+  asio::post(m_io, [self = shared_from_this()] {
+    if (std::exchange(self->m_closed, true)) return;
+    self->CloseAll();
+    self->m_home.OnEnded(*self);
+  });
 }

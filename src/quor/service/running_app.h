@@ -60,6 +60,8 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   // Takes what is in the ring now, and lets go of everything. Not told to the home.
   void Stop();
 
+  // It is on its way out and takes no link any more.
+  bool IsEnding() const { return m_ended; }
   CatalogueApp& Entry() { return *m_entry; }
   std::uint32_t Pid() const { return m_app.Pid(); }
 
@@ -93,6 +95,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   RingTaker m_taker = RingTaker::Service;
   std::deque<SinkKind> m_unanswered;  // sinks sent whose Taker has not come
   std::vector<std::uint32_t> m_pointIds;
-  bool m_dead = false, m_ended = false, m_pumping = false, m_watched = false, m_fileSink = false;
+  bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_watched = false,
+       m_fileSink = false;
   bool m_awaitsEvent = false;
 };

@@ -184,6 +184,19 @@ TEST_F(Configuration, RolesAreEnforcedOnEveryRequest) {
   EXPECT_EQ(forwarder.Ask(list).error(), quor::wire::ERROR_ACCESS);
 }
 
+TEST_F(Configuration, NothingIsSubmittedForAnApplicationThatNobodyHolds) {
+  quord.Start();
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  {
+    TracedChild app(TraceOn);
+    Seen(client);
+  }
+  ASSERT_TRUE(quord.Says("has ended"));
+  EXPECT_EQ(client.Ask(SinkRequest("orders", 1, "x")).error(), quor::wire::ERROR_BAD_REQUEST);
+  EXPECT_EQ(client.Ask(GetAppRequest("orders")).app().sink().name(), "localhost");
+}
+
 TEST_F(Configuration, AnApplicationThatIsNotRegisteredHasAnEmptyMapAndTheDefaultSink) {
   quord.Start();
   QuordClient client(quord.SocketPath());

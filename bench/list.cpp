@@ -66,8 +66,9 @@ struct Live {
     CTraceHint batch;
     for (int i = 0; i < traces; ++i) {
       if (m_document.m_traces.size() >= m_limit) Trim(batch);
+      ++m_count;
       TraceEvent_i* event = TraceEvent_i::Create(
-          m_count++, 1, 2, 3, static_cast<unsigned short>(4 + m_count % 7), PackDate(2026, 11, 21),
+          m_count, 1, 2, 3, static_cast<unsigned short>(4 + m_count % 7), PackDate(2026, 11, 21),
           PackTime(9, 41, 7, 5), std::uint64_t{1000} * m_count, 20, 21, kAttributeInfo, 30, 99,
           "a request of ordinary length was taken from the queue and handed to a worker", "");
       m_document.AddTrace(event);

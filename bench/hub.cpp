@@ -12,11 +12,11 @@
 #include <string>
 
 #include "bench/ratio.h"
+#include "quor/hub/monitor_stream.h"
 #include "quor/protocol/connection.h"
 #include "quor/ring/ring_producer.h"
 #include "quor/ring/trace_bytes.h"
-#include "quor/service/monitor_stream.h"
-#include "quor/service/traced_app.h"
+#include "quor/traced/traced_app.h"
 
 namespace {
 

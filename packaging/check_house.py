@@ -25,7 +25,7 @@ def tracked(*patterns):
 def rooms_in_order():
     text = (ROOT / "src/CMakeLists.txt").read_text()
     order = {}
-    for match in re.finditer(r"^tessera_(room|face)\((\S+)([^)]*)\)", text, re.M):
+    for match in re.finditer(r"^tessera_(room|face)\(([^\s)]+)([^)]*)\)", text, re.M):
         name = match[2] + ("/ui" if match[1] == "face" else "")
         depends = re.search(r"DEPENDS((?:\s+(?!LINK)[\w/]+)+)", match[3])
         order[name] = depends[1].split() if depends else []

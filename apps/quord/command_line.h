@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "quor/service/log.h"
+#include "quor/log/log.h"
 
 enum ExitStatus { kExitGood = 0, kExitNo = 1, kExitWrongUse = 2 };
 

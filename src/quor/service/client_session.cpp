@@ -1,7 +1,7 @@
 #include "quor/service/client_session.h"
 
+#include "quor/log/log.h"
 #include "quor/protocol/tls.h"
-#include "quor/service/log.h"
 
 namespace {
 

@@ -9,11 +9,11 @@
 
 #include <map>
 
+#include "quor/forwarding/forward_inlet.h"
+#include "quor/hub/monitor_stream.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/service/apps.h"
-#include "quor/service/forward_inlet.h"
-#include "quor/service/monitor_stream.h"
+#include "quor/traced/apps.h"
 
 // What all sessions share.
 struct SessionContext {

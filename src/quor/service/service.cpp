@@ -11,9 +11,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "quor/catalogue/catalogue_store.h"
+#include "quor/log/log.h"
 #include "quor/protocol/tls.h"
-#include "quor/service/catalogue_store.h"
-#include "quor/service/log.h"
 
 namespace {
 

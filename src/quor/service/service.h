@@ -13,9 +13,9 @@
 #include <list>
 #include <set>
 
+#include "quor/forwarding/forwarder.h"
 #include "quor/protocol/byte_stream.h"
 #include "quor/service/client_session.h"
-#include "quor/service/forwarder.h"
 #include "quor/service/local_arrival.h"
 
 struct ServiceOptions {

@@ -1,10 +1,10 @@
-#include "quor/service/catalogue_store.h"
+#include "quor/catalogue/catalogue_store.h"
 
 #include <sqlite3.h>
 
 #include <cstdio>
 
-#include "quor/service/log.h"
+#include "quor/log/log.h"
 
 namespace {
 

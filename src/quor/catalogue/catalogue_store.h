@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "quor/service/catalogue.h"
+#include "quor/catalogue/catalogue.h"
 
 struct sqlite3;
 struct sqlite3_stmt;

@@ -1,4 +1,4 @@
-#include "quor/service/monitor_stream.h"
+#include "quor/hub/monitor_stream.h"
 
 MonitorStream::MonitorStream(Hub& hub, Connection& connection, const StreamLimits& limits)
     : m_hub(hub), m_connection(connection), m_queue(hub.Names(), limits) {}

@@ -1,4 +1,4 @@
-#include "quor/service/running_app.h"
+#include "quor/traced/running_app.h"
 
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -8,8 +8,8 @@
 #include <asio/post.hpp>
 #include <cerrno>
 
+#include "quor/log/log.h"
 #include "quor/ring/link_socket.h"
-#include "quor/service/log.h"
 
 namespace {
 

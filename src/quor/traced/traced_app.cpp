@@ -1,4 +1,4 @@
-#include "quor/service/traced_app.h"
+#include "quor/traced/traced_app.h"
 
 #include <algorithm>
 

@@ -16,9 +16,9 @@
 #include <functional>
 #include <memory>
 
+#include "quor/catalogue/catalogue.h"
 #include "quor/ring/link.h"
-#include "quor/service/catalogue.h"
-#include "quor/service/traced_app.h"
+#include "quor/traced/traced_app.h"
 
 // A descriptor that closes itself.
 using OwnedDescriptor = asio::posix::stream_descriptor;

@@ -11,9 +11,9 @@
 #include <deque>
 #include <unordered_map>
 
+#include "quor/hub/batch.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/service/batch.h"
 
 struct StreamLimits {
   std::size_t queueBytes = 32u << 20;

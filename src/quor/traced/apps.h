@@ -7,7 +7,7 @@
 
 #include <map>
 
-#include "quor/service/running_app.h"
+#include "quor/traced/running_app.h"
 
 class Apps final : public RunningApp::Home {
  public:

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "quor/hub/hub.h"
+#include "quor/hub/stream_queue.h"
 #include "quor/protocol/frames.h"
 #include "quor/ring/trace_bytes.h"
-#include "quor/service/hub.h"
-#include "quor/service/stream_queue.h"
 
 // One application as the hub sees it.
 class FedSource {

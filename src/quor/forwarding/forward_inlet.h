@@ -11,8 +11,8 @@
 
 #include <map>
 
+#include "quor/hub/hub.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/service/hub.h"
 
 class ForwardInlet {
  public:

@@ -1,4 +1,4 @@
-#include "quor/service/forward_inlet.h"
+#include "quor/forwarding/forward_inlet.h"
 
 #include <algorithm>
 

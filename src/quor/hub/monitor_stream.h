@@ -6,9 +6,9 @@
 // Threads  The service's one thread.
 #pragma once
 
+#include "quor/hub/hub.h"
+#include "quor/hub/stream_queue.h"
 #include "quor/protocol/connection.h"
-#include "quor/service/hub.h"
-#include "quor/service/stream_queue.h"
 
 class MonitorStream final : public HubStream {
  public:

@@ -1,10 +1,10 @@
-#include "quor/service/apps.h"
+#include "quor/traced/apps.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
 
-#include "quor/service/log.h"
+#include "quor/log/log.h"
 
 bool Apps::Arrive(AppArrival arrival, std::string* why) {
   struct stat status {};

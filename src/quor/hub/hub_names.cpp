@@ -1,4 +1,4 @@
-#include "quor/service/hub_names.h"
+#include "quor/hub/hub_names.h"
 
 #include <algorithm>
 

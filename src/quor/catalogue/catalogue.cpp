@@ -1,11 +1,11 @@
-#include "quor/service/catalogue.h"
+#include "quor/catalogue/catalogue.h"
 
 #include <signal.h>
 
 #include <algorithm>
 #include <cerrno>
 
-#include "quor/service/catalogue_store.h"
+#include "quor/catalogue/catalogue_store.h"
 
 namespace {
 

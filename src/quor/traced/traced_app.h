@@ -10,9 +10,9 @@
 #include <memory>
 #include <optional>
 
+#include "quor/hub/hub.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
-#include "quor/service/hub.h"
 
 struct TracedPoint {
   std::uint32_t point;

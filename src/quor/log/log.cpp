@@ -1,4 +1,4 @@
-#include "quor/service/log.h"
+#include "quor/log/log.h"
 
 #include <time.h>
 #include <unistd.h>

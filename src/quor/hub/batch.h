@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "quor/hub/hub_names.h"
 #include "quor/protocol/frames.h"
-#include "quor/service/hub_names.h"
 
 // One instance of an application, here or on a machine that forwards to this one.
 struct Source {

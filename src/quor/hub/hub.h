@@ -14,7 +14,7 @@
 #include <functional>
 #include <map>
 
-#include "quor/service/batch.h"
+#include "quor/hub/batch.h"
 
 class HubStream {
  public:

@@ -1,5 +1,5 @@
 // The hub and what waits for its streams: numbers, names, batches, losses, ledgers.
-#include "quor/service/hub.h"
+#include "quor/hub/hub.h"
 
 #include <gmock/gmock.h>
 

@@ -1,10 +1,10 @@
 // What is configured, and how long it is in force.
-#include "quor/service/catalogue.h"
+#include "quor/catalogue/catalogue.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "quor/service/catalogue_store.h"
+#include "quor/catalogue/catalogue_store.h"
 #include "support/temp_dir.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "quor/service/stream_queue.h"
+#include "quor/hub/stream_queue.h"
 
 #include <algorithm>
 #include <unordered_set>

@@ -13,10 +13,10 @@
 #include <asio/steady_timer.hpp>
 #include <deque>
 
+#include "quor/hub/hub.h"
+#include "quor/hub/stream_queue.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/machine.h"
-#include "quor/service/hub.h"
-#include "quor/service/stream_queue.h"
 
 class Forwarder final : public HubStream,
                         public Connection::Handler,

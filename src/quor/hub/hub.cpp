@@ -1,4 +1,4 @@
-#include "quor/service/hub.h"
+#include "quor/hub/hub.h"
 
 #include <algorithm>
 #include <utility>

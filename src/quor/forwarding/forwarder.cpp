@@ -1,11 +1,11 @@
-#include "quor/service/forwarder.h"
+#include "quor/forwarding/forwarder.h"
 
 #include <openssl/rand.h>
 
 #include <algorithm>
 
+#include "quor/log/log.h"
 #include "quor/protocol/tls.h"
-#include "quor/service/log.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "quor/service/batch.h"
+#include "quor/hub/batch.h"
 
 #include <algorithm>
 #include <chrono>

@@ -13,9 +13,9 @@
 
 #include "documents/trace_doc.h"
 #include "docview/view.h"
+#include "listview/details/trace_iterator.h"
 #include "listview/rows/row_list.h"
 #include "listview/rows/row_store.h"
-#include "listview/rows/trace_iterator.h"
 #include "tree/filter/trace_filter.h"
 
 using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;

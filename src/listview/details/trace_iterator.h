@@ -1,4 +1,5 @@
-// A cursor over the traces that a view shows, for the properties dialog. The tree has one too.
+// A cursor over the traces that a view shows, for the properties dialog. The list has one, the tree
+// has another.
 //
 // Owner    Borrows view and traces. It is not told of hints: while a dialog runs, a monitor adds
 // and

@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "support/place_in_table.h"
-"support/trc_image.h"
+#include "support/trc_image.h"
 
     namespace {
   const NameMap kNames = {{1, {"host"}}, {2, {"shop"}},     {3, {"cart"}},    {4, {"sql"}},

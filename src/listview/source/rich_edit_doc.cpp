@@ -1,0 +1,49 @@
+#include "listview/source/rich_edit_doc.h"
+
+#include "base/file_gate.h"
+#include "base/file_stream.h"
+#include "listview/source/rich_edit_view.h"
+
+CRichEditDoc::CRichEditDoc(Host& host) : CDocument(host) {
+  MapCommand(ID_FILE_SAVE, [this] { DoFileSave(); });
+}
+
+void CRichEditDoc::DeleteContents() {
+  m_file = {};
+  CDocument::DeleteContents();
+}
+
+bool CRichEditDoc::OnOpenDocument(const std::string& path) {
+  std::string why;
+  if (!ReadTextFile(path, m_file, why)) {
+    GetHost().MessageBox({path + "\n" + why});
+    return false;
+  }
+  SetModifiedFlag(false);
+  return true;
+}
+
+bool CRichEditDoc::OnSaveDocument(const std::string& path) {
+  const auto failed = [this](const char* text) {
+    GetHost().MessageBox({text, BoxIcon::Stop, BoxButtons::Ok});
+    return false;
+  };
+  CRichEditView* const view = GetView();
+  if (view) m_file.text = view->Edit().GetText();
+  const std::string bytes = EncodeText(m_file, m_file.text);
+  OpenFile file = CreateForWriting(path);
+  if (!file) return failed("Error creating file.");
+  ds_File_t::FOStream_t stream(file.Descriptor());
+  const bool written = stream.Write(bytes.data(), bytes.size());
+  if (!file.Close() || !written) return failed("Error writing to file.");
+  if (view) view->Edit().SetModify(false);
+  SetModifiedFlag(false);
+  return true;
+}
+
+CRichEditView* CRichEditDoc::GetView() const {
+  for (CView* const view : Views()) {
+    if (auto* edit = dynamic_cast<CRichEditView*>(view)) return edit;
+  }
+  return nullptr;
+}

@@ -1,0 +1,34 @@
+#include "listview/source/source_view.h"
+
+#include "documents/trace_hint.h"
+
+namespace {
+
+constexpr char kFace[] = "Courier New";
+constexpr int kTabCells = 8;
+
+}  // namespace
+
+void CSourceView::OnInitialUpdate() {
+  CRichEditView::OnInitialUpdate();
+  Edit().SetFormat({kFace, kTabCells, false});
+  Edit().SetSel(-1, -1);
+  Edit().SetModify(false);
+}
+
+void CSourceView::OnActivateView(bool activate, CView* activated, CView* deactivated) {
+  if (CWnd* main = GetHost().MainWindow()) {
+    constexpr auto kClear = static_cast<std::uintptr_t>(-1);
+    main->SendMessage(WM_TRACE_ROWCOUNT, kClear);
+    main->SendMessage(WM_TRACE_FILTERED, kClear);
+  }
+  CRichEditView::OnActivateView(activate, activated, deactivated);
+}
+
+// A line behind the text's end has no index: the caret stays where it was.
+void CSourceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
+  if (sender || object || !(hint & kHintGoToLine)) return;
+  const auto line = static_cast<int>(hint & ~kHintGoToLine);
+  const int index = Edit().LineIndex(line - 1);
+  Edit().SetSel(index, index);
+}

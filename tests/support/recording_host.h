@@ -3,27 +3,30 @@
 // Shape    The transcript has one line per question, in the order in which they came:
 //            box Tessera [stop] "Invalid format." (OK) -> OK
 //            posted box Tessera [stop] "Error opening trace file" (OK)
-//            save dialog "Save Copy As" ext=.trc name="" filters="Trace Files (*.trc)|*.trc" ->
-//            none dialog -> 1 modeless opened / modeless updated / modeless closed wait cursor on /
-//            wait cursor off
+//            save dialog "Save As" ext=.trc name="" filters="Trace Files (*.trc)|*.trc" -> none
+//            dialog -> 1
+//            modeless opened / modeless updated / modeless closed
+//            wait cursor on / wait cursor off
 // Errors   A question without a scripted answer is closed as a person would close it: Cancel, No,
 //          or the only button.
 // Threads  Post and PostBox from any thread; everything else on the test's thread, which is the
 //          interface thread. A scripted file dialog does not change the current folder.
 #pragma once
 
-#include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "docview/dialog.h"
 #include "docview/host.h"
+#include "support/call_line.h"
+#include "support/question_text.h"
 
 class RecordingHost : public Host {
  public:
@@ -62,17 +65,7 @@ class RecordingHost : public Host {
   int WaitCursors() const { return m_waitCursors; }                     // nested now
 
   // Runs one queued call; false when there is none.
-  bool RunOnePosted() {
-    std::function<void()> call;
-    {
-      const std::lock_guard lock(m_mutex);
-      if (m_queue.empty()) return false;
-      call = std::move(m_queue.front());
-      m_queue.pop_front();
-    }
-    call();
-    return true;
-  }
+  bool RunOnePosted() { return m_posted.RunOne(); }
   // Runs queued calls, also those that they queue, until none is left.
   void RunPosted() {
     while (RunOnePosted()) {
@@ -81,25 +74,13 @@ class RecordingHost : public Host {
   // Runs queued calls as they come until the condition holds; false when the deadline passes.
   bool RunUntil(const std::function<bool()>& condition,
                 std::chrono::milliseconds limit = std::chrono::seconds(20)) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-      if (RunOnePosted()) continue;
-      std::unique_lock lock(m_mutex);
-      const auto wakeUp = std::min(deadline, std::chrono::steady_clock::now() + kLook);
-      m_posted.wait_until(lock, wakeUp, [this] { return !m_queue.empty(); });
-      if (m_queue.empty() && std::chrono::steady_clock::now() >= deadline) return false;
-    }
-    return true;
+    return m_posted.RunUntil(condition, limit);
   }
   // Waits until a call is queued, and leaves it there.
   bool WaitForPost(std::chrono::milliseconds limit = std::chrono::seconds(20)) {
-    std::unique_lock lock(m_mutex);
-    return m_posted.wait_for(lock, limit, [this] { return !m_queue.empty(); });
+    return m_posted.Wait(limit);
   }
-  std::size_t PostedCount() const {
-    const std::lock_guard lock(m_mutex);
-    return m_queue.size();
-  }
+  std::size_t PostedCount() const { return m_posted.Size(); }
 
   // Every open timer ticks once.
   void TickTimers() {
@@ -127,19 +108,21 @@ class RecordingHost : public Host {
   }
 
   BoxAnswer MessageBox(const MessageBoxRequest& request) override {
-    BoxAnswer answer = Closed(request.buttons);
+    BoxAnswer answer = ClosedBox(request.buttons);
     if (!m_boxAnswers.empty()) {
       answer = m_boxAnswers.front();
       m_boxAnswers.pop_front();
     }
-    Note("box " + Describe(request) + " -> " + Name(answer));
+    Note("box " + BoxText(request) + " -> " + AnswerText(answer));
     return answer;
   }
   void PostBox(MessageBoxRequest request, std::function<void()> closed) override {
-    const std::lock_guard lock(m_mutex);
-    m_transcript.push_back("posted box " + Describe(request));
-    m_openBoxes.push_back(std::move(closed));
-    m_posted.notify_all();
+    {
+      const std::lock_guard lock(m_mutex);
+      m_transcript.push_back("posted box " + BoxText(request));
+      m_openBoxes.push_back(std::move(closed));
+    }
+    m_posted.Wake();
   }
   std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) override {
     m_fileRequests.push_back(request);
@@ -148,14 +131,7 @@ class RecordingHost : public Host {
       answer = std::move(m_fileAnswers.front());
       m_fileAnswers.pop_front();
     }
-    std::string line = (request.save ? "save dialog \"" : "open dialog \"") + request.title +
-                       "\" ext=" + request.defaultExtension + " name=\"" + request.suggestedName +
-                       "\" filters=\"";
-    for (const FileFilter& filter : request.filters) {
-      if (line.back() != '"') line += '|';
-      line += filter.label + "|" + filter.patterns;
-    }
-    Note(line + "\" -> " + (answer ? answer->path : "none"));
+    Note(FileDialogText(request, answer));
     return answer;
   }
   int RunDialog(CDialog& dialog) override {
@@ -180,11 +156,7 @@ class RecordingHost : public Host {
     --m_waitCursors;
     Note("wait cursor off");
   }
-  void Post(std::function<void()> call) override {
-    const std::lock_guard lock(m_mutex);
-    m_queue.push_back(std::move(call));
-    m_posted.notify_all();
-  }
+  void Post(std::function<void()> call) override { m_posted.Push(std::move(call)); }
   TimerId SetTimer(unsigned milliseconds, std::function<void()> tick) override {
     m_timers[++m_lastTimer] = {milliseconds, std::move(tick)};
     return m_lastTimer;
@@ -209,23 +181,6 @@ class RecordingHost : public Host {
     CDialog& m_dialog;
   };
 
-  static constexpr std::chrono::milliseconds kLook{2};  // a condition may need no post to hold
-
-  static BoxAnswer Closed(BoxButtons buttons) {
-    if (buttons == BoxButtons::Ok) return BoxAnswer::Ok;
-    return buttons == BoxButtons::YesNo ? BoxAnswer::No : BoxAnswer::Cancel;
-  }
-  static std::string Name(BoxAnswer answer) {
-    static constexpr const char* kNames[] = {"OK", "Cancel", "Yes", "No"};
-    return kNames[static_cast<int>(answer)];
-  }
-  static std::string Describe(const MessageBoxRequest& request) {
-    static constexpr const char* kIcons[] = {"none", "stop", "question", "warning", "information"};
-    static constexpr const char* kButtons[] = {"OK", "OK, Cancel", "Yes, No", "Yes, No, Cancel"};
-    return request.caption + " [" + kIcons[static_cast<int>(request.icon)] + "] \"" + request.text +
-           "\" (" + kButtons[static_cast<int>(request.buttons)] + ")";
-  }
-
   std::deque<BoxAnswer> m_boxAnswers;
   std::deque<std::optional<FileDialogAnswer>> m_fileAnswers;
   std::deque<DialogScript> m_dialogScripts;
@@ -233,10 +188,9 @@ class RecordingHost : public Host {
   std::map<TimerId, std::pair<unsigned, std::function<void()>>> m_timers;
   TimerId m_lastTimer = 0;
   int m_waitCursors = 0;
+  CallLine m_posted;
 
   mutable std::mutex m_mutex;  // guards what stands below
-  std::condition_variable m_posted;
-  std::deque<std::function<void()>> m_queue;
   std::vector<std::string> m_transcript;
   std::vector<std::function<void()>> m_openBoxes;
 };

@@ -15,6 +15,8 @@ class FakeRig {
   FakeRowList m_list;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowListContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowStateContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowScrollContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowColumnContract, FakeRig);
 
 }  // namespace

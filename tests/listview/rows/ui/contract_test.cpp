@@ -19,4 +19,6 @@ struct QtRowListRig {
 
 }  // namespace
 
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowListContract, QtRowListRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowStateContract, QtRowListRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowScrollContract, QtRowListRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowColumnContract, QtRowListRig);

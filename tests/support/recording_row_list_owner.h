@@ -1,0 +1,40 @@
+// An owner of a row list that writes down what the list tells and asks.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "listview/rows/row_list.h"
+
+// Writes down what the list tells: "5: 0>3".
+class RecordingRowListOwner final : public RowListOwner {
+ public:
+  std::string RowListText(int row, Column column) override {
+    return std::to_string(row) + "," + std::to_string(static_cast<int>(column));
+  }
+  int RowListIcon(int) override { return -1; }
+  void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override {
+    told.push_back(std::to_string(row) + ": " + std::to_string(oldState) + ">" +
+                   std::to_string(newState));
+    if (list && list->GetItemState(row) != newState) told.push_back("told too early");
+  }
+  void OnRowClicked(int row) override { clicked.push_back(row); }
+  void OnRowDoubleClicked(int row) override { doubleClicked.push_back(row); }
+  void OnRowListContextMenu(int, int) override { ++contextMenus; }
+  bool OnColumnResizing(Column, int) override {
+    ++resizings;
+    return refuseResizing;
+  }
+  void OnColumnResized(Column, int) override { ++resized; }
+  void OnColumnsReordered() override { ++reordered; }
+
+  // What was told since the last call.
+  std::vector<std::string> Told() { return std::exchange(told, {}); }
+
+  RowList* list = nullptr;
+  std::vector<std::string> told;
+  std::vector<int> clicked, doubleClicked;
+  int contextMenus = 0, resizings = 0, resized = 0, reordered = 0;
+  bool refuseResizing = false;
+};

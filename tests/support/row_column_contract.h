@@ -1,0 +1,65 @@
+// Columns, their widths and their order: what every row list does, whoever made it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/row_list_fixture.h"
+
+template <class Rig>
+class RowColumnContract : public RowListFixture<Rig> {};
+TYPED_TEST_SUITE_P(RowColumnContract);
+
+TYPED_TEST_P(RowColumnContract, ColumnsKeepTheWidthThatCodeGivesThemAlsoBelowTheMinimumOfADrag) {
+  this->InsertColumns(50);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Time), 50);
+  this->Header().SetColumnWidth(Column::Time, 120);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Time), 120);
+  this->Header().SetColumnWidth(Column::Time, 5);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Time), 5);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Sev), 50) << "the others stay";
+  EXPECT_EQ(this->m_owner.resizings + this->m_owner.resized, 0) << "only a drag asks and tells";
+}
+
+TYPED_TEST_P(RowColumnContract, AHiddenColumnHasWidthZeroAndComesBackInItsPlace) {
+  this->InsertColumns(50);
+  const ColumnOrder order = {14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
+  this->Header().SetColumnOrder(order);
+  this->Header().SetColumnWidth(Column::Pid, 0);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Pid), 0);
+  EXPECT_EQ(this->Header().GetColumnOrder(), order);
+  this->Header().SetColumnWidth(Column::Pid, 44);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Pid), 44);
+  EXPECT_EQ(this->Header().GetColumnOrder(), order);
+}
+
+TYPED_TEST_P(RowColumnContract, AColumnInsertedWithWidthZeroIsHidden) {
+  for (const ColumnInfo& column : kColumns)
+    this->Header().InsertColumn(column, column.column == Column::Tid ? 0 : 30);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Tid), 0);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Trace), 30);
+  this->Header().SetColumnWidth(Column::Tid, 61);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Tid), 61);
+}
+
+TYPED_TEST_P(RowColumnContract, AnOrderWithRepeatsLosesNoColumn) {
+  this->InsertColumns(50);
+  this->Header().SetColumnOrder({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 14});
+  EXPECT_EQ(this->Header().GetColumnOrder(),
+            (ColumnOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 12}));
+  EXPECT_EQ(this->m_owner.reordered, 0) << "only a drag tells";
+}
+
+TYPED_TEST_P(RowColumnContract, TextsHaveAWidth) {
+  EXPECT_GT(this->Header().AverageCharWidth(), 0);
+  EXPECT_EQ(this->Header().StringWidth(""), 0);
+  EXPECT_GT(this->Header().StringWidth("Application"), this->Header().StringWidth("App"));
+}
+
+REGISTER_TYPED_TEST_SUITE_P(RowColumnContract,
+                            ColumnsKeepTheWidthThatCodeGivesThemAlsoBelowTheMinimumOfADrag,
+                            AHiddenColumnHasWidthZeroAndComesBackInItsPlace,
+                            AColumnInsertedWithWidthZeroIsHidden, AnOrderWithRepeatsLosesNoColumn,
+                            TextsHaveAWidth);

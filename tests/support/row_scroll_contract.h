@@ -1,0 +1,66 @@
+// Which rows are seen: what every row list does, whoever made it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/row_list_fixture.h"
+
+template <class Rig>
+class RowScrollContract : public RowListFixture<Rig> {};
+TYPED_TEST_SUITE_P(RowScrollContract);
+
+TYPED_TEST_P(RowScrollContract, EnsureVisibleScrollsAsLittleAsNeeded) {
+  this->Fill(100, 10);
+  ASSERT_EQ(this->List().CountPerPage(), 10);
+  this->List().EnsureVisible(9);
+  EXPECT_EQ(this->List().TopIndex(), 0) << "it was visible";
+  this->List().EnsureVisible(10);
+  EXPECT_EQ(this->List().TopIndex(), 1) << "now the last one";
+  this->List().EnsureVisible(99);
+  EXPECT_EQ(this->List().TopIndex(), 90);
+  this->List().EnsureVisible(91);
+  EXPECT_EQ(this->List().TopIndex(), 90);
+  this->List().EnsureVisible(40);
+  EXPECT_EQ(this->List().TopIndex(), 40) << "now the first one";
+}
+
+TYPED_TEST_P(RowScrollContract, NewRowsDoNotScroll) {
+  this->Fill(100, 10);
+  this->List().EnsureVisible(99);
+  this->List().SetItemCount(200);
+  EXPECT_EQ(this->List().TopIndex(), 90);
+}
+
+TYPED_TEST_P(RowScrollContract, WithFewerRowsTheTopStaysAmongThem) {
+  this->Fill(100, 10);
+  this->List().EnsureVisible(99);
+  this->List().SetItemCount(50);
+  EXPECT_EQ(this->List().TopIndex(), 40);
+  this->List().SetItemCount(0);
+  EXPECT_EQ(this->List().TopIndex(), 0);
+}
+
+TYPED_TEST_P(RowScrollContract, DeletingRowsAtTheFrontKeepsWhatIsSeenInPlace) {
+  this->Fill(100, 10);
+  this->List().EnsureVisible(59);
+  ASSERT_EQ(this->List().TopIndex(), 50);
+  this->List().DeleteRows(0, 20);
+  EXPECT_EQ(this->List().TopIndex(), 30);
+  this->List().DeleteRows(0, 35);
+  EXPECT_EQ(this->List().TopIndex(), 0) << "what was seen is gone";
+}
+
+TYPED_TEST_P(RowScrollContract, DeletingRowsBehindWhatIsSeenKeepsIt) {
+  this->Fill(100, 10);
+  this->List().EnsureVisible(59);
+  this->List().DeleteRows(70, 20);
+  EXPECT_EQ(this->List().TopIndex(), 50);
+}
+
+REGISTER_TYPED_TEST_SUITE_P(RowScrollContract, EnsureVisibleScrollsAsLittleAsNeeded,
+                            NewRowsDoNotScroll, WithFewerRowsTheTopStaysAmongThem,
+                            DeletingRowsAtTheFrontKeepsWhatIsSeenInPlace,
+                            DeletingRowsBehindWhatIsSeenKeepsIt);

@@ -1,0 +1,170 @@
+// Rows, their focus and their selection: what every row list does, whoever made it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/row_list_fixture.h"
+
+template <class Rig>
+class RowStateContract : public RowListFixture<Rig> {};
+TYPED_TEST_SUITE_P(RowStateContract);
+
+TYPED_TEST_P(RowStateContract, ANewListHasNoRowsNoFocusAndNoSelection) {
+  EXPECT_EQ(this->List().ItemCount(), 0);
+  EXPECT_EQ(this->List().TopIndex(), 0);
+  EXPECT_EQ(this->List().SelectedCount(), 0);
+  EXPECT_EQ(this->List().NextItem(-1, this->kBoth), -1);
+}
+
+TYPED_TEST_P(RowStateContract, RowsComeWithoutFocusSelectionOrAWord) {
+  this->List().SetItemCount(5);
+  EXPECT_EQ(this->List().ItemCount(), 5);
+  EXPECT_EQ(this->States(5), "00000");
+  EXPECT_EQ(this->m_owner.Told().size(), 0u);
+}
+
+TYPED_TEST_P(RowStateContract, FocusAndSelectionAreApart) {
+  this->Fill(5, 3);
+  this->List().SetItemState(1, kRowSelected, kRowSelected);
+  this->List().SetItemState(2, kRowSelected, kRowSelected);
+  this->List().SetItemState(4, kRowFocused, kRowFocused);
+  EXPECT_EQ(this->States(5), "02201");
+  EXPECT_EQ(this->List().SelectedCount(), 2);
+  this->List().SetItemState(4, 0, kRowFocused);
+  EXPECT_EQ(this->States(5), "02200");
+}
+
+TYPED_TEST_P(RowStateContract, AChangeIsToldBeforeTheCallReturnsAndOnlyOnce) {
+  this->Fill(5, 3);
+  this->List().SetItemState(3, this->kBoth, this->kBoth);
+  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"3: 0>3"}));
+  this->List().SetItemState(3, this->kBoth, this->kBoth);
+  EXPECT_EQ(this->m_owner.Told().size(), 0u) << "nothing changed";
+  this->List().SetItemState(3, 0, kRowSelected);
+  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"3: 3>1"}));
+}
+
+TYPED_TEST_P(RowStateContract, TheRowThatLosesTheFocusIsToldBeforeTheOneThatGainsIt) {
+  this->Fill(5, 3);
+  this->List().SetItemState(3, this->kBoth, this->kBoth);
+  this->m_owner.Told();
+  this->List().SetItemState(1, kRowFocused, kRowFocused);
+  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"3: 3>2", "1: 0>1"}));
+  EXPECT_EQ(this->States(5), "01020") << "the selection stays where it was";
+}
+
+TYPED_TEST_P(RowStateContract, ClearingAllRowsTellsTheLossOfTheFocus) {
+  this->Fill(6, 3);
+  this->List().SetItemState(1, kRowSelected, kRowSelected);
+  this->List().SetItemState(4, this->kBoth, this->kBoth);
+  this->m_owner.Told();
+  this->List().SetItemState(-1, 0, this->kBoth);
+  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"4: 3>0"}));
+  EXPECT_EQ(this->States(6), "000000");
+  EXPECT_EQ(this->List().SelectedCount(), 0);
+  EXPECT_EQ(this->List().NextItem(-1, this->kBoth), -1);
+}
+
+TYPED_TEST_P(RowStateContract, AllRowsCanBeSelectedButNotFocused) {
+  this->Fill(6, 3);
+  this->List().SetItemState(2, kRowFocused, kRowFocused);
+  this->List().SetItemState(-1, this->kBoth, this->kBoth);
+  EXPECT_EQ(this->States(6), "223222");
+  EXPECT_EQ(this->List().SelectedCount(), 6);
+}
+
+TYPED_TEST_P(RowStateContract, AChangeOfTheItemCountTellsNothingAndRowsBehindItLoseTheirState) {
+  this->Fill(6, 3);
+  this->List().SetItemState(1, kRowSelected, kRowSelected);
+  this->List().SetItemState(4, this->kBoth, this->kBoth);
+  this->m_owner.Told();
+  this->List().SetItemCount(3);
+  this->List().SetItemCount(6);
+  EXPECT_EQ(this->States(6), "020000");
+  EXPECT_EQ(this->List().SelectedCount(), 1);
+  this->List().SetItemCount(0);
+  this->List().SetItemCount(6);
+  EXPECT_EQ(this->States(6), "000000");
+  EXPECT_EQ(this->m_owner.Told().size(), 0u);
+}
+
+TYPED_TEST_P(RowStateContract, DeletedRowsTakeTheirStateAlongAndThoseBehindMoveUpWithTheirs) {
+  this->Fill(8, 4);
+  this->List().SetItemState(0, kRowSelected, kRowSelected);
+  this->List().SetItemState(3, kRowSelected, kRowSelected);
+  this->List().SetItemState(5, this->kBoth, this->kBoth);
+  this->m_owner.Told();
+  this->List().DeleteRows(2, 2);
+  EXPECT_EQ(this->List().ItemCount(), 6);
+  EXPECT_EQ(this->States(6), "200300");
+  this->List().DeleteRows(0, 1);
+  EXPECT_EQ(this->States(5), "00300");
+  EXPECT_EQ(this->List().NextItem(-1, kRowFocused), 2);
+  this->List().DeleteRows(2, 1);
+  EXPECT_EQ(this->States(4), "0000");
+  EXPECT_EQ(this->List().NextItem(-1, kRowFocused), -1) << "the focus went with its row";
+  EXPECT_EQ(this->List().SelectedCount(), 0);
+  EXPECT_EQ(this->m_owner.Told().size(), 0u) << "a deletion tells nothing";
+}
+
+TYPED_TEST_P(RowStateContract, DeletingMoreRowsThanThereAreDeletesTheRest) {
+  this->Fill(5, 3);
+  this->List().DeleteRows(3, 9);
+  EXPECT_EQ(this->List().ItemCount(), 3);
+  this->List().DeleteRows(3, 1);
+  this->List().DeleteRows(-1, 1);
+  this->List().DeleteRows(0, 0);
+  EXPECT_EQ(this->List().ItemCount(), 3);
+}
+
+TYPED_TEST_P(RowStateContract, NextItemFindsTheFirstRowBehindWithAnyOfTheStates) {
+  this->Fill(8, 4);
+  this->List().SetItemState(2, kRowSelected, kRowSelected);
+  this->List().SetItemState(3, kRowSelected, kRowSelected);
+  this->List().SetItemState(6, kRowFocused, kRowFocused);
+  EXPECT_EQ(this->List().NextItem(-1, kRowSelected), 2);
+  EXPECT_EQ(this->List().NextItem(2, kRowSelected), 3);
+  EXPECT_EQ(this->List().NextItem(3, kRowSelected), -1);
+  EXPECT_EQ(this->List().NextItem(3, this->kBoth), 6);
+  EXPECT_EQ(this->List().NextItem(-1, kRowFocused), 6);
+  EXPECT_EQ(this->List().NextItem(6, kRowFocused), -1);
+}
+
+TYPED_TEST_P(RowStateContract, ARowThatDoesNotExistIsIgnored) {
+  this->Fill(3, 3);
+  this->List().SetItemState(3, this->kBoth, this->kBoth);
+  this->List().SetItemState(-2, this->kBoth, this->kBoth);
+  this->List().EnsureVisible(3);
+  this->List().EnsureVisible(-1);
+  EXPECT_EQ(this->States(3), "000");
+  EXPECT_EQ(this->List().GetItemState(3), 0u);
+  EXPECT_EQ(this->List().GetItemState(-1), 0u);
+  EXPECT_EQ(this->List().TopIndex(), 0);
+  EXPECT_EQ(this->m_owner.Told().size(), 0u);
+}
+
+TYPED_TEST_P(RowStateContract, StatesChangeAlsoWhileRedrawingIsOff) {
+  this->Fill(5, 3);
+  this->List().SetRedraw(false);
+  this->List().SetItemState(2, this->kBoth, this->kBoth);
+  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"2: 0>3"}));
+  this->List().EnsureVisible(4);
+  this->List().SetRedraw(true);
+  EXPECT_EQ(this->List().TopIndex(), 2);
+  EXPECT_EQ(this->States(5), "00300");
+}
+
+REGISTER_TYPED_TEST_SUITE_P(RowStateContract, ANewListHasNoRowsNoFocusAndNoSelection,
+                            RowsComeWithoutFocusSelectionOrAWord, FocusAndSelectionAreApart,
+                            AChangeIsToldBeforeTheCallReturnsAndOnlyOnce,
+                            TheRowThatLosesTheFocusIsToldBeforeTheOneThatGainsIt,
+                            ClearingAllRowsTellsTheLossOfTheFocus,
+                            AllRowsCanBeSelectedButNotFocused,
+                            AChangeOfTheItemCountTellsNothingAndRowsBehindItLoseTheirState,
+                            DeletedRowsTakeTheirStateAlongAndThoseBehindMoveUpWithTheirs,
+                            DeletingMoreRowsThanThereAreDeletesTheRest,
+                            NextItemFindsTheFirstRowBehindWithAnyOfTheStates,
+                            ARowThatDoesNotExistIsIgnored, StatesChangeAlsoWhileRedrawingIsOff);

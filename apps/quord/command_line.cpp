@@ -90,9 +90,17 @@ class Parser {
         ->type_name("monitor|configure|forward");
     m_issue->add_option("-o,--out", m_issueCommand.to, "The folder to make [default: ./NAME]")
         ->type_name("DIR");
+    m_issue
+        ->add_option("--host", m_issueCommand.hosts,
+                     "A name or address of that machine, whose service is to listen; repeatable")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
     AddDays(m_issue, m_issueCommand.days);
     AddFolder(m_issue, m_issueCommand.keysFolder);
-    m_issue->footer("Example:\n  quord keys issue alice --role configure --days 90");
+    m_issue->footer(
+        "Examples:\n"
+        "  quord keys issue alice --role configure --days 90\n"
+        "  quord keys issue shop1 --role forward --host shop1.example.org   a server as well");
   }
   static void AddDays(CLI::App* app, int& days) {
     app->add_option("-d,--days", days, "How long it is good [default: 825]")

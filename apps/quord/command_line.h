@@ -27,6 +27,7 @@ struct KeysInitCommand {
 };
 struct KeysIssueCommand {
   std::string keysFolder, name, role, to;
+  std::vector<std::string> hosts;  // of that machine, when its service is to listen
   int days = 0;
 };
 struct StatusCommand {

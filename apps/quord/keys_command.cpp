@@ -19,6 +19,11 @@ bool IsAddress(const std::string& text) {
          inet_pton(AF_INET6, text.c_str(), address) == 1;
 }
 
+void AddHosts(const std::vector<std::string>& hosts, ServerNames& names) {
+  for (const std::string& host : hosts)
+    (IsAddress(host) ? names.addresses : names.hosts).push_back(host);
+}
+
 int Fail(const std::string& why) {
   std::fprintf(stderr, "quord: %s\n", why.c_str());
   return kExitNo;
@@ -28,8 +33,7 @@ int Fail(const std::string& why) {
 
 int KeysInit(const KeysInitCommand& command) {
   ServerNames names = OwnNames();
-  for (const std::string& host : command.hosts)
-    (IsAddress(host) ? names.addresses : names.hosts).push_back(host);
+  AddHosts(command.hosts, names);
   const std::string folder = FolderOr(command.keysFolder);
   std::string why;
   if (!InitKeys(folder, names, &why, command.days == 0 ? kKeyDays : command.days)) return Fail(why);
@@ -40,13 +44,18 @@ int KeysInit(const KeysInitCommand& command) {
 
 int KeysIssue(const KeysIssueCommand& command) {
   const std::string to = command.to.empty() ? command.name : command.to;
+  ServerNames server;
+  AddHosts(command.hosts, server);
   std::string why;
   if (!IssueKeys(FolderOr(command.keysFolder), command.name,
                  RoleOf(command.role).value_or(quor::wire::ROLE_NONE), to, &why,
-                 command.days == 0 ? kKeyDays : command.days))
+                 command.days == 0 ? kKeyDays : command.days, server))
     return Fail(why);
-  std::printf("%s holds what %s needs to %s. Copy it to that machine's %s.\n", to.c_str(),
+  // A server's keys lie where its service looks for them; its client's do there as well.
+  const bool beside = command.role == "forward" && command.hosts.empty();
+  std::printf("%s holds what %s needs to %s%s. Copy it to that machine's %s.\n", to.c_str(),
               command.name.c_str(), command.role.c_str(),
-              command.role == "forward" ? "~/.config/quor/keys/forward" : "~/.config/quor/keys");
+              command.hosts.empty() ? "" : " and to listen",
+              beside ? "~/.config/quor/keys/forward" : "~/.config/quor/keys");
   return kExitGood;
 }

@@ -138,7 +138,7 @@ void LiveParser::AddConfig() {
                   "Example:\n"
                   "  trc apps --json");
   m_appsApp->add_option("MACHINE", m_apps.machine, "name or name:port")->type_name("");
-  m_appsApp->add_flag("-j,--json", m_apps.json, "One JSON array");
+  m_appsApp->add_flag("-j,--json", m_apps.json, "One JSON array: application, running, instances");
   m_showApp = Add("show", "Show an application's traces, their settings and its sink",
                   "Examples:\n"
                   "  trc show orders\n"
@@ -153,7 +153,8 @@ void LiveParser::AddConfig() {
 void LiveParser::AddSet() {
   m_setApp = Add("set", "Switch an application's traces",
                  "SETTINGS is off, support, developer or max, or any of Info Warn Error Developer\n"
-                 "Verbose Location Stack.\n"
+                 "Verbose Location Stack. It is in force as long as the application runs; when it\n"
+                 "does not run, the next instance that starts receives it.\n"
                  "\n"
                  "Examples:\n"
                  "  trc set orders --all support\n"

@@ -131,7 +131,15 @@ int RunApps(const AppsOptions& options) {
     std::string& json = output.Buffer();
     json.push_back('[');
     const char* between = "";
-    for (const std::string& app : apps) AppendField(json, std::exchange(between, ","), app);
+    for (const std::string& app : apps) {
+      const unsigned instances = config->GetInstances(app);
+      json.append(std::exchange(between, ","));
+      AppendField(json, "{\"application\":", app);
+      json.append(instances > 0 ? ",\"running\":true" : ",\"running\":false");
+      json.append(",\"instances\":");
+      AppendNumber(json, instances);
+      json.push_back('}');
+    }
     json.push_back(']');
     output.EndLine();
   } else {

@@ -22,7 +22,7 @@ _quord() {
   case $command in
     keys) words='init issue --help' ;;
     init) words='--host --days --keys-dir --help' ;;
-    issue) words='--role --out --days --keys-dir --help' ;;
+    issue) words='--role --out --host --days --keys-dir --help' ;;
     status) words='--json --socket-dir --help' ;;
     *) words='keys status --foreground --log-level --listen --state-dir --socket-dir --keys-dir
          --default-settings --help --version' ;;

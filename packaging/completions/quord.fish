@@ -11,7 +11,7 @@ complete -c quord -l socket-dir -x -a '(__fish_complete_directories)'
 complete -c quord -l keys-dir -x -a '(__fish_complete_directories)'
 complete -c quord -s V -l version -d 'Print the version'
 complete -c quord -n '__fish_seen_subcommand_from keys' -a 'init issue'
-complete -c quord -n '__fish_seen_subcommand_from init' -l host -x -d 'A further name or address'
+complete -c quord -n '__fish_seen_subcommand_from init issue' -l host -x -d 'A name or address of the machine'
 complete -c quord -n '__fish_seen_subcommand_from issue' -s r -l role -x -a 'monitor configure forward'
 complete -c quord -n '__fish_seen_subcommand_from issue' -s o -l out -x -a '(__fish_complete_directories)'
 complete -c quord -n '__fish_seen_subcommand_from init issue' -s d -l days -x

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "quor/catalogue/catalogue_store.h"
 
@@ -40,7 +41,7 @@ Catalogue::Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaul
     const bool held = std::any_of(stored.holders.begin(), stored.holders.end(), Lives);
     CatalogueApp& kept = m_apps[app.name] = std::move(app);
     kept.awaited = kept.submitted && held;
-    if (kept.submitted && !held) Forget(kept);
+    if (kept.submitted && !held && !kept.prepared) Forget(kept);
   }
 }
 
@@ -77,6 +78,7 @@ std::uint32_t Catalogue::EnterTrace(CatalogueApp& app, const std::string& compon
 
 void Catalogue::BeginInstance(CatalogueApp& app, std::uint32_t pid) {
   app.instances.insert(pid);
+  if (std::exchange(app.prepared, false) && m_store) m_store->WriteSettings(app);
   StoreHolders(app);
 }
 
@@ -94,7 +96,7 @@ void Catalogue::CloseHandle(CatalogueApp& app, std::uint32_t pid) {
 }
 
 void Catalogue::Release(CatalogueApp& app) {
-  if (app.IsHeld()) return StoreHolders(app);
+  if (app.IsHeld() || app.prepared) return StoreHolders(app);
   if (app.awaited) return;
   if (app.submitted) Forget(app);
   if (!app.traces.empty()) return;
@@ -105,7 +107,7 @@ void Catalogue::Release(CatalogueApp& app) {
 void Catalogue::EndGrace() {
   for (auto& [name, app] : m_apps) {
     app.awaited = false;
-    if (app.submitted && !app.IsHeld()) Forget(app);
+    if (app.submitted && !app.IsHeld() && !app.prepared) Forget(app);
   }
 }
 
@@ -121,6 +123,7 @@ void Catalogue::Submit(CatalogueApp& app, const Submitted& what) {
     if (id < app.traces.size()) app.traces[id].settings = word & 0xFFFF;
   if (what.sink) app.sink = *what.sink;
   app.submitted = true;
+  app.prepared = app.instances.empty();
   if (m_store) m_store->WriteSettings(app);
   StoreHolders(app);
 }

@@ -3,8 +3,9 @@
 //
 // Shape    A trace is a component and a category of an application; its id is stable for the
 //          application, also over restarts, and less than 0xFFFF. What was submitted is in force as
-//          long as an instance runs or a handle is open; then the defaults hold again. The trace
-//          map stays.
+//          long as an instance runs or a handle is open; then the defaults hold again. What was
+//          submitted while no instance ran waits for the next one first, with or without a handle:
+//          else a command that prepares an application would have no effect. The trace map stays.
 // Owner    Keeps everything; writes through to the store.
 // Errors   A store that cannot be written costs only what a restart would have kept: told in the
 //          log.
@@ -36,7 +37,8 @@ struct CatalogueApp {
   std::map<std::pair<std::string, std::string>, std::uint32_t> ids;
   LinkSink sink;
   bool submitted = false;
-  bool awaited = false;  // held before a restart: its holders may still be on their way back
+  bool prepared = false;  // submitted, and no instance has run since
+  bool awaited = false;   // held before a restart: its holders may still be on their way back
   std::multiset<std::uint32_t> instances;  // pids
   std::multiset<std::uint32_t> handles;    // pids of those that hold one; 0: on another machine
   std::int64_t row = 0;                    // in the store; 0: not there

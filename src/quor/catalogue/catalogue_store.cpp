@@ -8,6 +8,9 @@
 
 namespace {
 
+// What the column `submitted` says: nothing, what is in force, what waits for the next instance.
+enum : std::int64_t { kNotSubmitted, kSubmitted, kPrepared };
+
 constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS app(id INTEGER PRIMARY KEY, name BLOB UNIQUE NOT NULL,"
     " submitted INTEGER NOT NULL DEFAULT 0, sink INTEGER NOT NULL DEFAULT 1,"
@@ -136,7 +139,8 @@ std::vector<StoredApp> CatalogueStore::ReadAll() {
     StoredApp stored;
     stored.app.row = rows.NumberAt(0);
     stored.app.name = rows.TextAt(1);
-    stored.app.submitted = rows.NumberAt(2) != 0;
+    stored.app.submitted = rows.NumberAt(2) != kNotSubmitted;
+    stored.app.prepared = rows.NumberAt(2) == kPrepared;
     stored.app.sink = {rows.NumberAt(3) == 0 ? SinkKind::File : SinkKind::Socket, rows.TextAt(4),
                        rows.TextAt(5)};
     apps.push_back(std::move(stored));
@@ -187,7 +191,9 @@ void CatalogueStore::WriteSettings(const CatalogueApp& app) {
   Begin();
   Statement(*this,
             "UPDATE app SET submitted = ?, sink = ?, sink_name = ?, sink_options = ? WHERE id = ?")
-      .Number(app.submitted ? 1 : 0)
+      .Number(!app.submitted ? kNotSubmitted
+              : app.prepared ? kPrepared
+                             : kSubmitted)
       .Number(app.sink.kind == SinkKind::File ? 0 : 1)
       .Text(app.sink.name)
       .Text(app.sink.options)

@@ -1,6 +1,6 @@
 #include "quor/client/trace_config.h"
 
-#include <algorithm>
+#include <map>
 
 #include "quor/client/config_link.h"
 
@@ -14,19 +14,28 @@ class Config final : public trace_Config_i {
   const std::string& GetHostName() const override { return m_host; }
   const std::list<std::string>& GetAppList() const override {
     m_apps.clear();
+    m_instances.clear();
     quor::wire::Request request;
     quor::wire::Response response;
     request.mutable_list_apps();
     if (!m_link->Ask(request, &response)) return m_apps;
-    for (const std::string& app : response.app_names())
-      if (std::find(m_apps.begin(), m_apps.end(), app) == m_apps.end()) m_apps.push_back(app);
+    for (int i = 0; i < response.app_names_size(); ++i) {
+      const std::string& app = response.app_names(i);
+      const unsigned instances = i < response.app_instances_size() ? response.app_instances(i) : 0;
+      if (m_instances.try_emplace(app, instances).second) m_apps.push_back(app);
+    }
     return m_apps;
+  }
+  unsigned GetInstances(const std::string& app) const override {
+    const auto known = m_instances.find(app);
+    return known == m_instances.end() ? 0 : known->second;
   }
 
  private:
   const std::string m_host;
   const std::shared_ptr<ConfigLink> m_link;
   mutable std::list<std::string> m_apps;
+  mutable std::map<std::string, unsigned> m_instances;
 };
 
 }  // namespace

@@ -44,6 +44,8 @@ class trace_Config_i : public QuorRef::Ref_t {
   // Registered applications, those running and those with an open handle; asked anew at each call,
   // and empty when there is no answer.
   virtual const std::list<std::string>& GetAppList() const = 0;
+  // Behind the table: how many instances of it ran when GetAppList was last asked.
+  virtual unsigned GetInstances(const std::string& app) const = 0;
 };
 
 class trace_App_i : public QuorRef::Ref_t {

@@ -152,13 +152,52 @@ bool AreNames(const ServerNames& names) {
   for (const auto* list : {&names.hosts, &names.addresses})
     for (const std::string& text : *list)
       if (text.empty() || text.find_first_of(", \t\r\n") != text.npos) return false;
-  return !names.hosts.empty();
+  return true;
 }
 
 std::vector<Extension> LeafExtensions(const char* use) {
   return {{NID_basic_constraints, "critical,CA:FALSE"},
           {NID_key_usage, "critical,digitalSignature"},
           {NID_ext_key_usage, use}};
+}
+
+struct Identity {
+  Key key;
+  Certificate certificate;
+};
+
+Identity ReadAuthority(const std::string& folder, std::string* why) {
+  Identity authority;
+  authority.certificate = ReadPem<Certificate>(
+      folder + "/ca.crt", [](FILE* file) { return PEM_read_X509(file, nullptr, nullptr, nullptr); },
+      why);
+  if (authority.certificate)
+    authority.key = ReadPem<Key>(
+        folder + "/ca.key",
+        [](FILE* file) { return PEM_read_PrivateKey(file, nullptr, nullptr, nullptr); }, why);
+  return authority;
+}
+
+Identity MakeLeaf(const Identity& authority, const Subject& subject, int days,
+                  const std::vector<Extension>& extensions) {
+  Identity leaf;
+  leaf.key.reset(EVP_EC_gen("P-256"));
+  if (leaf.key)
+    leaf.certificate = MakeCertificate(subject, leaf.key.get(), authority.certificate.get(),
+                                       authority.key.get(), days, extensions);
+  return leaf;
+}
+
+Identity MakeServer(const Identity& authority, const std::string& name, const ServerNames& names,
+                    int days) {
+  std::vector<Extension> extensions = LeafExtensions("serverAuth");
+  extensions.push_back({NID_subject_alt_name, AltNames(names)});
+  return MakeLeaf(authority, {name, "server"}, days, extensions);
+}
+
+bool Write(const std::string& path, const Identity& identity, std::string* why) {
+  return WriteKey(path + ".key", identity.key.get(), why) &&
+         WriteCertificate(path + ".crt", identity.certificate.get(), why);
 }
 
 }  // namespace
@@ -173,48 +212,39 @@ ServerNames OwnNames() {
 }
 
 bool InitKeys(const std::string& folder, const ServerNames& names, std::string* why, int days) {
-  if (!AreNames(names)) return Say(why, "a name or address of the server cannot be used");
+  if (!AreNames(names) || names.hosts.empty())
+    return Say(why, "a name or address of the server cannot be used");
   if (!MakeFolder(folder, why)) return false;
   for (const char* file : {"/ca.crt", "/ca.key", "/server.crt", "/server.key"})
     if (Exists(folder + file)) return Say(why, folder + file + " exists already");
-  const Key caKey(EVP_EC_gen("P-256")), key(EVP_EC_gen("P-256"));
-  if (!caKey || !key) return Say(why, "no keys can be made");
-  const Certificate ca = MakeCertificate({"Quor authority of " + names.hosts.front(), ""},
-                                         caKey.get(), nullptr, nullptr, 10 * 365,
-                                         {{NID_basic_constraints, "critical,CA:TRUE,pathlen:0"},
-                                          {NID_key_usage, "critical,keyCertSign,cRLSign"}});
-  std::vector<Extension> extensions = LeafExtensions("serverAuth");
-  extensions.push_back({NID_subject_alt_name, AltNames(names)});
-  const Certificate server = ca ? MakeCertificate({names.hosts.front(), "server"}, key.get(),
-                                                  ca.get(), caKey.get(), days, extensions)
-                                : nullptr;
-  if (!server) return Say(why, "no certificate can be made of these names");
-  return WriteKey(folder + "/ca.key", caKey.get(), why) &&
-         WriteKey(folder + "/server.key", key.get(), why) &&
-         WriteCertificate(folder + "/ca.crt", ca.get(), why) &&
-         WriteCertificate(folder + "/server.crt", server.get(), why);
+  Identity authority;
+  authority.key.reset(EVP_EC_gen("P-256"));
+  if (!authority.key) return Say(why, "no keys can be made");
+  authority.certificate = MakeCertificate({"Quor authority of " + names.hosts.front(), ""},
+                                          authority.key.get(), nullptr, nullptr, 10 * 365,
+                                          {{NID_basic_constraints, "critical,CA:TRUE,pathlen:0"},
+                                           {NID_key_usage, "critical,keyCertSign,cRLSign"}});
+  if (!authority.certificate) return Say(why, "no authority can be made");
+  const Identity server = MakeServer(authority, names.hosts.front(), names, days);
+  if (!server.certificate) return Say(why, "no certificate can be made of these names");
+  return Write(folder + "/ca", authority, why) && Write(folder + "/server", server, why);
 }
 
 bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::Role role,
-               const std::string& to, std::string* why, int days) {
+               const std::string& to, std::string* why, int days, const ServerNames& server) {
   if (name.empty() || name.size() > 64) return Say(why, "a name has 1 to 64 bytes");
   if (RoleWord(role).empty()) return Say(why, "there is no such role");
-  const auto ca = ReadPem<Certificate>(
-      folder + "/ca.crt", [](FILE* file) { return PEM_read_X509(file, nullptr, nullptr, nullptr); },
-      why);
-  if (!ca) return false;
-  const auto caKey = ReadPem<Key>(
-      folder + "/ca.key",
-      [](FILE* file) { return PEM_read_PrivateKey(file, nullptr, nullptr, nullptr); }, why);
-  if (!caKey || !MakeFolder(to, why)) return false;
-  for (const char* file : {"/ca.crt", "/client.crt", "/client.key"})
+  if (!AreNames(server)) return Say(why, "a name or address of the server cannot be used");
+  const bool serves = !server.hosts.empty() || !server.addresses.empty();
+  const Identity authority = ReadAuthority(folder, why);
+  if (!authority.key || !MakeFolder(to, why)) return false;
+  for (const char* file : {"/ca.crt", "/client.crt", "/client.key", "/server.crt", "/server.key"})
     if (Exists(to + file)) return Say(why, to + file + " exists already");
-  const Key key(EVP_EC_gen("P-256"));
-  const Certificate made = key ? MakeCertificate({name, RoleWord(role)}, key.get(), ca.get(),
-                                                 caKey.get(), days, LeafExtensions("clientAuth"))
-                               : nullptr;
-  if (!made) return Say(why, "no certificate can be made for " + name);
-  return WriteKey(to + "/client.key", key.get(), why) &&
-         WriteCertificate(to + "/client.crt", made.get(), why) &&
-         WriteCertificate(to + "/ca.crt", ca.get(), why);
+  const Identity made =
+      MakeLeaf(authority, {name, RoleWord(role)}, days, LeafExtensions("clientAuth"));
+  const Identity serving = serves ? MakeServer(authority, name, server, days) : Identity();
+  if (!made.certificate || (serves && !serving.certificate))
+    return Say(why, "no certificate can be made for " + name);
+  return Write(to + "/client", made, why) && (!serves || Write(to + "/server", serving, why)) &&
+         WriteCertificate(to + "/ca.crt", authority.certificate.get(), why);
 }

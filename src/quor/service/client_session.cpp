@@ -176,8 +176,7 @@ bool ClientSession::ServeStream(const Request& request, Response* response) {
 bool ClientSession::ServeApps(const Request& request, Response* response) {
   switch (request.what_case()) {
     case Request::kListApps:
-      for (const std::string& name : m_context.apps.Known().Registered())
-        response->add_app_names(name);
+      ListApps(response);
       return true;
     case Request::kOpenApp:
       return OpenApp(request.open_app().name(), response);
@@ -194,6 +193,14 @@ bool ClientSession::ServeApps(const Request& request, Response* response) {
       return FillApp(request.get_app().name(), response);
     default:
       return Submit(request.submit(), response);
+  }
+}
+
+void ClientSession::ListApps(Response* response) {
+  for (const std::string& name : m_context.apps.Known().Registered()) {
+    response->add_app_names(name);
+    const CatalogueApp* const app = m_context.apps.Known().Find(name);
+    response->add_app_instances(static_cast<std::uint32_t>(app->instances.size()));
   }
 }
 

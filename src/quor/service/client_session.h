@@ -66,6 +66,7 @@ class ClientSession final : public Connection::Handler,
   bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeApps(const quor::wire::Request& request, quor::wire::Response* response);
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
+  void ListApps(quor::wire::Response* response);
   bool OpenApp(const std::string& name, quor::wire::Response* response);
   bool Submit(const quor::wire::Submit& submit, quor::wire::Response* response);
   bool FillApp(const std::string& name, quor::wire::Response* response);

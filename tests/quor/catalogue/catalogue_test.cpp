@@ -87,6 +87,44 @@ TEST_F(CatalogueTest, AnOpenHandleKeepsItInForceAndIsRegistered) {
   EXPECT_THAT(catalogue->Registered(), IsEmpty());
 }
 
+TEST_F(CatalogueTest, WhatWasSubmittedWhileNoInstanceRanWaitsForTheNextOneAlsoOverARestart) {
+  {
+    const auto catalogue = Begin();
+    CatalogueApp* const app = catalogue->Enter("orders");
+    catalogue->EnterTrace(*app, "Net", "Connect");
+    catalogue->OpenHandle(*app, kMe);
+    catalogue->Submit(*app, {{{0, 0x1F}}, LinkSink{SinkKind::Socket, "other", ""}});
+    catalogue->CloseHandle(*app, kMe);
+    catalogue->EndGrace();
+    EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
+    EXPECT_THAT(catalogue->Registered(), IsEmpty());
+  }
+  const auto catalogue = Begin();
+  catalogue->EndGrace();
+  CatalogueApp* const app = catalogue->Find("orders");
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
+  EXPECT_EQ(app->sink.name, "other");
+  catalogue->BeginInstance(*app, kMe);
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
+  catalogue->EndInstance(*app, kMe);
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 7u);
+  EXPECT_EQ(app->sink.name, "localhost");
+}
+
+TEST_F(CatalogueTest, WhatWasPreparedAndReceivedDoesNotComeBackAfterARestart) {
+  {
+    const auto catalogue = Begin();
+    CatalogueApp* const app = catalogue->Enter("orders");
+    catalogue->EnterTrace(*app, "Net", "Connect");
+    catalogue->OpenHandle(*app, kMe);
+    catalogue->Submit(*app, {{{0, 0x1F}}, {}});
+    catalogue->CloseHandle(*app, kMe);
+    catalogue->BeginInstance(*app, kNobody);
+  }
+  const auto catalogue = Begin();
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 7u);
+}
+
 TEST_F(CatalogueTest, ItSurvivesARestartWhileAHolderLives) {
   {
     const auto catalogue = Begin();

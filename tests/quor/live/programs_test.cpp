@@ -137,7 +137,8 @@ TEST_F(LiveProgramsTest, SettingsSwitchARunningApplication) {
   TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "1000"}});
   ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
   EXPECT_EQ(RunTrc({"apps"}).out, "orders\n");
-  EXPECT_EQ(RunTrc({"apps", "--json"}).out, "[\"orders\"]\n");
+  EXPECT_EQ(json::parse(RunTrc({"apps", "--json"}).out),
+            json::parse(R"([{"application": "orders", "running": true, "instances": 1}])"));
   EXPECT_EQ(RunTrc({"set", "orders", "Net", "off"}).status, 0);
   EXPECT_EQ(RunTrc({"set", "localhost", "orders", "Db/Close", "off"}).status, 0);
   EXPECT_EQ(RunTrc({"set", "orders", "Db/Connect", "Warn", "Error", "Stack"}).status, 0);
@@ -188,6 +189,68 @@ TEST_F(LiveProgramsTest, TheSinkIsShownAndAFileSinkIsWrittenByTheApplication) {
   EXPECT_EQ(RunTrc({"sink", "orders", "--server", "localhost"}).status, 0);
   EXPECT_EQ(RunTrc({"tail", "--count", "10"}).status, 0);
   EXPECT_EQ(DumpedTraces(path).front()["application"], "orders");
+}
+
+TEST_F(LiveProgramsTest, WhatIsSetForAnApplicationThatDoesNotRunIsReceivedByItsNextInstance) {
+  StartService();
+  {
+    TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "1000"}});
+    ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+    emit.Interrupt();
+    ASSERT_EQ(emit.Finish().status, 0);
+  }
+  ASSERT_TRUE(Eventually([&] { return RunTrc({"apps"}).out.empty(); }));
+  const std::string path = m_dir.File("next.trc");
+  EXPECT_EQ(RunTrc({"set", "orders", "--all", "off"}).status, 0);
+  EXPECT_EQ(RunTrc({"set", "orders", "Db/Close", "Error"}).status, 0);
+  EXPECT_EQ(RunTrc({"sink", "orders", "--file", path}).status, 0);
+  EXPECT_EQ(RunTrc({"apps"}).out, "");
+  {
+    TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "5000"}});
+    ASSERT_TRUE(Eventually([&] {
+      std::error_code error;
+      return std::filesystem::file_size(path, error) > 1000 && !error;
+    }));
+    emit.Interrupt();
+    emit.Finish();
+  }
+  // What it traced before it had met the service is there as well.
+  const auto traces = DumpedTraces(path);
+  for (std::size_t i = traces.size() / 2; i < traces.size(); ++i) {
+    EXPECT_EQ(traces[i]["component"], "Db");
+    EXPECT_EQ(traces[i]["category"], "Close");
+    EXPECT_EQ(traces[i]["attributes"], 4);
+  }
+  // It was that instance's.
+  ASSERT_TRUE(Eventually([&] { return RunTrc({"apps"}).out.empty(); }));
+  const json shown = json::parse(RunTrc({"show", "orders", "--json"}).out);
+  EXPECT_EQ(shown["sink"]["type"], "socket");
+  EXPECT_EQ(shown["components"][0]["categories"][0]["settings"], 7);
+}
+
+TEST_F(LiveProgramsTest, ASinkForAnApplicationThatWasNeverSeenIsReceivedByItsFirstInstance) {
+  StartService();
+  const std::string path = m_dir.File("first.trc");
+  EXPECT_EQ(RunTrc({"sink", "new", "--file", path}).status, 0);
+  EXPECT_EQ(RunTrc({"emit", "--app", "new", "--count", "2000", "--rate", "5000"}).status, 0);
+  EXPECT_TRUE(Eventually([&] {
+    std::error_code error;
+    return std::filesystem::file_size(path, error) > 1000 && !error;
+  }));
+  EXPECT_EQ(DumpedTraces(path).front()["application"], "new");
+}
+
+TEST_F(LiveProgramsTest, AnApplicationThatIsHeldAndDoesNotRunIsListedAsSuch) {
+  StartService();
+  const QuorPtr<trace_App_i> held = trace_App_i::Create("localhost", "orders");
+  ASSERT_TRUE(held);
+  EXPECT_EQ(json::parse(RunTrc({"apps", "--json"}).out),
+            json::parse(R"([{"application": "orders", "running": false, "instances": 0}])"));
+  TrcProcess one({.arguments = {"emit", "--app", "orders"}});
+  TrcProcess two({.arguments = {"emit", "--app", "orders"}});
+  EXPECT_TRUE(Eventually([&] {
+    return json::parse(RunTrc({"apps", "--json"}).out)[0]["instances"] == 2;
+  }));
 }
 
 TEST_F(LiveProgramsTest, WhatIsNotThereIsAnswerNo) {

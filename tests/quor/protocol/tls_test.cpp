@@ -129,6 +129,27 @@ TEST_F(TlsTest, TheServersNamesAndAddressesAreChecked) {
   EXPECT_EQ(Meet(good, Client(m_client + "2"), "localhost").client, "");
 }
 
+TEST_F(TlsTest, WhoIsIssuedNamesCanServeUnderThemAndUnderNoOthers) {
+  Make(m_server);
+  const std::string second = m_dir.File("second");
+  std::string why;
+  ASSERT_TRUE(IssueKeys(m_server, "shop1", ROLE_FORWARD, second, &why, kKeyDays,
+                        {{"localhost"}, {"10.9.8.7"}}))
+      << why;
+  Issue(m_server, m_client);
+  EXPECT_EQ(Meet(second, Client(m_client), "localhost").client, "");
+  const Outcome refused = Meet(second, Client(m_client), "127.0.0.1");
+  EXPECT_NE(refused.client.find("the certificate is refused"), std::string::npos) << refused.client;
+  // It is a client of the first as well.
+  EXPECT_EQ(Meet(m_server, Client(second)).peer.role, ROLE_FORWARD);
+  struct stat status {};
+  ASSERT_EQ(stat((second + "/server.key").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777u, 0600u);
+  EXPECT_FALSE(
+      IssueKeys(m_server, "x", ROLE_FORWARD, m_dir.File("odd"), &why, kKeyDays, {{"a,DNS:b"}, {}}));
+  EXPECT_EQ(why, "a name or address of the server cannot be used");
+}
+
 TEST_F(TlsTest, AForeignAuthoritysClientIsRefused) {
   Make(m_server);
   const std::string foreign = m_dir.File("foreign");

@@ -123,5 +123,10 @@ void CDocument::SetPathName(const std::string& path, bool addToRecent) {
   m_path = path;
   SetTitle(std::filesystem::path(path).filename().string());
   CWinApp* const app = addToRecent && m_template ? m_template->App() : nullptr;
-  if (app) app->AddToRecentFileList(path);
+  if (!app) return;
+  // File Open would give a file of a template that it does not know to another one.
+  const auto& known = app->Templates();
+  if (std::any_of(known.begin(), known.end(),
+                  [this](const auto& each) { return each.get() == m_template; }))
+    app->AddToRecentFileList(path);
 }

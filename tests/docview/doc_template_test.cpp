@@ -58,6 +58,13 @@ TEST_F(DocTemplateTest, AFailedOpenLeavesNoFrameAndNoDocument) {
   EXPECT_EQ(m_host.Told(), "");
 }
 
+TEST_F(DocTemplateTest, AFileOfATemplateThatFileOpenDoesNotKnowIsNoRecentFile) {
+  const auto sources = MakeTemplate(145, "\n\nSource File\n\n\n\nSource File");
+  const std::string path = "/somewhere/a.c";
+  ASSERT_NE(sources->OpenDocumentFile(&path), nullptr);
+  EXPECT_TRUE(m_app.RecentFiles().empty());
+}
+
 TEST_F(DocTemplateTest, AFailedNewDocumentLeavesNothingEither) {
   CMultiDocTemplate& traces = AddTemplate();
   ProbeDoc::s_refuse = true;

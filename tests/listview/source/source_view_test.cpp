@@ -1,0 +1,174 @@
+// A source window: its control, its hints, its panes, its commands and its saves.
+#include "source_rig.h"
+
+namespace {
+
+TEST_F(SourceTest, TheControlHasAFixedFontTabsOfEightCellsAndNoWrap) {
+  OpenSourceAt(File("a.c"), 1);
+  EXPECT_EQ(Edit().format.face, "Courier New");
+  EXPECT_EQ(Edit().format.tabCells, 8);
+  EXPECT_FALSE(Edit().format.wrap);
+}
+
+TEST_F(SourceTest, AFreshWindowIsNotModifiedAndHasNoSelection) {
+  OpenSourceAt(File("a.c"), 1);
+  EXPECT_FALSE(Edit().modified);
+  EXPECT_FALSE(Doc().IsModified());
+  EXPECT_FALSE(Edit().HasSelection());
+}
+
+TEST_F(SourceTest, AHintWithoutTheTopBitOrWithASenderOrAnObjectDoesNothing) {
+  OpenSourceAt(File("a.c"), 1);
+  CTraceHint object;
+  const std::size_t before = Edit().calls.size();
+  View().OnUpdate(nullptr, 3, nullptr);
+  View().OnUpdate(nullptr, 1002, nullptr);
+  View().OnUpdate(&View(), kHintGoToLine | 3, nullptr);
+  View().OnUpdate(nullptr, kHintGoToLine | 3, &object);
+  EXPECT_EQ(Edit().calls.size(), before);
+  View().OnUpdate(nullptr, kHintGoToLine | 3, nullptr);
+  EXPECT_EQ(Edit().calls.back(), "select 8 8");
+}
+
+TEST_F(SourceTest, ActivationClearsBothPanes) {
+  OpenSourceAt(File("a.c"), 1);
+  m_log.Clear();
+  View().OnActivateView(true, &View(), nullptr);
+  const std::string cleared = std::to_string(static_cast<std::uintptr_t>(-1));
+  EXPECT_EQ(m_log.Told("main"), "main 1125 " + cleared + " 0\nmain 1126 " + cleared + " 0\n");
+}
+
+TEST_F(SourceTest, CopyTakesTheSelectionAndIsDisabledWithoutOne) {
+  OpenSourceAt(File("a.c"), 1);
+  EXPECT_FALSE(Enabled(ID_EDIT_COPY));
+  Edit().SetSel(0, 3);
+  EXPECT_TRUE(Enabled(ID_EDIT_COPY));
+  EXPECT_TRUE(Frame().OnCommand(ID_EDIT_COPY));
+  EXPECT_EQ(Edit().copied, "one");
+}
+
+TEST_F(SourceTest, FindOpensABoxThatStaysWhileItsHitsAreWalked) {
+  OpenSourceAt(File("a.c", "one two one\n"), 1);
+  EXPECT_TRUE(Frame().OnCommand(ID_EDIT_FIND));
+  FindTextDialog* dialog = View().FindDialog();
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_FALSE(dialog->MayFind());
+  dialog->OnOK();
+  EXPECT_TRUE(Edit().calls.empty() || Edit().calls.back().rfind("find", 0) != 0);
+  dialog->m_find = {"one", true, true};
+  dialog->OnOK();
+  EXPECT_EQ(Edit().calls.back(), "find one case word");
+  EXPECT_EQ(Edit().from, 0);
+  dialog->OnOK();
+  EXPECT_EQ(Edit().from, 8);
+  EXPECT_FALSE(dialog->Ended());
+  EXPECT_EQ(m_host.Modeless().size(), 1u);
+}
+
+TEST_F(SourceTest, FindOffersTheSelectionOfOneLine) {
+  OpenSourceAt(File("a.c"), 1);
+  Edit().SetSel(4, 7);
+  Frame().OnCommand(ID_EDIT_FIND);
+  EXPECT_EQ(View().FindDialog()->m_find.text, "two");
+  Edit().SetSel(0, 7);
+  Frame().OnCommand(ID_EDIT_FIND);
+  EXPECT_EQ(View().FindDialog()->m_find.text, "");
+  EXPECT_EQ(m_host.Modeless().size(), 1u);
+}
+
+TEST_F(SourceTest, FindNextRepeatsTheLastFindAndIsDisabledBeforeOne) {
+  OpenSourceAt(File("a.c", "one two one\n"), 1);
+  EXPECT_FALSE(Enabled(ID_EDIT_FINDNEXT));
+  Frame().OnCommand(ID_EDIT_FIND);
+  View().FindDialog()->m_find.text = "one";
+  View().FindDialog()->OnOK();
+  View().FindDialog()->OnCancel();
+  EXPECT_TRUE(Enabled(ID_EDIT_FINDNEXT));
+  EXPECT_TRUE(Frame().OnCommand(ID_EDIT_FINDNEXT));
+  EXPECT_EQ(Edit().from, 8);
+  Frame().OnCommand(ID_EDIT_FIND);
+  EXPECT_EQ(View().FindDialog()->m_find.text, "one");
+}
+
+TEST_F(SourceTest, ATextThatIsNotThereIsTold) {
+  OpenSourceAt(File("a.c"), 1);
+  Frame().OnCommand(ID_EDIT_FIND);
+  View().FindDialog()->m_find.text = "four";
+  m_host.ClearTranscript();
+  View().FindDialog()->OnOK();
+  EXPECT_EQ(m_host.Told(), "box Tessera [none] \"Text not found.\" (OK) -> OK\n");
+  EXPECT_FALSE(Edit().HasSelection());
+}
+
+TEST_F(SourceTest, TheFindBoxGoesWhenAnotherWindowComesToTheFront) {
+  OpenSourceAt(File("a.c"), 1);
+  Frame().OnCommand(ID_EDIT_FIND);
+  EXPECT_EQ(m_host.Modeless().size(), 1u);
+  OpenSourceAt(File("b.c"), 1);
+  EXPECT_TRUE(m_host.Modeless().empty());
+}
+
+TEST_F(SourceTest, SaveWritesToTheLocatedFile) {
+  const std::string local = File("a.c", "caf\xE9\r\n");
+  m_host.AnswerFileDialog(local);
+  OpenSourceAt("c:\\build\\a.c", 1);
+  Edit().Type("my ");
+  EXPECT_TRUE(Doc().IsModified());
+  EXPECT_TRUE(Frame().OnCommand(ID_FILE_SAVE));
+  EXPECT_EQ(ReadAll(local), "my caf\xE9\r\n");
+  EXPECT_FALSE(Doc().IsModified());
+  EXPECT_FALSE(Edit().modified);
+  EXPECT_EQ(m_host.Transcript().size(), 1u);
+}
+
+TEST_F(SourceTest, AnEditTakenBackLeavesNothingToSave) {
+  OpenSourceAt(File("a.c"), 1);
+  Edit().Type("x");
+  Edit().SetModify(false);
+  EXPECT_FALSE(Doc().IsModified());
+}
+
+TEST_F(SourceTest, ClosingAnEditedWindowAsksByTheFilesName) {
+  const std::string path = File("a.c");
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  m_host.AnswerBox(BoxAnswer::Cancel);
+  Frame().OnClose();
+  EXPECT_EQ(m_host.Told(),
+            "box Tessera [warning] \"Save changes to a.c?\" (Yes, No, Cancel) -> Cancel\n");
+  ASSERT_EQ(Open(), 1u);
+  m_host.AnswerBox(BoxAnswer::Yes);
+  Frame().OnClose();
+  EXPECT_EQ(Open(), 0u);
+  EXPECT_EQ(ReadAll(path), "xone\ntwo\nthree\n");
+}
+
+TEST_F(SourceTest, ClosingAnUneditedWindowAsksNothing) {
+  OpenSourceAt(File("a.c"), 1);
+  Frame().OnClose();
+  EXPECT_EQ(Open(), 0u);
+  EXPECT_EQ(m_host.Told(), "");
+}
+
+TEST_F(SourceTest, AfterAQuickCloseNothingIsAsked) {
+  const std::string path = File("a.c");
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  g_quickClose = true;
+  EXPECT_TRUE(m_template->SaveAllModified());
+  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
+}
+
+TEST_F(SourceTest, ASaveThatFailsSaysSoAndKeepsTheEdits) {
+  OpenSourceAt(File("a.c"), 1);
+  Edit().Type("x");
+  EXPECT_FALSE(Doc().OnSaveDocument(m_directory.File("missing/a.c")));
+  EXPECT_FALSE(Doc().OnSaveDocument("/dev/full"));
+  EXPECT_EQ(m_host.Told(),
+            "box Tessera [stop] \"Error creating file.\" (OK) -> OK\n"
+            "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
+  EXPECT_TRUE(Doc().IsModified());
+}
+
+}  // namespace

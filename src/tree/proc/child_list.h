@@ -1,0 +1,66 @@
+// The children of a node, in order of arrival: a vector whose front goes as cheaply as its back
+// comes, because a trim takes the oldest traces.
+//
+// Shape    24 bytes and a word per entry. A bit in the word tells a leaf from a node with children,
+//          so that a walk in search of blocks reads no leaf. Positions are 0..size()-1; they shift
+//          when an entry before them goes.
+// Owner    The storage only. What the entries point to belongs to the node (see nodes.h).
+// Errors   std::bad_alloc.
+// Threads  Interface thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+class CTraceEvent;
+class CExecutionBlock;
+
+class ChildList {
+ public:
+  ChildList() = default;
+  ~ChildList() { Clear(); }
+  ChildList(const ChildList&) = delete;
+  ChildList& operator=(const ChildList&) = delete;
+
+  std::size_t size() const { return m_end - m_begin; }
+  bool empty() const { return m_end == m_begin; }
+  // REQUIRES: position < size(), here and below.
+  CTraceEvent* operator[](std::size_t position) const {
+    return reinterpret_cast<CTraceEvent*>(m_words[m_begin + position] & ~kLeafBit);
+  }
+  bool IsLeaf(std::size_t position) const { return m_words[m_begin + position] & kLeafBit; }
+  // The entry as a node with children; null for a leaf.
+  CExecutionBlock* BlockAt(std::size_t position) const;
+  CTraceEvent* back() const { return (*this)[size() - 1]; }
+
+  void AppendLeaf(CTraceEvent* leaf) { Append(reinterpret_cast<std::uintptr_t>(leaf) | kLeafBit); }
+  void AppendBlock(CTraceEvent* block) { Append(reinterpret_cast<std::uintptr_t>(block)); }
+  // Constant at the front, else it moves the entries on the shorter side.
+  void Erase(std::size_t position);
+  void Clear();
+  // The position of the entry, size() when it is not there. Looks from the front.
+  std::size_t PositionOf(const CTraceEvent* entry) const;
+  // The first leaf at `from` or behind it, size() for none. Asked again and again from about the
+  // same place while the list only loses its front, it is constant: it remembers how far it has
+  // looked.
+  std::size_t FirstLeaf(std::size_t from);
+
+  // How many entries at the front are known to have nothing below them, now and for ever. The
+  // search for the nearest leaf counts them, so as to skip them the next time.
+  std::size_t Hollow() const { return m_hollow; }
+  void SetHollow(std::size_t entries) { m_hollow = static_cast<std::uint32_t>(entries); }
+  std::size_t StorageBytes() const { return m_capacity * sizeof(std::uintptr_t); }
+
+ private:
+  static constexpr std::uintptr_t kLeafBit = 1;
+  void Append(std::uintptr_t word) {
+    if (m_end == m_capacity) MakeRoom();
+    m_words[m_end++] = word;
+  }
+  void MakeRoom();
+
+  std::uintptr_t* m_words = nullptr;
+  std::uint32_t m_begin = 0, m_end = 0, m_capacity = 0;
+  std::uint32_t m_noLeafBefore = 0;  // position
+  std::uint32_t m_hollow = 0;
+};

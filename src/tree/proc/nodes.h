@@ -1,0 +1,120 @@
+// The nodes of the procedure tree: machine, application, process, thread, and below a thread the
+// blocks and the traces in them.
+//
+// Shape    A leaf (exactly a CTraceEvent) is 32 bytes, as a large file has millions of them.
+// Owner    A node owns its children. Leaves lie in the model's LeafStore, which gives their storage
+//          back; nodes with children are single objects. Destroying and clearing are loops:
+//          100,000 nested blocks need no stack.
+// Trims    `event` is null in a level node or block whose trace has been trimmed; what is still
+//          wanted of that trace is in the node. A leaf goes together with its trace, so its `event`
+//          is always good.
+// Threads  Interface thread.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "records/name_map.h"
+#include "tree/proc/child_list.h"
+
+class TraceEvent_i;
+class CExecutionBlock;
+
+// The control's handle of an item; 0: no item.
+using TreeItem = std::uintptr_t;
+
+enum class NodeKind : std::uint8_t { Leaf, Block, Thread, Process, Application, Machine, Root };
+
+// The node of one trace, and the base of all.
+class CTraceEvent {
+ public:
+  CTraceEvent() = default;
+  CTraceEvent(TraceEvent_i* ofEvent, CExecutionBlock* below) : event(ofEvent), parent(below) {}
+  CTraceEvent(const CTraceEvent&) = delete;
+  CTraceEvent& operator=(const CTraceEvent&) = delete;
+  virtual ~CTraceEvent() = default;
+  virtual void Clear();
+  // What the node is exactly. The class cannot tell cheaply without asking it.
+  virtual NodeKind Kind() const { return NodeKind::Leaf; }
+
+  TraceEvent_i* event = nullptr;      // borrowed; of a level node or block: the trace that made it
+  CExecutionBlock* parent = nullptr;  // null: a machine or the root
+  TreeItem treeItem = 0;
+};
+
+// A node with children.
+class CExecutionBlock : public CTraceEvent {
+ public:
+  CExecutionBlock() { ++s_live; }
+  CExecutionBlock(TraceEvent_i* ofEvent, CExecutionBlock* below);
+  ~CExecutionBlock() override;
+  void Clear() override;
+  NodeKind Kind() const override { return NodeKind::Block; }
+
+  // Tic counts of the first leaf that came below this node and of the latest one; the leaves
+  // themselves may be gone. Never set in applications, machines and the root. While traces are being
+  // filed, `lastTrace` of an open block may lag behind what lies in the blocks that are open inside
+  // it: ProcModel brings it up to date with the durations.
+  bool hasTimes = false;
+  std::uint64_t firstTrace = 0;
+  std::uint64_t lastTrace = 0;
+  std::int64_t duration = 0;  // lastTrace - firstTrace, in tics
+  ChildList children;
+
+  // Kept from the trace that made the node.
+  std::uint32_t sequenceNumber = 0;
+  NameId id = 0;  // of a level node: the id that tells it from its siblings
+
+  // The model's bookkeeping of a block.
+  bool closed = false;       // its End has come: nothing is added below it any more
+  bool takenOut = false;     // in nobody's children, taken for a hidden trace; its item stays
+  bool unreachable = false;  // it or a node above it is taken out
+  bool waiting = false;      // in the model's list of labels to set
+  std::uint32_t hanging = 0;  // nodes that were taken out of `children` and still live
+  struct KeptTexts {
+    std::string own;    // the text of the node's trace, when that has gone
+    std::string label;  // the label's text, when no child is left to give it
+  };
+  std::unique_ptr<KeptTexts> kept;
+
+  static int s_live;  // how many there are, of all kinds
+};
+
+class CProcessThread : public CExecutionBlock {
+ public:
+  CProcessThread(TraceEvent_i* ofEvent, CExecutionBlock* below, NameId ofId);
+  NodeKind Kind() const override { return NodeKind::Thread; }
+  // Where the thread's next trace goes. Applications and processes inherit it and never use it:
+  // there it is the node itself.
+  CExecutionBlock* currentBlock;
+};
+
+class CProcess : public CProcessThread {
+ public:
+  using CProcessThread::CProcessThread;
+  NodeKind Kind() const override { return NodeKind::Process; }
+};
+
+class CApplication : public CProcess {
+ public:
+  using CProcess::CProcess;
+  NodeKind Kind() const override { return NodeKind::Application; }
+};
+
+class CMachine : public CExecutionBlock {
+ public:
+  CMachine(TraceEvent_i* ofEvent, NameId ofId);
+  NodeKind Kind() const override { return NodeKind::Machine; }
+};
+
+class CRoot : public CExecutionBlock {
+ public:
+  void Clear() override;
+  NodeKind Kind() const override { return NodeKind::Root; }
+  int traceCount = 0;  // traces added since the last clear; what goes is not taken off
+};
+
+inline CExecutionBlock* ChildList::BlockAt(std::size_t position) const {
+  return IsLeaf(position) ? nullptr : static_cast<CExecutionBlock*>((*this)[position]);
+}

@@ -31,7 +31,7 @@ std::string FolderOf(const std::string& path) {
 // A service on a socket of its own has state of its own.
 std::string StateFolder(const ServeCommand& command, const std::string& socketPath) {
   if (!command.stateFolder.empty()) return command.stateFolder;
-  if (const std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
+  if (std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
   const bool ownSocket = !command.socketFolder.empty() || !Environment("QUOR_SOCKET").empty();
   if (!ownSocket) {
     if (const std::string home = Environment("XDG_STATE_HOME"); !home.empty())

@@ -1,0 +1,123 @@
+#include "listview/source/ui/rich_edit_widget.h"
+
+#include <QContextMenuEvent>
+#include <QFontDatabase>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <memory>
+
+namespace {
+
+constexpr int kCaretPx = 2;  // a line is found by its caret alone
+
+QFont FixedFont(const QString& face, const QFont& sized) {
+  QFont font = QFontDatabase::hasFamily(face) ? QFont(face)
+                                              : QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setPointSizeF(sized.pointSizeF());
+  font.setFixedPitch(true);
+  font.setStyleHint(QFont::Monospace);
+  font.setWeight(QFont::Normal);
+  font.setItalic(false);
+  return font;
+}
+
+}  // namespace
+
+QtRichEdit::QtRichEdit(RichEditOwner& owner, QWidget* parent) : QPlainTextEdit(parent) {
+  setFrameShape(QFrame::NoFrame);
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+  setCursorWidth(kCaretPx);
+  setAccessibleName(tr("Source"));
+  connect(document(), &QTextDocument::modificationChanged, this,
+          [&owner](bool modified) { owner.OnEditModified(modified); });
+  for (const QScrollBar* bar : {verticalScrollBar(), horizontalScrollBar()})
+    connect(bar, &QScrollBar::actionTriggered, this, [this] { m_keepCentred = false; });
+}
+
+void QtRichEdit::SetFormat(const RichEditFormat& format) {
+  setFont(FixedFont(QString::fromStdString(format.face), font()));
+  setTabStopDistance(format.tabCells * QFontMetricsF(font()).horizontalAdvance(QLatin1Char(' ')));
+  setLineWrapMode(format.wrap ? WidgetWidth : NoWrap);
+}
+
+void QtRichEdit::SetText(const std::string& text) {
+  setPlainText(QString::fromStdString(text));
+}
+
+// Line by line, because the document's own plain text has blanks for fixed blanks.
+std::string QtRichEdit::GetText() const {
+  std::string text;
+  for (QTextBlock line = document()->begin(); line.isValid(); line = line.next()) {
+    if (line.blockNumber() > 0) text += '\n';
+    text += line.text().toStdString();
+  }
+  return text;
+}
+
+int QtRichEdit::LineIndex(int line) const {
+  if (line == -1) return textCursor().block().position();
+  const QTextBlock block = document()->findBlockByNumber(line);
+  return block.isValid() ? block.position() : -1;
+}
+
+void QtRichEdit::SetSel(int from, int to) {
+  QTextCursor cursor = textCursor();
+  const int last = document()->characterCount() - 1;
+  if (from == -1) {
+    cursor.clearSelection();
+  } else {
+    cursor.setPosition(std::min(from, last));
+    cursor.setPosition(std::min(to, last), QTextCursor::KeepAnchor);
+  }
+  GoTo(cursor);
+}
+
+// What is far away is brought to the middle, so that one sees what stands around it.
+void QtRichEdit::GoTo(const QTextCursor& cursor) {
+  m_keepCentred = !isVisible() || !viewport()->rect().contains(cursorRect(cursor));
+  setTextCursor(cursor);
+  if (m_keepCentred) centerCursor();
+}
+
+std::string QtRichEdit::GetSelText() const {
+  return textCursor().selectedText().replace(QChar::ParagraphSeparator, u'\n').toStdString();
+}
+
+bool QtRichEdit::FindText(const RichEditFind& find) {
+  QTextDocument::FindFlags flags;
+  flags.setFlag(QTextDocument::FindCaseSensitively, find.matchCase);
+  flags.setFlag(QTextDocument::FindWholeWords, find.wholeWord);
+  const QString text = QString::fromStdString(find.text);
+  QTextCursor hit = document()->find(text, textCursor(), flags);
+  if (hit.isNull()) hit = document()->find(text, 0, flags);
+  if (hit.isNull()) return false;
+  GoTo(hit);
+  return true;
+}
+
+void QtRichEdit::resizeEvent(QResizeEvent* event) {
+  QPlainTextEdit::resizeEvent(event);
+  if (m_keepCentred) centerCursor();
+}
+
+void QtRichEdit::keyPressEvent(QKeyEvent* event) {
+  m_keepCentred = false;
+  QPlainTextEdit::keyPressEvent(event);
+}
+
+void QtRichEdit::mousePressEvent(QMouseEvent* event) {
+  m_keepCentred = false;
+  QPlainTextEdit::mousePressEvent(event);
+}
+
+// The usual menu without its keys: some of them are commands of the main window here.
+void QtRichEdit::contextMenuEvent(QContextMenuEvent* event) {
+  const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
+  for (QAction* action : menu->actions()) {
+    action->setText(action->text().section(QLatin1Char('\t'), 0, 0));
+    action->setShortcut(QKeySequence());
+  }
+  menu->exec(event->globalPos());
+}

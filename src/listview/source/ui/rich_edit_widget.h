@@ -1,0 +1,43 @@
+// The text control on the screen.
+//
+// Shape    A character is a UTF-16 unit of Qt's text; a line is a block of its document.
+// Owner    Owned by its view; a window that shows it only borrows it.
+// Threads  Interface thread.
+#pragma once
+
+#include <QPlainTextEdit>
+
+#include "docview/ui/qt_control.h"
+#include "listview/source/rich_edit.h"
+
+class QtRichEdit final : public QPlainTextEdit, public RichEdit, public QtControl {
+ public:
+  explicit QtRichEdit(RichEditOwner& owner, QWidget* parent = nullptr);
+
+  QWidget* Widget() override { return this; }
+  void SetFocus() override { setFocus(Qt::OtherFocusReason); }
+
+  void SetFormat(const RichEditFormat& format) override;
+  void SetText(const std::string& text) override;
+  std::string GetText() const override;
+  void SetModify(bool modified) override { document()->setModified(modified); }
+  int LineIndex(int line) const override;
+  void SetSel(int from, int to) override;
+  bool HasSelection() const override { return textCursor().hasSelection(); }
+  std::string GetSelText() const override;
+  void Copy() override { copy(); }
+  bool FindText(const RichEditFind& find) override;
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+
+ private:
+  void GoTo(const QTextCursor& cursor);
+
+  // The caret was put where it had to be scrolled to, and the user has not touched the text since:
+  // a window that is still finding its size keeps it in the middle.
+  bool m_keepCentred = false;
+};

@@ -1,0 +1,137 @@
+#include "tree/regex/regex.h"
+
+#include <functional>
+#include <limits>
+#include <memory>
+
+#include "tree/regex/regex_machine.h"
+#include "tree/regex/regex_plan.h"
+
+RegexState_t RegexState = {};
+
+namespace {
+
+constexpr std::int64_t kAllSteps = std::numeric_limits<std::int64_t>::max();
+
+// Of the pattern last prepared.
+std::unique_ptr<RegexPlan>& Plan() {
+  static std::unique_ptr<RegexPlan> plan = std::make_unique<RegexPlan>();
+  return plan;
+}
+
+// Programs other than the one in RegexState are as long as that at most.
+const unsigned char* EndOf(const unsigned char* code) {
+  const unsigned char* const end = std::end(RegexState.program);
+  const bool own = !std::less<>()(code, RegexState.program) && std::less<>()(code, end);
+  return own ? end : code + sizeof RegexState.program;
+}
+
+void ShowCaptures(const RegexMachine& machine, const char* begin) {
+  const auto position = [begin](std::size_t at) {
+    return at == RegexMachine::kUnset ? nullptr : begin + at;
+  };
+  for (int group = 0; group < kRegexGroups; ++group) {
+    RegexState.groupStart[group] = position(machine.GroupStart(group));
+    RegexState.groupEnd[group] = position(machine.GroupEnd(group));
+  }
+}
+
+void ShowMatch(const RegexPlan& plan, const char* begin) {
+  RegexState.matchStart = begin + plan.MatchStart();
+  RegexState.matchEnd = begin + plan.Machine().MatchEnd();
+  if (plan.Nodes().HasGroups()) ShowCaptures(plan.Machine(), begin);
+}
+
+RegexAnswer Shown(RegexAnswer answer, std::string_view text) {
+  if (answer == RegexAnswer::Yes) ShowMatch(*Plan(), text.data());
+  return answer;
+}
+
+// One text, one program, attempts at any places of it.
+class Attempts {
+ public:
+  Attempts(const char* begin, const char* end, const unsigned char* code)
+      : m_begin(begin),
+        m_text(begin, static_cast<std::size_t>(end - begin)),
+        m_nodes(code, EndOf(code), RegexState.acrossLines != 0),
+        m_machine(std::make_unique<RegexMachine>()) {}
+
+  bool MatchHere(const char* at, bool wordFlag) {
+    std::int64_t steps = kAllSteps;
+    const auto place = static_cast<std::size_t>(at - m_begin);
+    const bool hit = m_machine->Begin(m_nodes, m_text, place, wordFlag, steps) == RegexRun::Hit;
+    ShowCaptures(*m_machine, m_begin);
+    if (hit) RegexState.matchEnd = m_begin + m_machine->MatchEnd();
+    return hit;
+  }
+
+ private:
+  const char* m_begin;
+  std::string_view m_text;
+  RegexNodes m_nodes;
+  std::unique_ptr<RegexMachine> m_machine;
+};
+
+}  // namespace
+
+int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearch,
+                 int acrossLines) {
+  RegexState.wordSearch = wordSearch;
+  RegexState.acrossLines = acrossLines;
+  int compiled = 0;
+  try {
+    RegexCompile(pattern, RegexState.program, RegexState.program + kRegexProgramBytes, 0, literal,
+                 ignoreCase);
+    compiled = 1;
+  } catch (...) {
+    // The person is told by whoever asked; what was compiled so far stays.
+  }
+  Plan() = std::make_unique<RegexPlan>();
+  return compiled;
+}
+
+int RegexMatchText(std::string_view text) {
+  return Shown(Plan()->Begin(text, kAllSteps), text) == RegexAnswer::Yes;
+}
+
+RegexAnswer RegexBeginText(std::string_view text, std::uint64_t steps) {
+  return Shown(Plan()->Begin(text, static_cast<std::int64_t>(steps)), text);
+}
+
+RegexAnswer RegexResumeText(std::string_view text, std::uint64_t steps) {
+  return Shown(Plan()->Resume(text, static_cast<std::int64_t>(steps)), text);
+}
+
+int RegexFindIn(const char* from, const char* begin, const char* end, const char** matchFrom,
+                const char** matchTo) {
+  const int found = RegexSearch(from, begin, end, RegexState.program);
+  if (found) {
+    *matchFrom = RegexState.matchStart;
+    *matchTo = RegexState.matchEnd;
+  }
+  return found;
+}
+
+int RegexSearch(const char* from, const char* begin, const char* end,
+                const unsigned char* program) {
+  Attempts attempts(begin, end, program);
+  if (RegexState.anchored) {
+    RegexState.matchStart = from;
+    return attempts.MatchHere(from, false);
+  }
+  const bool startsWithByte = program[0] == RX_CHAR;
+  const char first = static_cast<char>(program[1]);
+  for (const char* at = from;; ++at) {
+    const bool worth = !startsWithByte || at == end || *at == first;
+    if (worth && attempts.MatchHere(at, RegexState.wordSearch != 0)) {
+      RegexState.matchStart = at;
+      return 1;
+    }
+    if (at == end) return 0;
+  }
+}
+
+int RegexMatchHere(const char* at, const char* begin, const char* end, const unsigned char* code,
+                   int wordFlag) {
+  return Attempts(begin, end, code).MatchHere(at, wordFlag != 0);
+}

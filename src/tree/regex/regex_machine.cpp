@@ -1,0 +1,157 @@
+#include "tree/regex/regex_machine.h"
+
+#include <algorithm>
+
+#include "tree/regex/ascii.h"
+
+namespace {
+
+// A run of so many bytes counts as one step more.
+constexpr std::size_t kBytesPerStep = 16;
+
+unsigned char Read(std::string_view text, std::size_t at) {
+  return at < text.size() ? static_cast<unsigned char>(text[at]) : 0;
+}
+
+// The first position in [at, limit) whose byte the table lacks, else limit.
+std::size_t RunOf(const ByteTable& table, std::string_view text, std::size_t at,
+                  std::size_t limit) {
+  while (at < limit && table[static_cast<unsigned char>(text[at])]) ++at;
+  return at;
+}
+
+}  // namespace
+
+RegexRun RegexMachine::Begin(const RegexNodes& nodes, std::string_view text, std::size_t at,
+                             bool wordFlag, std::int64_t& steps) {
+  m_node = m_depth = 0;
+  m_at = m_firstStop = at;
+  m_wordFlag = wordFlag;
+  if (nodes.HasGroups() || nodes.HasBackRefs()) m_groups.fill({});
+  if (wordFlag && at > 0 && IsWordByte(Read(text, at - 1))) return RegexRun::Miss;
+  return Resume(nodes, text, steps);
+}
+
+RegexRun RegexMachine::Resume(const RegexNodes& nodes, std::string_view text, std::int64_t& steps) {
+  for (;;) {
+    if (nodes[m_node].kind == NodeKind::End) {
+      if (!m_wordFlag || !EndsInWord(text)) return RegexRun::Hit;
+      // The runs inside have given their answer; the first one goes on as if it had failed.
+      m_depth = std::min(m_depth, std::size_t{1});
+      if (m_depth == 1) m_frames[0].once = false;
+      if (!BackOff(nodes, text, steps)) return RegexRun::Miss;
+    } else if (!StepNode(nodes, text, steps) && !BackOff(nodes, text, steps)) {
+      return RegexRun::Miss;
+    }
+    if (--steps < 0) return RegexRun::Unfinished;
+  }
+}
+
+bool RegexMachine::EndsInWord(std::string_view text) const {
+  return IsWordByte(Read(text, m_at));
+}
+
+// False when the node does not match.
+bool RegexMachine::StepNode(const RegexNodes& nodes, std::string_view text, std::int64_t& steps) {
+  const RegexNode& node = nodes[m_node];
+  switch (node.kind) {
+    case NodeKind::Byte:
+      if (!(*node.table)[Read(text, m_at)]) return false;
+      m_at = std::min(m_at + 1, text.size());
+      break;
+    case NodeKind::Run:
+      return EnterRun(node, text, steps);
+    case NodeKind::EndOfLine:
+      if (!(*node.table)[Read(text, m_at)]) return false;
+      break;
+    case NodeKind::GroupOpen:
+      m_groups[node.group].start = m_at;
+      break;
+    case NodeKind::GroupClose:
+      m_groups[node.group].end = m_at;
+      break;
+    case NodeKind::BackRef: {
+      const Capture& capture = m_groups[node.group];
+      if (!Fits(capture, text)) return false;
+      steps -= static_cast<std::int64_t>((capture.end - capture.start) / kBytesPerStep);
+      m_at = std::min(m_at + (capture.end - capture.start), text.size());
+      break;
+    }
+    case NodeKind::BackRefStar:
+    case NodeKind::BackRefPlus:
+      return EnterBackRef(node, text, steps);
+    default:
+      return false;
+  }
+  ++m_node;
+  return true;
+}
+
+bool RegexMachine::EnterRun(const RegexNode& node, std::string_view text, std::int64_t& steps) {
+  const ByteTable& table = *node.table;
+  if (node.notAtEnd && m_at >= text.size()) return false;
+  if (node.firstMust && !table[Read(text, m_at)]) return false;
+  const std::size_t end = text.size();
+  const std::size_t floor = m_at + std::min<std::size_t>(node.least, end - m_at);
+  const std::size_t reached = RunOf(table, text, m_at, floor);
+  RegexState.rangeLow = static_cast<int>(m_at + node.least - reached);
+  if (RegexState.rangeLow > 0) return false;
+  const std::size_t stop =
+      RunOf(table, text, floor, floor + std::min<std::size_t>(node.more, end - floor));
+  if (node.more != RegexNode::kEndless)
+    RegexState.rangeExtra = static_cast<int>(node.more - (stop - floor));
+  if (m_depth == 0) m_firstStop = stop;
+  steps -= static_cast<std::int64_t>((stop - m_at) / kBytesPerStep);
+  m_frames[m_depth++] = {m_node, node.exclusive ? stop : floor, stop, 1, false};
+  m_at = stop;
+  ++m_node;
+  return !node.follow || (*node.follow)[Read(text, stop)];
+}
+
+// A capture of no bytes is run over once: it would never stop.
+bool RegexMachine::EnterBackRef(const RegexNode& node, std::string_view text, std::int64_t& steps) {
+  const Capture& capture = m_groups[node.group];
+  if (capture.start == kUnset || capture.end == kUnset || capture.end < capture.start) return false;
+  const std::size_t floor = m_at;
+  const std::size_t length = capture.end - capture.start;
+  while (length > 0 && length <= text.size() - m_at && Fits(capture, text)) {
+    m_at += length;
+    steps -= 1 + static_cast<std::int64_t>(length / kBytesPerStep);
+  }
+  // Kept: the plus wants no occurrence at all, and it gives back nothing when the rest fails at its
+  // end.
+  const bool once = node.kind == NodeKind::BackRefPlus;
+  m_frames[m_depth++] = {m_node, floor, m_at, std::max<std::size_t>(length, 1), once};
+  ++m_node;
+  return true;
+}
+
+// As a comparison of strings: a zero on both sides ends it.
+bool RegexMachine::Fits(const Capture& capture, std::string_view text) const {
+  if (capture.start == kUnset || capture.end == kUnset || capture.end < capture.start) return false;
+  for (std::size_t i = capture.start, at = m_at; i < capture.end; ++i, ++at) {
+    const unsigned char c = Read(text, i);
+    if (c != Read(text, at)) return false;
+    if (c == 0) return true;
+  }
+  return true;
+}
+
+// Goes back to the latest run that can give a byte back; false when none can.
+bool RegexMachine::BackOff(const RegexNodes& nodes, std::string_view text, std::int64_t& steps) {
+  for (; m_depth > 0; --m_depth) {
+    Frame& frame = m_frames[m_depth - 1];
+    const ByteTable* const follow = nodes[frame.node].follow;
+    const std::size_t from = frame.next;
+    while (!frame.once && frame.next > frame.floor) {
+      frame.next -= frame.step;
+      if (follow && !(*follow)[Read(text, frame.next)]) continue;
+      steps -= static_cast<std::int64_t>((from - frame.next) / kBytesPerStep);
+      m_at = frame.next;
+      m_node = frame.node + 1;
+      return true;
+    }
+    steps -= static_cast<std::int64_t>((from - frame.next) / kBytesPerStep);
+  }
+  return false;
+}

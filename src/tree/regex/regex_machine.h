@@ -1,0 +1,65 @@
+// Runs decoded nodes at one position of a text: greedy runs that give back one by one, with a stack
+// of the runs that may. It can be stopped in the middle and taken up again.
+//
+// Shape    Positions are counted from the text's start and never leave it: what would stand behind
+//          the end stands at the end, where every read gives zero and no run goes on.
+// Owner    Borrows nodes and text for each call only; between the calls of one attempt both must be
+//          the same, though the text may lie elsewhere.
+// Errors   None. An attempt always ends.
+// Threads  One at a time.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "tree/regex/regex_nodes.h"
+
+enum class RegexRun { Miss, Hit, Unfinished };
+
+class RegexMachine {
+ public:
+  // Tries the nodes at `at`, with no captures yet. With wordFlag the match must stand between bytes
+  // of no word; as kept, only the first run of the program gives bytes back for the sake of its
+  // end. `steps` goes down with the work done; Unfinished when it is used up.
+  RegexRun Begin(const RegexNodes& nodes, std::string_view text, std::size_t at, bool wordFlag,
+                 std::int64_t& steps);
+  RegexRun Resume(const RegexNodes& nodes, std::string_view text, std::int64_t& steps);
+
+  std::size_t MatchEnd() const { return m_at; }  // behind Hit
+  // Where the first run of the program stopped; where the attempt began if it did not come to one.
+  std::size_t FirstStop() const { return m_firstStop; }
+  static constexpr std::size_t kUnset = static_cast<std::size_t>(-1);
+  std::size_t GroupStart(int group) const {
+    return m_groups[static_cast<std::size_t>(group)].start;
+  }
+  std::size_t GroupEnd(int group) const { return m_groups[static_cast<std::size_t>(group)].end; }
+
+ private:
+  // A run that can still give back.
+  struct Frame {
+    std::size_t node;
+    std::size_t floor;  // lowest position to go on from
+    std::size_t next;   // the position tried last
+    std::size_t step;   // bytes given back at a time
+    bool once;          // fails with its first failure, until the rest has matched once
+  };
+  struct Capture {
+    std::size_t start = kUnset, end = kUnset;
+  };
+  static constexpr std::size_t kMostFrames = kRegexProgramBytes + kRegexSlackBytes;
+
+  bool StepNode(const RegexNodes& nodes, std::string_view text, std::int64_t& steps);
+  bool EnterRun(const RegexNode& node, std::string_view text, std::int64_t& steps);
+  bool EnterBackRef(const RegexNode& node, std::string_view text, std::int64_t& steps);
+  bool Fits(const Capture& capture, std::string_view text) const;
+  bool BackOff(const RegexNodes& nodes, std::string_view text, std::int64_t& steps);
+  bool EndsInWord(std::string_view text) const;
+
+  std::size_t m_node = 0, m_at = 0;
+  std::size_t m_firstStop = 0;
+  bool m_wordFlag = false;
+  std::size_t m_depth = 0;
+  std::array<Frame, kMostFrames> m_frames;
+  std::array<Capture, kRegexGroups> m_groups;
+};

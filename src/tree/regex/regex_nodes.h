@@ -1,0 +1,78 @@
+// A compiled program, decoded: a node per opcode, a table of 256 truth values per set. There are no
+// jumps in a program, so that one decoding in order serves every run, of any bytes.
+//
+// Owner    Nodes own their tables. Decoding allocates; running does not.
+// Errors   Past the end of the code stands a node that fails. A group number that does not exist
+//          makes no node.
+// Threads  One at a time.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "tree/regex/regex_program.h"
+
+// Which byte values match. The text's end reads as zero.
+using ByteTable = std::array<bool, 256>;
+
+enum class NodeKind : std::uint8_t {
+  Byte,        // one byte of the table
+  Run,         // a repeated byte of the table
+  EndOfLine,   // asserts the table, consumes nothing
+  GroupOpen,   // notes the position
+  GroupClose,  // notes the position
+  BackRef,
+  BackRefStar,
+  BackRefPlus,
+  End,
+  Fail,
+};
+
+struct RegexNode {
+  static constexpr std::uint32_t kEndless = std::numeric_limits<std::uint32_t>::max();
+
+  NodeKind kind = NodeKind::Fail;
+  std::uint8_t group = 0;
+  // Run: `least` bytes, and behind them up to `more`, which can be given back one by one.
+  std::uint32_t least = 0;
+  std::uint32_t more = 0;
+  bool notAtEnd = false;   // Run: fails at the text's end
+  bool firstMust = false;  // Run: fails unless the first byte matches, though it can be given back
+  bool exclusive = false;  // Run: what follows can match at no byte of the run
+  const ByteTable* table = nullptr;
+  const ByteTable* follow = nullptr;  // Run: bytes at which the rest can match; null: any
+};
+
+class RegexNodes {
+ public:
+  // Decodes [code, codeEnd) up to its RX_END. `acrossLines` as in RegexState.
+  RegexNodes(const unsigned char* code, const unsigned char* codeEnd, bool acrossLines);
+  RegexNodes(RegexNodes&&) = default;
+  RegexNodes& operator=(RegexNodes&&) = default;
+
+  const RegexNode& operator[](std::size_t i) const { return m_nodes[i]; }
+  std::size_t size() const { return m_nodes.size(); }
+  // Bytes at which node i and all behind it can match: no others can begin a match of theirs.
+  const ByteTable& First() const { return *m_first; }
+  bool HasBackRefs() const { return m_backRefs; }
+  bool HasGroups() const { return m_groups; }
+  // Does a table take the zero that stands for the text's end? Never for a program as compiled from
+  // a whole pattern.
+  bool TakesZero() const { return m_takesZero; }
+
+ private:
+  class Decoder;
+  ByteTable* NewTable();
+  void FindFollowers();
+  bool CapturesBehindReference() const;
+
+  std::vector<RegexNode> m_nodes;
+  std::vector<std::unique_ptr<ByteTable>> m_tables;
+  const ByteTable* m_first = nullptr;
+  bool m_backRefs = false;
+  bool m_groups = false;
+  bool m_takesZero = false;
+};

@@ -1,0 +1,172 @@
+#include "tree/regex/regex_plan.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kLongestSegment = 64;
+// A probe is worth a pass of its own over the text when it is so much rarer than the start.
+constexpr unsigned kMuchRarer = 4;
+constexpr unsigned kCommonnessOfAll = 256;
+constexpr char kCr = '\r', kLf = '\n';
+
+unsigned CommonnessOf(const ByteTable& table) {
+  unsigned sum = 0;
+  for (std::size_t c = 1; c < table.size(); ++c)
+    if (table[c]) sum += Commonness(static_cast<unsigned char>(c));
+  return std::min(sum, kCommonnessOfAll);
+}
+
+// The start of the next line behind the failed place, kNowhere when there is none. Kept: a line's
+// end at the failed place itself is stepped over unseen.
+std::size_t NextLine(std::string_view text, std::size_t failed) {
+  static constexpr ByteTest kAround{0, kLf, kCr - kLf};
+  static constexpr PairTest kEnds{kAround, kAround, 0, 0};
+  std::size_t at = failed + 1;
+  do {
+    if (at >= text.size()) return kNowhere;
+    at = FindPair(text, at, text.size(), kEnds);
+    if (at == kNowhere) return kNowhere;
+    ++at;
+  } while (text[at - 1] != kCr && text[at - 1] != kLf);
+  if (at < text.size() && text[at] != text[at - 1] && (text[at] == kCr || text[at] == kLf)) ++at;
+  return at < text.size() ? at : kNowhere;
+}
+
+}  // namespace
+
+RegexPlan::RegexPlan()
+    : m_nodes(RegexState.program, std::end(RegexState.program), RegexState.acrossLines != 0),
+      m_anchored(RegexState.anchored != 0),
+      m_wordFlag(RegexState.wordSearch != 0 && !m_anchored) {
+  m_never = m_nodes[m_nodes.size() - 1].kind == NodeKind::Fail;
+  m_anyFirst =
+      std::all_of(m_nodes.First().begin(), m_nodes.First().end(), [](bool b) { return b; });
+  for (std::size_t i = 0; i < m_nodes.size(); ++i) m_never |= m_nodes[i].kind == NodeKind::Fail;
+  // Where a set holds the zero of the text's end, a match may reach behind the end.
+  if (!m_nodes.TakesZero()) ChooseProbes();
+  FindLeadingRun();
+}
+
+// ---- what is known of a match
+
+std::vector<RegexPlan::Segment> RegexPlan::Segments() const {
+  std::vector<Segment> segments(1);
+  segments[0].leads = true;
+  const auto add = [&](const ByteTable* table) {
+    if (segments.back().tables.size() < kLongestSegment) segments.back().tables.push_back(table);
+  };
+  for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+    const RegexNode& node = m_nodes[i];
+    if (node.kind == NodeKind::Byte) {
+      add(node.table);
+    } else if (node.kind == NodeKind::Run) {
+      for (std::uint32_t byte = 0; byte < node.least; ++byte) add(node.table);
+      if (node.firstMust) add(node.table);
+      segments.emplace_back();
+    } else if (node.kind == NodeKind::BackRef || node.kind == NodeKind::BackRefStar ||
+               node.kind == NodeKind::BackRefPlus) {
+      segments.emplace_back();
+    }
+  }
+  return segments;
+}
+
+// The two bytes that are the least common.
+std::optional<RegexPlan::Probe> RegexPlan::ProbeOf(const Segment& segment) {
+  struct Candidate {
+    unsigned commonness;
+    std::size_t at;
+    ByteTest test;
+  };
+  std::vector<Candidate> candidates;
+  for (std::size_t at = 0; at < segment.tables.size(); ++at)
+    if (const auto test = TestOf(*segment.tables[at]))
+      candidates.push_back({CommonnessOf(*segment.tables[at]), at, *test});
+  if (candidates.empty()) return std::nullopt;
+  std::stable_sort(
+      candidates.begin(), candidates.end(),
+      [](const Candidate& a, const Candidate& b) { return a.commonness < b.commonness; });
+  const Candidate& first = candidates.front();
+  const Candidate& second = candidates[candidates.size() > 1 ? 1 : 0];
+  const unsigned chance = candidates.size() > 1 ? first.commonness * second.commonness
+                                                : first.commonness * kCommonnessOfAll;
+  return Probe{{first.test, second.test, first.at, second.at}, segment.tables.size(), chance};
+}
+
+void RegexPlan::ChooseProbes() {
+  for (const Segment& segment : Segments()) {
+    const std::optional<Probe> probe = ProbeOf(segment);
+    if (!probe) continue;
+    std::optional<Probe>& place = segment.leads ? m_start : m_need;
+    if (!place || probe->commonness < place->commonness) place = probe;
+  }
+  if (m_need && m_start && m_need->commonness * kMuchRarer > m_start->commonness) m_need.reset();
+}
+
+// `[a-z]*x` that fails at one place fails at the others of the same run, for they lead to no new
+// place behind it. Captures and the rule of words could tell the places apart.
+void RegexPlan::FindLeadingRun() {
+  if (m_wordFlag || m_nodes.HasBackRefs()) return;
+  std::size_t i = 0;
+  while (m_nodes[i].kind == NodeKind::GroupOpen || m_nodes[i].kind == NodeKind::GroupClose) ++i;
+  const RegexNode& node = m_nodes[i];
+  m_leadingRun = node.kind == NodeKind::Run && node.least == 0 && node.more == RegexNode::kEndless;
+}
+
+// ---- the search
+
+std::size_t RegexPlan::Find(const Probe& probe, std::string_view text, std::size_t from) {
+  if (text.size() < probe.bytes) return kNowhere;
+  return FindPair(text, from, text.size() - probe.bytes + 1, probe.pair);
+}
+
+// The first place from `from` on, the text's end included, where an attempt may succeed.
+std::size_t RegexPlan::FindPlace(std::string_view text, std::size_t from) const {
+  if (m_start) return Find(*m_start, text, from);
+  if (!m_anyFirst) {
+    const ByteTable& first = m_nodes.First();
+    while (from < text.size() && !first[static_cast<unsigned char>(text[from])]) ++from;
+    if (from == text.size() && !first[0]) return kNowhere;
+  }
+  return from <= text.size() ? from : kNowhere;
+}
+
+std::size_t RegexPlan::NextPlace(std::string_view text) const {
+  if (m_anchored) return NextLine(text, m_place);
+  const std::size_t next = m_leadingRun ? m_machine.FirstStop() + 1 : m_place + 1;
+  return next <= text.size() ? FindPlace(text, next) : kNowhere;
+}
+
+bool RegexPlan::MayMatchFrom(std::string_view text, std::size_t place) {
+  if (!m_need) return true;
+  if (m_needAt == kNowhere || m_needAt < place) m_needAt = Find(*m_need, text, place);
+  return m_needAt != kNowhere;
+}
+
+RegexAnswer RegexPlan::Begin(std::string_view text, std::int64_t steps) {
+  m_unfinished = false;
+  if (m_never || (m_anchored && text.empty())) return RegexAnswer::No;
+  m_place = m_anchored ? 0 : FindPlace(text, 0);
+  if (m_place == kNowhere) return RegexAnswer::No;
+  m_needAt = kNowhere;
+  if (!MayMatchFrom(text, m_place)) return RegexAnswer::No;
+  return Try(text, m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps), steps);
+}
+
+RegexAnswer RegexPlan::Resume(std::string_view text, std::int64_t steps) {
+  if (!m_unfinished) return RegexAnswer::No;
+  m_unfinished = false;
+  return Try(text, m_machine.Resume(m_nodes, text, steps), steps);
+}
+
+RegexAnswer RegexPlan::Try(std::string_view text, RegexRun run, std::int64_t& steps) {
+  while (run == RegexRun::Miss) {
+    m_place = NextPlace(text);
+    if (m_place == kNowhere || !MayMatchFrom(text, m_place)) return RegexAnswer::No;
+    run = m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps);
+  }
+  if (run == RegexRun::Hit) return RegexAnswer::Yes;
+  m_unfinished = true;
+  return RegexAnswer::Unfinished;
+}

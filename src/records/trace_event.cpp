@@ -5,55 +5,11 @@
 
 #include "base/file_stream.h"
 #include "base/text.h"
+#include "records/record_fields.h"
 #include "records/trc_walk.h"
 #include "records/zone_offset.h"
 
 namespace {
-
-constexpr std::size_t kLongestText = 0xFFFF;  // a length field has 16 bits
-
-// Everything that a record holds, in its order.
-struct RecordFields {
-  std::uint32_t count;
-  NameId machine, app, component, category;
-  std::uint32_t date, time;
-  std::uint64_t ticCount;
-  NameId pid, tid;
-  std::uint16_t attributes;
-  NameId sourceFile;
-  std::uint32_t sourceLine;
-  std::string_view text, stack;
-};
-
-void AppendText(std::vector<std::uint8_t>& record, std::string_view text) {
-  text = CutUtf8(text, kLongestText);
-  std::uint8_t length[2];
-  StoreBe16(length, static_cast<std::uint16_t>(text.size()));
-  record.insert(record.end(), length, length + sizeof length);
-  record.insert(record.end(), text.begin(), text.end());
-}
-
-std::vector<std::uint8_t> MakeRecord(const RecordFields& fields) {
-  constexpr std::size_t kNumbersBytes = 40;
-  std::vector<std::uint8_t> record(kNumbersBytes);
-  std::uint8_t* const to = record.data();
-  StoreBe32(to, fields.count);
-  StoreBe16(to + 4, fields.machine);
-  StoreBe16(to + 6, fields.app);
-  StoreBe16(to + 8, fields.component);
-  StoreBe16(to + 10, fields.category);
-  StoreBe32(to + 12, fields.date);
-  StoreBe32(to + 16, fields.time);
-  StoreBe64(to + 20, fields.ticCount);
-  StoreBe16(to + 28, fields.pid);
-  StoreBe16(to + 30, fields.tid);
-  StoreBe16(to + 32, fields.attributes);
-  StoreBe16(to + 34, fields.sourceFile);
-  StoreBe32(to + 36, fields.sourceLine);
-  AppendText(record, fields.text);
-  AppendText(record, fields.stack);
-  return record;
-}
 
 bool WriteBytes(ds_BufferedOutputStream_t& stream, const void* bytes, std::size_t size) {
   const std::size_t wanted = size;
@@ -86,21 +42,24 @@ bool WriteRecord(ds_BufferedOutputStream_t& stream, const std::uint8_t* record) 
 std::vector<std::uint8_t> RecordOf(const TraceEvent_i& event) {
   const std::string text = _MBS2UTF(event.GetText());
   const std::string stack = _MBS2UTF(event.GetStack());
-  return MakeRecord({.count = event.GetSequenceNumber(),
-                     .machine = event.GetMachineId(),
-                     .app = event.GetAppId(),
-                     .component = event.GetComponentId(),
-                     .category = event.GetCategoryId(),
-                     .date = event.GetDate(),
-                     .time = event.GetTime(),
-                     .ticCount = event.GetTicCount(),
-                     .pid = event.GetPidId(),
-                     .tid = event.GetTidId(),
-                     .attributes = static_cast<std::uint16_t>(event.GetAttributes()),
-                     .sourceFile = event.GetSourceFileId(),
-                     .sourceLine = event.GetSourceLine(),
-                     .text = text,
-                     .stack = stack});
+  std::vector<std::uint8_t> record;
+  MakeRecord({.count = event.GetSequenceNumber(),
+              .machine = event.GetMachineId(),
+              .app = event.GetAppId(),
+              .component = event.GetComponentId(),
+              .category = event.GetCategoryId(),
+              .date = event.GetDate(),
+              .time = event.GetTime(),
+              .ticCount = event.GetTicCount(),
+              .pid = event.GetPidId(),
+              .tid = event.GetTidId(),
+              .attributes = static_cast<std::uint16_t>(event.GetAttributes()),
+              .sourceFile = event.GetSourceFileId(),
+              .sourceLine = event.GetSourceLine(),
+              .text = text,
+              .stack = stack},
+             record);
+  return record;
 }
 
 void AppendNumber(std::string& text, unsigned value, int digits) {
@@ -198,9 +157,11 @@ TraceEvent_i* TraceEvent_i::Create(unsigned int count, unsigned short machineId,
                                    unsigned short tidId, unsigned int attributes,
                                    unsigned short sourceFileId, unsigned int sourceLine,
                                    const std::string& text, const std::string& stack) {
-  return new OwnedTraceEvent_t(MakeRecord(
-      {count, machineId, appId, componentId, categoryId, date, time, ticCount, pidId, tidId,
-       static_cast<std::uint16_t>(attributes), sourceFileId, sourceLine, text, stack}));
+  std::vector<std::uint8_t> record;
+  MakeRecord({count, machineId, appId, componentId, categoryId, date, time, ticCount, pidId, tidId,
+              static_cast<std::uint16_t>(attributes), sourceFileId, sourceLine, text, stack},
+             record);
+  return new OwnedTraceEvent_t(std::move(record));
 }
 
 std::string AttributesToLabel(int attributes) {

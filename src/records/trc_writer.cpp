@@ -1,5 +1,8 @@
 #include "records/trc_writer.h"
 
+#include <errno.h>
+#include <unistd.h>
+
 #include "records/trc_walk.h"
 
 TrcWriter::~TrcWriter() {
@@ -27,6 +30,12 @@ bool TrcWriter::Write(const TraceEvent_i& event, NameMap& names) {
 
 bool TrcWriter::Flush() {
   return m_buffer && m_buffer->Close();
+}
+
+bool TrcWriter::Sync() {
+  if (!Flush()) return false;
+  const bool onDisk = fdatasync(m_file.Descriptor()) == 0;
+  return onDisk || errno == EINVAL || errno == ENOSYS;  // some file systems have no say
 }
 
 bool TrcWriter::Finish() {

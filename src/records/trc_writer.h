@@ -27,6 +27,9 @@ class TrcWriter {
   bool Write(const TraceEvent_i& event, NameMap& names);
   // Hands over what is held, for a writer that goes on. False when a byte did not reach the file.
   bool Flush();
+  // Hands over what is held and waits until the disk has it, before another file is given up for
+  // this one.
+  bool Sync();
   // Hands over the last bytes and closes. True when every byte reached the file.
   bool Finish();
   bool IsOpen() const { return static_cast<bool>(m_file); }

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <new>
 
+#include "records/old_translator.h"
 #include "records/trace_list.h"
 #include "support/trc_image.h"
 
@@ -48,6 +49,16 @@ TEST(Allocations, ATraceOfAMappedFileMakesNoneOfItsOwn) {
   for (int number = 0; number < 100000; ++number) list.EmplaceRecord(bytes.At(1));
   EXPECT_LE(g_allocations, before + 20);
   EXPECT_EQ(list.size(), 100000u);
+}
+
+TEST(Allocations, AConvertedTraceMakesNoneOnceItsNamesAreKnown) {
+  OldTranslator translator;
+  const std::string text(300, 'x');
+  std::uint8_t body[OldTrace::kFixedBytes] = {};
+  translator.Translate(OldTrace(body), text);
+  const int before = g_allocations;
+  for (int number = 0; number < 1000; ++number) translator.Translate(OldTrace(body), text);
+  EXPECT_EQ(g_allocations, before);
 }
 
 }  // namespace

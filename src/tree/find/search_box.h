@@ -22,6 +22,7 @@ class CSearchBox : public CDialog {
 
  private:
   void OnTick();
+  void StopTimer();
   std::function<bool()> m_work;
   TimerId m_timer = 0;
 };

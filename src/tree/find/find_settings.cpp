@@ -1,0 +1,3 @@
+#include "tree/find/find_settings.h"
+
+FindSettings_t FindSettings;

@@ -22,6 +22,13 @@ CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
     : CView(document), m_document(document), m_rows(document.m_traces), m_list(makeList(*this)) {
   // The state of the menu item is the document's.
   MapCommand(ID_VIEW_SYNCHRONIZE, [this] { OnSynchronize(); });
+  MapCommand(
+      ID_VIEW_GOTOSOURCE, [this] { OnGotoSource(); },
+      [this](CCmdUI& ui) { OnUpdateGotoSource(ui); });
+  MapCommand(ID_FILE_EXPORT, [this] { OnExport(); });
+  // Before the document, whose own save would write all traces: here it is the rows that count.
+  for (const unsigned save : {+ID_FILE_SAVE, +ID_FILE_SAVECOPY})
+    MapCommand(save, [this] { OnSaveTraces(); });
 }
 
 CTraceView::~CTraceView() = default;

@@ -73,6 +73,12 @@ class CTraceView : public CView, public RowListOwner {
   void TellStatus();
   void Invalidate();
   void OnSynchronize();
+  void OnGotoSource();
+  void OnUpdateGotoSource(CCmdUI& ui);
+  void OnExport();
+  void OnSaveTraces();
+  template <class Visit>
+  bool VisitRows(bool selectedOnly, Visit&& visit) const;
 
   CTraceDoc& m_document;
   RowStore m_rows;

@@ -1,0 +1,143 @@
+#include "listview/export/export_cells.h"
+
+#include <charconv>
+#include <concepts>
+
+#include "base/quor_str.h"
+
+namespace {
+
+constexpr char kNotAvailable[] = "\"n/a\"";
+
+template <std::integral Number>
+void WriteNumber(std::string& out, Number number, int base = 10) {
+  char digits[24];
+  const auto end = std::to_chars(digits, digits + sizeof digits, number, base).ptr;
+  out.append(digits, static_cast<std::size_t>(end - digits));
+}
+
+void WriteUnescaped(std::string& out, std::string_view text) {
+  out += '"';
+  out += text;
+  out += '"';
+}
+
+// Kept: three columns hold the address of the buffer that has their text, not the text: files of
+// this format are read by programs that skip those cells. Safe: it is only a number, and what needs
+// the values has the clean formats.
+void WriteAddress(std::string& out, const std::string& text) {
+  out += "0x";
+  WriteNumber(out, reinterpret_cast<std::uintptr_t>(text.data()), 16);
+}
+
+void WriteSeverity(std::string& out, const TraceEvent_i& event) {
+  switch (event.GetAttributes() & kSeverityMask) {
+    case kAttributeInfo:
+      out += "\"Info\"";
+      break;
+    case kAttributeWarn:
+      out += "\"Warn\"";
+      break;
+    case kAttributeError:
+      out += "\"Error\"";
+      break;
+    default:
+      break;
+  }
+}
+
+// Kept: a trace without a number is written as -1, where the list shows nothing.
+void WriteCount(std::string& out, const TraceEvent_i& event) {
+  const std::uint32_t count = event.GetSequenceNumber();
+  if (count == kNoSequenceNumber)
+    out += "-1";
+  else
+    WriteNumber(out, count);
+}
+
+std::string TicDiff(const TraceEvent_i& event, const TraceEvent_i* previous) {
+  if (!previous || event.GetPidId() != previous->GetPidId()) return kNotAvailable;
+  return std::to_string(event.GetTicCount() - previous->GetTicCount());
+}
+
+}  // namespace
+
+std::vector<Column> ExportColumns(const ColumnOrder& order, const ColumnFlags& shown, bool hidden) {
+  std::vector<Column> columns;
+  for (const std::int32_t index : order)
+    if (hidden || shown[static_cast<std::size_t>(index)] != 0)
+      columns.push_back(static_cast<Column>(index));
+  return columns;
+}
+
+void WriteQuoted(std::string& out, std::string_view text) {
+  out += '"';
+  for (std::size_t from = 0; from < text.size();) {
+    const std::size_t special = std::min(text.find_first_of("\"\\", from), text.size());
+    out += text.substr(from, special - from);
+    if (special < text.size()) {
+      out += '\\';
+      out += text[special];
+    }
+    from = special + 1;
+  }
+  out += '"';
+}
+
+void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
+                     const TraceEvent_i* previous, const NameMap& names, bool utc) {
+  switch (column) {
+    case Column::Sev:
+      return WriteSeverity(out, event);
+    case Column::Count:
+      return WriteCount(out, event);
+    case Column::TicCount:
+      return WriteAddress(out, std::to_string(event.GetTicCount()));
+    case Column::TicDiff:
+      return WriteAddress(out, TicDiff(event, previous));
+    case Column::Time:
+      return WriteUnescaped(out, event.GetTimeString(!utc));
+    case Column::Machine:
+      return WriteUnescaped(out, event.GetMachineName(names));
+    case Column::Application:
+      return WriteUnescaped(out, event.GetAppName(names));
+    case Column::Component:
+      return WriteUnescaped(out, event.GetComponentName(names));
+    case Column::Category:
+      return WriteUnescaped(out, event.GetCategoryName(names));
+    case Column::Attributes:
+      out += '"';
+      WriteAddress(out, AttributesToLabel(event.GetAttributes()));
+      out += '"';
+      return;
+    case Column::Pid:
+      return WriteUnescaped(out, event.GetPidName(names));
+    case Column::Tid:
+      return WriteUnescaped(out, event.GetTidName(names));
+    case Column::Trace:
+      return WriteQuoted(out, event.GetText());
+    case Column::Source:
+      return WriteQuoted(
+          out, event.GetSourceFileName(names) + ":" + QuorStr::NumToStr(event.GetSourceLine()));
+    case Column::Stack:
+      return WriteQuoted(out, event.GetStack());
+  }
+}
+
+void WriteExportHeader(std::string& out, const std::vector<Column>& columns) {
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) out += ',';
+    WriteQuoted(out, kColumns[static_cast<std::size_t>(columns[i])].header);
+  }
+  out += '\n';
+}
+
+void WriteExportLine(std::string& out, const std::vector<Column>& columns,
+                     const TraceEvent_i& event, const TraceEvent_i* previous, const NameMap& names,
+                     bool utc) {
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) out += ',';
+    WriteExportCell(out, columns[i], event, previous, names, utc);
+  }
+  out += '\n';
+}

@@ -1,0 +1,27 @@
+// The text of an export: a header line, then a line per trace, cells parted by commas.
+//
+// Shape    UTF-8 as it stands in the traces, lines ended by "\n". Texts are quoted; in them, and in
+//          sources and stacks, a quote and a backslash have a backslash before them. Names and
+//          times are quoted as they are. A trace of several lines stays in its quotes.
+// Errors   None: a cell that has no value is empty, with its comma.
+// Threads  Pure.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "listview/columns/columns.h"
+
+// The columns to write, in screen order: those that are shown, or all.
+std::vector<Column> ExportColumns(const ColumnOrder& order, const ColumnFlags& shown, bool hidden);
+
+void WriteQuoted(std::string& out, std::string_view text);
+// `previous` is the trace in the row above, null for the first row.
+void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
+                     const TraceEvent_i* previous, const NameMap& names, bool utc);
+
+void WriteExportHeader(std::string& out, const std::vector<Column>& columns);
+void WriteExportLine(std::string& out, const std::vector<Column>& columns,
+                     const TraceEvent_i& event, const TraceEvent_i* previous, const NameMap& names,
+                     bool utc);

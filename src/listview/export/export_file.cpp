@@ -1,0 +1,21 @@
+#include "listview/export/export_file.h"
+
+bool ExportFile::Open(const std::string& path) {
+  Close();
+  m_file = CreateForWriting(path);
+  if (!m_file) return false;
+  m_stream.Attach(m_file.Descriptor());
+  return true;
+}
+
+bool ExportFile::Flush() {
+  m_stream.Write(m_buffer.data(), m_buffer.size());
+  m_buffer.clear();
+  return m_stream.OK();
+}
+
+bool ExportFile::Close() {
+  const bool written = m_buffer.empty() ? m_stream.OK() : Flush();
+  m_stream.Attach(-1);
+  return m_file.Close() && written;
+}

@@ -9,6 +9,7 @@
 
 #include "docview/frame.h"
 #include "listview/rows/row_list.h"
+#include "listview/source/rich_edit.h"
 
 class CMainFrame;
 
@@ -39,6 +40,7 @@ class ShellFaces {
                                                          int heightPx) = 0;
   virtual void ProposedMainSize(int& widthPx, int& heightPx) = 0;
   virtual std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) = 0;
+  virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
   virtual void ShowAbout(const std::string& versionLine) = 0;
   virtual void ShowPrintSetup() = 0;
   // A built-in help page by topic; empty for the contents.

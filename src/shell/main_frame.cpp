@@ -4,6 +4,7 @@
 #include <set>
 
 #include "documents/trace_hint.h"
+#include "listview/source/locate_wait.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
 #include "shell/command_ids.h"
@@ -108,6 +109,11 @@ bool CMainFrame::MayQuickClose() {
 
 void CMainFrame::OnClose() {
   if (m_closing) return;
+  // A source that is still being located is given up first. Whoever looks for it is on the stack.
+  if (LocateWait::CancelStanding()) {
+    PostCall([this] { OnClose(); });
+    return;
+  }
   m_closing = true;
   const bool leave = MayQuickClose() && m_tessera.SaveAllModified();
   if (leave) {

@@ -85,6 +85,9 @@ void CTesseraApp::MakeTemplates() {
   };
   monitors.frame = [this] { return std::make_unique<CTraceRealtimeFrame>(*m_frame); };
   m_monitorTemplate = MakeTraceTemplate(IDR_MONITOR, kMonitorString, monitors);
+  m_sourceTemplate = std::make_unique<CSourceTemplate>(
+      GetHost(), MainFrame(),
+      [this](RichEditOwner& owner) { return m_faces.CreateRichEdit(owner); });
 }
 
 std::unique_ptr<CMultiDocTemplate> CTesseraApp::MakeTraceTemplate(
@@ -127,7 +130,7 @@ void CTesseraApp::OnRecentFilesChanged() {
 
 // Posted, so that the wizard comes up after the window stands.
 void CTesseraApp::PostWizard() {
-  if (NtRegGet(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 1U) == 0) return;
+  if (!m_offerWizard || NtRegGet(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 1U) == 0) return;
   m_frame->PostCall([this] { m_frame->OnCommand(ID_FILE_WIZARD); });
 }
 
@@ -189,10 +192,11 @@ void CTesseraApp::OnNewWindow() {
 
 bool CTesseraApp::SaveAllModified() {
   if (m_monitorTemplate && !m_monitorTemplate->SaveAllModified()) return false;
-  return CWinApp::SaveAllModified();
+  return CWinApp::SaveAllModified() && (!m_sourceTemplate || m_sourceTemplate->SaveAllModified());
 }
 
 void CTesseraApp::CloseAllDocuments() {
   if (m_monitorTemplate) m_monitorTemplate->CloseAllDocuments();
   CWinApp::CloseAllDocuments();
+  if (m_sourceTemplate) m_sourceTemplate->CloseAllDocuments();
 }

@@ -11,6 +11,7 @@
 
 #include "documents/trace_realtime_doc.h"
 #include "docview/win_app.h"
+#include "listview/source/open_source.h"
 #include "shell/faces.h"
 #include "shell/main_frame.h"
 
@@ -21,7 +22,7 @@ class CTesseraApp : public CWinApp {
 
   // `arguments` without the program's name.
   bool InitInstance(const std::vector<std::string>& arguments);
-  // Monitors first: the registered templates do not hold them.
+  // Monitors first, source windows last: the registered templates hold neither.
   bool SaveAllModified() override;
   void CloseAllDocuments() override;
   void OnRecentFilesChanged() override;
@@ -30,6 +31,7 @@ class CTesseraApp : public CWinApp {
   CMultiDocTemplate* FileTemplate() const { return m_fileTemplate; }
   CMultiDocTemplate* MonitorTemplate() const { return m_monitorTemplate.get(); }
   CMultiDocTemplate* ConfigTemplate() const { return m_configTemplate; }
+  CSourceTemplate* SourceTemplate() const { return m_sourceTemplate.get(); }
   CMainFrame* Frame() const { return m_frame.get(); }
 
   // Shows a monitor of this machine: one that is open already to "localhost" or to the host name
@@ -40,6 +42,10 @@ class CTesseraApp : public CWinApp {
   bool OpenMonitor(const std::string& machine);
   // How monitors connect; a test puts a source of its own here.
   CTraceRealtimeDoc::Connector m_connectMonitor = CTraceRealtimeDoc::ConnectToTraceService;
+
+  // False before InitInstance: something is to be shown that the arguments do not name, so that no
+  // wizard comes up over it.
+  bool m_offerWizard = true;
 
   static constexpr char kVersionLine[] = "Tessera Version 3.1.0";
 
@@ -65,4 +71,5 @@ class CTesseraApp : public CWinApp {
   ShellFaces& m_faces;
   std::unique_ptr<CMainFrame> m_frame;
   CMultiDocTemplate* m_fileTemplate = nullptr;
+  std::unique_ptr<CSourceTemplate> m_sourceTemplate;  // held apart, as that of the monitors
 };

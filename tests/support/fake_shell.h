@@ -15,6 +15,7 @@
 #include "shell/faces.h"
 #include "shell/main_frame.h"
 #include "support/fake_frame.h"
+#include "support/fake_rich_edit.h"
 #include "support/fake_row_list.h"
 
 class FakeMainFrameFace : public MainFrameFace {
@@ -95,6 +96,9 @@ class FakeShellFaces : public ShellFaces {
   void ProposedMainSize(int& widthPx, int& heightPx) override {
     widthPx = m_proposedWidthPx;
     heightPx = m_proposedHeightPx;
+  }
+  std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) override {
+    return std::make_unique<FakeRichEdit>(owner);
   }
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override {
     return std::make_unique<FakeRowList>(owner);

@@ -8,6 +8,9 @@
 #include "listview/columns/options_dialog.h"
 #include "listview/columns/ui/options_face.h"
 #include "listview/rows/ui/row_list_widget.h"
+#include "listview/source/ui/find_text_face.h"
+#include "listview/source/ui/locate_wait_face.h"
+#include "listview/source/ui/rich_edit_widget.h"
 #include "shell/load_status.h"
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"
@@ -40,6 +43,12 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CMachineBrowser>([](CMachineBrowser& dialog, QWidget* parent) {
     return std::make_unique<MachineBrowserFace>(dialog, parent);
   });
+  host.RegisterFace<LocateWait>([](LocateWait& dialog, QWidget* parent) {
+    return std::make_unique<LocateWaitFace>(dialog, parent);
+  });
+  host.RegisterFace<FindTextDialog>([](FindTextDialog& dialog, QWidget* parent) {
+    return std::make_unique<FindTextFace>(dialog, parent);
+  });
 }
 
 QtShellFaces::~QtShellFaces() {
@@ -67,6 +76,10 @@ void QtShellFaces::ProposedMainSize(int& widthPx, int& heightPx) {
 
 std::unique_ptr<RowList> QtShellFaces::CreateRowList(RowListOwner& owner) {
   return std::make_unique<QtRowList>(owner);
+}
+
+std::unique_ptr<RichEdit> QtShellFaces::CreateRichEdit(RichEditOwner& owner) {
+  return std::make_unique<QtRichEdit>(owner);
 }
 
 void QtShellFaces::ShowAbout(const std::string& versionLine) {

@@ -1,31 +1,8 @@
 #include "records/trace_list.h"
 
-#include <sys/mman.h>
-
 #include <utility>
 
-namespace {
-
-// From the kernel directly: a heap would keep what a closed document gives back, and would not lie
-// on huge pages, which halve the time of a load.
-void* NewStorage(std::size_t bytes) {
-  void* const storage =
-      mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (storage == MAP_FAILED) throw std::bad_alloc();
-  return storage;
-}
-
-// Storage at a multiple of its size, so that huge pages fit.
-void* NewAlignedStorage(std::size_t bytes) {
-  auto* const twice = static_cast<std::byte*>(NewStorage(2 * bytes));
-  const std::size_t before = -reinterpret_cast<std::uintptr_t>(twice) & (bytes - 1);
-  if (before > 0) munmap(twice, before);
-  munmap(twice + before + bytes, bytes - before);
-  madvise(twice + before, bytes, MADV_HUGEPAGE);
-  return twice + before;
-}
-
-}  // namespace
+#include "base/page_storage.h"
 
 TraceList_t& TraceList_t::operator=(TraceList_t&& other) noexcept {
   if (this == &other) return *this;
@@ -83,7 +60,7 @@ void TraceList_t::AddBlock() {
   const std::size_t block = m_firstBlock + m_blocks.size();
   const std::size_t bytes = SlotsOf(block) * sizeof(Slot);
   m_blocks.reserve(m_blocks.size() + 1);
-  void* const storage = block < kDoublings ? NewStorage(bytes) : NewAlignedStorage(bytes);
+  void* const storage = block < kDoublings ? NewPages(bytes) : NewHugePages(bytes);
   m_blocks.push_back(static_cast<Slot*>(storage));
   m_next = m_blocks.back();
   m_end = m_next + SlotsOf(block);
@@ -91,7 +68,7 @@ void TraceList_t::AddBlock() {
 }
 
 void TraceList_t::DropFrontBlock() {
-  munmap(m_blocks.front(), SlotsOf(m_firstBlock) * sizeof(Slot));
+  FreePages(m_blocks.front(), SlotsOf(m_firstBlock) * sizeof(Slot));
   m_blocks.erase(m_blocks.begin());
   ++m_firstBlock;
   // A new block follows on the number of this one.

@@ -21,9 +21,8 @@
 class TraceEvent_i;
 class CExecutionBlock;
 
-// The control's handle of an item; 0: no item.
+// The control's handle; 0: no item.
 using TreeItem = std::uintptr_t;
-
 enum class NodeKind : std::uint8_t { Leaf, Block, Thread, Process, Application, Machine, Root };
 
 // The node of one trace, and the base of all.
@@ -32,10 +31,9 @@ class CTraceEvent {
   CTraceEvent() = default;
   CTraceEvent(TraceEvent_i* ofEvent, CExecutionBlock* below) : event(ofEvent), parent(below) {}
   CTraceEvent(const CTraceEvent&) = delete;
-  CTraceEvent& operator=(const CTraceEvent&) = delete;
   virtual ~CTraceEvent() = default;
   virtual void Clear();
-  // What the node is exactly. The class cannot tell cheaply without asking it.
+  // What the node is exactly.
   virtual NodeKind Kind() const { return NodeKind::Leaf; }
 
   TraceEvent_i* event = nullptr;      // borrowed; of a level node or block: the trace that made it
@@ -52,10 +50,9 @@ class CExecutionBlock : public CTraceEvent {
   void Clear() override;
   NodeKind Kind() const override { return NodeKind::Block; }
 
-  // Tic counts of the first leaf that came below this node and of the latest one; the leaves
-  // themselves may be gone. Never set in applications, machines and the root. While traces are being
-  // filed, `lastTrace` of an open block may lag behind what lies in the blocks that are open inside
-  // it: ProcModel brings it up to date with the durations.
+  // Tic counts of the first leaf that came below this node and of the latest one, which may be
+  // gone. Never set in applications, machines and the root. While a batch is filed, `lastTrace`
+  // does not yet count the blocks that are open inside this one.
   bool hasTimes = false;
   std::uint64_t firstTrace = 0;
   std::uint64_t lastTrace = 0;
@@ -67,10 +64,10 @@ class CExecutionBlock : public CTraceEvent {
   NameId id = 0;  // of a level node: the id that tells it from its siblings
 
   // The model's bookkeeping of a block.
-  bool closed = false;       // its End has come: nothing is added below it any more
-  bool takenOut = false;     // in nobody's children, taken for a hidden trace; its item stays
-  bool unreachable = false;  // it or a node above it is taken out
-  bool waiting = false;      // in the model's list of labels to set
+  bool closed = false;        // its End has come: nothing is added below it any more
+  bool takenOut = false;      // in nobody's children, taken for a hidden trace; its item stays
+  bool unreachable = false;   // it or a node above it is taken out
+  bool waiting = false;       // for its label
   std::uint32_t hanging = 0;  // nodes that were taken out of `children` and still live
   struct KeptTexts {
     std::string own;    // the text of the node's trace, when that has gone
@@ -79,15 +76,18 @@ class CExecutionBlock : public CTraceEvent {
   std::unique_ptr<KeptTexts> kept;
 
   static int s_live;  // how many there are, of all kinds
+
+ private:
+  void DestroyChildren();
 };
 
 class CProcessThread : public CExecutionBlock {
  public:
   CProcessThread(TraceEvent_i* ofEvent, CExecutionBlock* below, NameId ofId);
   NodeKind Kind() const override { return NodeKind::Thread; }
-  // Where the thread's next trace goes. Applications and processes inherit it and never use it:
-  // there it is the node itself.
+  // Where the thread's next trace goes; in applications and processes, unused, the node itself.
   CExecutionBlock* currentBlock;
+  bool touched = false;  // the model has yet to time it
 };
 
 class CProcess : public CProcessThread {

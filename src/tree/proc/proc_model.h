@@ -2,69 +2,41 @@
 // process, thread and block, times the blocks, labels the nodes, and takes trimmed traces out.
 //
 // Owner    Owns all nodes. Borrows the document, the filter and the items, which outlive it.
-// Items    A node gets a control item when the user opens its parent, so the model asks for one only
-//          below an expanded item, and for machines. It never asks for an item twice.
-// Trims    The leaf of a trimmed trace goes, with its item. A trimmed trace that the filter hides
-//          takes the nearest node out of the tree instead; that node is in no `children` any more,
-//          but it lives on with its item and its text until its own trace is trimmed or the tree is
-//          cleared. A block whose own trace is trimmed stays while it is open or holds anything, and
-//          goes with its item when it is closed and empty. Level nodes stay.
-// Cost     Filing and trimming do not depend on how many traces are held.
+// Items    A node gets a control item when the user opens its parent, so the model asks for one
+// only
+//          below an expanded item, and for machines.
+// Trims    The leaf of a trimmed trace goes, with its item. A trimmed trace that has no leaf,
+// because
+//          the filter hid it, takes the nearest node out instead: that node is in no `children` any
+//          more, but lives on with its item and its text until its own trace is trimmed or the tree
+//          is cleared. A block whose own trace has been trimmed goes with its item once it is
+//          closed and empty. Level nodes stay.
+// Cost     No step grows with the number of traces held while their numbers rise.
 // Threads  Interface thread.
-//
-// A node that goes is destroyed right after ProcItems::DeleteItem: keep no pointer to a node but the
-// item word, and ask for the selected item anew after RemoveTrace(s).
 #pragma once
 
-#include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
+#include "tree/filter/filter_pass.h"
+#include "tree/proc/find_node.h"
 #include "tree/proc/leaf_store.h"
-#include "tree/proc/nodes.h"
+#include "tree/proc/level_index.h"
+#include "tree/proc/proc_items.h"
+#include "tree/proc/proc_labels.h"
+#include "tree/proc/trace_facts.h"
 
 class CTraceDoc;
-class CTraceFilter;
-class FilterPass;
-
-// What the model asks of the tree control's owner.
-class ProcItems {
- public:
-  // Inserts the node's item as the last child of `parentItem`, or at the top level for 0; sets
-  // node.treeItem and gives it, 0 when the control refuses. The node is not yet on its way to have
-  // children; a node that is no leaf shows the button all the same. The same operation serves the
-  // owner's own fill of an opened item.
-  virtual TreeItem InsertTreeItem(TreeItem parentItem, CTraceEvent& node) = 0;
-  virtual bool IsExpanded(TreeItem item) const = 0;
-  virtual void SetItemText(TreeItem item, const std::string& text) = 0;
-  // The item and those below it, whose nodes are gone already or go too.
-  virtual void DeleteItem(TreeItem item) = 0;
-  // The first machine has its item: repaint the control, and redraw from now on.
-  virtual void OnFirstMachine() = 0;
-
- protected:
-  ~ProcItems() = default;
-};
-
-// A place in some node's children.
-struct NodePosition {
-  CExecutionBlock* owner = nullptr;  // null: there is nothing
-  std::size_t position = 0;
-  explicit operator bool() const { return owner != nullptr; }
-  CTraceEvent* Node() const { return owner->children[position]; }
-};
 
 class ProcModel {
  public:
   // Without items the tree is complete all the same.
   ProcModel(const CTraceDoc& document, CTraceFilter& filter, ProcItems* items = nullptr);
-  ~ProcModel();
+  ~ProcModel() { Clear(); }
   ProcModel(const ProcModel&) = delete;
-  ProcModel& operator=(const ProcModel&) = delete;
 
   const CRoot& Root() const { return m_root; }
   int TraceCount() const { return m_root.traceCount; }
@@ -72,51 +44,77 @@ class ProcModel {
   // Destroys all nodes and forgets the path of the last trace. Reads no trace and deletes no item:
   // the owner has emptied the control before.
   void Clear();
-  // Files all traces of the document that pass, as a rebuild does, and times them at the end.
-  // REQUIRES: cleared.
+  // Files all traces of the document, as a rebuild does, and times them at the end. REQUIRES:
+  // empty.
   void AddAll();
-  // Files one trace, the newest of the document so far; 0 when it does not pass, and otherwise the
-  // item that was made for it, 0 for none. `live`: durations and labels follow at once. With live
-  // false they wait for UpdateDurations.
+  // Files one trace, the document's newest. Gives the item made for it, 0 for none or when it does
+  // not pass the filter. `live`: durations and labels follow at once, else UpdateDurations sets
+  // them.
   TreeItem AddTrace(TraceEvent_i* event, bool live);
-  // Around the traces of one hint: filters them in one pass, and sets the label of each node once, at
-  // the end. Its scope holds AddTrace and the owner's own work on items; the filter stays as it is.
+  // Around the traces of one hint: one filter pass, and each label is set once, at the end. The
+  // filter stays as it is meanwhile, and nothing is removed.
   class Batch {
    public:
-    explicit Batch(ProcModel& model);
-    ~Batch();
-    Batch(const Batch&) = delete;
-    Batch& operator=(const Batch&) = delete;
+    explicit Batch(ProcModel& model) : m_model(model) { m_model.BeginBatch(); }
+    ~Batch() { m_model.EndBatch(); }
 
    private:
     ProcModel& m_model;
   };
-  // Takes the leaf of a trace that is about to go out of the tree. The labels of the shown nodes are
-  // up to date afterwards: no UpdateDurations is needed behind it, and none must be made per trim.
-  void RemoveTrace(const TraceEvent_i* event);
-  // The same for all traces of a hint, oldest first.
+  // Takes the leaf of a trace that is about to go out of the tree. Durations stay and labels are up
+  // to date when it returns: no UpdateDurations is wanted.
+  void RemoveTrace(TraceEvent_i* event) { RemoveTraces({event}); }
+  // The same for a hint, oldest first.
   void RemoveTraces(const std::deque<TraceEvent_i*>& events);
-
   // The text of a node, made anew.
-  std::string NodeLabel(const CTraceEvent& node) const;
-  // Sets the durations of the node and of all nodes below it, and the texts of their items.
-  void UpdateDurations(CExecutionBlock& node);
-  void UpdateDurations() { UpdateDurations(m_root); }
-  // The position of the trace's leaf, or else that of the nearest by sequence number, which may be a
-  // block; nothing when no leaf is near. REQUIRES: the trace lives.
+  std::string NodeLabel(const CTraceEvent& node) const { return m_labels.Of(node); }
+  // Sets the durations of all nodes, and the texts of their items.
+  void UpdateDurations();
+  // The position of the trace's leaf, or else that of the nearest by sequence number, which may be
+  // a block; nothing when no leaf is near. REQUIRES: the trace lives.
   NodePosition FindNode(const TraceEvent_i& event);
 
  private:
-  friend class Batch;
-  CProcessThread& ThreadOf(const TraceIds& ids, TraceEvent_i* event);
-  void TakeOutNearest(const TraceEvent_i& event);
-  bool Passes(const TraceEvent_i& event);
   void BeginBatch();
   void EndBatch();
+  CProcessThread& ThreadOf(const TraceFacts& facts, TraceEvent_i* event);
+  CProcessThread& MakePath(const TraceFacts& facts, TraceEvent_i* event);
+  void AddChild(CExecutionBlock& block, CProcessThread& thread, TraceEvent_i* event,
+                std::uint64_t tic);
+  CExecutionBlock& OpenBlock(CExecutionBlock& around, CProcessThread& thread, TraceEvent_i* event,
+                             const TraceFacts& facts);
+  void CloseBlock(CExecutionBlock& block, CProcessThread& thread, bool live);
+  TreeItem InsertItem(CTraceEvent& node, bool wanted);
+  bool IsOpen(const CTraceEvent& node) const;
+  void TimeTouched();
+  // Trims: proc_model_trim.cpp.
+  void RemoveOne(const TraceEvent_i& event, bool oldest);
+  std::size_t FindLeaf(const TraceEvent_i& event, bool oldest) const;
+  bool IsInTree(const CTraceEvent& leaf) const;
+  NodePosition FindNearest(const TraceEvent_i& event, CExecutionBlock* opened);
+  void RemoveLeaf(std::size_t position);
+  void TakeOut(NodePosition place);
+  void EraseChild(NodePosition place);
+  void ForgetTrace(const TraceEvent_i& event, bool oldest);
+  void DropIfSpent(CExecutionBlock* block);
 
   const CTraceDoc& m_document;
   CTraceFilter& m_filter;
   ProcItems* const m_items;
   CRoot m_root;
   LeafStore m_leaves;
+  LevelIndex m_levels;
+  ProcLabels m_labels;
+  // The thread of the last trace, null for none, and its ids: the cursors of all four levels.
+  CProcessThread* m_threadCursor = nullptr;
+  std::uint64_t m_threadKey = 0;
+  bool m_rising = true;  // every trace filed had a greater number than the one before
+  std::uint32_t m_lastNumber = 0;
+  // Nodes with children whose trace has not been trimmed, by the arrival of that trace.
+  std::deque<CExecutionBlock*> m_made;
+  std::unordered_set<const CTraceEvent*> m_takenOutLeaves;
+  std::unordered_set<CExecutionBlock*> m_takenOutBlocks;
+  unsigned m_batches = 0;
+  std::unique_ptr<FilterPass> m_pass;      // of the running batch
+  std::vector<CProcessThread*> m_touched;  // by live traces, not yet timed
 };

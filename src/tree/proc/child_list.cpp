@@ -1,0 +1,60 @@
+#include "tree/proc/child_list.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+void ChildList::Clear() {
+  std::free(m_words);
+  m_words = nullptr;
+  m_begin = m_end = m_capacity = m_noLeafBefore = m_hollow = 0;
+}
+
+// Where the front has gone for at least half of the room, the entries move down instead: each has
+// then paid for its move by one that went.
+void ChildList::MakeRoom() {
+  if (m_begin > 0 && m_begin >= m_capacity / 2) {
+    std::memmove(m_words, m_words + m_begin, size() * sizeof *m_words);
+    m_end -= m_begin;
+    m_begin = 0;
+    return;
+  }
+  constexpr std::uint32_t kFirst = 4, kMost = 0x7FFFFFFF;
+  if (m_capacity > kMost) throw std::bad_alloc();
+  const std::uint32_t capacity = std::max(kFirst, 2 * m_capacity);
+  void* const words = std::realloc(m_words, capacity * sizeof *m_words);
+  if (!words) throw std::bad_alloc();
+  m_words = static_cast<std::uintptr_t*>(words);
+  m_capacity = capacity;
+}
+
+void ChildList::Erase(std::size_t position) {
+  std::uintptr_t* const entry = m_words + m_begin + position;
+  if (position < size() / 2) {
+    std::memmove(m_words + m_begin + 1, m_words + m_begin, position * sizeof *m_words);
+    ++m_begin;
+  } else {
+    std::memmove(entry, entry + 1, (size() - position - 1) * sizeof *m_words);
+    --m_end;
+  }
+  if (position < m_noLeafBefore) --m_noLeafBefore;
+  if (position < m_hollow) --m_hollow;
+  // An emptied list begins anew, so that a short one never grows.
+  if (empty()) m_begin = m_end = 0;
+}
+
+std::size_t ChildList::PositionOf(const CTraceEvent* entry) const {
+  std::size_t position = 0;
+  while (position < size() && (*this)[position] != entry) ++position;
+  return position;
+}
+
+std::size_t ChildList::FirstLeaf(std::size_t from) {
+  const auto leafFrom = [this](std::size_t position) {
+    while (position < size() && !IsLeaf(position)) ++position;
+    return position;
+  };
+  m_noLeafBefore = static_cast<std::uint32_t>(leafFrom(m_noLeafBefore));
+  return from <= m_noLeafBefore ? m_noLeafBefore : leafFrom(from);
+}

@@ -1,0 +1,42 @@
+// The level nodes by their ids, so that finding a trace's thread is no scan, however many processes
+// and threads there are: the ids of siblings differ, so the first node with an id is the only one.
+//
+// Shape    In front a small direct-mapped table of threads, behind it a map per level.
+// Owner    Borrows the nodes.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <unordered_map>
+
+#include "tree/proc/nodes.h"
+
+class LevelIndex {
+ public:
+  static constexpr unsigned kMachine = 0, kApplication = 1, kProcess = 2, kThread = 3;
+
+  CProcessThread* FindThread(std::uint64_t threadKey) {
+    Slot& slot = m_slots[(threadKey * 0x9E3779B97F4A7C15u) >> (64 - kSlotBits)];
+    if (slot.thread && slot.key == threadKey) return slot.thread;
+    auto* const thread = static_cast<CProcessThread*>(Find(kThread, threadKey));
+    if (thread) slot = {threadKey, thread};
+    return thread;
+  }
+  // Null when there is none.
+  CExecutionBlock* Find(unsigned level, std::uint64_t threadKey) const;
+  void Add(unsigned level, std::uint64_t threadKey, CExecutionBlock& node);
+  void Clear();
+
+ private:
+  // The part of a thread's key that names the level.
+  static std::uint64_t KeyAt(unsigned level, std::uint64_t threadKey) {
+    return threadKey >> (16 * (kThread - level));
+  }
+  static constexpr unsigned kSlotBits = 9;
+  struct Slot {
+    std::uint64_t key = 0;
+    CProcessThread* thread = nullptr;
+  };
+  std::array<Slot, std::size_t{1} << kSlotBits> m_slots;
+  std::array<std::unordered_map<std::uint64_t, CExecutionBlock*>, 4> m_nodes;
+};

@@ -1,0 +1,209 @@
+// How the procedure tree grows: the filing of traces and their times.
+#include "tree/proc/proc_model.h"
+
+#include <utility>
+
+#include "documents/trace_doc.h"
+
+namespace {
+
+void TakeTime(CExecutionBlock& node, std::uint64_t tic) {
+  if (!node.hasTimes) {
+    node.hasTimes = true;
+    node.firstTrace = node.lastTrace = tic;
+  } else if (tic >= node.lastTrace) {
+    node.lastTrace = tic;
+  }
+}
+
+void SetDuration(CExecutionBlock& node) {
+  if (node.hasTimes) node.duration = static_cast<std::int64_t>(node.lastTrace - node.firstTrace);
+}
+
+// Carries the latest time out of the blocks that are open one inside the other. A thread's own time
+// is always up to date, and so is that of its process.
+template <class Visit>
+void ForEachOpenBlock(CProcessThread& thread, Visit&& visit) {
+  for (CExecutionBlock* block = thread.currentBlock; block != &thread; block = block->parent) {
+    if (block->parent != &thread) TakeTime(*block->parent, block->lastTrace);
+    visit(*block);
+  }
+}
+
+CExecutionBlock* MakeLevel(unsigned level, TraceEvent_i* event, CExecutionBlock& above,
+                           const TraceFacts& facts) {
+  switch (level) {
+    case LevelIndex::kMachine:
+      return new CMachine(event, facts.machine);
+    case LevelIndex::kApplication:
+      return new CApplication(event, &above, facts.application);
+    case LevelIndex::kProcess:
+      return new CProcess(event, &above, facts.process);
+    default:
+      return new CProcessThread(event, &above, facts.thread);
+  }
+}
+
+CProcess& ProcessOf(CProcessThread& thread) {
+  return static_cast<CProcess&>(*thread.parent);
+}
+
+}  // namespace
+
+ProcModel::ProcModel(const CTraceDoc& document, CTraceFilter& filter, ProcItems* items)
+    : m_document(document), m_filter(filter), m_items(items), m_labels(document.m_names, items) {}
+
+void ProcModel::Clear() {
+  for (CExecutionBlock* const block : m_takenOutBlocks) delete block;
+  m_takenOutBlocks.clear();
+  m_takenOutLeaves.clear();
+  m_root.Clear();
+  m_leaves.Clear();
+  m_levels.Clear();
+  m_threadCursor = nullptr;
+  m_rising = true;
+  m_lastNumber = 0;
+  m_made.clear();
+  m_touched.clear();
+  m_labels.Clear();
+}
+
+void ProcModel::BeginBatch() {
+  if (m_batches++ == 0) m_pass = std::make_unique<FilterPass>(m_filter);
+}
+
+void ProcModel::EndBatch() {
+  if (--m_batches > 0) return;
+  m_pass.reset();
+  TimeTouched();
+}
+
+// What a live trace does to the times and labels of the nodes above it, once for all that came.
+void ProcModel::TimeTouched() {
+  for (CProcessThread* const thread : m_touched) {
+    const auto time = [this](CExecutionBlock& node) {
+      SetDuration(node);
+      m_labels.SetLater(node);
+    };
+    ForEachOpenBlock(*thread, time);
+    time(*thread);
+    time(ProcessOf(*thread));
+    thread->touched = false;
+  }
+  m_touched.clear();
+  m_labels.SetWaiting();
+}
+
+void ProcModel::AddAll() {
+  {
+    const Batch batch(*this);
+    m_document.m_traces.ForEach(0, [this](TraceEvent_i* event) { AddTrace(event, false); });
+  }
+  UpdateDurations();
+}
+
+TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
+  if (m_pass ? !m_pass->Matches(*event) : !m_filter.Matches(*event)) return 0;
+  const TraceFacts facts(*event);
+  CProcessThread& thread = ThreadOf(facts, event);
+  CExecutionBlock& block = *thread.currentBlock;
+  const bool expanded = IsOpen(block);
+  m_rising = m_rising && (facts.sequenceNumber > m_lastNumber || m_root.traceCount == 0);
+  m_lastNumber = facts.sequenceNumber;
+
+  CTraceEvent* shown = nullptr;
+  if (facts.mark == BlockMark::Begin) {
+    shown = &OpenBlock(block, thread, event, facts);
+  } else {
+    AddChild(block, thread, event, facts.tic);
+    shown = block.children.back();
+  }
+  const TreeItem item = InsertItem(*shown, expanded);
+  if (facts.mark == BlockMark::End && &block != &thread) CloseBlock(block, thread, live);
+  ++m_root.traceCount;
+  if (live && !std::exchange(thread.touched, true)) m_touched.push_back(&thread);
+  if (live && m_batches == 0) TimeTouched();
+  return item;
+}
+
+// Appends the leaf. Only leaves carry time.
+void ProcModel::AddChild(CExecutionBlock& block, CProcessThread& thread, TraceEvent_i* event,
+                         std::uint64_t tic) {
+  block.children.AppendLeaf(m_leaves.Make(event, &block));
+  TakeTime(block, tic);
+  if (&block != &thread) TakeTime(thread, tic);
+  TakeTime(ProcessOf(thread), tic);
+}
+
+CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& thread,
+                                      TraceEvent_i* event, const TraceFacts& facts) {
+  auto* const block = new CExecutionBlock(event, &around);
+  block->sequenceNumber = facts.sequenceNumber;
+  block->unreachable = around.unreachable;
+  thread.currentBlock = block;
+  around.children.AppendBlock(block);
+  m_made.push_back(block);
+  AddChild(*block, thread, event, facts.tic);
+  return *block;
+}
+
+// Kept: whatever the text behind the mark, an End closes the innermost block.
+void ProcModel::CloseBlock(CExecutionBlock& block, CProcessThread& thread, bool live) {
+  block.closed = true;
+  thread.currentBlock = block.parent;
+  if (block.parent != &thread) TakeTime(*block.parent, block.lastTrace);
+  if (!live) return;
+  SetDuration(block);
+  m_labels.SetLater(block);
+}
+
+bool ProcModel::IsOpen(const CTraceEvent& node) const {
+  return node.treeItem && m_items->IsExpanded(node.treeItem);
+}
+
+TreeItem ProcModel::InsertItem(CTraceEvent& node, bool wanted) {
+  if (!wanted || !m_items) return 0;
+  return m_items->InsertTreeItem(node.parent ? node.parent->treeItem : 0, node);
+}
+
+CProcessThread& ProcModel::ThreadOf(const TraceFacts& facts, TraceEvent_i* event) {
+  const std::uint64_t key = facts.ThreadKey();
+  if (m_threadCursor && m_threadKey == key) return *m_threadCursor;
+  CProcessThread* const thread = m_levels.FindThread(key);
+  m_threadCursor = thread ? thread : &MakePath(facts, event);
+  m_threadKey = key;
+  return *m_threadCursor;
+}
+
+CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event) {
+  CExecutionBlock* node = &m_root;
+  for (unsigned level = LevelIndex::kMachine; level <= LevelIndex::kThread; ++level) {
+    CExecutionBlock* const above = node;
+    node = m_levels.Find(level, facts.ThreadKey());
+    if (node) continue;
+    node = MakeLevel(level, event, *above, facts);
+    node->sequenceNumber = facts.sequenceNumber;
+    above->children.AppendBlock(node);
+    m_levels.Add(level, facts.ThreadKey(), *node);
+    m_made.push_back(node);
+    const bool isMachine = level == LevelIndex::kMachine;
+    // Only a machine shows before anybody opens a node.
+    const TreeItem item = InsertItem(*node, isMachine || IsOpen(*above));
+    if (isMachine && item && m_root.children.size() == 1) m_items->OnFirstMachine();
+  }
+  return static_cast<CProcessThread&>(*node);
+}
+
+void ProcModel::UpdateDurations() {
+  std::vector<CExecutionBlock*> nodes{&m_root};
+  while (!nodes.empty()) {
+    CExecutionBlock& node = *nodes.back();
+    nodes.pop_back();
+    if (node.Kind() == NodeKind::Thread)
+      ForEachOpenBlock(static_cast<CProcessThread&>(node), [](CExecutionBlock&) {});
+    SetDuration(node);
+    m_labels.Set(node);
+    for (std::size_t i = 0; i < node.children.size(); ++i)
+      if (CExecutionBlock* const child = node.children.BlockAt(i)) nodes.push_back(child);
+  }
+}

@@ -1,0 +1,169 @@
+// How the procedure tree shrinks: the document's oldest traces go, and nodes with them.
+#include <algorithm>
+
+#include "documents/trace_doc.h"
+#include "tree/proc/proc_model.h"
+
+namespace {
+
+// The block that the leaf's own trace has opened; null for a leaf that is not the first of a block.
+CExecutionBlock* BlockOpenedWith(const CTraceEvent& leaf) {
+  CExecutionBlock* const owner = leaf.parent;
+  return owner->Kind() == NodeKind::Block && owner->event == leaf.event ? owner : nullptr;
+}
+
+}  // namespace
+
+void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
+  // A trim names the document's oldest traces; only another sender's makes the model search.
+  const TraceList_t& held = m_document.m_traces;
+  std::size_t position = 0;
+  bool oldest = true;
+  for (const TraceEvent_i* const event : events) {
+    oldest = oldest && position < held.size() && held[position] == event;
+    ++position;
+    RemoveOne(*event, oldest);
+  }
+  m_labels.SetWaiting();
+  m_labels.SetLevels(m_root);
+}
+
+// Kept: a trace that is not in the tree takes the nearest node out of it. Safe: that node keeps its
+// trace, its children and its item.
+void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest) {
+  const std::size_t position = FindLeaf(event, oldest);
+  const bool hasLeaf = position < m_leaves.size();
+  if (!hasLeaf || !IsInTree(*m_leaves[position])) {
+    CExecutionBlock* const opened = hasLeaf ? BlockOpenedWith(*m_leaves[position]) : nullptr;
+    if (const NodePosition place = FindNearest(event, opened)) TakeOut(place);
+  }
+  if (hasLeaf) RemoveLeaf(position);
+  ForgetTrace(event, oldest);
+}
+
+// The position in m_leaves, its size for none.
+std::size_t ProcModel::FindLeaf(const TraceEvent_i& event, bool oldest) const {
+  const std::size_t all = m_leaves.size();
+  if (all == 0 || m_leaves[0]->event == &event) return 0;
+  if (oldest) return all;
+  std::size_t low = 0;
+  if (m_rising) {
+    const std::uint32_t wanted = SequenceNumberOf(event);
+    for (std::size_t high = all; low < high;) {
+      const std::size_t middle = low + (high - low) / 2;
+      if (SequenceNumberOf(*m_leaves[middle]->event) < wanted) {
+        low = middle + 1;
+      } else {
+        high = middle;
+      }
+    }
+    return low < all && m_leaves[low]->event == &event ? low : all;
+  }
+  while (low < all && m_leaves[low]->event != &event) ++low;
+  return low;
+}
+
+bool ProcModel::IsInTree(const CTraceEvent& leaf) const {
+  return !leaf.parent->unreachable && !m_takenOutLeaves.contains(&leaf);
+}
+
+NodePosition ProcModel::FindNode(const TraceEvent_i& event) {
+  if (!m_rising) return FindNodeByWalk(m_root, event);
+  const std::size_t position = FindLeaf(event, false);
+  if (position == m_leaves.size()) return FindNearest(event, nullptr);
+  const CTraceEvent& leaf = *m_leaves[position];
+  if (!IsInTree(leaf)) return FindNearest(event, BlockOpenedWith(leaf));
+  return {leaf.parent, PositionInOrder(*leaf.parent, leaf)};
+}
+
+NodePosition ProcModel::FindNearest(const TraceEvent_i& event, CExecutionBlock* opened) {
+  return m_rising ? FindNearestInOrder(m_root, event, opened) : FindNodeByWalk(m_root, event);
+}
+
+void ProcModel::TakeOut(NodePosition place) {
+  CTraceEvent* const node = place.Node();
+  CExecutionBlock* const block = place.owner->children.BlockAt(place.position);
+  EraseChild(place);
+  ++place.owner->hanging;
+  if (!block) {
+    m_takenOutLeaves.insert(node);
+    return;
+  }
+  block->takenOut = true;
+  m_takenOutBlocks.insert(block);
+  std::vector<CExecutionBlock*> nodes{block};
+  while (!nodes.empty()) {
+    CExecutionBlock& below = *nodes.back();
+    nodes.pop_back();
+    below.unreachable = true;
+    for (std::size_t i = 0; i < below.children.size(); ++i)
+      if (CExecutionBlock* const child = below.children.BlockAt(i)) nodes.push_back(child);
+  }
+}
+
+// The trace goes, and so does its leaf.
+void ProcModel::RemoveLeaf(std::size_t position) {
+  CTraceEvent& leaf = *m_leaves[position];
+  CExecutionBlock* const owner = leaf.parent;
+  if (!m_takenOutLeaves.empty() && m_takenOutLeaves.erase(&leaf) > 0) {
+    --owner->hanging;
+  } else {
+    EraseChild({owner, owner->children.PositionOf(&leaf)});
+  }
+  if (leaf.treeItem) m_items->DeleteItem(leaf.treeItem);
+  leaf.Clear();
+  // Behind the oldest an empty place stays until its turn, and numbers have a gap there.
+  if (position > 0) m_rising = false;
+  while (!m_leaves.empty() && !m_leaves[0]->event) m_leaves.PopFront();
+  DropIfSpent(owner);
+}
+
+void ProcModel::EraseChild(NodePosition place) {
+  CExecutionBlock& owner = *place.owner;
+  if (owner.children.size() == 1) ProcLabels::KeepLabel(owner);
+  owner.children.Erase(place.position);
+  // A block has its label from its first child.
+  if (place.position == 0 && owner.Kind() == NodeKind::Block) m_labels.SetLater(owner);
+}
+
+// The nodes that the trace has made stay without it.
+void ProcModel::ForgetTrace(const TraceEvent_i& event, bool oldest) {
+  const auto forget = [this](CExecutionBlock& node) {
+    ProcLabels::KeepText(node);
+    node.event = nullptr;
+    DropIfSpent(&node);
+  };
+  while (!m_made.empty() && m_made.front()->event == &event) {
+    CExecutionBlock& node = *m_made.front();
+    m_made.pop_front();
+    forget(node);
+  }
+  if (oldest) return;
+  for (std::size_t i = 0; i < m_made.size();) {
+    CExecutionBlock& node = *m_made[i];
+    if (node.event == &event) {
+      m_made.erase(m_made.begin() + static_cast<std::ptrdiff_t>(i));
+      forget(node);
+    } else {
+      ++i;
+    }
+  }
+}
+
+// A closed block without a trace of its own and with nothing below it leaves the tree, and may
+// leave its parent in the same state. So a monitor of many days does not fill with empty blocks.
+void ProcModel::DropIfSpent(CExecutionBlock* block) {
+  while (block->closed && !block->event && block->children.empty() && block->hanging == 0) {
+    CExecutionBlock* const parent = block->parent;
+    if (block->takenOut) {
+      m_takenOutBlocks.erase(block);
+      --parent->hanging;
+    } else {
+      EraseChild({parent, parent->children.PositionOf(block)});
+    }
+    if (block->treeItem) m_items->DeleteItem(block->treeItem);
+    m_labels.Forget(*block);
+    delete block;
+    block = parent;
+  }
+}

@@ -5,6 +5,7 @@
 
 #include "documents/trace_realtime_doc.h"
 #include "settings/globals.h"
+#include "tree/find/find_search.h"
 
 namespace {
 
@@ -42,6 +43,8 @@ void CTraceRealtimeFrame::OnDestroy() {
 }
 
 void CTraceRealtimeFrame::OnTimer(unsigned) {
+  // What a search walks over stays as it is; the traces wait in their queue.
+  if (SearchIsRunning()) return;
   if (CTraceRealtimeDoc* const monitor = ActiveMonitor()) monitor->Drain();
 }
 

@@ -22,6 +22,7 @@ CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
     : CView(document), m_document(document), m_rows(document.m_traces), m_list(makeList(*this)) {
   // The state of the menu item is the document's.
   MapCommand(ID_VIEW_SYNCHRONIZE, [this] { OnSynchronize(); });
+  MapFindCommands();
   MapCommand(
       ID_VIEW_GOTOSOURCE, [this] { OnGotoSource(); },
       [this](CCmdUI& ui) { OnUpdateGotoSource(ui); });

@@ -44,6 +44,8 @@ class CTraceView : public CView, public RowListOwner {
   CTraceDoc& Document() const { return m_document; }
   const RowStore& Rows() const { return m_rows; }
   RowList& List() const { return *m_list; }
+  // Goes on from the focused row to the next one whose text matches; says so when there is none.
+  void FindInRows();
   // Sends hint 1006 for the event to the other views if the document synchronises.
   void Follow(TraceEvent_i* event);
 
@@ -73,6 +75,8 @@ class CTraceView : public CView, public RowListOwner {
   void TellStatus();
   void Invalidate();
   void OnSynchronize();
+  void MapFindCommands();
+  void OnEditFind();
   void OnGotoSource();
   void OnUpdateGotoSource(CCmdUI& ui);
   void OnExport();

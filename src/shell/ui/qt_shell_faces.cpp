@@ -15,6 +15,8 @@
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"
 #include "shell/ui/qt_main_frame.h"
+#include "tree/find/ui/find_face.h"
+#include "tree/find/ui/search_box_face.h"
 
 namespace {
 
@@ -24,6 +26,7 @@ QString TopicOfDialog() {
   const QString title = dialog ? dialog->windowTitle() : QString();
   if (title == QLatin1String(COptionsDlg::Title())) return QStringLiteral("columns");
   if (title == QLatin1String(CMachineDlg::kCaption)) return QStringLiteral("monitor");
+  if (title == QLatin1String(CFindDialog::Title())) return QStringLiteral("find");
   return {};
 }
 
@@ -42,6 +45,12 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   });
   host.RegisterFace<CMachineBrowser>([](CMachineBrowser& dialog, QWidget* parent) {
     return std::make_unique<MachineBrowserFace>(dialog, parent);
+  });
+  host.RegisterFace<CFindDialog>([](CFindDialog& dialog, QWidget* parent) {
+    return std::make_unique<FindFace>(dialog, parent);
+  });
+  host.RegisterFace<CSearchBox>([](CSearchBox& dialog, QWidget* parent) {
+    return std::make_unique<SearchBoxFace>(dialog, parent);
   });
   host.RegisterFace<LocateWait>([](LocateWait& dialog, QWidget* parent) {
     return std::make_unique<LocateWaitFace>(dialog, parent);

@@ -4,8 +4,6 @@
 // the item's word, and ask for the selected item anew after a trim.
 #pragma once
 
-#include <string>
-
 #include "tree/proc/nodes.h"
 
 class ProcItems {
@@ -15,7 +13,8 @@ class ProcItems {
   // at once: the model has it filled only later. The owner's fill of an opened item does the same.
   virtual TreeItem InsertTreeItem(TreeItem parentItem, CTraceEvent& node) = 0;
   virtual bool IsExpanded(TreeItem item) const = 0;
-  virtual void SetItemText(TreeItem item, const std::string& text) = 0;
+  // The text of the node's item is now ProcModel::NodeLabel(node). The node has an item.
+  virtual void OnLabelChanged(CTraceEvent& node) = 0;
   // The item has no items below it any more.
   virtual void DeleteItem(TreeItem item) = 0;
   // The first machine has its item: repaint the control, and redraw from now on.

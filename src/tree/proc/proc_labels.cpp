@@ -87,7 +87,7 @@ std::string ProcLabels::Of(const CTraceEvent& node) const {
 }
 
 void ProcLabels::Set(CTraceEvent& node) {
-  if (node.treeItem) m_items->SetItemText(node.treeItem, Of(node));
+  if (node.treeItem) m_items->OnLabelChanged(node);
 }
 
 void ProcLabels::SetLater(CExecutionBlock& node) {

@@ -1,4 +1,5 @@
-// The texts of the procedure tree's nodes: made anew each time, set in the items.
+// The texts of the procedure tree's nodes, made anew each time, and the word to the items that a
+// text has changed.
 //
 // A block's label is the text of its first child behind the seventh character, so behind "Begin: ",
 // and the time of the block. What a trimmed trace has given to a label is kept in the node.
@@ -19,11 +20,11 @@ class ProcLabels {
   ProcLabels(const NameMap& names, ProcItems* items) : m_names(names), m_items(items) {}
 
   std::string Of(const CTraceEvent& node) const;
-  // Sets the text of the node's item now; at the next SetWaiting, once. Without an item: nothing.
+  // Tells of the node's item now; at the next SetWaiting, once. Without an item: nothing.
   void Set(CTraceEvent& node);
   void SetLater(CExecutionBlock& node);
   void SetWaiting();
-  // Names that came since the last call may be those of level nodes: sets the shown ones again.
+  // Names that came since the last call may be those of level nodes: tells of the shown ones.
   void SetLevels(CRoot& root);
   // The node is about to go.
   void Forget(CExecutionBlock& node);

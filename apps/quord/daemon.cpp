@@ -12,6 +12,7 @@
 #include "commands.h"
 #include "quor/protocol/tls.h"
 #include "quor/ring/paths.h"
+#include "quor/service/local_door.h"
 #include "quor/service/service.h"
 
 namespace {
@@ -21,11 +22,6 @@ constexpr off_t kLogBytesMax = 1 << 20;
 std::string Environment(const char* name) {
   const char* const value = std::getenv(name);
   return value ? value : "";
-}
-
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
 // A service on a socket of its own has state of its own.

@@ -17,20 +17,41 @@ std::shared_ptr<Source> Hub::AddSource(Source source) {
        known != m_sources.end() && !known->second->ended; known = m_sources.find(source.instance))
     for (auto byte = source.instance.rbegin(); byte != source.instance.rend() && ++*byte == 0;)
       ++byte;
+  if (const auto known = Revive(source)) return known;
   source.firstSerial = source.serial;
   auto added = std::make_shared<Source>(std::move(source));
   m_sources[added->instance] = added;
   return added;
 }
 
+std::shared_ptr<Source> Hub::Revive(const Source& source) {
+  const auto known =
+      std::find_if(m_endedSources.begin(), m_endedSources.end(),
+                   [&source](const auto& ended) { return ended->instance == source.instance; });
+  if (known == m_endedSources.end()) return nullptr;
+  const std::shared_ptr<Source> revived = *known;
+  m_endedSources.erase(known);
+  m_sources[revived->instance] = revived;
+  revived->ended = false;
+  revived->machine = source.machine;
+  revived->app = source.app;
+  revived->pid = source.pid;
+  if (source.serial > revived->serial)
+    Lose(revived, source.serial - revived->serial, "they were taken where nobody counts them");
+  return revived;
+}
+
 void Hub::EndSource(const std::shared_ptr<Source>& source) {
+  if (source->ended) return;
   source->ended = true;
   const auto known = m_sources.find(source->instance);
   if (known != m_sources.end() && known->second == source) m_sources.erase(known);
+  m_endedSources.push_back(source);
+  if (m_endedSources.size() > kEndedKept) m_endedSources.pop_front();
 }
 
 std::vector<std::shared_ptr<Source>> Hub::Sources() const {
-  std::vector<std::shared_ptr<Source>> sources;
+  std::vector<std::shared_ptr<Source>> sources(m_endedSources.begin(), m_endedSources.end());
   for (const auto& [instance, source] : m_sources) sources.push_back(source);
   return sources;
 }

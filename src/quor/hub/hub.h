@@ -11,6 +11,7 @@
 // Threads  One.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <map>
 
@@ -29,9 +30,12 @@ class Hub {
   // `oneSourceEach`: no batch holds traces of two sources, as forwarding needs it.
   explicit Hub(bool oneSourceEach = false) : m_builder(m_names), m_oneSourceEach(oneSourceEach) {}
 
-  // A source that comes again, over a break or a restart, keeps its instance.
+  // A source that comes again, over a break or a restart, keeps its instance: it is the same source
+  // again, and what it produced meanwhile is lost.
   std::shared_ptr<Source> AddSource(Source source);
   void EndSource(const std::shared_ptr<Source>& source);
+  // Those that live, and the last that ended: a monitor that was away then learns how far they
+  // came.
   std::vector<std::shared_ptr<Source>> Sources() const;
 
   // Takes one raw trace whose ids are the source's own.
@@ -59,6 +63,9 @@ class Hub {
   void SetNextNumber(std::uint32_t number) { m_number = number; }
 
  private:
+  static constexpr std::size_t kEndedKept = 1024;
+
+  std::shared_ptr<Source> Revive(const Source& source);
   NameId Translate(NameId own, SourceNames& names, const Learn& learn);
   const TraceIds& TranslateAll(const std::uint8_t* record, SourceNames& names, const Learn& learn);
   void SealBefore(const std::shared_ptr<Source>& source);
@@ -72,6 +79,7 @@ class Hub {
   std::vector<SharedBatch> m_sealed;
   std::vector<HubStream*> m_streams;
   std::map<std::array<std::uint8_t, 16>, std::shared_ptr<Source>> m_sources;
+  std::deque<std::shared_ptr<Source>> m_endedSources;
   std::uint32_t m_number = 1;
   std::uint64_t m_taken = 0;
   bool m_toldFull = false;

@@ -92,6 +92,10 @@ struct SegmentHeader {
   // The service's own account of this application, so that it outlives the service: traces that it
   // took or knows as lost.
   std::atomic<std::uint64_t> served;
+  // Its traces may go to the monitors of this machine first and to another machine's later: how many
+  // of `served` went elsewhere before, and how often that has changed.
+  std::atomic<std::uint64_t> servedElsewhere;
+  std::atomic<std::uint32_t> moves;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 

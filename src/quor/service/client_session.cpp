@@ -145,7 +145,9 @@ void ClientSession::Answer(const Request& request) {
   }
   if (!m_connection->Send(FrameType::Response, response))
     return End("it asks and does not read the answers");
-  if (request.has_subscribe() && response.error() == ERROR_NONE) m_monitor->Start();
+  if (!request.has_subscribe() || response.error() != ERROR_NONE) return;
+  m_monitor->Start();
+  m_context.apps.LetGo();
 }
 
 bool ClientSession::Serve(const Request& request, Response* response) {

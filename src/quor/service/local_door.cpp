@@ -25,12 +25,6 @@ bool SayError(std::string* why, const std::string& path) {
   return Say(why, path + ": " + std::strerror(errno));
 }
 
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 bool MakePrivateFolder(const std::string& folder, std::string* why) {
   if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return SayError(why, folder);
   struct stat status {};
@@ -62,6 +56,12 @@ bool SomebodyAnswers(const sockaddr_un& address) {
 }
 
 }  // namespace
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
 
 bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
   if (!MakePrivateFolder(FolderOf(socketPath), why)) return false;

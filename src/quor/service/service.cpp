@@ -20,7 +20,8 @@ namespace {
 using std::chrono::milliseconds;
 constexpr milliseconds kTick{20};  // the longest that a trace waits for its batch to fill
 constexpr milliseconds kGreetingDeadline{5000};
-constexpr milliseconds kGrace{15000};  // runtimes and clients come back within seconds
+constexpr milliseconds kGrace{15000};          // runtimes and clients come back within seconds
+constexpr milliseconds kMonitorsReturn{4000};  // twice their longest pause between two tries
 constexpr milliseconds kEndPatience{1500};
 constexpr milliseconds kAcceptAgain{100};  // no descriptors left: later, perhaps
 
@@ -64,11 +65,13 @@ bool Service::Open(std::string* why) {
                           ? m_door.Adopt(m_options.socketPath, m_options.handedSocket, why)
                           : m_door.Open(m_options.socketPath, why);
   if (!opened || !OpenState(why) || !OpenListeners(why)) return false;
-  m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine);
+  std::vector<KeptApp> held = m_keeper.Open(FolderOf(m_options.socketPath));
+  m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine, m_keeper);
   m_context.reset(new SessionContext{m_hub, *m_apps, m_inlet, m_machine, NewInstance(), {}, {}});
   std::error_code error;
   m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
   if (error) *why = error.message();
+  m_apps->Adopt(std::move(held));
   return !error;
 }
 
@@ -122,6 +125,7 @@ void Service::Run() {
   for (asio::ip::tcp::acceptor& listener : m_listeners) AcceptTls(listener);
   Tick();
   Later(kGrace, [this] { m_apps->EndGrace(); });
+  Later(kMonitorsReturn, [this] { m_apps->LetGo(); });
   Log(LogLevel::Info, "ready on " + m_options.socketPath);
   m_io.run();
   Log(LogLevel::Info, "ended");

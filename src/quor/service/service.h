@@ -59,6 +59,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   const std::string m_machine;
   asio::io_context m_io{1};
   LocalDoor m_door;
+  SegmentKeeper m_keeper;
   std::unique_ptr<Catalogue> m_catalogue;
   std::unique_ptr<Apps> m_apps;
   Hub m_hub;

@@ -6,37 +6,81 @@
 
 #include "quor/log/log.h"
 
-bool Apps::Arrive(AppArrival arrival, std::string* why) {
+namespace {
+
+bool Say(std::string* why, const char* reason) {
+  *why = reason;
+  return false;
+}
+
+bool Identify(int segment, std::pair<std::uint64_t, std::uint64_t>* key) {
   struct stat status {};
-  if (fstat(arrival.segment.Descriptor(), &status) != 0) {
-    *why = "the segment cannot be looked at";
-    return false;
-  }
-  const Key key{status.st_dev, status.st_ino};
+  const bool identified = fstat(segment, &status) == 0;
+  *key = {status.st_dev, status.st_ino};
+  return identified;
+}
+
+}  // namespace
+
+bool Apps::Arrive(AppArrival arrival, std::string* why) {
+  Key key;
+  if (!Identify(arrival.segment.Descriptor(), &key))
+    return Say(why, "the segment cannot be looked at");
   if (const auto known = m_running.find(key); known != m_running.end()) {
-    if (known->second->IsEnding()) {
-      *why = "its last instance is just ending";
-      return false;
-    }
+    if (known->second->IsEnding()) return Say(why, "its last instance is just ending");
     known->second->Relink(std::move(arrival));
     return true;
   }
-  if (m_running.size() >= kInstancesMax) {
-    *why = "too many applications";
-    return false;
-  }
-  CatalogueApp* const entry = m_catalogue.Enter(arrival.hello.app);
-  if (!entry) {
-    *why = "the application's name cannot be entered";
-    return false;
-  }
-  m_catalogue.BeginInstance(*entry, arrival.pid);
   const std::string name = arrival.hello.app;
-  const auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
-  m_running[key] = app;
+  const std::shared_ptr<RunningApp> app = Add(key, arrival, why);
+  if (!app) return false;
   Log(LogLevel::Info, "application " + name + " (" + std::to_string(app->Pid()) + ") is here");
   app->Start(std::move(arrival));
+  app->HoldIn(m_keeper);
   return true;
+}
+
+std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::string* why) {
+  CatalogueApp* const entry =
+      m_running.size() < kInstancesMax ? m_catalogue.Enter(arrival.hello.app) : nullptr;
+  if (!entry) {
+    *why = m_running.size() < kInstancesMax ? "the application's name cannot be entered"
+                                            : "too many applications";
+    return nullptr;
+  }
+  m_catalogue.BeginInstance(*entry, arrival.pid);
+  const auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
+  m_running[key] = app;
+  return app;
+}
+
+void Apps::Adopt(std::vector<KeptApp> held) {
+  for (KeptApp& kept : held) {
+    AppArrival arrival{{}, SegmentMap(), OwnedDescriptor(m_io), OwnedDescriptor(m_io), kept.pid,
+                       {}};
+    arrival.hello.app = kept.app;
+    const char* reason = "";
+    std::string why;
+    std::error_code error;
+    Key key;
+    if (!arrival.segment.Open(kept.segment.Release(), &reason) ||
+        !Identify(arrival.segment.Descriptor(), &key) || m_running.contains(key)) {
+      m_keeper.Forget(kept.id);
+      continue;
+    }
+    OwnedDescriptor process(m_io);
+    arrival.event.assign(kept.event.Release(), error);
+    process.assign(kept.process.Release(), error);
+    const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
+    if (app) app->Adopt(std::move(arrival), std::move(process), kept.id);
+  }
+  if (!held.empty())
+    Log(LogLevel::Info, std::to_string(held.size()) + " applications of an earlier service");
+}
+
+void Apps::LetGo() {
+  const auto running = m_running;  // ending one takes it out of the map
+  for (const auto& [key, app] : running) app->LetGo();
 }
 
 std::uint32_t Apps::EnterTrace(CatalogueApp& entry, const TracedPoint& point) {
@@ -50,11 +94,13 @@ Hub& Apps::HubFor(const LinkSink& sink) {
 void Apps::OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) {
   m_catalogue.BeginInstance(to, app.Pid());
   m_catalogue.EndInstance(from, app.Pid());
+  app.HoldIn(m_keeper);
 }
 
 void Apps::OnEnded(RunningApp& app) {
   Log(LogLevel::Info,
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
+  app.Forget(m_keeper);
   m_catalogue.EndInstance(app.Entry(), app.Pid());
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
 }

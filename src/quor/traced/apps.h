@@ -21,8 +21,18 @@ class Apps final : public RunningApp::Home {
   };
   static constexpr std::size_t kInstancesMax = 4096;
 
-  Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine)
-      : m_io(io), m_catalogue(catalogue), m_router(router), m_machine(std::move(machine)) {}
+  Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine,
+       SegmentKeeper& keeper)
+      : m_io(io),
+        m_catalogue(catalogue),
+        m_router(router),
+        m_machine(std::move(machine)),
+        m_keeper(keeper) {}
+
+  // What an earlier service has left behind. Those of them that have died wait for LetGo.
+  void Adopt(std::vector<KeptApp> held);
+  // A monitor is here, or none will come: what the dead left is taken.
+  void LetGo();
 
   // An application has introduced itself. False and a reason: refused.
   bool Arrive(AppArrival arrival, std::string* why);
@@ -43,11 +53,13 @@ class Apps final : public RunningApp::Home {
   void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) override;
   void OnEnded(RunningApp& app) override;
   void Apply(const CatalogueApp& app, bool sink);
-
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
+  std::shared_ptr<RunningApp> Add(const Key& key, AppArrival& arrival, std::string* why);
+
   asio::io_context& m_io;
   Catalogue& m_catalogue;
   Router& m_router;
   const std::string m_machine;
+  SegmentKeeper& m_keeper;
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
 };

@@ -38,7 +38,35 @@ void RunningApp::Start(AppArrival arrival) {
   TakeLink(std::move(arrival));
 }
 
+void RunningApp::Adopt(AppArrival arrival, OwnedDescriptor process, std::uint64_t keptId) {
+  m_keptId = keptId;
+  m_isHeldBack = true;
+  m_event = std::move(arrival.event);
+  m_taker = RingTaker::Application;  // until it says otherwise, or has died
+  m_process = std::move(process);
+  m_watched = true;
+  m_app.Enter(m_home.HubFor(m_entry->sink));
+  AwaitDeath();
+  ReadPoints();
+}
+
+void RunningApp::LetGo() {
+  if (std::exchange(m_isHeldBack, false) && m_dead) Pump();
+}
+
+void RunningApp::HoldIn(SegmentKeeper& keeper) {
+  const int segment = m_app.Segment().Descriptor();
+  if (m_keptId == 0) {
+    m_keptId = keeper.Keep(m_app.Name(), Pid(), segment, m_event.native_handle(),
+                           m_process.native_handle());
+  } else {
+    keeper.Rename(m_keptId, m_app.Name(), Pid(), segment, m_event.native_handle(),
+                  m_process.native_handle());
+  }
+}
+
 void RunningApp::Relink(AppArrival arrival) {
+  m_isHeldBack = false;
   std::error_code ignored;
   m_socket.close(ignored);
   m_app.EndWait();
@@ -82,12 +110,16 @@ void RunningApp::WatchProcess() {
   m_watched = true;
   std::error_code error;
   m_process.assign(process, error);
+  AwaitDeath();
+}
+
+void RunningApp::AwaitDeath() {
   m_process.async_wait(OwnedDescriptor::wait_read,
                        [self = shared_from_this()](const std::error_code& failed) {
                          if (failed || self->m_ended) return;
                          self->m_dead = true;
                          self->m_timer.cancel();
-                         self->Pump();
+                         if (!self->m_isHeldBack) self->Pump();
                        });
 }
 

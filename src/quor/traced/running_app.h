@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "quor/catalogue/catalogue.h"
+#include "quor/keeper/segment_keeper.h"
 #include "quor/ring/link.h"
 #include "quor/traced/traced_app.h"
 
@@ -51,6 +52,10 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
              AppArrival& arrival);
 
   void Start(AppArrival arrival);
+  // One that an earlier service knew, and which has died since or will soon link itself again: what
+  // it left in its ring is taken with LetGo, when somebody looks.
+  void Adopt(AppArrival arrival, OwnedDescriptor process, std::uint64_t keptId);
+  void LetGo();
   // REQUIRES: `arrival` is what the constructor left of it.
   // Relink: the same segment, over another link.
   void Relink(AppArrival arrival);
@@ -64,10 +69,14 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   bool IsEnding() const { return m_ended; }
   CatalogueApp& Entry() { return *m_entry; }
   std::uint32_t Pid() const { return m_app.Pid(); }
+  // Where the keeper holds it.
+  void HoldIn(SegmentKeeper& keeper);
+  void Forget(SegmentKeeper& keeper) { keeper.Forget(m_keptId); }
 
  private:
   void TakeLink(AppArrival arrival);
   void WatchProcess();
+  void AwaitDeath();
   void AwaitLink();
   void ReadLink();
   bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
@@ -97,5 +106,6 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   std::vector<std::uint32_t> m_pointIds;
   bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_watched = false,
        m_fileSink = false;
-  bool m_awaitsEvent = false;
+  bool m_awaitsEvent = false, m_isHeldBack = false;
+  std::uint64_t m_keptId = 0;
 };

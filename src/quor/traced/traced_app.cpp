@@ -12,11 +12,11 @@ constexpr std::size_t kNameBytesMax = 16u << 20;
 }  // namespace
 
 std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
-                                        std::uint64_t startedNs) {
+                                        std::uint64_t startedNs, std::uint32_t moves) {
   std::uint32_t hash = 2166136261u;
   for (const char byte : machine) hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619u;
   std::array<std::uint8_t, 16> instance{};
-  StoreBe32(instance.data(), hash);
+  StoreBe32(instance.data(), hash + moves);
   StoreBe32(instance.data() + 4, pid);
   StoreBe64(instance.data() + 8, startedNs);
   return instance;
@@ -39,17 +39,27 @@ void TracedApp::Rename(std::string app) {
 
 void TracedApp::Enter(Hub& hub) {
   if (m_hub == &hub) return;
+  const bool moves = m_hub != nullptr;
   Leave();
+  SegmentHeader& header = *m_segment.Header();
+  const std::uint64_t served = header.served.load(std::memory_order_relaxed);
+  if (moves) {
+    header.servedElsewhere.store(served, std::memory_order_relaxed);
+    header.moves.fetch_add(1, std::memory_order_relaxed);
+  }
   Source source;
-  source.instance = InstanceOf(m_machine, m_pid, m_segment.Layout().startedNs);
+  source.instance = InstanceOf(m_machine, m_pid, m_segment.Layout().startedNs,
+                               header.moves.load(std::memory_order_relaxed));
   source.machine = m_machine;
   source.app = m_name;
   const std::string pid = m_names.TextOf(m_segment.Layout().pidName);
   source.pid = pid.empty() ? std::to_string(m_pid) : pid;
-  source.serial = m_segment.Header()->served.load(std::memory_order_relaxed);
-  if (source.serial > kCountMax) {
+  m_servedElsewhere = header.servedElsewhere.load(std::memory_order_relaxed);
+  if (served > kCountMax || m_servedElsewhere > served) {
     Break("its count of traces is impossible");
-    source.serial = 0;
+    m_servedElsewhere = 0;
+  } else {
+    source.serial = served - m_servedElsewhere;
   }
   m_hub = &hub;
   m_source = hub.AddSource(std::move(source));
@@ -79,7 +89,7 @@ void TracedApp::Pause() {
 void TracedApp::Publish() {
   if (!m_source) return;
   // In this order: whoever kills us between the two makes a loss too many, never one untold.
-  m_segment.Header()->served.store(m_source->serial, std::memory_order_release);
+  m_segment.Header()->served.store(m_servedElsewhere + m_source->serial, std::memory_order_release);
   if (m_consumer) m_consumer->Publish();
 }
 

@@ -24,6 +24,7 @@ class TracedApp {
   TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid);
 
   const std::string& Name() const { return m_name; }
+  const SegmentMap& Segment() const { return m_segment; }
   void Rename(std::string app);
   std::uint32_t Pid() const { return m_pid; }
 
@@ -63,11 +64,13 @@ class TracedApp {
   std::uint32_t m_pid;
   Hub* m_hub = nullptr;
   std::shared_ptr<Source> m_source;
+  std::uint64_t m_servedElsewhere = 0;
   std::optional<RingConsumer> m_consumer;
   bool m_waits = false, m_namesBroken = false, m_broken = false, m_finished = false;
   const char* m_why = "";
 };
 
-// 16 bytes made of machine, process and its start.
+// 16 bytes made of machine, process and its start. What comes back from another machine's monitors
+// is another instance to those of this one, who have not seen what was traced meanwhile.
 std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
-                                        std::uint64_t startedNs);
+                                        std::uint64_t startedNs, std::uint32_t moves);

@@ -1,0 +1,225 @@
+// Applications that end while no service runs, monitors that are away, sinks that change sides:
+// everything that was sent is delivered or counted.
+#include <dirent.h>
+#include <quor/quor.hpp>
+
+#include "quord_client.h"
+
+namespace {
+
+QUOR_POINT(connect_point, "Net", "Connect");
+
+class Absence : public ::testing::Test {
+ protected:
+  static void Trace(int from, int to) {
+    for (int i = from; i < to; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
+  }
+  // Traces 1000, waits for the word, traces 500 more and ends as it is told.
+  static int TraceTwice(TracedChild& self, bool clean) {
+    quor_application("orders");
+    Trace(0, 1000);
+    quor_flush(20000);
+    self.Tell(1);
+    self.AwaitGo();
+    Trace(1000, 1500);
+    self.Tell(2);
+    if (clean) return 0;
+    for (;;) pause();
+  }
+  void ExpectEverything(std::uint64_t traced) {
+    ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+    EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), Sum() >= traced; })) << Sum();
+    EXPECT_EQ(Sum(), traced);
+  }
+  std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
+  std::string KeeperSocket() const { return quord.Folder().File("keeper.sock"); }
+  bool KeeperEnds() const {
+    return WaitFor([&] { return access(KeeperSocket().c_str(), F_OK) != 0; });
+  }
+  // The process that listens for the next service, found by its name and its session.
+  std::vector<pid_t> Keepers() const {
+    std::vector<pid_t> keepers;
+    DIR* const processes = opendir("/proc");
+    while (const dirent* const entry = readdir(processes)) {
+      const std::string folder = std::string("/proc/") + entry->d_name;
+      if (ReadAll(folder + "/comm") != "quord-keeper\n") continue;
+      const std::string environment = ReadAll(folder + "/environ");
+      if (environment.find(quord.SocketPath()) != environment.npos)
+        keepers.push_back(std::atoi(entry->d_name));
+    }
+    closedir(processes);
+    return keepers;
+  }
+  QuordProcess quord;
+  QuordClient monitor;
+};
+
+TEST_F(Absence, WhatAnApplicationTracedAndEndedWithWhileTheServiceWasDeadIsDeliveredByTheNext) {
+  for (const bool clean : {true, false}) {
+    quord.Start();
+    ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+    const std::uint64_t before = Sum();
+    TracedChild app([clean](TracedChild& self) { return TraceTwice(self, clean); });
+    ASSERT_EQ(app.Told(), 1u);
+    ASSERT_TRUE(monitor.Sees("999"));
+    quord.Kill();
+    app.Go();
+    ASSERT_EQ(app.Told(), 2u);
+    if (clean) {
+      EXPECT_EQ(app.Wait(), 0);
+    } else {
+      app.Kill();
+    }
+    quord.Start();
+    ExpectEverything(before + 1500);
+    EXPECT_TRUE(monitor.Sees("1499"));
+    EXPECT_EQ(monitor.Count("orders"), before + 1500);
+    EXPECT_TRUE(quord.Says("1 applications of an earlier service"));
+    quord.Stop();
+  }
+}
+
+TEST_F(Absence, ItIsTheSameOverACleanStop) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) { return TraceTwice(self, false); });
+  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_TRUE(monitor.Sees("999"));
+  EXPECT_EQ(quord.Stop(), 0);
+  app.Go();
+  ASSERT_EQ(app.Told(), 2u);
+  app.Kill();
+  quord.Start();
+  ExpectEverything(1500);
+  EXPECT_EQ(monitor.Count("orders"), 1500u);
+}
+
+TEST_F(Absence, AnApplicationThatLivesIsTakenOverAndGoesOn) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) { return TraceTwice(self, false); });
+  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_TRUE(monitor.Sees("999"));
+  quord.Kill();
+  quord.Start();
+  app.Go();
+  ASSERT_EQ(app.Told(), 2u);
+  ExpectEverything(1500);
+  EXPECT_TRUE(monitor.Sees("1499"));
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  EXPECT_EQ(client.Ask(GetAppRequest("orders")).app().instances(), 1u);
+  app.Kill();
+  EXPECT_TRUE(WaitFor([&] { return !client.Ask(GetAppRequest("orders")).app().running(); }));
+}
+
+TEST_F(Absence, AMonitorThatWasAwayWhileAnApplicationCameToItsEndCountsWhatItMissed) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) { return TraceTwice(self, true); });
+  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_TRUE(monitor.Sees("999"));
+  monitor.Close();
+  app.Go();
+  ASSERT_EQ(app.Told(), 2u);
+  EXPECT_EQ(app.Wait(), 0);
+  TracedChild unknown([](TracedChild&) {
+    quor_application("short");
+    Trace(0, 70);
+    return quor_flush(20000) == 1 ? 0 : 1;
+  });
+  EXPECT_EQ(unknown.Wait(), 0);
+  ASSERT_TRUE(WaitFor([&] {
+    const std::string log = quord.Log();
+    return log.find("application short") != log.npos &&
+           log.find("has ended", log.find("has ended") + 1) != log.npos;
+  }));
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  EXPECT_EQ(monitor.gaps, 570u);
+  EXPECT_EQ(monitor.delivered, 1000u);
+}
+
+TEST_F(Absence, TheKeeperEndsWithTheServiceWhenItHoldsNothingAnyMore) {
+  quord.Start();
+  {
+    TracedChild app([](TracedChild& self) {
+      quor_application("orders");
+      Trace(0, 10);
+      self.Tell(quor_flush(20000) == 1);
+      self.AwaitGo();
+      return 0;
+    });
+    ASSERT_EQ(app.Told(), 1u);
+    EXPECT_EQ(Keepers().size(), 1u);
+    EXPECT_EQ(quord.Stop(), 0);
+    // It holds the application, which lives, and no longer when that has ended with nothing left.
+    EXPECT_EQ(Keepers().size(), 1u);
+    app.Go();
+    EXPECT_EQ(app.Wait(), 0);
+  }
+  EXPECT_TRUE(KeeperEnds());
+  EXPECT_TRUE(WaitFor([&] { return Keepers().empty(); }));
+}
+
+TEST_F(Absence, WithoutItsKeeperTheServiceGoesOnAndTheNextOneHasAnother) {
+  quord.Start();
+  ASSERT_EQ(Keepers().size(), 1u);
+  kill(Keepers().front(), SIGKILL);
+  ASSERT_TRUE(WaitFor([&] { return Keepers().empty(); }));
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild app([](TracedChild& self) { return TraceTwice(self, true); });
+  ASSERT_EQ(app.Told(), 1u);
+  app.Go();
+  ASSERT_TRUE(monitor.Sees("1499"));
+  EXPECT_TRUE(quord.Says("the keeper has gone"));
+  EXPECT_EQ(app.Wait(), 0);
+  EXPECT_EQ(quord.Stop(), 0);
+  quord.Start();
+  EXPECT_EQ(Keepers().size(), 1u);
+}
+
+TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {
+  quord.Start();
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  TracedChild app([](TracedChild& self) {
+    quor_application("orders");
+    for (int round = 0;; ++round) {
+      Trace(round * 100, round * 100 + 100);
+      quor_flush(20000);
+      self.Tell(static_cast<std::uint64_t>(round));
+      self.AwaitGo();
+    }
+    return 0;
+  });
+  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_TRUE(monitor.Sees("99"));
+  // Nobody is there: what is counted is that it is not this machine's.
+  ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "127.0.0.1:1")).error(), quor::wire::ERROR_NONE);
+  app.Go();
+  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "localhost")).error(), quor::wire::ERROR_NONE);
+  app.Go();
+  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_TRUE(monitor.Sees("299"));
+  EXPECT_EQ(monitor.delivered, 200u);
+  EXPECT_EQ(monitor.lost, 0u);
+  EXPECT_FALSE(monitor.ended);
+  // Also for one that comes back, and over a restart.
+  for (const bool restart : {false, true}) {
+    monitor.Close();
+    if (restart) {
+      quord.Kill();
+      quord.Start();
+    }
+    ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+    EXPECT_EQ(monitor.gaps, 0u) << restart;
+  }
+  app.Go();
+  ASSERT_EQ(app.Told(), 3u);
+  ASSERT_TRUE(monitor.Sees("399"));
+  EXPECT_EQ(monitor.delivered, 300u);
+}
+
+}  // namespace

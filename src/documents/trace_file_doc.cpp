@@ -22,6 +22,8 @@ bool CTraceFileDoc::OnOpenDocument(const std::string& path) {
   if (!OpenAndCheck(path)) return false;
   try {
     m_load = std::make_shared<TraceFileLoad>(GetHost(), m_file, path, m_cancelEvent);
+    // What a conversion leaves behind comes back with the traces.
+    if (VersionOf(m_file->View()) == TrcVersion::Old) m_file.reset();
     m_load->m_handOver = [this] {
       TakeOver();
       for (CView* const view : Views()) view->PostMessage(WM_TRACE_UPDATE, kHintReady);
@@ -42,10 +44,21 @@ bool CTraceFileDoc::OpenAndCheck(const std::string& path) {
   if (!m_file) return false;
   const TrcVersion version = VersionOf(m_file->View());
   if (version == TrcVersion::Current) return true;
-  m_openFailure = version == TrcVersion::Old ? "older trace file format" : "Invalid format.";
+  if (version == TrcVersion::Old && MayConvert()) return true;
   m_file.reset();
-  GetHost().MessageBox({"Invalid format.", BoxIcon::Stop, BoxButtons::Ok});
+  if (version == TrcVersion::Old) {
+    m_openFailure = "older trace file format";
+  } else {
+    m_openFailure = "Invalid format.";
+    GetHost().MessageBox({m_openFailure, BoxIcon::Stop, BoxButtons::Ok});
+  }
   return false;
+}
+
+bool CTraceFileDoc::MayConvert() const {
+  return GetHost().MessageBox({"This trace file was created by an older version of Tessera.  "
+                               "Do you want to convert it?",
+                               BoxIcon::Stop, BoxButtons::YesNo}) != BoxAnswer::No;
 }
 
 void CTraceFileDoc::DeleteContents() {
@@ -56,6 +69,7 @@ void CTraceFileDoc::DeleteContents() {
 void CTraceFileDoc::StopLoad() {
   if (!m_loadThread) return;
   m_cancelEvent->Set();
+  if (m_load) m_load->LetGo();
   const bool ended = m_loadThread.Get()->Wait(s_stopWaitMs);
   m_loadThread.Close();
   if (!m_load) return;
@@ -71,6 +85,8 @@ void CTraceFileDoc::StopLoad() {
 
 void CTraceFileDoc::TakeOver() {
   const std::shared_ptr<TraceFileLoad> load = std::move(m_load);
+  m_file = std::move(load->m_file);
+  m_oldFile = std::move(load->m_oldFile);
   m_traces = std::move(load->m_traces);
   m_names = std::move(load->m_names);
   m_indexes = std::move(load->m_indexes);

@@ -1,8 +1,10 @@
 // The document of a .trc file: maps it, walks it on a thread of its own, keeps it mapped while it
-// lives, because its traces are views into the mapping.
+// lives, because its traces are views into the mapping. A file of the older format is converted
+// first, on the person's consent.
 //
-// Errors   OnOpenDocument false: "Invalid format." has been shown for a wrong header, nothing for
-//          a file that cannot be opened or mapped (OpenFailure tells why, for trc).
+// Errors   OnOpenDocument false: "Invalid format." has been shown for a wrong header, nothing more
+//          when the person declines the conversion, and nothing for a file that cannot be opened or
+//          mapped (OpenFailure tells why, for trc).
 // Threads  Interface thread. The load thread works on a TraceFileLoad of its own, shared with the
 //          document; it fills containers that nobody else sees and posts them back, so that a
 //          document that no longer waits for it is never touched.
@@ -40,21 +42,26 @@ class CTraceFileDoc : public CTraceDoc {
 
   const std::string& OpenFailure() const { return m_openFailure; }
   const HANDLE& CancelEvent() const { return m_cancelEvent; }
+  // 0 while an older file is being converted, and behind a conversion that failed.
   std::uint32_t FileSize() const { return m_file ? m_file->Size() : 0; }
   // Bytes stepped over because no record begins there.
   std::uint64_t SkippedBytes() const { return m_skippedBytes; }
 
   // How long a thread that hangs may hold up the window; tests shorten it.
   static inline unsigned s_stopWaitMs = 10000;
-  // Runs on the load thread before the walk, for tests that need a slow load. Empty otherwise.
+  // Runs on the load thread before the walk and before a conversion, for tests that need a slow
+  // load. Empty otherwise.
   static inline std::function<void()> s_beforeWalk;
 
  private:
   bool OpenAndCheck(const std::string& path);
+  bool MayConvert() const;
   void StopLoad();
   void TakeOver();
 
   std::shared_ptr<const MappedFile> m_file;
+  // The file that was converted. Kept: its view stays as long as the document.
+  std::shared_ptr<const MappedFile> m_oldFile;
   HANDLE m_cancelEvent;
   AutoWin32Handle_t m_loadThread;
   std::shared_ptr<TraceFileLoad> m_load;  // until its traces are here

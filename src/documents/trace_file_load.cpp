@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "documents/trace_file_conversion.h"
 #include "documents/trace_file_doc.h"
 #include "docview/wnd.h"
 #include "records/trc_walk.h"
@@ -38,21 +39,43 @@ struct TraceFileLoad::Sink {
 
 TraceFileLoad::TraceFileLoad(Host& host, std::shared_ptr<const MappedFile> file, std::string path,
                              HANDLE cancelEvent)
-    : m_host(host),
-      m_file(std::move(file)),
+    : m_file(std::move(file)),
+      m_host(host),
       m_path(std::move(path)),
       m_cancelEvent(std::move(cancelEvent)) {}
 
 void TraceFileLoad::Run(const std::function<void()>& beforeWalk) {
   try {
+    const bool older = VersionOf(m_file->View()) == TrcVersion::Old;
+    if (older && !Convert(beforeWalk)) return Fail();
     Walk(beforeWalk);
   } catch (...) {
-    m_failed = true;
-    m_traces.Clear();  // memory may be what lacks
-    const std::lock_guard lock(m_hostMutex);
-    if (!m_disowned)
-      m_host.PostBox({"Error opening trace file", BoxIcon::Stop, BoxButtons::Ok}, {});
+    Fail();
   }
+}
+
+void TraceFileLoad::Fail() {
+  m_failed = true;
+  m_traces.Clear();  // memory may be what lacks
+  m_file.reset();
+  m_oldFile.reset();
+  const std::lock_guard lock(m_hostMutex);
+  if (!m_disowned) m_host.PostBox({"Error opening trace file", BoxIcon::Stop, BoxButtons::Ok}, {});
+}
+
+bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
+  PostStart("Converting...");
+  if (beforeWalk) beforeWalk();
+  ConversionEars ears;
+  ears.progress = [this](std::uint64_t position, bool last) {
+    if (!last && m_cancelEvent->IsSet()) return false;
+    PostPosition(position, last);
+    return true;
+  };
+  ears.say = [this](const char* words, BoxIcon icon) { Say(words, icon); };
+  std::shared_ptr<const MappedFile> converted = ConvertTraceFile(*m_file, m_path, ears);
+  m_oldFile = std::exchange(m_file, std::move(converted));
+  return m_file != nullptr;
 }
 
 void TraceFileLoad::Walk(const std::function<void()>& beforeWalk) {
@@ -71,6 +94,27 @@ void TraceFileLoad::Disown() {
   const std::lock_guard lock(m_hostMutex);
   m_host.Post([&host = m_host] { TellMainWindow(host, kLoadDone, 0); });
   m_disowned = true;
+}
+
+// The box blocks no window and the interface thread nothing: only this thread waits. Once the load
+// is cancelled it does not wait either, as the interface thread may be waiting for it.
+void TraceFileLoad::Say(const char* words, BoxIcon icon) {
+  const HANDLE read = CreateEvent();
+  {
+    const std::lock_guard lock(m_hostMutex);
+    if (m_disowned) return;
+    m_host.PostBox({words, icon, BoxButtons::Ok}, [read] { read->Set(); });
+    if (m_cancelEvent->IsSet()) return;
+    m_boxRead = read;
+  }
+  constexpr unsigned kDayMs = 86'400'000;
+  while (!read->Wait(kDayMs)) {
+  }
+}
+
+void TraceFileLoad::LetGo() {
+  const std::lock_guard lock(m_hostMutex);
+  if (m_boxRead) m_boxRead->Set();
 }
 
 void TraceFileLoad::PostStart(const char* caption) {

@@ -1,9 +1,11 @@
 // The load of one trace file: what its thread works on and fills.
 //
 // Owner    Shared by the document and the thread, with a share in the mapped file, so that either
-//          may outlive the other.
-// Errors   Whatever stops the walk but the cancel event shows "Error opening trace file". The done
-//          message is then not posted: kept, the progress box stays until another load is done.
+//          may outlive the other. A file of the older format is converted first, and the load then
+//          goes on with the new file.
+// Errors   Whatever stops the load but the cancel event shows "Error opening trace file", behind
+//          the words of the conversion's failing step. The done message is then not posted: kept,
+//          the progress box stays until another load is done. Nothing stays mapped.
 // Threads  Run on the load thread, which alone fills the containers. They belong to the interface
 //          thread from the hand-over on, or from the end of the thread. Everything else on the
 //          interface thread.
@@ -32,7 +34,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   TraceFileLoad(Host& host, std::shared_ptr<const MappedFile> file, std::string path,
                 HANDLE cancelEvent);
 
-  // The load. `beforeWalk` may be empty.
+  // The load. `beforeWalk` runs before the walk and before a conversion; it may be empty.
   void Run(const std::function<void()>& beforeWalk);
 
   // Runs by a posted call behind the done message, when the load has not failed. Whoever empties it
@@ -41,9 +43,15 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   // The document no longer waits: the progress box is told that this load is done, and from now on
   // the thread can reach neither host nor document.
   void Disown();
+  // Nobody reads the thread's boxes any more: it goes on without waiting for that. REQUIRES: the
+  // cancel event is set.
+  void LetGo();
   // REQUIRES: the thread has ended.
   bool Failed() const { return m_failed; }
 
+  // The files that the traces need: what was loaded and, behind a conversion, the old file, whose
+  // view is kept although nothing reads it.
+  std::shared_ptr<const MappedFile> m_file, m_oldFile;
   TraceList_t m_traces;
   NameMap m_names;
   TraceIndexes m_indexes;
@@ -51,7 +59,10 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
 
  private:
   struct Sink;
+  void Fail();
+  bool Convert(const std::function<void()>& beforeWalk);
   void Walk(const std::function<void()>& beforeWalk);
+  void Say(const char* words, BoxIcon icon);
   void PostStart(const char* caption);
   void PostPosition(std::uint64_t position, bool last);
   void PostDone();
@@ -60,7 +71,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   Host& m_host;
   std::mutex m_hostMutex;   // held while the host is used on the load thread
   bool m_disowned = false;  // the thread must leave the host alone
-  const std::shared_ptr<const MappedFile> m_file;
+  HANDLE m_boxRead;         // while the thread waits for that
   const std::string m_path;
   const HANDLE m_cancelEvent;
   std::atomic<int> m_waitingPositions = 0;

@@ -128,12 +128,6 @@ TEST_F(TraceFileDocTest, AnyOtherHeaderIsAnInvalidFormat) {
   }
 }
 
-TEST_F(TraceFileDocTest, AnOlderFormatIsRefusedWithAReason) {
-  const std::string path =
-      m_temp.File("old.trc", std::string("Version 2.2") + std::string(9, '\0'));
-  EXPECT_EQ(Refused(path), std::string(kInvalid) + "older trace file format");
-}
-
 TEST_F(TraceFileDocTest, AMissingPathGivesNoMessageAndItsFrameIsGoneAgain) {
   EXPECT_EQ(Open(m_temp.File("missing.trc")), nullptr);
   EXPECT_EQ(m_host.Told(), "");

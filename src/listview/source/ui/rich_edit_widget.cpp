@@ -3,6 +3,7 @@
 #include <QContextMenuEvent>
 #include <QFontDatabase>
 #include <QMenu>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <memory>
@@ -30,8 +31,9 @@ QtRichEdit::QtRichEdit(RichEditOwner& owner, QWidget* parent) : QPlainTextEdit(p
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setCursorWidth(kCaretPx);
   setAccessibleName(tr("Source"));
-  connect(document(), &QTextDocument::modificationChanged, this,
-          [&owner](bool modified) { owner.OnEditModified(modified); });
+  connect(document(), &QTextDocument::modificationChanged, this, [this, &owner](bool modified) {
+    if (!m_settingText) owner.OnEditModified(modified);
+  });
   for (const QScrollBar* bar : {verticalScrollBar(), horizontalScrollBar()})
     connect(bar, &QScrollBar::actionTriggered, this, [this] { m_keepCentred = false; });
 }
@@ -43,6 +45,8 @@ void QtRichEdit::SetFormat(const RichEditFormat& format) {
 }
 
 void QtRichEdit::SetText(const std::string& text) {
+  // Qt takes it for an edit that is saved at once.
+  const QScopedValueRollback setting(m_settingText, true);
   setPlainText(QString::fromStdString(text));
 }
 

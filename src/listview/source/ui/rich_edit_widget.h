@@ -40,4 +40,5 @@ class QtRichEdit final : public QPlainTextEdit, public RichEdit, public QtContro
   // The caret was put where it had to be scrolled to, and the user has not touched the text since:
   // a window that is still finding its size keeps it in the middle.
   bool m_keepCentred = false;
+  bool m_settingText = false;
 };

@@ -1,0 +1,103 @@
+#include "tree/proc/proc_view.h"
+
+#include <utility>
+
+#include "docview/frame.h"
+
+CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)
+    : CView(document),
+      m_document(document),
+      m_model(document, m_filter, this),
+      m_tree(makeTree(*this)),
+      m_generation(document.m_traces.Generation()) {
+  MapCommands();
+}
+
+CProcView::~CProcView() = default;
+
+void CProcView::OnInitialUpdate() {
+  CView::OnInitialUpdate();
+  if (std::exchange(m_firstUpdate, false) && !m_document.m_loading) RebuildTree();
+  if (m_currentEvent) {
+    CTraceHint hint(m_currentEvent);
+    OnUpdate(nullptr, kHintFollow, &hint);
+  }
+}
+
+void CProcView::OnActivateView(bool activate, CView* activated, CView* deactivated) {
+  m_active = activate;
+  if (activate) {
+    TellStatus();
+  } else {
+    TellRowCount(-1);
+    TellFiltered(-1);
+  }
+  CView::OnActivateView(activate, activated, deactivated);
+}
+
+std::intptr_t CProcView::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+  if (message != WM_TRACE_UPDATE) return CView::OnMessage(message, wParam, lParam);
+  OnUpdate(nullptr, static_cast<unsigned>(wParam), reinterpret_cast<CObject*>(lParam));
+  return 0;
+}
+
+CTraceEvent* CProcView::NodeOf(TreeItem item) const {
+  return reinterpret_cast<CTraceEvent*>(m_tree->ItemData(item));
+}
+
+TraceEvent_i* CProcView::CurrentEvent() const {
+  const CTraceEvent* const node = NodeOf(m_tree->SelectedItem());
+  return node ? node->event : nullptr;
+}
+
+void CProcView::SetFilter(const CTraceFilter& filter, bool rebuild) {
+  m_filter = filter;
+  m_filterChanged = false;
+  if (rebuild) RebuildTree();
+}
+
+void CProcView::Follow(TraceEvent_i* event) {
+  if (!m_document.m_synchronize || !event) return;
+  CTraceHint hint(event);
+  m_document.UpdateAllViews(this, kHintFollow, &hint);
+}
+
+// ---- what the control asks and tells
+
+std::string CProcView::TreeItemText(TreeItemData data) {
+  return data ? m_model.NodeLabel(*reinterpret_cast<const CTraceEvent*>(data)) : std::string();
+}
+
+void CProcView::OnTreeClicked(TreeItem item) {
+  if (const CTraceEvent* const node = NodeOf(item)) Follow(node->event);
+}
+
+void CProcView::OnTreeDoubleClicked() {
+  OnCommand(ID_VIEW_PROPERTIES);
+}
+
+void CProcView::OnTreeRightPressed(TreeItem item) {
+  if (item) m_tree->SelectItem(item);
+}
+
+void CProcView::OnTreeContextMenu(int screenXPx, int screenYPx) {
+  if (auto* frame = dynamic_cast<CMDIChildWnd*>(GetParentFrame()))
+    frame->OnContextMenu(screenXPx, screenYPx);
+}
+
+// ---- the main window's panes
+
+void CProcView::TellRowCount(std::intptr_t count) {
+  if (CWnd* main = GetHost().MainWindow())
+    main->SendMessage(WM_TRACE_ROWCOUNT, static_cast<std::uintptr_t>(count));
+}
+
+void CProcView::TellFiltered(std::intptr_t filtered) {
+  if (CWnd* main = GetHost().MainWindow())
+    main->SendMessage(WM_TRACE_FILTERED, static_cast<std::uintptr_t>(filtered));
+}
+
+void CProcView::TellStatus() {
+  TellRowCount(m_model.TraceCount());
+  TellFiltered(m_filter.allTraces ? 0 : 1);
+}

@@ -1,0 +1,110 @@
+// The tree view of a trace document: who issued the traces, inside which block, and how long each
+// block took. The model is complete; the control has items for the machines and for the children
+// of nodes that have been opened, no others.
+//
+// Owner    Owns its control, model and filter; borrows the traces. What it keeps of a trace goes
+//          when the document says that the trace goes: after a clear nothing of it is read.
+// Errors   An insertion that fails ends the fill of that parent, silently.
+// Cost     No hint's work grows with the traces held or the items shown, but for a rebuild's, for
+//          the first opening of a node and for a search.
+// Threads  Interface thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "documents/trace_doc.h"
+#include "docview/view.h"
+#include "tree/filter/trace_filter.h"
+#include "tree/find/find_search.h"
+#include "tree/proc/proc_model.h"
+#include "tree/proc/tree_control.h"
+
+class CProcViewIterator;
+
+using TreeControlMaker = std::function<std::unique_ptr<TreeControl>(TreeControlOwner&)>;
+
+class CProcView : public CView, public TreeControlOwner, private ProcItems {
+ public:
+  CProcView(CTraceDoc& document, const TreeControlMaker& makeTree);
+  ~CProcView() override;
+
+  void OnInitialUpdate() override;
+  void OnActivateView(bool activate, CView* activated, CView* deactivated) override;
+  void OnUpdate(CView* sender, unsigned hint, CObject* object) override;
+  std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
+  ViewControl* Control() override { return m_tree.get(); }
+
+  // The trace of the selected item's node; null without one, or when it has been trimmed.
+  TraceEvent_i* CurrentEvent() const;
+  // Copies the filter and clears the changed mark.
+  void SetFilter(const CTraceFilter& filter, bool rebuild);
+  // What the tree selects at each return to it. Written by the frame. Null once its trace has gone.
+  TraceEvent_i* m_currentEvent = nullptr;
+  CTraceFilter m_filter;
+  bool m_filterChanged = false;  // changed here since it last went to the other view
+
+  // The items in the order of the tree, opened or not: creates what lacks on the way. 0 at the end.
+  TreeItem NextTreeItem(TreeItem item);
+  TreeItem PrevTreeItem(TreeItem item);
+  // Of the items that exist.
+  TreeItem LastTreeItem() const;
+  // From the selected item on, around the end of the tree; a hit is selected. Without a selected
+  // item nothing is found.
+  FindResult FindInTree();
+
+  CTraceDoc& Document() const { return m_document; }
+  const ProcModel& Model() const { return m_model; }
+  TreeControl& Tree() const { return *m_tree; }
+  CTraceEvent* NodeOf(TreeItem item) const;  // null for 0
+  void Show(TreeItem item);                  // selects it and makes it visible
+  // Sends hint 1006 for the event to the other views if the document synchronises.
+  void Follow(TraceEvent_i* event);
+
+  std::string TreeItemText(TreeItemData data) override;
+  void OnTreeItemExpanding(TreeItem item) override;
+  void OnTreeClicked(TreeItem item) override;
+  void OnTreeDoubleClicked() override;
+  void OnTreeRightPressed(TreeItem item) override;
+  void OnTreeContextMenu(int screenXPx, int screenYPx) override;
+
+ private:
+  friend class CProcViewIterator;
+
+  TreeItem InsertTreeItem(TreeItem parentItem, CTraceEvent& node) override;
+  bool IsExpanded(TreeItem item) const override;
+  void OnLabelChanged(CTraceEvent& node) override;
+  void DeleteItem(TreeItem item) override;
+  void OnFirstMachine() override;
+
+  void RebuildTree();
+  void AddTraces(const CTraceHint& hint);
+  void RemoveTraces(const CTraceHint& hint);
+  void FollowTrace(const TraceEvent_i& target);
+  void FollowTail(TreeItem item);
+  void Fill(TreeItem item);
+  void EnsureTreeItem(CTraceEvent& node);
+  bool Lacks(TreeItem item) const;
+  void TellRowCount(std::intptr_t count);
+  void TellFiltered(std::intptr_t filtered);
+  void TellStatus();
+
+  void MapCommands();
+  void OnFind();
+  void OnFindNext();
+  void OnViewProperties();
+  void OnGotoSource();
+  void OnUpdateGotoSource(CCmdUI& ui);
+  void OnSynchronize();
+  void OnFilter();
+  void OnExport();
+
+  CTraceDoc& m_document;
+  ProcModel m_model;
+  std::unique_ptr<TreeControl> m_tree;
+  bool m_firstUpdate = true;
+  bool m_active = false;
+  std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
+  std::vector<CProcViewIterator*> m_iterators;  // at work: they are told what goes
+};

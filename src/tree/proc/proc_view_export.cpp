@@ -1,0 +1,24 @@
+// The export of the tree: what is open, as text.
+#include "listview/export/export_dialogs.h"
+#include "tree/proc/proc_view.h"
+#include "tree/proc/tree_text.h"
+
+void CProcView::OnExport() {
+  FileDialogRequest request;
+  request.save = true;
+  request.title = "Save As";
+  request.defaultExtension = ".txt";
+  request.suggestedName = SuggestedName(m_document.GetPathName(), m_document.GetTitle());
+  request.filters = {{"Text Files (*.txt)", "*.txt"}, {"All Files (*.*)", "*"}};
+  const std::optional<FileDialogAnswer> answer = GetHost().RunFileDialog(request);
+  if (!answer) return;
+  ExportFile file;
+  if (!file.Open(answer->path)) {
+    GetHost().MessageBox({.text = "Error opening output file."});
+    return;
+  }
+  // Kept: only the first item of the top level. Further machines are not exported.
+  if (const TreeItem first = m_tree->Walk(0, TreeStep::FirstChild))
+    WriteTreeText(file, *m_tree, first, *this);
+  if (!file.Close()) GetHost().MessageBox({.text = "Error writing to file."});
+}

@@ -1,0 +1,59 @@
+// Find and Find Next in the tree.
+#include "tree/find/find_settings.h"
+#include "tree/proc/proc_view.h"
+
+namespace {
+
+// From the item behind the selected one around to it; that one itself is never tested.
+class TreeWalk final : public FindWalk {
+ public:
+  TreeWalk(CProcView& view, TreeItem selected, bool backward)
+      : m_view(view), m_selected(selected), m_item(selected), m_backward(backward) {}
+
+  std::optional<std::string_view> NextText() override {
+    do {
+      Step();
+      if (m_item == m_selected) return std::nullopt;
+    } while (!m_view.NodeOf(m_item));
+    m_text = m_view.TreeItemText(m_view.Tree().ItemData(m_item));
+    return m_text;
+  }
+  TreeItem Item() const { return m_item; }
+
+ private:
+  void Step() {
+    m_item = m_backward ? m_view.PrevTreeItem(m_item) : m_view.NextTreeItem(m_item);
+    if (m_item) return;
+    m_item = m_backward ? m_view.LastTreeItem() : m_view.Tree().Walk(0, TreeStep::FirstChild);
+  }
+
+  CProcView& m_view;
+  const TreeItem m_selected;
+  TreeItem m_item;
+  const bool m_backward;
+  std::string m_text;
+};
+
+}  // namespace
+
+FindResult CProcView::FindInTree() {
+  const TreeItem selected = m_tree->SelectedItem();
+  if (!selected) return FindResult::NotFound;
+  TreeWalk walk(*this, selected, FindSettings.backward != 0);
+  const FindResult result = RunSearch(GetHost(), walk);
+  if (result == FindResult::Hit) m_tree->SelectItem(walk.Item());
+  return result;
+}
+
+void CProcView::OnFind() {
+  if (RunFindDialog(GetHost())) OnFindNext();
+}
+
+void CProcView::OnFindNext() {
+  FindResult result = FindResult::NotFound;
+  {
+    const CWaitCursor wait(GetHost());
+    result = FindInTree();
+  }
+  if (result == FindResult::NotFound) TellNotFound(GetHost());
+}

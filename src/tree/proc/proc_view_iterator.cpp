@@ -1,0 +1,60 @@
+#include "tree/proc/proc_view_iterator.h"
+
+#include <algorithm>
+
+CProcViewIterator::CProcViewIterator(CProcView& view, TreeItem item) : m_view(view), m_item(item) {
+  if (const CTraceEvent* const node = m_view.NodeOf(item)) current = node->event;
+  m_view.m_iterators.push_back(this);
+}
+
+CProcViewIterator::~CProcViewIterator() {
+  std::erase(m_view.m_iterators, this);
+}
+
+TreeItem CProcViewIterator::Place() const {
+  return m_item ? m_item : m_view.Tree().SelectedItem();
+}
+
+void CProcViewIterator::Next() {
+  const TreeItem place = Place();
+  MoveTo(place ? m_view.NextTreeItem(place) : 0);
+}
+
+void CProcViewIterator::Prev() {
+  const TreeItem place = Place();
+  MoveTo(place ? m_view.PrevTreeItem(place) : 0);
+}
+
+bool CProcViewIterator::HasNext() const {
+  const TreeItem place = Place();
+  return place && m_view.NextTreeItem(place) != 0;
+}
+
+bool CProcViewIterator::HasPrev() const {
+  const TreeItem place = Place();
+  return place && m_view.PrevTreeItem(place) != 0;
+}
+
+void CProcViewIterator::MoveTo(TreeItem item) {
+  m_item = item;
+  const CTraceEvent* const node = m_view.NodeOf(item);
+  current = node ? node->event : nullptr;
+  if (!item) return;
+  m_view.Show(item);
+  m_view.Follow(current);
+}
+
+void CProcViewIterator::OnTracesGone(const CTraceHint& hint) {
+  if (std::find(hint.m_events.begin(), hint.m_events.end(), current) != hint.m_events.end())
+    current = nullptr;
+}
+
+// An item with others below it goes only with all of them.
+void CProcViewIterator::OnItemGone(TreeItem item) {
+  if (item == m_item) m_item = 0;
+}
+
+void CProcViewIterator::OnItemsGone() {
+  m_item = 0;
+  current = nullptr;
+}

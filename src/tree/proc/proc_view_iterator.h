@@ -1,0 +1,37 @@
+// The properties dialog's cursor over the items of a tree: all of them, in the order of the tree,
+// level nodes and blocks too. The trace of a Begin thus comes twice: as its block and as the
+// block's first leaf.
+//
+// Owner    Borrows the view. While the dialog runs, a monitor adds and trims traces: a trace that
+//          goes leaves `current` null, and an item that goes leaves the cursor at the selected
+//          item.
+// Threads  Interface thread.
+#pragma once
+
+#include "listview/details/trace_iterator.h"
+#include "tree/proc/proc_view.h"
+
+class CProcViewIterator : public CTraceIterator {
+ public:
+  CProcViewIterator(CProcView& view, TreeItem item);
+  ~CProcViewIterator() override;
+  CProcViewIterator(const CProcViewIterator&) = delete;
+  CProcViewIterator& operator=(const CProcViewIterator&) = delete;
+
+  void Next() override;
+  void Prev() override;
+  // They fill the tree as they look.
+  bool HasNext() const override;
+  bool HasPrev() const override;
+
+  void OnTracesGone(const CTraceHint& hint);
+  void OnItemGone(TreeItem item);
+  void OnItemsGone();
+
+ private:
+  TreeItem Place() const;
+  void MoveTo(TreeItem item);
+
+  CProcView& m_view;
+  TreeItem m_item;  // 0: it has gone
+};

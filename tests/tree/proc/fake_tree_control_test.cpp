@@ -1,0 +1,20 @@
+// The fake is a tree control: it passes the contract that the control on the screen passes.
+#include "support/fake_tree_control.h"
+
+#include "support/tree_control_contract.h"
+
+namespace {
+
+class FakeRig {
+ public:
+  explicit FakeRig(TreeControlOwner& owner) : m_tree(owner) {}
+  TreeControl& Tree() { return m_tree; }
+  void ShowRows(int rows) { m_tree.pageRows = rows; }
+
+ private:
+  FakeTreeControl m_tree;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeControlContract, FakeRig);
+
+}  // namespace

@@ -92,6 +92,7 @@ class Parser {
     AddInfo();
     AddDump();
     AddSave();
+    AddConvert();
     m_live.emplace(m_app, ReadNumber, ReadColumns, DefaultColumns());
   }
 
@@ -112,6 +113,8 @@ class Parser {
         ->required();
     AddNumber(m_genApp, "-s,--seed", "--seed", m_gen.seed,
               "Another number gives other traces [default: 1]");
+    m_genApp->add_flag("--old", m_gen.old,
+                       "The older format, which has no stacks, as a file to convert");
     m_genApp->add_option("OUT", m_gen.out, "The file; an existing one is replaced")
         ->required()
         ->type_name("");
@@ -169,15 +172,33 @@ class Parser {
         "  trc save web.trc clean.trc");
   }
 
+  void AddConvert() {
+    m_convertApp =
+        m_app.add_subcommand("convert", "Write a file of the older format in the current one");
+    m_convertApp->add_option("OLD", m_convert.in, "A trace file of the older format; it stays")
+        ->required()
+        ->type_name("");
+    m_convertApp->add_option("NEW", m_convert.out, "The new file; an existing one is replaced")
+        ->required()
+        ->type_name("");
+    m_convertApp->footer(
+        "The desktop converts an older file in its place when it opens it; this command\n"
+        "leaves it untouched.\n"
+        "\n"
+        "Example:\n"
+        "  trc convert old.trc new.trc");
+  }
+
   TrcCommand Chosen() {
     if (m_genApp->parsed()) return m_gen;
     if (m_infoApp->parsed()) return m_info;
     if (m_saveApp->parsed()) return m_save;
+    if (m_convertApp->parsed()) return m_convert;
     if (std::optional<LiveCommand> live = m_live->Chosen()) return *std::move(live);
     if (!m_dumpApp->parsed()) {
       throw CLI::RequiredError(
-          "a command is needed: gen, info, dump, save, tail, capture, apps, show, "
-          "set, sink or emit",
+          "a command is needed: gen, info, dump, save, convert, tail, capture, apps, "
+          "show, set, sink or emit",
           CLI::ExitCodes::RequiredError);
     }
     const bool text = m_format == "text";
@@ -206,13 +227,15 @@ class Parser {
   }
 
   CLI::App m_app{"Looks into trace files and live traces, and switches traces on and off.", "trc"};
-  CLI::App *m_genApp = nullptr, *m_infoApp = nullptr, *m_dumpApp = nullptr, *m_saveApp = nullptr;
+  CLI::App *m_genApp = nullptr, *m_infoApp = nullptr, *m_dumpApp = nullptr, *m_saveApp = nullptr,
+           *m_convertApp = nullptr;
   CLI::Option* m_columnsOption = nullptr;
   std::optional<LiveParser> m_live;
   GenOptions m_gen;
   InfoOptions m_info;
   DumpOptions m_dump;
   SaveOptions m_save;
+  ConvertOptions m_convert;
   std::string m_format = "text", m_columns;
   std::string m_first;  // argument
 };

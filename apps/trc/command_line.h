@@ -7,6 +7,7 @@
 #include <optional>
 #include <variant>
 
+#include "convert.h"
 #include "dump.h"
 #include "gen.h"
 #include "info.h"
@@ -14,7 +15,8 @@
 
 // A command that speaks with a running service, ready to be run.
 using LiveCommand = std::function<int()>;
-using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, LiveCommand>;
+using TrcCommand =
+    std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, ConvertOptions, LiveCommand>;
 
 struct ParsedCommandLine {
   std::optional<TrcCommand> command;  // none: nothing is left to do

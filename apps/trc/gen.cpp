@@ -4,6 +4,7 @@
 #include "base/file_stream.h"
 #include "exit_status.h"
 #include "interrupt.h"
+#include "old_sample.h"
 #include "output.h"
 #include "progress_line.h"
 #include "records/trc_walk.h"
@@ -25,12 +26,11 @@ class Generator {
   }
 
   int Run() {
-    std::size_t size = kTrcHeaderBytes;
-    if (!m_buffer.WriteBuf(kTrcHeader, &size)) return WriteError();
+    if (!WriteHeader()) return WriteError();
     while (TraceEvent_i* const trace = m_traces.Next()) {
-      const std::uint64_t bytes = 1 + RawTrace(trace->Record()).Size();
+      const std::uint64_t bytes = Measure(*trace);
       const bool fits = m_bytes + bytes <= kMostFileBytes - kRoomForNames;
-      const bool written = fits && trace->WriteFile(m_buffer, m_traces.Names()) != 0;
+      const bool written = fits && Write(*trace);
       trace->Release();
       if (!fits) return TooLarge();
       if (!written) return WriteError();
@@ -48,6 +48,22 @@ class Generator {
   // More than all names of a sample take.
   static constexpr std::uint64_t kRoomForNames = 65536;
 
+  bool WriteBytes(const char* bytes, std::size_t size) { return m_buffer.WriteBuf(bytes, &size); }
+  bool WriteHeader() {
+    return m_options.old ? WriteBytes(kOldTrcHeader, sizeof kOldTrcHeader)
+                         : WriteBytes(kTrcHeader, sizeof kTrcHeader);
+  }
+  // Bytes that the trace takes in the file; in the older format with its names.
+  std::uint64_t Measure(const TraceEvent_i& trace) {
+    if (!m_options.old) return 1 + RawTrace(trace.Record()).Size();
+    m_oldBytes = m_oldSample.Encode(trace, m_traces.Names());
+    return m_oldBytes.size();
+  }
+  // REQUIRES: it has been measured.
+  bool Write(const TraceEvent_i& trace) {
+    if (m_options.old) return WriteBytes(m_oldBytes.data(), m_oldBytes.size());
+    return trace.WriteFile(m_buffer, m_traces.Names()) != 0;
+  }
   void Say(const std::string& words) {
     m_progress.Clear();
     Complain(m_options.out + ": " + words);
@@ -71,6 +87,8 @@ class Generator {
   ds_File_t::FOStream_t m_stream;
   ds_BufferedOutputStream_t m_buffer{kBufferBytes};  // hands over to m_stream at its end
   SampleTraces m_traces;
+  OldSample m_oldSample;
+  std::string_view m_oldBytes;  // of the trace last measured
   ProgressLine m_progress;
   std::uint64_t m_bytes = kTrcHeaderBytes;  // of header and traces
   std::uint64_t m_written = 0;              // traces

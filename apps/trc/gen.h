@@ -7,6 +7,7 @@
 struct GenOptions {
   std::uint64_t records = 0;  // traces
   std::uint64_t seed = 1;
+  bool old = false;  // the older format
   std::string out;
 };
 

@@ -3,6 +3,7 @@
 #include "docview/wnd.h"
 #include "interrupt.h"
 #include "output.h"
+#include "records/trc_walk.h"
 
 namespace {
 
@@ -35,9 +36,19 @@ class ProgressWindow final : public CWnd {
   std::uint64_t m_size = 0;
 };
 
+bool IsOlder(const std::string& path) {
+  const auto file = MappedFile::Open(path);
+  return file && VersionOf(file->View()) == TrcVersion::Old;
+}
+
 }  // namespace
 
 std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path) {
+  // The desktop asks whether to convert it. Nobody can be asked here, so the way out is told.
+  if (IsOlder(path)) {
+    Complain(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' writes it anew");
+    return nullptr;
+  }
   host.SetSubject(path);
   const unsigned boxes = host.Boxes();
   const ProgressWindow window(host);

@@ -21,7 +21,7 @@ _trc() {
   local command= word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $word in
-      gen | info | dump | save | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
+      gen | info | dump | save | convert | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -38,7 +38,7 @@ _trc() {
     local options='--help'
     case $command in
       '') options='--help --version' ;;
-      gen) options='--help --records --seed' ;;
+      gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
       dump) options='--help --format --columns --utc --from --count' ;;
       tail) options='--help --format --columns --utc --count --for' ;;
@@ -50,7 +50,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump save tail capture apps show set sink emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump save convert tail capture apps show set sink emit' -- "$current"))
   elif [[ $command == set ]]; then
     local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)
     COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose

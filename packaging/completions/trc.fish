@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump save tail capture apps show set sink emit
+set -l commands gen info dump save convert tail capture apps show set sink emit
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
 
@@ -18,6 +18,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a gen -d "Make a
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Tell what is in trace files"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tail -d "Print live traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a capture -d "Write live traces to a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List traced applications"
@@ -30,6 +31,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -s V -l version -
 
 complete -c trc -n "__fish_seen_subcommand_from gen" -s n -l records -x -d "How many traces to write"
 complete -c trc -n "__fish_seen_subcommand_from gen" -s s -l seed -x -d "Another number, other traces"
+complete -c trc -n "__fish_seen_subcommand_from gen" -l old -d "The older format"
 
 complete -c trc -n "__fish_seen_subcommand_from info" -s j -l json -d "One JSON object per file"
 

@@ -30,11 +30,12 @@ TEST(TrcCommandLine, HelpGoesToStandardOutputWithExamplesAndTheCommands) {
 
 TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
   const std::vector<std::pair<std::string, std::vector<std::string>>> commands = {
-      {"gen", {"-n,--records", "-s,--seed", "OUT"}},
+      {"gen", {"-n,--records", "-s,--seed", "--old", "OUT"}},
       {"info", {"-j,--json", "FILE"}},
       {"dump",
        {"-f,--format", "-c,--columns", "-u,--utc", "-b,--from", "-n,--count", "FILE", "Tic Diff"}},
-      {"save", {"IN", "OUT"}}};
+      {"save", {"IN", "OUT"}},
+      {"convert", {"OLD", "NEW"}}};
   for (const auto& [command, parts] : commands) {
     const TrcRun run = RunTrc({command, "--help"});
     EXPECT_EQ(run.status, 0);
@@ -55,8 +56,8 @@ TEST(TrcCommandLine, VersionIsOneLine) {
 TEST(TrcCommandLine, WithoutACommandItIsWrongUse) {
   ExpectRefused(
       {},
-      "a command is needed: gen, info, dump, save, tail, capture, apps, show, set, sink or "
-      "emit\nTry 'trc --help'.\n");
+      "a command is needed: gen, info, dump, save, convert, tail, capture, apps, show, set, sink "
+      "or emit\nTry 'trc --help'.\n");
   ExpectRefused({"--jsn"}, "--jsn");
 }
 
@@ -73,11 +74,13 @@ TEST(TrcCommandLine, AMissingArgumentIsWrongUse) {
   ExpectRefused({"dump"}, "FILE");
   ExpectRefused({"save"}, "IN");
   ExpectRefused({"save", "in.trc"}, "OUT");
+  ExpectRefused({"convert", "in.trc"}, "NEW");
 }
 
 TEST(TrcCommandLine, ASurplusArgumentIsWrongUse) {
   ExpectRefused({"dump", "a.trc", "b.trc"}, "b.trc");
   ExpectRefused({"save", "a.trc", "b.trc", "c.trc"}, "c.trc");
+  ExpectRefused({"convert", "a.trc", "b.trc", "c.trc"}, "c.trc");
 }
 
 TEST(TrcCommandLine, ANumberIsPlainDecimalDigitsThatFit) {
@@ -135,17 +138,17 @@ TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
   const std::string bash = ReadAll(folder + "/completions/trc.bash");
   const std::string zsh = ReadAll(folder + "/completions/_trc");
   const std::string fish = ReadAll(folder + "/completions/trc.fish");
-  for (const std::string command :
-       {"gen", "info", "dump", "save", "tail", "capture", "apps", "show", "set", "sink", "emit"}) {
+  for (const std::string command : {"gen", "info", "dump", "save", "convert", "tail", "capture",
+                                    "apps", "show", "set", "sink", "emit"}) {
     EXPECT_TRUE(Has(manual, "SS trc " + command)) << command;
     for (const std::string* const file : {&bash, &zsh, &fish})
       EXPECT_TRUE(Has(*file, command)) << command;
   }
   for (const std::string option :
-       {"records",  "seed",       "json", "format",     "columns", "utc",
-        "from",     "count",      "help", "version",    "for",     "out",
-        "max-size", "max-files",  "all",  "server",     "file",    "flush",
-        "app",      "components", "rate", "text-bytes", "threads", "blocks"}) {
+       {"records",   "seed",       "old",     "json",    "format", "columns", "utc",
+        "from",      "count",      "help",    "version", "for",    "out",     "max-size",
+        "max-files", "all",        "server",  "file",    "flush",  "app",     "components",
+        "rate",      "text-bytes", "threads", "blocks"}) {
     EXPECT_TRUE(Has(manual, "--" + option)) << option;
     EXPECT_TRUE(Has(bash, "--" + option)) << option;
     EXPECT_TRUE(Has(zsh, "--" + option)) << option;

@@ -1,0 +1,52 @@
+#include "convert.h"
+
+#include "base/mapped_file.h"
+#include "exit_status.h"
+#include "interrupt.h"
+#include "output.h"
+#include "progress_line.h"
+#include "records/old_conversion.h"
+#include "records/trc_walk.h"
+
+namespace {
+
+int Refuse(const std::string& path, const std::string& words) {
+  Complain(path + ": " + words);
+  return kExitBad;
+}
+
+// What the new file could not take over.
+void TellLosses(const std::string& in, const OldConversion& result) {
+  const auto tell = [&in](std::uint64_t number, const char* words) {
+    if (number != 0) Complain(in + ": " + std::to_string(number) + words);
+  };
+  tell(result.skippedBytes, " bytes are no record and were left out");
+  tell(result.cutTexts, " texts were cut: a trace file holds 65535 bytes of each");
+  tell(result.lostNames, " names were left out: a trace file holds 65536");
+}
+
+}  // namespace
+
+int RunConvert(const ConvertOptions& options) {
+  std::string why;
+  const auto old = MappedFile::Open(options.in, &why);
+  if (!old) return Refuse(options.in, why);
+  const TrcVersion version = VersionOf(old->View());
+  if (version == TrcVersion::Unknown) return Refuse(options.in, "Invalid format.");
+  if (version == TrcVersion::Current)
+    return Refuse(options.in, "it is in the current format already");
+
+  TrcWriter writer;
+  if (!writer.Create(options.out, &why)) return Refuse(options.out, why);
+  ProgressLine progress;
+  const OldConversion result = ConvertOldTrc(old->View(), writer, [&](std::uint64_t position) {
+    progress.Show("Converting...", position, old->Size());
+    return !Interrupted();
+  });
+  progress.Clear();
+  if (!(writer.Finish() && result.written)) return Refuse(options.out, "Error writing to file.");
+  TellLosses(options.in, result);
+  if (!result.cancelled) return kExitGood;
+  Complain(options.out + ": interrupted after " + std::to_string(result.traces) + " traces");
+  return kExitInterrupted;
+}

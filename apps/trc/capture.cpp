@@ -11,28 +11,32 @@ int RunCapture(const CaptureOptions& options) {
   CaptureFile file(options);
   ProgressLine progress;
   std::string why;
-  std::uint64_t taken = 0;
+  std::uint64_t given = 0;
   bool good = file.Begin(source.Names(), &why);
   if (good) {
     source.Run(
         options.limits,
         [&](TraceEvent_i* trace) {
           good = file.Write(*trace, source.Names(), &why);
-          // Words on losses are in the file, and are no traces of an application.
-          if (good && trace->GetSequenceNumber() != kNoSequenceNumber) ++taken;
+          if (trace->GetSequenceNumber() != kNoSequenceNumber) ++given;
           trace->Release();
           return good;
         },
         [&] {
           good = file.Flush(&why);
-          progress.Show("Capturing... " + std::to_string(taken) + " traces");
+          progress.Show("Capturing... " + std::to_string(file.Traces()) + " traces");
           return good;
         });
     good = good && file.Finish(&why);
   }
   progress.Clear();
-  if (!good) Complain(why);
-  const std::uint64_t lost = source.Counts().lost;
+  if (!good) {
+    Complain(why);
+    file.Salvage();
+  }
+  const std::uint64_t taken = file.Traces();
+  // What came and is in no file is lost as well.
+  const std::uint64_t lost = source.Counts().lost + (given - taken);
   Output output;
   output.Line(std::to_string(taken) + " taken, " + std::to_string(lost) + " lost");
   const int status = output.Finish();

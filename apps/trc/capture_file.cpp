@@ -1,8 +1,11 @@
 #include "capture_file.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <limits>
+#include <utility>
 
+#include "base/mapped_file.h"
 #include "records/trc_walk.h"
 
 namespace {
@@ -16,6 +19,22 @@ bool Say(std::string* why, const std::string& path, const char* words) {
   *why = path + ": " + words;
   return false;
 }
+
+// Where the last whole record ends, and how many traces have a number up to there.
+struct WholeRecords {
+  explicit WholeRecords(Bytes file) : bytes(file), end(std::min(kTrcHeaderBytes, file.size())) {}
+  static void OnName(NameId, std::string_view) {}
+  void OnTrace(const std::uint8_t* record) {
+    const auto behind = static_cast<std::uint64_t>(record - bytes.data()) + RawTrace(record).Size();
+    if (behind > bytes.size()) return;
+    end = behind;
+    if (RawTrace(record).SequenceNumber() != kNoSequenceNumber) ++traces;
+  }
+  static void OnUnknownTag(std::uint64_t) {}
+  static bool OnProgress(std::uint64_t) { return true; }
+  Bytes bytes;
+  std::uint64_t end, traces = 0;
+};
 
 // With the names that a file lacks.
 std::uint64_t BytesOf(const TraceEvent_i& trace, const NameMap& names) {
@@ -61,11 +80,31 @@ bool CaptureFile::IsFullBy(const TraceEvent_i& trace, const NameMap& names) {
 
 bool CaptureFile::Write(const TraceEvent_i& trace, NameMap& names, std::string* why) {
   if (IsFullBy(trace, names)) {
-    if (!Finish(why) || !ShiftUp(why) || !Begin(names, why)) return false;
+    if (!Finish(why) || !ShiftUp(why)) return false;
+    m_earlierTraces += std::exchange(m_traces, 0);
+    if (!Begin(names, why)) return false;
     m_addedBytes = BytesOf(trace, names);
   }
   m_bytes += m_addedBytes;
-  return m_writer.Write(trace, names) || Say(why, m_path, "Error writing to file.");
+  if (!m_writer.Write(trace, names)) return Say(why, m_path, "Error writing to file.");
+  // Words on losses are in the file, and are no traces of an application.
+  if (trace.GetSequenceNumber() != kNoSequenceNumber) ++m_traces;
+  return true;
+}
+
+// What the buffer could not hand over is not in the file, and its last record may be cut.
+void CaptureFile::Salvage() {
+  m_writer.Finish();
+  m_traces = 0;
+  std::uint64_t end = 0;
+  if (const auto file = MappedFile::Open(m_path)) {
+    WholeRecords records(file->View());
+    WalkTrc(file->View(), records);
+    m_traces = records.traces;
+    end = records.end;
+  }
+  std::error_code ignored;
+  if (end != 0) std::filesystem::resize_file(m_path, end, ignored);
 }
 
 bool CaptureFile::Flush(std::string* why) {

@@ -25,6 +25,7 @@ struct ServiceOptions {
   std::vector<std::string> listen;  // "address:port", "[address]:port"
   std::string keysFolder;
   std::uint32_t defaultSettings = kDefaultSettings;
+  ConnectionLimits connectionLimits;  // of clients: when one that stalls is given up, above all
 };
 
 class Service final : public LocalArrival::Host, public ClientSession::Host, public Apps::Router {

@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,6 +27,7 @@ struct TrcStart {
   std::string outTo = {};                     // a path for standard output; empty: a pipe
   bool errIsTerminal = false;
   bool ignoreInterrupt = false;
+  rlim_t fileBytesMax = RLIM_INFINITY;  // a longer file is an error, as on a full disk
 };
 
 class TrcProcess {
@@ -106,6 +108,11 @@ class TrcProcess {
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
     signal(SIGINT, start.ignoreInterrupt ? SIG_IGN : SIG_DFL);
+    const rlimit fileSize{start.fileBytesMax, start.fileBytesMax};
+    if (start.fileBytesMax != RLIM_INFINITY) {
+      setrlimit(RLIMIT_FSIZE, &fileSize);
+      signal(SIGXFSZ, SIG_IGN);  // stays so in the program: its write fails instead
+    }
     for (const std::string& variable : start.environment) putenv(strdup(variable.c_str()));
     std::string program = getenv("TRC") ? getenv("TRC") : "TRC is not set";
     std::vector<std::string> words = start.arguments;

@@ -34,17 +34,24 @@ class LiveProgramsTest : public testing::Test {
   }
   ~LiveProgramsTest() override { StopService(SIGTERM); }
 
-  void StartService() {
-    m_service = fork();
-    if (m_service == 0) {
-      const int nothing = open("/dev/null", O_RDWR);
-      dup2(nothing, STDOUT_FILENO);
-      dup2(nothing, STDERR_FILENO);
-      const std::string program = getenv("QUORD");
-      execl(program.c_str(), "quord", "--foreground", nullptr);
-      _exit(127);
-    }
-    ASSERT_TRUE(Eventually([this] { return ServicePid() == m_service; }));
+  void StartService(const std::vector<std::string>& arguments = {}) {
+    const std::size_t before = Log().size();
+    m_service = SpawnQuord(arguments, "--foreground");
+    ASSERT_TRUE(Eventually([&] { return Log().find("ready on", before) != std::string::npos; }))
+        << Log();
+  }
+  // Another command of quord, to its end.
+  int RunQuord(const std::vector<std::string>& arguments) {
+    int status = 0;
+    waitpid(SpawnQuord(arguments, nullptr), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  }
+  std::string Log() const { return ReadAll(m_dir.File("quord.log")); }
+  // "127.0.0.1:PORT" of a service that was started with --listen 127.0.0.1:0.
+  std::string Address() const {
+    const std::string log = Log(), words = "listening on ";
+    const std::size_t at = log.rfind(words) + words.size();
+    return log.substr(at, log.find(' ', at) - at);
   }
   // Its exit status; 1000 + signal when that ended it.
   int StopService(int signal) {
@@ -82,4 +89,23 @@ class LiveProgramsTest : public testing::Test {
 
   TempDir m_dir;
   pid_t m_service = -1;
+
+ private:
+  pid_t SpawnQuord(const std::vector<std::string>& arguments, const char* first) const {
+    const pid_t pid = fork();
+    if (pid != 0) return pid;
+    const int log = open(m_dir.File("quord.log").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    dup2(log, STDOUT_FILENO);
+    dup2(log, STDERR_FILENO);
+    unsetenv("JOURNAL_STREAM");
+    std::string program = getenv("QUORD");
+    std::string option = first ? first : "";
+    std::vector<std::string> words = arguments;
+    std::vector<char*> argv = {program.data()};
+    if (first) argv.push_back(option.data());
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    execv(program.c_str(), argv.data());
+    _exit(127);
+  }
 };

@@ -1,0 +1,34 @@
+// --uncheck and --check over live traces.
+#include "live_fixture.h"
+
+namespace {
+
+using nlohmann::json;
+
+TEST_F(LiveProgramsTest, TailLeavesOutWhatAStepHidesAndCountsWhatItPrints) {
+  StartService();
+  const TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "500"}});
+  const TrcRun tail = RunTrc({"tail", "-f", "jsonl", "-n", "50", "--uncheck", "All Components",
+                              "--check", "All Components/Db"});
+  EXPECT_EQ(tail.status, 0) << tail.err;
+  EXPECT_EQ(tail.err, "");
+  const auto lines = LinesOf(tail.out);
+  ASSERT_EQ(lines.size(), 50u);
+  for (const std::string& line : lines) EXPECT_EQ(json::parse(line)["component"], "Db") << line;
+}
+
+TEST_F(LiveProgramsTest, CaptureWritesWhatPassesAndTellsOfNamesThatNeverCame) {
+  StartService();
+  const TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "500"}});
+  const std::string file = m_dir.File("out.trc");
+  const TrcRun run = RunTrc({"capture", "-o", file, "-n", "30", "--uncheck", "All Components/Net",
+                             "--uncheck", "All Components/Nothing"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out, "30 taken, 0 lost\n");
+  EXPECT_EQ(run.err, "trc: nothing came that is named \"All Components/Nothing\"\n");
+  const auto traces = DumpedTraces(file);
+  ASSERT_EQ(traces.size(), 30u);
+  for (const json& trace : traces) EXPECT_EQ(trace["component"], "Db");
+}
+
+}  // namespace

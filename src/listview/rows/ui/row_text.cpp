@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/text.h"
-#include "listview/rows/row_list.h"
 
 namespace {
 
@@ -14,13 +13,13 @@ bool IsControl(QChar c) {
 
 }  // namespace
 
-QString CellString(std::string_view bytes) {
-  bytes = CutUtf8(bytes, RowList::kCellBytes - 1);
+QString CellString(std::string_view bytes, std::size_t most) {
+  bytes = CutUtf8(bytes, most);
   return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
-QString CellLine(std::string_view bytes) {
-  QString text = CellString(bytes);
+QString CellLine(std::string_view bytes, std::size_t most) {
+  QString text = CellString(bytes, most);
   if (std::none_of(text.cbegin(), text.cend(), IsControl)) return text;
   text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
   for (QChar& c : text) {

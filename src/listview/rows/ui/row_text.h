@@ -4,10 +4,12 @@
 #include <QString>
 #include <string_view>
 
+#include "listview/rows/row_list.h"
+
 // Stands for a line end; painted softer than the text.
 inline constexpr QChar kLineEndMark = QChar(0x23CE);
 
-// At most RowList::kCellBytes - 1 bytes, cut where a character ends; U+FFFD for what is no UTF-8.
-QString CellString(std::string_view bytes);
+// At most so many bytes, cut where a character ends; U+FFFD for what is no UTF-8.
+QString CellString(std::string_view bytes, std::size_t most = RowList::kCellBytes - 1);
 // The same in one line: a mark for each line end, a blank for other control characters.
-QString CellLine(std::string_view bytes);
+QString CellLine(std::string_view bytes, std::size_t most = RowList::kCellBytes - 1);

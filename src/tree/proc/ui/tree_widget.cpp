@@ -1,0 +1,249 @@
+#include "tree/proc/ui/tree_widget.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "tree/proc/ui/tree_accessible.h"
+
+QtTreeControl::QtTreeControl(TreeControlOwner& owner, QWidget* parent)
+    : QAbstractScrollArea(parent), m_owner(owner), m_painter(*this), m_input(*this) {
+  InstallTreeAccessible();
+  setObjectName("tree");
+  setAccessibleName("Procedure tree");
+  setFocusPolicy(Qt::StrongFocus);
+  viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+  m_rowHeight = TreePainter::RowHeight(fontMetrics());
+}
+
+QtTreeControl::~QtTreeControl() = default;
+
+TreeItem QtTreeControl::InsertItem(TreeItem above, TreeItemData word, bool hasChildren) {
+  const TreeItem item = m_items.InsertItem(above, word, hasChildren);
+  if (above && !(m_items.ItemState(above) & kTreeExpanded)) return item;
+  const std::int64_t row = m_items.RowOf(item);
+  if (row == -1) return item;
+  // What is seen stays in place.
+  if (row < m_top) ++m_top;
+  RepaintFrom(row);
+  RowsChanged();
+  return item;
+}
+
+void QtTreeControl::DeleteItem(TreeItem item) {
+  m_input.OnDelete(item);
+  if (!item) {
+    m_items.DeleteItem(0);
+    m_selected = 0;
+    m_top = 0;
+    m_leftPx = m_widthPx = 0;
+    viewport()->update();
+  } else {
+    if (m_selected == item || (m_selected && m_items.IsBelow(m_selected, item)))
+      MoveSelection(HeirOf(item));
+    const std::int64_t row = m_items.RowOf(item);
+    const std::int64_t rows = m_items.RowsOf(item);
+    m_items.DeleteItem(item);
+    if (row == -1) return;
+    if (row < m_top) m_top -= std::min(rows, m_top - row);
+    RepaintFrom(row);
+  }
+  RowsChanged();
+}
+
+TreeItem QtTreeControl::HeirOf(TreeItem item) const {
+  for (const TreeStep step : {TreeStep::NextSibling, TreeStep::PreviousSibling})
+    if (const TreeItem heir = Walk(item, step)) return heir;
+  return Walk(item, TreeStep::Parent);
+}
+
+void QtTreeControl::ItemTextChanged(TreeItem item) {
+  if (!item) return;
+  const std::int64_t row = m_items.RowOf(item);
+  if (row >= m_top && row < m_top + RowsOnView()) viewport()->update(RowRect(row));
+}
+
+void QtTreeControl::Expand(TreeItem item, bool open) {
+  const unsigned state = ItemState(item);
+  if (open == ((state & kTreeExpanded) != 0) || !(state & kTreeHasChildren)) return;
+  if (open) {
+    m_owner.OnTreeItemExpanding(item);
+    if (!m_items.HasItemsBelow(item)) return;
+  } else if (m_selected && m_items.IsBelow(m_selected, item)) {
+    MoveSelection(item);
+  }
+  if (!open) m_widthPx = 0;
+  m_items.SetExpanded(item, open);
+  viewport()->update();
+  RowsChanged();
+}
+
+// The owner is asked from the top down, the items are opened from below: see TreeItems.
+void QtTreeControl::OpenAbove(TreeItem item) {
+  std::vector<TreeItem> closed;
+  for (item = Walk(item, TreeStep::Parent); item; item = Walk(item, TreeStep::Parent))
+    if (!(ItemState(item) & kTreeExpanded)) closed.push_back(item);
+  if (closed.empty()) return;
+  for (std::size_t i = closed.size(); i-- > 0;) m_owner.OnTreeItemExpanding(closed[i]);
+  for (const TreeItem each : closed) m_items.SetExpanded(each, true);
+  viewport()->update();
+  RowsChanged();
+}
+
+void QtTreeControl::SelectItem(TreeItem item) {
+  if (item) OpenAbove(item);
+  MoveSelection(item);
+}
+
+void QtTreeControl::MoveSelection(TreeItem item) {
+  if (item == m_selected) return;
+  const TreeItem before = std::exchange(m_selected, item);
+  ItemTextChanged(before);
+  ItemTextChanged(item);
+  TellTreeSelection(*this);
+}
+
+void QtTreeControl::EnsureVisible(TreeItem item) {
+  if (!item) return;
+  OpenAbove(item);
+  const std::int64_t row = m_items.RowOf(item);
+  const std::int64_t page = RowsPerPage();
+  if (row < m_top)
+    ScrollTo(row);
+  else if (row >= m_top + page)
+    ScrollTo(row - page + 1);
+  // At least the beginning of the label.
+  const int labelPx = m_painter.LabelX(m_items.Depth(item));
+  const int roomPx = viewport()->width();
+  if (labelPx < m_leftPx || labelPx > m_leftPx + roomPx * 3 / 4)
+    ScrollAcrossTo(std::max(labelPx - roomPx / 4, 0));
+}
+
+bool QtTreeControl::IsOnScreen(TreeItem item) const {
+  const std::int64_t row = item ? m_items.RowOf(item) : -1;
+  return row >= m_top && row < m_top + RowsOnView();
+}
+
+void QtTreeControl::SetRedraw(bool on) {
+  viewport()->setUpdatesEnabled(on);
+  if (on) viewport()->update();
+}
+
+std::int64_t QtTreeControl::RowsPerPage() const {
+  return std::max(viewport()->height() / m_rowHeight, 1);
+}
+
+std::int64_t QtTreeControl::RowsOnView() const {
+  const std::int64_t partly = (viewport()->height() + m_rowHeight - 1) / m_rowHeight;
+  return std::clamp<std::int64_t>(m_items.Rows() - m_top, 0, partly);
+}
+
+TreeItem QtTreeControl::ItemAt(int yPx) const {
+  return yPx < 0 ? 0 : m_items.At(m_top + yPx / m_rowHeight);
+}
+
+QRect QtTreeControl::RowRect(std::int64_t row) const {
+  return QRect(0, static_cast<int>(row - m_top) * m_rowHeight, viewport()->width(), m_rowHeight);
+}
+
+void QtTreeControl::ScrollTo(std::int64_t top) {
+  top = std::clamp<std::int64_t>(top, 0, std::max<std::int64_t>(m_items.Rows() - RowsPerPage(), 0));
+  if (top == m_top) return;
+  m_top = top;
+  viewport()->update();
+  RowsChanged();
+}
+
+void QtTreeControl::ScrollAcrossTo(int leftPx) {
+  if (leftPx == m_leftPx) return;
+  m_leftPx = leftPx;
+  viewport()->update();
+  RowsChanged();
+}
+
+void QtTreeControl::RepaintFrom(std::int64_t row) {
+  if (row < m_top + RowsOnView() + 1)
+    viewport()->update(
+        row < m_top ? viewport()->rect()
+                    : viewport()->rect().adjusted(0, RowRect(row).top() - m_rowHeight, 0, 0));
+}
+
+// A tick may change thousands of rows; the scroll bars are set once, behind it.
+void QtTreeControl::RowsChanged() {
+  const std::int64_t last = std::max<std::int64_t>(m_items.Rows() - RowsPerPage(), 0);
+  if (m_top > last) {
+    m_top = last;
+    viewport()->update();
+  }
+  if (std::exchange(m_barsWait, true)) return;
+  QMetaObject::invokeMethod(this, &QtTreeControl::UpdateScrollBars, Qt::QueuedConnection);
+}
+
+void QtTreeControl::UpdateScrollBars() {
+  m_barsWait = false;
+  const QScopedValueRollback setting(m_setting, true);
+  const std::int64_t page = RowsPerPage();
+  QScrollBar* const down = verticalScrollBar();
+  down->setRange(0, static_cast<int>(std::max<std::int64_t>(m_items.Rows() - page, 0)));
+  down->setPageStep(static_cast<int>(page));
+  down->setValue(static_cast<int>(m_top));
+  QScrollBar* const across = horizontalScrollBar();
+  // Wide rows that are scrolled away go on counting, so that the bar does not come and go.
+  m_widthPx = std::max(m_widthPx, m_painter.WidthOnView());
+  across->setRange(0, std::max(m_widthPx - viewport()->width(), m_leftPx));
+  across->setPageStep(viewport()->width());
+  across->setSingleStep(fontMetrics().averageCharWidth() * 3);
+  across->setValue(m_leftPx);
+}
+
+void QtTreeControl::paintEvent(QPaintEvent* event) {
+  QPainter painter(viewport());
+  m_painter.Paint(painter, event->rect());
+}
+
+void QtTreeControl::resizeEvent(QResizeEvent*) {
+  RowsChanged();
+}
+
+void QtTreeControl::changeEvent(QEvent* event) {
+  QAbstractScrollArea::changeEvent(event);
+  if (event->type() != QEvent::FontChange && event->type() != QEvent::StyleChange) return;
+  m_rowHeight = TreePainter::RowHeight(fontMetrics());
+  RowsChanged();
+  viewport()->update();
+}
+
+void QtTreeControl::scrollContentsBy(int, int) {
+  if (m_setting) return;
+  ScrollTo(verticalScrollBar()->value());
+  ScrollAcrossTo(horizontalScrollBar()->value());
+}
+
+void QtTreeControl::keyPressEvent(QKeyEvent* event) {
+  m_input.KeyPress(*event);
+}
+void QtTreeControl::mousePressEvent(QMouseEvent* event) {
+  m_input.MousePress(*event);
+}
+void QtTreeControl::mouseReleaseEvent(QMouseEvent* event) {
+  m_input.MouseRelease(*event);
+}
+void QtTreeControl::mouseDoubleClickEvent(QMouseEvent* event) {
+  m_input.DoubleClick(*event);
+}
+void QtTreeControl::contextMenuEvent(QContextMenuEvent* event) {
+  m_input.ContextMenu(*event);
+}
+void QtTreeControl::focusInEvent(QFocusEvent* event) {
+  QAbstractScrollArea::focusInEvent(event);
+  ItemTextChanged(m_selected);
+  TellTreeSelection(*this);
+}
+void QtTreeControl::focusOutEvent(QFocusEvent* event) {
+  QAbstractScrollArea::focusOutEvent(event);
+  ItemTextChanged(m_selected);
+}

@@ -1,0 +1,23 @@
+// The control on the screen does what every tree control does.
+#include "support/qt_test_main.h"
+#include "support/tree_control_contract.h"
+#include "tree/proc/ui/tree_widget.h"
+
+namespace {
+
+struct QtTreeRig {
+  explicit QtTreeRig(TreeControlOwner& owner) : tree(owner) {
+    tree.resize(400, 300);
+    tree.show();
+  }
+  TreeControl& Tree() { return tree; }
+  void ShowRows(int rows) {
+    const int around = tree.height() - tree.viewport()->height();
+    tree.resize(tree.width(), around + rows * tree.RowHeight());
+  }
+  QtTreeControl tree;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeControlContract, QtTreeRig);
+
+}  // namespace

@@ -7,6 +7,8 @@
 #include "docview/frame.h"
 
 class CMainFrame;
+class CProcView;
+class CTraceView;
 
 class CTraceChildFrame : public CMDIChildWnd {
  public:
@@ -18,6 +20,17 @@ class CTraceChildFrame : public CMDIChildWnd {
   // Pop-up 144, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
 
+  bool IsTreeShown() const { return m_treeShown; }
+
  private:
+  static constexpr unsigned kOtherPane = 59649;  // of the view that does not show
+
+  void OnToggleTree();
+  void HandToList();
+  void HandToTree();
+
   CMainFrame& m_main;
+  bool m_treeShown = false;
+  CProcView* m_tree = nullptr;   // null until the first toggle
+  CTraceView* m_list = nullptr;  // null until the first toggle
 };

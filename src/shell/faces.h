@@ -10,6 +10,7 @@
 #include "docview/frame.h"
 #include "listview/rows/row_list.h"
 #include "listview/source/rich_edit.h"
+#include "tree/proc/tree_control.h"
 
 class CMainFrame;
 
@@ -40,6 +41,7 @@ class ShellFaces {
                                                          int heightPx) = 0;
   virtual void ProposedMainSize(int& widthPx, int& heightPx) = 0;
   virtual std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) = 0;
+  virtual std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) = 0;
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
   virtual void ShowAbout(const std::string& versionLine) = 0;
   virtual void ShowPrintSetup() = 0;

@@ -35,6 +35,7 @@ class CMainFrame : public CMDIFrameWnd {
   void UpdateTitle() override;  // "Tessera", "Tessera - [web.trc]" when a child is maximised
 
   CLoadStatus* LoadStatus() const { return m_loadStatus.get(); }
+  CTesseraApp& Tessera() const { return m_tessera; }
   MainFrameFace* Face() const { return m_face.get(); }
   bool m_childMaximised = false;  // told by the face, with UpdateTitle
 

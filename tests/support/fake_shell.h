@@ -17,6 +17,7 @@
 #include "support/fake_frame.h"
 #include "support/fake_rich_edit.h"
 #include "support/fake_row_list.h"
+#include "support/fake_tree_control.h"
 
 class FakeMainFrameFace : public MainFrameFace {
  public:
@@ -102,6 +103,9 @@ class FakeShellFaces : public ShellFaces {
   }
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override {
     return std::make_unique<FakeRowList>(owner);
+  }
+  std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override {
+    return std::make_unique<FakeTreeControl>(owner);
   }
   void ShowAbout(const std::string& versionLine) override { m_log.Add("about " + versionLine); }
   void ShowPrintSetup() override { m_log.Add("print setup"); }

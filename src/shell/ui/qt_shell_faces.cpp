@@ -17,6 +17,7 @@
 #include "shell/ui/qt_main_frame.h"
 #include "tree/find/ui/find_face.h"
 #include "tree/find/ui/search_box_face.h"
+#include "tree/proc/ui/tree_widget.h"
 
 namespace {
 
@@ -85,6 +86,10 @@ void QtShellFaces::ProposedMainSize(int& widthPx, int& heightPx) {
 
 std::unique_ptr<RowList> QtShellFaces::CreateRowList(RowListOwner& owner) {
   return std::make_unique<QtRowList>(owner);
+}
+
+std::unique_ptr<TreeControl> QtShellFaces::CreateTree(TreeControlOwner& owner) {
+  return std::make_unique<QtTreeControl>(owner);
 }
 
 std::unique_ptr<RichEdit> QtShellFaces::CreateRichEdit(RichEditOwner& owner) {

@@ -21,6 +21,7 @@ class QtShellFaces : public ShellFaces {
                                                  int heightPx) override;
   void ProposedMainSize(int& widthPx, int& heightPx) override;
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override;
+  std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override;
   std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) override;
   void ShowAbout(const std::string& versionLine) override;
   void ShowPrintSetup() override;

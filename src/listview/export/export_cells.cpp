@@ -129,7 +129,6 @@ void WriteExportHeader(std::string& out, const std::vector<Column>& columns) {
     if (i > 0) out += ',';
     WriteQuoted(out, kColumns[static_cast<std::size_t>(columns[i])].header);
   }
-  out += '\n';
 }
 
 void WriteExportLine(std::string& out, const std::vector<Column>& columns,
@@ -139,5 +138,4 @@ void WriteExportLine(std::string& out, const std::vector<Column>& columns,
     if (i > 0) out += ',';
     WriteExportCell(out, columns[i], event, previous, names, utc);
   }
-  out += '\n';
 }

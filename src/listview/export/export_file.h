@@ -16,13 +16,14 @@ class ExportFile {
   ~ExportFile() { Close(); }
   // Makes the file anew; one that is open elsewhere in this program is left alone.
   bool Open(const std::string& path);
-  // Takes up a descriptor that stays its owner's.
-  void Attach(int descriptor) { m_stream.Attach(descriptor); }
 
-  // What has not been handed over yet: a caller appends a line to it and then calls EndLine.
+  // What has not been handed over yet: a caller appends its line to it and then calls EndLine.
   std::string& Buffer() { return m_buffer; }
-  // False when nothing more can be written.
-  bool EndLine() { return m_buffer.size() < kPieceBytes || Flush(); }
+  // Ends the line. False when nothing more can be written.
+  bool EndLine() {
+    m_buffer.push_back('\n');
+    return m_buffer.size() < kPieceBytes || Flush();
+  }
   // True when every byte reached the file.
   bool Close();
 

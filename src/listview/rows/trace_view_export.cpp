@@ -43,6 +43,7 @@ void CTraceView::OnExport() {
   const std::vector<Column> columns =
       ExportColumns(m_list->Header().GetColumnOrder(), g_activeColumns, dialog.m_hiddenColumns);
   WriteExportHeader(file.Buffer(), columns);
+  file.EndLine();
   VisitRows(dialog.m_selectedOnly, [&](int row) {
     // The row above, whether it is written or not.
     WriteExportLine(file.Buffer(), columns, *m_rows.EventAt(row), EventOfRow(row - 1),

@@ -126,21 +126,21 @@ TEST(ExportLine, TheHeaderHasTheQuotedNamesInScreenOrder) {
   EXPECT_EQ(out,
             "\"Sev\",\"Count\",\"Tic Count\",\"Tic Diff\",\"Time\",\"Machine\",\"Application\","
             "\"Component\",\"Category\",\"Attributes\",\"PID\",\"TID\",\"Stack\",\"Trace\","
-            "\"Source\"\n");
+            "\"Source\"");
 }
 
 TEST(ExportLine, CellsArePartedByOneCommaAlsoBehindAnEmptyOne) {
   const EventPtr event = MakeEvent({.text = "up", .count = 3, .attributes = 8});
   std::string out;
   WriteExportLine(out, {Column::Sev, Column::Count, Column::Trace}, *event, nullptr, {}, true);
-  EXPECT_EQ(out, ",3,\"up\"\n");
+  EXPECT_EQ(out, ",3,\"up\"");
 }
 
 TEST(ExportLine, WithoutColumnsALineIsEmpty) {
   std::string out;
   WriteExportHeader(out, {});
   WriteExportLine(out, {}, *MakeEvent({}), nullptr, {}, true);
-  EXPECT_EQ(out, "\n\n");
+  EXPECT_EQ(out, "");
 }
 
 TEST(ExportColumns, HiddenOnesAreLeftOut) {

@@ -12,7 +12,7 @@ TEST(ExportFile, HandsOverWhatItHoldsAtTheClose) {
   const std::string path = directory.File("web.csv", "something longer that was here before");
   ExportFile file;
   ASSERT_TRUE(file.Open(path));
-  file.Buffer() += "a\n";
+  file.Buffer() += "a";
   EXPECT_TRUE(file.EndLine());
   EXPECT_EQ(ReadAll(path), "");
   EXPECT_TRUE(file.Close());
@@ -28,7 +28,7 @@ TEST(ExportFile, HandsOverLargePiecesOnTheWay) {
   ASSERT_TRUE(file.Open(path));
   for (int i = 0; i < 10; ++i) {
     file.Buffer() += line;
-    all += line;
+    all += line + "\n";
     EXPECT_TRUE(file.EndLine());
     EXPECT_LE(file.Buffer().size(), 262144u);
   }
@@ -53,7 +53,7 @@ TEST(ExportFile, AFileThatIsOpenElsewhereIsLeftAsItIs) {
 TEST(ExportFile, AFullDiskShowsAtTheClose) {
   ExportFile file;
   ASSERT_TRUE(file.Open("/dev/full"));
-  file.Buffer() += "a\n";
+  file.Buffer() += "a";
   EXPECT_TRUE(file.EndLine());
   EXPECT_FALSE(file.Close());
 }

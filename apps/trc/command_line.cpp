@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "exit_status.h"
+#include "filter_options.h"
 #include "listview/columns/columns.h"
 #include "live_command_line.h"
 
@@ -149,12 +150,14 @@ class Parser {
                         "Times of the text format in UTC, not local time; jsonl has them as "
                         "stored, which is UTC");
     AddNumber(m_dumpApp, "-b,--from", "--from", m_dump.from,
-              "Index of the first trace [default: 0]");
+              "Index in the file of the first trace [default: 0]");
     AddNumber(m_dumpApp, "-n,--count", "--count", m_dump.count, "At most so many traces");
+    AddFilterOptions(m_dumpApp, m_dump.filter);
     m_dumpApp->footer(
         "Examples:\n"
         "  trc dump web.trc --utc --columns \"Time,PID,Trace\"\n"
         "  trc dump web.trc --from 1000 --count 50\n"
+        "  trc dump web.trc --uncheck \"All Severities/Info\" --count 20\n"
         "  trc dump web.trc --format jsonl > web.jsonl");
   }
 
@@ -164,12 +167,15 @@ class Parser {
     m_saveApp->add_option("OUT", m_save.out, "The new file; an existing one is replaced")
         ->required()
         ->type_name("");
+    AddFilterOptions(m_saveApp, m_save.filter);
     m_saveApp->footer(
-        "All traces are written, with just the names that they need and without\n"
-        "what was skipped in the old file.\n"
+        "All traces are written, or those that pass the filter, with just the names that\n"
+        "they need and without what was skipped in the old file.\n"
         "\n"
-        "Example:\n"
-        "  trc save web.trc clean.trc");
+        "Examples:\n"
+        "  trc save web.trc clean.trc\n"
+        "  trc save web.trc errors.trc --uncheck \"All Severities\" --check \"All "
+        "Severities/Error\"");
   }
 
   void AddConvert() {

@@ -13,10 +13,11 @@ int RunDump(const DumpOptions& options) {
   const auto document = OpenTraceFile(host, options.file);
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
 
-  const std::uint64_t traces = document->m_traces.size();
-  const std::uint64_t from = std::min(options.from, traces);
-  const std::uint64_t to = from + std::min(options.count, traces - from);
-  const DumpRange range{*document, static_cast<std::size_t>(from), static_cast<std::size_t>(to)};
+  ShownTraces traces(*document);
+  if (!traces.Filter(options.filter)) return kExitBad;
+  const std::size_t from = traces.FirstRowFrom(options.from);
+  const std::uint64_t count = std::min<std::uint64_t>(options.count, traces.Size() - from);
+  const DumpRange range{traces, from, from + static_cast<std::size_t>(count)};
 
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Output output;

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "documents/trace_doc.h"
 #include "listview/cells/cell_text.h"
 #include "output.h"
 #include "progress_line.h"
+#include "shown_traces.h"
 
 enum class DumpFormat { Text, Jsonl };
 
@@ -18,14 +18,17 @@ struct DumpOptions {
   DumpFormat format = DumpFormat::Text;
   std::vector<Column> columns;  // text only
   bool utc = false;             // text only
-  std::uint64_t from = 0;       // index of the first trace
+  std::uint64_t from = 0;       // index in the file of the first trace
   std::uint64_t count = std::numeric_limits<std::uint64_t>::max();
+  FilterPaths filter;
 };
 
-// The traces [from, to) of a document.
+// Rows [from, to) of what is shown.
 struct DumpRange {
-  const CTraceDoc& document;
+  const ShownTraces& traces;
   std::size_t from, to;
+
+  const NameMap& Names() const { return traces.Document().m_names; }
 };
 
 int RunDump(const DumpOptions& options);

@@ -8,9 +8,9 @@ constexpr std::size_t kTracesPerLook = 4096;
 }  // namespace
 
 void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress) {
-  TraceJson json(range.document.m_names);
+  TraceJson json(range.Names());
   for (std::size_t i = range.from; i < range.to; ++i) {
-    json.Append(output.Buffer(), i, *range.document.m_traces[i]);
+    json.Append(output.Buffer(), range.traces.PlaceOf(i), range.traces.At(i));
     if (!output.EndLine()) return;
     const std::size_t done = i - range.from;
     if (done % kTracesPerLook == 0) progress.Show("Writing...", done, range.to - range.from);

@@ -49,24 +49,23 @@ class CellColumn {
   const char* Header() const { return m_info.header; }
   bool AlignsRight() const { return m_info.align == ColumnAlign::Right; }
   // Good until the next call.
-  const Cell& At(std::size_t index) {
-    const TraceEvent_i& trace = *m_range.document.m_traces[index];
+  const Cell& At(std::size_t row) {
+    const TraceEvent_i& trace = m_range.traces.At(row);
     const std::optional<std::uint16_t> key = KeyOf(m_info.column, trace);
     if (!key) {
-      m_last = Make(index, trace);
+      m_last = Make(row, trace);
       return m_last;
     }
     if (m_known.empty()) m_known.resize(65536);
     std::unique_ptr<Cell>& known = m_known[*key];
-    if (!known) known = std::make_unique<Cell>(Make(index, trace));
+    if (!known) known = std::make_unique<Cell>(Make(row, trace));
     return *known;
   }
 
  private:
-  Cell Make(std::size_t index, const TraceEvent_i& trace) const {
-    const TraceEvent_i* const previous =
-        index == 0 ? nullptr : m_range.document.m_traces[index - 1];
-    std::string text = VisibleCell(m_info.column, trace, previous, m_range.document.m_names, m_utc);
+  Cell Make(std::size_t row, const TraceEvent_i& trace) const {
+    const TraceEvent_i* const previous = row == 0 ? nullptr : &m_range.traces.At(row - 1);
+    std::string text = VisibleCell(m_info.column, trace, previous, m_range.Names(), m_utc);
     const std::size_t width = ScreenWidth(text);
     return {std::move(text), width};
   }

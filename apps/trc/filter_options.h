@@ -14,7 +14,7 @@ inline void AddFilterOptions(CLI::App* app, FilterPaths& paths) {
         ->type_name("PATH");
   };
   add("--uncheck", false,
-      "Hide what is below this node of the filter, for example \"All Severities/Info\" or "
-      "\"All Threads/web-1/PID:812\"; \"\" is all. Any number, together with --check, in order");
-  add("--check", true, "Show it again");
+      "Hide a node of the filter and all below it, as a click in the Filter dialog does: "
+      "\"All Severities/Info\", \"All Threads/web-1/PID:812\"; \"\" is all");
+  add("--check", true, "Show a node and all below it; any number of both, in their order");
 }

@@ -80,10 +80,7 @@ class NearNames {
   void Look(const FilterNode& node) {
     for (std::size_t place = 0; place < node.ChildCount(); ++place) {
       const FilterNode& child = node.Child(place);
-      const std::size_t whole = Distance(InSmallLetters(PathOf(child)), m_path);
-      const std::size_t last = Distance(InSmallLetters(child.Label()), m_last);
-      // The same word elsewhere counts as one mistake, so that a sibling comes first.
-      const std::size_t away = std::min(whole, last == 0 ? 1 : last * 2);
+      const std::size_t away = FarFrom(child);
       if (away <= m_path.size() / 4 + 2) m_found.push_back({away, PathOf(child)});
       Look(child);
     }
@@ -92,15 +89,22 @@ class NearNames {
     std::stable_sort(m_found.begin(), m_found.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<std::string> names;
-    for (auto& [away, path] : m_found) {
-      if (names.size() == kMostNearNames) break;
-      if (std::find(names.begin(), names.end(), path) == names.end())
-        names.push_back(std::move(path));
+    for (const auto& [away, path] : m_found) {
+      if (names.size() == kMostNearNames || away > m_found.front().first) break;
+      if (std::find(names.begin(), names.end(), path) == names.end()) names.push_back(path);
     }
     return names;
   }
 
  private:
+  // In mistakes. The same word elsewhere, and a path not written to its end, count as one.
+  std::size_t FarFrom(const FilterNode& node) const {
+    const std::string path = InSmallLetters(PathOf(node)), label = InSmallLetters(node.Label());
+    if (label == m_last || path.starts_with(m_path)) return 1;
+    const std::size_t last = Distance(label, m_last);
+    return std::min(Distance(path, m_path), last > kMostComparedBytes ? last : last * 2);
+  }
+
   std::string m_path, m_last;  // in small letters
   std::vector<std::pair<std::size_t, std::string>> m_found;
 };
@@ -148,7 +152,7 @@ std::string NoSuchPath(FilterNode& root, const std::string& path) {
   return words;
 }
 
-std::vector<std::string> FilterPaths::Take(Host& host, CTraceFilter& filter, NameMap& names) const {
+std::vector<std::string> FilterPaths::Take(Host& host, CTraceFilter& filter, NameMap names) const {
   CFilterDialog dialog(host, filter, names);
   dialog.OnInitDialog();
   std::vector<std::string> unknown;
@@ -167,7 +171,8 @@ bool FilterPaths::Apply(CTraceDoc& document, CTraceFilter& filter, std::string* 
   filter.MergeDocumentNames(document);
   const std::vector<std::string> unknown = Take(document.GetHost(), filter, document.m_names);
   if (unknown.empty()) return true;
-  CFilterDialog dialog(document.GetHost(), filter, document.m_names);
+  NameMap names = document.m_names;
+  CFilterDialog dialog(document.GetHost(), filter, names);
   dialog.OnInitDialog();
   *why = NoSuchPath(dialog.Tree().Root(), unknown.front());
   return false;

@@ -29,8 +29,8 @@ class FilterPaths {
   bool Apply(CTraceDoc& document, CTraceFilter& filter, std::string* why) const;
 
   // The same over the names that the filter has by now. A path that leads nowhere is left out and
-  // given.
-  std::vector<std::string> Take(Host& host, CTraceFilter& filter, NameMap& names) const;
+  // given. The names are a copy: the dialog adds entries to its own, and a save would write them.
+  std::vector<std::string> Take(Host& host, CTraceFilter& filter, NameMap names) const;
   // Is there a path that no name, whatever it is, can complete? Then `why` is words.
   bool HasHopeless(Host& host, std::string* why) const;
 

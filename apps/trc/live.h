@@ -11,10 +11,11 @@
 
 #include "dump.h"
 
-// When to stop listening, if not by SIGINT.
+// Which traces are taken, and when to stop listening, if not by SIGINT.
 struct LiveLimits {
-  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // traces
+  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // traces taken
   std::optional<std::uint64_t> seconds;
+  FilterPaths filter;
 };
 
 struct TailOptions {

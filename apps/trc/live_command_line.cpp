@@ -2,7 +2,9 @@
 
 #include <sstream>
 
+#include "filter_options.h"
 #include "quor/client/trace_config.h"
+#include "terminal_host.h"
 
 namespace {
 
@@ -36,6 +38,12 @@ void RefuseAbove(const char* option, std::uint64_t value, std::uint64_t least, s
   if (value < least || value > most)
     throw CLI::ValidationError(option,
                                "takes " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+// A path that no name to come can complete is a mistake; any other waits for its names.
+void RefuseHopeless(const FilterPaths& paths) {
+  TerminalHost host;
+  if (std::string why; paths.HasHopeless(host, &why)) throw CLI::ValidationError(why);
 }
 
 }  // namespace
@@ -90,6 +98,7 @@ void LiveParser::AddLimits(CLI::App* app, LiveLimits& limits) {
          [this, &limits](const std::string& text) { limits.seconds = m_readNumber("--for", text); },
          "End after so many seconds")
       ->type_name("SECONDS");
+  AddFilterOptions(app, limits.filter);
 }
 
 void LiveParser::AddTail() {
@@ -219,8 +228,10 @@ void LiveParser::AddEmit() {
 
 std::optional<LiveCommand> LiveParser::Chosen() {
   if (m_tailApp->parsed()) return ChosenTail();
-  if (m_captureApp->parsed())
+  if (m_captureApp->parsed()) {
+    RefuseHopeless(m_capture.limits.filter);
     return LiveCommand([options = m_capture] { return RunCapture(options); });
+  }
   if (m_appsApp->parsed()) return LiveCommand([options = m_apps] { return RunApps(options); });
   if (m_showApp->parsed()) {
     TakeMachineAndApp(m_words, m_show.machine, m_show.app);
@@ -233,6 +244,7 @@ std::optional<LiveCommand> LiveParser::Chosen() {
 }
 
 LiveCommand LiveParser::ChosenTail() {
+  RefuseHopeless(m_tail.limits.filter);
   const bool text = m_format == "text";
   if (!text && m_columnsOption->count() != 0)
     throw CLI::ValidationError("--columns", "goes with the text format only");

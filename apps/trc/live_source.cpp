@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "interrupt.h"
+#include "live_filter.h"
 #include "output.h"
 
 namespace {
@@ -31,13 +32,21 @@ void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEve
   const Clock::time_point until =
       Clock::now() + std::chrono::seconds(timed ? *limits.seconds : kYear);
   std::uint64_t taken = 0;
+  LiveFilter filter(limits.filter, m_names);
   while (taken < limits.count) {
     const bool last = Interrupted() || (timed && Clock::now() >= until);
     while (taken < limits.count && m_connection->HasTraces()) {
-      if (!take(m_connection->NextTrace())) return;
+      TraceEvent_i* const trace = m_connection->NextTrace();
+      if (!filter.Passes(*trace)) {
+        ReleaseTrace(trace);
+        continue;
+      }
+      if (!take(trace)) return;
       ++taken;
     }
-    if (!pause() || last) return;
+    if (!pause() || last) break;
     std::this_thread::sleep_for(kPause);
   }
+  for (const std::string& path : filter.Missing())
+    Complain("nothing came that is named \"" + path + "\"");
 }

@@ -20,8 +20,9 @@ class LiveSource {
 
   // False when the machine cannot be reached, and standard error says why.
   bool Connect(const std::string& machine);
-  // Gives each trace to `take`, which owns it and gives false to end; `pause` is called when
-  // nothing waits, and gives false to end. Also ends at the limits and at SIGINT, which still hands
+  // Gives each trace that passes the filter to `take`, which owns it and gives false to end;
+  // `pause` is called when nothing waits, and gives false to end. A path of the filter whose names
+  // never came is told on standard error. Also ends at the limits and at SIGINT, which still hands
   // over what has arrived.
   void Run(const LiveLimits& limits, const std::function<bool(TraceEvent_i*)>& take,
            const std::function<bool()>& pause);

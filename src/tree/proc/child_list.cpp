@@ -1,31 +1,48 @@
 #include "tree/proc/child_list.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <bit>
 #include <cstring>
 #include <new>
 
-void ChildList::Clear() {
-  std::free(m_words);
+#include "tree/proc/word_pool.h"
+
+namespace {
+
+unsigned BitsOf(std::uint32_t capacity) {
+  return static_cast<unsigned>(std::countr_zero(capacity));
+}
+
+}  // namespace
+
+void ChildList::Clear(WordPool& pool) {
+  if (m_words) pool.GiveBack(m_words, BitsOf(m_capacity));
+  Forget();
+}
+
+void ChildList::Forget() {
   m_words = nullptr;
   m_begin = m_end = m_capacity = m_noLeafBefore = m_hollow = 0;
 }
 
 // Where the front has gone for at least half of the room, the entries move down instead: each has
 // then paid for its move by one that went.
-void ChildList::MakeRoom() {
+void ChildList::MakeRoom(WordPool& pool) {
   if (m_begin > 0 && m_begin >= m_capacity / 2) {
     std::memmove(m_words, m_words + m_begin, size() * sizeof *m_words);
     m_end -= m_begin;
     m_begin = 0;
     return;
   }
-  constexpr std::uint32_t kFirst = 4, kMost = 0x7FFFFFFF;
+  constexpr std::uint32_t kFirst = 4, kMost = 0x40000000;
   if (m_capacity > kMost) throw std::bad_alloc();
   const std::uint32_t capacity = std::max(kFirst, 2 * m_capacity);
-  void* const words = std::realloc(m_words, capacity * sizeof *m_words);
-  if (!words) throw std::bad_alloc();
-  m_words = static_cast<std::uintptr_t*>(words);
+  std::uintptr_t* const words = pool.Take(BitsOf(capacity));
+  if (m_words) {
+    std::memcpy(words, m_words, m_end * sizeof *m_words);
+    pool.GiveBack(m_words, BitsOf(m_capacity));
+  }
+  m_words = words;
   m_capacity = capacity;
 }
 

@@ -1,10 +1,10 @@
 // The children of a node, in order of arrival: a vector whose front goes as cheaply as its back
 // comes, because a trim takes the oldest traces.
 //
-// Shape    24 bytes and a word per entry. A bit in the word tells a leaf from a node with children,
+// Shape    A word per entry. A bit in the word tells a leaf from a node with children,
 //          so that a walk in search of blocks reads no leaf. Positions are 0..size()-1; they shift
 //          when an entry before them goes.
-// Owner    The storage only. What the entries point to belongs to the node (see nodes.h).
+// Owner    Owns nothing: the storage is the pool's, and the nodes have stores of their own.
 // Errors   std::bad_alloc.
 // Threads  Interface thread.
 #pragma once
@@ -14,11 +14,11 @@
 
 class CTraceEvent;
 class CExecutionBlock;
+class WordPool;
 
 class ChildList {
  public:
   ChildList() = default;
-  ~ChildList() { Clear(); }
   ChildList(const ChildList&) = delete;
   ChildList& operator=(const ChildList&) = delete;
 
@@ -33,11 +33,18 @@ class ChildList {
   CExecutionBlock* BlockAt(std::size_t position) const;
   CTraceEvent* back() const { return (*this)[size() - 1]; }
 
-  void AppendLeaf(CTraceEvent* leaf) { Append(reinterpret_cast<std::uintptr_t>(leaf) | kLeafBit); }
-  void AppendBlock(CTraceEvent* block) { Append(reinterpret_cast<std::uintptr_t>(block)); }
+  // The pool is the same in all calls.
+  void AppendLeaf(WordPool& pool, CTraceEvent* leaf) {
+    Append(pool, reinterpret_cast<std::uintptr_t>(leaf) | kLeafBit);
+  }
+  void AppendBlock(WordPool& pool, CTraceEvent* block) {
+    Append(pool, reinterpret_cast<std::uintptr_t>(block));
+  }
   // Constant at the front, else it moves the entries on the shorter side.
   void Erase(std::size_t position);
-  void Clear();
+  // Empty, with the storage given back; or, with the pool cleared, forgotten.
+  void Clear(WordPool& pool);
+  void Forget();
   // The position of the entry, size() when it is not there. Looks from the front.
   std::size_t PositionOf(const CTraceEvent* entry) const;
   // The first leaf at `from` or behind it, size() for none. Asked again and again from about the
@@ -49,18 +56,17 @@ class ChildList {
   // search for the nearest leaf counts them, so as to skip them the next time.
   std::size_t Hollow() const { return m_hollow; }
   void SetHollow(std::size_t entries) { m_hollow = static_cast<std::uint32_t>(entries); }
-  std::size_t StorageBytes() const { return m_capacity * sizeof(std::uintptr_t); }
 
  private:
   static constexpr std::uintptr_t kLeafBit = 1;
-  void Append(std::uintptr_t word) {
-    if (m_end == m_capacity) MakeRoom();
+  void Append(WordPool& pool, std::uintptr_t word) {
+    if (m_end == m_capacity) MakeRoom(pool);
     m_words[m_end++] = word;
   }
-  void MakeRoom();
+  void MakeRoom(WordPool& pool);
 
   std::uintptr_t* m_words = nullptr;
-  std::uint32_t m_begin = 0, m_end = 0, m_capacity = 0;
-  std::uint32_t m_noLeafBefore = 0;  // position
+  std::uint32_t m_begin = 0, m_end = 0, m_capacity = 0;  // a power of two, or 0
+  std::uint32_t m_noLeafBefore = 0;                      // position
   std::uint32_t m_hollow = 0;
 };

@@ -1,12 +1,15 @@
 #include "tree/proc/level_index.h"
 
+#include <utility>
+
 CExecutionBlock* LevelIndex::Find(unsigned level, std::uint64_t threadKey) const {
   const auto entry = m_nodes[level].find(KeyAt(level, threadKey));
-  return entry == m_nodes[level].end() ? nullptr : entry->second;
+  return entry == m_nodes[level].end() ? nullptr : entry->second.get();
 }
 
-void LevelIndex::Add(unsigned level, std::uint64_t threadKey, CExecutionBlock& node) {
-  m_nodes[level].emplace(KeyAt(level, threadKey), &node);
+CExecutionBlock& LevelIndex::Add(unsigned level, std::uint64_t threadKey,
+                                 std::unique_ptr<CExecutionBlock> node) {
+  return *m_nodes[level].emplace(KeyAt(level, threadKey), std::move(node)).first->second;
 }
 
 void LevelIndex::Clear() {

@@ -2,11 +2,12 @@
 // and threads there are: the ids of siblings differ, so the first node with an id is the only one.
 //
 // Shape    In front a small direct-mapped table of threads, behind it a map per level.
-// Owner    Borrows the nodes.
+// Owner    Owns the nodes.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 
 #include "tree/proc/nodes.h"
@@ -24,8 +25,15 @@ class LevelIndex {
   }
   // Null when there is none.
   CExecutionBlock* Find(unsigned level, std::uint64_t threadKey) const;
-  void Add(unsigned level, std::uint64_t threadKey, CExecutionBlock& node);
+  CExecutionBlock& Add(unsigned level, std::uint64_t threadKey,
+                       std::unique_ptr<CExecutionBlock> node);
   void Clear();
+  // The threads first.
+  template <class Visit>
+  void ForEach(Visit&& visit) const {
+    for (unsigned level = kThread + 1; level-- > kMachine;)
+      for (const auto& entry : m_nodes[level]) visit(*entry.second);
+  }
 
  private:
   // The part of a thread's key that names the level.
@@ -38,5 +46,5 @@ class LevelIndex {
     CProcessThread* thread = nullptr;
   };
   std::array<Slot, std::size_t{1} << kSlotBits> m_slots;
-  std::array<std::unordered_map<std::uint64_t, CExecutionBlock*>, 4> m_nodes;
+  std::array<std::unordered_map<std::uint64_t, std::unique_ptr<CExecutionBlock>>, 4> m_nodes;
 };

@@ -2,9 +2,9 @@
 // blocks and the traces in them.
 //
 // Shape    A leaf (exactly a CTraceEvent) is 32 bytes, as a large file has millions of them.
-// Owner    A node owns its children. Leaves lie in the model's LeafStore, which gives their storage
-//          back; nodes with children are single objects. Destroying and clearing are loops:
-//          100,000 nested blocks need no stack.
+// Owner    The model, in stores that give the nodes of a tree back at once (leaf_store.h,
+//          block_store.h, level_index.h). So no destructor or Clear walks down, and 100,000 nested
+//          blocks need no stack.
 // Trims    `event` is null in a level node or block whose trace has been trimmed; what is still
 //          wanted of that trace is in the node. A leaf goes together with its trace, so its `event`
 //          is always good.
@@ -46,7 +46,7 @@ class CExecutionBlock : public CTraceEvent {
  public:
   CExecutionBlock() { ++s_live; }
   CExecutionBlock(TraceEvent_i* ofEvent, CExecutionBlock* below);
-  ~CExecutionBlock() override;
+  ~CExecutionBlock() override { --s_live; }
   void Clear() override;
   NodeKind Kind() const override { return NodeKind::Block; }
 
@@ -76,9 +76,6 @@ class CExecutionBlock : public CTraceEvent {
   std::unique_ptr<KeptTexts> kept;
 
   static int s_live;  // how many there are, of all kinds
-
- private:
-  void DestroyChildren();
 };
 
 class CProcessThread : public CExecutionBlock {

@@ -30,17 +30,17 @@ void ForEachOpenBlock(CProcessThread& thread, Visit&& visit) {
   }
 }
 
-CExecutionBlock* MakeLevel(unsigned level, TraceEvent_i* event, CExecutionBlock& above,
-                           const TraceFacts& facts) {
+std::unique_ptr<CExecutionBlock> MakeLevel(unsigned level, TraceEvent_i* event,
+                                           CExecutionBlock& above, const TraceFacts& facts) {
   switch (level) {
     case LevelIndex::kMachine:
-      return new CMachine(event, facts.machine);
+      return std::make_unique<CMachine>(event, facts.machine);
     case LevelIndex::kApplication:
-      return new CApplication(event, &above, facts.application);
+      return std::make_unique<CApplication>(event, &above, facts.application);
     case LevelIndex::kProcess:
-      return new CProcess(event, &above, facts.process);
+      return std::make_unique<CProcess>(event, &above, facts.process);
     default:
-      return new CProcessThread(event, &above, facts.thread);
+      return std::make_unique<CProcessThread>(event, &above, facts.thread);
   }
 }
 
@@ -54,12 +54,12 @@ ProcModel::ProcModel(const CTraceDoc& document, CTraceFilter& filter, ProcItems*
     : m_document(document), m_filter(filter), m_items(items), m_labels(document.m_names, items) {}
 
 void ProcModel::Clear() {
-  for (CExecutionBlock* const block : m_takenOutBlocks) delete block;
-  m_takenOutBlocks.clear();
-  m_takenOutLeaves.clear();
   m_root.Clear();
   m_leaves.Clear();
+  m_blocks.Clear();
   m_levels.Clear();
+  m_words.Clear();
+  m_takenOutLeaves.clear();
   m_threadCursor = nullptr;
   m_rising = true;
   m_lastNumber = 0;
@@ -129,7 +129,7 @@ TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
 // Appends the leaf. Only leaves carry time.
 void ProcModel::AddChild(CExecutionBlock& block, CProcessThread& thread, TraceEvent_i* event,
                          std::uint64_t tic) {
-  block.children.AppendLeaf(m_leaves.Make(event, &block));
+  block.children.AppendLeaf(m_words, m_leaves.Make(event, &block));
   TakeTime(block, tic);
   if (&block != &thread) TakeTime(thread, tic);
   TakeTime(ProcessOf(thread), tic);
@@ -137,14 +137,14 @@ void ProcModel::AddChild(CExecutionBlock& block, CProcessThread& thread, TraceEv
 
 CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& thread,
                                       TraceEvent_i* event, const TraceFacts& facts) {
-  auto* const block = new CExecutionBlock(event, &around);
-  block->sequenceNumber = facts.sequenceNumber;
-  block->unreachable = around.unreachable;
-  thread.currentBlock = block;
-  around.children.AppendBlock(block);
-  m_made.push_back(block);
-  AddChild(*block, thread, event, facts.tic);
-  return *block;
+  CExecutionBlock& block = m_blocks.Make(event, around);
+  block.sequenceNumber = facts.sequenceNumber;
+  block.unreachable = around.unreachable;
+  thread.currentBlock = &block;
+  around.children.AppendBlock(m_words, &block);
+  m_made.push_back(&block);
+  AddChild(block, thread, event, facts.tic);
+  return block;
 }
 
 // Kept: whatever the text behind the mark, an End closes the innermost block.
@@ -181,10 +181,9 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
     CExecutionBlock* const above = node;
     node = m_levels.Find(level, facts.ThreadKey());
     if (node) continue;
-    node = MakeLevel(level, event, *above, facts);
+    node = &m_levels.Add(level, facts.ThreadKey(), MakeLevel(level, event, *above, facts));
     node->sequenceNumber = facts.sequenceNumber;
-    above->children.AppendBlock(node);
-    m_levels.Add(level, facts.ThreadKey(), *node);
+    above->children.AppendBlock(m_words, node);
     m_made.push_back(node);
     const bool isMachine = level == LevelIndex::kMachine;
     // Only a machine shows before anybody opens a node.
@@ -194,16 +193,17 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
   return static_cast<CProcessThread&>(*node);
 }
 
+// In the order in which the nodes lie: no node's time hangs on another one's, once those of the
+// open blocks are carried out.
 void ProcModel::UpdateDurations() {
-  std::vector<CExecutionBlock*> nodes{&m_root};
-  while (!nodes.empty()) {
-    CExecutionBlock& node = *nodes.back();
-    nodes.pop_back();
-    if (node.Kind() == NodeKind::Thread)
-      ForEachOpenBlock(static_cast<CProcessThread&>(node), [](CExecutionBlock&) {});
+  const auto time = [this](CExecutionBlock& node) {
     SetDuration(node);
     m_labels.Set(node);
-    for (std::size_t i = 0; i < node.children.size(); ++i)
-      if (CExecutionBlock* const child = node.children.BlockAt(i)) nodes.push_back(child);
-  }
+  };
+  m_levels.ForEach([&](CExecutionBlock& node) {
+    if (node.Kind() == NodeKind::Thread)
+      ForEachOpenBlock(static_cast<CProcessThread&>(node), [](CExecutionBlock&) {});
+    time(node);
+  });
+  m_blocks.ForEach(time);
 }

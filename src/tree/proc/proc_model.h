@@ -22,12 +22,14 @@
 #include <vector>
 
 #include "tree/filter/filter_pass.h"
+#include "tree/proc/block_store.h"
 #include "tree/proc/find_node.h"
 #include "tree/proc/leaf_store.h"
 #include "tree/proc/level_index.h"
 #include "tree/proc/proc_items.h"
 #include "tree/proc/proc_labels.h"
 #include "tree/proc/trace_facts.h"
+#include "tree/proc/word_pool.h"
 
 class CTraceDoc;
 
@@ -35,7 +37,6 @@ class ProcModel {
  public:
   // Without items the tree is complete all the same.
   ProcModel(const CTraceDoc& document, CTraceFilter& filter, ProcItems* items = nullptr);
-  ~ProcModel() { Clear(); }
   ProcModel(const ProcModel&) = delete;
 
   const CRoot& Root() const { return m_root; }
@@ -103,7 +104,9 @@ class ProcModel {
   ProcItems* const m_items;
   CRoot m_root;
   LeafStore m_leaves;
+  BlockStore m_blocks;
   LevelIndex m_levels;
+  WordPool m_words;  // of all children
   ProcLabels m_labels;
   // The thread of the last trace, null for none, and its ids: the cursors of all four levels.
   CProcessThread* m_threadCursor = nullptr;
@@ -113,7 +116,6 @@ class ProcModel {
   // Nodes with children whose trace has not been trimmed, by the arrival of that trace.
   std::deque<CExecutionBlock*> m_made;
   std::unordered_set<const CTraceEvent*> m_takenOutLeaves;
-  std::unordered_set<CExecutionBlock*> m_takenOutBlocks;
   unsigned m_batches = 0;
   std::unique_ptr<FilterPass> m_pass;      // of the running batch
   std::vector<CProcessThread*> m_touched;  // by live traces, not yet timed

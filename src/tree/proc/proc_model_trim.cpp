@@ -90,7 +90,6 @@ void ProcModel::TakeOut(NodePosition place) {
     return;
   }
   block->takenOut = true;
-  m_takenOutBlocks.insert(block);
   std::vector<CExecutionBlock*> nodes{block};
   while (!nodes.empty()) {
     CExecutionBlock& below = *nodes.back();
@@ -156,14 +155,14 @@ void ProcModel::DropIfSpent(CExecutionBlock* block) {
   while (block->closed && !block->event && block->children.empty() && block->hanging == 0) {
     CExecutionBlock* const parent = block->parent;
     if (block->takenOut) {
-      m_takenOutBlocks.erase(block);
       --parent->hanging;
     } else {
       EraseChild({parent, parent->children.PositionOf(block)});
     }
     if (block->treeItem) m_items->DeleteItem(block->treeItem);
     m_labels.Forget(*block);
-    delete block;
+    block->children.Clear(m_words);
+    m_blocks.Drop(*block);
     block = parent;
   }
 }

@@ -1,0 +1,50 @@
+// The blocks of a procedure tree: a million of them in the tree of a large file.
+//
+// Shape    Slots in pieces of 2 MiB; a dropped block's slot is used again. A block never moves.
+// Owner    Owns the blocks.
+// Errors   std::bad_alloc.
+// Threads  Interface thread.
+#pragma once
+
+#include <cstddef>
+#include <new>
+#include <vector>
+
+#include "tree/proc/nodes.h"
+
+class BlockStore {
+ public:
+  BlockStore() = default;
+  ~BlockStore() { Clear(); }
+  BlockStore(const BlockStore&) = delete;
+  BlockStore& operator=(const BlockStore&) = delete;
+
+  CExecutionBlock& Make(TraceEvent_i* event, CExecutionBlock& around);
+  void Drop(CExecutionBlock& block);
+  void Clear();
+  // In no order that means anything.
+  template <class Visit>
+  void ForEach(Visit&& visit) {
+    for (std::size_t i = 0; i < m_pieces.size(); ++i) {
+      Slot* const end = i + 1 < m_pieces.size() ? m_pieces[i] + kPieceSlots : m_next;
+      for (Slot* slot = m_pieces[i]; slot != end; ++slot)
+        if (slot->live) visit(*slot->Block());
+    }
+  }
+
+ private:
+  struct Slot {
+    alignas(CExecutionBlock) std::byte bytes[sizeof(CExecutionBlock)];
+    Slot* nextFree;
+    bool live;
+    CExecutionBlock* Block() { return std::launder(reinterpret_cast<CExecutionBlock*>(bytes)); }
+  };
+  static constexpr std::size_t kPieceBytes = std::size_t{2} << 20;
+  static constexpr std::size_t kPieceSlots = kPieceBytes / sizeof(Slot);
+  Slot* FreeSlot();
+
+  std::vector<Slot*> m_pieces;
+  Slot* m_next = nullptr;  // in the last piece
+  Slot* m_end = nullptr;
+  Slot* m_free = nullptr;
+};

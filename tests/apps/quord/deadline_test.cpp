@@ -24,15 +24,10 @@ class Deadline : public ::testing::Test {
   }
   // Both say that they live; the first takes nothing.
   void Stall(QuordClient& stalled, QuordClient& other, const std::function<bool()>& isCut) {
-    const auto beat = EncodeFrame(FrameType::Heartbeat, Bytes());
-    auto next = steady_clock::now();
     ASSERT_TRUE(WaitFor(
         [&] {
-          if (steady_clock::now() > next) {
-            for (const int socket : {stalled.Socket(), other.Socket()})
-              send(socket, beat.data(), beat.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-            next = steady_clock::now() + std::chrono::milliseconds(200);
-          }
+          stalled.Beat();
+          other.Beat();
           other.Pump();
           return isCut();
         },

@@ -74,6 +74,14 @@ class QuordClient final : private DataSink {
            WaitFor([&] { return Pump(), !m_firstWords; });
   }
 
+  // Says that it lives, as often as it must.
+  void Beat() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now < m_nextBeat) return;
+    m_nextBeat = now + std::chrono::milliseconds(500);
+    const auto beat = EncodeFrame(FrameType::Heartbeat, Bytes());
+    send(m_socket, beat.data(), beat.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  }
   // Takes what is there.
   void Pump() {
     std::uint8_t bytes[65536];
@@ -182,6 +190,7 @@ class QuordClient final : private DataSink {
   }
 
   int m_socket = -1;
+  std::chrono::steady_clock::time_point m_nextBeat{};
   FrameReader m_reader;
   std::uint32_t m_id = 0;
   Response m_answer;

@@ -1,0 +1,174 @@
+// The model beside the plain rules, over random streams: the same tree, labels and durations, and
+// the same items.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "tree/proc/plain_tree.h"
+#include "tree/proc/proc_model_rig.h"
+
+namespace {
+
+struct Stream {
+  unsigned seed;
+  std::size_t limit;  // traces held
+  int threads;        // over machines, applications and processes
+  int hiddenPercent;  // traces that the filter hides
+  int numbering;      // 0: rising by one; 1: rising with gaps; 2: in no order; 3: none at all
+  int blockPercent;   // Begins, and as many Ends
+};
+
+std::ostream& operator<<(std::ostream& out, const Stream& stream) {
+  return out << "seed " << stream.seed << ", limit " << stream.limit << ", threads "
+             << stream.threads << ", hidden " << stream.hiddenPercent << " %, numbering "
+             << stream.numbering << ", blocks " << stream.blockPercent << " %";
+}
+
+class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcModelRig {
+ protected:
+  ProcModelOracle() : m_plain(m_document.m_names), m_random(GetParam().seed) {
+    m_document.m_names[9] = {"later"};
+  }
+
+  int Below(int bound) { return static_cast<int>(m_random() % static_cast<unsigned>(bound)); }
+
+  TraceEvent_i* MakeTrace() {
+    const Stream& stream = GetParam();
+    TraceFields fields;
+    if (m_burst-- <= 0) {
+      m_thread = Below(stream.threads);
+      m_burst = Below(6);
+    }
+    fields.machine = m_thread % 3 == 2 ? 6 : 1;
+    fields.app = m_thread % 5 == 4 ? 7 : 2;
+    fields.pid = static_cast<NameId>(m_thread / 4 % 2 == 0 ? 3 : 8);
+    fields.tid = static_cast<NameId>(100 + m_thread);
+    fields.category = Below(100) < stream.hiddenPercent ? 9 : 10;
+    const int dice = Below(100);
+    const std::string name = std::to_string(m_number);
+    if (dice < stream.blockPercent) {
+      fields.text = "Begin: " + name;
+    } else if (dice < 2 * stream.blockPercent) {
+      fields.text = "End: " + name;
+    } else {
+      fields.text = "plain trace " + name;
+    }
+    m_tic += static_cast<std::uint64_t>(Below(3000));
+    fields.tic = Below(20) == 0 ? m_tic / 2 : m_tic;
+    m_number += stream.numbering == 1 ? 1 + static_cast<std::uint32_t>(Below(9)) : 1;
+    fields.count = stream.numbering == 2   ? static_cast<std::uint32_t>(Below(1000))
+                   : stream.numbering == 3 ? kNoSequenceNumber
+                                           : m_number;
+    return Trace(fields);
+  }
+
+  void Tick(int traces) {
+    std::deque<TraceEvent_i*> batch;
+    for (int i = 0; i < traces; ++i) {
+      if (m_document.m_traces.size() >= GetParam().limit) TrimBoth(batch);
+      batch.push_back(MakeTrace());
+    }
+    const ProcModel::Batch adding(m_model);
+    for (TraceEvent_i* const event : batch) {
+      m_model.AddTrace(event, true);
+      if (m_filter.Matches(*event)) m_plain.AddTrace(event, true);
+    }
+  }
+
+  void TrimBoth(std::deque<TraceEvent_i*>& batch) {
+    constexpr std::size_t kTrim = 10;
+    for (std::size_t i = 0; i < kTrim; ++i) m_plain.RemoveTrace(m_document.m_traces[i]);
+    m_plain.UpdateDurations();
+    for (std::size_t i = 0; i < kTrim && !batch.empty(); ++i)
+      if (batch.front() == m_document.m_traces[i]) batch.pop_front();
+    Trim(kTrim);
+  }
+
+  void RebuildBoth() {
+    Rebuild();
+    m_plain.Clear();
+    m_document.m_traces.ForEach(0, [this](TraceEvent_i* event) {
+      if (m_filter.Matches(*event)) m_plain.AddTrace(event, false);
+    });
+    m_plain.UpdateDurations();
+  }
+
+  void ExpandSome() {
+    std::vector<CTraceEvent*> closed;
+    for (const auto& [item, entry] : m_items.m_items)
+      if (!entry.expanded && entry.node->Kind() != NodeKind::Leaf) closed.push_back(entry.node);
+    if (!closed.empty()) m_items.Expand(*closed[m_random() % closed.size()]);
+  }
+
+  void ExpectTheSame(CExecutionBlock& node, PlainTree::Node& plain) {
+    ASSERT_EQ(node.children.size(), plain.children.size());
+    EXPECT_EQ(node.duration, plain.duration);
+    for (std::size_t i = 0; i < node.children.size(); ++i) {
+      PlainTree::Node& plainChild = *plain.children[i];
+      CTraceEvent& child = *node.children[i];
+      const std::string label = m_plain.Label(plainChild);
+      ASSERT_EQ(m_model.NodeLabel(child), label);
+      ASSERT_EQ(child.event, plainChild.event);
+      ASSERT_EQ(child.treeItem ? m_items.TextOf(child) : label, label) << "the item";
+      CExecutionBlock* const block = node.children.BlockAt(i);
+      ASSERT_EQ(block == nullptr, plainChild.kind == 'l');
+      if (block) ExpectTheSame(*block, plainChild);
+      if (HasFatalFailure()) return;
+    }
+  }
+  void ExpectTheSame() { ExpectTheSame(Block({}), m_plain.Root()); }
+
+  void ExpectTheSameFound() {
+    for (int i = 0; i < 20 && !m_document.m_traces.empty(); ++i) {
+      const std::size_t position = m_random() % m_document.m_traces.size();
+      const TraceEvent_i* const event = m_document.m_traces[position];
+      const NodePosition found = m_model.FindNode(*event);
+      const PlainTree::Place place = m_plain.FindNode(event);
+      ASSERT_EQ(static_cast<bool>(found), place.in != nullptr);
+      EXPECT_EQ(FindNodeByWalk(Block({}), *event), found);
+      if (!found) continue;
+      EXPECT_EQ(found.position, place.at);
+      EXPECT_EQ(found.Node()->event, place.in->children[place.at]->event);
+      EXPECT_EQ(m_model.NodeLabel(*found.owner), m_plain.Label(*place.in));
+    }
+  }
+
+  PlainTree m_plain;
+
+ private:
+  std::mt19937 m_random;
+  std::uint32_t m_number = 0;
+  std::uint64_t m_tic = 1'000'000;
+  int m_thread = 0, m_burst = 0;
+};
+
+TEST_P(ProcModelOracle, GivesTheSameTreeAsThePlainRules) {
+  if (GetParam().hiddenPercent > 0) HideCategory9();
+  for (int tick = 0; tick < 60; ++tick) {
+    SCOPED_TRACE(tick);
+    Tick(1 + Below(40));
+    ASSERT_NO_FATAL_FAILURE(ExpectTheSame());
+    ASSERT_NO_FATAL_FAILURE(ExpectTheSameFound());
+    for (int i = Below(3); i > 0; --i) ExpandSome();
+    if (Below(15) == 0) {
+      if (GetParam().hiddenPercent > 0) m_filter.allTraces = Below(2);
+      RebuildBoth();
+      ASSERT_NO_FATAL_FAILURE(ExpectTheSame());
+    }
+  }
+}
+
+std::vector<Stream> Streams() {
+  std::vector<Stream> streams;
+  unsigned seed = 1;
+  for (const int numbering : {0, 1, 2, 3})
+    for (const int hidden : {0, 30, 70})
+      for (const int threads : {1, 7})
+        for (const int blocks : {5, 25, 45})
+          streams.push_back({seed++, 150, threads, hidden, numbering, blocks});
+  return streams;
+}
+
+INSTANTIATE_TEST_SUITE_P(RandomStreams, ProcModelOracle, testing::ValuesIn(Streams()));
+
+}  // namespace

@@ -94,6 +94,7 @@ class Parser {
     AddDump();
     AddSave();
     AddConvert();
+    AddExport();
     m_live.emplace(m_app, ReadNumber, ReadColumns, DefaultColumns());
   }
 
@@ -195,16 +196,55 @@ class Parser {
         "  trc convert old.trc new.trc");
   }
 
+  void AddExport() {
+    m_exportApp = m_app.add_subcommand("export", "Write the traces of a file as text");
+    m_exportApp->add_option("FILE", m_export.file, "A trace file")->required()->type_name("");
+    m_exportApp
+        ->add_option("OUT", m_export.out,
+                     "The text file, an existing one is replaced; - is standard output")
+        ->required()
+        ->type_name("");
+    m_exportApp
+        ->add_option("-f,--format", m_exportFormat,
+                     "csv: as the desktop's Export writes it (the default); csv-rfc4180, jsonl: "
+                     "clean data for other programs")
+        ->check(CLI::IsMember({"csv", "csv-rfc4180", "jsonl"}))
+        ->type_name("FORMAT");
+    m_exportColumnsOption = m_exportApp->add_option(
+        "-c,--columns", m_columns, "The shown columns, by their headers: " + AllHeaders());
+    m_exportColumnsOption->type_name("LIST");
+    m_exportApp->add_flag("--hidden", m_export.hidden, "The hidden columns too");
+    m_exportApp->add_flag("-u,--utc", m_export.utc, "Times in UTC, not local time");
+    AddFilterOptions(m_exportApp, m_export.filter);
+    m_exportApp->footer(
+        "Columns stand in the list's default order. In the csv format \"Tic Count\", \"Tic\n"
+        "Diff\" and \"Attributes\" have no values, and a quote in a text is written \\\";\n"
+        "the clean formats have all values, and all columns unless --columns names some.\n"
+        "\n"
+        "Examples:\n"
+        "  trc export web.trc web.csv --columns \"Sev,Time,Trace\"\n"
+        "  trc export web.trc web.csv --format csv-rfc4180 --utc\n"
+        "  trc export web.trc - --format jsonl --uncheck \"All Severities/Info\" | jq .Trace");
+  }
+
+  ExportOptions ChosenExport() {
+    if (m_exportFormat == "csv-rfc4180") m_export.format = ExportFormat::CsvRfc4180;
+    if (m_exportFormat == "jsonl") m_export.format = ExportFormat::Jsonl;
+    if (m_exportColumnsOption->count() != 0) m_export.columns = ReadColumns(m_columns);
+    return m_export;
+  }
+
   TrcCommand Chosen() {
     if (m_genApp->parsed()) return m_gen;
     if (m_infoApp->parsed()) return m_info;
     if (m_saveApp->parsed()) return m_save;
     if (m_convertApp->parsed()) return m_convert;
+    if (m_exportApp->parsed()) return ChosenExport();
     if (std::optional<LiveCommand> live = m_live->Chosen()) return *std::move(live);
     if (!m_dumpApp->parsed()) {
       throw CLI::RequiredError(
-          "a command is needed: gen, info, dump, save, convert, tail, capture, apps, "
-          "show, set, sink or emit",
+          "a command is needed: gen, info, dump, save, convert, export, tail, capture, "
+          "apps, show, set, sink or emit",
           CLI::ExitCodes::RequiredError);
     }
     const bool text = m_format == "text";
@@ -234,15 +274,16 @@ class Parser {
 
   CLI::App m_app{"Looks into trace files and live traces, and switches traces on and off.", "trc"};
   CLI::App *m_genApp = nullptr, *m_infoApp = nullptr, *m_dumpApp = nullptr, *m_saveApp = nullptr,
-           *m_convertApp = nullptr;
-  CLI::Option* m_columnsOption = nullptr;
+           *m_convertApp = nullptr, *m_exportApp = nullptr;
+  CLI::Option *m_columnsOption = nullptr, *m_exportColumnsOption = nullptr;
   std::optional<LiveParser> m_live;
   GenOptions m_gen;
   InfoOptions m_info;
   DumpOptions m_dump;
   SaveOptions m_save;
   ConvertOptions m_convert;
-  std::string m_format = "text", m_columns;
+  ExportOptions m_export;
+  std::string m_format = "text", m_exportFormat = "csv", m_columns;
   std::string m_first;  // argument
 };
 

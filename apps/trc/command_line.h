@@ -9,14 +9,15 @@
 
 #include "convert.h"
 #include "dump.h"
+#include "export.h"
 #include "gen.h"
 #include "info.h"
 #include "save.h"
 
 // A command that speaks with a running service, ready to be run.
 using LiveCommand = std::function<int()>;
-using TrcCommand =
-    std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, ConvertOptions, LiveCommand>;
+using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, ConvertOptions,
+                                ExportOptions, LiveCommand>;
 
 struct ParsedCommandLine {
   std::optional<TrcCommand> command;  // none: nothing is left to do

@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     int operator()(const DumpOptions& options) const { return RunDump(options); }
     int operator()(const SaveOptions& options) const { return RunSave(options); }
     int operator()(const ConvertOptions& options) const { return RunConvert(options); }
+    int operator()(const ExportOptions& options) const { return RunExport(options); }
     int operator()(const LiveCommand& run) const { return run(); }
   };
   return std::visit(Run{}, *line.command);

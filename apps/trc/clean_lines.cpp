@@ -1,0 +1,83 @@
+#include "clean_lines.h"
+
+#include <string_view>
+
+#include "json_text.h"
+
+namespace {
+
+std::string_view SeverityOf(const TraceEvent_i& event) {
+  constexpr std::string_view kWords[] = {"Info", "Warn", "Error"};
+  const int icon = SeverityIcon(event);
+  return icon < 0 ? std::string_view() : kWords[icon];
+}
+
+bool IsNumber(Column column) {
+  return column == Column::Count || column == Column::TicCount || column == Column::TicDiff;
+}
+
+// Empty where the trace has no such value.
+std::string ValueOf(Column column, const TraceEvent_i& event, const TraceEvent_i* previous,
+                    const NameMap& names, bool utc) {
+  if (column == Column::Sev) return std::string(SeverityOf(event));
+  if (column == Column::Source && event.GetSourceFileName(names).empty()) return {};
+  std::string value = CellText(column, event, previous, names, utc);
+  if (IsNumber(column) && value == "n/a") return {};
+  return value;
+}
+
+void WriteRfc4180Cell(std::string& out, std::string_view value) {
+  if (value.find_first_of(",\"\r\n") == value.npos) {
+    out += value;
+    return;
+  }
+  out += '"';
+  for (const char c : value) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  out += '"';
+}
+
+}  // namespace
+
+void WriteRfc4180Header(std::string& out, const std::vector<Column>& columns) {
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) out += ',';
+    WriteRfc4180Cell(out, kColumns[static_cast<std::size_t>(columns[i])].header);
+  }
+  out += '\r';
+}
+
+void WriteRfc4180Line(std::string& out, const std::vector<Column>& columns,
+                      const TraceEvent_i& event, const TraceEvent_i* previous, const NameMap& names,
+                      bool utc) {
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) out += ',';
+    WriteRfc4180Cell(out, ValueOf(columns[i], event, previous, names, utc));
+  }
+  out += '\r';
+}
+
+void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const TraceEvent_i& event,
+                   const TraceEvent_i* previous, const NameMap& names, bool utc) {
+  out += '{';
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const Column column = columns[i];
+    if (i > 0) out += ',';
+    out += '"';
+    out += kColumns[static_cast<std::size_t>(column)].header;
+    out += "\":";
+    const std::string value = ValueOf(column, event, previous, names, utc);
+    const bool lacks =
+        value.empty() && (IsNumber(column) || column == Column::Sev || column == Column::Source);
+    if (lacks) {
+      out += "null";
+    } else if (IsNumber(column)) {
+      out += value;
+    } else {
+      AppendJsonText(out, value);
+    }
+  }
+  out += '}';
+}

@@ -1,0 +1,107 @@
+#include "export.h"
+
+#include <unistd.h>
+
+#include "clean_lines.h"
+#include "exit_status.h"
+#include "interrupt.h"
+#include "listview/export/export_cells.h"
+#include "listview/export/export_file.h"
+#include "output.h"
+#include "shown_traces.h"
+#include "trace_file.h"
+
+namespace {
+
+constexpr std::size_t kTracesPerLook = 4096;
+
+std::vector<Column> ColumnsOf(const ExportOptions& options) {
+  ColumnFlags shown = kDefaultActiveColumns;
+  if (options.columns) {
+    shown = {};
+    for (const Column column : *options.columns) shown[static_cast<std::size_t>(column)] = 1;
+  }
+  const bool all = options.hidden || (options.format != ExportFormat::Csv && !options.columns);
+  return ExportColumns(kDefaultColumnOrder, shown, all);
+}
+
+class Exporter {
+ public:
+  Exporter(const ShownTraces& traces, const ExportOptions& options, ProgressLine& progress)
+      : m_traces(traces), m_options(options), m_columns(ColumnsOf(options)), m_progress(progress) {}
+
+  // `Sink` has Buffer and EndLine; stops when it takes no more, and when interrupted.
+  template <class Sink>
+  void Run(Sink& sink) {
+    bool goesOn = WriteHeader(sink);
+    for (std::size_t row = 0; goesOn && row < m_traces.Size(); ++row) {
+      WriteRow(sink.Buffer(), row);
+      goesOn = sink.EndLine() && Look(row);
+    }
+    m_progress.Clear();
+  }
+
+ private:
+  template <class Sink>
+  bool WriteHeader(Sink& sink) {
+    if (m_options.format == ExportFormat::Jsonl) return true;
+    if (m_options.format == ExportFormat::Csv)
+      WriteExportHeader(sink.Buffer(), m_columns);
+    else
+      WriteRfc4180Header(sink.Buffer(), m_columns);
+    return sink.EndLine();
+  }
+
+  void WriteRow(std::string& out, std::size_t row) const {
+    const auto write = m_options.format == ExportFormat::Csv     ? WriteExportLine
+                       : m_options.format == ExportFormat::Jsonl ? WriteJsonLine
+                                                                 : WriteRfc4180Line;
+    write(out, m_columns, m_traces.At(row), row == 0 ? nullptr : &m_traces.At(row - 1),
+          m_traces.Document().m_names, m_options.utc);
+  }
+
+  bool Look(std::size_t row) {
+    if (row % kTracesPerLook != 0) return true;
+    m_progress.Show("Writing...", row, m_traces.Size());
+    return !Interrupted();
+  }
+
+  const ShownTraces& m_traces;
+  const ExportOptions& m_options;
+  const std::vector<Column> m_columns;
+  ProgressLine& m_progress;
+};
+
+int ExportToOutput(Exporter& exporter) {
+  Output output;
+  exporter.Run(output);
+  return output.Finish();
+}
+
+int ExportToFile(Exporter& exporter, const std::string& path) {
+  ExportFile file;
+  if (!file.Open(path)) {
+    Complain(path + ": Error opening output file.");
+    return kExitBad;
+  }
+  exporter.Run(file);
+  if (!file.Close()) {
+    Complain(path + ": Error writing to file.");
+    return kExitBad;
+  }
+  return Interrupted() ? kExitInterrupted : kExitGood;
+}
+
+}  // namespace
+
+int RunExport(const ExportOptions& options) {
+  TerminalHost host;
+  const auto document = OpenTraceFile(host, options.file);
+  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
+  ShownTraces traces(*document);
+  if (!traces.Filter(options.filter)) return kExitBad;
+  const bool toOutput = options.out == "-";
+  if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
+  Exporter exporter(traces, options, host.Progress());
+  return toOutput ? ExportToOutput(exporter) : ExportToFile(exporter, options.out);
+}

@@ -26,6 +26,14 @@ TEST_F(TesseraApp, ABareStartPostsTheWizardSoThatItComesAfterTheWindowStands) {
   EXPECT_EQ(m_log.Lines().back(), "wizard");
 }
 
+TEST_F(TesseraApp, ABareStartThatIsToShowSomethingElseOffersNoWizard) {
+  m_app->MapWizard();
+  m_app->m_offerWizard = false;
+  ASSERT_TRUE(m_app->InitInstance({}));
+  m_host.RunPosted();
+  EXPECT_EQ(m_log.Lines().back(), "main show");
+}
+
 TEST_F(TesseraApp, OptionsAloneOnTheCommandLineAreABareStart) {
   m_app->MapWizard();
   ASSERT_TRUE(m_app->InitInstance({"--unknown", "-x"}));

@@ -1,11 +1,14 @@
 #include "shell/ui/help_window.h"
 
 #include <QAction>
+#include <QDir>
 #include <QTextBlock>
 #include <QTextTable>
 #include <QToolBar>
 
 namespace {
+
+constexpr char kContents[] = "contents";
 
 QUrl PageOf(const QString& topic) {
   return QUrl(QStringLiteral("qrc:/help/%1.md").arg(topic));
@@ -90,13 +93,14 @@ void HelpWindow::MakeBar() {
 }
 
 QStringList HelpWindow::Topics() {
-  return {QStringLiteral("contents"), QStringLiteral("window"), QStringLiteral("list"),
-          QStringLiteral("columns"),  QStringLiteral("files"),  QStringLiteral("monitor"),
-          QStringLiteral("keys"),     QStringLiteral("trc")};
+  QStringList topics;
+  for (const QString& page : QDir(QStringLiteral(":/help")).entryList({QStringLiteral("*.md")}))
+    topics << page.section(QLatin1Char('.'), 0, 0);
+  return topics;
 }
 
 void HelpWindow::ShowTopic(const QString& topic) {
-  m_pages->setSource(PageOf(Topics().contains(topic) ? topic : Topics().constFirst()));
+  m_pages->setSource(PageOf(Topics().contains(topic) ? topic : QString::fromLatin1(kContents)));
 }
 
 QString HelpWindow::Topic() const {

@@ -57,5 +57,6 @@ void MdiArea::paintEvent(QPaintEvent* event) {
   ink.setAlphaF(0.6f);
   p.setPen(ink);
   p.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
-             tr("Open a trace file with Ctrl+O or drop one here"));
+             tr("Open a trace file with Ctrl+O or drop one here\n"
+                "Watch the live traces of a machine with Alt+M"));
 }

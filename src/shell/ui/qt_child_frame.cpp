@@ -1,5 +1,6 @@
 #include "shell/ui/qt_child_frame.h"
 
+#include <QLayout>
 #include <QThread>
 
 #include "docview/ui/qt_control.h"
@@ -15,7 +16,10 @@ int Wanted(int wantedPx, int roomPx) {
 QtChildFrame::QtChildFrame(CMDIChildWnd& child, MdiArea& area, int widthPx, int heightPx)
     : m_area(area), m_window(new ChildWindow(child, area)) {
   area.addSubWindow(m_window);
-  const QSize room = area.viewport()->size();
+  // A file that the program starts with opens before the main window shows and gives its parts
+  // their sizes by itself.
+  if (QLayout* const parts = area.window()->layout()) parts->activate();
+  const QSize room = area.contentsRect().size();
   m_window->resize(Wanted(widthPx, room.width()), Wanted(heightPx, room.height()));
 }
 

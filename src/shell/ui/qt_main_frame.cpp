@@ -61,7 +61,10 @@ void QtMainFrame::MakeToolBar() {
     if (id == 0) {
       m_toolBar->addSeparator();
     } else {
-      m_toolBar->addAction(m_actions->Action(id));
+      QAction* const action = m_actions->Action(id);
+      m_toolBar->addAction(action);
+      // Not the action's text, which a menu gives it, with the key behind it.
+      m_toolBar->widgetForAction(action)->setAccessibleName(action->toolTip());
     }
   }
   m_window->addToolBar(Qt::TopToolBarArea, m_toolBar);

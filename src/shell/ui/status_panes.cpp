@@ -9,6 +9,24 @@ namespace {
 
 constexpr int kSidePx = 8;  // between a pane's text and its border
 
+// What a screen reader says beside a pane's text, which may be empty.
+QString Description(unsigned pane) {
+  switch (pane) {
+    case kPaneCaps:
+      return StatusPanes::tr("Caps Lock");
+    case kPaneNum:
+      return StatusPanes::tr("Num Lock");
+    case kPaneScroll:
+      return StatusPanes::tr("Scroll Lock");
+    case kPaneFiltered:
+      return StatusPanes::tr("Filter");
+    case kPaneRowCount:
+      return StatusPanes::tr("Rows");
+    default:
+      return StatusPanes::tr("Message");
+  }
+}
+
 // A text behind a thin line that divides it from the pane on its left.
 class Pane : public QLabel {
  public:
@@ -32,7 +50,7 @@ StatusPanes::StatusPanes(QWidget* parent) : QStatusBar(parent) {
     const bool message = indicator.id == kPaneMessage;
     QLabel* pane = message ? new QLabel(this) : new Pane(this);
     pane->setTextFormat(Qt::PlainText);
-    pane->setAccessibleName(QString::fromLatin1(indicator.text));
+    pane->setAccessibleDescription(Description(indicator.id));
     m_panes[indicator.id] = pane;
     if (message) {
       pane->setIndent(kSidePx);

@@ -31,6 +31,16 @@ TEST_F(ChildFramesTest, ADocumentWithTwoWindowsNumbersTheirTitles) {
   EXPECT_EQ(WindowOf(0)->windowTitle(), QStringLiteral("web.trc"));
 }
 
+TEST_F(ChildFramesTest, AtAFirstStartWithAFileItsWindowTakesThreeQuartersOfTheRoom) {
+  m_app = std::make_unique<CTesseraApp>(m_host, *m_faces);
+  ASSERT_TRUE(m_app->InitInstance({TraceFile("a.trc", 3)}));
+  ASSERT_TRUE(Until([this] { return !m_app->Frame()->LoadStatus(); }));
+  Settle();
+  const QSize room = Face().Area().viewport()->size();
+  EXPECT_NEAR(WindowOf(0)->width(), room.width() * 3 / 4, 8);
+  EXPECT_NEAR(WindowOf(0)->height(), room.height() * 3 / 4, 40) << "the bars came with the window";
+}
+
 TEST_F(ChildFramesTest, AWindowOpensAtTheStoredSizeAndTheLastOneSizedSetsTheNext) {
   Start();
   Open(TraceFile("a.trc", 3));

@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QMouseEvent>
@@ -99,6 +100,33 @@ TEST_F(MainFrameTest, TheToolBarHoldsItsButtonsAndSeparatorsInOrderEachWithAPict
     EXPECT_FALSE(action->icon().isNull()) << wanted[i];
     EXPECT_FALSE(action->toolTip().isEmpty()) << wanted[i];
   }
+}
+
+TEST_F(MainFrameTest, AScreenReaderHearsEachPanesTextAndWhatItTellsOf) {
+  Start();
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, 1234);
+  Face().Panes().ShowLocks({true, false, false});
+  QStringList heard;
+  for (QLabel* pane : Face().Panes().findChildren<QLabel*>()) {
+    const QAccessibleInterface* said = QAccessible::queryAccessibleInterface(pane);
+    ASSERT_NE(said, nullptr);
+    heard << said->text(QAccessible::Description) + QLatin1Char('=') +
+                 said->text(QAccessible::Name);
+  }
+  EXPECT_EQ(heard.join(QLatin1Char('|')).toStdString(),
+            "Message=|Caps Lock=CAP|Num Lock=|Scroll Lock=|Filter=|Rows=1234");
+}
+
+TEST_F(MainFrameTest, AScreenReaderHearsEachButtonByItsToolTip) {
+  Start();
+  QStringList heard;
+  for (QAction* action : Face().ToolBar().actions()) {
+    if (action->isSeparator()) continue;
+    QWidget* button = Face().ToolBar().widgetForAction(action);
+    heard << QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name);
+  }
+  EXPECT_EQ(heard.join(QLatin1Char('|')).toStdString(),
+            "Erase All|Open|Save|Options|Procedure View|Synchronize|Pause|Copy|Find");
 }
 
 TEST_F(MainFrameTest, AButtonIsSharpAtTwiceTheSizeAndPalerWhenDisabled) {

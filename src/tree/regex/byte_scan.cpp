@@ -1,5 +1,6 @@
 #include "tree/regex/byte_scan.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -8,26 +9,15 @@
 namespace {
 
 constexpr std::size_t kLanes = 16;
-using Lanes = std::uint8_t __attribute__((vector_size(kLanes)));
 constexpr Lanes kLaneNumbers = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 using Words = std::uint64_t __attribute__((vector_size(kLanes)));
 
-Lanes Spread(std::uint8_t byte) {
-  return Lanes{} + byte;
+// All bits of a lane are set where the test holds.
+auto Take(const WideTest& test, const char* at) {
+  Lanes bytes;
+  std::memcpy(&bytes, at, sizeof bytes);
+  return ((bytes | test.fold) - test.low) <= test.span;
 }
-
-// A test, ready for sixteen places.
-struct WideTest {
-  explicit WideTest(const ByteTest& test)
-      : fold(Spread(test.fold)), low(Spread(test.low)), span(Spread(test.span)) {}
-  // All bits of a lane are set where the test holds.
-  auto Take(const char* at) const {
-    Lanes bytes;
-    std::memcpy(&bytes, at, sizeof bytes);
-    return ((bytes | fold) - low) <= span;
-  }
-  Lanes fold, low, span;
-};
 
 // The first lane that is not zero, else kLanes.
 template <class Mask>
@@ -41,8 +31,21 @@ std::size_t FirstLane(Mask mask) {
 }
 
 bool Holds(std::string_view text, std::size_t place, const PairTest& pair) {
-  return pair.first.Takes(static_cast<unsigned char>(text[place + pair.firstAt])) &&
-         pair.second.Takes(static_cast<unsigned char>(text[place + pair.secondAt]));
+  return pair.first.test.Takes(static_cast<unsigned char>(text[place + pair.firstAt])) &&
+         pair.second.test.Takes(static_cast<unsigned char>(text[place + pair.secondAt]));
+}
+
+bool IsOneByte(const PairTest& pair) {
+  const ByteTest& test = pair.first.test;
+  return pair.firstAt == pair.secondAt && test.fold == 0 && test.span == 0;
+}
+
+std::size_t FindByte(std::string_view text, std::size_t from, std::size_t limit,
+                     const PairTest& pair) {
+  if (from >= limit) return kNowhere;
+  const char* const begin = text.data() + pair.firstAt;
+  const void* const found = std::memchr(begin + from, pair.first.test.low, limit - from);
+  return found ? static_cast<std::size_t>(static_cast<const char*>(found) - begin) : kNowhere;
 }
 
 std::size_t FindSlowly(std::string_view text, std::size_t from, std::size_t limit,
@@ -52,35 +55,45 @@ std::size_t FindSlowly(std::string_view text, std::size_t from, std::size_t limi
   return kNowhere;
 }
 
+// By the letters of words and numbers in running text; what is not named is rare.
+unsigned CommonnessOf(char c) {
+  constexpr std::string_view kOften = " etaoinsr", kMiddling = "lcdhpumfgb0123456789",
+                             kSometimes = "ywvkxjqz.:/-=_,()[]\"";
+  if (kOften.find(c) != kOften.npos) return 14;
+  if (kMiddling.find(c) != kMiddling.npos) return 6;
+  return kSometimes.find(c) != kSometimes.npos ? 3 : 1;
+}
+
 }  // namespace
 
-std::optional<ByteTest> TestOf(const ByteTable& table) {
-  for (const std::uint8_t fold : {std::uint8_t{0}, kAsciiCaseBit}) {
-    std::size_t low = 0, high = table.size();
-    while (low < table.size() && !(table[low] && (low & fold) == fold)) ++low;
-    while (high > low && !(table[high - 1] && ((high - 1) & fold) == fold)) --high;
-    if (low == high || high - low == table.size()) continue;
-    const ByteTest test{fold, static_cast<std::uint8_t>(low),
-                        static_cast<std::uint8_t>(high - low - 1)};
-    bool same = true;
-    for (std::size_t c = 0; c < table.size(); ++c)
-      same &= test.Takes(static_cast<unsigned char>(c)) == table[c];
-    if (same) return test;
+ByteTest TestOf(const ByteTable& table) {
+  std::size_t low = 0, high = table.size() - 1;
+  while (!table[low]) ++low;
+  while (!table[high]) --high;
+  const ByteTest plain{0, static_cast<std::uint8_t>(low), static_cast<std::uint8_t>(high - low)};
+  // Letters of both cases: from the first small one to the last.
+  std::size_t first = table.size(), last = 0;
+  for (std::size_t c = low; c <= high; ++c) {
+    if (!table[c]) continue;
+    first = std::min(first, c | kAsciiCaseBit);
+    last = std::max(last, c | kAsciiCaseBit);
   }
-  return std::nullopt;
+  const ByteTest folded{kAsciiCaseBit, static_cast<std::uint8_t>(first),
+                        static_cast<std::uint8_t>(last - first)};
+  return Commonness(folded) < Commonness(plain) ? folded : plain;
 }
 
 std::size_t FindPair(std::string_view text, std::size_t from, std::size_t limit,
                      const PairTest& pair) {
+  if (IsOneByte(pair)) return FindByte(text, from, limit, pair);
   if (limit < kLanes) return FindSlowly(text, from, limit, pair);
-  const WideTest first(pair.first), second(pair.second);
   const char* const begin = text.data();
   while (from < limit) {
     // The last block may reach back over places that are done with.
     const std::size_t block = from + kLanes <= limit ? from : limit - kLanes;
-    auto mask =
-        first.Take(begin + block + pair.firstAt) & second.Take(begin + block + pair.secondAt);
-    if (block < from) mask &= kLaneNumbers >= Spread(static_cast<std::uint8_t>(from - block));
+    auto mask = Take(pair.first, begin + block + pair.firstAt) &
+                Take(pair.second, begin + block + pair.secondAt);
+    if (block < from) mask &= kLaneNumbers >= Lanes{} + static_cast<std::uint8_t>(from - block);
     const std::size_t lane = FirstLane(mask);
     if (lane < kLanes) return block + lane;
     from = block + kLanes;
@@ -88,12 +101,9 @@ std::size_t FindPair(std::string_view text, std::size_t from, std::size_t limit,
   return kNowhere;
 }
 
-// By the letters of words and numbers in running text; what is not named is rare.
-unsigned Commonness(unsigned char c) {
-  constexpr std::string_view kOften = " etaoinsr", kMiddling = "lcdhpumfgb0123456789",
-                             kSometimes = "ywvkxjqz.:/-=_,()[]\"";
-  const char letter = static_cast<char>(c);
-  if (kOften.find(letter) != kOften.npos) return 14;
-  if (kMiddling.find(letter) != kMiddling.npos) return 6;
-  return kSometimes.find(letter) != kSometimes.npos ? 3 : 1;
+unsigned Commonness(const ByteTest& test) {
+  unsigned sum = 0;
+  for (std::size_t c = 1; c < kAlways; ++c)
+    if (test.Takes(static_cast<unsigned char>(c))) sum += CommonnessOf(static_cast<char>(c));
+  return std::min(sum, kAlways);
 }

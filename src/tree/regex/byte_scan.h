@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 #include "tree/regex/regex_nodes.h"
@@ -21,12 +20,28 @@ struct ByteTest {
   bool Takes(unsigned char c) const { return static_cast<std::uint8_t>((c | fold) - low) <= span; }
 };
 
-// The formula of exactly these bytes, if they have one and are not all.
-std::optional<ByteTest> TestOf(const ByteTable& table);
+// A formula of these bytes; of some others too if there is no other.
+// REQUIRES: the table takes a byte.
+ByteTest TestOf(const ByteTable& table);
+
+// Sixteen bytes side by side.
+using Lanes = std::uint8_t __attribute__((vector_size(16)));
+
+// A test, ready for sixteen places.
+struct WideTest {
+  WideTest() = default;
+  explicit WideTest(const ByteTest& narrow)
+      : test(narrow),
+        fold(Lanes{} + narrow.fold),
+        low(Lanes{} + narrow.low),
+        span(Lanes{} + narrow.span) {}
+  ByteTest test;
+  Lanes fold = {}, low = {}, span = {};
+};
 
 // Two bytes that stand so far behind a place.
 struct PairTest {
-  ByteTest first, second;
+  WideTest first, second;
   std::size_t firstAt = 0, secondAt = 0;  // may be the same twice
 };
 
@@ -37,5 +52,6 @@ constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 std::size_t FindPair(std::string_view text, std::size_t from, std::size_t limit,
                      const PairTest& pair);
 
-// How often a byte occurs in texts, as a guess in parts of 256.
-unsigned Commonness(unsigned char c);
+// How often a byte of the test occurs in texts, as a guess in parts of kAlways.
+constexpr unsigned kAlways = 256;
+unsigned Commonness(const ByteTest& test);

@@ -13,11 +13,8 @@ namespace {
 
 constexpr std::int64_t kAllSteps = std::numeric_limits<std::int64_t>::max();
 
-// Of the pattern last prepared.
-std::unique_ptr<RegexPlan>& Plan() {
-  static std::unique_ptr<RegexPlan> plan = std::make_unique<RegexPlan>();
-  return plan;
-}
+// Of the pattern last prepared; none before the first, when nothing matches.
+std::unique_ptr<RegexPlan> g_plan;
 
 // Programs other than the one in RegexState are as long as that at most.
 const unsigned char* EndOf(const unsigned char* code) {
@@ -36,14 +33,11 @@ void ShowCaptures(const RegexMachine& machine, const char* begin) {
   }
 }
 
-void ShowMatch(const RegexPlan& plan, const char* begin) {
+RegexAnswer Shown(RegexAnswer answer, const RegexPlan& plan, const char* begin) {
+  if (answer != RegexAnswer::Yes) return answer;
   RegexState.matchStart = begin + plan.MatchStart();
-  RegexState.matchEnd = begin + plan.Machine().MatchEnd();
+  RegexState.matchEnd = begin + plan.MatchEnd();
   if (plan.Nodes().HasGroups()) ShowCaptures(plan.Machine(), begin);
-}
-
-RegexAnswer Shown(RegexAnswer answer, std::string_view text) {
-  if (answer == RegexAnswer::Yes) ShowMatch(*Plan(), text.data());
   return answer;
 }
 
@@ -86,20 +80,22 @@ int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearc
   } catch (...) {
     // The person is told by whoever asked; what was compiled so far stays.
   }
-  Plan() = std::make_unique<RegexPlan>();
+  g_plan = std::make_unique<RegexPlan>();
   return compiled;
 }
 
 int RegexMatchText(std::string_view text) {
-  return Shown(Plan()->Begin(text, kAllSteps), text) == RegexAnswer::Yes;
+  return RegexBeginText(text, kAllSteps) == RegexAnswer::Yes;
 }
 
 RegexAnswer RegexBeginText(std::string_view text, std::uint64_t steps) {
-  return Shown(Plan()->Begin(text, static_cast<std::int64_t>(steps)), text);
+  if (!g_plan) return RegexAnswer::No;
+  return Shown(g_plan->Begin(text, static_cast<std::int64_t>(steps)), *g_plan, text.data());
 }
 
 RegexAnswer RegexResumeText(std::string_view text, std::uint64_t steps) {
-  return Shown(Plan()->Resume(text, static_cast<std::int64_t>(steps)), text);
+  if (!g_plan) return RegexAnswer::No;
+  return Shown(g_plan->Resume(text, static_cast<std::int64_t>(steps)), *g_plan, text.data());
 }
 
 int RegexFindIn(const char* from, const char* begin, const char* end, const char** matchFrom,

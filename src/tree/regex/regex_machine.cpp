@@ -7,7 +7,7 @@
 namespace {
 
 // A run of so many bytes counts as one step more.
-constexpr std::size_t kBytesPerStep = 16;
+constexpr unsigned kBytesPerStepBits = 4;
 
 unsigned char Read(std::string_view text, std::size_t at) {
   return at < text.size() ? static_cast<unsigned char>(text[at]) : 0;
@@ -20,12 +20,17 @@ std::size_t RunOf(const ByteTable& table, std::string_view text, std::size_t at,
   return at;
 }
 
+std::int64_t StepsFor(std::size_t bytes) {
+  return static_cast<std::int64_t>(bytes >> kBytesPerStepBits);
+}
+
 }  // namespace
 
 RegexRun RegexMachine::Begin(const RegexNodes& nodes, std::string_view text, std::size_t at,
                              bool wordFlag, std::int64_t& steps) {
   m_node = m_depth = 0;
-  m_at = m_firstStop = at;
+  m_at = at;
+  m_firstStop = kUnset;
   m_wordFlag = wordFlag;
   if (nodes.HasGroups() || nodes.HasBackRefs()) m_groups.fill({});
   if (wordFlag && at > 0 && IsWordByte(Read(text, at - 1))) return RegexRun::Miss;
@@ -34,33 +39,31 @@ RegexRun RegexMachine::Begin(const RegexNodes& nodes, std::string_view text, std
 
 RegexRun RegexMachine::Resume(const RegexNodes& nodes, std::string_view text, std::int64_t& steps) {
   for (;;) {
-    if (nodes[m_node].kind == NodeKind::End) {
-      if (!m_wordFlag || !EndsInWord(text)) return RegexRun::Hit;
+    const RegexNode& node = nodes[m_node];
+    bool holds = true;
+    if (node.kind == NodeKind::Byte) {
+      holds = (*node.table)[Read(text, m_at)];
+      m_at = std::min(m_at + 1, text.size());
+      ++m_node;
+    } else if (node.kind == NodeKind::Run) {
+      holds = EnterRun(node, text, steps);
+    } else if (node.kind == NodeKind::End) {
+      if (!m_wordFlag || !IsWordByte(Read(text, m_at))) return RegexRun::Hit;
       // The runs inside have given their answer; the first one goes on as if it had failed.
       m_depth = std::min(m_depth, std::size_t{1});
       if (m_depth == 1) m_frames[0].once = false;
-      if (!BackOff(nodes, text, steps)) return RegexRun::Miss;
-    } else if (!StepNode(nodes, text, steps) && !BackOff(nodes, text, steps)) {
-      return RegexRun::Miss;
+      holds = false;
+    } else {
+      holds = StepNode(node, text, steps);
     }
+    if (!holds && !BackOff(nodes, text, steps)) return RegexRun::Miss;
     if (--steps < 0) return RegexRun::Unfinished;
   }
 }
 
-bool RegexMachine::EndsInWord(std::string_view text) const {
-  return IsWordByte(Read(text, m_at));
-}
-
-// False when the node does not match.
-bool RegexMachine::StepNode(const RegexNodes& nodes, std::string_view text, std::int64_t& steps) {
-  const RegexNode& node = nodes[m_node];
+// The nodes that repeat nothing. False when the node does not match.
+bool RegexMachine::StepNode(const RegexNode& node, std::string_view text, std::int64_t& steps) {
   switch (node.kind) {
-    case NodeKind::Byte:
-      if (!(*node.table)[Read(text, m_at)]) return false;
-      m_at = std::min(m_at + 1, text.size());
-      break;
-    case NodeKind::Run:
-      return EnterRun(node, text, steps);
     case NodeKind::EndOfLine:
       if (!(*node.table)[Read(text, m_at)]) return false;
       break;
@@ -73,7 +76,7 @@ bool RegexMachine::StepNode(const RegexNodes& nodes, std::string_view text, std:
     case NodeKind::BackRef: {
       const Capture& capture = m_groups[node.group];
       if (!Fits(capture, text)) return false;
-      steps -= static_cast<std::int64_t>((capture.end - capture.start) / kBytesPerStep);
+      steps -= StepsFor(capture.end - capture.start);
       m_at = std::min(m_at + (capture.end - capture.start), text.size());
       break;
     }
@@ -89,20 +92,24 @@ bool RegexMachine::StepNode(const RegexNodes& nodes, std::string_view text, std:
 
 bool RegexMachine::EnterRun(const RegexNode& node, std::string_view text, std::int64_t& steps) {
   const ByteTable& table = *node.table;
-  if (node.notAtEnd && m_at >= text.size()) return false;
-  if (node.firstMust && !table[Read(text, m_at)]) return false;
-  const std::size_t end = text.size();
-  const std::size_t floor = m_at + std::min<std::size_t>(node.least, end - m_at);
-  const std::size_t reached = RunOf(table, text, m_at, floor);
-  RegexState.rangeLow = static_cast<int>(m_at + node.least - reached);
-  if (RegexState.rangeLow > 0) return false;
-  const std::size_t stop =
-      RunOf(table, text, floor, floor + std::min<std::size_t>(node.more, end - floor));
-  if (node.more != RegexNode::kEndless)
+  const std::size_t at = m_at, end = text.size();
+  if (node.notAtEnd && at >= end) return false;
+  if (node.firstMust && !table[static_cast<unsigned char>(text[at])]) return false;
+  std::size_t floor = at, stop;
+  if (node.more == RegexNode::kEndless) {
+    stop = RunOf(table, text, at, end);
+  } else {
+    floor += std::min<std::size_t>(node.least, end - at);
+    RegexState.rangeLow = static_cast<int>(at + node.least - RunOf(table, text, at, floor));
+    if (RegexState.rangeLow > 0) return false;
+    stop = RunOf(table, text, floor, floor + std::min<std::size_t>(node.more, end - floor));
     RegexState.rangeExtra = static_cast<int>(node.more - (stop - floor));
-  if (m_depth == 0) m_firstStop = stop;
-  steps -= static_cast<std::int64_t>((stop - m_at) / kBytesPerStep);
-  m_frames[m_depth++] = {m_node, node.exclusive ? stop : floor, stop, 1, false};
+  }
+  if (m_firstStop == kUnset) m_firstStop = stop;
+  steps -= StepsFor(stop - at);
+  // Under the rule of words the first run has to be known, also one that gives nothing back.
+  if (m_wordFlag || !node.exclusive)
+    m_frames[m_depth++] = {m_node, node.exclusive ? stop : floor, stop, 1, false};
   m_at = stop;
   ++m_node;
   return !node.follow || (*node.follow)[Read(text, stop)];
@@ -111,12 +118,12 @@ bool RegexMachine::EnterRun(const RegexNode& node, std::string_view text, std::i
 // A capture of no bytes is run over once: it would never stop.
 bool RegexMachine::EnterBackRef(const RegexNode& node, std::string_view text, std::int64_t& steps) {
   const Capture& capture = m_groups[node.group];
-  if (capture.start == kUnset || capture.end == kUnset || capture.end < capture.start) return false;
+  if (!capture.IsSet()) return false;
   const std::size_t floor = m_at;
   const std::size_t length = capture.end - capture.start;
   while (length > 0 && length <= text.size() - m_at && Fits(capture, text)) {
     m_at += length;
-    steps -= 1 + static_cast<std::int64_t>(length / kBytesPerStep);
+    steps -= 1 + StepsFor(length);
   }
   // Kept: the plus wants no occurrence at all, and it gives back nothing when the rest fails at its
   // end.
@@ -128,7 +135,7 @@ bool RegexMachine::EnterBackRef(const RegexNode& node, std::string_view text, st
 
 // As a comparison of strings: a zero on both sides ends it.
 bool RegexMachine::Fits(const Capture& capture, std::string_view text) const {
-  if (capture.start == kUnset || capture.end == kUnset || capture.end < capture.start) return false;
+  if (!capture.IsSet()) return false;
   for (std::size_t i = capture.start, at = m_at; i < capture.end; ++i, ++at) {
     const unsigned char c = Read(text, i);
     if (c != Read(text, at)) return false;
@@ -141,17 +148,19 @@ bool RegexMachine::Fits(const Capture& capture, std::string_view text) const {
 bool RegexMachine::BackOff(const RegexNodes& nodes, std::string_view text, std::int64_t& steps) {
   for (; m_depth > 0; --m_depth) {
     Frame& frame = m_frames[m_depth - 1];
+    if (frame.once) continue;
     const ByteTable* const follow = nodes[frame.node].follow;
     const std::size_t from = frame.next;
-    while (!frame.once && frame.next > frame.floor) {
+    bool found = false;
+    while (!found && frame.next > frame.floor) {
       frame.next -= frame.step;
-      if (follow && !(*follow)[Read(text, frame.next)]) continue;
-      steps -= static_cast<std::int64_t>((from - frame.next) / kBytesPerStep);
-      m_at = frame.next;
-      m_node = frame.node + 1;
-      return true;
+      found = !follow || (*follow)[Read(text, frame.next)];
     }
-    steps -= static_cast<std::int64_t>((from - frame.next) / kBytesPerStep);
+    steps -= StepsFor(from - frame.next);
+    if (!found) continue;
+    m_at = frame.next;
+    m_node = frame.node + 1;
+    return true;
   }
   return false;
 }

@@ -27,7 +27,7 @@ class RegexMachine {
   RegexRun Resume(const RegexNodes& nodes, std::string_view text, std::int64_t& steps);
 
   std::size_t MatchEnd() const { return m_at; }  // behind Hit
-  // Where the first run of the program stopped; where the attempt began if it did not come to one.
+  // Where the first run of the program stopped in this attempt; kUnset when it came to none.
   std::size_t FirstStop() const { return m_firstStop; }
   static constexpr std::size_t kUnset = static_cast<std::size_t>(-1);
   std::size_t GroupStart(int group) const {
@@ -45,16 +45,16 @@ class RegexMachine {
     bool once;          // fails with its first failure, until the rest has matched once
   };
   struct Capture {
+    bool IsSet() const { return start != kUnset && end != kUnset && start <= end; }
     std::size_t start = kUnset, end = kUnset;
   };
   static constexpr std::size_t kMostFrames = kRegexProgramBytes + kRegexSlackBytes;
 
-  bool StepNode(const RegexNodes& nodes, std::string_view text, std::int64_t& steps);
+  bool StepNode(const RegexNode& node, std::string_view text, std::int64_t& steps);
   bool EnterRun(const RegexNode& node, std::string_view text, std::int64_t& steps);
   bool EnterBackRef(const RegexNode& node, std::string_view text, std::int64_t& steps);
   bool Fits(const Capture& capture, std::string_view text) const;
   bool BackOff(const RegexNodes& nodes, std::string_view text, std::int64_t& steps);
-  bool EndsInWord(std::string_view text) const;
 
   std::size_t m_node = 0, m_at = 0;
   std::size_t m_firstStop = 0;

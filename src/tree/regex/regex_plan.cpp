@@ -7,21 +7,15 @@ namespace {
 constexpr std::size_t kLongestSegment = 64;
 // A probe is worth a pass of its own over the text when it is so much rarer than the start.
 constexpr unsigned kMuchRarer = 4;
-constexpr unsigned kCommonnessOfAll = 256;
+// One that holds more often than this is not worth looking for.
+constexpr unsigned kTooCommon = kAlways * kAlways / 6;
 constexpr char kCr = '\r', kLf = '\n';
-
-unsigned CommonnessOf(const ByteTable& table) {
-  unsigned sum = 0;
-  for (std::size_t c = 1; c < table.size(); ++c)
-    if (table[c]) sum += Commonness(static_cast<unsigned char>(c));
-  return std::min(sum, kCommonnessOfAll);
-}
 
 // The start of the next line behind the failed place, kNowhere when there is none. Kept: a line's
 // end at the failed place itself is stepped over unseen.
 std::size_t NextLine(std::string_view text, std::size_t failed) {
-  static constexpr ByteTest kAround{0, kLf, kCr - kLf};
-  static constexpr PairTest kEnds{kAround, kAround, 0, 0};
+  static const WideTest kAround(ByteTest{0, kLf, kCr - kLf});
+  static const PairTest kEnds{kAround, kAround, 0, 0};
   std::size_t at = failed + 1;
   do {
     if (at >= text.size()) return kNowhere;
@@ -46,6 +40,7 @@ RegexPlan::RegexPlan()
   // Where a set holds the zero of the text's end, a match may reach behind the end.
   if (!m_nodes.TakesZero()) ChooseProbes();
   FindLeadingRun();
+  m_probesAll = ProbesAll();
 }
 
 // ---- what is known of a match
@@ -80,18 +75,25 @@ std::optional<RegexPlan::Probe> RegexPlan::ProbeOf(const Segment& segment) {
     ByteTest test;
   };
   std::vector<Candidate> candidates;
-  for (std::size_t at = 0; at < segment.tables.size(); ++at)
-    if (const auto test = TestOf(*segment.tables[at]))
-      candidates.push_back({CommonnessOf(*segment.tables[at]), at, *test});
+  for (std::size_t at = 0; at < segment.tables.size(); ++at) {
+    const ByteTable& table = *segment.tables[at];
+    if (std::none_of(table.begin(), table.end(), [](bool takes) { return takes; }))
+      return std::nullopt;
+    const ByteTest test = TestOf(table);
+    candidates.push_back({Commonness(test), at, test});
+  }
   if (candidates.empty()) return std::nullopt;
   std::stable_sort(
       candidates.begin(), candidates.end(),
       [](const Candidate& a, const Candidate& b) { return a.commonness < b.commonness; });
-  const Candidate& first = candidates.front();
-  const Candidate& second = candidates[candidates.size() > 1 ? 1 : 0];
-  const unsigned chance = candidates.size() > 1 ? first.commonness * second.commonness
-                                                : first.commonness * kCommonnessOfAll;
-  return Probe{{first.test, second.test, first.at, second.at}, segment.tables.size(), chance};
+  const bool single = candidates.size() == 1;
+  const Candidate& first = candidates[0];
+  const Candidate& second = candidates[single ? 0 : 1];
+  const unsigned chance = first.commonness * (single ? kAlways : second.commonness);
+  if (chance > kTooCommon) return std::nullopt;
+  return Probe{{WideTest(first.test), WideTest(second.test), first.at, second.at},
+               segment.tables.size(),
+               chance};
 }
 
 void RegexPlan::ChooseProbes() {
@@ -102,6 +104,22 @@ void RegexPlan::ChooseProbes() {
     if (!place || probe->commonness < place->commonness) place = probe;
   }
   if (m_need && m_start && m_need->commonness * kMuchRarer > m_start->commonness) m_need.reset();
+}
+
+// Do two probed bytes make the whole pattern? Then a place found is a match.
+bool RegexPlan::ProbesAll() const {
+  if (!m_start || m_wordFlag || m_anchored || m_start->bytes > 2) return false;
+  if (m_nodes.size() != m_start->bytes + 1) return false;
+  const auto exact = [this](std::size_t node, const ByteTest& test) {
+    const ByteTable& table = *m_nodes[node].table;
+    for (std::size_t c = 0; c < table.size(); ++c)
+      if (test.Takes(static_cast<unsigned char>(c)) != table[c]) return false;
+    return true;
+  };
+  for (std::size_t i = 0; i < m_start->bytes; ++i)
+    if (m_nodes[i].kind != NodeKind::Byte) return false;
+  const PairTest& pair = m_start->pair;
+  return exact(pair.firstAt, pair.first.test) && exact(pair.secondAt, pair.second.test);
 }
 
 // `[a-z]*x` that fails at one place fails at the others of the same run, for they lead to no new
@@ -134,7 +152,8 @@ std::size_t RegexPlan::FindPlace(std::string_view text, std::size_t from) const 
 
 std::size_t RegexPlan::NextPlace(std::string_view text) const {
   if (m_anchored) return NextLine(text, m_place);
-  const std::size_t next = m_leadingRun ? m_machine.FirstStop() + 1 : m_place + 1;
+  const bool ran = m_leadingRun && m_machine.FirstStop() != RegexMachine::kUnset;
+  const std::size_t next = (ran ? m_machine.FirstStop() : m_place) + 1;
   return next <= text.size() ? FindPlace(text, next) : kNowhere;
 }
 
@@ -149,6 +168,10 @@ RegexAnswer RegexPlan::Begin(std::string_view text, std::int64_t steps) {
   if (m_never || (m_anchored && text.empty())) return RegexAnswer::No;
   m_place = m_anchored ? 0 : FindPlace(text, 0);
   if (m_place == kNowhere) return RegexAnswer::No;
+  if (m_probesAll) {
+    m_matchEnd = m_place + m_start->bytes;
+    return RegexAnswer::Yes;
+  }
   m_needAt = kNowhere;
   if (!MayMatchFrom(text, m_place)) return RegexAnswer::No;
   return Try(text, m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps), steps);
@@ -166,7 +189,10 @@ RegexAnswer RegexPlan::Try(std::string_view text, RegexRun run, std::int64_t& st
     if (m_place == kNowhere || !MayMatchFrom(text, m_place)) return RegexAnswer::No;
     run = m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps);
   }
-  if (run == RegexRun::Hit) return RegexAnswer::Yes;
+  if (run == RegexRun::Hit) {
+    m_matchEnd = m_machine.MatchEnd();
+    return RegexAnswer::Yes;
+  }
   m_unfinished = true;
   return RegexAnswer::Unfinished;
 }

@@ -27,6 +27,7 @@ class RegexPlan {
 
   // Behind a Yes, counted from the text's start.
   std::size_t MatchStart() const { return m_place; }
+  std::size_t MatchEnd() const { return m_matchEnd; }
   const RegexMachine& Machine() const { return m_machine; }
   const RegexNodes& Nodes() const { return m_nodes; }
 
@@ -46,6 +47,7 @@ class RegexPlan {
   static std::optional<Probe> ProbeOf(const Segment& segment);
   void ChooseProbes();
   void FindLeadingRun();
+  bool ProbesAll() const;
 
   static std::size_t Find(const Probe& probe, std::string_view text, std::size_t from);
   std::size_t FindPlace(std::string_view text, std::size_t from) const;
@@ -62,8 +64,11 @@ class RegexPlan {
   bool m_leadingRun =
       false;  // an endless run begins the program, and its failure speaks for all of it
 
+  bool m_probesAll = false;
+
   RegexMachine m_machine;
   bool m_unfinished = false;
-  std::size_t m_place = 0;   // of the attempt
+  std::size_t m_place = 0;  // of the attempt
+  std::size_t m_matchEnd = 0;
   std::size_t m_needAt = 0;  // the probe of m_need holds here; kNowhere before it was looked for
 };

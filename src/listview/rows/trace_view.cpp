@@ -23,6 +23,7 @@ CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
   // The state of the menu item is the document's.
   MapCommand(ID_VIEW_SYNCHRONIZE, [this] { OnSynchronize(); });
   MapFindCommands();
+  MapDialogCommands();
   MapCommand(
       ID_VIEW_GOTOSOURCE, [this] { OnGotoSource(); },
       [this](CCmdUI& ui) { OnUpdateGotoSource(ui); });

@@ -13,7 +13,6 @@
 
 #include "documents/trace_doc.h"
 #include "docview/view.h"
-#include "listview/details/trace_iterator.h"
 #include "listview/rows/row_list.h"
 #include "listview/rows/row_store.h"
 #include "tree/filter/trace_filter.h"
@@ -77,6 +76,9 @@ class CTraceView : public CView, public RowListOwner {
   void OnSynchronize();
   void MapFindCommands();
   void OnEditFind();
+  void MapDialogCommands();
+  void OnViewProperties();
+  void OnFilter();
   void OnGotoSource();
   void OnUpdateGotoSource(CCmdUI& ui);
   void OnExport();
@@ -91,20 +93,4 @@ class CTraceView : public CView, public RowListOwner {
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};
   int m_currentRow = -1;  // of the focused row, as the list last told
   bool m_active = false;
-};
-
-// The list's cursor.
-class CTraceViewIterator : public CTraceIterator {
- public:
-  CTraceViewIterator(CTraceView& view, const RowStore& rows, int row);
-  void Next() override;
-  void Prev() override;
-  bool HasNext() const override;
-  bool HasPrev() const override;
-
- private:
-  void MoveTo(int row);
-  CTraceView& m_view;
-  const RowStore& m_rows;
-  int m_row;
 };

@@ -1,6 +1,6 @@
-#include <algorithm>
+#include "listview/rows/trace_view_iterator.h"
 
-#include "listview/rows/trace_view.h"
+#include <algorithm>
 
 CTraceViewIterator::CTraceViewIterator(CTraceView& view, const RowStore& rows, int row)
     : m_view(view), m_rows(rows), m_row(row) {

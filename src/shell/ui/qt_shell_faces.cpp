@@ -7,6 +7,7 @@
 #include "config/ui/machine_face.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/columns/ui/options_face.h"
+#include "listview/details/ui/trace_detail_face.h"
 #include "listview/rows/ui/row_list_widget.h"
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
@@ -15,6 +16,7 @@
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"
 #include "shell/ui/qt_main_frame.h"
+#include "tree/filter/ui/filter_face.h"
 #include "tree/find/ui/find_face.h"
 #include "tree/find/ui/search_box_face.h"
 #include "tree/proc/ui/tree_widget.h"
@@ -28,6 +30,8 @@ QString TopicOfDialog() {
   if (title == QLatin1String(COptionsDlg::Title())) return QStringLiteral("columns");
   if (title == QLatin1String(CMachineDlg::kCaption)) return QStringLiteral("monitor");
   if (title == QLatin1String(CFindDialog::Title())) return QStringLiteral("find");
+  if (title == QLatin1String(CTraceDetailDialog::kCaption)) return QStringLiteral("properties");
+  if (title == QLatin1String(CFilterDialog::kCaption)) return QStringLiteral("filter");
   return {};
 }
 
@@ -52,6 +56,12 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   });
   host.RegisterFace<CSearchBox>([](CSearchBox& dialog, QWidget* parent) {
     return std::make_unique<SearchBoxFace>(dialog, parent);
+  });
+  host.RegisterFace<CTraceDetailDialog>([](CTraceDetailDialog& dialog, QWidget* parent) {
+    return std::make_unique<TraceDetailFace>(dialog, parent);
+  });
+  host.RegisterFace<CFilterDialog>([](CFilterDialog& dialog, QWidget* parent) {
+    return std::make_unique<FilterFace>(dialog, parent);
   });
   host.RegisterFace<LocateWait>([](LocateWait& dialog, QWidget* parent) {
     return std::make_unique<LocateWaitFace>(dialog, parent);

@@ -1,3 +1,5 @@
+#include "listview/rows/trace_view_iterator.h"
+
 #include <gtest/gtest.h>
 
 #include "listview/rows/trace_view_rig.h"

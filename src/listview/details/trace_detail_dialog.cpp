@@ -1,0 +1,132 @@
+#include "listview/details/trace_detail_dialog.h"
+
+#include "base/quor_ptr.h"
+#include "records/timer.h"
+#include "settings/globals.h"
+
+namespace {
+
+constexpr char kNotAvailable[] = "n/a";
+
+// Kept: a list's export writes "Warn" for the second.
+std::string SeverityWord(int attributes) {
+  const int severity = attributes & kSeverityMask;
+  switch (severity) {
+    case kAttributeInfo:
+      return "Info";
+    case kAttributeWarn:
+      return "Warning";
+    case kAttributeError:
+      return "Error";
+    default:
+      return QuorStr::NumToStr(severity);
+  }
+}
+
+std::string WithCarriageReturns(const std::string& text) {
+  std::string lines;
+  for (const char c : text) {
+    if (c == '\n') lines += '\r';
+    lines += c;
+  }
+  return lines;
+}
+
+std::string SourceOf(const TraceEvent_i& event, const NameMap& names) {
+  const std::string file = event.GetSourceFileName(names);
+  return file.empty() ? file : file + ":" + QuorStr::NumToStr(event.GetSourceLine());
+}
+
+}  // namespace
+
+const std::vector<CTraceDetailDialog::Field>& CTraceDetailDialog::Fields() {
+  using D = CTraceDetailDialog;
+  static const std::vector<Field> fields = {
+      {1159, "Trace Info", "Severity:", &D::m_severity},
+      {1041, "Trace Info", "Count:", &D::m_count},
+      {1158, "Trace Info", "Attributes:", &D::m_attributes},
+      {1054, "Trace Info", "Component:", &D::m_component},
+      {1055, "Trace Info", "Category:", &D::m_category},
+      {1044, "Process Info", "Machine:", &D::m_machine},
+      {1045, "Process Info", "Application:", &D::m_application},
+      {1046, "Process Info", "PID:", &D::m_pid},
+      {1047, "Process Info", "TID:", &D::m_tid},
+      {1042, "Time Info", "Time:", &D::m_time},
+      {1072, "Time Info", "Tic Count:", &D::m_ticCount},
+      {1078, "Time Info", "Tic Difference:", &D::m_ticDifference},
+      {kSource, "Location", "Source:", &D::m_source},
+  };
+  return fields;
+}
+
+CTraceDetailDialog::CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names)
+    : CDialog(host), m_iterator(iterator), m_nameMap(names) {}
+
+void CTraceDetailDialog::OnInitDialog() {
+  CDialog::OnInitDialog();
+  Fill();
+}
+
+void CTraceDetailDialog::OnNext() {
+  m_iterator.Next();
+  Fill();
+}
+
+void CTraceDetailDialog::OnBack() {
+  m_iterator.Prev();
+  Fill();
+}
+
+void CTraceDetailDialog::Fill() {
+  for (const Field& field : Fields()) (this->*field.value).clear();
+  m_text.clear();
+  FillStack({});
+  if (const TraceEvent_i* event = m_iterator.current) FillFields(*event);
+  m_hasNext = m_iterator.HasNext();
+  m_hasBack = m_iterator.HasPrev();
+}
+
+void CTraceDetailDialog::FillFields(const TraceEvent_i& event) {
+  const int attributes = event.GetAttributes();
+  const std::uint32_t count = event.GetSequenceNumber();
+  m_severity = SeverityWord(attributes);
+  m_count = count == kNoSequenceNumber ? std::string() : QuorStr::NumToStr(count);
+  m_attributes = AttributesToLabel(attributes);
+  m_component = event.GetComponentName(m_nameMap);
+  m_category = event.GetCategoryName(m_nameMap);
+  m_machine = event.GetMachineName(m_nameMap);
+  m_application = event.GetAppName(m_nameMap);
+  m_pid = event.GetPidName(m_nameMap);
+  m_tid = event.GetTidName(m_nameMap);
+  m_time = event.GetTimeString(!g_useUtc);
+  m_source = SourceOf(event, m_nameMap);
+  m_text = WithCarriageReturns(event.GetText());
+  FillStack(event.GetStack());
+  const std::uint64_t ticCount = event.GetTicCount();
+  m_ticCount = QuorStr::NumToStr(ticCount);  // kept: 0 reads "0" here
+  m_ticDifference = TicDifference(ticCount);
+}
+
+// Kept: two real steps of the cursor, which move a list's selection away and back, and have other
+// views follow where they are synchronised. Unlike a list's column, the two traces may be of
+// different processes; a difference below 0 wraps.
+std::string CTraceDetailDialog::TicDifference(std::uint64_t ticCount) {
+  if (ticCount == 0 || !m_iterator.HasPrev()) return kNotAvailable;
+  m_iterator.Prev();
+  const TraceEvent_i* const earlier = m_iterator.current;
+  const std::uint64_t difference = earlier ? ticCount - earlier->GetTicCount() : 0;
+  m_iterator.Next();
+  if (!earlier) return kNotAvailable;
+  const QuorPtr<trc_Timer_i> timer(CreateTimer());
+  timer->SetPicoseconds(static_cast<double>(static_cast<std::int64_t>(difference)));
+  return QuorStr::NumToStr(difference) + " (" + timer->Format() + ")";
+}
+
+void CTraceDetailDialog::FillStack(const std::string& stack) {
+  m_stack.clear();
+  m_stackEnabled = !stack.empty();
+  std::size_t begin = 0;
+  for (std::size_t end; (end = stack.find('\n', begin)) != std::string::npos; begin = end + 1)
+    m_stack.push_back(stack.substr(begin, end - begin));
+  if (begin < stack.size()) m_stack.push_back(stack.substr(begin));
+}

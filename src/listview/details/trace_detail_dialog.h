@@ -1,0 +1,57 @@
+// "Trace Properties": every field of one trace, its text in full and its stack line by line, and
+// the way to the trace before or behind it.
+//
+// The cursor stands on the trace to show, and when the dialog ends on the one last shown. The
+// dialog changes nothing and does not follow the document: a monitor may add and trim traces behind
+// it, so it reads the trace under the cursor only while it fills its fields.
+//
+// Owner    Borrows the cursor and the names.
+// Threads  Interface thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "docview/dialog.h"
+#include "listview/details/trace_iterator.h"
+
+class CTraceDetailDialog : public CDialog {
+ public:
+  static constexpr const char* kCaption = "Trace Properties";
+
+  CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names);
+
+  void OnInitDialog() override;
+  // REQUIRES: there is a trace in that direction. Kept: one is not looked for again.
+  void OnNext();
+  void OnBack();
+
+  // What the fields show, UTF-8; all empty when the cursor has no trace.
+  std::string m_application, m_count, m_machine, m_pid, m_tid, m_time;
+  std::string m_text;  // lines end in CR LF
+  std::string m_component, m_category, m_ticCount, m_ticDifference, m_source, m_attributes,
+      m_severity;
+  std::vector<std::string> m_stack;  // the first line is selected
+  bool m_stackEnabled = false;
+  bool m_hasNext = false, m_hasBack = false;  // as of the last filling
+
+  // The fields with their captions, group by group; "Stack:" is not among them.
+  struct Field {
+    unsigned id;
+    const char* group;
+    const char* caption;
+    std::string CTraceDetailDialog::*value;
+  };
+  static const std::vector<Field>& Fields();
+  static constexpr unsigned kSource = 1087, kStack = 1151, kText = 1039, kBack = 1057, kNext = 1058,
+                            kHelp = 57670;
+
+ private:
+  void Fill();
+  void FillFields(const TraceEvent_i& event);
+  void FillStack(const std::string& stack);
+  std::string TicDifference(std::uint64_t ticCount);
+
+  CTraceIterator& m_iterator;
+  const NameMap& m_nameMap;
+};

@@ -1,0 +1,41 @@
+// The window of the trace properties dialog.
+//
+// Every control's object name is its id in decimal.
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "docview/ui/qt_dialog_face.h"
+#include "listview/details/trace_detail_dialog.h"
+
+class QComboBox;
+class QGridLayout;
+class QGroupBox;
+class QHBoxLayout;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+
+class TraceDetailFace final : public QtDialogFace {
+ public:
+  TraceDetailFace(CTraceDetailDialog& dialog, QWidget* parent);
+
+  void UpdateData() override;
+  QSize sizeHint() const override;
+
+ private:
+  QGroupBox* MakeGroup(const char* name, int columns);
+  QLineEdit* MakeValue(const CTraceDetailDialog::Field& field);
+  void AddStack(QGridLayout& grid);
+  QPlainTextEdit* MakeText();
+  QHBoxLayout* MakeButtons();
+  QPushButton* MakeButton(unsigned id, const char* text);
+  void ShowTrace();
+
+  CTraceDetailDialog& m_dialog;
+  std::vector<std::pair<const CTraceDetailDialog::Field*, QLineEdit*>> m_values;
+  QComboBox* m_stack = nullptr;
+  QPlainTextEdit* m_text = nullptr;
+  QPushButton *m_back = nullptr, *m_next = nullptr;
+};

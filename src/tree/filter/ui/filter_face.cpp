@@ -1,0 +1,96 @@
+#include "tree/filter/ui/filter_face.h"
+
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include "tree/filter/ui/filter_boxes.h"
+#include "tree/filter/ui/filter_model.h"
+
+namespace {
+
+constexpr int kWidthChars = 64, kHeightLines = 32;
+
+}  // namespace
+
+FilterFace::FilterFace(CFilterDialog& dialog, QWidget* parent)
+    : QtDialogFace(dialog, parent), m_dialog(dialog), m_model(new FilterModel(dialog, this)) {
+  setWindowTitle(CFilterDialog::kCaption);
+  setObjectName("filter");
+  setSizeGripEnabled(true);
+  auto* layout = new QVBoxLayout(this);
+  auto* text = new QLabel(CFilterDialog::kText, this);
+  text->setWordWrap(true);
+  m_tree = MakeTree();
+  text->setBuddy(m_tree);
+  layout->addWidget(text);
+  layout->addWidget(m_tree, 1);
+  layout->addWidget(MakeButtons());
+  m_tree->setFocus();
+}
+
+QSize FilterFace::sizeHint() const {
+  const QFontMetrics font = fontMetrics();
+  return {font.averageCharWidth() * kWidthChars, font.lineSpacing() * kHeightLines};
+}
+
+QTreeView* FilterFace::MakeTree() {
+  auto* tree = new QTreeView(this);
+  tree->setObjectName(QString::number(CFilterDialog::kTree));
+  tree->setAccessibleName("Traces to include");
+  tree->setHeaderHidden(true);
+  // A long name is reached by scrolling, not cut.
+  tree->header()->setStretchLastSection(false);
+  tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  tree->setUniformRowHeights(true);
+  tree->setModel(m_model);
+  tree->setItemDelegate(
+      new FilterBoxes([this](const QModelIndex& index) { OnBoxClicked(index); }, tree));
+  connect(tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+          [this](const QModelIndex& current) {
+            Forward([&] { m_dialog.OnTreeSelect(FilterModel::NodeOf(current)); });
+          });
+  tree->setCurrentIndex(m_model->IndexOf(&m_dialog.Tree().Root()));
+  tree->viewport()->installEventFilter(this);
+  return tree;
+}
+
+QDialogButtonBox* FilterFace::MakeButtons() {
+  auto* buttons = new QDialogButtonBox(this);
+  QPushButton* ok = buttons->addButton("OK", QDialogButtonBox::AcceptRole);
+  ok->setObjectName(QString::number(CDialog::kIdOk));
+  ok->setAccessibleName("OK");
+  ok->setDefault(true);
+  QPushButton* cancel = buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
+  cancel->setObjectName(QString::number(CDialog::kIdCancel));
+  cancel->setAccessibleName("Cancel");
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  return buttons;
+}
+
+void FilterFace::OnBoxClicked(const QModelIndex& index) {
+  FilterNode* const node = FilterModel::NodeOf(index);
+  Forward([&] { m_dialog.OnTreeClick(node, true); });
+  m_model->TellStates(*node);
+  UpdateData();
+}
+
+bool FilterFace::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::MouseButtonRelease &&
+      !m_tree->indexAt(static_cast<QMouseEvent*>(event)->pos()).isValid()) {
+    Forward([this] { m_dialog.OnTreeClick(nullptr, false); });
+    UpdateData();
+  }
+  return QtDialogFace::eventFilter(watched, event);
+}
+
+void FilterFace::UpdateData() {
+  const QModelIndex selected = m_model->IndexOf(m_dialog.Selected());
+  if (m_tree->currentIndex() != selected) m_tree->setCurrentIndex(selected);
+  m_tree->viewport()->update();
+}

@@ -1,0 +1,31 @@
+// The window of the filter dialog.
+//
+// Every control's object name is its id in decimal.
+#pragma once
+
+#include "docview/ui/qt_dialog_face.h"
+#include "tree/filter/filter_dialog.h"
+
+class FilterModel;
+class QDialogButtonBox;
+class QModelIndex;
+class QTreeView;
+
+class FilterFace final : public QtDialogFace {
+ public:
+  FilterFace(CFilterDialog& dialog, QWidget* parent);
+
+  void UpdateData() override;
+  QSize sizeHint() const override;
+  // A click beside the nodes.
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  QTreeView* MakeTree();
+  QDialogButtonBox* MakeButtons();
+  void OnBoxClicked(const QModelIndex& index);
+
+  CFilterDialog& m_dialog;
+  FilterModel* m_model;
+  QTreeView* m_tree;
+};

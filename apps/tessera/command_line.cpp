@@ -1,6 +1,7 @@
 #include "command_line.h"
 
 #include <charconv>
+#include <filesystem>
 
 namespace {
 
@@ -60,6 +61,29 @@ ProgramOptions ParseProgramOptions(const std::vector<std::string>& arguments) {
     }
   }
   return options;
+}
+
+std::string WrongRest(const std::vector<std::string>& rest) {
+  int files = 0;
+  bool optionsEnded = false;
+  for (const std::string& argument : rest) {
+    if (!optionsEnded && argument == "--") {
+      optionsEnded = true;
+    } else if (!optionsEnded && !argument.empty() && argument[0] == '-') {
+      return "unknown option " + argument;
+    } else if (!argument.empty()) {
+      ++files;
+    }
+  }
+  return files > 1 ? "one FILE at a time; the window opens more" : "";
+}
+
+std::string UnusableSettings(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (!fs::exists(status) || fs::is_regular_file(status)) return {};
+  return "--settings wants a file: " + path;
 }
 
 const char* UsageText() {

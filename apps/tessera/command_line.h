@@ -20,4 +20,10 @@ struct ProgramOptions {
 // `arguments` without the program's name. Options that are not known go to the rest.
 ProgramOptions ParseProgramOptions(const std::vector<std::string>& arguments);
 
+// What is wrong with a rest from which the window system has taken its own options: an option that
+// nobody knows, a second file. Empty when it is good.
+std::string WrongRest(const std::vector<std::string>& rest);
+// What is wrong with a settings file, one that may not exist yet; empty when it is good.
+std::string UnusableSettings(const std::string& path);
+
 const char* UsageText();

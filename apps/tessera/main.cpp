@@ -4,7 +4,9 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
+#include "base/mapped_file.h"
 #include "command_line.h"
 #include "docview/ui/qt_host.h"
 #include "palette.h"
@@ -34,12 +36,28 @@ bool HasDisplay() {
   return IsSet("QT_QPA_PLATFORM") || IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY");
 }
 
-// Qt ends a program that cannot reach its display by an abort; a user gets a word and a status.
-void OnQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+int WrongUse(const std::string& what) {
+  std::fprintf(stderr, "tessera: %s\n%s", what.c_str(), UsageText());
+  return kExitWrong;
+}
+
+// Qt ends a program that cannot reach its display by an abort; a user gets a word and a status. Its
+// remarks without a category tell of the platform what no user can change.
+void OnQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  const bool remark = !context.category || std::strcmp(context.category, "default") == 0;
+  if (remark && type != QtCriticalMsg && type != QtFatalMsg) return;
   std::fprintf(stderr, "tessera: %s\n", qUtf8Printable(text));
   if (type != QtFatalMsg) return;
   std::fflush(stderr);
   _exit(kExitWrong);
+}
+
+// The window is silent about a file that it cannot open; a terminal is told why.
+void TellWhyNotOpened(const std::vector<std::string>& arguments) {
+  const std::string path = CWinApp::ParseCommandLine(arguments).file;
+  std::string why;
+  if (MappedFile::Open(path, &why)) why = "not opened";
+  std::fprintf(stderr, "tessera: %s: %s\n", path.c_str(), why.c_str());
 }
 
 int Render(CTesseraApp& tessera, const std::string& path) {
@@ -64,12 +82,15 @@ int Run(const ProgramOptions& options) {
     QCoreApplication::exit(0);
   });
   const std::unique_ptr<BoxAnswerer> answerer(options.render.empty() ? nullptr : new BoxAnswerer);
+  tessera.m_offerWizard = options.monitor.empty() && options.render.empty();
   const bool started = tessera.InitInstance(options.rest);
   if (signalPipe.Asked()) return 0;
-  const bool monitors = options.monitor.empty() || tessera.OpenMonitor(options.monitor);
-  if (!monitors) std::fprintf(stderr, "tessera: no trace service on %s\n", options.monitor.c_str());
-  if (!started || !monitors) {
-    std::fprintf(stderr, "tessera: could not open what was asked for\n");
+  if (!started) {
+    TellWhyNotOpened(options.rest);
+    return kExitWrong;
+  }
+  if (!options.monitor.empty() && !tessera.OpenMonitor(options.monitor)) {
+    std::fprintf(stderr, "tessera: no trace service on %s\n", options.monitor.c_str());
     return kExitWrong;
   }
   const auto* face = dynamic_cast<QtMainFrame*>(tessera.Frame()->Face());
@@ -81,10 +102,7 @@ int Run(const ProgramOptions& options) {
 
 int main(int argc, char** argv) {
   ProgramOptions options = ParseProgramOptions(Arguments(argc, argv));
-  if (!options.wrong.empty()) {
-    std::fprintf(stderr, "tessera: %s\n%s", options.wrong.c_str(), UsageText());
-    return kExitWrong;
-  }
+  if (!options.wrong.empty()) return WrongUse(options.wrong);
   if (options.help || options.version) {
     std::printf("%s%s", options.help ? "" : CTesseraApp::kVersionLine,
                 options.help ? UsageText() : "\n");
@@ -102,6 +120,8 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   std::setlocale(LC_NUMERIC, "C");                       // QApplication takes over the user's
   options = ParseProgramOptions(Arguments(argc, argv));  // without what Qt took
+  for (const std::string& wrong : {WrongRest(options.rest), UnusableSettings(options.settings)})
+    if (!wrong.empty()) return WrongUse(wrong);
   // The end is the main frame's to tell: a box that closes before it stands ends nothing.
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setWindowIcon(AppIcon());

@@ -82,11 +82,19 @@ void ShotScenes::File(const std::string& path) {
 
 // A menu is a window of its own: painted where it lies over the main window.
 void ShotScenes::Menu() {
-  for (QAction* title : FaceOf(m_tessera).Window().menuBar()->actions()) {
-    QMenu& menu = *title->menu();
+  for (const QAction* title : FaceOf(m_tessera).Window().menuBar()->actions()) {
+    const QString text = title->text().remove(QLatin1Char('&'));
+    SaveMenu(text, QStringLiteral("menu-") + text.toLower());
+  }
+}
+
+void ShotScenes::SaveMenu(const QString& title, const QString& name) {
+  for (const QAction* action : FaceOf(m_tessera).Window().menuBar()->actions()) {
+    if (action->text().remove(QLatin1Char('&')) != title) continue;
+    QMenu& menu = *action->menu();
     menu.popup(Window().mapToGlobal(QPoint(0, 0)));
     Settle();
-    Save(menu, QStringLiteral("menu-") + title->text().remove(QLatin1Char('&')).toLower());
+    Save(menu, name);
     menu.close();
   }
 }
@@ -116,12 +124,16 @@ void ShotScenes::Tiled(const std::string& second) {
   Save(Window(), QStringLiteral("main-tiled"));
 }
 
+void ShotScenes::Answer(std::function<void(QWidget&)> act) {
+  QTimer::singleShot(kSettleMs, &Window(), [act = std::move(act)] {
+    if (QWidget* dialog = QApplication::activeModalWidget()) act(*dialog);
+  });
+}
+
 void ShotScenes::SaveModal(unsigned command, const QString& name) {
-  QTimer::singleShot(kSettleMs, &Window(), [this, name] {
-    QWidget* dialog = QApplication::activeModalWidget();
-    if (!dialog) return;
-    Save(*dialog, name);
-    dialog->close();
+  Answer([this, name](QWidget& dialog) {
+    Save(dialog, name);
+    dialog.close();
   });
   m_tessera.Frame()->OnCommand(command);
 }

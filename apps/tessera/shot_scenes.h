@@ -29,12 +29,16 @@ class ShotScenes {
   void UseDark();
   bool Good() const { return m_good; }
 
- private:
+  // What other scenes are made of.
   QWidget& Window();
-  void Settle();
+  void Settle();  // the window takes in what has changed
   void Save(QWidget& widget, const QString& name);
+  // Does this with the next modal dialog, once it stands.
+  void Answer(std::function<void(QWidget&)> act);
   void SaveModal(unsigned command, const QString& name);
+  void SaveMenu(const QString& title, const QString& name);
 
+ private:
   CTesseraApp& m_tessera;
   QtShellFaces& m_faces;
   QString m_folder;

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "docview/ui/qt_host.h"
+#include "monitor_scenes.h"
 #include "palette.h"
 #include "settings/registry.h"
 #include "shell/tessera_app.h"
@@ -39,9 +40,7 @@ void Light(ShotScenes& scenes, const std::string& file, const std::string& secon
   scenes.Tiled(second);
 }
 
-void Dark(ShotScenes& scenes, CTesseraApp& tessera, const std::string& file,
-          const std::string& second) {
-  tessera.CloseAllDocuments();
+void Dark(ShotScenes& scenes, const std::string& file, const std::string& second) {
   scenes.UseDark();
   scenes.Empty();
   scenes.File(file);
@@ -72,13 +71,19 @@ int main(int argc, char** argv) {
   const QString second = scratch.filePath(QStringLiteral("second.trc"));
   QFile::copy(QString::fromLocal8Bit(argv[2]), second);
 
+  Replay replay(argv[2]);
   QtHost host;
   QtShellFaces faces(host);
   CTesseraApp tessera(host, faces);
   if (!tessera.InitInstance({})) return 2;
   static_cast<QtMainFrame&>(*tessera.Frame()->Face()).Window().resize(kWindow);
   ShotScenes scenes(tessera, faces, QString::fromLocal8Bit(argv[1]));
+  MonitorScenes monitor(tessera, scenes, replay, scratch.path());
   Light(scenes, argv[2], second.toStdString());
-  Dark(scenes, tessera, argv[2], second.toStdString());
+  tessera.CloseAllDocuments();
+  monitor.Light();
+  Dark(scenes, argv[2], second.toStdString());
+  tessera.CloseAllDocuments();
+  monitor.Dark();
   return scenes.Good() ? 0 : 2;
 }

@@ -28,10 +28,27 @@ picture bad-file
 key Return
 ended_with 2
 
-# A file that is not there ends it without a box.
-status=0
-"$tessera" "$work/none.trc" 2>"$work/stderr" || status=$?
-[ "$status" -eq 2 ] || fail "a missing file gave status $status"
+# Wrong use, and what cannot be opened: a word that says what and why, and a status.
+# told WORDS ARGUMENT...
+told() {
+  local words=$1 status=0
+  shift
+  "$tessera" "$@" 2>"$work/stderr" || status=$?
+  [ "$status" -eq 2 ] || fail "$*: status $status"
+  grep -qF -- "$words" "$work/stderr" || fail "$*: no word of '$words'"
+}
+mkdir "$work/folder.trc"
+: >"$work/empty.trc"
+mkfifo "$work/pipe.trc"
+truncate -s 5G "$work/huge.trc"
+told "$work/none.trc: No such file or directory" "$work/none.trc"
+for wrong in folder empty pipe huge; do
+  told "$work/$wrong.trc: " "$work/$wrong.trc"
+done
+told "unknown option --colour" --colour "$work/web.trc"
+told "one FILE at a time" "$work/web.trc" "$work/worker.trc"
+told "--settings wants a file: $work" --settings "$work" "$work/web.trc"
+told "no trace service on localhost:1" --monitor localhost:1
 
 # Without a display there is a word and a status.
 status=0

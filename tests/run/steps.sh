@@ -32,6 +32,16 @@ start_display() {
     'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 0x'
 }
 
+# A message bus of its own, from which the accessibility bus comes.
+start_bus() {
+  local address
+  mkfifo "$work/address"
+  dbus-daemon --session --nofork --nopidfile --print-address=3 3>"$work/address" 2>"$work/bus.log" &
+  started+=($!)
+  read -r -t 20 address <"$work/address" || fail "dbus-daemon did not come up"
+  export DBUS_SESSION_BUS_ADDRESS=$address
+}
+
 # Sets $program and waits for its main window, $window.
 start_program() {
   "$tessera" "$@" 2>"$work/stderr" &

@@ -10,9 +10,11 @@ set -euo pipefail
 tessera=$(realpath "$1")
 trc=$(realpath "$2")
 here=$(dirname "$(realpath "$0")")
-for tool in Xvfb openbox xdotool import convert identify xprop xauth; do
+for tool in Xvfb openbox xdotool import convert identify xprop xauth dbus-daemon; do
   command -v "$tool" >/dev/null || { echo "whole_run: $tool is not installed" >&2; exit 2; }
 done
+/usr/bin/python3 -c 'import gi; gi.require_version("Atspi", "2.0")' 2>/dev/null ||
+  { echo "whole_run: python3-gi or gir1.2-atspi-2.0 is not installed" >&2; exit 2; }
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/tessera-run-XXXXXX")
 pictures=${3:-$work/pictures}
@@ -36,4 +38,5 @@ unset WAYLAND_DISPLAY QT_QPA_PLATFORM
 source "$here/with_a_file.sh"
 source "$here/bare.sh"
 source "$here/ends.sh"
+source "$here/screen_reader.sh"
 say "all steps done"

@@ -1,0 +1,110 @@
+#include "dialog_scenes.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QTreeView>
+
+#include "documents/trace_doc.h"
+#include "listview/source/open_source.h"
+#include "shell/tessera_app.h"
+#include "tree/find/find_dialog.h"
+
+namespace {
+
+constexpr std::uint32_t kLine = 40;  // about the middle of a page of source
+
+void Press(QWidget& widget, int key) {
+  QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+  QApplication::sendEvent(&widget, &press);
+}
+
+}  // namespace
+
+DialogScenes::DialogScenes(CTesseraApp& tessera, ShotScenes& scenes, QString source)
+    : m_tessera(tessera), m_scenes(scenes), m_source(std::move(source)) {}
+
+void DialogScenes::All() {
+  Find();
+  Filter();
+  FilterPart();
+  m_scenes.SaveModal(ID_VIEW_PROPERTIES, QStringLiteral("properties"));
+  Files();
+  Source();
+  Locate();
+}
+
+void DialogScenes::Run(unsigned command, std::function<void(QWidget&)> act) {
+  m_scenes.Answer(std::move(act));
+  m_tessera.Frame()->OnCommand(command);
+}
+
+void DialogScenes::Find() {
+  Run(ID_EDIT_FIND, [this](QWidget& dialog) {
+    m_scenes.Save(dialog, QStringLiteral("find-empty"));
+    auto* const text = dialog.findChild<QLineEdit*>();
+    dialog.findChild<QCheckBox*>(QString::number(CFindDialog::kRegularExpression))->setChecked(true);
+    text->setText(QStringLiteral("order [0-9"));
+    m_scenes.Answer([this](QWidget& box) {
+      m_scenes.Save(box, QStringLiteral("find-error"));
+      box.close();
+    });
+    static_cast<QDialog&>(dialog).accept();
+    text->setText(QStringLiteral("order [0-9]+"));
+    m_scenes.Save(dialog, QStringLiteral("find"));
+    dialog.close();
+  });
+}
+
+void DialogScenes::Filter() {
+  Run(ID_VIEW_FILTER, [this](QWidget& dialog) {
+    m_scenes.Save(dialog, QStringLiteral("filter-closed"));
+    auto* const tree = dialog.findChild<QTreeView*>();
+    tree->expandToDepth(1);
+    const QModelIndex root = tree->model()->index(0, 0);
+    const QModelIndex severities = tree->model()->index(0, 0, root);
+    tree->setCurrentIndex(tree->model()->index(0, 0, severities));
+    Press(*tree, Qt::Key_Space);
+    tree->scrollToTop();
+    m_scenes.Save(dialog, QStringLiteral("filter"));
+    dialog.close();
+  });
+}
+
+// What is left of the list without its first severity, and back.
+void DialogScenes::FilterPart() {
+  const auto toggleInfo = [](QWidget& dialog) {
+    auto* const tree = dialog.findChild<QTreeView*>();
+    const QModelIndex root = tree->model()->index(0, 0);
+    const QModelIndex severities = tree->model()->index(0, 0, root);
+    tree->setCurrentIndex(tree->model()->index(0, 0, severities));
+    Press(*tree, Qt::Key_Space);
+    static_cast<QDialog&>(dialog).accept();
+  };
+  Run(ID_VIEW_FILTER, toggleInfo);
+  m_scenes.Settle();
+  m_scenes.Save(m_scenes.Window(), QStringLiteral("main-filtered"));
+  Run(ID_VIEW_FILTER, toggleInfo);
+}
+
+void DialogScenes::Files() {
+  m_scenes.SaveModal(ID_FILE_EXPORT, QStringLiteral("export"));
+  m_scenes.SaveModal(ID_FILE_SAVECOPY, QStringLiteral("save-as"));
+}
+
+void DialogScenes::Source() {
+  OpenSourceAt(m_source.toStdString(), kLine);
+  m_scenes.Settle();
+  m_scenes.Save(m_scenes.Window(), QStringLiteral("source"));
+  m_tessera.Frame()->OnCommand(ID_FILE_CLOSE);
+}
+
+void DialogScenes::Locate() {
+  m_scenes.Answer([this](QWidget& dialog) {
+    m_scenes.Save(dialog, QStringLiteral("locate"));
+    dialog.close();
+  });
+  OpenSourceAt("/build/shop/cart.cpp", 1);
+}

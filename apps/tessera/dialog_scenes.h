@@ -1,0 +1,27 @@
+// The scenes of the dialogs over a trace list, and of source windows.
+#pragma once
+
+#include "shot_scenes.h"
+
+class DialogScenes {
+ public:
+  // Both outlive this. `source` is a file of program text.
+  DialogScenes(CTesseraApp& tessera, ShotScenes& scenes, QString source);
+
+  // REQUIRES: a trace list in front, with a focused row.
+  void All();
+
+ private:
+  void Find();
+  void Filter();
+  void FilterPart();
+  void Files();
+  void Source();
+  void Locate();
+  // Answers what the command brings up, which may be two dialogs one over the other.
+  void Run(unsigned command, std::function<void(QWidget&)> act);
+
+  CTesseraApp& m_tessera;
+  ShotScenes& m_scenes;
+  const QString m_source;
+};

@@ -1,0 +1,112 @@
+#!/usr/bin/python3
+"""A small screen reader: asks the running program over the accessibility bus, as a real one does.
+
+    screen_reader.py on                    tells programs that a screen reader is there
+    screen_reader.py rows                  how many rows the list in front has
+    screen_reader.py headers               its columns, parted by commas
+    screen_reader.py cell ROW COLUMN       what a cell says, by its column's header
+    screen_reader.py select ROW            selects one more row
+    screen_reader.py selected              the selected rows, parted by commas
+    screen_reader.py pane DESCRIPTION      what a pane of the status bar says
+    screen_reader.py enabled ROLE NAME     "yes" or "no"
+    screen_reader.py press NAME            presses a button
+    screen_reader.py all ROLE              the names of all that show with that role, a line each
+
+Exits 1 with a word when there is no such thing (yet).
+"""
+import sys
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, Gio, GLib  # noqa: E402
+
+
+def switch_on():
+    bus = Gio.DBusProxy.new_for_bus_sync(Gio.BusType.SESSION, 0, None, "org.a11y.Bus", "/org/a11y/bus",
+                                         "org.freedesktop.DBus.Properties", None)
+    on = GLib.Variant("(ssv)", ("org.a11y.Status", "ScreenReaderEnabled", GLib.Variant("b", True)))
+    bus.call_sync("Set", on, 0, -1, None)
+
+
+def parts(node):
+    yield node
+    for index in range(node.get_child_count()):
+        child = node.get_child_at_index(index)
+        if child is not None:
+            yield from parts(child)
+
+
+def program():
+    desktop = Atspi.get_desktop(0)
+    for index in range(desktop.get_child_count()):
+        found = desktop.get_child_at_index(index)
+        if found is not None and found.get_name() == "tessera":
+            return found
+    sys.exit("the program is not on the accessibility bus")
+
+
+def shows(node):
+    return node.get_state_set().contains(Atspi.StateType.SHOWING)
+
+
+def first(what, wanted):
+    for node in parts(program()):
+        if wanted(node):
+            return node
+    sys.exit(f"there is no {what}")
+
+
+def with_role(role, name=None):
+    return first(f"{role} {name or ''}", lambda node: node.get_role_name() == role and shows(node) and
+                 name in (None, node.get_name()))
+
+
+def the_list():
+    return with_role("table", "Traces")
+
+
+def headers(table):
+    return [Atspi.Table.get_column_description(table, column)
+            for column in range(Atspi.Table.get_n_columns(table))]
+
+
+def cell(row, column):
+    table = the_list()
+    return Atspi.Table.get_accessible_at(table, int(row), headers(table).index(column)).get_name()
+
+
+def pane(description):
+    label = first(f"pane {description}", lambda node: node.get_role_name() == "label" and
+                  node.get_description() == description)
+    return label.get_name()
+
+
+def enabled(role, name):
+    states = with_role(role, name).get_state_set()
+    return "yes" if states.contains(Atspi.StateType.ENABLED) else "no"
+
+
+def names(role):
+    return "\n".join(node.get_name() for node in parts(program())
+                     if node.get_role_name() == role and shows(node))
+
+
+QUESTIONS = {
+    "on": switch_on,
+    "rows": lambda: Atspi.Table.get_n_rows(the_list()),
+    "headers": lambda: ",".join(headers(the_list())),
+    "cell": cell,
+    "select": lambda row: Atspi.Table.add_row_selection(the_list(), int(row)),
+    "selected": lambda: ",".join(str(row) for row in Atspi.Table.get_selected_rows(the_list())),
+    "pane": pane,
+    "enabled": enabled,
+    "press": lambda name: Atspi.Action.do_action(with_role("push button", name), 0),
+    "all": names,
+}
+
+if len(sys.argv) < 2 or sys.argv[1] not in QUESTIONS:
+    sys.exit(__doc__)
+answer = QUESTIONS[sys.argv[1]](*sys.argv[2:])
+if answer is not None:
+    print(answer)

@@ -18,8 +18,9 @@ class FakeTreeControl final : public TreeControl {
   int insertionsLeft = -1;  // 0: InsertItem fails from now on; -1: never
   int inserted = 0;
   int deleted = 0;  // by DeleteItem with an item, not those below it
-  // "redraw off", "select b", "visible b", "text b", "clear".
+  // "redraw off", "select b", "visible b", "clear".
   std::vector<std::string> calls;
+  std::vector<std::string> changedTexts;
   bool redraw = true;
   bool hasKeyboard = false;
 
@@ -80,7 +81,9 @@ class FakeTreeControl final : public TreeControl {
     return place + 1 == siblings.end() ? 0 : *(place + 1);
   }
 
-  void ItemTextChanged(TreeItem item) override { calls.push_back("text " + TextOf(item)); }
+  void ItemTextChanged(TreeItem item) override {
+    if (item) changedTexts.push_back(TextOf(item));
+  }
   void Expand(TreeItem item, bool open) override {
     if (!m_items.count(item) || !item) return;
     unsigned& state = m_items[item].state;

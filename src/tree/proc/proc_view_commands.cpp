@@ -1,4 +1,5 @@
 // The commands of the tree view.
+#include "listview/details/trace_detail_dialog.h"
 #include "listview/source/open_source.h"
 #include "tree/filter/filter_dialog.h"
 #include "tree/find/find_settings.h"
@@ -33,6 +34,8 @@ void CProcView::OnViewProperties() {
   const TreeItem item = m_tree->SelectedItem();
   if (!CurrentEvent()) return;
   CProcViewIterator iterator(*this, item);
+  CTraceDetailDialog dialog(GetHost(), iterator, m_document.m_names);
+  dialog.DoModal();
 }
 
 // Kept: only plain traces have a source here; a block, though a trace made it, has none.

@@ -14,11 +14,12 @@ void CProcView::OnExport() {
   if (!answer) return;
   ExportFile file;
   if (!file.Open(answer->path)) {
-    GetHost().MessageBox({.text = "Error opening output file."});
+    GetHost().MessageBox({"Error opening output file.", BoxIcon::None, BoxButtons::Ok});
     return;
   }
   // Kept: only the first item of the top level. Further machines are not exported.
   if (const TreeItem first = m_tree->Walk(0, TreeStep::FirstChild))
     WriteTreeText(file, *m_tree, first, *this);
-  if (!file.Close()) GetHost().MessageBox({.text = "Error writing to file."});
+  if (!file.Close())
+    GetHost().MessageBox({"Error writing to file.", BoxIcon::None, BoxButtons::Ok});
 }

@@ -23,7 +23,6 @@ bool WriteTreeLine(ExportFile& file, int depth, bool closed, const std::string& 
   for (int level = 0; level < depth; ++level) out += "|   ";
   out += closed ? "+- " : "|- ";
   out += text;
-  out += '\n';
   return file.EndLine();
 }
 

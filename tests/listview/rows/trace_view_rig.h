@@ -13,32 +13,7 @@
 #include "support/fake_row_list.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
-
-// "rows 5", "rows cleared", "filtered 1".
-class PaneProbe final : public CWnd {
- public:
-  explicit PaneProbe(Host& host) : CWnd(host) { host.SetMainWindow(this); }
-  ~PaneProbe() override { GetHost().SetMainWindow(nullptr); }
-  std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t) override {
-    const char* what = message == WM_TRACE_ROWCOUNT ? "rows " : "filtered ";
-    const auto value = static_cast<std::intptr_t>(wParam);
-    told.push_back(what + (value == -1 ? std::string("cleared") : std::to_string(value)));
-    return 0;
-  }
-  std::vector<std::string> Told() { return std::exchange(told, {}); }
-  std::vector<std::string> told;
-};
-
-// A second view of the document that writes down hint 1006.
-class FollowProbe final : public CView {
- public:
-  using CView::CView;
-  void OnUpdate(CView*, unsigned hint, CObject* object) override {
-    if (hint == kHintFollow) followed.push_back(dynamic_cast<CTraceHint&>(*object).m_events.at(0));
-  }
-  ViewControl* Control() override { return nullptr; }
-  std::vector<TraceEvent_i*> followed;
-};
+#include "support/view_probes.h"
 
 class TraceViewTest : public testing::Test {
  protected:

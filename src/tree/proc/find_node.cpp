@@ -32,13 +32,6 @@ NodePosition StopAt(CExecutionBlock& owner, std::size_t position, std::uint32_t 
   return {&owner, before >= after ? position : position - 1};
 }
 
-// How far a walk has come in one node's children.
-struct Frame {
-  CExecutionBlock* node;
-  std::size_t position = 0;
-  NodePosition best = {};
-};
-
 // The first child with a number above the wanted one, size() for none. Doubles its steps from the
 // front, where most searches end.
 std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted) {
@@ -74,62 +67,9 @@ std::size_t SkipHollow(ChildList& children) {
   return position;
 }
 
-// The search in rising order, below one thread after the other.
-class NearestSearch {
- public:
-  explicit NearestSearch(std::uint32_t wanted) : m_wanted(wanted) {}
-
-  void Visit(CExecutionBlock& thread) { m_best = Nearer(m_best, Below(thread), m_wanted); }
-  NodePosition Best() const { return m_best; }
-
- private:
-  // All children before the first one above the wanted number hold smaller numbers only and give
-  // nothing, but for the last of them: a block that goes on beyond the wanted number.
-  NodePosition Below(CExecutionBlock& thread) {
-    NodePosition best;
-    m_passed.clear();
-    for (CExecutionBlock* node = &thread; node;) {
-      const std::size_t above = FirstAbove(node->children, m_wanted);
-      const std::size_t leaf = node->children.FirstLeaf(above);
-      if (leaf < node->children.size()) {
-        best = StopAt(*node, leaf, m_wanted);
-        break;
-      }
-      m_passed.push_back({node, above});
-      node = above > 0 ? node->children.BlockAt(above - 1) : nullptr;
-    }
-    for (; !m_passed.empty(); m_passed.pop_back())
-      best = Nearer(best, FirstBelow(m_passed.back()), m_wanted);
-    return best;
-  }
-
-  // Below the children from a position on, which all are blocks and have numbers above the wanted
-  // one: the first block that gives anything gives the nearest.
-  NodePosition FirstBelow(Frame from) {
-    m_path.assign(1, from);
-    while (!m_path.empty()) {
-      Frame& frame = m_path.back();
-      ChildList& children = frame.node->children;
-      const std::size_t leaf = children.FirstLeaf(frame.position);
-      if (leaf < children.size()) return StopAt(*frame.node, leaf, m_wanted);
-      frame.position = std::max(frame.position, SkipHollow(children));
-      if (frame.position >= children.size()) {
-        m_path.pop_back();
-      } else {
-        m_path.push_back({children.BlockAt(frame.position++)});
-      }
-    }
-    return {};
-  }
-
-  const std::uint32_t m_wanted;
-  NodePosition m_best;
-  std::vector<Frame> m_passed, m_path;
-};
-
 // REQUIRES: the children are level nodes.
 template <class Visit>
-void ForEachLevelNode(CExecutionBlock& node, Visit&& visit) {
+void ForEachLevelNode(const CExecutionBlock& node, Visit&& visit) {
   for (std::size_t i = 0; i < node.children.size(); ++i) visit(*node.children.BlockAt(i));
 }
 
@@ -142,9 +82,9 @@ std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
 
 NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event) {
   const std::uint32_t wanted = SequenceNumberOf(event);
-  std::vector<Frame> path{{&top}};
+  std::vector<WalkFrame> path{{&top}};
   for (;;) {
-    Frame& frame = path.back();
+    WalkFrame& frame = path.back();
     const ChildList& children = frame.node->children;
     NodePosition found;
     bool ended = false;
@@ -169,7 +109,33 @@ NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event) {
   }
 }
 
-NodePosition FindNearestInOrder(CRoot& root, const TraceEvent_i& event, CExecutionBlock* block) {
+void NearestInOrder::Clear() {
+  m_fronts.clear();
+  m_complete = true;
+}
+
+void NearestInOrder::OnErased(CExecutionBlock& owner) {
+  if (m_complete) m_fronts[owner.thread->front].Forget();
+}
+
+// The threads in the order of the tree.
+void NearestInOrder::Collect(const CRoot& root) {
+  m_fronts.clear();
+  ForEachLevelNode(root, [&](CExecutionBlock& machine) {
+    ForEachLevelNode(machine, [&](CExecutionBlock& application) {
+      ForEachLevelNode(application, [&](CExecutionBlock& process) {
+        ForEachLevelNode(process, [&](CExecutionBlock& thread) {
+          thread.thread->front = static_cast<std::uint32_t>(m_fronts.size());
+          m_fronts.push_back({&thread});
+        });
+      });
+    });
+  });
+  m_complete = true;
+}
+
+NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
+                                  CExecutionBlock* block, std::uint32_t newest) {
   // The walk would meet the trace's own block only as the neighbour before a leaf.
   if (block && !block->unreachable) {
     const std::size_t position = PositionInOrder(*block->parent, *block);
@@ -177,15 +143,60 @@ NodePosition FindNearestInOrder(CRoot& root, const TraceEvent_i& event, CExecuti
     if (position + 1 < siblings.size() && siblings.IsLeaf(position + 1))
       return {block->parent, position};
   }
-  NearestSearch search(SequenceNumberOf(event));
-  ForEachLevelNode(root, [&](CExecutionBlock& machine) {
-    ForEachLevelNode(machine, [&](CExecutionBlock& application) {
-      ForEachLevelNode(application, [&](CExecutionBlock& process) {
-        ForEachLevelNode(process, [&](CExecutionBlock& thread) { search.Visit(thread); });
-      });
-    });
-  });
-  return search.Best();
+  if (!m_complete) Collect(root);
+  const std::uint32_t wanted = SequenceNumberOf(event);
+  NodePosition best;
+  std::uint64_t distance = UINT64_MAX;
+  for (Front& front : m_fronts) {
+    if (front.AtLeast(wanted) >= distance) continue;
+    best = Nearer(best, Below(front, wanted, newest), wanted);
+    if (best) distance = Distance(best, wanted);
+  }
+  return best;
+}
+
+// All children before the first one above the wanted number hold smaller numbers only and give
+// nothing, but for the last of them: a block that goes on beyond the wanted number.
+NodePosition NearestInOrder::Below(Front& front, std::uint32_t wanted, std::uint32_t newest) {
+  NodePosition best;
+  front = {front.thread, wanted, std::uint64_t{newest} + 1, -1};
+  m_passed.clear();
+  for (CExecutionBlock* node = front.thread; node;) {
+    const std::size_t above = FirstAbove(node->children, wanted);
+    if (above < node->children.size())
+      front.above = std::min<std::uint64_t>(front.above, NumberAt(node->children, above));
+    if (above > 0)
+      front.below = std::max<std::int64_t>(front.below, NumberAt(node->children, above - 1));
+    const std::size_t leaf = node->children.FirstLeaf(above);
+    if (leaf < node->children.size()) {
+      best = StopAt(*node, leaf, wanted);
+      break;
+    }
+    m_passed.push_back({node, above});
+    node = above > 0 ? node->children.BlockAt(above - 1) : nullptr;
+  }
+  for (; !m_passed.empty(); m_passed.pop_back())
+    best = Nearer(best, FirstBelow(m_passed.back(), wanted), wanted);
+  return best;
+}
+
+// Below the children from a position on, which all are blocks and have numbers above the wanted
+// one: the first block that gives anything gives the nearest.
+NodePosition NearestInOrder::FirstBelow(WalkFrame from, std::uint32_t wanted) {
+  m_path.assign(1, from);
+  while (!m_path.empty()) {
+    WalkFrame& frame = m_path.back();
+    ChildList& children = frame.node->children;
+    const std::size_t leaf = children.FirstLeaf(frame.position);
+    if (leaf < children.size()) return StopAt(*frame.node, leaf, wanted);
+    frame.position = std::max(frame.position, SkipHollow(children));
+    if (frame.position >= children.size()) {
+      m_path.pop_back();
+    } else {
+      m_path.push_back({children.BlockAt(frame.position++)});
+    }
+  }
+  return {};
 }
 
 std::size_t PositionInOrder(const CExecutionBlock& owner, const CTraceEvent& child) {

@@ -9,6 +9,10 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
 #include "tree/proc/nodes.h"
 
 // A place in some node's children.
@@ -25,10 +29,51 @@ std::uint32_t SequenceNumberOf(const TraceEvent_i& event);
 
 // Visits all nodes before the result. Gives what it gives in any order of sequence numbers.
 NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event);
-// The same result, when no leaf of the trace is there and the traces were filed in rising order of
-// sequence numbers, at a cost that does not depend on how many there are: for the model's oldest
-// and newest traces a step per level, in between a binary search per level. `block` is the one that
-// the trace has made, null for none.
-NodePosition FindNearestInOrder(CRoot& root, const TraceEvent_i& event, CExecutionBlock* block);
 // The position of a child whose siblings were filed in that order.
 std::size_t PositionInOrder(const CExecutionBlock& owner, const CTraceEvent& child);
+
+// How far a walk has come in one node's children.
+struct WalkFrame {
+  CExecutionBlock* node;
+  std::size_t position = 0;
+  NodePosition best = {};
+};
+
+// The same result, when no leaf of the trace is in the tree and the traces were filed in rising
+// order of sequence numbers, at a cost that does not depend on how many there are: a binary search
+// per level of blocks, and that only in threads that may have something nearer than the others.
+class NearestInOrder {
+ public:
+  // `block` is the one that the trace has opened, null for none; `newest` the number of the trace
+  // that was filed last.
+  NodePosition Find(const CRoot& root, const TraceEvent_i& event, CExecutionBlock* block,
+                    std::uint32_t newest);
+  void OnNewThread() { m_complete = false; }
+  // A child of a thread or block has gone.
+  void OnErased(CExecutionBlock& owner);
+  void Clear();
+
+ private:
+  // What the last search in a thread has seen. Until a child goes there, a search for a number from
+  // `from` on finds nothing with a number below `above` but for nodes up to `below`.
+  struct Front {
+    CExecutionBlock* thread;
+    std::uint64_t from = 0, above = 0;
+    std::int64_t below = -1;  // -1: none
+
+    void Forget() { above = 0; }
+    // Nothing there is nearer.
+    std::uint64_t AtLeast(std::uint64_t wanted) const {
+      if (wanted < from || wanted >= above) return 0;
+      const std::uint64_t behind = above - wanted;
+      return below < 0 ? behind : std::min(behind, wanted - static_cast<std::uint64_t>(below));
+    }
+  };
+  void Collect(const CRoot& root);
+  NodePosition Below(Front& front, std::uint32_t wanted, std::uint32_t newest);
+  NodePosition FirstBelow(WalkFrame from, std::uint32_t wanted);
+
+  std::vector<Front> m_fronts;  // in the order of the tree
+  bool m_complete = true;       // else there are threads that it lacks
+  std::vector<WalkFrame> m_passed, m_path;
+};

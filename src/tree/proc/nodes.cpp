@@ -24,6 +24,7 @@ void CExecutionBlock::Clear() {
 CProcessThread::CProcessThread(TraceEvent_i* ofEvent, CExecutionBlock* below, NameId ofId)
     : CExecutionBlock(ofEvent, below), currentBlock(this) {
   id = ofId;
+  thread = this;
 }
 
 CMachine::CMachine(TraceEvent_i* ofEvent, NameId ofId) : CExecutionBlock(ofEvent, nullptr) {

@@ -20,6 +20,7 @@
 
 class TraceEvent_i;
 class CExecutionBlock;
+class CProcessThread;
 
 // The control's handle; 0: no item.
 using TreeItem = std::uintptr_t;
@@ -53,17 +54,18 @@ class CExecutionBlock : public CTraceEvent {
   // Tic counts of the first leaf that came below this node and of the latest one, which may be
   // gone. Never set in applications, machines and the root. While a batch is filed, `lastTrace`
   // does not yet count the blocks that are open inside this one.
-  bool hasTimes = false;
   std::uint64_t firstTrace = 0;
   std::uint64_t lastTrace = 0;
   std::int64_t duration = 0;  // lastTrace - firstTrace, in tics
   ChildList children;
 
+  CProcessThread* thread = nullptr;  // the one that a block is in; a thread itself
   // Kept from the trace that made the node.
   std::uint32_t sequenceNumber = 0;
   NameId id = 0;  // of a level node: the id that tells it from its siblings
 
-  // The model's bookkeeping of a block.
+  // The model's bookkeeping.
+  bool hasTimes = false;      // firstTrace and lastTrace are set
   bool closed = false;        // its End has come: nothing is added below it any more
   bool takenOut = false;      // in nobody's children, taken for a hidden trace; its item stays
   bool unreachable = false;   // it or a node above it is taken out
@@ -84,7 +86,8 @@ class CProcessThread : public CExecutionBlock {
   NodeKind Kind() const override { return NodeKind::Thread; }
   // Where the thread's next trace goes; in applications and processes, unused, the node itself.
   CExecutionBlock* currentBlock;
-  bool touched = false;  // the model has yet to time it
+  bool touched = false;     // the model has yet to time it
+  std::uint32_t front = 0;  // its place in the search for the nearest
 };
 
 class CProcess : public CProcessThread {

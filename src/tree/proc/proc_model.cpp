@@ -60,6 +60,7 @@ void ProcModel::Clear() {
   m_levels.Clear();
   m_words.Clear();
   m_takenOutLeaves.clear();
+  m_nearest.Clear();
   m_threadCursor = nullptr;
   m_rising = true;
   m_lastNumber = 0;
@@ -140,6 +141,7 @@ CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& t
   CExecutionBlock& block = m_blocks.Make(event, around);
   block.sequenceNumber = facts.sequenceNumber;
   block.unreachable = around.unreachable;
+  block.thread = &thread;
   thread.currentBlock = &block;
   around.children.AppendBlock(m_words, &block);
   m_made.push_back(&block);
@@ -190,6 +192,7 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
     const TreeItem item = InsertItem(*node, isMachine || IsOpen(*above));
     if (isMachine && item && m_root.children.size() == 1) m_items->OnFirstMachine();
   }
+  m_nearest.OnNewThread();
   return static_cast<CProcessThread&>(*node);
 }
 

@@ -2,12 +2,10 @@
 // process, thread and block, times the blocks, labels the nodes, and takes trimmed traces out.
 //
 // Owner    Owns all nodes. Borrows the document, the filter and the items, which outlive it.
-// Items    A node gets a control item when the user opens its parent, so the model asks for one
-// only
-//          below an expanded item, and for machines.
-// Trims    The leaf of a trimmed trace goes, with its item. A trimmed trace that has no leaf,
-// because
-//          the filter hid it, takes the nearest node out instead: that node is in no `children` any
+// Items    A node gets a control item when the user opens its parent: the model asks for one below
+//          an expanded item only, and for machines.
+// Trims    The leaf of a trimmed trace goes, with its item. A trimmed trace without a leaf, hidden
+//          by the filter, takes the nearest node out instead: that node is in no `children` any
 //          more, but lives on with its item and its text until its own trace is trimmed or the tree
 //          is cleared. A block whose own trace has been trimmed goes with its item once it is
 //          closed and empty. Level nodes stay.
@@ -16,10 +14,7 @@
 #pragma once
 
 #include <deque>
-#include <memory>
-#include <string>
 #include <unordered_set>
-#include <vector>
 
 #include "tree/filter/filter_pass.h"
 #include "tree/proc/block_store.h"
@@ -113,6 +108,7 @@ class ProcModel {
   std::uint64_t m_threadKey = 0;
   bool m_rising = true;  // every trace filed had a greater number than the one before
   std::uint32_t m_lastNumber = 0;
+  NearestInOrder m_nearest;
   // Nodes with children whose trace has not been trimmed, by the arrival of that trace.
   std::deque<CExecutionBlock*> m_made;
   std::unordered_set<const CTraceEvent*> m_takenOutLeaves;

@@ -77,7 +77,8 @@ NodePosition ProcModel::FindNode(const TraceEvent_i& event) {
 }
 
 NodePosition ProcModel::FindNearest(const TraceEvent_i& event, CExecutionBlock* opened) {
-  return m_rising ? FindNearestInOrder(m_root, event, opened) : FindNodeByWalk(m_root, event);
+  return m_rising ? m_nearest.Find(m_root, event, opened, m_lastNumber)
+                  : FindNodeByWalk(m_root, event);
 }
 
 void ProcModel::TakeOut(NodePosition place) {
@@ -121,6 +122,7 @@ void ProcModel::EraseChild(NodePosition place) {
   CExecutionBlock& owner = *place.owner;
   if (owner.children.size() == 1) ProcLabels::KeepLabel(owner);
   owner.children.Erase(place.position);
+  m_nearest.OnErased(owner);
   // A block has its label from its first child.
   if (place.position == 0 && owner.Kind() == NodeKind::Block) m_labels.SetLater(owner);
 }

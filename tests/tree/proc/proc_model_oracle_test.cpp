@@ -163,7 +163,7 @@ std::vector<Stream> Streams() {
   unsigned seed = 1;
   for (const int numbering : {0, 1, 2, 3})
     for (const int hidden : {0, 30, 70})
-      for (const int threads : {1, 7})
+      for (const int threads : {1, 7, 40})
         for (const int blocks : {5, 25, 45})
           streams.push_back({seed++, 150, threads, hidden, numbering, blocks});
   return streams;

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int kWidthChars = 84, kHeightLines = 34;
+constexpr int kWidthChars = 104, kHeightLines = 46;
 constexpr int kStackLines = 20;  // shown at once when the list is open
 constexpr int kStackChars = 20;  // the width that the list wants at least
 
@@ -35,42 +35,37 @@ TraceDetailFace::TraceDetailFace(CTraceDetailDialog& dialog, QWidget* parent)
   setWindowTitle(CTraceDetailDialog::kCaption);
   setObjectName("properties");
   setSizeGripEnabled(true);
+  resize(fontMetrics().averageCharWidth() * kWidthChars,
+         fontMetrics().lineSpacing() * kHeightLines);
   auto* top = new QHBoxLayout;
-  top->addWidget(MakeGroup("Trace Info", 1), 1);
-  top->addWidget(MakeGroup("Process Info", 1), 1);
+  top->addWidget(MakeGroup("Trace Info"), 1);
+  top->addWidget(MakeGroup("Process Info"), 1);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(top);
-  layout->addWidget(MakeGroup("Time Info", 2));
-  QGroupBox* location = MakeGroup("Location", 1);
+  layout->addWidget(MakeGroup("Time Info"));
+  QGroupBox* location = MakeGroup("Location");
   AddStack(*static_cast<QGridLayout*>(location->layout()));
   layout->addWidget(location);
   layout->addWidget(MakeText(), 1);
   layout->addLayout(MakeButtons());
 }
 
-QSize TraceDetailFace::sizeHint() const {
-  const QFontMetrics font = fontMetrics();
-  return {font.averageCharWidth() * kWidthChars, font.lineSpacing() * kHeightLines};
-}
-
-// The group's values beside their captions, so many pairs in a row.
-QGroupBox* TraceDetailFace::MakeGroup(const char* name, int columns) {
+// The group's values beside their captions.
+QGroupBox* TraceDetailFace::MakeGroup(const char* name) {
   auto* group = new QGroupBox(name, this);
   auto* grid = new QGridLayout(group);
   grid->setVerticalSpacing(2);
-  int place = 0;
+  int row = 0;
   for (const CTraceDetailDialog::Field& field : CTraceDetailDialog::Fields()) {
     if (std::strcmp(field.group, name) != 0) continue;
-    const int row = place / columns, column = place % columns * 2;
     auto* caption = new QLabel(field.caption, group);
     QLineEdit* value = MakeValue(field);
     caption->setBuddy(value);
-    grid->addWidget(caption, row, column);
-    grid->addWidget(value, row, column + 1);
-    grid->setColumnStretch(column + 1, 1);
-    ++place;
+    grid->addWidget(caption, row, 0);
+    grid->addWidget(value, row++, 1);
   }
-  grid->setRowStretch(grid->rowCount(), 1);
+  grid->setColumnStretch(1, 1);
+  grid->setRowStretch(row + 1, 1);
   return group;
 }
 

@@ -22,10 +22,9 @@ class TraceDetailFace final : public QtDialogFace {
   TraceDetailFace(CTraceDetailDialog& dialog, QWidget* parent);
 
   void UpdateData() override;
-  QSize sizeHint() const override;
 
  private:
-  QGroupBox* MakeGroup(const char* name, int columns);
+  QGroupBox* MakeGroup(const char* name);
   QLineEdit* MakeValue(const CTraceDetailDialog::Field& field);
   void AddStack(QGridLayout& grid);
   QPlainTextEdit* MakeText();

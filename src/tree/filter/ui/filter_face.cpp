@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kWidthChars = 64, kHeightLines = 32;
+constexpr int kWidthChars = 76, kHeightLines = 38;
 
 }  // namespace
 
@@ -22,6 +22,8 @@ FilterFace::FilterFace(CFilterDialog& dialog, QWidget* parent)
   setWindowTitle(CFilterDialog::kCaption);
   setObjectName("filter");
   setSizeGripEnabled(true);
+  resize(fontMetrics().averageCharWidth() * kWidthChars,
+         fontMetrics().lineSpacing() * kHeightLines);
   auto* layout = new QVBoxLayout(this);
   auto* text = new QLabel(CFilterDialog::kText, this);
   text->setWordWrap(true);
@@ -31,11 +33,6 @@ FilterFace::FilterFace(CFilterDialog& dialog, QWidget* parent)
   layout->addWidget(m_tree, 1);
   layout->addWidget(MakeButtons());
   m_tree->setFocus();
-}
-
-QSize FilterFace::sizeHint() const {
-  const QFontMetrics font = fontMetrics();
-  return {font.averageCharWidth() * kWidthChars, font.lineSpacing() * kHeightLines};
 }
 
 QTreeView* FilterFace::MakeTree() {

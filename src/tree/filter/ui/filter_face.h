@@ -16,7 +16,6 @@ class FilterFace final : public QtDialogFace {
   FilterFace(CFilterDialog& dialog, QWidget* parent);
 
   void UpdateData() override;
-  QSize sizeHint() const override;
   // A click beside the nodes.
   bool eventFilter(QObject* watched, QEvent* event) override;
 

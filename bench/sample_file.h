@@ -1,4 +1,5 @@
-// The file that the benchmarks read: 7,000,000 records, about 1 GiB, made once by `trc gen`.
+// The file that the benchmarks read: 7,000,000 records, about 1 GiB, made once by `trc gen`. In the
+// older format it has 2,000,000.
 //
 // $BENCH_RECORDS makes it larger or smaller. Reads it once, so that the first measurement finds a
 // warm cache like the others.
@@ -10,16 +11,17 @@
 #include <string>
 #include <vector>
 
-inline std::string SampleFile(const char* program) {
+inline std::string SampleFile(const char* program, bool old = false) {
   const char* wanted = std::getenv("BENCH_RECORDS");
-  const std::string records = wanted ? wanted : "7000000";
+  const std::string records = wanted ? wanted : old ? "2000000" : "7000000";
   const std::filesystem::path bin = std::filesystem::absolute(program).parent_path();
-  const std::string path = (bin.parent_path() / ("bench-" + records + ".trc")).string();
+  const std::string path =
+      (bin.parent_path() / ((old ? "bench-old-" : "bench-") + records + ".trc")).string();
   if (!std::filesystem::exists(path)) {
     std::fprintf(stderr, "making %s\n", path.c_str());
     const std::string trc = (bin / "trc").string();
-    const std::string command =
-        "'" + trc + "' gen --records " + records + " --seed 1 '" + path + "'";
+    const std::string command = "'" + trc + "' gen " + (old ? "--old " : "") + "--records " +
+                                records + " --seed 1 '" + path + "'";
     if (std::system(command.c_str()) != 0) {
       std::fprintf(stderr, "cannot make the sample file: %s\n", command.c_str());
       std::exit(2);

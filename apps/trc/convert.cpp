@@ -36,7 +36,7 @@ int RunConvert(const ConvertOptions& options) {
   if (version == TrcVersion::Current)
     return Refuse(options.in, "it is in the current format already");
 
-  TrcWriter writer;
+  TrcWriter writer(TrcWriter::kBlockBytes);
   if (!writer.Create(options.out, &why)) return Refuse(options.out, why);
   ProgressLine progress;
   const OldConversion result = ConvertOldTrc(old->View(), writer, [&](std::uint64_t position) {

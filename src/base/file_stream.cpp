@@ -6,14 +6,30 @@
 #include <algorithm>
 #include <cstring>
 
-void ds_File_t::FOStream_t::Attach(int descriptor) {
+void ds_File_t::FOStream_t::Attach(int descriptor, std::size_t blockBytes) {
   m_descriptor = descriptor;
   m_failed = false;
+  m_blockBytes = blockBytes;
+  m_gathered.clear();
+  m_gathered.reserve(blockBytes);
 }
 
 bool ds_File_t::FOStream_t::Write(const void* bytes, std::size_t size) {
   if (m_descriptor < 0) m_failed = true;
-  const char* from = static_cast<const char*>(bytes);
+  const char* const from = static_cast<const char*>(bytes);
+  if (m_gathered.size() + size > m_blockBytes && !Flush()) return false;
+  if (size > m_blockBytes) return WriteThrough(from, size);
+  if (!m_failed) m_gathered.insert(m_gathered.end(), from, from + size);
+  return !m_failed;
+}
+
+bool ds_File_t::FOStream_t::Flush() {
+  const bool written = WriteThrough(m_gathered.data(), m_gathered.size());
+  m_gathered.clear();
+  return written;
+}
+
+bool ds_File_t::FOStream_t::WriteThrough(const char* from, std::size_t size) {
   while (size > 0 && !m_failed) {
     const ssize_t written = write(m_descriptor, from, size);
     if (written > 0) {
@@ -30,12 +46,12 @@ ds_BufferedOutputStream_t::ds_BufferedOutputStream_t(std::size_t size)
     : m_buffer(std::max<std::size_t>(size, 1)) {}
 
 ds_BufferedOutputStream_t::~ds_BufferedOutputStream_t() {
-  Flush();
+  Close();
 }
 
 void ds_BufferedOutputStream_t::SetStream(ds_File_t::FOStream_t& stream) {
   // What is held was meant for the stream before.
-  Flush();
+  Close();
   Discard();
   m_stream = &stream;
 }
@@ -61,7 +77,7 @@ bool ds_BufferedOutputStream_t::WriteBuf(const void* bytes, std::size_t* size) {
 }
 
 bool ds_BufferedOutputStream_t::Close() {
-  return Flush();
+  return Flush() && (!m_stream || m_stream->Flush());
 }
 
 void ds_BufferedOutputStream_t::Discard() {

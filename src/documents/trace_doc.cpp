@@ -46,7 +46,7 @@ bool CTraceDoc::OnSaveDocument(const std::string& path) {
     return false;
   };
   ClearWrittenMarks(m_names);
-  TrcWriter writer;
+  TrcWriter writer(TrcWriter::kBlockBytes);
   if (!writer.Create(path)) return failed("Error creating file.");
   if (!writer.WriteHeader()) return failed("Error writing to file.");
   {

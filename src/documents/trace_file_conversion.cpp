@@ -66,7 +66,7 @@ class Conversion {
   const std::string& m_path;
   const std::string m_temporary, m_aside;
   const ConversionEars& m_ears;
-  TrcWriter m_writer;
+  TrcWriter m_writer{TrcWriter::kBlockBytes};
 };
 
 }  // namespace

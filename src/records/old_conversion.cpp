@@ -1,5 +1,7 @@
 #include "records/old_conversion.h"
 
+#include <vector>
+
 #include "records/old_translator.h"
 
 namespace {
@@ -9,14 +11,29 @@ struct Sink {
   const std::function<bool(std::uint64_t)>& goOn;
   OldTranslator translator;
   OldConversion result;
+  NameMap noNames;
+  std::vector<bool> inFile = std::vector<bool>(65536);  // by id: the name has been written
 
   void OnName(OldName kind, std::uint8_t key, std::string_view text) {
     translator.Define(kind, key, text);
   }
   bool OnTrace(const OldTrace& trace, std::string_view text) {
-    result.written = writer.Write(translator.Translate(trace, text), translator.Names());
+    const _TraceEvent_t made = translator.Translate(trace, text);
+    // Looking seven names up costs more than all the rest: done for the first use of each only.
+    NameMap& names = NeedsNames(RawTrace(made.Record())) ? translator.Names() : noNames;
+    result.written = writer.Write(made, names);
     if (result.written) ++result.traces;
     return result.written;
+  }
+  bool NeedsNames(const RawTrace& trace) {
+    bool needed = false;
+    for (const NameId id :
+         {trace.MachineId(), trace.AppId(), trace.ComponentId(), trace.CategoryId(), trace.PidId(),
+          trace.TidId(), trace.SourceFileId()}) {
+      needed = needed || !inFile[id];
+      inFile[id] = true;
+    }
+    return needed;
   }
   void OnUnknownTag(std::uint64_t) { ++result.skippedBytes; }
   bool OnProgress(std::uint64_t position) {
@@ -29,7 +46,7 @@ struct Sink {
 
 OldConversion ConvertOldTrc(Bytes old, TrcWriter& writer,
                             const std::function<bool(std::uint64_t position)>& goOn) {
-  Sink sink{writer, goOn, {}, {}};
+  Sink sink{writer, goOn, {}, {}, {}};
   sink.result.written = writer.WriteHeader();
   if (!sink.result.written) return sink.result;
   sink.result.position = WalkOldTrc(old, sink);

@@ -13,7 +13,7 @@ bool TrcWriter::Create(const std::string& path, std::string* why) {
   Finish();
   m_file = CreateForWriting(path, why);
   if (!m_file) return false;
-  m_stream.Attach(m_file.Descriptor());
+  m_stream.Attach(m_file.Descriptor(), m_blockBytes);
   m_buffer = std::make_unique<ds_BufferedOutputStream_t>(kBufferBytes);
   m_buffer->SetStream(m_stream);
   return true;

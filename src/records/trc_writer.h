@@ -18,8 +18,12 @@
 class TrcWriter {
  public:
   static constexpr std::size_t kBufferBytes = 1024;
+  static constexpr std::size_t kBlockBytes = 65536;
 
+  // A capture hands every full buffer to the file, which others may read while it grows.
   TrcWriter() = default;
+  // A file that is written in one go leaves in blocks of so many bytes.
+  explicit TrcWriter(std::size_t blockBytes) : m_blockBytes(blockBytes) {}
   ~TrcWriter();
   // Opens the file, shared with nobody. Closes an earlier one first.
   bool Create(const std::string& path, std::string* why = nullptr);
@@ -35,6 +39,7 @@ class TrcWriter {
   bool IsOpen() const { return static_cast<bool>(m_file); }
 
  private:
+  std::size_t m_blockBytes = 0;
   OpenFile m_file;
   ds_File_t::FOStream_t m_stream;
   std::unique_ptr<ds_BufferedOutputStream_t> m_buffer;

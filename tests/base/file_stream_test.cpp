@@ -50,6 +50,60 @@ TEST_F(FileStream, AStreamWithoutADescriptorFails) {
   EXPECT_FALSE(stream.OK());
 }
 
+TEST_F(FileStream, GatheredBytesGoToTheFileInBlocksAndAtTheFlush) {
+  FOStream stream;
+  stream.Attach(m_descriptor, 4);
+  EXPECT_TRUE(stream.Write("abc", 3));
+  EXPECT_EQ(Written(), "");
+  EXPECT_TRUE(stream.Write("d", 1));
+  EXPECT_EQ(Written(), "");
+  EXPECT_TRUE(stream.Write("e", 1));
+  EXPECT_EQ(Written(), "abcd");
+  EXPECT_TRUE(stream.Write("longer", 6));
+  EXPECT_EQ(Written(), "abcdelonger");
+  EXPECT_TRUE(stream.Write("f", 1));
+  EXPECT_TRUE(stream.Flush());
+  EXPECT_EQ(Written(), "abcdelongerf");
+  EXPECT_TRUE(stream.Flush());
+  EXPECT_EQ(Written(), "abcdelongerf");
+}
+
+TEST_F(FileStream, AFailedBlockIsToldAtTheLatestByTheFlushAndNothingFollowsIt) {
+  const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+  FOStream stream;
+  stream.Attach(full, 4);
+  EXPECT_TRUE(stream.Write("abc", 3));
+  EXPECT_FALSE(stream.Flush());
+  EXPECT_FALSE(stream.Write("d", 1));
+  EXPECT_FALSE(stream.Flush());
+  EXPECT_FALSE(stream.OK());
+  close(full);
+}
+
+TEST_F(FileStream, WhatWasGatheredForAnotherFileIsForgottenWithIt) {
+  FOStream stream;
+  stream.Attach(m_descriptor, 4);
+  EXPECT_TRUE(stream.Write("abc", 3));
+  stream.Attach(m_descriptor);
+  EXPECT_TRUE(stream.Write("d", 1));
+  EXPECT_EQ(Written(), "d");
+}
+
+TEST_F(FileStream, CloseAndTheEndOfTheBufferBringGatheredBytesToTheFile) {
+  FOStream stream;
+  stream.Attach(m_descriptor, 1000);
+  {
+    ds_BufferedOutputStream_t buffer(8);
+    buffer.SetStream(stream);
+    EXPECT_TRUE(Put(buffer, "0123456789"));
+    EXPECT_EQ(Written(), "");
+    EXPECT_TRUE(buffer.Close());
+    EXPECT_EQ(Written(), "0123456789");
+    EXPECT_TRUE(Put(buffer, "ab"));
+  }
+  EXPECT_EQ(Written(), "0123456789ab");
+}
+
 TEST_F(FileStream, AnErrorIsStickyUntilAnotherFileIsTakenUp) {
   const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
   FOStream stream(full);

@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 
 #include "documents_fixture.h"
+#include "records/trc_writer.h"
 
 namespace {
 
@@ -114,7 +115,10 @@ TEST_F(TraceSaveTest, AFullDiskThatShowsOnlyAtTheLastFlushIsSeen) {
 }
 
 TEST_F(TraceSaveTest, AFailedWriteIsToldWhileTheWaitCursorStillShows) {
-  CTraceFileDoc& document = Load(Sample());
+  TrcImage image;  // more than what is gathered before it goes to the disk
+  for (std::size_t i = 0; i < TrcWriter::kBlockBytes / 1000; ++i)
+    image.Trace(std::string(2000, 'x'));
+  CTraceFileDoc& document = Load(image);
   m_host.ClearTranscript();
   EXPECT_FALSE(document.OnSaveDocument("/dev/full"));
   EXPECT_EQ(m_host.Told(), std::string("wait cursor on\n") + kCannotWrite + "wait cursor off\n");

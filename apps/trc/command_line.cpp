@@ -84,6 +84,7 @@ class Parser {
         "  trc info sample.trc\n"
         "  trc dump sample.trc --columns Time,Component,Trace --count 20\n"
         "  trc dump sample.trc --format jsonl | jq .text\n"
+        "  trc find timeout sample.trc\n"
         "  trc tail\n"
         "  trc set orders Net/Connect support\n"
         "\n"
@@ -95,6 +96,7 @@ class Parser {
     AddSave();
     AddConvert();
     AddExport();
+    AddFind();
     m_live.emplace(m_app, ReadNumber, ReadColumns, DefaultColumns());
   }
 
@@ -234,16 +236,50 @@ class Parser {
     return m_export;
   }
 
+  void AddFind() {
+    m_findApp = m_app.add_subcommand("find", "Print the traces of a file whose text matches");
+    m_findApp->add_option("PATTERN", m_find.pattern, "The text to look for")
+        ->required()
+        ->type_name("");
+    m_findApp->add_option("FILE", m_find.output.file, "A trace file")->required()->type_name("");
+    m_findApp->add_flag("-e,--regex", m_find.expression, "PATTERN is a regular expression");
+    m_findApp->add_flag("-i,--ignore-case", m_find.ignoreCase,
+                        "Capital and small letters are the same");
+    m_findApp->add_flag("-w,--word", m_find.wordSearch, "Whole words only");
+    m_findApp->add_flag("--count", m_find.countOnly, "Print only how many traces match");
+    m_findApp
+        ->add_option("-f,--format", m_format,
+                     "text: aligned columns (the default); jsonl: one JSON object per trace")
+        ->check(CLI::IsMember({"text", "jsonl"}))
+        ->type_name("FORMAT");
+    AddFilterOptions(m_findApp, m_find.output.filter);
+    m_findApp->footer(
+        "An expression has . [set] * + ? ^ $ and, with backslashes, \\( \\) \\1 and \\{2,3\\}.\n"
+        "Exit status: 0 some match, 1 none does, 2 no pattern or no file.\n"
+        "\n"
+        "Examples:\n"
+        "  trc find timeout web.trc\n"
+        "  trc find -e 'took [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
+        "  trc find -iw error web.trc --count");
+  }
+
+  FindOptions ChosenFind() {
+    m_find.output.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
+    m_find.output.columns = DefaultColumns();
+    return m_find;
+  }
+
   TrcCommand Chosen() {
     if (m_genApp->parsed()) return m_gen;
     if (m_infoApp->parsed()) return m_info;
     if (m_saveApp->parsed()) return m_save;
     if (m_convertApp->parsed()) return m_convert;
     if (m_exportApp->parsed()) return ChosenExport();
+    if (m_findApp->parsed()) return ChosenFind();
     if (std::optional<LiveCommand> live = m_live->Chosen()) return *std::move(live);
     if (!m_dumpApp->parsed()) {
       throw CLI::RequiredError(
-          "a command is needed: gen, info, dump, save, convert, export, tail, capture, "
+          "a command is needed: gen, info, dump, find, save, convert, export, tail, capture, "
           "apps, show, set, sink or emit",
           CLI::ExitCodes::RequiredError);
     }
@@ -274,7 +310,7 @@ class Parser {
 
   CLI::App m_app{"Looks into trace files and live traces, and switches traces on and off.", "trc"};
   CLI::App *m_genApp = nullptr, *m_infoApp = nullptr, *m_dumpApp = nullptr, *m_saveApp = nullptr,
-           *m_convertApp = nullptr, *m_exportApp = nullptr;
+           *m_convertApp = nullptr, *m_exportApp = nullptr, *m_findApp = nullptr;
   CLI::Option *m_columnsOption = nullptr, *m_exportColumnsOption = nullptr;
   std::optional<LiveParser> m_live;
   GenOptions m_gen;
@@ -283,6 +319,7 @@ class Parser {
   SaveOptions m_save;
   ConvertOptions m_convert;
   ExportOptions m_export;
+  FindOptions m_find;
   std::string m_format = "text", m_exportFormat = "csv", m_columns;
   std::string m_first;  // argument
 };

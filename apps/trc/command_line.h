@@ -10,6 +10,7 @@
 #include "convert.h"
 #include "dump.h"
 #include "export.h"
+#include "find.h"
 #include "gen.h"
 #include "info.h"
 #include "save.h"
@@ -17,7 +18,7 @@
 // A command that speaks with a running service, ready to be run.
 using LiveCommand = std::function<int()>;
 using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, ConvertOptions,
-                                ExportOptions, LiveCommand>;
+                                ExportOptions, FindOptions, LiveCommand>;
 
 struct ParsedCommandLine {
   std::optional<TrcCommand> command;  // none: nothing is left to do

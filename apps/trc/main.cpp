@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
     int operator()(const SaveOptions& options) const { return RunSave(options); }
     int operator()(const ConvertOptions& options) const { return RunConvert(options); }
     int operator()(const ExportOptions& options) const { return RunExport(options); }
+    int operator()(const FindOptions& options) const { return RunFind(options); }
     int operator()(const LiveCommand& run) const { return run(); }
   };
   return std::visit(Run{}, *line.command);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "documents/trace_doc.h"
@@ -18,6 +19,16 @@ class ShownTraces {
   // Leaves those that pass; no steps leave all. False when a path leads nowhere: standard error has
   // said so.
   bool Filter(const FilterPaths& paths);
+
+  // Leaves those of them for which test(const TraceEvent_i&) holds, asked in order.
+  template <class Test>
+  void Keep(Test test) {
+    std::vector<std::uint32_t> kept;
+    for (std::size_t row = 0; row < Size(); ++row)
+      if (test(At(row))) kept.push_back(static_cast<std::uint32_t>(PlaceOf(row)));
+    m_places = std::move(kept);
+    m_all = false;
+  }
 
   CTraceDoc& Document() const { return m_document; }
   std::size_t Size() const { return m_all ? m_document.m_traces.size() : m_places.size(); }

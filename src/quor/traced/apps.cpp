@@ -55,27 +55,31 @@ std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::
 }
 
 void Apps::Adopt(std::vector<KeptApp> held) {
-  for (KeptApp& kept : held) {
-    AppArrival arrival{{}, SegmentMap(), OwnedDescriptor(m_io), OwnedDescriptor(m_io), kept.pid,
-                       {}};
-    arrival.hello.app = kept.app;
-    const char* reason = "";
-    std::string why;
-    std::error_code error;
-    Key key;
-    if (!arrival.segment.Open(kept.segment.Release(), &reason) ||
-        !Identify(arrival.segment.Descriptor(), &key) || m_running.contains(key)) {
-      m_keeper.Forget(kept.id);
-      continue;
-    }
-    OwnedDescriptor process(m_io);
-    arrival.event.assign(kept.event.Release(), error);
-    process.assign(kept.process.Release(), error);
-    const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
-    if (app) app->Adopt(std::move(arrival), std::move(process), kept.id);
-  }
+  for (KeptApp& kept : held)
+    if (!Adopt(kept)) m_keeper.Forget(kept.id);
   if (!held.empty())
     Log(LogLevel::Info, std::to_string(held.size()) + " applications of an earlier service");
+}
+
+bool Apps::Adopt(KeptApp& kept) {
+  SegmentMap segment;
+  const char* reason = "";
+  Key key;
+  if (!segment.Open(kept.segment.Release(), &reason) || !Identify(segment.Descriptor(), &key) ||
+      m_running.contains(key))
+    return false;
+  OwnedDescriptor event(m_io), process(m_io);
+  std::error_code error;
+  event.assign(kept.event.Release(), error);
+  process.assign(kept.process.Release(), error);
+  LinkHello hello;
+  hello.app = kept.app;
+  AppArrival arrival{std::move(hello), std::move(segment), OwnedDescriptor(m_io),
+                     std::move(event), kept.pid,           {}};
+  std::string why;
+  const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
+  if (app) app->Adopt(std::move(arrival), std::move(process), kept.id);
+  return app != nullptr;
 }
 
 void Apps::LetGo() {

@@ -53,6 +53,7 @@ class Apps final : public RunningApp::Home {
   void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) override;
   void OnEnded(RunningApp& app) override;
   void Apply(const CatalogueApp& app, bool sink);
+  bool Adopt(KeptApp& kept);
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
   std::shared_ptr<RunningApp> Add(const Key& key, AppArrival& arrival, std::string* why);
 

@@ -21,12 +21,14 @@ _trc() {
   local command= word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $word in
-      gen | info | dump | save | convert | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
+      gen | info | dump | find | save | convert | export | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
   case $command:$previous in
-    dump:-f | dump:--format | tail:-f | tail:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
+    dump:-f | dump:--format | find:-f | find:--format | tail:-f | tail:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
+    export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
+    export:-c | export:--columns) _trc_columns "$current"; return ;;
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
     dump:-b | dump:--from | dump:-n | dump:--count) return ;;
@@ -41,6 +43,8 @@ _trc() {
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
       dump) options='--help --format --columns --utc --from --count' ;;
+      find) options='--help --regex --ignore-case --word --count --format --check --uncheck' ;;
+      export) options='--help --format --columns --hidden --utc --check --uncheck' ;;
       tail) options='--help --format --columns --utc --count --for' ;;
       capture) options='--help --out --count --for --max-size --max-files' ;;
       apps | show) options='--help --json' ;;
@@ -50,7 +54,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump save convert tail capture apps show set sink emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find save convert export tail capture apps show set sink emit' -- "$current"))
   elif [[ $command == set ]]; then
     local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)
     COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose
@@ -59,6 +63,10 @@ _trc() {
     COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current"))
   elif [[ $command == tail || $command == apps || $command == emit ]]; then
     return
+  elif [[ $command == export && $previous == *.trc ]]; then
+    compopt -o filenames
+    local IFS=$'\n'
+    COMPREPLY=($(compgen -f -- "$current"))
   else
     compopt -o filenames
     local IFS=$'\n'

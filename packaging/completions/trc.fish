@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump save convert tail capture apps show set sink emit
+set -l commands gen info dump find save convert export tail capture apps show set sink emit
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
 
@@ -17,8 +17,10 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -f
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a gen -d "Make a sample trace file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Tell what is in trace files"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a find -d "Print the traces whose text matches"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tail -d "Print live traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a capture -d "Write live traces to a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List traced applications"
@@ -40,6 +42,21 @@ complete -c trc -n "__fish_seen_subcommand_from dump" -s c -l columns -x -a "(__
 complete -c trc -n "__fish_seen_subcommand_from dump" -s u -l utc -d "Times in UTC"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s b -l from -x -d "Index of the first trace"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s n -l count -x -d "At most so many traces"
+
+complete -c trc -n "__fish_seen_subcommand_from find" -s e -l regex -d "A regular expression"
+complete -c trc -n "__fish_seen_subcommand_from find" -s i -l ignore-case -d "Letters of any case"
+complete -c trc -n "__fish_seen_subcommand_from find" -s w -l word -d "Whole words only"
+complete -c trc -n "__fish_seen_subcommand_from find" -l count -d "Print only how many match"
+complete -c trc -n "__fish_seen_subcommand_from find" -s f -l format -x -a "text jsonl" -d "Format"
+complete -c trc -n "__fish_seen_subcommand_from find" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from find" -l uncheck -x -d "Hide a node of the filter"
+
+complete -c trc -n "__fish_seen_subcommand_from export" -s f -l format -x -a "csv csv-rfc4180 jsonl" -d "Format"
+complete -c trc -n "__fish_seen_subcommand_from export" -s c -l columns -x -a "(__trc_columns)" -d "The shown columns"
+complete -c trc -n "__fish_seen_subcommand_from export" -l hidden -d "The hidden columns too"
+complete -c trc -n "__fish_seen_subcommand_from export" -s u -l utc -d "Times in UTC"
+complete -c trc -n "__fish_seen_subcommand_from export" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from export" -l uncheck -x -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from tail" -s f -l format -x -a "text jsonl" -d "Format"
 complete -c trc -n "__fish_seen_subcommand_from tail" -s c -l columns -x -a "(__trc_columns)" -d "Columns"

@@ -7,6 +7,7 @@
 #include "listview/source/locate_wait.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
+#include "shell/child_frame.h"
 #include "shell/command_ids.h"
 #include "shell/stored_size.h"
 #include "shell/tessera_app.h"
@@ -85,7 +86,10 @@ void CMainFrame::MapHelp() {
 }
 
 const char* CMainFrame::HelpTopic() const {
-  const unsigned resource = MDIGetActive() ? MDIGetActive()->MenuResource() : 0;
+  const CMDIChildWnd* const child = MDIGetActive();
+  const auto* const traces = dynamic_cast<const CTraceChildFrame*>(child);
+  if (traces && traces->IsTreeShown()) return "tree";
+  const unsigned resource = child ? child->MenuResource() : 0;
   if (resource == IDR_MONITOR) return "monitor";
   return resource == IDR_TRACEFILE ? "list" : "window";
 }

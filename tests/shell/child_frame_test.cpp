@@ -71,10 +71,4 @@ TEST_F(ChildFrame, CommandsOfThePopUpGoToTheActiveViewAndDocument) {
   EXPECT_TRUE(document->m_traces.empty());
 }
 
-TEST_F(ChildFrame, TheTreeToggleIsNotOfferedYet) {
-  Start();
-  ASSERT_TRUE(Open(WriteTraces("web.trc", 3)));
-  EXPECT_FALSE(State(ID_VIEW_PROC).IsEnabled());
-}
-
 }  // namespace

@@ -59,6 +59,11 @@ void ChildWindow::closeEvent(QCloseEvent* event) {
   if (alive) m_closing = false;
 }
 
+void ChildWindow::showEvent(QShowEvent* event) {
+  QMdiSubWindow::showEvent(event);
+  m_settled.start();
+}
+
 void ChildWindow::resizeEvent(QResizeEvent* event) {
   QMdiSubWindow::resizeEvent(event);
   m_settled.start();
@@ -71,8 +76,16 @@ void ChildWindow::changeEvent(QEvent* event) {
   if (m_area.m_changed) m_area.m_changed();
 }
 
+// A window that is larger than the room is placed with its beginning out of sight.
+void ChildWindow::ShowBeginning() {
+  if (m_placed || isMaximized() || isMinimized()) return;
+  m_placed = true;
+  move(std::max(x(), 0), std::max(y(), 0));
+}
+
 void ChildWindow::ReportSize() {
   if (!m_child || !isVisible()) return;
+  ShowBeginning();
   const SizeType type = isMinimized() || isShaded() ? SizeType::Minimised
                         : isMaximized()             ? SizeType::Maximised
                                                     : SizeType::Restored;

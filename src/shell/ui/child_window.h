@@ -25,11 +25,13 @@ class ChildWindow : public QMdiSubWindow {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void showEvent(QShowEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:
   void TameSystemMenu();
+  void ShowBeginning();
   void ReportSize();
 
   CMDIChildWnd* m_child;
@@ -38,5 +40,6 @@ class ChildWindow : public QMdiSubWindow {
   QVBoxLayout* m_layout;
   std::vector<QPointer<QWidget>> m_controls;
   QTimer m_settled;  // sizes and states come in several events, in any order: looked at afterwards
+  bool m_placed = false;  // shown for the first time
   bool m_closing = false;
 };

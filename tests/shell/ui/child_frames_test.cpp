@@ -50,6 +50,21 @@ TEST_F(ChildFramesTest, AWindowOpensAtTheStoredSizeAndTheLastOneSizedSetsTheNext
   EXPECT_EQ(WindowOf(1)->size(), QSize(431, 287));
 }
 
+TEST_F(ChildFramesTest, AWindowLargerThanTheRoomBeginsWhereTheRoomBegins) {
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 500U);
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Height", 400U);
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Width", 900U);
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Height", 600U);
+  m_app = std::make_unique<CTesseraApp>(m_host, *m_faces);
+  ASSERT_TRUE(m_app->InitInstance({TraceFile("a.trc", 3)}));
+  EXPECT_TRUE(Until([this] { return !m_app->Frame()->LoadStatus(); }));
+  Settle();
+  EXPECT_EQ(WindowOf(0)->geometry(), QRect(0, 0, 900, 600));
+  Open(TraceFile("b.trc", 3));
+  Settle();
+  EXPECT_EQ(WindowOf(1)->geometry(), QRect(0, 0, 900, 600));
+}
+
 TEST_F(ChildFramesTest, AMaximisedOrMinimisedWindowLeavesTheStoredSize) {
   Start();
   Open(TraceFile("a.trc", 3));

@@ -8,6 +8,7 @@
 #include "filter_options.h"
 #include "listview/columns/columns.h"
 #include "live_command_line.h"
+#include "tree_command_line.h"
 
 namespace {
 
@@ -85,6 +86,7 @@ class Parser {
         "  trc dump sample.trc --columns Time,Component,Trace --count 20\n"
         "  trc dump sample.trc --format jsonl | jq .text\n"
         "  trc find timeout sample.trc\n"
+        "  trc tree sample.trc --depth 4\n"
         "  trc tail\n"
         "  trc set orders Net/Connect support\n"
         "\n"
@@ -97,6 +99,7 @@ class Parser {
     AddConvert();
     AddExport();
     AddFind();
+    m_tree.emplace(m_app, ReadNumber);
     m_live.emplace(m_app, ReadNumber, ReadColumns, DefaultColumns());
   }
 
@@ -276,10 +279,11 @@ class Parser {
     if (m_convertApp->parsed()) return m_convert;
     if (m_exportApp->parsed()) return ChosenExport();
     if (m_findApp->parsed()) return ChosenFind();
+    if (std::optional<TreeOptions> tree = m_tree->Chosen()) return *std::move(tree);
     if (std::optional<LiveCommand> live = m_live->Chosen()) return *std::move(live);
     if (!m_dumpApp->parsed()) {
       throw CLI::RequiredError(
-          "a command is needed: gen, info, dump, find, save, convert, export, tail, capture, "
+          "a command is needed: gen, info, dump, find, tree, save, convert, export, tail, capture, "
           "apps, show, set, sink or emit",
           CLI::ExitCodes::RequiredError);
     }
@@ -312,6 +316,7 @@ class Parser {
   CLI::App *m_genApp = nullptr, *m_infoApp = nullptr, *m_dumpApp = nullptr, *m_saveApp = nullptr,
            *m_convertApp = nullptr, *m_exportApp = nullptr, *m_findApp = nullptr;
   CLI::Option *m_columnsOption = nullptr, *m_exportColumnsOption = nullptr;
+  std::optional<TreeParser> m_tree;
   std::optional<LiveParser> m_live;
   GenOptions m_gen;
   InfoOptions m_info;

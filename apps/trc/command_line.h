@@ -14,11 +14,12 @@
 #include "gen.h"
 #include "info.h"
 #include "save.h"
+#include "tree.h"
 
 // A command that speaks with a running service, ready to be run.
 using LiveCommand = std::function<int()>;
 using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, ConvertOptions,
-                                ExportOptions, FindOptions, LiveCommand>;
+                                ExportOptions, FindOptions, TreeOptions, LiveCommand>;
 
 struct ParsedCommandLine {
   std::optional<TrcCommand> command;  // none: nothing is left to do

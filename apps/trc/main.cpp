@@ -13,6 +13,7 @@ int main(int argc, char** argv) {
     int operator()(const ConvertOptions& options) const { return RunConvert(options); }
     int operator()(const ExportOptions& options) const { return RunExport(options); }
     int operator()(const FindOptions& options) const { return RunFind(options); }
+    int operator()(const TreeOptions& options) const { return RunTree(options); }
     int operator()(const LiveCommand& run) const { return run(); }
   };
   return std::visit(Run{}, *line.command);

@@ -21,7 +21,7 @@ _trc() {
   local command= word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $word in
-      gen | info | dump | find | save | convert | export | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
+      gen | info | dump | find | tree | save | convert | export | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -30,6 +30,7 @@ _trc() {
     export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
     export:-c | export:--columns) _trc_columns "$current"; return ;;
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
+    tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
     dump:-b | dump:--from | dump:-n | dump:--count) return ;;
     tail:-n | tail:--count | tail:--for | capture:-n | capture:--count | capture:--for) return ;;
@@ -44,6 +45,7 @@ _trc() {
       info) options='--help --json' ;;
       dump) options='--help --format --columns --utc --from --count' ;;
       find) options='--help --regex --ignore-case --word --count --format --check --uncheck' ;;
+      tree) options='--help --machine --depth --export --check --uncheck' ;;
       export) options='--help --format --columns --hidden --utc --check --uncheck' ;;
       tail) options='--help --format --columns --utc --count --for' ;;
       capture) options='--help --out --count --for --max-size --max-files' ;;
@@ -54,7 +56,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find save convert export tail capture apps show set sink emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink emit' -- "$current"))
   elif [[ $command == set ]]; then
     local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)
     COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose

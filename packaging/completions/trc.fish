@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find save convert export tail capture apps show set sink emit
+set -l commands gen info dump find tree save convert export tail capture apps show set sink emit
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
 
@@ -18,6 +18,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a gen -d "Make a
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Tell what is in trace files"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a find -d "Print the traces whose text matches"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a tree"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
@@ -42,6 +43,12 @@ complete -c trc -n "__fish_seen_subcommand_from dump" -s c -l columns -x -a "(__
 complete -c trc -n "__fish_seen_subcommand_from dump" -s u -l utc -d "Times in UTC"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s b -l from -x -d "Index of the first trace"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s n -l count -x -d "At most so many traces"
+
+complete -c trc -n "__fish_seen_subcommand_from tree" -s m -l machine -x -d "Only this machine"
+complete -c trc -n "__fish_seen_subcommand_from tree" -s d -l depth -x -d "Open so many levels"
+complete -c trc -n "__fish_seen_subcommand_from tree" -s x -l export -d "Write the first machine to a file"
+complete -c trc -n "__fish_seen_subcommand_from tree" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from tree" -l uncheck -x -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from find" -s e -l regex -d "A regular expression"
 complete -c trc -n "__fish_seen_subcommand_from find" -s i -l ignore-case -d "Letters of any case"

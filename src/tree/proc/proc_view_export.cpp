@@ -1,5 +1,6 @@
 // The export of the tree: what is open, as text.
 #include "listview/export/export_dialogs.h"
+#include "listview/export/export_file.h"
 #include "tree/proc/proc_view.h"
 #include "tree/proc/tree_text.h"
 
@@ -19,7 +20,10 @@ void CProcView::OnExport() {
   }
   // Kept: only the first item of the top level. Further machines are not exported.
   if (const TreeItem first = m_tree->Walk(0, TreeStep::FirstChild))
-    WriteTreeText(file, *m_tree, first, *this);
+    VisitTree(*m_tree, first, *this, [&file](int depth, bool closed, const std::string& text) {
+      AppendTreeLine(file.Buffer(), depth, closed, text);
+      return file.EndLine();
+    });
   if (!file.Close())
     GetHost().MessageBox({"Error writing to file.", BoxIcon::None, BoxButtons::Ok});
 }

@@ -18,23 +18,21 @@ const ChildList* ChildrenOf(const CTraceEvent& node) {
 
 }  // namespace
 
-bool WriteTreeLine(ExportFile& file, int depth, bool closed, const std::string& text) {
-  std::string& out = file.Buffer();
+void AppendTreeLine(std::string& out, int depth, bool closed, std::string_view text) {
   for (int level = 0; level < depth; ++level) out += "|   ";
   out += closed ? "+- " : "|- ";
   out += text;
-  return file.EndLine();
 }
 
 // Loops, both: blocks may nest 100,000 deep.
-void WriteTreeText(ExportFile& file, const TreeControl& tree, TreeItem item,
-                   TreeControlOwner& texts) {
+void VisitTree(const TreeControl& tree, TreeItem item, TreeControlOwner& texts,
+               const TreeLineTaker& take) {
   int depth = 0;
   for (;;) {
     const unsigned state = tree.ItemState(item);
     const bool open = state & kTreeExpanded;
     const bool closed = (state & kTreeHasChildren) && !open;
-    if (!WriteTreeLine(file, depth, closed, texts.TreeItemText(tree.ItemData(item)))) return;
+    if (!take(depth, closed, texts.TreeItemText(tree.ItemData(item)))) return;
     TreeItem next = open ? tree.Walk(item, TreeStep::FirstChild) : 0;
     if (next) {
       ++depth;
@@ -49,14 +47,15 @@ void WriteTreeText(ExportFile& file, const TreeControl& tree, TreeItem item,
   }
 }
 
-void WriteNodeText(ExportFile& file, const ProcModel& model, const CTraceEvent& top, int levels) {
+void VisitNodes(const ProcModel& model, const CTraceEvent& top, int levels,
+                const TreeLineTaker& take) {
   std::vector<Opened> path;
   const CTraceEvent* node = &top;
   for (;;) {
     const int depth = static_cast<int>(path.size());
     const ChildList* const children = ChildrenOf(*node);
     const bool open = children && depth < levels;
-    if (!WriteTreeLine(file, depth, children && !open, model.NodeLabel(*node))) return;
+    if (!take(depth, children && !open, model.NodeLabel(*node))) return;
     if (open) path.push_back({children, 0});
     while (!path.empty() && path.back().next == path.back().children->size()) path.pop_back();
     if (path.empty()) return;

@@ -148,7 +148,7 @@ NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
   NodePosition best;
   std::uint64_t distance = UINT64_MAX;
   for (Front& front : m_fronts) {
-    if (front.AtLeast(wanted) >= distance) continue;
+    if (front.AtLeast(wanted, newest) >= distance) continue;
     best = Nearer(best, Below(front, wanted, newest), wanted);
     if (best) distance = Distance(best, wanted);
   }

@@ -62,9 +62,10 @@ class NearestInOrder {
     std::int64_t below = -1;  // -1: none
 
     void Forget() { above = 0; }
-    // Nothing there is nearer.
-    std::uint64_t AtLeast(std::uint64_t wanted) const {
+    // Nothing there is nearer. What lies behind the newest is nothing at all.
+    std::uint64_t AtLeast(std::uint64_t wanted, std::uint64_t newest) const {
       if (wanted < from || wanted >= above) return 0;
+      if (above > newest) return UINT64_MAX;
       const std::uint64_t behind = above - wanted;
       return below < 0 ? behind : std::min(behind, wanted - static_cast<std::uint64_t>(below));
     }

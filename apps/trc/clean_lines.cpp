@@ -1,5 +1,6 @@
 #include "clean_lines.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "json_text.h"
@@ -27,16 +28,18 @@ std::string ValueOf(Column column, const TraceEvent_i& event, const TraceEvent_i
 }
 
 void WriteRfc4180Cell(std::string& out, std::string_view value) {
-  if (value.find_first_of(",\"\r\n") == value.npos) {
-    out += value;
-    return;
+  const bool plain = std::none_of(value.begin(), value.end(), [](char c) {
+    return c == ',' || c == '"' || c == '\r' || c == '\n';
+  });
+  if (!plain) out += '"';
+  std::size_t run = 0;  // where the run of bytes without a quote begins
+  for (std::size_t quote = value.find('"'); quote != value.npos; quote = value.find('"', run)) {
+    out += value.substr(run, quote + 1 - run);
+    out += '"';
+    run = quote + 1;
   }
-  out += '"';
-  for (const char c : value) {
-    if (c == '"') out += '"';
-    out += c;
-  }
-  out += '"';
+  out += value.substr(run);
+  if (!plain) out += '"';
 }
 
 }  // namespace

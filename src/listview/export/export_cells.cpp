@@ -72,15 +72,14 @@ std::vector<Column> ExportColumns(const ColumnOrder& order, const ColumnFlags& s
 
 void WriteQuoted(std::string& out, std::string_view text) {
   out += '"';
-  for (std::size_t from = 0; from < text.size();) {
-    const std::size_t special = std::min(text.find_first_of("\"\\", from), text.size());
-    out += text.substr(from, special - from);
-    if (special < text.size()) {
-      out += '\\';
-      out += text[special];
-    }
-    from = special + 1;
+  std::size_t plain = 0;  // where the run of plain bytes begins
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] != '"' && text[at] != '\\') continue;
+    out += text.substr(plain, at - plain);
+    out += '\\';
+    plain = at;
   }
+  out += text.substr(plain);
   out += '"';
 }
 

@@ -79,7 +79,7 @@ TEST_F(TrcFind, TakesTheFilter) {
 }
 
 TEST_F(TrcFind, ABadPatternIsRefusedBeforeTheFileIsRead) {
-  for (const std::string file : {m_file, m_directory.File("missing.trc")}) {
+  for (const std::string& file : {m_file, m_directory.File("missing.trc")}) {
     const TrcRun run = RunTrc({"find", "-e", "[abc", file});
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.out, "");

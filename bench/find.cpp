@@ -1,0 +1,213 @@
+// Searching the texts of a file, beside memmem over the same texts and beside PCRE2-JIT.
+#include <cstring>
+
+#include "base/mapped_file.h"
+#include "bench/bench_host.h"
+#include "bench/ratio.h"
+#include "bench/sample_file.h"
+#include "records/trace_list.h"
+#include "records/trc_walk.h"
+#include "tree/find/find_search.h"
+#include "tree/regex/regex.h"
+#ifdef TESSERA_BENCH_PCRE2
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+#endif
+
+namespace {
+
+constexpr int kTurns = 5;
+// Fewer than a search's box would come up for.
+constexpr std::size_t kTextsPerSearch = 100000;
+constexpr double kMostOfMemmem = 1.5, kMostOfPeer = 2.0;
+
+struct Texts {
+  void OnName(NameId, std::string_view) {}
+  void OnTrace(const std::uint8_t* record) { traces.EmplaceRecord(record); }
+  void OnUnknownTag(std::uint64_t) {}
+  bool OnProgress(std::uint64_t) { return true; }
+
+  template <class Test>
+  std::size_t Count(Test test) const {
+    std::size_t hits = 0;
+    traces.ForEach(0, [&](TraceEvent_i* event) { hits += test(RawTrace(event->Record()).Text()); });
+    return hits;
+  }
+  TraceList_t traces;
+};
+
+// A view's walk over some of them.
+class SomeTexts final : public FindWalk {
+ public:
+  SomeTexts(const TraceList_t& traces, std::size_t from, std::size_t count)
+      : m_traces(traces), m_next(from), m_end(std::min(from + count, traces.size())) {}
+  std::optional<std::string_view> NextText() override {
+    if (m_next == m_end) return std::nullopt;
+    return RawTrace(m_traces[m_next++]->Record()).Text();
+  }
+
+ private:
+  const TraceList_t& m_traces;
+  std::size_t m_next, m_end;
+};
+
+std::size_t CountMemmem(const Texts& texts, std::string_view wanted) {
+  return texts.Count([wanted](std::string_view text) {
+    return memmem(text.data(), text.size(), wanted.data(), wanted.size()) != nullptr;
+  });
+}
+
+std::size_t CountOurs(const Texts& texts) {
+  return texts.Count([](std::string_view text) { return RegexMatchText(text) != 0; });
+}
+
+void Report(const std::string& what, const Texts& texts, const Measured& measured, double target,
+            std::size_t hits, std::size_t floorHits) {
+  const double perText = 1e9 / static_cast<double>(texts.traces.size());
+  PrintRow(what, measured.seconds * perText, "ns/text", measured.floorSeconds * perText,
+           measured.ratio, target);
+  std::printf("  %zu of %zu texts%s\n", hits, texts.traces.size(),
+              hits == floorHits ? "" : ", NOT THE SAME AS THE FLOOR'S");
+}
+
+void Prepare(const char* pattern, int ignoreCase, int literal, int word) {
+  if (RegexPrepare(pattern, ignoreCase, literal, word, 0)) return;
+  std::fprintf(stderr, "not a pattern: %s\n", pattern);
+  std::exit(2);
+}
+
+void BesideMemmem(const Texts& texts, const char* wanted) {
+  Prepare(wanted, 0, 1, 0);
+  std::size_t hits = 0, floorHits = 0;
+  const Measured measured = MeasureBeside(
+      kTurns, [&] { floorHits = CountMemmem(texts, wanted); }, [&] { hits = CountOurs(texts); });
+  Report("literal \"" + std::string(wanted) + "\" / memmem", texts, measured, kMostOfMemmem, hits,
+         floorHits);
+}
+
+// All that Find Next does for a text that no row holds.
+void WholeSearch(const Texts& texts, const char* wanted) {
+  Prepare(wanted, 0, 1, 0);
+  BenchHost host;
+  std::size_t floorHits = 0;
+  bool complete = true;
+  const Measured measured = MeasureBeside(
+      kTurns, [&] { floorHits = CountMemmem(texts, wanted); },
+      [&] {
+        for (std::size_t from = 0; from < texts.traces.size(); from += kTextsPerSearch) {
+          SomeTexts walk(texts.traces, from, kTextsPerSearch);
+          complete &= RunSearch(host, walk) == FindResult::NotFound;
+        }
+      });
+  Report("search of a view, no hit / memmem", texts, measured, kMostOfMemmem, complete ? 0 : 1,
+         floorHits);
+}
+
+struct Expression {
+  const char* what;
+  const char* ours;
+  const char* theirs;
+  int ignoreCase = 0, literal = 0, word = 0;
+};
+
+constexpr Expression kExpressions[] = {
+    {"literal", "snapshot", "snapshot", 0, 1},
+    {"literal, no hit", "mandatory", "mandatory", 0, 1},
+    {"ignoring case", "SNAPSHOT", "SNAPSHOT", 1, 1},
+    {"ignoring case, no hit", "MANDATORY", "MANDATORY", 1, 1},
+    {"[0-9]+", "[0-9]+", "[0-9]+"},
+    {"[{}]+, no hit", "[{}]+", "[{}]+"},
+    {"^order", "^order", "^order"},
+    {"^[A-Z][a-z]+: ", "^[A-Z][a-z]+: ", "^[A-Z][a-z]+: "},
+    {"word", "cart", "(?<![A-Za-z0-9_])cart(?![A-Za-z0-9_])", 0, 1, 1},
+    {"[a-z]+ [0-9]+ taken", "[a-z]+ [0-9]+ taken", "[a-z]+ [0-9]+ taken"},
+    {"hit.*rate [0-9]*", "hit.*rate [0-9]*", "hit.*rate [0-9]*"},
+    {".*webp", ".*webp", ".*webp"},
+    {"client 10[.][0-9.]+:2", "client 10[.][0-9.]+:2", "client 10[.][0-9.]+:2"},
+    {"[A-Z][a-z]+ [A-Z][a-z]*$", "[A-Z][a-z]+ [A-Z][a-z]*$", "[A-Z][a-z]+ [A-Z][a-z]*$"},
+    {"[a-z]*[0-9]+[a-f]+[0-9]+", "[a-z]*[0-9]+[a-f]+[0-9]+", "[a-z]*[0-9]+[a-f]+[0-9]+"},
+};
+
+#ifdef TESSERA_BENCH_PCRE2
+class Pcre2 {
+ public:
+  explicit Pcre2(const Expression& wanted) {
+    pcre2_compile_context* const context = pcre2_compile_context_create(nullptr);
+    pcre2_set_newline(context, PCRE2_NEWLINE_ANYCRLF);
+    int error = 0;
+    std::size_t place = 0;
+    m_code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(wanted.theirs), PCRE2_ZERO_TERMINATED,
+                           PCRE2_MULTILINE | (wanted.ignoreCase ? PCRE2_CASELESS : 0u), &error,
+                           &place, context);
+    pcre2_compile_context_free(context);
+    if (!m_code || pcre2_jit_compile(m_code, PCRE2_JIT_COMPLETE) != 0) std::exit(2);
+    m_match = pcre2_match_data_create(1, nullptr);
+  }
+  ~Pcre2() {
+    pcre2_match_data_free(m_match);
+    pcre2_code_free(m_code);
+  }
+  Pcre2(const Pcre2&) = delete;
+  Pcre2& operator=(const Pcre2&) = delete;
+  bool Finds(std::string_view text) const {
+    return pcre2_jit_match(m_code, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0, 0,
+                           m_match, nullptr) >= 0;
+  }
+
+ private:
+  pcre2_code* m_code;
+  pcre2_match_data* m_match;
+};
+
+void BesidePeer(const Texts& texts, const Expression& wanted) {
+  Prepare(wanted.ours, wanted.ignoreCase, wanted.literal, wanted.word);
+  const Pcre2 peer(wanted);
+  std::size_t hits = 0, floorHits = 0;
+  const Measured measured = MeasureBeside(
+      kTurns,
+      [&] { floorHits = texts.Count([&](std::string_view text) { return peer.Finds(text); }); },
+      [&] { hits = CountOurs(texts); });
+  Report(std::string(wanted.what) + " / PCRE2-JIT", texts, measured, kMostOfPeer, hits, floorHits);
+}
+#else
+void BesidePeer(const Texts& texts, const Expression& wanted) {
+  Prepare(wanted.ours, wanted.ignoreCase, wanted.literal, wanted.word);
+  std::size_t hits = 0;
+  const double seconds = Seconds([&] { hits = CountOurs(texts); });
+  std::printf("%-46s %10.2f ns/text    %zu hits\n", wanted.what,
+              seconds * 1e9 / static_cast<double>(texts.traces.size()), hits);
+}
+#endif
+
+// A pattern that a text of 64 KiB keeps busy for minutes: how long until a Cancel is heard?
+void Pathological() {
+  Prepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0);
+  const std::string text = std::string(65533, 'x') + "zy";
+  double longest = 0;
+  RegexAnswer answer = RegexAnswer::Unfinished;
+  longest = Seconds([&] { answer = RegexBeginText(text, 50000); });
+  for (int part = 0; part < 20 && answer == RegexAnswer::Unfinished; ++part)
+    longest = std::max(longest, Seconds([&] { answer = RegexResumeText(text, 50000); }));
+  std::printf("%-46s %10.2f ms longest part%s\n", "pathological pattern", longest * 1e3,
+              answer == RegexAnswer::Unfinished ? ", cancellable" : "");
+}
+
+}  // namespace
+
+int main(int, char** argv) {
+  const std::shared_ptr<const MappedFile> file = MappedFile::Open(SampleFile(argv[0]));
+  if (!file) return 2;
+  Texts texts;
+  WalkTrc(file->View(), texts);
+  BesideMemmem(texts, "snapshot");
+  BesideMemmem(texts, "mandatory");
+  BesideMemmem(texts, "e");
+  BesideMemmem(texts, "cart");
+  WholeSearch(texts, "mandatory");
+#ifndef TESSERA_BENCH_PCRE2
+  std::printf("PCRE2 is not installed: no ratios to it\n");
+#endif
+  for (const Expression& wanted : kExpressions) BesidePeer(texts, wanted);
+  Pathological();
+  return 0;
+}

@@ -14,6 +14,7 @@
 #include "shell/ui/qt_main_frame.h"
 #include "shell/ui/qt_shell_faces.h"
 #include "shot_scenes.h"
+#include "tree_scenes.h"
 
 namespace {
 
@@ -79,11 +80,14 @@ int main(int argc, char** argv) {
   static_cast<QtMainFrame&>(*tessera.Frame()->Face()).Window().resize(kWindow);
   ShotScenes scenes(tessera, faces, QString::fromLocal8Bit(argv[1]));
   MonitorScenes monitor(tessera, scenes, replay, scratch.path());
+  TreeScenes tree(tessera, scenes, replay, argv[2], scratch.path());
   Light(scenes, argv[2], second.toStdString());
   tessera.CloseAllDocuments();
   monitor.Light();
+  tree.Light();
   Dark(scenes, argv[2], second.toStdString());
   tessera.CloseAllDocuments();
   monitor.Dark();
+  tree.Dark();
   return scenes.Good() ? 0 : 2;
 }

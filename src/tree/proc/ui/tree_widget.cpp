@@ -205,7 +205,14 @@ void QtTreeControl::paintEvent(QPaintEvent* event) {
   m_painter.Paint(painter, event->rect());
 }
 
-void QtTreeControl::resizeEvent(QResizeEvent*) {
+// A lower window, or a scroll bar that has come below, hides neither the selected item nor the end.
+void QtTreeControl::resizeEvent(QResizeEvent* event) {
+  const std::int64_t end = m_top + event->oldSize().height() / m_rowHeight;
+  const std::int64_t selected = m_selected ? m_items.RowOf(m_selected) : -1;
+  const std::int64_t page = RowsPerPage();
+  if (m_top > 0 && end >= m_items.Rows()) ScrollTo(m_items.Rows() - page);
+  if (selected >= m_top && selected < end && selected >= m_top + page)
+    ScrollTo(selected - page + 1);
   RowsChanged();
 }
 

@@ -175,6 +175,18 @@ TEST_F(TreeWidget, ADeepItemIsScrolledIntoViewAcross) {
   EXPECT_GE(m_tree.horizontalScrollBar()->maximum(), m_tree.LeftPx());
 }
 
+TEST_F(TreeWidget, ALowerWindowKeepsTheSelectedItemAndTheEndOnView) {
+  AddMany(200);
+  const TreeItem item = m_tree.Items().At(m_tree.RowsPerPage() - 1);
+  m_tree.SelectItem(item);
+  m_tree.resize(400, 200);
+  EXPECT_TRUE(m_tree.IsOnScreen(item));
+  m_tree.SelectItem(0);
+  m_tree.EnsureVisible(m_tree.Items().At(199));
+  m_tree.resize(400, 120);
+  EXPECT_TRUE(m_tree.IsOnScreen(m_tree.Items().At(199)));
+}
+
 TEST_F(TreeWidget, ItsRowsAreDescribedToAssistiveTechnology) {
   AddSmall();
   m_tree.SelectItem(m_11);

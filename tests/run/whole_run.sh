@@ -10,7 +10,7 @@ set -euo pipefail
 tessera=$(realpath "$1")
 trc=$(realpath "$2")
 here=$(dirname "$(realpath "$0")")
-for tool in Xvfb openbox xdotool import convert identify xprop xauth dbus-daemon; do
+for tool in Xvfb openbox xdotool import convert identify xprop xauth xkbcomp dbus-daemon; do
   command -v "$tool" >/dev/null || { echo "whole_run: $tool is not installed" >&2; exit 2; }
 done
 /usr/bin/python3 -c 'import gi; gi.require_version("Atspi", "2.0")' 2>/dev/null ||
@@ -36,6 +36,7 @@ unset WAYLAND_DISPLAY QT_QPA_PLATFORM
 "$trc" gen --records 3000 --seed 4 "$work/worker.trc" >/dev/null
 
 source "$here/with_a_file.sh"
+source "$here/tree.sh"
 source "$here/bare.sh"
 source "$here/ends.sh"
 source "$here/screen_reader.sh"

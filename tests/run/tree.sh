@@ -1,0 +1,44 @@
+# The procedure tree: toggle, open by keys, find, properties, export, back to the list.
+
+exported() { [ -s "$work/tree.txt" ]; }
+# The find opened the path to its hit and nothing else.
+export_is_right() {
+  head -1 "$work/tree.txt" | grep -q '^|- ' &&
+    grep -q '^|   |   |   +- TID ' "$work/tree.txt" &&
+    ! grep -q '^|   |   |   |   ' "$work/tree.txt"
+}
+
+"$trc" gen --records 400 --seed 5 "$work/tree.trc" >/dev/null
+start_program "$work/tree.trc"
+until_true "the progress box stays" has_no_window '^Loading'
+until_true "no list is to be seen" room_is_not_empty
+key ctrl+F6
+key Home
+key Right
+picture tree
+key ctrl+f
+until_true "Ctrl+F opened no Find" is_active '^Find$'
+xdotool type --clearmodifiers 'TID '
+key Return
+until_true "Enter did not close Find" has_no_window '^Find$'
+until_true "the main window is not active after Find" is_active '^Tessera'
+picture tree-found
+key alt+p
+until_true "Alt+P opened no properties" is_active '^Trace Properties$'
+key Escape
+until_true "Esc did not close the properties" has_no_window '^Trace Properties$'
+until_true "the main window is not active after the properties" is_active '^Tessera'
+key alt+f
+key e
+until_true "Export... opened no dialog" is_active '^Save As$'
+key ctrl+a
+xdotool type --clearmodifiers "$work/tree.txt"
+key Return
+until_true "the export was not written" exported
+export_is_right || fail "the export is not what the tree shows: $(cat "$work/tree.txt")"
+until_true "the main window is not active after the export" is_active '^Tessera'
+key ctrl+F6
+picture tree-and-back
+key alt+F4
+ended_with 0
+say "the tree, its keys and its export: good"

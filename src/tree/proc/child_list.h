@@ -9,6 +9,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -26,7 +27,7 @@ class ChildList {
   bool empty() const { return m_end == m_begin; }
   // REQUIRES: position < size(), here and below.
   CTraceEvent* operator[](std::size_t position) const {
-    return reinterpret_cast<CTraceEvent*>(m_words[m_begin + position] & ~kLeafBit);
+    return std::bit_cast<CTraceEvent*>(m_words[m_begin + position] & ~kLeafBit);
   }
   bool IsLeaf(std::size_t position) const { return m_words[m_begin + position] & kLeafBit; }
   // The entry as a node with children; null for a leaf.

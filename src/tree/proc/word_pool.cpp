@@ -1,6 +1,7 @@
 #include "tree/proc/word_pool.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "base/page_storage.h"
 
@@ -12,7 +13,7 @@ std::uintptr_t* WordPool::Take(unsigned bits) {
     return words;
   }
   if (std::uintptr_t* const words = m_free[bits]) {
-    m_free[bits] = reinterpret_cast<std::uintptr_t*>(words[0]);
+    m_free[bits] = std::bit_cast<std::uintptr_t*>(words[0]);
     return words;
   }
   const std::size_t length = std::size_t{1} << bits;

@@ -8,6 +8,14 @@ says() {
   [ "$(reader "$@")" = "$wanted" ]
 }
 
+# The server's keyboard has a Scroll Lock key that is no modifier, and so locks nothing.
+tie_scroll_lock() {
+  xkbcomp "$DISPLAY" "$work/keys.xkb"
+  sed -i '0,/modifier_map/s//modifier_map Mod3 { <SCLK> };\n    modifier_map/' "$work/keys.xkb"
+  xkbcomp "$work/keys.xkb" "$DISPLAY"
+} 2>/dev/null
+
+tie_scroll_lock || fail "the keyboard's map cannot be changed"
 export XDG_CONFIG_HOME=$work/reader-config  # all as at a first start
 start_bus
 reader on || fail "there is no accessibility bus: $(cat "$work/reader.log")"
@@ -41,7 +49,8 @@ until_true "Esc did not close Options" has_no_window '^Options$'
 until_true "the main window is not active after Options" is_active '^Tessera'
 
 # A lock's key shows and hides its pane.
-for lock in "Caps_Lock:Caps Lock:CAP" "Num_Lock:Num Lock:NUM"; do
+for lock in "Caps_Lock:Caps Lock:CAP" "Num_Lock:Num Lock:NUM" \
+  "Scroll_Lock:Scroll Lock:SCRL"; do
   IFS=: read -r lock_key description text <<<"$lock"
   before=$(reader pane "$description")
   for turn in 1 2; do

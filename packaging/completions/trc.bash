@@ -31,6 +31,7 @@ _trc() {
     export:-c | export:--columns) _trc_columns "$current"; return ;;
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
+    dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
     dump:-b | dump:--from | dump:-n | dump:--count) return ;;
     tail:-n | tail:--count | tail:--for | capture:-n | capture:--count | capture:--for) return ;;
@@ -43,12 +44,13 @@ _trc() {
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options='--help --format --columns --utc --from --count' ;;
+      dump) options='--help --format --columns --utc --from --count --check --uncheck' ;;
       find) options='--help --regex --ignore-case --word --count --format --check --uncheck' ;;
       tree) options='--help --machine --depth --export --check --uncheck' ;;
+      save) options='--help --check --uncheck' ;;
       export) options='--help --format --columns --hidden --utc --check --uncheck' ;;
-      tail) options='--help --format --columns --utc --count --for' ;;
-      capture) options='--help --out --count --for --max-size --max-files' ;;
+      tail) options='--help --format --columns --utc --count --for --check --uncheck' ;;
+      capture) options='--help --out --count --for --max-size --max-files --check --uncheck' ;;
       apps | show) options='--help --json' ;;
       set) options='--help --all' ;;
       sink) options='--help --server --file --flush --max-files --max-size' ;;

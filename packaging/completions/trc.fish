@@ -41,8 +41,10 @@ complete -c trc -n "__fish_seen_subcommand_from info" -s j -l json -d "One JSON 
 complete -c trc -n "__fish_seen_subcommand_from dump" -s f -l format -x -a "text jsonl" -d "Format"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s c -l columns -x -a "(__trc_columns)" -d "Columns"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s u -l utc -d "Times in UTC"
-complete -c trc -n "__fish_seen_subcommand_from dump" -s b -l from -x -d "Index of the first trace"
+complete -c trc -n "__fish_seen_subcommand_from dump" -s b -l from -x -d "Index in the file of the first trace"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s n -l count -x -d "At most so many traces"
+complete -c trc -n "__fish_seen_subcommand_from dump" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from dump" -l uncheck -x -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from tree" -s m -l machine -x -d "Only this machine"
 complete -c trc -n "__fish_seen_subcommand_from tree" -s d -l depth -x -d "Open so many levels"
@@ -58,6 +60,9 @@ complete -c trc -n "__fish_seen_subcommand_from find" -s f -l format -x -a "text
 complete -c trc -n "__fish_seen_subcommand_from find" -l check -x -d "Show a node of the filter"
 complete -c trc -n "__fish_seen_subcommand_from find" -l uncheck -x -d "Hide a node of the filter"
 
+complete -c trc -n "__fish_seen_subcommand_from save" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from save" -l uncheck -x -d "Hide a node of the filter"
+
 complete -c trc -n "__fish_seen_subcommand_from export" -s f -l format -x -a "csv csv-rfc4180 jsonl" -d "Format"
 complete -c trc -n "__fish_seen_subcommand_from export" -s c -l columns -x -a "(__trc_columns)" -d "The shown columns"
 complete -c trc -n "__fish_seen_subcommand_from export" -l hidden -d "The hidden columns too"
@@ -70,12 +75,16 @@ complete -c trc -n "__fish_seen_subcommand_from tail" -s c -l columns -x -a "(__
 complete -c trc -n "__fish_seen_subcommand_from tail" -s u -l utc -d "Times in UTC"
 complete -c trc -n "__fish_seen_subcommand_from tail" -s n -l count -x -d "End after so many traces"
 complete -c trc -n "__fish_seen_subcommand_from tail" -l for -x -d "End after so many seconds"
+complete -c trc -n "__fish_seen_subcommand_from tail" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from tail" -l uncheck -x -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from capture" -s o -l out -r -d "The file"
 complete -c trc -n "__fish_seen_subcommand_from capture" -s n -l count -x -d "End after so many traces"
 complete -c trc -n "__fish_seen_subcommand_from capture" -l for -x -d "End after so many seconds"
 complete -c trc -n "__fish_seen_subcommand_from capture" -l max-size -x -d "Size of a full file in MB"
 complete -c trc -n "__fish_seen_subcommand_from capture" -l max-files -x -d "Keep so many full files"
+complete -c trc -n "__fish_seen_subcommand_from capture" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from capture" -l uncheck -x -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from apps show" -s j -l json -d "JSON"
 

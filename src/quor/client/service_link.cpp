@@ -74,7 +74,7 @@ class ServiceLink::Core final : public Connection::Handler,
   void Break(const std::string& reason) {
     if (!m_connection) return;
     m_connection->Close();
-    OnClosed(reason);
+    Ended(reason);
   }
 
  private:
@@ -137,6 +137,9 @@ class ServiceLink::Core final : public Connection::Handler,
     m_changed.notify_all();
   }
   void OnClosed(const std::string& reason) override {
+    Ended(m_machine.empty() ? reason : m_machine + ": " + reason);
+  }
+  void Ended(const std::string& reason) {
     m_connection.reset();
     if (std::exchange(m_welcomed, false)) m_user->OnDown(reason);
     Fail(reason);

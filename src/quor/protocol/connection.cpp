@@ -3,8 +3,18 @@
 #include <google/protobuf/message_lite.h>
 
 #include <algorithm>
+#include <asio/ssl/error.hpp>
 
 namespace {
+
+// A TLS peer that closes its socket without a farewell, as a process that ends does, has ended it
+// like any other: what was cut is seen by the length of its frame.
+std::string Words(const std::error_code& error) {
+  if (error == asio::error::eof || error == asio::ssl::error::stream_truncated)
+    return "the peer has ended it";
+  const bool tls = error.category() == asio::error::get_ssl_category();
+  return (tls ? "TLS: " : "") + error.message();
+}
 
 constexpr std::size_t kReadBytes = 128u << 10;
 constexpr std::size_t kWriteBytes = 256u << 10;  // what one gather write aims at
@@ -73,7 +83,7 @@ void Connection::Read() {
 
 void Connection::OnRead(const std::error_code& error, std::size_t bytes) {
   if (m_ended) return;
-  if (error) return Fail(error == asio::error::eof ? "the peer has ended it" : error.message());
+  if (error) return Fail(Words(error));
   m_lastRead = Clock::now();
   if (m_ending) return Read();  // into the same room: what comes now is not looked at
   m_reader.Filled(bytes);

@@ -61,6 +61,10 @@ DISPLAY=:987654 "$tessera" 2>"$work/stderr" || status=$?
 
 env -u DISPLAY "$tessera" --version | grep -qx 'Tessera Version 3.1.0' || fail "--version"
 env -u DISPLAY "$tessera" --help | grep -q '^usage: tessera' || fail "--help"
+manual=$here/../../packaging/man/tessera.1
+for option in $(env -u DISPLAY "$tessera" --help | grep -oE '^  (-h, )?--[a-z]+' | grep -oE -- '--[a-z]+'); do
+  tr -d '\\' <"$manual" | grep -qF -- "$option" || fail "the manual does not tell of $option"
+done
 env -u DISPLAY "$tessera" --render "$pictures/render.png" --size 900x600 "$work/web.trc" \
   2>"$work/stderr" || fail "--render without a display"
 [ "$(identify -format '%wx%h' "$pictures/render.png")" = 900x600 ] || fail "--render: its size"

@@ -130,6 +130,7 @@ void RegexPlan::FindLeadingRun() {
   while (m_nodes[i].kind == NodeKind::GroupOpen || m_nodes[i].kind == NodeKind::GroupClose) ++i;
   const RegexNode& node = m_nodes[i];
   m_leadingRun = node.kind == NodeKind::Run && node.least == 0 && node.more == RegexNode::kEndless;
+  if (m_leadingRun && !node.notAtEnd && node.follow) m_leadingStar = &node;
 }
 
 // ---- the search
@@ -139,9 +140,22 @@ std::size_t RegexPlan::Find(const Probe& probe, std::string_view text, std::size
   return FindPair(text, from, text.size() - probe.bytes + 1, probe.pair);
 }
 
+// A star may take nothing: what counts is where the rest can begin. The attempt is made as far
+// before that as the star reaches.
+std::size_t RegexPlan::FindPlaceOfStar(std::string_view text, std::size_t from) const {
+  const ByteTable& follow = *m_leadingStar->follow;
+  const ByteTable& table = *m_leadingStar->table;
+  std::size_t at = from;
+  while (at < text.size() && !follow[static_cast<unsigned char>(text[at])]) ++at;
+  if (at == text.size() && !follow[0]) return kNowhere;
+  while (at > from && table[static_cast<unsigned char>(text[at - 1])]) --at;
+  return at;
+}
+
 // The first place from `from` on, the text's end included, where an attempt may succeed.
 std::size_t RegexPlan::FindPlace(std::string_view text, std::size_t from) const {
   if (m_start) return Find(*m_start, text, from);
+  if (m_leadingStar) return FindPlaceOfStar(text, from);
   if (!m_anyFirst) {
     const ByteTable& first = m_nodes.First();
     while (from < text.size() && !first[static_cast<unsigned char>(text[from])]) ++from;

@@ -50,6 +50,7 @@ class RegexPlan {
   bool ProbesAll() const;
 
   static std::size_t Find(const Probe& probe, std::string_view text, std::size_t from);
+  std::size_t FindPlaceOfStar(std::string_view text, std::size_t from) const;
   std::size_t FindPlace(std::string_view text, std::size_t from) const;
   std::size_t NextPlace(std::string_view text) const;
   bool MayMatchFrom(std::string_view text, std::size_t place);
@@ -64,6 +65,8 @@ class RegexPlan {
   bool m_leadingRun =
       false;  // an endless run begins the program, and its failure speaks for all of it
 
+  const RegexNode* m_leadingStar =
+      nullptr;  // that run, if it is a star and not anything follows it
   bool m_probesAll = false;
 
   RegexMachine m_machine;

@@ -62,6 +62,13 @@ TEST_F(SourceWindowsTest, ItsCommandsWorkOrAreDisabled) {
   EXPECT_TRUE(State(ID_EDIT_COPY).IsEnabled());
 }
 
+TEST_F(SourceWindowsTest, HelpTellsOfSources) {
+  Start();
+  OpenSource("a.c");
+  EXPECT_TRUE(Frame().OnCommand(ID_HELP));
+  EXPECT_EQ(m_log.Lines().back(), "help \"source\"");
+}
+
 TEST_F(SourceWindowsTest, OptionsAreNotToldToSources) {
   Start();
   CSourceView& view = OpenSource("a.c");

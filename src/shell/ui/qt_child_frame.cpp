@@ -2,6 +2,7 @@
 
 #include <QLayout>
 #include <QThread>
+#include <algorithm>
 
 #include "docview/ui/qt_control.h"
 
@@ -49,7 +50,16 @@ void QtChildFrame::Show() {
     m_window->showMaximized();
   } else {
     m_window->show();
+    BringIntoRoom();
   }
+}
+
+// Qt places a window where it covers the others least, be it mostly outside.
+void QtChildFrame::BringIntoRoom() {
+  const QRect room = m_area.viewport()->rect();
+  const QRect window = m_window->geometry();
+  m_window->move(std::max(std::min(window.left(), room.width() - window.width()), 0),
+                 std::max(std::min(window.top(), room.height() - window.height()), 0));
 }
 
 void QtChildFrame::Activate() {

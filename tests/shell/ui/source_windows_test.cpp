@@ -70,6 +70,14 @@ TEST_F(SourceWindowsTest, CtrlGOpensTheSourceWithItsLineInTheMiddle) {
   EXPECT_FALSE(Front()->isWindowModified());
 }
 
+TEST_F(SourceWindowsTest, TheWindowLiesInsideTheRoomOfTheOthers) {
+  Start();
+  OpenTraceOf(WriteSource("a.cpp"));
+  Frame().OnCommand(ID_VIEW_GOTOSOURCE);
+  Settle();
+  EXPECT_TRUE(Face().Area().viewport()->rect().contains(Front()->geometry()));
+}
+
 TEST_F(SourceWindowsTest, TheKeyboardReachesCopyFindAndSave) {
   Start();
   const std::string path = WriteSource("a.cpp");

@@ -26,8 +26,6 @@ struct TreeItems::Item {
 
 class TreeItems::Siblings {
  public:
-  ~Siblings() = default;
-
   Item* Append() {
     const Place place = PlaceOf(m_end);
     if (place.chunk - m_firstChunk == m_chunks.size())
@@ -38,54 +36,16 @@ class TreeItems::Siblings {
     return item;
   }
   // REQUIRES: its rows are taken off.
-  void Remove(Item& item) {
-    item.dead = 1;
-    if (item.number != m_begin) return;
-    while (m_begin != m_end && Slot(m_begin).dead) ++m_begin;
-    if (m_sums) m_sums->DropBefore(m_begin);
-    DropChunks();
-  }
+  void Remove(Item& item);
 
   std::int64_t Rows() const { return m_rows; }
-  void AddRows(std::uint64_t number, std::int64_t rows) {
-    m_rows += rows;
-    if (m_sums) {
-      m_sums->Add(number, rows);
-    } else if (m_end - m_begin > kSummed) {
-      m_sums = std::make_unique<RowSums>();
-      for (std::uint64_t each = m_begin; each != m_end; ++each)
-        if (!Slot(each).dead) m_sums->Add(each, Slot(each).Rows());
-    }
-  }
-  std::int64_t RowsBefore(std::uint64_t number) const {
-    std::uint64_t each = m_begin;
-    std::int64_t rows = 0;
-    if (m_sums) {
-      rows = m_sums->BeforeGroupOf(number);
-      each = std::max(each, number >> RowSums::kGroupBits << RowSums::kGroupBits);
-    }
-    for (; each < number; ++each)
-      if (!Slot(each).dead) rows += Slot(each).Rows();
-    return rows;
-  }
+  void AddRows(std::uint64_t number, std::int64_t rows);
+  std::int64_t RowsBefore(std::uint64_t number) const;
   // The item that the row belongs to. REQUIRES: 0 <= row < Rows().
-  Item* At(std::int64_t row) const {
-    std::uint64_t each = m_begin;
-    if (m_sums) each = std::max(each, m_sums->GroupWith(row));
-    for (;; ++each) {
-      Item& item = Slot(each);
-      if (item.dead) continue;
-      if (row < item.Rows()) return &item;
-      row -= item.Rows();
-    }
-  }
+  Item* At(std::int64_t row) const;
   Item* Last() const { return Slot(m_end - 1).dead ? At(m_rows - 1) : &Slot(m_end - 1); }
   // The very next one, null when it is deleted or there is none.
-  Item* Beside(const Item& item, bool next) const {
-    if (next ? item.number + 1 >= m_end : item.number == m_begin) return nullptr;
-    Item& beside = Slot(next ? item.number + 1 : item.number - 1);
-    return beside.dead ? nullptr : &beside;
-  }
+  Item* Beside(const Item& item, bool next) const;
   template <class Visit>
   void ForEach(Visit&& visit) {
     for (std::uint64_t each = m_begin; each != m_end; ++each)
@@ -113,18 +73,7 @@ class TreeItems::Siblings {
     const Place place = PlaceOf(number);
     return m_chunks[place.chunk - m_firstChunk][place.slot];
   }
-  void DropChunks() {
-    const std::uint64_t first = PlaceOf(m_begin).chunk;
-    const std::size_t gone =
-        std::min(static_cast<std::size_t>(first - m_firstChunk), m_chunks.size());
-    for (std::size_t i = m_dropped; i < gone; ++i) m_chunks[i].reset();
-    m_dropped = std::max(m_dropped, gone);
-    // Moved up when half of the vector is empty, so that each chunk is moved about once.
-    if (m_dropped * 2 <= m_chunks.size()) return;
-    m_chunks.erase(m_chunks.begin(), m_chunks.begin() + static_cast<std::ptrdiff_t>(m_dropped));
-    m_firstChunk += m_dropped;
-    m_dropped = 0;
-  }
+  void DropChunks();
 
   std::vector<std::unique_ptr<Item[]>> m_chunks;
   std::size_t m_dropped = 0;       // chunks at the front of the vector that are given back

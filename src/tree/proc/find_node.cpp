@@ -177,6 +177,7 @@ NodePosition NearestInOrder::Below(Front& front, std::uint32_t wanted, std::uint
   }
   for (; !m_passed.empty(); m_passed.pop_back())
     best = Nearer(best, FirstBelow(m_passed.back(), wanted), wanted);
+  if (!best) front.nothingUntil = std::uint64_t{newest} + 1;
   return best;
 }
 

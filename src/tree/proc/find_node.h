@@ -59,13 +59,14 @@ class NearestInOrder {
   struct Front {
     CExecutionBlock* thread;
     std::uint64_t from = 0, above = 0;
-    std::int64_t below = -1;  // -1: none
+    std::int64_t below = -1;         // -1: none
+    std::uint64_t nothingUntil = 0;  // it found nothing, and will not before a trace of this number
 
-    void Forget() { above = 0; }
-    // Nothing there is nearer. What lies behind the newest is nothing at all.
+    void Forget() { above = nothingUntil = 0; }
+    // Nothing there is nearer.
     std::uint64_t AtLeast(std::uint64_t wanted, std::uint64_t newest) const {
+      if (wanted >= from && nothingUntil > newest) return UINT64_MAX;
       if (wanted < from || wanted >= above) return 0;
-      if (above > newest) return UINT64_MAX;
       const std::uint64_t behind = above - wanted;
       return below < 0 ? behind : std::min(behind, wanted - static_cast<std::uint64_t>(below));
     }

@@ -102,10 +102,11 @@ TEST_F(Absence, AnApplicationThatLivesIsTakenOverAndGoesOn) {
   ASSERT_TRUE(monitor.Sees("999"));
   quord.Kill();
   quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   app.Go();
   ASSERT_EQ(app.Told(), 2u);
-  ExpectEverything(1500);
-  EXPECT_TRUE(monitor.Sees("1499"));
+  ASSERT_TRUE(monitor.Sees("1499"));
+  EXPECT_EQ(Sum(), 1500u);
   QuordClient client(quord.SocketPath());
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
   EXPECT_EQ(client.Ask(GetAppRequest("orders")).app().instances(), 1u);

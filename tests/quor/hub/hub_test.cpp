@@ -115,6 +115,46 @@ TEST(Hub, NamesAreBegunAnewWhenTheLastMonitorHasGone) {
   EXPECT_THAT(stream.Read(), ElementsAre("2 orders Net/Connect b"));
 }
 
+TEST(Hub, AMonitorThatComesBackLearnsHowFarTheSourcesCameThatEndedMeanwhile) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  for (int i = 0; i < 5; ++i) one.Trace("nobody looks");
+  hub.EndSource(one.Get());
+  const auto sources = hub.Sources();
+  ASSERT_EQ(sources.size(), 1u);
+  EXPECT_EQ(sources[0]->serial, 5u);
+  EXPECT_TRUE(sources[0]->ended);
+  // Not for ever: the oldest are forgotten.
+  for (std::uint32_t pid = 0; pid < 1024; ++pid) {
+    Source source;
+    source.instance[0] = 9;
+    StoreBe32(source.instance.data() + 4, pid);
+    hub.EndSource(hub.AddSource(source));
+  }
+  EXPECT_EQ(hub.Sources().size(), 1024u);
+  EXPECT_EQ(hub.Sources().front()->instance[0], 9u);
+}
+
+TEST(Hub, ASourceThatComesBackIsTheSameAndWhatWasTakenElsewhereIsALoss) {
+  Hub hub;
+  FedSource one(hub, "orders");
+  TakingStream stream(hub);
+  one.Trace("a");
+  stream.Read();
+  hub.EndSource(one.Get());
+  Source again = *one.Get();
+  again.serial = 4;
+  again.ended = false;
+  EXPECT_EQ(hub.AddSource(again), one.Get());
+  one.Trace("b");
+  EXPECT_THAT(stream.Read(),
+              ElementsAre("- orders Quor/Loss 3 traces lost: they were taken where nobody counts "
+                          "them",
+                          "2 orders Net/Connect b"));
+  EXPECT_EQ(stream.Delivered(), 2u);
+  EXPECT_EQ(stream.Lost(), 3u);
+}
+
 TEST(Hub, SixtyThousandNamesAndBeyondNeverGiveAWrongName) {
   Hub hub;
   FedSource one(hub, "orders");

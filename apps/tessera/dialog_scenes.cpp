@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
+#include <QFileDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTreeView>
@@ -23,15 +24,19 @@ void Press(QWidget& widget, int key) {
 
 }  // namespace
 
-DialogScenes::DialogScenes(CTesseraApp& tessera, ShotScenes& scenes, QString source)
-    : m_tessera(tessera), m_scenes(scenes), m_source(std::move(source)) {}
+DialogScenes::DialogScenes(CTesseraApp& tessera, ShotScenes& scenes, QString source, QString folder)
+    : m_tessera(tessera),
+      m_scenes(scenes),
+      m_source(std::move(source)),
+      m_folder(std::move(folder)) {}
 
 void DialogScenes::All() {
   Find();
   Filter();
   FilterPart();
   m_scenes.SaveModal(ID_VIEW_PROPERTIES, QStringLiteral("properties"));
-  Files();
+  SaveFileDialog(ID_FILE_EXPORT, QStringLiteral("export"));
+  SaveFileDialog(ID_FILE_SAVECOPY, QStringLiteral("save-as"));
   Source();
   Locate();
 }
@@ -45,7 +50,8 @@ void DialogScenes::Find() {
   Run(ID_EDIT_FIND, [this](QWidget& dialog) {
     m_scenes.Save(dialog, QStringLiteral("find-empty"));
     auto* const text = dialog.findChild<QLineEdit*>();
-    dialog.findChild<QCheckBox*>(QString::number(CFindDialog::kRegularExpression))->setChecked(true);
+    dialog.findChild<QCheckBox*>(QString::number(CFindDialog::kRegularExpression))
+        ->setChecked(true);
     text->setText(QStringLiteral("order [0-9"));
     m_scenes.Answer([this](QWidget& box) {
       m_scenes.Save(box, QStringLiteral("find-error"));
@@ -89,9 +95,12 @@ void DialogScenes::FilterPart() {
   Run(ID_VIEW_FILTER, toggleInfo);
 }
 
-void DialogScenes::Files() {
-  m_scenes.SaveModal(ID_FILE_EXPORT, QStringLiteral("export"));
-  m_scenes.SaveModal(ID_FILE_SAVECOPY, QStringLiteral("save-as"));
+void DialogScenes::SaveFileDialog(unsigned command, const QString& name) {
+  Run(command, [this, name](QWidget& dialog) {
+    if (auto* const files = qobject_cast<QFileDialog*>(&dialog)) files->setDirectory(m_folder);
+    m_scenes.Save(dialog, name);
+    dialog.close();
+  });
 }
 
 void DialogScenes::Source() {

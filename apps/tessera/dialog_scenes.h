@@ -5,8 +5,8 @@
 
 class DialogScenes {
  public:
-  // Both outlive this. `source` is a file of program text.
-  DialogScenes(CTesseraApp& tessera, ShotScenes& scenes, QString source);
+  // Both outlive this. `source` is a file of program text; file dialogs show `folder`.
+  DialogScenes(CTesseraApp& tessera, ShotScenes& scenes, QString source, QString folder);
 
   // REQUIRES: a trace list in front, with a focused row.
   void All();
@@ -15,7 +15,7 @@ class DialogScenes {
   void Find();
   void Filter();
   void FilterPart();
-  void Files();
+  void SaveFileDialog(unsigned command, const QString& name);
   void Source();
   void Locate();
   // Answers what the command brings up, which may be two dialogs one over the other.
@@ -24,4 +24,5 @@ class DialogScenes {
   CTesseraApp& m_tessera;
   ShotScenes& m_scenes;
   const QString m_source;
+  const QString m_folder;
 };

@@ -1,10 +1,11 @@
-// Pictures of every window, made by the real classes: tessera-shots FOLDER FILE.
+// Pictures of every window, made by the real classes: tessera-shots FOLDER FILE SOURCE.
 #include <QApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <clocale>
 #include <cstdio>
 
+#include "dialog_scenes.h"
 #include "docview/ui/qt_host.h"
 #include "monitor_scenes.h"
 #include "palette.h"
@@ -28,10 +29,12 @@ bool SaveIcons(const QString& folder) {
   return good;
 }
 
-void Light(ShotScenes& scenes, const std::string& file, const std::string& second) {
+void Light(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
+           const std::string& second) {
   scenes.Empty();
   scenes.File(file);
   scenes.Menu();
+  dialogs.All();
   scenes.PopUp();
   scenes.Maximised();
   scenes.Options();
@@ -41,10 +44,12 @@ void Light(ShotScenes& scenes, const std::string& file, const std::string& secon
   scenes.Tiled(second);
 }
 
-void Dark(ShotScenes& scenes, const std::string& file, const std::string& second) {
+void Dark(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
+          const std::string& second) {
   scenes.UseDark();
   scenes.Empty();
   scenes.File(file);
+  dialogs.All();
   scenes.PopUp();
   scenes.Options();
   scenes.About();
@@ -61,8 +66,8 @@ int main(int argc, char** argv) {
   QApplication::setWindowIcon(AppIcon());
   if (argc == 3 && QLatin1String(argv[1]) == QLatin1String("--icons"))
     return SaveIcons(QString::fromLocal8Bit(argv[2])) ? 0 : 2;
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: tessera-shots FOLDER FILE | --icons FOLDER\n");
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: tessera-shots FOLDER FILE SOURCE | --icons FOLDER\n");
     return 2;
   }
   const QTemporaryDir scratch;
@@ -81,11 +86,12 @@ int main(int argc, char** argv) {
   ShotScenes scenes(tessera, faces, QString::fromLocal8Bit(argv[1]));
   MonitorScenes monitor(tessera, scenes, replay, scratch.path());
   TreeScenes tree(tessera, scenes, replay, argv[2], scratch.path());
-  Light(scenes, argv[2], second.toStdString());
+  DialogScenes dialogs(tessera, scenes, QString::fromLocal8Bit(argv[3]), scratch.path());
+  Light(scenes, dialogs, argv[2], second.toStdString());
   tessera.CloseAllDocuments();
   monitor.Light();
   tree.Light();
-  Dark(scenes, argv[2], second.toStdString());
+  Dark(scenes, dialogs, argv[2], second.toStdString());
   tessera.CloseAllDocuments();
   monitor.Dark();
   tree.Dark();

@@ -152,6 +152,12 @@ std::string NoSuchPath(FilterNode& root, const std::string& path) {
   return words;
 }
 
+bool FilterPaths::Touch(std::string_view branch) const {
+  return std::any_of(m_steps.begin(), m_steps.end(), [branch](const Step& step) {
+    return step.path.empty() || step.path.starts_with(branch);
+  });
+}
+
 std::vector<std::string> FilterPaths::Take(Host& host, CTraceFilter& filter, NameMap names) const {
   CFilterDialog dialog(host, filter, names);
   dialog.OnInitDialog();

@@ -15,6 +15,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tree/filter/filter_dialog.h"
@@ -23,6 +24,8 @@ class FilterPaths {
  public:
   void Add(std::string path, bool check) { m_steps.push_back({std::move(path), check}); }
   bool Empty() const { return m_steps.empty(); }
+  // Is there a step on this branch, on a node below it, or on the root?
+  bool Touch(std::string_view branch) const;
 
   // Gives the filter the names of the document and takes the steps. False when a path leads
   // nowhere: `why` is words for Complain, and the command ends with kExitBad.

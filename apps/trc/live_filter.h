@@ -8,6 +8,7 @@
 // Threads  One.
 #pragma once
 
+#include <optional>
 #include <unordered_set>
 
 #include "documents/trace_doc.h"
@@ -16,21 +17,23 @@
 
 class LiveFilter {
  public:
-  LiveFilter(const FilterPaths& paths, const NameMap& names) : m_paths(paths), m_names(names) {}
+  LiveFilter(const FilterPaths& paths, const NameMap& names);
 
   bool Passes(const TraceEvent_i& trace);
   // The paths whose names have not come.
   const std::vector<std::string>& Missing() const { return m_missing; }
 
  private:
-  bool Note(const TraceEvent_i& trace);
+  std::size_t Note(const TraceEvent_i& trace);
 
   const FilterPaths& m_paths;
   const NameMap& m_names;
   TerminalHost m_host;
   CTraceDoc m_seen{m_host};  // the ids that came; it has no traces
+  // A branch that no step touches shows everything, whatever comes.
+  const bool m_components, m_categories, m_applications, m_allThreads;
   std::unordered_set<std::uint64_t> m_threads;
-  std::size_t m_ids = 0;
+  std::optional<std::size_t> m_ids;  // how many the filter was made of; none: not made yet
   CTraceFilter m_filter;
   std::vector<std::string> m_missing;
 };

@@ -21,9 +21,9 @@ void CFilterDialog::OnInitDialog() {
   attributes.Insert("Developer", m_filter.attributes[1]);
   attributes.Insert("Verbose", m_filter.attributes[3]);
 
-  InsertNames(root.Insert("All Components", m_filter.allComponents), m_filter.components, "");
-  InsertNames(root.Insert("All Categories", m_filter.allCategories), m_filter.categories, "");
-  InsertNames(root.Insert("All Applications", m_filter.allApplications), m_filter.applications, "");
+  InsertNames(root.Insert(kComponents, m_filter.allComponents), m_filter.components, "");
+  InsertNames(root.Insert(kCategories, m_filter.allCategories), m_filter.categories, "");
+  InsertNames(root.Insert(kApplications, m_filter.allApplications), m_filter.applications, "");
   InsertThreads(root);
   m_tree->Refresh();
 }
@@ -35,7 +35,7 @@ void CFilterDialog::InsertNames(FilterNode& parent, std::map<NameId, int>& marks
 }
 
 void CFilterDialog::InsertThreads(FilterNode& root) {
-  FilterNode& threads = root.Insert("All Threads", m_filter.allThreads);
+  FilterNode& threads = root.Insert(kThreads, m_filter.allThreads);
   for (auto& [machineId, machine] : m_filter.threads) {
     FilterNode& machineNode = threads.Insert(LabelOf(machineId), machine.allProcesses);
     for (auto& [processId, process] : machine.processes) {

@@ -23,7 +23,10 @@ class CFilterDialog : public CDialog {
       "Check the types you want to include in the trace output (selecting a node automatically "
       "includes all child nodes):";
   static constexpr unsigned kTree = 1112;  // the control's id
-  // The first of the root's children have fixed nodes; those behind them have names below.
+  // The branches that have names below.
+  static constexpr const char *kComponents = "All Components", *kCategories = "All Categories",
+                              *kApplications = "All Applications", *kThreads = "All Threads";
+  // The first of the root's children have fixed nodes; behind them stand those branches.
   static constexpr std::size_t kBranchesWithoutNames = 2;
 
   CFilterDialog(Host& host, CTraceFilter& filter, NameMap& names);

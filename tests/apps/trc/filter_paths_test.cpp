@@ -187,28 +187,29 @@ TEST_F(FilterPath, APathBelowABranchOfNamesIsNeverHopeless) {
 class LivePath : public testing::Test {
  protected:
   bool Passes(const TraceFields& fields) {
+    if (!m_live) m_live.emplace(m_paths, m_names);
     TraceEvent_i* const event = Event(fields);
-    const bool passes = m_live.Passes(*event);
+    const bool passes = m_live->Passes(*event);
     event->Release();
     return passes;
   }
   NameMap m_names = {{2, {"Net"}}, {3, {"Db"}}, {1, {"web-1"}}, {6, {"812"}}, {7, {"813"}}};
   FilterPaths m_paths;
-  LiveFilter m_live{m_paths, m_names};
+  std::optional<LiveFilter> m_live;
 };
 
 TEST_F(LivePath, WithoutStepsAllPass) {
   EXPECT_TRUE(Passes({.component = 2}));
-  EXPECT_TRUE(m_live.Missing().empty());
+  EXPECT_TRUE(m_live->Missing().empty());
 }
 
 TEST_F(LivePath, APathIsKeptUntilItsNameComes) {
   m_paths.Add("All Components/Db", false);
   EXPECT_TRUE(Passes({.component = 2}));
-  EXPECT_EQ(m_live.Missing(), std::vector<std::string>{"All Components/Db"});
+  EXPECT_EQ(m_live->Missing(), std::vector<std::string>{"All Components/Db"});
   EXPECT_FALSE(Passes({.component = 3}));
   EXPECT_TRUE(Passes({.component = 2}));
-  EXPECT_TRUE(m_live.Missing().empty());
+  EXPECT_TRUE(m_live->Missing().empty());
 }
 
 TEST_F(LivePath, ANameThatComesLaterIsJudgedLikeOneThatCameBefore) {
@@ -218,6 +219,23 @@ TEST_F(LivePath, ANameThatComesLaterIsJudgedLikeOneThatCameBefore) {
   EXPECT_FALSE(Passes({.component = 3}));  // a name of which no step speaks
   EXPECT_FALSE(Passes({.component = 4}));
   EXPECT_TRUE(Passes({.component = 2}));
+}
+
+TEST_F(LivePath, StepsOnBranchesWithoutNamesHoldFromTheFirstTraceOn) {
+  m_paths.Add("All Severities/Warn", false);
+  EXPECT_FALSE(Passes({.attributes = kAttributeWarn}));
+  EXPECT_TRUE(Passes({.machine = 1, .component = 2, .pid = 6}));
+  EXPECT_FALSE(Passes({.machine = 1, .component = 3, .pid = 7, .attributes = kAttributeWarn}));
+}
+
+TEST_F(LivePath, AStepOnTheRootSpeaksOfEveryNameToCome) {
+  m_paths.Add("", false);
+  for (const char* path : {"All Severities", "All Attributes", "All Components/Net",
+                           "All Categories", "All Applications", "All Threads"})
+    m_paths.Add(path, true);
+  EXPECT_TRUE(Passes({.component = 2}));
+  EXPECT_FALSE(Passes({.component = 3}));
+  EXPECT_TRUE(Passes({.component = 2, .tid = 7}));
 }
 
 TEST_F(LivePath, AThreadOfAKnownProcessIsNoticed) {

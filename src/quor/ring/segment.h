@@ -1,12 +1,10 @@
 // The memory that a traced application shares with the service: its trace map with live settings,
 // its names, and the ring of its traces.
 //
-// Shape    One memfd, sealed against growing and shrinking, laid out as SegmentHeader, points,
-// names,
+// Shape    One memfd, sealed against growing and shrinking, laid out as SegmentHeader, points, names,
 //          ring, each at the offset that the header tells. Both programs run on one machine, so the
 //          header's numbers are native; names and traces in it have the .trc form (big-endian).
-// Owner    Made by the application and passed to the service, which holds it too: what was
-// committed
+// Owner    Made by the application and passed to the service, which holds it too: what was committed
 //          is there when the application is killed.
 // Errors   The service trusts nothing here: it checks every number once, on its own copy.
 // Threads  Many producers (any thread of the application), one consumer: the service, or the
@@ -92,8 +90,7 @@ struct SegmentHeader {
   // The service's own account of this application, so that it outlives the service: traces that it
   // took or knows as lost.
   std::atomic<std::uint64_t> served;
-  // Its traces may go to the monitors of this machine first and to another machine's later: how many
-  // of `served` went elsewhere before, and how often that has changed.
+  // How many of these went to another machine's monitors before, and how often that has changed.
   std::atomic<std::uint64_t> servedElsewhere;
   std::atomic<std::uint32_t> moves;
 };

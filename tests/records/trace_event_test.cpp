@@ -8,6 +8,7 @@
 #include "support/trc_image.h"
 
 namespace {
+
 const NameMap kNames = {{1, {"host"}}, {2, {"shop"}},     {3, {"cart"}},    {4, {"sql"}},
                         {5, {"4711"}}, {6, {"thread 1"}}, {7, {"cart.cpp"}}};
 

@@ -1,9 +1,9 @@
 // The memory that a traced application shares with the service: its trace map with live settings,
 // its names, and the ring of its traces.
 //
-// Shape    One memfd, sealed against growing and shrinking: SegmentHeader, points, names, ring, each
-//          at the offset that the header tells. Both programs run on one machine, so the header's
-//          numbers are native; names and traces in it have the .trc form (big-endian).
+// Shape    One memfd, sealed against growing and shrinking: SegmentHeader, points, names, ring,
+//          each at the offset that the header tells. Both programs run on one machine, so the
+//          header's numbers are native; names and traces in it have the .trc form (big-endian).
 // Owner    Made by the application and passed to the service, which holds it too: what was
 //          committed is there when the application is killed.
 // Errors   The service trusts nothing here: it checks every number once, on its own copy.

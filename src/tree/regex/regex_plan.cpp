@@ -180,13 +180,15 @@ bool RegexPlan::MayMatchFrom(std::string_view text, std::size_t place) {
 RegexAnswer RegexPlan::Begin(std::string_view text, std::int64_t steps) {
   m_unfinished = false;
   if (m_never || (m_anchored && text.empty())) return RegexAnswer::No;
+  m_needAt = kNowhere;
+  // Where a star leads, the rest is the rarer thing to look for.
+  if (m_leadingStar && !MayMatchFrom(text, 0)) return RegexAnswer::No;
   m_place = m_anchored ? 0 : FindPlace(text, 0);
   if (m_place == kNowhere) return RegexAnswer::No;
   if (m_probesAll) {
     m_matchEnd = m_place + m_start->bytes;
     return RegexAnswer::Yes;
   }
-  m_needAt = kNowhere;
   if (!MayMatchFrom(text, m_place)) return RegexAnswer::No;
   return Try(text, m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps), steps);
 }

@@ -9,6 +9,7 @@
 #include "tree/find/find_dialog.h"
 #include "tree/find/find_settings.h"
 #include "tree/proc/proc_view_iterator.h"
+#include "tree/proc/tree_text.h"
 
 namespace {
 
@@ -292,6 +293,27 @@ TEST_F(ProcViewCommands, TheExportWritesWhatIsOpenWithTheLabelsOfTheScreen) {
             "|   |   |   |   |   |- inside\n"
             "|   |   |   |   |   |- End: \n"
             "|   |   |   |   +- rest - 0 ps\n");
+}
+
+TEST_F(ProcViewCommands, TheExportOfATreeThatIsOpenedWholeIsTheTextOfTheModel) {
+  for (const char* text :
+       {"Begin: a", "in a", "Begin: b", "End: ", "End: ", "End: ", "Begin: open"})
+    Add(text);
+  Add({.text = "other", .tid = 5});
+  Add({.text = "far", .machine = 6});
+  Open();
+  for (TreeItem item = m_tree->Walk(0, TreeStep::FirstChild); item;
+       item = m_view->NextTreeItem(item))
+    m_tree->Expand(item, true);
+  std::string text;
+  VisitNodes(m_view->Model(), *m_view->Model().Root().children[0], kAllLevels,
+             [&text](int depth, bool closed, const std::string& label) {
+               AppendTreeLine(text, depth, closed, label);
+               text += '\n';
+               return true;
+             });
+  EXPECT_EQ(Export("tree.txt"), text);
+  EXPECT_NE(text.find("|- other"), std::string::npos);
 }
 
 TEST_F(ProcViewCommands, TheExportOfATreeWithTwoMachinesHoldsOnlyTheFirst) {

@@ -67,7 +67,8 @@ bool Service::Open(std::string* why) {
   if (!opened || !OpenState(why) || !OpenListeners(why)) return false;
   std::vector<KeptApp> held = m_keeper.Open(FolderOf(m_options.socketPath));
   m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine, m_keeper);
-  m_context.reset(new SessionContext{m_hub, *m_apps, m_inlet, m_machine, NewInstance(), {}, m_options.connectionLimits});
+  m_context.reset(new SessionContext{
+      m_hub, *m_apps, m_inlet, m_machine, NewInstance(), {}, m_options.connectionLimits});
   std::error_code error;
   m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
   if (error) *why = error.message();

@@ -50,7 +50,7 @@ TEST_F(SourceMap, LearnsTheLeadingPartsThatDiffer) {
 }
 
 TEST_F(SourceMap, LearnsFromTheFileNameAloneWhenTheFoldersDiffer) {
-  EXPECT_EQ(Learned("/build/a.c", "/home/u/work/a.c"), "/build/ -> /home/u/work/\n");
+  EXPECT_EQ(Learned("/build/a.c", "/home/u/local/a.c"), "/build/ -> /home/u/local/\n");
 }
 
 TEST_F(SourceMap, AFileInTheRootIsLearnedWithTheRootAsItsPlace) {
@@ -59,7 +59,7 @@ TEST_F(SourceMap, AFileInTheRootIsLearnedWithTheRootAsItsPlace) {
 }
 
 TEST_F(SourceMap, TailsCompareWithoutRegardToCase) {
-  EXPECT_EQ(Learned("/BUILD/Src/A.C", "/work/src/a.c"), "/BUILD/ -> /work/\n");
+  EXPECT_EQ(Learned("/BUILD/Src/A.C", "/local/src/a.c"), "/BUILD/ -> /local/\n");
 }
 
 TEST_F(SourceMap, ABackslashEqualsASlashInTheTails) {
@@ -125,7 +125,7 @@ TEST_F(SourceMap, AFileOfAnotherNameWaitsUntilTheUserCancelsAndTeachesNothing) {
     dialog.OnCancel();
     EXPECT_TRUE(dialog.Ended());
   });
-  EXPECT_FALSE(LearnPathMapping(m_host, "/build/a.c", "/work/b.c"));
+  EXPECT_FALSE(LearnPathMapping(m_host, "/build/a.c", "/local/b.c"));
   EXPECT_TRUE(asked);
   EXPECT_EQ(Map(), "");
 }
@@ -136,7 +136,7 @@ TEST_F(SourceMap, AWaitThatStandsIsCancelledFromOutside) {
     EXPECT_TRUE(LocateWait::CancelStanding());
     EXPECT_EQ(dialog.Result(), CDialog::kIdCancel);
   });
-  EXPECT_FALSE(LearnPathMapping(m_host, "/build/a.c", "/work/b.c"));
+  EXPECT_FALSE(LearnPathMapping(m_host, "/build/a.c", "/local/b.c"));
   EXPECT_FALSE(LocateWait::CancelStanding());
 }
 

@@ -39,7 +39,7 @@ class LocateWaitTest : public testing::Test {
       whileWaiting();
     });
     clock.start(5);
-    return LearnPathMapping(m_host, "/build/a.c", "/work/b.c");
+    return LearnPathMapping(m_host, "/build/a.c", "/local/b.c");
   }
   static void PressCancel() { Box()->findChild<QPushButton*>("cancel")->click(); }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "documents/trace_panes.h"
 #include "docview/frame.h"
 
 namespace {
@@ -52,8 +53,8 @@ void CTraceView::OnActivateView(bool activate, CView* activated, CView* deactiva
   if (activate) {
     TellStatus();
   } else {
-    TellRowCount(-1);
-    TellFiltered(-1);
+    TellRowCount(GetHost(), -1);
+    TellFiltered(GetHost(), -1);
   }
   CView::OnActivateView(activate, activated, deactivated);
 }
@@ -187,17 +188,7 @@ void CTraceView::Invalidate() {
 
 // ---- the main window's panes
 
-void CTraceView::TellRowCount(std::intptr_t count) {
-  if (CWnd* main = GetHost().MainWindow())
-    main->SendMessage(WM_TRACE_ROWCOUNT, static_cast<std::uintptr_t>(count));
-}
-
-void CTraceView::TellFiltered(std::intptr_t filtered) {
-  if (CWnd* main = GetHost().MainWindow())
-    main->SendMessage(WM_TRACE_FILTERED, static_cast<std::uintptr_t>(filtered));
-}
-
 void CTraceView::TellStatus() {
-  TellRowCount(m_rows.Size());
-  TellFiltered(m_filter.allTraces ? 0 : 1);
+  TellRowCount(GetHost(), m_rows.Size());
+  TellFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
 }

@@ -69,8 +69,6 @@ class CTraceView : public CView, public RowListOwner {
   bool AtBottom() const;
   TraceEvent_i* EventOfRow(int row) const;  // null when there is no such row
   int NearestRow(const TraceEvent_i& target) const;
-  void TellRowCount(std::intptr_t count);
-  void TellFiltered(std::intptr_t filtered);
   void TellStatus();
   void Invalidate();
   void OnSynchronize();
@@ -84,7 +82,7 @@ class CTraceView : public CView, public RowListOwner {
   void OnExport();
   void OnSaveTraces();
   template <class Visit>
-  bool VisitRows(bool selectedOnly, Visit&& visit) const;
+  void VisitRows(bool selectedOnly, Visit&& visit) const;
 
   CTraceDoc& m_document;
   RowStore m_rows;

@@ -1,4 +1,5 @@
 // How the list view follows its document: the hints, the rows, the selection.
+#include "documents/trace_panes.h"
 #include "listview/rows/trace_view.h"
 #include "tree/filter/filter_pass.h"
 
@@ -80,7 +81,7 @@ void CTraceView::AddRows(const CTraceHint& hint) {
   if (m_rows.Size() == before) return;
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
-  if (m_active) TellRowCount(m_rows.Size());
+  if (m_active) TellRowCount(GetHost(), m_rows.Size());
 }
 
 void CTraceView::RemoveRows(const CTraceHint& hint) {
@@ -111,7 +112,7 @@ void CTraceView::RemoveRows(const CTraceHint& hint) {
   // A deletion tells nothing, and the rows behind it have new numbers.
   m_currentRow = m_list->NextItem(-1, kRowFocused);
   m_list->SetRedraw(true);
-  if (m_active) TellRowCount(m_rows.Size());
+  if (m_active) TellRowCount(GetHost(), m_rows.Size());
 }
 
 // The first row that shows the target; else of the two rows around the first greater number the

@@ -1,6 +1,6 @@
 #include "listview/source/source_view.h"
 
-#include "documents/trace_hint.h"
+#include "documents/trace_panes.h"
 
 namespace {
 
@@ -17,11 +17,8 @@ void CSourceView::OnInitialUpdate() {
 }
 
 void CSourceView::OnActivateView(bool activate, CView* activated, CView* deactivated) {
-  if (CWnd* main = GetHost().MainWindow()) {
-    constexpr auto kClear = static_cast<std::uintptr_t>(-1);
-    main->SendMessage(WM_TRACE_ROWCOUNT, kClear);
-    main->SendMessage(WM_TRACE_FILTERED, kClear);
-  }
+  TellRowCount(GetHost(), -1);
+  TellFiltered(GetHost(), -1);
   CRichEditView::OnActivateView(activate, activated, deactivated);
 }
 

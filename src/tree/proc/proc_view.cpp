@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "documents/trace_panes.h"
 #include "docview/frame.h"
 
 CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)
@@ -29,8 +30,8 @@ void CProcView::OnActivateView(bool activate, CView* activated, CView* deactivat
   if (activate) {
     TellStatus();
   } else {
-    TellRowCount(-1);
-    TellFiltered(-1);
+    TellRowCount(GetHost(), -1);
+    TellFiltered(GetHost(), -1);
   }
   CView::OnActivateView(activate, activated, deactivated);
 }
@@ -87,17 +88,7 @@ void CProcView::OnTreeContextMenu(int screenXPx, int screenYPx) {
 
 // ---- the main window's panes
 
-void CProcView::TellRowCount(std::intptr_t count) {
-  if (CWnd* main = GetHost().MainWindow())
-    main->SendMessage(WM_TRACE_ROWCOUNT, static_cast<std::uintptr_t>(count));
-}
-
-void CProcView::TellFiltered(std::intptr_t filtered) {
-  if (CWnd* main = GetHost().MainWindow())
-    main->SendMessage(WM_TRACE_FILTERED, static_cast<std::uintptr_t>(filtered));
-}
-
 void CProcView::TellStatus() {
-  TellRowCount(m_model.TraceCount());
-  TellFiltered(m_filter.allTraces ? 0 : 1);
+  TellRowCount(GetHost(), m_model.TraceCount());
+  TellFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
 }

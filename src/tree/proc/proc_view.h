@@ -86,8 +86,6 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   void Fill(TreeItem item);
   void EnsureTreeItem(CTraceEvent& node);
   bool Lacks(TreeItem item) const;
-  void TellRowCount(std::intptr_t count);
-  void TellFiltered(std::intptr_t filtered);
   void TellStatus();
 
   void MapCommands();

@@ -1,6 +1,7 @@
 // How the tree view follows its document: the hints and what they make of tree and selection.
 #include <algorithm>
 
+#include "documents/trace_panes.h"
 #include "tree/proc/proc_view.h"
 #include "tree/proc/proc_view_iterator.h"
 
@@ -49,7 +50,7 @@ void CProcView::AddTraces(const CTraceHint& hint) {
   for (TraceEvent_i* event : hint.m_events) {
     if (const TreeItem item = m_model.AddTrace(event, true)) FollowTail(item);
     // Kept: once for each trace, also for one that the filter hides.
-    if (m_active) TellRowCount(m_model.TraceCount());
+    if (m_active) TellRowCount(GetHost(), m_model.TraceCount());
   }
 }
 
@@ -62,7 +63,7 @@ void CProcView::RemoveTraces(const CTraceHint& hint) {
   m_model.RemoveTraces(hint.m_events);
   m_tree->SetRedraw(true);
   // Kept: what goes is not taken off the count.
-  if (m_active) TellRowCount(m_model.TraceCount());
+  if (m_active) TellRowCount(GetHost(), m_model.TraceCount());
   // Kept: at every trim the selection jumps to what is nearest to the oldest trace that goes. It is
   // still good here: the document releases it behind the hint.
   FollowTrace(*hint.m_events.front());

@@ -1,0 +1,19 @@
+// What the view in front tells the status panes of the main window.
+//
+// Threads  Interface thread. Without a main window nothing happens.
+#pragma once
+
+#include "documents/trace_hint.h"
+#include "docview/wnd.h"
+
+// What the view shows; -1 clears the pane.
+inline void TellRowCount(const Host& host, std::intptr_t count) {
+  if (CWnd* const main = host.MainWindow())
+    main->SendMessage(WM_TRACE_ROWCOUNT, static_cast<std::uintptr_t>(count));
+}
+
+// 1 when the view hides anything, 0 when not; -1 clears the pane.
+inline void TellFiltered(const Host& host, std::intptr_t filtered) {
+  if (CWnd* const main = host.MainWindow())
+    main->SendMessage(WM_TRACE_FILTERED, static_cast<std::uintptr_t>(filtered));
+}

@@ -1,30 +1,19 @@
 #include "save.h"
 
+#include "documents/save_traces.h"
 #include "exit_status.h"
 #include "interrupt.h"
-#include "records/trc_writer.h"
 #include "shown_traces.h"
 #include "trace_file.h"
 
 namespace {
 
-// The words are those of a document's save.
 bool SaveShown(const ShownTraces& traces, TerminalHost& host, const std::string& path) {
-  const auto failed = [&host](const char* text) {
-    host.MessageBox({text, BoxIcon::Stop, BoxButtons::Ok});
-    return false;
-  };
-  NameMap& names = traces.Document().m_names;
-  ClearWrittenMarks(names);
-  TrcWriter writer;
-  if (!writer.Create(path)) return failed("Error creating file.");
-  bool good = writer.WriteHeader();
-  {
-    const CWaitCursor wait(host);
-    for (std::size_t row = 0; good && row < traces.Size(); ++row)
-      good = writer.Write(traces.At(row), names);
-  }
-  return (good && writer.Finish()) || failed("Error writing to file.");
+  return SaveTraces(host, path, traces.Document().m_names, BoxIcon::Stop,
+                    [&traces](const TraceSink& sink) {
+                      for (std::size_t row = 0; row < traces.Size(); ++row)
+                        if (!sink(traces.At(row))) return;
+                    });
 }
 
 }  // namespace

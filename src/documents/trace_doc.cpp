@@ -1,6 +1,6 @@
 #include "documents/trace_doc.h"
 
-#include "records/trc_writer.h"
+#include "documents/save_traces.h"
 #include "settings/globals.h"
 
 CTraceDoc::CTraceDoc(Host& host) : CDocument(host) {
@@ -41,22 +41,10 @@ void CTraceDoc::DeleteContents() {
 }
 
 bool CTraceDoc::OnSaveDocument(const std::string& path) {
-  const auto failed = [this](const char* text) {
-    GetHost().MessageBox({text, BoxIcon::Stop, BoxButtons::Ok});
-    return false;
-  };
-  ClearWrittenMarks(m_names);
-  TrcWriter writer(TrcWriter::kBlockBytes);
-  if (!writer.Create(path)) return failed("Error creating file.");
-  if (!writer.WriteHeader()) return failed("Error writing to file.");
-  {
-    const CWaitCursor wait(GetHost());
-    for (std::size_t i = 0; i < m_traces.size(); ++i) {
-      if (!writer.Write(*m_traces[i], m_names)) return failed("Error writing to file.");
-    }
-  }
-  // The last bytes leave the buffer only now, and a full disk may show only now.
-  return writer.Finish() || failed("Error writing to file.");
+  return SaveTraces(GetHost(), path, m_names, BoxIcon::Stop, [this](const TraceSink& sink) {
+    for (std::size_t i = 0; i < m_traces.size(); ++i)
+      if (!sink(*m_traces[i])) return;
+  });
 }
 
 bool CTraceDoc::SaveModified() {

@@ -110,7 +110,7 @@ TEST_F(TraceSaveTest, AFileThatCannotBeMadeIsTold) {
 TEST_F(TraceSaveTest, AFullDiskThatShowsOnlyAtTheLastFlushIsSeen) {
   CTraceDoc document(m_host);
   EXPECT_FALSE(document.OnSaveDocument("/dev/full"));
-  EXPECT_EQ(m_host.Told(), std::string("wait cursor on\nwait cursor off\n") + kCannotWrite);
+  EXPECT_EQ(m_host.Told(), std::string("wait cursor on\n") + kCannotWrite + "wait cursor off\n");
   EXPECT_EQ(m_host.WaitCursors(), 0);
 }
 

@@ -1,9 +1,9 @@
 // What the list view writes to files: an export of its rows, and a saved selection.
+#include "documents/save_traces.h"
 #include "listview/export/export_cells.h"
 #include "listview/export/export_dialogs.h"
 #include "listview/export/export_file.h"
 #include "listview/rows/trace_view.h"
-#include "records/trc_writer.h"
 
 namespace {
 
@@ -19,15 +19,14 @@ bool AnyHidden() {
 
 }  // namespace
 
-// Rows in order, all or the selected ones, until `visit(row)` gives false; false then.
+// Rows in order, all or the selected ones, until `visit(row)` gives false.
 template <class Visit>
-bool CTraceView::VisitRows(bool selectedOnly, Visit&& visit) const {
+void CTraceView::VisitRows(bool selectedOnly, Visit&& visit) const {
   const auto next = [&](int row) {
     return selectedOnly ? m_list->NextItem(row, kRowSelected) : row + 1;
   };
   for (int row = next(-1); m_rows.Has(row); row = next(row))
-    if (!visit(row)) return false;
-  return true;
+    if (!visit(row)) return;
 }
 
 void CTraceView::OnExport() {
@@ -57,22 +56,13 @@ void CTraceView::OnExport() {
 void CTraceView::OnSaveTraces() {
   CSaveAsDialog dialog(GetHost(), SuggestedNameOf(m_document), m_list->SelectedCount() > 0);
   if (dialog.DoModal() != CDialog::kIdOk) return;
-  const auto tell = [this](const char* text) {
-    GetHost().MessageBox({text, BoxIcon::None, BoxButtons::Ok});
-  };
-  // The file gets each name that it needs. Kept: a capture that runs shares the marks; names that
-  // it wrote already come again in its file, and those that this file takes first are missing
-  // there.
-  ClearWrittenMarks(m_document.m_names);
-  TrcWriter writer;
-  if (!writer.Create(dialog.GetPathName())) return tell("Error creating file.");
-  if (!writer.WriteHeader()) return tell("Error writing to file.");
-  const CWaitCursor wait(GetHost());
-  const bool written = VisitRows(dialog.m_selectedOnly, [&](int row) {
-    return writer.Write(*m_rows.EventAt(row), m_document.m_names);
-  });
-  // A file that could not be written to its end stays as far as it came.
-  if (!written || !writer.Finish()) return tell("Error writing to file.");
+  // Kept: a capture that runs shares the marks of the names; those that it wrote already come again
+  // in its file, and those that this file takes first are missing there.
+  const bool saved = SaveTraces(GetHost(), dialog.GetPathName(), m_document.m_names, BoxIcon::None,
+                                [&](const TraceSink& sink) {
+                                  VisitRows(dialog.m_selectedOnly,
+                                            [&](int row) { return sink(*m_rows.EventAt(row)); });
+                                });
   // Kept: also when a filter hid traces, which then are not in the file.
-  if (!dialog.m_selectedOnly) m_document.SetModifiedFlag(false);
+  if (saved && !dialog.m_selectedOnly) m_document.SetModifiedFlag(false);
 }

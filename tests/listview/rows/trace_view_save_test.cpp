@@ -110,7 +110,7 @@ TEST_F(TraceViewSaveTest, AFileThatCannotBeCreatedIsTold) {
 TEST_F(TraceViewSaveTest, AWriteThatFailsIsToldAndLeavesTheModifiedFlag) {
   for (int i = 0; i < 100; ++i) Add({.text = std::string(1000, 'x')});
   Open();
-  SaveTo("/dev/full");
+  SaveTo("/dev/full");  // shows at the first block of 64 KiB, in the midst of the rows
   ASSERT_EQ(m_host.Transcript().size(), 4u);
   EXPECT_EQ(m_host.Transcript()[2], "box Tessera [none] \"Error writing to file.\" (OK) -> OK");
   EXPECT_EQ(m_host.WaitCursors(), 0);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
+#include "support/comma_locale.h"
 
 namespace {
 
@@ -20,16 +20,10 @@ TEST(NumToStr, AFormatIsForOneLongDouble) {
   EXPECT_EQ(QuorStr::NumToStr(1e300, "%.0Lf").size(), 301u);
 }
 
-// A locale whose decimal point is a comma, if the machine has one; "C" has its point anyway.
 TEST(NumToStr, TheDecimalPointIsAPointInEveryLocaleAndTheLocaleStaysWhatItWas) {
-  const std::string before = setlocale(LC_ALL, nullptr);
-  for (const char* const name : {"de_DE.UTF-8", "fr_FR.UTF-8", "C.UTF-8", "C"}) {
-    if (!setlocale(LC_ALL, name)) continue;
-    const std::string here = setlocale(LC_ALL, nullptr);
-    EXPECT_EQ(QuorStr::NumToStr(0.25, "%.3Lg"), "0.25") << name;
-    EXPECT_EQ(setlocale(LC_ALL, nullptr), here);
-  }
-  setlocale(LC_ALL, before.c_str());
+  const CommaLocale locale;
+  EXPECT_EQ(QuorStr::NumToStr(0.25, "%.3Lg"), "0.25");
+  EXPECT_EQ(CommaLocale::Printed(), "1,5");
 }
 
 }  // namespace

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <limits>
 #include <sstream>
 
 #include "base/quor_ptr.h"
+#include "support/comma_locale.h"
 #include "support/place_in_table.h"
 
 namespace {
@@ -77,12 +77,8 @@ TEST_F(Timer, ANegativeSpanReadsInPicosecondsHoweverLongItIs) {
 }
 
 TEST_F(Timer, TheDecimalPointIsAPointInEveryLocale) {
-  const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-  for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "C"}) {
-    std::setlocale(LC_NUMERIC, name);  // an absent locale changes nothing
-    EXPECT_EQ(Format(1500), "1.5 ns") << name;
-  }
-  std::setlocale(LC_NUMERIC, before.c_str());
+  const CommaLocale locale;
+  EXPECT_EQ(Format(1500), "1.5 ns");
 }
 
 TEST_F(Timer, AStreamGetsTheText) {

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <concepts>
+#include <utility>
 
 #include "base/quor_str.h"
 
@@ -22,13 +23,15 @@ void WriteUnescaped(std::string& out, std::string_view text) {
   out += '"';
 }
 
-// Kept: three columns hold the address of the buffer that has their text, not the text: files of
-// this format are read by programs that skip those cells. Safe: it is only a number, and what needs
-// the values has the clean formats.
-void WriteAddress(std::string& out, const std::string& text) {
+void WriteBufferAddress(std::string& out, const std::string& text) {
   out += "0x";
   WriteNumber(out, reinterpret_cast<std::uintptr_t>(text.data()), 16);
 }
+
+// Kept: three columns hold the address of the buffer that has their text, not the text: files of
+// this format are read by programs that skip those cells. Safe: it is only a number, and what needs
+// the values has the clean formats.
+AddressWriter addressWriter = WriteBufferAddress;
 
 void WriteSeverity(std::string& out, const TraceEvent_i& event) {
   switch (event.GetAttributes() & kSeverityMask) {
@@ -62,6 +65,10 @@ std::string TicDiff(const TraceEvent_i& event, const TraceEvent_i* previous) {
 
 }  // namespace
 
+AddressWriter SetAddressWriter(AddressWriter writer) {
+  return std::exchange(addressWriter, writer);
+}
+
 std::vector<Column> ExportColumns(const ColumnOrder& order, const ColumnFlags& shown, bool hidden) {
   std::vector<Column> columns;
   for (const std::int32_t index : order)
@@ -91,9 +98,9 @@ void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
     case Column::Count:
       return WriteCount(out, event);
     case Column::TicCount:
-      return WriteAddress(out, std::to_string(event.GetTicCount()));
+      return addressWriter(out, std::to_string(event.GetTicCount()));
     case Column::TicDiff:
-      return WriteAddress(out, TicDiff(event, previous));
+      return addressWriter(out, TicDiff(event, previous));
     case Column::Time:
       return WriteUnescaped(out, event.GetTimeString(!utc));
     case Column::Machine:
@@ -106,7 +113,7 @@ void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
       return WriteUnescaped(out, event.GetCategoryName(names));
     case Column::Attributes:
       out += '"';
-      WriteAddress(out, AttributesToLabel(event.GetAttributes()));
+      addressWriter(out, AttributesToLabel(event.GetAttributes()));
       out += '"';
       return;
     case Column::Pid:

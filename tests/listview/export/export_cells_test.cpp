@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "listview/cells/make_event.h"
+#include "support/addresses_as_text.h"
 #include "support/zone_guard.h"
 
 namespace {
@@ -81,6 +82,26 @@ TEST(ExportCell, ADifferenceThatIsNotAvailableIsAnAddressToo) {
 TEST(ExportCell, TheAttributesAreAnAddressInQuotes) {
   EXPECT_THAT(CellOf(Column::Attributes, {.attributes = 9}), MatchesRegex("\"0x[0-9a-f]+\""));
   EXPECT_THAT(CellOf(Column::Attributes, {.attributes = 0}), MatchesRegex("\"0x[0-9a-f]+\""));
+}
+
+TEST(ExportCell, TheAddressesAreThoseOfTheDecimalTicsTheDifferenceAndTheLabel) {
+  const AddressesAsText asText;
+  const TraceFields above{.tic = 18446744073709551000u, .pid = 7};
+  const TraceFields trace{
+      .tic = 18446744073709551615u, .pid = 7, .attributes = kAttributeWarn | kAttributeVerbose};
+  EXPECT_EQ(CellOf(Column::TicCount, trace), "18446744073709551615");
+  EXPECT_EQ(CellOf(Column::TicCount, {.tic = 0}), "0");
+  EXPECT_EQ(CellOf(Column::TicDiff, trace, &above), "615");
+  EXPECT_EQ(CellOf(Column::TicDiff, {.tic = 5, .pid = 7}, &trace), "6");  // of 64 bits
+  EXPECT_EQ(CellOf(Column::TicDiff, {.tic = 0, .pid = 7}, &trace), "1");  // also without tics
+  EXPECT_EQ(CellOf(Column::Attributes, trace), "\"Warn, Verbose\"");
+}
+
+TEST(ExportCell, ADifferenceWithoutPreviousOrToAnotherProcessIsTheAddressOfQuotedWords) {
+  const AddressesAsText asText;
+  const TraceFields otherProcess{.tic = 5, .pid = 9};
+  EXPECT_EQ(CellOf(Column::TicDiff, {.tic = 6}), "\"n/a\"");
+  EXPECT_EQ(CellOf(Column::TicDiff, {.tic = 6}, &otherProcess), "\"n/a\"");
 }
 
 TEST(ExportCell, TheTimeIsQuoted) {

@@ -1,4 +1,5 @@
 // The list's export: which rows and columns the file gets.
+#include "support/addresses_as_text.h"
 #include "trace_view_rig.h"
 
 namespace {
@@ -94,6 +95,26 @@ TEST_F(TraceViewExportTest, OnlyTheSelectedRowsGoOut) {
   m_list->SetItemState(3, kRowSelected, kRowSelected);
   m_list->SetItemState(0, kRowFocused, kRowFocused);
   EXPECT_EQ(Export(true), "\"Count\",\"Trace\"\n2,\"b\"\n4,\"d\"\n");
+}
+
+TEST_F(TraceViewExportTest, ASelectedExportTakesThePreviousTraceFromTheFullList) {
+  const AddressesAsText asText;
+  ShowOnly({Column::Count, Column::TicDiff});
+  for (const std::uint64_t tic : {100, 130, 150, 155}) Add({.tic = tic});
+  Open();
+  for (const int row : {0, 1, 3}) m_list->SetItemState(row, kRowSelected, kRowSelected);
+  EXPECT_EQ(Export(true), "\"Count\",\"Tic Diff\"\n1,\"n/a\"\n2,30\n4,5\n");
+}
+
+TEST_F(TraceViewExportTest, ThePreviousTraceIsTheRowAboveAndNotAHiddenOne) {
+  const AddressesAsText asText;
+  ShowOnly({Column::Count, Column::TicDiff});
+  Add({.tic = 100});
+  Add({.component = 9, .tic = 130});
+  Add({.tic = 155});
+  Open();
+  HideNine();
+  EXPECT_EQ(Export(), "\"Count\",\"Tic Diff\"\n1,\"n/a\"\n3,55\n");
 }
 
 TEST_F(TraceViewExportTest, OnlyWhatPassesTheFilterGoesOut) {

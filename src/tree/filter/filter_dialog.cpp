@@ -60,10 +60,6 @@ bool CFilterDialog::OnTreeClick(FilterNode* node, bool onStateIcon) {
   return true;
 }
 
-void CFilterDialog::OnTreeToggleKey() {
-  if (m_selected) OnTreeClick(m_selected, true);
-}
-
 void CFilterDialog::OnOK() {
   m_tree->WriteMarks();
   CDialog::OnOK();

@@ -39,10 +39,9 @@ class CFilterDialog : public CDialog {
   // A click on the tree: `node` is the one at that point, null when there is none. It is selected
   // wherever the click lay; one on its box toggles it. True: the control does nothing by itself.
   bool OnTreeClick(FilterNode* node, bool onStateIcon);
-  // The selection moved by the keyboard.
+  // The selection moved by the keyboard. The key that toggles is a click on the selected node's
+  // box.
   void OnTreeSelect(FilterNode* node) { m_selected = node; }
-  // The key that stands for a click on the selected node's box.
-  void OnTreeToggleKey();
 
   // REQUIRES: OnInitDialog has run.
   FilterTree& Tree() const { return *m_tree; }

@@ -257,14 +257,11 @@ TEST_F(FilterDialog, AClickBesideTheNodesSelectsNoneAndDoesNothing) {
   });
 }
 
-TEST_F(FilterDialog, TheKeyTogglesTheSelectedNodeAndNothingWithoutOne) {
+TEST_F(FilterDialog, TheKeyboardSelectsAndChangesNoState) {
   Run([](CDialog& dialog) {
-    As(dialog).OnTreeToggleKey();
-    EXPECT_EQ(Node(dialog, {}), "[x] All Traces");
     As(dialog).OnTreeSelect(&NodeAt(As(dialog), kWarn));
-    As(dialog).OnTreeToggleKey();
-    EXPECT_EQ(Node(dialog, kWarn), "[ ] Warn");
-    EXPECT_EQ(Node(dialog, {}), "[-] All Traces");
+    EXPECT_EQ(As(dialog).Selected(), &NodeAt(As(dialog), kWarn));
+    EXPECT_EQ(Node(dialog, kWarn), "[x] Warn");
   });
 }
 

@@ -15,7 +15,8 @@ class FilterModel final : public QAbstractItemModel {
 
   static FilterNode* NodeOf(const QModelIndex& index);  // null: no node
   QModelIndex IndexOf(FilterNode* node) const;
-  // After a click: the node itself, those above and those below it have new states.
+  // After a click: the node and those above it have new states. Those below it are asked for theirs
+  // when they are painted.
   void TellStates(FilterNode& clicked);
 
   QModelIndex index(int row, int column, const QModelIndex& parent) const override;

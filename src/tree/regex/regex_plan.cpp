@@ -33,7 +33,6 @@ RegexPlan::RegexPlan()
     : m_nodes(RegexState.program, std::end(RegexState.program), RegexState.acrossLines != 0),
       m_anchored(RegexState.anchored != 0),
       m_wordFlag(RegexState.wordSearch != 0 && !m_anchored) {
-  m_never = m_nodes[m_nodes.size() - 1].kind == NodeKind::Fail;
   m_anyFirst =
       std::all_of(m_nodes.First().begin(), m_nodes.First().end(), [](bool b) { return b; });
   for (std::size_t i = 0; i < m_nodes.size(); ++i) m_never |= m_nodes[i].kind == NodeKind::Fail;

@@ -15,16 +15,6 @@ class MenuChild final : public CMDIChildWnd {
   std::vector<std::pair<int, int>> asked;
 };
 
-// A list view of a later version, which has properties.
-class ViewWithProperties final : public CTraceView {
- public:
-  ViewWithProperties(CTraceDoc& document, const RowListMaker& makeList)
-      : CTraceView(document, makeList) {
-    MapCommand(ID_VIEW_PROPERTIES, [this] { ++runs; });
-  }
-  int runs = 0;
-};
-
 TEST_F(TraceViewTest, TheContextMenuIsTheChildFrames) {
   FrameLog log;
   FakeApp app(m_host, log);
@@ -41,19 +31,18 @@ TEST_F(TraceViewTest, WithoutAFrameTheContextMenuIsNobodys) {
   EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n") << "only the first rebuild";
 }
 
-TEST_F(TraceViewTest, ADoubleClickRunsTheCommandProperties) {
-  AddMany(2);
-  ViewWithProperties view(m_document,
-                          [](RowListOwner& owner) { return std::make_unique<FakeRowList>(owner); });
-  view.OnInitialUpdate();
-  view.OnRowDoubleClicked(1);
-  EXPECT_EQ(view.runs, 1);
+TEST_F(TraceViewTest, FilterExportAndTheSavesAreAlwaysEnabled) {
+  Open();
+  for (const unsigned id : {unsigned{ID_VIEW_FILTER}, unsigned{ID_FILE_EXPORT},
+                            unsigned{ID_FILE_SAVE}, unsigned{ID_FILE_SAVECOPY}}) {
+    CCmdUI ui(id, true, false);
+    UpdateCommand(*m_view, ui);
+    EXPECT_TRUE(ui.IsEnabled()) << id;
+  }
 }
 
-TEST_F(TraceViewTest, TheSavesAndTheClearAreTheDocuments) {
-  for (const unsigned id :
-       {unsigned{ID_FILE_SAVE}, unsigned{ID_FILE_SAVECOPY}, unsigned{ID_EDIT_CLEAR_ALL}})
-    EXPECT_TRUE(m_view->HasCommand(id)) << id;
+TEST_F(TraceViewTest, TheClearIsTheDocuments) {
+  EXPECT_TRUE(m_view->HasCommand(ID_EDIT_CLEAR_ALL));
   AddMany(3);
   Open();
   m_document.SetModifiedFlag(false);

@@ -164,11 +164,6 @@ TEST_F(Dialogs, ATraceThatArrivesBehindTheDialogCanBeWalkedToAfterTheNextStep) {
 
 // ---- filter
 
-TEST_F(Dialogs, FilterIsAlwaysEnabled) {
-  Open();
-  EXPECT_TRUE(Enabled(ID_VIEW_FILTER));
-}
-
 TEST_F(Dialogs, FilterListsEveryNameOfTheDocument) {
   m_document.m_names = {{1, {"Net"}}, {9, {"Db"}}};
   Add({.component = 1});

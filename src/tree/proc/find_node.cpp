@@ -24,7 +24,7 @@ NodePosition Nearer(NodePosition earlier, NodePosition later, std::uint32_t want
 }
 
 // At the first leaf with a greater number than the wanted one.
-NodePosition StopAt(CExecutionBlock& owner, std::size_t position, std::uint32_t wanted) {
+NodePosition StopAtLeaf(CExecutionBlock& owner, std::size_t position, std::uint32_t wanted) {
   if (position == 0) return {&owner, 0};
   // Unsigned: a block before with a greater number is as far as can be.
   const std::uint32_t before = wanted - NumberAt(owner.children, position - 1);
@@ -67,6 +67,18 @@ std::size_t SkipHollow(ChildList& children) {
   return position;
 }
 
+// From an open block, or a thread, down to one that has more in it than one open block.
+CExecutionBlock* DownToContent(CExecutionBlock* block) {
+  for (;;) {
+    ChildList& children = block->children;
+    if (children.FirstLeaf(0) < children.size() || SkipHollow(children) + 1 != children.size())
+      return block;
+    CExecutionBlock* const last = children.BlockAt(children.size() - 1);
+    if (last->closed) return block;
+    block = last;
+  }
+}
+
 // REQUIRES: the children are level nodes.
 template <class Visit>
 void ForEachLevelNode(const CExecutionBlock& node, Visit&& visit) {
@@ -97,7 +109,7 @@ NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event) {
       const TraceEvent_i* const here = children[frame.position]->event;
       if (here == &event) return {frame.node, frame.position};
       ended = SequenceNumberOf(*here) > wanted;
-      if (ended) found = StopAt(*frame.node, frame.position, wanted);
+      if (ended) found = StopAtLeaf(*frame.node, frame.position, wanted);
       ++frame.position;
     }
     if (!ended) continue;
@@ -112,10 +124,25 @@ NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event) {
 void NearestInOrder::Clear() {
   m_fronts.clear();
   m_complete = true;
+  m_nothingFrom = kNone;
 }
 
-void NearestInOrder::OnErased(CExecutionBlock& owner) {
-  if (m_complete) m_fronts[owner.thread->front].Forget();
+void NearestInOrder::OnAppended(const CProcessThread& thread) {
+  m_nothingFrom = kNone;
+  if (m_complete) m_fronts[thread.front].Forget();
+}
+
+void NearestInOrder::OnClosed(const CExecutionBlock& block) {
+  if (!m_complete) return;
+  Front& front = m_fronts[block.thread->front];
+  if (front.start == &block) front.start = block.parent;
+}
+
+// Where there is nothing, nothing comes from what goes.
+void NearestInOrder::OnErased(const CExecutionBlock& owner) {
+  if (!m_complete) return;
+  Front& front = m_fronts[owner.thread->front];
+  if (!front.FoundNothing()) front.Forget();
 }
 
 // The threads in the order of the tree.
@@ -126,7 +153,7 @@ void NearestInOrder::Collect(const CRoot& root) {
       ForEachLevelNode(application, [&](CExecutionBlock& process) {
         ForEachLevelNode(process, [&](CExecutionBlock& thread) {
           thread.thread->front = static_cast<std::uint32_t>(m_fronts.size());
-          m_fronts.push_back({&thread});
+          m_fronts.push_back({&thread, &thread});
         });
       });
     });
@@ -135,7 +162,7 @@ void NearestInOrder::Collect(const CRoot& root) {
 }
 
 NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
-                                  CExecutionBlock* block, std::uint32_t newest) {
+                                  CExecutionBlock* block) {
   // The walk would meet the trace's own block only as the neighbour before a leaf.
   if (block && !block->unreachable) {
     const std::size_t position = PositionInOrder(*block->parent, *block);
@@ -143,53 +170,77 @@ NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
     if (position + 1 < siblings.size() && siblings.IsLeaf(position + 1))
       return {block->parent, position};
   }
-  if (!m_complete) Collect(root);
   const std::uint32_t wanted = SequenceNumberOf(event);
-  NodePosition best;
-  std::uint64_t distance = UINT64_MAX;
+  if (wanted >= m_nothingFrom) return {};
+  if (!m_complete) Collect(root);
+  Front* nearest = nullptr;
+  std::uint64_t distance = kNone, from = 0;
   for (Front& front : m_fronts) {
-    if (front.AtLeast(wanted, newest) >= distance) continue;
-    best = Nearer(best, Below(front, wanted, newest), wanted);
-    if (best) distance = Distance(best, wanted);
+    if (!front.Knows(wanted)) Search(front, wanted);
+    from = std::max(from, front.from);
+    // Of several that are as near the first one counts.
+    if (front.DistanceFrom(wanted) >= distance) continue;
+    distance = front.DistanceFrom(wanted);
+    nearest = &front;
   }
-  return best;
+  if (nearest) return Search(*nearest, wanted);
+  m_nothingFrom = from;
+  return {};
 }
 
 // All children before the first one above the wanted number hold smaller numbers only and give
 // nothing, but for the last of them: a block that goes on beyond the wanted number.
-NodePosition NearestInOrder::Below(Front& front, std::uint32_t wanted, std::uint32_t newest) {
+NodePosition NearestInOrder::Search(Front& front, std::uint32_t wanted) {
+  front.start = DownToContent(front.start);
+  front.from = 0;
+  front.until = front.leaf = front.neighbour = kNone;
   NodePosition best;
-  front = {front.thread, wanted, std::uint64_t{newest} + 1, -1};
   m_passed.clear();
-  for (CExecutionBlock* node = front.thread; node;) {
-    const std::size_t above = FirstAbove(node->children, wanted);
-    if (above < node->children.size())
-      front.above = std::min<std::uint64_t>(front.above, NumberAt(node->children, above));
-    if (above > 0)
-      front.below = std::max<std::int64_t>(front.below, NumberAt(node->children, above - 1));
-    const std::size_t leaf = node->children.FirstLeaf(above);
-    if (leaf < node->children.size()) {
-      best = StopAt(*node, leaf, wanted);
+  for (CExecutionBlock* node = front.start; node;) {
+    ChildList& children = node->children;
+    const std::size_t above = FirstAbove(children, wanted);
+    // A number from here up to the wanted one leads down the same way.
+    if (above > 0) front.from = std::max<std::uint64_t>(front.from, NumberAt(children, above - 1));
+    const std::size_t leaf = children.FirstLeaf(above);
+    if (leaf < children.size()) {
+      best = StopAt(front, {node, leaf}, wanted);
       break;
     }
     m_passed.push_back({node, above});
-    node = above > 0 ? node->children.BlockAt(above - 1) : nullptr;
+    node = above > 0 ? children.BlockAt(above - 1) : nullptr;
   }
   for (; !m_passed.empty(); m_passed.pop_back())
-    best = Nearer(best, FirstBelow(m_passed.back(), wanted), wanted);
-  if (!best) front.nothingUntil = std::uint64_t{newest} + 1;
+    best = Nearer(best, FirstBelow(front, m_passed.back(), wanted), wanted);
   return best;
+}
+
+// The walk ends at this leaf, and so it does for every number from the wanted one on that is below
+// the leaf's and below that of a neighbour that does not count yet.
+NodePosition NearestInOrder::StopAt(Front& front, NodePosition place, std::uint32_t wanted) {
+  const ChildList& children = place.owner->children;
+  const std::uint32_t leaf = NumberAt(children, place.position);
+  front.leaf = std::min<std::uint64_t>(front.leaf, leaf);
+  front.until = std::min<std::uint64_t>(front.until, leaf);
+  if (place.position > 0) {
+    const std::uint32_t before = NumberAt(children, place.position - 1);
+    if (before > wanted) {
+      front.until = std::min<std::uint64_t>(front.until, before);
+    } else {
+      front.neighbour = before;
+    }
+  }
+  return StopAtLeaf(*place.owner, place.position, wanted);
 }
 
 // Below the children from a position on, which all are blocks and have numbers above the wanted
 // one: the first block that gives anything gives the nearest.
-NodePosition NearestInOrder::FirstBelow(WalkFrame from, std::uint32_t wanted) {
+NodePosition NearestInOrder::FirstBelow(Front& front, WalkFrame from, std::uint32_t wanted) {
   m_path.assign(1, from);
   while (!m_path.empty()) {
     WalkFrame& frame = m_path.back();
     ChildList& children = frame.node->children;
     const std::size_t leaf = children.FirstLeaf(frame.position);
-    if (leaf < children.size()) return StopAt(*frame.node, leaf, wanted);
+    if (leaf < children.size()) return StopAt(front, {frame.node, leaf}, wanted);
     frame.position = std::max(frame.position, SkipHollow(children));
     if (frame.position >= children.size()) {
       m_path.pop_back();

@@ -40,42 +40,48 @@ struct WalkFrame {
 };
 
 // The same result, when no leaf of the trace is in the tree and the traces were filed in rising
-// order of sequence numbers, at a cost that does not depend on how many there are: a binary search
-// per level of blocks, and that only in threads that may have something nearer than the others.
+// order of sequence numbers, at a cost that does not depend on how many there are: what a search in
+// a thread has found holds for all numbers about the wanted one until something comes or goes
+// there, and only then the thread is searched anew, by a binary search per level of blocks.
 class NearestInOrder {
  public:
-  // `block` is the one that the trace has opened, null for none; `newest` the number of the trace
-  // that was filed last.
-  NodePosition Find(const CRoot& root, const TraceEvent_i& event, CExecutionBlock* block,
-                    std::uint32_t newest);
+  // `block` is the one that the trace has opened, null for none.
+  NodePosition Find(const CRoot& root, const TraceEvent_i& event, CExecutionBlock* block);
   void OnNewThread() { m_complete = false; }
+  void OnAppended(const CProcessThread& thread);
+  void OnClosed(const CExecutionBlock& block);
   // A child of a thread or block has gone.
-  void OnErased(CExecutionBlock& owner);
+  void OnErased(const CExecutionBlock& owner);
   void Clear();
 
  private:
-  // What the last search in a thread has seen. Until a child goes there, a search for a number from
-  // `from` on finds nothing with a number below `above` but for nodes up to `below`.
+  static constexpr std::uint64_t kNone = UINT64_MAX;
+
+  // What the last search in a thread has found, for the numbers from `from` up to before `until`.
   struct Front {
     CExecutionBlock* thread;
-    std::uint64_t from = 0, above = 0;
-    std::int64_t below = -1;         // -1: none
-    std::uint64_t nothingUntil = 0;  // it found nothing, and will not before a trace of this number
+    // An open block, or the thread: nothing outside it counts, and while it is open nothing comes
+    // there. So a chain of open blocks that have nothing but one another is walked down once.
+    CExecutionBlock* start;
+    std::uint64_t from = 0, until = 0;
+    std::uint64_t leaf = kNone;       // the nearest with a greater number
+    std::uint64_t neighbour = kNone;  // before that leaf, with a number up to `from`
 
-    void Forget() { above = nothingUntil = 0; }
-    // Nothing there is nearer.
-    std::uint64_t AtLeast(std::uint64_t wanted, std::uint64_t newest) const {
-      if (wanted >= from && nothingUntil > newest) return UINT64_MAX;
-      if (wanted < from || wanted >= above) return 0;
-      const std::uint64_t behind = above - wanted;
-      return below < 0 ? behind : std::min(behind, wanted - static_cast<std::uint64_t>(below));
+    void Forget() { until = 0; }
+    bool Knows(std::uint64_t wanted) const { return wanted >= from && wanted < until; }
+    bool FoundNothing() const { return leaf == kNone && until == kNone; }
+    std::uint64_t DistanceFrom(std::uint64_t wanted) const {
+      const std::uint64_t above = leaf == kNone ? kNone : leaf - wanted;
+      return neighbour == kNone ? above : std::min(above, wanted - neighbour);
     }
   };
   void Collect(const CRoot& root);
-  NodePosition Below(Front& front, std::uint32_t wanted, std::uint32_t newest);
-  NodePosition FirstBelow(WalkFrame from, std::uint32_t wanted);
+  NodePosition Search(Front& front, std::uint32_t wanted);
+  static NodePosition StopAt(Front& front, NodePosition place, std::uint32_t wanted);
+  NodePosition FirstBelow(Front& front, WalkFrame from, std::uint32_t wanted);
 
-  std::vector<Front> m_fronts;  // in the order of the tree
-  bool m_complete = true;       // else there are threads that it lacks
+  std::vector<Front> m_fronts;          // in the order of the tree
+  bool m_complete = true;               // else there are threads that it lacks
+  std::uint64_t m_nothingFrom = kNone;  // from this number on no thread has anything
   std::vector<WalkFrame> m_passed, m_path;
 };

@@ -131,6 +131,7 @@ TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
 void ProcModel::AddChild(CExecutionBlock& block, CProcessThread& thread, TraceEvent_i* event,
                          std::uint64_t tic) {
   block.children.AppendLeaf(m_words, m_leaves.Make(event, &block));
+  m_nearest.OnAppended(thread);
   TakeTime(block, tic);
   if (&block != &thread) TakeTime(thread, tic);
   TakeTime(ProcessOf(thread), tic);
@@ -152,6 +153,7 @@ CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& t
 // Kept: whatever the text behind the mark, an End closes the innermost block.
 void ProcModel::CloseBlock(CExecutionBlock& block, CProcessThread& thread, bool live) {
   block.closed = true;
+  m_nearest.OnClosed(block);
   thread.currentBlock = block.parent;
   if (block.parent != &thread) TakeTime(*block.parent, block.lastTrace);
   if (!live) return;

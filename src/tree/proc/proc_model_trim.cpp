@@ -77,8 +77,7 @@ NodePosition ProcModel::FindNode(const TraceEvent_i& event) {
 }
 
 NodePosition ProcModel::FindNearest(const TraceEvent_i& event, CExecutionBlock* opened) {
-  return m_rising ? m_nearest.Find(m_root, event, opened, m_lastNumber)
-                  : FindNodeByWalk(m_root, event);
+  return m_rising ? m_nearest.Find(m_root, event, opened) : FindNodeByWalk(m_root, event);
 }
 
 void ProcModel::TakeOut(NodePosition place) {

@@ -15,13 +15,15 @@ struct Stream {
   int threads;        // over machines, applications and processes
   int hiddenPercent;  // traces that the filter hides
   int numbering;      // 0: rising by one; 1: rising with gaps; 2: in no order; 3: none at all
-  int blockPercent;   // Begins, and as many Ends
+  int beginPercent;
+  int endPercent;
 };
 
 std::ostream& operator<<(std::ostream& out, const Stream& stream) {
   return out << "seed " << stream.seed << ", limit " << stream.limit << ", threads "
              << stream.threads << ", hidden " << stream.hiddenPercent << " %, numbering "
-             << stream.numbering << ", blocks " << stream.blockPercent << " %";
+             << stream.numbering << ", Begins " << stream.beginPercent << " %, Ends "
+             << stream.endPercent << " %";
 }
 
 class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcModelRig {
@@ -46,9 +48,9 @@ class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcMod
     fields.category = Below(100) < stream.hiddenPercent ? 9 : 10;
     const int dice = Below(100);
     const std::string name = std::to_string(m_number);
-    if (dice < stream.blockPercent) {
+    if (dice < stream.beginPercent) {
       fields.text = "Begin: " + name;
-    } else if (dice < 2 * stream.blockPercent) {
+    } else if (dice < stream.beginPercent + stream.endPercent) {
       fields.text = "End: " + name;
     } else {
       fields.text = "plain trace " + name;
@@ -165,7 +167,13 @@ std::vector<Stream> Streams() {
     for (const int hidden : {0, 30, 70})
       for (const int threads : {1, 7, 40})
         for (const int blocks : {5, 25, 45})
-          streams.push_back({seed++, 150, threads, hidden, numbering, blocks});
+          streams.push_back({seed++, 150, threads, hidden, numbering, blocks, blocks});
+  // Blocks that stay open, one inside the other, and are emptied; and that close late.
+  for (const int hidden : {30, 70})
+    for (const int threads : {1, 3, 7})
+      for (const int ends : {2, 20, 38})
+        for (const std::size_t limit : {60, 150})
+          streams.push_back({seed++, limit, threads, hidden, 0, 40, ends});
   return streams;
 }
 

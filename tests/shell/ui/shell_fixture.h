@@ -70,7 +70,11 @@ class ShellTest : public testing::Test {
   void Start(const std::vector<std::string>& arguments = {}) {
     m_app = std::make_unique<CTesseraApp>(m_host, *m_faces);
     ASSERT_TRUE(m_app->InitInstance(arguments));
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&Window()));
+    // Without a window manager nobody gives the activation back that a progress box had.
+    ASSERT_TRUE(Until([this] {
+      if (!Window().isActiveWindow()) Window().activateWindow();
+      return Window().isActiveWindow();
+    }));
   }
   std::string TraceFile(const std::string& name, int traces) {
     TrcImage image;

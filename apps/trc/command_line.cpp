@@ -263,7 +263,8 @@ class Parser {
         "Examples:\n"
         "  trc find timeout web.trc\n"
         "  trc find -e 'took [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
-        "  trc find -iw error web.trc --count");
+        "  trc find -iw error web.trc --count\n"
+        "  trc find -- -1 web.trc        what begins with - stands behind --");
   }
 
   FindOptions ChosenFind() {

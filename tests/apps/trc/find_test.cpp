@@ -78,6 +78,33 @@ TEST_F(TrcFind, TakesTheFilter) {
   EXPECT_EQ(Run({"GET", "--uncheck", "All Severities/Wran"}).status, 2);
 }
 
+TEST_F(TrcFind, APatternThatBeginsWithAHyphenStandsBehindTwo) {
+  EXPECT_EQ(Found({"--", "-"}), "");
+  EXPECT_EQ(RunTrc({"find", "--count", "--", "-x", m_file}).out, "0\n");
+}
+
+TEST_F(TrcFind, AnOlderFileIsRefusedWithTheWayToConvertIt) {
+  const std::string old = m_directory.File("old.trc");
+  ASSERT_EQ(RunTrc({"gen", "--old", "-n", "3", old}).status, 0);
+  const TrcRun run = RunTrc({"find", "x", old});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_NE(run.err.find("older trace file format"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("trc convert"), std::string::npos) << run.err;
+}
+
+TEST_F(TrcFind, AnInterruptIsHeardInTheMiddleOfOneText) {
+  // Tries as many ways to part the text as there are places for two cuts in it: for days.
+  const std::string file =
+      TrcImage().Trace(std::string(60000, 'x') + "zy").WriteTo(m_directory.File("long.trc"));
+  TrcProcess trc({.arguments = {"find", "-e", "\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", file}});
+  trc.WaitForWork(std::chrono::milliseconds(300));  // reading the file takes a few
+  trc.Interrupt();
+  const TrcRun run = trc.Finish();
+  EXPECT_EQ(run.status, 130);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "");
+}
+
 TEST_F(TrcFind, ABadPatternIsRefusedBeforeTheFileIsRead) {
   for (const std::string& file : {m_file, m_directory.File("missing.trc")}) {
     const TrcRun run = RunTrc({"find", "-e", "[abc", file});

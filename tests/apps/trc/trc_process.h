@@ -10,6 +10,7 @@
 #include <string.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -64,6 +65,15 @@ class TrcProcess {
       Interrupt();
       sched_yield();
     }
+  }
+  // Waits until the program has used so much of a processor's time, or has ended.
+  void WaitForWork(std::chrono::nanoseconds work) const {
+    clockid_t clock{};
+    timespec used{};
+    while (!Late() && clock_getcpuclockid(m_process, &clock) == 0 &&
+           clock_gettime(clock, &used) == 0 &&
+           std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec) < work)
+      sched_yield();
   }
   // What the program has written so far, at least `bytes` of it unless it ends before.
   const std::string& ReadOut(std::size_t bytes) {

@@ -64,6 +64,16 @@ TEST_F(RegexCompileTest, TheExamplesCompileToTheirExactBytes) {
             Program{16} + Bits("aA") + Program{16} + Bits("bB") + (Program{8, '1', 28}));
 }
 
+TEST_F(RegexCompileTest, AnErrorIsAStringWithItsCode) {
+  try {
+    RegexRaise(42);
+  } catch (const std::string& text) {
+    EXPECT_EQ(text, "Regular expression parser error: 42");
+    return;
+  }
+  FAIL() << "nothing is thrown";
+}
+
 TEST_F(RegexCompileTest, AnEmptyPatternIsTheEndAlone) {
   EXPECT_EQ(Compiled(""), Program{28});
   EXPECT_EQ(Compiled("", false, true), Program{28});

@@ -73,9 +73,16 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
   if (!LocalFiles(*event->mimeData()).empty()) event->acceptProposedAction();
 }
 
+// Opened behind the event: until it returns, the program that the files were dragged from waits,
+// and an older file asks a question.
 void MainWindow::dropEvent(QDropEvent* event) {
   const std::vector<std::string> paths = LocalFiles(*event->mimeData());
   if (!m_frame || paths.empty()) return;
   event->acceptProposedAction();
-  m_frame->OnDropFiles(paths);
+  QMetaObject::invokeMethod(
+      this,
+      [this, paths] {
+        if (m_frame) m_frame->OnDropFiles(paths);
+      },
+      Qt::QueuedConnection);
 }

@@ -244,9 +244,10 @@ TEST_F(MainFrameTest, EachLocalFileThatIsDroppedOpensAndOtherThingsAreLeft) {
   const auto files = Urls(
       {QUrl::fromLocalFile(a), QUrl(QStringLiteral("http://host/c.trc")), QUrl::fromLocalFile(b)});
   EXPECT_TRUE(Drop(*files));
-  EXPECT_EQ(m_app->FileTemplate()->Documents().size(), 2u);
+  EXPECT_TRUE(Until([this] { return m_app->FileTemplate()->Documents().size() == 2; }));
   const auto none = Urls({QUrl(QStringLiteral("http://host/c.trc"))});
   EXPECT_FALSE(Drop(*none));
+  QCoreApplication::processEvents();
   EXPECT_EQ(m_app->FileTemplate()->Documents().size(), 2u);
 }
 

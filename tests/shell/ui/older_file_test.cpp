@@ -72,7 +72,7 @@ TEST_F(OlderFileTest, AFileOnTheCommandLineIsAskedForThoughTheWindowDoesNotShowY
   EXPECT_TRUE(Until([this] { return View(*Frame().MDIGetActive())->List().ItemCount() == 3; }));
 }
 
-TEST_F(OlderFileTest, ADropOnTheWindowAsks) {
+TEST_F(OlderFileTest, ADropOnTheWindowAsksWhenTheDropHasReturned) {
   Start();
   Answer(QMessageBox::Yes);
   QMimeData data;
@@ -81,6 +81,8 @@ TEST_F(OlderFileTest, ADropOnTheWindowAsks) {
   QApplication::sendEvent(&Window(), &enter);
   QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(&Window(), &drop);
+  EXPECT_TRUE(drop.isAccepted());
+  EXPECT_EQ(m_asked, 0);  // the program that was dragged from is not kept waiting for the answer
   ASSERT_TRUE(Until([this] { return m_asked == 1 && !Frame().Children().empty(); }));
   EXPECT_TRUE(Until([this] { return View(*Frame().MDIGetActive())->List().ItemCount() == 3; }));
 }

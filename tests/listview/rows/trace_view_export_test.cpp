@@ -1,6 +1,6 @@
 // The list's export: which rows and columns the file gets.
+#include "drained_view.h"
 #include "support/addresses_as_text.h"
-#include "trace_view_rig.h"
 
 namespace {
 
@@ -125,6 +125,12 @@ TEST_F(TraceViewExportTest, OnlyWhatPassesTheFilterGoesOut) {
   Open();
   HideNine();
   EXPECT_EQ(Export(), "\"Count\"\n2\n");
+}
+
+TEST_F(TraceViewExportTest, RowsThatComeWhileTheDialogStandsAreWritten) {
+  ShowOnly({Column::Count, Column::Trace});
+  EXPECT_EQ(DrainedView().Written(ID_FILE_EXPORT, m_directory.File("late.csv")),
+            "\"Count\",\"Trace\"\n9,\"late\"\n");
 }
 
 TEST_F(TraceViewExportTest, ATextFileHasTheSameContent) {

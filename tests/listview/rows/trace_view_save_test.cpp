@@ -1,6 +1,6 @@
 // The list's save: shown or selected rows into a new .trc file.
+#include "drained_view.h"
 #include "support/trc_image.h"
-#include "trace_view_rig.h"
 
 namespace {
 
@@ -62,6 +62,12 @@ TEST_F(TraceViewSaveTest, ASelectedSaveWritesTheSelectedRowsAndLeavesTheModified
   expected.Trace({.text = "a", .count = 1}).Trace({.text = "c", .count = 3});
   EXPECT_EQ(Save(true), expected.Bytes());
   EXPECT_TRUE(m_document.IsModified());
+}
+
+TEST_F(TraceViewSaveTest, RowsThatComeWhileTheDialogStandsAreWritten) {
+  TrcImage expected;
+  expected.Trace({.text = "late", .count = 9});
+  EXPECT_EQ(DrainedView().Written(ID_FILE_SAVE, m_directory.File("late.trc")), expected.Bytes());
 }
 
 TEST_F(TraceViewSaveTest, TheBoxIsEnabledByASelection) {

@@ -71,10 +71,17 @@ TreeItem TreeItems::Walk(TreeItem from, TreeStep step) const {
     case TreeStep::LastChild:
       return HasItemsBelow(from) ? HandleOf(item.children->Last()) : 0;
     case TreeStep::PreviousVisible:
-      return At(RowOf(from) - 1);
+      return RowAbove(item);
     default:
       return Sibling(item, step);
   }
+}
+
+TreeItem TreeItems::RowAbove(const Item& item) const {
+  for (const Item* above = item.parent; above; above = above->parent)
+    if (!(above->state & kTreeExpanded)) return 0;
+  const Item* const beside = item.parent->children->Beside(item, false);
+  return beside && beside->Rows() == 1 ? HandleOf(beside) : At(RowOf(HandleOf(&item)) - 1);
 }
 
 TreeItem TreeItems::Sibling(const Item& item, TreeStep step) const {

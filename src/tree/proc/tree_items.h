@@ -51,6 +51,7 @@ class TreeItems final : public TreeItemPort {
   static TreeItem HandleOf(const Item* item) { return reinterpret_cast<TreeItem>(item); }
   Item* OrTop(TreeItem item) const { return item ? ItemOf(item) : m_top.get(); }
   TreeItem Sibling(const Item& item, TreeStep step) const;
+  TreeItem RowAbove(const Item& item) const;
   static void RowsChanged(Item* item, std::int64_t rows);
 
   std::unique_ptr<Item> m_top;  // the parent of the top level; always expanded

@@ -19,16 +19,19 @@ void TreeItems::Siblings::AddRows(std::uint64_t number, std::int64_t rows) {
   }
 }
 
+// Counted one by one from whichever is nearest: the front, the end or the number's group. A live
+// stream asks at the front and at the end.
 std::int64_t TreeItems::Siblings::RowsBefore(std::uint64_t number) const {
-  std::uint64_t each = m_begin;
-  std::int64_t rows = 0;
-  if (m_sums) {
-    rows = m_sums->BeforeGroupOf(number);
-    each = std::max(each, number >> RowSums::kGroupBits << RowSums::kGroupBits);
-  }
-  for (; each < number; ++each)
-    if (!Slot(each).dead) rows += Slot(each).Rows();
-  return rows;
+  const auto rowsOf = [this](std::uint64_t each, std::uint64_t end) {
+    std::int64_t rows = 0;
+    for (; each < end; ++each)
+      if (!Slot(each).dead) rows += Slot(each).Rows();
+    return rows;
+  };
+  const std::uint64_t group = number >> RowSums::kGroupBits << RowSums::kGroupBits;
+  const bool summed = m_sums && group > m_begin;
+  if (m_end - number < number - (summed ? group : m_begin)) return m_rows - rowsOf(number, m_end);
+  return summed ? m_sums->BeforeGroupOf(number) + rowsOf(group, number) : rowsOf(m_begin, number);
 }
 
 TreeItems::Item* TreeItems::Siblings::At(std::int64_t row) const {

@@ -5,6 +5,7 @@
 #include <QApplication>
 
 #include "bench/bench_host.h"
+#include "bench/live_document.h"
 #include "bench/ratio.h"
 #include "bench/sample_file.h"
 #include "documents/trace_file_doc.h"
@@ -52,48 +53,18 @@ void ShowLargeFile(BenchHost& host, const std::string& path) {
            scrolled.floorSeconds * 1000, scrolled.ratio, 2.0);
 }
 
-// A monitor's document and view without the connection: adds and trims as a drain does.
+// The list on a monitor's document.
 struct Live {
-  explicit Live(BenchHost& host, std::size_t limit)
-      : m_document(host), m_view(m_document, MakeQtList()), m_limit(limit) {
-    m_document.m_loading = false;
+  Live(BenchHost& host, std::size_t limit) : m_source(host, limit, 1) {
     m_view.OnInitialUpdate();
     m_list = &Show(m_view);
-    Tick(static_cast<int>(limit));
+    m_source.Fill();
   }
+  void Tick(int traces) { m_source.Tick(traces); }
 
-  void Tick(int traces) {
-    CTraceHint batch;
-    for (int i = 0; i < traces; ++i) {
-      if (m_document.m_traces.size() >= m_limit) Trim(batch);
-      ++m_count;
-      TraceEvent_i* event = TraceEvent_i::Create(
-          m_count, 1, 2, 3, static_cast<unsigned short>(4 + m_count % 7), PackDate(2026, 11, 21),
-          PackTime(9, 41, 7, 5), std::uint64_t{1000} * m_count, 20, 21, kAttributeInfo, 30, 99,
-          "a request of ordinary length was taken from the queue and handed to a worker", "");
-      m_document.AddTrace(event);
-      batch.m_events.push_back(event);
-    }
-    m_document.UpdateAllViews(nullptr, kHintAdded, &batch);
-  }
-
-  void Trim(CTraceHint& batch) {
-    CTraceHint oldest;
-    for (std::size_t i = 0; i < 100; ++i) oldest.m_events.push_back(m_document.m_traces[i]);
-    m_document.UpdateAllViews(nullptr, kHintTrimmed, &oldest);
-    for (std::size_t i = 0; i < 100; ++i) {
-      if (!batch.m_events.empty() && batch.m_events.front() == m_document.m_traces[0]) {
-        batch.m_events.pop_front();
-      }
-      m_document.m_traces.PopFront();
-    }
-  }
-
-  CTraceDoc m_document;
-  CTraceView m_view;
+  LiveDocument m_source;
+  CTraceView m_view{m_source.Document(), MakeQtList()};
   QtRowList* m_list;
-  std::size_t m_limit;
-  unsigned m_count = 0;
 };
 
 void LiveTicks(BenchHost& host) {
@@ -111,20 +82,14 @@ void LiveTicks(BenchHost& host) {
       });
   PrintRow("tick of 3,333 at 500,000 held / at 5,000 held", tick.seconds * 1000, "ms",
            tick.floorSeconds * 1000, tick.ratio, 1.5);
-  std::vector<double> busy;
-  for (int i = 0; i < 9; ++i) {
-    busy.push_back(Seconds([&] {
-      many.Tick(33333);
-      many.m_list->viewport()->grab();
-    }));
-  }
-  const double share = Median(busy) / 0.333333;
+  const double share = ShareOfCore(9, 0.333333, [&] {
+    many.Tick(33333);
+    many.m_list->viewport()->grab();
+  });
   PrintRow("100,000 traces/s: the list's share of a core", share * 100, "% of core", 100, share,
            0.10);
 
-  CTraceFilter hideMost = many.m_view.m_filter;
-  hideMost.allTraces = hideMost.allCategories = 0;
-  for (NameId id = 4; id < 11; ++id) hideMost.categories[id] = id == 4;
+  const CTraceFilter hideMost = LiveDocument::HideMost(many.m_view.m_filter);
   few.m_view.SetFilter(hideMost, true);
   many.m_view.SetFilter(hideMost, true);
   const Measured filtered = MeasureBeside(

@@ -12,7 +12,6 @@
 #include <QTimer>
 #include <atomic>
 #include <cstdlib>
-#include <ctime>
 #include <deque>
 #include <fstream>
 #include <mutex>
@@ -104,12 +103,6 @@ class Source final : public TraceThread_i {
   std::atomic<std::uint64_t> m_sent = 0;
   std::thread m_thread;
 };
-
-double ThreadSeconds() {
-  timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
 
 double ResidentMb() {
   std::ifstream statm("/proc/self/statm");

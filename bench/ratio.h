@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -13,6 +14,13 @@ inline double Seconds(const std::function<void()>& work) {
   const auto start = std::chrono::steady_clock::now();
   work();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// This thread's own processor time, also beside other programs.
+inline double ThreadSeconds() {
+  timespec time;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
 inline double Median(std::vector<double> values) {
@@ -38,6 +46,18 @@ inline Measured MeasureBeside(int turns, const std::function<void()>& floorWork,
     ratios.push_back(times.back() / floors.back());
   }
   return {Median(times), Median(floors), Median(ratios)};
+}
+
+// The median share of a core that the work takes of this thread, when it comes once every
+// `periodSeconds`.
+inline double ShareOfCore(int turns, double periodSeconds, const std::function<void()>& work) {
+  std::vector<double> busy;
+  for (int i = 0; i < turns; ++i) {
+    const double start = ThreadSeconds();
+    work();
+    busy.push_back(ThreadSeconds() - start);
+  }
+  return Median(busy) / periodSeconds;
 }
 
 // A row: what, its cost, the floor's cost, the ratio, the target, and whether it is met.

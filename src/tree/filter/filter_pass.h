@@ -1,10 +1,9 @@
 // One walk of a filter over many traces: the same answers and the same additions to the filter as
 // CTraceFilter::Matches, at the cost of reading the ids.
 //
-// Shape    The marks are copied into a byte per id and field, and the verdicts on machine, process
-// and
-//          thread into a small direct-mapped table as they are met. An id that the filter does not
-//          know goes through Matches itself, which may add it.
+// Shape    The marks are copied into a byte per id and field; the verdicts on machine, process and
+//          thread go into a small direct-mapped table as they are met. An id that the filter does
+//          not know goes through Matches itself, which may add it.
 // Owner    Borrows the filter. REQUIRES: nobody else changes its marks while the pass is in use.
 // Threads  That of the filter.
 #pragma once

@@ -6,6 +6,7 @@
 #include "records/old_translator.h"
 #include "support/old_trc_image.h"
 #include "support/temp_dir.h"
+#include "support/trc_image.h"
 
 namespace {
 

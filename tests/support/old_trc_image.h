@@ -6,11 +6,10 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <string_view>
 
-#include "support/trc_image.h"
+#include "support/file_image.h"
 
 // 2026-11-21 09:41:07.123 UTC in units of 100 ns since 1601.
 constexpr std::uint64_t kOldMoment = 134'397'276'671'230'000;
@@ -33,9 +32,9 @@ struct OldTraceFields {
   std::uint64_t tic = 0;
 };
 
-class OldTrcImage {
+class OldTrcImage : public FileImage<OldTrcImage> {
  public:
-  OldTrcImage() = default;
+  OldTrcImage() : FileImage({"Version 2.2", 12}) {}
 
   OldTrcImage& Machine(unsigned key, std::string_view text) { return Name(0, key, 1, text); }
   OldTrcImage& App(unsigned key, std::string_view text) { return Name(1, key, 1, text); }
@@ -51,30 +50,10 @@ class OldTrcImage {
     return Text(trace.text);
   }
   OldTrcImage& Trace(const char* text) { return Trace(OldTraceFields{.text = text}); }
-  // One byte as it stands.
-  OldTrcImage& Raw(int byte) {
-    m_bytes += static_cast<char>(byte);
-    return *this;
-  }
   // A little-endian number of `width` bytes.
   OldTrcImage& Number(std::uint64_t value, int width) {
     for (; width > 0; --width, value >>= 8) Raw(static_cast<int>(value & 0xFF));
     return *this;
-  }
-  // Takes the last `bytes` bytes away.
-  OldTrcImage& Cut(std::size_t bytes) {
-    m_bytes.resize(m_bytes.size() - bytes);
-    return *this;
-  }
-
-  const std::string& Bytes() const { return m_bytes; }
-  std::size_t Size() const { return m_bytes.size(); }
-  GuardedBytes Guarded() const { return GuardedBytes(m_bytes); }
-  // Gives the path back.
-  const std::string& WriteTo(const std::string& path) const {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
-    return path;
   }
 
  private:
@@ -85,6 +64,4 @@ class OldTrcImage {
     m_bytes += text;
     return Raw(0);
   }
-
-  std::string m_bytes = std::string("Version 2.2", 12);
 };

@@ -6,16 +6,13 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "base/bytes.h"
-#include "base/mapped_file.h"
 #include "records/name_map.h"
 #include "records/raw_trace.h"
+#include "support/file_image.h"
 
 // The fields of one trace. Initialisers stand in this order.
 struct TraceFields {
@@ -36,25 +33,10 @@ struct TraceFields {
   std::uint32_t line = 0;
 };
 
-// Bytes with the zero guard that a mapped file has.
-class GuardedBytes {
- public:
-  explicit GuardedBytes(std::string_view bytes) : m_size(bytes.size()) {
-    m_bytes.assign(bytes.begin(), bytes.end());
-    m_bytes.resize(m_size + MappedFile::kGuardBytes);
-  }
-  Bytes View() const { return {m_bytes.data(), m_size}; }
-  const std::uint8_t* At(std::size_t offset) const { return m_bytes.data() + offset; }
-
- private:
-  std::vector<std::uint8_t> m_bytes;
-  std::size_t m_size;
-};
-
-class TrcImage {
+class TrcImage : public FileImage<TrcImage> {
  public:
   // The current header; another one for a test of versions.
-  explicit TrcImage(std::string_view header = {"TRC Version 3.1", 16}) : m_bytes(header) {}
+  explicit TrcImage(std::string_view header = {"TRC Version 3.1", 16}) : FileImage(header) {}
 
   TrcImage& Name(NameId id, std::string_view text) {
     Raw(10).Number(id, 2).Number(text.size(), 2);
@@ -75,33 +57,12 @@ class TrcImage {
   }
   TrcImage& Trace(std::string_view text) { return Trace(TraceFields{.text = std::string(text)}); }
   TrcImage& Trace(const char* text) { return Trace(std::string_view(text)); }
-  // One byte as it stands.
-  TrcImage& Raw(int byte) {
-    m_bytes += static_cast<char>(byte);
-    return *this;
-  }
   // A big-endian number of `width` bytes.
   TrcImage& Number(std::uint64_t value, int width) {
     while (width-- > 0) Raw(static_cast<int>((value >> (8 * width)) & 0xFF));
     return *this;
   }
-  // Takes the last `bytes` bytes away.
-  TrcImage& Cut(std::size_t bytes) {
-    m_bytes.resize(m_bytes.size() - bytes);
-    return *this;
-  }
-
-  const std::string& Bytes() const { return m_bytes; }
-  std::size_t Size() const { return m_bytes.size(); }
-  GuardedBytes Guarded() const { return GuardedBytes(m_bytes); }
-  // Gives the path back.
-  const std::string& WriteTo(const std::string& path) const {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
-    return path;
-  }
 
  private:
-  std::string m_bytes;
   std::uint32_t m_traces = 0;
 };

@@ -1,6 +1,7 @@
 #include "run_trc.h"
 #include "support/old_trc_image.h"
 #include "support/temp_dir.h"
+#include "support/trc_image.h"
 
 namespace {
 

@@ -1,6 +1,23 @@
 #include "trace_json.h"
 
+#include <initializer_list>
+#include <utility>
+
 #include "json_text.h"
+
+namespace {
+
+void AppendArray(std::string& json, std::string_view key, std::initializer_list<unsigned> numbers) {
+  json.append(key);
+  char before = '[';
+  for (const unsigned number : numbers) {
+    json.push_back(std::exchange(before, ','));
+    AppendNumber(json, number);
+  }
+  json.push_back(']');
+}
+
+}  // namespace
 
 void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace) {
   json.append("{\"i\":");
@@ -29,23 +46,10 @@ void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_
 }
 
 void TraceJson::AppendTime(std::string& json, const TraceEvent_i& trace) {
-  const UnpackedDate date = UnpackDate(trace.GetDate());
-  const UnpackedTime time = UnpackTime(trace.GetTime());
-  json.append(",\"date\":[");
-  AppendNumber(json, date.year);
-  json.push_back(',');
-  AppendNumber(json, date.month);
-  json.push_back(',');
-  AppendNumber(json, date.day);
-  json.append("],\"time\":[");
-  AppendNumber(json, time.hour);
-  json.push_back(',');
-  AppendNumber(json, time.minute);
-  json.push_back(',');
-  AppendNumber(json, time.second);
-  json.push_back(',');
-  AppendNumber(json, time.ms);
-  json.push_back(']');
+  const auto [year, month, day] = UnpackDate(trace.GetDate());
+  const auto [hour, minute, second, ms] = UnpackTime(trace.GetTime());
+  AppendArray(json, ",\"date\":", {year, month, day});
+  AppendArray(json, ",\"time\":", {hour, minute, second, ms});
 }
 
 void TraceJson::AppendName(std::string& json, std::string_view key, NameId id) {

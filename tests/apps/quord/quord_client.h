@@ -1,26 +1,17 @@
-// A client of the service that looks at every byte: hello, requests, and a monitor that proves the
-// sum rule frame by frame.
+// A client of the service that looks at every byte: hello, requests, and a monitor.
 #pragma once
 
-#include <map>
-#include <set>
-
+#include "monitor_proof.h"
 #include "quor/protocol/frames.h"
 #include "quor/protocol/quor.pb.h"
 #include "quor/ring/link_socket.h"
 #include "quord_process.h"
-#include "records/raw_trace.h"
 
 using quor::wire::Request;
 using quor::wire::Response;
 using quor::wire::Role;
 
-struct SeenTrace {
-  std::uint32_t number = 0;
-  std::string machine, app, component, category, text;
-};
-
-class QuordClient final : private DataSink {
+class QuordClient final : public MonitorProof {
  public:
   QuordClient() = default;
   explicit QuordClient(const std::string& path) { Connect(path); }
@@ -31,10 +22,8 @@ class QuordClient final : private DataSink {
   bool Connect(const std::string& path) {
     Close();
     m_reader = FrameReader();
-    m_words.clear();
-    m_names.clear();
-    m_frameNumbered = 0;
-    m_expectsLedger = ended = false;
+    BeginConnection();
+    ended = false;
     m_socket = ConnectToService(path.c_str());
     return m_socket >= 0;
   }
@@ -69,9 +58,9 @@ class QuordClient final : private DataSink {
     if (!WaitFor([&] { return Connect(path); }) || !Hello(quor::wire::ROLE_MONITOR)) return false;
     Request request;
     request.mutable_subscribe();
-    m_firstWords = true;
+    BeginStream();
     return Ask(request).error() == quor::wire::ERROR_NONE &&
-           WaitFor([&] { return Pump(), !m_firstWords; });
+           WaitFor([&] { return Pump(), StreamBegan(); });
   }
 
   // Says that it lives, as often as it must.
@@ -98,23 +87,13 @@ class QuordClient final : private DataSink {
     return WaitFor([&] {
       Pump();
       while (m_looked < traces.size() && traces[m_looked].text != text) ++m_looked;
-      return m_looked < traces.size() && !m_expectsLedger;  // and is it counted?
+      return m_looked < traces.size() && IsCounted();
     });
   }
-  std::uint64_t Count(const std::string& app) const {
-    std::uint64_t count = 0;
-    for (const SeenTrace& trace : traces) count += trace.app == app && trace.component != "Quor";
-    return count;
-  }
 
-  bool welcomed = false, ended = false, keepTraces = true;
+  bool welcomed = false, ended = false;
   quor::wire::Welcome welcome;
   quor::wire::Refused refused;
-  std::vector<SeenTrace> traces;
-  std::vector<std::string> losses;
-  std::uint64_t delivered = 0, lost = 0;  // of all streams, by the ledgers
-  std::uint64_t gaps = 0;                 // between streams
-  std::map<std::string, std::uint64_t> serials;
 
  private:
   template <class Message>
@@ -123,7 +102,6 @@ class QuordClient final : private DataSink {
   }
   void Take(const Frame& frame) {
     quor::wire::Ledger ledger;
-    std::string why;
     switch (frame.type) {
       case FrameType::Welcome:
         Parse(frame, &welcome);
@@ -136,9 +114,7 @@ class QuordClient final : private DataSink {
         Parse(frame, &m_answer);
         break;
       case FrameType::Data:
-        EXPECT_FALSE(m_expectsLedger) << "a ledger follows each data frame";
-        EXPECT_TRUE(ReadDataBody(frame.body, *this, &why)) << why;
-        m_expectsLedger = true;
+        TakeData(frame.body);
         break;
       case FrameType::Ledger:
         Parse(frame, &ledger);
@@ -148,58 +124,13 @@ class QuordClient final : private DataSink {
         break;
     }
   }
-  void TakeLedger(const quor::wire::Ledger& ledger) {
-    std::uint64_t now = 0;
-    for (const auto& word : ledger.sources()) {
-      const std::uint64_t base = word.serial() - word.delivered() - word.lost();
-      auto& before = m_words[word.instance()];
-      std::uint64_t& serial = serials[word.instance()];
-      if (!before.second) {
-        before.second = true;
-        // A gap between streams; the first stream began where it began.
-        if (m_streams > 0 && base > serial) gaps += base - serial;
-      } else {
-        EXPECT_EQ(base, before.first.serial() - before.first.delivered() - before.first.lost());
-      }
-      now += word.delivered() - before.first.delivered();
-      lost += word.lost() - before.first.lost();
-      before.first = word;
-      serial = word.serial();
-    }
-    delivered += now;
-    EXPECT_EQ(now, m_frameNumbered) << "the ledger counts what the frame brought";
-    m_frameNumbered = 0;
-    m_expectsLedger = false;
-    if (std::exchange(m_firstWords, false)) ++m_streams;
-  }
-  void OnName(std::uint16_t id, std::string_view utf8) override { m_names[id] = utf8; }
-  void OnTrace(const std::uint8_t* record, std::size_t) override {
-    const RawTrace raw(record);
-    const bool numbered = raw.SequenceNumber() != kNoSequenceNumber;
-    if (numbered) ++m_frameNumbered;
-    if (numbered && !keepTraces) return;
-    SeenTrace trace{raw.SequenceNumber(),    Name(raw.MachineId()),  Name(raw.AppId()),
-                    Name(raw.ComponentId()), Name(raw.CategoryId()), std::string(raw.Text())};
-    if (!numbered) losses.push_back(trace.text);
-    if (keepTraces) traces.push_back(std::move(trace));
-  }
-  std::string Name(NameId id) {
-    const auto known = m_names.find(id);
-    EXPECT_NE(known, m_names.end()) << "a name stands before its first trace";
-    return known == m_names.end() ? "" : known->second;
-  }
 
   int m_socket = -1;
   std::chrono::steady_clock::time_point m_nextBeat{};
   FrameReader m_reader;
   std::uint32_t m_id = 0;
   Response m_answer;
-  std::map<NameId, std::string> m_names;
-  std::map<std::string, std::pair<quor::wire::Ledger::Source, bool>> m_words;
-  std::uint64_t m_frameNumbered = 0;
   std::size_t m_looked = 0;
-  unsigned m_streams = 0;
-  bool m_expectsLedger = false, m_firstWords = false;
 };
 
 // Requests in one line.

@@ -1,0 +1,106 @@
+// What a monitor is sent, with the proof of the sum rule frame by frame.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "quor/protocol/frames.h"
+#include "quor/protocol/quor.pb.h"
+#include "records/name_map.h"
+#include "records/raw_trace.h"
+
+struct SeenTrace {
+  std::uint32_t number = 0;
+  std::string machine, app, component, category, text;
+};
+
+class MonitorProof : private DataSink {
+ public:
+  // The traces of the application itself.
+  std::uint64_t Count(const std::string& app) const {
+    std::uint64_t count = 0;
+    for (const SeenTrace& trace : traces) count += trace.app == app && trace.component != "Quor";
+    return count;
+  }
+
+  bool keepTraces = true;
+  std::vector<SeenTrace> traces;
+  std::vector<std::string> losses;
+  std::uint64_t delivered = 0, lost = 0;  // of all streams, by the ledgers
+  std::uint64_t gaps = 0;                 // between streams
+  std::map<std::string, std::uint64_t> serials;
+
+ protected:
+  ~MonitorProof() = default;
+  void BeginConnection() {
+    m_words.clear();
+    m_names.clear();
+    m_frameNumbered = 0;
+    m_expectsLedger = false;
+  }
+  void BeginStream() { m_firstWords = true; }
+  // The first ledger of the stream has come.
+  bool StreamBegan() const { return !m_firstWords; }
+  // So has the ledger of each data frame.
+  bool IsCounted() const { return !m_expectsLedger; }
+  void TakeData(Bytes body) {
+    std::string why;
+    EXPECT_FALSE(m_expectsLedger) << "a ledger follows each data frame";
+    EXPECT_TRUE(ReadDataBody(body, *this, &why)) << why;
+    m_expectsLedger = true;
+  }
+  void TakeLedger(const quor::wire::Ledger& ledger) {
+    std::uint64_t now = 0;
+    for (const auto& word : ledger.sources()) {
+      const std::uint64_t base = word.serial() - word.delivered() - word.lost();
+      auto& before = m_words[word.instance()];
+      std::uint64_t& serial = serials[word.instance()];
+      if (!before.second) {
+        before.second = true;
+        // A gap between streams; the first stream began where it began.
+        if (m_streams > 0 && base > serial) gaps += base - serial;
+      } else {
+        EXPECT_EQ(base, before.first.serial() - before.first.delivered() - before.first.lost());
+      }
+      now += word.delivered() - before.first.delivered();
+      lost += word.lost() - before.first.lost();
+      before.first = word;
+      serial = word.serial();
+    }
+    delivered += now;
+    EXPECT_EQ(now, m_frameNumbered) << "the ledger counts what the frame brought";
+    m_frameNumbered = 0;
+    m_expectsLedger = false;
+    if (std::exchange(m_firstWords, false)) ++m_streams;
+  }
+
+ private:
+  void OnName(std::uint16_t id, std::string_view utf8) override { m_names[id] = utf8; }
+  void OnTrace(const std::uint8_t* record, std::size_t) override {
+    const RawTrace raw(record);
+    const bool numbered = raw.SequenceNumber() != kNoSequenceNumber;
+    if (numbered) ++m_frameNumbered;
+    if (numbered && !keepTraces) return;
+    SeenTrace trace{raw.SequenceNumber(),    Name(raw.MachineId()),  Name(raw.AppId()),
+                    Name(raw.ComponentId()), Name(raw.CategoryId()), std::string(raw.Text())};
+    if (!numbered) losses.push_back(trace.text);
+    if (keepTraces) traces.push_back(std::move(trace));
+  }
+  std::string Name(NameId id) {
+    const auto known = m_names.find(id);
+    EXPECT_NE(known, m_names.end()) << "a name stands before its first trace";
+    return known == m_names.end() ? "" : known->second;
+  }
+
+  std::map<NameId, std::string> m_names;
+  std::map<std::string, std::pair<quor::wire::Ledger::Source, bool>> m_words;
+  std::uint64_t m_frameNumbered = 0;
+  unsigned m_streams = 0;
+  bool m_expectsLedger = false, m_firstWords = false;
+};

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string_view>
 
+#include "support/regex_oracle_item.h"
 #include "tree/regex/regex_program.h"
 
 class RegexOracle {
@@ -50,13 +51,7 @@ class RegexOracle {
   }
 
  private:
-  static constexpr std::size_t kCodeEnd = sizeof RegexState.program;
   static constexpr std::size_t kUnset = static_cast<std::size_t>(-1);
-  struct Item {
-    int kind;  // the opcode without its repetition
-    std::size_t operand;
-    bool starred;
-  };
 
   unsigned char Get(std::size_t at) const {
     return at < m_text.size() ? static_cast<unsigned char>(m_text[at]) : 0;
@@ -66,10 +61,6 @@ class RegexOracle {
   }
   static bool IsWord(unsigned char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-  }
-  static int Code(std::size_t code) { return code < kCodeEnd ? RegexState.program[code] : -1; }
-  static bool Bit(std::size_t map, unsigned char c) {
-    return (RegexState.program[map + c / 8] >> (c % 8)) & 1;
   }
 
   std::optional<Match> Try(std::size_t at, bool wordFlag) {
@@ -83,7 +74,7 @@ class RegexOracle {
     if (wordFlag && at > 0 && IsWord(Get(at - 1))) return false;
     for (;;) {
       if (m_budget == 0 || --m_budget == 0) return false;
-      const int opcode = Code(code++);
+      const int opcode = OracleCode(code++);
       if (opcode < 0) return false;
       if (opcode == RX_END) {
         if (wordFlag && IsWord(Get(at))) return false;
@@ -94,78 +85,46 @@ class RegexOracle {
         const unsigned char next = Get(at);
         if (next != 0 && next != '\n' && next != '\r') return false;
       } else if (opcode == RX_GROUP_OPEN || opcode == RX_GROUP_CLOSE) {
-        const int group = Code(code++);
+        const int group = OracleCode(code++);
         if (group < 0) return false;
         if (group < kRegexGroups) (opcode == RX_GROUP_OPEN ? m_start : m_end)[group] = at;
       } else if (opcode >= RX_BACKREF && opcode <= RX_BACKREF_PLUS) {
-        const int group = Code(code++);
+        const int group = OracleCode(code++);
         if (group < 0 || group >= kRegexGroups) return false;
         if (m_start[group] == kUnset || m_end[group] == kUnset || m_end[group] < m_start[group])
           return false;
         if (opcode != RX_BACKREF) return RunOfCapture(at, group, code, opcode, wordFlag, end);
         if (!SameAsCapture(at, group)) return false;
         at = Forward(at, m_end[group] - m_start[group]);
-      } else if (const std::size_t operands = OperandsOf(opcode & ~3); operands != kUnset) {
-        if (code + operands + ((opcode & 3) == RX_RANGE ? 2 : 0) > kCodeEnd) return false;
-        const Item item{opcode & ~3, code, (opcode & 3) == RX_STAR};
-        code += operands;
+      } else if (const auto operands = OracleItem::OperandsOf(opcode & ~3)) {
+        if (code + *operands + ((opcode & 3) == RX_RANGE ? 2 : 0) > kOracleCodeEnd) return false;
+        const OracleItem item{opcode & ~3, code, (opcode & 3) == RX_STAR};
+        code += *operands;
         if ((opcode & 3) != RX_ONCE) return Run(at, item, opcode & 3, code, wordFlag, end);
-        if (!Takes(item, at)) return false;
+        if (!item.Takes(Get(at))) return false;
         at = Forward(at, 1);
       }
     }
   }
 
-  static std::size_t OperandsOf(int kind) {
-    switch (kind) {
-      case RX_CHAR:
-        return 1;
-      case RX_ANY:
-        return 0;
-      case RX_SET:
-      case RX_NEG_SET:
-        return 16;
-      case RX_WIDE_SET:
-        return 32;
-      default:
-        return kUnset;
-    }
-  }
-
-  bool Takes(const Item& item, std::size_t at) const {
-    unsigned char c = Get(at);
-    const bool lineEnd = (c == '\r' || c == '\n') && !RegexState.acrossLines;
-    switch (item.kind) {
-      case RX_CHAR:
-        return c == RegexState.program[item.operand];
-      case RX_ANY:
-        return c != 0 && !lineEnd;
-      case RX_WIDE_SET:
-        return Bit(item.operand, c);
-      default:
-        if (item.starred && lineEnd) c = 0;
-        return (c < 128 && Bit(item.operand, c)) == (item.kind == RX_SET);
-    }
-  }
-
-  bool Run(std::size_t at, const Item& item, int repeat, std::size_t code, bool wordFlag,
+  bool Run(std::size_t at, const OracleItem& item, int repeat, std::size_t code, bool wordFlag,
            std::size_t& end) {
     std::size_t floor = at;
     std::size_t most = kUnset;
     if (repeat == RX_PLUS) {
       if (at >= m_text.size()) return false;
-      if (item.kind != RX_ANY && !Takes(item, at)) return false;
+      if (item.kind != RX_ANY && !item.Takes(Get(at))) return false;
     } else if (repeat == RX_RANGE) {
       const int minimum = RegexState.program[code], maximum = RegexState.program[code + 1];
       code += 2;
       for (int i = 0; i < minimum; ++i) {
-        if (at >= m_text.size() || !Takes(item, at)) return false;
+        if (at >= m_text.size() || !item.Takes(Get(at))) return false;
         ++at;
       }
       floor = at;
       most = maximum == 255 ? 20010u : maximum > minimum ? std::size_t(maximum - minimum) : 0;
     }
-    for (std::size_t i = 0; i < most && at < m_text.size() && Takes(item, at); ++i) ++at;
+    for (std::size_t i = 0; i < most && at < m_text.size() && item.Takes(Get(at)); ++i) ++at;
     for (;; --at) {
       if (Rest(at, code, wordFlag, end)) return true;
       if (at <= floor || GaveUp()) return false;

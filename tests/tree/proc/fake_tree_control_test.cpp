@@ -15,6 +15,7 @@ class FakeRig {
   FakeTreeControl m_tree;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeControlContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeItemContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeRowContract, FakeRig);
 
 }  // namespace

@@ -8,24 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "records/timer.h"
 #include "records/trace_event.h"
+#include "tree/proc/plain_node.h"
 
 class PlainTree {
  public:
-  struct Node {
-    char kind = 'l';  // r(oot), m(achine), a(pplication), p(rocess), t(hread), b(lock), l(eaf)
-    const TraceEvent_i* event = nullptr;
-    Node* parent = nullptr;
-    std::vector<Node*> children = {};
-    Node *first = nullptr, *last = nullptr, *current = nullptr;
-    std::int64_t duration = 0;
-    NameId id = 0;
-    std::uint32_t number = 0;
-    std::uint64_t tic = 0;
-    std::string text = {}, label = {};
-    bool closed = false, taken = false, gone = false;
-  };
+  using Node = PlainNode;
 
   explicit PlainTree(const NameMap& names) : m_names(names) { Clear(); }
 
@@ -76,37 +64,10 @@ class PlainTree {
     return FindNode(*m_root, event, event->GetSequenceNumber());
   }
 
-  std::string Label(Node& node) const {
-    const std::string name = NameOf(m_names, node.id);
-    switch (node.kind) {
-      case 'm':
-      case 'a':
-        return name;
-      case 'p':
-        return "PID " + name + " - " + Span(node.duration);
-      case 't':
-        return "TID " + name + " - " + Span(node.duration);
-      case 'b':
-        if (!node.children.empty())
-          node.label = node.children[0]->text.substr(
-              std::min<std::size_t>(7, node.children[0]->text.size()));
-        return node.label + " - " + Span(node.duration);
-      default:
-        return node.text;
-    }
-  }
+  std::string Label(Node& node) const { return PlainLabel(node, m_names); }
   Node& Root() { return *m_root; }
 
  private:
-  static std::string Span(std::int64_t tics) {
-    trc_Timer_i* const timer = CreateTimer();
-    timer->AddRef();
-    timer->SetPicoseconds(static_cast<double>(tics));
-    const std::string text = timer->Format();
-    timer->Release();
-    return text;
-  }
-
   Node* New(char kind, const TraceEvent_i* event, Node* parent) {
     Node& node = m_nodes.emplace_back();
     node.kind = kind;

@@ -18,6 +18,7 @@ struct QtTreeRig {
   QtTreeControl tree;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeControlContract, QtTreeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeItemContract, QtTreeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeRowContract, QtTreeRig);
 
 }  // namespace

@@ -1,0 +1,70 @@
+// What the parts of the tree control contract stand on: a tree made by a rig, with a few items, and
+// an owner that writes down what it is told.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tree/proc/tree_control.h"
+
+class RecordingTreeOwner final : public TreeControlOwner {
+ public:
+  std::string TreeItemText(TreeItemData data) override { return "item " + std::to_string(data); }
+  void OnTreeItemExpanding(TreeItem item) override {
+    told.push_back("expanding " + std::to_string(tree->ItemData(item)));
+    if (fill) fill(item);
+  }
+  void OnTreeClicked(TreeItem item) override { Tell("clicked", item); }
+  void OnTreeDoubleClicked() override { told.push_back("double clicked"); }
+  void OnTreeRightPressed(TreeItem item) override { Tell("right pressed", item); }
+  void OnTreeContextMenu(int, int) override { told.push_back("context menu"); }
+
+  TreeControl* tree = nullptr;
+  std::function<void(TreeItem)> fill;  // what the owner does at each expansion
+  std::vector<std::string> told;
+
+ private:
+  void Tell(const char* what, TreeItem item) {
+    told.push_back(std::string(what) + " " + std::to_string(tree->ItemData(item)));
+  }
+};
+
+template <class Rig>
+class TreeControlFixture : public testing::Test {
+ protected:
+  TreeControlFixture() { m_owner.tree = &Tree(); }
+
+  TreeControl& Tree() { return m_rig.Tree(); }
+  TreeItem Add(TreeItem parent, TreeItemData data) {
+    return Tree().InsertItem(parent, data, false);
+  }
+  // 1 with the children 11 and 12, 11 with 111, and 2.
+  void AddSmall() {
+    m_1 = Add(0, 1);
+    m_2 = Add(0, 2);
+    m_11 = Add(m_1, 11);
+    m_12 = Add(m_1, 12);
+    m_111 = Add(m_11, 111);
+  }
+  // The words of the rows, from the bottom up by the port's own walk, put in order: "1 11 2".
+  std::string Rows() {
+    TreeItem last = 0;
+    while (const TreeItem below = Tree().Walk(last, TreeStep::LastChild)) {
+      last = below;
+      if (!(Tree().ItemState(last) & kTreeExpanded)) break;
+    }
+    std::string rows;
+    for (; last; last = Tree().Walk(last, TreeStep::PreviousVisible))
+      rows = std::to_string(Tree().ItemData(last)) + (rows.empty() ? "" : " ") + rows;
+    return rows;
+  }
+  TreeItemData Selected() { return Tree().ItemData(Tree().SelectedItem()); }
+  TreeItemData At(TreeItem from, TreeStep step) { return Tree().ItemData(Tree().Walk(from, step)); }
+
+  RecordingTreeOwner m_owner;
+  Rig m_rig{m_owner};
+  TreeItem m_1 = 0, m_2 = 0, m_11 = 0, m_12 = 0, m_111 = 0;
+};

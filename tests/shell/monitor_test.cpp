@@ -6,7 +6,9 @@
 #include "documents/trace_realtime_doc.h"
 #include "shell/realtime_frame.h"
 #include "shell_fixture.h"
+#include "support/endless_texts.h"
 #include "support/fake_connection.h"
+#include "tree/regex/regex.h"
 
 namespace {
 
@@ -144,6 +146,23 @@ TEST_F(MonitorTest, ATickDrainsIntoTheList) {
   m_host.TickTimers();
   EXPECT_EQ(Rows(), 3);
   EXPECT_EQ(Face().m_panes[kPaneRowCount], "3");
+}
+
+TEST_F(MonitorTest, WhileALongSearchRunsTheTracesWaitInTheirQueue) {
+  NewMonitor("web");
+  m_service.Last().SendMany(3);
+  m_host.TickTimers();
+  EndlessTexts walk;
+  ASSERT_EQ(RegexPrepare("needle", 0, 1, 0, 0), 1);
+  m_host.AnswerDialog([&](CDialog& box) {
+    m_service.Last().SendMany(2);
+    m_host.TickTimers();
+    EXPECT_EQ(Rows(), 3);
+    box.OnCancel();
+  });
+  EXPECT_EQ(RunSearch(m_host, walk), FindResult::Cancelled);
+  m_host.TickTimers();
+  EXPECT_EQ(Rows(), 5);
 }
 
 TEST_F(MonitorTest, AFrameThatIsNotInFrontDrainsToo) {

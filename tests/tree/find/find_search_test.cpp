@@ -5,6 +5,7 @@
 
 #include <chrono>
 
+#include "support/endless_texts.h"
 #include "support/recording_host.h"
 #include "tree/find/search_box.h"
 #include "tree/regex/regex.h"
@@ -22,18 +23,6 @@ class Texts final : public FindWalk {
 
  private:
   std::vector<std::string> m_texts;
-};
-
-// Gives the same text for as long as the test wants.
-class EndlessTexts final : public FindWalk {
- public:
-  std::optional<std::string_view> NextText() override {
-    if (left == 0) return std::nullopt;
-    if (left > 0) --left;
-    return text;
-  }
-  int left = -1;
-  std::string text = "nothing here";
 };
 
 class FindSearchTest : public testing::Test {

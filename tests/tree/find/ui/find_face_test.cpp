@@ -12,8 +12,8 @@
 #include <functional>
 
 #include "docview/ui/qt_host.h"
+#include "support/endless_texts.h"
 #include "support/qt_test_main.h"
-#include "tree/find/find_search.h"
 #include "tree/find/find_settings.h"
 #include "tree/find/ui/search_box_face.h"
 #include "tree/regex/regex.h"
@@ -142,15 +142,6 @@ TEST_F(FindFaceTest, EscapeIsCancel) {
   }));
   EXPECT_EQ(FindSettings.searchText, "");
 }
-
-namespace {
-
-class EndlessTexts final : public FindWalk {
- public:
-  std::optional<std::string_view> NextText() override { return "hay"; }
-};
-
-}  // namespace
 
 TEST_F(FindFaceTest, ALongSearchKeepsTheWindowAliveAndEscapeCancelsIt) {
   ASSERT_EQ(RegexPrepare("needle", 0, 1, 0, 0), 1);

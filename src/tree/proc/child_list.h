@@ -9,7 +9,6 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -27,7 +26,7 @@ class ChildList {
   bool empty() const { return m_end == m_begin; }
   // REQUIRES: position < size(), here and below.
   CTraceEvent* operator[](std::size_t position) const {
-    return std::bit_cast<CTraceEvent*>(m_words[m_begin + position] & ~kLeafBit);
+    return reinterpret_cast<CTraceEvent*>(m_words[m_begin + position] & ~kLeafBit);
   }
   bool IsLeaf(std::size_t position) const { return m_words[m_begin + position] & kLeafBit; }
   // The entry as a node with children; null for a leaf.

@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "listview/rows/ui/mixed_color.h"
 #include "listview/rows/ui/row_list_widget.h"
 #include "listview/rows/ui/row_text.h"
 
@@ -11,11 +12,6 @@ namespace {
 
 constexpr int kRowPaddingPx = 3;  // above and below the text
 constexpr double kStripe = 0.035, kSoft = 0.5, kGrid = 0.07;
-
-QColor Mixed(const QColor& a, const QColor& b, double share) {
-  const auto mix = [share](int x, int y) { return static_cast<int>(x + (y - x) * share + 0.5); };
-  return QColor(mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue()));
-}
 
 }  // namespace
 

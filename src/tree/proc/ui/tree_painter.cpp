@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "listview/rows/ui/mixed_color.h"
 #include "listview/rows/ui/row_text.h"
 #include "tree/proc/ui/tree_widget.h"
 
@@ -15,11 +16,6 @@ constexpr int kLabelMarginPx = 4;
 constexpr std::size_t kLabelBytes = 1024;
 constexpr int kButtonPx = 11;
 constexpr double kSoft = 0.5, kLine = 0.3;
-
-QColor Mixed(const QColor& a, const QColor& b, double share) {
-  const auto mix = [share](int x, int y) { return static_cast<int>(x + (y - x) * share + 0.5); };
-  return QColor(mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue()));
-}
 
 }  // namespace
 

@@ -49,7 +49,7 @@ void TraceList_t::Clear() {
 }
 
 std::size_t TraceList_t::StorageBytes() const {
-  std::size_t bytes = m_blocks.capacity() * sizeof(Slot*);
+  std::size_t bytes = m_blocks.capacity() * sizeof(void*);
   for (std::size_t at = 0; at < m_blocks.size(); ++at) {
     bytes += SlotsOf(m_firstBlock + at) * sizeof(Slot);
   }

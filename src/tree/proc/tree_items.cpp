@@ -78,8 +78,11 @@ TreeItem TreeItems::Walk(TreeItem from, TreeStep step) const {
 }
 
 TreeItem TreeItems::RowAbove(const Item& item) const {
-  for (const Item* above = item.parent; above; above = above->parent)
+  const Item* above = item.parent;
+  do {
     if (!(above->state & kTreeExpanded)) return 0;
+    above = above->parent;
+  } while (above);
   const Item* const beside = item.parent->children->Beside(item, false);
   return beside && beside->Rows() == 1 ? HandleOf(beside) : At(RowOf(HandleOf(&item)) - 1);
 }

@@ -56,6 +56,7 @@ TEST_F(BlockStoreTest, TheSlotOfADroppedBlockIsUsedAgainWithNothingLeftInIt) {
 TEST_F(BlockStoreTest, BlocksOfSeveralPiecesStayWhereTheyAre) {
   constexpr int kBlocks = 50000;
   std::vector<CExecutionBlock*> blocks;
+  blocks.reserve(kBlocks);
   for (int i = 0; i < kBlocks; ++i) blocks.push_back(&Make(static_cast<NameId>(i % 1000)));
   for (int i = 0; i < kBlocks; ++i) ASSERT_EQ(blocks[static_cast<std::size_t>(i)]->id, i % 1000);
   EXPECT_EQ(Visited().size(), blocks.size());

@@ -17,8 +17,8 @@ constexpr std::chrono::milliseconds kLookAgain{20};
 // Keeps itself until it has called back.
 class LocalDial final : public std::enable_shared_from_this<LocalDial> {
  public:
-  LocalDial(asio::any_io_executor executor, bool mayStart, std::chrono::milliseconds deadline,
-            Connected done)
+  LocalDial(const asio::any_io_executor& executor, bool mayStart,
+            std::chrono::milliseconds deadline, Connected done)
       : m_timer(executor),
         m_path(ServiceSocketPath()),
         m_mayStart(mayStart),
@@ -63,7 +63,7 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
 
 }  // namespace
 
-void Dial(asio::any_io_executor executor, const Machine& machine, bool mayStart,
+void Dial(const asio::any_io_executor& executor, const Machine& machine, bool mayStart,
           std::chrono::milliseconds deadline, Connected done) {
   if (machine.local) {
     auto dial = std::make_shared<LocalDial>(executor, mayStart, deadline, std::move(done));

@@ -10,5 +10,5 @@
 
 // Calls back once, from the executor: a stream, or null and a reason. The local service is started
 // when none listens and `mayStart` is set; its socket is then waited for until the deadline.
-void Dial(asio::any_io_executor executor, const Machine& machine, bool mayStart,
+void Dial(const asio::any_io_executor& executor, const Machine& machine, bool mayStart,
           std::chrono::milliseconds deadline, Connected done);

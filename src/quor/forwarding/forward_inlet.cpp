@@ -44,7 +44,7 @@ std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& id,
   if (!stream) stream.reset(new Stream(*this, machine));
   stream->m_used = ++m_uses;
   stream->Break();
-  const std::shared_ptr<Stream> opened = stream;
+  std::shared_ptr<Stream> opened = stream;
   if (m_streams.size() > kStreamsMax)
     m_streams.erase(std::min_element(m_streams.begin(), m_streams.end(),
                                      [](const auto& one, const auto& other) {

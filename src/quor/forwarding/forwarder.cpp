@@ -66,10 +66,11 @@ void Forwarder::Dial() {
   std::string why;
   auto tls = MakeClientTls(m_keysFolder, &why);
   if (!tls) return TryLater(why);
-  ConnectTls(m_io.get_executor(), std::move(tls), m_machine.host, m_machine.port, kDialDeadline,
-             [self = shared_from_this()](std::shared_ptr<ByteStream> stream, std::string reason) {
-               self->OnConnected(std::move(stream), reason);
-             });
+  ConnectTls(
+      m_io.get_executor(), std::move(tls), m_machine.host, m_machine.port, kDialDeadline,
+      [self = shared_from_this()](std::shared_ptr<ByteStream> stream, const std::string& reason) {
+        self->OnConnected(std::move(stream), reason);
+      });
 }
 
 void Forwarder::OnConnected(std::shared_ptr<ByteStream> stream, const std::string& why) {

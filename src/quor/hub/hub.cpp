@@ -17,7 +17,7 @@ std::shared_ptr<Source> Hub::AddSource(Source source) {
        known != m_sources.end() && !known->second->ended; known = m_sources.find(source.instance))
     for (auto byte = source.instance.rbegin(); byte != source.instance.rend() && ++*byte == 0;)
       ++byte;
-  if (const auto known = Revive(source)) return known;
+  if (auto known = Revive(source)) return known;
   source.firstSerial = source.serial;
   auto added = std::make_shared<Source>(std::move(source));
   m_sources[added->instance] = added;
@@ -29,7 +29,7 @@ std::shared_ptr<Source> Hub::Revive(const Source& source) {
       std::find_if(m_endedSources.begin(), m_endedSources.end(),
                    [&source](const auto& ended) { return ended->instance == source.instance; });
   if (known == m_endedSources.end()) return nullptr;
-  const std::shared_ptr<Source> revived = *known;
+  std::shared_ptr<Source> revived = *known;
   m_endedSources.erase(known);
   m_sources[revived->instance] = revived;
   revived->ended = false;

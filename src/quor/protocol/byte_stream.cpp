@@ -44,7 +44,7 @@ class StreamOver final : public ByteStream {
 // One attempt; keeps itself until it has called back.
 class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
  public:
-  TlsAttempt(asio::any_io_executor executor, std::shared_ptr<asio::ssl::context> context,
+  TlsAttempt(const asio::any_io_executor& executor, std::shared_ptr<asio::ssl::context> context,
              std::string host, Connected done)
       : m_context(std::move(context)),
         m_host(std::move(host)),
@@ -116,7 +116,7 @@ std::shared_ptr<ByteStream> MakeStream(std::unique_ptr<TlsSocket> socket) {
   return std::make_shared<StreamOver<std::unique_ptr<TlsSocket>>>(std::move(socket));
 }
 
-void ConnectTls(asio::any_io_executor executor, std::shared_ptr<asio::ssl::context> context,
+void ConnectTls(const asio::any_io_executor& executor, std::shared_ptr<asio::ssl::context> context,
                 const std::string& host, std::uint16_t port, std::chrono::milliseconds deadline,
                 Connected done) {
   std::make_shared<TlsAttempt>(executor, std::move(context), host, std::move(done))

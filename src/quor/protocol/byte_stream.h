@@ -41,6 +41,6 @@ std::shared_ptr<ByteStream> MakeStream(std::unique_ptr<TlsSocket> socket);
 // Connects to another machine's service: looks its name up, connects, shakes hands and checks its
 // certificate against the name. Calls back once: the stream, or null and a reason.
 using Connected = std::function<void(std::shared_ptr<ByteStream> stream, std::string why)>;
-void ConnectTls(asio::any_io_executor executor, std::shared_ptr<asio::ssl::context> context,
+void ConnectTls(const asio::any_io_executor& executor, std::shared_ptr<asio::ssl::context> context,
                 const std::string& host, std::uint16_t port, std::chrono::milliseconds deadline,
                 Connected done);

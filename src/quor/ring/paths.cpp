@@ -49,7 +49,7 @@ std::string OnPath() {
     if (end == std::string::npos) end = paths.size();
     // An empty or relative entry would start whatever lies in the current folder.
     if (end > begin && paths[begin] == '/') {
-      const std::string program = paths.substr(begin, end - begin) + "/" + kProgram;
+      std::string program = paths.substr(begin, end - begin) + "/" + kProgram;
       if (IsProgram(program)) return program;
     }
     begin = end + 1;

@@ -162,9 +162,9 @@ void SegmentMap::RefreshNames() {
 void SegmentMap::Abandon() {
   if (m_descriptor >= 0) close(m_descriptor);
   m_descriptor = -1;
-  if (m_header)
-    mmap(m_header, m_bytes, PROT_READ | PROT_WRITE,
-         MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0);
+  if (m_header)  // without memory for it the shared one stays: there is nothing better
+    (void)mmap(m_header, m_bytes, PROT_READ | PROT_WRITE,
+               MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0);
   m_header = nullptr;
 }
 

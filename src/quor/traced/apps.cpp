@@ -49,7 +49,7 @@ std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::
     return nullptr;
   }
   m_catalogue.BeginInstance(*entry, arrival.pid);
-  const auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
+  auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
   m_running[key] = app;
   return app;
 }

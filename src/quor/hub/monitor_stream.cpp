@@ -21,6 +21,9 @@ void MonitorStream::Pause() {
 }
 
 void MonitorStream::Resume() {
+  // What was taken until now came during the pause, and counts among what a pause may hold.
+  m_hub.Seal();
+  m_hub.Deliver();
   m_queue.Resume();
   Pump();
 }

@@ -171,7 +171,11 @@ bool RealLive(CTesseraApp& tessera, unsigned limit, double seconds, Run& run) {
   auto& monitor = static_cast<CTraceRealtimeDoc&>(*tessera.MonitorTemplate()->Documents().front());
   service.StartTracing(kTracesPerSecond);
   // At its limit a monitor holds up to a hundred fewer.
-  while (monitor.m_traces.size() + 100 < limit) RunLoop(0.5);
+  for (int i = 0; i < 60 && monitor.m_traces.size() + 100 < limit; ++i) RunLoop(0.5);
+  if (monitor.m_traces.size() + 100 < limit) {
+    std::fprintf(stderr, "bench_live: only %zu traces in 30 s\n", monitor.m_traces.size());
+    return false;
+  }
   run = Measure(seconds);
   const std::uint64_t traced = service.StopTracing();
   const auto sum = [&] { return connection->GetCounts().delivered + connection->GetCounts().lost; };

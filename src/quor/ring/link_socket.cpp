@@ -50,11 +50,12 @@ void TakeDescriptors(msghdr& message, LinkReceived& received) {
 int ConnectToService(const char* path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (std::strlen(path) >= sizeof address.sun_path) {
+  const std::size_t length = std::strlen(path);
+  if (length >= sizeof address.sun_path) {
     errno = ENAMETOOLONG;
     return -1;
   }
-  std::strcpy(address.sun_path, path);
+  std::memcpy(address.sun_path, path, length);  // the rest is zero
   const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (socket < 0) return -1;
   if (connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||

@@ -39,6 +39,7 @@ Catalogue::Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaul
       app.mapBytes += trace.component.size() + trace.category.size() + 32;
     }
     const bool held = std::any_of(stored.holders.begin(), stored.holders.end(), Lives);
+    app.used = ++m_uses;
     CatalogueApp& kept = m_apps[app.name] = std::move(app);
     kept.awaited = kept.submitted && held;
     if (kept.submitted && !held && !kept.prepared) Forget(kept);
@@ -53,10 +54,15 @@ CatalogueApp* Catalogue::Find(const std::string& name) {
 }
 
 CatalogueApp* Catalogue::Enter(const std::string& name) {
-  if (const auto known = m_apps.find(name); known != m_apps.end()) return &known->second;
-  if (m_apps.size() >= kAppsMax || name.size() > kNameBytesMax || name.empty()) return nullptr;
+  if (const auto known = m_apps.find(name); known != m_apps.end()) {
+    known->second.used = ++m_uses;
+    return &known->second;
+  }
+  if (name.size() > kNameBytesMax || name.empty()) return nullptr;
+  if (m_apps.size() >= kAppsMax && !ForgetOldest()) return nullptr;
   CatalogueApp& app = m_apps[name];
   app.name = name;
+  app.used = ++m_uses;
   app.sink = DefaultSink();
   if (m_store) m_store->WriteApp(app);
   return &app;
@@ -99,9 +105,24 @@ void Catalogue::Release(CatalogueApp& app) {
   if (app.IsHeld() || app.prepared) return StoreHolders(app);
   if (app.awaited) return;
   if (app.submitted) Forget(app);
-  if (!app.traces.empty()) return;
+  app.used = ++m_uses;
+  if (app.traces.empty()) Erase(app);
+}
+
+void Catalogue::Erase(CatalogueApp& app) {
   if (m_store) m_store->EraseApp(app);
   m_apps.erase(m_apps.find(app.name));
+}
+
+// Of those whose settings nobody waits for. Programs that name themselves anew at each start would
+// otherwise fill the catalogue, and then no new application could come in any more.
+bool Catalogue::ForgetOldest() {
+  CatalogueApp* oldest = nullptr;
+  for (auto& [name, app] : m_apps)
+    if (!app.IsHeld() && !app.prepared && !app.awaited && (!oldest || app.used < oldest->used))
+      oldest = &app;
+  if (oldest) Erase(*oldest);
+  return oldest != nullptr;
 }
 
 void Catalogue::EndGrace() {

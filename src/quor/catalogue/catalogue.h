@@ -5,7 +5,9 @@
 //          application, also over restarts, and less than 0xFFFF. What was submitted is in force as
 //          long as an instance runs or a handle is open; then the defaults hold again. What was
 //          submitted while no instance ran waits for the next one first, with or without a handle:
-//          else a command that prepares an application would have no effect. The trace map stays.
+//          else a command that prepares an application would have no effect. The trace map stays,
+//          of as many applications as there is room for: the one that was not needed for longest
+//          makes room for a new one.
 // Owner    Keeps everything; writes through to the store.
 // Errors   A store that cannot be written costs only what a restart would have kept: told in the
 //          log.
@@ -41,7 +43,8 @@ struct CatalogueApp {
   bool awaited = false;   // held before a restart: its holders may still be on their way back
   std::multiset<std::uint32_t> instances;  // pids
   std::multiset<std::uint32_t> handles;    // pids of those that hold one; 0: on another machine
-  std::int64_t row = 0;                    // in the store; 0: not there
+  std::int64_t row = 0;                    // in the store; 0: not there, or not as a whole
+  std::uint64_t used = 0;                  // when it was last needed: grows over all of them
   std::size_t mapBytes = 0;                // of the names of all traces
   bool IsHeld() const { return !instances.empty() || !handles.empty(); }
 };
@@ -60,7 +63,7 @@ class Catalogue {
   ~Catalogue();
 
   CatalogueApp* Find(const std::string& name);
-  // Null when there are too many or the name is too long.
+  // Null when too many run or are held, or for a name that is none or too long.
   CatalogueApp* Enter(const std::string& name);
   // kNoTraceId when the application has too many.
   std::uint32_t EnterTrace(CatalogueApp& app, const std::string& component,
@@ -89,10 +92,13 @@ class Catalogue {
   void Release(CatalogueApp& app);
   void Forget(CatalogueApp& app);
   void StoreHolders(CatalogueApp& app);
+  void Erase(CatalogueApp& app);
+  bool ForgetOldest();
 
   std::unique_ptr<CatalogueStore> m_store;
   const std::uint32_t m_defaultSettings;
   std::map<std::string, CatalogueApp> m_apps;
+  std::uint64_t m_uses = 0;
 };
 
 // The sink of a new application.

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cstdio>
+#include <utility>
 
 #include "quor/log/log.h"
 
@@ -66,20 +67,23 @@ class CatalogueStore::Statement {
   int m_bound = 0;
 };
 
-std::unique_ptr<CatalogueStore> CatalogueStore::Open(const std::string& path, std::string* why) {
+std::unique_ptr<CatalogueStore> CatalogueStore::Open(const std::string& path, std::string* why,
+                                                     bool* isTaken) {
+  if (isTaken) *isTaken = false;
   for (const bool again : {false, true}) {
     sqlite3* database = nullptr;
     const int opened = sqlite3_open_v2(path.c_str(), &database,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     std::unique_ptr<CatalogueStore> store(new CatalogueStore(database));
-    bool damaged = false;
     if (opened != SQLITE_OK) {
       *why = path + ": " + sqlite3_errmsg(database);
       return nullptr;
     }
-    if (store->Prepare(why, &damaged)) return store;
+    const State state = store->Prepare(why);
+    if (state == State::Good) return store;
     *why = path + ": " + *why;
-    if (!damaged || again) return nullptr;
+    if (isTaken) *isTaken = state == State::Taken;
+    if (state != State::Damaged || again) return nullptr;
     store.reset();
     Log(LogLevel::Error, *why + "; it is put aside and a new one is begun");
     if (std::rename(path.c_str(), (path + ".damaged").c_str()) != 0) return nullptr;
@@ -96,45 +100,63 @@ bool CatalogueStore::Run(const char* sql) {
   return sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-bool CatalogueStore::Prepare(std::string* why, bool* damaged) {
+CatalogueStore::State CatalogueStore::Prepare(std::string* why) {
   const std::string version = "PRAGMA user_version = " + std::to_string(kSchemaVersion) + ";";
   // NORMAL: a crash of the service loses nothing, a crash of the machine the newest changes only,
   // and what was in force before that is over anyhow.
-  const bool good =
-      Run("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
-          "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE; COMMIT;");
-  if (good) {
-    Statement found(*this, "PRAGMA user_version");
-    const std::int64_t stands = found.Step() ? found.NumberAt(0) : 0;
-    if (stands != 0 && stands != kSchemaVersion) {
-      *why = "it was written by another version of quord";
-      return false;
-    }
+  if (Run("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
+          "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE; COMMIT;")) {
+    if (const State found = Check(why); found != State::Good) return found;
+    if (Run(kSchema) && Run(version.c_str())) return State::Good;
   }
-  if (good && Run(kSchema) && Run(version.c_str())) return true;
   const int code = sqlite3_errcode(m_database);
-  *damaged = code == SQLITE_CORRUPT || code == SQLITE_NOTADB;
   *why = code == SQLITE_BUSY ? "another quord uses it" : sqlite3_errmsg(m_database);
-  return false;
+  if (code == SQLITE_BUSY) return State::Taken;
+  return code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? State::Damaged : State::Unusable;
+}
+
+// What stands in it already: of this version, and sound down to its last page.
+CatalogueStore::State CatalogueStore::Check(std::string* why) {
+  Statement version(*this, "PRAGMA user_version");
+  const std::int64_t stands = version.Step() ? version.NumberAt(0) : 0;
+  if (stands != 0 && stands != kSchemaVersion) {
+    *why = "it was written by another version of quord";
+    return State::Taken;
+  }
+  Statement check(*this, "PRAGMA quick_check(1)");
+  const std::string words = check.Step() ? check.TextAt(0) : sqlite3_errmsg(m_database);
+  if (words == "ok") return State::Good;
+  *why = "it is damaged: " + words;
+  return State::Damaged;
 }
 
 void CatalogueStore::Failed() {
+  m_failed = true;
   if (m_told) return;
   m_told = true;
   Log(LogLevel::Error, std::string("the state cannot be kept: ") + sqlite3_errmsg(m_database));
 }
 
-void CatalogueStore::Begin() {
+// All of it or nothing. An application that is not in the store as a whole goes in anew.
+template <class Put>
+void CatalogueStore::Change(CatalogueApp& app, Put&& put) {
+  m_failed = false;
   if (!Run("BEGIN")) Failed();
-}
-
-void CatalogueStore::Commit() {
-  if (!Run("COMMIT")) Failed();
+  if (!m_failed && app.row == 0) PutWhole(app);
+  if (!m_failed) put();
+  if (!m_failed && !Run("COMMIT")) Failed();
+  if (m_failed) {
+    app.row = 0;
+    Run("ROLLBACK");
+  } else if (std::exchange(m_told, false)) {
+    Log(LogLevel::Info, "the state is kept again");
+  }
 }
 
 std::vector<StoredApp> CatalogueStore::ReadAll() {
   std::vector<StoredApp> apps;
-  Statement rows(*this, "SELECT id, name, submitted, sink, sink_name, sink_options FROM app");
+  Statement rows(*this,
+                 "SELECT id, name, submitted, sink, sink_name, sink_options FROM app ORDER BY id");
   while (rows.Step()) {
     StoredApp stored;
     stored.app.row = rows.NumberAt(0);
@@ -146,21 +168,29 @@ std::vector<StoredApp> CatalogueStore::ReadAll() {
     apps.push_back(std::move(stored));
   }
   for (StoredApp& stored : apps) {
-    Statement traces(*this,
-                     "SELECT component, category, settings FROM trace WHERE app = ? ORDER BY id");
+    bool hasGap = false;
+    Statement traces(
+        *this, "SELECT id, component, category, settings FROM trace WHERE app = ? ORDER BY id");
     traces.Number(stored.app.row);
-    while (traces.Step() && stored.app.traces.size() < kNoTraceId)
-      stored.app.traces.push_back({traces.TextAt(0), traces.TextAt(1),
-                                   static_cast<std::uint32_t>(traces.NumberAt(2)) & 0xFFFF});
+    while (traces.Step() && stored.app.traces.size() < kNoTraceId) {
+      // Behind a gap no number would be right: it is written anew with the next change.
+      if (traces.NumberAt(0) != static_cast<std::int64_t>(stored.app.traces.size())) {
+        hasGap = true;
+        break;
+      }
+      stored.app.traces.push_back({traces.TextAt(1), traces.TextAt(2),
+                                   static_cast<std::uint32_t>(traces.NumberAt(3)) & 0xFFFF});
+    }
     Statement holders(*this, "SELECT pid FROM holder WHERE app = ?");
     holders.Number(stored.app.row);
     while (holders.Step())
       stored.holders.push_back(static_cast<std::uint32_t>(holders.NumberAt(0)));
+    if (hasGap) stored.app.row = 0;
   }
   return apps;
 }
 
-void CatalogueStore::WriteApp(CatalogueApp& app) {
+void CatalogueStore::PutWhole(CatalogueApp& app) {
   Statement(*this, "INSERT OR IGNORE INTO app(name, sink_name, sink_options) VALUES(?, ?, ?)")
       .Text(app.name)
       .Text(app.sink.name)
@@ -169,26 +199,12 @@ void CatalogueStore::WriteApp(CatalogueApp& app) {
   Statement row(*this, "SELECT id FROM app WHERE name = ?");
   row.Text(app.name);
   if (row.Step()) app.row = row.NumberAt(0);
+  Statement(*this, "DELETE FROM trace WHERE app = ?").Number(app.row).Step();
+  for (std::uint32_t id = 0; id < app.traces.size(); ++id) PutTrace(app, id);
+  PutSettings(app);
 }
 
-void CatalogueStore::EraseApp(const CatalogueApp& app) {
-  for (const char* const sql : {"DELETE FROM holder WHERE app = ?", "DELETE FROM app WHERE id = ?"})
-    Statement(*this, sql).Number(app.row).Step();
-}
-
-void CatalogueStore::WriteTrace(const CatalogueApp& app, std::uint32_t id) {
-  const CatalogueTrace& trace = app.traces[id];
-  Statement(*this, "INSERT OR REPLACE INTO trace VALUES(?, ?, ?, ?, ?)")
-      .Number(app.row)
-      .Number(id)
-      .Text(trace.component)
-      .Text(trace.category)
-      .Number(trace.settings)
-      .Step();
-}
-
-void CatalogueStore::WriteSettings(const CatalogueApp& app) {
-  Begin();
+void CatalogueStore::PutSettings(const CatalogueApp& app) {
   Statement(*this,
             "UPDATE app SET submitted = ?, sink = ?, sink_name = ?, sink_options = ? WHERE id = ?")
       .Number(!app.submitted ? kNotSubmitted
@@ -205,13 +221,44 @@ void CatalogueStore::WriteSettings(const CatalogueApp& app) {
     word.Step();
     word.Reset();
   }
-  Commit();
 }
 
-void CatalogueStore::WriteHolders(const CatalogueApp& app, const std::set<std::uint32_t>& pids) {
-  Begin();
-  Statement(*this, "DELETE FROM holder WHERE app = ?").Number(app.row).Step();
-  for (const std::uint32_t pid : pids)
-    Statement(*this, "INSERT INTO holder VALUES(?, ?)").Number(app.row).Number(pid).Step();
-  Commit();
+void CatalogueStore::PutTrace(const CatalogueApp& app, std::uint32_t id) {
+  const CatalogueTrace& trace = app.traces[id];
+  Statement(*this, "INSERT OR REPLACE INTO trace VALUES(?, ?, ?, ?, ?)")
+      .Number(app.row)
+      .Number(id)
+      .Text(trace.component)
+      .Text(trace.category)
+      .Number(trace.settings)
+      .Step();
+}
+
+void CatalogueStore::WriteApp(CatalogueApp& app) {
+  Change(app, [] {});
+}
+
+void CatalogueStore::EraseApp(CatalogueApp& app) {
+  Change(app, [this, &app] {
+    for (const char* const sql :
+         {"DELETE FROM holder WHERE app = ?", "DELETE FROM trace WHERE app = ?",
+          "DELETE FROM app WHERE id = ?"})
+      Statement(*this, sql).Number(app.row).Step();
+  });
+}
+
+void CatalogueStore::WriteTrace(CatalogueApp& app, std::uint32_t id) {
+  Change(app, [this, &app, id] { PutTrace(app, id); });
+}
+
+void CatalogueStore::WriteSettings(CatalogueApp& app) {
+  Change(app, [this, &app] { PutSettings(app); });
+}
+
+void CatalogueStore::WriteHolders(CatalogueApp& app, const std::set<std::uint32_t>& pids) {
+  Change(app, [this, &app, &pids] {
+    Statement(*this, "DELETE FROM holder WHERE app = ?").Number(app.row).Step();
+    for (const std::uint32_t pid : pids)
+      Statement(*this, "INSERT INTO holder VALUES(?, ?)").Number(app.row).Number(pid).Step();
+  });
 }

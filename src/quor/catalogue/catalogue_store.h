@@ -2,8 +2,8 @@
 //
 // Owner    Holds the database, and it alone: a second service on the same state is refused.
 // Errors   Open gives null and a reason. A database that is damaged is put aside under the name
-//          *.damaged and a new one begun, told in the log. A write that fails is told in the log
-//          once.
+//          *.damaged and a new one begun, told in the log. A write that fails leaves nothing half
+//          behind, is told in the log once, and comes along with the application's next write.
 // Threads  One.
 #pragma once
 
@@ -24,27 +24,36 @@ struct StoredApp {
 
 class CatalogueStore {
  public:
-  static std::unique_ptr<CatalogueStore> Open(const std::string& path, std::string* why);
+  // `isTaken`: set when it is good and not ours to use, because another service has it or a newer
+  // one has written it.
+  static std::unique_ptr<CatalogueStore> Open(const std::string& path, std::string* why,
+                                              bool* isTaken = nullptr);
   ~CatalogueStore();
   CatalogueStore(const CatalogueStore&) = delete;
   CatalogueStore& operator=(const CatalogueStore&) = delete;
 
   std::vector<StoredApp> ReadAll();
   void WriteApp(CatalogueApp& app);  // gives it its row
-  void EraseApp(const CatalogueApp& app);
-  void WriteTrace(const CatalogueApp& app, std::uint32_t id);
-  void WriteSettings(const CatalogueApp& app);  // the sink, and the words of all traces
-  void WriteHolders(const CatalogueApp& app, const std::set<std::uint32_t>& pids);
+  void EraseApp(CatalogueApp& app);
+  void WriteTrace(CatalogueApp& app, std::uint32_t id);
+  void WriteSettings(CatalogueApp& app);  // the sink, and the words of all traces
+  void WriteHolders(CatalogueApp& app, const std::set<std::uint32_t>& pids);
 
  private:
   class Statement;
   explicit CatalogueStore(sqlite3* database) : m_database(database) {}
-  bool Prepare(std::string* why, bool* damaged);
+  enum class State { Good, Unusable, Taken, Damaged };
+  State Prepare(std::string* why);
+  State Check(std::string* why);
   bool Run(const char* sql);
-  void Begin();
-  void Commit();
+  template <class Put>
+  void Change(CatalogueApp& app, Put&& put);
+  void PutWhole(CatalogueApp& app);
+  void PutSettings(const CatalogueApp& app);
+  void PutTrace(const CatalogueApp& app, std::uint32_t id);
   void Failed();
 
   sqlite3* m_database;
+  bool m_failed = false;  // since the change under way began
   bool m_told = false;
 };

@@ -78,8 +78,11 @@ bool Service::Open(std::string* why) {
 
 bool Service::OpenState(std::string* why) {
   if (!MakeFolders(m_options.stateFolder, why)) return false;
-  auto store = CatalogueStore::Open(m_options.stateFolder + "/state.db", why);
-  if (!store) return false;
+  bool isTaken = false;
+  auto store = CatalogueStore::Open(m_options.stateFolder + "/state.db", why, &isTaken);
+  if (isTaken) return false;
+  // A full disk, say: traces are wanted then above all.
+  if (!store) Log(LogLevel::Error, *why + "; what is configured will not survive a restart");
   m_catalogue = std::make_unique<Catalogue>(std::move(store), m_options.defaultSettings);
   return true;
 }

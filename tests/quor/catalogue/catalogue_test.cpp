@@ -2,6 +2,9 @@
 #include "quor/catalogue/catalogue.h"
 
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "quor/catalogue/catalogue_store.h"
@@ -15,6 +18,27 @@ using ::testing::IsEmpty;
 const auto kMe = static_cast<std::uint32_t>(getpid());
 constexpr std::uint32_t kNobody = 0x3FFFFFF;  // beyond the kernel's largest process id
 
+// While this lives no file of this process can be written, as on a disk that is full.
+class FullDisk {
+ public:
+  FullDisk() {
+    signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &m_before);
+    const rlimit none{0, m_before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &none);
+  }
+  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+  rlimit m_before{};
+};
+
+std::uint32_t Word(Catalogue& catalogue, const std::string& app, std::uint32_t id) {
+  return catalogue.Find(app)->traces[id].settings;
+}
+
 class CatalogueTest : public ::testing::Test {
  protected:
   std::unique_ptr<Catalogue> Begin() {
@@ -22,9 +46,6 @@ class CatalogueTest : public ::testing::Test {
     auto store = CatalogueStore::Open(m_folder.File("state.db"), &why);
     EXPECT_NE(store, nullptr) << why;
     return std::make_unique<Catalogue>(std::move(store), kDefaultSettings);
-  }
-  static std::uint32_t Word(Catalogue& catalogue, const std::string& app, std::uint32_t id) {
-    return catalogue.Find(app)->traces[id].settings;
   }
   TempDir m_folder;
 };
@@ -209,6 +230,127 @@ TEST_F(CatalogueTest, ADamagedStateIsPutAsideAndANewOneBegun) {
   const auto catalogue = Begin();
   EXPECT_NE(catalogue->Enter("orders"), nullptr);
   EXPECT_EQ(ReadAll(m_folder.File("state.db.damaged")), std::string(8192, 'x'));
+}
+
+TEST_F(CatalogueTest, DamageFarBehindTheHeadOfTheStateIsFoundToo) {
+  {
+    const auto catalogue = Begin();
+    CatalogueApp* const app = catalogue->Enter("orders");
+    for (int i = 0; i < 2000; ++i)
+      catalogue->EnterTrace(*app, "Net", "category " + std::to_string(i));
+  }
+  std::string bytes = ReadAll(m_folder.File("state.db"));
+  ASSERT_GT(bytes.size(), 40000u);
+  std::fill(bytes.begin() + 20480, bytes.begin() + 36864, 'x');
+  m_folder.File("state.db", bytes);
+  const auto catalogue = Begin();
+  EXPECT_EQ(catalogue->Find("orders"), nullptr);
+  EXPECT_EQ(ReadAll(m_folder.File("state.db.damaged")), bytes);
+}
+
+TEST_F(CatalogueTest, AStateThatCannotBeOpenedIsNotTakenByAnother) {
+  std::string why;
+  bool isTaken = true;
+  EXPECT_EQ(CatalogueStore::Open(m_folder.File("none/state.db"), &why, &isTaken), nullptr);
+  EXPECT_FALSE(isTaken);
+  const auto catalogue = Begin();
+  EXPECT_EQ(CatalogueStore::Open(m_folder.File("state.db"), &why, &isTaken), nullptr);
+  EXPECT_TRUE(isTaken);
+}
+
+TEST_F(CatalogueTest, WhatCouldNotBeWrittenOnAFullDiskIsWrittenWithTheNextChange) {
+  {
+    const auto catalogue = Begin();
+    CatalogueApp* const old = catalogue->Enter("old");
+    catalogue->EnterTrace(*old, "Net", "0");
+    CatalogueApp* fresh = nullptr;
+    {
+      const FullDisk full;
+      fresh = catalogue->Enter("fresh");
+      for (const char* const category : {"1", "2"}) {
+        catalogue->EnterTrace(*old, "Net", category);
+        catalogue->EnterTrace(*fresh, "Db", category);
+      }
+      catalogue->BeginInstance(*fresh, kMe);
+      catalogue->Submit(*fresh, {{{1, 0x1F}}, {}});
+    }
+    EXPECT_EQ(catalogue->EnterTrace(*old, "Net", "3"), 3u);
+    catalogue->EnterTrace(*fresh, "Db", "3");
+    catalogue->OpenHandle(*fresh, kMe);
+  }
+  const auto catalogue = Begin();
+  ASSERT_NE(catalogue->Find("fresh"), nullptr);
+  ASSERT_EQ(catalogue->Find("old")->traces.size(), 4u);
+  ASSERT_EQ(catalogue->Find("fresh")->traces.size(), 3u);
+  for (std::uint32_t id = 0; id < 4; ++id)
+    EXPECT_EQ(catalogue->EnterTrace(*catalogue->Find("old"), "Net", std::to_string(id)), id);
+  EXPECT_EQ(Word(*catalogue, "fresh", 0), 7u);
+  EXPECT_EQ(Word(*catalogue, "fresh", 1), 0x1Fu);
+}
+
+TEST_F(CatalogueTest, BehindATraceThatIsMissingInTheStateNoneGetsAWrongNumber) {
+  {
+    const auto catalogue = Begin();
+    CatalogueApp* const app = catalogue->Enter("orders");
+    for (const char* const category : {"0", "1", "2"}) catalogue->EnterTrace(*app, "Net", category);
+  }
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(m_folder.File("state.db").c_str(), &database), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(database, "DELETE FROM trace WHERE id = 1", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(database);
+  for (int restart = 0; restart < 2; ++restart) {
+    const auto catalogue = Begin();
+    CatalogueApp* const app = catalogue->Find("orders");
+    EXPECT_EQ(catalogue->EnterTrace(*app, "Net", "0"), 0u);
+    EXPECT_EQ(catalogue->EnterTrace(*app, "Net", "2"), 1u);
+    EXPECT_EQ(app->traces.size(), 2u);
+  }
+}
+
+TEST_F(CatalogueTest, ThatTheDiskWasFullUntilTheEndCostsNoTraceItsNumber) {
+  {
+    const auto catalogue = Begin();
+    CatalogueApp* const app = catalogue->Enter("orders");
+    catalogue->EnterTrace(*app, "Net", "0");
+    const FullDisk full;
+    catalogue->EnterTrace(*app, "Net", "lost");
+  }
+  const auto catalogue = Begin();
+  CatalogueApp* const app = catalogue->Find("orders");
+  EXPECT_EQ(catalogue->EnterTrace(*app, "Net", "0"), 0u);
+  EXPECT_EQ(catalogue->EnterTrace(*app, "Net", "other"), 1u);
+}
+
+TEST(Catalogue, TheApplicationNotNeededForLongestMakesRoomForANewOne) {
+  Catalogue catalogue(nullptr, kDefaultSettings);
+  const auto runs = [&catalogue](const std::string& name) {
+    CatalogueApp* const app = catalogue.Enter(name);
+    if (!app) return false;
+    catalogue.EnterTrace(*app, "Net", "Connect");
+    catalogue.BeginInstance(*app, kMe);
+    catalogue.EndInstance(*app, kMe);
+    return true;
+  };
+  CatalogueApp* const running = catalogue.Enter("running");
+  catalogue.BeginInstance(*running, kMe);
+  CatalogueApp* const prepared = catalogue.Enter("prepared");
+  catalogue.EnterTrace(*prepared, "Net", "Connect");
+  catalogue.OpenHandle(*prepared, kMe);
+  catalogue.Submit(*prepared, {{{0, 0x1F}}, {}});
+  catalogue.CloseHandle(*prepared, kMe);
+  ASSERT_TRUE(runs("again"));
+  ASSERT_TRUE(runs("once"));
+  // As from programs that have their process id in their name.
+  for (std::size_t i = 4; i < Catalogue::kAppsMax; ++i) ASSERT_TRUE(runs(std::to_string(i)));
+  ASSERT_TRUE(runs("again"));
+  ASSERT_TRUE(runs("one more"));
+  EXPECT_EQ(catalogue.Find("once"), nullptr);
+  for (const char* const kept : {"again", "running", "4", "one more"})
+    EXPECT_NE(catalogue.Find(kept), nullptr) << kept;
+  for (std::size_t i = 0; i < 300; ++i) ASSERT_TRUE(runs("n" + std::to_string(i)));
+  EXPECT_EQ(catalogue.Find("running"), running);
+  EXPECT_EQ(Word(catalogue, "prepared", 0), 0x1Fu);
 }
 
 }  // namespace

@@ -12,8 +12,6 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 LIMITS = {".h": 120, ".cpp": 350}
 TEST_LIMIT = 600
-# Files that hold one subject and are longer all the same, each with its reason.
-LONGER = {}
 
 
 def tracked(*patterns):
@@ -48,8 +46,28 @@ def reach(room, rooms, seen=None):
     return seen
 
 
+def circle_in(includes):
+    """The files of a circle of includes, the first one again at the end; none: an empty list."""
+    done = set()
+    for start in includes:
+        trail, waiting = [], [iter([start])]
+        while waiting:
+            file = next(waiting[-1], None)
+            if file is None:
+                waiting.pop()
+                if trail:
+                    done.add(trail.pop())
+            elif file in trail:
+                return trail[trail.index(file):] + [file]
+            elif file not in done:
+                trail.append(file)
+                waiting.append(iter(includes.get(file, [])))
+    return []
+
+
 def main():
     breaches = []
+    includes = {}
     rooms = rooms_in_order()
     names = list(rooms)
     for room, depends in rooms.items():
@@ -67,13 +85,18 @@ def main():
                 continue
             if match[1] == "<" and re.match(r"Q[A-Z]|Qt", match[2]) and not is_face:
                 breaches.append(f"{relative}:{number}: Qt outside a ui folder")
+            if match[1] == '"':
+                includes.setdefault(relative.removeprefix("src/"), []).append(match[2])
             if match[1] == '"' and room:
                 target = room_of(match[2].rpartition("/")[0], rooms)
                 if target and target != room and target not in reach(room, rooms):
                     breaches.append(f"{relative}:{number}: {room} includes {target}")
-        limit = LONGER.get(relative, LIMITS.get(path.suffix))
+        limit = LIMITS.get(path.suffix)
         if limit and len(lines) > limit:
             breaches.append(f"{relative}:1: {len(lines)} lines, {limit} at most: find the seam")
+    circle = circle_in(includes)
+    if circle:
+        breaches.append(f"src/{circle[0]}:1: a circle of includes: {' -> '.join(circle)}")
     for path in tracked("tests/*.h", "tests/*.cpp"):
         count = len(path.read_text().splitlines())
         if count > TEST_LIMIT:

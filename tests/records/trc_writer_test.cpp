@@ -249,7 +249,6 @@ TEST_F(TrcWriterTest, AnotherCreateEndsTheFileBefore) {
   EXPECT_EQ(ReadAll(m_dir.File("b")), "");
 }
 
-// Reads a file as a document does.
 TEST_F(TrcWriterTest, AFlushHandsOverWhatIsHeldAndTheWriterGoesOn) {
   TrcWriter writer;
   EXPECT_FALSE(writer.Flush());
@@ -270,6 +269,7 @@ TEST_F(TrcWriterTest, AFlushIntoAFullDiskFails) {
   EXPECT_FALSE(writer.Finish());
 }
 
+// Reads a file as a document does.
 struct Loaded {
   void OnName(NameId id, std::string_view utf8) { names[id] = {std::string(utf8), 0}; }
   void OnTrace(const std::uint8_t* record) { traces.EmplaceRecord(record); }

@@ -7,9 +7,13 @@
     screen_reader.py cell ROW COLUMN       what a cell says, by its column's header
     screen_reader.py select ROW            selects one more row
     screen_reader.py selected              the selected rows, parted by commas
+    screen_reader.py row ROW               "focused", "selected", both with a blank between, or ""
     screen_reader.py pane DESCRIPTION      what a pane of the status bar says
     screen_reader.py enabled ROLE NAME     "yes" or "no"
     screen_reader.py press NAME            presses a button
+    screen_reader.py value NAME            what a field holds
+    screen_reader.py line NAME             the line of a text that has the caret: number, blank, text
+    screen_reader.py focus                 the name of the control that has the keyboard
     screen_reader.py all ROLE              the names of all that show with that role, a line each
 
 Exits 1 with a word when there is no such thing (yet).
@@ -76,6 +80,31 @@ def cell(row, column):
     return Atspi.Table.get_accessible_at(table, int(row), headers(table).index(column)).get_name()
 
 
+def row(number):
+    states = Atspi.Table.get_accessible_at(the_list(), int(number), 0).get_state_set()
+    return " ".join(word for word, state in (("focused", Atspi.StateType.FOCUSED),
+                                             ("selected", Atspi.StateType.SELECTED))
+                    if states.contains(state))
+
+
+def value(name):
+    return Atspi.Text.get_text(with_role("text", name), 0, -1)
+
+
+def line(name):
+    field = with_role("text", name)
+    lines = value(name).split("\n")
+    number = value(name)[:Atspi.Text.get_caret_offset(field)].count("\n")
+    return f"{number + 1} {lines[number]}"
+
+
+def focus():
+    """The innermost one: what it stands in has the focus too."""
+    focused = [node for node in parts(program()) if node.get_role_name() != "table cell" and
+               node.get_state_set().contains(Atspi.StateType.FOCUSED)]
+    return focused[-1].get_name() if focused else ""
+
+
 def pane(description):
     label = first(f"pane {description}", lambda node: node.get_role_name() == "label" and
                   node.get_description() == description)
@@ -99,8 +128,12 @@ QUESTIONS = {
     "cell": cell,
     "select": lambda row: Atspi.Table.add_row_selection(the_list(), int(row)),
     "selected": lambda: ",".join(str(row) for row in Atspi.Table.get_selected_rows(the_list())),
+    "row": row,
     "pane": pane,
     "enabled": enabled,
+    "value": value,
+    "line": line,
+    "focus": focus,
     "press": lambda name: Atspi.Action.do_action(with_role("push button", name), 0),
     "all": names,
 }

@@ -1,13 +1,5 @@
 # What a screen reader meets, asked from outside the program, and the keyboard's locks.
 
-reader() { "$here/screen_reader.py" "$@" 2>"$work/reader.log"; }
-# says TEXT QUESTION...: the answer is this text.
-says() {
-  local wanted=$1
-  shift
-  [ "$(reader "$@")" = "$wanted" ]
-}
-
 # The server's keyboard has a Scroll Lock key that is no modifier, and so locks nothing.
 tie_scroll_lock() {
   xkbcomp "$DISPLAY" "$work/keys.xkb"
@@ -17,8 +9,7 @@ tie_scroll_lock() {
 
 tie_scroll_lock || fail "the keyboard's map cannot be changed"
 export XDG_CONFIG_HOME=$work/reader-config  # all as at a first start
-start_bus
-reader on || fail "there is no accessibility bus: $(cat "$work/reader.log")"
+start_reader
 start_program "$work/web.trc"
 until_true "the list does not have its rows" says 20000 rows
 says Sev,Application,Component,Category,Trace headers || fail "columns: $(reader headers)"

@@ -32,14 +32,25 @@ start_display() {
     'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 0x'
 }
 
-# A message bus of its own, from which the accessibility bus comes.
-start_bus() {
+# A message bus of its own, from which the accessibility bus comes, and the word to programs that
+# start from now on that a screen reader is there.
+start_reader() {
   local address
+  [ -z "${reader_started:-}" ] || return 0
   mkfifo "$work/address"
   dbus-daemon --session --nofork --nopidfile --print-address=3 3>"$work/address" 2>"$work/bus.log" &
   started+=($!)
   read -r -t 20 address <"$work/address" || fail "dbus-daemon did not come up"
   export DBUS_SESSION_BUS_ADDRESS=$address
+  reader on || fail "there is no accessibility bus: $(cat "$work/reader.log")"
+  reader_started=1
+}
+reader() { "$here/screen_reader.py" "$@" 2>"$work/reader.log"; }
+# says TEXT QUESTION...: the answer is this text.
+says() {
+  local wanted=$1
+  shift
+  [ "$(reader "$@")" = "$wanted" ]
 }
 
 # Sets $program and waits for its main window, $window.

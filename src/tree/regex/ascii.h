@@ -1,7 +1,10 @@
-// The character tests of the matcher. No locale is ever set: letters and digits are the ASCII ones.
+// What the matcher knows of characters. No locale is ever set: letters and digits are the ASCII
+// ones.
 #pragma once
 
 #include <cstdint>
+
+constexpr unsigned char kCr = '\r', kLf = '\n';
 
 constexpr bool IsAsciiLetter(unsigned char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');

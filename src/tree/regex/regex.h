@@ -1,8 +1,7 @@
 // The program's text matcher: plain text and regular expressions, byte by byte.
 //
-// Shape    A pattern becomes a byte program (regex_program.h). There is one compiled pattern for
-// the
-//          whole program; a new compile replaces it, and all views share the one compiled last.
+// Shape    A pattern becomes a byte program (regex_program.h). The whole application has one
+//          compiled pattern; a new compile replaces it, and all views share the one compiled last.
 // Owner    Borrows the texts. What RegexState points at is good as long as the last text is.
 // Errors   Compiling throws (RegexRaise); RegexPrepare reduces that to 0. Matching has no failures:
 //          any program on any text ends within its bounds.
@@ -33,19 +32,18 @@ int RegexMatchText(std::string_view text);
 
 // The same in parts, for a search that must stay cancellable in any single text. A part is about
 // `steps` steps of the matcher (a hundred thousand take some milliseconds at most). Unfinished: go
-// on with RegexResumeText and the same text; a text begun or a pattern prepared meanwhile makes it
-// No.
+// on with RegexResumeText and the same text. The answer is No when a text was begun or a pattern
+// prepared meanwhile.
 enum class RegexAnswer { No, Yes, Unfinished };
 RegexAnswer RegexBeginText(std::string_view text, std::uint64_t steps);
 RegexAnswer RegexResumeText(std::string_view text, std::uint64_t steps);
 
-// RegexSearch with the pattern last compiled; stores the match through the last two when it
-// gives 1.
+// RegexSearch with the pattern last compiled. When it gives 1, the last two receive where the match
+// begins and ends.
 int RegexFindIn(const char* from, const char* begin, const char* end, const char** matchFrom,
                 const char** matchTo);
 // Tries a program at `from` and onward; 1 with matchStart and matchEnd set, or 0.
-// REQUIRES: begin <= from <= end, and for a program elsewhere than in RegexState: it ends by
-// RX_END.
+// REQUIRES: begin <= from <= end. A program elsewhere than in RegexState ends with RX_END.
 int RegexSearch(const char* from, const char* begin, const char* end, const unsigned char* program);
 // Tries a program at exactly `at`; 1 with matchEnd set, or 0. Same requirements.
 int RegexMatchHere(const char* at, const char* begin, const char* end, const unsigned char* code,

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-namespace {
+#include "tree/regex/ascii.h"
 
-constexpr unsigned char kCr = '\r', kLf = '\n';
+namespace {
 
 ByteTable All() {
   ByteTable table;
@@ -27,7 +27,7 @@ bool Meet(const ByteTable& a, const ByteTable& b) {
 
 }  // namespace
 
-// Reads the code byte by byte; past its end it reads RX_END's opposite: nothing.
+// Reads the code byte by byte; where it stops without RX_END nothing matches.
 class RegexNodes::Decoder {
  public:
   Decoder(RegexNodes& nodes, const unsigned char* code, const unsigned char* end, bool acrossLines)

@@ -59,8 +59,8 @@ class RegexNodes {
   const ByteTable& First() const { return *m_first; }
   bool HasBackRefs() const { return m_backRefs; }
   bool HasGroups() const { return m_groups; }
-  // Does a table take the zero that stands for the text's end? Never for a program as compiled from
-  // a whole pattern.
+  // Does a table take the zero that stands for the text's end? Never in the program of a whole
+  // pattern.
   bool TakesZero() const { return m_takesZero; }
 
  private:

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tree/regex/ascii.h"
+
 namespace {
 
 constexpr std::size_t kLongestSegment = 64;
@@ -9,7 +11,10 @@ constexpr std::size_t kLongestSegment = 64;
 constexpr unsigned kMuchRarer = 4;
 // One that holds more often than this is not worth looking for.
 constexpr unsigned kTooCommon = kAlways * kAlways / 6;
-constexpr char kCr = '\r', kLf = '\n';
+
+bool EndsLine(char c) {
+  return c == kCr || c == kLf;
+}
 
 // The start of the next line behind the failed place, kNowhere when there is none. Kept: a line's
 // end at the failed place itself is stepped over unseen.
@@ -22,8 +27,8 @@ std::size_t NextLine(std::string_view text, std::size_t failed) {
     at = FindPair(text, at, text.size(), kEnds);
     if (at == kNowhere) return kNowhere;
     ++at;
-  } while (text[at - 1] != kCr && text[at - 1] != kLf);
-  if (at < text.size() && text[at] != text[at - 1] && (text[at] == kCr || text[at] == kLf)) ++at;
+  } while (!EndsLine(text[at - 1]));
+  if (at < text.size() && text[at] != text[at - 1] && EndsLine(text[at])) ++at;
   return at < text.size() ? at : kNowhere;
 }
 
@@ -58,6 +63,9 @@ std::vector<RegexPlan::Segment> RegexPlan::Segments() const {
       for (std::uint32_t byte = 0; byte < node.least; ++byte) add(node.table);
       if (node.firstMust) add(node.table);
       segments.emplace_back();
+      // What follows stands behind a byte of the run; behind a plus, unless it takes the byte that
+      // the plus gives back.
+      if (node.least > 0 || (node.firstMust && node.exclusive)) add(node.table);
     } else if (node.kind == NodeKind::BackRef || node.kind == NodeKind::BackRefStar ||
                node.kind == NodeKind::BackRefPlus) {
       segments.emplace_back();

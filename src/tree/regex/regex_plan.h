@@ -62,12 +62,11 @@ class RegexPlan {
   std::optional<Probe> m_start;  // where a match can begin
   std::optional<Probe> m_need;   // what a match holds somewhere
   bool m_anyFirst = false;       // a match can begin with any byte
-  bool m_leadingRun =
-      false;  // an endless run begins the program, and its failure speaks for all of it
-
-  const RegexNode* m_leadingStar =
-      nullptr;  // that run, if it is a star and not anything follows it
-  bool m_probesAll = false;
+  // An endless run begins the program, and its failure speaks for every place of it.
+  bool m_leadingRun = false;
+  // That run, if it is a star and only some bytes can follow it.
+  const RegexNode* m_leadingStar = nullptr;
+  bool m_probesAll = false;  // a place that m_start finds is a match
 
   RegexMachine m_machine;
   bool m_unfinished = false;

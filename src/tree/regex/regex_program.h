@@ -1,9 +1,8 @@
 // The compiled form of a pattern, and the state of the one that the program holds.
 //
-// Shape    A flat sequence of opcodes, one byte each, with their operands behind them, read from
-// the
-//          first byte and ended by RX_END. The low two bits of an opcode that may repeat are its
-//          RegexRepeat. Any other byte is skipped by the matcher.
+// Shape    A flat sequence of opcodes, one byte each, with their operands behind them. It is read
+//          from its first byte and ends with RX_END. The low two bits of an opcode that may repeat
+//          are its RegexRepeat. Any other byte is skipped by the matcher.
 //          A set is a bitmap: byte value c is bit (c & 7) of map byte (c >> 3).
 // Threads  Interface thread.
 #pragma once
@@ -51,8 +50,9 @@ constexpr int kRegexGroups = 9;
 constexpr std::size_t kRegexProgramBytes = 1024;
 constexpr std::size_t kRegexSlackBytes = 64;
 constexpr std::size_t kRegexSetBytes = 16, kRegexWideSetBytes = 32;
-constexpr int kRegexUnlimited = 255;        // a range's maximum that is none...
-constexpr int kRegexMostUnlimited = 20010;  // ...but so many repetitions behind the minimum
+// A range's maximum that stands for none; so many repetitions behind the minimum are matched then.
+constexpr int kRegexUnlimited = 255;
+constexpr int kRegexMostUnlimited = 20010;
 
 struct RegexState_t {
   int wordSearch;  // a match begins and ends at the boundary of a word; `^` and `$` change sense

@@ -43,6 +43,18 @@ TEST(RegexMatch, ThePlusCanGiveItsFirstByteBack) {
   EXPECT_FALSE(Finds("xa+", "xb"));
 }
 
+TEST(RegexMatch, WhatFollowsARunStandsBehindAByteOfItUnlessAPlusGivesThatByteBack) {
+  const char* const expression = "[a-z]*[0-9]+[a-f]+[0-9]+";
+  EXPECT_TRUE(Finds(expression, "client 12ab3"));
+  EXPECT_FALSE(Finds(expression, "12 ab 3"));
+  EXPECT_FALSE(Finds(expression, "12 ab3")) << "no digit before the letters";
+  EXPECT_FALSE(Finds("[0-9]+[a-f]", "a"));
+  EXPECT_TRUE(Finds("[0-9]+[a0-9]", "1")) << "the digit that the plus gives back";
+  EXPECT_TRUE(Finds("[0-9]+[a0-9]b", "1b"));
+  EXPECT_TRUE(Finds("[0-9]\\{1,\\}9b", "19b"));
+  EXPECT_FALSE(Finds("[0-9]\\{1,\\}9b", "9b")) << "a range does not give its least bytes back";
+}
+
 TEST(RegexMatch, OnlyTheStarredNarrowSetsStopAtALinesEnd) {
   EXPECT_EQ(Matched("[^x]*", "ab\ncd"), "ab");
   EXPECT_EQ(Matched("[^x]+", "ab\ncd"), "ab\ncd");

@@ -112,8 +112,7 @@ void Play(unsigned seed, int rounds, Tally& tally) {
     const std::string pattern = RandomPattern(random);
     const int ignoreCase = random.Below(3) == 0, literal = random.Below(10) == 0,
               word = random.Below(4) == 0;
-    // A pattern that fails leaves its first part, over the remains of the one before, and that runs
-    // too.
+    // One that is no pattern leaves its first part over the remains of the one before: that runs.
     RegexPrepare(pattern.c_str(), ignoreCase, literal, word, random.Below(20) == 0);
     const std::string what = "pattern " + Printable(pattern) +
                              (ignoreCase ? " ignoring case" : "") + (literal ? " literal" : "") +

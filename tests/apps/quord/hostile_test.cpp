@@ -140,25 +140,23 @@ TEST_F(Hostile, AForgedSegmentIsRefusedWithItsReason) {
 
 TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
   const int event = eventfd(0, EFD_CLOEXEC);
-  SegmentMap segment;
-  ASSERT_TRUE(segment.Create({64, 4096, 4096}, 1, 12345));
-  const auto committed = [&](std::uint64_t size) {
-    auto* const record = reinterpret_cast<RingRecord*>(segment.Ring());
-    record->word.store(ring_word::Make(0, size, false) ^ segment.Layout().salt);
+  // One for each: the service may still write into the segment that it has just given up.
+  SegmentMap points, ring, counts;
+  for (SegmentMap* const segment : {&points, &ring, &counts})
+    ASSERT_TRUE(segment->Create({64, 4096, 4096}, 1, 12345));
+  const auto greet = [&](const SegmentMap& segment) {
+    EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
+              LinkType::Welcome);
   };
-  segment.Header()->pointCount.store(1000000);
-  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
-            LinkType::Welcome);
+  points.Header()->pointCount.store(1000000);
+  greet(points);
   EXPECT_TRUE(quord.Says("is read no further: its trace points contradict themselves"));
-  segment.Header()->pointCount.store(0);
-  committed(1u << 20);
-  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
-            LinkType::Welcome);
+  const std::uint64_t tooLong = ring_word::Make(0, 1u << 20, false);
+  reinterpret_cast<RingRecord*>(ring.Ring())->word.store(tooLong ^ ring.Layout().salt);
+  greet(ring);
   EXPECT_TRUE(quord.Says("is read no further: its ring contradicts itself"));
-  committed(0);
-  segment.Header()->served.store(~std::uint64_t{0});
-  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
-            LinkType::Welcome);
+  counts.Header()->served.store(~std::uint64_t{0});
+  greet(counts);
   EXPECT_TRUE(quord.Says("is read no further: its count of traces is impossible"));
   close(event);
 }

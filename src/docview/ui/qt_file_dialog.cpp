@@ -64,10 +64,17 @@ FileDialogAnswer QtFileDialog::Answer() const {
 
 void QtFileDialog::accept() {
   const QFileInfo chosen(selectedFiles().value(0));
-  if (acceptMode() == AcceptSave && !chosen.fileName().isEmpty() && !chosen.dir().exists()) {
-    QMessageBox::warning(this, windowTitle(),
-                         chosen.absolutePath() + "\nThe folder does not exist.");
-    return;
+  if (acceptMode() == AcceptSave && !chosen.fileName().isEmpty()) {
+    const QFileInfo folder(chosen.absolutePath());
+    // One that cannot be entered would not become the current folder, and a file that is made by
+    // its bare name would fall into another one.
+    const char* const wrong = !folder.isDir()          ? "\nThe folder does not exist."
+                              : !folder.isExecutable() ? "\nThe folder cannot be entered."
+                                                       : nullptr;
+    if (wrong) {
+      QMessageBox::warning(this, windowTitle(), folder.filePath() + wrong);
+      return;
+    }
   }
   QFileDialog::accept();
 }

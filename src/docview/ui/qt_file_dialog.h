@@ -1,7 +1,7 @@
 // The file dialog, drawn by Qt itself because the platform's own holds no check boxes.
 //
 // Saving    The default extension is appended when none was typed, the overwrite question names the
-//           final file, and the folder must exist.
+//           final file, and the folder must exist and let itself be entered.
 // Opening   The file must exist.
 #pragma once
 

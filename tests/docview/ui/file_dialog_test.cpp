@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QCheckBox>
 #include <QDir>
@@ -104,10 +105,45 @@ TEST_F(FileDialogTest, AFileWithoutTheExtensionIsNotAskedAbout) {
 
 TEST_F(FileDialogTest, AFolderThatDoesNotExistIsRefused) {
   const auto answer = Run(kSave, [&](QFileDialog& dialog) {
-    EXPECT_NE(Accept(dialog, m_dir.File("none/web.trc")), "");
+    const std::string said = Accept(dialog, m_dir.File("none/web.trc"));
+    EXPECT_NE(said.find("The folder does not exist."), std::string::npos) << said;
     EXPECT_TRUE(dialog.isVisible());
   });
   EXPECT_FALSE(answer);
+}
+
+// The rights that an administrator has are put aside as long as this stands.
+class WithoutPrivileges {
+ public:
+  WithoutPrivileges() {
+    if (m_needed && setresuid(kNobody, kNobody, 0) != 0) ADD_FAILURE() << "still privileged";
+  }
+  ~WithoutPrivileges() {
+    if (m_needed && setresuid(0, 0, 0) != 0) ADD_FAILURE() << "privileges lost";
+  }
+  WithoutPrivileges(const WithoutPrivileges&) = delete;
+  WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+ private:
+  static constexpr uid_t kNobody = 65534;
+  const bool m_needed = geteuid() == 0;
+};
+
+TEST_F(FileDialogTest, AFolderThatCannotBeEnteredIsRefused) {
+  namespace fs = std::filesystem;
+  fs::permissions(m_dir.Path(), fs::perms(0755));
+  fs::create_directory(m_dir.File("closed"));
+  fs::permissions(m_dir.File("closed"), fs::perms(0600));
+  {
+    const WithoutPrivileges nobody;
+    const auto answer = Run(kSave, [&](QFileDialog& dialog) {
+      const std::string said = Accept(dialog, m_dir.File("closed/web.trc"));
+      EXPECT_NE(said.find("The folder cannot be entered."), std::string::npos) << said;
+      EXPECT_TRUE(dialog.isVisible());
+    });
+    EXPECT_FALSE(answer);
+  }
+  fs::permissions(m_dir.File("closed"), fs::perms(0700));
 }
 
 TEST_F(FileDialogTest, AFileToOpenMustExist) {

@@ -76,7 +76,7 @@ BoxAnswer QtHost::MessageBox(const MessageBoxRequest& request) {
   box->setWindowModality(Qt::ApplicationModal);
   box->exec();
   // Its parent may have gone meanwhile, and the box with it.
-  if (!box) return request.buttons == BoxButtons::Ok ? BoxAnswer::Ok : BoxAnswer::Cancel;
+  if (!box) return QtMessageBox::Unanswered(request.buttons);
   const BoxAnswer answer = box->Answer();
   delete box;
   return answer;

@@ -61,8 +61,12 @@ BoxAnswer QtMessageBox::Answer() const {
     default:
       break;
   }
-  if (m_buttons == BoxButtons::Ok) return BoxAnswer::Ok;
-  return MustAnswer() ? BoxAnswer::No : BoxAnswer::Cancel;
+  return Unanswered(m_buttons);
+}
+
+BoxAnswer QtMessageBox::Unanswered(BoxButtons buttons) {
+  if (buttons == BoxButtons::Ok) return BoxAnswer::Ok;
+  return buttons == BoxButtons::YesNo ? BoxAnswer::No : BoxAnswer::Cancel;
 }
 
 void QtMessageBox::closeEvent(QCloseEvent* event) {

@@ -12,8 +12,10 @@ class QtMessageBox final : public QMessageBox {
  public:
   QtMessageBox(const MessageBoxRequest& request, QWidget* parent);
 
-  // Of the button that closed the box. A box that was taken down without one answers what refuses.
+  // Of the button that closed the box.
   BoxAnswer Answer() const;
+  // Of a box that was taken down without a button: what refuses.
+  static BoxAnswer Unanswered(BoxButtons buttons);
 
  protected:
   void closeEvent(QCloseEvent* event) override;

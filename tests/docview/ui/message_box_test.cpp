@@ -135,11 +135,17 @@ TEST(MessageBoxes, TimersAndPostedCallsGoOnWhileOneIsUp) {
 
 TEST(MessageBoxes, OneThatLosesItsWindowAnswersWhatRefuses) {
   QtHost host;
-  auto main = std::make_unique<QWidget>();
-  main->show();
-  host.SetMainWidget(main.get());
-  host.Post([&] { main.reset(); });
-  EXPECT_EQ(host.MessageBox({.text = "?", .buttons = BoxButtons::YesNoCancel}), BoxAnswer::Cancel);
+  const auto answerWithoutWindow = [&host](BoxButtons buttons) {
+    auto main = std::make_unique<QWidget>();
+    main->show();
+    host.SetMainWidget(main.get());
+    host.Post([&] { main.reset(); });
+    return host.MessageBox({.text = "?", .buttons = buttons});
+  };
+  EXPECT_EQ(answerWithoutWindow(BoxButtons::Ok), BoxAnswer::Ok);
+  EXPECT_EQ(answerWithoutWindow(BoxButtons::OkCancel), BoxAnswer::Cancel);
+  EXPECT_EQ(answerWithoutWindow(BoxButtons::YesNo), BoxAnswer::No);
+  EXPECT_EQ(answerWithoutWindow(BoxButtons::YesNoCancel), BoxAnswer::Cancel);
 }
 
 TEST(PostedBoxes, BlockNoWindowAndTellWhenTheyAreClosed) {

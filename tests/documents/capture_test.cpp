@@ -1,12 +1,6 @@
 // Capturing what a monitor takes into a file.
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <csignal>
-
 #include "realtime_fixture.h"
+#include "support/file_limit.h"
 
 namespace {
 
@@ -167,27 +161,12 @@ TEST_F(CaptureTest, AHeaderThatCannotBeWrittenIsToldInAPlainBoxAndCaptureStaysOf
             "box Tessera [none] \"Cannot write to output file\" (OK) -> OK");
 }
 
-// A disk that fills: no file of this process may grow beyond a limit for a while.
-class FullDisk {
- public:
-  explicit FullDisk(rlim_t bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &m_before);
-    const rlimit limit{bytes, m_before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
-
- private:
-  rlimit m_before;
-};
-
 TEST_F(CaptureTest, ATraceThatCannotBeWrittenEndsTheCaptureSilentlyAndTheTracesStayInTheList) {
   Connect();
   const std::string path = StartCapture("live.trc");
   m_host.ClearTranscript();
   {
-    const FullDisk full(5000);
+    const FileLimit full(5000);
     DrainOf(1000);
   }
   EXPECT_FALSE(m_document->IsCapturing());
@@ -200,7 +179,7 @@ TEST_F(CaptureTest, BehindAFailedWriteTheBufferIsDiscardedAndTheNextFileBeginsWi
   Connect();
   StartCapture("first.trc");
   {
-    const FullDisk full(5000);
+    const FileLimit full(5000);
     DrainOf(1000);
   }
   const std::string second = StartCapture("second.trc");

@@ -1,33 +1,13 @@
 // Every failing step of a conversion: its words, what stays on the disk, and the document.
-#include <signal.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "conversion_fixture.h"
 #include "documents/trace_file_conversion.h"
+#include "support/file_limit.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// No file of this process may grow beyond so many bytes.
-class FileLimit {
- public:
-  explicit FileLimit(rlim_t bytes) : m_handler(signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &m_before);
-    rlimit limit = m_before;
-    limit.rlim_cur = bytes;
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileLimit() {
-    setrlimit(RLIMIT_FSIZE, &m_before);
-    signal(SIGXFSZ, m_handler);
-  }
-
- private:
-  sighandler_t m_handler;
-  rlimit m_before{};
-};
 
 class ConversionFailureTest : public ConversionTest {
  protected:
@@ -66,14 +46,14 @@ class ConversionFailureTest : public ConversionTest {
   CTraceFileDoc* m_document = nullptr;
 };
 
-TEST_F(ConversionFailureTest, Step1AFolderInTheWayOfTheTemporaryFile) {
+TEST_F(ConversionFailureTest, AFolderInTheWayOfTheTemporaryFile) {
   const std::string path = OldFile(3);
   fs::create_directory(path + ".tmp");
   EXPECT_EQ(WordsOfOpening(path), Boxes("Error creating temporary file"));
   EXPECT_EQ(Folder(), "web.trc(old) web.trc.tmp/ ");
 }
 
-TEST_F(ConversionFailureTest, Step1AFolderThatMayNotBeWritten) {
+TEST_F(ConversionFailureTest, AFolderThatMayNotBeWritten) {
   const std::string path = OldFile(3);
   // In a process of its own, which gives up the rights that an administrator has.
   EXPECT_EXIT(
@@ -88,14 +68,14 @@ TEST_F(ConversionFailureTest, Step1AFolderThatMayNotBeWritten) {
   EXPECT_EQ(Folder(), "web.trc(old) ");
 }
 
-TEST_F(ConversionFailureTest, Step2NoSpaceForTheHeader) {
+TEST_F(ConversionFailureTest, NoSpaceForTheHeader) {
   const std::string path = OldFile(0);
   const FileLimit limit(8);
   EXPECT_EQ(WordsOfOpening(path), Boxes("Error writing to temporary file"));
   EXPECT_EQ(Folder(), "web.trc(old) web.trc.tmp ");
 }
 
-TEST_F(ConversionFailureTest, Step3NoSpaceForATrace) {
+TEST_F(ConversionFailureTest, NoSpaceForATrace) {
   const std::string path = OldFile(3000);
   const FileLimit limit(10000);
   EXPECT_EQ(WordsOfOpening(path), Boxes("Error writing to temporary file"));
@@ -103,42 +83,42 @@ TEST_F(ConversionFailureTest, Step3NoSpaceForATrace) {
   EXPECT_EQ(Folder(), "web.trc(old) web.trc.tmp ");
 }
 
-TEST_F(ConversionFailureTest, Step5NoSpaceForTheLastBytes) {
+TEST_F(ConversionFailureTest, NoSpaceForTheLastBytes) {
   const std::string path = OldFile(10);  // less than the buffer holds
   const FileLimit limit(100);
   EXPECT_EQ(WordsOfOpening(path), Boxes("Error writing to temporary file"));
   EXPECT_EQ(Folder(), "web.trc(old) web.trc.tmp ");
 }
 
-TEST_F(ConversionFailureTest, Step8AFolderInTheWayOfTheOldName) {
+TEST_F(ConversionFailureTest, AFolderInTheWayOfTheOldName) {
   const std::string path = OldFile(3);
   fs::create_directory(path + ".old");
   EXPECT_EQ(WordsOfOpening(path), Boxes("Error removing old trace file"));
   EXPECT_EQ(Folder(), "web.trc(old) web.trc.old/ web.trc.tmp ");
 }
 
-TEST_F(ConversionFailureTest, Step8AMissingOldFileIsNoFailure) {
+TEST_F(ConversionFailureTest, AMissingOldFileIsNoFailure) {
   const std::string path = OldFile(3);
   EXPECT_TRUE(Converts(path));
   EXPECT_EQ(m_words, "");
   EXPECT_EQ(Folder(), "web.trc ");
 }
 
-TEST_F(ConversionFailureTest, Step9TheFileHasGoneMeanwhile) {
+TEST_F(ConversionFailureTest, TheFileHasGoneMeanwhile) {
   const std::string path = OldFile(3);
   EXPECT_FALSE(Converts(path, [&] { fs::remove(path); }));
   EXPECT_EQ(m_words, "stop: Error renaming old trace file\n");
   EXPECT_EQ(Folder(), "web.trc.tmp ");
 }
 
-TEST_F(ConversionFailureTest, Step10TheTemporaryFileHasGoneMeanwhile) {
+TEST_F(ConversionFailureTest, TheTemporaryFileHasGoneMeanwhile) {
   const std::string path = OldFile(3);
   EXPECT_FALSE(Converts(path, [&] { fs::remove(path + ".tmp"); }));
   EXPECT_EQ(m_words, "stop: Error renaming temporary file\n");
   EXPECT_EQ(Folder(), "web.trc.old(old) ") << "the old file survives, and there is none to open";
 }
 
-TEST_F(ConversionFailureTest, Step11OnlyWarnsAndTheConversionGoesOn) {
+TEST_F(ConversionFailureTest, AnOldFileThatCannotBeDeletedIsAWarningAndTheConversionGoesOn) {
   const std::string path = OldFile(3);
   // A folder can be renamed like the old file, but not deleted like it.
   EXPECT_TRUE(Converts(path, [&] {
@@ -149,7 +129,7 @@ TEST_F(ConversionFailureTest, Step11OnlyWarnsAndTheConversionGoesOn) {
   EXPECT_EQ(Folder(), "web.trc web.trc.old/ ");
 }
 
-TEST_F(ConversionFailureTest, Step12FailsWithNoWordOfItsOwn) {
+TEST_F(ConversionFailureTest, ANewFileThatCannotBeOpenedFailsWithNoWordOfItsOwn) {
   const std::string path = OldFile(3);
   EXPECT_FALSE(Converts(path, [&] {
     fs::remove(path + ".tmp");
@@ -217,7 +197,7 @@ TEST_F(ConversionFailureTest, BoxesBehindACancelAreShownWithoutAWait) {
       [this] { return ToldOf("posted box") == Boxes("Error removing old trace file"); }));
 }
 
-TEST_F(ConversionFailureTest, TheWarningOfStep11IsReadBeforeTheLoadGoesOn) {
+TEST_F(ConversionFailureTest, TheWarningOfAnOldFileThatStaysIsReadBeforeTheLoadGoesOn) {
   const std::string path = OldFile(3);
   CTraceFileDoc document(m_host);
   CTraceFileDoc::s_beforeWalk = [this, &path] {

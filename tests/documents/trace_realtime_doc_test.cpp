@@ -271,12 +271,31 @@ TEST_F(RealtimeDocTest, TheConnectionEndsBeforeTracesAndCaptureGo) {
   EXPECT_GT(ReadAll(path).size(), 16u);
 }
 
-// The connection's drain ends although traces come in faster than they are taken: HasTraces looks
-// anew only after it has said no.
-TEST_F(RealtimeDocTest, AnEndOfTheConnectionsLookEndsTheDrain) {
+// A connection says no at the end of what had arrived when the drain began; asked again it would
+// look anew, and the interface would never run under a flood.
+TEST_F(RealtimeDocTest, ADrainEndsWithTheFirstNoOfTheConnection) {
   Connect();
   DrainOf(1);
   EXPECT_EQ(m_service.Last().m_looks, 2);
+}
+
+TEST_F(RealtimeDocTest, AConnectionThatSaysYesAndGivesNothingEndsTheDrainWithoutAHint) {
+  class Empty final : public TraceThread_i {
+   public:
+    void Disconnect() override { delete this; }
+    int HasTraces() override { return 1; }
+    TraceEvent_i* NextTrace() override { return nullptr; }
+    void Pause() override {}
+    void Resume() override {}
+    Counts GetCounts() const override { return {}; }
+  };
+  CTraceRealtimeDoc document(m_host, [](const std::string&, NameMap&) { return new Empty; });
+  ProbeView view(document, m_log);
+  ASSERT_TRUE(document.ConnectToMachine("web"));
+  m_log.Clear();
+  document.Drain();
+  EXPECT_EQ(m_log.Told(), "");
+  EXPECT_TRUE(document.m_traces.empty());
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
-#include <signal.h>
-#include <sys/resource.h>
-
 #include "documents_fixture.h"
 #include "records/trc_writer.h"
+#include "support/file_limit.h"
 
 namespace {
 
@@ -127,15 +125,10 @@ TEST_F(TraceSaveTest, AFailedWriteIsToldWhileTheWaitCursorStillShows) {
 TEST_F(TraceSaveTest, ThePartAlreadyWrittenStaysOnTheDisk) {
   CTraceFileDoc& document = Load(Sample());
   const std::string path = m_temp.File("part.trc");
-  rlimit before;
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  const auto handler = signal(SIGXFSZ, SIG_IGN);
-  const rlimit small{1024, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  const bool saved = document.OnSaveDocument(path);
-  setrlimit(RLIMIT_FSIZE, &before);
-  signal(SIGXFSZ, handler);
-  EXPECT_FALSE(saved);
+  {
+    const FileLimit full(1024);
+    EXPECT_FALSE(document.OnSaveDocument(path));
+  }
   EXPECT_EQ(std::filesystem::file_size(path), 1024u);
   EXPECT_EQ(ReadAll(path).substr(0, 16), TrcImage().Bytes());
 }

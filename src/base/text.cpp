@@ -78,6 +78,12 @@ std::string_view CutUtf8(std::string_view text, std::size_t bytes) {
   return text.substr(0, bytes);
 }
 
+std::string InSmallLetters(std::string_view text) {
+  std::string small(text);
+  for (char& byte : small) byte = static_cast<char>(Lower(static_cast<unsigned char>(byte)));
+  return small;
+}
+
 int CompareIgnoringCase(std::string_view a, std::string_view b) {
   const std::size_t common = std::min(a.size(), b.size());
   for (std::size_t at = 0; at < common; ++at) {

@@ -1,6 +1,7 @@
 #include "base/win32_handle.h"
 
 #include <chrono>
+#include <thread>
 #include <utility>
 
 void WaitObject::Set() {

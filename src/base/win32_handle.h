@@ -2,21 +2,18 @@
 //
 // Owner    A HANDLE is shared: the event lives as long as anyone can signal or wait on it, so that
 //          a dialog left behind by its document still signals something real.
-// Errors   None.
-// Threads  Set, IsSet and Wait may be called from any thread. AutoWin32Handle_t itself is not
-//          synchronised.
+// Errors   BeginThread throws std::system_error when the system has no more threads to give.
+// Threads  Set, IsSet and Wait from any thread. AutoWin32Handle_t itself is not synchronised.
 #pragma once
 
 #include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <thread>
 
 // Something that becomes signalled once and stays so (manual reset, never reset).
 class WaitObject {
  public:
-  virtual ~WaitObject() = default;
   void Set();
   bool IsSet() const;
   // True when signalled within `milliseconds`; 0 looks without waiting.

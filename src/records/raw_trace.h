@@ -2,9 +2,8 @@
 //
 // Shape    44 + L1 + L2 bytes, big-endian, unaligned, no padding.
 // Owner    Borrows the bytes.
-// Errors   None: the bytes must be followed by MappedFile::kGuardBytes readable bytes, or be a
-// whole
-//          record. A text stops at its first NUL, though the record goes on behind its full length.
+// Errors   None: the record must be whole, or MappedFile::kGuardBytes readable bytes must follow
+//          its beginning. A text stops at its first NUL; the record goes on behind its full length.
 #pragma once
 
 #include <cstddef>

@@ -62,6 +62,11 @@ TEST(Text, OnlyTheLettersAToZAreComparedIgnoringCase) {
   EXPECT_NE(CompareIgnoringCase("@", "`"), 0);
 }
 
+TEST(Text, InSmallLettersOnlyTheLettersAToZChange) {
+  EXPECT_EQ(InSmallLetters("AZaz @[`{ Ü \xC1\xFF 09"), "azaz @[`{ Ü \xC1\xFF 09");
+  EXPECT_EQ(InSmallLetters(""), "");
+}
+
 TEST(Text, BytesAbove127SortBehindTheLetters) {
   EXPECT_LT(CompareIgnoringCase("z", "\xC3\xBC"), 0);
 }

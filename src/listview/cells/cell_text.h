@@ -1,7 +1,7 @@
 // What the list shows in a cell. trc prints the same texts.
 //
 // Errors   None: an unknown name is empty, a column that does not exist gives an empty cell.
-// Threads  Pure, but for the process-wide g_useUtc being the caller's to pass.
+// Threads  Touches only its arguments: the caller passes what g_useUtc says.
 #pragma once
 
 #include <string>

@@ -32,11 +32,10 @@ std::optional<Column> ColumnByHeader(std::string_view header);
 // The stored width in pixels, 0 when there is none.
 int StoredColumnWidth(Column column);
 void StoreColumnWidth(Column column, int widthPx);
-// The order that a new list view uses. The first run of a program version takes a step that widens
-// an old order and writes the version, but not the order.
+// The order that a new list view uses. The first call in a store without a version, or with that of
+// the older programs, widens the stored order and writes the version, but not the order.
 ColumnOrder ReadColumnOrder();
 void StoreColumnOrder(const ColumnOrder& order);
-// What a control makes of an order array: the first of a repeated index keeps its place, repeats
-// and indexes out of range go, and what is missing comes last in ascending order. No column is
-// lost.
+// What a control makes of an order array, so that no column is lost: the first of a repeated index
+// keeps its place, repeats and indexes out of range go, and missing ones come last, ascending.
 ColumnOrder PermutationOf(const ColumnOrder& order);

@@ -44,6 +44,6 @@ class COptionsDlg : public CDialog {
   int m_utc;
 };
 
-// What the application does after OK: the globals, the stored values. The caller posts the
-// broadcast.
+// What the application does after OK: sets the globals and stores the values. The caller then tells
+// the views.
 void ApplyOptions(const COptionsDlg& dialog);

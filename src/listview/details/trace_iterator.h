@@ -1,9 +1,8 @@
 // A cursor over the traces that a view shows, for the properties dialog. The list has one, the tree
 // has another.
 //
-// Owner    Borrows view and traces. It is not told of hints: while a dialog runs, a monitor adds
-// and
-//          trims rows and the cursor's index keeps its number.
+// Owner    Borrows view and traces. No hint tells it anything: while a dialog runs, a monitor adds
+//          and trims rows, and the cursor's index keeps its number.
 // Threads  Interface thread.
 #pragma once
 

@@ -1,9 +1,9 @@
 // The text of an export: a header line, then a line per trace, cells parted by commas. The lines
 // come without their ends, which are the file's.
 //
-// Shape    UTF-8 as it stands in the traces. Texts are quoted; in them, and in
-//          sources and stacks, a quote and a backslash have a backslash before them. Names and
-//          times are quoted as they are. A trace of several lines stays in its quotes.
+// Shape    UTF-8 as it stands in the traces. Texts, sources and stacks are quoted, with a backslash
+//          before each quote and backslash in them. Names and times are quoted as they are. A trace
+//          of several lines stays in its quotes.
 // Errors   None: a cell that has no value is empty, with its comma.
 // Threads  Pure, but for SetAddressWriter.
 #pragma once

@@ -22,9 +22,8 @@ class RowListOwner {
   // At most RowList::kCellBytes - 1 bytes are shown.
   virtual std::string RowListText(int row, Column column) = 0;
   virtual int RowListIcon(int row) = 0;  // -1: none
-  // A row's state changed. Comes before the call that changed it returns; the row that loses the
-  // focus is told before the one that gains it. A change of the item count and a deletion tell
-  // nothing.
+  // A row's state changed. Comes before the call that changed it returns, for the row that loses
+  // the focus before the one that gains it. Not for a change of the item count, nor for a deletion.
   virtual void OnRowStateChanged(int row, unsigned oldState, unsigned newState) = 0;
   virtual void OnRowClicked(int row) = 0;        // left button; -1 beside the rows
   virtual void OnRowDoubleClicked(int row) = 0;  // or Enter on the focused row

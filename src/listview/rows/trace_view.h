@@ -1,8 +1,7 @@
 // The list view of a trace document: rows, cells, hints, selection, commands.
 //
 // Owner    Owns its row list, row store and filter; borrows the traces. What it keeps of a trace
-//          goes when the document says that the trace goes: after a clear pointers are compared
-//          only.
+//          goes when the document says that the trace goes; a cleared one is never read.
 // Errors   A cell that cannot be made stays empty.
 // Threads  Interface thread.
 #pragma once

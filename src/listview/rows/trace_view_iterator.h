@@ -1,8 +1,7 @@
 // The list's cursor.
 //
-// Owner    Borrows the view and its rows. Its row keeps its number whatever a monitor adds and
-// trims:
-//          a move goes on from that number, and is brought back among the rows that there are.
+// Owner    Borrows the view and its rows. Its index keeps its number while a monitor adds and trims
+//          rows: a move goes on from there, and is brought back among the rows that there are.
 // Threads  Interface thread.
 #pragma once
 

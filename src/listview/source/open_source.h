@@ -2,9 +2,8 @@
 //
 // Owner    The application makes the one template of source windows and owns it. No path reaches
 //          that template by File Open, a drop or the recent files.
-// Errors   A file that is not found is asked for.
-//          A user who cancels hears nothing more.
-//          A file that cannot be shown as text says so in a box.
+// Errors   A file that is not found is asked for; a user who cancels hears nothing more. Of a file
+//          that cannot be shown as text a box says so.
 // Threads  Interface thread.
 #pragma once
 

@@ -1,9 +1,8 @@
 // Where the source files lie whose recorded paths do not exist here: what the user once located is
 // learned as a pair of leading parts, so that other files of the same tree open without a question.
 //
-// Shape    Letters A to Z count as a to z.
-//          A prefix ends with its separator.
-//          A separator is "\", "/" or ":".
+// Shape    A separator is "\", "/" or ":", and a prefix ends with one. Capitals A to Z count as
+//          small letters.
 // Errors   An empty path: not found, or cancelled.
 // Threads  Interface thread.
 #pragma once

@@ -1,5 +1,4 @@
-// Focus and selection of a row list: who has them, what a key or a click makes of them, and who is
-// told.
+// Focus and selection of a row list: who has them, what keys and clicks make of them, who is told.
 //
 // Shape    Rows count from 0; -1 for none. Inside, numbers are absolute: they count on from the
 //          first row that ever stood in the list, so that a trim at the front is one subtraction.

@@ -21,6 +21,12 @@ constexpr std::size_t kWriteBytes = 256u << 10;  // what one gather write aims a
 constexpr std::size_t kWriteParts = 64;
 constexpr std::chrono::milliseconds kEndPatience{1000};
 
+// What a queued part costs. A peer that asks for short answers and reads none makes many.
+std::size_t Cost(const SharedBytes& part) {
+  constexpr std::size_t kPartBytes = 128;
+  return part->size() + kPartBytes;
+}
+
 std::string Seconds(std::chrono::milliseconds time) {
   return std::to_string(time.count() / 1000) + "." + std::to_string(time.count() % 1000 / 100) +
          " s";
@@ -45,8 +51,16 @@ std::shared_ptr<Connection> Connection::Start(std::shared_ptr<ByteStream> stream
   return connection;
 }
 
-bool Connection::HasRoom(std::size_t bytes) const {
-  return m_handler != nullptr && m_queuedBytes + bytes <= m_limits.queueBytesMax;
+bool Connection::Queue(std::initializer_list<SharedBytes> parts) {
+  std::size_t cost = 0;
+  for (const SharedBytes& part : parts)
+    if (part) cost += Cost(part);
+  if (!m_handler || m_queuedBytes + cost > m_limits.queueBytesMax) return false;
+  m_queuedBytes += cost;
+  for (const SharedBytes& part : parts)
+    if (part) m_queue.push_back(part);
+  if (m_writing.empty()) Write();
+  return true;
 }
 
 bool Connection::Send(FrameType type, const google::protobuf::MessageLite& message) {
@@ -54,24 +68,18 @@ bool Connection::Send(FrameType type, const google::protobuf::MessageLite& messa
       EncodeFrame(type, message.SerializeAsString())));
 }
 
-bool Connection::Send(SharedBytes frames) {
-  if (!HasRoom(frames->size())) return false;
-  m_queuedBytes += frames->size();
-  m_queue.push_back(std::move(frames));
-  if (m_writing.empty()) Write();
-  return true;
+bool Connection::Send(const SharedBytes& frames) {
+  return Queue({frames});
 }
 
 bool Connection::SendData(const SharedBytes& names, const SharedBytes& records) {
+  const auto filled = [](const SharedBytes& part) {
+    return part && !part->empty() ? part : SharedBytes();
+  };
   const std::size_t body = (names ? names->size() : 0) + (records ? records->size() : 0);
-  if (!HasRoom(body + kFrameHeaderBytes)) return false;
-  m_queuedBytes += body + kFrameHeaderBytes;
-  m_queue.push_back(
-      std::make_shared<const std::vector<std::uint8_t>>(EncodeFrameHeader(FrameType::Data, body)));
-  if (names && !names->empty()) m_queue.push_back(names);
-  if (records && !records->empty()) m_queue.push_back(records);
-  if (m_writing.empty()) Write();
-  return true;
+  return Queue(
+      {std::make_shared<const std::vector<std::uint8_t>>(EncodeFrameHeader(FrameType::Data, body)),
+       filled(names), filled(records)});
 }
 
 void Connection::Read() {
@@ -113,7 +121,7 @@ void Connection::Write() {
 void Connection::OnWrote(const std::error_code& error) {
   if (m_ended) return;
   if (error) return Fail(error.message());
-  for (const SharedBytes& part : m_writing) m_queuedBytes -= part->size();
+  for (const SharedBytes& part : m_writing) m_queuedBytes -= Cost(part);
   m_writing.clear();
   m_lastWrite = Clock::now();
   if (!m_queue.empty()) {

@@ -3,15 +3,15 @@
 // Owner    Start gives a shared connection, which keeps itself while operations are under way. The
 //          handler must live until OnClosed, Close or CloseAfterWriting, after which it is never
 //          called again. What is sent is shared and must not change.
-// Errors   A malformed frame, a failed or too slow write, or a silent peer closes it: OnClosed
-// once,
-//          with a reason for the log.
+// Errors   A malformed frame, a failed or too slow write, or a silent peer closes it: OnClosed is
+//          called once, with a reason for the log.
 // Threads  The one that runs the stream's io_context. Nothing is called back from inside Send.
 #pragma once
 
 #include <asio/steady_timer.hpp>
 #include <chrono>
 #include <deque>
+#include <initializer_list>
 #include <memory>
 #include <string>
 
@@ -51,11 +51,12 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   // A control frame. False when the connection is closed or its queue is full: nothing was queued.
   bool Send(FrameType type, const google::protobuf::MessageLite& message);
   // Whole frames as EncodeFrame makes them.
-  bool Send(SharedBytes frames);
+  bool Send(const SharedBytes& frames);
   // One data frame, names in front (may be null). REQUIRES: together within kDataFrameBytesMax - 1.
   bool SendData(const SharedBytes& names, const SharedBytes& records);
 
-  std::size_t QueuedBytes() const { return m_queuedBytes; }  // with those being written
+  // With those being written, and what keeping them costs.
+  std::size_t QueuedBytes() const { return m_queuedBytes; }
   bool IsOpen() const { return m_handler != nullptr; }
   // No frame longer than this from now on, see FrameReader::Limit.
   void LimitFrames(std::size_t bytes) { m_reader.Limit(bytes); }
@@ -69,7 +70,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   using Clock = std::chrono::steady_clock;
   Connection(std::shared_ptr<ByteStream> stream, Handler& handler, const ConnectionLimits& limits);
 
-  bool HasRoom(std::size_t bytes) const;
+  bool Queue(std::initializer_list<SharedBytes> parts);  // null: none
   void Read();
   void OnRead(const std::error_code& error, std::size_t bytes);
   void Write();

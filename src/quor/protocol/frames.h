@@ -4,7 +4,8 @@
 //          messages of quor.proto. A data body is .trc tagged records end to end: name records
 //          before the first trace that uses them, with ids of this connection's own numbering.
 // Errors   A length of 0 or beyond the limit, or an unknown type, ends the connection with a
-// reason. Threads  One reader and one writer per connection.
+//          reason.
+// Threads  One reader and one writer per connection.
 #pragma once
 
 #include <cstddef>

@@ -15,10 +15,17 @@ std::optional<Machine> Say(std::string* why, const std::string& reason) {
   return std::nullopt;
 }
 
+// As the system tells it, often with its domain; empty when it has none.
+std::string WholeHostName() {
+  char name[256] = {};
+  return gethostname(name, sizeof name - 1) == 0 ? name : "";
+}
+
 bool IsLocalName(const std::string& text) {
   if (text.empty() || text == "127.0.0.1" || text == "::1") return true;
   return CompareIgnoringCase(text, "localhost") == 0 ||
-         CompareIgnoringCase(text, LocalHostName()) == 0;
+         CompareIgnoringCase(text, LocalHostName()) == 0 ||
+         CompareIgnoringCase(text, WholeHostName()) == 0;
 }
 
 bool IsHost(const std::string& host) {
@@ -61,9 +68,7 @@ std::optional<Machine> ParseMachine(const std::string& text, std::string* why) {
 }
 
 std::string LocalHostName() {
-  char name[256] = {};
-  if (gethostname(name, sizeof name - 1) != 0) return "localhost";
-  const std::string whole(name);
+  const std::string whole = WholeHostName();
   const std::string host = whole.substr(0, whole.find('.'));
   return host.empty() ? "localhost" : host;
 }

@@ -1,8 +1,9 @@
 // What the text means that names a machine.
 //
-// Shape    "", "localhost", "127.0.0.1", "::1" and this machine's host name, in any case: the local
-//          service, by its unix socket, also with networking off. "name", "name:port",
-//          "[address]:port": another service, over TLS.
+// Shape    "", "localhost", "127.0.0.1", "::1" and this machine's host name, with the domain that
+//          the system tells of it or without, in any case: the local service, by its unix socket,
+//          also with networking off. "name", "name:port", "[address]:port": another service, over
+//          TLS.
 // Threads  Any.
 #pragma once
 

@@ -124,6 +124,18 @@ TEST_F(ConnectionTest, WhatDoesNotFitIntoTheQueueIsNotTakenAndTheConnectionLives
   EXPECT_TRUE(m_near->SendData(nullptr, records));
 }
 
+TEST_F(ConnectionTest, ManyShortAnswersThatNobodyReadsAreBoundedByWhatTheyCost) {
+  ConnectionLimits limits;
+  limits.queueBytesMax = 1 << 20;
+  Start(limits);
+  quor::wire::Response answer;
+  answer.set_id(1);
+  std::size_t taken = 0;
+  while (m_near->Send(FrameType::Response, answer)) ++taken;
+  EXPECT_GT(taken, 1000u);
+  EXPECT_LT(taken, (1u << 20) / 100);
+}
+
 TEST_F(ConnectionTest, AMalformedFrameEndsItWithAReasonAndNothingBehindItIsHeard) {
   Start();
   auto bytes = EncodeFrame(FrameType::Request, std::string("ok"));

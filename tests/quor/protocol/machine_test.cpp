@@ -1,8 +1,12 @@
 #include "quor/protocol/machine.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -23,6 +27,29 @@ TEST(Machine, TheOwnHostNameIsLocalInAnyCase) {
   EXPECT_EQ(Meaning(name), "local");
   for (char& letter : name) letter = static_cast<char>(std::toupper(letter));
   EXPECT_EQ(Meaning(name), "local");
+}
+
+// In a process of its own, whose host has another name; 77 where no such process can be made.
+int InHost(const std::string& name, const std::function<bool()>& holds) {
+  const pid_t child = fork();
+  if (child == 0) {
+    if (unshare(geteuid() == 0 ? CLONE_NEWUTS : CLONE_NEWUSER | CLONE_NEWUTS) != 0 ||
+        sethostname(name.data(), name.size()) != 0)
+      _exit(77);
+    _exit(holds() ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Machine, AHostNameWithADomainIsLocalWithAndWithoutIt) {
+  const int result = InHost("orders1.example.org", [] {
+    return LocalHostName() == "orders1" && Meaning("orders1") == "local" &&
+           Meaning("Orders1.Example.org") == "local" &&
+           Meaning("orders1.example.com") == "orders1.example.com at 7447";
+  });
+  EXPECT_TRUE(result == 0 || (result == 77 && geteuid() != 0)) << result;
 }
 
 TEST(Machine, TheHostNameHasNoDomainAndIsNeverEmpty) {

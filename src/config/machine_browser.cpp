@@ -13,10 +13,11 @@ bool IsLoopback(const std::string& address) {
   return address == "::1" || address.rfind("127.", 0) == 0;
 }
 
-// Networks, multicast groups and the like, which hosts files list beside machines.
+// Networks, multicast groups and names that are to lead nowhere, which hosts files list beside
+// machines.
 bool IsNoMachine(const std::string& address) {
-  return address == "0.0.0.0" || address == "255.255.255.255" || address == "fe00::0" ||
-         address.rfind("ff0", 0) == 0;
+  return address == "0.0.0.0" || address == "::" || address == "255.255.255.255" ||
+         address == "fe00::0" || address.rfind("ff0", 0) == 0;
 }
 
 }  // namespace

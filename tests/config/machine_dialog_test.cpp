@@ -79,6 +79,9 @@ TEST(MachineBrowser, OffersThisMachineAndThoseOfTheHostsFileOnceInAlphabeticalOr
       "::1 ip6-localhost ip6-loopback\n"
       "fe00::0 ip6-localnet\n"
       "ff02::1 ip6-allnodes\n"
+      "255.255.255.255 broadcasthost\n"
+      "0.0.0.0 blocked.example.org\n"
+      ":: blocked.example.org\n"
       "fd00::12 archive\n");
   EXPECT_THAT(MachinesIn(hosts, "desk"), ElementsAre("desk", "archive", "DB", "web"));
 }

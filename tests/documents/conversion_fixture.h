@@ -26,13 +26,6 @@ class ConversionTest : public DocumentsTest {
     for (const std::string& name : names) all += name + " ";
     return all;
   }
-  std::string ToldOf(const std::string& line) const {
-    std::string all;
-    for (const std::string& each : m_host.Transcript()) {
-      if (each.rfind(line, 0) == 0) all += each + "\n";
-    }
-    return all;
-  }
 
  private:
   static std::string KindOf(const std::filesystem::directory_entry& entry) {

@@ -72,6 +72,14 @@ class DocumentsTest : public testing::Test {
     }
     if (m_onProgress) m_onProgress(what);
   }
+  // The lines of the host's transcript that begin so.
+  std::string ToldOf(const std::string& line) const {
+    std::string all;
+    for (const std::string& each : m_host.Transcript()) {
+      if (each.rfind(line, 0) == 0) all += each + "\n";
+    }
+    return all;
+  }
   static std::string Texts(const CTraceDoc& document) {
     std::string texts;
     for (std::size_t i = 0; i < document.m_traces.size(); ++i) {

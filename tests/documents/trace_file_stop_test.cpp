@@ -14,13 +14,6 @@ class TraceFileStopTest : public DocumentsTest {
     for (int i = 0; i < 5000; ++i) image.Trace("x");
     return image.WriteTo(m_temp.File(name));
   }
-  std::string ToldOf(const std::string& line) const {
-    std::string all;
-    for (const std::string& each : m_host.Transcript()) {
-      if (each.rfind(line, 0) == 0) all += each + "\n";
-    }
-    return all;
-  }
 };
 
 TEST_F(TraceFileStopTest, CancelStopsAtTheNextMultipleOf1024RecordsAndTheTracesSoFarShow) {

@@ -164,6 +164,19 @@ TEST_F(RealtimeDocTest, TheLimitIsReadAnewAtEachAdd) {
   EXPECT_THAT(m_hints, ElementsAre("1005 1..100 of 3002", "1004 3001..3004 of 2904"));
 }
 
+TEST_F(RealtimeDocTest, AMonitorThatRunsForDaysNeedsNoMoreStorageThanItsLimit) {
+  Connect();
+  g_traceLimit = 2500;
+  std::size_t most = 0;
+  for (int drain = 0; drain < 400; ++drain) {
+    DrainOf(1000);
+    most = std::max(most, m_document->m_traces.StorageBytes());
+  }
+  EXPECT_EQ(m_document->m_traces.back()->GetSequenceNumber(), 400000u);
+  // Two blocks, the longest of which have 2 MiB, and no trace of what has gone.
+  EXPECT_LE(most, (std::size_t{2} << 21) + 1024);
+}
+
 TEST_F(RealtimeDocTest, AfterTheLimitIsLoweredFarEachAddTrims100AndAdds1) {
   Connect();
   DrainOf(5000);

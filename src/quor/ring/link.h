@@ -2,8 +2,7 @@
 // socket. Coded by hand, because the runtime links no third-party library.
 //
 // Shape    Frames: length:u32 (of type and body), type:u8, body; big-endian; a text is length:u16
-// and
-//          its bytes. The hello travels with two descriptors, the segment and the event
+//          and its bytes. The hello travels with two descriptors, the segment and the event
 //          (SCM_RIGHTS).
 //
 //            application                service

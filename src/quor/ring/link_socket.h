@@ -1,7 +1,8 @@
 // Sending and receiving the link's bytes, with the descriptors of a hello.
 //
 // Errors   Send: false when the peer is gone or takes nothing for `timeoutMs`. Receive: see
-// Received. Threads  One at a time per direction. No signal is raised for a lost peer.
+//          LinkReceived. No signal is raised for a lost peer.
+// Threads  One at a time per direction.
 #pragma once
 
 #include <cstdint>

@@ -42,8 +42,7 @@ std::string BesideThisExecutable() {
   return IsProgram(program) ? program : std::string();
 }
 
-std::string OnPath() {
-  const std::string paths = Environment("PATH");
+std::string OnPath(const std::string& paths) {
   for (std::size_t begin = 0; begin <= paths.size();) {
     std::size_t end = paths.find(':', begin);
     if (end == std::string::npos) end = paths.size();
@@ -59,10 +58,14 @@ std::string OnPath() {
 
 }  // namespace
 
-std::string ServiceSocketPath() {
-  if (std::string path = Environment("QUOR_SOCKET"); !path.empty()) return path;
-  if (const std::string folder = Environment("XDG_RUNTIME_DIR"); !folder.empty())
-    return folder + "/quor/quord.sock";
+ServiceEnvironment ReadServiceEnvironment() {
+  return {Environment("QUOR_SOCKET"), Environment("XDG_RUNTIME_DIR"), Environment("QUOR_QUORD"),
+          Environment("QUOR_AUTOSTART"), Environment("PATH")};
+}
+
+std::string ServiceSocketPath(const ServiceEnvironment& environment) {
+  if (!environment.socket.empty()) return environment.socket;
+  if (!environment.runtimeFolder.empty()) return environment.runtimeFolder + "/quor/quord.sock";
   return "/tmp/quor-" + std::to_string(geteuid()) + "/quord.sock";
 }
 
@@ -76,9 +79,10 @@ bool PrepareSocketFolder(const std::string& socketPath, std::string* why) {
   return SocketFolderIsSafe(socketPath, why);
 }
 
-bool SocketFolderIsSafe(const std::string& socketPath, std::string* why) {
+bool SocketFolderIsSafe(const std::string& socketPath, std::string* why,
+                        const ServiceEnvironment& environment) {
   const std::string folder = FolderOf(socketPath);
-  if (socketPath == Environment("QUOR_SOCKET")) return true;
+  if (socketPath == environment.socket) return true;
   struct stat status {};
   // lstat: a link in /tmp may be anybody's.
   if (lstat(folder.c_str(), &status) != 0) return errno == ENOENT;
@@ -88,10 +92,10 @@ bool SocketFolderIsSafe(const std::string& socketPath, std::string* why) {
   return true;
 }
 
-std::string ServiceProgram() {
-  if (Environment("QUOR_AUTOSTART") == "0") return {};
-  if (std::string program = Environment("QUOR_QUORD"); !program.empty())
-    return IsProgram(program) ? program : std::string();
+std::string ServiceProgram(const ServiceEnvironment& environment) {
+  if (environment.autostart == "0") return {};
+  if (!environment.program.empty())
+    return IsProgram(environment.program) ? environment.program : std::string();
   if (std::string program = BesideThisExecutable(); !program.empty()) return program;
-  return OnPath();
+  return OnPath(environment.path);
 }

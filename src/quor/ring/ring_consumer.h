@@ -33,7 +33,8 @@ class RingConsumer {
   RingStep Next(RingItem& item);
   // The same when no producer lives any more: skips what was reserved and never committed.
   RingStep NextOfDead(RingItem& item);
-  // When NextOfDead was Empty: traces that were being written when the application died, exact.
+  // Traces that were reserved and not consumed, committed or not. When NextOfDead was Empty: those
+  // that were being written when the application died, exact.
   std::uint64_t Uncommitted() const;
   // Lets the producers have the room of all items so far. Call it per batch: until then a taker
   // that follows this one sees them again.

@@ -40,11 +40,10 @@ class RingProducer {
       const std::uint64_t toEnd = m_units - (position & (m_units - 1));
       padding = size > toEnd ? toEnd : 0;
       if (__builtin_expect(!HasRoom(position, padding + size), 0)) {
-        // Only a mark that still stands tells of a full ring: the consumer may have overtaken an
-        // old one.
+        // Only a mark that still stands tells of a full ring: the consumer may overtake an old one.
         const std::uint64_t now = m_header->reserved.load(std::memory_order_relaxed);
         if (now == mark) {
-          CountDrop();
+          CountDrops(1);
           return false;
         }
         mark = now;
@@ -75,10 +74,12 @@ class RingProducer {
     if (__builtin_expect(m_header->consumerWaits.load(std::memory_order_relaxed) != 0, 0)) Wake();
   }
 
-  void CountDrop() noexcept {
-    m_header->dropped.fetch_add(1, std::memory_order_relaxed);
-    m_header->pendingDrops.fetch_add(1, std::memory_order_relaxed);
+  void CountDrops(std::uint64_t traces) noexcept {
+    m_header->dropped.fetch_add(traces, std::memory_order_relaxed);
+    m_header->pendingDrops.fetch_add(traces, std::memory_order_relaxed);
   }
+  // In the child of a fork: the number of the closed descriptor may soon be another file's.
+  void Mute() noexcept { m_event = -1; }
 
  private:
   RingRecord* At(std::uint64_t position) const {

@@ -27,7 +27,8 @@ struct SegmentLayout {
 class SegmentMap {
  public:
   static constexpr std::uint32_t kRingBytesMin = 4096;
-  static constexpr std::uint32_t kRingBytesMax = 1u << 30;
+  // So that a full ring of the shortest traces holds fewer than a ring_mark can count.
+  static constexpr std::uint32_t kRingBytesMax = 1u << 29;
   static constexpr std::uint32_t kPointsMax = 1u << 20;
   static constexpr std::uint32_t kNameBytesMax = 256u << 20;
 

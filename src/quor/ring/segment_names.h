@@ -2,8 +2,7 @@
 // them.
 //
 // Shape    Both grow only. A trace's names are published before the trace is committed: a reader
-// that
-//          meets an unknown id in a trace reads the new names and finds it, or the application
+//          that meets an unknown id in a trace reads the new names and finds it, or the application
 //          lies.
 // Owner    Borrows the segment.
 // Errors   False: the area contradicts itself, and is not read any further. An id is entered once,

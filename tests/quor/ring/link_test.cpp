@@ -225,6 +225,20 @@ TEST_F(PathsTest, TheProgramIsTheNamedOneElseOnPathAndNoneWhenForbidden) {
   EXPECT_EQ(ServiceProgram(), "");
 }
 
+TEST_F(PathsTest, WhatWasReadOfTheEnvironmentStaysWhateverTheApplicationChangesInIt) {
+  const std::string program = Script("exit 0");
+  setenv("QUOR_QUORD", program.c_str(), 1);
+  const ServiceEnvironment environment = ReadServiceEnvironment();
+  setenv("QUOR_SOCKET", "/x/y.sock", 1);
+  setenv("QUOR_AUTOSTART", "0", 1);
+  EXPECT_EQ(ServiceSocketPath(environment), m_folder + "/quor/quord.sock");
+  EXPECT_EQ(ServiceProgram(environment), program);
+  ASSERT_EQ(mkdir((m_folder + "/loose").c_str(), 0700), 0);
+  ASSERT_EQ(chmod((m_folder + "/loose").c_str(), 0777), 0);
+  setenv("QUOR_SOCKET", (m_folder + "/loose/y.sock").c_str(), 1);
+  EXPECT_FALSE(SocketFolderIsSafe(m_folder + "/loose/y.sock", nullptr, environment));
+}
+
 TEST_F(PathsTest, AStartedServiceHasASessionOfItsOwnNoDescriptorsAndIsNobodysChild) {
   const std::string told = m_folder + "/told";
   const std::string program =

@@ -88,6 +88,8 @@ TEST(SegmentMap, NumbersThatContradictEachOtherAreRefused) {
   EXPECT_EQ(WhyRefused([](SegmentHeader& h) { h.ringBytes = 0; }),
             "a size in the segment is out of range");
   EXPECT_EQ(WhyRefused([](SegmentHeader& h) { h.ringBytes = 1u << 30; }),
+            "a size in the segment is out of range");
+  EXPECT_EQ(WhyRefused([](SegmentHeader& h) { h.ringBytes = 1u << 29; }),
             "the segment is shorter than its header says");
   EXPECT_EQ(WhyRefused([](SegmentHeader& h) { h.pointCapacity = 0xFFFFFFFF; }),
             "a size in the segment is out of range");

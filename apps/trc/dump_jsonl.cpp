@@ -1,12 +1,6 @@
 #include "dump.h"
 #include "trace_json.h"
 
-namespace {
-
-constexpr std::size_t kTracesPerLook = 4096;
-
-}  // namespace
-
 void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress) {
   TraceJson json(range.Names());
   for (std::size_t i = range.from; i < range.to; ++i) {

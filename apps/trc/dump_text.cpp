@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr std::size_t kTracesPerLook = 4096;
-
 struct Cell {
   std::string text;
   std::size_t width;

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr std::size_t kTracesPerLook = 4096;
-
 std::vector<Column> ColumnsOf(const ExportOptions& options) {
   ColumnFlags shown = kDefaultActiveColumns;
   if (options.columns) {

@@ -4,8 +4,11 @@
 #include <numeric>
 #include <optional>
 #include <string_view>
+#include <utility>
 
+#include "base/text.h"
 #include "documents/trace_doc.h"
+#include "visible_text.h"
 
 namespace {
 
@@ -44,13 +47,6 @@ std::string PathOf(const FilterNode& node) {
   if (!node.Parent()) return {};
   const std::string above = PathOf(*node.Parent());
   return above.empty() ? node.Label() : above + "/" + node.Label();
-}
-
-std::string InSmallLetters(std::string_view text) {
-  std::string small(text);
-  for (char& c : small)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return small;
 }
 
 // How many bytes must be put in, taken out or changed to make one text of the other.
@@ -123,6 +119,11 @@ bool IsBelowNames(const FilterNode& node) {
   return branch->Parent() && branch->Place() >= CFilterDialog::kBranchesWithoutNames;
 }
 
+// A name may come from anywhere: a terminal must not act on it.
+std::string Quoted(const std::string& path) {
+  return "\"" + VisibleText(path) + "\"";
+}
+
 std::vector<std::string> FirstBelow(const FilterNode& node) {
   std::vector<std::string> names;
   for (std::size_t i = 0; i < std::min(node.ChildCount(), kMostNearNames + 1); ++i)
@@ -145,10 +146,9 @@ std::string NoSuchPath(FilterNode& root, const std::string& path) {
   std::vector<std::string> names = near.Nearest();
   const bool any = !names.empty();
   if (!any) names = FirstBelow(Deepest(root, path));
-  std::string words = "there is no \"" + path + "\" in the filter";
+  std::string words = "there is no " + Quoted(path) + " in the filter";
   const char* between = any ? "; near it: " : "; there is: ";
-  for (const std::string& name : names)
-    words += std::exchange(between, ", ") + ("\"" + name + "\"");
+  for (const std::string& name : names) words += std::exchange(between, ", ") + Quoted(name);
   return words;
 }
 

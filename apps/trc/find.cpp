@@ -5,11 +5,11 @@
 #include "exit_status.h"
 #include "interrupt.h"
 #include "trace_file.h"
+#include "tree/find/searched_text.h"
 #include "tree/regex/regex.h"
 
 namespace {
 
-constexpr std::size_t kTracesPerLook = 4096;
 constexpr std::uint64_t kStepsPerLook = 100000;  // of the matcher, in one text
 
 // A pattern may keep one text busy for long: SIGINT is heard in the middle of it.
@@ -24,12 +24,12 @@ bool Matches(std::string_view text) {
 bool KeepMatches(ShownTraces& traces, ProgressLine& progress) {
   const std::size_t all = traces.Size();
   std::size_t done = 0;
+  std::string text;
   traces.Keep([&](const TraceEvent_i& trace) {
     if (done % kTracesPerLook == 0) progress.Show("Searching...", done, all);
     ++done;
     if (Interrupted()) return false;
-    const std::uint8_t* const record = trace.Record();
-    return record ? Matches(RawTrace(record).Text()) : Matches(trace.GetText());
+    return Matches(SearchedText(trace, text));
   });
   return !Interrupted();
 }

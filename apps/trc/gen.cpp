@@ -16,7 +16,6 @@ constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 // Readers take less than 4 GiB.
 constexpr std::uint64_t kMostFileBytes = 0xFFFFFFFF;
 constexpr std::uint64_t kLeastTraceBytes = RawTrace::kFixedBytes + 1;
-constexpr std::uint64_t kTracesPerLook = 4096;
 
 class Generator {
  public:

@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <string_view>
 
+// How many traces pass between two looks at the clock.
+constexpr std::uint64_t kTracesPerLook = 4096;
+
 class ProgressLine {
  public:
   ProgressLine();

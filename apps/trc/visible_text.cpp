@@ -10,8 +10,9 @@
 namespace {
 
 bool IsPlain(std::string_view text) {
-  for (const char byte : text) {
-    if (byte < 0x20 || byte == 0x7F) return false;  // also bytes of 0x80 and more
+  for (const char c : text) {
+    const auto byte = static_cast<std::uint8_t>(c);
+    if (byte < 0x20 || byte >= 0x7F) return false;
   }
   return true;
 }

@@ -2,6 +2,7 @@
 #include "listview/rows/trace_view.h"
 #include "tree/find/find_search.h"
 #include "tree/find/find_settings.h"
+#include "tree/find/searched_text.h"
 
 namespace {
 
@@ -27,10 +28,7 @@ class RowWalk final : public FindWalk {
     if (m_left-- <= 0) return std::nullopt;
     m_row += m_step;
     if (!m_rows.Has(m_row)) m_row = m_step > 0 ? 0 : m_rows.Size() - 1;
-    const TraceEvent_i& event = *m_rows.EventAt(m_row);
-    if (const std::uint8_t* const record = event.Record()) return RawTrace(record).Text();
-    m_text = event.GetText();
-    return m_text;
+    return SearchedText(*m_rows.EventAt(m_row), m_text);
   }
 
   int Row() const { return m_row; }

@@ -42,8 +42,8 @@ FindResult RunSearch(Host& host, FindWalk& walk);
 // Is a search's box up?
 bool SearchIsRunning();
 
-// "Find"; false when the user cancelled it. After true the pattern is ready and FindSettings say
-// how.
+// "Find"; false when the user cancelled it. After true the pattern is ready, and FindSettings hold
+// what was chosen.
 bool RunFindDialog(Host& host);
 
 // "Text not found."

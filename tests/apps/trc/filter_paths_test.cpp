@@ -150,6 +150,14 @@ TEST_F(FilterPath, AnUnknownPathThatIsNearNothingIsToldWithWhatThereIs) {
             "\"All Threads\"");
 }
 
+TEST_F(FilterPath, ATerminalDoesNotActOnTheNamesThatAreTold) {
+  m_document.m_names[2].name = "Net\x1b[2J\n";
+  Add({.component = 2});
+  EXPECT_EQ(Apply({{"All Components/Net\x1b[2", false}}),
+            "there is no \"All Components/Net\\x1b[2\" in the filter; near it: "
+            "\"All Components/Net\\x1b[2J\\n\"");
+}
+
 TEST_F(FilterPath, APathOfAMegabyteIsToldAtOnce) {
   Add({.component = 2});
   EXPECT_NE(Apply({{std::string(1 << 20, '/'), false}}), "");

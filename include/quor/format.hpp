@@ -14,16 +14,18 @@
 namespace quor {
 namespace detail {
 
-// A text that grows: on the stack, and in memory beyond that. Without memory it is cut.
+// A text that grows: in the room that it is given, and in memory beyond that. Without memory it is
+// cut.
 class Text {
  public:
-  Text() noexcept {}
+  Text(char* room, std::size_t size) noexcept : m_small(room), m_data(room), m_room(size) {}
   ~Text() {
     if (m_data != m_small) std::free(m_data);
   }
   Text(const Text&) = delete;
   Text& operator=(const Text&) = delete;
 
+  char* Data() noexcept { return m_data; }
   const char* Data() const noexcept { return m_data; }
   std::size_t Size() const noexcept { return m_size; }
 
@@ -50,9 +52,19 @@ class Text {
     m_room = room;
     return size;
   }
-  char m_small[1000];
-  char* m_data = m_small;
-  std::size_t m_size = 0, m_room = sizeof m_small;
+  char* const m_small;
+  char* m_data;
+  std::size_t m_size = 0, m_room;
+};
+
+// One with room of its own.
+template <std::size_t N>
+class TextOf : public Text {
+ public:
+  TextOf() noexcept : Text(m_bytes, N) {}
+
+ private:
+  char m_bytes[N];
 };
 
 constexpr std::size_t kNumberBytes = 48;

@@ -11,8 +11,8 @@
 //          integers, floating-point numbers (shortest form that reads back the same), bool, char,
 //          texts, pointers. "{{" and "}}" are braces. A text without arguments is traced as it is.
 // Errors   Nothing throws or fails. A "{}" without an argument stays as it is, an argument without
-//          a "{}" is left out, a null text reads "(null)".
-// Threads  As in quor.h. Formatting needs no memory up to 1,000 bytes.
+//          a "{}" is left out, a null text or format reads "(null)".
+// Threads  As in quor.h. Formatting needs no memory up to 1,000 bytes, that of a block up to 240.
 //
 // Nothing is evaluated while the point is off.
 #ifndef QUOR_QUOR_HPP
@@ -31,13 +31,21 @@ struct Application {
   explicit Application(const char* name) noexcept { quor_application(name); }
 };
 
-template <class... T>
+inline std::string_view FormatOf(const char* format) noexcept {
+  return format ? format : "(null)";
+}
+inline std::string_view FormatOf(std::string_view format) noexcept {
+  return format;
+}
+
+template <class F, class... T>
 void Trace(quor_point& point, unsigned attributes, const char* file, unsigned line,
-           std::string_view format, const T&... arguments) noexcept {
+           const F& formatText, const T&... arguments) noexcept {
+  const std::string_view format = FormatOf(formatText);
   if constexpr (sizeof...(T) == 0) {
     quor_trace(&point, attributes, file, line, format.data(), format.size());
   } else {
-    Text text;
+    TextOf<1000> text;
     FormatAll(text, format, arguments...);
     quor_trace(&point, attributes, file, line, text.Data(), text.Size());
   }
@@ -50,23 +58,21 @@ void Trace(quor_point& point, unsigned attributes, const char* file, unsigned li
 class Block {
  public:
   Block() noexcept {}
-  template <class... T>
-  Block(quor_point& point, unsigned attributes, const char* file, unsigned line,
-        std::string_view format, const T&... arguments) noexcept
+  template <class F, class... T>
+  Block(quor_point& point, unsigned attributes, const char* file, unsigned line, const F& format,
+        const T&... arguments) noexcept
       : m_point(&point), m_attributes(attributes), m_file(file), m_line(line) {
-    detail::Text text;
-    text.Add("Begin: ", kBeginBytes);
-    detail::FormatAll(text, format, arguments...);
-    m_size = text.Size() < sizeof m_text ? text.Size() : sizeof m_text;
-    std::memcpy(m_text, text.Data(), m_size);
-    quor_trace(m_point, attributes, file, line, text.Data(), text.Size());
+    m_text.Add("Begin: ", kBeginBytes);
+    detail::FormatAll(m_text, detail::FormatOf(format), arguments...);
+    quor_trace(m_point, attributes, file, line, m_text.Data(), m_text.Size());
   }
   ~Block() {
     if (!m_point) return;
     // "Begin: x" becomes "End: x" in place.
-    char* const end = m_text + kBeginBytes - kEndBytes;
+    char* const end = m_text.Data() + kBeginBytes - kEndBytes;
     std::memcpy(end, "End: ", kEndBytes);
-    quor_trace(m_point, m_attributes, m_file, m_line, end, m_size - (kBeginBytes - kEndBytes));
+    quor_trace(m_point, m_attributes, m_file, m_line, end,
+               m_text.Size() - (kBeginBytes - kEndBytes));
   }
   Block(const Block&) = delete;
   Block& operator=(const Block&) = delete;
@@ -77,8 +83,7 @@ class Block {
   unsigned m_attributes = 0;
   const char* m_file = nullptr;
   unsigned m_line = 0;
-  std::size_t m_size = 0;
-  char m_text[256];  // of the end, which is cut there
+  detail::TextOf<240> m_text;  // small, because blocks nest deep; a longer one is allocated
 };
 
 }  // namespace quor

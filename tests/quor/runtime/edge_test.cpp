@@ -11,13 +11,13 @@ namespace {
 QUOR_POINT(edge_point, "Edge", "Case");
 
 std::string Formatted(std::string_view format) {
-  quor::detail::Text text;
+  quor::detail::TextOf<1000> text;
   quor::detail::FormatAll(text, format);
   return {text.Data(), text.Size()};
 }
 template <class... T>
 std::string Formatted(std::string_view format, const T&... arguments) {
-  quor::detail::Text text;
+  quor::detail::TextOf<1000> text;
   quor::detail::FormatAll(text, format, arguments...);
   return {text.Data(), text.Size()};
 }
@@ -210,6 +210,22 @@ TEST(Edge, ABlockSaysItsBeginAndItsEnd) {
   EXPECT_EQ(seen->m_traces[0].text, "Begin: request 7");
   EXPECT_EQ(seen->m_traces[1].text, "inside");
   EXPECT_EQ(seen->m_traces[2].text, "End: request 7");
+}
+
+TEST(Edge, ABlockOfALongTextSaysAllOfItAtItsEndToo) {
+  FakeService service;
+  Child app([](Child&) {
+    const char* const none = nullptr;
+    { QUOR_BLOCK(edge_point, "{} {}", std::string(3000, 'x'), "\xC3\xA4"); }
+    QUOR_TRACE_INFO(edge_point, none);
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  const auto seen = service.Accept();
+  ASSERT_NE(seen, nullptr);
+  ASSERT_TRUE(WaitFor([&] { return seen->Has("(null)"); }));
+  const std::string text = std::string(3000, 'x') + " \xC3\xA4";
+  EXPECT_EQ(seen->m_traces[0].text, "Begin: " + text);
+  EXPECT_EQ(seen->m_traces[1].text, "End: " + text);
 }
 
 TEST(Edge, WithoutAServiceTracesWaitInTheRingAndNothingFails) {

@@ -94,6 +94,14 @@ void TraceClock::Begin() {
   m_first = m_recent = Measure();
 }
 
+void TraceClock::AfterFork() noexcept {
+  const std::uint32_t sequence = m_sequence.load(std::memory_order_relaxed);
+  if ((sequence & 1) == 0) return;
+  m_lengthTicks.store(0, std::memory_order_relaxed);
+  m_first = m_recent = Measure();
+  m_sequence.store(sequence + 1, std::memory_order_release);
+}
+
 Stamp TraceClock::ByKernel() noexcept {
   const std::uint64_t monotonicNs = ReadNs(CLOCK_MONOTONIC);
   return StampOf(ReadNs(CLOCK_REALTIME), monotonicNs * 1000);

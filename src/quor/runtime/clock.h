@@ -24,6 +24,8 @@ class TraceClock {
   // Finds out whether the counter can be used. Once, before the first Now.
   void Begin();
   Stamp Now() noexcept;
+  // In the child of a fork: another thread of the parent may have been drawing the line.
+  void AfterFork() noexcept;
   // The same by the kernel's clocks alone.
   static Stamp ByKernel() noexcept;
   bool UsesCounter() const { return m_usesCounter; }

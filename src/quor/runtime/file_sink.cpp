@@ -1,8 +1,11 @@
 #include "quor/runtime/file_sink.h"
 
+#include <sched.h>
 #include <time.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <utility>
 
@@ -12,6 +15,7 @@
 namespace {
 
 constexpr std::uint64_t kSecondNs = 1'000'000'000;
+constexpr int kCommitWaits = 100;
 
 std::uint64_t MonotonicNs() {
   timespec time{};
@@ -20,21 +24,35 @@ std::uint64_t MonotonicNs() {
          static_cast<std::uint64_t>(time.tv_nsec);
 }
 
-// How many of the first `written` bytes are whole records, and how many numbered traces they hold.
-// Only these stay in a file: a torn record would swallow whatever is written behind it.
-std::size_t WholeRecords(Bytes buffer, std::size_t written, std::uint64_t* traces) {
+// What a buffer that was written in part holds. Only whole records stay in a file: a torn one would
+// swallow whatever is written behind it.
+struct Split {
+  std::size_t whole = 0;     // bytes of whole records among those written
+  std::uint64_t traces = 0;  // numbered traces behind them
+  std::uint64_t told = 0;    // losses that the loss traces behind them tell
+};
+
+Split SplitAt(Bytes buffer, std::size_t written) {
+  Split split;
   std::size_t at = buffer[0] == static_cast<std::uint8_t>(kTrcHeader[0]) ? kTrcHeaderBytes : 0;
-  if (at > written) return 0;
+  if (at <= written) split.whole = at;
   while (at < buffer.size()) {
     const std::uint8_t* const record = buffer.data() + at;
     const bool name = *record == kTagName;
-    const std::size_t size =
-        1 + (name ? kNameBodyBytes + LoadBe16(record + 3) : RawTrace(record + 1).Size());
-    if (at + size > written) break;
-    at += size;
-    if (!name && RawTrace(record + 1).SequenceNumber() != kNoSequenceNumber) ++*traces;
+    const RawTrace trace(record + 1);
+    at += 1 + (name ? kNameBodyBytes + LoadBe16(record + 3) : trace.Size());
+    if (at <= written) {
+      split.whole = at;
+    } else if (!name && trace.SequenceNumber() != kNoSequenceNumber) {
+      ++split.traces;
+    } else if (!name) {
+      const std::string_view text = trace.Text();
+      std::uint64_t lost = 0;
+      std::from_chars(text.data(), text.data() + text.size(), lost);
+      split.told += lost;
+    }
   }
-  return at;
+  return split;
 }
 
 }  // namespace
@@ -47,13 +65,19 @@ FileSink::FileSink(const SegmentMap& segment, const NameTable& names, const Loss
       m_options(options),
       m_ring(segment),
       m_files(std::move(path), options),
-      m_buffer(new std::uint8_t[kBufferBytes + kSlackBytes]) {
+      m_buffer(new std::uint8_t[kBufferBytes + kSlackBytes]) {}
+
+void FileSink::Begin() {
+  m_ring.Resume();
   Ready();
 }
 
-FileSink::~FileSink() {
+void FileSink::End() {
+  DrainUncommitted();
   Push();
+  m_ring.EndWait();
   m_ring.Publish();
+  m_files.End();
 }
 
 std::size_t FileSink::Drain(std::size_t traces) {
@@ -68,28 +92,39 @@ std::size_t FileSink::Drain(std::size_t traces) {
   return taken;
 }
 
-void FileSink::Push() {
-  if (m_used == 0) return;
-  std::size_t written = 0;
-  std::string why;
-  if (!m_files.Write(m_buffer.get(), m_used, &written, &why)) {
-    std::uint64_t traces = 0;
-    m_files.TakeBack(written - WholeRecords({m_buffer.get(), m_used}, written, &traces));
-    m_written.reset();  // which of its names reached the file does not matter: they come again
-    Fail(m_buffered - traces, why);
+void FileSink::DrainUncommitted() {
+  const std::uint64_t target = m_ring.Traces() + m_ring.Uncommitted();
+  for (int waits = 0; m_ring.Traces() < target && waits < kCommitWaits;) {
+    const std::uint64_t before = m_ring.Traces();
+    Drain(target - before);
+    if (m_ring.Traces() != before) continue;
+    sched_yield();
+    ++waits;
   }
-  m_used = 0;
-  m_buffered = 0;
+  Drain(1);  // drops behind the last trace
 }
 
-bool FileSink::TakeReport(std::uint64_t* lost, std::string* text) {
-  if (m_why.empty() && m_unreported == 0) return false;
+void FileSink::Push() {
+  if (m_missed != 0 && Ready()) TellMissed();
+  if (m_used == 0) return;
+  std::size_t written = 0;
+  if (!m_files.Write(m_buffer.get(), m_used, &written)) {
+    const int error = errno;
+    const Split split = SplitAt({m_buffer.get(), m_used}, written);
+    m_files.TakeBack(written - split.whole);
+    m_written.reset();  // which of its names reached the file does not matter: they come again
+    Fail(split.traces, error);
+    m_missed += split.told;
+  }
+  m_used = 0;
+}
+
+bool FileSink::TakeReport(Report* report, bool last) {
+  if (m_error == 0 && m_unreported == 0) return false;
   const std::uint64_t now = MonotonicNs();
-  if (now < m_reportNs) return false;
+  if (now < m_reportNs && !last) return false;
   m_reportNs = now + kSecondNs;
-  *lost = std::exchange(m_unreported, 0);
-  *text = std::exchange(m_why, {});
-  if (text->empty()) *text = m_files.Path() + ": cannot be written";
+  *report = {std::exchange(m_unreported, 0), std::exchange(m_error, 0)};
   return true;
 }
 
@@ -104,9 +139,8 @@ bool FileSink::Ready() {
   if (__builtin_expect(m_retryNs == 0 && m_files.IsOpen(), 1)) return true;
   if (MonotonicNs() < m_retryNs) return false;
   m_retryNs = 0;
-  std::string why;
-  if (!m_files.IsOpen() && !m_files.Begin(&why)) {
-    Fail(0, why);
+  if (!m_files.IsOpen() && !m_files.Begin()) {
+    Fail(0, errno);
     return false;
   }
   if (m_files.Size() == 0) BeginFile();
@@ -116,10 +150,11 @@ bool FileSink::Ready() {
 void FileSink::Take(const RingItem& item) {
   if (!Ready()) {
     m_missed += item.dropsBefore + item.damagedBefore;
-    if (!item.trace.empty()) Fail(1, {});
+    m_unreported += item.dropsBefore + item.damagedBefore;
+    if (!item.trace.empty()) Fail(1, 0);
     return;
   }
-  if (m_missed != 0) AppendLoss(std::exchange(m_missed, 0), "the file could not be written");
+  if (m_missed != 0) TellMissed();
   if (item.dropsBefore != 0) AppendLoss(item.dropsBefore, "the ring was full");
   if (item.damagedBefore != 0) AppendLoss(item.damagedBefore, "damaged in memory");
   if (item.trace.empty()) return;
@@ -128,13 +163,12 @@ void FileSink::Take(const RingItem& item) {
     Push();
     m_files.End();
     if (!Ready()) {
-      Fail(1, {});
+      Fail(1, 0);
       return;
     }
   }
   if (++m_number == kNoSequenceNumber) m_number = 0;
   AppendTrace(item.trace, m_number);
-  ++m_buffered;
   if (m_used >= kBufferBytes) Push();
 }
 
@@ -183,16 +217,19 @@ void FileSink::AppendLoss(std::uint64_t lost, const char* reason) {
   AppendTrace({trace, RawTrace::kFixedBytes + static_cast<std::size_t>(length)}, kNoSequenceNumber);
 }
 
+void FileSink::TellMissed() {
+  AppendLoss(std::exchange(m_missed, 0), "the file could not be written");
+}
+
 void FileSink::BeginFile() {
   m_written.reset();
   std::memcpy(m_buffer.get(), kTrcHeader, kTrcHeaderBytes);
   m_used = kTrcHeaderBytes;
-  m_buffered = 0;
 }
 
-void FileSink::Fail(std::uint64_t lost, const std::string& why) {
-  if (!why.empty()) {
-    m_why = why;
+void FileSink::Fail(std::uint64_t lost, int error) {
+  if (error != 0) {
+    m_error = error;
     m_retryNs = MonotonicNs() + kSecondNs;
   }
   m_missed += lost;

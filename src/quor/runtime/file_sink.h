@@ -6,7 +6,8 @@
 // Owner    Borrows the segment and the names.
 // Errors   Traces that cannot be written are counted in the segment's sinkLost and told by
 //          TakeReport; the file is tried again every second.
-// Threads  One at a time: the link thread, or a traced one when every trace is pushed.
+// Threads  One at a time: the link thread, or a traced one when every trace is pushed, perhaps in
+//          a signal handler: what it calls (Drain, DrainReserved, Push) allocates nothing.
 #pragma once
 
 #include <bitset>
@@ -26,18 +27,30 @@ class FileSink {
 
   FileSink(const SegmentMap& segment, const NameTable& names, const LossNames& lossNames,
            std::string path, const SinkOptions& options);
-  ~FileSink();
 
+  // Takes the ring over and begins the file.
+  void Begin();
   // Takes what is committed, at most `traces`. Gives how many it took.
   std::size_t Drain(std::size_t traces);
+  // Takes what was reserved when the call began, and no more: the application may trace as fast as
+  // this writes. Waits for what is just being written, but not for long: that may be done by the
+  // very code that a signal handler has interrupted to come here.
+  void DrainReserved();
+  // Gives ring and file up after writing what it holds.
+  void End();
   // Hands what is buffered to the kernel.
   void Push();
   bool HoldsBytes() const { return m_used != 0; }
   RingConsumer::Wait BeginWait() { return m_ring.BeginWait(); }
   void EndWait() { m_ring.EndWait(); }
 
-  // What has to be told to the service; at most one report a second. False: nothing.
-  bool TakeReport(std::uint64_t* lost, std::string* text);
+  // What has to be told to the service, at most once a second or, with `last`, now. False: nothing.
+  struct Report {
+    std::uint64_t lost = 0;
+    int error = 0;
+  };
+  bool TakeReport(Report* report, bool last = false);
+  const std::string& Path() const { return m_files.Path(); }
   // In a fork's child.
   void Abandon();
 
@@ -51,8 +64,9 @@ class FileSink {
   void AppendNames(const std::uint8_t* trace);
   void AppendName(NameId id);
   void AppendLoss(std::uint64_t lost, const char* reason);
+  void TellMissed();
   void BeginFile();
-  void Fail(std::uint64_t lost, const std::string& why);
+  void Fail(std::uint64_t lost, int error);
 
   SegmentHeader* m_header;
   const NameTable& m_names;
@@ -64,9 +78,8 @@ class FileSink {
   std::size_t m_used = 0;
   std::bitset<65536> m_written;  // names that the current file has
   std::uint32_t m_number = 0;
-  std::uint64_t m_buffered = 0;  // traces in the buffer
-  std::uint64_t m_missed = 0;    // lost since the last one that was written
+  std::uint64_t m_missed = 0;  // lost since the last one that was written
   std::uint64_t m_unreported = 0;
   std::uint64_t m_retryNs = 0, m_reportNs = 0;
-  std::string m_why;
+  int m_error = 0;
 };

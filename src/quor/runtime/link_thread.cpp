@@ -13,7 +13,6 @@
 #include <utility>
 
 #include "quor/ring/link_socket.h"
-#include "quor/ring/paths.h"
 #include "quor/runtime/runtime.h"
 
 namespace {
@@ -47,8 +46,9 @@ struct LinkThread::Session {
   LinkDecoder decoder;
   std::uint64_t nextTryMs = 0, startEndsMs = 0, pointsDueMs = 0;
   unsigned pauseMs = kPauseMinMs;
-  bool startedService = false;
+  bool mayStart = true;
   int sinkWaitMs = -1;
+  LinkReport report;  // on its way
 };
 
 LinkThread& LinkThread::Get() {
@@ -59,6 +59,11 @@ LinkThread& LinkThread::Get() {
 }
 
 void LinkThread::Start() {
+  try {
+    m_environment = ReadServiceEnvironment();
+  } catch (...) {
+    return;  // without memory: the traces stay in the ring
+  }
   m_wake.store(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   m_state.store(State::Trying);
   sigset_t all, before;
@@ -134,8 +139,9 @@ void LinkThread::Wait(Session& session) {
 }
 
 void LinkThread::Connect(Session& session) {
-  const std::string path = ServiceSocketPath();
-  const int socket = SocketFolderIsSafe(path) ? ConnectToService(path.c_str()) : -1;
+  const std::string path = ServiceSocketPath(m_environment);
+  const int socket =
+      SocketFolderIsSafe(path, nullptr, m_environment) ? ConnectToService(path.c_str()) : -1;
   if (socket < 0) {
     NoService(session);
     return;
@@ -156,14 +162,16 @@ void LinkThread::Connect(Session& session) {
   }
   // From now on the kernel keeps the segment for the service, even if this process ends.
   m_state.store(State::Linked);
+  session.mayStart = false;
 }
 
-// Starts a service on the first need only: one that was stopped on purpose stays so.
+// Starts a service on the first need only, and none where there was one: one that was stopped on
+// purpose stays so.
 void LinkThread::NoService(Session& session) {
   const std::uint64_t now = NowMs();
-  if (!session.startedService) {
-    session.startedService = true;
-    const std::string program = ServiceProgram();
+  if (session.mayStart) {
+    session.mayStart = false;
+    const std::string program = ServiceProgram(m_environment);
     if (!program.empty() && StartService(program)) session.startEndsMs = now + kStartMs;
   }
   if (now < session.startEndsMs) {
@@ -219,9 +227,15 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
 }
 
 void LinkThread::Report(Session& session) {
-  LinkReport report;
-  if (m_socket.load() < 0 || !m_sink.TakeReport(&report)) return;
-  if (!SendOnLink(m_socket.load(), EncodeReport(report))) Disconnect(session);
+  const bool now = m_reportNow.load();
+  // One that cannot be sent now is sent to the next service.
+  LinkReport& report = session.report;
+  while (m_socket.load() >= 0 && (!report.text.empty() || m_sink.TakeReport(&report, now)))
+    if (SendOnLink(m_socket.load(), EncodeReport(report)))
+      report = LinkReport();
+    else
+      Disconnect(session);
+  if (now) m_reportNow.store(false);
 }
 
 void LinkThread::SayWhatIsNew(Session& session) {
@@ -233,7 +247,7 @@ void LinkThread::SayWhatIsNew(Session& session) {
 
 bool LinkThread::WaitUntilTaken(unsigned milliseconds) {
   Runtime& runtime = Runtime::Get();
-  if (runtime.Hot().generation.load() == 0 || !runtime.Segment()) return true;
+  if (!runtime.HasRing()) return true;
   const SegmentHeader* const header = runtime.Segment().Header();
   const std::uint64_t target = ring_mark::Units(header->reserved.load(std::memory_order_acquire));
   const std::uint64_t deadline = NowMs() + milliseconds;
@@ -253,6 +267,10 @@ void LinkThread::AtExit() {
   m_sink.End();
   const std::uint64_t deadline = NowMs() + kExitWaitMs;
   while (m_state.load() == State::Trying && NowMs() < deadline) SleepMs(2);
+  if (m_socket.load() < 0 || m_sink.Taker() == RingTaker::Service) return;
+  m_reportNow.store(true);
+  Wake();
+  while (m_reportNow.load() && NowMs() < deadline) SleepMs(1);
 }
 
 void LinkThread::BeforeFork() {
@@ -273,4 +291,5 @@ void LinkThread::AfterForkInChild() {
   m_state.store(State::Off);
   m_pointsChanged.store(false);
   m_nameChanged.store(false);
+  m_reportNow.store(false);
 }

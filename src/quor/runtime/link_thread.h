@@ -2,9 +2,9 @@
 // writes the file sink.
 //
 // Shape    Named "quor", every signal blocked, started with the segment. While no service answers
-// it
-//          tries again with a growing pause; the same segment is handed over each time, so that
-//          nothing that is in the ring is lost.
+//          it tries again with a growing pause; the same segment is handed over each time, so that
+//          nothing that is in the ring is lost. What the environment says was read by the thread
+//          that started it.
 // Owner    Lives until the process ends.
 // Threads  Every function here may be called from any thread.
 #pragma once
@@ -12,6 +12,7 @@
 #include <atomic>
 
 #include "quor/ring/link.h"
+#include "quor/ring/paths.h"
 #include "quor/runtime/sink_keeper.h"
 
 class LinkThread {
@@ -25,7 +26,7 @@ class LinkThread {
   // Waits until everything traced before the call was taken, and written if the sink is a file.
   bool WaitUntilTaken(unsigned milliseconds);
   // At the end of the process: gives a service that is being started the chance to take the
-  // segment.
+  // segment, and tells it what a file could not take.
   void AtExit();
 
   void BeforeFork();
@@ -50,6 +51,7 @@ class LinkThread {
 
   std::atomic<State> m_state{State::Off};
   std::atomic<int> m_wake{-1}, m_socket{-1};
-  std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false};
+  std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false}, m_reportNow{false};
+  ServiceEnvironment m_environment;
   SinkKeeper m_sink;
 };

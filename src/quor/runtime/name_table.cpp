@@ -1,5 +1,6 @@
 #include "quor/runtime/name_table.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "quor/ring/trace_bytes.h"
@@ -17,7 +18,8 @@ std::uint64_t Hash(std::string_view text) {
 void NameTable::Begin(const SegmentMap& segment) {
   m_area = segment.Names();
   m_capacity = segment.Layout().nameBytes;
-  m_used = &segment.Header()->nameBytesUsed;
+  m_published = &segment.Header()->nameBytesUsed;
+  m_used = 0;
   m_count = 0;
   std::memset(m_slots, 0, sizeof m_slots);
   Append(kNoRoomId, kNoRoomText);
@@ -25,11 +27,10 @@ void NameTable::Begin(const SegmentMap& segment) {
 }
 
 void NameTable::Move(const SegmentMap& segment) {
-  const std::uint32_t used = m_used->load(std::memory_order_relaxed);
-  std::memcpy(segment.Names(), m_area, used);
+  std::memcpy(segment.Names(), m_area, m_used);
   m_area = segment.Names();
-  m_used = &segment.Header()->nameBytesUsed;
-  m_used->store(used, std::memory_order_release);
+  m_published = &segment.Header()->nameBytesUsed;
+  m_published->store(m_used, std::memory_order_release);
 }
 
 NameId NameTable::Enter(std::string_view text) {
@@ -48,14 +49,14 @@ NameId NameTable::Enter(std::string_view text) {
 
 std::string_view NameTable::Text(NameId id) const {
   const std::uint8_t* const body = m_area + m_offsets[id];
-  return {reinterpret_cast<const char*>(body) + kNameBodyBytes, LoadBe16(body + 2)};
+  return {reinterpret_cast<const char*>(body) + kNameBodyBytes,
+          std::min<std::size_t>(LoadBe16(body + 2), kNameBytesMax)};
 }
 
 bool NameTable::Append(NameId id, std::string_view text) {
-  const std::uint32_t used = m_used->load(std::memory_order_relaxed);
-  if (m_capacity - used < kNameBodyBytes + text.size()) return false;
-  m_offsets[id] = used;
-  const std::size_t bytes = StoreName(m_area + used, id, text);
-  m_used->store(used + static_cast<std::uint32_t>(bytes), std::memory_order_release);
+  if (m_capacity - m_used < kNameBodyBytes + text.size()) return false;
+  m_offsets[id] = m_used;
+  m_used += static_cast<std::uint32_t>(StoreName(m_area + m_used, id, text));
+  m_published->store(m_used, std::memory_order_release);
   return true;
 }

@@ -4,6 +4,9 @@
 //          further text gets kNoRoomId, whose name says so: never a wrong name.
 // Owner    Tables of fixed size in static storage: nothing is allocated, so a thread's first trace
 //          may happen in a signal handler. The texts lie in the segment.
+// Errors   Of what stands in the segment only the texts are believed: whoever else holds it may
+// have
+//          written to it, and no count in it leads out of the area.
 // Threads  Enter and Move under the caller's lock; Text of an id that was entered: any.
 #pragma once
 
@@ -32,7 +35,8 @@ class NameTable {
 
   std::uint8_t* m_area;
   std::uint32_t m_capacity;
-  std::atomic<std::uint32_t>* m_used;
+  std::atomic<std::uint32_t>* m_published;  // the bytes used, for the service
+  std::uint32_t m_used;
   std::uint32_t m_count;           // ids given, kNoRoomId not among them
   std::uint32_t m_offsets[65536];  // of the body in the area
   std::uint16_t m_slots[kSlots];   // id + 1; 0: free

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <sched.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -14,11 +15,17 @@ class OwnerLock {
   // False when this very thread holds it already.
   bool Lock() noexcept {
     const int self = gettid();
-    for (;;) {
+    for (int tries = 0;;) {
       int expected = 0;
       if (m_owner.compare_exchange_weak(expected, self, std::memory_order_acquire)) return true;
       if (expected == self) return false;
-      if (expected != 0) sched_yield();
+      if (expected == 0) continue;
+      // Only sleep lets an owner run on that has a lower real-time priority than this thread.
+      const timespec pause{0, kPauseNs};
+      if (++tries <= kYields)
+        sched_yield();
+      else
+        nanosleep(&pause, nullptr);
     }
   }
   void Unlock() noexcept { m_owner.store(0, std::memory_order_release); }
@@ -28,6 +35,8 @@ class OwnerLock {
   }
 
  private:
+  static constexpr int kYields = 50;
+  static constexpr long kPauseNs = 50'000;
   std::atomic<int> m_owner{0};
 };
 

@@ -12,12 +12,13 @@ void PointTable::Begin(const SegmentMap& segment, NameTable& names) {
   m_noRoomComponent = names.Enter("Quor");
   m_noRoomCategory = names.Enter(kNoRoomCategory);
   m_points = nullptr;
+  m_count.store(0, std::memory_order_relaxed);
   std::memset(m_slots, 0, sizeof m_slots);
   m_header->defaultSettings.store(kSupport, std::memory_order_relaxed);
 }
 
 void PointTable::Move(const SegmentMap& segment) {
-  const std::uint32_t count = m_header->pointCount.load(std::memory_order_relaxed);
+  const std::uint32_t count = m_count.load(std::memory_order_relaxed);
   SegmentPoint* const entries = segment.Points();
   for (std::uint32_t i = 0; i < count; ++i) {
     entries[i].settings.store(m_entries[i].settings.load(std::memory_order_relaxed),
@@ -52,7 +53,7 @@ void PointTable::TakeSettings() {
 }
 
 std::uint32_t PointTable::AnySettings() const {
-  const std::uint32_t count = m_header->pointCount.load(std::memory_order_relaxed);
+  const std::uint32_t count = m_count.load(std::memory_order_acquire);
   std::uint32_t any = 0;
   for (std::uint32_t i = 0; i < count; ++i)
     any |= m_entries[i].settings.load(std::memory_order_relaxed);
@@ -66,13 +67,14 @@ std::uint32_t PointTable::EntryOf(NameId component, NameId category) {
     const SegmentPoint& entry = m_entries[m_slots[slot] - 1];
     if (entry.component == component && entry.category == category) return m_slots[slot] - 1u;
   }
-  const std::uint32_t count = m_header->pointCount.load(std::memory_order_relaxed);
+  const std::uint32_t count = m_count.load(std::memory_order_relaxed);
   if (count == m_capacity) return count - 1;
   const bool last = count + 1 == m_capacity;
   m_entries[count].component = last ? m_noRoomComponent : component;
   m_entries[count].category = last ? m_noRoomCategory : category;
   m_entries[count].settings.store(m_header->defaultSettings.load(std::memory_order_relaxed),
                                   std::memory_order_relaxed);
+  m_count.store(count + 1, std::memory_order_release);
   m_header->pointCount.store(count + 1, std::memory_order_release);
   if (!last) m_slots[slot] = static_cast<std::uint16_t>(count + 1);
   return count;

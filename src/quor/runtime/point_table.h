@@ -3,6 +3,7 @@
 // Shape    Points of the same component and category share an entry. When the segment has no more
 //          entries, all further points share the last one, whose category says so.
 // Owner    Borrows the points of the application, for ever.
+// Errors   No count in the segment is believed: see NameTable.
 // Threads  Under the runtime's lock.
 #pragma once
 
@@ -31,6 +32,7 @@ class PointTable {
   SegmentHeader* m_header;
   SegmentPoint* m_entries;
   std::uint32_t m_capacity;
+  std::atomic<std::uint32_t> m_count;  // of entries; atomic for AnySettings
   NameId m_noRoomComponent, m_noRoomCategory;
   quor_point* m_points;           // registered, linked by `next`
   std::uint16_t m_slots[kSlots];  // entry + 1; 0: free

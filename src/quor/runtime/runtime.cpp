@@ -91,6 +91,7 @@ bool Runtime::StartLocked() {
   if (!m_failed) {
     FillSegment(segment);
     m_hot.ring = RingProducer(m_segment, m_event);
+    m_hot.ring.CountDrops(m_lostOutside.exchange(0, std::memory_order_relaxed));
     RegisterDeclared();
     LinkThread::Get().Start();
   }
@@ -156,7 +157,16 @@ void Runtime::NameApplication(const char* name) {
   LinkThread::Get().TellPoints();
 }
 
+void Runtime::CountLost() {
+  if (HasRing())
+    m_hot.ring.CountDrops(1);
+  else
+    m_lostOutside.fetch_add(1, std::memory_order_relaxed);
+}
+
 void Runtime::Declare(quor_point* point) {
+  // The mark keeps a point that is declared twice from being linked to itself.
+  if (__atomic_exchange_n(&point->reserved, 1u, __ATOMIC_RELAXED) != 0) return;
   // A module loaded later registers at once: the application has begun.
   if (m_hot.generation.load(std::memory_order_acquire) != 0) {
     Register(point);
@@ -218,7 +228,7 @@ void Runtime::Count(quor_counts* counts) {
   const std::uint64_t outside = m_lostOutside.load(std::memory_order_relaxed);
   *counts = {outside, outside};
   // Between a fork and the child's first trace the segment is still the parent's.
-  if (m_hot.generation.load(std::memory_order_acquire) == 0 || !m_segment) return;
+  if (!HasRing()) return;
   SegmentHeader* const header = m_segment.Header();
   const std::uint64_t mark = header->reserved.load(std::memory_order_acquire);
   const std::uint64_t consumed = header->consumed.load(std::memory_order_acquire);
@@ -248,6 +258,8 @@ void Runtime::AfterForkInChild() {
   m_hot.pushEach.store(false, std::memory_order_relaxed);
   m_lostOutside.store(0, std::memory_order_relaxed);
   m_failed = false;
+  m_hot.clock.AfterFork();
+  m_hot.ring.Mute();
   if (m_event >= 0) close(m_event);
   m_event = -1;
   LinkThread::Get().AfterForkInChild();

@@ -47,8 +47,12 @@ class Runtime {
   void TakeSettings();
   // The id of a text; unknownThread's when it cannot be entered now.
   NameId EnterName(std::string_view text);
-  // A trace that could not even reach a ring.
-  void CountLost() { m_lostOutside.fetch_add(1, std::memory_order_relaxed); }
+  // There is a ring that this very process traces into. Any thread.
+  bool HasRing() const {
+    return m_hot.generation.load(std::memory_order_acquire) != 0 && !m_failed;
+  }
+  // A trace that could not even reach a ring; the first one that there is tells of it.
+  void CountLost();
   void Count(quor_counts* counts);
 
   const SegmentMap& Segment() const { return m_segment; }

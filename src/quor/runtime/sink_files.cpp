@@ -2,13 +2,14 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -23,14 +24,16 @@ std::string StemOf(const std::string& path) {
   return has ? path.substr(0, path.size() - kExtension.size()) : path;
 }
 
-bool Say(std::string* why, const std::string& path) {
-  if (why) *why = path + ": " + std::strerror(errno);
-  return false;
+// A path that the application's later changes of its folder do not move.
+std::string FromRoot(std::string path) {
+  char folder[4096];
+  if (path.empty() || path[0] == '/' || !getcwd(folder, sizeof folder)) return path;
+  return std::string(folder) + "/" + path;
 }
 
-bool Exists(const std::string& path) {
+bool Exists(const char* path) {
   struct stat status {};
-  return lstat(path.c_str(), &status) == 0;
+  return lstat(path, &status) == 0;
 }
 
 }  // namespace
@@ -54,32 +57,46 @@ SinkOptions SinkOptions::Parse(std::string_view text) {
 }
 
 SinkFiles::SinkFiles(std::string path, const SinkOptions& options)
-    : m_path(std::move(path)), m_stem(StemOf(m_path)), m_options(options) {}
+    : m_wanted([&]() -> Names {
+        path = FromRoot(std::move(path));
+        return {path, StemOf(path)};
+      }()),
+      m_own([this]() -> Names {
+        const std::string stem = m_wanted.stem + ".pid" + std::to_string(getpid());
+        return {stem + std::string(kExtension), stem};
+      }()),
+      m_options(options) {}
 
 SinkFiles::~SinkFiles() {
   End();
 }
 
-bool SinkFiles::Begin(std::string* why) {
+bool SinkFiles::Begin() {
   End();
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    bool busy = false;
-    if (!OpenLocked(why, &busy)) {
-      const std::string own = StemOf(m_path) + ".pid" + std::to_string(getpid());
-      if (!busy || m_stem == own) return false;
-      m_stem = own;
-      m_path = own + std::string(kExtension);
-      continue;
+  for (int attempt = 0; attempt < 5; ++attempt) {
+    switch (OpenLocked()) {
+      case Opened::No:
+        return false;
+      case Opened::Busy:
+        if (m_current == &m_own) return false;
+        m_current = &m_own;
+        continue;
+      case Opened::Moved:
+        continue;
+      case Opened::Yes:
+        break;
     }
     struct stat status {};
     if (fstat(m_descriptor, &status) == 0 && status.st_size == 0) return true;
     // Numbered while it is locked, so that no other process begins the same file meanwhile.
-    const bool away = NumberAway(why);
+    const bool away = NumberAway();
+    const int error = errno;
     End();
+    errno = error;
     if (!away) return false;
   }
   errno = EBUSY;
-  return Say(why, m_path);
+  return false;
 }
 
 void SinkFiles::End() {
@@ -88,20 +105,25 @@ void SinkFiles::End() {
   m_size = 0;
 }
 
-bool SinkFiles::Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written,
-                      std::string* why) {
+bool SinkFiles::Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written) {
   *written = 0;
-  while (*written < size) {
-    const ssize_t taken = write(m_descriptor, bytes + *written, size - *written);
+  // Beyond this limit the kernel would send a signal that ends the process.
+  rlimit limit{};
+  const bool limited = getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+  const std::uint64_t room = limited ? limit.rlim_cur - std::min(limit.rlim_cur, m_size) : size;
+  const std::size_t fits = std::min<std::uint64_t>(size, room);
+  while (*written < fits) {
+    const ssize_t taken = write(m_descriptor, bytes + *written, fits - *written);
     if (taken < 0 && errno == EINTR) continue;
     if (taken <= 0) {
       if (taken == 0) errno = ENOSPC;
-      return Say(why, m_path);
+      return false;
     }
     *written += static_cast<std::size_t>(taken);
     m_size += static_cast<std::size_t>(taken);
   }
-  return true;
+  if (fits < size) errno = EFBIG;
+  return fits == size;
 }
 
 void SinkFiles::TakeBack(std::size_t bytes) {
@@ -117,37 +139,44 @@ void SinkFiles::Abandon() {
   End();
 }
 
-bool SinkFiles::OpenLocked(std::string* why, bool* busy) {
+SinkFiles::Opened SinkFiles::OpenLocked() {
   // Never waits for the reader of a FIFO; anything but a regular file is refused.
-  m_descriptor = open(m_path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
-  if (m_descriptor < 0) return Say(why, m_path);
+  const char* const path = m_current->path.c_str();
+  m_descriptor = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+  if (m_descriptor < 0) return Opened::No;
+  Opened opened = Opened::No;
+  int error = EINVAL;
   struct stat status {};
-  if (fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-    errno = EINVAL;
-  } else if (flock(m_descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) {
-    return true;  // also on file systems without locks
-  } else {
-    *busy = true;
+  struct stat named {};
+  if (fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+    // On a file system without locks it is written all the same.
+    const bool locked = flock(m_descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    error = errno;
+    // Another instance may have numbered the file away before it was locked.
+    const bool same =
+        stat(path, &named) == 0 && named.st_dev == status.st_dev && named.st_ino == status.st_ino;
+    opened = !locked ? Opened::Busy : same ? Opened::Yes : Opened::Moved;
   }
-  Say(why, m_path);
+  if (opened == Opened::Yes) return opened;
   End();
-  return false;
+  errno = error;
+  return opened;
 }
 
-bool SinkFiles::NumberAway(std::string* why) {
+bool SinkFiles::NumberAway() {
+  const std::uint32_t most = m_options.maxFiles;
   std::uint32_t last = 1;
-  while (Exists(Numbered(last)) && (m_options.maxFiles == 0 || last < m_options.maxFiles)) ++last;
+  while (Exists(Numbered(last, m_to)) && (most == 0 || last < most)) ++last;
   for (; last > 1; --last)
-    if (std::rename(Numbered(last - 1).c_str(), Numbered(last).c_str()) != 0)
-      return Say(why, Numbered(last));
-  if (std::rename(m_path.c_str(), Numbered(1).c_str()) != 0) return Say(why, Numbered(1));
+    if (std::rename(Numbered(last - 1, m_from), Numbered(last, m_to)) != 0) return false;
+  if (std::rename(m_current->path.c_str(), Numbered(1, m_to)) != 0) return false;
   // The limit may have been lowered since.
-  if (m_options.maxFiles != 0)
-    for (std::uint32_t more = m_options.maxFiles + 1; std::remove(Numbered(more).c_str()) == 0;)
-      ++more;
+  if (most != 0)
+    for (std::uint32_t more = most + 1; std::remove(Numbered(more, m_to)) == 0;) ++more;
   return true;
 }
 
-std::string SinkFiles::Numbered(std::uint32_t number) const {
-  return m_stem + "." + std::to_string(number) + std::string(kExtension);
+const char* SinkFiles::Numbered(std::uint32_t number, PathText& to) const {
+  std::snprintf(to, sizeof to, "%s.%u%s", m_current->stem.c_str(), number, kExtension.data());
+  return to;
 }

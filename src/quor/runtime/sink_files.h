@@ -5,9 +5,9 @@
 //          process is writing `name.trc` (a second instance, the parent of a fork), this one
 //          writes `name.pid<number>.trc`.
 // Owner    The descriptor, locked against other writers and readers of this system.
-// Errors   False and a reason; a later call may succeed. Nothing is ever overwritten that was not
-//          numbered away before, save what maxfiles lets go.
-// Threads  One at a time.
+// Errors   False, and errno tells why; a later call may succeed. Nothing is ever overwritten that
+//          was not numbered away before, save what maxfiles lets go.
+// Threads  One at a time, also in a signal handler: after the constructor nothing is allocated.
 #pragma once
 
 #include <cstdint>
@@ -31,26 +31,35 @@ class SinkFiles {
   SinkFiles& operator=(const SinkFiles&) = delete;
 
   // Begins a new file, empty, after numbering away what stands there.
-  bool Begin(std::string* why);
+  bool Begin();
   void End();
   bool IsOpen() const { return m_descriptor >= 0; }
-  // Writes all, or as much as goes: *written tells. False when not all went.
-  bool Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written, std::string* why);
+  // Writes all, or as much as goes: *written tells. False when not all went. A limit on the size of
+  // the process's files is a full disk too, and no signal ends the application for it.
+  bool Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written);
   // Takes the last `bytes` bytes of the file away again: the beginning of a record that did not
   // fit.
   void TakeBack(std::size_t bytes);
   std::uint64_t Size() const { return m_size; }
-  const std::string& Path() const { return m_path; }
+  const std::string& Path() const { return m_current->path; }
   // In a fork's child: the file is the parent's.
   void Abandon();
 
  private:
-  bool OpenLocked(std::string* why, bool* busy);
-  bool NumberAway(std::string* why);
-  std::string Numbered(std::uint32_t number) const;
+  struct Names {
+    std::string path, stem;
+  };
+  enum class Opened { Yes, No, Busy, Moved };
+  Opened OpenLocked();
+  bool NumberAway();
+  // Not on the stack: a signal handler may have little of it.
+  using PathText = char[4200];
+  const char* Numbered(std::uint32_t number, PathText& to) const;
 
-  std::string m_path, m_stem;
-  SinkOptions m_options;
+  const Names m_wanted, m_own;  // as configured, and when that one is taken
+  const Names* m_current = &m_wanted;
+  const SinkOptions m_options;
+  PathText m_from, m_to;
   int m_descriptor = -1;
   std::uint64_t m_size = 0;
 };

@@ -3,6 +3,9 @@
 #include <time.h>
 
 #include <algorithm>
+#include <memory>
+#include <system_error>
+#include <utility>
 
 #include "quor/runtime/runtime.h"
 
@@ -33,32 +36,43 @@ int AfterDrain(FileSink& sink, std::size_t taken) {
   }
 }
 
+LinkReport InWords(const FileSink& sink, const FileSink::Report& report) {
+  const std::string why =
+      report.error != 0 ? std::generic_category().message(report.error) : "cannot be written";
+  return {report.lost, sink.Path() + ": " + why};
+}
+
 }  // namespace
 
 void SinkKeeper::Set(const LinkSink& sink) {
   Runtime& runtime = Runtime::Get();
   HotState& hot = runtime.Hot();
-  OwnerGuard guard(m_lock);
   FileSink* const old = m_sink.load();
   const bool file = sink.kind == SinkKind::File;
   const bool same = sink.name == m_setting.name && sink.options == m_setting.options;
-  if (!guard || (file ? old && same : !old)) return;
-  m_setting = sink;
-  hot.pushEach.store(false);
-  if (old) {
-    while (old->Drain(kDrainTraces) != 0) {
-    }
-    old->EndWait();
-    m_sink.store(nullptr);
-    delete old;
+  if (file ? old && same : !old) return;
+  LinkSink setting = sink;
+  const SinkOptions options = file ? SinkOptions::Parse(sink.options) : SinkOptions();
+  std::unique_ptr<FileSink> next;
+  if (file) {
+    const FileSink::LossNames names = {
+        hot.machine, hot.app.load(),   runtime.EnterName("Quor"), runtime.EnterName("Loss"),
+        hot.pid,     hot.unknownThread};
+    next =
+        std::make_unique<FileSink>(runtime.Segment(), runtime.Names(), names, sink.name, options);
   }
-  if (!file) return;
-  const SinkOptions options = SinkOptions::Parse(sink.options);
-  const FileSink::LossNames names = {
-      hot.machine, hot.app.load(),   runtime.EnterName("Quor"), runtime.EnterName("Loss"),
-      hot.pid,     hot.unknownThread};
-  m_sink.store(new FileSink(runtime.Segment(), runtime.Names(), names, sink.name, options));
-  hot.pushEach.store(options.flush || m_ending.load());
+  {
+    OwnerGuard guard(m_lock);
+    std::swap(m_setting, setting);
+    if (old) old->End();
+    if (next) next->Begin();
+    m_sink.store(next.release());
+    hot.pushEach.store(file && (options.flush || m_ending.load()));
+  }
+  if (!old) return;
+  FileSink::Report said;
+  if (old->TakeReport(&said, true)) m_left = InWords(*old, said);
+  delete old;
 }
 
 int SinkKeeper::Serve() {
@@ -79,10 +93,17 @@ int SinkKeeper::Serve() {
   return std::min(wait, static_cast<int>(m_pushDueMs - now));
 }
 
-bool SinkKeeper::TakeReport(LinkReport* report) {
-  OwnerGuard guard(m_lock);
+bool SinkKeeper::TakeReport(LinkReport* report, bool last) {
+  *report = std::exchange(m_left, {});
   FileSink* const sink = m_sink.load();
-  return guard && sink && sink->TakeReport(&report->lost, &report->text);
+  if (!report->text.empty() || !sink) return !report->text.empty();
+  FileSink::Report said;
+  {
+    OwnerGuard guard(m_lock);
+    if (!guard || !sink->TakeReport(&said, last)) return false;
+  }
+  *report = InWords(*sink, said);
+  return true;
 }
 
 void SinkKeeper::Push() {
@@ -96,8 +117,7 @@ void SinkKeeper::Push() {
     }
     FileSink* const sink = m_sink.load();
     if (!sink) return;
-    while (sink->Drain(kDrainTraces) == kDrainTraces) {
-    }
+    sink->DrainReserved();
     sink->Push();
   } while (m_again.load());
 }
@@ -121,5 +141,7 @@ void SinkKeeper::AfterForkInChild() {
   m_lock.AfterFork(m_heldAtFork);
   // Left behind, not destroyed: destruction would write the parent's traces a second time.
   if (FileSink* const sink = m_sink.exchange(nullptr)) sink->Abandon();
-  m_setting = LinkSink();
+  // Made anew, not assigned: the parent's thread may have been changing them.
+  new (&m_setting) LinkSink;
+  new (&m_left) LinkReport;
 }

@@ -2,8 +2,10 @@
 //
 // Shape    Without a file sink the service takes the traces out of the ring.
 // Owner    Of the sink.
-// Errors   What the sink could not write is told by TakeReport.
-// Threads  Set, Serve, TakeReport: the link thread. Push and End: any, also a signal handler.
+// Errors   What a sink could not write is told by TakeReport, also when it is no longer in use.
+// Threads  Set, Serve, TakeReport: the link thread. Push and End: any, also a signal handler; so
+//          nothing is allocated under the lock, because the handler may have interrupted the
+//          allocator.
 #pragma once
 
 #include <atomic>
@@ -21,7 +23,8 @@ class SinkKeeper {
   // Writes what came. Gives the milliseconds after which it wants to be called again, or as soon as
   // the ring's event descriptor is readable; -1: there is no sink.
   int Serve();
-  bool TakeReport(LinkReport* report);
+  // At most once a second, or with `last` whatever there is.
+  bool TakeReport(LinkReport* report, bool last = false);
   // Everything that is in the ring goes to the file before this returns.
   void Push();
   // The process ends: from now on nothing is buffered.
@@ -37,6 +40,7 @@ class SinkKeeper {
   std::atomic<bool> m_again{false};  // a push came while its own thread held the lock
   std::atomic<bool> m_ending{false};
   LinkSink m_setting;
+  LinkReport m_left;  // of the sink before this one
   std::uint64_t m_pushDueMs = 0;
   bool m_heldAtFork = false;
 };

@@ -1,5 +1,5 @@
 // The C interface: traces, and what little stands around them.
-#include <sys/syscall.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
+#include "quor/runtime/keep_loaded.h"
 #include "quor/runtime/link_thread.h"
 #include "quor/runtime/runtime.h"
 #include "quor/runtime/stack.h"
@@ -16,6 +18,7 @@
 namespace {
 
 constexpr std::size_t kStackTextBytes = 8192;
+constexpr std::size_t kStackForWalk = 32 * 1024;
 
 // What a thread knows of itself. Plain data in the initial thread-local block: nothing is allocated
 // at its first use and nothing is destroyed at the thread's end.
@@ -29,12 +32,25 @@ __attribute__((tls_model("initial-exec"))) thread_local ThreadState t_thread;
 struct Extras {
   NameId file = 0;
   std::uint32_t line = 0;
-  std::size_t stackBytes = 0;
-  char stack[kStackTextBytes];
+  std::string_view stack;
+};
+
+// The application looks at errno after it has traced: only the rare paths touch it, and they put it
+// back.
+class ErrnoKeeper {
+ public:
+  ErrnoKeeper() noexcept : m_error(errno) {}
+  ~ErrnoKeeper() { errno = m_error; }
+  ErrnoKeeper(const ErrnoKeeper&) = delete;
+  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
+
+ private:
+  const int m_error;
 };
 
 // False when there is no ring to write to.
 __attribute__((noinline)) bool EnterThread(Runtime& runtime) {
+  const ErrnoKeeper keeper;
   if (!runtime.Start()) return false;
   const std::uint32_t generation = runtime.Hot().generation.load(std::memory_order_acquire);
   if (t_thread.named) {
@@ -45,8 +61,8 @@ __attribute__((noinline)) bool EnterThread(Runtime& runtime) {
   const int length = std::snprintf(number, sizeof number, "%d", static_cast<int>(gettid()));
   const NameId name = runtime.EnterName({number, static_cast<std::size_t>(length)});
   // A signal handler that interrupted such an entry: "?" for now, and the next trace tries again.
-  if (name == runtime.Hot().unknownThread) return true;
-  t_thread = {generation, name, false};
+  const bool known = name != runtime.Hot().unknownThread;
+  t_thread = {known ? generation : 0, name, false};
   return true;
 }
 
@@ -62,9 +78,9 @@ std::uint16_t OneSeverity(unsigned attributes) {
 void Write(HotState& hot, const quor_point& point, unsigned attributes, const char* text,
            std::size_t length, NameId tid, const Extras* extras) {
   const Stamp now = hot.clock.Now();
-  const std::size_t stackBytes = extras ? extras->stackBytes : 0;
+  const std::string_view stack = extras ? extras->stack : std::string_view();
   RingProducer::Slot slot;
-  if (!hot.ring.Reserve(static_cast<std::uint32_t>(RawTrace::kFixedBytes + length + stackBytes),
+  if (!hot.ring.Reserve(static_cast<std::uint32_t>(RawTrace::kFixedBytes + length + stack.size()),
                         slot))
     return;
   std::uint8_t* const to = slot.record;
@@ -82,42 +98,67 @@ void Write(HotState& hot, const quor_point& point, unsigned attributes, const ch
   StoreBe32(to + 36, extras ? extras->line : 0);
   StoreBe16(to + 40, static_cast<std::uint16_t>(length));
   std::memcpy(to + 42, text, length);
-  StoreBe16(to + 42 + length, static_cast<std::uint16_t>(stackBytes));
-  if (stackBytes != 0) std::memcpy(to + 44 + length, extras->stack, stackBytes);
+  StoreBe16(to + 42 + length, static_cast<std::uint16_t>(stack.size()));
+  if (!stack.empty()) std::memcpy(to + 44 + length, stack.data(), stack.size());
   hot.ring.Commit(slot);
+}
+
+// The stack of a signal handler may be far too small for a walk of it: the handler's trace then
+// says so instead of running over the end.
+bool HasRoomForWalk() {
+  stack_t stack{};
+  return sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_ONSTACK) == 0 ||
+         stack.ss_size >= kStackForWalk;
+}
+
+__attribute__((noinline)) void WriteWithWalk(HotState& hot, const quor_point& point,
+                                             unsigned attributes, const char* text,
+                                             std::size_t length, NameId tid, Extras& extras,
+                                             const void* caller) {
+  char stack[kStackTextBytes];
+  extras.stack = {stack, StackText(stack, sizeof stack, caller)};
+  Write(hot, point, attributes, text, length, tid, &extras);
+}
+
+void WriteWithStack(HotState& hot, const quor_point& point, unsigned attributes, const char* text,
+                    std::size_t length, NameId tid, Extras& extras, const void* caller) {
+  if (HasRoomForWalk())
+    return WriteWithWalk(hot, point, attributes, text, length, tid, extras, caller);
+  extras.stack = "(the signal stack is too small to walk the call stack)";
+  Write(hot, point, attributes, text, length, tid, &extras);
 }
 
 __attribute__((noinline)) void WriteWithExtras(Runtime& runtime, const quor_point& point,
                                                unsigned attributes, std::uint32_t settings,
                                                const char* file, unsigned line, const char* text,
                                                std::size_t length, NameId tid, const void* caller) {
+  const ErrnoKeeper keeper;
   Extras extras;
   if ((settings & QUOR_LOCATION) != 0 && file) {
     extras.file = runtime.EnterName(file);
     extras.line = line;
   }
   if ((settings & QUOR_STACK) != 0)
-    extras.stackBytes = StackText(extras.stack, kStackTextBytes, caller);
-  Write(runtime.Hot(), point, attributes, text, length, tid, &extras);
+    WriteWithStack(runtime.Hot(), point, attributes, text, length, tid, extras, caller);
+  else
+    Write(runtime.Hot(), point, attributes, text, length, tid, &extras);
 }
 
 inline void Trace(quor_point* point, unsigned attributes, const char* file, unsigned line,
                   const char* text, std::size_t length, const void* caller) {
-  std::uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
+  // Acquire: the point's other fields were written before its settings.
+  std::uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_ACQUIRE);
   if ((settings & attributes) != attributes) return;
   if (__builtin_expect(settings == QUOR_UNREGISTERED, 0)) {
     if (!quor_first_use(point, attributes)) return;
-    settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
+    settings = __atomic_load_n(&point->settings, __ATOMIC_ACQUIRE);
   }
   Runtime& runtime = Runtime::Get();
   HotState& hot = runtime.Hot();
   if (__builtin_expect(t_thread.generation != hot.generation.load(std::memory_order_acquire) ||
                            t_thread.generation == 0,
                        0)) {
-    const int error = errno;
-    const bool entered = EnterThread(runtime);
-    errno = error;
-    if (!entered) {
+    if (!EnterThread(runtime)) {
       runtime.CountLost();
       return;
     }
@@ -130,30 +171,37 @@ inline void Trace(quor_point* point, unsigned attributes, const char* file, unsi
     WriteWithExtras(runtime, *point, attributes, settings, file, line, text, length, tid, caller);
   else
     Write(hot, *point, attributes, text, length, tid, nullptr);
-  if (__builtin_expect(hot.pushEach.load(std::memory_order_relaxed), 0))
+  if (__builtin_expect(hot.pushEach.load(std::memory_order_relaxed), 0)) {
+    const ErrnoKeeper keeper;
     LinkThread::Get().PushSink();
+  }
 }
 
 __attribute__((destructor)) void AtExit() {
   Runtime& runtime = Runtime::Get();
-  if (runtime.Hot().generation.load() != 0 && runtime.Segment()) LinkThread::Get().AtExit();
+  if (runtime.HasRing()) LinkThread::Get().AtExit();
 }
 
 }  // namespace
 
 void quor_application(const char* name) {
+  const ErrnoKeeper keeper;
   Runtime::Get().NameApplication(name);
 }
 
 void quor_declare(quor_point* point) {
+  const ErrnoKeeper keeper;
+  KeepLoaded(point);
   Runtime::Get().Declare(point);
 }
 
 void quor_register(quor_point* point) {
+  const ErrnoKeeper keeper;
   Runtime::Get().Register(point);
 }
 
 int quor_first_use(quor_point* point, unsigned attributes) {
+  const ErrnoKeeper keeper;
   Runtime& runtime = Runtime::Get();
   if (!runtime.Register(point)) {
     // The trace has no ring to go to, or would deadlock in a signal handler: counted, not made.
@@ -165,6 +213,7 @@ int quor_first_use(quor_point* point, unsigned attributes) {
 }
 
 void quor_thread_name(const char* name) {
+  const ErrnoKeeper keeper;
   Runtime& runtime = Runtime::Get();
   if (!name || !runtime.Start()) return;
   const std::uint32_t generation = runtime.Hot().generation.load(std::memory_order_acquire);
@@ -180,7 +229,9 @@ void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsig
                  const char* format, ...) {
   const std::uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
   if ((settings & attributes) != attributes) return;
+  const ErrnoKeeper keeper;
   const void* const caller = __builtin_return_address(0);
+  if (!format) format = "(null)";
   char text[1024];
   va_list arguments, again;
   va_start(arguments, format);

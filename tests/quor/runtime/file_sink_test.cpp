@@ -234,7 +234,6 @@ TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
   const std::string path = service.Folder() + "/a.trc";
   Child app([](Child& self) {
     quor_application("orders");
-    signal(SIGXFSZ, SIG_IGN);
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlim_t all = limit.rlim_cur;
@@ -246,6 +245,13 @@ TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
     quor_counts counts{};
     quor_get_counts(&counts);
     self.Tell(counts.lost);
+    // Still full when it is tried again: what tells of the loss does not reach the file either.
+    for (const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(1200);
+         std::chrono::steady_clock::now() < until; poll(nullptr, 0, 20)) {
+      for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(work_point, "still full");
+      quor_flush(10000);
+    }
+    quor_get_counts(&counts);
     limit.rlim_cur = all;
     setrlimit(RLIMIT_FSIZE, &limit);
     // The file is tried again after a second: until then traces are lost, and counted.
@@ -332,6 +338,145 @@ TEST(FileSink, TheRingIsHandedOverWithoutLossWhenTheSinkChanges) {
   EXPECT_GT(seen->m_traces.size(), 0u);
   EXPECT_EQ(lost, 0u);
   EXPECT_EQ(inFiles + seen->m_traces.size(), traced);
+}
+
+TEST(FileSink, WithFlushAFullDiskNeitherEndsTheApplicationNorChangesItsErrno) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    const rlimit limit{20'000, 20'000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    self.AwaitGo();
+    errno = 77;
+    for (int i = 0; i < 1000; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
+    if (errno != 77) return 1;
+    quor_counts counts{};
+    quor_get_counts(&counts);
+    self.Tell(counts.lost);
+    return 0;
+  });
+  const auto seen = AcceptWithFile(service, path, "flush=1;");
+  app.Go();
+  const std::uint64_t lost = app.Told();
+  EXPECT_GT(lost, 0u);
+  EXPECT_EQ(app.Wait(), 0);
+  const FileTraces file = ReadTrc(path);
+  EXPECT_TRUE(file.whole);
+  EXPECT_EQ(file.texts.size() + lost, 1000u);
+}
+
+TEST(FileSink, WhatAFileLostIsReportedBeforeAnotherSinkTakesOver) {
+  FakeService service;
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
+    self.Tell(static_cast<std::uint64_t>(quor_flush(10000)));
+    self.AwaitGo();
+    return 0;
+  });
+  const auto seen = AcceptWithFile(service, service.Folder() + "/no/such/folder.trc", "");
+  app.Go();
+  app.Told();
+  seen->SendSink(SinkKind::Socket, "localhost", "");
+  EXPECT_TRUE(WaitFor([&] {
+    seen->Pump();
+    return seen->m_answered && seen->Reported() == 10;
+  }));
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+TEST(FileSink, WhatAFileLostIsReportedBeforeTheProcessEnds) {
+  FakeService service;
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
+    exit(0);
+    return 1;
+  });
+  const auto seen = AcceptWithFile(service, service.Folder() + "/no/such/folder.trc", "");
+  app.Go();
+  EXPECT_TRUE(WaitFor([&] {
+    seen->Pump();
+    return seen->m_ended;
+  }));
+  EXPECT_EQ(seen->Reported(), 10u);
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+TEST(FileSink, AReportThatFoundNoServiceGoesToTheNextOne) {
+  FakeService service;
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
+    self.Tell(static_cast<std::uint64_t>(quor_flush(10000)));
+    self.AwaitGo();
+    return 0;
+  });
+  auto seen = AcceptWithFile(service, service.Folder() + "/no/such/folder.trc", "");
+  service.Stop();
+  seen.reset();
+  app.Go();
+  app.Told();
+  service.Listen();
+  const auto next = service.Accept();
+  ASSERT_NE(next, nullptr);
+  EXPECT_EQ(next->m_hello.taker, RingTaker::Application);  // the file sink stayed
+  EXPECT_TRUE(WaitFor([&] {
+    next->Pump();
+    return next->Reported() == 10;
+  }));
+}
+
+TEST(FileSink, AnotherSinkTakesOverAlthoughTheApplicationNeverPauses) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    std::atomic<bool> on{true};
+    std::vector<std::thread> workers;
+    for (int t = 0; t < 3; ++t)
+      workers.emplace_back([&] {
+        while (on.load()) QUOR_TRACE_INFO(work_point, "flood");
+      });
+    self.AwaitGo();
+    on.store(false);
+    for (std::thread& worker : workers) worker.join();
+    return 0;
+  });
+  const auto seen = AcceptWithFile(service, path, "maxfiles=1;maxsize=1;");
+  ASSERT_NE(seen, nullptr);
+  seen->SendSink(SinkKind::Socket, "localhost", "");
+  EXPECT_TRUE(WaitFor([&] {
+    seen->Pump();
+    return seen->m_answered;
+  }));
+  EXPECT_EQ(seen->m_taker, RingTaker::Service);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+TEST(FileSink, ARelativePathStaysWhereItWasWhenTheApplicationChangesItsFolder) {
+  FakeService service;
+  const std::string folder = service.Folder();
+  Child app([&](Child& self) {
+    if (chdir(folder.c_str()) != 0) return 1;
+    quor_application("orders");
+    self.AwaitGo();
+    if (chdir("/") != 0) return 1;
+    const std::string filling(1000, 'x');
+    for (int i = 0; i < 1500; ++i) QUOR_TRACE_INFO(work_point, "{} {}", i, filling);
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  const auto seen = AcceptWithFile(service, "a.trc", "maxsize=1;");
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+  EXPECT_FALSE(ReadTrc(folder + "/a.1.trc").texts.empty());
+  EXPECT_FALSE(ReadTrc(folder + "/a.trc").texts.empty());
 }
 
 TEST(SinkOptions, AreReadInAnyOrderAndWhatIsUnknownIsPassedOver) {

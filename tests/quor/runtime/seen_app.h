@@ -61,6 +61,12 @@ class SeenApp {
   SeenApp(const SeenApp&) = delete;
   SeenApp& operator=(const SeenApp&) = delete;
 
+  SegmentMap& Segment() { return m_segment; }
+  std::uint64_t Reported() const {
+    std::uint64_t lost = 0;
+    for (const LinkReport& report : m_reports) lost += report.lost;
+    return lost;
+  }
   void Send(const std::vector<std::uint8_t>& bytes) { SendOnLink(m_socket, bytes); }
   void SendSink(SinkKind kind, const std::string& name, const std::string& options) {
     m_consumer.Publish();

@@ -19,16 +19,18 @@ constexpr int kFlushMs = 5000;
 constexpr std::size_t kDeepestBlock = 5;
 constexpr std::uint64_t kEndless = ~std::uint64_t{0};
 
-// The library keeps points and names for the life of the program.
+// The library keeps points and their names for the life of the program and uses them while it ends,
+// so nothing may destroy them.
 std::deque<quor_point>& Points(const EmitOptions& options) {
-  static std::deque<quor_point> points;
-  for (const std::string& component : options.components) {
+  static auto* const names = new std::vector<std::string>(options.components);
+  static auto* const points = new std::deque<quor_point>;
+  for (const std::string& component : *names) {
     for (const char* const category : kCategories) {
-      points.push_back(QUOR_POINT_INIT(component.c_str(), category));
-      quor_declare(&points.back());
+      points->push_back(QUOR_POINT_INIT(component.c_str(), category));
+      quor_declare(&points->back());
     }
   }
-  return points;
+  return *points;
 }
 
 // One thread's share of the load: `count` traces, or until SIGINT when that is 0.

@@ -113,10 +113,15 @@ int Submit(const trace_App_i& app) {
 }
 
 // An application has a current folder of its own: a path is told in full, but another machine's
-// is that machine's.
-std::string FullPath(const std::string& machine, const std::string& file) {
+// is that machine's. Nothing when our own current folder is gone.
+std::optional<std::string> FullPath(const std::string& machine, const std::string& file) {
   const auto where = ParseMachine(machine);
-  return where && where->local ? std::filesystem::absolute(file).lexically_normal().string() : file;
+  if (file.empty() || !where || !where->local) return file;
+  std::error_code error;
+  const std::filesystem::path full = std::filesystem::absolute(file, error);
+  if (!error) return full.lexically_normal().string();
+  Complain(file + ": " + error.message());
+  return std::nullopt;
 }
 
 }  // namespace
@@ -183,13 +188,15 @@ int RunSet(const SetOptions& options) {
 }
 
 int RunSink(const SinkCommand& command) {
+  const std::optional<std::string> file = FullPath(command.machine, command.file);
+  if (!file) return kExitBad;
   std::string why;
   const QuorPtr<trace_App_i> app = trace_App_i::Create(command.machine, command.app, &why);
   if (!app) return Unreachable(why);
   if (command.file.empty()) {
     app->SetSink(trc_SinkSocket, command.server, "");
   } else {
-    app->SetSink(trc_SinkFile, FullPath(command.machine, command.file),
+    app->SetSink(trc_SinkFile, *file,
                  "flush=" + std::to_string(command.flush ? 1 : 0) +
                      ";maxfiles=" + std::to_string(command.maxFiles) +
                      ";maxsize=" + std::to_string(command.maxMegabytes) + ";");

@@ -37,7 +37,16 @@ TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
       {"save", {"IN", "OUT"}},
       {"convert", {"OLD", "NEW"}},
       {"export",
-       {"-f,--format", "-c,--columns", "--hidden", "-u,--utc", "--uncheck", "FILE", "OUT"}}};
+       {"-f,--format", "-c,--columns", "--hidden", "-u,--utc", "--uncheck", "FILE", "OUT"}},
+      {"find", {"-e,--regex", "-i,--ignore-case", "-w,--word", "--count", "PATTERN", "FILE"}},
+      {"tree", {"-m,--machine", "-d,--depth", "-x,--export", "--check", "FILE", "OUT"}},
+      {"tail", {"-f,--format", "-n,--count", "--for", "--uncheck", "MACHINE"}},
+      {"capture", {"-o,--out", "--max-size", "--max-files", "--uncheck", "MACHINE"}},
+      {"apps", {"-j,--json", "MACHINE"}},
+      {"show", {"-j,--json", "[MACHINE] APP"}},
+      {"set", {"-a,--all", "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS..."}},
+      {"sink", {"-s,--server", "-o,--file", "--flush", "--max-files", "--max-size"}},
+      {"emit", {"-a,--app", "-r,--rate", "-n,--count", "--text-bytes", "-b,--blocks"}}};
   for (const auto& [command, parts] : commands) {
     const TrcRun run = RunTrc({command, "--help"});
     EXPECT_EQ(run.status, 0);
@@ -121,6 +130,19 @@ TEST(TrcCommandLine, AFileThatCannotBeOpenedIsToldWithTheReason) {
   }
   ExpectRefused({"save", missing, directory.File("out.trc")}, "No such file or directory");
   EXPECT_FALSE(std::filesystem::exists(directory.File("out.trc")));
+}
+
+TEST(TrcCommandLine, ASinkFileInACurrentFolderThatIsGoneIsToldWithTheReason) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  {
+    const TempDir directory;
+    std::filesystem::current_path(directory.Path());
+  }
+  const TrcRun run = RunTrc({.arguments = {"sink", "orders", "--file", "orders.trc"},
+                             .environment = {"QUOR_AUTOSTART=0"}});
+  std::filesystem::current_path(before);
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "trc: orders.trc: No such file or directory\n");
 }
 
 TEST(TrcCommandLine, AWrongHeaderIsInvalidFormat) {

@@ -4,14 +4,9 @@
 #include <string_view>
 
 #include "json_text.h"
+#include "text_line.h"
 
 namespace {
-
-std::string_view SeverityOf(const TraceEvent_i& event) {
-  constexpr std::string_view kWords[] = {"Info", "Warn", "Error"};
-  const int icon = SeverityIcon(event);
-  return icon < 0 ? std::string_view() : kWords[icon];
-}
 
 bool IsNumber(Column column) {
   return column == Column::Count || column == Column::TicCount || column == Column::TicDiff;
@@ -20,7 +15,7 @@ bool IsNumber(Column column) {
 // Empty where the trace has no such value.
 std::string ValueOf(Column column, const TraceEvent_i& event, const TraceEvent_i* previous,
                     const NameMap& names, bool utc) {
-  if (column == Column::Sev) return std::string(SeverityOf(event));
+  if (column == Column::Sev) return std::string(SeverityWord(event));
   if (column == Column::Source && event.GetSourceFileName(names).empty()) return {};
   std::string value = CellText(column, event, previous, names, utc);
   if (IsNumber(column) && value == "n/a") return {};

@@ -10,6 +10,9 @@
 // A cell longer than this pushes the rest of its own line to the right, not that of every line.
 constexpr std::size_t kMostColumnWidth = 200;
 
+// "Info", "Warn" or "Error"; empty for any other severity.
+std::string_view SeverityWord(const TraceEvent_i& trace);
+
 // What a terminal shows of a cell. A severity is a word here.
 std::string VisibleCell(Column column, const TraceEvent_i& trace, const TraceEvent_i* previous,
                         const NameMap& names, bool utc);

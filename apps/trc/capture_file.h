@@ -1,8 +1,7 @@
 // The files that trc capture writes.
 //
-// Shape    NAME.trc; when it is full it becomes NAME.1.trc, older ones shift up, the oldest goes,
-// and
-//          a new one is begun with its own header and names: each can be opened by itself.
+// Shape    NAME.trc; when it is full it becomes NAME.1.trc, older ones shift up and the oldest
+//          goes. A new one is begun with its own header and names: each can be opened by itself.
 // Errors   False and a reason. What was written stays; Salvage makes it whole.
 // Threads  One.
 #pragma once

@@ -1,12 +1,11 @@
 // What --uncheck PATH and --check PATH say: which traces a command shows.
 //
-// Shape    The steps of the command line in their order. Each brings one node of the filter
-// dialog's
-//          tree to unchecked or checked as clicks on its box would. A path is the labels below
-//          "All Traces" joined by "/": "All Severities/Warn", "All Threads/web-1/PID:812/TID:7".
-//          The empty path is the root. A label that holds "/" itself is written as it stands: of
-//          the labels that fit, the longest is tried first. Nodes of one parent with the same label
-//          are one to a path.
+// Shape    The steps of the command line in their order. Each brings one node of the tree of the
+//          filter dialog to unchecked or checked as clicks on its box would. A path is the labels
+//          below "All Traces" joined by "/": "All Severities/Warn",
+//          "All Threads/web-1/PID:812/TID:7". The empty path is the root. A label that holds "/"
+//          itself is written as it stands: of the labels that fit, the longest is tried first.
+//          Nodes of one parent with the same label are one to a path.
 // Errors   Words with near names.
 // Threads  One.
 //

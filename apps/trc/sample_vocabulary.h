@@ -1,9 +1,8 @@
 // What the applications of a sample file are and say.
 //
 // Shape    Tables that never change. In a text, %n is a small number, %N a large one, %c two
-// digits,
-//          %x eight hexadecimal digits, %m milliseconds, %u a person, %p a product, %a a network
-//          address.
+//          digits, %x eight hexadecimal digits, %m milliseconds, %u a person, %p a product and %a
+//          a network address.
 // Threads  Pure.
 #pragma once
 

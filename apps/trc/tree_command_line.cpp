@@ -5,7 +5,7 @@
 #include "filter_options.h"
 
 TreeParser::TreeParser(CLI::App& app, ReadNumber readNumber)
-    : m_app(app.add_subcommand("tree", "Print the traces of a file as a tree of their callers")),
+    : m_app(app.add_subcommand("tree", "Print the traces of a file as a tree of who wrote them")),
       m_readNumber(std::move(readNumber)) {
   m_app->add_option("FILE", m_options.file, "A trace file")->required()->type_name("");
   m_app

@@ -18,7 +18,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a gen -d "Make a
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Tell what is in trace files"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a find -d "Print the traces whose text matches"
-complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a tree"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a tree of who wrote them"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"

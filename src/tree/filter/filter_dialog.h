@@ -39,8 +39,7 @@ class CFilterDialog : public CDialog {
   // A click on the tree: `node` is the one at that point, null when there is none. It is selected
   // wherever the click lay; one on its box toggles it. True: the control does nothing by itself.
   bool OnTreeClick(FilterNode* node, bool onStateIcon);
-  // The selection moved by the keyboard. The key that toggles is a click on the selected node's
-  // box.
+  // The keyboard moved the selection. The key that toggles is a click on the selected node's box.
   void OnTreeSelect(FilterNode* node) { m_selected = node; }
 
   // REQUIRES: OnInitDialog has run.

@@ -3,9 +3,8 @@
 //
 // Shape    A mark is an int, 1 for shown; anything else counts as 0. Keys are name ids.
 // Owner    By value, one per view. Entries keep their addresses while the filter is only added to:
-//          the filter dialog holds pointers to marks, and so does the filter itself. REQUIRES:
-//          entries of the maps are added and changed, never taken out; a whole filter may be
-//          assigned.
+//          the filter dialog holds pointers to marks. REQUIRES: entries of the maps are added and
+//          changed, never taken out; a whole filter may be assigned while no dialog is open on it.
 // Errors   None.
 // Threads  Interface thread: Matches adds what it has not met.
 //

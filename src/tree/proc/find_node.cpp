@@ -7,11 +7,6 @@
 
 namespace {
 
-std::uint32_t NumberAt(const ChildList& children, std::size_t position) {
-  if (const CExecutionBlock* const block = children.BlockAt(position)) return block->sequenceNumber;
-  return SequenceNumberOf(*children[position]->event);
-}
-
 std::uint32_t Distance(NodePosition found, std::uint32_t wanted) {
   const std::uint32_t number = NumberAt(found.owner->children, found.position);
   return number > wanted ? number - wanted : wanted - number;
@@ -92,6 +87,26 @@ std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
   return record ? RawTrace(record).SequenceNumber() : event.GetSequenceNumber();
 }
 
+std::uint32_t NumberAt(const ChildList& children, std::size_t position) {
+  if (const CExecutionBlock* const block = children.BlockAt(position)) return block->sequenceNumber;
+  return SequenceNumberOf(*children[position]->event);
+}
+
+NodePosition FindLeafInOrder(CProcessThread& thread, const TraceEvent_i& event,
+                             CExecutionBlock*& opened) {
+  const std::uint32_t wanted = SequenceNumberOf(event);
+  opened = nullptr;
+  for (CExecutionBlock* node = &thread; node;) {
+    const std::size_t above = FirstAbove(node->children, wanted);
+    if (above == 0) break;
+    CExecutionBlock* const block = node->children.BlockAt(above - 1);
+    if (!block && node->children[above - 1]->event == &event) return {node, above - 1};
+    if (block && block->event == &event) opened = block;
+    node = block;
+  }
+  return {};
+}
+
 NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event) {
   const std::uint32_t wanted = SequenceNumberOf(event);
   std::vector<WalkFrame> path{{&top}};
@@ -153,7 +168,7 @@ void NearestInOrder::Collect(const CRoot& root) {
       ForEachLevelNode(application, [&](CExecutionBlock& process) {
         ForEachLevelNode(process, [&](CExecutionBlock& thread) {
           thread.thread->front = static_cast<std::uint32_t>(m_fronts.size());
-          m_fronts.push_back({&thread, &thread});
+          m_fronts.push_back({&thread, &thread, thread.thread->order.rising});
         });
       });
     });
@@ -164,9 +179,9 @@ void NearestInOrder::Collect(const CRoot& root) {
 NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
                                   CExecutionBlock* block) {
   // The walk would meet the trace's own block only as the neighbour before a leaf.
-  if (block && !block->unreachable) {
-    const std::size_t position = PositionInOrder(*block->parent, *block);
+  if (block && !block->unreachable && block->thread->order.rising) {
     const ChildList& siblings = block->parent->children;
+    const std::size_t position = FirstAbove(siblings, block->sequenceNumber) - 1;
     if (position + 1 < siblings.size() && siblings.IsLeaf(position + 1))
       return {block->parent, position};
   }
@@ -174,18 +189,41 @@ NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
   if (wanted >= m_nothingFrom) return {};
   if (!m_complete) Collect(root);
   Front* nearest = nullptr;
+  NodePosition walked;  // the result of a walk, when that is the nearest
   std::uint64_t distance = kNone, from = 0;
   for (Front& front : m_fronts) {
-    if (!front.Knows(wanted)) Search(front, wanted);
+    NodePosition place;
+    if (!front.Knows(wanted)) {
+      if (front.rising)
+        Search(front, wanted);
+      else
+        place = WalkThrough(front, event, wanted);
+    }
+    if (place && place.Node()->event == &event) return place;
     from = std::max(from, front.from);
     // Of several that are as near the first one counts.
     if (front.DistanceFrom(wanted) >= distance) continue;
     distance = front.DistanceFrom(wanted);
     nearest = &front;
+    walked = place;
   }
+  if (walked) return walked;
   if (nearest) return Search(*nearest, wanted);
   m_nothingFrom = from;
   return {};
+}
+
+// Only nothing is worth remembering: it holds for all greater numbers.
+NodePosition NearestInOrder::WalkThrough(Front& front, const TraceEvent_i& event,
+                                         std::uint32_t wanted) {
+  const NodePosition place = FindNodeByWalk(*front.thread, event);
+  front.from = wanted;
+  front.until = front.leaf = front.neighbour = kNone;
+  if (!place) return place;
+  front.until = wanted;
+  const std::uint32_t number = NumberAt(place.owner->children, place.position);
+  (number > wanted ? front.leaf : front.neighbour) = number;
+  return place;
 }
 
 // All children before the first one above the wanted number hold smaller numbers only and give
@@ -249,13 +287,4 @@ NodePosition NearestInOrder::FirstBelow(Front& front, WalkFrame from, std::uint3
     }
   }
   return {};
-}
-
-std::size_t PositionInOrder(const CExecutionBlock& owner, const CTraceEvent& child) {
-  const ChildList& children = owner.children;
-  if (!children.empty() && children[0] == &child) return 0;
-  const std::uint32_t wanted = child.Kind() == NodeKind::Leaf
-                                   ? SequenceNumberOf(*child.event)
-                                   : static_cast<const CExecutionBlock&>(child).sequenceNumber;
-  return FirstAbove(children, wanted) - 1;
 }

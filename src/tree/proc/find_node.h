@@ -27,10 +27,15 @@ struct NodePosition {
 // By the record where there is one.
 std::uint32_t SequenceNumberOf(const TraceEvent_i& event);
 
+// REQUIRES: position < size().
+std::uint32_t NumberAt(const ChildList& children, std::size_t position);
+
 // Visits all nodes before the result. Gives what it gives in any order of sequence numbers.
 NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event);
-// The position of a child whose siblings were filed in that order.
-std::size_t PositionInOrder(const CExecutionBlock& owner, const CTraceEvent& child);
+// The leaf of the trace in a thread whose numbers rise; nothing when it is not in the tree. Then
+// `opened` is the block that the trace has opened there, null for none.
+NodePosition FindLeafInOrder(CProcessThread& thread, const TraceEvent_i& event,
+                             CExecutionBlock*& opened);
 
 // How far a walk has come in one node's children.
 struct WalkFrame {
@@ -39,15 +44,17 @@ struct WalkFrame {
   NodePosition best = {};
 };
 
-// The same result, when no leaf of the trace is in the tree and the traces were filed in rising
-// order of sequence numbers, at a cost that does not depend on how many there are: what a search in
-// a thread has found holds for all numbers about the wanted one until something comes or goes
-// there, and only then the thread is searched anew, by a binary search per level of blocks.
+// The same result, when no leaf of the trace is in the tree. In threads whose numbers rise its cost
+// does not depend on how many traces there are: what a search in a thread has found holds for all
+// numbers about the wanted one until something comes or goes there, and only then the thread is
+// searched anew, by a binary search per level of blocks. Any other thread is walked, unless it is
+// known to have nothing.
 class NearestInOrder {
  public:
   // `block` is the one that the trace has opened, null for none.
   NodePosition Find(const CRoot& root, const TraceEvent_i& event, CExecutionBlock* block);
-  void OnNewThread() { m_complete = false; }
+  // A thread is new, or has lost its order or found it again.
+  void OnThreadsChanged() { m_complete = false; }
   void OnAppended(const CProcessThread& thread);
   void OnClosed(const CExecutionBlock& block);
   // A child of a thread or block has gone.
@@ -63,6 +70,7 @@ class NearestInOrder {
     // An open block, or the thread: nothing outside it counts, and while it is open nothing comes
     // there. So a chain of open blocks that have nothing but one another is walked down once.
     CExecutionBlock* start;
+    bool rising;
     std::uint64_t from = 0, until = 0;
     std::uint64_t leaf = kNone;       // the nearest with a greater number
     std::uint64_t neighbour = kNone;  // before that leaf, with a number up to `from`
@@ -77,6 +85,7 @@ class NearestInOrder {
   };
   void Collect(const CRoot& root);
   NodePosition Search(Front& front, std::uint32_t wanted);
+  static NodePosition WalkThrough(Front& front, const TraceEvent_i& event, std::uint32_t wanted);
   static NodePosition StopAt(Front& front, NodePosition place, std::uint32_t wanted);
   NodePosition FirstBelow(Front& front, WalkFrame from, std::uint32_t wanted);
 

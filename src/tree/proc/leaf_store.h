@@ -24,6 +24,9 @@ class LeafStore {
 
   std::size_t size() const { return m_end - m_popped; }
   bool empty() const { return m_end == m_popped; }
+  // Numbers of the oldest leaf and of the next one, ever counted.
+  std::uint64_t Oldest() const { return m_popped; }
+  std::uint64_t Next() const { return m_end; }
   // REQUIRES: position < size().
   CTraceEvent* operator[](std::size_t position) const {
     const std::size_t slot = m_popped - m_firstSlot + position;

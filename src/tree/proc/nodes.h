@@ -17,6 +17,7 @@
 
 #include "records/name_map.h"
 #include "tree/proc/child_list.h"
+#include "tree/proc/thread_order.h"
 
 class TraceEvent_i;
 class CExecutionBlock;
@@ -63,7 +64,6 @@ class CExecutionBlock : public CTraceEvent {
   // Kept from the trace that made the node.
   std::uint32_t sequenceNumber = 0;
   NameId id = 0;  // of a level node: the id that tells it from its siblings
-
   // The model's bookkeeping.
   bool hasTimes = false;      // firstTrace and lastTrace are set
   bool closed = false;        // its End has come: nothing is added below it any more
@@ -76,7 +76,6 @@ class CExecutionBlock : public CTraceEvent {
     std::string label;  // the label's text, when no child is left to give it
   };
   std::unique_ptr<KeptTexts> kept;
-
   static int s_live;  // how many there are, of all kinds
 };
 
@@ -86,6 +85,7 @@ class CProcessThread : public CExecutionBlock {
   NodeKind Kind() const override { return NodeKind::Thread; }
   // Where the thread's next trace goes; in applications and processes, unused, the node itself.
   CExecutionBlock* currentBlock;
+  ThreadOrder order;
   bool touched = false;     // the model has yet to time it
   std::uint32_t front = 0;  // its place in the search for the nearest
 };
@@ -112,7 +112,7 @@ class CRoot : public CExecutionBlock {
  public:
   void Clear() override;
   NodeKind Kind() const override { return NodeKind::Root; }
-  int traceCount = 0;  // traces added since the last clear; what goes is not taken off
+  int traceCount = 0;  // traces added since the last clear, also those that went; wraps
 };
 
 inline CExecutionBlock* ChildList::BlockAt(std::size_t position) const {

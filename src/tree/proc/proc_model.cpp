@@ -60,10 +60,9 @@ void ProcModel::Clear() {
   m_levels.Clear();
   m_words.Clear();
   m_takenOutLeaves.clear();
+  m_orders.Clear();
   m_nearest.Clear();
   m_threadCursor = nullptr;
-  m_rising = true;
-  m_lastNumber = 0;
   m_made.clear();
   m_touched.clear();
   m_labels.Clear();
@@ -109,8 +108,7 @@ TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
   CProcessThread& thread = ThreadOf(facts, event);
   CExecutionBlock& block = *thread.currentBlock;
   const bool expanded = IsOpen(block);
-  m_rising = m_rising && (facts.sequenceNumber > m_lastNumber || m_root.traceCount == 0);
-  m_lastNumber = facts.sequenceNumber;
+  if (m_orders.Note(thread, facts.sequenceNumber, m_leaves.Next())) m_nearest.OnThreadsChanged();
 
   CTraceEvent* shown = nullptr;
   if (facts.mark == BlockMark::Begin) {
@@ -121,7 +119,7 @@ TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
   }
   const TreeItem item = InsertItem(*shown, expanded);
   if (facts.mark == BlockMark::End && &block != &thread) CloseBlock(block, thread, live);
-  ++m_root.traceCount;
+  m_root.traceCount = static_cast<int>(static_cast<unsigned>(m_root.traceCount) + 1);
   if (live && !std::exchange(thread.touched, true)) m_touched.push_back(&thread);
   if (live && m_batches == 0) TimeTouched();
   return item;
@@ -194,7 +192,7 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
     const TreeItem item = InsertItem(*node, isMachine || IsOpen(*above));
     if (isMachine && item && m_root.children.size() == 1) m_items->OnFirstMachine();
   }
-  m_nearest.OnNewThread();
+  m_nearest.OnThreadsChanged();
   return static_cast<CProcessThread&>(*node);
 }
 

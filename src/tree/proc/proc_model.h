@@ -9,7 +9,8 @@
 //          more, but lives on with its item and its text until its own trace is trimmed or the tree
 //          is cleared. A block whose own trace has been trimmed goes with its item once it is
 //          closed and empty. Level nodes stay.
-// Cost     No step grows with the number of traces held while their numbers rise.
+// Cost     No step grows with the number of traces held while the numbers of each thread's traces
+//          rise: thread_order.h.
 // Threads  Interface thread.
 #pragma once
 
@@ -87,7 +88,7 @@ class ProcModel {
   void RemoveOne(const TraceEvent_i& event, bool oldest);
   std::size_t FindLeaf(const TraceEvent_i& event, bool oldest) const;
   bool IsInTree(const CTraceEvent& leaf) const;
-  NodePosition FindNearest(const TraceEvent_i& event, CExecutionBlock* opened);
+  void RecoverOrder();
   void RemoveLeaf(std::size_t position);
   void TakeOut(NodePosition place);
   void EraseChild(NodePosition place);
@@ -106,8 +107,7 @@ class ProcModel {
   // The thread of the last trace, null for none, and its ids: the cursors of all four levels.
   CProcessThread* m_threadCursor = nullptr;
   std::uint64_t m_threadKey = 0;
-  bool m_rising = true;  // every trace filed had a greater number than the one before
-  std::uint32_t m_lastNumber = 0;
+  ThreadOrders m_orders;
   NearestInOrder m_nearest;
   // Nodes with children whose trace has not been trimmed, by the arrival of that trace.
   std::deque<CExecutionBlock*> m_made;

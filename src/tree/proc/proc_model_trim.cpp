@@ -15,6 +15,7 @@ CExecutionBlock* BlockOpenedWith(const CTraceEvent& leaf) {
 }  // namespace
 
 void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
+  RecoverOrder();
   // A trim names the document's oldest traces; only another sender's makes the model search.
   const TraceList_t& held = m_document.m_traces;
   std::size_t position = 0;
@@ -35,7 +36,7 @@ void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest) {
   const bool hasLeaf = position < m_leaves.size();
   if (!hasLeaf || !IsInTree(*m_leaves[position])) {
     CExecutionBlock* const opened = hasLeaf ? BlockOpenedWith(*m_leaves[position]) : nullptr;
-    if (const NodePosition place = FindNearest(event, opened)) TakeOut(place);
+    if (const NodePosition place = m_nearest.Find(m_root, event, opened)) TakeOut(place);
   }
   if (hasLeaf) RemoveLeaf(position);
   ForgetTrace(event, oldest);
@@ -46,21 +47,9 @@ std::size_t ProcModel::FindLeaf(const TraceEvent_i& event, bool oldest) const {
   const std::size_t all = m_leaves.size();
   if (all == 0 || m_leaves[0]->event == &event) return 0;
   if (oldest) return all;
-  std::size_t low = 0;
-  if (m_rising) {
-    const std::uint32_t wanted = SequenceNumberOf(event);
-    for (std::size_t high = all; low < high;) {
-      const std::size_t middle = low + (high - low) / 2;
-      if (SequenceNumberOf(*m_leaves[middle]->event) < wanted) {
-        low = middle + 1;
-      } else {
-        high = middle;
-      }
-    }
-    return low < all && m_leaves[low]->event == &event ? low : all;
-  }
-  while (low < all && m_leaves[low]->event != &event) ++low;
-  return low;
+  std::size_t position = 0;
+  while (position < all && m_leaves[position]->event != &event) ++position;
+  return position;
 }
 
 bool ProcModel::IsInTree(const CTraceEvent& leaf) const {
@@ -68,16 +57,18 @@ bool ProcModel::IsInTree(const CTraceEvent& leaf) const {
 }
 
 NodePosition ProcModel::FindNode(const TraceEvent_i& event) {
-  if (!m_rising) return FindNodeByWalk(m_root, event);
-  const std::size_t position = FindLeaf(event, false);
-  if (position == m_leaves.size()) return FindNearest(event, nullptr);
-  const CTraceEvent& leaf = *m_leaves[position];
-  if (!IsInTree(leaf)) return FindNearest(event, BlockOpenedWith(leaf));
-  return {leaf.parent, PositionInOrder(*leaf.parent, leaf)};
+  RecoverOrder();
+  CExecutionBlock* opened = nullptr;
+  if (CProcessThread* const thread = m_levels.FindThread(TraceFacts(event).ThreadKey())) {
+    const NodePosition place = thread->order.rising ? FindLeafInOrder(*thread, event, opened)
+                                                    : FindNodeByWalk(*thread, event);
+    if (place && place.Node()->event == &event) return place;
+  }
+  return m_nearest.Find(m_root, event, opened);
 }
 
-NodePosition ProcModel::FindNearest(const TraceEvent_i& event, CExecutionBlock* opened) {
-  return m_rising ? m_nearest.Find(m_root, event, opened) : FindNodeByWalk(m_root, event);
+void ProcModel::RecoverOrder() {
+  if (m_orders.Recover(m_leaves.Oldest(), m_leaves.Next())) m_nearest.OnThreadsChanged();
 }
 
 void ProcModel::TakeOut(NodePosition place) {
@@ -111,8 +102,7 @@ void ProcModel::RemoveLeaf(std::size_t position) {
   }
   if (leaf.treeItem) m_items->DeleteItem(leaf.treeItem);
   leaf.Clear();
-  // Behind the oldest an empty place stays until its turn, and numbers have a gap there.
-  if (position > 0) m_rising = false;
+  // Behind the oldest an empty place stays until its turn.
   while (!m_leaves.empty() && !m_leaves[0]->event) m_leaves.PopFront();
   DropIfSpent(owner);
 }

@@ -14,7 +14,8 @@ struct Stream {
   std::size_t limit;  // traces held
   int threads;        // over machines, applications and processes
   int hiddenPercent;  // traces that the filter hides
-  int numbering;      // 0: rising by one; 1: rising with gaps; 2: in no order; 3: none at all
+  int numbering;      // 0: rising by one; 1: rising with gaps; 2: in no order; 3: none at all;
+                      // 4: rising, and beginning anew; 5: rising, with some that have none
   int beginPercent;
   int endPercent;
 };
@@ -58,8 +59,10 @@ class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcMod
     m_tic += static_cast<std::uint64_t>(Below(3000));
     fields.tic = Below(20) == 0 ? m_tic / 2 : m_tic;
     m_number += stream.numbering == 1 ? 1 + static_cast<std::uint32_t>(Below(9)) : 1;
-    fields.count = stream.numbering == 2   ? static_cast<std::uint32_t>(Below(1000))
-                   : stream.numbering == 3 ? kNoSequenceNumber
+    if (stream.numbering == 4 && Below(300) == 0) m_number = static_cast<std::uint32_t>(Below(50));
+    const bool none = stream.numbering == 3 || (stream.numbering == 5 && Below(60) == 0);
+    fields.count = none                    ? kNoSequenceNumber
+                   : stream.numbering == 2 ? static_cast<std::uint32_t>(Below(1000))
                                            : m_number;
     return Trace(fields);
   }
@@ -163,7 +166,7 @@ TEST_P(ProcModelOracle, GivesTheSameTreeAsThePlainRules) {
 std::vector<Stream> Streams() {
   std::vector<Stream> streams;
   unsigned seed = 1;
-  for (const int numbering : {0, 1, 2, 3})
+  for (const int numbering : {0, 1, 2, 3, 4, 5})
     for (const int hidden : {0, 30, 70})
       for (const int threads : {1, 7, 40})
         for (const int blocks : {5, 25, 45})

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "tree/proc/proc_model_rig.h"
 
 namespace {
@@ -205,6 +207,14 @@ TEST_F(ProcModelTree, ATraceThatTheFilterHidesIsNeitherFiledNorCounted) {
   EXPECT_EQ(Tree(), "");
   Add("shown");
   EXPECT_EQ(m_model.TraceCount(), 1);
+}
+
+TEST_F(ProcModelTree, TheCountOfAStreamOfBillionsWraps) {
+  Add("a");
+  const_cast<CRoot&>(m_model.Root()).traceCount = std::numeric_limits<int>::max();
+  Add("b");
+  EXPECT_EQ(m_model.TraceCount(), std::numeric_limits<int>::min());
+  EXPECT_EQ(InThread(), "a\nb\n");
 }
 
 TEST_F(ProcModelTree, WithTheBeginHiddenItsEndClosesTheOuterBlockOrIsPlain) {

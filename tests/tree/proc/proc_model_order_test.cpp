@@ -1,0 +1,119 @@
+// Sequence numbers that do not rise: words on losses have none, and numbers begin anew.
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tree/proc/proc_model_rig.h"
+
+namespace {
+
+class ProcModelOrder : public testing::Test, protected ProcModelRig {
+ protected:
+  void AddLoss() {
+    Add({.text = "5 traces lost: slow monitor", .count = kNoSequenceNumber, .tid = 5});
+  }
+  // Of a thread that has everything in blocks, and of each four traces one is hidden.
+  void AddRequests(int count) {
+    for (int i = 0; i < count; ++i) {
+      Add("Begin: request");
+      Add({.text = "hidden", .category = 9});
+      Add("in it");
+      Add("End: request");
+    }
+  }
+  // Asks for a trace, which is when a thread's order is looked at.
+  bool IsInOrder() {
+    const TraceEvent_i& event = *m_document.m_traces.back();
+    EXPECT_EQ(m_model.FindNode(event), FindNodeByWalk(Block({}), event));
+    return Thread().order.rising;
+  }
+};
+
+// A generous bound: walks through all blocks would take minutes.
+TEST_F(ProcModelOrder, AWordOnLossesMakesTheTrimsOfHiddenTracesNoSlower) {
+  HideCategory9();
+  {
+    const ProcModel::Batch batch(m_model);
+    AddRequests(30000);
+    AddLoss();
+  }
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 100; ++i) Trim(100);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(ProcModelOrder, AWordOnLossesLeavesTheThreadsOfTheApplicationInOrder) {
+  AddRequests(3);
+  AddLoss();
+  m_model.AddTrace(Trace({.text = "goes on", .count = 100}), true);
+  EXPECT_TRUE(IsInOrder());
+  AddLoss();
+  AddLoss();
+  EXPECT_FALSE(dynamic_cast<CProcessThread&>(Node({0, 0, 0, 1})).order.rising);
+  EXPECT_TRUE(IsInOrder());
+}
+
+TEST_F(ProcModelOrder, NumbersThatBeginAnewCostAThreadItsOrderUntilItsOlderTracesHaveGone) {
+  Add({.text = "Begin: before", .count = 1000});
+  Add({.text = "End: before", .count = 1001});
+  Add({.text = "Begin: after", .count = 1});
+  Add({.text = "End: after", .count = 2});
+  EXPECT_FALSE(IsInOrder());
+  Trim(1);
+  EXPECT_FALSE(IsInOrder());
+  Trim(1);
+  EXPECT_TRUE(IsInOrder());
+  EXPECT_EQ(InThread(), "after - 0 ps\n  Begin: after\n  End: after\n");
+  Add({.text = "on", .count = 3});
+  EXPECT_TRUE(IsInOrder());
+}
+
+TEST_F(ProcModelOrder, ABlockThatStaysOpenFromBeforeKeepsTheThreadOutOfOrderUntilItGoes) {
+  Add({.text = "Begin: before", .count = 1000});
+  Add({.text = "in it", .count = 1});
+  Trim(1);
+  EXPECT_FALSE(IsInOrder());
+  Add("End: before");
+  Trim(1);
+  EXPECT_FALSE(IsInOrder());
+  Add("behind");
+  Trim(1);
+  EXPECT_TRUE(IsInOrder());
+  EXPECT_EQ(InThread(), "behind\n");
+}
+
+TEST_F(ProcModelOrder, ATraceBelowTheNumberOfABlockThatIsStillOpenBreaksTheOrderAgain) {
+  Add({.text = "Begin: before", .count = 1000});
+  Add({.text = "gone soon", .count = 1});
+  Trim(2);
+  m_document.AddTrace(MakeEvent({.count = 2}).release());
+  EXPECT_TRUE(IsInOrder()) << "only the block is left";
+  Add({.text = "in it", .count = 3});
+  EXPECT_FALSE(IsInOrder());
+}
+
+TEST_F(ProcModelOrder, TheNearestToATraceFromBeforeIsThatOfThePlainWalk) {
+  HideCategory9();
+  Add({.text = "old", .count = 0xFFFFFFF0});
+  TraceEvent_i* const hidden = Add({.text = "hidden", .count = 0xFFFFFFF8, .category = 9});
+  Add({.text = "new", .count = 3});
+  EXPECT_FALSE(m_model.FindNode(*hidden)) << "no trace has a greater number";
+  Add({.text = "of another thread", .count = 0xFFFFFFFE, .tid = 5});
+  const NodePosition place = m_model.FindNode(*hidden);
+  ASSERT_TRUE(place);
+  EXPECT_EQ(m_model.NodeLabel(*place.Node()), "of another thread");
+  EXPECT_EQ(FindNodeByWalk(Block({}), *hidden), place);
+}
+
+TEST_F(ProcModelOrder, ALeafOutOfOrderIsFoundWhereNothingHasAGreaterNumber) {
+  Add({.text = "a", .count = 7});
+  TraceEvent_i* const last = Add({.text = "b", .count = 7});
+  HideCategory9();
+  TraceEvent_i* const hidden = Add({.text = "hidden", .count = 7, .category = 9});
+  EXPECT_FALSE(m_model.FindNode(*hidden));
+  const NodePosition place = m_model.FindNode(*last);
+  ASSERT_TRUE(place);
+  EXPECT_EQ(place.Node()->event, last);
+}
+
+}  // namespace

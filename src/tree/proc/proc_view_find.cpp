@@ -41,7 +41,7 @@ FindResult CProcView::FindInTree() {
   if (!selected) return FindResult::NotFound;
   TreeWalk walk(*this, selected, FindSettings.backward != 0);
   const FindResult result = RunSearch(GetHost(), walk);
-  if (result == FindResult::Hit) m_tree->SelectItem(walk.Item());
+  if (result == FindResult::Hit) Show(walk.Item());
   return result;
 }
 

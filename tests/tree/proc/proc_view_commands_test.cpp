@@ -249,6 +249,17 @@ TEST_F(ProcViewCommands, FindGoesOnFromTheSelectedItemAndAroundTheEndWithoutOpen
   EXPECT_EQ(Selected(), "3");
 }
 
+TEST_F(ProcViewCommands, AHitOutsideTheScreenIsScrolledIntoView) {
+  AddMany(40);
+  Open();
+  Select("desk");
+  Find("35");
+  EXPECT_EQ(Selected(), "35");
+  EXPECT_TRUE(m_tree->IsOnScreen(m_tree->SelectedItem()));
+  Find("2", true);
+  EXPECT_TRUE(m_tree->IsOnScreen(m_tree->SelectedItem()));
+}
+
 TEST_F(ProcViewCommands, ATreeWithOneItemFindsNothing) {
   Add("x");
   Open();

@@ -227,7 +227,7 @@ TEST_F(ProcViewHints, TheTreeStaysPutWhenTheItemAboveIsAnotherNodesChild) {
   m_view->OnUpdate(nullptr, kHintReady, nullptr);
   ExpandToThread();
   Expand("deep - 0 ps");
-  // Above the next block of the thread's other stands what is inside the first.
+  // The row above the next trace lies in the block: it is neither the thread nor a child of it.
   Drain("End: ");
   m_tree->calls.clear();
   Drain("plain");

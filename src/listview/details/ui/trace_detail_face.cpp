@@ -13,6 +13,8 @@
 #include <cstring>
 #include <limits>
 
+#include "docview/ui/plain_tool_tip.h"
+
 namespace {
 
 constexpr int kWidthChars = 104, kHeightLines = 46;
@@ -144,7 +146,7 @@ void TraceDetailFace::UpdateData() {
   for (const auto& [field, value] : m_values) {
     const QString text = QString::fromStdString(m_dialog.*(field->value));
     value->setText(text);
-    value->setToolTip(text);
+    value->setToolTip(PlainToolTip(text));
     value->setCursorPosition(0);
   }
   m_stack->clear();

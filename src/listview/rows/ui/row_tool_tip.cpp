@@ -3,6 +3,7 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
+#include "docview/ui/plain_tool_tip.h"
 #include "listview/rows/ui/row_list_widget.h"
 #include "listview/rows/ui/row_text.h"
 
@@ -21,8 +22,6 @@ void ShowRowToolTip(QtRowList& list, const RowPainter& painter, const QHelpEvent
     QToolTip::hideText();
     return;
   }
-  // As rich text it wraps; what the trace says is never read as markup.
-  const QString text =
-      CellString(list.Owner().RowListText(row, *column)).toHtmlEscaped().replace("\n", "<br>");
-  QToolTip::showText(event.globalPos(), "<qt>" + text + "</qt>", list.viewport(), cell);
+  const QString text = CellString(list.Owner().RowListText(row, *column));
+  QToolTip::showText(event.globalPos(), PlainToolTip(text), list.viewport(), cell);
 }

@@ -1,5 +1,7 @@
 #include "tree/filter/ui/filter_model.h"
 
+#include "docview/ui/plain_tool_tip.h"
+
 namespace {
 
 struct StateWords {
@@ -59,8 +61,9 @@ QVariant FilterModel::data(const QModelIndex& index, int role) const {
   if (!node) return {};
   switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
       return QString::fromStdString(node->Label());
+    case Qt::ToolTipRole:
+      return PlainToolTip(QString::fromStdString(node->Label()));
     case Qt::CheckStateRole:
       return WordsOf(*node).checkState;
     case Qt::AccessibleDescriptionRole:

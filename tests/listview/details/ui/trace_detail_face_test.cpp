@@ -198,6 +198,16 @@ TEST_F(TraceDetailFaceTest, LongValuesDoNotWidenTheWindowAndCanBeReadWhole) {
   });
 }
 
+TEST_F(TraceDetailFaceTest, MarkupInANameIsShownAsItIs) {
+  m_names[1].name = "<b>web</b> & <img src='x'>";
+  Run([](QDialog& window) {
+    const auto* machine = window.findChild<QLineEdit*>("1044");
+    EXPECT_EQ(machine->text(), "<b>web</b> & <img src='x'>");
+    EXPECT_EQ(machine->toolTip(), "<qt>&lt;b&gt;web&lt;/b&gt; &amp; &lt;img src='x'&gt;</qt>");
+    EXPECT_EQ(window.findChild<QLineEdit*>("1047")->toolTip(), "");  // an empty one has none
+  });
+}
+
 TEST_F(TraceDetailFaceTest, GrowsIntoTheText) {
   Run([](QDialog& window) {
     window.resize(700, 600);

@@ -197,6 +197,15 @@ TEST_F(FilterFaceTest, TheThreeBoxesLookDifferentInBothPalettesAndTheSameWhenSel
   }
 }
 
+TEST_F(FilterFaceTest, MarkupInANameIsShownAsItIs) {
+  m_names[3].name = "<b>net</b>";
+  Run([this](QDialog&, QTreeView& tree) {
+    const QModelIndex name = At(tree, {"All Components", "<b>net</b>"});
+    EXPECT_EQ(name.data(Qt::DisplayRole), "<b>net</b>");
+    EXPECT_EQ(name.data(Qt::ToolTipRole), "<qt>&lt;b&gt;net&lt;/b&gt;</qt>");
+  });
+}
+
 TEST_F(FilterFaceTest, ALongNameIsReachedByScrolling) {
   m_names[3].name = std::string(3000, 'n');
   Run([this](QDialog& window, QTreeView& tree) {

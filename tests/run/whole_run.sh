@@ -16,7 +16,9 @@ done
 /usr/bin/python3 -c 'import gi; gi.require_version("Atspi", "2.0")' 2>/dev/null ||
   { echo "whole_run: python3-gi or gir1.2-atspi-2.0 is not installed" >&2; exit 2; }
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/tessera-run-XXXXXX")
+# Of digits, so that a path is typed without Shift, which a busy server may apply to another letter.
+work=${TMPDIR:-/tmp}/tessera-run-$$-$RANDOM
+mkdir -m 700 "$work"
 pictures=${3:-$work/pictures}
 mkdir -p "$pictures"
 started=()

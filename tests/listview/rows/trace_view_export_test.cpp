@@ -1,6 +1,7 @@
 // The list's export: which rows and columns the file gets.
 #include "drained_view.h"
 #include "support/addresses_as_text.h"
+#include "support/zone_guard.h"
 
 namespace {
 
@@ -141,10 +142,13 @@ TEST_F(TraceViewExportTest, ATextFileHasTheSameContent) {
 }
 
 TEST_F(TraceViewExportTest, TimesFollowTheOption) {
+  const ZoneGuard zone("EST5");
   ShowOnly({Column::Time});
   Add({});
   Open();
   EXPECT_EQ(Export(), "\"Time\"\n\"2026-11-21 09:41:07.123\"\n");
+  g_useUtc = false;
+  EXPECT_EQ(Export(), "\"Time\"\n\"2026-11-21 04:41:07.123\"\n");
 }
 
 TEST_F(TraceViewExportTest, TheDocumentStaysAsItWas) {

@@ -9,6 +9,17 @@
 #include "docview/view.h"
 #include "docview/win_app.h"
 
+namespace {
+
+// The last part of a file's path. A document without a file may have any text as its path, slashes
+// among it: that stays whole.
+std::string LastPart(const std::string& path) {
+  const std::filesystem::path file(path);
+  return file.is_absolute() ? file.filename().string() : path;
+}
+
+}  // namespace
+
 CDocument::~CDocument() {
   for (CView* const view : m_views) view->m_document = nullptr;
 }
@@ -30,8 +41,7 @@ bool CDocument::OnSaveDocument(const std::string&) {
 
 bool CDocument::SaveModified() {
   if (!m_modified) return true;
-  const std::string name =
-      m_path.empty() ? m_title : std::filesystem::path(m_path).filename().string();
+  const std::string name = m_path.empty() ? m_title : LastPart(m_path);
   MessageBoxRequest question;
   question.text = "Save changes to " + name + "?";
   question.icon = BoxIcon::Warning;
@@ -121,7 +131,7 @@ void CDocument::SetTitle(const std::string& title) {
 
 void CDocument::SetPathName(const std::string& path, bool addToRecent) {
   m_path = path;
-  SetTitle(std::filesystem::path(path).filename().string());
+  SetTitle(LastPart(path));
   CWinApp* const app = addToRecent && m_template ? m_template->App() : nullptr;
   if (!app) return;
   // File Open would give a file of a template that it does not know to another one.

@@ -52,7 +52,7 @@ class CDocument : public CCmdTarget {
 
   void SetTitle(const std::string& title);
   const std::string& GetTitle() const { return m_title; }
-  // Also makes the title of the path's last part.
+  // Also makes the title: a path's last part, or the whole of a text that is no absolute path.
   void SetPathName(const std::string& path, bool addToRecent);
   const std::string& GetPathName() const { return m_path; }
   void SetModifiedFlag(bool modified) { m_modified = modified; }

@@ -79,6 +79,19 @@ TEST_F(MonitorTest, AMonitorsWindowIsCalledTracesSentToTheMachine) {
   EXPECT_TRUE(m_app->RecentFiles().empty());
 }
 
+TEST_F(MonitorTest, AMachineTextWithSlashesStandsWholeInTheTitleAndInTheQuestion) {
+  NewMonitor("web/7447/");
+  ASSERT_EQ(Frame().Children().size(), 1U);
+  EXPECT_EQ(Frame().Children()[0]->Title(), "Traces sent to web/7447/");
+  Monitor().SetModifiedFlag(true);
+  m_host.ClearTranscript();
+  m_host.AnswerBox(BoxAnswer::No);
+  Frame().OnCommand(ID_FILE_CLOSE);
+  EXPECT_EQ(m_host.Told().find("box Tessera [warning] \"Save changes to Traces sent to web/7447/?"),
+            0U)
+      << m_host.Told();
+}
+
 TEST_F(MonitorTest, AConnectThatFailsLeavesNoWindowAndGivesNoWord) {
   m_service.m_refuse = true;
   NewMonitor("nowhere");

@@ -2,9 +2,8 @@
 // from it, one action per command id; tests and the guide read it too.
 //
 // Shape    A menu text holds "&" before its mnemonic and, behind "\t", the key that is shown; the
-// key
-//          that works is the accelerator's. A prompt is the status bar's text, then "\n", then the
-//          tool tip.
+//          key that works is the accelerator's. A prompt is the status bar's text, then "\n", then
+//          the tool tip.
 // Threads  Constant data.
 #pragma once
 

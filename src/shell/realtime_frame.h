@@ -1,5 +1,4 @@
-// The window around a monitor's views: drains the connection on a timer and holds the capture
-// command.
+// The window around a monitor's views: the timer of its drain and the command of its capture.
 //
 // Threads  Interface thread.
 #pragma once

@@ -270,8 +270,7 @@ TEST(Menus, AnUnknownResourceHasNone) {
   EXPECT_TRUE(MenuOf(999).empty());
 }
 
-// With Alt these keys are accelerators: as a title's mnemonic they would be taken from one of the
-// two.
+// With Alt these keys are accelerators: one that is a title's mnemonic too would do only one thing.
 TEST(Menus, NoTitleTakesTheKeyOfAnAltAccelerator) {
   int titles = 0;
   for (const unsigned bar : {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE}) {

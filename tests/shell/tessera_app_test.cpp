@@ -176,7 +176,7 @@ TEST_F(TesseraApp, PrintAndPreviewStayGreyAndPrintSetupWorks) {
   EXPECT_EQ(m_log.Told(), "print setup\n");
 }
 
-TEST_F(TesseraApp, WhatHasNoPartYetStandsDisabledInTheMenus) {
+TEST_F(TesseraApp, WhatNobodyTakesYetStandsDisabledInTheMenus) {
   Start();
   for (const unsigned id : {ID_FILE_NEWCONFIG, ID_FILE_WIZARD}) {
     EXPECT_FALSE(State(id).IsEnabled()) << id;

@@ -73,7 +73,7 @@ void FileSink::Begin() {
 }
 
 void FileSink::End() {
-  DrainUncommitted();
+  DrainReserved();
   Push();
   m_ring.EndWait();
   m_ring.Publish();
@@ -92,7 +92,7 @@ std::size_t FileSink::Drain(std::size_t traces) {
   return taken;
 }
 
-void FileSink::DrainUncommitted() {
+void FileSink::DrainReserved() {
   const std::uint64_t target = m_ring.Traces() + m_ring.Uncommitted();
   for (int waits = 0; m_ring.Traces() < target && waits < kCommitWaits;) {
     const std::uint64_t before = m_ring.Traces();

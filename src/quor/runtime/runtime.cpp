@@ -37,7 +37,7 @@ SegmentSizes WantedSizes() {
   SegmentSizes sizes;
   const char* const megabytes = secure_getenv("QUOR_RING_MIB");
   const unsigned long wanted = megabytes ? std::strtoul(megabytes, nullptr, 10) : 0;
-  if (wanted >= 1 && wanted <= 1024) {
+  if (wanted >= 1 && wanted <= SegmentMap::kRingBytesMax >> 20) {
     sizes.ringBytes = 1u << 20;
     while (sizes.ringBytes < wanted << 20) sizes.ringBytes <<= 1;
   }

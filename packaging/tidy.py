@@ -36,7 +36,7 @@ def dependencies(build):
 
 
 def fingerprint(command, files, version):
-    digest = hashlib.sha256(version + command.encode())
+    digest = hashlib.sha256(version + command.replace(str(ROOT), "").encode())
     for path in [ROOT / ".clang-tidy", *sorted(files)]:
         digest.update(str(path.relative_to(ROOT)).encode())
         digest.update(path.read_bytes() if path.exists() else b"")

@@ -1,0 +1,89 @@
+// The lock and the socket of a service, with two that want them.
+#include "quor/service/local_door.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <future>
+
+#include "quor/ring/link_socket.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+class DoorTest : public ::testing::Test {
+ protected:
+  // In a thread of its own, because it may wait.
+  std::future<bool> OpenAside(LocalDoor& door, std::string* why) {
+    return std::async(std::launch::async, [this, &door, why] { return door.Open(m_socket, why); });
+  }
+  bool Answers() const {
+    const int peer = ConnectToService(m_socket.c_str());
+    if (peer >= 0) close(peer);
+    return peer >= 0;
+  }
+  TempDir m_folder;
+  const std::string m_socket = m_folder.File("quord.sock");
+  std::string m_why;
+};
+
+TEST_F(DoorTest, ASecondServiceIsRefusedAndTheFirstStaysAtItsSocket) {
+  LocalDoor first, second;
+  ASSERT_TRUE(first.Open(m_socket, &m_why)) << m_why;
+  EXPECT_FALSE(second.Open(m_socket, &m_why));
+  EXPECT_EQ(m_why, "quord is already running here (process " + std::to_string(getpid()) + ")");
+  EXPECT_TRUE(Answers());
+}
+
+TEST_F(DoorTest, OfTwoThatStartAtOnceOneServes) {
+  for (int round = 0; round < 5; ++round) {
+    LocalDoor one, other;
+    std::string whyOne, whyOther;
+    auto first = OpenAside(one, &whyOne), second = OpenAside(other, &whyOther);
+    EXPECT_NE(first.get(), second.get()) << whyOne << whyOther;
+    EXPECT_TRUE(Answers());
+  }
+}
+
+TEST_F(DoorTest, AServiceThatEndsIsWaitedFor) {
+  LocalDoor first, second;
+  ASSERT_TRUE(first.Open(m_socket, &m_why)) << m_why;
+  first.StopListening();
+  EXPECT_FALSE(Answers());
+  EXPECT_EQ(ServicePid(m_socket), getpid());
+  auto opened = OpenAside(second, &m_why);
+  // Longer than a running one is waited for.
+  EXPECT_EQ(opened.wait_for(std::chrono::milliseconds(1500)), std::future_status::timeout);
+  first.Close();
+  EXPECT_TRUE(opened.get()) << m_why;
+  EXPECT_TRUE(Answers());
+  EXPECT_EQ(ReadAll(m_folder.File("quord.lock")), std::to_string(getpid()) + "\n");
+}
+
+TEST_F(DoorTest, WhoeverOnlyLooksAtTheLockKeepsNoServiceOut) {
+  LocalDoor door;
+  const int look = open(m_folder.File("quord.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(flock(look, LOCK_SH | LOCK_NB), 0);
+  auto opened = OpenAside(door, &m_why);
+  EXPECT_EQ(opened.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  close(look);
+  EXPECT_TRUE(opened.get()) << m_why;
+}
+
+TEST_F(DoorTest, SocketAndLockAreForTheirOwnerAlone) {
+  const mode_t before = umask(0);
+  LocalDoor door;
+  EXPECT_TRUE(door.Open(m_socket, &m_why)) << m_why;
+  umask(before);
+  for (const std::string& path : {m_socket, m_folder.File("quord.lock")}) {
+    struct stat status {};
+    ASSERT_EQ(lstat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0600u) << path;
+  }
+}
+
+}  // namespace

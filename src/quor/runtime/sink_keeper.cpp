@@ -139,7 +139,7 @@ void SinkKeeper::AfterForkInParent() {
 
 void SinkKeeper::AfterForkInChild() {
   m_lock.AfterFork(m_heldAtFork);
-  // Left behind, not destroyed: destruction would write the parent's traces a second time.
+  // Left behind, not destroyed: code that the fork interrupted may still be in it.
   if (FileSink* const sink = m_sink.exchange(nullptr)) sink->Abandon();
   // Made anew, not assigned: the parent's thread may have been changing them.
   new (&m_setting) LinkSink;

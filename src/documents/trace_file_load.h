@@ -5,7 +5,7 @@
 //          goes on with the new file.
 // Errors   Whatever stops the load but the cancel event shows "Error opening trace file", behind
 //          the words of the conversion's failing step. The done message is then not posted: kept,
-//          the progress box stays until another load is done. Nothing stays mapped.
+//          the progress box stays until another load is done. The load lets go of its files.
 // Threads  Run on the load thread, which alone fills the containers. They belong to the interface
 //          thread from the hand-over on, or from the end of the thread. Everything else on the
 //          interface thread.

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <thread>
+
 #include "documents/trace_file_load.h"
 #include "documents_fixture.h"
 
@@ -95,6 +97,20 @@ TEST_F(TraceFileDocTest, TheLoadingFlagStandsUntilAfterTheDoneMessage) {
   document = Open(TrcImage().Trace("up").WriteTo(m_temp.File("web.trc")));
   ASSERT_TRUE(FinishLoad(*document));
   EXPECT_EQ(seen, "loading");
+}
+
+TEST_F(TraceFileDocTest, TheLoadThreadReachesTheInterfaceOnlyByPostedCalls) {
+  const std::string path = TrcImage().Trace("up").WriteTo(m_temp.File("web.trc"));
+  const auto load =
+      std::make_shared<TraceFileLoad>(m_host, MappedFile::Open(path), path, CreateEvent());
+  int handedOver = 0;
+  load->m_handOver = [&handedOver] { ++handedOver; };
+  std::thread([load] { load->Run({}); }).join();
+  EXPECT_EQ(m_host.Told() + m_log.Told(), "");
+  EXPECT_EQ(handedOver, 0);
+  m_host.RunPosted();
+  EXPECT_EQ(m_host.Told(), "start Loading... web.trc 63\nposition 63\ndone\n");
+  EXPECT_EQ(handedOver, 1);
 }
 
 TEST_F(TraceFileDocTest, PositionsDoNotFloodAQueueThatIsNotServed) {

@@ -63,7 +63,7 @@ void TellWhyNotOpened(const std::vector<std::string>& arguments) {
 int Render(CTesseraApp& tessera, const std::string& path) {
   if (!WaitForLoads(tessera)) {
     std::fprintf(stderr, "tessera: the file is still loading\n");
-    return 1;
+    return kExitWrong;
   }
   if (!WaitForTraces(tessera)) std::fprintf(stderr, "tessera: few traces came in\n");
   if (RenderMainWindow(tessera, QString::fromStdString(path))) return 0;
@@ -125,7 +125,10 @@ int main(int argc, char** argv) {
   // The end is the main frame's to tell: a box that closes before it stands ends nothing.
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setWindowIcon(AppIcon());
-  if (options.dark) UseFusion(true);
+  if (options.dark)
+    UseFusion(true);
+  else
+    UseSystemStyle();
   if (!options.settings.empty()) SetSettingsFile(options.settings);
   ReadStartupSettings();
   return Run(options);

@@ -3,7 +3,8 @@
 #include <QApplication>
 #include <QPalette>
 #include <QStyle>
-#include <QStyleFactory>
+
+#include "shell/ui/clear_fusion.h"
 
 namespace {
 
@@ -44,6 +45,11 @@ QPalette DarkPalette() {
 }  // namespace
 
 void UseFusion(bool dark) {
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setStyle(new ClearFusion);
   QApplication::setPalette(dark ? DarkPalette() : QApplication::style()->standardPalette());
+}
+
+void UseSystemStyle() {
+  if (QApplication::style()->name() == QLatin1String("fusion"))
+    QApplication::setStyle(new ClearFusion);
 }

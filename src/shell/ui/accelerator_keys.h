@@ -17,7 +17,7 @@ class AcceleratorKeys : public QObject {
  public:
   // The keys of Accelerators().
   AcceleratorKeys(CommandActions& actions, QWidget& window);
-  // A key that works in the main window only: Ctrl+F4, Alt+F4.
+  // A key that works in the main window only: Ctrl+F4, Alt+F4, Shift+F10.
   void AddWindowKey(const QKeySequence& key, std::function<void()> run);
 
   bool eventFilter(QObject* watched, QEvent* event) override;

@@ -1,5 +1,6 @@
 #include "shell/ui/main_window.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMimeData>
 #include <QUrl>
@@ -39,8 +40,11 @@ void MainWindow::OnIdle() {
   if (m_frame && m_idle && isVisible() && !isMinimized()) m_idle();
 }
 
-// The frame asks its questions inside the event, so that a session that ends learns the answer.
+// The frame asks its questions inside the event, so that a session that ends learns the answer. A
+// window manager may close the window although an open menu holds the mouse: the menu goes first.
 void MainWindow::closeEvent(QCloseEvent* event) {
+  while (QWidget* const menu = QApplication::activePopupWidget())
+    if (!menu->close()) break;
   if (m_frame && !m_mayClose && !QtHost::InModal()) m_frame->OnClose();
   event->setAccepted(!m_frame || m_mayClose);
 }

@@ -1,5 +1,7 @@
 #include "shell/ui/qt_main_frame.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QThread>
 
 #include "shell/main_frame.h"
@@ -11,6 +13,15 @@
 namespace {
 
 constexpr int kButtonPx = 16;
+
+// As the keyboard's menu key does.
+void AskForContextMenu() {
+  QWidget* const widget = QApplication::focusWidget();
+  if (!widget) return;
+  const QPoint middle = widget->rect().center();
+  QContextMenuEvent asked(QContextMenuEvent::Keyboard, middle, widget->mapToGlobal(middle));
+  QApplication::sendEvent(widget, &asked);
+}
 
 }  // namespace
 
@@ -77,6 +88,7 @@ void QtMainFrame::AddSystemKeys() {
                        [actions = m_actions] { actions->Run(ID_FILE_CLOSE); });
   m_keys->AddWindowKey(QKeySequence(Qt::ALT | Qt::Key_F4),
                        [window = m_window] { window->close(); });
+  m_keys->AddWindowKey(QKeySequence(Qt::SHIFT | Qt::Key_F10), AskForContextMenu);
 }
 
 void QtMainFrame::Idle() {

@@ -1,5 +1,6 @@
 #include "shell/ui/menus.h"
 
+#include <QAbstractScrollArea>
 #include <QMenuBar>
 
 #include "shell_fixture.h"
@@ -195,4 +196,41 @@ TEST_F(MenusTest, ACommandOfThePopUpIsRoutedToTheActiveViewAndDocument) {
   });
   Face().TrackPopupMenu(IDR_TRACE_POPUP, 10, 10);
   EXPECT_EQ(document->m_traces.size(), 0u);
+}
+
+TEST_F(MenusTest, ShiftF10RaisesThePopUpAtTheFocusedRow) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  auto* list = qobject_cast<QAbstractScrollArea*>(QApplication::focusWidget());
+  ASSERT_TRUE(list);
+  std::string texts;
+  QPoint at;
+  QTimer::singleShot(0, qApp, [&] {
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    texts = Dump(*menu);
+    at = menu->pos();
+    menu->close();
+  });
+  QTest::keyClick(list, Qt::Key_F10, Qt::ShiftModifier);
+  EXPECT_EQ(texts, Expected(MenuOf(IDR_TRACE_POPUP).front()));
+  EXPECT_TRUE(
+      QRect(list->viewport()->mapToGlobal(QPoint(0, 0)), list->viewport()->size()).contains(at));
+}
+
+// A window manager can close the window from outside although the pop-up has the mouse.
+TEST_F(MenusTest, ClosingTheProgramWhileThePopUpIsUpEndsBoth) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  auto* list = qobject_cast<QAbstractScrollArea*>(QApplication::focusWidget());
+  ASSERT_TRUE(list);
+  QTimer::singleShot(0, qApp, [this] {
+    ASSERT_TRUE(QApplication::activePopupWidget());
+    Window().close();
+  });
+  const QPoint position(20, 60);
+  QContextMenuEvent asked(QContextMenuEvent::Mouse, position, list->mapToGlobal(position));
+  QCoreApplication::sendEvent(list->viewport(), &asked);
+  EXPECT_TRUE(Until([this] { return m_closed == 1; }));
+  EXPECT_FALSE(QApplication::activePopupWidget());
 }

@@ -35,12 +35,11 @@ QAction* CommandActions::Proxy(unsigned id, const QString& text, QObject* owner)
 }
 
 void CommandActions::Update(unsigned id, QAction& action) {
-  CCmdUI ui(id, action.isEnabled(), action.isChecked());
-  if (m_target) {
-    UpdateCommand(*m_target, ui);
-  } else {
-    ui.Enable(false);
-  }
+  // What nobody takes is disabled, and the check that its last taker gave it goes too: a button
+  // would stay pressed without a document.
+  const bool taken = m_target && m_target->HasCommand(id);
+  CCmdUI ui(id, action.isEnabled() && m_target, action.isChecked() && taken);
+  if (m_target) UpdateCommand(*m_target, ui);
   // Only a checked item shows a mark; an unchecked one has no empty box before it.
   action.setCheckable(ui.IsChecked());
   action.setChecked(ui.IsChecked());

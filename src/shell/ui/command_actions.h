@@ -28,8 +28,8 @@ class CommandActions : public QObject {
   // command when the pop-up is gone.
   QAction* Proxy(unsigned id, const QString& text, QObject* owner);
 
-  // Brings the enabled and checked state up to date; all shared actions that stand in a menu or bar
-  // cost a table look-up each.
+  // Bring the enabled and checked state up to date: of one action, of all shared ones, of those in
+  // a menu. Each action costs a look-up in the targets' tables.
   void Update(unsigned id, QAction& action);
   void UpdateAll();
   void UpdateMenu(QMenu& menu);

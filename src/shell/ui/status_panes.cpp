@@ -52,8 +52,8 @@ StatusPanes::StatusPanes(QWidget* parent) : QStatusBar(parent) {
     pane->setTextFormat(Qt::PlainText);
     pane->setAccessibleDescription(Description(indicator.id));
     m_panes[indicator.id] = pane;
+    pane->setContentsMargins(kSidePx, 0, kSidePx, 0);
     if (message) {
-      pane->setIndent(kSidePx);
       addWidget(pane, 1);
     } else {
       pane->setAlignment(Qt::AlignCenter);
@@ -61,7 +61,6 @@ StatusPanes::StatusPanes(QWidget* parent) : QStatusBar(parent) {
     }
   }
   m_panes[kPaneRowCount]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  m_panes[kPaneRowCount]->setIndent(kSidePx);
   SizePanes();
 }
 

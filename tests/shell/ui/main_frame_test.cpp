@@ -77,6 +77,16 @@ TEST_F(MainFrameTest, TheRowCountIsThatOfTheActiveView) {
   EXPECT_TRUE(Until([this] { return Face().Panes().PaneText(kPaneRowCount).isEmpty(); }));
 }
 
+TEST_F(MainFrameTest, ARowCountOfMoreThanSixDigitsKeepsItsDistanceFromTheLine) {
+  Start();
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, 4294967294U);
+  QLabel* const pane = Face().Panes().findChildren<QLabel*>().back();
+  ASSERT_EQ(pane->text(), QStringLiteral("4294967294"));
+  const int text = pane->fontMetrics().horizontalAdvance(pane->text());
+  EXPECT_TRUE(Until([&] { return pane->contentsRect().width() >= text; }));
+  EXPECT_GT(pane->contentsRect().left(), 0);
+}
+
 TEST_F(MainFrameTest, TheKeyboardPanesShowTheLocksThatAreOn) {
   Start();
   Face().Panes().ShowLocks({true, false, true});
@@ -158,6 +168,16 @@ TEST_F(MainFrameTest, ButtonsFollowTheStateOfTheirCommandsByThemselves) {
   clear->trigger();
   EXPECT_EQ(document->m_traces.size(), 0u);
   EXPECT_TRUE(Until([clear] { return !clear->isEnabled(); }));
+}
+
+TEST_F(MainFrameTest, AButtonIsNotPressedAnyMoreWhenNobodyTakesItsCommand) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  QAction* tree = Face().Actions().Action(ID_VIEW_PROC);
+  tree->trigger();
+  EXPECT_TRUE(Until([tree] { return tree->isChecked(); }));
+  ASSERT_TRUE(Frame().OnCommand(ID_FILE_CLOSE));
+  EXPECT_TRUE(Until([tree] { return !tree->isChecked() && !tree->isEnabled(); }));
 }
 
 TEST_F(MainFrameTest, ToolBarAndStatusBarHideAndShowAndAreMarkedInTheMenu) {

@@ -5,9 +5,14 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QMessageBox>
+#include <QTreeView>
+#include <algorithm>
 
 namespace {
+
+constexpr int kWidthPx = 720, kHeightPx = 460;
 
 // Qt takes the patterns from the last parentheses, parted by blanks, and strips those when it shows
 // the filter; the label may have parentheses of its own.
@@ -37,6 +42,17 @@ QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
   setDirectory(hasFolder ? suggested.absolutePath() : QDir::currentPath());
   if (!suggested.fileName().isEmpty()) selectFile(suggested.fileName());
   AddBoxes(request.boxes);
+  WidenColumns();
+}
+
+// As Qt has them, the columns cut sizes and dates.
+void QtFileDialog::WidenColumns() {
+  auto* files = findChild<QTreeView*>(QStringLiteral("treeView"));
+  if (!files) return;
+  files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+  files->header()->setStretchLastSection(false);
+  resize(std::max(width(), kWidthPx), std::max(height(), kHeightPx));
 }
 
 void QtFileDialog::AddBoxes(const std::vector<FileDialogBox>& boxes) {

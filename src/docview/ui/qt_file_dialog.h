@@ -22,5 +22,6 @@ class QtFileDialog final : public QFileDialog {
 
  private:
   void AddBoxes(const std::vector<FileDialogBox>& boxes);
+  void WidenColumns();
   std::vector<QCheckBox*> m_boxes;
 };

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr char kContents[] = "contents";
+constexpr int kLineHeight = 118;  // percent
 
 QUrl PageOf(const QString& topic) {
   return QUrl(QStringLiteral("qrc:/help/%1.md").arg(topic));
@@ -16,6 +17,8 @@ QUrl PageOf(const QString& topic) {
 
 // Tables with thin lines and room around their texts.
 void StyleTables(QTextDocument& page, const QPalette& palette) {
+  QColor line = palette.color(QPalette::Text);
+  line.setAlphaF(0.25f);
   for (QTextFrame* frame : page.rootFrame()->childFrames()) {
     auto* table = qobject_cast<QTextTable*>(frame);
     if (!table) continue;
@@ -25,20 +28,22 @@ void StyleTables(QTextDocument& page, const QPalette& palette) {
     format.setBorder(1);
     format.setBorderCollapse(true);
     format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
-    format.setBorderBrush(palette.color(QPalette::Mid));
+    format.setBorderBrush(line);
     format.setTopMargin(8);
-    format.setBottomMargin(14);
+    format.setBottomMargin(4);
     table->setFormat(format);
   }
 }
 
-// Room above and below the headings.
-void StyleHeadings(QTextDocument& page) {
+// Room between the lines, and above and below the headings.
+void StyleBlocks(QTextDocument& page) {
   for (QTextBlock block = page.begin(); block.isValid(); block = block.next()) {
     QTextBlockFormat format = block.blockFormat();
-    if (format.headingLevel() == 0) continue;
-    format.setTopMargin(format.headingLevel() == 1 ? 0 : 18);
-    format.setBottomMargin(8);
+    format.setLineHeight(kLineHeight, QTextBlockFormat::ProportionalHeight);
+    if (format.headingLevel() != 0) {
+      format.setTopMargin(format.headingLevel() == 1 ? 0 : 18);
+      format.setBottomMargin(8);
+    }
     QTextCursor(block).setBlockFormat(format);
   }
 }
@@ -53,7 +58,7 @@ class Pages : public QTextBrowser {
     QTextBrowser::doSetSource(name, QTextDocument::MarkdownResource);
     document()->setDocumentMargin(28);
     StyleTables(*document(), palette());
-    StyleHeadings(*document());
+    StyleBlocks(*document());
   }
 };
 

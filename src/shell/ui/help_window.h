@@ -15,7 +15,7 @@ class HelpWindow : public QMainWindow {
   void ShowTopic(const QString& topic);
   // The page that is shown.
   QString Topic() const;
-  // All topics there are, the contents first.
+  // All topics there are, in alphabetical order.
   static QStringList Topics();
 
  private:

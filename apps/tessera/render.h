@@ -22,8 +22,7 @@ class BoxAnswerer {
 // takes longer than ten minutes.
 bool WaitForLoads(CTesseraApp& tessera);
 
-// Runs the event loop until every open monitor holds more than a page of traces; false after ten
-// seconds.
+// Runs the event loop until every open monitor holds more than a page of traces; false after 10 s.
 bool WaitForTraces(CTesseraApp& tessera);
 
 // Writes the main window as it stands.

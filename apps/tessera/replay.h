@@ -19,8 +19,7 @@ class Replay {
   explicit Replay(const std::string& path);
 
   CTraceRealtimeDoc::Connector Connector();
-  // So many more of the file's traces wait for the next drain, from its beginning again when it is
-  // through.
+  // So many more of the file's traces wait for the next drain; behind the last comes the first.
   void Arrive(std::size_t traces);
 
  private:

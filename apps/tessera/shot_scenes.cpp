@@ -146,8 +146,8 @@ void ShotScenes::About() {
   SaveModal(ID_APP_ABOUT, QStringLiteral("about"));
 }
 
-void ShotScenes::Help() {
-  for (const QString& topic : HelpWindow::Topics()) {
+void ShotScenes::Help(const QStringList& topics) {
+  for (const QString& topic : topics) {
     m_faces.ShowHelp(topic.toStdString());
     Settle();
     Save(*m_faces.Help(), QStringLiteral("help-") + topic);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <string>
 
@@ -22,7 +23,7 @@ class ShotScenes {
   void Tiled(const std::string& second);
   void Options();
   void About();
-  void Help();
+  void Help(const QStringList& topics);
   void Progress(const std::string& path);
 
   // All pictures from here on are dark, and named so.

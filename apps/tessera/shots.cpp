@@ -1,5 +1,6 @@
 // Pictures of every window, made by the real classes: tessera-shots FOLDER FILE SOURCE.
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <clocale>
@@ -39,7 +40,7 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.Maximised();
   scenes.Options();
   scenes.About();
-  scenes.Help();
+  scenes.Help(HelpWindow::Topics());
   scenes.Progress(file);
   scenes.Tiled(second);
 }
@@ -53,6 +54,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.PopUp();
   scenes.Options();
   scenes.About();
+  scenes.Help({QStringLiteral("list")});
   scenes.Progress(file);
   scenes.Tiled(second);
 }
@@ -83,7 +85,8 @@ int main(int argc, char** argv) {
   CTesseraApp tessera(host, faces);
   if (!tessera.InitInstance({})) return 2;
   static_cast<QtMainFrame&>(*tessera.Frame()->Face()).Window().resize(kWindow);
-  ShotScenes scenes(tessera, faces, QString::fromLocal8Bit(argv[1]));
+  // Absolute: a file dialog makes its folder the current one.
+  ShotScenes scenes(tessera, faces, QDir(QString::fromLocal8Bit(argv[1])).absolutePath());
   MonitorScenes monitor(tessera, scenes, replay, scratch.path());
   TreeScenes tree(tessera, scenes, replay, argv[2], scratch.path());
   DialogScenes dialogs(tessera, scenes, QString::fromLocal8Bit(argv[3]), scratch.path());

@@ -16,7 +16,7 @@ std::shared_ptr<ConfigLink> ConfigLink::To(const std::string& host, std::string*
   static std::map<std::string, std::weak_ptr<ConfigLink>> links;
   const std::lock_guard lock(mutex);
   std::erase_if(links, [](const auto& entry) { return entry.second.expired(); });
-  if (auto link = links[host].lock()) return link;
+  if (auto link = links[host].lock()) return link->m_link.Await(kDeadline, why) ? link : nullptr;
   auto link = std::make_shared<ConfigLink>(host);
   if (!link->m_link.Start(kDeadline, why)) return nullptr;
   links[host] = link;

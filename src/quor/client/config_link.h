@@ -1,8 +1,8 @@
 // The connection to one machine's configuration service, shared by all handles on that machine.
 //
-// Owner    Shared; the last handle ends it, and with it the service closes what this program
-// opened. Errors   Ask gives false when the machine refuses or has not answered in time. A
-// connection that
+// Owner    Shared; the last handle ends it, and with it the service closes what this program had
+//          opened.
+// Errors   Ask gives false when the machine refuses or has not answered in time. A connection that
 //          breaks mends itself: open applications are opened again, and questions asked again (each
 //          may be asked twice without harm).
 // Threads  Interface thread; Ask blocks.
@@ -19,7 +19,8 @@
 
 class ConfigLink final : public ServiceLink::User {
  public:
-  // The link to the machine of this text, made if there is none; null when it cannot be reached.
+  // The link to the machine of this text, made if there is none; null when it cannot be reached
+  // now.
   static std::shared_ptr<ConfigLink> To(const std::string& host, std::string* why = nullptr);
 
   explicit ConfigLink(const std::string& host) : m_link(host, quor::wire::ROLE_CONFIGURE, *this) {}

@@ -47,18 +47,19 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t
   const auto [entry, isNew] = m_sources.try_emplace(word.instance());
   Source& source = entry->second;
   source.heard = ++m_words;
-  if (source.stream != m_stream) {
+  const std::uint64_t began = word.serial() - word.delivered() - word.lost();
+  const bool falls = word.delivered() < source.delivered || word.lost() < source.lost;
+  if (source.stream != m_stream || (falls && began >= source.serial)) {
     // Where the new stream began, and where the old one ended. A source that was unknown then
     // began behind it, but on the first stream it may be older than we are.
-    const std::uint64_t began = word.serial() - word.delivered() - word.lost();
     if (began > source.serial && (!isNew || m_stream > 1)) *gap += began - source.serial;
     source.delivered = source.lost = 0;
     source.stream = m_stream;
   } else if (word.serial() < source.serial) {
     return Say(why, "a ledger's serial falls");
-  }
-  if (word.delivered() < source.delivered || word.lost() < source.lost)
+  } else if (falls) {
     return Say(why, "a ledger's count falls");
+  }
   m_delivered += word.delivered() - source.delivered;
   m_lost += word.lost() - source.lost;
   source.serial = std::max(source.serial, word.serial());

@@ -1,14 +1,12 @@
 // The traces of one data frame, as the monitor gets them.
 //
 // Shape    The bytes of the frame's body, and an event of three words for each trace in them. The
-// name
-//          ids in the records are the service's until NameMapper has put the document's in.
+//          name ids in the records are the service's until NameMapper has put the document's in.
 // Owner    A batch lives as long as one of its events: it is created once per frame, and nothing is
 //          allocated per trace. Its maker lets go of it with Forget, after which each event that
 //          was not given out is gone and the others are released by their owners.
 // Threads  Filled by the reader, then handed on; one at a time. Events are given out and released
-// on
-//          one thread.
+//          on one thread.
 #pragma once
 
 #include <cstdint>
@@ -50,7 +48,10 @@ class LiveBatch {
   std::size_t Traces() const { return m_events.size(); }
   // Those with a number: all but the words on losses.
   std::size_t Numbered() const { return m_numbered; }
-  std::size_t Bytes() const { return m_bytes.size() + m_events.size() * sizeof(LiveTraceEvent_t); }
+  std::size_t Bytes() const {
+    return m_bytes.size() + m_events.size() * sizeof(LiveTraceEvent_t) +
+           m_names.size() * sizeof(Name);
+  }
   const std::vector<Name>& Names() const { return m_names; }
   // The record of a trace, for the ids to be changed in it.
   std::uint8_t* Record(std::size_t index);

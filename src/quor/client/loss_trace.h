@@ -1,8 +1,7 @@
 // The trace that stands where traces are missing.
 //
 // Shape    Component "Quor", category "Loss", severity Warn, text "N traces lost: reason", without
-// a
-//          number and without a tic count.
+//          a number and without a tic count.
 // Threads  Pure.
 #pragma once
 

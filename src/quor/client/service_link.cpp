@@ -44,13 +44,16 @@ class ServiceLink::Core final : public Connection::Handler,
       return false;
     }
     m_to = *machine;
-    m_deadline = deadline;
+    m_deadline = deadline - kEndPatience;  // which the end of a failure may take
     m_running = true;
     m_thread = std::thread([self = shared_from_this()] { self->Run(); });
+    return Await(m_deadline, why);
+  }
+  bool Await(std::chrono::milliseconds deadline, std::string* why) {
     std::unique_lock lock(m_mutex);
-    const bool told = m_changed.wait_for(lock, deadline, [this] { return m_up || m_failed; });
+    m_changed.wait_for(lock, deadline, [this] { return m_up || m_failed; });
     if (m_up) return true;
-    if (why) *why = told ? m_why : m_machine + ": no answer in time";
+    if (why) *why = m_why.empty() ? m_machine + ": no answer in time" : m_why;
     return false;
   }
   void Stop() {
@@ -141,19 +144,25 @@ class ServiceLink::Core final : public Connection::Handler,
   }
   void Ended(const std::string& reason) {
     m_connection.reset();
-    if (std::exchange(m_welcomed, false)) m_user->OnDown(reason);
+    if (std::exchange(m_welcomed, false)) {
+      {
+        const std::lock_guard lock(m_mutex);
+        m_up = false;
+      }
+      m_user->OnDown(reason);
+    }
     Fail(reason);
   }
 
   // Tries again later, unless it was never up: then whoever waits in Start is told.
   void Fail(const std::string& why) {
-    if (!m_wasUp) {
+    {
       const std::lock_guard lock(m_mutex);
-      m_failed = true;
       m_why = why;
+      m_failed = !m_wasUp;
       m_changed.notify_all();
-      return;
     }
+    if (!m_wasUp) return;
     // Not all monitors of a machine at the same moment.
     std::uniform_int_distribution<int> spread(0, static_cast<int>(m_pause.count() / 4));
     m_timer->expires_after(m_pause + std::chrono::milliseconds(spread(m_random)));
@@ -190,6 +199,9 @@ bool ServiceLink::Start(std::chrono::milliseconds deadline, std::string* why) {
   const bool up = m_core->Start(deadline, why);
   if (!up) Stop();
   return up;
+}
+bool ServiceLink::Await(std::chrono::milliseconds deadline, std::string* why) {
+  return m_core->Await(deadline, why);
 }
 void ServiceLink::Stop() {
   m_core->Stop();

@@ -35,8 +35,10 @@ class ServiceLink {
   ServiceLink(const ServiceLink&) = delete;
   ServiceLink& operator=(const ServiceLink&) = delete;
 
-  // Waits until the service has welcomed us. To be called once.
+  // Waits until the service has welcomed us. To be called once. A failure is over by the deadline.
   bool Start(std::chrono::milliseconds deadline, std::string* why);
+  // After Start: waits until the connection stands, if it is broken now. False: it still is.
+  bool Await(std::chrono::milliseconds deadline, std::string* why);
   // At once, whatever is under way.
   void Stop();
   // Runs `call` on the link's thread, with the connection or null while there is none. Dropped

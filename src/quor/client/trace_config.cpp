@@ -49,7 +49,7 @@ trace_AppList_i* trace_AppList_i::Create() {
   return new trace_AppList_i;
 }
 
-std::string SettingsToLabel(unsigned settings) {
+QuorStr::String_t SettingsToLabel(unsigned settings) {
   constexpr struct {
     unsigned bit;
     const char* word;

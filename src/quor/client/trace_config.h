@@ -11,6 +11,7 @@
 #include <string>
 
 #include "base/quor_ptr.h"
+#include "base/quor_str.h"
 
 // Others may come from a newer service, and are kept.
 enum trc_SinkTypes_e : unsigned { trc_SinkFile = 0, trc_SinkSocket = 1 };
@@ -74,4 +75,4 @@ class trace_AppList_i : public QuorRef::MTRef_t {
 };
 
 // "Info, Warn, Stack": the words of the set bits in the order of the table; "" for none.
-std::string SettingsToLabel(unsigned settings);
+QuorStr::String_t SettingsToLabel(unsigned settings);

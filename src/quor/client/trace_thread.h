@@ -1,15 +1,13 @@
 // A live connection to the trace service of one machine.
 //
 // Owner    Ends with Disconnect, which destroys it: the pointer is dead afterwards. Borrows the
-// name
-//          map until then.
+//          name map until then.
 // Errors   ConnectToTraceService gives null when no connection can be made within 5 seconds. A
 //          connection that breaks later mends itself with back-off; the gap shows as a trace of
 //          component "Quor", category "Loss".
 // Threads  Every operation on the interface thread. A reader thread of its own fills a bounded
-// queue
-//          and never touches the map: names enter it inside HasTraces and NextTrace, before the
-//          trace that uses them is given out. Ids stay valid for the connection's life, over
+//          queue and never touches the map: names enter it inside HasTraces and NextTrace, before
+//          the trace that uses them is given out. Ids stay valid for the connection's life, over
 //          reconnects and clears.
 #pragma once
 

@@ -21,7 +21,7 @@
 struct Source {
   std::array<std::uint8_t, 16> instance{};  // the same over restarts of the service
   std::string machine, app, pid;
-  std::uint64_t firstSerial = 0;  // when this service met it
+  std::uint64_t firstSerial = 0;  // when this service met it, last
   std::uint64_t serial = 0;       // traces that it has ever produced, delivered or lost
   bool ended = false;
 };

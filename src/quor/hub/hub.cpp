@@ -33,6 +33,7 @@ std::shared_ptr<Source> Hub::Revive(const Source& source) {
   m_endedSources.erase(known);
   m_sources[revived->instance] = revived;
   revived->ended = false;
+  revived->firstSerial = revived->serial;  // to streams that have forgotten it
   revived->machine = source.machine;
   revived->app = source.app;
   revived->pid = source.pid;

@@ -49,6 +49,7 @@ class Hub {
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
 
   bool HasOpenBatch() const { return !m_builder.IsEmpty(); }
+  bool HasSources() const { return !m_sources.empty(); }  // that have not ended
   void Seal();
   void Deliver();
 

@@ -111,7 +111,7 @@ bool StreamQueue::Next(Outgoing& out) {
     word->set_delivered(entry.delivered);
     word->set_lost(entry.lost);
   }
-  if (m_ledger.size() > kSourcesKept) Prune();
+  if (m_ledger.size() > m_pruneAt) Prune();
   return true;
 }
 
@@ -130,7 +130,7 @@ void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
   }
 }
 
-// Sources that ended and of which nothing waits will never be spoken of again.
+// Sources that ended and of which nothing waits are hardly spoken of again; if so, anew.
 void StreamQueue::Prune() {
   std::unordered_set<const Source*> waiting;
   for (const SharedBatch& batch : m_batches)
@@ -139,4 +139,5 @@ void StreamQueue::Prune() {
   std::erase_if(m_ledger, [&waiting](const auto& entry) {
     return entry.second.source->ended && !waiting.contains(entry.first);
   });
+  m_pruneAt = std::max(kSourcesKept, 2 * m_ledger.size());
 }

@@ -72,4 +72,5 @@ class StreamQueue {
   bool m_paused = false;
   std::bitset<65536> m_sent;
   std::unordered_map<const Source*, Entry> m_ledger;
+  std::size_t m_pruneAt = kSourcesKept;
 };

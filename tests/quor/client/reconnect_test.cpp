@@ -75,6 +75,20 @@ TEST_F(ReconnectTest, ASourceThatBeganDuringTheBreakIsCountedFromItsFirst) {
   EXPECT_EQ(Counted(), "1 delivered, 5 lost");
 }
 
+TEST_F(ReconnectTest, ASourceThatTheServiceHadForgottenMayBeginAnewWithoutABreak) {
+  Start();
+  m_peer->Data(Trace("two"));
+  m_peer->Ledger({{.serial = 14, .delivered = 2, .lost = 2}});
+  m_peer->Data(Trace("three"));
+  m_peer->Ledger({{.serial = 15, .delivered = 1}});
+  EXPECT_EQ(Drain(2), "web: two\nweb: three\n");
+  EXPECT_EQ(Counted(), "3 delivered, 2 lost");
+  // What it produced unseen meanwhile is missing.
+  m_peer->Ledger({{.serial = 20}});
+  EXPECT_EQ(Drain(1), "Quor: 5 traces lost: the connection was broken\n");
+  EXPECT_EQ(Counted(), "3 delivered, 7 lost");
+}
+
 TEST_F(ReconnectTest, ASourceThatComesBackLaterIsCountedThen) {
   Start();
   Reconnect();
@@ -173,7 +187,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Framed(FrameType::Hello, ""), Framed(FrameType::Welcome, ""),
                     Framed(FrameType::Request, ""), LedgerOf(15, 20, 1, 0), LedgerOf(0, 20, 1, 0),
                     LedgerOf(16, 12, 13, 0), LedgerOf(16, 12, 2, 11), LedgerOf(16, ~0ull, 1, 0),
-                    LedgerOf(16, 20, 0, 0), LedgerOf(16, 20, ~0ull, ~0ull)));
+                    LedgerOf(16, 11, 0, 1), LedgerOf(16, 20, ~0ull, ~0ull)));
 
 TEST_F(ReconnectTest, DataWithoutEndAndWithoutALedgerIsCutOff) {
   Start();

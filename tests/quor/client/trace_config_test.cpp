@@ -91,6 +91,25 @@ TEST_F(ConfigTest, AnUnreachableServiceIsNull) {
   EXPECT_FALSE(trace_App_i::Create("", "orders"));
 }
 
+TEST_F(ConfigTest, AServiceThatHasGoneIsNullAlsoWhileAnotherHandleOnItIsOpen) {
+  Connect();
+  m_service.StopListening();
+  m_peer.reset();
+  std::string why;
+  // A break is known once the connection's own thread has read the end of it.
+  EXPECT_TRUE(Eventually(
+      [&] { return !QuorPtr<trace_Config_i>(trace_Config_i::Create("localhost", &why)); }));
+  EXPECT_EQ(why, m_service.Path() + ": No such file or directory");
+  m_service.Listen();
+  const QuorPtr<trace_Config_i> again =
+      WhileServed([] { return trace_Config_i::Create("localhost"); },
+                  [this] {
+                    m_peer = m_service.Accept();
+                    m_peer->Welcome();
+                  });
+  EXPECT_TRUE(again);
+}
+
 TEST_F(ConfigTest, TheHostNameIsTheOneGiven) {
   Connect();
   EXPECT_EQ(m_config->GetHostName(), "localhost");

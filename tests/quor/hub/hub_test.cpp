@@ -288,6 +288,40 @@ TEST(StreamQueue, AStreamThatBeginsAnewHasEveryNameAgainAndCountsFromThere) {
   EXPECT_EQ(out.ledger.sources(0).delivered(), 1u);  // the first was there before this stream
 }
 
+TEST(StreamQueue, ASourceThatWasForgottenAndComesBackBeginsAnewBehindItsLastSerial) {
+  Hub hub;
+  TakingStream stream(hub);
+  FedSource one(hub, "orders", 1);
+  one.Trace("a");
+  stream.Read();
+  hub.EndSource(one.Get());
+  // So many that the stream lets go of those that ended.
+  Source other;
+  for (std::uint32_t pid = 0; pid < 4300; ++pid) {
+    other.instance[0] = 9;
+    StoreBe32(other.instance.data() + 4, pid);
+    const auto added = hub.AddSource(other);
+    hub.CountLost(added, 1);
+    hub.EndSource(added);
+    stream.Read();
+    // The hub remembers it longer than the stream.
+    if (pid % 500 == 0) hub.EndSource(hub.AddSource(*one.Get()));
+  }
+  Source again = *one.Get();
+  again.ended = false;
+  again.serial = 1;
+  const auto back = hub.AddSource(again);
+  EXPECT_EQ(back, one.Get());
+  hub.CountLost(back, 2);
+  stream.Deliver();
+  Outgoing out;
+  ASSERT_TRUE(stream.Queue().Next(out));
+  ASSERT_EQ(out.ledger.sources_size(), 1);
+  EXPECT_EQ(out.ledger.sources(0).serial(), 3u);
+  EXPECT_EQ(out.ledger.sources(0).delivered(), 0u);
+  EXPECT_EQ(out.ledger.sources(0).lost(), 2u);
+}
+
 TEST(Hub, AForwardingHubNeverMixesSourcesInABatch) {
   Hub hub(true);
   FedSource one(hub, "orders", 1), two(hub, "billing", 2);

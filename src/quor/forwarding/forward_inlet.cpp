@@ -40,20 +40,27 @@ std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& id,
     *why = "a forwarded stream needs an id of 16 bytes and the name of a machine";
     return nullptr;
   }
-  std::shared_ptr<Stream>& stream = m_streams[id];
-  if (!stream) stream.reset(new Stream(*this, machine));
-  stream->m_used = ++m_uses;
-  stream->Break();
-  std::shared_ptr<Stream> opened = stream;
-  if (m_streams.size() > kStreamsMax)
-    m_streams.erase(std::min_element(m_streams.begin(), m_streams.end(),
-                                     [](const auto& one, const auto& other) {
-                                       return one.second->m_used < other.second->m_used;
-                                     }));
+  std::shared_ptr<Stream>& entry = m_streams[id];
+  if (!entry) entry.reset(new Stream(*this, machine));
+  const std::shared_ptr<Stream> opened = entry;
+  opened->m_turn = ++m_uses;
+  opened->Break();
+  if (m_streams.size() > kStreamsMax) ForgetOldestStream();
   return opened;
 }
 
-std::shared_ptr<Source> ForwardInlet::SourceFor(const std::string& instance, std::uint64_t began,
+// Of those that only this map knows. One that is in use would come again with what it had sent and
+// would not be known: that is worse than one more, and connections are limited in number.
+void ForwardInlet::ForgetOldestStream() {
+  auto oldest = m_streams.end();
+  for (auto entry = m_streams.begin(); entry != m_streams.end(); ++entry)
+    if (entry->second.use_count() == 1 &&
+        (oldest == m_streams.end() || entry->second->m_turn < oldest->second->m_turn))
+      oldest = entry;
+  if (oldest != m_streams.end()) m_streams.erase(oldest);
+}
+
+std::shared_ptr<Source> ForwardInlet::SourceFor(const std::string& instance, std::uint64_t serial,
                                                 const std::string& machine) {
   if (m_sources.size() >= kSourcesMax && !m_sources.contains(instance)) ForgetOldestSource();
   Known& known = m_sources[instance];
@@ -62,7 +69,7 @@ std::shared_ptr<Source> ForwardInlet::SourceFor(const std::string& instance, std
   Source source;
   std::copy(instance.begin(), instance.end(), source.instance.begin());
   source.machine = machine;
-  source.serial = began;
+  source.serial = serial;
   known.source = m_hub.AddSource(std::move(source));
   return known.source;
 }
@@ -106,8 +113,13 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
   if (word.delivered() < before.delivered || word.lost() < before.lost ||
       word.delivered() - before.delivered != (frame ? frame->numbered : 0))
     return Say(why, "a ledger does not count what came");
-  const std::uint64_t began = word.serial() - word.delivered() - word.lost();
-  const std::shared_ptr<Source> source = m_inlet.SourceFor(word.instance(), began, m_machine);
+  // Where the source stands on this stream before this word.
+  const std::uint64_t stands =
+      word.serial() - (word.delivered() - before.delivered) - (word.lost() - before.lost);
+  const std::shared_ptr<Source> source = m_inlet.SourceFor(word.instance(), stands, m_machine);
+  // Monitors would believe no larger number, not even of others on this stream.
+  if (std::max(source->serial, stands) > kSerialMax - (word.serial() - stands))
+    return Say(why, "its ledgers count more than there can be");
   if (frame && !frame->traces.empty()) {
     const RawTrace first(frame->traces.front().data());
     source->machine = m_names.TextOf(first.MachineId());
@@ -115,8 +127,8 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
     source->pid = m_names.TextOf(first.PidId());
   }
   Hub& hub = m_inlet.m_hub;
-  if (isNew && began > source->serial)
-    hub.Lose(source, began - source->serial,
+  if (isNew && stands > source->serial)
+    hub.Lose(source, stands - source->serial,
              "the trace service of " + m_machine + " ended before it could hand them on");
   if (frame)
     for (const Bytes trace : frame->traces) hub.Take(source, m_names, trace, {});

@@ -3,7 +3,8 @@
 // Shape    Each stream has an id of its forwarder's choice, which lives over broken links: a data
 //          frame counts as taken when the ledger behind it has come, and then it is in the hub. A
 //          data frame holds traces of one source, the one that its ledger names.
-// Owner    Keeps streams and sources over reconnects, the oldest go when there are too many.
+// Owner    Keeps streams and sources over reconnects. When there are too many, the oldest go that
+//          no connection uses.
 // Errors   A frame that contradicts itself ends the connection with a reason; nothing of it was
 //          taken.
 // Threads  The service's one thread.
@@ -21,9 +22,12 @@ class ForwardInlet {
 
   explicit ForwardInlet(Hub& hub) : m_hub(hub) {}
 
-  // One forwarder's stream, known to one connection at a time.
+  // One forwarder's stream. It belongs to the connection that opened it last: what still comes over
+  // an older one is not to be taken.
   class Stream {
    public:
+    // Grows with each Open.
+    std::uint64_t Turn() const { return m_turn; }
     bool TakeData(Bytes body, std::string* why);
     // `taken` grows when this ledger completed a data frame.
     bool TakeLedger(const quor::wire::Ledger& ledger, std::string* why);
@@ -49,7 +53,7 @@ class ForwardInlet {
     SourceNames m_names;
     std::vector<std::uint8_t> m_held;
     std::map<std::string, Word> m_words;
-    std::uint64_t m_taken = 0, m_used = 0;
+    std::uint64_t m_taken = 0, m_turn = 0;
   };
 
   // Null and a reason for an id that is none.
@@ -61,9 +65,11 @@ class ForwardInlet {
     std::shared_ptr<Source> source;
     std::uint64_t used = 0;
   };
-  std::shared_ptr<Source> SourceFor(const std::string& instance, std::uint64_t began,
+  // `serial`: how many traces it had produced when it came here, if it is new.
+  std::shared_ptr<Source> SourceFor(const std::string& instance, std::uint64_t serial,
                                     const std::string& machine);
   void ForgetOldestSource();
+  void ForgetOldestStream();
 
   Hub& m_hub;
   std::map<std::string, std::shared_ptr<Stream>> m_streams;

@@ -126,6 +126,8 @@ bool Forwarder::Handle(const Frame& frame) {
       AskToForward();
       return true;
     case State::Asking:
+      // The last of a stream that ended may still be told.
+      if (frame.type == FrameType::Taken) return true;
       return frame.type == FrameType::Response && Parse(frame, &response) &&
              response.error() == quor::wire::ERROR_NONE && BeginStream(response.taken());
     case State::Up:
@@ -169,11 +171,28 @@ bool Forwarder::BeginStream(std::uint64_t taken) {
 bool Forwarder::DropTaken(std::uint64_t taken) {
   if (taken < m_base || taken - m_base > m_kept.size()) return false;
   for (; m_base < taken; ++m_base) {
-    m_inFlight -= m_kept.front().records->size();
+    m_inFlight -= m_kept.front().Bytes();
     m_kept.pop_front();
   }
   Pump();
+  RenewNames();
   return true;
+}
+
+bool Forwarder::IsIdle() const {
+  return !m_hub.HasSources() && !m_hub.HasOpenBatch() && m_kept.empty() && m_queue.IsEmpty();
+}
+
+// Processes that come and go use them up in days, and this hub has its stream for ever.
+void Forwarder::RenewNames() {
+  if (m_state != State::Up || !m_hub.Names().IsFull()) return;
+  if (m_hub.HasOpenBatch() || !m_kept.empty() || !m_queue.IsEmpty()) return;
+  m_hub.Remove(*this);
+  m_hub.Add(*this);
+  NewStreamId();
+  m_queue.Restart({});
+  m_state = State::Asking;
+  AskToForward();
 }
 
 void Forwarder::SendKept() {
@@ -187,8 +206,8 @@ void Forwarder::Pump() {
   Outgoing out;
   while (m_state == State::Up && m_inFlight < kWindowBytes && m_queue.Next(out)) {
     if (!out.records->empty()) {
-      m_inFlight += out.records->size();
       m_kept.push_back({out.batch, out.names, out.records, out.ledger});
+      m_inFlight += m_kept.back().Bytes();
       m_connection->SendData(out.names, out.records);
     }
     m_connection->Send(FrameType::Ledger, out.ledger);

@@ -2,7 +2,8 @@
 //
 // Shape    A hub of its own, whose one stream is the link. What was sent is kept until the other
 //          side has it, and sent again after a broken link; a bounded store rides the break out and
-//          counts what it must drop.
+//          counts what it must drop. When the names of its hub are used up, it begins another
+//          stream, with names of its own, as soon as nothing is under way.
 // Owner    Keeps its hub; asynchronous work keeps what it needs.
 // Errors   A link that cannot be made is tried again with back-off, told in the log once per
 //          reason.
@@ -31,6 +32,8 @@ class Forwarder final : public HubStream,
   std::weak_ptr<Connection> Stop();
 
   Hub& Traces() { return m_hub; }
+  // No application traces into it, and everything has arrived.
+  bool IsIdle() const;
   void OnBatch(const SharedBatch& batch) override;
 
  private:
@@ -47,11 +50,13 @@ class Forwarder final : public HubStream,
   void SendKept();
   void Pump();
   void NewStreamId();
+  void RenewNames();
 
   struct Kept {
     SharedBatch batch;
     SharedBytes names, records;
     quor::wire::Ledger ledger;
+    std::size_t Bytes() const { return records->size() + (names ? names->size() : 0); }
   };
   enum class State { Down, Greeting, Asking, Up };
 
@@ -68,6 +73,6 @@ class Forwarder final : public HubStream,
   std::string m_streamId;
   std::deque<Kept> m_kept;       // sent and not known to be taken
   std::uint64_t m_base = 0;      // data frames of this stream that were taken
-  std::uint64_t m_inFlight = 0;  // bytes of m_kept
+  std::uint64_t m_inFlight = 0;  // bytes of m_kept, but for ledgers
   bool m_stopped = false;
 };

@@ -71,7 +71,7 @@ void ClientSession::OnClosed(const std::string& reason) {
   const auto self = shared_from_this();
   Log(IsGreeted() ? LogLevel::Info : LogLevel::Warning, m_peer.words + " has gone: " + reason);
   m_monitor.reset();
-  if (m_forwarded) m_forwarded->Break();
+  if (m_forwarded && m_forwarded->Turn() == m_forwardedTurn) m_forwarded->Break();
   CloseHandles();
   m_host.OnEnded(*this);
 }
@@ -260,9 +260,13 @@ bool ClientSession::Submit(const quor::wire::Submit& submit, Response* response)
 
 bool ClientSession::Forward(const quor::wire::Forward& forward, Response* response) {
   std::string why;
-  m_forwarded = m_context.inlet.Open(forward.stream(), forward.machine(), &why);
-  if (!m_forwarded) return Fail(response, ERROR_BAD_REQUEST, why);
+  const auto stream = m_context.inlet.Open(forward.stream(), forward.machine(), &why);
+  if (!stream) return Fail(response, ERROR_BAD_REQUEST, why);
+  // Who begins another stream goes on with the first no more.
+  if (m_forwarded && m_forwardedId != forward.stream()) m_context.inlet.Forget(m_forwardedId);
+  m_forwarded = stream;
   m_forwardedId = forward.stream();
+  m_forwardedTurn = stream->Turn();
   m_connection->LimitFrames(kDataFrameBytesMax);
   response->set_taken(m_forwarded->Taken());
   return true;
@@ -270,6 +274,8 @@ bool ClientSession::Forward(const quor::wire::Forward& forward, Response* respon
 
 void ClientSession::TakeForwarded(const Frame& frame) {
   std::string why;
+  if (m_forwarded->Turn() != m_forwardedTurn)
+    return End("another connection goes on with its stream");
   if (frame.type == FrameType::Data) {
     if (!m_forwarded->TakeData(frame.body, &why)) End("malformed: " + why);
     return;
@@ -283,5 +289,7 @@ void ClientSession::TakeForwarded(const Frame& frame) {
   if (!m_connection->Send(FrameType::Taken, taken)) return End("it does not read what was taken");
   if (!m_forwarded->IsWornOut()) return;
   m_context.inlet.Forget(m_forwardedId);
-  End("its stream has had too many sources and is to begin anew");
+  // The word on what was taken goes out before the end.
+  m_connection->CloseAfterWriting();
+  OnClosed("its stream has had too many sources and is to begin anew");
 }

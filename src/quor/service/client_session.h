@@ -81,5 +81,6 @@ class ClientSession final : public Connection::Handler,
   std::unique_ptr<MonitorStream> m_monitor;
   std::shared_ptr<ForwardInlet::Stream> m_forwarded;
   std::string m_forwardedId;
+  std::uint64_t m_forwardedTurn = 0;
   std::multiset<std::string> m_handles;
 };

@@ -8,13 +8,22 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 namespace {
 
+using std::chrono::milliseconds;
 constexpr int kFirstHanded = 3;
 constexpr int kQueueLength = 512;
+// A service that was just told to end has not read that yet, and `quord status` holds the lock for
+// the time of a look.
+constexpr milliseconds kLockPatience{500};
+constexpr milliseconds kEndingPatience{10000};
+constexpr milliseconds kLockAgain{10};
+constexpr const char* kEnding = "ending";
 
 bool Say(std::string* why, const std::string& reason) {
   *why = reason;
@@ -45,6 +54,21 @@ bool FillAddress(const std::string& path, sockaddr_un* address, std::string* why
   return true;
 }
 
+bool HolderIsEnding(int lock) {
+  char text[32] = {};
+  return pread(lock, text, sizeof text - 1, 0) > 0 && std::strstr(text, kEnding);
+}
+
+bool TakeLock(int lock) {
+  const auto began = std::chrono::steady_clock::now();
+  while (flock(lock, LOCK_EX | LOCK_NB) != 0) {
+    const auto patience = HolderIsEnding(lock) ? kEndingPatience : kLockPatience;
+    if (std::chrono::steady_clock::now() - began > patience) return false;
+    std::this_thread::sleep_for(kLockAgain);
+  }
+  return true;
+}
+
 bool SomebodyAnswers(const sockaddr_un& address) {
   const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (probe < 0) return false;
@@ -68,7 +92,7 @@ bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
   const std::string path = FolderOf(socketPath) + "/quord.lock";
   m_lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (m_lock < 0) return SayError(why, path);
-  if (flock(m_lock, LOCK_EX | LOCK_NB) != 0) {
+  if (!TakeLock(m_lock)) {
     const pid_t holder = ServicePid(socketPath);
     close(m_lock);
     m_lock = -1;
@@ -105,13 +129,20 @@ bool LocalDoor::Adopt(const std::string& socketPath, int descriptor, std::string
   return Lock(socketPath, why);
 }
 
-void LocalDoor::Close() {
+void LocalDoor::StopListening() {
   if (m_own) unlink(m_path.c_str());
   m_own = false;
   if (m_descriptor >= 0) close(m_descriptor);
+  m_descriptor = -1;
+  const std::string words = std::to_string(getpid()) + " " + kEnding + "\n";
+  if (m_lock >= 0 && pwrite(m_lock, words.data(), words.size(), 0) < 0) return;
+}
+
+void LocalDoor::Close() {
+  StopListening();
   // The lock file stays: removing it would let two services lock two files of one name.
   if (m_lock >= 0) close(m_lock);
-  m_descriptor = m_lock = -1;
+  m_lock = -1;
 }
 
 pid_t ServicePid(const std::string& socketPath) {

@@ -1,9 +1,12 @@
 // The unix socket of the service: a private folder, a lock, and never somebody else's socket.
 //
 // Shape    <folder>/quord.sock, or the path that $QUOR_SOCKET names, and beside it quord.lock.
+//          The lock file holds the pid of who has the lock, and the word "ending" behind it once
+//          that takes nobody in any more.
 // Owner    Holds the lock and the listening descriptor; the end removes the socket, unless it was
 //          handed over by the system, which keeps it.
-// Errors   False and a reason.
+// Errors   False and a reason. A lock that is held is waited for: a moment, and longer while its
+//          holder ends.
 // Threads  One.
 #pragma once
 
@@ -23,6 +26,8 @@ class LocalDoor {
   bool Open(const std::string& socketPath, std::string* why);
   // With a socket that listens already (socket activation). The lock is taken all the same.
   bool Adopt(const std::string& socketPath, int descriptor, std::string* why);
+  // Nobody comes in any more. The lock is still held: what it guards is in use until the end.
+  void StopListening();
   void Close();
 
   int Descriptor() const { return m_descriptor; }
@@ -42,7 +47,7 @@ std::string FolderOf(const std::string& path);
 pid_t ServicePid(const std::string& socketPath);
 
 // The first descriptor that the system has handed over to this process and the path it listens on;
-// -1 when none was. `environment` as LISTEN_PID and LISTEN_FDS; their variables are removed.
+// -1 when none was. It is told by LISTEN_PID and LISTEN_FDS, which are removed.
 int TakeHandedSocket(std::string* path);
 
 // Who is at the other end of a unix socket, by the kernel.

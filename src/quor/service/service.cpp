@@ -9,7 +9,9 @@
 
 #include <asio/post.hpp>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
+#include <optional>
 
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/log/log.h"
@@ -29,6 +31,22 @@ std::string NewInstance() {
   std::string bytes(16, '\0');
   RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), 16);
   return bytes;
+}
+
+// "address:port" or "[address]:port"; port 0 lets the system choose one.
+std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text) {
+  const std::size_t colon = text.rfind(':');
+  if (colon == text.npos) return std::nullopt;
+  std::string address = text.substr(0, colon);
+  if (address.size() > 2 && address.front() == '[' && address.back() == ']')
+    address = address.substr(1, address.size() - 2);
+  std::uint16_t port = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, wrong] = std::from_chars(text.data() + colon + 1, end, port);
+  std::error_code error;
+  const auto parsed = asio::ip::make_address(address, error);
+  if (error || wrong != std::errc() || stop != end) return std::nullopt;
+  return asio::ip::tcp::endpoint(parsed, port);
 }
 
 bool MakeFolders(const std::string& path, std::string* why) {
@@ -92,28 +110,22 @@ bool Service::OpenListeners(std::string* why) {
   m_tls = MakeServerTls(m_options.keysFolder, why);
   if (!m_tls) return false;
   for (const std::string& text : m_options.listen) {
-    const std::size_t colon = text.rfind(':');
-    std::string address = text.substr(0, colon);
-    if (address.size() > 2 && address.front() == '[')
-      address = address.substr(1, address.size() - 2);
-    const long port = colon == text.npos ? -1 : std::strtol(text.c_str() + colon + 1, nullptr, 10);
-    std::error_code error;
-    const auto parsed = asio::ip::make_address(address, error);
-    if (error || port < 0 || port > 65535) {
+    const auto endpoint = EndpointOf(text);
+    if (!endpoint) {
       *why = "\"" + text + "\" is not ADDRESS:PORT";
       return false;
     }
-    const asio::ip::tcp::endpoint endpoint(parsed, static_cast<std::uint16_t>(port));
+    std::error_code error;
     asio::ip::tcp::acceptor acceptor(m_io);
-    acceptor.open(endpoint.protocol(), error);
+    acceptor.open(endpoint->protocol(), error);
     if (!error) acceptor.set_option(asio::socket_base::reuse_address(true), error);
-    if (!error) acceptor.bind(endpoint, error);
+    if (!error) acceptor.bind(*endpoint, error);
     if (!error) acceptor.listen(asio::socket_base::max_listen_connections, error);
     if (error) {
       *why = text + ": " + error.message();
       return false;
     }
-    Log(LogLevel::Info, "listening on " + address + ":" +
+    Log(LogLevel::Info, "listening on " + endpoint->address().to_string() + ":" +
                             std::to_string(acceptor.local_endpoint().port()) + " (mutual TLS)");
     m_listeners.push_back(std::move(acceptor));
   }
@@ -234,6 +246,7 @@ Hub& Service::HubForMachine(const std::string& machine) {
   const std::string key = to->host + ":" + std::to_string(to->port);
   if (const auto known = m_forwarders.find(key); known != m_forwarders.end())
     return known->second->Traces();
+  if (m_forwarders.size() >= kForwardersMax) EndIdleForwarders();
   if (m_forwarders.size() >= kForwardersMax) {
     Log(LogLevel::Warning, "traces for " + key + " stay here: too many machines to forward to");
     return m_hub;
@@ -245,6 +258,15 @@ Hub& Service::HubForMachine(const std::string& machine) {
   m_forwarders[key] = forwarder;
   forwarder->Start();
   return forwarder->Traces();
+}
+
+// To machines that were some application's sink once.
+void Service::EndIdleForwarders() {
+  std::erase_if(m_forwarders, [](const auto& entry) {
+    const bool idle = entry.second->IsIdle();
+    if (idle) entry.second->Stop();
+    return idle;
+  });
 }
 
 void Service::Tick() {
@@ -294,7 +316,7 @@ void Service::CloseDoors() {
   std::error_code ignored;
   m_local.close(ignored);
   for (asio::ip::tcp::acceptor& listener : m_listeners) listener.close(ignored);
-  m_door.Close();
+  m_door.StopListening();
   const auto arrivals = std::exchange(m_arrivals, {});
   for (const auto& arrival : arrivals) arrival->Stop();
 }

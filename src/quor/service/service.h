@@ -50,6 +50,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   void OnGone(LocalArrival& arrival) override;
   void OnEnded(ClientSession& session) override;
   Hub& HubForMachine(const std::string& machine) override;
+  void EndIdleForwarders();
   void Tick();
   void Stop();
   void CloseDoors();

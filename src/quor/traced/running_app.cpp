@@ -166,10 +166,7 @@ bool RunningApp::Handle(const LinkFrame& frame) {
     case LinkType::Points:
       return ReadPoints();
     case LinkType::Report:
-      if (m_app.CurrentHub())
-        m_app.CurrentHub()->Lose(m_app.CurrentSource(), frame.report.lost & 0xFFFFFFFFFF,
-                                 frame.report.text);
-      return true;
+      return m_app.Report(frame.report.lost, frame.report.text);
     default:
       return false;
   }

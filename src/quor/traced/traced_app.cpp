@@ -109,6 +109,13 @@ bool TracedApp::TakeItem(const RingItem& item) {
   return true;
 }
 
+bool TracedApp::Report(std::uint64_t lost, const std::string& text) {
+  if (!m_hub) return true;
+  if (lost > kCountMax || m_source->serial > kCountMax) return false;
+  m_hub->Lose(m_source, lost, text);
+  return true;
+}
+
 TracedApp::Step TracedApp::Drain(std::size_t traces, bool dead) {
   if (m_broken) return Step::Broken;
   if (!m_consumer || !m_hub) return Step::Empty;

@@ -31,7 +31,6 @@ class TracedApp {
   // Whose stream the traces are of from now on. Ends the old source.
   void Enter(Hub& hub);
   void Leave();
-  Hub* CurrentHub() const { return m_hub; }
   const std::shared_ptr<Source>& CurrentSource() const { return m_source; }
 
   void Begin();  // takes out of the ring
@@ -44,6 +43,8 @@ class TracedApp {
   Step Drain(std::size_t traces, bool dead);
   RingConsumer::Wait BeginWait();
   void EndWait();
+  // What the application tells of itself, and what it lost with that. False: it cannot be true.
+  bool Report(std::uint64_t lost, const std::string& text);
 
   // Points registered since the last call. False: broken.
   bool ReadPoints(std::vector<TracedPoint>& points);

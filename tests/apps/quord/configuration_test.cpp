@@ -152,6 +152,28 @@ TEST_F(Configuration, AFileSinkIsWrittenByTheApplicationAndBackAtTheSocketNothin
   EXPECT_EQ(monitor.lost, 0u);
 }
 
+TEST_F(Configuration, MachinesThatWereASinkOnceMakeRoomForOthers) {
+  quord.Start();
+  QuordClient monitor, client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  TracedChild app([](TracedChild& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    QUOR_TRACE_INFO(connect_point, "home again");
+    self.AwaitGo();
+    return 0;
+  });
+  ASSERT_TRUE(WaitFor([&] { return client.Ask(GetAppRequest("orders")).app().running(); }));
+  for (int port = 1; port <= 80; ++port)
+    ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "127.0.0.1:" + std::to_string(port))).error(),
+              ERROR_NONE);
+  EXPECT_EQ(quord.Log().find("too many machines"), std::string::npos);
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "localhost")).error(), ERROR_NONE);
+  app.Go();
+  EXPECT_TRUE(monitor.Sees("home again"));
+}
+
 TEST_F(Configuration, AFileThatCannotBeWrittenIsToldInTheStream) {
   quord.Start();
   QuordClient monitor, client(quord.SocketPath());

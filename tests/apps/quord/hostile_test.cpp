@@ -161,6 +161,82 @@ TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
   close(event);
 }
 
+TEST_F(Hostile, AnApplicationThatReportsMoreLossesThanCanBeLosesItsLinkAndMonitorsGoOn) {
+  const int event = eventfd(0, EFD_CLOEXEC);
+  SegmentMap segment;
+  ASSERT_TRUE(segment.Create({64, 4096, 4096}, 1, 12345));
+  const int descriptors[] = {segment.Descriptor(), event};
+  const int link = ConnectToService(quord.SocketPath().c_str());
+  ASSERT_TRUE(SendOnLink(link, EncodeHello(Named("liar")), descriptors, 2));
+  const Bytes_t report = EncodeReport({std::uint64_t{1} << 47, "a lie"});
+  while (SendOnLink(link, report)) {
+  }
+  close(link);
+  close(event);
+  EXPECT_TRUE(quord.Says("link ended: a message that has no place here"));
+  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), !witness.losses.empty(); }));
+  EXPECT_LT(witness.lost, std::uint64_t{1} << 50);
+  EXPECT_FALSE(witness.ended);
+}
+
+// A forwarder's connection on which a stream is open.
+struct ForwardClient {
+  ForwardClient(const std::string& path, const std::string& stream) : client(path) {
+    EXPECT_TRUE(client.Hello(quor::wire::ROLE_FORWARD));
+    Request request;
+    request.mutable_forward()->set_stream(stream);
+    request.mutable_forward()->set_machine("other");
+    EXPECT_EQ(client.Ask(request).error(), quor::wire::ERROR_NONE);
+  }
+  void OneTrace() {
+    Bytes_t body(1 + RawTrace::kFixedBytes);
+    body[0] = 11;
+    client.SendRaw(EncodeFrame(FrameType::Data, body));
+  }
+  void Word(std::uint64_t serial, std::uint64_t delivered, std::uint64_t lost) {
+    quor::wire::Ledger ledger;
+    auto* const word = ledger.add_sources();
+    word->set_instance(std::string(16, 'i'));
+    word->set_serial(serial);
+    word->set_delivered(delivered);
+    word->set_lost(lost);
+    client.Send(FrameType::Ledger, ledger);
+  }
+  QuordClient client;
+};
+
+TEST_F(Hostile, ForwardersWhoseLossesAddUpToMoreThanMonitorsBelieveAreEndedAndMonitorsGoOn) {
+  constexpr std::uint64_t kMost = std::uint64_t{1} << 56;
+  ForwardClient first(quord.SocketPath(), std::string(16, 'a'));
+  first.Word(kMost, 0, kMost);
+  first.Word(kMost, 0, kMost);
+  ForwardClient second(quord.SocketPath(), std::string(16, 'b'));
+  second.Word(kMost, 0, kMost);
+  EXPECT_TRUE(IsEnded(second.client));
+  EXPECT_TRUE(quord.Says("its ledgers count more than there can be"));
+  EXPECT_FALSE(witness.ended);
+  witness.Pump();
+  EXPECT_LE(witness.lost, kMost);
+}
+
+TEST_F(Hostile, OfTwoConnectionsWithOneStreamTheLaterGoesOnAndTheFirstDoesNotDisturbIt) {
+  const std::string stream(16, 's');
+  ForwardClient first(quord.SocketPath(), stream);
+  first.OneTrace();
+  ForwardClient second(quord.SocketPath(), stream);
+  second.OneTrace();
+  Request request;
+  request.mutable_list_apps();  // is answered behind the trace
+  EXPECT_EQ(second.client.Ask(request).error(), quor::wire::ERROR_ACCESS);
+  first.Word(1, 1, 0);
+  EXPECT_TRUE(IsEnded(first.client));
+  EXPECT_TRUE(quord.Says("another connection goes on with its stream"));
+  second.Word(1, 1, 0);
+  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
+  second.client.Pump();
+  EXPECT_FALSE(second.client.ended);
+}
+
 TEST_F(Hostile, AForwarderThatLiesIsEndedAndNothingOfTheFrameWasTaken) {
   QuordClient client(quord.SocketPath());
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_FORWARD));

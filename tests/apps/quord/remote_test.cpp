@@ -253,6 +253,48 @@ TEST_F(Forwarding, TheOtherServiceKilledAndRestartedIsBridged) {
   EXPECT_EQ(monitor.delivered + monitor.lost + monitor.gaps, 3000u);
 }
 
+TEST_F(Forwarding, NamesThatAreUsedUpAreBegunAnewWhenNothingIsUnderWay) {
+  // More threads than there are names, as of processes that come and go for days.
+  const auto traceAs = [](const std::string& prefix, int threads) {
+    return [prefix, threads](TracedChild&) {
+      quor_application("orders");
+      for (int i = 0; i < threads; ++i) {
+        quor_thread_name((prefix + std::to_string(i)).c_str());
+        QUOR_TRACE_INFO(connect_point, "{}{}", prefix, i);
+        if (i % 500 == 499) quor_flush(10000);
+      }
+      return quor_flush(10000) == 1 ? 0 : 1;
+    };
+  };
+  constexpr int kThreads = 40000;
+  monitor.keepTraces = false;
+  std::uint64_t traced = 0;
+  for (const char* const prefix : {"a", "b"}) {
+    TracedChild app(traceAs(prefix, kThreads));
+    traced += kThreads;
+    ASSERT_TRUE(
+        WaitFor([&] { return monitor.Pump(), monitor.delivered + monitor.lost == traced; }, 60000));
+    EXPECT_EQ(app.Wait(), 0);
+  }
+  const auto streams = [&] {
+    const std::string log = near->Log();
+    int count = 0;
+    for (std::size_t at = 0; (at = log.find("forwarding to ", at)) != log.npos; ++at) ++count;
+    return count;
+  };
+  ASSERT_TRUE(WaitFor([&] { return streams() == 2; })) << near->Log();
+  // The other side has had its names too; with its monitor gone it begins anew.
+  monitor.Close();
+  QuordClient later;
+  ASSERT_TRUE(later.Monitor(quord.SocketPath()));
+  TracedChild app(traceAs("c", 10));
+  ASSERT_TRUE(later.Sees("c9"));
+  EXPECT_EQ(app.Wait(), 0);
+  for (const SeenTrace& trace : later.traces) EXPECT_EQ(trace.component, "Net");
+  EXPECT_EQ(later.delivered, 10u);
+  EXPECT_EQ(monitor.lost, 0u);
+}
+
 TEST_F(Forwarding, TheForwardingServiceKilledIsACountedGapAtTheOther) {
   TracedChild app(TraceInSteps);
   ASSERT_EQ(app.Told(), 0u);

@@ -8,7 +8,7 @@
 namespace {
 
 const std::map<std::string, std::uint32_t> kSettings = {
-    {"off", 0}, {"support", 7}, {"developer", 15}, {"max", 31}};
+    {"off", 0}, {"support", 7}, {"developer", 15}, {"max", 799}};
 
 class Parser {
  public:

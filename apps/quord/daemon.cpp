@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "commands.h"
 #include "quor/protocol/tls.h"
@@ -16,8 +17,6 @@
 #include "quor/service/service.h"
 
 namespace {
-
-constexpr off_t kLogBytesMax = 1 << 20;
 
 std::string Environment(const char* name) {
   const char* const value = std::getenv(name);
@@ -38,13 +37,21 @@ std::string StateFolder(const ServeCommand& command, const std::string& socketPa
   return FolderOf(socketPath) + "/state";
 }
 
+// In the background the service and its keeper leave the folder that they were started in.
+std::string Absolute(const std::string& path) {
+  std::error_code ignored;
+  const std::string absolute = std::filesystem::absolute(path, ignored).string();
+  return absolute.empty() ? path : absolute;
+}
+
 ServiceOptions OptionsOf(const ServeCommand& command) {
   ServiceOptions options;
   options.handedSocket = TakeHandedSocket(&options.socketPath);
   if (options.handedSocket < 0) options.socketPath = SocketPathIn(command.socketFolder);
-  options.stateFolder = StateFolder(command, options.socketPath);
+  options.socketPath = Absolute(options.socketPath);
+  options.stateFolder = Absolute(StateFolder(command, options.socketPath));
   options.listen = command.listen;
-  options.keysFolder = command.keysFolder.empty() ? KeysFolder() : command.keysFolder;
+  options.keysFolder = Absolute(command.keysFolder.empty() ? KeysFolder() : command.keysFolder);
   options.defaultSettings = command.defaultSettings;
   return options;
 }
@@ -70,18 +77,13 @@ int Fail(const std::string& why) {
   return kExitNo;
 }
 
-// Standard error goes to a file beside the state; the one before is kept when it has grown large.
+// Standard error goes to a file beside the state.
 void Detach(const std::string& stateFolder) {
   setsid();
-  const std::string path = stateFolder + "/quord.log";
-  struct stat status {};
-  if (stat(path.c_str(), &status) == 0 && status.st_size > kLogBytesMax)
-    std::rename(path.c_str(), (path + ".1").c_str());
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-  const int log = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
   dup2(nothing, STDIN_FILENO);
   dup2(nothing, STDOUT_FILENO);
-  dup2(log >= 0 ? log : nothing, STDERR_FILENO);
+  if (!LogToFile(stateFolder + "/quord.log")) dup2(nothing, STDERR_FILENO);
   if (chdir("/") != 0) return;
 }
 
@@ -116,6 +118,7 @@ std::string SocketPathIn(const std::string& folder) {
 
 int Serve(const ServeCommand& command) {
   SetLogLevel(command.logLevel);
+  umask(077);  // state, log and sockets are this user's alone
   if (!command.foreground && Environment("LISTEN_FDS").empty()) return ServeInBackground(command);
   Service service(OptionsOf(command));
   std::string why;

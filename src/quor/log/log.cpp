@@ -1,15 +1,24 @@
 #include "quor/log/log.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
 namespace {
 
+constexpr std::size_t kLineBytesMax = 2000;  // a pipe that has room has room for this
+
 LogLevel g_level = LogLevel::Info;
+std::string g_file;  // that standard error goes to; empty: not ours
+std::uint64_t g_unwritten = 0;
 
 constexpr std::array<std::pair<const char*, LogLevel>, 4> kWords = {{
     {"error", LogLevel::Error},
@@ -21,7 +30,7 @@ constexpr std::array<std::pair<const char*, LogLevel>, 4> kWords = {{
 std::string Head(LogLevel level) {
   // The journal adds the time itself and takes the level from the number.
   static const bool journal = std::getenv("JOURNAL_STREAM") != nullptr;
-  if (journal) return "<" + std::to_string(static_cast<int>(level)) + ">";
+  if (journal && g_file.empty()) return "<" + std::to_string(static_cast<int>(level)) + ">";
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   tm utc{};
@@ -34,7 +43,46 @@ std::string Head(LogLevel level) {
   return head;
 }
 
+bool OpenFile() {
+  const int log = open(g_file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  if (log < 0) return false;
+  dup2(log, STDERR_FILENO);
+  close(log);
+  return true;
+}
+
+void RenewLargeFile() {
+  struct stat status {};
+  if (g_file.empty() || fstat(STDERR_FILENO, &status) != 0 || status.st_size < kLogFileBytesMax)
+    return;
+  if (std::rename(g_file.c_str(), (g_file + ".1").c_str()) == 0) OpenFile();
+}
+
+// A service that waits for the reader of its words would hold up everybody.
+bool CanWrite() {
+  pollfd ready{STDERR_FILENO, POLLOUT, 0};
+  return poll(&ready, 1, 0) == 1 && (ready.revents & POLLOUT) != 0;
+}
+
+void WriteLine(LogLevel level, const std::string& text) {
+  std::string line = (Head(level) + text).substr(0, kLineBytesMax);
+  for (char& byte : line)
+    if (static_cast<unsigned char>(byte) < ' ' || byte == 0x7F) byte = '?';
+  line += '\n';
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+}
+
 }  // namespace
+
+bool LogToFile(const std::string& path) {
+  g_file = path;
+  if (!OpenFile()) {
+    g_file.clear();
+    return false;
+  }
+  RenewLargeFile();
+  return true;
+}
 
 std::optional<LogLevel> LogLevelOf(const std::string& word) {
   for (const auto& [known, level] : kWords)
@@ -48,9 +96,12 @@ void SetLogLevel(LogLevel level) {
 
 void Log(LogLevel level, const std::string& text) {
   if (level > g_level) return;
-  std::string line = Head(level) + text;
-  for (char& byte : line)
-    if (static_cast<unsigned char>(byte) < ' ' || byte == 0x7F) byte = '?';
-  line += '\n';
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+  RenewLargeFile();
+  if (!CanWrite()) {
+    ++g_unwritten;
+    return;
+  }
+  if (const std::uint64_t unwritten = std::exchange(g_unwritten, 0); unwritten > 0)
+    WriteLine(LogLevel::Warning, std::to_string(unwritten) + " lines could not be written here");
+  WriteLine(level, text);
 }

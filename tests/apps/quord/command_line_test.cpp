@@ -1,4 +1,6 @@
 // The command line of quord, as its user meets it.
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -46,6 +48,59 @@ TEST_F(CommandLine, WithoutForegroundItServesInTheBackgroundWhenTheCommandReturn
   EXPECT_TRUE(WaitFor([&] { return ReadAll(log).find("ended") != std::string::npos; }));
 }
 
+TEST_F(CommandLine, OneThatIsStartedWhileAnotherEndsTakesItsPlace) {
+  quord.Start();
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
+  const pid_t first = quord.Pid();
+  kill(first, SIGTERM);
+  // The client does not close its end, so that the first one has to be patient.
+  quord.Start();
+  EXPECT_EQ(WaitForExit(first), 0);
+  EXPECT_EQ(quord.Run({"status"}), 0);
+  EXPECT_EQ(quord.Stop(), 0);
+}
+
+TEST_F(CommandLine, FoldersMayBeNamedFromWhereItIsStarted) {
+  const std::string folder = quord.Folder().Path();
+  mkdir((folder + "/sockets").c_str(), 0700);
+  const auto here = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--socket-dir", "sockets"});
+    return WaitForExit(quord.Spawn(arguments, "env -C " + folder));
+  };
+  EXPECT_EQ(here({"--state-dir", "kept"}), 0);
+  EXPECT_EQ(here({"status"}), 0);
+  const std::string socket = folder + "/sockets/quord.sock";
+  const pid_t pid = std::stoi(ReadAll(folder + "/sockets/quord.lock"));
+  kill(pid, SIGTERM);
+  EXPECT_TRUE(WaitFor([&] { return access(socket.c_str(), F_OK) != 0; }));
+  EXPECT_EQ(access((folder + "/kept/state.db").c_str(), F_OK), 0);
+  EXPECT_TRUE(
+      WaitFor([&] { return access((folder + "/sockets/keeper.sock").c_str(), F_OK) != 0; }));
+}
+
+TEST_F(CommandLine, AStateThatCannotBeKeptIsToldAndTracesAreTakenAllTheSame) {
+  std::filesystem::create_directories(quord.Folder().File("state/state.db"));
+  quord.Start();
+  EXPECT_TRUE(quord.Says("what is configured will not survive a restart"));
+  QuordClient client(quord.SocketPath());
+  EXPECT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
+}
+
+TEST_F(CommandLine, WhatItWritesIsForItsUserAlone) {
+  const mode_t before = umask(0);
+  EXPECT_EQ(quord.Run({}), 0);
+  umask(before);
+  for (const char* const name :
+       {"state", "state/state.db", "state/quord.log", "quord.lock", "quord.sock", "keeper.sock"}) {
+    struct stat status {};
+    ASSERT_EQ(lstat(quord.Folder().File(name).c_str(), &status), 0) << name;
+    EXPECT_EQ(status.st_mode & 077u, 0u) << name;
+  }
+  kill(std::stoi(ReadAll(quord.Folder().File("quord.lock"))), SIGTERM);
+  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
+}
+
 TEST_F(CommandLine, StatusForProgramsIsJson) {
   quord.Start();
   const std::size_t before = quord.Log().size();
@@ -73,7 +128,8 @@ TEST_F(CommandLine, ListeningWithoutKeysOrAtNoAddressIsRefused) {
   EXPECT_EQ(quord.Run({"--foreground", "--listen", "127.0.0.1:0"}), 1);
   EXPECT_TRUE(quord.Says("server.key"));
   EXPECT_EQ(quord.Run({"keys", "init"}), 0);
-  EXPECT_EQ(quord.Run({"--foreground", "--listen", "somewhere"}), 1);
+  for (const char* const nowhere : {"somewhere", "127.0.0.1:", "127.0.0.1:80x", "[::1:80", "::1"})
+    EXPECT_EQ(quord.Run({"--foreground", "--listen", nowhere}), 1) << nowhere;
   EXPECT_TRUE(quord.Says("is not ADDRESS:PORT"));
 }
 

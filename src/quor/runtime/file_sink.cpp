@@ -76,7 +76,6 @@ void FileSink::End() {
   DrainReserved();
   Push();
   m_ring.EndWait();
-  m_ring.Publish();
   m_files.End();
 }
 
@@ -85,10 +84,9 @@ std::size_t FileSink::Drain(std::size_t traces) {
   RingItem item;
   while (taken < traces && m_ring.Next(item) == RingStep::Item) {
     Take(item);
-    // The room is given back in batches: the producers look at it only when they run out.
-    if (++taken % 256 == 0) m_ring.Publish();
+    ++taken;
+    if (m_used == 0) m_ring.Publish();
   }
-  if (taken != 0) m_ring.Publish();
   return taken;
 }
 
@@ -106,6 +104,11 @@ void FileSink::DrainReserved() {
 
 void FileSink::Push() {
   if (m_missed != 0 && Ready()) TellMissed();
+  PushBuffer();
+  m_ring.Publish();
+}
+
+void FileSink::PushBuffer() {
   if (m_used == 0) return;
   std::size_t written = 0;
   if (!m_files.Write(m_buffer.get(), m_used, &written)) {
@@ -160,7 +163,7 @@ void FileSink::Take(const RingItem& item) {
   if (item.trace.empty()) return;
   if (m_options.maxBytes != 0 && m_files.Size() + m_used + item.trace.size() > m_options.maxBytes &&
       m_files.Size() + m_used > kTrcHeaderBytes) {
-    Push();
+    PushBuffer();
     m_files.End();
     if (!Ready()) {
       Fail(1, 0);
@@ -169,7 +172,7 @@ void FileSink::Take(const RingItem& item) {
   }
   if (++m_number == kNoSequenceNumber) m_number = 0;
   AppendTrace(item.trace, m_number);
-  if (m_used >= kBufferBytes) Push();
+  if (m_used >= kBufferBytes) PushBuffer();
 }
 
 void FileSink::AppendTrace(Bytes trace, std::uint32_t number) {

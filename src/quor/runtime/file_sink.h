@@ -4,6 +4,8 @@
 //          here. Losses stand in the file where they happened, as traces of component "Quor",
 //          category "Loss", severity Warn, text "N traces lost: reason", without a number.
 // Owner    Borrows the segment and the names.
+//          The room of a trace in the ring is given back when the file has it: what was still
+//          buffered when the application was killed is left to the service.
 // Errors   Traces that cannot be written are counted in the segment's sinkLost and told by
 //          TakeReport; the file is tried again every second.
 // Threads  One at a time: the link thread, or a traced one when every trace is pushed, perhaps in
@@ -59,6 +61,7 @@ class FileSink {
   static constexpr std::size_t kSlackBytes =
       kTrcHeaderBytes + 4 * (1 + kRawTraceBytesMax + 7 * (5 + NameTable::kNameBytesMax));
   bool Ready();
+  void PushBuffer();
   void Take(const RingItem& item);
   void AppendTrace(Bytes trace, std::uint32_t number);
   void AppendNames(const std::uint8_t* trace);

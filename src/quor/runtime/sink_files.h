@@ -41,6 +41,7 @@ class SinkFiles {
   // fit.
   void TakeBack(std::size_t bytes);
   std::uint64_t Size() const { return m_size; }
+  // One of two that stay as they are as long as this lives.
   const std::string& Path() const { return m_current->path; }
   // In a fork's child: the file is the parent's.
   void Abandon();

@@ -36,10 +36,10 @@ int AfterDrain(FileSink& sink, std::size_t taken) {
   }
 }
 
-LinkReport InWords(const FileSink& sink, const FileSink::Report& report) {
+LinkReport InWords(const std::string& path, const FileSink::Report& report) {
   const std::string why =
       report.error != 0 ? std::generic_category().message(report.error) : "cannot be written";
-  return {report.lost, sink.Path() + ": " + why};
+  return {report.lost, path + ": " + why};
 }
 
 }  // namespace
@@ -71,7 +71,7 @@ void SinkKeeper::Set(const LinkSink& sink) {
   }
   if (!old) return;
   FileSink::Report said;
-  if (old->TakeReport(&said, true)) m_left = InWords(*old, said);
+  if (old->TakeReport(&said, true)) m_left = InWords(old->Path(), said);
   delete old;
 }
 
@@ -98,11 +98,13 @@ bool SinkKeeper::TakeReport(LinkReport* report, bool last) {
   FileSink* const sink = m_sink.load();
   if (!report->text.empty() || !sink) return !report->text.empty();
   FileSink::Report said;
+  const std::string* path = nullptr;
   {
     OwnerGuard guard(m_lock);
     if (!guard || !sink->TakeReport(&said, last)) return false;
+    path = &sink->Path();
   }
-  *report = InWords(*sink, said);
+  *report = InWords(*path, said);
   return true;
 }
 

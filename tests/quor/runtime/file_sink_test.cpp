@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <thread>
 
@@ -126,6 +127,32 @@ TEST(FileSink, WithFlushEachTraceIsInTheFileWhenItsCallReturns) {
   const FileTraces file = ReadTrc(path);
   ASSERT_GT(file.texts.size(), returned);
   for (std::size_t i = 0; i <= returned; ++i) ASSERT_EQ(file.texts[i], std::to_string(i));
+}
+
+TEST(FileSink, WhatWasStillBufferedWhenTheApplicationIsKilledIsLeftToTheService) {
+  FakeService service;
+  const std::string path = service.Folder() + "/a.trc";
+  Child app([](Child& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    for (std::uint64_t i = 0;; ++i) {
+      QUOR_TRACE_INFO(work_point, "{}", i);
+      self.Tell(i);
+    }
+    return 0;
+  });
+  const auto seen = AcceptWithFile(service, path, "flush=0;");
+  app.Go();
+  std::uint64_t returned = 0;
+  for (int i = 0; i < 2000; ++i) returned = app.Told();
+  app.Kill();
+  app.Wait();
+  seen->m_consumer.Resume();
+  seen->Finish();
+  std::set<std::string> kept;
+  for (const std::string& text : ReadTrc(path).texts) kept.insert(text);
+  for (const SeenTrace& trace : seen->m_traces) kept.insert(trace.text);
+  for (std::uint64_t i = 0; i <= returned; ++i) ASSERT_EQ(kept.count(std::to_string(i)), 1u) << i;
 }
 
 TEST(FileSink, FullFilesAreNumberedAwayAndEachCanBeOpenedByItself) {

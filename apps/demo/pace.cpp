@@ -6,6 +6,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kShortestSleep{1};
 constexpr std::chrono::milliseconds kCatchUp{250};
+constexpr double kLongestPauseSeconds = 1e6;  // more would leave the range of the clock
 constexpr unsigned kTracesPerLook = 1000;
 
 }  // namespace
@@ -22,7 +23,8 @@ bool StopSign::WaitUntil(std::chrono::steady_clock::time_point when) {
 }
 
 Pace::Pace(StopSign& stop, double perSecond)
-    : m_stop(stop), m_secondsPerTrace(perSecond > 0 ? 1 / perSecond : 0) {}
+    : m_stop(stop),
+      m_secondsPerTrace(perSecond > 0 ? std::min(1 / perSecond, kLongestPauseSeconds) : 0) {}
 
 void Pace::Wait(int traces) {
   if (m_stopped) return;

@@ -3,12 +3,12 @@
  * Shape    An application names itself once, declares its trace points (component and category) as
  *          static objects, and traces at a severity. Texts are UTF-8; times are taken inside.
  * Owner    A quor_point lives as long as the program (static storage); the library keeps its
- *          address. Texts are copied.
+ *          address, and keeps the module that declares it loaded. Texts are copied.
  * Errors   Nothing fails towards the application: what cannot be delivered is counted, and the
  *          monitor shows the count where it happened.
  * Threads  Every function may be called from any thread, after fork, and before and after main;
- *          quor_trace with a ready text also in a signal handler, once the application has traced
- *          or named itself outside of one.
+ *          quor_trace with a ready text also in a signal handler, once the process has traced or
+ *          named itself outside of one. None of them changes errno.
  *
  * A point that is off costs one relaxed load and a branch; its arguments are not evaluated when
  * the macros are used.
@@ -51,7 +51,8 @@ typedef struct quor_point {
   { QUOR_UNREGISTERED, 0, {0, 0}, 0, (component), (category), NULL }
 
 /* Names the application and enters the declared points into its trace map, so that they can be seen
- * and switched before the first trace. Without it the name is that of the executable. */
+ * and switched before the first trace. Without it the name is that of the executable; of several
+ * names the last one holds. */
 QUOR_API void quor_application(const char* name);
 /* Makes a point known, to be entered by quor_application or the first trace of any point.
  * QUOR_POINT sees to it; nothing is started by it. */

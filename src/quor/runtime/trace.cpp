@@ -256,6 +256,7 @@ void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsig
 }
 
 int quor_flush(unsigned milliseconds) {
+  const ErrnoKeeper keeper;
   return LinkThread::Get().WaitUntilTaken(milliseconds) ? 1 : 0;
 }
 

@@ -43,6 +43,11 @@ TEST_F(DemoCommandLine, WithoutAServiceItRunsAllTheSame) {
   EXPECT_GT(demo.Traces(), 0u);
 }
 
+TEST_F(DemoCommandLine, ARateNextToNothingEndsInTimeAllTheSame) {
+  DemoProcess demo({"--for=0.2", "--rate=0.000000000001"});
+  EXPECT_EQ(demo.Wait(), 0) << demo.Err();
+}
+
 TEST_F(DemoCommandLine, ATermSignalEndsItInOrder) {
   DemoProcess demo({"-t", "2"});
   ASSERT_TRUE(WaitFor([&] { return !demo.Err().empty(); }));

@@ -34,10 +34,13 @@ types() {
 export XDG_CONFIG_HOME=$work/list-config  # all as at a first start
 cd "$work" || fail "no folder"            # where no source file of the traces stands
 start_reader
-start_program "$work/list.trc"
-until_true "the list does not have its rows" says 4000 rows
-key Home
-until_true "Home does not select the first row" row_is 0 "focused selected"
+start_at_row_0() {
+  start_program "$work/list.trc"
+  until_true "the list does not have its rows" says 4000 rows
+  key Home
+  until_true "Home does not select the first row" row_is 0 "focused selected"
+}
+start_at_row_0
 
 # Filter: Info is unchecked; its rows go, and the first of the others takes the selection.
 shown=$(column Count | wc -l)
@@ -149,4 +152,13 @@ closes "Save As" Return
 until_true "the export differs from that of trc" cmp "$work/list.csv" "$work/wanted.csv"
 key alt+F4
 ended_with 0
+
+# An end in the midst of a command, whose dialog is up.
+for command in "Filter:alt+v l" "Trace Properties:alt+p" "Locate source file:ctrl+g" "Save As:alt+f e"; do
+  start_at_row_0
+  read -ra keys <<<"${command#*:}"
+  opens "${command%%:*}" "${keys[@]}"
+  kill -TERM "$program"
+  ended_with 0
+done
 say "the list, its dialogs and its files: good"

@@ -13,6 +13,7 @@
 #include "quor/quor.hpp"
 #include "quor/runtime/sink_files.h"
 #include "records/trc_walk.h"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -504,6 +505,34 @@ TEST(FileSink, ARelativePathStaysWhereItWasWhenTheApplicationChangesItsFolder) {
   EXPECT_EQ(app.Wait(), 0);
   EXPECT_FALSE(ReadTrc(folder + "/a.1.trc").texts.empty());
   EXPECT_FALSE(ReadTrc(folder + "/a.trc").texts.empty());
+}
+
+// The first byte of each of a.1.trc, a.2.trc ... up to 9; '-' where there is none.
+std::string Numbered(const std::string& folder) {
+  std::string all;
+  for (int number = 1; number <= 9; ++number) {
+    std::ifstream file(folder + "/a." + std::to_string(number) + ".trc");
+    const int first = file.get();
+    all += first == EOF ? '-' : static_cast<char>(first);
+  }
+  return all;
+}
+
+TEST(SinkFiles, NumberedFilesMoveUpToTheFirstGapAndThoseBeyondALoweredLimitGo) {
+  const TempDir folder;
+  for (const char* name : {"a.trc", "a.1.trc", "a.2.trc", "a.4.trc"})
+    std::ofstream(folder.File(name)) << (name[2] == 't' ? '0' : name[2]);
+  SinkOptions options;
+  SinkFiles unlimited(folder.File("a.trc"), options);
+  ASSERT_TRUE(unlimited.Begin());
+  EXPECT_EQ(Numbered(folder.Path()), "0124-----");
+  std::size_t written = 0;
+  ASSERT_TRUE(unlimited.Write(reinterpret_cast<const std::uint8_t*>("n"), 1, &written));
+  unlimited.End();
+  options.maxFiles = 2;
+  SinkFiles two(folder.File("a.trc"), options);
+  ASSERT_TRUE(two.Begin());
+  EXPECT_EQ(Numbered(folder.Path()), "n0-------");
 }
 
 TEST(SinkOptions, AreReadInAnyOrderAndWhatIsUnknownIsPassedOver) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/socket.h>
@@ -10,9 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -22,15 +19,7 @@
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
 #include "records/raw_trace.h"
-
-inline bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    poll(nullptr, 0, 1);
-  }
-  return true;
-}
+#include "support/wait_for.h"
 
 struct SeenTrace {
   std::string machine, app, component, category, pid, tid, file, text, stack;

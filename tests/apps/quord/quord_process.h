@@ -11,22 +11,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "support/temp_dir.h"
-
-inline bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    poll(nullptr, 0, 1);
-  }
-  return true;
-}
+#include "support/wait_for.h"
 
 // The exit status, or 1000 + the signal; -1 when it does not end in time.
 inline int WaitForExit(pid_t pid, int milliseconds = 20000) {

@@ -11,23 +11,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <functional>
-
 #include "quor/ring/ring_producer.h"
 #include "quor/ring/segment_map.h"
 #include "support/temp_dir.h"
+#include "support/wait_for.h"
 
 namespace {
-
-bool WaitFor(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    poll(nullptr, 0, 1);
-  }
-  return true;
-}
 
 // A process with a segment, as the service knows it.
 class HeldApp {

@@ -42,7 +42,7 @@ std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& id,
   }
   std::shared_ptr<Stream>& entry = m_streams[id];
   if (!entry) entry.reset(new Stream(*this, machine));
-  const std::shared_ptr<Stream> opened = entry;
+  std::shared_ptr<Stream> opened = entry;
   opened->m_turn = ++m_uses;
   opened->Break();
   if (m_streams.size() > kStreamsMax) ForgetOldestStream();

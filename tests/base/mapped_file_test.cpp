@@ -124,6 +124,20 @@ TEST_F(MappedFileTest, AFileCutToNothingReadsAsZerosAlsoWhenItWasReadBefore) {
   EXPECT_EQ(SumOf(file->View().data(), 8 * kPage), 0u);
 }
 
+// Each page that is put in alone takes some of the pieces of memory that the kernel allows a
+// process: 65,530 unless told otherwise.
+TEST_F(MappedFileTest, CutPagesReadHereAndThereMayBeMoreThanTheKernelAllowsPiecesOfMemory) {
+  constexpr std::size_t kPages = 80000;
+  const std::string path = m_dir.File("sparse", "x");
+  ASSERT_EQ(truncate(path.c_str(), static_cast<off_t>(kPages * kPage)), 0);
+  const auto file = Open(path);
+  ASSERT_TRUE(file);
+  ASSERT_EQ(truncate(path.c_str(), 0), 0);
+  std::uint64_t sum = 0;
+  for (std::size_t page = 0; page < kPages; page += 2) sum += file->View()[page * kPage];
+  EXPECT_EQ(sum, 0u);
+}
+
 TEST_F(MappedFileTest, SeveralThreadsMayMeetTheCutPagesOfSeveralFilesAtOnce) {
   std::vector<std::shared_ptr<const MappedFile>> files;
   for (int number = 0; number < 4; ++number) {

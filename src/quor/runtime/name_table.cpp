@@ -1,6 +1,5 @@
 #include "quor/runtime/name_table.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "quor/ring/trace_bytes.h"
@@ -49,13 +48,13 @@ NameId NameTable::Enter(std::string_view text) {
 
 std::string_view NameTable::Text(NameId id) const {
   const std::uint8_t* const body = m_area + m_offsets[id];
-  return {reinterpret_cast<const char*>(body) + kNameBodyBytes,
-          std::min<std::size_t>(LoadBe16(body + 2), kNameBytesMax)};
+  return {reinterpret_cast<const char*>(body) + kNameBodyBytes, m_lengths[id]};
 }
 
 bool NameTable::Append(NameId id, std::string_view text) {
   if (m_capacity - m_used < kNameBodyBytes + text.size()) return false;
   m_offsets[id] = m_used;
+  m_lengths[id] = static_cast<std::uint16_t>(text.size());
   m_used += static_cast<std::uint32_t>(StoreName(m_area + m_used, id, text));
   m_published->store(m_used, std::memory_order_release);
   return true;

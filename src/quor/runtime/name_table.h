@@ -39,5 +39,6 @@ class NameTable {
   std::uint32_t m_used;
   std::uint32_t m_count;           // ids given, kNoRoomId not among them
   std::uint32_t m_offsets[65536];  // of the body in the area
+  std::uint16_t m_lengths[65536];  // of the text
   std::uint16_t m_slots[kSlots];   // id + 1; 0: free
 };

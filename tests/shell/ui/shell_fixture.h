@@ -85,10 +85,15 @@ class ShellTest : public testing::Test {
     image.WriteTo(path);
     return path;
   }
-  // Opens a file and waits until its traces are there.
+  // Opens a file and waits until its traces are there and are rows: the view is told in a turn of
+  // its own.
   CTraceFileDoc* Open(const std::string& path) {
     auto* document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(path));
-    EXPECT_TRUE(Until([document] { return !document || !document->m_loading; }));
+    EXPECT_TRUE(Until([document] {
+      if (!document || document->m_loading) return !document;
+      const auto* const list = static_cast<const CTraceView*>(document->Views().front());
+      return list->List().ItemCount() == static_cast<int>(document->m_traces.size());
+    }));
     EXPECT_TRUE(Until([this] { return !m_app->Frame()->LoadStatus(); }));
     // Offscreen there is no window manager to bring the window back when the progress box has gone.
     Window().activateWindow();

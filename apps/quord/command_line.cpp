@@ -4,6 +4,7 @@
 #include <map>
 
 #include "quor/protocol/tls.h"
+#include "quor/service/service.h"
 
 namespace {
 
@@ -55,6 +56,9 @@ class Parser {
         .add_option("--listen", m_serve.listen,
                     "Take clients from other machines at this address, by mutual TLS; repeatable")
         ->type_name("ADDRESS:PORT")
+        ->check([](const std::string& text) {
+          return EndpointOf(text) ? "" : "\"" + text + "\" is not ADDRESS:PORT";
+        })
         ->allow_extra_args(false);
     m_app.add_option("--state-dir", m_serve.stateFolder, "Where settings are kept")
         ->type_name("DIR");

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int kSignals[] = {SIGTERM, SIGINT, SIGHUP};
+
 // Written by the handler, which may use nothing but write.
 volatile int g_writeEnd = -1;
 
@@ -32,14 +34,17 @@ SignalPipe::SignalPipe(std::function<void()> asked) : m_toldTo(std::move(asked))
   struct sigaction action = {};
   action.sa_handler = OnSignal;
   action.sa_flags = SA_RESTART;
-  sigaction(SIGTERM, &action, nullptr);
-  sigaction(SIGINT, &action, nullptr);
+  for (const int signal : kSignals) {
+    struct sigaction before = {};
+    sigaction(signal, &action, &before);
+    // Started by nohup: the closed terminal is to mean nothing.
+    if (signal == SIGHUP && before.sa_handler == SIG_IGN) sigaction(signal, &before, nullptr);
+  }
 }
 
 SignalPipe::~SignalPipe() {
   if (m_readEnd < 0) return;
-  std::signal(SIGTERM, SIG_DFL);
-  std::signal(SIGINT, SIG_DFL);
+  for (const int signal : kSignals) std::signal(signal, SIG_DFL);
   close(std::exchange(m_readEnd, -1));
   close(g_writeEnd);
 }

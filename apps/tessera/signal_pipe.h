@@ -1,4 +1,4 @@
-// SIGTERM and SIGINT as events of the interface thread.
+// SIGTERM, SIGINT and, when the terminal closes, SIGHUP as events of the interface thread.
 //
 // Owner    One object in the program, on the interface thread.
 // Errors   Without a pipe the signals keep their default effect.

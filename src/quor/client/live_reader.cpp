@@ -73,13 +73,14 @@ void LiveReader::TakeResponse(const Frame& frame) {
 
 void LiveReader::TakeData(const Frame& frame) {
   std::string why;
-  if (m_stagedBytes + frame.body.size() > kStagedBytesMax)
-    return m_link->Break("data without a ledger");
+  // A frame without traces costs something as well.
+  const std::size_t cost = sizeof(LiveBatch) + frame.body.size();
+  if (m_stagedBytes + cost > kStagedBytesMax) return m_link->Break("data without a ledger");
   LiveBatch* const batch = LiveBatch::Read(frame.body, &why);
   if (!batch) return m_link->Break("malformed data: " + why);
   if (std::exchange(m_firstOfStream, false)) batch->MarkFirstOfStream();
   m_staged.push_back(batch);
-  m_stagedBytes += frame.body.size();
+  m_stagedBytes += cost;
 }
 
 void LiveReader::TakeLedger(const Frame& frame) {

@@ -33,22 +33,6 @@ std::string NewInstance() {
   return bytes;
 }
 
-// "address:port" or "[address]:port"; port 0 lets the system choose one.
-std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text) {
-  const std::size_t colon = text.rfind(':');
-  if (colon == text.npos) return std::nullopt;
-  std::string address = text.substr(0, colon);
-  if (address.size() > 2 && address.front() == '[' && address.back() == ']')
-    address = address.substr(1, address.size() - 2);
-  std::uint16_t port = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, wrong] = std::from_chars(text.data() + colon + 1, end, port);
-  std::error_code error;
-  const auto parsed = asio::ip::make_address(address, error);
-  if (error || wrong != std::errc() || stop != end) return std::nullopt;
-  return asio::ip::tcp::endpoint(parsed, port);
-}
-
 bool MakeFolders(const std::string& path, std::string* why) {
   for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
     mkdir(path.substr(0, slash).c_str(), 0755);
@@ -66,6 +50,21 @@ void RaiseDescriptorLimit() {
 }
 
 }  // namespace
+
+std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text) {
+  const std::size_t colon = text.rfind(':');
+  if (colon == text.npos) return std::nullopt;
+  std::string address = text.substr(0, colon);
+  if (address.size() > 2 && address.front() == '[' && address.back() == ']')
+    address = address.substr(1, address.size() - 2);
+  std::uint16_t port = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, wrong] = std::from_chars(text.data() + colon + 1, end, port);
+  std::error_code error;
+  const auto parsed = asio::ip::make_address(address, error);
+  if (error || wrong != std::errc() || stop != end) return std::nullopt;
+  return asio::ip::tcp::endpoint(parsed, port);
+}
 
 Service::Service(ServiceOptions options)
     : m_options(std::move(options)), m_machine(LocalHostName()) {}

@@ -11,6 +11,7 @@
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
 #include <list>
+#include <optional>
 #include <set>
 
 #include "quor/forwarding/forwarder.h"
@@ -27,6 +28,10 @@ struct ServiceOptions {
   std::uint32_t defaultSettings = kDefaultSettings;
   ConnectionLimits connectionLimits;  // of clients: when one that stalls is given up, above all
 };
+
+// Of "address:port" or "[address]:port"; port 0 lets the system choose one. Nothing for other
+// texts.
+std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text);
 
 class Service final : public LocalArrival::Host, public ClientSession::Host, public Apps::Router {
  public:

@@ -129,7 +129,7 @@ TEST_F(CommandLine, ListeningWithoutKeysOrAtNoAddressIsRefused) {
   EXPECT_TRUE(quord.Says("server.key"));
   EXPECT_EQ(quord.Run({"keys", "init"}), 0);
   for (const char* const nowhere : {"somewhere", "127.0.0.1:", "127.0.0.1:80x", "[::1:80", "::1"})
-    EXPECT_EQ(quord.Run({"--foreground", "--listen", nowhere}), 1) << nowhere;
+    EXPECT_EQ(quord.Run({"--foreground", "--listen", nowhere}), 2) << nowhere;
   EXPECT_TRUE(quord.Says("is not ADDRESS:PORT"));
 }
 

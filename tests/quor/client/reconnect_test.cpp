@@ -196,6 +196,12 @@ TEST_F(ReconnectTest, DataWithoutEndAndWithoutALedgerIsCutOff) {
   EXPECT_TRUE(m_peer->Ended());
 }
 
+TEST_F(ReconnectTest, FramesWithoutTracesAndWithoutALedgerAreCutOffToo) {
+  Start();
+  for (int i = 0; i < 200000; ++i) m_peer->Data("");
+  EXPECT_TRUE(m_peer->Ended());
+}
+
 TEST_F(ReconnectTest, AMonitorThatDoesNotKeepUpLosesTheNewestCountsThemAndKeepsTheNames) {
   Start();
   std::string body;

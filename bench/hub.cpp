@@ -171,11 +171,12 @@ class HubRun {
   void Produce() {
     RingProducer ring(m_segment, -1);
     const std::string text(kTextBytes, 't');
-    TraceFields fields;
+    RecordFields fields;
     fields.count = 1;
     fields.attributes = 1;
     fields.machine = 1, fields.app = 2, fields.component = 3, fields.category = 4;
     fields.pid = fields.tid = 5;
+    fields.text = text;
     for (std::uint64_t i = 0; i < kTraces; ++i) {
       RingProducer::Slot slot;
       // Waits for room instead of dropping, and takes its drop back: all is to arrive.
@@ -183,7 +184,7 @@ class HubRun {
         m_segment.Header()->pendingDrops.store(0);
         usleep(50);
       }
-      StoreTrace(slot.record, fields, text, {});
+      StoreRecord(slot.record, fields);
       ring.Commit(slot);
     }
   }

@@ -156,19 +156,19 @@ constexpr unsigned kTracePopupIds[] = {ID_EDIT_FIND,        ID_EDIT_FINDNEXT, ID
 
 // A popup shows those of its ids that have a text in the menu asked for.
 struct PopupLayout {
-  unsigned menus;
-  const char* title;
   std::span<const unsigned> ids;
+  const char* title;
+  unsigned menus;
   bool windowList;
 };
 
 // No title may have S, M, C or P as its mnemonic: with Alt these keys are accelerators.
 const PopupLayout kLayouts[] = {
-    {kBars, "&File", kFileIds, false},         {kTraces | kSource, "&Edit", kEditIds, false},
-    {kConfig, "&Edit", kConfigEditIds, false}, {kBars, "&View", kViewIds, false},
-    {kConfig, "Co&nfig", kConfigIds, false},   {kDocuments, "&Window", kWindowIds, true},
-    {kBars, "&Help", kHelpIds, false},         {kConfigPopup, "", kConfigPopupIds, false},
-    {kTracePopup, "", kTracePopupIds, false},
+    {kFileIds, "&File", kBars, false},         {kEditIds, "&Edit", kTraces | kSource, false},
+    {kConfigEditIds, "&Edit", kConfig, false}, {kViewIds, "&View", kBars, false},
+    {kConfigIds, "Co&nfig", kConfig, false},   {kWindowIds, "&Window", kDocuments, true},
+    {kHelpIds, "&Help", kBars, false},         {kConfigPopupIds, "", kConfigPopup, false},
+    {kTracePopupIds, "", kTracePopup, false},
 };
 
 const char* TextIn(unsigned menu, unsigned id) {

@@ -11,7 +11,7 @@ namespace {
 
 // A name record, and the id that it gives.
 NameId AppendName(std::vector<std::uint8_t>& body, NameId& last, std::string_view text) {
-  text = CutUtf8(text, kTextBytesMax);
+  text = CutUtf8(text, kLongestText);
   const std::size_t at = body.size();
   body.resize(at + 1 + kNameBodyBytes + text.size());
   body[at] = kTagName;
@@ -19,7 +19,7 @@ NameId AppendName(std::vector<std::uint8_t>& body, NameId& last, std::string_vie
   return last;
 }
 
-void SetNow(TraceFields& fields) {
+void SetNow(RecordFields& fields) {
   using namespace std::chrono;
   const auto now = floor<milliseconds>(system_clock::now());
   const auto day = floor<days>(now);
@@ -39,7 +39,7 @@ std::vector<std::uint8_t> LossTraceBody(const std::string& machine, std::uint64_
                                         const std::string& reason) {
   std::vector<std::uint8_t> body;
   NameId last = 0;
-  TraceFields fields;
+  RecordFields fields;
   fields.count = kNoSequenceNumber;
   fields.machine = AppendName(body, last, machine);
   fields.component = fields.app = AppendName(body, last, "Quor");
@@ -53,6 +53,7 @@ std::vector<std::uint8_t> LossTraceBody(const std::string& machine, std::uint64_
   const std::size_t at = body.size();
   body.resize(at + 1 + RawTrace::kFixedBytes + text.size());
   body[at] = kTagTrace;
-  StoreTrace(body.data() + at + 1, fields, text, {});
+  fields.text = text;
+  StoreRecord(body.data() + at + 1, fields);
   return body;
 }

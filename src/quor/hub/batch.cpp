@@ -61,16 +61,16 @@ void BatchBuilder::Append(const std::shared_ptr<Source>& source, Bytes record, c
 void BatchBuilder::AppendLoss(const std::shared_ptr<Source>& source, std::uint64_t lost,
                               const std::string& reason) {
   const ServiceStamp now = StampNow();
-  TraceFields fields;
+  RecordFields fields;
   fields.count = kNoSequenceNumber;
   fields.date = now.date;
   fields.time = now.time;
-  fields.ticPs = now.ticPs;
+  fields.ticCount = now.ticPs;
   fields.attributes = kAttributeWarn;
   const std::string text = lost == 0 ? reason : std::to_string(lost) + " traces lost: " + reason;
-  const std::size_t length = CutLength(text.data(), text.size(), kTextBytesMax);
-  std::vector<std::uint8_t> record(RawTrace::kFixedBytes + length);
-  StoreTrace(record.data(), fields, std::string_view(text).substr(0, length), {});
+  fields.text = text;
+  std::vector<std::uint8_t> record;
+  MakeRecord(fields, record);
   const TraceIds ids{m_names.IdOf(source->machine),
                      m_names.IdOf(source->app),
                      m_names.IdOf("Quor"),

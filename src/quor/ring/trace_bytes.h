@@ -1,5 +1,5 @@
-// Writing and checking the tagged records of the .trc form in memory: one writer and one checker
-// for the ring, the file sink and the stream to a monitor.
+// Writing names and checking traces of the .trc form in memory: one writer and one checker for the
+// ring, the file sink and the stream to a monitor. Traces are written by StoreRecord.
 //
 // Shape    See records/raw_trace.h and records/trc_walk.h.
 // Errors   The checks answer false for bytes that are not exactly one whole record.
@@ -11,45 +11,10 @@
 
 #include "base/bytes.h"
 #include "records/raw_trace.h"
+#include "records/record_fields.h"
 #include "records/trc_walk.h"
 
-constexpr std::size_t kTextBytesMax = 65535;
 constexpr std::size_t kNameBodyBytes = 4;  // a name record without its tag and text
-
-// The fields of a raw trace in the order of the record. The ids stand in it as they are.
-struct TraceFields {
-  std::uint32_t count = 0;
-  NameId machine = 0, app = 0, component = 0, category = 0;
-  std::uint32_t date = 0, time = 0;
-  std::uint64_t ticPs = 0;
-  NameId pid = 0, tid = 0;
-  std::uint16_t attributes = 0;
-  NameId file = 0;
-  std::uint32_t line = 0;
-};
-
-// Writes RawTrace::kFixedBytes + text + stack bytes. REQUIRES: neither is longer than
-// kTextBytesMax.
-inline void StoreTrace(std::uint8_t* to, const TraceFields& fields, std::string_view text,
-                       std::string_view stack) {
-  StoreBe32(to, fields.count);
-  StoreBe16(to + 4, fields.machine);
-  StoreBe16(to + 6, fields.app);
-  StoreBe16(to + 8, fields.component);
-  StoreBe16(to + 10, fields.category);
-  StoreBe32(to + 12, fields.date);
-  StoreBe32(to + 16, fields.time);
-  StoreBe64(to + 20, fields.ticPs);
-  StoreBe16(to + 28, fields.pid);
-  StoreBe16(to + 30, fields.tid);
-  StoreBe16(to + 32, fields.attributes);
-  StoreBe16(to + 34, fields.file);
-  StoreBe32(to + 36, fields.line);
-  StoreBe16(to + 40, static_cast<std::uint16_t>(text.size()));
-  if (!text.empty()) std::memcpy(to + 42, text.data(), text.size());
-  StoreBe16(to + 42 + text.size(), static_cast<std::uint16_t>(stack.size()));
-  if (!stack.empty()) std::memcpy(to + 44 + text.size(), stack.data(), stack.size());
-}
 
 // Are these bytes exactly one raw trace? Reads nothing behind them.
 inline bool IsWholeTrace(Bytes bytes) {

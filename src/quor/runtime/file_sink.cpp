@@ -201,7 +201,7 @@ void FileSink::AppendName(NameId id) {
 
 void FileSink::AppendLoss(std::uint64_t lost, const char* reason) {
   const Stamp now = TraceClock::ByKernel();
-  TraceFields fields;
+  RecordFields fields;
   fields.machine = m_lossNames.machine;
   fields.app = m_lossNames.app;
   fields.component = m_lossNames.component;
@@ -210,14 +210,15 @@ void FileSink::AppendLoss(std::uint64_t lost, const char* reason) {
   fields.tid = m_lossNames.tid;
   fields.date = now.date;
   fields.time = now.time;
-  fields.ticPs = now.ticPs;
+  fields.ticCount = now.ticPs;
   fields.attributes = kAttributeWarn;
   char text[96];
   const int length = std::snprintf(text, sizeof text, "%llu traces lost: %s",
                                    static_cast<unsigned long long>(lost), reason);
   std::uint8_t trace[RawTrace::kFixedBytes + sizeof text];
-  StoreTrace(trace, fields, {text, static_cast<std::size_t>(length)}, {});
-  AppendTrace({trace, RawTrace::kFixedBytes + static_cast<std::size_t>(length)}, kNoSequenceNumber);
+  fields.text = {text, static_cast<std::size_t>(length)};
+  StoreRecord(trace, fields);
+  AppendTrace({trace, RawTrace::kFixedBytes + fields.text.size()}, kNoSequenceNumber);
 }
 
 void FileSink::TellMissed() {

@@ -166,7 +166,7 @@ inline void Trace(quor_point* point, unsigned attributes, const char* file, unsi
   const NameId tid =
       __builtin_expect(t_thread.generation != 0, 1) ? t_thread.name : hot.unknownThread;
   if (__builtin_expect(!text, 0)) text = "", length = 0;
-  if (__builtin_expect(length > kTextBytesMax, 0)) length = CutLength(text, length, kTextBytesMax);
+  if (__builtin_expect(length > kLongestText, 0)) length = CutLength(text, length, kLongestText);
   if (__builtin_expect((settings & (QUOR_LOCATION | QUOR_STACK)) != 0, 0))
     WriteWithExtras(runtime, *point, attributes, settings, file, line, text, length, tid, caller);
   else

@@ -16,12 +16,12 @@ AcceleratorKeys::AcceleratorKeys(CommandActions& actions, QWidget& window)
   qApp->installEventFilter(this);
 }
 
-void AcceleratorKeys::AddWindowKey(const QKeySequence& key, std::function<void()> run) {
-  Add(key, Qt::WindowShortcut, std::move(run));
+void AcceleratorKeys::AddWindowKey(const QKeySequence& key, const std::function<void()>& run) {
+  Add(key, Qt::WindowShortcut, run);
 }
 
 void AcceleratorKeys::Add(const QKeySequence& key, Qt::ShortcutContext context,
-                          std::function<void()> run) {
+                          const std::function<void()>& run) {
   auto* shortcut = new QShortcut(key, &m_window);
   shortcut->setContext(context);
   connect(shortcut, &QShortcut::activated, this, run);

@@ -18,12 +18,12 @@ class AcceleratorKeys : public QObject {
   // The keys of Accelerators().
   AcceleratorKeys(CommandActions& actions, QWidget& window);
   // A key that works in the main window only: Ctrl+F4, Alt+F4, Shift+F10.
-  void AddWindowKey(const QKeySequence& key, std::function<void()> run);
+  void AddWindowKey(const QKeySequence& key, const std::function<void()>& run);
 
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void Add(const QKeySequence& key, Qt::ShortcutContext context, std::function<void()> run);
+  void Add(const QKeySequence& key, Qt::ShortcutContext context, const std::function<void()>& run);
   QWidget& m_window;
   QSet<int> m_keys;  // key and modifiers
 };

@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "docview/ui/plain_tool_tip.h"
+
 namespace {
 
 constexpr int kPathWidthPx = 380;
@@ -53,8 +55,9 @@ void LoadStatusFace::UpdateData() {
 
 // A long path loses its middle; the whole one is in the tool tip.
 void LoadStatusFace::ShowPath(const QString& path) {
-  if (m_path->toolTip() == path) return;
-  m_path->setToolTip(path);
+  const QString toolTip = PlainToolTip(path);
+  if (m_path->toolTip() == toolTip) return;
+  m_path->setToolTip(toolTip);
   m_path->setText(m_path->fontMetrics().elidedText(path, Qt::ElideMiddle, kPathWidthPx - 16));
 }
 

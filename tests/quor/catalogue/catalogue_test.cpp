@@ -2,12 +2,11 @@
 #include "quor/catalogue/catalogue.h"
 
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "quor/catalogue/catalogue_store.h"
+#include "support/file_limit.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -17,23 +16,6 @@ using ::testing::IsEmpty;
 
 const auto kMe = static_cast<std::uint32_t>(getpid());
 constexpr std::uint32_t kNobody = 0x3FFFFFF;  // beyond the kernel's largest process id
-
-// While this lives no file of this process can be written, as on a disk that is full.
-class FullDisk {
- public:
-  FullDisk() {
-    signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &m_before);
-    const rlimit none{0, m_before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &none);
-  }
-  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-  rlimit m_before{};
-};
 
 std::uint32_t Word(Catalogue& catalogue, const std::string& app, std::uint32_t id) {
   return catalogue.Find(app)->traces[id].settings;
@@ -265,7 +247,7 @@ TEST_F(CatalogueTest, WhatCouldNotBeWrittenOnAFullDiskIsWrittenWithTheNextChange
     catalogue->EnterTrace(*old, "Net", "0");
     CatalogueApp* fresh = nullptr;
     {
-      const FullDisk full;
+      const FileLimit full(0);
       fresh = catalogue->Enter("fresh");
       for (const char* const category : {"1", "2"}) {
         catalogue->EnterTrace(*old, "Net", category);
@@ -313,7 +295,7 @@ TEST_F(CatalogueTest, ThatTheDiskWasFullUntilTheEndCostsNoTraceItsNumber) {
     const auto catalogue = Begin();
     CatalogueApp* const app = catalogue->Enter("orders");
     catalogue->EnterTrace(*app, "Net", "0");
-    const FullDisk full;
+    const FileLimit full(0);
     catalogue->EnterTrace(*app, "Net", "lost");
   }
   const auto catalogue = Begin();

@@ -31,15 +31,16 @@ class FedSource {
     Name(0, "");
   }
   void Name(NameId id, const std::string& text) { m_names.Enter(id, text); }
-  void Trace(const std::string& text, TraceFields fields = {}) {
+  void Trace(const std::string& text, RecordFields fields = {}) {
     if (fields.machine == 0) fields.machine = 1;
     if (fields.app == 0) fields.app = 2;
     if (fields.component == 0) fields.component = 3;
     if (fields.category == 0) fields.category = 4;
     if (fields.pid == 0) fields.pid = fields.tid = 5;
     fields.attributes = 1;
+    fields.text = text;
     std::vector<std::uint8_t> record(RawTrace::kFixedBytes + text.size());
-    StoreTrace(record.data(), fields, text, {});
+    StoreRecord(record.data(), fields);
     m_hub.Take(m_source, m_names, record, {});
   }
   void Lose(std::uint64_t lost, const std::string& why) { m_hub.Lose(m_source, lost, why); }

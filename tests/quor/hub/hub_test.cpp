@@ -190,7 +190,7 @@ TEST(Hub, AnIdThatTheSourceNeverNamedGetsANameThatSaysSo) {
   Hub hub;
   FedSource one(hub, "orders");
   TakingStream stream(hub);
-  TraceFields fields;
+  RecordFields fields;
   fields.component = 999;
   one.Trace("a", fields);
   EXPECT_THAT(stream.Read(),
@@ -217,7 +217,7 @@ TEST(Hub, TheLongestRecordsAndNamesStayWithinOneFrame) {
   for (int i = 0; i < 40; ++i) {
     for (NameId id = 10; id < 16; ++id)
       one.Name(id, std::to_string(i * 10 + id) + std::string(65000, 'n'));
-    TraceFields fields;
+    RecordFields fields;
     fields.machine = 10, fields.app = 11, fields.component = 12, fields.category = 13;
     fields.pid = 14, fields.tid = 15;
     one.Trace(std::string(65535, 't'), fields);

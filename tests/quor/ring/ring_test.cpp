@@ -30,7 +30,7 @@ class RingTest : public testing::Test {
     RingProducer::Slot slot;
     if (!producer.Reserve(static_cast<std::uint32_t>(RawTrace::kFixedBytes + text.size()), slot))
       return false;
-    StoreTrace(slot.record, {}, text, {});
+    StoreRecord(slot.record, {.text = text});
     producer.Commit(slot);
     return true;
   }
@@ -76,7 +76,7 @@ TEST_F(RingTest, AConsumerStopsAtARecordThatIsNotCommittedYet) {
   const RingProducer::Slot slot = Leave();
   Trace("c");
   EXPECT_EQ(All(consumer), "a .");
-  StoreTrace(slot.record, {}, {}, {});
+  StoreRecord(slot.record, {});
   m_producer.Commit(slot);
   EXPECT_EQ(All(consumer), " c .");
 }
@@ -130,7 +130,7 @@ TEST_F(RingTest, TheLongestTraceGoesThroughARingOfTheUsualSize) {
   const std::string text(65535, 't');
   RingProducer::Slot slot;
   ASSERT_TRUE(m_producer.Reserve(kRawTraceBytesMax, slot));
-  StoreTrace(slot.record, {}, text, text);
+  StoreRecord(slot.record, {.text = text, .stack = text});
   m_producer.Commit(slot);
   RingItem item;
   ASSERT_EQ(consumer.Next(item), RingStep::Item);
@@ -240,7 +240,7 @@ TEST_F(RingTest, ARecordThatIsNoWholeTraceIsSkippedAndCounted) {
 TEST_F(RingTest, ARecordLongerThanItsRoomIsDamagedAndNothingBehindItIsRead) {
   RingConsumer consumer(m_segment);
   const RingProducer::Slot slot = Leave();
-  StoreTrace(slot.record, {}, {}, {});
+  StoreRecord(slot.record, {});
   slot.header->recordBytes = 0x7FFFFFFF;
   m_producer.Commit(slot);
   EXPECT_EQ(All(consumer), "0+1:- .");

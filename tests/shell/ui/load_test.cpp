@@ -3,6 +3,7 @@
 #include <QPushButton>
 #include <latch>
 
+#include "docview/ui/plain_tool_tip.h"
 #include "shell/ui/load_status_face.h"
 #include "shell_fixture.h"
 
@@ -53,7 +54,7 @@ TEST_F(LoadTest, TheFrameShowsBeforeTheTracesAndTheBoxTellsFileAndProgress) {
   EXPECT_EQ(Box()->windowTitle(), QStringLiteral("Loading..."));
   auto* edit = Box()->findChild<QLineEdit*>();
   EXPECT_TRUE(edit->isReadOnly());
-  EXPECT_EQ(edit->toolTip().toStdString(), path);
+  EXPECT_EQ(edit->toolTip(), PlainToolTip(QString::fromStdString(path)));
   EXPECT_EQ(Box()->findChild<QProgressBar*>()->value(), 0);
   EXPECT_EQ(Box()->findChild<QPushButton*>()->text(), QStringLiteral("Cancel"));
   held.Go();

@@ -2,9 +2,8 @@
 //
 // Shape    The caller writes exactly the bytes that it reserved, in the form of RawTrace.
 // Errors   False when the ring is full: the trace is counted as dropped and forgotten.
-// Threads  Any number at once, also in a signal handler that interrupted another trace. Nothing
-// here
-//          waits, allocates or locks.
+// Threads  Any number at once, also in a signal handler that interrupted another trace. Nothing is
+//          waited for, allocated or locked.
 #pragma once
 
 #include <unistd.h>

@@ -5,8 +5,7 @@
 // Owner    Tables of fixed size in static storage: nothing is allocated, so a thread's first trace
 //          may happen in a signal handler. The texts lie in the segment.
 // Errors   Of what stands in the segment only the texts are believed: whoever else holds it may
-// have
-//          written to it, and no count in it leads out of the area.
+//          have written to it, and no count in it leads out of the area.
 // Threads  Enter and Move under the caller's lock; Text of an id that was entered: any.
 #pragma once
 

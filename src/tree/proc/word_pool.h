@@ -1,9 +1,8 @@
 // Storage for the child lists of a whole tree: it comes from large blocks of pages and goes back at
 // once, because a tree has a million lists.
 //
-// Shape    Runs of 2^bits words. What is given back is used again for runs of the same length. A
-// run
-//          of 2 MiB and more has pages of its own.
+// Shape    Runs of 2^bits words. What is given back is used again for runs of the same length. Runs
+//          of 2 MiB and more have pages of their own.
 // Errors   std::bad_alloc.
 // Threads  Interface thread.
 #pragma once

@@ -119,7 +119,10 @@ void QtShellFaces::ShowPrintSetup() {
 // Over a modal dialog the help is the dialog's own window, because the dialog blocks all others.
 void QtShellFaces::ShowHelp(const std::string& topic) {
   QWidget* dialog = QApplication::activeModalWidget();
-  if (m_help && m_help->parentWidget() != dialog) delete m_help;
+  if (m_help && m_help->parentWidget() != dialog) {
+    delete m_help;
+    m_help.clear();
+  }
   if (!m_help) m_help = new HelpWindow(dialog);
   const QString ofDialog = TopicOfDialog();
   m_help->ShowTopic(ofDialog.isEmpty() ? QString::fromStdString(topic) : ofDialog);

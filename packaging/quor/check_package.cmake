@@ -31,7 +31,7 @@ endfunction()
 run(${CMAKE_COMMAND} --install ${BUILD} --component quor --prefix ${prefix})
 
 foreach(library quor static)
-  run(${CMAKE_COMMAND} -S ${EXAMPLES} -B ${root}/${library} -D CMAKE_PREFIX_PATH=${prefix}
+  run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${EXAMPLES} -B ${root}/${library} -D CMAKE_PREFIX_PATH=${prefix}
       -D CMAKE_C_COMPILER=${CC} -D CMAKE_CXX_COMPILER=${CXX} -D QUOR_LIBRARY=quor::${library}
       -D CMAKE_C_FLAGS=${flags} -D CMAKE_CXX_FLAGS=${flags})
   run(${CMAKE_COMMAND} --build ${root}/${library})

@@ -62,29 +62,25 @@ class QuordProcess {
   }
   // Any other command of it; what it says goes to the log.
   pid_t Spawn(const std::vector<std::string>& arguments, const std::string& wrapper = {}) const {
-    const pid_t pid = fork();
-    if (pid != 0) return pid;
-    const int log =
-        open(m_folder.File("log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    dup2(log, STDOUT_FILENO);
-    dup2(log, STDERR_FILENO);
-    unsetenv("JOURNAL_STREAM");
-    setenv("QUOR_SOCKET", SocketPath().c_str(), 1);
-    setenv("QUOR_KEYS", KeysFolder().c_str(), 1);
-    const char* const program = getenv("QUORD");
-    if (!program) _exit(127);
     std::vector<std::string> words;
     for (std::size_t at = 0; at < wrapper.size();) {
       const std::size_t end = std::min(wrapper.find(' ', at), wrapper.size());
       words.push_back(wrapper.substr(at, end - at));
       at = end + 1;
     }
-    words.emplace_back(program);
+    const char* const program = getenv("QUORD");
+    words.emplace_back(program ? program : "no-program-named-by-QUORD");
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
-    execvp(argv[0], argv.data());
+    std::vector<std::string> settings = Environment();
+    const std::vector<char*> argv = Pointers(words), environment = Pointers(settings);
+    const std::string log = m_folder.File("log");
+    const pid_t pid = fork();
+    if (pid != 0) return pid;
+    // Another thread of the test may have held the allocator: nothing is allocated here.
+    const int to = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    dup2(to, STDOUT_FILENO);
+    dup2(to, STDERR_FILENO);
+    execvpe(argv[0], argv.data(), environment.data());
     _exit(127);
   }
   int Run(const std::vector<std::string>& arguments) const { return WaitForExit(Spawn(arguments)); }
@@ -108,6 +104,23 @@ class QuordProcess {
   }
 
  private:
+  std::vector<std::string> Environment() const {
+    std::vector<std::string> settings = {"QUOR_SOCKET=" + SocketPath(),
+                                         "QUOR_KEYS=" + KeysFolder()};
+    for (char** entry = environ; *entry; ++entry) {
+      const std::string setting = *entry;
+      const std::string name = setting.substr(0, setting.find('='));
+      if (name != "QUOR_SOCKET" && name != "QUOR_KEYS" && name != "JOURNAL_STREAM")
+        settings.push_back(setting);
+    }
+    return settings;
+  }
+  static std::vector<char*> Pointers(std::vector<std::string>& words) {
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    return pointers;
+  }
   TempDir m_folder;
   pid_t m_pid = 0;
 };

@@ -16,6 +16,9 @@ struct FaultGuard::Range {
   std::atomic<bool> taken = true;
   std::atomic<std::uintptr_t> begin = 0;
   std::atomic<std::uintptr_t> end = 0;
+  // The middle one of three pages, with other rights than its neighbours: given them, the three
+  // become one piece, and the process has room for two more. 0: could not be made.
+  std::uintptr_t spare = 0;
   Range* next = nullptr;
 };
 
@@ -31,6 +34,20 @@ bool MapZeros(std::uintptr_t begin, std::size_t bytes) {
                  0) == static_cast<long>(begin);
 }
 
+bool Protect(std::uintptr_t page, int rights) {
+  return syscall(SYS_mprotect, page, g_pageBytes, rights) == 0;
+}
+
+void MakeSpare(FaultGuard::Range& range) {
+  if (range.spare == 0) {
+    void* const pages =
+        mmap(nullptr, 3 * g_pageBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages == MAP_FAILED) return;
+    range.spare = reinterpret_cast<std::uintptr_t>(pages) + g_pageBytes;
+  }
+  Protect(range.spare, PROT_READ);
+}
+
 bool ReplacePage(std::uintptr_t address) {
   for (const FaultGuard::Range* range = g_ranges.load(); range; range = range->next) {
     const std::uintptr_t begin = range->begin.load();
@@ -38,8 +55,11 @@ bool ReplacePage(std::uintptr_t address) {
     // Read twice: an entry that changed hands in between must not show a mixed range.
     if (address < begin || address >= end || begin != range->begin.load()) continue;
     const std::uintptr_t page = address & ~(g_pageBytes - 1);
-    // The kernel limits the pieces that a process may have; then the rest goes as one.
-    return MapZeros(page, g_pageBytes) || MapZeros(page, end - page);
+    if (MapZeros(page, g_pageBytes)) return true;
+    // The kernel limits the pieces that a process may have; then the rest goes as one. To part it
+    // from what is before takes a piece as well.
+    return MapZeros(page, end - page) ||
+           (range->spare != 0 && Protect(range->spare, PROT_NONE) && MapZeros(page, end - page));
   }
   return false;
 }
@@ -99,6 +119,7 @@ FaultGuard::Range* TakeEntry() {
 FaultGuard::FaultGuard(const void* begin, std::size_t bytes) {
   InstallHandler();
   m_range = TakeEntry();
+  MakeSpare(*m_range);
   const auto from = reinterpret_cast<std::uintptr_t>(begin);
   m_range->begin.store(from);
   m_range->end.store(from + bytes);

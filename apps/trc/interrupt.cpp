@@ -1,13 +1,16 @@
 #include "interrupt.h"
 
+#include <atomic>
 #include <csignal>
 
 namespace {
 
-volatile std::sig_atomic_t g_interrupted = 0;
+// No sig_atomic_t: the kernel may choose a working thread to run the handler on.
+std::atomic<bool> g_interrupted{false};
+static_assert(decltype(g_interrupted)::is_always_lock_free, "a handler may not wait");
 
 void Note(int) {
-  g_interrupted = 1;
+  g_interrupted.store(true, std::memory_order_relaxed);
 }
 
 }  // namespace
@@ -24,5 +27,5 @@ void CatchSignals() {
 }
 
 bool Interrupted() {
-  return g_interrupted != 0;
+  return g_interrupted.load(std::memory_order_relaxed);
 }

@@ -133,10 +133,11 @@ class TracedChild {
     EXPECT_EQ(pipe2(m_told, O_CLOEXEC), 0);
     m_pid = fork();
     if (m_pid == 0) _exit(body(*this));
+    close(m_told[1]);  // the end of the child is the end of what it tells
   }
   ~TracedChild() {
     if (m_pid > 0) Kill();
-    for (const int end : {m_go[0], m_go[1], m_told[0], m_told[1]}) close(end);
+    for (const int end : {m_go[0], m_go[1], m_told[0]}) close(end);
   }
   TracedChild(const TracedChild&) = delete;
   TracedChild& operator=(const TracedChild&) = delete;

@@ -3,9 +3,7 @@
 #include <netinet/in.h>
 #include <quor/quor.hpp>
 
-#include <atomic>
 #include <filesystem>
-#include <thread>
 
 #include "quor/client/trace_config.h"
 #include "quor/client/trace_thread.h"
@@ -95,7 +93,8 @@ TEST_F(Remote, PlainBytesAtTheTlsPortAreRefused) {
   close(socket);
 }
 
-// A cable between two machines that can be cut: bytes go through until Cut.
+// A cable between two machines that can be cut: bytes go through until Cut. A process of its own,
+// as the test forks others later and must have one thread then.
 class Cable {
  public:
   explicit Cable(std::uint16_t to) : m_to(to) {
@@ -108,39 +107,53 @@ class Cable {
     EXPECT_EQ(listen(m_listener, 8), 0);
     getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
     m_port = ntohs(address.sin_port);
-    m_thread = std::thread([this] { Run(); });
+    EXPECT_EQ(pipe2(m_orders, O_CLOEXEC), 0);
+    m_process = fork();
+    if (m_process == 0) Run();
   }
   ~Cable() {
-    m_stop = true;
-    m_thread.join();
-    close(m_listener);
+    kill(m_process, SIGKILL);
+    WaitForExit(m_process);
+    for (const int end : {m_listener, m_orders[0], m_orders[1]}) close(end);
   }
   std::uint16_t Port() const { return m_port; }
-  void Cut() { m_cut = true; }
-  void Mend() { m_cut = false; }
+  void Cut() { Order(kCut); }
+  void Mend() { Order(kMend); }
 
  private:
-  void Run() {
+  static constexpr char kCut = 'c', kMend = 'm';
+
+  void Order(char order) { EXPECT_EQ(write(m_orders[1], &order, 1), 1); }
+  [[noreturn]] void Run() {
+    close(m_orders[1]);
     std::vector<std::pair<int, int>> ways;  // each direction of each connection
-    while (!m_stop) {
-      if (m_cut) {
-        for (const auto& [from, to] : ways) close(from);
-        ways.clear();
-      }
-      std::vector<pollfd> polls{{m_listener, POLLIN, 0}};
+    for (;;) {
+      std::vector<pollfd> polls{{m_orders[0], POLLIN, 0}, {m_listener, POLLIN, 0}};
+      const std::size_t first = polls.size();
       for (const auto& [from, to] : ways) polls.push_back({from, POLLIN, 0});
-      poll(polls.data(), polls.size(), 2);
-      if (polls[0].revents != 0) Accept(ways);
-      for (std::size_t i = 1; i < polls.size(); ++i)
-        if (polls[i].revents != 0 && !Pass(ways[i - 1])) {
-          m_ended.insert(ways[i - 1].first);
-          m_ended.insert(ways[i - 1].second);
+      poll(polls.data(), polls.size(), -1);
+      if (polls[0].revents != 0) {
+        Obey(ways);
+        continue;
+      }
+      if (polls[1].revents != 0) Accept(ways);
+      for (std::size_t i = first; i < polls.size(); ++i)
+        if (polls[i].revents != 0 && !Pass(ways[i - first])) {
+          m_ended.insert(ways[i - first].first);
+          m_ended.insert(ways[i - first].second);
         }
       std::erase_if(ways, [this](const auto& way) { return m_ended.contains(way.first); });
       for (const int socket : m_ended) close(socket);
       m_ended.clear();
     }
+  }
+  void Obey(std::vector<std::pair<int, int>>& ways) {
+    char order = 0;
+    if (read(m_orders[0], &order, 1) != 1) _exit(0);  // the test is gone
+    m_cut = order == kCut;
+    if (!m_cut) return;
     for (const auto& [from, to] : ways) close(from);
+    ways.clear();
   }
   void Accept(std::vector<std::pair<int, int>>& ways) {
     const int one = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
@@ -174,8 +187,9 @@ class Cable {
   std::uint16_t m_port = 0;
   int m_listener = -1;
   std::set<int> m_ended;
-  std::atomic<bool> m_cut{false}, m_stop{false};
-  std::thread m_thread;
+  bool m_cut = false;
+  int m_orders[2] = {-1, -1};
+  pid_t m_process = 0;
 };
 
 // Two services on this host with a cable between them.

@@ -5,6 +5,7 @@
 
 #include "documents/trace_file_conversion.h"
 #include "documents/trace_file_doc.h"
+#include "documents/trace_index_follower.h"
 #include "docview/wnd.h"
 #include "records/trc_walk.h"
 
@@ -19,6 +20,7 @@ bool TellMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
 
 struct TraceFileLoad::Sink {
   TraceFileLoad& load;
+  TraceIndexFollower* follower;  // null: the ids are noted here
 
   void OnName(NameId id, std::string_view utf8) {
     NameEntry_t& entry = load.m_names[id];
@@ -27,10 +29,11 @@ struct TraceFileLoad::Sink {
   }
   void OnTrace(const std::uint8_t* record) {
     load.m_traces.EmplaceRecord(record);
-    load.m_indexes.Note(RawTrace(record));
+    if (!follower) load.m_indexes.Note(RawTrace(record));
   }
   void OnUnknownTag(std::uint64_t) { ++load.m_skippedBytes; }
   bool OnProgress(std::uint64_t position) {
+    if (follower) follower->Reach(position);
     if (load.m_cancelEvent->IsSet()) return false;
     load.PostPosition(position, false);
     return true;
@@ -81,7 +84,9 @@ bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
 void TraceFileLoad::Walk(const std::function<void()>& beforeWalk) {
   PostStart("Loading...");
   if (beforeWalk) beforeWalk();
-  const std::uint64_t reached = WalkTrc(m_file->View(), Sink{*this});
+  const auto follower = TraceIndexFollower::Start(m_file->View(), m_indexes);
+  const std::uint64_t reached = WalkTrc(m_file->View(), Sink{*this, follower.get()});
+  if (follower) follower->Finish(reached);
   PostPosition(reached, true);
   PostDone();
   Post([self = shared_from_this()] {

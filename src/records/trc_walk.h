@@ -30,13 +30,13 @@ TrcVersion VersionOf(Bytes bytes);
 //   void OnTrace(const std::uint8_t* record);        the first byte behind the tag
 //   void OnUnknownTag(std::uint64_t position);
 //   bool OnProgress(std::uint64_t position);         at every 1024th record; false ends the walk
-// Returns the position reached, which may lie behind the end when the last record is cut. Positions
-// are 64 bits wide: a record that crosses the end of a file near 4 GiB must not wrap.
+// Begins at `position`, where a record begins. Returns the position reached, which may lie behind
+// the end when the last record is cut. Positions are 64 bits wide: a record that crosses the end of
+// a file near 4 GiB must not wrap.
 template <class Sink>
-std::uint64_t WalkTrc(Bytes bytes, Sink&& sink) {
+std::uint64_t WalkTrc(Bytes bytes, Sink&& sink, std::uint64_t position = kTrcHeaderBytes) {
   const std::uint8_t* const data = bytes.data();
   const std::uint64_t size = bytes.size();
-  std::uint64_t position = kTrcHeaderBytes;
   std::uint64_t records = 0;
   while (position < size) {
     const std::uint8_t tag = data[position++];

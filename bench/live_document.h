@@ -2,6 +2,7 @@
 //
 // Shape    Threads take turns, 20 traces each; of five traces two open and close a block. The
 //          category goes round from 4 to 10, a filter on one of them hides six of seven traces.
+//          With whole blocks none of the five is outside of its block, and all have one category.
 // Owner    Owns the document, the views are the caller's.
 #pragma once
 
@@ -24,6 +25,13 @@ class LiveDocument {
     Fill();
   }
 
+  void FillWithWholeBlocks() {
+    m_wholeBlocks = true;
+    Fill();
+  }
+  // The next trace is number 1 again, as behind another start of the service.
+  void BeginAnew() { m_count = 0; }
+
   void Tick(int traces) {
     CTraceHint batch;
     for (int i = 0; i < traces; ++i) {
@@ -39,17 +47,26 @@ class LiveDocument {
     for (NameId id = 4; id < 11; ++id) filter.categories[id] = id == 4;
     return filter;
   }
+  static CTraceFilter HideSome() {
+    CTraceFilter filter;
+    filter.allTraces = filter.allCategories = 0;
+    for (NameId id = 4; id < 11; ++id) filter.categories[id] = id != 4;
+    return filter;
+  }
 
  private:
   TraceEvent_i* Next() {
     const unsigned n = ++m_count;
     const unsigned step = m_blocks ? n % 5 : 0;
-    const char* const text = step == 1   ? "Begin: handle a request of ordinary length from a peer"
-                             : step == 4 ? "End: handle a request of ordinary length from a peer"
-                                         : "a request of ordinary length was taken from the queue";
-    const auto thread = static_cast<unsigned short>(n / 20 % m_threads);
+    const unsigned last = m_wholeBlocks ? 0 : 4;
+    const char* const text = step == 1 ? "Begin: handle a request of ordinary length from a peer"
+                             : step == last && m_blocks
+                                 ? "End: handle a request of ordinary length from a peer"
+                                 : "a request of ordinary length was taken from the queue";
+    const unsigned turn = m_wholeBlocks ? (n - 1) / 5 : n;
+    const auto thread = static_cast<unsigned short>((n - 1) / 20 % m_threads);
     return TraceEvent_i::Create(
-        n, 1, 2, 3, static_cast<unsigned short>(4 + n % 7), PackDate(2026, 11, 21),
+        n, 1, 2, 3, static_cast<unsigned short>(4 + turn % 7), PackDate(2026, 11, 21),
         PackTime(9, 41, 7, 5), std::uint64_t{1000} * n,
         static_cast<unsigned short>(20 + thread / 4), static_cast<unsigned short>(100 + thread),
         kAttributeInfo, 30, 99, text, "");
@@ -70,4 +87,5 @@ class LiveDocument {
   const unsigned m_threads;
   unsigned m_count = 0;
   bool m_blocks = true;
+  bool m_wholeBlocks = false;
 };

@@ -60,9 +60,13 @@ void BuildForFile(BenchHost& host, const std::string& path) {
 // A tree on a monitor's document, without a control. The document goes last.
 class Live final : public LiveDocument, public CView {
  public:
-  Live(BenchHost& host, std::size_t limit, int threads)
+  Live(BenchHost& host, std::size_t limit, int threads, bool wholeBlocks = false)
       : LiveDocument(host, limit, threads), CView(Document()), m_model(Document(), m_filter) {
-    Fill();
+    if (wholeBlocks) {
+      FillWithWholeBlocks();
+    } else {
+      Fill();
+    }
   }
 
   void Refilter(const CTraceFilter& filter) {
@@ -86,6 +90,23 @@ class Live final : public LiveDocument, public CView {
   CTraceFilter m_filter;
   ProcModel m_model;
 };
+
+// A service that was started again numbers from 1: until the old traces have gone the numbers of
+// each thread stand in two runs. The floor is the same document just before.
+void NumbersBegunAnew(BenchHost& host, int threads) {
+  constexpr int kTick = 33333, kTicks = 12;
+  Live live(host, 500000, threads, true);
+  live.Refilter(LiveDocument::HideSome());
+  const auto ticks = [&] {
+    for (int i = 0; i < kTicks; ++i) live.Tick(kTick);
+  };
+  ticks();
+  const double before = Seconds(ticks);
+  live.BeginAnew();
+  const double behind = Seconds(ticks);
+  PrintRow(std::to_string(threads) + " threads: tick, numbers begun anew, a filter on",
+           behind * 1000 / kTicks, "ms", before * 1000 / kTicks, behind / before, 2.0);
+}
 
 void LiveTicks(BenchHost& host, int threads) {
   constexpr int kTick = 33333;  // 100,000 traces a second at 333 ms
@@ -111,5 +132,7 @@ int main(int, char** argv) {
   BuildForFile(host, SampleFile(argv[0]));
   LiveTicks(host, 1);
   LiveTicks(host, 100);
+  NumbersBegunAnew(host, 1);
+  NumbersBegunAnew(host, 100);
   return 0;
 }

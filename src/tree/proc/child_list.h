@@ -57,6 +57,11 @@ class ChildList {
   std::size_t Hollow() const { return m_hollow; }
   void SetHollow(std::size_t entries) { m_hollow = static_cast<std::uint32_t>(entries); }
 
+  // How many entries were there when the numbers of the thread began anew (thread_order.h); it
+  // counts down as those go. Good only in nodes that were open then.
+  std::size_t BeforeRun() const { return m_beforeRun; }
+  void BeginRun() { m_beforeRun = m_end - m_begin; }
+
  private:
   static constexpr std::uintptr_t kLeafBit = 1;
   void Append(WordPool& pool, std::uintptr_t word) {
@@ -69,4 +74,5 @@ class ChildList {
   std::uint32_t m_begin = 0, m_end = 0, m_capacity = 0;  // a power of two, or 0
   std::uint32_t m_noLeafBefore = 0;                      // position
   std::uint32_t m_hollow = 0;
+  std::uint32_t m_beforeRun = 0;
 };

@@ -59,17 +59,17 @@ class CExecutionBlock : public CTraceEvent {
   std::uint64_t lastTrace = 0;
   std::int64_t duration = 0;  // lastTrace - firstTrace, in tics
   ChildList children;
-
   CProcessThread* thread = nullptr;  // the one that a block is in; a thread itself
   // Kept from the trace that made the node.
   std::uint32_t sequenceNumber = 0;
   NameId id = 0;  // of a level node: the id that tells it from its siblings
   // The model's bookkeeping.
-  bool hasTimes = false;      // firstTrace and lastTrace are set
-  bool closed = false;        // its End has come: nothing is added below it any more
-  bool takenOut = false;      // in nobody's children, taken for a hidden trace; its item stays
-  bool unreachable = false;   // it or a node above it is taken out
-  bool waiting = false;       // for its label
+  bool hasTimes = false;     // firstTrace and lastTrace are set
+  bool closed = false;       // its End has come: nothing is added below it any more
+  bool takenOut = false;     // in nobody's children, taken for a hidden trace; its item stays
+  bool unreachable = false;  // it or a node above it is taken out
+  bool waiting = false;      // for its label
+  std::uint32_t madeInRun = 0, openAtRun = 0;  // see ThreadOrder::runs
   std::uint32_t hanging = 0;  // nodes that were taken out of `children` and still live
   struct KeptTexts {
     std::string own;    // the text of the node's trace, when that has gone

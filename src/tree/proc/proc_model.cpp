@@ -141,6 +141,7 @@ CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& t
   block.sequenceNumber = facts.sequenceNumber;
   block.unreachable = around.unreachable;
   block.thread = &thread;
+  block.madeInRun = thread.order.runs;
   thread.currentBlock = &block;
   around.children.AppendBlock(m_words, &block);
   m_made.push_back(&block);

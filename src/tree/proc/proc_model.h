@@ -19,9 +19,9 @@
 
 #include "tree/filter/filter_pass.h"
 #include "tree/proc/block_store.h"
-#include "tree/proc/find_node.h"
 #include "tree/proc/leaf_store.h"
 #include "tree/proc/level_index.h"
+#include "tree/proc/nearest_in_order.h"
 #include "tree/proc/proc_items.h"
 #include "tree/proc/proc_labels.h"
 #include "tree/proc/trace_facts.h"

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "documents/trace_doc.h"
+#include "tree/proc/find_leaf.h"
 #include "tree/proc/proc_model.h"
 
 namespace {
@@ -60,8 +61,7 @@ NodePosition ProcModel::FindNode(const TraceEvent_i& event) {
   RecoverOrder();
   CExecutionBlock* opened = nullptr;
   if (CProcessThread* const thread = m_levels.FindThread(TraceFacts(event).ThreadKey())) {
-    const NodePosition place = thread->order.rising ? FindLeafInOrder(*thread, event, opened)
-                                                    : FindNodeByWalk(*thread, event);
+    const NodePosition place = FindLeafInThread(*thread, event, opened);
     if (place && place.Node()->event == &event) return place;
   }
   return m_nearest.Find(m_root, event, opened);

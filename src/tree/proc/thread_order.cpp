@@ -1,6 +1,7 @@
 #include "tree/proc/thread_order.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tree/proc/find_node.h"
 
@@ -36,8 +37,15 @@ bool ThreadOrders::Note(CProcessThread& thread, std::uint32_t number, std::uint6
   order.last = number;
   if (rises) return false;
   order.runBegins = leaf;
-  if (!order.rising) return false;
+  if (!order.rising) return std::exchange(order.twoRuns, false);
   order.rising = false;
+  order.twoRuns = true;
+  ++order.runs;
+  for (CExecutionBlock* open = thread.currentBlock;; open = open->parent) {
+    open->children.BeginRun();
+    open->openAtRun = order.runs;
+    if (open == &thread) break;
+  }
   m_broken.push_back(&thread);
   return true;
 }
@@ -49,6 +57,7 @@ bool ThreadOrders::Recover(std::uint64_t oldestLeaf, std::uint64_t nextLeaf) {
            if (oldestLeaf < order.runBegins) return false;
            std::int64_t last = -1;
            order.rising = IsRising(*thread, last);
+           if (order.rising) order.twoRuns = false;
            // The trace filed last may have gone before a block with a greater number.
            if (order.rising)
              order.last = std::max(order.last, last);

@@ -1,9 +1,10 @@
-// Which threads have their traces in rising order of sequence numbers: there a search needs no
-// walk.
+// Which threads have their traces in rising order of sequence numbers, or in two runs that rise:
+// there a search needs no walk.
 //
 // A stream breaks the order where it has a word on lost traces, which has no number, and where the
-// numbers begin anew: behind the greatest one, or when the service was started again. That costs
-// the thread that it happens in its order, and only until its older traces have been trimmed.
+// numbers begin anew: behind the greatest one, or when the service was started again. The thread
+// that it happens in then has two runs, and more after the next time. It has its order again when
+// its older traces have been trimmed.
 //
 // Owner    Borrows the threads; cleared before they go.
 // Cost     The traces of a thread that is out of order are looked at once for each time that all of
@@ -17,15 +18,19 @@
 class CProcessThread;
 
 struct ThreadOrder {
-  bool rising = true;           // each trace in the thread has a greater number than the one before
+  bool rising = true;  // each trace in the thread has a greater number than the one before
+  // Not rising, but broken only once: a node that was open then has `openAtRun` from `runs` and
+  // knows how many of its children came before, a node that came later has `madeInRun` from it.
+  bool twoRuns = false;
+  std::uint32_t runs = 0;       // how often an order that was whole was broken
   std::int64_t last = -1;       // number of the trace that was filed last
   std::uint64_t runBegins = 0;  // the leaf, ever counted, behind which the numbers have risen
 };
 
 class ThreadOrders {
  public:
-  // A trace is about to be filed as leaf number `leaf`, ever counted. True when its thread has just
-  // lost its order.
+  // A trace is about to be filed as leaf number `leaf`, ever counted. True when it costs its thread
+  // the order or the second run.
   bool Note(CProcessThread& thread, std::uint32_t number, std::uint64_t leaf);
   // Looks at the threads whose run began at the oldest leaf or before it. True when one of them has
   // its order again.

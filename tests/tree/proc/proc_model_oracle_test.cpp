@@ -171,12 +171,21 @@ std::vector<Stream> Streams() {
       for (const int threads : {1, 7, 40})
         for (const int blocks : {5, 25, 45})
           streams.push_back({seed++, 150, threads, hidden, numbering, blocks, blocks});
-  // Blocks that stay open, one inside the other, and are emptied; and that close late.
-  for (const int hidden : {30, 70})
-    for (const int threads : {1, 3, 7})
-      for (const int ends : {2, 20, 38})
-        for (const std::size_t limit : {60, 150})
-          streams.push_back({seed++, limit, threads, hidden, 0, 40, ends});
+  // Blocks that stay open, one inside the other, and are emptied; and that close late. The numbers
+  // may begin anew in the middle of them.
+  for (const int numbering : {0, 4})
+    for (const int hidden : {30, 70})
+      for (const int threads : {1, 3, 7})
+        for (const int ends : {2, 20, 38})
+          for (const std::size_t limit : {60, 150})
+            streams.push_back({seed++, limit, threads, hidden, numbering, 40, ends});
+  // Next to no trace outside of a block, and long runs that overlap.
+  for (const int hidden : {5, 30, 70})
+    for (const int threads : {1, 3})
+      for (const std::size_t limit : {150, 600})
+        streams.push_back({seed++, limit, threads, hidden, 4, 45, 40});
+  // A block counts before a leaf without a number, although its own number is too great.
+  streams.push_back({20150, 150, 7, 30, 5, 45, 45});
   return streams;
 }
 

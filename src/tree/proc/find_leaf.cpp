@@ -1,0 +1,107 @@
+#include "tree/proc/find_leaf.h"
+
+#include <algorithm>
+
+#include "records/trace_event.h"
+
+namespace {
+
+class LeafSearch {
+ public:
+  LeafSearch(const TraceEvent_i& event, CExecutionBlock*& opened)
+      : m_event(event), m_wanted(SequenceNumberOf(event)), m_opened(opened) {}
+
+  // Below a node but not below `except`.
+  NodePosition Below(CExecutionBlock* node, const CExecutionBlock* except) {
+    while (node && node != except) {
+      const NodePosition last = LastUpTo(*node, 0, node->children.size());
+      if (!last || IsIt(last)) return last;
+      node = last.owner->children.BlockAt(last.position);
+    }
+    return {};
+  }
+  NodePosition InTwoRuns(CProcessThread& thread) {
+    for (CExecutionBlock* node = &thread; node;) {
+      CExecutionBlock* const open = OpenAtRun(*node);
+      const std::size_t first = node->children.BeforeRun();
+      if (const NodePosition place = In(*node, 0, first, open)) return place;
+      if (In(*node, first, node->children.size(), open)) return FindNodeByWalk(thread, m_event);
+      node = open;
+    }
+    return {};
+  }
+
+ private:
+  // Among the children [begin, end) and below them.
+  NodePosition In(CExecutionBlock& node, std::size_t begin, std::size_t end,
+                  const CExecutionBlock* except) {
+    const NodePosition last = LastUpTo(node, begin, end);
+    return !last || IsIt(last) ? last : Below(node.children.BlockAt(last.position), except);
+  }
+  // The last child with a number up to the wanted one.
+  NodePosition LastUpTo(CExecutionBlock& node, std::size_t begin, std::size_t end) const {
+    const std::size_t above = FirstAbove(node.children, m_wanted, begin, end);
+    return above == begin ? NodePosition() : NodePosition{&node, above - 1};
+  }
+  // Is it the leaf? Notes the block.
+  bool IsIt(NodePosition place) {
+    CExecutionBlock* const block = place.owner->children.BlockAt(place.position);
+    const bool own = place.Node()->event == &m_event;
+    if (block && own) m_opened = block;
+    return !block && own;
+  }
+
+  const TraceEvent_i& m_event;
+  const std::uint32_t m_wanted;
+  CExecutionBlock*& m_opened;
+};
+
+}  // namespace
+
+NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event,
+                              CExecutionBlock*& opened) {
+  opened = nullptr;
+  if (thread.order.rising) return LeafSearch(event, opened).Below(&thread, nullptr);
+  return thread.order.twoRuns ? LeafSearch(event, opened).InTwoRuns(thread)
+                              : FindNodeByWalk(thread, event);
+}
+
+std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted, std::size_t begin,
+                       std::size_t end) {
+  std::size_t low = begin, step = 1;
+  while (low + step <= end && NumberAt(children, low + step - 1) <= wanted) {
+    low += step;
+    step *= 2;
+  }
+  std::size_t high = std::min(low + step, end);
+  while (low < high) {
+    const std::size_t middle = low + (high - low) / 2;
+    if (NumberAt(children, middle) <= wanted) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
+}
+
+std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted) {
+  return FirstAbove(children, wanted, 0, children.size());
+}
+
+bool IsOfFirstRun(const CExecutionBlock& block) {
+  const ThreadOrder& order = block.thread->order;
+  return order.rising || (order.twoRuns && block.madeInRun < order.runs);
+}
+
+std::size_t SizeOfFirstRun(const CExecutionBlock& node) {
+  const ThreadOrder& order = node.thread->order;
+  return order.twoRuns && node.openAtRun == order.runs ? node.children.BeforeRun()
+                                                       : node.children.size();
+}
+
+CExecutionBlock* OpenAtRun(const CExecutionBlock& node) {
+  const std::size_t first = node.children.BeforeRun();
+  CExecutionBlock* const last = first > 0 ? node.children.BlockAt(first - 1) : nullptr;
+  return last && last->openAtRun == node.thread->order.runs ? last : nullptr;
+}

@@ -104,8 +104,9 @@ void NumbersBegunAnew(BenchHost& host, int threads) {
   const double before = Seconds(ticks);
   live.BeginAnew();
   const double behind = Seconds(ticks);
-  PrintRow(std::to_string(threads) + " threads: tick, numbers begun anew, a filter on",
-           behind * 1000 / kTicks, "ms", before * 1000 / kTicks, behind / before, 2.0);
+  const std::string name = std::to_string(threads) + (threads == 1 ? " thread: " : " threads: ");
+  PrintRow(name + "tick, numbers begun anew, a filter on", behind * 1000 / kTicks, "ms",
+           before * 1000 / kTicks, behind / before, 2.0);
 }
 
 void LiveTicks(BenchHost& host, int threads) {

@@ -35,9 +35,7 @@ TraceIndexFollower::TraceIndexFollower(Bytes file, TraceIndexes& indexes)
 
 TraceIndexFollower::~TraceIndexFollower() {
   if (!m_thread.joinable()) return;
-  m_dropped = true;
-  m_reached = kLast;
-  m_reached.notify_one();
+  Wake(kLast);  // nothing before it, and the last
   m_thread.join();
 }
 
@@ -59,7 +57,6 @@ void TraceIndexFollower::Run() noexcept {
     while ((reached & kLast) == 0) {
       m_reached.wait(reached, std::memory_order_acquire);
       reached = m_reached.load(std::memory_order_acquire);
-      if (m_dropped) return;
       const std::uint64_t end = std::min<std::uint64_t>(reached & ~kLast, m_file.size());
       position = WalkTrc(m_file.first(end), Noting{m_indexes}, position);
     }

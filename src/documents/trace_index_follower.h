@@ -46,7 +46,6 @@ class TraceIndexFollower {
   TraceIndexes& m_indexes;  // the thread's until it has ended
   std::uint64_t m_wakeAt = kBytesPerWake;
   std::atomic<std::uint64_t> m_reached;
-  std::atomic<bool> m_dropped{false};
   std::exception_ptr m_error;
   std::thread m_thread;
 };

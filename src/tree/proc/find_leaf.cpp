@@ -6,14 +6,14 @@
 
 namespace {
 
+// The search for a trace's own leaf where numbers rise.
 class LeafSearch {
  public:
   LeafSearch(const TraceEvent_i& event, CExecutionBlock*& opened)
       : m_event(event), m_wanted(SequenceNumberOf(event)), m_opened(opened) {}
 
-  // Below a node but not below `except`.
-  NodePosition Below(CExecutionBlock* node, const CExecutionBlock* except) {
-    while (node && node != except) {
+  NodePosition Below(CExecutionBlock* node) {
+    while (node) {
       const NodePosition last = LastUpTo(*node, 0, node->children.size());
       if (!last || IsIt(last)) return last;
       node = last.owner->children.BlockAt(last.position);
@@ -32,11 +32,13 @@ class LeafSearch {
   }
 
  private:
-  // Among the children [begin, end) and below them.
+  // Among the children [begin, end) and below them, but not below `except`.
   NodePosition In(CExecutionBlock& node, std::size_t begin, std::size_t end,
                   const CExecutionBlock* except) {
     const NodePosition last = LastUpTo(node, begin, end);
-    return !last || IsIt(last) ? last : Below(node.children.BlockAt(last.position), except);
+    if (!last || IsIt(last)) return last;
+    CExecutionBlock* const block = node.children.BlockAt(last.position);
+    return block == except ? NodePosition() : Below(block);
   }
   // The last child with a number up to the wanted one.
   NodePosition LastUpTo(CExecutionBlock& node, std::size_t begin, std::size_t end) const {
@@ -61,7 +63,7 @@ class LeafSearch {
 NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event,
                               CExecutionBlock*& opened) {
   opened = nullptr;
-  if (thread.order.rising) return LeafSearch(event, opened).Below(&thread, nullptr);
+  if (thread.order.rising) return LeafSearch(event, opened).Below(&thread);
   return thread.order.twoRuns ? LeafSearch(event, opened).InTwoRuns(thread)
                               : FindNodeByWalk(thread, event);
 }
@@ -83,10 +85,6 @@ std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted, std::siz
     }
   }
   return low;
-}
-
-std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted) {
-  return FirstAbove(children, wanted, 0, children.size());
 }
 
 bool IsOfFirstRun(const CExecutionBlock& block) {

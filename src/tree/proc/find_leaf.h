@@ -19,8 +19,6 @@ NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event,
 // for none. Doubles its steps from the front, where most searches end.
 std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted, std::size_t begin,
                        std::size_t end);
-// Of all children.
-std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted);
 
 // The block came before the second run of its thread, or the thread has one run only: then nothing
 // stops a walk on its way to it, as whatever comes before it has smaller numbers.

@@ -149,7 +149,7 @@ NodePosition NearestInOrder::SearchBelow(Front& front, CExecutionBlock* top, std
   m_passed.clear();
   for (CExecutionBlock* node = top; node;) {
     ChildList& children = node->children;
-    const std::size_t above = FirstAbove(children, wanted);
+    const std::size_t above = FirstAbove(children, wanted, 0, children.size());
     // A number from here up to the wanted one leads down the same way.
     if (above > 0) front.HoldsFrom(NumberAt(children, above - 1));
     const std::size_t leaf = children.FirstLeaf(above);

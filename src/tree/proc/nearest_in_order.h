@@ -18,7 +18,7 @@ class NearestInOrder {
  public:
   // `block` is the one that the trace has opened, null for none.
   NodePosition Find(const CRoot& root, const TraceEvent_i& event, CExecutionBlock* block);
-  // A thread is new, or has lost its order or found it again.
+  // A thread is new, or its numbers have come into another order.
   void OnThreadsChanged() { m_complete = false; }
   void OnAppended(const CProcessThread& thread);
   void OnClosed(const CExecutionBlock& block);

@@ -3,8 +3,8 @@
 
 A source that passed is not read again until it, a file of the project that it includes, its command
 or the set of checks changes: the whole house takes most of an hour, a day's change some minutes.
-BUILD_FOLDER is a finished ninja build; marks of what passed are kept in BUILD_FOLDER/tidy. Prints the
-findings; exits 1 if there is one.
+BUILD_FOLDER is configured without units of several sources, and its generated headers are made; marks of
+what passed are kept in BUILD_FOLDER/tidy. Prints the findings; exits 1 if there is one.
 """
 import hashlib
 import json
@@ -20,18 +20,19 @@ ROOT = Path(__file__).resolve().parent.parent
 FOREIGN = (" -fno-gnu-unique",)
 
 
-def dependencies(build):
-    """Object file -> the project's own files it was made from, as ninja has recorded them."""
-    text = subprocess.run(["ninja", "-C", build, "-t", "deps"], capture_output=True, text=True,
-                          check=True).stdout
-    found, current = {}, None
-    for line in text.splitlines():
-        if line.startswith("    "):
-            path = (build / line.strip()).resolve()
-            if path.is_relative_to(ROOT):
-                current.append(path)
-        elif ": #deps" in line:
-            current = found.setdefault(line.split(":", 1)[0], [])
+def included(path, folders, known):
+    """The project's own files that a source includes, itself among them."""
+    found, waiting = set(), [path]
+    while waiting:
+        file = waiting.pop()
+        if file in found:
+            continue
+        found.add(file)
+        if file not in known:
+            names = re.findall(r'^#include ["<]([^">]+)[">]', file.read_text(), re.M)
+            tries = [[folder / name for folder in (file.parent, *folders)] for name in names]
+            known[file] = [next((t for t in each if t.is_file()), None) for each in tries]
+        waiting += [below for below in known[file] if below]
     return found
 
 
@@ -55,7 +56,9 @@ def main():
     wanted = set(subprocess.run(["git", "ls-files", "src/*.cpp", "apps/*.cpp"], cwd=ROOT, check=True,
                                 capture_output=True, text=True).stdout.split())
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, check=True).stdout
-    made_from = dependencies(build)
+    folders = [ROOT / "src", ROOT / "include", build / "generated/wire"]
+    folders += [folder for folder in ROOT.glob("apps/*") if folder.is_dir()]
+    known = {}
     todo, seen = [], set()
     for entry in commands:
         path = Path(entry["file"]).resolve()
@@ -64,8 +67,7 @@ def main():
         if name not in wanted or name in seen:
             continue
         seen.add(name)
-        output = re.search(r" -o (\S+)", entry["command"])[1]
-        mark = marks / fingerprint(entry["command"], made_from.get(output, []) + [path], version)
+        mark = marks / fingerprint(entry["command"], included(path, folders, known), version)
         if not mark.exists():
             todo.append((name, mark))
     print(f"clang-tidy: {len(todo)} of {len(seen)} sources to read", flush=True)

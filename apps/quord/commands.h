@@ -3,6 +3,9 @@
 
 #include "command_line.h"
 
+// Says why a command failed, on standard error, and gives its exit status.
+int Fail(const std::string& why);
+
 int Serve(const ServeCommand& command);
 int KeysInit(const KeysInitCommand& command);
 int KeysIssue(const KeysIssueCommand& command);

@@ -72,11 +72,6 @@ void SayReady() {
   close(socket);
 }
 
-int Fail(const std::string& why) {
-  std::fprintf(stderr, "quord: %s\n", why.c_str());
-  return kExitNo;
-}
-
 // Standard error goes to a file beside the state.
 void Detach(const std::string& stateFolder) {
   setsid();

@@ -24,11 +24,6 @@ void AddHosts(const std::vector<std::string>& hosts, ServerNames& names) {
     (IsAddress(host) ? names.addresses : names.hosts).push_back(host);
 }
 
-int Fail(const std::string& why) {
-  std::fprintf(stderr, "quord: %s\n", why.c_str());
-  return kExitNo;
-}
-
 }  // namespace
 
 int KeysInit(const KeysInitCommand& command) {

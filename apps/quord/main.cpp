@@ -1,4 +1,11 @@
+#include <cstdio>
+
 #include "commands.h"
+
+int Fail(const std::string& why) {
+  std::fprintf(stderr, "quord: %s\n", why.c_str());
+  return kExitNo;
+}
 
 int main(int argc, char** argv) {
   const ParsedCommandLine parsed = ParseCommandLine(argc, argv);

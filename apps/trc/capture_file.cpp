@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::uint64_t kMegabyte = 1024 * 1024;
 // Readers take less than 4 GiB.
-constexpr std::uint64_t kMostFileBytes = 0xFFFFFFFF;
 constexpr std::uint64_t kNameRecordBytes = 5;
 
 bool Say(std::string* why, const std::string& path, const char* words) {
@@ -53,8 +52,8 @@ std::uint64_t BytesOf(const TraceEvent_i& trace, const NameMap& names) {
 
 CaptureFile::CaptureFile(const CaptureOptions& options)
     : m_path(options.out),
-      m_maxBytes(options.maxMegabytes == 0 || options.maxMegabytes > kMostFileBytes / kMegabyte
-                     ? kMostFileBytes
+      m_maxBytes(options.maxMegabytes == 0 || options.maxMegabytes > kTrcFileBytesMax / kMegabyte
+                     ? kTrcFileBytesMax
                      : options.maxMegabytes * kMegabyte),
       m_maxFiles(options.maxFiles) {
   const std::filesystem::path path(m_path);

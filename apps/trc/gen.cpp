@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 // Readers take less than 4 GiB.
-constexpr std::uint64_t kMostFileBytes = 0xFFFFFFFF;
 constexpr std::uint64_t kLeastTraceBytes = RawTrace::kFixedBytes + 1;
 
 class Generator {
@@ -28,7 +27,7 @@ class Generator {
     if (!WriteHeader()) return WriteError();
     while (TraceEvent_i* const trace = m_traces.Next()) {
       const std::uint64_t bytes = Measure(*trace);
-      const bool fits = m_bytes + bytes <= kMostFileBytes - kRoomForNames;
+      const bool fits = m_bytes + bytes <= kTrcFileBytesMax - kRoomForNames;
       const bool written = fits && Write(*trace);
       trace->Release();
       if (!fits) return TooLarge();
@@ -96,7 +95,7 @@ class Generator {
 }  // namespace
 
 int RunGen(const GenOptions& options) {
-  if (options.records > kMostFileBytes / kLeastTraceBytes) {
+  if (options.records > kTrcFileBytesMax / kLeastTraceBytes) {
     Complain(std::to_string(options.records) +
              " traces do not fit in a trace file, which is smaller than 4 GiB");
     return kExitBad;

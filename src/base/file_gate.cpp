@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+#include "base/fail_with.h"
+
 namespace {
 
 constexpr char kInUseHere[] = "In use by this program";
@@ -49,10 +51,6 @@ OpenFiles& Files() {
   return files;
 }
 
-void Explain(std::string* why, std::string reason) {
-  if (why) *why = std::move(reason);
-}
-
 std::string SystemReason() {
   return std::generic_category().message(errno);
 }
@@ -69,7 +67,7 @@ int OpenDescriptor(const std::string& path, int flags) {
 // Kinds of file that the program takes. A device such as /dev/null or /dev/full may be written.
 bool IsWelcome(mode_t mode, bool writing, std::string* why) {
   if (S_ISREG(mode) || (writing && S_ISCHR(mode))) return true;
-  Explain(why, S_ISDIR(mode) ? "Is a directory" : "Not a regular file");
+  FailWith(why, S_ISDIR(mode) ? "Is a directory" : "Not a regular file");
   return false;
 }
 
@@ -122,7 +120,7 @@ OpenFile OpenFile::Open(const std::string& path, bool writing, std::string* why)
   file.m_descriptor = OpenDescriptor(path, writing ? O_WRONLY | O_CREAT : O_RDONLY);
   struct stat status;
   if (!file || fstat(file.m_descriptor, &status) != 0) {
-    Explain(why, SystemReason());
+    FailWith(why, SystemReason());
     return {};
   }
   if (!IsWelcome(status.st_mode, writing, why)) return {};
@@ -133,11 +131,11 @@ OpenFile OpenFile::Open(const std::string& path, bool writing, std::string* why)
   file.m_inode = status.st_ino;
   file.m_listed = Files().Enter(file.m_device, file.m_inode, writing);
   if (!file.m_listed || !Lock(file.m_descriptor, writing)) {
-    Explain(why, file.m_listed ? kInUseElsewhere : kInUseHere);
+    FailWith(why, file.m_listed ? kInUseElsewhere : kInUseHere);
     return {};
   }
   if (writing && ftruncate(file.m_descriptor, 0) != 0) {
-    Explain(why, SystemReason());
+    FailWith(why, SystemReason());
     return {};
   }
   return file;

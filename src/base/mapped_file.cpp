@@ -7,13 +7,11 @@
 
 #include <system_error>
 
+#include "base/fail_with.h"
+
 namespace {
 
 constexpr std::uint64_t kTooLong = std::uint64_t{1} << 32;
-
-void Explain(std::string* why, std::string reason) {
-  if (why) *why = std::move(reason);
-}
 
 std::size_t RoundUp(std::size_t bytes, std::size_t unit) {
   return (bytes + unit - 1) / unit * unit;
@@ -62,17 +60,17 @@ std::shared_ptr<const MappedFile> MappedFile::Open(const std::string& path, std:
   if (!file->m_file) return nullptr;
   struct stat status;
   if (fstat(file->m_file.Descriptor(), &status) != 0) {
-    Explain(why, std::generic_category().message(errno));
+    FailWith(why, std::generic_category().message(errno));
     return nullptr;
   }
   const auto size = static_cast<std::uint64_t>(status.st_size);
   if (size == 0 || size >= kTooLong) {
-    Explain(why, size == 0 ? "The file is empty" : "The file has 4 GiB or more");
+    FailWith(why, size == 0 ? "The file is empty" : "The file has 4 GiB or more");
     return nullptr;
   }
   file->m_size = static_cast<std::size_t>(size);
   if (!file->Map()) {
-    Explain(why, std::generic_category().message(errno));
+    FailWith(why, std::generic_category().message(errno));
     return nullptr;
   }
   return file;

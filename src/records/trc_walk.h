@@ -17,6 +17,7 @@
 constexpr char kTrcHeader[16] = "TRC Version 3.1";  // with its NUL
 constexpr char kOldTrcHeader[12] = "Version 2.2";   // the older format, with its NUL
 constexpr std::size_t kTrcHeaderBytes = sizeof kTrcHeader;
+constexpr std::uint64_t kTrcFileBytesMax = 0xFFFFFFFF;  // offsets have 32 bits
 constexpr std::uint8_t kTagName = 10;
 constexpr std::uint8_t kTagTrace = 11;
 constexpr std::uint64_t kRecordsPerCheck = 1024;

@@ -10,7 +10,7 @@
 namespace {
 
 // Writes down what the walk meets.
-struct Notes {
+struct OldNotes {
   void OnName(OldName kind, std::uint8_t key, std::string_view text) {
     out << "name " << static_cast<int>(kind) << ' ' << int{key} << ' ' << text << '\n';
   }
@@ -32,7 +32,7 @@ struct Notes {
 
 std::string Walked(const OldTrcImage& image) {
   const GuardedBytes bytes = image.Guarded();
-  Notes notes;
+  OldNotes notes;
   WalkOldTrc(bytes.View(), notes);
   return notes.out.str();
 }
@@ -101,7 +101,7 @@ TEST(OldWalk, ARecordCutAnywhereIsTheLastOneAndNothingBehindTheGuardIsRead) {
     std::vector<std::uint8_t> bytes(image.Bytes().begin(), image.Bytes().end());
     bytes.resize(image.Size() + OldTrace::kFixedBytes);
     bytes.shrink_to_fit();
-    Notes notes;
+    OldNotes notes;
     const std::uint64_t end = WalkOldTrc(Bytes(bytes.data(), image.Size()), notes);
     EXPECT_GE(end, image.Size()) << cut;
     EXPECT_LE(end, image.Size() + OldTrace::kFixedBytes + 1) << cut;
@@ -124,7 +124,7 @@ TEST(OldWalk, ProgressComesAtMultiplesOf1024RecordsOfAnyTag) {
     if (record % 1024 == 0) expected.push_back(image.Size());
   }
   const GuardedBytes bytes = image.Guarded();
-  Notes notes;
+  OldNotes notes;
   EXPECT_EQ(WalkOldTrc(bytes.View(), notes), image.Size());
   EXPECT_EQ(notes.progress, expected);
 }
@@ -133,14 +133,14 @@ TEST(OldWalk, CancelEndsTheWalkAtItsLook) {
   OldTrcImage image;
   for (int i = 0; i < 3000; ++i) image.Trace("x");
   const GuardedBytes bytes = image.Guarded();
-  Notes notes{.cancelAt = 2};
+  OldNotes notes{.cancelAt = 2};
   EXPECT_EQ(WalkOldTrc(bytes.View(), notes), 12u + 2048u * 49);
   EXPECT_EQ(notes.progress.size(), 2u);
 }
 
 TEST(OldWalk, ASinkThatTakesNoMoreTracesEndsTheWalk) {
   const GuardedBytes bytes = OldTrcImage().Trace("a").Trace("b").Trace("c").Guarded();
-  Notes notes{.tracesLeft = 2};
+  OldNotes notes{.tracesLeft = 2};
   WalkOldTrc(bytes.View(), notes);
   EXPECT_EQ(notes.out.str(), "trace 1 a\ntrace 1 b\n");
 }

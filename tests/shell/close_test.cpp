@@ -3,10 +3,6 @@
 
 namespace {
 
-constexpr char kQuickClose[] =
-    "box Application Exit [question] "
-    "\"Quick Close (selecting yes will exit without saving any files)?\" (Yes, No, Cancel) -> ";
-
 class CloseTest : public ShellTest {
  protected:
   CDocument* OpenModified(CMultiDocTemplate& docTemplate, const std::string& title) {

@@ -12,10 +12,6 @@
 
 namespace {
 
-constexpr char kQuickClose[] =
-    "box Application Exit [question] "
-    "\"Quick Close (selecting yes will exit without saving any files)?\" (Yes, No, Cancel) -> ";
-
 class MonitorTest : public ShellTest {
  protected:
   MonitorTest() {

@@ -17,6 +17,10 @@
 #include "support/trc_image.h"
 #include "test_app.h"
 
+constexpr char kQuickClose[] =
+    "box Application Exit [question] "
+    "\"Quick Close (selecting yes will exit without saving any files)?\" (Yes, No, Cancel) -> ";
+
 class ShellTest : public ::testing::Test {
  protected:
   ShellTest() {

@@ -1,13 +1,10 @@
 #include "quor/client/config_link.h"
 
+#include "base/fail_with.h"
+
 namespace {
 
 constexpr std::chrono::milliseconds kDeadline{5000};
-
-bool Say(std::string* why, const std::string& reason) {
-  if (why) *why = reason;
-  return false;
-}
 
 }  // namespace
 
@@ -36,8 +33,8 @@ bool ConfigLink::Ask(quor::wire::Request request, quor::wire::Response* response
   m_answered.wait_for(lock, kDeadline, [&] { return m_questions[id].answer.has_value(); });
   const std::optional<quor::wire::Response> answer = std::move(m_questions[id].answer);
   m_questions.erase(id);
-  if (!answer) return Say(why, "no answer in time");
-  if (answer->error() != quor::wire::ERROR_NONE) return Say(why, answer->text());
+  if (!answer) return FailWith(why, "no answer in time");
+  if (answer->error() != quor::wire::ERROR_NONE) return FailWith(why, answer->text());
   if (response) *response = *answer;
   return true;
 }

@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/fail_with.h"
+
 namespace {
 
 constexpr std::size_t kInstanceBytes = 16;
 // No source has produced so many; sums of some of them cannot wrap.
 constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
-
-bool Say(std::string* why, const char* reason) {
-  *why = reason;
-  return false;
-}
 
 }  // namespace
 
@@ -39,10 +36,10 @@ bool GapLedger::Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::
 bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap,
                            std::string* why) {
   if (word.instance().size() != kInstanceBytes)
-    return Say(why, "a ledger's source has no instance");
+    return FailWith(why, "a ledger's source has no instance");
   if (word.serial() > kSerialMax || word.delivered() > word.serial() ||
       word.lost() > word.serial() - word.delivered())
-    return Say(why, "a ledger counts more than there was");
+    return FailWith(why, "a ledger counts more than there was");
   if (m_sources.size() >= kSourcesMax && !m_sources.contains(word.instance())) ForgetOldest();
   const auto [entry, isNew] = m_sources.try_emplace(word.instance());
   Source& source = entry->second;
@@ -56,9 +53,9 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t
     source.delivered = source.lost = 0;
     source.stream = m_stream;
   } else if (word.serial() < source.serial) {
-    return Say(why, "a ledger's serial falls");
+    return FailWith(why, "a ledger's serial falls");
   } else if (falls) {
-    return Say(why, "a ledger's count falls");
+    return FailWith(why, "a ledger's count falls");
   }
   m_delivered += word.delivered() - source.delivered;
   m_lost += word.lost() - source.lost;

@@ -3,15 +3,6 @@
 #include "quor/client/loss_trace.h"
 #include "quor/ring/trace_bytes.h"
 
-namespace {
-
-template <class Message>
-bool Parse(const Frame& frame, Message* message) {
-  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
-}
-
-}  // namespace
-
 void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome) {
   m_machine = welcome.machine();
   m_ledger.BeginStream();
@@ -67,7 +58,7 @@ void LiveReader::OnFrame(const Frame& frame) {
 
 void LiveReader::TakeResponse(const Frame& frame) {
   quor::wire::Response response;
-  if (!Parse(frame, &response)) return m_link->Break("a malformed response");
+  if (!ParseBody(frame, &response)) return m_link->Break("a malformed response");
   if (response.error() != quor::wire::ERROR_NONE) m_link->Break("refused: " + response.text());
 }
 
@@ -85,7 +76,7 @@ void LiveReader::TakeData(const Frame& frame) {
 
 void LiveReader::TakeLedger(const Frame& frame) {
   quor::wire::Ledger ledger;
-  if (!Parse(frame, &ledger)) return m_link->Break("a malformed ledger");
+  if (!ParseBody(frame, &ledger)) return m_link->Break("a malformed ledger");
   std::uint64_t gap = 0;
   std::string why;
   if (!m_ledger.Take(ledger, &gap, &why)) return m_link->Break(why);

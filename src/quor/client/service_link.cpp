@@ -18,11 +18,6 @@ constexpr std::chrono::milliseconds kEndPatience = 700ms;
 constexpr std::chrono::milliseconds kFirstPause = 50ms;
 constexpr std::chrono::milliseconds kLongestPause = 2000ms;
 
-template <class Message>
-bool Parse(const Frame& frame, Message* message) {
-  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
-}
-
 }  // namespace
 
 // Shared with its thread, which outlives the link while a name is looked up.
@@ -124,9 +119,9 @@ class ServiceLink::Core final : public Connection::Handler,
     if (m_welcomed) return m_user->OnFrame(frame);
     Welcome welcome;
     quor::wire::Refused refused;
-    if (frame.type == FrameType::Refused && Parse(frame, &refused))
+    if (frame.type == FrameType::Refused && ParseBody(frame, &refused))
       return Break(m_machine + " refuses: " + refused.text());
-    if (frame.type != FrameType::Welcome || !Parse(frame, &welcome))
+    if (frame.type != FrameType::Welcome || !ParseBody(frame, &welcome))
       return Break(m_machine + " does not speak this protocol");
     if (welcome.version() != kProtocolVersion)
       return Break(m_machine + " speaks version " + std::to_string(welcome.version()) +

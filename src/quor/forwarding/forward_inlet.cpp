@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/fail_with.h"
 #include "quor/protocol/frames.h"
 #include "records/raw_trace.h"
 
@@ -10,11 +11,6 @@ namespace {
 constexpr std::size_t kIdBytes = 16;
 constexpr std::size_t kNameBytesMax = 16u << 20;
 constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
-
-bool Say(std::string* why, const char* reason) {
-  *why = reason;
-  return false;
-}
 
 }  // namespace
 
@@ -83,8 +79,8 @@ void ForwardInlet::ForgetOldestSource() {
 }
 
 bool ForwardInlet::Stream::TakeData(Bytes body, std::string* why) {
-  if (!m_held.empty()) return Say(why, "a data frame without a ledger behind it");
-  if (body.empty()) return Say(why, "an empty data frame");
+  if (!m_held.empty()) return FailWith(why, "a data frame without a ledger behind it");
+  if (body.empty()) return FailWith(why, "an empty data frame");
   m_held.assign(body.begin(), body.end());
   return true;
 }
@@ -94,7 +90,7 @@ bool ForwardInlet::Stream::TakeLedger(const quor::wire::Ledger& ledger, std::str
   const bool completes = !m_held.empty();
   if (completes && !ReadDataBody(m_held, frame, why)) return false;
   if (completes && ledger.sources_size() != 1)
-    return Say(why, "a data frame of more than one source");
+    return FailWith(why, "a data frame of more than one source");
   for (const auto& word : ledger.sources())
     if (!TakeWord(word, completes ? &frame : nullptr, why)) return false;
   m_inlet.m_hub.Deliver();
@@ -107,19 +103,19 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
                                     std::string* why) {
   if (word.instance().size() != kIdBytes || word.serial() > kSerialMax ||
       word.delivered() > word.serial() || word.lost() > word.serial() - word.delivered())
-    return Say(why, "a ledger counts more than there was");
+    return FailWith(why, "a ledger counts more than there was");
   const bool isNew = !m_words.contains(word.instance());
   Word& before = m_words[word.instance()];
   if (word.delivered() < before.delivered || word.lost() < before.lost ||
       word.delivered() - before.delivered != (frame ? frame->numbered : 0))
-    return Say(why, "a ledger does not count what came");
+    return FailWith(why, "a ledger does not count what came");
   // Where the source stands on this stream before this word.
   const std::uint64_t stands =
       word.serial() - (word.delivered() - before.delivered) - (word.lost() - before.lost);
   const std::shared_ptr<Source> source = m_inlet.SourceFor(word.instance(), stands, m_machine);
   // Monitors would believe no larger number, not even of others on this stream.
   if (std::max(source->serial, stands) > kSerialMax - (word.serial() - stands))
-    return Say(why, "its ledgers count more than there can be");
+    return FailWith(why, "its ledgers count more than there can be");
   if (frame && !frame->traces.empty()) {
     const RawTrace first(frame->traces.front().data());
     source->machine = m_names.TextOf(first.MachineId());

@@ -14,11 +14,6 @@ constexpr milliseconds kPauseMin{100}, kPauseMax{5000}, kDialDeadline{5000};
 constexpr std::size_t kWindowBytes = 2u << 20;
 constexpr std::uint32_t kForwardRequest = 1;
 
-template <class Message>
-bool Parse(const Frame& frame, Message* message) {
-  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
-}
-
 }  // namespace
 
 Forwarder::Forwarder(asio::io_context& io, Machine machine, std::string keysFolder,
@@ -116,22 +111,23 @@ bool Forwarder::Handle(const Frame& frame) {
   quor::wire::Taken taken;
   switch (m_state) {
     case State::Greeting:
-      if (frame.type == FrameType::Refused && Parse(frame, &refused)) {
+      if (frame.type == FrameType::Refused && ParseBody(frame, &refused)) {
         m_connection->Close();
         OnClosed("it refuses: " + refused.text());
         return true;
       }
-      if (frame.type != FrameType::Welcome || !Parse(frame, &welcome)) return false;
+      if (frame.type != FrameType::Welcome || !ParseBody(frame, &welcome)) return false;
       m_state = State::Asking;
       AskToForward();
       return true;
     case State::Asking:
       // The last of a stream that ended may still be told.
       if (frame.type == FrameType::Taken) return true;
-      return frame.type == FrameType::Response && Parse(frame, &response) &&
+      return frame.type == FrameType::Response && ParseBody(frame, &response) &&
              response.error() == quor::wire::ERROR_NONE && BeginStream(response.taken());
     case State::Up:
-      return frame.type == FrameType::Taken && Parse(frame, &taken) && DropTaken(taken.frames());
+      return frame.type == FrameType::Taken && ParseBody(frame, &taken) &&
+             DropTaken(taken.frames());
     case State::Down:
       break;
   }

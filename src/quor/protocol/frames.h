@@ -41,6 +41,12 @@ struct Frame {
   Bytes body;  // borrowed from the reader until its next Feed or Room
 };
 
+// Reads the protobuf message that a control frame carries. False when the body is not one.
+template <class Message>
+bool ParseBody(const Frame& frame, Message* message) {
+  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
+}
+
 // Cuts a stream into frames. Feed it what arrives, in pieces of any size, and take all frames
 // before feeding more: then it holds at most one frame and one piece.
 class FrameReader {

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <memory>
 
+#include "base/fail_with.h"
 #include "quor/protocol/machine.h"
 #include "quor/protocol/tls.h"
 
@@ -35,11 +36,6 @@ struct Extension {
   int nid;
   std::string value;
 };
-
-bool Say(std::string* why, const std::string& reason) {
-  if (why) *why = reason;
-  return false;
-}
 
 bool AddText(X509_NAME* subject, int nid, const std::string& text) {
   return text.empty() ||
@@ -96,10 +92,10 @@ template <class Write>
 bool WriteNew(const std::string& path, mode_t mode, std::string* why, Write&& write) {
   const int descriptor =
       open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
-  if (descriptor < 0) return Say(why, path + ": " + std::strerror(errno));
+  if (descriptor < 0) return FailWith(why, path + ": " + std::strerror(errno));
   FILE* const file = fdopen(descriptor, "w");
   const bool written = write(file);
-  return (std::fclose(file) == 0 && written) || Say(why, path + ": cannot be written");
+  return (std::fclose(file) == 0 && written) || FailWith(why, path + ": cannot be written");
 }
 
 bool WriteKey(const std::string& path, EVP_PKEY* key, std::string* why) {
@@ -117,12 +113,12 @@ template <class Object, class Read>
 Object ReadPem(const std::string& path, Read&& read, std::string* why) {
   FILE* const file = std::fopen(path.c_str(), "re");
   if (!file) {
-    Say(why, path + ": " + std::strerror(errno));
+    FailWith(why, path + ": " + std::strerror(errno));
     return nullptr;
   }
   Object object(read(file));
   std::fclose(file);
-  if (!object) Say(why, path + ": holds nothing that can be used");
+  if (!object) FailWith(why, path + ": holds nothing that can be used");
   return object;
 }
 
@@ -130,7 +126,7 @@ bool MakeFolder(const std::string& path, std::string* why) {
   for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
     mkdir(path.substr(0, slash).c_str(), 0755);
   if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-    return Say(why, path + ": " + std::strerror(errno));
+    return FailWith(why, path + ": " + std::strerror(errno));
   return true;
 }
 
@@ -213,38 +209,38 @@ ServerNames OwnNames() {
 
 bool InitKeys(const std::string& folder, const ServerNames& names, std::string* why, int days) {
   if (!AreNames(names) || names.hosts.empty())
-    return Say(why, "a name or address of the server cannot be used");
+    return FailWith(why, "a name or address of the server cannot be used");
   if (!MakeFolder(folder, why)) return false;
   for (const char* file : {"/ca.crt", "/ca.key", "/server.crt", "/server.key"})
-    if (Exists(folder + file)) return Say(why, folder + file + " exists already");
+    if (Exists(folder + file)) return FailWith(why, folder + file + " exists already");
   Identity authority;
   authority.key.reset(EVP_EC_gen("P-256"));
-  if (!authority.key) return Say(why, "no keys can be made");
+  if (!authority.key) return FailWith(why, "no keys can be made");
   authority.certificate = MakeCertificate({"Quor authority of " + names.hosts.front(), ""},
                                           authority.key.get(), nullptr, nullptr, 10 * 365,
                                           {{NID_basic_constraints, "critical,CA:TRUE,pathlen:0"},
                                            {NID_key_usage, "critical,keyCertSign,cRLSign"}});
-  if (!authority.certificate) return Say(why, "no authority can be made");
+  if (!authority.certificate) return FailWith(why, "no authority can be made");
   const Identity server = MakeServer(authority, names.hosts.front(), names, days);
-  if (!server.certificate) return Say(why, "no certificate can be made of these names");
+  if (!server.certificate) return FailWith(why, "no certificate can be made of these names");
   return Write(folder + "/ca", authority, why) && Write(folder + "/server", server, why);
 }
 
 bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::Role role,
                const std::string& to, std::string* why, int days, const ServerNames& server) {
-  if (name.empty() || name.size() > 64) return Say(why, "a name has 1 to 64 bytes");
-  if (RoleWord(role).empty()) return Say(why, "there is no such role");
-  if (!AreNames(server)) return Say(why, "a name or address of the server cannot be used");
+  if (name.empty() || name.size() > 64) return FailWith(why, "a name has 1 to 64 bytes");
+  if (RoleWord(role).empty()) return FailWith(why, "there is no such role");
+  if (!AreNames(server)) return FailWith(why, "a name or address of the server cannot be used");
   const bool serves = !server.hosts.empty() || !server.addresses.empty();
   const Identity authority = ReadAuthority(folder, why);
   if (!authority.key || !MakeFolder(to, why)) return false;
   for (const char* file : {"/ca.crt", "/client.crt", "/client.key", "/server.crt", "/server.key"})
-    if (Exists(to + file)) return Say(why, to + file + " exists already");
+    if (Exists(to + file)) return FailWith(why, to + file + " exists already");
   const Identity made =
       MakeLeaf(authority, {name, RoleWord(role)}, days, LeafExtensions("clientAuth"));
   const Identity serving = serves ? MakeServer(authority, name, server, days) : Identity();
   if (!made.certificate || (serves && !serving.certificate))
-    return Say(why, "no certificate can be made for " + name);
+    return FailWith(why, "no certificate can be made for " + name);
   return Write(to + "/client", made, why) && (!serves || Write(to + "/server", serving, why)) &&
          WriteCertificate(to + "/ca.crt", authority.certificate.get(), why);
 }

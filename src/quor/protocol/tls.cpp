@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/fail_with.h"
+
 namespace {
 
 using quor::wire::Role;
@@ -19,15 +21,10 @@ std::string Environment(const char* name) {
   return value ? value : "";
 }
 
-bool Say(std::string* why, const std::string& reason) {
-  if (why) *why = reason;
-  return false;
-}
-
 bool KeyIsPrivate(const std::string& path, std::string* why) {
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return Say(why, path + ": " + std::strerror(errno));
-  if ((status.st_mode & 077) != 0) return Say(why, path + ": others may read it (chmod 600)");
+  if (stat(path.c_str(), &status) != 0) return FailWith(why, path + ": " + std::strerror(errno));
+  if ((status.st_mode & 077) != 0) return FailWith(why, path + ": others may read it (chmod 600)");
   return true;
 }
 
@@ -38,11 +35,11 @@ bool LoadKeys(asio::ssl::context& context, const std::string& folder, const std:
   if (!KeyIsPrivate(key, why)) return false;
   std::error_code error;
   context.load_verify_file(folder + "/ca.crt", error);
-  if (error) return Say(why, folder + "/ca.crt: " + error.message());
+  if (error) return FailWith(why, folder + "/ca.crt: " + error.message());
   context.use_certificate_chain_file(certificate, error);
-  if (error) return Say(why, certificate + ": " + error.message());
+  if (error) return FailWith(why, certificate + ": " + error.message());
   context.use_private_key_file(key, asio::ssl::context::pem, error);
-  if (error) return Say(why, key + ": " + error.message());
+  if (error) return FailWith(why, key + ": " + error.message());
   return true;
 }
 

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/fail_with.h"
+
 namespace {
 
 constexpr const char* kProgram = "quord";
@@ -20,11 +22,6 @@ std::string FolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return ".";
   return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-bool Say(std::string* why, std::string reason) {
-  if (why) *why = std::move(reason);
-  return false;
 }
 
 bool IsProgram(const std::string& path) {
@@ -73,9 +70,10 @@ bool PrepareSocketFolder(const std::string& socketPath, std::string* why) {
   const std::string folder = FolderOf(socketPath);
   if (socketPath != Environment("QUOR_SOCKET") && mkdir(folder.c_str(), 0700) != 0 &&
       errno != EEXIST)
-    return Say(why, folder + ": " + std::strerror(errno));
+    return FailWith(why, folder + ": " + std::strerror(errno));
   struct stat status {};
-  if (stat(folder.c_str(), &status) != 0) return Say(why, folder + ": " + std::strerror(errno));
+  if (stat(folder.c_str(), &status) != 0)
+    return FailWith(why, folder + ": " + std::strerror(errno));
   return SocketFolderIsSafe(socketPath, why);
 }
 
@@ -86,9 +84,9 @@ bool SocketFolderIsSafe(const std::string& socketPath, std::string* why,
   struct stat status {};
   // lstat: a link in /tmp may be anybody's.
   if (lstat(folder.c_str(), &status) != 0) return errno == ENOENT;
-  if (!S_ISDIR(status.st_mode)) return Say(why, folder + ": not a folder");
-  if (status.st_uid != geteuid()) return Say(why, folder + ": belongs to another user");
-  if ((status.st_mode & 022) != 0) return Say(why, folder + ": others may write to it");
+  if (!S_ISDIR(status.st_mode)) return FailWith(why, folder + ": not a folder");
+  if (status.st_uid != geteuid()) return FailWith(why, folder + ": belongs to another user");
+  if ((status.st_mode & 022) != 0) return FailWith(why, folder + ": others may write to it");
   return true;
 }
 

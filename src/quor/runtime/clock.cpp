@@ -18,7 +18,6 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-constexpr std::uint64_t kSecondNs = 1'000'000'000;
 constexpr std::uint64_t kSecondPs = 1'000'000'000'000;
 constexpr std::uint64_t kRateNs = 10'000'000;     // the shortest base for a rate
 constexpr std::uint64_t kRateBaseNs = kSecondNs;  // the base moves along: the kernel's rate changes

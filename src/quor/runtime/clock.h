@@ -14,6 +14,8 @@
 #include <atomic>
 #include <cstdint>
 
+constexpr std::uint64_t kSecondNs = 1'000'000'000;
+
 struct Stamp {
   std::uint32_t date, time;
   std::uint64_t ticPs;

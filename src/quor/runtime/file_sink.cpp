@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr std::uint64_t kSecondNs = 1'000'000'000;
 constexpr int kCommitWaits = 100;
 
 std::uint64_t MonotonicNs() {

@@ -16,7 +16,7 @@ constexpr int kBusyPauseMs = 4;             // between drains of a busy ring
 constexpr int kIdlePauseMs = 250;           // what a push of another thread met is reported by then
 constexpr std::uint64_t kIdlePushMs = 100;  // what is buffered reaches the file after that
 
-std::uint64_t NowMs() {
+std::uint64_t CoarseNowMs() {
   timespec time{};
   clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
   return static_cast<std::uint64_t>(time.tv_sec) * 1000 +
@@ -79,7 +79,7 @@ int SinkKeeper::Serve() {
   OwnerGuard guard(m_lock);
   FileSink* const sink = m_sink.load();
   if (!guard || !sink) return -1;
-  const std::uint64_t now = NowMs();
+  const std::uint64_t now = CoarseNowMs();
   const int wait = AfterDrain(*sink, sink->Drain(kDrainTraces));
   if (!sink->HoldsBytes()) {
     m_pushDueMs = now + kIdlePushMs;

@@ -11,11 +11,6 @@ constexpr std::size_t kHelloBytesMax = 4096;
 constexpr std::size_t kRequestBytesMax = 1u << 20;  // a Submit of every trace that there can be
 constexpr std::size_t kAnswerBytesMax = kControlFrameBytesMax - 64;
 
-template <class Message>
-bool Parse(const Frame& frame, Message* message) {
-  return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
-}
-
 bool Fail(Response* response, ErrorCode code, const std::string& text) {
   response->set_error(code);
   response->set_text(text);
@@ -92,13 +87,13 @@ void ClientSession::OnFrame(const Frame& frame) {
   if (m_forwarded && frame.type != FrameType::Request) return TakeForwarded(frame);
   Request request;
   if (frame.type != FrameType::Request) return End("a frame that has no place here");
-  if (!Parse(frame, &request)) return End("malformed: a request that cannot be read");
+  if (!ParseBody(frame, &request)) return End("malformed: a request that cannot be read");
   Answer(request);
 }
 
 void ClientSession::Greet(const Frame& frame) {
   Hello hello;
-  if (frame.type != FrameType::Hello || !Parse(frame, &hello))
+  if (frame.type != FrameType::Hello || !ParseBody(frame, &hello))
     return End("malformed: it does not begin with a hello");
   if (hello.version() != kProtocolVersion)
     return Refuse(ERROR_VERSION, "version " + std::to_string(hello.version()) +
@@ -281,7 +276,7 @@ void ClientSession::TakeForwarded(const Frame& frame) {
     return;
   }
   Ledger ledger;
-  if (frame.type != FrameType::Ledger || !Parse(frame, &ledger))
+  if (frame.type != FrameType::Ledger || !ParseBody(frame, &ledger))
     return End("malformed: neither data nor a ledger");
   if (!m_forwarded->TakeLedger(ledger, &why)) return End("malformed: " + why);
   Taken taken;

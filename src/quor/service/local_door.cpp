@@ -13,6 +13,8 @@
 #include <cstring>
 #include <thread>
 
+#include "base/fail_with.h"
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -25,13 +27,8 @@ constexpr milliseconds kEndingPatience{10000};
 constexpr milliseconds kLockAgain{10};
 constexpr const char* kEnding = "ending";
 
-bool Say(std::string* why, const std::string& reason) {
-  *why = reason;
-  return false;
-}
-
 bool SayError(std::string* why, const std::string& path) {
-  return Say(why, path + ": " + std::strerror(errno));
+  return FailWith(why, path + ": " + std::strerror(errno));
 }
 
 bool MakePrivateFolder(const std::string& folder, std::string* why) {
@@ -39,17 +36,18 @@ bool MakePrivateFolder(const std::string& folder, std::string* why) {
   struct stat status {};
   // lstat: a link in a public folder may be anybody's.
   if (lstat(folder.c_str(), &status) != 0) return SayError(why, folder);
-  if (!S_ISDIR(status.st_mode)) return Say(why, folder + ": not a folder");
-  if (status.st_uid != geteuid()) return Say(why, folder + ": belongs to another user");
+  if (!S_ISDIR(status.st_mode)) return FailWith(why, folder + ": not a folder");
+  if (status.st_uid != geteuid()) return FailWith(why, folder + ": belongs to another user");
   if ((status.st_mode & 077) != 0)
-    return Say(why, folder + ": others may enter it (chmod 700 would make it private)");
+    return FailWith(why, folder + ": others may enter it (chmod 700 would make it private)");
   return true;
 }
 
 bool FillAddress(const std::string& path, sockaddr_un* address, std::string* why) {
   *address = {};
   address->sun_family = AF_UNIX;
-  if (path.size() >= sizeof address->sun_path) return Say(why, path + ": the path is too long");
+  if (path.size() >= sizeof address->sun_path)
+    return FailWith(why, path + ": the path is too long");
   std::memcpy(address->sun_path, path.c_str(), path.size() + 1);
   return true;
 }
@@ -96,8 +94,8 @@ bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
     const pid_t holder = ServicePid(socketPath);
     close(m_lock);
     m_lock = -1;
-    return Say(why, "quord is already running here" +
-                        (holder > 0 ? " (process " + std::to_string(holder) + ")" : ""));
+    return FailWith(why, "quord is already running here" +
+                             (holder > 0 ? " (process " + std::to_string(holder) + ")" : ""));
   }
   const std::string pid = std::to_string(getpid()) + "\n";
   if (ftruncate(m_lock, 0) != 0 || write(m_lock, pid.data(), pid.size()) < 0)
@@ -109,7 +107,7 @@ bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
   sockaddr_un address{};
   if (!FillAddress(socketPath, &address, why) || !Lock(socketPath, why)) return false;
   if (SomebodyAnswers(address))
-    return Say(why, socketPath + ": somebody answers there who does not hold the lock");
+    return FailWith(why, socketPath + ": somebody answers there who does not hold the lock");
   if (unlink(socketPath.c_str()) != 0 && errno != ENOENT) return SayError(why, socketPath);
   m_descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   const mode_t before = umask(0177);

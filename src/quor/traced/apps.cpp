@@ -4,14 +4,10 @@
 
 #include <algorithm>
 
+#include "base/fail_with.h"
 #include "quor/log/log.h"
 
 namespace {
-
-bool Say(std::string* why, const char* reason) {
-  *why = reason;
-  return false;
-}
 
 bool Identify(int segment, std::pair<std::uint64_t, std::uint64_t>* key) {
   struct stat status {};
@@ -25,9 +21,9 @@ bool Identify(int segment, std::pair<std::uint64_t, std::uint64_t>* key) {
 bool Apps::Arrive(AppArrival arrival, std::string* why) {
   Key key;
   if (!Identify(arrival.segment.Descriptor(), &key))
-    return Say(why, "the segment cannot be looked at");
+    return FailWith(why, "the segment cannot be looked at");
   if (const auto known = m_running.find(key); known != m_running.end()) {
-    if (known->second->IsEnding()) return Say(why, "its last instance is just ending");
+    if (known->second->IsEnding()) return FailWith(why, "its last instance is just ending");
     known->second->Relink(std::move(arrival));
     return true;
   }

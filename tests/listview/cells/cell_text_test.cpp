@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 #include "listview/details/trace_iterator.h"
 
 class FakeCursor final : public CTraceIterator {

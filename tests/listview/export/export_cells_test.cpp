@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 #include "support/addresses_as_text.h"
 #include "support/zone_guard.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 
 namespace {
 

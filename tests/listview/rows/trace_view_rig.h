@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 #include "listview/rows/trace_view.h"
 #include "settings/registry.h"
 #include "support/fake_row_list.h"

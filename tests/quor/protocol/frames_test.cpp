@@ -26,7 +26,7 @@ std::string Body() {
   return image.Bytes();
 }
 
-struct Heard final : DataSink {
+struct HeardData final : DataSink {
   void OnName(std::uint16_t id, std::string_view utf8) override {
     words += "name " + std::to_string(id) + " " + std::string(utf8) + "\n";
   }
@@ -169,7 +169,7 @@ TEST(EncodeFrame, LengthTypeAndBodyStandAsTheyAreRead) {
 
 TEST(ReadDataBody, NamesAndTracesComeInTheirOrder) {
   const std::string body = Body();
-  Heard heard;
+  HeardData heard;
   std::string why;
   EXPECT_TRUE(ReadDataBody(Of(body), heard, &why));
   EXPECT_EQ(heard.words,
@@ -180,18 +180,18 @@ TEST(ReadDataBody, NamesAndTracesComeInTheirOrder) {
 }
 
 TEST(ReadDataBody, AnEmptyBodyHoldsNothingAndIsGood) {
-  Heard heard;
+  HeardData heard;
   EXPECT_TRUE(ReadDataBody({}, heard, nullptr));
   EXPECT_EQ(heard.words, "");
 }
 
 TEST(ReadDataBody, ABodyCutAnywhereIsRefusedAndNothingOfItIsCalledBack) {
   const std::string body = Body();
-  Heard whole;
+  HeardData whole;
   ASSERT_TRUE(ReadDataBody(Of(body), whole, nullptr));
   int good = 0;
   for (std::size_t bytes = 1; bytes < body.size(); ++bytes) {
-    Heard heard;
+    HeardData heard;
     std::string why;
     // An exact copy, so that a sanitizer sees a read behind the end.
     const std::vector<std::uint8_t> cut(body.begin(),
@@ -209,7 +209,7 @@ TEST(ReadDataBody, ABodyCutAnywhereIsRefusedAndNothingOfItIsCalledBack) {
 
 TEST(ReadDataBody, AnUnknownTagRefusesTheWholeBody) {
   const std::string body = TrcImage("").Name(7, "web").Raw(12).Trace("up").Bytes();
-  Heard heard;
+  HeardData heard;
   std::string why;
   EXPECT_FALSE(ReadDataBody(Of(body), heard, &why));
   EXPECT_EQ(why, "a record of unknown kind 12");
@@ -218,7 +218,7 @@ TEST(ReadDataBody, AnUnknownTagRefusesTheWholeBody) {
 
 TEST(ReadDataBody, ANameEndsAtItsFirstNul) {
   const std::string body = TrcImage("").Name(7, std::string_view("web\0x", 5)).Bytes();
-  Heard heard;
+  HeardData heard;
   EXPECT_TRUE(ReadDataBody(Of(body), heard, nullptr));
   EXPECT_EQ(heard.words, "name 7 web\n");
 }

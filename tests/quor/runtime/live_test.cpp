@@ -21,12 +21,6 @@ namespace {
 QUOR_POINT(connect_point, "Net", "Connect");
 QUOR_POINT(query_point, "Database", "Query");
 
-quor_counts Counts() {
-  quor_counts counts{};
-  quor_get_counts(&counts);
-  return counts;
-}
-
 TEST(Live, ATraceArrivesWithAllThatItKnowsOfItself) {
   FakeService service;
   Child app([](Child& self) {

@@ -15,12 +15,6 @@ namespace {
 
 QUOR_POINT(process_point, "Process", "Step");
 
-quor_counts Counts() {
-  quor_counts counts{};
-  quor_get_counts(&counts);
-  return counts;
-}
-
 std::unique_ptr<SeenApp> AcceptAndSet(FakeService& service, std::uint32_t settings) {
   auto seen = service.Accept();
   EXPECT_NE(seen, nullptr);

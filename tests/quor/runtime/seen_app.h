@@ -14,12 +14,20 @@
 #include <string>
 #include <vector>
 
+#include "quor/quor.h"
 #include "quor/ring/link.h"
 #include "quor/ring/link_socket.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
 #include "records/raw_trace.h"
 #include "support/wait_for.h"
+
+// What libquor counted in this process.
+inline quor_counts Counts() {
+  quor_counts counts{};
+  quor_get_counts(&counts);
+  return counts;
+}
 
 struct SeenTrace {
   std::string machine, app, component, category, pid, tid, file, text, stack;

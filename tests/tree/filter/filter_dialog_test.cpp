@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "documents/trace_doc.h"
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 #include "support/recording_host.h"
 #include "tree/filter/filter_tree_text.h"
 

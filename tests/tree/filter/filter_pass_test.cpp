@@ -7,20 +7,10 @@
 #include <optional>
 #include <random>
 
+#include "support/make_event.h"
 #include "support/trc_image.h"
 
 namespace {
-
-struct Releaser {
-  void operator()(TraceEvent_i* event) const { ReleaseTrace(event); }
-};
-using EventPtr = std::unique_ptr<TraceEvent_i, Releaser>;
-
-EventPtr Event(const TraceFields& fields) {
-  return EventPtr(TraceEvent_i::Create(1, fields.machine, fields.app, fields.component,
-                                       fields.category, 0, 0, 0, fields.pid, fields.tid,
-                                       fields.attributes, 0, 0, "", ""));
-}
 
 // The tests as they are told, with a look into the maps for every trace.
 int MatchesSlowly(CTraceFilter& filter, const RawTrace& trace) {
@@ -70,7 +60,7 @@ TEST(FilterPass, RandomTracesAndRandomChangesGiveWhatTheMapsSay) {
                                .pid = id(),
                                .tid = id(),
                                .attributes = static_cast<std::uint16_t>(1 + below(31))};
-      const EventPtr event = Event(fields);
+      const EventPtr event = MakeEvent(fields);
       if (!pass) pass.emplace(passed);
       const int expected = MatchesSlowly(slow, RawTrace(event->Record()));
       ASSERT_EQ(pass->Matches(*event), expected != 0);
@@ -102,7 +92,7 @@ TEST(FilterPass, WithAllTracesShownNothingIsLookedAtOrAdded) {
   filter.allSeverities = 0;
   filter.severities = {0, 0, 0};
   FilterPass pass(filter);
-  EXPECT_TRUE(pass.Matches(*Event({.component = 3, .attributes = 0})));
+  EXPECT_TRUE(pass.Matches(*MakeEvent({.component = 3, .attributes = 0})));
   EXPECT_TRUE(filter.components.empty());
 }
 
@@ -112,7 +102,7 @@ TEST(FilterPass, AHiddenComponentHidesATraceWhoseOtherIdsAreUnknownAndAddsNone) 
   filter.allSeverities = filter.allAttributes = 1;
   filter.components[3] = 0;
   FilterPass pass(filter);
-  EXPECT_FALSE(pass.Matches(*Event({.machine = 1, .app = 2, .component = 3, .category = 4})));
+  EXPECT_FALSE(pass.Matches(*MakeEvent({.machine = 1, .app = 2, .component = 3, .category = 4})));
   EXPECT_TRUE(filter.categories.empty());
   EXPECT_TRUE(filter.applications.empty());
   EXPECT_TRUE(filter.threads.empty());
@@ -123,8 +113,8 @@ TEST(FilterPass, ANewMachineEntersAndPassesAndItsNextTraceToo) {
   ClearWholeMarks(filter);
   filter.allSeverities = filter.allAttributes = 1;
   FilterPass pass(filter);
-  EXPECT_TRUE(pass.Matches(*Event({.machine = 9, .pid = 1, .tid = 2})));
-  EXPECT_TRUE(pass.Matches(*Event({.machine = 9, .pid = 1, .tid = 2})));
+  EXPECT_TRUE(pass.Matches(*MakeEvent({.machine = 9, .pid = 1, .tid = 2})));
+  EXPECT_TRUE(pass.Matches(*MakeEvent({.machine = 9, .pid = 1, .tid = 2})));
   EXPECT_EQ(filter.threads.count(9), 1u);
   EXPECT_TRUE(filter.threads[9].processes.empty());
 }

@@ -6,25 +6,14 @@
 #include <vector>
 
 #include "documents/trace_doc.h"
+#include "support/make_event.h"
 #include "support/recording_host.h"
 #include "support/trc_image.h"
 
 namespace {
 
-struct Releaser {
-  void operator()(TraceEvent_i* event) const { ReleaseTrace(event); }
-};
-using EventPtr = std::unique_ptr<TraceEvent_i, Releaser>;
-
-EventPtr Event(const TraceFields& fields) {
-  return EventPtr(TraceEvent_i::Create(fields.count.value_or(1), fields.machine, fields.app,
-                                       fields.component, fields.category, fields.date, fields.time,
-                                       fields.tic, fields.pid, fields.tid, fields.attributes,
-                                       fields.file, fields.line, fields.text, fields.stack));
-}
-
 int Matches(CTraceFilter& filter, const TraceFields& fields) {
-  return filter.Matches(*Event(fields));
+  return filter.Matches(*MakeEvent(fields));
 }
 
 // An event of a library that keeps no record.
@@ -311,7 +300,7 @@ TEST(TraceFilter, AnAssignedFilterHasTheOthersMarksAndNoneOfItsOld) {
 
 TEST(TraceFilter, AnEventWithoutARecordIsJudgedAlike) {
   const EventPtr withRecord =
-      Event({.machine = 1, .app = 2, .component = 3, .category = 4, .pid = 5, .tid = 6});
+      MakeEvent({.machine = 1, .app = 2, .component = 3, .category = 4, .pid = 5, .tid = 6});
   const std::uint8_t* record = withRecord->Record();
   ASSERT_NE(record, nullptr);
   const BareEvent bare(record);
@@ -337,7 +326,7 @@ TEST(TraceFilter, AnEventWithoutARecordIsJudgedAlike) {
 
 class MergeDocumentNames : public testing::Test {
  protected:
-  void Add(const TraceFields& fields) { m_document.AddTrace(Event(fields).release()); }
+  void Add(const TraceFields& fields) { m_document.AddTrace(MakeEvent(fields).release()); }
 
   RecordingHost m_host;
   CTraceDoc m_document{m_host};

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "documents/trace_doc.h"
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 #include "support/recording_host.h"
 #include "tree/proc/proc_model.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 #include "support/fake_tree_control.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"

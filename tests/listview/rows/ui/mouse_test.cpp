@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr auto kShift = Qt::ShiftModifier;
-constexpr auto kCtrl = Qt::ControlModifier;
 using Strings = std::vector<std::string>;
 
 void Press(ShownList& s, int row, Qt::KeyboardModifiers modifiers = {}) {
@@ -37,14 +35,14 @@ TEST(RowMouse, AClickSelectsAloneAndIsToldBehindTheChange) {
 TEST(RowMouse, CtrlTurnsARowOverAndShiftSelectsFromTheAnchor) {
   ShownList s(30);
   s.Click(2);
-  s.Click(5, kCtrl);
+  s.Click(5, Qt::ControlModifier);
   EXPECT_EQ(s.States(), "2 5 f5");
-  s.Click(2, kCtrl);
+  s.Click(2, Qt::ControlModifier);
   EXPECT_EQ(s.States(), "5 f2");
   s.Click(6);
-  s.Click(8, kShift);
+  s.Click(8, Qt::ShiftModifier);
   EXPECT_EQ(s.States(), "6-8 f8");
-  s.Click(4, kShift);
+  s.Click(4, Qt::ShiftModifier);
   EXPECT_EQ(s.States(), "4-6 f4");
 }
 
@@ -55,7 +53,7 @@ TEST(RowMouse, AClickBesideTheRowsClearsTheSelectionAndIsToldAsNone) {
   s.Click(6);
   EXPECT_EQ(s.States(), "f1");
   EXPECT_EQ(s.owner.Told(), (Strings{"1:1", "click -1"}));
-  s.Click(6, kCtrl);
+  s.Click(6, Qt::ControlModifier);
   EXPECT_EQ(s.States(), "f1");
 }
 
@@ -74,10 +72,10 @@ TEST(RowMouse, ADragSelectsARangeAndIsNoClick) {
 TEST(RowMouse, ADragWithCtrlKeepsWhatWasSelected) {
   ShownList s(30);
   s.Click(1);
-  Press(s, 5, kCtrl);
-  Drag(s, s.At(7), kCtrl);
+  Press(s, 5, Qt::ControlModifier);
+  Drag(s, s.At(7), Qt::ControlModifier);
   EXPECT_EQ(s.States(), "1 5-7 f7");
-  Drag(s, s.At(6), kCtrl);
+  Drag(s, s.At(6), Qt::ControlModifier);
   EXPECT_EQ(s.States(), "1 5-6 f6");
   Release(s, s.At(6));
 }
@@ -126,7 +124,7 @@ TEST(RowMouse, ADoubleClickIsToldOnceAndItsSecondReleaseIsNoClick) {
 TEST(RowMouse, TheRightButtonSelectsFirstAndKeepsASelectionThatItHits) {
   ShownList s(30);
   s.Click(2);
-  s.Click(4, kShift);
+  s.Click(4, Qt::ShiftModifier);
   QTest::mousePress(s.list.viewport(), Qt::RightButton, {}, s.At(3));
   EXPECT_EQ(s.States(), "2-4 f3");
   QTest::mousePress(s.list.viewport(), Qt::RightButton, {}, s.At(7));

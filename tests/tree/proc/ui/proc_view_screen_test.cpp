@@ -5,7 +5,7 @@
 #include <QImage>
 #include <chrono>
 
-#include "listview/cells/make_event.h"
+#include "support/make_event.h"
 #include "support/recording_host.h"
 #include "tree/proc/proc_view.h"
 #include "tree/proc/ui/tree_widget.h"

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "support/make_event.h"
 #include "listview/details/trace_iterator.h"
+#include "support/make_event.h"
 
 class FakeCursor final : public CTraceIterator {
  public:

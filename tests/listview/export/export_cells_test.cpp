@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/make_event.h"
 #include "support/addresses_as_text.h"
+#include "support/make_event.h"
 #include "support/zone_guard.h"
 
 namespace {

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "support/make_event.h"
 #include "listview/rows/trace_view.h"
 #include "settings/registry.h"
 #include "support/fake_row_list.h"
+#include "support/make_event.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 #include "support/view_probes.h"

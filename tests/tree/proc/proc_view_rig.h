@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "support/make_event.h"
 #include "support/fake_tree_control.h"
+#include "support/make_event.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 #include "support/view_probes.h"

@@ -92,3 +92,9 @@ int CompareIgnoringCase(std::string_view a, std::string_view b) {
   }
   return a.size() < b.size() ? -1 : a.size() > b.size() ? 1 : 0;
 }
+
+std::string GroupDigits(std::uint64_t number) {
+  std::string digits = std::to_string(number);
+  for (std::size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, ",");
+  return digits;
+}

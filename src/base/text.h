@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -30,3 +31,6 @@ std::string InSmallLetters(std::string_view text);
 
 // Compares the two in small letters: < 0, 0, > 0.
 int CompareIgnoringCase(std::string_view a, std::string_view b);
+
+// "28,200,000": a number that a person reads, in groups of three digits.
+std::string GroupDigits(std::uint64_t number);

@@ -90,7 +90,7 @@ void CTraceFileDoc::TakeOver() {
   m_traces = std::move(load->m_traces);
   m_names = std::move(load->m_names);
   m_indexes = std::move(load->m_indexes);
-  m_skippedBytes = load->m_skippedBytes;
+  m_damage = load->m_damage;
   SetModifiedFlag(false);
   m_loading = false;
 }

@@ -17,6 +17,7 @@
 #include "base/mapped_file.h"
 #include "base/win32_handle.h"
 #include "documents/trace_doc.h"
+#include "records/trc_damage.h"
 
 class TraceFileLoad;
 
@@ -44,8 +45,10 @@ class CTraceFileDoc : public CTraceDoc {
   const HANDLE& CancelEvent() const { return m_cancelEvent; }
   // 0 while an older file is being converted, and behind a conversion that failed.
   std::uint32_t FileSize() const { return m_file ? m_file->Size() : 0; }
+  // What the load met besides whole records; of a cancelled load, up to where it came.
+  const TrcDamage& Damage() const { return m_damage; }
   // Bytes stepped over because no record begins there.
-  std::uint64_t SkippedBytes() const { return m_skippedBytes; }
+  std::uint64_t SkippedBytes() const { return m_damage.skippedBytes; }
 
   // How long a thread that hangs may hold up the window; tests shorten it.
   static inline unsigned s_stopWaitMs = 10000;
@@ -66,5 +69,5 @@ class CTraceFileDoc : public CTraceDoc {
   AutoWin32Handle_t m_loadThread;
   std::shared_ptr<TraceFileLoad> m_load;  // until its traces are here
   std::string m_openFailure;
-  std::uint64_t m_skippedBytes = 0;
+  TrcDamage m_damage;
 };

@@ -24,6 +24,7 @@
 #include "docview/host.h"
 #include "records/name_map.h"
 #include "records/trace_list.h"
+#include "records/trc_damage.h"
 
 class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
  public:
@@ -55,7 +56,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   TraceList_t m_traces;
   NameMap m_names;
   TraceIndexes m_indexes;
-  std::uint64_t m_skippedBytes = 0;
+  TrcDamage m_damage;
 
  private:
   struct Sink;

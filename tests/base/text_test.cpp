@@ -71,4 +71,12 @@ TEST(Text, BytesAbove127SortBehindTheLetters) {
   EXPECT_LT(CompareIgnoringCase("z", "\xC3\xBC"), 0);
 }
 
+TEST(GroupDigits, StandInThrees) {
+  EXPECT_EQ(GroupDigits(0), "0");
+  EXPECT_EQ(GroupDigits(999), "999");
+  EXPECT_EQ(GroupDigits(1000), "1,000");
+  EXPECT_EQ(GroupDigits(28200000), "28,200,000");
+  EXPECT_EQ(GroupDigits(18446744073709551615U), "18,446,744,073,709,551,615");
+}
+
 }  // namespace

@@ -119,7 +119,7 @@ TEST_F(TraceFileDocTest, PositionsDoNotFloodAQueueThatIsNotServed) {
   const auto load =
       std::make_shared<TraceFileLoad>(m_host, MappedFile::Open(path), path, CreateEvent());
   load->Run({});
-  EXPECT_EQ(load->m_skippedBytes, bytes);
+  EXPECT_EQ(load->m_damage.skippedBytes, bytes);
   m_host.RunPosted();
   const auto told = m_host.Transcript();
   ASSERT_EQ(told.size(), TraceFileLoad::kWaitingPositions + 3u);  // start, final position, done
@@ -175,10 +175,30 @@ TEST_F(TraceFileDocTest, AFileThatEndsInTheMiddleOfATraceLoadsWithoutAMessage) {
     CTraceFileDoc& document = Load(image, "cut" + std::to_string(cut) + ".trc");
     EXPECT_EQ(document.m_traces.size(), 2u) << cut;
     EXPECT_EQ(Texts(document).substr(0, 4), "one ") << cut;
+    EXPECT_EQ(DamageText(document.Damage(), true), "last record cut at byte 64") << cut;
     const auto told = m_host.Transcript();
     EXPECT_EQ(told.at(1), "position " + std::to_string(image.Size())) << "not behind the end";
     EXPECT_EQ(told.back(), "done");
   }
+}
+
+TEST_F(TraceFileDocTest, AWholeFileHasNoDamage) {
+  CTraceFileDoc& document = Load(TrcImage().Name(7, "web").Trace("up").Name(8, ""));
+  EXPECT_FALSE(document.Damage().Any());
+  EXPECT_EQ(DamageText(document.Damage(), true), "");
+  EXPECT_FALSE(Load(TrcImage(), "header.trc").Damage().Any());
+}
+
+TEST_F(TraceFileDocTest, StrayBytesAndACutNameAreCountedWithTheirPlaces) {
+  TrcImage image;
+  image.Trace("up").Raw(12).Raw(12).Trace("down").Raw(13).Name(7, "web").Cut(1);
+  const TrcDamage damage = Load(image).Damage();
+  EXPECT_EQ(damage.skippedBytes, 3u);
+  EXPECT_EQ(damage.firstSkippedAt, 16u + 47u);
+  EXPECT_EQ(damage.cutAt, image.Size() - 7);
+  EXPECT_EQ(DamageText(damage), "3 bytes skipped, last record cut");
+  EXPECT_EQ(DamageText(damage, true),
+            "3 bytes skipped from byte 63 on, last record cut at byte 115");
 }
 
 TEST_F(TraceFileDocTest, NamesMayRepeatBeEmptyOrMissing) {

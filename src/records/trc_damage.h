@@ -1,0 +1,24 @@
+// What a walk over a .trc file met besides whole records.
+//
+// Shape    Positions count from the file's beginning, in bytes.
+// Threads  Plain data.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+struct TrcDamage {
+  std::uint64_t skippedBytes = 0;               // where no record begins
+  std::optional<std::uint64_t> firstSkippedAt;  // the first of them
+  std::optional<std::uint64_t> cutAt;  // where the last record begins, if the file's end cuts it
+
+  bool Any() const { return skippedBytes > 0 || cutAt; }
+  void Skip(std::uint64_t position) {
+    if (skippedBytes++ == 0) firstSkippedAt = position;
+  }
+};
+
+// "406 bytes skipped, last record cut"; empty for a whole file. `places` adds where: "406 bytes
+// skipped from byte 1,234 on, last record cut at byte 9,000".
+std::string DamageText(const TrcDamage& damage, bool places = false);

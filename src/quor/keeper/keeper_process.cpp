@@ -32,7 +32,8 @@ bool HasSomethingLeft(const KeptApp& app) {
   const char* why = "";
   if (!segment.Open(fcntl(app.segment.Get(), F_DUPFD_CLOEXEC, 0), &why)) return false;
   const SegmentHeader* const header = segment.Header();
-  return header->reserved.load() != header->consumed.load() || header->pendingDrops.load() != 0;
+  return header->reserved.load() != header->consumed.load() || header->pendingDrops.load() != 0 ||
+         header->sinkUntold.load() != 0;
 }
 
 class Keeper {

@@ -93,6 +93,7 @@ struct SegmentHeader {
   // How many of these went to another machine's monitors before, and how often that has changed.
   std::atomic<std::uint64_t> servedElsewhere;
   std::atomic<std::uint32_t> moves;
+  std::atomic<std::uint64_t> sinkUntold;  // losses of the file sink that `served` has not yet
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 

@@ -151,8 +151,7 @@ bool FileSink::Ready() {
 
 void FileSink::Take(const RingItem& item) {
   if (!Ready()) {
-    m_missed += item.dropsBefore + item.damagedBefore;
-    m_unreported += item.dropsBefore + item.damagedBefore;
+    Miss(item.dropsBefore + item.damagedBefore);
     if (!item.trace.empty()) Fail(1, 0);
     return;
   }
@@ -235,7 +234,13 @@ void FileSink::Fail(std::uint64_t lost, int error) {
     m_error = error;
     m_retryNs = MonotonicNs() + kSecondNs;
   }
+  m_header->sinkLost.fetch_add(lost, std::memory_order_relaxed);
+  Miss(lost);
+}
+
+// Told in the file as soon as it can be written again, and to the service.
+void FileSink::Miss(std::uint64_t lost) {
   m_missed += lost;
   m_unreported += lost;
-  m_header->sinkLost.fetch_add(lost, std::memory_order_relaxed);
+  m_header->sinkUntold.fetch_add(lost, std::memory_order_relaxed);
 }

@@ -6,8 +6,8 @@
 // Owner    Borrows the segment and the names.
 //          The room of a trace in the ring is given back when the file has it: what was still
 //          buffered when the application was killed is left to the service.
-// Errors   Traces that cannot be written are counted in the segment's sinkLost and told by
-//          TakeReport; the file is tried again every second.
+// Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUntold; why
+//          is told by TakeReport. The file is tried again every second.
 // Threads  One at a time: the link thread, or a traced one when every trace is pushed, perhaps in
 //          a signal handler: what it calls (Drain, DrainReserved, Push) allocates nothing.
 #pragma once
@@ -70,6 +70,7 @@ class FileSink {
   void TellMissed();
   void BeginFile();
   void Fail(std::uint64_t lost, int error);
+  void Miss(std::uint64_t lost);
 
   SegmentHeader* m_header;
   const NameTable& m_names;

@@ -166,7 +166,7 @@ bool RunningApp::Handle(const LinkFrame& frame) {
     case LinkType::Points:
       return ReadPoints();
     case LinkType::Report:
-      return m_app.Report(frame.report.lost, frame.report.text);
+      return m_app.Report(frame.report.text);
     default:
       return false;
   }

@@ -109,10 +109,20 @@ bool TracedApp::TakeItem(const RingItem& item) {
   return true;
 }
 
-bool TracedApp::Report(std::uint64_t lost, const std::string& text) {
+bool TracedApp::Report(const std::string& text) {
   if (!m_hub) return true;
+  return TakeSinkLosses(text, true);
+}
+
+bool TracedApp::TakeSinkLosses(const std::string& text, bool always) {
+  std::atomic<std::uint64_t>& untold = m_segment.Header()->sinkUntold;
+  const std::uint64_t lost = untold.load(std::memory_order_acquire);
   if (lost > kCountMax || m_source->serial > kCountMax) return false;
+  if (lost == 0 && !always) return true;
   m_hub->Lose(m_source, lost, text);
+  // In this order, as in Publish.
+  Publish();
+  untold.fetch_sub(lost, std::memory_order_relaxed);
   return true;
 }
 
@@ -132,6 +142,7 @@ TracedApp::Step TracedApp::Drain(std::size_t traces, bool dead) {
     const std::uint64_t unwritten = m_consumer->Uncommitted();
     if (unwritten != 0)
       m_hub->Lose(m_source, unwritten, "the application died while it wrote them");
+    sane = sane && TakeSinkLosses("the application's file could not be written", false);
   }
   Publish();
   m_hub->Deliver();

@@ -43,8 +43,9 @@ class TracedApp {
   Step Drain(std::size_t traces, bool dead);
   RingConsumer::Wait BeginWait();
   void EndWait();
-  // What the application tells of itself, and what it lost with that. False: it cannot be true.
-  bool Report(std::uint64_t lost, const std::string& text);
+  // What the application tells of its file sink; what that lost stands in the segment. False: it
+  // cannot be true.
+  bool Report(const std::string& text);
 
   // Points registered since the last call. False: broken.
   bool ReadPoints(std::vector<TracedPoint>& points);
@@ -55,6 +56,7 @@ class TracedApp {
   bool TakeItem(const RingItem& item);
   void ReadNames();
   void Publish();
+  bool TakeSinkLosses(const std::string& text, bool always);
   Step Break(const char* why);
 
   SegmentMap m_segment;

@@ -79,6 +79,35 @@ TEST_F(MonitorTest, AServiceKilledAndRestartedUnderLoadLeavesACountedGap) {
   }
 }
 
+TEST_F(MonitorTest, WhatAFileSinkLostIsCountedThoughTheServiceWasKilledBeforeItHeardOfIt) {
+  StartService();
+  Connect();
+  ASSERT_EQ(RunTrc({"sink", "orders", "--file", "/nonexistent/orders.trc", "--flush"}).status, 0);
+  TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "5000"}});
+  const auto loses = [&](std::uint64_t traces) {
+    const std::uint64_t wanted = m_monitor->GetCounts().lost + traces;
+    return Eventually([&] {
+      Drain();
+      return m_monitor->GetCounts().lost >= wanted;
+    });
+  };
+  EXPECT_TRUE(loses(12000));
+  // It tells a service that does not listen; that one then dies.
+  kill(m_service, SIGSTOP);
+  EXPECT_TRUE(Eventually([seconds = time(nullptr)] { return time(nullptr) > seconds + 1; }));
+  EXPECT_EQ(StopService(SIGKILL), 1000 + SIGKILL);
+  StartService();
+  EXPECT_TRUE(loses(2000));
+  emit.Interrupt();
+  const std::uint64_t traced = Told(emit.Finish().out, "traced");
+  EXPECT_TRUE(Eventually([&] {
+    Drain();
+    return Sum() == traced;
+  })) << Sum()
+      << " of " << traced;
+  EXPECT_EQ(Log().find("serial falls"), std::string::npos);
+}
+
 TEST_F(MonitorTest, AnApplicationKilledInABurstLosesNothingThatItTraced) {
   StartService();
   Connect();

@@ -26,25 +26,34 @@ TEST(Win32Handle, AWaitEndsAtItsLimit) {
 }
 
 TEST(Win32Handle, AThreadsHandleIsSignalledOnlyWhenItsBodyHasReturned) {
-  const HANDLE go = CreateEvent();
+  const HANDLE begun = CreateEvent(), go = CreateEvent();
   std::atomic<bool> ran = false;
-  const HANDLE thread = BeginThread([go, &ran] {
+  const HANDLE thread = BeginThread([begun, go, &ran] {
+    begun->Set();
     go->Wait(kDeadlineMs);
     ran = true;
   });
-  EXPECT_FALSE(thread->IsSet());
+  ASSERT_TRUE(begun->Wait(kDeadlineMs));
+  EXPECT_FALSE(thread->Wait(20)) << "its body is at work";
   go->Set();
   ASSERT_TRUE(thread->Wait(kDeadlineMs));
   EXPECT_TRUE(ran);
 }
 
 TEST(Win32Handle, WhatTheBodyHeldIsGoneWhenTheHandleIsSignalled) {
-  auto held = std::make_shared<int>(1);
-  const std::weak_ptr<int> watch = held;
-  const HANDLE thread = BeginThread([held] { EXPECT_EQ(*held, 1); });
-  held.reset();
-  ASSERT_TRUE(thread->Wait(kDeadlineMs));
-  EXPECT_TRUE(watch.expired());
+  const HANDLE going = CreateEvent(), go = CreateEvent();
+  const auto hold = [&] {
+    return std::shared_ptr<int>(new int(1), [going, go](int* held) {
+      going->Set();
+      go->Wait(kDeadlineMs);
+      delete held;
+    });
+  };
+  const HANDLE thread = BeginThread([held = hold()] { EXPECT_EQ(*held, 1); });
+  ASSERT_TRUE(going->Wait(kDeadlineMs));
+  EXPECT_FALSE(thread->Wait(20)) << "what it held is not gone yet";
+  go->Set();
+  EXPECT_TRUE(thread->Wait(kDeadlineMs));
 }
 
 TEST(Win32Handle, ClosingTheHandleLeavesTheThreadRunning) {

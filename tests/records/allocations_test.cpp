@@ -28,6 +28,13 @@ std::atomic<int> g_allocations = 0;
 
 namespace {
 
+TEST(Allocations, AreCounted) {
+  const int before = g_allocations;
+  const std::string text(300, 'x');
+  EXPECT_EQ(g_allocations, before + 1);
+  EXPECT_EQ(text.size(), 300u);
+}
+
 TEST(Allocations, TheNumericAccessorsMakeNone) {
   const GuardedBytes bytes = TrcImage("").Trace("up").Guarded();
   const _TraceEvent_t event(bytes.At(1));

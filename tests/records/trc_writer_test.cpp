@@ -291,6 +291,7 @@ TEST_F(TrcWriterTest, ASavedFileReadAgainEqualsTheOriginal) {
   ASSERT_TRUE(file);
   WalkTrc(file->View(), first);
   EXPECT_EQ(first.names.at(15).name, "component");
+  ASSERT_EQ(first.traces.size(), 3001u);
 
   std::vector<const TraceEvent_i*> events;
   first.traces.ForEach(0, [&](TraceEvent_i* event) { events.push_back(event); });

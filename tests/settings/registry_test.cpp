@@ -246,8 +246,11 @@ TEST_F(Registry, AValueThatDoesNotChangeIsNotWrittenAgain) {
 }
 
 TEST_F(Registry, ARelativeFileDoesNotMoveWithTheCurrentFolder) {
+  const std::filesystem::path before = std::filesystem::current_path();
   SetSettingsFile("relative.ini");
-  EXPECT_EQ(SettingsFile(), std::filesystem::current_path().string() + "/relative.ini");
+  std::filesystem::current_path(m_dir.Path());
+  EXPECT_EQ(SettingsFile(), before.string() + "/relative.ini");
+  std::filesystem::current_path(before);
 }
 
 TEST_F(Registry, TheDefaultFileLiesInTheUsersConfigurationFolder) {

@@ -138,7 +138,7 @@ TEST_F(TraceViewExportTest, ATextFileHasTheSameContent) {
   ShowOnly({Column::Count, Column::Trace});
   AddTexts({"a", "b"});
   Open();
-  EXPECT_EQ(Export(false, false, "web.txt"), Export());
+  EXPECT_EQ(Export(false, false, "web.txt"), "\"Count\",\"Trace\"\n1,\"a\"\n2,\"b\"\n");
 }
 
 TEST_F(TraceViewExportTest, TimesFollowTheOption) {
@@ -182,10 +182,16 @@ TEST_F(TraceViewExportTest, AWriteThatFailsIsNotTold) {
 }
 
 TEST_F(TraceViewExportTest, CancelWritesNothing) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::create_directory(m_directory.File("here"));
+  std::filesystem::current_path(m_directory.File("here"));
+  m_document.SetTitle("web");
   Open();
   m_view->OnCommand(ID_FILE_EXPORT);
+  std::filesystem::current_path(before);
   EXPECT_EQ(m_host.m_fileRequests.size(), 1u);
-  EXPECT_FALSE(std::filesystem::exists(m_directory.File("web.csv")));
+  EXPECT_TRUE(std::filesystem::is_empty(m_directory.File("here")));
+  EXPECT_EQ(m_host.Told().find("box"), std::string::npos);
 }
 
 }  // namespace

@@ -231,6 +231,7 @@ TEST_F(ProcViewHints, TheTreeStaysPutWhenTheItemAboveIsAnotherNodesChild) {
   Drain("End: ");
   m_tree->calls.clear();
   Drain("plain");
+  EXPECT_TRUE(m_tree->Find("plain"));
   for (const std::string& call : m_tree->calls) EXPECT_NE(call, "visible plain");
 }
 

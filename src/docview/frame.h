@@ -40,6 +40,8 @@ class CMDIChildWnd : public CFrameWnd {
   // Reported by the face, outer size.
   virtual void OnSize(SizeType type, int widthPx, int heightPx);
   virtual void OnContextMenu(int screenXPx, int screenYPx);
+  // Asked of the first child of a main window; a later one is shown as the active one is.
+  virtual bool BeginsMaximised() const { return false; }
   // The frame became, or ceased to be, the main frame's active child.
   void OnActivate(bool active);
   // The user closes the window: asks the document if this is its last frame, then closes.

@@ -27,6 +27,13 @@ void CTraceChildFrame::PreCreateWindow(int& widthPx, int& heightPx) {
 void CTraceChildFrame::OnSize(SizeType type, int widthPx, int heightPx) {
   CMDIChildWnd::OnSize(type, widthPx, heightPx);
   StoreWindowSize(kRegTraceView, type, widthPx, heightPx);
+  // The one in front speaks for all: another one loses the state when this one takes it. A tab is
+  // as large as the room whatever the user chose for windows.
+  if (IsActive() && !m_main.AreTabsShown()) StoreWindowMaximised(kRegTraceView, type);
+}
+
+bool CTraceChildFrame::BeginsMaximised() const {
+  return ReadWindowMaximised(kRegTraceView);
 }
 
 void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {

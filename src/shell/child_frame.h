@@ -17,6 +17,8 @@ class CTraceChildFrame : public CMDIChildWnd {
   // All frames of trace documents share one stored size: the last one sized sets it for the next.
   void PreCreateWindow(int& widthPx, int& heightPx) override;
   void OnSize(SizeType type, int widthPx, int heightPx) override;
+  // As the trace windows were when they were last sized.
+  bool BeginsMaximised() const override;
   // Pop-up 144, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
 

@@ -9,6 +9,7 @@ enum ShellCommand : unsigned {
   ID_CONFIG_DELETE = 32812,
   ID_FILE_NEWMONITOR = 32816,
   ID_FILE_WIZARD = 32823,
+  ID_WINDOW_TABS = 32901,
 };
 
 enum ShellResource : unsigned {

@@ -22,11 +22,12 @@ class MainFrameFace {
   virtual void SetTitle(const std::string& title) = 0;
   virtual void SetMenu(unsigned resource) = 0;  // the bar of the active document
   virtual void SetPaneText(unsigned pane, const std::string& text) = 0;
-  virtual void Show() = 0;
+  virtual void Show(bool maximised) = 0;
   virtual void Close() = 0;  // destroys the window; the program ends when it was the last
   virtual std::unique_ptr<ChildFrameFace> CreateChild(CMDIChildWnd& child, int widthPx,
                                                       int heightPx) = 0;
   virtual void LayOutChildren(WindowLayout layout) = 0;
+  virtual void ShowTabs(bool on) = 0;  // the children as tabs, or as windows
   virtual void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) = 0;
   virtual void ShowBar(unsigned id, bool on) = 0;  // ID_VIEW_TOOLBAR, ID_VIEW_STATUS_BAR
   virtual bool IsBarShown(unsigned id) const = 0;
@@ -40,6 +41,8 @@ class ShellFaces {
   virtual std::unique_ptr<MainFrameFace> CreateMainFrame(CMainFrame& frame, int widthPx,
                                                          int heightPx) = 0;
   virtual void ProposedMainSize(int& widthPx, int& heightPx) = 0;
+  // What the screen has room for.
+  virtual void LargestMainSize(int& widthPx, int& heightPx) = 0;
   virtual std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) = 0;
   virtual std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) = 0;
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;

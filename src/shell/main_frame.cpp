@@ -15,6 +15,7 @@
 namespace {
 
 constexpr char kProgramTitle[] = "Tessera";
+constexpr char kTabs[] = "Window Tabs";
 
 bool HasDocument(const CMultiDocTemplate* docTemplate) {
   return docTemplate && !docTemplate->Documents().empty();
@@ -24,6 +25,7 @@ bool HasDocument(const CMultiDocTemplate* docTemplate) {
 
 CMainFrame::CMainFrame(CTesseraApp& app) : CMDIFrameWnd(app), m_tessera(app) {
   MapBars();
+  MapTabs();
   MapPanes();
   MapHelp();
 }
@@ -37,13 +39,22 @@ bool CMainFrame::LoadFrame() {
   int widthPx = 0, heightPx = 0;
   m_tessera.Faces().ProposedMainSize(widthPx, heightPx);
   ReadWindowSize(kRegSettings, widthPx, heightPx);
+  int largestWidthPx = 0, largestHeightPx = 0;
+  m_tessera.Faces().LargestMainSize(largestWidthPx, largestHeightPx);
+  widthPx = std::min(widthPx, largestWidthPx);
+  heightPx = std::min(heightPx, largestHeightPx);
   m_face = m_tessera.Faces().CreateMainFrame(*this, widthPx, heightPx);
   if (!m_face) return false;
   OnTraceRowCount(-1);
   OnTraceFiltered(-1);
   m_face->SetMenu(IDR_MAINFRAME);
   UpdateTitle();
+  if (NtRegGet(HKEY_CURRENT_USER, kRegSettings, kTabs, 0U) == 1) ShowTabs(true);
   return true;
+}
+
+void CMainFrame::ShowWindow() {
+  m_face->Show(ReadWindowMaximised(kRegSettings));
 }
 
 void CMainFrame::MapBars() {
@@ -52,6 +63,21 @@ void CMainFrame::MapBars() {
         bar, [this, bar] { m_face->ShowBar(bar, !m_face->IsBarShown(bar)); },
         [this, bar](CCmdUI& ui) { ui.SetCheck(m_face->IsBarShown(bar)); });
   }
+}
+
+void CMainFrame::MapTabs() {
+  MapCommand(
+      ID_WINDOW_TABS,
+      [this] {
+        ShowTabs(!m_tabs);
+        NtRegPut(HKEY_CURRENT_USER, kRegSettings, kTabs, m_tabs ? 1U : 0U);
+      },
+      [this](CCmdUI& ui) { ui.SetCheck(m_tabs); });
+}
+
+void CMainFrame::ShowTabs(bool on) {
+  m_tabs = on;
+  m_face->ShowTabs(on);
 }
 
 // Kept: both handlers are entered under the row count's pane. The first entry of an id takes it, so
@@ -97,6 +123,7 @@ const char* CMainFrame::HelpTopic() const {
 
 void CMainFrame::OnSize(SizeType type, int widthPx, int heightPx) {
   StoreWindowSize(kRegSettings, type, widthPx, heightPx);
+  StoreWindowMaximised(kRegSettings, type);
 }
 
 bool CMainFrame::MayQuickClose() {
@@ -185,7 +212,9 @@ std::unique_ptr<ChildFrameFace> CMainFrame::CreateChildFace(CMDIChildWnd& child,
   return m_face->CreateChild(child, widthPx, heightPx);
 }
 
+// Tabs cannot be cascaded or tiled: whoever asks for that wants windows again.
 void CMainFrame::LayOutChildren(WindowLayout layout) {
+  if (m_tabs && layout != WindowLayout::ArrangeIcons) OnCommand(ID_WINDOW_TABS);
   m_face->LayOutChildren(layout);
 }
 

@@ -21,6 +21,8 @@ class CMainFrame : public CMDIFrameWnd {
 
   // Makes the window with its bars; both custom panes are emptied. False: there is no window.
   bool LoadFrame();
+  // Shows it as large as it was when it was last sized.
+  void ShowWindow();
   void OnSize(SizeType type, int widthPx, int heightPx);
   // The user wants to leave: may ask the Quick Close question, then asks the documents, then closes
   // them and the window. A refusal or Cancel leaves all as it was.
@@ -34,6 +36,8 @@ class CMainFrame : public CMDIFrameWnd {
   void OnActiveChild(CMDIChildWnd* child) override;
   void UpdateTitle() override;  // "Tessera", "Tessera - [web.trc]" when a child is maximised
 
+  // The children are shown as tabs; kept between runs.
+  bool AreTabsShown() const { return m_tabs; }
   CLoadStatus* LoadStatus() const { return m_loadStatus.get(); }
   CTesseraApp& Tessera() const { return m_tessera; }
   MainFrameFace* Face() const { return m_face.get(); }
@@ -41,6 +45,8 @@ class CMainFrame : public CMDIFrameWnd {
 
  private:
   void MapBars();
+  void MapTabs();
+  void ShowTabs(bool on);
   void MapPanes();
   void MapHelp();
   const char* HelpTopic() const;  // of what is active
@@ -54,6 +60,7 @@ class CMainFrame : public CMDIFrameWnd {
 
   CTesseraApp& m_tessera;
   bool m_closing = false;  // a question of OnClose is on the screen
+  bool m_tabs = false;
   std::unique_ptr<MainFrameFace> m_face;
   std::unique_ptr<CLoadStatus> m_loadStatus;
 };

@@ -106,6 +106,7 @@ const CommandText kTexts[] = {
     {ID_WINDOW_TILE_HORZ, kDocuments, "&Tile", ""},
     {ID_WINDOW_ARRANGE, kDocuments, "&Arrange Icons",
      "Arrange icons at the bottom of the window\nArrange Icons"},
+    {ID_WINDOW_TABS, kDocuments, "Ta&bs", "Show the open windows as tabs\nTabs"},
     {ID_HELP_INDEX, kBars, "Help Topics", "List Help topics\nHelp Topics"},
     {ID_APP_ABOUT, kBars, "&About Tessera...", ""},
 };
@@ -145,14 +146,22 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_FILTER,
                                  ID_VIEW_PAUSE};
 constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
-constexpr unsigned kWindowIds[] = {ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ,
-                                   ID_WINDOW_ARRANGE};
+constexpr unsigned kWindowIds[] = {
+    ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE, 0, ID_WINDOW_TABS};
 constexpr unsigned kHelpIds[] = {ID_HELP_INDEX, 0, ID_APP_ABOUT};
 constexpr unsigned kConfigPopupIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES, 0,
                                         ID_EDIT_CLEAR_ALL};
-constexpr unsigned kTracePopupIds[] = {ID_EDIT_FIND,        ID_EDIT_FINDNEXT, ID_EDIT_CLEAR_ALL,
-                                       ID_VIEW_PROPERTIES,  ID_VIEW_PROC,     ID_VIEW_GOTOSOURCE,
-                                       ID_VIEW_SYNCHRONIZE, ID_VIEW_FILTER};
+constexpr unsigned kTracePopupIds[] = {ID_EDIT_FIND,
+                                       ID_EDIT_FINDNEXT,
+                                       0,
+                                       ID_EDIT_CLEAR_ALL,
+                                       0,
+                                       ID_VIEW_PROPERTIES,
+                                       0,
+                                       ID_VIEW_PROC,
+                                       ID_VIEW_GOTOSOURCE,
+                                       ID_VIEW_SYNCHRONIZE,
+                                       ID_VIEW_FILTER};
 
 // A popup shows those of its ids that have a text in the menu asked for.
 struct PopupLayout {

@@ -6,6 +6,7 @@ namespace {
 
 constexpr char kWidth[] = "Window Width";
 constexpr char kHeight[] = "Window Height";
+constexpr char kMaximised[] = "Window Maximised";
 constexpr unsigned kLargestPx = 32767;  // more no window system takes
 
 void ReadExtent(const std::string& key, const char* name, int& extentPx) {
@@ -14,10 +15,9 @@ void ReadExtent(const std::string& key, const char* name, int& extentPx) {
 }
 
 // A drag of the border comes here many times: what is stored already is not written again.
-void StoreExtent(const std::string& key, const char* name, int extentPx) {
-  const auto extent = static_cast<unsigned>(extentPx);
-  if (NtRegGet(HKEY_CURRENT_USER, key, name, 0U) != extent)
-    NtRegPut(HKEY_CURRENT_USER, key, name, extent);
+void StoreNumber(const std::string& key, const char* name, unsigned number) {
+  if (NtRegGet(HKEY_CURRENT_USER, key, name, 0U) != number)
+    NtRegPut(HKEY_CURRENT_USER, key, name, number);
 }
 
 }  // namespace
@@ -29,6 +29,14 @@ void ReadWindowSize(const std::string& key, int& widthPx, int& heightPx) {
 
 void StoreWindowSize(const std::string& key, SizeType type, int widthPx, int heightPx) {
   if (type != SizeType::Restored || widthPx <= 0 || heightPx <= 0) return;
-  StoreExtent(key, kWidth, widthPx);
-  StoreExtent(key, kHeight, heightPx);
+  StoreNumber(key, kWidth, static_cast<unsigned>(widthPx));
+  StoreNumber(key, kHeight, static_cast<unsigned>(heightPx));
+}
+
+bool ReadWindowMaximised(const std::string& key) {
+  return NtRegGet(HKEY_CURRENT_USER, key, kMaximised, 0U) == 1;
+}
+
+void StoreWindowMaximised(const std::string& key, SizeType type) {
+  if (type != SizeType::Minimised) StoreNumber(key, kMaximised, type == SizeType::Maximised);
 }

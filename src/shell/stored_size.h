@@ -1,6 +1,8 @@
-// The outer size of a window, kept in the settings store between runs.
+// The outer size of a window, and whether it fills its room, kept in the settings store between
+// runs.
 //
-// Shape    "Window Width" and "Window Height" below a key; device-independent pixels.
+// Shape    "Window Width", "Window Height" and "Window Maximised" below a key; device-independent
+//          pixels.
 // Errors   A size that no window can have reads as the proposed one.
 // Threads  Interface thread.
 #pragma once
@@ -15,3 +17,7 @@ void ReadWindowSize(const std::string& key, int& widthPx, int& heightPx);
 // Keeps the size of a restored window; a minimised or maximised one, or one without extent, leaves
 // what is stored.
 void StoreWindowSize(const std::string& key, SizeType type, int widthPx, int heightPx);
+
+bool ReadWindowMaximised(const std::string& key);
+// A minimised window leaves what is stored.
+void StoreWindowMaximised(const std::string& key, SizeType type);

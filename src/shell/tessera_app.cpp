@@ -69,7 +69,7 @@ bool CTesseraApp::InitInstance(const std::vector<std::string>& arguments) {
   CCommandLineInfo info = ParseCommandLine(arguments);
   if (info.command == CCommandLineInfo::FileNew) info.command = CCommandLineInfo::FileNothing;
   if (!ProcessShellCommand(info)) return false;
-  m_frame->Face()->Show();
+  m_frame->ShowWindow();
   if (info.command == CCommandLineInfo::FileNothing) PostWizard();
   return true;
 }

@@ -142,6 +142,83 @@ TEST_F(MainFrame, AnOddButPossibleStoredSizeIsTaken) {
   EXPECT_EQ(Face().m_heightPx, 32767);
 }
 
+TEST_F(MainFrame, AStoredSizeLargerThanTheScreenIsLimitedToIt) {
+  m_faces.m_largestWidthPx = 1920;
+  m_faces.m_largestHeightPx = 1053;
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 2800U);
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Height", 1620U);
+  Start();
+  EXPECT_EQ(Face().m_widthPx, 1920);
+  EXPECT_EQ(Face().m_heightPx, 1053);
+}
+
+TEST_F(MainFrame, TheStateOfTheWindowIsKeptAndAMinimisedOneLeavesIt) {
+  ASSERT_TRUE(m_app->InitInstance({}));
+  EXPECT_EQ(m_log.Told("main show"), "main show\n");
+  Frame().OnSize(SizeType::Maximised, 1920, 1080);
+  Frame().OnSize(SizeType::Minimised, 160, 30);
+  MakeApp();
+  m_log.Clear();
+  ASSERT_TRUE(m_app->InitInstance({}));
+  EXPECT_EQ(m_log.Told("main show"), "main show maximised\n");
+  Frame().OnSize(SizeType::Restored, 1234, 567);
+  MakeApp();
+  m_log.Clear();
+  ASSERT_TRUE(m_app->InitInstance({}));
+  EXPECT_EQ(m_log.Told("main show"), "main show\n");
+}
+
+TEST_F(MainFrame, TheStateOfTheChildInFrontIsKeptForTheFirstOneOfTheNextStart) {
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  ASSERT_TRUE(Open(WriteTraces("db.trc", 1)));
+  CMDIChildWnd& behind = *Frame().Children()[0];
+  CMDIChildWnd& front = *Frame().Children()[1];
+  EXPECT_FALSE(front.BeginsMaximised());
+  front.OnSize(SizeType::Maximised, 900, 600);
+  behind.OnSize(SizeType::Restored, 400, 300);
+  EXPECT_TRUE(front.BeginsMaximised());
+  EXPECT_EQ(Stored(kRegTraceView, "Window Width"), 400U);
+  front.OnSize(SizeType::Minimised, 160, 30);
+  EXPECT_TRUE(front.BeginsMaximised());
+  front.OnSize(SizeType::Restored, 500, 300);
+  EXPECT_FALSE(front.BeginsMaximised());
+}
+
+TEST_F(MainFrame, TabsAreSwitchedAndKeptAndATabTellsNothingOfTheWindowsState) {
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  EXPECT_FALSE(State(ID_WINDOW_TABS).IsChecked());
+  EXPECT_TRUE(Frame().OnCommand(ID_WINDOW_TABS));
+  EXPECT_TRUE(State(ID_WINDOW_TABS).IsChecked());
+  CMDIChildWnd& child = *Frame().Children()[0];
+  child.OnSize(SizeType::Maximised, 900, 600);
+  EXPECT_FALSE(child.BeginsMaximised());
+  MakeApp();
+  m_log.Clear();
+  ASSERT_TRUE(m_app->InitInstance({}));
+  EXPECT_EQ(m_log.Told("main tabs"), "main tabs\n");
+  EXPECT_TRUE(Frame().OnCommand(ID_WINDOW_TABS));
+  MakeApp();
+  m_log.Clear();
+  ASSERT_TRUE(m_app->InitInstance({}));
+  EXPECT_EQ(m_log.Told("main tabs"), "");
+}
+
+TEST_F(MainFrame, CascadeAndTileEndTheTabsAndArrangeIconsDoesNot) {
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  for (const unsigned id : {ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ}) {
+    Frame().OnCommand(ID_WINDOW_TABS);
+    Frame().OnCommand(ID_WINDOW_ARRANGE);
+    EXPECT_TRUE(Frame().AreTabsShown());
+    m_log.Clear();
+    Frame().OnCommand(id);
+    EXPECT_EQ(m_log.Lines().front(), "main windows");
+    EXPECT_FALSE(Frame().AreTabsShown());
+  }
+}
+
 TEST_F(MainFrame, TheMenuIsTheActiveDocumentsAndGoesBackWhenTheLastOneCloses) {
   Start();
   m_app->HoldMonitorTemplate();

@@ -96,6 +96,8 @@ TEST(Menus, OfATraceFile) {
   57650 &Cascade
   57651 &Tile
   57649 &Arrange Icons
+  -----
+  32901 Ta&bs
   (windows)
 &Help
   57667 Help Topics
@@ -150,6 +152,8 @@ TEST(Menus, OfAMonitor) {
   57650 &Cascade
   57651 &Tile
   57649 &Arrange Icons
+  -----
+  32901 Ta&bs
   (windows)
 &Help
   57667 Help Topics
@@ -193,6 +197,8 @@ Co&nfig
   57650 &Cascade
   57651 &Tile
   57649 &Arrange Icons
+  -----
+  32901 Ta&bs
   (windows)
 &Help
   57667 Help Topics
@@ -233,6 +239,8 @@ TEST(Menus, OfASourceFile) {
   57650 &Cascade
   57651 &Tile
   57649 &Arrange Icons
+  -----
+  32901 Ta&bs
   (windows)
 &Help
   57667 Help Topics
@@ -246,8 +254,11 @@ TEST(Menus, PopUpOfATraceWindow) {
 (popup)
   57636 &Find...\tCtrl+F
   32781 Find Ne&xt\tF3
+  -----
   57633 C&lear
+  -----
   32813 &Properties...\tAlt+P
+  -----
   32804 Proc &View\tCtrl+F6
   32822 &Goto Source\tCtrl+G
   32825 Synchroni&ze\tAlt+S

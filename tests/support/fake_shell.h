@@ -1,9 +1,9 @@
 // The window system of the shell without windows.
 //
 // Shape    Log lines besides those of fake_frame.h: "main title Tessera", "main menu 129",
-//          "main pane 59143 \"3\"", "main show", "main close", "main gone", "main popup 144 10 20",
-//          "main bar 59392 off", "main recent files", "about Tessera Version 3.1.0",
-//          "print setup", "help \"\"".
+//          "main pane 59143 \"3\"", "main show", "main tabs", "main close", "main gone", "main
+//          popup 144 10 20", "main bar 59392 off", "main recent files", "about Tessera
+//          Version 3.1.0", "print setup", "help \"\"".
 // Owner    The log and the faces belong to the test and outlive the application.
 #pragma once
 
@@ -43,9 +43,9 @@ class FakeMainFrameFace : public MainFrameFace {
     m_panes[pane] = text;
     m_log.Add("main pane " + std::to_string(pane) + " \"" + text + "\"");
   }
-  void Show() override {
+  void Show(bool maximised) override {
     m_shown = true;
-    m_log.Add("main show");
+    m_log.Add(maximised ? "main show maximised" : "main show");
   }
   void Close() override {
     m_closed = true;
@@ -59,6 +59,7 @@ class FakeMainFrameFace : public MainFrameFace {
     static constexpr const char* kNames[] = {"cascade", "tile", "arrange icons"};
     m_log.Add(std::string("layout ") + kNames[static_cast<int>(layout)]);
   }
+  void ShowTabs(bool on) override { m_log.Add(on ? "main tabs" : "main windows"); }
   void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) override {
     m_log.Add("main popup " + std::to_string(resource) + " " + std::to_string(screenXPx) + " " +
               std::to_string(screenYPx));
@@ -98,6 +99,10 @@ class FakeShellFaces : public ShellFaces {
     widthPx = m_proposedWidthPx;
     heightPx = m_proposedHeightPx;
   }
+  void LargestMainSize(int& widthPx, int& heightPx) override {
+    widthPx = m_largestWidthPx;
+    heightPx = m_largestHeightPx;
+  }
   std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) override {
     return std::make_unique<FakeRichEdit>(owner);
   }
@@ -114,6 +119,7 @@ class FakeShellFaces : public ShellFaces {
   bool m_refuseFrame = false;
   int m_proposedWidthPx = 1000;
   int m_proposedHeightPx = 700;
+  int m_largestWidthPx = 32767, m_largestHeightPx = 32767;
   FakeMainFrameFace* m_main = nullptr;  // null while there is no main window
 
  private:

@@ -7,6 +7,14 @@
 
 #include "docview/ui/qt_control.h"
 #include "docview/ui/qt_host.h"
+#include "docview/ui/screen_fit.h"
+
+namespace {
+
+// Where Qt has them in a child window's own menu.
+constexpr int kRestoreAction = 0, kMaximiseAction = 4;
+
+}  // namespace
 
 ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
     : m_child(&child), m_area(area), m_room(new QWidget), m_layout(new QVBoxLayout(m_room)) {
@@ -21,12 +29,18 @@ ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
   connect(&m_settled, &QTimer::timeout, this, [this] { ReportSize(); });
 }
 
-// Its keys would be known twice: Ctrl+W is the wizard's, Ctrl+F6 the tree's, and Ctrl+F4 works for
-// the whole main window.
+// Its keys would be known twice: Ctrl+W is the wizard's, Ctrl+F6 the tree's, and those that are
+// shown work for the whole main window.
 void ChildWindow::TameSystemMenu() {
-  for (QAction* action : systemMenu()->actions()) action->setShortcuts(QList<QKeySequence>());
-  QAction* close = systemMenu()->actions().constLast();
-  close->setText(close->text().section(QLatin1Char('\t'), 0, 0) + QStringLiteral("\tCtrl+F4"));
+  const QList<QAction*> actions = systemMenu()->actions();
+  for (QAction* action : actions) action->setShortcuts(QList<QKeySequence>());
+  const auto show = [](QAction* action, const char* key) {
+    action->setText(action->text().section(QLatin1Char('\t'), 0, 0) + QLatin1Char('\t') +
+                    QLatin1String(key));
+  };
+  show(actions.value(kRestoreAction), "Ctrl+F5");
+  show(actions.value(kMaximiseAction), "Ctrl+F10");
+  show(actions.constLast(), "Ctrl+F4");
 }
 
 void ChildWindow::Detach() {
@@ -76,16 +90,25 @@ void ChildWindow::changeEvent(QEvent* event) {
   if (m_area.m_changed) m_area.m_changed();
 }
 
-// A window that is larger than the room is placed with its beginning out of sight.
-void ChildWindow::ShowBeginning() {
-  if (m_placed || isMaximized() || isMinimized()) return;
-  m_placed = true;
-  move(std::max(x(), 0), std::max(y(), 0));
+// A main window that comes up maximised does not have its size yet.
+QSize ChildWindow::Room() const {
+  return window()->isMaximized() ? ScreenRoom(*window()).size() : m_area.contentsRect().size();
 }
 
+void ChildWindow::BringIntoRoom() {
+  const QSize room = Room();
+  resize(size().boundedTo(room.expandedTo(minimumSize())));
+  move(std::max(std::min(x(), room.width() - width()), 0),
+       std::max(std::min(y(), room.height() - height()), 0));
+}
+
+// When it is seen restored for the first time, be it after it began maximised: the room may have
+// become smaller meanwhile.
 void ChildWindow::ReportSize() {
   if (!m_child || !isVisible()) return;
-  ShowBeginning();
+  const bool restored = !isMaximized() && !isMinimized() && !isShaded();
+  if (restored && !m_placed) BringIntoRoom();
+  m_placed = restored;
   const SizeType type = isMinimized() || isShaded() ? SizeType::Minimised
                         : isMaximized()             ? SizeType::Maximised
                                                     : SizeType::Restored;

@@ -22,6 +22,8 @@ class ChildWindow : public QMdiSubWindow {
   // Makes it the one control to be seen.
   void ShowControl(QWidget* control);
   bool IsClosing() const { return m_closing; }
+  // Makes it small enough for the room and moves it there.
+  void BringIntoRoom();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -31,7 +33,7 @@ class ChildWindow : public QMdiSubWindow {
 
  private:
   void TameSystemMenu();
-  void ShowBeginning();
+  QSize Room() const;
   void ReportSize();
 
   CMDIChildWnd* m_child;
@@ -40,6 +42,6 @@ class ChildWindow : public QMdiSubWindow {
   QVBoxLayout* m_layout;
   std::vector<QPointer<QWidget>> m_controls;
   QTimer m_settled;  // sizes and states come in several events, in any order: looked at afterwards
-  bool m_placed = false;  // shown for the first time
+  bool m_placed = false;  // seen restored, in the room
   bool m_closing = false;
 };

@@ -6,11 +6,13 @@
 #include <QUrl>
 
 #include "docview/ui/qt_host.h"
+#include "docview/ui/screen_fit.h"
 #include "shell/main_frame.h"
 
 namespace {
 
 constexpr int kIdleMs = 250;
+constexpr int kFramedMs = 100;
 
 std::vector<std::string> LocalFiles(const QMimeData& data) {
   std::vector<std::string> paths;
@@ -24,7 +26,8 @@ std::vector<std::string> LocalFiles(const QMimeData& data) {
 
 MainWindow::MainWindow(CMainFrame& frame) : m_frame(&frame) {
   setAcceptDrops(true);
-  for (QTimer* timer : {&m_settled, &m_soon}) timer->setSingleShot(true);
+  for (QTimer* timer : {&m_settled, &m_soon, &m_framed}) timer->setSingleShot(true);
+  connect(&m_framed, &QTimer::timeout, this, [this] { KeepOnScreen(*this); });
   connect(&m_settled, &QTimer::timeout, this, [this] { ReportSize(); });
   connect(&m_soon, &QTimer::timeout, this, [this] { OnIdle(); });
   connect(&m_regular, &QTimer::timeout, this, [this] { OnIdle(); });
@@ -38,6 +41,11 @@ void MainWindow::SetTitle(const QString& title) {
 
 void MainWindow::OnIdle() {
   if (m_frame && m_idle && isVisible() && !isMinimized()) m_idle();
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (!event->spontaneous()) m_framed.start(kFramedMs);
 }
 
 // The frame asks its questions inside the event, so that a session that ends learns the answer. A

@@ -28,6 +28,7 @@ class MainWindow : public QMainWindow {
   void SoonIdle() { m_soon.start(); }
 
  protected:
+  void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
@@ -44,4 +45,5 @@ class MainWindow : public QMainWindow {
   bool m_mayClose = false;
   QTimer m_settled;  // sizes and states come in several events, in any order: looked at afterwards
   QTimer m_soon, m_regular;
+  QTimer m_framed;  // by now the window manager has told how much its decoration takes
 };

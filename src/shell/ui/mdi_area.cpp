@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QPainter>
+#include <QTabBar>
 
 #include "shell/ui/child_window.h"
 
@@ -17,6 +18,9 @@ MdiArea::MdiArea(QWidget* parent) : QMdiArea(parent) {
   setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setFrameShape(QFrame::NoFrame);
+  setTabsClosable(true);
+  setTabsMovable(true);
+  setDocumentMode(true);
   setAccessibleName(tr("Documents"));
   TakePalette();
   connect(this, &QMdiArea::subWindowActivated, this,
@@ -31,9 +35,40 @@ void MdiArea::OnActivated(ChildWindow* window) {
   if (m_changed) m_changed();
 }
 
-void MdiArea::Forget(ChildWindow* window) {
-  if (m_active == window) m_active = nullptr;
+// Left to itself, Qt restores all windows when a maximised one goes, and shows the first one made.
+void MdiArea::Leave(ChildWindow* window) {
+  if (m_active == window) {
+    m_active = nullptr;
+    if (ChildWindow* const next = UsedBefore(window)) {
+      setActiveSubWindow(next);
+      OnActivated(next);
+    }
+  }
   if (m_changed) m_changed();
+}
+
+// Null when there is no other; an icon only where all others are icons.
+ChildWindow* MdiArea::UsedBefore(const ChildWindow* window) const {
+  ChildWindow* icon = nullptr;
+  const QList<QMdiSubWindow*> history = subWindowList(ActivationHistoryOrder);
+  for (auto each = history.crbegin(); each != history.crend(); ++each) {
+    auto* const other = dynamic_cast<ChildWindow*>(*each);
+    if (!other || other == window || !other->Child() || other->isHidden()) continue;
+    if (!other->isMinimized()) return other;
+    if (!icon) icon = other;
+  }
+  return icon;
+}
+
+void MdiArea::ShowTabs(bool on) {
+  if (on == (viewMode() == TabbedView)) return;
+  if (on) m_maximisedWithoutTabs = m_active && m_active->isMaximized();
+  setViewMode(on ? TabbedView : SubWindowView);
+  if (QTabBar* const tabs = findChild<QTabBar*>(); on && tabs) {
+    tabs->setAccessibleName(tr("Open windows"));
+    tabs->setExpanding(false);
+  }
+  if (m_active && !on && !m_maximisedWithoutTabs) m_active->showNormal();
 }
 
 void MdiArea::TakePalette() {

@@ -18,8 +18,11 @@ class MdiArea : public QMdiArea {
   ChildWindow* Active() const { return m_active; }
   // The window came to the front.
   void OnActivated(ChildWindow* window);
-  // The window's frame goes.
-  void Forget(ChildWindow* window);
+  // The window's frame goes. If it is in front, the one used before comes there, as large as this
+  // one is.
+  void Leave(ChildWindow* window);
+  // The windows as tabs over the whole room, or as windows, as large as they were before.
+  void ShowTabs(bool on);
   // A child was activated, maximised or restored, or has gone.
   std::function<void()> m_changed;
 
@@ -29,5 +32,7 @@ class MdiArea : public QMdiArea {
 
  private:
   void TakePalette();
+  ChildWindow* UsedBefore(const ChildWindow* window) const;
   ChildWindow* m_active = nullptr;
+  bool m_maximisedWithoutTabs = false;
 };

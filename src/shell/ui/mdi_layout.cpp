@@ -69,7 +69,8 @@ void ArrangeIcons(const Windows& icons, const QRect& room) {
 }  // namespace
 
 void LayOut(QMdiArea& area, WindowLayout layout) {
-  const QRect room = area.viewport()->rect();
+  // Scroll bars stand for windows that lie outside, and none will when this is done.
+  const QRect room(QPoint(0, 0), area.contentsRect().size());
   QMdiSubWindow* front = area.currentSubWindow();
   switch (layout) {
     case WindowLayout::Cascade:

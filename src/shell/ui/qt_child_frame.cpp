@@ -2,7 +2,6 @@
 
 #include <QLayout>
 #include <QThread>
-#include <algorithm>
 
 #include "docview/ui/qt_control.h"
 
@@ -28,7 +27,7 @@ QtChildFrame::QtChildFrame(CMDIChildWnd& child, MdiArea& area, int widthPx, int 
 QtChildFrame::~QtChildFrame() {
   if (!m_window) return;
   m_window->Detach();
-  m_area.Forget(m_window);
+  m_area.Leave(m_window);
   const bool busy = m_window->IsClosing() || QThread::currentThread()->loopLevel() > 0;
   m_window->hide();
   m_area.removeSubWindow(m_window);
@@ -45,21 +44,18 @@ void QtChildFrame::SetTitle(const std::string& title) {
 
 void QtChildFrame::Show() {
   if (m_window->isVisible()) return;
-  const bool maximised = m_area.Active() && m_area.Active()->isMaximized();
-  if (maximised) {
+  if (BeginsMaximised()) {
     m_window->showMaximized();
   } else {
     m_window->show();
-    BringIntoRoom();
+    // Qt places a window where it covers the others least, be it mostly outside.
+    m_window->BringIntoRoom();
   }
 }
 
-// Qt places a window where it covers the others least, be it mostly outside.
-void QtChildFrame::BringIntoRoom() {
-  const QRect room = m_area.viewport()->rect();
-  const QRect window = m_window->geometry();
-  m_window->move(std::max(std::min(window.left(), room.width() - window.width()), 0),
-                 std::max(std::min(window.top(), room.height() - window.height()), 0));
+bool QtChildFrame::BeginsMaximised() const {
+  const ChildWindow* const active = m_area.Active();
+  return active ? active->isMaximized() : m_window->Child()->BeginsMaximised();
 }
 
 void QtChildFrame::Activate() {

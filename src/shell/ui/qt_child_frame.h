@@ -21,7 +21,7 @@ class QtChildFrame : public ChildFrameFace {
   ChildWindow* Window() const { return m_window; }
 
  private:
-  void BringIntoRoom();
+  bool BeginsMaximised() const;
   MdiArea& m_area;
   QPointer<ChildWindow> m_window;
 };

@@ -86,6 +86,12 @@ void QtMainFrame::MakeToolBar() {
 void QtMainFrame::AddSystemKeys() {
   m_keys->AddWindowKey(QKeySequence(Qt::CTRL | Qt::Key_F4),
                        [actions = m_actions] { actions->Run(ID_FILE_CLOSE); });
+  m_keys->AddWindowKey(QKeySequence(Qt::CTRL | Qt::Key_F5), [area = m_area] {
+    if (ChildWindow* const child = area->Active()) child->showNormal();
+  });
+  m_keys->AddWindowKey(QKeySequence(Qt::CTRL | Qt::Key_F10), [area = m_area] {
+    if (ChildWindow* const child = area->Active()) child->showMaximized();
+  });
   m_keys->AddWindowKey(QKeySequence(Qt::ALT | Qt::Key_F4),
                        [window = m_window] { window->close(); });
   m_keys->AddWindowKey(QKeySequence(Qt::SHIFT | Qt::Key_F10), AskForContextMenu);
@@ -115,9 +121,12 @@ void QtMainFrame::SetPaneText(unsigned pane, const std::string& text) {
   m_panes->SetPaneText(pane, QString::fromStdString(text));
 }
 
-void QtMainFrame::Show() {
+void QtMainFrame::Show(bool maximised) {
   m_actions->UpdateAll();
-  m_window->show();
+  if (maximised)
+    m_window->showMaximized();
+  else
+    m_window->show();
 }
 
 void QtMainFrame::Close() {
@@ -133,6 +142,10 @@ std::unique_ptr<ChildFrameFace> QtMainFrame::CreateChild(CMDIChildWnd& child, in
 
 void QtMainFrame::LayOutChildren(WindowLayout layout) {
   LayOut(*m_area, layout);
+}
+
+void QtMainFrame::ShowTabs(bool on) {
+  m_area->ShowTabs(on);
 }
 
 void QtMainFrame::TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) {

@@ -23,11 +23,12 @@ class QtMainFrame : public MainFrameFace {
   void SetTitle(const std::string& title) override;
   void SetMenu(unsigned resource) override;
   void SetPaneText(unsigned pane, const std::string& text) override;
-  void Show() override;
+  void Show(bool maximised) override;
   void Close() override;
   std::unique_ptr<ChildFrameFace> CreateChild(CMDIChildWnd& child, int widthPx,
                                               int heightPx) override;
   void LayOutChildren(WindowLayout layout) override;
+  void ShowTabs(bool on) override;
   void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) override;
   void ShowBar(unsigned id, bool on) override;
   bool IsBarShown(unsigned id) const override;

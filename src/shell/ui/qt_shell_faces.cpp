@@ -35,6 +35,11 @@ QString TopicOfDialog() {
   return {};
 }
 
+QSize PrimaryRoom() {
+  const QScreen* const screen = QGuiApplication::primaryScreen();
+  return screen ? screen->availableSize() : QSize(1280, 800);
+}
+
 }  // namespace
 
 QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
@@ -88,10 +93,15 @@ std::unique_ptr<MainFrameFace> QtShellFaces::CreateMainFrame(CMainFrame& frame, 
 
 // Three quarters of the screen, as far as that is a pleasant size.
 void QtShellFaces::ProposedMainSize(int& widthPx, int& heightPx) {
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  const QSize room = screen ? screen->availableSize() : QSize(1280, 800);
+  const QSize room = PrimaryRoom();
   widthPx = std::clamp(room.width() * 3 / 4, 640, 1400);
   heightPx = std::clamp(room.height() * 3 / 4, 480, 1000);
+}
+
+void QtShellFaces::LargestMainSize(int& widthPx, int& heightPx) {
+  const QSize room = PrimaryRoom();
+  widthPx = room.width();
+  heightPx = room.height();
 }
 
 std::unique_ptr<RowList> QtShellFaces::CreateRowList(RowListOwner& owner) {

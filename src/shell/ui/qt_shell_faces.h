@@ -20,6 +20,7 @@ class QtShellFaces : public ShellFaces {
   std::unique_ptr<MainFrameFace> CreateMainFrame(CMainFrame& frame, int widthPx,
                                                  int heightPx) override;
   void ProposedMainSize(int& widthPx, int& heightPx) override;
+  void LargestMainSize(int& widthPx, int& heightPx) override;
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override;
   std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override;
   std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) override;

@@ -1,3 +1,6 @@
+#include <QTabBar>
+#include <set>
+
 #include "shell_fixture.h"
 
 namespace {
@@ -50,19 +53,184 @@ TEST_F(ChildFramesTest, AWindowOpensAtTheStoredSizeAndTheLastOneSizedSetsTheNext
   EXPECT_EQ(WindowOf(1)->size(), QSize(431, 287));
 }
 
-TEST_F(ChildFramesTest, AWindowLargerThanTheRoomBeginsWhereTheRoomBegins) {
+TEST_F(ChildFramesTest, AStoredWindowLargerThanTheRoomIsMadeToFitIt) {
   NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 500U);
   NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Height", 400U);
-  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Width", 900U);
-  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Height", 600U);
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Width", 2800U);
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Height", 1620U);
   m_app = std::make_unique<CTesseraApp>(m_host, *m_faces);
   ASSERT_TRUE(m_app->InitInstance({TraceFile("a.trc", 3)}));
   EXPECT_TRUE(Until([this] { return !m_app->Frame()->LoadStatus(); }));
   Settle();
-  EXPECT_EQ(WindowOf(0)->geometry(), QRect(0, 0, 900, 600));
+  const QRect room(QPoint(0, 0), Face().Area().viewport()->size());
+  EXPECT_EQ(WindowOf(0)->geometry(), room);
   Open(TraceFile("b.trc", 3));
   Settle();
-  EXPECT_EQ(WindowOf(1)->geometry(), QRect(0, 0, 900, 600));
+  EXPECT_EQ(WindowOf(1)->geometry(), room);
+  EXPECT_EQ(Face().Area().viewport()->size(), Face().Area().size()) << "no scroll bars";
+}
+
+TEST_F(ChildFramesTest, AWindowOpenedUnderAMaximisedOneIsRestoredInsideTheRoom) {
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Width", 500U);
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Height", 420U);
+  Start();
+  Open(TraceFile("a.trc", 3));
+  WindowOf(0)->showMaximized();
+  for (const char* name : {"b.trc", "c.trc", "d.trc"}) Open(TraceFile(name, 3));
+  WindowOf(3)->showNormal();
+  Settle();
+  const QRect room(QPoint(0, 0), Face().Area().viewport()->size());
+  std::set<std::pair<int, int>> places;
+  for (std::size_t i = 1; i < 4; ++i) {
+    Child(i).ActivateFrame();
+    Settle();
+    EXPECT_FALSE(WindowOf(i)->isMaximized());
+    EXPECT_EQ(WindowOf(i)->size(), QSize(500, 420)) << i;
+    EXPECT_TRUE(room.contains(WindowOf(i)->geometry())) << i;
+    places.insert({WindowOf(i)->x(), WindowOf(i)->y()});
+  }
+  EXPECT_EQ(places.size(), 3u) << "each has a place of its own";
+}
+
+TEST_F(ChildFramesTest, ClosingAMaximisedWindowBringsTheOneUsedBeforeMaximised) {
+  Start();
+  for (const char* name : {"a.trc", "b.trc", "c.trc", "d.trc"}) Open(TraceFile(name, 3));
+  WindowOf(3)->showMaximized();
+  Child(1).ActivateFrame();
+  Child(2).ActivateFrame();
+  Child(3).ActivateFrame();
+  Frame().OnCommand(ID_FILE_CLOSE);
+  Settle();
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "c.trc");
+  EXPECT_EQ(Front(), WindowOf(2));
+  EXPECT_TRUE(Front()->isMaximized());
+  EXPECT_EQ(Window().windowTitle(), QStringLiteral("Tessera - [c.trc]"));
+  Front()->close();
+  Settle();
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "b.trc");
+  EXPECT_TRUE(Front()->isMaximized());
+  Frame().OnCommand(ID_FILE_CLOSE);
+  Settle();
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "a.trc");
+  EXPECT_TRUE(Front()->isMaximized());
+}
+
+TEST_F(ChildFramesTest, ClosingARestoredWindowBringsTheOneUsedBeforeRestored) {
+  Start();
+  for (const char* name : {"a.trc", "b.trc", "c.trc"}) Open(TraceFile(name, 3));
+  Child(1).ActivateFrame();
+  Child(0).ActivateFrame();
+  Frame().OnCommand(ID_FILE_CLOSE);
+  Settle();
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "b.trc");
+  EXPECT_FALSE(Front()->isMaximized());
+}
+
+TEST_F(ChildFramesTest, ClosingAWindowBehindTheFrontLeavesTheFront) {
+  Start();
+  for (const char* name : {"a.trc", "b.trc", "c.trc"}) Open(TraceFile(name, 3));
+  WindowOf(2)->showMaximized();
+  Child(0).OnClose();
+  Settle();
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "c.trc");
+  EXPECT_TRUE(Front()->isMaximized());
+}
+
+TEST_F(ChildFramesTest, TheNextStartBeginsMaximisedWhereTheLastOneWas) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  Open(TraceFile("b.trc", 3));
+  WindowOf(1)->showMaximized();
+  Child(0).ActivateFrame();
+  Settle();
+  m_app.reset();
+  Start();
+  Open(TraceFile("a.trc", 3));
+  EXPECT_TRUE(Front()->isMaximized());
+  Front()->showNormal();
+  Settle();
+  m_app.reset();
+  Start();
+  Open(TraceFile("a.trc", 3));
+  EXPECT_FALSE(Front()->isMaximized());
+}
+
+TEST_F(ChildFramesTest, CtrlF10MaximisesTheFrontWindowAndCtrlF5RestoresIt) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_F10, Qt::ControlModifier);
+  EXPECT_TRUE(Front()->isMaximized());
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_F5, Qt::ControlModifier);
+  EXPECT_FALSE(Front()->isMaximized());
+  QStringList keys;
+  for (const QAction* action : Front()->systemMenu()->actions())
+    if (action->text().contains(u'\t')) keys << action->text().remove(u'&');
+  EXPECT_EQ(keys.join(u'|').toStdString(), "Restore\tCtrl+F5|Maximize\tCtrl+F10|Close\tCtrl+F4");
+}
+
+TEST_F(ChildFramesTest, TileTakesTheWholeRoomAlsoWhereScrollBarsStood) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  Open(TraceFile("b.trc", 3));
+  WindowOf(0)->move(2000, 2000);
+  ASSERT_TRUE(Until([this] { return Face().Area().viewport()->size() != Face().Area().size(); }));
+  Frame().OnCommand(ID_WINDOW_TILE_HORZ);
+  Settle();
+  EXPECT_EQ(WindowOf(0)->geometry().united(WindowOf(1)->geometry()),
+            QRect(QPoint(0, 0), Face().Area().size()));
+  EXPECT_EQ(Face().Area().viewport()->size(), Face().Area().size());
+}
+
+TEST_F(ChildFramesTest, TabsShowTheWindowsOneAtATimeAndGoBackToWhatTheyWere) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  Open(TraceFile("b.trc", 3));
+  const QSize before = WindowOf(1)->size();
+  Frame().OnCommand(ID_WINDOW_TABS);
+  Settle();
+  auto* tabs = Face().Area().findChild<QTabBar*>();
+  ASSERT_TRUE(tabs);
+  EXPECT_EQ(tabs->tabText(0) + u'|' + tabs->tabText(1), QStringLiteral("a.trc|b.trc"));
+  EXPECT_EQ(tabs->currentIndex(), 1);
+  tabs->setCurrentIndex(0);
+  EXPECT_TRUE(Until([this] { return Frame().MDIGetActive()->Title() == "a.trc"; }));
+  Open(TraceFile("c.trc", 3));
+  EXPECT_EQ(tabs->count(), 3);
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "c.trc");
+  Frame().OnCommand(ID_FILE_CLOSE);
+  Settle();
+  EXPECT_EQ(tabs->count(), 2);
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "a.trc") << "the one used before";
+  EXPECT_EQ(tabs->currentIndex(), 0);
+  emit tabs->tabCloseRequested(0);
+  EXPECT_TRUE(Until([this] { return Frame().Children().size() == 1; }));
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "b.trc");
+  Frame().OnCommand(ID_WINDOW_TABS);
+  Settle();
+  EXPECT_FALSE(Face().Area().findChild<QTabBar*>());
+  EXPECT_FALSE(Front()->isMaximized());
+  EXPECT_EQ(Front()->size(), before);
+}
+
+TEST_F(ChildFramesTest, TabsAreKeptOverAStartAndLeaveTheWindowsStateAndSize) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  WindowOf(0)->resize(431, 287);
+  ASSERT_TRUE(Until([this] { return StoredWidth() == 431; }));
+  Frame().OnCommand(ID_WINDOW_TABS);
+  Settle();
+  m_app.reset();
+  Start();
+  Open(TraceFile("a.trc", 3));
+  Settle();
+  EXPECT_TRUE(Face().Area().findChild<QTabBar*>());
+  EXPECT_EQ(WindowOf(0)->width(), Face().Area().width());
+  EXPECT_EQ(StoredWidth(), 431u);
+  Frame().OnCommand(ID_WINDOW_TILE_HORZ);
+  Settle();
+  EXPECT_FALSE(Face().Area().findChild<QTabBar*>());
+  EXPECT_FALSE(Frame().AreTabsShown());
+  EXPECT_EQ(WindowOf(0)->size(), Face().Area().size());
 }
 
 TEST_F(ChildFramesTest, AMaximisedOrMinimisedWindowLeavesTheStoredSize) {

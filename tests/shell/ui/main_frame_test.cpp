@@ -2,6 +2,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QScreen>
 #include <QToolButton>
 
 #include "shell/menu_resources.h"
@@ -197,26 +198,55 @@ TEST_F(MainFrameTest, ToolBarAndStatusBarHideAndShowAndAreMarkedInTheMenu) {
 
 TEST_F(MainFrameTest, TheSizeOfARestoredWindowIsStoredAndTakenAtTheNextStart) {
   Start();
-  Window().resize(811, 577);
-  EXPECT_TRUE(Until([this] { return Stored(kRegSettings, "Window Width") == 811; }));
+  Window().resize(711, 577);
+  EXPECT_TRUE(Until([this] { return Stored(kRegSettings, "Window Width") == 711; }));
   EXPECT_EQ(Stored(kRegSettings, "Window Height"), 577u);
   m_app.reset();
   Start();
-  EXPECT_EQ(Window().size(), QSize(811, 577));
+  EXPECT_EQ(Window().size(), QSize(711, 577));
 }
 
 TEST_F(MainFrameTest, MinimisingAndMaximisingLeaveTheStoredSize) {
   Start();
-  Window().resize(811, 577);
-  ASSERT_TRUE(Until([this] { return Stored(kRegSettings, "Window Width") == 811; }));
+  Window().resize(711, 577);
+  ASSERT_TRUE(Until([this] { return Stored(kRegSettings, "Window Width") == 711; }));
   Window().showMaximized();
-  ASSERT_TRUE(Until([this] { return Window().width() != 811; }));
+  ASSERT_TRUE(Until([this] { return Window().width() != 711; }));
   Settle();
-  EXPECT_EQ(Stored(kRegSettings, "Window Width"), 811u);
+  EXPECT_EQ(Stored(kRegSettings, "Window Width"), 711u);
   Window().showMinimized();
   Settle();
-  EXPECT_EQ(Stored(kRegSettings, "Window Width"), 811u);
+  EXPECT_EQ(Stored(kRegSettings, "Window Width"), 711u);
   EXPECT_EQ(Stored(kRegSettings, "Window Height"), 577u);
+}
+
+TEST_F(MainFrameTest, AStoredSizeLargerThanTheScreenIsMadeToFitIt) {
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 2800U);
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Height", 1620U);
+  Start();
+  EXPECT_EQ(Window().size(), Window().screen()->availableSize());
+  EXPECT_TRUE(Until([this] {
+    return Window().screen()->availableGeometry().contains(Window().frameGeometry());
+  }));
+}
+
+TEST_F(MainFrameTest, AMaximisedWindowComesBackMaximisedAndARestoredOneRestored) {
+  Start();
+  Window().resize(711, 577);
+  ASSERT_TRUE(Until([this] { return Stored(kRegSettings, "Window Width") == 711; }));
+  Window().showMaximized();
+  Settle();
+  Window().showMinimized();
+  Settle();
+  m_app.reset();
+  Start();
+  EXPECT_TRUE(Window().isMaximized());
+  Window().showNormal();
+  EXPECT_TRUE(Until([this] { return Window().size() == QSize(711, 577); }));
+  Settle();
+  m_app.reset();
+  Start();
+  EXPECT_FALSE(Window().isMaximized());
 }
 
 TEST_F(MainFrameTest, ClosingTheWindowEndsTheProgramWhenNothingAsks) {

@@ -1,6 +1,7 @@
 #include "quor/client/gap_ledger.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "base/fail_with.h"
@@ -13,11 +14,17 @@ constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
 
 }  // namespace
 
-void GapLedger::BeginStream() {
+void GapLedger::BeginStream(const std::string& service) {
   ++m_stream;
+  if (m_run != 0 && service == m_service) return;
+  ++m_run;
+  m_service = service;
+  m_forgotten = 0;
 }
 
 void GapLedger::ForgetOldest() {
+  std::erase_if(m_sources, [](const auto& entry) { return entry.second.forgotten; });
+  if (m_sources.size() <= kSourcesMax / 2) return;
   std::vector<std::uint64_t> words;
   words.reserve(m_sources.size());
   for (const auto& [instance, source] : m_sources) words.push_back(source.heard);
@@ -30,6 +37,35 @@ void GapLedger::ForgetOldest() {
 bool GapLedger::Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why) {
   for (const auto& word : ledger.sources())
     if (!TakeSource(word, gap, why)) return false;
+  if (ledger.has_forgotten() && !TakeForgotten(ledger.forgotten(), gap, why)) return false;
+  for (const auto& word : ledger.forgotten_sources())
+    if (!TakeForgotten(word, why)) return false;
+  return true;
+}
+
+// The first ledger of a stream: what it does not name was forgotten since the last one, if this
+// run of the service knew it at all.
+bool GapLedger::TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string* why) {
+  if (sum > kSerialMax || sum < m_forgotten)
+    return FailWith(why, "a ledger's sum of forgotten sources cannot be");
+  std::uint64_t known = m_forgotten;
+  for (auto& [instance, source] : m_sources) {
+    if (source.stream == m_stream || source.run != m_run || source.forgotten) continue;
+    source.forgotten = true;
+    known += source.serial;
+  }
+  // On the first stream all that was is older than we are.
+  if (m_stream > 1 && sum > known) *gap += sum - known;
+  m_forgotten = sum;
+  return true;
+}
+
+bool GapLedger::TakeForgotten(const quor::wire::Ledger::Source& word, std::string* why) {
+  if (word.instance().size() != kInstanceBytes || word.serial() > kSerialMax - m_forgotten)
+    return FailWith(why, "a ledger's forgotten source cannot be");
+  m_forgotten += word.serial();
+  const auto known = m_sources.find(word.instance());
+  if (known != m_sources.end()) known->second.forgotten = true;
   return true;
 }
 
@@ -44,9 +80,11 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t
   const auto [entry, isNew] = m_sources.try_emplace(word.instance());
   Source& source = entry->second;
   source.heard = ++m_words;
+  source.run = m_run;
+  const bool anew = std::exchange(source.forgotten, false);
   const std::uint64_t began = word.serial() - word.delivered() - word.lost();
   const bool falls = word.delivered() < source.delivered || word.lost() < source.lost;
-  if (source.stream != m_stream || (falls && began >= source.serial)) {
+  if (source.stream != m_stream || anew || (falls && began >= source.serial)) {
     // Where the new stream began, and where the old one ended. A source that was unknown then
     // began behind it, but on the first stream it may be older than we are.
     if (began > source.serial && (!isNew || m_stream > 1)) *gap += began - source.serial;

@@ -1,7 +1,8 @@
 // What a monitor's streams have brought so far, and what is missing between them.
 //
 // Shape    See the Ledger of quor.proto. A stream begins with each Subscribe.
-//          Sources that were not heard of for longest are forgotten when there are too many.
+//          Sources that the service has forgotten, or that were not heard of for longest, are
+//          forgotten when there are too many.
 // Errors   Numbers that cannot be (a count that falls, say) are an error with a reason: the
 //          connection is to be ended.
 // Threads  One.
@@ -17,8 +18,9 @@ class GapLedger {
  public:
   static constexpr std::size_t kSourcesMax = 65536;
 
-  // A new stream: the first word on each source tells what it missed.
-  void BeginStream();
+  // A new stream: the first word on each source tells what it missed. `service`: the run of the
+  // service that it comes from.
+  void BeginStream(const std::string& service = {});
   // Takes up a ledger. `gap` grows by the traces that were produced between two streams.
   bool Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why);
 
@@ -31,13 +33,19 @@ class GapLedger {
     std::uint64_t serial = 0;
     std::uint64_t delivered = 0, lost = 0;  // of the stream under way
     unsigned stream = 0;                    // in which it was last heard of
+    unsigned run = 0;                       // of the service
+    bool forgotten = false;                 // by the service: in its sum
     std::uint64_t heard = 0;                // number of the last word on it
   };
   void ForgetOldest();
   bool TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap, std::string* why);
+  bool TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string* why);
+  bool TakeForgotten(const quor::wire::Ledger::Source& word, std::string* why);
 
   std::unordered_map<std::string, Source> m_sources;
-  unsigned m_stream = 0;
+  unsigned m_stream = 0, m_run = 0;
+  std::string m_service;
+  std::uint64_t m_forgotten = 0;  // the service's sum, as far as this stream has told it
   std::uint64_t m_words = 0;
   std::uint64_t m_delivered = 0, m_lost = 0;
 };

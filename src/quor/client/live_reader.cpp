@@ -5,7 +5,7 @@
 
 void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome) {
   m_machine = welcome.machine();
-  m_ledger.BeginStream();
+  m_ledger.BeginStream(welcome.instance());
   m_firstOfStream = true;
   quor::wire::Request request;
   request.set_id(++m_lastRequest);

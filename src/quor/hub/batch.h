@@ -35,7 +35,8 @@ struct Batch {
   std::vector<std::uint8_t> records;
   std::vector<NameId> names;
   std::vector<SourceDelta> sources;
-  std::uint64_t traces = 0;  // with a number: not the words on losses
+  std::vector<std::shared_ptr<Source>> forgotten;  // by the hub: nothing comes of them any more
+  std::uint64_t traces = 0;                        // with a number: not the words on losses
 };
 using SharedBatch = std::shared_ptr<const Batch>;
 
@@ -48,7 +49,9 @@ class BatchBuilder {
  public:
   explicit BatchBuilder(HubNames& names);
 
-  bool IsEmpty() const { return m_batch->records.empty() && m_batch->sources.empty(); }
+  bool IsEmpty() const {
+    return m_batch->records.empty() && m_batch->sources.empty() && m_batch->forgotten.empty();
+  }
   bool IsFull() const { return m_batch->records.size() >= kBatchBytes; }
   // Would a record of so many bytes with any seven names still make one data frame?
   bool HasRoom(std::size_t recordBytes, std::size_t nameBytes) const {
@@ -63,6 +66,9 @@ class BatchBuilder {
                   const std::string& reason);
   // A loss that some record tells already.
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
+  void AppendForgotten(const std::shared_ptr<Source>& source) {
+    m_batch->forgotten.push_back(source);
+  }
   SharedBatch Seal();
 
  private:

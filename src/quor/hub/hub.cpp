@@ -24,13 +24,22 @@ std::shared_ptr<Source> Hub::AddSource(Source source) {
   return added;
 }
 
+std::shared_ptr<Source> Hub::TakeEnded(const Source& source) {
+  for (auto* const ended : {&m_ended, &m_endedEarlier}) {
+    const auto known = std::find_if(ended->begin(), ended->end(), [&source](const auto& entry) {
+      return entry->instance == source.instance;
+    });
+    if (known == ended->end()) continue;
+    const std::shared_ptr<Source> taken = *known;
+    ended->erase(known);
+    return taken;
+  }
+  return nullptr;
+}
+
 std::shared_ptr<Source> Hub::Revive(const Source& source) {
-  const auto known =
-      std::find_if(m_endedSources.begin(), m_endedSources.end(),
-                   [&source](const auto& ended) { return ended->instance == source.instance; });
-  if (known == m_endedSources.end()) return nullptr;
-  std::shared_ptr<Source> revived = *known;
-  m_endedSources.erase(known);
+  const std::shared_ptr<Source> revived = TakeEnded(source);
+  if (!revived) return nullptr;
   m_sources[revived->instance] = revived;
   revived->ended = false;
   revived->firstSerial = revived->serial;  // to streams that have forgotten it
@@ -47,12 +56,22 @@ void Hub::EndSource(const std::shared_ptr<Source>& source) {
   source->ended = true;
   const auto known = m_sources.find(source->instance);
   if (known != m_sources.end() && known->second == source) m_sources.erase(known);
-  m_endedSources.push_back(source);
-  if (m_endedSources.size() > kEndedKept) m_endedSources.pop_front();
+  const bool earlier = source->firstSerial != 0;
+  std::deque<std::shared_ptr<Source>>& ended = earlier ? m_endedEarlier : m_ended;
+  ended.push_back(source);
+  if (ended.size() <= (earlier ? kEarlierKept : kEndedKept)) return;
+  Forget(ended.front());
+  ended.pop_front();
+}
+
+void Hub::Forget(const std::shared_ptr<Source>& source) {
+  m_forgotten += source->serial;
+  if (!m_streams.empty()) m_builder.AppendForgotten(source);
 }
 
 std::vector<std::shared_ptr<Source>> Hub::Sources() const {
-  std::vector<std::shared_ptr<Source>> sources(m_endedSources.begin(), m_endedSources.end());
+  std::vector<std::shared_ptr<Source>> sources(m_ended.begin(), m_ended.end());
+  sources.insert(sources.end(), m_endedEarlier.begin(), m_endedEarlier.end());
   for (const auto& [instance, source] : m_sources) sources.push_back(source);
   return sources;
 }

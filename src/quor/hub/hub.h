@@ -35,8 +35,10 @@ class Hub {
   std::shared_ptr<Source> AddSource(Source source);
   void EndSource(const std::shared_ptr<Source>& source);
   // Those that live, and the last that ended: a monitor that was away then learns how far they
-  // came.
+  // came. Of those that are forgotten only the sum of their serials is kept; the streams are told
+  // in their order that it took one in.
   std::vector<std::shared_ptr<Source>> Sources() const;
+  std::uint64_t Forgotten() const { return m_forgotten; }
 
   // Takes one raw trace whose ids are the source's own.
   // `learn` is asked once for names that are not known yet; may be empty.
@@ -64,9 +66,13 @@ class Hub {
   void SetNextNumber(std::uint32_t number) { m_number = number; }
 
  private:
-  static constexpr std::size_t kEndedKept = 1024;
+  // Monitors may have heard of a source from an earlier service, and then its serial is no count of
+  // what they missed of this one: such sources are kept apart, and longer.
+  static constexpr std::size_t kEndedKept = 256, kEarlierKept = 8192;
 
   std::shared_ptr<Source> Revive(const Source& source);
+  std::shared_ptr<Source> TakeEnded(const Source& source);
+  void Forget(const std::shared_ptr<Source>& source);
   NameId Translate(NameId own, SourceNames& names, const Learn& learn);
   const TraceIds& TranslateAll(const std::uint8_t* record, SourceNames& names, const Learn& learn);
   void SealBefore(const std::shared_ptr<Source>& source);
@@ -80,7 +86,8 @@ class Hub {
   std::vector<SharedBatch> m_sealed;
   std::vector<HubStream*> m_streams;
   std::map<std::array<std::uint8_t, 16>, std::shared_ptr<Source>> m_sources;
-  std::deque<std::shared_ptr<Source>> m_endedSources;
+  std::deque<std::shared_ptr<Source>> m_ended, m_endedEarlier;
+  std::uint64_t m_forgotten = 0;
   std::uint32_t m_number = 1;
   std::uint64_t m_taken = 0;
   bool m_toldFull = false;

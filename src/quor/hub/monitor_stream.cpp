@@ -10,7 +10,9 @@ MonitorStream::~MonitorStream() {
 void MonitorStream::Start() {
   m_hub.Add(*this);
   m_queue.Begin(m_hub.Sources());
-  m_connection.Send(FrameType::Ledger, m_queue.WholeLedger());
+  quor::wire::Ledger ledger = m_queue.WholeLedger();
+  ledger.set_forgotten(m_hub.Forgotten());
+  m_connection.Send(FrameType::Ledger, ledger);
 }
 
 void MonitorStream::Pause() {

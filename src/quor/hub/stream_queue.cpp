@@ -1,14 +1,23 @@
 #include "quor/hub/stream_queue.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <utility>
 
 namespace {
 
 // A batch costs its list of names and sources as well.
 std::size_t Cost(const Batch& batch) {
   return batch.records.size() + batch.names.size() * sizeof(NameId) +
-         batch.sources.size() * sizeof(SourceDelta) + sizeof(Batch);
+         batch.sources.size() * sizeof(SourceDelta) +
+         batch.forgotten.size() * sizeof(std::shared_ptr<Source>) + sizeof(Batch);
+}
+
+void PutWord(const Source& source, std::uint64_t began, std::uint64_t delivered, std::uint64_t lost,
+             quor::wire::Ledger::Source* word) {
+  word->set_instance(source.instance.data(), source.instance.size());
+  word->set_serial(began + delivered + lost);
+  word->set_delivered(delivered);
+  word->set_lost(lost);
 }
 
 }  // namespace
@@ -25,13 +34,8 @@ StreamQueue::Entry& StreamQueue::EntryOf(const std::shared_ptr<Source>& source) 
 
 quor::wire::Ledger StreamQueue::WholeLedger() const {
   quor::wire::Ledger ledger;
-  for (const auto& [key, entry] : m_ledger) {
-    auto* const word = ledger.add_sources();
-    word->set_instance(entry.source->instance.data(), entry.source->instance.size());
-    word->set_serial(entry.began + entry.delivered + entry.lost);
-    word->set_delivered(entry.delivered);
-    word->set_lost(entry.lost);
-  }
+  for (const auto& [key, entry] : m_ledger)
+    PutWord(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
   return ledger;
 }
 
@@ -58,6 +62,7 @@ void StreamQueue::DropOldest() {
         known != m_gap.end() ? *known : m_gap.emplace_back(SourceDelta{delta.source, 0, 0});
     gap.lost += delta.traces + delta.lost;
   }
+  m_gapForgotten.insert(m_gapForgotten.end(), oldest->forgotten.begin(), oldest->forgotten.end());
 }
 
 SharedBatch StreamQueue::GapBatch() {
@@ -71,11 +76,14 @@ SharedBatch StreamQueue::GapBatch() {
     if (gap.lost != 0) builder.AppendLoss(gap.source, gap.lost, m_gapReason);
   }
   m_gap.erase(m_gap.begin(), m_gap.begin() + static_cast<std::ptrdiff_t>(told));
+  // Behind the last word on them.
+  if (m_gap.empty())
+    for (const auto& source : std::exchange(m_gapForgotten, {})) builder.AppendForgotten(source);
   return builder.Seal();
 }
 
 SharedBatch StreamQueue::TakeNext() {
-  if (!m_gap.empty()) return GapBatch();
+  if (HasGap()) return GapBatch();
   SharedBatch batch = std::move(m_batches.front());
   m_batches.pop_front();
   m_bytes -= Cost(*batch);
@@ -100,19 +108,22 @@ bool StreamQueue::Next(Outgoing& out) {
   out.batch = batch;
   out.names = NamesFor(*batch);
   out.records = SharedBytes(batch, &batch->records);
-  out.ledger.Clear();
-  for (const SourceDelta& delta : batch->sources) {
+  PutWords(*batch, out.ledger);
+  return true;
+}
+
+void StreamQueue::PutWords(const Batch& batch, quor::wire::Ledger& ledger) {
+  ledger.Clear();
+  for (const SourceDelta& delta : batch.sources) {
     Entry& entry = EntryOf(delta.source);
     entry.delivered += delta.traces;
     entry.lost += delta.lost;
-    auto* const word = out.ledger.add_sources();
-    word->set_instance(entry.source->instance.data(), entry.source->instance.size());
-    word->set_serial(entry.began + entry.delivered + entry.lost);
-    word->set_delivered(entry.delivered);
-    word->set_lost(entry.lost);
+    PutWord(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
   }
-  if (m_ledger.size() > m_pruneAt) Prune();
-  return true;
+  for (const auto& source : batch.forgotten) {
+    PutWord(*source, source->serial, 0, 0, ledger.add_forgotten_sources());
+    m_ledger.erase(source.get());
+  }
 }
 
 void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
@@ -122,22 +133,14 @@ void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
     entry.delivered = entry.lost = 0;
   }
   for (auto batch = again.rbegin(); batch != again.rend(); ++batch) {
-    for (const SourceDelta& delta : (*batch)->sources)
-      EntryOf(delta.source).began -= delta.traces + delta.lost;
+    for (const SourceDelta& delta : (*batch)->sources) {
+      // One without an entry was forgotten since: nothing of it waits in the queue.
+      const Entry whole{delta.source, delta.source->serial, 0, 0};
+      m_ledger.try_emplace(delta.source.get(), whole).first->second.began -=
+          delta.traces + delta.lost;
+    }
     m_bytes += Cost(**batch);
     m_traces += (*batch)->traces;
     m_batches.push_front(*batch);
   }
-}
-
-// Sources that ended and of which nothing waits are hardly spoken of again; if so, anew.
-void StreamQueue::Prune() {
-  std::unordered_set<const Source*> waiting;
-  for (const SharedBatch& batch : m_batches)
-    for (const SourceDelta& delta : batch->sources) waiting.insert(delta.source.get());
-  for (const SourceDelta& gap : m_gap) waiting.insert(gap.source.get());
-  std::erase_if(m_ledger, [&waiting](const auto& entry) {
-    return entry.second.source->ended && !waiting.contains(entry.first);
-  });
-  m_pruneAt = std::max(kSourcesKept, 2 * m_ledger.size());
 }

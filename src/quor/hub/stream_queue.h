@@ -43,14 +43,13 @@ class StreamQueue {
   void Pause() { m_paused = true; }
   void Resume() { m_paused = false; }
   bool IsPaused() const { return m_paused; }
-  bool IsEmpty() const { return m_batches.empty() && m_gap.empty(); }
+  bool IsEmpty() const { return m_batches.empty() && !HasGap(); }
   std::size_t WaitingBytes() const { return m_bytes; }
   // The other side knows nothing of this stream any more: it begins anew, with these batches, which
   // were given out and did not arrive.
   void Restart(const std::vector<SharedBatch>& again);
 
  private:
-  static constexpr std::size_t kSourcesKept = 4096;
   struct Entry {
     std::shared_ptr<Source> source;
     std::uint64_t began = 0, delivered = 0, lost = 0;
@@ -59,18 +58,19 @@ class StreamQueue {
   void DropOldest();
   Entry& EntryOf(const std::shared_ptr<Source>& source);
   SharedBatch TakeNext();
+  bool HasGap() const { return !m_gap.empty() || !m_gapForgotten.empty(); }
   SharedBatch GapBatch();
-  void Prune();
+  void PutWords(const Batch& batch, quor::wire::Ledger& ledger);
 
   HubNames& m_names;
   const StreamLimits m_limits;
   std::deque<SharedBatch> m_batches;
   std::vector<SourceDelta> m_gap;  // dropped in front of the first batch
+  std::vector<std::shared_ptr<Source>> m_gapForgotten;
   const char* m_gapReason = "";
   std::size_t m_bytes = 0;
   std::uint64_t m_traces = 0;
   bool m_paused = false;
   std::bitset<65536> m_sent;
   std::unordered_map<const Source*, Entry> m_ledger;
-  std::size_t m_pruneAt = kSourcesKept;
 };

@@ -87,8 +87,7 @@ struct SegmentHeader {
   std::atomic<std::uint64_t> pendingDrops;
   std::atomic<std::uint64_t> sinkLost;       // taken by the application's file sink, not written
   std::atomic<std::uint32_t> consumerWaits;  // not 0: write the event descriptor after a commit
-  // The service's own account of this application, so that it outlives the service: traces that it
-  // took or knows as lost.
+  // The service's account, so that it outlives it: traces that it took or knows as lost.
   std::atomic<std::uint64_t> served;
   // How many of these went to another machine's monitors before, and how often that has changed.
   std::atomic<std::uint64_t> servedElsewhere;

@@ -151,6 +151,40 @@ TEST_F(Absence, AMonitorThatWasAwayWhileAnApplicationCameToItsEndCountsWhatItMis
   EXPECT_EQ(monitor.delivered, 1000u);
 }
 
+TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  std::uint64_t traced = 0;
+  const auto run = [&traced](int apps) {
+    for (int i = 0; i < apps; i += 8) {
+      std::vector<std::unique_ptr<TracedChild>> some;
+      for (int j = 0; j < 8; ++j)
+        some.push_back(std::make_unique<TracedChild>([](TracedChild&) {
+          quor_application("short");
+          Trace(0, 7);
+          return quor_flush(20000) == 1 ? 0 : 1;
+        }));
+      for (const auto& app : some) EXPECT_EQ(app->Wait(), 0);
+      traced += 8 * 7;
+    }
+  };
+  TracedChild steady([](TracedChild& self) { return TraceTwice(self, true); });
+  ASSERT_EQ(steady.Told(), 1u);
+  traced += 1500;
+  // So many that some are forgotten while it looks, and others while it is away.
+  run(280);
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), Sum() == traced - 500; })) << Sum();
+  monitor.Close();
+  steady.Go();
+  EXPECT_EQ(steady.Told(), 2u);
+  EXPECT_EQ(steady.Wait(), 0);
+  run(280);
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), Sum() >= traced; })) << Sum();
+  EXPECT_EQ(Sum(), traced);
+  EXPECT_EQ(monitor.gaps, 280u * 7 + 500);
+}
+
 TEST_F(Absence, TheKeeperEndsWithTheServiceWhenItHoldsNothingAnyMore) {
   quord.Start();
   {

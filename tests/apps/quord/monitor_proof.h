@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -73,6 +74,7 @@ class MonitorProof : private DataSink {
       before.first = word;
       serial = word.serial();
     }
+    TakeForgotten(ledger);
     delivered += now;
     EXPECT_EQ(now, m_frameNumbered) << "the ledger counts what the frame brought";
     m_frameNumbered = 0;
@@ -81,6 +83,21 @@ class MonitorProof : private DataSink {
   }
 
  private:
+  // What the first ledger of a stream does not name was forgotten: the sum tells how far it came.
+  void TakeForgotten(const quor::wire::Ledger& ledger) {
+    if (ledger.has_forgotten()) {
+      std::uint64_t known = m_forgotten;
+      for (const auto& [instance, serial] : serials)
+        if (!m_words.contains(instance) && m_gone.insert(instance).second) known += serial;
+      if (m_streams > 0 && ledger.forgotten() > known) gaps += ledger.forgotten() - known;
+      m_forgotten = ledger.forgotten();
+    }
+    for (const auto& word : ledger.forgotten_sources()) {
+      EXPECT_TRUE(m_gone.insert(word.instance()).second);
+      EXPECT_EQ(word.serial(), serials[word.instance()]);
+      m_forgotten += word.serial();
+    }
+  }
   void OnName(std::uint16_t id, std::string_view utf8) override { m_names[id] = utf8; }
   void OnTrace(const std::uint8_t* record, std::size_t) override {
     const RawTrace raw(record);
@@ -100,6 +117,8 @@ class MonitorProof : private DataSink {
 
   std::map<NameId, std::string> m_names;
   std::map<std::string, std::pair<quor::wire::Ledger::Source, bool>> m_words;
+  std::set<std::string> m_gone;
+  std::uint64_t m_forgotten = 0;
   std::uint64_t m_frameNumbered = 0;
   unsigned m_streams = 0;
   bool m_expectsLedger = false, m_firstWords = false;

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "quor/protocol/frames.h"
@@ -98,6 +99,7 @@ class FakePeer {
     welcome.set_version(version);
     welcome.set_machine("fake");
     welcome.set_role(hello.role());
+    welcome.set_instance(instance);
     Send(FrameType::Welcome, welcome);
     return hello;
   }
@@ -113,8 +115,16 @@ class FakePeer {
     char id = 'a';
     std::uint64_t serial = 0, delivered = 0, lost = 0;
   };
-  void Ledger(std::vector<Source> sources) {
+  // `forgotten`: the sum, in the first ledger of a stream, of a service that forgets.
+  void Ledger(std::vector<Source> sources, std::optional<std::uint64_t> forgotten = {},
+              std::vector<Source> forgottenSources = {}) {
     quor::wire::Ledger ledger;
+    if (forgotten) ledger.set_forgotten(*forgotten);
+    for (const Source& source : forgottenSources) {
+      auto& word = *ledger.add_forgotten_sources();
+      word.set_instance(std::string(16, source.id));
+      word.set_serial(source.serial);
+    }
     for (const Source& source : sources) {
       auto& word = *ledger.add_sources();
       word.set_instance(std::string(16, source.id));
@@ -124,6 +134,8 @@ class FakePeer {
     }
     Send(FrameType::Ledger, ledger);
   }
+  std::string instance;  // of the run of the service that this plays
+
   void Data(const std::string& body) { SendRaw(FrameType::Data, body); }
 
  private:

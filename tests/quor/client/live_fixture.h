@@ -21,10 +21,11 @@ class LiveTest : public testing::Test {
     m_peer->Ledger({});
   }
   // The service ends the connection, and the client comes again.
-  void Reconnect() {
+  void Reconnect(const std::string& instance = {}) {
     m_peer.reset();
     m_peer = m_service.Accept();
     ASSERT_TRUE(m_peer);
+    m_peer->instance = instance;
     m_peer->Subscribed();
   }
   void Disconnect() {

@@ -99,6 +99,40 @@ TEST_F(ReconnectTest, ASourceThatComesBackLaterIsCountedThen) {
   EXPECT_EQ(Drain(2), "Quor: 9 traces lost: the connection was broken\nweb: again\n");
 }
 
+TEST_F(ReconnectTest, OfSourcesThatTheServiceHasForgottenTheSumTellsTheGap) {
+  Start();  // a came to 11, of which we know
+  m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});
+  m_peer->Ledger({}, {}, {{.id = 'b', .serial = 4}});
+  Reconnect();
+  // a went on to 15 and ended, as did one of 7 and one of 2 that nobody here has heard of.
+  m_peer->Ledger({}, 4 + 15 + 7 + 2);
+  EXPECT_EQ(Drain(1), "Quor: 13 traces lost: the connection was broken\n");
+  EXPECT_EQ(Counted(), "1 delivered, 17 lost");
+  // Nothing of it is counted again.
+  Reconnect();
+  m_peer->Ledger({}, 28);
+  m_peer->Ledger({{.id = 'c', .serial = 3, .lost = 3}});
+  ASSERT_TRUE(Eventually([&] { return Counted() == "1 delivered, 20 lost"; })) << Counted();
+}
+
+TEST_F(ReconnectTest, AnotherRunOfTheServiceCountsWhatItForgetsAnew) {
+  Start();
+  m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});
+  m_peer->Ledger({}, {}, {{.id = 'b', .serial = 4}});
+  Reconnect("another run");
+  // Nothing of what it has forgotten can have been heard of from the first.
+  m_peer->Ledger({{.serial = 12}}, 3);
+  EXPECT_EQ(Drain(1), "Quor: 4 traces lost: the connection was broken\n");
+  EXPECT_EQ(Counted(), "1 delivered, 8 lost");
+}
+
+TEST_F(ReconnectTest, WhatWasForgottenBeforeTheFirstConnectionIsNoLoss) {
+  Connect();
+  m_peer->Ledger({}, 1000);
+  m_peer->Ledger({{.id = 'b', .serial = 2, .lost = 2}});
+  ASSERT_TRUE(Eventually([&] { return Counted() == "0 delivered, 2 lost"; })) << Counted();
+}
+
 TEST_F(ReconnectTest, WhatWasBeforeTheFirstConnectionIsNoLoss) {
   Connect();
   m_peer->Ledger({{.serial = 1000}});

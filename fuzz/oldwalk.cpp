@@ -90,7 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const OldConversion result = ConvertOldTrc(old, writer, [](std::uint64_t) { return true; });
   Require(writer.Finish() && result.written);
   Require(result.position == end && result.traces == counter.traces);
-  Require(result.skippedBytes == counter.unknown);
+  Require(result.damage.skippedBytes == counter.unknown);
 
   const std::string made = ReadBack(file);
   const Bytes view(reinterpret_cast<const std::uint8_t*>(made.data()),

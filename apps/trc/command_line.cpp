@@ -91,7 +91,8 @@ class Parser {
         "  trc set orders Net/Connect support\n"
         "\n"
         "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 1 the answer\n"
-        "is no or traces were lost, 2 wrong use or bad input, 130 interrupted.");
+        "is no or traces were lost, 2 wrong use or bad input, 3 the file is damaged,\n"
+        "130 interrupted.");
     AddGen();
     AddInfo();
     AddDump();

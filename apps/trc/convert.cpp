@@ -17,12 +17,17 @@ int Refuse(const std::string& path, const std::string& words) {
 
 // What the new file could not take over.
 void TellLosses(const std::string& in, const OldConversion& result) {
-  const auto tell = [&in](std::uint64_t number, const char* words) {
-    if (number != 0) Complain(in + ": " + std::to_string(number) + words);
+  const auto tell = [&in](std::uint64_t number, const char* one, const char* many) {
+    if (number == 0) return;
+    Complain(in + ": " + std::to_string(number) + " " + (number == 1 ? one : many));
   };
-  tell(result.skippedBytes, " bytes are no record and were left out");
-  tell(result.cutTexts, " texts were cut: a trace file holds 65535 bytes of each");
-  tell(result.lostNames, " names were left out: a trace file holds 65536");
+  if (result.damage.Any()) Complain(in + ": damaged: " + DamageText(result.damage, true));
+  tell(result.cutTexts, "text was cut: a trace file holds 65535 bytes of each",
+       "texts were cut: a trace file holds 65535 bytes of each");
+  tell(result.cutNames, "name was cut: a trace file holds 65535 bytes of each",
+       "names were cut: a trace file holds 65535 bytes of each");
+  tell(result.lostNames, "name was left out: a trace file holds 65536",
+       "names were left out: a trace file holds 65536");
 }
 
 }  // namespace
@@ -46,7 +51,7 @@ int RunConvert(const ConvertOptions& options) {
   progress.Clear();
   if (!(writer.Finish() && result.written)) return Refuse(options.out, "Error writing to file.");
   TellLosses(options.in, result);
-  if (!result.cancelled) return kExitGood;
+  if (!result.cancelled) return result.damage.Any() ? kExitDamaged : kExitGood;
   Complain(options.out + ": interrupted after " + std::to_string(result.traces) + " traces");
   return kExitInterrupted;
 }

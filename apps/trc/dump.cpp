@@ -27,5 +27,5 @@ int RunDump(const DumpOptions& options) {
     DumpAsText(range, options, output, host.Progress());
   }
   host.Progress().Clear();
-  return output.Finish();
+  return StatusWithDamage(*document, output.Finish());
 }

@@ -101,5 +101,6 @@ int RunExport(const ExportOptions& options) {
   const bool toOutput = options.out == "-";
   if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Exporter exporter(traces, options, host.Progress());
-  return toOutput ? ExportToOutput(exporter) : ExportToFile(exporter, options.out);
+  return StatusWithDamage(
+      *document, toOutput ? ExportToOutput(exporter) : ExportToFile(exporter, options.out));
 }

@@ -69,5 +69,5 @@ int RunFind(const FindOptions& options) {
   Write(traces, options, output, host.Progress());
   host.Progress().Clear();
   const int status = output.Finish();
-  return status == kExitGood && traces.Size() == 0 ? kExitNo : status;
+  return StatusWithDamage(*document, status == kExitGood && traces.Size() == 0 ? kExitNo : status);
 }

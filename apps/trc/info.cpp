@@ -69,7 +69,7 @@ std::optional<FileInfo> Examine(TerminalHost& host, const std::string& path) {
 int RunInfo(const InfoOptions& options) {
   TerminalHost host;
   Output output;
-  bool good = true;
+  bool good = true, whole = true;
   bool first = true;
   for (const std::string& path : options.files) {
     const std::optional<FileInfo> info = Examine(host, path);
@@ -78,10 +78,12 @@ int RunInfo(const InfoOptions& options) {
       good = false;
       continue;
     }
+    whole = whole && !info->document->Damage().Any();
     if (!first && !options.json) output.Line("");
     first = false;
     if (!output.Line(options.json ? InfoAsJson(*info) : InfoAsText(*info))) break;
   }
   const int status = output.Finish();
-  return status == kExitGood && !good ? kExitBad : status;
+  if (status != kExitGood) return status;
+  return !good ? kExitBad : whole ? kExitGood : kExitDamaged;
 }

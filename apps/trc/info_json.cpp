@@ -60,7 +60,9 @@ std::string InfoAsJson(const FileInfo& info) {
   json["size"] = document.FileSize();
   json["records"] = info.records;
   json["traces"] = document.m_traces.size();
-  json["skippedBytes"] = document.SkippedBytes();
+  json["skippedBytes"] = document.Damage().skippedBytes;
+  json["skippedPlaces"] = document.Damage().skippedPlaces;
+  json["lastRecordCut"] = document.Damage().cutAt.has_value();
   json["firstTime"] = Time(info.earliest);
   json["lastTime"] = Time(info.latest);
   json["severities"] = Severities(info);

@@ -36,6 +36,10 @@ std::string TimeOf(const TraceEvent_i* trace) {
   return trace ? trace->GetTimeString(false) + " UTC" : "none";
 }
 
+std::string LastRecordOf(const TrcDamage& damage) {
+  return damage.cutAt ? fmt::format("cut, at byte {}", *damage.cutAt) : "whole";
+}
+
 }  // namespace
 
 std::string InfoAsText(const FileInfo& info) {
@@ -47,7 +51,8 @@ std::string InfoAsText(const FileInfo& info) {
   report.Line("  records:       {}", info.records);
   report.Line("  traces:        {}", document.m_traces.size());
   report.Line("  names:         {}", document.m_names.size());
-  report.Line("  skipped bytes: {}", document.SkippedBytes());
+  report.Line("  skipped bytes: {}", document.Damage().skippedBytes);
+  report.Line("  last record:   {}", LastRecordOf(document.Damage()));
   report.Line("  first time:    {}", TimeOf(info.earliest));
   report.Line("  last time:     {}", TimeOf(info.latest));
   report.Line("  severities:");

@@ -29,5 +29,5 @@ int RunSave(const SaveOptions& options) {
   const bool good = options.filter.Empty() ? document->OnSaveDocument(options.out)
                                            : SaveShown(traces, host, options.out);
   if (!good) return kExitBad;
-  return Interrupted() ? kExitInterrupted : kExitGood;
+  return StatusWithDamage(*document, Interrupted() ? kExitInterrupted : kExitGood);
 }

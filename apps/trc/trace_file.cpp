@@ -1,6 +1,7 @@
 #include "trace_file.h"
 
 #include "docview/wnd.h"
+#include "exit_status.h"
 #include "interrupt.h"
 #include "output.h"
 #include "records/trc_walk.h"
@@ -63,5 +64,12 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
     return !document->m_loading || host.Boxes() != boxes;
   });
   if (document->m_loading || Interrupted()) return nullptr;
+  if (const TrcDamage& damage = document->Damage(); damage.Any())
+    Complain(path + ": damaged: " + DamageText(damage, true));
   return document;
+}
+
+int StatusWithDamage(const CTraceFileDoc& document, int status) {
+  const bool answered = status == kExitGood || status == kExitNo;
+  return answered && document.Damage().Any() ? kExitDamaged : status;
 }

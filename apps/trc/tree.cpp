@@ -71,5 +71,6 @@ int RunTree(const TreeOptions& options) {
   ProcModel model(*document, filter);
   model.AddAll();
   const int status = options.out.empty() ? Print(model, options) : Export(model, options, host);
-  return status == kExitGood && Interrupted() ? kExitInterrupted : status;
+  return StatusWithDamage(*document,
+                          status == kExitGood && Interrupted() ? kExitInterrupted : status);
 }

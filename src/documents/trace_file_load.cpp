@@ -10,9 +10,6 @@
 #include "records/trc_walk.h"
 
 namespace {
-
-constexpr int kBeforeNameBytes = 5;  // of a name record: tag, id and length
-
 // On the interface thread. False when there is no main window.
 bool TellMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
   CWnd* const window = host.MainWindow();
@@ -24,20 +21,18 @@ bool TellMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
 struct TraceFileLoad::Sink {
   TraceFileLoad& load;
   TraceIndexFollower* follower;  // null: the ids are noted here
-  const std::uint8_t*& last;     // the last record's tag
 
   void OnName(NameId id, std::string_view utf8) {
-    last = reinterpret_cast<const std::uint8_t*>(utf8.data()) - kBeforeNameBytes;
     NameEntry_t& entry = load.m_names[id];
     entry.name = utf8;
     entry.written = 0;
   }
   void OnTrace(const std::uint8_t* record) {
-    last = record - 1;
     load.m_traces.EmplaceRecord(record);
     if (!follower) load.m_indexes.Note(RawTrace(record));
   }
   void OnUnknownTag(std::uint64_t position) { load.m_damage.Skip(position); }
+  void OnCutRecord(std::uint64_t position) { load.m_damage.cutAt = position; }
   bool OnProgress(std::uint64_t position) {
     if (follower) follower->Reach(position);
     if (load.m_cancelEvent->IsSet()) return false;
@@ -91,11 +86,7 @@ void TraceFileLoad::Walk(const std::function<void()>& beforeWalk) {
   PostStart("Loading...");
   if (beforeWalk) beforeWalk();
   const auto follower = TraceIndexFollower::Start(m_file->View(), m_indexes);
-  const Bytes bytes = m_file->View();
-  const std::uint8_t* last = nullptr;
-  const std::uint64_t reached = WalkTrc(bytes, Sink{*this, follower.get(), last});
-  if (last && reached > bytes.size())
-    m_damage.cutAt = static_cast<std::uint64_t>(last - bytes.data());
+  const std::uint64_t reached = WalkTrc(m_file->View(), Sink{*this, follower.get()});
   if (follower) follower->Finish(reached);
   PostPosition(reached, true);
   PostDone();

@@ -35,7 +35,8 @@ struct Sink {
     }
     return needed;
   }
-  void OnUnknownTag(std::uint64_t) { ++result.skippedBytes; }
+  void OnUnknownTag(std::uint64_t position) { result.damage.Skip(position); }
+  void OnCutRecord(std::uint64_t position) { result.damage.cutAt = position; }
   bool OnProgress(std::uint64_t position) {
     result.cancelled = !goOn(position);
     return !result.cancelled;
@@ -50,6 +51,7 @@ OldConversion ConvertOldTrc(Bytes old, TrcWriter& writer,
   sink.result.written = writer.WriteHeader();
   if (!sink.result.written) return sink.result;
   sink.result.position = WalkOldTrc(old, sink);
+  sink.result.cutNames = sink.translator.CutNames();
   sink.result.cutTexts = sink.translator.CutTexts();
   sink.result.lostNames = sink.translator.LostNames();
   return sink.result;

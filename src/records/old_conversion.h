@@ -11,16 +11,18 @@
 #include <functional>
 
 #include "base/bytes.h"
+#include "records/trc_damage.h"
 #include "records/trc_writer.h"
 
 struct OldConversion {
   bool written = true;
   bool cancelled = false;
-  std::uint64_t position = 0;      // in the old file; may lie behind its end
-  std::uint64_t traces = 0;        // written
-  std::uint64_t skippedBytes = 0;  // stepped over because no record begins there
-  std::uint64_t cutTexts = 0;      // longer than a record can hold
-  std::uint64_t lostNames = 0;     // behind the 65,536th: a file has no more ids
+  std::uint64_t position = 0;   // in the old file; may lie behind its end
+  std::uint64_t traces = 0;     // written
+  TrcDamage damage;             // of the old file
+  std::uint64_t cutTexts = 0;   // longer than a record can hold
+  std::uint64_t cutNames = 0;   // likewise
+  std::uint64_t lostNames = 0;  // behind the 65,536th: a file has no more ids
 };
 
 // `goOn` hears the position at every 1024th record; false ends the conversion, and what is written

@@ -59,6 +59,7 @@ _TraceEvent_t OldTranslator::Translate(const OldTrace& trace, std::string_view t
 
 // A file has no room for more of a name, so that no more of it needs to be kept.
 NameId OldTranslator::Intern(std::string_view name) {
+  if (name.size() > kLongestText) ++m_cutNames;
   name = CutUtf8(name, kLongestText);
   const auto known = m_idByName.find(name);
   if (known != m_idByName.end()) return known->second;

@@ -4,7 +4,7 @@
 //          ids from 0 in the order of their first use; one text has one id, whatever it names.
 // Owner    Holds the names and the record of the trace last made.
 // Errors   None. A key without a name has the id 0. Names behind the 65,536th get the id 0 too, and
-//          texts are cut at 65,535 bytes: both are counted.
+//          names and texts are cut at 65,535 bytes: all of them are counted.
 // Threads  One at a time.
 #pragma once
 
@@ -24,6 +24,8 @@ class OldTranslator {
   // All names so far, also those that no trace uses.
   NameMap& Names() { return m_names; }
   std::uint64_t CutTexts() const { return m_cutTexts; }
+  // Name records whose name was cut.
+  std::uint64_t CutNames() const { return m_cutNames; }
   // Names that found no place among the 65,536.
   std::uint64_t LostNames() const { return m_lostNames; }
 
@@ -40,7 +42,7 @@ class OldTranslator {
   // Ids of the decimal texts of process and thread numbers, plus 1; 0: not looked up yet.
   std::vector<std::uint32_t> m_numberIds = std::vector<std::uint32_t>(65536);
   std::vector<std::uint8_t> m_record;
-  std::uint64_t m_cutTexts = 0, m_lostNames = 0;
+  std::uint64_t m_cutTexts = 0, m_cutNames = 0, m_lostNames = 0;
 };
 
 // A moment of the older format as packed date and time of day, UTC; both 0 for one that the

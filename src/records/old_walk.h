@@ -60,6 +60,7 @@ inline std::string_view OldTextAt(Bytes bytes, std::uint64_t position) {
 //   void OnName(OldName kind, std::uint8_t key, std::string_view text);
 //   bool OnTrace(const OldTrace& trace, std::string_view text);   false ends the walk
 //   void OnUnknownTag(std::uint64_t position);
+//   void OnCutRecord(std::uint64_t position);  may be missing: the last one, cut by the end
 //   bool OnProgress(std::uint64_t position);   at every 1024th record; false ends the walk
 // Returns the position reached, which may lie behind the end when the last record is cut.
 template <class Sink>
@@ -67,8 +68,9 @@ std::uint64_t WalkOldTrc(Bytes bytes, Sink&& sink) {
   const std::uint8_t* const data = bytes.data();
   const std::uint64_t size = bytes.size();
   std::uint64_t position = kOldTrcHeaderBytes;
-  std::uint64_t records = 0;
+  std::uint64_t records = 0, record = position;
   while (position < size) {
+    record = position;
     const std::uint8_t tag = data[position++];
     if (tag == kOldTagTrace) {
       const OldTrace trace(data + position);
@@ -86,5 +88,7 @@ std::uint64_t WalkOldTrc(Bytes bytes, Sink&& sink) {
     }
     if (++records % kRecordsPerCheck == 0 && !sink.OnProgress(position)) break;
   }
+  if constexpr (requires { sink.OnCutRecord(record); })
+    if (position > size) sink.OnCutRecord(record);
   return position;
 }

@@ -7,6 +7,8 @@ std::string DamageText(const TrcDamage& damage, bool places) {
   if (damage.skippedBytes > 0) {
     text = GroupDigits(damage.skippedBytes) + (damage.skippedBytes == 1 ? " byte" : " bytes") +
            " skipped";
+    if (places && damage.skippedPlaces > 1)
+      text += " in " + GroupDigits(damage.skippedPlaces) + " places";
     if (places) text += " from byte " + GroupDigits(*damage.firstSkippedAt) + " on";
   }
   if (damage.cutAt) {

@@ -30,6 +30,7 @@ TrcVersion VersionOf(Bytes bytes);
 //   void OnName(NameId id, std::string_view utf8);   cut at its first NUL
 //   void OnTrace(const std::uint8_t* record);        the first byte behind the tag
 //   void OnUnknownTag(std::uint64_t position);
+//   void OnCutRecord(std::uint64_t position);  may be missing: the last one, cut by the end
 //   bool OnProgress(std::uint64_t position);         at every 1024th record; false ends the walk
 // Begins at `position`, where a record begins. Returns the position reached, which may lie behind
 // the end when the last record is cut. Positions are 64 bits wide: a record that crosses the end of
@@ -38,13 +39,14 @@ template <class Sink>
 std::uint64_t WalkTrc(Bytes bytes, Sink&& sink, std::uint64_t position = kTrcHeaderBytes) {
   const std::uint8_t* const data = bytes.data();
   const std::uint64_t size = bytes.size();
-  std::uint64_t records = 0;
+  std::uint64_t records = 0, record = position;
   while (position < size) {
+    record = position;
     const std::uint8_t tag = data[position++];
     if (tag == kTagTrace) {
-      const std::uint8_t* const record = data + position;
-      sink.OnTrace(record);
-      position += RawTrace(record).Size();
+      const std::uint8_t* const trace = data + position;
+      sink.OnTrace(trace);
+      position += RawTrace(trace).Size();
     } else if (tag == kTagName) {
       const std::uint8_t* const body = data + position;
       const std::uint16_t length = LoadBe16(body + 2);
@@ -56,5 +58,7 @@ std::uint64_t WalkTrc(Bytes bytes, Sink&& sink, std::uint64_t position = kTrcHea
     }
     if (++records % kRecordsPerCheck == 0 && !sink.OnProgress(position)) break;
   }
+  if constexpr (requires { sink.OnCutRecord(record); })
+    if (position > size) sink.OnCutRecord(record);
   return position;
 }

@@ -198,7 +198,17 @@ TEST_F(TraceFileDocTest, StrayBytesAndACutNameAreCountedWithTheirPlaces) {
   EXPECT_EQ(damage.cutAt, image.Size() - 7);
   EXPECT_EQ(DamageText(damage), "3 bytes skipped, last record cut");
   EXPECT_EQ(DamageText(damage, true),
-            "3 bytes skipped from byte 63 on, last record cut at byte 115");
+            "3 bytes skipped in 2 places from byte 63 on, last record cut at byte 115");
+}
+
+TEST_F(TraceFileDocTest, ANameEndsAtItsFirstNul) {
+  TrcImage image;
+  image.Name(7, std::string_view("web\0stray", 9)).Trace({.text = "up", .machine = 7});
+  CTraceFileDoc& document = Load(image);
+  EXPECT_EQ(document.m_names.at(7).name, "web");
+  const std::string copy = m_temp.File("copy.trc");
+  ASSERT_TRUE(document.OnSaveDocument(copy));
+  EXPECT_EQ(ReadAll(copy).substr(16, 8), std::string("\x0A\0\7\0\3web", 8));
 }
 
 TEST_F(TraceFileDocTest, NamesMayRepeatBeEmptyOrMissing) {

@@ -215,12 +215,21 @@ TEST_F(OldConversionTest, ATraceThatTheEndCutsHasZerosForWhatIsMissing) {
                                 .Name(2, "0")
                                 .Trace({.component = 1, .pid = 2, .tid = 2})
                                 .Bytes());
+  EXPECT_EQ(m_result.damage.cutAt, 12u + 7 + 7);
+}
+
+TEST_F(OldConversionTest, NamesThatAreCutAreCounted) {
+  OldTrcImage old;
+  old.Machine(0, std::string(65536, 'm')).App(0, std::string(65535, 'a')).Trace("");
+  Converted(old);
+  EXPECT_EQ(m_result.cutNames, 1u);
+  EXPECT_FALSE(m_result.damage.Any());
 }
 
 TEST_F(OldConversionTest, BytesThatAreNoRecordAreLeftOutAndCounted) {
   const OldTrcImage old = OldTrcImage().Raw(6).Trace("").Raw(200).Raw(10);
   EXPECT_EQ(Converted(old), Expected({}));
-  EXPECT_EQ(m_result.skippedBytes, 3u);
+  EXPECT_EQ(m_result.damage.skippedBytes, 3u);
 }
 
 TEST_F(OldConversionTest, CancelLeavesAShortenedFileThatIsWhole) {

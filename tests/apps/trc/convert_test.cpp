@@ -107,9 +107,32 @@ TEST(TrcConvert, WhatHasNoPlaceInTheNewFileIsTold) {
   image.Raw(6).Trace({.text = std::string(65536, 'x')}).Raw(77);
   const std::string old = image.WriteTo(directory.File("old.trc"));
   const TrcRun run = Convert(old, directory.File("new.trc"));
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.err, "trc: " + old +
+                         ": damaged: 2 bytes skipped in 2 places from byte 12 on\ntrc: " + old +
+                         ": 1 text was cut: a trace file holds 65535 bytes of each\n");
+}
+
+TEST(TrcConvert, NamesThatAreCutAreTold) {
+  const TempDir directory;
+  OldTrcImage image;
+  image.Machine(1, std::string(70000, 'm')).App(1, std::string(65536, 'a'));
+  image.Component(1, std::string(65535, 'c')).Trace("up");
+  const std::string old = image.WriteTo(directory.File("old.trc"));
+  const TrcRun run = Convert(old, directory.File("new.trc"));
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "trc: " + old + ": 2 bytes are no record and were left out\ntrc: " + old +
-                         ": 1 texts were cut: a trace file holds 65535 bytes of each\n");
+  EXPECT_EQ(run.err,
+            "trc: " + old + ": 2 names were cut: a trace file holds 65535 bytes of each\n");
+}
+
+TEST(TrcConvert, ACutLastRecordIsTold) {
+  const TempDir directory;
+  const std::string old =
+      OldTrcImage().Trace("one").Trace("two").Cut(1).WriteTo(directory.File("old.trc"));
+  const TrcRun run = Convert(old, directory.File("new.trc"));
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.err, "trc: " + old + ": damaged: last record cut at byte 63\n");
+  EXPECT_EQ(DumpedTraces(directory.File("new.trc")).size(), 2u);
 }
 
 // Behind its traces it has zeros without end, which are empty name records: enough to do for many

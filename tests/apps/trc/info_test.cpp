@@ -58,6 +58,8 @@ TEST(TrcInfo, JsonTellsWhatIsInTheFile) {
                   {"records", 10},
                   {"traces", 4},
                   {"skippedBytes", 2},
+                  {"skippedPlaces", 1},
+                  {"lastRecordCut", false},
                   {"firstTime", "2026-03-09 09:41:07.123"},
                   {"lastTime", "2026-03-10 00:00:00.000"},
                   {"severities", {{"info", 1}, {"warn", 1}, {"error", 1}, {"other", 1}}},
@@ -114,6 +116,7 @@ TEST(TrcInfo, ARecordCutByTheEndOfTheFileCounts) {
   const json info = InfoOfImage(TrcImage().Trace("one").Trace("two").Cut(5));
   EXPECT_EQ(info.at("traces"), 2);
   EXPECT_EQ(info.at("skippedBytes"), 0);
+  EXPECT_EQ(info.at("lastRecordCut"), true);
 }
 
 TEST(TrcInfo, SeveralFilesAreOneLineOfJsonEach) {
@@ -154,13 +157,14 @@ TEST(TrcInfo, TextForAPersonTellsTheSame) {
   const TrcImage image = TwoMachines();
   const std::string path = image.WriteTo(directory.File("a.trc"));
   const TrcRun run = RunTrc({"info", path});
-  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.status, 3);
   EXPECT_EQ(run.out, path + "\n  size:          " + std::to_string(image.Size()) +
                          " bytes\n"
                          "  records:       10\n"
                          "  traces:        4\n"
                          "  names:         5\n"
                          "  skipped bytes: 2\n"
+                         "  last record:   whole\n"
                          "  first time:    2026-03-09 09:41:07.123 UTC\n"
                          "  last time:     2026-03-10 00:00:00.000 UTC\n"
                          "  severities:\n"

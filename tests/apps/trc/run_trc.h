@@ -27,7 +27,13 @@ inline std::vector<std::string> LinesOf(const std::string& text) {
   return lines;
 }
 
-// The objects of a file's jsonl dump.
+inline std::vector<nlohmann::json> JsonLinesOf(const std::string& text) {
+  std::vector<nlohmann::json> objects;
+  for (const std::string& line : LinesOf(text)) objects.push_back(nlohmann::json::parse(line));
+  return objects;
+}
+
+// The objects of the jsonl dump of a file without damage.
 inline std::vector<nlohmann::json> DumpedTraces(const std::string& path,
                                                 std::vector<std::string> more = {}) {
   std::vector<std::string> arguments = {"dump", path, "--format", "jsonl"};
@@ -35,13 +41,13 @@ inline std::vector<nlohmann::json> DumpedTraces(const std::string& path,
   const TrcRun run = RunTrc(arguments);
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.err, "");
-  std::vector<nlohmann::json> traces;
-  for (const std::string& line : LinesOf(run.out)) traces.push_back(nlohmann::json::parse(line));
-  return traces;
+  return JsonLinesOf(run.out);
 }
 
 inline nlohmann::json InfoOf(const std::string& path) {
   const TrcRun run = RunTrc({"info", "--json", path});
-  EXPECT_EQ(run.status, 0) << run.err;
-  return nlohmann::json::parse(run.out);
+  const nlohmann::json info = nlohmann::json::parse(run.out);
+  const bool damaged = info.at("skippedBytes") != 0 || info.at("lastRecordCut") == true;
+  EXPECT_EQ(run.status, damaged ? 3 : 0) << run.err;
+  return info;
 }

@@ -21,10 +21,18 @@ QAction* CommandActions::Action(unsigned id) {
   if (!action) {
     action = new QAction(this);
     SetUp(*action, id);
+    // For the menu of the buttons that a narrow tool bar has no room for.
+    action->setText(action->toolTip());
     connect(action, &QAction::triggered, this, [this, id] { Run(id); });
     action->setIcon(ToolIcon(id));
     action->setIconVisibleInMenu(false);
   }
+  return action;
+}
+
+QAction* CommandActions::Item(unsigned id, const QString& text, QMenu* menu) {
+  QAction* const action = Proxy(id, text, menu);
+  connect(action, &QAction::triggered, this, [this, id] { Run(id); });
   return action;
 }
 

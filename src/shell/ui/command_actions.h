@@ -1,9 +1,9 @@
-// One action per command id, shared by the menu bar and the tool bar, and the one way in which a
-// menu item, a button or a key becomes a command.
+// The actions of the tool bar and of the menus, and the one way in which a menu item, a button or a
+// key becomes a command.
 //
 // Shape    The actions have no shortcuts: keys are AcceleratorKeys' business, so that no key is
 //          known twice.
-// Owner    Owned by the main window, which outlives every menu that shows an action.
+// Owner    Owned by the main window, which outlives the tool bar.
 // Errors   A command that is disabled when it is asked for is not run.
 // Threads  Interface thread.
 #pragma once
@@ -22,14 +22,16 @@ class CommandActions : public QObject {
   // The target goes: from now on every command is disabled.
   void Detach() { m_target = nullptr; }
 
-  // The shared action, made at the first asking.
+  // The tool bar's action, made at the first asking.
   QAction* Action(unsigned id);
+  // An action for a menu that stays, with a text of its own.
+  QAction* Item(unsigned id, const QString& text, QMenu* menu);
   // An action with the state of a command but a text of its own, for a pop-up, whose owner runs the
   // command when the pop-up is gone.
   QAction* Proxy(unsigned id, const QString& text, QObject* owner);
 
-  // Bring the enabled and checked state up to date: of one action, of all shared ones, of those in
-  // a menu. Each action costs a look-up in the targets' tables.
+  // Bring the enabled and checked state up to date: of one action, of the tool bar's, of those in a
+  // menu. Each action costs a look-up in the targets' tables.
   void Update(unsigned id, QAction& action);
   void UpdateAll();
   void UpdateMenu(QMenu& menu);

@@ -1,13 +1,14 @@
 #include "shell/ui/menus.h"
 
 #include <QMenuBar>
+#include <algorithm>
 
 #include "docview/win_app.h"
 
 namespace {
 
 constexpr int kRecentWidthPx = 420;
-constexpr int kNumberedWindows = 9;
+constexpr std::size_t kNumberedWindows = 9;
 
 QString Shown(const std::string& text) {
   return QString::fromStdString(text);
@@ -26,77 +27,126 @@ Menus::Menus(CommandActions& actions, CMDIFrameWnd& frame, QMainWindow& window)
 }
 
 void Menus::SetBar(unsigned resource) {
-  if (resource == m_resource) return Refresh();
-  m_resource = resource;
-  // Later: the command that swaps the bar may come from one of these menus.
-  for (const auto& menu : m_menus) {
-    if (menu) menu->deleteLater();
+  if (resource != m_resource) {
+    m_resource = resource;
+    if (!m_bars.count(resource)) MakeBar(resource);
+    m_window.menuBar()->clear();
+    for (const OneMenu& menu : m_bars[resource]) m_window.menuBar()->addMenu(menu.menu);
   }
-  m_menus.clear();
-  m_window.menuBar()->clear();
-  for (const MenuPopup& popup : MenuOf(resource)) {
-    QMenu* menu = m_window.menuBar()->addMenu(Shown(popup.title));
-    m_menus.push_back(menu);
-    Fill(*menu, popup);
-    connect(menu, &QMenu::aboutToShow, this, [this, menu, &popup] {
-      Fill(*menu, popup);
-      m_actions.UpdateMenu(*menu);
+  Refresh();
+}
+
+void Menus::MakeBar(unsigned resource) {
+  std::vector<OneMenu>& bar = m_bars[resource];
+  for (const MenuPopup& popup : MenuOf(resource)) bar.push_back(MakeMenu(popup));
+  for (OneMenu& menu : bar) {
+    connect(menu.menu, &QMenu::aboutToShow, this, [this, &menu] {
+      RefreshMenu(menu);
+      m_actions.UpdateMenu(*menu.menu);
     });
   }
 }
 
+Menus::OneMenu Menus::MakeMenu(const MenuPopup& popup) {
+  OneMenu made{new QMenu(Shown(popup.title), m_window.menuBar()), {}};
+  const MenuItem* recentFiles = nullptr;  // they stand before the next item
+  for (const MenuItem& item : popup.items) {
+    QAction* action = nullptr;
+    if (item.id == ID_FILE_MRU_FILE1) {
+      recentFiles = &item;
+    } else if (item.id == 0) {
+      action = made.menu->addSeparator();
+    } else {
+      action = m_actions.Item(item.id, Shown(item.text), made.menu);
+      made.menu->addAction(action);
+    }
+    if (!action || !recentFiles) continue;
+    made.changing.push_back({action, Shown(recentFiles->text), false, &Menus::RecentFiles, {}, {}});
+    recentFiles = nullptr;
+  }
+  if (popup.windowList) made.changing.push_back({nullptr, {}, true, &Menus::OpenWindows, {}, {}});
+  return made;
+}
+
 void Menus::Refresh() {
-  const std::vector<MenuPopup>& popups = MenuOf(m_resource);
-  for (std::size_t index = 0; index < m_menus.size(); ++index) {
-    if (m_menus[index] && !m_menus[index]->isVisible()) Fill(*m_menus[index], popups[index]);
+  for (OneMenu& menu : m_bars[m_resource]) {
+    if (!menu.menu->isVisible()) RefreshMenu(menu);
+    m_actions.UpdateMenu(*menu.menu);
   }
 }
 
-void Menus::Fill(QMenu& menu, const MenuPopup& popup) {
-  menu.clear();
-  if (!m_frame) return;
-  for (const MenuItem& item : popup.items) {
-    if (item.id == 0) {
-      menu.addSeparator();
-    } else if (item.id == ID_FILE_MRU_FILE1) {
-      AddRecentFiles(menu, item);
-    } else {
-      QAction* action = m_actions.Action(item.id);
-      action->setText(Shown(item.text));
-      menu.addAction(action);
+void Menus::RefreshMenu(OneMenu& menu) {
+  for (Changing& part : menu.changing) Fill(*menu.menu, part);
+}
+
+// What has not changed keeps its action.
+void Menus::Fill(QMenu& menu, Changing& part) {
+  Entries wanted = m_frame ? (this->*part.wanted)() : Entries();
+  if (wanted.empty() && !part.ifNone.isEmpty()) wanted.push_back({part.ifNone, {}, false, {}});
+  const auto same = [](const Entry& a, const Entry& b) {
+    return a.text == b.text && a.prompt == b.prompt && !a.run == !b.run;
+  };
+  if (!std::equal(wanted.begin(), wanted.end(), part.shown.begin(), part.shown.end(), same)) {
+    for (QAction* action : part.actions) {
+      menu.removeAction(action);
+      action->deleteLater();  // it may be the one that is being chosen
+    }
+    part.actions.clear();
+    if (part.separated && !wanted.empty())
+      part.actions.push_back(menu.insertSeparator(part.before));
+    for (const Entry& entry : wanted) {
+      auto* const action = new QAction(entry.text, &menu);
+      action->setStatusTip(entry.prompt);
+      action->setEnabled(static_cast<bool>(entry.run));
+      menu.insertAction(part.before, action);
+      part.actions.push_back(action);
     }
   }
-  if (popup.windowList) AddWindowList(menu);
+  const std::size_t lines = part.actions.size() - wanted.size();
+  for (std::size_t index = 0; index < wanted.size(); ++index) {
+    QAction* const action = part.actions[index + lines];
+    action->setCheckable(wanted[index].checked);
+    action->setChecked(wanted[index].checked);
+    action->disconnect(&m_actions);
+    if (wanted[index].run)
+      connect(action, &QAction::triggered, &m_actions, [run = wanted[index].run] { run(); });
+  }
+  part.shown = std::move(wanted);
 }
 
-void Menus::AddRecentFiles(QMenu& menu, const MenuItem& item) {
+Menus::Entries Menus::RecentFiles() {
+  Entries entries;
   const std::vector<std::string>& paths = m_frame->App().RecentFiles();
-  if (paths.empty()) menu.addAction(Shown(item.text))->setEnabled(false);
+  const QFontMetrics metrics(m_window.menuBar()->font());
   for (std::size_t index = 0; index < paths.size(); ++index) {
     const unsigned id = ID_FILE_MRU_FILE1 + static_cast<unsigned>(index);
-    const QString path =
-        menu.fontMetrics().elidedText(Shown(paths[index]), Qt::ElideMiddle, kRecentWidthPx);
-    QAction* action =
-        menu.addAction(QStringLiteral("&%1 %2").arg(QString::number(index + 1), Literal(path)));
-    action->setStatusTip(Shown(paths[index]));
-    connect(action, &QAction::triggered, &m_actions, [this, id] { m_actions.Run(id); });
+    const QString path = metrics.elidedText(Shown(paths[index]), Qt::ElideMiddle, kRecentWidthPx);
+    entries.push_back({QStringLiteral("&%1 %2").arg(QString::number(index + 1), Literal(path)),
+                       Shown(paths[index]), false, [this, id] { m_actions.Run(id); }});
   }
+  return entries;
 }
 
-void Menus::AddWindowList(QMenu& menu) {
-  const auto& children = m_frame->Children();
-  if (children.empty()) return;
-  menu.addSeparator();
-  int number = 0;
-  for (const auto& child : children) {
+Menus::Entries Menus::OpenWindows() {
+  Entries entries;
+  for (const auto& child : m_frame->Children()) {
     const QString title = Literal(Shown(child->Title()));
-    const QString text =
-        ++number <= kNumberedWindows ? QStringLiteral("&%1 %2").arg(number).arg(title) : title;
-    QAction* action = menu.addAction(text);
-    action->setCheckable(child.get() == m_frame->MDIGetActive());
-    action->setChecked(action->isCheckable());
-    CMDIChildWnd* const window = child.get();
-    connect(action, &QAction::triggered, &m_actions, [window] { window->ActivateFrame(); });
+    const std::size_t number = entries.size() + 1;
+    const CMDIChildWnd* const window = child.get();
+    entries.push_back(
+        {number <= kNumberedWindows ? QStringLiteral("&%1 %2").arg(number).arg(title) : title,
+         {},
+         window == m_frame->MDIGetActive(),
+         [this, window] { Activate(window); }});
+  }
+  return entries;
+}
+
+// An item may outlive its window for a moment.
+void Menus::Activate(const CMDIChildWnd* child) {
+  if (!m_frame) return;
+  for (const auto& each : m_frame->Children()) {
+    if (each.get() == child) return each->ActivateFrame();
   }
 }
 

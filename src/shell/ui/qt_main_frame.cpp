@@ -74,7 +74,6 @@ void QtMainFrame::MakeToolBar() {
     } else {
       QAction* const action = m_actions->Action(id);
       m_toolBar->addAction(action);
-      // Not the action's text, which a menu gives it, with the key behind it.
       m_toolBar->widgetForAction(action)->setAccessibleName(action->toolTip());
     }
   }
@@ -99,6 +98,7 @@ void QtMainFrame::AddSystemKeys() {
 
 void QtMainFrame::Idle() {
   m_actions->UpdateAll();
+  m_menus->Refresh();
   if (m_window->isActiveWindow()) m_panes->ShowLocks(ReadKeyboardLocks());
 }
 

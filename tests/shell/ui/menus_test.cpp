@@ -1,6 +1,7 @@
 #include "shell/ui/menus.h"
 
 #include <QAbstractScrollArea>
+#include <QAccessible>
 #include <QMenuBar>
 
 #include "shell_fixture.h"
@@ -42,7 +43,53 @@ class MenusTest : public ShellTest {
   }
 };
 
+// What a client of the accessibility bus finds below the menu bar, one line an item. Each is asked
+// for as the bus does it: by the interface that was made when the item was first met.
+std::string Met(QAccessibleInterface* item, int depth = 0) {
+  if (!item || !item->isValid()) return std::string(depth, ' ') + "gone\n";
+  std::string text = std::string(depth, ' ') + item->text(QAccessible::Name).toStdString() + "\n";
+  for (int i = 0; i < item->childCount(); ++i) text += Met(item->child(i), depth + 1);
+  return text;
+}
+
 }  // namespace
+
+TEST_F(MenusTest, ItemsThatAnAccessibilityClientHasMetAreStillThereWhenTheBarComesBack) {
+  Start();
+  QAccessibleInterface* bar = QAccessible::queryAccessibleInterface(Window().menuBar());
+  ASSERT_TRUE(bar);
+  const std::string bare = Met(bar);
+  EXPECT_NE(bare.find("Open"), std::string::npos) << bare;
+  const std::string path = TraceFile("a.trc", 3);
+  Open(path);
+  const std::string withFile = Met(bar);
+  EXPECT_NE(withFile.find("Export..."), std::string::npos) << withFile;
+  EXPECT_EQ(withFile.find("gone"), std::string::npos) << withFile;
+  const QAction* const exporting = Item(*Menu("&File"), ID_FILE_EXPORT);
+  for (int turn = 0; turn < 2; ++turn) {
+    ASSERT_TRUE(Frame().OnCommand(ID_FILE_CLOSE));
+    ASSERT_TRUE(Until([this] { return !Menu("&Window"); }));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(Met(bar).find("gone"), std::string::npos) << Met(bar);
+    Open(path);
+    EXPECT_EQ(Met(bar), withFile);
+    EXPECT_EQ(Item(*Opened("&File"), ID_FILE_EXPORT), exporting);
+  }
+}
+
+TEST_F(MenusTest, AnItemOfAWindowThatHasGoneDoesNothing) {
+  Start();
+  Open(TraceFile("a.trc", 1));
+  Open(TraceFile("b.trc", 1));
+  const QPointer<QAction> first = Opened("&Window")->actions().at(7);
+  ASSERT_EQ(first->text(), QStringLiteral("&1 a.trc"));
+  Frame().Children().front()->OnClose();
+  ASSERT_TRUE(first);
+  first->trigger();
+  EXPECT_EQ(Frame().MDIGetActive()->Title(), "b.trc");
+  Window().m_idle();
+  EXPECT_EQ(Dump(*Menu("&Window")).find("a.trc"), std::string::npos);
+}
 
 TEST_F(MenusTest, EachResourceGivesAWholeBarWithTheExactTextsInOrder) {
   Start();

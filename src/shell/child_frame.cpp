@@ -55,6 +55,8 @@ void CTraceChildFrame::OnToggleTree() {
   if (!m_treeShown) std::swap(shown, hidden);
   hidden->SetDlgCtrlID(kOtherPane);
   shown->SetDlgCtrlID(CView::kMainPane);
+  // First, so that what the view scrolls to is on view in the size that it has from now on.
+  ShowMainPane();
   SetActiveView(shown, true);
   InitialUpdateFrame(document, true);
   shown->Control()->SetFocus();

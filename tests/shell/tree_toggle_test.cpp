@@ -103,6 +103,56 @@ TEST_F(TreeToggle, TheTreeSelectsTheListsCurrentTraceAndTheListTheTrees) {
   EXPECT_EQ(FocusedText(), "8");
 }
 
+TEST_F(TreeToggle, EachToggleBringsTheSelectedTraceIntoTheFrameAsItIsThen) {
+  OpenFile(200);
+  auto& face = dynamic_cast<FakeChildFace&>(*Child().Face());
+  face.Resize(700, 8 * SizedControl::kRowHeightPx);
+  for (const int rows : {8, 5, 3}) {
+    face.Resize(700, rows * SizedControl::kRowHeightPx);
+    Focus(20 * rows);
+    Toggle();
+    EXPECT_EQ(SelectedText(), std::to_string(20 * rows + 1));
+    EXPECT_TRUE(Control().IsOnScreen(Control().SelectedItem())) << rows;
+    face.Resize(700, (rows - 1) * SizedControl::kRowHeightPx);
+    Control().SelectItem(Control().Find(std::to_string(10 * rows)));
+    Toggle();
+    m_host.RunPosted();
+    EXPECT_EQ(FocusedText(), std::to_string(10 * rows));
+    const int focus = m_list->List().NextItem(-1, kRowFocused);
+    EXPECT_GE(focus, m_list->List().TopIndex());
+    EXPECT_LT(focus, m_list->List().TopIndex() + rows - 1);
+  }
+}
+
+TEST_F(TreeToggle, AMonitorsListFollowsItsStreamOverATogglesLowerFrame) {
+  ASSERT_TRUE(m_app->OpenMonitor("web"));
+  m_list = &ListOf(Child());
+  auto& face = dynamic_cast<FakeChildFace&>(*Child().Face());
+  face.Resize(700, 12 * SizedControl::kRowHeightPx);
+  m_service.Last().SendMany(100);
+  m_host.TickTimers();
+  Toggle();
+  face.Resize(700, 4 * SizedControl::kRowHeightPx);
+  m_service.Last().SendMany(10);
+  m_host.TickTimers();
+  Tree().Tree().SelectItem(0);
+  Toggle();
+  EXPECT_EQ(m_list->List().TopIndex(), 106);
+  m_service.Last().SendMany(10);
+  m_host.TickTimers();
+  EXPECT_EQ(m_list->List().TopIndex(), 116);
+}
+
+TEST_F(TreeToggle, ANewWindowEndsAtTheLastRowInTheSizeThatItGets) {
+  OpenFile(2000);
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Window Height", 11U * SizedControl::kRowHeightPx);
+  Frame().OnCommand(ID_WINDOW_NEW);
+  ASSERT_EQ(Frame().Children().size(), 2U);
+  const RowList& list = ListOf(*Frame().Children()[1]).List();
+  EXPECT_EQ(list.CountPerPage(), 11);
+  EXPECT_EQ(list.TopIndex(), 1989);
+}
+
 TEST_F(TreeToggle, WithoutASelectionInTheTreeTheListStaysWhereItIs) {
   OpenFile(9);
   Focus(4);

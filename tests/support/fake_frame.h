@@ -15,6 +15,7 @@
 #include "docview/document.h"
 #include "docview/frame.h"
 #include "docview/win_app.h"
+#include "support/sized_control.h"
 
 class FrameLog {
  public:
@@ -55,6 +56,7 @@ class FakeChildFace : public ChildFrameFace {
   void Show() override {
     m_shown = true;
     m_log.Add("child show");
+    LayOut();
   }
   void Activate() override {
     m_log.Add("child activate");
@@ -63,6 +65,14 @@ class FakeChildFace : public ChildFrameFace {
   void ShowView(CView& view) override {
     m_view = &view;
     m_log.Add("child view " + std::to_string(view.GetDlgCtrlID()));
+    LayOut();
+  }
+  // The user drags a border, or the window system restores or tiles the window.
+  void Resize(int widthPx, int heightPx) {
+    m_widthPx = widthPx;
+    m_heightPx = heightPx;
+    LayOut();
+    m_child.OnSize(SizeType::Restored, widthPx, heightPx);
   }
 
   int m_widthPx, m_heightPx;
@@ -72,6 +82,13 @@ class FakeChildFace : public ChildFrameFace {
   std::function<void()> m_onGone;  // a window system may activate another child now
 
  private:
+  // Only what is seen gets its size.
+  void LayOut() {
+    if (!m_shown || !m_view || m_heightPx <= 0) return;
+    if (auto* control = dynamic_cast<SizedControl*>(m_view->Control()))
+      control->SetHeight(m_heightPx);
+  }
+
   FrameLog& m_log;
   CMDIChildWnd& m_child;
 };

@@ -10,12 +10,13 @@
 #include <vector>
 
 #include "listview/rows/row_list.h"
+#include "support/sized_control.h"
 
-class FakeRowList final : public RowList, public ListHeader {
+class FakeRowList final : public RowList, public ListHeader, public SizedControl {
  public:
   explicit FakeRowList(RowListOwner& owner) : m_owner(owner) {}
 
-  // How many rows show whole.
+  // How many rows show whole; SetPage does what a change of size does.
   int pageRows = 10;
   int charWidthPx = 7;        // the average character
   int headerCharWidthPx = 7;  // every character of a measured text
@@ -28,6 +29,13 @@ class FakeRowList final : public RowList, public ListHeader {
   bool hasKeyboard = false;
 
   void SetFocus() override { hasKeyboard = true; }
+  void SetHeight(int heightPx) override { SetPage(heightPx / kRowHeightPx); }
+  void SetPage(int rows) {
+    const bool atEnd = m_top + CountPerPage() >= m_count;
+    pageRows = rows;
+    ClampTop();
+    if (atEnd) m_top = std::max(m_count - CountPerPage(), 0);
+  }
 
   void SetItemCount(int rows) override {
     calls.push_back("count " + std::to_string(rows));
@@ -78,14 +86,14 @@ class FakeRowList final : public RowList, public ListHeader {
   }
 
   int TopIndex() const override { return m_top; }
-  int CountPerPage() const override { return pageRows; }
+  int CountPerPage() const override { return std::max(pageRows, 1); }
   void EnsureVisible(int row) override {
     calls.push_back("visible " + std::to_string(row));
     if (row < 0 || row >= m_count) return;
     if (row < m_top)
       m_top = row;
-    else if (row >= m_top + pageRows)
-      m_top = row - std::max(pageRows, 1) + 1;
+    else if (row >= m_top + CountPerPage())
+      m_top = row - CountPerPage() + 1;
     Painted();
   }
   // The user scrolls.
@@ -128,7 +136,7 @@ class FakeRowList final : public RowList, public ListHeader {
   static bool Exists(Column column) {
     return static_cast<int>(column) >= 0 && static_cast<int>(column) < kColumnCount;
   }
-  void ClampTop() { m_top = std::clamp(m_top, 0, std::max(m_count - pageRows, 0)); }
+  void ClampTop() { m_top = std::clamp(m_top, 0, std::max(m_count - CountPerPage(), 0)); }
   void Painted() {
     if (redraw) ++rowPaints;
   }

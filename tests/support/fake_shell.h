@@ -107,10 +107,10 @@ class FakeShellFaces : public ShellFaces {
     return std::make_unique<FakeRichEdit>(owner);
   }
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override {
-    return std::make_unique<FakeRowList>(owner);
+    return Unseen<FakeRowList>(owner);
   }
   std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override {
-    return std::make_unique<FakeTreeControl>(owner);
+    return Unseen<FakeTreeControl>(owner);
   }
   void ShowAbout(const std::string& versionLine) override { m_log.Add("about " + versionLine); }
   void ShowPrintSetup() override { m_log.Add("print setup"); }
@@ -123,5 +123,13 @@ class FakeShellFaces : public ShellFaces {
   FakeMainFrameFace* m_main = nullptr;  // null while there is no main window
 
  private:
+  // A control as a window system makes it, before a frame gives it its size.
+  template <class Control, class Owner>
+  static std::unique_ptr<Control> Unseen(Owner& owner) {
+    auto control = std::make_unique<Control>(owner);
+    control->SetHeight(SizedControl::kUnseenHeightPx);
+    return control;
+  }
+
   FrameLog& m_log;
 };

@@ -7,9 +7,10 @@
 #include <vector>
 
 #include "support/fake_tree_items.h"
+#include "support/sized_control.h"
 #include "tree/proc/tree_control.h"
 
-class FakeTreeControl final : public TreeControl {
+class FakeTreeControl final : public TreeControl, public SizedControl {
  public:
   explicit FakeTreeControl(TreeControlOwner& owner) : m_owner(owner) {}
 
@@ -24,6 +25,10 @@ class FakeTreeControl final : public TreeControl {
   bool hasKeyboard = false;
 
   void SetFocus() override { hasKeyboard = true; }
+  void SetHeight(int heightPx) override {
+    pageRows = heightPx / kRowHeightPx;
+    ClampTop();
+  }
 
   TreeItem InsertItem(TreeItem parent, TreeItemData data, bool hasChildren) override {
     if (insertionsLeft == 0) return 0;

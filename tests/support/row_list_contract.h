@@ -6,6 +6,8 @@
 //     explicit MyRig(RowListOwner& owner);   // makes an empty list, at least 300 pixels wide
 //     RowList& List();
 //     void ShowRows(int rows);               // sizes the list so that CountPerPage() is `rows`
+//     void Hide();                           // as a frame does that shows another view
+//     void ShowAgain(int rows);              // in that size
 //   };
 //   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, RowStateContract, MyRig);
 //   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, RowScrollContract, MyRig);

@@ -60,7 +60,68 @@ TYPED_TEST_P(RowScrollContract, DeletingRowsBehindWhatIsSeenKeepsIt) {
   EXPECT_EQ(this->List().TopIndex(), 50);
 }
 
+TYPED_TEST_P(RowScrollContract, EveryChangeOfItsSizeLeavesAListAtItsEnd) {
+  this->Fill(100, 10);
+  this->List().EnsureVisible(99);
+  for (const int page : {25, 3, 60, 1, 100, 7}) {
+    this->m_rig.ShowRows(page);
+    EXPECT_EQ(this->List().TopIndex(), 100 - page) << page;
+  }
+}
+
+TYPED_TEST_P(RowScrollContract, WhereAllRowsWereOnViewASmallerListShowsTheLastOnes) {
+  this->Fill(12, 20);
+  ASSERT_EQ(this->List().TopIndex(), 0);
+  this->m_rig.ShowRows(5);
+  EXPECT_EQ(this->List().TopIndex(), 7);
+}
+
+TYPED_TEST_P(RowScrollContract, AListThatIsNotAtItsEndKeepsItsFirstRowInEverySize) {
+  this->Fill(100, 10);
+  this->List().EnsureVisible(50);
+  for (const int page : {25, 3, 10}) {
+    this->m_rig.ShowRows(page);
+    EXPECT_EQ(this->List().TopIndex(), 41) << page;
+  }
+}
+
+TYPED_TEST_P(RowScrollContract, ASizeThatComesAfterAHiddenTimeLeavesItAtItsEnd) {
+  this->Fill(100, 20);
+  this->List().EnsureVisible(99);
+  this->m_rig.Hide();
+  this->List().SetItemCount(150);
+  this->List().EnsureVisible(149);
+  EXPECT_EQ(this->List().TopIndex(), 130) << "hidden it scrolls all the same";
+  this->m_rig.ShowAgain(8);
+  EXPECT_EQ(this->List().TopIndex(), 142);
+}
+
+TYPED_TEST_P(RowScrollContract, AHiddenTimeLeavesAListThatIsNotAtItsEndWhereItIs) {
+  this->Fill(100, 20);
+  this->List().EnsureVisible(50);
+  this->m_rig.Hide();
+  this->List().SetItemCount(150);
+  this->m_rig.ShowAgain(8);
+  EXPECT_EQ(this->List().TopIndex(), 31);
+}
+
+TYPED_TEST_P(RowScrollContract, AListWithoutRoomForARowHasAPageOfOneAndKeepsItsEnd) {
+  this->Fill(100, 10);
+  this->List().EnsureVisible(99);
+  this->m_rig.ShowRows(0);
+  EXPECT_EQ(this->List().CountPerPage(), 1);
+  EXPECT_EQ(this->List().TopIndex(), 99);
+  this->m_rig.ShowRows(10);
+  EXPECT_EQ(this->List().TopIndex(), 90);
+}
+
 REGISTER_TYPED_TEST_SUITE_P(RowScrollContract, EnsureVisibleScrollsAsLittleAsNeeded,
                             NewRowsDoNotScroll, WithFewerRowsTheTopStaysAmongThem,
                             DeletingRowsAtTheFrontKeepsWhatIsSeenInPlace,
-                            DeletingRowsBehindWhatIsSeenKeepsIt);
+                            DeletingRowsBehindWhatIsSeenKeepsIt,
+                            EveryChangeOfItsSizeLeavesAListAtItsEnd,
+                            WhereAllRowsWereOnViewASmallerListShowsTheLastOnes,
+                            AListThatIsNotAtItsEndKeepsItsFirstRowInEverySize,
+                            ASizeThatComesAfterAHiddenTimeLeavesItAtItsEnd,
+                            AHiddenTimeLeavesAListThatIsNotAtItsEndWhereItIs,
+                            AListWithoutRoomForARowHasAPageOfOneAndKeepsItsEnd);

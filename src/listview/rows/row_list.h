@@ -75,8 +75,10 @@ class RowList : public ViewControl {
   virtual int NextItem(int after, unsigned states) const = 0;
   virtual int SelectedCount() const = 0;
 
+  // A list whose last row is on view stands at its end, and stays there with every change of its
+  // size, seen or hidden: TopIndex() + CountPerPage() goes on to reach ItemCount().
   virtual int TopIndex() const = 0;
-  virtual int CountPerPage() const = 0;     // rows that show whole
+  virtual int CountPerPage() const = 0;     // rows that show whole; 1 where less than one does
   virtual void EnsureVisible(int row) = 0;  // whole, scrolling as little as needed
   // While redrawing is off nothing is painted; switching it on paints all.
   virtual void SetRedraw(bool on) = 0;

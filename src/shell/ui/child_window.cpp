@@ -57,9 +57,12 @@ void ChildWindow::ShowControl(QWidget* control) {
     m_controls.emplace_back(control);
     m_layout->addWidget(control);
   }
+  // The others go first: two that are seen share the room, and the one that goes would scroll for
+  // half of it.
   for (const auto& other : m_controls) {
-    if (other) other->setVisible(other == control);
+    if (other && other != control) other->hide();
   }
+  control->show();
   m_room->setFocusProxy(control);
 }
 

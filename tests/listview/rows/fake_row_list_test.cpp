@@ -9,7 +9,9 @@ class FakeRig {
  public:
   explicit FakeRig(RowListOwner& owner) : m_list(owner) {}
   RowList& List() { return m_list; }
-  void ShowRows(int rows) { m_list.pageRows = rows; }
+  void ShowRows(int rows) { m_list.SetPage(rows); }
+  void Hide() {}
+  void ShowAgain(int rows) { ShowRows(rows); }
 
  private:
   FakeRowList m_list;

@@ -72,7 +72,7 @@ int RowInput::TargetOf(int key) const {
 }
 
 int RowInput::PageDown(int from) const {
-  const int page = std::max(m_list.CountPerPage(), 1);
+  const int page = m_list.CountPerPage();
   const int lastOnView = m_list.TopIndex() + page - 1;
   const bool onView = from >= m_list.TopIndex() && from < lastOnView;
   // First to the end of the page on view, from there a page further.
@@ -80,7 +80,7 @@ int RowInput::PageDown(int from) const {
 }
 
 int RowInput::PageUp(int from) const {
-  const int page = std::max(m_list.CountPerPage(), 1);
+  const int page = m_list.CountPerPage();
   const int firstOnView = m_list.TopIndex();
   const bool onView = from > firstOnView && from < firstOnView + page;
   return std::max(onView ? firstOnView : from - std::max(page - 1, 1), 0);
@@ -138,8 +138,7 @@ void RowInput::DragTo(const QPoint& point) {
   const bool outside = point.y() < 0 || point.y() >= height;
   if (outside != m_autoScroll.isActive()) outside ? m_autoScroll.start() : m_autoScroll.stop();
   if (m_list.ItemCount() == 0) return;
-  const int y =
-      std::clamp(point.y(), 0, std::max(m_list.CountPerPage() * m_list.RowHeight() - 1, 0));
+  const int y = std::clamp(point.y(), 0, m_list.CountPerPage() * m_list.RowHeight() - 1);
   const int row = std::min(m_list.TopIndex() + y / m_list.RowHeight(), m_list.ItemCount() - 1);
   if (m_drag == Drag::Pressed && row == PressedRow()) return;
   m_drag = Drag::Selecting;

@@ -85,17 +85,12 @@ int QtRowList::TopIndex() const {
   return verticalScrollBar()->value();
 }
 
-int QtRowList::CountPerPage() const {
-  return viewport()->height() / m_rowHeight;
-}
-
 void QtRowList::EnsureVisible(int row) {
   if (!m_states.Exists(row)) return;
-  const int page = std::max(CountPerPage(), 1);
   if (row < TopIndex())
     ScrollTo(row);
-  else if (row >= TopIndex() + page)
-    ScrollTo(row - page + 1);
+  else if (row >= TopIndex() + m_pageRows)
+    ScrollTo(row - m_pageRows + 1);
 }
 
 void QtRowList::SetRedraw(bool on) {
@@ -152,12 +147,8 @@ void QtRowList::paintEvent(QPaintEvent* event) {
   m_painter.Paint(painter, event->rect());
 }
 
-void QtRowList::resizeEvent(QResizeEvent* event) {
-  const int pageBefore = event->oldSize().height() / m_rowHeight;
-  const bool followed = TopIndex() > 0 && TopIndex() + pageBefore >= ItemCount();
+void QtRowList::resizeEvent(QResizeEvent*) {
   LayOut();
-  // A smaller window at the end of the list stays there, so that it goes on following the stream.
-  if (followed) EnsureVisible(ItemCount() - 1);
 }
 
 void QtRowList::changeEvent(QEvent* event) {
@@ -215,13 +206,16 @@ void QtRowList::LayOut() {
   if (viewportMargins().top() != height) setViewportMargins(0, height, 0, 0);
   const QRect area = viewport()->geometry();
   m_header.setGeometry(area.left(), area.top() - height, area.width(), height);
+  const bool atEnd = IsAtEnd();
+  m_pageRows = std::max(viewport()->height() / m_rowHeight, 1);
   UpdateScrollBars();
+  // So that the list goes on following a stream.
+  if (atEnd) ScrollTo(verticalScrollBar()->maximum());
 }
 
 void QtRowList::UpdateScrollBars() {
-  const int page = std::max(CountPerPage(), 1);
-  verticalScrollBar()->setRange(0, std::max(ItemCount() - page, 0));
-  verticalScrollBar()->setPageStep(page);
+  verticalScrollBar()->setRange(0, std::max(ItemCount() - m_pageRows, 0));
+  verticalScrollBar()->setPageStep(m_pageRows);
   horizontalScrollBar()->setRange(0, std::max(m_header.length() - viewport()->width(), 0));
   horizontalScrollBar()->setPageStep(viewport()->width());
   horizontalScrollBar()->setSingleStep(std::max(fontMetrics().averageCharWidth() * 3, 1));

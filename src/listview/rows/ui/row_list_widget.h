@@ -34,7 +34,7 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   int NextItem(int after, unsigned states) const override { return m_states.Next(after, states); }
   int SelectedCount() const override { return m_states.SelectedCount(); }
   int TopIndex() const override;
-  int CountPerPage() const override;
+  int CountPerPage() const override { return m_pageRows; }
   void EnsureVisible(int row) override;
   void SetRedraw(bool on) override;
   ListHeader& Header() override { return m_header; }
@@ -71,6 +71,7 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
 
  private:
   int FitWidth(Column column) const;
+  bool IsAtEnd() const { return TopIndex() + m_pageRows >= ItemCount(); }
   void LayOut();
   void UpdateScrollBars();
   void RepaintRows(int first, int last);
@@ -81,5 +82,8 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   RowPainter m_painter;
   RowInput m_input;
   int m_rowHeight = 1;
+  // As the rows were last laid out. The viewport may be ahead of it: a hidden one changes without a
+  // word, and its next event no longer knows the size before.
+  int m_pageRows = 1;
   bool m_holdPicture = false;  // the rows on view stay what they are while the scroll bar moves
 };

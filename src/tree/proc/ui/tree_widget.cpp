@@ -206,10 +206,11 @@ void QtTreeControl::paintEvent(QPaintEvent* event) {
 }
 
 // A lower window, or a scroll bar that has come below, hides neither the selected item nor the end.
-void QtTreeControl::resizeEvent(QResizeEvent* event) {
-  const std::int64_t end = m_top + event->oldSize().height() / m_rowHeight;
-  const std::int64_t selected = m_selected ? m_items.RowOf(m_selected) : -1;
+// The event does not know the size before a hidden time.
+void QtTreeControl::resizeEvent(QResizeEvent*) {
   const std::int64_t page = RowsPerPage();
+  const std::int64_t end = m_top + std::exchange(m_pageRows, page);
+  const std::int64_t selected = m_selected ? m_items.RowOf(m_selected) : -1;
   if (m_top > 0 && end >= m_items.Rows()) ScrollTo(m_items.Rows() - page);
   if (selected >= m_top && selected < end && selected >= m_top + page)
     ScrollTo(selected - page + 1);

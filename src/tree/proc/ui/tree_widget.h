@@ -82,6 +82,7 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   int m_leftPx = 0;
   int m_widthPx = 0;  // of the rows that have been on view since an item was closed
   int m_rowHeight = 1;
-  bool m_barsWait = false;  // the scroll bars follow when the event in work is over
-  bool m_setting = false;   // the scroll bars are being set
+  std::int64_t m_pageRows = 1;  // RowsPerPage() when the rows were last laid out
+  bool m_barsWait = false;      // the scroll bars follow when the event in work is over
+  bool m_setting = false;       // the scroll bars are being set
 };

@@ -14,6 +14,11 @@ struct QtRowListRig {
     const int around = list.height() - list.viewport()->height();
     list.resize(list.width(), around + rows * list.RowHeight());
   }
+  void Hide() { list.hide(); }
+  void ShowAgain(int rows) {
+    ShowRows(rows);
+    list.show();
+  }
   QtRowList list;
 };
 

@@ -53,10 +53,10 @@ class ShownList {
   explicit ShownList(int rows, int page = 10, int columnWidth = 60) : list(owner) {
     list.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     for (const ColumnInfo& column : kColumns) list.Header().InsertColumn(column, columnWidth);
-    list.SetItemCount(rows);
     list.resize(15 * columnWidth + 40, 100);
     list.show();
     SetPage(page);
+    list.SetItemCount(rows);
     list.activateWindow();
     list.setFocus();
     QApplication::processEvents();

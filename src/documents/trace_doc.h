@@ -26,6 +26,7 @@ enum TraceCommand : unsigned {
   ID_VIEW_FILTER = 32847,
   ID_FILE_CAPTURE = 32848,
   ID_VIEW_PAUSE = 32849,
+  ID_VIEW_FITCOLUMNS = 32850,
 };
 
 class CTraceDoc : public CDocument {

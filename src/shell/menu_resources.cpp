@@ -99,6 +99,8 @@ const CommandText kTexts[] = {
     {ID_VIEW_SYNCHRONIZE, kMonitor, "Synchroni&ze\tAlt-S",
      "Synchronize current trace in all views\nSynchronize"},
     {ID_VIEW_FILTER, kTraces | kTracePopup, "Fi&lter...", ""},
+    {ID_VIEW_FITCOLUMNS, kTraces, "Fit &Columns",
+     "Make each column as wide as what it shows\nFit Columns"},
     {ID_VIEW_PAUSE, kMonitor, "Pa&use", "Pause display of output\nPause"},
     {ID_WINDOW_NEW, kTraces, "&New Window",
      "Open another window for the active document\nNew Window"},
@@ -144,6 +146,7 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_GOTOSOURCE,
                                  ID_VIEW_SYNCHRONIZE,
                                  ID_VIEW_FILTER,
+                                 ID_VIEW_FITCOLUMNS,
                                  ID_VIEW_PAUSE};
 constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
 constexpr unsigned kWindowIds[] = {

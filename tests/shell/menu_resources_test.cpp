@@ -91,6 +91,7 @@ TEST(Menus, OfATraceFile) {
   32822 &Goto Source\tCtrl+G
   32825 Synchroni&ze\tAlt+S
   32847 Fi&lter...
+  32850 Fit &Columns
 &Window
   57648 &New Window
   57650 &Cascade
@@ -146,6 +147,7 @@ TEST(Menus, OfAMonitor) {
   32822 &Goto Source\tCtrl+G
   32825 Synchroni&ze\tAlt-S
   32847 Fi&lter...
+  32850 Fit &Columns
   32849 Pa&use
 &Window
   57648 &New Window
@@ -326,6 +328,7 @@ TEST(Menus, EveryCommandWithATextHasItsPromptAndToolTip) {
   EXPECT_EQ(Prompt(32822), "View source file line that issued the trace | Source");
   EXPECT_EQ(Prompt(32825), "Synchronize current trace in all views | Synchronize");
   EXPECT_EQ(Prompt(32849), "Pause display of output | Pause");
+  EXPECT_EQ(Prompt(32850), "Make each column as wide as what it shows | Fit Columns");
   EXPECT_EQ(Prompt(57648), "Open another window for the active document | New Window");
   EXPECT_EQ(Prompt(57650), "Arrange windows so they overlap | Cascade Windows");
   EXPECT_EQ(Prompt(57649), "Arrange icons at the bottom of the window | Arrange Icons");

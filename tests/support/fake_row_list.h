@@ -128,6 +128,12 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   int StringWidth(const std::string& text) const override {
     return static_cast<int>(text.size()) * headerCharWidthPx;
   }
+  int FitWidth(Column column) const override {
+    int width = StringWidth(kColumns[static_cast<std::size_t>(column)].header);
+    for (int row = m_top; row < std::min(m_top + pageRows, m_count); ++row)
+      width = std::max(width, StringWidth(m_owner.RowListText(row, column)));
+    return std::max(width, 16);
+  }
 
   std::vector<ColumnInfo> columns;  // as inserted
   ColumnOrder given = {};           // the last order as it came, repeats and all

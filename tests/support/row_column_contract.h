@@ -58,8 +58,16 @@ TYPED_TEST_P(RowColumnContract, TextsHaveAWidth) {
   EXPECT_GT(this->Header().StringWidth("Application"), this->Header().StringWidth("App"));
 }
 
+TYPED_TEST_P(RowColumnContract, AColumnFitsItsNameAndWhatIsOnView) {
+  this->InsertColumns(50);
+  this->Fill(100, 10);
+  EXPECT_GE(this->Header().FitWidth(Column::Application),
+            this->Header().StringWidth("Application"));
+  EXPECT_GE(this->Header().FitWidth(Column::Pid), 16);
+}
+
 REGISTER_TYPED_TEST_SUITE_P(RowColumnContract,
                             ColumnsKeepTheWidthThatCodeGivesThemAlsoBelowTheMinimumOfADrag,
                             AHiddenColumnHasWidthZeroAndComesBackInItsPlace,
                             AColumnInsertedWithWidthZeroIsHidden, AnOrderWithRepeatsLosesNoColumn,
-                            TextsHaveAWidth);
+                            TextsHaveAWidth, AColumnFitsItsNameAndWhatIsOnView);

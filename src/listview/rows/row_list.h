@@ -49,8 +49,11 @@ class ListHeader {
   virtual void SetColumnWidth(Column column, int widthPx) = 0;
   virtual ColumnOrder GetColumnOrder() const = 0;             // always a permutation
   virtual void SetColumnOrder(const ColumnOrder& order) = 0;  // by PermutationOf
+  // The width of which the columns' widths in characters are counted: at least a digit's.
   virtual int AverageCharWidth() const = 0;
   virtual int StringWidth(const std::string& text) const = 0;
+  // What the column needs so that its name and what is on view of it show whole; at least 16.
+  virtual int FitWidth(Column column) const = 0;
 
  protected:
   ~ListHeader() = default;

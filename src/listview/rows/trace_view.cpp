@@ -28,6 +28,7 @@ CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
   MapCommand(
       ID_VIEW_GOTOSOURCE, [this] { OnGotoSource(); },
       [this](CCmdUI& ui) { OnUpdateGotoSource(ui); });
+  MapCommand(ID_VIEW_FITCOLUMNS, [this] { OnFitColumns(); });
   MapCommand(ID_FILE_EXPORT, [this] { OnExport(); });
   // Before the document, whose own save would write all traces: here it is the rows that count.
   for (const unsigned save : {+ID_FILE_SAVE, +ID_FILE_SAVECOPY})
@@ -177,6 +178,18 @@ void CTraceView::ApplyActiveColumns() {
     else if (flag == 1 && widthPx == 0)
       header.SetColumnWidth(info.column,
                             m_columnWidths[static_cast<std::size_t>(info.column)] & kWidthMask);
+  }
+  m_list->SetRedraw(true);
+}
+
+// As if the user had fitted each shown column by hand.
+void CTraceView::OnFitColumns() {
+  ListHeader& header = m_list->Header();
+  m_list->SetRedraw(false);
+  for (const ColumnInfo& info : kColumns) {
+    if (header.ColumnWidth(info.column) == 0) continue;
+    const int widthPx = header.FitWidth(info.column);
+    if (!OnColumnResizing(info.column, widthPx)) OnColumnResized(info.column, widthPx);
   }
   m_list->SetRedraw(true);
 }

@@ -60,6 +60,7 @@ class CTraceView : public CView, public RowListOwner {
  private:
   void CreateColumns();
   void ApplyActiveColumns();
+  void OnFitColumns();
   void RebuildRows();
   void AddRows(const CTraceHint& hint);
   void RemoveRows(const CTraceHint& hint);

@@ -60,6 +60,23 @@ TEST_F(Columns, AHeaderWiderThanTheComputedWidthSetsIt) {
   EXPECT_EQ(m_list->ColumnWidth(Column::Trace), 80 * 7 + 16);
 }
 
+TEST_F(Columns, FitColumnsMakesEachShownColumnAsWideAsWhatIsOnViewAndStoresIt) {
+  AddMany(3);
+  Add({.text = "a text of some length", .component = 5});
+  AddMany(30);
+  Open();
+  m_list->EnsureVisible(0);
+  ASSERT_TRUE(m_view->OnCommand(ID_VIEW_FITCOLUMNS));
+  EXPECT_EQ(m_list->ColumnWidth(Column::Trace), 21 * 7);
+  EXPECT_EQ(m_list->ColumnWidth(Column::Component), 9 * 7) << "its name is wider than its cells";
+  EXPECT_EQ(m_list->ColumnWidth(Column::Count), 0) << "a hidden column stays hidden";
+  EXPECT_EQ(StoredWidth("Trace"), 147U);
+  EXPECT_EQ(StoredWidth("Count"), 0U);
+  m_list->ScrollTo(10);
+  m_view->OnCommand(ID_VIEW_FITCOLUMNS);
+  EXPECT_EQ(m_list->ColumnWidth(Column::Trace), 35) << "the long text is out of view";
+}
+
 TEST_F(Columns, AComputedWidthIsNotStored) {
   Open();
   for (const ColumnInfo& column : kColumns) EXPECT_EQ(StoredWidth(column.header), 0u);

@@ -81,13 +81,42 @@ void RowHeader::SetColumnOrder(const ColumnOrder& order) {
     if (section < count()) moveSection(visualIndex(section), place++);
 }
 
+// The columns that have no words hold numbers and times, and a font's digits may be wider than its
+// average.
 int RowHeader::AverageCharWidth() const {
-  return fontMetrics().averageCharWidth();
+  return std::max(fontMetrics().averageCharWidth(), fontMetrics().horizontalAdvance(u'0'));
 }
 
 int RowHeader::StringWidth(const std::string& text) const {
   if (text.empty()) return 0;
   return fontMetrics().horizontalAdvance(QString::fromStdString(text)) + 2 * kCellMarginPx;
+}
+
+int RowHeader::FitWidth(Column column) const {
+  return Exists(column) ? std::max(m_fitWidth(column), kNarrowestFitPx) : 0;
+}
+
+std::optional<Column> RowHeader::Stretched() const {
+  for (int place = count() - 1; place >= 0; --place) {
+    const int section = logicalIndex(place);
+    if (isSectionHidden(section)) continue;
+    const auto column = static_cast<Column>(section);
+    if (AlignOf(column) == ColumnAlign::Left) return column;
+    break;
+  }
+  return std::nullopt;
+}
+
+int RowHeader::CellWidth(Column column) const {
+  const int widthPx = ColumnWidth(column);
+  return column == Stretched() ? std::max(widthPx, viewport()->width() - ColumnLeft(column))
+                               : widthPx;
+}
+
+std::optional<Column> RowHeader::ColumnAt(int xPx) const {
+  const int section = logicalIndexAt(xPx);
+  if (section >= 0) return static_cast<Column>(section);
+  return xPx >= 0 ? Stretched() : std::nullopt;
 }
 
 std::vector<Column> RowHeader::ShownColumns() const {
@@ -143,7 +172,7 @@ void RowHeader::OnSectionResized(int section, int oldWidth, int newWidth) {
 }
 
 void RowHeader::FitColumn(Column column) {
-  const int width = std::max(m_fitWidth(column), kNarrowestFitPx);
+  const int width = FitWidth(column);
   if (m_owner.OnColumnResizing(column, width)) return;
   Resize(static_cast<int>(column), width);
   m_owner.OnColumnResized(column, width);

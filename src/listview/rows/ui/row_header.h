@@ -9,6 +9,7 @@
 #include <QStandardItemModel>
 #include <array>
 #include <functional>
+#include <optional>
 
 #include "listview/rows/row_list.h"
 
@@ -28,6 +29,7 @@ class RowHeader final : public QHeaderView, public ListHeader {
   int AverageCharWidth() const override;
   // With the margins of a cell, so that a column of this width does not cut the text.
   int StringWidth(const std::string& text) const override;
+  int FitWidth(Column column) const override;
 
   // The shown columns from left to right.
   std::vector<Column> ShownColumns() const;
@@ -35,6 +37,11 @@ class RowHeader final : public QHeaderView, public ListHeader {
   QString HeaderText(Column column) const;
   // Left edge in the viewport.
   int ColumnLeft(Column column) const { return sectionViewportPosition(static_cast<int>(column)); }
+  // Of the cells below. The last shown column, if its text begins at the left, has the free room
+  // beside it too; its own width stays.
+  int CellWidth(Column column) const;
+  // The column whose cells lie at the place in the viewport.
+  std::optional<Column> ColumnAt(int xPx) const;
 
  protected:
   // With the margins of the cells below.
@@ -46,6 +53,8 @@ class RowHeader final : public QHeaderView, public ListHeader {
  private:
   static std::size_t Index(Column column) { return static_cast<std::size_t>(column); }
   bool Exists(Column column) const;
+  // The last shown column, if it takes the free room.
+  std::optional<Column> Stretched() const;
   void OnSectionResized(int section, int oldWidth, int newWidth);
   void FitColumn(Column column);
   // Resizes without asking the owner.

@@ -118,9 +118,7 @@ int QtRowList::RowAt(int yPx) const {
 }
 
 std::optional<Column> QtRowList::ColumnAt(int xPx) const {
-  const int section = m_header.logicalIndexAt(xPx);
-  if (section < 0) return std::nullopt;
-  return static_cast<Column>(section);
+  return m_header.ColumnAt(xPx);
 }
 
 QRect QtRowList::RowRect(int row) const {
@@ -129,7 +127,7 @@ QRect QtRowList::RowRect(int row) const {
 
 QRect QtRowList::CellRect(int row, Column column) const {
   const QRect bounds = RowRect(row);
-  return QRect(m_header.ColumnLeft(column), bounds.top(), m_header.ColumnWidth(column),
+  return QRect(m_header.ColumnLeft(column), bounds.top(), m_header.CellWidth(column),
                bounds.height());
 }
 

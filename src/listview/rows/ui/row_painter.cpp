@@ -43,7 +43,7 @@ void RowPainter::Paint(QPainter& painter, const QRect& clip) {
   const RowHeader& header = m_list.Columns();
   for (const Column column : header.ShownColumns()) {
     const Place place{column, header.AlignOf(column), header.ColumnLeft(column),
-                      header.ColumnWidth(column)};
+                      header.CellWidth(column)};
     if (place.left <= clip.right() && place.left + place.width > clip.left())
       canvas.places.push_back(place);
   }

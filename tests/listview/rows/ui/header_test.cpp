@@ -149,3 +149,47 @@ TEST(RowHeader, AColumnIsShownAsWideAsItsName) {
   EXPECT_GE(width,
             s.list.fontMetrics().horizontalAdvance("Application") + 2 * RowHeader::kCellMarginPx);
 }
+
+TEST(RowHeader, AColumnOfSoManyCharactersShowsAsManyDigitsWhole) {
+  ShownList s(0);
+  EXPECT_GE(10 * s.list.Header().AverageCharWidth() + 16,
+            s.list.Header().StringWidth("0123456789"));
+  EXPECT_GE(18 * s.list.Header().AverageCharWidth() + 16,
+            s.list.Header().StringWidth("888888888888888888"));
+}
+
+TEST(RowHeader, TheLastShownColumnDrawsIntoTheFreeRoomAndItsWidthStays) {
+  ShownList s(20);
+  s.owner.texts[{0, Column::Stack}] =
+      "a text that is far wider than the sixty pixels of its column";
+  const int whole = s.list.Header().FitWidth(Column::Stack);
+  s.list.resize(14 * 60 + whole + 40, s.list.height());
+  QApplication::processEvents();
+  EXPECT_EQ(s.list.Header().ColumnWidth(Column::Stack), 60);
+  EXPECT_EQ(s.list.CellRect(0, Column::Stack).right(), s.list.viewport()->width() - 1);
+  EXPECT_EQ(s.list.horizontalScrollBar()->maximum(), 0);
+  const int beyond = s.list.Columns().ColumnLeft(Column::Stack) + 70;
+  EXPECT_EQ(s.list.ColumnAt(beyond), Column::Stack);
+  const QRect right(beyond, s.list.RowRect(0).top() + 1, whole - 80, s.list.RowHeight() - 2);
+  const QImage text = s.Picture().copy(right);
+  int inked = 0;
+  for (int x = 0; x < text.width(); ++x)
+    for (int y = 0; y < text.height(); ++y) inked += text.pixelColor(x, y).lightness() < 128;
+  EXPECT_GT(inked, 20) << "the text goes on behind the column's edge";
+}
+
+TEST(RowHeader, ALastColumnOfNumbersStaysAtItsOwnWidth) {
+  ShownList s(3);
+  ColumnOrder order = s.list.Header().GetColumnOrder();
+  std::swap(order[1], order[14]);
+  s.list.Header().SetColumnOrder(order);
+  s.list.resize(1400, s.list.height());
+  EXPECT_EQ(s.list.CellRect(0, Column::Count).width(), 60);
+  EXPECT_EQ(s.list.ColumnAt(1300), std::nullopt);
+}
+
+TEST(RowHeader, ALastColumnThatIsScrolledAwayHasNoFreeRoom) {
+  ShownList s(3);
+  s.list.resize(300, s.list.height());
+  EXPECT_EQ(s.list.CellRect(0, Column::Stack).width(), 60);
+}

@@ -40,12 +40,18 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
     // EAGAIN: it listens, and its queue of connections is full.
     const bool mayCome = error == EAGAIN || (nobody && m_started);
     if (!mayCome || Clock::now() + kLookAgain > m_until)
-      return m_done(nullptr, m_path + ": " + std::strerror(error));
+      return m_done(nullptr, Words(nobody, error));
     m_timer.expires_after(kLookAgain);
     m_timer.async_wait([self = shared_from_this()](const std::error_code&) { self->Try(); });
   }
 
  private:
+  std::string Words(bool nobody, int error) const {
+    const std::string why = m_path + ": " + std::strerror(error);
+    if (!nobody) return why;
+    return m_started ? "quord was started and does not answer (" + why + ")"
+                     : "no trace service runs here; start it with quord (" + why + ")";
+  }
   void Succeed(int descriptor) {
     LocalSocket socket(m_timer.get_executor());
     std::error_code error;

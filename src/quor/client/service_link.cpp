@@ -48,7 +48,7 @@ class ServiceLink::Core final : public Connection::Handler,
     std::unique_lock lock(m_mutex);
     m_changed.wait_for(lock, deadline, [this] { return m_up || m_failed; });
     if (m_up) return true;
-    if (why) *why = m_why.empty() ? m_machine + ": no answer in time" : m_why;
+    if (why) *why = m_why.empty() ? Where() + ": no answer in time" : m_why;
     return false;
   }
   void Stop() {
@@ -111,7 +111,7 @@ class ServiceLink::Core final : public Connection::Handler,
     m_connection->Send(FrameType::Hello, hello);
     m_timer->expires_after(kHelloDeadline);
     m_timer->async_wait([this](const std::error_code& error) {
-      if (!error && !m_welcomed) Break("no welcome in time");
+      if (!error && !m_welcomed) Break(Where() + ": no welcome in time");
     });
   }
 
@@ -120,11 +120,11 @@ class ServiceLink::Core final : public Connection::Handler,
     Welcome welcome;
     quor::wire::Refused refused;
     if (frame.type == FrameType::Refused && ParseBody(frame, &refused))
-      return Break(m_machine + " refuses: " + refused.text());
+      return Break(Where() + " refuses: " + refused.text());
     if (frame.type != FrameType::Welcome || !ParseBody(frame, &welcome))
-      return Break(m_machine + " does not speak this protocol");
+      return Break(Where() + " does not speak this protocol");
     if (welcome.version() != kProtocolVersion)
-      return Break(m_machine + " speaks version " + std::to_string(welcome.version()) +
+      return Break(Where() + " speaks version " + std::to_string(welcome.version()) +
                    " of the protocol, not " + std::to_string(kProtocolVersion));
     m_timer->cancel();
     m_welcomed = m_wasUp = true;
@@ -134,8 +134,9 @@ class ServiceLink::Core final : public Connection::Handler,
     m_up = true;
     m_changed.notify_all();
   }
-  void OnClosed(const std::string& reason) override {
-    Ended(m_machine.empty() ? reason : m_machine + ": " + reason);
+  void OnClosed(const std::string& reason) override { Ended(Where() + ": " + reason); }
+  std::string Where() const {
+    return m_to.local ? "the trace service of this machine" : AddressOf(m_to.host, m_to.port);
   }
   void Ended(const std::string& reason) {
     m_connection.reset();

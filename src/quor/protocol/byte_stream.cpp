@@ -5,6 +5,7 @@
 #include <asio/steady_timer.hpp>
 #include <asio/write.hpp>
 
+#include "quor/protocol/machine.h"
 #include "quor/protocol/tls.h"
 
 namespace {
@@ -54,6 +55,7 @@ class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
         m_done(std::move(done)) {}
 
   void Start(std::uint16_t port, std::chrono::milliseconds deadline) {
+    m_address = AddressOf(m_host, port);
     m_timer.expires_after(deadline);
     m_timer.async_wait([self = shared_from_this()](const std::error_code& error) {
       if (!error) self->Fail("no answer in time");
@@ -69,7 +71,7 @@ class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
     if (!m_done) return;
     asio::async_connect(m_socket->lowest_layer(), found,
                         [self = shared_from_this()](const std::error_code& error, const auto&) {
-                          error ? self->Fail(error.message()) : self->ShakeHands();
+                          error ? self->Fail(Words(error)) : self->ShakeHands();
                         });
   }
   void ShakeHands() {
@@ -95,11 +97,15 @@ class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
     std::error_code ignored;
     m_socket->lowest_layer().close(ignored);
     const Connected done = std::exchange(m_done, nullptr);
-    done(nullptr, m_host + ": " + reason);
+    done(nullptr, m_address + ": " + reason);
+  }
+  static std::string Words(const std::error_code& error) {
+    const bool refused = error == asio::error::connection_refused;
+    return error.message() + (refused ? "; start quord there with --listen" : "");
   }
 
   std::shared_ptr<asio::ssl::context> m_context;
-  std::string m_host;
+  std::string m_host, m_address;
   asio::ip::tcp::resolver m_resolver;
   asio::steady_timer m_timer;
   std::unique_ptr<TlsSocket> m_socket;

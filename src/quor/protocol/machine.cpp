@@ -73,3 +73,8 @@ std::string LocalHostName() {
   const std::string host = whole.substr(0, whole.find('.'));
   return host.empty() ? "localhost" : host;
 }
+
+std::string AddressOf(const std::string& host, std::uint16_t port) {
+  const bool six = host.find(':') != host.npos;
+  return (six ? "[" + host + "]" : host) + ":" + std::to_string(port);
+}

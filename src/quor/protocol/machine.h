@@ -22,5 +22,8 @@ struct Machine {
 // Nothing and a reason for a text that names no machine.
 std::optional<Machine> ParseMachine(const std::string& text, std::string* why = nullptr);
 
+// "host:port", an IPv6 address in brackets.
+std::string AddressOf(const std::string& host, std::uint16_t port);
+
 // The host name without its domain; "localhost" when the system has none.
 std::string LocalHostName();

@@ -28,11 +28,11 @@ class Remote : public ::testing::Test {
     return quord.Run({"keys", "issue", name, "--role", role, "--out", Keys(name)});
   }
   std::string Keys(const std::string& name) const { return quord.Folder().File(name); }
-  bool MonitorsWith(const std::string& keys) {
+  bool MonitorsWith(const std::string& keys, std::string* why = nullptr) {
     setenv("QUOR_KEYS", keys.c_str(), 1);
     NameMap names;
     TraceThread_i* const connection =
-        TraceThread_i::ConnectToTraceService(QuorStr::String_t(machine.c_str()), names);
+        TraceThread_i::ConnectToTraceService(QuorStr::String_t(machine.c_str()), names, why);
     if (connection) connection->Disconnect();
     return connection != nullptr;
   }
@@ -79,6 +79,13 @@ TEST_F(Remote, MissingForeignExpiredAndWrongCertificatesAreRefused) {
       << why;
   EXPECT_FALSE(MonitorsWith(Keys("late")));
   EXPECT_TRUE(quord.Says("certificate has expired"));
+}
+
+TEST_F(Remote, WhereNobodyListensTheWordsTellHostAndPortAndTheWayOut) {
+  ASSERT_EQ(quord.Stop(), 0);
+  std::string why;
+  EXPECT_FALSE(MonitorsWith(Keys("monitor"), &why));
+  EXPECT_EQ(why, machine + ": Connection refused; start quord there with --listen");
 }
 
 TEST_F(Remote, PlainBytesAtTheTlsPortAreRefused) {

@@ -99,7 +99,8 @@ TEST_F(ConfigTest, AServiceThatHasGoneIsNullAlsoWhileAnotherHandleOnItIsOpen) {
   // A break is known once the connection's own thread has read the end of it.
   EXPECT_TRUE(Eventually(
       [&] { return !QuorPtr<trace_Config_i>(trace_Config_i::Create("localhost", &why)); }));
-  EXPECT_EQ(why, m_service.Path() + ": No such file or directory");
+  EXPECT_EQ(why, "no trace service runs here; start it with quord (" + m_service.Path() +
+                     ": No such file or directory)");
   m_service.Listen();
   const QuorPtr<trace_Config_i> again =
       WhileServed([] { return trace_Config_i::Create("localhost"); },

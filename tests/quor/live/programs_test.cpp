@@ -282,7 +282,8 @@ TEST_F(LiveProgramsTest, WithoutAServiceEveryCommandSaysWhereItLooked) {
                                              {"capture", "-o", m_dir.File("x.trc")}}) {
     const TrcRun run = RunTrc(command);
     EXPECT_EQ(run.status, 2) << command[0];
-    EXPECT_EQ(run.err, "trc: " + m_dir.File("quor/quord.sock") + ": No such file or directory\n");
+    EXPECT_EQ(run.err, "trc: no trace service runs here; start it with quord (" +
+                           m_dir.File("quor/quord.sock") + ": No such file or directory)\n");
   }
 }
 

@@ -6,6 +6,7 @@ LiveQueue::~LiveQueue() {
 
 void LiveQueue::Append(LiveBatch* batch) {
   m_bytes += batch->Bytes();
+  m_traces += batch->Traces();
   m_delivered += batch->Numbered();
   m_batches.push_back(batch);
 }
@@ -34,9 +35,15 @@ std::deque<LiveBatch*> LiveQueue::Take(std::size_t traces) {
     LiveBatch* const batch = m_batches.front();
     count += batch->Traces();
     m_bytes -= batch->Bytes();
+    m_traces -= batch->Traces();
     taken.push_back(batch);
   }
   return taken;
+}
+
+std::size_t LiveQueue::Traces() const {
+  const std::lock_guard lock(m_mutex);
+  return m_traces;
 }
 
 std::uint64_t LiveQueue::Delivered() const {

@@ -25,6 +25,7 @@ class LiveQueue {
   bool IsHalfEmpty() const;
   // All that is there, oldest first; not many more than `traces` traces.
   std::deque<LiveBatch*> Take(std::size_t traces);
+  std::size_t Traces() const;  // that wait
   // Traces with a number that were ever pushed.
   std::uint64_t Delivered() const;
 
@@ -34,6 +35,6 @@ class LiveQueue {
   const std::size_t m_bytesMax;
   mutable std::mutex m_mutex;
   std::deque<LiveBatch*> m_batches;
-  std::size_t m_bytes = 0;
+  std::size_t m_bytes = 0, m_traces = 0;
   std::uint64_t m_delivered = 0;
 };

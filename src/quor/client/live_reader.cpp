@@ -102,6 +102,7 @@ void LiveReader::Deliver(LiveBatch* batch) {
 // The names in it are needed by those that come later.
 void LiveReader::TurnAway(LiveBatch* batch) {
   m_turningAway = true;
+  m_turnedWhilePaused = m_paused;
   m_turnedAway += batch->Numbered();
   m_allTurnedAway += batch->Numbered();
   if (batch->IsFirstOfStream()) {
@@ -132,5 +133,5 @@ void LiveReader::CatchUp() {
   m_keptNameBytes = 0;
   m_turningAway = false;
   if (const std::uint64_t lost = std::exchange(m_turnedAway, 0); lost > 0)
-    SayLost(lost, "the monitor did not keep up");
+    SayLost(lost, m_turnedWhilePaused ? "the monitor is paused" : "the monitor did not keep up");
 }

@@ -55,7 +55,7 @@ class LiveReader final : public ServiceLink::User {
   std::atomic<bool> m_paused{false};
   std::uint32_t m_lastRequest = 0;
   // While the queue is full: what stood in the batches that were turned away.
-  bool m_turningAway = false, m_keptFirst = false;
+  bool m_turningAway = false, m_turnedWhilePaused = false, m_keptFirst = false;
   std::map<NameId, std::string> m_keptNames;
   std::size_t m_keptNameBytes = 0;
   std::uint64_t m_turnedAway = 0;

@@ -9,7 +9,10 @@
 namespace {
 
 constexpr std::size_t kQueueBytesMax = 64u << 20;
-constexpr std::size_t kTracesPerDrain = 50000;
+// A drain gives out for so long, or the window would stand still. The clock is asked now and then.
+constexpr std::chrono::milliseconds kDrainTime{50};
+constexpr std::size_t kTracesPerClock = 256;
+constexpr std::size_t kTracesPerLook = 8192;  // taken out of the queue at a time
 constexpr std::chrono::milliseconds kConnectDeadline{5000};
 
 class TraceThread final : public TraceThread_i {
@@ -29,37 +32,41 @@ class TraceThread final : public TraceThread_i {
 
   void Disconnect() override { delete this; }
   int HasTraces() override {
-    if (SkipEmpty()) return 1;
-    // The drain has come to its end; whoever asks again begins the next one.
-    if (std::exchange(m_draining, false)) return 0;
-    TakeLook();
-    return m_draining = SkipEmpty();
+    if (m_paused) return m_draining = false;
+    const bool over = m_draining && m_given % kTracesPerClock == 0 && Clock::now() >= m_endBy;
+    if (!m_draining) Begin();
+    return m_draining = !over && Offers();
   }
   TraceEvent_i* NextTrace() override {
-    if (!SkipEmpty() && (m_draining || !HasTraces())) return nullptr;
+    if (m_paused || (!m_draining && !HasTraces())) return nullptr;
+    if (!(m_draining = Offers())) return nullptr;
     LiveBatch& batch = *m_drain.front();
     m_mapper.Map(batch, m_next);
     --m_left;
+    ++m_given;
     return batch.Give(m_next++);
   }
-  void Pause() override { m_reader.SetPaused(true); }
-  void Resume() override { m_reader.SetPaused(false); }
+  // What has arrived already waits as well: nothing is given out until Resume.
+  void Pause() override { m_reader.SetPaused(m_paused = true); }
+  void Resume() override { m_reader.SetPaused(m_paused = false); }
   Counts GetCounts() const override { return {m_queue.Delivered(), m_reader.Lost()}; }
 
  private:
-  // Another part of what waits, up to the number of traces that a drain gives out.
-  void TakeLook() {
+  using Clock = std::chrono::steady_clock;
+
+  void Begin() {
     std::size_t held = 0;
     for (const LiveBatch* const batch : m_drain) held += batch->Traces();
-    held -= m_next;
-    if (held < kTracesPerDrain)
-      for (LiveBatch* const batch : m_queue.Take(kTracesPerDrain - held)) m_drain.push_back(batch);
-    m_left = kTracesPerDrain;
+    m_left = held - m_next + m_queue.Traces();
+    m_given = 0;
+    m_endBy = Clock::now() + kDrainTime;
   }
-  // Steps over batches that have been given out, taking up the names behind their last trace. Is
-  // there a trace for this drain?
-  bool SkipEmpty() {
-    while (m_left > 0 && !m_drain.empty()) {
+  // Is there a trace for this drain? Steps over batches that have been given out, taking up the
+  // names behind their last trace.
+  bool Offers() {
+    while (m_left > 0) {
+      if (m_drain.empty()) m_drain = m_queue.Take(kTracesPerLook);
+      if (m_drain.empty()) return false;
       LiveBatch* const batch = m_drain.front();
       if (m_next < batch->Traces()) return true;
       m_mapper.Map(*batch, m_next);
@@ -76,8 +83,10 @@ class TraceThread final : public TraceThread_i {
   ServiceLink m_link;
   std::deque<LiveBatch*> m_drain;
   std::size_t m_next = 0;  // index of the next trace of the first batch
-  std::size_t m_left = 0;  // traces that this drain may still give out
-  bool m_draining = false;
+  std::size_t m_left = 0;  // traces that this drain may still give out: there when it began
+  std::size_t m_given = 0;
+  Clock::time_point m_endBy;
+  bool m_draining = false, m_paused = false;
 };
 
 }  // namespace

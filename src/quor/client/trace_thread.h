@@ -26,11 +26,13 @@ class TraceThread_i {
   // The order of the virtual operations is an interface, like that of TraceEvent_i.
   virtual void Disconnect() = 0;  // within a second
   // Does a trace wait? Answers from what had arrived when the current drain began (the first call
-  // after an empty answer takes a new look), so that a drain ends however fast traces come.
+  // after an empty answer takes a new look), so that a drain ends however fast traces come; and for
+  // 50 ms, so that the window lives. Nothing waits while paused.
   virtual int HasTraces() = 0;
   virtual void Reserved() {}  // no caller; keeps the place
   // The oldest waiting trace; the caller owns it. Null when none waits.
   virtual TraceEvent_i* NextTrace() = 0;
+  // At once, also for what has arrived: that is given out after Resume.
   virtual void Pause() = 0;
   virtual void Resume() = 0;
   // Behind the table: exact counts of this connection, for trc and tests.

@@ -2,7 +2,6 @@
 
 #include <errno.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <system_error>
@@ -58,12 +57,13 @@ std::shared_ptr<const MappedFile> MappedFile::Open(const std::string& path, std:
   std::shared_ptr<MappedFile> file(new MappedFile);
   file->m_file = OpenForReading(path, why);
   if (!file->m_file) return nullptr;
-  struct stat status;
-  if (fstat(file->m_file.Descriptor(), &status) != 0) {
+  const std::optional<FileMark> mark = FileMark::Of(file->m_file.Descriptor());
+  if (!mark) {
     FailWith(why, std::generic_category().message(errno));
     return nullptr;
   }
-  const auto size = static_cast<std::uint64_t>(status.st_size);
+  file->m_mark = *mark;
+  const auto size = static_cast<std::uint64_t>(mark->size);
   if (size == 0 || size >= kTooLong) {
     FailWith(why, size == 0 ? "The file is empty" : "The file has 4 GiB or more");
     return nullptr;

@@ -17,6 +17,7 @@
 #include "base/bytes.h"
 #include "base/fault_guard.h"
 #include "base/file_gate.h"
+#include "base/file_mark.h"
 
 class MappedFile {
  public:
@@ -31,11 +32,14 @@ class MappedFile {
 
   Bytes View() const { return {m_data, m_size}; }
   std::uint32_t Size() const { return static_cast<std::uint32_t>(m_size); }
+  // As the file was when it was mapped.
+  const FileMark& Mark() const { return m_mark; }
 
  private:
   MappedFile() = default;
   bool Map();
   OpenFile m_file;
+  FileMark m_mark;
   FaultGuard m_guard;
   const std::uint8_t* m_data = nullptr;
   std::size_t m_size = 0;

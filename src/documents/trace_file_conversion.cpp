@@ -20,28 +20,52 @@ class Conversion {
         m_ears(ears) {}
 
   bool Run() {
-    const bool swapped = WriteTemporary() && Swap();
+    const bool swapped = IsWhatWasMapped() ? WriteTemporary() && Swap() : Failed(kRenameOld);
+    if (m_givenUp) RemoveTemporary();
     // Only now: until it has its name nobody else may take it for a temporary file of his own.
     m_writer.Finish();
     return swapped;
   }
 
  private:
+  static constexpr char kRenameOld[] = "Error renaming old trace file";
+  static constexpr char kRenameNew[] = "Error renaming temporary file";
+  static constexpr char kRemoveOld[] = "Error removing old trace file";
+
   bool Failed(const char* words) {
     m_ears.say(words, BoxIcon::Stop);
     return false;
+  }
+  // Before our own renames, which count as changes.
+  bool IsWhatWasMapped() const { return FileMark::At(m_path) == m_old.Mark(); }
+  bool IsUnwrittenAt(const std::string& path) const {
+    const std::optional<FileMark> mark = FileMark::At(path);
+    return mark && mark->IsUnwritten(m_old.Mark());
+  }
+  bool IsOurTemporary() const {
+    const std::optional<FileMark> ours = m_writer.Mark(), there = FileMark::At(m_temporary);
+    return ours && there && there->IsSameFile(*ours);
+  }
+  void RemoveTemporary() const {
+    if (IsOurTemporary()) unlink(m_temporary.c_str());
+  }
+  ConversionGoes Heard(std::uint64_t position, bool last) {
+    const ConversionGoes goes = m_ears.progress(position, last);
+    m_givenUp = m_givenUp || goes == ConversionGoes::Nowhere;
+    return goes;
   }
 
   bool WriteTemporary() {
     if (!m_writer.Create(m_temporary)) return Failed("Error creating temporary file");
     KeepPermissions();
-    const OldConversion result =
-        ConvertOldTrc(m_old.View(), m_writer,
-                      [this](std::uint64_t position) { return m_ears.progress(position, false); });
+    const OldConversion result = ConvertOldTrc(
+        m_old.View(), m_writer,
+        [this](std::uint64_t position) { return Heard(position, false) == ConversionGoes::On; });
+    if (m_givenUp) return false;
     // The old file is about to go: the new one has to be on the disk.
     if (!(result.written && m_writer.Sync())) return Failed("Error writing to temporary file");
-    m_ears.progress(result.position, true);
-    return true;
+    Heard(result.position, true);
+    return !m_givenUp;
   }
 
   // Who could not read the old file is not to read the new one.
@@ -53,13 +77,28 @@ class Conversion {
   }
 
   bool Swap() {
+    if (!IsWhatWasMapped()) return Failed(kRenameOld);
     if (unlink(m_aside.c_str()) != 0 && errno != ENOENT && errno != ENOTDIR)
-      return Failed("Error removing old trace file");
-    if (!RenameWithoutReplacing(m_path, m_aside)) return Failed("Error renaming old trace file");
-    if (!RenameWithoutReplacing(m_temporary, m_path))
-      return Failed("Error renaming temporary file");
-    if (unlink(m_aside.c_str()) != 0) m_ears.say("Error removing old trace file", BoxIcon::Warning);
+      return Failed(kRemoveOld);
+    if (!MoveOldAside()) return Failed(kRenameOld);
+    if (!IsOurTemporary() || !RenameWithoutReplacing(m_temporary, m_path))
+      return Failed(kRenameNew);
+    RemoveOld();
     return true;
+  }
+
+  // The name may have changed hands since we looked: then it goes back to what stood there.
+  bool MoveOldAside() const {
+    if (!IsUnwrittenAt(m_path) || !RenameWithoutReplacing(m_path, m_aside)) return false;
+    if (IsUnwrittenAt(m_aside)) return true;
+    RenameWithoutReplacing(m_aside, m_path);
+    return false;
+  }
+
+  // What somebody has written into it meanwhile stands nowhere else: then it stays.
+  void RemoveOld() {
+    if (!IsUnwrittenAt(m_aside) || unlink(m_aside.c_str()) != 0)
+      m_ears.say(kRemoveOld, BoxIcon::Warning);
   }
 
   const MappedFile& m_old;
@@ -67,6 +106,7 @@ class Conversion {
   const std::string m_temporary, m_aside;
   const ConversionEars& m_ears;
   TrcWriter m_writer{TrcWriter::kBlockBytes};
+  bool m_givenUp = false;
 };
 
 }  // namespace

@@ -55,10 +55,13 @@ bool CTraceFileDoc::OpenAndCheck(const std::string& path) {
   return false;
 }
 
+// A box that the end of the program closes has not been answered.
 bool CTraceFileDoc::MayConvert() const {
-  return GetHost().MessageBox({"This trace file was created by an older version of Tessera.  "
-                               "Do you want to convert it?",
-                               BoxIcon::Stop, BoxButtons::YesNo}) != BoxAnswer::No;
+  const BoxAnswer answer =
+      GetHost().MessageBox({"This trace file was created by an older version of Tessera.  "
+                            "Do you want to convert it?",
+                            BoxIcon::Stop, BoxButtons::YesNo});
+  return answer != BoxAnswer::No && !s_endedFromOutside;
 }
 
 void CTraceFileDoc::DeleteContents() {

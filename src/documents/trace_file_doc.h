@@ -10,6 +10,7 @@
 //          document that no longer waits for it is never touched.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,6 +51,9 @@ class CTraceFileDoc : public CTraceDoc {
   // Bytes stepped over because no record begins there.
   std::uint64_t SkippedBytes() const { return m_damage.skippedBytes; }
 
+  // The program is being ended by a signal or with its session: no person has cancelled anything,
+  // and a conversion leaves its old file as it is. Any thread.
+  static inline std::atomic<bool> s_endedFromOutside = false;
   // How long a thread that hangs may hold up the window; tests shorten it.
   static inline unsigned s_stopWaitMs = 10000;
   // Runs on the load thread before the walk and before a conversion, for tests that need a slow

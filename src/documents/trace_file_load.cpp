@@ -1,6 +1,9 @@
 #include "documents/trace_file_load.h"
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
 #include <utility>
 
 #include "documents/trace_file_conversion.h"
@@ -16,6 +19,42 @@ bool TellMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
   if (window) window->SendMessage(WM_TRACE_PROGRESS, what, value);
   return window != nullptr;
 }
+
+// Conversions under way. A program that ends by exit (its display has gone) does not wait for its
+// threads: here it waits for these to clean up.
+class ConversionUnderWay {
+ public:
+  ConversionUnderWay() {
+    static std::once_flag once;
+    std::call_once(once, [] { std::atexit(GiveUpAll); });
+    ++All().count;
+  }
+  ~ConversionUnderWay() {
+    const std::lock_guard lock(All().mutex);
+    --All().count;
+    All().ended.notify_all();
+  }
+  ConversionUnderWay(const ConversionUnderWay&) = delete;
+  ConversionUnderWay& operator=(const ConversionUnderWay&) = delete;
+
+ private:
+  static constexpr std::chrono::seconds kPatience{3};  // a disk may hang
+  struct Ledger {
+    std::mutex mutex;
+    std::condition_variable ended;
+    std::atomic<int> count = 0;
+  };
+  static Ledger& All() {
+    static Ledger& ledger = *new Ledger;  // never destroyed: a thread may outlive the program's end
+    return ledger;
+  }
+  static void GiveUpAll() {
+    CTraceFileDoc::s_endedFromOutside = true;
+    std::unique_lock lock(All().mutex);
+    All().ended.wait_for(lock, kPatience, [] { return All().count == 0; });
+  }
+};
+
 }  // namespace
 
 struct TraceFileLoad::Sink {
@@ -64,7 +103,8 @@ void TraceFileLoad::Fail() {
   m_file.reset();
   m_oldFile.reset();
   const std::lock_guard lock(m_hostMutex);
-  if (!m_disowned) m_host.PostBox({"Error opening trace file", BoxIcon::Stop, BoxButtons::Ok}, {});
+  const bool silent = m_disowned || m_givenUp;
+  if (!silent) m_host.PostBox({"Error opening trace file", BoxIcon::Stop, BoxButtons::Ok}, {});
 }
 
 bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
@@ -72,11 +112,14 @@ bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
   if (beforeWalk) beforeWalk();
   ConversionEars ears;
   ears.progress = [this](std::uint64_t position, bool last) {
-    if (!last && m_cancelEvent->IsSet()) return false;
+    m_givenUp = m_givenUp || CTraceFileDoc::s_endedFromOutside;
+    if (m_givenUp) return ConversionGoes::Nowhere;
+    if (!last && m_cancelEvent->IsSet()) return ConversionGoes::Short;
     PostPosition(position, last);
-    return true;
+    return ConversionGoes::On;
   };
   ears.say = [this](const char* words, BoxIcon icon) { Say(words, icon); };
+  const ConversionUnderWay underWay;
   std::shared_ptr<const MappedFile> converted = ConvertTraceFile(*m_file, m_path, ears);
   m_oldFile = std::exchange(m_file, std::move(converted));
   return m_file != nullptr;

@@ -77,4 +77,5 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   const HANDLE m_cancelEvent;
   std::atomic<int> m_waitingPositions = 0;
   bool m_failed = false;
+  bool m_givenUp = false;  // the conversion, because the program ends
 };

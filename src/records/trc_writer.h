@@ -12,6 +12,7 @@
 #include <string>
 
 #include "base/file_gate.h"
+#include "base/file_mark.h"
 #include "base/file_stream.h"
 #include "records/trace_event.h"
 
@@ -36,6 +37,8 @@ class TrcWriter {
   bool Sync();
   // Hands over the last bytes and closes. True when every byte reached the file.
   bool Finish();
+  // Of the open file. REQUIRES: it is open.
+  std::optional<FileMark> Mark() const { return FileMark::Of(m_file.Descriptor()); }
   bool IsOpen() const { return static_cast<bool>(m_file); }
 
  private:

@@ -3,6 +3,7 @@
 
 #include "conversion_fixture.h"
 #include "documents/trace_file_conversion.h"
+#include "file_calls.h"
 #include "support/file_limit.h"
 
 namespace {
@@ -18,7 +19,7 @@ class ConversionFailureTest : public ConversionTest {
     ConversionEars ears;
     ears.progress = [&](std::uint64_t, bool last) {
       if (last && atEnd) atEnd();
-      return true;
+      return ConversionGoes::On;
     };
     ears.say = [this](const char* words, BoxIcon icon) {
       m_words += std::string(icon == BoxIcon::Stop ? "stop: " : "warning: ") + words + "\n";
@@ -36,6 +37,12 @@ class ConversionFailureTest : public ConversionTest {
     }));
     m_host.RunPosted();
     return ToldOf("posted box");
+  }
+  static FileCalls::Ear RefusesToRemoveTheOldFile() {
+    return [renamed = false](const std::string& call) mutable {
+      renamed = renamed || call.starts_with("rename");
+      return renamed && call == "unlink web.trc.old" ? EBUSY : 0;
+    };
   }
   static std::string Boxes(const std::string& words) {
     return "posted box Tessera [stop] \"" + words +
@@ -120,21 +127,22 @@ TEST_F(ConversionFailureTest, TheTemporaryFileHasGoneMeanwhile) {
 
 TEST_F(ConversionFailureTest, AnOldFileThatCannotBeDeletedIsAWarningAndTheConversionGoesOn) {
   const std::string path = OldFile(3);
-  // A folder can be renamed like the old file, but not deleted like it.
-  EXPECT_TRUE(Converts(path, [&] {
-    fs::remove(path);
-    fs::create_directory(path);
-  }));
+  const FileCalls ear(RefusesToRemoveTheOldFile());
+  EXPECT_TRUE(Converts(path));
   EXPECT_EQ(m_words, "warning: Error removing old trace file\n");
-  EXPECT_EQ(Folder(), "web.trc web.trc.old/ ");
+  EXPECT_EQ(Folder(), "web.trc web.trc.old(old) ");
 }
 
 TEST_F(ConversionFailureTest, ANewFileThatCannotBeOpenedFailsWithNoWordOfItsOwn) {
   const std::string path = OldFile(3);
-  EXPECT_FALSE(Converts(path, [&] {
-    fs::remove(path + ".tmp");
-    fs::create_directory(path + ".tmp");
-  }));
+  const FileCalls ear([&](const std::string& call) {
+    if (call == "unlink web.trc.old" && fs::exists(path + ".old")) {
+      fs::remove(path);
+      fs::create_directory(path);
+    }
+    return 0;
+  });
+  EXPECT_FALSE(Converts(path));
   EXPECT_EQ(m_words, "");
 }
 
@@ -200,12 +208,7 @@ TEST_F(ConversionFailureTest, BoxesBehindACancelAreShownWithoutAWait) {
 TEST_F(ConversionFailureTest, TheWarningOfAnOldFileThatStaysIsReadBeforeTheLoadGoesOn) {
   const std::string path = OldFile(3);
   CTraceFileDoc document(m_host);
-  CTraceFileDoc::s_beforeWalk = [this, &path] {
-    if (!ToldOf("x").empty()) return;
-    m_host.Note("x");
-    fs::remove(path);
-    fs::create_directory(path);
-  };
+  const FileCalls ear(RefusesToRemoveTheOldFile());
   m_host.AnswerBox(BoxAnswer::Yes);
   ASSERT_TRUE(document.OnOpenDocument(path));
   ASSERT_TRUE(m_host.RunUntil([this] { return !ToldOf("posted box").empty(); }));

@@ -8,6 +8,7 @@
 
 #include "base/mapped_file.h"
 #include "command_line.h"
+#include "documents/trace_file_doc.h"
 #include "docview/ui/qt_host.h"
 #include "palette.h"
 #include "render.h"
@@ -78,6 +79,7 @@ int Run(const ProgramOptions& options) {
   // Ends all loops, those of open dialogs too; the documents are closed with the application, which
   // stops their threads.
   const SignalPipe signalPipe([] {
+    CTraceFileDoc::s_endedFromOutside = true;
     g_quickClose = true;
     QCoreApplication::exit(0);
   });

@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QSocketNotifier>
 #include <cerrno>
 #include <csignal>
@@ -29,6 +31,7 @@ SignalPipe::SignalPipe(std::function<void()> asked) : m_toldTo(std::move(asked))
   if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return;
   m_readEnd = ends[0];
   g_writeEnd = ends[1];
+  QCoreApplication::instance()->installEventFilter(this);
   auto* notifier = new QSocketNotifier(m_readEnd, QSocketNotifier::Read, this);
   connect(notifier, &QSocketNotifier::activated, this, [this] { OnReadable(); });
   struct sigaction action = {};
@@ -53,4 +56,11 @@ void SignalPipe::OnReadable() {
   char bytes[16];
   while (read(m_readEnd, bytes, sizeof bytes) > 0) m_asked = true;
   if (m_asked) m_toldTo();
+}
+
+bool SignalPipe::eventFilter(QObject* object, QEvent* event) {
+  if (object != QCoreApplication::instance() || event->type() != QEvent::Quit) return false;
+  m_asked = true;
+  m_toldTo();
+  return true;
 }

@@ -1,7 +1,9 @@
-// SIGTERM, SIGINT and, when the terminal closes, SIGHUP as events of the interface thread.
+// SIGTERM, SIGINT, SIGHUP when the terminal closes, and the word of the session's manager that the
+// session ends: as events of the interface thread.
 //
 // Owner    One object in the program, on the interface thread.
-// Errors   Without a pipe the signals keep their default effect.
+// Errors   Without a pipe the signals keep their default effect. The session's word then is the
+//          window system's alone, which closes the windows as a person does.
 #pragma once
 
 #include <QObject>
@@ -12,6 +14,9 @@ class SignalPipe : public QObject {
   explicit SignalPipe(std::function<void()> asked);
   ~SignalPipe() override;
   bool Asked() const { return m_asked; }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   void OnReadable();

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "base/mapped_file.h"
 #include "command_line.h"
 #include "documents/trace_file_doc.h"
 #include "docview/ui/qt_host.h"
@@ -14,6 +13,7 @@
 #include "render.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
+#include "shell/failed_open.h"
 #include "shell/tessera_app.h"
 #include "shell/ui/app_icon.h"
 #include "shell/ui/qt_main_frame.h"
@@ -56,8 +56,8 @@ void OnQtMessage(QtMsgType type, const QMessageLogContext& context, const QStrin
 // The window is silent about a file that it cannot open; a terminal is told why.
 void TellWhyNotOpened(const std::vector<std::string>& arguments) {
   const std::string path = CWinApp::ParseCommandLine(arguments).file;
-  std::string why;
-  if (MappedFile::Open(path, &why)) why = "not opened";
+  const std::string unreadable = WhyUnreadable(path);
+  const std::string why = unreadable.empty() ? WhyRefused(path) : unreadable;
   std::fprintf(stderr, "tessera: %s: %s\n", path.c_str(), why.c_str());
 }
 
@@ -96,7 +96,10 @@ int Run(const ProgramOptions& options) {
     return kExitWrong;
   }
   const auto* face = dynamic_cast<QtMainFrame*>(tessera.Frame()->Face());
-  if (face && !options.size.isEmpty()) face->Window().resize(options.size);
+  if (face && !options.size.isEmpty()) {
+    face->Window().showNormal();
+    face->Window().resize(options.size);
+  }
   return options.render.empty() ? QApplication::exec() : Render(tessera, options.render);
 }
 

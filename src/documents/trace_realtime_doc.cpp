@@ -90,7 +90,7 @@ bool CTraceRealtimeDoc::ToggleCapture() {
   }
   FileDialogRequest request;
   request.save = true;
-  request.title = "Save As";
+  request.title = "Capture Output";
   request.defaultExtension = ".trc";
   request.filters = {{"Trace Files (*.trc)", "*.trc"}};
   const auto answer = GetHost().RunFileDialog(request);
@@ -107,6 +107,7 @@ bool CTraceRealtimeDoc::BeginCapture(const std::string& name) {
   };
   if (!m_capture.Create(name)) return failed("Cannot open output file");
   // At once, so that a full disk shows while somebody looks.
+  m_captureName = name;
   if (!m_capture.WriteHeader() || !m_capture.Flush()) return failed("Cannot write to output file");
   return true;
 }

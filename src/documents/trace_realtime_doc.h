@@ -51,6 +51,9 @@ class CTraceRealtimeDoc : public CTraceDoc {
   const std::string& Machine() const { return m_machine; }  // as the user typed it
   bool IsConnected() const { return m_connection != nullptr; }
   bool IsCapturing() const { return m_capture.IsOpen(); }
+  const std::string& CaptureName() const { return m_captureName; }  // of the last capture's file
+  // False also while a connection that broke has not mended itself yet.
+  bool IsLive() const { return m_connection && m_connection->IsUp(); }
   bool IsPaused() const { return m_paused; }
   // What a monitor of the machine is called.
   static std::string TitleFor(const std::string& machine);
@@ -64,5 +67,6 @@ class CTraceRealtimeDoc : public CTraceDoc {
   TraceThread_i* m_connection = nullptr;
   std::string m_machine;
   TrcWriter m_capture;  // open while a capture runs
+  std::string m_captureName;
   bool m_paused = false;
 };

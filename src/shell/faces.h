@@ -15,13 +15,14 @@
 class CMainFrame;
 
 // The main window. Reports through CMainFrame: OnCommand for menus, keys and buttons, OnSize,
-// OnClose, OnDropFiles; UpdateCommand with it before anything that shows a command's state.
+// OnClose, OnDropFiles, OnIdle; UpdateCommand with it before anything that shows a command's state.
 class MainFrameFace {
  public:
   virtual ~MainFrameFace() = default;
   virtual void SetTitle(const std::string& title) = 0;
   virtual void SetMenu(unsigned resource) = 0;  // the bar of the active document
   virtual void SetPaneText(unsigned pane, const std::string& text) = 0;
+  virtual void SetPaneToolTip(unsigned pane, const std::string& text) = 0;
   virtual void Show(bool maximised) = 0;
   virtual void Close() = 0;  // destroys the window; the program ends when it was the last
   virtual std::unique_ptr<ChildFrameFace> CreateChild(CMDIChildWnd& child, int widthPx,

@@ -9,6 +9,8 @@
 #include "settings/registry.h"
 #include "shell/child_frame.h"
 #include "shell/command_ids.h"
+#include "shell/failed_open.h"
+#include "shell/front_words.h"
 #include "shell/stored_size.h"
 #include "shell/tessera_app.h"
 
@@ -158,7 +160,36 @@ void CMainFrame::OnClose() {
 }
 
 void CMainFrame::OnDropFiles(const std::vector<std::string>& paths) {
-  for (const std::string& path : paths) m_tessera.OpenDocumentFile(path);
+  if (paths.size() == 1) {
+    m_tessera.OpenDocumentFile(paths.front());
+    return;
+  }
+  std::vector<FailedOpen> failed;
+  for (const std::string& path : paths) {
+    const std::string why = m_tessera.TryOpen(path);
+    if (!why.empty()) failed.push_back({path, why});
+  }
+  SetNotice(FailedText(failed, paths.size()), FailedDetails(failed));
+}
+
+void CMainFrame::SetNotice(const std::string& notice, const std::string& details) {
+  m_notice = notice;
+  m_noticeDetails = details;
+  if (!m_face) return;
+  ShowMessage();
+  if (notice.empty() || m_face->IsBarShown(ID_VIEW_STATUS_BAR)) return;
+  GetHost().MessageBox({details.empty() ? notice : details, BoxIcon::Warning, BoxButtons::Ok});
+}
+
+void CMainFrame::OnIdle() {
+  if (m_face) ShowMessage();
+}
+
+void CMainFrame::ShowMessage() {
+  const FrontWords words = WordsOfFront(MDIGetActive(), m_rows);
+  m_face->SetPaneText(kPaneMessage, m_notice.empty() ? words.message : m_notice);
+  m_face->SetPaneToolTip(kPaneMessage, m_notice.empty() ? words.details : m_noticeDetails);
+  m_face->SetPaneToolTip(kPaneRowCount, words.rows);
 }
 
 std::intptr_t CMainFrame::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
@@ -180,6 +211,7 @@ std::intptr_t CMainFrame::OnMessage(unsigned message, std::uintptr_t wParam, std
 void CMainFrame::OnTraceRowCount(std::int32_t count) {
   if (!m_face) return;
   const auto rows = static_cast<std::uint32_t>(count);
+  m_rows = count == -1 ? -1 : static_cast<std::int64_t>(rows);
   m_face->SetPaneText(kPaneRowCount, count == -1 ? "" : std::to_string(rows));
 }
 
@@ -221,6 +253,7 @@ void CMainFrame::LayOutChildren(WindowLayout layout) {
 void CMainFrame::OnActiveChild(CMDIChildWnd* child) {
   const unsigned resource = child ? child->MenuResource() : 0;
   if (m_face) m_face->SetMenu(resource ? resource : IDR_MAINFRAME);
+  if (child) SetNotice({});
   CMDIFrameWnd::OnActiveChild(child);
 }
 

@@ -28,6 +28,11 @@ class CMainFrame : public CMDIFrameWnd {
   // them and the window. A refusal or Cancel leaves all as it was.
   void OnClose();
   void OnDropFiles(const std::vector<std::string>& paths);
+  // A few times a second, and soon after a command: the words on what is in front.
+  void OnIdle();
+  // Says in the message pane what went wrong, until a window opens or comes to the front. Where no
+  // status bar shows it is said in a box. Empty: takes the words away.
+  void SetNotice(const std::string& notice, const std::string& details = {});
 
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
   std::unique_ptr<ChildFrameFace> CreateChildFace(CMDIChildWnd& child, int widthPx,
@@ -57,10 +62,13 @@ class CMainFrame : public CMDIFrameWnd {
   void OnTraceFiltered(std::int32_t filtered);
   void OnTraceProgress(std::uintptr_t what, std::intptr_t value);
   void OnLoadStart(const CLoadProgressStart& start);
+  void ShowMessage();
 
   CTesseraApp& m_tessera;
   bool m_closing = false;  // a question of OnClose is on the screen
   bool m_tabs = false;
+  std::int64_t m_rows = -1;  // as the pane shows them
+  std::string m_notice, m_noticeDetails;
   std::unique_ptr<MainFrameFace> m_face;
   std::unique_ptr<CLoadStatus> m_loadStatus;
 };

@@ -11,6 +11,7 @@
 #include "settings/registry.h"
 #include "shell/child_frame.h"
 #include "shell/command_ids.h"
+#include "shell/failed_open.h"
 #include "shell/realtime_frame.h"
 
 namespace {
@@ -106,6 +107,23 @@ bool CTesseraApp::MakeFrame() {
   MainFrame() = m_frame.get();
   GetHost().SetMainWindow(m_frame.get());
   return true;
+}
+
+// A file that can be read was refused by a person or with a box.
+CDocument* CTesseraApp::OpenDocumentFile(const std::string& path) {
+  CDocument* const document = CWinApp::OpenDocumentFile(path);
+  const std::string why = document ? "" : WhyUnreadable(path);
+  if (m_frame && document)
+    m_frame->SetNotice({});
+  else if (m_frame && !why.empty())
+    m_frame->SetNotice(FailedText({{path, why}}, 1), FailedDetails({{path, why}}));
+  return document;
+}
+
+std::string CTesseraApp::TryOpen(const std::string& path) {
+  if (CWinApp::OpenDocumentFile(path)) return {};
+  const std::string why = WhyUnreadable(path);
+  return why.empty() ? WhyRefused(path) : why;
 }
 
 void CTesseraApp::LoadRecentFiles() {

@@ -26,6 +26,10 @@ class CTesseraApp : public CWinApp {
   bool SaveAllModified() override;
   void CloseAllDocuments() override;
   void OnRecentFilesChanged() override;
+  // Says in the status bar why a file did not open, where nothing else has said so.
+  CDocument* OpenDocumentFile(const std::string& path) override;
+  // The same without a word there: gives why it did not open, empty when it did.
+  std::string TryOpen(const std::string& path);
 
   ShellFaces& Faces() const { return m_faces; }
   CMultiDocTemplate* FileTemplate() const { return m_fileTemplate; }

@@ -29,9 +29,10 @@ TEST_F(CaptureTest, TheDialogAsksForATraceFileToWrite) {
   Connect();
   EXPECT_TRUE(m_document->ToggleCapture());
   EXPECT_FALSE(m_document->IsCapturing());
-  EXPECT_EQ(m_host.Told(),
-            "save dialog \"Save As\" ext=.trc name=\"\" filters=\"Trace Files (*.trc)|*.trc\" -> "
-            "none\n");
+  EXPECT_EQ(
+      m_host.Told(),
+      "save dialog \"Capture Output\" ext=.trc name=\"\" filters=\"Trace Files (*.trc)|*.trc\" -> "
+      "none\n");
   ASSERT_EQ(m_host.m_fileRequests.size(), 1u);
   EXPECT_TRUE(m_host.m_fileRequests[0].save);  // which asks before it overwrites
 }

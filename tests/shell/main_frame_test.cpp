@@ -1,6 +1,8 @@
 // The main frame: panes, bars, sizes, title, menus, dropped files.
 #include "shell/main_frame.h"
 
+#include <sys/stat.h>
+
 #include "shell_fixture.h"
 
 namespace {
@@ -271,6 +273,102 @@ TEST_F(MainFrame, WindowCommandsLayTheChildrenOut) {
     EXPECT_TRUE(Frame().OnCommand(id)) << id;
   }
   EXPECT_EQ(m_log.Told("layout"), "layout cascade\nlayout tile\nlayout arrange icons\n");
+}
+
+TEST_F(MainFrame, FilesThatDoNotOpenAreNamedWithTheReason) {
+  Start();
+  const std::string empty = m_dir.File("empty.trc", "");
+  EXPECT_FALSE(m_app->OpenDocumentFile(empty));
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "Cannot open empty.trc: The file is empty");
+  EXPECT_EQ(Face().m_paneTips[kPaneMessage], empty + ": The file is empty");
+  EXPECT_EQ(m_host.Told(), "") << "no box";
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "Cannot open empty.trc: The file is empty") << "it stays";
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "");
+
+  const std::string fifo = m_dir.File("fifo.trc");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_FALSE(m_app->OpenDocumentFile(fifo));
+  EXPECT_EQ(Face().m_panes[kPaneMessage].find("Cannot open fifo.trc: "), 0U);
+  Frame().Children().front()->OnActivate(false);
+  Frame().Children().front()->OnActivate(true);
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "") << "a window that comes to the front takes it away";
+}
+
+TEST_F(MainFrame, AFileThatABoxHasSpokenOfIsNotNamedAgain) {
+  Start();
+  EXPECT_FALSE(m_app->OpenDocumentFile(m_dir.File("other.trc", "no trace file at all")));
+  EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Invalid format.\" (OK) -> OK\n");
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "");
+}
+
+TEST_F(MainFrame, WithoutAStatusBarABoxSaysWhyAFileDoesNotOpen) {
+  Start();
+  Frame().OnCommand(ID_VIEW_STATUS_BAR);
+  const std::string empty = m_dir.File("empty.trc", "");
+  EXPECT_FALSE(m_app->OpenDocumentFile(empty));
+  EXPECT_EQ(m_host.Told(),
+            "box Tessera [warning] \"" + empty + ": The file is empty\" (OK) -> OK\n");
+}
+
+TEST_F(MainFrame, OfSeveralDroppedFilesThoseThatFailedAreNamed) {
+  Start();
+  const std::string empty = m_dir.File("empty.trc", "");
+  const std::string other = m_dir.File("other.trc", "no trace file at all");
+  Frame().OnDropFiles({WriteTraces("web.trc", 1), empty, other, WriteTraces("db.trc", 1)});
+  EXPECT_EQ(m_app->FileTemplate()->Documents().size(), 2U);
+  EXPECT_EQ(
+      Face().m_panes[kPaneMessage],
+      "2 of 4 files did not open: empty.trc (The file is empty), other.trc (Invalid format.)");
+  EXPECT_EQ(Face().m_paneTips[kPaneMessage],
+            empty + ": The file is empty\n" + other + ": Invalid format.");
+  Frame().OnDropFiles({WriteTraces("a.trc", 1), WriteTraces("b.trc", 1)});
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "");
+  Frame().OnDropFiles({empty});
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "Cannot open empty.trc: The file is empty");
+}
+
+TEST_F(MainFrame, OfManyThatFailedTheFirstOnesAreNamedAndTheRestCounted) {
+  Start();
+  std::vector<std::string> paths;
+  for (const char* name : {"1.trc", "2.trc", "3.trc", "4.trc", "5.trc"})
+    paths.push_back(m_dir.File(name, ""));
+  Frame().OnDropFiles(paths);
+  EXPECT_EQ(Face().m_panes[kPaneMessage],
+            "5 of 5 files did not open: 1.trc (The file is empty), 2.trc (The file is empty), "
+            "3.trc (The file is empty) and 2 more");
+}
+
+TEST_F(MainFrame, ADamagedFileSaysSoWhileItIsInFront) {
+  Start();
+  TrcImage image;
+  image.Trace("up").Raw(12).Raw(12).Trace("down").Cut(1);
+  ASSERT_TRUE(Open(image.WriteTo(m_dir.File("web.trc"))));
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "damaged: 2 bytes skipped, last record cut");
+  EXPECT_EQ(Face().m_paneTips[kPaneMessage],
+            "damaged: 2 bytes skipped from byte 63 on, last record cut at byte 65");
+  ASSERT_TRUE(Open(WriteTraces("db.trc", 1)));
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "");
+  Frame().Children().front()->ActivateFrame();
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "damaged: 2 bytes skipped, last record cut");
+}
+
+TEST_F(MainFrame, TheRowCountsToolTipSaysOfHowManyInGroupsOfDigits) {
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1234)));
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "1234");
+  EXPECT_EQ(Face().m_paneTips[kPaneRowCount], "1,234 of 1,234 traces");
+  Frame().SendMessage(WM_TRACE_ROWCOUNT, 12);
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_paneTips[kPaneRowCount], "12 of 1,234 traces");
+  m_app->CloseAllDocuments();
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_paneTips[kPaneRowCount], "");
 }
 
 }  // namespace

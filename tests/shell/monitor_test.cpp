@@ -303,4 +303,37 @@ TEST_F(MonitorTest, TheEndOfTheProgramEndsConnectionsThatStillStand) {
   EXPECT_TRUE(m_host.Timers().empty());
 }
 
+TEST_F(MonitorTest, TheMessagePaneSaysWhatTheMonitorInFrontDoes) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(m_dir.Path());
+  const auto message = [this] {
+    Frame().OnIdle();
+    return Face().m_panes[kPaneMessage];
+  };
+  NewMonitor("web");
+  EXPECT_EQ(message(), "following");
+  auto& list = ListOf(*Frame().Children()[0]).List();
+  m_service.Last().SendMany(200);
+  m_host.TickTimers();
+  EXPECT_EQ(message(), "following");
+  list.EnsureVisible(0);
+  EXPECT_EQ(message(), "not following");
+  list.EnsureVisible(199);
+  m_host.AnswerFileDialog(m_dir.File("night.trc"));
+  Frame().OnCommand(ID_FILE_CAPTURE);
+  EXPECT_EQ(message(), "following, capturing to night.trc");
+  Frame().OnCommand(ID_VIEW_PAUSE);
+  EXPECT_EQ(message(), "paused, capturing to night.trc");
+  m_service.Last().m_up = false;
+  EXPECT_EQ(message(), "not connected, capturing to night.trc");
+  Frame().OnCommand(ID_FILE_CAPTURE);
+  EXPECT_EQ(message(), "not connected");
+  m_service.Last().m_up = true;
+  Frame().OnCommand(ID_VIEW_PAUSE);
+  EXPECT_EQ(message(), "following");
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  EXPECT_EQ(message(), "");
+  std::filesystem::current_path(before);
+}
+
 }  // namespace

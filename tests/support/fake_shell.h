@@ -43,6 +43,7 @@ class FakeMainFrameFace : public MainFrameFace {
     m_panes[pane] = text;
     m_log.Add("main pane " + std::to_string(pane) + " \"" + text + "\"");
   }
+  void SetPaneToolTip(unsigned pane, const std::string& text) override { m_paneTips[pane] = text; }
   void Show(bool maximised) override {
     m_shown = true;
     m_log.Add(maximised ? "main show maximised" : "main show");
@@ -77,7 +78,7 @@ class FakeMainFrameFace : public MainFrameFace {
   int m_widthPx, m_heightPx;
   std::string m_title;
   unsigned m_menu = 0;
-  std::map<unsigned, std::string> m_panes;
+  std::map<unsigned, std::string> m_panes, m_paneTips;
   std::map<unsigned, bool> m_bars;
   bool m_shown = false;
   bool m_closed = false;

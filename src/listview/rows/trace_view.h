@@ -42,6 +42,7 @@ class CTraceView : public CView, public RowListOwner {
   CTraceDoc& Document() const { return m_document; }
   const RowStore& Rows() const { return m_rows; }
   RowList& List() const { return *m_list; }
+  bool AtBottom() const;  // the last row shows, so that the list follows what is added
   // Goes on from the focused row to the next one whose text matches; says so when there is none.
   void FindInRows();
   // Sends hint 1006 for the event to the other views if the document synchronises.
@@ -66,7 +67,6 @@ class CTraceView : public CView, public RowListOwner {
   void RemoveRows(const CTraceHint& hint);
   void FollowTrace(CView* sender, const TraceEvent_i& target);
   void SelectRow(CView* sender, int row);
-  bool AtBottom() const;
   TraceEvent_i* EventOfRow(int row) const;  // null when there is no such row
   int NearestRow(const TraceEvent_i& target) const;
   void TellStatus();

@@ -12,6 +12,7 @@ void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome
   request.mutable_subscribe();
   connection.Send(FrameType::Request, request);
   if (m_paused) SendState(connection);
+  m_up = true;
 }
 
 void LiveReader::SetPaused(bool paused) {
@@ -33,6 +34,7 @@ void LiveReader::SendState(Connection& connection) {
 }
 
 void LiveReader::OnDown(const std::string&) {
+  m_up = false;
   // Without its ledger a batch cannot be counted: it comes to light as part of the gap.
   DropStaged();
 }

@@ -3,7 +3,7 @@
 //
 // Owner    Puts batches into a queue that outlives it.
 // Errors   A frame that must not be, or data that is malformed, breaks the connection.
-// Threads  The link's; Paused and the counts from any.
+// Threads  The link's; Paused, IsUp and the counts from any.
 #pragma once
 
 #include <atomic>
@@ -25,6 +25,7 @@ class LiveReader final : public ServiceLink::User {
   void Attach(ServiceLink& link) { m_link = &link; }
   void SetPaused(bool paused);
   std::uint64_t Lost() const { return m_lost.load(std::memory_order_relaxed); }
+  bool IsUp() const { return m_up.load(std::memory_order_relaxed); }
 
   void OnUp(Connection& connection, const quor::wire::Welcome& welcome) override;
   void OnFrame(const Frame& frame) override;
@@ -53,6 +54,7 @@ class LiveReader final : public ServiceLink::User {
   std::size_t m_stagedBytes = 0;
   bool m_firstOfStream = false;
   std::atomic<bool> m_paused{false};
+  std::atomic<bool> m_up{false};
   std::uint32_t m_lastRequest = 0;
   // While the queue is full: what stood in the batches that were turned away.
   bool m_turningAway = false, m_turnedWhilePaused = false, m_keptFirst = false;

@@ -50,6 +50,7 @@ class TraceThread final : public TraceThread_i {
   void Pause() override { m_reader.SetPaused(m_paused = true); }
   void Resume() override { m_reader.SetPaused(m_paused = false); }
   Counts GetCounts() const override { return {m_queue.Delivered(), m_reader.Lost()}; }
+  bool IsUp() const override { return m_reader.IsUp(); }
 
  private:
   using Clock = std::chrono::steady_clock;

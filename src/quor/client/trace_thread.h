@@ -41,6 +41,8 @@ class TraceThread_i {
     std::uint64_t lost = 0;       // told by the service, or found in a gap
   };
   virtual Counts GetCounts() const = 0;
+  // False while a connection that broke has not mended itself yet.
+  virtual bool IsUp() const { return true; }
 
  protected:
   virtual ~TraceThread_i() = default;

@@ -99,6 +99,7 @@ void QtMainFrame::AddSystemKeys() {
 void QtMainFrame::Idle() {
   m_actions->UpdateAll();
   m_menus->Refresh();
+  m_frame.OnIdle();
   if (m_window->isActiveWindow()) m_panes->ShowLocks(ReadKeyboardLocks());
 }
 
@@ -119,6 +120,10 @@ void QtMainFrame::SetMenu(unsigned resource) {
 
 void QtMainFrame::SetPaneText(unsigned pane, const std::string& text) {
   m_panes->SetPaneText(pane, QString::fromStdString(text));
+}
+
+void QtMainFrame::SetPaneToolTip(unsigned pane, const std::string& text) {
+  m_panes->SetPaneToolTip(pane, QString::fromStdString(text));
 }
 
 void QtMainFrame::Show(bool maximised) {

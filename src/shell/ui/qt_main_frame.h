@@ -23,6 +23,7 @@ class QtMainFrame : public MainFrameFace {
   void SetTitle(const std::string& title) override;
   void SetMenu(unsigned resource) override;
   void SetPaneText(unsigned pane, const std::string& text) override;
+  void SetPaneToolTip(unsigned pane, const std::string& text) override;
   void Show(bool maximised) override;
   void Close() override;
   std::unique_ptr<ChildFrameFace> CreateChild(CMDIChildWnd& child, int widthPx,

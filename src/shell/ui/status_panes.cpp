@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 
+#include "docview/ui/plain_tool_tip.h"
 #include "shell/menu_resources.h"
 
 namespace {
@@ -42,13 +43,29 @@ class Pane : public QLabel {
   }
 };
 
+// A text that takes what room there is: a long one is cut at its end.
+class MessagePane : public QLabel {
+ public:
+  using QLabel::QLabel;
+  QSize minimumSizeHint() const override { return QSize(1, QLabel::minimumSizeHint().height()); }
+  QSize sizeHint() const override { return minimumSizeHint(); }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter p(this);
+    const QRect room = contentsRect();
+    p.drawText(room, Qt::AlignVCenter | Qt::AlignLeft,
+               fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
+  }
+};
+
 }  // namespace
 
 StatusPanes::StatusPanes(QWidget* parent) : QStatusBar(parent) {
   setSizeGripEnabled(true);
   for (const StatusIndicator& indicator : StatusIndicators()) {
     const bool message = indicator.id == kPaneMessage;
-    QLabel* pane = message ? new QLabel(this) : new Pane(this);
+    QLabel* pane = message ? static_cast<QLabel*>(new MessagePane(this)) : new Pane(this);
     pane->setTextFormat(Qt::PlainText);
     pane->setAccessibleDescription(Description(indicator.id));
     m_panes[indicator.id] = pane;
@@ -87,6 +104,13 @@ void StatusPanes::SetPaneText(unsigned pane, const QString& text) {
 QString StatusPanes::PaneText(unsigned pane) const {
   const auto found = m_panes.find(pane);
   return found == m_panes.end() ? QString() : found->second->text();
+}
+
+void StatusPanes::SetPaneToolTip(unsigned pane, const QString& text) {
+  const auto found = m_panes.find(pane);
+  if (found == m_panes.end()) return;
+  const QString tip = PlainToolTip(text);
+  if (found->second->toolTip() != tip) found->second->setToolTip(tip);
 }
 
 void StatusPanes::ShowLocks(const KeyboardLocks& locks) {

@@ -16,6 +16,7 @@ class StatusPanes : public QStatusBar {
   // An unknown pane is ignored.
   void SetPaneText(unsigned pane, const QString& text);
   QString PaneText(unsigned pane) const;
+  void SetPaneToolTip(unsigned pane, const QString& text);
   void ShowLocks(const KeyboardLocks& locks);
 
  protected:

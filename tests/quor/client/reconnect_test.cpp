@@ -30,6 +30,15 @@ TEST_F(ReconnectTest, TheGapIsShownWhereItIsAndCounted) {
   EXPECT_EQ(Counted(), "2 delivered, 100 lost");
 }
 
+TEST_F(ReconnectTest, AConnectionThatBrokeIsDownUntilItHasMendedItself) {
+  Start();
+  EXPECT_TRUE(m_thread->IsUp());
+  m_peer.reset();
+  ASSERT_TRUE(Eventually([&] { return !m_thread->IsUp(); }));
+  Reconnect();
+  EXPECT_TRUE(Eventually([&] { return m_thread->IsUp(); }));
+}
+
 TEST_F(ReconnectTest, TheTraceOfAGapLooksAsProgramsExpectIt) {
   Start();
   Reconnect();

@@ -9,6 +9,7 @@
 #include <QTreeView>
 #include <functional>
 
+#include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/qt_host.h"
 #include "support/qt_test_main.h"
 #include "tree/filter/filter_tree_text.h"
@@ -202,7 +203,7 @@ TEST_F(FilterFaceTest, MarkupInANameIsShownAsItIs) {
   Run([this](QDialog&, QTreeView& tree) {
     const QModelIndex name = At(tree, {"All Components", "<b>net</b>"});
     EXPECT_EQ(name.data(Qt::DisplayRole), "<b>net</b>");
-    EXPECT_EQ(name.data(Qt::ToolTipRole), "<qt>&lt;b&gt;net&lt;/b&gt;</qt>");
+    EXPECT_EQ(name.data(Qt::ToolTipRole), PlainToolTip("<b>net</b>"));
   });
 }
 

@@ -1,0 +1,50 @@
+#include "shell/front_words.h"
+
+#include "base/text.h"
+#include "documents/trace_file_doc.h"
+#include "documents/trace_realtime_doc.h"
+#include "docview/frame.h"
+#include "listview/rows/trace_view.h"
+
+namespace {
+
+void Say(const std::string& words, std::string& message) {
+  if (!message.empty()) message += ", ";
+  message += words;
+}
+
+void DescribeFile(const CTraceFileDoc& file, FrontWords& words) {
+  if (!file.Damage().Any()) return;
+  words.message = "damaged: " + DamageText(file.Damage());
+  words.details = "damaged: " + DamageText(file.Damage(), true);
+}
+
+void DescribeMonitor(const CTraceRealtimeDoc& monitor, const CView* view, FrontWords& words) {
+  if (!monitor.IsLive()) {
+    Say("not connected", words.message);
+  } else if (monitor.IsPaused()) {
+    Say("paused", words.message);
+  } else if (const auto* const list = dynamic_cast<const CTraceView*>(view)) {
+    Say(list->AtBottom() ? "following" : "not following", words.message);
+  }
+  if (!monitor.IsCapturing()) return;
+  Say("capturing to " + monitor.CaptureName(), words.message);
+  words.details = words.message;
+}
+
+}  // namespace
+
+FrontWords WordsOfFront(const CMDIChildWnd* front, std::int64_t rows) {
+  FrontWords words;
+  const CDocument* const document = front ? front->GetActiveDocument() : nullptr;
+  const auto* const traces = dynamic_cast<const CTraceDoc*>(document);
+  if (!traces) return words;
+  if (const auto* const file = dynamic_cast<const CTraceFileDoc*>(document))
+    DescribeFile(*file, words);
+  if (const auto* const monitor = dynamic_cast<const CTraceRealtimeDoc*>(document))
+    DescribeMonitor(*monitor, front->GetActiveView(), words);
+  if (rows >= 0)
+    words.rows = GroupDigits(static_cast<std::uint64_t>(rows)) + " of " +
+                 GroupDigits(traces->m_traces.size()) + " traces";
+  return words;
+}

@@ -5,6 +5,7 @@
 #include <deque>
 #include <mutex>
 
+#include "docview/dialog.h"
 #include "docview/host.h"
 
 class BenchHost final : public Host {
@@ -15,11 +16,18 @@ class BenchHost final : public Host {
   }
   void PostBox(MessageBoxRequest request, std::function<void()>) override { MessageBox(request); }
   std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest&) override { return {}; }
-  int RunDialog(CDialog&) override { return 2; }
+  // Of long work; nothing else asks here.
+  int RunDialog(CDialog& dialog) override {
+    while (!dialog.Ended() && m_tick) m_tick();
+    return dialog.Result();
+  }
   std::unique_ptr<DialogFace> ShowModeless(CDialog&) override { return nullptr; }
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
-  TimerId SetTimer(unsigned, std::function<void()>) override { return 0; }
+  TimerId SetTimer(unsigned, std::function<void()> tick) override {
+    m_tick = std::move(tick);
+    return 1;
+  }
   void KillTimer(TimerId) override {}
 
   void Post(std::function<void()> call) override {
@@ -40,6 +48,7 @@ class BenchHost final : public Host {
   }
 
  private:
+  std::function<void()> m_tick;
   std::mutex m_mutex;
   std::condition_variable m_posted;
   std::deque<std::function<void()>> m_calls;

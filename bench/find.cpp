@@ -96,7 +96,7 @@ void WholeSearch(const Texts& texts, const char* wanted) {
       [&] {
         for (std::size_t from = 0; from < texts.traces.size(); from += kTextsPerSearch) {
           SomeTexts walk(texts.traces, from, kTextsPerSearch);
-          complete &= RunSearch(host, walk) == FindResult::NotFound;
+          complete &= RunSearch(host, nullptr, walk) == FindResult::NotFound;
         }
       });
   Report("search of a view, no hit / memmem", texts, measured, kMostOfMemmem, complete ? 0 : 1,

@@ -58,6 +58,12 @@ class CDocument : public CCmdTarget {
   void SetModifiedFlag(bool modified) { m_modified = modified; }
   bool IsModified() const { return m_modified; }
 
+  // Does long work read the document (docview/long_work.h)? Then nothing may change it: a monitor
+  // leaves its traces in their queue. Several works may nest.
+  bool IsWorkedOn() const { return m_works > 0; }
+  void BeginWork() { ++m_works; }
+  void EndWork() { --m_works; }
+
   CMultiDocTemplate* GetDocTemplate() const { return m_template; }
   Host& GetHost() const { return m_host; }
 
@@ -72,6 +78,7 @@ class CDocument : public CCmdTarget {
   CMultiDocTemplate* m_template = nullptr;
   std::vector<CView*> m_views;
   std::string m_title, m_path;
+  int m_works = 0;
   bool m_modified = false;
   bool m_closing = false;  // OnCloseDocument has begun
 };

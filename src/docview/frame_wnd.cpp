@@ -27,6 +27,10 @@ CView* CFrameWnd::AddView(std::unique_ptr<CView> view) {
   return m_views.back().get();
 }
 
+void CFrameWnd::RemoveView(CView* view) {
+  std::erase_if(m_views, [view](const auto& each) { return each.get() == view; });
+}
+
 CView* CFrameWnd::MainPane() const {
   for (const auto& view : m_views) {
     if (view->GetDlgCtrlID() == CView::kMainPane) return view.get();

@@ -20,6 +20,8 @@ class CFrameWnd : public CWnd {
   void SetActiveView(CView* view, bool notify = true);
   // Takes ownership and makes the view part of this frame.
   CView* AddView(std::unique_ptr<CView> view);
+  // Destroys it. REQUIRES: not the active view.
+  void RemoveView(CView* view);
   const std::vector<std::unique_ptr<CView>>& Views() const { return m_views; }
   // Makes the main pane's view the active one if none is, and brings the titles up to date. If
   // `visible`: OnInitialUpdate on every view of the frame, the hidden ones too, then the frame is

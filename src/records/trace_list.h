@@ -5,8 +5,7 @@
 //          holds the pointer. Blocks double up to 2 MiB and are made for huge pages.
 // Owner    The list owns its traces; the pointers it gives are good until the trace is popped or
 //          the list cleared. A slot never moves.
-// Errors   std::bad_alloc.
-// Threads  One at a time.
+// Errors   std::bad_alloc. Threads  One at a time.
 #pragma once
 
 #include <algorithm>
@@ -50,22 +49,23 @@ class TraceList_t {
   // How many traces have left at the front since the list was made or cleared: position + Popped()
   // names a trace for as long as it is in the list, whatever is trimmed before it.
   std::uint64_t Popped() const { return m_popped; }
-  // Grows by one at each Clear.
-  std::uint64_t Generation() const { return m_generation; }
-  // Bytes of storage held, for the figures of the benchmarks.
-  std::size_t StorageBytes() const;
+  std::uint64_t Generation() const { return m_generation; }  // grows by one at each Clear
+  std::size_t StorageBytes() const;  // held, for the figures of the benchmarks
 
-  // Calls visit(TraceEvent_i*) for positions [from, size()) in order, without a look-up per trace.
+  // Calls visit(TraceEvent_i*) for positions [from, end <= size()) in order, without look-ups.
   template <class Visit>
-  void ForEach(std::size_t from, Visit&& visit) const {
-    const std::size_t all = size();
-    while (from < all) {
+  void ForEachIn(std::size_t from, std::size_t end, Visit&& visit) const {
+    while (from < end) {
       const Place place = PlaceOf(m_popped + from);
-      const std::size_t run = std::min(all - from, SlotsOf(place.block) - place.slot);
+      const std::size_t run = std::min(end - from, SlotsOf(place.block) - place.slot);
       const Slot* slot = m_blocks[place.block - m_firstBlock] + place.slot;
-      for (const Slot* const end = slot + run; slot != end; ++slot) visit(EventIn(slot));
+      for (const Slot* const last = slot + run; slot != last; ++slot) visit(EventIn(slot));
       from += run;
     }
+  }
+  template <class Visit>
+  void ForEach(std::size_t from, Visit&& visit) const {
+    ForEachIn(from, size(), visit);
   }
 
  private:

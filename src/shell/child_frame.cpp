@@ -45,10 +45,7 @@ void CTraceChildFrame::OnToggleTree() {
   CDocument* const document = GetActiveDocument();
   if (!m_list) m_list = dynamic_cast<CTraceView*>(GetActiveView());
   if (!document || !m_list) return;
-  if (m_treeShown)
-    HandToList();
-  else
-    HandToTree();
+  if (!(m_treeShown ? HandToList() : HandToTree())) return;
   m_treeShown = !m_treeShown;
   CView* shown = m_tree;
   CView* hidden = m_list;
@@ -62,13 +59,18 @@ void CTraceChildFrame::OnToggleTree() {
   shown->Control()->SetFocus();
 }
 
-void CTraceChildFrame::HandToList() {
+// A rebuild that the person cancels leaves all as it was, here and below: the view that shows, the
+// other one, and the mark of the filter, so that the next toggle hands it over.
+bool CTraceChildFrame::HandToList() {
   m_list->m_currentEvent = m_tree->CurrentEvent();
-  if (!std::exchange(m_tree->m_filterChanged, false)) return;
-  m_list->SetFilter(m_tree->m_filter, true);
+  // A tree that is left because it could not be built hands over nothing: it must not stay.
+  if (!m_tree->m_filterChanged || !m_tree->IsBuilt()) return true;
+  if (!m_list->SetFilter(m_tree->m_filter, true)) return false;
+  m_tree->m_filterChanged = false;
+  return true;
 }
 
-void CTraceChildFrame::HandToTree() {
+bool CTraceChildFrame::HandToTree() {
   const bool made = !m_tree;
   if (made) {
     ShellFaces& faces = m_main.Tessera().Faces();
@@ -76,7 +78,15 @@ void CTraceChildFrame::HandToTree() {
         m_list->Document(), [&faces](TreeControlOwner& owner) { return faces.CreateTree(owner); });
     m_tree = static_cast<CProcView*>(AddView(std::move(tree)));
   }
-  // A new tree is filled by its first update.
-  if (std::exchange(m_list->m_filterChanged, false)) m_tree->SetFilter(m_list->m_filter, !made);
+  // A new tree is filled behind this.
+  bool whole = !m_list->m_filterChanged || m_tree->SetFilter(m_list->m_filter, !made);
+  // Before it shows, so that the list stays in view while it is built.
+  whole = whole && m_tree->Build();
+  if (!whole) {
+    if (made) RemoveView(std::exchange(m_tree, nullptr));
+    return false;
+  }
+  m_list->m_filterChanged = false;
   m_tree->m_currentEvent = m_list->CurrentEvent();
+  return true;
 }

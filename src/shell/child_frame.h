@@ -28,8 +28,9 @@ class CTraceChildFrame : public CMDIChildWnd {
   static constexpr unsigned kOtherPane = 59649;  // of the view that does not show
 
   void OnToggleTree();
-  void HandToList();
-  void HandToTree();
+  // Give the other view what it needs to show; false: the toggle is cancelled.
+  bool HandToList();
+  bool HandToTree();
 
   CMainFrame& m_main;
   bool m_treeShown = false;

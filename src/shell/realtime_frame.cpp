@@ -5,7 +5,6 @@
 
 #include "documents/trace_realtime_doc.h"
 #include "settings/globals.h"
-#include "tree/find/find_search.h"
 
 namespace {
 
@@ -43,9 +42,9 @@ void CTraceRealtimeFrame::OnDestroy() {
 }
 
 void CTraceRealtimeFrame::OnTimer(unsigned) {
-  // What a search walks over stays as it is; the traces wait in their queue.
-  if (SearchIsRunning()) return;
-  if (CTraceRealtimeDoc* const monitor = ActiveMonitor()) monitor->Drain();
+  CTraceRealtimeDoc* const monitor = ActiveMonitor();
+  // What long work reads stays as it is; the traces wait in their queue.
+  if (monitor && !monitor->IsWorkedOn()) monitor->Drain();
 }
 
 CTraceRealtimeDoc* CTraceRealtimeFrame::ActiveMonitor() const {

@@ -157,21 +157,24 @@ TEST_F(MonitorTest, ATickDrainsIntoTheList) {
   EXPECT_EQ(Face().m_panes[kPaneRowCount], "3");
 }
 
-TEST_F(MonitorTest, WhileALongSearchRunsTheTracesWaitInTheirQueue) {
+TEST_F(MonitorTest, WhileLongWorkReadsAMonitorItsTracesWaitInTheirQueueAndOtherMonitorsGoOn) {
   NewMonitor("web");
-  m_service.Last().SendMany(3);
+  NewMonitor("db");
+  for (const auto& connection : m_service.m_connections) connection->SendMany(3);
   m_host.TickTimers();
   EndlessTexts walk;
   ASSERT_EQ(RegexPrepare("needle", 0, 1, 0, 0), 1);
-  m_host.AnswerDialog([&](CDialog& box) {
-    m_service.Last().SendMany(2);
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    for (const auto& connection : m_service.m_connections) connection->SendMany(2);
     m_host.TickTimers();
-    EXPECT_EQ(Rows(), 3);
+    EXPECT_EQ(Rows(0), 3);
+    EXPECT_EQ(Rows(1), 5);
     box.OnCancel();
   });
-  EXPECT_EQ(RunSearch(m_host, walk), FindResult::Cancelled);
+  CDocument* const web = Frame().Children()[0]->GetActiveDocument();
+  EXPECT_EQ(RunSearch(m_host, web, walk), FindResult::Cancelled);
   m_host.TickTimers();
-  EXPECT_EQ(Rows(), 5);
+  EXPECT_EQ(Rows(0), 5);
 }
 
 TEST_F(MonitorTest, AFrameThatIsNotInFrontDrainsToo) {

@@ -4,9 +4,12 @@
 #include "shell_fixture.h"
 #include "support/fake_connection.h"
 #include "support/fake_tree_control.h"
+#include "support/short_pieces.h"
 #include "tree/proc/proc_view.h"
 
 namespace {
+
+constexpr int kMany = 10000;  // traces whose rebuild has several parts
 
 class TreeToggle : public ShellTest {
  protected:
@@ -245,6 +248,87 @@ TEST_F(TreeToggle, AClearEmptiesBothViewsAndLeavesNothingToSelect) {
   Toggle();
   Toggle();
   EXPECT_EQ(Tree().CurrentEvent(), nullptr);
+}
+
+// ---- toggles that take long
+
+TEST_F(TreeToggle, ACancelledFirstToggleLeavesTheListAsIfItHadNotBeen) {
+  OpenFile(kMany);
+  Focus(4);
+  m_list->m_filterChanged = true;
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    EXPECT_EQ(dynamic_cast<FakeChildFace&>(*Child().Face()).m_view, m_list)
+        << "the list is seen while the tree is built";
+    box.OnCancel();
+  });
+  Toggle();
+  EXPECT_EQ(Child().GetActiveView(), m_list);
+  EXPECT_EQ(m_list->GetDlgCtrlID(), 59648U);
+  EXPECT_EQ(Child().Views().size(), 1U);
+  EXPECT_EQ(m_list->Document().Views().size(), 1U);
+  EXPECT_FALSE(State(ID_VIEW_PROC).IsChecked());
+  EXPECT_FALSE(State(ID_VIEW_SYNCHRONIZE).IsEnabled());
+  EXPECT_TRUE(m_list->m_filterChanged);
+  EXPECT_EQ(FocusedText(), "5");
+  Toggle();
+  EXPECT_EQ(Tree().Model().TraceCount(), kMany);
+  EXPECT_EQ(SelectedText(), "5");
+}
+
+TEST_F(TreeToggle, AFilterWhoseHandOverToTheTreeIsCancelledGoesOverWithTheNextToggle) {
+  OpenFile(kMany);
+  Toggle();
+  CProcView& tree = Tree();
+  Toggle();
+  m_list->SetFilter(WithoutNine(), true);
+  m_list->m_filterChanged = true;
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  Toggle();
+  EXPECT_EQ(Child().GetActiveView(), m_list);
+  EXPECT_TRUE(m_list->m_filterChanged);
+  EXPECT_EQ(tree.Model().TraceCount(), kMany);
+  EXPECT_EQ(tree.m_filter.allTraces, 1);
+  Toggle();
+  EXPECT_EQ(tree.Model().TraceCount(), kMany / 2);
+}
+
+TEST_F(TreeToggle, AFilterWhoseHandOverToTheListIsCancelledGoesOverWithTheNextToggle) {
+  OpenFile(kMany);
+  Toggle();
+  CProcView& tree = Tree();
+  tree.SetFilter(WithoutNine(), true);
+  tree.m_filterChanged = true;
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  Toggle();
+  EXPECT_EQ(Child().GetActiveView(), &tree);
+  EXPECT_TRUE(State(ID_VIEW_PROC).IsChecked());
+  EXPECT_TRUE(tree.m_filterChanged);
+  EXPECT_EQ(m_list->Rows().Size(), kMany);
+  Toggle();
+  EXPECT_EQ(Child().GetActiveView(), m_list);
+  EXPECT_EQ(m_list->Rows().Size(), kMany / 2);
+}
+
+// The tree shows while its document loads; nothing of it stays to pass for the document's.
+TEST_F(TreeToggle, ATreeThatIsCancelledAtTheEndOfTheLoadGivesWayToTheList) {
+  OpenFile(kMany);
+  m_list->Document().m_loading = true;
+  Toggle();
+  CProcView& tree = Tree();
+  tree.m_filterChanged = true;
+  m_list->Document().m_loading = false;
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  tree.SendMessage(WM_TRACE_UPDATE, kHintReady, 0);
+  EXPECT_EQ(Child().GetActiveView(), m_list);
+  EXPECT_EQ(m_list->Rows().Size(), kMany);
+  EXPECT_EQ(tree.Model().TraceCount(), 0);
+  Toggle();
+  EXPECT_EQ(Child().GetActiveView(), &tree);
+  EXPECT_EQ(tree.Model().TraceCount(), kMany);
 }
 
 TEST_F(TreeToggle, FortyTogglesUnderALiveStreamWithTrims) {

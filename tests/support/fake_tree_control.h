@@ -14,8 +14,9 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
  public:
   explicit FakeTreeControl(TreeControlOwner& owner) : m_owner(owner) {}
 
-  int pageRows = 10;        // how many rows show whole
-  int insertionsLeft = -1;  // 0: InsertItem fails from now on; -1: never
+  int pageRows = 10;         // how many rows show whole
+  int insertionsLeft = -1;   // 0: InsertItem fails from now on; -1: never
+  int failingInsertion = 0;  // the one with this number fails, counted down to 1; 0: none
   int inserted = 0;
   int deleted = 0;  // by DeleteItem with an item, not those below it
   // "redraw off", "select b", "visible b", "clear".
@@ -32,6 +33,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
 
   TreeItem InsertItem(TreeItem parent, TreeItemData data, bool hasChildren) override {
     if (insertionsLeft == 0) return 0;
+    if (failingInsertion > 0 && --failingInsertion == 0) return 0;
     if (insertionsLeft > 0) --insertionsLeft;
     ++inserted;
     return m_items.Add(parent, data, hasChildren);
@@ -59,9 +61,6 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   }
   TreeItemData ItemData(TreeItem item) const override { return item ? m_items.Get(item).data : 0; }
   unsigned ItemState(TreeItem item) const override { return item ? m_items.Get(item).state : 0; }
-  void SetExpandedOnce(TreeItem item) override {
-    if (m_items.Has(item)) m_items.State(item) |= kTreeExpandedOnce;
-  }
   TreeItem Walk(TreeItem from, TreeStep step) const override { return m_items.Walk(from, step); }
 
   void ItemTextChanged(TreeItem item) override {
@@ -72,9 +71,8 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
     unsigned& state = m_items.State(item);
     if (open == ((state & kTreeExpanded) != 0) || !(state & kTreeHasChildren)) return;
     if (open) {
-      m_owner.OnTreeItemExpanding(item);
-      if (m_items.Get(item).children.empty()) return;
-      m_items.State(item) |= kTreeExpanded | kTreeExpandedOnce;
+      if (!m_owner.OnTreeItemExpanding(item) || m_items.Get(item).children.empty()) return;
+      m_items.State(item) |= kTreeExpanded;
     } else {
       if (m_items.IsBelow(m_selected, item)) m_selected = item;
       state &= ~static_cast<unsigned>(kTreeExpanded);
@@ -85,13 +83,12 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   void SelectItem(TreeItem item) override {
     if (item && !m_items.Has(item)) return;
     calls.push_back("select " + TextOf(item));
-    OpenAbove(item);
-    m_selected = item;
+    if (OpenAbove(item)) m_selected = item;
   }
   void EnsureVisible(TreeItem item) override {
     if (!item || !m_items.Has(item)) return;
     calls.push_back("visible " + TextOf(item));
-    OpenAbove(item);
+    if (!OpenAbove(item)) return;
     const int row = RowOf(item);
     if (row < m_top)
       m_top = row;
@@ -142,11 +139,15 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
       if (const TreeItem heir = Walk(item, step)) return heir;
     return m_items.Get(item).parent;
   }
-  void OpenAbove(TreeItem item) {
+  bool OpenAbove(TreeItem item) {
     std::vector<TreeItem> path;
     for (item = m_items.Get(item).parent; item; item = m_items.Get(item).parent)
       path.push_back(item);
-    for (; !path.empty(); path.pop_back()) Expand(path.back(), true);
+    for (; !path.empty(); path.pop_back()) {
+      Expand(path.back(), true);
+      if (!(ItemState(path.back()) & kTreeExpanded)) return false;
+    }
+    return true;
   }
   int RowOf(TreeItem item) const {
     const std::vector<TreeItem> rows = m_items.Rows();

@@ -25,6 +25,7 @@
 
 #include "docview/dialog.h"
 #include "docview/host.h"
+#include "docview/work_box.h"
 #include "support/call_line.h"
 #include "support/question_text.h"
 
@@ -40,6 +41,17 @@ class RecordingHost : public Host {
   void AnswerFileDialog(const std::string& path) { AnswerFileDialog(FileDialogAnswer{path, {}}); }
   // What the person does in the next modal dialog; one that is still open behind it is cancelled.
   void AnswerDialog(DialogScript script) { m_dialogScripts.push_back(std::move(script)); }
+  // The same for the next box of long work. One without a script is waited for, without a line in
+  // the transcript: on a slow machine it may come up in any test.
+  void AnswerWorkBox(DialogScript script) { m_workScripts.push_back(std::move(script)); }
+  // Goes on with the work of a box that is up, until it is done.
+  void Finish(CDialog& box) {
+    const TimerId timer = m_workTimers.at(&box);
+    while (!box.Ended()) {
+      const std::function<void()> tick = m_timers.at(timer).second;
+      tick();
+    }
+  }
 
   // What happened so far.
   std::vector<std::string> Transcript() const {
@@ -135,9 +147,16 @@ class RecordingHost : public Host {
     return answer;
   }
   int RunDialog(CDialog& dialog) override {
-    if (!m_dialogScripts.empty()) {
-      const DialogScript script = std::move(m_dialogScripts.front());
-      m_dialogScripts.pop_front();
+    const bool work = dynamic_cast<CWorkBox*>(&dialog) != nullptr;
+    std::deque<DialogScript>& scripts = work ? m_workScripts : m_dialogScripts;
+    if (work) m_workTimers[&dialog] = m_lastTimer;  // the box has just set it
+    if (work && scripts.empty()) {
+      Finish(dialog);
+      return dialog.Result();
+    }
+    if (!scripts.empty()) {
+      const DialogScript script = std::move(scripts.front());
+      scripts.pop_front();
       script(dialog);
     }
     if (!dialog.Ended()) dialog.OnCancel();
@@ -183,10 +202,11 @@ class RecordingHost : public Host {
 
   std::deque<BoxAnswer> m_boxAnswers;
   std::deque<std::optional<FileDialogAnswer>> m_fileAnswers;
-  std::deque<DialogScript> m_dialogScripts;
+  std::deque<DialogScript> m_dialogScripts, m_workScripts;
   std::vector<CDialog*> m_modeless;
   std::map<TimerId, std::pair<unsigned, std::function<void()>>> m_timers;
   TimerId m_lastTimer = 0;
+  std::map<CDialog*, TimerId> m_workTimers;
   int m_waitCursors = 0;
   CallLine m_posted;
 

@@ -13,9 +13,10 @@
 class RecordingTreeOwner final : public TreeControlOwner {
  public:
   std::string TreeItemText(TreeItemData data) override { return "item " + std::to_string(data); }
-  void OnTreeItemExpanding(TreeItem item) override {
+  bool OnTreeItemExpanding(TreeItem item) override {
     told.push_back("expanding " + std::to_string(tree->ItemData(item)));
     if (fill) fill(item);
+    return tree->ItemData(item) != closed;
   }
   void OnTreeClicked(TreeItem item) override { Tell("clicked", item); }
   void OnTreeDoubleClicked() override { told.push_back("double clicked"); }
@@ -24,6 +25,7 @@ class RecordingTreeOwner final : public TreeControlOwner {
 
   TreeControl* tree = nullptr;
   std::function<void(TreeItem)> fill;  // what the owner does at each expansion
+  TreeItemData closed = 0;             // the item that it does not let open
   std::vector<std::string> told;
 
  private:

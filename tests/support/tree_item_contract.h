@@ -18,7 +18,6 @@ TYPED_TEST_P(TreeItemContract, AnEmptyTreeHasNothingAndTakesAnyCall) {
   EXPECT_EQ(this->Tree().SelectedItem(), 0U);
   EXPECT_EQ(this->Tree().ItemState(0), 0U);
   EXPECT_EQ(this->Tree().ItemData(0), 0U);
-  this->Tree().SetExpandedOnce(0);
   this->Tree().Expand(0, true);
   this->Tree().EnsureVisible(0);
   this->Tree().SelectItem(0);

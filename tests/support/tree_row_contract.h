@@ -19,11 +19,11 @@ TYPED_TEST_P(TreeRowContract, TheOwnerIsAskedBeforeAnItemOpensEachTime) {
   };
   this->Tree().Expand(item, true);
   EXPECT_EQ(this->Rows(), "7 71");
-  EXPECT_EQ(this->Tree().ItemState(item), kTreeHasChildren | kTreeExpanded | kTreeExpandedOnce);
+  EXPECT_EQ(this->Tree().ItemState(item), kTreeHasChildren | kTreeExpanded);
   this->Tree().Expand(item, true);  // is open already
   this->Tree().Expand(item, false);
   EXPECT_EQ(this->Rows(), "7");
-  EXPECT_EQ(this->Tree().ItemState(item), kTreeHasChildren | kTreeExpandedOnce);
+  EXPECT_EQ(this->Tree().ItemState(item), kTreeHasChildren);
   this->Tree().Expand(item, true);
   EXPECT_EQ(this->m_owner.told, (std::vector<std::string>{"expanding 7", "expanding 7"}));
 }
@@ -33,6 +33,19 @@ TYPED_TEST_P(TreeRowContract, AnItemThatIsGivenNoChildrenStaysClosed) {
   this->Tree().Expand(item, true);
   EXPECT_EQ(this->m_owner.told, std::vector<std::string>{"expanding 7"});
   EXPECT_EQ(this->Tree().ItemState(item), kTreeHasChildren);
+}
+
+TYPED_TEST_P(TreeRowContract, WhatTheOwnerDoesNotLetOpenStaysClosedAndNothingBelowItIsSelected) {
+  this->AddSmall();
+  this->Tree().SelectItem(this->m_2);
+  this->m_owner.closed = 11;
+  this->Tree().Expand(this->m_1, true);
+  this->Tree().Expand(this->m_11, true);
+  EXPECT_EQ(this->Rows(), "1 11 12 2");
+  this->Tree().SelectItem(this->m_111);
+  this->Tree().EnsureVisible(this->m_111);
+  EXPECT_EQ(this->Rows(), "1 11 12 2");
+  EXPECT_EQ(this->Selected(), 2U);
 }
 
 TYPED_TEST_P(TreeRowContract, ALeafIsNotOpened) {
@@ -121,9 +134,10 @@ TYPED_TEST_P(TreeRowContract, WhatIsSeenStaysWhenItemsBeforeItGo) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(TreeRowContract, TheOwnerIsAskedBeforeAnItemOpensEachTime,
-                            AnItemThatIsGivenNoChildrenStaysClosed, ALeafIsNotOpened,
-                            WhatIsBelowAClosedItemIsInNoRow, SelectingOpensAllAbove,
-                            AClosedItemTakesTheSelectionFromBelowIt,
+                            AnItemThatIsGivenNoChildrenStaysClosed,
+                            WhatTheOwnerDoesNotLetOpenStaysClosedAndNothingBelowItIsSelected,
+                            ALeafIsNotOpened, WhatIsBelowAClosedItemIsInNoRow,
+                            SelectingOpensAllAbove, AClosedItemTakesTheSelectionFromBelowIt,
                             TheSelectionOfADeletedItemGoesOnThenBackThenUp,
                             EnsureVisibleScrollsAsLittleAsNeeded,
                             WhatIsSeenStaysWhenItemsBeforeItGo);

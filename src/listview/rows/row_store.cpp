@@ -19,6 +19,15 @@ void RowStore::Clear() {
   std::deque<TraceRow>().swap(m_rows);
 }
 
+void RowStore::TakeOver(RowStore& other) {
+  m_generation = other.m_generation;
+  m_window = other.m_window;
+  m_begin = other.m_begin;
+  m_end = other.m_end;
+  m_rows.swap(other.m_rows);
+  other.Clear();
+}
+
 void RowStore::ShowAll() {
   Clear();
   m_end = m_begin + m_traces.size();

@@ -29,6 +29,8 @@ class RowStore {
   bool Has(int row) const { return row >= 0 && row < Size(); }
 
   void Clear();
+  // The rows are those of another store on the same list, which loses them.
+  void TakeOver(RowStore& other);
   // The rows are all traces that the document holds now.
   void ShowAll();
   // REQUIRES: the document holds the event, behind those of the rows there are.

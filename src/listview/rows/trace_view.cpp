@@ -1,6 +1,7 @@
 #include "listview/rows/trace_view.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/text.h"
 #include "documents/trace_panes.h"
@@ -85,10 +86,13 @@ TraceEvent_i* CTraceView::EventOfRow(int row) const {
   return GetDocument() && m_rows.Has(row) ? m_rows.EventAt(row) : nullptr;
 }
 
-void CTraceView::SetFilter(const CTraceFilter& filter, bool rebuild) {
-  m_filter = filter;
-  m_filterChanged = false;
-  if (rebuild) RebuildRows();
+bool CTraceView::SetFilter(const CTraceFilter& filter, bool rebuild) {
+  CTraceFilter before = std::exchange(m_filter, filter);
+  const bool changedBefore = std::exchange(m_filterChanged, false);
+  if (!rebuild || RebuildRows()) return true;
+  m_filter = std::move(before);
+  m_filterChanged = changedBefore;
+  return false;
 }
 
 void CTraceView::Follow(TraceEvent_i* event) {

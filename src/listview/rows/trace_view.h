@@ -31,8 +31,9 @@ class CTraceView : public CView, public RowListOwner {
 
   // The trace of the focused row, null without one or when the row has gone.
   TraceEvent_i* CurrentEvent() const;
-  // Copies the filter and clears the changed mark.
-  void SetFilter(const CTraceFilter& filter, bool rebuild);
+  // Copies the filter and clears the changed mark. False when the person cancelled the rebuild:
+  // then filter, mark and rows are as before.
+  bool SetFilter(const CTraceFilter& filter, bool rebuild);
   // Where the selection goes after a rebuild or a return from the tree. Written by the frame before
   // it comes back: what the tree had selected. Null once its trace has gone.
   TraceEvent_i* m_currentEvent = nullptr;
@@ -62,7 +63,8 @@ class CTraceView : public CView, public RowListOwner {
   void CreateColumns();
   void ApplyActiveColumns();
   void OnFitColumns();
-  void RebuildRows();
+  bool RebuildRows();
+  bool FilterInto(RowStore& rows);
   void AddRows(const CTraceHint& hint);
   void RemoveRows(const CTraceHint& hint);
   void FollowTrace(CView* sender, const TraceEvent_i& target);

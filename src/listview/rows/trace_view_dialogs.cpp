@@ -20,8 +20,11 @@ void CTraceView::OnViewProperties() {
 
 void CTraceView::OnFilter() {
   m_filter.MergeDocumentNames(m_document);
+  CTraceFilter before = m_filter;
   CFilterDialog dialog(GetHost(), m_filter, m_document.m_names);
   if (dialog.DoModal() != CDialog::kIdOk) return;
-  RebuildRows();
-  m_filterChanged = true;
+  if (RebuildRows())
+    m_filterChanged = true;
+  else
+    m_filter = std::move(before);
 }

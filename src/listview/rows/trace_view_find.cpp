@@ -61,7 +61,7 @@ void CTraceView::OnEditFind() {
 
 void CTraceView::FindInRows() {
   RowWalk walk(m_rows, m_list->NextItem(-1, kRowFocused), FindSettings.backward != 0);
-  switch (RunSearch(GetHost(), walk)) {
+  switch (RunSearch(GetHost(), &m_document, walk)) {
     case FindResult::Hit:
       // Row -1, where a search stops that began with the first row, means all rows.
       m_list->SetItemState(walk.StopRow(), 0, kRowFocused);

@@ -1,5 +1,6 @@
 // How the list view follows its document: the hints, the rows, the selection.
 #include "documents/trace_panes.h"
+#include "documents/trace_pass.h"
 #include "listview/rows/trace_view.h"
 #include "tree/filter/filter_pass.h"
 
@@ -12,6 +13,23 @@ std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
   return record ? RawTrace(record).SequenceNumber() : event.GetSequenceNumber();
 }
 
+// The rows of all traces that pass a filter.
+class FilteredRows final : public TracePass {
+ public:
+  FilteredRows(const CTraceDoc& document, CTraceFilter& filter, RowStore& rows)
+      : TracePass(document), m_pass(filter), m_rows(rows) {}
+
+ private:
+  void Take(std::size_t from, std::size_t end) override {
+    Traces().ForEachIn(from, end, [this](TraceEvent_i* event) {
+      if (m_pass.Matches(*event)) m_rows.Append(event);
+    });
+  }
+
+  FilterPass m_pass;
+  RowStore& m_rows;
+};
+
 }  // namespace
 
 void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
@@ -23,6 +41,10 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
       ApplyActiveColumns();
       break;
     case kHintReady:
+      if (RebuildRows()) break;
+      // There are no rows to go back to, and none would pass for none that match.
+      m_filter = CTraceFilter();
+      m_filterChanged = true;
       RebuildRows();
       break;
     case kHintAdded:
@@ -43,8 +65,14 @@ bool CTraceView::AtBottom() const {
   return m_list->TopIndex() + m_list->CountPerPage() >= m_list->ItemCount();
 }
 
-void CTraceView::RebuildRows() {
-  CWaitCursor wait(GetHost());
+// The rows that stand stay until the new ones are whole. False when the person cancelled it.
+bool CTraceView::RebuildRows() {
+  const CWaitCursor wait(GetHost());
+  RowStore rows(m_document.m_traces);
+  if (m_filter.allTraces)
+    rows.ShowAll();
+  else if (!FilterInto(rows))
+    return false;
   m_list->SetRedraw(false);
   m_list->SetItemCount(0);
   // Kept: asked behind the line above, this is always true, and a rebuild ends at the last row.
@@ -53,15 +81,7 @@ void CTraceView::RebuildRows() {
   m_currentEvent = CurrentEvent();
   // The control, emptied without a word, has no focus now.
   m_currentRow = -1;
-  if (m_filter.allTraces) {
-    m_rows.ShowAll();
-  } else {
-    m_rows.Clear();
-    FilterPass pass(m_filter);
-    m_document.m_traces.ForEach(0, [&](TraceEvent_i* event) {
-      if (pass.Matches(*event)) m_rows.Append(event);
-    });
-  }
+  m_rows.TakeOver(rows);
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
   if (m_currentEvent) {
@@ -70,6 +90,18 @@ void CTraceView::RebuildRows() {
   }
   if (m_active) TellStatus();
   m_list->SetRedraw(true);
+  return true;
+}
+
+bool CTraceView::FilterInto(RowStore& rows) {
+  // After a clear the control has rows whose traces are gone.
+  if (m_rows.Size() == 0) m_list->SetItemCount(0);
+  for (;;) {
+    rows.Clear();
+    FilteredRows pass(m_document, m_filter, rows);
+    const PassResult result = RunTracePass(m_document, "Filtering...", pass);
+    if (result != PassResult::Void) return result == PassResult::Whole;
+  }
 }
 
 void CTraceView::AddRows(const CTraceHint& hint) {

@@ -5,6 +5,7 @@
 #include <QScreen>
 
 #include "config/ui/machine_face.h"
+#include "docview/ui/work_box_face.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/columns/ui/options_face.h"
 #include "listview/details/ui/trace_detail_face.h"
@@ -18,7 +19,6 @@
 #include "shell/ui/qt_main_frame.h"
 #include "tree/filter/ui/filter_face.h"
 #include "tree/find/ui/find_face.h"
-#include "tree/find/ui/search_box_face.h"
 #include "tree/proc/ui/tree_widget.h"
 
 namespace {
@@ -59,8 +59,8 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CFindDialog>([](CFindDialog& dialog, QWidget* parent) {
     return std::make_unique<FindFace>(dialog, parent);
   });
-  host.RegisterFace<CSearchBox>([](CSearchBox& dialog, QWidget* parent) {
-    return std::make_unique<SearchBoxFace>(dialog, parent);
+  host.RegisterFace<CWorkBox>([](CWorkBox& dialog, QWidget* parent) {
+    return std::make_unique<WorkBoxFace>(dialog, parent);
   });
   host.RegisterFace<CTraceDetailDialog>([](CTraceDetailDialog& dialog, QWidget* parent) {
     return std::make_unique<TraceDetailFace>(dialog, parent);

@@ -1,37 +1,26 @@
 #include "tree/find/find_search.h"
 
-#include <chrono>
-
+#include "docview/long_work.h"
 #include "tree/find/find_dialog.h"
-#include "tree/find/search_box.h"
 #include "tree/regex/regex.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+// Steps of the matcher and candidates in one part.
+constexpr std::uint64_t kStepsPerPart = 50000;
+constexpr unsigned kTextsPerPart = 128;
 
-// How long a search may hold the window: first, before its box comes up, and then at a time.
-constexpr std::chrono::milliseconds kFirstPiece{300}, kPiece{40};
-// Steps of the matcher and candidates between two looks at the clock.
-constexpr std::uint64_t kStepsPerLook = 50000;
-constexpr unsigned kTextsPerLook = 128;
-
-int g_boxes = 0;  // searches whose box is up
-
-class Search {
+class Search final : public LongWork {
  public:
   explicit Search(FindWalk& walk) : m_walk(walk) {}
 
   FindResult Result() const { return m_result; }
-  // Works until the search is done, then true, or the time is up. Always goes on a little.
-  bool Work(std::chrono::milliseconds time) {
-    const Clock::time_point end = Clock::now() + time;
-    do {
-      for (unsigned texts = 0; texts < kTextsPerLook && !m_unfinished; ++texts)
-        if (TestNext()) return true;
-      if (m_unfinished && Take(RegexResumeText(m_text, kStepsPerLook))) return true;
-    } while (Clock::now() < end);
-    return false;
+  bool DoPart() override {
+    for (unsigned texts = 0; texts < kTextsPerPart && !m_unfinished; ++texts) {
+      if (m_walk.Prepare()) return false;
+      if (TestNext()) return true;
+    }
+    return m_unfinished && Take(RegexResumeText(m_text, kStepsPerPart));
   }
 
  private:
@@ -42,7 +31,7 @@ class Search {
       return true;
     }
     m_text = *text;
-    return Take(RegexBeginText(m_text, kStepsPerLook));
+    return Take(RegexBeginText(m_text, kStepsPerPart));
   }
   bool Take(RegexAnswer answer) {
     m_unfinished = answer == RegexAnswer::Unfinished;
@@ -58,18 +47,10 @@ class Search {
 
 }  // namespace
 
-FindResult RunSearch(Host& host, FindWalk& walk) {
+FindResult RunSearch(Host& host, CDocument* document, FindWalk& walk) {
   Search search(walk);
-  if (search.Work(kFirstPiece)) return search.Result();
-  CSearchBox box(host, [&search] { return search.Work(kPiece); });
-  ++g_boxes;
-  box.DoModal();
-  --g_boxes;
+  RunLongWork(host, document, {CFindDialog::Title(), "Searching..."}, search);
   return search.Result();
-}
-
-bool SearchIsRunning() {
-  return g_boxes > 0;
 }
 
 bool RunFindDialog(Host& host) {

@@ -25,11 +25,15 @@ class BlockStore {
   // In no order that means anything.
   template <class Visit>
   void ForEach(Visit&& visit) {
-    for (std::size_t i = 0; i < m_pieces.size(); ++i) {
-      Slot* const end = i + 1 < m_pieces.size() ? m_pieces[i] + kPieceSlots : m_next;
-      for (Slot* slot = m_pieces[i]; slot != end; ++slot)
-        if (slot->live) visit(*slot->Block());
-    }
+    for (std::size_t piece = 0; piece < Pieces(); ++piece) ForEachIn(piece, visit);
+  }
+  // The same for one of the pieces, each of which holds some thousand blocks.
+  std::size_t Pieces() const { return m_pieces.size(); }
+  template <class Visit>
+  void ForEachIn(std::size_t piece, Visit&& visit) {
+    Slot* const end = piece + 1 < m_pieces.size() ? m_pieces[piece] + kPieceSlots : m_next;
+    for (Slot* slot = m_pieces[piece]; slot != end; ++slot)
+      if (slot->live) visit(*slot->Block());
   }
 
  private:

@@ -19,6 +19,7 @@ class ProcLabels {
  public:
   ProcLabels(const NameMap& names, ProcItems* items) : m_names(names), m_items(items) {}
 
+  void SetItems(ProcItems& items) { m_items = &items; }
   std::string Of(const CTraceEvent& node) const;
   // Tells of the node's item now; at the next SetWaiting, once. Without an item: nothing.
   void Set(CTraceEvent& node);
@@ -36,7 +37,7 @@ class ProcLabels {
 
  private:
   const NameMap& m_names;
-  ProcItems* const m_items;
+  ProcItems* m_items;
   std::vector<CExecutionBlock*> m_waiting;
   std::size_t m_namesSeen = 0;
 };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "documents/trace_doc.h"
+#include "tree/proc/proc_build.h"
 
 namespace {
 
@@ -95,11 +96,16 @@ void ProcModel::TimeTouched() {
 }
 
 void ProcModel::AddAll() {
-  {
-    const Batch batch(*this);
-    m_document.m_traces.ForEach(0, [this](TraceEvent_i* event) { AddTrace(event, false); });
+  ProcBuild build(m_document, *this);
+  while (!build.DoPart()) {
   }
-  UpdateDurations();
+}
+
+void ProcModel::ShowBy(ProcItems& items) {
+  m_items = &items;
+  m_labels.SetItems(items);
+  for (std::size_t i = 0; i < m_root.children.size(); ++i)
+    if (InsertItem(*m_root.children[i], true) && i == 0) m_items->OnFirstMachine();
 }
 
 TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
@@ -200,14 +206,24 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
 // In the order in which the nodes lie: no node's time hangs on another one's, once those of the
 // open blocks are carried out.
 void ProcModel::UpdateDurations() {
+  for (std::size_t part = 0; UpdateDurations(part); ++part) {
+  }
+}
+
+bool ProcModel::UpdateDurations(std::size_t part) {
   const auto time = [this](CExecutionBlock& node) {
     SetDuration(node);
     m_labels.Set(node);
   };
+  if (part > m_blocks.Pieces()) return false;
+  if (part > 0) {
+    m_blocks.ForEachIn(part - 1, time);
+    return true;
+  }
   m_levels.ForEach([&](CExecutionBlock& node) {
     if (node.Kind() == NodeKind::Thread)
       ForEachOpenBlock(static_cast<CProcessThread&>(node), [](CExecutionBlock&) {});
     time(node);
   });
-  m_blocks.ForEach(time);
+  return true;
 }

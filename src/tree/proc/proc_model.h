@@ -41,9 +41,11 @@ class ProcModel {
   // Destroys all nodes and forgets the path of the last trace. Reads no trace and deletes no item:
   // the owner has emptied the control before.
   void Clear();
-  // Files all traces of the document, as a rebuild does, and times them at the end. REQUIRES:
-  // empty.
+  // Files all traces of the document and times them; ProcBuild (proc_build.h) does the same in
+  // parts. REQUIRES: empty.
   void AddAll();
+  // A tree built without items is shown by these from now on: gives the machines theirs.
+  void ShowBy(ProcItems& items);
   // Files one trace, the document's newest. Gives the item made for it, 0 for none or when it does
   // not pass the filter. `live`: durations and labels follow at once, else UpdateDurations sets
   // them.
@@ -58,15 +60,15 @@ class ProcModel {
    private:
     ProcModel& m_model;
   };
-  // Takes the leaf of a trace that is about to go out of the tree. Durations stay and labels are up
-  // to date when it returns: no UpdateDurations is wanted.
+  // Takes the leaf of a trace that is about to go, or of a hint's, oldest first, out of the tree.
+  // Durations stay and labels are up to date behind it: no UpdateDurations is wanted.
   void RemoveTrace(TraceEvent_i* event) { RemoveTraces({event}); }
-  // The same for a hint, oldest first.
   void RemoveTraces(const std::deque<TraceEvent_i*>& events);
-  // The text of a node, made anew.
   std::string NodeLabel(const CTraceEvent& node) const { return m_labels.Of(node); }
-  // Sets the durations of all nodes, and the texts of their items.
+  // Sets the durations of all nodes, and the texts of their items; or a part of that, counted from
+  // 0: false when there is no such part.
   void UpdateDurations();
+  bool UpdateDurations(std::size_t part);
   // The position of the trace's leaf, or else that of the nearest by sequence number, which may be
   // a block; nothing when no leaf is near. REQUIRES: the trace lives.
   NodePosition FindNode(const TraceEvent_i& event);
@@ -97,7 +99,7 @@ class ProcModel {
 
   const CTraceDoc& m_document;
   CTraceFilter& m_filter;
-  ProcItems* const m_items;
+  ProcItems* m_items;
   CRoot m_root;
   LeafStore m_leaves;
   BlockStore m_blocks;

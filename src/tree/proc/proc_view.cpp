@@ -8,7 +8,7 @@
 CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)
     : CView(document),
       m_document(document),
-      m_model(document, m_filter, this),
+      m_model(std::make_unique<ProcModel>(document, m_filter, static_cast<ProcItems*>(this))),
       m_tree(makeTree(*this)),
       m_generation(document.m_traces.Generation()) {
   MapCommands();
@@ -18,7 +18,8 @@ CProcView::~CProcView() = default;
 
 void CProcView::OnInitialUpdate() {
   CView::OnInitialUpdate();
-  if (std::exchange(m_firstUpdate, false) && !m_document.m_loading) RebuildTree();
+  // Later ones come to a hidden tree too.
+  if (std::exchange(m_firstUpdate, false)) Build();
   if (m_currentEvent) {
     CTraceHint hint(m_currentEvent);
     OnUpdate(nullptr, kHintFollow, &hint);
@@ -51,10 +52,17 @@ TraceEvent_i* CProcView::CurrentEvent() const {
   return node ? node->event : nullptr;
 }
 
-void CProcView::SetFilter(const CTraceFilter& filter, bool rebuild) {
-  m_filter = filter;
-  m_filterChanged = false;
-  if (rebuild) RebuildTree();
+bool CProcView::SetFilter(const CTraceFilter& filter, bool rebuild) {
+  CTraceFilter before = std::exchange(m_filter, filter);
+  const bool changedBefore = std::exchange(m_filterChanged, false);
+  if (!rebuild || RebuildTree()) return true;
+  m_filter = std::move(before);
+  m_filterChanged = changedBefore;
+  return false;
+}
+
+bool CProcView::Build() {
+  return m_built || m_document.m_loading || RebuildTree();
 }
 
 void CProcView::Follow(TraceEvent_i* event) {
@@ -66,7 +74,7 @@ void CProcView::Follow(TraceEvent_i* event) {
 // ---- what the control asks and tells
 
 std::string CProcView::TreeItemText(TreeItemData data) {
-  return data ? m_model.NodeLabel(*reinterpret_cast<const CTraceEvent*>(data)) : std::string();
+  return data ? m_model->NodeLabel(*reinterpret_cast<const CTraceEvent*>(data)) : std::string();
 }
 
 void CProcView::OnTreeClicked(TreeItem item) {
@@ -89,6 +97,6 @@ void CProcView::OnTreeContextMenu(int screenXPx, int screenYPx) {
 // ---- the main window's panes
 
 void CProcView::TellStatus() {
-  TellRowCount(GetHost(), m_model.TraceCount());
+  TellRowCount(GetHost(), m_model->TraceCount());
   TellFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
 }

@@ -5,6 +5,8 @@
 // Owner    Owns its control, model and filter; borrows the traces. What it keeps of a trace goes
 //          when the document says that the trace goes: after a clear nothing of it is read.
 // Errors   An insertion that fails ends the fill of that parent, silently.
+// Long     A rebuild is made beside the tree and takes its place when it is whole; cancelled, the
+//          tree stays. One that lost its traces, or was never built, is empty and takes no hints.
 // Cost     No hint's work grows with the traces held or the items shown, but for a rebuild's, for
 //          the first opening of a node and for a search.
 // Threads  Interface thread.
@@ -18,6 +20,7 @@
 #include "docview/view.h"
 #include "tree/filter/trace_filter.h"
 #include "tree/find/find_search.h"
+#include "tree/proc/item_fill.h"
 #include "tree/proc/proc_model.h"
 #include "tree/proc/tree_control.h"
 
@@ -38,8 +41,11 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
 
   // The trace of the selected item's node; null without one, or when it has been trimmed.
   TraceEvent_i* CurrentEvent() const;
-  // Copies the filter and clears the changed mark.
-  void SetFilter(const CTraceFilter& filter, bool rebuild);
+  // Copies the filter and clears the changed mark; cancelled (false), all is as before.
+  bool SetFilter(const CTraceFilter& filter, bool rebuild);
+  // Builds the tree unless it stands or the document still loads; false: cancelled.
+  bool Build();
+  bool IsBuilt() const { return m_built; }
   // What the tree selects at each return to it. Written by the frame. Null once its trace has gone.
   TraceEvent_i* m_currentEvent = nullptr;
   CTraceFilter m_filter;
@@ -55,15 +61,17 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   FindResult FindInTree();
 
   CTraceDoc& Document() const { return m_document; }
-  const ProcModel& Model() const { return m_model; }
+  const ProcModel& Model() const { return *m_model; }
   TreeControl& Tree() const { return *m_tree; }
   CTraceEvent* NodeOf(TreeItem item) const;  // null for 0
   void Show(TreeItem item);                  // selects it and makes it visible
+  bool Lacks(TreeItem item) const;           // children of its node have no items
+  ItemFill FillOf(TreeItem item);            // REQUIRES: Lacks
   // Sends hint 1006 for the event to the other views if the document synchronises.
   void Follow(TraceEvent_i* event);
 
   std::string TreeItemText(TreeItemData data) override;
-  void OnTreeItemExpanding(TreeItem item) override;
+  bool OnTreeItemExpanding(TreeItem item) override;
   void OnTreeClicked(TreeItem item) override;
   void OnTreeDoubleClicked() override;
   void OnTreeRightPressed(TreeItem item) override;
@@ -78,14 +86,17 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   void DeleteItem(TreeItem item) override;
   void OnFirstMachine() override;
 
-  void RebuildTree();
+  bool RebuildTree();
+  void EmptyIfCleared();
+  void TakeOver(std::unique_ptr<ProcModel> model);
+  void LeaveEmptyTree();
   void AddTraces(const CTraceHint& hint);
   void RemoveTraces(const CTraceHint& hint);
-  void FollowTrace(const TraceEvent_i& target);
+  void FollowTrace(const TraceEvent_i& target, bool watched);
   void FollowTail(TreeItem item);
   void Fill(TreeItem item);
-  void EnsureTreeItem(CTraceEvent& node);
-  bool Lacks(TreeItem item) const;
+  bool FillWatched(TreeItem item);
+  void EnsureTreeItem(CTraceEvent& node, bool watched);
   void TellStatus();
 
   void MapCommands();
@@ -99,9 +110,10 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   void OnExport();
 
   CTraceDoc& m_document;
-  ProcModel m_model;
+  std::unique_ptr<ProcModel> m_model;
   std::unique_ptr<TreeControl> m_tree;
   bool m_firstUpdate = true;
+  bool m_built = false;
   bool m_active = false;
   std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
   std::vector<CProcViewIterator*> m_iterators;  // at work: they are told what goes

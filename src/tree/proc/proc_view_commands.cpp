@@ -61,8 +61,11 @@ void CProcView::OnSynchronize() {
 
 void CProcView::OnFilter() {
   m_filter.MergeDocumentNames(m_document);
+  CTraceFilter before = m_filter;
   CFilterDialog dialog(GetHost(), m_filter, m_document.m_names);
   if (dialog.DoModal() != CDialog::kIdOk) return;
-  RebuildTree();
-  m_filterChanged = true;
+  if (RebuildTree())
+    m_filterChanged = true;
+  else
+    m_filter = std::move(before);
 }

@@ -10,6 +10,19 @@ class TreeWalk final : public FindWalk {
   TreeWalk(CProcView& view, TreeItem selected, bool backward)
       : m_view(view), m_selected(selected), m_item(selected), m_backward(backward) {}
 
+  // The items of a node that the next step goes into.
+  bool Prepare() override {
+    if (m_fill) {
+      if (!m_fill->DoPart()) return true;
+      m_fill.reset();
+    }
+    const TreeItem item = m_backward ? ToFillBefore(m_item) : m_item;
+    // Once for each: an insertion may fail.
+    if (item == m_filled || !m_view.Lacks(item)) return false;
+    m_filled = item;
+    m_fill.emplace(m_view.FillOf(item));
+    return true;
+  }
   std::optional<std::string_view> NextText() override {
     do {
       Step();
@@ -21,6 +34,12 @@ class TreeWalk final : public FindWalk {
   TreeItem Item() const { return m_item; }
 
  private:
+  // On the way down to the item before; 0 when nothing lacks there.
+  TreeItem ToFillBefore(TreeItem item) const {
+    item = m_view.Tree().Walk(item, TreeStep::PreviousSibling);
+    while (item && !m_view.Lacks(item)) item = m_view.Tree().Walk(item, TreeStep::LastChild);
+    return item;
+  }
   void Step() {
     m_item = m_backward ? m_view.PrevTreeItem(m_item) : m_view.NextTreeItem(m_item);
     if (m_item) return;
@@ -31,6 +50,8 @@ class TreeWalk final : public FindWalk {
   const TreeItem m_selected;
   TreeItem m_item;
   const bool m_backward;
+  std::optional<ItemFill> m_fill;
+  TreeItem m_filled = 0;
   std::string m_text;
 };
 
@@ -40,7 +61,7 @@ FindResult CProcView::FindInTree() {
   const TreeItem selected = m_tree->SelectedItem();
   if (!selected) return FindResult::NotFound;
   TreeWalk walk(*this, selected, FindSettings.backward != 0);
-  const FindResult result = RunSearch(GetHost(), walk);
+  const FindResult result = RunSearch(GetHost(), &m_document, walk);
   if (result == FindResult::Hit) Show(walk.Item());
   return result;
 }

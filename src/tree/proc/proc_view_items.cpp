@@ -28,13 +28,14 @@ void CProcView::OnFirstMachine() {
   m_tree->SetRedraw(true);
 }
 
-void CProcView::OnTreeItemExpanding(TreeItem item) {
-  if (!Lacks(item)) return;
-  CWaitCursor wait(GetHost());
-  Fill(item);
+bool CProcView::OnTreeItemExpanding(TreeItem item) {
+  if (!Lacks(item)) return true;
+  const CWaitCursor wait(GetHost());
+  return FillWatched(item);
 }
 
-// Traces that came while an item was closed have no items: those behind the last that has one.
+// Traces that came while an item was closed have no items: those behind the last that has one. Each
+// opening adds them; where nothing has come a second one adds nothing.
 bool CProcView::Lacks(TreeItem item) const {
   const CTraceEvent* const node = NodeOf(item);
   if (!node || node->Kind() == NodeKind::Leaf) return false;
@@ -42,26 +43,38 @@ bool CProcView::Lacks(TreeItem item) const {
   return !children.empty() && !children.back()->treeItem;
 }
 
+ItemFill CProcView::FillOf(TreeItem item) {
+  return ItemFill(*this, item, static_cast<const CExecutionBlock*>(NodeOf(item))->children);
+}
+
 void CProcView::Fill(TreeItem item) {
-  if (Lacks(item)) {
-    const ChildList& children = static_cast<const CExecutionBlock*>(NodeOf(item))->children;
-    std::size_t first = children.size();
-    while (first > 0 && !children[first - 1]->treeItem) --first;
-    while (first < children.size() && InsertTreeItem(item, *children[first])) ++first;
+  if (!Lacks(item)) return;
+  ItemFill fill = FillOf(item);
+  while (!fill.DoPart()) {
   }
-  m_tree->SetExpandedOnce(item);
+}
+
+// False when the person cancelled it.
+bool CProcView::FillWatched(TreeItem item) {
+  ItemFill fill = FillOf(item);
+  return RunLongWork(GetHost(), &m_document, {"Tessera", "Opening..."}, fill);
 }
 
 // A loop from the top down: 100,000 nested blocks need no stack.
-void CProcView::EnsureTreeItem(CTraceEvent& node) {
+void CProcView::EnsureTreeItem(CTraceEvent& node, bool watched) {
   if (node.treeItem) return;
   std::vector<CTraceEvent*> closed;  // parents whose children have no items, from below
   for (CTraceEvent* each = node.parent; each; each = each->parent) {
     closed.push_back(each);
     if (each->treeItem) break;
   }
-  for (; !closed.empty() && closed.back()->treeItem; closed.pop_back())
-    Fill(closed.back()->treeItem);
+  for (; !closed.empty() && closed.back()->treeItem; closed.pop_back()) {
+    const TreeItem item = closed.back()->treeItem;
+    if (!watched)
+      Fill(item);
+    else if (Lacks(item) && !FillWatched(item))
+      return;
+  }
 }
 
 TreeItem CProcView::NextTreeItem(TreeItem item) {

@@ -1,7 +1,10 @@
 // How the tree view follows its document: the hints and what they make of tree and selection.
 #include <algorithm>
+#include <utility>
 
 #include "documents/trace_panes.h"
+#include "docview/frame.h"
+#include "tree/proc/proc_build.h"
 #include "tree/proc/proc_view.h"
 #include "tree/proc/proc_view_iterator.h"
 
@@ -10,7 +13,7 @@ void CProcView::OnUpdate(CView*, unsigned hint, CObject* object) {
   switch (hint) {
     case kHintReady:
       m_currentEvent = nullptr;
-      RebuildTree();
+      if (!RebuildTree()) LeaveEmptyTree();
       break;
     case kHintAdded:
       if (traces) AddTraces(*traces);
@@ -19,24 +22,52 @@ void CProcView::OnUpdate(CView*, unsigned hint, CObject* object) {
       if (traces) RemoveTraces(*traces);
       break;
     case kHintFollow:
-      if (traces && !traces->m_events.empty()) FollowTrace(*traces->m_events.front());
+      if (traces && !traces->m_events.empty()) FollowTrace(*traces->m_events.front(), true);
       break;
     default:  // the tree has no columns for 1001
       break;
   }
 }
 
-void CProcView::RebuildTree() {
-  CWaitCursor wait(GetHost());
-  // The nodes' traces are gone when the list has been cleared since they were filed.
-  const std::uint64_t generation = m_document.m_traces.Generation();
-  TraceEvent_i* const remembered = generation == m_generation ? CurrentEvent() : nullptr;
-  m_generation = generation;
+bool CProcView::RebuildTree() {
+  const CWaitCursor wait(GetHost());
+  for (;;) {
+    EmptyIfCleared();
+    auto model = std::make_unique<ProcModel>(m_document, m_filter);
+    const auto build = [&] {
+      ProcBuild pass(m_document, *model);
+      return RunTracePass(m_document, "Building the procedure tree...", pass);
+    };
+    switch (build()) {
+      case PassResult::Whole:
+        TakeOver(std::move(model));
+        return true;
+      case PassResult::Cancelled:
+        return false;
+      case PassResult::Void:
+        break;
+    }
+  }
+}
+
+// The nodes' traces are gone when the list has been cleared since they were filed.
+void CProcView::EmptyIfCleared() {
+  if (m_document.m_traces.Generation() == m_generation) return;
+  m_generation = m_document.m_traces.Generation();
+  m_built = false;
+  for (CProcViewIterator* iterator : m_iterators) iterator->OnItemsGone();
+  m_tree->DeleteItem(0);
+  m_model->Clear();
+}
+
+void CProcView::TakeOver(std::unique_ptr<ProcModel> model) {
+  TraceEvent_i* const remembered = CurrentEvent();
   m_tree->SetRedraw(false);
   for (CProcViewIterator* iterator : m_iterators) iterator->OnItemsGone();
   m_tree->DeleteItem(0);
-  m_model.Clear();
-  m_model.AddAll();
+  m_model = std::move(model);
+  m_model->ShowBy(*this);
+  m_built = true;
   if (remembered) {
     CTraceHint hint(remembered);
     OnUpdate(this, kHintFollow, &hint);
@@ -45,12 +76,20 @@ void CProcView::RebuildTree() {
   m_tree->SetRedraw(true);
 }
 
+// An empty tree must not pass for the document's: the frame goes back to the list, and the next
+// toggle begins anew.
+void CProcView::LeaveEmptyTree() {
+  CFrameWnd* const frame = GetParentFrame();
+  if (frame && GetDlgCtrlID() == kMainPane) frame->OnCommand(ID_VIEW_PROC);
+}
+
 void CProcView::AddTraces(const CTraceHint& hint) {
-  const ProcModel::Batch batch(m_model);
+  if (!m_built) return;
+  const ProcModel::Batch batch(*m_model);
   for (TraceEvent_i* event : hint.m_events) {
-    if (const TreeItem item = m_model.AddTrace(event, true)) FollowTail(item);
+    if (const TreeItem item = m_model->AddTrace(event, true)) FollowTail(item);
     // Kept: once for each trace, also for one that the filter hides.
-    if (m_active) TellRowCount(GetHost(), m_model.TraceCount());
+    if (m_active) TellRowCount(GetHost(), m_model->TraceCount());
   }
 }
 
@@ -58,23 +97,25 @@ void CProcView::RemoveTraces(const CTraceHint& hint) {
   if (hint.m_events.empty()) return;
   if (std::find(hint.m_events.begin(), hint.m_events.end(), m_currentEvent) != hint.m_events.end())
     m_currentEvent = nullptr;
+  if (!m_built) return;
   for (CProcViewIterator* iterator : m_iterators) iterator->OnTracesGone(hint);
   m_tree->SetRedraw(false);
-  m_model.RemoveTraces(hint.m_events);
+  m_model->RemoveTraces(hint.m_events);
   m_tree->SetRedraw(true);
   // Kept: what goes is not taken off the count.
-  if (m_active) TellRowCount(GetHost(), m_model.TraceCount());
+  if (m_active) TellRowCount(GetHost(), m_model->TraceCount());
   // Kept: at every trim the selection jumps to what is nearest to the oldest trace that goes. It is
   // still good here: the document releases it behind the hint.
-  FollowTrace(*hint.m_events.front());
+  // No box comes up here: the drain is in the middle of its work.
+  FollowTrace(*hint.m_events.front(), false);
 }
 
-void CProcView::FollowTrace(const TraceEvent_i& target) {
-  CWaitCursor wait(GetHost());
-  const NodePosition place = m_model.FindNode(target);
+void CProcView::FollowTrace(const TraceEvent_i& target, bool watched) {
+  const CWaitCursor wait(GetHost());
+  const NodePosition place = m_model->FindNode(target);
   if (!place) return;
   CTraceEvent& node = *place.Node();
-  EnsureTreeItem(node);
+  EnsureTreeItem(node, watched);
   if (node.treeItem) Show(node.treeItem);
 }
 

@@ -26,7 +26,8 @@ class TreeControlOwner {
   // The whole text, of any length.
   virtual std::string TreeItemText(TreeItemData data) = 0;
   // The item is about to be expanded, whoever asked for it, and may be given its children now.
-  virtual void OnTreeItemExpanding(TreeItem item) = 0;
+  // False: it stays closed.
+  virtual bool OnTreeItemExpanding(TreeItem item) = 0;
   // Left button on the item's label, 0 beside all labels. It is selected already.
   virtual void OnTreeClicked(TreeItem item) = 0;
   // Left button anywhere but on an expand button, where each press opens or closes; or Enter.
@@ -41,8 +42,7 @@ class TreeControlOwner {
 
 enum TreeItemState : unsigned {
   kTreeExpanded = 1,
-  kTreeExpandedOnce = 2,  // has been expanded, or is marked as filled
-  kTreeHasChildren = 4,   // shows a button, whether or not it has been filled
+  kTreeHasChildren = 2,  // shows a button, whether or not it has been filled
 };
 
 enum class TreeStep {
@@ -64,7 +64,6 @@ class TreeItemPort {
   virtual void DeleteItem(TreeItem item) = 0;
   virtual TreeItemData ItemData(TreeItem item) const = 0;
   virtual unsigned ItemState(TreeItem item) const = 0;  // TreeItemState bits
-  virtual void SetExpandedOnce(TreeItem item) = 0;
   virtual TreeItem Walk(TreeItem from, TreeStep step) const = 0;
 
  protected:
@@ -77,12 +76,13 @@ class TreeControl : public ViewControl, public TreeItemPort {
   virtual void ItemTextChanged(TreeItem item) = 0;
   // Opens or closes, as the user does. Nothing below a closed item is seen, and a selection there
   // goes to the item. An item that still has no children when its owner has been asked stays
-  // closed.
+  // closed, and so does one that the owner does not let open.
   virtual void Expand(TreeItem item, bool open) = 0;
   virtual TreeItem SelectedItem() const = 0;
-  // Opens all items above it. 0: none is selected.
+  // Opens all items above it; when one of them stays closed, nothing is selected anew. 0: none is
+  // selected.
   virtual void SelectItem(TreeItem item) = 0;
-  // Opens all items above it and scrolls as little as needed.
+  // Opens all items above it and scrolls as little as needed; not when one of them stays closed.
   virtual void EnsureVisible(TreeItem item) = 0;
   // Does the item's rectangle overlap the control's?
   virtual bool IsOnScreen(TreeItem item) const = 0;

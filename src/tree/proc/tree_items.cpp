@@ -56,10 +56,6 @@ unsigned TreeItems::ItemState(TreeItem item) const {
   return item ? ItemOf(item)->state : 0;
 }
 
-void TreeItems::SetExpandedOnce(TreeItem item) {
-  if (item) ItemOf(item)->state |= kTreeExpandedOnce;
-}
-
 TreeItem TreeItems::Walk(TreeItem from, TreeStep step) const {
   if (!from && step != TreeStep::FirstChild && step != TreeStep::LastChild) return 0;
   const Item& item = *OrTop(from);
@@ -106,8 +102,8 @@ void TreeItems::SetExpanded(TreeItem handle, bool expanded) {
   Item& item = *ItemOf(handle);
   if (((item.state & kTreeExpanded) != 0) == expanded) return;
   const std::int64_t rows = item.children ? item.children->Rows() : 0;
-  item.state = expanded ? item.state | kTreeExpanded | kTreeExpandedOnce
-                        : item.state & ~static_cast<unsigned>(kTreeExpanded);
+  item.state =
+      expanded ? item.state | kTreeExpanded : item.state & ~static_cast<unsigned>(kTreeExpanded);
   item.parent->children->AddRows(item.number, expanded ? rows : -rows);
   if (item.parent->state & kTreeExpanded) RowsChanged(item.parent, expanded ? rows : -rows);
 }

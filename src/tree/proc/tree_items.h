@@ -27,7 +27,6 @@ class TreeItems final : public TreeItemPort {
   void DeleteItem(TreeItem item) override;
   TreeItemData ItemData(TreeItem item) const override;
   unsigned ItemState(TreeItem item) const override;
-  void SetExpandedOnce(TreeItem item) override;
   TreeItem Walk(TreeItem from, TreeStep step) const override;
 
   bool HasItemsBelow(TreeItem item) const;

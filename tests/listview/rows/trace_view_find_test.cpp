@@ -251,7 +251,7 @@ TEST_F(TraceViewFindTest, ACancelledSearchChangesNothingAndSaysNothing) {
   Drain({{.text = std::string(60000, 'x') + "zy"}});
   Focus(0);
   m_host.ClearTranscript();
-  m_host.AnswerDialog([](CDialog& dialog) { dialog.OnCancel(); });
+  m_host.AnswerWorkBox([](CDialog& dialog) { dialog.OnCancel(); });
   m_view->OnCommand(ID_EDIT_FINDNEXT);
   EXPECT_EQ(m_host.Told(), "dialog -> 2\n");
   EXPECT_EQ(Focused(), 0);

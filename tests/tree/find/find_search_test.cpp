@@ -3,11 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-
 #include "support/endless_texts.h"
 #include "support/recording_host.h"
-#include "tree/find/search_box.h"
 #include "tree/regex/regex.h"
 
 namespace {
@@ -28,89 +25,79 @@ class Texts final : public FindWalk {
 class FindSearchTest : public testing::Test {
  protected:
   FindSearchTest() { EXPECT_EQ(RegexPrepare("needle", 0, 1, 0, 0), 1); }
-  // Ticks the box's timer until the search has ended.
-  void Tick(CDialog& box) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!box.Ended() && std::chrono::steady_clock::now() < deadline) m_host.TickTimers();
-  }
   RecordingHost m_host;
+  CDocument m_document{m_host};
 };
 
 TEST_F(FindSearchTest, StopsAtTheFirstTextThatMatches) {
   Texts texts({"hay", "a needle", "another needle"});
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::Hit);
+  EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::Hit);
   EXPECT_EQ(texts.next, 2u);
   EXPECT_EQ(m_host.Told(), "") << "a short search shows no box";
 }
 
 TEST_F(FindSearchTest, EndsWithTheWalk) {
   Texts texts({"hay", "hay"});
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::NotFound);
+  EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::NotFound);
   EXPECT_EQ(texts.next, 2u);
   Texts none({});
-  EXPECT_EQ(RunSearch(m_host, none), FindResult::NotFound);
+  EXPECT_EQ(RunSearch(m_host, nullptr, none), FindResult::NotFound);
 }
 
 TEST_F(FindSearchTest, ALongSearchGoesOnBelowABox) {
   EndlessTexts texts;
-  m_host.AnswerDialog([&](CDialog& box) {
-    EXPECT_NE(dynamic_cast<CSearchBox*>(&box), nullptr);
-    EXPECT_TRUE(SearchIsRunning());
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Searching...");
+    EXPECT_TRUE(m_document.IsWorkedOn());
     m_host.TickTimers();
     EXPECT_FALSE(box.Ended());
     texts.text = "the needle";
-    Tick(box);
+    m_host.Finish(box);
   });
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::Hit);
-  EXPECT_FALSE(SearchIsRunning());
+  EXPECT_EQ(RunSearch(m_host, &m_document, texts), FindResult::Hit);
+  EXPECT_FALSE(m_document.IsWorkedOn());
   EXPECT_EQ(m_host.Told(), "dialog -> 1\n");
   EXPECT_TRUE(m_host.Timers().empty());
 }
 
 TEST_F(FindSearchTest, ALongSearchThatFindsNothingEndsItsBox) {
   EndlessTexts texts;
-  m_host.AnswerDialog([&](CDialog& box) {
+  m_host.AnswerWorkBox([&](CDialog& box) {
     texts.left = 10;
-    Tick(box);
+    m_host.Finish(box);
   });
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::NotFound);
+  EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::NotFound);
 }
 
 TEST_F(FindSearchTest, CancelInTheBoxIsNoHitAndNoMessage) {
   EndlessTexts texts;
-  m_host.AnswerDialog([&](CDialog& box) {
+  m_host.AnswerWorkBox([&](CDialog& box) {
     m_host.TickTimers();
     box.OnCancel();
   });
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::Cancelled);
+  EXPECT_EQ(RunSearch(m_host, &m_document, texts), FindResult::Cancelled);
   EXPECT_EQ(m_host.Told(), "dialog -> 2\n");
-  EXPECT_FALSE(SearchIsRunning());
+  EXPECT_FALSE(m_document.IsWorkedOn());
   EXPECT_TRUE(m_host.Timers().empty());
-}
-
-TEST_F(FindSearchTest, EnterDoesNotEndTheBox) {
-  CSearchBox box(m_host, [] { return false; });
-  box.OnOK();
-  EXPECT_FALSE(box.Ended());
 }
 
 TEST_F(FindSearchTest, APatternThatKeepsOneTextBusyCanBeCancelledInTheMiddleOfIt) {
   ASSERT_EQ(RegexPrepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0, 0), 1);
   Texts texts({std::string(60000, 'x') + "zy"});
-  m_host.AnswerDialog([&](CDialog& box) {
+  m_host.AnswerWorkBox([&](CDialog& box) {
     for (int i = 0; i < 3; ++i) m_host.TickTimers();
     EXPECT_FALSE(box.Ended());
     box.OnCancel();
   });
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::Cancelled);
+  EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::Cancelled);
   EXPECT_EQ(texts.next, 1u);
 }
 
 TEST_F(FindSearchTest, ATextThatTakesLongIsTakenUpAgainAndAnswered) {
   ASSERT_EQ(RegexPrepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0, 0), 1);
   Texts texts({std::string(60, 'x') + "z", std::string(60, 'x') + "zy"});
-  m_host.AnswerDialog([&](CDialog& box) { Tick(box); });
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::Hit);
+  m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });
+  EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::Hit);
   EXPECT_EQ(texts.next, 2u);
 }
 

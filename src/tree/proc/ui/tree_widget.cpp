@@ -71,8 +71,7 @@ void QtTreeControl::Expand(TreeItem item, bool open) {
   const unsigned state = ItemState(item);
   if (open == ((state & kTreeExpanded) != 0) || !(state & kTreeHasChildren)) return;
   if (open) {
-    m_owner.OnTreeItemExpanding(item);
-    if (!m_items.HasItemsBelow(item)) return;
+    if (!m_owner.OnTreeItemExpanding(item) || !m_items.HasItemsBelow(item)) return;
   } else if (m_selected && m_items.IsBelow(m_selected, item)) {
     MoveSelection(item);
   }
@@ -82,21 +81,23 @@ void QtTreeControl::Expand(TreeItem item, bool open) {
   RowsChanged();
 }
 
-// The owner is asked from the top down, the items are opened from below: see TreeItems.
-void QtTreeControl::OpenAbove(TreeItem item) {
+// The owner is asked from the top down, the items are opened from below: see TreeItems. False when
+// one stays closed.
+bool QtTreeControl::OpenAbove(TreeItem item) {
   std::vector<TreeItem> closed;
   for (item = Walk(item, TreeStep::Parent); item; item = Walk(item, TreeStep::Parent))
     if (!(ItemState(item) & kTreeExpanded)) closed.push_back(item);
-  if (closed.empty()) return;
-  for (std::size_t i = closed.size(); i-- > 0;) m_owner.OnTreeItemExpanding(closed[i]);
+  if (closed.empty()) return true;
+  for (std::size_t i = closed.size(); i-- > 0;)
+    if (!m_owner.OnTreeItemExpanding(closed[i])) return false;
   for (const TreeItem each : closed) m_items.SetExpanded(each, true);
   viewport()->update();
   RowsChanged();
+  return true;
 }
 
 void QtTreeControl::SelectItem(TreeItem item) {
-  if (item) OpenAbove(item);
-  MoveSelection(item);
+  if (!item || OpenAbove(item)) MoveSelection(item);
 }
 
 void QtTreeControl::MoveSelection(TreeItem item) {
@@ -108,8 +109,7 @@ void QtTreeControl::MoveSelection(TreeItem item) {
 }
 
 void QtTreeControl::EnsureVisible(TreeItem item) {
-  if (!item) return;
-  OpenAbove(item);
+  if (!item || !OpenAbove(item)) return;
   const std::int64_t row = m_items.RowOf(item);
   const std::int64_t page = RowsPerPage();
   if (row < m_top)

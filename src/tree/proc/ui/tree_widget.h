@@ -28,7 +28,6 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   void DeleteItem(TreeItem item) override;
   TreeItemData ItemData(TreeItem item) const override { return m_items.ItemData(item); }
   unsigned ItemState(TreeItem item) const override { return m_items.ItemState(item); }
-  void SetExpandedOnce(TreeItem item) override { m_items.SetExpandedOnce(item); }
   TreeItem Walk(TreeItem from, TreeStep step) const override { return m_items.Walk(from, step); }
   void ItemTextChanged(TreeItem item) override;
   void Expand(TreeItem item, bool open) override;
@@ -66,7 +65,7 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   void focusOutEvent(QFocusEvent* event) override;
 
  private:
-  void OpenAbove(TreeItem item);
+  bool OpenAbove(TreeItem item);
   TreeItem HeirOf(TreeItem item) const;
   void MoveSelection(TreeItem item);
   void RowsChanged();

@@ -12,10 +12,10 @@
 #include <functional>
 
 #include "docview/ui/qt_host.h"
+#include "docview/ui/work_box_face.h"
 #include "support/endless_texts.h"
 #include "support/qt_test_main.h"
 #include "tree/find/find_settings.h"
-#include "tree/find/ui/search_box_face.h"
 #include "tree/regex/regex.h"
 
 namespace {
@@ -27,8 +27,8 @@ class FindFaceTest : public testing::Test {
     m_host.RegisterFace<CFindDialog>([](CFindDialog& dialog, QWidget* parent) {
       return std::make_unique<FindFace>(dialog, parent);
     });
-    m_host.RegisterFace<CSearchBox>([](CSearchBox& dialog, QWidget* parent) {
-      return std::make_unique<SearchBoxFace>(dialog, parent);
+    m_host.RegisterFace<CWorkBox>([](CWorkBox& dialog, QWidget* parent) {
+      return std::make_unique<WorkBoxFace>(dialog, parent);
     });
   }
   ~FindFaceTest() override { FindSettings = {}; }
@@ -154,7 +154,7 @@ TEST_F(FindFaceTest, ALongSearchKeepsTheWindowAliveAndEscapeCancelsIt) {
     EXPECT_EQ(window->findChild<QPushButton*>("2")->text(), "Cancel");
     QTest::keyClick(window, Qt::Key_Escape);
   });
-  EXPECT_EQ(RunSearch(m_host, texts), FindResult::Cancelled);
+  EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::Cancelled);
   m_host.KillTimer(clock);
   EXPECT_EQ(ticks, 3) << "timers ran on while the search worked";
 }

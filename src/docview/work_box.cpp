@@ -1,4 +1,4 @@
-#include "tree/find/search_box.h"
+#include "docview/work_box.h"
 
 #include <utility>
 
@@ -8,25 +8,25 @@ constexpr unsigned kPauseMs = 1;  // between two pieces, for the window's own ev
 
 }  // namespace
 
-CSearchBox::CSearchBox(Host& host, std::function<bool()> work)
-    : CDialog(host), m_work(std::move(work)) {}
+CWorkBox::CWorkBox(Host& host, const LongWorkWords& words, LongWork& work)
+    : CDialog(host), m_words(words), m_work(work) {}
 
-CSearchBox::~CSearchBox() {
+CWorkBox::~CWorkBox() {
   StopTimer();
 }
 
-void CSearchBox::OnInitDialog() {
+void CWorkBox::OnInitDialog() {
   StopTimer();
   m_timer = GetHost().SetTimer(kPauseMs, [this] { OnTick(); });
 }
 
 // A timer may come once more behind the end.
-void CSearchBox::OnTick() {
-  if (Ended() || !m_work()) return;
+void CWorkBox::OnTick() {
+  if (Ended() || !m_work.DoPiece(LongWork::s_piece)) return;
   StopTimer();
   EndDialog(kIdOk);
 }
 
-void CSearchBox::StopTimer() {
+void CWorkBox::StopTimer() {
   if (m_timer) GetHost().KillTimer(std::exchange(m_timer, 0));
 }

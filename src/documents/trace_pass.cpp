@@ -1,0 +1,42 @@
+#include "documents/trace_pass.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kTracesPerPart = 4096;
+// Of the time that a pass takes, roughly, as long as what comes behind the traces is unknown.
+constexpr std::uint64_t kThousandthsForTraces = 950;
+
+}  // namespace
+
+TracePass::TracePass(const CTraceDoc& document)
+    : m_traces(document.m_traces),
+      m_generation(m_traces.Generation()),
+      m_popped(m_traces.Popped()),
+      m_all(m_traces.size()) {}
+
+bool TracePass::IsVoid() const {
+  return m_traces.Generation() != m_generation || m_traces.Popped() != m_popped ||
+         m_traces.size() != m_all;
+}
+
+bool TracePass::DoPart() {
+  if (IsVoid()) return true;
+  if (m_taken == m_all) return Finish();
+  const std::size_t end = std::min(m_taken + kTracesPerPart, m_all);
+  Take(m_taken, end);
+  m_taken = end;
+  return false;
+}
+
+std::optional<int> TracePass::Progress() const {
+  if (m_all == 0) return 0;
+  return static_cast<int>(std::uint64_t{m_taken} * kThousandthsForTraces / m_all);
+}
+
+PassResult RunTracePass(CTraceDoc& document, const char* message, TracePass& pass) {
+  if (!RunLongWork(document.GetHost(), &document, {"Tessera", message}, pass))
+    return PassResult::Cancelled;
+  return pass.IsVoid() ? PassResult::Void : PassResult::Whole;
+}

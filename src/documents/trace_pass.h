@@ -1,0 +1,40 @@
+// A walk over all traces of a document as long work: what a view does to show them anew.
+//
+// The walk is void when the document's traces have changed since it began, whoever did it: then it
+// ends at its next part, and what it has made is not the document any more. Its owner begins anew.
+//
+// Owner    Borrows the document.
+// Threads  Interface thread.
+#pragma once
+
+#include "documents/trace_doc.h"
+#include "docview/long_work.h"
+
+class TracePass : public LongWork {
+ public:
+  bool DoPart() final;
+  std::optional<int> Progress() const final;
+  // The traces are not those that they were at the beginning.
+  bool IsVoid() const;
+
+ protected:
+  explicit TracePass(const CTraceDoc& document);
+  ~TracePass() = default;
+  // The traces at positions [from, end), each once and in order.
+  virtual void Take(std::size_t from, std::size_t end) = 0;
+  // A part of what is to be done when all are taken; true when nothing is left of it.
+  virtual bool Finish() { return true; }
+
+  const TraceList_t& Traces() const { return m_traces; }
+
+ private:
+  const TraceList_t& m_traces;
+  const std::uint64_t m_generation, m_popped;
+  const std::size_t m_all;
+  std::size_t m_taken = 0;
+};
+
+// What became of it.
+enum class PassResult { Whole, Void, Cancelled };
+// Runs the pass as long work over the document.
+PassResult RunTracePass(CTraceDoc& document, const char* message, TracePass& pass);

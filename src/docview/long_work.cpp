@@ -1,0 +1,21 @@
+#include "docview/long_work.h"
+
+#include "docview/document.h"
+#include "docview/work_box.h"
+
+bool LongWork::DoPiece(std::chrono::milliseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  do {
+    if (DoPart()) return true;
+  } while (std::chrono::steady_clock::now() < end);
+  return false;
+}
+
+bool RunLongWork(Host& host, CDocument* document, const LongWorkWords& words, LongWork& work) {
+  if (work.DoPiece(LongWork::s_firstPiece)) return true;
+  CWorkBox box(host, words, work);
+  if (document) document->BeginWork();
+  const bool done = box.DoModal() == CDialog::kIdOk;
+  if (document) document->EndWork();
+  return done;
+}

@@ -1,0 +1,30 @@
+// The box of work that takes long: says what goes on and how far it is, and offers Cancel. The work
+// goes on in pieces of a few milliseconds on a timer of the box.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include "docview/dialog.h"
+#include "docview/long_work.h"
+
+class CWorkBox : public CDialog {
+ public:
+  // The box ends with OK when the work is done. Borrows words and work.
+  CWorkBox(Host& host, const LongWorkWords& words, LongWork& work);
+  ~CWorkBox() override;
+
+  const char* Title() const { return m_words.title; }
+  const char* Message() const { return m_words.message; }
+  std::optional<int> Progress() const { return m_work.Progress(); }
+
+  void OnInitDialog() override;
+  void OnOK() override {}  // only the work ends it that way
+
+ private:
+  void OnTick();
+  void StopTimer();
+
+  const LongWorkWords& m_words;
+  LongWork& m_work;
+  TimerId m_timer = 0;
+};

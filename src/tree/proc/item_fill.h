@@ -1,0 +1,29 @@
+// The items that the children of an opened node lack, made in parts: those behind the last child
+// that has one. Stopped in between it leaves a run of items at the front, and the next fill goes on
+// behind it.
+//
+// Owner    Borrows items and children. REQUIRES: neither changes while it is under way.
+// Errors   An insertion that fails ends the fill.
+// Threads  Interface thread.
+#pragma once
+
+#include "docview/long_work.h"
+#include "tree/proc/nodes.h"
+#include "tree/proc/proc_items.h"
+
+class ItemFill final : public LongWork {
+ public:
+  // `item` is that of the children's node.
+  ItemFill(ProcItems& items, TreeItem item, const ChildList& children)
+      : m_items(items), m_item(item), m_children(children), m_next(children.size()) {}
+
+  bool DoPart() override;
+  std::optional<int> Progress() const override;
+
+ private:
+  ProcItems& m_items;
+  const TreeItem m_item;
+  const ChildList& m_children;
+  std::size_t m_next;  // the first child without an item, once that is known
+  bool m_counted = false;
+};

@@ -1,0 +1,252 @@
+// Long work of the tree view: below a box, and what its Cancel leaves behind.
+#include "proc_view_rig.h"
+#include "support/short_pieces.h"
+#include "tree/filter/filter_dialog.h"
+#include "tree/find/find_dialog.h"
+#include "tree/find/find_settings.h"
+#include "tree/proc/tree_text.h"
+
+namespace {
+
+constexpr int kMany = 10000;  // some parts' worth of traces, and of children
+
+class ProcViewLong : public ProcViewTest {
+ protected:
+  ~ProcViewLong() override { FindSettings = {}; }
+
+  static void Cancel(CDialog& box) { box.OnCancel(); }
+  // The person hides everything in the filter dialog.
+  void HideAll() {
+    m_host.AnswerDialog([](CDialog& dialog) {
+      auto& filter = dynamic_cast<CFilterDialog&>(dialog);
+      filter.OnTreeClick(&filter.Tree().Root(), true);
+      filter.OnOK();
+    });
+    m_view->OnCommand(ID_VIEW_FILTER);
+  }
+  void Find(const std::string& text, bool backward) {
+    m_host.AnswerDialog([=](CDialog& dialog) {
+      auto& find = dynamic_cast<CFindDialog&>(dialog);
+      find.searchText = text;
+      find.backward = backward;
+      find.OnOK();
+    });
+    m_view->OnCommand(ID_EDIT_FIND);
+  }
+  static std::string TextOf(const ProcModel& model) {
+    std::string text;
+    VisitNodes(model, model.Root(), kAllLevels,
+               [&](int depth, bool closed, const std::string& line) {
+                 AppendTreeLine(text, depth, closed, line);
+                 text += '\n';
+                 return true;
+               });
+    return text;
+  }
+};
+
+TEST_F(ProcViewLong, ATreeBuiltInPartsIsTheTreeBuiltAtOnce) {
+  for (int i = 0; i < kMany; ++i)
+    Add({.text = i % 5 == 0   ? "Begin: work"
+                 : i % 5 == 3 ? "End: work"
+                              : "inside",
+         .machine = static_cast<NameId>(i / 4000 % 2 ? 6 : 1),
+         .tic = static_cast<std::uint64_t>(i) * 1000,
+         .tid = static_cast<NameId>(4 + i % 2)});
+  const ShortPieces pieces;
+  int boxes = 0;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    ++boxes;
+    EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Building the procedure tree...");
+    EXPECT_TRUE(m_document.IsWorkedOn());
+    m_host.Finish(box);
+  });
+  Open();
+  EXPECT_EQ(boxes, 1);
+  EXPECT_EQ(m_tree->Picture(), "+desk\n+lab\n");
+  CTraceFilter filter;
+  ProcModel atOnce(m_document, filter);
+  atOnce.AddAll();
+  EXPECT_EQ(TextOf(m_view->Model()), TextOf(atOnce));
+}
+
+TEST_F(ProcViewLong, ACancelledBuildLeavesAnEmptyTreeThatTakesNoHintsUntilItIsBuilt) {
+  AddMany(kMany);
+  {
+    const ShortPieces pieces;
+    m_host.AnswerWorkBox(Cancel);
+    m_view->m_currentEvent = m_document.m_traces[0];
+    Open();
+  }
+  EXPECT_FALSE(m_view->IsBuilt());
+  EXPECT_EQ(m_tree->Count(), 0U);
+  EXPECT_EQ(m_view->Model().TraceCount(), 0);
+  Drain("late");
+  FollowTo(m_document.m_traces[5]);
+  Trim(3);
+  EXPECT_EQ(m_view->m_currentEvent, nullptr) << "its trace has gone";
+  EXPECT_EQ(m_tree->Count(), 0U);
+  EXPECT_EQ(m_view->Model().TraceCount(), 0);
+  EXPECT_TRUE(m_view->Build());
+  EXPECT_EQ(m_view->Model().TraceCount(), kMany - 2);
+  EXPECT_EQ(m_tree->Picture(), "+desk\n");
+}
+
+TEST_F(ProcViewLong, WhileTheFilterIsAppliedTheTreeStandsAndCancelLeavesAllAsItWas) {
+  AddMany(kMany);
+  Open();
+  ExpandToThread();
+  Select("3");
+  m_view->OnActivateView(true, nullptr, nullptr);
+  const std::string before = m_tree->Picture();
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    m_host.TickTimers();
+    EXPECT_EQ(m_tree->Picture(), before);
+    EXPECT_TRUE(m_tree->redraw);
+    box.OnCancel();
+  });
+  HideAll();
+  EXPECT_EQ(m_tree->Picture(), before);
+  EXPECT_EQ(Selected(), "3");
+  EXPECT_EQ(m_view->m_filter.allTraces, 1);
+  EXPECT_FALSE(m_view->m_filterChanged);
+  EXPECT_EQ(m_view->Model().TraceCount(), kMany);
+  Drain("late");
+  EXPECT_EQ(m_view->Model().TraceCount(), kMany + 1);
+  HideAll();
+  EXPECT_EQ(m_tree->Picture(), "");
+  EXPECT_TRUE(m_view->m_filterChanged);
+}
+
+TEST_F(ProcViewLong, AFilterThatIsHandedOverAndCancelledLeavesFilterAndMark) {
+  AddMany(kMany);
+  Open();
+  m_view->m_filterChanged = true;
+  CTraceFilter filter;
+  filter.allTraces = filter.allSeverities = 0;
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox(Cancel);
+  EXPECT_FALSE(m_view->SetFilter(filter, true));
+  EXPECT_EQ(m_view->m_filter.allTraces, 1);
+  EXPECT_TRUE(m_view->m_filterChanged);
+  EXPECT_TRUE(m_view->SetFilter(filter, true));
+  EXPECT_EQ(m_view->m_filter.allTraces, 0);
+  EXPECT_FALSE(m_view->m_filterChanged);
+}
+
+TEST_F(ProcViewLong, ADocumentThatIsClearedMeanwhileIsBuiltAnew) {
+  AddMany(kMany);
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    Clear();
+    Add("new");
+    m_view->OnUpdate(nullptr, kHintReady, nullptr);
+    m_host.Finish(box);
+  });
+  Open();
+  EXPECT_EQ(m_view->Model().TraceCount(), 1);
+  EXPECT_EQ(m_tree->Picture(), "+desk\n");
+  ExpandToThread();
+  EXPECT_TRUE(m_tree->Find("new"));
+}
+
+TEST_F(ProcViewLong, ALoadedDocumentWhoseTreeIsCancelledShowsNoneOfTheOldItems) {
+  AddMany(3);
+  Open();
+  ExpandToThread();
+  m_document.m_traces.Clear();
+  AddMany(kMany);
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox(Cancel);
+  m_view->OnUpdate(nullptr, kHintReady, nullptr);
+  EXPECT_EQ(m_tree->Count(), 0U);
+  EXPECT_FALSE(m_view->IsBuilt());
+}
+
+TEST_F(ProcViewLong, ACancelledOpeningLeavesTheItemClosedAndTheNextOneGoesOn) {
+  AddMany(kMany);
+  Open();
+  for (const char* text : {"desk", "shop", kProcess}) Expand(text);
+  {
+    const ShortPieces pieces;
+    m_host.AnswerWorkBox([&](CDialog& box) {
+      EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Opening...");
+      for (int i = 0; i < 3; ++i) m_host.TickTimers();
+      EXPECT_GT(m_tree->Count(), 4U);
+      box.OnCancel();
+    });
+    Expand(kThread);
+  }
+  EXPECT_LT(m_tree->Count(), 4U + kMany);
+  EXPECT_EQ(m_tree->Picture(), "-desk\n  -shop\n    -PID 100 - 0 ps\n      +TID one - 0 ps\n");
+  Drain("late");
+  Expand(kThread);
+  EXPECT_EQ(m_tree->Count(), 4U + kMany + 1);
+  const std::string picture = m_tree->Picture();
+  EXPECT_NE(picture.find(" 4095\n         4096\n         4097\n"), std::string::npos);
+  EXPECT_TRUE(picture.ends_with(" 10000\n         late\n"));
+}
+
+TEST_F(ProcViewLong, AFollowThatIsCancelledSelectsNothingAnew) {
+  AddMany(kMany);
+  Open();
+  for (const char* text : {"desk", "shop", kProcess}) Expand(text);
+  Select("desk");
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox(Cancel);
+  FollowTo(m_document.m_traces[9000]);
+  EXPECT_EQ(Selected(), "desk");
+  FollowTo(m_document.m_traces[9000]);
+  EXPECT_EQ(Selected(), "9001");
+}
+
+TEST_F(ProcViewLong, ATrimShowsNoBox) {
+  AddMany(kMany);
+  Open();
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([](CDialog&) { ADD_FAILURE() << "a box in the middle of a drain"; });
+  Trim(1);
+  EXPECT_EQ(Selected(), "2");
+}
+
+TEST_F(ProcViewLong, AFindMakesTheItemsOfALargeNodeInPartsEitherWay) {
+  for (const bool backward : {false, true}) {
+    m_document.m_traces.Clear();
+    m_number = 1;
+    AddMany(kMany);
+    Add({.text = "far", .machine = 6});
+    m_view->OnUpdate(nullptr, kHintReady, nullptr);
+    Select(backward ? "lab" : "desk");
+    const ShortPieces pieces;
+    std::size_t most = 0;
+    m_host.AnswerWorkBox([&](CDialog& box) {
+      std::size_t items = m_tree->Count();
+      while (!box.Ended()) {
+        m_host.TickTimers();
+        most = std::max(most, m_tree->Count() - items);
+        items = m_tree->Count();
+      }
+    });
+    Find("7000", backward);
+    EXPECT_EQ(Selected(), "7000");
+    EXPECT_GT(most, 1000U);
+    EXPECT_LT(most, 5000U);
+  }
+}
+
+TEST_F(ProcViewLong, AFindThatIsCancelledInALargeNodeSelectsNothing) {
+  AddMany(kMany);
+  Open();
+  Select("desk");
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    while (m_tree->Count() < 5000) m_host.TickTimers();
+    box.OnCancel();
+  });
+  Find("7000", false);
+  EXPECT_EQ(Selected(), "desk");
+  EXPECT_EQ(m_tree->Picture(), "+desk*\n");
+}
+
+}  // namespace

@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <set>
 
 #include "quord_client.h"
 
@@ -159,18 +161,28 @@ TEST_F(CommandLine, ASocketHandedOverByTheSystemIsUsedAndKept) {
   close(listener);
 }
 
-TEST(Packaging, TheManualAndTheCompletionsKnowEveryOption) {
+TEST_F(CommandLine, ThePackagedManualAndCompletionsKnowEveryOption) {
   const std::string folder = getenv("QUORD_PACKAGING");
-  const std::string manual = ReadAll(folder + "/man/quord.1");
-  for (const std::string option : {"foreground", "log-level", "listen", "state-dir", "socket-dir",
-                                   "keys-dir", "default-settings", "json", "days", "role"}) {
-    std::string escaped = "--" + option;
-    for (std::size_t at = 0; (at = escaped.find('-', at)) != escaped.npos; at += 2)
-      escaped.insert(at, "\\");
-    EXPECT_NE(manual.find(escaped), std::string::npos) << option;
-    EXPECT_NE(ReadAll(folder + "/completions/quord.bash").find("--" + option), std::string::npos);
-    EXPECT_NE(ReadAll(folder + "/completions/_quord").find("--" + option), std::string::npos);
-    EXPECT_NE(ReadAll(folder + "/completions/quord.fish").find(option), std::string::npos);
+  std::string manual = ReadAll(folder + "/man/quord.1");
+  for (std::size_t at; (at = manual.find("\\-")) != std::string::npos;) manual.replace(at, 2, "-");
+  for (const std::vector<std::string>& command : {std::vector<std::string>{"--help"},
+                                                  {"keys", "init", "--help"},
+                                                  {"keys", "issue", "--help"},
+                                                  {"status", "--help"}})
+    ASSERT_EQ(quord.Run(command), 0);
+  const std::string help = quord.Log();
+  const std::regex anOption("\n  (?:-.,)?--([a-z-]+)");
+  std::set<std::string> options;
+  for (std::sregex_iterator found(help.begin(), help.end(), anOption), end; found != end; ++found)
+    if ((*found)[1] != "help") options.insert((*found)[1]);
+  EXPECT_GE(options.size(), 10u) << help;
+  for (const std::string& option : options) {
+    EXPECT_NE(manual.find("--" + option), std::string::npos) << option;
+    for (const std::string file : {"quord.bash", "_quord"})
+      EXPECT_NE(ReadAll(folder + "/completions/" + file).find("--" + option), std::string::npos)
+          << file << " " << option;
+    EXPECT_NE(ReadAll(folder + "/completions/quord.fish").find("-l " + option), std::string::npos)
+        << option;
   }
 }
 

@@ -72,6 +72,7 @@ TEST_F(Deadline, IsTheServicesToSet) {
   ASSERT_TRUE(stalled.Monitor(quord.SocketPath()));
   ASSERT_TRUE(other.Monitor(quord.SocketPath()));
   other.keepTraces = false;
+  const auto begin = steady_clock::now();
   TracedChild app(Flood);
   Stall(stalled, other, [&] {
     // What the kernel holds of it may still be read; behind that is the end.
@@ -79,6 +80,7 @@ TEST_F(Deadline, IsTheServicesToSet) {
     pollfd end{stalled.Socket(), 0, 0};
     return (sent < 0 && errno == EPIPE) || (poll(&end, 1, 0) == 1 && (end.revents & POLLHUP) != 0);
   });
+  EXPECT_LT(steady_clock::now() - begin, ServiceOptions().connectionLimits.writeDeadline);
   EXPECT_FALSE(other.ended);
   kill(service.Pid(), SIGTERM);
   EXPECT_EQ(service.Wait(), 0);

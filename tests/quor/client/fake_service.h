@@ -47,7 +47,10 @@ class FakePeer {
       }
       std::uint8_t bytes[65536];
       const ssize_t count = recv(m_socket, bytes, sizeof bytes, 0);
-      if (count <= 0) return false;
+      if (count <= 0) {
+        m_ended = true;
+        return false;
+      }
       m_reader.Feed({bytes, static_cast<std::size_t>(count)});
     }
   }
@@ -68,7 +71,7 @@ class FakePeer {
     std::string body;
     while (Read(&type, &body)) {
     }
-    return true;
+    return m_ended;
   }
 
   void SendBytes(const void* bytes, std::size_t size) {
@@ -140,6 +143,7 @@ class FakePeer {
 
  private:
   const int m_socket;
+  bool m_ended = false;
   FrameReader m_reader;
 };
 

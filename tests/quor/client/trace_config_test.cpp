@@ -241,6 +241,13 @@ TEST_F(ConfigTest, TheServicesHandleIsOpenWhileOneOfOursIs) {
                   });
   ASSERT_TRUE(second);
   m_app = nullptr;
+  // An early word of the end would come before this question.
+  EXPECT_TRUE(WhileServed([&] { return second->Refresh(); },
+                          [this] {
+                            const auto request = m_peer->ExpectRequest();
+                            EXPECT_TRUE(request.has_get_app());
+                            m_peer->Answer(request, Orders());
+                          }));
   second = nullptr;
   EXPECT_EQ(m_peer->ExpectRequest().close_app().name(), "orders");
 }
@@ -275,6 +282,10 @@ TEST_F(ConfigTest, AnAnswerToNobodyIsPassedOverAndGarbageEndsTheConnection) {
   Response stray;
   stray.set_id(4711);
   m_peer->Send(FrameType::Response, stray);
+  const QuorPtr<trace_App_i> app =
+      WhileServed([] { return trace_App_i::Create("localhost", "orders"); },
+                  [this] { m_peer->Answer(m_peer->ExpectRequest(), Orders()); });
+  EXPECT_TRUE(app) << "the stray answer ended the connection";
   m_peer->SendRaw(FrameType::Response, "\xFF\xFF");
   EXPECT_TRUE(m_peer->Ended());
 }
@@ -284,11 +295,6 @@ TEST_F(ConfigTest, TheEndOfTheLastHandleEndsTheConnection) {
   m_config = nullptr;
   m_app = nullptr;
   EXPECT_TRUE(m_peer->Ended());
-}
-
-TEST(AppList, StartsEmptyAndHoldsItsApplications) {
-  const QuorPtr<trace_AppList_i> list = trace_AppList_i::Create();
-  EXPECT_TRUE(list->m_apps.empty());
 }
 
 TEST(SettingsToLabel, WordsStandInTheOrderOfTheTable) {

@@ -204,11 +204,13 @@ TEST_F(LiveTest, DisconnectEndsWithinASecondAndTheServiceSeesIt) {
 
 TEST_F(LiveTest, DisconnectEndsWithinASecondWhileItReconnects) {
   Connect();
-  m_service.StopListening();
   m_peer.reset();
+  m_peer = m_service.Accept();  // it has come again, and waits for a welcome
+  ASSERT_TRUE(m_peer);
   const auto begin = std::chrono::steady_clock::now();
   Disconnect();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_TRUE(m_peer->Ended());
 }
 
 TEST_F(LiveTest, NobodyListeningIsNoConnectionAndSaysWhy) {
@@ -252,6 +254,7 @@ TEST_F(LiveTest, AnAnswerThatIsNotThisProtocolIsNoConnection) {
   for (const std::string& bytes :
        {std::string("SSH-2.0-OpenSSH\r\n"), std::string(5, '\0'), std::string("\0\0\0\2\3\xFF", 6),
         std::string("\0\0\0\1\2", 5), std::string("\0\0\0\1\6", 5)}) {
+    m_why.clear();
     auto* const thread =
         WhileServed([this] { return TraceThread_i::ConnectToTraceService("", m_names, &m_why); },
                     [&] {

@@ -159,6 +159,11 @@ TEST_F(MonitorTest, ASecondMonitorSeesTheSameTraces) {
   EXPECT_EQ(RunTrc({"emit", "--app", "orders", "--count", "5000"}).out, "5000 traced, 0 lost\n");
   EXPECT_TRUE(TakesMore(5000));
   EXPECT_TRUE(Eventually([&] { return second->GetCounts().delivered == 5000; }));
+  for (int i = 0; second->HasTraces(); ++i) {
+    TraceEvent_i* const trace = second->NextTrace();
+    EXPECT_EQ(trace->GetText().rfind("thread 0 trace " + std::to_string(i) + " ", 0), 0u);
+    trace->Release();
+  }
   second->Disconnect();
 }
 

@@ -310,8 +310,12 @@ TEST_F(LiveProgramsTest, SetRefusesWhatItCannotRead) {
                                              {"sink", "orders", "-s", "x", "--max-size", "1"},
                                              {"emit", "--app", "x", "--threads", "0"},
                                              {"emit", "--app", "x", "--text-bytes", "65536"},
-                                             {"tail", "--format", "jsonl", "--columns", "Time"}})
-    EXPECT_EQ(RunTrc(command).status, 2) << command[1];
+                                             {"tail", "--format", "jsonl", "--columns", "Time"}}) {
+    const TrcRun run = RunTrc(command);
+    EXPECT_EQ(run.status, 2) << command[1];
+    EXPECT_NE(run.err, "") << command[1];
+    EXPECT_EQ(run.err.find("quord.sock"), std::string::npos) << "it went on to look for a service";
+  }
 }
 
 }  // namespace

@@ -218,6 +218,12 @@ TEST_F(TlsTest, OldVersionsOfTheProtocolAreRefused) {
   SSL_CTX_set_min_proto_version(context->native_handle(), TLS1_VERSION);
   SSL_CTX_set_max_proto_version(context->native_handle(), TLS1_1_VERSION);
   EXPECT_FALSE(Meet(m_server, context).served);
+  // A client without such keys is refused for its ciphers too: the lower end itself counts.
+  std::string why;
+  const auto server = MakeServerTls(m_server, &why);
+  ASSERT_TRUE(server) << why;
+  EXPECT_EQ(SSL_CTX_get_min_proto_version(server->native_handle()), TLS1_2_VERSION);
+  EXPECT_EQ(SSL_CTX_get_min_proto_version(Client(m_client)->native_handle()), TLS1_2_VERSION);
 }
 
 TEST_F(TlsTest, AKeyThatOthersMayReadIsNotUsed) {
@@ -282,8 +288,12 @@ TEST(Roles, WhoMayConfigureMayAlsoMonitorAndNobodyElseMayMoreThanTheirs) {
 }
 
 TEST(Roles, TheWordsAreReadAsTheyAreWritten) {
-  for (const auto role : {ROLE_MONITOR, ROLE_CONFIGURE, ROLE_FORWARD})
-    EXPECT_EQ(RoleOf(RoleWord(role)), role);
+  const std::pair<const char*, quor::wire::Role> words[] = {
+      {"monitor", ROLE_MONITOR}, {"configure", ROLE_CONFIGURE}, {"forward", ROLE_FORWARD}};
+  for (const auto& [word, role] : words) {
+    EXPECT_EQ(RoleOf(word), role);
+    EXPECT_EQ(RoleWord(role), std::string(word));
+  }
   EXPECT_FALSE(RoleOf(""));
   EXPECT_FALSE(RoleOf("Monitor"));
 }

@@ -1,5 +1,6 @@
 // The ring, its producers and its consumer, in one process.
 #include <gtest/gtest.h>
+#include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -188,15 +189,22 @@ TEST_F(RingTest, StaleRecordsOfAnEarlierLapAreNotReadAgain) {
 }
 
 TEST_F(RingTest, TheSleepingFlagIsTakenByOneProducerAndAnOpenRingIsNotSleptOn) {
-  const int event = dup(m_segment.Descriptor());  // never written: only the flag is looked at
+  const int event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  ASSERT_GE(event, 0);
+  RingProducer first(m_segment, event), second(m_segment, event);
   RingConsumer consumer(m_segment);
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Soon);
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Asleep);
   EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 1u);
-  Trace("a");
+  Trace(first, "a");
+  EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 0u);
+  Trace(second, "b");
+  std::uint64_t wakes = 0;
+  EXPECT_EQ(read(event, &wakes, sizeof wakes), static_cast<ssize_t>(sizeof wakes));
+  EXPECT_EQ(wakes, 1u);
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Ready);
   EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 0u);
-  EXPECT_EQ(All(consumer), "a .");
+  EXPECT_EQ(All(consumer), "a b .");
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Soon);
   close(event);
 }

@@ -148,31 +148,39 @@ TEST(Live, WithoutANameTheApplicationIsItsExecutableAndALaterNameIsToldAnew) {
 
 TEST(Live, SettingsSwitchedLiveTakeEffectWithinAHundredMilliseconds) {
   FakeService service;
-  Child app([](Child&) {
-    for (;;) {
+  Child app([](Child& self) {
+    QUOR_TRACE_INFO(connect_point, "first");
+    for (std::uint64_t step = 0;; ++step) {
+      self.AwaitGo();
       QUOR_TRACE_INFO(connect_point, "info");
       QUOR_TRACE_AT(connect_point, QUOR_INFO | QUOR_VERBOSE, "verbose");
-      poll(nullptr, 0, 1);
+      self.Tell(step);
     }
     return 0;
   });
   const auto seen = service.Accept();
   ASSERT_NE(seen, nullptr);
-  ASSERT_TRUE(WaitFor([&] { return seen->Has("info"); }));
-  EXPECT_FALSE(seen->Has("verbose"));  // Support until the service says otherwise
+  ASSERT_TRUE(WaitFor([&] { return seen->Has("first"); }));
+  std::uint64_t step = 0;
+  // What the application traces in its next step.
+  const auto traced = [&] {
+    seen->Pump();
+    seen->m_traces.clear();
+    app.Go();
+    EXPECT_EQ(app.Told(), step++);
+    seen->Pump();
+    std::string texts;
+    for (const SeenTrace& trace : seen->m_traces) texts += trace.text + " ";
+    return texts;
+  };
+  EXPECT_EQ(traced(), "info ");  // Support until the service says otherwise
   const auto start = std::chrono::steady_clock::now();
   seen->SetAll(QUOR_INFO | QUOR_VERBOSE);
-  ASSERT_TRUE(WaitFor([&] { return seen->Has("verbose"); }));
+  EXPECT_TRUE(WaitFor([&] { return traced() == "info verbose "; }));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
   seen->SetAll(0);
-  // Off again: from some moment on nothing comes any more.
-  ASSERT_TRUE(WaitFor([&] {
-    seen->Pump();
-    const std::size_t count = seen->m_traces.size();
-    poll(nullptr, 0, 50);
-    seen->Pump();
-    return seen->m_traces.size() == count;
-  }));
+  EXPECT_TRUE(WaitFor([&] { return traced().empty(); }));
+  EXPECT_EQ(traced(), "") << "once off, it stays off";
 }
 
 TEST(Live, EverythingWhoseCallReturnedIsInTheRingWhenTheApplicationIsKilledInABurst) {

@@ -62,6 +62,7 @@ TEST_F(LiveDemo, EveryTraceOfTheApplicationBecomesARow) {
     if (text.rfind("End: ", 0) == 0) --open[thread + text.substr(5)];
   }
   EXPECT_EQ(components, (std::set<std::string>{"Worker", "Http", "Orders", "Database", "Payment"}));
+  EXPECT_GT(open.size(), 4u);
   for (const auto& [block, balance] : open) EXPECT_EQ(balance, 0) << block;
 }
 

@@ -182,11 +182,15 @@ TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
   const std::string fish = ReadAll(folder + "/completions/trc.fish");
   const std::vector<std::string> commands = FirstWords(RunTrc({"--help"}).out, "Subcommands:");
   EXPECT_GE(commands.size(), 15u);
+  std::size_t known = 0;
   for (const std::string& command : commands) {
     const std::string section = Between(manual, "\n.SS trc " + command + "\n", "\n.S");
     for (const std::string* const file : {&bash, &zsh, &fish})
       EXPECT_TRUE(Has(*file, command)) << command;
-    for (const std::string& words : FirstWords(RunTrc({command, "--help"}).out, "Options:")) {
+    const auto options = FirstWords(RunTrc({command, "--help"}).out, "Options:");
+    EXPECT_GE(options.size(), 1u) << command;  // --help itself
+    known += options.size();
+    for (const std::string& words : options) {
       const std::string option = words.substr(words.find("--"));  // behind "-f,"
       EXPECT_TRUE(option == "--help" || Has(section, option)) << command << " " << option;
       EXPECT_TRUE(Has(bash, option)) << option;
@@ -194,6 +198,7 @@ TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
       EXPECT_TRUE(Has(fish, "-l " + option.substr(2))) << option;
     }
   }
+  EXPECT_GE(known, 60u);
 }
 
 }  // namespace

@@ -43,6 +43,7 @@ TEST(TrcConvert, AConvertedOldSampleHasTheTracesOfTheSampleButForItsStacks) {
   ASSERT_EQ(run.status, 0);
   EXPECT_EQ(run.out + run.err, "");
   std::vector<json> expected = DumpedTraces(sample);
+  ASSERT_EQ(expected.size(), 20000u);
   for (json& trace : expected) trace["stack"] = "";
   EXPECT_EQ(DumpedTraces(path), expected);
 }

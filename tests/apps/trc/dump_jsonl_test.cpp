@@ -204,9 +204,9 @@ TEST(TrcDumpJsonl, AFileCutAtAnyByteOfItsLastTraceGivesTheOthersAndADefinedLastO
     const auto traces = JsonLinesOf(RunTrc({"dump", path, "-f", "jsonl"}).out);
     ASSERT_EQ(traces.size(), 2u) << cut;
     EXPECT_EQ(traces[0].at("text"), "first");
-    EXPECT_TRUE(traces[1].at("text").is_string());
-    const std::string text = traces[1].at("text");
-    EXPECT_EQ(text, std::string("last").substr(0, text.size())) << cut;
+    const std::size_t left = record - cut, head = 43;
+    EXPECT_EQ(traces[1].at("text"), std::string("last").substr(0, left > head ? left - head : 0))
+        << cut;
   }
 }
 

@@ -159,6 +159,7 @@ TEST_F(TrcExport, TheWholeSampleHasALinePerTraceThatAParserReads) {
   const std::vector<std::string> lines =
       LinesOf(RunTrc({"export", in, "-", "--format", "jsonl"}).out);
   const std::vector<json> dumped = DumpedTraces(in);
+  ASSERT_EQ(dumped.size(), 2000u);
   ASSERT_EQ(lines.size(), dumped.size());
   for (std::size_t i = 0; i < lines.size(); ++i)
     EXPECT_EQ(json::parse(lines[i])["Trace"], dumped[i]["text"]);

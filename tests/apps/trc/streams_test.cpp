@@ -51,9 +51,7 @@ TEST_F(TrcStreams, AReaderWhoGoesAwayEndsTheDumpQuietly) {
 }
 
 TEST_F(TrcStreams, AReaderWhoIsNotThereIsNoFailureOfInfo) {
-  TrcProcess trc({.arguments = {"info", Sample()}});
-  trc.CloseOut();
-  const TrcRun run = trc.Finish();
+  const TrcRun run = RunTrc({.arguments = {"info", Sample()}, .outIsClosed = true});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
 }

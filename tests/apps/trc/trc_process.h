@@ -26,6 +26,7 @@ struct TrcStart {
   std::vector<std::string> arguments;
   std::vector<std::string> environment = {};  // "NAME=value", added to ours
   std::string outTo = {};                     // a path for standard output; empty: a pipe
+  bool outIsClosed = false;                   // the reader has gone before the program starts
   bool errIsTerminal = false;
   bool ignoreInterrupt = false;
   rlim_t fileBytesMax = RLIM_INFINITY;  // a longer file is an error, as on a full disk
@@ -36,12 +37,13 @@ class TrcProcess {
   explicit TrcProcess(const TrcStart& start) {
     int out[2], err[2];
     OpenPipe(out);
+    if (start.outIsClosed) close(out[0]);
     start.errIsTerminal ? OpenTerminal(err) : OpenPipe(err);
     m_process = fork();
     if (m_process == 0) BecomeTrc(start, out[1], err[1]);
     close(out[1]);
     close(err[1]);
-    m_out = out[0];
+    m_out = start.outIsClosed ? -1 : out[0];
     m_err = err[0];
   }
   ~TrcProcess() {

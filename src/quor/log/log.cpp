@@ -27,10 +27,18 @@ constexpr std::array<std::pair<const char*, LogLevel>, 4> kWords = {{
     {"debug", LogLevel::Debug},
 }};
 
+// The variable is inherited by programs whose standard error goes elsewhere: it names the journal's
+// end by device and inode.
+bool GoesToJournal() {
+  const char* const stream = std::getenv("JOURNAL_STREAM");
+  struct stat status {};
+  if (!stream || fstat(STDERR_FILENO, &status) != 0) return false;
+  return stream == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+}
+
 std::string Head(LogLevel level) {
   // The journal adds the time itself and takes the level from the number.
-  static const bool journal = std::getenv("JOURNAL_STREAM") != nullptr;
-  if (journal && g_file.empty()) return "<" + std::to_string(static_cast<int>(level)) + ">";
+  if (g_file.empty() && GoesToJournal()) return "<" + std::to_string(static_cast<int>(level)) + ">";
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   tm utc{};

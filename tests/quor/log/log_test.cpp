@@ -27,6 +27,25 @@ class LogTest : public ::testing::Test {
   const int m_before = dup(STDERR_FILENO);
 };
 
+// The first of them: later ones have given the log a file.
+TEST_F(LogTest, TheJournalsFormIsForAStandardErrorThatIsTheJournals) {
+  const int file = open(m_path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+  dup2(file, STDERR_FILENO);
+  struct stat status {};
+  ASSERT_EQ(fstat(file, &status), 0);
+  close(file);
+  const std::string here = std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+  for (const std::string& stream : {here, here + "1", std::string("1:2"), std::string()}) {
+    setenv("JOURNAL_STREAM", stream.c_str(), 1);
+    Log(LogLevel::Warning, "to " + stream);
+  }
+  unsetenv("JOURNAL_STREAM");
+  const std::string words = ReadAll(m_path);
+  EXPECT_EQ(words.rfind("<4>to " + here + "\n", 0), 0u) << words;
+  EXPECT_EQ(std::count(words.begin(), words.end(), '<'), 1) << words;
+  EXPECT_NE(words.find("Z quord warning: to 1:2\n"), words.npos) << words;
+}
+
 TEST_F(LogTest, APipeThatNobodyReadsHoldsNobodyUpAndTheLostLinesAreCounted) {
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);

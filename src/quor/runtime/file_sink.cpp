@@ -159,8 +159,7 @@ void FileSink::Take(const RingItem& item) {
   if (item.dropsBefore != 0) AppendLoss(item.dropsBefore, "the ring was full");
   if (item.damagedBefore != 0) AppendLoss(item.damagedBefore, "damaged in memory");
   if (item.trace.empty()) return;
-  if (m_options.maxBytes != 0 && m_files.Size() + m_used + item.trace.size() > m_options.maxBytes &&
-      m_files.Size() + m_used > kTrcHeaderBytes) {
+  if (IsFullBy(item.trace)) {
     PushBuffer();
     m_files.End();
     if (!Ready()) {
@@ -171,6 +170,19 @@ void FileSink::Take(const RingItem& item) {
   if (++m_number == kNoSequenceNumber) m_number = 0;
   AppendTrace(item.trace, m_number);
   if (m_used >= kBufferBytes) PushBuffer();
+}
+
+// One trace at least goes into every file, however long it is.
+bool FileSink::IsFullBy(Bytes trace) const {
+  const std::uint64_t size = m_files.Size() + m_used;
+  if (m_options.maxBytes == 0 || size <= kTrcHeaderBytes) return false;
+  if (size + 1 + trace.size() > m_options.maxBytes) return true;
+  const RawTrace raw(trace.data());
+  std::uint64_t names = 0;
+  for (const NameId id : {raw.MachineId(), raw.AppId(), raw.ComponentId(), raw.CategoryId(),
+                          raw.PidId(), raw.TidId(), raw.SourceFileId()})
+    if (!m_written.test(id)) names += 1 + kNameBodyBytes + m_names.Text(id).size();
+  return size + 1 + trace.size() + names > m_options.maxBytes;
 }
 
 void FileSink::AppendTrace(Bytes trace, std::uint32_t number) {

@@ -63,6 +63,7 @@ class FileSink {
   bool Ready();
   void PushBuffer();
   void Take(const RingItem& item);
+  bool IsFullBy(Bytes trace) const;
   void AppendTrace(Bytes trace, std::uint32_t number);
   void AppendNames(const std::uint8_t* trace);
   void AppendName(NameId id);

@@ -31,6 +31,17 @@ std::string FromRoot(std::string path) {
   return std::string(folder) + "/" + path;
 }
 
+// With its slash.
+std::string FolderOfFile(const std::string& path) {
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+// May somebody else put files into it?
+bool IsShared(const struct stat& folder) {
+  const bool trusted = folder.st_uid == geteuid() || folder.st_uid == 0;
+  return !trusted || (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+}
+
 bool Exists(const char* path) {
   struct stat status {};
   return lstat(path, &status) == 0;
@@ -59,11 +70,11 @@ SinkOptions SinkOptions::Parse(std::string_view text) {
 SinkFiles::SinkFiles(std::string path, const SinkOptions& options)
     : m_wanted([&]() -> Names {
         path = FromRoot(std::move(path));
-        return {path, StemOf(path)};
+        return {path, StemOf(path), FolderOfFile(path)};
       }()),
       m_own([this]() -> Names {
         const std::string stem = m_wanted.stem + ".pid" + std::to_string(getpid());
-        return {stem + std::string(kExtension), stem};
+        return {stem + std::string(kExtension), stem, m_wanted.folder};
       }()),
       m_options(options) {}
 
@@ -139,16 +150,34 @@ void SinkFiles::Abandon() {
   End();
 }
 
+int SinkFiles::OpenInFolder(bool* shared) {
+  const char* const folder = m_current->folder.empty() ? "." : m_current->folder.c_str();
+  const int in = open(folder, O_PATH | O_DIRECTORY | O_CLOEXEC);
+  if (in < 0) return -1;
+  struct stat status {};
+  *shared = fstat(in, &status) != 0 || IsShared(status);
+  // Never waits for the reader of a FIFO.
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  const int file = openat(in, m_current->Name(), flags | (*shared ? O_NOFOLLOW : 0), 0600);
+  const int error = errno;
+  close(in);
+  errno = error;
+  return file;
+}
+
 SinkFiles::Opened SinkFiles::OpenLocked() {
-  // Never waits for the reader of a FIFO; anything but a regular file is refused.
   const char* const path = m_current->path.c_str();
-  m_descriptor = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+  bool shared = false;
+  m_descriptor = OpenInFolder(&shared);
   if (m_descriptor < 0) return Opened::No;
   Opened opened = Opened::No;
   int error = EINVAL;
   struct stat status {};
   struct stat named {};
-  if (fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+  const bool known = fstat(m_descriptor, &status) == 0;
+  if (known && shared && (status.st_uid != geteuid() || status.st_nlink > 1)) {
+    error = EACCES;
+  } else if (known && S_ISREG(status.st_mode)) {
     // On a file system without locks it is written all the same.
     const bool locked = flock(m_descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
     error = errno;

@@ -4,6 +4,9 @@
 //          there at the start, from an earlier run, is numbered away like a full one. When another
 //          process is writing `name.trc` (a second instance, the parent of a fork), this one
 //          writes `name.pid<number>.trc`.
+//          A new file is its owner's alone. In a folder that others may write no symbolic link is
+//          followed, and no file written that is not ours alone: another user may have put it
+//          there.
 // Owner    The descriptor, locked against other writers and readers of this system.
 // Errors   False, and errno tells why; a later call may succeed. Nothing is ever overwritten that
 //          was not numbered away before, save what maxfiles lets go.
@@ -48,10 +51,12 @@ class SinkFiles {
 
  private:
   struct Names {
-    std::string path, stem;
+    std::string path, stem, folder;
+    const char* Name() const { return path.c_str() + folder.size(); }
   };
   enum class Opened { Yes, No, Busy, Moved };
   Opened OpenLocked();
+  int OpenInFolder(bool* shared);
   bool NumberAway();
   // Not on the stack: a signal handler may have little of it.
   using PathText = char[4200];

@@ -131,7 +131,6 @@ TEST_F(LiveTest, OneDrainGivesAllThatWaitsWhileItsTimeAllowsAndTheNextGoesOnTher
   int rest = kFrames * kEach - static_cast<int>(next), drains = 0;
   while (next < kFrames * kEach && ++drains < 1000) rest -= drain({});
   EXPECT_EQ(rest, 0);
-  EXPECT_LT(drains, 5) << "far more than fifty thousand fit into one";
   EXPECT_EQ(drain({}), 0);
 }
 

@@ -103,7 +103,12 @@ void CaptureFile::Salvage() {
     end = records.end;
   }
   std::error_code ignored;
-  if (end != 0) std::filesystem::resize_file(m_path, end, ignored);
+  // Without its header it is no file of this kind, and there is nothing in it.
+  if (end < kTrcHeaderBytes) {
+    std::filesystem::remove(m_path, ignored);
+  } else {
+    std::filesystem::resize_file(m_path, end, ignored);
+  }
 }
 
 bool CaptureFile::Flush(std::string* why) {

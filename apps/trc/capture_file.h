@@ -20,7 +20,8 @@ class CaptureFile {
   bool Write(const TraceEvent_i& trace, NameMap& names, std::string* why);
   bool Flush(std::string* why);
   bool Finish(std::string* why);
-  // After a failure: cuts the file behind its last whole record, so that it reads like any other.
+  // After a failure: cuts the file behind its last whole record, so that it reads like any other;
+  // one that could not even be begun goes.
   void Salvage();
   // Those with a number, of all files: after Finish or Salvage exactly those that reached one.
   std::uint64_t Traces() const { return m_earlierTraces + m_traces; }

@@ -135,6 +135,17 @@ TEST_F(LiveProgramsTest, AFullCaptureIsNumberedAwayAndEachFileCanBeOpenedByItsel
             DumpedTraces(m_dir.File("now.1.trc")).front()["count"]);
 }
 
+TEST_F(LiveProgramsTest, ACaptureThatCannotBeBegunLeavesNoFile) {
+  StartService();
+  TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "1000"}});
+  const std::string path = m_dir.File("now.trc");
+  const TrcRun run =
+      RunTrc({.arguments = {"capture", "-o", path, "--max-size", "1"}, .fileBytesMax = 8});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_NE(run.out.find("0 taken, "), std::string::npos) << run.out;
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
 TEST_F(LiveProgramsTest, ACaptureThatCannotBeWrittenSaysSo) {
   StartService();
   const TrcRun run = RunTrc({"capture", "-o", m_dir.File("no/such/folder.trc"), "--for", "1"});

@@ -11,11 +11,17 @@ namespace {
 constexpr std::size_t kInstanceBytes = 16;
 // No source has produced so many; sums of some of them cannot wrap.
 constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
+// More than a machine traces in a second, all its losses counted; and what a slow stream was
+// behind.
+constexpr std::uint64_t kGapPerSecond = 100'000'000;
+constexpr int kSlackSeconds = 60;
 
 }  // namespace
 
 void GapLedger::BeginStream(const std::string& service) {
   ++m_stream;
+  m_silentSince = m_lastLedger;
+  m_believed = 0;
   if (m_run != 0 && service == m_service) return;
   ++m_run;
   m_service = service;
@@ -34,7 +40,17 @@ void GapLedger::ForgetOldest() {
   std::erase_if(m_sources, [oldest](const auto& entry) { return entry.second.heard < oldest; });
 }
 
+bool GapLedger::CanHaveBeen(std::uint64_t gap) {
+  const auto silent =
+      std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - m_silentSince);
+  const auto most = static_cast<std::uint64_t>(silent.count() + kSlackSeconds) * kGapPerSecond;
+  if (gap > most - std::min(most, m_believed)) return false;
+  m_believed += gap;
+  return true;
+}
+
 bool GapLedger::Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why) {
+  m_lastLedger = Clock::now();
   for (const auto& word : ledger.sources())
     if (!TakeSource(word, gap, why)) return false;
   if (ledger.has_forgotten() && !TakeForgotten(ledger.forgotten(), gap, why)) return false;
@@ -55,7 +71,7 @@ bool GapLedger::TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string
     known += source.serial;
   }
   // On the first stream all that was is older than we are.
-  if (m_stream > 1 && sum > known) *gap += sum - known;
+  if (m_stream > 1 && sum > known && CanHaveBeen(sum - known)) *gap += sum - known;
   m_forgotten = sum;
   return true;
 }
@@ -87,7 +103,8 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t
   if (source.stream != m_stream || anew || (falls && began >= source.serial)) {
     // Where the new stream began, and where the old one ended. A source that was unknown then
     // began behind it, but on the first stream it may be older than we are.
-    if (began > source.serial && (!isNew || m_stream > 1)) *gap += began - source.serial;
+    const bool isGap = began > source.serial && (!isNew || m_stream > 1);
+    if (isGap && CanHaveBeen(began - source.serial)) *gap += began - source.serial;
     source.delivered = source.lost = 0;
     source.stream = m_stream;
   } else if (word.serial() < source.serial) {

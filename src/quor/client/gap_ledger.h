@@ -3,11 +3,14 @@
 // Shape    See the Ledger of quor.proto. A stream begins with each Subscribe.
 //          Sources that the service has forgotten, or that were not heard of for longest, are
 //          forgotten when there are too many.
+//          A gap is believed while it is no more than a machine could have traced meanwhile: the
+//          first word on a source that nobody here knows may be anybody's lie.
 // Errors   Numbers that cannot be (a count that falls, say) are an error with a reason: the
 //          connection is to be ended.
 // Threads  One.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
@@ -39,12 +42,16 @@ class GapLedger {
   };
   void ForgetOldest();
   bool TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap, std::string* why);
+  bool CanHaveBeen(std::uint64_t gap);
   bool TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string* why);
   bool TakeForgotten(const quor::wire::Ledger::Source& word, std::string* why);
 
   std::unordered_map<std::string, Source> m_sources;
   unsigned m_stream = 0, m_run = 0;
   std::string m_service;
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point m_lastLedger = Clock::now(), m_silentSince = m_lastLedger;
+  std::uint64_t m_believed = 0;   // of the gaps in front of this stream
   std::uint64_t m_forgotten = 0;  // the service's sum, as far as this stream has told it
   std::uint64_t m_words = 0;
   std::uint64_t m_delivered = 0, m_lost = 0;

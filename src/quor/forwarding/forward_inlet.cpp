@@ -1,8 +1,11 @@
 #include "quor/forwarding/forward_inlet.h"
 
+#include <openssl/sha.h>
+
 #include <algorithm>
 
 #include "base/fail_with.h"
+#include "quor/log/log.h"
 #include "quor/protocol/frames.h"
 #include "records/raw_trace.h"
 
@@ -11,6 +14,38 @@ namespace {
 constexpr std::size_t kIdBytes = 16;
 constexpr std::size_t kNameBytesMax = 16u << 20;
 constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
+constexpr std::uint64_t kInUse = ~std::uint64_t{0};
+
+// The same over restarts, and of no other forwarder or application of this machine: who knows an
+// instance could spoil its numbers otherwise.
+std::array<std::uint8_t, kIdBytes> InstanceHere(const std::string& peer,
+                                                const std::string& instance) {
+  const std::string text = peer + '\0' + instance;
+  std::uint8_t digest[SHA256_DIGEST_LENGTH];
+  SHA256(reinterpret_cast<const std::uint8_t*>(text.data()), text.size(), digest);
+  std::array<std::uint8_t, kIdBytes> here{};
+  std::copy_n(digest, kIdBytes, here.begin());
+  return here;
+}
+
+// The oldest entry of the peer that has the most: one of many ids takes only its own place.
+template <class Map, class Age>
+auto OldestOfMost(Map& map, Age age) {
+  auto best = map.begin();
+  std::size_t most = 0;
+  for (auto entry = map.begin(); entry != map.end();) {
+    auto oldest = entry;
+    std::size_t count = 0;
+    const std::string& peer = entry->first.first;
+    for (; entry != map.end() && entry->first.first == peer; ++entry, ++count)
+      if (age(entry->second) < age(oldest->second)) oldest = entry;
+    if (count > most && age(oldest->second) != kInUse) {
+      most = count;
+      best = oldest;
+    }
+  }
+  return best;
+}
 
 }  // namespace
 
@@ -29,15 +64,16 @@ struct ForwardInlet::Stream::Frame final : DataSink {
   std::uint64_t numbered = 0;
 };
 
-std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& id,
+std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& peer,
+                                                         const std::string& id,
                                                          const std::string& machine,
                                                          std::string* why) {
   if (id.size() != kIdBytes || machine.size() > 255) {
     *why = "a forwarded stream needs an id of 16 bytes and the name of a machine";
     return nullptr;
   }
-  std::shared_ptr<Stream>& entry = m_streams[id];
-  if (!entry) entry.reset(new Stream(*this, machine));
+  std::shared_ptr<Stream>& entry = m_streams[{peer, id}];
+  if (!entry) entry.reset(new Stream(*this, peer, machine));
   std::shared_ptr<Stream> opened = entry;
   opened->m_turn = ++m_uses;
   opened->Break();
@@ -48,22 +84,20 @@ std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& id,
 // Of those that only this map knows. One that is in use would come again with what it had sent and
 // would not be known: that is worse than one more, and connections are limited in number.
 void ForwardInlet::ForgetOldestStream() {
-  auto oldest = m_streams.end();
-  for (auto entry = m_streams.begin(); entry != m_streams.end(); ++entry)
-    if (entry->second.use_count() == 1 &&
-        (oldest == m_streams.end() || entry->second->m_turn < oldest->second->m_turn))
-      oldest = entry;
-  if (oldest != m_streams.end()) m_streams.erase(oldest);
+  const auto oldest = OldestOfMost(m_streams, [](const std::shared_ptr<Stream>& stream) {
+    return stream.use_count() == 1 ? stream->m_turn : kInUse;
+  });
+  if (oldest->second.use_count() == 1) m_streams.erase(oldest);
 }
 
-std::shared_ptr<Source> ForwardInlet::SourceFor(const std::string& instance, std::uint64_t serial,
+std::shared_ptr<Source> ForwardInlet::SourceFor(const Key& key, std::uint64_t serial,
                                                 const std::string& machine) {
-  if (m_sources.size() >= kSourcesMax && !m_sources.contains(instance)) ForgetOldestSource();
-  Known& known = m_sources[instance];
+  if (m_sources.size() >= kSourcesMax && !m_sources.contains(key)) ForgetOldestSource();
+  Known& known = m_sources[key];
   known.used = ++m_uses;
   if (known.source) return known.source;
   Source source;
-  std::copy(instance.begin(), instance.end(), source.instance.begin());
+  source.instance = InstanceHere(key.first, key.second);
   source.machine = machine;
   source.serial = serial;
   known.source = m_hub.AddSource(std::move(source));
@@ -71,11 +105,23 @@ std::shared_ptr<Source> ForwardInlet::SourceFor(const std::string& instance, std
 }
 
 void ForwardInlet::ForgetOldestSource() {
-  const auto oldest = std::min_element(
-      m_sources.begin(), m_sources.end(),
-      [](const auto& one, const auto& other) { return one.second.used < other.second.used; });
+  const auto oldest = OldestOfMost(m_sources, [](const Known& known) { return known.used; });
   m_hub.EndSource(oldest->second.source);
   m_sources.erase(oldest);
+}
+
+std::uint64_t ForwardInlet::Believe(const std::string& peer, std::uint64_t losses) {
+  Claims& claims = m_claims[peer];
+  const Clock::time_point now = Clock::now();
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - claims.until);
+  claims.until += seconds;
+  claims.left += static_cast<std::uint64_t>(seconds.count()) * kLossesPerSecond;
+  const std::uint64_t believed = std::min(losses, claims.left);
+  claims.left -= believed;
+  if (believed < losses && !std::exchange(claims.told, true))
+    Log(LogLevel::Warning, peer + " tells of " + std::to_string(losses) +
+                               " lost traces: more than can have been is not counted");
+  return believed;
 }
 
 bool ForwardInlet::Stream::TakeData(Bytes body, std::string* why) {
@@ -112,7 +158,8 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
   // Where the source stands on this stream before this word.
   const std::uint64_t stands =
       word.serial() - (word.delivered() - before.delivered) - (word.lost() - before.lost);
-  const std::shared_ptr<Source> source = m_inlet.SourceFor(word.instance(), stands, m_machine);
+  const std::shared_ptr<Source> source =
+      m_inlet.SourceFor({m_peer, word.instance()}, stands, m_machine);
   // Monitors would believe no larger number, not even of others on this stream.
   if (std::max(source->serial, stands) > kSerialMax - (word.serial() - stands))
     return FailWith(why, "its ledgers count more than there can be");
@@ -124,12 +171,12 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
   }
   Hub& hub = m_inlet.m_hub;
   if (isNew && stands > source->serial)
-    hub.Lose(source, stands - source->serial,
+    hub.Lose(source, m_inlet.Believe(m_peer, stands - source->serial),
              "the trace service of " + m_machine + " ended before it could hand them on");
   if (frame)
     for (const Bytes trace : frame->traces) hub.Take(source, m_names, trace, {});
   // The word on it is among the traces.
-  hub.CountLost(source, word.lost() - before.lost);
+  hub.CountLost(source, m_inlet.Believe(m_peer, word.lost() - before.lost));
   before = {word.delivered(), word.lost()};
   return true;
 }

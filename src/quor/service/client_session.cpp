@@ -111,6 +111,7 @@ void ClientSession::Greet(const Frame& frame) {
   welcome.set_role(m_role);
   welcome.set_heartbeat_ms(
       static_cast<std::uint32_t>(m_context.connectionLimits.heartbeat.count()));
+  for (const std::string& trouble : m_context.troubles) welcome.add_troubles(trouble);
   m_connection->Send(FrameType::Welcome, welcome);
   Log(LogLevel::Info, m_peer.words + " is here to " + RoleWord(m_role));
 }
@@ -255,10 +256,11 @@ bool ClientSession::Submit(const quor::wire::Submit& submit, Response* response)
 
 bool ClientSession::Forward(const quor::wire::Forward& forward, Response* response) {
   std::string why;
-  const auto stream = m_context.inlet.Open(forward.stream(), forward.machine(), &why);
+  const auto stream = m_context.inlet.Open(Forwarder(), forward.stream(), forward.machine(), &why);
   if (!stream) return Fail(response, ERROR_BAD_REQUEST, why);
   // Who begins another stream goes on with the first no more.
-  if (m_forwarded && m_forwardedId != forward.stream()) m_context.inlet.Forget(m_forwardedId);
+  if (m_forwarded && m_forwardedId != forward.stream())
+    m_context.inlet.Forget(Forwarder(), m_forwardedId);
   m_forwarded = stream;
   m_forwardedId = forward.stream();
   m_forwardedTurn = stream->Turn();
@@ -283,7 +285,7 @@ void ClientSession::TakeForwarded(const Frame& frame) {
   taken.set_frames(m_forwarded->Taken());
   if (!m_connection->Send(FrameType::Taken, taken)) return End("it does not read what was taken");
   if (!m_forwarded->IsWornOut()) return;
-  m_context.inlet.Forget(m_forwardedId);
+  m_context.inlet.Forget(Forwarder(), m_forwardedId);
   // The word on what was taken goes out before the end.
   m_connection->CloseAfterWriting();
   OnClosed("its stream has had too many sources and is to begin anew");

@@ -24,12 +24,14 @@ struct SessionContext {
   std::string instance;  // 16 random bytes of this run
   StreamLimits streamLimits;
   ConnectionLimits connectionLimits;
+  std::vector<std::string> troubles;  // what does not work
 };
 
 struct SessionPeer {
   bool local = true;
   std::uint32_t pid = 0;                          // of a local one
   quor::wire::Role held = quor::wire::ROLE_NONE;  // by its certificate; local ones may take any
+  std::string name;                               // of its certificate
   std::string words;                              // for the log
 };
 
@@ -65,6 +67,8 @@ class ClientSession final : public Connection::Handler,
   bool Serve(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeApps(const quor::wire::Request& request, quor::wire::Response* response);
+  // Who it is to the inlet of forwarded streams; a local one is known by its process.
+  std::string Forwarder() const { return m_peer.local ? m_peer.words : m_peer.name; }
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
   void ListApps(quor::wire::Response* response);
   bool OpenApp(const std::string& name, quor::wire::Response* response);

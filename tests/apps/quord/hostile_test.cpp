@@ -186,7 +186,9 @@ struct ForwardClient {
     Request request;
     request.mutable_forward()->set_stream(stream);
     request.mutable_forward()->set_machine("other");
-    EXPECT_EQ(client.Ask(request).error(), quor::wire::ERROR_NONE);
+    const Response answer = client.Ask(request);
+    EXPECT_EQ(answer.error(), quor::wire::ERROR_NONE);
+    EXPECT_EQ(answer.taken(), 0u);
   }
   void OneTrace() {
     Bytes_t body(1 + RawTrace::kFixedBytes);
@@ -205,18 +207,46 @@ struct ForwardClient {
   QuordClient client;
 };
 
-TEST_F(Hostile, ForwardersWhoseLossesAddUpToMoreThanMonitorsBelieveAreEndedAndMonitorsGoOn) {
-  constexpr std::uint64_t kMost = std::uint64_t{1} << 56;
+TEST_F(Hostile, OfTheLossesThatAForwarderTellsNoMoreIsCountedThanCanHaveBeen) {
+  constexpr std::uint64_t kMost = std::uint64_t{1} << 55;
   ForwardClient first(quord.SocketPath(), std::string(16, 'a'));
-  first.Word(kMost, 0, kMost);
+  first.Word(0, 0, 0);
   first.Word(kMost, 0, kMost);
   ForwardClient second(quord.SocketPath(), std::string(16, 'b'));
-  second.Word(kMost, 0, kMost);
-  EXPECT_TRUE(IsEnded(second.client));
-  EXPECT_TRUE(quord.Says("its ledgers count more than there can be"));
+  second.Word(2 * kMost, 0, 0);
+  second.OneTrace();
+  second.Word(2 * kMost + 1 - kMost, 1, 0);
+  EXPECT_TRUE(quord.Says("tells of " + std::to_string(kMost) + " lost traces"));
+  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
+  EXPECT_LT(witness.lost, std::uint64_t{100'000'000'000});
   EXPECT_FALSE(witness.ended);
-  witness.Pump();
-  EXPECT_LE(witness.lost, kMost);
+}
+
+TEST_F(Hostile, AForwarderThatUsesAnothersIdsTouchesNothingOfIt) {
+  const std::string stream(16, 's');
+  TracedChild liar([&](TracedChild& self) {
+    self.AwaitGo();
+    ForwardClient client(quord.SocketPath(), stream);
+    client.Word((std::uint64_t{1} << 56) - 1, 0, 0);
+    self.Tell(1);
+    self.AwaitGo();
+    return 0;
+  });
+  ForwardClient good(quord.SocketPath(), stream);
+  good.OneTrace();
+  good.Word(1, 1, 0);
+  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
+  liar.Go();
+  ASSERT_EQ(liar.Told(), 1u);
+  // It goes on with its stream, and is believed.
+  good.OneTrace();
+  good.Word(5, 2, 3);
+  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered + witness.lost == 5; }));
+  EXPECT_EQ(witness.delivered, 2u);
+  good.client.Pump();
+  EXPECT_FALSE(good.client.ended);
+  liar.Go();
+  EXPECT_EQ(liar.Wait(), 0);
 }
 
 TEST_F(Hostile, OfTwoConnectionsWithOneStreamTheLaterGoesOnAndTheFirstDoesNotDisturbIt) {

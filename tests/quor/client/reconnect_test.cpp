@@ -108,6 +108,19 @@ TEST_F(ReconnectTest, ASourceThatComesBackLaterIsCountedThen) {
   EXPECT_EQ(Drain(2), "Quor: 9 traces lost: the connection was broken\nweb: again\n");
 }
 
+TEST_F(ReconnectTest, MoreThanCanHaveBeenTracedMeanwhileIsNoGapAndTheOthersAreCounted) {
+  Start();
+  Reconnect();
+  m_peer->Ledger({{.id = 'x', .serial = std::uint64_t{1} << 55},
+                  {.serial = 14},
+                  {.id = 'y', .serial = std::uint64_t{1} << 55},
+                  {.id = 'b', .serial = 5}},
+                 std::uint64_t{1} << 55);
+  EXPECT_EQ(Drain(1), "Quor: 8 traces lost: the connection was broken\n");
+  m_peer->Ledger({{.id = 'x', .serial = (std::uint64_t{1} << 55) + 2, .lost = 2}});
+  ASSERT_TRUE(Eventually([&] { return Counted() == "1 delivered, 10 lost"; })) << Counted();
+}
+
 TEST_F(ReconnectTest, OfSourcesThatTheServiceHasForgottenTheSumTellsTheGap) {
   Start();  // a came to 11, of which we know
   m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});

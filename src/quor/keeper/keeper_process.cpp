@@ -6,7 +6,6 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,7 +13,7 @@
 #include <cstring>
 #include <map>
 
-#include "quor/keeper/keeper_wire.h"
+#include "quor/keeper/keeper_address.h"
 #include "quor/ring/segment_map.h"
 
 namespace {
@@ -101,18 +100,15 @@ class Keeper {
 };
 
 int Listen(const std::string& path, std::string* why) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) {
-    *why = path + ": the path is too long";
+  KeeperAddress address;
+  if (!address.Fill(path)) {
+    *why = path + ": " + std::strerror(errno);
     return -1;
   }
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
   unlink(path.c_str());
   Descriptor listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   const mode_t before = umask(0177);
-  const bool bound =
-      bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  const bool bound = bind(listener.Get(), address.Get(), KeeperAddress::kBytes) == 0;
   umask(before);
   if (!bound || listen(listener.Get(), 4) != 0) {
     *why = path + ": " + std::strerror(errno);

@@ -2,11 +2,10 @@
 
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 
 #include <algorithm>
-#include <cstring>
 
+#include "quor/keeper/keeper_address.h"
 #include "quor/keeper/keeper_process.h"
 #include "quor/log/log.h"
 
@@ -22,15 +21,12 @@ std::vector<KeptApp> SegmentKeeper::Open(const std::string& folder) {
 }
 
 bool SegmentKeeper::Connect(const std::string& path, std::vector<KeptApp>* held) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return false;
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+  KeeperAddress address;
+  if (!address.Fill(path)) return false;
   Descriptor keeper(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   const timeval patience{2, 0};
   setsockopt(keeper.Get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-  if (connect(keeper.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-    return false;
+  if (connect(keeper.Get(), address.Get(), KeeperAddress::kBytes) != 0) return false;
   KeeperWord word{};
   KeptApp app;
   while (ReceiveKeeperWord(keeper.Get(), &word, &app)) {

@@ -72,13 +72,15 @@ void SayReady() {
   close(socket);
 }
 
-// Standard error goes to a file beside the state.
-void Detach(const std::string& stateFolder) {
+// Standard error goes to a file beside the state or, when there can be none, beside the socket.
+void Detach(const ServiceOptions& options) {
   setsid();
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
   dup2(nothing, STDIN_FILENO);
   dup2(nothing, STDOUT_FILENO);
-  if (!LogToFile(stateFolder + "/quord.log")) dup2(nothing, STDERR_FILENO);
+  if (!LogToFile(options.stateFolder + "/quord.log") &&
+      !LogToFile(FolderOf(options.socketPath) + "/quord.log"))
+    dup2(nothing, STDERR_FILENO);
   if (chdir("/") != 0) return;
 }
 
@@ -98,7 +100,9 @@ int ServeInBackground(const ServeCommand& command) {
   Service service(options);
   std::string why;
   if (!service.Open(&why)) return Fail(why);
-  Detach(options.stateFolder);
+  for (const std::string& trouble : service.Troubles())
+    std::fprintf(stderr, "quord: %s\n", trouble.c_str());
+  Detach(options);
   [[maybe_unused]] const ssize_t written = write(ready[1], "r", 1);
   close(ready[1]);
   service.Run();

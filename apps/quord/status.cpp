@@ -42,7 +42,7 @@ class Question final : public Connection::Handler {
   }
 
   std::string machine;
-  std::vector<std::string> apps;
+  std::vector<std::string> apps, troubles;
 
  private:
   void OnFrame(const Frame& frame) override {
@@ -51,6 +51,7 @@ class Question final : public Connection::Handler {
       quor::wire::Welcome welcome;
       if (!welcome.ParseFromArray(frame.body.data(), size)) return m_io.stop();
       machine = welcome.machine();
+      troubles.assign(welcome.troubles().begin(), welcome.troubles().end());
       quor::wire::Request request;
       request.set_id(1);
       request.mutable_list_apps();
@@ -80,12 +81,18 @@ int Status(const StatusCommand& command) {
   const pid_t pid = ServicePid(path);
   if (command.json) {
     nlohmann::json answer = {{"running", runs}, {"socket", path}};
-    if (runs) answer.update({{"machine", question.machine}, {"pid", pid}, {"apps", question.apps}});
+    if (runs)
+      answer.update({{"machine", question.machine},
+                     {"pid", pid},
+                     {"apps", question.apps},
+                     {"troubles", question.troubles}});
     const std::string text = answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
     std::printf("%s\n", text.c_str());
   } else if (runs) {
     std::printf("quord runs on %s (process %d), socket %s\n", question.machine.c_str(),
                 static_cast<int>(pid), path.c_str());
+    for (const std::string& trouble : question.troubles)
+      std::printf("  trouble: %s\n", trouble.c_str());
     for (const std::string& app : question.apps) std::printf("  %s\n", app.c_str());
     if (question.apps.empty()) std::printf("  no applications\n");
   } else {

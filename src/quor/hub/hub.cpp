@@ -66,7 +66,9 @@ void Hub::EndSource(const std::shared_ptr<Source>& source) {
 
 void Hub::Forget(const std::shared_ptr<Source>& source) {
   m_forgotten += source->serial;
-  if (!m_streams.empty()) m_builder.AppendForgotten(source);
+  if (m_streams.empty()) return;
+  Open();
+  m_builder.AppendForgotten(source);
 }
 
 std::vector<std::shared_ptr<Source>> Hub::Sources() const {
@@ -128,6 +130,7 @@ void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes 
   const TraceIds& ids = TranslateAll(record.data(), names, learn);
   SealBefore(source);
   if (!m_builder.HasRoom(record.size() + 1, m_builder.NameBytes(ids))) Seal();
+  Open();
   m_builder.Append(source, record, ids, number);
   if (m_names.IsFull() && !m_toldFull) TellFullNames(source);
   if (m_builder.IsFull()) Seal();
@@ -144,6 +147,7 @@ void Hub::Lose(const std::shared_ptr<Source>& source, std::uint64_t lost,
   if (m_streams.empty()) return;
   SealBefore(source);
   if (!m_builder.HasRoom(reason.size() + 128, 5 * 65540)) Seal();
+  Open();
   m_builder.AppendLoss(source, lost, reason);
   if (m_builder.IsFull()) Seal();
 }
@@ -153,6 +157,7 @@ void Hub::CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   source->serial += lost;
   if (m_streams.empty()) return;
   SealBefore(source);
+  Open();
   m_builder.CountLost(source, lost);
 }
 

@@ -50,6 +50,8 @@ class Hub {
   // A loss that was told elsewhere: only counted.
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
 
+  // Called when the first of a batch comes: it is to be sealed and delivered a little later.
+  void OnBatchOpened(std::function<void()> call) { m_onOpened = std::move(call); }
   bool HasOpenBatch() const { return !m_builder.IsEmpty(); }
   bool HasSources() const { return !m_sources.empty(); }  // that have not ended
   void Seal();
@@ -76,11 +78,15 @@ class Hub {
   NameId Translate(NameId own, SourceNames& names, const Learn& learn);
   const TraceIds& TranslateAll(const std::uint8_t* record, SourceNames& names, const Learn& learn);
   void SealBefore(const std::shared_ptr<Source>& source);
+  void Open() {
+    if (m_onOpened && m_builder.IsEmpty()) m_onOpened();
+  }
   void TellFullNames(const std::shared_ptr<Source>& source);
   std::uint32_t NextNumber();
 
   HubNames m_names;
   BatchBuilder m_builder;
+  std::function<void()> m_onOpened;
   const bool m_oneSourceEach;
   std::shared_ptr<Source> m_builderSource;
   std::vector<SharedBatch> m_sealed;

@@ -9,13 +9,11 @@
 
 #include <asio/post.hpp>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <optional>
 
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/log/log.h"
-#include "quor/protocol/tls.h"
 
 namespace {
 
@@ -51,23 +49,15 @@ void RaiseDescriptorLimit() {
 
 }  // namespace
 
-std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text) {
-  const std::size_t colon = text.rfind(':');
-  if (colon == text.npos) return std::nullopt;
-  std::string address = text.substr(0, colon);
-  if (address.size() > 2 && address.front() == '[' && address.back() == ']')
-    address = address.substr(1, address.size() - 2);
-  std::uint16_t port = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, wrong] = std::from_chars(text.data() + colon + 1, end, port);
-  std::error_code error;
-  const auto parsed = asio::ip::make_address(address, error);
-  if (error || wrong != std::errc() || stop != end) return std::nullopt;
-  return asio::ip::tcp::endpoint(parsed, port);
-}
-
 Service::Service(ServiceOptions options)
-    : m_options(std::move(options)), m_machine(LocalHostName()) {}
+    : m_options(std::move(options)),
+      m_machine(LocalHostName()),
+      m_tlsDoor(m_io, kGreetingDeadline,
+                [this](std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
+                       const std::string& address) {
+                  AddSession(MakeStream(std::move(socket)),
+                             {false, 0, peer.role, peer.name, peer.name + " at " + address});
+                }) {}
 
 Service::~Service() {
   // Sessions and instances refer to what dies before them otherwise.
@@ -81,11 +71,18 @@ bool Service::Open(std::string* why) {
   const bool opened = m_options.handedSocket >= 0
                           ? m_door.Adopt(m_options.socketPath, m_options.handedSocket, why)
                           : m_door.Open(m_options.socketPath, why);
-  if (!opened || !OpenState(why) || !OpenListeners(why)) return false;
+  if (!opened || !OpenState(why) || !m_tlsDoor.Open(m_options.listen, m_options.keysFolder, why))
+    return false;
   std::vector<KeptApp> held = m_keeper.Open(FolderOf(m_options.socketPath));
   m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine, m_keeper);
-  m_context.reset(new SessionContext{
-      m_hub, *m_apps, m_inlet, m_machine, NewInstance(), {}, m_options.connectionLimits});
+  m_context.reset(new SessionContext{m_hub,
+                                     *m_apps,
+                                     m_inlet,
+                                     m_machine,
+                                     NewInstance(),
+                                     {},
+                                     m_options.connectionLimits,
+                                     m_troubles});
   std::error_code error;
   m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
   if (error) *why = error.message();
@@ -94,40 +91,14 @@ bool Service::Open(std::string* why) {
 }
 
 bool Service::OpenState(std::string* why) {
-  if (!MakeFolders(m_options.stateFolder, why)) return false;
   bool isTaken = false;
-  auto store = CatalogueStore::Open(m_options.stateFolder + "/state.db", why, &isTaken);
+  std::unique_ptr<CatalogueStore> store;
+  if (MakeFolders(m_options.stateFolder, why))
+    store = CatalogueStore::Open(m_options.stateFolder + "/state.db", why, &isTaken);
   if (isTaken) return false;
-  // A full disk, say: traces are wanted then above all.
-  if (!store) Log(LogLevel::Error, *why + "; what is configured will not survive a restart");
+  // A full or read-only disk, or no home: traces are wanted then above all.
+  if (!store) m_troubles.push_back(*why + "; what is configured will not survive a restart");
   m_catalogue = std::make_unique<Catalogue>(std::move(store), m_options.defaultSettings);
-  return true;
-}
-
-bool Service::OpenListeners(std::string* why) {
-  if (m_options.listen.empty()) return true;
-  m_tls = MakeServerTls(m_options.keysFolder, why);
-  if (!m_tls) return false;
-  for (const std::string& text : m_options.listen) {
-    const auto endpoint = EndpointOf(text);
-    if (!endpoint) {
-      *why = "\"" + text + "\" is not ADDRESS:PORT";
-      return false;
-    }
-    std::error_code error;
-    asio::ip::tcp::acceptor acceptor(m_io);
-    acceptor.open(endpoint->protocol(), error);
-    if (!error) acceptor.set_option(asio::socket_base::reuse_address(true), error);
-    if (!error) acceptor.bind(*endpoint, error);
-    if (!error) acceptor.listen(asio::socket_base::max_listen_connections, error);
-    if (error) {
-      *why = text + ": " + error.message();
-      return false;
-    }
-    Log(LogLevel::Info, "listening on " + endpoint->address().to_string() + ":" +
-                            std::to_string(acceptor.local_endpoint().port()) + " (mutual TLS)");
-    m_listeners.push_back(std::move(acceptor));
-  }
   return true;
 }
 
@@ -137,10 +108,12 @@ void Service::Run() {
     if (!error) Stop();
   });
   AcceptLocal();
-  for (asio::ip::tcp::acceptor& listener : m_listeners) AcceptTls(listener);
-  Tick();
+  m_tlsDoor.Start();
+  m_hub.OnBatchOpened([this] { TickSoon(); });
+  if (m_hub.HasOpenBatch()) TickSoon();
   Later(kGrace, [this] { m_apps->EndGrace(); });
   Later(kMonitorsReturn, [this] { m_apps->LetGo(); });
+  for (const std::string& trouble : m_troubles) Log(LogLevel::Error, trouble);
   Log(LogLevel::Info, "ready on " + m_options.socketPath);
   m_io.run();
   Log(LogLevel::Info, "ended");
@@ -168,43 +141,6 @@ void Service::AcceptLocal() {
   });
 }
 
-void Service::AcceptTls(asio::ip::tcp::acceptor& acceptor) {
-  acceptor.async_accept(
-      [this, &acceptor](const std::error_code& error, asio::ip::tcp::socket socket) {
-        if (m_stopping || error == asio::error::operation_aborted) return;
-        if (error) return Later(kAcceptAgain, [this, &acceptor] { AcceptTls(acceptor); });
-        ShakeHands(std::move(socket));
-        AcceptTls(acceptor);
-      });
-}
-
-void Service::ShakeHands(asio::ip::tcp::socket socket) {
-  std::error_code error;
-  const auto from = socket.remote_endpoint(error);
-  const std::string words = error ? "somebody" : from.address().to_string();
-  if (m_handshakes >= kArrivalsMax) return Log(LogLevel::Warning, words + ": too many at the door");
-  ++m_handshakes;
-  socket.set_option(asio::ip::tcp::no_delay(true), error);
-  auto tls = std::make_shared<std::unique_ptr<TlsSocket>>(
-      std::make_unique<TlsSocket>(std::move(socket), *m_tls));
-  auto deadline = std::make_shared<asio::steady_timer>(m_io, kGreetingDeadline);
-  deadline->async_wait([tls](const std::error_code& failed) {
-    std::error_code ignored;
-    if (!failed && *tls) (*tls)->lowest_layer().close(ignored);
-  });
-  (*tls)->async_handshake(
-      asio::ssl::stream_base::server, [this, tls, deadline, words](const std::error_code& failed) {
-        --m_handshakes;
-        deadline->cancel();
-        if (m_stopping) return;
-        SSL* const native = (*tls)->native_handle();
-        if (failed)
-          return Log(LogLevel::Warning, words + " is refused: " + TlsReason(native, failed));
-        const TlsPeer peer = PeerOf(native);
-        AddSession(MakeStream(std::move(*tls)), {false, 0, peer.role, peer.name + " at " + words});
-      });
-}
-
 void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
   if (m_sessions.size() >= kSessionsMax) {
     Log(LogLevel::Warning, peer.words + " is refused: too many clients");
@@ -222,7 +158,7 @@ void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
 void Service::OnClient(LocalSocket socket, const LocalPeer& peer) {
   const auto pid = static_cast<std::uint32_t>(peer.pid);
   AddSession(MakeStream(std::move(socket)),
-             {true, pid, quor::wire::ROLE_CONFIGURE, "client process " + std::to_string(pid)});
+             {true, pid, quor::wire::ROLE_CONFIGURE, "", "client process " + std::to_string(pid)});
 }
 
 bool Service::OnApplication(AppArrival arrival, std::string* why) {
@@ -255,6 +191,7 @@ Hub& Service::HubForMachine(const std::string& machine) {
   const std::string keys = stat(own.c_str(), &status) == 0 ? own : m_options.keysFolder;
   auto forwarder = std::make_shared<Forwarder>(m_io, *to, keys, m_machine);
   m_forwarders[key] = forwarder;
+  forwarder->Traces().OnBatchOpened([this] { TickSoon(); });
   forwarder->Start();
   return forwarder->Traces();
 }
@@ -268,18 +205,23 @@ void Service::EndIdleForwarders() {
   });
 }
 
-void Service::Tick() {
+// Only while there is something to hand out: who has nothing to do sleeps.
+void Service::TickSoon() {
+  if (m_stopping || std::exchange(m_ticks, true)) return;
   m_tick.expires_after(kTick);
   m_tick.async_wait([this](const std::error_code& error) {
-    if (error) return;
-    m_hub.Seal();
-    m_hub.Deliver();
-    for (const auto& [machine, forwarder] : m_forwarders) {
-      forwarder->Traces().Seal();
-      forwarder->Traces().Deliver();
-    }
-    Tick();
+    if (!error) Tick();
   });
+}
+
+void Service::Tick() {
+  m_ticks = false;
+  m_hub.Seal();
+  m_hub.Deliver();
+  for (const auto& [machine, forwarder] : m_forwarders) {
+    forwarder->Traces().Seal();
+    forwarder->Traces().Deliver();
+  }
 }
 
 void Service::Later(milliseconds time, std::function<void()> call) {
@@ -314,7 +256,7 @@ void Service::AwaitEnd() {
 void Service::CloseDoors() {
   std::error_code ignored;
   m_local.close(ignored);
-  for (asio::ip::tcp::acceptor& listener : m_listeners) listener.close(ignored);
+  m_tlsDoor.Close();
   m_door.StopListening();
   const auto arrivals = std::exchange(m_arrivals, {});
   for (const auto& arrival : arrivals) arrival->Stop();

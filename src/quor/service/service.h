@@ -6,18 +6,16 @@
 #pragma once
 
 #include <asio/io_context.hpp>
-#include <asio/ip/tcp.hpp>
 #include <asio/local/stream_protocol.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
-#include <list>
-#include <optional>
 #include <set>
 
 #include "quor/forwarding/forwarder.h"
 #include "quor/protocol/byte_stream.h"
 #include "quor/service/client_session.h"
 #include "quor/service/local_arrival.h"
+#include "quor/service/tls_door.h"
 
 struct ServiceOptions {
   std::string socketPath;
@@ -29,26 +27,21 @@ struct ServiceOptions {
   ConnectionLimits connectionLimits;  // of clients: when one that stalls is given up, above all
 };
 
-// Of "address:port" or "[address]:port"; port 0 lets the system choose one. Nothing for other
-// texts.
-std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text);
-
 class Service final : public LocalArrival::Host, public ClientSession::Host, public Apps::Router {
  public:
   explicit Service(ServiceOptions options);
   ~Service();
 
   bool Open(std::string* why);
+  // What does not work, although the service runs; known once it is open.
+  const std::vector<std::string>& Troubles() const { return m_troubles; }
   void Run();
 
  private:
   static constexpr std::size_t kSessionsMax = 256, kArrivalsMax = 64, kForwardersMax = 64;
 
   bool OpenState(std::string* why);
-  bool OpenListeners(std::string* why);
   void AcceptLocal();
-  void AcceptTls(asio::ip::tcp::acceptor& acceptor);
-  void ShakeHands(asio::ip::tcp::socket socket);
   void AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer);
   void OnClient(LocalSocket socket, const LocalPeer& peer) override;
   bool OnApplication(AppArrival arrival, std::string* why) override;
@@ -56,6 +49,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   void OnEnded(ClientSession& session) override;
   Hub& HubForMachine(const std::string& machine) override;
   void EndIdleForwarders();
+  void TickSoon();
   void Tick();
   void Stop();
   void CloseDoors();
@@ -73,13 +67,13 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   ForwardInlet m_inlet{m_hub};
   std::unique_ptr<SessionContext> m_context;
   asio::local::stream_protocol::acceptor m_local{m_io};
-  std::list<asio::ip::tcp::acceptor> m_listeners;
-  std::shared_ptr<asio::ssl::context> m_tls;
+  TlsDoor m_tlsDoor;
   std::set<std::shared_ptr<LocalArrival>> m_arrivals;
   std::set<std::shared_ptr<ClientSession>> m_sessions;
   std::map<std::string, std::shared_ptr<Forwarder>> m_forwarders;
-  std::size_t m_handshakes = 0;
   asio::steady_timer m_tick{m_io};
+  bool m_ticks = false;
+  std::vector<std::string> m_troubles;
   asio::signal_set m_signals{m_io};
   std::vector<std::weak_ptr<Connection>> m_ending;
   std::chrono::steady_clock::time_point m_endBy;

@@ -89,6 +89,50 @@ TEST_F(CommandLine, AStateThatCannotBeKeptIsToldAndTracesAreTakenAllTheSame) {
   EXPECT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
 }
 
+TEST_F(CommandLine, WithoutAFolderForItsStateItServesAndSaysSoEverywhere) {
+  const std::string words = "/proc/nowhere: No such file or directory; what is configured will not";
+  quord.Start({"--state-dir", "/proc/nowhere"});
+  EXPECT_TRUE(quord.Says("error: " + words));
+  QuordClient client(quord.SocketPath());
+  EXPECT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
+  EXPECT_EQ(quord.Run({"status"}), 0);
+  EXPECT_TRUE(quord.Says("  trouble: " + words));
+  EXPECT_EQ(quord.Stop(), 0);
+  // In the background as well, where its own log is beside the socket then.
+  EXPECT_EQ(quord.Run({"--state-dir", "/proc/nowhere"}), 0);
+  EXPECT_TRUE(quord.Says("quord: " + words));
+  EXPECT_NE(ReadAll(quord.Folder().File("quord.log")).find("error: " + words), std::string::npos);
+  kill(std::stoi(ReadAll(quord.Folder().File("quord.lock"))), SIGTERM);
+  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
+}
+
+TEST_F(CommandLine, ASocketPathAsLongAsCanBeHasItsKeeperToo) {
+  constexpr std::size_t kLongest = 107;
+  std::string folder = quord.Folder().Path() + "/";
+  folder.append(kLongest - std::string("/quord.sock").size() - folder.size(), 'x');
+  ASSERT_EQ(folder.size() + 11, kLongest);
+  quord.Start({"--socket-dir", folder});
+  EXPECT_EQ(access((folder + "/keeper.sock").c_str(), F_OK), 0);
+  EXPECT_EQ(quord.Log().find("no keeper"), std::string::npos);
+  QuordClient client;
+  EXPECT_TRUE(client.Connect(folder + "/quord.sock"));
+}
+
+TEST_F(CommandLine, AServiceWithNothingToDoSleeps) {
+  quord.Start();
+  const auto wakes = [&] {
+    const std::string status = ReadAll("/proc/" + std::to_string(quord.Pid()) + "/status");
+    const std::string name = "\nvoluntary_ctxt_switches:";
+    return std::stol(status.substr(status.find(name) + name.size()));
+  };
+  // Not in its first moment, and not when it may have one of its rare things to do.
+  EXPECT_TRUE(WaitFor([&] {
+    const long before = wakes();
+    poll(nullptr, 0, 1000);
+    return wakes() - before <= 1;
+  }));
+}
+
 TEST_F(CommandLine, WhatItWritesIsForItsUserAlone) {
   const mode_t before = umask(0);
   EXPECT_EQ(quord.Run({}), 0);

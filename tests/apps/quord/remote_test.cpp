@@ -1,6 +1,7 @@
 // Over mutual TLS: who may come in, and traces handed on from one machine to another.
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <quor/quor.hpp>
 
 #include <filesystem>
@@ -98,6 +99,48 @@ TEST_F(Remote, PlainBytesAtTheTlsPortAreRefused) {
   ASSERT_GT(send(socket, "GET / HTTP/1.0\r\n\r\n", 18, MSG_NOSIGNAL), 0);
   EXPECT_TRUE(quord.Says("127.0.0.1 is refused: TLS: "));
   close(socket);
+}
+
+// Connections to the TLS port that never shake hands.
+class Idlers {
+ public:
+  explicit Idlers(const std::string& port) {
+    m_address.sin_family = AF_INET;
+    m_address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(port)));
+    m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+  ~Idlers() {
+    for (const int socket : m_sockets) close(socket);
+  }
+  // `begun`: with the first byte of a handshake.
+  void Add(int count, bool begun) {
+    for (int i = 0; i < count; ++i) {
+      const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+      ASSERT_EQ(connect(socket, reinterpret_cast<sockaddr*>(&m_address), sizeof m_address), 0);
+      if (begun) send(socket, "\x16", 1, MSG_NOSIGNAL);
+      m_sockets.push_back(socket);
+    }
+  }
+
+ private:
+  sockaddr_in m_address{};
+  std::vector<int> m_sockets;
+};
+
+TEST_F(Remote, ThoseWhoDoNotShakeHandsKeepNobodyOut) {
+  for (const bool begun : {false, true}) {
+    Idlers idlers(quord.Port());
+    idlers.Add(500, begun);
+    for (int i = 0; i < 5; ++i) {
+      EXPECT_TRUE(MonitorsWith(Keys("monitor"))) << begun << " " << i;
+      idlers.Add(20, begun);
+    }
+  }
+  EXPECT_TRUE(quord.Says("127.0.0.1: too many at the door"));
 }
 
 // A cable between two machines that can be cut: bytes go through until Cut. A process of its own,

@@ -18,10 +18,12 @@ until_true() {
   done
 }
 
+# Without auto-repeat (-r): where the release of a key comes late, because the machine is busy, the
+# server would type the letter several times, and a file would get another name.
 start_display() {
   local number
   mkfifo "$work/number"
-  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$work/number" 2>"$work/xvfb.log" &
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset -r 3>"$work/number" 2>"$work/xvfb.log" &
   started+=($!)
   read -r -t 20 number <"$work/number" || fail "Xvfb did not come up"
   export DISPLAY=:$number

@@ -59,6 +59,33 @@ TEST_F(ProcViewItems, AnInsertionThatFailsEndsTheFillSilently) {
   EXPECT_EQ(m_host.Told().find("box"), std::string::npos);
 }
 
+TEST_F(ProcViewItems, AFillEndsAtTheInsertionThatFailsAlsoWhereLaterOnesWouldDo) {
+  AddMany(5);
+  Open();
+  for (const char* text : {"desk", "shop", kProcess}) Expand(text);
+  m_tree->failingInsertion = 3;
+  Expand(kThread);
+  const std::string above = "-desk\n  -shop\n    -PID 100 - 0 ps\n      -TID one - 0 ps\n";
+  EXPECT_EQ(m_tree->Picture(), above + "         1\n         2\n");
+  m_tree->Expand(m_tree->Find(kThread), false);
+  Expand(kThread);  // what lacks comes in its place
+  EXPECT_EQ(m_tree->Picture(),
+            above + "         1\n         2\n         3\n         4\n         5\n");
+}
+
+TEST_F(ProcViewItems, AFillForATraceThatIsFollowedEndsThereTooAndThenSelectsNothing) {
+  AddMany(5);
+  Open();
+  for (const char* text : {"desk", "shop", kProcess}) Expand(text);
+  Select("desk");
+  m_tree->failingInsertion = 3;
+  FollowTo(m_document.m_traces[4]);
+  EXPECT_EQ(Selected(), "desk");
+  EXPECT_EQ(m_tree->Count(), 6U);
+  FollowTo(m_document.m_traces[1]);
+  EXPECT_EQ(Selected(), "2");
+}
+
 TEST_F(ProcViewItems, ALiveTraceUnderACollapsedNodeMakesNoItemAndExpandingShowsItLater) {
   AddMany(1);
   Open();

@@ -117,6 +117,15 @@ TEST(RegexMatch, UnderWordSearchTheFirstRunGivesBackForTheWordsEnd) {
   EXPECT_FALSE(FindsWord("x*a.*b", "a b bc"));
 }
 
+// Elsewhere the run of a back-reference with a plus gives nothing back.
+TEST(RegexMatch, UnderWordSearchAFirstRunOfABackReferenceGivesBackForTheWordsEnd) {
+  const char* const expression = "\\(-a\\)\\1+";
+  EXPECT_TRUE(FindsWord(expression, "-a-a-ab"));
+  EXPECT_FALSE(FindsWord(expression, "-ab")) << "the word would end in the middle of it";
+  EXPECT_EQ(Matched(expression, "-a-a-ab"), "-a-a-a");
+  EXPECT_FALSE(Finds("\\(-a\\)\\1+-ab", "-a-a-ab"));
+}
+
 TEST(RegexMatch, AnEmptyPatternMatchesAtTheStartOfEveryText) {
   EXPECT_TRUE(Finds("", ""));
   EXPECT_EQ(Matched("", "abc"), "");
@@ -172,6 +181,13 @@ TEST(RegexMatch, ARunOfABackReferenceMayBeEmptyAndOnlyTheStarGivesBack) {
   EXPECT_EQ(Matched("\\(ab\\)\\1+c", "abc"), "abc") << "no occurrence is wanted";
   EXPECT_EQ(Matched("\\(ab\\)\\1*abc", "abababc"), "abababc") << "the star gives back";
   EXPECT_EQ(Matched("x\\(ab\\)\\1+abc", "xabababc"), "-") << "the plus does not";
+}
+
+// A failure at one place of a leading run says nothing of the others when a group holds the run.
+TEST(RegexMatch, ALeadingRunInAGroupIsTriedFromEachOfItsPlaces) {
+  EXPECT_TRUE(Finds("\\(a*\\)b\\1c", "aabac"));
+  EXPECT_TRUE(Finds("\\(a+\\)b\\1c", "aaaabaac"));
+  EXPECT_FALSE(Finds("\\(a+\\)b\\1c", "aabc"));
 }
 
 TEST(RegexMatch, AnEmptyCaptureThatRepeatsEnds) {

@@ -388,27 +388,6 @@ TEST(Accelerators, CtrlSSendsSaveAlsoWhereTheMenuShowsItAtSaveCopy) {
   EXPECT_EQ(keys, 1);
 }
 
-// Keys that the menus show and no accelerator holds belong to the window system (Alt+F4, Ctrl+F4)
-// or to the configuration's view (Del).
-TEST(Accelerators, EveryKeyShownInAMenuWorks) {
-  std::map<std::string, unsigned> keys = {
-      {"Alt+F4", ID_APP_EXIT}, {"Ctrl+F4", ID_FILE_CLOSE}, {"Del", ID_CONFIG_DELETE}};
-  for (const Accelerator& accelerator : Accelerators()) keys[accelerator.key] = accelerator.id;
-  keys["Alt-S"] = keys.at("Alt+S");  // as the monitor's menu writes it
-  int shown = 0;
-  for (const unsigned bar : {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE}) {
-    for (const MenuPopup& popup : MenuOf(bar)) {
-      for (const MenuItem& item : popup.items) {
-        const auto tab = item.text.find('\t');
-        if (tab == std::string::npos || item.id == ID_FILE_SAVECOPY) continue;
-        EXPECT_EQ(keys[item.text.substr(tab + 1)], item.id) << item.text;
-        ++shown;
-      }
-    }
-  }
-  EXPECT_GT(shown, 40);
-}
-
 TEST(StatusBar, ItsPanesStandInOrder) {
   std::string panes = "\n";
   for (const StatusIndicator& pane : StatusIndicators())

@@ -29,6 +29,7 @@ TEST_F(SourceWindowsTest, TheirTemplateIsNotRegistered) {
   Start();
   ASSERT_NE(m_app->SourceTemplate(), nullptr);
   EXPECT_EQ(g_sourceTemplate, m_app->SourceTemplate());
+  ASSERT_FALSE(m_app->Templates().empty());
   for (const auto& docTemplate : m_app->Templates()) EXPECT_NE(docTemplate->Resource(), 145u);
 }
 
@@ -36,7 +37,9 @@ TEST_F(SourceWindowsTest, FileOpenOffersNoSourcesAndOpensNone) {
   Start();
   m_host.AnswerFileDialog(m_dir.File("a.c", "one\n"));
   Frame().OnCommand(ID_FILE_OPEN);
-  EXPECT_EQ(m_host.m_fileRequests[0].filters.size(), 2u);
+  ASSERT_GE(m_host.m_fileRequests[0].filters.size(), 2u);
+  for (const FileFilter& filter : m_host.m_fileRequests[0].filters)
+    EXPECT_EQ(filter.label.find("Source"), std::string::npos) << filter.label;
   EXPECT_TRUE(m_app->SourceTemplate()->Documents().empty());
 }
 

@@ -8,10 +8,13 @@
 //            modeless opened / modeless updated / modeless closed
 //            wait cursor on / wait cursor off
 // Errors   A question without a scripted answer is closed as a person would close it: Cancel, No,
-//          or the only button.
+//          or the only button. An answer that nobody asked for fails the test at the end: what a
+//          script expects was never looked at.
 // Threads  Post and PostBox from any thread; everything else on the test's thread, which is the
 //          interface thread. A scripted file dialog does not change the current folder.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <chrono>
 #include <deque>
@@ -32,6 +35,12 @@
 class RecordingHost : public Host {
  public:
   using DialogScript = std::function<void(CDialog&)>;
+
+  ~RecordingHost() override {
+    EXPECT_EQ(m_boxAnswers.size(), 0U) << "answers to boxes that never came";
+    EXPECT_EQ(m_fileAnswers.size(), 0U) << "answers to file dialogs that never came";
+    EXPECT_EQ(m_dialogScripts.size(), 0U) << "scripts of dialogs that never came";
+  }
 
   // The script. Answers are used up in order.
   void AnswerBox(BoxAnswer answer) { m_boxAnswers.push_back(answer); }

@@ -95,10 +95,11 @@ TEST_F(FindSearchTest, APatternThatKeepsOneTextBusyCanBeCancelledInTheMiddleOfIt
 
 TEST_F(FindSearchTest, ATextThatTakesLongIsTakenUpAgainAndAnswered) {
   ASSERT_EQ(RegexPrepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0, 0), 1);
-  Texts texts({std::string(60, 'x') + "z", std::string(60, 'x') + "zy"});
+  Texts texts({std::string(60, 'x') + "z", std::string(120, 'x') + "zy"});
   m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });
   EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::Hit);
   EXPECT_EQ(texts.next, 2u);
+  EXPECT_EQ(m_host.Told(), "dialog -> 1\n") << "it went on below the box";
 }
 
 TEST_F(FindSearchTest, TextNotFoundHasNoIcon) {

@@ -191,6 +191,13 @@ TEST_F(CatalogueTest, NamesOfAnyBytesAreKept) {
   EXPECT_EQ(catalogue->Find(odd)->traces[0].component, odd + "c");
 }
 
+TEST_F(CatalogueTest, ANameOfTheMostBytesIsTakenAndALongerOneIsNot) {
+  const auto catalogue = Begin();
+  EXPECT_NE(catalogue->Enter(std::string(Catalogue::kNameBytesMax, 'n')), nullptr);
+  EXPECT_EQ(catalogue->Enter(std::string(Catalogue::kNameBytesMax + 1, 'n')), nullptr);
+  EXPECT_EQ(catalogue->Enter(""), nullptr);
+}
+
 TEST_F(CatalogueTest, ATraceMapStaysWithinOneFrame) {
   const auto catalogue = Begin();
   CatalogueApp* const app = catalogue->Enter("orders");

@@ -94,6 +94,13 @@ TEST_F(RingTest, ManyLapsWithEverySizeOfPaddingKeepEveryTrace) {
   }
 }
 
+TEST_F(RingTest, ARecordThatEndsWhereTheRingEndsNeedsNoPadding) {
+  const std::string text(128 - sizeof(RingRecord) - RawTrace::kFixedBytes, 'x');
+  int kept = 0;
+  while (Trace(text)) ++kept;
+  EXPECT_EQ(kept, 4096 / 128);
+}
+
 TEST_F(RingTest, AFullRingDropsTheNewestAndTheNextRecordTellsHowMany) {
   RingConsumer consumer(m_segment);
   int kept = 0;

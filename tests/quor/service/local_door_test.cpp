@@ -34,7 +34,9 @@ class DoorTest : public ::testing::Test {
 TEST_F(DoorTest, ASecondServiceIsRefusedAndTheFirstStaysAtItsSocket) {
   LocalDoor first, second;
   ASSERT_TRUE(first.Open(m_socket, &m_why)) << m_why;
+  const auto begin = std::chrono::steady_clock::now();
   EXPECT_FALSE(second.Open(m_socket, &m_why));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
   EXPECT_EQ(m_why, "quord is already running here (process " + std::to_string(getpid()) + ")");
   EXPECT_TRUE(Answers());
 }

@@ -78,7 +78,7 @@ TEST_F(ProcModelTrim, ABlockWhoseBeginWasTrimmedTakesItsLabelFromTheChildThatIsN
 
 TEST_F(ProcModelTrim, ALabelIsCutBehindSevenCharactersNotBytes) {
   Add("Begin: a");
-  Add("gr\xC3\xB6\xC3\x9F"
+  Add("gr\xC3\xB6\xE2\x82\xAC"  // of two bytes and of three
       "er als zuvor");
   Add("End: a");
   Trim(1);

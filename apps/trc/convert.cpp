@@ -3,6 +3,7 @@
 #include "base/mapped_file.h"
 #include "exit_status.h"
 #include "interrupt.h"
+#include "new_file.h"
 #include "output.h"
 #include "progress_line.h"
 #include "records/old_conversion.h"
@@ -30,6 +31,30 @@ void TellLosses(const std::string& in, const OldConversion& result) {
        "names were left out: a trace file holds 65536");
 }
 
+int Convert(const MappedFile& old, const ConvertOptions& options) {
+  std::string why;
+  NewFile file;
+  TrcWriter writer(TrcWriter::kBlockBytes);
+  if (!file.Begin(options.out, &why) || !writer.Create(file.WriteTo(), &why))
+    return Refuse(options.out, why);
+  ProgressLine progress;
+  const OldConversion result = ConvertOldTrc(old.View(), writer, [&](std::uint64_t position) {
+    progress.Show("Converting...", position, old.Size());
+    return !Interrupted();
+  });
+  progress.Clear();
+  if (!(writer.Finish() && result.written))
+    return Refuse(options.out, "Error writing to file. " + writer.Why());
+  if (result.cancelled) {
+    Complain(options.out + ": interrupted after " + std::to_string(result.traces) +
+             " traces, and not written");
+    return kExitInterrupted;
+  }
+  if (!file.Finish(&why)) return Refuse(options.out, why);
+  TellLosses(options.in, result);
+  return result.damage.Any() ? kExitDamaged : kExitGood;
+}
+
 }  // namespace
 
 int RunConvert(const ConvertOptions& options) {
@@ -41,17 +66,5 @@ int RunConvert(const ConvertOptions& options) {
   if (version == TrcVersion::Current)
     return Refuse(options.in, "it is in the current format already");
 
-  TrcWriter writer(TrcWriter::kBlockBytes);
-  if (!writer.Create(options.out, &why)) return Refuse(options.out, why);
-  ProgressLine progress;
-  const OldConversion result = ConvertOldTrc(old->View(), writer, [&](std::uint64_t position) {
-    progress.Show("Converting...", position, old->Size());
-    return !Interrupted();
-  });
-  progress.Clear();
-  if (!(writer.Finish() && result.written)) return Refuse(options.out, "Error writing to file.");
-  TellLosses(options.in, result);
-  if (!result.cancelled) return result.damage.Any() ? kExitDamaged : kExitGood;
-  Complain(options.out + ": interrupted after " + std::to_string(result.traces) + " traces");
-  return kExitInterrupted;
+  return Convert(*old, options);
 }

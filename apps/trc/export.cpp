@@ -6,7 +6,7 @@
 #include "exit_status.h"
 #include "interrupt.h"
 #include "listview/export/export_cells.h"
-#include "listview/export/export_file.h"
+#include "new_text_file.h"
 #include "output.h"
 #include "shown_traces.h"
 #include "trace_file.h"
@@ -77,17 +77,10 @@ int ExportToOutput(Exporter& exporter) {
 }
 
 int ExportToFile(Exporter& exporter, const std::string& path) {
-  ExportFile file;
-  if (!file.Open(path)) {
-    Complain(path + ": Error opening output file.");
-    return kExitBad;
-  }
-  exporter.Run(file);
-  if (!file.Close()) {
-    Complain(path + ": Error writing to file.");
-    return kExitBad;
-  }
-  return Interrupted() ? kExitInterrupted : kExitGood;
+  NewTextFile file;
+  if (!file.Open(path)) return kExitBad;
+  exporter.Run(file.Lines());
+  return file.Finish();
 }
 
 }  // namespace

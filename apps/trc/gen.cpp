@@ -1,9 +1,12 @@
 #include "gen.h"
 
+#include <system_error>
+
 #include "base/file_gate.h"
 #include "base/file_stream.h"
 #include "exit_status.h"
 #include "interrupt.h"
+#include "new_file.h"
 #include "old_sample.h"
 #include "output.h"
 #include "progress_line.h"
@@ -68,16 +71,18 @@ class Generator {
   }
   int WriteError() {
     m_buffer.Discard();
-    Say("Error writing to file.");
+    const int error = m_stream.Error();
+    Say("Error writing to file." +
+        (error == 0 ? "" : " " + std::generic_category().message(error)));
     return kExitBad;
   }
   int TooLarge() {
-    Say("a trace file is smaller than 4 GiB: stopped after " + std::to_string(m_written) +
-        " traces");
+    Say("a trace file is smaller than 4 GiB: it is full after " + std::to_string(m_written) +
+        " traces, and not written");
     return kExitBad;
   }
   int Stopped() {
-    Say("interrupted after " + std::to_string(m_written) + " traces");
+    Say("interrupted after " + std::to_string(m_written) + " traces, and not written");
     return kExitInterrupted;
   }
 
@@ -100,16 +105,18 @@ int RunGen(const GenOptions& options) {
              " traces do not fit in a trace file, which is smaller than 4 GiB");
     return kExitBad;
   }
-  std::string why;
-  OpenFile file = CreateForWriting(options.out, &why);
-  if (!file) {
+  const auto failed = [&options](const std::string& why) {
     Complain(options.out + ": " + why);
     return kExitBad;
-  }
-  const int status = Generator(options, file.Descriptor()).Run();
-  if (!file.Close() && status == kExitGood) {
-    Complain(options.out + ": Error writing to file.");
-    return kExitBad;
-  }
-  return status;
+  };
+  std::string why;
+  NewFile file;
+  if (!file.Begin(options.out, &why)) return failed(why);
+  OpenFile open = CreateForWriting(file.WriteTo(), &why);
+  if (!open) return failed(why);
+  const int status = Generator(options, open.Descriptor()).Run();
+  const bool closed = open.Close();
+  if (status != kExitGood) return status;
+  if (!closed) return failed("Error writing to file.");
+  return file.Finish(&why) ? kExitGood : failed(why);
 }

@@ -5,27 +5,42 @@
 
 namespace {
 
-// No sig_atomic_t: the kernel may choose a working thread to run the handler on.
-std::atomic<bool> g_interrupted{false};
-static_assert(decltype(g_interrupted)::is_always_lock_free, "a handler may not wait");
+// The signal that was noted, 0 for none. No sig_atomic_t: the kernel may choose a working thread to
+// run the handler on.
+std::atomic<int> g_noted{0};
+static_assert(decltype(g_noted)::is_always_lock_free, "a handler may not wait");
 
-void Note(int) {
-  g_interrupted.store(true, std::memory_order_relaxed);
+void Note(int signal) {
+  g_noted.store(signal, std::memory_order_relaxed);
+}
+
+void Catch(int signal) {
+  struct sigaction before = {};
+  sigaction(signal, nullptr, &before);
+  if (before.sa_handler == SIG_IGN) return;
+  struct sigaction action = {};
+  action.sa_handler = Note;
+  action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
+  sigaction(signal, &action, nullptr);
 }
 
 }  // namespace
 
 void CatchSignals() {
   std::signal(SIGPIPE, SIG_IGN);
-  struct sigaction before = {};
-  sigaction(SIGINT, nullptr, &before);
-  if (before.sa_handler == SIG_IGN) return;
-  struct sigaction action = {};
-  action.sa_handler = Note;
-  action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
-  sigaction(SIGINT, &action, nullptr);
+  Catch(SIGINT);
+}
+
+void CatchEndSignals() {
+  Catch(SIGTERM);
+  Catch(SIGHUP);
 }
 
 bool Interrupted() {
-  return g_interrupted.load(std::memory_order_relaxed);
+  return g_noted.load(std::memory_order_relaxed) != 0;
+}
+
+int InterruptedStatus() {
+  constexpr int kBehindSignals = 128;
+  return kBehindSignals + g_noted.load(std::memory_order_relaxed);
 }

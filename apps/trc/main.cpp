@@ -1,4 +1,5 @@
 #include "command_line.h"
+#include "exit_status.h"
 #include "interrupt.h"
 
 int main(int argc, char** argv) {
@@ -16,5 +17,6 @@ int main(int argc, char** argv) {
     int operator()(const TreeOptions& options) const { return RunTree(options); }
     int operator()(const LiveCommand& run) const { return run(); }
   };
-  return std::visit(Run{}, *line.command);
+  const int status = std::visit(Run{}, *line.command);
+  return status == kExitInterrupted && Interrupted() ? InterruptedStatus() : status;
 }

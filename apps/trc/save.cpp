@@ -1,19 +1,50 @@
 #include "save.h"
 
-#include "documents/save_traces.h"
 #include "exit_status.h"
 #include "interrupt.h"
+#include "new_file.h"
+#include "records/trc_writer.h"
 #include "shown_traces.h"
 #include "trace_file.h"
 
 namespace {
 
-bool SaveShown(const ShownTraces& traces, TerminalHost& host, const std::string& path) {
-  return SaveTraces(host, path, traces.Document().m_names, BoxIcon::Stop,
-                    [&traces](const TraceSink& sink) {
-                      for (std::size_t row = 0; row < traces.Size(); ++row)
-                        if (!sink(traces.At(row))) return;
-                    });
+// False when a write failed. An interrupt ends it early; `saved` counts the traces.
+bool WriteTraces(const ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
+                 ProgressLine& progress) {
+  NameMap& names = traces.Document().m_names;
+  ClearWrittenMarks(names);
+  bool good = writer.WriteHeader();
+  progress.Show("Saving...");
+  while (good && saved < traces.Size()) {
+    good = writer.Write(traces.At(saved), names);
+    if (++saved % kTracesPerLook != 0) continue;
+    progress.Show("Saving...", saved, traces.Size());
+    if (Interrupted()) break;
+  }
+  progress.Clear();
+  return good;
+}
+
+int Save(const ShownTraces& traces, const std::string& path, ProgressLine& progress) {
+  const auto failed = [&path](const char* words, const std::string& why) {
+    Complain(path + ": " + words + (why.empty() ? "" : " " + why));
+    return kExitBad;
+  };
+  std::string why;
+  NewFile file;
+  TrcWriter writer(TrcWriter::kBlockBytes);
+  if (!file.Begin(path, &why) || !writer.Create(file.WriteTo(), &why))
+    return failed("Error creating file.", why);
+  std::size_t saved = 0;
+  const bool good = WriteTraces(traces, writer, saved, progress);
+  // The last bytes leave the buffer only at the end, and a full disk may show only then.
+  if (!writer.Finish() || !good) return failed("Error writing to file.", writer.Why());
+  if (Interrupted()) {
+    Complain(path + ": interrupted after " + std::to_string(saved) + " traces, and not written");
+    return kExitInterrupted;
+  }
+  return file.Finish(&why) ? kExitGood : failed("Error creating file.", why);
 }
 
 }  // namespace
@@ -24,10 +55,5 @@ int RunSave(const SaveOptions& options) {
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
   ShownTraces traces(*document);
   if (!traces.Filter(options.filter)) return kExitBad;
-  host.SetSubject(options.out);
-  // A save is one step of the document: an interrupt that comes meanwhile is heard behind it.
-  const bool good = options.filter.Empty() ? document->OnSaveDocument(options.out)
-                                           : SaveShown(traces, host, options.out);
-  if (!good) return kExitBad;
-  return StatusWithDamage(*document, Interrupted() ? kExitInterrupted : kExitGood);
+  return StatusWithDamage(*document, Save(traces, options.out, host.Progress()));
 }

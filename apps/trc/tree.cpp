@@ -2,9 +2,10 @@
 
 #include "exit_status.h"
 #include "interrupt.h"
-#include "listview/export/export_file.h"
+#include "new_text_file.h"
 #include "output.h"
 #include "trace_file.h"
+#include "tree/proc/proc_build.h"
 #include "visible_text.h"
 
 namespace {
@@ -37,23 +38,32 @@ int Print(const ProcModel& model, const TreeOptions& options) {
   return output.Finish();
 }
 
-// The words are those of the desktop's export.
-int Export(const ProcModel& model, const TreeOptions& options, TerminalHost& host) {
-  const auto failed = [&host](const char* text) {
-    host.MessageBox({text, BoxIcon::None, BoxButtons::Ok});
-    return kExitBad;
-  };
-  ExportFile file;
-  host.SetSubject(options.out);
-  if (!file.Open(options.out)) return failed("Error opening output file.");
-  unsigned lines = 0;
+int Export(const ProcModel& model, const TreeOptions& options, ProgressLine& progress) {
+  NewTextFile file;
+  if (!file.Open(options.out)) return kExitBad;
+  // Nodes above the traces are few, and other machines' traces are not written: it may end early.
+  const auto all = static_cast<std::uint64_t>(model.Root().traceCount);
+  std::uint64_t lines = 0;
+  progress.Show("Writing...");
   const auto write = [&](int depth, bool closed, const std::string& text) {
-    AppendTreeLine(file.Buffer(), depth, closed, text);
-    return file.EndLine() && (++lines % kLinesPerLook != 0 || !Interrupted());
+    AppendTreeLine(file.Lines().Buffer(), depth, closed, text);
+    if (++lines % kLinesPerLook == 0) progress.Show("Writing...", lines, all);
+    return file.Lines().EndLine() && (lines % kLinesPerLook != 0 || !Interrupted());
   };
   if (!model.Root().children.empty())
     VisitNodes(model, *model.Root().children[0], kAllLevels, write);
-  return file.Close() ? kExitGood : failed("Error writing to file.");
+  progress.Clear();
+  return file.Finish();
+}
+
+// False when interrupted.
+bool Build(const CTraceDoc& document, ProcModel& model, ProgressLine& progress) {
+  constexpr std::uint64_t kWhole = 1000;
+  ProcBuild build(document, model);
+  while (!Interrupted() && !build.DoPart())
+    progress.Show("Building the tree...", static_cast<std::uint64_t>(*build.Progress()), kWhole);
+  progress.Clear();
+  return !Interrupted();
 }
 
 }  // namespace
@@ -69,8 +79,9 @@ int RunTree(const TreeOptions& options) {
     return kExitBad;
   }
   ProcModel model(*document, filter);
-  model.AddAll();
-  const int status = options.out.empty() ? Print(model, options) : Export(model, options, host);
+  if (!Build(*document, model, host.Progress())) return kExitInterrupted;
+  const int status =
+      options.out.empty() ? Print(model, options) : Export(model, options, host.Progress());
   return StatusWithDamage(*document,
                           status == kExitGood && Interrupted() ? kExitInterrupted : status);
 }

@@ -115,9 +115,11 @@ bool OpenFile::Close() {
   return kept;
 }
 
-OpenFile OpenFile::Open(const std::string& path, bool writing, std::string* why) {
+OpenFile OpenFile::Open(const std::string& path, Way way, std::string* why) {
   OpenFile file;
-  file.m_descriptor = OpenDescriptor(path, writing ? O_WRONLY | O_CREAT : O_RDONLY);
+  const bool writing = way != Way::Read;
+  const int creating = way == Way::Create ? O_CREAT : 0;
+  file.m_descriptor = OpenDescriptor(path, writing ? O_WRONLY | creating : O_RDONLY);
   struct stat status;
   if (!file || fstat(file.m_descriptor, &status) != 0) {
     FailWith(why, SystemReason());
@@ -134,7 +136,7 @@ OpenFile OpenFile::Open(const std::string& path, bool writing, std::string* why)
     FailWith(why, file.m_listed ? kInUseElsewhere : kInUseHere);
     return {};
   }
-  if (writing && ftruncate(file.m_descriptor, 0) != 0) {
+  if (way == Way::Create && ftruncate(file.m_descriptor, 0) != 0) {
     FailWith(why, SystemReason());
     return {};
   }
@@ -142,9 +144,13 @@ OpenFile OpenFile::Open(const std::string& path, bool writing, std::string* why)
 }
 
 OpenFile OpenForReading(const std::string& path, std::string* why) {
-  return OpenFile::Open(path, false, why);
+  return OpenFile::Open(path, OpenFile::Way::Read, why);
 }
 
 OpenFile CreateForWriting(const std::string& path, std::string* why) {
-  return OpenFile::Open(path, true, why);
+  return OpenFile::Open(path, OpenFile::Way::Create, why);
+}
+
+OpenFile HoldForReplacing(const std::string& path, std::string* why) {
+  return OpenFile::Open(path, OpenFile::Way::Hold, why);
 }

@@ -28,7 +28,9 @@ class OpenFile {
  private:
   friend OpenFile OpenForReading(const std::string& path, std::string* why);
   friend OpenFile CreateForWriting(const std::string& path, std::string* why);
-  static OpenFile Open(const std::string& path, bool writing, std::string* why);
+  friend OpenFile HoldForReplacing(const std::string& path, std::string* why);
+  enum class Way { Read, Create, Hold };
+  static OpenFile Open(const std::string& path, Way way, std::string* why);
   int m_descriptor = -1;
   std::uint64_t m_device = 0, m_inode = 0;
   bool m_listed = false;  // in this process's list of open files
@@ -40,3 +42,7 @@ OpenFile OpenForReading(const std::string& path, std::string* why = nullptr);
 // A file made anew, shared with nobody. An existing one is emptied only once it is known that no
 // one has it open, so that a failed creation leaves it as it was.
 OpenFile CreateForWriting(const std::string& path, std::string* why = nullptr);
+
+// An existing file as CreateForWriting takes it, whose bytes stay: nobody opens it until the new
+// one, which is written elsewhere, has taken its place.
+OpenFile HoldForReplacing(const std::string& path, std::string* why = nullptr);

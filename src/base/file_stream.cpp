@@ -9,6 +9,7 @@
 void ds_File_t::FOStream_t::Attach(int descriptor, std::size_t blockBytes) {
   m_descriptor = descriptor;
   m_failed = false;
+  m_error = 0;
   m_blockBytes = blockBytes;
   m_gathered.clear();
   m_gathered.reserve(blockBytes);
@@ -37,6 +38,7 @@ bool ds_File_t::FOStream_t::WriteThrough(const char* from, std::size_t size) {
       size -= static_cast<std::size_t>(written);
     } else if (written == 0 || errno != EINTR) {
       m_failed = true;
+      m_error = written < 0 ? errno : ENOSPC;
     }
   }
   return !m_failed;

@@ -22,11 +22,14 @@ class ds_File_t {
     // Writes what is gathered.
     bool Flush();
     bool OK() const { return !m_failed; }
+    // The errno of the write that failed; 0 when none has, or there was no file.
+    int Error() const { return m_error; }
 
    private:
     bool WriteThrough(const char* from, std::size_t size);
     int m_descriptor = -1;
     bool m_failed = false;
+    int m_error = 0;
     std::size_t m_blockBytes = 0;
     std::vector<char> m_gathered;
   };

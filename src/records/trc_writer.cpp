@@ -3,6 +3,8 @@
 #include <errno.h>
 #include <unistd.h>
 
+#include <system_error>
+
 #include "records/trc_walk.h"
 
 TrcWriter::~TrcWriter() {
@@ -42,8 +44,14 @@ bool TrcWriter::Finish() {
   if (!m_buffer) return false;
   m_buffer.reset();  // its end hands over what it still held
   const bool written = m_stream.OK();
+  m_error = m_stream.Error();
   m_stream.Attach(-1);
   return m_file.Close() && written;
+}
+
+std::string TrcWriter::Why() const {
+  const int error = m_file ? m_stream.Error() : m_error;
+  return error == 0 ? std::string() : std::generic_category().message(error);
 }
 
 void ClearWrittenMarks(NameMap& names) {

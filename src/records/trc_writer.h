@@ -37,6 +37,8 @@ class TrcWriter {
   bool Sync();
   // Hands over the last bytes and closes. True when every byte reached the file.
   bool Finish();
+  // Why a write failed, for a person; empty when none has, or when it showed only at the close.
+  std::string Why() const;
   // Of the open file. REQUIRES: it is open.
   std::optional<FileMark> Mark() const { return FileMark::Of(m_file.Descriptor()); }
   bool IsOpen() const { return static_cast<bool>(m_file); }
@@ -46,6 +48,7 @@ class TrcWriter {
   OpenFile m_file;
   ds_File_t::FOStream_t m_stream;
   std::unique_ptr<ds_BufferedOutputStream_t> m_buffer;
+  int m_error = 0;  // of the file that is closed
 };
 
 // Clears every written mark, so that the next file gets each name it needs.

@@ -229,4 +229,23 @@ TEST_F(FileGate, AReasonIsNotNeeded) {
   EXPECT_FALSE(OpenForReading(m_dir.File("none")));
 }
 
+TEST_F(FileGate, AFileThatIsHeldForReplacingKeepsItsBytesAndIsNobodyElses) {
+  const std::string path = m_dir.File("a", "bytes");
+  {
+    const OpenFile held = HoldForReplacing(path);
+    ASSERT_TRUE(held);
+    EXPECT_FALSE(OpenForReading(path));
+    EXPECT_FALSE(CreateForWriting(path));
+    EXPECT_FALSE(HoldForReplacing(path));
+  }
+  EXPECT_EQ(ReadAll(path), "bytes");
+  const OpenFile reader = OpenForReading(path);
+  std::string why;
+  EXPECT_FALSE(HoldForReplacing(path, &why));
+  EXPECT_EQ(why, "In use by this program");
+  EXPECT_FALSE(HoldForReplacing(m_dir.File("none"), &why));
+  EXPECT_EQ(why, "No such file or directory");
+  EXPECT_FALSE(std::filesystem::exists(m_dir.File("none")));
+}
+
 }  // namespace

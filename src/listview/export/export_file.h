@@ -15,7 +15,7 @@ class ExportFile {
  public:
   ~ExportFile() { Close(); }
   // Makes the file anew; one that is open elsewhere in this program is left alone.
-  bool Open(const std::string& path);
+  bool Open(const std::string& path, std::string* why = nullptr);
 
   // What has not been handed over yet: a caller appends its line to it and then calls EndLine.
   std::string& Buffer() { return m_buffer; }
@@ -26,6 +26,8 @@ class ExportFile {
   }
   // True when every byte reached the file.
   bool Close();
+  // The errno of the write that failed, 0 for none.
+  int Error() const { return m_error; }
 
  private:
   static constexpr std::size_t kPieceBytes = 256 * 1024;
@@ -34,4 +36,5 @@ class ExportFile {
   OpenFile m_file;
   ds_File_t::FOStream_t m_stream;
   std::string m_buffer;
+  int m_error = 0;
 };

@@ -168,7 +168,8 @@ TEST_F(TrcExport, TheWholeSampleHasALinePerTraceThatAParserReads) {
 TEST_F(TrcExport, AFolderThatIsNotThereGivesTheWordsOfTheExport) {
   const TrcRun run = RunTrc({"export", m_in, "/nowhere/out.csv"});
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.err, "trc: /nowhere/out.csv: Error opening output file.\n");
+  EXPECT_EQ(run.err,
+            "trc: /nowhere/out.csv: Error opening output file. No such file or directory\n");
 }
 
 TEST_F(TrcExport, OverTheFileItselfFailsAndLeavesItAsItWas) {
@@ -180,7 +181,7 @@ TEST_F(TrcExport, OverTheFileItselfFailsAndLeavesItAsItWas) {
 TEST_F(TrcExport, AFullDiskIsTold) {
   const TrcRun run = RunTrc({"export", m_in, "/dev/full"});
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.err, "trc: /dev/full: Error writing to file.\n");
+  EXPECT_EQ(run.err, "trc: /dev/full: Error writing to file. No space left on device\n");
 }
 
 TEST_F(TrcExport, UnknownColumnsFormatsAndPathsAreRefused) {

@@ -106,7 +106,7 @@ TEST_F(TrcFilter, ASaveThatFailsSaysSoAndLeavesTheOpenFile) {
   const std::string before = ReadAll(m_file);
   const TrcRun run = RunTrc({"save", m_file, m_file, "--uncheck", "All Components/Net"});
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.err, "trc: " + m_file + ": Error creating file.\n");
+  EXPECT_EQ(run.err, "trc: " + m_file + ": Error creating file. In use by this program\n");
   EXPECT_EQ(ReadAll(m_file), before);
 }
 

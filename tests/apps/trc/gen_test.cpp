@@ -218,7 +218,7 @@ TEST(TrcGen, AFullDiskIsToldAlsoWhenItShowsOnlyAtTheEnd) {
   for (const char* records : {"1", "100000"}) {
     const TrcRun run = RunTrc({"gen", "--records", records, "/dev/full"});
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err, "trc: /dev/full: Error writing to file.\n");
+    EXPECT_EQ(run.err, "trc: /dev/full: Error writing to file. No space left on device\n");
   }
 }
 

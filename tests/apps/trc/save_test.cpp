@@ -77,7 +77,7 @@ TEST(TrcSave, OverTheFileItselfFailsAndLeavesItAsItWas) {
   for (const std::string& out : {in, link}) {
     const TrcRun run = Save(in, out);
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err, "trc: " + out + ": Error creating file.\n");
+    EXPECT_EQ(run.err, "trc: " + out + ": Error creating file. In use by this program\n");
     EXPECT_EQ(ReadAll(in), image.Bytes());
   }
 }
@@ -86,7 +86,7 @@ TEST(TrcSave, AFolderThatIsNotThereGivesTheWordsOfTheDocument) {
   const TempDir directory;
   const TrcRun run = Save(TrcImage().WriteTo(directory.File("in.trc")), "/nowhere/out.trc");
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.err, "trc: /nowhere/out.trc: Error creating file.\n");
+  EXPECT_EQ(run.err, "trc: /nowhere/out.trc: Error creating file. No such file or directory\n");
 }
 
 TEST(TrcSave, AFullDiskIsToldAlsoWhenItShowsOnlyAtTheEnd) {
@@ -96,7 +96,7 @@ TEST(TrcSave, AFullDiskIsToldAlsoWhenItShowsOnlyAtTheEnd) {
     for (int i = 0; i < traces; ++i) image.Trace("some text");
     const TrcRun run = Save(image.WriteTo(directory.File("in.trc")), "/dev/full");
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err, "trc: /dev/full: Error writing to file.\n");
+    EXPECT_EQ(run.err, "trc: /dev/full: Error writing to file. No space left on device\n");
   }
 }
 

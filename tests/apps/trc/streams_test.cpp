@@ -90,22 +90,6 @@ TEST_F(TrcStreams, ASecondInterruptEndsTheProgramAtOnce) {
   EXPECT_EQ(trc.Finish().status, 1000 + SIGINT);
 }
 
-TEST_F(TrcStreams, AnInterruptedSampleHoldsWholeTracesAndSaysHowMany) {
-  const std::string path = s_directory->File("half.trc");
-  TrcProcess trc({.arguments = {"gen", "-n", "25000000", path}, .errIsTerminal = true});
-  trc.ReadErrUntil("Writing traces...");
-  trc.Interrupt();
-  const TrcRun run = trc.Finish();
-  EXPECT_EQ(run.status, kInterruptedStatus);
-  const std::string words = "half.trc: interrupted after ";
-  const std::size_t place = run.err.find(words);
-  ASSERT_NE(place, std::string::npos) << run.err;
-  const json info = InfoOf(path);
-  EXPECT_EQ(info.at("traces"), std::stoul(run.err.substr(place + words.size())));
-  EXPECT_EQ(info.at("skippedBytes"), 0);
-  std::filesystem::remove(path);
-}
-
 TEST_F(TrcStreams, LongWorkTellsItsProgressOnATerminalAndTakesTheLineAway) {
   const std::string path = s_directory->File("progress.trc");
   TrcProcess trc({.arguments = {"gen", "-n", "25000000", path}, .errIsTerminal = true});

@@ -58,6 +58,7 @@ class TrcProcess {
   TrcProcess& operator=(const TrcProcess&) = delete;
 
   void Interrupt() const { kill(m_process, SIGINT); }
+  void Signal(int signal) const { kill(m_process, signal); }
   void Kill() const { kill(m_process, SIGKILL); }
   // Interrupts again and again until the program has ended.
   void InterruptUntilEnded() const {

@@ -1,0 +1,25 @@
+// The text file of trc export and trc tree --export, with the words of the desktop's export.
+//
+// Errors   Told on standard error; Open then gives false, and Finish the exit status.
+// Threads  One.
+#pragma once
+
+#include <string>
+
+#include "listview/export/export_file.h"
+#include "new_file.h"
+
+class NewTextFile {
+ public:
+  bool Open(const std::string& path);
+  ExportFile& Lines() { return m_lines; }
+  // Gives the file its name, unless a write failed or an interrupt came.
+  int Finish();
+
+ private:
+  void Tell(const char* words, const std::string& why) const;
+
+  std::string m_path;
+  NewFile m_file;
+  ExportFile m_lines;
+};

@@ -1,0 +1,152 @@
+// A file that a command makes stands under its name only when it is whole.
+#include <sys/stat.h>
+
+#include "run_trc.h"
+#include "support/temp_dir.h"
+#include "support/trc_image.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class TrcNewFile : public testing::Test {
+ protected:
+  static constexpr unsigned kTraces = 500000;
+  static constexpr char kKept[] = "what stood there before";
+
+  static void SetUpTestSuite() {
+    s_samples = new TempDir;
+    ASSERT_EQ(RunTrc({"gen", "-n", std::to_string(kTraces), s_samples->File("new.trc")}).status, 0);
+    ASSERT_EQ(
+        RunTrc({"gen", "-n", std::to_string(kTraces), "--old", s_samples->File("old.trc")}).status,
+        0);
+  }
+  static void TearDownTestSuite() { delete std::exchange(s_samples, nullptr); }
+
+  // Commands that write m_out for long, with what a terminal shows of each meanwhile.
+  std::vector<std::pair<std::vector<std::string>, std::string>> Writers() const {
+    const std::string file = s_samples->File("new.trc");
+    return {{{"save", file, m_out}, "Saving..."},
+            {{"save", file, m_out, "--uncheck", "All Severities/Error"}, "Saving..."},
+            {{"export", file, m_out}, "Writing..."},
+            {{"export", file, m_out, "-f", "jsonl"}, "Writing..."},
+            {{"tree", "--export", file, m_out}, "Writing..."},
+            {{"convert", s_samples->File("old.trc"), m_out}, "Converting..."},
+            {{"gen", "-n", "25000000", m_out}, "Writing traces..."}};
+  }
+  std::vector<std::string> Folder() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(m_temp.Path()))
+      names.push_back(entry.path().filename().string());
+    return names;
+  }
+
+  static inline TempDir* s_samples = nullptr;
+  TempDir m_temp;
+  const std::string m_out = m_temp.File("out", kKept);
+};
+
+TEST_F(TrcNewFile, AnInterruptIsHeardAtOnceAndWhatStoodThereStays) {
+  for (const auto& [arguments, shown] : Writers()) {
+    TrcProcess trc({.arguments = arguments, .errIsTerminal = true});
+    trc.ReadErrUntil(shown);
+    trc.Interrupt();
+    const TrcRun run = trc.Finish();
+    EXPECT_EQ(run.status, 130) << arguments[0];
+    EXPECT_NE(run.err.find("and not written"), std::string::npos) << arguments[0];
+    const std::size_t after = run.err.find("interrupted after ");
+    if (after != std::string::npos) {
+      const unsigned all = arguments[0] == "gen" ? 25000000 : kTraces;
+      EXPECT_LT(std::stoul(run.err.substr(after + 18)), all) << arguments[0];
+    }
+    EXPECT_EQ(ReadAll(m_out), kKept) << arguments[0];
+    EXPECT_EQ(Folder(), std::vector<std::string>{"out"}) << arguments[0];
+  }
+}
+
+TEST_F(TrcNewFile, EndedFromOutsideNoHalfFileStaysAndNothingBesideIt) {
+  fs::remove(m_out);
+  for (const int signal : {SIGTERM, SIGHUP}) {
+    for (const auto& [arguments, shown] : Writers()) {
+      TrcProcess trc({.arguments = arguments, .errIsTerminal = true});
+      trc.ReadErrUntil(shown);
+      trc.Signal(signal);
+      EXPECT_EQ(trc.Finish().status, 128 + signal) << arguments[0];
+      EXPECT_EQ(Folder(), std::vector<std::string>{}) << arguments[0];
+    }
+  }
+}
+
+TEST_F(TrcNewFile, KilledInTheMiddleLeavesTheNameAlone) {
+  const auto [arguments, shown] = Writers().front();
+  TrcProcess trc({.arguments = arguments, .errIsTerminal = true});
+  trc.ReadErrUntil(shown);
+  trc.Kill();
+  trc.Finish();
+  EXPECT_EQ(ReadAll(m_out), kKept);
+}
+
+TEST_F(TrcNewFile, AFullDiskLeavesTheNameAlone) {
+  for (const auto& [arguments, shown] : Writers()) {
+    const TrcRun run = RunTrc({.arguments = arguments, .fileBytesMax = 100'000});
+    EXPECT_EQ(run.status, 2) << arguments[0];
+    EXPECT_NE(run.err.find("Error writing to file. File too large"), std::string::npos) << run.err;
+    EXPECT_EQ(ReadAll(m_out), kKept) << arguments[0];
+    EXPECT_EQ(Folder(), std::vector<std::string>{"out"}) << arguments[0];
+  }
+}
+
+class TrcSmallNewFile : public testing::Test {
+ protected:
+  TrcRun Save(const std::string& out) const { return RunTrc({"save", m_in, out}); }
+
+  TempDir m_temp;
+  const TrcImage m_image = TrcImage().Trace("up");
+  const std::string m_in = m_image.WriteTo(m_temp.File("in.trc"));
+};
+
+TEST_F(TrcSmallNewFile, TakesTheRightsOfTheOneWhosePlaceItTakes) {
+  const std::string out = m_temp.File("out.trc", "old");
+  ASSERT_EQ(chmod(out.c_str(), 0604), 0);
+  ASSERT_EQ(Save(out).status, 0);
+  struct stat status;
+  ASSERT_EQ(stat(out.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0604u);
+  EXPECT_EQ(ReadAll(out), m_image.Bytes());
+}
+
+TEST_F(TrcSmallNewFile, GoesBehindASymbolicLink) {
+  const std::string out = m_temp.File("out.trc", "old"), link = m_temp.File("link.trc");
+  fs::create_symlink("out.trc", link);
+  ASSERT_EQ(Save(link).status, 0);
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_EQ(ReadAll(out), m_image.Bytes());
+}
+
+TEST_F(TrcSmallNewFile, AFolderOrAPipeIsRefusedWithTheReason) {
+  const std::string folder = m_temp.File("folder"), pipe = m_temp.File("pipe");
+  fs::create_directory(folder);
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(Save(folder).err, "trc: " + folder + ": Error creating file. Is a directory\n");
+  EXPECT_EQ(Save(pipe).err, "trc: " + pipe + ": Error creating file. No such device or address\n");
+}
+
+TEST_F(TrcSmallNewFile, AFileInAFolderThatMayNotBeWrittenIsWrittenInItsPlace) {
+  const std::string folder = m_temp.File("folder"), out = folder + "/out.trc";
+  fs::create_directory(folder);
+  std::ofstream(out) << "old";
+  fs::permissions(out, fs::perms(0666));
+  fs::permissions(m_temp.Path(), fs::perms(0755));
+  // In a process of its own, which gives up the rights that an administrator has.
+  EXPECT_EXIT(
+      {
+        fs::permissions(folder, fs::perms(0555));
+        if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+        _exit(Save(out).status);
+      },
+      testing::ExitedWithCode(0), "");
+  fs::permissions(folder, fs::perms(0755));
+  EXPECT_EQ(ReadAll(out), m_image.Bytes());
+}
+
+}  // namespace

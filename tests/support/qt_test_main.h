@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <clocale>
 
+#include "support/owed.h"
+
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   const QTemporaryDir config;
@@ -19,5 +21,6 @@ int main(int argc, char** argv) {
   std::setlocale(LC_NUMERIC, "C");
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   QApplication::setQuitOnLastWindowClosed(false);
+  testing::UnitTest::GetInstance()->listeners().Append(new OwedActs);
   return RUN_ALL_TESTS();
 }

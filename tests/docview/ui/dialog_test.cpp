@@ -6,6 +6,7 @@
 
 #include "docview/ui/qt_control.h"
 #include "docview/ui/qt_host.h"
+#include "support/owed.h"
 
 namespace {
 
@@ -53,11 +54,11 @@ class DialogTest : public testing::Test {
     });
   }
   int Run(Question& question, const std::function<void(QDialog&)>& person) {
-    m_host.Post([person] {
+    m_host.Post(Owed([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
       person(*window);
-    });
+    }));
     return question.DoModal();
   }
   QtHost m_host;

@@ -13,6 +13,7 @@
 #include <functional>
 
 #include "docview/ui/qt_host.h"
+#include "support/owed.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -26,12 +27,12 @@ class FileDialogTest : public testing::Test {
 
   using Person = std::function<void(QFileDialog&)>;
   std::optional<FileDialogAnswer> Run(const FileDialogRequest& request, const Person& person) {
-    m_host.Post([person] {
+    m_host.Post(Owed([person] {
       auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(dialog);
       person(*dialog);
       if (dialog->isVisible()) dialog->reject();
-    });
+    }));
     return m_host.RunFileDialog(request);
   }
   // Types a name and accepts; gives the text of a question that came up, answered with `button`.

@@ -7,17 +7,18 @@
 
 #include "docview/ui/qt_host.h"
 #include "docview/ui/qt_message_box.h"
+#include "support/owed.h"
 
 namespace {
 
 // Asks, while `person` acts on the box.
 BoxAnswer Ask(QtHost& host, const MessageBoxRequest& request,
               const std::function<void(QMessageBox&)>& person) {
-  host.Post([person] {
+  host.Post(Owed([person] {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_TRUE(box);
     person(*box);
-  });
+  }));
   return host.MessageBox(request);
 }
 

@@ -11,6 +11,7 @@
 
 #include "docview/ui/qt_host.h"
 #include "docview/wnd.h"
+#include "support/owed.h"
 #include "support/qt_test_main.h"
 
 namespace {
@@ -33,12 +34,12 @@ class OptionsFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its window.
   int Run(COptionsDlg& dialog, const std::function<void(QDialog&)>& person) {
-    m_host.Post([person] {
+    m_host.Post(Owed([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
       person(*window);
       if (window->isVisible()) window->reject();
-    });
+    }));
     return dialog.DoModal();
   }
   // Presses OK; gives the text of the message box that came up, or "closed".
@@ -84,10 +85,14 @@ TEST_F(OptionsFaceTest, HasTheTitleTheGroupsAndTheTextsOfItsControls) {
 TEST_F(OptionsFaceTest, EveryControlHasAnAccessibleName) {
   COptionsDlg dialog(m_host);
   Run(dialog, [](QDialog& window) {
-    for (const QWidget* widget : window.findChildren<QWidget*>())
-      if (widget->focusPolicy() != Qt::NoFocus && !widget->objectName().isEmpty()) {
-        EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
-      }
+    std::size_t named = 0;
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+      if (widget->focusPolicy() == Qt::NoFocus || widget->objectName().isEmpty()) continue;
+      EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
+      ++named;
+    }
+    // The boxes, UTC, the limit, OK and Cancel.
+    EXPECT_GE(named, COptionsDlg::Boxes().size() + 4);
   });
 }
 

@@ -14,6 +14,7 @@
 #include "docview/wnd.h"
 #include "listview/details/fake_cursor.h"
 #include "settings/globals.h"
+#include "support/owed.h"
 #include "support/qt_test_main.h"
 
 namespace {
@@ -41,12 +42,12 @@ class TraceDetailFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its window.
   int Run(const std::function<void(QDialog&)>& person) {
-    m_host.Post([person] {
+    m_host.Post(Owed([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
       person(*window);
       if (window->isVisible()) window->reject();
-    });
+    }));
     return CTraceDetailDialog(m_host, m_cursor, m_names).DoModal();
   }
   static QString Value(QDialog& window, const char* id) {

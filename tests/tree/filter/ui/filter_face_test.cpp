@@ -11,6 +11,7 @@
 
 #include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/qt_host.h"
+#include "support/owed.h"
 #include "support/qt_test_main.h"
 #include "tree/filter/filter_tree_text.h"
 #include "tree/filter/ui/filter_boxes.h"
@@ -29,12 +30,12 @@ class FilterFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its tree.
   int Run(const std::function<void(QDialog&, QTreeView&)>& person) {
-    m_host.Post([person] {
+    m_host.Post(Owed([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
       person(*window, *window->findChild<QTreeView*>("1112"));
       if (window->isVisible()) window->reject();
-    });
+    }));
     return m_dialog.DoModal();
   }
   QModelIndex At(QTreeView& tree, const std::vector<std::string>& labels) {

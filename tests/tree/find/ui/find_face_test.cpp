@@ -14,6 +14,7 @@
 #include "docview/ui/qt_host.h"
 #include "docview/ui/work_box_face.h"
 #include "support/endless_texts.h"
+#include "support/owed.h"
 #include "support/qt_test_main.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
@@ -35,12 +36,12 @@ class FindFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its window, which is then closed.
   bool Run(const std::function<void(QDialog&)>& person) {
-    m_host.Post([person] {
+    m_host.Post(Owed([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
       person(*window);
       if (window->isVisible()) window->reject();
-    });
+    }));
     return RunFindDialog(m_host);
   }
   static QPushButton& Button(QDialog& window, const char* id) {
@@ -64,10 +65,13 @@ TEST_F(FindFaceTest, HasTheTitleTheTextsAndTheNamesOfItsControls) {
     EXPECT_EQ(Button(window, "2").text(), "Cancel");
     EXPECT_EQ(Button(window, "57670").text(), "Help");
     EXPECT_TRUE(Button(window, "1").isDefault());
+    int named = 0;
     for (const QWidget* control : window.findChildren<QWidget*>()) {
       if (control->focusPolicy() == Qt::NoFocus) continue;
       EXPECT_FALSE(control->accessibleName().isEmpty()) << control->objectName().toStdString();
+      ++named;
     }
+    EXPECT_EQ(named, 8);  // the text, four boxes and three buttons
   });
 }
 

@@ -12,22 +12,11 @@ cell_of() { column "$1" | sed -n "$(($2 + 1))p"; }
 # hit NUMBER: the row of the NUMBERth text behind row 0 that has the word.
 hit() { column Trace | tail -n +2 | grep -n "$word" | sed -n "$1s/:.*//p"; }
 row_is() { says "$2" row "$1"; }
-# opens WINDOW KEY...: the keys bring it up.
-opens() {
-  key "${@:2}"
-  until_true "${*:2} opened no $1" is_active "^$1\$"
-}
 # closes WINDOW KEY...: the keys take it away, and the list has the keyboard again.
 closes() {
   key "${@:2}"
   until_true "${*:2} did not close $1" has_no_window "^$1\$"
   until_true "the list has no keyboard after $1" says Traces focus
-}
-# types TEXT FIELD: in place of what the field, which has the keyboard, holds.
-types() {
-  key ctrl+a
-  xdotool type --clearmodifiers "$1"
-  until_true "$2 does not hold what was typed" says "$1" value "$2"
 }
 
 "$trc" gen --records 4000 --seed 5 "$work/list.trc" >/dev/null

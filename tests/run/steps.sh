@@ -75,6 +75,24 @@ has_window() { xdotool search --all --onlyvisible --pid "$program" --name "$1" |
 has_no_window() { ! has_window "$1"; }
 is_gone() { ! kill -0 "$program" 2>/dev/null; }
 key() { xdotool key --clearmodifiers "$@"; }
+# opens WINDOW KEY...: the keys bring it up.
+opens() {
+  key "${@:2}"
+  until_true "${*:2} opened no $1" is_active "^$1\$"
+}
+# types TEXT FIELD: in place of what the field, which has the keyboard, holds. A display that is
+# busy may give Shift to another letter than the one it was pressed for: then all is typed again.
+types() { until_true "$2 does not hold what was typed" typed "$1" "$2"; }
+typed() {
+  local look
+  key ctrl+a
+  xdotool type --clearmodifiers "$1"
+  for look in 1 2 3 4 5; do
+    says "$1" value "$2" && return
+    sleep 0.05
+  done
+  return 1
+}
 picture() { import -window root "$pictures/$1.png"; }
 
 # ended_with STATUS: the program is gone, with that status.

@@ -9,22 +9,20 @@ export_is_right() {
 }
 
 "$trc" gen --records 400 --seed 5 "$work/tree.trc" >/dev/null
+start_reader
 start_program "$work/tree.trc"
-until_true "the progress box stays" has_no_window '^Loading'
-until_true "no list is to be seen" room_is_not_empty
+until_true "the list does not have its rows" says 400 rows
 key ctrl+F6
 key Home
 key Right
 picture tree
-key ctrl+f
-until_true "Ctrl+F opened no Find" is_active '^Find$'
-xdotool type --clearmodifiers 'TID '
+opens Find ctrl+f
+types 'TID ' "Search Text"
 key Return
 until_true "Enter did not close Find" has_no_window '^Find$'
 until_true "the main window is not active after Find" is_active '^Tessera'
 picture tree-found
-key alt+p
-until_true "Alt+P opened no properties" is_active '^Trace Properties$'
+opens "Trace Properties" alt+p
 key Escape
 until_true "Esc did not close the properties" has_no_window '^Trace Properties$'
 until_true "the main window is not active after the properties" is_active '^Tessera'

@@ -169,7 +169,7 @@ class HubRun {
     return false;
   }
   void Produce() {
-    RingProducer ring(m_segment, -1);
+    RingProducer ring(m_segment);
     const std::string text(kTextBytes, 't');
     RecordFields fields;
     fields.count = 1;

@@ -10,13 +10,16 @@
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 
+#include "quor/ring/bell.h"
 #include "quor/ring/link.h"
 #include "quor/ring/link_socket.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
+#include "tests/support/remove_segments.h"
 
 class RingEnd {
  public:
@@ -36,8 +39,8 @@ class RingEnd {
       Give("cannot listen");
   }
   ~RingEnd() {
-    unlink((m_folder + "/quord.sock").c_str());
-    rmdir(m_folder.c_str());
+    RemoveSegments(m_folder);
+    std::filesystem::remove_all(m_folder);
   }
   const std::string& Folder() const { return m_folder; }
 
@@ -49,9 +52,9 @@ class RingEnd {
     std::uint8_t bytes[4096];
     const LinkReceived got = ReceiveOnLink(m_socket, bytes, sizeof bytes);
     const char* why = "no segment came";
-    if (got.descriptorCount != 2 || !m_segment.Open(got.descriptors[0], &why)) Give(why);
+    if (got.descriptorCount != 1 || !m_segment.Open(got.descriptors[0], &why)) Give(why);
     m_consumer = std::make_unique<RingConsumer>(m_segment);
-    SendOnLink(m_socket, EncodeWelcome());
+    Say(EncodeWelcome());
   }
   void SetAll(std::uint32_t word) {
     SegmentPointsReader points(m_segment);
@@ -59,9 +62,9 @@ class RingEnd {
     points.ReadNew(names);
     for (std::uint32_t i = 0; i < points.Count(); ++i) points.SetSettings(i, word);
     points.SetDefault(word);
-    SendOnLink(m_socket, EncodePoke());
+    Say(EncodePoke());
   }
-  void SendSink(const LinkSink& sink) { SendOnLink(m_socket, EncodeSink(sink)); }
+  void SendSink(const LinkSink& sink) { Say(EncodeSink(sink)); }
   // Waits for the next word of the application of this type.
   void Await(LinkType type) {
     for (;;) {
@@ -84,6 +87,10 @@ class RingEnd {
   }
 
  private:
+  void Say(const std::vector<std::uint8_t>& frame) {
+    SendOnLink(m_socket, frame);
+    Ring(m_segment.Header()->bell);
+  }
   [[noreturn]] static void Give(const char* why) {
     std::fprintf(stderr, "bench: %s\n", why);
     std::exit(2);

@@ -37,7 +37,7 @@ std::string StateFolder(const ServeCommand& command, const std::string& socketPa
   return FolderOf(socketPath) + "/state";
 }
 
-// In the background the service and its keeper leave the folder that they were started in.
+// In the background the service leaves the folder that it was started in.
 std::string Absolute(const std::string& path) {
   std::error_code ignored;
   const std::string absolute = std::filesystem::absolute(path, ignored).string();

@@ -16,6 +16,7 @@ struct FaultGuard::Range {
   std::atomic<bool> taken = true;
   std::atomic<std::uintptr_t> begin = 0;
   std::atomic<std::uintptr_t> end = 0;
+  std::atomic<int> rights = PROT_READ;
   // The middle one of three pages, with other rights than its neighbours: given them, the three
   // become one piece, and the process has room for two more. 0: could not be made.
   std::uintptr_t spare = 0;
@@ -29,9 +30,9 @@ struct sigaction g_previous;
 std::uintptr_t g_pageBytes;
 
 // By the system call itself: a sanitizer's mmap is not made for a signal handler.
-bool MapZeros(std::uintptr_t begin, std::size_t bytes) {
-  return syscall(SYS_mmap, begin, bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1,
-                 0) == static_cast<long>(begin);
+bool MapZeros(std::uintptr_t begin, std::size_t bytes, int rights) {
+  return syscall(SYS_mmap, begin, bytes, rights, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) ==
+         static_cast<long>(begin);
 }
 
 bool Protect(std::uintptr_t page, int rights) {
@@ -55,11 +56,13 @@ bool ReplacePage(std::uintptr_t address) {
     // Read twice: an entry that changed hands in between must not show a mixed range.
     if (address < begin || address >= end || begin != range->begin.load()) continue;
     const std::uintptr_t page = address & ~(g_pageBytes - 1);
-    if (MapZeros(page, g_pageBytes)) return true;
+    const int rights = range->rights.load();
+    if (MapZeros(page, g_pageBytes, rights)) return true;
     // The kernel limits the pieces that a process may have; then the rest goes as one. To part it
     // from what is before takes a piece as well.
-    return MapZeros(page, end - page) ||
-           (range->spare != 0 && Protect(range->spare, PROT_NONE) && MapZeros(page, end - page));
+    return MapZeros(page, end - page, rights) ||
+           (range->spare != 0 && Protect(range->spare, PROT_NONE) &&
+            MapZeros(page, end - page, rights));
   }
   return false;
 }
@@ -116,9 +119,10 @@ FaultGuard::Range* TakeEntry() {
 
 }  // namespace
 
-FaultGuard::FaultGuard(const void* begin, std::size_t bytes) {
+FaultGuard::FaultGuard(const void* begin, std::size_t bytes, Access access) {
   InstallHandler();
   m_range = TakeEntry();
+  m_range->rights.store(access == Access::Write ? PROT_READ | PROT_WRITE : PROT_READ);
   MakeSpare(*m_range);
   const auto from = reinterpret_cast<std::uintptr_t>(begin);
   m_range->begin.store(from);

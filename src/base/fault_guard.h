@@ -14,8 +14,10 @@
 class FaultGuard {
  public:
   FaultGuard() = default;
-  // REQUIRES: `begin` and `bytes` are multiples of the page size.
-  FaultGuard(const void* begin, std::size_t bytes);
+  enum class Access { Read, Write };
+  // REQUIRES: `begin` and `bytes` are multiples of the page size. What is written to a page that
+  // went away (Access::Write) is lost with it.
+  FaultGuard(const void* begin, std::size_t bytes, Access access = Access::Read);
   FaultGuard(FaultGuard&& other) noexcept : m_range(std::exchange(other.m_range, nullptr)) {}
   FaultGuard& operator=(FaultGuard&& other) noexcept;
   ~FaultGuard() { Release(); }

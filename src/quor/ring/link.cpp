@@ -83,6 +83,8 @@ bool ReadHello(BodyReader& body, LinkHello& hello) {
   if (hello.version != kLinkVersion) return body.Good();
   hello.pid = body.Get32();
   hello.startedNs = body.Get64();
+  hello.device = body.Get64();
+  hello.inode = body.Get64();
   hello.taker = body.GetTaker();
   hello.app = body.GetText();
   return body.AtEnd();
@@ -118,6 +120,7 @@ bool ReadBody(BodyReader& body, LinkFrame& frame) {
       return body.AtEnd();
     case LinkType::Poke:
     case LinkType::Points:
+    case LinkType::Call:
       return body.AtEnd();
   }
   return false;
@@ -130,6 +133,8 @@ std::vector<std::uint8_t> EncodeHello(const LinkHello& hello) {
       .Put32(hello.version)
       .Put32(hello.pid)
       .Put64(hello.startedNs)
+      .Put64(hello.device)
+      .Put64(hello.inode)
       .Put8(static_cast<int>(hello.taker))
       .PutText(hello.app)
       .Take();
@@ -161,6 +166,10 @@ std::vector<std::uint8_t> EncodeTaker(RingTaker taker) {
 
 std::vector<std::uint8_t> EncodePoints() {
   return FrameWriter(LinkType::Points).Take();
+}
+
+std::vector<std::uint8_t> EncodeCall() {
+  return FrameWriter(LinkType::Call).Take();
 }
 
 std::vector<std::uint8_t> EncodeReport(const LinkReport& report) {

@@ -2,8 +2,8 @@
 // socket. Coded by hand, because the runtime links no third-party library.
 //
 // Shape    Frames: length:u32 (of type and body), type:u8, body; big-endian; a text is length:u16
-//          and its bytes. The hello travels with two descriptors, the segment and the event
-//          (SCM_RIGHTS).
+//          and its bytes. The hello travels with the descriptor of the segment (SCM_RIGHTS), or
+//          with none when the application has lost it: it tells which file it was.
 //
 //            application                service
 //            Hello  ------------------>
@@ -11,8 +11,11 @@
 //                   <------------------ Sink (what is configured), Poke (settings were written)
 //            Taker  ------------------> after each Sink: who takes the traces from now on
 //            Points ------------------> points or names were entered since the last word
+//            Call   ------------------> there are traces for a taker that waits
 //            Report ------------------> something that the application wants traced for it
 //
+//          The application does not wait at its socket, whose number may be another file's at any
+//          time: after a word the service rings the segment's bell.
 //          The service takes traces out of the ring while the last Hello or Taker says so and until
 //          it sends a Sink of type File; before that it publishes what it took.
 // Errors   A frame that is too long, of unknown type, or whose body is not exactly the message is
@@ -28,7 +31,7 @@
 #include "base/bytes.h"
 #include "quor/ring/segment.h"
 
-constexpr std::uint32_t kLinkVersion = 1;
+constexpr std::uint32_t kLinkVersion = 2;
 constexpr std::size_t kLinkFrameMax = 16384;  // type and body
 constexpr std::size_t kLinkTextMax = 4096;
 
@@ -41,6 +44,7 @@ enum class LinkType : std::uint8_t {
   Taker = 6,
   Points = 7,
   Report = 8,
+  Call = 9,
 };
 
 enum class SinkKind : std::uint8_t { File = 0, Socket = 1 };
@@ -49,6 +53,7 @@ struct LinkHello {
   std::uint32_t version = kLinkVersion;
   std::uint32_t pid = 0;
   std::uint64_t startedNs = 0;
+  std::uint64_t device = 0, inode = 0;  // of the segment's file
   RingTaker taker = RingTaker::Service;
   std::string app;
 };
@@ -84,6 +89,7 @@ std::vector<std::uint8_t> EncodeSink(const LinkSink& sink);
 std::vector<std::uint8_t> EncodePoke();
 std::vector<std::uint8_t> EncodeTaker(RingTaker taker);
 std::vector<std::uint8_t> EncodePoints();
+std::vector<std::uint8_t> EncodeCall();
 std::vector<std::uint8_t> EncodeReport(const LinkReport& report);
 
 // Puts a stream of bytes, split anywhere, together to frames. Holds at most one frame.

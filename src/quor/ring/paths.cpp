@@ -18,12 +18,6 @@ std::string Environment(const char* name) {
   return value ? value : "";
 }
 
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 bool IsProgram(const std::string& path) {
   struct stat status {};
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
@@ -55,6 +49,12 @@ std::string OnPath(const std::string& paths) {
 
 }  // namespace
 
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
 ServiceEnvironment ReadServiceEnvironment() {
   return {Environment("QUOR_SOCKET"), Environment("XDG_RUNTIME_DIR"), Environment("QUOR_QUORD"),
           Environment("QUOR_AUTOSTART"), Environment("PATH")};
@@ -66,15 +66,15 @@ std::string ServiceSocketPath(const ServiceEnvironment& environment) {
   return "/tmp/quor-" + std::to_string(geteuid()) + "/quord.sock";
 }
 
-bool PrepareSocketFolder(const std::string& socketPath, std::string* why) {
+bool PrepareSocketFolder(const std::string& socketPath, std::string* why,
+                         const ServiceEnvironment& environment) {
   const std::string folder = FolderOf(socketPath);
-  if (socketPath != Environment("QUOR_SOCKET") && mkdir(folder.c_str(), 0700) != 0 &&
-      errno != EEXIST)
+  if (socketPath != environment.socket && mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
     return FailWith(why, folder + ": " + std::strerror(errno));
   struct stat status {};
   if (stat(folder.c_str(), &status) != 0)
     return FailWith(why, folder + ": " + std::strerror(errno));
-  return SocketFolderIsSafe(socketPath, why);
+  return SocketFolderIsSafe(socketPath, why, environment);
 }
 
 bool SocketFolderIsSafe(const std::string& socketPath, std::string* why,

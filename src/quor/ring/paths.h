@@ -15,12 +15,16 @@ struct ServiceEnvironment {
 };
 ServiceEnvironment ReadServiceEnvironment();
 
+// Where a file lies.
+std::string FolderOf(const std::string& path);
+
 std::string ServiceSocketPath(const ServiceEnvironment& environment = ReadServiceEnvironment());
 
 // Makes the folder of the socket if there is none (0700), and checks that it belongs to this user
 // and that nobody else may write to it. A folder that $QUOR_SOCKET names is the user's own affair:
 // it must exist. False and a reason.
-bool PrepareSocketFolder(const std::string& socketPath, std::string* why = nullptr);
+bool PrepareSocketFolder(const std::string& socketPath, std::string* why = nullptr,
+                         const ServiceEnvironment& environment = ReadServiceEnvironment());
 // The check alone, for who only connects: true also when the folder does not exist.
 bool SocketFolderIsSafe(const std::string& socketPath, std::string* why = nullptr,
                         const ServiceEnvironment& environment = ReadServiceEnvironment());

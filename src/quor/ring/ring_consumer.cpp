@@ -1,5 +1,6 @@
 #include "quor/ring/ring_consumer.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "quor/ring/trace_bytes.h"
@@ -13,12 +14,12 @@ std::uint32_t ReadOnce(const std::uint32_t& from) {
 
 }  // namespace
 
-RingConsumer::RingConsumer(const SegmentMap& segment)
+RingConsumer::RingConsumer(const SegmentMap& segment, std::size_t room)
     : m_header(segment.Header()),
       m_ring(segment.Ring()),
       m_ringUnits(segment.Layout().ringBytes / kRingUnitBytes),
       m_salt(segment.Layout().salt),
-      m_trace(kRawTraceBytesMax) {
+      m_trace(room) {
   Resume();
 }
 
@@ -27,6 +28,7 @@ void RingConsumer::Resume() {
   m_units = ring_mark::Units(mark);
   m_traces = ring_mark::Widen(m_header->consumedTraces.load(std::memory_order_relaxed),
                               ring_mark::Count(mark));
+  m_drops = m_header->toldDrops.load(std::memory_order_relaxed);
 }
 
 RingStep RingConsumer::Next(RingItem& item) {
@@ -74,7 +76,18 @@ std::uint64_t RingConsumer::Uncommitted() const {
   return (ring_mark::Count(mark) - m_traces) & ring_mark::kCountMask;
 }
 
+std::uint64_t RingConsumer::UntoldDrops() const {
+  const std::uint64_t dropped = m_header->dropped.load(std::memory_order_relaxed);
+  return dropped - std::min(dropped, m_drops);
+}
+
+void RingConsumer::PassRest() {
+  m_traces += Uncommitted();
+  m_drops += UntoldDrops();
+}
+
 void RingConsumer::Publish() {
+  m_header->toldDrops.store(m_drops, std::memory_order_relaxed);
   m_header->consumedTraces.store(m_traces, std::memory_order_relaxed);
   m_header->consumed.store(ring_mark::Make(m_units, m_traces), std::memory_order_release);
 }
@@ -122,6 +135,7 @@ RingConsumer::Look RingConsumer::TakeAt(std::uint32_t size, RingItem& item) {
   m_drops += drops;
   if (bytes > kRawTraceBytesMax || bytes > size * kRingUnitBytes - sizeof(RingRecord))
     return Look::Damaged;
+  if (bytes > m_trace.size()) m_trace.resize(bytes);
   std::memcpy(m_trace.data(), record + 1, bytes);
   item.trace = Bytes(m_trace.data(), bytes);
   if (IsWholeTrace(item.trace)) return Look::Trace;

@@ -23,8 +23,9 @@ enum class RingStep { Item, Empty, Broken };
 
 class RingConsumer {
  public:
-  // Begins where the last taker of this ring published.
-  explicit RingConsumer(const SegmentMap& segment);
+  // Begins where the last taker of this ring published. `room` is kept ready for the bytes of an
+  // item; a longer one gets more.
+  explicit RingConsumer(const SegmentMap& segment, std::size_t room = kRawTraceBytesMax);
 
   // Goes on where the last taker published: when this one takes over again from the application.
   void Resume();
@@ -36,23 +37,28 @@ class RingConsumer {
   // Traces that were reserved and not consumed, committed or not. When NextOfDead was Empty: those
   // that were being written when the application died, exact.
   std::uint64_t Uncommitted() const;
+  // Of the dead, at the end: drops that no item told, because the application died while it counted
+  // them or a taker while it told them.
+  std::uint64_t UntoldDrops() const;
+  // Now these are told, and who looks again finds none.
+  void PassRest();
   // Lets the producers have the room of all items so far. Call it per batch: until then a taker
   // that follows this one sees them again.
   void Publish();
 
-  // Before sleeping on the event descriptor. Ready: do not sleep, something came. Soon: sleep at
-  // most kRecheckMs and ask again; Asleep: sleep as long as you like. (A producer asks for the
-  // sleeping flag without a fence, which would cost it more than the rest of the trace; a commit
-  // that just crossed the flag is found by the second look.) A taker that expects more traffic
-  // sleeps a few milliseconds without asking, so that the producers need not wake it for each
-  // trace.
+  // Before sleeping until a producer rings the bell. Ready: do not sleep, something came. Soon:
+  // sleep at most kRecheckMs and ask again; Asleep: sleep as long as you like. (A producer asks for
+  // the sleeping flag without a fence, which would cost it more than the rest of the trace; a
+  // commit that just crossed the flag is found by the second look.) A taker that expects more
+  // traffic sleeps a few milliseconds without asking, so that the producers need not wake it for
+  // each trace.
   enum class Wait { Ready, Soon, Asleep };
   static constexpr int kRecheckMs = 2;
   Wait BeginWait();
   void EndWait();
 
   std::uint64_t Traces() const { return m_traces; }  // ever consumed from this ring
-  std::uint64_t Drops() const { return m_drops; }    // told by this consumer's items
+  std::uint64_t Drops() const { return m_drops; }    // ever told by items
   bool IsBroken() const { return m_broken; }
 
  private:
@@ -72,5 +78,5 @@ class RingConsumer {
   std::uint64_t m_drops = 0;
   bool m_broken = false;
   bool m_lookedTwice = false;
-  std::vector<std::uint8_t> m_trace;  // kRawTraceBytesMax
+  std::vector<std::uint8_t> m_trace;
 };

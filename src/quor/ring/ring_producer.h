@@ -1,14 +1,11 @@
 // The application's end of the ring: reserves room for one trace and commits it.
 //
 // Shape    The caller writes exactly the bytes that it reserved, in the form of RawTrace.
-// Errors   False when the ring is full: the trace is counted as dropped and forgotten.
+// Errors   False when the ring is full, or has no memory for its first lap: the trace is counted as
+//          dropped and forgotten.
 // Threads  Any number at once, also in a signal handler that interrupted another trace. Nothing is
 //          waited for, allocated or locked.
 #pragma once
-
-#include <unistd.h>
-
-#include <cerrno>
 
 #include "quor/ring/segment_map.h"
 
@@ -21,13 +18,8 @@ class RingProducer {
   };
 
   RingProducer() = default;
-  // The segment outlives this. `eventDescriptor` is written when the consumer sleeps; -1 for never.
-  RingProducer(const SegmentMap& segment, int eventDescriptor)
-      : m_header(segment.Header()),
-        m_ring(segment.Ring()),
-        m_units(segment.Layout().ringBytes / kRingUnitBytes),
-        m_salt(segment.Layout().salt),
-        m_event(eventDescriptor) {}
+  // The segment is this process's own, empty, and outlives this.
+  explicit RingProducer(const SegmentMap& segment);
 
   // REQUIRES: recordBytes <= kRawTraceBytesMax.
   bool Reserve(std::uint32_t recordBytes, Slot& slot) noexcept {
@@ -77,8 +69,6 @@ class RingProducer {
     m_header->dropped.fetch_add(traces, std::memory_order_relaxed);
     m_header->pendingDrops.fetch_add(traces, std::memory_order_relaxed);
   }
-  // In the child of a fork: the number of the closed descriptor may soon be another file's.
-  void Mute() noexcept { m_event = -1; }
 
  private:
   RingRecord* At(std::uint64_t position) const {
@@ -87,33 +77,23 @@ class RingProducer {
 
   // Looks at the consumer's own line only when its last known place leaves no room.
   bool HasRoom(std::uint64_t position, std::uint64_t size) noexcept {
-    const std::uint64_t end = position + size;
-    std::uint64_t consumed = m_header->consumedSeen.load(std::memory_order_acquire);
-    if (ring_mark::Distance(ring_mark::Units(consumed), end) <= m_units) return true;
-    consumed = m_header->consumed.load(std::memory_order_acquire);
-    m_header->consumedSeen.store(consumed, std::memory_order_release);
-    return ring_mark::Distance(ring_mark::Units(consumed), end) <= m_units;
+    const std::uint64_t seen = m_header->consumedSeen.load(std::memory_order_acquire);
+    return ring_mark::Distance(ring_mark::Units(seen), position + size) <= m_units ||
+           FindRoom(position + size);
   }
 
   std::uint32_t TakeDrops() noexcept {
-    if (__builtin_expect(m_header->pendingDrops.load(std::memory_order_relaxed) == 0, 1)) return 0;
-    const std::uint64_t drops = m_header->pendingDrops.exchange(0, std::memory_order_relaxed);
-    if (drops <= UINT32_MAX) return static_cast<std::uint32_t>(drops);
-    m_header->pendingDrops.fetch_add(drops - UINT32_MAX, std::memory_order_relaxed);
-    return UINT32_MAX;
+    const bool none = m_header->pendingDrops.load(std::memory_order_relaxed) == 0;
+    return __builtin_expect(none, 1) ? 0 : TakeSomeDrops();
   }
-
-  __attribute__((noinline)) void Wake() noexcept {
-    if (m_event < 0 || m_header->consumerWaits.exchange(0, std::memory_order_relaxed) == 0) return;
-    const int error = errno;  // a signal handler must leave it alone
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(m_event, &one, sizeof one);
-    errno = error;
-  }
+  bool FindRoom(std::uint64_t end) noexcept;
+  void SeeRoom(std::uint64_t consumed) noexcept;
+  std::uint32_t TakeSomeDrops() noexcept;
+  void Wake() noexcept;
 
   SegmentHeader* m_header = nullptr;
   std::uint8_t* m_ring = nullptr;
   std::uint64_t m_units = 0;
   std::uint64_t m_salt = 0;
-  int m_event = -1;
+  BackedMemory m_memory;
 };

@@ -1,11 +1,13 @@
 // The memory that a traced application shares with the service: its trace map with live settings,
 // its names, and the ring of its traces.
 //
-// Shape    One memfd, sealed against growing and shrinking: SegmentHeader, points, names, ring,
-//          each at the offset that the header tells. Both programs run on one machine, so the
-//          header's numbers are native; names and traces in it have the .trc form (big-endian).
-// Owner    Made by the application and passed to the service, which holds it too: what was
-//          committed is there when the application is killed.
+// Shape    One file in memory (see segment_folder.h): SegmentHeader, points, names, ring, each at
+//          the offset that the header tells. Both programs run on one machine, so the header's
+//          numbers are native; names and traces in it have the .trc form (big-endian).
+// Owner    Made by the application, where the service finds it without the application's word: what
+//          was committed is there when the application is killed. The application's mapping holds
+//          an exclusive flock on the file, which the kernel lets go of at its end and at an exec,
+//          and not before: that is how its death is known.
 // Errors   The service trusts nothing here: it checks every number once, on its own copy.
 // Threads  Many producers (any thread of the application), one consumer: the service, or the
 //          application itself while its sink is a file.
@@ -23,8 +25,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "quor/ring/ring_words.h"
+
 constexpr char kSegmentMagic[8] = {'Q', 'U', 'O', 'R', 'S', 'E', 'G', '1'};
-constexpr std::uint32_t kSegmentVersion = 1;
+constexpr std::uint32_t kSegmentVersion = 2;
 constexpr std::uint32_t kSegmentPoints = 16384;
 constexpr std::uint32_t kSegmentNameBytes = 4u << 20;
 constexpr std::uint32_t kSegmentRingBytes = 8u << 20;  // a power of two
@@ -36,32 +40,6 @@ struct SegmentPoint {
   std::atomic<std::uint32_t> settings;  // written by the service
   std::uint16_t component, category;    // name ids of the application's own numbering
 };
-
-// A place in the ring and the traces before it in one word, so that both move in one step: the low
-// 40 bits count units, the high 24 bits traces, each modulo its width.
-namespace ring_mark {
-constexpr std::uint64_t kUnitMask = (std::uint64_t{1} << 40) - 1;
-constexpr std::uint32_t kCountMask = (1u << 24) - 1;
-constexpr std::uint64_t Units(std::uint64_t mark) {
-  return mark & kUnitMask;
-}
-constexpr std::uint32_t Count(std::uint64_t mark) {
-  return static_cast<std::uint32_t>(mark >> 40);
-}
-constexpr std::uint64_t Make(std::uint64_t units, std::uint64_t count) {
-  return (units & kUnitMask) | (count << 40);
-}
-// The 64-bit count whose low 24 bits are `low` and which lies nearest to `about`.
-constexpr std::uint64_t Widen(std::uint64_t about, std::uint32_t low) {
-  const std::uint64_t width = std::uint64_t{1} << 24;
-  const std::uint64_t wide = (about & ~(width - 1)) | low;
-  if (wide > about && wide - about > width / 2 && wide >= width) return wide - width;
-  return wide < about && about - wide > width / 2 ? wide + width : wide;
-}
-constexpr std::uint64_t Distance(std::uint64_t from, std::uint64_t to) {
-  return (to - from) & kUnitMask;
-}
-}  // namespace ring_mark
 
 // Who takes the traces out of the ring.
 enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
@@ -83,16 +61,22 @@ struct SegmentHeader {
   std::atomic<std::uint64_t> consumedSeen;          // the producers' copy of `consumed`
   alignas(64) std::atomic<std::uint64_t> consumed;  // mark behind everything ever consumed
   std::atomic<std::uint64_t> consumedTraces;        // the same count, 64 bits wide
+  std::atomic<std::uint64_t> toldDrops;             // of `dropped`, as of the same moment
   alignas(64) std::atomic<std::uint64_t> dropped;   // traces ever dropped
   std::atomic<std::uint64_t> pendingDrops;
   std::atomic<std::uint64_t> sinkLost;       // taken by the application's file sink, not written
-  std::atomic<std::uint32_t> consumerWaits;  // not 0: write the event descriptor after a commit
+  std::atomic<std::uint32_t> consumerWaits;  // not 0: ring the bell after a commit
+  // Rung for the application's link thread: by its other threads, and by the service when it has
+  // said something over the link or the link is to be made anew.
+  alignas(64) std::atomic<std::uint32_t> bell;
+  std::atomic<std::uint32_t> consumerCalled;  // the bell rang because the consumer waits
   // The service's account, so that it outlives it: traces that it took or knows as lost.
   std::atomic<std::uint64_t> served;
   // How many of these went to another machine's monitors before, and how often that has changed.
   std::atomic<std::uint64_t> servedElsewhere;
   std::atomic<std::uint32_t> moves;
   std::atomic<std::uint64_t> sinkUntold;  // losses of the file sink that `served` has not yet
+  std::atomic<std::uint32_t> finished;    // not 0: the service has taken all that was in it
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
@@ -103,18 +87,3 @@ struct RingRecord {
   std::uint32_t recordBytes;        // of the raw trace behind this header
 };
 static_assert(sizeof(RingRecord) == 16);
-
-// The word of a committed record: 40 bits of position, then one bit that says that the record only
-// fills the end of the lap (such a record may be one unit long: the word alone), then its units.
-namespace ring_word {
-constexpr std::uint64_t kPadding = 1u << 23;
-constexpr std::uint64_t Make(std::uint64_t units, std::uint64_t size, bool padding) {
-  return (units << 24) | (padding ? kPadding : 0) | size;
-}
-constexpr std::uint64_t Position(std::uint64_t word) {
-  return word >> 24;
-}
-constexpr std::uint32_t Size(std::uint64_t word) {
-  return static_cast<std::uint32_t>(word & (kPadding - 1));
-}
-}  // namespace ring_word

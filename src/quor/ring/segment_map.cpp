@@ -1,10 +1,15 @@
 #include "quor/ring/segment_map.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -52,6 +57,12 @@ const char* WhyNot(const SegmentLayout& layout, std::uint64_t bytes) {
   return nullptr;
 }
 
+// Beyond this limit the kernel would send a signal that ends the process.
+bool MayGrowTo(std::uint64_t bytes) {
+  rlimit limit{};
+  return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur >= bytes;
+}
+
 // volatile: the other process may change the bytes under us, and each must be read once.
 template <class T>
 T ReadOnce(const T& from) {
@@ -71,29 +82,41 @@ SegmentMap::SegmentMap(SegmentMap&& other) noexcept {
 SegmentMap& SegmentMap::operator=(SegmentMap&& other) noexcept {
   if (this == &other) return *this;
   Close();
-  m_descriptor = std::exchange(other.m_descriptor, -1);
+  m_descriptor = std::move(other.m_descriptor);
   m_bytes = std::exchange(other.m_bytes, 0);
   m_header = std::exchange(other.m_header, nullptr);
   m_layout = other.m_layout;
   return *this;
 }
 
-bool SegmentMap::Create(const SegmentSizes& sizes, std::uint64_t startedNs, std::uint64_t salt) {
+bool SegmentMap::Create(const SegmentSizes& sizes, std::uint64_t startedNs, std::uint64_t salt,
+                        int file) {
   Close();
   SegmentLayout layout = LayoutFor(sizes);
-  if (!SizesAreSane(layout)) return false;
   const std::uint64_t bytes = std::uint64_t{layout.ringOffset} + layout.ringBytes;
-  const int descriptor = memfd_create("quor", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+  int descriptor = file;
+  if (descriptor < 0 && SizesAreSane(layout))
+    descriptor = memfd_create("quor", MFD_CLOEXEC | MFD_ALLOW_SEALING);
   if (descriptor < 0) return false;
-  if (ftruncate(descriptor, static_cast<off_t>(bytes)) != 0 ||
-      fcntl(descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0 ||
-      !Map(descriptor, bytes)) {
-    close(descriptor);
+  m_descriptor = KnownDescriptor(descriptor);
+  const int number = m_descriptor.Get();
+  // The mapping keeps the lock when the descriptor is closed.
+  if (!SizesAreSane(layout) || number < 0 || !MayGrowTo(bytes) ||
+      flock(number, LOCK_EX | LOCK_NB) != 0 || ftruncate(number, static_cast<off_t>(bytes)) != 0 ||
+      !Map(number, bytes) || !BeginBacking(m_header, number, bytes)) {
+    Close();
     return false;
   }
   layout.pid = static_cast<std::uint32_t>(getpid());
   layout.startedNs = startedNs;
   layout.salt = salt | (std::uint64_t{1} << 63);
+  FillHeader(layout);
+  if (PointsMemory().Reach(1) && NamesMemory().Reach(1) && RingMemory().Reach(1)) return true;
+  Close();
+  return false;
+}
+
+void SegmentMap::FillHeader(const SegmentLayout& layout) {
   m_layout = layout;
   m_header->version = kSegmentVersion;
   m_header->pointCapacity = layout.pointCapacity;
@@ -103,54 +126,63 @@ bool SegmentMap::Create(const SegmentSizes& sizes, std::uint64_t startedNs, std:
   m_header->namesOffset = layout.namesOffset;
   m_header->ringOffset = layout.ringOffset;
   m_header->pid = layout.pid;
-  m_header->startedNs = startedNs;
+  m_header->startedNs = layout.startedNs;
   m_header->salt = layout.salt;
   std::memcpy(m_header->magic, kSegmentMagic, sizeof kSegmentMagic);
-  return true;
 }
 
 bool SegmentMap::Open(int descriptor, const char** why) {
   Close();
-  struct stat status {};
-  const int seals = fcntl(descriptor, F_GET_SEALS);
-  const char* reason = nullptr;
-  if (fstat(descriptor, &status) != 0) {
-    reason = "the segment has no descriptor";
-  } else if (seals < 0 || (seals & F_SEAL_SHRINK) == 0 || (seals & F_SEAL_GROW) == 0) {
-    // Without the seal the application could cut the memory off while it is read.
-    reason = "the segment is not sealed";
-  } else if (static_cast<std::uint64_t>(status.st_size) < RoundUp(sizeof(SegmentHeader)) ||
-             static_cast<std::uint64_t>(status.st_size) > std::uint64_t{4} << 30) {
-    reason = "the segment has a wrong size";
-  } else if (!Map(descriptor, static_cast<std::uint64_t>(status.st_size))) {
-    reason = "the segment cannot be mapped";
-  }
-  if (!reason) {
-    char magic[sizeof kSegmentMagic];
-    std::memcpy(magic, m_header->magic, sizeof magic);
-    if (std::memcmp(magic, kSegmentMagic, sizeof magic) != 0) {
-      reason = "the segment has a wrong mark";
-    } else if (ReadOnce(m_header->version) != kSegmentVersion) {
-      reason = "the segment has an unknown version";
-    } else {
-      m_layout.pointCapacity = ReadOnce(m_header->pointCapacity);
-      m_layout.nameBytes = ReadOnce(m_header->nameBytes);
-      m_layout.ringBytes = ReadOnce(m_header->ringBytes);
-      m_layout.pointsOffset = ReadOnce(m_header->pointsOffset);
-      m_layout.namesOffset = ReadOnce(m_header->namesOffset);
-      m_layout.ringOffset = ReadOnce(m_header->ringOffset);
-      m_layout.pid = ReadOnce(m_header->pid);
-      m_layout.startedNs = ReadOnce(m_header->startedNs);
-      m_layout.salt = ReadOnce(m_header->salt);
-      RefreshNames();
-      reason = WhyNot(m_layout, m_bytes);
-    }
-  }
+  const char* const reason = WhyNotOpen(descriptor);
   if (!reason) return true;
   if (why) *why = reason;
-  if (!m_header && descriptor >= 0) close(descriptor);
   Close();
   return false;
+}
+
+const char* SegmentMap::WhyNotOpen(int descriptor) {
+  if (descriptor < 0) return "the segment has no descriptor";
+  // Opened anew: the file that was passed is the owner's own, and to hold it would be to hold the
+  // owner's lock.
+  char path[40];
+  std::snprintf(path, sizeof path, "/proc/self/fd/%d", descriptor);
+  struct stat status {};
+  struct statfs system {};
+  const bool isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+  // Any other file system could keep a reader waiting.
+  const bool inMemory = isFile && fstatfs(descriptor, &system) == 0 && system.f_type == TMPFS_MAGIC;
+  m_descriptor = KnownDescriptor(inMemory ? open(path, O_RDWR | O_CLOEXEC) : -1);
+  close(descriptor);
+  const auto bytes = static_cast<std::uint64_t>(status.st_size);
+  if (!inMemory) return "the segment does not lie in memory";
+  if (bytes < RoundUp(sizeof(SegmentHeader)) || bytes > std::uint64_t{4} << 30)
+    return "the segment has a wrong size";
+  if (bytes % kPage != 0 || !Map(m_descriptor.Get(), bytes)) return "the segment cannot be mapped";
+  return ReadHeader(m_descriptor.Get());
+}
+
+const char* SegmentMap::ReadHeader(int descriptor) {
+  alignas(SegmentHeader) unsigned char bytes[sizeof(SegmentHeader)] = {};
+  if (pread(descriptor, bytes, sizeof bytes, 0) != sizeof bytes)
+    return "the segment has a wrong size";
+  const auto& header = *reinterpret_cast<const SegmentHeader*>(bytes);
+  if (std::memcmp(header.magic, kSegmentMagic, sizeof kSegmentMagic) != 0)
+    return "the segment has a wrong mark";
+  if (header.version != kSegmentVersion) return "the segment has an unknown version";
+  m_layout.pointCapacity = header.pointCapacity;
+  m_layout.nameBytes = header.nameBytes;
+  m_layout.ringBytes = header.ringBytes;
+  m_layout.pointsOffset = header.pointsOffset;
+  m_layout.namesOffset = header.namesOffset;
+  m_layout.ringOffset = header.ringOffset;
+  m_layout.pid = header.pid;
+  m_layout.startedNs = header.startedNs;
+  m_layout.salt = header.salt;
+  m_layout.appName = header.appName;
+  m_layout.pidName = header.pidName;
+  m_layout.machineName = header.machineName;
+  m_layout.finished = header.finished;
+  return WhyNot(m_layout, m_bytes);
 }
 
 void SegmentMap::RefreshNames() {
@@ -159,12 +191,29 @@ void SegmentMap::RefreshNames() {
   m_layout.machineName = ReadOnce(m_header->machineName);
 }
 
+bool SegmentMap::OwnerIsGone() const {
+  const int number = m_descriptor.Get();
+  if (number < 0 || flock(number, LOCK_SH | LOCK_NB) != 0) return false;
+  flock(number, LOCK_UN);
+  return true;
+}
+
+void SegmentMap::Detach(std::size_t points, std::size_t nameBytes) {
+  m_descriptor.Close();
+  if (!m_header) return;
+  void* const copy = mmap(nullptr, m_bytes, PROT_READ | PROT_WRITE,
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  // Without memory for it the shared one stays: there is nothing better.
+  if (copy == MAP_FAILED) return;
+  auto* const to = static_cast<std::uint8_t*>(copy);
+  std::memcpy(to, Base(), m_layout.pointsOffset + points * sizeof(SegmentPoint));
+  std::memcpy(to + m_layout.namesOffset, Names(), nameBytes);
+  if (mremap(copy, m_bytes, m_bytes, MREMAP_MAYMOVE | MREMAP_FIXED, m_header) == MAP_FAILED)
+    munmap(copy, m_bytes);
+}
+
 void SegmentMap::Abandon() {
-  if (m_descriptor >= 0) close(m_descriptor);
-  m_descriptor = -1;
-  if (m_header)  // without memory for it the shared one stays: there is nothing better
-    (void)mmap(m_header, m_bytes, PROT_READ | PROT_WRITE,
-               MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0);
+  m_descriptor.Close();
   m_header = nullptr;
 }
 
@@ -180,10 +229,21 @@ std::uint8_t* SegmentMap::Ring() const {
   return Base() + m_layout.ringOffset;
 }
 
+BackedMemory SegmentMap::PointsMemory() const {
+  return {Points(), m_layout.pointCapacity * sizeof(SegmentPoint)};
+}
+
+BackedMemory SegmentMap::NamesMemory() const {
+  return {Names(), m_layout.nameBytes};
+}
+
+BackedMemory SegmentMap::RingMemory() const {
+  return {Ring(), m_layout.ringBytes};
+}
+
 bool SegmentMap::Map(int descriptor, std::uint64_t bytes) {
   void* const memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
   if (memory == MAP_FAILED) return false;
-  m_descriptor = descriptor;
   m_bytes = bytes;
   m_header = static_cast<SegmentHeader*>(memory);
   return true;
@@ -191,9 +251,8 @@ bool SegmentMap::Map(int descriptor, std::uint64_t bytes) {
 
 void SegmentMap::Close() {
   if (m_header) munmap(m_header, m_bytes);
-  if (m_descriptor >= 0) close(m_descriptor);
+  m_descriptor.Close();
   m_header = nullptr;
-  m_descriptor = -1;
   m_layout = {};
 }
 

@@ -2,13 +2,17 @@
 //
 // Shape    Layout() is this process's own copy of the header's numbers, checked once.
 // Owner    Holds the descriptor and the mapping until its end.
-// Errors   False and a reason. A segment that is not sealed, too short, or whose numbers contradict
-//          each other is refused.
+// Errors   False and a reason. A segment that does not lie in memory, is too short, or whose
+// numbers
+//          contradict each other is refused. Another process may cut the file of an opened one at
+//          any time: who reads it guards the memory (base/fault_guard.h). Open reads none of it.
 // Threads  Create, Open and destruction: one. The memory itself: see segment.h.
 #pragma once
 
 #include <cstdint>
 
+#include "quor/ring/backed_memory.h"
+#include "quor/ring/known_descriptor.h"
 #include "quor/ring/segment.h"
 
 struct SegmentSizes {
@@ -22,6 +26,7 @@ struct SegmentLayout {
   std::uint32_t pointsOffset = 0, namesOffset = 0, ringOffset = 0, pid = 0;
   std::uint64_t startedNs = 0, salt = 0;
   std::uint16_t appName = 0, pidName = 0, machineName = 0;
+  std::uint32_t finished = 0;  // as it was opened
 };
 
 class SegmentMap {
@@ -37,30 +42,47 @@ class SegmentMap {
   SegmentMap(SegmentMap&& other) noexcept;
   SegmentMap& operator=(SegmentMap&& other) noexcept;
 
-  // A new, empty, sealed segment of this process. `salt` must be hard to guess.
-  bool Create(const SegmentSizes& sizes, std::uint64_t startedNs, std::uint64_t salt);
+  // A new, empty segment of this process in `file`, which it takes, or in memory that has no name
+  // (-1). `salt` must be hard to guess.
+  bool Create(const SegmentSizes& sizes, std::uint64_t startedNs, std::uint64_t salt,
+              int file = -1);
   // Takes the descriptor, also when it refuses it. The ids of names in the header are read anew by
   // RefreshNames, because the application may enter them after the segment was made.
   bool Open(int descriptor, const char** why);
   void RefreshNames();
-  // Gives the mapping up without unmapping it, and closes the descriptor: for the child of a fork,
-  // whose interrupted code may still write to it. Private empty memory takes its place.
+  // Of an opened one: no process has it as its own any more.
+  bool OwnerIsGone() const;
+  // In the child of a fork, whose interrupted code may still write to it: private memory takes its
+  // place, with the points and names, so that the child does not pass for the owner.
+  void Detach(std::size_t points, std::size_t nameBytes);
+  // Forgets it and leaves the memory where it is.
   void Abandon();
 
   explicit operator bool() const { return m_header != nullptr; }
-  int Descriptor() const { return m_descriptor; }
+  // -1 when the application has closed it.
+  int Descriptor() const { return m_descriptor.Get(); }
+  dev_t Device() const { return m_descriptor.Device(); }
+  ino_t Inode() const { return m_descriptor.Inode(); }
+  std::uint64_t Bytes() const { return m_bytes; }
   const SegmentLayout& Layout() const { return m_layout; }
   SegmentHeader* Header() const { return m_header; }
   SegmentPoint* Points() const;
   std::uint8_t* Names() const;
   std::uint8_t* Ring() const;
+  // What of them may be written to; of the maker alone.
+  BackedMemory PointsMemory() const;
+  BackedMemory NamesMemory() const;
+  BackedMemory RingMemory() const;
 
  private:
   bool Map(int descriptor, std::uint64_t bytes);
+  void FillHeader(const SegmentLayout& layout);
+  const char* WhyNotOpen(int descriptor);
+  const char* ReadHeader(int descriptor);
   void Close();
   std::uint8_t* Base() const;
 
-  int m_descriptor = -1;
+  KnownDescriptor m_descriptor;
   std::uint64_t m_bytes = 0;
   SegmentHeader* m_header = nullptr;
   SegmentLayout m_layout;

@@ -1,9 +1,7 @@
 #include "quor/runtime/link_thread.h"
 
-#include <poll.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/eventfd.h>
 #include <sys/prctl.h>
 #include <time.h>
 #include <unistd.h>
@@ -12,6 +10,7 @@
 #include <new>
 #include <utility>
 
+#include "quor/ring/bell.h"
 #include "quor/ring/link_socket.h"
 #include "quor/runtime/runtime.h"
 
@@ -19,8 +18,9 @@ namespace {
 
 constexpr std::uint64_t kMsNs = 1'000'000;
 constexpr unsigned kPauseMinMs = 50, kPauseMaxMs = 2000;
-constexpr unsigned kStartPauseMs = 20;   // between tries while the service starts
-constexpr unsigned kStartMs = 3000;      // how long it may take
+constexpr unsigned kStartPauseMs = 20;  // between tries while the service starts
+constexpr unsigned kStartMs = 3000;     // how long it may take
+constexpr int kLookMs = 1000;
 constexpr unsigned kPointsPauseMs = 10;  // registrations of that time are told together
 
 std::uint64_t NowMs() {
@@ -33,11 +33,6 @@ std::uint64_t NowMs() {
 void SleepMs(unsigned milliseconds) {
   const timespec time{milliseconds / 1000, static_cast<long>(milliseconds % 1000 * kMsNs)};
   nanosleep(&time, nullptr);
-}
-
-void ClearEvent(int descriptor) {
-  std::uint64_t count;
-  [[maybe_unused]] const ssize_t got = read(descriptor, &count, sizeof count);
 }
 
 }  // namespace
@@ -58,13 +53,8 @@ LinkThread& LinkThread::Get() {
   return *link;
 }
 
-void LinkThread::Start() {
-  try {
-    m_environment = ReadServiceEnvironment();
-  } catch (...) {
-    return;  // without memory: the traces stay in the ring
-  }
-  m_wake.store(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+void LinkThread::Start(const ServiceEnvironment& environment) {
+  m_environment = environment;
   m_state.store(State::Trying);
   sigset_t all, before;
   sigfillset(&all);
@@ -87,10 +77,7 @@ void LinkThread::TellName() {
 }
 
 void LinkThread::Wake() {
-  const int wake = m_wake.load();
-  const std::uint64_t one = 1;
-  if (wake >= 0) [[maybe_unused]]
-    const ssize_t written = write(wake, &one, sizeof one);
+  if (Runtime::Get().HasRing()) Ring(Runtime::Get().Segment().Header()->bell);
 }
 
 void* LinkThread::Enter(void* self) {
@@ -109,53 +96,56 @@ void* LinkThread::Enter(void* self) {
 void LinkThread::Run() {
   Session session;
   for (;;) {
+    const std::uint32_t heard = Runtime::Get().Segment().Header()->bell.load();
     if (m_nameChanged.exchange(false)) Disconnect(session);
-    if (m_socket.load() < 0 && NowMs() >= session.nextTryMs) Connect(session);
+    if (!m_linked.load() && NowMs() >= session.nextTryMs) Connect(session);
+    if (m_linked.load()) Receive(session);
     SayWhatIsNew(session);
     session.sinkWaitMs = m_sink.Serve();
     Report(session);
-    Wait(session);
+    Wait(session, heard);
   }
 }
 
-void LinkThread::Wait(Session& session) {
+void LinkThread::Wait(Session& session, std::uint32_t heard) {
   const std::uint64_t now = NowMs();
   const auto until = [now](std::uint64_t due) {
     return due <= now ? 0 : static_cast<int>(std::min<std::uint64_t>(due - now, 60'000));
   };
   int timeout = -1;
   const auto atMost = [&timeout](int ms) { timeout = timeout < 0 ? ms : std::min(timeout, ms); };
-  if (m_socket.load() < 0) atMost(until(session.nextTryMs));
-  if (m_socket.load() >= 0 && m_pointsChanged.load()) atMost(until(session.pointsDueMs));
+  if (!m_linked.load()) atMost(until(session.nextTryMs));
+  if (m_linked.load() && m_pointsChanged.load()) atMost(until(session.pointsDueMs));
   if (session.sinkWaitMs >= 0) atMost(session.sinkWaitMs);
-  const bool sink = m_sink.Taker() == RingTaker::Application;
-  pollfd ready[3] = {{m_wake.load(), POLLIN, 0},
-                     {m_socket.load(), POLLIN, 0},
-                     {sink ? Runtime::Get().EventDescriptor() : -1, POLLIN, 0}};
-  poll(ready, 3, timeout);
-  if (ready[0].revents != 0) ClearEvent(ready[0].fd);
-  if (ready[2].revents != 0) ClearEvent(ready[2].fd);
-  if (ready[1].revents != 0) Receive(session);
+  // The next service rings for those that it finds; others have to look whether theirs has gone.
+  if (m_linked.load() && !Runtime::Get().IsFound()) atMost(kLookMs);
+  AwaitBell(Runtime::Get().Segment().Header()->bell, heard, timeout);
+}
+
+int LinkThread::Dial() const {
+  const std::string path = ServiceSocketPath(m_environment);
+  return SocketFolderIsSafe(path, nullptr, m_environment) ? ConnectToService(path.c_str()) : -1;
 }
 
 void LinkThread::Connect(Session& session) {
-  const std::string path = ServiceSocketPath(m_environment);
-  const int socket =
-      SocketFolderIsSafe(path, nullptr, m_environment) ? ConnectToService(path.c_str()) : -1;
-  if (socket < 0) {
+  m_socket = KnownDescriptor(Dial());
+  if (!m_socket.IsOpen()) {
     NoService(session);
     return;
   }
   Runtime& runtime = Runtime::Get();
+  const SegmentMap& segment = runtime.Segment();
   LinkHello hello;
   hello.pid = static_cast<std::uint32_t>(getpid());
-  hello.startedNs = runtime.Segment().Layout().startedNs;
+  hello.startedNs = segment.Layout().startedNs;
+  hello.device = segment.Device();
+  hello.inode = segment.Inode();
   hello.taker = m_sink.Taker();
   hello.app = std::string(runtime.AppName());
-  const int descriptors[2] = {runtime.Segment().Descriptor(), runtime.EventDescriptor()};
+  const int descriptor = segment.Descriptor();
   session.decoder = LinkDecoder();
-  m_socket.store(socket);
-  if (!SendOnLink(socket, EncodeHello(hello), descriptors, 2)) {
+  m_linked.store(true);
+  if (!SendOnLink(m_socket.Get(), EncodeHello(hello), &descriptor, descriptor >= 0 ? 1 : 0)) {
     Disconnect(session);
     NoService(session);
     return;
@@ -184,25 +174,33 @@ void LinkThread::NoService(Session& session) {
 }
 
 void LinkThread::Disconnect(Session& session) {
-  const int socket = m_socket.exchange(-1);
-  if (socket >= 0) close(socket);
+  m_socket.Close();
+  m_linked.store(false);
   session.nextTryMs = 0;
 }
 
+// Takes all that is there.
 void LinkThread::Receive(Session& session) {
   std::uint8_t bytes[4096];
-  LinkReceived got = ReceiveOnLink(m_socket.load(), bytes, sizeof bytes);
-  for (int i = 0; i < got.descriptorCount; ++i) close(got.descriptors[i]);
-  const std::uint8_t* from = bytes;
-  bool good = !got.ended;
-  while (good) {
-    LinkFrame frame;
-    const LinkDecoder::Result result = session.decoder.Feed(from, bytes + got.bytes, frame);
-    if (result == LinkDecoder::Result::More) break;
-    good = result == LinkDecoder::Result::Frame && Handle(session, frame);
+  bool good = true;
+  for (bool more = true; good && more;) {
+    LinkReceived got = ReceiveOnLink(m_socket.Get(), bytes, sizeof bytes);
+    for (int i = 0; i < got.descriptorCount; ++i) close(got.descriptors[i]);
+    const std::uint8_t* from = bytes;
+    good = !got.ended;
+    more = got.bytes != 0;
+    while (good) {
+      LinkFrame frame;
+      const LinkDecoder::Result result = session.decoder.Feed(from, bytes + got.bytes, frame);
+      if (result == LinkDecoder::Result::More) break;
+      good = result == LinkDecoder::Result::Frame && Handle(session, frame);
+    }
   }
   if (good) return;
+  // One that the application has closed is nobody's fault: it is made anew at once.
+  const bool lost = m_socket.Get() < 0;
   Disconnect(session);
+  if (lost) return;
   session.nextTryMs = NowMs() + session.pauseMs;
   session.pauseMs = std::min(2 * session.pauseMs, kPauseMaxMs);
 }
@@ -217,7 +215,7 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
       return true;
     case LinkType::Sink:
       m_sink.Set(frame.sink);
-      return SendOnLink(m_socket.load(), EncodeTaker(m_sink.Taker()));
+      return Say(EncodeTaker(m_sink.Taker()));
     case LinkType::Refused:
       session.pauseMs = kPauseMaxMs;
       return false;
@@ -226,12 +224,16 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
   }
 }
 
+bool LinkThread::Say(const std::vector<std::uint8_t>& frame) {
+  return SendOnLink(m_socket.Get(), frame);
+}
+
 void LinkThread::Report(Session& session) {
   const bool now = m_reportNow.load();
   // One that cannot be sent now is sent to the next service.
   LinkReport& report = session.report;
-  while (m_socket.load() >= 0 && (!report.text.empty() || m_sink.TakeReport(&report, now)))
-    if (SendOnLink(m_socket.load(), EncodeReport(report)))
+  while (m_linked.load() && (!report.text.empty() || m_sink.TakeReport(&report, now)))
+    if (Say(EncodeReport(report)))
       report = LinkReport();
     else
       Disconnect(session);
@@ -239,10 +241,15 @@ void LinkThread::Report(Session& session) {
 }
 
 void LinkThread::SayWhatIsNew(Session& session) {
-  if (m_socket.load() < 0 || !m_pointsChanged.load() || NowMs() < session.pointsDueMs) return;
+  if (!m_linked.load()) return;
+  SegmentHeader* const header = Runtime::Get().Segment().Header();
+  if (m_sink.Taker() == RingTaker::Service && header->consumerCalled.exchange(0) != 0 &&
+      !Say(EncodeCall()))
+    return Disconnect(session);
+  if (!m_pointsChanged.load() || NowMs() < session.pointsDueMs) return;
   m_pointsChanged.store(false);
   session.pointsDueMs = NowMs() + kPointsPauseMs;
-  if (!SendOnLink(m_socket.load(), EncodePoints())) Disconnect(session);
+  if (!Say(EncodePoints())) Disconnect(session);
 }
 
 bool LinkThread::WaitUntilTaken(unsigned milliseconds) {
@@ -267,7 +274,7 @@ void LinkThread::AtExit() {
   m_sink.End();
   const std::uint64_t deadline = NowMs() + kExitWaitMs;
   while (m_state.load() == State::Trying && NowMs() < deadline) SleepMs(2);
-  if (m_socket.load() < 0 || m_sink.Taker() == RingTaker::Service) return;
+  if (!m_linked.load() || m_sink.Taker() == RingTaker::Service) return;
   m_reportNow.store(true);
   Wake();
   while (m_reportNow.load() && NowMs() < deadline) SleepMs(1);
@@ -284,10 +291,8 @@ void LinkThread::AfterForkInParent() {
 // The thread is not there any more; what it had open belongs to the parent.
 void LinkThread::AfterForkInChild() {
   m_sink.AfterForkInChild();
-  for (std::atomic<int>* descriptor : {&m_socket, &m_wake}) {
-    const int open = descriptor->exchange(-1);
-    if (open >= 0) close(open);
-  }
+  m_socket.Close();
+  m_linked.store(false);
   m_state.store(State::Off);
   m_pointsChanged.store(false);
   m_nameChanged.store(false);

@@ -2,15 +2,17 @@
 // writes the file sink.
 //
 // Shape    Named "quor", every signal blocked, started with the segment. While no service answers
-//          it tries again with a growing pause; the same segment is handed over each time, so that
-//          nothing that is in the ring is lost. What the environment says was read by the thread
-//          that started it.
+//          it tries again with a growing pause; the same segment is told of each time, so that
+//          nothing that is in the ring is lost. It sleeps until its segment's bell rings, never at
+//          a descriptor: the application may close them all. What the environment says was read by
+//          the thread that started it.
 // Owner    Lives until the process ends.
 // Threads  Every function here may be called from any thread.
 #pragma once
 
 #include <atomic>
 
+#include "quor/ring/known_descriptor.h"
 #include "quor/ring/link.h"
 #include "quor/ring/paths.h"
 #include "quor/runtime/sink_keeper.h"
@@ -19,7 +21,7 @@ class LinkThread {
  public:
   static LinkThread& Get();
 
-  void Start();
+  void Start(const ServiceEnvironment& environment);
   void TellPoints();  // points were registered
   void TellName();    // the application has another name: introduce it anew
   void PushSink() { m_sink.Push(); }
@@ -39,19 +41,22 @@ class LinkThread {
 
   static void* Enter(void* self);
   void Run();
-  void Wait(Session& session);
+  void Wait(Session& session, std::uint32_t heard);
   void Connect(Session& session);
+  int Dial() const;
   void NoService(Session& session);
   void Disconnect(Session& session);
   void Receive(Session& session);
   bool Handle(Session& session, const LinkFrame& frame);
+  bool Say(const std::vector<std::uint8_t>& frame);
   void Report(Session& session);
   void SayWhatIsNew(Session& session);
   void Wake();
 
   std::atomic<State> m_state{State::Off};
-  std::atomic<int> m_wake{-1}, m_socket{-1};
+  std::atomic<bool> m_linked{false};
   std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false}, m_reportNow{false};
+  KnownDescriptor m_socket;  // of the thread alone, and of a fork's child
   ServiceEnvironment m_environment;
   SinkKeeper m_sink;
 };

@@ -15,6 +15,7 @@ std::uint64_t Hash(std::string_view text) {
 }  // namespace
 
 void NameTable::Begin(const SegmentMap& segment) {
+  m_memory = segment.NamesMemory();
   m_area = segment.Names();
   m_capacity = segment.Layout().nameBytes;
   m_published = &segment.Header()->nameBytesUsed;
@@ -26,6 +27,8 @@ void NameTable::Begin(const SegmentMap& segment) {
 }
 
 void NameTable::Move(const SegmentMap& segment) {
+  m_memory = segment.NamesMemory();
+  m_memory.Reach(m_used);
   std::memcpy(segment.Names(), m_area, m_used);
   m_area = segment.Names();
   m_published = &segment.Header()->nameBytesUsed;
@@ -52,7 +55,8 @@ std::string_view NameTable::Text(NameId id) const {
 }
 
 bool NameTable::Append(NameId id, std::string_view text) {
-  if (m_capacity - m_used < kNameBodyBytes + text.size()) return false;
+  const std::size_t bytes = kNameBodyBytes + text.size();
+  if (m_capacity - m_used < bytes || !m_memory.Reach(m_used + bytes)) return false;
   m_offsets[id] = m_used;
   m_lengths[id] = static_cast<std::uint16_t>(text.size());
   m_used += static_cast<std::uint32_t>(StoreName(m_area + m_used, id, text));

@@ -23,15 +23,18 @@ class NameTable {
   // Begins with the names 0 and kNoRoomId in an empty segment.
   void Begin(const SegmentMap& segment);
   // Takes the names along into another, empty segment; ids stay what they are.
+  // REQUIRES: it has memory for them.
   void Move(const SegmentMap& segment);
   NameId Enter(std::string_view text);
   std::string_view Text(NameId id) const;
   std::uint32_t Count() const { return m_count; }
+  std::uint32_t UsedBytes() const { return m_used; }
 
  private:
   static constexpr std::uint32_t kSlots = 131072;
   bool Append(NameId id, std::string_view text);
 
+  BackedMemory m_memory;
   std::uint8_t* m_area;
   std::uint32_t m_capacity;
   std::atomic<std::uint32_t>* m_published;  // the bytes used, for the service

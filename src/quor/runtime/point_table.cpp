@@ -7,6 +7,7 @@
 
 void PointTable::Begin(const SegmentMap& segment, NameTable& names) {
   m_header = segment.Header();
+  m_memory = segment.PointsMemory();
   m_entries = segment.Points();
   m_capacity = std::min(segment.Layout().pointCapacity, kSegmentPoints);
   m_noRoomComponent = names.Enter("Quor");
@@ -18,7 +19,9 @@ void PointTable::Begin(const SegmentMap& segment, NameTable& names) {
 }
 
 void PointTable::Move(const SegmentMap& segment) {
-  const std::uint32_t count = m_count.load(std::memory_order_relaxed);
+  const std::uint32_t count = Count();
+  m_memory = segment.PointsMemory();
+  m_memory.Reach(count * sizeof(SegmentPoint));
   SegmentPoint* const entries = segment.Points();
   for (std::uint32_t i = 0; i < count; ++i) {
     entries[i].settings.store(m_entries[i].settings.load(std::memory_order_relaxed),
@@ -69,6 +72,8 @@ std::uint32_t PointTable::EntryOf(NameId component, NameId category) {
   }
   const std::uint32_t count = m_count.load(std::memory_order_relaxed);
   if (count == m_capacity) return count - 1;
+  // Without memory for an entry of its own it has the settings of the last.
+  if (!m_memory.Reach((count + 1) * sizeof(SegmentPoint))) return count == 0 ? 0 : count - 1;
   const bool last = count + 1 == m_capacity;
   m_entries[count].component = last ? m_noRoomComponent : component;
   m_entries[count].category = last ? m_noRoomCategory : category;

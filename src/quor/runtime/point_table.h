@@ -17,6 +17,7 @@ class PointTable {
 
   void Begin(const SegmentMap& segment, NameTable& names);
   // Takes the entries along into another, empty segment, with their settings.
+  // REQUIRES: it has memory for them.
   void Move(const SegmentMap& segment);
   // Enters the point and sets its fields, the settings last.
   void Register(quor_point* point, NameTable& names);
@@ -24,12 +25,14 @@ class PointTable {
   void TakeSettings();
   // Every bit that any entry of the segment has.
   std::uint32_t AnySettings() const;
+  std::uint32_t Count() const { return m_count.load(std::memory_order_relaxed); }
 
  private:
   std::uint32_t EntryOf(NameId component, NameId category);
 
   static constexpr std::uint32_t kSlots = 4 * kSegmentPoints;
   SegmentHeader* m_header;
+  BackedMemory m_memory;
   SegmentPoint* m_entries;
   std::uint32_t m_capacity;
   std::atomic<std::uint32_t> m_count;  // of entries; atomic for AnySettings

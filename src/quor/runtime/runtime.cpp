@@ -1,7 +1,6 @@
 #include "quor/runtime/runtime.h"
 
 #include <pthread.h>
-#include <sys/eventfd.h>
 #include <sys/random.h>
 #include <time.h>
 #include <unistd.h>
@@ -86,28 +85,49 @@ bool Runtime::Start() {
 
 bool Runtime::StartLocked() {
   if (m_hot.generation.load(std::memory_order_relaxed) != 0) return !m_failed;
-  SegmentMap segment;
-  m_failed = !MakeSegment(segment);
-  if (!m_failed) {
-    FillSegment(segment);
-    m_hot.ring = RingProducer(m_segment, m_event);
-    m_hot.ring.CountDrops(m_lostOutside.exchange(0, std::memory_order_relaxed));
-    RegisterDeclared();
-    LinkThread::Get().Start();
+  m_failed = true;
+  try {
+    StartSegment();
+  } catch (...) {  // without memory: every trace is counted as lost
   }
   m_hot.generation.store(++m_lastGeneration, std::memory_order_release);
   return !m_failed;
 }
 
-bool Runtime::MakeSegment(SegmentMap& segment) {
-  const int event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (event < 0) return false;
-  if (!segment.Create(WantedSizes(), NowNs(CLOCK_REALTIME), HardToGuess())) {
-    close(event);
-    return false;
-  }
-  m_event = event;
-  return true;
+void Runtime::StartSegment() {
+  const ServiceEnvironment environment = ReadServiceEnvironment();
+  SegmentFolder folder;
+  SegmentMap segment;
+  if (!MakeSegment(segment, folder, environment)) return;
+  m_failed = false;
+  FillSegment(segment);
+  m_hot.ring = RingProducer(m_segment);
+  m_hot.ring.CountDrops(m_lostOutside.exchange(0, std::memory_order_relaxed));
+  RegisterDeclared();
+  // Before the first trace: whatever happens to this process, its service finds it.
+  m_found = folder.Show();
+  LinkThread::Get().Start(environment);
+}
+
+// In a file that the service finds; where there can be none, in memory that is handed to it later.
+bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
+                          const ServiceEnvironment& environment) {
+  const std::uint64_t startedNs = NowNs(CLOCK_REALTIME), salt = HardToGuess();
+  const SegmentSizes sizes = WantedSizes();
+  const std::string path = ServiceSocketPath(environment);
+  const bool found =
+      folder.Open(path) || (PrepareSocketFolder(path, nullptr, environment) && folder.Open(path));
+  const int file = found ? folder.NewFile(startedNs, HardToGuess()) : -1;
+  if (file >= 0 && segment.Create(sizes, startedNs, salt, file) && HasRoomForAll(segment))
+    return true;
+  folder.Discard();
+  return segment.Create(sizes, startedNs, salt) && HasRoomForAll(segment);
+}
+
+// For the names and points that a fork's child takes along.
+bool Runtime::HasRoomForAll(const SegmentMap& segment) const {
+  return !m_segment || (segment.NamesMemory().Reach(m_names.UsedBytes()) &&
+                        segment.PointsMemory().Reach(m_points.Count() * sizeof(SegmentPoint)));
 }
 
 // The first segment, or in a fork's child one that knows all names and points of the parent's.
@@ -259,8 +279,6 @@ void Runtime::AfterForkInChild() {
   m_lostOutside.store(0, std::memory_order_relaxed);
   m_failed = false;
   m_hot.clock.AfterFork();
-  m_hot.ring.Mute();
-  if (m_event >= 0) close(m_event);
-  m_event = -1;
   LinkThread::Get().AfterForkInChild();
+  m_segment.Detach(m_points.Count(), m_names.UsedBytes());
 }

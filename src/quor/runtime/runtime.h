@@ -10,6 +10,7 @@
 
 #include "quor/quor.h"
 #include "quor/ring/ring_producer.h"
+#include "quor/ring/segment_folder.h"
 #include "quor/ring/trace_bytes.h"
 #include "quor/runtime/clock.h"
 #include "quor/runtime/name_table.h"
@@ -56,8 +57,9 @@ class Runtime {
   void Count(quor_counts* counts);
 
   const SegmentMap& Segment() const { return m_segment; }
+  // A service finds the segment by itself.
+  bool IsFound() const { return m_found; }
   const NameTable& Names() const { return m_names; }
-  int EventDescriptor() const { return m_event; }
   std::string_view AppName() const { return m_names.Text(m_hot.app.load()); }
 
   // The fork handlers; the child begins anew with its next trace.
@@ -67,7 +69,10 @@ class Runtime {
 
  private:
   bool StartLocked();
-  bool MakeSegment(SegmentMap& segment);
+  void StartSegment();
+  bool MakeSegment(SegmentMap& segment, SegmentFolder& folder,
+                   const ServiceEnvironment& environment);
+  bool HasRoomForAll(const SegmentMap& segment) const;
   void FillSegment(SegmentMap& segment);
   void RegisterDeclared();
   void RegisterLocked(quor_point* point);
@@ -79,9 +84,9 @@ class Runtime {
   PointTable m_points;
   std::atomic<quor_point*> m_declared{nullptr};
   std::atomic<std::uint64_t> m_lostOutside{0};
-  int m_event = -1;
   std::uint32_t m_lastGeneration = 0;
   char m_appName[256] = {};
   bool m_failed = false;
+  bool m_found = false;
   bool m_heldAtFork = false;
 };

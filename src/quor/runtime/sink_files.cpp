@@ -98,7 +98,7 @@ bool SinkFiles::Begin() {
         break;
     }
     struct stat status {};
-    if (fstat(m_descriptor, &status) == 0 && status.st_size == 0) return true;
+    if (fstat(m_descriptor.Get(), &status) == 0 && status.st_size == 0) return true;
     // Numbered while it is locked, so that no other process begins the same file meanwhile.
     const bool away = NumberAway();
     const int error = errno;
@@ -111,20 +111,25 @@ bool SinkFiles::Begin() {
 }
 
 void SinkFiles::End() {
-  if (m_descriptor >= 0) close(m_descriptor);
-  m_descriptor = -1;
+  m_descriptor.Close();
   m_size = 0;
 }
 
 bool SinkFiles::Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written) {
   *written = 0;
+  int file = m_descriptor.Get();
+  if (file < 0 && Regain()) file = m_descriptor.Get();
+  if (file < 0) {
+    errno = EBADF;
+    return false;
+  }
   // Beyond this limit the kernel would send a signal that ends the process.
   rlimit limit{};
   const bool limited = getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
   const std::uint64_t room = limited ? limit.rlim_cur - std::min(limit.rlim_cur, m_size) : size;
   const std::size_t fits = std::min<std::uint64_t>(size, room);
   while (*written < fits) {
-    const ssize_t taken = write(m_descriptor, bytes + *written, fits - *written);
+    const ssize_t taken = write(file, bytes + *written, fits - *written);
     if (taken < 0 && errno == EINTR) continue;
     if (taken <= 0) {
       if (taken == 0) errno = ENOSPC;
@@ -141,8 +146,9 @@ void SinkFiles::TakeBack(std::size_t bytes) {
   m_size -= bytes;
   // Where this fails the file ends in a record cut short, which every reader must bear anyway; what
   // follows goes to a new file.
-  if (ftruncate(m_descriptor, static_cast<off_t>(m_size)) != 0 ||
-      lseek(m_descriptor, static_cast<off_t>(m_size), SEEK_SET) < 0)
+  const int file = m_descriptor.Get();
+  if (file < 0 || ftruncate(file, static_cast<off_t>(m_size)) != 0 ||
+      lseek(file, static_cast<off_t>(m_size), SEEK_SET) < 0)
     End();
 }
 
@@ -168,18 +174,19 @@ int SinkFiles::OpenInFolder(bool* shared) {
 SinkFiles::Opened SinkFiles::OpenLocked() {
   const char* const path = m_current->path.c_str();
   bool shared = false;
-  m_descriptor = OpenInFolder(&shared);
-  if (m_descriptor < 0) return Opened::No;
+  m_descriptor = KnownDescriptor(OpenInFolder(&shared));
+  const int file = m_descriptor.Get();
+  if (file < 0) return Opened::No;
   Opened opened = Opened::No;
   int error = EINVAL;
   struct stat status {};
   struct stat named {};
-  const bool known = fstat(m_descriptor, &status) == 0;
+  const bool known = fstat(file, &status) == 0;
   if (known && shared && (status.st_uid != geteuid() || status.st_nlink > 1)) {
     error = EACCES;
   } else if (known && S_ISREG(status.st_mode)) {
     // On a file system without locks it is written all the same.
-    const bool locked = flock(m_descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    const bool locked = flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
     error = errno;
     // Another instance may have numbered the file away before it was locked.
     const bool same =
@@ -190,6 +197,18 @@ SinkFiles::Opened SinkFiles::OpenLocked() {
   End();
   errno = error;
   return opened;
+}
+
+// The application has closed the descriptor, and perhaps opened another file under its number.
+bool SinkFiles::Regain() {
+  const dev_t device = m_descriptor.Device();
+  const ino_t inode = m_descriptor.Inode();
+  const std::uint64_t size = m_size;
+  const bool same = OpenLocked() == Opened::Yes && m_descriptor.Device() == device &&
+                    m_descriptor.Inode() == inode &&
+                    lseek(m_descriptor.Get(), static_cast<off_t>(size), SEEK_SET) >= 0;
+  if (!same) End();
+  return same;
 }
 
 bool SinkFiles::NumberAway() {

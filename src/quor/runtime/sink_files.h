@@ -17,6 +17,8 @@
 #include <string>
 #include <string_view>
 
+#include "quor/ring/known_descriptor.h"
+
 struct SinkOptions {
   bool flush = false;          // push every trace to the kernel before the call returns
   std::uint32_t maxFiles = 0;  // numbered files that are kept; 0: all
@@ -36,9 +38,10 @@ class SinkFiles {
   // Begins a new file, empty, after numbering away what stands there.
   bool Begin();
   void End();
-  bool IsOpen() const { return m_descriptor >= 0; }
+  bool IsOpen() const { return m_descriptor.IsOpen(); }
   // Writes all, or as much as goes: *written tells. False when not all went. A limit on the size of
-  // the process's files is a full disk too, and no signal ends the application for it.
+  // the process's files is a full disk too, and no signal ends the application for it. A file that
+  // the application has closed is opened again.
   bool Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written);
   // Takes the last `bytes` bytes of the file away again: the beginning of a record that did not
   // fit.
@@ -57,6 +60,7 @@ class SinkFiles {
   enum class Opened { Yes, No, Busy, Moved };
   Opened OpenLocked();
   int OpenInFolder(bool* shared);
+  bool Regain();
   bool NumberAway();
   // Not on the stack: a signal handler may have little of it.
   using PathText = char[4200];
@@ -66,6 +70,6 @@ class SinkFiles {
   const Names* m_current = &m_wanted;
   const SinkOptions m_options;
   PathText m_from, m_to;
-  int m_descriptor = -1;
+  KnownDescriptor m_descriptor;
   std::uint64_t m_size = 0;
 };

@@ -20,8 +20,8 @@ class SinkKeeper {
   RingTaker Taker() const { return m_sink.load() ? RingTaker::Application : RingTaker::Service; }
   // Makes the sink what the service wants; a file that is given up gets all that is in the ring.
   void Set(const LinkSink& sink);
-  // Writes what came. Gives the milliseconds after which it wants to be called again, or as soon as
-  // the ring's event descriptor is readable; -1: there is no sink.
+  // Writes what came. Gives the milliseconds after which it wants to be called again, or when the
+  // segment's bell rings; -1: there is no sink.
   int Serve();
   // At most once a second, or with `last` whatever there is.
   bool TakeReport(LinkReport* report, bool last = false);

@@ -17,14 +17,6 @@ namespace {
 constexpr std::size_t kLookBytes = 6;
 constexpr std::chrono::milliseconds kLookAgain{2};
 
-// The runtime wakes us through it; anything else (a pipe, a file on a slow disk) could hold us.
-bool IsEvent(int descriptor) {
-  char path[64], target[64] = {};
-  std::snprintf(path, sizeof path, "/proc/self/fd/%d", descriptor);
-  return readlink(path, target, sizeof target - 1) > 0 &&
-         std::strcmp(target, "anon_inode:[eventfd]") == 0;
-}
-
 }  // namespace
 
 LocalArrival::LocalArrival(asio::io_context& io, Host& host, int socket, const LocalPeer& peer)
@@ -34,8 +26,7 @@ LocalArrival::LocalArrival(asio::io_context& io, Host& host, int socket, const L
 }
 
 LocalArrival::~LocalArrival() {
-  for (const int descriptor : m_descriptors)
-    if (descriptor >= 0) close(descriptor);
+  if (m_segment >= 0) close(m_segment);
 }
 
 void LocalArrival::Start(std::chrono::milliseconds deadline) {
@@ -91,9 +82,10 @@ void LocalArrival::OnReadable() {
 void LocalArrival::ReadHello() {
   std::uint8_t bytes[4096];
   const LinkReceived got = ReceiveOnLink(m_socket.native_handle(), bytes, sizeof bytes);
+  m_descriptors += got.descriptorCount;
   for (int i = 0; i < got.descriptorCount; ++i) {
-    if (m_descriptorCount < 2)
-      m_descriptors[m_descriptorCount++] = got.descriptors[i];
+    if (m_segment < 0)
+      m_segment = got.descriptors[i];
     else
       close(got.descriptors[i]);
   }
@@ -123,23 +115,21 @@ bool LocalArrival::TakeHello(const LinkFrame& frame, Bytes rest, std::string* wh
            " of the link is not known here, only " + std::to_string(kLinkVersion);
     return false;
   }
-  if (m_descriptorCount != 2 || !IsEvent(m_descriptors[1])) {
-    *why = "its descriptors are not a segment and an event";
+  if (m_descriptors > 1) {
+    *why = "it brings more than its segment";
     return false;
   }
   AppArrival arrival{frame.hello,
                      SegmentMap(),
                      OwnedDescriptor(m_io),
-                     OwnedDescriptor(m_io),
                      static_cast<std::uint32_t>(m_peer.pid),
                      {rest.begin(), rest.end()}};
   const char* reason = "";
-  if (!arrival.segment.Open(std::exchange(m_descriptors[0], -1), &reason)) {
+  if (m_segment >= 0 && !arrival.segment.Open(std::exchange(m_segment, -1), &reason)) {
     *why = reason;
     return false;
   }
   std::error_code error;
-  arrival.event.assign(std::exchange(m_descriptors[1], -1), error);
   arrival.socket.assign(fcntl(m_socket.native_handle(), F_DUPFD_CLOEXEC, 0), error);
   if (error) {
     *why = error.message();

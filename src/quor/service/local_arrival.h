@@ -34,6 +34,8 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   ~LocalArrival();
   void Start(std::chrono::milliseconds deadline);
   void Stop();
+  // Others want in and it has said nothing yet.
+  void SendAway() { Refuse("it does not say who it is"); }
 
  private:
   enum class Kind { Unknown, Application, Client, Gone };
@@ -51,7 +53,7 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   OwnedDescriptor m_socket;
   asio::steady_timer m_deadline, m_again;
   LinkDecoder m_decoder;
-  int m_descriptors[2] = {-1, -1};
-  int m_descriptorCount = 0;
+  int m_segment = -1;
+  int m_descriptors = 0;  // that came
   bool m_isApplication = false;
 };

@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "base/fail_with.h"
+#include "quor/ring/paths.h"
 
 namespace {
 
@@ -78,12 +79,6 @@ bool SomebodyAnswers(const sockaddr_un& address) {
 }
 
 }  // namespace
-
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
 
 bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
   if (!MakePrivateFolder(FolderOf(socketPath), why)) return false;

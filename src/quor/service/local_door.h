@@ -40,9 +40,6 @@ class LocalDoor {
   bool m_own = false;
 };
 
-// Where a socket lies.
-std::string FolderOf(const std::string& path);
-
 // The pid that the lock beside the socket tells; 0 when no service holds it.
 pid_t ServicePid(const std::string& socketPath);
 

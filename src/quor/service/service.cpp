@@ -39,7 +39,7 @@ bool MakeFolders(const std::string& path, std::string* why) {
   return false;
 }
 
-// Each application costs four descriptors.
+// Each application costs a few descriptors.
 void RaiseDescriptorLimit() {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -73,8 +73,7 @@ bool Service::Open(std::string* why) {
                           : m_door.Open(m_options.socketPath, why);
   if (!opened || !OpenState(why) || !m_tlsDoor.Open(m_options.listen, m_options.keysFolder, why))
     return false;
-  std::vector<KeptApp> held = m_keeper.Open(FolderOf(m_options.socketPath));
-  m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine, m_keeper);
+  m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine);
   m_context.reset(new SessionContext{m_hub,
                                      *m_apps,
                                      m_inlet,
@@ -86,7 +85,7 @@ bool Service::Open(std::string* why) {
   std::error_code error;
   m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
   if (error) *why = error.message();
-  m_apps->Adopt(std::move(held));
+  m_apps->Watch(m_options.socketPath);
   return !error;
 }
 
@@ -127,14 +126,15 @@ void Service::AcceptLocal() {
     LocalPeer peer;
     if (socket < 0)
       return Later(errno == EAGAIN ? milliseconds(0) : kAcceptAgain, [this] { AcceptLocal(); });
-    if (!PeerOfSocket(socket, &peer) || !MayEnter(peer, geteuid()) ||
-        m_arrivals.size() >= kArrivalsMax) {
+    if (!PeerOfSocket(socket, &peer) || !MayEnter(peer, geteuid())) {
       Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
                                  std::to_string(peer.uid) + " is refused at the door");
       close(socket);
     } else {
+      // Who has something to say has said it by the time that so many others are here.
+      if (m_arrivals.size() >= kArrivalsMax) m_arrivals.front()->SendAway();
       auto arrival = std::make_shared<LocalArrival>(m_io, *this, socket, peer);
-      m_arrivals.insert(arrival);
+      m_arrivals.push_back(arrival);
       arrival->Start(kGreetingDeadline);
     }
     AcceptLocal();
@@ -166,7 +166,7 @@ bool Service::OnApplication(AppArrival arrival, std::string* why) {
 }
 
 void Service::OnGone(LocalArrival& arrival) {
-  m_arrivals.erase(arrival.shared_from_this());
+  m_arrivals.remove(arrival.shared_from_this());
 }
 
 void Service::OnEnded(ClientSession& session) {

@@ -60,7 +60,6 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   const std::string m_machine;
   asio::io_context m_io{1};
   LocalDoor m_door;
-  SegmentKeeper m_keeper;
   std::unique_ptr<Catalogue> m_catalogue;
   std::unique_ptr<Apps> m_apps;
   Hub m_hub;
@@ -68,7 +67,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   std::unique_ptr<SessionContext> m_context;
   asio::local::stream_protocol::acceptor m_local{m_io};
   TlsDoor m_tlsDoor;
-  std::set<std::shared_ptr<LocalArrival>> m_arrivals;
+  std::list<std::shared_ptr<LocalArrival>> m_arrivals;  // the oldest first
   std::set<std::shared_ptr<ClientSession>> m_sessions;
   std::map<std::string, std::shared_ptr<Forwarder>> m_forwarders;
   asio::steady_timer m_tick{m_io};

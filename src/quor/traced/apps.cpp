@@ -1,38 +1,27 @@
 #include "quor/traced/apps.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
+#include <utility>
 
 #include "base/fail_with.h"
 #include "quor/log/log.h"
 
-namespace {
-
-bool Identify(int segment, std::pair<std::uint64_t, std::uint64_t>* key) {
-  struct stat status {};
-  const bool identified = fstat(segment, &status) == 0;
-  *key = {status.st_dev, status.st_ino};
-  return identified;
-}
-
-}  // namespace
-
 bool Apps::Arrive(AppArrival arrival, std::string* why) {
-  Key key;
-  if (!Identify(arrival.segment.Descriptor(), &key))
-    return FailWith(why, "the segment cannot be looked at");
+  const bool brought = static_cast<bool>(arrival.segment);
+  const Key key = brought ? KeyOf(arrival.segment) : Key{arrival.hello.device, arrival.hello.inode};
+  if (!brought && !m_running.contains(key)) m_watch.Read();
   if (const auto known = m_running.find(key); known != m_running.end()) {
     if (known->second->IsEnding()) return FailWith(why, "its last instance is just ending");
+    if (!brought && known->second->Pid() != arrival.pid)
+      return FailWith(why, "its segment is another process's");
     known->second->Relink(std::move(arrival));
     return true;
   }
+  if (!brought) return FailWith(why, "its segment is not known here");
   const std::string name = arrival.hello.app;
   const std::shared_ptr<RunningApp> app = Add(key, arrival, why);
   if (!app) return false;
-  Log(LogLevel::Info, "application " + name + " (" + std::to_string(app->Pid()) + ") is here");
   app->Start(std::move(arrival));
-  app->HoldIn(m_keeper);
   return true;
 }
 
@@ -47,35 +36,60 @@ std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::
   m_catalogue.BeginInstance(*entry, arrival.pid);
   auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
   m_running[key] = app;
+  Log(LogLevel::Info,
+      "application " + entry->name + " (" + std::to_string(app->Pid()) + ") is here");
   return app;
 }
 
-void Apps::Adopt(std::vector<KeptApp> held) {
-  for (KeptApp& kept : held)
-    if (!Adopt(kept)) m_keeper.Forget(kept.id);
-  if (!held.empty())
-    Log(LogLevel::Info, std::to_string(held.size()) + " applications of an earlier service");
+void Apps::Watch(const std::string& socketPath) {
+  std::string why;
+  m_holdsFound = true;
+  if (!m_watch.Open(socketPath, &why))
+    Log(LogLevel::Warning, why + "; what short-lived applications trace may be lost");
+  m_holdsFound = false;
+  if (!m_running.empty())
+    Log(LogLevel::Info, std::to_string(m_running.size()) + " applications of an earlier service");
 }
 
-bool Apps::Adopt(KeptApp& kept) {
+void Apps::OnFile(const std::string& name) {
+  const int file = m_watch.Folder().OpenFile(name);
   SegmentMap segment;
   const char* reason = "";
-  Key key;
-  if (!segment.Open(kept.segment.Release(), &reason) || !Identify(segment.Descriptor(), &key) ||
-      m_running.contains(key))
-    return false;
-  OwnedDescriptor event(m_io), process(m_io);
-  std::error_code error;
-  event.assign(kept.event.Release(), error);
-  process.assign(kept.process.Release(), error);
+  if (file < 0) return;
+  if (!segment.Open(file, &reason)) return PassOver(name, reason);
+  const Key key = KeyOf(segment);
+  if (const auto known = m_running.find(key); known != m_running.end())
+    known->second->SetFile(name);
+  else if (segment.Layout().finished != 0)
+    m_watch.Folder().Remove(name, segment.Device(), segment.Inode());
+  else
+    Find(name, std::move(segment));
+}
+
+// Told once. What somebody still owns may be of another version's.
+void Apps::PassOver(const std::string& name, const std::string& reason) {
+  if (m_unreadable.insert(name).second)
+    Log(LogLevel::Warning, "segment " + name + " is not read: " + reason);
+  if (m_watch.Folder().RemoveUnowned(name))
+    m_unreadable.erase(name);
+  else
+    m_leftSome = true;
+}
+
+void Apps::Find(const std::string& name, SegmentMap segment) {
+  const Key key = KeyOf(segment);
   LinkHello hello;
-  hello.app = kept.app;
-  AppArrival arrival{std::move(hello), std::move(segment), OwnedDescriptor(m_io),
-                     std::move(event), kept.pid,           {}};
+  hello.app = AppNameIn(segment);
+  const std::uint32_t pid = segment.Layout().pid;
+  AppArrival arrival{std::move(hello), std::move(segment), OwnedDescriptor(m_io), pid, {}};
   std::string why;
   const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
-  if (app) app->Adopt(std::move(arrival), std::move(process), kept.id);
-  return app != nullptr;
+  if (!app) {
+    m_leftSome = true;
+    return Log(LogLevel::Warning, "segment " + name + " is not read yet: " + why);
+  }
+  app->SetFile(name);
+  app->StartFound(m_holdsFound);
 }
 
 void Apps::LetGo() {
@@ -94,15 +108,19 @@ Hub& Apps::HubFor(const LinkSink& sink) {
 void Apps::OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) {
   m_catalogue.BeginInstance(to, app.Pid());
   m_catalogue.EndInstance(from, app.Pid());
-  app.HoldIn(m_keeper);
 }
 
 void Apps::OnEnded(RunningApp& app) {
   Log(LogLevel::Info,
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
-  app.Forget(m_keeper);
+  // Its link may have been quicker than the word on its file.
+  if (app.File().empty()) m_watch.Read();
+  if (!app.File().empty())
+    m_watch.Folder().Remove(app.File(), app.Segment().Device(), app.Segment().Inode());
   m_catalogue.EndInstance(app.Entry(), app.Pid());
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
+  // Now there is room for one that there was none for.
+  if (std::exchange(m_leftSome, false)) m_watch.TellAll();
 }
 
 void Apps::Apply(const CatalogueApp& app, bool sink) {
@@ -128,6 +146,7 @@ void Apps::EndGrace() {
 }
 
 void Apps::Stop() {
+  m_watch.Close();
   for (const auto& [key, instance] : m_running) instance->Stop();
   m_running.clear();
 }

@@ -1,15 +1,20 @@
 // All running applications of this machine and what is configured for them.
 //
-// Owner    Borrows hubs through its router, which outlives it.
+// Shape    An application comes twice: by the file of its segment, which is found as soon as it is
+//          there, and by its link. What both bring is one instance, by the file's device and inode.
+// Owner    Borrows hubs through its router, which outlives it. Removes the file of a segment that
+//          has been taken to its end.
 // Errors   A hello that cannot be taken is refused in words.
 // Threads  The service's one thread.
 #pragma once
 
 #include <map>
+#include <set>
 
 #include "quor/traced/running_app.h"
+#include "quor/traced/segment_watch.h"
 
-class Apps final : public RunningApp::Home {
+class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
  public:
   // Which hub takes the traces for a machine; the local one for a text that names no machine.
   class Router {
@@ -21,16 +26,16 @@ class Apps final : public RunningApp::Home {
   };
   static constexpr std::size_t kInstancesMax = 4096;
 
-  Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine,
-       SegmentKeeper& keeper)
+  Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine)
       : m_io(io),
         m_catalogue(catalogue),
         m_router(router),
         m_machine(std::move(machine)),
-        m_keeper(keeper) {}
+        m_watch(io, *this) {}
 
-  // What an earlier service has left behind. Those of them that have died wait for LetGo.
-  void Adopt(std::vector<KeptApp> held);
+  // Finds the applications beside this socket from now on. Those that died while no service ran
+  // wait for LetGo.
+  void Watch(const std::string& socketPath);
   // A monitor is here, or none will come: what the dead left is taken.
   void LetGo();
 
@@ -53,14 +58,19 @@ class Apps final : public RunningApp::Home {
   void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) override;
   void OnEnded(RunningApp& app) override;
   void Apply(const CatalogueApp& app, bool sink);
-  bool Adopt(KeptApp& kept);
+  void OnFile(const std::string& name) override;
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
+  static Key KeyOf(const SegmentMap& segment) { return {segment.Device(), segment.Inode()}; }
+  void Find(const std::string& name, SegmentMap segment);
+  void PassOver(const std::string& name, const std::string& reason);
   std::shared_ptr<RunningApp> Add(const Key& key, AppArrival& arrival, std::string* why);
 
   asio::io_context& m_io;
   Catalogue& m_catalogue;
   Router& m_router;
   const std::string m_machine;
-  SegmentKeeper& m_keeper;
+  SegmentWatch m_watch;
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
+  bool m_holdsFound = false, m_leftSome = false;
+  std::set<std::string> m_unreadable;  // files that somebody owns
 };

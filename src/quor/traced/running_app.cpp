@@ -1,12 +1,12 @@
 #include "quor/traced/running_app.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <asio/post.hpp>
-#include <cerrno>
 
 #include "quor/log/log.h"
 #include "quor/ring/link_socket.h"
@@ -18,6 +18,10 @@ constexpr milliseconds kBusyPause{5};
 constexpr std::size_t kTracesAtOnce = 1024;
 constexpr std::size_t kUnansweredMax = 1000;
 constexpr int kTurnsAtStop = 200;
+// How often the lock is looked at after a link has ended, at growing distances; after the end of
+// the process as long as it takes.
+constexpr int kLooks = 6;
+constexpr milliseconds kFirstLook{2}, kLastLook{1000};
 
 }  // namespace
 
@@ -28,41 +32,29 @@ RunningApp::RunningApp(asio::io_context& io, Home& home, CatalogueApp& entry, st
       m_entry(&entry),
       m_app(std::move(arrival.segment), arrival.hello.app, std::move(machine), arrival.pid),
       m_socket(io),
-      m_event(io),
       m_process(io),
-      m_timer(io) {}
+      m_timer(io),
+      m_look(io) {}
 
 void RunningApp::Start(AppArrival arrival) {
-  WatchProcess();
   m_app.Enter(m_home.HubFor(m_entry->sink));
+  WatchProcess();
   TakeLink(std::move(arrival));
 }
 
-void RunningApp::Adopt(AppArrival arrival, OwnedDescriptor process, std::uint64_t keptId) {
-  m_keptId = keptId;
-  m_isHeldBack = true;
-  m_event = std::move(arrival.event);
+void RunningApp::StartFound(bool held) {
+  m_isHeldBack = held;
   m_taker = RingTaker::Application;  // until it says otherwise, or has died
-  m_process = std::move(process);
-  m_watched = true;
   m_app.Enter(m_home.HubFor(m_entry->sink));
-  AwaitDeath();
-  ReadPoints();
+  WatchProcess();
+  if (!ReadPoints()) return;
+  // Its link may be one to an earlier service, whose end it has not noticed.
+  if (!m_dead) return m_app.RingBell();
+  if (!held) Pump();
 }
 
 void RunningApp::LetGo() {
   if (std::exchange(m_isHeldBack, false) && m_dead) Pump();
-}
-
-void RunningApp::HoldIn(SegmentKeeper& keeper) {
-  const int segment = m_app.Segment().Descriptor();
-  if (m_keptId == 0) {
-    m_keptId = keeper.Keep(m_app.Name(), Pid(), segment, m_event.native_handle(),
-                           m_process.native_handle());
-  } else {
-    keeper.Rename(m_keptId, m_app.Name(), Pid(), segment, m_event.native_handle(),
-                  m_process.native_handle());
-  }
 }
 
 void RunningApp::Relink(AppArrival arrival) {
@@ -70,8 +62,6 @@ void RunningApp::Relink(AppArrival arrival) {
   std::error_code ignored;
   m_socket.close(ignored);
   m_app.EndWait();
-  m_event.close(ignored);
-  m_awaitsEvent = false;
   m_timer.cancel();
   if (arrival.hello.app != m_app.Name()) {
     if (CatalogueApp* const entry = m_home.EntryFor(arrival.hello.app)) {
@@ -87,7 +77,6 @@ void RunningApp::Relink(AppArrival arrival) {
 
 void RunningApp::TakeLink(AppArrival arrival) {
   m_socket = std::move(arrival.socket);
-  m_event = std::move(arrival.event);
   m_decoder = LinkDecoder();
   m_taker = arrival.hello.taker;
   m_unanswered.clear();
@@ -98,29 +87,50 @@ void RunningApp::TakeLink(AppArrival arrival) {
   if (TakeBytes(arrival.rest.data(), arrival.rest.data() + arrival.rest.size())) AwaitLink();
 }
 
-// Told by the kernel, also when a child of the application still holds the socket.
 void RunningApp::WatchProcess() {
+  m_dead = m_app.Segment().OwnerIsGone();
+  if (m_dead) return;
   const int process =
       static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(m_app.Pid()), 0u));
-  if (process < 0) {
-    m_dead = errno == ESRCH;  // else: the end of the link is the end of the application
-    m_watched = m_dead;
-    return;
-  }
-  m_watched = true;
   std::error_code error;
-  m_process.assign(process, error);
-  AwaitDeath();
+  if (process >= 0) m_process.assign(process, error);
+  if (process >= 0 && !error) return AwaitEndOfProcess();
+  // It has just ended, or is not to be seen from here: the lock alone tells.
+  m_processEnded = true;
+  LookForDeath();
 }
 
-void RunningApp::AwaitDeath() {
+void RunningApp::AwaitEndOfProcess() {
   m_process.async_wait(OwnedDescriptor::wait_read,
                        [self = shared_from_this()](const std::error_code& failed) {
                          if (failed || self->m_ended) return;
-                         self->m_dead = true;
-                         self->m_timer.cancel();
-                         if (!self->m_isHeldBack) self->Pump();
+                         // A wait may end with what was meant for a descriptor that had this number
+                         // before.
+                         pollfd process{self->m_process.native_handle(), POLLIN, 0};
+                         if (poll(&process, 1, 0) != 1) return self->AwaitEndOfProcess();
+                         self->m_processEnded = true;
+                         self->m_looks = 0;
+                         self->LookForDeath();
                        });
+}
+
+void RunningApp::LookForDeath() {
+  if (m_ended || m_dead) return;
+  if (m_app.Segment().OwnerIsGone()) {
+    m_dead = true;
+    m_timer.cancel();
+    m_look.cancel();
+    if (!m_isHeldBack) Pump();
+    return;
+  }
+  // A copy that a fork is just making of it, or one that knows nothing of us, holds it a little
+  // longer, and may trace.
+  if (!m_processEnded && m_looks >= kLooks) return;
+  m_look.expires_after(std::min(kFirstLook * (1 << std::min(2 * m_looks, 16)), kLastLook));
+  ++m_looks;
+  m_look.async_wait([self = shared_from_this()](const std::error_code& error) {
+    if (!error) self->LookForDeath();
+  });
 }
 
 void RunningApp::AwaitLink() {
@@ -165,6 +175,9 @@ bool RunningApp::Handle(const LinkFrame& frame) {
       return true;
     case LinkType::Points:
       return ReadPoints();
+    case LinkType::Call:
+      Pump();
+      return true;
     case LinkType::Report:
       return m_app.Report(frame.report.text);
     default:
@@ -178,15 +191,21 @@ void RunningApp::LoseLink(const std::string& why) {
         "application " + m_app.Name() + " (" + std::to_string(Pid()) + "): link ended: " + why);
   std::error_code ignored;
   m_socket.close(ignored);
-  if (!m_watched) m_dead = true;
   m_timer.cancel();
   Pump();
+  if (m_ended) return;
+  // It may have closed the socket without knowing; it may have ended, or become another program.
+  m_app.RingBell();
+  m_looks = 0;
+  LookForDeath();
 }
 
 void RunningApp::Say(const std::vector<std::uint8_t>& frame) {
   // Never waits: an application that does not read its few messages has lost its link.
-  if (m_socket.is_open() && !SendOnLink(m_socket.native_handle(), frame, nullptr, 0, 0))
+  if (!m_socket.is_open()) return;
+  if (!SendOnLink(m_socket.native_handle(), frame, nullptr, 0, 0))
     shutdown(m_socket.native_handle(), SHUT_RDWR);
+  m_app.RingBell();
 }
 
 bool RunningApp::ReadPoints() {
@@ -274,28 +293,8 @@ void RunningApp::PumpIn(milliseconds time) {
 void RunningApp::Sleep() {
   const RingConsumer::Wait wait = m_app.BeginWait();
   if (wait == RingConsumer::Wait::Ready) return PumpIn(milliseconds(0));
-  if (wait == RingConsumer::Wait::Soon) return PumpIn(milliseconds(RingConsumer::kRecheckMs));
-  if (!m_event.is_open()) return PumpIn(milliseconds(50));
-  AwaitEvent();
-}
-
-void RunningApp::AwaitEvent() {
-  if (std::exchange(m_awaitsEvent, true)) return;
-  m_event.async_wait(
-      OwnedDescriptor::wait_read,
-      [self = shared_from_this(), event = m_event.native_handle()](const std::error_code& error) {
-        if (error || self->m_ended || self->m_event.native_handle() != event) return;
-        self->m_awaitsEvent = false;
-        self->ClearEvent();
-        self->Pump();
-      });
-}
-
-// The application may have made the descriptor a blocking one: the read must not wait for it.
-void RunningApp::ClearEvent() {
-  std::uint64_t count = 0;
-  iovec to{&count, sizeof count};
-  [[maybe_unused]] const ssize_t got = preadv2(m_event.native_handle(), &to, 1, -1, RWF_NOWAIT);
+  if (wait == RingConsumer::Wait::Soon) PumpIn(milliseconds(RingConsumer::kRecheckMs));
+  // Asleep: it calls.
 }
 
 void RunningApp::Stop() {
@@ -312,9 +311,11 @@ void RunningApp::CloseAll() {
   m_app.Leave();
   std::error_code ignored;
   m_socket.close(ignored);
-  m_event.close(ignored);
   m_process.close(ignored);
   m_timer.cancel();
+  m_look.cancel();
+  // One that lives looks for the next service.
+  if (!m_dead) m_app.RingBell();
 }
 
 // Later: whoever called still uses the catalogue's entry, which may go with us.

@@ -1,33 +1,31 @@
 // One running instance of an application: its link, its segment and the pace at which its ring is
 // drained.
 //
-// Shape    The link may break and come again (the application has taken another name, say) while
-//          the process lives. When the process has died, what is left in its ring is delivered and
-//          the instance ends.
+// Shape    Found by the file of its segment or introduced over a link; the link may break and come
+//          again (the application has taken another name, say) while the owner of the segment
+//          lives. When that has gone, by an end or by an exec, what is left in its ring is
+//          delivered and the instance ends. That it has gone the segment's lock says, and nothing
+//          else: the end of the process and of the link are only reasons to look.
 // Owner    Shared; keeps itself while something is awaited. Ends by itself or by Stop.
 // Errors   A broken link or segment ends with a reason in the log and touches nobody else.
 // Threads  The service's one thread.
 #pragma once
 
 #include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <asio/steady_timer.hpp>
 #include <deque>
 #include <functional>
 #include <memory>
 
 #include "quor/catalogue/catalogue.h"
-#include "quor/keeper/segment_keeper.h"
 #include "quor/ring/link.h"
+#include "quor/traced/owned_descriptor.h"
 #include "quor/traced/traced_app.h"
-
-// A descriptor that closes itself.
-using OwnedDescriptor = asio::posix::stream_descriptor;
 
 struct AppArrival {
   LinkHello hello;
-  SegmentMap segment;
-  OwnedDescriptor socket, event;
+  SegmentMap segment;  // none: the application has lost its descriptor
+  OwnedDescriptor socket;
   std::uint32_t pid = 0;           // as the kernel tells it
   std::vector<std::uint8_t> rest;  // what came behind the hello
 };
@@ -52,9 +50,9 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
              AppArrival& arrival);
 
   void Start(AppArrival arrival);
-  // One that an earlier service knew, and which has died since or will soon link itself again: what
-  // it left in its ring is taken with LetGo, when somebody looks.
-  void Adopt(AppArrival arrival, OwnedDescriptor process, std::uint64_t keptId);
+  // Without a link: nothing is taken until there is one, or the owner has gone. `held`: not before
+  // LetGo, when somebody looks.
+  void StartFound(bool held);
   void LetGo();
   // REQUIRES: `arrival` is what the constructor left of it.
   // Relink: the same segment, over another link.
@@ -69,14 +67,16 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   bool IsEnding() const { return m_ended; }
   CatalogueApp& Entry() { return *m_entry; }
   std::uint32_t Pid() const { return m_app.Pid(); }
-  // Where the keeper holds it.
-  void HoldIn(SegmentKeeper& keeper);
-  void Forget(SegmentKeeper& keeper) { keeper.Forget(m_keptId); }
+  const SegmentMap& Segment() const { return m_app.Segment(); }
+  // The name of the segment's file; empty: not found yet.
+  const std::string& File() const { return m_file; }
+  void SetFile(const std::string& name) { m_file = name; }
 
  private:
   void TakeLink(AppArrival arrival);
   void WatchProcess();
-  void AwaitDeath();
+  void AwaitEndOfProcess();
+  void LookForDeath();
   void AwaitLink();
   void ReadLink();
   bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
@@ -89,8 +89,6 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   void Pump();
   void Sleep();
   void PumpIn(std::chrono::milliseconds time);
-  void AwaitEvent();
-  void ClearEvent();
   void CloseAll();
   void End();
 
@@ -98,14 +96,14 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   Home& m_home;
   CatalogueApp* m_entry;
   TracedApp m_app;
-  OwnedDescriptor m_socket, m_event, m_process;
+  OwnedDescriptor m_socket, m_process;
   LinkDecoder m_decoder;
-  asio::steady_timer m_timer;
+  asio::steady_timer m_timer, m_look;
   RingTaker m_taker = RingTaker::Service;
   std::deque<SinkKind> m_unanswered;  // sinks sent whose Taker has not come
   std::vector<std::uint32_t> m_pointIds;
-  bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_watched = false,
-       m_fileSink = false;
-  bool m_awaitsEvent = false, m_isHeldBack = false;
-  std::uint64_t m_keptId = 0;
+  bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_fileSink = false,
+       m_processEnded = false, m_isHeldBack = false;
+  int m_looks = 0;  // for the owner, since there was a reason
+  std::string m_file;
 };

@@ -1,15 +1,50 @@
 #include "quor/traced/traced_app.h"
 
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <utility>
+
+#include "quor/ring/bell.h"
 
 namespace {
 
-// More than any application has produced: a larger number in a segment is a lie, and sums of some
-// of them must not wrap.
-constexpr std::uint64_t kCountMax = std::uint64_t{1} << 48;
+using std::chrono::nanoseconds;
 constexpr std::size_t kNameBytesMax = 16u << 20;
+constexpr std::size_t kItemRoom = 4096;
+// No processor makes or drops a trace in less; the clock of a file's age goes in steps.
+constexpr nanoseconds kFastestTrace{10}, kAgeStep{std::chrono::milliseconds(20)};
+constexpr const char* kUnnamed = "application";
+
+// How long the file has been there, by the kernel's account: no earlier than it says.
+nanoseconds AgeOf(const SegmentMap& segment) {
+  struct stat status {};
+  timespec now{};
+  if (fstat(segment.Descriptor(), &status) != 0 || clock_gettime(CLOCK_REALTIME, &now) != 0)
+    return {};
+  const auto since = [](const timespec& time) {
+    return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
+  };
+  return std::max(nanoseconds(0), since(now) - since(status.st_ctim));
+}
+
+FaultGuard GuardOf(const SegmentMap& segment) {
+  return {segment.Header(), segment.Bytes(), FaultGuard::Access::Write};
+}
 
 }  // namespace
+
+std::string AppNameIn(const SegmentMap& segment) {
+  const FaultGuard guard = GuardOf(segment);
+  SegmentNames reader(segment);
+  std::vector<SegmentName> names;
+  reader.ReadNew(names);
+  for (const SegmentName& name : names)
+    if (name.id == segment.Layout().appName && !name.text.empty()) return name.text.c_str();
+  return kUnnamed;
+}
 
 std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
                                         std::uint64_t startedNs, std::uint32_t moves) {
@@ -24,11 +59,13 @@ std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_
 
 TracedApp::TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid)
     : m_segment(std::move(segment)),
+      m_guard(GuardOf(m_segment)),
       m_segmentNames(m_segment),
       m_points(m_segment),
       m_name(std::move(app)),
       m_machine(std::move(machine)),
-      m_pid(pid) {
+      m_pid(pid),
+      m_ageAtStart(AgeOf(m_segment)) {
   ReadNames();
 }
 
@@ -55,7 +92,7 @@ void TracedApp::Enter(Hub& hub) {
   const std::string pid = m_names.TextOf(m_segment.Layout().pidName);
   source.pid = pid.empty() ? std::to_string(m_pid) : pid;
   m_servedElsewhere = header.servedElsewhere.load(std::memory_order_relaxed);
-  if (served > kCountMax || m_servedElsewhere > served) {
+  if (served > MostPossible() || m_servedElsewhere > served) {
     Break("its count of traces is impossible");
     m_servedElsewhere = 0;
   } else {
@@ -76,7 +113,7 @@ void TracedApp::Leave() {
 }
 
 void TracedApp::Begin() {
-  if (!m_consumer && !m_broken) m_consumer.emplace(m_segment);
+  if (!m_consumer && !m_broken) m_consumer.emplace(m_segment, kItemRoom);
 }
 
 void TracedApp::Pause() {
@@ -99,14 +136,38 @@ TracedApp::Step TracedApp::Break(const char* why) {
   return Step::Broken;
 }
 
+// So many traces this machine can have made since the segment was there. A larger number in it is a
+// lie, and one lie would spoil the sums of everybody.
+std::uint64_t TracedApp::MostPossible() const {
+  static const auto processors = std::max(1l, sysconf(_SC_NPROCESSORS_ONLN));
+  const nanoseconds age = m_ageAtStart + kAgeStep + (std::chrono::steady_clock::now() - m_start);
+  return static_cast<std::uint64_t>(age / kFastestTrace * processors);
+}
+
+bool TracedApp::Lose(std::uint64_t lost, const std::string& reason) {
+  if (lost == 0) return true;
+  const std::uint64_t most = MostPossible();
+  if (lost > most || m_source->serial > most - lost) return false;
+  m_hub->Lose(m_source, lost, reason);
+  return true;
+}
+
 bool TracedApp::TakeItem(const RingItem& item) {
-  if (item.dropsBefore > kCountMax || m_source->serial > kCountMax) return false;
-  if (item.dropsBefore != 0)
-    m_hub->Lose(m_source, item.dropsBefore, "the ring of the application was full");
-  if (item.damagedBefore != 0) m_hub->Lose(m_source, item.damagedBefore, "they were damaged");
+  if (!Lose(item.dropsBefore, "the ring of the application was full") ||
+      !Lose(item.damagedBefore, "they were damaged"))
+    return false;
   if (item.trace.empty()) return true;
   m_hub->Take(m_source, m_names, item.trace, [this] { ReadNames(); });
   return true;
+}
+
+bool TracedApp::Finish() {
+  if (std::exchange(m_finished, true)) return true;
+  const bool sane = Lose(m_consumer->Uncommitted(), "the application died while it wrote them") &&
+                    Lose(m_consumer->UntoldDrops(), "the ring of the application was full") &&
+                    TakeSinkLosses("the application's file could not be written", false);
+  m_consumer->PassRest();
+  return sane;
 }
 
 bool TracedApp::Report(const std::string& text) {
@@ -117,9 +178,11 @@ bool TracedApp::Report(const std::string& text) {
 bool TracedApp::TakeSinkLosses(const std::string& text, bool always) {
   std::atomic<std::uint64_t>& untold = m_segment.Header()->sinkUntold;
   const std::uint64_t lost = untold.load(std::memory_order_acquire);
-  if (lost > kCountMax || m_source->serial > kCountMax) return false;
   if (lost == 0 && !always) return true;
-  m_hub->Lose(m_source, lost, text);
+  if (lost == 0)
+    m_hub->Lose(m_source, 0, text);
+  else if (!Lose(lost, text))
+    return false;
   // In this order, as in Publish.
   Publish();
   untold.fetch_sub(lost, std::memory_order_relaxed);
@@ -137,15 +200,11 @@ TracedApp::Step TracedApp::Drain(std::size_t traces, bool dead) {
     step = dead ? m_consumer->NextOfDead(item) : m_consumer->Next(item);
     if (step == RingStep::Item) sane = TakeItem(item);
   }
-  if (dead && step == RingStep::Empty && !m_finished) {
-    m_finished = true;
-    const std::uint64_t unwritten = m_consumer->Uncommitted();
-    if (unwritten != 0)
-      m_hub->Lose(m_source, unwritten, "the application died while it wrote them");
-    sane = sane && TakeSinkLosses("the application's file could not be written", false);
-  }
+  const bool finished = dead && step == RingStep::Empty;
+  if (finished) sane = Finish() && sane;
   Publish();
   m_hub->Deliver();
+  if (finished) m_segment.Header()->finished.store(1);
   if (step == RingStep::Broken || !sane) return Break("its ring contradicts itself");
   return step == RingStep::Empty ? Step::Empty : Step::More;
 }
@@ -162,6 +221,10 @@ void TracedApp::EndWait() {
   m_waits = false;
 }
 
+void TracedApp::RingBell() {
+  Ring(m_segment.Header()->bell);
+}
+
 void TracedApp::ReadNames() {
   if (m_namesBroken) return;
   std::vector<SegmentName> fresh;
@@ -175,12 +238,13 @@ void TracedApp::ReadNames() {
 }
 
 bool TracedApp::ReadPoints(std::vector<TracedPoint>& points) {
-  ReadNames();
   std::vector<SegmentPointNames> fresh;
   if (!m_points.ReadNew(fresh)) {
     Break("its trace points contradict themselves");
     return false;
   }
+  // Behind the points: a point's names are entered before it is.
+  ReadNames();
   for (const SegmentPointNames& point : fresh)
     points.push_back(
         {point.point, m_names.TextOf(point.component), m_names.TextOf(point.category)});

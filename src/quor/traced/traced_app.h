@@ -2,14 +2,18 @@
 //
 // Shape    Between Begin and Pause the service is the taker of the ring.
 // Owner    Holds the segment.
-// Errors   Nothing in the segment is trusted. When it contradicts itself the application is broken:
-//          nothing is read any more, and the reason is told once.
+// Errors   Nothing in the segment is trusted. When it contradicts itself, or counts more traces
+// than
+//          there can have been since it was made, the application is broken: nothing is read any
+//          more, and the reason is told once.
 // Threads  One.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 
+#include "base/fault_guard.h"
 #include "quor/hub/hub.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
@@ -41,8 +45,12 @@ class TracedApp {
   // At most `traces` of them, said to the ring before they are delivered. `dead`: no producer lives
   // any more; Empty is then the end, and what was being written is told as lost.
   Step Drain(std::size_t traces, bool dead);
+  // All is taken, also by the word in the segment: it is no more than a file to be removed.
+  bool IsFinished() const { return m_finished; }
   RingConsumer::Wait BeginWait();
   void EndWait();
+  // Wakes its link thread.
+  void RingBell();
   // What the application tells of its file sink; what that lost stands in the segment. False: it
   // cannot be true.
   bool Report(const std::string& text);
@@ -53,13 +61,17 @@ class TracedApp {
   const char* Why() const { return m_why; }
 
  private:
+  bool Lose(std::uint64_t lost, const std::string& reason);
   bool TakeItem(const RingItem& item);
+  bool Finish();
+  std::uint64_t MostPossible() const;
   void ReadNames();
   void Publish();
   bool TakeSinkLosses(const std::string& text, bool always);
   Step Break(const char* why);
 
   SegmentMap m_segment;
+  FaultGuard m_guard;
   SegmentNames m_segmentNames;
   SegmentPointsReader m_points;
   SourceNames m_names;
@@ -71,7 +83,12 @@ class TracedApp {
   std::optional<RingConsumer> m_consumer;
   bool m_waits = false, m_namesBroken = false, m_broken = false, m_finished = false;
   const char* m_why = "";
+  std::chrono::nanoseconds m_ageAtStart;
+  const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
+
+// What an application that has not introduced itself calls itself, as its segment tells.
+std::string AppNameIn(const SegmentMap& segment);
 
 // 16 bytes made of machine, process and its start. What comes back from another machine's monitors
 // is another instance to those of this one, who have not seen what was traced meanwhile.

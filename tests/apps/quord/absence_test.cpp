@@ -1,9 +1,5 @@
 // Applications that end while no service runs, monitors that are away, sinks that change sides:
 // everything that was sent is delivered or counted.
-#include <dirent.h>
-#include <poll.h>
-#include <sys/syscall.h>
-
 #include <quor/quor.hpp>
 
 #include "quord_client.h"
@@ -35,32 +31,6 @@ class Absence : public ::testing::Test {
     EXPECT_EQ(Sum(), traced);
   }
   std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
-  std::string KeeperSocket() const { return quord.Folder().File("keeper.sock"); }
-  bool KeeperEnds() const {
-    return WaitFor([&] { return access(KeeperSocket().c_str(), F_OK) != 0; });
-  }
-  // The process that listens for the next service, found by its name and its session.
-  std::vector<pid_t> Keepers() const {
-    std::vector<pid_t> keepers;
-    DIR* const processes = opendir("/proc");
-    while (const dirent* const entry = readdir(processes)) {
-      const std::string folder = std::string("/proc/") + entry->d_name;
-      if (ReadAll(folder + "/comm") != "quord-keeper\n") continue;
-      const std::string environment = ReadAll(folder + "/environ");
-      if (environment.find(quord.SocketPath()) != environment.npos)
-        keepers.push_back(std::atoi(entry->d_name));
-    }
-    closedir(processes);
-    return keepers;
-  }
-  // Its sockets are closed by then; what /proc tells of it is gone before.
-  static bool KillAndAwait(pid_t pid) {
-    pollfd process{static_cast<int>(syscall(SYS_pidfd_open, pid, 0u)), POLLIN, 0};
-    kill(pid, SIGKILL);
-    const bool ended = poll(&process, 1, 20000) == 1;
-    close(process.fd);
-    return ended;
-  }
   QuordProcess quord;
   QuordClient monitor;
 };
@@ -184,44 +154,6 @@ TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
   EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), Sum() >= traced; })) << Sum();
   EXPECT_EQ(Sum(), traced);
   EXPECT_EQ(monitor.gaps, 280u * 7 + 500);
-}
-
-TEST_F(Absence, TheKeeperEndsWithTheServiceWhenItHoldsNothingAnyMore) {
-  quord.Start();
-  {
-    TracedChild app([](TracedChild& self) {
-      quor_application("orders");
-      Trace(0, 10);
-      self.Tell(quor_flush(20000) == 1);
-      self.AwaitGo();
-      return 0;
-    });
-    ASSERT_EQ(app.Told(), 1u);
-    EXPECT_EQ(Keepers().size(), 1u);
-    EXPECT_EQ(quord.Stop(), 0);
-    // It holds the application, which lives, and no longer when that has ended with nothing left.
-    EXPECT_EQ(Keepers().size(), 1u);
-    app.Go();
-    EXPECT_EQ(app.Wait(), 0);
-  }
-  EXPECT_TRUE(KeeperEnds());
-  EXPECT_TRUE(WaitFor([&] { return Keepers().empty(); }));
-}
-
-TEST_F(Absence, WithoutItsKeeperTheServiceGoesOnAndTheNextOneHasAnother) {
-  quord.Start();
-  ASSERT_EQ(Keepers().size(), 1u);
-  ASSERT_TRUE(KillAndAwait(Keepers().front()));
-  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
-  TracedChild app([](TracedChild& self) { return TraceTwice(self, true); });
-  ASSERT_EQ(app.Told(), 1u);
-  app.Go();
-  ASSERT_TRUE(monitor.Sees("1499"));
-  EXPECT_TRUE(quord.Says("the keeper has gone"));
-  EXPECT_EQ(app.Wait(), 0);
-  EXPECT_EQ(quord.Stop(), 0);
-  quord.Start();
-  EXPECT_EQ(Keepers().size(), 1u);
 }
 
 TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {

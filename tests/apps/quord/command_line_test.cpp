@@ -77,8 +77,6 @@ TEST_F(CommandLine, FoldersMayBeNamedFromWhereItIsStarted) {
   kill(pid, SIGTERM);
   EXPECT_TRUE(WaitFor([&] { return access(socket.c_str(), F_OK) != 0; }));
   EXPECT_EQ(access((folder + "/kept/state.db").c_str(), F_OK), 0);
-  EXPECT_TRUE(
-      WaitFor([&] { return access((folder + "/sockets/keeper.sock").c_str(), F_OK) != 0; }));
 }
 
 TEST_F(CommandLine, AStateThatCannotBeKeptIsToldAndTracesAreTakenAllTheSame) {
@@ -106,16 +104,17 @@ TEST_F(CommandLine, WithoutAFolderForItsStateItServesAndSaysSoEverywhere) {
   EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
 }
 
-TEST_F(CommandLine, ASocketPathAsLongAsCanBeHasItsKeeperToo) {
+TEST_F(CommandLine, BesideTheLongestSocketPathSegmentsAreFoundToo) {
   constexpr std::size_t kLongest = 107;
   std::string folder = quord.Folder().Path() + "/";
   folder.append(kLongest - std::string("/quord.sock").size() - folder.size(), 'x');
   ASSERT_EQ(folder.size() + 11, kLongest);
   quord.Start({"--socket-dir", folder});
-  EXPECT_EQ(access((folder + "/keeper.sock").c_str(), F_OK), 0);
-  EXPECT_EQ(quord.Log().find("no keeper"), std::string::npos);
+  EXPECT_EQ(access((folder + "/segments/.").c_str(), F_OK), 0);
+  EXPECT_EQ(quord.Log().find("may be lost"), std::string::npos);
   QuordClient client;
   EXPECT_TRUE(client.Connect(folder + "/quord.sock"));
+  RemoveSegments(folder);
 }
 
 TEST_F(CommandLine, AServiceWithNothingToDoSleeps) {
@@ -138,7 +137,7 @@ TEST_F(CommandLine, WhatItWritesIsForItsUserAlone) {
   EXPECT_EQ(quord.Run({}), 0);
   umask(before);
   for (const char* const name :
-       {"state", "state/state.db", "state/quord.log", "quord.lock", "quord.sock", "keeper.sock"}) {
+       {"state", "state/state.db", "state/quord.log", "quord.lock", "quord.sock", "segments/"}) {
     struct stat status {};
     ASSERT_EQ(lstat(quord.Folder().File(name).c_str(), &status), 0) << name;
     EXPECT_EQ(status.st_mode & 077u, 0u) << name;

@@ -1,12 +1,13 @@
 // Peers that lie, flood, or have no business here: each costs itself only.
-#include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <random>
 
 #include "quor/ring/link.h"
+#include "quor/ring/ring_producer.h"
 #include "quor/ring/segment_map.h"
+#include "quor/ring/trace_bytes.h"
 #include "quor/service/local_door.h"
 #include "quord_client.h"
 
@@ -121,31 +122,27 @@ TEST_F(Hostile, WhoeverSaysNothingIsSentAway) {
 }
 
 TEST_F(Hostile, AForgedSegmentIsRefusedWithItsReason) {
-  const int event = eventfd(0, EFD_CLOEXEC), plain = memfd_create("x", MFD_CLOEXEC);
+  const int plain = memfd_create("x", MFD_CLOEXEC);
   EXPECT_EQ(ftruncate(plain, 1 << 20), 0);
-  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {plain, event}).refused.reason,
-            "the segment is not sealed");
-  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {event, plain}).refused.reason,
-            "its descriptors are not a segment and an event");
-  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {}).refused.reason,
-            "its descriptors are not a segment and an event");
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {plain}).refused.reason,
+            "the segment has a wrong mark");
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {plain, plain}).refused.reason,
+            "it brings more than its segment");
+  EXPECT_EQ(Greet(EncodeHello(Named("liar")), {}).refused.reason, "its segment is not known here");
   LinkHello newer = Named("newer");
   newer.version = 9;
-  EXPECT_EQ(Greet(EncodeHello(newer), {plain, event}).refused.reason,
-            "version 9 of the link is not known here, only 1");
+  EXPECT_EQ(Greet(EncodeHello(newer), {plain}).refused.reason,
+            "version 9 of the link is not known here, only 2");
   close(plain);
-  close(event);
 }
 
 TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
-  const int event = eventfd(0, EFD_CLOEXEC);
   // One for each: the service may still write into the segment that it has just given up.
   SegmentMap points, ring, counts;
   for (SegmentMap* const segment : {&points, &ring, &counts})
     ASSERT_TRUE(segment->Create({64, 4096, 4096}, 1, 12345));
   const auto greet = [&](const SegmentMap& segment) {
-    EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor(), event}).type,
-              LinkType::Welcome);
+    EXPECT_EQ(Greet(EncodeHello(Named("liar")), {segment.Descriptor()}).type, LinkType::Welcome);
   };
   points.Header()->pointCount.store(1000000);
   greet(points);
@@ -157,25 +154,47 @@ TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
   counts.Header()->served.store(~std::uint64_t{0});
   greet(counts);
   EXPECT_TRUE(quord.Says("is read no further: its count of traces is impossible"));
-  close(event);
 }
 
-TEST_F(Hostile, AnApplicationThatReportsMoreLossesThanCanBeLosesItsLinkAndMonitorsGoOn) {
-  const int event = eventfd(0, EFD_CLOEXEC);
-  SegmentMap segment;
-  ASSERT_TRUE(segment.Create({64, 4096, 4096}, 1, 12345));
-  const int descriptors[] = {segment.Descriptor(), event};
-  const int link = ConnectToService(quord.SocketPath().c_str());
-  ASSERT_TRUE(SendOnLink(link, EncodeHello(Named("liar")), descriptors, 2));
-  const Bytes_t report = EncodeReport({0, "a lie"});
-  do {
-    segment.Header()->sinkUntold.store(std::uint64_t{1} << 47);
-  } while (SendOnLink(link, report));
-  close(link);
-  close(event);
-  EXPECT_TRUE(quord.Says("link ended: a message that has no place here"));
-  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), !witness.losses.empty(); }));
-  EXPECT_LT(witness.lost, std::uint64_t{1} << 50);
+TEST_F(Hostile, MoreTracesThanTheMachineCanHaveMadeAreNotBelievedToBeLost) {
+  constexpr std::uint64_t kLie = std::uint64_t{1} << 44;
+  const auto make = [] {
+    auto segment = std::make_unique<SegmentMap>();
+    EXPECT_TRUE(segment->Create({64, 4096, 4096}, 1, 12345));
+    return segment;
+  };
+  auto pending = make(), record = make(), dropped = make(), sink = make();
+  pending->Header()->pendingDrops.store(kLie);
+  RingProducer producer(*record);
+  // Each record may tell of 2^32 drops.
+  for (RingProducer::Slot slot; producer.Reserve(RawTrace::kFixedBytes, slot);) {
+    StoreRecord(slot.record, {});
+    slot.header->drops = 0xFFFFFFFF;
+    producer.Commit(slot);
+  }
+  record->Header()->pendingDrops.store(0);
+  dropped->Header()->dropped.store(kLie);
+  sink->Header()->sinkUntold.store(kLie);
+  for (auto* const segment : {&pending, &record, &dropped, &sink}) {
+    SCOPED_TRACE(segment == &pending ? "pending" : segment == &record ? "record" : "the dead's");
+    const std::size_t before = quord.Log().size();
+    TracedChild owner([&](TracedChild& self) {
+      const int descriptor = (*segment)->Descriptor();
+      const int link = ConnectToService(quord.SocketPath().c_str());
+      SendOnLink(link, EncodeHello(Named("liar")), &descriptor, 1);
+      self.Tell(1);
+      return 0;
+    });
+    EXPECT_EQ(owner.Told(), 1u);
+    EXPECT_EQ(owner.Wait(), 0);
+    segment->reset();  // the owner dies here
+    EXPECT_TRUE(WaitFor([&] {
+      return quord.Log().find("is read no further: its ring contradicts itself", before) !=
+             std::string::npos;
+    })) << quord.Log();
+  }
+  witness.Pump();
+  EXPECT_LT(witness.lost, std::uint64_t{1} << 33);
   EXPECT_FALSE(witness.ended);
 }
 

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "support/remove_segments.h"
 #include "support/temp_dir.h"
 #include "support/wait_for.h"
 
@@ -39,6 +40,7 @@ class QuordProcess {
       kill(m_pid, SIGKILL);
       WaitForExit(m_pid);
     }
+    RemoveSegments(m_folder.Path());
   }
   QuordProcess(const QuordProcess&) = delete;
   QuordProcess& operator=(const QuordProcess&) = delete;
@@ -142,6 +144,8 @@ class TracedChild {
   TracedChild(const TracedChild&) = delete;
   TracedChild& operator=(const TracedChild&) = delete;
 
+  int TellEnd() const { return m_told[1]; }
+  int GoEnd() const { return m_go[0]; }
   void Tell(std::uint64_t number) {
     if (write(m_told[1], &number, sizeof number) != sizeof number) _exit(99);
   }

@@ -25,6 +25,7 @@ std::string Dump(const LinkFrame& frame) {
     case LinkType::Hello:
       return "hello " + std::to_string(frame.hello.version) + " " +
              std::to_string(frame.hello.pid) + " " + std::to_string(frame.hello.startedNs) + " " +
+             std::to_string(frame.hello.device) + " " + std::to_string(frame.hello.inode) + " " +
              std::to_string(static_cast<int>(frame.hello.taker)) + " " + frame.hello.app;
     case LinkType::Welcome:
       return "welcome " + std::to_string(frame.version);
@@ -39,6 +40,8 @@ std::string Dump(const LinkFrame& frame) {
       return "taker " + std::to_string(static_cast<int>(frame.taker));
     case LinkType::Points:
       return "points";
+    case LinkType::Call:
+      return "call";
     case LinkType::Report:
       return "report " + std::to_string(frame.report.lost) + " " + frame.report.text;
   }
@@ -75,23 +78,25 @@ TEST(Link, EveryMessageReadsBackHoweverTheStreamIsSplit) {
   LinkHello hello;
   hello.pid = 4711;
   hello.startedNs = 1234567890123;
+  hello.device = 24;
+  hello.inode = 123456;
   hello.taker = RingTaker::Application;
   hello.app = "orders";
   std::vector<std::uint8_t> all;
-  for (const auto& one :
-       {EncodeHello(hello), EncodeWelcome(), EncodeRefused("no"),
-        EncodeSink({SinkKind::File, "/tmp/x.trc", "flush=1;"}), EncodePoke(),
-        EncodeTaker(RingTaker::Service), EncodePoints(), EncodeReport({5, "disk full"})})
+  for (const auto& one : {EncodeHello(hello), EncodeWelcome(), EncodeRefused("no"),
+                          EncodeSink({SinkKind::File, "/tmp/x.trc", "flush=1;"}), EncodePoke(),
+                          EncodeTaker(RingTaker::Service), EncodePoints(), EncodeCall(),
+                          EncodeReport({5, "disk full"})})
     all.insert(all.end(), one.begin(), one.end());
   for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}, std::size_t{7},
                                  std::size_t{64}, all.size()})
     EXPECT_EQ(Decoded(all, step),
-              "hello 1 4711 1234567890123 0 orders\nwelcome 1\nrefused 1 no\n"
-              "sink 0 /tmp/x.trc flush=1;\npoke\ntaker 1\npoints\nreport 5 disk full\n");
+              "hello 2 4711 1234567890123 24 123456 0 orders\nwelcome 2\nrefused 2 no\n"
+              "sink 0 /tmp/x.trc flush=1;\npoke\ntaker 1\npoints\ncall\nreport 5 disk full\n");
 }
 
 TEST(Link, AHelloOfAnotherVersionIsReadByItsVersionAloneSoThatItCanBeRefused) {
-  EXPECT_EQ(Decoded(Frame(1, {0, 0, 0, 9, 1, 2, 3}), 100), "hello 9 0 0 1 \n");
+  EXPECT_EQ(Decoded(Frame(1, {0, 0, 0, 9, 1, 2, 3}), 100), "hello 9 0 0 0 0 1 \n");
 }
 
 TEST(Link, TextsAreCutAtTheirLimit) {
@@ -105,7 +110,7 @@ TEST(Link, BadFramesAreErrors) {
   EXPECT_EQ(Decoded({0xFF, 0xFF, 0xFF, 0xFF}, 10), "error: a frame that is too long");
   const std::string wrong = "error: a frame that is not what its type says";
   EXPECT_EQ(Decoded(Frame(0, {}), 10), wrong);
-  EXPECT_EQ(Decoded(Frame(9, {}), 10), wrong);
+  EXPECT_EQ(Decoded(Frame(10, {}), 10), wrong);
   EXPECT_EQ(Decoded(Frame(5, {1}), 10), wrong);                 // a poke with a body
   EXPECT_EQ(Decoded(Frame(1, {0, 0}), 10), wrong);              // a hello that is cut short
   EXPECT_EQ(Decoded(Frame(6, {2}), 10), wrong);                 // no such taker

@@ -1,7 +1,7 @@
 // The ring, its producers and its consumer, in one process.
 #include <gtest/gtest.h>
-#include <sys/eventfd.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <random>
@@ -25,7 +25,7 @@ class RingTest : public testing::Test {
     sizes.nameBytes = 4096;
     sizes.ringBytes = ringBytes;
     ASSERT_TRUE(m_segment.Create(sizes, 1, kSalt));
-    m_producer = RingProducer(m_segment, -1);
+    m_producer = RingProducer(m_segment);
   }
   static bool Trace(RingProducer& producer, const std::string& text) {
     RingProducer::Slot slot;
@@ -195,25 +195,59 @@ TEST_F(RingTest, StaleRecordsOfAnEarlierLapAreNotReadAgain) {
   EXPECT_EQ(All(consumer), "new .");
 }
 
-TEST_F(RingTest, TheSleepingFlagIsTakenByOneProducerAndAnOpenRingIsNotSleptOn) {
-  const int event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  ASSERT_GE(event, 0);
-  RingProducer first(m_segment, event), second(m_segment, event);
+TEST_F(RingTest, AProducerRingsOnceForAConsumerThatSleepsAndAnOpenRingIsNotSleptOn) {
   RingConsumer consumer(m_segment);
+  SegmentHeader& header = *m_segment.Header();
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Soon);
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Asleep);
-  EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 1u);
-  Trace(first, "a");
-  EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 0u);
-  Trace(second, "b");
-  std::uint64_t wakes = 0;
-  EXPECT_EQ(read(event, &wakes, sizeof wakes), static_cast<ssize_t>(sizeof wakes));
-  EXPECT_EQ(wakes, 1u);
+  EXPECT_EQ(header.bell.load(), 0u);
+  Trace("a");
+  Trace("b");
+  EXPECT_EQ(header.bell.load(), 1u);
+  EXPECT_EQ(header.consumerCalled.load(), 1u);
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Ready);
-  EXPECT_EQ(m_segment.Header()->consumerWaits.load(), 0u);
+  EXPECT_EQ(header.consumerWaits.load(), 0u);
   EXPECT_EQ(All(consumer), "a b .");
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Soon);
-  close(event);
+}
+
+TEST_F(RingTest, TheFirstLapTakesItsMemoryAsItGoesAndTheConsumerMayAlwaysLookAtTheNextPlace) {
+  Make(1u << 20);
+  RingConsumer consumer(m_segment);
+  const auto pages = [this] {
+    struct stat status {};
+    fstat(m_segment.Descriptor(), &status);
+    return status.st_blocks / 8;
+  };
+  const auto atFirst = pages();
+  EXPECT_LT(atFirst, 32);
+  for (int i = 0; i < 3000; ++i) {
+    ASSERT_TRUE(Trace(std::string(1000, 'x')));
+    const auto before = pages();
+    ASSERT_EQ(All(consumer).size(), 1002u);  // and looks behind the last one
+    ASSERT_EQ(pages(), before);
+    consumer.Publish();
+  }
+  EXPECT_GE(pages(), 256);
+  EXPECT_EQ(m_segment.Header()->dropped.load(), 0u);
+}
+
+TEST_F(RingTest, DropsThatATakerWasTellingWhenItDiedAreToldOfTheDead) {
+  while (Trace("x")) {
+  }
+  RingItem item;
+  {
+    RingConsumer killed(m_segment);  // never publishes
+    while (killed.Next(item) == RingStep::Item) {
+    }
+    EXPECT_EQ(killed.Drops(), 1u);
+  }
+  RingConsumer next(m_segment);
+  while (next.NextOfDead(item) == RingStep::Item) EXPECT_EQ(item.dropsBefore, 0u);
+  EXPECT_EQ(next.UntoldDrops(), 1u);
+  next.PassRest();
+  next.Publish();
+  EXPECT_EQ(RingConsumer(m_segment).UntoldDrops(), 0u);
 }
 
 TEST_F(RingTest, ThreadsAndAConsumerAtOnceTracedIsConsumedPlusDropped) {
@@ -224,7 +258,7 @@ TEST_F(RingTest, ThreadsAndAConsumerAtOnceTracedIsConsumedPlusDropped) {
   std::vector<std::thread> threads;
   for (std::uint64_t t = 0; t < kThreads; ++t)
     threads.emplace_back([this, &running, t] {
-      RingProducer producer(m_segment, -1);
+      RingProducer producer(m_segment);
       for (std::uint64_t i = 0; i < kEach; ++i) Trace(producer, std::to_string(t));
       --running;
     });

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "seen_app.h"
+#include "support/remove_segments.h"
 
 class FakeService {
  public:
@@ -16,6 +17,7 @@ class FakeService {
   ~FakeService() {
     Stop();
     unsetenv("QUOR_RING_MIB");
+    RemoveSegments(m_folder);
     std::filesystem::remove_all(m_folder);
   }
   std::string SocketPath() const { return m_folder + "/quord.sock"; }
@@ -41,21 +43,21 @@ class FakeService {
     const int socket = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
     LinkDecoder decoder;
     LinkFrame frame;
-    int descriptors[2] = {-1, -1};
+    int descriptor = -1;
     for (;;) {
       pollfd readable{socket, POLLIN, 0};
       if (poll(&readable, 1, milliseconds) != 1) break;
       std::uint8_t bytes[4096];
       const LinkReceived got = ReceiveOnLink(socket, bytes, sizeof bytes);
-      for (int i = 0; i < got.descriptorCount; ++i) descriptors[i] = got.descriptors[i];
+      if (got.descriptorCount != 0) descriptor = got.descriptors[0];
       const std::uint8_t* from = bytes;
       if (got.ended) break;
       if (decoder.Feed(from, bytes + got.bytes, frame) != LinkDecoder::Result::Frame) continue;
       SegmentMap segment;
       const char* why = "";
       EXPECT_EQ(frame.type, LinkType::Hello);
-      EXPECT_TRUE(segment.Open(descriptors[0], &why)) << why;
-      return std::make_unique<SeenApp>(socket, std::move(segment), descriptors[1], frame.hello);
+      EXPECT_TRUE(segment.Open(descriptor, &why)) << why;
+      return std::make_unique<SeenApp>(socket, std::move(segment), frame.hello);
     }
     close(socket);
     return nullptr;

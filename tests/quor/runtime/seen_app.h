@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "quor/quor.h"
+#include "quor/ring/bell.h"
 #include "quor/ring/link.h"
 #include "quor/ring/link_socket.h"
 #include "quor/ring/ring_consumer.h"
@@ -40,10 +41,9 @@ struct SeenTrace {
 // One application as its service sees it.
 class SeenApp {
  public:
-  SeenApp(int socket, SegmentMap segment, int event, LinkHello hello)
+  SeenApp(int socket, SegmentMap segment, LinkHello hello)
       : m_hello(std::move(hello)),
         m_socket(socket),
-        m_event(event),
         m_segment(std::move(segment)),
         m_consumer(m_segment),
         m_names(m_segment),
@@ -53,7 +53,7 @@ class SeenApp {
   }
   ~SeenApp() {
     close(m_socket);
-    close(m_event);
+    Ring(m_segment.Header()->bell);
   }
   SeenApp(const SeenApp&) = delete;
   SeenApp& operator=(const SeenApp&) = delete;
@@ -64,7 +64,10 @@ class SeenApp {
     for (const LinkReport& report : m_reports) lost += report.lost;
     return lost;
   }
-  void Send(const std::vector<std::uint8_t>& bytes) { SendOnLink(m_socket, bytes); }
+  void Send(const std::vector<std::uint8_t>& bytes) {
+    SendOnLink(m_socket, bytes);
+    Ring(m_segment.Header()->bell);
+  }
   void SendSink(SinkKind kind, const std::string& name, const std::string& options) {
     m_consumer.Publish();
     m_consuming = m_consuming && kind != SinkKind::File;
@@ -164,7 +167,7 @@ class SeenApp {
     m_traces.push_back(std::move(trace));
   }
 
-  int m_socket, m_event;
+  int m_socket;
   SegmentMap m_segment;
 
  public:

@@ -1,0 +1,194 @@
+#include "quor/ring/segment_folder.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/vfs.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace {
+
+constexpr const char* kSegments = "segments";
+constexpr const char* kMemory = "/dev/shm";
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+// Applications leave others their share of a memory file system.
+constexpr unsigned kLeftPart = 8;
+constexpr std::uint64_t kLeftBytes = 16u << 20;
+constexpr time_t kMakingSeconds = 10;
+
+bool LiesInMemory(int folder) {
+  struct statfs system {};
+  return fstatfs(folder, &system) == 0 && system.f_type == TMPFS_MAGIC;
+}
+
+bool IsPrivate(int folder) {
+  struct stat status {};
+  return fstat(folder, &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
+         (status.st_mode & 077) == 0;
+}
+
+int OpenPrivate(int at, const char* name, int flags) {
+  const int folder = openat(at, name, flags);
+  if (folder < 0 || IsPrivate(folder)) return folder;
+  close(folder);
+  errno = EACCES;
+  return -1;
+}
+
+std::string Hex(std::uint64_t number) {
+  char text[20];
+  std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(number));
+  return text;
+}
+
+// A folder of its own in memory, and the link to it. Who comes second takes the first one's.
+void LinkToMemory(int runtime) {
+  struct stat memory {};
+  const int shared = open(kMemory, kFolderFlags);
+  const bool usable = shared >= 0 && LiesInMemory(shared) && fstat(shared, &memory) == 0;
+  if (shared >= 0) close(shared);
+  std::uint64_t random = 0;
+  if (!usable || getrandom(&random, sizeof random, GRND_NONBLOCK) != sizeof random) return;
+  const std::string target =
+      std::string(kMemory) + "/quor-" + std::to_string(geteuid()) + "-" + Hex(random);
+  if (mkdir(target.c_str(), 0700) != 0) return;
+  if (symlinkat(target.c_str(), runtime, kSegments) != 0) rmdir(target.c_str());
+}
+
+int OpenInMemory(int runtime) {
+  const int folder = OpenPrivate(runtime, kSegments, kFolderFlags);
+  if (folder < 0 || LiesInMemory(folder)) return folder;
+  close(folder);
+  errno = EINVAL;
+  return -1;
+}
+
+int OpenSegments(int runtime) {
+  int folder = OpenInMemory(runtime);
+  if (folder >= 0 || errno != ENOENT) return folder;
+  // One at a time: a link whose folder has gone, with a start of the machine say, is made anew.
+  flock(runtime, LOCK_EX);
+  folder = OpenInMemory(runtime);
+  if (folder < 0 && errno == ENOENT) {
+    unlinkat(runtime, kSegments, 0);
+    LiesInMemory(runtime) ? void(mkdirat(runtime, kSegments, 0700)) : LinkToMemory(runtime);
+    folder = OpenInMemory(runtime);
+  }
+  const int error = errno;
+  flock(runtime, LOCK_UN);
+  errno = error;
+  return folder;
+}
+
+}  // namespace
+
+bool SegmentFolder::Open(const std::string& socketPath) {
+  Close();
+  const int runtime =
+      OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW);
+  if (runtime < 0) return false;
+  m_folder = OpenSegments(runtime);
+  const int error = errno;
+  close(runtime);
+  errno = error;
+  return m_folder >= 0;
+}
+
+void SegmentFolder::Close() {
+  if (m_folder >= 0) close(m_folder);
+  m_folder = -1;
+  m_new.clear();
+}
+
+int SegmentFolder::NewFile(std::uint64_t startedNs, std::uint64_t random) {
+  struct statvfs room {};
+  if (m_folder < 0 || fstatvfs(m_folder, &room) != 0) return -1;
+  // A file system without a limit tells of no blocks.
+  if (room.f_blocks != 0 &&
+      (room.f_bavail < room.f_blocks / kLeftPart || room.f_bavail * room.f_frsize < kLeftBytes)) {
+    errno = ENOSPC;
+    return -1;
+  }
+  m_new = std::to_string(getpid()) + "-" + Hex(startedNs) + "-" + Hex(random);
+  const int file = openat(m_folder, ("." + m_new).c_str(),
+                          O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+  // Whatever the application's mask takes away.
+  if (file >= 0) fchmod(file, 0600);
+  return file;
+}
+
+bool SegmentFolder::Show() {
+  return !m_new.empty() && renameat(m_folder, ("." + m_new).c_str(), m_folder, m_new.c_str()) == 0;
+}
+
+void SegmentFolder::Discard() {
+  if (!m_new.empty()) unlinkat(m_folder, ("." + m_new).c_str(), 0);
+  m_new.clear();
+}
+
+std::vector<std::string> SegmentFolder::Names() const {
+  return Entries(false);
+}
+
+std::vector<std::string> SegmentFolder::Entries(bool hidden) const {
+  std::vector<std::string> names;
+  const int again = m_folder >= 0 ? openat(m_folder, ".", kFolderFlags) : -1;
+  DIR* const folder = again >= 0 ? fdopendir(again) : nullptr;
+  if (!folder) {
+    if (again >= 0) close(again);
+    return names;
+  }
+  while (const dirent* const entry = readdir(folder)) {
+    const std::string name = entry->d_name;
+    if (name != "." && name != ".." && (name[0] == '.') == hidden) names.push_back(name);
+  }
+  closedir(folder);
+  return names;
+}
+
+int SegmentFolder::OpenFile(const std::string& name) const {
+  const int file =
+      openat(m_folder, name.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  struct stat status {};
+  if (file < 0 || (fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+                   status.st_uid == geteuid() && (status.st_mode & 077) == 0))
+    return file;
+  close(file);
+  errno = EACCES;
+  return -1;
+}
+
+bool SegmentFolder::Remove(const std::string& name, dev_t device, ino_t inode) const {
+  struct stat status {};
+  return fstatat(m_folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         status.st_dev == device && status.st_ino == inode &&
+         unlinkat(m_folder, name.c_str(), 0) == 0;
+}
+
+bool SegmentFolder::RemoveUnowned(const std::string& name) const {
+  const int file = OpenFile(name);
+  struct stat status {};
+  if (file < 0) return errno == ENOENT;
+  const bool removed = fstat(file, &status) == 0 && flock(file, LOCK_EX | LOCK_NB) == 0 &&
+                       Remove(name, status.st_dev, status.st_ino);
+  close(file);
+  return removed;
+}
+
+void SegmentFolder::RemoveUnfinished() const {
+  struct stat status {};
+  // One that is just being made may not have its lock yet.
+  const time_t before = time(nullptr) - kMakingSeconds;
+  for (const std::string& name : Entries(true))
+    if (fstatat(m_folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        status.st_ctim.tv_sec < before)
+      RemoveUnowned(name);
+}

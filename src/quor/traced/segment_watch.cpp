@@ -1,0 +1,64 @@
+#include "quor/traced/segment_watch.h"
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "base/fail_with.h"
+
+bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
+  Close();
+  if (!m_folder.Open(socketPath))
+    return FailWith(why,
+                    "no place for segments beside " + socketPath + ": " + std::strerror(errno));
+  m_folder.RemoveUnfinished();
+  const int words = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  std::error_code error;
+  if (words >= 0) m_words.assign(words, error);
+  char folder[40];
+  std::snprintf(folder, sizeof folder, "/proc/self/fd/%d", m_folder.Descriptor());
+  // Watched before it is listed, so that none comes in between.
+  const bool watched = words >= 0 && !error && inotify_add_watch(words, folder, IN_MOVED_TO) >= 0;
+  const int reason = errno;
+  TellAll();
+  if (!watched)
+    return FailWith(why, std::string("new segments cannot be seen: ") + std::strerror(reason));
+  Await();
+  return true;
+}
+
+void SegmentWatch::Close() {
+  std::error_code ignored;
+  m_words.close(ignored);
+  m_folder.Close();
+}
+
+void SegmentWatch::Await() {
+  m_words.async_wait(OwnedDescriptor::wait_read, [this](const std::error_code& error) {
+    if (error) return;
+    Read();
+    Await();
+  });
+}
+
+void SegmentWatch::Read() {
+  alignas(inotify_event) char bytes[16384];
+  bool all = false;
+  for (ssize_t got = 0;
+       m_words.is_open() && (got = read(m_words.native_handle(), bytes, sizeof bytes)) > 0;) {
+    for (const char* at = bytes; at < bytes + got;) {
+      const auto* const word = reinterpret_cast<const inotify_event*>(at);
+      at += sizeof(inotify_event) + word->len;
+      all = all || (word->mask & IN_Q_OVERFLOW) != 0;
+      if (word->len != 0 && word->name[0] != '.') m_finder.OnFile(word->name);
+    }
+  }
+  if (all) TellAll();
+}
+
+void SegmentWatch::TellAll() {
+  for (const std::string& name : m_folder.Names()) m_finder.OnFile(name);
+}

@@ -1,0 +1,239 @@
+// Applications that end before anybody has spoken with them, or while nobody can: what they traced
+// is delivered all the same.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include <quor/quor.hpp>
+
+#include "quor/ring/link.h"
+#include "quor/ring/segment_folder.h"
+#include "quor/ring/segment_map.h"
+#include "quord_client.h"
+
+namespace {
+
+QUOR_POINT(short_point, "Net", "Connect");
+
+class ShortLives : public ::testing::Test {
+ protected:
+  static void Trace(int count) {
+    for (int i = 0; i < count; ++i) QUOR_TRACE_INFO(short_point, "{}", i);
+  }
+  // One application after the other, each ending as `body` does.
+  static void Live(int apps, const std::function<void()>& body) {
+    for (int i = 0; i < apps; ++i) {
+      const pid_t pid = fork();
+      if (pid == 0) {
+        body();
+        _exit(0);
+      }
+      ASSERT_GE(WaitForExit(pid), 0);
+    }
+  }
+  void ExpectDelivered(std::uint64_t traces) {
+    EXPECT_TRUE(WaitFor([&] { return monitor.Beat(), monitor.Pump(), Sum() >= traces; })) << Sum();
+    EXPECT_EQ(monitor.delivered, traces);
+    EXPECT_EQ(Sum(), traces);
+  }
+  std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
+  // Nothing is left behind for which there is no owner any more.
+  bool IsSwept() const {
+    SegmentFolder folder;
+    return folder.Open(quord.SocketPath()) && WaitFor([&] { return folder.Names().empty(); });
+  }
+  void StartWithMonitor() {
+    quord.Start();
+    ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  }
+  QuordProcess quord;
+  QuordClient monitor;
+};
+
+TEST_F(ShortLives, KilledOrEndedRightAfterItsTracesAnApplicationDeliversThem) {
+  StartWithMonitor();
+  Live(40, [] {
+    Trace(5);
+    kill(getpid(), SIGKILL);
+  });
+  Live(40, [] {
+    Trace(5);
+    _exit(0);
+  });
+  ExpectDelivered(400);
+  EXPECT_TRUE(IsSwept());
+}
+
+TEST_F(ShortLives, AForkedChildThatTracesAndEndsAtOnceDeliversItsOwn) {
+  StartWithMonitor();
+  TracedChild parent([](TracedChild&) {
+    quor_application("parent");
+    Trace(1);
+    for (int i = 0; i < 40; ++i) {
+      const pid_t child = fork();
+      if (child == 0) {
+        Trace(3);
+        _exit(0);
+      }
+      int status = 0;
+      waitpid(child, &status, 0);
+    }
+    return 0;
+  });
+  EXPECT_EQ(parent.Wait(), 0);
+  ExpectDelivered(121);
+}
+
+TEST_F(ShortLives, WhileTheServiceStandsStillNothingOfThemIsLost) {
+  StartWithMonitor();
+  kill(quord.Pid(), SIGSTOP);
+  // More than its door has room for.
+  Live(600, [] { Trace(3); });
+  kill(quord.Pid(), SIGCONT);
+  ExpectDelivered(1800);
+}
+
+TEST_F(ShortLives, AThousandIdleConnectionsKeepNothingOfThemOut) {
+  StartWithMonitor();
+  std::vector<int> idle;
+  for (int i = 0; i < 1000; ++i) idle.push_back(ConnectToService(quord.SocketPath().c_str()));
+  Live(100, [] { Trace(3); });
+  TracedChild longer([](TracedChild& self) {
+    Trace(1);
+    self.Tell(static_cast<std::uint64_t>(quor_flush(20000)));
+    return 0;
+  });
+  EXPECT_EQ(longer.Told(), 1u);  // this one has met the service
+  ExpectDelivered(301);
+  for (const int socket : idle) close(socket);
+}
+
+TEST_F(ShortLives, ThoseThatLivedWhileNoServiceRanAreDeliveredByTheNext) {
+  StartWithMonitor();
+  quord.Kill();
+  Live(50, [] { Trace(4); });
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  ExpectDelivered(200);
+  EXPECT_TRUE(IsSwept());
+}
+
+TEST_F(ShortLives, AnInstanceEndsWhenItsProcessBecomesAnotherProgram) {
+  StartWithMonitor();
+  TracedChild app([](TracedChild& self) {
+    quor_application("before exec");
+    Trace(7);
+    self.Tell(1);
+    self.AwaitGo();
+    execl("/bin/sleep", "sleep", "1000", nullptr);
+    return 1;
+  });
+  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_TRUE(monitor.Sees("6"));
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  EXPECT_TRUE(client.Ask(GetAppRequest("before exec")).app().running());
+  app.Go();
+  EXPECT_TRUE(WaitFor([&] { return !client.Ask(GetAppRequest("before exec")).app().running(); }));
+  EXPECT_EQ(kill(app.Pid(), 0), 0);
+  EXPECT_TRUE(IsSwept());
+}
+
+// As every daemon does; afterwards the numbers are the application's own.
+TEST_F(ShortLives, AnApplicationThatClosesAllDescriptorsKeepsItsFilesAndIsTracedOn) {
+  StartWithMonitor();
+  const std::string path = quord.Folder().File("own");
+  TracedChild app([&](TracedChild& self) {
+    quor_application("daemon");
+    Trace(10);
+    quor_flush(20000);
+    self.Tell(1);
+    self.AwaitGo();
+    const int told = dup2(self.TellEnd(), 1000), go = dup2(self.GoEnd(), 1001);
+    close_range(3, 999, 0);
+    std::vector<int> own;
+    for (int i = 0; i < 40; ++i) own.push_back(open(path.c_str(), O_RDWR | O_CREAT, 0600));
+    Trace(1000);
+    quor_thread_name("renamed");
+    static quor_point late = QUOR_POINT_INIT("Net", "Late");
+    quor_trace(&late, QUOR_INFO, nullptr, 0, "late", 4);
+    const pid_t child = fork();
+    if (child == 0) {
+      Trace(10);
+      bool open = true;
+      for (const int file : own) open = open && fcntl(file, F_GETFD) != -1;
+      _exit(open ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    const std::uint64_t good = status == 0 ? 1 : 0;
+    if (write(told, &good, sizeof good) != sizeof good) return 1;
+    char byte;
+    return read(go, &byte, 1) == 1 ? 0 : 1;
+  });
+  ASSERT_EQ(app.Told(), 1u);
+  QuordClient client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  app.Go();
+  EXPECT_EQ(app.Told(), 1u);
+  ExpectDelivered(10 + 1000 + 1 + 10);
+  // It is linked again, and hears of settings.
+  auto seen = client.Ask(OpenAppRequest("daemon")).app();
+  EXPECT_TRUE(seen.running());
+  EXPECT_EQ(client.Ask(SubmitAllRequest(seen, 0x1F)).error(), quor::wire::ERROR_NONE);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+  EXPECT_EQ(ReadAll(path), "");
+  EXPECT_TRUE(IsSwept());
+}
+
+TEST_F(ShortLives, FilesThatAreNoSegmentsAreLeftOrRemovedAndHarmNobody) {
+  SegmentFolder folder;
+  ASSERT_TRUE(folder.Open(quord.SocketPath()));
+  const std::string place = quord.Folder().File("segments/");
+  const auto put = [&](const std::string& name, const std::string& bytes) {
+    const int file = open((place + name).c_str(), O_RDWR | O_CREAT, 0600);
+    EXPECT_EQ(write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    close(file);
+  };
+  put("empty", "");
+  put("short", "QUORSEG1");
+  put("noise", std::string(1 << 20, 'x'));
+  mkfifo((place + "pipe").c_str(), 0600);
+  StartWithMonitor();
+  EXPECT_TRUE(WaitFor([&] { return folder.Names() == std::vector<std::string>{"pipe"}; }));
+  Live(1, [] { Trace(1); });
+  ExpectDelivered(1);
+}
+
+// The file of a segment is cut off before the service reads it, while it does, and in its header.
+TEST_F(ShortLives, ASegmentThatIsCutOffCostsItsApplicationOnly) {
+  StartWithMonitor();
+  for (const auto& [known, bytes] : {std::pair(false, 4096), std::pair(true, 4096), {true, 0}}) {
+    TracedChild liar([&](TracedChild& self) {
+      SegmentFolder own;
+      SegmentMap segment;
+      if (!own.Open(quord.SocketPath()) ||
+          !segment.Create({16, 4096, 1u << 20}, 1, 42, own.NewFile(1, 2)))
+        return 1;
+      segment.Header()->reserved.store(ring_mark::Make(5000, 500));
+      const int descriptor = segment.Descriptor();
+      if (!known && ftruncate(descriptor, bytes) != 0) return 1;
+      own.Show();
+      self.Tell(1);
+      self.AwaitGo();
+      return ftruncate(descriptor, bytes) == 0 ? 0 : 1;
+    });
+    ASSERT_EQ(liar.Told(), 1u);
+    const std::string pid = std::to_string(liar.Pid());
+    EXPECT_TRUE(quord.Says(known ? "(" + pid + ") is here" : "segment " + pid));
+    liar.Go();
+    EXPECT_EQ(liar.Wait(), 0);
+  }
+  Live(1, [] { Trace(1); });
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered == 1; }));
+  EXPECT_FALSE(monitor.ended);
+  EXPECT_TRUE(IsSwept());
+}
+
+}  // namespace

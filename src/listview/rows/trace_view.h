@@ -70,7 +70,6 @@ class CTraceView : public CView, public RowListOwner {
   void FollowTrace(CView* sender, const TraceEvent_i& target);
   void SelectRow(CView* sender, int row);
   TraceEvent_i* EventOfRow(int row) const;  // null when there is no such row
-  int NearestRow(const TraceEvent_i& target) const;
   void TellStatus();
   void Invalidate();
   void OnSynchronize();

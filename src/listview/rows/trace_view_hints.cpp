@@ -1,17 +1,13 @@
 // How the list view follows its document: the hints, the rows, the selection.
 #include "documents/trace_panes.h"
 #include "documents/trace_pass.h"
+#include "listview/rows/nearest_row.h"
 #include "listview/rows/trace_view.h"
 #include "tree/filter/filter_pass.h"
 
 namespace {
 
 constexpr unsigned kFocusAndSelection = kRowFocused | kRowSelected;
-
-std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
-  const std::uint8_t* record = event.Record();
-  return record ? RawTrace(record).SequenceNumber() : event.GetSequenceNumber();
-}
 
 // The rows of all traces that pass a filter.
 class FilteredRows final : public TracePass {
@@ -147,30 +143,11 @@ void CTraceView::RemoveRows(const CTraceHint& hint) {
   if (m_active) TellRowCount(GetHost(), m_rows.Size());
 }
 
-// The first row that shows the target; else of the two rows around the first greater number the
-// nearer one, the earlier on a tie; -1 when all rows have smaller numbers.
-int CTraceView::NearestRow(const TraceEvent_i& target) const {
-  const int rows = m_rows.Size();
-  if (rows == 0) return -1;
-  const std::uint32_t wanted = SequenceNumberOf(target);
-  std::uint32_t previous = 0;
-  for (int row = 0; row < rows; ++row) {
-    const TraceEvent_i* event = m_rows.EventAt(row);
-    if (event == &target) return row;
-    const std::uint32_t number = SequenceNumberOf(*event);
-    if (number > wanted) {
-      if (row == 0) return 0;
-      // A row before has a number up to the wanted one, so neither difference wraps.
-      return wanted - previous <= number - wanted ? row - 1 : row;
-    }
-    previous = number;
-  }
-  return -1;
-}
-
 void CTraceView::FollowTrace(CView* sender, const TraceEvent_i& target) {
+  NearestRow search(m_rows, target);
+  if (!RunLongWork(GetHost(), &m_document, {"Tessera", "Looking for the trace..."}, search)) return;
+  const int row = search.Row();
   m_currentRow = -1;
-  const int row = NearestRow(target);
   // Old selections go in any case, also when no row is near.
   m_list->SetItemState(-1, 0, kFocusAndSelection);
   if (row != -1) SelectRow(sender, row);

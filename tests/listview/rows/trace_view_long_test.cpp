@@ -84,6 +84,30 @@ TEST_F(TraceViewLong, AFilterThatIsHandedOverAndCancelledLeavesFilterAndMark) {
   EXPECT_EQ(m_list->ItemCount(), kMany);
 }
 
+TEST_F(TraceViewLong, TheRowOfAFollowedTraceIsLookedForInPartsAndCancelLeavesTheSelection) {
+  AddMany(kMany);
+  Open();
+  Focus(3);
+  const ShortPieces pieces;
+  int ticks = 0;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Looking for the trace...");
+    box.OnCancel();
+  });
+  FollowTo(m_document.m_traces[2 * kMany - 5]);
+  EXPECT_EQ(States(), "3 focused selected");
+  EXPECT_EQ(m_view->CurrentEvent(), m_document.m_traces[3]);
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    while (!box.Ended()) {
+      m_host.TickTimers();
+      ++ticks;
+    }
+  });
+  FollowTo(m_document.m_traces[2 * kMany - 5]);
+  EXPECT_GE(ticks, 2);
+  EXPECT_EQ(States(), "19995 focused selected");
+}
+
 TEST_F(TraceViewLong, NewContentsWhoseFilterIsCancelledShowWholeAndUnfiltered) {
   Open();
   m_view->SetFilter(m_nine, true);

@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr std::size_t kQueueBytesMax = 64u << 20;
+// Two ticks of a million traces a second, each.
+constexpr std::size_t kQueueBytesMax = 128u << 20;
 // A drain gives out for so long, or the window would stand still. The clock is asked now and then.
 constexpr std::chrono::milliseconds kDrainTime{50};
 constexpr std::size_t kTracesPerClock = 256;

@@ -263,7 +263,7 @@ TEST_F(ReconnectTest, AMonitorThatDoesNotKeepUpLosesTheNewestCountsThemAndKeepsT
   std::string body;
   for (int i = 0; i < 16; ++i) body += Trace(std::string(60000, 'x'));
   std::uint64_t sent = 1;
-  for (int i = 0; i < 90; ++i) {
+  for (int i = 0; i < 180; ++i) {
     m_peer->Data(Name(static_cast<NameId>(1000 + i), "n" + std::to_string(i)) + body);
     sent += 16;
     m_peer->Ledger({{.serial = 10 + sent, .delivered = sent}});
@@ -280,10 +280,10 @@ TEST_F(ReconnectTest, AMonitorThatDoesNotKeepUpLosesTheNewestCountsThemAndKeepsT
     ++taken;
   }
   EXPECT_EQ(taken, counts.delivered);
-  m_peer->Data(Trace("after", 1089));
+  m_peer->Data(Trace("after", 1179));
   m_peer->Ledger({{.serial = 11 + sent, .delivered = sent + 1}});
   EXPECT_EQ(Drain(2), "Quor: " + std::to_string(counts.lost) +
-                          " traces lost: the monitor did not keep up\nn89: after\n");
+                          " traces lost: the monitor did not keep up\nn179: after\n");
   EXPECT_EQ(m_thread->GetCounts().delivered + m_thread->GetCounts().lost, sent + 1);
 }
 

@@ -7,22 +7,30 @@
 #include <QMainWindow>
 #include <QTest>
 
+#include "documents/trace_doc.h"
 #include "shell/menu_resources.h"
 
 namespace {
 
-// Takes every accelerator's command and writes it down.
+constexpr unsigned kBars[] = {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE};
+
+// Takes every command of the accelerators and of the menus and writes it down.
 class Target : public CCmdTarget {
  public:
   Target() {
-    for (const Accelerator& key : Accelerators()) {
-      const unsigned id = key.id;
-      MapCommand(
-          id, [this, id] { m_taken.push_back(id); }, [this](CCmdUI& ui) { ui.Enable(m_enabled); });
-    }
+    for (const Accelerator& key : Accelerators()) Take(key.id);
+    for (const unsigned bar : kBars)
+      for (const MenuPopup& popup : MenuOf(bar))
+        for (const MenuItem& item : popup.items) Take(item.id);
   }
   std::vector<unsigned> m_taken;
   bool m_enabled = true;
+
+ private:
+  void Take(unsigned id) {
+    MapCommand(
+        id, [this, id] { m_taken.push_back(id); }, [this](CCmdUI& ui) { ui.Enable(m_enabled); });
+  }
 };
 
 class AcceleratorKeysTest : public testing::Test {
@@ -54,6 +62,31 @@ TEST_F(AcceleratorKeysTest, EveryKeyOfTheTableSendsItsCommandOnceAlsoFromAFocuse
     QTest::keySequence(m_edit, QKeySequence(QString::fromLatin1(key.key)));
     EXPECT_EQ(m_target.m_taken, std::vector<unsigned>{key.id}) << key.key;
   }
+}
+
+// What the menus show is typed, as a user does who reads it there.
+TEST_F(AcceleratorKeysTest, EveryKeyThatAMenuShowsSendsTheCommandOfItsItem) {
+  // Of the main window's frame, of the windows inside it and of a configuration's list.
+  const QSet<QString> others = {QStringLiteral("Alt+F4"), QStringLiteral("Ctrl+F4"),
+                                QStringLiteral("Del")};
+  MakeKeys();
+  int typed = 0;
+  for (const unsigned bar : kBars) {
+    for (const MenuPopup& popup : MenuOf(bar)) {
+      for (const MenuItem& item : popup.items) {
+        QString key = QString::fromStdString(item.text).section(QLatin1Char('\t'), 1);
+        if (key.isEmpty() || others.contains(key)) continue;
+        if (key == QLatin1String("Alt-S")) key = QStringLiteral("Alt+S");  // as a monitor writes it
+        m_target.m_taken.clear();
+        QTest::keySequence(m_edit, QKeySequence(key));
+        // In a trace file both saves are one operation, and the key sends the document's.
+        const unsigned wanted = item.id == ID_FILE_SAVECOPY ? unsigned{ID_FILE_SAVE} : item.id;
+        EXPECT_EQ(m_target.m_taken, std::vector<unsigned>{wanted}) << item.text;
+        ++typed;
+      }
+    }
+  }
+  EXPECT_GT(typed, 40);
 }
 
 TEST_F(AcceleratorKeysTest, AKeyWhoseCommandIsDisabledIsSwallowedAndNotPassedToTheFocusedEdit) {

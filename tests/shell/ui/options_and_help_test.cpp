@@ -85,19 +85,23 @@ TEST_F(OptionsAndHelpTest, EveryTopicHasAPageAndEveryLinkLeadsToOne) {
   HelpWindow help(nullptr);
   help.setAttribute(Qt::WA_DeleteOnClose, false);
   auto* pages = help.findChild<QTextBrowser*>();
+  int links = 0;
+  EXPECT_GT(HelpWindow::Topics().size(), 5);
   for (const QString& topic : HelpWindow::Topics()) {
     help.ShowTopic(topic);
     EXPECT_EQ(help.Topic(), topic);
     EXPECT_GT(pages->toPlainText().size(), 200) << topic.toStdString();
-    EXPECT_FALSE(pages->documentTitle().isEmpty() && pages->toPlainText().startsWith(u'#'));
+    EXPECT_FALSE(pages->toPlainText().startsWith(u'#')) << "shown as it is written";
     for (QTextBlock block = pages->document()->begin(); block.isValid(); block = block.next()) {
       for (auto part = block.begin(); !part.atEnd(); ++part) {
         const QString link = part.fragment().charFormat().anchorHref();
         if (link.isEmpty()) continue;
         EXPECT_TRUE(HelpWindow::Topics().contains(link.section(u'.', 0, 0))) << link.toStdString();
+        ++links;
       }
     }
   }
+  EXPECT_GT(links, HelpWindow::Topics().size());
   help.ShowTopic(QStringLiteral("no such page"));
   EXPECT_EQ(help.Topic(), QStringLiteral("contents"));
 }

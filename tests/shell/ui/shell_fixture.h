@@ -17,6 +17,7 @@
 #include "shell/ui/child_window.h"
 #include "shell/ui/qt_main_frame.h"
 #include "shell/ui/qt_shell_faces.h"
+#include "support/owed.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
 
@@ -38,7 +39,7 @@ inline void Settle() {
 template <class Act>
 void OnModal(Act act) {
   auto* clock = new QTimer(qApp);
-  QObject::connect(clock, &QTimer::timeout, qApp, [clock, act] {
+  QObject::connect(clock, &QTimer::timeout, qApp, [clock, act = Owed(act)] {
     QWidget* dialog = QApplication::activeModalWidget();
     if (!dialog) return;
     clock->stop();

@@ -134,6 +134,12 @@ TEST_F(MainFrame, AStoredSizeThatNoWindowCanHaveReadsAsTheProposedOne) {
   EXPECT_EQ(Face().m_heightPx, 700);
 }
 
+TEST_F(MainFrame, AStoredSizeJustAboveWhatAWindowCanHaveReadsAsTheProposedOne) {
+  NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 32768U);
+  Start();
+  EXPECT_EQ(Face().m_widthPx, 1000);
+}
+
 TEST_F(MainFrame, AnOddButPossibleStoredSizeIsTaken) {
   NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Width", 1U);
   NtRegPut(HKEY_CURRENT_USER, kRegSettings, "Window Height", 32767U);

@@ -49,6 +49,11 @@ class CTraceDoc : public CDocument {
   // Asks for a name and writes a copy; the document keeps its name and its modified flag.
   bool DoFileSave() override;
 
+  // Do traces go on coming by themselves?
+  virtual bool IsStream() const { return false; }
+  // What a view without traces tells: what is awaited, and in a second line why.
+  virtual std::string WhyEmpty() const { return "No traces"; }
+
   // Read directly by views, iterators and the filter.
   bool m_loading = true;  // views wait for hint 1002 while it is set
   TraceList_t m_traces;

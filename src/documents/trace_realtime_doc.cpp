@@ -48,7 +48,9 @@ bool CTraceRealtimeDoc::ConnectToMachine(const std::string& machine) {
 }
 
 void CTraceRealtimeDoc::Drain() {
-  if (!m_connection || !m_connection->HasTraces()) return;
+  if (!m_connection) return;
+  if (std::exchange(m_toldLive, IsLive()) != IsLive()) TellWhyEmpty();
+  if (!m_connection->HasTraces()) return;
   CTraceHint batch;
   do {
     TraceEvent_i* const event = m_connection->NextTrace();
@@ -120,4 +122,18 @@ void CTraceRealtimeDoc::TogglePause() {
   } else {
     m_connection->Resume();
   }
+  TellWhyEmpty();
+}
+
+// Views that are empty show another reason now.
+void CTraceRealtimeDoc::TellWhyEmpty() {
+  if (m_traces.empty()) UpdateAllViews(nullptr, kHintOptions);
+}
+
+std::string CTraceRealtimeDoc::WhyEmpty() const {
+  if (!m_connection) return CTraceDoc::WhyEmpty();
+  const char* why = "They show as soon as an application there sends some";
+  if (m_paused) why = "The display is paused: View > Pause goes on";
+  if (!IsLive()) why = "Not connected: no trace service answers there, and it is asked again";
+  return "Waiting for traces from " + m_machine + "\n" + why;
 }

@@ -48,6 +48,9 @@ class CTraceRealtimeDoc : public CTraceDoc {
   // Without a connection nothing happens.
   void TogglePause();
 
+  bool IsStream() const override { return m_connection != nullptr; }
+  std::string WhyEmpty() const override;
+
   const std::string& Machine() const { return m_machine; }  // as the user typed it
   bool IsConnected() const { return m_connection != nullptr; }
   bool IsCapturing() const { return m_capture.IsOpen(); }
@@ -60,6 +63,7 @@ class CTraceRealtimeDoc : public CTraceDoc {
 
  private:
   static constexpr std::size_t kTrimTraces = 100;
+  void TellWhyEmpty();
   void Trim(CTraceHint* pending);
   bool BeginCapture(const std::string& name);
 
@@ -69,4 +73,5 @@ class CTraceRealtimeDoc : public CTraceDoc {
   TrcWriter m_capture;  // open while a capture runs
   std::string m_captureName;
   bool m_paused = false;
+  bool m_toldLive = true;  // IsLive, as the views know it
 };

@@ -9,6 +9,7 @@ constexpr std::uint32_t kDefaultUpdateIntervalMs = 333;
 
 std::uint32_t g_traceLimit = kDefaultTraceLimit;
 bool g_useUtc = false;
+bool g_tintSeverity = true;
 std::uint32_t g_updateInterval = kDefaultUpdateIntervalMs;
 ColumnFlags g_activeColumns = kDefaultActiveColumns;
 bool g_quickClose = false;
@@ -17,6 +18,7 @@ void ReadStartupSettings() {
   // Kept: the stored limit is taken as it stands; only the Options dialog has a range.
   g_traceLimit = NtRegGet(HKEY_CURRENT_USER, kRegTraceView, "Trace Limit", kDefaultTraceLimit);
   g_useUtc = NtRegGet(HKEY_CURRENT_USER, kRegTraceView, "Coordinated Universal Time", 0u) != 0;
+  g_tintSeverity = NtRegGet(HKEY_CURRENT_USER, kRegTraceView, "Tint Warnings and Errors", 1u) != 0;
   g_updateInterval =
       NtRegGet(HKEY_CURRENT_USER, kRegTraceView, "Update Interval", kDefaultUpdateIntervalMs);
 }

@@ -14,6 +14,7 @@ inline constexpr ColumnFlags kDefaultActiveColumns = {1, 0, 0, 0, 0, 0, 1, 1, 1,
 
 extern std::uint32_t g_traceLimit;      // most traces that a monitor keeps; not checked when read
 extern bool g_useUtc;                   // times in UTC, not local time
+extern bool g_tintSeverity;             // rows of warnings and errors have a pale tint
 extern std::uint32_t g_updateInterval;  // period of a monitor's timer, ms; set by hand only
 extern ColumnFlags g_activeColumns;     // built-in until ReadActiveColumns
 extern bool g_quickClose;               // the user chose to leave without saving; never cleared

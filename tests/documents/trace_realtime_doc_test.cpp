@@ -230,6 +230,36 @@ TEST_F(RealtimeDocTest, PauseTogglesBetweenPauseAndResume) {
   EXPECT_EQ(m_service.m_log, "connect web\npause\nresume\n");
 }
 
+TEST_F(RealtimeDocTest, AnEmptyMonitorSaysWhatItWaitsForAndWhyAndItsViewsHearOfAChange) {
+  CTraceRealtimeDoc unconnected(m_host, m_service.Connector());
+  EXPECT_FALSE(unconnected.IsStream());
+  EXPECT_EQ(unconnected.WhyEmpty(), "No traces");
+  Connect();
+  LogHints();
+  EXPECT_TRUE(m_document->IsStream());
+  EXPECT_EQ(m_document->WhyEmpty(),
+            "Waiting for traces from web\nThey show as soon as an application there sends some");
+  m_document->TogglePause();
+  EXPECT_EQ(m_document->WhyEmpty(),
+            "Waiting for traces from web\nThe display is paused: View > Pause goes on");
+  EXPECT_EQ(m_hints.size(), 1U);
+  m_document->TogglePause();
+  EXPECT_EQ(m_hints.size(), 2U);
+  m_service.Last().m_up = false;
+  m_document->Drain();
+  m_document->Drain();
+  EXPECT_EQ(m_hints.size(), 3U) << "once";
+  EXPECT_EQ(m_document->WhyEmpty(),
+            "Waiting for traces from web\n"
+            "Not connected: no trace service answers there, and it is asked again");
+  m_service.Last().m_up = true;
+  DrainOf(1);
+  EXPECT_EQ(m_hints.size(), 5U) << "the connection stands again, then the trace";
+  m_hints.clear();
+  m_document->TogglePause();
+  EXPECT_TRUE(m_hints.empty()) << "with traces nothing says so";
+}
+
 TEST_F(RealtimeDocTest, WhilePausedTheDocumentLosesNoTraceThatArrivesAllTheSame) {
   Connect();
   m_document->TogglePause();

@@ -24,9 +24,11 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   // change something.
   std::vector<std::string> calls;
   int fullPaints = 0;  // redrawing switched on
-  int rowPaints = 0;   // states and scrolling seen while redrawing is on
+  int repaints = 0;
+  int rowPaints = 0;  // states and scrolling seen while redrawing is on
   bool redraw = true;
   bool hasKeyboard = false;
+  bool endMark = false;
 
   void SetFocus() override { hasKeyboard = true; }
   void SetHeight(int heightPx) override { SetPage(heightPx / kRowHeightPx); }
@@ -107,6 +109,8 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
     redraw = on;
     if (on) ++fullPaints;
   }
+  void Repaint() override { ++repaints; }
+  void ShowEndMark(bool on) override { endMark = on; }
 
   ListHeader& Header() override { return *this; }
   void InsertColumn(const ColumnInfo& column, int widthPx) override {

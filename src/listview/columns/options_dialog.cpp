@@ -5,12 +5,14 @@
 #include <optional>
 #include <system_error>
 
+#include "base/text.h"
 #include "settings/registry.h"
 
 namespace {
 
 constexpr unsigned kTicDifferenceBox = 1078;
 constexpr unsigned kUtcBox = 1167;
+constexpr unsigned kTintBox = 1168;
 
 // The sign and digits of an integer of any size; more than 64 bits stay at the largest number.
 std::optional<std::int64_t> ParseInteger(const std::string& text) {
@@ -59,17 +61,26 @@ const std::vector<COptionsDlg::Box>& COptionsDlg::Boxes() {
   return boxes;
 }
 
+std::string COptionsDlg::LimitRange() {
+  return GroupDigits(kLimitMin) + " to " + GroupDigits(kLimitMax);
+}
+
 const char* COptionsDlg::Title() {
   return "Options";
 }
 
-COptionsDlg::COptionsDlg(Host& host) : CDialog(host), m_limit(g_traceLimit), m_utc(g_useUtc) {
+COptionsDlg::COptionsDlg(Host& host)
+    : CDialog(host), m_limit(g_traceLimit), m_utc(g_useUtc), m_tint(g_tintSeverity) {
   for (const Box& box : Boxes()) this->*box.member = FlagOf(box);
 }
 
 void COptionsDlg::OnBoxClicked(unsigned id) {
   if (id == kUtcBox) {
     m_utc = !m_utc;
+    return;
+  }
+  if (id == kTintBox) {
+    m_tint = !m_tint;
     return;
   }
   const Box* box = FindBox(id);
@@ -79,10 +90,11 @@ void COptionsDlg::OnBoxClicked(unsigned id) {
 }
 
 bool COptionsDlg::Exchange(const std::vector<std::pair<unsigned, bool>>& boxes, bool utc,
-                           const std::string& limitText) {
+                           const std::string& limitText, bool tint) {
   for (const auto& [id, ticked] : boxes)
     if (const Box* box = FindBox(id); box && box->enabled) this->*box->member = ticked;
   m_utc = utc;
+  m_tint = tint;
   const std::optional<std::int64_t> limit = ParseInteger(limitText);
   if (!limit) {
     GetHost().MessageBox({.text = "Enter an integer."});
@@ -103,6 +115,8 @@ void ApplyOptions(const COptionsDlg& dialog) {
   NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Trace Limit", g_traceLimit);
   g_useUtc = dialog.m_utc != 0;
   NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Coordinated Universal Time", g_useUtc ? 1u : 0u);
+  g_tintSeverity = dialog.m_tint != 0;
+  NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Tint Warnings and Errors", g_tintSeverity ? 1u : 0u);
   NtRegPutBuf(HKEY_CURRENT_USER, kRegColumns, "Active Columns", g_activeColumns.data(),
               sizeof g_activeColumns);
 }

@@ -17,11 +17,23 @@
 
 enum RowState : unsigned { kRowFocused = 1, kRowSelected = 2 };
 
+// A pale colour behind a row that is not selected.
+enum class RowTint { None, Warn, Error };
+
+// A part of a cell's text; of no bytes: none.
+struct CellHit {
+  int first = 0, bytes = 0;
+};
+
 class RowListOwner {
  public:
   // At most RowList::kCellBytes - 1 bytes are shown.
   virtual std::string RowListText(int row, Column column) = 0;
   virtual int RowListIcon(int row) = 0;  // -1: none
+  virtual RowTint RowListTint(int row) = 0;
+  virtual CellHit RowListHit(int row, Column column) = 0;  // what a search has found there
+  // Shown while there are no rows: what is awaited, and below it in smaller letters why.
+  virtual std::string RowListEmptyText() = 0;
   // A row's state changed. Comes before the call that changed it returns, for the row that loses
   // the focus before the one that gains it. Not for a change of the item count, nor for a deletion.
   virtual void OnRowStateChanged(int row, unsigned oldState, unsigned newState) = 0;
@@ -85,6 +97,11 @@ class RowList : public ViewControl {
   virtual void EnsureVisible(int row) = 0;  // whole, scrolling as little as needed
   // While redrawing is off nothing is painted; switching it on paints all.
   virtual void SetRedraw(bool on) = 0;
+  // The owner would answer other looks and other texts for an empty list from now on.
+  virtual void Repaint() = 0;
+  // For rows that go on coming: whether the list stands at its end can be seen, and elsewhere one
+  // click leads there.
+  virtual void ShowEndMark(bool on) = 0;
 
   virtual ListHeader& Header() = 0;
 };

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "documents/trace_panes.h"
 #include "docview/frame.h"
+#include "tree/regex/regex_plan.h"
 
 namespace {
 
@@ -43,6 +44,7 @@ void CTraceView::OnInitialUpdate() {
   if (m_firstUpdate) {
     m_firstUpdate = false;
     CreateColumns();
+    m_list->ShowEndMark(m_document.IsStream());
     if (!m_document.m_loading) RebuildRows();
   } else if (m_currentEvent) {
     CTraceHint hint(m_currentEvent);
@@ -124,6 +126,7 @@ int CTraceView::RowListIcon(int row) {
 void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState) {
   if (oldState & kRowFocused) m_currentRow = -1;
   if (newState & kRowFocused) m_currentRow = row;
+  if ((oldState ^ newState) & kRowFocused) ShowHits(false);
 }
 
 void CTraceView::OnRowClicked(int row) {

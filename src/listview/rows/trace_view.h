@@ -16,6 +16,8 @@
 #include "listview/rows/row_store.h"
 #include "tree/filter/trace_filter.h"
 
+class RegexPlan;
+
 using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;
 
 class CTraceView : public CView, public RowListOwner {
@@ -51,6 +53,9 @@ class CTraceView : public CView, public RowListOwner {
 
   std::string RowListText(int row, Column column) override;
   int RowListIcon(int row) override;
+  RowTint RowListTint(int row) override;
+  CellHit RowListHit(int row, Column column) override;
+  std::string RowListEmptyText() override;
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override;
   void OnRowClicked(int row) override;
   void OnRowDoubleClicked(int row) override;
@@ -72,6 +77,7 @@ class CTraceView : public CView, public RowListOwner {
   TraceEvent_i* EventOfRow(int row) const;  // null when there is no such row
   void TellStatus();
   void Invalidate();
+  void ShowHits(bool on);
   void OnSynchronize();
   void MapFindCommands();
   void OnEditFind();
@@ -92,4 +98,7 @@ class CTraceView : public CView, public RowListOwner {
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};
   int m_currentRow = -1;  // of the focused row, as the list last told
   bool m_active = false;
+  // The pattern of the search that has put the focus where it stands; null without one. Of its own:
+  // another view's search may be in the middle of a text.
+  std::unique_ptr<RegexPlan> m_hits;
 };

@@ -67,6 +67,7 @@ void CTraceView::FindInRows() {
       m_list->SetItemState(walk.StopRow(), 0, kRowFocused);
       m_list->SetItemState(walk.Row(), kRowFocused, kRowFocused);
       m_list->EnsureVisible(walk.Row());
+      ShowHits(true);
       Follow(EventOfRow(walk.Row()));
       break;
     case FindResult::NotFound:

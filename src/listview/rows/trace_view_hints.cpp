@@ -77,6 +77,7 @@ bool CTraceView::RebuildRows() {
   m_currentEvent = CurrentEvent();
   // The control, emptied without a word, has no focus now.
   m_currentRow = -1;
+  m_hits.reset();
   m_rows.TakeOver(rows);
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);

@@ -159,6 +159,28 @@ TEST_F(Options, AppliedOptionsAreCopiedAndStored) {
   EXPECT_EQ(stored, expected);
 }
 
+TEST_F(Options, TheTintOfWarningsAndErrorsIsOnByDefaultAndStored) {
+  ReadStartupSettings();
+  EXPECT_TRUE(g_tintSeverity);
+  COptionsDlg& dialog = Make();
+  EXPECT_EQ(dialog.m_tint, 1);
+  dialog.OnBoxClicked(1168);
+  EXPECT_EQ(dialog.m_tint, 0);
+  ASSERT_TRUE(dialog.Exchange({}, false, "2500", false));
+  EXPECT_TRUE(g_tintSeverity) << "not before OK";
+  ApplyOptions(dialog);
+  EXPECT_FALSE(g_tintSeverity);
+  g_tintSeverity = true;
+  ReadStartupSettings();
+  EXPECT_FALSE(g_tintSeverity);
+  EXPECT_EQ(Make().m_tint, 0);
+  g_tintSeverity = true;
+}
+
+TEST_F(Options, ItsLimitsAreToldAsTheyAreChecked) {
+  EXPECT_EQ(COptionsDlg::LimitRange(), "2,500 to 1,000,000");
+}
+
 TEST_F(Options, WhatWasStoredIsReadAtTheNextStart) {
   COptionsDlg& dialog = Make();
   ASSERT_TRUE(dialog.Exchange({{1046, true}}, true, "4321"));

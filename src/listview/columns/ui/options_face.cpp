@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr unsigned kUtcBox = 1167, kLimitEdit = 1074, kHelpButton = 57670;
+constexpr unsigned kUtcBox = 1167, kTintBox = 1168, kLimitEdit = 1074, kHelpButton = 57670;
 constexpr int kBoxColumns = 3;
 constexpr int kLimitDigits = 10;
 
@@ -69,6 +69,8 @@ QGroupBox* OptionsFace::MakeDisplay() {
   auto* layout = new QVBoxLayout(group);
   m_utc = MakeBox(kUtcBox, "Use Coordinated Universal Time (UTC)");
   layout->addWidget(m_utc);
+  m_tint = MakeBox(kTintBox, "Tint rows of warnings and errors");
+  layout->addWidget(m_tint);
   return group;
 }
 
@@ -84,9 +86,15 @@ QGroupBox* OptionsFace::MakePerformance() {
   m_limit->setAlignment(Qt::AlignRight);
   m_limit->setFixedWidth(fontMetrics().horizontalAdvance('0') * (kLimitDigits + 3));
   label->setBuddy(m_limit);
+  const QString range = QString::fromStdString(COptionsDlg::LimitRange());
+  m_limit->setToolTip(range + " traces");
+  m_limit->setAccessibleDescription(range);
   layout->addWidget(label);
   layout->addStretch(1);
   layout->addWidget(m_limit);
+  auto* limits = new QLabel(range, group);
+  limits->setObjectName("range");
+  layout->addWidget(limits);
   return group;
 }
 
@@ -110,13 +118,15 @@ QDialogButtonBox* OptionsFace::MakeButtons() {
 void OptionsFace::UpdateData() {
   for (const auto& [box, check] : m_boxes) check->setChecked(m_dialog.*(box->member) != 0);
   m_utc->setChecked(m_dialog.m_utc != 0);
+  m_tint->setChecked(m_dialog.m_tint != 0);
   m_limit->setText(QString::number(m_dialog.m_limit));
 }
 
 void OptionsFace::OnAccept() {
   std::vector<std::pair<unsigned, bool>> boxes;
   for (const auto& [box, check] : m_boxes) boxes.emplace_back(box->id, check->isChecked());
-  if (m_dialog.Exchange(boxes, m_utc->isChecked(), m_limit->text().toStdString())) {
+  if (m_dialog.Exchange(boxes, m_utc->isChecked(), m_limit->text().toStdString(),
+                        m_tint->isChecked())) {
     m_dialog.OnOK();
     return;
   }

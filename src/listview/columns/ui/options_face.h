@@ -33,5 +33,6 @@ class OptionsFace final : public QtDialogFace {
   COptionsDlg& m_dialog;
   std::vector<std::pair<const COptionsDlg::Box*, QCheckBox*>> m_boxes;
   QCheckBox* m_utc = nullptr;
+  QCheckBox* m_tint = nullptr;
   QLineEdit* m_limit = nullptr;
 };

@@ -10,6 +10,10 @@
 #include "listview/rows/ui/row_text.h"
 #include "listview/rows/ui/row_tool_tip.h"
 
+namespace {
+constexpr QPoint kToEndMargin(12, 10);
+}  // namespace
+
 QtRowList::QtRowList(RowListOwner& owner, QWidget* parent)
     : QAbstractScrollArea(parent),
       m_owner(owner),
@@ -21,7 +25,8 @@ QtRowList::QtRowList(RowListOwner& owner, QWidget* parent)
           [this](int first, int last) { RepaintRows(first, last); }),
       m_header(this, owner, [this](Column column) { return FitWidth(column); }),
       m_painter(*this),
-      m_input(*this) {
+      m_input(*this),
+      m_toEnd(this) {
   InstallRowListAccessible();
   setObjectName("rows");
   setAccessibleName("Traces");
@@ -40,6 +45,7 @@ QtRowList::QtRowList(RowListOwner& owner, QWidget* parent)
   };
   connect(&m_header, &QHeaderView::sectionResized, this, columnsChanged);
   connect(&m_header, &QHeaderView::sectionMoved, this, columnsChanged);
+  connect(&m_toEnd, &QAbstractButton::clicked, this, [this] { EnsureVisible(ItemCount() - 1); });
   LayOut();
 }
 
@@ -52,7 +58,12 @@ void QtRowList::SetItemCount(int rows) {
   const int before = ItemCount();
   m_states.SetCount(rows);
   UpdateScrollBars();
-  RepaintRows(std::min(before, ItemCount()), std::max(before, ItemCount()) - 1);
+  const int first = std::min(before, ItemCount()), last = std::max(before, ItemCount()) - 1;
+  // The text of an empty list goes, the mark of the end moves on.
+  if (before == 0 || ItemCount() == 0)
+    viewport()->update();
+  else
+    RepaintRows(first - (m_endMark ? 1 : 0), last + (m_endMark ? 1 : 0));
 }
 
 void QtRowList::DeleteRows(int first, int count) {
@@ -96,6 +107,23 @@ void QtRowList::EnsureVisible(int row) {
 void QtRowList::SetRedraw(bool on) {
   viewport()->setUpdatesEnabled(on);
   if (on) viewport()->update();
+}
+
+void QtRowList::ShowEndMark(bool on) {
+  m_endMark = on;
+  UpdateToEnd();
+  viewport()->update();
+}
+
+void QtRowList::UpdateToEnd() {
+  const bool away = m_endMark && !IsAtEnd();
+  if (away) {
+    m_toEnd.SetRowsBelow(ItemCount() - TopIndex() - m_pageRows);
+    m_toEnd.resize(m_toEnd.sizeHint());
+    const QPoint corner = viewport()->geometry().bottomRight();
+    m_toEnd.move(corner - QPoint(m_toEnd.width(), m_toEnd.height()) - kToEndMargin);
+  }
+  m_toEnd.setVisible(away);
 }
 
 void QtRowList::ScrollTo(int topRow) {
@@ -160,6 +188,7 @@ void QtRowList::changeEvent(QEvent* event) {
 void QtRowList::scrollContentsBy(int dx, int) {
   if (dx != 0) m_header.setOffset(horizontalScrollBar()->value());
   if (!m_holdPicture) viewport()->update();
+  UpdateToEnd();
 }
 
 void QtRowList::keyPressEvent(QKeyEvent* event) {
@@ -183,12 +212,12 @@ void QtRowList::contextMenuEvent(QContextMenuEvent* event) {
 
 void QtRowList::focusInEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusInEvent(event);
-  RepaintRows(m_states.Focus(), m_states.Focus());
+  viewport()->update();
 }
 
 void QtRowList::focusOutEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusOutEvent(event);
-  RepaintRows(m_states.Focus(), m_states.Focus());
+  viewport()->update();
 }
 
 int QtRowList::FitWidth(Column column) const {
@@ -217,6 +246,7 @@ void QtRowList::UpdateScrollBars() {
   horizontalScrollBar()->setRange(0, std::max(m_header.length() - viewport()->width(), 0));
   horizontalScrollBar()->setPageStep(viewport()->width());
   horizontalScrollBar()->setSingleStep(std::max(fontMetrics().averageCharWidth() * 3, 1));
+  UpdateToEnd();
 }
 
 void QtRowList::RepaintRows(int first, int last) {

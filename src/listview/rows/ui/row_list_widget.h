@@ -15,6 +15,7 @@
 #include "listview/rows/ui/row_input.h"
 #include "listview/rows/ui/row_painter.h"
 #include "listview/rows/ui/row_states.h"
+#include "listview/rows/ui/to_end_button.h"
 
 class QtRowList final : public QAbstractScrollArea, public RowList, public QtControl {
   Q_OBJECT
@@ -37,6 +38,8 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   int CountPerPage() const override { return m_pageRows; }
   void EnsureVisible(int row) override;
   void SetRedraw(bool on) override;
+  void Repaint() override { viewport()->update(); }
+  void ShowEndMark(bool on) override;
   ListHeader& Header() override { return m_header; }
 
   // For the parts that paint, handle input and describe the list.
@@ -46,6 +49,8 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   const RowHeader& Columns() const { return m_header; }
   int RowHeight() const { return m_rowHeight; }
   void ScrollTo(int topRow);
+  bool IsAtEnd() const { return TopIndex() + m_pageRows >= ItemCount(); }
+  bool ShowsEndMark() const { return m_endMark; }
   QString CellText(int row, Column column) const;  // in one line
   int IconOf(int row) const;                       // -1: none
   // In the viewport; a point beside the rows gives -1, one beside the columns none.
@@ -71,8 +76,8 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
 
  private:
   int FitWidth(Column column) const;
-  bool IsAtEnd() const { return TopIndex() + m_pageRows >= ItemCount(); }
   void LayOut();
+  void UpdateToEnd();
   void UpdateScrollBars();
   void RepaintRows(int first, int last);
 
@@ -81,9 +86,11 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   RowHeader m_header;
   RowPainter m_painter;
   RowInput m_input;
+  ToEndButton m_toEnd;
   int m_rowHeight = 1;
   // As the rows were last laid out. The viewport may be ahead of it: a hidden one changes without a
   // word, and its next event no longer knows the size before.
   int m_pageRows = 1;
+  bool m_endMark = false;
   bool m_holdPicture = false;  // the rows on view stay what they are while the scroll bar moves
 };

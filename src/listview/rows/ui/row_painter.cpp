@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "listview/rows/ui/font_runs.h"
+#include "listview/rows/ui/line_painter.h"
 #include "listview/rows/ui/mixed_color.h"
 #include "listview/rows/ui/row_list_widget.h"
 #include "listview/rows/ui/row_text.h"
@@ -11,7 +13,12 @@
 namespace {
 
 constexpr int kRowPaddingPx = 3;  // above and below the text
-constexpr double kStripe = 0.035, kSoft = 0.5, kGrid = 0.07;
+constexpr int kEmptyGapPx = 6;    // between the lines of an empty list
+constexpr qreal kEmptyScale = 1.15;
+constexpr double kSoftToText = 0.4;  // its first line
+constexpr int kEndMarkPx = 2;
+constexpr double kEndMarkShare = 0.6, kFocusElsewhere = 0.55;
+constexpr int kFocusMarkPx = 4;
 
 }  // namespace
 
@@ -19,23 +26,14 @@ int RowPainter::RowHeight(const QFontMetrics& metrics) {
   return std::max(metrics.height() + 2 * kRowPaddingPx, SeverityIcons::kSizePx + 4);
 }
 
-RowPainter::Look RowPainter::LookOf(int row) const {
-  // The active colours also without the keyboard: the selection stays plain to see.
-  const QPalette& palette = m_list.palette();
-  Look look;
-  if (m_list.GetItemState(row) & kRowSelected) {
-    look.background = palette.color(QPalette::Active, QPalette::Highlight);
-    look.text = palette.color(QPalette::Active, QPalette::HighlightedText);
-  } else {
-    // Stripes go by the number that a row keeps when others are trimmed before it.
-    const bool stripe = (m_list.States().Base() + row) % 2 != 0;
-    look.text = palette.color(QPalette::Active, QPalette::Text);
-    look.background =
-        Mixed(palette.color(QPalette::Active, QPalette::Base), look.text, stripe ? kStripe : 0);
-  }
-  look.soft = Mixed(look.background, look.text, kSoft);
-  look.grid = Mixed(look.background, look.text, kGrid);
-  return look;
+RowLook RowPainter::LookOfRow(int row) const {
+  RowKind kind;
+  kind.selected = (m_list.GetItemState(row) & kRowSelected) != 0;
+  kind.keyboard = m_list.hasFocus();
+  // Stripes go by the number that a row keeps when others are trimmed before it.
+  kind.stripe = (m_list.States().Base() + row) % 2 != 0;
+  kind.tint = kind.selected ? RowTint::None : m_list.Owner().RowListTint(row);
+  return LookOf(m_list.palette(), kind);
 }
 
 void RowPainter::Paint(QPainter& painter, const QRect& clip) {
@@ -54,19 +52,56 @@ void RowPainter::Paint(QPainter& painter, const QRect& clip) {
   const int painted = std::max((last + 1 - m_list.TopIndex()) * rowHeight, clip.top());
   if (painted <= clip.bottom())
     PaintBelow(canvas, QRect(QPoint(clip.left(), painted), clip.bottomRight()));
+  PaintEndMark(painter);
 }
 
 void RowPainter::PaintBelow(Canvas& canvas, const QRect& below) const {
-  const QColor base = m_list.palette().color(QPalette::Active, QPalette::Base);
-  canvas.painter.fillRect(below, base);
-  const QColor text = m_list.palette().color(QPalette::Active, QPalette::Text);
+  const RowLook look = LookOf(m_list.palette(), {});
+  canvas.painter.fillRect(below, look.background);
+  if (m_list.ItemCount() == 0 && PaintEmpty(canvas.painter)) return;
   for (const Place& place : canvas.places)
     canvas.painter.fillRect(place.left + place.width - 1, below.top(), 1, below.height(),
-                            Mixed(base, text, kGrid));
+                            look.grid);
+}
+
+// What the rows wait for, in the middle; false when the owner says nothing.
+bool RowPainter::PaintEmpty(QPainter& painter) const {
+  const QStringList lines = QString::fromStdString(m_list.Owner().RowListEmptyText()).split(u'\n');
+  if (lines.front().isEmpty()) return false;
+  const RowLook look = LookOf(m_list.palette(), {});
+  QFont large = m_list.font();
+  large.setPointSizeF(large.pointSizeF() * kEmptyScale);
+  const int largePx = QFontMetrics(large).height();
+  const int smallPx = QFontMetrics(m_list.font()).height() + kEmptyGapPx;
+  const QRect room = m_list.viewport()->rect();
+  int top = room.center().y() - (largePx + smallPx * int(lines.size() - 1)) / 2;
+  painter.setFont(large);
+  painter.setPen(Mixed(look.soft, look.text, kSoftToText));
+  for (const QString& line : lines) {
+    const bool first = &line == &lines.front();
+    const int height = first ? largePx : smallPx;
+    painter.drawText(QRect(room.left(), top, room.width(), height),
+                     Qt::AlignHCenter | (first ? Qt::AlignTop : Qt::AlignBottom), line);
+    top += height;
+    painter.setFont(m_list.font());
+    painter.setPen(look.soft);
+  }
+  return true;
+}
+
+// A line below the last row of a list that stands at its end.
+void RowPainter::PaintEndMark(QPainter& painter) const {
+  if (!m_list.ShowsEndMark() || m_list.ItemCount() == 0 || !m_list.IsAtEnd()) return;
+  QRect mark = m_list.RowRect(m_list.ItemCount() - 1);
+  const int bottom = std::min(mark.bottom() + kEndMarkPx, m_list.viewport()->rect().bottom());
+  mark.setTop(bottom - kEndMarkPx + 1);
+  mark.setBottom(bottom);
+  const RowLook look = LookOf(m_list.palette(), {});
+  painter.fillRect(mark, Mixed(look.background, look.accent, kEndMarkShare));
 }
 
 void RowPainter::PaintRow(Canvas& canvas, int row) {
-  const Look look = LookOf(row);
+  const RowLook look = LookOfRow(row);
   const QRect bounds = m_list.RowRect(row);
   canvas.painter.fillRect(bounds, look.background);
   for (const Place& place : canvas.places) {
@@ -74,10 +109,29 @@ void RowPainter::PaintRow(Canvas& canvas, int row) {
     if (place.column == Column::Sev)
       PaintIcon(canvas, cell, m_list.IconOf(row));
     else
-      PaintText(canvas, look, cell, place.align, m_list.CellText(row, place.column));
+      PaintCell(canvas, look, cell, place, row);
     canvas.painter.fillRect(cell.right(), cell.top(), 1, cell.height(), look.grid);
   }
-  if (m_list.GetItemState(row) & kRowFocused) PaintFocus(canvas.painter, look, bounds);
+  if (m_list.GetItemState(row) & kRowFocused)
+    PaintFocus(canvas.painter, look, bounds, m_list.GetItemState(row) & kRowSelected);
+}
+
+void RowPainter::PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell,
+                           const Place& place, int row) const {
+  const std::string bytes = m_list.Owner().RowListText(row, place.column);
+  const CellHit hit = m_list.Owner().RowListHit(row, place.column);
+  LinePart part;
+  if (hit.bytes > 0) {
+    const std::string_view before = std::string_view(bytes).substr(
+        0, std::min(bytes.size(), static_cast<std::size_t>(hit.first)));
+    const std::string_view with = std::string_view(bytes).substr(
+        0, std::min(bytes.size(), static_cast<std::size_t>(hit.first + hit.bytes)));
+    part.first = CellLine(before).size();
+    part.count = CellLine(with).size() - part.first;
+  }
+  PaintLine(canvas.painter, canvas.metrics, look,
+            cell.adjusted(RowHeader::kCellMarginPx, 0, -RowHeader::kCellMarginPx, 0), place.align,
+            CellLine(bytes), part);
 }
 
 void RowPainter::PaintIcon(Canvas& canvas, const QRect& cell, int icon) {
@@ -88,45 +142,22 @@ void RowPainter::PaintIcon(Canvas& canvas, const QRect& cell, int icon) {
                             m_icons.Get(icon, m_list.viewport()->devicePixelRatioF()));
 }
 
-void RowPainter::PaintText(Canvas& canvas, const Look& look, const QRect& cell, ColumnAlign align,
-                           const QString& whole) {
-  if (whole.isEmpty()) return;
-  const int room = cell.width() - 2 * RowHeader::kCellMarginPx;
-  int width = canvas.metrics.horizontalAdvance(whole);
-  QString text = whole;
-  if (width > room) {
-    text = canvas.metrics.elidedText(whole, Qt::ElideRight, room);
-    width = canvas.metrics.horizontalAdvance(text);
-    if (width > room) return;  // not even the dots fit
-  }
-  int x = cell.left() + RowHeader::kCellMarginPx;
-  if (align == ColumnAlign::Right) x += room - width;
-  if (align == ColumnAlign::Centre) x += (room - width) / 2;
-  const int y =
-      cell.top() + (cell.height() - canvas.metrics.height()) / 2 + canvas.metrics.ascent();
-  qsizetype begin = 0;
-  for (qsizetype mark; (mark = text.indexOf(kLineEndMark, begin)) != -1; begin = mark + 1) {
-    const QString line = text.mid(begin, mark - begin);
-    canvas.painter.setPen(look.text);
-    canvas.painter.drawText(x, y, line);
-    x += canvas.metrics.horizontalAdvance(line);
-    canvas.painter.setPen(look.soft);
-    canvas.painter.drawText(x, y, QString(kLineEndMark));
-    x += canvas.metrics.horizontalAdvance(kLineEndMark);
-  }
-  canvas.painter.setPen(look.text);
-  canvas.painter.drawText(x, y, begin == 0 ? text : text.mid(begin));
-}
-
-void RowPainter::PaintFocus(QPainter& painter, const Look& look, const QRect& row) const {
-  const QRect frame = row.intersected(m_list.viewport()->rect()).adjusted(0, 0, -1, -1);
+// A mark at its beginning and a frame; on a selected row the frame is thin.
+void RowPainter::PaintFocus(QPainter& painter, const RowLook& look, const QRect& row,
+                            bool selected) const {
+  const QRect frame = row.intersected(m_list.viewport()->rect());
+  const QColor color =
+      m_list.hasFocus() ? look.accent : Mixed(look.background, look.accent, kFocusElsewhere);
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(QPen(m_list.hasFocus() ? look.text : look.soft, 1, Qt::DotLine));
-  painter.drawRect(frame);
+  painter.setPen(selected && m_list.hasFocus() ? look.text : color);
+  painter.drawRect(frame.adjusted(0, 0, -1, -1));
+  if (selected) return;
+  if (m_list.hasFocus()) painter.drawRect(frame.adjusted(1, 1, -2, -2));
+  painter.fillRect(QRect(frame.left(), frame.top(), kFocusMarkPx, frame.height()), color);
 }
 
 int RowPainter::CellWidth(int row, Column column) const {
   if (column == Column::Sev) return SeverityIcons::kSizePx + 8;
-  return QFontMetrics(m_list.font()).horizontalAdvance(m_list.CellText(row, column)) +
+  return LineWidth(QFontMetrics(m_list.font()), m_list.CellText(row, column)) +
          2 * RowHeader::kCellMarginPx;
 }

@@ -4,12 +4,12 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <QColor>
 #include <QFontMetrics>
 #include <QRect>
 #include <vector>
 
 #include "listview/rows/row_list.h"
+#include "listview/rows/ui/row_look.h"
 #include "listview/rows/ui/severity_icons.h"
 
 class QPainter;
@@ -36,16 +36,15 @@ class RowPainter {
     QFontMetrics metrics;
     std::vector<Place> places;  // those that the clip touches
   };
-  struct Look {  // of one row
-    QColor background, text, soft, grid;
-  };
-  Look LookOf(int row) const;
+  RowLook LookOfRow(int row) const;
   void PaintRow(Canvas& canvas, int row);
   void PaintBelow(Canvas& canvas, const QRect& below) const;
+  bool PaintEmpty(QPainter& painter) const;
+  void PaintEndMark(QPainter& painter) const;
   void PaintIcon(Canvas& canvas, const QRect& cell, int icon);
-  static void PaintText(Canvas& canvas, const Look& look, const QRect& cell, ColumnAlign align,
-                        const QString& whole);
-  void PaintFocus(QPainter& painter, const Look& look, const QRect& row) const;
+  void PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell, const Place& place,
+                 int row) const;
+  void PaintFocus(QPainter& painter, const RowLook& look, const QRect& row, bool selected) const;
 
   QtRowList& m_list;
   SeverityIcons m_icons;

@@ -82,6 +82,34 @@ TEST_F(OptionsFaceTest, HasTheTitleTheGroupsAndTheTextsOfItsControls) {
   });
 }
 
+TEST_F(OptionsFaceTest, TheLimitTellsItsRangeBesideItInItsToolTipAndToAScreenReader) {
+  COptionsDlg dialog(m_host);
+  Run(dialog, [](QDialog& window) {
+    const auto* limit = window.findChild<QLineEdit*>("1074");
+    const auto* range = window.findChild<QLabel*>("range");
+    ASSERT_TRUE(range);
+    EXPECT_EQ(range->text(), "2,500 to 1,000,000");
+    EXPECT_TRUE(limit->toolTip().contains(range->text()));
+    EXPECT_EQ(limit->accessibleDescription(), range->text());
+    EXPECT_GE(range->mapTo(&window, QPoint()).x(),
+              limit->mapTo(&window, limit->rect().topRight()).x());
+    EXPECT_EQ(range->visibleRegion().boundingRect().size(), range->size()) << "it is not cut";
+  });
+}
+
+TEST_F(OptionsFaceTest, TheTintsHaveABoxBelowUtc) {
+  COptionsDlg dialog(m_host);
+  Run(dialog, [&](QDialog& window) {
+    auto* const tint = window.findChild<QCheckBox*>("1168");
+    ASSERT_TRUE(tint);
+    EXPECT_EQ(tint->text(), "Tint rows of warnings and errors");
+    EXPECT_TRUE(tint->isChecked());
+    tint->click();
+    PressOk(window, "3000");
+  });
+  EXPECT_EQ(dialog.m_tint, 0);
+}
+
 TEST_F(OptionsFaceTest, EveryControlHasAnAccessibleName) {
   COptionsDlg dialog(m_host);
   Run(dialog, [](QDialog& window) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QLineEdit>
 #include <QPainter>
 
@@ -36,17 +37,19 @@ QImage Icon(int icon, int side) {
 
 }  // namespace
 
-TEST(RowPainting, TheSelectionKeepsItsColourWhenTheKeyboardGoesElsewhere) {
+TEST(RowPainting, TheSelectionIsPalerWhenTheKeyboardIsElsewhereAndStaysPlainToSee) {
   ShownList s(20);
   QLineEdit other;
   other.show();
   s.list.SetItemState(3, kRowSelected, kRowSelected);
-  const QColor before = Background(s, 3);
-  EXPECT_EQ(before, Role(s, QPalette::Highlight));
+  EXPECT_EQ(Background(s, 3), Role(s, QPalette::Highlight));
   other.activateWindow();
   other.setFocus();
   ASSERT_TRUE(QTest::qWaitFor([&] { return !s.list.hasFocus(); }));
-  EXPECT_EQ(Background(s, 3), before);
+  const int base = Role(s, QPalette::Base).lightness();
+  const int full = Role(s, QPalette::Highlight).lightness();
+  EXPECT_LT(Background(s, 3).lightness(), base - 15);
+  EXPECT_GT(Background(s, 3).lightness(), full + 40);
 }
 
 TEST(RowPainting, RowsThatAreNotSelectedHaveSubtleStripes) {
@@ -75,6 +78,142 @@ TEST(RowPainting, TheFocusHasAFrameOfItsOwn) {
   EXPECT_EQ(Background(s, 3),
             before.pixelColor(s.list.Columns().ColumnLeft(Column::Count) + 2, row.center().y()))
       << "a focus alone is no selection";
+}
+
+TEST(RowPainting, ARowThatIsFocusedAloneHasAMarkAtItsBeginning) {
+  ShownList s(20);
+  const QRect row = s.list.RowRect(4);
+  const QPoint edge(2, row.center().y());
+  const QColor before = s.Picture().pixelColor(edge);
+  s.list.SetItemState(4, kRowFocused, kRowFocused);
+  const QColor mark = s.Picture().pixelColor(edge);
+  EXPECT_LT(mark.lightness(), before.lightness() - 60);
+  EXPECT_EQ(s.Picture().pixelColor(200, row.top() + 1), mark) << "the frame is two pixels thick";
+  EXPECT_EQ(s.Picture().pixelColor(200, row.bottom()), mark);
+}
+
+TEST(RowPainting, RowsOfWarningsAndErrorsHaveAVeryPaleTint) {
+  for (const bool dark : {false, true}) {
+    ShownList s(20);
+    if (dark) {
+      QPalette palette;
+      palette.setColor(QPalette::Base, QColor(30, 31, 34));
+      palette.setColor(QPalette::Text, QColor(230, 230, 230));
+      s.list.setPalette(palette);
+    }
+    s.owner.tints = {{2, RowTint::Warn}, {4, RowTint::Error}, {6, RowTint::Error}};
+    s.list.SetItemState(6, kRowSelected, kRowSelected);
+    const QColor plain = Background(s, 0), warn = Background(s, 2), error = Background(s, 4);
+    EXPECT_GT(warn.red() - warn.blue(), 10);
+    EXPECT_GT(error.red() - error.green(), 10);
+    for (const QColor& tint : {warn, error})
+      EXPECT_LT(std::abs(tint.lightness() - plain.lightness()), 25) << "it stays a hint";
+    EXPECT_EQ(Background(s, 6), Role(s, QPalette::Highlight)) << "a selection is not tinted";
+  }
+}
+
+TEST(RowPainting, WhatASearchHasFoundIsTintedInTheTextAndNothingElse) {
+  ShownList s(20, 10, 120);
+  s.owner.texts[{1, Column::Count}] = "say hello to all";
+  s.owner.hits[{1, Column::Count}] = {4, 5};
+  const QRect cell = s.list.CellRect(1, Column::Count);
+  const QFontMetrics metrics = s.list.fontMetrics();
+  const QImage picture = s.Picture();
+  // The column is right-aligned.
+  const int begin = cell.right() + 1 - RowHeader::kCellMarginPx -
+                    metrics.horizontalAdvance("say hello to all") +
+                    metrics.horizontalAdvance("say ");
+  const int end = begin + metrics.horizontalAdvance("hello");
+  const int y = cell.top() + 3;
+  const QColor tint = picture.pixelColor((begin + end) / 2, y);
+  EXPECT_GT(tint.red() - tint.blue(), 60);
+  EXPECT_EQ(picture.pixelColor(begin, y), tint);
+  EXPECT_EQ(picture.pixelColor(end - 1, y), tint);
+  EXPECT_NE(picture.pixelColor(begin - 1, y), tint);
+  EXPECT_NE(picture.pixelColor(end, y), tint);
+  EXPECT_EQ(CountPixels(picture, s.list.RowRect(2), tint), 0);
+}
+
+TEST(RowPainting, AHitBehindLettersOfSeveralBytesAndALineEndStandsWhereItIsRead) {
+  ShownList s(20, 10, 200);
+  s.owner.texts[{1, Column::Trace}] = "\xc3\xa4\xc3\xb6\r\nhello";
+  s.owner.hits[{1, Column::Trace}] = {6, 5};
+  const QRect cell = s.list.CellRect(1, Column::Trace);
+  s.list.horizontalScrollBar()->setValue(0);
+  s.list.resize(3200, s.list.height());
+  const QImage picture = s.Picture();
+  const int before = s.list.fontMetrics().horizontalAdvance(QString::fromUtf8("\xc3\xa4\xc3\xb6")) +
+                     s.list.fontMetrics().horizontalAdvance(QChar(0x23CE));
+  const int begin = s.list.CellRect(1, Column::Trace).left() + RowHeader::kCellMarginPx + before;
+  const QColor tint = picture.pixelColor(begin + 5, cell.top() + 3);
+  EXPECT_GT(tint.red() - tint.blue(), 60);
+  EXPECT_EQ(picture.pixelColor(begin, cell.top() + 3), tint);
+  EXPECT_NE(picture.pixelColor(begin - 1, cell.top() + 3), tint);
+}
+
+TEST(RowPainting, AnEmptyListSaysWhatItWaitsForAndWhy) {
+  ShownList s(0);
+  const QImage blank = s.Picture();
+  s.owner.emptyText = "Waiting for traces\nbecause";
+  s.list.Repaint();
+  const QImage picture = s.Picture();
+  EXPECT_NE(picture, blank);
+  const QRect middle(picture.rect().center() - QPoint(80, 30), QSize(160, 60));
+  EXPECT_NE(picture.copy(middle), blank.copy(middle));
+  s.owner.emptyText = "Waiting for traces";
+  EXPECT_NE(s.Picture(), picture) << "the second line has gone";
+  s.list.SetItemCount(1);
+  EXPECT_EQ(CountPixels(s.Picture(), middle.translated(0, 30), Role(s, QPalette::Base)) > 0, true);
+  const QImage one = s.Picture();
+  s.owner.emptyText = "";
+  EXPECT_EQ(s.Picture(), one) << "with a row nothing of it is left";
+}
+
+TEST(RowPainting, AnEmptyListThatGetsItsFirstRowIsPaintedAnew) {
+  ShownList s(0);
+  s.owner.emptyText = "Waiting for traces";
+  QApplication::processEvents();
+  s.owner.asked = 0;
+  s.list.SetItemCount(1);
+  QApplication::processEvents();
+  EXPECT_GT(s.owner.asked, 0);
+}
+
+TEST(RowEndMark, ALiveListAtItsEndHasALineBelowItsLastRow) {
+  ShownList s(5);
+  const QRect last = s.list.RowRect(4);
+  const QPoint below(100, last.bottom() + 1);
+  const QColor without = s.Picture().pixelColor(below);
+  s.list.ShowEndMark(true);
+  const QColor mark = s.Picture().pixelColor(below);
+  EXPECT_NE(mark, without);
+  s.list.SetItemCount(50);
+  EXPECT_NE(s.Picture().pixelColor(100, s.list.viewport()->height() - 1), mark) << "not at its end";
+  s.list.EnsureVisible(49);
+  EXPECT_EQ(s.Picture().pixelColor(100, s.list.viewport()->height() - 1), mark);
+}
+
+TEST(RowEndMark, OneClickLeadsBackToTheEnd) {
+  ShownList s(5000);
+  auto* const toEnd = s.list.findChild<QAbstractButton*>("toEnd");
+  ASSERT_TRUE(toEnd);
+  EXPECT_FALSE(toEnd->isVisible()) << "a list that is not live has none";
+  s.list.ShowEndMark(true);
+  EXPECT_TRUE(toEnd->isVisible());
+  EXPECT_TRUE(toEnd->text().endsWith("4,990 more")) << toEnd->text().toStdString();
+  EXPECT_TRUE(s.list.rect().contains(toEnd->geometry()));
+  s.list.EnsureVisible(2999);
+  EXPECT_TRUE(toEnd->text().endsWith("2,000 more"));
+  s.list.SetItemCount(5001);
+  EXPECT_TRUE(toEnd->text().endsWith("2,001 more"));
+  s.list.resize(s.list.width() - 100, s.list.height());
+  QApplication::processEvents();
+  EXPECT_TRUE(s.list.viewport()->geometry().contains(toEnd->geometry()));
+  QTest::mouseClick(toEnd, Qt::LeftButton);
+  EXPECT_GE(s.list.TopIndex() + s.list.CountPerPage(), 5001);
+  EXPECT_FALSE(toEnd->isVisible());
+  EXPECT_TRUE(s.list.hasFocus()) << "the keyboard stays with the rows";
+  EXPECT_EQ(s.States(), "f-1");
 }
 
 TEST(RowPainting, DarkColoursAreThePalettes) {

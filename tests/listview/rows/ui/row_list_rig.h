@@ -21,6 +21,12 @@ class CellsOwner final : public RowListOwner {
     return text == texts.end() ? std::to_string(row) : text->second;
   }
   int RowListIcon(int row) override { return icons.count(row) ? icons.at(row) : -1; }
+  RowTint RowListTint(int row) override { return tints.count(row) ? tints.at(row) : RowTint::None; }
+  CellHit RowListHit(int row, Column column) override {
+    const auto hit = hits.find({row, column});
+    return hit == hits.end() ? CellHit() : hit->second;
+  }
+  std::string RowListEmptyText() override { return emptyText; }
   void OnRowStateChanged(int row, unsigned, unsigned newState) override {
     told.push_back(std::to_string(row) + ":" + std::to_string(newState));
   }
@@ -40,6 +46,9 @@ class CellsOwner final : public RowListOwner {
 
   std::map<std::pair<int, Column>, std::string> texts;
   std::map<int, int> icons;
+  std::map<int, RowTint> tints;
+  std::map<std::pair<int, Column>, CellHit> hits;
+  std::string emptyText;
   std::vector<std::string> told;
   std::vector<std::pair<int, int>> menus;
   std::vector<int> asking;

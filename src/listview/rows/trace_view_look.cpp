@@ -1,0 +1,44 @@
+// How the rows of the list view look beside their texts.
+#include "base/text.h"
+#include "listview/rows/trace_view.h"
+#include "settings/globals.h"
+#include "tree/find/searched_text.h"
+#include "tree/regex/regex_plan.h"
+
+namespace {
+
+// What a pattern may cost in one cell while rows are painted. One that needs more has no hit there.
+constexpr std::int64_t kHitSteps = 20000;
+
+}  // namespace
+
+RowTint CTraceView::RowListTint(int row) {
+  const TraceEvent_i* event = g_tintSeverity ? EventOfRow(row) : nullptr;
+  const int icon = event ? SeverityIcon(*event) : -1;
+  return icon == 1 ? RowTint::Warn : icon == 2 ? RowTint::Error : RowTint::None;
+}
+
+CellHit CTraceView::RowListHit(int row, Column column) {
+  const TraceEvent_i* event = EventOfRow(row);
+  if (!m_hits || column != Column::Trace || !event) return {};
+  std::string kept;
+  if (m_hits->Begin(SearchedText(*event, kept), kHitSteps) != RegexAnswer::Yes) return {};
+  return {static_cast<int>(m_hits->MatchStart()),
+          static_cast<int>(m_hits->MatchEnd() - m_hits->MatchStart())};
+}
+
+void CTraceView::ShowHits(bool on) {
+  if (!on && !m_hits) return;
+  m_hits = on ? std::make_unique<RegexPlan>() : nullptr;
+  m_list->Repaint();
+}
+
+std::string CTraceView::RowListEmptyText() {
+  // Before the first update nobody knows yet.
+  if (m_firstUpdate || !GetDocument() || m_document.m_loading) return {};
+  const std::size_t held = m_document.m_traces.size();
+  if (held == 0) return m_document.WhyEmpty();
+  return "The filter hides " +
+         (held == 1 ? "the only trace" : "all " + GroupDigits(held) + " traces") +
+         "\nView > Filter... shows " + (held == 1 ? "it" : "them") + " again";
+}

@@ -27,6 +27,7 @@ struct MessageBoxRequest {
   BoxIcon icon = BoxIcon::Warning;
   BoxButtons buttons = BoxButtons::Ok;
   std::string caption = "Tessera";
+  std::optional<BoxAnswer> preferred = {};  // what Enter answers; unset: the first button
 };
 
 struct FileFilter {

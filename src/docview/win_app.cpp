@@ -104,9 +104,18 @@ CDocument* CWinApp::OpenDocumentFile(const std::string& path) {
   return document;
 }
 
+// Of the document in front, with a slash; empty when it has no file.
+std::string CWinApp::FolderOfActive() const {
+  const CMDIChildWnd* const front = m_mainFrame ? m_mainFrame->MDIGetActive() : nullptr;
+  const CDocument* const document = front ? front->GetActiveDocument() : nullptr;
+  const fs::path file(document ? document->GetPathName() : std::string());
+  return file.is_absolute() ? (file.parent_path() / "").string() : std::string();
+}
+
 void CWinApp::OnFileOpen() {
   FileDialogRequest request;
   request.title = "Open";
+  request.suggestedName = FolderOfActive();
   for (const auto& docTemplate : m_templates) {
     const std::string label = docTemplate->GetDocString(CMultiDocTemplate::filterName);
     const std::string extension = docTemplate->GetDocString(CMultiDocTemplate::filterExt);

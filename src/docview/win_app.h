@@ -35,7 +35,7 @@ class CWinApp : public CCmdTarget {
   // that is open already comes to the front. A success enters the recent files, a failure takes the
   // path off them.
   virtual CDocument* OpenDocumentFile(const std::string& path);
-  void OnFileOpen();
+  void OnFileOpen();  // begins beside the file in front
   void OpenRecentFile(std::size_t index);
   // Newest first. The store is told of every change by the virtual operation.
   const std::vector<std::string>& RecentFiles() const { return m_recent; }
@@ -53,6 +53,7 @@ class CWinApp : public CCmdTarget {
  private:
   Host& m_host;
   CDocument* FindOpenDocument(const std::string& path) const;
+  std::string FolderOfActive() const;
   CMDIFrameWnd* m_mainFrame = nullptr;
   std::vector<std::unique_ptr<CMultiDocTemplate>> m_templates;
   std::vector<std::string> m_recent;

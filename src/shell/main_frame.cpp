@@ -136,6 +136,7 @@ bool CMainFrame::MayQuickClose() {
   question.caption = "Application Exit";
   question.icon = BoxIcon::Question;
   question.buttons = BoxButtons::YesNoCancel;
+  question.preferred = BoxAnswer::No;  // a quick Enter loses nothing
   const BoxAnswer answer = GetHost().MessageBox(question);
   if (answer == BoxAnswer::Yes) g_quickClose = true;
   return answer != BoxAnswer::Cancel;

@@ -104,6 +104,18 @@ TEST_F(WinAppTest, FileOpenOffersTheRegisteredTemplatesAndOpensWhatIsChosen) {
   EXPECT_EQ(m_traces.Documents().size(), 1u);
 }
 
+TEST_F(WinAppTest, FileOpenBeginsBesideTheFileInFront) {
+  std::filesystem::create_directory(m_temp.File("night"));
+  m_app.OpenDocumentFile(m_temp.File("night/web.trc"));
+  m_app.OnFileOpen();
+  EXPECT_NE(m_host.Told().find("name=\"" + m_temp.File("night/") + "\""), std::string::npos)
+      << m_host.Told();
+  m_host.ClearTranscript();
+  m_traces.OpenDocumentFile(nullptr)->SetPathName("Traces sent to web", false);
+  m_app.OnFileOpen();
+  EXPECT_NE(m_host.Told().find("name=\"\""), std::string::npos) << m_host.Told();
+}
+
 TEST_F(WinAppTest, FourRecentFilesNewestFirstEachOnce) {
   for (const char* name : {"1.trc", "2.trc", "3.trc", "4.trc", "5.trc", "3.trc"}) {
     m_app.OpenDocumentFile(m_temp.File(name));

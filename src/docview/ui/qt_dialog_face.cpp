@@ -1,10 +1,12 @@
 #include "docview/ui/qt_dialog_face.h"
 
 #include <QKeyEvent>
+#include <utility>
 
 #include "docview/wnd.h"
 
-QtDialogFace::QtDialogFace(CDialog& dialog, QWidget* parent) : QDialog(parent), m_dialog(&dialog) {
+QtDialogFace::QtDialogFace(CDialog& dialog, QWidget* parent)
+    : QDialog(parent), m_dialog(&dialog), m_place(*this) {
   setWindowFlag(Qt::WindowContextHelpButtonHint, false);
 }
 
@@ -15,6 +17,19 @@ void QtDialogFace::CloseIfEnded() {
 void QtDialogFace::Detach() {
   m_dialog = nullptr;
   hide();
+}
+
+void QtDialogFace::RememberPlace(DialogPlaces* places, std::string name) {
+  m_place.Remember(places, std::move(name));
+}
+
+void QtDialogFace::setVisible(bool visible) {
+  if (visible)
+    m_place.BeforeShow();
+  else
+    m_place.BeforeHide();
+  QDialog::setVisible(visible);
+  if (visible) m_place.AfterShow();
 }
 
 void QtDialogFace::Forward(const std::function<void()>& call) {

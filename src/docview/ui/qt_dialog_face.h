@@ -12,6 +12,7 @@
 #include <functional>
 
 #include "docview/dialog.h"
+#include "docview/ui/dialog_place.h"
 
 class QtDialogFace : public QDialog {
  public:
@@ -25,6 +26,10 @@ class QtDialogFace : public QDialog {
   void CloseIfEnded();
   // The dialog is about to go: the window hides, and what still reaches it does nothing.
   void Detach();
+
+  // Comes up where the dialog of this name was left.
+  void RememberPlace(DialogPlaces* places, std::string name);
+  void setVisible(bool visible) override;
 
   // Esc and Enter as QDialog has them.
   void accept() override;
@@ -41,4 +46,5 @@ class QtDialogFace : public QDialog {
 
  private:
   CDialog* m_dialog;  // null when detached
+  DialogPlace m_place;
 };

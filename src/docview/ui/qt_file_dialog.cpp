@@ -6,13 +6,18 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QListView>
 #include <QMessageBox>
+#include <QSplitter>
 #include <QTreeView>
 #include <algorithm>
+
+#include "docview/ui/screen_fit.h"
 
 namespace {
 
 constexpr int kWidthPx = 720, kHeightPx = 460;
+constexpr int kSideBarMarginPx = 24;
 
 // Qt takes the patterns from the last parentheses, parted by blanks, and strips those when it shows
 // the filter; the label may have parentheses of its own.
@@ -43,6 +48,7 @@ QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
   if (!suggested.fileName().isEmpty()) selectFile(suggested.fileName());
   AddBoxes(request.boxes);
   WidenColumns();
+  WidenSideBar();
 }
 
 // As Qt has them, the columns cut sizes and dates.
@@ -52,7 +58,17 @@ void QtFileDialog::WidenColumns() {
   files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
   files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
   files->header()->setStretchLastSection(false);
-  resize(std::max(width(), kWidthPx), std::max(height(), kHeightPx));
+  const QSize wanted = size().expandedTo(QSize(kWidthPx, kHeightPx));
+  resize(wanted.boundedTo(ScreenRoom(*this).size() * 9 / 10));
+}
+
+// As Qt has it, the side bar cuts the names of the places.
+void QtFileDialog::WidenSideBar() {
+  const auto* const places = findChild<QListView*>(QStringLiteral("sidebar"));
+  auto* const parts = findChild<QSplitter*>(QStringLiteral("splitter"));
+  if (!places || !parts) return;
+  const int bar = places->sizeHintForColumn(0) + kSideBarMarginPx;
+  parts->setSizes({bar, std::max(width() - bar, bar)});
 }
 
 void QtFileDialog::AddBoxes(const std::vector<FileDialogBox>& boxes) {

@@ -23,5 +23,6 @@ class QtFileDialog final : public QFileDialog {
  private:
   void AddBoxes(const std::vector<FileDialogBox>& boxes);
   void WidenColumns();
+  void WidenSideBar();
   std::vector<QCheckBox*> m_boxes;
 };

@@ -1,11 +1,15 @@
 #include "docview/ui/qt_host.h"
 
+#include <cxxabi.h>
+
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QWindow>
 #include <algorithm>
 #include <clocale>
+#include <cstdlib>
+#include <memory>
 #include <utility>
 
 #include "docview/ui/qt_file_dialog.h"
@@ -28,6 +32,13 @@ class NormalCursor {
  private:
   const bool m_needed;
 };
+
+// "CFindDialog": by its class, as the face is found by it.
+std::string NameOf(const CDialog& dialog) {
+  const std::unique_ptr<char, void (*)(void*)> name(
+      abi::__cxa_demangle(typeid(dialog).name(), nullptr, nullptr, nullptr), std::free);
+  return name ? name.get() : typeid(dialog).name();
+}
 
 class ModelessFace final : public DialogFace {
  public:
@@ -123,6 +134,7 @@ QtDialogFace* QtHost::MakeFace(CDialog& dialog) {
   if (maker == m_faces.end()) return nullptr;
   QtDialogFace* face = maker->second(dialog, ParentForDialog());
   face->UpdateData();
+  face->RememberPlace(m_places.get(), NameOf(dialog));
   m_open.emplace_back(face);
   return face;
 }

@@ -37,6 +37,8 @@ class QtHost final : public Host {
   // Is a modal box or dialog up? The main window's documents are not to be closed meanwhile: Qt
   // blocks input to other windows, but not their close.
   static bool InModal();
+  // Where dialogs come up again; null: nowhere.
+  void SetPlaces(std::unique_ptr<DialogPlaces> places) { m_places = std::move(places); }
   // The window over which boxes and dialogs appear.
   void SetMainWidget(QWidget* widget) { m_mainWidget = widget; }
 
@@ -65,6 +67,7 @@ class QtHost final : public Host {
   void CloseEndedFaces();
 
   std::map<std::type_index, FaceMaker> m_faces;
+  std::unique_ptr<DialogPlaces> m_places;
   std::vector<QPointer<QtDialogFace>> m_open;
   std::map<QtMessageBox*, std::function<void()>> m_postedBoxes;
   std::map<TimerId, Timer> m_timers;

@@ -1,10 +1,13 @@
 #include "docview/ui/qt_message_box.h"
 
 #include <QCloseEvent>
+#include <QGridLayout>
 #include <QKeyEvent>
 #include <QPushButton>
 
 namespace {
+
+constexpr int kTitleButtonsPx = 110;  // beside the title, with the window's icon
 
 QMessageBox::Icon IconOf(BoxIcon icon) {
   switch (icon) {
@@ -20,6 +23,20 @@ QMessageBox::Icon IconOf(BoxIcon icon) {
       return QMessageBox::Information;
   }
   return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButton ButtonOf(BoxAnswer answer) {
+  switch (answer) {
+    case BoxAnswer::Ok:
+      return QMessageBox::Ok;
+    case BoxAnswer::Cancel:
+      return QMessageBox::Cancel;
+    case BoxAnswer::Yes:
+      return QMessageBox::Yes;
+    case BoxAnswer::No:
+      return QMessageBox::No;
+  }
+  return QMessageBox::NoButton;
 }
 
 QMessageBox::StandardButtons ButtonsOf(BoxButtons buttons) {
@@ -44,7 +61,21 @@ QtMessageBox::QtMessageBox(const MessageBoxRequest& request, QWidget* parent)
       m_buttons(request.buttons) {
   setTextFormat(Qt::PlainText);
   const bool hasYes = MustAnswer() || m_buttons == BoxButtons::YesNoCancel;
-  setDefaultButton(hasYes ? QMessageBox::Yes : QMessageBox::Ok);
+  setDefaultButton(request.preferred ? ButtonOf(*request.preferred)
+                   : hasYes          ? QMessageBox::Yes
+                                     : QMessageBox::Ok);
+  MakeRoomForTitle();
+}
+
+// The library makes a box as wide as its text, and the window manager cuts the title.
+void QtMessageBox::MakeRoomForTitle() {
+  auto* const grid = qobject_cast<QGridLayout*>(layout());
+  if (!grid) return;
+  QFont title = font();
+  title.setBold(true);
+  const int width = QFontMetrics(title).horizontalAdvance(windowTitle()) + kTitleButtonsPx;
+  grid->addItem(new QSpacerItem(width, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                grid->rowCount(), 0, 1, grid->columnCount());
 }
 
 BoxAnswer QtMessageBox::Answer() const {

@@ -22,6 +22,7 @@ class QtMessageBox final : public QMessageBox {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  void MakeRoomForTitle();
   bool MustAnswer() const { return m_buttons == BoxButtons::YesNo; }
   const BoxButtons m_buttons;
 };

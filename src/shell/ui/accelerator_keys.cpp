@@ -2,7 +2,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
-#include <QShortcut>
+#include <QWindow>
 
 #include "shell/menu_resources.h"
 
@@ -14,6 +14,17 @@ AcceleratorKeys::AcceleratorKeys(CommandActions& actions, QWidget& window)
         Qt::ApplicationShortcut, [&actions, id] { actions.Run(id); });
   }
   qApp->installEventFilter(this);
+  connect(qApp, &QGuiApplication::focusWindowChanged, this,
+          [this](const QWindow* focus) { Arm(focus); });
+}
+
+// A modeless box of ours, such as the progress of a load, hangs on the main window: there they work
+// too. Without a focus they wait for it.
+void AcceleratorKeys::Arm(const QWindow* focus) {
+  const QWindow* const main = m_window.windowHandle();
+  const QWindow* top = focus;
+  while (top && top != main && top->transientParent()) top = top->transientParent();
+  for (QShortcut* const shortcut : m_everywhere) shortcut->setEnabled(!focus || top == main);
 }
 
 void AcceleratorKeys::AddWindowKey(const QKeySequence& key, const std::function<void()>& run) {
@@ -24,6 +35,7 @@ void AcceleratorKeys::Add(const QKeySequence& key, Qt::ShortcutContext context,
                           const std::function<void()>& run) {
   auto* shortcut = new QShortcut(key, &m_window);
   shortcut->setContext(context);
+  if (context == Qt::ApplicationShortcut) m_everywhere << shortcut;
   connect(shortcut, &QShortcut::activated, this, run);
   connect(shortcut, &QShortcut::activatedAmbiguously, this, run);
   m_keys.insert(key[0].toCombined());

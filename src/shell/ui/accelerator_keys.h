@@ -1,7 +1,8 @@
 // The accelerator keys of the main window: each is known once and runs its command.
 //
 // A key whose command is disabled is swallowed, and a focused edit does not see an accelerator
-// before the main window does. Inside a modal dialog the keys belong to the dialog.
+// before the main window does. Inside a modal dialog the keys belong to the dialog, in a window
+// that stands for itself, as the help, to that window.
 //
 // Owner    Owned by the main window.
 // Threads  Interface thread.
@@ -10,6 +11,7 @@
 #include <QKeySequence>
 #include <QObject>
 #include <QSet>
+#include <QShortcut>
 
 #include "shell/ui/command_actions.h"
 
@@ -24,6 +26,8 @@ class AcceleratorKeys : public QObject {
 
  private:
   void Add(const QKeySequence& key, Qt::ShortcutContext context, const std::function<void()>& run);
+  void Arm(const QWindow* focus);
   QWidget& m_window;
   QSet<int> m_keys;  // key and modifiers
+  QList<QShortcut*> m_everywhere;
 };

@@ -1,13 +1,17 @@
 #include "shell/ui/clear_fusion.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QStyleOption>
+#include <algorithm>
 
 namespace {
 
 constexpr int kFusionDarker = 140;  // percent: what Fusion makes of the window's colour for an edge
 constexpr int kBrighterFocus = 170;
 constexpr int kSeparatorGapPx = 6;
+constexpr qreal kCrossShare = 0.45;  // of a tab's button
+constexpr int kTitleRoomPx = 4, kLeastTitlePx = 18, kTitleGapPx = 4;
 constexpr qreal kPale = 0.65;  // the title of a window without the focus
 
 bool IsDark(const QStyleOption* option) {
@@ -24,6 +28,31 @@ QPalette WithEdges(QPalette palette) {
   palette.setColor(QPalette::Window, edge.lighter(kFusionDarker));
   palette.setColor(QPalette::Highlight, palette.color(QPalette::Highlight).lighter(kBrighterFocus));
   return palette;
+}
+
+// A cross in the text's colour, on a pale ground under the mouse. Fusion's picture is orange and
+// draws the eye to every tab.
+void DrawTabClose(const QStyleOption& option, QPainter& painter) {
+  QColor ink = option.palette.color(QPalette::WindowText);
+  const QRectF room(option.rect);
+  const qreal side = std::min(room.width(), room.height());
+  QRectF cross(0, 0, side * kCrossShare, side * kCrossShare);
+  cross.moveCenter(room.center());
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  if (option.state & QStyle::State_MouseOver) {
+    QColor ground = ink;
+    ground.setAlphaF(0.15f);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ground);
+    painter.drawRoundedRect(room, 3, 3);
+  } else {
+    ink.setAlphaF(0.65f);
+  }
+  painter.setPen(QPen(ink, 1.4, Qt::SolidLine, Qt::RoundCap));
+  painter.drawLine(cross.topLeft(), cross.bottomRight());
+  painter.drawLine(cross.topRight(), cross.bottomLeft());
+  painter.restore();
 }
 
 template <class Option>
@@ -47,6 +76,7 @@ int ClearFusion::styleHint(StyleHint hint, const QStyleOption* option, const QWi
 
 void ClearFusion::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
                                 QPainter* painter, const QWidget* widget) const {
+  if (element == PE_IndicatorTabClose) return DrawTabClose(*option, *painter);
   const QStyleOption* drawn = nullptr;
   QStyleOptionButton box;
   QStyleOptionFrame field;
@@ -74,25 +104,41 @@ void ClearFusion::drawControl(ControlElement element, const QStyleOption* option
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
-// Fusion writes a title in white over a shadow of the text's colour, here the same white; the
-// buttons of a window without the focus are black. Such a window is drawn as one that has it, in
-// the window's colour and paler.
+int ClearFusion::pixelMetric(PixelMetric metric, const QStyleOption* option,
+                             const QWidget* widget) const {
+  const int given = QProxyStyle::pixelMetric(metric, option, widget);
+  if (metric != PM_TitleBarHeight) return given;
+  const QFontMetrics metrics(widget ? widget->font() : QApplication::font());
+  return std::min(given, std::max(metrics.height() + kTitleRoomPx, kLeastTitlePx));
+}
+
+// Fusion writes the title in the middle, and the buttons of a window without the focus are black,
+// on dark colours on black. There such a window is drawn as one that has it, in the window's colour
+// and paler.
 void ClearFusion::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                                      QPainter* painter, const QWidget* widget) const {
   const auto* const given = qstyleoption_cast<const QStyleOptionTitleBar*>(option);
-  if (control != CC_TitleBar || !given || !IsDark(option)) {
+  if (control != CC_TitleBar || !given) {
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     return;
   }
   QStyleOptionTitleBar bar(*given);
-  bar.palette.setColor(QPalette::Text, Qt::black);
+  bar.text.clear();
+  const bool active = bar.titleBarState & State_Active;
+  const bool dark = IsDark(option);
   painter->save();
-  if (!(bar.titleBarState & State_Active)) {
+  if (!active && dark) {
     bar.titleBarState |= State_Active;
     bar.palette.setColor(QPalette::Highlight, bar.palette.color(QPalette::Window));
     painter->fillRect(bar.rect, bar.palette.window());
     painter->setOpacity(kPale);
   }
   QProxyStyle::drawComplexControl(control, &bar, painter, widget);
+  const QRect room = proxy()->subControlRect(CC_TitleBar, &bar, SC_TitleBarLabel, widget);
+  painter->setPen(active || dark ? Qt::white : bar.palette.color(QPalette::WindowText));
+  painter->drawText(room.adjusted(kTitleGapPx, 0, -kTitleGapPx, 0),
+                    Qt::AlignLeft | Qt::AlignVCenter,
+                    painter->fontMetrics().elidedText(given->text, Qt::ElideRight,
+                                                      room.width() - 2 * kTitleGapPx));
   painter->restore();
 }

@@ -5,6 +5,9 @@
 // their edges, and the buttons of a child window without the focus are black on black. On light
 // colours they stay as they are.
 //
+// The title of a child window stands at the left, where the others of a cascade leave it to be
+// seen, in a bar that is a little lower.
+//
 // Threads  Interface thread.
 #pragma once
 
@@ -20,6 +23,8 @@ class ClearFusion : public QProxyStyle {
   // The buttons of some dialogs are the program's own, of others the library's: all look alike.
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* data) const override;
+  int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                  const QWidget* widget) const override;
   void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                           QPainter* painter, const QWidget* widget) const override;
 };

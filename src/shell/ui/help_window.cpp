@@ -6,6 +6,8 @@
 #include <QTextTable>
 #include <QToolBar>
 
+#include "shell/ui/help_search.h"
+
 namespace {
 
 constexpr char kContents[] = "contents";
@@ -65,7 +67,10 @@ class Pages : public QTextBrowser {
 }  // namespace
 
 HelpWindow::HelpWindow(QWidget* parent)
-    : QMainWindow(parent, Qt::Window), m_pages(new Pages(this)) {
+    : QMainWindow(parent, Qt::Window),
+      m_pages(new Pages(this)),
+      m_search(new HelpSearch(
+          *m_pages, Topics(), [this](const QString& topic) { ShowTopic(topic); }, this)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(tr("Tessera Help"));
@@ -91,10 +96,18 @@ void HelpWindow::MakeBar() {
   forward->setEnabled(false);
   connect(m_pages, &QTextBrowser::backwardAvailable, back, &QAction::setEnabled);
   connect(m_pages, &QTextBrowser::forwardAvailable, forward, &QAction::setEnabled);
-  auto* close = new QAction(this);
-  close->setShortcut(QKeySequence(Qt::Key_Escape));
-  connect(close, &QAction::triggered, this, &QWidget::close);
-  addAction(close);
+  bar->addWidget(m_search);
+  AddKey(Qt::CTRL | Qt::Key_F, [this] { m_search->Begin(); });
+  AddKey(Qt::Key_F3, [this] { m_search->Step(1); });
+  AddKey(Qt::SHIFT | Qt::Key_F3, [this] { m_search->Step(-1); });
+  AddKey(Qt::Key_Escape, [this] { close(); });
+}
+
+void HelpWindow::AddKey(const QKeySequence& key, const std::function<void()>& run) {
+  auto* const action = new QAction(this);
+  action->setShortcut(key);
+  connect(action, &QAction::triggered, this, run);
+  addAction(action);
 }
 
 QStringList HelpWindow::Topics() {

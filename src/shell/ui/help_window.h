@@ -6,6 +6,9 @@
 
 #include <QMainWindow>
 #include <QTextBrowser>
+#include <functional>
+
+class HelpSearch;
 
 class HelpWindow : public QMainWindow {
  public:
@@ -20,5 +23,7 @@ class HelpWindow : public QMainWindow {
 
  private:
   void MakeBar();
+  void AddKey(const QKeySequence& key, const std::function<void()>& run);
   QTextBrowser* m_pages;
+  HelpSearch* m_search;
 };

@@ -17,6 +17,7 @@
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"
 #include "shell/ui/qt_main_frame.h"
+#include "shell/ui/stored_places.h"
 #include "tree/filter/ui/filter_face.h"
 #include "tree/find/ui/find_face.h"
 #include "tree/proc/ui/tree_widget.h"
@@ -44,6 +45,7 @@ QSize PrimaryRoom() {
 
 QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
     : m_host(host), m_closed(std::move(closed)) {
+  host.SetPlaces(std::make_unique<StoredPlaces>());
   host.RegisterFace<CLoadStatus>([](CLoadStatus& dialog, QWidget* parent) {
     return std::make_unique<LoadStatusFace>(dialog, parent);
   });

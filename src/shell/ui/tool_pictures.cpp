@@ -13,26 +13,19 @@ QPen Pen(const QColor& colour, qreal width = 1.3) {
   return QPen(colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
 }
 
-// A rubber on its edge, and the line that it wipes.
+// A bin with its lid.
 void DrawClear(QPainter& p, const PictureInk& ink) {
-  QPainterPath body;
-  body.moveTo(9.6, 2.5);
-  body.lineTo(14, 6.9);
-  body.lineTo(8.4, 12.5);
-  body.lineTo(5.2, 12.5);
-  body.lineTo(2.4, 9.7);
-  body.closeSubpath();
-  QPainterPath end;
-  end.moveTo(5.7, 6.4);
-  end.lineTo(10.1, 10.8);
-  end.lineTo(8.4, 12.5);
-  end.lineTo(5.2, 12.5);
-  end.lineTo(2.4, 9.7);
-  end.closeSubpath();
-  p.fillPath(end, ink.accent);
+  QPainterPath bin;
+  bin.moveTo(3.6, 5.2);
+  bin.lineTo(4.4, 14);
+  bin.lineTo(11.6, 14);
+  bin.lineTo(12.4, 5.2);
   p.setPen(Pen(ink.line));
-  p.drawPath(body);
-  p.drawLine(QPointF(5.2, 14.2), QPointF(13.5, 14.2));
+  p.drawPath(bin);
+  p.drawLine(QPointF(2, 4.2), QPointF(14, 4.2));
+  p.drawPolyline(QPolygonF({{5.9, 4}, {6.4, 2}, {9.6, 2}, {10.1, 4}}));
+  p.setPen(Pen(ink.accent, 1.2));
+  for (const qreal x : {6.5, 9.5}) p.drawLine(QPointF(x, 6.8), QPointF(x, 11.8));
 }
 
 void DrawOpen(QPainter& p, const PictureInk& ink) {
@@ -100,15 +93,20 @@ void DrawTree(QPainter& p, const PictureInk& ink) {
   p.drawLine(QPointF(13.2, 12.5), QPointF(14.4, 12.5));
 }
 
-// Two lists, the same row of which is marked.
+// Two rows; from each an arrow leads to the other.
 void DrawSynchronize(QPainter& p, const PictureInk& ink) {
-  p.fillRect(QRectF(2.2, 6.4, 4, 3.2), ink.accent);
-  p.fillRect(QRectF(9.8, 6.4, 4, 3.2), ink.accent);
-  p.setPen(Pen(ink.line, 1.2));
-  p.drawRect(QRectF(1.6, 2.4, 5.2, 11.2));
-  p.drawRect(QRectF(9.2, 2.4, 5.2, 11.2));
-  p.setPen(Pen(ink.accent, 1.2));
-  p.drawLine(QPointF(7, 8), QPointF(9, 8));
+  QColor fill = ink.accent;
+  fill.setAlphaF(fill.alphaF() * 0.35f);
+  for (const QRectF& row : {QRectF(1.6, 1.8, 9, 3.6), QRectF(5.4, 10.6, 9, 3.6)}) {
+    p.fillRect(row, fill);
+    p.setPen(Pen(ink.line));
+    p.drawRect(row);
+  }
+  p.setPen(Pen(ink.accent, 1.4));
+  p.drawPolyline(QPolygonF({{10.9, 3.6}, {13, 3.6}, {13, 8.6}}));
+  p.drawPolyline(QPolygonF({{11.2, 7}, {13, 8.8}, {14.8, 7}}));
+  p.drawPolyline(QPolygonF({{5.1, 12.4}, {3, 12.4}, {3, 7.4}}));
+  p.drawPolyline(QPolygonF({{1.2, 9}, {3, 7.2}, {4.8, 9}}));
 }
 
 void DrawPause(QPainter& p, const PictureInk& ink) {

@@ -6,7 +6,9 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
+#include <QScreen>
 #include <QTest>
 #include <QTreeView>
 #include <filesystem>
@@ -231,4 +233,16 @@ TEST_F(FileDialogTest, BoxesStandInTheDialogAndComeBackWithTheirTicks) {
   });
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->boxes, (std::vector<bool>{true, true}));
+}
+
+TEST_F(FileDialogTest, TheSideBarShowsItsNamesWholeAndTheDialogFitsItsScreen) {
+  FileDialogRequest request;
+  request.title = "Open";
+  Run(request, [](QFileDialog& dialog) {
+    const auto* const places = dialog.findChild<QListView*>("sidebar");
+    ASSERT_TRUE(places);
+    EXPECT_GE(places->viewport()->width(), places->sizeHintForColumn(0));
+    EXPECT_LE(dialog.width(), dialog.screen()->availableSize().width());
+    EXPECT_LE(dialog.height(), dialog.screen()->availableSize().height());
+  });
 }

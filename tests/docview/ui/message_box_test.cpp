@@ -191,3 +191,23 @@ TEST(PostedBoxes, ThatAreStillUpWhenTheHostGoesAreToldAsClosed) {
   EXPECT_TRUE(closed);
   EXPECT_EQ(PostedBox(), nullptr);
 }
+
+TEST(MessageBoxes, EnterPressesTheFirstButtonUnlessAnotherIsPreferred) {
+  QtHost host;
+  MessageBoxRequest request = {.text = "Leave?", .buttons = BoxButtons::YesNoCancel};
+  const auto enter = [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); };
+  EXPECT_EQ(Ask(host, request, enter), BoxAnswer::Yes);
+  request.preferred = BoxAnswer::No;
+  EXPECT_EQ(Ask(host, request, enter), BoxAnswer::No);
+  request.preferred = BoxAnswer::Cancel;
+  EXPECT_EQ(Ask(host, request, enter), BoxAnswer::Cancel);
+}
+
+TEST(MessageBoxes, AreAtLeastAsWideAsTheirTitle) {
+  QtHost host;
+  const std::string caption = "A caption that is much longer than what the box has to say";
+  Ask(host, {.text = "No.", .caption = caption}, [&](QMessageBox& box) {
+    EXPECT_GE(box.width(), box.fontMetrics().horizontalAdvance(QString::fromStdString(caption)));
+    box.button(QMessageBox::Ok)->click();
+  });
+}

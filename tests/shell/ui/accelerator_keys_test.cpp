@@ -124,6 +124,33 @@ TEST_F(AcceleratorKeysTest, InsideAModalDialogTheKeysBelongToTheDialog) {
   EXPECT_TRUE(m_target.m_taken.empty());
 }
 
+TEST_F(AcceleratorKeysTest, AWindowThatStandsForItselfHasItsOwnKeys) {
+  MakeKeys();
+  QMainWindow help;
+  auto* text = new QLineEdit(QStringLiteral("page"), &help);
+  help.setCentralWidget(text);
+  help.show();
+  help.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&help));
+  for (const Accelerator& key : Accelerators())
+    QTest::keySequence(text, QKeySequence(QString::fromLatin1(key.key)));
+  EXPECT_TRUE(m_target.m_taken.empty());
+  m_window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&m_window));
+  QTest::keyClick(m_edit, Qt::Key_F1);
+  EXPECT_EQ(m_target.m_taken, std::vector<unsigned>{ID_HELP});
+}
+
+TEST_F(AcceleratorKeysTest, AModelessBoxOfTheWindowPassesTheKeysOn) {
+  MakeKeys();
+  QDialog box(&m_window);
+  box.show();
+  box.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&box));
+  QTest::keyClick(&box, Qt::Key_F1);
+  EXPECT_EQ(m_target.m_taken, std::vector<unsigned>{ID_HELP});
+}
+
 TEST_F(AcceleratorKeysTest, NoActionHasAShortcutOfItsOwnSoThatNoKeyIsKnownTwice) {
   MakeKeys();
   for (const Accelerator& key : Accelerators())

@@ -125,6 +125,60 @@ TEST_F(ClearFusionTest, OnLightColoursNothingChanges) {
   EXPECT_EQ(TitleBar(m_style, Light(), close), TitleBar(*m_plain, Light(), close));
 }
 
+TEST_F(ClearFusionTest, ATitleBeginsAtTheLeftInABarThatIsLowerThanFusions) {
+  const QStyle& style = m_style;
+  for (const QPalette& palette : {Light(), Dark()}) {
+    for (const bool active : {true, false}) {
+      QStyleOptionTitleBar bar;
+      bar.palette = palette;
+      bar.rect = QRect(0, 0, 200, 24);
+      bar.titleBarFlags = Qt::SubWindow | Qt::WindowTitleHint | Qt::WindowSystemMenuHint;
+      bar.subControls = QStyle::SC_TitleBarLabel;
+      bar.state = QStyle::State_Enabled;
+      if (active) bar.titleBarState = QStyle::State_Active;
+      const auto draw = [&](QPainter& painter) {
+        style.drawComplexControl(QStyle::CC_TitleBar, &bar, &painter);
+      };
+      const QImage empty = Picture(palette, draw);
+      bar.text = QStringLiteral("web");
+      const QImage titled = Picture(palette, draw);
+      const int begin =
+          style.subControlRect(QStyle::CC_TitleBar, &bar, QStyle::SC_TitleBarLabel).left();
+      int first = 200, last = 0;
+      for (int y = 0; y < 24; ++y) {
+        for (int x = 0; x < 200; ++x) {
+          if (titled.pixel(x, y) == empty.pixel(x, y)) continue;
+          first = std::min(first, x);
+          last = std::max(last, x);
+        }
+      }
+      EXPECT_NEAR(first, begin + 4, 3) << active;
+      EXPECT_LT(last, begin + 60) << active;
+    }
+  }
+  EXPECT_LT(style.pixelMetric(QStyle::PM_TitleBarHeight),
+            m_plain->pixelMetric(QStyle::PM_TitleBarHeight));
+  EXPECT_GE(style.pixelMetric(QStyle::PM_TitleBarHeight),
+            QFontMetrics(QApplication::font()).height() + 2);
+}
+
+TEST_F(ClearFusionTest, TheCloseButtonOfATabIsSeenAndHasNoColourOfItsOwn) {
+  for (const QPalette& palette : {Light(), Dark()}) {
+    QStyleOption button;
+    button.palette = palette;
+    button.rect = QRect(10, 10, 16, 16);
+    button.state = QStyle::State_Enabled;
+    const QStyle& style = m_style;
+    const QImage picture = Picture(palette, [&](QPainter& painter) {
+      style.drawPrimitive(QStyle::PE_IndicatorTabClose, &button, &painter);
+    });
+    EXPECT_GE(BestContrast(picture, button.rect, palette), kVisible);
+    for (int y = 10; y < 26; ++y)
+      for (int x = 10; x < 26; ++x)
+        EXPECT_LT(picture.pixelColor(x, y).hslSaturation(), 40) << x << " " << y;
+  }
+}
+
 TEST_F(ClearFusionTest, TheButtonsOfDialogsHaveNoPictures) {
   const QStyle& style = m_style;
   EXPECT_EQ(style.styleHint(QStyle::SH_DialogButtonBox_ButtonsHaveIcons), 0);

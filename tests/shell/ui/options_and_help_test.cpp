@@ -4,7 +4,9 @@
 #include <QTextBrowser>
 
 #include "listview/columns/options_dialog.h"
+#include "shell/child_frame.h"
 #include "shell/menu_resources.h"
+#include "shell/ui/help_search.h"
 #include "shell_fixture.h"
 
 namespace {
@@ -113,6 +115,100 @@ TEST_F(OptionsAndHelpTest, TheKeyboardPageTellsEveryAccelerator) {
   const QString text = help.findChild<QTextBrowser*>()->toPlainText();
   for (const Accelerator& key : Accelerators())
     EXPECT_TRUE(text.contains(QLatin1String(key.key))) << key.key;
+}
+
+TEST_F(OptionsAndHelpTest, TheHelpIsSearchedOverAllItsPages) {
+  HelpWindow help(nullptr);
+  help.setAttribute(Qt::WA_DeleteOnClose, false);
+  help.ShowTopic(QStringLiteral("window"));
+  help.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&help));
+  auto* field = help.findChild<QLineEdit*>();
+  auto* pages = help.findChild<QTextBrowser*>();
+  const auto* search = dynamic_cast<HelpSearch*>(field->parentWidget());
+  ASSERT_TRUE(search);
+  QTest::keyClick(pages, Qt::Key_F, Qt::ControlModifier);
+  EXPECT_TRUE(field->hasFocus());
+  QTest::keyClicks(field, QStringLiteral("procedure"));
+  EXPECT_EQ(help.Topic(), QStringLiteral("window")) << "the page that shows comes first";
+  EXPECT_EQ(pages->textCursor().selectedText().toLower(), QStringLiteral("procedure"));
+  const QStringList said = search->Said().split(QStringLiteral(" of "));
+  ASSERT_EQ(said.size(), 2);
+  EXPECT_EQ(said[0], QStringLiteral("1"));
+  const int hits = said[1].toInt();
+  EXPECT_GT(hits, 3);
+  QSet<QString> topics;
+  for (int i = 0; i < hits; ++i) {
+    topics << help.Topic();
+    EXPECT_EQ(pages->textCursor().selectedText().toLower(), QStringLiteral("procedure")) << i;
+    QTest::keyClick(field, Qt::Key_Return);
+  }
+  EXPECT_GT(topics.size(), 2);
+  EXPECT_EQ(search->Said(), QStringLiteral("1 of %1").arg(hits)) << "round";
+  QTest::keyClick(field, Qt::Key_F3, Qt::ShiftModifier);
+  EXPECT_EQ(search->Said(), QStringLiteral("%1 of %1").arg(hits));
+  field->setText(QStringLiteral("no such word"));
+  EXPECT_EQ(search->Said(), QStringLiteral("not found"));
+}
+
+TEST_F(OptionsAndHelpTest, TheKeysOfTheMainWindowAreNotThoseOfTheHelp) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  Frame().OnCommand(ID_HELP_INDEX);
+  ASSERT_TRUE(QTest::qWaitForWindowActive(m_faces->Help()));
+  auto* pages = m_faces->Help()->findChild<QTextBrowser*>();
+  QTest::keyClick(pages, Qt::Key_F6, Qt::ControlModifier);
+  EXPECT_FALSE(static_cast<CTraceChildFrame*>(Frame().MDIGetActive())->IsTreeShown());
+  Window().activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&Window()));
+  QTest::keyClick(&Window(), Qt::Key_F6, Qt::ControlModifier);
+  EXPECT_TRUE(static_cast<CTraceChildFrame*>(Frame().MDIGetActive())->IsTreeShown());
+}
+
+TEST_F(OptionsAndHelpTest, ADialogComesUpAtTheNextStartWhereItWasLeft) {
+  Start();
+  const auto open = [this](const std::function<void(QWidget*)>& act) {
+    OnModal([&act](QWidget* dialog) {
+      act(dialog);
+      Button(*dialog, "Cancel")->click();
+    });
+    Frame().OnCommand(ID_VIEW_OPTIONS);
+  };
+  QPoint left;
+  open([&left](QWidget* dialog) {
+    QTest::qWait(300);  // behind the time in which a window manager places it
+    dialog->move(dialog->pos() + QPoint(30, 20));
+    left = dialog->pos();
+  });
+  EXPECT_EQ(NtRegGet(HKEY_CURRENT_USER, std::string(kRegSettings) + "\\Dialogs", "COptionsDlg", "")
+                .find(std::to_string(left.x()) + " " + std::to_string(left.y()) + " "),
+            0u);
+  m_app.reset();
+  Start();
+  open([left](QWidget* dialog) { EXPECT_EQ(dialog->pos(), left); });
+}
+
+TEST_F(OptionsAndHelpTest, FindComesUpBesideTheRowThatHasTheFocus) {
+  Start();
+  Open(TraceFile("a.trc", 400));
+  Front()->showMaximized();
+  Settle();
+  RowList& list = View(*Frame().MDIGetActive())->List();
+  const int top = list.TopIndex();
+  for (int row = top; row < top + list.CountPerPage(); row += 3) {
+    list.SetItemState(row, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
+    // Offscreen there is no window manager to bring the window back.
+    Window().activateWindow();
+    list.SetFocus();
+    ASSERT_TRUE(Until([] { return QApplication::focusWidget() != nullptr; }));
+    const QRect line = FocusedRowOnScreen();
+    ASSERT_FALSE(line.isEmpty()) << row;
+    OnModal([&](QWidget* dialog) {
+      EXPECT_FALSE(dialog->frameGeometry().intersects(line)) << row;
+      dialog->close();
+    });
+    Frame().OnCommand(ID_EDIT_FIND);
+  }
 }
 
 TEST_F(OptionsAndHelpTest, EscapeClosesTheHelpAndTheProgramsEndTakesItAlong) {

@@ -1,0 +1,120 @@
+#include "shell/ui/help_search.h"
+
+#include <QFile>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QTextDocument>
+#include <algorithm>
+
+namespace {
+
+constexpr int kFieldLetters = 22;
+constexpr qreal kMarked = 0.3;  // of the selection's colour
+
+QString TopicOf(const QTextBrowser& pages) {
+  return pages.source().fileName().section(u'.', 0, 0);
+}
+
+// Cut as the browser cuts it, so that a position in one is a position in the other.
+QString TextOf(const QString& topic) {
+  QFile file(QStringLiteral(":/help/%1.md").arg(topic));
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  QTextDocument page;
+  page.setMarkdown(QString::fromUtf8(file.readAll()));
+  QTextCursor all(&page);
+  all.select(QTextCursor::Document);
+  return all.selectedText();
+}
+
+}  // namespace
+
+HelpSearch::HelpSearch(QTextBrowser& pages, const QStringList& topics,
+                       std::function<void(const QString&)> show, QWidget* parent)
+    : QWidget(parent),
+      m_pages(pages),
+      m_topics(topics),
+      m_show(std::move(show)),
+      m_field(new QLineEdit(this)),
+      m_said(new QLabel(this)) {
+  m_field->setPlaceholderText(tr("Search (Ctrl+F)"));
+  m_field->setAccessibleName(tr("Search the help"));
+  m_field->setClearButtonEnabled(true);
+  m_field->setFixedWidth(m_field->fontMetrics().averageCharWidth() * kFieldLetters);
+  m_said->setAccessibleDescription(tr("Hits"));
+  auto* const row = new QHBoxLayout(this);
+  row->setContentsMargins(0, 0, 6, 0);
+  row->addStretch(1);
+  row->addWidget(m_said);
+  row->addWidget(m_field);
+  connect(m_field, &QLineEdit::textChanged, this, [this] { Search(); });
+}
+
+void HelpSearch::Begin() {
+  m_field->setFocus();
+  m_field->selectAll();
+}
+
+void HelpSearch::Search() {
+  const QString wanted = m_field->text().trimmed();
+  m_hits.clear();
+  m_current = 0;
+  QStringList topics = m_topics;
+  const auto here = static_cast<int>(topics.indexOf(TopicOf(m_pages)));
+  if (here > 0) std::rotate(topics.begin(), topics.begin() + here, topics.end());
+  for (const QString& topic : wanted.isEmpty() ? QStringList() : topics) {
+    const QString text = TextOf(topic);
+    for (auto at = text.indexOf(wanted, 0, Qt::CaseInsensitive); at >= 0;
+         at = text.indexOf(wanted, at + wanted.size(), Qt::CaseInsensitive))
+      m_hits.push_back({topic, static_cast<int>(at)});
+  }
+  ShowHit();
+}
+
+void HelpSearch::Step(int by) {
+  if (m_hits.empty()) return;
+  const auto count = static_cast<int>(m_hits.size());
+  m_current = static_cast<std::size_t>((static_cast<int>(m_current) + by + count) % count);
+  ShowHit();
+}
+
+void HelpSearch::ShowHit() {
+  if (m_hits.empty()) {
+    m_said->setText(m_field->text().trimmed().isEmpty() ? QString() : tr("not found"));
+    m_pages.setExtraSelections({});
+    return;
+  }
+  const Hit& hit = m_hits[m_current];
+  m_said->setText(tr("%1 of %2").arg(m_current + 1).arg(m_hits.size()));
+  if (TopicOf(m_pages) != hit.topic) m_show(hit.topic);
+  QTextCursor found(m_pages.document());
+  found.setPosition(hit.position);
+  found.setPosition(hit.position + static_cast<int>(m_field->text().trimmed().size()),
+                    QTextCursor::KeepAnchor);
+  m_pages.setTextCursor(found);
+  MarkHits(hit.topic);
+}
+
+// All hits of the page, paler than the one that is selected.
+void HelpSearch::MarkHits(const QString& topic) {
+  QList<QTextEdit::ExtraSelection> marks;
+  QColor colour = m_pages.palette().color(QPalette::Active, QPalette::Highlight);
+  colour.setAlphaF(kMarked);
+  for (const Hit& hit : m_hits) {
+    if (hit.topic != topic) continue;
+    QTextEdit::ExtraSelection mark;
+    mark.cursor = QTextCursor(m_pages.document());
+    mark.cursor.setPosition(hit.position);
+    mark.cursor.setPosition(hit.position + static_cast<int>(m_field->text().trimmed().size()),
+                            QTextCursor::KeepAnchor);
+    mark.format.setBackground(colour);
+    marks << mark;
+  }
+  m_pages.setExtraSelections(marks);
+}
+
+void HelpSearch::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+    Step(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
+  else
+    QWidget::keyPressEvent(event);
+}

@@ -1,4 +1,5 @@
 // A monitor's window, offscreen, fed by a fake connection on the host's own timer.
+#include <QAbstractButton>
 #include <QLineEdit>
 
 #include "documents/trace_realtime_doc.h"
@@ -39,6 +40,25 @@ TEST_F(MonitorWindowTest, TracesBecomeRowsOnTheTimerAndTheListFollowsItsLastRow)
   m_service.Last().SendMany(500);
   ASSERT_TRUE(Until([this] { return List().ItemCount() == 1000; }));
   EXPECT_GE(List().TopIndex() + List().CountPerPage(), 1000);
+}
+
+TEST_F(MonitorWindowTest,
+       AnEmptyMonitorSaysWhatItWaitsForAndOneThatDoesNotFollowLeadsBackToItsEnd) {
+  Start();
+  OpenMonitor();
+  EXPECT_EQ(List().Owner().RowListEmptyText().substr(0, 28), "Waiting for traces from web\n");
+  auto* const toEnd = List().findChild<QAbstractButton*>("toEnd");
+  ASSERT_TRUE(toEnd);
+  m_service.Last().SendMany(500);
+  ASSERT_TRUE(Until([this] { return List().ItemCount() == 500; }));
+  EXPECT_FALSE(toEnd->isVisible());
+  List().EnsureVisible(0);
+  EXPECT_TRUE(toEnd->isVisible());
+  QTest::mouseClick(toEnd, Qt::LeftButton);
+  m_service.Last().SendMany(5);
+  ASSERT_TRUE(Until([this] { return List().ItemCount() == 505; }));
+  EXPECT_GE(List().TopIndex() + List().CountPerPage(), 505);
+  EXPECT_FALSE(toEnd->isVisible());
 }
 
 TEST_F(MonitorWindowTest, ATrimKeepsTheRowsThatAreInViewWhereTheyAre) {

@@ -16,11 +16,15 @@ int RunDump(const DumpOptions& options) {
   ShownTraces traces(*document);
   if (!traces.Filter(options.filter)) return kExitBad;
   const std::size_t from = traces.FirstRowFrom(options.from);
-  const std::uint64_t count = std::min<std::uint64_t>(options.count, traces.Size() - from);
+  const std::uint64_t count = std::min<std::uint64_t>(options.count, traces.All());
   const DumpRange range{traces, from, from + static_cast<std::size_t>(count)};
 
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Output output;
+  traces.OnLook([&](std::size_t place) {
+    host.Progress().Show("Writing...", place, traces.All());
+    return output.FlushWhenOld() && !Interrupted();
+  });
   if (options.format == DumpFormat::Jsonl) {
     DumpAsJsonl(range, output, host.Progress());
   } else {

@@ -23,11 +23,12 @@ struct DumpOptions {
   FilterPaths filter;
 };
 
-// Rows [from, to) of what is shown.
+// Rows [from, to) of what is shown, as far as there are any.
 struct DumpRange {
-  const ShownTraces& traces;
+  ShownTraces& traces;
   std::size_t from, to;
 
+  bool Has(std::size_t row) const { return row < to && traces.Has(row); }
   const NameMap& Names() const { return traces.Document().m_names; }
 };
 

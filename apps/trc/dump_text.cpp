@@ -1,9 +1,9 @@
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
 
 #include "dump.h"
-#include "interrupt.h"
 #include "listview/columns/columns.h"
 #include "text_line.h"
 #include "visible_text.h"
@@ -85,31 +85,45 @@ class TextDump {
   }
 
   void Run() {
-    if (!Measure() || !WriteHeader()) return;
-    for (std::size_t i = m_range.from; i < m_range.to; ++i) {
+    Measure();
+    if (!WriteHeader()) return;
+    for (std::size_t i = m_range.from; m_range.Has(i); ++i) {
       for (std::size_t c = 0; c < m_columns.size(); ++c) {
         const Cell& cell = m_columns[c].At(i);
+        Widen(c, cell);
         m_line.Add(cell.text, cell.width, m_widths[c], m_columns[c].AlignsRight());
       }
       if (!m_line.End()) return;
-      ShowProgress("Writing...", i);
+      if ((i - m_range.from) % kTracesPerLook == 0)
+        m_progress.Show("Writing...", m_range.traces.PlaceOf(i), m_range.traces.All());
     }
   }
 
  private:
-  // Finds the widths of the columns that something is aligned behind. False when interrupted.
-  bool Measure() {
-    for (std::size_t c = 0; c < m_columns.size(); ++c) {
-      std::size_t width = ScreenWidth(m_columns[c].Header());
-      const bool needed = c + 1 < m_columns.size() || m_columns[c].AlignsRight();
-      for (std::size_t i = m_range.from; needed && i < m_range.to; ++i) {
-        width = std::max(width, std::min(m_columns[c].At(i).width, kMostColumnWidth));
-        ShowProgress("Measuring columns...", i);
-        if (Interrupted()) return false;
-      }
-      m_widths.push_back(width);
+  using Clock = std::chrono::steady_clock;
+  // How many rows are measured before the first is written, and how long at most that may take:
+  // somebody waits for it. A wider cell behind them makes its column wider from there on.
+  static constexpr std::size_t kMeasuredRows = 1000, kRowsPerLook = 64;
+  static constexpr std::chrono::milliseconds kMeasuringTime{15};
+
+  void Measure() {
+    for (const CellColumn& column : m_columns) m_widths.push_back(ScreenWidth(column.Header()));
+    if (!m_range.Has(m_range.from)) return;
+    const Clock::time_point until = Clock::now() + kMeasuringTime;
+    const std::size_t end = std::min(m_range.to, m_range.from + kMeasuredRows);
+    for (std::size_t i = m_range.from; i < end && m_range.Has(i); ++i) {
+      for (std::size_t c = 0; c < m_columns.size(); ++c)
+        if (NeedsWidth(c)) Widen(c, m_columns[c].At(i));
+      // Rows that have to be searched for may be far apart.
+      if ((m_range.traces.IsSearched() || i % kRowsPerLook == 0) && Clock::now() > until) return;
     }
-    return true;
+  }
+  // Is anything aligned behind it?
+  bool NeedsWidth(std::size_t c) const {
+    return c + 1 < m_columns.size() || m_columns[c].AlignsRight();
+  }
+  void Widen(std::size_t c, const Cell& cell) {
+    m_widths[c] = std::max(m_widths[c], std::min(cell.width, kMostColumnWidth));
   }
 
   bool WriteHeader() {
@@ -118,11 +132,6 @@ class TextDump {
       m_line.Add(header, header.size(), m_widths[c], m_columns[c].AlignsRight());
     }
     return m_line.End();
-  }
-
-  void ShowProgress(std::string_view caption, std::size_t index) {
-    const std::size_t done = index - m_range.from;
-    if (done % kTracesPerLook == 0) m_progress.Show(caption, done, m_range.to - m_range.from);
   }
 
   const DumpRange& m_range;

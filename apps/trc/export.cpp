@@ -25,17 +25,23 @@ std::vector<Column> ColumnsOf(const ExportOptions& options) {
 
 class Exporter {
  public:
-  Exporter(const ShownTraces& traces, const ExportOptions& options, ProgressLine& progress)
+  Exporter(ShownTraces& traces, const ExportOptions& options, ProgressLine& progress)
       : m_traces(traces), m_options(options), m_columns(ColumnsOf(options)), m_progress(progress) {}
 
   // `Sink` has Buffer and EndLine; stops when it takes no more, and when interrupted.
   template <class Sink>
   void Run(Sink& sink) {
     bool goesOn = WriteHeader(sink);
-    for (std::size_t row = 0; goesOn && row < m_traces.Size(); ++row) {
+    m_traces.OnLook([this, &sink](std::size_t place) {
+      if constexpr (requires { sink.FlushWhenOld(); })
+        if (!sink.FlushWhenOld()) return false;
+      return LookAt(place);
+    });
+    for (std::size_t row = 0; goesOn && m_traces.Has(row); ++row) {
       WriteRow(sink.Buffer(), row);
       goesOn = sink.EndLine() && Look(row);
     }
+    m_traces.OnLook({});  // it has borrowed the sink
     m_progress.Clear();
   }
 
@@ -58,13 +64,14 @@ class Exporter {
           m_traces.Document().m_names, m_options.utc);
   }
 
-  bool Look(std::size_t row) {
-    if (row % kTracesPerLook != 0) return true;
-    m_progress.Show("Writing...", row, m_traces.Size());
+  // Between two rows that are far apart.
+  bool LookAt(std::size_t place) {
+    m_progress.Show("Writing...", place, m_traces.All());
     return !Interrupted();
   }
+  bool Look(std::size_t row) { return row % kTracesPerLook != 0 || LookAt(m_traces.PlaceOf(row)); }
 
-  const ShownTraces& m_traces;
+  ShownTraces& m_traces;
   const ExportOptions& m_options;
   const std::vector<Column> m_columns;
   ProgressLine& m_progress;

@@ -12,36 +12,28 @@ namespace {
 
 constexpr std::uint64_t kStepsPerLook = 100000;  // of the matcher, in one text
 
-// A pattern may keep one text busy for long: SIGINT is heard in the middle of it.
-bool Matches(std::string_view text) {
+// A pattern may keep one text busy for long: SIGINT is heard in the middle of it, and what was
+// found before does not wait for it.
+bool Matches(std::string_view text, Output& output) {
   RegexAnswer answer = RegexBeginText(text, kStepsPerLook);
-  while (answer == RegexAnswer::Unfinished && !Interrupted())
+  while (answer == RegexAnswer::Unfinished && output.FlushWhenOld() && !Interrupted())
     answer = RegexResumeText(text, kStepsPerLook);
   return answer == RegexAnswer::Yes;
 }
 
-// Leaves the traces that match. False when interrupted.
-bool KeepMatches(ShownTraces& traces, ProgressLine& progress) {
-  const std::size_t all = traces.Size();
-  std::size_t done = 0;
-  std::string text;
-  traces.Keep([&](const TraceEvent_i& trace) {
-    if (done % kTracesPerLook == 0) progress.Show("Searching...", done, all);
-    ++done;
-    if (Interrupted()) return false;
-    return Matches(SearchedText(trace, text));
-  });
-  return !Interrupted();
-}
-
-void Write(const ShownTraces& traces, const FindOptions& options, Output& output,
+void Write(ShownTraces& traces, const FindOptions& options, Output& output,
            ProgressLine& progress) {
-  const DumpRange range{traces, 0, traces.Size()};
+  const DumpRange range{traces, 0, traces.All()};
   if (options.countOnly) {
-    output.Line(std::to_string(traces.Size()));
-  } else if (options.output.format == DumpFormat::Jsonl) {
+    const std::size_t count = traces.Count();
+    if (!Interrupted()) output.Line(std::to_string(count));
+    return;
+  }
+  if (!traces.Has(0)) return;
+  if (isatty(STDOUT_FILENO) != 0) progress.Silence();
+  if (options.output.format == DumpFormat::Jsonl) {
     DumpAsJsonl(range, output, progress);
-  } else if (traces.Size() > 0) {
+  } else {
     DumpAsText(range, options.output, output, progress);
   }
 }
@@ -60,14 +52,16 @@ int RunFind(const FindOptions& options) {
 
   ShownTraces traces(*document);
   if (!traces.Filter(options.output.filter)) return kExitBad;
-  if (!KeepMatches(traces, host.Progress())) {
-    host.Progress().Clear();
-    return kExitInterrupted;
-  }
-  if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Output output;
+  traces.Keep([&output, text = std::string()](const TraceEvent_i& trace) mutable {
+    return Matches(SearchedText(trace, text), output);
+  });
+  traces.OnLook([&](std::size_t place) {
+    host.Progress().Show("Searching...", place, traces.All());
+    return output.FlushWhenOld() && !Interrupted();
+  });
   Write(traces, options, output, host.Progress());
   host.Progress().Clear();
   const int status = output.Finish();
-  return StatusWithDamage(*document, status == kExitGood && traces.Size() == 0 ? kExitNo : status);
+  return StatusWithDamage(*document, status == kExitGood && !traces.Has(0) ? kExitNo : status);
 }

@@ -6,35 +6,12 @@
 #include "interrupt.h"
 #include "listview/cells/cell_text.h"
 #include "output.h"
-#include "records/trc_walk.h"
 #include "trace_file.h"
 
 namespace {
 
-// Counts what the document does not keep: each single name record.
-struct RecordCounter {
-  void OnName(NameId, std::string_view) { ++records; }
-  void OnTrace(const std::uint8_t*) { ++records; }
-  void OnUnknownTag(std::uint64_t) {}
-  bool OnProgress(std::uint64_t) { return !Interrupted(); }
-  std::uint64_t records = 0;
-};
-
-bool CountRecords(FileInfo& info) {
-  std::string why;
-  const auto file = MappedFile::Open(info.path, &why);
-  if (!file) {
-    Complain(info.path + ": " + why);
-    return false;
-  }
-  RecordCounter counter;
-  WalkTrc(file->View(), counter);
-  info.records = counter.records;
-  return !Interrupted();
-}
-
-std::uint64_t StampOf(const TraceEvent_i& trace) {
-  return (std::uint64_t{trace.GetDate()} << 32) | trace.GetTime();
+std::uint64_t StampOf(const RawTrace& trace) {
+  return (std::uint64_t{trace.Date()} << 32) | trace.Time();
 }
 
 void CountTraces(FileInfo& info) {
@@ -43,15 +20,25 @@ void CountTraces(FileInfo& info) {
        {&info.machines, &info.applications, &info.components, &info.categories}) {
     counts->resize(kIds);
   }
-  info.document->m_traces.ForEach(0, [&info](const TraceEvent_i* trace) {
-    ++info.machines[trace->GetMachineId()];
-    ++info.applications[trace->GetAppId()];
-    ++info.components[trace->GetComponentId()];
-    ++info.categories[trace->GetCategoryId()];
-    const int severity = SeverityIcon(*trace);
+  info.records = info.document->NameRecords() + info.document->m_traces.size();
+  std::uint64_t earliest = 0, latest = 0;
+  info.document->m_traces.ForEach(0, [&](const TraceEvent_i* event) {
+    const RawTrace trace(event->Record());  // a file's traces have one
+    ++info.machines[trace.MachineId()];
+    ++info.applications[trace.AppId()];
+    ++info.components[trace.ComponentId()];
+    ++info.categories[trace.CategoryId()];
+    const int severity = SeverityIcon(*event);
     ++(severity < 0 ? info.otherSeverities : info.severities[static_cast<std::size_t>(severity)]);
-    if (!info.earliest || StampOf(*trace) < StampOf(*info.earliest)) info.earliest = trace;
-    if (!info.latest || StampOf(*trace) > StampOf(*info.latest)) info.latest = trace;
+    const std::uint64_t stamp = StampOf(trace);
+    if (!info.earliest || stamp < earliest) {
+      info.earliest = event;
+      earliest = stamp;
+    }
+    if (!info.latest || stamp > latest) {
+      info.latest = event;
+      latest = stamp;
+    }
   });
 }
 
@@ -59,7 +46,7 @@ std::optional<FileInfo> Examine(TerminalHost& host, const std::string& path) {
   FileInfo info;
   info.path = path;
   info.document = OpenTraceFile(host, path);
-  if (!info.document || !CountRecords(info)) return std::nullopt;
+  if (!info.document) return std::nullopt;
   CountTraces(info);
   return info;
 }

@@ -21,6 +21,7 @@ bool Output::Flush() {
     }
   }
   m_buffer.clear();
+  m_flushed = Clock::now();
   return m_error == 0 && !Interrupted();
 }
 

@@ -1,4 +1,4 @@
-// Standard output, written in big pieces and always in whole lines.
+// Standard output, written in big pieces or after a short while, and always in whole lines.
 //
 // Errors   Sticky. A reader who has gone away (a closed pipe) is no failure: nothing more is
 //          written, and the program ends well. Any other failed write is one, and Finish says so
@@ -6,6 +6,7 @@
 // Threads  One at a time.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -21,12 +22,15 @@ class Output {
   // Ends the line. False when nothing more can or need be written: closed, failed or interrupted.
   bool EndLine() {
     m_buffer.push_back('\n');
-    return m_buffer.size() < kPieceBytes || Flush();
+    if (m_buffer.size() >= kPieceBytes) return Flush();
+    return ++m_lines % kLinesPerLook != 0 || FlushWhenOld();
   }
   bool Line(std::string_view text) {
     m_buffer.append(text);
     return EndLine();
   }
+  // Hands over what has been there for long: who reads along waits for it. False as EndLine.
+  bool FlushWhenOld() { return m_buffer.empty() || Clock::now() - m_flushed < kOld || Flush(); }
   // Hands over what is there, for a reader who waits for it. False as EndLine.
   bool Flush();
   // Writes the rest and gives the exit status.
@@ -35,7 +39,13 @@ class Output {
  private:
   static constexpr std::size_t kPieceBytes = 256 * 1024;
 
+  using Clock = std::chrono::steady_clock;
+  static constexpr std::chrono::milliseconds kOld{20};
+  static constexpr unsigned kLinesPerLook = 32;
+
   std::string m_buffer;
+  unsigned m_lines = 0;
+  Clock::time_point m_flushed = Clock::now();
   int m_error = 0;  // errno of the write that failed
 };
 

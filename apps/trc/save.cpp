@@ -10,23 +10,27 @@
 namespace {
 
 // False when a write failed. An interrupt ends it early; `saved` counts the traces.
-bool WriteTraces(const ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
+bool WriteTraces(ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
                  ProgressLine& progress) {
   NameMap& names = traces.Document().m_names;
   ClearWrittenMarks(names);
   bool good = writer.WriteHeader();
   progress.Show("Saving...");
-  while (good && saved < traces.Size()) {
+  const auto look = [&](std::size_t place) {
+    progress.Show("Saving...", place, traces.All());
+    return !Interrupted();
+  };
+  traces.OnLook(look);
+  while (good && traces.Has(saved)) {
     good = writer.Write(traces.At(saved), names);
-    if (++saved % kTracesPerLook != 0) continue;
-    progress.Show("Saving...", saved, traces.Size());
-    if (Interrupted()) break;
+    if (++saved % kTracesPerLook == 0 && !look(traces.PlaceOf(saved - 1))) break;
   }
+  traces.OnLook({});
   progress.Clear();
   return good;
 }
 
-int Save(const ShownTraces& traces, const std::string& path, ProgressLine& progress) {
+int Save(ShownTraces& traces, const std::string& path, ProgressLine& progress) {
   const auto failed = [&path](const char* words, const std::string& why) {
     Complain(path + ": " + words + (why.empty() ? "" : " " + why));
     return kExitBad;

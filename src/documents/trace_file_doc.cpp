@@ -94,6 +94,7 @@ void CTraceFileDoc::TakeOver() {
   m_names = std::move(load->m_names);
   m_indexes = std::move(load->m_indexes);
   m_damage = load->m_damage;
+  m_nameRecords = load->m_nameRecords;
   SetModifiedFlag(false);
   m_loading = false;
 }

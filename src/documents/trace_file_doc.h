@@ -48,6 +48,8 @@ class CTraceFileDoc : public CTraceDoc {
   std::uint32_t FileSize() const { return m_file ? m_file->Size() : 0; }
   // What the load met besides whole records; of a cancelled load, up to where it came.
   const TrcDamage& Damage() const { return m_damage; }
+  // How many name records the file has: a name may have several.
+  std::uint64_t NameRecords() const { return m_nameRecords; }
   // Bytes stepped over because no record begins there.
   std::uint64_t SkippedBytes() const { return m_damage.skippedBytes; }
 
@@ -74,4 +76,5 @@ class CTraceFileDoc : public CTraceDoc {
   std::shared_ptr<TraceFileLoad> m_load;  // until its traces are here
   std::string m_openFailure;
   TrcDamage m_damage;
+  std::uint64_t m_nameRecords = 0;
 };

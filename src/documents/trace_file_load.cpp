@@ -62,6 +62,7 @@ struct TraceFileLoad::Sink {
   TraceIndexFollower* follower;  // null: the ids are noted here
 
   void OnName(NameId id, std::string_view utf8) {
+    ++load.m_nameRecords;
     NameEntry_t& entry = load.m_names[id];
     entry.name = utf8;
     entry.written = 0;

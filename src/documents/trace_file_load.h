@@ -57,6 +57,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   NameMap m_names;
   TraceIndexes m_indexes;
   TrcDamage m_damage;
+  std::uint64_t m_nameRecords = 0;
 
  private:
   struct Sink;

@@ -137,4 +137,20 @@ TEST(TrcDumpText, ATextWithANulByteInsideShowsOnlyWhatComesBeforeIt) {
   EXPECT_EQ(TextDump(image, {"--columns", "Trace"}), "Trace\na\n");
 }
 
+// The first row must not wait until all are measured.
+TEST(TrcDumpText, AColumnWidensWhereAWiderCellComesFarBehindTheFirstRows) {
+  const TempDir directory;
+  TrcImage image;
+  image.Name(1, "Net").Name(2, "a component of a long name");
+  for (int i = 0; i < 3000; ++i) image.Trace({.text = "x", .component = 1});
+  image.Trace({.text = "x", .component = 2}).Trace({.text = "x", .component = 1});
+  const std::string path = image.WriteTo(directory.File("a.trc"));
+  const auto lines = LinesOf(RunTrc({"dump", path, "--columns", "Component,Trace"}).out);
+  ASSERT_EQ(lines.size(), 3003u);
+  EXPECT_EQ(lines[0], "Component  Trace");
+  EXPECT_EQ(lines[3000], "Net        x");
+  EXPECT_EQ(lines[3001], "a component of a long name  x");
+  EXPECT_EQ(lines[3002], "Net                         x");
+}
+
 }  // namespace

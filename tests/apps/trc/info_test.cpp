@@ -187,4 +187,16 @@ TEST(TrcInfo, TextForAPersonTellsTheSame) {
                          "              1  (id 0, no name)\n");
 }
 
+// A file is in memory once: info needs little more than the command that prints one trace of it.
+TEST(TrcInfo, HoldsTheFileOnce) {
+  const TempDir directory;
+  const std::string path = directory.File("a.trc");
+  ASSERT_EQ(RunTrc({"gen", "-n", "400000", path}).status, 0);
+  const long dump = RunTrc({"dump", "-n", "1", path}).mostKilobytes;
+  const long info = RunTrc({"info", path}).mostKilobytes;
+  const auto file = static_cast<long>(std::filesystem::file_size(path) / 1024);
+  ASSERT_GT(dump, file);
+  EXPECT_LT(info, dump + file / 3);
+}
+
 }  // namespace

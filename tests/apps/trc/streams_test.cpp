@@ -39,6 +39,20 @@ TEST_F(TrcStreams, AFullDiskBehindStandardOutputIsTold) {
   }
 }
 
+TEST_F(TrcStreams, AMatchIsOutWhileTheSearchGoesOn) {
+  // The first text matches at once, the second keeps the matcher busy for days.
+  const std::string path = TrcImage()
+                               .Trace("y")
+                               .Trace(std::string(60000, 'x') + "zy")
+                               .WriteTo(s_directory->File("slow.trc"));
+  const std::string pattern = "\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y";
+  TrcProcess trc({.arguments = {"find", "-e", pattern, path, "-f", "jsonl"}});
+  EXPECT_NE(trc.ReadOut(1), "");
+  trc.Interrupt();
+  EXPECT_EQ(trc.Finish().status, kInterruptedStatus);
+  std::filesystem::remove(path);
+}
+
 TEST_F(TrcStreams, AReaderWhoGoesAwayEndsTheDumpQuietly) {
   for (const std::string& format : kFormats) {
     TrcProcess trc({.arguments = {"dump", Sample(), "--format", format}});

@@ -20,6 +20,7 @@
 struct TrcRun {
   int status = -1;  // the exit status; 1000 + signal when a signal ended it
   std::string out, err;
+  long mostKilobytes = 0;  // of memory that it held at a time
 };
 
 struct TrcStart {
@@ -99,8 +100,10 @@ class TrcProcess {
       kill(m_process, SIGKILL);
     }
     int status = 0;
-    waitpid(m_process, &status, 0);
+    rusage used = {};
+    wait4(m_process, &status, 0, &used);
     m_process = -1;
+    m_run.mostKilobytes = used.ru_maxrss;
     m_run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
     return m_run;
   }

@@ -40,6 +40,7 @@ class RecordingHost : public Host {
     EXPECT_EQ(m_boxAnswers.size(), 0U) << "answers to boxes that never came";
     EXPECT_EQ(m_fileAnswers.size(), 0U) << "answers to file dialogs that never came";
     EXPECT_EQ(m_dialogScripts.size(), 0U) << "scripts of dialogs that never came";
+    EXPECT_EQ(m_workScripts.size(), 0U) << "scripts of boxes of long work that never came";
   }
 
   // The script. Answers are used up in order.
@@ -53,6 +54,8 @@ class RecordingHost : public Host {
   // The same for the next box of long work. One without a script is waited for, without a line in
   // the transcript: on a slow machine it may come up in any test.
   void AnswerWorkBox(DialogScript script) { m_workScripts.push_back(std::move(script)); }
+  // From now on such a box fails the test.
+  void WantNoWorkBox() { m_wantsNoWorkBox = true; }
   // Goes on with the work of a box that is up, until it is done.
   void Finish(CDialog& box) {
     const TimerId timer = m_workTimers.at(&box);
@@ -159,6 +162,7 @@ class RecordingHost : public Host {
     const bool work = dynamic_cast<CWorkBox*>(&dialog) != nullptr;
     std::deque<DialogScript>& scripts = work ? m_workScripts : m_dialogScripts;
     if (work) m_workTimers[&dialog] = m_lastTimer;  // the box has just set it
+    EXPECT_FALSE(work && m_wantsNoWorkBox) << "a box for short work";
     if (work && scripts.empty()) {
       Finish(dialog);
       return dialog.Result();
@@ -216,6 +220,7 @@ class RecordingHost : public Host {
   std::map<TimerId, std::pair<unsigned, std::function<void()>>> m_timers;
   TimerId m_lastTimer = 0;
   std::map<CDialog*, TimerId> m_workTimers;
+  bool m_wantsNoWorkBox = false;
   int m_waitCursors = 0;
   CallLine m_posted;
 

@@ -48,7 +48,7 @@ TEST_F(TraceViewLong, AFilterWorksInPartsBelowABox) {
 
 TEST_F(TraceViewLong, NothingHiddenIsNoWork) {
   const ShortPieces pieces;
-  m_host.AnswerWorkBox([](CDialog&) { ADD_FAILURE(); });
+  m_host.WantNoWorkBox();
   Open();
   EXPECT_EQ(m_list->ItemCount(), kMany);
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,10 @@
 
 class RecordingTreeOwner final : public TreeControlOwner {
  public:
-  std::string TreeItemText(TreeItemData data) override { return "item " + std::to_string(data); }
+  std::string TreeItemText(TreeItemData data) override {
+    const auto text = texts.find(data);
+    return text == texts.end() ? "item " + std::to_string(data) : text->second;
+  }
   bool OnTreeItemExpanding(TreeItem item) override {
     told.push_back("expanding " + std::to_string(tree->ItemData(item)));
     if (fill) fill(item);
@@ -24,8 +28,9 @@ class RecordingTreeOwner final : public TreeControlOwner {
   void OnTreeContextMenu(int, int) override { told.push_back("context menu"); }
 
   TreeControl* tree = nullptr;
-  std::function<void(TreeItem)> fill;  // what the owner does at each expansion
-  TreeItemData closed = 0;             // the item that it does not let open
+  std::function<void(TreeItem)> fill;         // what the owner does at each expansion
+  std::map<TreeItemData, std::string> texts;  // of those that are not "item 7"
+  TreeItemData closed = 0;                    // the item that it does not let open
   std::vector<std::string> told;
 
  private:

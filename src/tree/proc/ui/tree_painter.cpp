@@ -4,6 +4,8 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "listview/rows/ui/font_runs.h"
+#include "listview/rows/ui/line_painter.h"
 #include "listview/rows/ui/mixed_color.h"
 #include "listview/rows/ui/row_text.h"
 #include "tree/proc/ui/tree_widget.h"
@@ -28,13 +30,12 @@ QString TreePainter::LineOf(const std::string& text) {
 }
 
 TreePainter::Look TreePainter::LookOf() const {
-  // The active colours also without the keyboard: the selection stays plain to see.
   const QPalette& palette = m_tree.palette();
   Look look;
-  look.base = palette.color(QPalette::Active, QPalette::Base);
-  look.text = palette.color(QPalette::Active, QPalette::Text);
-  look.selected = palette.color(QPalette::Active, QPalette::Highlight);
-  look.selectedText = palette.color(QPalette::Active, QPalette::HighlightedText);
+  look.label = ::LookOf(palette, {});
+  look.selected = ::LookOf(palette, {.selected = true, .keyboard = m_tree.hasFocus()});
+  look.base = look.label.background;
+  look.text = look.label.text;
   look.soft = Mixed(look.base, look.text, kSoft);
   look.line = Mixed(look.base, look.text, kLine);
   look.button = Mixed(look.base, look.text, 0.75);
@@ -59,7 +60,7 @@ QRect TreePainter::LabelRect(TreeItem item, std::int64_t row) const {
   const QString text = LineOf(m_tree.Owner().TreeItemText(m_tree.ItemData(item)));
   const QRect bounds = m_tree.RowRect(row);
   return QRect(LabelX(m_tree.Items().Depth(item)) - m_tree.LeftPx(), bounds.top(),
-               m_tree.fontMetrics().horizontalAdvance(text) + 2 * kLabelMarginPx, bounds.height());
+               LineWidth(m_tree.fontMetrics(), text) + 2 * kLabelMarginPx, bounds.height());
 }
 
 TreePart TreePainter::PartAt(const QPoint& point) const {
@@ -132,12 +133,14 @@ void TreePainter::PaintButton(QPainter& painter, const Look& look, const QRect& 
 void TreePainter::PaintLabel(QPainter& painter, const Look& look, TreeItem item,
                              const QRect& label) const {
   const bool selected = item == m_tree.SelectedItem();
-  if (selected) painter.fillRect(label, look.selected);
-  painter.setPen(selected ? look.selectedText : look.text);
-  painter.drawText(label.adjusted(kLabelMarginPx, 0, 0, 0), Qt::AlignVCenter | Qt::TextSingleLine,
-                   LineOf(m_tree.Owner().TreeItemText(m_tree.ItemData(item))));
+  const RowLook& colors = selected ? look.selected : look.label;
+  if (selected) painter.fillRect(label, colors.background);
+  PaintLine(painter, m_tree.fontMetrics(), colors,
+            label.adjusted(kLabelMarginPx, 0, -kLabelMarginPx, 0), ColumnAlign::Left,
+            LineOf(m_tree.Owner().TreeItemText(m_tree.ItemData(item))), {});
   if (!selected || !m_tree.hasFocus()) return;
+  // In the colour of the text around it, which stands out from both selection and ground.
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(QPen(look.selectedText, 1, Qt::DotLine));
+  painter.setPen(look.text);
   painter.drawRect(label.adjusted(0, 0, -1, -1));
 }

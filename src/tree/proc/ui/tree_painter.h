@@ -10,6 +10,7 @@
 #include <QRect>
 #include <QString>
 
+#include "listview/rows/ui/row_look.h"
 #include "tree/proc/tree_control.h"
 
 class QPainter;
@@ -36,7 +37,8 @@ class TreePainter {
 
  private:
   struct Look {
-    QColor base, text, selected, selectedText, soft, line, button;
+    RowLook label, selected;
+    QColor base, text, soft, line, button;
   };
   Look LookOf() const;
   int Step() const;  // one level's width

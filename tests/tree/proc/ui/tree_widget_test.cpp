@@ -187,6 +187,51 @@ TEST_F(TreeWidget, ALowerWindowKeepsTheSelectedItemAndTheEndOnView) {
   EXPECT_TRUE(m_tree.IsOnScreen(m_tree.Items().At(199)));
 }
 
+TEST_F(TreeWidget, WithoutTheKeyboardTheSelectionIsPalerAndHasNoFrame) {
+  AddSmall();
+  m_tree.SelectItem(m_12);
+  const QRect label = m_tree.Painter().LabelRect(m_12, m_tree.Items().RowOf(m_12));
+  const auto picture = [this] { return m_tree.viewport()->grab().toImage(); };
+  const QPalette palette = m_tree.palette();
+  const QColor base = palette.color(QPalette::Active, QPalette::Base);
+  const QColor highlight = palette.color(QPalette::Active, QPalette::Highlight);
+  ASSERT_TRUE(m_tree.hasFocus());
+  const QImage with = picture();
+  EXPECT_EQ(with.pixelColor(label.topLeft() + QPoint(1, 1)), highlight);
+  // The frame is a whole line around the label, in the colour of the text.
+  for (int x = label.left(); x <= label.right(); ++x)
+    for (const int y : {label.top(), label.bottom()})
+      ASSERT_EQ(with.pixelColor(x, y), palette.color(QPalette::Active, QPalette::Text)) << x;
+  QWidget other;
+  other.show();
+  m_tree.clearFocus();
+  const QImage without = picture();
+  const QColor pale = without.pixelColor(label.topLeft() + QPoint(1, 1));
+  EXPECT_EQ(without.pixelColor(label.topLeft()), pale) << "no frame";
+  EXPECT_NE(pale, base);
+  EXPECT_NE(pale, highlight);
+  const auto distance = [](const QColor& a, const QColor& b) {
+    return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) +
+           std::abs(a.blue() - b.blue());
+  };
+  EXPECT_LT(distance(pale, base), distance(highlight, base));
+}
+
+TEST_F(TreeWidget, DigitsBesideWideLettersLookLikeDigitsElsewhereOnTheSameBaseLine) {
+  m_owner.texts = {{1, "測試0123456789"}, {2, "0123456789"}};
+  m_tree.InsertItem(0, 1, false);
+  m_tree.InsertItem(0, 2, false);
+  const QImage picture = m_tree.viewport()->grab().toImage();
+  const QFontMetrics metrics = m_tree.fontMetrics();
+  const int digitsPx = metrics.horizontalAdvance("0123456789");
+  const auto digits = [&](std::int64_t row) {
+    const QRect label = m_tree.Painter().LabelRect(m_tree.Items().At(row), row);
+    // The label ends with them; beside it are its margin and its lines.
+    return picture.copy(label.right() + 1 - 4 - digitsPx, label.top(), digitsPx, label.height());
+  };
+  EXPECT_EQ(digits(0), digits(1));
+}
+
 TEST_F(TreeWidget, ItsRowsAreDescribedToAssistiveTechnology) {
   AddSmall();
   m_tree.SelectItem(m_11);

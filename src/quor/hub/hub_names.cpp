@@ -59,7 +59,7 @@ void SourceNames::Enter(NameId own, std::string_view text) {
   std::string& entry = m_texts[own];
   m_textBytes += text.size() - entry.size();
   entry = text;
-  m_ids[own] = kUnknown;
+  if (Page* const page = m_pages[own / kPageIds].get()) (*page)[own % kPageIds] = kUnknown;
   m_version = NextVersion();
 }
 
@@ -72,13 +72,19 @@ bool SourceNames::Look(NameId own, HubNames& hub, NameId& id) {
   const auto known = m_texts.find(own);
   if (known == m_texts.end()) return false;
   id = hub.IdOf(known->second);
-  m_ids[own] = id;
+  std::unique_ptr<Page>& page = m_pages[own / kPageIds];
+  if (!page) {
+    page = std::make_unique<Page>();
+    page->fill(kUnknown);
+  }
+  (*page)[own % kPageIds] = id;
   return true;
 }
 
 bool SourceNames::Follow(const HubNames& hub) {
   if (m_hub == &hub && m_generation == hub.Generation()) return false;
-  std::fill(m_ids.begin(), m_ids.end(), kUnknown);
+  for (const std::unique_ptr<Page>& page : m_pages)
+    if (page) page->fill(kUnknown);
   m_version = NextVersion();
   m_hub = &hub;
   m_generation = hub.Generation();

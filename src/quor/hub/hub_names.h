@@ -6,8 +6,10 @@
 // Threads  One.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -46,7 +48,7 @@ class HubNames {
 // The names of one source by its own ids, and what they are in a hub.
 class SourceNames {
  public:
-  SourceNames() : m_ids(65536, kUnknown), m_version(NextVersion()) {}
+  SourceNames() : m_version(NextVersion()) {}
 
   // Entering an id again gives it another text.
   void Enter(NameId own, std::string_view text);
@@ -54,7 +56,8 @@ class SourceNames {
   std::string TextOf(NameId own) const;
   // REQUIRES: Follow(hub) since the hub's last Clear. False: the source never entered this id.
   bool Find(NameId own, HubNames& hub, NameId& id) {
-    const std::uint32_t known = m_ids[own];
+    const Page* const page = m_pages[own / kPageIds].get();
+    const std::uint32_t known = page ? (*page)[own % kPageIds] : kUnknown;
     if (known == kUnknown) return Look(own, hub, id);
     id = static_cast<NameId>(known);
     return true;
@@ -68,10 +71,13 @@ class SourceNames {
 
  private:
   static constexpr std::uint32_t kUnknown = 0xFFFFFFFF;
+  // Most sources use few ids: made when the first of them is met.
+  static constexpr std::size_t kPageIds = 256;
+  using Page = std::array<std::uint32_t, kPageIds>;
   static std::uint64_t NextVersion();
   bool Look(NameId own, HubNames& hub, NameId& id);
 
-  std::vector<std::uint32_t> m_ids;
+  std::array<std::unique_ptr<Page>, 65536 / kPageIds> m_pages;
   std::unordered_map<NameId, std::string> m_texts;
   std::size_t m_textBytes = 0;
   const HubNames* m_hub = nullptr;

@@ -44,6 +44,8 @@ struct SegmentPoint {
 // Who takes the traces out of the ring.
 enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
 
+enum class SegmentEnd : std::uint32_t { None = 0, Here = 1, Elsewhere = 2 };
+
 struct SegmentHeader {
   char magic[8];
   std::uint32_t version, pointCapacity, nameBytes, ringBytes;
@@ -76,7 +78,10 @@ struct SegmentHeader {
   std::atomic<std::uint64_t> servedElsewhere;
   std::atomic<std::uint32_t> moves;
   std::atomic<std::uint64_t> sinkUntold;  // losses of the file sink that `served` has not yet
-  std::atomic<std::uint32_t> finished;    // not 0: the service has taken all that was in it
+  // Not None: the service has taken all that was in it, for its own monitors or for others'. The
+  // file is kept a while, cut to its first page, so that a service that is killed before its
+  // monitors have everything leaves its successor the count.
+  std::atomic<SegmentEnd> finished;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 

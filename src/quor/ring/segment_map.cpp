@@ -69,7 +69,32 @@ T ReadOnce(const T& from) {
   return *static_cast<const volatile T*>(&from);
 }
 
+struct alignas(SegmentHeader) HeaderBytes {
+  unsigned char bytes[sizeof(SegmentHeader)] = {};
+};
+
+// Null: there is none.
+const SegmentHeader* HeaderIn(int file, HeaderBytes& to) {
+  if (pread(file, to.bytes, sizeof to.bytes, 0) != sizeof to.bytes) return nullptr;
+  return reinterpret_cast<const SegmentHeader*>(to.bytes);
+}
+
+bool HasMark(const SegmentHeader& header) {
+  return std::memcmp(header.magic, kSegmentMagic, sizeof kSegmentMagic) == 0;
+}
+
 }  // namespace
+
+bool ReadRest(int file, SegmentRest* rest) {
+  HeaderBytes bytes;
+  const SegmentHeader* const header = HeaderIn(file, bytes);
+  if (!header || !HasMark(*header) || header->version != kSegmentVersion ||
+      header->finished == SegmentEnd::None)
+    return false;
+  *rest = {header->pid,    header->moves,           header->startedNs,
+           header->served, header->servedElsewhere, header->finished};
+  return true;
+}
 
 SegmentMap::~SegmentMap() {
   Close();
@@ -162,12 +187,11 @@ const char* SegmentMap::WhyNotOpen(int descriptor) {
 }
 
 const char* SegmentMap::ReadHeader(int descriptor) {
-  alignas(SegmentHeader) unsigned char bytes[sizeof(SegmentHeader)] = {};
-  if (pread(descriptor, bytes, sizeof bytes, 0) != sizeof bytes)
-    return "the segment has a wrong size";
-  const auto& header = *reinterpret_cast<const SegmentHeader*>(bytes);
-  if (std::memcmp(header.magic, kSegmentMagic, sizeof kSegmentMagic) != 0)
-    return "the segment has a wrong mark";
+  HeaderBytes bytes;
+  const SegmentHeader* const read = HeaderIn(descriptor, bytes);
+  if (!read) return "the segment has a wrong size";
+  const SegmentHeader& header = *read;
+  if (!HasMark(header)) return "the segment has a wrong mark";
   if (header.version != kSegmentVersion) return "the segment has an unknown version";
   m_layout.pointCapacity = header.pointCapacity;
   m_layout.nameBytes = header.nameBytes;
@@ -181,7 +205,6 @@ const char* SegmentMap::ReadHeader(int descriptor) {
   m_layout.appName = header.appName;
   m_layout.pidName = header.pidName;
   m_layout.machineName = header.machineName;
-  m_layout.finished = header.finished;
   return WhyNot(m_layout, m_bytes);
 }
 
@@ -210,6 +233,13 @@ void SegmentMap::Detach(std::size_t points, std::size_t nameBytes) {
   std::memcpy(to + m_layout.namesOffset, Names(), nameBytes);
   if (mremap(copy, m_bytes, m_bytes, MREMAP_MAYMOVE | MREMAP_FIXED, m_header) == MAP_FAILED)
     munmap(copy, m_bytes);
+}
+
+void SegmentMap::Finish(SegmentEnd end) {
+  m_header->finished.store(end, std::memory_order_release);
+  const int number = m_descriptor.Get();
+  // Where this fails it is larger than it needs to be, for a while.
+  if (number >= 0 && ftruncate(number, RoundUp(sizeof(SegmentHeader))) != 0) return;
 }
 
 void SegmentMap::Abandon() {

@@ -26,8 +26,16 @@ struct SegmentLayout {
   std::uint32_t pointsOffset = 0, namesOffset = 0, ringOffset = 0, pid = 0;
   std::uint64_t startedNs = 0, salt = 0;
   std::uint16_t appName = 0, pidName = 0, machineName = 0;
-  std::uint32_t finished = 0;  // as it was opened
 };
+
+// What is left of a segment that a service has taken to its end.
+struct SegmentRest {
+  std::uint32_t pid = 0, moves = 0;
+  std::uint64_t startedNs = 0, served = 0, servedElsewhere = 0;
+  SegmentEnd end = SegmentEnd::None;
+};
+// False: it is not one.
+bool ReadRest(int file, SegmentRest* rest);
 
 class SegmentMap {
  public:
@@ -57,6 +65,8 @@ class SegmentMap {
   void Detach(std::size_t points, std::size_t nameBytes);
   // Forgets it and leaves the memory where it is.
   void Abandon();
+  // Of one whose owner has gone: all was taken, and only the count of it is kept.
+  void Finish(SegmentEnd end);
 
   explicit operator bool() const { return m_header != nullptr; }
   // -1 when the application has closed it.

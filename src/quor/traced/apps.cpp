@@ -1,10 +1,20 @@
 #include "quor/traced/apps.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <utility>
 
 #include "base/fail_with.h"
 #include "quor/log/log.h"
+
+namespace {
+
+// Longer than a monitor may be silent before it is cut off.
+constexpr std::chrono::seconds kKept{12};
+
+}  // namespace
 
 bool Apps::Arrive(AppArrival arrival, std::string* why) {
   const bool brought = static_cast<bool>(arrival.segment);
@@ -54,16 +64,43 @@ void Apps::Watch(const std::string& socketPath) {
 void Apps::OnFile(const std::string& name) {
   const int file = m_watch.Folder().OpenFile(name);
   SegmentMap segment;
+  SegmentRest rest;
+  struct stat status {};
   const char* reason = "";
-  if (file < 0) return;
-  if (!segment.Open(file, &reason)) return PassOver(name, reason);
-  const Key key = KeyOf(segment);
-  if (const auto known = m_running.find(key); known != m_running.end())
+  if (file < 0 || fstat(file, &status) != 0) return;
+  const Key key{status.st_dev, status.st_ino};
+  if (const auto known = m_running.find(key); known != m_running.end()) {
     known->second->SetFile(name);
-  else if (segment.Layout().finished != 0)
-    m_watch.Folder().Remove(name, segment.Device(), segment.Inode());
-  else
+    close(file);
+  } else if (ReadRest(file, &rest)) {
+    close(file);
+    const bool kept = std::any_of(m_kept.begin(), m_kept.end(),
+                                  [&key](const Kept& one) { return one.key == key; });
+    if (kept) return;
+    Remember(rest, m_machine, HubFor({}));
+    Keep(name, key);
+  } else if (segment.Open(file, &reason)) {
     Find(name, std::move(segment));
+  } else {
+    PassOver(name, reason);
+  }
+}
+
+void Apps::Keep(const std::string& name, const Key& key) {
+  m_kept.push_back({std::chrono::steady_clock::now() + kKept, name, key});
+  if (m_kept.size() == 1) RemoveKept();
+}
+
+void Apps::RemoveKept() {
+  const auto now = std::chrono::steady_clock::now();
+  for (; !m_kept.empty() && m_kept.front().until <= now; m_kept.pop_front())
+    m_watch.Folder().Remove(m_kept.front().name, m_kept.front().key.first,
+                            m_kept.front().key.second);
+  if (m_kept.empty()) return;
+  m_keeps.expires_at(m_kept.front().until);
+  m_keeps.async_wait([this](const std::error_code& error) {
+    if (!error) RemoveKept();
+  });
 }
 
 // Told once. What somebody still owns may be of another version's.
@@ -115,8 +152,7 @@ void Apps::OnEnded(RunningApp& app) {
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
   // Its link may have been quicker than the word on its file.
   if (app.File().empty()) m_watch.Read();
-  if (!app.File().empty())
-    m_watch.Folder().Remove(app.File(), app.Segment().Device(), app.Segment().Inode());
+  if (!app.File().empty()) Keep(app.File(), KeyOf(app.Segment()));
   m_catalogue.EndInstance(app.Entry(), app.Pid());
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
   // Now there is room for one that there was none for.
@@ -146,6 +182,7 @@ void Apps::EndGrace() {
 }
 
 void Apps::Stop() {
+  // What is kept is the next service's to remove: a monitor may not read to our end.
   m_watch.Close();
   for (const auto& [key, instance] : m_running) instance->Stop();
   m_running.clear();

@@ -8,6 +8,9 @@
 // Threads  The service's one thread.
 #pragma once
 
+#include <asio/steady_timer.hpp>
+#include <chrono>
+#include <deque>
 #include <map>
 #include <set>
 
@@ -31,7 +34,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
         m_catalogue(catalogue),
         m_router(router),
         m_machine(std::move(machine)),
-        m_watch(io, *this) {}
+        m_watch(io, *this),
+        m_keeps(io) {}
 
   // Finds the applications beside this socket from now on. Those that died while no service ran
   // wait for LetGo.
@@ -60,6 +64,14 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   void Apply(const CatalogueApp& app, bool sink);
   void OnFile(const std::string& name) override;
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
+  // A file that is kept for the count in it, and until when.
+  struct Kept {
+    std::chrono::steady_clock::time_point until;
+    std::string name;
+    Key key;
+  };
+  void Keep(const std::string& name, const Key& key);
+  void RemoveKept();
   static Key KeyOf(const SegmentMap& segment) { return {segment.Device(), segment.Inode()}; }
   void Find(const std::string& name, SegmentMap segment);
   void PassOver(const std::string& name, const std::string& reason);
@@ -70,6 +82,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   Router& m_router;
   const std::string m_machine;
   SegmentWatch m_watch;
+  std::deque<Kept> m_kept;
+  asio::steady_timer m_keeps;
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
   bool m_holdsFound = false, m_leftSome = false;
   std::set<std::string> m_unreadable;  // files that somebody owns

@@ -278,7 +278,10 @@ void RunningApp::Pump() {
     });
     return;
   }
-  if (m_dead) return End();
+  if (m_dead) {
+    m_app.MarkFinished(m_app.IsIn(m_home.HubFor({})));
+    return End();
+  }
   if (!m_app.IsTaking()) return;
   m_app.CurrentSource()->serial != before ? PumpIn(kBusyPause) : Sleep();
 }

@@ -200,11 +200,9 @@ TracedApp::Step TracedApp::Drain(std::size_t traces, bool dead) {
     step = dead ? m_consumer->NextOfDead(item) : m_consumer->Next(item);
     if (step == RingStep::Item) sane = TakeItem(item);
   }
-  const bool finished = dead && step == RingStep::Empty;
-  if (finished) sane = Finish() && sane;
+  if (dead && step == RingStep::Empty) sane = Finish() && sane;
   Publish();
   m_hub->Deliver();
-  if (finished) m_segment.Header()->finished.store(1);
   if (step == RingStep::Broken || !sane) return Break("its ring contradicts itself");
   return step == RingStep::Empty ? Step::Empty : Step::More;
 }
@@ -219,6 +217,20 @@ RingConsumer::Wait TracedApp::BeginWait() {
 void TracedApp::EndWait() {
   if (m_waits && m_consumer) m_consumer->EndWait();
   m_waits = false;
+}
+
+void TracedApp::MarkFinished(bool here) {
+  m_segment.Finish(here ? SegmentEnd::Here : SegmentEnd::Elsewhere);
+}
+
+void Remember(const SegmentRest& rest, const std::string& machine, Hub& hub) {
+  if (rest.end != SegmentEnd::Here || rest.servedElsewhere > rest.served) return;
+  Source source;
+  source.instance = InstanceOf(machine, rest.pid, rest.startedNs, rest.moves);
+  source.machine = machine;
+  source.pid = std::to_string(rest.pid);
+  source.serial = rest.served - rest.servedElsewhere;
+  hub.EndSource(hub.AddSource(std::move(source)));
 }
 
 void TracedApp::RingBell() {

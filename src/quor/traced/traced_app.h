@@ -45,8 +45,9 @@ class TracedApp {
   // At most `traces` of them, said to the ring before they are delivered. `dead`: no producer lives
   // any more; Empty is then the end, and what was being written is told as lost.
   Step Drain(std::size_t traces, bool dead);
-  // All is taken, also by the word in the segment: it is no more than a file to be removed.
-  bool IsFinished() const { return m_finished; }
+  // Of the dead, after Drain was Empty. `here`: for the monitors of this service.
+  void MarkFinished(bool here);
+  bool IsIn(const Hub& hub) const { return m_hub == &hub; }
   RingConsumer::Wait BeginWait();
   void EndWait();
   // Wakes its link thread.
@@ -86,6 +87,10 @@ class TracedApp {
   std::chrono::nanoseconds m_ageAtStart;
   const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
+
+// One of an earlier service, which may not have brought all of it to its monitors: they learn how
+// far it came.
+void Remember(const SegmentRest& rest, const std::string& machine, Hub& hub);
 
 // What an application that has not introduced itself calls itself, as its segment tells.
 std::string AppNameIn(const SegmentMap& segment);

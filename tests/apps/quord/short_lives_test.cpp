@@ -10,6 +10,7 @@
 #include "quor/ring/segment_folder.h"
 #include "quor/ring/segment_map.h"
 #include "quord_client.h"
+#include "support/swept_segments.h"
 
 namespace {
 
@@ -39,8 +40,7 @@ class ShortLives : public ::testing::Test {
   std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
   // Nothing is left behind for which there is no owner any more.
   bool IsSwept() const {
-    SegmentFolder folder;
-    return folder.Open(quord.SocketPath()) && WaitFor([&] { return folder.Names().empty(); });
+    return WaitFor([&] { return AreSegmentsSwept(quord.SocketPath()); });
   }
   void StartWithMonitor() {
     quord.Start();

@@ -142,7 +142,11 @@ void RowHeader::paintSection(QPainter* painter, const QRect& rect, int section) 
   painter->restore();
   const Column column = static_cast<Column>(section);
   const QRect room = rect.adjusted(kCellMarginPx, 0, -kCellMarginPx, 0);
-  const QString text = fontMetrics().elidedText(HeaderText(column), Qt::ElideRight, room.width());
+  QString text = HeaderText(column);
+  // Asked first in whole pixels, as widths are: cutting counts parts of them, and would cut the
+  // name in a column of just its width.
+  if (fontMetrics().horizontalAdvance(text) > room.width())
+    text = fontMetrics().elidedText(text, Qt::ElideRight, room.width());
   painter->setPen(palette().color(QPalette::ButtonText));
   painter->drawText(room, AlignmentOf(AlignOf(column)) | Qt::TextSingleLine, text);
 }

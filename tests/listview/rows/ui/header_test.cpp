@@ -193,3 +193,24 @@ TEST(RowHeader, ALastColumnThatIsScrolledAwayHasNoFreeRoom) {
   s.list.resize(300, s.list.height());
   EXPECT_EQ(s.list.CellRect(0, Column::Stack).width(), 60);
 }
+
+TEST(RowHeader, AColumnOfJustTheWidthOfItsNameShowsItWhole) {
+  constexpr int kMorePx = 20;
+  ShownList s(0, 10, 90);
+  RowHeader& header = HeaderOf(s);
+  for (const ColumnInfo& column : kColumns) {
+    const auto picture = [&](int widthPx, int shiftPx) {
+      header.SetColumnWidth(column.column, widthPx);
+      const QRect name(header.ColumnLeft(column.column) + RowHeader::kCellMarginPx + shiftPx, 3,
+                       header.StringWidth(column.header) - 2 * RowHeader::kCellMarginPx - 2,
+                       header.height() - 6);
+      return header.viewport()->grab(name).toImage();
+    };
+    const int shift = column.align == ColumnAlign::Left    ? 0
+                      : column.align == ColumnAlign::Right ? kMorePx
+                                                           : kMorePx / 2;
+    const int just = header.StringWidth(column.header);
+    s.list.resize(2000, s.list.height());
+    EXPECT_EQ(picture(just, 0), picture(just + kMorePx, shift)) << column.header;
+  }
+}

@@ -149,6 +149,24 @@ TEST_F(CloseTest, ASecondCloseWhileAQuestionIsOnTheScreenAsksNotAgain) {
   EXPECT_EQ(host.Told(), std::string(kQuickClose) + "Cancel\n");
 }
 
+TEST_F(CloseTest, AQuickEnterAtTheQuickCloseQuestionAsksTheDocumentsAndLosesNothing) {
+  class EnterHost : public RecordingHost {
+   public:
+    BoxAnswer MessageBox(const MessageBoxRequest& request) override {
+      AnswerBox(request.preferred.value_or(BoxAnswer::Yes));  // the first button
+      return RecordingHost::MessageBox(request);
+    }
+  };
+  EnterHost host;
+  NtRegPut(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 0U);
+  TestApp app(host, m_faces, m_log);
+  ASSERT_TRUE(app.InitInstance({}));
+  ASSERT_TRUE(app.HoldMonitorTemplate().OpenDocumentFile(nullptr));
+  app.Frame()->OnClose();
+  EXPECT_EQ(host.Told(), std::string(kQuickClose) + "No\n");
+  EXPECT_FALSE(g_quickClose);
+}
+
 TEST_F(CloseTest, ExitIsTheSameAsClosingTheWindow) {
   Start();
   OpenModified(m_app->HoldMonitorTemplate(), "monitor");

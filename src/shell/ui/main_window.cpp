@@ -27,7 +27,9 @@ std::vector<std::string> LocalFiles(const QMimeData& data) {
 MainWindow::MainWindow(CMainFrame& frame) : m_frame(&frame) {
   setAcceptDrops(true);
   for (QTimer* timer : {&m_settled, &m_soon, &m_framed}) timer->setSingleShot(true);
-  connect(&m_framed, &QTimer::timeout, this, [this] { KeepOnScreen(*this); });
+  connect(&m_framed, &QTimer::timeout, this, [this] {
+    if (size() == m_shownAs) KeepOnScreen(*this);
+  });
   connect(&m_settled, &QTimer::timeout, this, [this] { ReportSize(); });
   connect(&m_soon, &QTimer::timeout, this, [this] { OnIdle(); });
   connect(&m_regular, &QTimer::timeout, this, [this] { OnIdle(); });
@@ -45,7 +47,9 @@ void MainWindow::OnIdle() {
 
 void MainWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
-  if (!event->spontaneous()) m_framed.start(kFramedMs);
+  if (event->spontaneous()) return;
+  m_shownAs = size();
+  m_framed.start(kFramedMs);
 }
 
 // The frame asks its questions inside the event, so that a session that ends learns the answer. A

@@ -46,4 +46,5 @@ class MainWindow : public QMainWindow {
   QTimer m_settled;  // sizes and states come in several events, in any order: looked at afterwards
   QTimer m_soon, m_regular;
   QTimer m_framed;  // by now the window manager has told how much its decoration takes
+  QSize m_shownAs;  // whoever asked for another size meanwhile gets it
 };

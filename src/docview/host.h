@@ -41,13 +41,19 @@ struct FileDialogBox {  // a check box inside the file dialog
   bool checked = false;
 };
 
+struct FileDialogNote {  // a text to read and copy, above the files
+  std::string label;     // "Recorded path:"
+  std::string text;      // empty: no note
+};
+
 struct FileDialogRequest {
   bool save = false;  // asks before it overwrites the final name; otherwise the file must exist
   std::string title;
-  std::string defaultExtension;  // ".trc", appended when none was typed
+  std::string defaultExtension;  // ".trc", appended as docview/file_name.h says
   std::string suggestedName;     // may hold a folder
   std::vector<FileFilter> filters;
   std::vector<FileDialogBox> boxes;
+  FileDialogNote note = {};
 };
 
 struct FileDialogAnswer {

@@ -1,17 +1,22 @@
 #include "docview/ui/qt_file_dialog.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QMessageBox>
 #include <QSplitter>
 #include <QTreeView>
 #include <algorithm>
 
+#include "docview/file_name.h"
+#include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/screen_fit.h"
 
 namespace {
@@ -32,7 +37,7 @@ QString NameFilter(const FileFilter& filter) {
 }  // namespace
 
 QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
-    : QFileDialog(parent, QString::fromStdString(request.title)) {
+    : QFileDialog(parent, QString::fromStdString(request.title)), m_request(request) {
   setOption(DontUseNativeDialog);
   setOption(HideNameFilterDetails);
   setAcceptMode(request.save ? AcceptSave : AcceptOpen);
@@ -40,13 +45,13 @@ QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
   QStringList filters;
   for (const FileFilter& filter : request.filters) filters.append(NameFilter(filter));
   if (!filters.isEmpty()) setNameFilters(filters);
-  if (request.save) setDefaultSuffix(QString::fromStdString(request.defaultExtension));
 
   const QFileInfo suggested(QString::fromStdString(request.suggestedName));
   const bool hasFolder = !request.suggestedName.empty() && suggested.dir().exists();
   setDirectory(hasFolder ? suggested.absolutePath() : QDir::currentPath());
   if (!suggested.fileName().isEmpty()) selectFile(suggested.fileName());
   AddBoxes(request.boxes);
+  AddNote(request.note);
   WidenColumns();
   WidenSideBar();
 }
@@ -87,6 +92,26 @@ void QtFileDialog::AddBoxes(const std::vector<FileDialogBox>& boxes) {
   grid->addLayout(row, grid->rowCount(), 1, 1, grid->columnCount() - 1);
 }
 
+// The rows of Qt's grid have their places: what is to stand above them takes that of a menu bar.
+void QtFileDialog::AddNote(const FileDialogNote& note) {
+  if (note.text.empty()) return;
+  auto* above = new QWidget(this);
+  auto* label = new QLabel(QString::fromStdString(note.label), above);
+  auto* field = new QLineEdit(QString::fromStdString(note.text), above);
+  field->setObjectName(QStringLiteral("note"));
+  field->setReadOnly(true);
+  field->setCursorPosition(0);
+  field->setAccessibleName(QString::fromStdString(note.label).remove(u':'));
+  SetPlainToolTip(*field, QString::fromStdString(note.text));
+  label->setBuddy(field);
+  auto* row = new QHBoxLayout(above);
+  const QMargins around = layout()->contentsMargins();
+  row->setContentsMargins(around.left(), around.top(), around.right(), 0);
+  row->addWidget(label);
+  row->addWidget(field, 1);
+  layout()->setMenuBar(above);
+}
+
 FileDialogAnswer QtFileDialog::Answer() const {
   FileDialogAnswer answer;
   answer.path = QFileInfo(selectedFiles().value(0)).absoluteFilePath().toStdString();
@@ -94,19 +119,41 @@ FileDialogAnswer QtFileDialog::Answer() const {
   return answer;
 }
 
-void QtFileDialog::accept() {
+// What stands in the name's field counts: a file that is still selected in the list would go before
+// it. A folder that is selected there is to be opened.
+void QtFileDialog::CompleteName() {
+  auto* field = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+  auto* files = findChild<QListView*>(QStringLiteral("listView"));
+  if (!field || !files || QFileInfo(selectedFiles().value(0)).isDir()) return;
+  files->selectionModel()->clear();
   const QFileInfo chosen(selectedFiles().value(0));
-  if (acceptMode() == AcceptSave && !chosen.fileName().isEmpty()) {
-    const QFileInfo folder(chosen.absolutePath());
-    // One that cannot be entered would not become the current folder, and a file that is made by
-    // its bare name would fall into another one.
-    const char* const wrong = !folder.isDir()          ? "\nThe folder does not exist."
-                              : !folder.isExecutable() ? "\nThe folder cannot be entered."
-                                                       : nullptr;
-    if (wrong) {
-      QMessageBox::warning(this, windowTitle(), folder.filePath() + wrong);
-      return;
-    }
+  if (chosen.fileName().isEmpty() || chosen.isDir()) return;
+  const auto* types = findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
+  const auto filter = static_cast<std::size_t>(types ? std::max(types->currentIndex(), 0) : 0);
+  const QFileInfo named(QString::fromStdString(
+      WithDefaultExtension(chosen.absoluteFilePath().toStdString(), m_request, filter)));
+  if (named.absoluteFilePath() == chosen.absoluteFilePath()) return;
+  const bool here = named.absolutePath() == directory().absolutePath();
+  field->setText(here ? named.fileName() : named.absoluteFilePath());
+}
+
+// A folder that cannot be entered would not become the current one, and a file that is made by its
+// bare name would fall into another one.
+bool QtFileDialog::FolderMayBeUsed() {
+  const QFileInfo chosen(selectedFiles().value(0));
+  if (chosen.fileName().isEmpty()) return true;
+  const QFileInfo folder(chosen.absolutePath());
+  const char* const wrong = !folder.isDir()          ? "\nThe folder does not exist."
+                            : !folder.isExecutable() ? "\nThe folder cannot be entered."
+                                                     : nullptr;
+  if (wrong) QMessageBox::warning(this, windowTitle(), folder.filePath() + wrong);
+  return !wrong;
+}
+
+void QtFileDialog::accept() {
+  if (acceptMode() == AcceptSave) {
+    CompleteName();
+    if (!FolderMayBeUsed()) return;
   }
   QFileDialog::accept();
 }

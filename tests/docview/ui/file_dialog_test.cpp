@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -74,16 +76,78 @@ const FileDialogRequest kOpen = {.save = false,
 
 }  // namespace
 
-TEST_F(FileDialogTest, TheDefaultExtensionIsAppendedOnlyWhenNoneWasTyped) {
+TEST_F(FileDialogTest, TheDefaultExtensionIsAppendedToEveryNameThatHasNone) {
   auto answer = Run(kSave, [&](QFileDialog& dialog) {
     EXPECT_EQ(dialog.windowTitle(), "Save Copy As");
     EXPECT_EQ(Accept(dialog, "web"), "");
   });
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->path, m_dir.File("web.trc"));
-  answer = Run(kSave, [&](QFileDialog& dialog) { Accept(dialog, "web.old"); });
+  answer = Run(kSave, [&](QFileDialog& dialog) { Accept(dialog, "WEB.TRC"); });
   ASSERT_TRUE(answer);
-  EXPECT_EQ(answer->path, m_dir.File("web.old"));
+  EXPECT_EQ(answer->path, m_dir.File("WEB.TRC"));
+}
+
+TEST_F(FileDialogTest, AProposedNameWithDotsGetsTheExtensionAndIsAskedAboutWithIt) {
+  m_dir.File("Traces sent to 127.0.0.1.trc", "kept");
+  FileDialogRequest request = kSave;
+  request.suggestedName = "Traces sent to 127.0.0.1";
+  std::string asked;
+  const auto answer = Run(request, [&](QFileDialog& dialog) {
+    m_host.Post([&asked] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      if (!box) return;
+      asked = box->text().toStdString();
+      box->button(QMessageBox::Yes)->click();
+    });
+    QTest::keyClick(dialog.findChild<QLineEdit*>("fileNameEdit"), Qt::Key_Return);
+  });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("Traces sent to 127.0.0.1.trc"));
+  EXPECT_NE(asked.find("127.0.0.1.trc"), std::string::npos) << asked;
+}
+
+TEST_F(FileDialogTest, TheFilterThatIsChosenNamesTheExtension) {
+  FileDialogRequest request = kSave;
+  request.filters = {{"Trace Files (*.trc)", "*.trc"}, {"Text Files (*.txt)", "*.txt"}};
+  const auto answer = Run(request, [&](QFileDialog& dialog) {
+    auto* const types = dialog.findChild<QComboBox*>("fileTypeCombo");
+    ASSERT_TRUE(types);
+    types->setFocus();
+    QTest::keyClick(types, Qt::Key_Down);
+    Accept(dialog, "web.1");
+  });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("web.1.txt"));
+}
+
+TEST_F(FileDialogTest, AFileThatIsSelectedInTheListDoesNotTakeThePlaceOfTheTypedName) {
+  m_dir.File("old.trc", "kept");
+  FileDialogRequest request = kSave;
+  request.suggestedName = m_dir.File("old.trc");
+  const auto answer = Run(request, [&](QFileDialog& dialog) {
+    auto* const files = dialog.findChild<QTreeView*>("treeView");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return files->selectionModel()->hasSelection(); }));
+    const QItemSelection selected = files->selectionModel()->selection();
+    auto* const name = dialog.findChild<QLineEdit*>("fileNameEdit");
+    name->selectAll();
+    QTest::keyClicks(name, "new.1");
+    // As when the list is read late: the selection comes behind the typing.
+    files->selectionModel()->select(selected, QItemSelectionModel::Select);
+    name->setText("new.1");
+    QMetaObject::invokeMethod(&dialog, "accept", Qt::DirectConnection);
+  });
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->path, m_dir.File("new.1.trc"));
+}
+
+TEST_F(FileDialogTest, TheNameOfAFolderOpensItAndStaysAFolder) {
+  std::filesystem::create_directory(m_dir.File("sub.d"));
+  Run(kSave, [&](QFileDialog& dialog) {
+    Accept(dialog, "sub.d");
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_EQ(dialog.directory().absolutePath().toStdString(), m_dir.File("sub.d"));
+  });
 }
 
 TEST_F(FileDialogTest, TheOverwriteQuestionIsAskedForTheFinalName) {
@@ -196,6 +260,34 @@ TEST_F(FileDialogTest, ASuggestedNameMayHoldAFolder) {
     EXPECT_EQ(dialog.directory().absolutePath().toStdString(), m_dir.File("sub"));
     EXPECT_EQ(dialog.findChild<QLineEdit*>("fileNameEdit")->text(), "web.trc");
   });
+}
+
+TEST_F(FileDialogTest, ANoteCanBeReadAndCopiedWhole) {
+  FileDialogRequest request = kOpen;
+  request.suggestedName = "/no/such/folder/<b>a.c";
+  request.note = {"Recorded path:", "/no/such/folder/<b>a.c"};
+  Run(request, [](QFileDialog& dialog) {
+    auto* const note = dialog.findChild<QLineEdit*>("note");
+    ASSERT_TRUE(note);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    EXPECT_TRUE(note->isVisible());
+    EXPECT_EQ(note->text(), "/no/such/folder/<b>a.c");
+    EXPECT_GT(note->width(), note->fontMetrics().horizontalAdvance(note->text()));
+    EXPECT_LT(note->mapTo(&dialog, QPoint()).y(),
+              dialog.findChild<QTreeView*>("treeView")->mapTo(&dialog, QPoint()).y());
+    EXPECT_EQ(note->accessibleName(), "Recorded path");
+    EXPECT_EQ(note->accessibleDescription(), note->text());
+    note->setFocus();
+    QTest::keyClick(note, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(note, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), note->text());
+    QTest::keyClick(note, Qt::Key_X);
+    EXPECT_EQ(note->text(), "/no/such/folder/<b>a.c") << "it is read only";
+  });
+}
+
+TEST_F(FileDialogTest, WithoutANoteThereIsNoFieldForIt) {
+  Run(kOpen, [](QFileDialog& dialog) { EXPECT_FALSE(dialog.findChild<QLineEdit*>("note")); });
 }
 
 TEST_F(FileDialogTest, SizesAndDatesOfFilesAreNotCut) {

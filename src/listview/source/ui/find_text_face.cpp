@@ -3,6 +3,8 @@
 #include <QGridLayout>
 #include <QLabel>
 
+#include "docview/ui/prompt_button.h"
+
 namespace {
 
 constexpr int kFieldCharacters = 32;
@@ -13,9 +15,9 @@ FindTextFace::FindTextFace(FindTextDialog& dialog, QWidget* parent)
     : QtDialogFace(dialog, parent),
       m_find(dialog),
       m_text(new QLineEdit(this)),
-      m_matchCase(new QCheckBox(tr("Match &case"), this)),
-      m_wholeWord(new QCheckBox(tr("Match &whole word only"), this)),
-      m_findNext(new QPushButton(tr("&Find Next"), this)) {
+      m_matchCase(new PromptButton<QCheckBox>(tr("Match &case"), this)),
+      m_wholeWord(new PromptButton<QCheckBox>(tr("Match &whole word only"), this)),
+      m_findNext(new PromptButton<QPushButton>(tr("&Find Next"), this)) {
   setWindowTitle(FindTextDialog::kTitle);
   setObjectName("find text");
   m_text->setObjectName("text");

@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "docview/ui/prompt_button.h"
+
 namespace {
 
 constexpr int kTextCharacters = 42;
@@ -56,7 +58,7 @@ FindFace::FindFace(CFindDialog& dialog, QWidget* parent)
 }
 
 QCheckBox* FindFace::MakeBox(unsigned id, const QString& text) {
-  auto* box = new QCheckBox(text, this);
+  auto* box = new PromptButton<QCheckBox>(text, this);
   box->setObjectName(NameOf(id));
   box->setAccessibleName(PlainText(text));
   return box;

@@ -102,6 +102,28 @@ TEST_F(FindFaceTest, EnterTakesTextAndBoxesIntoTheSettings) {
   EXPECT_EQ(FindSettings.wordSearch, 1);
 }
 
+TEST_F(FindFaceTest, AQuickEnterBehindAnAccessKeySearchesWithItsTick) {
+  EXPECT_TRUE(Run([](QDialog& window) {
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    QTest::keyClicks(window.findChild<QLineEdit*>("1079"), "web");
+    QTest::keyClick(&window, Qt::Key_C, Qt::AltModifier);
+    EXPECT_TRUE(window.findChild<QCheckBox*>("1081")->hasFocus());
+    QTest::keyClick(window.focusWidget(), Qt::Key_Return);
+  }));
+  EXPECT_EQ(FindSettings.ignoreCase, 1);
+  EXPECT_EQ(FindSettings.backward, 0);
+}
+
+TEST_F(FindFaceTest, AnAccessKeyHitTwiceInARowTicksAndUnticks) {
+  Run([](QDialog& window) {
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    QTest::keyClick(&window, Qt::Key_W, Qt::AltModifier);
+    EXPECT_TRUE(window.findChild<QCheckBox*>("1128")->isChecked());
+    QTest::keyClick(&window, Qt::Key_W, Qt::AltModifier);
+    EXPECT_FALSE(window.findChild<QCheckBox*>("1128")->isChecked());
+  });
+}
+
 TEST_F(FindFaceTest, OffersTheLastSearchWithItsTextSelected) {
   FindSettings = {"Überlauf", 1, 0, 1, 0};
   Run([](QDialog& window) {

@@ -77,13 +77,20 @@ void FilterFace::OnBoxClicked(const QModelIndex& index) {
   UpdateData();
 }
 
+// The tree itself takes a press on a label only, and one beside it takes the selection away. Looked
+// at before the tree: a press on an expand button may move the rows.
 bool FilterFace::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::MouseButtonRelease &&
-      !m_tree->indexAt(static_cast<QMouseEvent*>(event)->pos()).isValid()) {
-    Forward([this] { m_dialog.OnTreeClick(nullptr, false); });
-    UpdateData();
-  }
-  return QtDialogFace::eventFilter(watched, event);
+  const bool press =
+      event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+  if (!press || static_cast<QMouseEvent*>(event)->button() != Qt::LeftButton)
+    return QtDialogFace::eventFilter(watched, event);
+  const QPoint at = static_cast<QMouseEvent*>(event)->pos();
+  const QModelIndex row = m_tree->indexAt({m_tree->columnViewportPosition(0), at.y()});
+  Forward([&] { m_dialog.OnTreeClick(FilterModel::NodeOf(row), false); });
+  UpdateData();
+  if (m_tree->indexAt(at).isValid()) return false;
+  m_tree->setFocus(Qt::MouseFocusReason);
+  return true;
 }
 
 void FilterFace::UpdateData() {

@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QTreeView>
 #include <functional>
@@ -103,6 +104,54 @@ TEST_F(FilterFaceTest, AClickOnTheLabelOnlySelects) {
     EXPECT_EQ(tree.currentIndex(), At(tree, {"All Attributes"}));
     EXPECT_EQ(m_dialog.Selected(), &NodeAt(m_dialog, {"All Attributes"}));
     EXPECT_EQ(Box({"All Attributes"}), "[x] ");
+  });
+}
+
+TEST_F(FilterFaceTest, AClickOnAnExpandButtonSelectsItsNodeAndOpensIt) {
+  Run([this](QDialog&, QTreeView& tree) {
+    tree.expand(At(tree, {}));
+    const QModelIndex components = At(tree, {"All Components"});
+    const QRect row = tree.visualRect(components);
+    const QPoint button(row.left() - tree.indentation() / 2, row.center().y());
+    Click(tree, button);
+    EXPECT_TRUE(tree.isExpanded(components));
+    EXPECT_EQ(tree.currentIndex(), components);
+    EXPECT_TRUE(tree.selectionModel()->isSelected(components));
+    EXPECT_EQ(m_dialog.Selected(), &NodeAt(m_dialog, {"All Components"}));
+    EXPECT_EQ(Box({"All Components"}), "[x] ");
+    tree.setCurrentIndex(At(tree, {}));
+    Click(tree, button);
+    EXPECT_FALSE(tree.isExpanded(components));
+    EXPECT_EQ(tree.currentIndex(), components);
+  });
+}
+
+TEST_F(FilterFaceTest, AClickRightOfALabelSelectsItsNode) {
+  Run([this](QDialog&, QTreeView& tree) {
+    tree.expand(At(tree, {}));
+    const QModelIndex attributes = At(tree, {"All Attributes"});
+    const QPoint right(tree.viewport()->width() - 3, tree.visualRect(attributes).center().y());
+    ASSERT_FALSE(tree.indexAt(right).isValid());
+    Click(tree, right);
+    EXPECT_EQ(tree.currentIndex(), attributes);
+    EXPECT_TRUE(tree.selectionModel()->isSelected(attributes));
+    EXPECT_EQ(m_dialog.Selected(), &NodeAt(m_dialog, {"All Attributes"}));
+    EXPECT_EQ(Box({"All Attributes"}), "[x] ");
+  });
+}
+
+TEST_F(FilterFaceTest, AClickSelectsItsNodeAlsoWhereTheTreeIsScrolledToTheRight) {
+  m_names[3].name = std::string(3000, 'n');
+  Run([this](QDialog&, QTreeView& tree) {
+    tree.expand(At(tree, {}));
+    tree.expand(At(tree, {"All Components"}));
+    QTest::qWait(0);
+    tree.horizontalScrollBar()->setValue(tree.horizontalScrollBar()->maximum());
+    ASSERT_GT(tree.horizontalScrollBar()->value(), 0);
+    const QModelIndex attributes = At(tree, {"All Attributes"});
+    Click(tree, QPoint(5, tree.visualRect(attributes).center().y()));
+    EXPECT_EQ(m_dialog.Selected(), &NodeAt(m_dialog, {"All Attributes"}));
+    EXPECT_EQ(tree.currentIndex(), attributes);
   });
 }
 

@@ -4,12 +4,14 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <algorithm>
 
 #include "docview/ui/plain_tool_tip.h"
 
 namespace {
 
-constexpr int kPathWidthPx = 380;
+constexpr int kPathWidthPx = 380, kWidestPathPx = 720;
+constexpr int kPathEdgesPx = 16;  // of the field, beside its text
 // A file may be larger than a signed number holds, so that the bar counts in thousandths.
 constexpr int kSteps = 1000;
 
@@ -53,12 +55,14 @@ void LoadStatusFace::UpdateData() {
   m_bar->setValue(m_status.m_range ? static_cast<int>(position * kSteps / m_status.m_range) : 0);
 }
 
-// A long path loses its middle; the whole one is in the tool tip.
+// The field holds the whole path, to be read and copied. It is as wide as the path, within bounds;
+// of a longer one the end shows, where the file's name is.
 void LoadStatusFace::ShowPath(const QString& path) {
-  const QString toolTip = PlainToolTip(path);
-  if (m_path->toolTip() == toolTip) return;
-  m_path->setToolTip(toolTip);
-  m_path->setText(m_path->fontMetrics().elidedText(path, Qt::ElideMiddle, kPathWidthPx - 16));
+  if (m_path->text() == path) return;
+  SetPlainToolTip(*m_path, path);
+  m_path->setText(path);
+  const int wantedPx = m_path->fontMetrics().horizontalAdvance(path) + kPathEdgesPx;
+  m_path->setFixedWidth(std::clamp(wantedPx, kPathWidthPx, kWidestPathPx));
 }
 
 // Enter ends nothing here, not even by the button that has the focus.

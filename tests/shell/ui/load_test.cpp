@@ -1,3 +1,4 @@
+#include <QClipboard>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -138,16 +139,44 @@ TEST_F(LoadTest, ClosingADocumentDuringItsLoadTakesItsWindowAway) {
   EXPECT_TRUE(Until([this] { return Frame().Children().empty() && !HasBox(); }));
 }
 
-TEST_F(LoadTest, ALongPathLosesItsMiddleAndKeepsTheBoxAtItsWidth) {
+TEST_F(LoadTest, ALongPathCanBeReadAndCopiedWhole) {
   Start();
   CLoadStatus status(m_host, CreateEvent());
   LoadStatusFace face(status, nullptr);
+  face.show();
   status.m_path = "/var/" + std::string(300, 'x') + "/web.trc";
   face.UpdateData();
-  const QLineEdit* edit = face.findChild<QLineEdit*>();
-  EXPECT_TRUE(edit->text().startsWith(QLatin1String("/var/")));
-  EXPECT_TRUE(edit->text().endsWith(QLatin1String("web.trc")));
+  auto* edit = face.findChild<QLineEdit*>();
+  EXPECT_EQ(edit->text().toStdString(), status.m_path);
+  EXPECT_EQ(edit->accessibleDescription(), edit->text());
+  edit->setFocus();
+  QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClick(edit, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), status.m_path);
+}
+
+TEST_F(LoadTest, TheBoxGrowsWithThePathWithinBoundsAndThenShowsTheFilesName) {
+  Start();
+  CLoadStatus status(m_host, CreateEvent());
+  LoadStatusFace face(status, nullptr);
+  face.show();
+  auto* edit = face.findChild<QLineEdit*>();
+  const auto show = [&](const std::string& path) {
+    status.m_path = path;
+    face.UpdateData();
+    Settle();
+  };
+  show("/var/web.trc");
+  const int narrow = face.width();
+  show("/var/" + std::string(60, 'x') + "/web.trc");
+  EXPECT_GT(face.width(), narrow);
   EXPECT_LT(edit->fontMetrics().horizontalAdvance(edit->text()), edit->width());
+  show("/var/" + std::string(3000, 'x') + "/web.trc");
+  EXPECT_LT(face.width(), 900);
+  EXPECT_EQ(edit->cursorPosition(), edit->text().size());
+  const QRect caret = edit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+  EXPECT_GT(caret.left(), edit->width() / 2);
+  EXPECT_LE(caret.left(), edit->width());
 }
 
 TEST_F(LoadTest, AFileOfNearlyFourGigabytesStillFillsTheBarFromEndToEnd) {

@@ -15,6 +15,7 @@ constexpr std::int64_t kAllSteps = std::numeric_limits<std::int64_t>::max();
 
 // Of the pattern last prepared; none before the first, when nothing matches.
 std::unique_ptr<RegexPlan> g_plan;
+unsigned g_prepared = 0;
 
 // Programs other than the one in RegexState are as long as that at most.
 const unsigned char* EndOf(const unsigned char* code) {
@@ -81,7 +82,12 @@ int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearc
     // The person is told by whoever asked; what was compiled so far stays.
   }
   g_plan = std::make_unique<RegexPlan>();
+  ++g_prepared;
   return compiled;
+}
+
+unsigned RegexPrepared() {
+  return g_prepared;
 }
 
 int RegexMatchText(std::string_view text) {

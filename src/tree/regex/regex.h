@@ -27,6 +27,10 @@ unsigned char* RegexCompile(const char* pattern, unsigned char* buffer, unsigned
 // Throws a std::string, "Regular expression parser error: %d".
 [[noreturn]] void RegexRaise(int code);
 
+// How many patterns have been prepared, whether they compiled or not: what was made from one holds
+// as long as this stays.
+unsigned RegexPrepared();
+
 // 1 when the pattern last prepared occurs in the text, else 0. Allocates nothing.
 int RegexMatchText(std::string_view text);
 

@@ -190,7 +190,18 @@ RegexAnswer RegexPlan::Begin(std::string_view text, std::int64_t steps) {
   m_needAt = kNowhere;
   // Where a star leads, the rest is the rarer thing to look for.
   if (m_leadingStar && !MayMatchFrom(text, 0)) return RegexAnswer::No;
-  m_place = m_anchored ? 0 : FindPlace(text, 0);
+  return BeginAt(text, m_anchored ? 0 : FindPlace(text, 0), steps);
+}
+
+RegexAnswer RegexPlan::Next(std::string_view text, std::int64_t steps) {
+  m_unfinished = false;
+  const std::size_t behind = std::max(m_matchEnd, m_place + 1);
+  if (behind > text.size()) return RegexAnswer::No;
+  return BeginAt(text, m_anchored ? NextLine(text, behind - 1) : FindPlace(text, behind), steps);
+}
+
+RegexAnswer RegexPlan::BeginAt(std::string_view text, std::size_t place, std::int64_t steps) {
+  m_place = place;
   if (m_place == kNowhere) return RegexAnswer::No;
   if (m_probesAll) {
     m_matchEnd = m_place + m_start->bytes;

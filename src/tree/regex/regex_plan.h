@@ -24,6 +24,8 @@ class RegexPlan {
   // A search stops when `steps` are used up, and goes on with Resume and the same text.
   RegexAnswer Begin(std::string_view text, std::int64_t steps);
   RegexAnswer Resume(std::string_view text, std::int64_t steps);
+  // Behind a Yes: a further match, which begins where that one ends or behind it.
+  RegexAnswer Next(std::string_view text, std::int64_t steps);
 
   // Behind a Yes, counted from the text's start.
   std::size_t MatchStart() const { return m_place; }
@@ -54,6 +56,7 @@ class RegexPlan {
   std::size_t FindPlace(std::string_view text, std::size_t from) const;
   std::size_t NextPlace(std::string_view text) const;
   bool MayMatchFrom(std::string_view text, std::size_t place);
+  RegexAnswer BeginAt(std::string_view text, std::size_t place, std::int64_t steps);
   RegexAnswer Try(std::string_view text, RegexRun run, std::int64_t& steps);
 
   RegexNodes m_nodes;

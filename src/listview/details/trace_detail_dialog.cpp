@@ -1,5 +1,7 @@
 #include "listview/details/trace_detail_dialog.h"
 
+#include <algorithm>
+
 #include "base/quor_ptr.h"
 #include "records/timer.h"
 #include "settings/globals.h"
@@ -79,7 +81,7 @@ void CTraceDetailDialog::OnBack() {
 
 void CTraceDetailDialog::Fill() {
   for (const Field& field : Fields()) (this->*field.value).clear();
-  m_text.clear();
+  FillText({});
   FillStack({});
   if (const TraceEvent_i* event = m_iterator.current) FillFields(*event);
   m_hasNext = m_iterator.HasNext();
@@ -100,11 +102,29 @@ void CTraceDetailDialog::FillFields(const TraceEvent_i& event) {
   m_tid = event.GetTidName(m_nameMap);
   m_time = event.GetTimeString(!g_useUtc);
   m_source = SourceOf(event, m_nameMap);
-  m_text = WithCarriageReturns(event.GetText());
+  FillText(event.GetText());
   FillStack(event.GetStack());
   const std::uint64_t ticCount = event.GetTicCount();
   m_ticCount = QuorStr::NumToStr(ticCount);  // kept: 0 reads "0" here
   m_ticDifference = TicDifference(ticCount);
+}
+
+// The hits are those of the text as it was traced: each line's end before one moves it by a byte.
+void CTraceDetailDialog::FillText(const std::string& text) {
+  m_text = WithCarriageReturns(text);
+  m_hits = m_findHits.In(text);
+  std::size_t at = 0, lines = 0;
+  const auto moved = [&](std::size_t place) {
+    lines += static_cast<std::size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(at),
+                                                 text.begin() + static_cast<std::ptrdiff_t>(place),
+                                                 '\n'));
+    at = place;
+    return place + lines;
+  };
+  for (HitRange& hit : m_hits) {
+    hit.begin = moved(hit.begin);
+    hit.end = moved(hit.end);
+  }
 }
 
 // Kept: two real steps of the cursor, which move a list's selection away and back, and have other

@@ -14,6 +14,7 @@
 
 #include "docview/dialog.h"
 #include "listview/details/trace_iterator.h"
+#include "tree/find/find_hits.h"
 
 class CTraceDetailDialog : public CDialog {
  public:
@@ -28,7 +29,8 @@ class CTraceDetailDialog : public CDialog {
 
   // What the fields show, UTF-8; all empty when the cursor has no trace.
   std::string m_application, m_count, m_machine, m_pid, m_tid, m_time;
-  std::string m_text;  // lines end in CR LF
+  std::string m_text;            // lines end in CR LF
+  std::vector<HitRange> m_hits;  // of the last search, in m_text
   std::string m_component, m_category, m_ticCount, m_ticDifference, m_source, m_attributes,
       m_severity;
   std::vector<std::string> m_stack;  // the first line is selected
@@ -49,9 +51,11 @@ class CTraceDetailDialog : public CDialog {
  private:
   void Fill();
   void FillFields(const TraceEvent_i& event);
+  void FillText(const std::string& text);
   void FillStack(const std::string& stack);
   std::string TicDifference(std::uint64_t ticCount);
 
   CTraceIterator& m_iterator;
   const NameMap& m_nameMap;
+  FindHits m_findHits;
 };

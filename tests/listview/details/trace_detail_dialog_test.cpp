@@ -6,6 +6,8 @@
 #include "settings/globals.h"
 #include "support/recording_host.h"
 #include "support/zone_guard.h"
+#include "tree/find/find_settings.h"
+#include "tree/regex/regex.h"
 
 namespace {
 
@@ -30,6 +32,22 @@ class TraceDetails : public testing::Test {
   FakeCursor m_cursor;
   CTraceDetailDialog m_dialog{m_host, m_cursor, m_names};
 };
+
+// ---- hits of the last search
+
+TEST_F(TraceDetails, TheHitsOfTheLastSearchStandWhereTheTextHasThem) {
+  ASSERT_EQ(RegexPrepare("up", 0, 1, 0, 0), 1);
+  FindSettings.searchText = "up";
+  const CTraceDetailDialog& dialog = OpenOn({{.text = "up\nis up\n\nup"}});
+  FindSettings = {};
+  ASSERT_EQ(dialog.m_text, "up\r\nis up\r\n\r\nup");
+  EXPECT_EQ(dialog.m_hits, (std::vector<HitRange>{{0, 2}, {7, 9}, {13, 15}}));
+}
+
+TEST_F(TraceDetails, WithoutASearchNoHitsAreTold) {
+  FindSettings = {};
+  EXPECT_TRUE(OpenOn({{.text = "up"}}).m_hits.empty());
+}
 
 // ---- fields
 

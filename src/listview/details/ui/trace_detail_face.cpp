@@ -9,17 +9,27 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTextEdit>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
+#include "docview/ui/hit_color.h"
 #include "docview/ui/plain_tool_tip.h"
+#include "docview/ui/prompt_button.h"
+#include "listview/details/ui/shown_text.h"
 
 namespace {
 
-constexpr int kWidthChars = 104, kHeightLines = 46;
-constexpr int kStackLines = 20;  // shown at once when the list is open
-constexpr int kStackChars = 20;  // the width that the list wants at least
+constexpr int kWidthChars = 84;                     // at least
+constexpr int kFewestLines = 5, kMostLines = 20;    // of the text, at the start
+constexpr int kValueChars = 44, kSourceChars = 92;  // a longer value is scrolled in its field
+constexpr int kValueEdgesPx = 14;
+constexpr int kMostMeasured = 8192;  // letters: as many fill any window
+constexpr int kStackLines = 20;      // shown at once when the list is open
+constexpr int kStackChars = 20;      // the width that the list wants at least
 
 QString NameOf(unsigned id) {
   return QString::number(id);
@@ -37,8 +47,6 @@ TraceDetailFace::TraceDetailFace(CTraceDetailDialog& dialog, QWidget* parent)
   setWindowTitle(CTraceDetailDialog::kCaption);
   setObjectName("properties");
   setSizeGripEnabled(true);
-  resize(fontMetrics().averageCharWidth() * kWidthChars,
-         fontMetrics().lineSpacing() * kHeightLines);
   auto* top = new QHBoxLayout;
   top->addWidget(MakeGroup("Trace Info"), 1);
   top->addWidget(MakeGroup("Process Info"), 1);
@@ -76,6 +84,8 @@ QLineEdit* TraceDetailFace::MakeValue(const CTraceDetailDialog::Field& field) {
   auto* value = new QLineEdit(this);
   value->setObjectName(NameOf(field.id));
   value->setAccessibleName(SpokenName(field.caption));
+  // Else it would be the tool tip, with the markup that keeps that plain.
+  value->setAccessibleDescription(QString::fromLatin1(field.group));
   value->setReadOnly(true);
   value->setMaxLength(std::numeric_limits<int>::max());
   if (field.id != CTraceDetailDialog::kSource) {
@@ -109,6 +119,7 @@ QPlainTextEdit* TraceDetailFace::MakeText() {
   m_text->setReadOnly(true);
   m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   m_text->setTabChangesFocus(true);
+  m_text->setMinimumHeight(fontMetrics().lineSpacing() * kFewestLines);
   m_text->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   return m_text;
 }
@@ -136,7 +147,7 @@ QHBoxLayout* TraceDetailFace::MakeButtons() {
 }
 
 QPushButton* TraceDetailFace::MakeButton(unsigned id, const char* text) {
-  auto* button = new QPushButton(text, this);
+  auto* button = new PromptButton<QPushButton>(text, this);
   button->setObjectName(NameOf(id));
   button->setAccessibleName(QString(text).remove(QRegularExpression("[&<>]")).trimmed());
   return button;
@@ -148,14 +159,54 @@ void TraceDetailFace::UpdateData() {
     value->setText(text);
     value->setToolTip(PlainToolTip(text));
     value->setCursorPosition(0);
+    Widen(*value, field->id == CTraceDetailDialog::kSource ? kSourceChars : kValueChars);
   }
   m_stack->clear();
   for (const std::string& line : m_dialog.m_stack) m_stack->addItem(QString::fromStdString(line));
   m_stack->setEnabled(m_dialog.m_stackEnabled);
-  static const QRegularExpression lineEnd("\r+\n");
-  m_text->setPlainText(QString::fromStdString(m_dialog.m_text).replace(lineEnd, "\n"));
+  ShowText();
   m_back->setEnabled(m_dialog.m_hasBack);
   m_next->setEnabled(m_dialog.m_hasNext);
+  if (!std::exchange(m_sized, true)) SizeByContent();
+}
+
+// Fields grow with their values and never shrink: the window does not jump from trace to trace.
+void TraceDetailFace::Widen(QLineEdit& value, int mostChars) {
+  const QFontMetrics metrics = value.fontMetrics();
+  const int wantedPx = std::min(metrics.horizontalAdvance(value.text()) + kValueEdgesPx,
+                                metrics.averageCharWidth() * mostChars);
+  value.setMinimumWidth(std::max(value.minimumWidth(), wantedPx));
+}
+
+void TraceDetailFace::ShowText() {
+  const ShownText shown(m_dialog.m_text);
+  m_text->setPlainText(shown.Text());
+  QList<QTextEdit::ExtraSelection> tinted;
+  for (const HitRange& hit : shown.PlacesOf(m_dialog.m_hits)) {
+    QTextEdit::ExtraSelection tint;
+    tint.cursor = QTextCursor(m_text->document());
+    tint.cursor.setPosition(static_cast<int>(hit.begin));
+    tint.cursor.setPosition(static_cast<int>(hit.end), QTextCursor::KeepAnchor);
+    tint.format.setBackground(HitColor(m_text->palette()));
+    tinted.append(tint);
+  }
+  m_text->setExtraSelections(tinted);
+}
+
+// The text gets the lines that it needs, within bounds; the rest of the window as much as it takes.
+void TraceDetailFace::SizeByContent() {
+  const QFontMetrics metrics = fontMetrics();
+  const QSize least = layout()->minimumSize();
+  const int widthPx = std::max(least.width(), metrics.averageCharWidth() * kWidthChars);
+  const QRect room(0, 0, widthPx - 4 * metrics.averageCharWidth(), metrics.lineSpacing() * 100);
+  const int linesPx = metrics
+                          .boundingRect(room, Qt::TextWrapAnywhere | Qt::TextExpandTabs,
+                                        m_text->toPlainText().left(kMostMeasured))
+                          .height() +
+                      metrics.lineSpacing();
+  const int morePx =
+      std::min(linesPx, metrics.lineSpacing() * kMostLines) - m_text->minimumHeight();
+  resize(widthPx, least.height() + std::max(morePx, 0));
 }
 
 // A button that goes grey hands its focus on to the one behind it, and the next Enter would close

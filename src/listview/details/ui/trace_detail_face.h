@@ -31,10 +31,14 @@ class TraceDetailFace final : public QtDialogFace {
   QHBoxLayout* MakeButtons();
   QPushButton* MakeButton(unsigned id, const char* text);
   void ShowTrace();
+  void ShowText();
+  static void Widen(QLineEdit& value, int mostChars);
+  void SizeByContent();
 
   CTraceDetailDialog& m_dialog;
   std::vector<std::pair<const CTraceDetailDialog::Field*, QLineEdit*>> m_values;
   QComboBox* m_stack = nullptr;
   QPlainTextEdit* m_text = nullptr;
   QPushButton *m_back = nullptr, *m_next = nullptr;
+  bool m_sized = false;  // by the first trace that it showed
 };

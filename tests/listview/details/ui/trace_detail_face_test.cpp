@@ -1,14 +1,18 @@
 #include "listview/details/ui/trace_detail_face.h"
 
+#include <QAccessible>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
+#include <QTextEdit>
 #include <functional>
 
+#include "docview/ui/hit_color.h"
 #include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/qt_host.h"
 #include "docview/wnd.h"
@@ -16,6 +20,8 @@
 #include "settings/globals.h"
 #include "support/owed.h"
 #include "support/qt_test_main.h"
+#include "tree/find/find_settings.h"
+#include "tree/regex/regex.h"
 
 namespace {
 
@@ -107,6 +113,71 @@ TEST_F(TraceDetailFaceTest, ShowsTheTraceUnderTheCursor) {
     EXPECT_EQ(stack->count(), 2);
     EXPECT_EQ(stack->currentText(), "main");
     EXPECT_EQ(stack->itemText(1), "idle");
+  });
+}
+
+TEST_F(TraceDetailFaceTest, HitsOfTheLastSearchAreTinted) {
+  ASSERT_EQ(RegexPrepare("t", 0, 1, 0, 0), 1);
+  FindSettings.searchText = "t";
+  Run([](QDialog& window) {
+    auto* const box = window.findChild<QPlainTextEdit*>("1039");
+    QStringList tinted;
+    for (const QTextEdit::ExtraSelection& tint : box->extraSelections()) {
+      tinted << QString::number(tint.cursor.selectionStart()) + tint.cursor.selectedText();
+      EXPECT_EQ(tint.format.background().color(), HitColor(box->palette()));
+    }
+    EXPECT_EQ(tinted, (QStringList{"4t", "8t"})) << "of one, two, three";
+    QTest::keyClick(&window, Qt::Key_N, Qt::AltModifier);
+    EXPECT_EQ(box->extraSelections().size(), 1) << "of last";
+  });
+  FindSettings = {};
+}
+
+TEST_F(TraceDetailFaceTest, ItIsAsHighAsItsTextNeedsAndCutsNoValueOfOrdinaryLength) {
+  int low = 0, high = 0;
+  Run([&low](QDialog& window) { low = window.height(); });
+  std::string lines;
+  for (int line = 0; line < 15; ++line) lines += "line " + std::to_string(line) + "\n";
+  m_cursor.Add(
+      {.text = lines, .attributes = kAttributeInfo | kAttributeDeveloper | kAttributeVerbose});
+  m_cursor.StandAt(3);
+  Run([&high](QDialog& window) {
+    high = window.height();
+    auto* const text = window.findChild<QPlainTextEdit*>("1039");
+    EXPECT_EQ(text->verticalScrollBar()->maximum(), 0) << "all lines are seen";
+    window.resize(window.minimumSizeHint());
+    const auto* const attributes = window.findChild<QLineEdit*>("1158");
+    EXPECT_EQ(attributes->text(), "Info, Developer, Verbose");
+    EXPECT_GE(attributes->width(),
+              attributes->fontMetrics().horizontalAdvance(attributes->text()) + 4);
+  });
+  EXPECT_GE(high, low + 5 * QFontMetrics(QApplication::font()).lineSpacing());
+  m_cursor.Add({.text = std::string(60000, 'x')});
+  m_cursor.StandAt(4);
+  Run([&](QDialog& window) { EXPECT_LT(window.height(), 2 * high); });
+}
+
+TEST_F(TraceDetailFaceTest, AltNAndAltBWalkAsFastAsTheyAreHit) {
+  m_cursor.StandAt(0);
+  Run([](QDialog& window) {
+    QTest::keyClick(&window, Qt::Key_N, Qt::AltModifier);
+    QTest::keyClick(&window, Qt::Key_N, Qt::AltModifier);
+    EXPECT_EQ(Value(window, "1041"), "3");
+    QTest::keyClick(&window, Qt::Key_B, Qt::AltModifier);
+    QTest::keyClick(&window, Qt::Key_B, Qt::AltModifier);
+    EXPECT_EQ(Value(window, "1041"), "1");
+  });
+}
+
+TEST_F(TraceDetailFaceTest, AScreenReaderHearsNoMarkup) {
+  Run([](QDialog& window) {
+    for (const CTraceDetailDialog::Field& field : CTraceDetailDialog::Fields()) {
+      auto* const value = window.findChild<QLineEdit*>(QString::number(field.id));
+      QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(value);
+      ASSERT_TRUE(spoken) << field.caption;
+      EXPECT_EQ(spoken->text(QAccessible::Description), QString(field.group)) << field.caption;
+      EXPECT_EQ(spoken->text(QAccessible::Value), value->text()) << field.caption;
+    }
   });
 }
 

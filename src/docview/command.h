@@ -9,6 +9,8 @@
 
 #include <functional>
 #include <map>
+#include <string>
+#include <utility>
 
 // The state of one menu item or button while its command's update handler looks at it. A handler
 // that calls nothing leaves the state as it was.
@@ -18,13 +20,17 @@ class CCmdUI {
       : m_nID(id), m_enabled(enabled), m_checked(checked) {}
   void Enable(bool on = true) { m_enabled = on; }
   void SetCheck(bool on = true) { m_checked = on; }
+  // Says to a person who asks for a disabled command what it lacks.
+  void SetWhyNot(std::string reason) { m_whyNot = std::move(reason); }
   bool IsEnabled() const { return m_enabled; }
   bool IsChecked() const { return m_checked; }
+  const std::string& WhyNot() const { return m_whyNot; }
 
   const unsigned m_nID;
 
  private:
   bool m_enabled, m_checked;
+  std::string m_whyNot;
 };
 
 class CCmdTarget {

@@ -6,6 +6,7 @@
 void CTraceView::OnUpdateGotoSource(CCmdUI& ui) {
   const TraceEvent_i* event = CurrentEvent();
   ui.Enable(event && !event->GetSourceFileName(m_document.m_names).empty());
+  if (event && !ui.IsEnabled()) ui.SetWhyNot(kNoSourceFile);
 }
 
 // Opening may take as long as the user likes: this view may be gone behind it.

@@ -22,6 +22,11 @@ class CSourceTemplate final : public CMultiDocTemplate {
   ~CSourceTemplate();
 };
 
+// Why Goto Source is disabled for a trace.
+inline constexpr char kNoSourceFile[] =
+    "This trace names no source file. Applications record it while Location is on: "
+    "trc set APPLICATION --all Info Warn Error Location";
+
 // The template of this program; null when no application stands.
 extern CSourceTemplate* g_sourceTemplate;
 

@@ -52,6 +52,8 @@ void CommandActions::Update(unsigned id, QAction& action) {
   action.setCheckable(ui.IsChecked());
   action.setChecked(ui.IsChecked());
   action.setEnabled(ui.IsEnabled());
+  const bool tellWhyNot = !ui.IsEnabled() && !ui.WhyNot().empty();
+  action.setStatusTip(QString::fromStdString(tellWhyNot ? ui.WhyNot() : PromptOf(id)));
 }
 
 void CommandActions::UpdateAll() {
@@ -72,5 +74,7 @@ bool CommandActions::Run(unsigned id) {
   const QPointer<QObject> alive(this);
   const bool ran = ui.IsEnabled() && m_target->OnCommand(id);
   if (alive && m_afterCommand) m_afterCommand();
+  if (alive && !ui.IsEnabled() && !ui.WhyNot().empty() && m_refused)
+    m_refused(QString::fromStdString(ui.WhyNot()));
   return ran;
 }

@@ -40,6 +40,8 @@ class CommandActions : public QObject {
 
   // Called after every command, for whatever shows states beside the actions.
   std::function<void()> m_afterCommand;
+  // Called with what a disabled command lacks when it is asked for, by its key for instance.
+  std::function<void(const QString& whyNot)> m_refused;
 
  private:
   void SetUp(QAction& action, unsigned id);

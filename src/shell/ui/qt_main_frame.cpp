@@ -13,6 +13,7 @@
 namespace {
 
 constexpr int kButtonPx = 16;
+constexpr int kReadingTimeMs = 12000;  // of a word in the status bar
 
 // As the keyboard's menu key does.
 void AskForContextMenu() {
@@ -42,6 +43,9 @@ QtMainFrame::QtMainFrame(CMainFrame& frame, int widthPx, int heightPx, std::func
   m_window->resize(widthPx, heightPx);
   m_window->m_idle = [this] { Idle(); };
   m_actions->m_afterCommand = [this] { m_window->SoonIdle(); };
+  m_actions->m_refused = [this](const QString& whyNot) {
+    m_panes->showMessage(whyNot, kReadingTimeMs);
+  };
   m_area->m_changed = [this] { ChildChanged(); };
 }
 
@@ -49,6 +53,7 @@ QtMainFrame::QtMainFrame(CMainFrame& frame, int widthPx, int heightPx, std::func
 QtMainFrame::~QtMainFrame() {
   m_area->m_changed = {};
   m_actions->m_afterCommand = {};
+  m_actions->m_refused = {};
   m_actions->Detach();
   m_menus->Detach();
   m_window->Detach();

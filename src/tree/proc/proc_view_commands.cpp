@@ -44,6 +44,7 @@ void CProcView::OnUpdateGotoSource(CCmdUI& ui) {
   if (!node) return;
   ui.Enable(node->Kind() == NodeKind::Leaf && node->event &&
             !node->event->GetSourceFileName(m_document.m_names).empty());
+  if (node->Kind() == NodeKind::Leaf && node->event && !ui.IsEnabled()) ui.SetWhyNot(kNoSourceFile);
 }
 
 void CProcView::OnGotoSource() {

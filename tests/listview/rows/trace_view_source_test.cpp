@@ -46,6 +46,22 @@ TEST_F(TraceViewSourceTest, IsDisabledWithoutAFocusedRowAndWithoutASourceFile) {
   EXPECT_FALSE(Enabled());
 }
 
+TEST_F(TraceViewSourceTest, ATraceWithoutASourceFileSaysWhatItLacks) {
+  AddName(7, "/src/a.c");
+  Add({.file = 7, .line = 2});
+  Add({.file = 0});
+  Open();
+  const auto whyNot = [this] {
+    CCmdUI ui(ID_VIEW_GOTOSOURCE, true, false);
+    UpdateCommand(*m_view, ui);
+    return ui.WhyNot();
+  };
+  Focus(0);
+  EXPECT_EQ(whyNot(), "");
+  Focus(1);
+  EXPECT_EQ(whyNot(), kNoSourceFile);
+}
+
 TEST_F(TraceViewSourceTest, OpensTheFileOfTheFocusedRowAtItsLine) {
   const std::string path = m_directory.File("a.c", "one\ntwo\nthree\n");
   AddName(7, path);

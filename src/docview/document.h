@@ -55,6 +55,8 @@ class CDocument : public CCmdTarget {
   // Also makes the title: a path's last part, or the whole of a text that is no absolute path.
   void SetPathName(const std::string& path, bool addToRecent);
   const std::string& GetPathName() const { return m_path; }
+  // Do its windows' titles end in "*" while it is modified?
+  virtual bool ShowsEdits() const { return false; }
   void SetModifiedFlag(bool modified) { m_modified = modified; }
   bool IsModified() const { return m_modified; }
 

@@ -55,7 +55,8 @@ class CMDIChildWnd : public CFrameWnd {
   bool OnUpdateCommand(CCmdUI& ui) override;
   bool HasCommand(unsigned id) const override;
 
-  void UpdateTitle() override;  // "web.trc", "web.trc:2" when the document has several frames
+  // "web.trc", "web.trc:2" when the document has several frames, "a.cpp*" when that one is edited.
+  void UpdateTitle() override;
   void ActivateFrame() override;
   // Decides the menus of the main frame while this child is active.
   unsigned MenuResource() const { return m_menuResource; }

@@ -104,6 +104,7 @@ void CMDIChildWnd::UpdateTitle() {
     if (frames.size() > 1 && place != frames.end()) {
       title += ":" + std::to_string(place - frames.begin() + 1);
     }
+    if (document->ShowsEdits() && document->IsModified()) title += '*';
   }
   if (title == m_title) return;
   m_title = title;

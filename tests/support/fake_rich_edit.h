@@ -53,6 +53,7 @@ class FakeRichEdit final : public RichEdit {
       to = last;
     }
   }
+  void MarkLine(int line) override { markedLine = line; }
   bool HasSelection() const override { return from != to; }
   std::string GetSelText() const override { return m_text.substr(Begin(), End() - Begin()); }
   void Copy() override { copied = GetSelText(); }
@@ -71,6 +72,7 @@ class FakeRichEdit final : public RichEdit {
   bool modified = false;
   bool hasKeyboard = false;
   int from = 0, to = 0;  // the selection; the caret is `to`
+  int markedLine = -1;   // the last one that was asked for
   std::string copied;
   std::vector<std::string> calls;
 

@@ -46,6 +46,8 @@ class RichEdit : public ViewControl {
   // Selects [from, to) and brings the caret, which is its end, into view. -1, -1 takes the
   // selection away and leaves the caret.
   virtual void SetSel(int from, int to) = 0;
+  // Marks the line beside its number, until the caret moves. No line: nothing is marked.
+  virtual void MarkLine(int line) = 0;
   virtual bool HasSelection() const = 0;
   virtual std::string GetSelText() const = 0;
   virtual void Copy() = 0;

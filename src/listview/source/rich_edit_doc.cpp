@@ -5,7 +5,8 @@
 #include "listview/source/rich_edit_view.h"
 
 CRichEditDoc::CRichEditDoc(Host& host) : CDocument(host) {
-  MapCommand(ID_FILE_SAVE, [this] { DoFileSave(); });
+  // The menu says "Save As...": a file is written over only when the person has said so.
+  MapCommand(ID_FILE_SAVE, [this] { DoSave(nullptr, true); });
 }
 
 void CRichEditDoc::DeleteContents() {

@@ -1,5 +1,8 @@
 // A document whose text is edited in a control: plain text, from and to a file.
 //
+// Saving   The save command asks for a name and suggests the file that was opened. The question of
+// a
+//          window that closes saves in place.
 // Owner    The text lives in the first view's control from its first update on; the document keeps
 //          what it read last, for that update.
 // Errors   Words in a box, where a file cannot be read, shown or written.
@@ -22,6 +25,7 @@ class CRichEditDoc : public CDocument {
   // modified afterwards.
   bool OnSaveDocument(const std::string& path) override;
   void DeleteContents() override;
+  bool ShowsEdits() const override { return true; }
 
   const std::string& Text() const { return m_file.text; }
   CRichEditView* GetView() const;  // the first one, null when there is none

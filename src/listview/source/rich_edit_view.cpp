@@ -8,9 +8,7 @@ CRichEditView::CRichEditView(CRichEditDoc& document, const RichEditMaker& makeEd
       ID_EDIT_COPY, [this] { m_edit->Copy(); },
       [this](CCmdUI& ui) { ui.Enable(m_edit->HasSelection()); });
   MapCommand(ID_EDIT_FIND, [this] { OnEditFind(); });
-  MapCommand(
-      ID_EDIT_FINDNEXT, [this] { FindNext(m_lastFind); },
-      [this](CCmdUI& ui) { ui.Enable(!m_lastFind.text.empty()); });
+  // No Find Next: it is not in the menu of these windows, the box has a button for it.
 }
 
 CRichEditView::~CRichEditView() = default;
@@ -27,6 +25,7 @@ void CRichEditView::OnActivateView(bool activate, CView* activated, CView* deact
 
 void CRichEditView::OnEditModified(bool modified) {
   m_text.SetModifiedFlag(modified);
+  m_text.UpdateFrameTitles();
 }
 
 // The word that is selected is the one most likely to be looked for.

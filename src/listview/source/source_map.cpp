@@ -84,6 +84,8 @@ std::string ResolveSourcePath(Host& host, const std::string& path) {
   request.filters = {{"Source Files (*.c;*.cpp;*.cxx)", "*.c; *.cpp; *.cxx"},
                      {"Header Files (*.h;*.hxx)", "*.h; *.hxx"},
                      {"All Files (*.*)", "*"}};
+  // The dialog shows the name's folder only where that exists here.
+  request.note = {LocateWait::kRecordedLabel, path};
   const std::optional<FileDialogAnswer> answer = host.RunFileDialog(request);
   if (!answer || !LearnPathMapping(host, path, answer->path)) return {};
   return answer->path;
@@ -102,7 +104,7 @@ bool LearnPathMapping(Host& host, const std::string& recorded, const std::string
   }
   // Kept: for files of different names the comparison has no end. Safe: the window lives, and the
   // user ends it.
-  LocateWait wait(host);
+  LocateWait wait(host, recorded, located);
   wait.DoModal();
   return false;
 }

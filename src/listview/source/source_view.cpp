@@ -28,4 +28,5 @@ void CSourceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
   const auto line = static_cast<int>(hint & ~kHintGoToLine);
   const int index = Edit().LineIndex(line - 1);
   Edit().SetSel(index, index);
+  Edit().MarkLine(line - 1);
 }

@@ -27,6 +27,7 @@ TEST_F(SourceTest, TheWindowIsShownWithTheFilesNameAndComesToTheFront) {
 TEST_F(SourceTest, TheCaretStandsAtTheStartOfTheLine) {
   OpenSourceAt(File("a.c"), 3);
   EXPECT_EQ(Edit().calls.back(), "select 8 8");
+  EXPECT_EQ(Edit().markedLine, 2);
 }
 
 TEST_F(SourceTest, LineZeroIsTheCaretsLine) {
@@ -148,9 +149,12 @@ TEST_F(SourceTest, AWindowThatCannotBeMadeLeavesNoDocument) {
 }
 
 TEST_F(SourceTest, IsNoRecentFile) {
-  OpenSourceAt(File("a.c"), 1);
+  const std::string path = File("a.c");
+  OpenSourceAt(path, 1);
   Edit().Type("x");
+  m_host.AnswerFileDialog(path);
   EXPECT_TRUE(Frame().OnCommand(ID_FILE_SAVE));
+  EXPECT_EQ(ReadAll(path), "xone\ntwo\nthree\n");
   EXPECT_TRUE(m_app.RecentFiles().empty());
 }
 

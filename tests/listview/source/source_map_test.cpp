@@ -120,12 +120,16 @@ TEST_F(SourceMap, AFileOfAnotherNameWaitsUntilTheUserCancelsAndTeachesNothing) {
   bool asked = false;
   m_host.AnswerDialog([&](CDialog& dialog) {
     asked = dynamic_cast<LocateWait*>(&dialog) != nullptr;
+    const auto& wait = static_cast<LocateWait&>(dialog);
+    EXPECT_EQ(wait.m_recorded, "c:\\build\\a.c");
+    EXPECT_EQ(wait.m_located, "/local/b.c");
+    EXPECT_TRUE(wait.Reason().ends_with("choose the file that is named a.c."));
     dialog.OnOK();
     EXPECT_FALSE(dialog.Ended());
     dialog.OnCancel();
     EXPECT_TRUE(dialog.Ended());
   });
-  EXPECT_FALSE(LearnPathMapping(m_host, "/build/a.c", "/local/b.c"));
+  EXPECT_FALSE(LearnPathMapping(m_host, "c:\\build\\a.c", "/local/b.c"));
   EXPECT_TRUE(asked);
   EXPECT_EQ(Map(), "");
 }
@@ -198,6 +202,13 @@ TEST_F(SourceMap, TheUserIsAskedWithTheRecordedPathAsTheName) {
             "filters=\"Source Files (*.c;*.cpp;*.cxx)|*.c; *.cpp; *.cxx|Header Files "
             "(*.h;*.hxx)|*.h; *.hxx|All Files (*.*)|*\" -> none\n");
   EXPECT_EQ(Map(), "");
+}
+
+TEST_F(SourceMap, TheQuestionShowsTheWholeRecordedPath) {
+  EXPECT_EQ(ResolveSourcePath(m_host, "/build/src/a.c"), "");
+  ASSERT_EQ(m_host.m_fileRequests.size(), 1u);
+  EXPECT_EQ(m_host.m_fileRequests[0].note.label, "Recorded path:");
+  EXPECT_EQ(m_host.m_fileRequests[0].note.text, "/build/src/a.c");
 }
 
 TEST_F(SourceMap, TheLocatedFileIsUsedAndItsPlaceIsLearned) {

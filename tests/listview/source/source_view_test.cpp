@@ -76,16 +76,25 @@ TEST_F(SourceTest, FindOffersTheSelectionOfOneLine) {
   EXPECT_EQ(m_host.Modeless().size(), 1u);
 }
 
-TEST_F(SourceTest, FindNextRepeatsTheLastFindAndIsDisabledBeforeOne) {
+TEST_F(SourceTest, FindNextIsDisabledAlsoBehindAFind) {
   OpenSourceAt(File("a.c", "one two one\n"), 1);
   EXPECT_FALSE(Enabled(ID_EDIT_FINDNEXT));
   Frame().OnCommand(ID_EDIT_FIND);
   View().FindDialog()->m_find.text = "one";
   View().FindDialog()->OnOK();
   View().FindDialog()->OnCancel();
-  EXPECT_TRUE(Enabled(ID_EDIT_FINDNEXT));
-  EXPECT_TRUE(Frame().OnCommand(ID_EDIT_FINDNEXT));
-  EXPECT_EQ(Edit().from, 8);
+  EXPECT_FALSE(Enabled(ID_EDIT_FINDNEXT));
+  EXPECT_FALSE(Frame().OnCommand(ID_EDIT_FINDNEXT));
+  EXPECT_EQ(Edit().from, 0);
+}
+
+TEST_F(SourceTest, TheFindBoxOffersWhatWasLookedForLast) {
+  OpenSourceAt(File("a.c", "one two one\n"), 1);
+  Frame().OnCommand(ID_EDIT_FIND);
+  View().FindDialog()->m_find.text = "one";
+  View().FindDialog()->OnOK();
+  View().FindDialog()->OnCancel();
+  Edit().SetSel(-1, -1);
   Frame().OnCommand(ID_EDIT_FIND);
   EXPECT_EQ(View().FindDialog()->m_find.text, "one");
 }
@@ -108,17 +117,44 @@ TEST_F(SourceTest, TheFindBoxGoesWhenAnotherWindowComesToTheFront) {
   EXPECT_TRUE(m_host.Modeless().empty());
 }
 
-TEST_F(SourceTest, SaveWritesToTheLocatedFile) {
+TEST_F(SourceTest, SaveAsksAndSuggestsTheLocatedFile) {
   const std::string local = File("a.c", "caf\xE9\r\n");
   m_host.AnswerFileDialog(local);
   OpenSourceAt("c:\\build\\a.c", 1);
   Edit().Type("my ");
   EXPECT_TRUE(Doc().IsModified());
+  m_host.ClearTranscript();
   EXPECT_TRUE(Frame().OnCommand(ID_FILE_SAVE));
-  EXPECT_EQ(ReadAll(local), "my caf\xE9\r\n");
+  EXPECT_EQ(m_host.Told(), "save dialog \"Save As\" ext= name=\"" + local +
+                               "\" filters=\"All Files (*.*)|*\" -> none\n");
+  EXPECT_EQ(ReadAll(local), "caf\xE9\r\n");
+  EXPECT_TRUE(Doc().IsModified());
+}
+
+TEST_F(SourceTest, SaveWritesTheChosenFileInTheFormOfTheOpenedOneAndShowsItsName) {
+  const std::string local = File("a.c", "caf\xE9\r\n"), chosen = m_directory.File("b.c");
+  OpenSourceAt(local, 1);
+  Edit().Type("my ");
+  m_host.AnswerFileDialog(chosen);
+  EXPECT_TRUE(Frame().OnCommand(ID_FILE_SAVE));
+  EXPECT_EQ(ReadAll(chosen), "my caf\xE9\r\n");
+  EXPECT_EQ(ReadAll(local), "caf\xE9\r\n");
   EXPECT_FALSE(Doc().IsModified());
   EXPECT_FALSE(Edit().modified);
-  EXPECT_EQ(m_host.Transcript().size(), 1u);
+  EXPECT_EQ(Frame().Title(), "b.c");
+}
+
+TEST_F(SourceTest, AStarInTheTitleSaysThatTheTextIsEdited) {
+  OpenSourceAt(File("a.c"), 1);
+  EXPECT_EQ(Frame().Title(), "a.c");
+  Edit().Type("x");
+  EXPECT_EQ(Frame().Title(), "a.c*");
+  m_host.AnswerFileDialog(m_directory.File("b.c"));
+  Frame().OnCommand(ID_FILE_SAVE);
+  EXPECT_EQ(Frame().Title(), "b.c");
+  Edit().Type("y");
+  Edit().SetModify(false);
+  EXPECT_EQ(Frame().Title(), "b.c");
 }
 
 TEST_F(SourceTest, AnEditTakenBackLeavesNothingToSave) {

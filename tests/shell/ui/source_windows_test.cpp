@@ -1,9 +1,12 @@
 // From a trace to its source on the screen: keys, window, caret, the wait, the save dialogs.
 #include <QCheckBox>
 #include <QClipboard>
+#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QStatusBar>
 
 #include "listview/source/open_source.h"
 #include "listview/source/source_map.h"
@@ -67,6 +70,9 @@ TEST_F(SourceWindowsTest, CtrlGOpensTheSourceWithItsLineInTheMiddle) {
       edit->cursorRect().center().y() / static_cast<double>(edit->viewport()->height());
   EXPECT_GT(place, 0.3);
   EXPECT_LT(place, 0.7);
+  EXPECT_EQ(edit->MarkedLine(), 399);
+  QTest::keyClick(edit, Qt::Key_Up);
+  EXPECT_EQ(edit->MarkedLine(), -1);
   EXPECT_FALSE(Front()->isWindowModified());
 }
 
@@ -78,10 +84,9 @@ TEST_F(SourceWindowsTest, TheWindowLiesInsideTheRoomOfTheOthers) {
   EXPECT_TRUE(Face().Area().viewport()->rect().contains(Front()->geometry()));
 }
 
-TEST_F(SourceWindowsTest, TheKeyboardReachesCopyFindAndSave) {
+TEST_F(SourceWindowsTest, TheKeyboardReachesCopyAndFind) {
   Start();
-  const std::string path = WriteSource("a.cpp");
-  OpenSourceAt(path, 3);
+  OpenSourceAt(WriteSource("a.cpp"), 3);
   Settle();
   QtRichEdit* edit = Edit();
   ASSERT_NE(edit, nullptr);
@@ -92,9 +97,89 @@ TEST_F(SourceWindowsTest, TheKeyboardReachesCopyFindAndSave) {
   auto* box = Box<FindTextFace>();
   ASSERT_NE(box, nullptr);
   QTest::keyClick(box, Qt::Key_Escape);
+}
+
+TEST_F(SourceWindowsTest, CtrlSAsksAndTheOpenedFileStaysAsItIsUnderAnotherName) {
+  Start();
+  const std::string path = WriteSource("a.cpp"), chosen = m_dir.File("edited.cpp");
+  const std::string before = ReadAll(path);
+  OpenSourceAt(path, 3);
+  Settle();
+  QtRichEdit* edit = Edit();
+  ASSERT_NE(edit, nullptr);
   QTest::keyClick(edit, Qt::Key_X);
+  QString title, suggested;
+  OnModal([&](QWidget* dialog) {
+    title = dialog->windowTitle();
+    auto* const name = dialog->findChild<QLineEdit*>("fileNameEdit");
+    suggested = static_cast<QFileDialog*>(dialog)->directory().filePath(name->text());
+    EXPECT_EQ(ReadAll(path), before);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dialog));
+    name->setFocus();
+    name->selectAll();
+    QTest::keyClicks(name, "edited.cpp");
+    QAbstractButton* const save =
+        dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save);
+    QTimer::singleShot(2000, dialog, [] {
+      auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      if (!box) return;
+      ADD_FAILURE() << box->text().toStdString();
+      box->close();
+    });
+    QTest::mouseClick(save, Qt::LeftButton);
+    if (dialog->isVisible()) static_cast<QDialog*>(dialog)->reject();
+  });
   QTest::keyClick(edit, Qt::Key_S, Qt::ControlModifier);
-  EXPECT_NE(ReadAll(path).find("int a2;\nx\nint a4;\n"), std::string::npos);
+  EXPECT_EQ(title, "Save As");
+  EXPECT_EQ(suggested.toStdString(), path);
+  EXPECT_EQ(ReadAll(path), before);
+  EXPECT_NE(ReadAll(chosen).find("int a2;\nxint a3;\n"), std::string::npos);
+}
+
+TEST_F(SourceWindowsTest, AnEditPutsAStarIntoTheTitleAndTakingItBackTakesTheStarAway) {
+  Start();
+  OpenSourceAt(WriteSource("a.cpp"), 3);
+  Settle();
+  QTest::keyClick(Edit(), Qt::Key_X);
+  EXPECT_EQ(Front()->windowTitle(), QLatin1String("a.cpp*"));
+  QTest::keyClick(Edit(), Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(Front()->windowTitle(), QLatin1String("a.cpp"));
+}
+
+TEST_F(SourceWindowsTest, CtrlSThatIsCancelledWritesNothing) {
+  Start();
+  const std::string path = WriteSource("a.cpp");
+  const std::string before = ReadAll(path);
+  OpenSourceAt(path, 3);
+  Settle();
+  QTest::keyClick(Edit(), Qt::Key_X);
+  bool asked = false;
+  OnModal([&asked](QWidget* dialog) {
+    asked = true;
+    QTest::keyClick(dialog, Qt::Key_Escape);
+  });
+  QTest::keyClick(Edit(), Qt::Key_S, Qt::ControlModifier);
+  EXPECT_TRUE(asked);
+  EXPECT_EQ(ReadAll(path), before);
+}
+
+TEST_F(SourceWindowsTest, F3IsGreyAndDoesNothing) {
+  Start();
+  OpenSourceAt(WriteSource("a.cpp"), 3);
+  Settle();
+  QtRichEdit* edit = Edit();
+  ASSERT_NE(edit, nullptr);
+  QTest::keyClick(edit, Qt::Key_F, Qt::ControlModifier);
+  auto* box = Box<FindTextFace>();
+  ASSERT_NE(box, nullptr);
+  QTest::keyClicks(box->findChild<QLineEdit*>("text"), "int");
+  QTest::keyClick(box, Qt::Key_Return);
+  QTest::keyClick(box, Qt::Key_Escape);
+  const QTextCursor hit = edit->textCursor();
+  EXPECT_EQ(hit.selectedText(), "int");
+  EXPECT_FALSE(Enabled(ID_EDIT_FINDNEXT));
+  QTest::keyClick(edit, Qt::Key_F3);
+  EXPECT_EQ(edit->textCursor().position(), hit.position());
 }
 
 TEST_F(SourceWindowsTest, ALocatedFileOpensAndTeachesItsPlace) {
@@ -105,6 +190,36 @@ TEST_F(SourceWindowsTest, ALocatedFileOpensAndTeachesItsPlace) {
   ASSERT_NE(Edit(), nullptr);
   ASSERT_EQ(g_sourceMap.size(), 1u);
   EXPECT_EQ(g_sourceMap[0].recordedPrefix, "c:\\build\\src\\");
+}
+
+TEST_F(SourceWindowsTest, CtrlGOnATraceWithoutALocationSaysSoInTheStatusBar) {
+  Start();
+  TrcImage image;
+  image.Trace({.text = "up"});
+  ASSERT_TRUE(Open(image.WriteTo(m_dir.File("web.trc"))));
+  View(*Frame().MDIGetActive())->List().SetItemState(0, kRowFocused, kRowFocused);
+  auto* const bar = Window().findChild<QStatusBar*>();
+  ASSERT_TRUE(bar);
+  EXPECT_EQ(bar->currentMessage(), "");
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_G, Qt::ControlModifier);
+  EXPECT_EQ(bar->currentMessage(), kNoSourceFile);
+  EXPECT_EQ(Edit(), nullptr);
+  const QAction* const item = Face().Actions().Action(ID_VIEW_GOTOSOURCE);
+  Face().Actions().UpdateAll();
+  EXPECT_EQ(item->statusTip(), kNoSourceFile);
+}
+
+TEST_F(SourceWindowsTest, TheQuestionForAFileShowsWhereTheTraceKnowsIt) {
+  Start();
+  OpenTraceOf("/no/such/folder/a.cpp");
+  QString shown;
+  OnModal([&shown](QWidget* dialog) {
+    auto* const note = dialog->findChild<QLineEdit*>("note");
+    if (note && note->isVisible()) shown = note->text();
+    QTest::keyClick(dialog, Qt::Key_Escape);
+  });
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_G, Qt::ControlModifier);
+  EXPECT_EQ(shown, "/no/such/folder/a.cpp");
 }
 
 TEST_F(SourceWindowsTest, AFileOfAnotherNameIsWaitedForWhileMonitorsGoOn) {

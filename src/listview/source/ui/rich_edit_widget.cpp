@@ -8,6 +8,8 @@
 #include <QTextBlock>
 #include <memory>
 
+#include "listview/source/ui/line_margin.h"
+
 namespace {
 
 constexpr int kCaretPx = 2;  // a line is found by its caret alone
@@ -25,7 +27,8 @@ QFont FixedFont(const QString& face, const QFont& sized) {
 
 }  // namespace
 
-QtRichEdit::QtRichEdit(RichEditOwner& owner, QWidget* parent) : QPlainTextEdit(parent) {
+QtRichEdit::QtRichEdit(RichEditOwner& owner, QWidget* parent)
+    : QPlainTextEdit(parent), m_margin(new LineMargin(*this)) {
   setFrameShape(QFrame::NoFrame);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
@@ -36,12 +39,17 @@ QtRichEdit::QtRichEdit(RichEditOwner& owner, QWidget* parent) : QPlainTextEdit(p
   });
   for (const QScrollBar* bar : {verticalScrollBar(), horizontalScrollBar()})
     connect(bar, &QScrollBar::actionTriggered, this, [this] { m_keepCentred = false; });
+  connect(this, &QPlainTextEdit::blockCountChanged, this, [this] { PlaceMargin(); });
+  connect(this, &QPlainTextEdit::updateRequest, m_margin, [this] { m_margin->update(); });
+  connect(this, &QPlainTextEdit::cursorPositionChanged, this, [this] { MarkLine(-1); });
+  PlaceMargin();
 }
 
 void QtRichEdit::SetFormat(const RichEditFormat& format) {
   setFont(FixedFont(QString::fromStdString(format.face), font()));
   setTabStopDistance(format.tabCells * QFontMetricsF(font()).horizontalAdvance(QLatin1Char(' ')));
   setLineWrapMode(format.wrap ? WidgetWidth : NoWrap);
+  PlaceMargin();
 }
 
 void QtRichEdit::SetText(const std::string& text) {
@@ -78,6 +86,31 @@ void QtRichEdit::SetSel(int from, int to) {
   GoTo(cursor);
 }
 
+void QtRichEdit::MarkLine(int line) {
+  m_markedLine = line;
+  m_margin->update();
+}
+
+std::vector<QtRichEdit::ShownLine> QtRichEdit::ShownLines() const {
+  std::vector<ShownLine> lines;
+  QTextBlock block = firstVisibleBlock();
+  QRectF place = blockBoundingGeometry(block).translated(contentOffset());
+  while (block.isValid() && place.top() <= viewport()->height()) {
+    if (block.isVisible()) lines.push_back({block.blockNumber(), place.toAlignedRect()});
+    block = block.next();
+    place = QRectF(place.bottomLeft(), blockBoundingRect(block).size());
+  }
+  return lines;
+}
+
+void QtRichEdit::PlaceMargin() {
+  const int widthPx = m_margin->WidthFor(blockCount());
+  setViewportMargins(widthPx, 0, 0, 0);
+  const QRect room = contentsRect();
+  m_margin->setGeometry(room.left(), room.top(), widthPx, viewport()->height());
+  m_margin->update();
+}
+
 // What is far away is brought to the middle, so that one sees what stands around it.
 void QtRichEdit::GoTo(const QTextCursor& cursor) {
   m_keepCentred = !isVisible() || !viewport()->rect().contains(cursorRect(cursor));
@@ -103,6 +136,7 @@ bool QtRichEdit::FindText(const RichEditFind& find) {
 
 void QtRichEdit::resizeEvent(QResizeEvent* event) {
   QPlainTextEdit::resizeEvent(event);
+  PlaceMargin();
   if (m_keepCentred) centerCursor();
 }
 

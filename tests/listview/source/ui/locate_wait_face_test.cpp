@@ -1,5 +1,6 @@
 // The wait without an end: it blocks no window and stops no timer; Cancel ends it.
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -54,6 +55,25 @@ TEST_F(LocateWaitTest, TheBoxSaysWhatItDoesAndHasACancel) {
   }));
   EXPECT_EQ(Box(), nullptr);
   EXPECT_TRUE(g_sourceMap.empty());
+}
+
+TEST_F(LocateWaitTest, TheBoxShowsBothPathsWholeAndSaysWhyNothingCanBeLearned) {
+  EXPECT_FALSE(Locate([] {
+    QStringList paths, said;
+    for (const QLineEdit* path : Box()->findChildren<QLineEdit*>()) {
+      EXPECT_TRUE(path->isVisible() && path->isReadOnly());
+      paths << path->accessibleName() + "=" + path->text();
+    }
+    EXPECT_EQ(paths, (QStringList{"Recorded path=/build/a.c", "Chosen file=/local/b.c"}));
+    for (const QLabel* label : Box()->findChildren<QLabel*>()) {
+      said << label->text();
+      EXPECT_GE(label->height(), label->heightForWidth(label->width())) << "a line is cut";
+    }
+    EXPECT_TRUE(said.contains(
+        "The chosen file has another name than the recorded one, so that nothing can be learned "
+        "of where these files lie. Press Cancel, and choose the file that is named a.c."));
+    PressCancel();
+  }));
 }
 
 TEST_F(LocateWaitTest, TimersAndPostedCallsGoOnUntilCancelIsPressed) {

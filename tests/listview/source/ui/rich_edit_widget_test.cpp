@@ -43,9 +43,88 @@ class RichEditWidget : public testing::Test, public RichEditOwner {
   }
   int CaretLine() { return m_edit.textCursor().blockNumber() + 1; }
 
+  QWidget& Margin() { return *m_edit.findChild<QWidget*>("margin"); }
+  // The rows of the margin in which the arrow's colour stands.
+  struct Rows {
+    int first = -1, last = -1, count = 0;
+  };
+  Rows ArrowRows() {
+    const QImage look = Margin().grab().toImage();
+    const QRgb arrow = m_edit.palette().color(QPalette::Highlight).rgb();
+    Rows rows;
+    for (int y = 0; y < look.height(); ++y) {
+      bool has = false;
+      for (int x = 0; x < look.width(); ++x) has |= look.pixel(x, y) == arrow;
+      if (!has) continue;
+      if (rows.first < 0) rows.first = y;
+      rows.last = y;
+      ++rows.count;
+    }
+    return rows;
+  }
+
   std::string m_told;
   QtRichEdit m_edit{*this};
 };
+
+// ---- the margin
+
+TEST_F(RichEditWidget, EveryLineOnViewHasItsNumberBesideIt) {
+  SetLines();
+  Show();
+  GoToLine(500);
+  const std::vector<QtRichEdit::ShownLine> lines = m_edit.ShownLines();
+  ASSERT_GT(lines.size(), 5u);
+  bool caretSeen = false;
+  for (const QtRichEdit::ShownLine& line : lines) {
+    EXPECT_EQ(line.number, lines[0].number + static_cast<int>(&line - lines.data()));
+    if (line.number + 1 != CaretLine()) continue;
+    caretSeen = true;
+    EXPECT_NEAR(line.place.center().y(), m_edit.cursorRect().center().y(), 2);
+  }
+  EXPECT_TRUE(caretSeen);
+}
+
+TEST_F(RichEditWidget, TheMarginHasRoomForTheLargestNumberAndTheTextBeginsBehindIt) {
+  Show();
+  m_edit.SetText("one line");
+  const int few = Margin().width();
+  SetLines();
+  EXPECT_GT(Margin().width(), few);
+  EXPECT_GE(Margin().width(), m_edit.fontMetrics().horizontalAdvance("1001") + 10);
+  EXPECT_EQ(m_edit.viewport()->x(), Margin().geometry().right() + 1);
+  EXPECT_EQ(Margin().height(), m_edit.viewport()->height());
+}
+
+TEST_F(RichEditWidget, AnArrowMarksTheLineUntilTheCaretMoves) {
+  SetLines();
+  Show();
+  GoToLine(500);
+  EXPECT_EQ(ArrowRows().count, 0);
+  m_edit.MarkLine(499);
+  const Rows arrow = ArrowRows();
+  EXPECT_GT(arrow.count, 3);
+  const QRect line = m_edit.cursorRect();
+  EXPECT_GE(arrow.first, line.top());
+  EXPECT_LE(arrow.last, line.bottom());
+  EXPECT_FALSE(m_edit.HasSelection());
+  QTest::keyClick(&m_edit, Qt::Key_Down);
+  EXPECT_EQ(ArrowRows().count, 0);
+}
+
+TEST_F(RichEditWidget, ScrollingLeavesTheMarkBesideItsLine) {
+  SetLines();
+  Show();
+  GoToLine(500);
+  m_edit.MarkLine(499);
+  const int before = ArrowRows().first;
+  const int top = m_edit.cursorRect().top();
+  m_edit.verticalScrollBar()->setValue(m_edit.verticalScrollBar()->value() + 2);
+  EXPECT_EQ(ArrowRows().first - before, m_edit.cursorRect().top() - top);
+  EXPECT_LT(m_edit.cursorRect().top(), top);
+}
+
+// ---- text
 
 TEST_F(RichEditWidget, GivesBackTheTextThatItWasGiven) {
   for (const char* text :

@@ -5,6 +5,7 @@
 #include "documents/trace_realtime_doc.h"
 #include "docview/frame.h"
 #include "listview/rows/trace_view.h"
+#include "listview/source/source_doc.h"
 
 namespace {
 
@@ -38,6 +39,7 @@ FrontWords WordsOfFront(const CMDIChildWnd* front, std::int64_t rows) {
   FrontWords words;
   const CDocument* const document = front ? front->GetActiveDocument() : nullptr;
   const auto* const traces = dynamic_cast<const CTraceDoc*>(document);
+  if (dynamic_cast<const CSourceDoc*>(document)) words.message = document->GetPathName();
   if (!traces) return words;
   if (const auto* const file = dynamic_cast<const CTraceFileDoc*>(document))
     DescribeFile(*file, words);

@@ -54,6 +54,13 @@ TEST_F(SourceWindowsTest, ASourceWindowHasItsMenuAndClearsBothPanes) {
   EXPECT_TRUE(m_app->RecentFiles().size() == 1);
 }
 
+TEST_F(SourceWindowsTest, TheMessagePaneSaysWhereTheFileLies) {
+  Start();
+  OpenSource("a.c");
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_panes[kPaneMessage], m_dir.File("a.c"));
+}
+
 TEST_F(SourceWindowsTest, ItsCommandsWorkOrAreDisabled) {
   Start();
   CSourceView& view = OpenSource("a.c");

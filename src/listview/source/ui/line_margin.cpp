@@ -56,6 +56,6 @@ void LineMargin::PaintArrow(QPainter& painter, const QRect& line) const {
   arrow.lineTo(top + QPointF(0, side));
   arrow.closeSubpath();
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillPath(arrow, palette().color(QPalette::Highlight));
+  painter.fillPath(arrow, ArrowColor());
   painter.setRenderHint(QPainter::Antialiasing, false);
 }

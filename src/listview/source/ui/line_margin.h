@@ -4,6 +4,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <QColor>
 #include <QWidget>
 
 class QtRichEdit;
@@ -11,6 +12,8 @@ class QtRichEdit;
 class LineMargin final : public QWidget {
  public:
   explicit LineMargin(QtRichEdit& edit);
+  // Of the arrow: a palette's own highlight is lost on dark paper.
+  static QColor ArrowColor() { return {0xe8, 0x8a, 0x00}; }
 
   // Room for the numbers of so many lines.
   int WidthFor(int lines) const;

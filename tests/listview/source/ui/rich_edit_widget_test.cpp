@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include "listview/source/text_file.h"
+#include "listview/source/ui/line_margin.h"
 #include "support/qt_test_main.h"
 
 namespace {
@@ -50,7 +51,7 @@ class RichEditWidget : public testing::Test, public RichEditOwner {
   };
   Rows ArrowRows() {
     const QImage look = Margin().grab().toImage();
-    const QRgb arrow = m_edit.palette().color(QPalette::Highlight).rgb();
+    const QRgb arrow = LineMargin::ArrowColor().rgb();
     Rows rows;
     for (int y = 0; y < look.height(); ++y) {
       bool has = false;

@@ -85,7 +85,7 @@ class Parser {
         "  trc info sample.trc\n"
         "  trc dump sample.trc --columns Time,Component,Trace --count 20\n"
         "  trc dump sample.trc --format jsonl | jq .text\n"
-        "  trc find timeout sample.trc\n"
+        "  trc find 'slow query' sample.trc\n"
         "  trc tree sample.trc --depth 4\n"
         "  trc tail\n"
         "  trc set orders Net/Connect support\n"
@@ -262,10 +262,10 @@ class Parser {
         "Exit status: 0 some match, 1 none does, 2 no pattern or no file.\n"
         "\n"
         "Examples:\n"
-        "  trc find timeout web.trc\n"
-        "  trc find -e 'took [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
-        "  trc find -iw error web.trc --count\n"
-        "  trc find -- -1 web.trc        what begins with - stands behind --");
+        "  trc find 'slow query' web.trc\n"
+        "  trc find -e 'in [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
+        "  trc find -iw DEADLOCK web.trc --count\n"
+        "  trc find -- -1 web.trc        # what begins with - stands behind --");
   }
 
   FindOptions ChosenFind() {

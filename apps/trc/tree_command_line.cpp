@@ -34,7 +34,7 @@ TreeParser::TreeParser(CLI::App& app, ReadNumber readNumber)
       "\n"
       "Examples:\n"
       "  trc tree web.trc --depth 4\n"
-      "  trc tree web.trc --machine web-1 --uncheck \"All Severities/Info\"\n"
+      "  trc tree web.trc --machine web-01 --uncheck \"All Severities/Info\"\n"
       "  trc tree --export web.trc tree.txt");
 }
 

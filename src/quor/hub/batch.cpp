@@ -42,16 +42,15 @@ ServiceStamp StampNow() {
           static_cast<std::uint64_t>(tic) * 1000};
 }
 
-BatchBuilder::BatchBuilder(HubNames& names) : m_names(names), m_batch(std::make_shared<Batch>()) {}
+BatchBuilder::BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory)
+    : m_names(names), m_memory(std::move(memory)), m_batch(std::make_shared<Batch>(m_memory)) {}
 
 void BatchBuilder::Append(const std::shared_ptr<Source>& source, Bytes record, const TraceIds& ids,
                           std::uint32_t number) {
-  std::vector<std::uint8_t>& to = m_batch->records;
-  if (to.capacity() == 0) to.reserve(kBatchBytes + 4096);
-  const std::size_t at = to.size();
-  to.push_back(kTagTrace);
-  to.insert(to.end(), record.begin(), record.end());
-  StoreIds(to.data() + at + 1, ids, number);
+  std::uint8_t* const to = m_batch->bytes.Append(1 + record.size());
+  to[0] = kTagTrace;
+  std::memcpy(to + 1, record.data(), record.size());
+  StoreIds(to + 1, ids, number);
   if (!m_hasLastIds || !Same(ids, m_lastIds)) Use(ids);
   if (number == kNoSequenceNumber) return;
   ++DeltaOf(source).traces;
@@ -87,9 +86,11 @@ void BatchBuilder::CountLost(const std::shared_ptr<Source>& source, std::uint64_
 }
 
 SharedBatch BatchBuilder::Seal() {
+  m_batch->bytes.Fit();
+  m_batch->records = m_batch->bytes.View();
   SharedBatch sealed = m_batch;
   for (const NameId id : m_batch->names) m_used.reset(id);
-  m_batch = std::make_shared<Batch>();
+  m_batch = std::make_shared<Batch>(m_memory);
   m_nameBytes = 0;
   m_lastDelta = 0;
   m_hasLastIds = false;

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "quor/hub/batch_bytes.h"
 #include "quor/hub/hub_names.h"
 #include "quor/protocol/frames.h"
 
@@ -32,7 +33,9 @@ struct SourceDelta {
 };
 
 struct Batch {
-  std::vector<std::uint8_t> records;
+  explicit Batch(std::shared_ptr<BatchMemory> memory) : bytes(std::move(memory)) {}
+  BatchBytes bytes;
+  Bytes records;  // all of them, once it is sealed
   std::vector<NameId> names;
   std::vector<SourceDelta> sources;
   std::vector<std::shared_ptr<Source>> forgotten;  // by the hub: nothing comes of them any more
@@ -47,15 +50,16 @@ struct TraceIds {
 
 class BatchBuilder {
  public:
-  explicit BatchBuilder(HubNames& names);
+  // `memory`: of one that makes many.
+  explicit BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory = nullptr);
 
   bool IsEmpty() const {
-    return m_batch->records.empty() && m_batch->sources.empty() && m_batch->forgotten.empty();
+    return m_batch->bytes.Size() == 0 && m_batch->sources.empty() && m_batch->forgotten.empty();
   }
-  bool IsFull() const { return m_batch->records.size() >= kBatchBytes; }
+  bool IsFull() const { return m_batch->bytes.Size() >= kBatchBytes; }
   // Would a record of so many bytes with any seven names still make one data frame?
   bool HasRoom(std::size_t recordBytes, std::size_t nameBytes) const {
-    return m_batch->records.size() + m_nameBytes + recordBytes + nameBytes < kFrameRoom;
+    return m_batch->bytes.Size() + m_nameBytes + recordBytes + nameBytes < kFrameRoom;
   }
   std::size_t NameBytes(const TraceIds& ids) const;  // of those that the batch has not yet
   // Appends a raw trace with other ids and another number.
@@ -78,6 +82,7 @@ class BatchBuilder {
   void UseName(NameId id);
 
   HubNames& m_names;
+  const std::shared_ptr<BatchMemory> m_memory;
   std::shared_ptr<Batch> m_batch;
   std::bitset<65536> m_used;
   std::size_t m_nameBytes = 0;

@@ -28,7 +28,8 @@ class HubStream {
 class Hub {
  public:
   // `oneSourceEach`: no batch holds traces of two sources, as forwarding needs it.
-  explicit Hub(bool oneSourceEach = false) : m_builder(m_names), m_oneSourceEach(oneSourceEach) {}
+  explicit Hub(bool oneSourceEach = false)
+      : m_builder(m_names, std::make_shared<BatchMemory>()), m_oneSourceEach(oneSourceEach) {}
 
   // A source that comes again, over a break or a restart, keeps its instance: it is the same source
   // again, and what it produced meanwhile is lost.

@@ -92,14 +92,13 @@ SharedBatch StreamQueue::TakeNext() {
 }
 
 SharedBytes StreamQueue::NamesFor(const Batch& batch) {
-  std::shared_ptr<std::vector<std::uint8_t>> names;
+  std::vector<std::uint8_t> names;
   for (const NameId id : batch.names) {
     if (m_sent.test(id)) continue;
     m_sent.set(id);
-    if (!names) names = std::make_shared<std::vector<std::uint8_t>>();
-    m_names.AppendRecord(id, *names);
+    m_names.AppendRecord(id, names);
   }
-  return names;
+  return names.empty() ? nullptr : ShareBytes(std::move(names));
 }
 
 bool StreamQueue::Next(Outgoing& out) {

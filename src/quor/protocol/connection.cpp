@@ -34,6 +34,16 @@ std::string Seconds(std::chrono::milliseconds time) {
 
 }  // namespace
 
+SharedBytes ShareBytes(std::vector<std::uint8_t> bytes) {
+  struct Owner {
+    std::vector<std::uint8_t> bytes;
+    Bytes view;
+  };
+  const auto owner = std::make_shared<Owner>(Owner{std::move(bytes), {}});
+  owner->view = owner->bytes;
+  return {owner, &owner->view};
+}
+
 Connection::Connection(std::shared_ptr<ByteStream> stream, Handler& handler,
                        const ConnectionLimits& limits)
     : m_stream(std::move(stream)),
@@ -64,8 +74,7 @@ bool Connection::Queue(std::initializer_list<SharedBytes> parts) {
 }
 
 bool Connection::Send(FrameType type, const google::protobuf::MessageLite& message) {
-  return Send(std::make_shared<const std::vector<std::uint8_t>>(
-      EncodeFrame(type, message.SerializeAsString())));
+  return Send(ShareBytes(EncodeFrame(type, message.SerializeAsString())));
 }
 
 bool Connection::Send(const SharedBytes& frames) {
@@ -78,8 +87,7 @@ bool Connection::SendData(const SharedBytes& names, const SharedBytes& records) 
   };
   const std::size_t body = (names ? names->size() : 0) + (records ? records->size() : 0);
   return Queue(
-      {std::make_shared<const std::vector<std::uint8_t>>(EncodeFrameHeader(FrameType::Data, body)),
-       filled(names), filled(records)});
+      {ShareBytes(EncodeFrameHeader(FrameType::Data, body)), filled(names), filled(records)});
 }
 
 void Connection::Read() {
@@ -109,7 +117,7 @@ void Connection::Write() {
   std::size_t bytes = 0;
   while (!m_queue.empty() && bytes < kWriteBytes && buffers.size() < kWriteParts) {
     bytes += m_queue.front()->size();
-    buffers.push_back(asio::buffer(*m_queue.front()));
+    buffers.push_back(asio::buffer(m_queue.front()->data(), m_queue.front()->size()));
     m_writing.push_back(std::move(m_queue.front()));
     m_queue.pop_front();
   }
@@ -151,8 +159,7 @@ void Connection::OnTick() {
   if (now - m_lastRead > m_limits.silenceDeadline)
     return Fail("the peer is silent for " + Seconds(m_limits.silenceDeadline));
   if (m_handler && m_writing.empty() && now - m_lastWrite >= m_limits.heartbeat) {
-    static const SharedBytes beat = std::make_shared<const std::vector<std::uint8_t>>(
-        EncodeFrame(FrameType::Heartbeat, Bytes()));
+    static const SharedBytes beat = ShareBytes(EncodeFrame(FrameType::Heartbeat, Bytes()));
     Send(beat);
   }
   StartTick();

@@ -22,7 +22,9 @@ namespace google::protobuf {
 class MessageLite;
 }
 
-using SharedBytes = std::shared_ptr<const std::vector<std::uint8_t>>;
+// The bytes live as long as this.
+using SharedBytes = std::shared_ptr<const Bytes>;
+SharedBytes ShareBytes(std::vector<std::uint8_t> bytes);
 
 struct ConnectionLimits {
   std::size_t queueBytesMax = 32u << 20;

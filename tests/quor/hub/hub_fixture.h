@@ -78,7 +78,7 @@ class TakingStream final : public HubStream, public DataSink {
   }
   void Take(const Outgoing& out) {
     std::vector<std::uint8_t> body;
-    if (out.names) body = *out.names;
+    if (out.names) body.assign(out.names->begin(), out.names->end());
     body.insert(body.end(), out.records->begin(), out.records->end());
     EXPECT_LE(body.size(), kDataFrameBytesMax - 1);
     std::string why;

@@ -68,7 +68,7 @@ class ConnectionTest : public testing::Test {
     EXPECT_FALSE(error);
   }
   static SharedBytes Shared(std::size_t bytes, std::uint8_t value) {
-    return std::make_shared<const std::vector<std::uint8_t>>(bytes, value);
+    return ShareBytes(std::vector<std::uint8_t>(bytes, value));
   }
 
   asio::io_context m_io;

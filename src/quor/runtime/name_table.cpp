@@ -21,7 +21,7 @@ void NameTable::Begin(const SegmentMap& segment) {
   m_published = &segment.Header()->nameBytesUsed;
   m_used = 0;
   m_count = 0;
-  std::memset(m_slots, 0, sizeof m_slots);
+  // m_slots is zero as it is: to write it would cost the first trace a page fault for each page.
   Append(kNoRoomId, kNoRoomText);
   Enter({});
 }

@@ -20,7 +20,7 @@ class NameTable {
   static constexpr std::size_t kNameBytesMax = 4096;  // a longer name is cut
   static constexpr std::string_view kNoRoomText = "(no room for more names)";
 
-  // Begins with the names 0 and kNoRoomId in an empty segment.
+  // Begins with the names 0 and kNoRoomId in an empty segment. Once, in storage that is zero.
   void Begin(const SegmentMap& segment);
   // Takes the names along into another, empty segment; ids stay what they are.
   // REQUIRES: it has memory for them.

@@ -1,7 +1,6 @@
 #include "quor/runtime/point_table.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "quor/runtime/runtime.h"
 
@@ -14,7 +13,6 @@ void PointTable::Begin(const SegmentMap& segment, NameTable& names) {
   m_noRoomCategory = names.Enter(kNoRoomCategory);
   m_points = nullptr;
   m_count.store(0, std::memory_order_relaxed);
-  std::memset(m_slots, 0, sizeof m_slots);
   m_header->defaultSettings.store(kSupport, std::memory_order_relaxed);
 }
 

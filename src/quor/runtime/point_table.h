@@ -15,6 +15,7 @@ class PointTable {
  public:
   static constexpr const char* kNoRoomCategory = "(no room for more trace points)";
 
+  // Once, in storage that is zero.
   void Begin(const SegmentMap& segment, NameTable& names);
   // Takes the entries along into another, empty segment, with their settings.
   // REQUIRES: it has memory for them.

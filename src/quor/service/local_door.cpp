@@ -111,6 +111,10 @@ bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
       bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   umask(before);
   if (!bound || listen(m_descriptor, kQueueLength) != 0) return SayError(why, socketPath);
+  struct stat place {};
+  if (lstat(socketPath.c_str(), &place) != 0) return SayError(why, socketPath);
+  m_device = place.st_dev;
+  m_inode = place.st_ino;
   m_path = socketPath;
   m_own = true;
   return true;
@@ -122,8 +126,18 @@ bool LocalDoor::Adopt(const std::string& socketPath, int descriptor, std::string
   return Lock(socketPath, why);
 }
 
+bool LocalDoor::IsInPlace() const {
+  struct stat place {
+  }, lock{}, held{};
+  const std::string path = FolderOf(m_path) + "/quord.lock";
+  return m_own && lstat(m_path.c_str(), &place) == 0 && place.st_dev == m_device &&
+         place.st_ino == m_inode && stat(path.c_str(), &lock) == 0 && fstat(m_lock, &held) == 0 &&
+         lock.st_dev == held.st_dev && lock.st_ino == held.st_ino;
+}
+
 void LocalDoor::StopListening() {
-  if (m_own) unlink(m_path.c_str());
+  // By now it may be another service's.
+  if (m_own && IsInPlace()) unlink(m_path.c_str());
   m_own = false;
   if (m_descriptor >= 0) close(m_descriptor);
   m_descriptor = -1;

@@ -31,12 +31,16 @@ class LocalDoor {
   void Close();
 
   int Descriptor() const { return m_descriptor; }
+  // The socket and the lock still stand where others look for them.
+  bool IsInPlace() const;
 
  private:
   bool Lock(const std::string& socketPath, std::string* why);
 
   std::string m_path;
   int m_lock = -1, m_descriptor = -1;
+  dev_t m_device = 0;  // of the socket's name
+  ino_t m_inode = 0;
   bool m_own = false;
 };
 

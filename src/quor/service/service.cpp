@@ -23,6 +23,7 @@ constexpr milliseconds kGreetingDeadline{5000};
 constexpr milliseconds kGrace{15000};          // runtimes and clients come back within seconds
 constexpr milliseconds kMonitorsReturn{4000};  // twice their longest pause between two tries
 constexpr milliseconds kEndPatience{1500};
+constexpr milliseconds kPlaceAgain{200};
 constexpr milliseconds kAcceptAgain{100};  // no descriptors left: later, perhaps
 
 std::string NewInstance() {
@@ -116,6 +117,32 @@ void Service::Run() {
   Log(LogLevel::Info, "ready on " + m_options.socketPath);
   m_io.run();
   Log(LogLevel::Info, "ended");
+}
+
+// Whoever removes the folder is given the time to finish.
+void Service::OnPlaceChanged() {
+  if (m_stopping || m_options.handedSocket >= 0 || std::exchange(m_looksAtPlace, true)) return;
+  Later(kPlaceAgain, [this] {
+    m_looksAtPlace = false;
+    if (!m_door.IsInPlace()) TakePlaceAgain();
+  });
+}
+
+// Nobody finds this service any more: it makes its place anew, or ends where it cannot.
+void Service::TakePlaceAgain() {
+  Log(LogLevel::Warning, m_options.socketPath + " has been removed");
+  std::error_code error;
+  m_local.close(error);
+  m_door.Close();
+  std::string why;
+  if (!m_door.Open(m_options.socketPath, &why)) {
+    Log(LogLevel::Error, why);
+    return Stop();
+  }
+  m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
+  m_apps->WatchAnew(m_options.socketPath);
+  AcceptLocal();
+  Log(LogLevel::Info, "ready again on " + m_options.socketPath);
 }
 
 void Service::AcceptLocal() {

@@ -48,6 +48,8 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   void OnGone(LocalArrival& arrival) override;
   void OnEnded(ClientSession& session) override;
   Hub& HubForMachine(const std::string& machine) override;
+  void OnPlaceChanged() override;
+  void TakePlaceAgain();
   void EndIdleForwarders();
   void TickSoon();
   void Tick();
@@ -76,5 +78,5 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   asio::signal_set m_signals{m_io};
   std::vector<std::weak_ptr<Connection>> m_ending;
   std::chrono::steady_clock::time_point m_endBy;
-  bool m_stopping = false;
+  bool m_stopping = false, m_looksAtPlace = false;
 };

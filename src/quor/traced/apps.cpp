@@ -52,13 +52,18 @@ std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::
 }
 
 void Apps::Watch(const std::string& socketPath) {
-  std::string why;
   m_holdsFound = true;
-  if (!m_watch.Open(socketPath, &why))
-    Log(LogLevel::Warning, why + "; what short-lived applications trace may be lost");
+  WatchAnew(socketPath);
   m_holdsFound = false;
   if (!m_running.empty())
     Log(LogLevel::Info, std::to_string(m_running.size()) + " applications of an earlier service");
+}
+
+void Apps::WatchAnew(const std::string& socketPath) {
+  std::string why;
+  m_kept.clear();
+  if (!m_watch.Open(socketPath, &why))
+    Log(LogLevel::Warning, why + "; what short-lived applications trace may be lost");
 }
 
 void Apps::OnFile(const std::string& name) {

@@ -23,6 +23,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   class Router {
    public:
     virtual Hub& HubForMachine(const std::string& machine) = 0;
+    // The folder in which applications are watched is not what it was.
+    virtual void OnPlaceChanged() = 0;
 
    protected:
     ~Router() = default;
@@ -40,6 +42,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   // Finds the applications beside this socket from now on. Those that died while no service ran
   // wait for LetGo.
   void Watch(const std::string& socketPath);
+  // The same in a folder that has been made anew.
+  void WatchAnew(const std::string& socketPath);
   // A monitor is here, or none will come: what the dead left is taken.
   void LetGo();
 
@@ -63,6 +67,7 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   void OnEnded(RunningApp& app) override;
   void Apply(const CatalogueApp& app, bool sink);
   void OnFile(const std::string& name) override;
+  void OnPlaceChanged() override { m_router.OnPlaceChanged(); }
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
   // A file that is kept for the count in it, and until when.
   struct Kept {

@@ -85,6 +85,8 @@ void RunningApp::TakeLink(AppArrival arrival) {
   if (!ReadPoints()) return;
   ApplySink();
   if (TakeBytes(arrival.rest.data(), arrival.rest.data() + arrival.rest.size())) AwaitLink();
+  // A relink has ended every wait for the ring.
+  if (m_app.IsTaking()) Pump();
 }
 
 void RunningApp::WatchProcess() {

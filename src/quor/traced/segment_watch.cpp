@@ -23,6 +23,8 @@ bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
   // Watched before it is listed, so that none comes in between.
   const bool watched = words >= 0 && !error && inotify_add_watch(words, folder, IN_MOVED_TO) >= 0;
   const int reason = errno;
+  m_place = inotify_add_watch(words, FolderOf(socketPath).c_str(),
+                              IN_DELETE_SELF | IN_MOVE_SELF | IN_DELETE | IN_MOVED_FROM);
   TellAll();
   if (!watched)
     return FailWith(why, std::string("new segments cannot be seen: ") + std::strerror(reason));
@@ -46,17 +48,21 @@ void SegmentWatch::Await() {
 
 void SegmentWatch::Read() {
   alignas(inotify_event) char bytes[16384];
-  bool all = false;
+  bool all = false, place = false;
   for (ssize_t got = 0;
        m_words.is_open() && (got = read(m_words.native_handle(), bytes, sizeof bytes)) > 0;) {
     for (const char* at = bytes; at < bytes + got;) {
       const auto* const word = reinterpret_cast<const inotify_event*>(at);
       at += sizeof(inotify_event) + word->len;
       all = all || (word->mask & IN_Q_OVERFLOW) != 0;
-      if (word->len != 0 && word->name[0] != '.') m_finder.OnFile(word->name);
+      if (word->wd == m_place)
+        place = true;
+      else if (word->len != 0 && word->name[0] != '.')
+        m_finder.OnFile(word->name);
     }
   }
   if (all) TellAll();
+  if (all || place) m_finder.OnPlaceChanged();
 }
 
 void SegmentWatch::TellAll() {

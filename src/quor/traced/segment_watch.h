@@ -18,6 +18,8 @@ class SegmentWatch {
   class Finder {
    public:
     virtual void OnFile(const std::string& name) = 0;
+    // Something went away in the folder of the socket, or the folder itself.
+    virtual void OnPlaceChanged() = 0;
 
    protected:
     ~Finder() = default;
@@ -39,4 +41,5 @@ class SegmentWatch {
   Finder& m_finder;
   SegmentFolder m_folder;
   OwnedDescriptor m_words;
+  int m_place = -1;  // the watch of the socket's folder
 };

@@ -93,6 +93,9 @@ class QuordProcess {
   }
   int Stop() {
     kill(m_pid, SIGTERM);
+    return Wait();
+  }
+  int Wait() {
     const int status = WaitForExit(m_pid);
     m_pid = 0;
     return status;

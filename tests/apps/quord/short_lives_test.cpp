@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
+#include <filesystem>
 #include <quor/quor.hpp>
 
 #include "quor/ring/link.h"
@@ -118,6 +119,41 @@ TEST_F(ShortLives, ThoseThatLivedWhileNoServiceRanAreDeliveredByTheNext) {
   EXPECT_TRUE(IsSwept());
 }
 
+TEST_F(ShortLives, AServiceWhoseFolderIsRemovedMakesItAnewAndGoesOn) {
+  StartWithMonitor();
+  TracedChild app([](TracedChild& self) {
+    quor_application("steady");
+    Trace(5);
+    self.Tell(1);
+    self.AwaitGo();
+    Trace(5);
+    return quor_flush(20000) == 1 ? 0 : 1;
+  });
+  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_TRUE(monitor.Sees("4"));
+  RemoveSegments(quord.Folder().Path());
+  for (const char* const name : {"quord.sock", "quord.lock", "segments"})
+    unlink(quord.Folder().File(name).c_str());
+  EXPECT_TRUE(quord.Says("ready again on"));
+  QuordClient client;
+  EXPECT_TRUE(client.Connect(quord.SocketPath()));
+  EXPECT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
+  EXPECT_EQ(quord.Run({"--foreground"}), 1);  // the lock is held again
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+  Live(3, [] { Trace(2); });
+  ExpectDelivered(16);
+}
+
+TEST_F(ShortLives, AServiceThatCannotMakeItsFolderAnewEnds) {
+  const std::string folder = quord.Folder().Path() + "/deep";
+  mkdir(folder.c_str(), 0700);
+  quord.Start({"--socket-dir", folder + "/sockets"});
+  RemoveSegments(folder + "/sockets");
+  std::filesystem::remove_all(folder);
+  EXPECT_EQ(quord.Wait(), 0);
+}
+
 TEST_F(ShortLives, AnInstanceEndsWhenItsProcessBecomesAnotherProgram) {
   StartWithMonitor();
   TracedChild app([](TracedChild& self) {
@@ -179,7 +215,7 @@ TEST_F(ShortLives, AnApplicationThatClosesAllDescriptorsKeepsItsFilesAndIsTraced
   ExpectDelivered(10 + 1000 + 1 + 10);
   // It is linked again, and hears of settings.
   auto seen = client.Ask(OpenAppRequest("daemon")).app();
-  EXPECT_TRUE(seen.running());
+  EXPECT_TRUE(seen.running()) << quord.Log();
   EXPECT_EQ(client.Ask(SubmitAllRequest(seen, 0x1F)).error(), quor::wire::ERROR_NONE);
   app.Go();
   EXPECT_EQ(app.Wait(), 0);

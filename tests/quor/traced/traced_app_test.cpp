@@ -1,0 +1,39 @@
+// What the service reads out of a segment while its application writes to it.
+#include "quor/traced/traced_app.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+#include <thread>
+
+#include "quor/ring/trace_bytes.h"
+
+namespace {
+
+TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
+  constexpr std::uint32_t kPoints = 16384;
+  SegmentMap made, opened;
+  ASSERT_TRUE(made.Create({kPoints, 1u << 20, 4096}, 1, 42));
+  const char* why = "";
+  ASSERT_TRUE(opened.Open(dup(made.Descriptor()), &why)) << why;
+  TracedApp app(std::move(opened), "orders", "here", 1);
+  std::thread application([&made] {
+    std::uint32_t used = 0;
+    for (std::uint32_t i = 0; i < kPoints; ++i) {
+      const auto id = static_cast<NameId>(i + 1);
+      used += static_cast<std::uint32_t>(
+          StoreName(made.Names() + used, id, "point " + std::to_string(i)));
+      made.Header()->nameBytesUsed.store(used, std::memory_order_release);
+      made.Points()[i].component = made.Points()[i].category = id;
+      made.Header()->pointCount.store(i + 1, std::memory_order_release);
+    }
+  });
+  std::vector<TracedPoint> points;
+  while (points.size() < kPoints) ASSERT_TRUE(app.ReadPoints(points));
+  application.join();
+  for (std::uint32_t i = 0; i < kPoints; ++i)
+    ASSERT_EQ(points[i].component, "point " + std::to_string(i));
+}
+
+}  // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <string>
 #include <thread>
 
@@ -27,6 +28,10 @@ TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
       made.Header()->nameBytesUsed.store(used, std::memory_order_release);
       made.Points()[i].component = made.Points()[i].category = id;
       made.Header()->pointCount.store(i + 1, std::memory_order_release);
+      // So slowly that the reader comes in between, over and over.
+      const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(3);
+      while (std::chrono::steady_clock::now() < until) {
+      }
     }
   });
   std::vector<TracedPoint> points;

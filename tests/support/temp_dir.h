@@ -11,6 +11,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "support/remove_segments.h"
+
 class TempDir {
  public:
   TempDir() {
@@ -20,6 +22,7 @@ class TempDir {
   }
   ~TempDir() {
     std::error_code ignored;
+    RemoveSegments(m_path);
     std::filesystem::remove_all(m_path, ignored);
   }
   TempDir(const TempDir&) = delete;

@@ -1,6 +1,7 @@
 // The whole road of live traces: a traced application, a real service, a monitor's document, rows.
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <map>
 #include <set>
 
@@ -66,15 +67,20 @@ TEST_F(LiveDemo, EveryTraceOfTheApplicationBecomesARow) {
   for (const auto& [block, balance] : open) EXPECT_EQ(balance, 0) << block;
 }
 
-// Traces come in faster than they are taken: each drain ends with what had arrived at its begin.
+// Traces come in faster than they are taken: each drain ends with what had arrived at its begin, or
+// when its time is over.
 TEST_F(LiveDemo, UnderAFloodEveryDrainEndsAndEveryTraceIsDeliveredOrCountedAsLost) {
-  constexpr std::uint64_t kMostPerDrain = 50000;
+  // A drain takes 50 ms; on a busy machine the thread may have to wait in the middle of it.
+  constexpr std::chrono::milliseconds kLongestUsualDrain{100};
   DemoProcess demo({"--rate", "0", "--for", "1", "--name", "flood"});
-  std::uint64_t delivered = 0, lost = 0, most = 0;
+  std::uint64_t delivered = 0, lost = 0;
+  int drains = 0, longDrains = 0;
   const auto drain = [&] {
+    const auto start = std::chrono::steady_clock::now();
     m_document->Drain();
-    const std::uint64_t taken = m_document->m_traces.size();
-    most = std::max(most, taken);
+    ++drains;
+    longDrains += std::chrono::steady_clock::now() - start > kLongestUsualDrain;
+    const std::size_t taken = m_document->m_traces.size();
     m_document->m_traces.ForEach(0, [&](TraceEvent_i* event) {
       if (Component(*event) == "Quor")
         lost += std::stoull(event->GetText());
@@ -97,7 +103,7 @@ TEST_F(LiveDemo, UnderAFloodEveryDrainEndsAndEveryTraceIsDeliveredOrCountedAsLos
   })) << delivered
       << " delivered, " << lost << " lost; " << demo.Err();
   EXPECT_EQ(delivered + lost, demo.Traces());
-  EXPECT_LE(most, kMostPerDrain);
+  EXPECT_LE(longDrains, drains / 4);
 }
 
 TEST_F(LiveDemo, AMonitorOfAServiceThatStopsStaysOpenAndTheApplicationGoesOn) {

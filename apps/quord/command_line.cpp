@@ -1,19 +1,29 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <iostream>
 #include <map>
 
+#include "near_word.h"
 #include "quor/protocol/tls.h"
 #include "quor/service/service.h"
+#include "usage.h"
 
 namespace {
 
 const std::map<std::string, std::uint32_t> kSettings = {
     {"off", 0}, {"support", 7}, {"developer", 15}, {"max", 799}};
 
+std::vector<std::string> SettingsWords() {
+  std::vector<std::string> words;
+  for (const auto& [word, settings] : kSettings) words.push_back(word);
+  return words;
+}
+
 class Parser {
  public:
   Parser() {
+    UsePlainHelp(m_app);
     m_app.set_version_flag("-V,--version", "quord " TESSERA_VERSION, "Print the version and exit");
     m_app.require_subcommand(0, 1);
     m_app.footer(
@@ -35,7 +45,12 @@ class Parser {
       m_app.parse(argc, argv);
       return {Chosen(), kExitGood};
     } catch (const CLI::ParseError& error) {
-      return {std::nullopt, m_app.exit(error) == 0 ? kExitGood : kExitWrongUse};
+      if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+        std::cerr << "quord: " << WordsFor(m_app, error) << "\n";
+        return {std::nullopt, kExitWrongUse};
+      }
+      m_app.exit(error);
+      return {std::nullopt, kExitGood};
     }
   }
 
@@ -47,7 +62,10 @@ class Parser {
             "-l,--log-level",
             [this](const std::string& word) {
               const auto level = LogLevelOf(word);
-              if (!level) throw CLI::ValidationError("--log-level", "\"" + word + "\" is no level");
+              if (!level)
+                throw CLI::ValidationError(
+                    "--log-level", "\"" + word + "\" is no level" +
+                                       DidYouMean(word, {"error", "warning", "info", "debug"}));
               m_serve.logLevel = *level;
             },
             "error, warning, info or debug [default: info]")
@@ -67,10 +85,11 @@ class Parser {
     m_app.add_option("--keys-dir", m_serve.keysFolder, "Where the certificates are")
         ->type_name("DIR");
     m_app
-        .add_option(
-            "--default-settings", m_serve.defaultSettings,
+        .add_option_function<std::string>(
+            "--default-settings",
+            [this](const std::string& word) { m_serve.defaultSettings = kSettings.at(word); },
             "What a new application traces: off, support, developer, max [default: support]")
-        ->transform(CLI::CheckedTransformer(kSettings))
+        ->check(OneOf(SettingsWords()))
         ->type_name("WORD");
   }
 
@@ -90,7 +109,7 @@ class Parser {
     m_issue->add_option("NAME", m_issueCommand.name, "Who it is for")->required()->type_name("");
     m_issue->add_option("-r,--role", m_issueCommand.role, "What it allows")
         ->required()
-        ->check(CLI::IsMember({"monitor", "configure", "forward"}))
+        ->check(OneOf({"monitor", "configure", "forward"}))
         ->type_name("monitor|configure|forward");
     m_issue->add_option("-o,--out", m_issueCommand.to, "The folder to make [default: ./NAME]")
         ->type_name("DIR");
@@ -108,7 +127,7 @@ class Parser {
   }
   static void AddDays(CLI::App* app, int& days) {
     app->add_option("-d,--days", days, "How long it is good [default: 825]")
-        ->check(CLI::Range(1, 36500))
+        ->check(CLI::Range(1, 36500).description(""))
         ->type_name("N");
   }
   static void AddFolder(CLI::App* app, std::string& folder) {

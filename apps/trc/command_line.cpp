@@ -8,7 +8,9 @@
 #include "filter_options.h"
 #include "listview/columns/columns.h"
 #include "live_command_line.h"
+#include "near_word.h"
 #include "tree_command_line.h"
+#include "usage.h"
 
 namespace {
 
@@ -32,12 +34,16 @@ CLI::Option* AddNumber(CLI::App* app, const char* names, const char* option, std
       ->type_name("N");
 }
 
+std::vector<std::string> HeaderList() {
+  std::vector<std::string> headers;
+  for (const ColumnInfo& column : kColumns) headers.emplace_back(column.header);
+  return headers;
+}
+
 std::string AllHeaders() {
   std::string list;
-  for (const ColumnInfo& column : kColumns) {
-    if (!list.empty()) list.append(", ");
-    list.append(column.header);
-  }
+  for (const std::string& header : HeaderList())
+    list.append(list.empty() ? "" : ", ").append(header);
   return list;
 }
 
@@ -54,8 +60,9 @@ std::vector<Column> ReadColumns(const std::string& list) {
     const std::string header = Trimmed(part);
     const std::optional<Column> column = ColumnByHeader(header);
     if (!column) {
-      throw CLI::ValidationError(
-          "--columns", "there is no column \"" + header + "\"; the columns are " + AllHeaders());
+      throw CLI::ValidationError("--columns", "there is no column \"" + header + "\"" +
+                                                  DidYouMean(header, HeaderList()) +
+                                                  "; the columns are " + AllHeaders());
     }
     columns.push_back(*column);
   }
@@ -77,6 +84,7 @@ std::vector<Column> DefaultColumns() {
 class Parser {
  public:
   Parser() {
+    UsePlainHelp(m_app);
     m_app.require_subcommand(0, 1);  // none is refused with better words than the library's
     m_app.set_version_flag("-V,--version", "trc " TESSERA_VERSION, "Print the version and exit");
     m_app.footer(
@@ -105,7 +113,6 @@ class Parser {
   }
 
   ParsedCommandLine Parse(int argc, const char* const* argv) {
-    if (argc > 1) m_first = argv[1];
     try {
       m_app.parse(argc, argv);
       return {Chosen(), kExitGood};
@@ -148,7 +155,7 @@ class Parser {
     m_dumpApp
         ->add_option("-f,--format", m_format,
                      "text: aligned columns (the default); jsonl: one JSON object per trace")
-        ->check(CLI::IsMember({"text", "jsonl"}))
+        ->check(OneOf({"text", "jsonl"}))
         ->type_name("FORMAT");
     m_columnsOption = m_dumpApp->add_option(
         "-c,--columns", m_columns, "Columns of the text format, by their headers: " + AllHeaders());
@@ -214,7 +221,7 @@ class Parser {
         ->add_option("-f,--format", m_exportFormat,
                      "csv: as the desktop's Export writes it (the default); csv-rfc4180, jsonl: "
                      "clean data for other programs")
-        ->check(CLI::IsMember({"csv", "csv-rfc4180", "jsonl"}))
+        ->check(OneOf({"csv", "csv-rfc4180", "jsonl"}))
         ->type_name("FORMAT");
     m_exportColumnsOption = m_exportApp->add_option(
         "-c,--columns", m_columns, "The shown columns, by their headers: " + AllHeaders());
@@ -254,7 +261,7 @@ class Parser {
     m_findApp
         ->add_option("-f,--format", m_format,
                      "text: aligned columns (the default); jsonl: one JSON object per trace")
-        ->check(CLI::IsMember({"text", "jsonl"}))
+        ->check(OneOf({"text", "jsonl"}))
         ->type_name("FORMAT");
     AddFilterOptions(m_findApp, m_find.output.filter);
     m_findApp->footer(
@@ -306,11 +313,7 @@ class Parser {
       output.Buffer() = answer.str();
       return output.Finish();
     }
-    const auto parsed = m_app.get_subcommands();
-    const std::string command = parsed.empty() ? "" : " " + parsed.front()->get_name();
-    const bool unknown = parsed.empty() && !m_first.empty() && m_first.front() != '-';
-    const std::string words = unknown ? "there is no command \"" + m_first + "\"" : error.what();
-    Complain(words + "\nTry 'trc" + command + " --help'.");
+    Complain(WordsFor(m_app, error));
     return kExitBad;
   }
 
@@ -328,7 +331,6 @@ class Parser {
   ExportOptions m_export;
   FindOptions m_find;
   std::string m_format = "text", m_exportFormat = "csv", m_columns;
-  std::string m_first;  // argument
 };
 
 }  // namespace

@@ -51,6 +51,7 @@ struct SetOptions {
   std::string machine, app;
   std::string target;  // "COMPONENT" or "COMPONENT/CATEGORY"; empty: all
   unsigned settings = 0;
+  std::string doubt;  // told when there is no such machine or application
 };
 int RunSet(const SetOptions& options);
 

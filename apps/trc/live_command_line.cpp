@@ -3,8 +3,10 @@
 #include <sstream>
 
 #include "filter_options.h"
+#include "near_word.h"
 #include "quor/client/trace_config.h"
 #include "terminal_host.h"
+#include "usage.h"
 
 namespace {
 
@@ -23,6 +25,8 @@ constexpr struct {
               {"Location", TRC_SET_LOCATION},
               {"Stack", TRC_SET_STACK}};
 
+constexpr const char* kAppHelp =
+    "The application, of this machine or of MACHINE, which is name or name:port";
 constexpr std::uint64_t kMostThreads = 256;
 constexpr std::uint64_t kMostTextBytes = 65535;
 
@@ -38,6 +42,14 @@ void RefuseAbove(const char* option, std::uint64_t value, std::uint64_t least, s
   if (value < least || value > most)
     throw CLI::ValidationError(option,
                                "takes " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+// What a word that is no setting may have been meant as; "" when it is near to none.
+std::string NearSetting(const std::string& word) {
+  std::vector<std::string> known;
+  for (const auto& setting : kWords) known.emplace_back(setting.word);
+  const std::string meant = DidYouMean(word, known);
+  return meant.empty() ? "" : "\"" + word + "\" is no setting" + meant;
 }
 
 // A path that no name to come can complete is a mistake; any other waits for its names.
@@ -114,7 +126,7 @@ void LiveParser::AddTail() {
   m_tailApp
       ->add_option("-f,--format", m_format,
                    "text: aligned columns (the default); jsonl: one JSON object per trace")
-      ->check(CLI::IsMember({"text", "jsonl"}))
+      ->check(OneOf({"text", "jsonl"}))
       ->type_name("FORMAT");
   m_columnsOption =
       m_tailApp->add_option("-c,--columns", m_columns, "Columns of the text format, as for dump");
@@ -152,10 +164,10 @@ void LiveParser::AddConfig() {
                   "Examples:\n"
                   "  trc show orders\n"
                   "  trc show orders1:7447 orders --json");
-  m_showApp->add_option("WORDS", m_words, "[MACHINE] APP")
+  m_showApp->add_option("WORDS", m_words, kAppHelp)
       ->required()
       ->expected(1, 2)
-      ->type_name("");
+      ->option_text("[MACHINE] APP");
   m_showApp->add_flag("-j,--json", m_show.json, "One JSON object");
 }
 
@@ -169,9 +181,11 @@ void LiveParser::AddSet() {
                  "  trc set orders --all support\n"
                  "  trc set orders Net/Connect Info Warn Error Developer\n"
                  "  trc set orders1:7447 orders Db off");
-  m_setApp->add_option("WORDS", m_words, "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS...")
+  m_setApp
+      ->add_option("WORDS", m_words,
+                   "The application's traces of a component or a category, or all")
       ->required()
-      ->type_name("");
+      ->option_text("[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS...");
   m_setApp->add_flag("-a,--all", m_all, "All traces of the application");
 }
 
@@ -180,10 +194,10 @@ void LiveParser::AddSink() {
                   "Examples:\n"
                   "  trc sink orders --server localhost\n"
                   "  trc sink orders --file orders.trc --flush --max-size 100 --max-files 5");
-  m_sinkApp->add_option("WORDS", m_words, "[MACHINE] APP")
+  m_sinkApp->add_option("WORDS", m_words, kAppHelp)
       ->required()
       ->expected(1, 2)
-      ->type_name("");
+      ->option_text("[MACHINE] APP");
   CLI::Option* const server = m_sinkApp->add_option(
       "-s,--server", m_sink.server, "The machine whose trace service takes the traces");
   server->type_name("NAME");
@@ -265,10 +279,17 @@ LiveCommand LiveParser::ChosenSet() {
   const std::size_t least = m_all ? 1 : 2;
   std::size_t head = m_words.size();
   while (head > least && IsSettingsWord(m_words[head - 1])) --head;
-  if (head == m_words.size() || head > least + 1)
+  const bool machine = head == least + 1;
+  if (head == m_words.size() || head > least + 1) {
+    for (std::size_t i = head; i > least; --i)
+      if (const std::string near = NearSetting(m_words[i - 1]); !near.empty())
+        throw CLI::ValidationError("set", near);
     throw CLI::ValidationError("set",
                                "takes [MACHINE] APP, then COMPONENT[/CATEGORY] or --all, then "
                                "the settings");
+  }
+  // The first setting, if it is mistyped, makes the application look like a machine.
+  if (machine) m_set.doubt = NearSetting(m_words[head - 1]);
   m_set.settings = SettingsOf({m_words.begin() + static_cast<std::ptrdiff_t>(head), m_words.end()});
   m_words.resize(head);
   if (!m_all) {

@@ -5,6 +5,7 @@
 #include "exit_status.h"
 #include "json_text.h"
 #include "live.h"
+#include "near_word.h"
 #include "quor/client/trace_config.h"
 #include "quor/protocol/machine.h"
 #include "visible_text.h"
@@ -37,8 +38,10 @@ struct Sink {
   std::string name, options;
 };
 
-int NoSuchApp(const std::string& app) {
-  Complain("there is no application " + Quoted(app));
+int NoSuchApp(const std::string& app, const std::list<std::string>& known) {
+  std::vector<std::string> shown;
+  for (const std::string& other : known) shown.push_back(VisibleText(other));
+  Complain("there is no application " + Quoted(app) + DidYouMean(VisibleText(app), shown));
   return kExitNo;
 }
 
@@ -106,6 +109,18 @@ std::vector<unsigned> TracesOf(const trace_App_i& app, const std::string& target
   return ids;
 }
 
+int NoSuchTrace(const trace_App_i& app, const std::string& target) {
+  std::vector<std::string> known;
+  for (const trace_Component_t& component : app.GetTraceMap()) {
+    known.push_back(VisibleText(component.name));
+    for (const trace_Category_t& category : component.categories)
+      known.push_back(VisibleText(component.name + "/" + category.name));
+  }
+  Complain(Quoted(app.GetAppName()) + " has no trace " + Quoted(target) +
+           DidYouMean(VisibleText(target), known));
+  return kExitNo;
+}
+
 int Submit(const trace_App_i& app) {
   if (app.Submit()) return kExitGood;
   Complain("the machine has not taken it");
@@ -163,26 +178,29 @@ int RunShow(const ShowOptions& options) {
   // Our own handle puts it into the list, so that was read before.
   if (app->GetTraceMap().empty() &&
       std::find(running.begin(), running.end(), options.app) == running.end())
-    return NoSuchApp(options.app);
+    return NoSuchApp(options.app, running);
   Output output;
   options.json ? ShowAsJson(*app, output) : ShowAsText(*app, output);
   return output.Finish();
 }
 
 int RunSet(const SetOptions& options) {
+  const std::string doubt = options.doubt.empty() ? "" : "; " + options.doubt;
   std::string why;
+  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
+  if (!config) return Unreachable(why + doubt);
   const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
-  if (!app) return Unreachable(why);
-  if (app->GetTraceMap().empty()) return NoSuchApp(options.app);
+  if (!app) return Unreachable(why + doubt);
+  if (app->GetTraceMap().empty()) {
+    if (!options.doubt.empty()) Complain(options.doubt);
+    return NoSuchApp(options.app, config->GetAppList());
+  }
   if (options.target.empty()) {
     app->SetAllTraces(options.settings);
     return Submit(*app);
   }
   const std::vector<unsigned> ids = TracesOf(*app, options.target);
-  if (ids.empty()) {
-    Complain(Quoted(options.app) + " has no trace " + Quoted(options.target));
-    return kExitNo;
-  }
+  if (ids.empty()) return NoSuchTrace(*app, options.target);
   for (const unsigned id : ids) app->SetSettings(id, options.settings);
   return Submit(*app);
 }

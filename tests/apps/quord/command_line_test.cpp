@@ -35,6 +35,18 @@ TEST_F(CommandLine, WrongUseIsTwo) {
     EXPECT_EQ(quord.Run(arguments), 2) << arguments.back();
 }
 
+TEST_F(CommandLine, WhatIsNearlyRightIsNamed) {
+  EXPECT_EQ(quord.Run({"stats"}), 2);
+  EXPECT_NE(quord.Log().find("quord: there is no command \"stats\"; did you mean \"status\"?\n"
+                             "Try 'quord --help'.\n"),
+            std::string::npos);
+  EXPECT_EQ(quord.Run({"keys", "isue"}), 2);
+  EXPECT_NE(quord.Log().find("\"isue\"; did you mean \"issue\"?\nTry 'quord keys --help'.\n"),
+            std::string::npos);
+  EXPECT_EQ(quord.Run({"--default-settings", "suport"}), 2);
+  EXPECT_NE(quord.Log().find("did you mean \"support\"?\n"), std::string::npos);
+}
+
 TEST_F(CommandLine, WithoutForegroundItServesInTheBackgroundWhenTheCommandReturns) {
   EXPECT_EQ(quord.Run({"status"}), 1);
   EXPECT_EQ(quord.Run({}), 0);

@@ -76,6 +76,40 @@ TEST(TrcCommandLine, AnUnknownCommandOrOptionIsWrongUse) {
   ExpectRefused({"info", "--xml", "a.trc"}, "Try 'trc info --help'");
 }
 
+TEST(TrcCommandLine, WhatIsNearlyRightIsNamed) {
+  ExpectRefused({"tial"}, "there is no command \"tial\"; did you mean \"tail\"?\n");
+  ExpectRefused({"cap"}, "did you mean \"capture\"?\n");
+  ExpectRefused({"info", "--jsn", "a.trc"},
+                "there is no option \"--jsn\"; did you mean \"--json\"?\nTry 'trc info --help'.\n");
+  ExpectRefused({"gen", "--recrds=5", "out.trc"}, "\"--recrds\"; did you mean \"--records\"?\n");
+  ExpectRefused({"dump", "a.trc", "--format", "josnl"}, "did you mean \"jsonl\"?\n");
+  ExpectRefused({"dump", "a.trc", "--columns", "Tme"}, "did you mean \"Time\"?");
+  ExpectRefused({"set", "a2", "Net", "info"}, "\"info\" is no setting; did you mean \"Info\"?\n");
+  ExpectRefused({"set", "a2", "--all", "DEVELOPER"},
+                "did you mean \"developer\" or \"Developer\"?\n");
+}
+
+TEST(TrcCommandLine, WhatIsNearToNothingIsNotGuessed) {
+  ExpectRefused({"erase"}, "there is no command \"erase\"\nTry 'trc --help'.\n");
+  ExpectRefused({"info", "-x", "a.trc"}, "there is no option \"-x\"\nTry");
+  ExpectRefused({"set", "a2", "Net", "Loud"}, "set: takes [MACHINE] APP, then ");
+}
+
+TEST(TrcCommandLine, TheHelpAndTheErrorsSpeakOfTheCommandLineAsItIsTyped) {
+  for (const std::string command : {"", "gen", "dump", "show", "set", "sink", "tail"}) {
+    const TrcRun run = RunTrc(command.empty() ? std::vector<std::string>{"--help"}
+                                              : std::vector<std::string>{command, "--help"});
+    for (const char* word : {"WORDS", "x)", "REQUIRED", "{", "SUBCOMMAND", "Positionals"})
+      EXPECT_FALSE(Has(run.out, word)) << word << " in " << run.out;
+  }
+  EXPECT_TRUE(Has(RunTrc({"gen", "--help"}).out, "How many traces to write (required)"));
+  EXPECT_TRUE(Has(RunTrc({"show", "--help"}).out, "Usage: trc show [OPTIONS] [MACHINE] APP\n"));
+  ExpectRefused({"show"}, "trc: [MACHINE] APP is required\n");
+  ExpectRefused({"show", "a", "b", "c"}, "trc: that is one argument too many\n");
+  ExpectRefused({"dump", "a.trc", "b.trc"}, "\"b.trc\" is one argument too many\n");
+  ExpectRefused({"dump", "a.trc", "--columns"}, "trc: --columns needs LIST\n");
+}
+
 TEST(TrcCommandLine, AMissingArgumentIsWrongUse) {
   ExpectRefused({"gen", "out.trc"}, "--records");
   ExpectRefused({"gen", "--records", "5"}, "OUT");
@@ -180,7 +214,7 @@ TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
   const std::string bash = ReadAll(folder + "/completions/trc.bash");
   const std::string zsh = ReadAll(folder + "/completions/_trc");
   const std::string fish = ReadAll(folder + "/completions/trc.fish");
-  const std::vector<std::string> commands = FirstWords(RunTrc({"--help"}).out, "Subcommands:");
+  const std::vector<std::string> commands = FirstWords(RunTrc({"--help"}).out, "Commands:");
   EXPECT_GE(commands.size(), 15u);
   std::size_t known = 0;
   for (const std::string& command : commands) {

@@ -283,6 +283,24 @@ TEST_F(LiveProgramsTest, WhatIsNotThereIsAnswerNo) {
   EXPECT_EQ(run.err, "trc: \"orders\" has no trace \"Net/Nothing\"\n");
 }
 
+TEST_F(LiveProgramsTest, WhatIsNearlyThereIsNamed) {
+  StartService();
+  TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "10"}});
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  const std::string noApp = "trc: there is no application \"Order\"; did you mean \"orders\"?\n";
+  EXPECT_EQ(RunTrc({"show", "Order"}).err, noApp);
+  EXPECT_EQ(RunTrc({"set", "Order", "--all", "off"}).err, noApp);
+  EXPECT_EQ(RunTrc({"set", "orders", "net/conect", "Info"}).err,
+            "trc: \"orders\" has no trace \"net/conect\"; did you mean \"Net/Connect\"?\n");
+  EXPECT_EQ(RunTrc({"set", "orders", "net", "Info"}).err,
+            "trc: \"orders\" has no trace \"net\"; did you mean \"Net\"?\n");
+  // Read as machine "127.0.0.1:1", application "orders", component "info".
+  const TrcRun run = RunTrc({"set", "127.0.0.1:1", "orders", "info", "Warn"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_NE(run.err.find("; \"info\" is no setting; did you mean \"Info\"?\n"), run.err.npos)
+      << run.err;
+}
+
 TEST_F(LiveProgramsTest, WithoutAServiceEveryCommandSaysWhereItLooked) {
   for (const std::vector<std::string>& command :
        std::vector<std::vector<std::string>>{{"tail"},

@@ -1,0 +1,83 @@
+#include "near_word.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t kFar = std::numeric_limits<std::size_t>::max();
+// Of longer words only the capitals are compared: letter by letter takes the product of the
+// lengths.
+constexpr std::size_t kMostLetters = 128;
+constexpr std::size_t kMostTold = 3;
+
+// Without the dashes of an option and without capitals.
+std::string Folded(std::string_view word) {
+  std::string folded;
+  for (const char c : word)
+    if (c != '-' || !folded.empty())
+      folded.push_back(c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c);
+  return folded;
+}
+
+// How many letters are changed, missing, surplus or swapped with their neighbour.
+std::size_t Distance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> before(b.size() + 1), last(b.size() + 1), row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) last[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t changed = last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+      row[j] = std::min({changed, last[j] + 1, row[j - 1] + 1});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+        row[j] = std::min(row[j], before[j - 2] + 1);
+    }
+    before.swap(last);
+    last.swap(row);
+  }
+  return last[b.size()];
+}
+
+std::size_t Allowed(std::size_t letters) {
+  return letters <= 2 ? 0 : letters <= 4 ? 1 : letters <= 8 ? 2 : 3;
+}
+
+std::size_t Farness(const std::string& word, const std::string& known) {
+  if (word == known) return 0;
+  const std::size_t least = std::min(word.size(), known.size());
+  if (std::max(word.size(), known.size()) > kMostLetters) return kFar;
+  const std::size_t distance = Distance(word, known);
+  if (distance <= Allowed(least)) return distance;
+  // Behind all that is nearly the same.
+  const bool goesOn = word.size() > 1 && known.compare(0, word.size(), word) == 0;
+  return goesOn ? kMostLetters + distance : kFar;
+}
+
+}  // namespace
+
+std::vector<std::string> NearWords(std::string_view word, const std::vector<std::string>& known) {
+  std::vector<std::string> nearest;
+  const std::string folded = Folded(word);
+  std::size_t best = kFar - 1;
+  for (const std::string& candidate : known) {
+    if (candidate == word) continue;  // it would be no help
+    const std::size_t farness = Farness(folded, Folded(candidate));
+    if (farness > best) continue;
+    if (farness < best) nearest.clear();
+    best = farness;
+    nearest.push_back(candidate);
+  }
+  return nearest;
+}
+
+std::string DidYouMean(std::string_view word, const std::vector<std::string>& known) {
+  std::vector<std::string> near = NearWords(word, known);
+  if (near.empty()) return {};
+  near.resize(std::min(near.size(), kMostTold));
+  std::string words = "; did you mean ";
+  for (std::size_t i = 0; i < near.size(); ++i) {
+    if (i > 0) words.append(i + 1 < near.size() ? ", " : " or ");
+    words.append("\"").append(near[i]).append("\"");
+  }
+  return words + "?";
+}

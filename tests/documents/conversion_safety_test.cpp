@@ -267,7 +267,7 @@ TEST_F(EndedFromOutside, AProgramThatEndsByExitCleansUpFirst) {
   });
   EXPECT_EXIT(
       {
-        auto* const document = new CTraceFileDoc(m_host);  // left to itself
+        static CTraceFileDoc* const document = new CTraceFileDoc(m_host);  // left to itself
         m_host.AnswerBox(BoxAnswer::Yes);
         document->OnOpenDocument(path);
         while (!fs::exists(path + ".tmp")) sched_yield();

@@ -27,6 +27,7 @@ class LiveSource {
   void Run(const LiveLimits& limits, const std::function<bool(TraceEvent_i*)>& take,
            const std::function<bool()>& pause);
   NameMap& Names() { return m_names; }
+  bool IsUp() const { return m_connection->IsUp(); }
   TraceThread_i::Counts Counts() const { return m_connection->GetCounts(); }
 
  private:

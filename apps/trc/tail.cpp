@@ -4,6 +4,7 @@
 #include "exit_status.h"
 #include "listview/columns/columns.h"
 #include "live_source.h"
+#include "silence.h"
 #include "text_line.h"
 #include "trace_json.h"
 #include "visible_text.h"
@@ -78,6 +79,27 @@ class TextLines final : public Lines {
   bool m_headed = false;
 };
 
+// After a second without a trace says why, once.
+class Silence {
+ public:
+  Silence(const LiveSource& source, const std::string& machine)
+      : m_source(source), m_machine(machine) {}
+  void Look() {
+    if (m_over || Clock::now() < m_until) return;
+    m_over = true;
+    if (m_source.Counts().delivered > 0) return;
+    Complain("nothing comes: " + (m_source.IsUp() ? WhyNothingComes(m_machine)
+                                                  : "no trace service runs there any more"));
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  const LiveSource& m_source;
+  const std::string& m_machine;
+  const Clock::time_point m_until = Clock::now() + std::chrono::seconds(1);
+  bool m_over = false;
+};
+
 }  // namespace
 
 int RunTail(const TailOptions& options) {
@@ -90,6 +112,7 @@ int RunTail(const TailOptions& options) {
   } else {
     lines = std::make_unique<TextLines>(source.Names(), options, output);
   }
+  Silence silence(source, options.machine);
   TraceEvent_i* previous = nullptr;
   source.Run(
       options.limits,
@@ -98,7 +121,10 @@ int RunTail(const TailOptions& options) {
         ReleaseTrace(std::exchange(previous, trace));
         return goesOn;
       },
-      [&] { return output.Flush(); });
+      [&] {
+        silence.Look();
+        return output.Flush();
+      });
   ReleaseTrace(previous);
   const int status = output.Finish();
   if (status == kExitBad) return status;

@@ -18,6 +18,7 @@ std::size_t TracesAsSetAtEnd(const std::string& path) {
 TEST_F(LiveProgramsTest, TailPrintsWhatAnApplicationTraces) {
   StartService();
   TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "500"}});
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
   const TrcRun tail = RunTrc({"tail", "--format", "jsonl", "--count", "100"});
   emit.Interrupt();
   const TrcRun emitted = emit.Finish();
@@ -54,6 +55,21 @@ TEST_F(LiveProgramsTest, TailAsTextHasTheChosenColumnsAndEndsWithItsTime) {
   ASSERT_GE(lines.size(), 3u);
   EXPECT_EQ(lines[0], "Component  Trace");
   EXPECT_EQ(lines[1].rfind("Net        thread 0 trace ", 0), 0u) << lines[1];
+}
+
+TEST_F(LiveProgramsTest, AnEmptyTailSaysWhy) {
+  StartService();
+  const std::string words = "trc: nothing comes: ";
+  TrcProcess none({.arguments = {"tail"}});
+  EXPECT_EQ(none.ReadErrUntil("\n"), words + "no application that traces runs\n");
+  TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "100"}});
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  ASSERT_EQ(RunTrc({"set", "orders", "--all", "off"}).status, 0);
+  // What was traced before may still be under way for the first.
+  EXPECT_TRUE(Eventually([&] {
+    return RunTrc({"tail", "--for", "2"}).err ==
+           words + "all traces are off; switch them on with trc set APP --all support\n";
+  }));
 }
 
 TEST_F(LiveProgramsTest, TailEndsWellWhenItsReaderGoesAndAtAnInterrupt) {

@@ -144,11 +144,11 @@ std::uint64_t TracedApp::MostPossible() const {
   return static_cast<std::uint64_t>(age / kFastestTrace * processors);
 }
 
-bool TracedApp::Lose(std::uint64_t lost, const std::string& reason) {
+bool TracedApp::Lose(std::uint64_t lost, std::string_view reason) {
   if (lost == 0) return true;
   const std::uint64_t most = MostPossible();
   if (lost > most || m_source->serial > most - lost) return false;
-  m_hub->Lose(m_source, lost, reason);
+  m_hub->Lose(m_source, lost, std::string(reason));
   return true;
 }
 

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "base/fault_guard.h"
 #include "quor/hub/hub.h"
@@ -62,7 +63,8 @@ class TracedApp {
   const char* Why() const { return m_why; }
 
  private:
-  bool Lose(std::uint64_t lost, const std::string& reason);
+  // Called for each item: a std::string would cost two allocations a trace.
+  bool Lose(std::uint64_t lost, std::string_view reason);
   bool TakeItem(const RingItem& item);
   bool Finish();
   std::uint64_t MostPossible() const;

@@ -17,6 +17,15 @@ constexpr std::chrono::milliseconds kHelloDeadline = 4000ms;
 constexpr std::chrono::milliseconds kEndPatience = 700ms;
 constexpr std::chrono::milliseconds kFirstPause = 50ms;
 constexpr std::chrono::milliseconds kLongestPause = 2000ms;
+// The kernel tells when the service of this machine ends. One that only stands still keeps what it
+// has for us, and would lose it with the connection.
+constexpr std::chrono::milliseconds kLocalPatience = 60000ms;
+
+ConnectionLimits LimitsTo(const Machine& machine) {
+  ConnectionLimits limits;
+  if (machine.local) limits.silenceDeadline = limits.writeDeadline = kLocalPatience;
+  return limits;
+}
 
 }  // namespace
 
@@ -102,7 +111,7 @@ class ServiceLink::Core final : public Connection::Handler,
            });
   }
   void Greet(std::shared_ptr<ByteStream> stream) {
-    m_connection = Connection::Start(std::move(stream), *this);
+    m_connection = Connection::Start(std::move(stream), *this, LimitsTo(m_to));
     quor::wire::Hello hello;
     hello.set_version(kProtocolVersion);
     hello.set_product("tessera " TESSERA_VERSION);

@@ -50,8 +50,7 @@ Connection::Connection(std::shared_ptr<ByteStream> stream, Handler& handler,
       m_handler(&handler),
       m_limits(limits),
       m_timer(m_stream->Executor()),
-      m_lastRead(Clock::now()),
-      m_lastWrite(m_lastRead) {}
+      m_lastWrite(Clock::now()) {}
 
 std::shared_ptr<Connection> Connection::Start(std::shared_ptr<ByteStream> stream, Handler& handler,
                                               const ConnectionLimits& limits) {
@@ -100,7 +99,7 @@ void Connection::Read() {
 void Connection::OnRead(const std::error_code& error, std::size_t bytes) {
   if (m_ended) return;
   if (error) return Fail(Words(error));
-  m_lastRead = Clock::now();
+  m_lastRead = m_lived.Now();
   if (m_ending) return Read();  // into the same room: what comes now is not looked at
   m_reader.Filled(bytes);
   while (m_handler) {
@@ -121,7 +120,7 @@ void Connection::Write() {
     m_writing.push_back(std::move(m_queue.front()));
     m_queue.pop_front();
   }
-  m_writeBegan = Clock::now();
+  m_writeBegan = m_lived.Now();
   m_stream->WriteAll(buffers, [self = shared_from_this()](const std::error_code& error,
                                                           std::size_t) { self->OnWrote(error); });
 }
@@ -143,7 +142,9 @@ void Connection::OnWrote(const std::error_code& error) {
 void Connection::StartTick() {
   const auto shortest =
       std::min({m_limits.heartbeat, m_limits.writeDeadline, m_limits.silenceDeadline});
-  m_timer.expires_after(std::max(shortest / 4, std::chrono::milliseconds(5)));
+  const std::chrono::milliseconds tick = std::max(shortest / 4, std::chrono::milliseconds(5));
+  m_lived.Tick(2 * tick);
+  m_timer.expires_after(tick);
   // Weak: a timer must not keep a connection whose operations have all ended.
   m_timer.async_wait([weak = weak_from_this()](const std::error_code& error) {
     if (const auto self = weak.lock(); self && !error) self->OnTick();
@@ -152,13 +153,13 @@ void Connection::StartTick() {
 
 void Connection::OnTick() {
   if (m_ended) return;
-  const Clock::time_point now = Clock::now();
+  const Clock::duration now = m_lived.Now();
   if (m_ending && now > m_endBy) return Close();
   if (!m_writing.empty() && now - m_writeBegan > m_limits.writeDeadline)
     return Fail("the peer takes nothing for " + Seconds(m_limits.writeDeadline));
   if (now - m_lastRead > m_limits.silenceDeadline)
     return Fail("the peer is silent for " + Seconds(m_limits.silenceDeadline));
-  if (m_handler && m_writing.empty() && now - m_lastWrite >= m_limits.heartbeat) {
+  if (m_handler && m_writing.empty() && Clock::now() - m_lastWrite >= m_limits.heartbeat) {
     static const SharedBytes beat = ShareBytes(EncodeFrame(FrameType::Heartbeat, Bytes()));
     Send(beat);
   }
@@ -184,6 +185,6 @@ void Connection::CloseAfterWriting() {
   if (m_ended || m_ending) return;
   m_ending = true;
   m_handler = nullptr;
-  m_endBy = Clock::now() + kEndPatience;
+  m_endBy = m_lived.Now() + kEndPatience;
   if (m_writing.empty()) m_stream->EndSending();
 }

@@ -4,7 +4,8 @@
 //          handler must live until OnClosed, Close or CloseAfterWriting, after which it is never
 //          called again. What is sent is shared and must not change.
 // Errors   A malformed frame, a failed or too slow write, or a silent peer closes it: OnClosed is
-//          called once, with a reason for the log.
+//          called once, with a reason for the log. Time that this process stood still is nobody's
+//          silence.
 // Threads  The one that runs the stream's io_context. Nothing is called back from inside Send.
 #pragma once
 
@@ -17,6 +18,7 @@
 
 #include "quor/protocol/byte_stream.h"
 #include "quor/protocol/frames.h"
+#include "quor/protocol/lived_time.h"
 
 namespace google::protobuf {
 class MessageLite;
@@ -62,14 +64,13 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   bool IsOpen() const { return m_handler != nullptr; }
   // No frame longer than this from now on, see FrameReader::Limit.
   void LimitFrames(std::size_t bytes) { m_reader.Limit(bytes); }
-  void SetLimits(const ConnectionLimits& limits) { m_limits = limits; }
 
   void Close();
   // Sends what is queued, says the end, and gives the peer a second to read it.
   void CloseAfterWriting();
 
  private:
-  using Clock = std::chrono::steady_clock;
+  using Clock = LivedTime::Clock;
   Connection(std::shared_ptr<ByteStream> stream, Handler& handler, const ConnectionLimits& limits);
 
   bool Queue(std::initializer_list<SharedBytes> parts);  // null: none
@@ -90,5 +91,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   std::size_t m_queuedBytes = 0;
   bool m_ending = false, m_ended = false;
   asio::steady_timer m_timer;
-  Clock::time_point m_lastRead, m_lastWrite, m_writeBegan, m_endBy;
+  LivedTime m_lived;
+  Clock::duration m_lastRead{0}, m_writeBegan{0}, m_endBy{0};  // as lived
+  Clock::time_point m_lastWrite;  // by the clock of the peer, who waits for a sign of life
 };

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <asio/io_context.hpp>
+#include <thread>
 
 #include "quor/protocol/quor.pb.h"
 
@@ -163,6 +164,17 @@ TEST_F(ConnectionTest, ASilentPeerIsNoticed) {
   Start(limits);
   EXPECT_TRUE(Run([&] { return m_heard.closed == 1; }));
   EXPECT_EQ(m_heard.why, "the peer is silent for 0.1 s");
+}
+
+// A debugger, a signal or a machine that is frozen: the peer may have stood still as well.
+TEST_F(ConnectionTest, TimeThatThisProcessStoodStillIsNoSilenceOfItsPeer) {
+  ConnectionLimits limits;
+  limits.silenceDeadline = limits.writeDeadline = 400ms;
+  Start(limits);
+  for (int i = 0; i < 40; ++i) m_near->SendData(nullptr, Shared(100000, 'r'));
+  std::this_thread::sleep_for(1000ms);
+  EXPECT_FALSE(Run([&] { return m_heard.closed == 1; }, 100ms)) << m_heard.why;
+  EXPECT_TRUE(Run([&] { return m_heard.closed == 1; }));
 }
 
 TEST_F(ConnectionTest, HeartbeatsKeepAnIdleConnectionAliveAndAreNotHeard) {

@@ -1,0 +1,28 @@
+// Time as this process has lived it, by which it may judge a peer: while it stood still, stopped by
+// a signal or with its whole machine, it read nothing, and its peer perhaps stood still as well.
+//
+// Shape    Goes with the steady clock, but never further than a step beyond the last Tick.
+// Threads  One.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+
+class LivedTime {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  // Since the beginning.
+  Clock::duration Now() const { return m_lived + std::min(Clock::now() - m_ticked, m_step); }
+  // To be called again within `step`.
+  void Tick(Clock::duration step) {
+    const Clock::time_point now = Clock::now();
+    m_lived += std::min(now - m_ticked, m_step);
+    m_ticked = now;
+    m_step = step;
+  }
+
+ private:
+  Clock::duration m_lived{0}, m_step{0};
+  Clock::time_point m_ticked = Clock::now();
+};

@@ -1,0 +1,83 @@
+// A service that stands still, stopped by a signal or with its whole machine, and goes on: nobody
+// is taken for gone because of the time that it could not look, and nobody gives it up.
+#include <quor/quor.hpp>
+
+#include "quor/client/trace_thread.h"
+#include "quor/service/service.h"
+#include "quord_client.h"
+
+namespace {
+
+QUOR_POINT(still_point, "Net", "Connect");
+
+class Standstill : public ::testing::Test {
+ protected:
+  static void Live(int apps) {
+    for (int i = 0; i < apps; ++i) {
+      const pid_t pid = fork();
+      if (pid == 0) {
+        QUOR_TRACE_INFO(still_point, "{}", i);
+        _exit(0);
+      }
+      ASSERT_EQ(WaitForExit(pid), 0);
+    }
+  }
+  static void StandStill(pid_t service, int milliseconds) {
+    kill(service, SIGSTOP);
+    Live(20);
+    poll(nullptr, 0, milliseconds);
+    kill(service, SIGCONT);
+  }
+  QuordProcess quord;
+};
+
+TEST_F(Standstill, AMonitorThatSaidNothingMeanwhileIsKept) {
+  ServiceOptions options;
+  options.socketPath = quord.SocketPath();
+  options.stateFolder = quord.Folder().File("state");
+  options.keysFolder = quord.KeysFolder();
+  options.connectionLimits.silenceDeadline = std::chrono::milliseconds(1200);
+  TracedChild service([&options](TracedChild&) {
+    Service own(options);
+    std::string why;
+    if (!own.Open(&why)) return 1;
+    own.Run();
+    return 0;
+  });
+  QuordClient monitor, other;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  StandStill(service.Pid(), 2000);
+  // By now it has looked around.
+  ASSERT_TRUE(other.Connect(quord.SocketPath()));
+  ASSERT_TRUE(other.Hello(quor::wire::ROLE_MONITOR));
+  EXPECT_TRUE(WaitFor([&] {
+    monitor.Beat();
+    monitor.Pump();
+    return monitor.delivered == 20 || monitor.ended;
+  }));
+  EXPECT_FALSE(monitor.ended);
+  EXPECT_EQ(monitor.delivered, 20u);
+  // Its own silence is still noticed.
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.ended; }));
+  kill(service.Pid(), SIGTERM);
+  EXPECT_EQ(service.Wait(), 0);
+}
+
+// For longer than a service of another machine may be silent.
+TEST_F(Standstill, AClientWaitsForTheServiceOfItsMachineAndLosesNothing) {
+  quord.Start();
+  NameMap names;
+  std::string why;
+  TraceThread_i* const monitor = TraceThread_i::ConnectToTraceService("", names, &why);
+  ASSERT_TRUE(monitor) << why;
+  StandStill(quord.Pid(), 11500);
+  EXPECT_TRUE(WaitFor([&] {
+    while (monitor->HasTraces()) monitor->NextTrace()->Release();
+    return monitor->GetCounts().delivered + monitor->GetCounts().lost >= 20;
+  })) << quord.Log();
+  EXPECT_EQ(monitor->GetCounts().delivered, 20u);
+  EXPECT_EQ(monitor->GetCounts().lost, 0u);
+  monitor->Disconnect();
+}
+
+}  // namespace

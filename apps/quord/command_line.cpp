@@ -96,6 +96,10 @@ class Parser {
   void AddKeys() {
     m_keys = m_app.add_subcommand("keys", "Make certificates for other machines");
     m_keys->require_subcommand(1);
+    m_keys->footer(
+        "Examples:\n"
+        "  quord keys init\n"
+        "  quord keys issue alice --role monitor");
     m_init = m_keys->add_subcommand("init", "Make an authority and this service's certificate");
     m_init
         ->add_option("--host", m_initCommand.hosts,
@@ -139,7 +143,11 @@ class Parser {
     m_status->add_flag("--json", m_statusCommand.json, "For programs");
     m_status->add_option("--socket-dir", m_statusCommand.socketFolder, "Where its socket is")
         ->type_name("DIR");
-    m_status->footer("Exit status: 0 it runs, 1 it does not.");
+    m_status->footer(
+        "Exit status: 0 it runs, 1 it does not.\n"
+        "\n"
+        "Example:\n"
+        "  quord status --json");
   }
 
   Command Chosen() const {

@@ -96,7 +96,7 @@ class Parser {
         "  trc find 'slow query' sample.trc\n"
         "  trc tree sample.trc --depth 4\n"
         "  trc tail\n"
-        "  trc set orders Net/Connect support\n"
+        "  trc set orders Database/Query support\n"
         "\n"
         "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 1 the answer\n"
         "is no or traces were lost, 2 wrong use or bad input, 3 the file is damaged,\n"
@@ -270,7 +270,7 @@ class Parser {
         "\n"
         "Examples:\n"
         "  trc find 'slow query' web.trc\n"
-        "  trc find -e 'in [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
+        "  trc find -e 'after [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
         "  trc find -iw DEADLOCK web.trc --count\n"
         "  trc find -- -1 web.trc        # what begins with - stands behind --");
   }

@@ -179,8 +179,8 @@ void LiveParser::AddSet() {
                  "\n"
                  "Examples:\n"
                  "  trc set orders --all support\n"
-                 "  trc set orders Net/Connect Info Warn Error Developer\n"
-                 "  trc set orders1:7447 orders Db off");
+                 "  trc set orders Database/Query Info Warn Error Developer\n"
+                 "  trc set orders1:7447 orders Database off");
   m_setApp
       ->add_option("WORDS", m_words,
                    "The application's traces of a component or a category, or all")

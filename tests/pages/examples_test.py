@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Every example of every page does what the page says.
+
+usage: examples_test.py BUILD
+
+The examples are read out of the pages: README.md, CONTRIBUTING.md, SECURITY.md, docs/, the help inside
+the program, the manual pages and the help of the programs. Each is run as it stands, on a machine of
+its own with a home, a service, an application and, where the page speaks of one, another machine. What
+runs until it is stopped is stopped once it shows that it works. known.py tells what is not run.
+"""
+import shutil
+import subprocess
+import sys
+import tempfile
+import threading
+from pathlib import Path
+
+import known
+from library_test import check_library
+from machines import Machine
+from read_pages import Markdown, helps, manual
+from tour import Tour
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+PROGRAMS = ("trc", "quord", "tessera", "quor-demo")
+TRACING = "docs/tracing-your-application.md"
+
+
+def read_markdown():
+    pages = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "SECURITY.md")]
+    pages += sorted((ROOT / "docs").glob("*.md")) + sorted((ROOT / "src/shell/ui/help").glob("*.md"))
+    return {str(page.relative_to(ROOT)): Markdown(page, str(page.relative_to(ROOT))) for page in pages}
+
+
+def groups_of(pages, bin_folder):
+    """Three walks that need nothing of each other: the two long pages, and all the rest by page."""
+    rest = {}
+    for name, page in pages.items():
+        if name not in (TRACING, known.REMOTE):
+            rest[name] = page.blocks
+    for path in sorted((ROOT / "packaging/man").glob("*.1")):
+        rest[path.name] = manual(path)
+    for program in PROGRAMS:
+        for block in helps(str(bin_folder / program)):
+            rest[block.page] = [block]
+    return [{TRACING: pages[TRACING].blocks}, {known.REMOTE: pages[known.REMOTE].blocks}, rest]
+
+
+def samples(folder, bin_folder):
+    """What the examples on files expect to find."""
+    folder.mkdir()
+    trc = str(bin_folder / "trc")
+    for name in ("sample.trc", "web.trc", "db.trc"):
+        subprocess.run([trc, "gen", "-n", "200000", "-s", "7", str(folder / name)], check=True)
+    subprocess.run([trc, "gen", "-n", "1000", "--old", str(folder / "old.trc")], check=True)
+    return folder
+
+
+def far_machine(root, bin_folder):
+    """Another machine, reached by TLS, and the keys for it."""
+    far = Machine(root, "far", bin_folder)
+    for words in (["keys", "init"], ["keys", "issue", "me", "--role", "configure"],
+                  ["--listen", "127.0.0.1:0"]):
+        status, told = far.ask("quord", *words)
+        assert status == 0, told
+        far.said += told
+    far.play("orders")
+    return far
+
+
+def check_known(tours):
+    """An entry that serves no example has outlived it."""
+    used = set().union(*(tour.used for tour in tours))
+    entries = {*known.NOT_RUN, *known.STANDS_FOR, *known.WHOLE, *known.BEFORE, *known.STATUS,
+               *(told[1] for told in known.TOLD)}
+    return [f"known.py: {entry!r} serves no example" for entry in sorted(entries - used)]
+
+
+def main():
+    build = Path(sys.argv[1]).resolve()
+    bin_folder = build / "bin"
+    root = Path(tempfile.mkdtemp(prefix="pages-"))
+    machines, failures = [], []
+    try:
+        pages = read_markdown()
+        files = samples(root / "samples", bin_folder)
+        far = far_machine(root, bin_folder)
+        machines.append(far)
+        tours = [Tour(root / f"tour{number}", build, files, far, group)
+                 for number, group in enumerate(groups_of(pages, bin_folder))]
+        threads = [threading.Thread(target=tour.walk) for tour in tours]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        for tour in tours:
+            failures += tour.failures
+        failures += check_known(tours)
+        failures += check_library(root / "library", build, ROOT, pages[TRACING].calls)
+        count = sum(tour.count for tour in tours)
+    finally:
+        for machine in machines:
+            machine.stop()
+        shutil.rmtree(root, ignore_errors=True)
+    for failure in failures:
+        print(failure)
+    print(f"{count} examples were run, {len(failures)} failed")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

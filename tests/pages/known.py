@@ -1,0 +1,62 @@
+"""What the test knows of single examples. An entry that serves no example is a failure."""
+
+# Examples that are not run, and why. What can be said of them without a run is checked: see
+# Tour.check_unrun.
+NOT_RUN = {
+    r"\./dev \w+.*": "builds or checks the whole project; its commands are compared with the script",
+    r"(sudo )?systemctl .*": "needs a system's manager; tests/apps/quord/units_test.cpp reads the units",
+    r"sudo ldconfig.*": "changes the machine's linker cache",
+    r"sudo chown .*": "needs an account of its own",
+}
+
+# Words in capitals stand for something.
+STANDS_FOR = {
+    "FILE": "sample.trc", "FILE...": "sample.trc web.trc", "IN.trc": "sample.trc", "OUT.trc": "out.trc",
+    "OUT.csv": "out.csv", "OLD.trc": "old.trc", "NEW.trc": "new.trc", "PATTERN": "order", "N": "5",
+    "MACHINE": "localhost", "APP": "orders", "APPLICATION": "orders", "NAME": "other",
+    "COMPONENT/CATEGORY": "Database/Query", "COMMAND": "dump",
+}
+
+# Mentions in a sentence that leave something out.
+WHOLE = {
+    "quord --listen": "quord --foreground --listen 127.0.0.1:0",
+    "tessera --settings FILE": "tessera --settings own.ini sample.trc",
+    "ninja -C build/dev documents_tests": "ninja -n -C build/dev documents_tests",
+    "man trc": "test -s $PAGES_TEST/../../packaging/man/trc.1",
+}
+
+# What has to be done first, that the page leaves to the reader.
+BEFORE = {
+    "QUOR_KEYS=~/alice trc tail orders1.example.org": "cp -rp ~/.config/quor/keys ~/alice",
+    "quord keys init": "rm -rf ~/.config/quor/keys",
+    "quord --listen 0.0.0.0:7447": "[ -e ~/.config/quor/keys ] || quord keys init",
+    "quord --foreground --listen 127.0.0.1:0": "quord keys init",
+    "quord keys issue alice --role configure --days 90":
+        "[ -e ~/.config/quor/keys ] || quord keys init",
+}
+
+# Where the exit status may be another than 0, and why.
+STATUS = {
+    # As fast as they go, traces may be lost.
+    "trc emit --app load --count 1000000 --threads 4 --text-bytes 100": (0, 1),
+    # The page says: "if one runs already".
+    'pkill -TERM -x -u "$USER" quord': (0, 1),
+}
+
+# On which machine a line of docs/remote.md is typed where the line does not say it itself.
+REMOTE = "docs/remote.md"
+TYPED_ON = (
+    ("As a service of the system", r".*", "account"),
+    ("When it does not work", r".*", "other"),
+    ("Watch a server from your desk", r"quord|pkill", "orders1"),
+    ("Hand traces on to another machine", r"mkdir|scp|trc sink", "shop1"),
+    ("Hand traces on to another machine", r"quord", "orders1"),
+    ("", r".*", "desk"),
+)
+
+# Sentences on what is told: words of the page, in what an example prints or in a machine's log.
+TOLD = (
+    (REMOTE, "listening on 0.0.0.0:7447 (mutual TLS)", "quord --listen 0.0.0.0:7447", None),
+    (REMOTE, "forwarding to orders1.example.org:7447",
+     "trc tail orders1.example.org --columns Machine,Application,Trace", "shop1"),
+)

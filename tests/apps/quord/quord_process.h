@@ -18,14 +18,7 @@
 
 #include "support/remove_segments.h"
 #include "support/temp_dir.h"
-#include "support/wait_for.h"
-
-// The exit status, or 1000 + the signal; -1 when it does not end in time.
-inline int WaitForExit(pid_t pid, int milliseconds = 20000) {
-  int status = 0;
-  if (!WaitFor([&] { return waitpid(pid, &status, WNOHANG) == pid; }, milliseconds)) return -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-}
+#include "support/traced_child.h"
 
 class QuordProcess {
  public:
@@ -128,54 +121,4 @@ class QuordProcess {
   }
   TempDir m_folder;
   pid_t m_pid = 0;
-};
-
-// A traced application: `body` in a process of its own, with pipes to the test for steps.
-class TracedChild {
- public:
-  explicit TracedChild(const std::function<int(TracedChild&)>& body) {
-    EXPECT_EQ(pipe2(m_go, O_CLOEXEC), 0);
-    EXPECT_EQ(pipe2(m_told, O_CLOEXEC), 0);
-    m_pid = fork();
-    if (m_pid == 0) _exit(body(*this));
-    close(m_told[1]);  // the end of the child is the end of what it tells
-  }
-  ~TracedChild() {
-    if (m_pid > 0) Kill();
-    for (const int end : {m_go[0], m_go[1], m_told[0]}) close(end);
-  }
-  TracedChild(const TracedChild&) = delete;
-  TracedChild& operator=(const TracedChild&) = delete;
-
-  int TellEnd() const { return m_told[1]; }
-  int GoEnd() const { return m_go[0]; }
-  void Tell(std::uint64_t number) {
-    if (write(m_told[1], &number, sizeof number) != sizeof number) _exit(99);
-  }
-  void AwaitGo() {
-    char byte;
-    if (read(m_go[0], &byte, 1) != 1) _exit(98);
-  }
-  void Go() { EXPECT_EQ(write(m_go[1], "g", 1), 1); }
-  std::uint64_t Told() {
-    pollfd ready{m_told[0], POLLIN, 0};
-    std::uint64_t number = 0;
-    EXPECT_EQ(poll(&ready, 1, 20000), 1);
-    EXPECT_EQ(read(m_told[0], &number, sizeof number), 8);
-    return number;
-  }
-  pid_t Pid() const { return m_pid; }
-  void Kill() {
-    kill(m_pid, SIGKILL);
-    Wait();
-  }
-  int Wait() {
-    const int status = m_pid > 0 ? WaitForExit(m_pid) : -1;
-    m_pid = 0;
-    return status;
-  }
-
- private:
-  pid_t m_pid = 0;
-  int m_go[2] = {-1, -1}, m_told[2] = {-1, -1};
 };

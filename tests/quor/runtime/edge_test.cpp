@@ -77,7 +77,7 @@ TEST(Clock, TheCounterAndTheKernelAgreeAndTimeNeverRunsBackwards) {
 TEST(Edge, SixtyThousandNamesAreDistinctAndTheOnesBeyondShareOneThatSaysSo) {
   FakeService service;
   constexpr int kNames = 70000;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     for (int i = 0; i < kNames; ++i) {
       quor_thread_name(("thread " + std::to_string(i)).c_str());
       QUOR_TRACE_INFO(edge_point, "{}", i);
@@ -109,7 +109,7 @@ TEST(Edge, SixtyThousandNamesAreDistinctAndTheOnesBeyondShareOneThatSaysSo) {
 
 TEST(Edge, MorePointsThanTheSegmentHoldsShareOneEntryThatSaysSo) {
   FakeService service;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     static quor_point points[17000];
     static char names[17000][16];
     for (int i = 0; i < 17000; ++i) {
@@ -131,7 +131,7 @@ TEST(Edge, MorePointsThanTheSegmentHoldsShareOneEntryThatSaysSo) {
 
 TEST(Edge, PointsOfTheSameNamesShareAnEntryAndItsSettings) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     static quor_point one = QUOR_POINT_INIT("Same", "Name"), two = QUOR_POINT_INIT("Same", "Name");
     quor_register(&one);
     quor_register(&two);
@@ -153,7 +153,7 @@ TEST(Edge, PointsOfTheSameNamesShareAnEntryAndItsSettings) {
 
 TEST(Edge, TextsAreCutAtALimitOfBytesAndNeverInsideACharacter) {
   FakeService service;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     std::string text(65534, 'x');
     text += "\xC3\xA4";  // a character of two bytes across the limit
     quor_trace(&edge_point, QUOR_INFO, nullptr, 0, text.data(), text.size());
@@ -177,7 +177,7 @@ TEST(Edge, TextsAreCutAtALimitOfBytesAndNeverInsideACharacter) {
 
 TEST(Edge, ATraceHasExactlyOneSeverityTheGravestOfThoseGiven) {
   FakeService service;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     QUOR_TRACE_AT(edge_point, QUOR_INFO | QUOR_ERROR, "two");
     QUOR_TRACE_AT(edge_point, 0u, "none");
     return quor_flush(10000) == 1 ? 0 : 1;
@@ -194,7 +194,7 @@ TEST(Edge, ATraceHasExactlyOneSeverityTheGravestOfThoseGiven) {
 
 TEST(Edge, ABlockSaysItsBeginAndItsEnd) {
   FakeService service;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     {
       QUOR_BLOCK(edge_point, "request {}", 7);
       QUOR_TRACE_WARN(edge_point, "inside");
@@ -214,7 +214,7 @@ TEST(Edge, ABlockSaysItsBeginAndItsEnd) {
 
 TEST(Edge, ABlockOfALongTextSaysAllOfItAtItsEndToo) {
   FakeService service;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     const char* const none = nullptr;
     { QUOR_BLOCK(edge_point, "{} {}", std::string(3000, 'x'), "\xC3\xA4"); }
     QUOR_TRACE_INFO(edge_point, none);
@@ -231,7 +231,7 @@ TEST(Edge, ABlockOfALongTextSaysAllOfItAtItsEndToo) {
 TEST(Edge, WithoutAServiceTracesWaitInTheRingAndNothingFails) {
   FakeService service;
   service.Stop();
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(edge_point, "{}", i);
     self.Tell(static_cast<std::uint64_t>(quor_flush(50)));
     self.AwaitGo();
@@ -249,7 +249,7 @@ TEST(Edge, WithoutAServiceTracesWaitInTheRingAndNothingFails) {
 
 TEST(Edge, AServiceThatComesBackGetsTheSameSegmentAndWhatWasTracedMeanwhile) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     QUOR_TRACE_INFO(edge_point, "before");
     self.AwaitGo();
@@ -276,7 +276,7 @@ TEST(Edge, AServiceThatComesBackGetsTheSameSegmentAndWhatWasTracedMeanwhile) {
 
 TEST(Edge, ARefusedApplicationGoesOnAndAGarblingServiceIsLeft) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     return 0;
@@ -301,7 +301,7 @@ TEST(Edge, ARefusedApplicationGoesOnAndAGarblingServiceIsLeft) {
 
 TEST(Edge, AProgramThatEndsAtOnceStillHandsItsTracesOver) {
   FakeService service;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     QUOR_TRACE_INFO(edge_point, "only");
     exit(0);  // by the normal way: static destructors and the library's own end
     return 1;
@@ -322,7 +322,7 @@ TEST(Edge, TheFirstTraceStartsAServiceOnceWhereThatIsNotForbidden) {
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   setenv("QUOR_QUORD", program.c_str(), 1);
   setenv("QUOR_AUTOSTART", "1", 1);
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(edge_point, "one");
     self.AwaitGo();
     return 0;

@@ -1,9 +1,10 @@
 // A service for tests: accepts one application after the other on a socket of its own and consumes
-// on the test's own thread. And the traced children that it talks to.
+// on the test's own thread.
 #pragma once
 
 #include "seen_app.h"
 #include "support/remove_segments.h"
+#include "support/traced_child.h"
 
 class FakeService {
  public:
@@ -66,53 +67,4 @@ class FakeService {
  private:
   std::string m_folder;
   int m_listener = -1;
-};
-
-// A traced application: `body` in a process of its own, with a pipe to the test for steps.
-class Child {
- public:
-  explicit Child(const std::function<int(Child&)>& body) {
-    EXPECT_EQ(pipe(m_go), 0);
-    EXPECT_EQ(pipe(m_told), 0);
-    m_pid = fork();
-    if (m_pid == 0) _exit(body(*this));
-  }
-  ~Child() {
-    if (m_pid > 0) {
-      kill(m_pid, SIGKILL);
-      Wait();
-    }
-    for (const int end : {m_go[0], m_go[1], m_told[0], m_told[1]}) close(end);
-  }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-
-  // In the child.
-  void Tell(std::uint64_t number) { EXPECT_EQ(write(m_told[1], &number, sizeof number), 8); }
-  void AwaitGo() {
-    char byte;
-    EXPECT_EQ(read(m_go[0], &byte, 1), 1);
-  }
-  // In the test.
-  void Go() { EXPECT_EQ(write(m_go[1], "g", 1), 1); }
-  std::uint64_t Told() {
-    pollfd ready{m_told[0], POLLIN, 0};
-    std::uint64_t number = ~std::uint64_t{0};
-    if (poll(&ready, 1, 20000) != 1 || read(m_told[0], &number, sizeof number) != 8)
-      ADD_FAILURE() << "the child told nothing";
-    return number;
-  }
-  void Kill() { kill(m_pid, SIGKILL); }
-  // The exit status, or 1000 + the signal.
-  int Wait() {
-    int status = 0;
-    if (m_pid <= 0 || waitpid(m_pid, &status, 0) != m_pid) return -1;
-    m_pid = 0;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-  }
-  pid_t Pid() const { return m_pid; }
-
- private:
-  pid_t m_pid = 0;
-  int m_go[2] = {-1, -1}, m_told[2] = {-1, -1};
 };

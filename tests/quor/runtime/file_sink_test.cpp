@@ -74,7 +74,7 @@ std::unique_ptr<SeenApp> AcceptWithFile(FakeService& service, const std::string&
 TEST(FileSink, TracesAreWrittenNumberedAndWithTheirNames) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     for (int i = 0; i < 1000; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
@@ -95,7 +95,7 @@ TEST(FileSink, TracesAreWrittenNumberedAndWithTheirNames) {
 TEST(FileSink, WhatIsBufferedReachesTheFileByItselfSoon) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     QUOR_TRACE_INFO(work_point, "one");
@@ -110,7 +110,7 @@ TEST(FileSink, WhatIsBufferedReachesTheFileByItselfSoon) {
 TEST(FileSink, WithFlushEachTraceIsInTheFileWhenItsCallReturns) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     for (std::uint64_t i = 0;; ++i) {
@@ -124,7 +124,6 @@ TEST(FileSink, WithFlushEachTraceIsInTheFileWhenItsCallReturns) {
   std::uint64_t returned = 0;
   for (int i = 0; i < 200; ++i) returned = app.Told();
   app.Kill();
-  app.Wait();
   const FileTraces file = ReadTrc(path);
   ASSERT_GT(file.texts.size(), returned);
   for (std::size_t i = 0; i <= returned; ++i) ASSERT_EQ(file.texts[i], std::to_string(i));
@@ -133,7 +132,7 @@ TEST(FileSink, WithFlushEachTraceIsInTheFileWhenItsCallReturns) {
 TEST(FileSink, WhatWasStillBufferedWhenTheApplicationIsKilledIsLeftToTheService) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     for (std::uint64_t i = 0;; ++i) {
@@ -147,7 +146,6 @@ TEST(FileSink, WhatWasStillBufferedWhenTheApplicationIsKilledIsLeftToTheService)
   std::uint64_t returned = 0;
   for (int i = 0; i < 2000; ++i) returned = app.Told();
   app.Kill();
-  app.Wait();
   seen->m_consumer.Resume();
   seen->Finish();
   std::set<std::string> kept;
@@ -159,7 +157,7 @@ TEST(FileSink, WhatWasStillBufferedWhenTheApplicationIsKilledIsLeftToTheService)
 TEST(FileSink, FullFilesAreNumberedAwayAndEachCanBeOpenedByItself) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     const std::string filling(1000, 'x');
@@ -193,7 +191,7 @@ TEST(FileSink, TheFileOfAnEarlierRunIsKept) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
   std::ofstream(path) << "earlier";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     QUOR_TRACE_INFO(work_point, "new");
@@ -213,7 +211,7 @@ TEST(FileSink, AFileThatAnotherProcessIsWritingIsLeftAlone) {
   const std::string path = service.Folder() + "/a.trc";
   const int other = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   ASSERT_EQ(flock(other, LOCK_EX), 0);
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     QUOR_TRACE_INFO(work_point, "mine");
@@ -232,7 +230,7 @@ TEST(FileSink, AFileThatAnotherProcessIsWritingIsLeftAlone) {
 TEST(FileSink, AFileThatCannotBeOpenedIsReportedAndItsTracesAreCounted) {
   FakeService service;
   const std::string path = service.Folder() + "/no/such/folder.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
@@ -260,7 +258,7 @@ TEST(FileSink, AFileThatCannotBeOpenedIsReportedAndItsTracesAreCounted) {
 TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
@@ -320,7 +318,7 @@ TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
 TEST(FileSink, TheRingIsHandedOverWithoutLossWhenTheSinkChanges) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     std::atomic<bool> on{true};
     std::thread worker([&] {
@@ -371,7 +369,7 @@ TEST(FileSink, TheRingIsHandedOverWithoutLossWhenTheSinkChanges) {
 TEST(FileSink, WithFlushAFullDiskNeitherEndsTheApplicationNorChangesItsErrno) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     const rlimit limit{20'000, 20'000};
     setrlimit(RLIMIT_FSIZE, &limit);
@@ -396,7 +394,7 @@ TEST(FileSink, WithFlushAFullDiskNeitherEndsTheApplicationNorChangesItsErrno) {
 
 TEST(FileSink, WhatAFileLostIsReportedBeforeAnotherSinkTakesOver) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
@@ -418,7 +416,7 @@ TEST(FileSink, WhatAFileLostIsReportedBeforeAnotherSinkTakesOver) {
 
 TEST(FileSink, WhatAFileLostIsReportedBeforeTheProcessEnds) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
@@ -437,7 +435,7 @@ TEST(FileSink, WhatAFileLostIsReportedBeforeTheProcessEnds) {
 
 TEST(FileSink, AReportThatFoundNoServiceGoesToTheNextOne) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
@@ -463,7 +461,7 @@ TEST(FileSink, AReportThatFoundNoServiceGoesToTheNextOne) {
 TEST(FileSink, AnotherSinkTakesOverAlthoughTheApplicationNeverPauses) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     std::atomic<bool> on{true};
     std::vector<std::thread> workers;
@@ -491,7 +489,7 @@ TEST(FileSink, AnotherSinkTakesOverAlthoughTheApplicationNeverPauses) {
 TEST(FileSink, ARelativePathStaysWhereItWasWhenTheApplicationChangesItsFolder) {
   FakeService service;
   const std::string folder = service.Folder();
-  Child app([&](Child& self) {
+  TracedChild app([&](TracedChild& self) {
     if (chdir(folder.c_str()) != 0) return 1;
     quor_application("orders");
     self.AwaitGo();

@@ -23,7 +23,7 @@ QUOR_POINT(query_point, "Database", "Query");
 
 TEST(Live, ATraceArrivesWithAllThatItKnowsOfItself) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     QUOR_TRACE_AT(connect_point, QUOR_WARN, "connected to {} in {} ms", std::string("db"), 12);
     self.AwaitGo();
@@ -56,7 +56,7 @@ TEST(Live, DateAndTimeAreUtcAndTheTicCountIsPicosecondsOfTheMonotonicClock) {
   timespec before{}, after{};
   const auto wall = std::chrono::system_clock::now();
   clock_gettime(CLOCK_MONOTONIC, &before);
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     for (int i = 0; i < 300; ++i) {
       QUOR_TRACE_INFO(connect_point, "tick");
       poll(nullptr, 0, i % 10 == 0 ? 1 : 0);  // beyond the first lines of the clock
@@ -104,7 +104,7 @@ TEST(Live, DateAndTimeAreUtcAndTheTicCountIsPicosecondsOfTheMonotonicClock) {
 
 TEST(Live, DeclaredPointsAreInTheTraceMapBeforeTheFirstTrace) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     return 0;
@@ -120,7 +120,7 @@ TEST(Live, DeclaredPointsAreInTheTraceMapBeforeTheFirstTrace) {
 
 TEST(Live, WithoutANameTheApplicationIsItsExecutableAndALaterNameIsToldAnew) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(connect_point, "early");
     self.AwaitGo();
     quor_application("late");
@@ -148,7 +148,7 @@ TEST(Live, WithoutANameTheApplicationIsItsExecutableAndALaterNameIsToldAnew) {
 
 TEST(Live, SettingsSwitchedLiveTakeEffectWithinAHundredMilliseconds) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(connect_point, "first");
     for (std::uint64_t step = 0;; ++step) {
       self.AwaitGo();
@@ -185,7 +185,7 @@ TEST(Live, SettingsSwitchedLiveTakeEffectWithinAHundredMilliseconds) {
 
 TEST(Live, EverythingWhoseCallReturnedIsInTheRingWhenTheApplicationIsKilledInABurst) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(connect_point, "first");
     self.AwaitGo();
     for (std::uint64_t i = 0;; ++i) {
@@ -199,8 +199,7 @@ TEST(Live, EverythingWhoseCallReturnedIsInTheRingWhenTheApplicationIsKilledInABu
   app.Go();
   std::uint64_t returned = 0;
   for (int i = 0; i < 2000; ++i) returned = app.Told();
-  app.Kill();
-  EXPECT_EQ(app.Wait(), 1000 + SIGKILL);
+  EXPECT_EQ(app.Kill(), 1000 + SIGKILL);
   seen->Finish();
   EXPECT_EQ(seen->m_drops, 0u);
   ASSERT_GE(seen->m_traces.size(), returned + 2);
@@ -211,7 +210,7 @@ TEST(Live, EverythingWhoseCallReturnedIsInTheRingWhenTheApplicationIsKilledInABu
 TEST(Live, AFullRingDropsTheNewestAndCountsThemExactlyWhereItHappened) {
   FakeService service;
   setenv("QUOR_RING_MIB", "1", 1);
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(connect_point, "first");
     self.AwaitGo();
     for (int i = 0; i < 50000; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
@@ -243,7 +242,7 @@ TEST(Live, EightThreadsHammeringLoseNothingThatIsNotCounted) {
   FakeService service;
   setenv("QUOR_RING_MIB", "32", 1);
   constexpr int kThreads = 8, kEach = 20000;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t)
       threads.emplace_back([t] {
@@ -284,7 +283,7 @@ TEST(Live, EightThreadsHammeringLoseNothingThatIsNotCounted) {
 
 TEST(Live, AForkedChildIsAnApplicationOfItsOwnAndTheParentIsUntouched) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     quor_thread_name("main");
     QUOR_TRACE_INFO(connect_point, "parent before");
@@ -330,7 +329,7 @@ TEST(Live, AForkedChildIsAnApplicationOfItsOwnAndTheParentIsUntouched) {
 
 TEST(Live, AStormOfSignalHandlersThatTraceLosesNothing) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     static std::atomic<int> handled{0};
     static constexpr char kText[] = "in the handler";
     quor_application("storm");
@@ -375,7 +374,7 @@ TEST(Live, AStormOfSignalHandlersThatTraceLosesNothing) {
 
 TEST(Live, APointThatIsOffDoesNotEvaluateItsArguments) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     int evaluated = 0;
     const auto touch = [&] { return ++evaluated; };
     // Even at its first use, before it is registered.
@@ -395,7 +394,7 @@ TEST(Live, APointThatIsOffDoesNotEvaluateItsArguments) {
 
 TEST(Live, LocationAndStackAreRecordedOnDemand) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     while (!quor_on(&connect_point, QUOR_VERBOSE)) poll(nullptr, 0, 1);

@@ -24,7 +24,7 @@ std::unique_ptr<SeenApp> AcceptAndSet(FakeService& service, std::uint32_t settin
 
 TEST(Process, ErrnoIsWhatItWasAfterEveryCall) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     errno = 77;
     quor_application("orders");
     static quor_point late = QUOR_POINT_INIT("Process", "Late");
@@ -45,7 +45,7 @@ TEST(Process, ErrnoIsWhatItWasAfterEveryCall) {
 
 TEST(Process, AHandlerOnASmallStackTracesWithoutACallStackInsteadOfRunningOverItsEnd) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     static char small[16 * 1024];
     quor_application("orders");
     self.AwaitGo();
@@ -73,7 +73,7 @@ TEST(Process, AHandlerOnASmallStackTracesWithoutACallStackInsteadOfRunningOverIt
 
 TEST(Process, APointThatIsDeclaredTwiceIsOnePoint) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     static quor_point twice = QUOR_POINT_INIT("Process", "Twice");
     quor_declare(&twice);
     quor_declare(&twice);
@@ -92,7 +92,7 @@ TEST(Process, APointThatIsDeclaredTwiceIsOnePoint) {
 
 TEST(Process, TheLastOfTwoApplicationNamesHolds) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("library");
     quor_application("program");
     quor_application(nullptr);
@@ -114,7 +114,7 @@ TEST(Process, TheLastOfTwoApplicationNamesHolds) {
 TEST(Process, ALibraryWithTracePointsStaysWhenItIsClosed) {
   FakeService service;
   const std::string plugin = getenv("QUOR_PLUGIN");
-  Child app([&](Child& self) {
+  TracedChild app([&](TracedChild& self) {
     quor_application("orders");
     void* const library = dlopen(plugin.c_str(), RTLD_NOW);
     if (!library) return 1;
@@ -140,7 +140,7 @@ TEST(Process, ALibraryWithTracePointsStaysWhenItIsClosed) {
 
 TEST(Process, ATraceThatFoundNoRingIsToldByTheFirstOneThatThereIs) {
   FakeService service;
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     Runtime::Get().CountLost();  // as a handler does that interrupted the start
     QUOR_TRACE_INFO(process_point, "first");
     Runtime::Get().CountLost();
@@ -159,7 +159,7 @@ TEST(Process, ATraceThatFoundNoRingIsToldByTheFirstOneThatThereIs) {
 
 TEST(Process, AChildThatCanHaveNoRingCountsForItselfAndLeavesTheParentsAlone) {
   FakeService service;
-  Child app([](Child&) {
+  TracedChild app([](TracedChild&) {
     quor_application("orders");
     QUOR_TRACE_INFO(process_point, "parent");
     const pid_t child = fork();
@@ -191,7 +191,7 @@ TEST(Process, AChildThatCanHaveNoRingCountsForItselfAndLeavesTheParentsAlone) {
 TEST(Process, CountsThatAnotherProcessSpoiltLeadTheApplicationNowhere) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     quor_application("orders");
     QUOR_TRACE_INFO(process_point, "sound");
     self.AwaitGo();
@@ -236,7 +236,7 @@ TEST(Process, AServiceThatWasThereAndWasStoppedIsNotStartedAgain) {
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   setenv("QUOR_QUORD", program.c_str(), 1);
   setenv("QUOR_AUTOSTART", "1", 1);
-  Child app([](Child& self) {
+  TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(process_point, "one");
     self.AwaitGo();
     return 0;

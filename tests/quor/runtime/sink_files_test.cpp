@@ -92,7 +92,7 @@ void FillToTheLimit(quor_point& last, bool named) {
   const std::string path = service.Folder() + "/a.trc";
   constexpr std::uint64_t kLimit = 1 << 20;
   constexpr std::size_t kRecordBytes = 1 + 44;
-  Child app([&](Child& self) {
+  TracedChild app([&](TracedChild& self) {
     quor_application("orders");
     self.AwaitGo();
     const auto left = [&path] { return kLimit - std::filesystem::file_size(path); };

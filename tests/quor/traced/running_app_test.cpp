@@ -1,0 +1,235 @@
+// When an instance ends: its owner's death is the end of a lock, whatever descriptors say.
+#include "quor/traced/running_app.h"
+
+#include <sys/mman.h>
+#include <sys/socket.h>
+
+#include "quor/catalogue/catalogue_store.h"
+#include "quor/ring/link_socket.h"
+#include "quor/ring/ring_producer.h"
+#include "quor/ring/trace_bytes.h"
+#include "support/traced_child.h"
+
+namespace {
+
+// The file of a segment.
+class SegmentFile {
+ public:
+  SegmentFile() : m_file(memfd_create("segment", MFD_CLOEXEC)) {}
+  ~SegmentFile() { close(m_file); }
+  SegmentFile(const SegmentFile&) = delete;
+  SegmentFile& operator=(const SegmentFile&) = delete;
+  int Duplicate() const { return dup(m_file); }
+  // In a child, on a descriptor of its own: only it and its copies hold the lock.
+  SegmentMap Make() const {
+    SegmentMap segment;
+    const std::string path = "/proc/self/fd/" + std::to_string(m_file);
+    EXPECT_TRUE(segment.Create({16, 4096, 1u << 20}, 1, 42, open(path.c_str(), O_RDWR)));
+    return segment;
+  }
+
+ private:
+  const int m_file;
+};
+
+class RunningAppTest : public testing::Test, public RunningApp::Home {
+ protected:
+  static void Trace(const SegmentMap& segment, int count) {
+    RingProducer producer(segment);
+    for (int i = 0; i < count; ++i) {
+      RingProducer::Slot slot;
+      EXPECT_TRUE(producer.Reserve(RawTrace::kFixedBytes, slot));
+      StoreRecord(slot.record, {});
+      producer.Commit(slot);
+    }
+  }
+
+  // The service's side of an owner that has made its segment; its link, when it has one.
+  AppArrival Arrival(const SegmentFile& file, pid_t pid, int link = -1) {
+    AppArrival arrival{{}, {}, OwnedDescriptor(m_io), static_cast<std::uint32_t>(pid), {}};
+    arrival.hello.app = "orders";
+    const char* why = "";
+    EXPECT_TRUE(arrival.segment.Open(file.Duplicate(), &why)) << why;
+    if (link >= 0) arrival.socket.assign(link);
+    return arrival;
+  }
+  std::shared_ptr<RunningApp> Make(AppArrival& arrival) {
+    return std::make_shared<RunningApp>(m_io, *this, *m_catalogue.Enter("orders"), "here", arrival);
+  }
+  std::shared_ptr<RunningApp> Found(const SegmentFile& file, pid_t pid) {
+    AppArrival arrival = Arrival(file, pid);
+    auto app = Make(arrival);
+    app->StartFound(false);
+    return app;
+  }
+  // Runs what is due until the condition holds.
+  bool RunsUntil(const std::function<bool()>& condition) {
+    return WaitFor([&] { return m_calls += m_io.poll(), condition(); });
+  }
+  // Until it has looked several times after a reason; `more`: and goes on for as long as it takes.
+  bool RunsThroughLooks(bool more = false) {
+    const std::size_t calls = m_calls + (more ? 8 : 5);
+    return RunsUntil([&] { return m_calls >= calls; });
+  }
+  // Delivered and lost.
+  std::uint64_t Serials() const {
+    std::uint64_t sum = 0;
+    for (const auto& source : m_hub.Sources()) sum += source->serial;
+    return sum;
+  }
+  void ExpectTaken(std::uint64_t traces) {
+    EXPECT_EQ(m_hub.Taken(), traces);
+    EXPECT_EQ(Serials(), traces);
+  }
+
+  asio::io_context m_io;
+  Hub m_hub;
+  int m_ended = 0;
+  std::size_t m_calls = 0;
+  const SegmentFile m_file;
+
+ private:
+  CatalogueApp* EntryFor(const std::string& name) override { return m_catalogue.Enter(name); }
+  std::uint32_t EnterTrace(CatalogueApp&, const TracedPoint&) override { return kNoTraceId; }
+  std::uint32_t DefaultSettings() const override { return kDefaultSettings; }
+  Hub& HubFor(const LinkSink&) override { return m_hub; }
+  void OnRenamed(RunningApp&, CatalogueApp&, CatalogueApp&) override {}
+  void OnEnded(RunningApp&) override { ++m_ended; }
+
+  Catalogue m_catalogue{nullptr, kDefaultSettings};
+};
+
+// The two ends of a link.
+struct Link {
+  Link() { EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends), 0); }
+  ~Link() { close(ends[0]); }
+  Link(const Link&) = delete;
+  Link& operator=(const Link&) = delete;
+  // Children hold copies of it.
+  void Break() { shutdown(ends[0], SHUT_RDWR); }
+  // What its owner says when the service sleeps.
+  void Call() { EXPECT_TRUE(SendOnLink(ends[0], EncodeCall())); }
+  int ends[2] = {-1, -1};  // the application's and the service's, which the service closes
+};
+
+TEST_F(RunningAppTest, ACopyOfItsProcessThatHoldsTheLockKeepsItAndItsTraces) {
+  Link link;
+  TracedChild parent([this](TracedChild& self) {
+    const SegmentMap segment = m_file.Make();
+    self.Tell(1);
+    if (fork() != 0) return 0;
+    self.AwaitGo();
+    Trace(segment, 1000);
+    self.Tell(2);
+    self.AwaitGo();
+    Trace(segment, 500);
+    _exit(0);
+  });
+  ASSERT_EQ(parent.Told(), 1u);
+  AppArrival arrival = Arrival(m_file, parent.Pid(), link.ends[1]);
+  const auto app = Make(arrival);
+  app->Start(std::move(arrival));
+  EXPECT_EQ(parent.Wait(), 0);
+  EXPECT_TRUE(RunsThroughLooks());
+  EXPECT_EQ(m_ended, 0);
+  parent.Go();
+  EXPECT_EQ(parent.Told(), 2u);
+  link.Call();
+  EXPECT_TRUE(RunsUntil([this] { return m_hub.Taken() == 1000; }));
+  EXPECT_EQ(m_ended, 0);
+  parent.Go();
+  EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
+  ExpectTaken(1500);
+}
+
+TEST_F(RunningAppTest, OneWhoseProcessCannotBeWatchedEndsWithItsLock) {
+  TracedChild stranger([](TracedChild&) { return 0; });
+  const pid_t gone = stranger.Pid();
+  EXPECT_EQ(stranger.Wait(), 0);
+  TracedChild owner([this](TracedChild& self) {
+    const SegmentMap segment = m_file.Make();
+    self.Tell(1);
+    self.AwaitGo();
+    Trace(segment, 700);
+    kill(getpid(), SIGKILL);
+    return 0;
+  });
+  ASSERT_EQ(owner.Told(), 1u);
+  const auto app = Found(m_file, gone);
+  EXPECT_TRUE(RunsThroughLooks(true));
+  EXPECT_EQ(m_ended, 0);
+  owner.Go();
+  EXPECT_EQ(owner.Wait(), 1000 + SIGKILL);
+  EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
+  ExpectTaken(700);
+}
+
+TEST_F(RunningAppTest, TheEndOfItsLinkIsNotItsEnd) {
+  Link first, second;
+  TracedChild owner([this](TracedChild& self) {
+    const SegmentMap segment = m_file.Make();
+    self.Tell(1);
+    self.AwaitGo();
+    Trace(segment, 300);
+    self.Tell(2);
+    self.AwaitGo();
+    Trace(segment, 50);
+    return 0;
+  });
+  ASSERT_EQ(owner.Told(), 1u);
+  AppArrival arrival = Arrival(m_file, owner.Pid(), first.ends[1]);
+  const auto app = Make(arrival);
+  app->Start(std::move(arrival));
+  first.Break();
+  EXPECT_TRUE(RunsThroughLooks());
+  EXPECT_EQ(m_ended, 0);
+  owner.Go();
+  EXPECT_EQ(owner.Told(), 2u);
+  app->Relink(Arrival(m_file, owner.Pid(), second.ends[1]));
+  EXPECT_TRUE(RunsUntil([this] { return m_hub.Taken() == 300; }));
+  EXPECT_EQ(m_ended, 0);
+  owner.Go();
+  EXPECT_EQ(owner.Wait(), 0);
+  EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
+  ExpectTaken(350);
+}
+
+// The reactor may tell a wait what was meant for a descriptor that was closed in the same turn.
+TEST_F(RunningAppTest, AReadinessThatWasMeantForAnEarlierDescriptorEndsNobody) {
+  const auto owns = [](const SegmentFile& file) {
+    return [&file](TracedChild& self) {
+      const SegmentMap segment = file.Make();
+      self.Tell(1);
+      self.AwaitGo();
+      Trace(segment, 20);
+      return 0;
+    };
+  };
+  const SegmentFile earlier;
+  TracedChild gone(owns(earlier)), owner(owns(m_file));
+  ASSERT_EQ(gone.Told() + owner.Told(), 2u);
+  std::shared_ptr<RunningApp> first = Found(earlier, gone.Pid()), second;
+  int pipe[2];
+  ASSERT_EQ(pipe2(pipe, O_CLOEXEC), 0);
+  OwnedDescriptor before(m_io, pipe[0]);
+  before.async_wait(OwnedDescriptor::wait_read, [&](const std::error_code&) {
+    first->Stop();
+    second = Found(m_file, owner.Pid());
+  });
+  EXPECT_EQ(m_io.poll(), 0u);
+  // Both are told in one turn, in this order.
+  EXPECT_EQ(write(pipe[1], "x", 1), 1);
+  gone.Go();
+  EXPECT_EQ(gone.Wait(), 0);
+  m_io.poll();
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(m_io.run_for(std::chrono::milliseconds(100)), 0u) << "it has no reason to look";
+  EXPECT_EQ(m_ended, 0);
+  owner.Go();
+  EXPECT_EQ(owner.Wait(), 0);
+  EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
+  ExpectTaken(20);
+  close(pipe[1]);
+}
+
+}  // namespace

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr std::uint64_t kMegabyte = 1024 * 1024;
-// Readers take less than 4 GiB.
 constexpr std::uint64_t kNameRecordBytes = 5;
 
 bool Say(std::string* why, const std::string& path, const char* words) {

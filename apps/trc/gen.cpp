@@ -16,7 +16,6 @@
 namespace {
 
 constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
-// Readers take less than 4 GiB.
 constexpr std::uint64_t kLeastTraceBytes = RawTrace::kFixedBytes + 1;
 
 class Generator {

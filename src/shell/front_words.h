@@ -10,8 +10,8 @@
 class CMDIChildWnd;
 
 struct FrontWords {
-  std::string
-      message;  // "paused, capturing to web.trc", "damaged: 406 bytes skipped", a source's path
+  // "paused, capturing to web.trc", "damaged: 406 bytes skipped", a source's path
+  std::string message;
   std::string details;  // the whole of it, for a tool tip; empty when there is no more
   std::string rows;     // "26,782 of 2,000,000 traces"
 };

@@ -1,8 +1,7 @@
 // A document whose text is edited in a control: plain text, from and to a file.
 //
-// Saving   The save command asks for a name and suggests the file that was opened. The question of
-// a
-//          window that closes saves in place.
+// Saving   The save command asks for a name and suggests the file that was opened. The question
+//          of a window that closes saves in place.
 // Owner    The text lives in the first view's control from its first update on; the document keeps
 //          what it read last, for that update.
 // Errors   Words in a box, where a file cannot be read, shown or written.

@@ -120,8 +120,7 @@ bool SegmentMap::Create(const SegmentSizes& sizes, std::uint64_t startedNs, std:
   SegmentLayout layout = LayoutFor(sizes);
   const std::uint64_t bytes = std::uint64_t{layout.ringOffset} + layout.ringBytes;
   int descriptor = file;
-  if (descriptor < 0 && SizesAreSane(layout))
-    descriptor = memfd_create("quor", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+  if (descriptor < 0 && SizesAreSane(layout)) descriptor = memfd_create("quor", MFD_CLOEXEC);
   if (descriptor < 0) return false;
   m_descriptor = KnownDescriptor(descriptor);
   const int number = m_descriptor.Get();

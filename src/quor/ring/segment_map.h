@@ -2,10 +2,9 @@
 //
 // Shape    Layout() is this process's own copy of the header's numbers, checked once.
 // Owner    Holds the descriptor and the mapping until its end.
-// Errors   False and a reason. A segment that does not lie in memory, is too short, or whose
-// numbers
-//          contradict each other is refused. Another process may cut the file of an opened one at
-//          any time: who reads it guards the memory (base/fault_guard.h). Open reads none of it.
+// Errors   False and a reason. A segment that does not lie in memory, is too short, or has numbers
+//          that contradict each other is refused. Another process may cut the file of an opened one
+//          at any time: who reads it guards the memory (base/fault_guard.h). Open reads none of it.
 // Threads  Create, Open and destruction: one. The memory itself: see segment.h.
 #pragma once
 

@@ -3,8 +3,7 @@
 //
 // Owner    Borrows its finder.
 // Errors   Open: false and a reason. When more came at once than the kernel keeps words of, all
-// that
-//          are there are told again.
+//          that are there are told again.
 // Threads  The service's one thread.
 #pragma once
 

@@ -18,16 +18,21 @@ constexpr std::size_t kItemRoom = 4096;
 constexpr nanoseconds kFastestTrace{10}, kAgeStep{std::chrono::milliseconds(20)};
 constexpr const char* kUnnamed = "application";
 
+nanoseconds SinceZero(const timespec& time) {
+  return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
+}
+
+nanoseconds NowOn(clockid_t clock) {
+  timespec now{};
+  clock_gettime(clock, &now);
+  return SinceZero(now);
+}
+
 // How long the file has been there, by the kernel's account: no earlier than it says.
 nanoseconds AgeOf(const SegmentMap& segment) {
   struct stat status {};
-  timespec now{};
-  if (fstat(segment.Descriptor(), &status) != 0 || clock_gettime(CLOCK_REALTIME, &now) != 0)
-    return {};
-  const auto since = [](const timespec& time) {
-    return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
-  };
-  return std::max(nanoseconds(0), since(now) - since(status.st_ctim));
+  if (fstat(segment.Descriptor(), &status) != 0) return {};
+  return AgeOfChange(SinceZero(status.st_ctim), NowOn(CLOCK_REALTIME), NowOn(CLOCK_BOOTTIME));
 }
 
 FaultGuard GuardOf(const SegmentMap& segment) {
@@ -35,6 +40,10 @@ FaultGuard GuardOf(const SegmentMap& segment) {
 }
 
 }  // namespace
+
+nanoseconds AgeOfChange(nanoseconds changed, nanoseconds now, nanoseconds uptime) {
+  return changed <= now ? now - changed : uptime;
+}
 
 std::string AppNameIn(const SegmentMap& segment) {
   const FaultGuard guard = GuardOf(segment);

@@ -3,9 +3,8 @@
 // Shape    Between Begin and Pause the service is the taker of the ring.
 // Owner    Holds the segment.
 // Errors   Nothing in the segment is trusted. When it contradicts itself, or counts more traces
-// than
-//          there can have been since it was made, the application is broken: nothing is read any
-//          more, and the reason is told once.
+//          than there can have been since it was made, the application is broken: nothing is read
+//          any more, and the reason is told once.
 // Threads  One.
 #pragma once
 
@@ -89,6 +88,12 @@ class TracedApp {
   std::chrono::nanoseconds m_ageAtStart;
   const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
+
+// The age of what changed at that time of day. Where the clock has been set back since, the change
+// lies ahead and is as old as the machine's run at the most: no application is to be taken for a
+// liar because of that.
+std::chrono::nanoseconds AgeOfChange(std::chrono::nanoseconds changed, std::chrono::nanoseconds now,
+                                     std::chrono::nanoseconds uptime);
 
 // One of an earlier service, which may not have brought all of it to its monitors: they learn how
 // far it came.

@@ -1,8 +1,7 @@
 // The search of the help: a field, and where the hit that is shown stands among all.
 //
-// Shape    Hits are counted over all pages, from the page that shows on; letters are compared
-// without
-//          their case.
+// Shape    Hits are counted over all pages, from the page that shows on. Capitals and small letters
+//          are the same.
 // Owner    Borrows the browser, which must show a page by `show`.
 // Threads  Interface thread.
 #pragma once

@@ -41,4 +41,12 @@ TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
     ASSERT_EQ(points[i].component, "point " + std::to_string(i));
 }
 
+TEST(TracedApp, AClockThatIsSetBackMakesNoApplicationALiar) {
+  using std::chrono::hours, std::chrono::seconds;
+  EXPECT_EQ(AgeOfChange(hours(10), hours(12), hours(30)), hours(2));
+  EXPECT_EQ(AgeOfChange(hours(10), hours(10), hours(30)), seconds(0));
+  // The segment was made at ten; by now the clock says nine again.
+  EXPECT_EQ(AgeOfChange(hours(10), hours(9), hours(30)), hours(30));
+}
+
 }  // namespace

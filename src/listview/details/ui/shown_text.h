@@ -1,8 +1,7 @@
 // A trace's text as an edit shows it, and where its bytes stand there.
 //
-// Shape    Lines that end in CR LF, UTF-8; an edit has one character for each line's end, and
-// counts
-//          in UTF-16 units.
+// Shape    Lines that end in CR LF, UTF-8. An edit has one character for each line's end, and
+//          counts in UTF-16 units.
 // Threads  Pure.
 #pragma once
 

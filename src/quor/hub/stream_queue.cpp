@@ -1,6 +1,5 @@
 #include "quor/hub/stream_queue.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -54,36 +53,14 @@ void StreamQueue::DropOldest() {
   m_bytes -= Cost(*oldest);
   m_traces -= oldest->traces;
   m_gapReason = m_paused ? "the monitor is paused" : m_limits.tooSlow;
-  for (const SourceDelta& delta : oldest->sources) {
-    const auto known = std::find_if(m_gap.begin(), m_gap.end(), [&delta](const SourceDelta& gap) {
-      return gap.source == delta.source;
-    });
-    SourceDelta& gap =
-        known != m_gap.end() ? *known : m_gap.emplace_back(SourceDelta{delta.source, 0, 0});
-    gap.lost += delta.traces + delta.lost;
-  }
-  m_gapForgotten.insert(m_gapForgotten.end(), oldest->forgotten.begin(), oldest->forgotten.end());
-}
-
-SharedBatch StreamQueue::GapBatch() {
-  BatchBuilder builder(m_names);
-  std::size_t told = 0;
-  for (; told < m_gap.size() && !builder.IsFull(); ++told) {
-    const SourceDelta& gap = m_gap[told];
-    const std::size_t names =
-        gap.source->machine.size() + gap.source->app.size() + gap.source->pid.size() + 1024;
-    if (!builder.IsEmpty() && (m_limits.oneSourceEach || !builder.HasRoom(1024, names))) break;
-    if (gap.lost != 0) builder.AppendLoss(gap.source, gap.lost, m_gapReason);
-  }
-  m_gap.erase(m_gap.begin(), m_gap.begin() + static_cast<std::ptrdiff_t>(told));
-  // Behind the last word on them.
-  if (m_gap.empty())
-    for (const auto& source : std::exchange(m_gapForgotten, {})) builder.AppendForgotten(source);
-  return builder.Seal();
+  for (const SourceDelta& delta : oldest->sources)
+    m_gap.Add(delta.source, delta.traces + delta.lost);
+  for (const auto& source : oldest->forgotten)
+    m_gap.Forget(source, m_ledger.contains(source.get()));
 }
 
 SharedBatch StreamQueue::TakeNext() {
-  if (HasGap()) return GapBatch();
+  if (!m_gap.IsEmpty()) return m_gap.Take(m_names, m_limits.oneSourceEach, m_gapReason);
   SharedBatch batch = std::move(m_batches.front());
   m_batches.pop_front();
   m_bytes -= Cost(*batch);

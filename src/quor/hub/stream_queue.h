@@ -4,7 +4,7 @@
 //          each outgoing batch come the names that this stream has not been sent, and the ledger of
 //          its sources: serial = where the stream began + delivered + lost.
 // Owner    Shares the batches.
-// Errors   A full queue drops its oldest batches.
+// Errors   A full queue drops its oldest batches. What is kept of them is bounded as well.
 // Threads  One.
 #pragma once
 
@@ -12,6 +12,7 @@
 #include <unordered_map>
 
 #include "quor/hub/batch.h"
+#include "quor/hub/stream_gap.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
 
@@ -43,7 +44,7 @@ class StreamQueue {
   void Pause() { m_paused = true; }
   void Resume() { m_paused = false; }
   bool IsPaused() const { return m_paused; }
-  bool IsEmpty() const { return m_batches.empty() && !HasGap(); }
+  bool IsEmpty() const { return m_batches.empty() && m_gap.IsEmpty(); }
   std::size_t WaitingBytes() const { return m_bytes; }
   // The other side knows nothing of this stream any more: it begins anew, with these batches, which
   // were given out and did not arrive.
@@ -58,15 +59,12 @@ class StreamQueue {
   void DropOldest();
   Entry& EntryOf(const std::shared_ptr<Source>& source);
   SharedBatch TakeNext();
-  bool HasGap() const { return !m_gap.empty() || !m_gapForgotten.empty(); }
-  SharedBatch GapBatch();
   void PutWords(const Batch& batch, quor::wire::Ledger& ledger);
 
   HubNames& m_names;
   const StreamLimits m_limits;
   std::deque<SharedBatch> m_batches;
-  std::vector<SourceDelta> m_gap;  // dropped in front of the first batch
-  std::vector<std::shared_ptr<Source>> m_gapForgotten;
+  StreamGap m_gap;  // dropped in front of the first batch
   const char* m_gapReason = "";
   std::size_t m_bytes = 0;
   std::uint64_t m_traces = 0;

@@ -156,6 +156,43 @@ TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
   EXPECT_EQ(monitor.gaps, 280u * 7 + 500);
 }
 
+TEST_F(Absence, OfThoseThatCameAndWentDuringALongPauseTheSumIsTold) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  Request pause, resume;
+  pause.mutable_pause();
+  resume.mutable_resume();
+  ASSERT_EQ(monitor.Ask(pause).error(), quor::wire::ERROR_NONE);
+  constexpr int kApps = 450, kTraces = 100;
+  for (int i = 0; i < kApps; ++i) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+      quor_application("short");
+      Trace(0, kTraces);
+      _exit(0);
+    }
+    ASSERT_EQ(WaitForExit(pid), 0);
+    monitor.Beat();
+  }
+  const std::string ended = "has ended";
+  EXPECT_TRUE(WaitFor([&] {
+    monitor.Beat();
+    const std::string log = quord.Log();
+    int count = 0;
+    for (std::size_t at = 0; (at = log.find(ended, at)) != log.npos; ++at) ++count;
+    return count == kApps;
+  }));
+  ASSERT_EQ(monitor.Ask(resume).error(), quor::wire::ERROR_NONE);
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), Sum() >= kApps * kTraces; })) << Sum();
+  EXPECT_EQ(Sum(), std::uint64_t{kApps * kTraces});
+  // Fewer words than applications that lost something.
+  EXPECT_GT(monitor.lost, 300u * kTraces);
+  EXPECT_LT(monitor.losses.size(), 300u);
+  monitor.Close();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  EXPECT_EQ(monitor.gaps, 0u);
+}
+
 TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {
   quord.Start();
   QuordClient client(quord.SocketPath());

@@ -18,7 +18,8 @@ class FedSource {
  public:
   FedSource(Hub& hub, const std::string& app, std::uint32_t pid = 7) : m_hub(hub) {
     Source source;
-    source.instance[0] = static_cast<std::uint8_t>(pid);
+    for (std::size_t byte = 0; byte < 4; ++byte)
+      source.instance[byte] = static_cast<std::uint8_t>(pid >> (8 * byte));
     source.machine = "here";
     source.app = app;
     source.pid = std::to_string(pid);
@@ -91,12 +92,15 @@ class TakingStream final : public HubStream, public DataSink {
       EXPECT_TRUE(isNew || base == began);
       began = base;
     }
+    for (const auto& word : out.ledger.forgotten_sources()) m_forgotten += word.serial();
   }
   std::uint64_t Delivered() const {
     std::uint64_t sum = 0;
     for (const auto& [instance, word] : ledger) sum += word.delivered();
     return sum;
   }
+  // The sum of those that the stream was told are forgotten.
+  std::uint64_t Forgotten() const { return m_forgotten; }
   std::uint64_t Lost() const {
     std::uint64_t sum = 0;
     for (const auto& [instance, word] : ledger) sum += word.lost();
@@ -126,6 +130,7 @@ class TakingStream final : public HubStream, public DataSink {
   Hub& m_hub;
   StreamQueue m_queue;
   std::vector<std::string> m_lines;
+  std::uint64_t m_forgotten = 0;
   std::map<std::string, std::uint64_t> m_began;
   std::set<std::string> m_known;
 };

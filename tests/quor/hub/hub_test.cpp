@@ -338,6 +338,8 @@ TEST(StreamQueue, AFullQueueTellsWhatWasForgottenBehindTheLossOfIt) {
   Hub hub;
   TakingStream stream(hub, {1000, 0, "too slow", false});
   FedSource one(hub, "orders", 1), two(hub, "billing", 2);
+  one.Trace("told");
+  EXPECT_EQ(stream.Read().size(), 1u);
   one.Trace("a");
   hub.EndSource(one.Get());
   EndMany(hub);
@@ -352,6 +354,32 @@ TEST(StreamQueue, AFullQueueTellsWhatWasForgottenBehindTheLossOfIt) {
   ASSERT_EQ(out.ledger.forgotten_sources_size(), 1);
   ASSERT_TRUE(stream.Queue().Next(out));
   EXPECT_EQ(out.ledger.forgotten_sources_size(), 0);
+}
+
+// For hours, with applications that come and go: no list of them may grow.
+TEST(StreamQueue, APauseKeepsOfTheSourcesThatCameAndWentOnlyTheirSum) {
+  constexpr std::uint64_t kSources = 30000;
+  Hub hub;
+  FedSource steady(hub, "steady", 1);
+  TakingStream stream(hub, {32u << 20, 1000, "too slow"});
+  steady.Trace("before");
+  EXPECT_EQ(stream.Read().size(), 1u);
+  stream.Queue().Pause();
+  for (std::uint32_t i = 0; i < kSources; ++i) {
+    FedSource brief(hub, "brief", i + 2);
+    brief.Trace("of many that nobody waits for");
+    if (i % 2 == 0) brief.Lose(2, "the ring of the application was full");
+    steady.Trace("x");
+    hub.EndSource(brief.Get());
+    hub.Deliver();
+  }
+  stream.Queue().Resume();
+  const Lines lines = stream.Read();
+  // Of those in the backlog and those that the hub still knows each one has a word of its own.
+  EXPECT_LT(lines.size(), 4000u);
+  EXPECT_EQ(stream.Delivered() + stream.Lost(), 1 + kSources * 3);
+  EXPECT_EQ(stream.Forgotten(), hub.Forgotten());
+  EXPECT_GT(hub.Forgotten(), kSources);
 }
 
 TEST(StreamQueue, ASourceThatWasForgottenAndComesBackBeginsAnewBehindItsLastSerial) {

@@ -1,9 +1,9 @@
 #include "convert.h"
 
 #include "base/mapped_file.h"
+#include "base/new_file.h"
 #include "exit_status.h"
 #include "interrupt.h"
-#include "new_file.h"
 #include "output.h"
 #include "progress_line.h"
 #include "records/old_conversion.h"
@@ -35,6 +35,7 @@ int Convert(const MappedFile& old, const ConvertOptions& options) {
   std::string why;
   NewFile file;
   TrcWriter writer(TrcWriter::kBlockBytes);
+  CatchEndSignals();
   if (!file.Begin(options.out, &why) || !writer.Create(file.WriteTo(), &why))
     return Refuse(options.out, why);
   ProgressLine progress;

@@ -4,9 +4,9 @@
 
 #include "base/file_gate.h"
 #include "base/file_stream.h"
+#include "base/new_file.h"
 #include "exit_status.h"
 #include "interrupt.h"
-#include "new_file.h"
 #include "old_sample.h"
 #include "output.h"
 #include "progress_line.h"
@@ -110,6 +110,7 @@ int RunGen(const GenOptions& options) {
   };
   std::string why;
   NewFile file;
+  CatchEndSignals();
   if (!file.Begin(options.out, &why)) return failed(why);
   OpenFile open = CreateForWriting(file.WriteTo(), &why);
   if (!open) return failed(why);

@@ -9,6 +9,7 @@
 bool NewTextFile::Open(const std::string& path) {
   m_path = path;
   std::string why;
+  CatchEndSignals();
   if (m_file.Begin(path, &why) && m_lines.Open(m_file.WriteTo(), &why)) return true;
   Tell("Error opening output file.", why);
   return false;

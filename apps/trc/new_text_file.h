@@ -6,8 +6,8 @@
 
 #include <string>
 
+#include "base/new_file.h"
 #include "listview/export/export_file.h"
-#include "new_file.h"
 
 class NewTextFile {
  public:

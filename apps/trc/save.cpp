@@ -1,8 +1,8 @@
 #include "save.h"
 
+#include "base/new_file.h"
 #include "exit_status.h"
 #include "interrupt.h"
-#include "new_file.h"
 #include "records/trc_writer.h"
 #include "shown_traces.h"
 #include "trace_file.h"
@@ -38,6 +38,7 @@ int Save(ShownTraces& traces, const std::string& path, ProgressLine& progress) {
   std::string why;
   NewFile file;
   TrcWriter writer(TrcWriter::kBlockBytes);
+  CatchEndSignals();
   if (!file.Begin(path, &why) || !writer.Create(file.WriteTo(), &why))
     return failed("Error creating file.", why);
   std::size_t saved = 0;

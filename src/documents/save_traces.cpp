@@ -1,23 +1,64 @@
 #include "documents/save_traces.h"
 
+#include "base/new_file.h"
+#include "documents/trace_pass.h"
 #include "records/trc_writer.h"
 
-bool SaveTraces(Host& host, const std::string& path, NameMap& names, BoxIcon icon,
-                const std::function<void(const TraceSink& sink)>& visit) {
+namespace {
+
+constexpr int kTracesPerSavePart = 256;
+
+class TraceSaving final : public LongWork {
+ public:
+  TraceSaving(CTraceDoc& document, TrcWriter& writer, TraceSource& source)
+      : m_stand(document.m_traces), m_names(document.m_names), m_writer(writer), m_source(source) {}
+
+  bool DoPart() override {
+    // The traces of the source may be gone then.
+    m_good = m_good && m_stand.Holds();
+    for (int i = 0; m_good && i < kTracesPerSavePart; ++i) {
+      const TraceEvent_i* const event = m_source.Next();
+      if (!event) return true;
+      m_good = m_writer.Write(*event, m_names);
+    }
+    return !m_good;
+  }
+  std::optional<int> Progress() const override { return m_source.Progress(); }
+  bool Good() const { return m_good; }
+
+ private:
+  const TraceStand m_stand;
+  NameMap& m_names;
+  TrcWriter& m_writer;
+  TraceSource& m_source;
+  bool m_good = true;
+};
+
+}  // namespace
+
+bool SaveTraces(CTraceDoc& document, const std::string& path, BoxIcon icon, TraceSource& source) {
+  Host& host = document.GetHost();
   const auto failed = [&](const char* text) {
     host.MessageBox({text, icon, BoxButtons::Ok});
     return false;
   };
-  ClearWrittenMarks(names);
+  ClearWrittenMarks(document.m_names);
+  std::string why;
+  NewFile file;
   TrcWriter writer(TrcWriter::kBlockBytes);
-  if (!writer.Create(path)) return failed("Error creating file.");
+  if (!file.Begin(path, &why) || !writer.Create(file.WriteTo(), &why))
+    return failed("Error creating file.");
   if (!writer.WriteHeader()) return failed("Error writing to file.");
   const CWaitCursor wait(host);
-  bool good = true;
-  visit([&](const TraceEvent_i& event) {
-    good = good && writer.Write(event, names);
-    return good;
-  });
+  TraceSaving saving(document, writer, source);
+  if (!RunLongWork(host, &document, {"Tessera", "Saving..."}, saving)) {
+    // A capture that runs writes again what only this file had.
+    ClearWrittenMarks(document.m_names);
+    return false;
+  }
   // The last bytes leave the buffer only at the end, and a full disk may show only then.
-  return (good && writer.Finish()) || failed("Error writing to file.");
+  const bool written = writer.Finish() && saving.Good();
+  // Kept: what was written stays under the name, also behind a write that failed.
+  const bool named = file.Finish(&why);
+  return (written && named) || failed("Error writing to file.");
 }

@@ -1,21 +1,27 @@
-// Writes traces to a .trc file of their own, with the words of a save that fails.
+// Writes traces to a .trc file of their own, as long work, with the words of a save that fails.
 //
-// Shape    Header, then every trace behind the names that it is the first to use: the marks of
-//          `names` are cleared at the start.
-// Owner    Borrows everything for the one call. What was written stays on the disk.
-// Errors   False, and a box has said why.
+// Shape    Header, then every trace behind the names that it is the first to use: the marks of the
+//          document's names are cleared at the start.
+// Owner    Borrows everything for the one call. What was written before a write failed stays on the
+//          disk. A save that the person cancelled leaves no file, and an existing one as it was.
+// Errors   False, and a box has said why; or the person cancelled it.
 // Threads  Interface thread.
 #pragma once
 
-#include <functional>
+#include <optional>
 #include <string>
 
-#include "docview/host.h"
-#include "records/trace_event.h"
+#include "documents/trace_doc.h"
+#include "docview/long_work.h"
 
-// False once a write has failed: nothing more is taken then.
-using TraceSink = std::function<bool(const TraceEvent_i& event)>;
+// The traces that the file gets, in order.
+class TraceSource {
+ public:
+  virtual const TraceEvent_i* Next() = 0;           // null behind the last
+  virtual std::optional<int> Progress() const = 0;  // as that of LongWork
 
-// `visit` hands every trace, in order, to the sink.
-bool SaveTraces(Host& host, const std::string& path, NameMap& names, BoxIcon icon,
-                const std::function<void(const TraceSink& sink)>& visit);
+ protected:
+  ~TraceSource() = default;
+};
+
+bool SaveTraces(CTraceDoc& document, const std::string& path, BoxIcon icon, TraceSource& source);

@@ -3,6 +3,24 @@
 #include "documents/save_traces.h"
 #include "settings/globals.h"
 
+namespace {
+
+class AllTraces final : public TraceSource {
+ public:
+  explicit AllTraces(const TraceList_t& traces) : m_traces(traces) {}
+
+  const TraceEvent_i* Next() override {
+    return m_next < m_traces.size() ? m_traces[m_next++] : nullptr;
+  }
+  std::optional<int> Progress() const override { return Thousandths(m_next, m_traces.size()); }
+
+ private:
+  const TraceList_t& m_traces;
+  std::size_t m_next = 0;
+};
+
+}  // namespace
+
 CTraceDoc::CTraceDoc(Host& host) : CDocument(host) {
   MapCommand(
       ID_EDIT_CLEAR_ALL,
@@ -41,10 +59,8 @@ void CTraceDoc::DeleteContents() {
 }
 
 bool CTraceDoc::OnSaveDocument(const std::string& path) {
-  return SaveTraces(GetHost(), path, m_names, BoxIcon::Stop, [this](const TraceSink& sink) {
-    for (std::size_t i = 0; i < m_traces.size(); ++i)
-      if (!sink(*m_traces[i])) return;
-  });
+  AllTraces all(m_traces);
+  return SaveTraces(*this, path, BoxIcon::Stop, all);
 }
 
 bool CTraceDoc::SaveModified() {

@@ -10,29 +10,20 @@ constexpr std::uint64_t kThousandthsForTraces = 950;
 
 }  // namespace
 
-TracePass::TracePass(const CTraceDoc& document)
-    : m_traces(document.m_traces),
-      m_generation(m_traces.Generation()),
-      m_popped(m_traces.Popped()),
-      m_all(m_traces.size()) {}
-
-bool TracePass::IsVoid() const {
-  return m_traces.Generation() != m_generation || m_traces.Popped() != m_popped ||
-         m_traces.size() != m_all;
-}
+TracePass::TracePass(const CTraceDoc& document) : m_traces(document.m_traces), m_stand(m_traces) {}
 
 bool TracePass::DoPart() {
   if (IsVoid()) return true;
-  if (m_taken == m_all) return Finish();
-  const std::size_t end = std::min(m_taken + kTracesPerPart, m_all);
+  if (m_taken == m_stand.Size()) return Finish();
+  const std::size_t end = std::min(m_taken + kTracesPerPart, m_stand.Size());
   Take(m_taken, end);
   m_taken = end;
   return false;
 }
 
 std::optional<int> TracePass::Progress() const {
-  if (m_all == 0) return 0;
-  return static_cast<int>(std::uint64_t{m_taken} * kThousandthsForTraces / m_all);
+  if (m_stand.Size() == 0) return 0;
+  return static_cast<int>(std::uint64_t{m_taken} * kThousandthsForTraces / m_stand.Size());
 }
 
 PassResult RunTracePass(CTraceDoc& document, const char* message, TracePass& pass) {

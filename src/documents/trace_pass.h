@@ -10,12 +10,34 @@
 #include "documents/trace_doc.h"
 #include "docview/long_work.h"
 
+// Which traces a list holds at a moment.
+class TraceStand {
+ public:
+  explicit TraceStand(const TraceList_t& traces)
+      : m_traces(traces),
+        m_generation(traces.Generation()),
+        m_popped(traces.Popped()),
+        m_size(traces.size()) {}
+
+  // Does it still hold them, and no others?
+  bool Holds() const {
+    return m_traces.Generation() == m_generation && m_traces.Popped() == m_popped &&
+           m_traces.size() == m_size;
+  }
+  std::size_t Size() const { return m_size; }
+
+ private:
+  const TraceList_t& m_traces;
+  const std::uint64_t m_generation, m_popped;
+  const std::size_t m_size;
+};
+
 class TracePass : public LongWork {
  public:
   bool DoPart() final;
   std::optional<int> Progress() const final;
   // The traces are not those that they were at the beginning.
-  bool IsVoid() const;
+  bool IsVoid() const { return !m_stand.Holds(); }
 
  protected:
   explicit TracePass(const CTraceDoc& document);
@@ -29,8 +51,7 @@ class TracePass : public LongWork {
 
  private:
   const TraceList_t& m_traces;
-  const std::uint64_t m_generation, m_popped;
-  const std::size_t m_all;
+  const TraceStand m_stand;
   std::size_t m_taken = 0;
 };
 

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 
 #include "docview/host.h"
 
@@ -31,6 +32,11 @@ class LongWork {
  protected:
   ~LongWork() = default;
 };
+
+// How far `done` of `all` is, for Progress.
+inline int Thousandths(std::uint64_t done, std::uint64_t all) {
+  return all == 0 ? 0 : static_cast<int>(done * 1000 / all);
+}
 
 // What the box says.
 struct LongWorkWords {

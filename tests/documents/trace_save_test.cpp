@@ -1,6 +1,9 @@
+#include <set>
+
 #include "documents_fixture.h"
 #include "records/trc_writer.h"
 #include "support/file_limit.h"
+#include "support/short_pieces.h"
 
 namespace {
 
@@ -46,7 +49,21 @@ TrcImage Sample() {
   return image;
 }
 
-class TraceSaveTest : public DocumentsTest {};
+class TraceSaveTest : public DocumentsTest {
+ protected:
+  static TrcImage ManyTraces() {
+    TrcImage image;
+    image.Name(7, "web");
+    for (int i = 0; i < 2000; ++i) image.Trace({.text = std::to_string(i), .machine = 7});
+    return image;
+  }
+  std::set<std::string> Folder() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_temp.Path()))
+      names.insert(entry.path().filename().string());
+    return names;
+  }
+};
 
 TEST_F(TraceSaveTest, ADocumentWithNoTraceIsSavedAs16Bytes) {
   CTraceDoc document(m_host);
@@ -141,6 +158,80 @@ TEST_F(TraceSaveTest, ADocumentIsLeftAsItWasByAFailedSave) {
   EXPECT_FALSE(document.IsModified());
   EXPECT_TRUE(document.OnSaveDocument(m_temp.File("copy.trc")));
   EXPECT_EQ(std::filesystem::file_size(m_temp.File("copy.trc")), Sample().Size());
+}
+
+TEST_F(TraceSaveTest, ALongSaveTellsHowFarItIsAndTakesItsPlaceWhenItIsWhole) {
+  CTraceFileDoc& document = Load(ManyTraces());
+  const std::string path = m_temp.File("copy.trc", "old");
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([&](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    EXPECT_STREQ(box.Message(), "Saving...");
+    EXPECT_TRUE(document.IsWorkedOn());
+    int last = *box.Progress();
+    for (int tick = 0; tick < 4; ++tick) {
+      m_host.TickTimers();
+      EXPECT_GT(*box.Progress(), last);
+      last = *box.Progress();
+      EXPECT_EQ(ReadAll(path), "old");
+    }
+    EXPECT_LT(last, 1000);
+    m_host.Finish(dialog);
+  });
+  EXPECT_TRUE(document.OnSaveDocument(path));
+  EXPECT_EQ(ReadAll(path), ManyTraces().Bytes());
+  EXPECT_FALSE(document.IsWorkedOn());
+}
+
+TEST_F(TraceSaveTest, ACancelledSaveLeavesNoFileAndAnExistingOneAsItWas) {
+  CTraceFileDoc& document = Load(ManyTraces());
+  m_temp.File("old.trc", "old");
+  const std::set<std::string> before = Folder();
+  m_host.ClearTranscript();
+  for (const char* name : {"old.trc", "new.trc"}) {
+    const ShortPieces pieces;
+    m_host.AnswerWorkBox([&](CDialog& box) {
+      m_host.TickTimers();
+      EXPECT_GT(Folder().size(), before.size());
+      box.OnCancel();
+    });
+    EXPECT_FALSE(document.OnSaveDocument(m_temp.File(name)));
+  }
+  EXPECT_EQ(Folder(), before);
+  EXPECT_EQ(ReadAll(m_temp.File("old.trc")), "old");
+  EXPECT_EQ(m_host.Told().find("box Tessera"), std::string::npos) << "the person knows";
+  EXPECT_EQ(m_host.WaitCursors(), 0);
+}
+
+TEST_F(TraceSaveTest, WhatACancelledSaveWroteOfTheNamesACaptureWritesAgain) {
+  CTraceFileDoc& document = Load(ManyTraces());
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  EXPECT_FALSE(document.OnSaveDocument(m_temp.File("new.trc")));
+  EXPECT_EQ(document.m_names.at(7).written, 0);
+}
+
+TEST_F(TraceSaveTest, TracesThatGoMeanwhileAreNotReadAndTheSaveFails) {
+  CTraceFileDoc& document = Load(ManyTraces());
+  m_host.ClearTranscript();
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    document.m_traces.Clear();
+    m_host.Finish(box);
+  });
+  EXPECT_FALSE(document.OnSaveDocument(m_temp.File("copy.trc")));
+  EXPECT_NE(m_host.Told().find(kCannotWrite), std::string::npos);
+}
+
+TEST_F(TraceSaveTest, ACancelledSaveOfAClosingDocumentKeepsItOpen) {
+  CTraceFileDoc& document = Load(ManyTraces());
+  document.SetModifiedFlag(true);
+  const ShortPieces pieces;
+  m_host.AnswerBox(BoxAnswer::Yes);
+  m_host.AnswerFileDialog(m_temp.File("copy.trc"));
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  EXPECT_FALSE(document.SaveModified());
+  EXPECT_TRUE(document.IsModified());
 }
 
 }  // namespace

@@ -95,6 +95,12 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
     else if (row >= m_top + pageRows)
       m_top = row - std::max(pageRows, 1) + 1;
   }
+  std::int64_t RowsOf(TreeItem item) const override {
+    const std::vector<TreeItem> rows = m_items.Rows();
+    return std::count_if(rows.begin(), rows.end(), [&](TreeItem each) {
+      return each == item || m_items.IsBelow(each, item);
+    });
+  }
   bool IsOnScreen(TreeItem item) const override {
     const int row = RowOf(item);
     return row >= m_top && row < m_top + pageRows;

@@ -133,6 +133,17 @@ TYPED_TEST_P(TreeRowContract, WhatIsSeenStaysWhenItemsBeforeItGo) {
   EXPECT_EQ(this->At(0, TreeStep::FirstChild), 201U);
 }
 
+TYPED_TEST_P(TreeRowContract, AnItemTakesARowAndThoseSeenBelowIt) {
+  this->AddSmall();
+  EXPECT_EQ(this->Tree().RowsOf(this->m_1), 1);
+  this->Tree().Expand(this->m_1, true);
+  EXPECT_EQ(this->Tree().RowsOf(this->m_1), 3);
+  this->Tree().Expand(this->m_11, true);
+  EXPECT_EQ(this->Tree().RowsOf(this->m_1), 4);
+  EXPECT_EQ(this->Tree().RowsOf(this->m_11), 2);
+  EXPECT_EQ(this->Tree().RowsOf(this->m_2), 1);
+}
+
 REGISTER_TYPED_TEST_SUITE_P(TreeRowContract, TheOwnerIsAskedBeforeAnItemOpensEachTime,
                             AnItemThatIsGivenNoChildrenStaysClosed,
                             WhatTheOwnerDoesNotLetOpenStaysClosedAndNothingBelowItIsSelected,
@@ -140,4 +151,4 @@ REGISTER_TYPED_TEST_SUITE_P(TreeRowContract, TheOwnerIsAskedBeforeAnItemOpensEac
                             SelectingOpensAllAbove, AClosedItemTakesTheSelectionFromBelowIt,
                             TheSelectionOfADeletedItemGoesOnThenBackThenUp,
                             EnsureVisibleScrollsAsLittleAsNeeded,
-                            WhatIsSeenStaysWhenItemsBeforeItGo);
+                            WhatIsSeenStaysWhenItemsBeforeItGo, AnItemTakesARowAndThoseSeenBelowIt);

@@ -42,6 +42,5 @@ bool NearestRow::Look() {
 }
 
 std::optional<int> NearestRow::Progress() const {
-  const int all = m_rows.Size();
-  return all == 0 ? 0 : static_cast<int>(std::int64_t{m_next} * 1000 / all);
+  return Thousandths(static_cast<unsigned>(m_next), static_cast<unsigned>(m_rows.Size()));
 }

@@ -88,8 +88,6 @@ class CTraceView : public CView, public RowListOwner {
   void OnUpdateGotoSource(CCmdUI& ui);
   void OnExport();
   void OnSaveTraces();
-  template <class Visit>
-  void VisitRows(bool selectedOnly, Visit&& visit) const;
 
   CTraceDoc& m_document;
   RowStore m_rows;

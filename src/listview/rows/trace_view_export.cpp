@@ -1,8 +1,8 @@
 // What the list view writes to files: an export of its rows, and a saved selection.
-#include "documents/save_traces.h"
 #include "listview/export/export_cells.h"
 #include "listview/export/export_dialogs.h"
-#include "listview/export/export_file.h"
+#include "listview/export/export_run.h"
+#include "listview/rows/row_source.h"
 #include "listview/rows/trace_view.h"
 
 namespace {
@@ -17,52 +17,51 @@ bool AnyHidden() {
   return false;
 }
 
-}  // namespace
+// The header line, then a line for each row.
+class RowLines final : public ExportText {
+ public:
+  RowLines(std::vector<Column> columns, RowSource& rows, const NameMap& names)
+      : m_columns(std::move(columns)), m_rows(rows), m_names(names) {}
 
-// Rows in order, all or the selected ones, until `visit(row)` gives false.
-template <class Visit>
-void CTraceView::VisitRows(bool selectedOnly, Visit&& visit) const {
-  const auto next = [&](int row) {
-    return selectedOnly ? m_list->NextItem(row, kRowSelected) : row + 1;
-  };
-  for (int row = next(-1); m_rows.Has(row); row = next(row))
-    if (!visit(row)) return;
-}
+  bool Next(std::string& out) override {
+    if (!std::exchange(m_begun, true)) {
+      WriteExportHeader(out, m_columns);
+      return true;
+    }
+    const TraceEvent_i* const event = m_rows.Next();
+    if (event) WriteExportLine(out, m_columns, *event, m_rows.Above(), m_names, g_useUtc);
+    return event != nullptr;
+  }
+  std::optional<int> Progress() const override { return m_rows.Progress(); }
+
+ private:
+  const std::vector<Column> m_columns;
+  RowSource& m_rows;
+  const NameMap& m_names;
+  bool m_begun = false;
+};
+
+}  // namespace
 
 void CTraceView::OnExport() {
   CExportDialog dialog(GetHost(), SuggestedNameOf(m_document), m_list->SelectedCount() > 0,
                        AnyHidden());
   if (dialog.DoModal() != CDialog::kIdOk) return;
-  ExportFile file;
-  if (!file.Open(dialog.GetPathName())) {
-    GetHost().MessageBox({"Error opening output file.", BoxIcon::None, BoxButtons::Ok});
-    return;
-  }
-  const CWaitCursor wait(GetHost());
-  const std::vector<Column> columns =
-      ExportColumns(m_list->Header().GetColumnOrder(), g_activeColumns, dialog.m_hiddenColumns);
-  WriteExportHeader(file.Buffer(), columns);
-  file.EndLine();
-  VisitRows(dialog.m_selectedOnly, [&](int row) {
-    // The row above, whether it is written or not.
-    WriteExportLine(file.Buffer(), columns, *m_rows.EventAt(row), EventOfRow(row - 1),
-                    m_document.m_names, g_useUtc);
-    return file.EndLine();
-  });
+  RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);
+  RowLines lines(
+      ExportColumns(m_list->Header().GetColumnOrder(), g_activeColumns, dialog.m_hiddenColumns),
+      rows, m_document.m_names);
   // Kept: a write that fails, on a full disk for instance, ends the export without a word.
-  file.Close();
+  RunExport(m_document, dialog.GetPathName(), lines);
 }
 
 void CTraceView::OnSaveTraces() {
   CSaveAsDialog dialog(GetHost(), SuggestedNameOf(m_document), m_list->SelectedCount() > 0);
   if (dialog.DoModal() != CDialog::kIdOk) return;
+  RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);
   // Kept: a capture that runs shares the marks of the names; those that it wrote already come again
   // in its file, and those that this file takes first are missing there.
-  const bool saved = SaveTraces(GetHost(), dialog.GetPathName(), m_document.m_names, BoxIcon::None,
-                                [&](const TraceSink& sink) {
-                                  VisitRows(dialog.m_selectedOnly,
-                                            [&](int row) { return sink(*m_rows.EventAt(row)); });
-                                });
+  const bool saved = SaveTraces(m_document, dialog.GetPathName(), BoxIcon::None, rows);
   // Kept: also when a filter hid traces, which then are not in the file.
   if (saved && !dialog.m_selectedOnly) m_document.SetModifiedFlag(false);
 }

@@ -84,6 +84,8 @@ class TreeControl : public ViewControl, public TreeItemPort {
   virtual void SelectItem(TreeItem item) = 0;
   // Opens all items above it and scrolls as little as needed; not when one of them stays closed.
   virtual void EnsureVisible(TreeItem item) = 0;
+  // How many rows the item and what is seen below it take, if its parents are expanded.
+  virtual std::int64_t RowsOf(TreeItem item) const = 0;
   // Does the item's rectangle overlap the control's?
   virtual bool IsOnScreen(TreeItem item) const = 0;
   // While redrawing is off nothing is painted; switching it on paints all.

@@ -24,27 +24,33 @@ void AppendTreeLine(std::string& out, int depth, bool closed, std::string_view t
   out += text;
 }
 
-// Loops, both: blocks may nest 100,000 deep.
-void VisitTree(const TreeControl& tree, TreeItem item, TreeControlOwner& texts,
-               const TreeLineTaker& take) {
-  int depth = 0;
-  for (;;) {
-    const unsigned state = tree.ItemState(item);
-    const bool open = state & kTreeExpanded;
-    const bool closed = (state & kTreeHasChildren) && !open;
-    if (!take(depth, closed, texts.TreeItemText(tree.ItemData(item)))) return;
-    TreeItem next = open ? tree.Walk(item, TreeStep::FirstChild) : 0;
-    if (next) {
-      ++depth;
-    } else {
-      while (depth > 0 && !(next = tree.Walk(item, TreeStep::NextSibling))) {
-        item = tree.Walk(item, TreeStep::Parent);
-        --depth;
-      }
+bool TreeLines::Next(std::string& out) {
+  if (!m_item) return false;
+  const unsigned state = m_tree.ItemState(m_item);
+  const bool open = state & kTreeExpanded;
+  const bool closed = (state & kTreeHasChildren) && !open;
+  AppendTreeLine(out, m_depth, closed, m_texts.TreeItemText(m_tree.ItemData(m_item)));
+  ++m_written;
+  Step(open);
+  return true;
+}
+
+// A loop, as the one below: blocks may nest 100,000 deep.
+void TreeLines::Step(bool open) {
+  TreeItem next = open ? m_tree.Walk(m_item, TreeStep::FirstChild) : 0;
+  if (next) {
+    ++m_depth;
+  } else {
+    while (m_depth > 0 && !(next = m_tree.Walk(m_item, TreeStep::NextSibling))) {
+      m_item = m_tree.Walk(m_item, TreeStep::Parent);
+      --m_depth;
     }
-    if (!next) return;
-    item = next;
   }
+  m_item = next;
+}
+
+std::optional<int> TreeLines::Progress() const {
+  return Thousandths(static_cast<std::uint64_t>(m_written), static_cast<std::uint64_t>(m_rows));
 }
 
 void VisitNodes(const ProcModel& model, const CTraceEvent& top, int levels,

@@ -9,18 +9,35 @@
 #include <string>
 #include <string_view>
 
+#include "listview/export/export_run.h"
 #include "tree/proc/proc_model.h"
 #include "tree/proc/tree_control.h"
 
 // Appends a line, without its end.
 void AppendTreeLine(std::string& out, int depth, bool closed, std::string_view text);
 
+// The lines of a control's item, 0 for none, and of those that are seen below it.
+class TreeLines final : public ExportText {
+ public:
+  TreeLines(const TreeControl& tree, TreeItem item, TreeControlOwner& texts)
+      : m_tree(tree), m_texts(texts), m_rows(item ? tree.RowsOf(item) : 0), m_item(item) {}
+
+  bool Next(std::string& out) override;
+  std::optional<int> Progress() const override;
+
+ private:
+  void Step(bool open);
+
+  const TreeControl& m_tree;
+  TreeControlOwner& m_texts;
+  const std::int64_t m_rows;
+  std::int64_t m_written = 0;
+  TreeItem m_item;  // of the next line
+  int m_depth = 0;
+};
+
 // Takes a line; false ends the visit.
 using TreeLineTaker = std::function<bool(int depth, bool closed, const std::string& text)>;
-
-// The lines of a control's item and of those that are seen below it.
-void VisitTree(const TreeControl& tree, TreeItem item, TreeControlOwner& texts,
-               const TreeLineTaker& take);
 
 // The lines that a control would give for a node if the first `levels` levels were open.
 constexpr int kAllLevels = std::numeric_limits<int>::max();

@@ -1,4 +1,6 @@
 // A filter that takes long: below a box, and what its Cancel leaves behind.
+#include <set>
+
 #include "support/short_pieces.h"
 #include "trace_view_rig.h"
 #include "tree/filter/filter_dialog.h"
@@ -23,6 +25,20 @@ class TraceViewLong : public TraceViewTest {
       filter.OnOK();
     });
     m_view->OnCommand(ID_VIEW_FILTER);
+  }
+  // Runs a command that writes `name`, whose box of long work is answered so.
+  void Write(unsigned command, const std::string& name, bool selectedOnly,
+             RecordingHost::DialogScript script) {
+    const ShortPieces pieces;
+    m_host.AnswerFileDialog(FileDialogAnswer{m_directory.File(name), {selectedOnly, false}});
+    m_host.AnswerWorkBox(std::move(script));
+    m_view->OnCommand(command);
+  }
+  std::set<std::string> Folder() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_directory.Path()))
+      names.insert(entry.path().filename().string());
+    return names;
   }
   CTraceFilter m_nine;  // hides component 9
 };
@@ -135,6 +151,77 @@ TEST_F(TraceViewLong, ADocumentThatIsClearedMeanwhileIsFilteredAnew) {
   });
   EXPECT_TRUE(m_view->SetFilter(m_nine, true));
   EXPECT_EQ(Rows(), "1");
+}
+
+TEST_F(TraceViewLong, AnExportGoesOnBelowABoxThatTellsHowFarItIs) {
+  Open();
+  g_activeColumns = {};
+  g_activeColumns[static_cast<std::size_t>(Column::Count)] = 1;
+  int last = -1, ticks = 0;
+  Write(ID_FILE_EXPORT, "web.csv", false, [&](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    EXPECT_STREQ(box.Message(), "Exporting...");
+    EXPECT_TRUE(m_document.IsWorkedOn());
+    while (!box.Ended()) {
+      EXPECT_FALSE(std::filesystem::exists(m_directory.File("web.csv"))) << "before it is whole";
+      EXPECT_GT(*box.Progress(), last);
+      last = *box.Progress();
+      m_host.TickTimers();
+      ++ticks;
+    }
+  });
+  EXPECT_GT(ticks, 10);
+  EXPECT_GT(last, 900);
+  std::string expected = "\"Count\"\n";
+  for (int i = 1; i <= kMany; ++i) expected += std::to_string(i) + "\n";
+  EXPECT_EQ(ReadAll(m_directory.File("web.csv")), expected);
+}
+
+TEST_F(TraceViewLong, ACancelledExportOrSaveLeavesNoFileAndAnExistingOneAsItWas) {
+  Open();
+  m_list->SetItemState(-1, kRowSelected, kRowSelected);
+  m_directory.File("old", "what stood there");
+  const std::set<std::string> before = Folder();
+  const bool modified = m_document.IsModified();
+  m_host.ClearTranscript();
+  for (const unsigned command :
+       std::initializer_list<unsigned>{ID_FILE_EXPORT, ID_FILE_SAVE, ID_FILE_SAVECOPY})
+    for (const bool selectedOnly : {false, true})
+      for (const char* name : {"old", "new"}) {
+        bool written = false;
+        Write(command, name, selectedOnly, [&](CDialog& box) {
+          m_host.TickTimers();
+          written = Folder().size() > before.size();
+          box.OnCancel();
+        });
+        EXPECT_TRUE(written);
+        EXPECT_EQ(Folder(), before);
+        EXPECT_EQ(ReadAll(m_directory.File("old")), "what stood there");
+      }
+  EXPECT_EQ(m_document.IsModified(), modified);
+  EXPECT_EQ(m_host.Told().find("box Tessera"), std::string::npos) << "the person knows";
+  EXPECT_EQ(m_host.WaitCursors(), 0);
+  EXPECT_FALSE(m_document.IsWorkedOn());
+}
+
+TEST_F(TraceViewLong, ASaveOfSelectedRowsTellsHowFarItIsInTheList) {
+  Open();
+  for (int row = kMany / 2; row < kMany; ++row)
+    m_list->SetItemState(row, kRowSelected, kRowSelected);
+  bool seen = false;
+  Write(ID_FILE_SAVE, "half.trc", true, [&](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    EXPECT_STREQ(box.Message(), "Saving...");
+    EXPECT_GE(*box.Progress(), 500);
+    EXPECT_LT(*box.Progress(), 600);
+    seen = true;
+    m_host.Finish(dialog);
+  });
+  EXPECT_TRUE(seen);
+  const std::string bytes = ReadAll(m_directory.File("half.trc"));
+  EXPECT_FALSE(bytes.empty());
+  Write(ID_FILE_SAVE, "all.trc", false, [&](CDialog& box) { m_host.Finish(box); });
+  EXPECT_EQ(ReadAll(m_directory.File("all.trc")).size() - 16, 2 * (bytes.size() - 16));
 }
 
 }  // namespace

@@ -34,6 +34,7 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   TreeItem SelectedItem() const override { return m_selected; }
   void SelectItem(TreeItem item) override;
   void EnsureVisible(TreeItem item) override;
+  std::int64_t RowsOf(TreeItem item) const override { return m_items.RowsOf(item); }
   bool IsOnScreen(TreeItem item) const override;
   void SetRedraw(bool on) override;
 

@@ -1,11 +1,11 @@
-// A file that a command makes: it stands under its name only when it is whole.
+// A file that is written in one go: it stands under its name only when it is whole.
 //
-// Until then it is written beside that place, as ".trc-PID.part", and an existing file keeps its
-// bytes. It goes with the NewFile when it has not been finished: the command failed or was
-// interrupted. A device is written as it stands. So is a file in a folder that may not be written;
-// what is not finished of it is emptied.
+// Until then it is written beside that place, as ".trc-PID.part" or ".trc-PID-N.part", and an
+// existing file keeps its bytes. It goes with the NewFile when it has not been finished: the work
+// failed or was cancelled. A device is written as it stands. So is a file in a folder that may not
+// be written; what is not finished of it is emptied.
 //
-// Owner    The caller writes WriteTo() and closes it before Finish.
+// Owner    The caller writes WriteTo() and closes it before Finish or the end.
 // Errors   False and a reason for a person. An existing file that anybody has open is refused.
 // Threads  One.
 #pragma once
@@ -21,7 +21,6 @@ class NewFile {
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
-  // From here on SIGTERM and SIGHUP are heard as SIGINT is (interrupt.h).
   bool Begin(const std::string& path, std::string* why);
   const std::string& WriteTo() const { return m_writeTo; }
   // Gives the file its name.
@@ -30,6 +29,7 @@ class NewFile {
  private:
   enum class Place { None, Beside, There, Device };
   bool BeginBeside(std::string* why);
+  int MakeBeside();
 
   Place m_place = Place::None;
   std::string m_target;  // behind symbolic links

@@ -1,4 +1,4 @@
-#include "new_file.h"
+#include "base/new_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,11 +9,11 @@
 #include <filesystem>
 #include <system_error>
 
-#include "interrupt.h"
-
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr int kMostParts = 100;  // in one folder, of processes with one number
 
 std::string SystemWords(int error) {
   return std::generic_category().message(error);
@@ -41,19 +41,14 @@ bool NewFile::Begin(const std::string& path, std::string* why) {
   const fs::path target = fs::weakly_canonical(path, error);
   m_target = error ? path : target.string();
   if (fs::exists(status) && !(m_held = HoldForReplacing(m_target, why))) return false;
-  CatchEndSignals();
   return BeginBeside(why);
 }
 
 bool NewFile::BeginBeside(std::string* why) {
-  const fs::path beside = fs::path(m_target).replace_filename(
-      ".trc-" + std::to_string(static_cast<long>(getpid())) + ".part");
-  const int descriptor = open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC,
-                              m_held ? 0600 : 0666);
+  const int descriptor = MakeBeside();
   if (descriptor >= 0) {
     TakeRights(descriptor, m_held);
     close(descriptor);
-    m_writeTo = beside.string();
     m_place = Place::Beside;
     return true;
   }
@@ -65,6 +60,19 @@ bool NewFile::BeginBeside(std::string* why) {
   m_writeTo = m_target;
   m_place = Place::There;
   return true;
+}
+
+// A name of its own: this program may write another file there, and one that was killed has left
+// its own.
+int NewFile::MakeBeside() {
+  const std::string name = ".trc-" + std::to_string(static_cast<long>(getpid()));
+  for (int number = 1;; ++number) {
+    const std::string part = name + (number == 1 ? "" : "-" + std::to_string(number)) + ".part";
+    m_writeTo = fs::path(m_target).replace_filename(part).string();
+    const int descriptor =
+        open(m_writeTo.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, m_held ? 0600 : 0666);
+    if (descriptor >= 0 || errno != EEXIST || number == kMostParts) return descriptor;
+  }
 }
 
 bool NewFile::Finish(std::string* why) {

@@ -55,7 +55,7 @@ class RecordingHost : public Host {
   // the transcript: on a slow machine it may come up in any test.
   void AnswerWorkBox(DialogScript script) { m_workScripts.push_back(std::move(script)); }
   // From now on such a box fails the test.
-  void WantNoWorkBox() { m_wantsNoWorkBox = true; }
+  void WantNoWorkBox(bool wanted = true) { m_wantsNoWorkBox = wanted; }
   // Goes on with the work of a box that is up, until it is done.
   void Finish(CDialog& box) {
     const TimerId timer = m_workTimers.at(&box);

@@ -71,12 +71,12 @@ void CTraceDetailDialog::OnInitDialog() {
 
 void CTraceDetailDialog::OnNext() {
   m_iterator.Next();
-  Fill();
+  if (!m_iterator.cancelled) Fill();
 }
 
 void CTraceDetailDialog::OnBack() {
   m_iterator.Prev();
-  Fill();
+  if (!m_iterator.cancelled) Fill();
 }
 
 void CTraceDetailDialog::Fill() {
@@ -133,6 +133,7 @@ void CTraceDetailDialog::FillText(const std::string& text) {
 std::string CTraceDetailDialog::TicDifference(std::uint64_t ticCount) {
   if (ticCount == 0 || !m_iterator.HasPrev()) return kNotAvailable;
   m_iterator.Prev();
+  if (m_iterator.cancelled) return kNotAvailable;
   const TraceEvent_i* const earlier = m_iterator.current;
   const std::uint64_t difference = earlier ? ticCount - earlier->GetTicCount() : 0;
   m_iterator.Next();

@@ -18,5 +18,8 @@ class CTraceIterator {
   virtual bool HasNext() const = 0;
   virtual bool HasPrev() const = 0;
 
+  // The person cancelled the last move, which takes long where there is much to open: the cursor is
+  // where it was.
+  bool cancelled = false;
   TraceEvent_i* current = nullptr;  // may be null after a trim behind the cursor
 };

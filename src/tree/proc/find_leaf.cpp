@@ -9,8 +9,8 @@ namespace {
 // The search for a trace's own leaf where numbers rise.
 class LeafSearch {
  public:
-  LeafSearch(const TraceEvent_i& event, CExecutionBlock*& opened)
-      : m_event(event), m_wanted(SequenceNumberOf(event)), m_opened(opened) {}
+  LeafSearch(const TraceEvent_i& event, ThreadWalks& walks, CExecutionBlock*& opened)
+      : m_event(event), m_wanted(SequenceNumberOf(event)), m_walks(walks), m_opened(opened) {}
 
   NodePosition Below(CExecutionBlock* node) {
     while (node) {
@@ -25,10 +25,13 @@ class LeafSearch {
       CExecutionBlock* const open = OpenAtRun(*node);
       const std::size_t first = node->children.BeforeRun();
       if (const NodePosition place = In(*node, 0, first, open)) return place;
-      if (In(*node, first, node->children.size(), open)) return FindNodeByWalk(thread, m_event);
+      if (In(*node, first, node->children.size(), open)) return ByWalk(thread);
       node = open;
     }
     return {};
+  }
+  NodePosition ByWalk(CProcessThread& thread) {
+    return m_walks.Through(thread).value_or(NodePosition());
   }
 
  private:
@@ -55,17 +58,18 @@ class LeafSearch {
 
   const TraceEvent_i& m_event;
   const std::uint32_t m_wanted;
+  ThreadWalks& m_walks;
   CExecutionBlock*& m_opened;
 };
 
 }  // namespace
 
-NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event,
+NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event, ThreadWalks& walks,
                               CExecutionBlock*& opened) {
   opened = nullptr;
-  if (thread.order.rising) return LeafSearch(event, opened).Below(&thread);
-  return thread.order.twoRuns ? LeafSearch(event, opened).InTwoRuns(thread)
-                              : FindNodeByWalk(thread, event);
+  LeafSearch search(event, walks, opened);
+  if (thread.order.rising) return search.Below(&thread);
+  return thread.order.twoRuns ? search.InTwoRuns(thread) : search.ByWalk(thread);
 }
 
 std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted, std::size_t begin,

@@ -7,12 +7,12 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tree/proc/find_node.h"
+#include "tree/proc/thread_walks.h"
 
 // The leaf of the trace in its thread; anything else when it is not in the tree. Then `opened` is
 // the block that the trace has opened there, null for none. Walks a thread without any order, and
 // where the trace is of a second run: a leaf of the first one may end the search before it.
-NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event,
+NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event, ThreadWalks& walks,
                               CExecutionBlock*& opened);
 
 // The first of the children [begin, end), whose numbers rise, with one above the wanted one; `end`

@@ -1,7 +1,5 @@
 #include "tree/proc/find_node.h"
 
-#include <vector>
-
 #include "records/trace_event.h"
 
 std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
@@ -32,31 +30,49 @@ NodePosition StopAtLeaf(CExecutionBlock& owner, std::size_t position, std::uint3
   return {&owner, before >= after ? position : position - 1};
 }
 
-NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event) {
-  const std::uint32_t wanted = SequenceNumberOf(event);
-  std::vector<WalkFrame> path{{&top}};
-  for (;;) {
-    WalkFrame& frame = path.back();
-    const ChildList& children = frame.node->children;
-    NodePosition found;
-    bool ended = false;
-    if (frame.position == children.size()) {
-      found = frame.best;
-      ended = true;
-    } else if (CExecutionBlock* const block = children.BlockAt(frame.position)) {
-      path.push_back({block});
-    } else {
-      const TraceEvent_i* const here = children[frame.position]->event;
-      if (here == &event) return {frame.node, frame.position};
-      ended = SequenceNumberOf(*here) > wanted;
-      if (ended) found = StopAtLeaf(*frame.node, frame.position, wanted);
-      ++frame.position;
+NodeWalk::NodeWalk(CExecutionBlock& top, const TraceEvent_i& event)
+    : m_event(event), m_wanted(SequenceNumberOf(event)), m_path{{&top}} {}
+
+bool NodeWalk::Go(std::size_t nodes) {
+  for (; nodes > 0 && !m_path.empty(); --nodes)
+    if (Step()) m_path.clear();
+  return m_path.empty();
+}
+
+// Is m_found the result?
+bool NodeWalk::Step() {
+  WalkFrame& frame = m_path.back();
+  const ChildList& children = frame.node->children;
+  NodePosition found;
+  bool ended = false;
+  if (frame.position == children.size()) {
+    found = frame.best;
+    ended = true;
+  } else if (CExecutionBlock* const block = children.BlockAt(frame.position)) {
+    m_path.push_back({block});
+  } else {
+    const TraceEvent_i* const here = children[frame.position]->event;
+    if (here == &m_event) {
+      m_found = {frame.node, frame.position};
+      return true;
     }
-    if (!ended) continue;
-    path.pop_back();
-    // A block that the trace has made counts as found, not as near.
-    if (path.empty() || (found && found.Node()->event == &event)) return found;
-    path.back().best = Nearer(path.back().best, found, wanted);
-    ++path.back().position;
+    ended = SequenceNumberOf(*here) > m_wanted;
+    if (ended) found = StopAtLeaf(*frame.node, frame.position, m_wanted);
+    ++frame.position;
   }
+  if (!ended) return false;
+  m_path.pop_back();
+  m_found = found;
+  // A block that the trace has made counts as found, not as near.
+  if (m_path.empty() || (found && found.Node()->event == &m_event)) return true;
+  m_path.back().best = Nearer(m_path.back().best, found, m_wanted);
+  ++m_path.back().position;
+  return false;
+}
+
+NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event) {
+  NodeWalk walk(top, event);
+  while (!walk.Go(SIZE_MAX)) {
+  }
+  return walk.Found();
 }

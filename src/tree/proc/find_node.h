@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "tree/proc/nodes.h"
 
@@ -29,15 +30,32 @@ std::uint32_t SequenceNumberOf(const TraceEvent_i& event);
 // REQUIRES: position < size().
 std::uint32_t NumberAt(const ChildList& children, std::size_t position);
 
-// Visits all nodes before the result. Gives what it gives in any order of sequence numbers.
-NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event);
-
 // How far a walk has come in one node's children.
 struct WalkFrame {
   CExecutionBlock* node;
   std::size_t position = 0;
   NodePosition best = {};
 };
+
+// The search without any order of sequence numbers: visits all nodes before the result.
+class NodeWalk {
+ public:
+  NodeWalk(CExecutionBlock& top, const TraceEvent_i& event);
+
+  // Goes on by so many nodes; true when it has ended.
+  bool Go(std::size_t nodes);
+  NodePosition Found() const { return m_found; }
+
+ private:
+  bool Step();
+
+  const TraceEvent_i& m_event;
+  const std::uint32_t m_wanted;
+  std::vector<WalkFrame> m_path;
+  NodePosition m_found;
+};
+// At once.
+NodePosition FindNodeByWalk(CExecutionBlock& top, const TraceEvent_i& event);
 
 // How far the number of what was found is from the wanted one.
 std::uint32_t Distance(NodePosition found, std::uint32_t wanted);

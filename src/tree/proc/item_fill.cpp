@@ -22,5 +22,5 @@ bool ItemFill::DoPart() {
 
 std::optional<int> ItemFill::Progress() const {
   if (!m_counted) return 0;
-  return static_cast<int>(std::uint64_t{m_next} * 1000 / m_children.size());
+  return Thousandths(m_next, m_children.size());
 }

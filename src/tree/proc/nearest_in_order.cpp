@@ -82,7 +82,7 @@ void NearestInOrder::Collect(const CRoot& root) {
   m_complete = true;
 }
 
-NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
+NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event, ThreadWalks& walks,
                                   CExecutionBlock* block) {
   const std::uint32_t wanted = SequenceNumberOf(event);
   if (block && block->unreachable) block = nullptr;
@@ -108,7 +108,7 @@ NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
     // What is known of a thread with two runs may be nearer than what it gives.
     if (!front.rising && (!known || away < distance)) {
       place = front.twoRuns && !ownBlock ? SearchTwoRuns(front, wanted)
-                                         : WalkThrough(front, event, wanted);
+                                         : WalkThrough(front, walks, wanted);
       if (place && place.Node()->event == &event) return place;
       away = place ? Distance(place, wanted) : kNone;
     }
@@ -121,18 +121,18 @@ NodePosition NearestInOrder::Find(const CRoot& root, const TraceEvent_i& event,
   }
   if (walked) return walked;
   if (nearest) return Search(*nearest, wanted);
-  m_nothingFrom = from;
+  if (!walks.AnyLeft()) m_nothingFrom = from;
   return {};
 }
 
 // Only nothing is worth remembering: it holds for all greater numbers.
-NodePosition NearestInOrder::WalkThrough(Front& front, const TraceEvent_i& event,
-                                         std::uint32_t wanted) {
-  const NodePosition place = FindNodeByWalk(*front.thread, event);
+NodePosition NearestInOrder::WalkThrough(Front& front, ThreadWalks& walks, std::uint32_t wanted) {
+  const std::optional<NodePosition> place = walks.Through(*front.thread);
+  if (!place) return {};
   front.BeginSearch();
   front.from = wanted;
-  if (place) front.Forget();
-  return place;
+  if (*place) front.Forget();
+  return *place;
 }
 
 NodePosition NearestInOrder::Search(Front& front, std::uint32_t wanted) {

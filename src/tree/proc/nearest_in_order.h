@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "tree/proc/find_node.h"
+#include "tree/proc/thread_walks.h"
 
 // The result of FindNodeByWalk over the whole tree, when no leaf of the trace is in it. In threads
 // whose numbers rise, in one run or two, the cost does not depend on how many traces there are:
@@ -17,7 +17,8 @@
 class NearestInOrder {
  public:
   // `block` is the one that the trace has opened, null for none.
-  NodePosition Find(const CRoot& root, const TraceEvent_i& event, CExecutionBlock* block);
+  NodePosition Find(const CRoot& root, const TraceEvent_i& event, ThreadWalks& walks,
+                    CExecutionBlock* block);
   // A thread is new, or its numbers have come into another order.
   void OnThreadsChanged() { m_complete = false; }
   void OnAppended(const CProcessThread& thread);
@@ -56,7 +57,7 @@ class NearestInOrder {
   };
   void Collect(const CRoot& root);
   NodePosition Search(Front& front, std::uint32_t wanted);
-  static NodePosition WalkThrough(Front& front, const TraceEvent_i& event, std::uint32_t wanted);
+  static NodePosition WalkThrough(Front& front, ThreadWalks& walks, std::uint32_t wanted);
   NodePosition SearchBelow(Front& front, CExecutionBlock* top, std::uint32_t wanted);
   NodePosition SearchTwoRuns(Front& front, std::uint32_t wanted);
   NodePosition SearchSecondRun(Front& front, const WalkFrame& frame, std::uint32_t wanted);

@@ -9,8 +9,7 @@
 //          more, but lives on with its item and its text until its own trace is trimmed or the tree
 //          is cleared. A block whose own trace has been trimmed goes with its item once it is
 //          closed and empty. Level nodes stay.
-// Cost     No step grows with the number of traces held while the numbers of each thread's traces
-//          rise: thread_order.h.
+// Cost     No step grows with the traces held while each thread's numbers rise: thread_order.h.
 // Threads  Interface thread.
 #pragma once
 
@@ -72,6 +71,7 @@ class ProcModel {
   // The position of the trace's leaf, or else that of the nearest by sequence number, which may be
   // a block; nothing when no leaf is near. REQUIRES: the trace lives.
   NodePosition FindNode(const TraceEvent_i& event);
+  NodePosition FindNode(const TraceEvent_i& event, ThreadWalks& walks);  // a try: thread_walks.h
 
  private:
   void BeginBatch();

@@ -37,7 +37,8 @@ void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest) {
   const bool hasLeaf = position < m_leaves.size();
   if (!hasLeaf || !IsInTree(*m_leaves[position])) {
     CExecutionBlock* const opened = hasLeaf ? BlockOpenedWith(*m_leaves[position]) : nullptr;
-    if (const NodePosition place = m_nearest.Find(m_root, event, opened)) TakeOut(place);
+    ThreadWalks walks(event, ThreadWalks::Way::AtOnce);
+    if (const NodePosition place = m_nearest.Find(m_root, event, walks, opened)) TakeOut(place);
   }
   if (hasLeaf) RemoveLeaf(position);
   ForgetTrace(event, oldest);
@@ -58,13 +59,19 @@ bool ProcModel::IsInTree(const CTraceEvent& leaf) const {
 }
 
 NodePosition ProcModel::FindNode(const TraceEvent_i& event) {
+  ThreadWalks walks(event, ThreadWalks::Way::AtOnce);
+  return FindNode(event, walks);
+}
+
+NodePosition ProcModel::FindNode(const TraceEvent_i& event, ThreadWalks& walks) {
   RecoverOrder();
   CExecutionBlock* opened = nullptr;
   if (CProcessThread* const thread = m_levels.FindThread(TraceFacts(event).ThreadKey())) {
-    const NodePosition place = FindLeafInThread(*thread, event, opened);
+    const NodePosition place = FindLeafInThread(*thread, event, walks, opened);
+    if (walks.AnyLeft()) return {};
     if (place && place.Node()->event == &event) return place;
   }
-  return m_nearest.Find(m_root, event, opened);
+  return m_nearest.Find(m_root, event, walks, opened);
 }
 
 void ProcModel::RecoverOrder() {

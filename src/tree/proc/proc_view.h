@@ -79,7 +79,6 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
 
  private:
   friend class CProcViewIterator;
-
   TreeItem InsertTreeItem(TreeItem parentItem, CTraceEvent& node) override;
   bool IsExpanded(TreeItem item) const override;
   void OnLabelChanged(CTraceEvent& node) override;
@@ -92,6 +91,7 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   void LeaveEmptyTree();
   void AddTraces(const CTraceHint& hint);
   void RemoveTraces(const CTraceHint& hint);
+  std::optional<NodePosition> PlaceOf(const TraceEvent_i& target, bool watched);
   void FollowTrace(const TraceEvent_i& target, bool watched);
   void FollowTail(TreeItem item);
   void Fill(TreeItem item);

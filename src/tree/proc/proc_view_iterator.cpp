@@ -17,22 +17,40 @@ TreeItem CProcViewIterator::Place() const {
 
 void CProcViewIterator::Next() {
   const TreeItem place = Place();
-  MoveTo(place ? m_view.NextTreeItem(place) : 0);
+  cancelled = place && m_view.Lacks(place) && !m_view.FillWatched(place);
+  if (!cancelled) MoveTo(place ? m_view.NextTreeItem(place) : 0);
 }
 
 void CProcViewIterator::Prev() {
   const TreeItem place = Place();
-  MoveTo(place ? m_view.PrevTreeItem(place) : 0);
+  cancelled = place && !FillBefore(place);
+  if (!cancelled) MoveTo(place ? m_view.PrevTreeItem(place) : 0);
 }
 
 bool CProcViewIterator::HasNext() const {
   const TreeItem place = Place();
-  return place && m_view.NextTreeItem(place) != 0;
+  if (!place) return false;
+  const TreeControl& tree = m_view.Tree();
+  if (m_view.Lacks(place) && !tree.Walk(place, TreeStep::FirstChild)) {
+    // One item is enough to know.
+    m_view.FillOf(place).DoPart();
+  }
+  return tree.Walk(place, TreeStep::FirstChild) || m_view.NextTreeItem(place);
 }
 
 bool CProcViewIterator::HasPrev() const {
   const TreeItem place = Place();
-  return place && m_view.PrevTreeItem(place) != 0;
+  const TreeControl& tree = m_view.Tree();
+  return place &&
+         (tree.Walk(place, TreeStep::PreviousSibling) || tree.Walk(place, TreeStep::Parent));
+}
+
+// False: cancelled.
+bool CProcViewIterator::FillBefore(TreeItem place) {
+  TreeItem last = m_view.Tree().Walk(place, TreeStep::PreviousSibling);
+  for (; last; last = m_view.Tree().Walk(last, TreeStep::LastChild))
+    if (m_view.Lacks(last) && !m_view.FillWatched(last)) return false;
+  return true;
 }
 
 void CProcViewIterator::MoveTo(TreeItem item) {

@@ -5,6 +5,7 @@
 // Owner    Borrows the view. While the dialog runs, a monitor adds and trims traces: a trace that
 //          goes leaves `current` null, and an item that goes leaves the cursor at the selected
 //          item.
+// Long     A move that opens a large node shows a box; cancelled, the cursor stays.
 // Threads  Interface thread.
 #pragma once
 
@@ -20,7 +21,7 @@ class CProcViewIterator : public CTraceIterator {
 
   void Next() override;
   void Prev() override;
-  // They fill the tree as they look.
+  // The first fills the tree as far as it looks.
   bool HasNext() const override;
   bool HasPrev() const override;
 
@@ -30,6 +31,7 @@ class CProcViewIterator : public CTraceIterator {
 
  private:
   TreeItem Place() const;
+  bool FillBefore(TreeItem place);
   void MoveTo(TreeItem item);
 
   CProcView& m_view;

@@ -4,6 +4,7 @@
 
 #include "documents/trace_panes.h"
 #include "docview/frame.h"
+#include "tree/proc/node_search.h"
 #include "tree/proc/proc_build.h"
 #include "tree/proc/proc_view.h"
 #include "tree/proc/proc_view_iterator.h"
@@ -110,11 +111,20 @@ void CProcView::RemoveTraces(const CTraceHint& hint) {
   FollowTrace(*hint.m_events.front(), false);
 }
 
+// Nothing when the person cancelled it.
+std::optional<NodePosition> CProcView::PlaceOf(const TraceEvent_i& target, bool watched) {
+  if (!watched) return m_model->FindNode(target);
+  NodeSearch search(*m_model, target);
+  if (!RunLongWork(GetHost(), &m_document, {"Tessera", "Looking for the trace..."}, search))
+    return std::nullopt;
+  return search.Place();
+}
+
 void CProcView::FollowTrace(const TraceEvent_i& target, bool watched) {
   const CWaitCursor wait(GetHost());
-  const NodePosition place = m_model->FindNode(target);
-  if (!place) return;
-  CTraceEvent& node = *place.Node();
+  const std::optional<NodePosition> place = PlaceOf(target, watched);
+  if (!place || !*place) return;
+  CTraceEvent& node = *place->Node();
   EnsureTreeItem(node, watched);
   if (node.treeItem) Show(node.treeItem);
 }

@@ -1,9 +1,12 @@
 // Work that takes long in the real program: the window lives below the box, and Cancel leaves it as
 // it was.
+#include <QFileDialog>
 #include <QLabel>
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <filesystem>
+#include <utility>
 
 #include "docview/ui/work_box_face.h"
 #include "shell/command_ids.h"
@@ -48,6 +51,28 @@ class LongWorkTest : public ShellTest {
       EXPECT_LT(bar->value(), bar->maximum());
       QTest::mouseClick(box->findChild<QPushButton*>("2"), Qt::LeftButton);
     });
+  }
+  // The file dialog that comes up next gets the name, and the box behind it is cancelled.
+  void ChooseAndCancel(const std::string& path) {
+    OnModal([this, path](QWidget* dialog) {
+      static_cast<QFileDialog*>(dialog)->selectFile(QString::fromStdString(path));
+      static_cast<QDialog*>(dialog)->accept();
+      CancelWhenItHasMoved();
+    });
+  }
+  void Choose(const std::string& path) {
+    OnModal([path](QWidget* dialog) {
+      static_cast<QFileDialog*>(dialog)->selectFile(QString::fromStdString(path));
+      static_cast<QDialog*>(dialog)->accept();
+    });
+  }
+  // A folder of its own for what is written.
+  std::string OutFolder() {
+    std::filesystem::create_directory(m_dir.File("out"));
+    return m_dir.File("out");
+  }
+  static std::ptrdiff_t FilesIn(const std::string& folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), {});
   }
   QtTreeControl* ShownTree() {
     auto* tree = Window().findChild<QtTreeControl*>();
@@ -142,4 +167,80 @@ TEST_F(LongWorkTest, EnterInTheBoxDoesNotCancel) {
   });
   Frame().OnCommand(ID_VIEW_PROC);
   EXPECT_TRUE(dynamic_cast<CProcView*>(m_child->GetActiveView()));
+}
+
+TEST_F(LongWorkTest, AnExportOrSaveOfTheListIsCancelledAndLeavesNoFile) {
+  OpenMany();
+  const std::string folder = OutFolder();
+  for (const auto& [command, words] :
+       {std::pair{ID_FILE_EXPORT, "Exporting..."}, std::pair{ID_FILE_SAVECOPY, "Saving..."}}) {
+    m_ticks = 0;
+    const ShortPieces pieces;
+    ChooseAndCancel(folder + "/file.trc");
+    WithWindowAlive([&] { Frame().OnCommand(command); });
+    EXPECT_EQ(m_message, QString::fromLatin1(words));
+    EXPECT_FALSE(QtHost::InModal());
+    EXPECT_EQ(FilesIn(folder), 0);
+  }
+  Choose(folder + "/file.trc");
+  Frame().OnCommand(ID_FILE_SAVECOPY);
+  EXPECT_EQ(FilesIn(folder), 1);
+  EXPECT_EQ(std::filesystem::file_size(folder + "/file.trc"),
+            std::filesystem::file_size(m_dir.File("many.trc")));
+}
+
+TEST_F(LongWorkTest, AnExportOfTheOpenedTreeIsCancelledAndLeavesNoFile) {
+  OpenMany();
+  Frame().OnCommand(ID_VIEW_PROC);
+  QtTreeControl* const tree = ShownTree();
+  ASSERT_TRUE(tree);
+  TreeItem item = tree->Walk(0, TreeStep::FirstChild);
+  for (int level = 0; level < 4; ++level) {
+    tree->Expand(item, true);
+    item = tree->Walk(item, TreeStep::FirstChild);
+  }
+  const std::string folder = OutFolder();
+  {
+    const ShortPieces pieces;
+    ChooseAndCancel(folder + "/tree.txt");
+    WithWindowAlive([this] { Frame().OnCommand(ID_FILE_EXPORT); });
+  }
+  EXPECT_EQ(m_message, QStringLiteral("Exporting..."));
+  EXPECT_EQ(FilesIn(folder), 0);
+}
+
+TEST_F(LongWorkTest, NextIntoALargeNodeIsCancelledAndThePropertiesStayWhereTheyWere) {
+  OpenMany();
+  Frame().OnCommand(ID_VIEW_PROC);
+  QtTreeControl* const tree = ShownTree();
+  ASSERT_TRUE(tree);
+  TreeItem item = tree->Walk(0, TreeStep::FirstChild);
+  for (int level = 0; level < 3; ++level) {
+    tree->Expand(item, true);
+    item = tree->Walk(item, TreeStep::FirstChild);
+  }
+  tree->SelectItem(item);
+  const std::int64_t rows = tree->Items().Rows();
+  const ShortPieces pieces;
+  bool looked = false;
+  OnModal([&](QWidget* dialog) {
+    auto* next = dialog->findChild<QPushButton*>("1058");
+    ASSERT_TRUE(next && next->isEnabled());
+    auto* clock = new QTimer(dialog);
+    QObject::connect(clock, &QTimer::timeout, dialog, [this, clock, dialog] {
+      if (QApplication::activeModalWidget() == dialog) return;
+      clock->stop();
+      CancelWhenItHasMoved();
+    });
+    clock->start(1);
+    QTest::mouseClick(next, Qt::LeftButton);
+    EXPECT_EQ(QApplication::activeModalWidget(), dialog);
+    EXPECT_EQ(tree->SelectedItem(), item);
+    EXPECT_EQ(tree->Items().Rows(), rows);
+    looked = true;
+    static_cast<QDialog*>(dialog)->reject();
+  });
+  WithWindowAlive([this] { Frame().OnCommand(ID_VIEW_PROPERTIES); });
+  EXPECT_TRUE(looked);
+  EXPECT_EQ(m_message, QStringLiteral("Opening..."));
 }

@@ -1,9 +1,14 @@
 // Long work of the tree view: below a box, and what its Cancel leaves behind.
+#include <algorithm>
+#include <filesystem>
+
+#include "listview/details/trace_detail_dialog.h"
 #include "proc_view_rig.h"
 #include "support/short_pieces.h"
 #include "tree/filter/filter_dialog.h"
 #include "tree/find/find_dialog.h"
 #include "tree/find/find_settings.h"
+#include "tree/proc/proc_view_iterator.h"
 #include "tree/proc/tree_text.h"
 
 namespace {
@@ -32,6 +37,22 @@ class ProcViewLong : public ProcViewTest {
       find.OnOK();
     });
     m_view->OnCommand(ID_EDIT_FIND);
+  }
+  // Numbers that begin anew twice, in both threads.
+  void AddThreeRuns() {
+    for (int run = 0; run < 3; ++run) {
+      m_number = 1;
+      for (int i = 0; i < kMany; ++i)
+        Add({.text = std::to_string(run) + "/" + std::to_string(i),
+             .tid = static_cast<NameId>(4 + i % 2)});
+    }
+  }
+  std::string Export(RecordingHost::DialogScript script) {
+    const std::string path = m_directory.File("tree.txt");
+    m_host.AnswerFileDialog(path);
+    m_host.AnswerWorkBox(std::move(script));
+    m_view->OnCommand(ID_FILE_EXPORT);
+    return ReadAll(path);
   }
   static std::string TextOf(const ProcModel& model) {
     std::string text;
@@ -172,7 +193,7 @@ TEST_F(ProcViewLong, ACancelledOpeningLeavesTheItemClosedAndTheNextOneGoesOn) {
     const ShortPieces pieces;
     m_host.AnswerWorkBox([&](CDialog& box) {
       EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Opening...");
-      for (int i = 0; i < 3; ++i) m_host.TickTimers();
+      m_host.TickTimers();
       EXPECT_GT(m_tree->Count(), 4U);
       box.OnCancel();
     });
@@ -247,6 +268,157 @@ TEST_F(ProcViewLong, AFindThatIsCancelledInALargeNodeSelectsNothing) {
   Find("7000", false);
   EXPECT_EQ(Selected(), "desk");
   EXPECT_EQ(m_tree->Picture(), "+desk*\n");
+}
+
+TEST_F(ProcViewLong, AnExportGoesOnBelowABoxAndCancelLeavesWhatWasThere) {
+  AddMany(kMany);
+  Open();
+  ExpandToThread();
+  m_directory.File("tree.txt", "old");
+  const ShortPieces pieces;
+  EXPECT_EQ(Export([&](CDialog& box) {
+              EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Exporting...");
+              m_host.TickTimers();
+              box.OnCancel();
+            }),
+            "old");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_directory.Path()), {}), 1);
+  int last = -1;
+  const std::string text = Export([&](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    while (!box.Ended()) {
+      EXPECT_GT(*box.Progress(), last);
+      last = *box.Progress();
+      EXPECT_EQ(ReadAll(m_directory.File("tree.txt")), "old");
+      m_host.TickTimers();
+    }
+  });
+  EXPECT_GT(last, 900);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 4 + kMany);
+  EXPECT_TRUE(text.ends_with("|   |   |   |   |- 10000\n"));
+}
+
+TEST_F(ProcViewLong, ATraceIsLookedForInPartsWhereNumbersBeganAnewTwice) {
+  AddThreeRuns();
+  Open();
+  for (const char* text : {"desk", "shop", kProcess, kThread, "TID two - 0 ps"}) Expand(text);
+  Select("desk");
+  TraceEvent_i* const target = m_document.m_traces[3 * kMany - 1];
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([&](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    EXPECT_STREQ(box.Message(), "Looking for the trace...");
+    EXPECT_TRUE(m_document.IsWorkedOn());
+    dialog.OnCancel();
+  });
+  FollowTo(target);
+  EXPECT_EQ(Selected(), "desk");
+  int ticks = 0, last = -1;
+  m_host.AnswerWorkBox([&](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    while (!box.Ended()) {
+      EXPECT_GT(*box.Progress(), last);
+      last = *box.Progress();
+      m_host.TickTimers();
+      ++ticks;
+    }
+  });
+  FollowTo(target);
+  EXPECT_GE(ticks, 1);
+  EXPECT_EQ(Selected(), "2/9999");
+}
+
+// A hidden trace has no leaf: threads are looked through for the nearest one.
+TEST_F(ProcViewLong, TheNearestOfAHiddenTraceIsFoundInPartsAsAtOnce) {
+  AddThreeRuns();
+  m_number = 5000;
+  TraceEvent_i* const hidden = Add({.text = "hidden", .category = 9});
+  HideNine(m_view->m_filter);
+  Open();
+  const NodePosition atOnce = const_cast<ProcModel&>(m_view->Model()).FindNode(*hidden);
+  ASSERT_TRUE(atOnce);
+  const ShortPieces pieces;
+  int ticks = 0;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    for (; !box.Ended(); ++ticks) m_host.TickTimers();
+  });
+  FollowTo(hidden);
+  EXPECT_GE(ticks, 1);
+  EXPECT_EQ(m_tree->SelectedItem(), atOnce.Node()->treeItem);
+  EXPECT_EQ(Selected(), "0/4999");
+}
+
+TEST_F(ProcViewLong, TheCursorOfThePropertiesOpensALargeNodeBelowABoxAndCancelKeepsItsPlace) {
+  AddMany(kMany);
+  Open();
+  for (const char* text : {"desk", "shop", kProcess}) Expand(text);
+  Select(kThread);
+  const ShortPieces pieces;
+  CProcViewIterator cursor(*m_view, m_tree->SelectedItem());
+  m_host.WantNoWorkBox();
+  ASSERT_TRUE(cursor.HasNext());
+  EXPECT_LT(m_tree->Count(), 5000U) << "to look there is no need of all";
+  m_host.WantNoWorkBox(false);
+  const TraceEvent_i* const before = cursor.current;
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Opening...");
+    box.OnCancel();
+  });
+  cursor.Next();
+  EXPECT_TRUE(cursor.cancelled);
+  EXPECT_EQ(cursor.current, before);
+  EXPECT_EQ(Selected(), kThread);
+  EXPECT_EQ(m_tree->Picture(), "-desk\n  -shop\n    -PID 100 - 0 ps\n      +TID one - 0 ps*\n");
+  m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });
+  cursor.Next();
+  EXPECT_FALSE(cursor.cancelled);
+  EXPECT_EQ(Selected(), "1");
+  EXPECT_EQ(m_tree->Count(), 4U + kMany);
+}
+
+TEST_F(ProcViewLong, TheCursorGoesBackIntoALargeNodeBelowABoxAndCancelKeepsItsPlace) {
+  AddMany(kMany);
+  Add({.text = "far", .machine = 6});
+  Open();
+  Select("lab");
+  const ShortPieces pieces;
+  CProcViewIterator cursor(*m_view, m_tree->SelectedItem());
+  m_host.WantNoWorkBox();
+  EXPECT_TRUE(cursor.HasPrev());
+  m_host.WantNoWorkBox(false);
+  const TraceEvent_i* const before = cursor.current;
+  // Of the levels above the first part is all; each asks, as a box comes behind the first part.
+  for (const bool cancels : {true, false}) {
+    m_host.AnswerWorkBox([&](CDialog& box) { cancels ? box.OnCancel() : m_host.Finish(box); });
+    cursor.Prev();
+    EXPECT_EQ(cursor.cancelled, cancels);
+    EXPECT_EQ(cursor.current == before, cancels);
+    EXPECT_EQ(Selected(), cancels ? "lab" : "10000");
+  }
+}
+
+// The step that measures the span to the trace before may be what opens the node.
+TEST_F(ProcViewLong, PropertiesWhoseStepBackIsCancelledSayThatTheDifferenceIsNotKnown) {
+  AddMany(kMany);
+  Add({.text = "far", .machine = 6, .tic = 50});
+  Open();
+  Select("lab");
+  const ShortPieces pieces;
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  bool seen = false;
+  m_host.AnswerDialog([&](CDialog& dialog) {
+    auto& details = dynamic_cast<CTraceDetailDialog&>(dialog);
+    EXPECT_EQ(details.m_ticDifference, "n/a");
+    EXPECT_EQ(details.m_text, "far");
+    EXPECT_TRUE(details.m_hasBack);
+    m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+    details.OnBack();
+    EXPECT_EQ(details.m_text, "far") << "it has not moved";
+    seen = true;
+  });
+  m_view->OnCommand(ID_VIEW_PROPERTIES);
+  EXPECT_TRUE(seen);
+  EXPECT_EQ(Selected(), "lab");
 }
 
 }  // namespace

@@ -1,0 +1,34 @@
+// The search for a trace's place in the tree as long work: where the numbers of its threads have
+// begun anew more than once, all their nodes may have to be looked at.
+//
+// Owner    Borrows model and trace. REQUIRES: neither changes while it is under way.
+// Threads  Interface thread.
+#pragma once
+
+#include <algorithm>
+
+#include "docview/long_work.h"
+#include "tree/proc/proc_model.h"
+
+class NodeSearch final : public LongWork {
+ public:
+  NodeSearch(ProcModel& model, const TraceEvent_i& event)
+      : m_model(model), m_event(event), m_walks(event, ThreadWalks::Way::InParts) {}
+
+  bool DoPart() override {
+    m_walks.DoPart();
+    if (!m_walks.AnyLeft()) m_place = m_model.FindNode(m_event, m_walks);
+    return !m_walks.AnyLeft();
+  }
+  std::optional<int> Progress() const override {
+    const auto all = static_cast<std::uint64_t>(m_model.TraceCount());
+    return Thousandths(std::min<std::uint64_t>(m_walks.Visited(), all), all);
+  }
+  NodePosition Place() const { return m_place; }
+
+ private:
+  ProcModel& m_model;
+  const TraceEvent_i& m_event;
+  ThreadWalks m_walks;
+  NodePosition m_place;
+};

@@ -1,0 +1,36 @@
+// The walks through threads without order that one search needs: each is done once, and either at
+// once or in parts, between two tries of the search.
+//
+// In parts: a try asks for walks, and goes on without those that have not been done. While some are
+// left its result counts for nothing: they are done, and the search is tried again.
+//
+// Owner    Borrows trace and threads. REQUIRES: nothing changes in the threads meanwhile.
+// Threads  Interface thread.
+#pragma once
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "tree/proc/find_node.h"
+
+class ThreadWalks {
+ public:
+  enum class Way { AtOnce, InParts };
+  ThreadWalks(const TraceEvent_i& event, Way way) : m_event(event), m_way(way) {}
+
+  // What the walk through the thread gives; nothing while it is left.
+  std::optional<NodePosition> Through(CExecutionBlock& thread);
+  bool AnyLeft() const { return !m_left.empty(); }
+  // A part of those that are left.
+  void DoPart();
+  // Nodes that were visited.
+  std::size_t Visited() const { return m_visited; }
+
+ private:
+  const TraceEvent_i& m_event;
+  const Way m_way;
+  std::vector<std::pair<const CExecutionBlock*, NodePosition>> m_done;
+  std::vector<std::pair<const CExecutionBlock*, NodeWalk>> m_left;
+  std::size_t m_visited = 0;
+};

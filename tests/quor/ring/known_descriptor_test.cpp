@@ -34,6 +34,18 @@ TEST(KnownDescriptor, ASocketOfTheSameKindIsAnotherFile) {
   for (const int number : {first[0], first[1], second[0], second[1]}) close(number);
 }
 
+TEST(KnownDescriptor, AFileThatIsOpenedAgainUnderTheNumberThatWasLostIsKept) {
+  const int file = memfd_create("x", MFD_CLOEXEC);
+  KnownDescriptor own(dup(file));
+  const int number = own.Get();
+  close(number);
+  ASSERT_EQ(dup(file), number);
+  own = KnownDescriptor(number);
+  EXPECT_EQ(own.Get(), number);
+  EXPECT_NE(fcntl(number, F_GETFD), -1);
+  close(file);
+}
+
 TEST(KnownDescriptor, TheNumbersOfStandardInputOutputAndErrorAreLeftFree) {
   const int saved = dup(STDIN_FILENO);
   close(STDIN_FILENO);

@@ -98,6 +98,9 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
       m_top = row - CountPerPage() + 1;
     Painted();
   }
+  void ShowHit(int row, Column column) override {
+    calls.push_back("hit " + std::to_string(row) + " " + std::to_string(static_cast<int>(column)));
+  }
   // The user scrolls.
   void ScrollTo(int top) {
     m_top = top;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/fake_tree_items.h"
@@ -23,6 +24,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   std::vector<std::string> calls;
   std::vector<std::string> changedTexts;
   bool redraw = true;
+  int repaints = 0;
   bool hasKeyboard = false;
 
   void SetFocus() override { hasKeyboard = true; }
@@ -41,14 +43,14 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   void DeleteItem(TreeItem item) override {
     if (item == 0) {
       calls.push_back("clear");
+      MoveSelection(0);
       m_items.Clear();
-      m_selected = 0;
       m_top = 0;
       return;
     }
     if (!m_items.Has(item)) return;
     ++deleted;
-    if (m_selected == item || m_items.IsBelow(m_selected, item)) m_selected = Heir(item);
+    if (m_selected == item || m_items.IsBelow(m_selected, item)) MoveSelection(Heir(item));
     const std::vector<TreeItem> rows = m_items.Rows();
     const auto above = std::find(rows.begin(), rows.end(), item);
     if (above < rows.begin() + m_top) {
@@ -74,7 +76,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
       if (!m_owner.OnTreeItemExpanding(item) || m_items.Get(item).children.empty()) return;
       m_items.State(item) |= kTreeExpanded;
     } else {
-      if (m_items.IsBelow(m_selected, item)) m_selected = item;
+      if (m_items.IsBelow(m_selected, item)) MoveSelection(item);
       state &= ~static_cast<unsigned>(kTreeExpanded);
       ClampTop();
     }
@@ -83,7 +85,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   void SelectItem(TreeItem item) override {
     if (item && !m_items.Has(item)) return;
     calls.push_back("select " + TextOf(item));
-    if (OpenAbove(item)) m_selected = item;
+    if (OpenAbove(item)) MoveSelection(item);
   }
   void EnsureVisible(TreeItem item) override {
     if (!item || !m_items.Has(item)) return;
@@ -101,6 +103,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
       return each == item || m_items.IsBelow(each, item);
     });
   }
+  void ShowHit(TreeItem item) override { calls.push_back("hit " + TextOf(item)); }
   bool IsOnScreen(TreeItem item) const override {
     const int row = RowOf(item);
     return row >= m_top && row < m_top + pageRows;
@@ -109,6 +112,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
     calls.push_back(on ? "redraw on" : "redraw off");
     redraw = on;
   }
+  void Repaint() override { ++repaints; }
 
   // The user scrolls.
   void ScrollTo(int top) {
@@ -140,6 +144,9 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   std::size_t Count() const { return m_items.All().size(); }
 
  private:
+  void MoveSelection(TreeItem item) {
+    if (std::exchange(m_selected, item) != item) m_owner.OnTreeSelectionChanged();
+  }
   TreeItem Heir(TreeItem item) const {
     for (const TreeStep step : {TreeStep::NextSibling, TreeStep::PreviousSibling})
       if (const TreeItem heir = Walk(item, step)) return heir;

@@ -15,7 +15,7 @@ class RecordingRowListOwner final : public RowListOwner {
   }
   int RowListIcon(int) override { return -1; }
   RowTint RowListTint(int) override { return RowTint::None; }
-  CellHit RowListHit(int, Column) override { return {}; }
+  std::vector<HitRange> RowListHits(int, Column) override { return {}; }
   std::string RowListEmptyText() override { return {}; }
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override {
     told.push_back(std::to_string(row) + ": " + std::to_string(oldState) + ">" +

@@ -17,6 +17,11 @@ class RecordingTreeOwner final : public TreeControlOwner {
     const auto text = texts.find(data);
     return text == texts.end() ? "item " + std::to_string(data) : text->second;
   }
+  std::vector<HitRange> TreeTextHits(const std::string& text) override {
+    const auto hit = hits.find(text);
+    return hit == hits.end() ? std::vector<HitRange>() : hit->second;
+  }
+  void OnTreeSelectionChanged() override { selections.push_back(tree->SelectedItem()); }
   bool OnTreeItemExpanding(TreeItem item) override {
     told.push_back("expanding " + std::to_string(tree->ItemData(item)));
     if (fill) fill(item);
@@ -28,9 +33,11 @@ class RecordingTreeOwner final : public TreeControlOwner {
   void OnTreeContextMenu(int, int) override { told.push_back("context menu"); }
 
   TreeControl* tree = nullptr;
-  std::function<void(TreeItem)> fill;         // what the owner does at each expansion
-  std::map<TreeItemData, std::string> texts;  // of those that are not "item 7"
-  TreeItemData closed = 0;                    // the item that it does not let open
+  std::function<void(TreeItem)> fill;                 // what the owner does at each expansion
+  std::map<TreeItemData, std::string> texts;          // of those that are not "item 7"
+  std::map<std::string, std::vector<HitRange>> hits;  // by text
+  std::vector<TreeItem> selections;                   // at each change
+  TreeItemData closed = 0;                            // the item that it does not let open
   std::vector<std::string> told;
 
  private:

@@ -96,8 +96,25 @@ TYPED_TEST_P(TreeItemContract, HundredsOfItemsWalkInOrderAfterSomeHaveGone) {
   EXPECT_EQ(this->At(items[800 - 1], TreeStep::PreviousVisible), 600U);
 }
 
+TYPED_TEST_P(TreeItemContract, EachChangeOfTheSelectionIsToldOnceWhoeverMadeIt) {
+  this->AddSmall();
+  std::vector<TreeItem>& told = this->m_owner.selections;
+  this->Tree().SelectItem(this->m_12);
+  this->Tree().SelectItem(this->m_12);
+  EXPECT_EQ(told, (std::vector<TreeItem>{this->m_12}));
+  this->Tree().SelectItem(this->m_111);
+  this->Tree().Expand(this->m_1, false);
+  EXPECT_EQ(told, (std::vector<TreeItem>{this->m_12, this->m_111, this->m_1}));
+  this->Tree().DeleteItem(this->m_1);
+  EXPECT_EQ(told.back(), this->m_2);
+  this->Tree().DeleteItem(0);
+  this->Tree().DeleteItem(0);
+  EXPECT_EQ(told, (std::vector<TreeItem>{this->m_12, this->m_111, this->m_1, this->m_2, 0}));
+}
+
 REGISTER_TYPED_TEST_SUITE_P(TreeItemContract, AnEmptyTreeHasNothingAndTakesAnyCall,
                             ItemsStandInTheOrderOfTheirInsertionBelowTheirParent,
                             AnItemGetsItsButtonByTheMarkOrByAChild, ADeletedItemGoesWithAllBelowIt,
                             AnInsertionBelowAnOpenItemIsSeenAtOnce,
-                            HundredsOfItemsWalkInOrderAfterSomeHaveGone);
+                            HundredsOfItemsWalkInOrderAfterSomeHaveGone,
+                            EachChangeOfTheSelectionIsToldOnceWhoeverMadeIt);

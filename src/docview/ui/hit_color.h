@@ -1,10 +1,15 @@
-// The tint behind text that a search finds: the palette's text stays readable on it.
+// The tint behind text that a search has found, wherever text is shown: the palette's text stays
+// readable on it.
 #pragma once
 
 #include <QColor>
 #include <QPalette>
 
+#include "docview/ui/mixed_color.h"
+
 inline QColor HitColor(const QPalette& palette) {
-  const bool dark = palette.color(QPalette::Base).lightness() < 128;
-  return dark ? QColor(0x6b, 0x53, 0x00) : QColor(0xff, 0xe5, 0x8f);
+  constexpr double kInLight = 0.6, kInDark = 0.38;
+  const QColor base = palette.color(QPalette::Active, QPalette::Base);
+  const bool dark = base.lightness() < palette.color(QPalette::Active, QPalette::Text).lightness();
+  return Mixed(base, QColor(0xff, 0xc8, 0x3d), dark ? kInDark : kInLight);
 }

@@ -11,19 +11,16 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "docview/view.h"
 #include "listview/columns/columns.h"
+#include "tree/find/find_hits.h"
 
 enum RowState : unsigned { kRowFocused = 1, kRowSelected = 2 };
 
 // A pale colour behind a row that is not selected.
 enum class RowTint { None, Warn, Error };
-
-// A part of a cell's text; of no bytes: none.
-struct CellHit {
-  int first = 0, bytes = 0;
-};
 
 class RowListOwner {
  public:
@@ -31,7 +28,8 @@ class RowListOwner {
   virtual std::string RowListText(int row, Column column) = 0;
   virtual int RowListIcon(int row) = 0;  // -1: none
   virtual RowTint RowListTint(int row) = 0;
-  virtual CellHit RowListHit(int row, Column column) = 0;  // what a search has found there
+  // What a search has found in the cell's text.
+  virtual std::vector<HitRange> RowListHits(int row, Column column) = 0;
   // Shown while there are no rows: what is awaited, and below it in smaller letters why.
   virtual std::string RowListEmptyText() = 0;
   // A row's state changed. Comes before the call that changed it returns, for the row that loses
@@ -95,6 +93,9 @@ class RowList : public ViewControl {
   virtual int TopIndex() const = 0;
   virtual int CountPerPage() const = 0;     // rows that show whole; 1 where less than one does
   virtual void EnsureVisible(int row) = 0;  // whole, scrolling as little as needed
+  // Scrolls across, as little as needed, to the first hit that the owner tells of in the cell; to
+  // the cell's end when it is cut off there.
+  virtual void ShowHit(int row, Column column) = 0;
   // While redrawing is off nothing is painted; switching it on paints all.
   virtual void SetRedraw(bool on) = 0;
   // The owner would answer other looks and other texts for an empty list from now on.

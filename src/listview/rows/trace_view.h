@@ -16,8 +16,6 @@
 #include "listview/rows/row_store.h"
 #include "tree/filter/trace_filter.h"
 
-class RegexPlan;
-
 using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;
 
 class CTraceView : public CView, public RowListOwner {
@@ -54,7 +52,7 @@ class CTraceView : public CView, public RowListOwner {
   std::string RowListText(int row, Column column) override;
   int RowListIcon(int row) override;
   RowTint RowListTint(int row) override;
-  CellHit RowListHit(int row, Column column) override;
+  std::vector<HitRange> RowListHits(int row, Column column) override;
   std::string RowListEmptyText() override;
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override;
   void OnRowClicked(int row) override;
@@ -96,7 +94,5 @@ class CTraceView : public CView, public RowListOwner {
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};
   int m_currentRow = -1;  // of the focused row, as the list last told
   bool m_active = false;
-  // The pattern of the search that has put the focus where it stands; null without one. Of its own:
-  // another view's search may be in the middle of a text.
-  std::unique_ptr<RegexPlan> m_hits;
+  std::unique_ptr<FindHits> m_hits;  // of the search that has put the focus where it stands
 };

@@ -68,6 +68,7 @@ void CTraceView::FindInRows() {
       m_list->SetItemState(walk.Row(), kRowFocused, kRowFocused);
       m_list->EnsureVisible(walk.Row());
       ShowHits(true);
+      m_list->ShowHit(walk.Row(), Column::Trace);
       Follow(EventOfRow(walk.Row()));
       break;
     case FindResult::NotFound:

@@ -3,14 +3,6 @@
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "tree/find/searched_text.h"
-#include "tree/regex/regex_plan.h"
-
-namespace {
-
-// What a pattern may cost in one cell while rows are painted. One that needs more has no hit there.
-constexpr std::int64_t kHitSteps = 20000;
-
-}  // namespace
 
 RowTint CTraceView::RowListTint(int row) {
   const TraceEvent_i* event = g_tintSeverity ? EventOfRow(row) : nullptr;
@@ -18,18 +10,16 @@ RowTint CTraceView::RowListTint(int row) {
   return icon == 1 ? RowTint::Warn : icon == 2 ? RowTint::Error : RowTint::None;
 }
 
-CellHit CTraceView::RowListHit(int row, Column column) {
+std::vector<HitRange> CTraceView::RowListHits(int row, Column column) {
   const TraceEvent_i* event = EventOfRow(row);
   if (!m_hits || column != Column::Trace || !event) return {};
   std::string kept;
-  if (m_hits->Begin(SearchedText(*event, kept), kHitSteps) != RegexAnswer::Yes) return {};
-  return {static_cast<int>(m_hits->MatchStart()),
-          static_cast<int>(m_hits->MatchEnd() - m_hits->MatchStart())};
+  return m_hits->In(SearchedText(*event, kept), FindHits::kStepsToPaint, RowList::kCellBytes - 1);
 }
 
 void CTraceView::ShowHits(bool on) {
   if (!on && !m_hits) return;
-  m_hits = on ? std::make_unique<RegexPlan>() : nullptr;
+  m_hits = on ? std::make_unique<FindHits>() : nullptr;
   m_list->Repaint();
 }
 

@@ -6,10 +6,11 @@
 #include <QTextDocument>
 #include <algorithm>
 
+#include "docview/ui/hit_color.h"
+
 namespace {
 
 constexpr int kFieldLetters = 22;
-constexpr qreal kMarked = 0.3;  // of the selection's colour
 
 QString TopicOf(const QTextBrowser& pages) {
   return pages.source().fileName().section(u'.', 0, 0);
@@ -94,11 +95,9 @@ void HelpSearch::ShowHit() {
   MarkHits(hit.topic);
 }
 
-// All hits of the page, paler than the one that is selected.
+// All hits of the page, beside the one that is selected.
 void HelpSearch::MarkHits(const QString& topic) {
   QList<QTextEdit::ExtraSelection> marks;
-  QColor colour = m_pages.palette().color(QPalette::Active, QPalette::Highlight);
-  colour.setAlphaF(kMarked);
   for (const Hit& hit : m_hits) {
     if (hit.topic != topic) continue;
     QTextEdit::ExtraSelection mark;
@@ -106,7 +105,7 @@ void HelpSearch::MarkHits(const QString& topic) {
     mark.cursor.setPosition(hit.position);
     mark.cursor.setPosition(hit.position + static_cast<int>(m_field->text().trimmed().size()),
                             QTextCursor::KeepAnchor);
-    mark.format.setBackground(colour);
+    mark.format.setBackground(HitColor(m_pages.palette()));
     marks << mark;
   }
   m_pages.setExtraSelections(marks);

@@ -7,36 +7,30 @@
 
 namespace {
 
-// Some ten milliseconds at the very most for one text.
-constexpr std::int64_t kStepsPerHit = 2000;
 constexpr std::size_t kMostAttempts = 2 * FindHits::kMostHits;
 
 }  // namespace
 
-FindHits::FindHits() = default;
-FindHits::~FindHits() = default;
-
-bool FindHits::BringPlanUpToDate() {
-  if (!MayFindNext() || RegexPrepared() == 0) return false;
-  if (!m_plan || m_prepared != RegexPrepared()) {
-    m_plan = std::make_unique<RegexPlan>();
-    m_prepared = RegexPrepared();
-  }
-  return true;
+FindHits::FindHits() {
+  if (MayFindNext() && RegexPrepared() != 0) m_plan = std::make_unique<RegexPlan>();
 }
 
-const std::vector<HitRange>& FindHits::In(std::string_view text) {
+FindHits::~FindHits() = default;
+
+const std::vector<HitRange>& FindHits::In(std::string_view text, std::int64_t steps,
+                                          std::size_t shownBytes) {
   m_hits.clear();
-  if (!BringPlanUpToDate()) return m_hits;
-  RegexAnswer answer = m_plan->Begin(text, kStepsPerHit);
+  if (!m_plan) return m_hits;
+  RegexAnswer answer = m_plan->Begin(text, steps);
   for (std::size_t attempts = 0; answer == RegexAnswer::Yes && attempts < kMostAttempts;
        ++attempts) {
     // A match may reach over the text's end, into the zero behind it.
     const std::size_t begin = m_plan->MatchStart();
     const std::size_t end = std::min(m_plan->MatchEnd(), text.size());
+    if (begin >= shownBytes) break;
     if (begin < end) m_hits.push_back({begin, end});
     if (m_hits.size() == kMostHits) break;
-    answer = m_plan->Next(text, kStepsPerHit);
+    answer = m_plan->Next(text, m_plan->StepsLeft());
   }
   return m_hits;
 }

@@ -1,15 +1,16 @@
-// Where the text that a user last searched for stands in a text, for views that tint it.
+// Where the text that a user searched for stands in a text, for views that tint it.
 //
 // Shape    Places in bytes, in their order, no two overlapping. Empty hits are left out, and so is
 //          what a costly pattern or a long text holds behind the first hits: tinting must not hold
 //          the window.
-// Owner    Keeps a plan of its own of the pattern last prepared, so that a search that is under way
-//          goes on undisturbed.
-// Errors   None: no search so far, no hits.
+// Owner    Keeps a plan of its own of the pattern that was prepared last when it was made: a search
+//          that is under way goes on undisturbed, and a later pattern changes nothing here.
+// Errors   None: no search before it was made, no hits.
 // Threads  Interface thread.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -24,17 +25,18 @@ struct HitRange {
 class FindHits {
  public:
   static constexpr std::size_t kMostHits = 500;
+  // Of the matcher in one text: some ten milliseconds where it is read for itself, a tenth of one
+  // where it is one of those that a window paints.
+  static constexpr std::int64_t kSteps = 1'000'000, kStepsToPaint = 20'000;
 
   FindHits();
   ~FindHits();
 
-  // Good until the next call.
-  const std::vector<HitRange>& In(std::string_view text);
+  // Those that begin within the first `shownBytes`. Good until the next call.
+  const std::vector<HitRange>& In(std::string_view text, std::int64_t steps = kSteps,
+                                  std::size_t shownBytes = std::string_view::npos);
 
  private:
-  bool BringPlanUpToDate();
-
-  std::unique_ptr<RegexPlan> m_plan;
-  unsigned m_prepared = 0;  // of RegexPrepared, when the plan was made
+  std::unique_ptr<RegexPlan> m_plan;  // null without a search
   std::vector<HitRange> m_hits;
 };

@@ -54,10 +54,8 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   // The items in the order of the tree, opened or not: creates what lacks on the way. 0 at the end.
   TreeItem NextTreeItem(TreeItem item);
   TreeItem PrevTreeItem(TreeItem item);
-  // Of the items that exist.
-  TreeItem LastTreeItem() const;
-  // From the selected item on, around the end of the tree; a hit is selected. Without a selected
-  // item nothing is found.
+  TreeItem LastTreeItem() const;  // of the items that exist
+  // From the selected item, if there is one, around the end of the tree; a hit is selected.
   FindResult FindInTree();
 
   CTraceDoc& Document() const { return m_document; }
@@ -67,10 +65,11 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   void Show(TreeItem item);                  // selects it and makes it visible
   bool Lacks(TreeItem item) const;           // children of its node have no items
   ItemFill FillOf(TreeItem item);            // REQUIRES: Lacks
-  // Sends hint 1006 for the event to the other views if the document synchronises.
-  void Follow(TraceEvent_i* event);
+  void Follow(TraceEvent_i* event);  // has the other views follow, if the document synchronises
 
   std::string TreeItemText(TreeItemData data) override;
+  std::vector<HitRange> TreeTextHits(const std::string& text) override;
+  void OnTreeSelectionChanged() override { ShowHits(false); }
   bool OnTreeItemExpanding(TreeItem item) override;
   void OnTreeClicked(TreeItem item) override;
   void OnTreeDoubleClicked() override;
@@ -98,7 +97,7 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   bool FillWatched(TreeItem item);
   void EnsureTreeItem(CTraceEvent& node, bool watched);
   void TellStatus();
-
+  void ShowHits(bool on);
   void MapCommands();
   void OnFind();
   void OnFindNext();
@@ -117,4 +116,5 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   bool m_active = false;
   std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
   std::vector<CProcViewIterator*> m_iterators;  // at work: they are told what goes
+  std::unique_ptr<FindHits> m_hits;             // of the search that has selected the item
 };

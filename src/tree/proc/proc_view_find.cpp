@@ -62,8 +62,22 @@ FindResult CProcView::FindInTree() {
   if (!selected) return FindResult::NotFound;
   TreeWalk walk(*this, selected, FindSettings.backward != 0);
   const FindResult result = RunSearch(GetHost(), &m_document, walk);
-  if (result == FindResult::Hit) Show(walk.Item());
+  if (result == FindResult::Hit) {
+    Show(walk.Item());
+    ShowHits(true);
+    m_tree->ShowHit(walk.Item());
+  }
   return result;
+}
+
+std::vector<HitRange> CProcView::TreeTextHits(const std::string& text) {
+  return m_hits ? m_hits->In(text, FindHits::kStepsToPaint) : std::vector<HitRange>();
+}
+
+void CProcView::ShowHits(bool on) {
+  if (!on && !m_hits) return;
+  m_hits = on ? std::make_unique<FindHits>() : nullptr;
+  m_tree->Repaint();
 }
 
 void CProcView::OnFind() {

@@ -14,8 +14,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "docview/view.h"
+#include "tree/find/find_hits.h"
 #include "tree/proc/nodes.h"
 
 // The owner's word for an item; 0: none.
@@ -25,6 +27,10 @@ class TreeControlOwner {
  public:
   // The whole text, of any length.
   virtual std::string TreeItemText(TreeItemData data) = 0;
+  // What a search has found in the text of an item.
+  virtual std::vector<HitRange> TreeTextHits(const std::string& text) = 0;
+  // Another item is selected than before, or none, whoever did it.
+  virtual void OnTreeSelectionChanged() = 0;
   // The item is about to be expanded, whoever asked for it, and may be given its children now.
   // False: it stays closed.
   virtual bool OnTreeItemExpanding(TreeItem item) = 0;
@@ -86,8 +92,13 @@ class TreeControl : public ViewControl, public TreeItemPort {
   virtual void EnsureVisible(TreeItem item) = 0;
   // How many rows the item and what is seen below it take, if its parents are expanded.
   virtual std::int64_t RowsOf(TreeItem item) const = 0;
+  // Scrolls across, as little as needed, to the first hit that the owner tells of in the item's
+  // text.
+  virtual void ShowHit(TreeItem item) = 0;
   // Does the item's rectangle overlap the control's?
   virtual bool IsOnScreen(TreeItem item) const = 0;
   // While redrawing is off nothing is painted; switching it on paints all.
   virtual void SetRedraw(bool on) = 0;
+  // The owner would answer other hits from now on.
+  virtual void Repaint() = 0;
 };

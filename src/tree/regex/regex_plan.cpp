@@ -202,6 +202,7 @@ RegexAnswer RegexPlan::Next(std::string_view text, std::int64_t steps) {
 
 RegexAnswer RegexPlan::BeginAt(std::string_view text, std::size_t place, std::int64_t steps) {
   m_place = place;
+  m_stepsLeft = steps;
   if (m_place == kNowhere) return RegexAnswer::No;
   if (m_probesAll) {
     m_matchEnd = m_place + m_start->bytes;
@@ -223,6 +224,7 @@ RegexAnswer RegexPlan::Try(std::string_view text, RegexRun run, std::int64_t& st
     if (m_place == kNowhere || !MayMatchFrom(text, m_place)) return RegexAnswer::No;
     run = m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps);
   }
+  m_stepsLeft = steps;
   if (run == RegexRun::Hit) {
     m_matchEnd = m_machine.MatchEnd();
     return RegexAnswer::Yes;

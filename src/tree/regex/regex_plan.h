@@ -30,6 +30,8 @@ class RegexPlan {
   // Behind a Yes, counted from the text's start.
   std::size_t MatchStart() const { return m_place; }
   std::size_t MatchEnd() const { return m_matchEnd; }
+  // Of those that the call was given.
+  std::int64_t StepsLeft() const { return m_stepsLeft; }
   const RegexMachine& Machine() const { return m_machine; }
   const RegexNodes& Nodes() const { return m_nodes; }
 
@@ -75,5 +77,6 @@ class RegexPlan {
   bool m_unfinished = false;
   std::size_t m_place = 0;  // of the attempt
   std::size_t m_matchEnd = 0;
+  std::int64_t m_stepsLeft = 0;
   std::size_t m_needAt = 0;  // the probe of m_need holds here; kNowhere before it was looked for
 };

@@ -38,7 +38,11 @@ class TraceDetails : public testing::Test {
 TEST_F(TraceDetails, TheHitsOfTheLastSearchStandWhereTheTextHasThem) {
   ASSERT_EQ(RegexPrepare("up", 0, 1, 0, 0), 1);
   FindSettings.searchText = "up";
-  const CTraceDetailDialog& dialog = OpenOn({{.text = "up\nis up\n\nup"}});
+  m_cursor.Clear();
+  m_cursor.Add({.text = "up\nis up\n\nup"});
+  m_cursor.StandAt(0);
+  CTraceDetailDialog dialog(m_host, m_cursor, m_names);
+  dialog.OnInitDialog();
   FindSettings = {};
   ASSERT_EQ(dialog.m_text, "up\r\nis up\r\n\r\nup");
   EXPECT_EQ(dialog.m_hits, (std::vector<HitRange>{{0, 2}, {7, 9}, {13, 15}}));

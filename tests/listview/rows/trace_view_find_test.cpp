@@ -131,7 +131,8 @@ TEST_F(TraceViewFindTest, AHitMovesTheFocusAloneAndShowsTheRow) {
   LookFor("hit");
   m_list->calls.clear();
   m_view->FindInRows();
-  EXPECT_EQ(m_list->calls, (std::vector<std::string>{"state 0 0/1", "state 2 1/1", "visible 2"}));
+  EXPECT_EQ(m_list->calls,
+            (std::vector<std::string>{"state 0 0/1", "state 2 1/1", "visible 2", "hit 2 12"}));
   EXPECT_EQ(m_list->GetItemState(0), unsigned{kRowSelected});
   EXPECT_EQ(m_list->GetItemState(2), unsigned{kRowFocused});
   EXPECT_EQ(m_view->CurrentEvent(), m_view->Rows().EventAt(2));
@@ -143,11 +144,13 @@ TEST_F(TraceViewFindTest, AStopRowOutsideOfTheListTakesTheFocusFromAllRowsOrNone
   LookFor("hit");
   m_list->calls.clear();
   m_view->FindInRows();
-  EXPECT_EQ(m_list->calls, (std::vector<std::string>{"state -1 0/1", "state 0 1/1", "visible 0"}));
+  EXPECT_EQ(m_list->calls,
+            (std::vector<std::string>{"state -1 0/1", "state 0 1/1", "visible 0", "hit 0 12"}));
   LookFor("no", true);
   m_list->calls.clear();
   m_view->FindInRows();
-  EXPECT_EQ(m_list->calls, (std::vector<std::string>{"state 2 0/1", "state 1 1/1", "visible 1"}));
+  EXPECT_EQ(m_list->calls,
+            (std::vector<std::string>{"state 2 0/1", "state 1 1/1", "visible 1", "hit 1 12"}));
   EXPECT_EQ(Focused(), 1);
 }
 

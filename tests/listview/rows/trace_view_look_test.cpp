@@ -19,10 +19,13 @@ class Look : public TraceViewTest {
     g_tintSeverity = true;
     FindSettings = {};
   }
-  // "2+3": where the row's hit begins and how long it is; "" for none.
+  // "2+3 7+3": where the row's hits begin and how long they are; "" for none.
   std::string Hit(int row, Column column = Column::Trace) {
-    const CellHit hit = m_view->RowListHit(row, column);
-    return hit.bytes ? std::to_string(hit.first) + "+" + std::to_string(hit.bytes) : "";
+    std::string hits;
+    for (const HitRange& hit : m_view->RowListHits(row, column))
+      hits += (hits.empty() ? "" : " ") + std::to_string(hit.begin) + "+" +
+              std::to_string(hit.end - hit.begin);
+    return hits;
   }
   void FindNext(const char* text, int literal = 1) {
     ASSERT_EQ(RegexPrepare(text, 0, literal, 0, 0), 1);
@@ -63,6 +66,25 @@ TEST_F(Look, AfterASearchTheHitsOfAllRowsShowUntilTheFocusMovesOn) {
   m_list->SetItemState(2, kRowFocused, kRowFocused);
   EXPECT_EQ(Hit(1), "");
   EXPECT_GT(m_list->repaints, repaints);
+}
+
+TEST_F(Look, EveryHitOfARowShowsAsFarAsItsCellDoes) {
+  Add({.text = "one, bone and stone"});
+  Add({.text = "one" + std::string(254, ' ') + "one one"});
+  Open();
+  FindNext("one");
+  EXPECT_EQ(Hit(0), "0+3 6+3 16+3");
+  EXPECT_EQ(Hit(1), "0+3 257+3") << "a cell shows 259 bytes";
+}
+
+TEST_F(Look, ASearchScrollsAcrossToItsHitOnceItsHitsShow) {
+  for (const char* text : {"zero", "one"}) Add({.text = text});
+  Open();
+  m_list->calls.clear();
+  FindNext("one");
+  const std::string shown = "hit 1 " + std::to_string(static_cast<int>(Column::Trace));
+  ASSERT_FALSE(m_list->calls.empty());
+  EXPECT_EQ(m_list->calls.back(), shown) << "behind the focus, whose move takes old hits down";
 }
 
 TEST_F(Look, ASearchWithoutAHitAndARebuildLeaveNoHits) {

@@ -5,6 +5,8 @@
 
 #include <chrono>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
@@ -23,16 +25,15 @@ class FindHitsTest : public testing::Test {
     FindSettings = {pattern, ignoreCase, 0, regular, word};
   }
   // "[up] and [up]": the text with its hits in brackets.
-  std::string Marked(std::string text) {
-    const std::vector<HitRange> hits = m_hits.In(text);
+  static std::string Marked(std::string text) { return Marked(FindHits(), std::move(text)); }
+  static std::string Marked(FindHits&& made, std::string text) {
+    const std::vector<HitRange> hits = made.In(text);
     for (auto hit = hits.rbegin(); hit != hits.rend(); ++hit) {
       text.insert(hit->end, "]");
       text.insert(hit->begin, "[");
     }
     return text;
   }
-
-  FindHits m_hits;
 };
 
 TEST_F(FindHitsTest, BeforeASearchThereAreNone) {
@@ -76,11 +77,31 @@ TEST_F(FindHitsTest, EmptyHitsAreLeftOut) {
   EXPECT_EQ(Marked("axxb"), "a[xx]b");
 }
 
-TEST_F(FindHitsTest, ANewPatternIsTakenAtOnce) {
+TEST_F(FindHitsTest, ALaterPatternChangesNothingInThem) {
   Prepare("up");
-  EXPECT_EQ(Marked("up down"), "[up] down");
+  FindHits hits;
   Prepare("down");
+  EXPECT_EQ(Marked(std::move(hits), "up down"), "[up] down");
   EXPECT_EQ(Marked("up down"), "up [down]");
+}
+
+TEST_F(FindHitsTest, OnlyThoseThatBeginInWhatIsShownAreGiven) {
+  Prepare("up");
+  EXPECT_EQ(FindHits().In("up up up", FindHits::kSteps, 4),
+            (std::vector<HitRange>{{0, 2}, {3, 5}}));
+  EXPECT_EQ(FindHits().In("up up up", FindHits::kSteps, 3), (std::vector<HitRange>{{0, 2}}));
+}
+
+TEST_F(FindHitsTest, AllHitsOfATextLiveOnTheSameSteps) {
+  Prepare("a*a*b", true);
+  const std::string one = std::string(100, 'a') + "b";
+  const auto hits = [&](std::int64_t steps) {
+    return FindHits().In(one + one + one, steps).size();
+  };
+  std::int64_t first = 1;
+  while (hits(first) == 0) ++first;
+  EXPECT_EQ(hits(first), 1U) << "nothing is left for the second";
+  EXPECT_EQ(hits(3 * first + 3), 3U);
 }
 
 TEST_F(FindHitsTest, ASearchThatIsUnderWayGoesOnUndisturbed) {
@@ -98,7 +119,7 @@ TEST_F(FindHitsTest, ACostlyPatternAndALongTextHoldNothingUp) {
   Prepare("\\(x*\\)\\(x*\\)\\1\\2y", true);
   Marked(std::string(60000, 'x'));
   Prepare("x");
-  EXPECT_EQ(m_hits.In(std::string(60000, 'x')).size(), FindHits::kMostHits);
+  EXPECT_EQ(FindHits().In(std::string(60000, 'x')).size(), FindHits::kMostHits);
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
 }
 

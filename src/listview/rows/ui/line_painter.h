@@ -1,4 +1,4 @@
-// Draws one line of text into a cell.
+// One line of text in a cell: where it stands, and how it is drawn.
 //
 // Threads  Interface thread.
 #pragma once
@@ -6,18 +6,35 @@
 #include <QFontMetrics>
 #include <QRect>
 #include <QString>
+#include <vector>
 
 #include "listview/rows/ui/row_look.h"
+#include "listview/rows/ui/row_text.h"
 
 class QPainter;
 
-// Characters of a line.
-struct LinePart {
-  qsizetype first = 0, count = 0;
-  qsizetype End() const { return first + count; }
+// In the height of `room` and cut with dots at its width; nothing where not even the dots fit.
+class CellLayout {
+ public:
+  CellLayout(const QFontMetrics& metrics, const QRect& room, ColumnAlign align,
+             const QString& whole);
+
+  // Marks of line ends are softer than the text. The parts that a search has found are tinted, and
+  // so are dots that hide some of them.
+  void Paint(QPainter& painter, const RowLook& look, const std::vector<LinePart>& hits) const;
+  // Where the part is seen: the dots when they hide it.
+  QRect RectOf(const LinePart& part) const;
+
+ private:
+  std::vector<LinePart> Seen(const std::vector<LinePart>& parts) const;
+
+  const QFontMetrics& m_metrics;
+  const QRect m_room;
+  QString m_text;
+  qsizetype m_dots;  // where they stand; behind the text when there are none
+  int m_left = 0;
 };
 
-// In the height of `room` and cut with dots at its width; nothing where not even the dots fit.
-// Marks of line ends are softer than the text, and the part that a search has found is tinted.
-void PaintLine(QPainter& painter, const QFontMetrics& metrics, const RowLook& look,
-               const QRect& room, ColumnAlign align, const QString& whole, LinePart hit);
+// How far a view scrolls across, to the right, so that a hit and a little around it is on view; 0
+// when it is, or when there is none. The beginning of one that is wider than the view.
+int ScrollToHit(const QRect& hit, int viewPx, const QFontMetrics& metrics);

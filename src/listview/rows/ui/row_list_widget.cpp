@@ -104,6 +104,13 @@ void QtRowList::EnsureVisible(int row) {
     ScrollTo(row - m_pageRows + 1);
 }
 
+void QtRowList::ShowHit(int row, Column column) {
+  if (!m_states.Exists(row)) return;
+  const QRect hit = m_painter.HitRect(row, column);
+  horizontalScrollBar()->setValue(horizontalScrollBar()->value() +
+                                  ScrollToHit(hit, viewport()->width(), fontMetrics()));
+}
+
 void QtRowList::SetRedraw(bool on) {
   viewport()->setUpdatesEnabled(on);
   if (on) viewport()->update();

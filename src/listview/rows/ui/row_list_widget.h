@@ -37,6 +37,7 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   int TopIndex() const override;
   int CountPerPage() const override { return m_pageRows; }
   void EnsureVisible(int row) override;
+  void ShowHit(int row, Column column) override;
   void SetRedraw(bool on) override;
   void Repaint() override { viewport()->update(); }
   void ShowEndMark(bool on) override;

@@ -1,14 +1,13 @@
 #include "listview/rows/ui/row_look.h"
 
-#include "listview/rows/ui/mixed_color.h"
+#include "docview/ui/hit_color.h"
+#include "docview/ui/mixed_color.h"
 
 namespace {
 
 constexpr double kStripe = 0.035, kSoft = 0.5, kGrid = 0.07;
 constexpr double kPale = 0.3, kPaleInDark = 0.45;  // a selection without the keyboard
 constexpr double kAccent = 0.35;
-const QColor kHitColor(0xff, 0xc8, 0x3d);
-constexpr double kHitInLight = 0.6, kHitInDark = 0.42;
 
 struct Tint {
   QColor color;
@@ -47,7 +46,7 @@ RowLook LookOf(const QPalette& palette, const RowKind& row) {
   look.soft = Mixed(look.background, look.text, kSoft);
   look.grid = Mixed(look.background, look.text, kGrid);
   look.accent = Mixed(highlight, text, kAccent);
-  look.hit = Mixed(base, kHitColor, dark ? kHitInDark : kHitInLight);
+  look.hit = HitColor(palette);
   look.hitText = text;
   return look;
 }

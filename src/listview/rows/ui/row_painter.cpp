@@ -4,9 +4,9 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "docview/ui/mixed_color.h"
 #include "listview/rows/ui/font_runs.h"
 #include "listview/rows/ui/line_painter.h"
-#include "listview/rows/ui/mixed_color.h"
 #include "listview/rows/ui/row_list_widget.h"
 #include "listview/rows/ui/row_text.h"
 
@@ -19,6 +19,10 @@ constexpr double kSoftToText = 0.4;  // its first line
 constexpr int kEndMarkPx = 2;
 constexpr double kEndMarkShare = 0.6, kFocusElsewhere = 0.55;
 constexpr int kFocusMarkPx = 4;
+
+QRect TextRoom(const QRect& cell) {
+  return cell.adjusted(RowHeader::kCellMarginPx, 0, -RowHeader::kCellMarginPx, 0);
+}
 
 }  // namespace
 
@@ -119,19 +123,21 @@ void RowPainter::PaintRow(Canvas& canvas, int row) {
 void RowPainter::PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell,
                            const Place& place, int row) const {
   const std::string bytes = m_list.Owner().RowListText(row, place.column);
-  const CellHit hit = m_list.Owner().RowListHit(row, place.column);
-  LinePart part;
-  if (hit.bytes > 0) {
-    const std::string_view before = std::string_view(bytes).substr(
-        0, std::min(bytes.size(), static_cast<std::size_t>(hit.first)));
-    const std::string_view with = std::string_view(bytes).substr(
-        0, std::min(bytes.size(), static_cast<std::size_t>(hit.first + hit.bytes)));
-    part.first = CellLine(before).size();
-    part.count = CellLine(with).size() - part.first;
-  }
-  PaintLine(canvas.painter, canvas.metrics, look,
-            cell.adjusted(RowHeader::kCellMarginPx, 0, -RowHeader::kCellMarginPx, 0), place.align,
-            CellLine(bytes), part);
+  if (bytes.empty()) return;
+  const CellLayout layout(canvas.metrics, TextRoom(cell), place.align, CellLine(bytes));
+  layout.Paint(canvas.painter, look,
+               LinePartsOf(bytes, m_list.Owner().RowListHits(row, place.column)));
+}
+
+QRect RowPainter::HitRect(int row, Column column) const {
+  const std::string bytes = m_list.Owner().RowListText(row, column);
+  const auto hits = LinePartsOf(bytes, m_list.Owner().RowListHits(row, column));
+  if (hits.empty()) return {};
+  const QFontMetrics metrics(m_list.font());
+  const RowHeader& header = m_list.Columns();
+  return CellLayout(metrics, TextRoom(m_list.CellRect(row, column)), header.AlignOf(column),
+                    CellLine(bytes))
+      .RectOf(hits.front());
 }
 
 void RowPainter::PaintIcon(Canvas& canvas, const QRect& cell, int icon) {

@@ -23,6 +23,8 @@ class RowPainter {
   void Paint(QPainter& painter, const QRect& clip);
   // What the cell needs to show whole, with its margins.
   int CellWidth(int row, Column column) const;
+  // Where the cell's first hit is seen, in the viewport; empty without one.
+  QRect HitRect(int row, Column column) const;
 
  private:
   // What all rows of one paint have in common.

@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <string_view>
+#include <vector>
 
 #include "listview/rows/row_list.h"
 
@@ -13,3 +14,14 @@ inline constexpr QChar kLineEndMark = QChar(0x23CE);
 QString CellString(std::string_view bytes, std::size_t most = RowList::kCellBytes - 1);
 // The same in one line: a mark for each line end, a blank for other control characters.
 QString CellLine(std::string_view bytes, std::size_t most = RowList::kCellBytes - 1);
+
+// Characters of a line.
+struct LinePart {
+  qsizetype first = 0, count = 0;
+  qsizetype End() const { return first + count; }
+  bool operator==(const LinePart&) const = default;
+};
+
+// Where those bytes stand in CellLine of them. A character that is hit in its middle counts whole.
+std::vector<LinePart> LinePartsOf(std::string_view bytes, const std::vector<HitRange>& hits,
+                                  std::size_t most = RowList::kCellBytes - 1);

@@ -3,7 +3,7 @@
 #include <QLocale>
 #include <QPainter>
 
-#include "listview/rows/ui/mixed_color.h"
+#include "docview/ui/mixed_color.h"
 
 namespace {
 constexpr int kSidePx = 12, kUpPx = 5;

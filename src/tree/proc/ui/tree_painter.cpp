@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "docview/ui/mixed_color.h"
 #include "listview/rows/ui/font_runs.h"
 #include "listview/rows/ui/line_painter.h"
-#include "listview/rows/ui/mixed_color.h"
 #include "listview/rows/ui/row_text.h"
 #include "tree/proc/ui/tree_widget.h"
 
@@ -18,6 +18,10 @@ constexpr int kLabelMarginPx = 4;
 constexpr std::size_t kLabelBytes = 1024;
 constexpr int kButtonPx = 11;
 constexpr double kSoft = 0.5, kLine = 0.3;
+
+QRect TextRoom(const QRect& label) {
+  return label.adjusted(kLabelMarginPx, 0, -kLabelMarginPx, 0);
+}
 
 }  // namespace
 
@@ -61,6 +65,15 @@ QRect TreePainter::LabelRect(TreeItem item, std::int64_t row) const {
   const QRect bounds = m_tree.RowRect(row);
   return QRect(LabelX(m_tree.Items().Depth(item)) - m_tree.LeftPx(), bounds.top(),
                LineWidth(m_tree.fontMetrics(), text) + 2 * kLabelMarginPx, bounds.height());
+}
+
+QRect TreePainter::HitRect(TreeItem item, std::int64_t row) const {
+  const std::string text = m_tree.Owner().TreeItemText(m_tree.ItemData(item));
+  const auto hits = LinePartsOf(text, m_tree.Owner().TreeTextHits(text), kLabelBytes);
+  if (hits.empty()) return {};
+  const QFontMetrics metrics = m_tree.fontMetrics();
+  return CellLayout(metrics, TextRoom(LabelRect(item, row)), ColumnAlign::Left, LineOf(text))
+      .RectOf(hits.front());
 }
 
 TreePart TreePainter::PartAt(const QPoint& point) const {
@@ -135,9 +148,10 @@ void TreePainter::PaintLabel(QPainter& painter, const Look& look, TreeItem item,
   const bool selected = item == m_tree.SelectedItem();
   const RowLook& colors = selected ? look.selected : look.label;
   if (selected) painter.fillRect(label, colors.background);
-  PaintLine(painter, m_tree.fontMetrics(), colors,
-            label.adjusted(kLabelMarginPx, 0, -kLabelMarginPx, 0), ColumnAlign::Left,
-            LineOf(m_tree.Owner().TreeItemText(m_tree.ItemData(item))), {});
+  const std::string text = m_tree.Owner().TreeItemText(m_tree.ItemData(item));
+  const QFontMetrics metrics = m_tree.fontMetrics();
+  const CellLayout layout(metrics, TextRoom(label), ColumnAlign::Left, LineOf(text));
+  layout.Paint(painter, colors, LinePartsOf(text, m_tree.Owner().TreeTextHits(text), kLabelBytes));
   if (!selected || !m_tree.hasFocus()) return;
   // In the colour of the text around it, which stands out from both selection and ground.
   painter.setBrush(Qt::NoBrush);

@@ -31,6 +31,8 @@ class TreePainter {
   int LabelX(int depth) const;
   // In the viewport.
   QRect LabelRect(TreeItem item, std::int64_t row) const;
+  // Where the first hit in its label stands; empty without one.
+  QRect HitRect(TreeItem item, std::int64_t row) const;
   TreePart PartAt(const QPoint& point) const;
   // How wide the rows on view are.
   int WidthOnView() const;

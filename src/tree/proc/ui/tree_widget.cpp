@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "listview/rows/ui/line_painter.h"
 #include "tree/proc/ui/tree_accessible.h"
 
 QtTreeControl::QtTreeControl(TreeControlOwner& owner, QWidget* parent)
@@ -37,8 +38,8 @@ TreeItem QtTreeControl::InsertItem(TreeItem above, TreeItemData word, bool hasCh
 void QtTreeControl::DeleteItem(TreeItem item) {
   m_input.OnDelete(item);
   if (!item) {
+    MoveSelection(0);
     m_items.DeleteItem(0);
-    m_selected = 0;
     m_top = 0;
     m_leftPx = m_widthPx = 0;
     viewport()->update();
@@ -106,6 +107,7 @@ void QtTreeControl::MoveSelection(TreeItem item) {
   ItemTextChanged(before);
   ItemTextChanged(item);
   TellTreeSelection(*this);
+  m_owner.OnTreeSelectionChanged();
 }
 
 void QtTreeControl::EnsureVisible(TreeItem item) {
@@ -121,6 +123,13 @@ void QtTreeControl::EnsureVisible(TreeItem item) {
   const int roomPx = viewport()->width();
   if (labelPx < m_leftPx || labelPx > m_leftPx + roomPx * 3 / 4)
     ScrollAcrossTo(std::max(labelPx - roomPx / 4, 0));
+}
+
+void QtTreeControl::ShowHit(TreeItem item) {
+  const std::int64_t row = item ? m_items.RowOf(item) : -1;
+  if (row == -1) return;
+  const QRect hit = m_painter.HitRect(item, row);
+  ScrollAcrossTo(std::max(m_leftPx + ScrollToHit(hit, viewport()->width(), fontMetrics()), 0));
 }
 
 bool QtTreeControl::IsOnScreen(TreeItem item) const {

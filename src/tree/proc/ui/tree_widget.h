@@ -35,8 +35,10 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   void SelectItem(TreeItem item) override;
   void EnsureVisible(TreeItem item) override;
   std::int64_t RowsOf(TreeItem item) const override { return m_items.RowsOf(item); }
+  void ShowHit(TreeItem item) override;
   bool IsOnScreen(TreeItem item) const override;
   void SetRedraw(bool on) override;
+  void Repaint() override { viewport()->update(); }
 
   // For the parts that paint, handle input and describe the tree.
   TreeControlOwner& Owner() const { return m_owner; }

@@ -115,7 +115,7 @@ TEST(RowPainting, RowsOfWarningsAndErrorsHaveAVeryPaleTint) {
 TEST(RowPainting, WhatASearchHasFoundIsTintedInTheTextAndNothingElse) {
   ShownList s(20, 10, 120);
   s.owner.texts[{1, Column::Count}] = "say hello to all";
-  s.owner.hits[{1, Column::Count}] = {4, 5};
+  s.owner.hits[{1, Column::Count}] = {{4, 9}};
   const QRect cell = s.list.CellRect(1, Column::Count);
   const QFontMetrics metrics = s.list.fontMetrics();
   const QImage picture = s.Picture();
@@ -137,7 +137,7 @@ TEST(RowPainting, WhatASearchHasFoundIsTintedInTheTextAndNothingElse) {
 TEST(RowPainting, AHitBehindLettersOfSeveralBytesAndALineEndStandsWhereItIsRead) {
   ShownList s(20, 10, 200);
   s.owner.texts[{1, Column::Trace}] = "\xc3\xa4\xc3\xb6\r\nhello";
-  s.owner.hits[{1, Column::Trace}] = {6, 5};
+  s.owner.hits[{1, Column::Trace}] = {{6, 11}};
   const QRect cell = s.list.CellRect(1, Column::Trace);
   s.list.horizontalScrollBar()->setValue(0);
   s.list.resize(3200, s.list.height());

@@ -22,9 +22,9 @@ class CellsOwner final : public RowListOwner {
   }
   int RowListIcon(int row) override { return icons.count(row) ? icons.at(row) : -1; }
   RowTint RowListTint(int row) override { return tints.count(row) ? tints.at(row) : RowTint::None; }
-  CellHit RowListHit(int row, Column column) override {
+  std::vector<HitRange> RowListHits(int row, Column column) override {
     const auto hit = hits.find({row, column});
-    return hit == hits.end() ? CellHit() : hit->second;
+    return hit == hits.end() ? std::vector<HitRange>() : hit->second;
   }
   std::string RowListEmptyText() override { return emptyText; }
   void OnRowStateChanged(int row, unsigned, unsigned newState) override {
@@ -47,7 +47,7 @@ class CellsOwner final : public RowListOwner {
   std::map<std::pair<int, Column>, std::string> texts;
   std::map<int, int> icons;
   std::map<int, RowTint> tints;
-  std::map<std::pair<int, Column>, CellHit> hits;
+  std::map<std::pair<int, Column>, std::vector<HitRange>> hits;
   std::string emptyText;
   std::vector<std::string> told;
   std::vector<std::pair<int, int>> menus;

@@ -28,3 +28,26 @@ TEST(CellText, LineEndsBecomeOneMarkEachAndOtherControlsABlank) {
   EXPECT_EQ(CellLine("plain"), QString("plain"));
   EXPECT_EQ(CellString("a\nb"), QString("a\nb")) << "the tool tip keeps its lines";
 }
+
+using Parts = std::vector<LinePart>;
+
+TEST(CellText, PlacesOfBytesAreFoundInTheLineWhateverStandsBeforeThem) {
+  const std::string text = "\xc3\xa4\r\n\xf0\x9f\x98\x80-up\xef\xbb\xbfup";
+  const QString line = CellLine(text);
+  const Parts parts = LinePartsOf(text, {{9, 11}, {14, 16}});
+  ASSERT_EQ(parts.size(), 2U);
+  for (const LinePart& part : parts) EXPECT_EQ(line.mid(part.first, part.count), "up");
+}
+
+TEST(CellText, ACharacterThatIsHitInItsMiddleCountsWhole) {
+  EXPECT_EQ(LinePartsOf("a\xc3\xa4z", {{2, 3}}), (Parts{{1, 1}}));
+  EXPECT_EQ(LinePartsOf("a\xc3\xa4z", {{1, 2}}), (Parts{{1, 1}}));
+  EXPECT_EQ(LinePartsOf("a\r\nz", {{2, 3}}), (Parts{{1, 1}}));
+  EXPECT_EQ(LinePartsOf("a\r\nz", {{1, 2}, {2, 4}}), (Parts{{1, 1}, {2, 1}}));
+}
+
+TEST(CellText, AHitBehindTheCutIsNotThereAndOneAcrossItEndsThere) {
+  const std::string text(300, 'a');
+  EXPECT_EQ(LinePartsOf(text, {{255, 265}, {270, 280}}), (Parts{{255, 4}}));
+  EXPECT_EQ(LinePartsOf(text, {{255, 265}, {270, 280}}, 300), (Parts{{255, 10}, {270, 10}}));
+}

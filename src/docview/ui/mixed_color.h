@@ -1,4 +1,4 @@
-// The shades of rows: the palette's colours, mixed.
+// Shades between two colours of a palette.
 #pragma once
 
 #include <QColor>

@@ -340,6 +340,7 @@ TEST_F(ProcViewLong, TheNearestOfAHiddenTraceIsFoundInPartsAsAtOnce) {
   const ShortPieces pieces;
   int ticks = 0;
   m_host.AnswerWorkBox([&](CDialog& box) {
+    EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Looking for the trace...");
     for (; !box.Ended(); ++ticks) m_host.TickTimers();
   });
   FollowTo(hidden);

@@ -14,6 +14,8 @@ namespace {
 const std::map<std::string, std::uint32_t> kSettings = {
     {"off", 0}, {"support", 7}, {"developer", 15}, {"max", 799}};
 
+constexpr std::uint64_t kMostDays = 36500;
+
 std::vector<std::string> SettingsWords() {
   std::vector<std::string> words;
   for (const auto& [word, settings] : kSettings) words.push_back(word);
@@ -30,17 +32,22 @@ class Parser {
         "Examples:\n"
         "  quord                                  start the service of this user\n"
         "  quord --foreground --log-level debug   the same, here, with many words\n"
-        "  quord --listen 0.0.0.0:7447            be reached from other machines (mutual TLS)\n"
+        "  quord --listen 0.0.0.0:7447            be reached from other machines, by TLS\n"
         "  quord keys init                        make the certificates for that\n"
-        "  quord status                           is it running, and which applications are here?\n"
+        "  quord status                           does it run, and who is here?\n"
         "\n"
-        "Exit status: 0 good, 1 the answer is no or the service could not start, 2 wrong use.");
+        "Exit status: 0 good, 1 the answer is no or the service could not start,\n"
+        "2 wrong use.");
     AddServe();
     AddKeys();
     AddStatus();
   }
 
   ParsedCommandLine Parse(int argc, const char* const* argv) {
+    if (const std::string wrong = FlagWithValue(m_app, argc, argv); !wrong.empty()) {
+      std::cerr << "quord: " << wrong << "\n";
+      return {std::nullopt, kExitWrongUse};
+    }
     try {
       m_app.parse(argc, argv);
       return {Chosen(), kExitGood};
@@ -127,11 +134,17 @@ class Parser {
     m_issue->footer(
         "Examples:\n"
         "  quord keys issue alice --role configure --days 90\n"
-        "  quord keys issue shop1 --role forward --host shop1.example.org   a server as well");
+        "  quord keys issue shop1 --role forward --host shop1.example.org   a server too");
   }
   static void AddDays(CLI::App* app, int& days) {
-    app->add_option("-d,--days", days, "How long it is good [default: 825]")
-        ->check(CLI::Range(1, 36500).description(""))
+    app->add_option_function<std::string>(
+           "-d,--days",
+           [&days](const std::string& text) {
+             const std::uint64_t number = ReadNumber("--days", text);
+             RefuseOutside("--days", number, 1, kMostDays);
+             days = static_cast<int>(number);
+           },
+           "How many days it is good, at most 36500 [default: 825]")
         ->type_name("N");
   }
   static void AddFolder(CLI::App* app, std::string& folder) {
@@ -158,8 +171,8 @@ class Parser {
   }
 
   CLI::App m_app{
-      "The trace service of this machine: takes the traces of applications, gives them to\n"
-      "monitors, and keeps what is configured.",
+      "The trace service of this machine: takes the traces of applications, gives them\n"
+      "to monitors, and keeps what is configured.",
       "quord"};
   CLI::App *m_keys = nullptr, *m_init = nullptr, *m_issue = nullptr, *m_status = nullptr;
   ServeCommand m_serve;

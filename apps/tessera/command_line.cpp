@@ -95,7 +95,7 @@ const char* UsageText() {
          "  --settings FILE   keep the settings in FILE\n"
          "  --size WxH        open the main window at this size, as in 1200x800\n"
          "  --dark            dark colours, whatever the system says\n"
-         "  --render OUT.png  open FILE or monitor, write a picture of the window and leave\n"
+         "  --render OUT.png  open FILE or monitor, write the window's picture and leave\n"
          "  --version         print the version and leave\n"
          "  -h, --help        print this and leave\n"
          "\n"
@@ -104,5 +104,6 @@ const char* UsageText() {
          "  tessera --monitor localhost\n"
          "  QT_QPA_PLATFORM=offscreen tessera --render web.png --size 1400x900 web.trc\n"
          "\n"
-         "Exit status: 0 good, 2 wrong use, no display, or what was named cannot be opened.\n";
+         "Exit status: 0 good, 2 wrong use, no display, or what was named cannot be\n"
+         "opened.\n";
 }

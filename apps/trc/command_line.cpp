@@ -1,7 +1,6 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <sstream>
 
 #include "exit_status.h"
@@ -13,17 +12,6 @@
 #include "usage.h"
 
 namespace {
-
-// Plain decimal digits: no sign, no other base, nothing that wraps.
-std::uint64_t ReadNumber(const char* option, const std::string& text) {
-  std::uint64_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (text.empty() || stop != end || error != std::errc()) {
-    throw CLI::ValidationError(option, "\"" + text + "\" is not a whole number");
-  }
-  return number;
-}
 
 CLI::Option* AddNumber(CLI::App* app, const char* names, const char* option, std::uint64_t& number,
                        const char* help) {
@@ -98,9 +86,9 @@ class Parser {
         "  trc tail\n"
         "  trc set orders Database/Query support\n"
         "\n"
-        "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 1 the answer\n"
-        "is no or traces were lost, 2 wrong use or bad input, 3 the file is damaged,\n"
-        "130 interrupted.");
+        "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 1 the\n"
+        "answer is no or traces were lost, 2 wrong use or bad input, 3 the file is\n"
+        "damaged, 130 interrupted.");
     AddGen();
     AddInfo();
     AddDump();
@@ -108,11 +96,15 @@ class Parser {
     AddConvert();
     AddExport();
     AddFind();
-    m_tree.emplace(m_app, ReadNumber);
-    m_live.emplace(m_app, ReadNumber, ReadColumns, DefaultColumns());
+    m_tree.emplace(m_app);
+    m_live.emplace(m_app, ReadColumns, DefaultColumns());
   }
 
   ParsedCommandLine Parse(int argc, const char* const* argv) {
+    if (const std::string wrong = FlagWithValue(m_app, argc, argv); !wrong.empty()) {
+      Complain(wrong);
+      return {std::nullopt, kExitBad};
+    }
     try {
       m_app.parse(argc, argv);
       return {Chosen(), kExitGood};
@@ -188,8 +180,8 @@ class Parser {
         "\n"
         "Examples:\n"
         "  trc save web.trc clean.trc\n"
-        "  trc save web.trc errors.trc --uncheck \"All Severities\" --check \"All "
-        "Severities/Error\"");
+        "  trc save web.trc errors.trc --uncheck \"All Severities\" \\\n"
+        "    --check \"All Severities/Error\"");
   }
 
   void AddConvert() {
@@ -237,7 +229,8 @@ class Parser {
         "Examples:\n"
         "  trc export web.trc web.csv --columns \"Sev,Time,Trace\"\n"
         "  trc export web.trc web.csv --format csv-rfc4180 --utc\n"
-        "  trc export web.trc - --format jsonl --uncheck \"All Severities/Info\" | jq .Trace");
+        "  trc export web.trc - --format jsonl --uncheck \"All Severities/Info\" \\\n"
+        "    | jq .Trace");
   }
 
   ExportOptions ChosenExport() {

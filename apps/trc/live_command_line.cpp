@@ -38,12 +38,6 @@ std::vector<std::string> SplitAtCommas(const std::string& list) {
   return parts;
 }
 
-void RefuseAbove(const char* option, std::uint64_t value, std::uint64_t least, std::uint64_t most) {
-  if (value < least || value > most)
-    throw CLI::ValidationError(option,
-                               "takes " + std::to_string(least) + " to " + std::to_string(most));
-}
-
 // What a word that is no setting may have been meant as; "" when it is near to none.
 std::string NearSetting(const std::string& word) {
   std::vector<std::string> known;
@@ -74,10 +68,8 @@ unsigned SettingsOf(const std::vector<std::string>& words) {
   return settings;
 }
 
-LiveParser::LiveParser(CLI::App& app, ReadNumber readNumber, ReadColumns readColumns,
-                       std::vector<Column> defaultColumns)
+LiveParser::LiveParser(CLI::App& app, ReadColumns readColumns, std::vector<Column> defaultColumns)
     : m_app(app),
-      m_readNumber(std::move(readNumber)),
       m_readColumns(std::move(readColumns)),
       m_defaultColumns(std::move(defaultColumns)) {
   AddTail();
@@ -98,7 +90,7 @@ void LiveParser::AddNumber(CLI::App* app, const char* names, const char* option,
                            std::uint64_t& number, const char* help, const char* type) {
   app->add_option_function<std::string>(
          names,
-         [this, option, &number](const std::string& text) { number = m_readNumber(option, text); },
+         [this, option, &number](const std::string& text) { number = ReadNumber(option, text); },
          help)
       ->type_name(type);
 }
@@ -107,7 +99,7 @@ void LiveParser::AddLimits(CLI::App* app, LiveLimits& limits) {
   AddNumber(app, "-n,--count", "--count", limits.count, "End after so many traces");
   app->add_option_function<std::string>(
          "--for",
-         [this, &limits](const std::string& text) { limits.seconds = m_readNumber("--for", text); },
+         [this, &limits](const std::string& text) { limits.seconds = ReadNumber("--for", text); },
          "End after so many seconds")
       ->type_name("SECONDS");
   AddFilterOptions(app, limits.filter);
@@ -310,8 +302,8 @@ LiveCommand LiveParser::ChosenSink() {
 }
 
 LiveCommand LiveParser::ChosenEmit() {
-  RefuseAbove("--threads", m_emit.threads, 1, kMostThreads);
-  RefuseAbove("--text-bytes", m_emit.textBytes, 0, kMostTextBytes);
+  RefuseOutside("--threads", m_emit.threads, 1, kMostThreads);
+  RefuseOutside("--text-bytes", m_emit.textBytes, 0, kMostTextBytes);
   if (!m_components.empty()) m_emit.components = SplitAtCommas(m_components);
   if (m_emit.components.empty()) throw CLI::ValidationError("--components", "names no component");
   if (m_emit.rate == 0 && m_emit.count == 0) m_emit.rate = 10;

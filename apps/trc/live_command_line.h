@@ -21,11 +21,9 @@ unsigned SettingsOf(const std::vector<std::string>& words);
 class LiveParser {
  public:
   // Reads "--columns" and such as the commands for files do.
-  using ReadNumber = std::function<std::uint64_t(const char* option, const std::string& text)>;
   using ReadColumns = std::function<std::vector<Column>(const std::string& list)>;
 
-  LiveParser(CLI::App& app, ReadNumber readNumber, ReadColumns readColumns,
-             std::vector<Column> defaultColumns);
+  LiveParser(CLI::App& app, ReadColumns readColumns, std::vector<Column> defaultColumns);
   // The command that was given, if it is one of these.
   std::optional<LiveCommand> Chosen();
 
@@ -48,7 +46,6 @@ class LiveParser {
                          std::string& app) const;
 
   CLI::App& m_app;
-  const ReadNumber m_readNumber;
   const ReadColumns m_readColumns;
   const std::vector<Column> m_defaultColumns;
   CLI::App *m_tailApp = nullptr, *m_captureApp = nullptr, *m_appsApp = nullptr,

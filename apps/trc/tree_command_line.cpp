@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "filter_options.h"
+#include "usage.h"
 
-TreeParser::TreeParser(CLI::App& app, ReadNumber readNumber)
-    : m_app(app.add_subcommand("tree", "Print the traces of a file as a tree of who wrote them")),
-      m_readNumber(std::move(readNumber)) {
+TreeParser::TreeParser(CLI::App& app)
+    : m_app(app.add_subcommand("tree", "Print the traces of a file as a tree of who wrote them")) {
   m_app->add_option("FILE", m_options.file, "A trace file")->required()->type_name("");
   m_app
       ->add_option("OUT", m_options.out,
@@ -21,8 +21,8 @@ TreeParser::TreeParser(CLI::App& app, ReadNumber readNumber)
       ->add_option_function<std::string>(
           "-d,--depth",
           [this](const std::string& text) {
-            m_options.depth = static_cast<int>(
-                std::min<std::uint64_t>(m_readNumber("--depth", text), kAllLevels));
+            m_options.depth =
+                static_cast<int>(std::min<std::uint64_t>(ReadNumber("--depth", text), kAllLevels));
           },
           "Open so many levels only; 0 leaves the machines closed [default: all]")
       ->type_name("N");

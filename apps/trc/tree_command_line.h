@@ -12,14 +12,11 @@
 
 class TreeParser {
  public:
-  using ReadNumber = std::function<std::uint64_t(const char* option, const std::string& text)>;
-
-  TreeParser(CLI::App& app, ReadNumber readNumber);
+  explicit TreeParser(CLI::App& app);
   std::optional<TreeOptions> Chosen();
 
  private:
   CLI::App* m_app;
-  const ReadNumber m_readNumber;
   TreeOptions m_options;
   bool m_export = false;
 };

@@ -1,18 +1,49 @@
 #include "usage.h"
 
+#include <charconv>
+#include <sstream>
+
 #include "near_word.h"
 
 namespace {
 
+constexpr std::size_t kHelpColumns = 80;
+constexpr std::size_t kHelpIndent = 26;  // of what is said beside an option
+
+// With line ends in the place of blanks, for the columns beside the options.
+std::string Wrapped(const std::string& text) {
+  std::string wrapped;
+  std::size_t used = 0;
+  std::istringstream words(text);
+  for (std::string word; words >> word; used += word.size()) {
+    if (used + 1 + word.size() > kHelpColumns - kHelpIndent) {
+      wrapped.push_back('\n');
+      used = 0;
+    } else if (!wrapped.empty()) {
+      wrapped.push_back(' ');
+      ++used;
+    }
+    wrapped.append(word);
+  }
+  return wrapped;
+}
+
 class PlainHelp final : public CLI::Formatter {
  public:
   PlainHelp() {
+    column_width(kHelpIndent);
     label("Positionals", "Arguments");
     label("SUBCOMMAND", "COMMAND");
   }
   std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode mode) const override {
     return CLI::detail::find_and_replace(CLI::Formatter::make_subcommands(app, mode),
                                          "\nSubcommands:\n", "\nCommands:\n");
+  }
+  std::string make_subcommand(const CLI::App* app) const override {
+    std::ostringstream out;
+    CLI::detail::format_help(out, app->get_name(), Wrapped(app->get_description()),
+                             get_column_width());
+    return out.str();
   }
   std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
     if (isPositional && !option->get_option_text().empty()) return option->get_option_text();
@@ -25,7 +56,7 @@ class PlainHelp final : public CLI::Formatter {
   }
   std::string make_option_desc(const CLI::Option* option) const override {
     const bool told = option->nonpositional() && option->get_required();
-    return option->get_description() + (told ? " (required)" : "");
+    return Wrapped(option->get_description() + (told ? " (required)" : ""));
   }
   std::string make_option_usage(const CLI::Option* option) const override {
     if (!option->get_option_text().empty()) return option->get_option_text();
@@ -95,6 +126,42 @@ std::string Required(const CLI::App& app, const std::string& words) {
 
 void UsePlainHelp(CLI::App& app) {
   app.formatter(std::make_shared<PlainHelp>());
+}
+
+std::uint64_t ReadNumber(const std::string& option, const std::string& text) {
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (text.empty() || stop != end || error != std::errc())
+    throw CLI::ValidationError(option, Quoted(text) + " is not a whole number");
+  return number;
+}
+
+void RefuseOutside(const std::string& option, std::uint64_t value, std::uint64_t least,
+                   std::uint64_t most) {
+  if (value < least || value > most)
+    throw CLI::ValidationError(option,
+                               "takes " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+std::string FlagWithValue(const CLI::App& app, int argc, const char* const* argv) {
+  std::string line = app.get_name();
+  const CLI::App* at = &app;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i], name = word.substr(0, word.find('='));
+    if (word == "--") break;
+    for (const CLI::App* const command : at->get_subcommands({})) {
+      if (command->get_name() != word) continue;
+      line.append(" ").append(word);
+      at = command;
+      break;
+    }
+    if (name.rfind("--", 0) != 0 || name.size() == word.size()) continue;
+    const CLI::Option* const option = at->get_option_no_throw(name);
+    if (option != nullptr && option->get_items_expected_max() == 0)
+      return name + " takes no value\nTry '" + line + " --help'.";
+  }
+  return {};
 }
 
 CLI::Validator OneOf(std::vector<std::string> words) {

@@ -9,6 +9,7 @@ its own with a home, a service, an application and, where the page speaks of one
 runs until it is stopped is stopped once it shows that it works. known.py tells what is not run.
 """
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -77,6 +78,9 @@ def check_known(tours):
 
 
 def main():
+    # A job in the background of a script ignores these, and what it starts would too.
+    for number in (signal.SIGINT, signal.SIGHUP, signal.SIGQUIT):
+        signal.signal(number, signal.SIG_DFL)
     build = Path(sys.argv[1]).resolve()
     bin_folder = build / "bin"
     root = Path(tempfile.mkdtemp(prefix="pages-"))

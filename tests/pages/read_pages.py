@@ -10,6 +10,7 @@ from pathlib import Path
 
 PROGRAMS = r"(?:trc|quord|tessera|quor-demo|dev|orders|ninja|systemctl|man|build/\S+)"
 MENTION = re.compile(rf"^(?:sudo )?(?:[A-Z_]+=\S+ )*(?:\./)?{PROGRAMS} ")
+COLUMNS = 80  # of a terminal
 CODE_CALL = re.compile(r"^(?:QUOR_[A-Z_]+|quor_[a-z_]+)\(.*\)$")
 
 
@@ -97,7 +98,7 @@ class Markdown:
 
 
 def typed_lines(lines):
-    joined = "\n".join(lines).replace("\\\n", " ")
+    joined = re.sub(r"\\\n\s*", "", "\n".join(lines))
     return [line.strip() for line in joined.splitlines()
             if line.strip() and not line.strip().startswith("#")]
 
@@ -123,11 +124,14 @@ def helps(program, words=()):
     words = [*words, "--help"]
     told = subprocess.run([program, *words], capture_output=True, text=True, check=True).stdout
     name = " ".join([Path(program).name, *words])
+    for line in told.splitlines():
+        if len(line) > COLUMNS:
+            raise NotUnderstood(f"{name} has more than {COLUMNS} columns: {line}")
     blocks = []
     examples = re.search(r"^examples?:\n((?:  .*\n?)+)", told, re.M | re.I)
     if examples:
         # Behind three blanks stands a comment.
-        typed = [re.split(r" {3,}", line.strip())[0] for line in examples[1].splitlines()]
+        typed = [re.split(r" {3,}", line)[0] for line in typed_lines(examples[1].splitlines())]
         blocks.append(Block(name, told[:examples.start()].count("\n") + 1, typed=typed))
     else:
         raise NotUnderstood(f"{name} has no example")

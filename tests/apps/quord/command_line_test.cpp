@@ -35,6 +35,27 @@ TEST_F(CommandLine, WrongUseIsTwo) {
     EXPECT_EQ(quord.Run(arguments), 2) << arguments.back();
 }
 
+TEST_F(CommandLine, AValueThatIsRefusedIsToldWithItsOptionAndWhatItTakes) {
+  for (const char* days : {"0", "36501", "99999999999999999999", "-1", "1.5", "a year"}) {
+    const std::size_t before = quord.Log().size();
+    EXPECT_EQ(quord.Run({"keys", "init", "--days", days}), 2) << days;
+    const std::string told = quord.Log().substr(before);
+    const bool number = days == std::string("0") || days == std::string("36501");
+    EXPECT_EQ(
+        told.find(number ? "quord: --days: takes 1 to 36500\n"
+                         : "quord: --days: \"" + std::string(days) + "\" is not a whole number\n"),
+        0u)
+        << told;
+  }
+  EXPECT_FALSE(std::filesystem::exists(quord.KeysFolder()));
+  for (const std::vector<std::string>& line :
+       {std::vector<std::string>{"--foreground=0"}, {"status", "--json=1"}, {"--version=yes"}}) {
+    const std::size_t before = quord.Log().size();
+    EXPECT_EQ(quord.Run(line), 2) << line.back();
+    EXPECT_NE(quord.Log().find(" takes no value\nTry 'quord", before), std::string::npos);
+  }
+}
+
 TEST_F(CommandLine, WhatIsNearlyRightIsNamed) {
   EXPECT_EQ(quord.Run({"stats"}), 2);
   EXPECT_NE(quord.Log().find("quord: there is no command \"stats\"; did you mean \"status\"?\n"

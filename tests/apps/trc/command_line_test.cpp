@@ -137,6 +137,28 @@ TEST(TrcCommandLine, ANumberIsPlainDecimalDigitsThatFit) {
   }
 }
 
+TEST(TrcCommandLine, AFlagRefusesAValue) {
+  ExpectRefused({"tail", "--utc=5"}, "trc: --utc takes no value\nTry 'trc tail --help'.\n");
+  // Each of these would have been taken, or left out without a word.
+  for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
+           {"dump", "--utc=false", "a.trc"},
+           {"dump", "--utc=", "a.trc"},
+           {"info", "--json=true", "a.trc"},
+           {"find", "--regex=0", "x", "a.trc"},
+           {"find", "--word=no", "x", "a.trc"},
+           {"tree", "--export=out.txt", "a.trc"},
+           {"gen", "--old=1", "-n", "1", "a.trc"},
+           {"export", "--hidden=1", "a.trc", "-"},
+           {"apps", "--json=1"},
+           {"set", "--all=1", "orders", "off"},
+           {"sink", "orders", "--file", "a.trc", "--flush=1"},
+           {"emit", "--app", "orders", "--blocks=1", "--count", "1"},
+           {"tail", "--help=1"},
+           {"--version=1"}}) {
+    ExpectRefused(line, " takes no value\n");
+  }
+}
+
 TEST(TrcCommandLine, AnUnknownFormatIsWrongUse) {
   ExpectRefused({"dump", "a.trc", "--format", "xml"}, "--format");
 }

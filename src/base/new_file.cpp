@@ -44,8 +44,15 @@ bool NewFile::Begin(const std::string& path, std::string* why) {
   return BeginBeside(why);
 }
 
+// A file of several names shall have the new bytes under each of them.
+bool NewFile::KeepsItsPlace() const {
+  struct stat status;
+  return m_unfinished == Unfinished::Left && m_held && fstat(m_held.Descriptor(), &status) == 0 &&
+         status.st_nlink > 1;
+}
+
 bool NewFile::BeginBeside(std::string* why) {
-  const int descriptor = MakeBeside();
+  const int descriptor = KeepsItsPlace() ? -1 : MakeBeside();
   if (descriptor >= 0) {
     TakeRights(descriptor, m_held);
     close(descriptor);
@@ -86,6 +93,6 @@ bool NewFile::Finish(std::string* why) {
 
 NewFile::~NewFile() {
   if (m_place == Place::Beside) unlink(m_writeTo.c_str());
-  if (m_place == Place::There) [[maybe_unused]]
+  if (m_place == Place::There && m_unfinished == Unfinished::Emptied) [[maybe_unused]]
     const int emptied = truncate(m_target.c_str(), 0);
 }

@@ -1,8 +1,21 @@
 #include "listview/source/rich_edit_doc.h"
 
+#include <errno.h>
+#include <unistd.h>
+
 #include "base/file_gate.h"
 #include "base/file_stream.h"
+#include "base/new_file.h"
 #include "listview/source/rich_edit_view.h"
+
+namespace {
+
+// On the disk, before the old file gives up its name. A device has nothing to bring there.
+bool BringToDisk(const OpenFile& file) {
+  return fdatasync(file.Descriptor()) == 0 || errno == EINVAL;
+}
+
+}  // namespace
 
 CRichEditDoc::CRichEditDoc(Host& host) : CDocument(host) {
   // The menu says "Save As...": a file is written over only when the person has said so.
@@ -32,11 +45,14 @@ bool CRichEditDoc::OnSaveDocument(const std::string& path) {
   CRichEditView* const view = GetView();
   if (view) m_file.text = view->Edit().GetText();
   const std::string bytes = EncodeText(m_file, m_file.text);
-  OpenFile file = CreateForWriting(path);
+  NewFile place(NewFile::Unfinished::Left);
+  OpenFile file;
+  if (std::string why; place.Begin(path, &why)) file = CreateForWriting(place.WriteTo());
   if (!file) return failed("Error creating file.");
   ds_File_t::FOStream_t stream(file.Descriptor());
-  const bool written = stream.Write(bytes.data(), bytes.size());
-  if (!file.Close() || !written) return failed("Error writing to file.");
+  const bool written = stream.Write(bytes.data(), bytes.size()) && BringToDisk(file);
+  std::string why;
+  if (!file.Close() || !written || !place.Finish(&why)) return failed("Error writing to file.");
   if (view) view->Edit().SetModify(false);
   SetModifiedFlag(false);
   return true;

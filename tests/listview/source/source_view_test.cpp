@@ -1,7 +1,18 @@
 // A source window: its control, its hints, its panes, its commands and its saves.
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
 #include "source_rig.h"
+#include "support/file_limit.h"
 
 namespace {
+
+std::ptrdiff_t FilesBeside(const std::string& path) {
+  const std::filesystem::directory_iterator files(std::filesystem::path(path).parent_path());
+  return std::distance(begin(files), end(files));
+}
 
 TEST_F(SourceTest, TheControlHasAFixedFontTabsOfEightCellsAndNoWrap) {
   OpenSourceAt(File("a.c"), 1);
@@ -205,6 +216,69 @@ TEST_F(SourceTest, ASaveThatFailsSaysSoAndKeepsTheEdits) {
             "box Tessera [stop] \"Error creating file.\" (OK) -> OK\n"
             "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
   EXPECT_TRUE(Doc().IsModified());
+}
+
+TEST_F(SourceTest, ASaveOnAFullDiskLeavesTheFileAsItWas) {
+  const std::string path = File("a.c");
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  {
+    const FileLimit full(4);
+    EXPECT_FALSE(Doc().OnSaveDocument(path));
+  }
+  EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
+  EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
+  EXPECT_EQ(FilesBeside(path), 1);
+  EXPECT_TRUE(Doc().IsModified());
+}
+
+// So a program that is killed in the middle leaves the old file.
+TEST_F(SourceTest, ASaveWritesAnotherFileThatTakesTheNameWhenItIsWhole) {
+  const std::string path = File("a.c");
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  std::ifstream old(path);
+  EXPECT_TRUE(Doc().OnSaveDocument(path));
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(old), {}), "one\ntwo\nthree\n");
+  EXPECT_NE(ReadAll(path), "one\ntwo\nthree\n");
+  EXPECT_EQ(FilesBeside(path), 1);
+}
+
+TEST_F(SourceTest, ASaveKeepsTheFilesRightsAndTheLinkToIt) {
+  const std::string path = File("a.c"), link = m_directory.File("link.c");
+  ASSERT_EQ(chmod(path.c_str(), 0750), 0);
+  std::filesystem::create_symlink("a.c", link);
+  OpenSourceAt(link, 1);
+  Edit().Type("x");
+  EXPECT_TRUE(Doc().OnSaveDocument(link));
+  EXPECT_EQ(std::filesystem::read_symlink(link), "a.c");
+  EXPECT_NE(ReadAll(path), "one\ntwo\nthree\n");
+  struct stat status = {};
+  ASSERT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, mode_t{0750});
+}
+
+TEST_F(SourceTest, ASaveOfAFileOfTwoNamesIsSeenUnderBoth) {
+  const std::string path = File("a.c"), other = m_directory.File("other.c");
+  std::filesystem::create_hard_link(path, other);
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  EXPECT_TRUE(Doc().OnSaveDocument(path));
+  EXPECT_EQ(ReadAll(other), ReadAll(path));
+  EXPECT_NE(ReadAll(other), "one\ntwo\nthree\n");
+}
+
+// What is there was not finished, but more of it than nothing.
+TEST_F(SourceTest, AFailedSaveOfAFileOfTwoNamesDoesNotEmptyIt) {
+  const std::string path = File("a.c");
+  std::filesystem::create_hard_link(path, m_directory.File("other.c"));
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  {
+    const FileLimit full(4);
+    EXPECT_FALSE(Doc().OnSaveDocument(path));
+  }
+  EXPECT_EQ(ReadAll(path).size(), 4u);
 }
 
 }  // namespace

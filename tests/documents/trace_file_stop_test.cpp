@@ -7,6 +7,11 @@ namespace {
 
 class TraceFileStopTest : public DocumentsTest {
  protected:
+  // Of this process, now.
+  static std::ptrdiff_t Threads() {
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return std::distance(begin(tasks), end(tasks));
+  }
   // Ten names, then so many traces that the walk looks at the cancel event several times.
   std::string LongFile(const std::string& name = "web.trc") {
     TrcImage image;
@@ -115,6 +120,7 @@ TEST_F(TraceFileStopTest, AThreadThatHangsPastTheLimitIsDisownedAndTouchesNothin
 }
 
 TEST_F(TraceFileStopTest, AClearThatGivesUpWaitingLeavesTheDocumentEmptyAndLoading) {
+  const std::ptrdiff_t threads = Threads();
   const HANDLE gate = CreateEvent();
   CTraceFileDoc::s_beforeWalk = [gate] { gate->Wait(20000); };
   CTraceFileDoc::s_stopWaitMs = 20;
@@ -124,8 +130,12 @@ TEST_F(TraceFileStopTest, AClearThatGivesUpWaitingLeavesTheDocumentEmptyAndLoadi
   document.DeleteContents();
   gate->Set();
   document.DeleteContents();  // nothing is left to wait for
+  // The document still has the file: the thread's end is all that can be seen.
+  ASSERT_TRUE(m_host.RunUntil([threads] { return Threads() == threads; }));
   m_host.RunPosted();
   EXPECT_TRUE(document.m_traces.empty());
+  EXPECT_TRUE(document.m_names.empty());
+  EXPECT_EQ(ToldOf("done"), "done\n");
   EXPECT_TRUE(document.m_loading);
 }
 

@@ -81,13 +81,14 @@ TEST_F(SourceWindowsTest, HelpTellsOfSources) {
 
 TEST_F(SourceWindowsTest, OptionsAreNotToldToSources) {
   Start();
-  CSourceView& view = OpenSource("a.c");
-  auto& edit = static_cast<FakeRichEdit&>(view.Edit());
-  const std::size_t calls = edit.calls.size();
+  ASSERT_TRUE(m_app->HoldMonitorTemplate().OpenDocumentFile(nullptr));
+  OpenSource("a.c");
+  ProbeView source(*m_app->SourceTemplate()->Documents().back(), m_log, "source");
   m_host.AnswerDialog([](CDialog& dialog) { dialog.OnOK(); });
   Frame().OnCommand(ID_VIEW_OPTIONS);
   m_host.RunPosted();
-  EXPECT_EQ(edit.calls.size(), calls);
+  EXPECT_NE(m_log.Told("monitor hint 1001"), "");
+  EXPECT_EQ(m_log.Told("source hint"), "");
 }
 
 TEST_F(SourceWindowsTest, EditsAreAskedForBehindMonitorsAndRegisteredDocuments) {

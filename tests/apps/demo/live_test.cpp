@@ -110,11 +110,14 @@ TEST_F(LiveDemo, AMonitorOfAServiceThatStopsStaysOpenAndTheApplicationGoesOn) {
   DemoProcess demo({"--rate", "500"});
   ASSERT_TRUE(DrainUntil(20));
   m_quord.Kill();
-  m_document->Drain();
+  EXPECT_TRUE(WaitFor([&] { return m_document->Drain(), !m_document->IsLive(); }));
   EXPECT_TRUE(m_document->IsConnected());
+  // All that came of the first service is here: what comes now is the second one's.
+  m_document->Drain();
   const std::size_t held = m_document->m_traces.size();
   m_quord.Start();
   EXPECT_TRUE(DrainUntil(held + 20));
+  EXPECT_TRUE(m_document->IsLive());
   demo.Signal(SIGINT);
   EXPECT_EQ(demo.Wait(), 0) << demo.Err();
 }

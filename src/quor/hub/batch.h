@@ -25,11 +25,15 @@ struct Source {
   std::uint64_t firstSerial = 0;  // when this service met it, last
   std::uint64_t serial = 0;       // traces that it has ever produced, delivered or lost
   bool ended = false;
+  // Shared by all that some stream has still to be given.
+  std::shared_ptr<const void> way = std::make_shared<char>();
+  bool IsUnderWay() const { return way.use_count() > 1; }
 };
 
 struct SourceDelta {
   std::shared_ptr<Source> source;
   std::uint64_t traces = 0, lost = 0;
+  std::shared_ptr<const void> way = source->way;
 };
 
 struct Batch {

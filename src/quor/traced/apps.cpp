@@ -83,7 +83,7 @@ void Apps::OnFile(const std::string& name) {
                                   [&key](const Kept& one) { return one.key == key; });
     if (kept) return;
     Remember(rest, m_machine, HubFor({}));
-    Keep(name, key);
+    Keep({{}, name, key, nullptr});
   } else if (segment.Open(file, &reason)) {
     Find(name, std::move(segment));
   } else {
@@ -91,16 +91,30 @@ void Apps::OnFile(const std::string& name) {
   }
 }
 
-void Apps::Keep(const std::string& name, const Key& key) {
-  m_kept.push_back({std::chrono::steady_clock::now() + kKept, name, key});
+void Apps::Keep(Kept kept) {
+  kept.until = std::chrono::steady_clock::now() + kKept;
+  m_kept.push_back(std::move(kept));
   if (m_kept.size() == 1) RemoveKept();
+}
+
+// Also once more after the last of it was given: the monitor may not have it yet.
+bool Apps::IsWanted(Kept& kept) {
+  const bool isUnderWay = kept.source && kept.source->IsUnderWay();
+  return std::exchange(kept.wasUnderWay, isUnderWay) || isUnderWay;
 }
 
 void Apps::RemoveKept() {
   const auto now = std::chrono::steady_clock::now();
-  for (; !m_kept.empty() && m_kept.front().until <= now; m_kept.pop_front())
-    m_watch.Folder().Remove(m_kept.front().name, m_kept.front().key.first,
-                            m_kept.front().key.second);
+  while (!m_kept.empty() && m_kept.front().until <= now) {
+    Kept kept = std::move(m_kept.front());
+    m_kept.pop_front();
+    if (m_kept.size() < kKeptLongMax && IsWanted(kept)) {
+      kept.until = now + kKept;
+      m_kept.push_back(std::move(kept));
+    } else {
+      m_watch.Folder().Remove(kept.name, kept.key.first, kept.key.second);
+    }
+  }
   if (m_kept.empty()) return;
   m_keeps.expires_at(m_kept.front().until);
   m_keeps.async_wait([this](const std::error_code& error) {
@@ -157,7 +171,7 @@ void Apps::OnEnded(RunningApp& app) {
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
   // Its link may have been quicker than the word on its file.
   if (app.File().empty()) m_watch.Read();
-  if (!app.File().empty()) Keep(app.File(), KeyOf(app.Segment()));
+  if (!app.File().empty()) Keep({{}, app.File(), KeyOf(app.Segment()), app.Told()});
   m_catalogue.EndInstance(app.Entry(), app.Pid());
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
   // Now there is room for one that there was none for.

@@ -69,13 +69,18 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   void OnFile(const std::string& name) override;
   void OnPlaceChanged() override { m_router.OnPlaceChanged(); }
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
-  // A file that is kept for the count in it, and until when.
+  // A file that is kept for the count in it, and until when: longer while a monitor has still to be
+  // given something of it.
   struct Kept {
     std::chrono::steady_clock::time_point until;
     std::string name;
     Key key;
+    std::shared_ptr<Source> source;
+    bool wasUnderWay = false;
   };
-  void Keep(const std::string& name, const Key& key);
+  static constexpr std::size_t kKeptLongMax = 4096;
+  void Keep(Kept kept);
+  static bool IsWanted(Kept& kept);
   void RemoveKept();
   static Key KeyOf(const SegmentMap& segment) { return {segment.Device(), segment.Inode()}; }
   void Find(const std::string& name, SegmentMap segment);

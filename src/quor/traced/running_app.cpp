@@ -281,7 +281,9 @@ void RunningApp::Pump() {
     return;
   }
   if (m_dead) {
-    m_app.MarkFinished(m_app.IsIn(m_home.HubFor({})));
+    const bool here = m_app.IsIn(m_home.HubFor({}));
+    if (here) m_told = m_app.CurrentSource();
+    m_app.MarkFinished(here);
     return End();
   }
   if (!m_app.IsTaking()) return;

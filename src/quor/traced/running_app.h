@@ -71,6 +71,8 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   // The name of the segment's file; empty: not found yet.
   const std::string& File() const { return m_file; }
   void SetFile(const std::string& name) { m_file = name; }
+  // What was taken to its end for the monitors here; null: it was not.
+  const std::shared_ptr<Source>& Told() const { return m_told; }
 
  private:
   void TakeLink(AppArrival arrival);
@@ -106,4 +108,5 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
        m_processEnded = false, m_isHeldBack = false;
   int m_looks = 0;  // for the owner, since there was a reason
   std::string m_file;
+  std::shared_ptr<Source> m_told;
 };

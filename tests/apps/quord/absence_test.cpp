@@ -193,6 +193,35 @@ TEST_F(Absence, OfThoseThatCameAndWentDuringALongPauseTheSumIsTold) {
   EXPECT_EQ(monitor.gaps, 0u);
 }
 
+// However long ago it ended.
+TEST_F(Absence, WhatAServiceThatIsKilledHadNotGivenItsMonitorOfAnEndedApplicationIsCounted) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  Request pause;
+  pause.mutable_pause();
+  ASSERT_EQ(monitor.Ask(pause).error(), quor::wire::ERROR_NONE);
+  TracedChild app([](TracedChild&) {
+    quor_application("short");
+    Trace(0, 100);
+    return 0;
+  });
+  EXPECT_EQ(app.Wait(), 0);
+  ASSERT_TRUE(quord.Says("has ended"));
+  // Longer than a monitor needs that reads, and another that is away for a moment.
+  const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(13500);
+  EXPECT_TRUE(WaitFor([&] {
+    monitor.Beat();
+    monitor.Pump();
+    return std::chrono::steady_clock::now() > until;
+  }));
+  EXPECT_FALSE(monitor.ended);
+  quord.Kill();
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  EXPECT_EQ(monitor.delivered, 0u);
+  EXPECT_EQ(monitor.gaps, 100u);
+}
+
 TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {
   quord.Start();
   QuordClient client(quord.SocketPath());

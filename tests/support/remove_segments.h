@@ -1,12 +1,16 @@
-// Where a folder of a test lies on a disk, the segments beside its socket lie elsewhere in memory.
+// Where a folder of a test lies on a disk, the segments beside each socket in it lie elsewhere in
+// memory.
 #pragma once
 
 #include <filesystem>
 #include <string>
 
 inline void RemoveSegments(const std::string& folder) {
+  namespace fs = std::filesystem;
   std::error_code none;
-  const std::filesystem::path link = folder + "/segments";
-  if (std::filesystem::is_symlink(link, none))
-    std::filesystem::remove_all(std::filesystem::read_symlink(link, none), none);
+  const fs::recursive_directory_iterator end;
+  for (fs::recursive_directory_iterator at(folder, none); !none && at != end; at.increment(none)) {
+    if (at->path().filename() != "segments" || !at->is_symlink(none)) continue;
+    fs::remove_all(fs::read_symlink(at->path(), none), none);
+  }
 }

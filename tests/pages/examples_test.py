@@ -8,6 +8,7 @@ the program, the manual pages and the help of the programs. Each is run as it st
 its own with a home, a service, an application and, where the page speaks of one, another machine. What
 runs until it is stopped is stopped once it shows that it works. known.py tells what is not run.
 """
+import re
 import shutil
 import signal
 import subprocess
@@ -69,6 +70,23 @@ def far_machine(root, bin_folder):
     return far
 
 
+def heading_links(path):
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
+            for heading in re.findall(r"^#+ (.*)", path.read_text(), re.M)}
+
+
+def check_links(pages):
+    """A link leads to a file that is there and to a heading of it."""
+    broken = []
+    for page in pages:
+        for link in re.findall(r"\]\((?!https?:)([^)]+)\)", (ROOT / page).read_text()):
+            file, _, heading = link.partition("#")
+            target = (ROOT / page).parent / file if file else ROOT / page
+            if not target.exists() or heading and heading not in heading_links(target):
+                broken.append(f"{page}: {link} leads nowhere")
+    return broken
+
+
 def check_known(tours):
     """An entry that serves no example has outlived it."""
     used = set().union(*(tour.used for tour in tours))
@@ -99,7 +117,7 @@ def main():
             thread.join()
         for tour in tours:
             failures += tour.failures
-        failures += check_known(tours)
+        failures += check_known(tours) + check_links(pages)
         failures += check_library(root / "library", build, ROOT, pages[TRACING].calls)
         count = sum(tour.count for tour in tours)
     finally:

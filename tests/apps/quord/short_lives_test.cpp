@@ -85,6 +85,33 @@ TEST_F(ShortLives, AForkedChildThatTracesAndEndsAtOnceDeliversItsOwn) {
   ExpectDelivered(121);
 }
 
+// The C library runs no handlers for it: it goes on as a part of its parent.
+TEST_F(ShortLives, AChildThatWasMadePastTheCLibraryTracesAsItsParent) {
+  StartWithMonitor();
+  TracedChild parent([](TracedChild& self) {
+    quor_application("parent");
+    Trace(10);
+    const auto child = static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0));
+    if (child == 0) {
+      Trace(20);
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    Trace(30);
+    self.Tell(1);
+    self.AwaitGo();
+    return 0;
+  });
+  ASSERT_EQ(parent.Told(), 1u);
+  ExpectDelivered(60);
+  EXPECT_EQ(monitor.Count("parent"), 60u);
+  parent.Go();
+  EXPECT_EQ(parent.Wait(), 0);
+  EXPECT_TRUE(IsSwept());
+  EXPECT_EQ(monitor.lost, 0u);
+}
+
 TEST_F(ShortLives, WhileTheServiceStandsStillNothingOfThemIsLost) {
   StartWithMonitor();
   kill(quord.Pid(), SIGSTOP);

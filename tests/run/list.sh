@@ -133,9 +133,9 @@ selection_is_right() {
 until_true "the saved selection is not what was selected" selection_is_right
 
 # Export: byte for byte what trc writes.
-opens "Save As" alt+f e
+opens "Export" alt+f e
 types "$work/list.csv" "File name:"
-closes "Save As" Return
+closes "Export" Return
 "$trc" export --uncheck "$info" "$work/list.trc" "$work/wanted.csv" >/dev/null
 [ "$(wc -l <"$work/wanted.csv")" -gt "$shown" ] || fail "trc exported too little"
 until_true "the export differs from that of trc" cmp "$work/list.csv" "$work/wanted.csv"
@@ -143,7 +143,7 @@ key alt+F4
 ended_with 0
 
 # An end in the midst of a command, whose dialog is up.
-for command in "Filter:alt+v l" "Trace Properties:alt+p" "Locate source file:ctrl+g" "Save As:alt+f e"; do
+for command in "Filter:alt+v l" "Trace Properties:alt+p" "Locate source file:ctrl+g" "Export:alt+f e"; do
   start_at_row_0
   read -ra keys <<<"${command#*:}"
   opens "${command%%:*}" "${keys[@]}"

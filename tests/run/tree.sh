@@ -28,7 +28,7 @@ until_true "Esc did not close the properties" has_no_window '^Trace Properties$'
 until_true "the main window is not active after the properties" is_active '^Tessera'
 key alt+f
 key e
-until_true "Export... opened no dialog" is_active '^Save As$'
+until_true "Export... opened no dialog" is_active '^Export$'
 key ctrl+a
 xdotool type --clearmodifiers "$work/tree.tx"
 # Held down for a second, as a busy machine may hold any of them.

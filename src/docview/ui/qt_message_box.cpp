@@ -4,10 +4,12 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QPushButton>
+#include <algorithm>
 
 namespace {
 
 constexpr int kTitleButtonsPx = 110;  // beside the title, with the window's icon
+constexpr int kLeastChars = 40;       // however short the text
 
 QMessageBox::Icon IconOf(BoxIcon icon) {
   switch (icon) {
@@ -67,13 +69,15 @@ QtMessageBox::QtMessageBox(const MessageBoxRequest& request, QWidget* parent)
   MakeRoomForTitle();
 }
 
-// The library makes a box as wide as its text, and the window manager cuts the title.
+// The library makes a box as wide as its text: one of two words would be a narrow strip, and the
+// window manager would cut its title.
 void QtMessageBox::MakeRoomForTitle() {
   auto* const grid = qobject_cast<QGridLayout*>(layout());
   if (!grid) return;
   QFont title = font();
   title.setBold(true);
-  const int width = QFontMetrics(title).horizontalAdvance(windowTitle()) + kTitleButtonsPx;
+  const int width = std::max(QFontMetrics(title).horizontalAdvance(windowTitle()) + kTitleButtonsPx,
+                             fontMetrics().averageCharWidth() * kLeastChars);
   grid->addItem(new QSpacerItem(width, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
                 grid->rowCount(), 0, 1, grid->columnCount());
 }

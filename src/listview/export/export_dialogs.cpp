@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr char kTitle[] = "Save As";
 const FileFilter kAllFiles{"All Files (*.*)", "*"};
 
 // A box that was not offered, or could not be clicked, is not set.
@@ -24,7 +23,7 @@ CExportDialog::CExportDialog(Host& host, std::string suggestedName, bool enableS
 int CExportDialog::DoModal() {
   FileDialogRequest request;
   request.save = true;
-  request.title = kTitle;
+  request.title = "Export";
   request.defaultExtension = ".csv";
   request.suggestedName = m_suggestedName;
   request.filters = {
@@ -45,7 +44,7 @@ CSaveAsDialog::CSaveAsDialog(Host& host, std::string suggestedName, bool enableS
 int CSaveAsDialog::DoModal() {
   FileDialogRequest request;
   request.save = true;
-  request.title = kTitle;
+  request.title = "Save As";
   request.defaultExtension = ".trc";
   request.suggestedName = m_suggestedName;
   request.filters = {{"Trace Files (*.trc)", "*.trc"}, kAllFiles};

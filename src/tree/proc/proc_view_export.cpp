@@ -7,7 +7,7 @@
 void CProcView::OnExport() {
   FileDialogRequest request;
   request.save = true;
-  request.title = "Save As";
+  request.title = "Export";
   request.defaultExtension = ".txt";
   request.suggestedName = SuggestedName(m_document.GetPathName(), m_document.GetTitle());
   request.filters = {{"Text Files (*.txt)", "*.txt"}, {"All Files (*.*)", "*"}};

@@ -213,3 +213,11 @@ TEST(MessageBoxes, AreAtLeastAsWideAsTheirTitle) {
     box.button(QMessageBox::Ok)->click();
   });
 }
+
+TEST(MessageBoxes, OfAFewWordsAreNoNarrowStrip) {
+  QtHost host;
+  Ask(host, {.text = "Text not found.", .icon = BoxIcon::None}, [&](QMessageBox& box) {
+    EXPECT_GE(box.width(), box.fontMetrics().averageCharWidth() * 40);
+    box.button(QMessageBox::Ok)->click();
+  });
+}

@@ -19,7 +19,7 @@ TEST(ExportDialog, HasItsExtensionFiltersAndBoxes) {
   CExportDialog dialog(host, "web", true, true);
   EXPECT_EQ(dialog.DoModal(), CDialog::kIdCancel);
   EXPECT_EQ(host.Told(),
-            "save dialog \"Save As\" ext=.csv name=\"web\" filters=\"Comma-separated Files "
+            "save dialog \"Export\" ext=.csv name=\"web\" filters=\"Comma-separated Files "
             "(*.csv)|*.csv|Text Files (*.txt)|*.txt|All Files (*.*)|*\" -> none\n");
   EXPECT_EQ(Boxes(host.m_fileRequests[0]),
             "Export selected items only enabled\nOutput hidden columns enabled\n");

@@ -347,9 +347,9 @@ TEST_F(ProcViewCommands, TheExportsDialogOffersTheDocumentsNameWithoutItsLastExt
   m_document.SetPathName("/traces/web.old.trc", false);
   m_view->OnCommand(ID_FILE_EXPORT);
   EXPECT_EQ(m_host.Told(),
-            "save dialog \"Save As\" ext=.txt name=\"Traces sent to web\" "
+            "save dialog \"Export\" ext=.txt name=\"Traces sent to web\" "
             "filters=\"Text Files (*.txt)|*.txt|All Files (*.*)|*\" -> none\n"
-            "save dialog \"Save As\" ext=.txt name=\"/traces/web.old\" "
+            "save dialog \"Export\" ext=.txt name=\"/traces/web.old\" "
             "filters=\"Text Files (*.txt)|*.txt|All Files (*.*)|*\" -> none\n");
 }
 

@@ -49,17 +49,20 @@ int RowListAccessible::RowsOnView() const {
 }
 
 int RowListAccessible::childCount() const {
-  return columnCount() * (RowsOnView() + 1);
+  return columnCount() * (RowsOnView() + 1) + (List().ToEnd() ? 1 : 0);
 }
 
 QAccessibleInterface* RowListAccessible::child(int index) const {
   const int columns = columnCount();
   if (index < 0 || index >= childCount()) return nullptr;
+  if (index == columns * (RowsOnView() + 1))
+    return QAccessible::queryAccessibleInterface(List().ToEnd());
   if (index < columns) return Get({-1, index});
   return Get({List().TopIndex() + index / columns - 1, index % columns});
 }
 
 int RowListAccessible::indexOfChild(const QAccessibleInterface* child) const {
+  if (child && child->object() && child->object() == List().ToEnd()) return childCount() - 1;
   const auto* cell = dynamic_cast<const CellAccessible*>(child);
   if (!cell || cell->table() != this) return -1;
   if (cell->rowIndex() == -1) return cell->columnIndex();
@@ -69,6 +72,9 @@ int RowListAccessible::indexOfChild(const QAccessibleInterface* child) const {
 }
 
 QAccessibleInterface* RowListAccessible::childAt(int x, int y) const {
+  QWidget* const toEnd = List().ToEnd();
+  if (toEnd && toEnd->rect().contains(toEnd->mapFromGlobal(QPoint(x, y))))
+    return QAccessible::queryAccessibleInterface(toEnd);
   const QPoint point = List().viewport()->mapFromGlobal(QPoint(x, y));
   const std::optional<Column> column = List().ColumnAt(point.x());
   const bool inHeader = point.y() < 0 && point.y() >= -List().Columns().height();

@@ -1,5 +1,5 @@
-// The row list as assistive technology sees it: a table whose children are the header's cells and
-// the cells on view, row by row.
+// The row list as assistive technology sees it: a table whose children are the header's cells, the
+// cells on view, row by row, and while it shows the button that leads to the end.
 //
 // Shape    rowCount and cellAt speak of all rows; children, and lists of selected rows, only of
 //          those on view, so that nothing costs by the number of rows.

@@ -52,6 +52,8 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   void ScrollTo(int topRow);
   bool IsAtEnd() const { return TopIndex() + m_pageRows >= ItemCount(); }
   bool ShowsEndMark() const { return m_endMark; }
+  // The way back to the end; null while the list stands there.
+  QWidget* ToEnd() { return m_toEnd.isVisibleTo(this) ? &m_toEnd : nullptr; }
   QString CellText(int row, Column column) const;  // in one line
   int IconOf(int row) const;                       // -1: none
   // In the viewport; a point beside the rows gives -1, one beside the columns none.

@@ -4,16 +4,18 @@
 #include <QPainter>
 
 #include "docview/ui/mixed_color.h"
+#include "docview/ui/plain_tool_tip.h"
 
 namespace {
 constexpr int kSidePx = 12, kUpPx = 5;
 constexpr double kEdge = 0.3, kOver = 0.12;
 }  // namespace
 
-ToEndButton::ToEndButton(QWidget* parent) : QAbstractButton(parent) {
+ToEndButton::ToEndButton(QWidget* parent) : QPushButton(parent) {
   setObjectName("toEnd");
   setAccessibleName("To the end");
-  setToolTip("The list does not follow. Click to go to its end and follow again");
+  const QString tip = "The list does not follow. Click to go to its end and follow again";
+  SetPlainToolTip(*this, tip);
   setFocusPolicy(Qt::NoFocus);
   setCursor(Qt::ArrowCursor);
   setAttribute(Qt::WA_Hover);

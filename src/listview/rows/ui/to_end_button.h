@@ -4,9 +4,9 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <QAbstractButton>
+#include <QPushButton>
 
-class ToEndButton final : public QAbstractButton {
+class ToEndButton final : public QPushButton {
  public:
   explicit ToEndButton(QWidget* parent);
 

@@ -123,3 +123,26 @@ TEST(RowAccessible, WalkingThroughManyRowsKeepsOnlyTheCellsOnView) {
   for (int row = 0; row < 10'000; ++row) ASSERT_TRUE(table->cellAt(row, 1));
   EXPECT_EQ(QAccessible::accessibleInterface(early), nullptr);
 }
+
+TEST(RowAccessible, TheWayBackToTheEndIsAButtonOfTheListWhileItShows) {
+  ShownList s(100);
+  QAccessibleInterface* const list = Describe(s);
+  const int cells = list->childCount();
+  s.list.ShowEndMark(true);
+  ASSERT_EQ(list->childCount(), cells + 1);
+  QAccessibleInterface* const button = list->child(cells);
+  ASSERT_TRUE(button);
+  EXPECT_EQ(button->role(), QAccessible::Button);
+  EXPECT_EQ(Name(button), "To the end");
+  EXPECT_EQ(button->text(QAccessible::Description),
+            "The list does not follow. Click to go to its end and follow again");
+  EXPECT_EQ(button->parent(), list);
+  EXPECT_EQ(list->indexOfChild(button), cells);
+  const QPoint middle = button->rect().center();
+  EXPECT_EQ(list->childAt(middle.x(), middle.y()), button);
+  ASSERT_TRUE(button->actionInterface());
+  button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return s.list.TopIndex() == 90; }));
+  EXPECT_EQ(list->childCount(), cells) << "the list stands at its end";
+  EXPECT_EQ(list->child(cells), nullptr);
+}

@@ -38,8 +38,8 @@ class DemoProcess {
     return status;
   }
   void Signal(int number) { kill(m_pid, number); }
-  std::string Out() const { return ReadAll(m_folder.File("out")); }
-  std::string Err() const { return ReadAll(m_folder.File("err")); }
+  std::string Out() const { return ReadIfThere(m_folder.File("out")); }
+  std::string Err() const { return ReadIfThere(m_folder.File("err")); }
   // Of "quor-demo: 12 traces, 0 lost", its last line. REQUIRES: it has ended well.
   unsigned long Traces() const {
     const std::string err = Err();

@@ -42,7 +42,7 @@ class QuordProcess {
   std::string KeysFolder() const { return m_folder.File("keys"); }
   const TempDir& Folder() const { return m_folder; }
   pid_t Pid() const { return m_pid; }
-  std::string Log() const { return ReadAll(m_folder.File("log")); }
+  std::string Log() const { return ReadIfThere(m_folder.File("log")); }
   bool Says(const std::string& words, int milliseconds = 20000) const {
     return WaitFor([&] { return Log().find(words) != std::string::npos; }, milliseconds);
   }

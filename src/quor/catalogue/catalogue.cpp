@@ -38,6 +38,7 @@ Catalogue::Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaul
       app.ids[{trace.component, trace.category}] = id;
       app.mapBytes += trace.component.size() + trace.category.size() + 32;
     }
+    m_mapBytes += app.mapBytes;
     const bool held = std::any_of(stored.holders.begin(), stored.holders.end(), Lives);
     app.used = ++m_uses;
     CatalogueApp& kept = m_apps[app.name] = std::move(app);
@@ -75,6 +76,7 @@ std::uint32_t Catalogue::EnterTrace(CatalogueApp& app, const std::string& compon
   const std::size_t bytes = component.size() + category.size() + 32;
   if (app.traces.size() >= kNoTraceId || app.mapBytes + bytes > kMapBytesMax) return kNoTraceId;
   app.mapBytes += bytes;
+  m_mapBytes += bytes;
   const auto id = static_cast<std::uint32_t>(app.traces.size());
   app.traces.push_back({component, category, m_defaultSettings});
   app.ids[{component, category}] = id;
@@ -107,10 +109,13 @@ void Catalogue::Release(CatalogueApp& app) {
   if (app.submitted) Forget(app);
   app.used = ++m_uses;
   if (app.traces.empty()) Erase(app);
+  while (m_mapBytes > kAllMapsBytesMax && ForgetOldest()) {
+  }
 }
 
 void Catalogue::Erase(CatalogueApp& app) {
   if (m_store) m_store->EraseApp(app);
+  m_mapBytes -= app.mapBytes;
   m_apps.erase(m_apps.find(app.name));
 }
 

@@ -56,6 +56,9 @@ class Catalogue {
   static constexpr std::size_t kAppsMax = 4096;
   static constexpr std::size_t kNameBytesMax = 4096;
   static constexpr std::size_t kMapBytesMax = 3u << 20;  // a trace map fits into one frame
+  // Of all trace maps together, before those go that nobody holds: some hundred applications of the
+  // size of a large program.
+  static constexpr std::size_t kAllMapsBytesMax = 16u << 20;
 
   // Reads what the store has, which may be null. What nobody holds any more who held it is not in
   // force.
@@ -71,8 +74,8 @@ class Catalogue {
 
   void BeginInstance(CatalogueApp& app, std::uint32_t pid);
   void OpenHandle(CatalogueApp& app, std::uint32_t pid);
-  // With the last holder what was submitted is in force no more. An application of which nothing is
-  // known but its name is forgotten: `app` is not to be used any more.
+  // With the last holder what was submitted is in force no more. It may be forgotten then, at once
+  // where nothing is known of it but its name: `app` is not to be used any more.
   void EndInstance(CatalogueApp& app, std::uint32_t pid);
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
   // Some time after a restart: those that have not come back hold nothing any more.
@@ -98,6 +101,7 @@ class Catalogue {
   std::unique_ptr<CatalogueStore> m_store;
   const std::uint32_t m_defaultSettings;
   std::map<std::string, CatalogueApp> m_apps;
+  std::size_t m_mapBytes = 0;  // of all applications
   std::uint64_t m_uses = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "quor/traced/apps.h"
 
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +14,8 @@ namespace {
 
 // Longer than a monitor may be silent before it is cut off.
 constexpr std::chrono::seconds kKept{12};
+constexpr int kEndedForMemory = 32;
+constexpr std::chrono::seconds kMemoryAfter{2};  // all of it is free by then
 
 }  // namespace
 
@@ -161,6 +164,19 @@ Hub& Apps::HubFor(const LinkSink& sink) {
   return m_router.HubForMachine(sink.kind == SinkKind::Socket ? sink.name : std::string());
 }
 
+// What many applications took at once lies in pieces between what stays: the heap keeps it until it
+// is asked.
+void Apps::GiveMemoryBack() {
+  if (++m_endedSince < kEndedForMemory || std::exchange(m_givesSoon, true)) return;
+  m_gives.expires_after(kMemoryAfter);
+  m_gives.async_wait([this](const std::error_code& error) {
+    if (error) return;
+    m_givesSoon = false;
+    m_endedSince = 0;
+    malloc_trim(0);
+  });
+}
+
 void Apps::OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) {
   m_catalogue.BeginInstance(to, app.Pid());
   m_catalogue.EndInstance(from, app.Pid());
@@ -174,6 +190,7 @@ void Apps::OnEnded(RunningApp& app) {
   if (!app.File().empty()) Keep({{}, app.File(), KeyOf(app.Segment()), app.Told()});
   m_catalogue.EndInstance(app.Entry(), app.Pid());
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
+  GiveMemoryBack();
   // Now there is room for one that there was none for.
   if (std::exchange(m_leftSome, false)) m_watch.TellAll();
 }

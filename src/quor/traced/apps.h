@@ -37,7 +37,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
         m_router(router),
         m_machine(std::move(machine)),
         m_watch(io, *this),
-        m_keeps(io) {}
+        m_keeps(io),
+        m_gives(io) {}
 
   // Finds the applications beside this socket from now on. Those that died while no service ran
   // wait for LetGo.
@@ -82,6 +83,7 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   void Keep(Kept kept);
   static bool IsWanted(Kept& kept);
   void RemoveKept();
+  void GiveMemoryBack();
   static Key KeyOf(const SegmentMap& segment) { return {segment.Device(), segment.Inode()}; }
   void Find(const std::string& name, SegmentMap segment);
   void PassOver(const std::string& name, const std::string& reason);
@@ -94,6 +96,9 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   SegmentWatch m_watch;
   std::deque<Kept> m_kept;
   asio::steady_timer m_keeps;
+  asio::steady_timer m_gives;
+  int m_endedSince = 0;  // the memory of those that ended was last given back
+  bool m_givesSoon = false;
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
   bool m_holdsFound = false, m_leftSome = false;
   std::set<std::string> m_unreadable;  // files that somebody owns

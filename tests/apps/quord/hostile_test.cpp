@@ -2,6 +2,8 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 
+#include <fstream>
+#include <list>
 #include <random>
 
 #include "quor/ring/link.h"
@@ -155,6 +157,41 @@ TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
   greet(counts);
   EXPECT_TRUE(quord.Says("is read no further: its count of traces is impossible"));
 }
+
+// The heaps of the sanitizers keep what is freed, for a while and on purpose.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(Hostile, WhatManyInstancesTookIsGivenBackWhenTheyHaveEnded) {
+  constexpr std::uint32_t kInstances = 60, kNames = 1200, kPoints = 40;
+  const auto heapKb = [&] {
+    std::ifstream status("/proc/" + std::to_string(quord.Pid()) + "/status");
+    for (std::string line; std::getline(status, line);)
+      if (line.rfind("RssAnon:", 0) == 0) return std::stol(line.substr(8));
+    return 0l;
+  };
+  std::list<SegmentMap> instances;
+  for (std::uint32_t i = 0; i < kInstances; ++i) {
+    SegmentMap& made = instances.emplace_back();
+    ASSERT_TRUE(made.Create({64, 1u << 20, 4096}, 1 + i, 12345 + i));
+    ASSERT_TRUE(made.NamesMemory().Reach(1u << 20));
+    std::uint32_t used = 0;
+    for (std::uint32_t id = 0; id < kNames; ++id)
+      used += static_cast<std::uint32_t>(
+          StoreName(made.Names() + used, static_cast<NameId>(id),
+                    std::to_string(i) + std::string(600, 'n') + std::to_string(id)));
+    made.Header()->nameBytesUsed.store(used);
+    for (std::uint32_t point = 0; point < kPoints; ++point)
+      made.Points()[point].component = made.Points()[point].category =
+          static_cast<NameId>(point + 1);
+    made.Header()->pointCount.store(kPoints);
+    ASSERT_EQ(Greet(EncodeHello(Named("many " + std::to_string(i))), {made.Descriptor()}).type,
+              LinkType::Welcome);
+  }
+  ASSERT_TRUE(WaitFor([&] { return heapKb() > 40000; })) << heapKb();
+  const long most = heapKb();
+  instances.clear();
+  EXPECT_TRUE(WaitFor([&] { return heapKb() < most / 2; })) << most << " " << heapKb();
+}
+#endif
 
 TEST_F(Hostile, MoreTracesThanTheMachineCanHaveMadeAreNotBelievedToBeLost) {
   constexpr std::uint64_t kLie = std::uint64_t{1} << 44;

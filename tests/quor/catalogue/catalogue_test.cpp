@@ -342,4 +342,35 @@ TEST(Catalogue, TheApplicationNotNeededForLongestMakesRoomForANewOne) {
   EXPECT_EQ(Word(catalogue, "prepared", 0), 0x1Fu);
 }
 
+TEST(Catalogue, LargeMapsOfManyApplicationsMakeRoomForEachOther) {
+  Catalogue catalogue(nullptr, kDefaultSettings);
+  const auto begins = [&catalogue](const std::string& name, std::size_t traces) {
+    CatalogueApp* const app = catalogue.Enter(name);
+    catalogue.BeginInstance(*app, kMe);
+    for (std::size_t i = 0; i < traces; ++i)
+      catalogue.EnterTrace(*app, std::string(1000, 'c'), std::to_string(i));
+    return app;
+  };
+  const auto bytes = [&catalogue](const std::string& name) {
+    const CatalogueApp* const app = catalogue.Find(name);
+    return app ? app->mapBytes : 0;
+  };
+  CatalogueApp* const running = begins("running", 2000);
+  std::size_t held = 0;
+  const auto count = [&](std::size_t last) {
+    held = bytes("running");
+    for (std::size_t i = 0; i <= last; ++i) held += bytes(std::to_string(i));
+    return held;
+  };
+  for (std::size_t i = 0; i < 20; ++i) {
+    catalogue.EndInstance(*begins(std::to_string(i), 2000), kMe);
+    EXPECT_LE(count(i), Catalogue::kAllMapsBytesMax);
+  }
+  EXPECT_EQ(catalogue.Find("0"), nullptr);
+  EXPECT_NE(catalogue.Find("19"), nullptr);
+  EXPECT_GT(held, Catalogue::kAllMapsBytesMax / 2);
+  EXPECT_EQ(catalogue.Find("running"), running);
+  EXPECT_EQ(running->traces.size(), 2000u);
+}
+
 }  // namespace

@@ -32,7 +32,7 @@ QString InLinesOf(const QString& text, int letters) {
 }
 
 QString PlainToolTip(const QString& text) {
-  const QString lines = InLinesOf(text, kToolTipLetters);
+  QString lines = InLinesOf(text, kToolTipLetters);
   if (!Qt::mightBeRichText(lines)) return lines;
   return QStringLiteral("<p style='white-space:pre'>") + lines.toHtmlEscaped() +
          QStringLiteral("</p>");

@@ -47,7 +47,7 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
 
  private:
   std::string Words(bool nobody, int error) const {
-    const std::string why = m_path + ": " + std::strerror(error);
+    std::string why = m_path + ": " + std::strerror(error);
     if (!nobody) return why;
     return m_started ? "quord was started and does not answer (" + why + ")"
                      : "no trace service runs here; start it with quord (" + why + ")";

@@ -30,7 +30,7 @@ std::shared_ptr<Source> Hub::TakeEnded(const Source& source) {
       return entry->instance == source.instance;
     });
     if (known == ended->end()) continue;
-    const std::shared_ptr<Source> taken = *known;
+    std::shared_ptr<Source> taken = *known;
     ended->erase(known);
     return taken;
   }
@@ -38,7 +38,7 @@ std::shared_ptr<Source> Hub::TakeEnded(const Source& source) {
 }
 
 std::shared_ptr<Source> Hub::Revive(const Source& source) {
-  const std::shared_ptr<Source> revived = TakeEnded(source);
+  std::shared_ptr<Source> revived = TakeEnded(source);
   if (!revived) return nullptr;
   m_sources[revived->instance] = revived;
   revived->ended = false;

@@ -51,7 +51,8 @@ std::string AppNameIn(const SegmentMap& segment) {
   std::vector<SegmentName> names;
   reader.ReadNew(names);
   for (const SegmentName& name : names)
-    if (name.id == segment.Layout().appName && !name.text.empty()) return name.text.c_str();
+    if (name.id == segment.Layout().appName && !name.text.empty())
+      return name.text.substr(0, name.text.find('\0'));
   return kUnnamed;
 }
 

@@ -2,7 +2,7 @@
 """Checks the laws of the house that the compiler does not: see docs/architecture.md.
 
 A room includes rooms before it only; Qt stays in ui/ folders and the desktop program; files keep
-their size; no circle of includes. Prints each breach as FILE:LINE: WHAT and exits 1 if there is one.
+their size; no circle of includes; comments are whole. Prints each breach as FILE:LINE: WHAT and exits 1 if there is one.
 """
 import re
 import subprocess
@@ -80,6 +80,9 @@ def main():
         lines = path.read_text().splitlines()
         room = room_of(relative.removeprefix("src/"), rooms) if relative.startswith("src/") else ""
         for number, line in enumerate(lines, 1):
+            below = lines[number] if number < len(lines) else ""
+            if re.match(r"// [a-z]+$", line) and below.startswith("//    "):
+                breaches.append(f"{relative}:{number}: a word that the formatter tore off its paragraph")
             match = re.match(r'\s*#\s*include\s*([<"])([^>"]+)[>"]', line)
             if not match:
                 continue

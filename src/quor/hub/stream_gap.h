@@ -1,9 +1,8 @@
 // What a stream had to drop, source by source, until it is told in front of what waits.
 //
-// Shape    An entry for each source that the hub still knows or the stream has spoken of. All
-// others
-//          came, were dropped whole and forgotten while nothing was told: of these there may be any
-//          number, and only their sum is kept. It is told in the name of the first of them.
+// Shape    An entry for each source that the hub still knows or the stream has spoken of. The other
+//          ones came, were dropped whole and forgotten while nothing was told: of these there may
+//          be any number, and only their sum is kept. It is told in the name of the first of them.
 // Owner    Shares the sources.
 // Errors   None.
 // Threads  One.

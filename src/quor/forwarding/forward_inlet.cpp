@@ -170,13 +170,14 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
     source->pid = m_names.TextOf(first.PidId());
   }
   Hub& hub = m_inlet.m_hub;
-  if (isNew && stands > source->serial)
+  const bool leaps = isNew || stands > before.serial;
+  if (leaps && stands > source->serial)
     hub.Lose(source, m_inlet.Believe(m_peer, stands - source->serial),
              "the trace service of " + m_machine + " ended before it could hand them on");
   if (frame)
     for (const Bytes trace : frame->traces) hub.Take(source, m_names, trace, {});
   // The word on it is among the traces.
   hub.CountLost(source, m_inlet.Believe(m_peer, word.lost() - before.lost));
-  before = {word.delivered(), word.lost()};
+  before = {word.delivered(), word.lost(), word.serial()};
   return true;
 }

@@ -48,7 +48,7 @@ class ForwardInlet {
     friend class ForwardInlet;
     static constexpr std::size_t kWordsMax = 65536;
     struct Word {
-      std::uint64_t delivered = 0, lost = 0;
+      std::uint64_t delivered = 0, lost = 0, serial = 0;
     };
     struct Frame;
     Stream(ForwardInlet& inlet, const std::string& peer, std::string machine)

@@ -3,6 +3,7 @@
 #include <openssl/rand.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "quor/log/log.h"
 #include "quor/protocol/tls.h"
@@ -13,6 +14,18 @@ using std::chrono::milliseconds;
 constexpr milliseconds kPauseMin{100}, kPauseMax{5000}, kDialDeadline{5000};
 constexpr std::size_t kWindowBytes = 2u << 20;
 constexpr std::uint32_t kForwardRequest = 1;
+constexpr std::size_t kUnsureAtOnce = 1024;
+
+void PutWord(const Source& source, std::uint64_t serial, quor::wire::Ledger* ledger) {
+  quor::wire::Ledger::Source* const word = ledger->add_sources();
+  word->set_instance(source.instance.data(), source.instance.size());
+  word->set_serial(serial);
+}
+
+void HandOn(Source& source, std::uint64_t traces) {
+  source.handedOn += traces;
+  if (source.noteHandedOn) source.noteHandedOn(source.handedOn);
+}
 
 }  // namespace
 
@@ -22,7 +35,7 @@ Forwarder::Forwarder(asio::io_context& io, Machine machine, std::string keysFold
       m_machine(std::move(machine)),
       m_keysFolder(std::move(keysFolder)),
       m_ownMachine(std::move(ownMachine)),
-      m_name(m_machine.host + ":" + std::to_string(m_machine.port)),
+      m_name(AddressOf(m_machine.host, m_machine.port)),
       m_queue(m_hub.Names(),
               {storeBytes, 0, "the link to the other machine is broken or too slow", true}),
       m_timer(io),
@@ -34,6 +47,7 @@ void Forwarder::NewStreamId() {
   m_streamId.resize(16);
   RAND_bytes(reinterpret_cast<unsigned char*>(m_streamId.data()), 16);
   m_base = 0;
+  m_keptSent = false;
 }
 
 void Forwarder::Start() {
@@ -47,6 +61,7 @@ std::weak_ptr<Connection> Forwarder::Stop() {
   m_hub.Seal();
   m_hub.Deliver();
   Pump();
+  SayWhatStays();
   if (m_connection) m_connection->CloseAfterWriting();
   m_state = State::Down;
   return std::exchange(m_connection, nullptr);
@@ -55,6 +70,21 @@ std::weak_ptr<Connection> Forwarder::Stop() {
 void Forwarder::OnBatch(const SharedBatch& batch) {
   m_queue.Push(batch);
   Pump();
+}
+
+void Forwarder::SayWhatStays() const {
+  std::uint64_t traces = m_queue.WaitingTraces();
+  for (const Kept& kept : m_kept) traces += kept.batch->traces;
+  if (traces == 0) return;
+  Log(LogLevel::Warning, "ending with " + std::to_string(traces) + " traces that " + m_name +
+                             " is not known to have: it counts those that do not arrive as lost" +
+                             " when the next service is here");
+}
+
+void Forwarder::OnSource(const std::shared_ptr<Source>& source) {
+  if (source->handedOn >= source->serial) return;
+  m_unsure.push_back({source, source->handedOn, source->serial, source->way});
+  if (m_state == State::Up) TellUnsure();
 }
 
 void Forwarder::Dial() {
@@ -73,6 +103,8 @@ void Forwarder::OnConnected(std::shared_ptr<ByteStream> stream, const std::strin
   if (!stream) return TryLater(why);
   m_connection = Connection::Start(std::move(stream), *this);
   m_state = State::Greeting;
+  m_keptSent = false;
+  m_unsureTold = 0;
   quor::wire::Hello hello;
   hello.set_version(kProtocolVersion);
   hello.set_product("quord");
@@ -150,16 +182,24 @@ bool Forwarder::BeginStream(std::uint64_t taken) {
     for (const Kept& kept : m_kept) again.push_back(kept.batch);
     m_kept.clear();
     m_inFlight = 0;
+    m_unsureTold = 0;
     m_queue.Restart(again);
     AskToForward();
     return true;
   }
   if (!DropTaken(taken)) return false;
+  ConfirmUnsure();
+  if (!m_unsure.empty()) {
+    TellUnsure();
+    return true;
+  }
   m_state = State::Up;
-  m_pause = kPauseMin;
-  m_toldReason.clear();
-  Log(LogLevel::Info, "forwarding to " + m_name);
-  SendKept();
+  if (!std::exchange(m_keptSent, true)) {
+    m_pause = kPauseMin;
+    m_toldReason.clear();
+    Log(LogLevel::Info, "forwarding to " + m_name);
+    SendKept();
+  }
   Pump();
   return true;
 }
@@ -168,6 +208,8 @@ bool Forwarder::DropTaken(std::uint64_t taken) {
   if (taken < m_base || taken - m_base > m_kept.size()) return false;
   for (; m_base < taken; ++m_base) {
     m_inFlight -= m_kept.front().Bytes();
+    for (const SourceDelta& delta : m_kept.front().batch->sources)
+      HandOn(*delta.source, delta.traces + delta.lost);
     m_kept.pop_front();
   }
   Pump();
@@ -176,7 +218,8 @@ bool Forwarder::DropTaken(std::uint64_t taken) {
 }
 
 bool Forwarder::IsIdle() const {
-  return !m_hub.HasSources() && !m_hub.HasOpenBatch() && m_kept.empty() && m_queue.IsEmpty();
+  return !m_hub.HasSources() && !m_hub.HasOpenBatch() && m_kept.empty() && m_queue.IsEmpty() &&
+         m_unsure.empty();
 }
 
 // Processes that come and go use them up in days, and this hub has its stream for ever.
@@ -189,6 +232,28 @@ void Forwarder::RenewNames() {
   m_queue.Restart({});
   m_state = State::Asking;
   AskToForward();
+}
+
+// In front of all that is taken of them here. The answer to another request to forward says that
+// these words have been read.
+void Forwarder::TellUnsure() {
+  quor::wire::Ledger ledger;
+  m_unsureTold = std::min(m_unsure.size(), kUnsureAtOnce);
+  for (std::size_t i = 0; i < m_unsureTold; ++i) {
+    PutWord(*m_unsure[i].source, m_unsure[i].arrived, &ledger);
+    PutWord(*m_unsure[i].source, m_unsure[i].serial, &ledger);
+  }
+  m_connection->Send(FrameType::Ledger, ledger);
+  m_state = State::Asking;
+  AskToForward();
+}
+
+void Forwarder::ConfirmUnsure() {
+  for (; m_unsureTold > 0; --m_unsureTold) {
+    const Unsure& told = m_unsure.front();
+    HandOn(*told.source, told.serial - told.arrived);
+    m_unsure.pop_front();
+  }
 }
 
 void Forwarder::SendKept() {

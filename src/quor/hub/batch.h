@@ -10,6 +10,7 @@
 #include <array>
 #include <bitset>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,6 +29,10 @@ struct Source {
   // Shared by all that some stream has still to be given.
   std::shared_ptr<const void> way = std::make_shared<char>();
   bool IsUnderWay() const { return way.use_count() > 1; }
+  // Of one that traces to another machine: how many that one is known to have, and who writes that
+  // down for a successor of this service.
+  std::uint64_t handedOn = 0;
+  std::function<void(std::uint64_t)> noteHandedOn;
 };
 
 struct SourceDelta {

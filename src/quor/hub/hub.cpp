@@ -21,6 +21,7 @@ std::shared_ptr<Source> Hub::AddSource(Source source) {
   source.firstSerial = source.serial;
   auto added = std::make_shared<Source>(std::move(source));
   m_sources[added->instance] = added;
+  for (HubStream* const stream : m_streams) stream->OnSource(added);
   return added;
 }
 

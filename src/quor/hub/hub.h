@@ -20,6 +20,8 @@
 class HubStream {
  public:
   virtual void OnBatch(const SharedBatch& batch) = 0;
+  // It was not here before, or has been forgotten.
+  virtual void OnSource(const std::shared_ptr<Source>&) {}
 
  protected:
   ~HubStream() = default;
@@ -28,8 +30,12 @@ class HubStream {
 class Hub {
  public:
   // `oneSourceEach`: no batch holds traces of two sources, as forwarding needs it.
-  explicit Hub(bool oneSourceEach = false)
-      : m_builder(m_names, std::make_shared<BatchMemory>()), m_oneSourceEach(oneSourceEach) {}
+  explicit Hub(bool oneSourceEach = false, std::string machine = {})
+      : m_machine(std::move(machine)),
+        m_builder(m_names, std::make_shared<BatchMemory>()),
+        m_oneSourceEach(oneSourceEach) {}
+  // Whose monitors all is for; empty: those of this service.
+  const std::string& Machine() const { return m_machine; }
 
   // A source that comes again, over a break or a restart, keeps its instance: it is the same source
   // again, and what it produced meanwhile is lost.
@@ -85,6 +91,7 @@ class Hub {
   void TellFullNames(const std::shared_ptr<Source>& source);
   std::uint32_t NextNumber();
 
+  const std::string m_machine;
   HubNames m_names;
   BatchBuilder m_builder;
   std::function<void()> m_onOpened;

@@ -26,6 +26,8 @@ void StreamGap::AddToSum(const Source& source) {
   if (source.serial == 0) return;
   if (!m_sum) {
     m_sum = std::make_shared<Source>(source);
+    m_sum->way = std::make_shared<char>();
+    m_sum->noteHandedOn = nullptr;
     return;
   }
   m_sum->serial += source.serial;

@@ -46,6 +46,7 @@ class StreamQueue {
   bool IsPaused() const { return m_paused; }
   bool IsEmpty() const { return m_batches.empty() && m_gap.IsEmpty(); }
   std::size_t WaitingBytes() const { return m_bytes; }
+  std::uint64_t WaitingTraces() const { return m_traces; }
   // The other side knows nothing of this stream any more: it begins anew, with these batches, which
   // were given out and did not arrive.
   void Restart(const std::vector<SharedBatch>& again);

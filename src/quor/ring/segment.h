@@ -44,6 +44,8 @@ struct SegmentPoint {
 // Who takes the traces out of the ring.
 enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
 
+constexpr std::size_t kHandedToBytes = 264;  // a host's name, a port, and a NUL
+
 enum class SegmentEnd : std::uint32_t { None = 0, Here = 1, Elsewhere = 2 };
 
 struct SegmentHeader {
@@ -82,6 +84,10 @@ struct SegmentHeader {
   // file is kept a while, cut to its first page, so that a service that is killed before its
   // monitors have everything leaves its successor the count.
   std::atomic<SegmentEnd> finished;
+  // The machine whose monitors they are for, with a NUL behind it; none: the service's own. Of
+  // `served` so many are known to have arrived there, or went elsewhere before.
+  char handedTo[kHandedToBytes];
+  std::atomic<std::uint64_t> handedOn;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 

@@ -91,8 +91,14 @@ bool ReadRest(int file, SegmentRest* rest) {
   if (!header || !HasMark(*header) || header->version != kSegmentVersion ||
       header->finished == SegmentEnd::None)
     return false;
-  *rest = {header->pid,    header->moves,           header->startedNs,
-           header->served, header->servedElsewhere, header->finished};
+  *rest = {header->pid,
+           header->moves,
+           header->startedNs,
+           header->served,
+           header->servedElsewhere,
+           header->finished,
+           std::string(header->handedTo, strnlen(header->handedTo, kHandedToBytes)),
+           header->handedOn};
   return true;
 }
 

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "quor/ring/backed_memory.h"
 #include "quor/ring/known_descriptor.h"
@@ -32,6 +33,8 @@ struct SegmentRest {
   std::uint32_t pid = 0, moves = 0;
   std::uint64_t startedNs = 0, served = 0, servedElsewhere = 0;
   SegmentEnd end = SegmentEnd::None;
+  std::string handedTo;
+  std::uint64_t handedOn = 0;
 };
 // False: it is not one.
 bool ReadRest(int file, SegmentRest* rest);

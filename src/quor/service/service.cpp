@@ -205,7 +205,7 @@ Hub& Service::HubForMachine(const std::string& machine) {
   const std::optional<Machine> to = ParseMachine(machine, &why);
   if (!to) Log(LogLevel::Warning, "a sink names no machine, its traces stay here: " + why);
   if (!to || to->local) return m_hub;
-  const std::string key = to->host + ":" + std::to_string(to->port);
+  const std::string key = AddressOf(to->host, to->port);
   if (const auto known = m_forwarders.find(key); known != m_forwarders.end())
     return known->second->Traces();
   if (m_forwarders.size() >= kForwardersMax) EndIdleForwarders();

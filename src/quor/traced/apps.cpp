@@ -81,17 +81,23 @@ void Apps::OnFile(const std::string& name) {
     known->second->SetFile(name);
     close(file);
   } else if (ReadRest(file, &rest)) {
-    close(file);
     const bool kept = std::any_of(m_kept.begin(), m_kept.end(),
                                   [&key](const Kept& one) { return one.key == key; });
-    if (kept) return;
-    Remember(rest, m_machine, HubFor({}));
-    Keep({{}, name, key, nullptr});
+    if (!kept) Keep({{}, name, key, SourceOf(rest, file)});
+    close(file);
   } else if (segment.Open(file, &reason)) {
     Find(name, std::move(segment));
   } else {
     PassOver(name, reason);
   }
+}
+
+// Null: nobody is to be told of it.
+std::shared_ptr<Source> Apps::SourceOf(const SegmentRest& rest, int file) {
+  if (rest.end == SegmentEnd::Here) return Remember(rest, m_machine, file, HubFor({}));
+  if (rest.handedTo.empty() || rest.handedOn >= rest.served) return nullptr;
+  Hub& hub = m_router.HubForMachine(rest.handedTo);
+  return hub.Machine() == rest.handedTo ? Remember(rest, m_machine, file, hub) : nullptr;
 }
 
 void Apps::Keep(Kept kept) {
@@ -115,6 +121,7 @@ void Apps::RemoveKept() {
       kept.until = now + kKept;
       m_kept.push_back(std::move(kept));
     } else {
+      if (kept.source) kept.source->noteHandedOn = nullptr;
       m_watch.Folder().Remove(kept.name, kept.key.first, kept.key.second);
     }
   }

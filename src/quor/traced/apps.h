@@ -70,8 +70,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   void OnFile(const std::string& name) override;
   void OnPlaceChanged() override { m_router.OnPlaceChanged(); }
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
-  // A file that is kept for the count in it, and until when: longer while a monitor has still to be
-  // given something of it.
+  // A file that is kept for the count in it, and until when: longer while a monitor, or the
+  // machine that it goes to, has still to be given something of it.
   struct Kept {
     std::chrono::steady_clock::time_point until;
     std::string name;
@@ -81,6 +81,7 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   };
   static constexpr std::size_t kKeptLongMax = 4096;
   void Keep(Kept kept);
+  std::shared_ptr<Source> SourceOf(const SegmentRest& rest, int file);
   static bool IsWanted(Kept& kept);
   void RemoveKept();
   void GiveMemoryBack();

@@ -281,9 +281,8 @@ void RunningApp::Pump() {
     return;
   }
   if (m_dead) {
-    const bool here = m_app.IsIn(m_home.HubFor({}));
-    if (here) m_told = m_app.CurrentSource();
-    m_app.MarkFinished(here);
+    m_told = m_app.CurrentSource();
+    m_app.MarkFinished();
     return End();
   }
   if (!m_app.IsTaking()) return;

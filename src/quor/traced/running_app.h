@@ -71,7 +71,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   // The name of the segment's file; empty: not found yet.
   const std::string& File() const { return m_file; }
   void SetFile(const std::string& name) { m_file = name; }
-  // What was taken to its end for the monitors here; null: it was not.
+  // What was taken to its end; null: it was not.
   const std::shared_ptr<Source>& Told() const { return m_told; }
 
  private:

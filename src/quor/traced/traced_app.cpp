@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "quor/ring/bell.h"
+#include "quor/traced/handed_on.h"
 
 namespace {
 
@@ -86,14 +87,19 @@ void TracedApp::Rename(std::string app) {
 
 void TracedApp::Enter(Hub& hub) {
   if (m_hub == &hub) return;
-  const bool moves = m_hub != nullptr;
+  const bool leaves = m_hub != nullptr;
+  // The note is the next machine's from now on.
+  if (leaves) m_source->noteHandedOn = nullptr;
   Leave();
   SegmentHeader& header = *m_segment.Header();
   const std::uint64_t served = header.served.load(std::memory_order_relaxed);
-  if (moves) {
+  // An earlier service may have had it elsewhere.
+  if (leaves || (served != 0 && HandedTo(header) != hub.Machine())) {
     header.servedElsewhere.store(served, std::memory_order_relaxed);
+    header.handedOn.store(served, std::memory_order_relaxed);
     header.moves.fetch_add(1, std::memory_order_relaxed);
   }
+  SetHandedTo(header, hub.Machine());
   Source source;
   source.instance = InstanceOf(m_machine, m_pid, m_segment.Layout().startedNs,
                                header.moves.load(std::memory_order_relaxed));
@@ -108,8 +114,16 @@ void TracedApp::Enter(Hub& hub) {
   } else {
     source.serial = served - m_servedElsewhere;
   }
+  PrepareHandingOn(hub, source);
   m_hub = &hub;
   m_source = hub.AddSource(std::move(source));
+}
+
+void TracedApp::PrepareHandingOn(const Hub& hub, Source& source) const {
+  if (hub.Machine().empty()) return;
+  const std::uint64_t handedOn = m_segment.Header()->handedOn.load(std::memory_order_relaxed);
+  source.handedOn = HandedOnOf(handedOn, m_servedElsewhere + source.serial, m_servedElsewhere);
+  source.noteHandedOn = HandedOnNote(m_segment.Descriptor(), m_servedElsewhere);
 }
 
 void TracedApp::Leave() {
@@ -229,18 +243,25 @@ void TracedApp::EndWait() {
   m_waits = false;
 }
 
-void TracedApp::MarkFinished(bool here) {
-  m_segment.Finish(here ? SegmentEnd::Here : SegmentEnd::Elsewhere);
+void TracedApp::MarkFinished() {
+  m_segment.Finish(m_hub->Machine().empty() ? SegmentEnd::Here : SegmentEnd::Elsewhere);
 }
 
-void Remember(const SegmentRest& rest, const std::string& machine, Hub& hub) {
-  if (rest.end != SegmentEnd::Here || rest.servedElsewhere > rest.served) return;
+std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& machine, int file,
+                                 Hub& hub) {
+  if (rest.servedElsewhere > rest.served) return nullptr;
   Source source;
   source.instance = InstanceOf(machine, rest.pid, rest.startedNs, rest.moves);
   source.machine = machine;
   source.pid = std::to_string(rest.pid);
   source.serial = rest.served - rest.servedElsewhere;
-  hub.EndSource(hub.AddSource(std::move(source)));
+  if (!hub.Machine().empty()) {
+    source.handedOn = HandedOnOf(rest.handedOn, rest.served, rest.servedElsewhere);
+    source.noteHandedOn = HandedOnNote(file, rest.servedElsewhere);
+  }
+  std::shared_ptr<Source> added = hub.AddSource(std::move(source));
+  hub.EndSource(added);
+  return added;
 }
 
 void TracedApp::RingBell() {

@@ -45,9 +45,8 @@ class TracedApp {
   // At most `traces` of them, said to the ring before they are delivered. `dead`: no producer lives
   // any more; Empty is then the end, and what was being written is told as lost.
   Step Drain(std::size_t traces, bool dead);
-  // Of the dead, after Drain was Empty. `here`: for the monitors of this service.
-  void MarkFinished(bool here);
-  bool IsIn(const Hub& hub) const { return m_hub == &hub; }
+  // Of the dead, after Drain was Empty.
+  void MarkFinished();
   RingConsumer::Wait BeginWait();
   void EndWait();
   // Wakes its link thread.
@@ -65,6 +64,7 @@ class TracedApp {
   // Called for each item: a std::string would cost two allocations a trace.
   bool Lose(std::uint64_t lost, std::string_view reason);
   bool TakeItem(const RingItem& item);
+  void PrepareHandingOn(const Hub& hub, Source& source) const;
   bool Finish();
   std::uint64_t MostPossible() const;
   void ReadNames();
@@ -96,8 +96,9 @@ std::chrono::nanoseconds AgeOfChange(std::chrono::nanoseconds changed, std::chro
                                      std::chrono::nanoseconds uptime);
 
 // One of an earlier service, which may not have brought all of it to its monitors: they learn how
-// far it came.
-void Remember(const SegmentRest& rest, const std::string& machine, Hub& hub);
+// far it came. `file`: of the segment.
+std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& machine, int file,
+                                 Hub& hub);
 
 // What an application that has not introduced itself calls itself, as its segment tells.
 std::string AppNameIn(const SegmentMap& segment);

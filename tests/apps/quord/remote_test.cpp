@@ -377,4 +377,98 @@ TEST_F(Forwarding, TheForwardingServiceKilledIsACountedGapAtTheOther) {
   EXPECT_LE(monitor.lost, 1000u);
 }
 
+// What it held for the other machine when it ended: of an application that lives and says no more,
+// of one that the other machine has never heard of, and over two ends.
+class Held : public Forwarding {
+ protected:
+  static int TraceAndEnd(TracedChild&) {
+    quor_application("orders");
+    for (int i = 0; i < 70; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
+    return 0;
+  }
+  std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
+  bool Gets(std::uint64_t traced) {
+    return WaitFor([&] { return monitor.Beat(), monitor.Pump(), Sum() >= traced; });
+  }
+  void CutAndEndTwice(const std::function<void()>& end) {
+    TracedChild app(TraceInSteps);
+    ASSERT_EQ(app.Told(), 0u);
+    ASSERT_TRUE(monitor.Sees("0 999"));
+    cable->Cut();
+    app.Go();
+    ASSERT_EQ(app.Told(), 1u);
+    TracedChild unheardOf(TraceAndEnd);
+    EXPECT_EQ(unheardOf.Wait(), 0);
+    ASSERT_TRUE(near->Says("has ended"));
+    ASSERT_TRUE(near->Says("cannot forward to"));
+    for (int i = 0; i < 2; ++i) {
+      end();
+      near->Start();
+    }
+    cable->Mend();
+    ASSERT_TRUE(Gets(2070)) << Sum() << near->Log();
+    EXPECT_EQ(monitor.delivered, 1000u);
+    EXPECT_EQ(monitor.lost, 1070u);
+    std::uint64_t told = 0;
+    for (const std::string& words : monitor.losses) {
+      told += std::stoull(words);
+      EXPECT_NE(words.find("ended before it could hand them on"), words.npos) << words;
+    }
+    EXPECT_EQ(told, 1070u);
+    // The other one goes on with the next, and nothing is told twice.
+    app.Go();
+    ASSERT_EQ(app.Told(), 2u);
+    ASSERT_TRUE(monitor.Sees("2 999"));
+    EXPECT_EQ(Sum(), 3070u);
+    end();
+    near->Start();
+    app.Go();
+    ASSERT_EQ(app.Told(), 3u);
+    ASSERT_TRUE(monitor.Sees("3 999"));
+    EXPECT_EQ(Sum(), 4070u);
+  }
+};
+
+TEST_F(Held, IsCountedThereAfterAKill) {
+  CutAndEndTwice([this] { near->Kill(); });
+}
+
+TEST_F(Held, IsCountedThereAfterACleanStopThatSaysSo) {
+  CutAndEndTwice([this] { EXPECT_EQ(near->Stop(), 0); });
+  EXPECT_TRUE(near->Says("ending with 1070 traces that 127.0.0.1:"));
+}
+
+TEST_F(Held, IsCountedThereWhenTheOtherServiceDiedToo) {
+  const std::string port = quord.Port();
+  quord.Kill();
+  TracedChild app(TraceAndEnd);
+  EXPECT_EQ(app.Wait(), 0);
+  ASSERT_TRUE(near->Says("has ended"));
+  near->Kill();
+  near->Start();
+  quord.Start({"--listen", "127.0.0.1:" + port});
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  EXPECT_TRUE(Gets(70)) << Sum() << near->Log();
+  EXPECT_EQ(Sum(), 70u);
+  EXPECT_EQ(monitor.delivered, 0u);
+}
+
+TEST_F(Held, IsCountedThereHoweverLongAgoTheApplicationEnded) {
+  cable->Cut();
+  TracedChild app(TraceAndEnd);
+  EXPECT_EQ(app.Wait(), 0);
+  ASSERT_TRUE(near->Says("has ended"));
+  const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(12500);
+  EXPECT_TRUE(WaitFor([&] {
+    monitor.Beat();
+    monitor.Pump();
+    return std::chrono::steady_clock::now() > until;
+  }));
+  near->Kill();
+  near->Start();
+  cable->Mend();
+  EXPECT_TRUE(Gets(70)) << Sum() << near->Log();
+  EXPECT_EQ(monitor.lost, 70u);
+}
+
 }  // namespace

@@ -5,10 +5,12 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
 #include <string>
 #include <thread>
 
 #include "quor/ring/trace_bytes.h"
+#include "quor/traced/handed_on.h"
 
 namespace {
 
@@ -47,6 +49,46 @@ TEST(TracedApp, AClockThatIsSetBackMakesNoApplicationALiar) {
   EXPECT_EQ(AgeOfChange(hours(10), hours(10), hours(30)), seconds(0));
   // The segment was made at ten; by now the clock says nine again.
   EXPECT_EQ(AgeOfChange(hours(10), hours(9), hours(30)), hours(30));
+}
+
+TEST(HandedOn, TheNoteIsInTheSegmentAndOutlivesItsRest) {
+  SegmentMap made;
+  ASSERT_TRUE(made.Create({16, 4096, 4096}, 1, 42));
+  SegmentRest rest;
+  SetHandedTo(*made.Header(), "orders1:7447");
+  made.Header()->served = 50;
+  const auto note = HandedOnNote(made.Descriptor(), 20);
+  ASSERT_TRUE(note);
+  made.Finish(SegmentEnd::Elsewhere);
+  note(7);
+  ASSERT_TRUE(ReadRest(made.Descriptor(), &rest));
+  EXPECT_EQ(rest.handedTo, "orders1:7447");
+  EXPECT_EQ(rest.handedOn, 27u);
+  EXPECT_EQ(rest.served, 50u);
+}
+
+TEST(HandedOn, NothingInTheSegmentIsTrusted) {
+  SegmentMap made;
+  ASSERT_TRUE(made.Create({16, 4096, 4096}, 1, 42));
+  SegmentHeader& header = *made.Header();
+  SetHandedTo(header, std::string(1000, 'x'));
+  EXPECT_EQ(HandedTo(header), std::string(kHandedToBytes - 1, 'x'));
+  // No end of the text.
+  std::memset(header.handedTo, 'y', kHandedToBytes);
+  header.finished = SegmentEnd::Elsewhere;
+  SegmentRest rest;
+  ASSERT_TRUE(ReadRest(made.Descriptor(), &rest));
+  EXPECT_EQ(rest.handedTo, std::string(kHandedToBytes, 'y'));
+  EXPECT_EQ(HandedTo(header), std::string(kHandedToBytes, 'y'));
+  EXPECT_EQ(HandedOnOf(27, 50, 20), 7u);
+  EXPECT_EQ(HandedOnOf(5, 50, 20), 0u);
+  EXPECT_EQ(HandedOnOf(~std::uint64_t{0}, 50, 20), 30u);
+  EXPECT_EQ(HandedOnOf(0, 10, 20), 0u);
+  // The page goes away beneath the note.
+  const auto note = HandedOnNote(made.Descriptor(), 0);
+  ASSERT_EQ(ftruncate(made.Descriptor(), 0), 0);
+  note(7);
+  EXPECT_FALSE(ReadRest(made.Descriptor(), &rest));
 }
 
 }  // namespace

@@ -1,0 +1,24 @@
+// The note in a segment of the machine that its traces go to and how far that machine has them. It
+// outlives this service.
+//
+// Shape    In the first page, which stays when the rest of the file is cut off.
+// Owner    A note keeps a mapping of that page.
+// Errors   Nothing in the page is trusted: it may be cut off or written to at any time. Without
+//          memory for the mapping there is no note.
+// Threads  One.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "quor/ring/segment_map.h"
+
+std::string HandedTo(const SegmentHeader& header);
+void SetHandedTo(SegmentHeader& header, const std::string& machine);
+
+// Writes `before` and what it is called with. `file`: of the segment; stays the caller's.
+std::function<void(std::uint64_t)> HandedOnNote(int file, std::uint64_t before);
+
+// How many of `served` came there, without those that went elsewhere before.
+std::uint64_t HandedOnOf(std::uint64_t handedOn, std::uint64_t served, std::uint64_t elsewhere);

@@ -80,7 +80,7 @@ QUOR_API int quor_flush(unsigned milliseconds);
  */
 typedef struct quor_counts {
   uint64_t traced; /* calls that passed their point's settings */
-  uint64_t lost;   /* dropped because the ring was full or a file could not be written */
+  uint64_t lost;   /* there was no ring, it was full, or a file could not be written */
 } quor_counts;
 QUOR_API void quor_get_counts(quor_counts* counts);
 

@@ -1,5 +1,6 @@
 #include "quor/runtime/runtime.h"
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/random.h>
 #include <time.h>
@@ -22,6 +23,11 @@ std::uint64_t NowNs(clockid_t clock) {
   clock_gettime(clock, &time);
   return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
          static_cast<std::uint64_t>(time.tv_nsec);
+}
+
+// Never 0.
+std::uint64_t CoarseMs() {
+  return NowNs(CLOCK_MONOTONIC_COARSE) / 1'000'000u + 1;
 }
 
 std::uint64_t HardToGuess() {
@@ -56,6 +62,13 @@ std::string_view ExecutableName(char (&buffer)[4096]) {
   return path.substr(path.rfind('/') + 1);
 }
 
+// Memory that the service does not find goes to it over the link, which needs a descriptor too.
+bool HasDescriptorLeft() {
+  const int another = open("/", O_PATH | O_CLOEXEC);
+  if (another >= 0) close(another);
+  return another >= 0;
+}
+
 // Raw storage: constructed before the first use, destroyed never.
 alignas(Runtime) unsigned char g_storage[sizeof(Runtime)];
 std::atomic<int> g_constructed{0};  // 0: no, 1: being done, 2: done
@@ -78,20 +91,29 @@ Runtime& Runtime::Get() {
 }
 
 bool Runtime::Start() {
-  if (m_hot.generation.load(std::memory_order_acquire) != 0) return !m_failed;
+  if (HasRing()) return true;
+  if (!MayTry()) return false;
   OwnerGuard guard(m_lock);
   return guard && StartLocked();
 }
 
+// What the start lacked, descriptors or memory say, may be there later.
 bool Runtime::StartLocked() {
-  if (m_hot.generation.load(std::memory_order_relaxed) != 0) return !m_failed;
-  m_failed = true;
+  if (HasRing()) return true;
+  if (!MayTry()) return false;
   try {
     StartSegment();
-  } catch (...) {  // without memory: every trace is counted as lost
+  } catch (...) {  // without memory
   }
-  m_hot.generation.store(++m_lastGeneration, std::memory_order_release);
-  return !m_failed;
+  if (HasRing()) return true;
+  m_pauseMs = std::min(2 * m_pauseMs, kTryPauseMaxMs);
+  m_nextTryMs.store(CoarseMs() + m_pauseMs, std::memory_order_relaxed);
+  return false;
+}
+
+bool Runtime::MayTry() const {
+  const std::uint64_t next = m_nextTryMs.load(std::memory_order_relaxed);
+  return next == 0 || CoarseMs() >= next;
 }
 
 void Runtime::StartSegment() {
@@ -99,13 +121,14 @@ void Runtime::StartSegment() {
   SegmentFolder folder;
   SegmentMap segment;
   if (!MakeSegment(segment, folder, environment)) return;
-  m_failed = false;
   FillSegment(segment);
   m_hot.ring = RingProducer(m_segment);
-  m_hot.ring.CountDrops(m_lostOutside.exchange(0, std::memory_order_relaxed));
+  HandOverLost();
   RegisterDeclared();
   // Before the first trace: whatever happens to this process, its service finds it.
   m_found = folder.Show();
+  m_hot.generation.store(++m_lastGeneration);
+  HandOverLost();  // of those that saw no ring until now
   LinkThread::Get().Start(environment);
 }
 
@@ -121,7 +144,7 @@ bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
   if (file >= 0 && segment.Create(sizes, startedNs, salt, file) && HasRoomForAll(segment))
     return true;
   folder.Discard();
-  return segment.Create(sizes, startedNs, salt) && HasRoomForAll(segment);
+  return segment.Create(sizes, startedNs, salt) && HasRoomForAll(segment) && HasDescriptorLeft();
 }
 
 // For the names and points that a fork's child takes along.
@@ -177,11 +200,22 @@ void Runtime::NameApplication(const char* name) {
   LinkThread::Get().TellPoints();
 }
 
+// First counted, then looked: who starts the ring does it the other way round, so that one of the
+// two hands it over.
 void Runtime::CountLost() {
-  if (HasRing())
-    m_hot.ring.CountDrops(1);
-  else
-    m_lostOutside.fetch_add(1, std::memory_order_relaxed);
+  m_lostOutside.fetch_add(1);
+  if (m_hot.generation.load() != 0) HandOverLost();
+}
+
+void Runtime::HandOverLost() {
+  const std::uint64_t lost = m_lostOutside.exchange(0);
+  if (lost != 0) m_hot.ring.CountDrops(lost);
+}
+
+void Runtime::TellLost() {
+  if (HasRing() || m_lostOutside.load() == 0) return;
+  m_nextTryMs.store(0, std::memory_order_relaxed);
+  Start();
 }
 
 void Runtime::Declare(quor_point* point) {
@@ -220,6 +254,7 @@ void Runtime::RegisterLocked(quor_point* point) {
 }
 
 bool Runtime::Register(quor_point* point) {
+  if (!Start()) return false;
   {
     OwnerGuard guard(m_lock);
     if (!guard) return false;
@@ -277,7 +312,8 @@ void Runtime::AfterForkInChild() {
   m_hot.generation.store(0, std::memory_order_relaxed);
   m_hot.pushEach.store(false, std::memory_order_relaxed);
   m_lostOutside.store(0, std::memory_order_relaxed);
-  m_failed = false;
+  m_nextTryMs.store(0, std::memory_order_relaxed);
+  m_pauseMs = kTryPauseMinMs;
   m_hot.clock.AfterFork();
   LinkThread::Get().AfterForkInChild();
   m_segment.Detach(m_points.Count(), m_names.UsedBytes());

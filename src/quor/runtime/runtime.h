@@ -2,7 +2,10 @@
 //
 // Shape    One object in static storage that is never destroyed, so that traces in static
 //          constructors and destructors, and in threads that outlive main, find it whole.
-// Errors   Without a segment (no memory, no descriptors) every trace is counted as lost.
+// Errors   Without a segment (no memory, no descriptors) every trace is counted as lost. It is
+// tried
+//          again with later traces, after a pause that grows to a second; the segment that comes
+//          then tells the count.
 // Threads  Hot() and what it holds: any, also in a signal handler. The rest under Lock().
 #pragma once
 
@@ -38,7 +41,7 @@ class Runtime {
   OwnerLock& Lock() { return m_lock; }
 
   // Makes sure that there is a segment of this very process and that its link runs. False when
-  // there can be none.
+  // there can be none now.
   bool Start();
   void NameApplication(const char* name);
   void Declare(quor_point* point);
@@ -49,11 +52,11 @@ class Runtime {
   // The id of a text; unknownThread's when it cannot be entered now.
   NameId EnterName(std::string_view text);
   // There is a ring that this very process traces into. Any thread.
-  bool HasRing() const {
-    return m_hot.generation.load(std::memory_order_acquire) != 0 && !m_failed;
-  }
+  bool HasRing() const { return m_hot.generation.load(std::memory_order_acquire) != 0; }
   // A trace that could not even reach a ring; the first one that there is tells of it.
   void CountLost();
+  // At the end of the process: a last try for a ring that tells of it.
+  void TellLost();
   void Count(quor_counts* counts);
 
   const SegmentMap& Segment() const { return m_segment; }
@@ -68,8 +71,11 @@ class Runtime {
   void AfterForkInChild();
 
  private:
+  static constexpr unsigned kTryPauseMinMs = 4, kTryPauseMaxMs = 1000;
   bool StartLocked();
+  bool MayTry() const;
   void StartSegment();
+  void HandOverLost();
   bool MakeSegment(SegmentMap& segment, SegmentFolder& folder,
                    const ServiceEnvironment& environment);
   bool HasRoomForAll(const SegmentMap& segment) const;
@@ -86,7 +92,8 @@ class Runtime {
   std::atomic<std::uint64_t> m_lostOutside{0};
   std::uint32_t m_lastGeneration = 0;
   char m_appName[256] = {};
-  bool m_failed = false;
+  std::atomic<std::uint64_t> m_nextTryMs{0};  // of a start that failed
+  unsigned m_pauseMs = kTryPauseMinMs;
   bool m_found = false;
   bool m_heldAtFork = false;
 };

@@ -179,6 +179,7 @@ inline void Trace(quor_point* point, unsigned attributes, const char* file, unsi
 
 __attribute__((destructor)) void AtExit() {
   Runtime& runtime = Runtime::Get();
+  runtime.TellLost();
   if (runtime.HasRing()) LinkThread::Get().AtExit();
 }
 

@@ -1,0 +1,197 @@
+// A process whose first traces find no memory to go to: they are counted, and when there is some
+// the later ones are delivered and the count is told.
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+#include <thread>
+
+#include "fake_service.h"
+#include "quor/quor.hpp"
+
+namespace {
+
+QUOR_POINT(start_point, "Start", "Step");
+
+// What a start needs is forbidden while this stands.
+class SoftLimit {
+ public:
+  SoftLimit(__rlimit_resource_t what, rlim_t most) : m_what(what) {
+    getrlimit(m_what, &m_before);
+    rlimit limit = m_before;
+    limit.rlim_cur = most;
+    EXPECT_EQ(setrlimit(m_what, &limit), 0);
+  }
+  ~SoftLimit() { setrlimit(m_what, &m_before); }
+  SoftLimit(const SoftLimit&) = delete;
+  SoftLimit& operator=(const SoftLimit&) = delete;
+
+ private:
+  const __rlimit_resource_t m_what;
+  rlimit m_before{};
+};
+
+void TraceTimes(int times) {
+  for (int i = 0; i < times; ++i) QUOR_TRACE_INFO(start_point, "early");
+}
+
+// Traces until one is not lost; it is tried again after a pause.
+void TraceUntilDelivered() {
+  EXPECT_TRUE(WaitFor([] {
+    const std::uint64_t before = Counts().lost;
+    QUOR_TRACE_INFO(start_point, "late");
+    return Counts().lost == before;
+  }));
+}
+
+void TellCounts(TracedChild& self) {
+  const quor_counts counts = Counts();
+  self.Tell(counts.traced);
+  self.Tell(counts.lost);
+}
+
+// Each trace of the child was seen or is known as lost.
+void ExpectAllToldOf(TracedChild& app, SeenApp& seen, std::uint64_t atLeast) {
+  const std::uint64_t traced = app.Told(), lost = app.Told();
+  EXPECT_GE(lost, atLeast);
+  EXPECT_LT(lost, traced);
+  EXPECT_TRUE(WaitFor([&] { return seen.Has("last"); }));
+  EXPECT_EQ(seen.m_drops, lost);
+  EXPECT_EQ(seen.m_traces.size(), traced - lost);
+}
+
+struct Lack {
+  const char* name;
+  __rlimit_resource_t what;
+  rlim_t most;
+};
+
+class FailedStart : public testing::TestWithParam<Lack> {
+ protected:
+  FakeService m_service;
+};
+
+TEST_P(FailedStart, IsTriedAgainAndTellsWhatWasLost) {
+  TracedChild app([](TracedChild& self) {
+    {
+      const SoftLimit limit(GetParam().what, GetParam().most);
+      TraceTimes(10);
+      EXPECT_EQ(Counts().lost, 10u);
+    }
+    TraceUntilDelivered();
+    QUOR_TRACE_INFO(start_point, "last");
+    TellCounts(self);
+    self.AwaitGo();
+    return 0;
+  });
+  const auto seen = m_service.Accept();
+  ASSERT_NE(seen, nullptr);
+  ExpectAllToldOf(app, *seen, 10);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+TEST_P(FailedStart, OfAForksChildIsTriedAgainToo) {
+  TracedChild app([](TracedChild& self) {
+    QUOR_TRACE_INFO(start_point, "parent");
+    self.AwaitGo();
+    const pid_t child = fork();
+    if (child == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL);  // where the test fails it is not to stay behind
+      {
+        const SoftLimit limit(GetParam().what, GetParam().most);
+        TraceTimes(10);
+      }
+      TraceUntilDelivered();
+      QUOR_TRACE_INFO(start_point, "last");
+      TellCounts(self);
+      self.AwaitGo();
+      _exit(0);
+    }
+    EXPECT_EQ(WaitForExit(child), 0);
+    EXPECT_EQ(Counts().lost, 0u);
+    return 0;
+  });
+  const auto parent = m_service.Accept();
+  ASSERT_NE(parent, nullptr);
+  ASSERT_TRUE(WaitFor([&] { return parent->Has("parent"); }));
+  app.Go();
+  const auto child = m_service.Accept();
+  ASSERT_NE(child, nullptr);
+  ExpectAllToldOf(app, *child, 10);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+TEST_P(FailedStart, IsTriedAtTheEndOfTheProcessSoThatTheLossIsTold) {
+  TracedChild app([](TracedChild&) {
+    {
+      const SoftLimit limit(GetParam().what, GetParam().most);
+      TraceTimes(10);
+    }
+    exit(0);
+    return 1;
+  });
+  EXPECT_EQ(app.Wait(), 0);
+  const auto seen = m_service.Accept();
+  ASSERT_NE(seen, nullptr);
+  seen->Finish();
+  EXPECT_EQ(seen->m_drops, 10u);
+  EXPECT_TRUE(seen->m_traces.empty());
+}
+
+// Many threads meet the moment in which there is a ring at last.
+TEST_P(FailedStart, WithManyThreadsLosesNoCount) {
+  TracedChild app([](TracedChild& self) {
+    std::vector<std::thread> threads;
+    {
+      const SoftLimit limit(GetParam().what, GetParam().most);
+      for (int t = 0; t < 4; ++t)
+        threads.emplace_back([] {
+          TraceUntilDelivered();
+          TraceTimes(100);
+        });
+      EXPECT_TRUE(WaitFor([] { return Counts().lost >= 100; }));
+    }
+    for (std::thread& thread : threads) thread.join();
+    QUOR_TRACE_INFO(start_point, "last");
+    TellCounts(self);
+    self.AwaitGo();
+    return 0;
+  });
+  const auto seen = m_service.Accept();
+  ASSERT_NE(seen, nullptr);
+  ExpectAllToldOf(app, *seen, 100);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lacks, FailedStart,
+                         testing::Values(Lack{"Descriptors", RLIMIT_NOFILE, 0},
+                                         Lack{"FileSize", RLIMIT_FSIZE, 1 << 20}),
+                         [](const auto& lack) { return std::string(lack.param.name); });
+
+// Memory alone would keep traces that no service ever gets: the link needs a descriptor too.
+TEST(StartWithLittle, WithASingleDescriptorCountsItsTracesAsLost) {
+  FakeService service;
+  TracedChild app([](TracedChild& self) {
+    const int free = dup(0);
+    close(free);
+    {
+      const SoftLimit limit(RLIMIT_NOFILE, static_cast<rlim_t>(free) + 1);
+      TraceTimes(10);
+      EXPECT_EQ(Counts().lost, 10u);
+    }
+    TraceUntilDelivered();
+    QUOR_TRACE_INFO(start_point, "last");
+    TellCounts(self);
+    self.AwaitGo();
+    return 0;
+  });
+  const auto seen = service.Accept();
+  ASSERT_NE(seen, nullptr);
+  ExpectAllToldOf(app, *seen, 10);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+}  // namespace

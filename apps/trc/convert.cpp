@@ -8,6 +8,7 @@
 #include "progress_line.h"
 #include "records/old_conversion.h"
 #include "records/trc_walk.h"
+#include "trace_file.h"
 
 namespace {
 
@@ -51,6 +52,7 @@ int Convert(const MappedFile& old, const ConvertOptions& options) {
              " traces, and not written");
     return kExitInterrupted;
   }
+  if (!IsUnchanged(old, options.in, options.out)) return kExitBad;
   if (!file.Finish(&why)) return Refuse(options.out, why);
   TellLosses(options.in, result);
   return result.damage.Any() ? kExitDamaged : kExitGood;

@@ -31,5 +31,5 @@ int RunDump(const DumpOptions& options) {
     DumpAsText(range, options, output, host.Progress());
   }
   host.Progress().Clear();
-  return StatusWithDamage(*document, output.Finish());
+  return StatusOfAnswer(*document, options.file, output.Finish());
 }

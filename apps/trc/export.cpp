@@ -83,11 +83,12 @@ int ExportToOutput(Exporter& exporter) {
   return output.Finish();
 }
 
-int ExportToFile(Exporter& exporter, const std::string& path) {
+int ExportToFile(Exporter& exporter, const CTraceFileDoc& document, const ExportOptions& options) {
   NewTextFile file;
-  if (!file.Open(path)) return kExitBad;
+  if (!file.Open(options.out)) return kExitBad;
   exporter.Run(file.Lines());
-  return file.Finish();
+  if (!Interrupted() && !IsUnchanged(document, options.file, options.out)) return kExitBad;
+  return StatusWithDamage(document, file.Finish());
 }
 
 }  // namespace
@@ -101,6 +102,6 @@ int RunExport(const ExportOptions& options) {
   const bool toOutput = options.out == "-";
   if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Exporter exporter(traces, options, host.Progress());
-  return StatusWithDamage(
-      *document, toOutput ? ExportToOutput(exporter) : ExportToFile(exporter, options.out));
+  if (!toOutput) return ExportToFile(exporter, *document, options);
+  return StatusOfAnswer(*document, options.file, ExportToOutput(exporter));
 }

@@ -63,5 +63,6 @@ int RunFind(const FindOptions& options) {
   Write(traces, options, output, host.Progress());
   host.Progress().Clear();
   const int status = output.Finish();
-  return StatusWithDamage(*document, status == kExitGood && !traces.Has(0) ? kExitNo : status);
+  return StatusOfAnswer(*document, options.output.file,
+                        status == kExitGood && !traces.Has(0) ? kExitNo : status);
 }

@@ -65,10 +65,10 @@ int RunInfo(const InfoOptions& options) {
       good = false;
       continue;
     }
-    whole = whole && !info->document->Damage().Any();
     if (!first && !options.json) output.Line("");
     first = false;
     if (!output.Line(options.json ? InfoAsJson(*info) : InfoAsText(*info))) break;
+    whole = StatusOfAnswer(*info->document, path, kExitGood) == kExitGood && whole;
   }
   const int status = output.Finish();
   if (status != kExitGood) return status;

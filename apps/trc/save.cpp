@@ -30,7 +30,9 @@ bool WriteTraces(ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
   return good;
 }
 
-int Save(ShownTraces& traces, const std::string& path, ProgressLine& progress) {
+int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& options,
+         ProgressLine& progress) {
+  const std::string& path = options.out;
   const auto failed = [&path](const char* words, const std::string& why) {
     Complain(path + ": " + words + (why.empty() ? "" : " " + why));
     return kExitBad;
@@ -49,6 +51,7 @@ int Save(ShownTraces& traces, const std::string& path, ProgressLine& progress) {
     Complain(path + ": interrupted after " + std::to_string(saved) + " traces, and not written");
     return kExitInterrupted;
   }
+  if (!IsUnchanged(document, options.in, path)) return kExitBad;
   return file.Finish(&why) ? kExitGood : failed("Error creating file.", why);
 }
 
@@ -60,5 +63,5 @@ int RunSave(const SaveOptions& options) {
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
   ShownTraces traces(*document);
   if (!traces.Filter(options.filter)) return kExitBad;
-  return StatusWithDamage(*document, Save(traces, options.out, host.Progress()));
+  return StatusWithDamage(*document, Save(traces, *document, options, host.Progress()));
 }

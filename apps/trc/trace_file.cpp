@@ -1,5 +1,8 @@
 #include "trace_file.h"
 
+#include <chrono>
+#include <thread>
+
 #include "docview/wnd.h"
 #include "exit_status.h"
 #include "interrupt.h"
@@ -7,6 +10,8 @@
 #include "records/trc_walk.h"
 
 namespace {
+
+constexpr std::chrono::milliseconds kTimeOfOneWrite(5);
 
 // Stands where the desktop has its main frame: takes the load's progress messages.
 class ProgressWindow final : public CWnd {
@@ -42,6 +47,25 @@ bool IsOlder(const std::string& path) {
   return file && VersionOf(file->View()) == TrcVersion::Old;
 }
 
+bool IsAnswer(int status) {
+  return status == kExitGood || status == kExitNo;
+}
+
+// True without a change.
+template <class File>
+bool TellChange(const File& file, const std::string& path, const std::string& out) {
+  FileChange change = file.Change();
+  // A file that is being appended to has the time of the write a moment before it has the bytes.
+  if (change.kind == FileChange::Kind::Written) {
+    std::this_thread::sleep_for(kTimeOfOneWrite);
+    change = file.Change();
+  }
+  if (!change.Any()) return true;
+  Complain(path + ": changed while it was read: " + FileChangeText(change) +
+           (out.empty() ? "" : "; " + out + " is not written"));
+  return false;
+}
+
 }  // namespace
 
 std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path) {
@@ -64,12 +88,25 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
     return !document->m_loading || host.Boxes() != boxes;
   });
   if (document->m_loading || Interrupted()) return nullptr;
-  if (const TrcDamage& damage = document->Damage(); damage.Any())
+  // The damage that a change has done is told with the change, at the end.
+  if (const TrcDamage& damage = document->Damage(); damage.Any() && !document->Change().Any())
     Complain(path + ": damaged: " + DamageText(damage, true));
   return document;
 }
 
+bool IsUnchanged(const MappedFile& file, const std::string& path, const std::string& out) {
+  return TellChange(file, path, out);
+}
+
+bool IsUnchanged(const CTraceFileDoc& document, const std::string& path, const std::string& out) {
+  return TellChange(document, path, out);
+}
+
 int StatusWithDamage(const CTraceFileDoc& document, int status) {
-  const bool answered = status == kExitGood || status == kExitNo;
-  return answered && document.Damage().Any() ? kExitDamaged : status;
+  return IsAnswer(status) && document.Damage().Any() ? kExitDamaged : status;
+}
+
+int StatusOfAnswer(const CTraceFileDoc& document, const std::string& path, int status) {
+  if (IsAnswer(status) && !IsUnchanged(document, path)) return kExitDamaged;
+  return StatusWithDamage(document, status);
 }

@@ -38,7 +38,8 @@ int Print(const ProcModel& model, const TreeOptions& options) {
   return output.Finish();
 }
 
-int Export(const ProcModel& model, const TreeOptions& options, ProgressLine& progress) {
+int Export(const ProcModel& model, const CTraceFileDoc& document, const TreeOptions& options,
+           ProgressLine& progress) {
   NewTextFile file;
   if (!file.Open(options.out)) return kExitBad;
   // Nodes above the traces are few, and other machines' traces are not written: it may end early.
@@ -53,7 +54,8 @@ int Export(const ProcModel& model, const TreeOptions& options, ProgressLine& pro
   if (!model.Root().children.empty())
     VisitNodes(model, *model.Root().children[0], kAllLevels, write);
   progress.Clear();
-  return file.Finish();
+  if (!Interrupted() && !IsUnchanged(document, options.file, options.out)) return kExitBad;
+  return StatusWithDamage(document, file.Finish());
 }
 
 // False when interrupted.
@@ -80,8 +82,8 @@ int RunTree(const TreeOptions& options) {
   }
   ProcModel model(*document, filter);
   if (!Build(*document, model, host.Progress())) return kExitInterrupted;
-  const int status =
-      options.out.empty() ? Print(model, options) : Export(model, options, host.Progress());
-  return StatusWithDamage(*document,
-                          status == kExitGood && Interrupted() ? kExitInterrupted : status);
+  if (!options.out.empty()) return Export(model, *document, options, host.Progress());
+  const int status = Print(model, options);
+  return StatusOfAnswer(*document, options.file,
+                        status == kExitGood && Interrupted() ? kExitInterrupted : status);
 }

@@ -17,6 +17,7 @@ struct FaultGuard::Range {
   std::atomic<std::uintptr_t> begin = 0;
   std::atomic<std::uintptr_t> end = 0;
   std::atomic<int> rights = PROT_READ;
+  std::atomic<bool> lost = false;
   // The middle one of three pages, with other rights than its neighbours: given them, the three
   // become one piece, and the process has room for two more. 0: could not be made.
   std::uintptr_t spare = 0;
@@ -50,13 +51,14 @@ void MakeSpare(FaultGuard::Range& range) {
 }
 
 bool ReplacePage(std::uintptr_t address) {
-  for (const FaultGuard::Range* range = g_ranges.load(); range; range = range->next) {
+  for (FaultGuard::Range* range = g_ranges.load(); range; range = range->next) {
     const std::uintptr_t begin = range->begin.load();
     const std::uintptr_t end = range->end.load();
     // Read twice: an entry that changed hands in between must not show a mixed range.
     if (address < begin || address >= end || begin != range->begin.load()) continue;
     const std::uintptr_t page = address & ~(g_pageBytes - 1);
     const int rights = range->rights.load();
+    range->lost.store(true);
     if (MapZeros(page, g_pageBytes, rights)) return true;
     // The kernel limits the pieces that a process may have; then the rest goes as one. To part it
     // from what is before takes a piece as well.
@@ -123,6 +125,7 @@ FaultGuard::FaultGuard(const void* begin, std::size_t bytes, Access access) {
   InstallHandler();
   m_range = TakeEntry();
   m_range->rights.store(access == Access::Write ? PROT_READ | PROT_WRITE : PROT_READ);
+  m_range->lost.store(false);
   MakeSpare(*m_range);
   const auto from = reinterpret_cast<std::uintptr_t>(begin);
   m_range->begin.store(from);
@@ -135,6 +138,10 @@ FaultGuard& FaultGuard::operator=(FaultGuard&& other) noexcept {
     m_range = std::exchange(other.m_range, nullptr);
   }
   return *this;
+}
+
+bool FaultGuard::LostPages() const {
+  return m_range && m_range->lost.load();
 }
 
 void FaultGuard::Release() {

@@ -21,6 +21,8 @@ class FaultGuard {
   FaultGuard(FaultGuard&& other) noexcept : m_range(std::exchange(other.m_range, nullptr)) {}
   FaultGuard& operator=(FaultGuard&& other) noexcept;
   ~FaultGuard() { Release(); }
+  // Has a page of the range been replaced?
+  bool LostPages() const;
 
   struct Range;
 

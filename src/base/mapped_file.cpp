@@ -4,7 +4,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <system_error>
+#include <vector>
 
 #include "base/fail_with.h"
 
@@ -16,16 +18,18 @@ std::size_t RoundUp(std::size_t bytes, std::size_t unit) {
   return (bytes + unit - 1) / unit * unit;
 }
 
-// Fewer bytes than asked for when the file has become shorter: the rest stays as it is.
-void ReadAt(int descriptor, std::uint8_t* to, std::size_t bytes, std::size_t offset) {
-  while (bytes > 0) {
-    const ssize_t got = pread(descriptor, to, bytes, static_cast<off_t>(offset));
+// Gives how many were read: fewer than asked for when the file has become shorter, and the rest
+// stays as it is.
+std::size_t ReadAt(int descriptor, std::uint8_t* to, std::size_t bytes, std::size_t offset) {
+  std::size_t read = 0;
+  while (read < bytes) {
+    const ssize_t got =
+        pread(descriptor, to + read, bytes - read, static_cast<off_t>(offset + read));
     if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return;
-    to += got;
-    offset += static_cast<std::size_t>(got);
-    bytes -= static_cast<std::size_t>(got);
+    if (got <= 0) break;
+    read += static_cast<std::size_t>(got);
   }
+  return read;
 }
 
 }  // namespace
@@ -34,23 +38,23 @@ void ReadAt(int descriptor, std::uint8_t* to, std::size_t bytes, std::size_t off
 // appended to the file where zeros are promised.
 bool MappedFile::Map() {
   const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  const std::size_t mapped = m_size / page * page;
+  m_mapped = m_size / page * page;
   m_reserved = RoundUp(m_size, page) + RoundUp(kGuardBytes, page);
   void* const base = mmap(nullptr, m_reserved, PROT_READ | PROT_WRITE,
                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (base == MAP_FAILED) return false;
   auto* const bytes = static_cast<std::uint8_t*>(base);
   m_data = bytes;
-  if (mapped > 0) {
-    if (mmap(bytes, mapped, PROT_READ, MAP_SHARED | MAP_FIXED, m_file.Descriptor(), 0) ==
+  if (m_mapped > 0) {
+    if (mmap(bytes, m_mapped, PROT_READ, MAP_SHARED | MAP_FIXED, m_file.Descriptor(), 0) ==
         MAP_FAILED) {
       return false;
     }
-    m_guard = FaultGuard(bytes, mapped);
-    madvise(bytes, mapped, MADV_SEQUENTIAL);  // the load walks it once, from front to back
+    m_guard = FaultGuard(bytes, m_mapped);
+    madvise(bytes, m_mapped, MADV_SEQUENTIAL);  // the load walks it once, from front to back
   }
-  ReadAt(m_file.Descriptor(), bytes + mapped, m_size - mapped, mapped);
-  return mprotect(bytes + mapped, m_reserved - mapped, PROT_READ) == 0;
+  ReadAt(m_file.Descriptor(), bytes + m_mapped, m_size - m_mapped, m_mapped);
+  return mprotect(bytes + m_mapped, m_reserved - m_mapped, PROT_READ) == 0;
 }
 
 std::shared_ptr<const MappedFile> MappedFile::Open(const std::string& path, std::string* why) {
@@ -74,6 +78,23 @@ std::shared_ptr<const MappedFile> MappedFile::Open(const std::string& path, std:
     return nullptr;
   }
   return file;
+}
+
+bool MappedFile::IsTailAsCopied() const {
+  std::vector<std::uint8_t> tail(m_size - m_mapped);
+  return ReadAt(m_file.Descriptor(), tail.data(), tail.size(), m_mapped) == tail.size() &&
+         std::equal(tail.begin(), tail.end(), m_data + m_mapped);
+}
+
+FileChange MappedFile::Change() const {
+  using Kind = FileChange::Kind;
+  const std::optional<FileMark> now = FileMark::Of(m_file.Descriptor());
+  if (now && now->size < m_mark.size)
+    return {Kind::Shorter, static_cast<std::uint64_t>(m_mark.size - now->size)};
+  if (!now || m_guard.LostPages()) return {Kind::Unreadable};
+  if (now->writtenNs == m_mark.writtenNs) return {};
+  // A file that grows is written to, and only the copy shows whether what stood there still does.
+  return {now->size > m_mark.size && IsTailAsCopied() ? Kind::None : Kind::Written};
 }
 
 MappedFile::~MappedFile() {

@@ -16,6 +16,7 @@
 
 #include "base/bytes.h"
 #include "base/fault_guard.h"
+#include "base/file_change.h"
 #include "base/file_gate.h"
 #include "base/file_mark.h"
 
@@ -34,14 +35,20 @@ class MappedFile {
   std::uint32_t Size() const { return static_cast<std::uint32_t>(m_size); }
   // As the file was when it was mapped.
   const FileMark& Mark() const { return m_mark; }
+  // What other programs have done to it since then. What they append is no change. A change of the
+  // beginning of a file that has grown meanwhile may go unseen, and so does a write within the same
+  // tick of the file system's clock.
+  FileChange Change() const;
 
  private:
   MappedFile() = default;
   bool Map();
+  bool IsTailAsCopied() const;
   OpenFile m_file;
   FileMark m_mark;
   FaultGuard m_guard;
   const std::uint8_t* m_data = nullptr;
   std::size_t m_size = 0;
+  std::size_t m_mapped = 0;  // whole pages; behind them stands the copy
   std::size_t m_reserved = 0;
 };

@@ -50,6 +50,9 @@ class CTraceFileDoc : public CTraceDoc {
   const TrcDamage& Damage() const { return m_damage; }
   // How many name records the file has: a name may have several.
   std::uint64_t NameRecords() const { return m_nameRecords; }
+  // What other programs have done to the file since it was opened: what is shown may not be what
+  // stood there. One look at the file.
+  FileChange Change() const { return m_file ? m_file->Change() : FileChange(); }
   // Bytes stepped over because no record begins there.
   std::uint64_t SkippedBytes() const { return m_damage.skippedBytes; }
 

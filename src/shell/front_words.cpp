@@ -14,10 +14,18 @@ void Say(const std::string& words, std::string& message) {
   message += words;
 }
 
+// What was written to a file need not have hurt what is shown.
+std::string ChangeWords(const FileChange& change) {
+  const bool lost = change.Any() && change.kind != FileChange::Kind::Written;
+  return (lost ? "damaged: " : "") + FileChangeText(change);
+}
+
 void DescribeFile(const CTraceFileDoc& file, FrontWords& words) {
+  words.message = ChangeWords(file.Change());
   if (!file.Damage().Any()) return;
-  words.message = "damaged: " + DamageText(file.Damage());
-  words.details = "damaged: " + DamageText(file.Damage(), true);
+  words.details = words.message;
+  Say("damaged: " + DamageText(file.Damage()), words.message);
+  Say("damaged: " + DamageText(file.Damage(), true), words.details);
 }
 
 void DescribeMonitor(const CTraceRealtimeDoc& monitor, const CView* view, FrontWords& words) {

@@ -58,6 +58,7 @@ class TrcProcess {
   TrcProcess(const TrcProcess&) = delete;
   TrcProcess& operator=(const TrcProcess&) = delete;
 
+  pid_t Id() const { return m_process; }
   void Interrupt() const { kill(m_process, SIGINT); }
   void Signal(int signal) const { kill(m_process, signal); }
   void Kill() const { kill(m_process, SIGKILL); }

@@ -86,6 +86,28 @@ TEST_F(MainFrameTest, TheRowCountIsThatOfTheActiveView) {
   EXPECT_TRUE(Until([this] { return Face().Panes().PaneText(kPaneRowCount).isEmpty(); }));
 }
 
+TEST_F(MainFrameTest, AFileThatIsCutWhileItIsOpenIsToldInListAndTree) {
+  Start();
+  const std::string path = TraceFile("a.trc", 2000);
+  Open(path);
+  const auto told = [this] { return Face().Panes().PaneText(kPaneMessage); };
+  std::ofstream(path, std::ios::binary | std::ios::app) << "x";
+  Settle();
+  EXPECT_EQ(told(), QString()) << "what is appended is none of its traces";
+  const auto size = std::filesystem::file_size(path);
+  std::filesystem::resize_file(path, size - 1 - 1234);
+  const QString words =
+      QStringLiteral("damaged: the file has become shorter, 1,234 bytes are missing");
+  EXPECT_TRUE(Until([&] { return told() == words; })) << told().toStdString();
+  Frame().OnCommand(ID_VIEW_PROC);
+  Settle();
+  Face().Panes().SetPaneText(kPaneMessage, {});
+  EXPECT_TRUE(Until([&] { return told() == words; })) << "the tree: " << told().toStdString();
+  const std::string other = TraceFile("b.trc", 3);
+  Open(other);
+  EXPECT_TRUE(Until([&] { return told().isEmpty(); })) << "it is of the window in front";
+}
+
 TEST_F(MainFrameTest, ARowCountOfMoreThanSixDigitsKeepsItsDistanceFromTheLine) {
   Start();
   Frame().SendMessage(WM_TRACE_ROWCOUNT, 4294967294U);

@@ -42,12 +42,12 @@ class Conversion {
     const std::optional<FileMark> mark = FileMark::At(path);
     return mark && mark->IsUnwritten(m_old.Mark());
   }
-  bool IsOurTemporary() const {
-    const std::optional<FileMark> ours = m_writer.Mark(), there = FileMark::At(m_temporary);
+  bool IsOursAt(const std::string& path) const {
+    const std::optional<FileMark> ours = m_writer.Mark(), there = FileMark::At(path);
     return ours && there && there->IsSameFile(*ours);
   }
   void RemoveTemporary() const {
-    if (IsOurTemporary()) unlink(m_temporary.c_str());
+    if (IsOursAt(m_temporary)) unlink(m_temporary.c_str());
   }
   ConversionGoes Heard(std::uint64_t position, bool last) {
     const ConversionGoes goes = m_ears.progress(position, last);
@@ -81,7 +81,8 @@ class Conversion {
     if (unlink(m_aside.c_str()) != 0 && errno != ENOENT && errno != ENOTDIR)
       return Failed(kRemoveOld);
     if (!MoveOldAside()) return Failed(kRenameOld);
-    if (!IsOurTemporary() || !RenameWithoutReplacing(m_temporary, m_path))
+    // The name of the temporary file may change hands up to the rename: then the old file stays.
+    if (!IsOursAt(m_temporary) || !RenameWithoutReplacing(m_temporary, m_path) || !IsOursAt(m_path))
       return Failed(kRenameNew);
     RemoveOld();
     return true;

@@ -3,7 +3,11 @@
 // The new file is made beside the old one, as PATH.tmp. When it is whole and on the disk, the old
 // one becomes PATH.old, the new one PATH, and the old one is deleted. Nothing is ever replaced, and
 // nothing is deleted that was not read: what another program put under the name, or wrote into the
-// file, since it was mapped, is "Error renaming old trace file" and stays.
+// file, since it was mapped, is "Error renaming old trace file" and stays. A stranger's file that
+// got PATH in place of the new one keeps it, and the old file stays as PATH.old.
+// What remains: a file cannot be deleted on a condition. What a program that has the old file open
+// writes into it between our last look and the deletion, two system calls, goes with it; so does
+// a file that takes the name PATH.old in that moment.
 //
 // Errors   Every failing step but the last one is told once. The old file stays until the new one
 //          stands under its name; PATH.tmp, and between the renames PATH.old, stay behind.

@@ -186,6 +186,17 @@ TEST_F(ConversionSafetyTest, AnotherFileUnderTheTemporaryNameDoesNotTakeThePlace
   EXPECT_EQ(Folder(), "web.trc.old(old) web.trc.tmp ");
 }
 
+TEST_F(ConversionSafetyTest, AnotherFileThatIsRenamedInItsPlaceDoesNotCostTheOldOne) {
+  const std::string path = OldFile(3), other = m_temp.File("other", "not ours");
+  const std::string before = ReadAll(path);
+  const FileCalls ear(
+      Before("rename web.trc.tmp web.trc", [&] { fs::rename(other, path + ".tmp"); }));
+  EXPECT_FALSE(Converts(path));
+  EXPECT_EQ(m_words, "stop: Error renaming temporary file\n");
+  EXPECT_EQ(ReadAll(path + ".old"), before);
+  EXPECT_EQ(ReadAll(path), "not ours");
+}
+
 TEST_F(ConversionSafetyTest, AStaleSecondNameOfTheSameFileIsNoChange) {
   const std::string path = OldFile(3);
   fs::create_hard_link(path, path + ".old");

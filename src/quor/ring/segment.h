@@ -28,7 +28,7 @@
 #include "quor/ring/ring_words.h"
 
 constexpr char kSegmentMagic[8] = {'Q', 'U', 'O', 'R', 'S', 'E', 'G', '1'};
-constexpr std::uint32_t kSegmentVersion = 2;
+constexpr std::uint32_t kSegmentVersion = 3;
 constexpr std::uint32_t kSegmentPoints = 16384;
 constexpr std::uint32_t kSegmentNameBytes = 4u << 20;
 constexpr std::uint32_t kSegmentRingBytes = 8u << 20;  // a power of two
@@ -45,6 +45,9 @@ struct SegmentPoint {
 enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
 
 constexpr std::size_t kHandedToBytes = 264;  // a host's name, a port, and a NUL
+
+// Who has the ring where no link tells it: see ring_claim.h.
+enum class RingClaim : std::uint32_t { None = 0, Application = 1, Service = 2 };
 
 enum class SegmentEnd : std::uint32_t { None = 0, Here = 1, Elsewhere = 2 };
 
@@ -88,6 +91,7 @@ struct SegmentHeader {
   // `served` so many are known to have arrived there, or went elsewhere before.
   char handedTo[kHandedToBytes];
   std::atomic<std::uint64_t> handedOn;
+  std::atomic<RingClaim> claim;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 

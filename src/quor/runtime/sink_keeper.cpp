@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "quor/ring/ring_claim.h"
 #include "quor/runtime/runtime.h"
 
 namespace {
@@ -63,10 +64,14 @@ void SinkKeeper::Set(const LinkSink& sink) {
   }
   {
     OwnerGuard guard(m_lock);
+    SegmentHeader& header = *runtime.Segment().Header();
+    // A link that has ended ordered this: by now a service takes without one.
+    if (file && !ClaimRing(header, RingClaim::Application)) return;
     std::swap(m_setting, setting);
     if (old) old->End();
     if (next) next->Begin();
     m_sink.store(next.release());
+    if (!file) LeaveRing(header, RingClaim::Application);
     hot.pushEach.store(file && (options.flush || m_ending.load()));
   }
   if (!old) return;

@@ -1,8 +1,6 @@
 #include "quor/traced/running_app.h"
 
-#include <poll.h>
 #include <sys/socket.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,10 +16,7 @@ constexpr milliseconds kBusyPause{5};
 constexpr std::size_t kTracesAtOnce = 1024;
 constexpr std::size_t kUnansweredMax = 1000;
 constexpr int kTurnsAtStop = 200;
-// How often the lock is looked at after a link has ended, at growing distances; after the end of
-// the process as long as it takes.
-constexpr int kLooks = 6;
-constexpr milliseconds kFirstLook{2}, kLastLook{1000};
+constexpr milliseconds kAlonePause{50};  // nothing calls where there is no link
 
 }  // namespace
 
@@ -49,7 +44,10 @@ void RunningApp::StartFound(bool held) {
   WatchProcess();
   if (!ReadPoints()) return;
   // Its link may be one to an earlier service, whose end it has not noticed.
-  if (!m_dead) return m_app.RingBell();
+  if (!m_dead) {
+    m_app.RingBell();
+    return LookWithoutLink(false);
+  }
   if (!held) Pump();
 }
 
@@ -76,6 +74,7 @@ void RunningApp::Relink(AppArrival arrival) {
 }
 
 void RunningApp::TakeLink(AppArrival arrival) {
+  EndAlone();
   m_socket = std::move(arrival.socket);
   m_decoder = LinkDecoder();
   m_taker = arrival.hello.taker;
@@ -87,52 +86,6 @@ void RunningApp::TakeLink(AppArrival arrival) {
   if (TakeBytes(arrival.rest.data(), arrival.rest.data() + arrival.rest.size())) AwaitLink();
   // A relink has ended every wait for the ring.
   if (m_app.IsTaking()) Pump();
-}
-
-void RunningApp::WatchProcess() {
-  m_dead = m_app.Segment().OwnerIsGone();
-  if (m_dead) return;
-  const int process =
-      static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(m_app.Pid()), 0u));
-  std::error_code error;
-  if (process >= 0) m_process.assign(process, error);
-  if (process >= 0 && !error) return AwaitEndOfProcess();
-  // It has just ended, or is not to be seen from here: the lock alone tells.
-  m_processEnded = true;
-  LookForDeath();
-}
-
-void RunningApp::AwaitEndOfProcess() {
-  m_process.async_wait(OwnedDescriptor::wait_read,
-                       [self = shared_from_this()](const std::error_code& failed) {
-                         if (failed || self->m_ended) return;
-                         // A wait may end with what was meant for a descriptor that had this number
-                         // before.
-                         pollfd process{self->m_process.native_handle(), POLLIN, 0};
-                         if (poll(&process, 1, 0) != 1) return self->AwaitEndOfProcess();
-                         self->m_processEnded = true;
-                         self->m_looks = 0;
-                         self->LookForDeath();
-                       });
-}
-
-void RunningApp::LookForDeath() {
-  if (m_ended || m_dead) return;
-  if (m_app.Segment().OwnerIsGone()) {
-    m_dead = true;
-    m_timer.cancel();
-    m_look.cancel();
-    if (!m_isHeldBack) Pump();
-    return;
-  }
-  // A copy that a fork is just making of it, or one that knows nothing of us, holds it a little
-  // longer, and may trace.
-  if (!m_processEnded && m_looks >= kLooks) return;
-  m_look.expires_after(std::min(kFirstLook * (1 << std::min(2 * m_looks, 16)), kLastLook));
-  ++m_looks;
-  m_look.async_wait([self = shared_from_this()](const std::error_code& error) {
-    if (!error) self->LookForDeath();
-  });
 }
 
 void RunningApp::AwaitLink() {
@@ -198,8 +151,7 @@ void RunningApp::LoseLink(const std::string& why) {
   if (m_ended) return;
   // It may have closed the socket without knowing; it may have ended, or become another program.
   m_app.RingBell();
-  m_looks = 0;
-  LookForDeath();
+  LookWithoutLink(true);
 }
 
 void RunningApp::Say(const std::vector<std::uint8_t>& frame) {
@@ -237,6 +189,8 @@ void RunningApp::ApplySettings() {
 void RunningApp::ApplySink() {
   const LinkSink& sink = m_entry->sink;
   m_fileSink = sink.kind == SinkKind::File;
+  // A file is for the next link to order.
+  if (!m_socket.is_open()) return m_fileSink ? void() : m_app.Enter(m_home.HubFor(sink));
   if (m_unanswered.size() >= kUnansweredMax) return LoseLink("it answers nothing");
   m_unanswered.push_back(sink.kind);
   if (!m_fileSink) m_app.Enter(m_home.HubFor(sink));
@@ -286,7 +240,8 @@ void RunningApp::Pump() {
     return End();
   }
   if (!m_app.IsTaking()) return;
-  m_app.CurrentSource()->serial != before ? PumpIn(kBusyPause) : Sleep();
+  if (m_app.CurrentSource()->serial != before) return PumpIn(kBusyPause);
+  m_isAlone ? PumpIn(kAlonePause) : Sleep();
 }
 
 void RunningApp::PumpIn(milliseconds time) {
@@ -315,6 +270,7 @@ void RunningApp::Stop() {
 
 void RunningApp::CloseAll() {
   m_app.Leave();
+  if (m_isAlone) m_app.LeaveClaim();
   std::error_code ignored;
   m_socket.close(ignored);
   m_process.close(ignored);

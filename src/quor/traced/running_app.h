@@ -4,8 +4,9 @@
 // Shape    Found by the file of its segment or introduced over a link; the link may break and come
 //          again (the application has taken another name, say) while the owner of the segment
 //          lives. When that has gone, by an end or by an exec, what is left in its ring is
-//          delivered and the instance ends. That it has gone the segment's lock says, and nothing
-//          else: the end of the process and of the link are only reasons to look.
+//          delivered and the instance ends. One that no link comes from is read all the same after
+//          a while, unless it writes a file itself. That it has gone the segment's lock says, and
+//          nothing else: the end of the process and of the link are only reasons to look.
 // Owner    Shared; keeps itself while something is awaited. Ends by itself or by Stop.
 // Errors   A broken link or segment ends with a reason in the log and touches nobody else.
 // Threads  The service's one thread.
@@ -50,8 +51,8 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
              AppArrival& arrival);
 
   void Start(AppArrival arrival);
-  // Without a link: nothing is taken until there is one, or the owner has gone. `held`: not before
-  // LetGo, when somebody looks.
+  // Without a link: nothing is taken until there is one, or none has come for a while, or the owner
+  // has gone. `held`: not before LetGo, when somebody looks.
   void StartFound(bool held);
   void LetGo();
   // REQUIRES: `arrival` is what the constructor left of it.
@@ -79,6 +80,9 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   void WatchProcess();
   void AwaitEndOfProcess();
   void LookForDeath();
+  void LookWithoutLink(bool soon);
+  bool LookAlone();
+  void EndAlone();
   void AwaitLink();
   void ReadLink();
   bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
@@ -105,7 +109,8 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   std::deque<SinkKind> m_unanswered;  // sinks sent whose Taker has not come
   std::vector<std::uint32_t> m_pointIds;
   bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_fileSink = false,
-       m_processEnded = false, m_isHeldBack = false;
+       m_processEnded = false, m_isHeldBack = false, m_isAlone = false;
+  std::chrono::steady_clock::time_point m_unlinkedSince = std::chrono::steady_clock::now();
   int m_looks = 0;  // for the owner, since there was a reason
   std::string m_file;
   std::shared_ptr<Source> m_told;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "quor/ring/bell.h"
+#include "quor/ring/ring_claim.h"
 #include "quor/traced/handed_on.h"
 
 namespace {
@@ -145,6 +146,14 @@ void TracedApp::Pause() {
   EndWait();
   Publish();
   m_consumer.reset();
+}
+
+bool TracedApp::Claim() {
+  return ClaimRing(*m_segment.Header(), RingClaim::Service);
+}
+
+void TracedApp::LeaveClaim() {
+  LeaveRing(*m_segment.Header(), RingClaim::Service);
 }
 
 void TracedApp::Publish() {

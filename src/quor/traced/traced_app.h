@@ -39,6 +39,9 @@ class TracedApp {
 
   void Begin();  // takes out of the ring
   void Pause();  // publishes and takes no more
+  // Without a link: the ring is this service's until it leaves it. False: the application has it.
+  bool Claim();
+  void LeaveClaim();
   bool IsTaking() const { return m_consumer.has_value(); }
 
   enum class Step { More, Empty, Broken };

@@ -194,6 +194,84 @@ TEST_F(RunningAppTest, TheEndOfItsLinkIsNotItsEnd) {
   ExpectTaken(350);
 }
 
+// The number of a process in another namespace is another process here.
+TEST_F(RunningAppTest, OneThatGoesByTheNumberOfAnotherProcessEndsWithItsLock) {
+  Link link;
+  const SegmentFile linked;
+  const auto owns = [](const SegmentFile& file) {
+    return [&file](TracedChild& self) {
+      const SegmentMap segment = file.Make();
+      self.Tell(1);
+      self.AwaitGo();
+      Trace(segment, 30);
+      return 0;
+    };
+  };
+  TracedChild found(owns(m_file)), owner(owns(linked));
+  ASSERT_EQ(found.Told() + owner.Told(), 2u);
+  const pid_t another = getpid();
+  const auto first = Found(m_file, another);
+  AppArrival arrival = Arrival(linked, another, link.ends[1]);
+  const auto second = Make(arrival);
+  second->Start(std::move(arrival));
+  link.Break();
+  // The quick looks at the one that has lost its link are over.
+  EXPECT_TRUE(RunsUntil([&] { return m_calls > 10; }));
+  EXPECT_EQ(m_ended, 0);
+  for (TracedChild* const child : {&found, &owner}) {
+    child->Go();
+    EXPECT_EQ(child->Wait(), 0);
+  }
+  EXPECT_TRUE(RunsUntil([this] { return m_ended == 2; }));
+  ExpectTaken(60);
+}
+
+TEST_F(RunningAppTest, WhoHasALinkIsNotLookedAt) {
+  Link link;
+  TracedChild owner([this](TracedChild& self) {
+    const SegmentMap segment = m_file.Make();
+    self.Tell(1);
+    self.AwaitGo();
+    return 0;
+  });
+  ASSERT_EQ(owner.Told(), 1u);
+  const auto app = Found(m_file, owner.Pid());
+  app->Relink(Arrival(m_file, owner.Pid(), link.ends[1]));
+  const auto quiet = [this] { return m_io.run_for(std::chrono::milliseconds(1500)) == 0; };
+  // Nothing more after it has gone to sleep.
+  EXPECT_TRUE(WaitFor(quiet));
+  owner.Go();
+  EXPECT_EQ(owner.Wait(), 0);
+  EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
+}
+
+// Whatever its segment says, nothing is taken against the word, and nobody else is touched.
+TEST_F(RunningAppTest, OneThatHasClaimedItsRingItselfIsReadAfterItsEndOnly) {
+  const SegmentFile other;
+  const auto claims = [](const SegmentFile& file, std::uint32_t word) {
+    return [&file, word](TracedChild& self) {
+      const SegmentMap segment = file.Make();
+      segment.Header()->claim = static_cast<RingClaim>(word);
+      Trace(segment, 30);
+      self.Tell(1);
+      self.AwaitGo();
+      return 0;
+    };
+  };
+  TracedChild writesAFile(claims(m_file, 1)), lies(claims(other, 77));
+  ASSERT_EQ(writesAFile.Told() + lies.Told(), 2u);
+  const auto first = Found(m_file, writesAFile.Pid()), second = Found(other, lies.Pid());
+  // Beyond the time for which a link is awaited.
+  EXPECT_TRUE(RunsUntil([&] { return m_calls >= 6; }));
+  EXPECT_EQ(m_hub.Taken(), 0u);
+  for (TracedChild* const child : {&writesAFile, &lies}) {
+    child->Go();
+    EXPECT_EQ(child->Wait(), 0);
+  }
+  EXPECT_TRUE(RunsUntil([this] { return m_ended == 2; }));
+  ExpectTaken(60);
+}
+
 // The reactor may tell a wait what was meant for a descriptor that was closed in the same turn.
 TEST_F(RunningAppTest, AReadinessThatWasMeantForAnEarlierDescriptorEndsNobody) {
   const auto owns = [](const SegmentFile& file) {

@@ -1,0 +1,98 @@
+// How an instance learns that its owner has gone, or lives where no link comes from.
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "quor/log/log.h"
+#include "quor/traced/running_app.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+// The lock is looked at while there is no link, and after the end of the process: soon where there
+// was a reason, and then at growing distances.
+constexpr milliseconds kFirstLook{2}, kLastLook{1000};
+constexpr int kQuickLooks = 6;
+// An application that can link has done so by then; one that has given up its user or its root
+// never will.
+constexpr milliseconds kLinkPatience{2000};
+
+}  // namespace
+
+void RunningApp::WatchProcess() {
+  m_dead = m_app.Segment().OwnerIsGone();
+  if (m_dead) return;
+  const int process =
+      static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(m_app.Pid()), 0u));
+  std::error_code error;
+  if (process >= 0) m_process.assign(process, error);
+  if (process >= 0 && !error) return AwaitEndOfProcess();
+  // It has just ended, or is not to be seen from here: the lock alone tells.
+  m_processEnded = true;
+  LookForDeath();
+}
+
+void RunningApp::AwaitEndOfProcess() {
+  m_process.async_wait(OwnedDescriptor::wait_read,
+                       [self = shared_from_this()](const std::error_code& failed) {
+                         if (failed || self->m_ended) return;
+                         // A wait may end with what was meant for a descriptor that had this number
+                         // before.
+                         pollfd process{self->m_process.native_handle(), POLLIN, 0};
+                         if (poll(&process, 1, 0) != 1) return self->AwaitEndOfProcess();
+                         self->m_processEnded = true;
+                         self->m_looks = 0;
+                         self->LookForDeath();
+                       });
+}
+
+void RunningApp::LookForDeath() {
+  if (m_ended || m_dead) return;
+  if (m_app.Segment().OwnerIsGone()) {
+    m_dead = true;
+    m_timer.cancel();
+    m_look.cancel();
+    if (!m_isHeldBack) Pump();
+    return;
+  }
+  // A copy that a fork is just making of it, or one that knows nothing of us, holds it a little
+  // longer, and may trace. What was taken for its process may be another's, in another namespace:
+  // without a link the lock alone tells.
+  if (m_socket.is_open() ? !m_processEnded : !LookAlone()) return;
+  m_look.expires_after(std::min(kFirstLook * (1 << std::min(2 * m_looks, 16)), kLastLook));
+  ++m_looks;
+  m_look.async_wait([self = shared_from_this()](const std::error_code& error) {
+    if (!error) self->LookForDeath();
+  });
+}
+
+// `soon`: there is a reason.
+void RunningApp::LookWithoutLink(bool soon) {
+  m_unlinkedSince = std::chrono::steady_clock::now();
+  m_looks = soon ? 0 : kQuickLooks;
+  LookForDeath();
+}
+
+// False: it has ended.
+bool RunningApp::LookAlone() {
+  if (m_isAlone) return ReadPoints();
+  const auto unlinked = std::chrono::steady_clock::now() - m_unlinkedSince;
+  if (m_isHeldBack || unlinked < kLinkPatience || !m_app.Claim()) return true;
+  Log(LogLevel::Info,
+      "application " + m_app.Name() + " (" + std::to_string(Pid()) + ") is read without a link");
+  m_isAlone = true;
+  m_app.Begin();
+  m_timer.cancel();
+  Pump();
+  return !m_ended;
+}
+
+// Before anything is said over a link: what it orders may be to take the ring.
+void RunningApp::EndAlone() {
+  if (!m_processEnded) m_look.cancel();
+  if (std::exchange(m_isAlone, false)) m_app.Pause();
+  // Also what a service claimed that was killed.
+  m_app.LeaveClaim();
+}

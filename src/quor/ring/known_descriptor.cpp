@@ -36,8 +36,7 @@ void KnownDescriptor::Close() {
   m_number = -1;
 }
 
-bool KnownDescriptor::IsStillThere() const {
-  struct stat status {};
-  return m_number >= 0 && fstat(m_number, &status) == 0 && status.st_dev == m_device &&
-         status.st_ino == m_inode;
+bool KnownDescriptor::IsStillThere(struct stat* status) const {
+  return m_number >= 0 && fstat(m_number, status) == 0 && status->st_dev == m_device &&
+         status->st_ino == m_inode;
 }

@@ -8,6 +8,7 @@
 // Threads  One at a time.
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <utility>
@@ -23,7 +24,12 @@ class KnownDescriptor {
   KnownDescriptor& operator=(KnownDescriptor&& other) noexcept;
 
   // Ask before every use: two calls may give different answers.
-  int Get() const { return IsStillThere() ? m_number : -1; }
+  int Get() const {
+    struct stat status {};
+    return Get(&status);
+  }
+  // The same, with what the file says of itself.
+  int Get(struct stat* status) const { return IsStillThere(status) ? m_number : -1; }
   bool IsOpen() const { return m_number >= 0; }  // or was, when it was last looked at
   void Close();
 
@@ -31,7 +37,7 @@ class KnownDescriptor {
   ino_t Inode() const { return m_inode; }
 
  private:
-  bool IsStillThere() const;
+  bool IsStillThere(struct stat* status) const;
 
   int m_number = -1;
   dev_t m_device = 0;

@@ -31,9 +31,13 @@ struct Split {
   std::uint64_t told = 0;    // losses that the loss traces behind them tell
 };
 
+std::size_t HeaderIn(Bytes buffer) {
+  return buffer[0] == static_cast<std::uint8_t>(kTrcHeader[0]) ? kTrcHeaderBytes : 0;
+}
+
 Split SplitAt(Bytes buffer, std::size_t written) {
   Split split;
-  std::size_t at = buffer[0] == static_cast<std::uint8_t>(kTrcHeader[0]) ? kTrcHeaderBytes : 0;
+  std::size_t at = HeaderIn(buffer);
   if (at <= written) split.whole = at;
   while (at < buffer.size()) {
     const std::uint8_t* const record = buffer.data() + at;
@@ -110,15 +114,48 @@ void FileSink::Push() {
 void FileSink::PushBuffer() {
   if (m_used == 0) return;
   std::size_t written = 0;
-  if (!m_files.Write(m_buffer.get(), m_used, &written)) {
-    const int error = errno;
-    const Split split = SplitAt({m_buffer.get(), m_used}, written);
-    m_files.TakeBack(written - split.whole);
-    m_written.reset();  // which of its names reached the file does not matter: they come again
-    Fail(split.traces, error);
-    m_missed += split.told;
-  }
+  const bool whole = m_files.Write(m_buffer.get(), m_used, &written);
+  if (!whole && errno == ESTALE && written == 0 && MoveOn()) return WriteOut();
+  if (!whole) LoseFrom(written, errno);
   m_used = 0;
+}
+
+void FileSink::WriteOut() {
+  std::size_t written = 0;
+  if (m_used != 0 && !m_files.Write(m_buffer.get(), m_used, &written)) LoseFrom(written, errno);
+  m_used = 0;
+}
+
+void FileSink::LoseFrom(std::size_t written, int error) {
+  const Split split = SplitAt({m_buffer.get(), m_used}, written);
+  m_files.TakeBack(written - split.whole);
+  m_written.reset();  // which of its names reached the file does not matter: they come again
+  Fail(split.traces, error);
+  m_missed += split.told;
+}
+
+// Another file under the name: what is buffered goes there, with the names that only the old one
+// has.
+bool FileSink::MoveOn() {
+  if (!m_files.Renew()) return false;
+  if (m_files.Size() != 0) return true;  // still the old one
+  // Far behind all that may be put in front of it.
+  std::uint8_t* const from = m_buffer.get() + kBufferBytes + kSlackBytes - m_used;
+  const Bytes old(from, m_used);
+  std::memmove(from, m_buffer.get(), m_used);
+  BeginFile();
+  for (std::size_t at = HeaderIn(old); at < old.size();) {
+    const std::uint8_t* const record = from + at;
+    const bool name = *record == kTagName;
+    const Bytes trace(record + 1, name ? 0 : RawTrace(record + 1).Size());
+    at += 1 + (name ? kNameBodyBytes + LoadBe16(record + 3) : trace.size());
+    if (name) continue;
+    AppendTrace(trace, RawTrace(trace.data()).SequenceNumber());
+    if (m_used < kBufferBytes) continue;
+    WriteOut();
+    if (m_files.Size() == 0) BeginFile();
+  }
+  return true;
 }
 
 bool FileSink::TakeReport(Report* report, bool last) {

@@ -8,6 +8,7 @@
 //          buffered when the application was killed is left to the service.
 // Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUntold; why
 //          is told by TakeReport. The file is tried again every second.
+//          One that was removed, replaced, moved or cut short is begun anew under its name.
 // Threads  One at a time: the link thread, or a traced one when every trace is pushed, perhaps in
 //          a signal handler: what it calls (Drain, DrainReserved, Push) allocates nothing.
 #pragma once
@@ -62,6 +63,9 @@ class FileSink {
       kTrcHeaderBytes + 4 * (1 + kRawTraceBytesMax + 7 * (5 + NameTable::kNameBytesMax));
   bool Ready();
   void PushBuffer();
+  void WriteOut();
+  void LoseFrom(std::size_t written, int error);
+  bool MoveOn();
   void Take(const RingItem& item);
   bool IsFullBy(Bytes trace) const;
   void AppendTrace(Bytes trace, std::uint32_t number);

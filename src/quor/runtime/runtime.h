@@ -2,10 +2,9 @@
 //
 // Shape    One object in static storage that is never destroyed, so that traces in static
 //          constructors and destructors, and in threads that outlive main, find it whole.
-// Errors   Without a segment (no memory, no descriptors) every trace is counted as lost. It is
-// tried
-//          again with later traces, after a pause that grows to a second; the segment that comes
-//          then tells the count.
+// Errors   Without a segment (no memory, no descriptors) every trace is counted as lost. A later
+//          one tries again, after a pause that grows to a second; the segment that comes then tells
+//          the count.
 // Threads  Hot() and what it holds: any, also in a signal handler. The rest under Lock().
 #pragma once
 

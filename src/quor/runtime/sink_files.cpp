@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@ namespace {
 
 constexpr std::string_view kExtension = ".trc";
 constexpr std::uint64_t kMegabyte = 1024 * 1024;
+constexpr std::uint64_t kLookNs = 1'000'000'000;
 
 std::string StemOf(const std::string& path) {
   const bool has =
@@ -40,6 +42,21 @@ std::string FolderOfFile(const std::string& path) {
 bool IsShared(const struct stat& folder) {
   const bool trusted = folder.st_uid == geteuid() || folder.st_uid == 0;
   return !trusted || (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+}
+
+bool IsSameFile(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+bool IsCut(const struct stat& file, std::uint64_t written) {
+  return static_cast<std::uint64_t>(file.st_size) < written;
+}
+
+std::uint64_t CoarseNs() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+  return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
+         static_cast<std::uint64_t>(time.tv_nsec);
 }
 
 bool Exists(const char* path) {
@@ -110,6 +127,23 @@ bool SinkFiles::Begin() {
   return false;
 }
 
+bool SinkFiles::Renew() {
+  struct stat status {
+  }, named{};
+  const bool whole =
+      m_descriptor.Get(&status) >= 0 && status.st_nlink != 0 && !IsCut(status, m_size);
+  const bool there = stat(m_current->path.c_str(), &named) == 0 && IsSameFile(named, status);
+  if (!whole || there) return Begin();
+  KnownDescriptor moved = std::move(m_descriptor);
+  const std::uint64_t size = m_size;
+  const Names* const current = m_current;
+  if (Begin()) return true;
+  m_descriptor = std::move(moved);
+  m_size = size;
+  m_current = current;
+  return true;
+}
+
 void SinkFiles::End() {
   m_descriptor.Close();
   m_size = 0;
@@ -117,10 +151,15 @@ void SinkFiles::End() {
 
 bool SinkFiles::Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written) {
   *written = 0;
-  int file = m_descriptor.Get();
-  if (file < 0 && Regain()) file = m_descriptor.Get();
+  struct stat status {};
+  int file = m_descriptor.Get(&status);
+  if (file < 0 && Regain()) file = m_descriptor.Get(&status);
   if (file < 0) {
     errno = EBADF;
+    return false;
+  }
+  if (!IsInPlace(status)) {
+    errno = ESTALE;
     return false;
   }
   // Beyond this limit the kernel would send a signal that ends the process.
@@ -189,8 +228,7 @@ SinkFiles::Opened SinkFiles::OpenLocked() {
     const bool locked = flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
     error = errno;
     // Another instance may have numbered the file away before it was locked.
-    const bool same =
-        stat(path, &named) == 0 && named.st_dev == status.st_dev && named.st_ino == status.st_ino;
+    const bool same = stat(path, &named) == 0 && IsSameFile(named, status);
     opened = !locked ? Opened::Busy : same ? Opened::Yes : Opened::Moved;
   }
   if (opened == Opened::Yes) return opened;
@@ -209,6 +247,17 @@ bool SinkFiles::Regain() {
                     lseek(m_descriptor.Get(), static_cast<off_t>(size), SEEK_SET) >= 0;
   if (!same) End();
   return same;
+}
+
+// What the file says of itself costs nothing more and tells of a removal or a cut at once; where it
+// is named is looked up now and then.
+bool SinkFiles::IsInPlace(const struct stat& status) {
+  if (IsCut(status, m_size)) return false;
+  const std::uint64_t now = CoarseNs();
+  if (status.st_nlink != 0 && now < m_lookNs) return true;
+  m_lookNs = now + kLookNs;
+  struct stat named {};
+  return stat(m_current->path.c_str(), &named) == 0 && IsSameFile(named, status);
 }
 
 bool SinkFiles::NumberAway() {

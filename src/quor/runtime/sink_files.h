@@ -37,11 +37,15 @@ class SinkFiles {
 
   // Begins a new file, empty, after numbering away what stands there.
   bool Begin();
+  // The file under the name is no longer the one that is written, or has been cut short: begins
+  // anew there. A file that was only moved is kept when that fails. False when there is none.
+  bool Renew();
   void End();
   bool IsOpen() const { return m_descriptor.IsOpen(); }
   // Writes all, or as much as goes: *written tells. False when not all went. A limit on the size of
   // the process's files is a full disk too, and no signal ends the application for it. A file that
-  // the application has closed is opened again.
+  // the application has closed is opened again. Nothing is written, and errno is ESTALE, when
+  // somebody has removed, replaced, moved or cut the file: a move is noticed within a second.
   bool Write(const std::uint8_t* bytes, std::size_t size, std::size_t* written);
   // Takes the last `bytes` bytes of the file away again: the beginning of a record that did not
   // fit.
@@ -61,6 +65,7 @@ class SinkFiles {
   Opened OpenLocked();
   int OpenInFolder(bool* shared);
   bool Regain();
+  bool IsInPlace(const struct stat& status);
   bool NumberAway();
   // Not on the stack: a signal handler may have little of it.
   using PathText = char[4200];
@@ -72,4 +77,5 @@ class SinkFiles {
   PathText m_from, m_to;
   KnownDescriptor m_descriptor;
   std::uint64_t m_size = 0;
+  std::uint64_t m_lookNs = 0;  // when the name is looked at again
 };

@@ -134,7 +134,10 @@ void ClearFusion::drawComplexControl(ComplexControl control, const QStyleOptionC
     painter->setOpacity(kPale);
   }
   QProxyStyle::drawComplexControl(control, &bar, painter, widget);
-  const QRect room = proxy()->subControlRect(CC_TitleBar, &bar, SC_TitleBarLabel, widget);
+  QRect room = proxy()->subControlRect(CC_TitleBar, &bar, SC_TitleBarLabel, widget);
+  // The label begins below the icon's last pixels.
+  const QRect icon = proxy()->subControlRect(CC_TitleBar, &bar, SC_TitleBarSysMenu, widget);
+  room.setLeft(std::max(room.left(), icon.right() + 1));
   painter->setPen(active || dark ? Qt::white : bar.palette.color(QPalette::WindowText));
   painter->drawText(room.adjusted(kTitleGapPx, 0, -kTitleGapPx, 0),
                     Qt::AlignLeft | Qt::AlignVCenter,

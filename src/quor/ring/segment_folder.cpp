@@ -49,6 +49,10 @@ std::string Hex(std::uint64_t number) {
   return text;
 }
 
+std::string OwnInMemory() {
+  return std::string(kMemory) + "/quor-" + std::to_string(geteuid()) + "-";
+}
+
 // A folder of its own in memory, and the link to it. Who comes second takes the first one's.
 void LinkToMemory(int runtime) {
   struct stat memory {};
@@ -57,8 +61,7 @@ void LinkToMemory(int runtime) {
   if (shared >= 0) close(shared);
   std::uint64_t random = 0;
   if (!usable || getrandom(&random, sizeof random, GRND_NONBLOCK) != sizeof random) return;
-  const std::string target =
-      std::string(kMemory) + "/quor-" + std::to_string(geteuid()) + "-" + Hex(random);
+  const std::string target = OwnInMemory() + Hex(random);
   if (mkdir(target.c_str(), 0700) != 0) return;
   if (symlinkat(target.c_str(), runtime, kSegments) != 0) rmdir(target.c_str());
 }
@@ -71,15 +74,41 @@ int OpenInMemory(int runtime) {
   return -1;
 }
 
+// The name is a folder of this user, or a link to one that was made for it.
+bool IsOwnPlace(int runtime) {
+  struct stat status {};
+  if (fstatat(runtime, kSegments, &status, 0) != 0 || !S_ISDIR(status.st_mode) ||
+      status.st_uid != geteuid())
+    return false;
+  char target[256] = {};
+  return readlinkat(runtime, kSegments, target, sizeof target - 1) < 0 ||
+         std::string(target).starts_with(OwnInMemory());
+}
+
+// Something has become of it: it has gone (with a start of the machine, say), others may enter it,
+// or it is no folder in memory.
+bool IsDamaged(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ELOOP || error == EACCES ||
+         error == EINVAL;
+}
+
+void PutRight(int runtime, int error) {
+  if (error == EACCES && IsOwnPlace(runtime) && fchmodat(runtime, kSegments, 0700, 0) == 0) return;
+  // A folder with something in it stays.
+  if (unlinkat(runtime, kSegments, 0) != 0 && errno != ENOENT &&
+      unlinkat(runtime, kSegments, AT_REMOVEDIR) != 0)
+    return;
+  LiesInMemory(runtime) ? void(mkdirat(runtime, kSegments, 0700)) : LinkToMemory(runtime);
+}
+
 int OpenSegments(int runtime) {
   int folder = OpenInMemory(runtime);
-  if (folder >= 0 || errno != ENOENT) return folder;
-  // One at a time: a link whose folder has gone, with a start of the machine say, is made anew.
+  if (folder >= 0 || !IsDamaged(errno)) return folder;
+  // One at a time.
   flock(runtime, LOCK_EX);
   folder = OpenInMemory(runtime);
-  if (folder < 0 && errno == ENOENT) {
-    unlinkat(runtime, kSegments, 0);
-    LiesInMemory(runtime) ? void(mkdirat(runtime, kSegments, 0700)) : LinkToMemory(runtime);
+  if (folder < 0 && IsDamaged(errno)) {
+    PutRight(runtime, errno);
     folder = OpenInMemory(runtime);
   }
   const int error = errno;
@@ -106,6 +135,13 @@ void SegmentFolder::Close() {
   if (m_folder >= 0) close(m_folder);
   m_folder = -1;
   m_new.clear();
+}
+
+bool SegmentFolder::IsSame(const SegmentFolder& other) const {
+  struct stat one {
+  }, two{};
+  return fstat(m_folder, &one) == 0 && fstat(other.m_folder, &two) == 0 &&
+         one.st_dev == two.st_dev && one.st_ino == two.st_ino;
 }
 
 int SegmentFolder::NewFile(std::uint64_t startedNs, std::uint64_t random) {

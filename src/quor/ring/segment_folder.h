@@ -26,12 +26,14 @@ class SegmentFolder {
   SegmentFolder(const SegmentFolder&) = delete;
   SegmentFolder& operator=(const SegmentFolder&) = delete;
 
-  // The one beside this socket, made where it is missing. The folder of the socket must be this
-  // user's alone.
+  // The one beside this socket, made where it is missing or no such folder, and put right where
+  // others may enter it. The folder of the socket must be this user's alone.
   bool Open(const std::string& socketPath);
   void Close();
   bool IsOpen() const { return m_folder >= 0; }
   int Descriptor() const { return m_folder; }
+  // Both are open and one.
+  bool IsSame(const SegmentFolder& other) const;
 
   // A new, empty file that nobody finds yet; none where the file system is nearly full.
   int NewFile(std::uint64_t startedNs, std::uint64_t random);

@@ -121,10 +121,11 @@ void Service::Run() {
 
 // Whoever removes the folder is given the time to finish.
 void Service::OnPlaceChanged() {
-  if (m_stopping || m_options.handedSocket >= 0 || std::exchange(m_looksAtPlace, true)) return;
+  if (m_stopping || std::exchange(m_looksAtPlace, true)) return;
   Later(kPlaceAgain, [this] {
     m_looksAtPlace = false;
-    if (!m_door.IsInPlace()) TakePlaceAgain();
+    if (m_options.handedSocket < 0 && !m_door.IsInPlace()) return TakePlaceAgain();
+    m_apps->LookAtFolder(m_options.socketPath);
   });
 }
 

@@ -69,6 +69,13 @@ void Apps::WatchAnew(const std::string& socketPath) {
     Log(LogLevel::Warning, why + "; what short-lived applications trace may be lost");
 }
 
+void Apps::LookAtFolder(const std::string& socketPath) {
+  if (m_watch.IsInPlace(socketPath)) return;
+  Log(LogLevel::Warning, "the folder of segments has been replaced and is watched anew");
+  m_watch.TellAll();
+  WatchAnew(socketPath);
+}
+
 void Apps::OnFile(const std::string& name) {
   const int file = m_watch.Folder().OpenFile(name);
   SegmentMap segment;

@@ -45,6 +45,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   void Watch(const std::string& socketPath);
   // The same in a folder that has been made anew.
   void WatchAnew(const std::string& socketPath);
+  // Something became of the folder: it is put right, or made anew.
+  void LookAtFolder(const std::string& socketPath);
   // A monitor is here, or none will come: what the dead left is taken.
   void LetGo();
 

@@ -11,25 +11,38 @@
 
 bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
   Close();
+  const int words = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  std::error_code error;
+  if (words >= 0) m_words.assign(words, error);
+  const int noWords = errno;
+  m_place =
+      inotify_add_watch(words, FolderOf(socketPath).c_str(),
+                        IN_DELETE_SELF | IN_MOVE_SELF | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO);
+  if (m_words.is_open()) Await();
   if (!m_folder.Open(socketPath))
     return FailWith(why,
                     "no place for segments beside " + socketPath + ": " + std::strerror(errno));
   m_folder.RemoveUnfinished();
-  const int words = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-  std::error_code error;
-  if (words >= 0) m_words.assign(words, error);
+  // Watched before it is listed, so that none comes in between.
+  const bool watched = WatchFolder();
+  const int reason = words < 0 ? noWords : errno;
+  TellAll();
+  return watched ||
+         FailWith(why, std::string("new segments cannot be seen: ") + std::strerror(reason));
+}
+
+// That a folder has been removed is not told of one that is open; but whoever needs it next makes
+// it anew, in the folder of the socket.
+bool SegmentWatch::WatchFolder() {
   char folder[40];
   std::snprintf(folder, sizeof folder, "/proc/self/fd/%d", m_folder.Descriptor());
-  // Watched before it is listed, so that none comes in between.
-  const bool watched = words >= 0 && !error && inotify_add_watch(words, folder, IN_MOVED_TO) >= 0;
-  const int reason = errno;
-  m_place = inotify_add_watch(words, FolderOf(socketPath).c_str(),
-                              IN_DELETE_SELF | IN_MOVE_SELF | IN_DELETE | IN_MOVED_FROM);
-  TellAll();
-  if (!watched)
-    return FailWith(why, std::string("new segments cannot be seen: ") + std::strerror(reason));
-  Await();
-  return true;
+  return m_words.is_open() && inotify_add_watch(m_words.native_handle(), folder,
+                                                IN_MOVED_TO | IN_MOVE_SELF | IN_ATTRIB) >= 0;
+}
+
+bool SegmentWatch::IsInPlace(const std::string& socketPath) const {
+  SegmentFolder now;
+  return !now.Open(socketPath) || now.IsSame(m_folder);
 }
 
 void SegmentWatch::Close() {
@@ -55,9 +68,9 @@ void SegmentWatch::Read() {
       const auto* const word = reinterpret_cast<const inotify_event*>(at);
       at += sizeof(inotify_event) + word->len;
       all = all || (word->mask & IN_Q_OVERFLOW) != 0;
-      if (word->wd == m_place)
+      if (word->wd == m_place || word->len == 0)
         place = true;
-      else if (word->len != 0 && word->name[0] != '.')
+      else if ((word->mask & IN_MOVED_TO) != 0 && word->name[0] != '.')
         m_finder.OnFile(word->name);
     }
   }

@@ -17,7 +17,7 @@ class SegmentWatch {
   class Finder {
    public:
     virtual void OnFile(const std::string& name) = 0;
-    // Something went away in the folder of the socket, or the folder itself.
+    // Something went away or came in the folder of the socket, or became of that of the segments.
     virtual void OnPlaceChanged() = 0;
 
    protected:
@@ -26,16 +26,20 @@ class SegmentWatch {
 
   SegmentWatch(asio::io_context& io, Finder& finder) : m_finder(finder), m_words(io) {}
 
-  // Tells those that are there before it returns.
+  // Tells those that are there before it returns. Where there is no place for segments, it is told
+  // when that of the socket changes.
   bool Open(const std::string& socketPath, std::string* why);
   // Tells what has come since, without waiting.
   void Read();
   void TellAll();
   void Close();
+  // The path leads to the folder that is watched, or to none.
+  bool IsInPlace(const std::string& socketPath) const;
   const SegmentFolder& Folder() const { return m_folder; }
 
  private:
   void Await();
+  bool WatchFolder();
 
   Finder& m_finder;
   SegmentFolder m_folder;

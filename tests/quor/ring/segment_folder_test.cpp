@@ -81,8 +81,36 @@ TEST_F(SegmentFolderTest, AFolderThatOthersMayEnterIsNotUsed) {
   EXPECT_FALSE(m_folder.Open(SocketPath()));
   chmod(m_place.Path().c_str(), 0700);
   ASSERT_TRUE(m_folder.Open(SocketPath()));
-  chmod(In("").c_str(), 0770);
-  EXPECT_FALSE(m_folder.Open(SocketPath()));
+}
+
+TEST_F(SegmentFolderTest, OneThatOthersMayEnterOrThatIsNoFolderIsPutRight) {
+  ASSERT_TRUE(m_folder.Open(SocketPath()));
+  chmod(In("").c_str(), 0777);
+  SegmentFolder again;
+  ASSERT_TRUE(again.Open(SocketPath()));
+  EXPECT_TRUE(again.IsSame(m_folder));
+  struct stat status {};
+  ASSERT_EQ(stat(In("").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0700u);
+  const std::string segments = m_place.File("segments");
+  const std::string target = std::filesystem::canonical(segments);
+  std::filesystem::remove_all(segments);
+  std::filesystem::remove_all(target);
+  m_place.File("segments", "a file");
+  EXPECT_TRUE(again.Open(SocketPath()));
+  EXPECT_FALSE(again.IsSame(m_folder));
+}
+
+// Nobody's rights are changed but those of a folder that was made for segments.
+TEST_F(SegmentFolderTest, ALinkToAnotherFolderIsReplacedAndThatFolderStaysAsItIs) {
+  const std::string other = m_place.File("other");
+  std::filesystem::create_directory(other);
+  chmod(other.c_str(), 0755);
+  std::filesystem::create_symlink(other, m_place.File("segments"));
+  EXPECT_TRUE(m_folder.Open(SocketPath()));
+  struct stat status {};
+  ASSERT_EQ(stat(other.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0755u);
 }
 
 TEST_F(SegmentFolderTest, ALinkWhoseFolderHasGoneIsMadeAnew) {

@@ -1,0 +1,98 @@
+// The folder in which applications leave their traces goes away or is replaced under a service.
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <quor/quor.hpp>
+
+#include "quord_client.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+QUOR_POINT(connect_point, "Net", "Connect");
+
+constexpr int kShortLives = 20;
+
+class SegmentsGone : public ::testing::TestWithParam<const char*> {
+ protected:
+  std::string Segments() const { return quord.Folder().File("segments"); }
+  // Where a link leads, or the folder itself.
+  void Damage(const std::string& how) {
+    const std::string segments = Segments(), target = fs::canonical(segments);
+    const std::string beside = target + "-beside";
+    if (how == "removed") {
+      fs::remove_all(target);
+    } else if (how == "moved") {
+      fs::rename(segments, quord.Folder().File("moved"));
+    } else if (how == "target moved") {
+      fs::rename(target, beside);
+    } else if (how == "a file") {
+      fs::remove_all(target);
+      fs::remove(segments);
+      quord.Folder().File("segments", "text");
+    } else if (how == "replaced") {
+      fs::create_directory(beside);
+      chmod(beside.c_str(), 0700);
+      fs::remove_all(target);
+      fs::remove(segments);
+      fs::create_symlink(beside, segments);
+    } else {
+      ASSERT_EQ(how, "open to others");
+      ASSERT_EQ(chmod(target.c_str(), 0777), 0);
+    }
+    m_leftovers = {target, beside};
+  }
+  void TearDown() override {
+    for (const std::string& folder : m_leftovers) fs::remove_all(folder);
+    fs::path moved = quord.Folder().File("moved");
+    if (fs::is_symlink(moved)) fs::remove_all(fs::read_symlink(moved));
+  }
+  bool Sums(std::uint64_t traces) {
+    return WaitFor([&] { return monitor.Pump(), Sum() >= traces; }) && Sum() == traces;
+  }
+  std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
+
+  std::vector<std::string> m_leftovers;
+  QuordProcess quord;
+  QuordClient monitor;
+};
+
+TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild longLife([](TracedChild& self) {
+    for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
+    self.Tell(1);
+    self.AwaitGo();
+    for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
+    self.AwaitGo();
+    return 0;
+  });
+  ASSERT_EQ(longLife.Told(), 1u);
+  ASSERT_TRUE(Sums(100));
+  Damage(GetParam());
+  for (int i = 0; i < kShortLives; ++i) {
+    TracedChild shortLife([](TracedChild&) {
+      QUOR_TRACE_INFO(connect_point, "short");
+      return kill(getpid(), SIGKILL);
+    });
+    EXPECT_EQ(shortLife.Wait(), 1000 + SIGKILL);
+  }
+  EXPECT_TRUE(Sums(100 + kShortLives)) << Sum();
+  longLife.Go();
+  EXPECT_TRUE(Sums(200 + kShortLives)) << Sum();
+  longLife.Go();
+  EXPECT_EQ(longLife.Wait(), 0);
+  struct stat status {};
+  EXPECT_TRUE(WaitFor([&] {
+    return stat(Segments().c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           (status.st_mode & 0777) == 0700;
+  }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, SegmentsGone,
+                         testing::Values("removed", "moved", "target moved", "a file", "replaced",
+                                         "open to others"));
+
+}  // namespace

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -23,6 +24,27 @@ namespace {
 
 constexpr int kWidthPx = 720, kHeightPx = 460;
 constexpr int kSideBarMarginPx = 24;
+constexpr int kNameLettersLeast = 20;
+
+// Qt's own looks into files for their kind, and waits with the dialog for what never comes.
+class UnreadFiles final : public QFileIconProvider {
+ public:
+  QIcon icon(IconType type) const override { return QFileIconProvider::icon(type); }
+  QIcon icon(const QFileInfo& file) const override {
+    return QFileIconProvider::icon(file.isDir() ? Folder : File);
+  }
+  QString type(const QFileInfo& file) const override {
+    if (file.isDir()) return QFileDialog::tr("Folder");
+    const QString suffix = file.suffix();
+    return suffix.isEmpty() ? QFileDialog::tr("File") : QFileDialog::tr("%1 File").arg(suffix);
+  }
+};
+
+// The dialog's thread uses it until the dialog is gone.
+UnreadFiles& Icons() {
+  static UnreadFiles icons;
+  return icons;
+}
 
 // Qt takes the patterns from the last parentheses, parted by blanks, and strips those when it shows
 // the filter; the label may have parentheses of its own.
@@ -40,6 +62,7 @@ QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
     : QFileDialog(parent, QString::fromStdString(request.title)), m_request(request) {
   setOption(DontUseNativeDialog);
   setOption(HideNameFilterDetails);
+  setIconProvider(&Icons());
   setAcceptMode(request.save ? AcceptSave : AcceptOpen);
   setFileMode(request.save ? AnyFile : ExistingFile);
   QStringList filters;
@@ -58,13 +81,34 @@ QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
 
 // As Qt has them, the columns cut sizes and dates.
 void QtFileDialog::WidenColumns() {
-  auto* files = findChild<QTreeView*>(QStringLiteral("treeView"));
-  if (!files) return;
-  files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-  files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-  files->header()->setStretchLastSection(false);
+  m_files = findChild<QTreeView*>(QStringLiteral("treeView"));
+  if (!m_files) return;
+  QHeaderView& header = *m_files->header();
+  header.setSectionResizeMode(QHeaderView::ResizeToContents);
+  header.setSectionResizeMode(0, QHeaderView::Stretch);
+  header.setStretchLastSection(false);
+  m_files->viewport()->installEventFilter(this);
+  connect(&header, &QHeaderView::sectionResized, this, [this](int column) {
+    if (column != 0) FitNames();
+  });
   const QSize wanted = size().expandedTo(QSize(kWidthPx, kHeightPx));
   resize(wanted.boundedTo(ScreenRoom(*this).size() * 9 / 10));
+}
+
+// Names have what sizes and dates leave, but never less than can be read: then the list scrolls.
+void QtFileDialog::FitNames() {
+  QHeaderView& header = *m_files->header();
+  const int least = m_files->fontMetrics().averageCharWidth() * kNameLettersLeast;
+  const int left = m_files->viewport()->width() - (header.length() - header.sectionSize(0));
+  const auto mode = left < least ? QHeaderView::Interactive : QHeaderView::Stretch;
+  if (header.sectionResizeMode(0) != mode) header.setSectionResizeMode(0, mode);
+  if (left < least) header.resizeSection(0, least);
+}
+
+bool QtFileDialog::eventFilter(QObject* watched, QEvent* event) {
+  const bool handled = QFileDialog::eventFilter(watched, event);
+  if (m_files && watched == m_files->viewport() && event->type() == QEvent::Resize) FitNames();
+  return handled;
 }
 
 // As Qt has it, the side bar cuts the names of the places.

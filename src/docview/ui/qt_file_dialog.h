@@ -4,6 +4,9 @@
 //           names the final file, and the folder must exist and let itself be entered.
 // Opening   The file must exist.
 //
+// Files     None is read to show its icon or its kind: one that waits for its writer would hold the
+//           dialog up. Names have room to be read in a narrow dialog, too.
+//
 // The field of a note has the object name "note".
 #pragma once
 
@@ -14,6 +17,7 @@
 #include "docview/host.h"
 
 class QCheckBox;
+class QTreeView;
 
 class QtFileDialog final : public QFileDialog {
  public:
@@ -21,14 +25,17 @@ class QtFileDialog final : public QFileDialog {
 
   FileDialogAnswer Answer() const;
   void accept() override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   void AddBoxes(const std::vector<FileDialogBox>& boxes);
   void AddNote(const FileDialogNote& note);
   void WidenColumns();
+  void FitNames();
   void WidenSideBar();
   void CompleteName();
   bool FolderMayBeUsed();
   const FileDialogRequest m_request;
+  QTreeView* m_files = nullptr;
   std::vector<QCheckBox*> m_boxes;
 };

@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int kFieldLetters = 22;
+constexpr int kFieldLettersLeast = 6;  // on a small screen
 
 QString TopicOf(const QTextBrowser& pages) {
   return pages.source().fileName().section(u'.', 0, 0);
@@ -40,14 +41,17 @@ HelpSearch::HelpSearch(QTextBrowser& pages, const QStringList& topics,
   m_field->setPlaceholderText(tr("Search (Ctrl+F)"));
   m_field->setAccessibleName(tr("Search the help"));
   m_field->setClearButtonEnabled(true);
-  m_field->setFixedWidth(m_field->fontMetrics().averageCharWidth() * kFieldLetters);
+  const int letter = m_field->fontMetrics().averageCharWidth();
+  m_field->setMinimumWidth(letter * kFieldLettersLeast);
+  m_field->setMaximumWidth(letter * kFieldLetters);
   m_said->setAccessibleDescription(tr("Hits"));
   auto* const row = new QHBoxLayout(this);
   row->setContentsMargins(0, 0, 6, 0);
   row->addStretch(1);
   row->addWidget(m_said);
-  row->addWidget(m_field);
+  row->addWidget(m_field, kFieldLetters);  // as long as it may be, and the rest for the stretch
   connect(m_field, &QLineEdit::textChanged, this, [this] { Search(); });
+  connect(&m_pages, &QTextBrowser::sourceChanged, this, [this] { OnOtherPage(); });
 }
 
 void HelpSearch::Begin() {
@@ -56,9 +60,16 @@ void HelpSearch::Begin() {
 }
 
 void HelpSearch::Search() {
+  Collect();
+  if (!m_hits.empty()) m_current = 0;
+  ShowHit();
+}
+
+// From the page that shows on.
+void HelpSearch::Collect() {
   const QString wanted = m_field->text().trimmed();
   m_hits.clear();
-  m_current = 0;
+  m_current.reset();
   QStringList topics = m_topics;
   const auto here = static_cast<int>(topics.indexOf(TopicOf(m_pages)));
   if (here > 0) std::rotate(topics.begin(), topics.begin() + here, topics.end());
@@ -68,25 +79,42 @@ void HelpSearch::Search() {
          at = text.indexOf(wanted, at + wanted.size(), Qt::CaseInsensitive))
       m_hits.push_back({topic, static_cast<int>(at)});
   }
-  ShowHit();
+}
+
+void HelpSearch::OnOtherPage() {
+  if (m_showing) return;
+  Collect();
+  Say();
+  MarkHits(TopicOf(m_pages));
 }
 
 void HelpSearch::Step(int by) {
   if (m_hits.empty()) return;
   const auto count = static_cast<int>(m_hits.size());
-  m_current = static_cast<std::size_t>((static_cast<int>(m_current) + by + count) % count);
+  const int before = m_current ? static_cast<int>(*m_current) : by > 0 ? -1 : count;
+  m_current = static_cast<std::size_t>((before + by + count) % count);
   ShowHit();
 }
 
-void HelpSearch::ShowHit() {
-  if (m_hits.empty()) {
+void HelpSearch::Say() {
+  if (m_hits.empty())
     m_said->setText(m_field->text().trimmed().isEmpty() ? QString() : tr("not found"));
+  else if (m_current)
+    m_said->setText(tr("%1 of %2").arg(*m_current + 1).arg(m_hits.size()));
+  else
+    m_said->setText(tr("%1 found").arg(m_hits.size()));
+}
+
+void HelpSearch::ShowHit() {
+  Say();
+  if (!m_current) {
     m_pages.setExtraSelections({});
     return;
   }
-  const Hit& hit = m_hits[m_current];
-  m_said->setText(tr("%1 of %2").arg(m_current + 1).arg(m_hits.size()));
+  const Hit& hit = m_hits[*m_current];
+  m_showing = true;
   if (TopicOf(m_pages) != hit.topic) m_show(hit.topic);
+  m_showing = false;
   QTextCursor found(m_pages.document());
   found.setPosition(hit.position);
   found.setPosition(hit.position + static_cast<int>(m_field->text().trimmed().size()),

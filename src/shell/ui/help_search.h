@@ -1,8 +1,9 @@
 // The search of the help: a field, and where the hit that is shown stands among all.
 //
 // Shape    Hits are counted over all pages, from the page that shows on. Capitals and small letters
-//          are the same.
-// Owner    Borrows the browser, which must show a page by `show`.
+//          are the same. When another page comes up by other means, no hit is shown until the next
+//          step, which goes on from there.
+// Owner    Borrows the browser, which `show` shows a page in.
 // Threads  Interface thread.
 #pragma once
 
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QTextBrowser>
 #include <functional>
+#include <optional>
 #include <vector>
 
 class HelpSearch : public QWidget {
@@ -22,7 +24,7 @@ class HelpSearch : public QWidget {
   // From one hit to the next, round and round.
   void Step(int by);
 
-  QString Said() const { return m_said->text(); }  // "2 of 17", "not found", or nothing
+  QString Said() const { return m_said->text(); }  // "2 of 17", "17 found", "not found", or nothing
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -33,6 +35,9 @@ class HelpSearch : public QWidget {
     int position;
   };
   void Search();
+  void Collect();
+  void OnOtherPage();
+  void Say();
   void ShowHit();
   void MarkHits(const QString& topic);
 
@@ -42,5 +47,6 @@ class HelpSearch : public QWidget {
   QLineEdit* m_field;
   QLabel* m_said;
   std::vector<Hit> m_hits;
-  std::size_t m_current = 0;
+  std::optional<std::size_t> m_current;  // nothing while no hit is shown
+  bool m_showing = false;                // a hit's page
 };

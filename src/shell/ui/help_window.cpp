@@ -4,14 +4,19 @@
 #include <QDir>
 #include <QTextBlock>
 #include <QTextTable>
+#include <QTimer>
 #include <QToolBar>
 
+#include "docview/ui/screen_fit.h"
 #include "shell/ui/help_search.h"
 
 namespace {
 
 constexpr char kContents[] = "contents";
 constexpr int kLineHeight = 118;  // percent
+constexpr QSize kSize(760, 620);
+// A window manager has given the window its frame by then.
+constexpr int kHelpFramedMs = 100;
 
 QUrl PageOf(const QString& topic) {
   return QUrl(QStringLiteral("qrc:/help/%1.md").arg(topic));
@@ -74,13 +79,19 @@ HelpWindow::HelpWindow(QWidget* parent)
   setAttribute(Qt::WA_DeleteOnClose);
   setAttribute(Qt::WA_QuitOnClose, false);
   setWindowTitle(tr("Tessera Help"));
-  resize(760, 620);
+  resize(kSize.boundedTo(ScreenRoom(*this).size()));
   m_pages->setFrameShape(QFrame::NoFrame);
   m_pages->setOpenExternalLinks(false);
   m_pages->setAccessibleName(tr("Help page"));
   setCentralWidget(m_pages);
   MakeBar();
   ShowTopic({});
+}
+
+void HelpWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (!event->spontaneous())
+    QTimer::singleShot(kHelpFramedMs, this, [this] { KeepOnScreen(*this); });
 }
 
 void HelpWindow::MakeBar() {

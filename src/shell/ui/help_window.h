@@ -21,6 +21,9 @@ class HelpWindow : public QMainWindow {
   // All topics there are, in alphabetical order.
   static QStringList Topics();
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+
  private:
   void MakeBar();
   void AddKey(const QKeySequence& key, const std::function<void()>& run);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCheckBox>
@@ -7,6 +8,8 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileIconProvider>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QListView>
 #include <QMessageBox>
@@ -307,6 +310,62 @@ TEST_F(FileDialogTest, SizesAndDatesOfFilesAreNotCut) {
         return files->columnWidth(column) > files->fontMetrics().horizontalAdvance(text);
       })) << text.toStdString();
     }
+  });
+}
+
+TEST_F(FileDialogTest, NamesCanBeReadInANarrowDialogAndHaveTheRoomInAWideOne) {
+  m_dir.File("orders-of-today.trc", std::string(26000, 'x'));
+  const QFont before = QApplication::font();
+  QFont large = before;
+  large.setPointSize(2 * before.pointSize());
+  QApplication::setFont(large);
+  Run(kSave, [](QFileDialog& dialog) {
+    auto* const files = dialog.findChild<QTreeView*>("treeView");
+    ASSERT_TRUE(files);
+    QModelIndex name;
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+      name = files->model()->index(0, 0, files->rootIndex());
+      return name.isValid() && !name.siblingAtColumn(3).data().toString().isEmpty();
+    }));
+    const int letters = files->fontMetrics().horizontalAdvance(name.data().toString());
+    for (const int width : {200, 2000, 200}) {
+      dialog.resize(width, 300);
+      EXPECT_TRUE(QTest::qWaitFor([&] { return files->columnWidth(0) >= letters; })) << width;
+      if (width < 2000) continue;
+      EXPECT_TRUE(
+          QTest::qWaitFor([&] { return files->header()->length() == files->viewport()->width(); }));
+    }
+  });
+  QApplication::setFont(before);
+}
+
+// Some files give their bytes only when there is news, and none of a device's are for us.
+TEST_F(FileDialogTest, NoFileIsReadToShowItsKind) {
+  m_dir.File("program", std::string("\x7F"
+                                    "ELF\2\1\1",
+                                    7) +
+                            std::string(200, '\0'));
+  m_dir.File("web.trc", "#!/bin/sh\n");
+  ASSERT_EQ(mkfifo(m_dir.File("fifo").c_str(), 0600), 0);
+  Run(kSave, [this](QFileDialog& dialog) {
+    const auto kind = [&](const char* name) {
+      return dialog.iconProvider()->type(QFileInfo(QString::fromStdString(m_dir.File(name))));
+    };
+    EXPECT_EQ(kind("program"), "File");
+    EXPECT_EQ(kind("web.trc"), "trc File");
+    EXPECT_EQ(kind("fifo"), "File");
+    EXPECT_EQ(kind("."), "Folder");
+  });
+}
+
+TEST_F(FileDialogTest, AFolderOfFilesThatWaitForTheirWritersOpensAndCloses) {
+  FileDialogRequest request = kOpen;
+  request.suggestedName = "/proc/version";
+  request.filters = {{"All Files (*)", "*"}};
+  Run(request, [](QFileDialog& dialog) {
+    auto* const files = dialog.findChild<QTreeView*>("treeView");
+    ASSERT_TRUE(files);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return files->model()->rowCount(files->rootIndex()) > 20; }));
   });
 }
 

@@ -151,6 +151,50 @@ TEST_F(OptionsAndHelpTest, TheHelpIsSearchedOverAllItsPages) {
   EXPECT_EQ(search->Said(), QStringLiteral("not found"));
 }
 
+TEST_F(OptionsAndHelpTest, AnotherPageEndsTheCountOfHitsAndTheNextStepGoesOnFromThere) {
+  HelpWindow help(nullptr);
+  help.setAttribute(Qt::WA_DeleteOnClose, false);
+  help.ShowTopic(QStringLiteral("window"));
+  auto* const field = help.findChild<QLineEdit*>();
+  auto* const pages = help.findChild<QTextBrowser*>();
+  const auto* const search = dynamic_cast<HelpSearch*>(field->parentWidget());
+  field->setText(QStringLiteral("procedure"));
+  const QString hits = search->Said().section(u' ', 2);
+  EXPECT_EQ(search->Said(), QStringLiteral("1 of ") + hits);
+  help.ShowTopic(QStringLiteral("list"));
+  EXPECT_EQ(search->Said(), hits + QStringLiteral(" found"));
+  EXPECT_EQ(help.Topic(), QStringLiteral("list")) << "the page is left to the person";
+  QTest::keyClick(field, Qt::Key_Return);
+  EXPECT_EQ(search->Said(), QStringLiteral("1 of ") + hits);
+  EXPECT_EQ(pages->textCursor().selectedText().toLower(), QStringLiteral("procedure"));
+  help.ShowTopic(QStringLiteral("list"));
+  QTest::keyClick(field, Qt::Key_Return, Qt::ShiftModifier);
+  EXPECT_EQ(search->Said(), hits + QStringLiteral(" of ") + hits);
+}
+
+TEST_F(OptionsAndHelpTest, TheHelpStaysOnASmallScreenWithItsFieldInLargeLetters) {
+  const QFont before = QApplication::font();
+  QFont large = before;
+  large.setPointSize(2 * before.pointSize());
+  QApplication::setFont(large);
+  {
+    HelpWindow help(nullptr);
+    help.setAttribute(Qt::WA_DeleteOnClose, false);
+    const QRect room = help.screen()->availableGeometry();
+    help.resize(2 * room.size());
+    help.move(room.center());
+    help.show();
+    EXPECT_TRUE(Until([&] { return room.contains(help.frameGeometry()); }));
+    help.resize(room.width() * 3 / 4, room.height() / 2);
+    auto* const field = help.findChild<QLineEdit*>();
+    field->setText(QStringLiteral("the"));
+    Settle();
+    EXPECT_TRUE(field->isVisible());
+    EXPECT_LE(field->mapTo(&help, QPoint(field->width(), 0)).x(), help.width());
+  }
+  QApplication::setFont(before);
+}
+
 TEST_F(OptionsAndHelpTest, TheKeysOfTheMainWindowAreNotThoseOfTheHelp) {
   Start();
   Open(TraceFile("a.trc", 3));

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <chrono>
 
 #include "base/file_mark.h"
 #include "conversion_fixture.h"
@@ -281,7 +282,9 @@ TEST_F(EndedFromOutside, AProgramThatEndsByExitCleansUpFirst) {
         static CTraceFileDoc* const document = new CTraceFileDoc(m_host);  // left to itself
         m_host.AnswerBox(BoxAnswer::Yes);
         document->OnOpenDocument(path);
-        while (!fs::exists(path + ".tmp")) sched_yield();
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!fs::exists(path + ".tmp") && std::chrono::steady_clock::now() < until) {
+        }
         exit(7);
       },
       testing::ExitedWithCode(7), "");

@@ -26,6 +26,7 @@ from tour import Tour
 ROOT = Path(__file__).resolve().parent.parent.parent
 PROGRAMS = ("trc", "quord", "tessera", "quor-demo")
 TRACING = "docs/tracing-your-application.md"
+LEAST_EXAMPLES = 200  # a reader that finds few is broken
 
 
 def read_markdown():
@@ -120,6 +121,8 @@ def main():
         failures += check_known(tours) + check_links(pages)
         failures += check_library(root / "library", build, ROOT, pages[TRACING].calls)
         count = sum(tour.count for tour in tours)
+        if count < LEAST_EXAMPLES:
+            failures.append(f"only {count} examples were found")
     finally:
         for machine in machines:
             machine.stop()

@@ -90,9 +90,15 @@ class Machine:
         wait_for(f"{application} is here", lambda: self.serves() and self.instances(application) > 0)
 
     def stop(self):
-        for _, demo in self._demos:
+        stuck = []
+        for application, demo in self._demos:
             demo.send_signal(signal.SIGINT)
-            demo.wait(DEADLINE_S)
+            try:
+                demo.wait(DEADLINE_S)
+            except subprocess.TimeoutExpired:
+                demo.kill()
+                demo.wait()
+                stuck.append(application)
         self._demos = []
         for pid in processes_of(self.runtime, "quord", "trc", "tessera", "quor-demo", "orders"):
             os.kill(pid, signal.SIGTERM)
@@ -101,3 +107,5 @@ class Machine:
         segments = self.runtime / "quor/segments"
         if segments.is_symlink():
             shutil.rmtree(os.readlink(segments), ignore_errors=True)
+        if stuck:
+            raise RuntimeError(f"did not end: {', '.join(stuck)}")

@@ -34,7 +34,10 @@ class Tour:
             except Exception:  # the other pages are walked all the same
                 self.failures.append(f"{page}: {traceback.format_exc()}")
             for machine in self.machines.values():
-                machine.stop()
+                try:
+                    machine.stop()
+                except Exception:
+                    self.failures.append(f"{page}: {traceback.format_exc()}")
             shutil.rmtree(self.place, ignore_errors=True)
 
     # A folder like a clone that has been built, with the files that the examples name.

@@ -34,6 +34,7 @@ source "$here/steps.sh"
 start_display
 export XDG_CONFIG_HOME=$work/config HOME=$work
 unset WAYLAND_DISPLAY QT_QPA_PLATFORM
+export LSAN_OPTIONS=suppressions=$here/leaks.supp:print_suppressions=0
 "$trc" gen --records 20000 --seed 3 "$work/web.trc" >/dev/null
 "$trc" gen --records 3000 --seed 4 "$work/worker.trc" >/dev/null
 

@@ -11,6 +11,7 @@ inline void RemoveSegments(const std::string& folder) {
   const fs::recursive_directory_iterator end;
   for (fs::recursive_directory_iterator at(folder, none); !none && at != end; at.increment(none)) {
     if (at->path().filename() != "segments" || !at->is_symlink(none)) continue;
-    fs::remove_all(fs::read_symlink(at->path(), none), none);
+    const fs::path target = fs::read_symlink(at->path(), none);
+    if (target.string().starts_with("/dev/shm/quor-")) fs::remove_all(target, none);
   }
 }

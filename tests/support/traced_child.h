@@ -20,6 +20,7 @@ class TracedChild {
     EXPECT_EQ(pipe2(m_told, O_CLOEXEC), 0);
     m_pid = fork();
     if (m_pid == 0) {
+      close(m_go[1]);  // the end of the test is the end of all waiting for it
       m_failures.TellFromHere();
       _exit(body(*this));
     }

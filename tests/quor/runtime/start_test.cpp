@@ -3,7 +3,9 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
+#include <atomic>
 #include <thread>
+#include <vector>
 
 #include "fake_service.h"
 #include "quor/quor.hpp"
@@ -143,13 +145,17 @@ TEST_P(FailedStart, IsTriedAtTheEndOfTheProcessSoThatTheLossIsTold) {
 TEST_P(FailedStart, WithManyThreadsLosesNoCount) {
   TracedChild app([](TracedChild& self) {
     std::vector<std::thread> threads;
+    std::atomic<bool> limited{false};
+    // Before the limit: a sanitizer that looks at a new thread needs descriptors.
+    for (int t = 0; t < 4; ++t)
+      threads.emplace_back([&limited] {
+        while (!limited) std::this_thread::yield();
+        TraceUntilDelivered();
+        TraceTimes(100);
+      });
     {
       const SoftLimit limit(GetParam().what, GetParam().most);
-      for (int t = 0; t < 4; ++t)
-        threads.emplace_back([] {
-          TraceUntilDelivered();
-          TraceTimes(100);
-        });
+      limited = true;
       EXPECT_TRUE(WaitFor([] { return Counts().lost >= 100; }));
     }
     for (std::thread& thread : threads) thread.join();

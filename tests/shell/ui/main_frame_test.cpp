@@ -92,7 +92,9 @@ TEST_F(MainFrameTest, AFileThatIsCutWhileItIsOpenIsToldInListAndTree) {
   Open(path);
   const auto told = [this] { return Face().Panes().PaneText(kPaneMessage); };
   std::ofstream(path, std::ios::binary | std::ios::app) << "x";
-  Settle();
+  QAction* const open = Face().Actions().Action(ID_FILE_OPEN);
+  open->setEnabled(false);
+  ASSERT_TRUE(Until([open] { return open->isEnabled(); })) << "an idle has come by";
   EXPECT_EQ(told(), QString()) << "what is appended is none of its traces";
   const auto size = std::filesystem::file_size(path);
   std::filesystem::resize_file(path, size - 1 - 1234);

@@ -5,6 +5,7 @@
 
 #include "support/endless_texts.h"
 #include "support/recording_host.h"
+#include "support/short_pieces.h"
 #include "tree/regex/regex.h"
 
 namespace {
@@ -82,6 +83,7 @@ TEST_F(FindSearchTest, CancelInTheBoxIsNoHitAndNoMessage) {
 }
 
 TEST_F(FindSearchTest, APatternThatKeepsOneTextBusyCanBeCancelledInTheMiddleOfIt) {
+  const ShortPieces shortPieces;
   ASSERT_EQ(RegexPrepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0, 0), 1);
   Texts texts({std::string(60000, 'x') + "zy"});
   m_host.AnswerWorkBox([&](CDialog& box) {
@@ -94,6 +96,7 @@ TEST_F(FindSearchTest, APatternThatKeepsOneTextBusyCanBeCancelledInTheMiddleOfIt
 }
 
 TEST_F(FindSearchTest, ATextThatTakesLongIsTakenUpAgainAndAnswered) {
+  const ShortPieces shortPieces;
   ASSERT_EQ(RegexPrepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0, 0), 1);
   Texts texts({std::string(60, 'x') + "z", std::string(120, 'x') + "zy"});
   m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });

@@ -6,6 +6,7 @@
 #include <QScrollBar>
 #include <algorithm>
 
+#include "listview/rows/ui/line_painter.h"
 #include "listview/rows/ui/row_accessible.h"
 #include "listview/rows/ui/row_text.h"
 #include "listview/rows/ui/row_tool_tip.h"

@@ -45,6 +45,8 @@ class SegmentPointsReader {
   explicit SegmentPointsReader(const SegmentMap& segment) : m_segment(segment) {}
   // Appends the points registered since the last call.
   bool ReadNew(std::vector<SegmentPointNames>& points);
+  // All of them are new again.
+  void Rewind() { m_read = 0; }
   std::uint32_t Count() const { return m_read; }
 
   // REQUIRES: point < Count().

@@ -68,7 +68,9 @@ void RunningApp::Relink(AppArrival arrival) {
       m_home.OnRenamed(*this, from, *entry);
     }
     m_app.Rename(arrival.hello.app);
-    for (std::uint32_t& id : m_pointIds) id = kNoTraceId;
+    // Another entry has another trace map: every point has its place in it.
+    m_pointIds.clear();
+    m_app.Points().Rewind();
   }
   TakeLink(std::move(arrival));
 }

@@ -106,6 +106,28 @@ TEST_F(Configuration, SettingsSurviveACrashOfTheServiceWhileTheApplicationRuns) 
   EXPECT_TRUE(Gets(monitor, "verbose"));
 }
 
+TEST_F(Configuration, ANameThatComesLateTakesTheTracePointsAlong) {
+  quord.Start();
+  QuordClient monitor, client(quord.SocketPath());
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  TracedChild app([](TracedChild& self) {
+    quor_application("early");
+    QUOR_TRACE_INFO(connect_point, "before");
+    self.AwaitGo();
+    return TraceOn(self);
+  });
+  ASSERT_TRUE(monitor.Sees("before"));
+  ASSERT_TRUE(
+      WaitFor([&] { return client.Ask(GetAppRequest("early")).app().components_size() == 2; }));
+  app.Go();
+  const quor::wire::App seen = Seen(client);
+  EXPECT_EQ(seen.instances(), 1u);
+  // Of the points that were there before the name.
+  ASSERT_EQ(client.Ask(SubmitAllRequest(seen, 0x11)).error(), ERROR_NONE);
+  EXPECT_TRUE(Gets(monitor, "verbose"));
+}
+
 TEST_F(Configuration, WithTheLastInstanceAndHandleTheDefaultsReturn) {
   quord.Start();
   QuordClient client(quord.SocketPath()), holder(quord.SocketPath());

@@ -117,8 +117,8 @@ void LinkThread::Wait(Session& session, std::uint32_t heard) {
   if (!m_linked.load()) atMost(until(session.nextTryMs));
   if (m_linked.load() && m_pointsChanged.load()) atMost(until(session.pointsDueMs));
   if (session.sinkWaitMs >= 0) atMost(session.sinkWaitMs);
-  // The next service rings for those that it finds; others have to look whether theirs has gone.
-  if (m_linked.load() && !Runtime::Get().IsFound()) atMost(kLookMs);
+  // Nothing rings when the service is killed, and the next may have another folder to find us in.
+  if (m_linked.load()) atMost(kLookMs);
   AwaitBell(Runtime::Get().Segment().Header()->bell, heard, timeout);
 }
 

@@ -4,8 +4,8 @@
 // Shape    Named "quor", every signal blocked, started with the segment. While no service answers
 //          it tries again with a growing pause; the same segment is told of each time, so that
 //          nothing that is in the ring is lost. It sleeps until its segment's bell rings, never at
-//          a descriptor: the application may close them all. What the environment says was read by
-//          the thread that started it.
+//          a descriptor: the application may close them all. So it looks once a second whether the
+//          service has gone. What the environment says was read by the thread that started it.
 // Owner    Lives until the process ends.
 // Threads  Every function here may be called from any thread.
 #pragma once

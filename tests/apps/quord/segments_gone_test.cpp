@@ -14,9 +14,24 @@ QUOR_POINT(connect_point, "Net", "Connect");
 
 constexpr int kShortLives = 20;
 
-class SegmentsGone : public ::testing::TestWithParam<const char*> {
+class WithService {
  protected:
+  ~WithService() {
+    for (const std::string& folder : m_leftovers) fs::remove_all(folder);
+    fs::path moved = quord.Folder().File("moved");
+    if (fs::is_symlink(moved)) fs::remove_all(fs::read_symlink(moved));
+  }
   std::string Segments() const { return quord.Folder().File("segments"); }
+
+  std::vector<std::string> m_leftovers;
+  QuordProcess quord;
+  QuordClient monitor;
+};
+
+class BusyApplication : public WithService, public ::testing::Test {};
+
+class SegmentsGone : public WithService, public ::testing::TestWithParam<const char*> {
+ protected:
   // Where a link leads, or the folder itself.
   void Damage(const std::string& how) {
     const std::string segments = Segments(), target = fs::canonical(segments);
@@ -43,19 +58,10 @@ class SegmentsGone : public ::testing::TestWithParam<const char*> {
     }
     m_leftovers = {target, beside};
   }
-  void TearDown() override {
-    for (const std::string& folder : m_leftovers) fs::remove_all(folder);
-    fs::path moved = quord.Folder().File("moved");
-    if (fs::is_symlink(moved)) fs::remove_all(fs::read_symlink(moved));
-  }
   bool Sums(std::uint64_t traces) {
     return WaitFor([&] { return monitor.Pump(), Sum() >= traces; }) && Sum() == traces;
   }
   std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
-
-  std::vector<std::string> m_leftovers;
-  QuordProcess quord;
-  QuordClient monitor;
 };
 
 TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
@@ -89,6 +95,28 @@ TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
     return stat(Segments().c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
            (status.st_mode & 0777) == 0700;
   }));
+}
+
+// Nobody rings for it: the killed service was just polling, and the next cannot find the file.
+TEST_F(BusyApplication, ComesToTheNextServiceThatWatchesAnotherFolder) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  TracedChild busy([](TracedChild&) {
+    for (;;) {
+      QUOR_TRACE_INFO(connect_point, "busy");
+      usleep(300);
+    }
+    return 0;
+  });
+  ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered > 1000; }));
+  const std::string segments = fs::canonical(Segments());
+  quord.Kill();
+  fs::rename(segments, segments + "-beside");
+  m_leftovers = {segments, segments + "-beside"};
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  const std::uint64_t before = monitor.delivered;
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered > before + 100; }));
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, SegmentsGone,

@@ -24,6 +24,7 @@ CLI::Option* AddNumber(CLI::App* app, const char* names, const char* option, std
 
 std::vector<std::string> HeaderList() {
   std::vector<std::string> headers;
+  headers.reserve(std::size(kColumns));
   for (const ColumnInfo& column : kColumns) headers.emplace_back(column.header);
   return headers;
 }

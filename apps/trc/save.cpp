@@ -3,6 +3,7 @@
 #include "base/new_file.h"
 #include "exit_status.h"
 #include "interrupt.h"
+#include "output.h"
 #include "records/trc_writer.h"
 #include "shown_traces.h"
 #include "trace_file.h"

@@ -159,7 +159,7 @@ std::string FlagWithValue(const CLI::App& app, int argc, const char* const* argv
     if (name.rfind("--", 0) != 0 || name.size() == word.size()) continue;
     const CLI::Option* const option = at->get_option_no_throw(name);
     if (option != nullptr && option->get_items_expected_max() == 0)
-      return name + " takes no value\nTry '" + line + " --help'.";
+      return std::string(name).append(" takes no value\nTry '").append(line).append(" --help'.");
   }
   return {};
 }

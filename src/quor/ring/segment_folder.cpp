@@ -23,6 +23,7 @@ constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 constexpr unsigned kLeftPart = 8;
 constexpr std::uint64_t kLeftBytes = 16u << 20;
 constexpr time_t kMakingSeconds = 10;
+constexpr int kLockTries = 20;  // of a millisecond
 
 bool LiesInMemory(int folder) {
   struct statfs system {};
@@ -101,11 +102,23 @@ void PutRight(int runtime, int error) {
   LiesInMemory(runtime) ? void(mkdirat(runtime, kSegments, 0700)) : LinkToMemory(runtime);
 }
 
+// Whoever makes the folder holds it for less than a millisecond. Another holder must not keep the
+// traced thread or the service waiting.
+bool LockSoon(int runtime) {
+  for (int tries = 0; tries < kLockTries; ++tries) {
+    if (flock(runtime, LOCK_EX | LOCK_NB) == 0) return true;
+    const timespec pause{0, 1'000'000};
+    nanosleep(&pause, nullptr);
+  }
+  errno = EAGAIN;
+  return false;
+}
+
 int OpenSegments(int runtime) {
   int folder = OpenInMemory(runtime);
   if (folder >= 0 || !IsDamaged(errno)) return folder;
   // One at a time.
-  flock(runtime, LOCK_EX);
+  if (!LockSoon(runtime)) return -1;
   folder = OpenInMemory(runtime);
   if (folder < 0 && IsDamaged(errno)) {
     PutRight(runtime, errno);

@@ -15,9 +15,9 @@ bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
   std::error_code error;
   if (words >= 0) m_words.assign(words, error);
   const int noWords = errno;
-  m_place =
-      inotify_add_watch(words, FolderOf(socketPath).c_str(),
-                        IN_DELETE_SELF | IN_MOVE_SELF | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO);
+  m_place = inotify_add_watch(
+      words, FolderOf(socketPath).c_str(),
+      IN_DELETE_SELF | IN_MOVE_SELF | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO);
   if (m_words.is_open()) Await();
   if (!m_folder.Open(socketPath))
     return FailWith(why,

@@ -1,4 +1,5 @@
 // The folder in which applications leave their traces goes away or is replaced under a service.
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -117,6 +118,33 @@ TEST_F(BusyApplication, ComesToTheNextServiceThatWatchesAnotherFolder) {
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   const std::uint64_t before = monitor.delivered;
   EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered > before + 100; }));
+}
+
+TEST_F(BusyApplication, NeedsNobodysLockForItsFirstTraceAndTheFolderIsSeenWhenItIsThereAgain) {
+  quord.Start();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  const int holder = open(quord.Folder().Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(holder, LOCK_EX), 0);
+  const std::string segments = fs::canonical(Segments());
+  m_leftovers = {segments};
+  fs::remove_all(segments);
+  if (fs::is_symlink(Segments())) fs::remove(Segments());
+  TracedChild first([](TracedChild& self) {
+    QUOR_TRACE_INFO(connect_point, "first");
+    self.Tell(static_cast<std::uint64_t>(quor_flush(20000)));
+    return 0;
+  });
+  EXPECT_EQ(first.Told(), 1u);
+  EXPECT_EQ(first.Wait(), 0);
+  EXPECT_TRUE(monitor.Sees("first"));
+  EXPECT_FALSE(fs::exists(Segments()));
+  close(holder);
+  TracedChild next([](TracedChild&) {
+    QUOR_TRACE_INFO(connect_point, "next");
+    return kill(getpid(), SIGKILL);
+  });
+  EXPECT_EQ(next.Wait(), 1000 + SIGKILL);
+  EXPECT_TRUE(monitor.Sees("next"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, SegmentsGone,

@@ -111,26 +111,33 @@ bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
       bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   umask(before);
   if (!bound || listen(m_descriptor, kQueueLength) != 0) return SayError(why, socketPath);
+  if (!NotePlace(socketPath)) return SayError(why, socketPath);
+  m_own = true;
+  return true;
+}
+
+bool LocalDoor::NotePlace(const std::string& socketPath) {
   struct stat place {};
-  if (lstat(socketPath.c_str(), &place) != 0) return SayError(why, socketPath);
+  m_path = socketPath;
+  if (lstat(socketPath.c_str(), &place) != 0) return false;
   m_device = place.st_dev;
   m_inode = place.st_ino;
-  m_path = socketPath;
-  m_own = true;
   return true;
 }
 
 bool LocalDoor::Adopt(const std::string& socketPath, int descriptor, std::string* why) {
   m_descriptor = descriptor;
   fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
-  return Lock(socketPath, why);
+  if (!Lock(socketPath, why)) return false;
+  if (!NotePlace(socketPath)) m_inode = 0;  // gone already: it is not in place
+  return true;
 }
 
 bool LocalDoor::IsInPlace() const {
   struct stat place {
   }, lock{}, held{};
   const std::string path = FolderOf(m_path) + "/quord.lock";
-  return m_own && lstat(m_path.c_str(), &place) == 0 && place.st_dev == m_device &&
+  return lstat(m_path.c_str(), &place) == 0 && place.st_dev == m_device &&
          place.st_ino == m_inode && stat(path.c_str(), &lock) == 0 && fstat(m_lock, &held) == 0 &&
          lock.st_dev == held.st_dev && lock.st_ino == held.st_ino;
 }

@@ -36,6 +36,7 @@ class LocalDoor {
 
  private:
   bool Lock(const std::string& socketPath, std::string* why);
+  bool NotePlace(const std::string& socketPath);
 
   std::string m_path;
   int m_lock = -1, m_descriptor = -1;

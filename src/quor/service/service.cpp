@@ -124,12 +124,13 @@ void Service::OnPlaceChanged() {
   if (m_stopping || std::exchange(m_looksAtPlace, true)) return;
   Later(kPlaceAgain, [this] {
     m_looksAtPlace = false;
-    if (m_options.handedSocket < 0 && !m_door.IsInPlace()) return TakePlaceAgain();
+    if (!m_door.IsInPlace()) return TakePlaceAgain();
     m_apps->LookAtFolder(m_options.socketPath);
   });
 }
 
-// Nobody finds this service any more: it makes its place anew, or ends where it cannot.
+// Nobody finds this service any more: it makes its place anew, or ends where it cannot. So also
+// with a socket that was handed over: whoever did that does not make its name anew.
 void Service::TakePlaceAgain() {
   Log(LogLevel::Warning, m_options.socketPath + " has been removed");
   std::error_code error;

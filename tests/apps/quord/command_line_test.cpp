@@ -237,6 +237,34 @@ TEST_F(CommandLine, ASocketHandedOverByTheSystemIsUsedAndKept) {
   close(listener);
 }
 
+// What handed the socket over does not make its name anew.
+TEST_F(CommandLine, AServiceWithAHandedSocketWhoseFolderGoesAwayIsReachedAgain) {
+  const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  quord.SocketPath().copy(address.sun_path, sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener, 16), 0);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    dup2(listener, 3);
+    setenv("LISTEN_PID", std::to_string(getpid()).c_str(), 1);
+    setenv("LISTEN_FDS", "1", 1);
+    execl(getenv("QUORD"), "quord", "--foreground", "--log-level", "error", nullptr);
+    _exit(127);
+  }
+  QuordClient client;
+  EXPECT_TRUE(client.Connect(quord.SocketPath()) && client.Hello(quor::wire::ROLE_CONFIGURE));
+  RemoveSegments(quord.Folder().Path());
+  std::filesystem::remove_all(quord.Folder().Path());
+  EXPECT_TRUE(WaitFor([&] { return client.Connect(quord.SocketPath()); }));
+  EXPECT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  client.Close();
+  kill(pid, SIGTERM);
+  EXPECT_EQ(WaitForExit(pid), 0);
+  close(listener);
+}
+
 TEST_F(CommandLine, ThePackagedManualAndCompletionsKnowEveryOption) {
   const std::string folder = getenv("QUORD_PACKAGING");
   std::string manual = ReadAll(folder + "/man/quord.1");

@@ -84,7 +84,13 @@ std::uint32_t Catalogue::EnterTrace(CatalogueApp& app, const std::string& compon
   return id;
 }
 
+void Catalogue::FindInstance(CatalogueApp& app, std::uint32_t pid) {
+  app.found.insert(pid);
+  StoreHolders(app);
+}
+
 void Catalogue::BeginInstance(CatalogueApp& app, std::uint32_t pid) {
+  EraseOne(app.found, pid);
   app.instances.insert(pid);
   if (std::exchange(app.prepared, false) && m_store) m_store->WriteSettings(app);
   StoreHolders(app);
@@ -97,6 +103,10 @@ void Catalogue::OpenHandle(CatalogueApp& app, std::uint32_t pid) {
 
 void Catalogue::EndInstance(CatalogueApp& app, std::uint32_t pid) {
   if (EraseOne(app.instances, pid)) Release(app);
+}
+
+void Catalogue::EndFound(CatalogueApp& app, std::uint32_t pid) {
+  if (EraseOne(app.found, pid)) Release(app);
 }
 
 void Catalogue::CloseHandle(CatalogueApp& app, std::uint32_t pid) {
@@ -157,6 +167,7 @@ void Catalogue::Submit(CatalogueApp& app, const Submitted& what) {
 void Catalogue::StoreHolders(CatalogueApp& app) {
   if (!m_store || !app.submitted) return;
   std::set<std::uint32_t> pids(app.instances.begin(), app.instances.end());
+  pids.insert(app.found.begin(), app.found.end());
   pids.insert(app.handles.begin(), app.handles.end());
   m_store->WriteHolders(app, pids);
 }

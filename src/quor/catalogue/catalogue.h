@@ -42,11 +42,13 @@ struct CatalogueApp {
   bool prepared = false;  // submitted, and no instance has run since
   bool awaited = false;   // held before a restart: its holders may still be on their way back
   std::multiset<std::uint32_t> instances;  // pids
+  std::multiset<std::uint32_t> found;      // pids of those that have not begun: dead, or silent
   std::multiset<std::uint32_t> handles;    // pids of those that hold one; 0: on another machine
   std::int64_t row = 0;                    // in the store; 0: not there, or not as a whole
   std::uint64_t used = 0;                  // when it was last needed: grows over all of them
   std::size_t mapBytes = 0;                // of the names of all traces
-  bool IsHeld() const { return !instances.empty() || !handles.empty(); }
+  bool IsHeld() const { return Instances() != 0 || !handles.empty(); }
+  std::size_t Instances() const { return instances.size() + found.size(); }
 };
 
 class CatalogueStore;
@@ -72,11 +74,15 @@ class Catalogue {
   std::uint32_t EnterTrace(CatalogueApp& app, const std::string& component,
                            const std::string& category);
 
+  // One that is known by what it left or shows alone uses up nothing of what was prepared, until it
+  // begins.
+  void FindInstance(CatalogueApp& app, std::uint32_t pid);
   void BeginInstance(CatalogueApp& app, std::uint32_t pid);
   void OpenHandle(CatalogueApp& app, std::uint32_t pid);
   // With the last holder what was submitted is in force no more. It may be forgotten then, at once
   // where nothing is known of it but its name: `app` is not to be used any more.
   void EndInstance(CatalogueApp& app, std::uint32_t pid);
+  void EndFound(CatalogueApp& app, std::uint32_t pid);
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
   // Some time after a restart: those that have not come back hold nothing any more.
   void EndGrace();

@@ -102,6 +102,12 @@ bool ReadRest(int file, SegmentRest* rest) {
   return true;
 }
 
+bool IsUnowned(int file) {
+  if (file < 0 || flock(file, LOCK_SH | LOCK_NB) != 0) return false;
+  flock(file, LOCK_UN);
+  return true;
+}
+
 SegmentMap::~SegmentMap() {
   Close();
 }
@@ -220,10 +226,7 @@ void SegmentMap::RefreshNames() {
 }
 
 bool SegmentMap::OwnerIsGone() const {
-  const int number = m_descriptor.Get();
-  if (number < 0 || flock(number, LOCK_SH | LOCK_NB) != 0) return false;
-  flock(number, LOCK_UN);
-  return true;
+  return IsUnowned(m_descriptor.Get());
 }
 
 void SegmentMap::Detach(std::size_t points, std::size_t nameBytes) {

@@ -38,6 +38,8 @@ struct SegmentRest {
 };
 // False: it is not one.
 bool ReadRest(int file, SegmentRest* rest);
+// Of a segment's file that was opened anew: no process has it as its own any more.
+bool IsUnowned(int file);
 
 class SegmentMap {
  public:

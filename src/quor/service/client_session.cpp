@@ -198,7 +198,7 @@ void ClientSession::ListApps(Response* response) {
   for (const std::string& name : m_context.apps.Known().Registered()) {
     response->add_app_names(name);
     const CatalogueApp* const app = m_context.apps.Known().Find(name);
-    response->add_app_instances(static_cast<std::uint32_t>(app->instances.size()));
+    response->add_app_instances(static_cast<std::uint32_t>(app->Instances()));
   }
 }
 
@@ -216,8 +216,8 @@ bool ClientSession::FillApp(const std::string& name, Response* response) {
   if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
   App* const to = response->mutable_app();
   to->set_name(app->name);
-  to->set_running(!app->instances.empty());
-  to->set_instances(static_cast<std::uint32_t>(app->instances.size()));
+  to->set_running(app->Instances() != 0);
+  to->set_instances(static_cast<std::uint32_t>(app->Instances()));
   PutSink(app->sink, to->mutable_sink());
   std::map<std::string, Component*> components;
   for (std::uint32_t id = 0; id < app->traces.size(); ++id) {

@@ -22,6 +22,7 @@ constexpr std::chrono::seconds kMemoryAfter{2};  // all of it is free by then
 bool Apps::Arrive(AppArrival arrival, std::string* why) {
   const bool brought = static_cast<bool>(arrival.segment);
   const Key key = brought ? KeyOf(arrival.segment) : Key{arrival.hello.device, arrival.hello.inode};
+  if (IsBroken(key)) return FailWith(why, "its segment is not read any more");
   if (!brought && !m_running.contains(key)) m_watch.Read();
   if (const auto known = m_running.find(key); known != m_running.end()) {
     if (known->second->IsEnding()) return FailWith(why, "its last instance is just ending");
@@ -38,6 +39,10 @@ bool Apps::Arrive(AppArrival arrival, std::string* why) {
   return true;
 }
 
+bool Apps::IsBroken(const Key& key) const {
+  return std::find(m_broken.begin(), m_broken.end(), key) != m_broken.end();
+}
+
 std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::string* why) {
   CatalogueApp* const entry =
       m_running.size() < kInstancesMax ? m_catalogue.Enter(arrival.hello.app) : nullptr;
@@ -46,7 +51,7 @@ std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::
                                             : "too many applications";
     return nullptr;
   }
-  m_catalogue.BeginInstance(*entry, arrival.pid);
+  m_catalogue.FindInstance(*entry, arrival.pid);
   auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
   m_running[key] = app;
   Log(LogLevel::Info,
@@ -87,16 +92,32 @@ void Apps::OnFile(const std::string& name) {
   if (const auto known = m_running.find(key); known != m_running.end()) {
     known->second->SetFile(name);
     close(file);
-  } else if (ReadRest(file, &rest)) {
-    const bool kept = std::any_of(m_kept.begin(), m_kept.end(),
-                                  [&key](const Kept& one) { return one.key == key; });
-    if (!kept) Keep({{}, name, key, SourceOf(rest, file)});
+  } else if (IsBroken(key)) {
+    if (!IsKept(key)) Keep({{}, name, key, nullptr});
+    close(file);
+  } else if (ReadRest(file, &rest) && IsUnowned(file)) {
+    OnRest(name, key, rest, file);
     close(file);
   } else if (segment.Open(file, &reason)) {
     Find(name, std::move(segment));
   } else {
     PassOver(name, reason);
   }
+}
+
+// What its owner still has is none, whatever it says.
+void Apps::OnRest(const std::string& name, const Key& key, const SegmentRest& rest, int file) {
+  if (!IsPossible(rest, file)) {
+    Log(LogLevel::Warning, "segment " + name + " is removed: its count of traces is impossible");
+    m_watch.Folder().Remove(name, key.first, key.second);
+  } else if (!IsKept(key)) {
+    Keep({{}, name, key, SourceOf(rest, file)});
+  }
+}
+
+bool Apps::IsKept(const Key& key) const {
+  return std::any_of(m_kept.begin(), m_kept.end(),
+                     [&key](const Kept& one) { return one.key == key; });
 }
 
 // Null: nobody is to be told of it.
@@ -191,9 +212,23 @@ void Apps::GiveMemoryBack() {
   });
 }
 
+void Apps::OnBegan(RunningApp& app) {
+  m_catalogue.BeginInstance(app.Entry(), app.Pid());
+}
+
 void Apps::OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) {
-  m_catalogue.BeginInstance(to, app.Pid());
-  m_catalogue.EndInstance(from, app.Pid());
+  if (app.HasBegun())
+    m_catalogue.BeginInstance(to, app.Pid());
+  else
+    m_catalogue.FindInstance(to, app.Pid());
+  EndIn(from, app);
+}
+
+void Apps::EndIn(CatalogueApp& entry, const RunningApp& app) {
+  if (app.HasBegun())
+    m_catalogue.EndInstance(entry, app.Pid());
+  else
+    m_catalogue.EndFound(entry, app.Pid());
 }
 
 void Apps::OnEnded(RunningApp& app) {
@@ -202,7 +237,10 @@ void Apps::OnEnded(RunningApp& app) {
   // Its link may have been quicker than the word on its file.
   if (app.File().empty()) m_watch.Read();
   if (!app.File().empty()) Keep({{}, app.File(), KeyOf(app.Segment()), app.Told()});
-  m_catalogue.EndInstance(app.Entry(), app.Pid());
+  EndIn(app.Entry(), app);
+  // Its link comes again as long as it lives.
+  if (app.IsBroken()) m_broken.push_back(KeyOf(app.Segment()));
+  if (m_broken.size() > kBrokenMax) m_broken.pop_front();
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
   GiveMemoryBack();
   // Now there is room for one that there was none for.

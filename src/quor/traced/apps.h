@@ -66,6 +66,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) override;
   std::uint32_t DefaultSettings() const override { return m_catalogue.DefaultSettings(); }
   Hub& HubFor(const LinkSink& sink) override;
+  void OnBegan(RunningApp& app) override;
+  void EndIn(CatalogueApp& entry, const RunningApp& app);
   void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) override;
   void OnEnded(RunningApp& app) override;
   void Apply(const CatalogueApp& app, bool sink);
@@ -83,6 +85,9 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   };
   static constexpr std::size_t kKeptLongMax = 4096;
   void Keep(Kept kept);
+  void OnRest(const std::string& name, const Key& key, const SegmentRest& rest, int file);
+  bool IsKept(const Key& key) const;
+  bool IsBroken(const Key& key) const;
   std::shared_ptr<Source> SourceOf(const SegmentRest& rest, int file);
   static bool IsWanted(Kept& kept);
   void RemoveKept();
@@ -98,6 +103,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   const std::string m_machine;
   SegmentWatch m_watch;
   std::deque<Kept> m_kept;
+  static constexpr std::size_t kBrokenMax = 1024;
+  std::deque<Key> m_broken;  // segments that are not read any more
   asio::steady_timer m_keeps;
   asio::steady_timer m_gives;
   int m_endedSince = 0;  // the memory of those that ended was last given back

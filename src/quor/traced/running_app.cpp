@@ -77,6 +77,7 @@ void RunningApp::Relink(AppArrival arrival) {
 
 void RunningApp::TakeLink(AppArrival arrival) {
   EndAlone();
+  SetBegun();
   m_socket = std::move(arrival.socket);
   m_decoder = LinkDecoder();
   m_taker = arrival.hello.taker;
@@ -226,6 +227,7 @@ void RunningApp::Pump() {
   if (step == TracedApp::Step::Broken) {
     Log(LogLevel::Warning, "application " + m_app.Name() + " (" + std::to_string(Pid()) +
                                ") is read no further: " + m_app.Why());
+    m_app.GiveUp(MayTake());
     return End();
   }
   if (step == TracedApp::Step::More) {

@@ -33,13 +33,13 @@ struct AppArrival {
 
 class RunningApp final : public std::enable_shared_from_this<RunningApp> {
  public:
-  // What it needs of its surroundings.
   class Home {
    public:
     virtual CatalogueApp* EntryFor(const std::string& name) = 0;  // null: too many
     virtual std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) = 0;
     virtual std::uint32_t DefaultSettings() const = 0;
     virtual Hub& HubFor(const LinkSink& sink) = 0;
+    virtual void OnBegan(RunningApp& app) = 0;
     virtual void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) = 0;
     virtual void OnEnded(RunningApp& app) = 0;
 
@@ -66,6 +66,8 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
 
   // It is on its way out and takes no link any more.
   bool IsEnding() const { return m_ended; }
+  bool HasBegun() const { return m_hasBegun; }  // linked or claimed, not found alone
+  bool IsBroken() const { return m_app.IsBroken(); }
   CatalogueApp& Entry() { return *m_entry; }
   std::uint32_t Pid() const { return m_app.Pid(); }
   const SegmentMap& Segment() const { return m_app.Segment(); }
@@ -83,6 +85,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   void LookWithoutLink(bool soon);
   bool LookAlone();
   void EndAlone();
+  void SetBegun();
   void AwaitLink();
   void ReadLink();
   bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
@@ -109,7 +112,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   std::deque<SinkKind> m_unanswered;  // sinks sent whose Taker has not come
   std::vector<std::uint32_t> m_pointIds;
   bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_fileSink = false,
-       m_processEnded = false, m_isHeldBack = false, m_isAlone = false;
+       m_processEnded = false, m_isHeldBack = false, m_isAlone = false, m_hasBegun = false;
   std::chrono::steady_clock::time_point m_unlinkedSince = std::chrono::steady_clock::now();
   int m_looks = 0;  // for the owner, since there was a reason
   std::string m_file;

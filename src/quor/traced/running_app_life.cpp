@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "quor/log/log.h"
 #include "quor/traced/running_app.h"
@@ -83,10 +84,15 @@ bool RunningApp::LookAlone() {
   Log(LogLevel::Info,
       "application " + m_app.Name() + " (" + std::to_string(Pid()) + ") is read without a link");
   m_isAlone = true;
+  SetBegun();
   m_app.Begin();
   m_timer.cancel();
   Pump();
   return !m_ended;
+}
+
+void RunningApp::SetBegun() {
+  if (!std::exchange(m_hasBegun, true)) m_home.OnBegan(*this);
 }
 
 // Before anything is said over a link: what it orders may be to take the ring.

@@ -1,5 +1,6 @@
 #include "quor/traced/traced_app.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 
 #include "quor/ring/bell.h"
 #include "quor/ring/ring_claim.h"
+#include "quor/ring/trace_bytes.h"
 #include "quor/traced/handed_on.h"
 
 namespace {
@@ -35,6 +37,26 @@ nanoseconds AgeOf(const SegmentMap& segment) {
   struct stat status {};
   if (fstat(segment.Descriptor(), &status) != 0) return {};
   return AgeOfChange(SinceZero(status.st_ctim), NowOn(CLOCK_REALTIME), NowOn(CLOCK_BOOTTIME));
+}
+
+// So many traces this machine can have made in that time. A larger number is a lie, and one lie
+// would spoil the sums of everybody.
+std::uint64_t MostIn(nanoseconds age) {
+  static const auto processors = std::max(1l, sysconf(_SC_NPROCESSORS_ONLN));
+  return static_cast<std::uint64_t>((age + kAgeStep) / kFastestTrace * processors);
+}
+
+// What has been finished was changed last by that: its birth tells its age, or the machine's where
+// the file system tells none.
+nanoseconds AgeSinceBirth(int file) {
+  struct statx status {};
+  const nanoseconds uptime = NowOn(CLOCK_BOOTTIME);
+  if (statx(file, "", AT_EMPTY_PATH, STATX_BTIME, &status) != 0 ||
+      (status.stx_mask & STATX_BTIME) == 0)
+    return uptime;
+  const timespec born{static_cast<time_t>(status.stx_btime.tv_sec),
+                      static_cast<long>(status.stx_btime.tv_nsec)};
+  return AgeOfChange(SinceZero(born), NowOn(CLOCK_REALTIME), uptime);
 }
 
 FaultGuard GuardOf(const SegmentMap& segment) {
@@ -169,12 +191,8 @@ TracedApp::Step TracedApp::Break(const char* why) {
   return Step::Broken;
 }
 
-// So many traces this machine can have made since the segment was there. A larger number in it is a
-// lie, and one lie would spoil the sums of everybody.
 std::uint64_t TracedApp::MostPossible() const {
-  static const auto processors = std::max(1l, sysconf(_SC_NPROCESSORS_ONLN));
-  const nanoseconds age = m_ageAtStart + kAgeStep + (std::chrono::steady_clock::now() - m_start);
-  return static_cast<std::uint64_t>(age / kFastestTrace * processors);
+  return MostIn(m_ageAtStart + (std::chrono::steady_clock::now() - m_start));
 }
 
 bool TracedApp::Lose(std::uint64_t lost, std::string_view reason) {
@@ -187,8 +205,10 @@ bool TracedApp::Lose(std::uint64_t lost, std::string_view reason) {
 
 bool TracedApp::TakeItem(const RingItem& item) {
   if (!Lose(item.dropsBefore, "the ring of the application was full") ||
-      !Lose(item.damagedBefore, "they were damaged"))
+      !Lose(item.damagedBefore, "they were damaged")) {
+    m_unread = item.damagedBefore + (item.trace.empty() ? 0 : 1);
     return false;
+  }
   if (item.trace.empty()) return true;
   m_hub->Take(m_source, m_names, item.trace, [this] { ReadNames(); });
   return true;
@@ -240,6 +260,19 @@ TracedApp::Step TracedApp::Drain(std::size_t traces, bool dead) {
   return step == RingStep::Empty ? Step::Empty : Step::More;
 }
 
+void TracedApp::GiveUp(bool isOurs) {
+  if (!m_source || (!isOurs && !m_consumer)) return;
+  if (!m_consumer) m_consumer.emplace(m_segment, kItemRoom);
+  const std::uint64_t most =
+      m_segment.Layout().ringBytes / (sizeof(RingRecord) + RawTrace::kFixedBytes);
+  const std::uint64_t waiting = m_consumer->Uncommitted(), drops = m_consumer->UntoldDrops();
+  std::uint64_t lost = m_unread + (waiting <= most ? waiting : 0);
+  if (drops <= MostPossible()) lost += drops;
+  m_consumer->PassRest();
+  const std::string text = std::string("what it traces is not read any more: ") + m_why;
+  if (lost == 0 || !Lose(lost, text)) m_hub->Lose(m_source, 0, text);
+}
+
 RingConsumer::Wait TracedApp::BeginWait() {
   if (!m_consumer || m_broken) return RingConsumer::Wait::Asleep;
   const RingConsumer::Wait wait = m_consumer->BeginWait();
@@ -256,9 +289,12 @@ void TracedApp::MarkFinished() {
   m_segment.Finish(m_hub->Machine().empty() ? SegmentEnd::Here : SegmentEnd::Elsewhere);
 }
 
+bool IsPossible(const SegmentRest& rest, int file) {
+  return rest.servedElsewhere <= rest.served && rest.served <= MostIn(AgeSinceBirth(file));
+}
+
 std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& machine, int file,
                                  Hub& hub) {
-  if (rest.servedElsewhere > rest.served) return nullptr;
   Source source;
   source.instance = InstanceOf(machine, rest.pid, rest.startedNs, rest.moves);
   source.machine = machine;

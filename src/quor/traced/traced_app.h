@@ -62,6 +62,9 @@ class TracedApp {
   bool ReadPoints(std::vector<TracedPoint>& points);
   SegmentPointsReader& Points() { return m_points; }
   const char* Why() const { return m_why; }
+  bool IsBroken() const { return m_broken; }
+  // Tells what a broken one left in its ring, as far as it is believable, if that `isOurs` to take.
+  void GiveUp(bool isOurs);
 
  private:
   // Called for each item: a std::string would cost two allocations a trace.
@@ -85,6 +88,7 @@ class TracedApp {
   Hub* m_hub = nullptr;
   std::shared_ptr<Source> m_source;
   std::uint64_t m_servedElsewhere = 0;
+  std::uint64_t m_unread = 0;  // taken out of the ring when it broke, and not told
   std::optional<RingConsumer> m_consumer;
   bool m_waits = false, m_namesBroken = false, m_broken = false, m_finished = false;
   const char* m_why = "";
@@ -98,6 +102,10 @@ class TracedApp {
 std::chrono::nanoseconds AgeOfChange(std::chrono::nanoseconds changed, std::chrono::nanoseconds now,
                                      std::chrono::nanoseconds uptime);
 
+// Whether so many traces can have been made since that file was.
+bool IsPossible(const SegmentRest& rest, int file);
+
+// REQUIRES: it is possible.
 // One of an earlier service, which may not have brought all of it to its monitors: they learn how
 // far it came. `file`: of the segment.
 std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& machine, int file,

@@ -170,6 +170,27 @@ TEST_F(Configuration, AnApplicationThatStartsWhileItIsInForceReceivesIt) {
   EXPECT_TRUE(Gets(monitor, "verbose"));
 }
 
+TEST_F(Configuration, WhoDiedWhileNoServiceRanUsesNothingUpThatWasPrepared) {
+  quord.Start();
+  QuordClient monitor, client(quord.SocketPath());
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  TracedChild dies(TraceOn);
+  Seen(client);
+  quord.Kill();
+  dies.Kill();
+  quord.Start();
+  // What it left waits for somebody who looks.
+  ASSERT_TRUE(client.Connect(quord.SocketPath()));
+  ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+  const Response opened = client.Ask(OpenAppRequest("orders"));
+  ASSERT_EQ(client.Ask(SubmitAllRequest(opened.app(), 0x11)).error(), ERROR_NONE);
+  client.Close();
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  ASSERT_TRUE(quord.Says("has ended"));
+  TracedChild app(TraceOn);
+  EXPECT_TRUE(Gets(monitor, "verbose"));
+}
+
 TEST_F(Configuration, AFileSinkIsWrittenByTheApplicationAndBackAtTheSocketNothingIsMissing) {
   quord.Start();
   QuordClient monitor, client(quord.SocketPath());

@@ -8,6 +8,7 @@
 
 #include "quor/ring/link.h"
 #include "quor/ring/ring_producer.h"
+#include "quor/ring/segment_folder.h"
 #include "quor/ring/segment_map.h"
 #include "quor/ring/trace_bytes.h"
 #include "quor/service/local_door.h"
@@ -156,6 +157,71 @@ TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
   counts.Header()->served.store(~std::uint64_t{0});
   greet(counts);
   EXPECT_TRUE(quord.Says("is read no further: its count of traces is impossible"));
+}
+
+// Makes it again and again, as a runtime does whose link has ended.
+TEST_F(Hostile, ASegmentThatIsReadNoFurtherIsToldOnceAndItsLinkIsRefused) {
+  SegmentMap broken;
+  ASSERT_TRUE(broken.Create({64, 4096, 4096}, 1, 12345));
+  RingProducer producer(broken);
+  RingProducer::Slot slot;
+  for (int i = 0; i < 8; ++i) {
+    ASSERT_TRUE(producer.Reserve(RawTrace::kFixedBytes, slot));
+    StoreRecord(slot.record, {});
+    producer.Commit(slot);
+  }
+  // The last of them is longer than the ring.
+  const auto at =
+      static_cast<std::uint64_t>(reinterpret_cast<std::uint8_t*>(slot.header) - broken.Ring()) /
+      kRingUnitBytes;
+  slot.header->word.store(ring_word::Make(at, 1u << 20, false) ^ broken.Layout().salt);
+  broken.Header()->dropped.store(5);
+  EXPECT_EQ(Greet(EncodeHello(Named("broken")), {broken.Descriptor()}).type, LinkType::Welcome);
+  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.lost != 0; }));
+  EXPECT_EQ(witness.delivered, 7u);
+  EXPECT_EQ(witness.lost, 6u);
+  EXPECT_TRUE(quord.Says("has ended"));
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(Greet(EncodeHello(Named("broken")), {broken.Descriptor()}).refused.reason,
+              "its segment is not read any more");
+  witness.Pump();
+  ASSERT_EQ(witness.losses.size(), 1u);
+  EXPECT_NE(witness.losses[0].find("what it traces is not read any more"), std::string::npos);
+}
+
+// A file beside the socket, which its owner has left where `segment` is closed.
+void ShowFile(SegmentFolder& folder, const QuordProcess& quord, SegmentMap& segment) {
+  ASSERT_TRUE(folder.Open(quord.SocketPath()));
+  ASSERT_TRUE(segment.Create({64, 4096, 4096}, 1, 12345, folder.NewFile(1, 2)));
+}
+
+TEST_F(Hostile, AFinishedSegmentWithAnImpossibleCountStopsNoMonitor) {
+  SegmentFolder folder;
+  SegmentMap segment;
+  ShowFile(folder, quord, segment);
+  segment.Header()->served.store(std::uint64_t{1} << 57);
+  segment.Header()->finished.store(SegmentEnd::Here);
+  segment = SegmentMap();
+  ASSERT_TRUE(folder.Show());
+  EXPECT_TRUE(WaitFor([&] { return folder.Names().empty(); }, 8000));
+  EXPECT_TRUE(quord.Says("is removed: its count of traces is impossible", 2000));
+  QuordClient another;
+  ASSERT_TRUE(another.Monitor(quord.SocketPath()));
+  for (const auto& [instance, serial] : another.serials) EXPECT_LT(serial, std::uint64_t{1} << 56);
+}
+
+TEST_F(Hostile, ASegmentThatSaysItIsFinishedWhileItsOwnerLivesIsRead) {
+  SegmentFolder folder;
+  SegmentMap segment;
+  ShowFile(folder, quord, segment);
+  segment.Header()->finished.store(SegmentEnd::Here);
+  RingProducer producer(segment);
+  RingProducer::Slot slot;
+  ASSERT_TRUE(producer.Reserve(RawTrace::kFixedBytes, slot));
+  StoreRecord(slot.record, {});
+  producer.Commit(slot);
+  ASSERT_TRUE(folder.Show());
+  EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
 }
 
 // The heaps of the sanitizers keep what is freed, for a while and on purpose.

@@ -90,6 +90,23 @@ TEST_F(CatalogueTest, AnOpenHandleKeepsItInForceAndIsRegistered) {
   EXPECT_THAT(catalogue->Registered(), IsEmpty());
 }
 
+TEST_F(CatalogueTest, WhoIsOnlyFoundUsesNothingUpThatWasPrepared) {
+  const auto catalogue = Begin();
+  catalogue->EndGrace();
+  CatalogueApp* const app = catalogue->Enter("orders");
+  catalogue->EnterTrace(*app, "Net", "Connect");
+  catalogue->FindInstance(*app, kMe);
+  EXPECT_THAT(catalogue->Registered(), ElementsAre("orders"));
+  catalogue->Submit(*app, {{{0, 0x1F}}, {}});
+  catalogue->EndFound(*app, kMe);
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
+  catalogue->FindInstance(*app, kMe);
+  catalogue->BeginInstance(*app, kMe);
+  EXPECT_EQ(app->Instances(), 1u);
+  catalogue->EndInstance(*app, kMe);
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 7u);
+}
+
 TEST_F(CatalogueTest, WhatWasSubmittedWhileNoInstanceRanWaitsForTheNextOneAlsoOverARestart) {
   {
     const auto catalogue = Begin();

@@ -9,7 +9,7 @@
 #pragma once
 
 #include "docview/long_work.h"
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 #include "tree/proc/proc_items.h"
 
 class ItemFill final : public LongWork {

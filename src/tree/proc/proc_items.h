@@ -4,7 +4,7 @@
 // the item's word, and ask for the selected item anew after a trim.
 #pragma once
 
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 class ProcItems {
  public:

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "records/name_map.h"
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 class ProcItems;
 

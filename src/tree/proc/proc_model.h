@@ -9,7 +9,7 @@
 //          more, but lives on with its item and its text until its own trace is trimmed or the tree
 //          is cleared. A block whose own trace has been trimmed goes with its item once it is
 //          closed and empty. Level nodes stay.
-// Cost     No step grows with the traces held while each thread's numbers rise: thread_order.h.
+// Cost     No step grows with the traces held while each thread's numbers rise: thread_orders.h.
 // Threads  Interface thread.
 #pragma once
 
@@ -17,14 +17,14 @@
 #include <unordered_set>
 
 #include "tree/filter/filter_pass.h"
-#include "tree/proc/block_store.h"
-#include "tree/proc/leaf_store.h"
-#include "tree/proc/level_index.h"
-#include "tree/proc/nearest_in_order.h"
+#include "tree/proc/nearest/nearest_in_order.h"
+#include "tree/proc/nodes/block_store.h"
+#include "tree/proc/nodes/leaf_store.h"
+#include "tree/proc/nodes/level_index.h"
+#include "tree/proc/nodes/word_pool.h"
 #include "tree/proc/proc_items.h"
 #include "tree/proc/proc_labels.h"
 #include "tree/proc/trace_facts.h"
-#include "tree/proc/word_pool.h"
 
 class CTraceDoc;
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "documents/trace_doc.h"
-#include "tree/proc/find_leaf.h"
+#include "tree/proc/nearest/find_leaf.h"
 #include "tree/proc/proc_model.h"
 
 namespace {

@@ -18,7 +18,7 @@
 
 #include "docview/view.h"
 #include "tree/find/find_hits.h"
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 // The owner's word for an item; 0: none.
 using TreeItemData = std::uintptr_t;

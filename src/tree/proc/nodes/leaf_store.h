@@ -13,7 +13,7 @@
 #include <new>
 #include <vector>
 
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 class LeafStore {
  public:

@@ -1,11 +1,11 @@
-#include "tree/proc/child_list.h"
+#include "tree/proc/nodes/child_list.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <new>
 
-#include "tree/proc/word_pool.h"
+#include "tree/proc/nodes/word_pool.h"
 
 namespace {
 

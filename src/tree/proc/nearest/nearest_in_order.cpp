@@ -1,8 +1,8 @@
-#include "tree/proc/nearest_in_order.h"
+#include "tree/proc/nearest/nearest_in_order.h"
 
 #include <algorithm>
 
-#include "tree/proc/find_leaf.h"
+#include "tree/proc/nearest/find_leaf.h"
 
 namespace {
 

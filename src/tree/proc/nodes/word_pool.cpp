@@ -1,4 +1,4 @@
-#include "tree/proc/word_pool.h"
+#include "tree/proc/nodes/word_pool.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,4 +1,4 @@
-#include "tree/proc/thread_walks.h"
+#include "tree/proc/nearest/thread_walks.h"
 
 #include <algorithm>
 

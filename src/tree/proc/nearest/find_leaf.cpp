@@ -1,4 +1,4 @@
-#include "tree/proc/find_leaf.h"
+#include "tree/proc/nearest/find_leaf.h"
 
 #include <algorithm>
 

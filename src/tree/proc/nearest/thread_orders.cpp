@@ -1,9 +1,9 @@
-#include "tree/proc/thread_order.h"
+#include "tree/proc/nearest/thread_orders.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "tree/proc/find_node.h"
+#include "tree/proc/nearest/find_node.h"
 
 namespace {
 

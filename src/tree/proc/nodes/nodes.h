@@ -16,8 +16,8 @@
 #include <string>
 
 #include "records/name_map.h"
-#include "tree/proc/child_list.h"
-#include "tree/proc/thread_order.h"
+#include "tree/proc/nodes/child_list.h"
+#include "tree/proc/nodes/thread_order.h"
 
 class TraceEvent_i;
 class CExecutionBlock;

@@ -5,8 +5,8 @@
 #include <random>
 #include <vector>
 
-#include "tree/proc/block_store.h"
-#include "tree/proc/word_pool.h"
+#include "tree/proc/nodes/block_store.h"
+#include "tree/proc/nodes/word_pool.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 #include "records/trace_event.h"
 

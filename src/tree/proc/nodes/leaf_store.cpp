@@ -1,4 +1,4 @@
-#include "tree/proc/leaf_store.h"
+#include "tree/proc/nodes/leaf_store.h"
 
 #include "base/page_storage.h"
 

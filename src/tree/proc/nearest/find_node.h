@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 // A place in some node's children.
 struct NodePosition {

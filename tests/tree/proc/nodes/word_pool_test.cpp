@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "tree/proc/word_pool.h"
+#include "tree/proc/nodes/word_pool.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "tree/proc/find_node.h"
+#include "tree/proc/nearest/find_node.h"
 
 class ThreadWalks {
  public:

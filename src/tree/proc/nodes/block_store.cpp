@@ -1,4 +1,4 @@
-#include "tree/proc/block_store.h"
+#include "tree/proc/nodes/block_store.h"
 
 #include "base/page_storage.h"
 

@@ -10,7 +10,7 @@
 #include <new>
 #include <vector>
 
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 class BlockStore {
  public:

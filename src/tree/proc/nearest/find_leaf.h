@@ -1,5 +1,5 @@
 // The search for a trace's own leaf by its number, and what of a node's children belongs to which
-// run of numbers (thread_order.h).
+// run of numbers (thread_orders.h).
 //
 // Threads  Interface thread.
 #pragma once
@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tree/proc/thread_walks.h"
+#include "tree/proc/nearest/thread_walks.h"
 
 // The leaf of the trace in its thread; anything else when it is not in the tree. Then `opened` is
 // the block that the trace has opened there, null for none. Walks a thread without any order, and

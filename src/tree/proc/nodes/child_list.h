@@ -57,7 +57,7 @@ class ChildList {
   std::size_t Hollow() const { return m_hollow; }
   void SetHollow(std::size_t entries) { m_hollow = static_cast<std::uint32_t>(entries); }
 
-  // How many entries were there when the numbers of the thread began anew (thread_order.h); it
+  // How many entries were there when the numbers of the thread began anew (thread_orders.h); it
   // counts down as those go. Good only in nodes that were open then.
   std::size_t BeforeRun() const { return m_beforeRun; }
   void BeginRun() { m_beforeRun = m_end - m_begin; }

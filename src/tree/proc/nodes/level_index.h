@@ -10,7 +10,7 @@
 #include <memory>
 #include <unordered_map>
 
-#include "tree/proc/nodes.h"
+#include "tree/proc/nodes/nodes.h"
 
 class LevelIndex {
  public:

@@ -4,7 +4,7 @@
 #include <set>
 #include <vector>
 
-#include "tree/proc/block_store.h"
+#include "tree/proc/nodes/block_store.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tree/proc/level_index.h"
+#include "tree/proc/nodes/level_index.h"
 
 #include <utility>
 

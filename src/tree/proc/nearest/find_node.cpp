@@ -1,4 +1,4 @@
-#include "tree/proc/find_node.h"
+#include "tree/proc/nearest/find_node.h"
 
 #include "records/trace_event.h"
 

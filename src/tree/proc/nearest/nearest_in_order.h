@@ -7,7 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "tree/proc/thread_walks.h"
+#include "tree/proc/nearest/thread_orders.h"
+#include "tree/proc/nearest/thread_walks.h"
 
 // The result of FindNodeByWalk over the whole tree, when no leaf of the trace is in it. In threads
 // whose numbers rise, in one run or two, the cost does not depend on how many traces there are:

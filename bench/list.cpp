@@ -8,9 +8,9 @@
 #include "bench/live_document.h"
 #include "bench/ratio.h"
 #include "bench/sample_file.h"
+#include "controls/list/ui/row_list_widget.h"
 #include "documents/trace_file_doc.h"
 #include "listview/rows/trace_view.h"
-#include "listview/rows/ui/row_list_widget.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include "bench/bench_host.h"
 #include "bench/live_document.h"
 #include "bench/ratio.h"
+#include "controls/list/ui/row_list_widget.h"
+#include "controls/tree/ui/tree_widget.h"
 #include "listview/rows/trace_view.h"
-#include "listview/rows/ui/row_list_widget.h"
 #include "tree/proc/proc_view.h"
-#include "tree/proc/ui/tree_widget.h"
 
 namespace {
 

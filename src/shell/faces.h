@@ -7,10 +7,10 @@
 #include <memory>
 #include <string>
 
+#include "controls/list/row_list.h"
+#include "controls/tree/tree_control.h"
 #include "docview/frame.h"
-#include "listview/rows/row_list.h"
 #include "listview/source/rich_edit.h"
-#include "tree/proc/tree_control.h"
 
 class CMainFrame;
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "listview/rows/row_list.h"
+#include "controls/list/row_list.h"
 #include "support/sized_control.h"
 
 class FakeRowList final : public RowList, public ListHeader, public SizedControl {

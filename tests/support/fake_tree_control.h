@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "controls/tree/tree_control.h"
 #include "support/fake_tree_items.h"
 #include "support/sized_control.h"
-#include "tree/proc/tree_control.h"
 
 class FakeTreeControl final : public TreeControl, public SizedControl {
  public:

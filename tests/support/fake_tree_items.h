@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "tree/proc/tree_control.h"
+#include "controls/tree/tree_control.h"
 
 class FakeTreeItems {
  public:

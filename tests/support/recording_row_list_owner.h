@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "listview/rows/row_list.h"
+#include "controls/list/row_list.h"
 
 // Writes down what the list tells: "5: 0>3".
 class RecordingRowListOwner final : public RowListOwner {

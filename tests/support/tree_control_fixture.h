@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tree/proc/tree_control.h"
+#include "controls/tree/tree_control.h"
 
 class RecordingTreeOwner final : public TreeControlOwner {
  public:

@@ -4,8 +4,8 @@
 // Threads  Interface thread.
 #pragma once
 
+#include "controls/list/row_list.h"
 #include "documents/save_traces.h"
-#include "listview/rows/row_list.h"
 #include "listview/rows/row_store.h"
 
 class RowSource final : public TraceSource {

@@ -10,9 +10,9 @@
 #include <functional>
 #include <memory>
 
+#include "controls/list/row_list.h"
 #include "documents/trace_doc.h"
 #include "docview/view.h"
-#include "listview/rows/row_list.h"
 #include "listview/rows/row_store.h"
 #include "tree/filter/trace_filter.h"
 

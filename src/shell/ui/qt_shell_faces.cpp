@@ -5,11 +5,12 @@
 #include <QScreen>
 
 #include "config/ui/machine_face.h"
+#include "controls/list/ui/row_list_widget.h"
+#include "controls/tree/ui/tree_widget.h"
 #include "docview/ui/work_box_face.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/columns/ui/options_face.h"
 #include "listview/details/ui/trace_detail_face.h"
-#include "listview/rows/ui/row_list_widget.h"
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
 #include "listview/source/ui/rich_edit_widget.h"
@@ -20,7 +21,6 @@
 #include "shell/ui/stored_places.h"
 #include "tree/filter/ui/filter_face.h"
 #include "tree/find/ui/find_face.h"
-#include "tree/proc/ui/tree_widget.h"
 
 namespace {
 

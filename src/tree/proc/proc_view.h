@@ -16,13 +16,13 @@
 #include <memory>
 #include <vector>
 
+#include "controls/tree/tree_control.h"
 #include "documents/trace_doc.h"
 #include "docview/view.h"
 #include "tree/filter/trace_filter.h"
 #include "tree/find/find_search.h"
 #include "tree/proc/item_fill.h"
 #include "tree/proc/proc_model.h"
-#include "tree/proc/tree_control.h"
 
 class CProcViewIterator;
 

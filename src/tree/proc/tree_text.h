@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
+#include "controls/tree/tree_control.h"
 #include "listview/export/export_run.h"
 #include "tree/proc/proc_model.h"
-#include "tree/proc/tree_control.h"
 
 // Appends a line, without its end.
 void AppendTreeLine(std::string& out, int depth, bool closed, std::string_view text);

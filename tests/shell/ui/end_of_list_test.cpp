@@ -1,12 +1,12 @@
 // Where lists and trees stand after their windows were made, shown again or given another size.
 #include <stdexcept>
 
+#include "controls/list/ui/row_list_widget.h"
+#include "controls/tree/ui/tree_widget.h"
 #include "documents/trace_realtime_doc.h"
-#include "listview/rows/ui/row_list_widget.h"
 #include "shell_fixture.h"
 #include "support/fake_connection.h"
 #include "tree/proc/proc_view.h"
-#include "tree/proc/ui/tree_widget.h"
 
 namespace {
 

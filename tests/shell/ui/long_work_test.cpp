@@ -8,12 +8,12 @@
 #include <filesystem>
 #include <utility>
 
+#include "controls/tree/ui/tree_widget.h"
 #include "docview/ui/work_box_face.h"
 #include "shell/command_ids.h"
 #include "shell_fixture.h"
 #include "support/short_pieces.h"
 #include "tree/proc/proc_view.h"
-#include "tree/proc/ui/tree_widget.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include <QAbstractButton>
 #include <QLineEdit>
 
+#include "controls/list/ui/row_list_widget.h"
 #include "documents/trace_realtime_doc.h"
-#include "listview/rows/ui/row_list_widget.h"
 #include "shell_fixture.h"
 #include "support/fake_connection.h"
 

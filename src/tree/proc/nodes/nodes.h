@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 
+#include "controls/tree/tree_item.h"
 #include "records/name_map.h"
 #include "tree/proc/nodes/child_list.h"
 #include "tree/proc/nodes/thread_order.h"
@@ -23,8 +24,6 @@ class TraceEvent_i;
 class CExecutionBlock;
 class CProcessThread;
 
-// The control's handle; 0: no item.
-using TreeItem = std::uintptr_t;
 enum class NodeKind : std::uint8_t { Leaf, Block, Thread, Process, Application, Machine, Root };
 
 // The node of one trace, and the base of all.

@@ -5,10 +5,10 @@
 #include <QImage>
 #include <chrono>
 
+#include "controls/tree/ui/tree_widget.h"
 #include "support/make_event.h"
 #include "support/recording_host.h"
 #include "tree/proc/proc_view.h"
-#include "tree/proc/ui/tree_widget.h"
 
 namespace {
 

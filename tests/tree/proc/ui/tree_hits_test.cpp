@@ -6,12 +6,12 @@
 #include <QScrollBar>
 #include <QTest>
 
+#include "controls/tree/ui/tree_widget.h"
 #include "docview/ui/hit_color.h"
 #include "support/make_event.h"
 #include "support/recording_host.h"
 #include "tree/find/find_settings.h"
 #include "tree/proc/proc_view.h"
-#include "tree/proc/ui/tree_widget.h"
 #include "tree/regex/regex.h"
 
 namespace {

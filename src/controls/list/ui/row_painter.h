@@ -1,0 +1,53 @@
+// Paints the rows of a list, and measures their cells.
+//
+// Cost     By the cells that are seen. A text is made when its cell is painted and kept nowhere.
+// Threads  Interface thread.
+#pragma once
+
+#include <QFontMetrics>
+#include <QRect>
+#include <vector>
+
+#include "controls/list/row_list.h"
+#include "controls/text/ui/row_look.h"
+#include "listview/rows/ui/severity_icons.h"
+
+class QPainter;
+class QtRowList;
+
+class RowPainter {
+ public:
+  explicit RowPainter(QtRowList& list) : m_list(list) {}
+
+  static int RowHeight(const QFontMetrics& metrics);
+  void Paint(QPainter& painter, const QRect& clip);
+  // What the cell needs to show whole, with its margins.
+  int CellWidth(int row, Column column) const;
+  // Where the cell's first hit is seen, in the viewport; empty without one.
+  QRect HitRect(int row, Column column) const;
+
+ private:
+  // What all rows of one paint have in common.
+  struct Place {
+    Column column;
+    ColumnAlign align;
+    int left, width;
+  };
+  struct Canvas {
+    QPainter& painter;
+    QFontMetrics metrics;
+    std::vector<Place> places;  // those that the clip touches
+  };
+  RowLook LookOfRow(int row) const;
+  void PaintRow(Canvas& canvas, int row);
+  void PaintBelow(Canvas& canvas, const QRect& below) const;
+  bool PaintEmpty(QPainter& painter) const;
+  void PaintEndMark(QPainter& painter) const;
+  void PaintIcon(Canvas& canvas, const QRect& cell, int icon);
+  void PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell, const Place& place,
+                 int row) const;
+  void PaintFocus(QPainter& painter, const RowLook& look, const QRect& row, bool selected) const;
+
+  QtRowList& m_list;
+  SeverityIcons m_icons;
+};

@@ -1,0 +1,29 @@
+#include "controls/list/ui/row_list_widget.h"
+#include "support/qt_test_main.h"
+#include "support/row_list_contract.h"
+
+namespace {
+
+struct QtRowListRig {
+  explicit QtRowListRig(RowListOwner& owner) : list(owner) {
+    list.resize(400, 200);
+    list.show();
+  }
+  RowList& List() { return list; }
+  void ShowRows(int rows) {
+    const int around = list.height() - list.viewport()->height();
+    list.resize(list.width(), around + rows * list.RowHeight());
+  }
+  void Hide() { list.hide(); }
+  void ShowAgain(int rows) {
+    ShowRows(rows);
+    list.show();
+  }
+  QtRowList list;
+};
+
+}  // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowStateContract, QtRowListRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowScrollContract, QtRowListRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowColumnContract, QtRowListRig);

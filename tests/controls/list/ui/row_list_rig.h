@@ -1,0 +1,103 @@
+// A row list on the screen for tests, with an owner whose cells the test chooses.
+#pragma once
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QTest>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "controls/list/ui/row_list_widget.h"
+
+class CellsOwner final : public RowListOwner {
+ public:
+  std::string RowListText(int row, Column column) override {
+    ++asked;
+    const auto text = texts.find({row, column});
+    return text == texts.end() ? std::to_string(row) : text->second;
+  }
+  int RowListIcon(int row) override { return icons.count(row) ? icons.at(row) : -1; }
+  RowTint RowListTint(int row) override { return tints.count(row) ? tints.at(row) : RowTint::None; }
+  std::vector<HitRange> RowListHits(int row, Column column) override {
+    const auto hit = hits.find({row, column});
+    return hit == hits.end() ? std::vector<HitRange>() : hit->second;
+  }
+  std::string RowListEmptyText() override { return emptyText; }
+  void OnRowStateChanged(int row, unsigned, unsigned newState) override {
+    told.push_back(std::to_string(row) + ":" + std::to_string(newState));
+  }
+  void OnRowClicked(int row) override { told.push_back("click " + std::to_string(row)); }
+  void OnRowDoubleClicked(int row) override { told.push_back("double " + std::to_string(row)); }
+  void OnRowListContextMenu(int x, int y) override { menus.emplace_back(x, y); }
+  bool OnColumnResizing(Column, int widthPx) override {
+    asking.push_back(widthPx);
+    return widthPx < 16;
+  }
+  void OnColumnResized(Column column, int widthPx) override {
+    resized.emplace_back(column, widthPx);
+  }
+  void OnColumnsReordered() override { ++reordered; }
+
+  std::vector<std::string> Told() { return std::exchange(told, {}); }
+
+  std::map<std::pair<int, Column>, std::string> texts;
+  std::map<int, int> icons;
+  std::map<int, RowTint> tints;
+  std::map<std::pair<int, Column>, std::vector<HitRange>> hits;
+  std::string emptyText;
+  std::vector<std::string> told;
+  std::vector<std::pair<int, int>> menus;
+  std::vector<int> asking;
+  std::vector<std::pair<Column, int>> resized;
+  int reordered = 0, asked = 0;
+};
+
+// A shown list with all columns, `page` rows high.
+class ShownList {
+ public:
+  explicit ShownList(int rows, int page = 10, int columnWidth = 60) : list(owner) {
+    list.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    for (const ColumnInfo& column : kColumns) list.Header().InsertColumn(column, columnWidth);
+    list.resize(15 * columnWidth + 40, 100);
+    list.show();
+    SetPage(page);
+    list.SetItemCount(rows);
+    list.activateWindow();
+    list.setFocus();
+    QApplication::processEvents();
+  }
+  void SetPage(int rows) {
+    const int around = list.height() - list.viewport()->height();
+    list.resize(list.width(), around + rows * list.RowHeight());
+  }
+  // In the middle of a row, inside the column "Count".
+  QPoint At(int row) const {
+    return list.RowRect(row).center() + QPoint(90 - list.RowRect(row).center().x(), 0);
+  }
+  void Click(int row, Qt::KeyboardModifiers modifiers = {}) {
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, modifiers, At(row));
+  }
+  void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+    QTest::keyClick(&list, key, modifiers);
+  }
+  // "2 4-6 f5": the selected rows and the focused one.
+  std::string States() {
+    std::string text;
+    for (int row = list.NextItem(-1, kRowSelected); row != -1;) {
+      int last = row;
+      while (list.NextItem(last, kRowSelected) == last + 1) ++last;
+      text += std::to_string(row) + (last > row ? "-" + std::to_string(last) : "") + " ";
+      row = list.NextItem(last, kRowSelected);
+    }
+    const int focus = list.NextItem(-1, kRowFocused);
+    return text + "f" + std::to_string(focus);
+  }
+  QImage Picture() { return list.viewport()->grab().toImage(); }
+
+  CellsOwner owner;
+  QtRowList list;
+};

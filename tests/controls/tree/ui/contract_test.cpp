@@ -1,0 +1,24 @@
+// The control on the screen does what every tree control does.
+#include "controls/tree/ui/tree_widget.h"
+#include "support/qt_test_main.h"
+#include "support/tree_control_contract.h"
+
+namespace {
+
+struct QtTreeRig {
+  explicit QtTreeRig(TreeControlOwner& owner) : tree(owner) {
+    tree.resize(400, 300);
+    tree.show();
+  }
+  TreeControl& Tree() { return tree; }
+  void ShowRows(int rows) {
+    const int around = tree.height() - tree.viewport()->height();
+    tree.resize(tree.width(), around + rows * tree.RowHeight());
+  }
+  QtTreeControl tree;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeItemContract, QtTreeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeRowContract, QtTreeRig);
+
+}  // namespace

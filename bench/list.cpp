@@ -8,14 +8,14 @@
 #include "bench/live_document.h"
 #include "bench/ratio.h"
 #include "bench/sample_file.h"
-#include "controls/list/ui/row_list_widget.h"
 #include "documents/trace_file_doc.h"
 #include "listview/rows/trace_view.h"
+#include "listview/rows/ui/trace_rows.h"
 
 namespace {
 
 RowListMaker MakeQtList() {
-  return [](RowListOwner& owner) { return std::make_unique<QtRowList>(owner); };
+  return [](RowListOwner& owner) { return MakeTraceRows(owner); };
 }
 
 QtRowList& Show(CTraceView& view) {

@@ -8,9 +8,9 @@
 #include "bench/bench_host.h"
 #include "bench/live_document.h"
 #include "bench/ratio.h"
-#include "controls/list/ui/row_list_widget.h"
 #include "controls/tree/ui/tree_widget.h"
 #include "listview/rows/trace_view.h"
+#include "listview/rows/ui/trace_rows.h"
 #include "tree/proc/proc_view.h"
 
 namespace {
@@ -19,7 +19,7 @@ constexpr int kTick = 33333;  // 100,000 traces a second at 333 ms
 constexpr double kTickSeconds = 0.333333;
 
 std::unique_ptr<TreeControl> MakeQtTree(TreeControlOwner& owner) {
-  return std::make_unique<QtTreeControl>(owner);
+  return std::make_unique<QtTreeControl>(owner, "Procedure tree");
 }
 
 template <class Control>
@@ -54,8 +54,7 @@ struct Live {
   }
 
   LiveDocument m_source;
-  CTraceView m_list{m_source.Document(),
-                    [](RowListOwner& owner) { return std::make_unique<QtRowList>(owner); }};
+  CTraceView m_list{m_source.Document(), [](RowListOwner& owner) { return MakeTraceRows(owner); }};
   CProcView m_tree{m_source.Document(), MakeQtTree};
   QtRowList* m_rows = nullptr;
 };

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <map>
 #include <string>
@@ -98,8 +97,8 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
       m_top = row - CountPerPage() + 1;
     Painted();
   }
-  void ShowHit(int row, Column column) override {
-    calls.push_back("hit " + std::to_string(row) + " " + std::to_string(static_cast<int>(column)));
+  void ShowHit(int row, ListColumn column) override {
+    calls.push_back("hit " + std::to_string(row) + " " + std::to_string(column.Index()));
   }
   // The user scrolls.
   void ScrollTo(int top) {
@@ -116,38 +115,41 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   void ShowEndMark(bool on) override { endMark = on; }
 
   ListHeader& Header() override { return *this; }
-  void InsertColumn(const ColumnInfo& column, int widthPx) override {
+  void InsertColumn(const ListColumnInfo& column, int widthPx) override {
+    m_order.push_back(static_cast<int>(columns.size()));
     columns.push_back(column);
-    m_widths[static_cast<std::size_t>(column.column)] = widthPx;
+    m_widths.push_back(widthPx);
   }
-  int ColumnWidth(Column column) const override {
-    return Exists(column) ? m_widths[static_cast<std::size_t>(column)] : 0;
+  int ColumnWidth(ListColumn column) const override {
+    return Exists(column) ? m_widths[At(column)] : 0;
   }
-  void SetColumnWidth(Column column, int widthPx) override {
-    if (Exists(column)) m_widths[static_cast<std::size_t>(column)] = widthPx;
+  void SetColumnWidth(ListColumn column, int widthPx) override {
+    if (Exists(column)) m_widths[At(column)] = widthPx;
   }
-  ColumnOrder GetColumnOrder() const override { return m_order; }
-  void SetColumnOrder(const ColumnOrder& order) override {
+  ListOrder GetColumnOrder() const override { return m_order; }
+  void SetColumnOrder(const ListOrder& order) override {
     given = order;
-    m_order = PermutationOf(order);
+    m_order = PermutationOf(order, static_cast<int>(columns.size()));
   }
   int AverageCharWidth() const override { return charWidthPx; }
   int StringWidth(const std::string& text) const override {
     return static_cast<int>(text.size()) * headerCharWidthPx;
   }
-  int FitWidth(Column column) const override {
-    int width = StringWidth(kColumns[static_cast<std::size_t>(column)].header);
+  int FitWidth(ListColumn column) const override {
+    if (!Exists(column)) return 0;
+    int width = StringWidth(columns[At(column)].header);
     for (int row = m_top; row < std::min(m_top + pageRows, m_count); ++row)
       width = std::max(width, StringWidth(m_owner.RowListText(row, column)));
     return std::max(width, 16);
   }
 
-  std::vector<ColumnInfo> columns;  // as inserted
-  ColumnOrder given = {};           // the last order as it came, repeats and all
+  std::vector<ListColumnInfo> columns;  // as inserted
+  ListOrder given;                      // the last order as it came, repeats and all
 
  private:
-  static bool Exists(Column column) {
-    return static_cast<int>(column) >= 0 && static_cast<int>(column) < kColumnCount;
+  static std::size_t At(ListColumn column) { return static_cast<std::size_t>(column.Index()); }
+  bool Exists(ListColumn column) const {
+    return column.Index() >= 0 && column.Index() < static_cast<int>(columns.size());
   }
   void ClampTop() { m_top = std::clamp(m_top, 0, std::max(m_count - CountPerPage(), 0)); }
   void Painted() {
@@ -190,6 +192,6 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   int m_count = 0;
   int m_top = 0;
   std::map<int, unsigned> m_states;  // rows that have one
-  std::array<int, kColumnCount> m_widths = {};
-  ColumnOrder m_order = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
+  std::vector<int> m_widths;
+  ListOrder m_order;
 };

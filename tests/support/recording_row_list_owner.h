@@ -10,12 +10,12 @@
 // Writes down what the list tells: "5: 0>3".
 class RecordingRowListOwner final : public RowListOwner {
  public:
-  std::string RowListText(int row, Column column) override {
-    return std::to_string(row) + "," + std::to_string(static_cast<int>(column));
+  std::string RowListText(int row, ListColumn column) override {
+    return std::to_string(row) + "," + std::to_string(column.Index());
   }
   int RowListIcon(int) override { return -1; }
   RowTint RowListTint(int) override { return RowTint::None; }
-  std::vector<HitRange> RowListHits(int, Column) override { return {}; }
+  std::vector<HitRange> RowListHits(int, ListColumn) override { return {}; }
   std::string RowListEmptyText() override { return {}; }
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override {
     told.push_back(std::to_string(row) + ": " + std::to_string(oldState) + ">" +
@@ -25,11 +25,11 @@ class RecordingRowListOwner final : public RowListOwner {
   void OnRowClicked(int row) override { clicked.push_back(row); }
   void OnRowDoubleClicked(int row) override { doubleClicked.push_back(row); }
   void OnRowListContextMenu(int, int) override { ++contextMenus; }
-  bool OnColumnResizing(Column, int) override {
+  bool OnColumnResizing(ListColumn, int) override {
     ++resizings;
     return refuseResizing;
   }
-  void OnColumnResized(Column, int) override { ++resized; }
+  void OnColumnResized(ListColumn, int) override { ++resized; }
   void OnColumnsReordered() override { ++reordered; }
 
   // What was told since the last call.

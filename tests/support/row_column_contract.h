@@ -25,7 +25,7 @@ TYPED_TEST_P(RowColumnContract, ColumnsKeepTheWidthThatCodeGivesThemAlsoBelowThe
 
 TYPED_TEST_P(RowColumnContract, AHiddenColumnHasWidthZeroAndComesBackInItsPlace) {
   this->InsertColumns(50);
-  const ColumnOrder order = {14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
+  const ListOrder order = {14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
   this->Header().SetColumnOrder(order);
   this->Header().SetColumnWidth(Column::Pid, 0);
   EXPECT_EQ(this->Header().ColumnWidth(Column::Pid), 0);
@@ -37,7 +37,7 @@ TYPED_TEST_P(RowColumnContract, AHiddenColumnHasWidthZeroAndComesBackInItsPlace)
 
 TYPED_TEST_P(RowColumnContract, AColumnInsertedWithWidthZeroIsHidden) {
   for (const ColumnInfo& column : kColumns)
-    this->Header().InsertColumn(column, column.column == Column::Tid ? 0 : 30);
+    this->Header().InsertColumn(ListColumnOf(column), column.column == Column::Tid ? 0 : 30);
   EXPECT_EQ(this->Header().ColumnWidth(Column::Tid), 0);
   EXPECT_EQ(this->Header().ColumnWidth(Column::Trace), 30);
   this->Header().SetColumnWidth(Column::Tid, 61);
@@ -48,7 +48,7 @@ TYPED_TEST_P(RowColumnContract, AnOrderWithRepeatsLosesNoColumn) {
   this->InsertColumns(50);
   this->Header().SetColumnOrder({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 14});
   EXPECT_EQ(this->Header().GetColumnOrder(),
-            (ColumnOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 12}));
+            (ListOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 12}));
   EXPECT_EQ(this->m_owner.reordered, 0) << "only a drag tells";
 }
 

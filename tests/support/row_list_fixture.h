@@ -7,6 +7,7 @@
 #include <string>
 
 #include "support/recording_row_list_owner.h"
+#include "support/trace_columns.h"
 
 template <class Rig>
 class RowListFixture : public testing::Test {
@@ -29,9 +30,7 @@ class RowListFixture : public testing::Test {
     for (int row = 0; row < rows; ++row) states += std::to_string(List().GetItemState(row));
     return states;
   }
-  void InsertColumns(int widthPx) {
-    for (const ColumnInfo& column : kColumns) Header().InsertColumn(column, widthPx);
-  }
+  void InsertColumns(int widthPx) { InsertTraceColumns(Header(), widthPx); }
 
   RecordingRowListOwner m_owner;
   Rig m_rig;

@@ -13,23 +13,19 @@
 #include <string>
 #include <vector>
 
+#include "controls/list/list_columns.h"
 #include "docview/view.h"
-#include "listview/columns/columns.h"
-#include "tree/find/find_hits.h"
 
 enum RowState : unsigned { kRowFocused = 1, kRowSelected = 2 };
 
-// A pale colour behind a row that is not selected.
-enum class RowTint { None, Warn, Error };
-
 class RowListOwner {
  public:
-  // At most RowList::kCellBytes - 1 bytes are shown.
-  virtual std::string RowListText(int row, Column column) = 0;
+  // At most kCellBytes - 1 bytes are shown.
+  virtual std::string RowListText(int row, ListColumn column) = 0;
   virtual int RowListIcon(int row) = 0;  // -1: none
   virtual RowTint RowListTint(int row) = 0;
   // What a search has found in the cell's text.
-  virtual std::vector<HitRange> RowListHits(int row, Column column) = 0;
+  virtual std::vector<HitRange> RowListHits(int row, ListColumn column) = 0;
   // Shown while there are no rows: what is awaited, and below it in smaller letters why.
   virtual std::string RowListEmptyText() = 0;
   // A row's state changed. Comes before the call that changed it returns, for the row that loses
@@ -41,9 +37,9 @@ class RowListOwner {
   // focused one.
   virtual void OnRowListContextMenu(int screenXPx, int screenYPx) = 0;
   // The header. True refuses the width.
-  virtual bool OnColumnResizing(Column column, int widthPx) = 0;
-  virtual void OnColumnResized(Column column, int widthPx) = 0;  // end of the drag
-  virtual void OnColumnsReordered() = 0;                         // end of a header drag
+  virtual bool OnColumnResizing(ListColumn column, int widthPx) = 0;
+  virtual void OnColumnResized(ListColumn column, int widthPx) = 0;  // end of the drag
+  virtual void OnColumnsReordered() = 0;                             // end of a header drag
 
  protected:
   ~RowListOwner() = default;
@@ -52,18 +48,18 @@ class RowListOwner {
 // The list's header.
 class ListHeader {
  public:
-  // REQUIRES: columns are inserted in index order.
-  virtual void InsertColumn(const ColumnInfo& column, int widthPx) = 0;
-  virtual int ColumnWidth(Column column) const = 0;  // 0: hidden
+  // Behind those that there are.
+  virtual void InsertColumn(const ListColumnInfo& column, int widthPx) = 0;
+  virtual int ColumnWidth(ListColumn column) const = 0;  // 0: hidden
   // A hidden column cannot be dragged open; a width below 16 pixels holds when set by this call.
-  virtual void SetColumnWidth(Column column, int widthPx) = 0;
-  virtual ColumnOrder GetColumnOrder() const = 0;             // always a permutation
-  virtual void SetColumnOrder(const ColumnOrder& order) = 0;  // by PermutationOf
+  virtual void SetColumnWidth(ListColumn column, int widthPx) = 0;
+  virtual ListOrder GetColumnOrder() const = 0;             // always a permutation
+  virtual void SetColumnOrder(const ListOrder& order) = 0;  // by PermutationOf
   // The width of which the columns' widths in characters are counted: at least a digit's.
   virtual int AverageCharWidth() const = 0;
   virtual int StringWidth(const std::string& text) const = 0;
   // What the column needs so that its name and what is on view of it show whole; at least 16.
-  virtual int FitWidth(Column column) const = 0;
+  virtual int FitWidth(ListColumn column) const = 0;
 
  protected:
   ~ListHeader() = default;
@@ -71,8 +67,6 @@ class ListHeader {
 
 class RowList : public ViewControl {
  public:
-  static constexpr int kCellBytes = 260;  // with the terminator
-
   // Neither scrolls (but for a top that would leave the rows) nor tells; rows behind the new count
   // lose their state.
   virtual void SetItemCount(int rows) = 0;
@@ -95,7 +89,7 @@ class RowList : public ViewControl {
   virtual void EnsureVisible(int row) = 0;  // whole, scrolling as little as needed
   // Scrolls across, as little as needed, to the first hit that the owner tells of in the cell; to
   // the cell's end when it is cut off there.
-  virtual void ShowHit(int row, Column column) = 0;
+  virtual void ShowHit(int row, ListColumn column) = 0;
   // While redrawing is off nothing is painted; switching it on paints all.
   virtual void SetRedraw(bool on) = 0;
   // The owner would answer other looks and other texts for an empty list from now on.

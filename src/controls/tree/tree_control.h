@@ -16,9 +16,9 @@
 #include <string>
 #include <vector>
 
+#include "controls/text/cell_parts.h"
 #include "controls/tree/tree_item.h"
 #include "docview/view.h"
-#include "tree/find/find_hits.h"
 
 // The owner's word for an item; 0: none.
 using TreeItemData = std::uintptr_t;

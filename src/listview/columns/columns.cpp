@@ -42,7 +42,7 @@ ColumnOrder Widened(ColumnOrder order) {
     order[13] = 12;
     order[14] = 13;
   } else {
-    // Kept: the default order, whose entry 12 is 14, gets 14 twice here and loses 12. PermutationOf
+    // Kept: the default order, whose entry 12 is 14, gets 14 twice here and loses 12. The control
     // brings it back.
     order[13] = 13;
     order[14] = 14;
@@ -83,18 +83,4 @@ ColumnOrder ReadColumnOrder() {
 
 void StoreColumnOrder(const ColumnOrder& order) {
   NtRegPutBuf(HKEY_CURRENT_USER, kRegColumns, kOrderValue, order.data(), sizeof order);
-}
-
-ColumnOrder PermutationOf(const ColumnOrder& order) {
-  ColumnOrder permutation;
-  std::array<bool, kColumnCount> placed = {};
-  std::size_t count = 0;
-  const auto place = [&](std::int32_t index) {
-    if (index < 0 || index >= kColumnCount || placed[static_cast<std::size_t>(index)]) return;
-    placed[static_cast<std::size_t>(index)] = true;
-    permutation[count++] = index;
-  };
-  for (const std::int32_t index : order) place(index);
-  for (std::int32_t index = 0; index < kColumnCount; ++index) place(index);
-  return permutation;
 }

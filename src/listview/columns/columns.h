@@ -7,10 +7,9 @@
 #include <optional>
 #include <string_view>
 
+#include "controls/text/cell_parts.h"
 #include "listview/cells/cell_text.h"
 #include "settings/globals.h"
-
-enum class ColumnAlign { Left, Right, Centre };
 
 struct ColumnInfo {
   Column column;
@@ -36,6 +35,3 @@ void StoreColumnWidth(Column column, int widthPx);
 // the older programs, widens the stored order and writes the version, but not the order.
 ColumnOrder ReadColumnOrder();
 void StoreColumnOrder(const ColumnOrder& order);
-// What a control makes of an order array, so that no column is lost: the first of a repeated index
-// keeps its place, repeats and indexes out of range go, and missing ones come last, ascending.
-ColumnOrder PermutationOf(const ColumnOrder& order);

@@ -15,8 +15,8 @@ constexpr int kColumnMarginPx = 16;
 // A control keeps 16 bits of a width.
 constexpr int kWidthMask = 0xFFFF;
 
-std::int32_t FlagOf(Column column) {
-  return g_activeColumns[static_cast<std::size_t>(column)];
+std::int32_t FlagOf(ListColumn column) {
+  return g_activeColumns[static_cast<std::size_t>(column.Index())];
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ std::intptr_t CTraceView::OnMessage(unsigned message, std::uintptr_t wParam, std
       OnUpdate(nullptr, static_cast<unsigned>(wParam), reinterpret_cast<CObject*>(lParam));
       return 0;
     case WM_TRACE_SAVEORDER:
-      StoreColumnOrder(m_list->Header().GetColumnOrder());
+      StoreColumnOrder(ShownOrder());
       Invalidate();
       return 0;
     case WM_TRACE_SHOWROW:
@@ -110,12 +110,12 @@ void CTraceView::OnSynchronize() {
 
 // ---- what the list asks and tells
 
-std::string CTraceView::RowListText(int row, Column column) {
+std::string CTraceView::RowListText(int row, ListColumn column) {
   const TraceEvent_i* event = EventOfRow(row);
   if (!event) return {};
   const std::string text =
-      CellText(column, *event, EventOfRow(row - 1), m_document.m_names, g_useUtc);
-  return std::string(CutUtf8(text, RowList::kCellBytes - 1));
+      CellText(column.As<Column>(), *event, EventOfRow(row - 1), m_document.m_names, g_useUtc);
+  return std::string(CutUtf8(text, kCellBytes - 1));
 }
 
 int CTraceView::RowListIcon(int row) {
@@ -142,14 +142,14 @@ void CTraceView::OnRowListContextMenu(int screenXPx, int screenYPx) {
     frame->OnContextMenu(screenXPx, screenYPx);
 }
 
-bool CTraceView::OnColumnResizing(Column column, int widthPx) {
+bool CTraceView::OnColumnResizing(ListColumn column, int widthPx) {
   const bool hidden = FlagOf(column) != 1;
   return hidden ? widthPx != 0 : widthPx < kMinimumDragWidthPx;
 }
 
-void CTraceView::OnColumnResized(Column column, int widthPx) {
+void CTraceView::OnColumnResized(ListColumn column, int widthPx) {
   // Kept: m_columnWidths stays, so that a column hidden and shown again has its older width.
-  StoreColumnWidth(column, widthPx);
+  StoreColumnWidth(column.As<Column>(), widthPx);
   m_list->Header().SetColumnWidth(column, widthPx & kWidthMask);
 }
 
@@ -169,9 +169,17 @@ void CTraceView::CreateColumns() {
       widthPx = std::max(info.widthChars * charWidthPx + kColumnMarginPx,
                          header.StringWidth(info.header));
     m_columnWidths[static_cast<std::size_t>(info.column)] = widthPx;
-    header.InsertColumn(info, FlagOf(info.column) == 1 ? widthPx : 0);
+    header.InsertColumn({info.header, info.align, info.column == Column::Sev},
+                        FlagOf(info.column) == 1 ? widthPx : 0);
   }
-  header.SetColumnOrder(ReadColumnOrder());
+  const ColumnOrder order = ReadColumnOrder();
+  header.SetColumnOrder(ListOrder(order.begin(), order.end()));
+}
+
+ColumnOrder CTraceView::ShownOrder() const {
+  ColumnOrder order = {};
+  std::ranges::copy(m_list->Header().GetColumnOrder(), order.begin());
+  return order;
 }
 
 void CTraceView::ApplyActiveColumns() {

@@ -13,8 +13,10 @@
 #include "controls/list/row_list.h"
 #include "documents/trace_doc.h"
 #include "docview/view.h"
+#include "listview/columns/columns.h"
 #include "listview/rows/row_store.h"
 #include "tree/filter/trace_filter.h"
+#include "tree/find/find_hits.h"
 
 using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;
 
@@ -49,21 +51,22 @@ class CTraceView : public CView, public RowListOwner {
   // Sends hint 1006 for the event to the other views if the document synchronises.
   void Follow(TraceEvent_i* event);
 
-  std::string RowListText(int row, Column column) override;
+  std::string RowListText(int row, ListColumn column) override;
   int RowListIcon(int row) override;
   RowTint RowListTint(int row) override;
-  std::vector<HitRange> RowListHits(int row, Column column) override;
+  std::vector<HitRange> RowListHits(int row, ListColumn column) override;
   std::string RowListEmptyText() override;
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override;
   void OnRowClicked(int row) override;
   void OnRowDoubleClicked(int row) override;
   void OnRowListContextMenu(int screenXPx, int screenYPx) override;
-  bool OnColumnResizing(Column column, int widthPx) override;
-  void OnColumnResized(Column column, int widthPx) override;
+  bool OnColumnResizing(ListColumn column, int widthPx) override;
+  void OnColumnResized(ListColumn column, int widthPx) override;
   void OnColumnsReordered() override;
 
  private:
   void CreateColumns();
+  ColumnOrder ShownOrder() const;
   void ApplyActiveColumns();
   void OnFitColumns();
   bool RebuildRows();

@@ -48,9 +48,8 @@ void CTraceView::OnExport() {
                        AnyHidden());
   if (dialog.DoModal() != CDialog::kIdOk) return;
   RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);
-  RowLines lines(
-      ExportColumns(m_list->Header().GetColumnOrder(), g_activeColumns, dialog.m_hiddenColumns),
-      rows, m_document.m_names);
+  RowLines lines(ExportColumns(ShownOrder(), g_activeColumns, dialog.m_hiddenColumns), rows,
+                 m_document.m_names);
   // Kept: a write that fails, on a full disk for instance, ends the export without a word.
   RunExport(m_document, dialog.GetPathName(), lines);
 }

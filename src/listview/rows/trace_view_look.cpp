@@ -10,11 +10,11 @@ RowTint CTraceView::RowListTint(int row) {
   return icon == 1 ? RowTint::Warn : icon == 2 ? RowTint::Error : RowTint::None;
 }
 
-std::vector<HitRange> CTraceView::RowListHits(int row, Column column) {
+std::vector<HitRange> CTraceView::RowListHits(int row, ListColumn column) {
   const TraceEvent_i* event = EventOfRow(row);
   if (!m_hits || column != Column::Trace || !event) return {};
   std::string kept;
-  return m_hits->In(SearchedText(*event, kept), FindHits::kStepsToPaint, RowList::kCellBytes - 1);
+  return m_hits->In(SearchedText(*event, kept), FindHits::kStepsToPaint, kCellBytes - 1);
 }
 
 void CTraceView::ShowHits(bool on) {

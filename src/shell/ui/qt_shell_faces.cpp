@@ -5,12 +5,12 @@
 #include <QScreen>
 
 #include "config/ui/machine_face.h"
-#include "controls/list/ui/row_list_widget.h"
 #include "controls/tree/ui/tree_widget.h"
 #include "docview/ui/work_box_face.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/columns/ui/options_face.h"
 #include "listview/details/ui/trace_detail_face.h"
+#include "listview/rows/ui/trace_rows.h"
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
 #include "listview/source/ui/rich_edit_widget.h"
@@ -107,11 +107,11 @@ void QtShellFaces::LargestMainSize(int& widthPx, int& heightPx) {
 }
 
 std::unique_ptr<RowList> QtShellFaces::CreateRowList(RowListOwner& owner) {
-  return std::make_unique<QtRowList>(owner);
+  return MakeTraceRows(owner);
 }
 
 std::unique_ptr<TreeControl> QtShellFaces::CreateTree(TreeControlOwner& owner) {
-  return std::make_unique<QtTreeControl>(owner);
+  return std::make_unique<QtTreeControl>(owner, "Procedure tree");
 }
 
 std::unique_ptr<RichEdit> QtShellFaces::CreateRichEdit(RichEditOwner& owner) {

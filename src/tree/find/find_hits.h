@@ -15,12 +15,9 @@
 #include <string_view>
 #include <vector>
 
-class RegexPlan;
+#include "controls/text/cell_parts.h"
 
-struct HitRange {
-  std::size_t begin, end;
-  bool operator==(const HitRange&) const = default;
-};
+class RegexPlan;
 
 class FindHits {
  public:

@@ -20,12 +20,12 @@
 #include "documents/trace_doc.h"
 #include "docview/view.h"
 #include "tree/filter/trace_filter.h"
+#include "tree/find/find_hits.h"
 #include "tree/find/find_search.h"
 #include "tree/proc/item_fill.h"
 #include "tree/proc/proc_model.h"
 
 class CProcViewIterator;
-
 using TreeControlMaker = std::function<std::unique_ptr<TreeControl>(TreeControlOwner&)>;
 
 class CProcView : public CView, public TreeControlOwner, private ProcItems {

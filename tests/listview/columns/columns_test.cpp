@@ -137,31 +137,4 @@ TEST_F(ColumnStore, AnOrderOfAnotherSizeIsTheDefault) {
   EXPECT_EQ(ReadColumnOrder(), kDefaultColumnOrder);
 }
 
-TEST(Permutation, OfAPermutationIsItself) {
-  EXPECT_EQ(PermutationOf(kDefaultColumnOrder), kDefaultColumnOrder);
-}
-
-TEST(Permutation, OfTheFirstRunLosesNoColumn) {
-  EXPECT_EQ(PermutationOf(kFirstRun),
-            (ColumnOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 12}));
-}
-
-TEST(Permutation, DropsIndexesOutOfRange) {
-  EXPECT_EQ(PermutationOf({-1, 15, 1 << 30, 5, 4, 5, -2147483647, 99, 0, 0, 0, 0, 0, 0, 0}),
-            (ColumnOrder{5, 4, 0, 1, 2, 3, 6, 7, 8, 9, 10, 11, 12, 13, 14}));
-  EXPECT_EQ(PermutationOf(kNone), kAscending);
-}
-
-TEST(Permutation, OfAnythingIsAPermutation) {
-  std::mt19937 random(3);
-  for (int round = 0; round < 500; ++round) {
-    ColumnOrder order;
-    for (std::int32_t& entry : order) entry = static_cast<std::int32_t>(random() % 20) - 2;
-    ColumnOrder permutation = PermutationOf(order);
-    EXPECT_EQ(PermutationOf(permutation), permutation);
-    std::sort(permutation.begin(), permutation.end());
-    ASSERT_EQ(permutation, kAscending);
-  }
-}
-
 }  // namespace

@@ -35,11 +35,12 @@ TEST_F(Columns, WithAnEmptyStoreFiveColumnsShow) {
 TEST_F(Columns, AreInsertedInIndexOrderWithHeaderAndAlignment) {
   Open();
   std::string inserted;
-  for (const ColumnInfo& column : m_list->columns)
-    inserted += std::to_string(static_cast<int>(column.column)) + " " + column.header + " " +
-                "LRC"[static_cast<int>(column.align)] + "\n";
+  int index = 0;
+  for (const ListColumnInfo& column : m_list->columns)
+    inserted += std::to_string(index++) + " " + column.header + " " +
+                "LRC"[static_cast<int>(column.align)] + (column.showsIcon ? "i" : "") + "\n";
   EXPECT_EQ(inserted,
-            "0 Sev C\n1 Count R\n2 Tic Count R\n3 Tic Diff R\n4 Time L\n5 Machine L\n"
+            "0 Sev Ci\n1 Count R\n2 Tic Count R\n3 Tic Diff R\n4 Time L\n5 Machine L\n"
             "6 Application L\n7 Component L\n8 Category L\n9 Attributes L\n10 PID L\n"
             "11 TID L\n12 Trace L\n13 Source L\n14 Stack L\n");
 }
@@ -104,16 +105,16 @@ TEST_F(Columns, AFlagThatIsNotOneHides) {
 
 TEST_F(Columns, TheOrderOfTheFirstRunReachesTheControlAsItStandsAndLosesNoColumn) {
   Open();
-  EXPECT_EQ(m_list->given, (ColumnOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 14}));
+  EXPECT_EQ(m_list->given, (ListOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 14}));
   EXPECT_EQ(m_list->GetColumnOrder(),
-            (ColumnOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 12}));
+            (ListOrder{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 12}));
 }
 
 TEST_F(Columns, ASecondViewOfTheFirstRunHasTheDefaultOrder) {
   Open();
   const std::unique_ptr<CTraceView> second = MakeView();
   second->OnInitialUpdate();
-  EXPECT_EQ(second->List().Header().GetColumnOrder(), kDefaultColumnOrder);
+  EXPECT_EQ(second->List().Header().GetColumnOrder(), ListOrderOf(kDefaultColumnOrder));
 }
 
 TEST_F(Columns, AHiddenColumnCannotBeDraggedOpen) {
@@ -160,7 +161,7 @@ TEST_F(Columns, AChangedOrderIsStoredWhenThePostedMessageComes) {
   Open();
   const ColumnOrder dragged = {1, 0, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 12, 13};
   m_view->OnColumnsReordered();
-  m_list->SetColumnOrder(dragged);  // final only after the notification
+  m_list->SetColumnOrder(ListOrderOf(dragged));  // final only after the notification
   m_list->calls.clear();
   m_host.RunPosted();
   EXPECT_EQ(ReadColumnOrder(), dragged);
@@ -199,7 +200,7 @@ TEST_F(Columns, AShownColumnKeepsTheWidthOfADragWhenOptionsChange) {
 
 TEST_F(Columns, AHiddenColumnKeepsItsPlaceInTheOrder) {
   Open();
-  const ColumnOrder order = m_list->GetColumnOrder();
+  const ListOrder order = m_list->GetColumnOrder();
   g_activeColumns[static_cast<std::size_t>(Column::Sev)] = 0;
   Options();
   EXPECT_EQ(m_list->GetColumnOrder(), order);

@@ -70,7 +70,7 @@ TEST_F(TraceViewExportTest, HiddenColumnsStandInTheirPlacesOfTheScreenOrder) {
   Open();
   ColumnOrder order = kDefaultColumnOrder;
   std::swap(order[0], order[13]);  // "Sev" and "Trace"
-  m_list->SetColumnOrder(order);
+  m_list->SetColumnOrder(ListOrderOf(order));
   const std::string text = Export(false, true);
   EXPECT_EQ(text.substr(0, text.find('\n')),
             "\"Trace\",\"Count\",\"Tic Count\",\"Tic Diff\",\"Time\",\"Machine\",\"Application\","
@@ -84,7 +84,7 @@ TEST_F(TraceViewExportTest, ShownColumnsStandInTheScreenOrder) {
   Open();
   ColumnOrder order = kDefaultColumnOrder;
   std::reverse(order.begin(), order.end());
-  m_list->SetColumnOrder(order);
+  m_list->SetColumnOrder(ListOrderOf(order));
   EXPECT_EQ(Export(), "\"Trace\",\"Count\"\n\"a\",1\n");
 }
 

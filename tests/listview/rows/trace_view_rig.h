@@ -15,6 +15,10 @@
 #include "support/temp_dir.h"
 #include "support/view_probes.h"
 
+inline ListOrder ListOrderOf(const ColumnOrder& order) {
+  return ListOrder(order.begin(), order.end());
+}
+
 class TraceViewTest : public testing::Test {
  protected:
   TraceViewTest() {

@@ -1,7 +1,6 @@
 #include "controls/list/ui/cell_accessible.h"
 
 #include "controls/text/ui/row_text.h"
-#include "listview/rows/ui/severity_icons.h"
 
 CellAccessible::CellAccessible(QtRowList& list, QAccessibleInterface& table, int row, int place)
     : m_list(list), m_table(table), m_row(row), m_place(place) {}
@@ -16,17 +15,17 @@ bool CellAccessible::isValid() const {
          m_place < static_cast<int>(m_list.Columns().ShownColumns().size());
 }
 
-QString CellAccessible::NameOf(const QtRowList& list, int row, Column column) {
-  if (column == Column::Sev) {
+QString CellAccessible::NameOf(const QtRowList& list, int row, ListColumn column) {
+  if (list.Columns().ShowsIcon(column)) {
     const int icon = list.IconOf(row);
-    return icon == -1 ? QString() : QString::fromLatin1(SeverityIcons::kNames[icon]);
+    return icon == -1 ? QString() : list.Icons().NameOf(icon);
   }
   return list.CellText(row, column).replace(kLineEndMark, u' ');
 }
 
 QString CellAccessible::text(QAccessible::Text kind) const {
   if (!isValid()) return {};
-  const Column column = m_list.Columns().ShownColumns()[static_cast<std::size_t>(m_place)];
+  const ListColumn column = m_list.Columns().ShownColumns()[static_cast<std::size_t>(m_place)];
   if (kind == QAccessible::Name || kind == QAccessible::Value)
     return m_row == -1 ? m_list.Columns().HeaderText(column) : NameOf(m_list, m_row, column);
   if (kind == QAccessible::Description && m_row != -1)
@@ -36,7 +35,7 @@ QString CellAccessible::text(QAccessible::Text kind) const {
 
 QRect CellAccessible::rect() const {
   if (!isValid()) return {};
-  const Column column = m_list.Columns().ShownColumns()[static_cast<std::size_t>(m_place)];
+  const ListColumn column = m_list.Columns().ShownColumns()[static_cast<std::size_t>(m_place)];
   const QWidget* viewport = m_list.viewport();
   QRect cell = m_list.CellRect(m_row == -1 ? m_list.TopIndex() : m_row, column);
   if (m_row == -1) {

@@ -34,7 +34,7 @@ class CellAccessible final : public QAccessibleInterface, public QAccessibleTabl
   QAccessibleInterface* table() const override { return &m_table; }
 
   // What a cell says: its text, or the word for its icon.
-  static QString NameOf(const QtRowList& list, int row, Column column);
+  static QString NameOf(const QtRowList& list, int row, ListColumn column);
 
  private:
   QtRowList& m_list;

@@ -76,11 +76,11 @@ QAccessibleInterface* RowListAccessible::childAt(int x, int y) const {
   if (toEnd && toEnd->rect().contains(toEnd->mapFromGlobal(QPoint(x, y))))
     return QAccessible::queryAccessibleInterface(toEnd);
   const QPoint point = List().viewport()->mapFromGlobal(QPoint(x, y));
-  const std::optional<Column> column = List().ColumnAt(point.x());
+  const std::optional<ListColumn> column = List().ColumnAt(point.x());
   const bool inHeader = point.y() < 0 && point.y() >= -List().Columns().height();
   const int row = List().RowAt(point.y());
   if (!column || (row == -1 && !inHeader)) return nullptr;
-  const std::vector<Column> shown = List().Columns().ShownColumns();
+  const std::vector<ListColumn> shown = List().Columns().ShownColumns();
   const auto place = std::find(shown.begin(), shown.end(), *column);
   return Get({inHeader ? -1 : row, static_cast<int>(place - shown.begin())});
 }
@@ -106,7 +106,7 @@ int RowListAccessible::columnCount() const {
 QString RowListAccessible::rowDescription(int row) const {
   if (row < 0 || row >= rowCount()) return {};
   QStringList parts;
-  for (const Column column : List().Columns().ShownColumns())
+  for (const ListColumn column : List().Columns().ShownColumns())
     if (const QString name = CellAccessible::NameOf(List(), row, column); !name.isEmpty())
       parts.append(List().Columns().HeaderText(column) + ": " + name);
   return parts.join(", ");

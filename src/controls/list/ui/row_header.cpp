@@ -23,7 +23,7 @@ Qt::Alignment AlignmentOf(ColumnAlign align) {
 
 }  // namespace
 
-RowHeader::RowHeader(QWidget* parent, RowListOwner& owner, std::function<int(Column)> fitWidth)
+RowHeader::RowHeader(QWidget* parent, RowListOwner& owner, std::function<int(ListColumn)> fitWidth)
     : QHeaderView(Qt::Horizontal, parent), m_owner(owner), m_fitWidth(std::move(fitWidth)) {
   setModel(&m_model);
   setObjectName("header");
@@ -38,47 +38,41 @@ RowHeader::RowHeader(QWidget* parent, RowListOwner& owner, std::function<int(Col
   connect(this, &QHeaderView::sectionResized, this, &RowHeader::OnSectionResized);
   connect(this, &QHeaderView::sectionMoved, this, [this] { m_moved = m_dragging; });
   connect(this, &QHeaderView::sectionHandleDoubleClicked, this,
-          [this](int section) { FitColumn(static_cast<Column>(section)); });
+          [this](int section) { FitColumn(section); });
 }
 
-bool RowHeader::Exists(Column column) const {
-  return static_cast<int>(column) >= 0 && static_cast<int>(column) < count();
-}
-
-void RowHeader::InsertColumn(const ColumnInfo& column, int widthPx) {
-  if (static_cast<int>(column.column) != count() || count() == kColumnCount) return;
-  m_columns[Index(column.column)] = column;
-  auto* item = new QStandardItem(QString::fromUtf8(column.header));
+void RowHeader::InsertColumn(const ListColumnInfo& column, int widthPx) {
+  m_columns.push_back(column);
+  auto* item = new QStandardItem(QString::fromStdString(column.header));
   item->setTextAlignment(AlignmentOf(column.align));
   const int section = count();
   m_model.setColumnCount(section + 1);
   m_model.setHorizontalHeaderItem(section, item);
-  SetColumnWidth(column.column, widthPx);
+  SetColumnWidth(section, widthPx);
 }
 
-int RowHeader::ColumnWidth(Column column) const {
-  return Exists(column) ? sectionSize(static_cast<int>(column)) : 0;
+int RowHeader::ColumnWidth(ListColumn column) const {
+  return Exists(column) ? sectionSize(column.Index()) : 0;
 }
 
-void RowHeader::SetColumnWidth(Column column, int widthPx) {
+void RowHeader::SetColumnWidth(ListColumn column, int widthPx) {
   if (!Exists(column) || widthPx < 0) return;
-  const int section = static_cast<int>(column);
+  const int section = column.Index();
   const QScopedValueRollback setting(m_setting, true);
   setSectionHidden(section, widthPx == 0);
   if (widthPx > 0) resizeSection(section, widthPx);
 }
 
-ColumnOrder RowHeader::GetColumnOrder() const {
-  ColumnOrder order = {};
-  for (int place = 0; place < kColumnCount; ++place)
-    order[static_cast<std::size_t>(place)] = place < count() ? logicalIndex(place) : place;
+ListOrder RowHeader::GetColumnOrder() const {
+  ListOrder order;
+  for (int place = 0; place < count(); ++place) order.push_back(logicalIndex(place));
   return order;
 }
 
-void RowHeader::SetColumnOrder(const ColumnOrder& order) {
+void RowHeader::SetColumnOrder(const ListOrder& order) {
   int place = 0;
-  for (const std::int32_t section : PermutationOf(order))
-    if (section < count()) moveSection(visualIndex(section), place++);
+  for (const std::int32_t section : PermutationOf(order, count()))
+    moveSection(visualIndex(section), place++);
 }
 
 // The columns that have no words hold numbers and times, and a font's digits may be wider than its
@@ -92,43 +86,42 @@ int RowHeader::StringWidth(const std::string& text) const {
   return fontMetrics().horizontalAdvance(QString::fromStdString(text)) + 2 * kCellMarginPx;
 }
 
-int RowHeader::FitWidth(Column column) const {
+int RowHeader::FitWidth(ListColumn column) const {
   return Exists(column) ? std::max(m_fitWidth(column), kNarrowestFitPx) : 0;
 }
 
-std::optional<Column> RowHeader::Stretched() const {
+std::optional<ListColumn> RowHeader::Stretched() const {
   for (int place = count() - 1; place >= 0; --place) {
     const int section = logicalIndex(place);
     if (isSectionHidden(section)) continue;
-    const auto column = static_cast<Column>(section);
-    if (AlignOf(column) == ColumnAlign::Left) return column;
+    if (AlignOf(section) == ColumnAlign::Left) return section;
     break;
   }
   return std::nullopt;
 }
 
-int RowHeader::CellWidth(Column column) const {
+int RowHeader::CellWidth(ListColumn column) const {
   const int widthPx = ColumnWidth(column);
   return column == Stretched() ? std::max(widthPx, viewport()->width() - ColumnLeft(column))
                                : widthPx;
 }
 
-std::optional<Column> RowHeader::ColumnAt(int xPx) const {
+std::optional<ListColumn> RowHeader::ColumnAt(int xPx) const {
   const int section = logicalIndexAt(xPx);
-  if (section >= 0) return static_cast<Column>(section);
+  if (section >= 0) return section;
   return xPx >= 0 ? Stretched() : std::nullopt;
 }
 
-std::vector<Column> RowHeader::ShownColumns() const {
-  std::vector<Column> columns;
+std::vector<ListColumn> RowHeader::ShownColumns() const {
+  std::vector<ListColumn> columns;
   for (int place = 0; place < count(); ++place)
     if (const int section = logicalIndex(place); !isSectionHidden(section))
-      columns.push_back(static_cast<Column>(section));
+      columns.emplace_back(section);
   return columns;
 }
 
-QString RowHeader::HeaderText(Column column) const {
-  return QString::fromUtf8(m_columns[Index(column)].header);
+QString RowHeader::HeaderText(ListColumn column) const {
+  return QString::fromStdString(InfoOf(column).header);
 }
 
 void RowHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int section) const {
@@ -140,15 +133,14 @@ void RowHeader::paintSection(QPainter* painter, const QRect& rect, int section) 
   painter->save();  // the style leaves its clip behind
   QHeaderView::paintSection(painter, rect, section);
   painter->restore();
-  const Column column = static_cast<Column>(section);
   const QRect room = rect.adjusted(kCellMarginPx, 0, -kCellMarginPx, 0);
-  QString text = HeaderText(column);
+  QString text = HeaderText(section);
   // Asked first in whole pixels, as widths are: cutting counts parts of them, and would cut the
   // name in a column of just its width.
   if (fontMetrics().horizontalAdvance(text) > room.width())
     text = fontMetrics().elidedText(text, Qt::ElideRight, room.width());
   painter->setPen(palette().color(QPalette::ButtonText));
-  painter->drawText(room, AlignmentOf(AlignOf(column)) | Qt::TextSingleLine, text);
+  painter->drawText(room, AlignmentOf(AlignOf(section)) | Qt::TextSingleLine, text);
 }
 
 void RowHeader::mousePressEvent(QMouseEvent* event) {
@@ -163,22 +155,22 @@ void RowHeader::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
   m_dragging = false;
   if (const int section = std::exchange(m_resizedSection, -1); section != -1)
-    m_owner.OnColumnResized(static_cast<Column>(section), sectionSize(section));
+    m_owner.OnColumnResized(section, sectionSize(section));
   if (std::exchange(m_moved, false)) m_owner.OnColumnsReordered();
 }
 
 void RowHeader::OnSectionResized(int section, int oldWidth, int newWidth) {
   if (!m_dragging || m_setting) return;
-  if (m_owner.OnColumnResizing(static_cast<Column>(section), newWidth))
+  if (m_owner.OnColumnResizing(section, newWidth))
     Resize(section, oldWidth);
   else
     m_resizedSection = section;
 }
 
-void RowHeader::FitColumn(Column column) {
+void RowHeader::FitColumn(ListColumn column) {
   const int width = FitWidth(column);
   if (m_owner.OnColumnResizing(column, width)) return;
-  Resize(static_cast<int>(column), width);
+  Resize(column.Index(), width);
   m_owner.OnColumnResized(column, width);
 }
 

@@ -1,4 +1,4 @@
-// The header of the row list: fifteen sections, hidden where a column's width is 0.
+// The header of the row list: a section for each column, hidden where a column's width is 0.
 //
 // A drag is put to the owner step by step and refused steps do not move; what code sets is not.
 //
@@ -7,7 +7,6 @@
 
 #include <QHeaderView>
 #include <QStandardItemModel>
-#include <array>
 #include <functional>
 #include <optional>
 
@@ -19,29 +18,30 @@ class RowHeader final : public QHeaderView, public ListHeader {
   static constexpr int kNarrowestFitPx = 16;  // what a fitted column is at least
 
   // `fitWidth(column)` is what the column needs to show what is on view.
-  RowHeader(QWidget* parent, RowListOwner& owner, std::function<int(Column)> fitWidth);
+  RowHeader(QWidget* parent, RowListOwner& owner, std::function<int(ListColumn)> fitWidth);
 
-  void InsertColumn(const ColumnInfo& column, int widthPx) override;
-  int ColumnWidth(Column column) const override;
-  void SetColumnWidth(Column column, int widthPx) override;
-  ColumnOrder GetColumnOrder() const override;
-  void SetColumnOrder(const ColumnOrder& order) override;
+  void InsertColumn(const ListColumnInfo& column, int widthPx) override;
+  int ColumnWidth(ListColumn column) const override;
+  void SetColumnWidth(ListColumn column, int widthPx) override;
+  ListOrder GetColumnOrder() const override;
+  void SetColumnOrder(const ListOrder& order) override;
   int AverageCharWidth() const override;
   // With the margins of a cell, so that a column of this width does not cut the text.
   int StringWidth(const std::string& text) const override;
-  int FitWidth(Column column) const override;
+  int FitWidth(ListColumn column) const override;
 
   // The shown columns from left to right.
-  std::vector<Column> ShownColumns() const;
-  ColumnAlign AlignOf(Column column) const { return m_columns[Index(column)].align; }
-  QString HeaderText(Column column) const;
+  std::vector<ListColumn> ShownColumns() const;
+  ColumnAlign AlignOf(ListColumn column) const { return InfoOf(column).align; }
+  bool ShowsIcon(ListColumn column) const { return InfoOf(column).showsIcon; }
+  QString HeaderText(ListColumn column) const;
   // Left edge in the viewport.
-  int ColumnLeft(Column column) const { return sectionViewportPosition(static_cast<int>(column)); }
+  int ColumnLeft(ListColumn column) const { return sectionViewportPosition(column.Index()); }
   // Of the cells below. The last shown column, if its text begins at the left, has the free room
   // beside it too; its own width stays.
-  int CellWidth(Column column) const;
+  int CellWidth(ListColumn column) const;
   // The column whose cells lie at the place in the viewport.
-  std::optional<Column> ColumnAt(int xPx) const;
+  std::optional<ListColumn> ColumnAt(int xPx) const;
 
  protected:
   // With the margins of the cells below.
@@ -51,19 +51,22 @@ class RowHeader final : public QHeaderView, public ListHeader {
   void mouseReleaseEvent(QMouseEvent* event) override;
 
  private:
-  static std::size_t Index(Column column) { return static_cast<std::size_t>(column); }
-  bool Exists(Column column) const;
+  // REQUIRES: Exists.
+  const ListColumnInfo& InfoOf(ListColumn column) const {
+    return m_columns[static_cast<std::size_t>(column.Index())];
+  }
+  bool Exists(ListColumn column) const { return column.Index() >= 0 && column.Index() < count(); }
   // The last shown column, if it takes the free room.
-  std::optional<Column> Stretched() const;
+  std::optional<ListColumn> Stretched() const;
   void OnSectionResized(int section, int oldWidth, int newWidth);
-  void FitColumn(Column column);
+  void FitColumn(ListColumn column);
   // Resizes without asking the owner.
   void Resize(int section, int widthPx);
 
   RowListOwner& m_owner;
-  const std::function<int(Column)> m_fitWidth;
+  const std::function<int(ListColumn)> m_fitWidth;
   QStandardItemModel m_model;
-  std::array<ColumnInfo, kColumnCount> m_columns = {};
+  std::vector<ListColumnInfo> m_columns;
   bool m_dragging = false;    // the left button is down
   bool m_setting = false;     // by code, not by the user
   int m_resizedSection = -1;  // by the drag under way

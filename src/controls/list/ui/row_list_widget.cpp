@@ -5,6 +5,7 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <algorithm>
+#include <utility>
 
 #include "controls/list/ui/row_accessible.h"
 #include "controls/list/ui/row_tool_tip.h"
@@ -15,22 +16,24 @@ namespace {
 constexpr QPoint kToEndMargin(12, 10);
 }  // namespace
 
-QtRowList::QtRowList(RowListOwner& owner, QWidget* parent)
+QtRowList::QtRowList(RowListOwner& owner, std::unique_ptr<RowIcons> icons, const QString& name,
+                     QWidget* parent)
     : QAbstractScrollArea(parent),
       m_owner(owner),
+      m_icons(std::move(icons)),
       m_states(
           [this](int row, unsigned oldState, unsigned newState) {
             m_owner.OnRowStateChanged(row, oldState, newState);
             TellAccessible(*this, row, oldState, newState);
           },
           [this](int first, int last) { RepaintRows(first, last); }),
-      m_header(this, owner, [this](Column column) { return FitWidth(column); }),
+      m_header(this, owner, [this](ListColumn column) { return FitWidth(column); }),
       m_painter(*this),
       m_input(*this),
       m_toEnd(this) {
   InstallRowListAccessible();
   setObjectName("rows");
-  setAccessibleName("Traces");
+  setAccessibleName(name);
   setFocusPolicy(Qt::StrongFocus);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   // Halves the cost of a text; scripts that need shaping are shaped all the same.
@@ -105,7 +108,7 @@ void QtRowList::EnsureVisible(int row) {
     ScrollTo(row - m_pageRows + 1);
 }
 
-void QtRowList::ShowHit(int row, Column column) {
+void QtRowList::ShowHit(int row, ListColumn column) {
   if (!m_states.Exists(row)) return;
   const QRect hit = m_painter.HitRect(row, column);
   horizontalScrollBar()->setValue(horizontalScrollBar()->value() +
@@ -138,13 +141,13 @@ void QtRowList::ScrollTo(int topRow) {
   verticalScrollBar()->setValue(topRow);
 }
 
-QString QtRowList::CellText(int row, Column column) const {
+QString QtRowList::CellText(int row, ListColumn column) const {
   return CellLine(m_owner.RowListText(row, column));
 }
 
 int QtRowList::IconOf(int row) const {
   const int icon = m_owner.RowListIcon(row);
-  return icon >= 0 && icon < SeverityIcons::kCount ? icon : -1;
+  return icon >= 0 && icon < m_icons->Count() ? icon : -1;
 }
 
 int QtRowList::RowAt(int yPx) const {
@@ -153,7 +156,7 @@ int QtRowList::RowAt(int yPx) const {
   return m_states.Exists(row) ? row : -1;
 }
 
-std::optional<Column> QtRowList::ColumnAt(int xPx) const {
+std::optional<ListColumn> QtRowList::ColumnAt(int xPx) const {
   return m_header.ColumnAt(xPx);
 }
 
@@ -161,7 +164,7 @@ QRect QtRowList::RowRect(int row) const {
   return QRect(0, (row - TopIndex()) * m_rowHeight, viewport()->width(), m_rowHeight);
 }
 
-QRect QtRowList::CellRect(int row, Column column) const {
+QRect QtRowList::CellRect(int row, ListColumn column) const {
   const QRect bounds = RowRect(row);
   return QRect(m_header.ColumnLeft(column), bounds.top(), m_header.CellWidth(column),
                bounds.height());
@@ -228,7 +231,7 @@ void QtRowList::focusOutEvent(QFocusEvent* event) {
   viewport()->update();
 }
 
-int QtRowList::FitWidth(Column column) const {
+int QtRowList::FitWidth(ListColumn column) const {
   int width = m_header.StringWidth(m_header.HeaderText(column).toStdString());
   const int last = std::min(TopIndex() + CountPerPage(), ItemCount() - 1);
   for (int row = TopIndex(); row <= last; ++row)

@@ -7,10 +7,12 @@
 #pragma once
 
 #include <QAbstractScrollArea>
+#include <memory>
 #include <optional>
 
 #include "controls/list/row_list.h"
 #include "controls/list/ui/row_header.h"
+#include "controls/list/ui/row_icons.h"
 #include "controls/list/ui/row_input.h"
 #include "controls/list/ui/row_painter.h"
 #include "controls/list/ui/row_states.h"
@@ -21,7 +23,9 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   Q_OBJECT
 
  public:
-  explicit QtRowList(RowListOwner& owner, QWidget* parent = nullptr);
+  // `name` is what it is called to assistive technology.
+  QtRowList(RowListOwner& owner, std::unique_ptr<RowIcons> icons, const QString& name,
+            QWidget* parent = nullptr);
   ~QtRowList() override;
 
   QWidget* Widget() override { return this; }
@@ -37,7 +41,7 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   int TopIndex() const override;
   int CountPerPage() const override { return m_pageRows; }
   void EnsureVisible(int row) override;
-  void ShowHit(int row, Column column) override;
+  void ShowHit(int row, ListColumn column) override;
   void SetRedraw(bool on) override;
   void Repaint() override { viewport()->update(); }
   void ShowEndMark(bool on) override;
@@ -48,19 +52,20 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   RowStates& States() { return m_states; }
   const RowStates& States() const { return m_states; }
   const RowHeader& Columns() const { return m_header; }
+  RowIcons& Icons() const { return *m_icons; }
   int RowHeight() const { return m_rowHeight; }
   void ScrollTo(int topRow);
   bool IsAtEnd() const { return TopIndex() + m_pageRows >= ItemCount(); }
   bool ShowsEndMark() const { return m_endMark; }
   // The way back to the end; null while the list stands there.
   QWidget* ToEnd() { return m_toEnd.isVisibleTo(this) ? &m_toEnd : nullptr; }
-  QString CellText(int row, Column column) const;  // in one line
-  int IconOf(int row) const;                       // -1: none
+  QString CellText(int row, ListColumn column) const;  // in one line
+  int IconOf(int row) const;                           // -1: none
   // In the viewport; a point beside the rows gives -1, one beside the columns none.
   int RowAt(int yPx) const;
-  std::optional<Column> ColumnAt(int xPx) const;
+  std::optional<ListColumn> ColumnAt(int xPx) const;
   QRect RowRect(int row) const;
-  QRect CellRect(int row, Column column) const;
+  QRect CellRect(int row, ListColumn column) const;
 
  protected:
   bool viewportEvent(QEvent* event) override;
@@ -78,13 +83,14 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   void focusOutEvent(QFocusEvent* event) override;
 
  private:
-  int FitWidth(Column column) const;
+  int FitWidth(ListColumn column) const;
   void LayOut();
   void UpdateToEnd();
   void UpdateScrollBars();
   void RepaintRows(int first, int last);
 
   RowListOwner& m_owner;
+  const std::unique_ptr<RowIcons> m_icons;
   RowStates m_states;
   RowHeader m_header;
   RowPainter m_painter;

@@ -27,7 +27,7 @@ QRect TextRoom(const QRect& cell) {
 }  // namespace
 
 int RowPainter::RowHeight(const QFontMetrics& metrics) {
-  return std::max(metrics.height() + 2 * kRowPaddingPx, SeverityIcons::kSizePx + 4);
+  return std::max(metrics.height() + 2 * kRowPaddingPx, RowIcons::kSizePx + 4);
 }
 
 RowLook RowPainter::LookOfRow(int row) const {
@@ -40,10 +40,10 @@ RowLook RowPainter::LookOfRow(int row) const {
   return LookOf(m_list.palette(), kind);
 }
 
-void RowPainter::Paint(QPainter& painter, const QRect& clip) {
+void RowPainter::Paint(QPainter& painter, const QRect& clip) const {
   Canvas canvas{painter, QFontMetrics(m_list.font()), {}};
   const RowHeader& header = m_list.Columns();
-  for (const Column column : header.ShownColumns()) {
+  for (const ListColumn column : header.ShownColumns()) {
     const Place place{column, header.AlignOf(column), header.ColumnLeft(column),
                       header.CellWidth(column)};
     if (place.left <= clip.right() && place.left + place.width > clip.left())
@@ -104,13 +104,13 @@ void RowPainter::PaintEndMark(QPainter& painter) const {
   painter.fillRect(mark, Mixed(look.background, look.accent, kEndMarkShare));
 }
 
-void RowPainter::PaintRow(Canvas& canvas, int row) {
+void RowPainter::PaintRow(Canvas& canvas, int row) const {
   const RowLook look = LookOfRow(row);
   const QRect bounds = m_list.RowRect(row);
   canvas.painter.fillRect(bounds, look.background);
   for (const Place& place : canvas.places) {
     const QRect cell(place.left, bounds.top(), place.width, bounds.height());
-    if (place.column == Column::Sev)
+    if (m_list.Columns().ShowsIcon(place.column))
       PaintIcon(canvas, cell, m_list.IconOf(row));
     else
       PaintCell(canvas, look, cell, place, row);
@@ -129,7 +129,7 @@ void RowPainter::PaintCell(Canvas& canvas, const RowLook& look, const QRect& cel
                LinePartsOf(bytes, m_list.Owner().RowListHits(row, place.column)));
 }
 
-QRect RowPainter::HitRect(int row, Column column) const {
+QRect RowPainter::HitRect(int row, ListColumn column) const {
   const std::string bytes = m_list.Owner().RowListText(row, column);
   const auto hits = LinePartsOf(bytes, m_list.Owner().RowListHits(row, column));
   if (hits.empty()) return {};
@@ -140,12 +140,12 @@ QRect RowPainter::HitRect(int row, Column column) const {
       .RectOf(hits.front());
 }
 
-void RowPainter::PaintIcon(Canvas& canvas, const QRect& cell, int icon) {
-  QRect square(0, 0, SeverityIcons::kSizePx, SeverityIcons::kSizePx);
+void RowPainter::PaintIcon(Canvas& canvas, const QRect& cell, int icon) const {
+  QRect square(0, 0, RowIcons::kSizePx, RowIcons::kSizePx);
   if (icon < 0 || cell.width() < square.width()) return;
   square.moveCenter(cell.center());
   canvas.painter.drawPixmap(square.topLeft(),
-                            m_icons.Get(icon, m_list.viewport()->devicePixelRatioF()));
+                            m_list.Icons().Get(icon, m_list.viewport()->devicePixelRatioF()));
 }
 
 // A mark at its beginning and a frame; on a selected row the frame is thin.
@@ -162,8 +162,8 @@ void RowPainter::PaintFocus(QPainter& painter, const RowLook& look, const QRect&
   painter.fillRect(QRect(frame.left(), frame.top(), kFocusMarkPx, frame.height()), color);
 }
 
-int RowPainter::CellWidth(int row, Column column) const {
-  if (column == Column::Sev) return SeverityIcons::kSizePx + 8;
+int RowPainter::CellWidth(int row, ListColumn column) const {
+  if (m_list.Columns().ShowsIcon(column)) return RowIcons::kSizePx + 8;
   return LineWidth(QFontMetrics(m_list.font()), m_list.CellText(row, column)) +
          2 * RowHeader::kCellMarginPx;
 }

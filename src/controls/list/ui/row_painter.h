@@ -10,7 +10,6 @@
 
 #include "controls/list/row_list.h"
 #include "controls/text/ui/row_look.h"
-#include "listview/rows/ui/severity_icons.h"
 
 class QPainter;
 class QtRowList;
@@ -20,16 +19,16 @@ class RowPainter {
   explicit RowPainter(QtRowList& list) : m_list(list) {}
 
   static int RowHeight(const QFontMetrics& metrics);
-  void Paint(QPainter& painter, const QRect& clip);
+  void Paint(QPainter& painter, const QRect& clip) const;
   // What the cell needs to show whole, with its margins.
-  int CellWidth(int row, Column column) const;
+  int CellWidth(int row, ListColumn column) const;
   // Where the cell's first hit is seen, in the viewport; empty without one.
-  QRect HitRect(int row, Column column) const;
+  QRect HitRect(int row, ListColumn column) const;
 
  private:
   // What all rows of one paint have in common.
   struct Place {
-    Column column;
+    ListColumn column;
     ColumnAlign align;
     int left, width;
   };
@@ -39,15 +38,14 @@ class RowPainter {
     std::vector<Place> places;  // those that the clip touches
   };
   RowLook LookOfRow(int row) const;
-  void PaintRow(Canvas& canvas, int row);
+  void PaintRow(Canvas& canvas, int row) const;
   void PaintBelow(Canvas& canvas, const QRect& below) const;
   bool PaintEmpty(QPainter& painter) const;
   void PaintEndMark(QPainter& painter) const;
-  void PaintIcon(Canvas& canvas, const QRect& cell, int icon);
+  void PaintIcon(Canvas& canvas, const QRect& cell, int icon) const;
   void PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell, const Place& place,
                  int row) const;
   void PaintFocus(QPainter& painter, const RowLook& look, const QRect& row, bool selected) const;
 
   QtRowList& m_list;
-  SeverityIcons m_icons;
 };

@@ -9,8 +9,8 @@
 
 void ShowRowToolTip(QtRowList& list, const RowPainter& painter, const QHelpEvent& event) {
   const int row = list.RowAt(event.pos().y());
-  const std::optional<Column> column = list.ColumnAt(event.pos().x());
-  if (row == -1 || !column || *column == Column::Sev) {
+  const std::optional<ListColumn> column = list.ColumnAt(event.pos().x());
+  if (row == -1 || !column || list.Columns().ShowsIcon(*column)) {
     QToolTip::hideText();
     return;
   }

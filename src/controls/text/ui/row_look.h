@@ -6,7 +6,7 @@
 #include <QColor>
 #include <QPalette>
 
-#include "controls/list/row_list.h"
+#include "controls/text/cell_parts.h"
 
 struct RowKind {
   bool selected = false;

@@ -5,15 +5,15 @@
 #include <string_view>
 #include <vector>
 
-#include "controls/list/row_list.h"
+#include "controls/text/cell_parts.h"
 
 // Stands for a line end; painted softer than the text.
 inline constexpr QChar kLineEndMark = QChar(0x23CE);
 
 // At most so many bytes, cut where a character ends; U+FFFD for what is no UTF-8.
-QString CellString(std::string_view bytes, std::size_t most = RowList::kCellBytes - 1);
+QString CellString(std::string_view bytes, std::size_t most = kCellBytes - 1);
 // The same in one line: a mark for each line end, a blank for other control characters.
-QString CellLine(std::string_view bytes, std::size_t most = RowList::kCellBytes - 1);
+QString CellLine(std::string_view bytes, std::size_t most = kCellBytes - 1);
 
 // Characters of a line.
 struct LinePart {
@@ -24,4 +24,4 @@ struct LinePart {
 
 // Where those bytes stand in CellLine of them. A character that is hit in its middle counts whole.
 std::vector<LinePart> LinePartsOf(std::string_view bytes, const std::vector<HitRange>& hits,
-                                  std::size_t most = RowList::kCellBytes - 1);
+                                  std::size_t most = kCellBytes - 1);

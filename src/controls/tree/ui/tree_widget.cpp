@@ -11,11 +11,11 @@
 #include "controls/text/ui/line_painter.h"
 #include "controls/tree/ui/tree_accessible.h"
 
-QtTreeControl::QtTreeControl(TreeControlOwner& owner, QWidget* parent)
+QtTreeControl::QtTreeControl(TreeControlOwner& owner, const QString& name, QWidget* parent)
     : QAbstractScrollArea(parent), m_owner(owner), m_painter(*this), m_input(*this) {
   InstallTreeAccessible();
   setObjectName("tree");
-  setAccessibleName("Procedure tree");
+  setAccessibleName(name);
   setFocusPolicy(Qt::StrongFocus);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   m_rowHeight = TreePainter::RowHeight(fontMetrics());

@@ -18,7 +18,8 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   Q_OBJECT
 
  public:
-  explicit QtTreeControl(TreeControlOwner& owner, QWidget* parent = nullptr);
+  // `name` is what it is called to assistive technology.
+  QtTreeControl(TreeControlOwner& owner, const QString& name, QWidget* parent = nullptr);
   ~QtTreeControl() override;
 
   QWidget* Widget() override { return this; }

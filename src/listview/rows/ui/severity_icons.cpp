@@ -93,3 +93,8 @@ const QPixmap& SeverityIcons::Get(int icon, qreal devicePixelRatio) {
   }
   return pixmap;
 }
+
+QString SeverityIcons::NameOf(int icon) const {
+  static constexpr const char* kNames[kCount] = {"Info", "Warn", "Error"};
+  return QString::fromLatin1(kNames[icon]);
+}

@@ -5,24 +5,23 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <QPixmap>
 #include <array>
+
+#include "controls/list/ui/row_icons.h"
 
 class QPainter;
 
 void PaintSeverityIcon(QPainter& painter, const QRectF& square, int icon);
 
 // Icons rendered once for a scale.
-class SeverityIcons {
+class SeverityIcons final : public RowIcons {
  public:
-  static constexpr int kCount = 3;
-  static constexpr int kSizePx = 16;
-  static constexpr const char* kNames[kCount] = {"Info", "Warn", "Error"};
-
-  // `icon` is 0..2; the pixmap is kSizePx square in device-independent pixels.
-  const QPixmap& Get(int icon, qreal devicePixelRatio);
+  int Count() const override { return kCount; }
+  const QPixmap& Get(int icon, qreal devicePixelRatio) override;
+  QString NameOf(int icon) const override;
 
  private:
+  static constexpr int kCount = 3;
   std::array<QPixmap, kCount> m_pixmaps;
   qreal m_ratio = 0;
 };

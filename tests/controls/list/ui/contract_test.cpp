@@ -1,11 +1,13 @@
 #include "controls/list/ui/row_list_widget.h"
+#include "listview/rows/ui/severity_icons.h"
 #include "support/qt_test_main.h"
 #include "support/row_list_contract.h"
 
 namespace {
 
 struct QtRowListRig {
-  explicit QtRowListRig(RowListOwner& owner) : list(owner) {
+  explicit QtRowListRig(RowListOwner& owner)
+      : list(owner, std::make_unique<SeverityIcons>(), "Traces") {
     list.resize(400, 200);
     list.show();
   }

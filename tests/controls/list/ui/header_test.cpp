@@ -31,7 +31,7 @@ void Drag(ShownList& s, QPoint from, const std::vector<int>& steps) {
   Mouse(s, QEvent::MouseButtonRelease, at);
 }
 
-using Resized = std::vector<std::pair<Column, int>>;
+using Resized = std::vector<std::pair<ListColumn, int>>;
 
 }  // namespace
 
@@ -79,10 +79,10 @@ TEST(RowHeaderDrag, AColumnDroppedElsewhereIsToldOnceAndKeepsItsIndex) {
   const QPoint inCount(header.ColumnLeft(Column::Count) + 30, header.height() / 2);
   Drag(s, inCount, {30, 100, 160});
   EXPECT_EQ(s.owner.reordered, 1);
-  const ColumnOrder order = s.list.Header().GetColumnOrder();
+  const ListOrder order = s.list.Header().GetColumnOrder();
   EXPECT_EQ(order[0], 0);
   EXPECT_NE(order[1], 1);
-  EXPECT_EQ(PermutationOf(order), order);
+  EXPECT_EQ(PermutationOf(order, kColumnCount), order);
   EXPECT_EQ(s.owner.resized, Resized{});
 }
 
@@ -180,7 +180,7 @@ TEST(RowHeader, TheLastShownColumnDrawsIntoTheFreeRoomAndItsWidthStays) {
 
 TEST(RowHeader, ALastColumnOfNumbersStaysAtItsOwnWidth) {
   ShownList s(3);
-  ColumnOrder order = s.list.Header().GetColumnOrder();
+  ListOrder order = s.list.Header().GetColumnOrder();
   std::swap(order[1], order[14]);
   s.list.Header().SetColumnOrder(order);
   s.list.resize(1400, s.list.height());

@@ -4,7 +4,6 @@
 #include <QLineEdit>
 #include <QPainter>
 
-#include "listview/rows/ui/severity_icons.h"
 #include "row_list_rig.h"
 
 namespace {
@@ -25,14 +24,6 @@ int CountPixels(const QImage& image, const QRect& area, const QColor& color) {
     for (int x = area.left(); x <= area.right(); ++x)
       if (image.pixelColor(x, y) == color) ++count;
   return count;
-}
-
-QImage Icon(int icon, int side) {
-  QImage image(side, side, QImage::Format_ARGB32);
-  image.fill(Qt::transparent);
-  QPainter painter(&image);
-  PaintSeverityIcon(painter, QRectF(0, 0, side, side), icon);
-  return image;
 }
 
 }  // namespace
@@ -229,7 +220,7 @@ TEST(RowPainting, DarkColoursAreThePalettes) {
 TEST(RowPainting, TheIconStandsInTheColumnSevWhereverThatIsOnTheScreen) {
   ShownList s(20);
   s.owner.icons[0] = 2;
-  ColumnOrder order = s.list.Header().GetColumnOrder();
+  ListOrder order = s.list.Header().GetColumnOrder();
   std::swap(order[0], order[4]);
   s.list.Header().SetColumnOrder(order);
   const QRect cell = s.list.CellRect(0, Column::Sev);
@@ -306,26 +297,4 @@ TEST(RowPainting, ALongTextEndsInDotsInsideItsCell) {
   s.owner.texts[{0, Column::TicCount}] = "";
   const QRect next = s.list.CellRect(0, Column::TicCount).adjusted(0, 1, -2, -1);
   EXPECT_EQ(CountPixels(s.Picture(), next, Role(s, QPalette::Base)), next.width() * next.height());
-}
-
-TEST(SeverityIcons, AreABlueARedAndAYellowSignAtEveryScale) {
-  for (const int side : {16, 32, 24}) {
-    const auto at = [side](int icon, double x, double y) {
-      return Icon(icon, side).pixelColor(static_cast<int>(x * side), static_cast<int>(y * side));
-    };
-    EXPECT_GT(at(0, 0.25, 0.5).blue(), at(0, 0.25, 0.5).red() + 60) << side;
-    EXPECT_GT(at(1, 0.25, 0.5).red(), at(1, 0.25, 0.5).blue() + 100) << side;
-    EXPECT_GT(at(1, 0.25, 0.5).green(), at(1, 0.25, 0.5).blue() + 60) << side;
-    EXPECT_GT(at(2, 0.5, 0.25).red(), at(2, 0.5, 0.25).green() + 100) << side;
-    EXPECT_GT(at(0, 0.5, 0.6).lightness(), 220) << "a white i";
-    EXPECT_LT(at(1, 0.5, 0.4).lightness(), 60) << "a black !";
-    for (const int icon : {0, 1, 2}) EXPECT_EQ(at(icon, 0, 0).alpha(), 0) << "the corner is empty";
-  }
-}
-
-TEST(RowPainting, IconsAreRenderedAtTheScreensScale) {
-  SeverityIcons icons;
-  EXPECT_EQ(icons.Get(0, 1).width(), 16);
-  EXPECT_EQ(icons.Get(0, 2).width(), 32);
-  EXPECT_EQ(icons.Get(0, 2).deviceIndependentSize(), QSizeF(16, 16));
 }

@@ -12,17 +12,19 @@
 #include <vector>
 
 #include "controls/list/ui/row_list_widget.h"
+#include "listview/rows/ui/severity_icons.h"
+#include "support/trace_columns.h"
 
 class CellsOwner final : public RowListOwner {
  public:
-  std::string RowListText(int row, Column column) override {
+  std::string RowListText(int row, ListColumn column) override {
     ++asked;
     const auto text = texts.find({row, column});
     return text == texts.end() ? std::to_string(row) : text->second;
   }
   int RowListIcon(int row) override { return icons.count(row) ? icons.at(row) : -1; }
   RowTint RowListTint(int row) override { return tints.count(row) ? tints.at(row) : RowTint::None; }
-  std::vector<HitRange> RowListHits(int row, Column column) override {
+  std::vector<HitRange> RowListHits(int row, ListColumn column) override {
     const auto hit = hits.find({row, column});
     return hit == hits.end() ? std::vector<HitRange>() : hit->second;
   }
@@ -33,35 +35,36 @@ class CellsOwner final : public RowListOwner {
   void OnRowClicked(int row) override { told.push_back("click " + std::to_string(row)); }
   void OnRowDoubleClicked(int row) override { told.push_back("double " + std::to_string(row)); }
   void OnRowListContextMenu(int x, int y) override { menus.emplace_back(x, y); }
-  bool OnColumnResizing(Column, int widthPx) override {
+  bool OnColumnResizing(ListColumn, int widthPx) override {
     asking.push_back(widthPx);
     return widthPx < 16;
   }
-  void OnColumnResized(Column column, int widthPx) override {
+  void OnColumnResized(ListColumn column, int widthPx) override {
     resized.emplace_back(column, widthPx);
   }
   void OnColumnsReordered() override { ++reordered; }
 
   std::vector<std::string> Told() { return std::exchange(told, {}); }
 
-  std::map<std::pair<int, Column>, std::string> texts;
+  std::map<std::pair<int, ListColumn>, std::string> texts;
   std::map<int, int> icons;
   std::map<int, RowTint> tints;
-  std::map<std::pair<int, Column>, std::vector<HitRange>> hits;
+  std::map<std::pair<int, ListColumn>, std::vector<HitRange>> hits;
   std::string emptyText;
   std::vector<std::string> told;
   std::vector<std::pair<int, int>> menus;
   std::vector<int> asking;
-  std::vector<std::pair<Column, int>> resized;
+  std::vector<std::pair<ListColumn, int>> resized;
   int reordered = 0, asked = 0;
 };
 
 // A shown list with all columns, `page` rows high.
 class ShownList {
  public:
-  explicit ShownList(int rows, int page = 10, int columnWidth = 60) : list(owner) {
+  explicit ShownList(int rows, int page = 10, int columnWidth = 60)
+      : list(owner, std::make_unique<SeverityIcons>(), "Traces") {
     list.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    for (const ColumnInfo& column : kColumns) list.Header().InsertColumn(column, columnWidth);
+    InsertTraceColumns(list.Header(), columnWidth);
     list.resize(15 * columnWidth + 40, 100);
     list.show();
     SetPage(page);

@@ -6,7 +6,7 @@
 namespace {
 
 struct QtTreeRig {
-  explicit QtTreeRig(TreeControlOwner& owner) : tree(owner) {
+  explicit QtTreeRig(TreeControlOwner& owner) : tree(owner, "Procedure tree") {
     tree.resize(400, 300);
     tree.show();
   }

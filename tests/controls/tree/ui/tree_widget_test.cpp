@@ -53,7 +53,7 @@ class TreeWidget : public testing::Test {
   using Lines = std::vector<std::string>;
 
   RecordingTreeOwner m_owner;
-  QtTreeControl m_tree{m_owner};
+  QtTreeControl m_tree{m_owner, "Procedure tree"};
   TreeItem m_1 = 0, m_2 = 0, m_11 = 0, m_12 = 0, m_111 = 0;
 };
 

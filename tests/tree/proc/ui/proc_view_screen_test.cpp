@@ -7,6 +7,7 @@
 
 #include "controls/tree/ui/tree_widget.h"
 #include "support/make_event.h"
+#include "support/qt_test_main.h"
 #include "support/recording_host.h"
 #include "tree/proc/proc_view.h"
 
@@ -17,7 +18,7 @@ class ProcViewOnTheScreen : public testing::Test {
   ProcViewOnTheScreen() {
     m_document.m_loading = false;
     m_view = std::make_unique<CProcView>(m_document, [this](TreeControlOwner& owner) {
-      auto tree = std::make_unique<QtTreeControl>(owner);
+      auto tree = std::make_unique<QtTreeControl>(owner, "Procedure tree");
       m_tree = tree.get();
       return tree;
     });

@@ -22,7 +22,7 @@ class HitsInTheTree : public testing::Test {
     FindSettings = {};
     m_document.m_loading = false;
     m_view = std::make_unique<CProcView>(m_document, [this](TreeControlOwner& owner) {
-      auto tree = std::make_unique<QtTreeControl>(owner);
+      auto tree = std::make_unique<QtTreeControl>(owner, "Procedure tree");
       m_tree = tree.get();
       return tree;
     });

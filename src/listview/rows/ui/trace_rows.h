@@ -1,0 +1,10 @@
+// The row list of a trace view on the screen: the control with the signs of the severities.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <memory>
+
+#include "controls/list/ui/row_list_widget.h"
+
+std::unique_ptr<QtRowList> MakeTraceRows(RowListOwner& owner);

@@ -11,7 +11,7 @@
 #include "bench/sample_file.h"
 #include "documents/trace_file_doc.h"
 #include "docview/view.h"
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "new_text_file.h"
 #include "output.h"
 #include "trace_file.h"
-#include "tree/proc/proc_build.h"
+#include "tree/proc/model/proc_build.h"
 #include "visible_text.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "filter_paths.h"
-#include "tree/proc/tree_text.h"
+#include "tree/proc/model/tree_text.h"
 
 struct TreeOptions {
   std::string file;

@@ -9,8 +9,8 @@
 #pragma once
 
 #include "docview/long_work.h"
+#include "tree/proc/model/proc_items.h"
 #include "tree/proc/nodes/nodes.h"
-#include "tree/proc/proc_items.h"
 
 class ItemFill final : public LongWork {
  public:

@@ -23,7 +23,7 @@
 #include "tree/find/find_hits.h"
 #include "tree/find/find_search.h"
 #include "tree/proc/item_fill.h"
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 class CProcViewIterator;
 using TreeControlMaker = std::function<std::unique_ptr<TreeControl>(TreeControlOwner&)>;

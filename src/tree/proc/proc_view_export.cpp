@@ -1,8 +1,8 @@
 // The export of the tree: what is open, as text.
 #include "listview/export/export_dialogs.h"
 #include "listview/export/export_run.h"
+#include "tree/proc/model/tree_text.h"
 #include "tree/proc/proc_view.h"
-#include "tree/proc/tree_text.h"
 
 void CProcView::OnExport() {
   FileDialogRequest request;

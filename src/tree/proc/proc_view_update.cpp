@@ -4,8 +4,8 @@
 
 #include "documents/trace_panes.h"
 #include "docview/frame.h"
-#include "tree/proc/node_search.h"
-#include "tree/proc/proc_build.h"
+#include "tree/proc/model/node_search.h"
+#include "tree/proc/model/proc_build.h"
 #include "tree/proc/proc_view.h"
 #include "tree/proc/proc_view_iterator.h"
 

@@ -8,8 +8,8 @@
 #include "tree/filter/filter_dialog.h"
 #include "tree/find/find_dialog.h"
 #include "tree/find/find_settings.h"
+#include "tree/proc/model/tree_text.h"
 #include "tree/proc/proc_view_iterator.h"
-#include "tree/proc/tree_text.h"
 
 namespace {
 

@@ -11,11 +11,11 @@
 #include <optional>
 
 #include "controls/list/row_list.h"
+#include "controls/list/row_states.h"
 #include "controls/list/ui/row_header.h"
 #include "controls/list/ui/row_icons.h"
 #include "controls/list/ui/row_input.h"
 #include "controls/list/ui/row_painter.h"
-#include "controls/list/ui/row_states.h"
 #include "controls/list/ui/to_end_button.h"
 #include "docview/ui/qt_control.h"
 

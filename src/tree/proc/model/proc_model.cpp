@@ -1,10 +1,10 @@
 // How the procedure tree grows: the filing of traces and their times.
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 #include <utility>
 
 #include "documents/trace_doc.h"
-#include "tree/proc/proc_build.h"
+#include "tree/proc/model/proc_build.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "tree/proc/proc_model_rig.h"
+#include "tree/proc/model/proc_model_rig.h"
 
 namespace {
 

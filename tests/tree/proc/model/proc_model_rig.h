@@ -9,7 +9,7 @@
 #include "documents/trace_doc.h"
 #include "support/make_event.h"
 #include "support/recording_host.h"
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 // Items as a control has them: a text each, below one another.
 class RememberedItems final : public ProcItems {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "records/trace_event.h"
-#include "tree/proc/plain_node.h"
+#include "tree/proc/model/plain_node.h"
 
 class PlainTree {
  public:

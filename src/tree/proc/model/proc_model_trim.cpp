@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "documents/trace_doc.h"
+#include "tree/proc/model/proc_model.h"
 #include "tree/proc/nearest/find_leaf.h"
-#include "tree/proc/proc_model.h"
 
 namespace {
 

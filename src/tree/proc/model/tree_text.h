@@ -11,7 +11,7 @@
 
 #include "controls/tree/tree_control.h"
 #include "listview/export/export_run.h"
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 // Appends a line, without its end.
 void AppendTreeLine(std::string& out, int depth, bool closed, std::string_view text);

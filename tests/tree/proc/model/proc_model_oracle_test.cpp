@@ -4,8 +4,8 @@
 
 #include <random>
 
-#include "tree/proc/plain_tree.h"
-#include "tree/proc/proc_model_rig.h"
+#include "tree/proc/model/plain_tree.h"
+#include "tree/proc/model/proc_model_rig.h"
 
 namespace {
 

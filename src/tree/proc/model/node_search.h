@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "docview/long_work.h"
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 class NodeSearch final : public LongWork {
  public:

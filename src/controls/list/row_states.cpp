@@ -1,4 +1,4 @@
-#include "controls/list/ui/row_states.h"
+#include "controls/list/row_states.h"
 
 #include <algorithm>
 #include <limits>

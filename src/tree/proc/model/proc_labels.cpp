@@ -1,4 +1,4 @@
-#include "tree/proc/proc_labels.h"
+#include "tree/proc/model/proc_labels.h"
 
 #include <algorithm>
 #include <string_view>
@@ -6,7 +6,7 @@
 #include "base/text.h"
 #include "records/timer.h"
 #include "records/trace_event.h"
-#include "tree/proc/proc_items.h"
+#include "tree/proc/model/proc_items.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tree/proc/proc_model_rig.h"
+#include "tree/proc/model/proc_model_rig.h"
 
 namespace {
 

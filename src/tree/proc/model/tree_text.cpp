@@ -1,4 +1,4 @@
-#include "tree/proc/tree_text.h"
+#include "tree/proc/model/tree_text.h"
 
 #include <vector>
 

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "documents/trace_pass.h"
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 class ProcBuild final : public TracePass {
  public:

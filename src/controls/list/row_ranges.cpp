@@ -1,4 +1,4 @@
-#include "controls/list/ui/row_ranges.h"
+#include "controls/list/row_ranges.h"
 
 #include <algorithm>
 #include <iterator>

@@ -8,7 +8,7 @@
 #include <functional>
 
 #include "controls/list/row_list.h"
-#include "controls/list/ui/row_ranges.h"
+#include "controls/list/row_ranges.h"
 
 class RowStates {
  public:

@@ -1,4 +1,4 @@
-#include "tree/proc/trace_facts.h"
+#include "tree/proc/model/trace_facts.h"
 
 #include <string_view>
 

@@ -1,11 +1,11 @@
-#include "tree/proc/proc_model.h"
+#include "tree/proc/model/proc_model.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "tree/proc/proc_model_rig.h"
+#include "tree/proc/model/proc_model_rig.h"
 
 namespace {
 

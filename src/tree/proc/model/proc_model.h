@@ -17,14 +17,14 @@
 #include <unordered_set>
 
 #include "tree/filter/filter_pass.h"
+#include "tree/proc/model/proc_items.h"
+#include "tree/proc/model/proc_labels.h"
+#include "tree/proc/model/trace_facts.h"
 #include "tree/proc/nearest/nearest_in_order.h"
 #include "tree/proc/nodes/block_store.h"
 #include "tree/proc/nodes/leaf_store.h"
 #include "tree/proc/nodes/level_index.h"
 #include "tree/proc/nodes/word_pool.h"
-#include "tree/proc/proc_items.h"
-#include "tree/proc/proc_labels.h"
-#include "tree/proc/trace_facts.h"
 
 class CTraceDoc;
 

@@ -268,8 +268,7 @@ TEST_F(SourceTest, ASaveOfAFileOfTwoNamesIsSeenUnderBoth) {
   EXPECT_NE(ReadAll(other), "one\ntwo\nthree\n");
 }
 
-// What is there was not finished, but more of it than nothing.
-TEST_F(SourceTest, AFailedSaveOfAFileOfTwoNamesDoesNotEmptyIt) {
+TEST_F(SourceTest, AFailedSaveOfAFileOfTwoNamesLeavesItAsItWas) {
   const std::string path = File("a.c");
   std::filesystem::create_hard_link(path, m_directory.File("other.c"));
   OpenSourceAt(path, 1);
@@ -278,7 +277,8 @@ TEST_F(SourceTest, AFailedSaveOfAFileOfTwoNamesDoesNotEmptyIt) {
     const FileLimit full(4);
     EXPECT_FALSE(Doc().OnSaveDocument(path));
   }
-  EXPECT_EQ(ReadAll(path).size(), 4u);
+  EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
+  EXPECT_EQ(FilesBeside(path), 2);
 }
 
 }  // namespace

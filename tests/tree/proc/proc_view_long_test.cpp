@@ -231,6 +231,20 @@ TEST_F(ProcViewLong, ATrimShowsNoBox) {
   EXPECT_EQ(Selected(), "2");
 }
 
+// Items that came while their thread was closed are made when the selection opens it.
+TEST_F(ProcViewLong, ATrimThatOpensALargeThreadShowsNoBox) {
+  AddMany(3);
+  Open();
+  ExpandToThread();
+  m_tree->Expand(m_tree->Find(kThread), false);
+  Drain(std::vector<TraceFields>(kMany, {.text = "late"}));
+  const ShortPieces pieces;
+  m_host.WantNoWorkBox();  // in the middle of a drain
+  Trim(1);
+  EXPECT_EQ(Selected(), "2");
+  EXPECT_EQ(m_tree->Count(), 4U + 2 + kMany);
+}
+
 TEST_F(ProcViewLong, AFindMakesTheItemsOfALargeNodeInPartsEitherWay) {
   for (const bool backward : {false, true}) {
     m_document.m_traces.Clear();

@@ -18,6 +18,22 @@ class ReconnectTest : public LiveTest {
     m_peer->Ledger({{.serial = 11, .delivered = 1}});
     EXPECT_EQ(Drain(1), "web: one\n");
   }
+  // More than the client's queue holds; all of it has arrived there. Gives how many were sent.
+  std::uint64_t SendTooMuch() {
+    std::string body;
+    for (int i = 0; i < 16; ++i) body += Trace(std::string(60000, 'x'));
+    std::uint64_t sent = 1;
+    for (int i = 0; i < 180; ++i) {
+      m_peer->Data(Name(static_cast<NameId>(1000 + i), "n" + std::to_string(i)) + body);
+      sent += 16;
+      m_peer->Ledger({{.serial = 10 + sent, .delivered = sent}});
+    }
+    EXPECT_TRUE(Eventually([&] {
+      const auto counts = m_thread->GetCounts();
+      return counts.delivered + counts.lost == sent;
+    }));
+    return sent;
+  }
 };
 
 TEST_F(ReconnectTest, TheGapIsShownWhereItIsAndCounted) {
@@ -260,18 +276,7 @@ TEST_F(ReconnectTest, FramesWithoutTracesAndWithoutALedgerAreCutOffToo) {
 
 TEST_F(ReconnectTest, AMonitorThatDoesNotKeepUpLosesTheNewestCountsThemAndKeepsTheNames) {
   Start();
-  std::string body;
-  for (int i = 0; i < 16; ++i) body += Trace(std::string(60000, 'x'));
-  std::uint64_t sent = 1;
-  for (int i = 0; i < 180; ++i) {
-    m_peer->Data(Name(static_cast<NameId>(1000 + i), "n" + std::to_string(i)) + body);
-    sent += 16;
-    m_peer->Ledger({{.serial = 10 + sent, .delivered = sent}});
-  }
-  ASSERT_TRUE(Eventually([&] {
-    const auto counts = m_thread->GetCounts();
-    return counts.delivered + counts.lost == sent;
-  }));
+  const std::uint64_t sent = SendTooMuch();
   const auto counts = m_thread->GetCounts();
   EXPECT_GT(counts.lost, 0u);
   std::uint64_t taken = 1;
@@ -285,6 +290,22 @@ TEST_F(ReconnectTest, AMonitorThatDoesNotKeepUpLosesTheNewestCountsThemAndKeepsT
   EXPECT_EQ(Drain(2), "Quor: " + std::to_string(counts.lost) +
                           " traces lost: the monitor did not keep up\nn179: after\n");
   EXPECT_EQ(m_thread->GetCounts().delivered + m_thread->GetCounts().lost, sent + 1);
+}
+
+TEST_F(ReconnectTest, WhatWasTurnedAwayLastIsToldThoughNothingComesAfterIt) {
+  Start();
+  const std::uint64_t sent = SendTooMuch();
+  std::string words;
+  EXPECT_TRUE(Eventually([&] {
+    TraceEvent_i* const trace = m_thread->HasTraces() ? m_thread->NextTrace() : nullptr;
+    if (!trace) return false;
+    if (trace->GetComponentName(m_names) == "Quor") words = trace->GetText();
+    trace->Release();
+    return !words.empty();
+  }));
+  const auto counts = m_thread->GetCounts();
+  EXPECT_EQ(words, std::to_string(counts.lost) + " traces lost: the monitor did not keep up");
+  EXPECT_EQ(counts.delivered + counts.lost, sent);
 }
 
 TEST_F(ReconnectTest, MoreNamesThanIdsShareOneWhoseNameSaysSo) {

@@ -217,8 +217,10 @@ TEST_F(Registry, AHangingHolderOfTheLockCostsTheWriteButNotTheProgram) {
   EXPECT_EQ(Number("n"), 2u);
 }
 
-TEST_F(Registry, ALinkToTheFileStaysALinkAndItsModeStays) {
-  m_dir.File("real.ini", "[A]\nx=1\n");
+TEST_F(Registry, ALinkToTheFileStaysALinkAndItsModeAndOwnerStay) {
+  const std::string real = m_dir.File("real.ini", "[A]\nx=1\n");
+  const uid_t owner = geteuid() == 0 ? 65533 : geteuid();
+  ASSERT_EQ(chown(real.c_str(), owner, getegid()), 0);
   ASSERT_EQ(chmod(m_dir.File("real.ini").c_str(), 0640), 0);
   ASSERT_EQ(symlink("real.ini", m_path.c_str()), 0);
   Put("n", 1);
@@ -227,6 +229,7 @@ TEST_F(Registry, ALinkToTheFileStaysALinkAndItsModeStays) {
   struct stat status;
   ASSERT_EQ(stat(m_path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0640u);
+  EXPECT_EQ(status.st_uid, owner);
 }
 
 TEST_F(Registry, ANewFileIsTheUsersAlone) {

@@ -6,9 +6,9 @@
 #include <unistd.h>
 
 #include <functional>
-#include <set>
 
 #include "support/file_limit.h"
+#include "support/folder_names.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -17,12 +17,7 @@ namespace fs = std::filesystem;
 
 class NewFileTest : public testing::Test {
  protected:
-  std::set<std::string> Folder() const {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(m_temp.Path()))
-      names.insert(entry.path().filename().string());
-    return names;
-  }
+  std::set<std::string> Folder() const { return NamesIn(m_temp.Path()); }
   static void Write(const NewFile& file, const std::string& text) {
     std::ofstream(file.WriteTo(), std::ios::trunc) << text;
   }

@@ -6,13 +6,9 @@
 
 #include "source_rig.h"
 #include "support/file_limit.h"
+#include "support/folder_names.h"
 
 namespace {
-
-std::ptrdiff_t FilesBeside(const std::string& path) {
-  const std::filesystem::directory_iterator files(std::filesystem::path(path).parent_path());
-  return std::distance(begin(files), end(files));
-}
 
 TEST_F(SourceTest, TheControlHasAFixedFontTabsOfEightCellsAndNoWrap) {
   OpenSourceAt(File("a.c"), 1);
@@ -228,7 +224,7 @@ TEST_F(SourceTest, ASaveOnAFullDiskLeavesTheFileAsItWas) {
   }
   EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
   EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
-  EXPECT_EQ(FilesBeside(path), 1);
+  EXPECT_EQ(NamesIn(std::filesystem::path(path).parent_path()).size(), 1u);
   EXPECT_TRUE(Doc().IsModified());
 }
 
@@ -241,7 +237,7 @@ TEST_F(SourceTest, ASaveWritesAnotherFileThatTakesTheNameWhenItIsWhole) {
   EXPECT_TRUE(Doc().OnSaveDocument(path));
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(old), {}), "one\ntwo\nthree\n");
   EXPECT_NE(ReadAll(path), "one\ntwo\nthree\n");
-  EXPECT_EQ(FilesBeside(path), 1);
+  EXPECT_EQ(NamesIn(std::filesystem::path(path).parent_path()).size(), 1u);
 }
 
 TEST_F(SourceTest, ASaveKeepsTheFilesRightsAndTheLinkToIt) {

@@ -60,11 +60,18 @@ TEST_F(NewFileTest, TwoAtOnceInOneFolderHaveFilesOfTheirOwn) {
 }
 
 TEST_F(NewFileTest, WhatAKilledProcessOfThatNumberLeftIsNotWrittenTo) {
-  const std::string left = ".trc-" + std::to_string(getpid()) + ".part";
+  std::string left;
+  {
+    NewFile killed;
+    ASSERT_TRUE(killed.Begin(m_path, &m_why)) << m_why;
+    left = killed.WriteTo();
+  }
+  ASSERT_FALSE(fs::exists(left)) << "the name is free again, and the next would take it";
   const std::string other = m_temp.File("other", "somebody else's");
-  fs::create_symlink("other", m_temp.File(left));
+  fs::create_symlink("other", left);
   NewFile file;
   ASSERT_TRUE(file.Begin(m_path, &m_why)) << m_why;
+  EXPECT_NE(file.WriteTo(), left);
   Write(file, "new");
   EXPECT_EQ(ReadAll(other), "somebody else's");
   EXPECT_TRUE(file.Finish(&m_why)) << m_why;

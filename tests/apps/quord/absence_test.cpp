@@ -126,8 +126,9 @@ TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   std::uint64_t traced = 0;
-  const auto run = [&traced](int apps) {
+  const auto run = [&traced, this](int apps) {
     for (int i = 0; i < apps; i += 8) {
+      monitor.Beat();
       std::vector<std::unique_ptr<TracedChild>> some;
       for (int j = 0; j < 8; ++j)
         some.push_back(std::make_unique<TracedChild>([](TracedChild&) {

@@ -23,8 +23,9 @@ class ShortLives : public ::testing::Test {
     for (int i = 0; i < count; ++i) QUOR_TRACE_INFO(short_point, "{}", i);
   }
   // One application after the other, each ending as `body` does.
-  static void Live(int apps, const std::function<void()>& body) {
+  void Live(int apps, const std::function<void()>& body) {
     for (int i = 0; i < apps; ++i) {
+      monitor.Beat();
       const pid_t pid = fork();
       if (pid == 0) {
         body();

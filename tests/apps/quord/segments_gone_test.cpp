@@ -98,6 +98,32 @@ TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
   }));
 }
 
+// Where the socket's folder lies on a disk the segments lie elsewhere, and nobody else would look
+// for them there.
+TEST_F(BusyApplication, HoldsTheFolderWhenTheServiceEndsAndAnEmptyOneGoesWithIt) {
+  quord.Start();
+  const std::string empty = fs::canonical(Segments());
+  const bool elsewhere = fs::is_symlink(Segments());
+  EXPECT_EQ(quord.Stop(), 0);
+  EXPECT_EQ(fs::exists(empty), !elsewhere);
+  EXPECT_EQ(fs::is_symlink(Segments()), false);
+
+  quord.Start();
+  TracedChild app([](TracedChild& self) {
+    QUOR_TRACE_INFO(connect_point, "one");
+    self.Tell(1);
+    self.AwaitGo();
+    return 0;
+  });
+  ASSERT_EQ(app.Told(), 1u);
+  const std::string held = fs::canonical(Segments());
+  EXPECT_EQ(quord.Stop(), 0);
+  EXPECT_TRUE(fs::exists(held));
+  EXPECT_EQ(fs::canonical(Segments()).string(), held);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
 // Nobody rings for it: the killed service was just polling, and the next cannot find the file.
 TEST_F(BusyApplication, ComesToTheNextServiceThatWatchesAnotherFolder) {
   quord.Start();

@@ -153,6 +153,25 @@ TEST_F(ReconnectTest, OfSourcesThatTheServiceHasForgottenTheSumTellsTheGap) {
   ASSERT_TRUE(Eventually([&] { return Counted() == "1 delivered, 20 lost"; })) << Counted();
 }
 
+TEST_F(ReconnectTest, ASumOfForgottenSourcesThatFallsEndsTheConnection) {
+  Start();
+  m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});
+  m_peer->Ledger({}, {}, {{.id = 'b', .serial = 4}});
+  Reconnect();
+  m_peer->Ledger({}, 3);
+  m_peer->Ledger({{.id = 'c', .serial = 2, .lost = 2}});
+  EXPECT_TRUE(m_peer->Ended());
+  EXPECT_EQ(Counted(), "1 delivered, 4 lost") << "nothing behind it is believed";
+}
+
+TEST_F(ReconnectTest, ASourceThatWasForgottenAndComesBackIsCountedAnew) {
+  Start();
+  m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});
+  m_peer->Ledger({}, {}, {{.id = 'b', .serial = 4}});
+  m_peer->Ledger({{.id = 'b', .serial = 9, .lost = 5}});
+  ASSERT_TRUE(Eventually([&] { return Counted() == "1 delivered, 9 lost"; })) << Counted();
+}
+
 TEST_F(ReconnectTest, AnotherRunOfTheServiceCountsWhatItForgetsAnew) {
   Start();
   m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});

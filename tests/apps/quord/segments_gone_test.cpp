@@ -60,9 +60,9 @@ class SegmentsGone : public WithService, public ::testing::TestWithParam<const c
     m_leftovers = {target, beside};
   }
   bool Sums(std::uint64_t traces) {
-    return WaitFor([&] { return monitor.Pump(), Sum() >= traces; }) && Sum() == traces;
+    return WaitFor([&] { return monitor.Pump(), monitor.Sum() >= traces; }) &&
+           monitor.Sum() == traces;
   }
-  std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
 };
 
 TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
@@ -86,9 +86,9 @@ TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
     });
     EXPECT_EQ(shortLife.Wait(), 1000 + SIGKILL);
   }
-  EXPECT_TRUE(Sums(100 + kShortLives)) << Sum();
+  EXPECT_TRUE(Sums(100 + kShortLives)) << monitor.Sum();
   longLife.Go();
-  EXPECT_TRUE(Sums(200 + kShortLives)) << Sum();
+  EXPECT_TRUE(Sums(200 + kShortLives)) << monitor.Sum();
   longLife.Go();
   EXPECT_EQ(longLife.Wait(), 0);
   struct stat status {};

@@ -2,6 +2,9 @@
 // than the count of it.
 #pragma once
 
+#include <errno.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "quor/ring/segment_folder.h"
@@ -13,9 +16,10 @@ inline bool AreSegmentsSwept(const std::string& socketPath) {
   const std::vector<std::string> names = folder.Names();
   return std::all_of(names.begin(), names.end(), [&folder](const std::string& name) {
     const int file = folder.OpenFile(name);
+    if (file < 0) return errno == ENOENT;  // removed just now; what cannot be opened is left behind
     SegmentRest rest;
-    const bool taken = file < 0 || ReadRest(file, &rest);
-    if (file >= 0) close(file);
+    const bool taken = ReadRest(file, &rest);
+    close(file);
     return taken;
   });
 }

@@ -10,6 +10,7 @@
 #include "quor/client/trace_thread.h"
 #include "quor/protocol/keys.h"
 #include "quord_client.h"
+#include "support/swept_segments.h"
 
 namespace {
 
@@ -400,6 +401,10 @@ class Held : public Forwarding {
     EXPECT_EQ(unheardOf.Wait(), 0);
     ASSERT_TRUE(near->Says("has ended"));
     ASSERT_TRUE(near->Says("cannot forward to"));
+    SegmentFolder segments;
+    ASSERT_TRUE(segments.Open(near->SocketPath()));
+    // What a service has not taken when it is killed is left to the next, and not lost.
+    ASSERT_TRUE(WaitFor([&] { return SegmentsNotTaken(segments) == 1; }));
     for (int i = 0; i < 2; ++i) {
       end();
       near->Start();

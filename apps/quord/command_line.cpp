@@ -18,6 +18,7 @@ constexpr std::uint64_t kMostDays = 36500;
 
 std::vector<std::string> SettingsWords() {
   std::vector<std::string> words;
+  words.reserve(kSettings.size());
   for (const auto& [word, settings] : kSettings) words.push_back(word);
   return words;
 }

@@ -1,7 +1,10 @@
 #include "shot_scenes.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
 #include <QEventLoop>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QTimer>
 #include <cstdio>
@@ -15,6 +18,7 @@
 #include "shell/ui/load_status_face.h"
 #include "shell/ui/qt_main_frame.h"
 #include "shell/ui/qt_shell_faces.h"
+#include "tree/find/find_dialog.h"
 
 namespace {
 
@@ -114,6 +118,18 @@ void ShotScenes::Maximised() {
   Settle();
   Save(Window(), QStringLiteral("main-maximised"));
   FaceOf(m_tessera).Area().Active()->showNormal();
+}
+
+void ShotScenes::Hits(const QString& name) {
+  Answer([](QWidget& dialog) {
+    dialog.findChild<QCheckBox*>(QString::number(CFindDialog::kRegularExpression))
+        ->setChecked(true);
+    dialog.findChild<QLineEdit*>()->setText(QStringLiteral("[0-9]+"));
+    static_cast<QDialog&>(dialog).accept();
+  });
+  m_tessera.Frame()->OnCommand(ID_EDIT_FIND);
+  Settle();
+  Save(Window(), name);
 }
 
 void ShotScenes::Tiled(const std::string& second) {

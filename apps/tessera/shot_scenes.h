@@ -20,6 +20,8 @@ class ShotScenes {
   void Menu();
   void PopUp();
   void Maximised();
+  // Looks for numbers in the view in front.
+  void Hits(const QString& name);
   void Tiled(const std::string& second);
   void Options();
   void About();

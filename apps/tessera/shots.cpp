@@ -30,6 +30,20 @@ bool SaveIcons(const QString& folder) {
   return good;
 }
 
+// What dialogs and status bar show: nobody's own folders.
+QString MakeHome(const QTemporaryDir& scratch) {
+  const QString home = scratch.filePath(QStringLiteral("ada"));
+  QDir().mkdir(home);
+  qputenv("HOME", QFile::encodeName(home));
+  return home;
+}
+
+QString CopyTo(const QString& folder, const char* from, const char* name) {
+  const QString path = folder + QLatin1Char('/') + QLatin1String(name);
+  QFile::copy(QString::fromLocal8Bit(from), path);
+  return path;
+}
+
 void Light(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
            const std::string& second) {
   scenes.Empty();
@@ -42,6 +56,7 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.About();
   scenes.Help(HelpWindow::Topics());
   scenes.Progress(file);
+  scenes.Hits(QStringLiteral("main-hits"));
   scenes.Tiled(second);
 }
 
@@ -56,6 +71,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.About();
   scenes.Help({QStringLiteral("list")});
   scenes.Progress(file);
+  scenes.Hits(QStringLiteral("main-hits"));
   scenes.Tiled(second);
 }
 
@@ -72,29 +88,31 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: tessera-shots FOLDER FILE SOURCE | --icons FOLDER\n");
     return 2;
   }
-  const QTemporaryDir scratch;
+  const QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/home-XXXXXX"));
+  const QString folder = QDir(QString::fromLocal8Bit(argv[1])).absolutePath();
+  const QString home = MakeHome(scratch), source = CopyTo(home, argv[3], "shop.cpp");
+  const std::string file = CopyTo(home, argv[2], "sample.trc").toStdString();
+  const std::string second = CopyTo(home, argv[2], "second.trc").toStdString();
+  QDir::setCurrent(home);  // where file dialogs begin
   SetSettingsFile(scratch.filePath(QStringLiteral("settings.ini")).toStdString());
   NtRegPut(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 0U);
   UseFusion(false);
-  const QString second = scratch.filePath(QStringLiteral("second.trc"));
-  QFile::copy(QString::fromLocal8Bit(argv[2]), second);
 
-  Replay replay(argv[2]);
+  Replay replay(file);
   QtHost host;
   QtShellFaces faces(host);
   CTesseraApp tessera(host, faces);
   if (!tessera.InitInstance({})) return 2;
   static_cast<QtMainFrame&>(*tessera.Frame()->Face()).Window().resize(kWindow);
-  // Absolute: a file dialog makes its folder the current one.
-  ShotScenes scenes(tessera, faces, QDir(QString::fromLocal8Bit(argv[1])).absolutePath());
-  MonitorScenes monitor(tessera, scenes, replay, scratch.path());
-  TreeScenes tree(tessera, scenes, replay, argv[2], scratch.path());
-  DialogScenes dialogs(tessera, scenes, QString::fromLocal8Bit(argv[3]), scratch.path());
-  Light(scenes, dialogs, argv[2], second.toStdString());
+  ShotScenes scenes(tessera, faces, folder);
+  MonitorScenes monitor(tessera, scenes, replay, home);
+  TreeScenes tree(tessera, scenes, replay, file, scratch.path());
+  DialogScenes dialogs(tessera, scenes, source, home);
+  Light(scenes, dialogs, file, second);
   tessera.CloseAllDocuments();
   monitor.Light();
   tree.Light();
-  Dark(scenes, dialogs, argv[2], second.toStdString());
+  Dark(scenes, dialogs, file, second);
   tessera.CloseAllDocuments();
   monitor.Dark();
   tree.Dark();

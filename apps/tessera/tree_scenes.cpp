@@ -86,6 +86,7 @@ void TreeScenes::Small() {
   view.Tree().Expand(item, true);
   view.Tree().SelectItem(view.Tree().Walk(item, TreeStep::FirstChild));
   Save(QStringLiteral("small"));
+  m_scenes.Hits(QStringLiteral("tree-hits"));
   Close();
 }
 

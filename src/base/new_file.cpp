@@ -1,6 +1,7 @@
 #include "base/new_file.h"
 
 #include <fcntl.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +9,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
+
+#include "base/fail_with.h"
 
 namespace fs = std::filesystem;
 
@@ -19,13 +22,39 @@ std::string SystemWords(int error) {
   return std::generic_category().message(error);
 }
 
-// The new file has the rights of the one whose place it takes.
-void TakeRights(int descriptor, const OpenFile& from) {
-  constexpr mode_t kRights = 0777;
+// Of two files that are there, the new one can take the place of the old without a change of names,
+// owner or rights.
+bool CanStandFor(int fresh, int old) {
+  constexpr mode_t kRights = 07777;
+  struct stat is, was;
+  if (fstat(fresh, &is) != 0 || fstat(old, &was) != 0 || was.st_nlink > 1) return false;
+  // There are file systems that have no such calls.
+  const bool owned = is.st_uid == was.st_uid && is.st_gid == was.st_gid;
+  if (!owned && fchown(fresh, was.st_uid, was.st_gid) != 0) return false;
+  return is.st_mode == was.st_mode || fchmod(fresh, was.st_mode & kRights) == 0;
+}
+
+// Before a byte of the old file goes. False: it is as it was.
+bool MakeRoom(int descriptor, off_t bytes) {
   struct stat status;
-  if (!from || fstat(from.Descriptor(), &status) != 0) return;
-  [[maybe_unused]] const int owned = fchown(descriptor, status.st_uid, status.st_gid);
-  fchmod(descriptor, status.st_mode & kRights);
+  if (fstat(descriptor, &status) != 0) return false;
+  if (bytes <= status.st_size) return true;
+  const int error = posix_fallocate(descriptor, status.st_size, bytes - status.st_size);
+  if (error == 0) return true;
+  [[maybe_unused]] const int restored = ftruncate(descriptor, status.st_size);
+  errno = error;
+  return false;
+}
+
+bool Overwrite(int to, int from, off_t bytes) {
+  if (lseek(to, 0, SEEK_SET) != 0) return false;
+  for (off_t done = 0; done < bytes;) {
+    const ssize_t sent = sendfile(to, from, &done, static_cast<std::size_t>(bytes - done));
+    if (sent < 0 && errno == EINTR) continue;
+    if (sent == 0) errno = EIO;  // somebody has cut it
+    if (sent <= 0) return false;
+  }
+  return ftruncate(to, bytes) == 0 && fsync(to) == 0;
 }
 
 }  // namespace
@@ -44,38 +73,33 @@ bool NewFile::Begin(const std::string& path, std::string* why) {
   return BeginBeside(why);
 }
 
-// A file of several names shall have the new bytes under each of them.
-bool NewFile::KeepsItsPlace() const {
-  struct stat status;
-  return m_unfinished == Unfinished::Left && m_held && fstat(m_held.Descriptor(), &status) == 0 &&
-         status.st_nlink > 1;
-}
-
 bool NewFile::BeginBeside(std::string* why) {
-  const int descriptor = KeepsItsPlace() ? -1 : MakeBeside();
-  if (descriptor >= 0) {
-    TakeRights(descriptor, m_held);
-    close(descriptor);
-    m_place = Place::Beside;
-    return true;
+  m_place = Place::Beside;
+  int descriptor = MakeIn(fs::path(m_target).parent_path().string());
+  const int failure = errno;
+  if (descriptor < 0 && m_held) {
+    m_place = Place::Elsewhere;
+    std::error_code error;
+    const fs::path folder = fs::temp_directory_path(error);
+    if (!error) descriptor = MakeIn(folder.string());
   }
-  if (!m_held) {
-    *why = SystemWords(errno);
-    return false;
+  if (descriptor < 0) {
+    m_place = Place::None;
+    return FailWith(why, SystemWords(failure));
   }
-  m_held.Close();  // its writer takes it
-  m_writeTo = m_target;
-  m_place = Place::There;
+  m_keepsFile =
+      m_held && (m_place == Place::Elsewhere || !CanStandFor(descriptor, m_held.Descriptor()));
+  close(descriptor);
   return true;
 }
 
 // A name of its own: this program may write another file there, and one that was killed has left
 // its own.
-int NewFile::MakeBeside() {
+int NewFile::MakeIn(const std::string& folder) {
   const std::string name = ".trc-" + std::to_string(static_cast<long>(getpid()));
   for (int number = 1;; ++number) {
     const std::string part = name + (number == 1 ? "" : "-" + std::to_string(number)) + ".part";
-    m_writeTo = fs::path(m_target).replace_filename(part).string();
+    m_writeTo = (fs::path(folder) / part).string();
     const int descriptor =
         open(m_writeTo.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, m_held ? 0600 : 0666);
     if (descriptor >= 0 || errno != EEXIST || number == kMostParts) return descriptor;
@@ -83,16 +107,38 @@ int NewFile::MakeBeside() {
 }
 
 bool NewFile::Finish(std::string* why) {
-  if (m_place == Place::Beside && rename(m_writeTo.c_str(), m_target.c_str()) != 0) {
-    *why = SystemWords(errno);
-    return false;
-  }
+  const bool named = m_place == Place::Beside || m_place == Place::Elsewhere;
+  if (named && !(m_keepsFile ? CopyOver(why) : Rename(why))) return false;
   m_place = Place::None;
   return true;
 }
 
+bool NewFile::Rename(std::string* why) {
+  if (rename(m_writeTo.c_str(), m_target.c_str()) == 0) return true;
+  const int error = errno;
+  const bool forbidden = error == EPERM || error == EACCES || error == EBUSY;
+  return m_held && forbidden ? CopyOver(why) : FailWith(why, SystemWords(error));
+}
+
+bool NewFile::CopyOver(std::string* why) {
+  const int from = open(m_writeTo.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  struct stat status;
+  if (from < 0 || fstat(from, &status) != 0 || !MakeRoom(m_held.Descriptor(), status.st_size)) {
+    FailWith(why, SystemWords(errno));
+    if (from >= 0) close(from);
+    return false;
+  }
+  const bool copied = Overwrite(m_held.Descriptor(), from, status.st_size) && m_held.Close();
+  const int error = errno;
+  close(from);
+  if (copied) {
+    unlink(m_writeTo.c_str());
+    return true;
+  }
+  m_place = Place::None;  // the one whole file that there is stays
+  return FailWith(why, SystemWords(error) + ". It stands whole in " + m_writeTo);
+}
+
 NewFile::~NewFile() {
-  if (m_place == Place::Beside) unlink(m_writeTo.c_str());
-  if (m_place == Place::There && m_unfinished == Unfinished::Emptied) [[maybe_unused]]
-    const int emptied = truncate(m_target.c_str(), 0);
+  if (m_place == Place::Beside || m_place == Place::Elsewhere) unlink(m_writeTo.c_str());
 }

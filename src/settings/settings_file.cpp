@@ -61,7 +61,11 @@ bool Replace(const std::string& path, const std::string& text) {
   const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
   if (!file) return false;
   struct stat old;
-  if (stat(path.c_str(), &old) == 0) fchmod(file.Get(), old.st_mode & 0777);
+  if (stat(path.c_str(), &old) == 0) {
+    // An administrator who starts the program for a user does not take the file from him.
+    [[maybe_unused]] const int owned = fchown(file.Get(), old.st_uid, old.st_gid);
+    fchmod(file.Get(), old.st_mode & 0777);
+  }
   ds_File_t::FOStream_t stream(file.Get());
   if (stream.Write(text.data(), text.size()) && rename(temporary.c_str(), path.c_str()) == 0) {
     return true;

@@ -74,13 +74,14 @@ TEST_F(FileChangeTest, ACutFileIsShorterByWhatIsMissing) {
 }
 
 TEST_F(FileChangeTest, APageThatWasReadWhileItWasGoneCountsWhateverComesBack) {
-  const auto file = Map(3 * kPageBytes);
+  auto file = Map(3 * kPageBytes);
   ASSERT_EQ(truncate(m_path.c_str(), 0), 0);
   const Bytes all = file->View();
   EXPECT_EQ(std::accumulate(all.begin(), all.end(), 0), 0);
   Append(std::string(4 * kPageBytes, 'x'));
   EXPECT_EQ(file->Change(), FileChange{Kind::Unreadable});
   EXPECT_EQ(FileChangeText(file->Change()), "a part of the file can no longer be read");
+  file.reset();
   EXPECT_EQ(Map(kPageBytes)->Change(), FileChange()) << "the next one starts afresh";
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "documents_fixture.h"
+#include "support/folder_names.h"
 #include "support/old_trc_image.h"
 
 class ConversionTest : public DocumentsTest {
@@ -17,19 +18,15 @@ class ConversionTest : public DocumentsTest {
   }
   // The names in the folder, sorted, each with the first word of what is in it.
   std::string Folder() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_temp.Path())) {
-      names.push_back(entry.path().filename().string() + KindOf(entry));
-    }
-    std::sort(names.begin(), names.end());
     std::string all;
-    for (const std::string& name : names) all += name + " ";
+    for (const std::string& name : NamesIn(m_temp.Path())) all += name + KindOf(name) + " ";
     return all;
   }
 
  private:
-  static std::string KindOf(const std::filesystem::directory_entry& entry) {
-    if (entry.is_directory()) return "/";
-    return ReadAll(entry.path().string()).rfind("Version 2.2", 0) == 0 ? "(old)" : "";
+  std::string KindOf(const std::string& name) const {
+    const std::string path = m_temp.File(name);
+    if (std::filesystem::is_directory(path)) return "/";
+    return ReadAll(path).rfind("Version 2.2", 0) == 0 ? "(old)" : "";
   }
 };

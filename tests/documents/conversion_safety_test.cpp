@@ -33,7 +33,10 @@ std::string NameIn(const char* path) {
 extern "C" int unlink(const char* path) noexcept {
   return Answered(
       "unlink " + NameIn(path),
-      [](const void* what) { return syscall(SYS_unlink, static_cast<const char*>(what)); }, path);
+      [](const void* what) {
+        return syscall(SYS_unlinkat, AT_FDCWD, static_cast<const char*>(what), 0);
+      },
+      path);
 }
 
 extern "C" int renameat2(int, const char* from, int, const char* to, unsigned flags) noexcept {

@@ -1,8 +1,7 @@
-#include <set>
-
 #include "documents_fixture.h"
 #include "records/trc_writer.h"
 #include "support/file_limit.h"
+#include "support/folder_names.h"
 #include "support/short_pieces.h"
 
 namespace {
@@ -57,12 +56,7 @@ class TraceSaveTest : public DocumentsTest {
     for (int i = 0; i < 2000; ++i) image.Trace({.text = std::to_string(i), .machine = 7});
     return image;
   }
-  std::set<std::string> Folder() const {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_temp.Path()))
-      names.insert(entry.path().filename().string());
-    return names;
-  }
+  std::set<std::string> Folder() const { return NamesIn(m_temp.Path()); }
 };
 
 TEST_F(TraceSaveTest, ADocumentWithNoTraceIsSavedAs16Bytes) {

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "support/folder_names.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -198,12 +199,8 @@ TEST_F(Registry, AValueThatCannotBeWrittenIsLostWithoutAWord) {
 TEST_F(Registry, AWriteLeavesNoOtherFileThanItsLock) {
   Put("n", 1);
   Put("n", 2);
-  std::size_t files = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(m_dir.Path())) {
-    EXPECT_TRUE(entry.path() == m_path || entry.path() == m_path + ".lock") << entry.path();
-    ++files;
-  }
-  EXPECT_EQ(files, 2u);
+  const std::string name = std::filesystem::path(m_path).filename();
+  EXPECT_EQ(NamesIn(m_dir.Path()), (std::set<std::string>{name, name + ".lock"}));
 }
 
 TEST_F(Registry, AHangingHolderOfTheLockCostsTheWriteButNotTheProgram) {
@@ -217,8 +214,10 @@ TEST_F(Registry, AHangingHolderOfTheLockCostsTheWriteButNotTheProgram) {
   EXPECT_EQ(Number("n"), 2u);
 }
 
-TEST_F(Registry, ALinkToTheFileStaysALinkAndItsModeStays) {
-  m_dir.File("real.ini", "[A]\nx=1\n");
+TEST_F(Registry, ALinkToTheFileStaysALinkAndItsModeAndOwnerStay) {
+  const std::string real = m_dir.File("real.ini", "[A]\nx=1\n");
+  const uid_t owner = geteuid() == 0 ? 65533 : geteuid();
+  ASSERT_EQ(chown(real.c_str(), owner, getegid()), 0);
   ASSERT_EQ(chmod(m_dir.File("real.ini").c_str(), 0640), 0);
   ASSERT_EQ(symlink("real.ini", m_path.c_str()), 0);
   Put("n", 1);
@@ -227,6 +226,7 @@ TEST_F(Registry, ALinkToTheFileStaysALinkAndItsModeStays) {
   struct stat status;
   ASSERT_EQ(stat(m_path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0640u);
+  EXPECT_EQ(status.st_uid, owner);
 }
 
 TEST_F(Registry, ANewFileIsTheUsersAlone) {

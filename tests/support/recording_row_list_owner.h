@@ -1,6 +1,7 @@
 // An owner of a row list that writes down what the list tells and asks.
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,8 @@
 class RecordingRowListOwner final : public RowListOwner {
  public:
   std::string RowListText(int row, ListColumn column) override {
+    const auto text = longTexts.find(row);
+    if (text != longTexts.end()) return text->second;
     return std::to_string(row) + "," + std::to_string(column.Index());
   }
   int RowListIcon(int) override { return -1; }
@@ -36,6 +39,7 @@ class RecordingRowListOwner final : public RowListOwner {
   std::vector<std::string> Told() { return std::exchange(told, {}); }
 
   RowList* list = nullptr;
+  std::map<int, std::string> longTexts;  // of rows, in all columns, in place of the short ones
   std::vector<std::string> told;
   std::vector<int> clicked, doubleClicked;
   int contextMenus = 0, resizings = 0, resized = 0, reordered = 0;

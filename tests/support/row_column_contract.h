@@ -61,9 +61,15 @@ TYPED_TEST_P(RowColumnContract, TextsHaveAWidth) {
 TYPED_TEST_P(RowColumnContract, AColumnFitsItsNameAndWhatIsOnView) {
   this->InsertColumns(50);
   this->Fill(100, 10);
-  EXPECT_GE(this->Header().FitWidth(Column::Application),
-            this->Header().StringWidth("Application"));
-  EXPECT_GE(this->Header().FitWidth(Column::Pid), 16);
+  const int name = this->Header().FitWidth(Column::Application);
+  EXPECT_GE(name, this->Header().StringWidth("Application"));
+  const std::string text(100, 'm');
+  const int whole = this->Header().StringWidth(text);
+  this->m_owner.longTexts[50] = text;
+  EXPECT_EQ(this->Header().FitWidth(Column::Application), name) << "that row is not on view";
+  this->m_owner.longTexts[5] = text;
+  EXPECT_GE(this->Header().FitWidth(Column::Application), whole);
+  EXPECT_LT(this->Header().FitWidth(Column::Application), whole + name);
 }
 
 REGISTER_TYPED_TEST_SUITE_P(RowColumnContract,

@@ -1,21 +1,31 @@
-// Whether all that applications left beside a socket has been taken: what is still there is no more
-// than the count of it.
+// How much of what applications left beside a socket has been taken: what is still there of them is
+// no more than the count of it.
 #pragma once
+
+#include <errno.h>
+#include <unistd.h>
 
 #include <algorithm>
 
 #include "quor/ring/segment_folder.h"
 #include "quor/ring/segment_map.h"
 
+// Segments that hold more than such a count: of applications that live, and of those that are not
+// taken yet.
+inline std::size_t SegmentsNotTaken(const SegmentFolder& folder) {
+  const std::vector<std::string> names = folder.Names();
+  return static_cast<std::size_t>(
+      std::count_if(names.begin(), names.end(), [&folder](const std::string& name) {
+        const int file = folder.OpenFile(name);
+        if (file < 0) return errno != ENOENT;  // removed just now; what cannot be opened is left
+        SegmentRest rest;
+        const bool taken = ReadRest(file, &rest);
+        close(file);
+        return !taken;
+      }));
+}
+
 inline bool AreSegmentsSwept(const std::string& socketPath) {
   SegmentFolder folder;
-  if (!folder.Open(socketPath)) return false;
-  const std::vector<std::string> names = folder.Names();
-  return std::all_of(names.begin(), names.end(), [&folder](const std::string& name) {
-    const int file = folder.OpenFile(name);
-    SegmentRest rest;
-    const bool taken = file < 0 || ReadRest(file, &rest);
-    if (file >= 0) close(file);
-    return taken;
-  });
+  return folder.Open(socketPath) && SegmentsNotTaken(folder) == 0;
 }

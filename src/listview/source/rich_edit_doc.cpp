@@ -45,7 +45,7 @@ bool CRichEditDoc::OnSaveDocument(const std::string& path) {
   CRichEditView* const view = GetView();
   if (view) m_file.text = view->Edit().GetText();
   const std::string bytes = EncodeText(m_file, m_file.text);
-  NewFile place(NewFile::Unfinished::Left);
+  NewFile place;
   OpenFile file;
   if (std::string why; place.Begin(path, &why)) file = CreateForWriting(place.WriteTo());
   if (!file) return failed("Error creating file.");

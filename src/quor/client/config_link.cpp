@@ -1,5 +1,7 @@
 #include "quor/client/config_link.h"
 
+#include <set>
+
 #include "base/fail_with.h"
 
 namespace {
@@ -70,7 +72,13 @@ void ConfigLink::Close(const std::string& app) {
 
 void ConfigLink::OnUp(Connection& connection, const quor::wire::Welcome&) {
   const std::lock_guard lock(m_mutex);
+  // Those whose first question is still open are asked for with it.
+  std::set<std::string> asked;
+  for (const auto& [id, question] : m_questions)
+    if (!question.answer && question.request.has_open_app())
+      asked.insert(question.request.open_app().name());
   for (const auto& [app, handles] : m_open) {
+    if (asked.contains(app)) continue;
     quor::wire::Request request;
     request.set_id(++m_lastId);
     request.mutable_open_app()->set_name(app);

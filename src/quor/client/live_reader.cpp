@@ -22,6 +22,10 @@ void LiveReader::SetPaused(bool paused) {
   });
 }
 
+void LiveReader::LookForRoom() {
+  if (m_turningAway && m_queue.IsHalfEmpty()) m_link->Post([this](Connection*) { CatchUp(); });
+}
+
 void LiveReader::SendState(Connection& connection) {
   quor::wire::Request request;
   request.set_id(++m_lastRequest);
@@ -89,6 +93,7 @@ void LiveReader::TakeLedger(const Frame& frame) {
   for (LiveBatch* const batch : m_staged) Deliver(batch);
   m_staged.clear();
   m_stagedBytes = 0;
+  CatchUp();  // all may have been taken before LookForRoom could know of the last ones
   m_lost.store(m_ledger.Lost() + m_gaps + m_allTurnedAway, std::memory_order_relaxed);
 }
 
@@ -97,7 +102,7 @@ void LiveReader::SayLost(std::uint64_t traces, const char* reason) {
 }
 
 void LiveReader::Deliver(LiveBatch* batch) {
-  if (m_turningAway && m_queue.IsHalfEmpty()) CatchUp();
+  CatchUp();
   if (m_turningAway || !m_queue.Push(batch)) TurnAway(batch);
 }
 
@@ -121,6 +126,7 @@ void LiveReader::TurnAway(LiveBatch* batch) {
 }
 
 void LiveReader::CatchUp() {
+  if (!m_turningAway || !m_queue.IsHalfEmpty()) return;
   std::vector<std::uint8_t> body;
   for (const auto& [id, text] : m_keptNames) {
     const std::size_t at = body.size();

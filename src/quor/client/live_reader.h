@@ -3,7 +3,7 @@
 //
 // Owner    Puts batches into a queue that outlives it.
 // Errors   A frame that must not be, or data that is malformed, breaks the connection.
-// Threads  The link's; Paused, IsUp and the counts from any.
+// Threads  The link's; SetPaused, LookForRoom, IsUp and the counts from any.
 #pragma once
 
 #include <atomic>
@@ -24,6 +24,8 @@ class LiveReader final : public ServiceLink::User {
   // REQUIRES: before the link starts.
   void Attach(ServiceLink& link) { m_link = &link; }
   void SetPaused(bool paused);
+  // Something was taken out of the queue: what was turned away may be told.
+  void LookForRoom();
   std::uint64_t Lost() const { return m_lost.load(std::memory_order_relaxed); }
   bool IsUp() const { return m_up.load(std::memory_order_relaxed); }
 
@@ -42,7 +44,7 @@ class LiveReader final : public ServiceLink::User {
   void TakeResponse(const Frame& frame);
   void Deliver(LiveBatch* batch);
   void TurnAway(LiveBatch* batch);
-  void CatchUp();
+  void CatchUp();  // if there is room again
   void SayLost(std::uint64_t traces, const char* reason);
   void DropStaged();
 
@@ -57,7 +59,8 @@ class LiveReader final : public ServiceLink::User {
   std::atomic<bool> m_up{false};
   std::uint32_t m_lastRequest = 0;
   // While the queue is full: what stood in the batches that were turned away.
-  bool m_turningAway = false, m_turnedWhilePaused = false, m_keptFirst = false;
+  std::atomic<bool> m_turningAway{false};
+  bool m_turnedWhilePaused = false, m_keptFirst = false;
   std::map<NameId, std::string> m_keptNames;
   std::size_t m_keptNameBytes = 0;
   std::uint64_t m_turnedAway = 0;

@@ -67,7 +67,10 @@ class TraceThread final : public TraceThread_i {
   // names behind their last trace.
   bool Offers() {
     while (m_left > 0) {
-      if (m_drain.empty()) m_drain = m_queue.Take(kTracesPerLook);
+      if (m_drain.empty()) {
+        m_drain = m_queue.Take(kTracesPerLook);
+        m_reader.LookForRoom();
+      }
       if (m_drain.empty()) return false;
       LiveBatch* const batch = m_drain.front();
       if (m_next < batch->Traces()) return true;

@@ -59,13 +59,19 @@ struct TraceIds {
 
 class BatchBuilder {
  public:
+  // Sources in a batch, those that are forgotten among them: its ledger is one frame.
+  static constexpr std::size_t kWordsMax = 4096;
+
   // `memory`: of one that makes many.
   explicit BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory = nullptr);
 
   bool IsEmpty() const {
     return m_batch->bytes.Size() == 0 && m_batch->sources.empty() && m_batch->forgotten.empty();
   }
-  bool IsFull() const { return m_batch->bytes.Size() >= kBatchBytes; }
+  bool IsFull() const {
+    return m_batch->bytes.Size() >= kBatchBytes ||
+           m_batch->sources.size() + m_batch->forgotten.size() >= kWordsMax;
+  }
   // Would a record of so many bytes with any seven names still make one data frame?
   bool HasRoom(std::size_t recordBytes, std::size_t nameBytes) const {
     return m_batch->bytes.Size() + m_nameBytes + recordBytes + nameBytes < kFrameRoom;

@@ -70,6 +70,7 @@ void Hub::Forget(const std::shared_ptr<Source>& source) {
   if (m_streams.empty()) return;
   Open();
   m_builder.AppendForgotten(source);
+  if (m_builder.IsFull()) Seal();
 }
 
 std::vector<std::shared_ptr<Source>> Hub::Sources() const {
@@ -160,6 +161,7 @@ void Hub::CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   SealBefore(source);
   Open();
   m_builder.CountLost(source, lost);
+  if (m_builder.IsFull()) Seal();
 }
 
 void Hub::SealBefore(const std::shared_ptr<Source>& source) {

@@ -1,6 +1,8 @@
 #include "quor/hub/stream_gap.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 void StreamGap::Add(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   const auto [place, isNew] = m_places.try_emplace(source.get());
@@ -8,39 +10,81 @@ void StreamGap::Add(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   place->second->lost += lost;
 }
 
+// The sources of a sum whose part of it is noted for a successor when the sum has arrived. They
+// live as long as somebody keeps their file.
+class StreamGap::Notes {
+ public:
+  void Add(const std::shared_ptr<Source>& source) {
+    if (m_sources.size() >= m_room) {
+      std::erase_if(m_sources, [](const auto& one) { return one.expired(); });
+      m_room = std::max(m_room, 2 * m_sources.size());
+    }
+    m_sources.push_back(source);
+  }
+  void HandedOn() {
+    for (const auto& one : std::exchange(m_sources, {})) {
+      const std::shared_ptr<Source> source = one.lock();
+      if (!source) continue;
+      source->handedOn = source->serial;
+      if (source->noteHandedOn) source->noteHandedOn(source->handedOn);
+    }
+  }
+
+ private:
+  std::vector<std::weak_ptr<Source>> m_sources;
+  std::size_t m_room = 64;
+};
+
 void StreamGap::Forget(const std::shared_ptr<Source>& source, bool spokenOf) {
   const auto place = m_places.find(source.get());
   const std::uint64_t lost = place != m_places.end() ? place->second->lost : 0;
   // The sum stands for a source of which nothing but losses was ever told.
-  if (spokenOf || source->firstSerial != 0 || lost != source->serial) {
+  const bool isOwn = source->firstSerial == 0 && lost == source->serial;
+  if (spokenOf || (!isOwn && m_forgotten.size() < kSinglyMax)) {
     m_forgotten.push_back(source);
     return;
   }
-  AddToSum(*source);
+  AddToSum(source, lost);
   if (place == m_places.end()) return;
   m_lost.erase(place->second);
   m_places.erase(place);
 }
 
-void StreamGap::AddToSum(const Source& source) {
-  if (source.serial == 0) return;
-  if (!m_sum) {
-    m_sum = std::make_shared<Source>(source);
+void StreamGap::AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lost) {
+  if (source->serial == 0) return;
+  m_sumLost += lost;
+  if (m_sum) {
+    m_sum->serial += source->serial;
+    m_sum->pid.clear();
+    if (m_sum->app != source->app) m_sum->app.clear();
+    if (m_sum->machine != source->machine) m_sum->machine.clear();
+  } else {
+    m_sum = std::make_shared<Source>(*source);
     m_sum->way = std::make_shared<char>();
+    m_sum->firstSerial = 0;
     m_sum->noteHandedOn = nullptr;
-    return;
   }
-  m_sum->serial += source.serial;
-  m_sum->pid.clear();
-  if (m_sum->app != source.app) m_sum->app.clear();
-  if (m_sum->machine != source.machine) m_sum->machine.clear();
+  if (source->noteHandedOn) NoteWithSum(source);
+}
+
+void StreamGap::NoteWithSum(const std::shared_ptr<Source>& source) {
+  if (!m_notes) m_notes = std::make_shared<Notes>();
+  m_notes->Add(source);
+  // The whole sum is told by one word.
+  m_sum->noteHandedOn = [notes = m_notes](std::uint64_t) { notes->HandedOn(); };
+}
+
+void StreamGap::TellSum() {
+  const auto sum = std::exchange(m_sum, nullptr);
+  m_notes = nullptr;
+  const std::uint64_t lost = std::exchange(m_sumLost, 0);
+  if (!sum) return;
+  Add(sum, lost);
+  m_forgotten.push_back(sum);
 }
 
 SharedBatch StreamGap::Take(HubNames& names, bool oneSourceEach, const char* reason) {
-  if (const auto sum = std::exchange(m_sum, nullptr)) {
-    Add(sum, sum->serial);
-    m_forgotten.push_back(sum);
-  }
+  TellSum();
   BatchBuilder builder(names);
   while (!m_lost.empty() && !builder.IsFull()) {
     const SourceDelta& gap = m_lost.front();
@@ -52,7 +96,7 @@ SharedBatch StreamGap::Take(HubNames& names, bool oneSourceEach, const char* rea
     m_lost.pop_front();
   }
   // Behind the last word on them.
-  if (m_lost.empty())
-    for (const auto& source : std::exchange(m_forgotten, {})) builder.AppendForgotten(source);
+  for (; m_lost.empty() && !m_forgotten.empty() && !builder.IsFull(); m_forgotten.pop_front())
+    builder.AppendForgotten(m_forgotten.front());
   return builder.Seal();
 }

@@ -150,6 +150,20 @@ void SegmentFolder::Close() {
   m_new.clear();
 }
 
+void SegmentFolder::RemoveEmpty(const std::string& socketPath) {
+  const int runtime =
+      OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW);
+  if (runtime < 0) return;
+  char target[256] = {};
+  // Nobody makes it at the same time.
+  if (readlinkat(runtime, kSegments, target, sizeof target - 1) > 0 &&
+      std::string(target).starts_with(OwnInMemory()) && LockSoon(runtime)) {
+    if (rmdir(target) == 0) unlinkat(runtime, kSegments, 0);
+    flock(runtime, LOCK_UN);
+  }
+  close(runtime);
+}
+
 bool SegmentFolder::IsSame(const SegmentFolder& other) const {
   struct stat one {
   }, two{};

@@ -30,6 +30,8 @@ class SegmentFolder {
   // others may enter it. The folder of the socket must be this user's alone.
   bool Open(const std::string& socketPath);
   void Close();
+  // Of a service that ends: the one in memory elsewhere goes when nothing is in it.
+  static void RemoveEmpty(const std::string& socketPath);
   bool IsOpen() const { return m_folder >= 0; }
   int Descriptor() const { return m_folder; }
   // Both are open and one.

@@ -15,6 +15,7 @@
 namespace {
 
 constexpr int kCommitWaits = 100;
+constexpr std::string_view kNotWritten = "the file could not be written";
 
 std::uint64_t MonotonicNs() {
   timespec time{};
@@ -28,7 +29,8 @@ std::uint64_t MonotonicNs() {
 struct Split {
   std::size_t whole = 0;     // bytes of whole records among those written
   std::uint64_t traces = 0;  // numbered traces behind them
-  std::uint64_t told = 0;    // losses that the loss traces behind them tell
+  // What the loss traces behind them tell: of the ring, and of this file again.
+  std::uint64_t fromRing = 0, again = 0;
 };
 
 std::size_t HeaderIn(Bytes buffer) {
@@ -52,7 +54,7 @@ Split SplitAt(Bytes buffer, std::size_t written) {
       const std::string_view text = trace.Text();
       std::uint64_t lost = 0;
       std::from_chars(text.data(), text.data() + text.size(), lost);
-      split.told += lost;
+      (text.ends_with(kNotWritten) ? split.again : split.fromRing) += lost;
     }
   }
   return split;
@@ -131,7 +133,8 @@ void FileSink::LoseFrom(std::size_t written, int error) {
   m_files.TakeBack(written - split.whole);
   m_written.reset();  // which of its names reached the file does not matter: they come again
   Fail(split.traces, error);
-  m_missed += split.told;
+  Miss(split.fromRing);
+  m_missed += split.again;  // the service is told already
 }
 
 // Another file under the name: what is buffered goes there, with the names that only the old one
@@ -246,7 +249,7 @@ void FileSink::AppendName(NameId id) {
   m_written.set(id);
 }
 
-void FileSink::AppendLoss(std::uint64_t lost, const char* reason) {
+void FileSink::AppendLoss(std::uint64_t lost, std::string_view reason) {
   const Stamp now = TraceClock::ByKernel();
   RecordFields fields;
   fields.machine = m_lossNames.machine;
@@ -260,8 +263,9 @@ void FileSink::AppendLoss(std::uint64_t lost, const char* reason) {
   fields.ticCount = now.ticPs;
   fields.attributes = kAttributeWarn;
   char text[96];
-  const int length = std::snprintf(text, sizeof text, "%llu traces lost: %s",
-                                   static_cast<unsigned long long>(lost), reason);
+  const int length = std::snprintf(text, sizeof text, "%llu traces lost: %.*s",
+                                   static_cast<unsigned long long>(lost),
+                                   static_cast<int>(reason.size()), reason.data());
   std::uint8_t trace[RawTrace::kFixedBytes + sizeof text];
   fields.text = {text, static_cast<std::size_t>(length)};
   StoreRecord(trace, fields);
@@ -269,7 +273,7 @@ void FileSink::AppendLoss(std::uint64_t lost, const char* reason) {
 }
 
 void FileSink::TellMissed() {
-  AppendLoss(std::exchange(m_missed, 0), "the file could not be written");
+  AppendLoss(std::exchange(m_missed, 0), kNotWritten);
 }
 
 void FileSink::BeginFile() {

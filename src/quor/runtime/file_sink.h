@@ -71,7 +71,7 @@ class FileSink {
   void AppendTrace(Bytes trace, std::uint32_t number);
   void AppendNames(const std::uint8_t* trace);
   void AppendName(NameId id);
-  void AppendLoss(std::uint64_t lost, const char* reason);
+  void AppendLoss(std::uint64_t lost, std::string_view reason);
   void TellMissed();
   void BeginFile();
   void Fail(std::uint64_t lost, int error);

@@ -140,7 +140,10 @@ bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
   const std::string path = ServiceSocketPath(environment);
   const bool found =
       folder.Open(path) || (PrepareSocketFolder(path, nullptr, environment) && folder.Open(path));
-  const int file = found ? folder.NewFile(startedNs, HardToGuess()) : -1;
+  int file = found ? folder.NewFile(startedNs, HardToGuess()) : -1;
+  // A service that just ended has removed it.
+  if (found && file < 0 && errno == ENOENT && folder.Open(path))
+    file = folder.NewFile(startedNs, HardToGuess());
   if (file >= 0 && segment.Create(sizes, startedNs, salt, file) && HasRoomForAll(segment))
     return true;
   folder.Discard();

@@ -14,6 +14,7 @@
 
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/log/log.h"
+#include "quor/ring/segment_folder.h"
 
 namespace {
 
@@ -263,8 +264,10 @@ void Service::Later(milliseconds time, std::function<void()> call) {
 void Service::Stop() {
   if (std::exchange(m_stopping, true)) return;
   Log(LogLevel::Info, "ending");
+  const bool inPlace = m_door.IsInPlace();
   CloseDoors();
   m_apps->Stop();
+  if (inPlace) SegmentFolder::RemoveEmpty(m_options.socketPath);
   m_hub.Seal();
   m_hub.Deliver();
   const auto sessions = std::exchange(m_sessions, {});

@@ -53,7 +53,7 @@ struct TlsDoor::Slot {
 };
 
 TlsDoor::TlsDoor(asio::io_context& io, std::chrono::milliseconds patience, Come come)
-    : m_io(io), m_patience(patience), m_come(std::move(come)), m_deadline(io), m_again(io) {}
+    : m_io(io), m_patience(patience), m_come(std::move(come)), m_deadline(io) {}
 
 bool TlsDoor::Open(const std::vector<std::string>& listen, const std::string& keysFolder,
                    std::string* why) {
@@ -82,38 +82,39 @@ bool TlsDoor::Listen(const std::string& text, std::string* why) {
   }
   Log(LogLevel::Info, "listening on " + endpoint->address().to_string() + ":" +
                           std::to_string(acceptor.local_endpoint().port()) + " (mutual TLS)");
-  m_listeners.push_back(std::move(acceptor));
+  m_listeners.emplace_back(std::move(acceptor));
   return true;
 }
 
 void TlsDoor::Start() {
-  for (asio::ip::tcp::acceptor& listener : m_listeners) Accept(listener);
+  for (Listener& listener : m_listeners) Accept(listener);
 }
 
 void TlsDoor::Close() {
   if (std::exchange(m_closed, true)) return;
   std::error_code ignored;
-  for (asio::ip::tcp::acceptor& listener : m_listeners) listener.close(ignored);
+  for (Listener& listener : m_listeners) {
+    listener.acceptor.close(ignored);
+    listener.again.cancel();
+  }
   while (!m_slots.empty()) Leave(m_slots.begin());
   m_deadline.cancel();
-  m_again.cancel();
 }
 
-void TlsDoor::Accept(asio::ip::tcp::acceptor& acceptor) {
-  acceptor.async_accept(
-      [this, &acceptor](const std::error_code& error, asio::ip::tcp::socket socket) {
+void TlsDoor::Accept(Listener& listener) {
+  listener.acceptor.async_accept(
+      [this, &listener](const std::error_code& error, asio::ip::tcp::socket socket) {
         if (error == asio::error::operation_aborted || m_closed) return;
-        if (error) return AcceptLater(acceptor);
+        if (error) return AcceptLater(listener);
         Admit(std::move(socket));
-        Accept(acceptor);
+        Accept(listener);
       });
 }
 
-void TlsDoor::AcceptLater(asio::ip::tcp::acceptor& acceptor) {
-  m_again.expires_after(kTlsAcceptAgain);
-  m_again.async_wait([this, &acceptor](const std::error_code& error) {
-    // Another door's wait may have cut this one short.
-    if (!m_closed && (!error || error == asio::error::operation_aborted)) Accept(acceptor);
+void TlsDoor::AcceptLater(Listener& listener) {
+  listener.again.expires_after(kTlsAcceptAgain);
+  listener.again.async_wait([this, &listener](const std::error_code& error) {
+    if (!error && !m_closed) Accept(listener);
   });
 }
 

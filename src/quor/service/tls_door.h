@@ -46,12 +46,18 @@ class TlsDoor {
   void Close();
 
  private:
+  struct Listener {
+    explicit Listener(asio::ip::tcp::acceptor from)
+        : acceptor(std::move(from)), again(acceptor.get_executor()) {}
+    asio::ip::tcp::acceptor acceptor;
+    asio::steady_timer again;  // its own: a new wait ends the one before
+  };
   struct Slot;
   using Slots = std::list<std::shared_ptr<Slot>>;  // oldest first
 
   bool Listen(const std::string& text, std::string* why);
-  void Accept(asio::ip::tcp::acceptor& acceptor);
-  void AcceptLater(asio::ip::tcp::acceptor& acceptor);
+  void Accept(Listener& listener);
+  void AcceptLater(Listener& listener);
   void Admit(asio::ip::tcp::socket socket);
   void MakeRoom(const std::string& newcomer);
   void DropOldest(const std::string& address);
@@ -64,11 +70,11 @@ class TlsDoor {
   asio::io_context& m_io;
   const std::chrono::milliseconds m_patience;
   const Come m_come;
-  std::list<asio::ip::tcp::acceptor> m_listeners;
+  std::list<Listener> m_listeners;
   std::shared_ptr<asio::ssl::context> m_tls;
   Slots m_slots;
   std::map<std::string, std::size_t> m_perAddress;
-  asio::steady_timer m_deadline, m_again;
+  asio::steady_timer m_deadline;
   std::size_t m_dropped = 0;  // and not yet told
   std::chrono::steady_clock::time_point m_nextWord{};
   bool m_closed = false;

@@ -13,6 +13,7 @@ constexpr int kSeparatorGapPx = 6;
 constexpr qreal kCrossShare = 0.45;  // of a tab's button
 constexpr int kTitleRoomPx = 4, kLeastTitlePx = 18, kTitleGapPx = 4;
 constexpr qreal kPale = 0.65;  // the title of a window without the focus
+constexpr float kSliderInk = 0.15f, kSliderEdgeInk = 0.5f;
 
 bool IsDark(const QStyleOption* option) {
   return option && option->palette.color(QPalette::Window).lightness() < 128;
@@ -52,6 +53,17 @@ void DrawTabClose(const QStyleOption& option, QPainter& painter) {
   painter.setPen(QPen(ink, 1.4, Qt::SolidLine, Qt::RoundCap));
   painter.drawLine(cross.topLeft(), cross.bottomRight());
   painter.drawLine(cross.topRight(), cross.bottomLeft());
+  painter.restore();
+}
+
+void DrawSlider(const QStyleOptionSlider& bar, const QRect& slider, QPainter& painter) {
+  QColor edge = bar.palette.color(QPalette::WindowText), ground = edge;
+  edge.setAlphaF(kSliderEdgeInk);
+  ground.setAlphaF(kSliderInk);
+  painter.save();
+  painter.setPen(QPen(edge, 1));
+  painter.setBrush(ground);
+  painter.drawRect(slider.adjusted(0, 0, -1, -1));
   painter.restore();
 }
 
@@ -120,6 +132,9 @@ void ClearFusion::drawComplexControl(ComplexControl control, const QStyleOptionC
   const auto* const given = qstyleoption_cast<const QStyleOptionTitleBar*>(option);
   if (control != CC_TitleBar || !given) {
     QProxyStyle::drawComplexControl(control, option, painter, widget);
+    const auto* const bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control == CC_ScrollBar && bar && bar->maximum > bar->minimum)
+      DrawSlider(*bar, proxy()->subControlRect(control, bar, SC_ScrollBarSlider, widget), *painter);
     return;
   }
   QStyleOptionTitleBar bar(*given);

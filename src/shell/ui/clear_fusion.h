@@ -5,6 +5,9 @@
 // their edges, and the buttons of a child window without the focus are black on black. On light
 // colours they stay as they are.
 //
+// The slider of a scroll bar stands out of its groove. Fusion's is nearly the groove's colour, and
+// the rest of the groove passes for a small slider.
+//
 // The title of a child window stands at the left, where the others of a cascade leave it to be
 // seen, in a bar that is a little lower.
 //

@@ -90,12 +90,12 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   void LeaveEmptyTree();
   void AddTraces(const CTraceHint& hint);
   void RemoveTraces(const CTraceHint& hint);
-  std::optional<NodePosition> PlaceOf(const TraceEvent_i& target, bool watched);
-  void FollowTrace(const TraceEvent_i& target, bool watched);
+  std::optional<NodePosition> PlaceOf(const TraceEvent_i& target);
+  void FollowTrace(const TraceEvent_i& target);
   void FollowTail(TreeItem item);
   void Fill(TreeItem item);
   bool FillWatched(TreeItem item);
-  void EnsureTreeItem(CTraceEvent& node, bool watched);
+  void EnsureTreeItem(CTraceEvent& node);
   void TellStatus();
   void ShowHits(bool on);
   void MapCommands();
@@ -112,8 +112,8 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   std::unique_ptr<ProcModel> m_model;
   std::unique_ptr<TreeControl> m_tree;
   bool m_firstUpdate = true;
-  bool m_built = false;
-  bool m_active = false;
+  bool m_built = false, m_active = false;
+  bool m_inDrain = false;                       // whose work no box may interrupt
   std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
   std::vector<CProcViewIterator*> m_iterators;  // at work: they are told what goes
   std::unique_ptr<FindHits> m_hits;             // of the search that has selected the item

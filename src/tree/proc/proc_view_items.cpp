@@ -56,12 +56,16 @@ void CProcView::Fill(TreeItem item) {
 
 // False when the person cancelled it.
 bool CProcView::FillWatched(TreeItem item) {
+  if (m_inDrain) {
+    Fill(item);
+    return true;
+  }
   ItemFill fill = FillOf(item);
   return RunLongWork(GetHost(), &m_document, {"Tessera", "Opening..."}, fill);
 }
 
 // A loop from the top down: 100,000 nested blocks need no stack.
-void CProcView::EnsureTreeItem(CTraceEvent& node, bool watched) {
+void CProcView::EnsureTreeItem(CTraceEvent& node) {
   if (node.treeItem) return;
   std::vector<CTraceEvent*> closed;  // parents whose children have no items, from below
   for (CTraceEvent* each = node.parent; each; each = each->parent) {
@@ -70,10 +74,7 @@ void CProcView::EnsureTreeItem(CTraceEvent& node, bool watched) {
   }
   for (; !closed.empty() && closed.back()->treeItem; closed.pop_back()) {
     const TreeItem item = closed.back()->treeItem;
-    if (!watched)
-      Fill(item);
-    else if (Lacks(item) && !FillWatched(item))
-      return;
+    if (Lacks(item) && !FillWatched(item)) return;
   }
 }
 

@@ -23,7 +23,7 @@ void CProcView::OnUpdate(CView*, unsigned hint, CObject* object) {
       if (traces) RemoveTraces(*traces);
       break;
     case kHintFollow:
-      if (traces && !traces->m_events.empty()) FollowTrace(*traces->m_events.front(), true);
+      if (traces && !traces->m_events.empty()) FollowTrace(*traces->m_events.front());
       break;
     default:  // the tree has no columns for 1001
       break;
@@ -107,25 +107,26 @@ void CProcView::RemoveTraces(const CTraceHint& hint) {
   if (m_active) TellRowCount(GetHost(), m_model->TraceCount());
   // Kept: at every trim the selection jumps to what is nearest to the oldest trace that goes. It is
   // still good here: the document releases it behind the hint.
-  // No box comes up here: the drain is in the middle of its work.
-  FollowTrace(*hint.m_events.front(), false);
+  m_inDrain = true;
+  FollowTrace(*hint.m_events.front());
+  m_inDrain = false;
 }
 
 // Nothing when the person cancelled it.
-std::optional<NodePosition> CProcView::PlaceOf(const TraceEvent_i& target, bool watched) {
-  if (!watched) return m_model->FindNode(target);
+std::optional<NodePosition> CProcView::PlaceOf(const TraceEvent_i& target) {
+  if (m_inDrain) return m_model->FindNode(target);
   NodeSearch search(*m_model, target);
   if (!RunLongWork(GetHost(), &m_document, {"Tessera", "Looking for the trace..."}, search))
     return std::nullopt;
   return search.Place();
 }
 
-void CProcView::FollowTrace(const TraceEvent_i& target, bool watched) {
+void CProcView::FollowTrace(const TraceEvent_i& target) {
   const CWaitCursor wait(GetHost());
-  const std::optional<NodePosition> place = PlaceOf(target, watched);
+  const std::optional<NodePosition> place = PlaceOf(target);
   if (!place || !*place) return;
   CTraceEvent& node = *place->Node();
-  EnsureTreeItem(node, watched);
+  EnsureTreeItem(node);
   if (node.treeItem) Show(node.treeItem);
 }
 

@@ -45,7 +45,6 @@ class Machines : public ::testing::Test {
       self.AwaitGo();
     }
   }
-  std::uint64_t Sum() const { return monitor.delivered + monitor.lost; }
 
   TwoMachines machines;
   QuordProcess far, near;
@@ -71,9 +70,9 @@ TEST_F(Machines, ACableThatStaysPulledIsNoticedAndWhatDoesNotFitIsCountedExactly
   TracedChild app([this](TracedChild& self) { return Trace(self, 100'000, 1000); });
   monitor.keepTraces = false;
   const auto gets = [this](std::uint64_t traced) {
-    return WaitFor([&] { return monitor.Beat(), monitor.Pump(), Sum() == traced; }, 60000);
+    return WaitFor([&] { return monitor.Beat(), monitor.Pump(), monitor.Sum() == traced; }, 60000);
   };
-  ASSERT_TRUE(gets(100'001)) << Sum();
+  ASSERT_TRUE(gets(100'001)) << monitor.Sum();
   EXPECT_EQ(app.Told(), 100'001u);
   EXPECT_EQ(monitor.lost, 0u);
   ASSERT_TRUE(machines.Cut()) << machines.Why();
@@ -85,7 +84,7 @@ TEST_F(Machines, ACableThatStaysPulledIsNoticedAndWhatDoesNotFitIsCountedExactly
     return near.Log().find("cannot forward to 10.77.0.2:7447") != std::string::npos;
   })) << near.Log();
   ASSERT_TRUE(machines.Mend()) << machines.Why();
-  ASSERT_TRUE(gets(traced)) << Sum();
+  ASSERT_TRUE(gets(traced)) << monitor.Sum();
   // 100 MB went into a store of 64 MiB.
   EXPECT_GT(monitor.lost, 10'000u);
   EXPECT_GT(monitor.delivered, 100'000u);

@@ -29,6 +29,8 @@ class MonitorProof : private DataSink {
     for (const SeenTrace& trace : traces) count += trace.app == app && trace.component != "Quor";
     return count;
   }
+  // All that was sent, as far as this monitor knows.
+  std::uint64_t Sum() const { return delivered + lost + gaps; }
 
   bool keepTraces = true;
   std::vector<SeenTrace> traces;

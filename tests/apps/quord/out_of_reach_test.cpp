@@ -4,20 +4,19 @@
 #include <sys/resource.h>
 
 #include <filesystem>
-#include <fstream>
 #include <quor/quor.hpp>
 #include <random>
-#include <sstream>
 
 #include "quord_client.h"
-#include "records/trc_walk.h"
+#include "support/file_traces.h"
+#include "support/folder_names.h"
 
 namespace {
 
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-QUOR_POINT(connect_point, "Net", "Connect");
+QUOR_POINT(connect_point, "Work", "Step");
 
 constexpr int kWriters = 6, kRounds = 2;
 
@@ -48,7 +47,6 @@ class OutOfReach : public ::testing::Test {
   bool Comes(const std::function<bool()>& condition) {
     return WaitFor([&] { return Pump(), condition(); });
   }
-  std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
 
   QuordProcess quord;
   QuordClient monitor;
@@ -80,7 +78,7 @@ TEST_F(OutOfReach, WhoHasGivenUpItsUserOrItsRootIsReadByTheNextServiceWhileItLiv
     ASSERT_EQ(daemons.back()->Told(), 1u);
     traced += 200;
   }
-  ASSERT_TRUE(Comes([&] { return Sum() == 300; }));
+  ASSERT_TRUE(Comes([&] { return monitor.Sum() == 300; }));
   quord.Kill();
   std::uint64_t gaveUp = 0;
   for (const auto& daemon : daemons) daemon->Go();
@@ -89,9 +87,9 @@ TEST_F(OutOfReach, WhoHasGivenUpItsUserOrItsRootIsReadByTheNextServiceWhileItLiv
   EXPECT_EQ(gaveUp, mayAll ? 3u : 1u);
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
-  EXPECT_TRUE(Comes([&] { return Sum() == traced - 150; })) << Sum();
+  EXPECT_TRUE(Comes([&] { return monitor.Sum() == traced - 150; })) << monitor.Sum();
   for (const auto& daemon : daemons) daemon->Go();
-  EXPECT_TRUE(Comes([&] { return Sum() == traced; })) << Sum();
+  EXPECT_TRUE(Comes([&] { return monitor.Sum() == traced; })) << monitor.Sum();
   EXPECT_EQ(monitor.Count("daemon"), traced);
   EXPECT_EQ(quord.Log().find("has ended"), std::string::npos);
 }
@@ -113,13 +111,13 @@ TEST_F(OutOfReach, WhoLosesItsLinkForGoodIsReadOnByTheSameService) {
   ASSERT_EQ(daemon.Told(), 1u);
   EXPECT_TRUE(quord.Says("is read without a link"));
   daemon.Go();
-  EXPECT_TRUE(Comes([&] { return Sum() == 200; })) << Sum();
+  EXPECT_TRUE(Comes([&] { return monitor.Sum() == 200; })) << monitor.Sum();
 }
 
 // What a writer has traced, in memory that it shares with the test.
 struct Written {
   std::atomic<std::uint64_t> traces;
-  std::atomic<bool> ends;
+  std::atomic<bool> hearsSettings, ends;
 };
 
 int Write(Written& written, const std::string& name) {
@@ -127,31 +125,10 @@ int Write(Written& written, const std::string& name) {
   for (std::uint64_t i = 0; !written.ends.load(); ++i) {
     QUOR_TRACE_INFO(connect_point, "{}/{}", name, i);
     written.traces.store(i + 1);
+    written.hearsSettings.store(quor_on(&connect_point, QUOR_VERBOSE) != 0);
     if (i % 8 == 0) usleep(500);
   }
   return 0;
-}
-
-struct TextsOfFile {
-  std::map<std::string, int>& times;
-  void OnName(NameId, std::string_view) {}
-  void OnTrace(const std::uint8_t* record) {
-    const RawTrace raw(record);
-    if (raw.SequenceNumber() != kNoSequenceNumber) ++times[std::string(raw.Text())];
-  }
-  void OnUnknownTag(std::uint64_t at) { ADD_FAILURE() << "an unknown tag at " << at; }
-  bool OnProgress(std::uint64_t) { return true; }
-};
-
-void CountTextsIn(const std::string& path, std::map<std::string, int>& times) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream content;
-  content << file.rdbuf();
-  std::string bytes = content.str();
-  const std::size_t size = bytes.size();
-  bytes.resize(size + 131115);
-  TextsOfFile texts{times};
-  WalkTrc({reinterpret_cast<const std::uint8_t*>(bytes.data()), size}, texts);
 }
 
 // They stand still while they are told to write a file and while the service goes; they read that
@@ -205,14 +182,19 @@ class LateOrders : public OutOfReach {
         if (at[i] <= Clock::now()) kill(m_writers[i]->Pid(), SIGCONT);
       return *std::max_element(at.begin(), at.end()) <= Clock::now();
     }));
-    // All have linked and are at work.
-    std::vector<std::uint64_t> before;
-    for (int i = 0; i < kWriters; ++i) before.push_back(m_written[i].traces.load());
-    EXPECT_TRUE(Comes([&] {
-      for (int i = 0; i < kWriters; ++i)
-        if (m_written[i].traces.load() < before[i] + 300) return false;
-      return true;
-    }));
+    for (int i = 0; i < kWriters; ++i) EXPECT_TRUE(Links(i)) << i;
+  }
+  // Settings come over a link alone: one that hears the other ones has it, and goes on to trace.
+  bool Links(int i) {
+    QuordClient client(quord.SocketPath());
+    if (!client.Hello(quor::wire::ROLE_CONFIGURE)) return false;
+    const bool wanted = !m_written[i].hearsSettings.load();
+    const quor::wire::App app = client.Ask(OpenAppRequest(Name(i))).app();
+    const std::uint32_t settings = wanted ? QUOR_INFO | QUOR_VERBOSE : QUOR_INFO;
+    if (client.Ask(SubmitAllRequest(app, settings)).error() != quor::wire::ERROR_NONE) return false;
+    if (!Comes([&] { return m_written[i].hearsSettings.load() == wanted; })) return false;
+    const std::uint64_t before = m_written[i].traces.load();
+    return Comes([&] { return m_written[i].traces.load() >= before + 300; });
   }
 
   std::random_device m_device;
@@ -236,13 +218,18 @@ TEST_F(LateOrders, EachTraceIsTakenOnceWhereverALinkComesBetween) {
     traced += m_written[i].traces.load();
   }
   std::map<std::string, int> times;
-  for (const auto& entry : std::filesystem::directory_iterator(Files()))
-    CountTextsIn(entry.path(), times);
+  for (const std::string& name : NamesIn(Files())) {
+    const FileTraces file = ReadTrc(Files() + "/" + name);
+    EXPECT_TRUE(file.whole) << name;
+    for (std::size_t i = 0; i < file.texts.size(); ++i)
+      if (file.numbers[i] != kNoSequenceNumber) ++times[file.texts[i]];
+  }
   const std::uint64_t inFiles = times.size();
-  EXPECT_TRUE(Comes([&] { return inFiles + Sum() >= traced; })) << inFiles << " + " << Sum();
-  EXPECT_EQ(inFiles + Sum(), traced);
+  EXPECT_TRUE(Comes([&] { return inFiles + monitor.Sum() >= traced; }))
+      << inFiles << " + " << monitor.Sum();
+  EXPECT_EQ(inFiles + monitor.Sum(), traced);
   for (const SeenTrace& trace : monitor.traces)
-    if (trace.component == "Net") ++times[trace.text];
+    if (trace.component == "Work") ++times[trace.text];
   std::uint64_t twice = 0;
   for (const auto& [text, count] : times) twice += count > 1;
   EXPECT_EQ(twice, 0u);

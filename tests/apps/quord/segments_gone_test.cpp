@@ -60,9 +60,9 @@ class SegmentsGone : public WithService, public ::testing::TestWithParam<const c
     m_leftovers = {target, beside};
   }
   bool Sums(std::uint64_t traces) {
-    return WaitFor([&] { return monitor.Pump(), Sum() >= traces; }) && Sum() == traces;
+    return WaitFor([&] { return monitor.Pump(), monitor.Sum() >= traces; }) &&
+           monitor.Sum() == traces;
   }
-  std::uint64_t Sum() const { return monitor.delivered + monitor.lost + monitor.gaps; }
 };
 
 TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
@@ -86,9 +86,9 @@ TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
     });
     EXPECT_EQ(shortLife.Wait(), 1000 + SIGKILL);
   }
-  EXPECT_TRUE(Sums(100 + kShortLives)) << Sum();
+  EXPECT_TRUE(Sums(100 + kShortLives)) << monitor.Sum();
   longLife.Go();
-  EXPECT_TRUE(Sums(200 + kShortLives)) << Sum();
+  EXPECT_TRUE(Sums(200 + kShortLives)) << monitor.Sum();
   longLife.Go();
   EXPECT_EQ(longLife.Wait(), 0);
   struct stat status {};
@@ -96,6 +96,32 @@ TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
     return stat(Segments().c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
            (status.st_mode & 0777) == 0700;
   }));
+}
+
+// Where the socket's folder lies on a disk the segments lie elsewhere, and nobody else would look
+// for them there.
+TEST_F(BusyApplication, HoldsTheFolderWhenTheServiceEndsAndAnEmptyOneGoesWithIt) {
+  quord.Start();
+  const std::string empty = fs::canonical(Segments());
+  const bool elsewhere = fs::is_symlink(Segments());
+  EXPECT_EQ(quord.Stop(), 0);
+  EXPECT_EQ(fs::exists(empty), !elsewhere);
+  EXPECT_EQ(fs::is_symlink(Segments()), false);
+
+  quord.Start();
+  TracedChild app([](TracedChild& self) {
+    QUOR_TRACE_INFO(connect_point, "one");
+    self.Tell(1);
+    self.AwaitGo();
+    return 0;
+  });
+  ASSERT_EQ(app.Told(), 1u);
+  const std::string held = fs::canonical(Segments());
+  EXPECT_EQ(quord.Stop(), 0);
+  EXPECT_TRUE(fs::exists(held));
+  EXPECT_EQ(fs::canonical(Segments()).string(), held);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
 }
 
 // Nobody rings for it: the killed service was just polling, and the next cannot find the file.

@@ -12,19 +12,23 @@ QUOR_POINT(still_point, "Net", "Connect");
 
 class Standstill : public ::testing::Test {
  protected:
-  static void Live(int apps) {
-    for (int i = 0; i < apps; ++i) {
+  // One after the other, as children of a process without a second thread.
+  static int LiveTwenty(TracedChild& self) {
+    self.AwaitGo();
+    for (int i = 0; i < 20; ++i) {
       const pid_t pid = fork();
       if (pid == 0) {
         QUOR_TRACE_INFO(still_point, "{}", i);
         _exit(0);
       }
-      ASSERT_EQ(WaitForExit(pid), 0);
+      if (WaitForExit(pid) != 0) return 1;
     }
+    return 0;
   }
-  static void StandStill(pid_t service, int milliseconds) {
+  static void StandStill(pid_t service, TracedChild* apps, int milliseconds) {
     kill(service, SIGSTOP);
-    Live(20);
+    apps->Go();
+    ASSERT_EQ(apps->Wait(), 0);
     poll(nullptr, 0, milliseconds);
     kill(service, SIGCONT);
   }
@@ -44,9 +48,10 @@ TEST_F(Standstill, AMonitorThatSaidNothingMeanwhileIsKept) {
     own.Run();
     return 0;
   });
+  TracedChild apps(LiveTwenty);
   QuordClient monitor, other;
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
-  StandStill(service.Pid(), 2000);
+  StandStill(service.Pid(), &apps, 2000);
   // By now it has looked around.
   ASSERT_TRUE(other.Connect(quord.SocketPath()));
   ASSERT_TRUE(other.Hello(quor::wire::ROLE_MONITOR));
@@ -66,11 +71,12 @@ TEST_F(Standstill, AMonitorThatSaidNothingMeanwhileIsKept) {
 // For longer than a service of another machine may be silent.
 TEST_F(Standstill, AClientWaitsForTheServiceOfItsMachineAndLosesNothing) {
   quord.Start();
+  TracedChild apps(LiveTwenty);
   NameMap names;
   std::string why;
   TraceThread_i* const monitor = TraceThread_i::ConnectToTraceService("", names, &why);
   ASSERT_TRUE(monitor) << why;
-  StandStill(quord.Pid(), 11500);
+  StandStill(quord.Pid(), &apps, 11500);
   EXPECT_TRUE(WaitFor([&] {
     while (monitor->HasTraces()) monitor->NextTrace()->Release();
     return monitor->GetCounts().delivered + monitor->GetCounts().lost >= 20;

@@ -12,6 +12,7 @@
 #include <map>
 
 #include "docview/ui/qt_host.h"
+#include "support/owed.h"
 
 namespace {
 
@@ -61,12 +62,12 @@ class DialogPlaceTest : public testing::Test {
     m_host.SetPlaces(std::make_unique<MemoryOfPlaces>(m_places));
   }
   void Run(LongQuestion& question, const std::function<void(LongQuestionFace&)>& person) {
-    m_host.Post([person] {
+    m_host.Post(Owed([person] {
       auto* const face = dynamic_cast<LongQuestionFace*>(QApplication::activeModalWidget());
       ASSERT_TRUE(face);
       person(*face);
       face->reject();
-    });
+    }));
     question.DoModal();
   }
   std::map<std::string, QRect> m_places;
@@ -146,10 +147,17 @@ TEST_F(DialogPlaceTest, ADialogThatWasNotMovedIsNotRemembered) {
 TEST_F(DialogPlaceTest, APlaceOutsideEveryScreenIsNotTakenAndATooLargeOneIsMadeToFit) {
   LongQuestion question(m_host);
   QRect room;
-  Run(question, [&](LongQuestionFace& face) { room = face.screen()->availableGeometry(); });
-  m_places[kName] = QRect(room.right() + 5000, 10, 200, 100);
+  QSize own;
+  Run(question, [&](LongQuestionFace& face) {
+    room = face.screen()->availableGeometry();
+    own = face.size();
+  });
+  m_places[kName] = QRect(room.right() + 5000, 10, own.width() + 77, own.height() + 66);
   LongQuestion away(m_host);
-  Run(away, [&](LongQuestionFace& face) { EXPECT_TRUE(room.intersects(face.frameGeometry())); });
+  Run(away, [&](LongQuestionFace& face) {
+    EXPECT_TRUE(room.contains(face.frameGeometry()));
+    EXPECT_EQ(face.size(), own);
+  });
   m_places[kName] = QRect(room.topLeft(), room.size() * 2);
   LongQuestion large(m_host);
   Run(large, [&](LongQuestionFace& face) {

@@ -1,6 +1,5 @@
 // A filter that takes long: below a box, and what its Cancel leaves behind.
-#include <set>
-
+#include "support/folder_names.h"
 #include "support/short_pieces.h"
 #include "trace_view_rig.h"
 #include "tree/filter/filter_dialog.h"
@@ -34,12 +33,7 @@ class TraceViewLong : public TraceViewTest {
     m_host.AnswerWorkBox(std::move(script));
     m_view->OnCommand(command);
   }
-  std::set<std::string> Folder() const {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_directory.Path()))
-      names.insert(entry.path().filename().string());
-    return names;
-  }
+  std::set<std::string> Folder() const { return NamesIn(m_directory.Path()); }
   CTraceFilter m_nine;  // hides component 9
 };
 

@@ -1,18 +1,31 @@
 // A source window: its control, its hints, its panes, its commands and its saves.
+#include <errno.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "source_rig.h"
 #include "support/file_limit.h"
+#include "support/folder_names.h"
 
 namespace {
 
-std::ptrdiff_t FilesBeside(const std::string& path) {
-  const std::filesystem::directory_iterator files(std::filesystem::path(path).parent_path());
-  return std::distance(begin(files), end(files));
+std::function<bool(int descriptor)> g_sync;  // in place of the disk; none: the disk
+
+}  // namespace
+
+extern "C" int fdatasync(int descriptor) {
+  if (!g_sync) return static_cast<int>(syscall(SYS_fdatasync, descriptor));
+  if (g_sync(descriptor)) return 0;
+  errno = EIO;
+  return -1;
 }
+
+namespace {
 
 TEST_F(SourceTest, TheControlHasAFixedFontTabsOfEightCellsAndNoWrap) {
   OpenSourceAt(File("a.c"), 1);
@@ -228,8 +241,38 @@ TEST_F(SourceTest, ASaveOnAFullDiskLeavesTheFileAsItWas) {
   }
   EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
   EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
-  EXPECT_EQ(FilesBeside(path), 1);
+  EXPECT_EQ(NamesIn(std::filesystem::path(path).parent_path()).size(), 1u);
   EXPECT_TRUE(Doc().IsModified());
+}
+
+TEST_F(SourceTest, TheNewBytesAreOnTheDiskBeforeTheOldFileGivesUpItsName) {
+  const std::string path = File("a.c");
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  std::vector<std::string> stood;
+  off_t synced = 0;
+  g_sync = [&](int descriptor) {
+    stood.push_back(ReadAll(path));
+    struct stat status = {};
+    fstat(descriptor, &status);
+    synced = status.st_size;
+    return true;
+  };
+  EXPECT_TRUE(Doc().OnSaveDocument(path));
+  g_sync = nullptr;
+  EXPECT_EQ(stood, std::vector<std::string>{"one\ntwo\nthree\n"});
+  EXPECT_EQ(synced, static_cast<off_t>(std::filesystem::file_size(path)));
+}
+
+TEST_F(SourceTest, ADiskThatRefusesTheNewBytesKeepsTheOldFile) {
+  const std::string path = File("a.c");
+  OpenSourceAt(path, 1);
+  Edit().Type("x");
+  g_sync = [](int) { return false; };
+  EXPECT_FALSE(Doc().OnSaveDocument(path));
+  g_sync = nullptr;
+  EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
+  EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
 }
 
 // So a program that is killed in the middle leaves the old file.
@@ -241,7 +284,7 @@ TEST_F(SourceTest, ASaveWritesAnotherFileThatTakesTheNameWhenItIsWhole) {
   EXPECT_TRUE(Doc().OnSaveDocument(path));
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(old), {}), "one\ntwo\nthree\n");
   EXPECT_NE(ReadAll(path), "one\ntwo\nthree\n");
-  EXPECT_EQ(FilesBeside(path), 1);
+  EXPECT_EQ(NamesIn(std::filesystem::path(path).parent_path()).size(), 1u);
 }
 
 TEST_F(SourceTest, ASaveKeepsTheFilesRightsAndTheLinkToIt) {
@@ -268,8 +311,7 @@ TEST_F(SourceTest, ASaveOfAFileOfTwoNamesIsSeenUnderBoth) {
   EXPECT_NE(ReadAll(other), "one\ntwo\nthree\n");
 }
 
-// What is there was not finished, but more of it than nothing.
-TEST_F(SourceTest, AFailedSaveOfAFileOfTwoNamesDoesNotEmptyIt) {
+TEST_F(SourceTest, AFailedSaveOfAFileOfTwoNamesLeavesItAsItWas) {
   const std::string path = File("a.c");
   std::filesystem::create_hard_link(path, m_directory.File("other.c"));
   OpenSourceAt(path, 1);
@@ -278,7 +320,8 @@ TEST_F(SourceTest, AFailedSaveOfAFileOfTwoNamesDoesNotEmptyIt) {
     const FileLimit full(4);
     EXPECT_FALSE(Doc().OnSaveDocument(path));
   }
-  EXPECT_EQ(ReadAll(path).size(), 4u);
+  EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
+  EXPECT_EQ(NamesIn(std::filesystem::path(path).parent_path()).size(), 2u);
 }
 
 }  // namespace

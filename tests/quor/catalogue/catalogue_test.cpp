@@ -107,6 +107,23 @@ TEST_F(CatalogueTest, WhoIsOnlyFoundUsesNothingUpThatWasPrepared) {
   EXPECT_EQ(Word(*catalogue, "orders", 0), 7u);
 }
 
+TEST_F(CatalogueTest, WhoIsOnlyFoundHoldsWhatIsInForceOverARestart) {
+  {
+    const auto catalogue = Begin();
+    catalogue->EndGrace();
+    CatalogueApp* const app = catalogue->Enter("orders");
+    catalogue->EnterTrace(*app, "Net", "Connect");
+    catalogue->BeginInstance(*app, kMe);
+    catalogue->FindInstance(*app, kMe);
+    catalogue->Submit(*app, {{{0, 0x1F}}, {}});
+    catalogue->EndInstance(*app, kMe);
+  }
+  const auto catalogue = Begin();
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
+  catalogue->EndGrace();
+  EXPECT_EQ(Word(*catalogue, "orders", 0), 7u);
+}
+
 TEST_F(CatalogueTest, WhatWasSubmittedWhileNoInstanceRanWaitsForTheNextOneAlsoOverARestart) {
   {
     const auto catalogue = Begin();

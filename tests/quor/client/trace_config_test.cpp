@@ -277,6 +277,28 @@ TEST_F(ConfigTest, AQuestionThatABreakLeftOpenIsAskedAgain) {
   EXPECT_TRUE(done);
 }
 
+TEST_F(ConfigTest, AHandleThatABreakLeftUnopenedIsOpenedOnce) {
+  Connect();
+  const QuorPtr<trace_App_i> app =
+      WhileServed([] { return trace_App_i::Create("localhost", "orders"); },
+                  [this] {
+                    EXPECT_TRUE(m_peer->ExpectRequest().has_open_app());
+                    m_peer.reset();
+                    m_peer = m_service.Accept();
+                    m_peer->Welcome();
+                    const auto request = m_peer->ExpectRequest();
+                    EXPECT_EQ(request.open_app().name(), "orders");
+                    m_peer->Answer(request, Orders());
+                  });
+  ASSERT_TRUE(app);
+  EXPECT_TRUE(WhileServed([&] { return app->Refresh(); },
+                          [this] {
+                            const auto request = m_peer->ExpectRequest();
+                            EXPECT_TRUE(request.has_get_app());
+                            m_peer->Answer(request, Orders());
+                          }));
+}
+
 TEST_F(ConfigTest, AnAnswerToNobodyIsPassedOverAndGarbageEndsTheConnection) {
   Connect();
   Response stray;

@@ -382,6 +382,83 @@ TEST(StreamQueue, APauseKeepsOfTheSourcesThatCameAndWentOnlyTheirSum) {
   EXPECT_GT(hub.Forgotten(), kSources);
 }
 
+// Sources that an earlier service knew: any forwarder may claim as many.
+void EndManyOlder(Hub& hub, std::uint32_t count) {
+  for (std::uint32_t i = 0; i < count; ++i) {
+    Source older;
+    older.instance[0] = 8;
+    StoreBe32(older.instance.data() + 4, i);
+    older.serial = 5;
+    const auto source = hub.AddSource(older);
+    hub.CountLost(source, 2);
+    hub.EndSource(source);
+    hub.Deliver();
+  }
+}
+
+TEST(StreamQueue, APauseIsToldOnlySoManySourcesOfAnEarlierServiceSingly) {
+  constexpr std::uint32_t kSources = 30000;
+  Hub hub;
+  FedSource steady(hub, "steady", 1);
+  TakingStream stream(hub, {32u << 20, 0, "too slow"});
+  stream.Queue().Pause();
+  EndManyOlder(hub, kSources);
+  steady.Trace("x");
+  stream.Deliver();
+  stream.Queue().Resume();
+  const Lines lines = stream.Read();
+  EXPECT_LT(lines.size(), StreamGap::kSinglyMax + 9000);
+  EXPECT_EQ(stream.Lost() + stream.Delivered(), 2 * kSources + 1);
+  EXPECT_EQ(stream.Forgotten(), hub.Forgotten());
+}
+
+TEST(StreamQueue, ALedgerOfManyForgottenSourcesIsSplitIntoFrames) {
+  constexpr std::uint32_t kSources = 150000;
+  Hub hub;
+  TakingStream stream(hub);
+  for (std::uint32_t i = 0; i < kSources; ++i) {
+    Source brief;
+    StoreBe32(brief.instance.data(), i + 1);
+    hub.EndSource(hub.AddSource(brief));
+  }
+  stream.Deliver();
+  Outgoing out;
+  std::uint64_t words = 0;
+  while (stream.Queue().Next(out)) {
+    EXPECT_LT(out.ledger.ByteSizeLong(), kControlFrameBytesMax / 8);
+    words += static_cast<std::uint64_t>(out.ledger.forgotten_sources_size());
+  }
+  EXPECT_EQ(words, kSources - 256);
+}
+
+TEST(StreamQueue, WhatArrivedAsPartOfASumIsNotedForEachSourceOfIt) {
+  Hub hub(true, "other");
+  TakingStream stream(hub, {1, 0, "the link is broken", true});
+  std::vector<std::shared_ptr<Source>> sources;
+  std::vector<std::uint64_t> noted(3, 0);
+  for (std::uint32_t i = 0; i < noted.size(); ++i) {
+    FedSource brief(hub, "brief", i + 2);
+    sources.push_back(brief.Get());
+    sources.back()->noteHandedOn = [&noted, i](std::uint64_t handedOn) { noted[i] = handedOn; };
+    for (std::uint32_t traces = 0; traces <= i; ++traces) brief.Trace("a");
+    hub.EndSource(brief.Get());
+  }
+  EndMany(hub);
+  FedSource last(hub, "last", 1);
+  last.Trace("b");
+  stream.Deliver();
+  Outgoing out;
+  ASSERT_TRUE(stream.Queue().Next(out));
+  ASSERT_EQ(out.batch->sources.size(), 1u);
+  const SourceDelta& sum = out.batch->sources[0];
+  EXPECT_EQ(sum.lost, 6u);
+  ASSERT_TRUE(sum.source->noteHandedOn);
+  EXPECT_EQ(noted, (std::vector<std::uint64_t>{0, 0, 0}));
+  sources[2].reset();  // its file is not kept any more
+  sum.source->noteHandedOn(sum.lost);
+  EXPECT_EQ(noted, (std::vector<std::uint64_t>{1, 2, 0}));
+}
+
 TEST(StreamQueue, ASourceThatWasForgottenAndComesBackBeginsAnewBehindItsLastSerial) {
   Hub hub;
   TakingStream stream(hub);

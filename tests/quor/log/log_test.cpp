@@ -13,7 +13,11 @@ namespace {
 // Standard error is the test's own again at the end.
 class LogTest : public ::testing::Test {
  protected:
-  LogTest() { unsetenv("JOURNAL_STREAM"); }
+  LogTest() {
+    unsetenv("JOURNAL_STREAM");
+    // Whatever the test before has given it: after a file that cannot be made the log has none.
+    EXPECT_FALSE(LogToFile(m_folder.File("none/log")));
+  }
   ~LogTest() override {
     dup2(m_before, STDERR_FILENO);
     close(m_before);
@@ -27,7 +31,6 @@ class LogTest : public ::testing::Test {
   const int m_before = dup(STDERR_FILENO);
 };
 
-// The first of them: later ones have given the log a file.
 TEST_F(LogTest, TheJournalsFormIsForAStandardErrorThatIsTheJournals) {
   const int file = open(m_path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
   dup2(file, STDERR_FILENO);

@@ -3,8 +3,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -107,10 +109,27 @@ TEST_F(SegmentFolderTest, ALinkToAnotherFolderIsReplacedAndThatFolderStaysAsItIs
   std::filesystem::create_directory(other);
   chmod(other.c_str(), 0755);
   std::filesystem::create_symlink(other, m_place.File("segments"));
-  EXPECT_TRUE(m_folder.Open(SocketPath()));
+  ASSERT_TRUE(m_folder.Open(SocketPath()));
+  EXPECT_FALSE(std::filesystem::equivalent(m_place.File("segments"), other)) << "it is replaced";
+  const int file = m_folder.NewFile(1, 2);
+  EXPECT_GE(file, 0);
+  EXPECT_TRUE(m_folder.Show());
+  EXPECT_TRUE(std::filesystem::is_empty(other));
   struct stat status {};
   ASSERT_EQ(stat(other.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0755u);
+  close(file);
+}
+
+// Their pages would be written to the disk over and over.
+TEST_F(SegmentFolderTest, AFolderThatLiesOnADiskIsReplacedByOneInMemory) {
+  const std::string segments = m_place.File("segments");
+  std::filesystem::create_directory(segments);
+  chmod(segments.c_str(), 0700);
+  ASSERT_TRUE(m_folder.Open(SocketPath()));
+  struct statfs system {};
+  ASSERT_EQ(statfs(segments.c_str(), &system), 0);
+  EXPECT_EQ(system.f_type, TMPFS_MAGIC);
 }
 
 TEST_F(SegmentFolderTest, ALinkWhoseFolderHasGoneIsMadeAnew) {

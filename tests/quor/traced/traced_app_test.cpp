@@ -21,7 +21,8 @@ TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
   const char* why = "";
   ASSERT_TRUE(opened.Open(dup(made.Descriptor()), &why)) << why;
   TracedApp app(std::move(opened), "orders", "here", 1);
-  std::thread application([&made] {
+  // Joins also when an assertion leaves this function.
+  std::jthread application([&made] {
     std::uint32_t used = 0;
     for (std::uint32_t i = 0; i < kPoints; ++i) {
       const auto id = static_cast<NameId>(i + 1);
@@ -37,10 +38,15 @@ TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
     }
   });
   std::vector<TracedPoint> points;
-  while (points.size() < kPoints) ASSERT_TRUE(app.ReadPoints(points));
-  application.join();
-  for (std::uint32_t i = 0; i < kPoints; ++i)
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (points.size() < kPoints) {
+    ASSERT_TRUE(app.ReadPoints(points));
+    ASSERT_LT(std::chrono::steady_clock::now(), deadline) << points.size();
+  }
+  for (std::uint32_t i = 0; i < kPoints; ++i) {
     ASSERT_EQ(points[i].component, "point " + std::to_string(i));
+    ASSERT_EQ(points[i].category, points[i].component);
+  }
 }
 
 TEST(TracedApp, AClockThatIsSetBackMakesNoApplicationALiar) {

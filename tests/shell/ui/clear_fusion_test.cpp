@@ -92,6 +92,24 @@ class ClearFusionTest : public testing::Test {
     });
   }
 
+  // `end` is set to the last pixels of its slider.
+  QImage ScrollBar(const QStyle& style, const QPalette& palette, int rows, QRect& end) {
+    QStyleOptionSlider bar;
+    bar.palette = palette;
+    bar.rect = QRect(0, 0, 200, 16);
+    bar.orientation = Qt::Horizontal;
+    bar.maximum = rows;
+    bar.pageStep = 100;
+    bar.subControls = QStyle::SC_All;
+    bar.state = QStyle::State_Enabled | QStyle::State_Horizontal;
+    end = style.subControlRect(QStyle::CC_ScrollBar, &bar, QStyle::SC_ScrollBarSlider);
+    end.setLeft(end.right() - 2);
+    end.adjust(0, 4, 0, -4);
+    return Picture(palette, [&](QPainter& painter) {
+      style.drawComplexControl(QStyle::CC_ScrollBar, &bar, &painter);
+    });
+  }
+
   const ClearFusion m_style;
   const std::unique_ptr<QStyle> m_plain{QStyleFactory::create(QStringLiteral("Fusion"))};
 };
@@ -116,6 +134,18 @@ TEST_F(ClearFusionTest, TheButtonsOfAChildWindowWithoutTheFocusAreSeenOnDarkColo
   ASSERT_TRUE(bar.rect().contains(close));
   EXPECT_GE(BestContrast(bar, close, Dark()), kVisible);
   EXPECT_LT(BestContrast(TitleBar(*m_plain, Dark(), close), close, Dark()), kVisible);
+}
+
+TEST_F(ClearFusionTest, ASliderIsSeenInItsGroove) {
+  for (const QPalette& palette : {Light(), Dark()}) {
+    QRect end;
+    const QImage bar = ScrollBar(m_style, palette, 20, end);
+    ASSERT_TRUE(bar.rect().contains(end));
+    EXPECT_GE(BestContrast(bar, end, palette), kVisible);
+    EXPECT_LT(BestContrast(ScrollBar(*m_plain, palette, 20, end), end, palette), kVisible);
+    const QImage still = ScrollBar(m_style, palette, 0, end);
+    EXPECT_EQ(still, ScrollBar(*m_plain, palette, 0, end)) << "nothing to scroll";
+  }
 }
 
 TEST_F(ClearFusionTest, OnLightColoursNothingChanges) {

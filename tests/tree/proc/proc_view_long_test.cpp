@@ -4,6 +4,7 @@
 
 #include "listview/details/trace_detail_dialog.h"
 #include "proc_view_rig.h"
+#include "support/folder_names.h"
 #include "support/short_pieces.h"
 #include "tree/filter/filter_dialog.h"
 #include "tree/find/find_dialog.h"
@@ -231,6 +232,20 @@ TEST_F(ProcViewLong, ATrimShowsNoBox) {
   EXPECT_EQ(Selected(), "2");
 }
 
+// Items that came while their thread was closed are made when the selection opens it.
+TEST_F(ProcViewLong, ATrimThatOpensALargeThreadShowsNoBox) {
+  AddMany(3);
+  Open();
+  ExpandToThread();
+  m_tree->Expand(m_tree->Find(kThread), false);
+  Drain(std::vector<TraceFields>(kMany, {.text = "late"}));
+  const ShortPieces pieces;
+  m_host.WantNoWorkBox();  // in the middle of a drain
+  Trim(1);
+  EXPECT_EQ(Selected(), "2");
+  EXPECT_EQ(m_tree->Count(), 4U + 2 + kMany);
+}
+
 TEST_F(ProcViewLong, AFindMakesTheItemsOfALargeNodeInPartsEitherWay) {
   for (const bool backward : {false, true}) {
     m_document.m_traces.Clear();
@@ -282,7 +297,7 @@ TEST_F(ProcViewLong, AnExportGoesOnBelowABoxAndCancelLeavesWhatWasThere) {
               box.OnCancel();
             }),
             "old");
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_directory.Path()), {}), 1);
+  EXPECT_EQ(NamesIn(m_directory.Path()), std::set<std::string>{"tree.txt"});
   int last = -1;
   const std::string text = Export([&](CDialog& dialog) {
     const auto& box = dynamic_cast<CWorkBox&>(dialog);

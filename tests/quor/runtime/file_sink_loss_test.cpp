@@ -1,0 +1,99 @@
+// What the ring of an application lost before its file sink, and how that is told.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <memory>
+
+#include "quor/ring/ring_producer.h"
+#include "quor/runtime/file_sink.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+// While it lives no file of this process may grow.
+class NoRoomInFiles {
+ public:
+  NoRoomInFiles() {
+    getrlimit(RLIMIT_FSIZE, &m_before);
+    rlimit now = m_before;
+    now.rlim_cur = 0;
+    setrlimit(RLIMIT_FSIZE, &now);
+  }
+  ~NoRoomInFiles() { setrlimit(RLIMIT_FSIZE, &m_before); }
+  NoRoomInFiles(const NoRoomInFiles&) = delete;
+  NoRoomInFiles& operator=(const NoRoomInFiles&) = delete;
+
+ private:
+  rlimit m_before{};
+};
+
+class FileSinkLoss : public testing::Test {
+ protected:
+  FileSinkLoss() {
+    SegmentSizes sizes;
+    sizes.points = 16;
+    sizes.nameBytes = 4096;
+    sizes.ringBytes = 4096;
+    EXPECT_TRUE(m_segment.Create(sizes, 1, 7));
+    m_names->Begin(m_segment);
+    m_producer = RingProducer(m_segment);
+    m_sink = std::make_unique<FileSink>(m_segment, *m_names, FileSink::LossNames{},
+                                        m_folder.File("a.trc"), SinkOptions());
+    m_sink->Begin();
+  }
+  bool Trace() {
+    RingProducer::Slot slot;
+    if (!m_producer.Reserve(RawTrace::kFixedBytes, slot)) return false;
+    StoreRecord(slot.record, {});
+    m_producer.Commit(slot);
+    return true;
+  }
+  // Until the ring is full, and `drops` more. Gives how many went into it.
+  std::uint64_t Fill(std::uint64_t drops) {
+    std::uint64_t traces = 0;
+    while (Trace()) ++traces;
+    while (--drops > 0) EXPECT_FALSE(Trace());
+    return traces;
+  }
+  std::uint64_t Reported() {
+    FileSink::Report report;
+    return m_sink->TakeReport(&report, true) ? report.lost : 0;
+  }
+  std::uint64_t Untold() const { return m_segment.Header()->sinkUntold; }
+
+  TempDir m_folder;
+  SegmentMap m_segment;
+  const std::unique_ptr<NameTable> m_names{new NameTable()};
+  RingProducer m_producer;
+  std::unique_ptr<FileSink> m_sink;
+};
+
+TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheFileDoesNotTellIt) {
+  constexpr std::uint64_t kDrops = 5;
+  const std::uint64_t traces = Fill(kDrops);
+  m_sink->Drain(1);  // there is room for the trace that tells the drops
+  m_sink->Push();
+  ASSERT_TRUE(Trace());
+  {
+    const NoRoomInFiles full;
+    m_sink->DrainReserved();
+    m_sink->Push();
+    EXPECT_EQ(Untold(), traces + kDrops);
+    EXPECT_EQ(Reported(), traces + kDrops);
+    m_sink->Push();
+  }
+  EXPECT_EQ(Reported(), 0u);
+}
+
+TEST_F(FileSinkLoss, WhatTheFileTellsIsNotToldToTheService) {
+  Fill(5);
+  m_sink->Drain(1);
+  m_sink->Push();
+  ASSERT_TRUE(Trace());
+  m_sink->DrainReserved();
+  m_sink->Push();
+  EXPECT_EQ(Untold(), 0u);
+  EXPECT_EQ(Reported(), 0u);
+}
+
+}  // namespace

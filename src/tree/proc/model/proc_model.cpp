@@ -61,8 +61,7 @@ void ProcModel::Clear() {
   m_levels.Clear();
   m_words.Clear();
   m_takenOutLeaves.clear();
-  m_orders.Clear();
-  m_nearest.Clear();
+  m_search.Clear();
   m_threadCursor = nullptr;
   m_made.clear();
   m_touched.clear();
@@ -114,7 +113,7 @@ TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
   CProcessThread& thread = ThreadOf(facts, event);
   CExecutionBlock& block = *thread.currentBlock;
   const bool expanded = IsOpen(block);
-  if (m_orders.Note(thread, facts.sequenceNumber, m_leaves.Next())) m_nearest.OnThreadsChanged();
+  m_search.OnTrace(thread, facts.sequenceNumber, m_leaves.Next());
 
   CTraceEvent* shown = nullptr;
   if (facts.mark == BlockMark::Begin) {
@@ -135,7 +134,6 @@ TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
 void ProcModel::AddChild(CExecutionBlock& block, CProcessThread& thread, TraceEvent_i* event,
                          std::uint64_t tic) {
   block.children.AppendLeaf(m_words, m_leaves.Make(event, &block));
-  m_nearest.OnAppended(thread);
   TakeTime(block, tic);
   if (&block != &thread) TakeTime(thread, tic);
   TakeTime(ProcessOf(thread), tic);
@@ -147,7 +145,6 @@ CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& t
   block.sequenceNumber = facts.sequenceNumber;
   block.unreachable = around.unreachable;
   block.thread = &thread;
-  block.madeInRun = thread.order.runs;
   thread.currentBlock = &block;
   around.children.AppendBlock(m_words, &block);
   m_made.push_back(&block);
@@ -158,7 +155,7 @@ CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& t
 // Kept: whatever the text behind the mark, an End closes the innermost block.
 void ProcModel::CloseBlock(CExecutionBlock& block, CProcessThread& thread, bool live) {
   block.closed = true;
-  m_nearest.OnClosed(block);
+  m_search.OnClosed(block);
   thread.currentBlock = block.parent;
   if (block.parent != &thread) TakeTime(*block.parent, block.lastTrace);
   if (!live) return;
@@ -199,8 +196,9 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
     const TreeItem item = InsertItem(*node, isMachine || IsOpen(*above));
     if (isMachine && item && m_root.children.size() == 1) m_items->OnFirstMachine();
   }
-  m_nearest.OnThreadsChanged();
-  return static_cast<CProcessThread&>(*node);
+  auto& thread = static_cast<CProcessThread&>(*node);
+  m_search.OnThread(thread);
+  return thread;
 }
 
 // In the order in which the nodes lie: no node's time hangs on another one's, once those of the

@@ -9,7 +9,7 @@
 //          more, but lives on with its item and its text until its own trace is trimmed or the tree
 //          is cleared. A block whose own trace has been trimmed goes with its item once it is
 //          closed and empty. Level nodes stay.
-// Cost     No step grows with the traces held while each thread's numbers rise: thread_orders.h.
+// Cost     No step grows with the traces held while each thread's numbers rise: thread_order.h.
 // Threads  Interface thread.
 #pragma once
 
@@ -20,7 +20,7 @@
 #include "tree/proc/model/proc_items.h"
 #include "tree/proc/model/proc_labels.h"
 #include "tree/proc/model/trace_facts.h"
-#include "tree/proc/nearest/nearest_in_order.h"
+#include "tree/proc/nearest/trace_search.h"
 #include "tree/proc/nodes/block_store.h"
 #include "tree/proc/nodes/leaf_store.h"
 #include "tree/proc/nodes/level_index.h"
@@ -72,6 +72,7 @@ class ProcModel {
   // a block; nothing when no leaf is near. REQUIRES: the trace lives.
   NodePosition FindNode(const TraceEvent_i& event);
   NodePosition FindNode(const TraceEvent_i& event, ThreadWalks& walks);  // a try: thread_walks.h
+  bool IsInOrder(const CProcessThread& thread) const { return m_search.IsInOrder(thread); }
 
  private:
   void BeginBatch();
@@ -90,7 +91,6 @@ class ProcModel {
   void RemoveOne(const TraceEvent_i& event, bool oldest);
   std::size_t FindLeaf(const TraceEvent_i& event, bool oldest) const;
   bool IsInTree(const CTraceEvent& leaf) const;
-  void RecoverOrder();
   void RemoveLeaf(std::size_t position);
   void TakeOut(NodePosition place);
   void EraseChild(NodePosition place);
@@ -109,8 +109,7 @@ class ProcModel {
   // The thread of the last trace, null for none, and its ids: the cursors of all four levels.
   CProcessThread* m_threadCursor = nullptr;
   std::uint64_t m_threadKey = 0;
-  ThreadOrders m_orders;
-  NearestInOrder m_nearest;
+  TraceSearch m_search;
   // Nodes with children whose trace has not been trimmed, by the arrival of that trace.
   std::deque<CExecutionBlock*> m_made;
   std::unordered_set<const CTraceEvent*> m_takenOutLeaves;

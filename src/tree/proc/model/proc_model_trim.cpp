@@ -3,7 +3,6 @@
 
 #include "documents/trace_doc.h"
 #include "tree/proc/model/proc_model.h"
-#include "tree/proc/nearest/find_leaf.h"
 
 namespace {
 
@@ -16,7 +15,7 @@ CExecutionBlock* BlockOpenedWith(const CTraceEvent& leaf) {
 }  // namespace
 
 void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
-  RecoverOrder();
+  m_search.Recover(m_leaves.Oldest(), m_leaves.Next());
   // A trim names the document's oldest traces; only another sender's makes the model search.
   const TraceList_t& held = m_document.m_traces;
   std::size_t position = 0;
@@ -38,7 +37,8 @@ void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest) {
   if (!hasLeaf || !IsInTree(*m_leaves[position])) {
     CExecutionBlock* const opened = hasLeaf ? BlockOpenedWith(*m_leaves[position]) : nullptr;
     ThreadWalks walks(event, ThreadWalks::Way::AtOnce);
-    if (const NodePosition place = m_nearest.Find(m_root, event, walks, opened)) TakeOut(place);
+    if (const NodePosition place = m_search.FindNearest(m_root, event, walks, opened))
+      TakeOut(place);
   }
   if (hasLeaf) RemoveLeaf(position);
   ForgetTrace(event, oldest);
@@ -64,18 +64,9 @@ NodePosition ProcModel::FindNode(const TraceEvent_i& event) {
 }
 
 NodePosition ProcModel::FindNode(const TraceEvent_i& event, ThreadWalks& walks) {
-  RecoverOrder();
-  CExecutionBlock* opened = nullptr;
-  if (CProcessThread* const thread = m_levels.FindThread(TraceFacts(event).ThreadKey())) {
-    const NodePosition place = FindLeafInThread(*thread, event, walks, opened);
-    if (walks.AnyLeft()) return {};
-    if (place && place.Node()->event == &event) return place;
-  }
-  return m_nearest.Find(m_root, event, walks, opened);
-}
-
-void ProcModel::RecoverOrder() {
-  if (m_orders.Recover(m_leaves.Oldest(), m_leaves.Next())) m_nearest.OnThreadsChanged();
+  m_search.Recover(m_leaves.Oldest(), m_leaves.Next());
+  CProcessThread* const thread = m_levels.FindThread(TraceFacts(event).ThreadKey());
+  return m_search.Find(m_root, thread, event, walks);
 }
 
 void ProcModel::TakeOut(NodePosition place) {
@@ -118,7 +109,7 @@ void ProcModel::EraseChild(NodePosition place) {
   CExecutionBlock& owner = *place.owner;
   if (owner.children.size() == 1) ProcLabels::KeepLabel(owner);
   owner.children.Erase(place.position);
-  m_nearest.OnErased(owner);
+  m_search.OnErased(owner, place.position);
   // A block has its label from its first child.
   if (place.position == 0 && owner.Kind() == NodeKind::Block) m_labels.SetLater(owner);
 }
@@ -159,6 +150,7 @@ void ProcModel::DropIfSpent(CExecutionBlock* block) {
     }
     if (block->treeItem) m_items->DeleteItem(block->treeItem);
     m_labels.Forget(*block);
+    m_search.OnDropped(*block);
     block->children.Clear(m_words);
     m_blocks.Drop(*block);
     block = parent;

@@ -1,7 +1,5 @@
 #include "tree/proc/nearest/find_leaf.h"
 
-#include <algorithm>
-
 #include "records/trace_event.h"
 
 namespace {
@@ -20,10 +18,10 @@ class LeafSearch {
     }
     return {};
   }
-  NodePosition InTwoRuns(CProcessThread& thread) {
+  NodePosition InTwoRuns(CProcessThread& thread, const TwoRuns& runs) {
     for (CExecutionBlock* node = &thread; node;) {
-      CExecutionBlock* const open = OpenAtRun(*node);
-      const std::size_t first = node->children.BeforeRun();
+      CExecutionBlock* const open = runs.OpenIn(*node);
+      const std::size_t first = runs.FirstRunOf(*node);
       if (const NodePosition place = In(*node, 0, first, open)) return place;
       if (In(*node, first, node->children.size(), open)) return ByWalk(thread);
       node = open;
@@ -64,46 +62,11 @@ class LeafSearch {
 
 }  // namespace
 
-NodePosition FindLeafInThread(CProcessThread& thread, const TraceEvent_i& event, ThreadWalks& walks,
+NodePosition FindLeafInThread(const ThreadRow& row, const TraceEvent_i& event, ThreadWalks& walks,
                               CExecutionBlock*& opened) {
   opened = nullptr;
   LeafSearch search(event, walks, opened);
-  if (thread.order.rising) return search.Below(&thread);
-  return thread.order.twoRuns ? search.InTwoRuns(thread) : search.ByWalk(thread);
-}
-
-std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted, std::size_t begin,
-                       std::size_t end) {
-  std::size_t low = begin, step = 1;
-  while (low + step <= end && NumberAt(children, low + step - 1) <= wanted) {
-    low += step;
-    step *= 2;
-  }
-  std::size_t high = std::min(low + step, end);
-  while (low < high) {
-    const std::size_t middle = low + (high - low) / 2;
-    if (NumberAt(children, middle) <= wanted) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  return low;
-}
-
-bool IsOfFirstRun(const CExecutionBlock& block) {
-  const ThreadOrder& order = block.thread->order;
-  return order.rising || (order.twoRuns && block.madeInRun < order.runs);
-}
-
-std::size_t SizeOfFirstRun(const CExecutionBlock& node) {
-  const ThreadOrder& order = node.thread->order;
-  return order.twoRuns && node.openAtRun == order.runs ? node.children.BeforeRun()
-                                                       : node.children.size();
-}
-
-CExecutionBlock* OpenAtRun(const CExecutionBlock& node) {
-  const std::size_t first = node.children.BeforeRun();
-  CExecutionBlock* const last = first > 0 ? node.children.BlockAt(first - 1) : nullptr;
-  return last && last->openAtRun == node.thread->order.runs ? last : nullptr;
+  if (row.order.IsRising()) return search.Below(row.thread);
+  const TwoRuns* const runs = row.order.Runs();
+  return runs ? search.InTwoRuns(*row.thread, *runs) : search.ByWalk(*row.thread);
 }

@@ -1,5 +1,7 @@
 #include "tree/proc/nearest/find_node.h"
 
+#include <algorithm>
+
 #include "records/trace_event.h"
 
 std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
@@ -10,6 +12,25 @@ std::uint32_t SequenceNumberOf(const TraceEvent_i& event) {
 std::uint32_t NumberAt(const ChildList& children, std::size_t position) {
   if (const CExecutionBlock* const block = children.BlockAt(position)) return block->sequenceNumber;
   return SequenceNumberOf(*children[position]->event);
+}
+
+std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted, std::size_t begin,
+                       std::size_t end) {
+  std::size_t low = begin, step = 1;
+  while (low + step <= end && NumberAt(children, low + step - 1) <= wanted) {
+    low += step;
+    step *= 2;
+  }
+  std::size_t high = std::min(low + step, end);
+  while (low < high) {
+    const std::size_t middle = low + (high - low) / 2;
+    if (NumberAt(children, middle) <= wanted) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
 }
 
 std::uint32_t Distance(NodePosition found, std::uint32_t wanted) {

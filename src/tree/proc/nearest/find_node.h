@@ -30,6 +30,11 @@ std::uint32_t SequenceNumberOf(const TraceEvent_i& event);
 // REQUIRES: position < size().
 std::uint32_t NumberAt(const ChildList& children, std::size_t position);
 
+// The first of the children [begin, end), whose numbers rise, with one above the wanted one; `end`
+// for none. Doubles its steps from the front, where most searches end.
+std::size_t FirstAbove(const ChildList& children, std::uint32_t wanted, std::size_t begin,
+                       std::size_t end);
+
 // How far a walk has come in one node's children.
 struct WalkFrame {
   CExecutionBlock* node;

@@ -22,7 +22,7 @@ void ChildList::Clear(WordPool& pool) {
 
 void ChildList::Forget() {
   m_words = nullptr;
-  m_begin = m_end = m_capacity = m_noLeafBefore = m_hollow = m_beforeRun = 0;
+  m_begin = m_end = m_capacity = m_noLeafBefore = 0;
 }
 
 // Where the front has gone for at least half of the room, the entries move down instead: each has
@@ -56,8 +56,6 @@ void ChildList::Erase(std::size_t position) {
     --m_end;
   }
   if (position < m_noLeafBefore) --m_noLeafBefore;
-  if (position < m_hollow) --m_hollow;
-  if (position < m_beforeRun) --m_beforeRun;
   // An emptied list begins anew, so that a short one never grows.
   if (empty()) m_begin = m_end = 0;
 }

@@ -52,16 +52,6 @@ class ChildList {
   // looked.
   std::size_t FirstLeaf(std::size_t from);
 
-  // How many entries at the front are known to have nothing below them, now and for ever. The
-  // search for the nearest leaf counts them, so as to skip them the next time.
-  std::size_t Hollow() const { return m_hollow; }
-  void SetHollow(std::size_t entries) { m_hollow = static_cast<std::uint32_t>(entries); }
-
-  // How many entries were there when the numbers of the thread began anew (thread_orders.h); it
-  // counts down as those go. Good only in nodes that were open then.
-  std::size_t BeforeRun() const { return m_beforeRun; }
-  void BeginRun() { m_beforeRun = m_end - m_begin; }
-
  private:
   static constexpr std::uintptr_t kLeafBit = 1;
   void Append(WordPool& pool, std::uintptr_t word) {
@@ -73,6 +63,4 @@ class ChildList {
   std::uintptr_t* m_words = nullptr;
   std::uint32_t m_begin = 0, m_end = 0, m_capacity = 0;  // a power of two, or 0
   std::uint32_t m_noLeafBefore = 0;                      // position
-  std::uint32_t m_hollow = 0;
-  std::uint32_t m_beforeRun = 0;
 };

@@ -18,7 +18,6 @@
 #include "controls/tree/tree_item.h"
 #include "records/name_map.h"
 #include "tree/proc/nodes/child_list.h"
-#include "tree/proc/nodes/thread_order.h"
 
 class TraceEvent_i;
 class CExecutionBlock;
@@ -63,12 +62,11 @@ class CExecutionBlock : public CTraceEvent {
   std::uint32_t sequenceNumber = 0;
   NameId id = 0;  // of a level node: the id that tells it from its siblings
   // The model's bookkeeping.
-  bool hasTimes = false;     // firstTrace and lastTrace are set
-  bool closed = false;       // its End has come: nothing is added below it any more
-  bool takenOut = false;     // in nobody's children, taken for a hidden trace; its item stays
-  bool unreachable = false;  // it or a node above it is taken out
-  bool waiting = false;      // for its label
-  std::uint32_t madeInRun = 0, openAtRun = 0;  // see ThreadOrder::runs
+  bool hasTimes = false;      // firstTrace and lastTrace are set
+  bool closed = false;        // its End has come: nothing is added below it any more
+  bool takenOut = false;      // in nobody's children, taken for a hidden trace; its item stays
+  bool unreachable = false;   // it or a node above it is taken out
+  bool waiting = false;       // for its label
   std::uint32_t hanging = 0;  // nodes that were taken out of `children` and still live
   struct KeptTexts {
     std::string own;    // the text of the node's trace, when that has gone
@@ -84,9 +82,8 @@ class CProcessThread : public CExecutionBlock {
   NodeKind Kind() const override { return NodeKind::Thread; }
   // Where the thread's next trace goes; in applications and processes, unused, the node itself.
   CExecutionBlock* currentBlock;
-  ThreadOrder order;
-  bool touched = false;     // the model has yet to time it
-  std::uint32_t front = 0;  // its place in the search for the nearest
+  bool touched = false;         // the model has yet to time it
+  std::uint32_t searchRow = 0;  // its place in the rows of tree/proc/nearest
 };
 
 class CProcess : public CProcessThread {

@@ -25,7 +25,7 @@ class ProcModelOrder : public testing::Test, protected ProcModelRig {
   bool IsInOrder() {
     const TraceEvent_i& event = *m_document.m_traces.back();
     EXPECT_EQ(m_model.FindNode(event), FindNodeByWalk(Block({}), event));
-    return Thread().order.rising;
+    return m_model.IsInOrder(Thread());
   }
 };
 
@@ -49,7 +49,7 @@ TEST_F(ProcModelOrder, AWordOnLossesLeavesTheThreadsOfTheApplicationInOrder) {
   EXPECT_TRUE(IsInOrder());
   AddLoss();
   AddLoss();
-  EXPECT_FALSE(dynamic_cast<CProcessThread&>(Node({0, 0, 0, 1})).order.rising);
+  EXPECT_FALSE(m_model.IsInOrder(dynamic_cast<CProcessThread&>(Node({0, 0, 0, 1}))));
   EXPECT_TRUE(IsInOrder());
 }
 
@@ -103,6 +103,26 @@ TEST_F(ProcModelOrder, TheNearestToATraceFromBeforeIsThatOfThePlainWalk) {
   ASSERT_TRUE(place);
   EXPECT_EQ(m_model.NodeLabel(*place.Node()), "of another thread");
   EXPECT_EQ(FindNodeByWalk(Block({}), *hidden), place);
+}
+
+// The example of two_runs.h.
+TEST_F(ProcModelOrder, TheNearestInTwoRunsIsSoughtDownTheFirstOneAndUpTheSecond) {
+  HideCategory9();
+  Add({.text = "a", .count = 3});
+  Add({.text = "Begin: B", .count = 5});
+  Add({.text = "b", .count = 7});
+  Add({.text = "c", .count = 1});
+  Add({.text = "End: B", .count = 2});
+  Add({.text = "d", .count = 4});
+  const auto nearestTo = [this](std::uint32_t number) {
+    const TraceEvent_i& hidden = *Add({.text = "hidden", .count = number, .category = 9});
+    const NodePosition place = m_model.FindNode(hidden);
+    EXPECT_EQ(FindNodeByWalk(Block({}), hidden), place) << number;
+    return place ? m_model.NodeLabel(*place.Node()) : "none";
+  };
+  EXPECT_EQ(nearestTo(6), "b") << "the first leaf above it ends the search in the block";
+  EXPECT_EQ(nearestTo(3), "d") << "and that in the thread counts for more";
+  EXPECT_EQ(nearestTo(7), "none");
 }
 
 TEST_F(ProcModelOrder, ALeafOutOfOrderIsFoundWhereNothingHasAGreaterNumber) {

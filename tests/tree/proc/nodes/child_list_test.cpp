@@ -74,15 +74,6 @@ TEST_F(ChildListTest, TheFirstLeafIsFoundFromAnyPlace) {
   EXPECT_EQ(m_list.FirstLeaf(0), 2u);
 }
 
-TEST_F(ChildListTest, TheCountOfHollowEntriesShrinksWithThem) {
-  for (int i = 0; i < 6; ++i) Block();
-  m_list.SetHollow(4);
-  m_list.Erase(1);
-  EXPECT_EQ(m_list.Hollow(), 3u);
-  m_list.Erase(3);
-  EXPECT_EQ(m_list.Hollow(), 3u) << "that one did not count";
-}
-
 TEST_F(ChildListTest, AListThatLosesItsFrontAsFastAsItGrowsStaysAmongTheShortOnes) {
   for (int i = 0; i < 5; ++i) Leaf();
   for (int i = 0; i < 10000; ++i) {

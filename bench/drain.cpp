@@ -14,7 +14,8 @@
 #include "documents/trace_realtime_doc.h"
 #include "quor/protocol/frames.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/ring/trace_bytes.h"
+#include "records/name_record.h"
+#include "records/record_fields.h"
 #include "settings/globals.h"
 
 namespace {
@@ -64,7 +65,8 @@ class Sender {
     Send(EncodeFrame(FrameType::Response, subscribed.SerializeAsString()));
     while (!m_begin) usleep(1000);
     std::vector<std::uint8_t> names;
-    for (NameId id = 1; id < 12; ++id) AppendName(names, id);
+    for (std::uint16_t id = 1; id < 12; ++id)
+      AppendNameRecord(names, HubNameId{id}, "name " + std::to_string(id));
     const std::vector<std::uint8_t> records = Records();
     auto due = Clock::now();
     while (!m_stop) {
@@ -84,28 +86,23 @@ class Sender {
     while (!m_end) usleep(1000);
     close(m_socket);
   }
-  static void AppendName(std::vector<std::uint8_t>& to, NameId id) {
-    const std::string text = "name " + std::to_string(id);
-    const std::size_t at = to.size();
-    to.resize(at + 1 + kNameBodyBytes + text.size());
-    to[at] = kTagName;
-    StoreName(to.data() + at + 1, id, text);
-  }
   static std::vector<std::uint8_t> Records() {
     const std::string text(kTextBytes, 't');
     std::vector<std::uint8_t> records;
     for (std::uint32_t i = 1; i <= kPerFrame; ++i) {
-      RecordFields fields;
-      fields.count = i;
-      fields.attributes = 1;
-      fields.machine = 1, fields.app = 2, fields.component = 3;
-      fields.category = static_cast<NameId>(4 + i % 5);
-      fields.pid = 9, fields.tid = 10;
-      fields.text = text;
+      const RecordFieldsOf<HubNameId> fields{.count = i,
+                                             .machine = HubNameId{1},
+                                             .app = HubNameId{2},
+                                             .component = HubNameId{3},
+                                             .category = HubNameId(4 + i % 5),
+                                             .pid = HubNameId{9},
+                                             .tid = HubNameId{10},
+                                             .attributes = 1,
+                                             .text = text};
       const std::size_t at = records.size();
-      records.resize(at + 1 + RawTrace::kFixedBytes + text.size());
+      records.resize(at + kTagBytes + kTraceFixedBytes + text.size());
       records[at] = kTagTrace;
-      StoreRecord(records.data() + at + 1, fields);
+      StoreRecord(records.data() + at + kTagBytes, fields);
     }
     return records;
   }

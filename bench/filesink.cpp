@@ -16,7 +16,7 @@ constexpr int kTraces = 400'000;
 constexpr int kFlushTraces = 50'000;
 constexpr int kTurns = 9;
 constexpr std::size_t kTextBytes = 100;
-constexpr std::size_t kRecordBytes = 45 + kTextBytes;
+constexpr std::size_t kRecordBytes = kTagBytes + kTraceFixedBytes + kTextBytes;
 
 QUOR_POINT(bench_point, "Bench", "File");
 

@@ -15,14 +15,15 @@
 #include "quor/hub/monitor_stream.h"
 #include "quor/protocol/connection.h"
 #include "quor/ring/ring_producer.h"
-#include "quor/ring/trace_bytes.h"
 #include "quor/traced/traced_app.h"
+#include "records/name_record.h"
+#include "records/record_fields.h"
 
 namespace {
 
 constexpr std::uint64_t kTraces = 1'000'000;
 constexpr std::size_t kTextBytes = 100;
-constexpr std::size_t kRecordBytes = RawTrace::kFixedBytes + kTextBytes;
+constexpr std::size_t kRecordBytes = kTraceFixedBytes + kTextBytes;
 constexpr std::size_t kBehindBytes = 1u << 20;  // the hub waits for monitors that are so far behind
 constexpr std::size_t kReadBytes = 256u << 10;
 
@@ -114,8 +115,8 @@ class HubRun {
     m_segment.Create({16, 4096, 8u << 20}, 1, 42);
     std::uint32_t used = 0;
     for (const char* const name : {"", "here", "bench", "Net", "Connect", "4711"})
-      used += static_cast<std::uint32_t>(StoreName(
-          m_segment.Names() + used, static_cast<NameId>(used == 0 ? 0 : ++m_names), name));
+      used += static_cast<std::uint32_t>(
+          StoreNameBody(m_segment.Names() + used, AppNameId(used == 0 ? 0 : ++m_names), name));
     m_segment.Header()->nameBytesUsed.store(used);
     for (std::size_t i = 0; i + stalled < monitors; ++i)
       m_children.push_back(Reader(m_pairs[i], m_pairs));
@@ -171,12 +172,15 @@ class HubRun {
   void Produce() {
     RingProducer ring(m_segment);
     const std::string text(kTextBytes, 't');
-    RecordFields fields;
-    fields.count = 1;
-    fields.attributes = 1;
-    fields.machine = 1, fields.app = 2, fields.component = 3, fields.category = 4;
-    fields.pid = fields.tid = 5;
-    fields.text = text;
+    const RecordFieldsOf<AppNameId> fields{.count = 1,
+                                           .machine = AppNameId{1},
+                                           .app = AppNameId{2},
+                                           .component = AppNameId{3},
+                                           .category = AppNameId{4},
+                                           .pid = AppNameId{5},
+                                           .tid = AppNameId{5},
+                                           .attributes = 1,
+                                           .text = text};
     for (std::uint64_t i = 0; i < kTraces; ++i) {
       RingProducer::Slot slot;
       // Waits for room instead of dropping, and takes its drop back: all is to arrive.

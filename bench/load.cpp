@@ -28,7 +28,7 @@ std::uint64_t MinimalWalk(const std::string& path) {
              trace.PidId() + trace.TidId() + trace.SourceFileId();
       position += 1 + trace.Size();
     } else {
-      position += *at == kTagName ? 5u + LoadBe16(at + 3) : 1u;
+      position += kTagBytes + (*at == kTagName ? RawName(at + kTagBytes).Size() : 0);
     }
   }
   return sum;

@@ -141,10 +141,10 @@ void MeasureFormatted(RingEnd& end) {
         char record[256];
         const std::uint64_t now = FloorClock();
         std::memcpy(record, &now, sizeof now);
-        const auto out = fmt::format_to_n(record + 44, sizeof record - 44,
-                                          "request {} from {} answered in {} ms with code {}", i,
-                                          host, i * 0.25, 200u);
-        g_floorRing.Write(record, 44 + out.size);
+        const auto out = fmt::format_to_n(
+            record + kTraceFixedBytes, sizeof record - kTraceFixedBytes,
+            "request {} from {} answered in {} ms with code {}", i, host, i * 0.25, 200u);
+        g_floorRing.Write(record, kTraceFixedBytes + out.size);
       },
       [&](int i) {
         QUOR_TRACE_INFO(bench_point, "request {} from {} answered in {} ms with code {}", i, host,

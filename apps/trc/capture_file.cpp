@@ -11,7 +11,6 @@
 namespace {
 
 constexpr std::uint64_t kMegabyte = 1024 * 1024;
-constexpr std::uint64_t kNameRecordBytes = 5;
 
 bool Say(std::string* why, const std::string& path, const char* words) {
   *why = path + ": " + words;
@@ -36,10 +35,9 @@ struct WholeRecords {
 
 // With the names that a file lacks.
 std::uint64_t BytesOf(const TraceEvent_i& trace, const NameMap& names) {
-  std::uint64_t bytes = 1 + RawTrace(trace.Record()).Size();
-  for (const NameId id :
-       {trace.GetMachineId(), trace.GetAppId(), trace.GetComponentId(), trace.GetCategoryId(),
-        trace.GetPidId(), trace.GetTidId(), trace.GetSourceFileId()}) {
+  const RawTrace record(trace.Record());
+  std::uint64_t bytes = kTagBytes + record.Size();
+  for (const NameId id : record.Ids().All()) {
     const auto name = names.find(id);
     if (name != names.end() && !name->second.written)
       bytes += kNameRecordBytes + name->second.name.size();

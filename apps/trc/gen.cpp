@@ -16,7 +16,7 @@
 namespace {
 
 constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
-constexpr std::uint64_t kLeastTraceBytes = RawTrace::kFixedBytes + 1;
+constexpr std::uint64_t kLeastTraceBytes = kTraceFixedBytes + kTagBytes;
 
 class Generator {
  public:

@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-using NameId = std::uint16_t;
+#include "records/name_ids.h"
 
 struct NameEntry_t {
   std::string name;           // UTF-8

@@ -12,7 +12,7 @@ struct Sink {
   OldTranslator translator;
   OldConversion result;
   NameMap noNames;
-  std::vector<bool> inFile = std::vector<bool>(65536);  // by id: the name has been written
+  std::vector<bool> inFile = std::vector<bool>(kNameIds);  // by id: the name has been written
 
   void OnName(OldName kind, std::uint8_t key, std::string_view text) {
     translator.Define(kind, key, text);
@@ -27,9 +27,7 @@ struct Sink {
   }
   bool NeedsNames(const RawTrace& trace) {
     bool needed = false;
-    for (const NameId id :
-         {trace.MachineId(), trace.AppId(), trace.ComponentId(), trace.CategoryId(), trace.PidId(),
-          trace.TidId(), trace.SourceFileId()}) {
+    for (const NameId id : trace.Ids().All()) {
       needed = needed || !inFile[id];
       inFile[id] = true;
     }

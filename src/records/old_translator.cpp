@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr std::size_t kMostNames = 65536;
-
 int AttributesOf(const OldTrace& trace) {
   constexpr int kSeverities[] = {kAttributeInfo, kAttributeWarn, kAttributeError};
   const std::uint8_t severity = trace.Severity();
@@ -38,22 +36,22 @@ _TraceEvent_t OldTranslator::Translate(const OldTrace& trace, std::string_view t
   const NameId pid = InternNumber(trace.Pid());  // before the thread's: ids come in order of use
   const NameId tid = InternNumber(trace.Tid());
   if (text.size() > kLongestText) ++m_cutTexts;
-  MakeRecord({.count = trace.SequenceNumber(),
-              .machine = IdOf(OldName::Machine, trace.Machine()),
-              .app = IdOf(OldName::App, trace.App()),
-              .component = IdOf(OldName::Component, trace.Component()),
-              .category = IdOf(OldName::Category, trace.Category()),
-              .date = moment.date,
-              .time = moment.time,
-              .ticCount = trace.TicCount(),
-              .pid = pid,
-              .tid = tid,
-              .attributes = static_cast<std::uint16_t>(AttributesOf(trace)),
-              .sourceFile = IdOf(OldName::SourceFile, trace.SourceFile()),
-              .sourceLine = trace.SourceLine(),
-              .text = text,
-              .stack = {}},
-             m_record);
+  MakeRecord<NameId>({.count = trace.SequenceNumber(),
+                      .machine = IdOf(OldName::Machine, trace.Machine()),
+                      .app = IdOf(OldName::App, trace.App()),
+                      .component = IdOf(OldName::Component, trace.Component()),
+                      .category = IdOf(OldName::Category, trace.Category()),
+                      .date = moment.date,
+                      .time = moment.time,
+                      .ticCount = trace.TicCount(),
+                      .pid = pid,
+                      .tid = tid,
+                      .attributes = static_cast<std::uint16_t>(AttributesOf(trace)),
+                      .sourceFile = IdOf(OldName::SourceFile, trace.SourceFile()),
+                      .sourceLine = trace.SourceLine(),
+                      .text = text,
+                      .stack = {}},
+                     m_record);
   return _TraceEvent_t(m_record.data());
 }
 
@@ -63,7 +61,7 @@ NameId OldTranslator::Intern(std::string_view name) {
   name = CutUtf8(name, kLongestText);
   const auto known = m_idByName.find(name);
   if (known != m_idByName.end()) return known->second;
-  if (m_names.size() == kMostNames) {
+  if (m_names.size() == kNameIds) {
     ++m_lostNames;
     return 0;
   }

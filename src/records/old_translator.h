@@ -40,7 +40,7 @@ class OldTranslator {
   std::unordered_map<std::string_view, NameId> m_idByName;  // views of the map's own texts
   std::array<std::array<NameId, 256>, kOldNameKinds> m_ids{};
   // Ids of the decimal texts of process and thread numbers, plus 1; 0: not looked up yet.
-  std::vector<std::uint32_t> m_numberIds = std::vector<std::uint32_t>(65536);
+  std::vector<std::uint32_t> m_numberIds = std::vector<std::uint32_t>(kNameIds);
   std::vector<std::uint8_t> m_record;
   std::uint64_t m_cutTexts = 0, m_cutNames = 0, m_lostNames = 0;
 };

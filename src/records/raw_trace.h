@@ -1,16 +1,17 @@
-// One trace record as it lies in a .trc file: see docs/formats.md.
+// One trace record as it lies in a file, a ring or a stream: see record_layout.h.
 //
-// Shape    44 + L1 + L2 bytes, big-endian, unaligned, no padding.
+// Shape    The record behind its tag. The ids are of the space that the reader names: RawTrace of
+//          a document or file, RawAppTrace of an application, RawHubTrace of a service.
 // Owner    Borrows the bytes.
 // Errors   None: the record must be whole, or MappedFile::kGuardBytes readable bytes must follow
 //          its beginning. A text stops at its first NUL; the record goes on behind its full length.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
-#include "base/bytes.h"
-#include "records/name_map.h"
+#include "records/record_layout.h"
 
 // Bits of the attribute word.
 enum TraceAttribute : int {
@@ -23,39 +24,69 @@ enum TraceAttribute : int {
 constexpr int kSeverityMask = 7;
 constexpr std::uint32_t kNoSequenceNumber = 0xFFFFFFFF;
 
-class RawTrace {
+// The seven ids of a record, in its order.
+template <class Id>
+struct TraceIdsOf {
+  Id machine, app, component, category, pid, tid, sourceFile;
+
+  std::array<Id, 7> All() const {
+    return {machine, app, component, category, pid, tid, sourceFile};
+  }
+  bool operator==(const TraceIdsOf& other) const {
+    static_assert(sizeof(TraceIdsOf) == 14, "no padding to compare");
+    return std::memcmp(this, &other, sizeof other) == 0;
+  }
+};
+
+// The same as bytes, in three words: two records of one space agree in them when their ids do.
+struct TraceIdBytes {
+  TraceIdBytes() = default;
+  explicit TraceIdBytes(const std::uint8_t* record)
+      : head(LoadBe64(record + TraceAt::kMachine)),
+        threads(LoadBe32(record + TraceAt::kPid)),
+        file(LoadBe16(record + TraceAt::kSourceFile)) {}
+  bool operator==(const TraceIdBytes&) const = default;
+
+  std::uint64_t head = 0;  // machine, application, component, category
+  std::uint32_t threads = 0;
+  std::uint16_t file = 0;
+};
+
+template <class Id>
+class RawTraceOf {
  public:
-  static constexpr std::size_t kFixedBytes = 44;  // a record with two empty texts
+  explicit RawTraceOf(const std::uint8_t* record) : m_record(record) {}
 
-  explicit RawTrace(const std::uint8_t* record) : m_record(record) {}
-
-  std::uint32_t SequenceNumber() const { return LoadBe32(m_record); }
-  NameId MachineId() const { return LoadBe16(m_record + 4); }
-  NameId AppId() const { return LoadBe16(m_record + 6); }
-  NameId ComponentId() const { return LoadBe16(m_record + 8); }
-  NameId CategoryId() const { return LoadBe16(m_record + 10); }
-  std::uint32_t Date() const { return LoadBe32(m_record + 12); }
-  std::uint32_t Time() const { return LoadBe32(m_record + 16); }
-  std::uint64_t TicCount() const { return LoadBe64(m_record + 20); }
-  NameId PidId() const { return LoadBe16(m_record + 28); }
-  NameId TidId() const { return LoadBe16(m_record + 30); }
-  int Attributes() const { return LoadBe16(m_record + 32); }
-  NameId SourceFileId() const { return LoadBe16(m_record + 34); }
-  std::uint32_t SourceLine() const { return LoadBe32(m_record + 36); }
-  std::uint16_t TextLength() const { return LoadBe16(m_record + 40); }
-  std::uint16_t StackLength() const { return LoadBe16(m_record + 42 + TextLength()); }
+  std::uint32_t SequenceNumber() const { return LoadBe32(m_record + TraceAt::kCount); }
+  Id MachineId() const { return LoadId<Id>(m_record + TraceAt::kMachine); }
+  Id AppId() const { return LoadId<Id>(m_record + TraceAt::kApp); }
+  Id ComponentId() const { return LoadId<Id>(m_record + TraceAt::kComponent); }
+  Id CategoryId() const { return LoadId<Id>(m_record + TraceAt::kCategory); }
+  std::uint32_t Date() const { return LoadBe32(m_record + TraceAt::kDate); }
+  std::uint32_t Time() const { return LoadBe32(m_record + TraceAt::kTime); }
+  std::uint64_t TicCount() const { return LoadBe64(m_record + TraceAt::kTicCount); }
+  Id PidId() const { return LoadId<Id>(m_record + TraceAt::kPid); }
+  Id TidId() const { return LoadId<Id>(m_record + TraceAt::kTid); }
+  int Attributes() const { return LoadBe16(m_record + TraceAt::kAttributes); }
+  Id SourceFileId() const { return LoadId<Id>(m_record + TraceAt::kSourceFile); }
+  std::uint32_t SourceLine() const { return LoadBe32(m_record + TraceAt::kSourceLine); }
+  std::uint16_t TextLength() const { return LoadBe16(m_record + TraceAt::kTextLength); }
+  std::uint16_t StackLength() const { return LoadBe16(BehindText()); }
   // Up to their first NUL.
-  std::string_view Text() const { return UpToNul(m_record + 42, TextLength()); }
-  std::string_view Stack() const { return UpToNul(m_record + 44 + TextLength(), StackLength()); }
-  std::size_t Size() const { return kFixedBytes + TextLength() + StackLength(); }
+  std::string_view Text() const { return UpToNul(m_record + TraceAt::kText, TextLength()); }
+  std::string_view Stack() const { return UpToNul(BehindText() + kTextLengthBytes, StackLength()); }
+  std::size_t Size() const { return kTraceFixedBytes + TextLength() + StackLength(); }
+  TraceIdsOf<Id> Ids() const {
+    return {MachineId(), AppId(), ComponentId(), CategoryId(), PidId(), TidId(), SourceFileId()};
+  }
 
  private:
-  static std::string_view UpToNul(const std::uint8_t* text, std::size_t length) {
-    const auto* chars = reinterpret_cast<const char*>(text);
-    return {chars, strnlen(chars, length)};
-  }
+  const std::uint8_t* BehindText() const { return m_record + TraceAt::kText + TextLength(); }
   const std::uint8_t* m_record;
 };
+using RawTrace = RawTraceOf<NameId>;
+using RawAppTrace = RawTraceOf<AppNameId>;
+using RawHubTrace = RawTraceOf<HubNameId>;
 
 // Packed date and time of day, UTC. Ranges are the caller's: nothing is checked.
 constexpr std::uint32_t PackDate(unsigned year, unsigned month, unsigned day) {

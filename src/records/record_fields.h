@@ -1,55 +1,66 @@
-// The fields of a trace on their way into a record: see docs/formats.md.
+// The fields of a trace on their way into a record: see record_layout.h.
 //
 // Threads  Pure.
 #pragma once
 
-#include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <vector>
 
-#include "base/bytes.h"
+#include "base/text.h"
 #include "records/raw_trace.h"
 
-constexpr std::size_t kLongestText = 0xFFFF;  // bytes: a length field has 16 bits
-
 // Everything that a record holds, in its order.
-struct RecordFields {
+template <class Id>
+struct RecordFieldsOf {
   std::uint32_t count = 0;
-  NameId machine = 0, app = 0, component = 0, category = 0;
+  Id machine{}, app{}, component{}, category{};
   std::uint32_t date = 0, time = 0;
   std::uint64_t ticCount = 0;
-  NameId pid = 0, tid = 0;
+  Id pid{}, tid{};
   std::uint16_t attributes = 0;
-  NameId sourceFile = 0;
+  Id sourceFile{};
   std::uint32_t sourceLine = 0;
   std::string_view text = {}, stack = {};
 };
+using RecordFields = RecordFieldsOf<NameId>;
 
-// Writes RawTrace::kFixedBytes + text + stack bytes. REQUIRES: neither is longer than kLongestText.
-// It stands in the header for the library of traced applications, which links nothing of this room.
-inline void StoreRecord(std::uint8_t* to, const RecordFields& fields) {
+// Puts other ids in the place of those that the record has.
+template <class Id>
+void StoreIds(std::uint8_t* record, const TraceIdsOf<Id>& ids) {
+  StoreId(record + TraceAt::kMachine, ids.machine);
+  StoreId(record + TraceAt::kApp, ids.app);
+  StoreId(record + TraceAt::kComponent, ids.component);
+  StoreId(record + TraceAt::kCategory, ids.category);
+  StoreId(record + TraceAt::kPid, ids.pid);
+  StoreId(record + TraceAt::kTid, ids.tid);
+  StoreId(record + TraceAt::kSourceFile, ids.sourceFile);
+}
+
+// Writes kTraceFixedBytes + text + stack bytes. REQUIRES: neither is longer than kLongestText.
+template <class Id>
+inline void StoreRecord(std::uint8_t* to, const RecordFieldsOf<Id>& fields) {
   const auto storeText = [](std::uint8_t* at, std::string_view text) {
     StoreBe16(at, static_cast<std::uint16_t>(text.size()));
-    if (!text.empty()) std::memcpy(at + 2, text.data(), text.size());
-    return at + 2 + text.size();
+    if (!text.empty()) std::memcpy(at + kTextLengthBytes, text.data(), text.size());
+    return at + kTextLengthBytes + text.size();
   };
-  StoreBe32(to, fields.count);
-  StoreBe16(to + 4, fields.machine);
-  StoreBe16(to + 6, fields.app);
-  StoreBe16(to + 8, fields.component);
-  StoreBe16(to + 10, fields.category);
-  StoreBe32(to + 12, fields.date);
-  StoreBe32(to + 16, fields.time);
-  StoreBe64(to + 20, fields.ticCount);
-  StoreBe16(to + 28, fields.pid);
-  StoreBe16(to + 30, fields.tid);
-  StoreBe16(to + 32, fields.attributes);
-  StoreBe16(to + 34, fields.sourceFile);
-  StoreBe32(to + 36, fields.sourceLine);
-  storeText(storeText(to + 40, fields.text), fields.stack);
+  StoreBe32(to + TraceAt::kCount, fields.count);
+  StoreIds<Id>(to, {fields.machine, fields.app, fields.component, fields.category, fields.pid,
+                    fields.tid, fields.sourceFile});
+  StoreBe32(to + TraceAt::kDate, fields.date);
+  StoreBe32(to + TraceAt::kTime, fields.time);
+  StoreBe64(to + TraceAt::kTicCount, fields.ticCount);
+  StoreBe16(to + TraceAt::kAttributes, fields.attributes);
+  StoreBe32(to + TraceAt::kSourceLine, fields.sourceLine);
+  storeText(storeText(to + TraceAt::kTextLength, fields.text), fields.stack);
 }
 
 // Makes `record` the record of these fields; texts are cut to kLongestText at the boundary of a
 // character. A vector that is used again keeps its storage.
-void MakeRecord(RecordFields fields, std::vector<std::uint8_t>& record);
+template <class Id>
+void MakeRecord(RecordFieldsOf<Id> fields, std::vector<std::uint8_t>& record) {
+  fields.text = CutUtf8(fields.text, kLongestText);
+  fields.stack = CutUtf8(fields.stack, kLongestText);
+  record.resize(kTraceFixedBytes + fields.text.size() + fields.stack.size());
+  StoreRecord(record.data(), fields);
+}

@@ -18,21 +18,19 @@ bool WriteBytes(ds_BufferedOutputStream_t& stream, const void* bytes, std::size_
 
 bool WriteName(ds_BufferedOutputStream_t& stream, NameId id, std::string_view name) {
   name = CutUtf8(name, kLongestText);
-  std::uint8_t head[5] = {kTagName};
-  StoreBe16(head + 1, id);
-  StoreBe16(head + 3, static_cast<std::uint16_t>(name.size()));
+  std::uint8_t head[kNameRecordBytes] = {kTagName};
+  StoreNameHead(head + kTagBytes, id, name.size());
   return WriteBytes(stream, head, sizeof head) && WriteBytes(stream, name.data(), name.size());
 }
 
 // Each length is read once, and what is written agrees with it: the file behind a mapped record may
 // change at any moment.
 bool WriteRecord(ds_BufferedOutputStream_t& stream, const std::uint8_t* record) {
-  constexpr std::size_t kHeadBytes = 42;
-  std::uint8_t head[1 + kHeadBytes] = {kTagTrace};
-  std::memcpy(head + 1, record, kHeadBytes);
-  const std::size_t textLength = LoadBe16(head + 1 + kHeadBytes - 2);
-  const std::uint8_t* const text = record + kHeadBytes;
-  std::uint8_t stackHead[2];
+  std::uint8_t head[kTagBytes + TraceAt::kText] = {kTagTrace};
+  std::memcpy(head + kTagBytes, record, TraceAt::kText);
+  const std::size_t textLength = LoadBe16(head + kTagBytes + TraceAt::kTextLength);
+  const std::uint8_t* const text = record + TraceAt::kText;
+  std::uint8_t stackHead[kTextLengthBytes];
   std::memcpy(stackHead, text + textLength, sizeof stackHead);
   return WriteBytes(stream, head, sizeof head) && WriteBytes(stream, text, textLength) &&
          WriteBytes(stream, stackHead, sizeof stackHead) &&
@@ -43,22 +41,22 @@ std::vector<std::uint8_t> RecordOf(const TraceEvent_i& event) {
   const std::string text = _MBS2UTF(event.GetText());
   const std::string stack = _MBS2UTF(event.GetStack());
   std::vector<std::uint8_t> record;
-  MakeRecord({.count = event.GetSequenceNumber(),
-              .machine = event.GetMachineId(),
-              .app = event.GetAppId(),
-              .component = event.GetComponentId(),
-              .category = event.GetCategoryId(),
-              .date = event.GetDate(),
-              .time = event.GetTime(),
-              .ticCount = event.GetTicCount(),
-              .pid = event.GetPidId(),
-              .tid = event.GetTidId(),
-              .attributes = static_cast<std::uint16_t>(event.GetAttributes()),
-              .sourceFile = event.GetSourceFileId(),
-              .sourceLine = event.GetSourceLine(),
-              .text = text,
-              .stack = stack},
-             record);
+  MakeRecord<NameId>({.count = event.GetSequenceNumber(),
+                      .machine = event.GetMachineId(),
+                      .app = event.GetAppId(),
+                      .component = event.GetComponentId(),
+                      .category = event.GetCategoryId(),
+                      .date = event.GetDate(),
+                      .time = event.GetTime(),
+                      .ticCount = event.GetTicCount(),
+                      .pid = event.GetPidId(),
+                      .tid = event.GetTidId(),
+                      .attributes = static_cast<std::uint16_t>(event.GetAttributes()),
+                      .sourceFile = event.GetSourceFileId(),
+                      .sourceLine = event.GetSourceLine(),
+                      .text = text,
+                      .stack = stack},
+                     record);
   return record;
 }
 
@@ -138,9 +136,9 @@ std::string TraceEvent_i::GetTimeString(bool local) const {
 }
 
 int TraceEvent_i::WriteFile(ds_BufferedOutputStream_t& stream, NameMap& names) const {
-  const NameId ids[] = {GetMachineId(), GetAppId(), GetComponentId(), GetCategoryId(),
-                        GetPidId(),     GetTidId(), GetSourceFileId()};
-  for (const NameId id : ids) {
+  const TraceIdsOf<NameId> ids{GetMachineId(), GetAppId(), GetComponentId(), GetCategoryId(),
+                               GetPidId(),     GetTidId(), GetSourceFileId()};
+  for (const NameId id : ids.All()) {
     const auto entry = names.find(id);
     if (entry == names.end() || entry->second.written) continue;
     if (!WriteName(stream, id, entry->second.name)) return 0;
@@ -158,9 +156,10 @@ TraceEvent_i* TraceEvent_i::Create(unsigned int count, unsigned short machineId,
                                    unsigned short sourceFileId, unsigned int sourceLine,
                                    const std::string& text, const std::string& stack) {
   std::vector<std::uint8_t> record;
-  MakeRecord({count, machineId, appId, componentId, categoryId, date, time, ticCount, pidId, tidId,
-              static_cast<std::uint16_t>(attributes), sourceFileId, sourceLine, text, stack},
-             record);
+  MakeRecord<NameId>(
+      {count, machineId, appId, componentId, categoryId, date, time, ticCount, pidId, tidId,
+       static_cast<std::uint16_t>(attributes), sourceFileId, sourceLine, text, stack},
+      record);
   return new OwnedTraceEvent_t(std::move(record));
 }
 

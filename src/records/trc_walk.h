@@ -1,7 +1,7 @@
 // One pass over the bytes of a .trc file: see docs/formats.md.
 //
-// Shape    16-byte header, then tagged records end to end. A name record is 5+N bytes with its tag,
-//          a trace record 45+L1+L2. Any other tag costs one byte and counts as a record.
+// Shape    16-byte header, then tagged records end to end (record_layout.h). Any other tag costs
+//          one byte and counts as a record.
 // Owner    Borrows `bytes`; the sink keeps what it wants.
 // Errors   None: a record cut short by the end is the last one. REQUIRES kGuardBytes of readable
 //          bytes behind the end (MappedFile sees to it).
@@ -12,14 +12,13 @@
 #include <string_view>
 
 #include "base/bytes.h"
+#include "records/name_record.h"
 #include "records/raw_trace.h"
 
 constexpr char kTrcHeader[16] = "TRC Version 3.1";  // with its NUL
 constexpr char kOldTrcHeader[12] = "Version 2.2";   // the older format, with its NUL
 constexpr std::size_t kTrcHeaderBytes = sizeof kTrcHeader;
 constexpr std::uint64_t kTrcFileBytesMax = 0xFFFFFFFF;  // offsets have 32 bits
-constexpr std::uint8_t kTagName = 10;
-constexpr std::uint8_t kTagTrace = 11;
 constexpr std::uint64_t kRecordsPerCheck = 1024;
 
 enum class TrcVersion { Current, Old, Unknown };
@@ -48,11 +47,9 @@ std::uint64_t WalkTrc(Bytes bytes, Sink&& sink, std::uint64_t position = kTrcHea
       sink.OnTrace(trace);
       position += RawTrace(trace).Size();
     } else if (tag == kTagName) {
-      const std::uint8_t* const body = data + position;
-      const std::uint16_t length = LoadBe16(body + 2);
-      const auto* text = reinterpret_cast<const char*>(body + 4);
-      sink.OnName(LoadBe16(body), {text, strnlen(text, length)});
-      position += 4u + length;
+      const RawName name(data + position);
+      sink.OnName(name.NamedId(), name.Text());
+      position += name.Size();
     } else {
       sink.OnUnknownTag(position - 1);
     }

@@ -193,7 +193,7 @@ class CountedTrace : public _TraceEvent_t {
   }
 
  private:
-  static constexpr std::uint8_t kRecord[RawTrace::kFixedBytes] = {};
+  static constexpr std::uint8_t kRecord[kTraceFixedBytes] = {};
   int& m_released;
 };
 

@@ -5,7 +5,7 @@
 class LiveBatch::Filler final : public DataSink {
  public:
   explicit Filler(LiveBatch& batch) : m_batch(batch) {}
-  void OnName(std::uint16_t id, std::string_view utf8) override {
+  void OnName(HubNameId id, std::string_view utf8) override {
     m_batch.m_names.push_back({m_batch.m_events.size(), id, utf8});
   }
   void OnTrace(const std::uint8_t* record, std::size_t) override {

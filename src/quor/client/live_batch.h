@@ -32,7 +32,7 @@ class LiveBatch {
  public:
   struct Name {
     std::size_t before;  // index of the trace in front of which it stands
-    NameId id;
+    HubNameId id;
     std::string_view text;
   };
 

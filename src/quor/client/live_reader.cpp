@@ -1,7 +1,7 @@
 #include "quor/client/live_reader.h"
 
 #include "quor/client/loss_trace.h"
-#include "quor/ring/trace_bytes.h"
+#include "records/name_record.h"
 
 void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome) {
   m_machine = welcome.machine();
@@ -128,12 +128,7 @@ void LiveReader::TurnAway(LiveBatch* batch) {
 void LiveReader::CatchUp() {
   if (!m_turningAway || !m_queue.IsHalfEmpty()) return;
   std::vector<std::uint8_t> body;
-  for (const auto& [id, text] : m_keptNames) {
-    const std::size_t at = body.size();
-    body.resize(at + 1 + kNameBodyBytes + text.size());
-    body[at] = kTagName;
-    StoreName(body.data() + at + 1, id, text);
-  }
+  for (const auto& [id, text] : m_keptNames) AppendNameRecord(body, id, text);
   LiveBatch* const names = LiveBatch::Read(body, nullptr);
   if (std::exchange(m_keptFirst, false)) names->MarkFirstOfStream();
   m_queue.PushAlways(names);

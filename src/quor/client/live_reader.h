@@ -61,7 +61,7 @@ class LiveReader final : public ServiceLink::User {
   // While the queue is full: what stood in the batches that were turned away.
   std::atomic<bool> m_turningAway{false};
   bool m_turnedWhilePaused = false, m_keptFirst = false;
-  std::map<NameId, std::string> m_keptNames;
+  std::map<HubNameId, std::string> m_keptNames;
   std::size_t m_keptNameBytes = 0;
   std::uint64_t m_turnedAway = 0;
   std::uint64_t m_gaps = 0, m_allTurnedAway = 0;

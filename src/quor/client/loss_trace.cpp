@@ -5,21 +5,19 @@
 #include <chrono>
 
 #include "base/text.h"
-#include "quor/ring/trace_bytes.h"
+#include "records/name_record.h"
+#include "records/record_fields.h"
 
 namespace {
 
 // A name record, and the id that it gives.
-NameId AppendName(std::vector<std::uint8_t>& body, NameId& last, std::string_view text) {
-  text = CutUtf8(text, kLongestText);
-  const std::size_t at = body.size();
-  body.resize(at + 1 + kNameBodyBytes + text.size());
-  body[at] = kTagName;
-  StoreName(body.data() + at + 1, ++last, text);
+HubNameId AppendName(std::vector<std::uint8_t>& body, HubNameId& last, std::string_view text) {
+  last = HubNameId(IdNumber(last) + 1);
+  AppendNameRecord(body, last, CutUtf8(text, kLongestText));
   return last;
 }
 
-void SetNow(RecordFields& fields) {
+void SetNow(RecordFieldsOf<HubNameId>& fields) {
   using namespace std::chrono;
   const auto now = floor<milliseconds>(system_clock::now());
   const auto day = floor<days>(now);
@@ -38,8 +36,8 @@ void SetNow(RecordFields& fields) {
 std::vector<std::uint8_t> LossTraceBody(const std::string& machine, std::uint64_t lost,
                                         const std::string& reason) {
   std::vector<std::uint8_t> body;
-  NameId last = 0;
-  RecordFields fields;
+  HubNameId last{};
+  RecordFieldsOf<HubNameId> fields;
   fields.count = kNoSequenceNumber;
   fields.machine = AppendName(body, last, machine);
   fields.component = fields.app = AppendName(body, last, "Quor");
@@ -51,9 +49,9 @@ std::vector<std::uint8_t> LossTraceBody(const std::string& machine, std::uint64_
   // The same words also for one: programs look for them.
   const std::string text = std::to_string(lost) + " traces lost: " + reason;
   const std::size_t at = body.size();
-  body.resize(at + 1 + RawTrace::kFixedBytes + text.size());
+  body.resize(at + kTagBytes + kTraceFixedBytes + text.size());
   body[at] = kTagTrace;
   fields.text = text;
-  StoreRecord(body.data() + at + 1, fields);
+  StoreRecord(body.data() + at + kTagBytes, fields);
   return body;
 }

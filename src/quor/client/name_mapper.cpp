@@ -1,12 +1,5 @@
 #include "quor/client/name_mapper.h"
 
-namespace {
-
-// Where the seven ids lie in a record.
-constexpr std::size_t kIdOffsets[] = {4, 6, 8, 10, 28, 30, 34};
-
-}  // namespace
-
 NameMapper::NameMapper(NameMap& names)
     : m_names(names), m_stream(std::make_unique<Table>()), m_own(std::make_unique<Table>()) {
   m_stream->fill(0);
@@ -37,9 +30,9 @@ void NameMapper::Map(LiveBatch& batch, std::size_t index) {
   }
   const std::vector<LiveBatch::Name>& names = batch.Names();
   for (; m_nextName < names.size() && names[m_nextName].before <= index; ++m_nextName)
-    table[names[m_nextName].id] = IdOf(names[m_nextName].text);
+    EntryOf(table, names[m_nextName].id) = IdOf(names[m_nextName].text);
   if (index == batch.Traces()) return;
   std::uint8_t* const record = batch.Record(index);
-  for (const std::size_t offset : kIdOffsets)
-    StoreBe16(record + offset, table[LoadBe16(record + offset)]);
+  for (const std::size_t at : kTraceIds)
+    StoreId(record + at, EntryOf(table, LoadId<HubNameId>(record + at)));
 }

@@ -28,7 +28,8 @@ class NameMapper {
   void Map(LiveBatch& batch, std::size_t index);
 
  private:
-  using Table = std::array<NameId, 65536>;
+  using Table = std::array<NameId, kNameIds>;
+  static NameId& EntryOf(Table& table, HubNameId id) { return table[IdNumber(id)]; }
   NameId IdOf(std::string_view text);
 
   struct TextHash {

@@ -52,12 +52,13 @@ auto OldestOfMost(Map& map, Age age) {
 // The records of one data frame, in order.
 struct ForwardInlet::Stream::Frame final : DataSink {
   explicit Frame(SourceNames& to) : names(to) {}
-  void OnName(std::uint16_t id, std::string_view utf8) override {
-    if (names.TextBytes() + utf8.size() <= kNameBytesMax) names.Enter(id, utf8);
+  void OnName(HubNameId id, std::string_view utf8) override {
+    if (names.TextBytes() + utf8.size() > kNameBytesMax) return;
+    names.Enter(AppNameId{IdNumber(id)}, utf8);  // the other hub's ids are this source's own
   }
   void OnTrace(const std::uint8_t* record, std::size_t bytes) override {
     traces.push_back(Bytes(record, bytes));
-    if (RawTrace(record).SequenceNumber() != kNoSequenceNumber) ++numbered;
+    if (RawHubTrace(record).SequenceNumber() != kNoSequenceNumber) ++numbered;
   }
   SourceNames& names;
   std::vector<Bytes> traces;
@@ -164,7 +165,7 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
   if (std::max(source->serial, stands) > kSerialMax - (word.serial() - stands))
     return FailWith(why, "its ledgers count more than there can be");
   if (frame && !frame->traces.empty()) {
-    const RawTrace first(frame->traces.front().data());
+    const RawAppTrace first(frame->traces.front().data());
     source->machine = m_names.TextOf(first.MachineId());
     source->app = m_names.TextOf(first.AppId());
     source->pid = m_names.TextOf(first.PidId());

@@ -4,27 +4,7 @@
 #include <chrono>
 #include <cstring>
 
-#include "quor/ring/trace_bytes.h"
-
-namespace {
-
-bool Same(const TraceIds& one, const TraceIds& other) {
-  static_assert(sizeof(TraceIds) == 14);
-  return std::memcmp(&one, &other, sizeof one) == 0;
-}
-
-void StoreIds(std::uint8_t* record, const TraceIds& ids, std::uint32_t number) {
-  StoreBe32(record, number);
-  StoreBe16(record + 4, ids.machine);
-  StoreBe16(record + 6, ids.app);
-  StoreBe16(record + 8, ids.component);
-  StoreBe16(record + 10, ids.category);
-  StoreBe16(record + 28, ids.pid);
-  StoreBe16(record + 30, ids.tid);
-  StoreBe16(record + 34, ids.file);
-}
-
-}  // namespace
+#include "records/record_fields.h"
 
 ServiceStamp StampNow() {
   using namespace std::chrono;
@@ -47,11 +27,13 @@ BatchBuilder::BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory)
 
 void BatchBuilder::Append(const std::shared_ptr<Source>& source, Bytes record, const TraceIds& ids,
                           std::uint32_t number) {
-  std::uint8_t* const to = m_batch->bytes.Append(1 + record.size());
+  std::uint8_t* const to = m_batch->bytes.Append(kTagBytes + record.size());
   to[0] = kTagTrace;
-  std::memcpy(to + 1, record.data(), record.size());
-  StoreIds(to + 1, ids, number);
-  if (!m_hasLastIds || !Same(ids, m_lastIds)) Use(ids);
+  std::uint8_t* const copy = to + kTagBytes;
+  std::memcpy(copy, record.data(), record.size());
+  StoreBe32(copy + TraceAt::kCount, number);
+  StoreIds(copy, ids);
+  if (!m_hasLastIds || !(ids == m_lastIds)) Use(ids);
   if (number == kNoSequenceNumber) return;
   ++DeltaOf(source).traces;
   ++m_batch->traces;
@@ -60,7 +42,7 @@ void BatchBuilder::Append(const std::shared_ptr<Source>& source, Bytes record, c
 void BatchBuilder::AppendLoss(const std::shared_ptr<Source>& source, std::uint64_t lost,
                               const std::string& reason) {
   const ServiceStamp now = StampNow();
-  RecordFields fields;
+  RecordFieldsOf<HubNameId> fields;
   fields.count = kNoSequenceNumber;
   fields.date = now.date;
   fields.time = now.time;
@@ -89,7 +71,7 @@ SharedBatch BatchBuilder::Seal() {
   m_batch->bytes.Fit();
   m_batch->records = m_batch->bytes.View();
   SharedBatch sealed = m_batch;
-  for (const NameId id : m_batch->names) m_used.reset(id);
+  for (const HubNameId id : m_batch->names) m_used.Remove(id);
   m_batch = std::make_shared<Batch>(m_memory);
   m_nameBytes = 0;
   m_lastDelta = 0;
@@ -109,25 +91,22 @@ SourceDelta& BatchBuilder::DeltaOf(const std::shared_ptr<Source>& source) {
 }
 
 std::size_t BatchBuilder::NameBytes(const TraceIds& ids) const {
-  if (m_hasLastIds && Same(ids, m_lastIds)) return 0;
+  if (m_hasLastIds && ids == m_lastIds) return 0;
   std::size_t bytes = 0;
-  for (const NameId id :
-       {ids.machine, ids.app, ids.component, ids.category, ids.pid, ids.tid, ids.file})
-    if (!m_used.test(id)) bytes += m_names.RecordBytes(id);
+  for (const HubNameId id : ids.All())
+    if (!m_used.Has(id)) bytes += m_names.RecordBytes(id);
   return bytes;
 }
 
 void BatchBuilder::Use(const TraceIds& ids) {
   m_lastIds = ids;
   m_hasLastIds = true;
-  for (const NameId id :
-       {ids.machine, ids.app, ids.component, ids.category, ids.pid, ids.tid, ids.file})
-    UseName(id);
+  for (const HubNameId id : ids.All()) UseName(id);
 }
 
-void BatchBuilder::UseName(NameId id) {
-  if (m_used.test(id)) return;
-  m_used.set(id);
+void BatchBuilder::UseName(HubNameId id) {
+  if (m_used.Has(id)) return;
+  m_used.Add(id);
   m_batch->names.push_back(id);
   m_nameBytes += m_names.RecordBytes(id);
 }

@@ -8,7 +8,6 @@
 #pragma once
 
 #include <array>
-#include <bitset>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -18,6 +17,7 @@
 #include "quor/hub/batch_bytes.h"
 #include "quor/hub/hub_names.h"
 #include "quor/protocol/frames.h"
+#include "records/raw_trace.h"
 
 // One instance of an application, here or on a machine that forwards to this one.
 struct Source {
@@ -45,17 +45,14 @@ struct Batch {
   explicit Batch(std::shared_ptr<BatchMemory> memory) : bytes(std::move(memory)) {}
   BatchBytes bytes;
   Bytes records;  // all of them, once it is sealed
-  std::vector<NameId> names;
+  std::vector<HubNameId> names;
   std::vector<SourceDelta> sources;
   std::vector<std::shared_ptr<Source>> forgotten;  // by the hub: nothing comes of them any more
   std::uint64_t traces = 0;                        // with a number: not the words on losses
 };
 using SharedBatch = std::shared_ptr<const Batch>;
 
-// The seven ids of a record, in its order.
-struct TraceIds {
-  NameId machine, app, component, category, pid, tid, file;
-};
+using TraceIds = TraceIdsOf<HubNameId>;
 
 class BatchBuilder {
  public:
@@ -94,12 +91,12 @@ class BatchBuilder {
   static constexpr std::size_t kFrameRoom = kDataFrameBytesMax - 64;
   SourceDelta& DeltaOf(const std::shared_ptr<Source>& source);
   void Use(const TraceIds& ids);
-  void UseName(NameId id);
+  void UseName(HubNameId id);
 
   HubNames& m_names;
   const std::shared_ptr<BatchMemory> m_memory;
   std::shared_ptr<Batch> m_batch;
-  std::bitset<65536> m_used;
+  IdSet<HubNameId> m_used;
   std::size_t m_nameBytes = 0;
   std::size_t m_lastDelta = 0;
   TraceIds m_lastIds{};

@@ -85,8 +85,8 @@ std::uint32_t Hub::NextNumber() {
   return m_number++;
 }
 
-NameId Hub::Translate(NameId own, SourceNames& names, const Learn& learn) {
-  NameId id = 0;
+HubNameId Hub::Translate(AppNameId own, SourceNames& names, const Learn& learn) {
+  HubNameId id{};
   if (names.Find(own, m_names, id)) return id;
   if (learn) learn();
   if (names.Find(own, m_names, id)) return id;
@@ -96,31 +96,24 @@ NameId Hub::Translate(NameId own, SourceNames& names, const Learn& learn) {
   return id;
 }
 
-// The seven ids lie in three runs of the record.
 const TraceIds& Hub::TranslateAll(const std::uint8_t* record, SourceNames& names,
                                   const Learn& learn) {
-  const std::uint64_t head = LoadBe64(record + 4);
-  const std::uint32_t threads = LoadBe32(record + 28);
-  const std::uint16_t file = LoadBe16(record + 34);
-  if (m_last.version == names.Version() && m_last.head == head && m_last.threads == threads &&
-      m_last.file == file)
-    return m_last.ids;
-  const RawTrace raw(record);
+  const TraceIdBytes own(record);
+  if (m_last.version == names.Version() && m_last.own == own) return m_last.ids;
+  const RawAppTrace raw(record);
   m_last.ids = {
       Translate(raw.MachineId(), names, learn),   Translate(raw.AppId(), names, learn),
       Translate(raw.ComponentId(), names, learn), Translate(raw.CategoryId(), names, learn),
       Translate(raw.PidId(), names, learn),       Translate(raw.TidId(), names, learn),
       Translate(raw.SourceFileId(), names, learn)};
   m_last.version = names.Version();
-  m_last.head = head;
-  m_last.threads = threads;
-  m_last.file = file;
+  m_last.own = own;
   return m_last.ids;
 }
 
 void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes record,
                const Learn& learn) {
-  const RawTrace raw(record.data());
+  const RawAppTrace raw(record.data());
   const bool numbered = raw.SequenceNumber() != kNoSequenceNumber;
   const std::uint32_t number = numbered ? NextNumber() : kNoSequenceNumber;
   if (numbered) {
@@ -131,7 +124,7 @@ void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes 
   names.Follow(m_names);
   const TraceIds& ids = TranslateAll(record.data(), names, learn);
   SealBefore(source);
-  if (!m_builder.HasRoom(record.size() + 1, m_builder.NameBytes(ids))) Seal();
+  if (!m_builder.HasRoom(kTagBytes + record.size(), m_builder.NameBytes(ids))) Seal();
   Open();
   m_builder.Append(source, record, ids, number);
   if (m_names.IsFull() && !m_toldFull) TellFullNames(source);
@@ -148,7 +141,7 @@ void Hub::Lose(const std::shared_ptr<Source>& source, std::uint64_t lost,
   source->serial += lost;
   if (m_streams.empty()) return;
   SealBefore(source);
-  if (!m_builder.HasRoom(reason.size() + 128, 5 * 65540)) Seal();
+  if (!m_builder.HasRoom(reason.size() + 128, 5 * (kNameRecordBytes + kLongestText))) Seal();
   Open();
   m_builder.AppendLoss(source, lost, reason);
   if (m_builder.IsFull()) Seal();

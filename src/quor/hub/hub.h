@@ -82,7 +82,7 @@ class Hub {
   std::shared_ptr<Source> Revive(const Source& source);
   std::shared_ptr<Source> TakeEnded(const Source& source);
   void Forget(const std::shared_ptr<Source>& source);
-  NameId Translate(NameId own, SourceNames& names, const Learn& learn);
+  HubNameId Translate(AppNameId own, SourceNames& names, const Learn& learn);
   const TraceIds& TranslateAll(const std::uint8_t* record, SourceNames& names, const Learn& learn);
   void SealBefore(const std::shared_ptr<Source>& source);
   void Open() {
@@ -107,9 +107,8 @@ class Hub {
   bool m_toldFull = false;
   // The last translation: an application's traces mostly come from a few places.
   struct {
-    std::uint64_t version = 0, head = 0;
-    std::uint32_t threads = 0;
-    std::uint16_t file = 0;
+    std::uint64_t version = 0;
+    TraceIdBytes own;
     TraceIds ids{};
   } m_last;
 };

@@ -2,42 +2,36 @@
 
 #include <algorithm>
 
-#include "base/bytes.h"
-#include "records/trc_walk.h"
+#include "records/name_record.h"
 
 namespace {
 
-constexpr std::size_t kLongest = 65535;
 constexpr std::string_view kOverflowText = "(no more names: 65,535 are in use)";
 
 }  // namespace
 
-NameId HubNames::IdOf(std::string_view text) {
-  text = text.substr(0, kLongest);
+HubNameId HubNames::IdOf(std::string_view text) {
+  text = text.substr(0, kLongestText);
   if (const auto known = m_ids.find(text); known != m_ids.end()) return known->second;
-  if (m_texts.size() >= kOverflow || m_bytes + text.size() > kTextBytesMax) {
+  if (m_texts.size() >= IdNumber(kOverflow) || m_bytes + text.size() > kTextBytesMax) {
     m_full = true;
     return kOverflow;
   }
-  const auto id = static_cast<NameId>(m_texts.size());
+  const auto id = static_cast<HubNameId>(m_texts.size());
   m_texts.emplace_back(text);
   m_bytes += text.size();
   m_ids.emplace(m_texts.back(), id);
   return id;
 }
 
-std::string_view HubNames::Text(NameId id) const {
+std::string_view HubNames::Text(HubNameId id) const {
   if (id == kOverflow) return kOverflowText;
-  return id < m_texts.size() ? std::string_view(m_texts[id]) : std::string_view();
+  return IdNumber(id) < m_texts.size() ? std::string_view(m_texts[IdNumber(id)])
+                                       : std::string_view();
 }
 
-void HubNames::AppendRecord(NameId id, std::vector<std::uint8_t>& to) const {
-  const std::string_view text = Text(id);
-  std::uint8_t head[5] = {kTagName};
-  StoreBe16(head + 1, id);
-  StoreBe16(head + 3, static_cast<std::uint16_t>(text.size()));
-  to.insert(to.end(), head, head + sizeof head);
-  to.insert(to.end(), text.begin(), text.end());
+void HubNames::AppendRecord(HubNameId id, std::vector<std::uint8_t>& to) const {
+  AppendNameRecord(to, id, Text(id));
 }
 
 void HubNames::Clear() {
@@ -55,29 +49,29 @@ std::uint64_t SourceNames::NextVersion() {
   return ++last;
 }
 
-void SourceNames::Enter(NameId own, std::string_view text) {
+void SourceNames::Enter(AppNameId own, std::string_view text) {
   std::string& entry = m_texts[own];
   m_textBytes += text.size() - entry.size();
   entry = text;
-  if (Page* const page = m_pages[own / kPageIds].get()) (*page)[own % kPageIds] = kUnknown;
+  if (Page* const page = PageOf(own).get()) EntryOf(*page, own) = kUnknown;
   m_version = NextVersion();
 }
 
-std::string SourceNames::TextOf(NameId own) const {
+std::string SourceNames::TextOf(AppNameId own) const {
   const auto known = m_texts.find(own);
   return known == m_texts.end() ? std::string() : known->second;
 }
 
-bool SourceNames::Look(NameId own, HubNames& hub, NameId& id) {
+bool SourceNames::Look(AppNameId own, HubNames& hub, HubNameId& id) {
   const auto known = m_texts.find(own);
   if (known == m_texts.end()) return false;
   id = hub.IdOf(known->second);
-  std::unique_ptr<Page>& page = m_pages[own / kPageIds];
+  std::unique_ptr<Page>& page = PageOf(own);
   if (!page) {
     page = std::make_unique<Page>();
     page->fill(kUnknown);
   }
-  (*page)[own % kPageIds] = id;
+  EntryOf(*page, own) = IdNumber(id);
   return true;
 }
 

@@ -15,21 +15,21 @@
 #include <unordered_map>
 #include <vector>
 
-#include "records/name_map.h"
+#include "records/record_layout.h"
 
 class HubNames {
  public:
-  static constexpr NameId kOverflow = 65535;
+  static constexpr HubNameId kOverflow{65535};
   static constexpr std::size_t kTextBytesMax = 64u << 20;
 
   HubNames() { Clear(); }
 
   // Enters the text if it is new. Cut at 65,535 bytes.
-  NameId IdOf(std::string_view text);
-  std::string_view Text(NameId id) const;
-  // The whole record: tag, id, length, text.
-  std::size_t RecordBytes(NameId id) const { return 5 + Text(id).size(); }
-  void AppendRecord(NameId id, std::vector<std::uint8_t>& to) const;
+  HubNameId IdOf(std::string_view text);
+  std::string_view Text(HubNameId id) const;
+  // The whole record, with its tag.
+  std::size_t RecordBytes(HubNameId id) const { return kNameRecordBytes + Text(id).size(); }
+  void AppendRecord(HubNameId id, std::vector<std::uint8_t>& to) const;
 
   bool IsFull() const { return m_full; }
   std::size_t Count() const { return m_texts.size(); }
@@ -39,27 +39,28 @@ class HubNames {
 
  private:
   std::deque<std::string> m_texts;  // by id; a deque, because the map looks into it
-  std::unordered_map<std::string_view, NameId> m_ids;
+  std::unordered_map<std::string_view, HubNameId> m_ids;
   std::size_t m_bytes = 0;
   std::uint32_t m_generation = 0;
   bool m_full = false;
 };
 
-// The names of one source by its own ids, and what they are in a hub.
+// The names of one source by its own ids, and what they are in a hub. To the hub that it forwards
+// to, a machine is an application: the ids of its hub are the source's own there.
 class SourceNames {
  public:
   SourceNames() : m_version(NextVersion()) {}
 
   // Entering an id again gives it another text.
-  void Enter(NameId own, std::string_view text);
-  bool Knows(NameId own) const { return m_texts.contains(own); }
-  std::string TextOf(NameId own) const;
+  void Enter(AppNameId own, std::string_view text);
+  bool Knows(AppNameId own) const { return m_texts.contains(own); }
+  std::string TextOf(AppNameId own) const;
   // REQUIRES: Follow(hub) since the hub's last Clear. False: the source never entered this id.
-  bool Find(NameId own, HubNames& hub, NameId& id) {
-    const Page* const page = m_pages[own / kPageIds].get();
-    const std::uint32_t known = page ? (*page)[own % kPageIds] : kUnknown;
+  bool Find(AppNameId own, HubNames& hub, HubNameId& id) {
+    Page* const page = PageOf(own).get();
+    const std::uint32_t known = page ? EntryOf(*page, own) : kUnknown;
     if (known == kUnknown) return Look(own, hub, id);
-    id = static_cast<NameId>(known);
+    id = static_cast<HubNameId>(known);
     return true;
   }
   // Forgets the ids of another hub or generation. True when it did.
@@ -75,10 +76,14 @@ class SourceNames {
   static constexpr std::size_t kPageIds = 256;
   using Page = std::array<std::uint32_t, kPageIds>;
   static std::uint64_t NextVersion();
-  bool Look(NameId own, HubNames& hub, NameId& id);
+  std::unique_ptr<Page>& PageOf(AppNameId own) { return m_pages[IdNumber(own) / kPageIds]; }
+  static std::uint32_t& EntryOf(Page& page, AppNameId own) {
+    return page[IdNumber(own) % kPageIds];
+  }
+  bool Look(AppNameId own, HubNames& hub, HubNameId& id);
 
-  std::array<std::unique_ptr<Page>, 65536 / kPageIds> m_pages;
-  std::unordered_map<NameId, std::string> m_texts;
+  std::array<std::unique_ptr<Page>, kNameIds / kPageIds> m_pages;
+  std::unordered_map<AppNameId, std::string> m_texts;
   std::size_t m_textBytes = 0;
   const HubNames* m_hub = nullptr;
   std::uint32_t m_generation = 0;

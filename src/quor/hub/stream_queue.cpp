@@ -6,7 +6,7 @@ namespace {
 
 // A batch costs its list of names and sources as well.
 std::size_t Cost(const Batch& batch) {
-  return batch.records.size() + batch.names.size() * sizeof(NameId) +
+  return batch.records.size() + batch.names.size() * sizeof(HubNameId) +
          batch.sources.size() * sizeof(SourceDelta) +
          batch.forgotten.size() * sizeof(std::shared_ptr<Source>) + sizeof(Batch);
 }
@@ -70,9 +70,9 @@ SharedBatch StreamQueue::TakeNext() {
 
 SharedBytes StreamQueue::NamesFor(const Batch& batch) {
   std::vector<std::uint8_t> names;
-  for (const NameId id : batch.names) {
-    if (m_sent.test(id)) continue;
-    m_sent.set(id);
+  for (const HubNameId id : batch.names) {
+    if (m_sent.Has(id)) continue;
+    m_sent.Add(id);
     m_names.AppendRecord(id, names);
   }
   return names.empty() ? nullptr : ShareBytes(std::move(names));
@@ -103,7 +103,7 @@ void StreamQueue::PutWords(const Batch& batch, quor::wire::Ledger& ledger) {
 }
 
 void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
-  m_sent.reset();
+  m_sent.Clear();
   for (auto& [key, entry] : m_ledger) {
     entry.began += entry.delivered + entry.lost;
     entry.delivered = entry.lost = 0;

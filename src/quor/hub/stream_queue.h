@@ -70,6 +70,6 @@ class StreamQueue {
   std::size_t m_bytes = 0;
   std::uint64_t m_traces = 0;
   bool m_paused = false;
-  std::bitset<65536> m_sent;
+  IdSet<HubNameId> m_sent;
   std::unordered_map<const Source*, Entry> m_ledger;
 };

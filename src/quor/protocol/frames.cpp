@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "records/trc_walk.h"
+#include "records/name_record.h"
 
 namespace {
 
 constexpr std::size_t kLengthBytes = 4;
-constexpr std::size_t kNameHeadBytes = 4;  // id and length
 
 bool IsFrameType(std::uint8_t type) {
   return type >= static_cast<std::uint8_t>(FrameType::Hello) &&
@@ -21,17 +20,7 @@ std::size_t LongestOf(FrameType type, std::size_t limit) {
 
 // The whole length of the record behind a tag; 0 when it is cut short by the end.
 std::size_t RecordBytes(std::uint8_t tag, Bytes rest) {
-  std::size_t bytes = 0;
-  if (tag == kTagName) {
-    if (rest.size() < kNameHeadBytes) return 0;
-    bytes = kNameHeadBytes + LoadBe16(rest.data() + 2);
-  } else {
-    if (rest.size() < RawTrace::kFixedBytes) return 0;
-    const std::size_t stackAt = 42u + LoadBe16(rest.data() + 40);
-    if (stackAt + 2 > rest.size()) return 0;
-    bytes = stackAt + 2 + LoadBe16(rest.data() + stackAt);
-  }
-  return bytes <= rest.size() ? bytes : 0;
+  return tag == kTagName ? WholeNameBytes(rest) : WholeTraceBytes(rest);
 }
 
 bool CheckDataBody(Bytes body, std::string* why) {
@@ -118,8 +107,8 @@ bool ReadDataBody(Bytes body, DataSink& sink, std::string* why) {
     const std::size_t bytes = RecordBytes(tag, body.subspan(at));
     const std::uint8_t* const record = body.data() + at;
     if (tag == kTagName) {
-      const auto* text = reinterpret_cast<const char*>(record + kNameHeadBytes);
-      sink.OnName(LoadBe16(record), {text, strnlen(text, bytes - kNameHeadBytes)});
+      const RawHubName name(record);
+      sink.OnName(name.NamedId(), name.Text());
     } else {
       sink.OnTrace(record, bytes);
     }

@@ -2,7 +2,7 @@
 //
 // Shape    length:u32 (big-endian, of type and body) type:u8 body. Control bodies are the protobuf
 //          messages of quor.proto. A data body is .trc tagged records end to end: name records
-//          before the first trace that uses them, with ids of this connection's own numbering.
+//          before the first trace that uses them, with the ids of the sender's hub.
 // Errors   A length of 0 or beyond the limit, or an unknown type, ends the connection with a
 //          reason.
 // Threads  One reader and one writer per connection.
@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "base/bytes.h"
+#include "records/name_ids.h"
 
 constexpr std::uint32_t kProtocolVersion = 1;
 constexpr std::size_t kFrameHeaderBytes = 5;
@@ -82,7 +83,7 @@ std::vector<std::uint8_t> EncodeFrameHeader(FrameType type, std::size_t bodyByte
 // with a reason when a length or a tag is wrong, and then nothing of it was called back.
 class DataSink {
  public:
-  virtual void OnName(std::uint16_t id, std::string_view utf8) = 0;  // cut at its first NUL
+  virtual void OnName(HubNameId id, std::string_view utf8) = 0;  // cut at its first NUL
   virtual void OnTrace(const std::uint8_t* record, std::size_t bytes) = 0;
 
  protected:

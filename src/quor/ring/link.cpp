@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "quor/ring/trace_bytes.h"
+#include "quor/ring/cut_length.h"
 
 namespace {
 

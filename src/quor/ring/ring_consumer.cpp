@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "quor/ring/trace_bytes.h"
-
 namespace {
 
 // volatile: the application may change the bytes under us, and each must be read once.
@@ -123,8 +121,7 @@ RingConsumer::Look RingConsumer::LookAt(std::uint64_t units, std::uint32_t& size
   const std::uint64_t toEnd = m_ringUnits - (units & (m_ringUnits - 1));
   if (size == 0 || size > toEnd) return Look::Bad;
   if (padding) return size == toEnd ? Look::Trace : Look::Bad;
-  return size * kRingUnitBytes >= sizeof(RingRecord) + RawTrace::kFixedBytes ? Look::Trace
-                                                                             : Look::Bad;
+  return size * kRingUnitBytes >= sizeof(RingRecord) + kTraceFixedBytes ? Look::Trace : Look::Bad;
 }
 
 RingConsumer::Look RingConsumer::TakeAt(std::uint32_t size, RingItem& item) {
@@ -133,7 +130,7 @@ RingConsumer::Look RingConsumer::TakeAt(std::uint32_t size, RingItem& item) {
   const std::uint32_t bytes = ReadOnce(record->recordBytes);
   item.dropsBefore += drops;
   m_drops += drops;
-  if (bytes > kRawTraceBytesMax || bytes > size * kRingUnitBytes - sizeof(RingRecord))
+  if (bytes > kTraceBytesMax || bytes > size * kRingUnitBytes - sizeof(RingRecord))
     return Look::Damaged;
   if (bytes > m_trace.size()) m_trace.resize(bytes);
   std::memcpy(m_trace.data(), record + 1, bytes);

@@ -12,6 +12,7 @@
 
 #include "base/bytes.h"
 #include "quor/ring/segment_map.h"
+#include "records/record_layout.h"
 
 struct RingItem {
   std::uint64_t dropsBefore = 0;    // traces dropped because the ring was full, since the last item
@@ -25,7 +26,7 @@ class RingConsumer {
  public:
   // Begins where the last taker of this ring published. `room` is kept ready for the bytes of an
   // item; a longer one gets more.
-  explicit RingConsumer(const SegmentMap& segment, std::size_t room = kRawTraceBytesMax);
+  explicit RingConsumer(const SegmentMap& segment, std::size_t room = kTraceBytesMax);
 
   // Goes on where the last taker published: when this one takes over again from the application.
   void Resume();

@@ -21,7 +21,7 @@ class RingProducer {
   // The segment is this process's own, empty, and outlives this.
   explicit RingProducer(const SegmentMap& segment);
 
-  // REQUIRES: recordBytes <= kRawTraceBytesMax.
+  // REQUIRES: recordBytes <= kTraceBytesMax.
   bool Reserve(std::uint32_t recordBytes, Slot& slot) noexcept {
     const std::uint32_t size = (sizeof(RingRecord) + recordBytes + 7) / kRingUnitBytes;
     std::uint64_t mark = m_header->reserved.load(std::memory_order_relaxed);

@@ -26,6 +26,7 @@
 #include <cstdint>
 
 #include "quor/ring/ring_words.h"
+#include "records/name_ids.h"
 
 constexpr char kSegmentMagic[8] = {'Q', 'U', 'O', 'R', 'S', 'E', 'G', '1'};
 constexpr std::uint32_t kSegmentVersion = 3;
@@ -33,13 +34,12 @@ constexpr std::uint32_t kSegmentPoints = 16384;
 constexpr std::uint32_t kSegmentNameBytes = 4u << 20;
 constexpr std::uint32_t kSegmentRingBytes = 8u << 20;  // a power of two
 constexpr std::uint32_t kRingUnitBytes = 8;
-// The longest raw trace: a fixed part and two texts of 65,535 bytes.
-constexpr std::uint32_t kRawTraceBytesMax = 44 + 2 * 65535;
 
 struct SegmentPoint {
   std::atomic<std::uint32_t> settings;  // written by the service
-  std::uint16_t component, category;    // name ids of the application's own numbering
+  AppNameId component, category;
 };
+static_assert(sizeof(SegmentPoint) == 8);
 
 // Who takes the traces out of the ring.
 enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
@@ -57,7 +57,7 @@ struct SegmentHeader {
   std::uint32_t pointsOffset, namesOffset, ringOffset, pid;
   std::uint64_t startedNs;  // CLOCK_REALTIME at the start, tells instances of a pid apart
   std::uint64_t salt;       // highest bit set: fresh memory never reads as committed
-  std::uint16_t appName, pidName, machineName;  // name ids
+  AppNameId appName, pidName, machineName;
   std::uint16_t spare;
   // Published with release after the entry is written; read with acquire.
   alignas(64) std::atomic<std::uint32_t> pointCount;

@@ -25,7 +25,7 @@ struct SegmentLayout {
   std::uint32_t pointCapacity = 0, nameBytes = 0, ringBytes = 0;
   std::uint32_t pointsOffset = 0, namesOffset = 0, ringOffset = 0, pid = 0;
   std::uint64_t startedNs = 0, salt = 0;
-  std::uint16_t appName = 0, pidName = 0, machineName = 0;
+  AppNameId appName{}, pidName{}, machineName{};
 };
 
 // What is left of a segment that a service has taken to its end.

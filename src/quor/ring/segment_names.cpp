@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "quor/ring/trace_bytes.h"
+#include "records/name_record.h"
 
 bool SegmentNames::ReadNew(std::vector<SegmentName>& names) {
   if (m_broken) return false;
@@ -15,11 +15,12 @@ bool SegmentNames::ReadNew(std::vector<SegmentName>& names) {
     m_broken = used - m_read < sizeof head;
     if (m_broken) break;
     std::memcpy(head, body, sizeof head);
-    const NameId id = LoadBe16(head);
-    const std::uint16_t length = LoadBe16(head + 2);
-    m_broken = used - m_read - sizeof head < length || m_seen.test(id);
+    const RawAppName name(head);
+    const AppNameId id = name.NamedId();
+    const std::uint16_t length = name.TextLength();
+    m_broken = used - m_read - sizeof head < length || m_seen.Has(id);
     if (m_broken) break;
-    m_seen.set(id);
+    m_seen.Add(id);
     names.push_back({id, std::string(reinterpret_cast<const char*>(body) + sizeof head, length)});
     m_read += static_cast<std::uint32_t>(sizeof head) + length;
   }

@@ -10,15 +10,14 @@
 // Threads  One at a time.
 #pragma once
 
-#include <bitset>
 #include <string>
 #include <vector>
 
 #include "quor/ring/segment_map.h"
-#include "records/name_map.h"
+#include "records/name_ids.h"
 
 struct SegmentName {
-  NameId id;
+  AppNameId id;
   std::string text;
 };
 
@@ -31,13 +30,13 @@ class SegmentNames {
  private:
   const SegmentMap& m_segment;
   std::uint32_t m_read = 0;
-  std::bitset<65536> m_seen;
+  IdSet<AppNameId> m_seen;
   bool m_broken = false;
 };
 
 struct SegmentPointNames {
   std::uint32_t point;
-  NameId component, category;
+  AppNameId component, category;
 };
 
 class SegmentPointsReader {

@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <utility>
 
-#include "quor/ring/trace_bytes.h"
 #include "quor/runtime/clock.h"
+#include "records/record_fields.h"
 
 namespace {
 
@@ -44,8 +44,8 @@ Split SplitAt(Bytes buffer, std::size_t written) {
   while (at < buffer.size()) {
     const std::uint8_t* const record = buffer.data() + at;
     const bool name = *record == kTagName;
-    const RawTrace trace(record + 1);
-    at += 1 + (name ? kNameBodyBytes + LoadBe16(record + 3) : trace.Size());
+    const RawAppTrace trace(record + kTagBytes);
+    at += kTagBytes + (name ? RawAppName(record + kTagBytes).Size() : trace.Size());
     if (at <= written) {
       split.whole = at;
     } else if (!name && trace.SequenceNumber() != kNoSequenceNumber) {
@@ -131,7 +131,7 @@ void FileSink::WriteOut() {
 void FileSink::LoseFrom(std::size_t written, int error) {
   const Split split = SplitAt({m_buffer.get(), m_used}, written);
   m_files.TakeBack(written - split.whole);
-  m_written.reset();  // which of its names reached the file does not matter: they come again
+  m_written.Clear();  // which of its names reached the file does not matter: they come again
   Fail(split.traces, error);
   Miss(split.fromRing);
   m_missed += split.again;  // the service is told already
@@ -150,10 +150,10 @@ bool FileSink::MoveOn() {
   for (std::size_t at = HeaderIn(old); at < old.size();) {
     const std::uint8_t* const record = from + at;
     const bool name = *record == kTagName;
-    const Bytes trace(record + 1, name ? 0 : RawTrace(record + 1).Size());
-    at += 1 + (name ? kNameBodyBytes + LoadBe16(record + 3) : trace.size());
+    const RawAppTrace trace(record + kTagBytes);
+    at += kTagBytes + (name ? RawAppName(record + kTagBytes).Size() : trace.Size());
     if (name) continue;
-    AppendTrace(trace, RawTrace(trace.data()).SequenceNumber());
+    AppendTrace({record + kTagBytes, trace.Size()}, trace.SequenceNumber());
     if (m_used < kBufferBytes) continue;
     WriteOut();
     if (m_files.Size() == 0) BeginFile();
@@ -216,42 +216,35 @@ void FileSink::Take(const RingItem& item) {
 bool FileSink::IsFullBy(Bytes trace) const {
   const std::uint64_t size = m_files.Size() + m_used;
   if (m_options.maxBytes == 0 || size <= kTrcHeaderBytes) return false;
-  if (size + 1 + trace.size() > m_options.maxBytes) return true;
-  const RawTrace raw(trace.data());
+  if (size + kTagBytes + trace.size() > m_options.maxBytes) return true;
   std::uint64_t names = 0;
-  for (const NameId id : {raw.MachineId(), raw.AppId(), raw.ComponentId(), raw.CategoryId(),
-                          raw.PidId(), raw.TidId(), raw.SourceFileId()})
-    if (!m_written.test(id)) names += 1 + kNameBodyBytes + m_names.Text(id).size();
-  return size + 1 + trace.size() + names > m_options.maxBytes;
+  for (const AppNameId id : RawAppTrace(trace.data()).Ids().All())
+    if (!m_written.Has(id)) names += kNameRecordBytes + m_names.Text(id).size();
+  return size + kTagBytes + trace.size() + names > m_options.maxBytes;
 }
 
 void FileSink::AppendTrace(Bytes trace, std::uint32_t number) {
   AppendNames(trace.data());
   std::uint8_t* const to = m_buffer.get() + m_used;
-  m_used += 1 + trace.size();
+  m_used += kTagBytes + trace.size();
   to[0] = kTagTrace;
-  std::memcpy(to + 1, trace.data(), trace.size());
-  StoreBe32(to + 1, number);
+  std::memcpy(to + kTagBytes, trace.data(), trace.size());
+  StoreBe32(to + kTagBytes + TraceAt::kCount, number);
 }
 
 void FileSink::AppendNames(const std::uint8_t* trace) {
-  const RawTrace raw(trace);
-  for (const NameId id : {raw.MachineId(), raw.AppId(), raw.ComponentId(), raw.CategoryId(),
-                          raw.PidId(), raw.TidId(), raw.SourceFileId()})
-    if (!m_written.test(id)) AppendName(id);
+  for (const AppNameId id : RawAppTrace(trace).Ids().All())
+    if (!m_written.Has(id)) AppendName(id);
 }
 
-void FileSink::AppendName(NameId id) {
-  const std::string_view text = m_names.Text(id);
-  std::uint8_t* const to = m_buffer.get() + m_used;
-  to[0] = kTagName;
-  m_used += 1 + StoreName(to + 1, id, text);
-  m_written.set(id);
+void FileSink::AppendName(AppNameId id) {
+  m_used += StoreNameRecord(m_buffer.get() + m_used, id, m_names.Text(id));
+  m_written.Add(id);
 }
 
 void FileSink::AppendLoss(std::uint64_t lost, std::string_view reason) {
   const Stamp now = TraceClock::ByKernel();
-  RecordFields fields;
+  RecordFieldsOf<AppNameId> fields;
   fields.machine = m_lossNames.machine;
   fields.app = m_lossNames.app;
   fields.component = m_lossNames.component;
@@ -266,10 +259,10 @@ void FileSink::AppendLoss(std::uint64_t lost, std::string_view reason) {
   const int length = std::snprintf(text, sizeof text, "%llu traces lost: %.*s",
                                    static_cast<unsigned long long>(lost),
                                    static_cast<int>(reason.size()), reason.data());
-  std::uint8_t trace[RawTrace::kFixedBytes + sizeof text];
+  std::uint8_t trace[kTraceFixedBytes + sizeof text];
   fields.text = {text, static_cast<std::size_t>(length)};
   StoreRecord(trace, fields);
-  AppendTrace({trace, RawTrace::kFixedBytes + fields.text.size()}, kNoSequenceNumber);
+  AppendTrace({trace, kTraceFixedBytes + fields.text.size()}, kNoSequenceNumber);
 }
 
 void FileSink::TellMissed() {
@@ -277,7 +270,7 @@ void FileSink::TellMissed() {
 }
 
 void FileSink::BeginFile() {
-  m_written.reset();
+  m_written.Clear();
   std::memcpy(m_buffer.get(), kTrcHeader, kTrcHeaderBytes);
   m_used = kTrcHeaderBytes;
 }

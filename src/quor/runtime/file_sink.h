@@ -13,19 +13,18 @@
 //          a signal handler: what it calls (Drain, DrainReserved, Push) allocates nothing.
 #pragma once
 
-#include <bitset>
 #include <memory>
 #include <string>
 
 #include "quor/ring/ring_consumer.h"
-#include "quor/ring/trace_bytes.h"
 #include "quor/runtime/name_table.h"
 #include "quor/runtime/sink_files.h"
+#include "records/trc_walk.h"
 
 class FileSink {
  public:
   struct LossNames {
-    NameId machine, app, component, category, pid, tid;
+    AppNameId machine, app, component, category, pid, tid;
   };
 
   FileSink(const SegmentMap& segment, const NameTable& names, const LossNames& lossNames,
@@ -60,7 +59,8 @@ class FileSink {
  private:
   static constexpr std::size_t kBufferBytes = 64 * 1024;
   static constexpr std::size_t kSlackBytes =
-      kTrcHeaderBytes + 4 * (1 + kRawTraceBytesMax + 7 * (5 + NameTable::kNameBytesMax));
+      kTrcHeaderBytes +
+      4 * (kTagBytes + kTraceBytesMax + 7 * (kNameRecordBytes + NameTable::kNameBytesMax));
   bool Ready();
   void PushBuffer();
   void WriteOut();
@@ -70,7 +70,7 @@ class FileSink {
   bool IsFullBy(Bytes trace) const;
   void AppendTrace(Bytes trace, std::uint32_t number);
   void AppendNames(const std::uint8_t* trace);
-  void AppendName(NameId id);
+  void AppendName(AppNameId id);
   void AppendLoss(std::uint64_t lost, std::string_view reason);
   void TellMissed();
   void BeginFile();
@@ -85,7 +85,7 @@ class FileSink {
   SinkFiles m_files;
   std::unique_ptr<std::uint8_t[]> m_buffer;  // kBufferBytes, and room for what passes that mark
   std::size_t m_used = 0;
-  std::bitset<65536> m_written;  // names that the current file has
+  IdSet<AppNameId> m_written;  // names that the current file has
   std::uint32_t m_number = 0;
   std::uint64_t m_missed = 0;  // lost since the last one that was written
   std::uint64_t m_unreported = 0;

@@ -2,7 +2,8 @@
 
 #include <cstring>
 
-#include "quor/ring/trace_bytes.h"
+#include "quor/ring/cut_length.h"
+#include "records/name_record.h"
 
 namespace {
 
@@ -35,31 +36,31 @@ void NameTable::Move(const SegmentMap& segment) {
   m_published->store(m_used, std::memory_order_release);
 }
 
-NameId NameTable::Enter(std::string_view text) {
+AppNameId NameTable::Enter(std::string_view text) {
   text = text.substr(0, CutLength(text.data(), text.size(), kNameBytesMax));
   std::uint32_t slot = Hash(text) % kSlots;
   for (; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
-    const auto id = static_cast<NameId>(m_slots[slot] - 1);
+    const auto id = static_cast<AppNameId>(m_slots[slot] - 1);
     if (Text(id) == text) return id;
   }
-  const auto id = static_cast<NameId>(m_count);
-  if (m_count == kNoRoomId || !Append(id, text)) return kNoRoomId;
+  const auto id = static_cast<AppNameId>(m_count);
+  if (m_count == IdNumber(kNoRoomId) || !Append(id, text)) return kNoRoomId;
   ++m_count;
   m_slots[slot] = static_cast<std::uint16_t>(m_count);
   return id;
 }
 
-std::string_view NameTable::Text(NameId id) const {
-  const std::uint8_t* const body = m_area + m_offsets[id];
-  return {reinterpret_cast<const char*>(body) + kNameBodyBytes, m_lengths[id]};
+std::string_view NameTable::Text(AppNameId id) const {
+  const std::uint8_t* const body = m_area + m_offsets[IdNumber(id)];
+  return {reinterpret_cast<const char*>(body) + kNameBodyBytes, m_lengths[IdNumber(id)]};
 }
 
-bool NameTable::Append(NameId id, std::string_view text) {
+bool NameTable::Append(AppNameId id, std::string_view text) {
   const std::size_t bytes = kNameBodyBytes + text.size();
   if (m_capacity - m_used < bytes || !m_memory.Reach(m_used + bytes)) return false;
-  m_offsets[id] = m_used;
-  m_lengths[id] = static_cast<std::uint16_t>(text.size());
-  m_used += static_cast<std::uint32_t>(StoreName(m_area + m_used, id, text));
+  m_offsets[IdNumber(id)] = m_used;
+  m_lengths[IdNumber(id)] = static_cast<std::uint16_t>(text.size());
+  m_used += static_cast<std::uint32_t>(StoreNameBody(m_area + m_used, id, text));
   m_published->store(m_used, std::memory_order_release);
   return true;
 }

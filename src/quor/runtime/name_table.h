@@ -12,11 +12,11 @@
 #include <string_view>
 
 #include "quor/ring/segment_map.h"
-#include "records/name_map.h"
+#include "records/name_ids.h"
 
 class NameTable {
  public:
-  static constexpr NameId kNoRoomId = 65535;
+  static constexpr AppNameId kNoRoomId{65535};
   static constexpr std::size_t kNameBytesMax = 4096;  // a longer name is cut
   static constexpr std::string_view kNoRoomText = "(no room for more names)";
 
@@ -25,22 +25,22 @@ class NameTable {
   // Takes the names along into another, empty segment; ids stay what they are.
   // REQUIRES: it has memory for them.
   void Move(const SegmentMap& segment);
-  NameId Enter(std::string_view text);
-  std::string_view Text(NameId id) const;
+  AppNameId Enter(std::string_view text);
+  std::string_view Text(AppNameId id) const;
   std::uint32_t Count() const { return m_count; }
   std::uint32_t UsedBytes() const { return m_used; }
 
  private:
   static constexpr std::uint32_t kSlots = 131072;
-  bool Append(NameId id, std::string_view text);
+  bool Append(AppNameId id, std::string_view text);
 
   BackedMemory m_memory;
   std::uint8_t* m_area;
   std::uint32_t m_capacity;
   std::atomic<std::uint32_t>* m_published;  // the bytes used, for the service
   std::uint32_t m_used;
-  std::uint32_t m_count;           // ids given, kNoRoomId not among them
-  std::uint32_t m_offsets[65536];  // of the body in the area
-  std::uint16_t m_lengths[65536];  // of the text
-  std::uint16_t m_slots[kSlots];   // id + 1; 0: free
+  std::uint32_t m_count;              // ids given, kNoRoomId not among them
+  std::uint32_t m_offsets[kNameIds];  // of the body in the area
+  std::uint16_t m_lengths[kNameIds];  // of the text
+  std::uint16_t m_slots[kSlots];      // id + 1; 0: free
 };

@@ -35,11 +35,11 @@ void PointTable::Move(const SegmentMap& segment) {
 }
 
 void PointTable::Register(quor_point* point, NameTable& names) {
-  const NameId component = names.Enter(point->component ? point->component : "");
-  const NameId category = names.Enter(point->category ? point->category : "");
+  const AppNameId component = names.Enter(point->component ? point->component : "");
+  const AppNameId category = names.Enter(point->category ? point->category : "");
   point->id = EntryOf(component, category);
-  point->names[0] = __builtin_bswap16(component);
-  point->names[1] = __builtin_bswap16(category);
+  point->names[0] = __builtin_bswap16(IdNumber(component));
+  point->names[1] = __builtin_bswap16(IdNumber(category));
   point->next = m_points;
   m_points = point;
   const std::uint32_t settings = m_entries[point->id].settings.load(std::memory_order_relaxed);
@@ -61,8 +61,8 @@ std::uint32_t PointTable::AnySettings() const {
   return any;
 }
 
-std::uint32_t PointTable::EntryOf(NameId component, NameId category) {
-  const std::uint32_t key = (std::uint32_t{component} << 16) | category;
+std::uint32_t PointTable::EntryOf(AppNameId component, AppNameId category) {
+  const std::uint32_t key = (std::uint32_t{IdNumber(component)} << 16) | IdNumber(category);
   std::uint32_t slot = (key * 2654435761u) % kSlots;
   for (; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
     const SegmentPoint& entry = m_entries[m_slots[slot] - 1];

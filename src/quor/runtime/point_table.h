@@ -29,7 +29,7 @@ class PointTable {
   std::uint32_t Count() const { return m_count.load(std::memory_order_relaxed); }
 
  private:
-  std::uint32_t EntryOf(NameId component, NameId category);
+  std::uint32_t EntryOf(AppNameId component, AppNameId category);
 
   static constexpr std::uint32_t kSlots = 4 * kSegmentPoints;
   SegmentHeader* m_header;
@@ -37,7 +37,7 @@ class PointTable {
   SegmentPoint* m_entries;
   std::uint32_t m_capacity;
   std::atomic<std::uint32_t> m_count;  // of entries; atomic for AnySettings
-  NameId m_noRoomComponent, m_noRoomCategory;
+  AppNameId m_noRoomComponent, m_noRoomCategory;
   quor_point* m_points;           // registered, linked by `next`
   std::uint16_t m_slots[kSlots];  // entry + 1; 0: free
 };

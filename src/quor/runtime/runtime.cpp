@@ -13,6 +13,7 @@
 #include <cstring>
 #include <new>
 
+#include "quor/ring/cut_length.h"
 #include "quor/runtime/link_thread.h"
 #include "quor/runtime/stack.h"
 
@@ -194,7 +195,7 @@ void Runtime::NameApplication(const char* name) {
     }
     if (!StartLocked()) return;
     RegisterDeclared();
-    const NameId app = m_appName[0] ? m_names.Enter(m_appName) : m_hot.app.load();
+    const AppNameId app = m_appName[0] ? m_names.Enter(m_appName) : m_hot.app.load();
     renamed = m_hot.app.exchange(app) != app;
     m_segment.Header()->appName = app;
   }
@@ -277,7 +278,7 @@ void Runtime::TakeSettings() {
   if (guard && m_segment) m_points.TakeSettings();
 }
 
-NameId Runtime::EnterName(std::string_view text) {
+AppNameId Runtime::EnterName(std::string_view text) {
   OwnerGuard guard(m_lock);
   return guard ? m_names.Enter(text) : m_hot.unknownThread;
 }

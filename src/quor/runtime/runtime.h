@@ -13,7 +13,6 @@
 #include "quor/quor.h"
 #include "quor/ring/ring_producer.h"
 #include "quor/ring/segment_folder.h"
-#include "quor/ring/trace_bytes.h"
 #include "quor/runtime/clock.h"
 #include "quor/runtime/name_table.h"
 #include "quor/runtime/owner_lock.h"
@@ -26,8 +25,8 @@ constexpr std::uint32_t kSupport = 7;            // until the service has told i
 struct HotState {
   alignas(64) std::atomic<std::uint32_t> generation{0};  // of the segment; 0: none yet
   std::atomic<bool> pushEach{false};  // the file sink wants each trace written at once
-  std::atomic<NameId> app{0};
-  NameId machine = 0, pid = 0, unknownThread = 0;
+  std::atomic<AppNameId> app{AppNameId{0}};
+  AppNameId machine{}, pid{}, unknownThread{};
   RingProducer ring;
   TraceClock clock;
 };
@@ -49,7 +48,7 @@ class Runtime {
   // Lets the points have the settings that stand in the segment.
   void TakeSettings();
   // The id of a text; unknownThread's when it cannot be entered now.
-  NameId EnterName(std::string_view text);
+  AppNameId EnterName(std::string_view text);
   // There is a ring that this very process traces into. Any thread.
   bool HasRing() const { return m_hot.generation.load(std::memory_order_acquire) != 0; }
   // A trace that could not even reach a ring; the first one that there is tells of it.

@@ -10,10 +10,12 @@
 #include <cstring>
 #include <string_view>
 
+#include "quor/ring/cut_length.h"
 #include "quor/runtime/keep_loaded.h"
 #include "quor/runtime/link_thread.h"
 #include "quor/runtime/runtime.h"
 #include "quor/runtime/stack.h"
+#include "records/record_fields.h"
 
 namespace {
 
@@ -24,13 +26,13 @@ constexpr std::size_t kStackForWalk = 32 * 1024;
 // at its first use and nothing is destroyed at the thread's end.
 struct ThreadState {
   std::uint32_t generation;
-  NameId name;
+  AppNameId name;
   bool named;  // by the application: kept over a fork, while the number of the thread changes
 };
 __attribute__((tls_model("initial-exec"))) thread_local ThreadState t_thread;
 
 struct Extras {
-  NameId file = 0;
+  AppNameId file{};
   std::uint32_t line = 0;
   std::string_view stack;
 };
@@ -59,7 +61,7 @@ __attribute__((noinline)) bool EnterThread(Runtime& runtime) {
   }
   char number[16];
   const int length = std::snprintf(number, sizeof number, "%d", static_cast<int>(gettid()));
-  const NameId name = runtime.EnterName({number, static_cast<std::size_t>(length)});
+  const AppNameId name = runtime.EnterName({number, static_cast<std::size_t>(length)});
   // A signal handler that interrupted such an entry: "?" for now, and the next trace tries again.
   const bool known = name != runtime.Hot().unknownThread;
   t_thread = {known ? generation : 0, name, false};
@@ -76,30 +78,28 @@ std::uint16_t OneSeverity(unsigned attributes) {
 }
 
 void Write(HotState& hot, const quor_point& point, unsigned attributes, const char* text,
-           std::size_t length, NameId tid, const Extras* extras) {
+           std::size_t length, AppNameId tid, const Extras* extras) {
   const Stamp now = hot.clock.Now();
   const std::string_view stack = extras ? extras->stack : std::string_view();
   RingProducer::Slot slot;
-  if (!hot.ring.Reserve(static_cast<std::uint32_t>(RawTrace::kFixedBytes + length + stack.size()),
-                        slot))
+  if (!hot.ring.Reserve(static_cast<std::uint32_t>(kTraceFixedBytes + length + stack.size()), slot))
     return;
-  std::uint8_t* const to = slot.record;
-  StoreBe32(to, 0);  // who takes the trace numbers it
-  StoreBe16(to + 4, hot.machine);
-  StoreBe16(to + 6, hot.app.load(std::memory_order_relaxed));
-  std::memcpy(to + 8, point.names, 4);
-  StoreBe32(to + 12, now.date);
-  StoreBe32(to + 16, now.time);
-  StoreBe64(to + 20, now.ticPs);
-  StoreBe16(to + 28, hot.pid);
-  StoreBe16(to + 30, tid);
-  StoreBe16(to + 32, OneSeverity(attributes));
-  StoreBe16(to + 34, extras ? extras->file : NameId{0});
-  StoreBe32(to + 36, extras ? extras->line : 0);
-  StoreBe16(to + 40, static_cast<std::uint16_t>(length));
-  std::memcpy(to + 42, text, length);
-  StoreBe16(to + 42 + length, static_cast<std::uint16_t>(stack.size()));
-  if (!stack.empty()) std::memcpy(to + 44 + length, stack.data(), stack.size());
+  StoreRecord<AppNameId>(slot.record,
+                         {.count = 0,  // who takes the trace numbers it
+                          .machine = hot.machine,
+                          .app = hot.app.load(std::memory_order_relaxed),
+                          .component = LoadId<AppNameId>(&point.names[0]),
+                          .category = LoadId<AppNameId>(&point.names[1]),
+                          .date = now.date,
+                          .time = now.time,
+                          .ticCount = now.ticPs,
+                          .pid = hot.pid,
+                          .tid = tid,
+                          .attributes = OneSeverity(attributes),
+                          .sourceFile = extras ? extras->file : AppNameId{},
+                          .sourceLine = extras ? extras->line : 0,
+                          .text = {text, length},
+                          .stack = stack});
   hot.ring.Commit(slot);
 }
 
@@ -113,7 +113,7 @@ bool HasRoomForWalk() {
 
 __attribute__((noinline)) void WriteWithWalk(HotState& hot, const quor_point& point,
                                              unsigned attributes, const char* text,
-                                             std::size_t length, NameId tid, Extras& extras,
+                                             std::size_t length, AppNameId tid, Extras& extras,
                                              const void* caller) {
   char stack[kStackTextBytes];
   extras.stack = {stack, StackText(stack, sizeof stack, caller)};
@@ -121,7 +121,7 @@ __attribute__((noinline)) void WriteWithWalk(HotState& hot, const quor_point& po
 }
 
 void WriteWithStack(HotState& hot, const quor_point& point, unsigned attributes, const char* text,
-                    std::size_t length, NameId tid, Extras& extras, const void* caller) {
+                    std::size_t length, AppNameId tid, Extras& extras, const void* caller) {
   if (HasRoomForWalk())
     return WriteWithWalk(hot, point, attributes, text, length, tid, extras, caller);
   extras.stack = "(the signal stack is too small to walk the call stack)";
@@ -131,7 +131,8 @@ void WriteWithStack(HotState& hot, const quor_point& point, unsigned attributes,
 __attribute__((noinline)) void WriteWithExtras(Runtime& runtime, const quor_point& point,
                                                unsigned attributes, std::uint32_t settings,
                                                const char* file, unsigned line, const char* text,
-                                               std::size_t length, NameId tid, const void* caller) {
+                                               std::size_t length, AppNameId tid,
+                                               const void* caller) {
   const ErrnoKeeper keeper;
   Extras extras;
   if ((settings & QUOR_LOCATION) != 0 && file) {
@@ -163,7 +164,7 @@ inline void Trace(quor_point* point, unsigned attributes, const char* file, unsi
       return;
     }
   }
-  const NameId tid =
+  const AppNameId tid =
       __builtin_expect(t_thread.generation != 0, 1) ? t_thread.name : hot.unknownThread;
   if (__builtin_expect(!text, 0)) text = "", length = 0;
   if (__builtin_expect(length > kLongestText, 0)) length = CutLength(text, length, kLongestText);

@@ -10,7 +10,6 @@
 
 #include "quor/ring/bell.h"
 #include "quor/ring/ring_claim.h"
-#include "quor/ring/trace_bytes.h"
 #include "quor/traced/handed_on.h"
 
 namespace {
@@ -263,8 +262,7 @@ TracedApp::Step TracedApp::Drain(std::size_t traces, bool dead) {
 void TracedApp::GiveUp(bool isOurs) {
   if (!m_source || (!isOurs && !m_consumer)) return;
   if (!m_consumer) m_consumer.emplace(m_segment, kItemRoom);
-  const std::uint64_t most =
-      m_segment.Layout().ringBytes / (sizeof(RingRecord) + RawTrace::kFixedBytes);
+  const std::uint64_t most = m_segment.Layout().ringBytes / (sizeof(RingRecord) + kTraceFixedBytes);
   const std::uint64_t waiting = m_consumer->Uncommitted(), drops = m_consumer->UntoldDrops();
   std::uint64_t lost = m_unread + (waiting <= most ? waiting : 0);
   if (drops <= MostPossible()) lost += drops;

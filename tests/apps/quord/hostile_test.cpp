@@ -10,9 +10,10 @@
 #include "quor/ring/ring_producer.h"
 #include "quor/ring/segment_folder.h"
 #include "quor/ring/segment_map.h"
-#include "quor/ring/trace_bytes.h"
 #include "quor/service/local_door.h"
 #include "quord_client.h"
+#include "records/name_record.h"
+#include "records/record_fields.h"
 
 namespace {
 
@@ -166,8 +167,8 @@ TEST_F(Hostile, ASegmentThatIsReadNoFurtherIsToldOnceAndItsLinkIsRefused) {
   RingProducer producer(broken);
   RingProducer::Slot slot;
   for (int i = 0; i < 8; ++i) {
-    ASSERT_TRUE(producer.Reserve(RawTrace::kFixedBytes, slot));
-    StoreRecord(slot.record, {});
+    ASSERT_TRUE(producer.Reserve(kTraceFixedBytes, slot));
+    StoreRecord<AppNameId>(slot.record, {});
     producer.Commit(slot);
   }
   // The last of them is longer than the ring.
@@ -217,8 +218,8 @@ TEST_F(Hostile, ASegmentThatSaysItIsFinishedWhileItsOwnerLivesIsRead) {
   segment.Header()->finished.store(SegmentEnd::Here);
   RingProducer producer(segment);
   RingProducer::Slot slot;
-  ASSERT_TRUE(producer.Reserve(RawTrace::kFixedBytes, slot));
-  StoreRecord(slot.record, {});
+  ASSERT_TRUE(producer.Reserve(kTraceFixedBytes, slot));
+  StoreRecord<AppNameId>(slot.record, {});
   producer.Commit(slot);
   ASSERT_TRUE(folder.Show());
   EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
@@ -242,12 +243,11 @@ TEST_F(Hostile, WhatManyInstancesTookIsGivenBackWhenTheyHaveEnded) {
     std::uint32_t used = 0;
     for (std::uint32_t id = 0; id < kNames; ++id)
       used += static_cast<std::uint32_t>(
-          StoreName(made.Names() + used, static_cast<NameId>(id),
-                    std::to_string(i) + std::string(600, 'n') + std::to_string(id)));
+          StoreNameBody(made.Names() + used, AppNameId(id),
+                        std::to_string(i) + std::string(600, 'n') + std::to_string(id)));
     made.Header()->nameBytesUsed.store(used);
     for (std::uint32_t point = 0; point < kPoints; ++point)
-      made.Points()[point].component = made.Points()[point].category =
-          static_cast<NameId>(point + 1);
+      made.Points()[point].component = made.Points()[point].category = AppNameId(point + 1);
     made.Header()->pointCount.store(kPoints);
     ASSERT_EQ(Greet(EncodeHello(Named("many " + std::to_string(i))), {made.Descriptor()}).type,
               LinkType::Welcome);
@@ -270,8 +270,8 @@ TEST_F(Hostile, MoreTracesThanTheMachineCanHaveMadeAreNotBelievedToBeLost) {
   pending->Header()->pendingDrops.store(kLie);
   RingProducer producer(*record);
   // Each record may tell of 2^32 drops.
-  for (RingProducer::Slot slot; producer.Reserve(RawTrace::kFixedBytes, slot);) {
-    StoreRecord(slot.record, {});
+  for (RingProducer::Slot slot; producer.Reserve(kTraceFixedBytes, slot);) {
+    StoreRecord<AppNameId>(slot.record, {});
     slot.header->drops = 0xFFFFFFFF;
     producer.Commit(slot);
   }
@@ -313,7 +313,7 @@ struct ForwardClient {
     EXPECT_EQ(answer.taken(), 0u);
   }
   void OneTrace() {
-    Bytes_t body(1 + RawTrace::kFixedBytes);
+    Bytes_t body(1 + kTraceFixedBytes);
     body[0] = 11;
     client.SendRaw(EncodeFrame(FrameType::Data, body));
   }
@@ -398,7 +398,7 @@ TEST_F(Hostile, AForwarderThatLiesIsEndedAndNothingOfTheFrameWasTaken) {
   request.mutable_forward()->set_stream(std::string(16, 's'));
   request.mutable_forward()->set_machine("other");
   EXPECT_EQ(client.Ask(request).error(), quor::wire::ERROR_NONE);
-  Bytes_t body(1 + RawTrace::kFixedBytes);
+  Bytes_t body(1 + kTraceFixedBytes);
   body[0] = 11;
   client.SendRaw(EncodeFrame(FrameType::Data, body));
   quor::wire::Ledger ledger;  // tells of two traces where one came

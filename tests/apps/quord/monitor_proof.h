@@ -100,9 +100,9 @@ class MonitorProof : private DataSink {
       m_forgotten += word.serial();
     }
   }
-  void OnName(std::uint16_t id, std::string_view utf8) override { m_names[id] = utf8; }
+  void OnName(HubNameId id, std::string_view utf8) override { m_names[id] = utf8; }
   void OnTrace(const std::uint8_t* record, std::size_t) override {
-    const RawTrace raw(record);
+    const RawHubTrace raw(record);
     const bool numbered = raw.SequenceNumber() != kNoSequenceNumber;
     if (numbered) ++m_frameNumbered;
     if (numbered && !keepTraces) return;
@@ -111,13 +111,13 @@ class MonitorProof : private DataSink {
     if (!numbered) losses.push_back(trace.text);
     if (keepTraces) traces.push_back(std::move(trace));
   }
-  std::string Name(NameId id) {
+  std::string Name(HubNameId id) {
     const auto known = m_names.find(id);
     EXPECT_NE(known, m_names.end()) << "a name stands before its first trace";
     return known == m_names.end() ? "" : known->second;
   }
 
-  std::map<NameId, std::string> m_names;
+  std::map<HubNameId, std::string> m_names;
   std::map<std::string, std::pair<quor::wire::Ledger::Source, bool>> m_words;
   std::set<std::string> m_gone;
   std::uint64_t m_forgotten = 0;

@@ -11,7 +11,7 @@
 #include "quor/hub/hub.h"
 #include "quor/hub/stream_queue.h"
 #include "quor/protocol/frames.h"
-#include "quor/ring/trace_bytes.h"
+#include "records/record_fields.h"
 
 // One application as the hub sees it.
 class FedSource {
@@ -31,16 +31,17 @@ class FedSource {
     Name(5, std::to_string(pid));
     Name(0, "");
   }
-  void Name(NameId id, const std::string& text) { m_names.Enter(id, text); }
-  void Trace(const std::string& text, RecordFields fields = {}) {
-    if (fields.machine == 0) fields.machine = 1;
-    if (fields.app == 0) fields.app = 2;
-    if (fields.component == 0) fields.component = 3;
-    if (fields.category == 0) fields.category = 4;
-    if (fields.pid == 0) fields.pid = fields.tid = 5;
+  void Name(std::uint16_t id, const std::string& text) { m_names.Enter(AppNameId{id}, text); }
+  void Trace(const std::string& text, RecordFieldsOf<AppNameId> fields = {}) {
+    constexpr AppNameId kUnset{};
+    if (fields.machine == kUnset) fields.machine = AppNameId{1};
+    if (fields.app == kUnset) fields.app = AppNameId{2};
+    if (fields.component == kUnset) fields.component = AppNameId{3};
+    if (fields.category == kUnset) fields.category = AppNameId{4};
+    if (fields.pid == kUnset) fields.pid = fields.tid = AppNameId{5};
     fields.attributes = 1;
     fields.text = text;
-    std::vector<std::uint8_t> record(RawTrace::kFixedBytes + text.size());
+    std::vector<std::uint8_t> record(kTraceFixedBytes + text.size());
     StoreRecord(record.data(), fields);
     m_hub.Take(m_source, m_names, record, {});
   }
@@ -107,18 +108,17 @@ class TakingStream final : public HubStream, public DataSink {
     return sum;
   }
   std::map<std::string, quor::wire::Ledger::Source> ledger;
-  std::map<NameId, std::string> names;
+  std::map<HubNameId, std::string> names;
   std::uint64_t numbered = 0;
 
  private:
-  void OnName(std::uint16_t id, std::string_view utf8) override {
+  void OnName(HubNameId id, std::string_view utf8) override {
     EXPECT_FALSE(names.contains(id)) << "a name is sent once";
     names[id] = std::string(utf8);
   }
   void OnTrace(const std::uint8_t* record, std::size_t) override {
-    const RawTrace raw(record);
-    for (const NameId id : {raw.MachineId(), raw.AppId(), raw.ComponentId(), raw.CategoryId(),
-                            raw.PidId(), raw.TidId(), raw.SourceFileId()})
+    const RawHubTrace raw(record);
+    for (const HubNameId id : raw.Ids().All())
       EXPECT_TRUE(names.contains(id)) << "the name stands before its first trace";
     const bool hasNumber = raw.SequenceNumber() != kNoSequenceNumber;
     if (hasNumber) ++numbered;

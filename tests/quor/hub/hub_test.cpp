@@ -14,8 +14,8 @@ using Lines = std::vector<std::string>;
 
 TEST(HubNames, TheSameTextHasTheSameIdAndTheEmptyTextIsZero) {
   HubNames names;
-  EXPECT_EQ(names.IdOf(""), 0);
-  const NameId id = names.IdOf("orders");
+  EXPECT_EQ(names.IdOf(""), HubNameId{0});
+  const HubNameId id = names.IdOf("orders");
   EXPECT_EQ(names.IdOf("orders"), id);
   EXPECT_NE(names.IdOf("billing"), id);
   EXPECT_EQ(names.Text(id), "orders");
@@ -208,8 +208,8 @@ TEST(Hub, AnIdThatTheSourceNeverNamedGetsANameThatSaysSo) {
   Hub hub;
   FedSource one(hub, "orders");
   TakingStream stream(hub);
-  RecordFields fields;
-  fields.component = 999;
+  RecordFieldsOf<AppNameId> fields;
+  fields.component = AppNameId{999};
   one.Trace("a", fields);
   EXPECT_THAT(stream.Read(),
               ElementsAre("1 orders (a name that the application never entered)/Connect a"));
@@ -233,12 +233,14 @@ TEST(Hub, TheLongestRecordsAndNamesStayWithinOneFrame) {
   FedSource one(hub, "orders");
   TakingStream stream(hub);
   for (int i = 0; i < 40; ++i) {
-    for (NameId id = 10; id < 16; ++id)
+    for (std::uint16_t id = 10; id < 16; ++id)
       one.Name(id, std::to_string(i * 10 + id) + std::string(65000, 'n'));
-    RecordFields fields;
-    fields.machine = 10, fields.app = 11, fields.component = 12, fields.category = 13;
-    fields.pid = 14, fields.tid = 15;
-    one.Trace(std::string(65535, 't'), fields);
+    one.Trace(std::string(65535, 't'), {.machine = AppNameId{10},
+                                        .app = AppNameId{11},
+                                        .component = AppNameId{12},
+                                        .category = AppNameId{13},
+                                        .pid = AppNameId{14},
+                                        .tid = AppNameId{15}});
   }
   EXPECT_EQ(stream.Read().size(), 40u);  // the reader checks each frame's length
 }

@@ -27,8 +27,8 @@ std::string Body() {
 }
 
 struct HeardData final : DataSink {
-  void OnName(std::uint16_t id, std::string_view utf8) override {
-    words += "name " + std::to_string(id) + " " + std::string(utf8) + "\n";
+  void OnName(HubNameId id, std::string_view utf8) override {
+    words += "name " + std::to_string(IdNumber(id)) + " " + std::string(utf8) + "\n";
   }
   void OnTrace(const std::uint8_t* record, std::size_t bytes) override {
     words +=

@@ -16,7 +16,6 @@
 #include "quor/ring/link.h"
 #include "quor/ring/link_socket.h"
 #include "quor/ring/paths.h"
-#include "quor/ring/trace_bytes.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/ring_producer.h"
-#include "quor/ring/trace_bytes.h"
+#include "records/record_fields.h"
 
 namespace {
 
@@ -29,21 +29,21 @@ class RingTest : public testing::Test {
   }
   static bool Trace(RingProducer& producer, const std::string& text) {
     RingProducer::Slot slot;
-    if (!producer.Reserve(static_cast<std::uint32_t>(RawTrace::kFixedBytes + text.size()), slot))
+    if (!producer.Reserve(static_cast<std::uint32_t>(kTraceFixedBytes + text.size()), slot))
       return false;
-    StoreRecord(slot.record, {.text = text});
+    StoreRecord<AppNameId>(slot.record, {.text = text});
     producer.Commit(slot);
     return true;
   }
   bool Trace(const std::string& text) { return Trace(m_producer, text); }
   // Reserves without ever committing.
-  RingProducer::Slot Leave(std::size_t bytes = RawTrace::kFixedBytes) {
+  RingProducer::Slot Leave(std::size_t bytes = kTraceFixedBytes) {
     RingProducer::Slot slot;
     EXPECT_TRUE(m_producer.Reserve(static_cast<std::uint32_t>(bytes), slot));
     return slot;
   }
   static std::string TextOf(const RingItem& item) {
-    return item.trace.empty() ? "-" : std::string(RawTrace(item.trace.data()).Text());
+    return item.trace.empty() ? "-" : std::string(RawAppTrace(item.trace.data()).Text());
   }
   // All items as "drops+damaged:text", until empty.
   static std::string All(RingConsumer& consumer, bool dead = false) {
@@ -77,7 +77,7 @@ TEST_F(RingTest, AConsumerStopsAtARecordThatIsNotCommittedYet) {
   const RingProducer::Slot slot = Leave();
   Trace("c");
   EXPECT_EQ(All(consumer), "a .");
-  StoreRecord(slot.record, {});
+  StoreRecord<AppNameId>(slot.record, {});
   m_producer.Commit(slot);
   EXPECT_EQ(All(consumer), " c .");
 }
@@ -95,7 +95,7 @@ TEST_F(RingTest, ManyLapsWithEverySizeOfPaddingKeepEveryTrace) {
 }
 
 TEST_F(RingTest, ARecordThatEndsWhereTheRingEndsNeedsNoPadding) {
-  const std::string text(128 - sizeof(RingRecord) - RawTrace::kFixedBytes, 'x');
+  const std::string text(128 - sizeof(RingRecord) - kTraceFixedBytes, 'x');
   int kept = 0;
   while (Trace(text)) ++kept;
   EXPECT_EQ(kept, 4096 / 128);
@@ -137,13 +137,13 @@ TEST_F(RingTest, TheLongestTraceGoesThroughARingOfTheUsualSize) {
   RingConsumer consumer(m_segment);
   const std::string text(65535, 't');
   RingProducer::Slot slot;
-  ASSERT_TRUE(m_producer.Reserve(kRawTraceBytesMax, slot));
-  StoreRecord(slot.record, {.text = text, .stack = text});
+  ASSERT_TRUE(m_producer.Reserve(kTraceBytesMax, slot));
+  StoreRecord<AppNameId>(slot.record, {.text = text, .stack = text});
   m_producer.Commit(slot);
   RingItem item;
   ASSERT_EQ(consumer.Next(item), RingStep::Item);
-  EXPECT_EQ(item.trace.size(), kRawTraceBytesMax);
-  EXPECT_EQ(RawTrace(item.trace.data()).Stack(), text);
+  EXPECT_EQ(item.trace.size(), kTraceBytesMax);
+  EXPECT_EQ(RawAppTrace(item.trace.data()).Stack(), text);
 }
 
 TEST_F(RingTest, AfterADeathUncommittedRecordsAreSkippedAndCountedExactly) {
@@ -289,7 +289,7 @@ TEST_F(RingTest, ARecordThatIsNoWholeTraceIsSkippedAndCounted) {
 TEST_F(RingTest, ARecordLongerThanItsRoomIsDamagedAndNothingBehindItIsRead) {
   RingConsumer consumer(m_segment);
   const RingProducer::Slot slot = Leave();
-  StoreRecord(slot.record, {});
+  StoreRecord<AppNameId>(slot.record, {});
   slot.header->recordBytes = 0x7FFFFFFF;
   m_producer.Commit(slot);
   EXPECT_EQ(All(consumer), "0+1:- .");

@@ -14,7 +14,7 @@
 
 #include "quor/ring/segment_map.h"
 #include "quor/ring/segment_names.h"
-#include "quor/ring/trace_bytes.h"
+#include "records/name_record.h"
 
 namespace {
 
@@ -162,15 +162,16 @@ TEST(SegmentMap, WhatTheHeaderSaysLaterChangesNothing) {
 class NamesTest : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(m_segment.Create(Small(), 1, 2)); }
-  void Add(NameId id, const std::string& text) {
-    m_used += StoreName(m_segment.Names() + m_used, id, text);
+  void Add(std::uint16_t id, const std::string& text) {
+    m_used += StoreNameBody(m_segment.Names() + m_used, AppNameId{id}, text);
     m_segment.Header()->nameBytesUsed.store(static_cast<std::uint32_t>(m_used));
   }
   std::string Read(SegmentNames& names) {
     std::vector<SegmentName> fresh;
     const bool good = names.ReadNew(fresh);
     std::string all;
-    for (const SegmentName& name : fresh) all += std::to_string(name.id) + "=" + name.text + " ";
+    for (const SegmentName& name : fresh)
+      all += std::to_string(IdNumber(name.id)) + "=" + name.text + " ";
     return all + (good ? "." : "broken");
   }
   SegmentMap m_segment;
@@ -231,14 +232,14 @@ TEST(SegmentPoints, AreReadOnceAndTakeSettings) {
   ASSERT_TRUE(segment.Create(Small(), 1, 2));
   SegmentPointsReader reader(segment);
   std::vector<SegmentPointNames> points;
-  segment.Points()[0].component = 3;
-  segment.Points()[0].category = 4;
+  segment.Points()[0].component = AppNameId{3};
+  segment.Points()[0].category = AppNameId{4};
   segment.Header()->pointCount.store(1);
   ASSERT_TRUE(reader.ReadNew(points));
   ASSERT_TRUE(reader.ReadNew(points));
   ASSERT_EQ(points.size(), 1u);
-  EXPECT_EQ(points[0].component, 3);
-  EXPECT_EQ(points[0].category, 4);
+  EXPECT_EQ(points[0].component, AppNameId{3});
+  EXPECT_EQ(points[0].category, AppNameId{4});
   reader.SetSettings(0, 0x31F);
   reader.PublishSettings();
   EXPECT_EQ(segment.Points()[0].settings.load(), 0x31Fu);

@@ -6,6 +6,7 @@
 
 #include "quor/ring/ring_producer.h"
 #include "quor/runtime/file_sink.h"
+#include "records/record_fields.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -43,8 +44,8 @@ class FileSinkLoss : public testing::Test {
   }
   bool Trace() {
     RingProducer::Slot slot;
-    if (!m_producer.Reserve(RawTrace::kFixedBytes, slot)) return false;
-    StoreRecord(slot.record, {});
+    if (!m_producer.Reserve(kTraceFixedBytes, slot)) return false;
+    StoreRecord<AppNameId>(slot.record, {});
     m_producer.Commit(slot);
     return true;
   }

@@ -104,7 +104,7 @@ class SeenApp {
     m_consumer.Publish();
   }
 
-  std::string NameOf(NameId id) {
+  std::string NameOf(AppNameId id) {
     if (m_texts.count(id) == 0) {
       std::vector<SegmentName> fresh;
       EXPECT_TRUE(m_names.ReadNew(fresh));
@@ -147,7 +147,7 @@ class SeenApp {
     m_drops += item.dropsBefore;
     EXPECT_EQ(item.damagedBefore, 0u);
     if (item.trace.empty()) return;
-    const RawTrace raw(item.trace.data());
+    const RawAppTrace raw(item.trace.data());
     SeenTrace trace;
     trace.machine = NameOf(raw.MachineId());
     trace.app = NameOf(raw.AppId());
@@ -177,7 +177,7 @@ class SeenApp {
   SegmentNames m_names;
   SegmentPointsReader m_points;
   std::vector<SegmentPointNames> m_pointNames;
-  std::map<NameId, std::string> m_texts;
+  std::map<AppNameId, std::string> m_texts;
   LinkDecoder m_decoder;
 
  public:

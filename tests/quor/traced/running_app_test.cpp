@@ -7,7 +7,7 @@
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/ring/link_socket.h"
 #include "quor/ring/ring_producer.h"
-#include "quor/ring/trace_bytes.h"
+#include "records/record_fields.h"
 #include "support/traced_child.h"
 
 namespace {
@@ -38,8 +38,8 @@ class RunningAppTest : public testing::Test, public RunningApp::Home {
     RingProducer producer(segment);
     for (int i = 0; i < count; ++i) {
       RingProducer::Slot slot;
-      EXPECT_TRUE(producer.Reserve(RawTrace::kFixedBytes, slot));
-      StoreRecord(slot.record, {});
+      EXPECT_TRUE(producer.Reserve(kTraceFixedBytes, slot));
+      StoreRecord<AppNameId>(slot.record, {});
       producer.Commit(slot);
     }
   }

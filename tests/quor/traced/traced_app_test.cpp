@@ -9,8 +9,8 @@
 #include <string>
 #include <thread>
 
-#include "quor/ring/trace_bytes.h"
 #include "quor/traced/handed_on.h"
+#include "records/name_record.h"
 
 namespace {
 
@@ -25,9 +25,9 @@ TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
   std::jthread application([&made] {
     std::uint32_t used = 0;
     for (std::uint32_t i = 0; i < kPoints; ++i) {
-      const auto id = static_cast<NameId>(i + 1);
+      const auto id = AppNameId(i + 1);
       used += static_cast<std::uint32_t>(
-          StoreName(made.Names() + used, id, "point " + std::to_string(i)));
+          StoreNameBody(made.Names() + used, id, "point " + std::to_string(i)));
       made.Header()->nameBytesUsed.store(used, std::memory_order_release);
       made.Points()[i].component = made.Points()[i].category = id;
       made.Header()->pointCount.store(i + 1, std::memory_order_release);

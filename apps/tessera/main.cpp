@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "command_line.h"
-#include "documents/trace_file_doc.h"
+#include "documents/conversion_under_way.h"
 #include "docview/ui/qt_host.h"
 #include "palette.h"
 #include "render.h"
@@ -79,7 +79,7 @@ int Run(const ProgramOptions& options) {
   // Ends all loops, those of open dialogs too; the documents are closed with the application, which
   // stops their threads.
   const SignalPipe signalPipe([] {
-    CTraceFileDoc::s_endedFromOutside = true;
+    ConversionUnderWay::GiveUpAll();
     g_quickClose = true;
     QCoreApplication::exit(0);
   });

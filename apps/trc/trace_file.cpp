@@ -3,6 +3,7 @@
 #include <chrono>
 #include <thread>
 
+#include "documents/load_progress.h"
 #include "docview/wnd.h"
 #include "exit_status.h"
 #include "interrupt.h"
@@ -24,8 +25,7 @@ class ProgressWindow final : public CWnd {
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
     if (message != WM_TRACE_PROGRESS) return CWnd::OnMessage(message, wParam, lParam);
     if (wParam == kLoadStart) {
-      const std::unique_ptr<CLoadProgressStart> start(
-          reinterpret_cast<CLoadProgressStart*>(lParam));
+      const auto start = TakeLoadStart(lParam);
       m_caption = start->caption;
       m_size = start->size;
     } else if (wParam == kLoadPosition) {
@@ -68,7 +68,8 @@ bool TellChange(const File& file, const std::string& path, const std::string& ou
 
 }  // namespace
 
-std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path) {
+std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path,
+                                             const TraceLoadSetup& setup) {
   // The desktop asks whether to convert it. Nobody can be asked here, so the way out is told.
   if (IsOlder(path)) {
     Complain(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' writes it anew");
@@ -77,7 +78,7 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
   host.SetSubject(path);
   const unsigned boxes = host.Boxes();
   const ProgressWindow window(host);
-  auto document = std::make_unique<CTraceFileDoc>(host);
+  auto document = std::make_unique<CTraceFileDoc>(host, setup);
   if (!document->OnOpenDocument(path)) {
     if (host.Boxes() == boxes) Complain(path + ": " + document->OpenFailure());
     return nullptr;

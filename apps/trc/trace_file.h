@@ -12,7 +12,8 @@
 // The loaded document of `path`. Null when it cannot be opened, and standard error says why, or
 // when the load was interrupted. Damage is told on standard error; the traces are given all the
 // same. The document must go before the host.
-std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path);
+std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path,
+                                             const TraceLoadSetup& setup = {});
 // Is the file still what was opened? If not, its traces are not what stood there, and standard
 // error says what another program did to it. With the path that a command was to write: and that it
 // has not. Appending to the file is no change.

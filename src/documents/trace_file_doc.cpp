@@ -3,11 +3,13 @@
 #include <exception>
 #include <utility>
 
+#include "documents/conversion_under_way.h"
 #include "documents/trace_file_load.h"
 #include "docview/view.h"
 #include "records/trc_walk.h"
 
-CTraceFileDoc::CTraceFileDoc(Host& host) : CTraceDoc(host), m_cancelEvent(CreateEvent()) {}
+CTraceFileDoc::CTraceFileDoc(Host& host, TraceLoadSetup setup)
+    : CTraceDoc(host), m_setup(std::move(setup)), m_cancelEvent(CreateEvent()) {}
 
 CTraceFileDoc::~CTraceFileDoc() {
   CTraceFileDoc::DeleteContents();
@@ -28,7 +30,7 @@ bool CTraceFileDoc::OnOpenDocument(const std::string& path) {
       TakeOver();
       for (CView* const view : Views()) view->PostMessage(WM_TRACE_UPDATE, kHintReady);
     };
-    m_loadThread = BeginThread([load = m_load, hook = s_beforeWalk] { load->Run(hook); });
+    m_loadThread = BeginThread([load = m_load, hook = m_setup.beforeWalk] { load->Run(hook); });
   } catch (const std::exception& error) {  // no thread, or no memory for it
     m_openFailure = error.what();
     m_load.reset();
@@ -61,7 +63,7 @@ bool CTraceFileDoc::MayConvert() const {
       GetHost().MessageBox({"This trace file was created by an older version of Tessera.  "
                             "Do you want to convert it?",
                             BoxIcon::Stop, BoxButtons::YesNo});
-  return answer != BoxAnswer::No && !s_endedFromOutside;
+  return answer != BoxAnswer::No && !ConversionUnderWay::AllGivenUp();
 }
 
 void CTraceFileDoc::DeleteContents() {
@@ -73,7 +75,7 @@ void CTraceFileDoc::StopLoad() {
   if (!m_loadThread) return;
   m_cancelEvent->Set();
   if (m_load) m_load->LetGo();
-  const bool ended = m_loadThread.Get()->Wait(s_stopWaitMs);
+  const bool ended = m_loadThread.Get()->Wait(m_setup.stopWaitMs);
   m_loadThread.Close();
   if (!m_load) return;
   if (!ended) {

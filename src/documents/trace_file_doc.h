@@ -10,7 +10,6 @@
 //          document that no longer waits for it is never touched.
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,24 +21,24 @@
 
 class TraceFileLoad;
 
-// The record of a start message: made by the load thread, deleted by the main frame.
-struct CLoadProgressStart {
-  std::string caption;  // "Converting..." or "Loading..."
-  std::string path;
-  std::uint32_t size = 0;  // bytes
-  HANDLE cancelEvent;
+// How a document loads. Tests that need a slow or a hanging load set it otherwise.
+struct TraceLoadSetup {
+  // How long a thread that hangs may hold up the window.
+  unsigned stopWaitMs = 10000;
+  // Runs on the load thread before the walk and before a conversion.
+  std::function<void()> beforeWalk = {};
 };
 
 class CTraceFileDoc : public CTraceDoc {
  public:
-  explicit CTraceFileDoc(Host& host);
+  explicit CTraceFileDoc(Host& host, TraceLoadSetup setup = {});
   ~CTraceFileDoc() override;
 
   bool OnNewDocument() override;
   // Returns when the thread has been started: the traces come with hint 1002.
   bool OnOpenDocument(const std::string& path) override;
-  // Signals the cancel event, waits for the load thread at most s_stopWaitMs, and clears. A thread
-  // that has not ended by then is left to itself: what it works on is its own.
+  // Signals the cancel event, waits for the load thread at most the setup's stopWaitMs, and clears.
+  // A thread that has not ended by then is left to itself: what it works on is its own.
   void DeleteContents() override;
 
   const std::string& OpenFailure() const { return m_openFailure; }
@@ -56,21 +55,13 @@ class CTraceFileDoc : public CTraceDoc {
   // Bytes stepped over because no record begins there.
   std::uint64_t SkippedBytes() const { return m_damage.skippedBytes; }
 
-  // The program is being ended by a signal or with its session: no person has cancelled anything,
-  // and a conversion leaves its old file as it is. Any thread.
-  static inline std::atomic<bool> s_endedFromOutside = false;
-  // How long a thread that hangs may hold up the window; tests shorten it.
-  static inline unsigned s_stopWaitMs = 10000;
-  // Runs on the load thread before the walk and before a conversion, for tests that need a slow
-  // load. Empty otherwise.
-  static inline std::function<void()> s_beforeWalk;
-
  private:
   bool OpenAndCheck(const std::string& path);
   bool MayConvert() const;
   void StopLoad();
   void TakeOver();
 
+  const TraceLoadSetup m_setup;
   std::shared_ptr<const MappedFile> m_file;
   // The file that was converted. Kept: its view stays as long as the document.
   std::shared_ptr<const MappedFile> m_oldFile;

@@ -1,13 +1,12 @@
 #include "documents/trace_file_load.h"
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <cstdlib>
 #include <utility>
 
+#include "documents/conversion_under_way.h"
+#include "documents/load_progress.h"
 #include "documents/trace_file_conversion.h"
-#include "documents/trace_file_doc.h"
+#include "documents/trace_hint.h"
 #include "documents/trace_index_follower.h"
 #include "docview/wnd.h"
 #include "records/trc_walk.h"
@@ -19,42 +18,6 @@ bool TellMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
   if (window) window->SendMessage(WM_TRACE_PROGRESS, what, value);
   return window != nullptr;
 }
-
-// Conversions under way. A program that ends by exit (its display has gone) does not wait for its
-// threads: here it waits for these to clean up.
-class ConversionUnderWay {
- public:
-  ConversionUnderWay() {
-    static std::once_flag once;
-    std::call_once(once, [] { std::atexit(GiveUpAll); });
-    ++All().count;
-  }
-  ~ConversionUnderWay() {
-    const std::lock_guard lock(All().mutex);
-    --All().count;
-    All().ended.notify_all();
-  }
-  ConversionUnderWay(const ConversionUnderWay&) = delete;
-  ConversionUnderWay& operator=(const ConversionUnderWay&) = delete;
-
- private:
-  static constexpr std::chrono::seconds kPatience{3};  // a disk may hang
-  struct Ledger {
-    std::mutex mutex;
-    std::condition_variable ended;
-    std::atomic<int> count = 0;
-  };
-  static Ledger& All() {
-    static Ledger& ledger = *new Ledger;  // never destroyed: a thread may outlive the program's end
-    return ledger;
-  }
-  static void GiveUpAll() {
-    CTraceFileDoc::s_endedFromOutside = true;
-    std::unique_lock lock(All().mutex);
-    All().ended.wait_for(lock, kPatience, [] { return All().count == 0; });
-  }
-};
-
 }  // namespace
 
 struct TraceFileLoad::Sink {
@@ -113,7 +76,7 @@ bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
   if (beforeWalk) beforeWalk();
   ConversionEars ears;
   ears.progress = [this](std::uint64_t position, bool last) {
-    m_givenUp = m_givenUp || CTraceFileDoc::s_endedFromOutside;
+    m_givenUp = m_givenUp || ConversionUnderWay::AllGivenUp();
     if (m_givenUp) return ConversionGoes::Nowhere;
     if (!last && m_cancelEvent->IsSet()) return ConversionGoes::Short;
     PostPosition(position, last);
@@ -168,12 +131,12 @@ void TraceFileLoad::LetGo() {
 }
 
 void TraceFileLoad::PostStart(const char* caption) {
-  const auto start = std::make_shared<std::unique_ptr<CLoadProgressStart>>(
-      new CLoadProgressStart{caption, m_path, m_file->Size(), m_cancelEvent});
-  Post([&host = m_host, start] {
-    const auto record = reinterpret_cast<std::intptr_t>(start->get());
-    if (TellMainWindow(host, kLoadStart, record)) (void)start->release();
-  });
+  Post(
+      [&host = m_host, start = CLoadProgressStart{caption, m_path, m_file->Size(), m_cancelEvent}] {
+        auto record = std::make_unique<CLoadProgressStart>(start);
+        const auto value = reinterpret_cast<std::intptr_t>(record.get());
+        if (TellMainWindow(host, kLoadStart, value)) (void)record.release();
+      });
 }
 
 void TraceFileLoad::PostPosition(std::uint64_t position, bool last) {

@@ -34,12 +34,5 @@ enum TraceMessage : unsigned {
   WM_TRACE_SAVEORDER = 1126,  // list view to itself, posted: the columns' order is final
   WM_TRACE_SHOWROW = 1127,    // list view to itself, posted: scroll to the row
   WM_TRACE_UPDATE = 1128,     // to a view, posted: a hint code to take by OnUpdate without sender
-  WM_TRACE_PROGRESS = 1129,   // load thread to main frame, posted: see LoadProgress
-};
-
-// wParam of WM_TRACE_PROGRESS.
-enum LoadProgress : std::uintptr_t {
-  kLoadStart = 0,     // lParam: CLoadProgressStart*, which the receiver deletes
-  kLoadPosition = 1,  // lParam: position in the file, bytes
-  kLoadDone = 2,
+  WM_TRACE_PROGRESS = 1129,   // load thread to main frame, posted: see load_progress.h
 };

@@ -223,7 +223,7 @@ void CMainFrame::OnTraceFiltered(std::int32_t filtered) {
 
 void CMainFrame::OnTraceProgress(std::uintptr_t what, std::intptr_t value) {
   if (what == kLoadStart) {
-    const std::unique_ptr<CLoadProgressStart> start(reinterpret_cast<CLoadProgressStart*>(value));
+    const auto start = TakeLoadStart(value);
     if (start && m_face) OnLoadStart(*start);
   } else if (what == kLoadPosition) {
     // Two overlapping loads: the first done message took the box down, the other load still speaks.

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "documents/trace_file_doc.h"
+#include "documents/load_progress.h"
 #include "docview/frame.h"
 #include "shell/faces.h"
 #include "shell/load_status.h"

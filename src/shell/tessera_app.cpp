@@ -77,7 +77,7 @@ bool CTesseraApp::InitInstance(const std::vector<std::string>& arguments) {
 
 void CTesseraApp::MakeTemplates() {
   CMultiDocTemplate::Makers files;
-  files.document = [this] { return std::make_unique<CTraceFileDoc>(GetHost()); };
+  files.document = [this] { return std::make_unique<CTraceFileDoc>(GetHost(), m_loads); };
   files.frame = [this] { return std::make_unique<CTraceChildFrame>(*m_frame); };
   m_fileTemplate = AddDocTemplate(MakeTraceTemplate(IDR_TRACEFILE, kTraceFileString, files));
   CMultiDocTemplate::Makers monitors;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "documents/trace_file_doc.h"
 #include "documents/trace_realtime_doc.h"
 #include "docview/win_app.h"
 #include "listview/source/open_source.h"
@@ -46,6 +47,8 @@ class CTesseraApp : public CWinApp {
   bool OpenMonitor(const std::string& machine);
   // How monitors connect; a test puts a source of its own here.
   CTraceRealtimeDoc::Connector m_connectMonitor = CTraceRealtimeDoc::ConnectToTraceService;
+  // How trace files opened from now on are loaded.
+  TraceLoadSetup m_loads;
 
   // False before InitInstance: something is to be shown that the arguments do not name, so that no
   // wizard comes up over it.

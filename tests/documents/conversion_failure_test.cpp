@@ -182,10 +182,10 @@ TEST_F(ConversionFailureTest, TheNextBoxComesWhenThePersonHasReadTheFirst) {
 TEST_F(ConversionFailureTest, ClosingTheDocumentUnderAnOpenBoxDoesNotWaitForItsReader) {
   const std::string path = OldFile(3);
   fs::create_directory(path + ".tmp");
+  m_loads.stopWaitMs = 20000;
   m_host.AnswerBox(BoxAnswer::Yes);
   CTraceFileDoc* const document = Open(path);
   ASSERT_TRUE(m_host.RunUntil([this] { return !ToldOf("posted box").empty(); }));
-  CTraceFileDoc::s_stopWaitMs = 20000;
   document->OnCloseDocument();
   EXPECT_TRUE(CreateForWriting(path)) << "the thread has ended before the wait's limit";
   EXPECT_EQ(ToldOf("posted box"), Boxes("Error creating temporary file"));
@@ -198,8 +198,10 @@ TEST_F(ConversionFailureTest, BoxesBehindACancelAreShownWithoutAWait) {
   const std::string path = OldFile(3);
   fs::create_directory(path + ".old");
   m_host.AnswerBox(BoxAnswer::Yes);
-  CTraceFileDoc document(m_host);
-  CTraceFileDoc::s_beforeWalk = [cancel = document.CancelEvent()] { cancel->Set(); };
+  HANDLE cancel;
+  m_loads.beforeWalk = [&cancel] { cancel->Set(); };
+  CTraceFileDoc document(m_host, m_loads);
+  cancel = document.CancelEvent();
   ASSERT_TRUE(document.OnOpenDocument(path));
   EXPECT_TRUE(m_host.RunUntil(
       [this] { return ToldOf("posted box") == Boxes("Error removing old trace file"); }));
@@ -207,7 +209,7 @@ TEST_F(ConversionFailureTest, BoxesBehindACancelAreShownWithoutAWait) {
 
 TEST_F(ConversionFailureTest, TheWarningOfAnOldFileThatStaysIsReadBeforeTheLoadGoesOn) {
   const std::string path = OldFile(3);
-  CTraceFileDoc document(m_host);
+  CTraceFileDoc document(m_host, m_loads);
   const FileCalls ear(RefusesToRemoveTheOldFile());
   m_host.AnswerBox(BoxAnswer::Yes);
   ASSERT_TRUE(document.OnOpenDocument(path));

@@ -9,6 +9,7 @@
 
 #include "base/file_mark.h"
 #include "conversion_fixture.h"
+#include "documents/conversion_under_way.h"
 #include "documents/trace_file_conversion.h"
 #include "file_calls.h"
 
@@ -241,38 +242,52 @@ TEST_F(ConversionSafetyTest, AFileThatTookTheTemporaryNameIsNotOursToRemove) {
   EXPECT_EQ(ReadAll(path + ".tmp"), "not ours");
 }
 
+// Each in a process of its own, as the end of a process is noted for good.
 class EndedFromOutside : public ConversionTest {
  protected:
-  ~EndedFromOutside() override { CTraceFileDoc::s_endedFromOutside = false; }
+  template <class Test>
+  static void InOwnProcess(Test test) {
+    const auto run = [&test] {
+      test();
+      _exit(HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+  }
 };
 
 TEST_F(EndedFromOutside, ADocumentThatTheEndOfTheProgramClosesKeepsItsOldFile) {
   const std::string path = OldFile(5000);
   const std::string before = ReadAll(path);
-  CTraceFileDoc document(m_host);
-  CTraceFileDoc::s_beforeWalk = [cancel = document.CancelEvent()] {
-    CTraceFileDoc::s_endedFromOutside = true;
-    cancel->Set();
-  };
-  m_host.AnswerBox(BoxAnswer::Yes);
-  ASSERT_TRUE(document.OnOpenDocument(path));
-  document.DeleteContents();
-  m_host.RunPosted();
-  EXPECT_EQ(ToldOf("posted box"), "");
+  InOwnProcess([&] {
+    HANDLE cancel;
+    m_loads.beforeWalk = [&cancel] {
+      ConversionUnderWay::GiveUpAll();
+      cancel->Set();
+    };
+    CTraceFileDoc document(m_host, m_loads);
+    cancel = document.CancelEvent();
+    m_host.AnswerBox(BoxAnswer::Yes);
+    ASSERT_TRUE(document.OnOpenDocument(path));
+    document.DeleteContents();
+    m_host.RunPosted();
+    EXPECT_EQ(ToldOf("posted box"), "");
+  });
   EXPECT_EQ(ReadAll(path), before);
   EXPECT_EQ(Folder(), "web.trc(old) ");
 }
 
 TEST_F(EndedFromOutside, AQuestionThatTheEndOfTheProgramClosesIsNoYes) {
   const std::string path = OldFile(3);
-  CTraceFileDoc::s_endedFromOutside = true;
-  m_host.AnswerBox(BoxAnswer::Cancel);
-  CTraceFileDoc document(m_host);
-  EXPECT_FALSE(document.OnOpenDocument(path));
+  InOwnProcess([&] {
+    ConversionUnderWay::GiveUpAll();
+    m_host.AnswerBox(BoxAnswer::Cancel);
+    CTraceFileDoc document(m_host, m_loads);
+    EXPECT_FALSE(document.OnOpenDocument(path));
+  });
   EXPECT_EQ(Folder(), "web.trc(old) ");
 }
 
-// In a process of its own, which ends while the conversion is under way.
+// A process that ends while the conversion is under way.
 TEST_F(EndedFromOutside, AProgramThatEndsByExitCleansUpFirst) {
   const std::string path = OldFile(100'000);
   const std::string before = ReadAll(path);
@@ -282,7 +297,8 @@ TEST_F(EndedFromOutside, AProgramThatEndsByExitCleansUpFirst) {
   });
   EXPECT_EXIT(
       {
-        static CTraceFileDoc* const document = new CTraceFileDoc(m_host);  // left to itself
+        static CTraceFileDoc* const document =
+            new CTraceFileDoc(m_host, m_loads);  // left to itself
         m_host.AnswerBox(BoxAnswer::Yes);
         document->OnOpenDocument(path);
         const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);

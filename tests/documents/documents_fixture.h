@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/file_gate.h"
+#include "documents/load_progress.h"
 #include "documents/trace_file_doc.h"
 #include "docview/doc_template.h"
 #include "settings/globals.h"
@@ -22,7 +23,7 @@ class DocumentsTest : public testing::Test {
  protected:
   DocumentsTest() : m_app(m_host, m_log) {
     CMultiDocTemplate::Makers makers;
-    makers.document = [this] { return std::make_unique<CTraceFileDoc>(m_host); };
+    makers.document = [this] { return std::make_unique<CTraceFileDoc>(m_host, m_loads); };
     makers.frame = [this] { return std::make_unique<CMDIChildWnd>(m_app.m_frame); };
     makers.view = [this](CDocument& document) {
       return std::make_unique<ProbeView>(document, m_log);
@@ -35,11 +36,7 @@ class DocumentsTest : public testing::Test {
       return message == WM_TRACE_PROGRESS;
     };
   }
-  ~DocumentsTest() override {
-    CTraceFileDoc::s_beforeWalk = nullptr;
-    CTraceFileDoc::s_stopWaitMs = 10000;
-    g_quickClose = false;
-  }
+  ~DocumentsTest() override { g_quickClose = false; }
 
   CTraceFileDoc* Open(const std::string& path) {
     return static_cast<CTraceFileDoc*>(m_app.OpenDocumentFile(path));
@@ -60,7 +57,7 @@ class DocumentsTest : public testing::Test {
   }
   void OnProgress(std::uintptr_t what, std::intptr_t value) {
     if (what == kLoadStart) {
-      const std::unique_ptr<CLoadProgressStart> start(reinterpret_cast<CLoadProgressStart*>(value));
+      const auto start = TakeLoadStart(value);
       m_cancelEvents.push_back(start->cancelEvent);
       m_host.Note("start " + start->caption + " " +
                   std::filesystem::path(start->path).filename().string() + " " +
@@ -99,6 +96,7 @@ class DocumentsTest : public testing::Test {
   }
 
   TempDir m_temp;
+  TraceLoadSetup m_loads;  // of the documents opened from now on
   RecordingHost m_host;
   FrameLog m_log;
   std::vector<HANDLE> m_cancelEvents;  // of the start messages

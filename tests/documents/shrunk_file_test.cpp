@@ -59,7 +59,7 @@ TEST_F(ShrunkFileTest, ADocumentWhoseFileWasCutIsStillSavedWithAllItsTraces) {
 
 TEST_F(ShrunkFileTest, ACutDuringTheLoadLoadsWhatIsLeftAndSaysNothing) {
   const std::string path = LongFile();
-  CTraceFileDoc::s_beforeWalk = [&path] { EXPECT_EQ(truncate(path.c_str(), kLeft), 0); };
+  m_loads.beforeWalk = [&path] { EXPECT_EQ(truncate(path.c_str(), kLeft), 0); };
   CTraceFileDoc* const document = Open(path);
   ASSERT_TRUE(FinishLoad(*document));
   EXPECT_EQ(Whole(*document), std::size_t{(kLeft - 24) / 71});
@@ -71,7 +71,7 @@ TEST_F(ShrunkFileTest, ACutDuringTheLoadLoadsWhatIsLeftAndSaysNothing) {
 
 TEST_F(ShrunkFileTest, ACutDuringAConversionSaysSoAndDeletesNothing) {
   const std::string path = OldFile(3000);
-  CTraceFileDoc::s_beforeWalk = [&path] { EXPECT_EQ(truncate(path.c_str(), kLeft), 0); };
+  m_loads.beforeWalk = [&path] { EXPECT_EQ(truncate(path.c_str(), kLeft), 0); };
   m_host.AnswerBox(BoxAnswer::Yes);
   ASSERT_NE(Open(path), nullptr);
   EXPECT_TRUE(m_host.RunUntil([this] {
@@ -94,9 +94,7 @@ TEST_F(ShrunkFileTest, AFileReplacedUnderItsNameStaysWhatItWasForItsDocument) {
 TEST_F(ShrunkFileTest, WhatIsAppendedToAnOpenFileIsNotSeen) {
   const std::string path = TrcImage().Trace("up").WriteTo(m_temp.File("web.trc"));
   const std::string more = TrcImage().Trace("down").Bytes().substr(16);
-  CTraceFileDoc::s_beforeWalk = [&] {
-    std::ofstream(path, std::ios::binary | std::ios::app) << more;
-  };
+  m_loads.beforeWalk = [&] { std::ofstream(path, std::ios::binary | std::ios::app) << more; };
   CTraceFileDoc* const document = Open(path);
   ASSERT_TRUE(FinishLoad(*document));
   EXPECT_EQ(Texts(*document), "up ");

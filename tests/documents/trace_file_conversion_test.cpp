@@ -33,7 +33,7 @@ TEST_F(TraceFileConversionTest, NoClosesTheFileSilentlyAndTheFrameIsGoneAgain) {
 TEST_F(TraceFileConversionTest, AnyOtherAnswerGoesOn) {
   for (const BoxAnswer answer : {BoxAnswer::Yes, BoxAnswer::Ok, BoxAnswer::Cancel}) {
     m_host.AnswerBox(answer);
-    CTraceFileDoc document(m_host);
+    CTraceFileDoc document(m_host, m_loads);
     ASSERT_TRUE(document.OnOpenDocument(OldFile(1)));
     EXPECT_TRUE(FinishLoad(document));
     EXPECT_EQ(Texts(document), "trace 1 ");
@@ -106,8 +106,10 @@ TEST_F(TraceFileConversionTest, AStaleOldFileAndAStaleTemporaryFileAreReplaced) 
 
 TEST_F(TraceFileConversionTest, ACancelLeavesTheShortenedFileUnderItsNameAndTheOldOneIsGone) {
   const std::string path = OldFile(5000);
-  CTraceFileDoc document(m_host);
-  CTraceFileDoc::s_beforeWalk = [cancel = document.CancelEvent()] { cancel->Set(); };
+  HANDLE cancel;
+  m_loads.beforeWalk = [&cancel] { cancel->Set(); };
+  CTraceFileDoc document(m_host, m_loads);
+  cancel = document.CancelEvent();
   m_host.AnswerBox(BoxAnswer::Yes);
   ASSERT_TRUE(document.OnOpenDocument(path));
   ASSERT_TRUE(FinishLoad(document));
@@ -116,8 +118,8 @@ TEST_F(TraceFileConversionTest, ACancelLeavesTheShortenedFileUnderItsNameAndTheO
          "names and 1023 traces the load read 1024 records too";
   EXPECT_EQ(Folder(), "web.trc ");
   EXPECT_FALSE(document.IsModified());
-  CTraceFileDoc::s_beforeWalk = nullptr;
-  CTraceFileDoc again(m_host);
+  m_loads.beforeWalk = nullptr;
+  CTraceFileDoc again(m_host, m_loads);
   ASSERT_TRUE(again.OnOpenDocument(path));
   ASSERT_TRUE(FinishLoad(again));
   EXPECT_EQ(again.m_traces.size(), 1023u);
@@ -127,7 +129,7 @@ TEST_F(TraceFileConversionTest, ClosingTheDocumentCancelsTheConversionToo) {
   const std::string path = OldFile(5000);
   const HANDLE entered = CreateEvent(), known = CreateEvent();
   HANDLE cancel;
-  CTraceFileDoc::s_beforeWalk = [&] {
+  m_loads.beforeWalk = [&] {
     entered->Set();
     known->Wait(20000);
     cancel->Wait(20000);
@@ -201,10 +203,10 @@ TEST_F(TraceFileConversionTest, TheNewFileHasTheOldOnesPermissions) {
 TEST_F(TraceFileConversionTest, TwoDocumentsOfOneOlderFileDoNotHurtEachOther) {
   const std::string path = OldFile(100);
   const HANDLE gate = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [gate] { gate->Wait(20000); };
+  m_loads.beforeWalk = [gate] { gate->Wait(20000); };
   m_host.AnswerBox(BoxAnswer::Yes);
   m_host.AnswerBox(BoxAnswer::Yes);
-  CTraceFileDoc first(m_host), second(m_host);
+  CTraceFileDoc first(m_host, m_loads), second(m_host, m_loads);
   ASSERT_TRUE(first.OnOpenDocument(path));
   ASSERT_TRUE(second.OnOpenDocument(path));
   gate->Set();
@@ -214,7 +216,6 @@ TEST_F(TraceFileConversionTest, TwoDocumentsOfOneOlderFileDoNotHurtEachOther) {
     const bool failed = ToldOf("posted box").find("Error opening") != std::string::npos;
     return int{!first.m_loading} + int{!second.m_loading} + int{failed} == 2;
   }));
-  CTraceFileDoc::s_beforeWalk = nullptr;
   EXPECT_EQ(ReadAll(path).substr(0, 15), "TRC Version 3.1");
 }
 

@@ -27,7 +27,7 @@ constexpr char kInvalid[] = "box Tessera [stop] \"Invalid format.\" (OK) -> OK\n
 
 TEST_F(TraceFileDocTest, TheFrameShowsBeforeTheTracesAndTheViewIsToldOfThem) {
   const HANDLE gate = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [gate] { gate->Wait(20000); };
+  m_loads.beforeWalk = [gate] { gate->Wait(20000); };
   CTraceFileDoc* const document =
       Open(TrcImage().Name(7, "web").Trace("up").Trace("down").WriteTo(m_temp.File("web.trc")));
   ASSERT_NE(document, nullptr);
@@ -48,7 +48,7 @@ TEST_F(TraceFileDocTest, TheFrameShowsBeforeTheTracesAndTheViewIsToldOfThem) {
 
 TEST_F(TraceFileDocTest, EveryViewIsToldOnceWhenTheTracesAreReady) {
   const HANDLE gate = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [gate] { gate->Wait(20000); };
+  m_loads.beforeWalk = [gate] { gate->Wait(20000); };
   CTraceFileDoc* const document = Open(TrcImage().Trace("up").WriteTo(m_temp.File("web.trc")));
   ProbeView late(*document, m_log, "late");
   gate->Set();

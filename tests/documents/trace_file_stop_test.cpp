@@ -23,7 +23,7 @@ class TraceFileStopTest : public DocumentsTest {
 
 TEST_F(TraceFileStopTest, CancelStopsAtTheNextMultipleOf1024RecordsAndTheTracesSoFarShow) {
   const HANDLE gate = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [gate] { gate->Wait(20000); };
+  m_loads.beforeWalk = [gate] { gate->Wait(20000); };
   CTraceFileDoc* const document = Open(LongFile());
   ASSERT_TRUE(m_host.RunUntil([this] { return m_cancelEvents.size() == 1; }));
   m_cancelEvents[0]->Set();
@@ -47,7 +47,7 @@ TEST_F(TraceFileStopTest, TheStartMessageCarriesTheEventOfItsDocument) {
 
 TEST_F(TraceFileStopTest, ClosingDuringTheLoadCancelsItWaitsAndAsksNothing) {
   std::function<void()> waitForCancel;
-  CTraceFileDoc::s_beforeWalk = [this, &waitForCancel] { waitForCancel(); };
+  m_loads.beforeWalk = [this, &waitForCancel] { waitForCancel(); };
   const HANDLE entered = CreateEvent();
   HANDLE cancel;
   const HANDLE known = CreateEvent();
@@ -71,9 +71,11 @@ TEST_F(TraceFileStopTest, ClosingDuringTheLoadCancelsItWaitsAndAsksNothing) {
 }
 
 TEST_F(TraceFileStopTest, AStoppedLoadLeavesItsNamesAndAnEmptyReadyDocument) {
-  CTraceFileDoc document(m_host);
+  HANDLE cancel;
+  m_loads.beforeWalk = [&cancel] { cancel->Wait(20000); };
+  CTraceFileDoc document(m_host, m_loads);
+  cancel = document.CancelEvent();
   ProbeView view(document, m_log);
-  CTraceFileDoc::s_beforeWalk = [cancel = document.CancelEvent()] { cancel->Wait(20000); };
   ASSERT_TRUE(document.OnOpenDocument(LongFile()));
   m_log.Clear();
   document.DeleteContents();
@@ -87,7 +89,7 @@ TEST_F(TraceFileStopTest, AStoppedLoadLeavesItsNamesAndAnEmptyReadyDocument) {
 }
 
 TEST_F(TraceFileStopTest, ADocumentThatGoesWhileItsHandOverIsQueuedIsNotTouched) {
-  auto document = std::make_unique<CTraceFileDoc>(m_host);
+  auto document = std::make_unique<CTraceFileDoc>(m_host, m_loads);
   const std::string path = LongFile();
   ASSERT_TRUE(document->OnOpenDocument(path));
   ASSERT_TRUE(m_host.WaitForPost());
@@ -99,13 +101,13 @@ TEST_F(TraceFileStopTest, ADocumentThatGoesWhileItsHandOverIsQueuedIsNotTouched)
 
 TEST_F(TraceFileStopTest, AThreadThatHangsPastTheLimitIsDisownedAndTouchesNothingAfterwards) {
   const HANDLE gate = CreateEvent(), entered = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [gate, entered] {
+  m_loads.beforeWalk = [gate, entered] {
     entered->Set();
     gate->Wait(20000);
   };
-  CTraceFileDoc::s_stopWaitMs = 20;
+  m_loads.stopWaitMs = 20;
   const std::string path = LongFile();
-  auto document = std::make_unique<CTraceFileDoc>(m_host);
+  auto document = std::make_unique<CTraceFileDoc>(m_host, m_loads);
   ASSERT_TRUE(document->OnOpenDocument(path));
   ASSERT_TRUE(entered->Wait(20000));
   document.reset();
@@ -122,9 +124,9 @@ TEST_F(TraceFileStopTest, AThreadThatHangsPastTheLimitIsDisownedAndTouchesNothin
 TEST_F(TraceFileStopTest, AClearThatGivesUpWaitingLeavesTheDocumentEmptyAndLoading) {
   const std::ptrdiff_t threads = Threads();
   const HANDLE gate = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [gate] { gate->Wait(20000); };
-  CTraceFileDoc::s_stopWaitMs = 20;
-  CTraceFileDoc document(m_host);
+  m_loads.beforeWalk = [gate] { gate->Wait(20000); };
+  m_loads.stopWaitMs = 20;
+  CTraceFileDoc document(m_host, m_loads);
   const std::string path = LongFile();
   ASSERT_TRUE(document.OnOpenDocument(path));
   document.DeleteContents();
@@ -140,7 +142,7 @@ TEST_F(TraceFileStopTest, AClearThatGivesUpWaitingLeavesTheDocumentEmptyAndLoadi
 }
 
 TEST_F(TraceFileStopTest, AFailedLoadSaysSoLeavesTheBoxUpAndTellsNoView) {
-  CTraceFileDoc::s_beforeWalk = [] { throw std::bad_alloc(); };
+  m_loads.beforeWalk = [] { throw std::bad_alloc(); };
   CTraceFileDoc* const document = Open(LongFile());
   ASSERT_NE(document, nullptr);
   ASSERT_TRUE(m_host.RunUntil([this] { return !ToldOf("posted box").empty(); }));
@@ -162,13 +164,13 @@ TEST_F(TraceFileStopTest, AFailedLoadSaysSoLeavesTheBoxUpAndTellsNoView) {
 
 TEST_F(TraceFileStopTest, AFailureOfADisownedLoadIsNotTold) {
   const HANDLE gate = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [gate] {
+  m_loads.beforeWalk = [gate] {
     gate->Wait(20000);
     throw std::bad_alloc();
   };
-  CTraceFileDoc::s_stopWaitMs = 20;
+  m_loads.stopWaitMs = 20;
   const std::string path = LongFile();
-  auto document = std::make_unique<CTraceFileDoc>(m_host);
+  auto document = std::make_unique<CTraceFileDoc>(m_host, m_loads);
   ASSERT_TRUE(document->OnOpenDocument(path));
   document.reset();
   gate->Set();
@@ -178,9 +180,9 @@ TEST_F(TraceFileStopTest, AFailureOfADisownedLoadIsNotTold) {
 
 TEST_F(TraceFileStopTest, TwoOverlappingLoadsEachSpeakOfTheirOwnAndEachGetTheirTraces) {
   const HANDLE webGate = CreateEvent(), dbGate = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [webGate] { webGate->Wait(20000); };
+  m_loads.beforeWalk = [webGate] { webGate->Wait(20000); };
   CTraceFileDoc* const web = Open(TrcImage().Trace("up").WriteTo(m_temp.File("web.trc")));
-  CTraceFileDoc::s_beforeWalk = [dbGate] { dbGate->Wait(20000); };
+  m_loads.beforeWalk = [dbGate] { dbGate->Wait(20000); };
   CTraceFileDoc* const db =
       Open(TrcImage().Trace("insert").Trace("select").WriteTo(m_temp.File("db.trc")));
   ASSERT_TRUE(m_host.RunUntil([this] { return m_cancelEvents.size() == 2; }));
@@ -197,7 +199,7 @@ TEST_F(TraceFileStopTest, TwoOverlappingLoadsEachSpeakOfTheirOwnAndEachGetTheirT
 }
 
 TEST_F(TraceFileStopTest, TheCancelEventIsNeverResetSoThatASecondLoadOfTheSameDocumentStopsEarly) {
-  CTraceFileDoc document(m_host);
+  CTraceFileDoc document(m_host, m_loads);
   ASSERT_TRUE(document.OnOpenDocument(LongFile()));
   ASSERT_TRUE(FinishLoad(document));
   EXPECT_EQ(document.m_traces.size(), 5000u);

@@ -1,6 +1,7 @@
 // Loads as the main frame shows them: real documents, real files, their threads and their box.
 #include <atomic>
 
+#include "documents/load_progress.h"
 #include "shell_fixture.h"
 
 namespace {
@@ -9,7 +10,7 @@ class LoadProgressTest : public ShellTest {
  protected:
   // Holds each load thread before its walk until the test lets it go; the first to come is 0.
   void HoldLoads() {
-    CTraceFileDoc::s_beforeWalk = [this] {
+    m_app->m_loads.beforeWalk = [this] {
       const int load = m_loads++;
       m_go[load]->Wait(20000);
     };
@@ -201,7 +202,7 @@ TEST_F(LoadProgressTest, ClosingTheProgramDuringALoadStopsItAndEnds) {
   const std::string path = WriteTraces("web.trc", 3000);
   HANDLE cancel;
   const HANDLE known = CreateEvent();
-  CTraceFileDoc::s_beforeWalk = [&] {
+  m_app->m_loads.beforeWalk = [&] {
     known->Wait(20000);
     cancel->Wait(20000);
   };

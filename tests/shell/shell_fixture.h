@@ -31,7 +31,6 @@ class ShellTest : public ::testing::Test {
   ~ShellTest() override {
     m_app.reset();
     m_host.RunPosted();
-    CTraceFileDoc::s_beforeWalk = {};
     SetSettingsFile("");
     ResetGlobals();
   }

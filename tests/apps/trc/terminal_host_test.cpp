@@ -109,9 +109,8 @@ TEST(TerminalHost, ADialogIsCancelled) {
 // In a process of its own, as an interrupt is noted for good.
 [[noreturn]] void OpenWithAnInterruptDuringTheLoad(const std::string& path) {
   CatchSignals();
-  CTraceFileDoc::s_beforeWalk = [] { raise(SIGINT); };
   TerminalHost host;
-  const bool opened = OpenTraceFile(host, path) != nullptr;
+  const bool opened = OpenTraceFile(host, path, {.beforeWalk = [] { raise(SIGINT); }}) != nullptr;
   // This process made it anew, and does not end as a test does.
   std::filesystem::remove_all(std::filesystem::path(path).parent_path());
   _exit(!opened && Interrupted() ? 42 : 1);

@@ -16,8 +16,8 @@ constexpr int kTraces = 5000;
 // be about to leave it.
 class HeldLoad {
  public:
-  HeldLoad() {
-    CTraceFileDoc::s_beforeWalk = [go = m_go] { go->wait(); };
+  explicit HeldLoad(CTesseraApp& app) {
+    app.m_loads.beforeWalk = [go = m_go] { go->wait(); };
   }
   ~HeldLoad() { Go(); }
   void Go() {
@@ -46,7 +46,7 @@ class LoadTest : public ShellTest {
 
 TEST_F(LoadTest, TheFrameShowsBeforeTheTracesAndTheBoxTellsFileAndProgress) {
   Start();
-  HeldLoad held;
+  HeldLoad held(*m_app);
   const std::string path = TraceFile("a.trc", kTraces);
   auto* document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(path));
   ASSERT_TRUE(document);
@@ -66,7 +66,7 @@ TEST_F(LoadTest, TheFrameShowsBeforeTheTracesAndTheBoxTellsFileAndProgress) {
 
 TEST_F(LoadTest, EnterDoesNothingInTheBoxNotEvenOnTheCancelButton) {
   Start();
-  HeldLoad held;
+  HeldLoad held(*m_app);
   auto* document =
       static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(TraceFile("a.trc", kTraces)));
   ASSERT_TRUE(Until([this] { return HasBox(); }));
@@ -79,7 +79,7 @@ TEST_F(LoadTest, EnterDoesNothingInTheBoxNotEvenOnTheCancelButton) {
 
 TEST_F(LoadTest, CancelEndsTheWalkAtItsNextLookAndTheTracesSoFarShow) {
   Start();
-  HeldLoad held;
+  HeldLoad held(*m_app);
   auto* document =
       static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(TraceFile("a.trc", kTraces)));
   ASSERT_TRUE(Until([this] { return HasBox(); }));
@@ -97,7 +97,7 @@ TEST_F(LoadTest, CancelEndsTheWalkAtItsNextLookAndTheTracesSoFarShow) {
 
 TEST_F(LoadTest, EscapeIsCancel) {
   Start();
-  HeldLoad held;
+  HeldLoad held(*m_app);
   auto* document =
       static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(TraceFile("a.trc", kTraces)));
   ASSERT_TRUE(Until([this] { return HasBox(); }));
@@ -108,7 +108,7 @@ TEST_F(LoadTest, EscapeIsCancel) {
 
 TEST_F(LoadTest, TwoLoadsShareOneBoxAndTheFirstDoneMessageTakesItDown) {
   Start();
-  HeldLoad held;
+  HeldLoad held(*m_app);
   // One after the other: the threads of two would tell of their starts in any order.
   for (const char* const name : {"a.trc", "b.trc"}) {
     m_app->OpenDocumentFile(TraceFile(name, kTraces));
@@ -132,7 +132,7 @@ TEST_F(LoadTest, TwoLoadsShareOneBoxAndTheFirstDoneMessageTakesItDown) {
 TEST_F(LoadTest, ClosingADocumentDuringItsLoadTakesItsWindowAway) {
   Start();
   {
-    HeldLoad held;
+    HeldLoad held(*m_app);
     m_app->OpenDocumentFile(TraceFile("a.trc", kTraces));
     ASSERT_TRUE(Until([this] { return HasBox(); }));
     held.Go();

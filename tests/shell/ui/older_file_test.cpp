@@ -90,7 +90,7 @@ TEST_F(OlderFileTest, ADropOnTheWindowAsksWhenTheDropHasReturned) {
 TEST_F(OlderFileTest, TheProgressBoxSaysConvertingAndItsCancelShortensTheFile) {
   Start();
   const auto go = std::make_shared<std::latch>(1);
-  CTraceFileDoc::s_beforeWalk = [go] { go->wait(); };
+  m_app->m_loads.beforeWalk = [go] { go->wait(); };
   Answer(QMessageBox::Yes);
   auto* document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(OldFile(5000)));
   ASSERT_TRUE(Until([this] { return Shown<LoadStatusFace>() != nullptr; }));

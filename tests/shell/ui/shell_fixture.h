@@ -56,14 +56,12 @@ class ShellTest : public testing::Test {
     NtRegPut(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 0U);
     g_quickClose = false;
     g_activeColumns = kDefaultActiveColumns;
-    CTraceFileDoc::s_beforeWalk = {};
     m_faces = std::make_unique<QtShellFaces>(m_host, [this] { ++m_closed; });
   }
   ~ShellTest() override {
     m_app.reset();
     m_faces.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    CTraceFileDoc::s_beforeWalk = {};
     SetSettingsFile("");
   }
 

@@ -1,4 +1,4 @@
-// The formatting of quor.hpp: each "{}" of a format takes the next argument. See there.
+// The formatting of quor.hpp: each "{}" of a format takes the next argument. See quor.hpp.
 #ifndef QUOR_FORMAT_HPP
 #define QUOR_FORMAT_HPP
 
@@ -14,8 +14,8 @@
 namespace quor {
 namespace detail {
 
-// A text that grows: in the room that it is given, and in memory beyond that. Without memory it is
-// cut.
+// A text that grows: first in the given buffer, then in allocated memory. If there is no memory the
+// text is cut.
 class Text {
  public:
   Text(char* room, std::size_t size) noexcept : m_small(room), m_data(room), m_room(size) {}
@@ -35,7 +35,7 @@ class Text {
     std::memcpy(m_data + m_size, text, size);
     m_size += size;
   }
-  // Room for a number, printed by to_chars or by hand: Used tells how much of it was taken.
+  // Space for a number that to_chars or other code prints. Used says how many bytes it took.
   char* Room(std::size_t size) noexcept {
     return m_room - m_size >= size || Grow(size) == size ? m_data + m_size : nullptr;
   }
@@ -57,7 +57,7 @@ class Text {
   std::size_t m_size = 0, m_room;
 };
 
-// One with room of its own.
+// A text with a buffer of its own.
 template <std::size_t N>
 class TextOf : public Text {
  public:

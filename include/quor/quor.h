@@ -1,14 +1,14 @@
 /* Quor: tracing for any application. C interface.
  *
  * Shape    An application names itself once, declares its trace points (component and category) as
- *          static objects, and traces at a severity. Texts are UTF-8; times are taken inside.
- * Owner    A quor_point lives as long as the program (static storage); the library keeps its
+ *          static objects, and traces at a severity. Texts are UTF-8. The library takes the time.
+ * Owner    A quor_point lives as long as the program (static storage). The library keeps its
  *          address, and keeps the module that declares it loaded. Texts are copied.
- * Errors   Nothing fails towards the application: what cannot be delivered is counted, and the
- *          monitor shows the count where it happened.
- * Threads  Every function may be called from any thread, after fork, and before and after main;
- *          quor_trace with a ready text also in a signal handler, once the process has traced or
- *          named itself outside of one. None of them changes errno.
+ * Errors   No call fails. A trace that cannot be delivered is counted, and the monitor shows the
+ *          count at the place of the missing trace.
+ * Threads  Every function may be called from any thread, after fork, and before and after main.
+ *          quor_trace may also be called in a signal handler, once the process has traced or named
+ *          itself outside of one. No function changes errno.
  *
  * A point that is off costs one relaxed load and a branch; its arguments are not evaluated when
  * the macros are used.
@@ -40,7 +40,7 @@ extern "C" {
 typedef struct quor_point {
   uint32_t settings; /* read relaxed, written by the library only */
   uint32_t id;
-  uint16_t names[2]; /* of component and category, as they stand in a record */
+  uint16_t names[2]; /* of component and category, as in a record */
   uint32_t reserved;
   const char* component;
   const char* category;
@@ -51,32 +51,32 @@ typedef struct quor_point {
   { QUOR_UNREGISTERED, 0, {0, 0}, 0, (component), (category), NULL }
 
 /* Names the application and enters the declared points into its trace map, so that they can be seen
- * and switched before the first trace. Without it the name is that of the executable; of several
- * names the last one holds. */
+ * and switched before the first trace. Without this call the name is that of the executable. After
+ * several calls the last name is used. */
 QUOR_API void quor_application(const char* name);
-/* Makes a point known, to be entered by quor_application or the first trace of any point.
- * QUOR_POINT sees to it; nothing is started by it. */
+/* Declares a point: quor_application, or the first trace of any point, will enter it into the trace
+ * map. QUOR_POINT calls this. It starts nothing. */
 QUOR_API void quor_declare(quor_point* point);
-/* Enters the point into the trace map now. Happens by itself at its first use. */
+/* Enters the point into the trace map now. Its first use does so too. */
 QUOR_API void quor_register(quor_point* point);
-/* Registers the point and tells whether it is on: the slow half of quor_on. */
+/* Registers the point and returns whether it is on: the slow path of quor_on. */
 QUOR_API int quor_first_use(quor_point* point, unsigned attributes);
 /* Names this thread in its traces, instead of its kernel id. */
 QUOR_API void quor_thread_name(const char* name);
 
-/* Traces a text of `length` bytes if the point is on for `attributes`. `file` may be NULL. */
+/* Traces a text of `length` bytes if `attributes` are on in the point. `file` may be NULL. */
 QUOR_API void quor_trace(quor_point* point, unsigned attributes, const char* file, unsigned line,
                          const char* text, size_t length);
 /* The same with printf's format. */
 QUOR_API void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsigned line,
                           const char* format, ...) __attribute__((format(printf, 5, 6)));
 
-/* Waits until what was traced has left the process or `milliseconds` have passed. Not needed for
- * delivery to a running service: for programs that end a machine, and for tests. 1 when all left.
- */
+/* Waits until all traces have left the process, or until `milliseconds` have passed. Delivery to a
+ * running service does not need it. It is for programs that shut a machine down, and for tests.
+ * Returns 1 when all traces have left. */
 QUOR_API int quor_flush(unsigned milliseconds);
 
-/* Counters of this process, exact while nobody traces: traced = lost + what was or will be taken.
+/* Counters of this process, exact while no thread traces: traced = lost + delivered (now or later).
  */
 typedef struct quor_counts {
   uint64_t traced; /* calls that passed their point's settings */
@@ -100,7 +100,7 @@ static inline int quor_on(quor_point* point, unsigned attributes) {
   struct name##_quor_end
 #endif
 
-/* Traces a printf-like text. Nothing is evaluated while the point is off. */
+/* Traces a printf-like text. The arguments are not evaluated while the point is off. */
 #define QUOR_TRACE_AT(point, attributes, ...)                               \
   do {                                                                      \
     if (quor_on(&(point), (attributes)))                                    \

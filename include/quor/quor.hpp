@@ -7,14 +7,15 @@
 //   QUOR_TRACE_AT(net_connect, QUOR_WARN | QUOR_DEVELOPER, "second try");
 //   QUOR_BLOCK(net_connect, "request {}", id);   // "Begin: request 7" ... "End: request 7"
 //
-// Shape    Declarations stand at namespace scope. In a format each "{}" takes the next argument:
-//          integers, floating-point numbers (shortest form that reads back the same), bool, char,
-//          texts, pointers. "{{" and "}}" are braces. A text without arguments is traced as it is.
+// Shape    Declarations are at namespace scope. In a format each "{}" takes the next argument:
+//          integers, floating-point numbers (the shortest form that reads back as the same number),
+//          bool, char, texts, pointers. "{{" and "}}" are braces. A text without arguments is
+//          traced as it is.
 // Errors   Nothing throws or fails. A "{}" without an argument stays as it is, an argument without
-//          a "{}" is left out, a null text or format reads "(null)".
-// Threads  As in quor.h. Formatting needs no memory up to 1,000 bytes, that of a block up to 240.
+//          a "{}" is left out, a null text or format is "(null)".
+// Threads  As in quor.h. Formatting allocates memory only beyond 1,000 bytes, blocks beyond 240.
 //
-// Nothing is evaluated while the point is off.
+// Arguments are not evaluated while the point is off.
 #ifndef QUOR_QUOR_HPP
 #define QUOR_QUOR_HPP
 
@@ -53,8 +54,8 @@ void Trace(quor_point& point, unsigned attributes, const char* file, unsigned li
 
 }  // namespace detail
 
-// A scope that says when it begins and when it ends. Made by QUOR_BLOCK; what was off when it began
-// says nothing at its end.
+// A scope that traces its beginning and its end. QUOR_BLOCK makes it. If the point was off at the
+// beginning, the end is not traced either.
 class Block {
  public:
   Block() noexcept {}
@@ -105,7 +106,7 @@ class Block {
       ::quor::detail::Trace((point), (attributes), __FILE__, __LINE__, __VA_ARGS__); \
   } while (false)
 
-// Traces at the beginning and at the end of the scope that it stands in.
+// Traces at the beginning and at the end of the enclosing scope.
 #define QUOR_BLOCK_AT(point, attributes, ...)                                     \
   const ::quor::Block QUOR_JOIN(quor_block_, __LINE__) =                          \
       quor_on(&(point), (attributes))                                             \

@@ -1,5 +1,5 @@
-// A bell in shared memory: wakes who waits for it in another process without any descriptor, so
-// that it rings also in a process that has closed all of them.
+// A bell in shared memory (a futex). It wakes a waiting thread of another process without any
+// descriptor, so it also works in a process that has closed all its descriptors.
 //
 // Threads  Any, also in a signal handler; errno is left alone.
 #pragma once
@@ -23,8 +23,8 @@ inline void Ring(Bell& bell) noexcept {
   errno = error;
 }
 
-// Returns when the bell no longer shows `heard`, after the time, or for no reason. Negative: waits
-// without end.
+// Returns when the value of the bell is no longer `heard`, after `milliseconds`, or spuriously.
+// A negative time means no limit.
 inline void AwaitBell(Bell& bell, std::uint32_t heard, int milliseconds) noexcept {
   const timespec time{milliseconds / 1000, milliseconds % 1000 * 1'000'000L};
   syscall(SYS_futex, &bell, FUTEX_WAIT, heard, milliseconds < 0 ? nullptr : &time, nullptr, 0);

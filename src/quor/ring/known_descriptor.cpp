@@ -22,7 +22,7 @@ KnownDescriptor::KnownDescriptor(int number) : m_number(number) {
 
 KnownDescriptor& KnownDescriptor::operator=(KnownDescriptor&& other) noexcept {
   if (this == &other) return *this;
-  // One with our number, perhaps even of our file, can only have been opened when ours was lost.
+  // Another descriptor with our number, even for our file, can exist only if ours was lost.
   if (m_number != other.m_number) Close();
   m_number = std::exchange(other.m_number, -1);
   m_device = other.m_device;

@@ -1,10 +1,11 @@
-// A descriptor of the runtime in a process that is not its own: the application may close any
-// number at any time and open another file under it, as every daemon does that closes all.
+// A descriptor of the runtime in a process that belongs to the application. The application may
+// close any descriptor at any time and open another file under the same number, as a daemon does
+// that closes all descriptors at its start.
 //
-// Shape    Remembers which file it is (device and inode), and gives the number away only while it
-//          still is that file.
-// Owner    Holds the file; lets go of it at the end, unless the number is another file's by then.
-// Errors   -1: it is lost, or there never was one.
+// Shape    Remembers the device and inode of its file. Returns the number only while the number
+//          still refers to that file.
+// Owner    Owns the file. Closes it at the end, unless the number refers to another file by then.
+// Errors   -1: the descriptor is lost, or there never was one.
 // Threads  One at a time.
 #pragma once
 
@@ -16,21 +17,21 @@
 class KnownDescriptor {
  public:
   KnownDescriptor() = default;
-  // Takes the descriptor; -1 for none. The numbers of standard input, output and error are left to
-  // the application, which may not have opened them yet.
+  // Takes ownership of the descriptor; -1 for none. It never occupies the numbers of standard
+  // input, output and error, which the application may open later.
   explicit KnownDescriptor(int number);
   ~KnownDescriptor() { Close(); }
   KnownDescriptor(KnownDescriptor&& other) noexcept { *this = std::move(other); }
   KnownDescriptor& operator=(KnownDescriptor&& other) noexcept;
 
-  // Ask before every use: two calls may give different answers.
+  // Call it before every use: two calls may give different answers.
   int Get() const {
     struct stat status {};
     return Get(&status);
   }
-  // The same, with what the file says of itself.
+  // The same; `status` receives the status of the file.
   int Get(struct stat* status) const { return IsStillThere(status) ? m_number : -1; }
-  bool IsOpen() const { return m_number >= 0; }  // or was, when it was last looked at
+  bool IsOpen() const { return m_number >= 0; }  // as of the last look
   void Close();
 
   dev_t Device() const { return m_device; }

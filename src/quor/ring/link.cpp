@@ -40,7 +40,7 @@ class FrameWriter {
   std::vector<std::uint8_t> m_bytes;
 };
 
-// Reads a body; after a field that is not there every later one fails too.
+// Reads the fields of a body. After one missing field every later one fails too.
 class BodyReader {
  public:
   explicit BodyReader(Bytes body) : m_body(body) {}
@@ -79,7 +79,7 @@ class BodyReader {
 
 bool ReadHello(BodyReader& body, LinkHello& hello) {
   hello.version = body.Get32();
-  // What follows in another version's hello is not known: it is refused by its version alone.
+  // The rest of another version's hello is unknown: it is refused by its version alone.
   if (hello.version != kLinkVersion) return body.Good();
   hello.pid = body.Get32();
   hello.startedNs = body.Get64();

@@ -1,26 +1,27 @@
 // The messages between an application's runtime and the service of its machine, on a unix stream
-// socket. Coded by hand, because the runtime links no third-party library.
+// socket. They are coded by hand, because the runtime links no third-party library.
 //
-// Shape    Frames: length:u32 (of type and body), type:u8, body; big-endian; a text is length:u16
-//          and its bytes. The hello travels with the descriptor of the segment (SCM_RIGHTS), or
-//          with none when the application has lost it: it tells which file it was.
+// Shape    Frames: length:u32 (of type and body), type:u8, body; big-endian. A text is length:u16
+//          and its bytes. The hello carries the descriptor of the segment (SCM_RIGHTS). When the
+//          application has lost that descriptor, the hello has only the file's device and inode.
 //
 //            application                service
 //            Hello  ------------------>
-//                   <------------------ Welcome, or Refused and the end
-//                   <------------------ Sink (what is configured), Poke (settings were written)
+//                   <------------------ Welcome, or Refused and the end of the connection
+//                   <------------------ Sink (the configured sink), Poke (settings have changed)
 //            Taker  ------------------> after each Sink: who takes the traces from now on
-//            Points ------------------> points or names were entered since the last word
-//            Call   ------------------> there are traces for a taker that waits
-//            Report ------------------> something that the application wants traced for it
+//            Points ------------------> points or names were added since the last message
+//            Call   ------------------> a waiting taker has traces to take
+//            Report ------------------> a message that the service is to trace for the application
 //
-//          The application does not wait at its socket, whose number may be another file's at any
-//          time: after a word the service rings the segment's bell.
-//          The service takes traces out of the ring while the last Hello or Taker says so and until
-//          it sends a Sink of type File; before that it publishes what it took.
+//          The application does not wait at its socket, because the number of the socket may become
+//          that of another file at any time. So the service rings the segment's bell after each
+//          message.
+//          The service takes traces out of the ring while the last Hello or Taker names it, until
+//          it sends a Sink of type File. Before it sends that, it publishes what it took.
 // Errors   A frame that is too long, of unknown type, or whose body is not exactly the message is
-//          an error, and the connection is to be ended. The version is read before anything else
-//          of a hello, so that an unknown one can be refused in words.
+//          an error, and the connection must be closed. The version is the first field of a hello,
+//          so that an unknown version can be refused with a reason.
 // Threads  Pure; a decoder is used by one thread at a time.
 #pragma once
 
@@ -58,7 +59,7 @@ struct LinkHello {
   std::string app;
 };
 struct LinkRefused {
-  std::uint32_t version = kLinkVersion;  // that the service speaks
+  std::uint32_t version = kLinkVersion;  // the version of the service
   std::string reason;
 };
 struct LinkSink {
@@ -66,11 +67,11 @@ struct LinkSink {
   std::string name, options;
 };
 struct LinkReport {
-  std::uint64_t lost = 0;  // traces that this report stands for; 0: none were lost
+  std::uint64_t lost = 0;  // how many lost traces this report counts; 0: none
   std::string text;
 };
 
-// One frame taken apart; the member of its type is filled.
+// One decoded frame. Only the member for its type is filled.
 struct LinkFrame {
   LinkType type = LinkType::Poke;
   std::uint32_t version = 0;  // Welcome
@@ -92,12 +93,12 @@ std::vector<std::uint8_t> EncodePoints();
 std::vector<std::uint8_t> EncodeCall();
 std::vector<std::uint8_t> EncodeReport(const LinkReport& report);
 
-// Puts a stream of bytes, split anywhere, together to frames. Holds at most one frame.
+// Joins a stream of bytes, split anywhere, into frames. Holds at most one frame.
 class LinkDecoder {
  public:
   enum class Result { Frame, More, Error };
 
-  // Takes bytes of [from, end) up to the end of one frame and moves `from` behind them.
+  // Consumes bytes of [from, end) up to the end of one frame and moves `from` after them.
   Result Feed(const std::uint8_t*& from, const std::uint8_t* end, LinkFrame& frame);
   const char* Why() const { return m_why; }
 

@@ -95,7 +95,7 @@ bool SendOnLink(int socket, const std::vector<std::uint8_t>& bytes, const int* d
 }
 
 LinkReceived ReceiveOnLink(int socket, std::uint8_t* to, std::size_t size) {
-  // Room for more than is allowed, so that a peer's surplus is seen and closed.
+  // Space for more descriptors than allowed, so that a peer's surplus is received and closed.
   alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int) * 16)] = {};
   iovec part{to, size};
   msghdr message{};

@@ -37,7 +37,7 @@ std::string OnPath(const std::string& paths) {
   for (std::size_t begin = 0; begin <= paths.size();) {
     std::size_t end = paths.find(':', begin);
     if (end == std::string::npos) end = paths.size();
-    // An empty or relative entry would start whatever lies in the current folder.
+    // An empty or relative entry would start a program of the current folder.
     if (end > begin && paths[begin] == '/') {
       std::string program = paths.substr(begin, end - begin) + "/" + kProgram;
       if (IsProgram(program)) return program;

@@ -1,10 +1,12 @@
-// Who may take traces out of a ring where no link tells it: at most one, by one word of the header.
+// One word of the segment's header says who may take traces out of a ring when no link orders it.
+// At most one process may.
 //
-// Shape    The application claims the ring for as long as it has a file sink, a service for as long
-//          as it takes without a link. What an earlier link ordered may reach the application late,
-//          after a service has begun to take: then the word says no.
-// Errors   False: it is the other's. A word that is neither's is nobody's for good.
-// Threads  Any, of both processes. What the one before published is seen by who claims next.
+// Shape    The application claims the ring as long as it has a file sink. A service claims it as
+//          long as it takes traces without a link. An order of an earlier link may reach the
+//          application late, when a service already takes traces; the claim then fails.
+// Errors   False: the other side has the claim. A word with an invalid value cannot be claimed.
+// Threads  Any thread of both processes. Who claims the ring sees what the previous owner
+// published.
 #pragma once
 
 #include "quor/ring/segment.h"

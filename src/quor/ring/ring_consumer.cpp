@@ -32,8 +32,8 @@ void RingConsumer::Resume() {
 RingStep RingConsumer::Next(RingItem& item) {
   item = {};
   if (m_broken) return RingStep::Broken;
-  // A lap has one padding record and the records between two losses are bounded by the ring, so
-  // this ends; what the application writes meanwhile cannot make it longer than one lap.
+  // A lap has one padding record, and the ring bounds the records between two losses. So this loop
+  // ends, and nothing that the application writes meanwhile makes it longer than one lap.
   for (std::uint64_t walked = 0; walked <= m_ringUnits;) {
     std::uint32_t size = 0;
     bool padding = false;

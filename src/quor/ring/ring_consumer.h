@@ -1,10 +1,10 @@
-// The end of the ring that takes traces out: used by the service, and by the application itself
-// while its sink is a file.
+// The reading end of the ring. The service uses it, and the application itself while its sink is a
+// file.
 //
 // Shape    Next gives one raw trace at a time, oldest first, as a private copy.
-// Owner    Borrows the segment. The bytes of an item are good until the next call.
-// Errors   Broken: the ring contradicts itself and must not be read any further; nothing was read
-//          out of bounds and no call does more work than one lap of the ring.
+// Owner    Borrows the segment. The bytes of an item are valid until the next call.
+// Errors   Broken: the ring contradicts itself and must not be read any further. Nothing is read
+//          out of bounds, and no call does more work than one lap of the ring.
 // Threads  One at a time, and one taker of a ring at a time (RingTaker).
 #pragma once
 
@@ -16,50 +16,50 @@
 
 struct RingItem {
   std::uint64_t dropsBefore = 0;    // traces dropped because the ring was full, since the last item
-  std::uint64_t damagedBefore = 0;  // committed records that were no whole trace, skipped
-  Bytes trace;                      // empty: only losses are told
+  std::uint64_t damagedBefore = 0;  // committed records that were not a whole trace, skipped
+  Bytes trace;                      // empty: the item only reports losses
 };
 
 enum class RingStep { Item, Empty, Broken };
 
 class RingConsumer {
  public:
-  // Begins where the last taker of this ring published. `room` is kept ready for the bytes of an
-  // item; a longer one gets more.
+  // Begins where the last taker of this ring published. `room` bytes are allocated for items; a
+  // longer item allocates more.
   explicit RingConsumer(const SegmentMap& segment, std::size_t room = kTraceBytesMax);
 
-  // Goes on where the last taker published: when this one takes over again from the application.
+  // Continues where the last taker published, when this one takes over from the application again.
   void Resume();
 
-  // The next committed trace. An item without a trace tells of losses behind the last one.
+  // The next committed trace. An item without a trace reports losses after the last trace.
   RingStep Next(RingItem& item);
-  // The same when no producer lives any more: skips what was reserved and never committed.
+  // The same when no producer lives any more: skips records that were reserved and never committed.
   RingStep NextOfDead(RingItem& item);
-  // Traces that were reserved and not consumed, committed or not. When NextOfDead was Empty: those
-  // that were being written when the application died, exact.
+  // Traces that were reserved and not consumed, committed or not. After NextOfDead returned Empty
+  // this is the exact number of traces that were being written when the application died.
   std::uint64_t Uncommitted() const;
-  // Of the dead, at the end: drops that no item told, because the application died while it counted
-  // them or a taker while it told them.
+  // For a dead application, at the end: drops that no item reported, because the application died
+  // while it counted them, or a taker died while it reported them.
   std::uint64_t UntoldDrops() const;
-  // Now these are told, and who looks again finds none.
+  // Marks these as reported: the next taker finds none.
   void PassRest();
-  // Lets the producers have the room of all items so far. Call it per batch: until then a taker
-  // that follows this one sees them again.
+  // Gives the space of all items so far back to the producers. Call it once per batch. Until then
+  // the next taker would get these items again.
   void Publish();
 
-  // Before sleeping until a producer rings the bell. Ready: do not sleep, something came. Soon:
-  // sleep at most kRecheckMs and ask again; Asleep: sleep as long as you like. (A producer asks for
-  // the sleeping flag without a fence, which would cost it more than the rest of the trace; a
-  // commit that just crossed the flag is found by the second look.) A taker that expects more
-  // traffic sleeps a few milliseconds without asking, so that the producers need not wake it for
-  // each trace.
+  // Call it before you sleep until a producer rings the bell. Ready: do not sleep, a trace has
+  // come. Soon: sleep at most kRecheckMs and ask again. Asleep: sleep as long as you like. (A
+  // producer reads the sleeping flag without a fence, because a fence would cost more than the rest
+  // of the trace. So it may miss a flag that is set while it commits; the second look finds that
+  // commit.) A taker that expects more traces soon sleeps a few milliseconds without calling this,
+  // so that producers need not wake it for each trace.
   enum class Wait { Ready, Soon, Asleep };
   static constexpr int kRecheckMs = 2;
   Wait BeginWait();
   void EndWait();
 
   std::uint64_t Traces() const { return m_traces; }  // ever consumed from this ring
-  std::uint64_t Drops() const { return m_drops; }    // ever told by items
+  std::uint64_t Drops() const { return m_drops; }    // ever reported by items
   bool IsBroken() const { return m_broken; }
 
  private:
@@ -74,7 +74,7 @@ class RingConsumer {
   SegmentHeader* m_header;
   std::uint8_t* m_ring;
   std::uint64_t m_ringUnits, m_salt;
-  std::uint64_t m_units = 0;   // the place of the next record
+  std::uint64_t m_units = 0;   // the position of the next record
   std::uint64_t m_traces = 0;  // consumed, damaged ones included
   std::uint64_t m_drops = 0;
   bool m_broken = false;

@@ -1,4 +1,4 @@
-// The rare paths of a producer.
+// The slow paths of a producer.
 #include "quor/ring/ring_producer.h"
 
 #include <algorithm>
@@ -18,14 +18,14 @@ RingProducer::RingProducer(const SegmentMap& segment)
 bool RingProducer::FindRoom(std::uint64_t end) noexcept {
   const std::uint64_t consumed = m_header->consumed.load(std::memory_order_acquire);
   const bool fits = ring_mark::Distance(ring_mark::Units(consumed), end) <= m_units;
-  // One unit more, so that the consumer may look for the next record.
+  // One more unit, so that the consumer may look for the next record.
   if (!fits || !m_memory.Reach(std::min(end + 1, m_units) * kRingUnitBytes)) return false;
   SeeRoom(consumed);
   return true;
 }
 
-// In the first lap the room ends with the memory that is there: as far as a consumer would leave it
-// who is so much behind.
+// In the first lap the space ends with the allocated memory. The stored value is the position that
+// a consumer would have whose free space ends there.
 void RingProducer::SeeRoom(std::uint64_t consumed) noexcept {
   const std::uint64_t backed = m_memory.Backed() / kRingUnitBytes;
   m_header->consumedSeen.store(

@@ -1,10 +1,10 @@
-// The application's end of the ring: reserves room for one trace and commits it.
+// The writing end of the ring: reserves space for one trace and commits it.
 //
-// Shape    The caller writes exactly the bytes that it reserved, in the form of RawTrace.
-// Errors   False when the ring is full, or has no memory for its first lap: the trace is counted as
-//          dropped and forgotten.
-// Threads  Any number at once, also in a signal handler that interrupted another trace. Nothing is
-//          waited for, allocated or locked.
+// Shape    The caller writes exactly the reserved bytes, in the form of RawTrace.
+// Errors   False when the ring is full, or when there is no memory for its first lap. The trace is
+//          then dropped and counted.
+// Threads  Any number at the same time, also in a signal handler that interrupted another trace.
+//          Never waits, allocates or locks.
 #pragma once
 
 #include "quor/ring/segment_map.h"
@@ -31,7 +31,8 @@ class RingProducer {
       const std::uint64_t toEnd = m_units - (position & (m_units - 1));
       padding = size > toEnd ? toEnd : 0;
       if (__builtin_expect(!HasRoom(position, padding + size), 0)) {
-        // Only a mark that still stands tells of a full ring: the consumer may overtake an old one.
+        // The mark may be old, and the consumer may have passed it: only a current mark says
+        // "full".
         const std::uint64_t now = m_header->reserved.load(std::memory_order_relaxed);
         if (now == mark) {
           CountDrops(1);
@@ -60,7 +61,7 @@ class RingProducer {
 
   void Commit(const Slot& slot) noexcept {
     slot.header->word.store(slot.word, std::memory_order_release);
-    // No fence between the store and this load: RingConsumer::BeginWait tells how it lives with it.
+    // No fence between the store and this load: see RingConsumer::BeginWait.
     std::atomic_signal_fence(std::memory_order_seq_cst);
     if (__builtin_expect(m_header->consumerWaits.load(std::memory_order_relaxed) != 0, 0)) Wake();
   }
@@ -75,7 +76,7 @@ class RingProducer {
     return reinterpret_cast<RingRecord*>(m_ring + (position & (m_units - 1)) * kRingUnitBytes);
   }
 
-  // Looks at the consumer's own line only when its last known place leaves no room.
+  // Reads the consumer's cache line only if the last known position leaves no space.
   bool HasRoom(std::uint64_t position, std::uint64_t size) noexcept {
     const std::uint64_t seen = m_header->consumedSeen.load(std::memory_order_acquire);
     return ring_mark::Distance(ring_mark::Units(seen), position + size) <= m_units ||

@@ -1,24 +1,31 @@
 // The memory that a traced application shares with the service: its trace map with live settings,
 // its names, and the ring of its traces.
 //
-// Shape    One file in memory (see segment_folder.h): SegmentHeader, points, names, ring, each at
-//          the offset that the header tells. Both programs run on one machine, so the header's
-//          numbers are native; names and traces in it have the .trc form (big-endian).
-// Owner    Made by the application, where the service finds it without the application's word: what
-//          was committed is there when the application is killed. The application's mapping holds
-//          an exclusive flock on the file, which the kernel lets go of at its end and at an exec,
-//          and not before: that is how its death is known.
+// Shape    One file in memory (see segment_folder.h). Both programs run on one machine, so the
+//          header's numbers are native. Names and traces have the .trc form (big-endian).
+//
+//            +--------+----------------+----------------+----------------------------------+
+//            | header | SegmentPoint[] | names          | ring, units of 8 bytes           |
+//            +--------+----------------+----------------+----------------------------------+
+//                     ^ pointsOffset   ^ namesOffset    ^ ringOffset
+//
+//            ring:     free | trace | trace | trace | trace | being written | free
+//                           ^ consumed                                      ^ reserved
+//
+// Owner    The application makes the file, and the service finds it there, also when the
+//          application was killed. The application's mapping holds an exclusive flock on the file.
+//          The kernel releases it at the application's end or exec, and not before: so its death is
+//          known.
 // Errors   The service trusts nothing here: it checks every number once, on its own copy.
 // Threads  Many producers (any thread of the application), one consumer: the service, or the
 //          application itself while its sink is a file.
 //
-// The ring is counted in units of 8 bytes. A producer reserves by moving `reserved`, writes the
-// record, and commits it by storing its first word: the record's position and size, mixed with the
-// segment's salt. A stale word of an earlier lap holds another position and the bytes of a text
-// cannot guess the salt, so nothing needs to be cleared, and the consumer stops at a record that is
-// not committed yet. When the ring is full the newest trace is dropped: `dropped` counts all,
-// `pendingDrops` those since the last record, which the next record takes along, so that the loss
-// is told where it happened.
+// A producer reserves space by moving `reserved`, writes the record, and commits it by storing its
+// first word: the record's position and size, mixed with the segment's salt. A stale word of an
+// earlier lap has another position, and the bytes of a text cannot guess the salt. So no memory
+// needs to be cleared, and the consumer stops at a record that is not committed yet. When the ring
+// is full the newest trace is dropped. `dropped` counts all drops, `pendingDrops` those since the
+// last record. The next record takes these along, so that the loss is shown where it happened.
 #pragma once
 
 #include <atomic>
@@ -46,7 +53,7 @@ enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
 
 constexpr std::size_t kHandedToBytes = 264;  // a host's name, a port, and a NUL
 
-// Who has the ring where no link tells it: see ring_claim.h.
+// Who may take traces when no link orders it: see ring_claim.h.
 enum class RingClaim : std::uint32_t { None = 0, Application = 1, Service = 2 };
 
 enum class SegmentEnd : std::uint32_t { None = 0, Here = 1, Elsewhere = 2 };
@@ -63,42 +70,43 @@ struct SegmentHeader {
   alignas(64) std::atomic<std::uint32_t> pointCount;
   std::atomic<std::uint32_t> nameBytesUsed;         // names are tag-10 bodies: id, length, text
   std::atomic<std::uint32_t> settingsVersion;       // the service raises it after changing settings
-  std::atomic<std::uint32_t> defaultSettings;       // of a point that is registered from now on
-  alignas(64) std::atomic<std::uint64_t> reserved;  // mark behind everything ever reserved
+  std::atomic<std::uint32_t> defaultSettings;       // of points that are registered from now on
+  alignas(64) std::atomic<std::uint64_t> reserved;  // mark after everything ever reserved
   std::atomic<std::uint64_t> consumedSeen;          // the producers' copy of `consumed`
-  alignas(64) std::atomic<std::uint64_t> consumed;  // mark behind everything ever consumed
+  alignas(64) std::atomic<std::uint64_t> consumed;  // mark after everything ever consumed
   std::atomic<std::uint64_t> consumedTraces;        // the same count, 64 bits wide
-  std::atomic<std::uint64_t> toldDrops;             // of `dropped`, as of the same moment
+  std::atomic<std::uint64_t> toldDrops;             // of `dropped`, reported as of that moment
   alignas(64) std::atomic<std::uint64_t> dropped;   // traces ever dropped
   std::atomic<std::uint64_t> pendingDrops;
   std::atomic<std::uint64_t> sinkLost;       // taken by the application's file sink, not written
   std::atomic<std::uint32_t> consumerWaits;  // not 0: ring the bell after a commit
-  // Rung for the application's link thread: by its other threads, and by the service when it has
-  // said something over the link or the link is to be made anew.
+  // Rung for the application's link thread: by its other threads, and by the service after it has
+  // sent something over the link or when the link is to be made again.
   alignas(64) std::atomic<std::uint32_t> bell;
   std::atomic<std::uint32_t> consumerCalled;  // the bell rang because the consumer waits
-  // The service's account, so that it outlives it: traces that it took or knows as lost.
+  // How many traces the service took or knows as lost. It is kept here to survive the service.
   std::atomic<std::uint64_t> served;
   // How many of these went to another machine's monitors before, and how often that has changed.
   std::atomic<std::uint64_t> servedElsewhere;
   std::atomic<std::uint32_t> moves;
-  std::atomic<std::uint64_t> sinkUntold;  // losses of the file sink that `served` has not yet
-  // Not None: the service has taken all that was in it, for its own monitors or for others'. The
-  // file is kept a while, cut to its first page, so that a service that is killed before its
-  // monitors have everything leaves its successor the count.
+  std::atomic<std::uint64_t>
+      sinkUntold;  // losses of the file sink that `served` does not count yet
+  // Not None: the service has taken all traces, for its own monitors or for another machine's. The
+  // file is kept for a while, cut to its first page. If the service is killed before its monitors
+  // have everything, its successor finds the count here.
   std::atomic<SegmentEnd> finished;
-  // The machine whose monitors they are for, with a NUL behind it; none: the service's own. Of
-  // `served` so many are known to have arrived there, or went elsewhere before.
+  // The machine whose monitors get the traces, NUL-terminated; empty: those of this service.
+  // `handedOn` of the `served` traces have arrived there, or went to another machine before.
   char handedTo[kHandedToBytes];
   std::atomic<std::uint64_t> handedOn;
   std::atomic<RingClaim> claim;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
-// In front of every record of the ring.
+// The header of every record of the ring.
 struct RingRecord {
   std::atomic<std::uint64_t> word;  // RingWord ^ salt: committed
   std::uint32_t drops;              // traces dropped just before this one
-  std::uint32_t recordBytes;        // of the raw trace behind this header
+  std::uint32_t recordBytes;        // of the raw trace after this header
 };
 static_assert(sizeof(RingRecord) == 16);

@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kSegments = "segments";
 constexpr const char* kMemory = "/dev/shm";
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-// Applications leave others their share of a memory file system.
+// Applications leave this part of a memory file system to others.
 constexpr unsigned kLeftPart = 8;
 constexpr std::uint64_t kLeftBytes = 16u << 20;
 constexpr time_t kMakingSeconds = 10;
@@ -54,7 +54,8 @@ std::string OwnInMemory() {
   return std::string(kMemory) + "/quor-" + std::to_string(geteuid()) + "-";
 }
 
-// A folder of its own in memory, and the link to it. Who comes second takes the first one's.
+// Makes a folder of its own in memory, and the link to it. If two processes do this at the same
+// time, the second one uses the folder of the first.
 void LinkToMemory(int runtime) {
   struct stat memory {};
   const int shared = open(kMemory, kFolderFlags);
@@ -75,7 +76,7 @@ int OpenInMemory(int runtime) {
   return -1;
 }
 
-// The name is a folder of this user, or a link to one that was made for it.
+// True if the name is a folder of this user, or a link to a folder that was made for it.
 bool IsOwnPlace(int runtime) {
   struct stat status {};
   if (fstatat(runtime, kSegments, &status, 0) != 0 || !S_ISDIR(status.st_mode) ||
@@ -86,8 +87,8 @@ bool IsOwnPlace(int runtime) {
          std::string(target).starts_with(OwnInMemory());
 }
 
-// Something has become of it: it has gone (with a start of the machine, say), others may enter it,
-// or it is no folder in memory.
+// True if the folder no longer exists (after a restart of the machine, say), if others may enter
+// it, or if it is not a folder in memory.
 bool IsDamaged(int error) {
   return error == ENOENT || error == ENOTDIR || error == ELOOP || error == EACCES ||
          error == EINVAL;
@@ -95,15 +96,15 @@ bool IsDamaged(int error) {
 
 void PutRight(int runtime, int error) {
   if (error == EACCES && IsOwnPlace(runtime) && fchmodat(runtime, kSegments, 0700, 0) == 0) return;
-  // A folder with something in it stays.
+  // A folder that is not empty stays.
   if (unlinkat(runtime, kSegments, 0) != 0 && errno != ENOENT &&
       unlinkat(runtime, kSegments, AT_REMOVEDIR) != 0)
     return;
   LiesInMemory(runtime) ? void(mkdirat(runtime, kSegments, 0700)) : LinkToMemory(runtime);
 }
 
-// Whoever makes the folder holds it for less than a millisecond. Another holder must not keep the
-// traced thread or the service waiting.
+// A process that makes the folder holds the lock for less than a millisecond. Any longer holder
+// must not delay the traced thread or the service.
 bool LockSoon(int runtime) {
   for (int tries = 0; tries < kLockTries; ++tries) {
     if (flock(runtime, LOCK_EX | LOCK_NB) == 0) return true;
@@ -155,7 +156,7 @@ void SegmentFolder::RemoveEmpty(const std::string& socketPath) {
       OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW);
   if (runtime < 0) return;
   char target[256] = {};
-  // Nobody makes it at the same time.
+  // The lock keeps others from making it at the same time.
   if (readlinkat(runtime, kSegments, target, sizeof target - 1) > 0 &&
       std::string(target).starts_with(OwnInMemory()) && LockSoon(runtime)) {
     if (rmdir(target) == 0) unlinkat(runtime, kSegments, 0);
@@ -174,7 +175,7 @@ bool SegmentFolder::IsSame(const SegmentFolder& other) const {
 int SegmentFolder::NewFile(std::uint64_t startedNs, std::uint64_t random) {
   struct statvfs room {};
   if (m_folder < 0 || fstatvfs(m_folder, &room) != 0) return -1;
-  // A file system without a limit tells of no blocks.
+  // A file system without a limit reports no blocks.
   if (room.f_blocks != 0 &&
       (room.f_bavail < room.f_blocks / kLeftPart || room.f_bavail * room.f_frsize < kLeftBytes)) {
     errno = ENOSPC;
@@ -183,7 +184,7 @@ int SegmentFolder::NewFile(std::uint64_t startedNs, std::uint64_t random) {
   m_new = std::to_string(getpid()) + "-" + Hex(startedNs) + "-" + Hex(random);
   const int file = openat(m_folder, ("." + m_new).c_str(),
                           O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-  // Whatever the application's mask takes away.
+  // The application's umask may have removed bits.
   if (file >= 0) fchmod(file, 0600);
   return file;
 }
@@ -248,7 +249,7 @@ bool SegmentFolder::RemoveUnowned(const std::string& name) const {
 
 void SegmentFolder::RemoveUnfinished() const {
   struct stat status {};
-  // One that is just being made may not have its lock yet.
+  // A file that is just being made may not have its lock yet.
   const time_t before = time(nullptr) - kMakingSeconds;
   for (const std::string& name : Entries(true))
     if (fstatat(m_folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&

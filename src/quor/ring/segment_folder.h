@@ -1,13 +1,15 @@
-// The files in which applications leave what they trace, so that their service finds it without
-// their word: also of one that was killed with its first trace, or while no service ran.
+// The folder of the files in which applications build their traces. The service finds the files
+// without any message, also that of an application that was killed with its first trace or that ran
+// while no service did.
 //
-// Shape    <folder of the socket>/segments, a folder of this user alone; where that is no file
-//          system in memory, a link to a folder under /dev/shm. One file for each application,
-//          PID-START-RANDOM; a dot in front until it is whole. The application makes it, the
-//          service removes it when it has taken all and the owner has gone.
+// Shape    <folder of the socket>/segments, a folder of this user alone. If the file system there
+//          is not in memory, it is a link to a folder under /dev/shm. One file for each
+//          application, PID-START-RANDOM, with a dot in front until it is complete. The application
+//          makes the file. The service removes it when it has taken all traces and the owner has
+//          ended.
 // Owner    Holds the folder open.
-// Errors   -1, false or nothing, and errno. Nothing is believed of what lies there: a link, another
-//          user's file, or one that others may read or write, is never opened.
+// Errors   -1, false or nothing, and errno. The content of the folder is not trusted: a link,
+//          another user's file, or a file that others may read or write is never opened.
 // Threads  One.
 #pragma once
 
@@ -26,30 +28,30 @@ class SegmentFolder {
   SegmentFolder(const SegmentFolder&) = delete;
   SegmentFolder& operator=(const SegmentFolder&) = delete;
 
-  // The one beside this socket, made where it is missing or no such folder, and put right where
-  // others may enter it. The folder of the socket must be this user's alone.
+  // Opens the folder beside this socket. Makes it if it is missing or is not such a folder, and
+  // corrects its rights if others may enter it. The folder of the socket must be this user's alone.
   bool Open(const std::string& socketPath);
   void Close();
-  // Of a service that ends: the one in memory elsewhere goes when nothing is in it.
+  // For a service that ends: removes the linked folder in memory if it is empty.
   static void RemoveEmpty(const std::string& socketPath);
   bool IsOpen() const { return m_folder >= 0; }
   int Descriptor() const { return m_folder; }
-  // Both are open and one.
+  // Both are open and are the same folder.
   bool IsSame(const SegmentFolder& other) const;
 
-  // A new, empty file that nobody finds yet; none where the file system is nearly full.
+  // A new, empty file that nobody finds yet. Fails if the file system is nearly full.
   int NewFile(std::uint64_t startedNs, std::uint64_t random);
-  // The new file is whole: from now on it is found.
+  // Call it when the new file is complete: from now on the service finds it.
   bool Show();
   void Discard();
 
-  std::vector<std::string> Names() const;  // of whole files
+  std::vector<std::string> Names() const;  // of complete files
   int OpenFile(const std::string& name) const;
-  // If that name still is this file.
+  // Removes the name if it still refers to that file.
   bool Remove(const std::string& name, dev_t device, ino_t inode) const;
-  // Removes what is no segment and nobody's any more.
+  // Removes a file that is not a segment and has no owner any more.
   bool RemoveUnowned(const std::string& name) const;
-  // The same for those that never became whole.
+  // The same for files that were never completed.
   void RemoveUnfinished() const;
 
  private:

@@ -43,7 +43,7 @@ bool SizesAreSane(const SegmentLayout& layout) {
          layout.nameBytes <= SegmentMap::kNameBytesMax;
 }
 
-// The offsets must be those that this version of the layout gives: no other can be meant.
+// The offsets must be exactly those of this version of the layout.
 const char* WhyNot(const SegmentLayout& layout, std::uint64_t bytes) {
   if (!SizesAreSane(layout)) return "a size in the segment is out of range";
   const SegmentLayout expected =
@@ -73,7 +73,7 @@ struct alignas(SegmentHeader) HeaderBytes {
   unsigned char bytes[sizeof(SegmentHeader)] = {};
 };
 
-// Null: there is none.
+// Null: the file has no valid header.
 const SegmentHeader* HeaderIn(int file, HeaderBytes& to) {
   if (pread(file, to.bytes, sizeof to.bytes, 0) != sizeof to.bytes) return nullptr;
   return reinterpret_cast<const SegmentHeader*>(to.bytes);
@@ -136,7 +136,7 @@ bool SegmentMap::Create(const SegmentSizes& sizes, std::uint64_t startedNs, std:
   if (descriptor < 0) return false;
   m_descriptor = KnownDescriptor(descriptor);
   const int number = m_descriptor.Get();
-  // The mapping keeps the lock when the descriptor is closed.
+  // The mapping keeps the lock after the descriptor is closed.
   if (!SizesAreSane(layout) || number < 0 || !MayGrowTo(bytes) ||
       flock(number, LOCK_EX | LOCK_NB) != 0 || ftruncate(number, static_cast<off_t>(bytes)) != 0 ||
       !Map(number, bytes) || !BeginBacking(m_header, number, bytes)) {
@@ -178,14 +178,14 @@ bool SegmentMap::Open(int descriptor, const char** why) {
 
 const char* SegmentMap::WhyNotOpen(int descriptor) {
   if (descriptor < 0) return "the segment has no descriptor";
-  // Opened anew: the file that was passed is the owner's own, and to hold it would be to hold the
-  // owner's lock.
+  // Opened by name again: the passed file is the owner's own open file, and holding it would hold
+  // the owner's lock.
   char path[40];
   std::snprintf(path, sizeof path, "/proc/self/fd/%d", descriptor);
   struct stat status {};
   struct statfs system {};
   const bool isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-  // Any other file system could keep a reader waiting.
+  // Reading from any other file system could block.
   const bool inMemory = isFile && fstatfs(descriptor, &system) == 0 && system.f_type == TMPFS_MAGIC;
   m_descriptor = KnownDescriptor(inMemory ? open(path, O_RDWR | O_CLOEXEC) : -1);
   close(descriptor);
@@ -234,7 +234,7 @@ void SegmentMap::Detach(std::size_t points, std::size_t nameBytes) {
   if (!m_header) return;
   void* const copy = mmap(nullptr, m_bytes, PROT_READ | PROT_WRITE,
                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  // Without memory for it the shared one stays: there is nothing better.
+  // Without memory for a copy the shared memory stays mapped: there is no alternative.
   if (copy == MAP_FAILED) return;
   auto* const to = static_cast<std::uint8_t*>(copy);
   std::memcpy(to, Base(), m_layout.pointsOffset + points * sizeof(SegmentPoint));
@@ -246,7 +246,7 @@ void SegmentMap::Detach(std::size_t points, std::size_t nameBytes) {
 void SegmentMap::Finish(SegmentEnd end) {
   m_header->finished.store(end, std::memory_order_release);
   const int number = m_descriptor.Get();
-  // Where this fails it is larger than it needs to be, for a while.
+  // If this fails the file stays larger than necessary for a while.
   if (number >= 0 && ftruncate(number, RoundUp(sizeof(SegmentHeader))) != 0) return;
 }
 

@@ -1,10 +1,11 @@
 // A segment in this process: made by the application, or opened by the service from a descriptor.
 //
 // Shape    Layout() is this process's own copy of the header's numbers, checked once.
-// Owner    Holds the descriptor and the mapping until its end.
-// Errors   False and a reason. A segment that does not lie in memory, is too short, or has numbers
-//          that contradict each other is refused. Another process may cut the file of an opened one
-//          at any time: who reads it guards the memory (base/fault_guard.h). Open reads none of it.
+// Owner    Owns the descriptor and the mapping.
+// Errors   False and a reason. A segment is refused if it is not in memory, is too short, or has
+//          numbers that contradict each other. Another process may cut the file of an opened
+//          segment at any time, so its readers guard the memory (base/fault_guard.h). Open reads
+//          none of it.
 // Threads  Create, Open and destruction: one. The memory itself: see segment.h.
 #pragma once
 
@@ -28,7 +29,7 @@ struct SegmentLayout {
   AppNameId appName{}, pidName{}, machineName{};
 };
 
-// What is left of a segment that a service has taken to its end.
+// What remains of a segment after a service has taken all its traces.
 struct SegmentRest {
   std::uint32_t pid = 0, moves = 0;
   std::uint64_t startedNs = 0, served = 0, servedElsewhere = 0;
@@ -36,15 +37,15 @@ struct SegmentRest {
   std::string handedTo;
   std::uint64_t handedOn = 0;
 };
-// False: it is not one.
+// False: the file is not such a rest.
 bool ReadRest(int file, SegmentRest* rest);
-// Of a segment's file that was opened anew: no process has it as its own any more.
+// For a segment's file that was opened by name: true if no owner lives any more.
 bool IsUnowned(int file);
 
 class SegmentMap {
  public:
   static constexpr std::uint32_t kRingBytesMin = 4096;
-  // So that a full ring of the shortest traces holds fewer than a ring_mark can count.
+  // A full ring of the shortest traces must hold fewer than a ring_mark can count.
   static constexpr std::uint32_t kRingBytesMax = 1u << 29;
   static constexpr std::uint32_t kPointsMax = 1u << 20;
   static constexpr std::uint32_t kNameBytesMax = 256u << 20;
@@ -54,22 +55,23 @@ class SegmentMap {
   SegmentMap(SegmentMap&& other) noexcept;
   SegmentMap& operator=(SegmentMap&& other) noexcept;
 
-  // A new, empty segment of this process in `file`, which it takes, or in memory that has no name
-  // (-1). `salt` must be hard to guess.
+  // Makes a new, empty segment of this process in `file`, which it takes over, or in memory without
+  // a name (-1). `salt` must be hard to guess.
   bool Create(const SegmentSizes& sizes, std::uint64_t startedNs, std::uint64_t salt,
               int file = -1);
-  // Takes the descriptor, also when it refuses it. The ids of names in the header are read anew by
-  // RefreshNames, because the application may enter them after the segment was made.
+  // Takes over the descriptor, also when it refuses the segment. RefreshNames reads the name ids of
+  // the header again, because the application may set them after it has made the segment.
   bool Open(int descriptor, const char** why);
   void RefreshNames();
-  // Of an opened one: no process has it as its own any more.
+  // For an opened segment: true if no owner lives any more.
   bool OwnerIsGone() const;
-  // In the child of a fork, whose interrupted code may still write to it: private memory takes its
-  // place, with the points and names, so that the child does not pass for the owner.
+  // In the child of a fork, whose interrupted code may still write to the segment: puts private
+  // memory in its place, with copies of the points and names, so that the child is not taken for
+  // the owner.
   void Detach(std::size_t points, std::size_t nameBytes);
-  // Forgets it and leaves the memory where it is.
+  // Forgets the segment without unmapping it.
   void Abandon();
-  // Of one whose owner has gone: all was taken, and only the count of it is kept.
+  // For a segment whose owner has ended: all traces were taken, and only their count is kept.
   void Finish(SegmentEnd end);
 
   explicit operator bool() const { return m_header != nullptr; }
@@ -83,7 +85,7 @@ class SegmentMap {
   SegmentPoint* Points() const;
   std::uint8_t* Names() const;
   std::uint8_t* Ring() const;
-  // What of them may be written to; of the maker alone.
+  // The writable part of each area; only for the process that made the segment.
   BackedMemory PointsMemory() const;
   BackedMemory NamesMemory() const;
   BackedMemory RingMemory() const;

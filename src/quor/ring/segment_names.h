@@ -1,12 +1,12 @@
-// The names and trace points that an application has entered into its segment, as the service reads
-// them.
+// Reads the names and trace points that an application has entered into its segment. Used by the
+// service.
 //
-// Shape    Both grow only. A trace's names are published before the trace is committed: a reader
-//          that meets an unknown id in a trace reads the new names and finds it, or the application
-//          lies.
+// Shape    Both only grow. The names of a trace are published before the trace is committed. So a
+//          reader that meets an unknown id in a trace reads the new names and finds it there,
+//          unless the application violates the protocol.
 // Owner    Borrows the segment.
 // Errors   False: the area contradicts itself, and is not read any further. An id is entered once,
-//          so no more than 65,536 names and the area's bytes are ever handed out.
+//          so no more than 65,536 names and the area's bytes are ever given out.
 // Threads  One at a time.
 #pragma once
 
@@ -44,16 +44,16 @@ class SegmentPointsReader {
   explicit SegmentPointsReader(const SegmentMap& segment) : m_segment(segment) {}
   // Appends the points registered since the last call.
   bool ReadNew(std::vector<SegmentPointNames>& points);
-  // All of them are new again.
+  // The next ReadNew gives all points again.
   void Rewind() { m_read = 0; }
   std::uint32_t Count() const { return m_read; }
 
   // REQUIRES: point < Count().
   std::uint32_t Settings(std::uint32_t point) const;
   void SetSettings(std::uint32_t point, std::uint32_t word);
-  // What a point has that is registered from now on.
+  // The settings of points that are registered from now on.
   void SetDefault(std::uint32_t word);
-  // After a batch of changes: the application may look now. Send it a poke as well.
+  // Call it after a batch of changes, so that the application reads them. Send it a Poke as well.
   void PublishSettings();
 
  private:

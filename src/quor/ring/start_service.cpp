@@ -11,9 +11,9 @@
 
 #include "quor/ring/paths.h"
 
-// Both children are copies of a process that may have many threads: they call the kernel and
-// nothing else, because any lock of the C library may be held for ever in the copy. The forks are
-// the kernel's too, so that no fork handler of the application runs.
+// Both children are copies of a process that may have many threads. They only make system calls,
+// because any lock of the C library may stay locked in the copy for ever. The forks are raw system
+// calls too, so that no fork handler of the application runs.
 
 namespace {
 
@@ -59,7 +59,7 @@ void ForgetSignals() {
 
 [[noreturn]] void Detach(const Launch& launch) {
   syscall(SYS_setsid);
-  // The parent of the program stands still until it runs or has failed.
+  // The parent of the program is suspended until the program runs or has failed.
   const long program = KernelFork(CLONE_VFORK | SIGCHLD);
   if (program == 0) RunProgram(launch);
   if (program < 0) *launch.error = errno;
@@ -75,7 +75,7 @@ bool StartService(const std::string& program) {
   char name[] = "quord";
   char* const arguments[] = {name, nullptr};
   const Launch launch{program.c_str(), arguments, environ, static_cast<int*>(shared)};
-  // Every signal waits: a handler of the application must not run in the copy.
+  // Block every signal: a handler of the application must not run in the copy.
   sigset_t all, before;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);

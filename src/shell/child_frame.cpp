@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "listview/rows/trace_view.h"
+#include "panes/trace_pane.h"
 #include "settings/registry.h"
 #include "shell/command_ids.h"
 #include "shell/main_frame.h"
@@ -11,12 +11,26 @@
 #include "tree/proc/proc_view.h"
 
 CTraceChildFrame::CTraceChildFrame(CMainFrame& parent) : CMDIChildWnd(parent), m_main(parent) {
+  AddPane(ID_VIEW_PROC, [this](CTraceDoc& document) {
+    ShellFaces& faces = m_main.Tessera().Faces();
+    return std::make_unique<CProcView>(
+        document, [&faces](TreeControlOwner& owner) { return faces.CreateTree(owner); });
+  });
+}
+
+void CTraceChildFrame::AddPane(unsigned command, PaneMaker make) {
+  const std::size_t place = m_panes.size();
+  m_panes.push_back({std::move(make)});
   MapCommand(
-      ID_VIEW_PROC, [this] { OnToggleTree(); },
-      [this](CCmdUI& ui) {
-        ui.Enable(m_list || dynamic_cast<CTraceView*>(GetActiveView()));
-        ui.SetCheck(m_treeShown);
+      command, [this, place] { TogglePane(place); },
+      [this, place](CCmdUI& ui) {
+        ui.Enable(HasList());
+        ui.SetCheck(m_shown == place);
       });
+}
+
+bool CTraceChildFrame::HasList() const {
+  return m_panes[kList].view || dynamic_cast<TracePane*>(GetActiveView());
 }
 
 void CTraceChildFrame::PreCreateWindow(int& widthPx, int& heightPx) {
@@ -40,53 +54,40 @@ void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {
   m_main.Face()->TrackPopupMenu(IDR_TRACE_POPUP, screenXPx, screenYPx);
 }
 
-// Both views stay alive and go on receiving hints while they are hidden.
-void CTraceChildFrame::OnToggleTree() {
+// The views stay alive and go on receiving hints while they are hidden.
+void CTraceChildFrame::TogglePane(std::size_t place) {
   CDocument* const document = GetActiveDocument();
-  if (!m_list) m_list = dynamic_cast<CTraceView*>(GetActiveView());
-  if (!document || !m_list) return;
-  if (!(m_treeShown ? HandToList() : HandToTree())) return;
-  m_treeShown = !m_treeShown;
-  CView* shown = m_tree;
-  CView* hidden = m_list;
-  if (!m_treeShown) std::swap(shown, hidden);
-  hidden->SetDlgCtrlID(kOtherPane);
-  shown->SetDlgCtrlID(CView::kMainPane);
+  if (!document || !HasList()) return;
+  if (!m_panes[kList].view) m_panes[kList].view = dynamic_cast<TracePane*>(GetActiveView());
+  const std::size_t next = m_shown == place ? kList : place;
+  TracePane& hidden = *m_panes[m_shown].view;
+  if (!HandOver(hidden, m_panes[next])) return;
+  m_shown = next;
+  TracePane& shown = *m_panes[next].view;
+  hidden.SetDlgCtrlID(kOtherPane);
+  shown.SetDlgCtrlID(CView::kMainPane);
   // First, so that what the view scrolls to is on view in the size that it has from now on.
   ShowMainPane();
-  SetActiveView(shown, true);
+  SetActiveView(&shown, true);
   InitialUpdateFrame(document, true);
-  shown->Control()->SetFocus();
+  shown.Control()->SetFocus();
 }
 
-// A rebuild that the person cancels leaves all as it was, here and below: the view that shows, the
-// other one, and the mark of the filter, so that the next toggle hands it over.
-bool CTraceChildFrame::HandToList() {
-  m_list->m_currentEvent = m_tree->CurrentEvent();
-  // A tree that is left because it could not be built hands over nothing: it must not stay.
-  if (!m_tree->m_filterChanged || !m_tree->IsBuilt()) return true;
-  if (!m_list->SetFilter(m_tree->m_filter, true)) return false;
-  m_tree->m_filterChanged = false;
-  return true;
-}
-
-bool CTraceChildFrame::HandToTree() {
-  const bool made = !m_tree;
-  if (made) {
-    ShellFaces& faces = m_main.Tessera().Faces();
-    auto tree = std::make_unique<CProcView>(
-        m_list->Document(), [&faces](TreeControlOwner& owner) { return faces.CreateTree(owner); });
-    m_tree = static_cast<CProcView*>(AddView(std::move(tree)));
+// A fill that the person cancels leaves all as it was: the view that shows, the other one, and the
+// mark of the filter, so that the next toggle hands it over.
+bool CTraceChildFrame::HandOver(TracePane& from, Pane& to) {
+  const bool made = !to.view;
+  if (made) to.view = static_cast<TracePane*>(AddView(to.make(from.Document())));
+  // A rebuild of the list puts its own current trace in the place of this one.
+  to.view->m_currentEvent = from.CurrentEvent();
+  // A pane that is left because it could not be filled hands over no filter: it must not stay.
+  const bool filter = from.m_filterChanged && from.IsBuilt();
+  // A new pane is filled by Build. It is filled before it shows, so that the other one stays in
+  // view meanwhile.
+  if ((!filter || to.view->SetFilter(from.m_filter, !made)) && to.view->Build()) {
+    if (filter) from.m_filterChanged = false;
+    return true;
   }
-  // A new tree is filled behind this.
-  bool whole = !m_list->m_filterChanged || m_tree->SetFilter(m_list->m_filter, !made);
-  // Before it shows, so that the list stays in view while it is built.
-  whole = whole && m_tree->Build();
-  if (!whole) {
-    if (made) RemoveView(std::exchange(m_tree, nullptr));
-    return false;
-  }
-  m_list->m_filterChanged = false;
-  m_tree->m_currentEvent = m_list->CurrentEvent();
-  return true;
+  if (made) RemoveView(std::exchange(to.view, nullptr));
+  return false;
 }

@@ -1,14 +1,16 @@
-// The window around a trace document's views: a list view and, from the first time it is asked for,
-// a tree view, one of which shows.
+// The window around a trace document's panes: the list and, from the first time it is asked for,
+// the tree, one of which shows.
 //
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
+
 #include "docview/frame.h"
 
 class CMainFrame;
-class CProcView;
-class CTraceView;
+class CTraceDoc;
+class TracePane;
 
 class CTraceChildFrame : public CMDIChildWnd {
  public:
@@ -22,18 +24,29 @@ class CTraceChildFrame : public CMDIChildWnd {
   // Pop-up 144, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
 
-  bool IsTreeShown() const { return m_treeShown; }
+  bool IsTreeShown() const { return m_shown == kTree; }
 
  private:
-  static constexpr unsigned kOtherPane = 59649;  // of the view that does not show
+  static constexpr unsigned kOtherPane = 59649;  // of a view that does not show
+  // Where panes stand in m_panes.
+  static constexpr std::size_t kList = 0, kTree = 1;
 
-  void OnToggleTree();
-  // Give the other view what it needs to show; false: the toggle is cancelled.
-  bool HandToList();
-  bool HandToTree();
+  using PaneMaker = std::function<std::unique_ptr<TracePane>(CTraceDoc&)>;
+  struct Pane {
+    PaneMaker make;
+    TracePane* view = nullptr;  // null until it is shown first; the list's until another one is
+  };
+
+  // A pane that is made when its command first asks for it. The command shows it, or the list when
+  // it shows already.
+  void AddPane(unsigned command, PaneMaker make);
+  bool HasList() const;
+  void TogglePane(std::size_t place);
+  // Gives the pane what it needs to show; false: the person cancelled it.
+  bool HandOver(TracePane& from, Pane& to);
 
   CMainFrame& m_main;
-  bool m_treeShown = false;
-  CProcView* m_tree = nullptr;   // null until the first toggle
-  CTraceView* m_list = nullptr;  // null until the first toggle
+  // The list, which the template makes, and the others.
+  std::vector<Pane> m_panes = std::vector<Pane>(1);
+  std::size_t m_shown = kList;
 };

@@ -45,17 +45,9 @@ class RowWalk final : public FindWalk {
 
 }  // namespace
 
-void CTraceView::MapFindCommands() {
-  MapCommand(
-      ID_EDIT_FIND, [this] { OnEditFind(); }, [this](CCmdUI& ui) { ui.Enable(m_rows.Size() > 0); });
-  MapCommand(
-      ID_EDIT_FINDNEXT, [this] { FindInRows(); },
-      [this](CCmdUI& ui) { ui.Enable(m_rows.Size() > 0 && MayFindNext()); });
-}
-
-void CTraceView::OnEditFind() {
-  if (!RunFindDialog(GetHost())) return;
-  const CWaitCursor wait(GetHost());
+void CTraceView::Find(bool asked) {
+  std::optional<CWaitCursor> wait;
+  if (asked) wait.emplace(GetHost());
   FindInRows();
 }
 

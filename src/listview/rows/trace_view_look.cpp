@@ -17,12 +17,6 @@ std::vector<HitRange> CTraceView::RowListHits(int row, ListColumn column) {
   return m_hits->In(SearchedText(*event, kept), FindHits::kStepsToPaint, kCellBytes - 1);
 }
 
-void CTraceView::ShowHits(bool on) {
-  if (!on && !m_hits) return;
-  m_hits = on ? std::make_unique<FindHits>() : nullptr;
-  m_list->Repaint();
-}
-
 std::string CTraceView::RowListEmptyText() {
   // Before the first update nobody knows yet.
   if (m_firstUpdate || !GetDocument() || m_document.m_loading) return {};

@@ -2,17 +2,11 @@
 
 #include <utility>
 
-#include "documents/trace_panes.h"
-#include "docview/frame.h"
-
 CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)
-    : CView(document),
-      m_document(document),
+    : TracePane(document),
       m_model(std::make_unique<ProcModel>(document, m_filter, static_cast<ProcItems*>(this))),
       m_tree(makeTree(*this)),
-      m_generation(document.m_traces.Generation()) {
-  MapCommands();
-}
+      m_generation(document.m_traces.Generation()) {}
 
 CProcView::~CProcView() = default;
 
@@ -20,27 +14,7 @@ void CProcView::OnInitialUpdate() {
   CView::OnInitialUpdate();
   // Later ones come to a hidden tree too.
   if (std::exchange(m_firstUpdate, false)) Build();
-  if (m_currentEvent) {
-    CTraceHint hint(m_currentEvent);
-    OnUpdate(nullptr, kHintFollow, &hint);
-  }
-}
-
-void CProcView::OnActivateView(bool activate, CView* activated, CView* deactivated) {
-  m_active = activate;
-  if (activate) {
-    TellStatus();
-  } else {
-    TellRowCount(GetHost(), -1);
-    TellFiltered(GetHost(), -1);
-  }
-  CView::OnActivateView(activate, activated, deactivated);
-}
-
-std::intptr_t CProcView::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
-  if (message != WM_TRACE_UPDATE) return CView::OnMessage(message, wParam, lParam);
-  OnUpdate(nullptr, static_cast<unsigned>(wParam), reinterpret_cast<CObject*>(lParam));
-  return 0;
+  if (m_currentEvent) GoTo(nullptr, m_currentEvent);
 }
 
 CTraceEvent* CProcView::NodeOf(TreeItem item) const {
@@ -52,23 +26,8 @@ TraceEvent_i* CProcView::CurrentEvent() const {
   return node ? node->event : nullptr;
 }
 
-bool CProcView::SetFilter(const CTraceFilter& filter, bool rebuild) {
-  CTraceFilter before = std::exchange(m_filter, filter);
-  const bool changedBefore = std::exchange(m_filterChanged, false);
-  if (!rebuild || RebuildTree()) return true;
-  m_filter = std::move(before);
-  m_filterChanged = changedBefore;
-  return false;
-}
-
 bool CProcView::Build() {
   return m_built || m_document.m_loading || RebuildTree();
-}
-
-void CProcView::Follow(TraceEvent_i* event) {
-  if (!m_document.m_synchronize || !event) return;
-  CTraceHint hint(event);
-  m_document.UpdateAllViews(this, kHintFollow, &hint);
 }
 
 // ---- what the control asks and tells
@@ -90,13 +49,5 @@ void CProcView::OnTreeRightPressed(TreeItem item) {
 }
 
 void CProcView::OnTreeContextMenu(int screenXPx, int screenYPx) {
-  if (auto* frame = dynamic_cast<CMDIChildWnd*>(GetParentFrame()))
-    frame->OnContextMenu(screenXPx, screenYPx);
-}
-
-// ---- the main window's panes
-
-void CProcView::TellStatus() {
-  TellRowCount(GetHost(), m_model->TraceCount());
-  TellFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
+  ShowContextMenu(screenXPx, screenYPx);
 }

@@ -2,8 +2,7 @@
 // block took. The model is complete; the control has items for the machines and for the children
 // of nodes that have been opened, no others.
 //
-// Owner    Owns its control, model and filter; borrows the traces. What it keeps of a trace goes
-//          when the document says that the trace goes: after a clear nothing of it is read.
+// Owner    Owns its control and model; borrows the traces.
 // Errors   An insertion that fails ends the fill of that parent, silently.
 // Long     A rebuild is made beside the tree and takes its place when it is whole; cancelled, the
 //          tree stays. One that lost its traces, or was never built, is empty and takes no hints.
@@ -17,39 +16,27 @@
 #include <vector>
 
 #include "controls/tree/tree_control.h"
-#include "documents/trace_doc.h"
-#include "docview/view.h"
-#include "tree/filter/trace_filter.h"
-#include "tree/find/find_hits.h"
+#include "panes/trace_pane.h"
 #include "tree/find/find_search.h"
 #include "tree/proc/item_fill.h"
 #include "tree/proc/model/proc_model.h"
 
 class CProcViewIterator;
+
 using TreeControlMaker = std::function<std::unique_ptr<TreeControl>(TreeControlOwner&)>;
 
-class CProcView : public CView, public TreeControlOwner, private ProcItems {
+class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
  public:
   CProcView(CTraceDoc& document, const TreeControlMaker& makeTree);
   ~CProcView() override;
 
   void OnInitialUpdate() override;
-  void OnActivateView(bool activate, CView* activated, CView* deactivated) override;
-  void OnUpdate(CView* sender, unsigned hint, CObject* object) override;
-  std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
   ViewControl* Control() override { return m_tree.get(); }
 
   // The trace of the selected item's node; null without one, or when it has been trimmed.
-  TraceEvent_i* CurrentEvent() const;
-  // Copies the filter and clears the changed mark; cancelled (false), all is as before.
-  bool SetFilter(const CTraceFilter& filter, bool rebuild);
-  // Builds the tree unless it stands or the document still loads; false: cancelled.
-  bool Build();
-  bool IsBuilt() const { return m_built; }
-  // What the tree selects at each return to it. Written by the frame. Null once its trace has gone.
-  TraceEvent_i* m_currentEvent = nullptr;
-  CTraceFilter m_filter;
-  bool m_filterChanged = false;  // changed here since it last went to the other view
+  TraceEvent_i* CurrentEvent() const override;
+  bool Build() override;
+  bool IsBuilt() const override { return m_built; }
 
   // The items in the order of the tree, opened or not: creates what lacks on the way. 0 at the end.
   TreeItem NextTreeItem(TreeItem item);
@@ -58,14 +45,12 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   // From the selected item, if there is one, around the end of the tree; a hit is selected.
   FindResult FindInTree();
 
-  CTraceDoc& Document() const { return m_document; }
   const ProcModel& Model() const { return *m_model; }
   TreeControl& Tree() const { return *m_tree; }
   CTraceEvent* NodeOf(TreeItem item) const;  // null for 0
   void Show(TreeItem item);                  // selects it and makes it visible
   bool Lacks(TreeItem item) const;           // children of its node have no items
   ItemFill FillOf(TreeItem item);            // REQUIRES: Lacks
-  void Follow(TraceEvent_i* event);  // has the other views follow, if the document synchronises
 
   std::string TreeItemText(TreeItemData data) override;
   std::vector<HitRange> TreeTextHits(const std::string& text) override;
@@ -84,37 +69,35 @@ class CProcView : public CView, public TreeControlOwner, private ProcItems {
   void DeleteItem(TreeItem item) override;
   void OnFirstMachine() override;
 
+  int TraceCount() const override { return m_model->TraceCount(); }
+  bool ShowsAny() const override { return m_tree->Walk(0, TreeStep::FirstChild) != 0; }
+  void RepaintHits() override { m_tree->Repaint(); }
+  bool Rebuild() override { return RebuildTree(); }
+  void OnReady() override;
+  void AddTraces(const CTraceHint& hint) override;
+  void RemoveTraces(const CTraceHint& hint) override;
+  void FollowTrace(CView* sender, const TraceEvent_i& target) override;
+  bool HasSelection() const override { return m_tree->SelectedItem() != 0; }
+  const TraceEvent_i* SourceEvent() const override;
+  std::unique_ptr<CTraceIterator> MakeIterator() override;
+  void Find(bool asked) override;
+  void OnExport() override;
+
   bool RebuildTree();
   void EmptyIfCleared();
   void TakeOver(std::unique_ptr<ProcModel> model);
   void LeaveEmptyTree();
-  void AddTraces(const CTraceHint& hint);
-  void RemoveTraces(const CTraceHint& hint);
   std::optional<NodePosition> PlaceOf(const TraceEvent_i& target);
-  void FollowTrace(const TraceEvent_i& target);
   void FollowTail(TreeItem item);
   void Fill(TreeItem item);
   bool FillWatched(TreeItem item);
   void EnsureTreeItem(CTraceEvent& node);
-  void TellStatus();
-  void ShowHits(bool on);
-  void MapCommands();
-  void OnFind();
-  void OnFindNext();
-  void OnViewProperties();
-  void OnGotoSource();
-  void OnUpdateGotoSource(CCmdUI& ui);
-  void OnSynchronize();
-  void OnFilter();
-  void OnExport();
 
-  CTraceDoc& m_document;
   std::unique_ptr<ProcModel> m_model;
   std::unique_ptr<TreeControl> m_tree;
   bool m_firstUpdate = true;
-  bool m_built = false, m_active = false;
+  bool m_built = false;
   bool m_inDrain = false;                       // whose work no box may interrupt
   std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
   std::vector<CProcViewIterator*> m_iterators;  // at work: they are told what goes
-  std::unique_ptr<FindHits> m_hits;             // of the search that has selected the item
 };

@@ -74,17 +74,7 @@ std::vector<HitRange> CProcView::TreeTextHits(const std::string& text) {
   return m_hits ? m_hits->In(text, FindHits::kStepsToPaint) : std::vector<HitRange>();
 }
 
-void CProcView::ShowHits(bool on) {
-  if (!on && !m_hits) return;
-  m_hits = on ? std::make_unique<FindHits>() : nullptr;
-  m_tree->Repaint();
-}
-
-void CProcView::OnFind() {
-  if (RunFindDialog(GetHost())) OnFindNext();
-}
-
-void CProcView::OnFindNext() {
+void CProcView::Find(bool) {
   FindResult result = FindResult::NotFound;
   {
     const CWaitCursor wait(GetHost());

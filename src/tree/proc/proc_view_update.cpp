@@ -1,33 +1,15 @@
 // How the tree view follows its document: the hints and what they make of tree and selection.
-#include <algorithm>
 #include <utility>
 
-#include "documents/trace_panes.h"
 #include "docview/frame.h"
 #include "tree/proc/model/node_search.h"
 #include "tree/proc/model/proc_build.h"
 #include "tree/proc/proc_view.h"
 #include "tree/proc/proc_view_iterator.h"
 
-void CProcView::OnUpdate(CView*, unsigned hint, CObject* object) {
-  const auto* traces = dynamic_cast<const CTraceHint*>(object);
-  switch (hint) {
-    case kHintReady:
-      m_currentEvent = nullptr;
-      if (!RebuildTree()) LeaveEmptyTree();
-      break;
-    case kHintAdded:
-      if (traces) AddTraces(*traces);
-      break;
-    case kHintTrimmed:
-      if (traces) RemoveTraces(*traces);
-      break;
-    case kHintFollow:
-      if (traces && !traces->m_events.empty()) FollowTrace(*traces->m_events.front());
-      break;
-    default:  // the tree has no columns for 1001
-      break;
-  }
+void CProcView::OnReady() {
+  m_currentEvent = nullptr;
+  if (!RebuildTree()) LeaveEmptyTree();
 }
 
 bool CProcView::RebuildTree() {
@@ -69,11 +51,8 @@ void CProcView::TakeOver(std::unique_ptr<ProcModel> model) {
   m_model = std::move(model);
   m_model->ShowBy(*this);
   m_built = true;
-  if (remembered) {
-    CTraceHint hint(remembered);
-    OnUpdate(this, kHintFollow, &hint);
-  }
-  if (m_active) TellStatus();
+  if (remembered) GoTo(this, remembered);
+  TellStatus();
   m_tree->SetRedraw(true);
 }
 
@@ -90,25 +69,22 @@ void CProcView::AddTraces(const CTraceHint& hint) {
   for (TraceEvent_i* event : hint.m_events) {
     if (const TreeItem item = m_model->AddTrace(event, true)) FollowTail(item);
     // Kept: once for each trace, also for one that the filter hides.
-    if (m_active) TellRowCount(GetHost(), m_model->TraceCount());
+    TellCount();
   }
 }
 
 void CProcView::RemoveTraces(const CTraceHint& hint) {
-  if (hint.m_events.empty()) return;
-  if (std::find(hint.m_events.begin(), hint.m_events.end(), m_currentEvent) != hint.m_events.end())
-    m_currentEvent = nullptr;
-  if (!m_built) return;
+  if (hint.m_events.empty() || !m_built) return;
   for (CProcViewIterator* iterator : m_iterators) iterator->OnTracesGone(hint);
   m_tree->SetRedraw(false);
   m_model->RemoveTraces(hint.m_events);
   m_tree->SetRedraw(true);
   // Kept: what goes is not taken off the count.
-  if (m_active) TellRowCount(GetHost(), m_model->TraceCount());
+  TellCount();
   // Kept: at every trim the selection jumps to what is nearest to the oldest trace that goes. It is
   // still good here: the document releases it behind the hint.
   m_inDrain = true;
-  FollowTrace(*hint.m_events.front());
+  FollowTrace(this, *hint.m_events.front());
   m_inDrain = false;
 }
 
@@ -121,7 +97,7 @@ std::optional<NodePosition> CProcView::PlaceOf(const TraceEvent_i& target) {
   return search.Place();
 }
 
-void CProcView::FollowTrace(const TraceEvent_i& target) {
+void CProcView::FollowTrace(CView*, const TraceEvent_i& target) {
   const CWaitCursor wait(GetHost());
   const std::optional<NodePosition> place = PlaceOf(target);
   if (!place || !*place) return;

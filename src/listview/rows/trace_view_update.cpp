@@ -1,5 +1,4 @@
 // How the list view follows its document: the hints, the rows, the selection.
-#include "documents/trace_panes.h"
 #include "documents/trace_pass.h"
 #include "listview/rows/nearest_row.h"
 #include "listview/rows/trace_view.h"
@@ -28,33 +27,17 @@ class FilteredRows final : public TracePass {
 
 }  // namespace
 
+// Before its first update the view has no columns and no rows; that update fills it.
 void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
-  // Before its first update the view has no columns and no rows; that update fills it.
-  if (m_firstUpdate) return;
-  const auto* traces = dynamic_cast<const CTraceHint*>(object);
-  switch (hint) {
-    case kHintOptions:
-      ApplyActiveColumns();
-      break;
-    case kHintReady:
-      if (RebuildRows()) break;
-      // There are no rows to go back to, and none would pass for none that match.
-      m_filter = CTraceFilter();
-      m_filterChanged = true;
-      RebuildRows();
-      break;
-    case kHintAdded:
-      if (traces) AddRows(*traces);
-      break;
-    case kHintTrimmed:
-      if (traces) RemoveRows(*traces);
-      break;
-    case kHintFollow:
-      if (traces && !traces->m_events.empty()) FollowTrace(sender, *traces->m_events.front());
-      break;
-    default:
-      break;
-  }
+  if (!m_firstUpdate) TracePane::OnUpdate(sender, hint, object);
+}
+
+void CTraceView::OnReady() {
+  if (RebuildRows()) return;
+  // There are no rows to go back to, and none would pass for none that match.
+  m_filter = CTraceFilter();
+  m_filterChanged = true;
+  RebuildRows();
 }
 
 bool CTraceView::AtBottom() const {
@@ -81,11 +64,8 @@ bool CTraceView::RebuildRows() {
   m_rows.TakeOver(rows);
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
-  if (m_currentEvent) {
-    CTraceHint hint(m_currentEvent);
-    OnUpdate(this, kHintFollow, &hint);
-  }
-  if (m_active) TellStatus();
+  if (m_currentEvent) GoTo(this, m_currentEvent);
+  TellStatus();
   m_list->SetRedraw(true);
   return true;
 }
@@ -101,7 +81,7 @@ bool CTraceView::FilterInto(RowStore& rows) {
   }
 }
 
-void CTraceView::AddRows(const CTraceHint& hint) {
+void CTraceView::AddTraces(const CTraceHint& hint) {
   const bool atBottom = AtBottom();
   const int before = m_rows.Size();
   FilterPass pass(m_filter);
@@ -110,10 +90,10 @@ void CTraceView::AddRows(const CTraceHint& hint) {
   if (m_rows.Size() == before) return;
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
-  if (m_active) TellRowCount(GetHost(), m_rows.Size());
+  TellCount();
 }
 
-void CTraceView::RemoveRows(const CTraceHint& hint) {
+void CTraceView::RemoveTraces(const CTraceHint& hint) {
   m_list->SetRedraw(false);
   // Neighbours leave the control in one call.
   int first = 0, count = 0;
@@ -125,7 +105,6 @@ void CTraceView::RemoveRows(const CTraceHint& hint) {
   std::size_t position = 0;
   bool oldest = true;
   for (const TraceEvent_i* event : hint.m_events) {
-    if (event == m_currentEvent) m_currentEvent = nullptr;
     oldest = oldest && position < held.size() && held[position] == event;
     ++position;
     const int row = m_rows.RemoveRow(event, oldest);
@@ -141,7 +120,7 @@ void CTraceView::RemoveRows(const CTraceHint& hint) {
   // A deletion tells nothing, and the rows behind it have new numbers.
   m_currentRow = m_list->NextItem(-1, kRowFocused);
   m_list->SetRedraw(true);
-  if (m_active) TellRowCount(GetHost(), m_rows.Size());
+  TellCount();
 }
 
 void CTraceView::FollowTrace(CView* sender, const TraceEvent_i& target) {

@@ -1,0 +1,101 @@
+#include "panes/trace_pane.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "documents/trace_panes.h"
+#include "docview/frame.h"
+
+TracePane::TracePane(CTraceDoc& document) : CView(document), m_document(document) {
+  MapCommands();
+}
+
+TracePane::~TracePane() = default;
+
+bool TracePane::SetFilter(const CTraceFilter& filter, bool rebuild) {
+  CTraceFilter before = std::exchange(m_filter, filter);
+  const bool changedBefore = std::exchange(m_filterChanged, false);
+  if (!rebuild || Rebuild()) return true;
+  m_filter = std::move(before);
+  m_filterChanged = changedBefore;
+  return false;
+}
+
+// ---- hints
+
+std::intptr_t TracePane::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+  if (message != WM_TRACE_UPDATE) return CView::OnMessage(message, wParam, lParam);
+  OnUpdate(nullptr, static_cast<unsigned>(wParam), reinterpret_cast<CObject*>(lParam));
+  return 0;
+}
+
+void TracePane::OnUpdate(CView* sender, unsigned hint, CObject* object) {
+  const auto* traces = dynamic_cast<const CTraceHint*>(object);
+  switch (hint) {
+    case kHintOptions:
+      OnOptions();
+      break;
+    case kHintReady:
+      OnReady();
+      break;
+    case kHintAdded:
+      if (traces) AddTraces(*traces);
+      break;
+    case kHintTrimmed:
+      if (!traces) break;
+      if (std::ranges::find(traces->m_events, m_currentEvent) != traces->m_events.end())
+        m_currentEvent = nullptr;
+      RemoveTraces(*traces);
+      break;
+    case kHintFollow:
+      if (traces && !traces->m_events.empty()) FollowTrace(sender, *traces->m_events.front());
+      break;
+    default:
+      break;
+  }
+}
+
+void TracePane::GoTo(CView* sender, TraceEvent_i* event) {
+  CTraceHint hint(event);
+  OnUpdate(sender, kHintFollow, &hint);
+}
+
+void TracePane::Follow(TraceEvent_i* event) {
+  if (!m_document.m_synchronize || !event) return;
+  CTraceHint hint(event);
+  m_document.UpdateAllViews(this, kHintFollow, &hint);
+}
+
+// ---- the frame and the main window's panes
+
+void TracePane::OnActivateView(bool activate, CView* activated, CView* deactivated) {
+  m_active = activate;
+  if (activate) {
+    TellStatus();
+  } else {
+    TellRowCount(GetHost(), -1);
+    TellFiltered(GetHost(), -1);
+  }
+  CView::OnActivateView(activate, activated, deactivated);
+}
+
+void TracePane::TellStatus() {
+  if (!m_active) return;
+  TellRowCount(GetHost(), TraceCount());
+  TellFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
+}
+
+void TracePane::TellCount() {
+  if (m_active) TellRowCount(GetHost(), TraceCount());
+}
+
+void TracePane::ShowContextMenu(int screenXPx, int screenYPx) {
+  if (auto* frame = dynamic_cast<CMDIChildWnd*>(GetParentFrame()))
+    frame->OnContextMenu(screenXPx, screenYPx);
+}
+
+void TracePane::ShowHits(bool on) {
+  if (!on && !m_hits) return;
+  m_hits = on ? std::make_unique<FindHits>() : nullptr;
+  RepaintHits();
+}

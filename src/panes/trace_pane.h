@@ -1,0 +1,89 @@
+// What every way of showing a document's traces has in common: the filter, the current trace, the
+// commands on it, the hits of a search, the hints and the status panes. The list and the tree are
+// two.
+//
+// Owner    Owns its filter; borrows the document and its traces. What it keeps of a trace goes when
+//          the document says that the trace goes; a cleared one is never read.
+// Threads  Interface thread.
+#pragma once
+
+#include <memory>
+
+#include "documents/trace_doc.h"
+#include "docview/view.h"
+#include "tree/filter/trace_filter.h"
+#include "tree/find/find_hits.h"
+
+class CTraceIterator;
+
+class TracePane : public CView {
+ public:
+  explicit TracePane(CTraceDoc& document);
+  ~TracePane() override;
+
+  void OnActivateView(bool activate, CView* activated, CView* deactivated) override;
+  // Hands each hint to what the derived class does at it.
+  void OnUpdate(CView* sender, unsigned hint, CObject* object) override;
+  std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
+
+  // Of the row or item that is current; null without one, or when its trace has gone.
+  virtual TraceEvent_i* CurrentEvent() const = 0;
+  // Copies the filter and clears the changed mark. False when the person cancelled the rebuild:
+  // then all is as before.
+  bool SetFilter(const CTraceFilter& filter, bool rebuild);
+  // Fills the pane unless it is filled or the document still loads; false: cancelled.
+  virtual bool Build() { return true; }
+  // False for a pane that shows less than its document because it could not be filled.
+  virtual bool IsBuilt() const { return true; }
+  // What the pane goes to when it is shown. Written by the frame: what the pane before it had
+  // selected. Null once its trace has gone.
+  TraceEvent_i* m_currentEvent = nullptr;
+  CTraceFilter m_filter;
+  bool m_filterChanged = false;  // changed here since it last went to another pane
+
+  CTraceDoc& Document() const { return m_document; }
+  // Sends hint 1006 for the event to the other views if the document synchronises.
+  void Follow(TraceEvent_i* event);
+
+ protected:
+  // ---- what it shows
+  virtual int TraceCount() const = 0;  // for the status pane
+  virtual bool ShowsAny() const = 0;   // there is something to search
+  virtual void RepaintHits() = 0;      // the control would ask for others from now on
+  virtual bool Rebuild() = 0;          // from the document, by the filter; false: cancelled
+  // ---- hints
+  virtual void OnOptions() {}
+  virtual void OnReady() = 0;
+  virtual void AddTraces(const CTraceHint& hint) = 0;
+  virtual void RemoveTraces(const CTraceHint& hint) = 0;  // m_currentEvent is none of them
+  virtual void FollowTrace(CView* sender, const TraceEvent_i& target) = 0;
+  // ---- commands
+  // Without one, Properties and Goto Source keep the state they had.
+  virtual bool HasSelection() const { return true; }
+  virtual const TraceEvent_i* SourceEvent() const { return CurrentEvent(); }
+  virtual std::unique_ptr<CTraceIterator> MakeIterator() = 0;  // at what is current; null: nothing
+  virtual void Find(bool asked) = 0;  // asked: right after the dialog, else Find Next
+  virtual void OnExport() = 0;
+
+  // As hint 1006 for the event, to this pane alone.
+  void GoTo(CView* sender, TraceEvent_i* event);
+  void ShowHits(bool on);
+  void ShowContextMenu(int screenXPx, int screenYPx);
+  // If this is the active view: both status panes, or the count alone.
+  void TellStatus();
+  void TellCount();
+
+  CTraceDoc& m_document;
+  std::unique_ptr<FindHits> m_hits;  // of the search that has gone to what is current
+
+ private:
+  void MapCommands();
+  void OnFind();
+  void OnViewProperties();
+  void OnGotoSource();
+  void OnUpdateGotoSource(CCmdUI& ui);
+  void OnSynchronize();
+  void OnFilter();
+
+  bool m_active = false;
+};

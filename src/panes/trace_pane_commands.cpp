@@ -1,0 +1,66 @@
+// The commands that every pane has.
+#include "base/text.h"
+#include "listview/details/trace_detail_dialog.h"
+#include "listview/source/open_source.h"
+#include "panes/trace_pane.h"
+#include "tree/filter/filter_dialog.h"
+#include "tree/find/find_search.h"
+#include "tree/find/find_settings.h"
+
+void TracePane::MapCommands() {
+  MapCommand(
+      ID_EDIT_FIND, [this] { OnFind(); }, [this](CCmdUI& ui) { ui.Enable(ShowsAny()); });
+  MapCommand(
+      ID_EDIT_FINDNEXT, [this] { Find(false); },
+      [this](CCmdUI& ui) { ui.Enable(ShowsAny() && MayFindNext()); });
+  MapCommand(
+      ID_VIEW_PROPERTIES, [this] { OnViewProperties(); },
+      [this](CCmdUI& ui) {
+        if (HasSelection()) ui.Enable(CurrentEvent() != nullptr);
+      });
+  MapCommand(
+      ID_VIEW_GOTOSOURCE, [this] { OnGotoSource(); },
+      [this](CCmdUI& ui) { OnUpdateGotoSource(ui); });
+  // The state of the menu item is the document's.
+  MapCommand(ID_VIEW_SYNCHRONIZE, [this] { OnSynchronize(); });
+  MapCommand(ID_VIEW_FILTER, [this] { OnFilter(); });
+  MapCommand(ID_FILE_EXPORT, [this] { OnExport(); });
+}
+
+void TracePane::OnFind() {
+  if (RunFindDialog(GetHost())) Find(true);
+}
+
+void TracePane::OnViewProperties() {
+  if (const std::unique_ptr<CTraceIterator> iterator = MakeIterator())
+    CTraceDetailDialog(GetHost(), *iterator, m_document.m_names).DoModal();
+}
+
+void TracePane::OnUpdateGotoSource(CCmdUI& ui) {
+  if (!HasSelection()) return;
+  const TraceEvent_i* const event = SourceEvent();
+  ui.Enable(event && !event->GetSourceFileName(m_document.m_names).empty());
+  if (event && !ui.IsEnabled()) ui.SetWhyNot(kNoSourceFile);
+}
+
+// Opening may take as long as the user likes: this pane may be gone behind it.
+void TracePane::OnGotoSource() {
+  if (const TraceEvent_i* const event = SourceEvent())
+    OpenSourceAt(_UTF2MBS(event->GetSourceFileName(m_document.m_names)), event->GetSourceLine());
+}
+
+void TracePane::OnSynchronize() {
+  m_document.m_synchronize = !m_document.m_synchronize;
+  Follow(CurrentEvent());
+}
+
+void TracePane::OnFilter() {
+  m_filter.MergeDocumentNames(m_document);
+  CTraceFilter before = m_filter;
+  CFilterDialog dialog(GetHost(), m_filter, m_document.m_names);
+  if (dialog.DoModal() != CDialog::kIdOk) return;
+  if (Rebuild())
+    m_filterChanged = true;
+  else
+    m_filter = std::move(before);
+}

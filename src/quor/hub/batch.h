@@ -1,8 +1,13 @@
-// A batch of traces on its way to every monitor: built once, shared by reference, never changed.
+// A batch of traces on its way to every monitor. It is built once, shared by reference and never
+// changed.
 //
-// Shape    Tagged trace records end to end, about 64 KiB, with the hub's ids and numbers; which
-//          names they use; and what each source has in it. The name records themselves are put in
-//          front per stream, because each stream has been sent others.
+//   batches of the hub      [ 1 ]   [ 2 ]   [ 3 ]   [ 4, still open: BatchBuilder ]
+//   queue of monitor A                        3     1 and 2 are sent
+//   queue of a slow one    losses     2       3     1 was dropped, a batch of losses replaces it
+//
+// Shape    Tagged trace records end to end, about 64 KiB, with the hub's ids and numbers; the names
+//          that they use; the counts of each source. The name records are not in the batch: each
+//          stream adds those that it has not sent yet (StreamQueue).
 // Owner    Shared. A batch keeps its sources.
 // Threads  One.
 #pragma once
@@ -21,16 +26,16 @@
 
 // One instance of an application, here or on a machine that forwards to this one.
 struct Source {
-  std::array<std::uint8_t, 16> instance{};  // the same over restarts of the service
+  std::array<std::uint8_t, 16> instance{};  // the same after a restart of the service
   std::string machine, app, pid;
-  std::uint64_t firstSerial = 0;  // when this service met it, last
+  std::uint64_t firstSerial = 0;  // `serial` when this service last met the source
   std::uint64_t serial = 0;       // traces that it has ever produced, delivered or lost
   bool ended = false;
-  // Shared by all that some stream has still to be given.
+  // Shared by everything that some stream has still to send.
   std::shared_ptr<const void> way = std::make_shared<char>();
   bool IsUnderWay() const { return way.use_count() > 1; }
-  // Of one that traces to another machine: how many that one is known to have, and who writes that
-  // down for a successor of this service.
+  // For a source that traces to another machine: how many traces are known to have arrived there,
+  // and the function that stores this number for a successor of this service.
   std::uint64_t handedOn = 0;
   std::function<void(std::uint64_t)> noteHandedOn;
 };
@@ -44,11 +49,11 @@ struct SourceDelta {
 struct Batch {
   explicit Batch(std::shared_ptr<BatchMemory> memory) : bytes(std::move(memory)) {}
   BatchBytes bytes;
-  Bytes records;  // all of them, once it is sealed
+  Bytes records;  // all records, once the batch is sealed
   std::vector<HubNameId> names;
   std::vector<SourceDelta> sources;
-  std::vector<std::shared_ptr<Source>> forgotten;  // by the hub: nothing comes of them any more
-  std::uint64_t traces = 0;                        // with a number: not the words on losses
+  std::vector<std::shared_ptr<Source>> forgotten;  // by the hub: no more traces of them will come
+  std::uint64_t traces = 0;                        // with a number, so without loss reports
 };
 using SharedBatch = std::shared_ptr<const Batch>;
 
@@ -56,10 +61,10 @@ using TraceIds = TraceIdsOf<HubNameId>;
 
 class BatchBuilder {
  public:
-  // Sources in a batch, those that are forgotten among them: its ledger is one frame.
+  // Sources in a batch, including the forgotten ones, because its ledger is one frame.
   static constexpr std::size_t kWordsMax = 4096;
 
-  // `memory`: of one that makes many.
+  // `memory`: for a builder that makes many batches.
   explicit BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory = nullptr);
 
   bool IsEmpty() const {
@@ -69,18 +74,18 @@ class BatchBuilder {
     return m_batch->bytes.Size() >= kBatchBytes ||
            m_batch->sources.size() + m_batch->forgotten.size() >= kWordsMax;
   }
-  // Would a record of so many bytes with any seven names still make one data frame?
+  // Do the batch, this record and any seven names still fit into one data frame?
   bool HasRoom(std::size_t recordBytes, std::size_t nameBytes) const {
     return m_batch->bytes.Size() + m_nameBytes + recordBytes + nameBytes < kFrameRoom;
   }
-  std::size_t NameBytes(const TraceIds& ids) const;  // of those that the batch has not yet
-  // Appends a raw trace with other ids and another number.
+  std::size_t NameBytes(const TraceIds& ids) const;  // of names that the batch does not use yet
+  // Appends a raw trace with these ids and this number.
   void Append(const std::shared_ptr<Source>& source, Bytes record, const TraceIds& ids,
               std::uint32_t number);
-  // "N traces lost: reason", and the count of it. None lost: only the reason.
+  // Appends "N traces lost: reason" and counts the loss. With none lost: only the reason.
   void AppendLoss(const std::shared_ptr<Source>& source, std::uint64_t lost,
                   const std::string& reason);
-  // A loss that some record tells already.
+  // Counts a loss that some record reports already.
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
   void AppendForgotten(const std::shared_ptr<Source>& source) {
     m_batch->forgotten.push_back(source);
@@ -103,7 +108,7 @@ class BatchBuilder {
   bool m_hasLastIds = false;
 };
 
-// Date, time and tic count of now, as a record has them.
+// Date, time and tic count of now, in the form of a record.
 struct ServiceStamp {
   std::uint32_t date, time;
   std::uint64_t ticPs;

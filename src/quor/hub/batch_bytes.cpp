@@ -27,7 +27,7 @@ std::uint8_t* BatchMemory::Take() {
 }
 
 void BatchMemory::Give(std::uint8_t* piece) {
-  // A block lies at a multiple of its size.
+  // The address of a block is a multiple of its size.
   auto* const memory = reinterpret_cast<std::uint8_t*>(reinterpret_cast<std::uintptr_t>(piece) &
                                                        ~std::uintptr_t{kBlockBytes - 1});
   const auto block = std::find_if(m_blocks.begin(), m_blocks.end(),

@@ -1,10 +1,10 @@
-// The records of a batch, and the memory that they lie in.
+// The records of a batch, and the memory of its bytes.
 //
-// Shape    Grows at its end only. Memory of the usual size comes out of blocks on huge pages, last
-//          used first: a monitor that stalls holds hundreds of batches, and to touch that many
-//          fresh pages would cost the other monitors as much as a third of their traces.
-// Owner    Bytes hold their memory, also when the hub has gone. Few blocks that are
-//          not used stay: a new one costs as much as a thousand traces.
+// Shape    Grows at its end only. Memory of the usual size comes from blocks on huge pages, last
+//          used first. A monitor that stalls holds hundreds of batches. Touching that many fresh
+//          pages would cost the other monitors up to a third of their traces.
+// Owner    Bytes hold their memory, also after the end of the hub. A few unused blocks are kept,
+//          because a new one costs as much as a thousand traces.
 // Errors   std::bad_alloc.
 // Threads  One.
 #pragma once
@@ -19,7 +19,7 @@
 class BatchMemory {
  public:
   static constexpr std::size_t kBlockBytes = 2u << 20;
-  static constexpr std::size_t kPieceBytes = 68u << 10;  // a batch and what passes its mark
+  static constexpr std::size_t kPieceBytes = 68u << 10;  // a batch and what exceeds its limit
   static constexpr std::size_t kPieces = kBlockBytes / kPieceBytes;
   static constexpr std::size_t kSpareBlocks = 4;
 
@@ -37,25 +37,25 @@ class BatchMemory {
     std::vector<std::uint8_t*> free;
   };
   std::list<Block> m_blocks;  // those with free pieces in front
-  std::size_t m_spare = 0;    // of which nothing is used
+  std::size_t m_spare = 0;    // blocks without a used piece
 };
 
 class BatchBytes {
  public:
-  // `memory` may be null: for a batch now and then the heap will do.
+  // `memory` may be null: the heap is enough for an occasional batch.
   explicit BatchBytes(std::shared_ptr<BatchMemory> memory) : m_memory(std::move(memory)) {}
   ~BatchBytes() { Free(); }
   BatchBytes(const BatchBytes&) = delete;
   BatchBytes& operator=(const BatchBytes&) = delete;
 
-  // Room for so many more, to be filled.
+  // Makes room for so many more bytes, which the caller fills.
   std::uint8_t* Append(std::size_t bytes) {
     if (m_size + bytes > m_capacity) Grow(m_size + bytes);
     std::uint8_t* const at = m_data + m_size;
     m_size += bytes;
     return at;
   }
-  // Nothing more comes: what is much shorter than its memory moves to some of its own size.
+  // No more bytes will come: if much memory is unused, the bytes move to memory of their size.
   void Fit();
   std::size_t Size() const { return m_size; }
   Bytes View() const { return {m_data, m_size}; }

@@ -12,7 +12,7 @@ constexpr const char* kUnknownName = "(a name that the application never entered
 }  // namespace
 
 std::shared_ptr<Source> Hub::AddSource(Source source) {
-  // Another live source under this instance: somebody lies or chance played; keep them apart.
+  // Another live source has this instance, by chance or by a lie: keep the two apart.
   for (auto known = m_sources.find(source.instance);
        known != m_sources.end() && !known->second->ended; known = m_sources.find(source.instance))
     for (auto byte = source.instance.rbegin(); byte != source.instance.rend() && ++*byte == 0;)
@@ -43,7 +43,7 @@ std::shared_ptr<Source> Hub::Revive(const Source& source) {
   if (!revived) return nullptr;
   m_sources[revived->instance] = revived;
   revived->ended = false;
-  revived->firstSerial = revived->serial;  // to streams that have forgotten it
+  revived->firstSerial = revived->serial;  // for streams that have forgotten it
   revived->machine = source.machine;
   revived->app = source.app;
   revived->pid = source.pid;
@@ -90,7 +90,7 @@ HubNameId Hub::Translate(AppNameId own, SourceNames& names, const Learn& learn) 
   if (names.Find(own, m_names, id)) return id;
   if (learn) learn();
   if (names.Find(own, m_names, id)) return id;
-  // Entered, so that a source that never names its ids costs no more than others.
+  // Enter it, so that a source that never names its ids costs no more than others.
   names.Enter(own, kUnknownName);
   names.Find(own, m_names, id);
   return id;

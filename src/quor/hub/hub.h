@@ -1,12 +1,12 @@
-// The place where all traces of a machine meet: numbers them, gives their names ids of one space,
-// and hands them in batches to every stream.
+// The point where all traces of a machine meet. It numbers them, gives their names ids of one
+// space, and passes them in batches to every stream.
 //
-// Shape    "Count" goes up by one with each trace in the order of taking, and skips 0xFFFFFFFF,
-//          which losses have. What is taken goes into an open batch; Seal closes it, Deliver hands
-//          the closed ones out. Between the two the taker says to the ring what it took, so that a
-//          restart of the service loses what was not delivered, counted, and doubles nothing.
-// Owner    Streams outlive their entry: Remove before they go. Sources are shared.
-// Errors   A record must be whole (IsWholeTrace); ids that its source never named become a name
+// Shape    "Count" goes up by one with each trace, in the order of Take, and skips 0xFFFFFFFF,
+//          which loss reports have. Traces go into an open batch. Seal closes it, Deliver passes
+//          closed batches to the streams. Between the two the caller tells the ring what it took.
+//          So a restart of the service loses what was not delivered, counted, and repeats nothing.
+// Owner    Streams must be removed (Remove) before they are destroyed. Sources are shared.
+// Errors   A record must be whole (IsWholeTrace). An id that its source never named gets a name
 //          that says so.
 // Threads  One.
 #pragma once
@@ -20,7 +20,7 @@
 class HubStream {
  public:
   virtual void OnBatch(const SharedBatch& batch) = 0;
-  // It was not here before, or has been forgotten.
+  // The source is new, or it had been forgotten.
   virtual void OnSource(const std::shared_ptr<Source>&) {}
 
  protected:
@@ -34,39 +34,39 @@ class Hub {
       : m_machine(std::move(machine)),
         m_builder(m_names, std::make_shared<BatchMemory>()),
         m_oneSourceEach(oneSourceEach) {}
-  // Whose monitors all is for; empty: those of this service.
+  // The machine whose monitors the hub serves; empty: the monitors of this service.
   const std::string& Machine() const { return m_machine; }
 
-  // A source that comes again, over a break or a restart, keeps its instance: it is the same source
-  // again, and what it produced meanwhile is lost.
+  // A source that comes again, after a break or a restart, keeps its instance: it is the same
+  // source, and its traces of the meantime count as lost.
   std::shared_ptr<Source> AddSource(Source source);
   void EndSource(const std::shared_ptr<Source>& source);
-  // Those that live, and the last that ended: a monitor that was away then learns how far they
-  // came. Of those that are forgotten only the sum of their serials is kept; the streams are told
-  // in their order that it took one in.
+  // The live sources, and the last that ended, so that a monitor that was away learns their counts.
+  // Of forgotten sources only the sum of their serials is kept; every stream receives, in order,
+  // the news that a source was added to that sum.
   std::vector<std::shared_ptr<Source>> Sources() const;
   std::uint64_t Forgotten() const { return m_forgotten; }
 
-  // Takes one raw trace whose ids are the source's own.
-  // `learn` is asked once for names that are not known yet; may be empty.
+  // Takes one raw trace whose ids are the source's own. Calls `learn`, if there is one, once for
+  // names that are not known yet.
   using Learn = std::function<void()>;
   void Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes record,
             const Learn& learn);
-  // Something was lost here: told in the stream and counted.
+  // Traces were lost here: reports the loss in the stream and counts it.
   void Lose(const std::shared_ptr<Source>& source, std::uint64_t lost, const std::string& reason);
-  // A loss that was told elsewhere: only counted.
+  // Counts a loss that is reported elsewhere.
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
 
-  // Called when the first of a batch comes: it is to be sealed and delivered a little later.
+  // `call` is called for the first trace of a batch. It should seal and deliver a little later.
   void OnBatchOpened(std::function<void()> call) { m_onOpened = std::move(call); }
   bool HasOpenBatch() const { return !m_builder.IsEmpty(); }
   bool HasSources() const { return !m_sources.empty(); }  // that have not ended
   void Seal();
   void Deliver();
 
-  // The stream gets what is taken from now on; what was taken before goes to the others.
+  // The stream gets what is taken from now on. What was taken before goes to the other streams.
   void Add(HubStream& stream);
-  // With the last stream the names are begun anew.
+  // When the last stream is removed, the names are cleared.
   void Remove(HubStream& stream);
   bool HasStreams() const { return !m_streams.empty(); }
 
@@ -75,8 +75,8 @@ class Hub {
   void SetNextNumber(std::uint32_t number) { m_number = number; }
 
  private:
-  // Monitors may have heard of a source from an earlier service, and then its serial is no count of
-  // what they missed of this one: such sources are kept apart, and longer.
+  // Monitors may know a source from an earlier service. Its serial then does not say what they
+  // missed from this one. Such sources are kept in a list of their own, and longer.
   static constexpr std::size_t kEndedKept = 256, kEarlierKept = 8192;
 
   std::shared_ptr<Source> Revive(const Source& source);
@@ -105,7 +105,7 @@ class Hub {
   std::uint32_t m_number = 1;
   std::uint64_t m_taken = 0;
   bool m_toldFull = false;
-  // The last translation: an application's traces mostly come from a few places.
+  // The last translation: an application traces mostly from a few points.
   struct {
     std::uint64_t version = 0;
     TraceIdBytes own;

@@ -40,7 +40,7 @@ void HubNames::Clear() {
   m_bytes = 0;
   m_full = false;
   ++m_generation;
-  // What a report of a loss needs must never overflow.
+  // The names of a loss report must never overflow.
   for (const std::string_view text : {"", "Quor", "Loss"}) IdOf(text);
 }
 

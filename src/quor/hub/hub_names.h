@@ -1,8 +1,8 @@
 // The names of a hub: one space of 16-bit ids for all kinds of names and all streams.
 //
-// Shape    Text to id and back. Id 0 is the empty text. When the ids or the room for texts are used
-//          up, every further text gets kOverflow, whose text says so: never a wrong name.
-// Owner    Keeps its own copies. Texts given out are good until Clear.
+// Shape    Text to id and back. Id 0 is the empty text. When all ids or the memory for texts are
+//          used up, every further text gets kOverflow, whose text says so: never a wrong name.
+// Owner    Keeps its own copies. Returned texts are valid until Clear.
 // Threads  One.
 #pragma once
 
@@ -33,25 +33,25 @@ class HubNames {
 
   bool IsFull() const { return m_full; }
   std::size_t Count() const { return m_texts.size(); }
-  // Ids mean something only within one generation. Clear begins the next.
+  // Ids are valid only within one generation. Clear begins the next.
   std::uint32_t Generation() const { return m_generation; }
   void Clear();
 
  private:
-  std::deque<std::string> m_texts;  // by id; a deque, because the map looks into it
+  std::deque<std::string> m_texts;  // by id; a deque, because m_ids refers to its strings
   std::unordered_map<std::string_view, HubNameId> m_ids;
   std::size_t m_bytes = 0;
   std::uint32_t m_generation = 0;
   bool m_full = false;
 };
 
-// The names of one source by its own ids, and what they are in a hub. To the hub that it forwards
-// to, a machine is an application: the ids of its hub are the source's own there.
+// The names of one source by its own ids, and their ids in a hub. For the hub that it forwards to,
+// a machine is an application: the ids of its hub are the source's own ids there.
 class SourceNames {
  public:
   SourceNames() : m_version(NextVersion()) {}
 
-  // Entering an id again gives it another text.
+  // Entering an id again replaces its text.
   void Enter(AppNameId own, std::string_view text);
   bool Knows(AppNameId own) const { return m_texts.contains(own); }
   std::string TextOf(AppNameId own) const;
@@ -66,13 +66,13 @@ class SourceNames {
   // Forgets the ids of another hub or generation. True when it did.
   bool Follow(const HubNames& hub);
   std::size_t TextBytes() const { return m_textBytes; }
-  // Changes whenever an id that was found before may mean something else; no two sources ever have
-  // the same.
+  // Changes whenever an id that was found before may have another meaning. No two sources ever have
+  // the same version.
   std::uint64_t Version() const { return m_version; }
 
  private:
   static constexpr std::uint32_t kUnknown = 0xFFFFFFFF;
-  // Most sources use few ids: made when the first of them is met.
+  // Most sources use few ids: a page is made when its first id is used.
   static constexpr std::size_t kPageIds = 256;
   using Page = std::array<std::uint32_t, kPageIds>;
   static std::uint64_t NextVersion();

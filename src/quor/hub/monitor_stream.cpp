@@ -16,14 +16,14 @@ void MonitorStream::Start() {
 }
 
 void MonitorStream::Pause() {
-  // What was taken until now was taken before the pause.
+  // Traces taken until now were taken before the pause.
   m_hub.Seal();
   m_hub.Deliver();
   m_queue.Pause();
 }
 
 void MonitorStream::Resume() {
-  // What was taken until now came during the pause, and counts among what a pause may hold.
+  // Traces taken until now came during the pause, and count towards the limit of a pause.
   m_hub.Seal();
   m_hub.Deliver();
   m_queue.Resume();
@@ -38,7 +38,7 @@ void MonitorStream::OnBatch(const SharedBatch& batch) {
 void MonitorStream::PumpUpTo(std::size_t bytes) {
   Outgoing out;
   while (m_connection.IsOpen() && m_connection.QueuedBytes() < bytes && m_queue.Next(out)) {
-    // A batch may hold nothing but a count of what was told elsewhere.
+    // A batch may hold only a count of losses that were reported elsewhere.
     const bool hasData = !out.records->empty();
     if (hasData && !m_connection.SendData(out.names, out.records)) return;
     m_connection.Send(FrameType::Ledger, out.ledger);

@@ -1,7 +1,7 @@
-// What one monitor receives: the hub's batches from its Subscribe on, with names and ledgers.
+// The stream to one monitor: the hub's batches since its Subscribe, with names and ledgers.
 //
-// Shape    One write is under way at a time; what is behind it waits in the bounded queue, so that
-//          a pause takes effect at once and a slow monitor costs its own queue only.
+// Shape    Only one write is in progress at a time. Everything after it waits in the bounded queue.
+//          So a pause takes effect immediately, and a slow monitor costs only its own queue.
 // Owner    Borrows hub and connection, which outlive it.
 // Threads  The service's one thread.
 #pragma once
@@ -17,14 +17,14 @@ class MonitorStream final : public HubStream {
   MonitorStream(const MonitorStream&) = delete;
   MonitorStream& operator=(const MonitorStream&) = delete;
 
-  // Right behind the answer to Subscribe.
+  // Call it right after the answer to Subscribe.
   void Start();
   void Pause();
   void Resume();
   void OnBatch(const SharedBatch& batch) override;
   void Pump() { PumpUpTo(kInFlightBytes); }
   std::size_t WaitingBytes() const { return m_queue.WaitingBytes(); }
-  // At an orderly end: as much as the connection takes.
+  // At a clean end: sends as much as the connection accepts.
   void Flush();
 
  private:

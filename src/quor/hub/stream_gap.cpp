@@ -10,8 +10,8 @@ void StreamGap::Add(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   place->second->lost += lost;
 }
 
-// The sources of a sum whose part of it is noted for a successor when the sum has arrived. They
-// live as long as somebody keeps their file.
+// Stores, for each source in a sum, that its part has arrived, when the sum has arrived. Each note
+// lives as long as the source's file is kept.
 class StreamGap::Notes {
  public:
   void Add(const std::shared_ptr<Source>& source) {
@@ -38,7 +38,7 @@ class StreamGap::Notes {
 void StreamGap::Forget(const std::shared_ptr<Source>& source, bool spokenOf) {
   const auto place = m_places.find(source.get());
   const std::uint64_t lost = place != m_places.end() ? place->second->lost : 0;
-  // The sum stands for a source of which nothing but losses was ever told.
+  // The sum represents a source of which nothing but losses was ever reported.
   const bool isOwn = source->firstSerial == 0 && lost == source->serial;
   if (spokenOf || (!isOwn && m_forgotten.size() < kSinglyMax)) {
     m_forgotten.push_back(source);
@@ -70,7 +70,7 @@ void StreamGap::AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lo
 void StreamGap::NoteWithSum(const std::shared_ptr<Source>& source) {
   if (!m_notes) m_notes = std::make_shared<Notes>();
   m_notes->Add(source);
-  // The whole sum is told by one word.
+  // One ledger line reports the whole sum.
   m_sum->noteHandedOn = [notes = m_notes](std::uint64_t) { notes->HandedOn(); };
 }
 
@@ -95,7 +95,7 @@ SharedBatch StreamGap::Take(HubNames& names, bool oneSourceEach, const char* rea
     m_places.erase(gap.source.get());
     m_lost.pop_front();
   }
-  // Behind the last word on them.
+  // After the last ledger line about them.
   for (; m_lost.empty() && !m_forgotten.empty() && !builder.IsFull(); m_forgotten.pop_front())
     builder.AppendForgotten(m_forgotten.front());
   return builder.Seal();

@@ -1,11 +1,12 @@
-// What a stream had to drop, source by source, until it is told in front of what waits.
+// The traces that a stream had to drop, counted by source until they are reported in front of the
+// next batch.
 //
-// Shape    An entry for each source that the hub still knows or the stream has spoken of. The other
-//          ones came, were dropped whole and forgotten while nothing was told: of these there may
-//          be any number, and only their sum is kept. It is told in the name of the first of them.
-//          One that an earlier service knew is told singly, because a monitor may have heard of it
-//          and count what it missed; but not more than kSinglyMax of them.
-// Owner    Shares the sources.
+// Shape    An entry for each source that the hub still knows or that the stream has mentioned. All
+//          others came, lost all their traces and were forgotten before anything was reported.
+//          There may be any number of these, so only the sum of their losses is kept. It is
+//          reported under the first of them. A source that an earlier service knew is reported
+//          singly, because a monitor may know it and count what it missed; but at most kSinglyMax
+//          of them are.
 // Errors   None.
 // Threads  One.
 #pragma once
@@ -22,9 +23,10 @@ class StreamGap {
 
   bool IsEmpty() const { return m_lost.empty() && m_forgotten.empty() && !m_sum; }
   void Add(const std::shared_ptr<Source>& source, std::uint64_t lost);
-  // The word that the hub has forgotten it was dropped as well. `spokenOf`: by this stream.
+  // The notice that the hub has forgotten a source was dropped as well. `spokenOf`: this stream has
+  // mentioned the source.
   void Forget(const std::shared_ptr<Source>& source, bool spokenOf);
-  // As much of it as one batch holds, in the order of the first losses.
+  // As many losses as one batch holds, in the order of the first losses.
   SharedBatch Take(HubNames& names, bool oneSourceEach, const char* reason);
 
  private:
@@ -36,8 +38,8 @@ class StreamGap {
 
   Losses m_lost;
   std::unordered_map<const Source*, Losses::iterator> m_places;
-  std::deque<std::shared_ptr<Source>> m_forgotten;  // told behind the last loss
-  std::shared_ptr<Source> m_sum;                    // null: of none
+  std::deque<std::shared_ptr<Source>> m_forgotten;  // reported after the last loss
+  std::shared_ptr<Source> m_sum;                    // null: there is no sum
   std::uint64_t m_sumLost = 0;
-  std::shared_ptr<Notes> m_notes;  // of those in the sum
+  std::shared_ptr<Notes> m_notes;  // of the sources in the sum
 };

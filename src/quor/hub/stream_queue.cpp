@@ -4,7 +4,7 @@
 
 namespace {
 
-// A batch costs its list of names and sources as well.
+// A batch also costs its lists of names and sources.
 std::size_t Cost(const Batch& batch) {
   return batch.records.size() + batch.names.size() * sizeof(HubNameId) +
          batch.sources.size() * sizeof(SourceDelta) +
@@ -27,7 +27,7 @@ void StreamQueue::Begin(const std::vector<std::shared_ptr<Source>>& sources) {
 }
 
 StreamQueue::Entry& StreamQueue::EntryOf(const std::shared_ptr<Source>& source) {
-  // A source that was not there at the beginning was met later, with its first serial.
+  // A source that was not there at the beginning came later, with its first serial.
   return m_ledger.try_emplace(source.get(), Entry{source, source->firstSerial, 0, 0}).first->second;
 }
 
@@ -110,7 +110,7 @@ void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
   }
   for (auto batch = again.rbegin(); batch != again.rend(); ++batch) {
     for (const SourceDelta& delta : (*batch)->sources) {
-      // One without an entry was forgotten since: nothing of it waits in the queue.
+      // A source without an entry was forgotten since: nothing of it waits in the queue.
       const Entry whole{delta.source, delta.source->serial, 0, 0};
       m_ledger.try_emplace(delta.source.get(), whole).first->second.began -=
           delta.traces + delta.lost;

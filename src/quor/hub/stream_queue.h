@@ -1,10 +1,11 @@
-// What waits for one stream, a monitor's or a forwarder's: bounded, and exact in what it drops.
+// The batches that wait for one stream, a monitor's or a forwarder's. Bounded, and exact about what
+// it drops.
 //
-// Shape    Batches in order; where some are missing, a batch of losses stands in their place. With
-//          each outgoing batch come the names that this stream has not been sent, and the ledger of
-//          its sources: serial = where the stream began + delivered + lost.
+// Shape    Batches in order. Where batches were dropped, a batch of losses replaces them. Each
+//          outgoing batch comes with the names that this stream has not sent yet, and with the
+//          ledger of its sources: serial = where the stream began + delivered + lost.
 // Owner    Shares the batches.
-// Errors   A full queue drops its oldest batches. What is kept of them is bounded as well.
+// Errors   A full queue drops its oldest batches. The record of these losses is bounded as well.
 // Threads  One.
 #pragma once
 
@@ -33,9 +34,9 @@ class StreamQueue {
  public:
   StreamQueue(HubNames& names, const StreamLimits& limits) : m_names(names), m_limits(limits) {}
 
-  // The stream begins here for these sources.
+  // The stream begins with these sources.
   void Begin(const std::vector<std::shared_ptr<Source>>& sources);
-  // Each source's word so far.
+  // The current ledger line of each source.
   quor::wire::Ledger WholeLedger() const;
 
   void Push(SharedBatch batch);
@@ -47,8 +48,8 @@ class StreamQueue {
   bool IsEmpty() const { return m_batches.empty() && m_gap.IsEmpty(); }
   std::size_t WaitingBytes() const { return m_bytes; }
   std::uint64_t WaitingTraces() const { return m_traces; }
-  // The other side knows nothing of this stream any more: it begins anew, with these batches, which
-  // were given out and did not arrive.
+  // The other side knows nothing of this stream any more: it starts again, with these batches,
+  // which were sent and did not arrive.
   void Restart(const std::vector<SharedBatch>& again);
 
  private:
@@ -65,7 +66,7 @@ class StreamQueue {
   HubNames& m_names;
   const StreamLimits m_limits;
   std::deque<SharedBatch> m_batches;
-  StreamGap m_gap;  // dropped in front of the first batch
+  StreamGap m_gap;  // dropped before the first batch
   const char* m_gapReason = "";
   std::size_t m_bytes = 0;
   std::uint64_t m_traces = 0;

@@ -12,10 +12,10 @@
 
 namespace {
 
-// Longer than a monitor may be silent before it is cut off.
+// Longer than a silent monitor is kept before it is disconnected.
 constexpr std::chrono::seconds kKept{12};
 constexpr int kEndedForMemory = 32;
-constexpr std::chrono::seconds kMemoryAfter{2};  // all of it is free by then
+constexpr std::chrono::seconds kMemoryAfter{2};  // by then all of it is free
 
 }  // namespace
 
@@ -105,7 +105,7 @@ void Apps::OnFile(const std::string& name) {
   }
 }
 
-// What its owner still has is none, whatever it says.
+// A file whose owner still lives is not a rest, whatever its content says.
 void Apps::OnRest(const std::string& name, const Key& key, const SegmentRest& rest, int file) {
   if (!IsPossible(rest, file)) {
     Log(LogLevel::Warning, "segment " + name + " is removed: its count of traces is impossible");
@@ -120,7 +120,7 @@ bool Apps::IsKept(const Key& key) const {
                      [&key](const Kept& one) { return one.key == key; });
 }
 
-// Null: nobody is to be told of it.
+// Null: no monitor needs to learn of it.
 std::shared_ptr<Source> Apps::SourceOf(const SegmentRest& rest, int file) {
   if (rest.end == SegmentEnd::Here) return Remember(rest, m_machine, file, HubFor({}));
   if (rest.handedTo.empty() || rest.handedOn >= rest.served) return nullptr;
@@ -134,7 +134,7 @@ void Apps::Keep(Kept kept) {
   if (m_kept.size() == 1) RemoveKept();
 }
 
-// Also once more after the last of it was given: the monitor may not have it yet.
+// Asked once more after the last of it was sent, because the monitor may not have received it yet.
 bool Apps::IsWanted(Kept& kept) {
   const bool isUnderWay = kept.source && kept.source->IsUnderWay();
   return std::exchange(kept.wasUnderWay, isUnderWay) || isUnderWay;
@@ -160,7 +160,7 @@ void Apps::RemoveKept() {
   });
 }
 
-// Told once. What somebody still owns may be of another version's.
+// Reports it once. A file with a live owner may be of another version.
 void Apps::PassOver(const std::string& name, const std::string& reason) {
   if (m_unreadable.insert(name).second)
     Log(LogLevel::Warning, "segment " + name + " is not read: " + reason);
@@ -187,7 +187,7 @@ void Apps::Find(const std::string& name, SegmentMap segment) {
 }
 
 void Apps::LetGo() {
-  const auto running = m_running;  // ending one takes it out of the map
+  const auto running = m_running;  // an instance that ends removes itself from the map
   for (const auto& [key, app] : running) app->LetGo();
 }
 
@@ -199,8 +199,8 @@ Hub& Apps::HubFor(const LinkSink& sink) {
   return m_router.HubForMachine(sink.kind == SinkKind::Socket ? sink.name : std::string());
 }
 
-// What many applications took at once lies in pieces between what stays: the heap keeps it until it
-// is asked.
+// Memory that many applications took at the same time is fragmented: the heap keeps it until it is
+// asked to give it back.
 void Apps::GiveMemoryBack() {
   if (++m_endedSince < kEndedForMemory || std::exchange(m_givesSoon, true)) return;
   m_gives.expires_after(kMemoryAfter);
@@ -234,21 +234,21 @@ void Apps::EndIn(CatalogueApp& entry, const RunningApp& app) {
 void Apps::OnEnded(RunningApp& app) {
   Log(LogLevel::Info,
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
-  // Its link may have been quicker than the word on its file.
+  // Its link may have come before the event about its file.
   if (app.File().empty()) m_watch.Read();
   if (!app.File().empty()) Keep({{}, app.File(), KeyOf(app.Segment()), app.Told()});
   EndIn(app.Entry(), app);
-  // Its link comes again as long as it lives.
+  // Its link comes again as long as the application lives.
   if (app.IsBroken()) m_broken.push_back(KeyOf(app.Segment()));
   if (m_broken.size() > kBrokenMax) m_broken.pop_front();
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
   GiveMemoryBack();
-  // Now there is room for one that there was none for.
+  // Now there is room for one that was left out.
   if (std::exchange(m_leftSome, false)) m_watch.TellAll();
 }
 
 void Apps::Apply(const CatalogueApp& app, bool sink) {
-  const auto running = m_running;  // ending one takes it out of the map
+  const auto running = m_running;  // an instance that ends removes itself from the map
   for (const auto& [key, instance] : running) {
     if (&instance->Entry() != &app) continue;
     instance->ApplySettings();
@@ -270,7 +270,7 @@ void Apps::EndGrace() {
 }
 
 void Apps::Stop() {
-  // What is kept is the next service's to remove: a monitor may not read to our end.
+  // The next service removes the kept files: a monitor may not read until our end.
   m_watch.Close();
   for (const auto& [key, instance] : m_running) instance->Stop();
   m_running.clear();

@@ -1,10 +1,10 @@
-// All running applications of this machine and what is configured for them.
+// All running applications of this machine and their settings.
 //
-// Shape    An application comes twice: by the file of its segment, which is found as soon as it is
-//          there, and by its link. What both bring is one instance, by the file's device and inode.
-// Owner    Borrows hubs through its router, which outlives it. Removes the file of a segment that
-//          has been taken to its end.
-// Errors   A hello that cannot be taken is refused in words.
+// Shape    An application is found in two ways: by the file of its segment, as soon as the file
+//          exists, and by its link. The file's device and inode tell that both are one instance.
+// Owner    Borrows hubs through its router, which outlives it. Removes the file of a segment when
+//          all its traces have been taken.
+// Errors   A hello that cannot be accepted is refused with a reason.
 // Threads  The service's one thread.
 #pragma once
 
@@ -19,11 +19,11 @@
 
 class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
  public:
-  // Which hub takes the traces for a machine; the local one for a text that names no machine.
+  // Chooses the hub that takes the traces for a machine; the local one for an unknown name.
   class Router {
    public:
     virtual Hub& HubForMachine(const std::string& machine) = 0;
-    // The folder in which applications are watched is not what it was.
+    // The folder in which applications are watched has changed.
     virtual void OnPlaceChanged() = 0;
 
    protected:
@@ -40,19 +40,19 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
         m_keeps(io),
         m_gives(io) {}
 
-  // Finds the applications beside this socket from now on. Those that died while no service ran
-  // wait for LetGo.
+  // Watches for applications beside this socket from now on. Applications that died while no
+  // service ran wait for LetGo.
   void Watch(const std::string& socketPath);
-  // The same in a folder that has been made anew.
+  // The same after the folder was made again.
   void WatchAnew(const std::string& socketPath);
-  // Something became of the folder: it is put right, or made anew.
+  // The folder has changed: corrects it, or makes it again.
   void LookAtFolder(const std::string& socketPath);
-  // A monitor is here, or none will come: what the dead left is taken.
+  // A monitor has connected, or none will: the traces of dead applications are taken.
   void LetGo();
 
   // An application has introduced itself. False and a reason: refused.
   bool Arrive(AppArrival arrival, std::string* why);
-  // Takes it into the catalogue and lets the running instances have it.
+  // Stores it in the catalogue and passes it to the running instances.
   void Submit(CatalogueApp& app, const Catalogue::Submitted& what);
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
   void EndGrace();
@@ -74,8 +74,8 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   void OnFile(const std::string& name) override;
   void OnPlaceChanged() override { m_router.OnPlaceChanged(); }
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
-  // A file that is kept for the count in it, and until when: longer while a monitor, or the
-  // machine that it goes to, has still to be given something of it.
+  // A file that is kept for the count in it, and how long: longer as long as a monitor, or the
+  // machine that the traces go to, has not received all of it.
   struct Kept {
     std::chrono::steady_clock::time_point until;
     std::string name;
@@ -104,12 +104,12 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   SegmentWatch m_watch;
   std::deque<Kept> m_kept;
   static constexpr std::size_t kBrokenMax = 1024;
-  std::deque<Key> m_broken;  // segments that are not read any more
+  std::deque<Key> m_broken;  // segments that are no longer read
   asio::steady_timer m_keeps;
   asio::steady_timer m_gives;
-  int m_endedSince = 0;  // the memory of those that ended was last given back
+  int m_endedSince = 0;  // instances that ended since memory was last given back
   bool m_givesSoon = false;
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
   bool m_holdsFound = false, m_leftSome = false;
-  std::set<std::string> m_unreadable;  // files that somebody owns
+  std::set<std::string> m_unreadable;  // files with a live owner
 };

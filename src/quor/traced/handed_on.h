@@ -1,8 +1,8 @@
-// The note in a segment of the machine that its traces go to and how far that machine has them. It
+// A note in a segment: the machine that its traces go to, and how many have arrived there. It
 // outlives this service.
 //
 // Shape    In the first page, which stays when the rest of the file is cut off.
-// Owner    A note keeps a mapping of that page.
+// Owner    The function of a note holds a mapping of that page.
 // Errors   Nothing in the page is trusted: it may be cut off or written to at any time. Without
 //          memory for the mapping there is no note.
 // Threads  One.
@@ -17,8 +17,8 @@
 std::string HandedTo(const SegmentHeader& header);
 void SetHandedTo(SegmentHeader& header, const std::string& machine);
 
-// Writes `before` and what it is called with. `file`: of the segment; stays the caller's.
+// A function that writes `before` plus its argument. `file`: of the segment; stays the caller's.
 std::function<void(std::uint64_t)> HandedOnNote(int file, std::uint64_t before);
 
-// How many of `served` came there, without those that went elsewhere before.
+// How many of `served` arrived there, without those that went elsewhere before.
 std::uint64_t HandedOnOf(std::uint64_t handedOn, std::uint64_t served, std::uint64_t elsewhere);

@@ -16,7 +16,7 @@ constexpr milliseconds kBusyPause{5};
 constexpr std::size_t kTracesAtOnce = 1024;
 constexpr std::size_t kUnansweredMax = 1000;
 constexpr int kTurnsAtStop = 200;
-constexpr milliseconds kAlonePause{50};  // nothing calls where there is no link
+constexpr milliseconds kAlonePause{50};  // without a link the application cannot wake us
 
 }  // namespace
 
@@ -43,7 +43,7 @@ void RunningApp::StartFound(bool held) {
   m_app.Enter(m_home.HubFor(m_entry->sink));
   WatchProcess();
   if (!ReadPoints()) return;
-  // Its link may be one to an earlier service, whose end it has not noticed.
+  // Its link may go to an earlier service, whose end it has not noticed.
   if (!m_dead) {
     m_app.RingBell();
     return LookWithoutLink(false);
@@ -68,7 +68,7 @@ void RunningApp::Relink(AppArrival arrival) {
       m_home.OnRenamed(*this, from, *entry);
     }
     m_app.Rename(arrival.hello.app);
-    // Another entry has another trace map: every point has its place in it.
+    // Another entry has another trace map, with places of its own for the points.
     m_pointIds.clear();
     m_app.Points().Rewind();
   }
@@ -87,7 +87,7 @@ void RunningApp::TakeLink(AppArrival arrival) {
   if (!ReadPoints()) return;
   ApplySink();
   if (TakeBytes(arrival.rest.data(), arrival.rest.data() + arrival.rest.size())) AwaitLink();
-  // A relink has ended every wait for the ring.
+  // Relink has ended every wait for the ring.
   if (m_app.IsTaking()) Pump();
 }
 
@@ -95,7 +95,7 @@ void RunningApp::AwaitLink() {
   m_socket.async_wait(
       OwnedDescriptor::wait_read,
       [self = shared_from_this(), socket = m_socket.native_handle()](const std::error_code& error) {
-        // Another link has taken its place, or nothing has.
+        // Another link has replaced it, or there is none.
         if (error || self->m_ended || self->m_socket.native_handle() != socket) return;
         self->ReadLink();
       });
@@ -152,7 +152,7 @@ void RunningApp::LoseLink(const std::string& why) {
   m_timer.cancel();
   Pump();
   if (m_ended) return;
-  // It may have closed the socket without knowing; it may have ended, or become another program.
+  // It may have closed the socket unknowingly; it may have ended, or become another program.
   m_app.RingBell();
   LookWithoutLink(true);
 }
@@ -192,7 +192,7 @@ void RunningApp::ApplySettings() {
 void RunningApp::ApplySink() {
   const LinkSink& sink = m_entry->sink;
   m_fileSink = sink.kind == SinkKind::File;
-  // A file is for the next link to order.
+  // The next link will order a file sink.
   if (!m_socket.is_open()) return m_fileSink ? void() : m_app.Enter(m_home.HubFor(sink));
   if (m_unanswered.size() >= kUnansweredMax) return LoseLink("it answers nothing");
   m_unanswered.push_back(sink.kind);
@@ -220,7 +220,7 @@ void RunningApp::UpdateTaking() {
 
 void RunningApp::Pump() {
   if (m_ended) return;
-  // What the file sink of a killed application left behind is better shown here than lost.
+  // What the file sink of a killed application left in the ring is shown here rather than lost.
   if (m_dead) m_app.Begin();
   const std::uint64_t before = m_app.CurrentSource()->serial;
   const TracedApp::Step step = m_app.Drain(kTracesAtOnce, m_dead);
@@ -259,13 +259,13 @@ void RunningApp::Sleep() {
   const RingConsumer::Wait wait = m_app.BeginWait();
   if (wait == RingConsumer::Wait::Ready) return PumpIn(milliseconds(0));
   if (wait == RingConsumer::Wait::Soon) PumpIn(milliseconds(RingConsumer::kRecheckMs));
-  // Asleep: it calls.
+  // Asleep: the application will call.
 }
 
 void RunningApp::Stop() {
   if (std::exchange(m_closed, true)) return;
   m_ended = true;
-  // A lap at most: an application that goes on tracing must not keep us.
+  // At most one lap: an application that goes on tracing must not hold us up.
   for (int turns = kTurnsAtStop;
        m_app.IsTaking() && turns > 0 && m_app.Drain(kTracesAtOnce, false) == TracedApp::Step::More;)
     --turns;
@@ -280,11 +280,11 @@ void RunningApp::CloseAll() {
   m_process.close(ignored);
   m_timer.cancel();
   m_look.cancel();
-  // One that lives looks for the next service.
+  // A live application looks for the next service.
   if (!m_dead) m_app.RingBell();
 }
 
-// Later: whoever called still uses the catalogue's entry, which may go with us.
+// Posted: the caller still uses the catalogue's entry, which may be removed with us.
 void RunningApp::End() {
   if (std::exchange(m_ended, true)) return;
   asio::post(m_io, [self = shared_from_this()] {

@@ -1,14 +1,14 @@
-// One running instance of an application: its link, its segment and the pace at which its ring is
-// drained.
+// One running instance of an application: its link, its segment, and the timing of reading its
+// ring.
 //
-// Shape    Found by the file of its segment or introduced over a link; the link may break and come
-//          again (the application has taken another name, say) while the owner of the segment
-//          lives. When that has gone, by an end or by an exec, what is left in its ring is
-//          delivered and the instance ends. One that no link comes from is read all the same after
-//          a while, unless it writes a file itself. That it has gone the segment's lock says, and
-//          nothing else: the end of the process and of the link are only reasons to look.
-// Owner    Shared; keeps itself while something is awaited. Ends by itself or by Stop.
-// Errors   A broken link or segment ends with a reason in the log and touches nobody else.
+// Shape    Found by the file of its segment or introduced over a link. The link may break and come
+//          again (after the application changed its name, say) while the owner of the segment
+//          lives. When the owner has ended, by exit or exec, the rest of its ring is delivered and
+//          the instance ends. If no link comes, the ring is read after a while nevertheless, unless
+//          the application writes a file. Only the segment's lock says that the owner has ended:
+//          the end of the process and of the link are only reasons to look at the lock.
+// Owner    Shared; keeps itself alive while it waits for something. Ends by itself or by Stop.
+// Errors   A broken link or segment ends with a reason in the log and affects no other instance.
 // Threads  The service's one thread.
 #pragma once
 
@@ -27,8 +27,8 @@ struct AppArrival {
   LinkHello hello;
   SegmentMap segment;  // none: the application has lost its descriptor
   OwnedDescriptor socket;
-  std::uint32_t pid = 0;           // as the kernel tells it
-  std::vector<std::uint8_t> rest;  // what came behind the hello
+  std::uint32_t pid = 0;           // as the kernel reports it
+  std::vector<std::uint8_t> rest;  // bytes received after the hello
 };
 
 class RunningApp final : public std::enable_shared_from_this<RunningApp> {
@@ -51,22 +51,22 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
              AppArrival& arrival);
 
   void Start(AppArrival arrival);
-  // Without a link: nothing is taken until there is one, or none has come for a while, or the owner
-  // has gone. `held`: not before LetGo, when somebody looks.
+  // Without a link: takes nothing until a link comes, or none has come for a while, or the owner
+  // has ended. `held`: not before LetGo either.
   void StartFound(bool held);
   void LetGo();
-  // REQUIRES: `arrival` is what the constructor left of it.
+  // REQUIRES: the constructor has taken its part of `arrival`.
   // Relink: the same segment, over another link.
   void Relink(AppArrival arrival);
-  // What is configured has changed.
+  // The settings or the sink in the catalogue have changed.
   void ApplySettings();
   void ApplySink();
-  // Takes what is in the ring now, and lets go of everything. Not told to the home.
+  // Takes what is in the ring now, and releases everything. Does not call the home.
   void Stop();
 
-  // It is on its way out and takes no link any more.
+  // It is ending and accepts no link any more.
   bool IsEnding() const { return m_ended; }
-  bool HasBegun() const { return m_hasBegun; }  // linked or claimed, not found alone
+  bool HasBegun() const { return m_hasBegun; }  // linked or claimed, not only found
   bool IsBroken() const { return m_app.IsBroken(); }
   CatalogueApp& Entry() { return *m_entry; }
   std::uint32_t Pid() const { return m_app.Pid(); }
@@ -74,7 +74,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   // The name of the segment's file; empty: not found yet.
   const std::string& File() const { return m_file; }
   void SetFile(const std::string& name) { m_file = name; }
-  // What was taken to its end; null: it was not.
+  // The source, when all its traces were taken; null: they were not.
   const std::shared_ptr<Source>& Told() const { return m_told; }
 
  private:
@@ -114,7 +114,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_fileSink = false,
        m_processEnded = false, m_isHeldBack = false, m_isAlone = false, m_hasBegun = false;
   std::chrono::steady_clock::time_point m_unlinkedSince = std::chrono::steady_clock::now();
-  int m_looks = 0;  // for the owner, since there was a reason
+  int m_looks = 0;  // at the lock, since there was a reason
   std::string m_file;
   std::shared_ptr<Source> m_told;
 };

@@ -1,4 +1,4 @@
-// How an instance learns that its owner has gone, or lives where no link comes from.
+// How an instance learns that its owner has ended, or that the owner lives without a link.
 #include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -12,12 +12,12 @@
 namespace {
 
 using std::chrono::milliseconds;
-// The lock is looked at while there is no link, and after the end of the process: soon where there
-// was a reason, and then at growing distances.
+// The lock is checked while there is no link, and after the end of the process: soon after a
+// reason, and then at growing intervals.
 constexpr milliseconds kFirstLook{2}, kLastLook{1000};
 constexpr int kQuickLooks = 6;
-// An application that can link has done so by then; one that has given up its user or its root
-// never will.
+// An application that can link has done so by then. An application that has given up its user or
+// its root never will.
 constexpr milliseconds kLinkPatience{2000};
 
 }  // namespace
@@ -30,7 +30,7 @@ void RunningApp::WatchProcess() {
   std::error_code error;
   if (process >= 0) m_process.assign(process, error);
   if (process >= 0 && !error) return AwaitEndOfProcess();
-  // It has just ended, or is not to be seen from here: the lock alone tells.
+  // It has just ended, or is not visible from here: only the lock tells.
   m_processEnded = true;
   LookForDeath();
 }
@@ -39,7 +39,7 @@ void RunningApp::AwaitEndOfProcess() {
   m_process.async_wait(OwnedDescriptor::wait_read,
                        [self = shared_from_this()](const std::error_code& failed) {
                          if (failed || self->m_ended) return;
-                         // A wait may end with what was meant for a descriptor that had this number
+                         // A wait may end with an event for a descriptor that had this number
                          // before.
                          pollfd process{self->m_process.native_handle(), POLLIN, 0};
                          if (poll(&process, 1, 0) != 1) return self->AwaitEndOfProcess();
@@ -58,9 +58,9 @@ void RunningApp::LookForDeath() {
     if (!m_isHeldBack) Pump();
     return;
   }
-  // A copy that a fork is just making of it, or one that knows nothing of us, holds it a little
-  // longer, and may trace. What was taken for its process may be another's, in another namespace:
-  // without a link the lock alone tells.
+  // A copy that a fork is just making, or a copy that does not know of us, holds the lock a little
+  // longer, and may trace. The process may be another one, in another namespace: without a link
+  // only the lock tells.
   if (m_socket.is_open() ? !m_processEnded : !LookAlone()) return;
   m_look.expires_after(std::min(kFirstLook * (1 << std::min(2 * m_looks, 16)), kLastLook));
   ++m_looks;
@@ -69,14 +69,14 @@ void RunningApp::LookForDeath() {
   });
 }
 
-// `soon`: there is a reason.
+// `soon`: there is a reason to look.
 void RunningApp::LookWithoutLink(bool soon) {
   m_unlinkedSince = std::chrono::steady_clock::now();
   m_looks = soon ? 0 : kQuickLooks;
   LookForDeath();
 }
 
-// False: it has ended.
+// False: the instance has ended.
 bool RunningApp::LookAlone() {
   if (m_isAlone) return ReadPoints();
   const auto unlinked = std::chrono::steady_clock::now() - m_unlinkedSince;
@@ -95,10 +95,10 @@ void RunningApp::SetBegun() {
   if (!std::exchange(m_hasBegun, true)) m_home.OnBegan(*this);
 }
 
-// Before anything is said over a link: what it orders may be to take the ring.
+// Called before anything is sent over a link, because a sink may order the application to take.
 void RunningApp::EndAlone() {
   if (!m_processEnded) m_look.cancel();
   if (std::exchange(m_isAlone, false)) m_app.Pause();
-  // Also what a service claimed that was killed.
+  // Also a claim of a service that was killed.
   m_app.LeaveClaim();
 }

@@ -23,7 +23,7 @@ bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
     return FailWith(why,
                     "no place for segments beside " + socketPath + ": " + std::strerror(errno));
   m_folder.RemoveUnfinished();
-  // Watched before it is listed, so that none comes in between.
+  // Watch before listing, so that no file is missed in between.
   const bool watched = WatchFolder();
   const int reason = words < 0 ? noWords : errno;
   TellAll();
@@ -31,8 +31,8 @@ bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
          FailWith(why, std::string("new segments cannot be seen: ") + std::strerror(reason));
 }
 
-// That a folder has been removed is not told of one that is open; but whoever needs it next makes
-// it anew, in the folder of the socket.
+// The kernel does not report the removal of a folder that is open. But whoever needs the folder
+// next makes it again, in the folder of the socket.
 bool SegmentWatch::WatchFolder() {
   char folder[40];
   std::snprintf(folder, sizeof folder, "/proc/self/fd/%d", m_folder.Descriptor());

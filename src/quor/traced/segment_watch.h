@@ -1,9 +1,9 @@
-// Finds the segments of applications by their files (quor/ring/segment_folder.h): those that are
-// there at the start, and each new one as soon as it is whole.
+// Finds the segments of applications by their files (quor/ring/segment_folder.h): those that exist
+// at the start, and each new one as soon as it is complete.
 //
 // Owner    Borrows its finder.
-// Errors   Open: false and a reason. When more came at once than the kernel keeps words of, all
-//          that are there are told again.
+// Errors   Open: false and a reason. When the kernel's queue of events overflows, all existing
+//          files are reported again.
 // Threads  The service's one thread.
 #pragma once
 
@@ -17,7 +17,7 @@ class SegmentWatch {
   class Finder {
    public:
     virtual void OnFile(const std::string& name) = 0;
-    // Something went away or came in the folder of the socket, or became of that of the segments.
+    // Something changed in the folder of the socket, or the folder of the segments has changed.
     virtual void OnPlaceChanged() = 0;
 
    protected:
@@ -26,14 +26,14 @@ class SegmentWatch {
 
   SegmentWatch(asio::io_context& io, Finder& finder) : m_finder(finder), m_words(io) {}
 
-  // Tells those that are there before it returns. Where there is no place for segments, it is told
-  // when that of the socket changes.
+  // Reports the existing files before it returns. If there is no folder for segments, a change in
+  // the folder of the socket is reported.
   bool Open(const std::string& socketPath, std::string* why);
-  // Tells what has come since, without waiting.
+  // Reports the files that have come since, without waiting.
   void Read();
   void TellAll();
   void Close();
-  // The path leads to the folder that is watched, or to none.
+  // The path leads to the folder that is watched, or to no folder.
   bool IsInPlace(const std::string& socketPath) const;
   const SegmentFolder& Folder() const { return m_folder; }
 

@@ -17,7 +17,7 @@ namespace {
 using std::chrono::nanoseconds;
 constexpr std::size_t kNameBytesMax = 16u << 20;
 constexpr std::size_t kItemRoom = 4096;
-// No processor makes or drops a trace in less; the clock of a file's age goes in steps.
+// No processor makes or drops a trace in less time; the clock of a file's age has this step.
 constexpr nanoseconds kFastestTrace{10}, kAgeStep{std::chrono::milliseconds(20)};
 constexpr const char* kUnnamed = "application";
 
@@ -31,22 +31,22 @@ nanoseconds NowOn(clockid_t clock) {
   return SinceZero(now);
 }
 
-// How long the file has been there, by the kernel's account: no earlier than it says.
+// The age of the file since its last change, by the kernel's account.
 nanoseconds AgeOf(const SegmentMap& segment) {
   struct stat status {};
   if (fstat(segment.Descriptor(), &status) != 0) return {};
   return AgeOfChange(SinceZero(status.st_ctim), NowOn(CLOCK_REALTIME), NowOn(CLOCK_BOOTTIME));
 }
 
-// So many traces this machine can have made in that time. A larger number is a lie, and one lie
-// would spoil the sums of everybody.
+// The most traces that this machine can have made in that time. A larger number is a lie, and one
+// lie would spoil the sums for everybody.
 std::uint64_t MostIn(nanoseconds age) {
   static const auto processors = std::max(1l, sysconf(_SC_NPROCESSORS_ONLN));
   return static_cast<std::uint64_t>((age + kAgeStep) / kFastestTrace * processors);
 }
 
-// What has been finished was changed last by that: its birth tells its age, or the machine's where
-// the file system tells none.
+// Finish was the last change of a finished file. So its time of birth gives its age, or the uptime
+// if the file system has no time of birth.
 nanoseconds AgeSinceBirth(int file) {
   struct statx status {};
   const nanoseconds uptime = NowOn(CLOCK_BOOTTIME);
@@ -110,12 +110,12 @@ void TracedApp::Rename(std::string app) {
 void TracedApp::Enter(Hub& hub) {
   if (m_hub == &hub) return;
   const bool leaves = m_hub != nullptr;
-  // The note is the next machine's from now on.
+  // From now on the note is about the next machine.
   if (leaves) m_source->noteHandedOn = nullptr;
   Leave();
   SegmentHeader& header = *m_segment.Header();
   const std::uint64_t served = header.served.load(std::memory_order_relaxed);
-  // An earlier service may have had it elsewhere.
+  // An earlier service may have sent it elsewhere.
   if (leaves || (served != 0 && HandedTo(header) != hub.Machine())) {
     header.servedElsewhere.store(served, std::memory_order_relaxed);
     header.handedOn.store(served, std::memory_order_relaxed);
@@ -179,7 +179,7 @@ void TracedApp::LeaveClaim() {
 
 void TracedApp::Publish() {
   if (!m_source) return;
-  // In this order: whoever kills us between the two makes a loss too many, never one untold.
+  // In this order: a kill between the two counts a loss too many, never one too few.
   m_segment.Header()->served.store(m_servedElsewhere + m_source->serial, std::memory_order_release);
   if (m_consumer) m_consumer->Publish();
 }
@@ -317,7 +317,7 @@ void TracedApp::ReadNames() {
   m_namesBroken = !m_segmentNames.ReadNew(fresh);
   m_segment.RefreshNames();
   for (const SegmentName& name : fresh) {
-    // A text stops at its first NUL, as in a file. What is beyond the room stays unknown.
+    // A text ends at its first NUL, as in a file. Names beyond the limit stay unknown.
     const std::string_view text(name.text.c_str());
     if (m_names.TextBytes() + text.size() <= kNameBytesMax) m_names.Enter(name.id, text);
   }
@@ -329,7 +329,7 @@ bool TracedApp::ReadPoints(std::vector<TracedPoint>& points) {
     Break("its trace points contradict themselves");
     return false;
   }
-  // Behind the points: a point's names are entered before it is.
+  // After the points: the names of a point are entered before the point.
   ReadNames();
   for (const SegmentPointNames& point : fresh)
     points.push_back(

@@ -1,10 +1,10 @@
-// What the service reads out of the segment of one application: its traces, names and trace points.
+// Reads the segment of one application for the service: its traces, names and trace points.
 //
 // Shape    Between Begin and Pause the service is the taker of the ring.
 // Owner    Holds the segment.
-// Errors   Nothing in the segment is trusted. When it contradicts itself, or counts more traces
-//          than there can have been since it was made, the application is broken: nothing is read
-//          any more, and the reason is told once.
+// Errors   Nothing in the segment is trusted. If it contradicts itself, or counts more traces than
+//          can have been made since it exists, the application is broken: it is not read any
+//          further, and the reason is reported once.
 // Threads  One.
 #pragma once
 
@@ -32,30 +32,30 @@ class TracedApp {
   void Rename(std::string app);
   std::uint32_t Pid() const { return m_pid; }
 
-  // Whose stream the traces are of from now on. Ends the old source.
+  // From now on the traces go to this hub. Ends the old source.
   void Enter(Hub& hub);
   void Leave();
   const std::shared_ptr<Source>& CurrentSource() const { return m_source; }
 
   void Begin();  // takes out of the ring
   void Pause();  // publishes and takes no more
-  // Without a link: the ring is this service's until it leaves it. False: the application has it.
+  // Without a link: claims the ring for this service. False: the application has claimed it.
   bool Claim();
   void LeaveClaim();
   bool IsTaking() const { return m_consumer.has_value(); }
 
   enum class Step { More, Empty, Broken };
-  // At most `traces` of them, said to the ring before they are delivered. `dead`: no producer lives
-  // any more; Empty is then the end, and what was being written is told as lost.
+  // Takes at most `traces`, and publishes that to the ring before they are delivered. `dead`: no
+  // producer lives any more; Empty is then the end, and unfinished traces are reported as lost.
   Step Drain(std::size_t traces, bool dead);
-  // Of the dead, after Drain was Empty.
+  // For a dead application, after Drain returned Empty.
   void MarkFinished();
   RingConsumer::Wait BeginWait();
   void EndWait();
   // Wakes its link thread.
   void RingBell();
-  // What the application tells of its file sink; what that lost stands in the segment. False: it
-  // cannot be true.
+  // A report of the application on its file sink; the segment has the count of losses. False: the
+  // report cannot be true.
   bool Report(const std::string& text);
 
   // Points registered since the last call. False: broken.
@@ -63,7 +63,7 @@ class TracedApp {
   SegmentPointsReader& Points() { return m_points; }
   const char* Why() const { return m_why; }
   bool IsBroken() const { return m_broken; }
-  // Tells what a broken one left in its ring, as far as it is believable, if that `isOurs` to take.
+  // Reports what a broken one left in its ring, as far as it is credible, if it `isOurs` to take.
   void GiveUp(bool isOurs);
 
  private:
@@ -88,7 +88,7 @@ class TracedApp {
   Hub* m_hub = nullptr;
   std::shared_ptr<Source> m_source;
   std::uint64_t m_servedElsewhere = 0;
-  std::uint64_t m_unread = 0;  // taken out of the ring when it broke, and not told
+  std::uint64_t m_unread = 0;  // taken out of the ring when it broke, and not reported
   std::optional<RingConsumer> m_consumer;
   bool m_waits = false, m_namesBroken = false, m_broken = false, m_finished = false;
   const char* m_why = "";
@@ -96,25 +96,25 @@ class TracedApp {
   const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 
-// The age of what changed at that time of day. Where the clock has been set back since, the change
-// lies ahead and is as old as the machine's run at the most: no application is to be taken for a
+// The age of a change at that time of day. If the clock was set back since, the change is in the
+// future and counts as old as the machine's uptime at most, so that no application is taken for a
 // liar because of that.
 std::chrono::nanoseconds AgeOfChange(std::chrono::nanoseconds changed, std::chrono::nanoseconds now,
                                      std::chrono::nanoseconds uptime);
 
-// Whether so many traces can have been made since that file was.
+// Whether so many traces can have been made since the file exists.
 bool IsPossible(const SegmentRest& rest, int file);
 
-// REQUIRES: it is possible.
-// One of an earlier service, which may not have brought all of it to its monitors: they learn how
-// far it came. `file`: of the segment.
+// REQUIRES: IsPossible.
+// The source of an earlier service, which may not have sent all of it to its monitors: they learn
+// its counts. `file`: of the segment.
 std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& machine, int file,
                                  Hub& hub);
 
-// What an application that has not introduced itself calls itself, as its segment tells.
+// The name that an application without a hello has, as in its segment.
 std::string AppNameIn(const SegmentMap& segment);
 
-// 16 bytes made of machine, process and its start. What comes back from another machine's monitors
-// is another instance to those of this one, who have not seen what was traced meanwhile.
+// 16 bytes made of machine, process and its start. A source that returns from another machine's
+// monitors is a new instance for those of this one, who have not seen its traces of the meantime.
 std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
                                         std::uint64_t startedNs, std::uint32_t moves);

@@ -20,7 +20,7 @@ __extension__ using Wide = unsigned __int128;
 
 constexpr std::uint64_t kSecondPs = 1'000'000'000'000;
 constexpr std::uint64_t kRateNs = 10'000'000;     // the shortest base for a rate
-constexpr std::uint64_t kRateBaseNs = kSecondNs;  // the base moves along: the kernel's rate changes
+constexpr std::uint64_t kRateBaseNs = kSecondNs;  // the base moves: the kernel's rate changes
 
 std::uint64_t ReadNs(clockid_t clock) {
   timespec time{};
@@ -37,7 +37,7 @@ std::uint64_t ReadTicks() {
 #endif
 }
 
-// The kernel has checked for us that the counters of all processors agree, if it uses them itself.
+// If the kernel uses the counter, it has checked that the counters of all processors agree.
 bool KernelUsesCounter() {
 #if defined(__x86_64__)
   char name[8] = {};
@@ -58,8 +58,8 @@ struct Civil {
   std::uint32_t date, time;  // of the second
 };
 
-// Days since 1970 to a date of the Gregorian calendar, counted from March so that the leap day is a
-// year's last.
+// Converts days since 1970 to a date of the Gregorian calendar. Years are counted from March, so
+// that the leap day is the last day of a year.
 Civil CivilOf(std::uint64_t wallNs) {
   const std::uint64_t seconds = wallNs / kSecondNs;
   const auto days = static_cast<std::uint32_t>(seconds / 86400) + 719468;
@@ -107,7 +107,7 @@ Stamp TraceClock::ByKernel() noexcept {
 }
 
 Stamp TraceClock::Now() noexcept {
-  // Every load is an acquire, so that the second look at the sequence comes last.
+  // Every load is an acquire, so that the second check of the sequence comes last.
   const std::uint32_t sequence = m_sequence.load(std::memory_order_acquire);
   const std::uint64_t startTicks = m_startTicks.load(std::memory_order_acquire);
   const std::uint64_t lengthTicks = m_lengthTicks.load(std::memory_order_acquire);
@@ -120,15 +120,15 @@ Stamp TraceClock::Now() noexcept {
   const std::uint64_t passed = ReadTicks() - startTicks;
   const std::uint64_t ticPs = startPs + Scale(passed, rate);
   const std::uint64_t inSecond = ticPs - secondPs;
-  // Behind the line's end, a counter that was set back, the next second, no line at all (its length
-  // is 0), or a line that is being drawn.
+  // After the line's end, with a counter that was set back, in the next second, without a line (its
+  // length is 0), or while the line is being computed.
   if (__builtin_expect(passed >= lengthTicks || inSecond >= kSecondPs || (sequence & 1) != 0, 0))
     return Redraw();
   return {date, time | static_cast<std::uint32_t>(inSecond / 1'000'000'000), ticPs};
 }
 
 TraceClock::Sample TraceClock::Measure() noexcept {
-  // The wall clock stands between two looks at the counter; a look that was interrupted is
+  // The wall clock is read between two reads of the counter. If the reads were interrupted they are
   // repeated.
   Sample best{};
   std::uint64_t bestTook = ~std::uint64_t{0};
@@ -158,7 +158,7 @@ Stamp TraceClock::Redraw() noexcept {
       m_recent = now;
     }
   } else if (now.ticks < m_first.ticks) {
-    m_first = now;  // the counter was set back: measure its rate anew
+    m_first = now;  // the counter was set back: measure its rate again
     m_recent = now;
     m_lengthTicks.store(0, std::memory_order_release);
   }
@@ -170,12 +170,12 @@ void TraceClock::Draw(const Sample& now, std::uint64_t ticks) noexcept {
   const std::uint64_t baseNs = now.monotonicNs - m_first.monotonicNs;
   const std::uint64_t baseTicks = now.ticks - m_first.ticks;
   auto rate = static_cast<std::uint64_t>((static_cast<Wide>(baseNs * 1000) << 32) / baseTicks);
-  // Where the old line could have been read last: the new one begins no earlier.
+  // The last point at which the old line can have been read: the new one begins no earlier.
   const std::uint64_t used = std::min(ticks - m_startTicks.load(), m_lengthTicks.load());
   const std::uint64_t reached = m_startPs.load() + Scale(used, m_psPerTick.load());
   const std::uint64_t truePs = now.monotonicNs * 1000;
   const std::uint64_t startPs = std::max(truePs, reached);
-  // A line that ran ahead of the clock is drawn flatter until the clock has caught up.
+  // A line that ran ahead of the clock gets a smaller slope until the clock has caught up.
   const std::uint64_t ahead = startPs - truePs;
   rate -= static_cast<std::uint64_t>(static_cast<Wide>(rate) * std::min(ahead, kLineNs * 500) /
                                      (kLineNs * 1000));

@@ -1,14 +1,14 @@
 // The time of a trace: UTC date and time of day, and a monotonic count of picoseconds.
 //
 // Shape    Date and time as packed in a record; the count is CLOCK_MONOTONIC in picoseconds.
-//          Where the kernel itself keeps time by the processor's time stamp counter, the counter is
-//          read directly and laid on a line through the kernel's clocks, which is drawn anew every
-//          few milliseconds and never runs backwards; that saves half of the cost of a trace.
-//          Elsewhere, and while it is being drawn, the kernel's clock is asked, which agrees with
-//          the line to tens of nanoseconds.
+//          If the kernel itself keeps time by the processor's time stamp counter, the clock reads
+//          that counter, and a linear function ("the line") maps it to the kernel's clocks. The
+//          line is computed again every few milliseconds and never runs backwards. That saves half
+//          of the cost of a trace. Otherwise, and while the line is being computed, the kernel's
+//          clock is read; it agrees with the line to tens of nanoseconds.
 // Errors   None.
-// Threads  Any, also in a signal handler: who meets the line while it is being drawn asks the
-//          kernel.
+// Threads  Any, also in a signal handler: a thread that meets the line while it is being computed
+//          asks the kernel.
 #pragma once
 
 #include <atomic>
@@ -23,12 +23,12 @@ struct Stamp {
 
 class TraceClock {
  public:
-  // Finds out whether the counter can be used. Once, before the first Now.
+  // Finds out whether the counter can be used. Call it once, before the first Now.
   void Begin();
   Stamp Now() noexcept;
-  // In the child of a fork: another thread of the parent may have been drawing the line.
+  // In the child of a fork: another thread of the parent may have been computing the line.
   void AfterFork() noexcept;
-  // The same by the kernel's clocks alone.
+  // The same with the kernel's clocks only.
   static Stamp ByKernel() noexcept;
   bool UsesCounter() const { return m_usesCounter; }
 
@@ -41,14 +41,14 @@ class TraceClock {
   void Draw(const Sample& now, std::uint64_t ticks) noexcept;
   static Sample Measure() noexcept;
 
-  // The line, under a sequence lock: odd while it is being drawn.
+  // The line, under a sequence lock: odd while it is being computed.
   alignas(64) std::atomic<std::uint32_t> m_sequence{0};
   std::atomic<std::uint32_t> m_date{0}, m_secondOfDayTime{0};
   std::atomic<std::uint64_t> m_startTicks{0}, m_lengthTicks{0};
   std::atomic<std::uint64_t> m_startPs{0};
-  std::atomic<std::uint64_t> m_psPerTick{0};  // 32 bits behind the point
+  std::atomic<std::uint64_t> m_psPerTick{0};  // fixed point, 32 fractional bits
   std::atomic<std::uint64_t> m_secondPs{0};   // the count at which this second began
-  // Only touched while drawing.
+  // Only used while the line is computed.
   Sample m_first{}, m_recent{};  // the base of the rate, and the next one
   bool m_usesCounter = false;
 };

@@ -24,12 +24,12 @@ std::uint64_t MonotonicNs() {
          static_cast<std::uint64_t>(time.tv_nsec);
 }
 
-// What a buffer that was written in part holds. Only whole records stay in a file: a torn one would
-// swallow whatever is written behind it.
+// The content of a buffer that was written in part. Only whole records stay in a file: a torn
+// record would swallow the records written after it.
 struct Split {
   std::size_t whole = 0;     // bytes of whole records among those written
-  std::uint64_t traces = 0;  // numbered traces behind them
-  // What the loss traces behind them tell: of the ring, and of this file again.
+  std::uint64_t traces = 0;  // numbered traces after them
+  // The losses that the loss traces after them report: of the ring, and of this file again.
   std::uint64_t fromRing = 0, again = 0;
 };
 
@@ -104,7 +104,7 @@ void FileSink::DrainReserved() {
     sched_yield();
     ++waits;
   }
-  Drain(1);  // drops behind the last trace
+  Drain(1);  // drops after the last trace
 }
 
 void FileSink::Push() {
@@ -131,18 +131,18 @@ void FileSink::WriteOut() {
 void FileSink::LoseFrom(std::size_t written, int error) {
   const Split split = SplitAt({m_buffer.get(), m_used}, written);
   m_files.TakeBack(written - split.whole);
-  m_written.Clear();  // which of its names reached the file does not matter: they come again
+  m_written.Clear();  // it does not matter which names reached the file: they are written again
   Fail(split.traces, error);
   Miss(split.fromRing);
-  m_missed += split.again;  // the service is told already
+  m_missed += split.again;  // the service knows of these already
 }
 
-// Another file under the name: what is buffered goes there, with the names that only the old one
-// has.
+// Begins another file under the name. The buffered records go there, with the names that only the
+// old file has.
 bool FileSink::MoveOn() {
   if (!m_files.Renew()) return false;
-  if (m_files.Size() != 0) return true;  // still the old one
-  // Far behind all that may be put in front of it.
+  if (m_files.Size() != 0) return true;  // still the old file
+  // Far enough from the front for everything that may be put before it.
   std::uint8_t* const from = m_buffer.get() + kBufferBytes + kSlackBytes - m_used;
   const Bytes old(from, m_used);
   std::memmove(from, m_buffer.get(), m_used);
@@ -175,8 +175,8 @@ void FileSink::Abandon() {
   m_files.Abandon();
 }
 
-// Is there a file to write to? After a failure it is tried again when it is time: the same file, so
-// that a full disk does not number the good ones away.
+// Is there a file to write to? After a failure the same file is tried again after a pause, so that
+// a full disk does not number the good files away.
 bool FileSink::Ready() {
   if (__builtin_expect(m_retryNs == 0 && m_files.IsOpen(), 1)) return true;
   if (MonotonicNs() < m_retryNs) return false;
@@ -212,7 +212,7 @@ void FileSink::Take(const RingItem& item) {
   if (m_used >= kBufferBytes) PushBuffer();
 }
 
-// One trace at least goes into every file, however long it is.
+// Every file takes at least one trace, however long the trace is.
 bool FileSink::IsFullBy(Bytes trace) const {
   const std::uint64_t size = m_files.Size() + m_used;
   if (m_options.maxBytes == 0 || size <= kTrcHeaderBytes) return false;
@@ -284,7 +284,7 @@ void FileSink::Fail(std::uint64_t lost, int error) {
   Miss(lost);
 }
 
-// Told in the file as soon as it can be written again, and to the service.
+// Reported to the service, and in the file as soon as it can be written again.
 void FileSink::Miss(std::uint64_t lost) {
   m_missed += lost;
   m_unreported += lost;

@@ -1,16 +1,16 @@
 // Takes the traces of this process out of its ring and writes them as a .trc file.
 //
-// Shape    Each file has its own header and the names that its traces use; a trace gets its number
-//          here. Losses stand in the file where they happened, as traces of component "Quor",
+// Shape    Each file has its own header and the names that its traces use. A trace gets its number
+//          here. Losses are in the file where they happened, as traces of component "Quor",
 //          category "Loss", severity Warn, text "N traces lost: reason", without a number.
-// Owner    Borrows the segment and the names.
-//          The room of a trace in the ring is given back when the file has it: what was still
-//          buffered when the application was killed is left to the service.
-// Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUntold; why
-//          is told by TakeReport. The file is tried again every second.
-//          One that was removed, replaced, moved or cut short is begun anew under its name.
-// Threads  One at a time: the link thread, or a traced one when every trace is pushed, perhaps in
-//          a signal handler: what it calls (Drain, DrainReserved, Push) allocates nothing.
+// Owner    Borrows the segment and the names. The space of a trace in the ring is given back when
+//          the trace is in the file. So the service still finds the traces that were buffered when
+//          the application was killed.
+// Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUntold.
+//          TakeReport gives the reason. The file is tried again every second. A file that was
+//          removed, replaced, moved or cut short is begun again under its name.
+// Threads  One at a time: the link thread, or a traced thread when every trace is flushed, perhaps
+//          in a signal handler. So Drain, DrainReserved and Push allocate nothing.
 #pragma once
 
 #include <memory>
@@ -30,23 +30,23 @@ class FileSink {
   FileSink(const SegmentMap& segment, const NameTable& names, const LossNames& lossNames,
            std::string path, const SinkOptions& options);
 
-  // Takes the ring over and begins the file.
+  // Takes over the ring and begins the file.
   void Begin();
-  // Takes what is committed, at most `traces`. Gives how many it took.
+  // Takes committed traces, at most `traces`. Returns how many it took.
   std::size_t Drain(std::size_t traces);
-  // Takes what was reserved when the call began, and no more: the application may trace as fast as
-  // this writes. Waits for what is just being written, but not for long: that may be done by the
-  // very code that a signal handler has interrupted to come here.
+  // Takes the traces that were reserved when the call began, and no more, because the application
+  // may trace as fast as this writes. Waits for traces that are being written, but not for long:
+  // the writer may be the very code that a signal handler has interrupted to come here.
   void DrainReserved();
-  // Gives ring and file up after writing what it holds.
+  // Writes what it holds, then gives up the ring and the file.
   void End();
-  // Hands what is buffered to the kernel.
+  // Hands the buffered bytes to the kernel.
   void Push();
   bool HoldsBytes() const { return m_used != 0; }
   RingConsumer::Wait BeginWait() { return m_ring.BeginWait(); }
   void EndWait() { m_ring.EndWait(); }
 
-  // What has to be told to the service, at most once a second or, with `last`, now. False: nothing.
+  // A report for the service, at most once a second or, with `last`, now. False: there is none.
   struct Report {
     std::uint64_t lost = 0;
     int error = 0;
@@ -83,11 +83,11 @@ class FileSink {
   const SinkOptions m_options;
   RingConsumer m_ring;
   SinkFiles m_files;
-  std::unique_ptr<std::uint8_t[]> m_buffer;  // kBufferBytes, and room for what passes that mark
+  std::unique_ptr<std::uint8_t[]> m_buffer;  // kBufferBytes, and room for what exceeds them
   std::size_t m_used = 0;
   IdSet<AppNameId> m_written;  // names that the current file has
   std::uint32_t m_number = 0;
-  std::uint64_t m_missed = 0;  // lost since the last one that was written
+  std::uint64_t m_missed = 0;  // lost since the last trace that was written
   std::uint64_t m_unreported = 0;
   std::uint64_t m_retryNs = 0, m_reportNs = 0;
   int m_error = 0;

@@ -7,13 +7,14 @@
 
 #if defined(__GLIBC__) && defined(DLFO_STRUCT_HAS_EH_DBASE)
 void KeepLoaded(const void* address) {
-  static std::atomic<const link_map*> last{nullptr};  // most points lie beside the one before
+  static std::atomic<const link_map*> last{
+      nullptr};  // most points are in the module of the last one
   dl_find_object found{};
   if (_dl_find_object(const_cast<void*>(address), &found) != 0) return;
   const link_map* const module = found.dlfo_link_map;
   if (!module || !module->l_name || module->l_name[0] == '\0') return;
   if (last.exchange(module, std::memory_order_relaxed) == module) return;
-  // It is loaded already: this marks it, and gives nothing back that would have to be closed later.
+  // The module is loaded already: this only marks it, and the handle need not be closed.
   void* const handle = dlopen(module->l_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
   if (handle) dlclose(handle);
 }

@@ -1,9 +1,9 @@
-// Keeps a library in memory that an application loads and unloads by itself (dlopen, dlclose): the
+// Keeps a library in memory that an application loads and unloads (dlopen, dlclose), because the
 // runtime borrows its trace points for ever.
 //
-// Errors   None: where the C library cannot tell what an address belongs to, nothing is done.
+// Errors   None: if the C library cannot tell which module an address belongs to, nothing is done.
 // Threads  Any, but not in a signal handler.
 #pragma once
 
-// What `address` lies in stays, whatever the application closes. Nothing for the program itself.
+// Keeps the module that contains `address` loaded. Does nothing for the program itself.
 void KeepLoaded(const void* address);

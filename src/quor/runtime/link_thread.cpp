@@ -19,9 +19,9 @@ namespace {
 constexpr std::uint64_t kMsNs = 1'000'000;
 constexpr unsigned kPauseMinMs = 50, kPauseMaxMs = 2000;
 constexpr unsigned kStartPauseMs = 20;  // between tries while the service starts
-constexpr unsigned kStartMs = 3000;     // how long it may take
+constexpr unsigned kStartMs = 3000;     // how long the start may take
 constexpr int kLookMs = 1000;
-constexpr unsigned kPointsPauseMs = 10;  // registrations of that time are told together
+constexpr unsigned kPointsPauseMs = 10;  // registrations of that time are reported together
 
 std::uint64_t NowMs() {
   timespec time{};
@@ -43,7 +43,7 @@ struct LinkThread::Session {
   unsigned pauseMs = kPauseMinMs;
   bool mayStart = true;
   int sinkWaitMs = -1;
-  LinkReport report;  // on its way
+  LinkReport report;  // not sent yet
 };
 
 LinkThread& LinkThread::Get() {
@@ -82,8 +82,8 @@ void LinkThread::Wake() {
 
 void* LinkThread::Enter(void* self) {
   prctl(PR_SET_NAME, "quor");
-  // Nothing may leave the runtime, least of all an exception: without memory the link rests and
-  // the traces stay in the ring.
+  // No exception may leave the runtime. Without memory the link pauses and the traces stay in the
+  // ring.
   for (;;) {
     try {
       static_cast<LinkThread*>(self)->Run();
@@ -117,7 +117,7 @@ void LinkThread::Wait(Session& session, std::uint32_t heard) {
   if (!m_linked.load()) atMost(until(session.nextTryMs));
   if (m_linked.load() && m_pointsChanged.load()) atMost(until(session.pointsDueMs));
   if (session.sinkWaitMs >= 0) atMost(session.sinkWaitMs);
-  // Nothing rings when the service is killed, and the next may have another folder to find us in.
+  // A killed service rings no bell, and the next one may have another folder and not find us.
   if (m_linked.load()) atMost(kLookMs);
   AwaitBell(Runtime::Get().Segment().Header()->bell, heard, timeout);
 }
@@ -155,8 +155,8 @@ void LinkThread::Connect(Session& session) {
   session.mayStart = false;
 }
 
-// Starts a service on the first need only, and none where there was one: one that was stopped on
-// purpose stays so.
+// Starts a service only if none was ever reached. A service that was stopped on purpose stays
+// stopped.
 void LinkThread::NoService(Session& session) {
   const std::uint64_t now = NowMs();
   if (session.mayStart) {
@@ -179,7 +179,7 @@ void LinkThread::Disconnect(Session& session) {
   session.nextTryMs = 0;
 }
 
-// Takes all that is there.
+// Reads everything that has arrived.
 void LinkThread::Receive(Session& session) {
   std::uint8_t bytes[4096];
   bool good = true;
@@ -197,7 +197,7 @@ void LinkThread::Receive(Session& session) {
     }
   }
   if (good) return;
-  // One that the application has closed is nobody's fault: it is made anew at once.
+  // A socket that the application has closed is replaced immediately.
   const bool lost = m_socket.Get() < 0;
   Disconnect(session);
   if (lost) return;
@@ -230,7 +230,7 @@ bool LinkThread::Say(const std::vector<std::uint8_t>& frame) {
 
 void LinkThread::Report(Session& session) {
   const bool now = m_reportNow.load();
-  // One that cannot be sent now is sent to the next service.
+  // A report that cannot be sent now is sent to the next service.
   LinkReport& report = session.report;
   while (m_linked.load() && (!report.text.empty() || m_sink.TakeReport(&report, now)))
     if (Say(EncodeReport(report)))
@@ -288,7 +288,7 @@ void LinkThread::AfterForkInParent() {
   m_sink.AfterForkInParent();
 }
 
-// The thread is not there any more; what it had open belongs to the parent.
+// The child has no link thread. What that thread had open belongs to the parent.
 void LinkThread::AfterForkInChild() {
   m_sink.AfterForkInChild();
   m_socket.Close();

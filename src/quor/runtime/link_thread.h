@@ -1,11 +1,12 @@
-// The one thread of the runtime: keeps the link to the service, takes settings over when poked, and
-// writes the file sink.
+// The one thread of the runtime. It keeps the link to the service, reads changed settings when it
+// gets a Poke, and writes the file sink.
 //
-// Shape    Named "quor", every signal blocked, started with the segment. While no service answers
-//          it tries again with a growing pause; the same segment is told of each time, so that
-//          nothing that is in the ring is lost. It sleeps until its segment's bell rings, never at
-//          a descriptor: the application may close them all. So it looks once a second whether the
-//          service has gone. What the environment says was read by the thread that started it.
+// Shape    Named "quor", with every signal blocked, started together with the segment. While no
+//          service answers it tries again with a growing pause. It offers the same segment each
+//          time, so that nothing in the ring is lost. It sleeps until its segment's bell rings,
+//          never at a descriptor, because the application may close them all. So it checks once a
+//          second whether the service has ended. The thread that starts it reads the environment
+//          for it.
 // Owner    Lives until the process ends.
 // Threads  Every function here may be called from any thread.
 #pragma once
@@ -23,12 +24,12 @@ class LinkThread {
 
   void Start(const ServiceEnvironment& environment);
   void TellPoints();  // points were registered
-  void TellName();    // the application has another name: introduce it anew
+  void TellName();    // the application has another name: sends a new hello
   void PushSink() { m_sink.Push(); }
   // Waits until everything traced before the call was taken, and written if the sink is a file.
   bool WaitUntilTaken(unsigned milliseconds);
-  // At the end of the process: gives a service that is being started the chance to take the
-  // segment, and tells it what a file could not take.
+  // At the end of the process: gives a service that is being started time to take over the segment,
+  // and reports what a file could not take.
   void AtExit();
 
   void BeforeFork();
@@ -37,7 +38,7 @@ class LinkThread {
 
  private:
   enum class State { Off, Trying, Linked, Alone };
-  struct Session;  // what only the thread itself touches
+  struct Session;  // used by the thread only
 
   static void* Enter(void* self);
   void Run();
@@ -56,7 +57,7 @@ class LinkThread {
   std::atomic<State> m_state{State::Off};
   std::atomic<bool> m_linked{false};
   std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false}, m_reportNow{false};
-  KnownDescriptor m_socket;  // of the thread alone, and of a fork's child
+  KnownDescriptor m_socket;  // used by the thread, and by a fork's child
   ServiceEnvironment m_environment;
   SinkKeeper m_sink;
 };

@@ -22,7 +22,7 @@ void NameTable::Begin(const SegmentMap& segment) {
   m_published = &segment.Header()->nameBytesUsed;
   m_used = 0;
   m_count = 0;
-  // m_slots is zero as it is: to write it would cost the first trace a page fault for each page.
+  // m_slots is zero already: writing it would cost the first trace a page fault for each page.
   Append(kNoRoomId, kNoRoomText);
   Enter({});
 }

@@ -1,5 +1,5 @@
-// A lock for the rare paths of the runtime that knows its owner, so that a signal handler which
-// interrupted the owner is told so instead of waiting for ever.
+// A lock for the slow paths of the runtime. It knows its owner, so that a signal handler that
+// interrupted the owner gets an error instead of waiting for ever.
 //
 // Threads  Any, also in a signal handler. Never held over a call of the application.
 #pragma once
@@ -12,7 +12,7 @@
 
 class OwnerLock {
  public:
-  // False when this very thread holds it already.
+  // False if this thread holds the lock already.
   bool Lock() noexcept {
     const int self = gettid();
     for (int tries = 0;;) {
@@ -20,7 +20,7 @@ class OwnerLock {
       if (m_owner.compare_exchange_weak(expected, self, std::memory_order_acquire)) return true;
       if (expected == self) return false;
       if (expected == 0) continue;
-      // Only sleep lets an owner run on that has a lower real-time priority than this thread.
+      // If the owner has a lower real-time priority than this thread, only sleep lets it run.
       const timespec pause{0, kPauseNs};
       if (++tries <= kYields)
         sched_yield();
@@ -29,7 +29,7 @@ class OwnerLock {
     }
   }
   void Unlock() noexcept { m_owner.store(0, std::memory_order_release); }
-  // In the child of a fork: `held` tells whether code that this thread interrupted still holds it.
+  // In the child of a fork: `held` says whether code that this thread interrupted still holds it.
   void AfterFork(bool held) noexcept {
     m_owner.store(held ? gettid() : 0, std::memory_order_relaxed);
   }
@@ -40,7 +40,7 @@ class OwnerLock {
   std::atomic<int> m_owner{0};
 };
 
-// Holds a lock for a scope, where it can be had.
+// Holds a lock for a scope, if Lock succeeds.
 class OwnerGuard {
  public:
   explicit OwnerGuard(OwnerLock& lock) noexcept : m_lock(lock), m_held(lock.Lock()) {}

@@ -70,7 +70,7 @@ std::uint32_t PointTable::EntryOf(AppNameId component, AppNameId category) {
   }
   const std::uint32_t count = m_count.load(std::memory_order_relaxed);
   if (count == m_capacity) return count - 1;
-  // Without memory for an entry of its own it has the settings of the last.
+  // Without memory for an entry of its own the point shares the last entry.
   if (!m_memory.Reach((count + 1) * sizeof(SegmentPoint))) return count == 0 ? 0 : count - 1;
   const bool last = count + 1 == m_capacity;
   m_entries[count].component = last ? m_noRoomComponent : component;

@@ -3,7 +3,7 @@
 // Shape    Points of the same component and category share an entry. When the segment has no more
 //          entries, all further points share the last one, whose category says so.
 // Owner    Borrows the points of the application, for ever.
-// Errors   No count in the segment is believed: see NameTable.
+// Errors   No count in the segment is used: see NameTable.
 // Threads  Under the runtime's lock.
 #pragma once
 
@@ -15,16 +15,16 @@ class PointTable {
  public:
   static constexpr const char* kNoRoomCategory = "(no room for more trace points)";
 
-  // Once, in storage that is zero.
+  // Call it once, in zeroed storage.
   void Begin(const SegmentMap& segment, NameTable& names);
-  // Takes the entries along into another, empty segment, with their settings.
-  // REQUIRES: it has memory for them.
+  // Copies the entries with their settings into another, empty segment.
+  // REQUIRES: the segment has memory for them.
   void Move(const SegmentMap& segment);
   // Enters the point and sets its fields, the settings last.
   void Register(quor_point* point, NameTable& names);
   // Copies the settings of the segment into every registered point.
   void TakeSettings();
-  // Every bit that any entry of the segment has.
+  // All bits that are set in any entry of the segment.
   std::uint32_t AnySettings() const;
   std::uint32_t Count() const { return m_count.load(std::memory_order_relaxed); }
 

@@ -63,14 +63,14 @@ std::string_view ExecutableName(char (&buffer)[4096]) {
   return path.substr(path.rfind('/') + 1);
 }
 
-// Memory that the service does not find goes to it over the link, which needs a descriptor too.
+// Memory that the service cannot find is sent over the link, which needs a descriptor too.
 bool HasDescriptorLeft() {
   const int another = open("/", O_PATH | O_CLOEXEC);
   if (another >= 0) close(another);
   return another >= 0;
 }
 
-// Raw storage: constructed before the first use, destroyed never.
+// Raw storage: constructed before the first use, never destroyed.
 alignas(Runtime) unsigned char g_storage[sizeof(Runtime)];
 std::atomic<int> g_constructed{0};  // 0: no, 1: being done, 2: done
 
@@ -98,7 +98,7 @@ bool Runtime::Start() {
   return guard && StartLocked();
 }
 
-// What the start lacked, descriptors or memory say, may be there later.
+// What the start lacked, descriptors or memory, may be available later.
 bool Runtime::StartLocked() {
   if (HasRing()) return true;
   if (!MayTry()) return false;
@@ -126,14 +126,14 @@ void Runtime::StartSegment() {
   m_hot.ring = RingProducer(m_segment);
   HandOverLost();
   RegisterDeclared();
-  // Before the first trace: whatever happens to this process, its service finds it.
+  // Before the first trace: so the service finds it whatever happens to this process.
   m_found = folder.Show();
   m_hot.generation.store(++m_lastGeneration);
-  HandOverLost();  // of those that saw no ring until now
+  HandOverLost();  // losses of traces that found no ring until now
   LinkThread::Get().Start(environment);
 }
 
-// In a file that the service finds; where there can be none, in memory that is handed to it later.
+// In a file that the service finds; if that is impossible, in memory that is sent to it later.
 bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
                           const ServiceEnvironment& environment) {
   const std::uint64_t startedNs = NowNs(CLOCK_REALTIME), salt = HardToGuess();
@@ -142,7 +142,7 @@ bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
   const bool found =
       folder.Open(path) || (PrepareSocketFolder(path, nullptr, environment) && folder.Open(path));
   int file = found ? folder.NewFile(startedNs, HardToGuess()) : -1;
-  // A service that just ended has removed it.
+  // A service that just ended has removed the folder.
   if (found && file < 0 && errno == ENOENT && folder.Open(path))
     file = folder.NewFile(startedNs, HardToGuess());
   if (file >= 0 && segment.Create(sizes, startedNs, salt, file) && HasRoomForAll(segment))
@@ -151,13 +151,13 @@ bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
   return segment.Create(sizes, startedNs, salt) && HasRoomForAll(segment) && HasDescriptorLeft();
 }
 
-// For the names and points that a fork's child takes along.
+// For the names and points that a fork's child copies.
 bool Runtime::HasRoomForAll(const SegmentMap& segment) const {
   return !m_segment || (segment.NamesMemory().Reach(m_names.UsedBytes()) &&
                         segment.PointsMemory().Reach(m_points.Count() * sizeof(SegmentPoint)));
 }
 
-// The first segment, or in a fork's child one that knows all names and points of the parent's.
+// Fills the first segment, or in a fork's child one with all names and points of the parent.
 void Runtime::FillSegment(SegmentMap& segment) {
   const bool first = !m_segment;
   if (first) {
@@ -173,7 +173,7 @@ void Runtime::FillSegment(SegmentMap& segment) {
   char machine[256], pid[16], path[4096];
   m_hot.machine = m_names.Enter(MachineName(machine));
   m_hot.unknownThread = m_names.Enter("?");
-  m_names.Enter("Loss");  // of the file sink: there must be room for it later
+  m_names.Enter("Loss");  // for the file sink: there must be room for it later
   std::snprintf(pid, sizeof pid, "%d", static_cast<int>(getpid()));
   m_hot.pid = m_names.Enter(pid);
   m_hot.app.store(m_names.Enter(m_appName[0] ? std::string_view(m_appName) : ExecutableName(path)));
@@ -199,13 +199,13 @@ void Runtime::NameApplication(const char* name) {
     renamed = m_hot.app.exchange(app) != app;
     m_segment.Header()->appName = app;
   }
-  // A name that comes after the first trace is told by introducing the application anew.
+  // A name that comes after the first trace is sent with a new hello.
   if (renamed) LinkThread::Get().TellName();
   LinkThread::Get().TellPoints();
 }
 
-// First counted, then looked: who starts the ring does it the other way round, so that one of the
-// two hands it over.
+// Counts first, then checks for a ring. The start of a ring does the two in the other order, so
+// that one of the two threads hands the count over.
 void Runtime::CountLost() {
   m_lostOutside.fetch_add(1);
   if (m_hot.generation.load() != 0) HandOverLost();
@@ -225,7 +225,7 @@ void Runtime::TellLost() {
 void Runtime::Declare(quor_point* point) {
   // The mark keeps a point that is declared twice from being linked to itself.
   if (__atomic_exchange_n(&point->reserved, 1u, __ATOMIC_RELAXED) != 0) return;
-  // A module loaded later registers at once: the application has begun.
+  // A module that is loaded later registers immediately, because the application has started.
   if (m_hot.generation.load(std::memory_order_acquire) != 0) {
     Register(point);
     return;
@@ -237,7 +237,7 @@ void Runtime::Declare(quor_point* point) {
 
 void Runtime::RegisterDeclared() {
   quor_point* point = m_declared.exchange(nullptr, std::memory_order_acquire);
-  // They were pushed newest first; the trace map wants the order of the declarations.
+  // They were pushed newest first; the trace map needs the order of the declarations.
   quor_point* inOrder = nullptr;
   while (point) {
     quor_point* const next = point->next;
@@ -271,8 +271,8 @@ bool Runtime::Register(quor_point* point) {
 }
 
 void Runtime::TakeSettings() {
-  // Before the first trace with a stack, which may happen where nothing can be loaded; and without
-  // the lock, as the loader may run code that registers points.
+  // Before the first trace with a stack, which may happen where nothing can be loaded. Without the
+  // lock, because the loader may run code that registers points.
   if (m_segment && (m_points.AnySettings() & QUOR_STACK) != 0) PrimeStack();
   OwnerGuard guard(m_lock);
   if (guard && m_segment) m_points.TakeSettings();

@@ -1,11 +1,11 @@
 // The state of the runtime in this process: its segment, names, points, clock and sink.
 //
-// Shape    One object in static storage that is never destroyed, so that traces in static
-//          constructors and destructors, and in threads that outlive main, find it whole.
+// Shape    One object in static storage that is never destroyed, so that it can be used by traces
+//          in static constructors and destructors, and in threads that outlive main.
 // Errors   Without a segment (no memory, no descriptors) every trace is counted as lost. A later
-//          one tries again, after a pause that grows to a second; the segment that comes then tells
-//          the count.
-// Threads  Hot() and what it holds: any, also in a signal handler. The rest under Lock().
+//          trace tries again, after a pause that grows to a second. The first segment reports the
+//          count.
+// Threads  Hot() and its members: any, also in a signal handler. The rest under Lock().
 #pragma once
 
 #include <string_view>
@@ -18,10 +18,11 @@
 #include "quor/runtime/owner_lock.h"
 #include "quor/runtime/point_table.h"
 
-constexpr std::uint32_t kSettingsMask = 0x031F;  // the seven bits that a point knows
-constexpr std::uint32_t kSupport = 7;            // until the service has told its settings
+constexpr std::uint32_t kSettingsMask = 0x031F;  // the seven bits of a point
+constexpr std::uint32_t kSupport = 7;            // until the service has sent its settings
 
-// What a trace reads. Written before `generation` is, and by a fork's child while it is alone.
+// The state that a trace reads. Written before `generation`, and by a fork's child while it is
+// alone.
 struct HotState {
   alignas(64) std::atomic<std::uint32_t> generation{0};  // of the segment; 0: none yet
   std::atomic<bool> pushEach{false};  // the file sink wants each trace written at once
@@ -38,32 +39,32 @@ class Runtime {
   HotState& Hot() { return m_hot; }
   OwnerLock& Lock() { return m_lock; }
 
-  // Makes sure that there is a segment of this very process and that its link runs. False when
-  // there can be none now.
+  // Makes sure that this process has a segment of its own and that its link runs. False: not
+  // possible now.
   bool Start();
   void NameApplication(const char* name);
   void Declare(quor_point* point);
-  // False when this thread was interrupted while it held the lock: the point stays unregistered.
+  // False if this thread was interrupted while it held the lock: the point stays unregistered.
   bool Register(quor_point* point);
-  // Lets the points have the settings that stand in the segment.
+  // Copies the settings of the segment to the points.
   void TakeSettings();
-  // The id of a text; unknownThread's when it cannot be entered now.
+  // The id of a text; unknownThread if it cannot be entered now.
   AppNameId EnterName(std::string_view text);
-  // There is a ring that this very process traces into. Any thread.
+  // True if this process has a ring of its own. Any thread.
   bool HasRing() const { return m_hot.generation.load(std::memory_order_acquire) != 0; }
-  // A trace that could not even reach a ring; the first one that there is tells of it.
+  // Counts a trace that did not even reach a ring. The first ring will report the count.
   void CountLost();
-  // At the end of the process: a last try for a ring that tells of it.
+  // At the end of the process: tries once more to get a ring that reports the count.
   void TellLost();
   void Count(quor_counts* counts);
 
   const SegmentMap& Segment() const { return m_segment; }
-  // A service finds the segment by itself.
+  // True if a service finds the segment by its file.
   bool IsFound() const { return m_found; }
   const NameTable& Names() const { return m_names; }
   std::string_view AppName() const { return m_names.Text(m_hot.app.load()); }
 
-  // The fork handlers; the child begins anew with its next trace.
+  // The fork handlers. The child starts with a new segment at its next trace.
   void BeforeFork();
   void AfterForkInParent();
   void AfterForkInChild();
@@ -90,7 +91,7 @@ class Runtime {
   std::atomic<std::uint64_t> m_lostOutside{0};
   std::uint32_t m_lastGeneration = 0;
   char m_appName[256] = {};
-  std::atomic<std::uint64_t> m_nextTryMs{0};  // of a start that failed
+  std::atomic<std::uint64_t> m_nextTryMs{0};  // after a failed start
   unsigned m_pauseMs = kTryPauseMinMs;
   bool m_found = false;
   bool m_heldAtFork = false;

@@ -26,7 +26,7 @@ std::string StemOf(const std::string& path) {
   return has ? path.substr(0, path.size() - kExtension.size()) : path;
 }
 
-// A path that the application's later changes of its folder do not move.
+// An absolute path, which later changes of the application's working directory do not affect.
 std::string FromRoot(std::string path) {
   char folder[4096];
   if (path.empty() || path[0] == '/' || !getcwd(folder, sizeof folder)) return path;
@@ -38,7 +38,7 @@ std::string FolderOfFile(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1);
 }
 
-// May somebody else put files into it?
+// May other users put files into it?
 bool IsShared(const struct stat& folder) {
   const bool trusted = folder.st_uid == geteuid() || folder.st_uid == 0;
   return !trusted || (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0;
@@ -183,8 +183,8 @@ bool SinkFiles::Write(const std::uint8_t* bytes, std::size_t size, std::size_t* 
 
 void SinkFiles::TakeBack(std::size_t bytes) {
   m_size -= bytes;
-  // Where this fails the file ends in a record cut short, which every reader must bear anyway; what
-  // follows goes to a new file.
+  // If this fails the file ends in a cut record, which every reader must accept anyway. Later
+  // records go to a new file.
   const int file = m_descriptor.Get();
   if (file < 0 || ftruncate(file, static_cast<off_t>(m_size)) != 0 ||
       lseek(file, static_cast<off_t>(m_size), SEEK_SET) < 0)
@@ -201,7 +201,7 @@ int SinkFiles::OpenInFolder(bool* shared) {
   if (in < 0) return -1;
   struct stat status {};
   *shared = fstat(in, &status) != 0 || IsShared(status);
-  // Never waits for the reader of a FIFO.
+  // Does not wait for the reader of a FIFO.
   const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   const int file = openat(in, m_current->Name(), flags | (*shared ? O_NOFOLLOW : 0), 0600);
   const int error = errno;
@@ -224,7 +224,7 @@ SinkFiles::Opened SinkFiles::OpenLocked() {
   if (known && shared && (status.st_uid != geteuid() || status.st_nlink > 1)) {
     error = EACCES;
   } else if (known && S_ISREG(status.st_mode)) {
-    // On a file system without locks it is written all the same.
+    // On a file system without locks the file is written without a lock.
     const bool locked = flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
     error = errno;
     // Another instance may have numbered the file away before it was locked.
@@ -249,8 +249,8 @@ bool SinkFiles::Regain() {
   return same;
 }
 
-// What the file says of itself costs nothing more and tells of a removal or a cut at once; where it
-// is named is looked up now and then.
+// The file's status costs nothing extra and shows a removal or a cut immediately. The name is
+// checked only now and then.
 bool SinkFiles::IsInPlace(const struct stat& status) {
   if (IsCut(status, m_size)) return false;
   const std::uint64_t now = CoarseNs();
@@ -267,7 +267,7 @@ bool SinkFiles::NumberAway() {
   for (; last > 1; --last)
     if (std::rename(Numbered(last - 1, m_from), Numbered(last, m_to)) != 0) return false;
   if (std::rename(m_current->path.c_str(), Numbered(1, m_to)) != 0) return false;
-  // The limit may have been lowered since.
+  // The limit may have become lower.
   if (most != 0)
     for (std::uint32_t more = most + 1; std::remove(Numbered(more, m_to)) == 0;) ++more;
   return true;

@@ -13,9 +13,9 @@
 namespace {
 
 constexpr std::size_t kDrainTraces = 8192;
-constexpr int kBusyPauseMs = 4;             // between drains of a busy ring
-constexpr int kIdlePauseMs = 250;           // what a push of another thread met is reported by then
-constexpr std::uint64_t kIdlePushMs = 100;  // what is buffered reaches the file after that
+constexpr int kBusyPauseMs = 4;    // between drains of a busy ring
+constexpr int kIdlePauseMs = 250;  // failures in another thread's push are reported by then
+constexpr std::uint64_t kIdlePushMs = 100;  // buffered bytes are written to the file after that
 
 std::uint64_t CoarseNowMs() {
   timespec time{};
@@ -65,7 +65,7 @@ void SinkKeeper::Set(const LinkSink& sink) {
   {
     OwnerGuard guard(m_lock);
     SegmentHeader& header = *runtime.Segment().Header();
-    // A link that has ended ordered this: by now a service takes without one.
+    // A link that has ended sent this order: by now a service takes traces without a link.
     if (file && !ClaimRing(header, RingClaim::Application)) return;
     std::swap(m_setting, setting);
     if (old) old->End();
@@ -118,7 +118,7 @@ void SinkKeeper::Push() {
     m_again.store(false);
     OwnerGuard guard(m_lock);
     if (!guard) {
-      // A signal handler that interrupted a push of its own thread: that one does it once more.
+      // A signal handler has interrupted a push of its own thread: that push will be repeated.
       m_again.store(true);
       return;
     }
@@ -146,9 +146,9 @@ void SinkKeeper::AfterForkInParent() {
 
 void SinkKeeper::AfterForkInChild() {
   m_lock.AfterFork(m_heldAtFork);
-  // Left behind, not destroyed: code that the fork interrupted may still be in it.
+  // Abandoned, not destroyed: code that the fork interrupted may still be in it.
   if (FileSink* const sink = m_sink.exchange(nullptr)) sink->Abandon();
-  // Made anew, not assigned: the parent's thread may have been changing them.
+  // Constructed again, not assigned: the parent's thread may have been changing them.
   new (&m_setting) LinkSink;
   new (&m_left) LinkReport;
 }

@@ -1,11 +1,10 @@
-// The file sink of this process, while it has one, and who may touch it when.
+// The file sink of this process, if it has one, and the lock around it.
 //
 // Shape    Without a file sink the service takes the traces out of the ring.
-// Owner    Of the sink.
-// Errors   What a sink could not write is told by TakeReport, also when it is no longer in use.
-// Threads  Set, Serve, TakeReport: the link thread. Push and End: any, also a signal handler; so
-//          nothing is allocated under the lock, because the handler may have interrupted the
-//          allocator.
+// Owner    Owns the sink.
+// Errors   TakeReport reports what a sink could not write, also after the sink was removed.
+// Threads  Set, Serve, TakeReport: the link thread. Push and End: any, also a signal handler. So
+//          nothing is allocated under the lock: the handler may have interrupted the allocator.
 #pragma once
 
 #include <atomic>
@@ -18,14 +17,15 @@
 class SinkKeeper {
  public:
   RingTaker Taker() const { return m_sink.load() ? RingTaker::Application : RingTaker::Service; }
-  // Makes the sink what the service wants; a file that is given up gets all that is in the ring.
+  // Sets the sink that the service orders. A file that is given up first gets all traces in the
+  // ring.
   void Set(const LinkSink& sink);
-  // Writes what came. Gives the milliseconds after which it wants to be called again, or when the
-  // segment's bell rings; -1: there is no sink.
+  // Writes new traces. Returns the milliseconds after which it must be called again, unless the
+  // segment's bell rings earlier; -1: there is no sink.
   int Serve();
-  // At most once a second, or with `last` whatever there is.
+  // At most once a second, or with `last` any report that there is.
   bool TakeReport(LinkReport* report, bool last = false);
-  // Everything that is in the ring goes to the file before this returns.
+  // Writes everything in the ring to the file before it returns.
   void Push();
   // The process ends: from now on nothing is buffered.
   void End();
@@ -40,7 +40,7 @@ class SinkKeeper {
   std::atomic<bool> m_again{false};  // a push came while its own thread held the lock
   std::atomic<bool> m_ending{false};
   LinkSink m_setting;
-  LinkReport m_left;  // of the sink before this one
+  LinkReport m_left;  // of the previous sink
   std::uint64_t m_pushDueMs = 0;
   bool m_heldAtFork = false;
 };

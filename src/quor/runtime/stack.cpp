@@ -13,12 +13,12 @@ namespace {
 
 constexpr int kFrames = 128;
 
-// The code to which the kernel returns from a signal handler: the C library's is
-// `mov $15, %rax; syscall`. A stack that passes through it was taken inside a handler.
+// Does the kernel return to this code from a signal handler? The C library's code is
+// `mov $15, %rax; syscall`. A stack that contains it was taken inside a handler.
 bool IsSignalReturn(const void* code) {
 #if defined(__x86_64__)
   static const unsigned char kReturn[] = {0x48, 0xC7, 0xC0, 0x0F, 0, 0, 0, 0x0F, 0x05};
-  // Byte by byte: no further than it agrees, as the code may end with its page.
+  // Byte by byte, only as far as it agrees, because the code may end with its page.
   const auto* const bytes = static_cast<const unsigned char*>(code);
   for (std::size_t i = 0; i < sizeof kReturn; ++i)
     if (bytes[i] != kReturn[i]) return false;

@@ -1,4 +1,4 @@
-// The C interface: traces, and what little stands around them.
+// The C interface: tracing, and the few functions around it.
 #include <signal.h>
 #include <unistd.h>
 
@@ -22,8 +22,8 @@ namespace {
 constexpr std::size_t kStackTextBytes = 8192;
 constexpr std::size_t kStackForWalk = 32 * 1024;
 
-// What a thread knows of itself. Plain data in the initial thread-local block: nothing is allocated
-// at its first use and nothing is destroyed at the thread's end.
+// The state of a thread. Plain data in the initial thread-local block: nothing is allocated at its
+// first use and nothing is destroyed at the thread's end.
 struct ThreadState {
   std::uint32_t generation;
   AppNameId name;
@@ -37,8 +37,8 @@ struct Extras {
   std::string_view stack;
 };
 
-// The application looks at errno after it has traced: only the rare paths touch it, and they put it
-// back.
+// The application may look at errno after it has traced. Only the slow paths change errno, and they
+// restore it.
 class ErrnoKeeper {
  public:
   ErrnoKeeper() noexcept : m_error(errno) {}
@@ -50,7 +50,7 @@ class ErrnoKeeper {
   const int m_error;
 };
 
-// False when there is no ring to write to.
+// False: there is no ring to write to.
 __attribute__((noinline)) bool EnterThread(Runtime& runtime) {
   const ErrnoKeeper keeper;
   if (!runtime.Start()) return false;
@@ -62,7 +62,7 @@ __attribute__((noinline)) bool EnterThread(Runtime& runtime) {
   char number[16];
   const int length = std::snprintf(number, sizeof number, "%d", static_cast<int>(gettid()));
   const AppNameId name = runtime.EnterName({number, static_cast<std::size_t>(length)});
-  // A signal handler that interrupted such an entry: "?" for now, and the next trace tries again.
+  // A signal handler that interrupted such a call gets "?" for now, and the next trace tries again.
   const bool known = name != runtime.Hot().unknownThread;
   t_thread = {known ? generation : 0, name, false};
   return true;
@@ -85,7 +85,7 @@ void Write(HotState& hot, const quor_point& point, unsigned attributes, const ch
   if (!hot.ring.Reserve(static_cast<std::uint32_t>(kTraceFixedBytes + length + stack.size()), slot))
     return;
   StoreRecord<AppNameId>(slot.record,
-                         {.count = 0,  // who takes the trace numbers it
+                         {.count = 0,  // the taker of the trace numbers it
                           .machine = hot.machine,
                           .app = hot.app.load(std::memory_order_relaxed),
                           .component = LoadId<AppNameId>(&point.names[0]),
@@ -103,8 +103,8 @@ void Write(HotState& hot, const quor_point& point, unsigned attributes, const ch
   hot.ring.Commit(slot);
 }
 
-// The stack of a signal handler may be far too small for a walk of it: the handler's trace then
-// says so instead of running over the end.
+// The stack of a signal handler may be too small for a walk of it. The handler's trace then says so
+// instead of running over the end.
 bool HasRoomForWalk() {
   stack_t stack{};
   return sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_ONSTACK) == 0 ||
@@ -206,7 +206,7 @@ int quor_first_use(quor_point* point, unsigned attributes) {
   const ErrnoKeeper keeper;
   Runtime& runtime = Runtime::Get();
   if (!runtime.Register(point)) {
-    // The trace has no ring to go to, or would deadlock in a signal handler: counted, not made.
+    // There is no ring, or tracing would deadlock in a signal handler: the trace is only counted.
     if ((kSupport & attributes) == attributes) runtime.CountLost();
     return 0;
   }
@@ -240,13 +240,13 @@ void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsig
   va_copy(again, arguments);
   const int length = std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
-  // A format that cannot be printed is itself the most useful text.
+  // If a format cannot be printed, the format itself is the most useful text.
   if (length < 0) {
     Trace(point, attributes, file, line, format, std::strlen(format), caller);
   } else if (static_cast<std::size_t>(length) < sizeof text) {
     Trace(point, attributes, file, line, text, static_cast<std::size_t>(length), caller);
   } else {
-    // One byte more than a record takes, so that the cut is seen there.
+    // One byte more than a record takes, so that the cut is noticed there.
     const std::size_t room = std::min<std::size_t>(static_cast<std::size_t>(length), 65540) + 1;
     auto* const longer = static_cast<char*>(std::malloc(room));
     if (longer) std::vsnprintf(longer, room, format, again);

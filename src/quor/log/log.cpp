@@ -14,10 +14,10 @@
 
 namespace {
 
-constexpr std::size_t kLineBytesMax = 2000;  // a pipe that has room has room for this
+constexpr std::size_t kLineBytesMax = 2000;  // a pipe that poll reports writable takes this much
 
 LogLevel g_level = LogLevel::Info;
-std::string g_file;  // that standard error goes to; empty: not ours
+std::string g_file;  // where standard error goes; empty: not our file
 std::uint64_t g_unwritten = 0;
 
 constexpr std::array<std::pair<const char*, LogLevel>, 4> kWords = {{
@@ -27,8 +27,8 @@ constexpr std::array<std::pair<const char*, LogLevel>, 4> kWords = {{
     {"debug", LogLevel::Debug},
 }};
 
-// The variable is inherited by programs whose standard error goes elsewhere: it names the journal's
-// end by device and inode.
+// Programs inherit the variable, also when their standard error goes elsewhere. So it names the
+// journal's stream by device and inode.
 bool GoesToJournal() {
   const char* const stream = std::getenv("JOURNAL_STREAM");
   struct stat status {};
@@ -66,7 +66,7 @@ void RenewLargeFile() {
   if (std::rename(g_file.c_str(), (g_file + ".1").c_str()) == 0) OpenFile();
 }
 
-// A service that waits for the reader of its words would hold up everybody.
+// A service that waits for the reader of its log would hold up all clients.
 bool CanWrite() {
   pollfd ready{STDERR_FILENO, POLLOUT, 0};
   return poll(&ready, 1, 0) == 1 && (ready.revents & POLLOUT) != 0;

@@ -42,7 +42,7 @@ class StreamOver final : public ByteStream {
   Socket m_socket;
 };
 
-// One attempt; keeps itself until it has called back.
+// One attempt; keeps itself alive until it has called back.
 class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
  public:
   TlsAttempt(const asio::any_io_executor& executor, std::shared_ptr<asio::ssl::context> context,

@@ -1,7 +1,8 @@
 // A connected stream of bytes: a unix socket, or TLS over TCP.
 //
-// Owner    Lives until the handlers of its operations have run: they keep it (see connection.h).
-// Errors   As the system tells them, in the handler.
+// Owner    Lives until the handlers of its operations have run, because they hold it (see
+//          connection.h).
+// Errors   System errors, passed to the handler.
 // Threads  The one that runs its io_context.
 #pragma once
 
@@ -38,8 +39,8 @@ std::shared_ptr<ByteStream> MakeStream(LocalSocket socket);
 // REQUIRES: the handshake is done.
 std::shared_ptr<ByteStream> MakeStream(std::unique_ptr<TlsSocket> socket);
 
-// Connects to another machine's service: looks its name up, connects, shakes hands and checks its
-// certificate against the name. Calls back once: the stream, or null and a reason.
+// Connects to another machine's service: resolves its name, connects, does the handshake and checks
+// the certificate against the name. Calls back once: the stream, or null and a reason.
 using Connected = std::function<void(std::shared_ptr<ByteStream> stream, std::string why)>;
 void ConnectTls(const asio::any_io_executor& executor, std::shared_ptr<asio::ssl::context> context,
                 const std::string& host, std::uint16_t port, std::chrono::milliseconds deadline,

@@ -7,8 +7,8 @@
 
 namespace {
 
-// A TLS peer that closes its socket without a farewell, as a process that ends does, has ended it
-// like any other: what was cut is seen by the length of its frame.
+// A TLS peer may close its socket without a close message, as a process that ends does. That is a
+// normal end: the length of a frame shows whether it was cut.
 std::string Words(const std::error_code& error) {
   if (error == asio::error::eof || error == asio::ssl::error::stream_truncated)
     return "the peer has ended it";
@@ -17,11 +17,11 @@ std::string Words(const std::error_code& error) {
 }
 
 constexpr std::size_t kReadBytes = 128u << 10;
-constexpr std::size_t kWriteBytes = 256u << 10;  // what one gather write aims at
+constexpr std::size_t kWriteBytes = 256u << 10;  // the size that one gather write aims at
 constexpr std::size_t kWriteParts = 64;
 constexpr std::chrono::milliseconds kEndPatience{1000};
 
-// What a queued part costs. A peer that asks for short answers and reads none makes many.
+// The cost of a queued part. A peer that asks for short answers and reads none makes many parts.
 std::size_t Cost(const SharedBytes& part) {
   constexpr std::size_t kPartBytes = 128;
   return part->size() + kPartBytes;
@@ -100,7 +100,7 @@ void Connection::OnRead(const std::error_code& error, std::size_t bytes) {
   if (m_ended) return;
   if (error) return Fail(Words(error));
   m_lastRead = m_lived.Now();
-  if (m_ending) return Read();  // into the same room: what comes now is not looked at
+  if (m_ending) return Read();  // into the same room: these bytes are ignored
   m_reader.Filled(bytes);
   while (m_handler) {
     const std::optional<Frame> frame = m_reader.Next();
@@ -176,7 +176,7 @@ void Connection::Close() {
   if (m_ended) return;
   m_ended = true;
   m_handler = nullptr;
-  m_queue.clear();  // m_writing stays: the stream may still look at it
+  m_queue.clear();  // m_writing stays: the stream may still read it
   m_timer.cancel();
   m_stream->Close();
 }

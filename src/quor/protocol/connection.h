@@ -1,12 +1,12 @@
-// One framed connection, for the client and the service alike.
+// A connection that carries frames, used by clients and the service.
 //
-// Owner    Start gives a shared connection, which keeps itself while operations are under way. The
-//          handler must live until OnClosed, Close or CloseAfterWriting, after which it is never
-//          called again. What is sent is shared and must not change.
-// Errors   A malformed frame, a failed or too slow write, or a silent peer closes it: OnClosed is
-//          called once, with a reason for the log. Time that this process stood still is nobody's
-//          silence.
-// Threads  The one that runs the stream's io_context. Nothing is called back from inside Send.
+// Owner    Start returns a shared connection, which keeps itself alive while operations are in
+//          progress. The handler must live until OnClosed, Close or CloseAfterWriting; after that
+//          it is never called again. Sent bytes are shared and must not change.
+// Errors   A malformed frame, a failed or too slow write, or a silent peer closes the connection:
+//          OnClosed is called once, with a reason for the log. Time in which this process was
+//          stopped does not count as silence.
+// Threads  The thread that runs the stream's io_context. Send never calls back.
 #pragma once
 
 #include <asio/steady_timer.hpp>
@@ -30,7 +30,7 @@ SharedBytes ShareBytes(std::vector<std::uint8_t> bytes);
 
 struct ConnectionLimits {
   std::size_t queueBytesMax = 32u << 20;
-  std::chrono::milliseconds heartbeat{2000};       // sent when nothing else was
+  std::chrono::milliseconds heartbeat{2000};       // sent when nothing else was sent
   std::chrono::milliseconds writeDeadline{10000};  // for one gather write of at most 256 KiB
   std::chrono::milliseconds silenceDeadline{10000};
 };
@@ -39,9 +39,9 @@ class Connection final : public std::enable_shared_from_this<Connection> {
  public:
   class Handler {
    public:
-    // Every frame but heartbeats. The body is borrowed for the call.
+    // Every frame except heartbeats. The body is borrowed for the call.
     virtual void OnFrame(const Frame& frame) = 0;
-    // A write is done: QueuedBytes() fell.
+    // A write has ended: QueuedBytes() has become smaller.
     virtual void OnWritten() {}
     virtual void OnClosed(const std::string& reason) = 0;
 
@@ -56,17 +56,17 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   bool Send(FrameType type, const google::protobuf::MessageLite& message);
   // Whole frames as EncodeFrame makes them.
   bool Send(const SharedBytes& frames);
-  // One data frame, names in front (may be null). REQUIRES: together within kDataFrameBytesMax - 1.
+  // One data frame, names first (may be null). REQUIRES: together within kDataFrameBytesMax - 1.
   bool SendData(const SharedBytes& names, const SharedBytes& records);
 
-  // With those being written, and what keeping them costs.
+  // Includes the bytes that are being written, and the overhead of the queue.
   std::size_t QueuedBytes() const { return m_queuedBytes; }
   bool IsOpen() const { return m_handler != nullptr; }
-  // No frame longer than this from now on, see FrameReader::Limit.
+  // From now on a longer frame is an error, see FrameReader::Limit.
   void LimitFrames(std::size_t bytes) { m_reader.Limit(bytes); }
 
   void Close();
-  // Sends what is queued, says the end, and gives the peer a second to read it.
+  // Sends what is queued, ends its side, and gives the peer a second to read it.
   void CloseAfterWriting();
 
  private:
@@ -87,11 +87,11 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   ConnectionLimits m_limits;
   FrameReader m_reader;
   std::deque<SharedBytes> m_queue;     // not yet given to the stream
-  std::vector<SharedBytes> m_writing;  // the write under way
+  std::vector<SharedBytes> m_writing;  // the write in progress
   std::size_t m_queuedBytes = 0;
   bool m_ending = false, m_ended = false;
   asio::steady_timer m_timer;
   LivedTime m_lived;
-  Clock::duration m_lastRead{0}, m_writeBegan{0}, m_endBy{0};  // as lived
-  Clock::time_point m_lastWrite;  // by the clock of the peer, who waits for a sign of life
+  Clock::duration m_lastRead{0}, m_writeBegan{0}, m_endBy{0};  // in lived time
+  Clock::time_point m_lastWrite;  // in the steady clock, because the peer waits for a sign of life
 };

@@ -18,7 +18,7 @@ std::size_t LongestOf(FrameType type, std::size_t limit) {
   return std::min(limit, type == FrameType::Data ? kDataFrameBytesMax : kControlFrameBytesMax);
 }
 
-// The whole length of the record behind a tag; 0 when it is cut short by the end.
+// The whole length of the record after a tag; 0 if the end cuts it.
 std::size_t RecordBytes(std::uint8_t tag, Bytes rest) {
   return tag == kTagName ? WholeNameBytes(rest) : WholeTraceBytes(rest);
 }
@@ -68,7 +68,7 @@ std::optional<Frame> FrameReader::Fail(std::string reason) {
 }
 
 std::optional<Frame> FrameReader::Next() {
-  // The type is looked at before the body is waited for, so that garbage is not collected first.
+  // The type is checked before the body arrives, so that garbage is not collected first.
   if (!m_error.empty() || BufferedBytes() < kFrameHeaderBytes) return std::nullopt;
   const std::uint8_t* const head = m_buffer.data() + m_begin;
   const std::size_t length = LoadBe32(head);

@@ -1,4 +1,4 @@
-// Frames: how bytes on a connection fall into messages.
+// Frames: the messages in the bytes of a connection.
 //
 // Shape    length:u32 (big-endian, of type and body) type:u8 body. Control bodies are the protobuf
 //          messages of quor.proto. A data body is .trc tagged records end to end: name records
@@ -23,7 +23,7 @@ constexpr std::uint32_t kProtocolVersion = 1;
 constexpr std::size_t kFrameHeaderBytes = 5;
 constexpr std::size_t kControlFrameBytesMax = 4u << 20;
 constexpr std::size_t kDataFrameBytesMax = 1u << 20;
-constexpr std::size_t kBatchBytes = 64u << 10;  // what a sender aims at
+constexpr std::size_t kBatchBytes = 64u << 10;  // the size that a sender aims at
 
 enum class FrameType : std::uint8_t {
   Hello = 1,
@@ -34,7 +34,7 @@ enum class FrameType : std::uint8_t {
   Data = 6,
   Ledger = 7,
   Heartbeat = 8,  // empty body, both ways
-  Taken = 9,      // to a forwarder: how much of its stream is safe here
+  Taken = 9,      // to a forwarder: how many data frames of its stream have arrived
 };
 
 struct Frame {
@@ -48,20 +48,20 @@ bool ParseBody(const Frame& frame, Message* message) {
   return message->ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size()));
 }
 
-// Cuts a stream into frames. Feed it what arrives, in pieces of any size, and take all frames
-// before feeding more: then it holds at most one frame and one piece.
+// Splits a stream into frames. Feed it the received bytes, in pieces of any size, and take all
+// frames before feeding more: then it holds at most one frame and one piece.
 class FrameReader {
  public:
   void Feed(Bytes bytes);
-  // The same without a copy: write into the room, then tell how much was written.
+  // The same without a copy: write into the room, then report how much was written.
   std::span<std::uint8_t> Room(std::size_t bytes);
   void Filled(std::size_t bytes) { m_end += bytes; }
-  // The next whole frame; nothing when more bytes are needed or after an error.
+  // The next whole frame; none when more bytes are needed or after an error.
   std::optional<Frame> Next();
-  // Not empty after a malformed frame: the connection is to be closed with it.
+  // Not empty after a malformed frame: close the connection with this reason.
   const std::string& Error() const { return m_error; }
   std::size_t BufferedBytes() const { return m_end - m_begin; }
-  // A peer that has not said who it is gets less: no frame longer than this.
+  // For a peer that is not identified yet: a longer frame is an error.
   void Limit(std::size_t bytes) { m_limit = bytes; }
 
  private:
@@ -76,11 +76,11 @@ class FrameReader {
 // The bytes of one frame.
 std::vector<std::uint8_t> EncodeFrame(FrameType type, Bytes body);
 std::vector<std::uint8_t> EncodeFrame(FrameType type, const std::string& body);
-// The header of a frame whose body is sent apart.
+// The header of a frame whose body is sent separately.
 std::vector<std::uint8_t> EncodeFrameHeader(FrameType type, std::size_t bodyBytes);
 
-// Checks a data body: whole tagged records and nothing else. Calls back for each record; false
-// with a reason when a length or a tag is wrong, and then nothing of it was called back.
+// Checks a data body: whole tagged records and nothing else. Calls the sink for each record. False
+// with a reason when a length or a tag is wrong; the sink is then not called at all.
 class DataSink {
  public:
   virtual void OnName(HubNameId id, std::string_view utf8) = 0;  // cut at its first NUL

@@ -64,7 +64,7 @@ bool SetSerial(X509* certificate) {
   return set;
 }
 
-// Signed by the issuer, or by itself when there is none.
+// Signed by the issuer, or by itself if there is none.
 Certificate MakeCertificate(const Subject& subject, EVP_PKEY* key, X509* issuer,
                             EVP_PKEY* issuerKey, int days,
                             const std::vector<Extension>& extensions) {
@@ -143,7 +143,7 @@ std::string AltNames(const ServerNames& names) {
   return list;
 }
 
-// Every text goes into an extension's small language: no separators of that.
+// Every text goes into an extension's small language, so it must not contain its separators.
 bool AreNames(const ServerNames& names) {
   for (const auto* list : {&names.hosts, &names.addresses})
     for (const std::string& text : *list)

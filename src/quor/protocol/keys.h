@@ -1,10 +1,10 @@
-// Making the certificates of mutual TLS: what `quord keys` does.
+// Makes the certificates for mutual TLS, for `quord keys`.
 //
 // Shape    InitKeys fills a folder (0700) with an authority (ca.crt, ca.key) and the service's own
-//          certificate (server.crt, server.key). IssueKeys fills another with what a client needs:
-//          ca.crt, client.crt, client.key; and server.crt and server.key for a machine that is to
-//          listen as well. EC P-256; private keys 0600.
-// Errors   False and a reason. Nothing that exists is overwritten.
+//          certificate (server.crt, server.key). IssueKeys fills another with the files of a
+//          client: ca.crt, client.crt, client.key; also server.crt and server.key for a machine
+//          that is to listen too. EC P-256; private keys 0600.
+// Errors   False and a reason. No existing file is overwritten.
 // Threads  Any.
 #pragma once
 
@@ -24,8 +24,8 @@ ServerNames OwnNames();
 
 bool InitKeys(const std::string& folder, const ServerNames& names, std::string* why,
               int days = kKeyDays);
-// A negative number of days makes a certificate that has expired. `server`: the names and addresses
-// of the other machine, when its service is to listen under the same authority.
+// A negative number of days makes an expired certificate. `server`: the names and addresses of the
+// other machine, if its service is to listen under the same authority.
 bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::Role role,
                const std::string& to, std::string* why, int days = kKeyDays,
                const ServerNames& server = {});

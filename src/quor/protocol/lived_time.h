@@ -1,7 +1,8 @@
-// Time as this process has lived it, by which it may judge a peer: while it stood still, stopped by
-// a signal or with its whole machine, it read nothing, and its peer perhaps stood still as well.
+// Time in which this process ran. Silence of a peer is measured in it: while this process was
+// stopped, by a signal or with its whole machine, it read nothing, and its peer perhaps was stopped
+// as well.
 //
-// Shape    Goes with the steady clock, but never further than a step beyond the last Tick.
+// Shape    Follows the steady clock, but never goes further than one step beyond the last Tick.
 // Threads  One.
 #pragma once
 
@@ -14,7 +15,7 @@ class LivedTime {
 
   // Since the beginning.
   Clock::duration Now() const { return m_lived + std::min(Clock::now() - m_ticked, m_step); }
-  // To be called again within `step`.
+  // Call it again within `step`.
   void Tick(Clock::duration step) {
     const Clock::time_point now = Clock::now();
     m_lived += std::min(now - m_ticked, m_step);

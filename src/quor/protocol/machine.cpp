@@ -16,7 +16,7 @@ std::optional<Machine> NoMachine(std::string* why, std::string reason) {
   return std::nullopt;
 }
 
-// As the system tells it, often with its domain; empty when it has none.
+// As the system reports it, often with its domain; empty when there is none.
 std::string WholeHostName() {
   char name[256] = {};
   return gethostname(name, sizeof name - 1) == 0 ? name : "";

@@ -1,9 +1,8 @@
-// What the text means that names a machine.
+// The meaning of a text that names a machine.
 //
-// Shape    "", "localhost", "127.0.0.1", "::1" and this machine's host name, with the domain that
-//          the system tells of it or without, in any case: the local service, by its unix socket,
-//          also with networking off. "name", "name:port", "[address]:port": another service, over
-//          TLS.
+// Shape    "", "localhost", "127.0.0.1", "::1" and this machine's host name, with or without its
+//          domain, in any case: the local service, by its unix socket, also without a network.
+//          "name", "name:port", "[address]:port": another service, over TLS.
 // Threads  Any.
 #pragma once
 
@@ -19,7 +18,7 @@ struct Machine {
   std::uint16_t port = kDefaultPort;
 };
 
-// Nothing and a reason for a text that names no machine.
+// None and a reason for a text that names no machine.
 std::optional<Machine> ParseMachine(const std::string& text, std::string* why = nullptr);
 
 // "host:port", an IPv6 address in brackets.

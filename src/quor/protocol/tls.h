@@ -1,9 +1,9 @@
-// Mutual TLS: who may be spoken to, and who speaks.
+// Mutual TLS: which peers are accepted, and with which role.
 //
 // Shape    A keys folder holds ca.crt, and server.crt and server.key or client.crt and client.key
-//          (PEM). TLS 1.2 or later; both sides show a certificate of that one authority, made for
-//          their side of the connection. A client's role stands in its certificate (OU).
-// Errors   Null and a reason; a key that others may read is refused.
+//          (PEM). TLS 1.2 or later. Both sides show a certificate of that one authority, made for
+//          their side of the connection. A client's role is in its certificate (OU).
+// Errors   Null and a reason. A key that others may read is refused.
 // Threads  Any.
 #pragma once
 
@@ -25,18 +25,18 @@ std::shared_ptr<asio::ssl::context> MakeClientTls(const std::string& keysFolder,
 
 // Before a client's handshake: the certificate must be for this name or address.
 void PrepareClientTls(SSL* tls, const std::string& host);
-// Words for a handshake that failed, with the reason of the certificate check if it was that.
+// A message for a failed handshake, with the reason of the certificate check if that failed.
 std::string TlsReason(SSL* tls, const std::error_code& error);
 
 struct TlsPeer {
   std::string name;  // CN
   quor::wire::Role role = quor::wire::ROLE_NONE;
 };
-// After a server's handshake. A certificate without a known role has none and may do nothing.
+// After a server's handshake. A certificate without a known role has no rights.
 TlsPeer PeerOf(SSL* tls);
 
-// May a peer with the role `held` do what needs `needed`? Who may configure may also monitor.
+// May a peer with the role `held` do what needs `needed`? The role configure includes monitor.
 bool RoleAllows(quor::wire::Role held, quor::wire::Role needed);
-// "monitor", "configure", "forward"; "" and nothing for others.
+// "monitor", "configure", "forward"; "" for others.
 std::string RoleWord(quor::wire::Role role);
 std::optional<quor::wire::Role> RoleOf(const std::string& word);

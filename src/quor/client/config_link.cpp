@@ -72,7 +72,7 @@ void ConfigLink::Close(const std::string& app) {
 
 void ConfigLink::OnUp(Connection& connection, const quor::wire::Welcome&) {
   const std::lock_guard lock(m_mutex);
-  // Those whose first question is still open are asked for with it.
+  // Applications whose first question is still open are opened by that question.
   std::set<std::string> asked;
   for (const auto& [id, question] : m_questions)
     if (!question.answer && question.request.has_open_app())
@@ -95,7 +95,7 @@ void ConfigLink::OnFrame(const Frame& frame) {
     return m_link.Break("a frame that a configuration does not expect");
   const std::lock_guard lock(m_mutex);
   const auto question = m_questions.find(response.id());
-  if (question == m_questions.end()) return;  // nobody waits for it any more
+  if (question == m_questions.end()) return;  // nobody waits for the answer any more
   question->second.answer = std::move(response);
   m_answered.notify_all();
 }

@@ -1,10 +1,10 @@
 // The connection to one machine's configuration service, shared by all handles on that machine.
 //
-// Owner    Shared; the last handle ends it, and with it the service closes what this program had
-//          opened.
-// Errors   Ask gives false when the machine refuses or has not answered in time. A connection that
-//          breaks mends itself: open applications are opened again, and questions asked again (each
-//          may be asked twice without harm).
+// Owner    Shared. The last handle ends it. The service then closes the applications that this
+//          program had opened.
+// Errors   Ask returns false when the machine refuses or has not answered in time. A broken
+//          connection is made again: open applications are opened again, and open questions are
+//          asked again (asking twice is harmless).
 // Threads  Interface thread; Ask blocks.
 #pragma once
 
@@ -27,7 +27,7 @@ class ConfigLink final : public ServiceLink::User {
   ~ConfigLink() { m_link.Stop(); }
 
   bool Ask(quor::wire::Request request, quor::wire::Response* response, std::string* why = nullptr);
-  // A handle on an application; as many Close follow. The answer holds its state.
+  // Opens a handle on an application; call Close as often. The answer contains its state.
   bool Open(const std::string& app, quor::wire::Response* response, std::string* why = nullptr);
   void Close(const std::string& app);
 
@@ -42,7 +42,7 @@ class ConfigLink final : public ServiceLink::User {
   };
 
   ServiceLink m_link;
-  std::mutex m_mutex;  // guards all below
+  std::mutex m_mutex;  // guards all members below
   std::condition_variable m_answered;
   std::map<std::uint32_t, Question> m_questions;
   std::map<std::string, int> m_open;  // handles by application

@@ -14,7 +14,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kLookAgain{20};
 
-// Keeps itself until it has called back.
+// Keeps itself alive until it has called back.
 class LocalDial final : public std::enable_shared_from_this<LocalDial> {
  public:
   LocalDial(const asio::any_io_executor& executor, bool mayStart,
@@ -37,7 +37,7 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
       const std::string program = ServiceProgram();
       m_started = !program.empty() && StartService(program);
     }
-    // EAGAIN: it listens, and its queue of connections is full.
+    // EAGAIN: the service listens, and its queue of connections is full.
     const bool mayCome = error == EAGAIN || (nobody && m_started);
     if (!mayCome || Clock::now() + kLookAgain > m_until)
       return m_done(nullptr, Words(nobody, error));

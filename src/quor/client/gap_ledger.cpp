@@ -9,10 +9,10 @@
 namespace {
 
 constexpr std::size_t kInstanceBytes = 16;
-// No source has produced so many; sums of some of them cannot wrap.
+// No source has produced so many traces, and sums of such counts cannot wrap.
 constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
-// More than a machine traces in a second, all its losses counted; and what a slow stream was
-// behind.
+// More than a machine traces in a second, including all losses and what a slow stream had not read
+// yet.
 constexpr std::uint64_t kGapPerSecond = 100'000'000;
 constexpr int kSlackSeconds = 60;
 
@@ -59,8 +59,8 @@ bool GapLedger::Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::
   return true;
 }
 
-// The first ledger of a stream: what it does not name was forgotten since the last one, if this
-// run of the service knew it at all.
+// Processes the sum in the first ledger of a stream. Sources that the ledger does not name were
+// forgotten since the last stream, if this run of the service knew them at all.
 bool GapLedger::TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string* why) {
   if (sum > kSerialMax || sum < m_forgotten)
     return FailWith(why, "a ledger's sum of forgotten sources cannot be");
@@ -70,7 +70,7 @@ bool GapLedger::TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string
     source.forgotten = true;
     known += source.serial;
   }
-  // On the first stream all that was is older than we are.
+  // On the first stream all earlier traces are older than this monitor.
   if (m_stream > 1 && sum > known && CanHaveBeen(sum - known)) *gap += sum - known;
   m_forgotten = sum;
   return true;
@@ -101,8 +101,8 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t
   const std::uint64_t began = word.serial() - word.delivered() - word.lost();
   const bool falls = word.delivered() < source.delivered || word.lost() < source.lost;
   if (source.stream != m_stream || anew || (falls && began >= source.serial)) {
-    // Where the new stream began, and where the old one ended. A source that was unknown then
-    // began behind it, but on the first stream it may be older than we are.
+    // Compares where the new stream began with where the old one ended. A source that was unknown
+    // then began after that; but on the first stream it may be older than this monitor.
     const bool isGap = began > source.serial && (!isNew || m_stream > 1);
     if (isGap && CanHaveBeen(began - source.serial)) *gap += began - source.serial;
     source.delivered = source.lost = 0;

@@ -1,12 +1,11 @@
-// What a monitor's streams have brought so far, and what is missing between them.
+// Counts what a monitor's streams have delivered so far, and what is missing between them.
 //
-// Shape    See the Ledger of quor.proto. A stream begins with each Subscribe.
-//          Sources that the service has forgotten, or that were not heard of for longest, are
-//          forgotten when there are too many.
-//          A gap is believed while it is no more than a machine could have traced meanwhile: the
-//          first word on a source that nobody here knows may be anybody's lie.
-// Errors   Numbers that cannot be (a count that falls, say) are an error with a reason: the
-//          connection is to be ended.
+// Shape    See the Ledger of quor.proto. A stream begins with each Subscribe. When there are too
+//          many sources, those that the service has forgotten, and then those without news for
+//          longest, are forgotten. A gap is accepted only up to what a machine could have traced
+//          meanwhile, because the first line about an unknown source may be a lie.
+// Errors   Impossible numbers (a count that falls, say) are an error with a reason: close the
+//          connection.
 // Threads  One.
 #pragma once
 
@@ -21,10 +20,10 @@ class GapLedger {
  public:
   static constexpr std::size_t kSourcesMax = 65536;
 
-  // A new stream: the first word on each source tells what it missed. `service`: the run of the
-  // service that it comes from.
+  // A new stream: the first line about each source says what it missed. `service`: the run of the
+  // service that sends it.
   void BeginStream(const std::string& service = {});
-  // Takes up a ledger. `gap` grows by the traces that were produced between two streams.
+  // Processes a ledger. Adds to `gap` the traces that were produced between two streams.
   bool Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why);
 
   // Of all streams.
@@ -34,11 +33,11 @@ class GapLedger {
  private:
   struct Source {
     std::uint64_t serial = 0;
-    std::uint64_t delivered = 0, lost = 0;  // of the stream under way
-    unsigned stream = 0;                    // in which it was last heard of
+    std::uint64_t delivered = 0, lost = 0;  // of the current stream
+    unsigned stream = 0;                    // of its last line
     unsigned run = 0;                       // of the service
     bool forgotten = false;                 // by the service: in its sum
-    std::uint64_t heard = 0;                // number of the last word on it
+    std::uint64_t heard = 0;                // number of its last line
   };
   void ForgetOldest();
   bool TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap, std::string* why);
@@ -51,8 +50,8 @@ class GapLedger {
   std::string m_service;
   using Clock = std::chrono::steady_clock;
   Clock::time_point m_lastLedger = Clock::now(), m_silentSince = m_lastLedger;
-  std::uint64_t m_believed = 0;   // of the gaps in front of this stream
-  std::uint64_t m_forgotten = 0;  // the service's sum, as far as this stream has told it
+  std::uint64_t m_believed = 0;   // of the gaps before this stream
+  std::uint64_t m_forgotten = 0;  // the service's sum, as far as this stream has reported it
   std::uint64_t m_words = 0;
   std::uint64_t m_delivered = 0, m_lost = 0;
 };

@@ -18,15 +18,15 @@ class LiveQueue {
   LiveQueue(const LiveQueue&) = delete;
   LiveQueue& operator=(const LiveQueue&) = delete;
 
-  // Takes the batch over, or gives false when there is no room for it.
+  // Takes over the batch, or returns false when there is no room for it.
   bool Push(LiveBatch* batch);
-  void PushAlways(LiveBatch* batch);  // what must not be missing: names, and words on losses
-  // Is there room for a good while again?
+  void PushAlways(LiveBatch* batch);  // for names and loss reports, which must not be missing
+  // Is there room for many traces again?
   bool IsHalfEmpty() const;
-  // All that is there, oldest first; not many more than `traces` traces.
+  // Takes the oldest batches, with not many more than `traces` traces.
   std::deque<LiveBatch*> Take(std::size_t traces);
-  std::size_t Traces() const;  // that wait
-  // Traces with a number that were ever pushed.
+  std::size_t Traces() const;  // in the queue
+  // Numbered traces that were ever pushed.
   std::uint64_t Delivered() const;
 
  private:

@@ -39,7 +39,7 @@ void LiveReader::SendState(Connection& connection) {
 
 void LiveReader::OnDown(const std::string&) {
   m_up = false;
-  // Without its ledger a batch cannot be counted: it comes to light as part of the gap.
+  // Without its ledger a batch cannot be counted: its traces become part of the gap.
   DropStaged();
 }
 
@@ -70,7 +70,7 @@ void LiveReader::TakeResponse(const Frame& frame) {
 
 void LiveReader::TakeData(const Frame& frame) {
   std::string why;
-  // A frame without traces costs something as well.
+  // A frame without traces costs memory as well.
   const std::size_t cost = sizeof(LiveBatch) + frame.body.size();
   if (m_stagedBytes + cost > kStagedBytesMax) return m_link->Break("data without a ledger");
   LiveBatch* const batch = LiveBatch::Read(frame.body, &why);
@@ -93,7 +93,7 @@ void LiveReader::TakeLedger(const Frame& frame) {
   for (LiveBatch* const batch : m_staged) Deliver(batch);
   m_staged.clear();
   m_stagedBytes = 0;
-  CatchUp();  // all may have been taken before LookForRoom could know of the last ones
+  CatchUp();  // all may have been taken out before LookForRoom could know of the last ones
   m_lost.store(m_ledger.Lost() + m_gaps + m_allTurnedAway, std::memory_order_relaxed);
 }
 
@@ -106,7 +106,7 @@ void LiveReader::Deliver(LiveBatch* batch) {
   if (m_turningAway || !m_queue.Push(batch)) TurnAway(batch);
 }
 
-// The names in it are needed by those that come later.
+// Later batches need the names in it.
 void LiveReader::TurnAway(LiveBatch* batch) {
   m_turningAway = true;
   m_turnedWhilePaused = m_paused;
@@ -118,7 +118,7 @@ void LiveReader::TurnAway(LiveBatch* batch) {
     m_keptNameBytes = 0;
   }
   for (const LiveBatch::Name& name : batch->Names()) {
-    if (m_keptNameBytes > kKeptNameBytesMax) break;  // then it is a trace without a name
+    if (m_keptNameBytes > kKeptNameBytesMax) break;  // the trace will have no name
     m_keptNameBytes += name.text.size();
     m_keptNames[name.id] = name.text;
   }

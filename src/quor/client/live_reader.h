@@ -1,8 +1,8 @@
-// What a monitor does with the frames of its connection: reads data into batches, holds them until
-// their ledger is here, and says what is missing.
+// Processes the frames of a monitor's connection: reads data into batches, holds them until their
+// ledger has arrived, and reports what is missing.
 //
 // Owner    Puts batches into a queue that outlives it.
-// Errors   A frame that must not be, or data that is malformed, breaks the connection.
+// Errors   An unexpected frame or malformed data breaks the connection.
 // Threads  The link's; SetPaused, LookForRoom, IsUp and the counts from any.
 #pragma once
 
@@ -24,7 +24,7 @@ class LiveReader final : public ServiceLink::User {
   // REQUIRES: before the link starts.
   void Attach(ServiceLink& link) { m_link = &link; }
   void SetPaused(bool paused);
-  // Something was taken out of the queue: what was turned away may be told.
+  // Traces were taken out of the queue: turned away traces can be reported now.
   void LookForRoom();
   std::uint64_t Lost() const { return m_lost.load(std::memory_order_relaxed); }
   bool IsUp() const { return m_up.load(std::memory_order_relaxed); }
@@ -34,7 +34,7 @@ class LiveReader final : public ServiceLink::User {
   void OnDown(const std::string& reason) override;
 
  private:
-  // Data that waits for its ledger: the service sends them close together.
+  // Data that waits for its ledger: the service sends the two right after each other.
   static constexpr std::size_t kStagedBytesMax = 8u << 20;
   static constexpr std::size_t kKeptNameBytesMax = 64u << 20;
 
@@ -58,7 +58,7 @@ class LiveReader final : public ServiceLink::User {
   std::atomic<bool> m_paused{false};
   std::atomic<bool> m_up{false};
   std::uint32_t m_lastRequest = 0;
-  // While the queue is full: what stood in the batches that were turned away.
+  // While the queue is full: counts of the batches that were turned away.
   std::atomic<bool> m_turningAway{false};
   bool m_turnedWhilePaused = false, m_keptFirst = false;
   std::map<HubNameId, std::string> m_keptNames;

@@ -10,7 +10,7 @@
 
 namespace {
 
-// A name record, and the id that it gives.
+// Appends a name record and returns its id.
 HubNameId AppendName(std::vector<std::uint8_t>& body, HubNameId& last, std::string_view text) {
   last = HubNameId(IdNumber(last) + 1);
   AppendNameRecord(body, last, CutUtf8(text, kLongestText));
@@ -46,7 +46,7 @@ std::vector<std::uint8_t> LossTraceBody(const std::string& machine, std::uint64_
   fields.tid = AppendName(body, last, std::to_string(gettid()));
   fields.attributes = kAttributeWarn;
   SetNow(fields);
-  // The same words also for one: programs look for them.
+  // "traces" also for one: programs look for these words.
   const std::string text = std::to_string(lost) + " traces lost: " + reason;
   const std::size_t at = body.size();
   body.resize(at + kTagBytes + kTraceFixedBytes + text.size());

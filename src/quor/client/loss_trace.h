@@ -1,4 +1,4 @@
-// The trace that stands where traces are missing.
+// The trace that reports missing traces, at the place where they are missing.
 //
 // Shape    Component "Quor", category "Loss", severity Warn, text "N traces lost: reason", without
 //          a number and without a tic count.

@@ -5,7 +5,7 @@ NameMapper::NameMapper(NameMap& names)
   m_stream->fill(0);
   m_own->fill(0);
   for (const auto& [id, entry] : names) m_ids.emplace(entry.name, id);
-  if (names.contains(kOverflowId)) m_overflowId = 0;  // it is the name of something else here
+  if (names.contains(kOverflowId)) m_overflowId = 0;  // the id has another meaning here
 }
 
 NameId NameMapper::IdOf(std::string_view text) {

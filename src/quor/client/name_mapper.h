@@ -1,10 +1,10 @@
-// Puts a document's name ids in the place of a service's, by text.
+// Replaces a service's name ids by a document's, by text.
 //
-// Shape    Document ids are numbered from 1 in the order in which texts come and stay what they are
-//          over reconnects. Id 0 is "no name", as is an id that the service never explained. When
-//          65,534 ids or the room for their texts are used up, all further texts share id 65,535,
-//          whose name says so: never a wrong name.
-// Owner    Borrows the map and only adds to it; what the map holds at first is used by text too.
+// Shape    Document ids are numbered from 1 in the order in which texts come, and stay the same
+//          over reconnects. Id 0 means "no name"; an id that the service never named becomes 0.
+//          When 65,534 ids or the memory for their texts are used up, all further texts share id
+//          65,535, whose name says so: never a wrong name.
+// Owner    Borrows the map and only adds to it. Texts that are in the map at first are used too.
 // Threads  The thread that owns the map.
 #pragma once
 
@@ -23,8 +23,8 @@ class NameMapper {
   static constexpr std::size_t kTextBytesMax = 64u << 20;
 
   explicit NameMapper(NameMap& names);
-  // Writes the document's ids into one record; takes up the names that stand in front of it. To be
-  // called for each trace of a batch in order, and once with index == Traces() behind the last.
+  // Writes the document's ids into one record, after entering the names that precede it. Call it
+  // for each trace of a batch in order, and at the end once with index == Traces().
   void Map(LiveBatch& batch, std::size_t index);
 
  private:
@@ -45,5 +45,5 @@ class NameMapper {
   NameId m_overflowId = kOverflowId;
   std::size_t m_nextId = 1;
   std::size_t m_textBytes = 0;
-  std::size_t m_nextName = 0;  // of the batch under way
+  std::size_t m_nextName = 0;  // of the current batch
 };

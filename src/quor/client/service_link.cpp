@@ -17,8 +17,8 @@ constexpr std::chrono::milliseconds kHelloDeadline = 4000ms;
 constexpr std::chrono::milliseconds kEndPatience = 700ms;
 constexpr std::chrono::milliseconds kFirstPause = 50ms;
 constexpr std::chrono::milliseconds kLongestPause = 2000ms;
-// The kernel tells when the service of this machine ends. One that only stands still keeps what it
-// has for us, and would lose it with the connection.
+// The kernel reports the end of the local service. A service that is only stopped still has traces
+// for us, and would lose them with the connection.
 constexpr std::chrono::milliseconds kLocalPatience = 60000ms;
 
 ConnectionLimits LimitsTo(const Machine& machine) {
@@ -29,7 +29,7 @@ ConnectionLimits LimitsTo(const Machine& machine) {
 
 }  // namespace
 
-// Shared with its thread, which outlives the link while a name is looked up.
+// Shared with its thread, which outlives the link while a name is being resolved.
 class ServiceLink::Core final : public Connection::Handler,
                                 public std::enable_shared_from_this<Core> {
  public:
@@ -48,7 +48,7 @@ class ServiceLink::Core final : public Connection::Handler,
       return false;
     }
     m_to = *machine;
-    m_deadline = deadline - kEndPatience;  // which the end of a failure may take
+    m_deadline = deadline - kEndPatience;  // leaves this time for the end of a failed start
     m_running = true;
     m_thread = std::thread([self = shared_from_this()] { self->Run(); });
     return Await(m_deadline, why);
@@ -67,7 +67,7 @@ class ServiceLink::Core final : public Connection::Handler,
     if (m_io) m_io->stop();
     // Handlers never wait, so this takes no longer than one of them.
     m_changed.wait(lock, [this] { return !m_running; });
-    // A name that is still being looked up cannot be cancelled: the thread then ends by itself.
+    // Resolving a name cannot be cancelled: the thread then ends by itself.
     const bool gone = m_changed.wait_for(lock, kEndPatience, [this] { return m_gone; });
     lock.unlock();
     gone ? m_thread.join() : m_thread.detach();
@@ -159,7 +159,7 @@ class ServiceLink::Core final : public Connection::Handler,
     Fail(reason);
   }
 
-  // Tries again later, unless it was never up: then whoever waits in Start is told.
+  // Tries again later. If the link was never up, Start returns the failure instead.
   void Fail(const std::string& why) {
     {
       const std::lock_guard lock(m_mutex);
@@ -168,7 +168,7 @@ class ServiceLink::Core final : public Connection::Handler,
       m_changed.notify_all();
     }
     if (!m_wasUp) return;
-    // Not all monitors of a machine at the same moment.
+    // Not all monitors of a machine should connect at the same moment.
     std::uniform_int_distribution<int> spread(0, static_cast<int>(m_pause.count() / 4));
     m_timer->expires_after(m_pause + std::chrono::milliseconds(spread(m_random)));
     m_pause = std::min(m_pause * 2, kLongestPause);

@@ -1,10 +1,11 @@
-// A connection to one machine's service that is kept up: dialled, greeted, and made again after a
-// break. Dialling the local service for the first time starts one if none runs.
+// A lasting connection to one machine's service. It connects, sends the hello, and connects again
+// after a break. The first connection to the local service starts a service if none runs.
 //
 // Owner    The user lives until Stop has returned or Start has failed; then it is not called again.
-// Errors   Start gives false and a reason when the service cannot be reached or refuses. A break
-//          later is told to the user, and mended with back-off from 50 ms to 2 s for as long as the
-//          link lives. A refusal then counts as a break: the service may be taught better.
+// Errors   Start returns false and a reason when the service cannot be reached or refuses. A later
+//          break is reported to the user, and the link tries again with pauses from 50 ms to 2 s
+//          for as long as it lives. A refusal then counts as a break, because the service may
+//          accept later.
 // Threads  Start and Stop on the owner's thread, neither while the other runs; Post from any. The
 //          user is called on the link's own thread.
 #pragma once
@@ -21,7 +22,7 @@ class ServiceLink {
  public:
   class User {
    public:
-    // The service has welcomed us. The connection is the link's, good until OnDown.
+    // The service has sent its Welcome. The connection is the link's, valid until OnDown.
     virtual void OnUp(Connection& connection, const quor::wire::Welcome& welcome) = 0;
     virtual void OnFrame(const Frame& frame) = 0;
     virtual void OnDown(const std::string& reason) = 0;  // only after OnUp
@@ -35,16 +36,17 @@ class ServiceLink {
   ServiceLink(const ServiceLink&) = delete;
   ServiceLink& operator=(const ServiceLink&) = delete;
 
-  // Waits until the service has welcomed us. To be called once. A failure is over by the deadline.
+  // Waits for the service's Welcome. Call it once. It returns by the deadline, also on failure.
   bool Start(std::chrono::milliseconds deadline, std::string* why);
-  // After Start: waits until the connection stands, if it is broken now. False: it still is.
+  // After Start: if the connection is broken, waits until it works again. False: still broken.
   bool Await(std::chrono::milliseconds deadline, std::string* why);
-  // At once, whatever is under way.
+  // Stops immediately, whatever is in progress.
   void Stop();
   // Runs `call` on the link's thread, with the connection or null while there is none. Dropped
   // after Stop.
   void Post(std::function<void(Connection*)> call);
-  // Ends the connection, to be made anew: the service sent what it must not. On the link's thread.
+  // Closes the connection and makes it again, after a violation of the protocol. On the link's
+  // thread.
   void Break(const std::string& reason);
 
  private:

@@ -1,4 +1,4 @@
-// trace_App_i: what the machine said last, and on top of it what is held until Submit.
+// trace_App_i: the last state that the machine sent, and the local changes until Submit.
 #include <map>
 #include <set>
 
@@ -69,7 +69,7 @@ class App final : public trace_App_i {
   std::map<unsigned, unsigned> m_settings;  // by trace id
   trc_SinkTypes_e m_sinkType = trc_SinkSocket;
   std::string m_sinkName = "localhost", m_sinkOptions;
-  // What Submit sends, and no more: another program may have changed the rest meanwhile.
+  // Submit sends only these: another program may have changed the rest meanwhile.
   mutable std::set<unsigned> m_held;
   mutable bool m_sinkHeld = false;
 };
@@ -112,7 +112,7 @@ void App::Take(const quor::wire::App& app) {
   for (const auto& component : app.components()) {
     trace_Component_t& to = m_map.emplace_back(trace_Component_t{component.name(), {}});
     for (const auto& category : component.categories()) {
-      // No trace has these numbers: all words for "none" have their low 16 bits set.
+      // No trace has these ids: every id that means "none" has its low 16 bits set.
       if ((category.trace_id() & TRC_NO_TRACE_ID) == TRC_NO_TRACE_ID) continue;
       to.categories.push_back({category.name(), category.trace_id()});
       m_ids.emplace(std::pair(component.name(), category.name()), category.trace_id());
@@ -123,7 +123,7 @@ void App::Take(const quor::wire::App& app) {
   m_sinkName = "localhost";
   m_sinkOptions.clear();
   if (!app.has_sink()) return;
-  // A type that we do not know is kept as it is: its window says that it is not supported.
+  // An unknown type is kept as it is: its window says that it is not supported.
   m_sinkType = static_cast<trc_SinkTypes_e>(app.sink().type());
   m_sinkName = app.sink().name();
   m_sinkOptions = app.sink().options();

@@ -1,8 +1,9 @@
 // The configuration service of one machine, as its clients see it.
 //
-// Owner    Counted references (base/quor_ptr.h); Create gives an object with no count held.
-// Errors   Create gives null when the service cannot be reached within its deadline of 5 seconds; a
-//          bool tells of the rest. Getters answer what is held here, also what was not submitted.
+// Owner    Counted references (base/quor_ptr.h); Create returns an object without a reference.
+// Errors   Create returns null when the service cannot be reached within its deadline of 5 seconds.
+//          Other calls return a bool. Getters return the local state, including changes that were
+//          not submitted.
 // Threads  Interface thread; calls block until the machine has answered or the deadline has passed.
 #pragma once
 
@@ -13,7 +14,7 @@
 #include "base/quor_ptr.h"
 #include "base/quor_str.h"
 
-// Others may come from a newer service, and are kept.
+// Other values may come from a newer service, and are kept.
 enum trc_SinkTypes_e : unsigned { trc_SinkFile = 0, trc_SinkSocket = 1 };
 
 // Bits of a settings word.
@@ -39,13 +40,13 @@ struct trace_Component_t {
 
 class trace_Config_i : public QuorRef::Ref_t {
  public:
-  // "" and "localhost" mean this machine, "name:port" another. `why` gets the reason of null.
+  // "" and "localhost" mean this machine, "name:port" another. `why` gets the reason for a null.
   static trace_Config_i* Create(const std::string& host, std::string* why = nullptr);
   virtual const std::string& GetHostName() const = 0;  // as given
-  // Registered applications, those running and those with an open handle; asked anew at each call,
-  // and empty when there is no answer.
+  // Registered applications: those that run and those with an open handle. Asks at each call; empty
+  // when there is no answer.
   virtual const std::list<std::string>& GetAppList() const = 0;
-  // Behind the table: how many instances of it ran when GetAppList was last asked.
+  // Not in the interface's table: how many instances ran at the last GetAppList.
   virtual unsigned GetInstances(const std::string& app) const = 0;
 };
 
@@ -57,15 +58,15 @@ class trace_App_i : public QuorRef::Ref_t {
   virtual const std::string& GetAppName() const = 0;
   virtual const std::list<trace_Component_t>& GetTraceMap() const = 0;  // stable until Refresh
   virtual unsigned GetSettings(unsigned traceId) const = 0;
-  virtual void SetSettings(unsigned traceId, unsigned settings) = 0;  // held; unknown id ignored
-  virtual void SetAllTraces(unsigned settings) = 0;                   // held
+  virtual void SetSettings(unsigned traceId, unsigned settings) = 0;  // local; unknown id ignored
+  virtual void SetAllTraces(unsigned settings) = 0;                   // local
   // Low 16 bits TRC_NO_TRACE_ID: no such trace.
   virtual unsigned GetTraceId(const std::string& component, const std::string& category) const = 0;
   virtual void GetSink(trc_SinkTypes_e& type, std::string& name, std::string& options) const = 0;
   virtual void SetSink(trc_SinkTypes_e type, const std::string& name,
                        const std::string& options) = 0;
   virtual bool Submit() const = 0;  // sink and settings together
-  virtual bool Refresh() = 0;       // forgets what is held and reads anew
+  virtual bool Refresh() = 0;       // discards local changes and reads again
 };
 
 class trace_AppList_i : public QuorRef::MTRef_t {
@@ -74,5 +75,5 @@ class trace_AppList_i : public QuorRef::MTRef_t {
   std::list<QuorPtr<trace_App_i>> m_apps;
 };
 
-// "Info, Warn, Stack": the words of the set bits in the order of the table; "" for none.
+// "Info, Warn, Stack": the names of the set bits in the order of the table; "" for none.
 QuorStr::String_t SettingsToLabel(unsigned settings);

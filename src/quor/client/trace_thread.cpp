@@ -10,7 +10,8 @@ namespace {
 
 // Two ticks of a million traces a second, each.
 constexpr std::size_t kQueueBytesMax = 128u << 20;
-// A drain gives out for so long, or the window would stand still. The clock is asked now and then.
+// A drain gives out traces for this long at most, so that the window stays responsive. The clock is
+// read only now and then.
 constexpr std::chrono::milliseconds kDrainTime{50};
 constexpr std::size_t kTracesPerClock = 256;
 constexpr std::size_t kTracesPerLook = 8192;  // taken out of the queue at a time
@@ -47,7 +48,7 @@ class TraceThread final : public TraceThread_i {
     ++m_given;
     return batch.Give(m_next++);
   }
-  // What has arrived already waits as well: nothing is given out until Resume.
+  // Traces that have arrived already wait as well: nothing is given out until Resume.
   void Pause() override { m_reader.SetPaused(m_paused = true); }
   void Resume() override { m_reader.SetPaused(m_paused = false); }
   Counts GetCounts() const override { return {m_queue.Delivered(), m_reader.Lost()}; }
@@ -63,8 +64,8 @@ class TraceThread final : public TraceThread_i {
     m_given = 0;
     m_endBy = Clock::now() + kDrainTime;
   }
-  // Is there a trace for this drain? Steps over batches that have been given out, taking up the
-  // names behind their last trace.
+  // Is there a trace for this drain? Skips batches that have been given out, after entering the
+  // names that follow their last trace.
   bool Offers() {
     while (m_left > 0) {
       if (m_drain.empty()) {
@@ -88,7 +89,7 @@ class TraceThread final : public TraceThread_i {
   ServiceLink m_link;
   std::deque<LiveBatch*> m_drain;
   std::size_t m_next = 0;  // index of the next trace of the first batch
-  std::size_t m_left = 0;  // traces that this drain may still give out: there when it began
+  std::size_t m_left = 0;  // traces that this drain may still give out: those present when it began
   std::size_t m_given = 0;
   Clock::time_point m_endBy;
   bool m_draining = false, m_paused = false;

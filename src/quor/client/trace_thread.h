@@ -1,14 +1,14 @@
 // A live connection to the trace service of one machine.
 //
-// Owner    Ends with Disconnect, which destroys it: the pointer is dead afterwards. Borrows the
-//          name map until then.
-// Errors   ConnectToTraceService gives null when no connection can be made within 5 seconds. A
-//          connection that breaks later mends itself with back-off; the gap shows as a trace of
-//          component "Quor", category "Loss".
+// Owner    Disconnect ends and destroys it: the pointer is invalid afterwards. Borrows the name map
+//          until then.
+// Errors   ConnectToTraceService returns null when no connection can be made within 5 seconds. A
+//          connection that breaks later is made again after a growing pause. The gap is shown as a
+//          trace of component "Quor", category "Loss".
 // Threads  Every operation on the interface thread. A reader thread of its own fills a bounded
-//          queue and never touches the map: names enter it inside HasTraces and NextTrace, before
-//          the trace that uses them is given out. Ids stay valid for the connection's life, over
-//          reconnects and clears.
+//          queue and never touches the map. Names enter the map inside HasTraces and NextTrace,
+//          before the trace that uses them is given out. Ids stay valid for the connection's life,
+//          over reconnects and clears.
 #pragma once
 
 #include <cstdint>
@@ -25,23 +25,24 @@ class TraceThread_i {
 
   // The order of the virtual operations is an interface, like that of TraceEvent_i.
   virtual void Disconnect() = 0;  // within a second
-  // Does a trace wait? Answers from what had arrived when the current drain began (the first call
-  // after an empty answer takes a new look), so that a drain ends however fast traces come; and for
-  // 50 ms, so that the window lives. Nothing waits while paused.
+  // Is a trace waiting? Considers only traces that had arrived when the current drain began (the
+  // first call after a negative answer begins a new drain), so that a drain ends however fast
+  // traces come. A drain also ends after 50 ms, so that the window stays responsive. While paused:
+  // no.
   virtual int HasTraces() = 0;
   virtual void Reserved() {}  // no caller; keeps the place
-  // The oldest waiting trace; the caller owns it. Null when none waits.
+  // The oldest waiting trace; the caller owns it. Null when none is waiting.
   virtual TraceEvent_i* NextTrace() = 0;
-  // At once, also for what has arrived: that is given out after Resume.
+  // Takes effect immediately, also for traces that have arrived: they are given out after Resume.
   virtual void Pause() = 0;
   virtual void Resume() = 0;
-  // Behind the table: exact counts of this connection, for trc and tests.
+  // Not in the interface's table: exact counts of this connection, for trc and tests.
   struct Counts {
-    std::uint64_t delivered = 0;  // given out or waiting, but for words on losses
-    std::uint64_t lost = 0;       // told by the service, or found in a gap
+    std::uint64_t delivered = 0;  // given out or waiting, without loss reports
+    std::uint64_t lost = 0;       // reported by the service, or found as a gap
   };
   virtual Counts GetCounts() const = 0;
-  // False while a connection that broke has not mended itself yet.
+  // False while a broken connection is not restored yet.
   virtual bool IsUp() const { return true; }
 
  protected:

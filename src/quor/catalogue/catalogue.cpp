@@ -11,7 +11,7 @@
 namespace {
 
 bool Lives(std::uint32_t pid) {
-  // 0: a holder on another machine, of which nothing is known here.
+  // 0: a holder on another machine, about which nothing is known here.
   return pid == 0 || kill(static_cast<pid_t>(pid), 0) == 0 || errno == EPERM;
 }
 
@@ -129,8 +129,8 @@ void Catalogue::Erase(CatalogueApp& app) {
   m_apps.erase(m_apps.find(app.name));
 }
 
-// Of those whose settings nobody waits for. Programs that name themselves anew at each start would
-// otherwise fill the catalogue, and then no new application could come in any more.
+// Forgets applications whose settings nobody waits for. Programs that use a new name at each start
+// would otherwise fill the catalogue, and then no new application could be added.
 bool Catalogue::ForgetOldest() {
   CatalogueApp* oldest = nullptr;
   for (auto& [name, app] : m_apps)

@@ -1,16 +1,15 @@
-// Which applications this machine knows: their trace maps, what was configured for them, and how
-// long that is in force.
+// The applications that this machine knows: their trace maps, and their settings and sinks with the
+// time for which these apply.
 //
-// Shape    A trace is a component and a category of an application; its id is stable for the
-//          application, also over restarts, and less than 0xFFFF. What was submitted is in force as
-//          long as an instance runs or a handle is open; then the defaults hold again. What was
-//          submitted while no instance ran waits for the next one first, with or without a handle:
-//          else a command that prepares an application would have no effect. The trace map stays,
-//          of as many applications as there is room for: the one that was not needed for longest
-//          makes room for a new one.
-// Owner    Keeps everything; writes through to the store.
-// Errors   A store that cannot be written costs only what a restart would have kept: told in the
-//          log.
+// Shape    A trace is a component and a category of an application. Its id is stable for the
+//          application, also over restarts, and less than 0xFFFF. Submitted settings apply as long
+//          as an instance runs or a handle is open; after that the defaults apply again. Settings
+//          that were submitted while no instance ran wait for the next instance, with or without a
+//          handle, because otherwise a command that prepares an application would have no effect.
+//          Trace maps are kept for as many applications as there is room for: the one that was not
+//          needed for the longest time makes room for a new one.
+// Owner    Keeps everything in memory and writes changes to the store.
+// Errors   If the store cannot be written, only a restart loses anything. The log says so.
 // Threads  One.
 #pragma once
 
@@ -39,13 +38,13 @@ struct CatalogueApp {
   std::map<std::pair<std::string, std::string>, std::uint32_t> ids;
   LinkSink sink;
   bool submitted = false;
-  bool prepared = false;  // submitted, and no instance has run since
-  bool awaited = false;   // held before a restart: its holders may still be on their way back
+  bool prepared = false;                   // submitted, and no instance has run since
+  bool awaited = false;                    // held before a restart: its holders may still come back
   std::multiset<std::uint32_t> instances;  // pids
-  std::multiset<std::uint32_t> found;      // pids of those that have not begun: dead, or silent
-  std::multiset<std::uint32_t> handles;    // pids of those that hold one; 0: on another machine
-  std::int64_t row = 0;                    // in the store; 0: not there, or not as a whole
-  std::uint64_t used = 0;                  // when it was last needed: grows over all of them
+  std::multiset<std::uint32_t> found;      // pids of instances that have not begun: dead, or silent
+  std::multiset<std::uint32_t> handles;    // pids of the holders of handles; 0: on another machine
+  std::int64_t row = 0;                    // in the store; 0: not stored, or not completely
+  std::uint64_t used = 0;                  // when it was last needed: a counter of the catalogue
   std::size_t mapBytes = 0;                // of the names of all traces
   bool IsHeld() const { return Instances() != 0 || !handles.empty(); }
   std::size_t Instances() const { return instances.size() + found.size(); }
@@ -58,33 +57,32 @@ class Catalogue {
   static constexpr std::size_t kAppsMax = 4096;
   static constexpr std::size_t kNameBytesMax = 4096;
   static constexpr std::size_t kMapBytesMax = 3u << 20;  // a trace map fits into one frame
-  // Of all trace maps together, before those go that nobody holds: some hundred applications of the
-  // size of a large program.
+  // Limit of all trace maps together. Beyond it, maps that nobody holds are forgotten. It is enough
+  // for some hundred applications of the size of a large program.
   static constexpr std::size_t kAllMapsBytesMax = 16u << 20;
 
-  // Reads what the store has, which may be null. What nobody holds any more who held it is not in
-  // force.
+  // Reads the store, which may be null. Settings whose holders have all ended do not apply.
   Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaultSettings);
   ~Catalogue();
 
   CatalogueApp* Find(const std::string& name);
-  // Null when too many run or are held, or for a name that is none or too long.
+  // Null when too many run or are held, or for an empty or too long name.
   CatalogueApp* Enter(const std::string& name);
-  // kNoTraceId when the application has too many.
+  // kNoTraceId when the application has too many traces.
   std::uint32_t EnterTrace(CatalogueApp& app, const std::string& component,
                            const std::string& category);
 
-  // One that is known by what it left or shows alone uses up nothing of what was prepared, until it
-  // begins.
+  // An instance that is known only by its file or its lock does not use up prepared settings until
+  // it begins.
   void FindInstance(CatalogueApp& app, std::uint32_t pid);
   void BeginInstance(CatalogueApp& app, std::uint32_t pid);
   void OpenHandle(CatalogueApp& app, std::uint32_t pid);
-  // With the last holder what was submitted is in force no more. It may be forgotten then, at once
-  // where nothing is known of it but its name: `app` is not to be used any more.
+  // With the last holder, submitted settings cease to apply. The application may then be forgotten,
+  // at once if only its name is known: do not use `app` afterwards.
   void EndInstance(CatalogueApp& app, std::uint32_t pid);
   void EndFound(CatalogueApp& app, std::uint32_t pid);
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
-  // Some time after a restart: those that have not come back hold nothing any more.
+  // Some time after a restart: holders that have not come back are removed.
   void EndGrace();
 
   struct Submitted {
@@ -93,7 +91,7 @@ class Catalogue {
   };
   void Submit(CatalogueApp& app, const Submitted& what);
 
-  // Those that run or are held, in the order of their names.
+  // Applications that run or are held, sorted by name.
   std::vector<std::string> Registered() const;
   std::uint32_t DefaultSettings() const { return m_defaultSettings; }
 

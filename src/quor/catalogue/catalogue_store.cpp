@@ -9,7 +9,7 @@
 
 namespace {
 
-// What the column `submitted` says: nothing, what is in force, what waits for the next instance.
+// Values of the column `submitted`: nothing, applied settings, settings for the next instance.
 enum : std::int64_t { kNotSubmitted, kSubmitted, kPrepared };
 
 constexpr const char* kSchema =
@@ -102,8 +102,8 @@ bool CatalogueStore::Run(const char* sql) {
 
 CatalogueStore::State CatalogueStore::Prepare(std::string* why) {
   const std::string version = "PRAGMA user_version = " + std::to_string(kSchemaVersion) + ";";
-  // NORMAL: a crash of the service loses nothing, a crash of the machine the newest changes only,
-  // and what was in force before that is over anyhow.
+  // NORMAL: a crash of the service loses nothing, a crash of the machine only the newest changes,
+  // and after that the settings do not apply any more anyway.
   if (Run("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL;"
           "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE; COMMIT;")) {
     if (const State found = Check(why); found != State::Good) return found;
@@ -115,7 +115,7 @@ CatalogueStore::State CatalogueStore::Prepare(std::string* why) {
   return code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? State::Damaged : State::Unusable;
 }
 
-// What stands in it already: of this version, and sound down to its last page.
+// Checks that the content is of this version and that every page is sound.
 CatalogueStore::State CatalogueStore::Check(std::string* why) {
   Statement version(*this, "PRAGMA user_version");
   const std::int64_t stands = version.Step() ? version.NumberAt(0) : 0;
@@ -137,7 +137,7 @@ void CatalogueStore::Failed() {
   Log(LogLevel::Error, std::string("the state cannot be kept: ") + sqlite3_errmsg(m_database));
 }
 
-// All of it or nothing. An application that is not in the store as a whole goes in anew.
+// Writes all or nothing. An application that is not completely in the store is inserted again.
 template <class Put>
 void CatalogueStore::Change(CatalogueApp& app, Put&& put) {
   m_failed = false;
@@ -173,7 +173,8 @@ std::vector<StoredApp> CatalogueStore::ReadAll() {
         *this, "SELECT id, component, category, settings FROM trace WHERE app = ? ORDER BY id");
     traces.Number(stored.app.row);
     while (traces.Step() && stored.app.traces.size() < kNoTraceId) {
-      // Behind a gap no number would be right: it is written anew with the next change.
+      // After a gap every trace id would be wrong: the application is written again at its next
+      // change.
       if (traces.NumberAt(0) != static_cast<std::int64_t>(stored.app.traces.size())) {
         hasGap = true;
         break;

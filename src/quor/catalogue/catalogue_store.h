@@ -1,9 +1,9 @@
 // The catalogue on disk: one SQLite database in the state folder, in WAL mode.
 //
-// Owner    Holds the database, and it alone: a second service on the same state is refused.
-// Errors   Open gives null and a reason. A database that is damaged is put aside under the name
-//          *.damaged and a new one begun, told in the log. A write that fails leaves nothing half
-//          behind, is told in the log once, and comes along with the application's next write.
+// Owner    Holds the database exclusively: a second service on the same state is refused.
+// Errors   Open returns null and a reason. A damaged database is renamed to *.damaged and a new one
+//          is begun; the log says so. A failed write changes nothing and is logged once. Its data
+//          is written with the application's next write.
 // Threads  One.
 #pragma once
 
@@ -24,8 +24,8 @@ struct StoredApp {
 
 class CatalogueStore {
  public:
-  // `isTaken`: set when it is good and not ours to use, because another service has it or a newer
-  // one has written it.
+  // `isTaken`: set when the database is good but cannot be used, because another service has it or
+  // a newer one has written it.
   static std::unique_ptr<CatalogueStore> Open(const std::string& path, std::string* why,
                                               bool* isTaken = nullptr);
   ~CatalogueStore();
@@ -33,10 +33,10 @@ class CatalogueStore {
   CatalogueStore& operator=(const CatalogueStore&) = delete;
 
   std::vector<StoredApp> ReadAll();
-  void WriteApp(CatalogueApp& app);  // gives it its row
+  void WriteApp(CatalogueApp& app);  // sets its row
   void EraseApp(CatalogueApp& app);
   void WriteTrace(CatalogueApp& app, std::uint32_t id);
-  void WriteSettings(CatalogueApp& app);  // the sink, and the words of all traces
+  void WriteSettings(CatalogueApp& app);  // the sink, and the settings of all traces
   void WriteHolders(CatalogueApp& app, const std::set<std::uint32_t>& pids);
 
  private:
@@ -54,6 +54,6 @@ class CatalogueStore {
   void Failed();
 
   sqlite3* m_database;
-  bool m_failed = false;  // since the change under way began
+  bool m_failed = false;  // since the current change began
   bool m_told = false;
 };

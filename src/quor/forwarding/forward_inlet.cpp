@@ -16,8 +16,8 @@ constexpr std::size_t kNameBytesMax = 16u << 20;
 constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
 constexpr std::uint64_t kInUse = ~std::uint64_t{0};
 
-// The same over restarts, and of no other forwarder or application of this machine: who knows an
-// instance could spoil its numbers otherwise.
+// The same after a restart, and different for every forwarder and application of this machine: a
+// peer that knows an instance could otherwise spoil its numbers.
 std::array<std::uint8_t, kIdBytes> InstanceHere(const std::string& peer,
                                                 const std::string& instance) {
   const std::string text = peer + '\0' + instance;
@@ -28,7 +28,7 @@ std::array<std::uint8_t, kIdBytes> InstanceHere(const std::string& peer,
   return here;
 }
 
-// The oldest entry of the peer that has the most: one of many ids takes only its own place.
+// The oldest entry of the peer that has the most: a peer with many ids only takes its own place.
 template <class Map, class Age>
 auto OldestOfMost(Map& map, Age age) {
   auto best = map.begin();
@@ -82,8 +82,9 @@ std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& peer
   return opened;
 }
 
-// Of those that only this map knows. One that is in use would come again with what it had sent and
-// would not be known: that is worse than one more, and connections are limited in number.
+// Only streams that nobody uses. A stream in use would come again, with frames that it has sent,
+// and would not be known. That is worse than one stream more, and connections are limited in
+// number.
 void ForwardInlet::ForgetOldestStream() {
   const auto oldest = OldestOfMost(m_streams, [](const std::shared_ptr<Stream>& stream) {
     return stream.use_count() == 1 ? stream->m_turn : kInUse;
@@ -156,12 +157,12 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
   if (word.delivered() < before.delivered || word.lost() < before.lost ||
       word.delivered() - before.delivered != (frame ? frame->numbered : 0))
     return FailWith(why, "a ledger does not count what came");
-  // Where the source stands on this stream before this word.
+  // The serial of the source on this stream before this line.
   const std::uint64_t stands =
       word.serial() - (word.delivered() - before.delivered) - (word.lost() - before.lost);
   const std::shared_ptr<Source> source =
       m_inlet.SourceFor({m_peer, word.instance()}, stands, m_machine);
-  // Monitors would believe no larger number, not even of others on this stream.
+  // Monitors would accept no larger number, and then no other source of this stream either.
   if (std::max(source->serial, stands) > kSerialMax - (word.serial() - stands))
     return FailWith(why, "its ledgers count more than there can be");
   if (frame && !frame->traces.empty()) {
@@ -177,7 +178,7 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
              "the trace service of " + m_machine + " ended before it could hand them on");
   if (frame)
     for (const Bytes trace : frame->traces) hub.Take(source, m_names, trace, {});
-  // The word on it is among the traces.
+  // A trace already reports this loss.
   hub.CountLost(source, m_inlet.Believe(m_peer, word.lost() - before.lost));
   before = {word.delivered(), word.lost(), word.serial()};
   return true;

@@ -1,15 +1,14 @@
-// What other machines' services hand on to this one.
+// Receives the traces that other machines' services forward to this one.
 //
-// Shape    Each stream has an id of its forwarder's choice, which lives over broken links: a data
-//          frame counts as taken when the ledger behind it has come, and then it is in the hub. A
-//          data frame holds traces of one source, the one that its ledger names.
-//          Streams and sources are their forwarder's own: it is known by its certificate, and what
-//          another one says of the same ids means something else.
-// Owner    Keeps streams and sources over reconnects. When there are too many, the oldest go that
-//          no connection uses, of the forwarder that has the most.
-// Errors   A frame that contradicts itself ends the connection with a reason; nothing of it was
-//          taken. Of the losses that a forwarder tells no more is counted than can have been: see
-//          kLossesAtFirst.
+// Shape    Each stream has an id that its forwarder chose, and it survives broken links. A data
+//          frame counts as taken when the ledger after it has come; then its traces are in the hub.
+//          A data frame has traces of one source, the one in its ledger.
+//          Streams and sources belong to their forwarder, which is identified by its certificate.
+//          The same ids from another forwarder mean other streams and sources.
+// Owner    Keeps streams and sources over reconnects. When there are too many, the oldest one that
+//          no connection uses is forgotten, of the forwarder that has the most.
+// Errors   A frame that contradicts itself ends the connection with a reason; nothing of it is
+//          taken. Reported losses are counted only up to a credible limit: see kLossesAtFirst.
 // Threads  The service's one thread.
 #pragma once
 
@@ -23,25 +22,25 @@ class ForwardInlet {
  public:
   static constexpr std::size_t kStreamsMax = 64;
   static constexpr std::size_t kSourcesMax = 4096;
-  // What one forwarder may have lost before it is first heard of, three days of 100,000 a second
-  // and more; and then with each second.
+  // The losses that one forwarder may report at first, which is three days of 100,000 a second and
+  // more; and how many more with each second.
   static constexpr std::uint64_t kLossesAtFirst = 36'000'000'000, kLossesPerSecond = 10'000'000;
 
   explicit ForwardInlet(Hub& hub) : m_hub(hub) {}
 
-  // One forwarder's stream. It belongs to the connection that opened it last: what still comes over
-  // an older one is not to be taken.
+  // One forwarder's stream. It belongs to the connection that opened it last. Frames on an older
+  // connection must not be taken.
   class Stream {
    public:
     // Grows with each Open.
     std::uint64_t Turn() const { return m_turn; }
     bool TakeData(Bytes body, std::string* why);
-    // `taken` grows when this ledger completed a data frame.
+    // `taken` is increased when this ledger completes a data frame.
     bool TakeLedger(const quor::wire::Ledger& ledger, std::string* why);
     std::uint64_t Taken() const { return m_taken; }
-    // It has seen more sources than can be kept apart: its forwarder is to begin another one.
+    // It has seen more sources than can be kept apart: its forwarder must begin another stream.
     bool IsWornOut() const { return m_words.size() >= kWordsMax; }
-    // What was not completed comes again.
+    // Frames that were not completed will come again.
     void Break() { m_held.clear(); }
 
    private:
@@ -63,14 +62,14 @@ class ForwardInlet {
     std::uint64_t m_taken = 0, m_turn = 0;
   };
 
-  // `peer`: who forwards, as its certificate says. Null and a reason for an id that is none.
+  // `peer`: the forwarder's name in its certificate. Null and a reason for an invalid id.
   std::shared_ptr<Stream> Open(const std::string& peer, const std::string& id,
                                const std::string& machine, std::string* why);
   void Forget(const std::string& peer, const std::string& id) { m_streams.erase({peer, id}); }
 
  private:
   using Clock = std::chrono::steady_clock;
-  using Key = std::pair<std::string, std::string>;  // whose, and its id there
+  using Key = std::pair<std::string, std::string>;  // the forwarder, and its id for the object
   struct Known {
     std::shared_ptr<Source> source;
     std::uint64_t used = 0;
@@ -80,10 +79,10 @@ class ForwardInlet {
     Clock::time_point until = Clock::now();
     bool told = false;
   };
-  // `serial`: how many traces it had produced when it came here, if it is new.
+  // `serial`: how many traces a new source had produced when it came here.
   std::shared_ptr<Source> SourceFor(const Key& key, std::uint64_t serial,
                                     const std::string& machine);
-  // As many of them as can have been.
+  // Limits losses to a credible number.
   std::uint64_t Believe(const std::string& peer, std::uint64_t losses);
   void ForgetOldestSource();
   void ForgetOldestStream();

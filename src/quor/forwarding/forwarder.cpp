@@ -153,7 +153,7 @@ bool Forwarder::Handle(const Frame& frame) {
       AskToForward();
       return true;
     case State::Asking:
-      // The last of a stream that ended may still be told.
+      // A confirmation for an ended stream may still come.
       if (frame.type == FrameType::Taken) return true;
       return frame.type == FrameType::Response && ParseBody(frame, &response) &&
              response.error() == quor::wire::ERROR_NONE && BeginStream(response.taken());
@@ -176,7 +176,8 @@ void Forwarder::AskToForward() {
 
 bool Forwarder::BeginStream(std::uint64_t taken) {
   if (taken < m_base) {
-    // It has begun anew and knows nothing of this stream: so do we, with what it never had.
+    // The other side was restarted and does not know this stream: begin a new one with the frames
+    // that never arrived.
     NewStreamId();
     std::vector<SharedBatch> again;
     for (const Kept& kept : m_kept) again.push_back(kept.batch);
@@ -222,7 +223,7 @@ bool Forwarder::IsIdle() const {
          m_unsure.empty();
 }
 
-// Processes that come and go use them up in days, and this hub has its stream for ever.
+// Processes that come and go use the names up in days, and the stream of this hub never ends.
 void Forwarder::RenewNames() {
   if (m_state != State::Up || !m_hub.Names().IsFull()) return;
   if (m_hub.HasOpenBatch() || !m_kept.empty() || !m_queue.IsEmpty()) return;
@@ -234,8 +235,8 @@ void Forwarder::RenewNames() {
   AskToForward();
 }
 
-// In front of all that is taken of them here. The answer to another request to forward says that
-// these words have been read.
+// Sent before all traces that are taken here. The answer to another request to forward confirms
+// that these lines have been read.
 void Forwarder::TellUnsure() {
   quor::wire::Ledger ledger;
   m_unsureTold = std::min(m_unsure.size(), kUnsureAtOnce);

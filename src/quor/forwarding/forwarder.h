@@ -1,14 +1,14 @@
-// Hands the traces of applications whose sink is another machine on to that machine's service.
+// Forwards the traces of applications whose sink is another machine to that machine's service.
 //
-// Shape    A hub of its own, whose one stream is the link. What was sent is kept until the other
-//          side has it, and sent again after a broken link; a bounded store rides the break out and
-//          counts what it must drop. What an earlier service had not handed on the other side
-//          counts, by two words on the source: what had arrived, and what there was. When the names
-//          of its hub are used up, it begins another stream, with names of its own, as soon as
-//          nothing is under way.
-// Owner    Keeps its hub; asynchronous work keeps what it needs.
-// Errors   A link that cannot be made is tried again with back-off, told in the log once per
-//          reason.
+// Shape    A hub of its own, whose only stream is the link. Sent frames are kept until the other
+//          side confirms them, and are sent again after a broken link. During a break a bounded
+//          queue keeps traces and counts those that it drops. For sources of an earlier service it
+//          sends two numbers, how many traces had arrived and how many there were, and the other
+//          side counts the difference as lost. When the names of its hub are used up, it begins
+//          another stream, with new names, as soon as nothing waits for confirmation.
+// Owner    Owns its hub. Asynchronous operations keep the objects that they need.
+// Errors   If the link cannot be made it tries again with growing pauses. The log has each reason
+//          once.
 // Threads  The service's one thread.
 #pragma once
 
@@ -27,7 +27,7 @@ class Forwarder final : public HubStream,
  public:
   static constexpr std::size_t kStoreBytes = 64u << 20;
 
-  // `keysFolder`: with a client's certificate of role forward.
+  // `keysFolder`: has a client's certificate of role forward.
   Forwarder(asio::io_context& io, Machine machine, std::string keysFolder, std::string ownMachine,
             std::size_t storeBytes = kStoreBytes);
   void Start();
@@ -64,8 +64,8 @@ class Forwarder final : public HubStream,
     quor::wire::Ledger ledger;
     std::size_t Bytes() const { return records->size() + (names ? names->size() : 0); }
   };
-  // One that an earlier service handed on: how much of it had arrived there, as far as that service
-  // knew, and how much there was. What is missing the other side finds out.
+  // A source of an earlier service: how much of it had arrived, as far as that service knew, and
+  // how much there was. The other side computes what is missing.
   struct Unsure {
     std::shared_ptr<Source> source;
     std::uint64_t arrived = 0, serial = 0;
@@ -84,10 +84,10 @@ class Forwarder final : public HubStream,
   std::chrono::milliseconds m_pause{};
   std::string m_toldReason;
   std::string m_streamId;
-  std::deque<Kept> m_kept;  // sent and not known to be taken
+  std::deque<Kept> m_kept;  // sent and not confirmed
   std::deque<Unsure> m_unsure;
-  std::size_t m_unsureTold = 0;                // so many of them, over this connection
-  std::uint64_t m_base = 0;                    // data frames of this stream that were taken
-  std::uint64_t m_inFlight = 0;                // bytes of m_kept, but for ledgers
+  std::size_t m_unsureTold = 0;                // how many were sent over this connection
+  std::uint64_t m_base = 0;                    // data frames of this stream that were confirmed
+  std::uint64_t m_inFlight = 0;                // bytes of m_kept, without ledgers
   bool m_stopped = false, m_keptSent = false;  // over this connection and stream
 };

@@ -8,7 +8,7 @@ namespace {
 using namespace quor::wire;
 
 constexpr std::size_t kHelloBytesMax = 4096;
-constexpr std::size_t kRequestBytesMax = 1u << 20;  // a Submit of every trace that there can be
+constexpr std::size_t kRequestBytesMax = 1u << 20;  // a Submit of as many traces as are possible
 constexpr std::size_t kAnswerBytesMax = kControlFrameBytesMax - 64;
 
 bool Fail(Response* response, ErrorCode code, const std::string& text) {
@@ -258,7 +258,7 @@ bool ClientSession::Forward(const quor::wire::Forward& forward, Response* respon
   std::string why;
   const auto stream = m_context.inlet.Open(Forwarder(), forward.stream(), forward.machine(), &why);
   if (!stream) return Fail(response, ERROR_BAD_REQUEST, why);
-  // Who begins another stream goes on with the first no more.
+  // A connection that begins another stream no longer continues the first one.
   if (m_forwarded && m_forwardedId != forward.stream())
     m_context.inlet.Forget(Forwarder(), m_forwardedId);
   m_forwarded = stream;
@@ -286,7 +286,7 @@ void ClientSession::TakeForwarded(const Frame& frame) {
   if (!m_connection->Send(FrameType::Taken, taken)) return End("it does not read what was taken");
   if (!m_forwarded->IsWornOut()) return;
   m_context.inlet.Forget(Forwarder(), m_forwardedId);
-  // The word on what was taken goes out before the end.
+  // Send the confirmation of what was taken before the end.
   m_connection->CloseAfterWriting();
   OnClosed("its stream has had too many sources and is to begin anew");
 }

@@ -1,9 +1,10 @@
 // One client of the service: its hello, its role, and the requests that the role allows.
 //
-// Shape    Hello, then Welcome or Refused and the end; requests are answered in their order.
-// Owner    Held by its host from Start until OnEnded. Its open handles and its stream end with it.
-// Errors   A malformed frame, or one that has no place, ends this connection with a reason in the
-//          log; a request that is not allowed is answered with an error.
+// Shape    Hello, then Welcome, or Refused and the end of the connection. Requests are answered in
+//          their order.
+// Owner    Its host holds it from Start until OnEnded. Its open handles and its stream end with it.
+// Errors   A malformed or unexpected frame ends this connection with a reason in the log. A request
+//          that is not allowed is answered with an error.
 // Threads  The service's one thread.
 #pragma once
 
@@ -15,7 +16,7 @@
 #include "quor/protocol/quor.pb.h"
 #include "quor/traced/apps.h"
 
-// What all sessions share.
+// The objects that all sessions share.
 struct SessionContext {
   Hub& hub;
   Apps& apps;
@@ -29,10 +30,11 @@ struct SessionContext {
 
 struct SessionPeer {
   bool local = true;
-  std::uint32_t pid = 0;                          // of a local one
-  quor::wire::Role held = quor::wire::ROLE_NONE;  // by its certificate; local ones may take any
-  std::string name;                               // of its certificate
-  std::string words;                              // for the log
+  std::uint32_t pid = 0;  // of a local client
+  quor::wire::Role held =
+      quor::wire::ROLE_NONE;  // by its certificate; local clients have every role
+  std::string name;           // in its certificate
+  std::string words;          // its name in the log
 };
 
 class ClientSession final : public Connection::Handler,
@@ -49,10 +51,10 @@ class ClientSession final : public Connection::Handler,
 
   ClientSession(Host& host, SessionContext& context, SessionPeer peer);
   void Start(std::shared_ptr<ByteStream> stream);
-  // The orderly end: what the stream has goes out first. What it configured stays in force.
-  // The connection lives on until it has written, or its patience is over.
+  // A clean end: sends first what the stream has. Its settings stay in force. The connection lives
+  // on until it has written, or its deadline has passed.
   std::weak_ptr<Connection> Stop();
-  // Without a welcome after its time: ended.
+  // False: no welcome yet. Such a session is ended after its deadline.
   bool IsGreeted() const { return m_role != quor::wire::ROLE_NONE; }
   void EndSilent();
 
@@ -67,7 +69,7 @@ class ClientSession final : public Connection::Handler,
   bool Serve(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeApps(const quor::wire::Request& request, quor::wire::Response* response);
-  // Who it is to the inlet of forwarded streams; a local one is known by its process.
+  // Its name for the inlet of forwarded streams; a local client is identified by its process.
   std::string Forwarder() const { return m_peer.local ? m_peer.words : m_peer.name; }
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
   void ListApps(quor::wire::Response* response);

@@ -60,7 +60,7 @@ void LocalArrival::OnReadable() {
     case Kind::Gone:
       return Finish();
     case Kind::Unknown:
-      // What is there stays readable: look again a little later instead of turning in circles.
+      // The bytes stay readable: look again a little later instead of polling without a pause.
       m_again.expires_after(kLookAgain);
       m_again.async_wait([self = shared_from_this()](const std::error_code& error) {
         if (!error && self->m_host) self->OnReadable();

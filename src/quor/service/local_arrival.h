@@ -1,11 +1,12 @@
-// Somebody has connected to the unix socket: finds out whether it is an application's runtime or a
-// client, and takes the hello of a runtime.
+// A new connection on the unix socket: finds out whether it is an application's runtime or a
+// client, and reads the hello of a runtime.
 //
-// Shape    One socket serves both, so that there is one path to know and one unit to activate. Both
-//          begin with a length and type 1; the sixth byte is the first of the link's version, which
-//          is 0, or the tag of a protobuf field, which never is.
-// Owner    Keeps itself until it has called back, once, or given up.
-// Errors   Who says nothing sensible within the deadline is disconnected, with a reason in the log.
+// Shape    One socket serves both, so that there is one path and one unit to activate. Both begin
+//          with a length and type 1. The sixth byte is the first byte of the link's version, which
+//          is 0, or the tag of a protobuf field, which is never 0.
+// Owner    Keeps itself alive until it has called back once, or given up.
+// Errors   A peer that sends no valid hello within the deadline is disconnected, with a reason in
+//          the log.
 // Threads  The service's one thread.
 #pragma once
 
@@ -34,7 +35,7 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   ~LocalArrival();
   void Start(std::chrono::milliseconds deadline);
   void Stop();
-  // Others want in and it has said nothing yet.
+  // Refuses the peer, because other peers wait and it has sent nothing yet.
   void SendAway() { Refuse("it does not say who it is"); }
 
  private:
@@ -54,6 +55,6 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   asio::steady_timer m_deadline, m_again;
   LinkDecoder m_decoder;
   int m_segment = -1;
-  int m_descriptors = 0;  // that came
+  int m_descriptors = 0;  // received
   bool m_isApplication = false;
 };

@@ -21,8 +21,8 @@ namespace {
 using std::chrono::milliseconds;
 constexpr int kFirstHanded = 3;
 constexpr int kQueueLength = 512;
-// A service that was just told to end has not read that yet, and `quord status` holds the lock for
-// the time of a look.
+// A service that was just told to end may not have read that yet, and `quord status` holds the lock
+// for a moment.
 constexpr milliseconds kLockPatience{500};
 constexpr milliseconds kEndingPatience{10000};
 constexpr milliseconds kLockAgain{10};
@@ -35,7 +35,7 @@ bool SayError(std::string* why, const std::string& path) {
 bool MakePrivateFolder(const std::string& folder, std::string* why) {
   if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return SayError(why, folder);
   struct stat status {};
-  // lstat: a link in a public folder may be anybody's.
+  // lstat: a link in a public folder may be another user's.
   if (lstat(folder.c_str(), &status) != 0) return SayError(why, folder);
   if (!S_ISDIR(status.st_mode)) return FailWith(why, folder + ": not a folder");
   if (status.st_uid != geteuid()) return FailWith(why, folder + ": belongs to another user");
@@ -129,7 +129,7 @@ bool LocalDoor::Adopt(const std::string& socketPath, int descriptor, std::string
   m_descriptor = descriptor;
   fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
   if (!Lock(socketPath, why)) return false;
-  if (!NotePlace(socketPath)) m_inode = 0;  // gone already: it is not in place
+  if (!NotePlace(socketPath)) m_inode = 0;  // removed already: it is not in place
   return true;
 }
 

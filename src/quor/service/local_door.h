@@ -1,11 +1,12 @@
-// The unix socket of the service: a private folder, a lock, and never somebody else's socket.
+// The unix socket of the service: in a private folder, guarded by a lock, and never another user's
+// socket.
 //
-// Shape    <folder>/quord.sock, or the path that $QUOR_SOCKET names, and beside it quord.lock.
-//          The lock file holds the pid of who has the lock, and the word "ending" behind it once
-//          that takes nobody in any more.
-// Owner    Holds the lock and the listening descriptor; the end removes the socket, unless it was
-//          handed over by the system, which keeps it.
-// Errors   False and a reason. A lock that is held is waited for: a moment, and longer while its
+// Shape    <folder>/quord.sock, or the path in $QUOR_SOCKET, and beside it quord.lock. The lock
+//          file contains the pid of the lock's holder, followed by the word "ending" once that
+//          holder accepts nobody any more.
+// Owner    Holds the lock and the listening descriptor. Its destructor removes the socket, unless
+//          the system handed the socket over, which then keeps it.
+// Errors   False and a reason. If the lock is held, Open waits a moment, and longer while its
 //          holder ends.
 // Threads  One.
 #pragma once
@@ -21,17 +22,17 @@ class LocalDoor {
   LocalDoor(const LocalDoor&) = delete;
   LocalDoor& operator=(const LocalDoor&) = delete;
 
-  // Makes the folder if there is none. Refuses a folder that others may enter, a second service,
-  // and a socket at which somebody answers.
+  // Makes the folder if there is none. Fails for a folder that others may enter, for a second
+  // service, and for a socket at which a process answers.
   bool Open(const std::string& socketPath, std::string* why);
-  // With a socket that listens already (socket activation). The lock is taken all the same.
+  // With a socket that listens already (socket activation). The lock is taken nevertheless.
   bool Adopt(const std::string& socketPath, int descriptor, std::string* why);
-  // Nobody comes in any more. The lock is still held: what it guards is in use until the end.
+  // Accepts nobody any more. Keeps the lock, because what it guards is in use until the end.
   void StopListening();
   void Close();
 
   int Descriptor() const { return m_descriptor; }
-  // The socket and the lock still stand where others look for them.
+  // The socket and the lock still have their names.
   bool IsInPlace() const;
 
  private:
@@ -45,18 +46,18 @@ class LocalDoor {
   bool m_own = false;
 };
 
-// The pid that the lock beside the socket tells; 0 when no service holds it.
+// The pid in the lock file beside the socket; 0 when no service holds the lock.
 pid_t ServicePid(const std::string& socketPath);
 
-// The first descriptor that the system has handed over to this process and the path it listens on;
-// -1 when none was. It is told by LISTEN_PID and LISTEN_FDS, which are removed.
+// The first descriptor that the system has handed over to this process, and the path it listens on;
+// -1 when there is none. Reads LISTEN_PID and LISTEN_FDS and removes them.
 int TakeHandedSocket(std::string* path);
 
-// Who is at the other end of a unix socket, by the kernel.
+// The peer of a unix socket, as the kernel reports it.
 struct LocalPeer {
   uid_t uid = static_cast<uid_t>(-1);
   pid_t pid = 0;
 };
 bool PeerOfSocket(int socket, LocalPeer* peer);
-// Only this service's own user.
+// True only for this service's own user.
 bool MayEnter(const LocalPeer& peer, uid_t own);

@@ -19,7 +19,7 @@
 namespace {
 
 using std::chrono::milliseconds;
-constexpr milliseconds kTick{20};  // the longest that a trace waits for its batch to fill
+constexpr milliseconds kTick{20};  // the longest time that a trace waits for its batch to fill
 constexpr milliseconds kGreetingDeadline{5000};
 constexpr milliseconds kGrace{15000};          // runtimes and clients come back within seconds
 constexpr milliseconds kMonitorsReturn{4000};  // twice their longest pause between two tries
@@ -62,7 +62,7 @@ Service::Service(ServiceOptions options)
                 }) {}
 
 Service::~Service() {
-  // Sessions and instances refer to what dies before them otherwise.
+  // Otherwise sessions and instances would refer to members that are destroyed before them.
   m_sessions.clear();
   if (m_apps) m_apps->Stop();
 }
@@ -97,7 +97,7 @@ bool Service::OpenState(std::string* why) {
   if (MakeFolders(m_options.stateFolder, why))
     store = CatalogueStore::Open(m_options.stateFolder + "/state.db", why, &isTaken);
   if (isTaken) return false;
-  // A full or read-only disk, or no home: traces are wanted then above all.
+  // A full or read-only disk, or no home folder: traces are needed most in that case.
   if (!store) m_troubles.push_back(*why + "; what is configured will not survive a restart");
   m_catalogue = std::make_unique<Catalogue>(std::move(store), m_options.defaultSettings);
   return true;
@@ -120,7 +120,7 @@ void Service::Run() {
   Log(LogLevel::Info, "ended");
 }
 
-// Whoever removes the folder is given the time to finish.
+// Gives the process that removes the folder time to finish.
 void Service::OnPlaceChanged() {
   if (m_stopping || std::exchange(m_looksAtPlace, true)) return;
   Later(kPlaceAgain, [this] {
@@ -130,8 +130,9 @@ void Service::OnPlaceChanged() {
   });
 }
 
-// Nobody finds this service any more: it makes its place anew, or ends where it cannot. So also
-// with a socket that was handed over: whoever did that does not make its name anew.
+// Nobody can find this service any more. It makes its folder and socket again, or ends if it
+// cannot. It does so also with a handed-over socket, because its maker does not make its name
+// again.
 void Service::TakePlaceAgain() {
   Log(LogLevel::Warning, m_options.socketPath + " has been removed");
   std::error_code error;
@@ -161,7 +162,7 @@ void Service::AcceptLocal() {
                                  std::to_string(peer.uid) + " is refused at the door");
       close(socket);
     } else {
-      // Who has something to say has said it by the time that so many others are here.
+      // With so many others waiting, the oldest has had enough time to send its hello.
       if (m_arrivals.size() >= kArrivalsMax) m_arrivals.front()->SendAway();
       auto arrival = std::make_shared<LocalArrival>(m_io, *this, socket, peer);
       m_arrivals.push_back(arrival);
@@ -226,7 +227,7 @@ Hub& Service::HubForMachine(const std::string& machine) {
   return forwarder->Traces();
 }
 
-// To machines that were some application's sink once.
+// Forwarders to machines that are no application's sink any more.
 void Service::EndIdleForwarders() {
   std::erase_if(m_forwarders, [](const auto& entry) {
     const bool idle = entry.second->IsIdle();
@@ -235,7 +236,7 @@ void Service::EndIdleForwarders() {
   });
 }
 
-// Only while there is something to hand out: who has nothing to do sleeps.
+// Only while there are traces to deliver, so that an idle service sleeps.
 void Service::TickSoon() {
   if (m_stopping || std::exchange(m_ticks, true)) return;
   m_tick.expires_after(kTick);
@@ -277,7 +278,7 @@ void Service::Stop() {
   AwaitEnd();
 }
 
-// What is being written gets its time; then the end comes, whoever does not read.
+// Waits a limited time for pending writes, then ends whether or not the peers read.
 void Service::AwaitEnd() {
   std::erase_if(m_ending, [](const auto& connection) { return connection.expired(); });
   if (m_ending.empty() || std::chrono::steady_clock::now() > m_endBy) return m_io.stop();

@@ -1,7 +1,7 @@
-// quord itself: doors, hub, applications, clients, forwarding, on one thread.
+// The service quord: listeners, hub, applications, clients and forwarding, on one thread.
 //
-// Owner    Everything. Run returns after Stop, or never.
-// Errors   Open gives false and a reason; after that every failure is one peer's own.
+// Owner    Owns everything. Run returns after Stop, or never.
+// Errors   Open returns false and a reason. After that every failure concerns one peer only.
 // Threads  Run's thread; Stop also from a signal through its own io_context.
 #pragma once
 
@@ -24,7 +24,7 @@ struct ServiceOptions {
   std::vector<std::string> listen;  // "address:port", "[address]:port"
   std::string keysFolder;
   std::uint32_t defaultSettings = kDefaultSettings;
-  ConnectionLimits connectionLimits;  // of clients: when one that stalls is given up, above all
+  ConnectionLimits connectionLimits;  // of clients: above all when a stalled client is given up
 };
 
 class Service final : public LocalArrival::Host, public ClientSession::Host, public Apps::Router {
@@ -33,7 +33,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   ~Service();
 
   bool Open(std::string* why);
-  // What does not work, although the service runs; known once it is open.
+  // Problems with which the service runs nevertheless; known once it is open.
   const std::vector<std::string>& Troubles() const { return m_troubles; }
   void Run();
 

@@ -11,7 +11,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kTlsAcceptAgain{100};  // no descriptors left: later, perhaps
 constexpr std::chrono::seconds kWordEvery{5};
 
-// Who may well be one: an IPv6 host has a whole network of addresses.
+// Addresses that may be the same host: an IPv6 host has a whole network of addresses.
 std::string NeighbourhoodOf(const asio::ip::address& address) {
   if (!address.is_v6()) return address.to_string();
   const asio::ip::address_v6 six = address.to_v6();
@@ -121,7 +121,7 @@ void TlsDoor::AcceptLater(Listener& listener) {
 void TlsDoor::Admit(asio::ip::tcp::socket socket) {
   std::error_code error;
   const auto from = socket.remote_endpoint(error);
-  if (error) return;  // gone again
+  if (error) return;  // the peer has closed it
   socket.set_option(asio::ip::tcp::no_delay(true), error);
   auto slot = std::make_shared<Slot>(std::move(socket));
   slot->address = from.address().to_string();
@@ -160,7 +160,7 @@ void TlsDoor::DropOldest(const std::string& address) {
   Leave(oldest);
 }
 
-// A flood at the door is not to be one in the log.
+// A flood of connections must not become a flood in the log.
 void TlsDoor::TellDropped(const std::string& address) {
   ++m_dropped;
   const Clock::time_point now = Clock::now();
@@ -200,7 +200,7 @@ void TlsDoor::Leave(Slots::iterator at) {
   if (--entry->second == 0) m_perAddress.erase(entry);
 }
 
-// One timer for all: they come in the order of their deadlines.
+// One timer for all: slots are in the order of their deadlines.
 void TlsDoor::AwaitOldest() {
   if (m_slots.empty() || m_closed) return;
   m_deadline.expires_at(m_slots.front()->endBy);

@@ -1,12 +1,12 @@
-// The doors for other machines: who comes in by mutual TLS.
+// The listeners for other machines: accepts clients by mutual TLS.
 //
-// Shape    Whoever has connected has a slot until hands are shaken or its time is over: a socket
-//          alone while it says nothing, and TLS from its first byte on. Slots are bounded, per
-//          address and in all. At the bound the newcomer gets the slot of one that is older: of its
-//          own address or, when all are taken, of the address that has the most; first of one that
-//          has said nothing. So whoever comes to shake hands is not kept out by those who do not.
-// Owner    Keeps itself alive in no operation: Close comes before its end.
-// Errors   Open gives false and a reason; after that a failure is one peer's own, told in the log.
+// Shape    A new connection has a slot until its handshake is done or its time is over: only a
+//          socket until its first byte, and TLS from then on. Slots are bounded, per address and in
+//          total. At the bound a new connection takes the slot of an older one: of its own address
+//          or, if all are taken, of the address that has the most; a connection that has sent
+//          nothing first. So peers that never shake hands cannot keep out a peer that does.
+// Owner    No operation keeps it alive: call Close before its end.
+// Errors   Open returns false and a reason. After that a failure concerns one peer, and is logged.
 // Threads  The service's one thread.
 #pragma once
 
@@ -24,13 +24,13 @@
 #include "quor/protocol/byte_stream.h"
 #include "quor/protocol/tls.h"
 
-// Of "address:port" or "[address]:port"; port 0 lets the system choose one. Nothing for other
+// Parses "address:port" or "[address]:port"; port 0 lets the system choose one. None for other
 // texts.
 std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text);
 
 class TlsDoor {
  public:
-  // Somebody has come in from `address`.
+  // A peer from `address` has been accepted.
   using Come = std::function<void(std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
                                   const std::string& address)>;
   static constexpr std::size_t kSlotsMax = 256, kSlotsPerAddress = 64;
@@ -50,7 +50,7 @@ class TlsDoor {
     explicit Listener(asio::ip::tcp::acceptor from)
         : acceptor(std::move(from)), again(acceptor.get_executor()) {}
     asio::ip::tcp::acceptor acceptor;
-    asio::steady_timer again;  // its own: a new wait ends the one before
+    asio::steady_timer again;  // one each: a new wait would end the previous one
   };
   struct Slot;
   using Slots = std::list<std::shared_ptr<Slot>>;  // oldest first
@@ -75,7 +75,7 @@ class TlsDoor {
   Slots m_slots;
   std::map<std::string, std::size_t> m_perAddress;
   asio::steady_timer m_deadline;
-  std::size_t m_dropped = 0;  // and not yet told
+  std::size_t m_dropped = 0;  // and not yet logged
   std::chrono::steady_clock::time_point m_nextWord{};
   bool m_closed = false;
 };

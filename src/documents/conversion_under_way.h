@@ -1,9 +1,8 @@
-// A conversion under way in this process, and the process's end from outside, which gives up all of
-// them.
+// A running conversion in this process. The end of the process from outside gives up all of them.
 //
-// Shape    One count and one fact for the process, because a signal or the end of a session ends
-//          all of it. A process that ends by exit (its display has gone) does not wait for its
-//          threads: while such an object lives, exit waits at most three seconds for it to go.
+// Shape    One count and one flag for the process, because a signal or the end of a session ends
+//          all of it. A process that ends by exit (because its display is lost) does not wait for
+//          its threads. While such an object lives, exit waits at most three seconds for its end.
 // Threads  Any.
 #pragma once
 
@@ -14,8 +13,8 @@ class ConversionUnderWay {
   ConversionUnderWay(const ConversionUnderWay&) = delete;
   ConversionUnderWay& operator=(const ConversionUnderWay&) = delete;
 
-  // The program is being ended by a signal or with its session: no person has cancelled anything,
-  // and every conversion leaves its old file as it is. There is no way back.
+  // The program is being ended by a signal or with its session. No user has cancelled anything, so
+  // every conversion leaves its old file as it is. This cannot be undone.
   static void GiveUpAll();
   static bool AllGivenUp();
 };

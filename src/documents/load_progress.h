@@ -1,4 +1,4 @@
-// What a load tells the main window: the message WM_TRACE_PROGRESS and the record of its start.
+// The messages of a load to the main window: WM_TRACE_PROGRESS and the record of its start.
 //
 // Owner    A start record is the receiver's. TakeLoadStart takes it out of the message.
 // Threads  Interface thread: the load thread posts the calls that send them.
@@ -24,7 +24,7 @@ struct CLoadProgressStart {
   HANDLE cancelEvent;
 };
 
-// The record of a start message, by its lParam. Null when it brings none.
+// The record of a start message, from its lParam. Null if there is none.
 inline std::unique_ptr<CLoadProgressStart> TakeLoadStart(std::intptr_t value) {
   return std::unique_ptr<CLoadProgressStart>(reinterpret_cast<CLoadProgressStart*>(value));
 }

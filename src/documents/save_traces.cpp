@@ -14,7 +14,7 @@ class TraceSaving final : public LongWork {
       : m_stand(document.m_traces), m_names(document.m_names), m_writer(writer), m_source(source) {}
 
   bool DoPart() override {
-    // The traces of the source may be gone then.
+    // The traces of the source may have been released by then.
     m_good = m_good && m_stand.Holds();
     for (int i = 0; m_good && i < kTracesPerSavePart; ++i) {
       const TraceEvent_i* const event = m_source.Next();
@@ -52,13 +52,13 @@ bool SaveTraces(CTraceDoc& document, const std::string& path, BoxIcon icon, Trac
   const CWaitCursor wait(host);
   TraceSaving saving(document, writer, source);
   if (!RunLongWork(host, &document, {"Tessera", "Saving..."}, saving)) {
-    // A capture that runs writes again what only this file had.
+    // A running capture writes the names again that only this file has.
     ClearWrittenMarks(document.m_names);
     return false;
   }
   // The last bytes leave the buffer only at the end, and a full disk may show only then.
   const bool written = writer.Finish() && saving.Good();
-  // Kept: what was written stays under the name, also behind a write that failed.
+  // Kept: the part that was written stays under the name, also after a failed write.
   const bool named = file.Finish(&why);
   return (written && named) || failed("Error writing to file.");
 }

@@ -1,10 +1,11 @@
-// Writes traces to a .trc file of their own, as long work, with the words of a save that fails.
+// Writes traces to a new .trc file, as long work, and shows a message when that fails.
 //
-// Shape    Header, then every trace behind the names that it is the first to use: the marks of the
-//          document's names are cleared at the start.
-// Owner    Borrows everything for the one call. What was written before a write failed stays on the
-//          disk. A save that the person cancelled leaves no file, and an existing one as it was.
-// Errors   False, and a box has said why; or the person cancelled it.
+// Shape    Header, then every trace, preceded by the names that it is the first to use. The marks
+//          of the document's names are cleared at the start.
+// Owner    Borrows everything for the one call. After a failed write the part that was written
+//          stays on the disk. A save that the user cancelled leaves no new file, and an existing
+//          one as it was.
+// Errors   False after a message box with the reason, or after the user cancelled.
 // Threads  Interface thread.
 #pragma once
 
@@ -14,11 +15,11 @@
 #include "documents/trace_doc.h"
 #include "docview/long_work.h"
 
-// The traces that the file gets, in order.
+// The traces to save, in order.
 class TraceSource {
  public:
-  virtual const TraceEvent_i* Next() = 0;           // null behind the last
-  virtual std::optional<int> Progress() const = 0;  // as that of LongWork
+  virtual const TraceEvent_i* Next() = 0;           // null after the last
+  virtual std::optional<int> Progress() const = 0;  // as in LongWork
 
  protected:
   ~TraceSource() = default;

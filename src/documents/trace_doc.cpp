@@ -28,7 +28,7 @@ CTraceDoc::CTraceDoc(Host& host) : CDocument(host) {
         if (SaveModified()) DeleteContents();
       },
       [this](CCmdUI& ui) { ui.Enable(!m_traces.empty()); });
-  // The command itself is the view's.
+  // The view handles the command itself.
   MapUpdate(ID_VIEW_SYNCHRONIZE, [this](CCmdUI& ui) {
     ui.SetCheck(m_synchronize);
     ui.Enable(Views().size() > 1);
@@ -67,7 +67,7 @@ bool CTraceDoc::SaveModified() {
   return g_quickClose || CDocument::SaveModified();
 }
 
-// There is no save in place: a trace document's own file is mapped, or there is none.
+// A trace document cannot be saved in place: its own file is mapped, or it has none.
 bool CTraceDoc::DoFileSave() {
   return DoSave(nullptr, false);
 }

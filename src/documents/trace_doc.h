@@ -1,8 +1,8 @@
-// The common base of the trace documents: owns the traces of one source, the names that explain
-// them and the ids that a filter offers, and tells its views of changes.
+// The common base of the trace documents. It owns the traces of one source, their names, and the
+// ids that a filter offers. It notifies its views of changes.
 //
 // Owner    The document owns its traces; views and hints borrow them.
-// Errors   The save shows its own words and returns false; it leaves the document as it was.
+// Errors   The save shows its own messages and returns false; it leaves the document as it was.
 // Threads  Interface thread.
 #pragma once
 
@@ -34,24 +34,24 @@ class CTraceDoc : public CDocument {
   explicit CTraceDoc(Host& host);
   ~CTraceDoc() override;
 
-  // Takes ownership of the trace and notes its ids; the document is modified. Tells no view: the
-  // caller collects a batch for that.
+  // Takes ownership of the trace and notes its ids; the document is modified. Notifies no view: the
+  // caller does that once for a batch.
   void AddTrace(TraceEvent_i* event);
 
   bool OnNewDocument() override;
-  // Releases all traces, then tells the views 1002 and 1003. Names, process map and id lists stay:
-  // a live connection goes on using them, and later traces come with old ids.
+  // Releases all traces, then sends the views 1002 and 1003. Names, process map and id lists stay,
+  // because a live connection goes on using them, and later traces have old ids.
   void DeleteContents() override;
   // Writes all traces, oldest first, whatever a view's filter shows. The modified flag stays.
   bool OnSaveDocument(const std::string& path) override;
-  // True at once after a Quick Close.
+  // True without a question after a Quick Close.
   bool SaveModified() override;
   // Asks for a name and writes a copy; the document keeps its name and its modified flag.
   bool DoFileSave() override;
 
-  // Do traces go on coming by themselves?
+  // Do traces arrive without a command of the user?
   virtual bool IsStream() const { return false; }
-  // What a view without traces tells: what is awaited, and in a second line why.
+  // The text of a view without traces: what it waits for, and in a second line why.
   virtual std::string WhyEmpty() const { return "No traces"; }
 
   // Read directly by views, iterators and the filter.

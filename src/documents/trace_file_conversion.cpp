@@ -22,7 +22,7 @@ class Conversion {
   bool Run() {
     const bool swapped = IsWhatWasMapped() ? WriteTemporary() && Swap() : Failed(kRenameOld);
     if (m_givenUp) RemoveTemporary();
-    // Only now: until it has its name nobody else may take it for a temporary file of his own.
+    // Only now: until the file has its name no other program may take it for a temporary file.
     m_writer.Finish();
     return swapped;
   }
@@ -62,13 +62,13 @@ class Conversion {
         m_old.View(), m_writer,
         [this](std::uint64_t position) { return Heard(position, false) == ConversionGoes::On; });
     if (m_givenUp) return false;
-    // The old file is about to go: the new one has to be on the disk.
+    // The old file will be deleted: the new one must be on the disk.
     if (!(result.written && m_writer.Sync())) return Failed("Error writing to temporary file");
     Heard(result.position, true);
     return !m_givenUp;
   }
 
-  // Who could not read the old file is not to read the new one.
+  // Users who could not read the old file must not be able to read the new one.
   void KeepPermissions() {
     constexpr mode_t kPermissions = 0777;
     struct stat status;
@@ -81,14 +81,14 @@ class Conversion {
     if (unlink(m_aside.c_str()) != 0 && errno != ENOENT && errno != ENOTDIR)
       return Failed(kRemoveOld);
     if (!MoveOldAside()) return Failed(kRenameOld);
-    // The name of the temporary file may change hands up to the rename: then the old file stays.
+    // Another file may take the temporary name before the rename: then the old file stays.
     if (!IsOursAt(m_temporary) || !RenameWithoutReplacing(m_temporary, m_path) || !IsOursAt(m_path))
       return Failed(kRenameNew);
     RemoveOld();
     return true;
   }
 
-  // The name may have changed hands since we looked: then it goes back to what stood there.
+  // Another file may have taken the name since the check: then it gets the name back.
   bool MoveOldAside() const {
     if (!IsUnwrittenAt(m_path) || !RenameWithoutReplacing(m_path, m_aside)) return false;
     if (IsUnwrittenAt(m_aside)) return true;
@@ -96,7 +96,7 @@ class Conversion {
     return false;
   }
 
-  // What somebody has written into it meanwhile stands nowhere else: then it stays.
+  // What another program has written into it meanwhile exists nowhere else: then it stays.
   void RemoveOld() {
     if (!IsUnwrittenAt(m_aside) || unlink(m_aside.c_str()) != 0)
       m_ears.say(kRemoveOld, BoxIcon::Warning);

@@ -1,20 +1,21 @@
 // Rewrites a trace file of the older format in the current one, under its own name.
 //
-// The new file is made beside the old one, as PATH.tmp. When it is whole and on the disk, the old
-// one becomes PATH.old, the new one PATH, and the old one is deleted. Nothing is ever replaced, and
-// nothing is deleted that was not read: what another program put under the name, or wrote into the
-// file, since it was mapped, is "Error renaming old trace file" and stays. A stranger's file that
-// got PATH in place of the new one keeps it, and the old file stays as PATH.old.
-// What remains: a file cannot be deleted on a condition. What a program that has the old file open
-// writes into it between our last look and the deletion, two system calls, goes with it; so does
-// a file that takes the name PATH.old in that moment.
+// The new file is made beside the old one, as PATH.tmp. When it is complete and on the disk, the
+// old file is renamed to PATH.old and the new one to PATH, and PATH.old is deleted. No step
+// replaces a file, and nothing is deleted that was not read. If another program has put a file
+// under the name, or has written into the old file, since it was mapped, the error is "Error
+// renaming old trace file" and that file stays. If another program's file gets the name PATH before
+// the new one, it keeps the name, and the old file stays as PATH.old.
+// One gap remains, because a file cannot be deleted on a condition. What a program that has the old
+// file open writes into it between our last check and the deletion, two system calls, is deleted
+// with it; so is a file that takes the name PATH.old in that moment.
 //
-// Errors   Every failing step but the last one is told once. The old file stays until the new one
-//          stands under its name; PATH.tmp, and between the renames PATH.old, stay behind.
-// Cancel   Kept: a person's cancel is no failure. What is converted so far takes the old file's
-//          place, and the rest of the old file is gone. A program that is ended from outside has
-//          nobody who wanted that: the conversion is given up without a word, the old file stays,
-//          and PATH.tmp goes.
+// Errors   Every failing step but the last one is reported once. The old file stays until the new
+//          one has its name. PATH.tmp, and between the renames PATH.old, are left.
+// Cancel   Kept: a cancel by the user is no failure. The part that has been converted replaces the
+//          old file, and the rest of the old file is lost. When the program is ended from outside,
+//          no user wanted that: the conversion is given up without a message, the old file stays,
+//          and PATH.tmp is removed.
 // Threads  The load thread; touches only its arguments.
 #pragma once
 
@@ -26,15 +27,15 @@
 #include "base/mapped_file.h"
 #include "docview/host.h"
 
-enum class ConversionGoes { On, Short, Nowhere };  // on; cancelled by the person; given up
+enum class ConversionGoes { On, Short, Nowhere };  // on; cancelled by the user; given up
 
 struct ConversionEars {
-  // At every 1024th record. Once more behind the last one, when only Nowhere is heard.
+  // At every 1024th record, and once more after the last one, when only Nowhere is considered.
   std::function<ConversionGoes(std::uint64_t position, bool last)> progress;
-  // Words for the person. Returns when they have been read.
+  // Shows a message to the user. Returns when it has been read.
   std::function<void(const char* words, BoxIcon icon)> say;
 };
 
-// The new file, or null. `old` stays mapped as long as its holder likes.
+// The new file, or null. `old` stays mapped as long as its holder wants.
 std::shared_ptr<const MappedFile> ConvertTraceFile(const MappedFile& old, const std::string& path,
                                                    const ConversionEars& ears);

@@ -24,7 +24,7 @@ bool CTraceFileDoc::OnOpenDocument(const std::string& path) {
   if (!OpenAndCheck(path)) return false;
   try {
     m_load = std::make_shared<TraceFileLoad>(GetHost(), m_file, path, m_cancelEvent);
-    // What a conversion leaves behind comes back with the traces.
+    // The result of a conversion comes with the traces.
     if (VersionOf(m_file->View()) == TrcVersion::Old) m_file.reset();
     m_load->m_handOver = [this] {
       TakeOver();
@@ -57,7 +57,7 @@ bool CTraceFileDoc::OpenAndCheck(const std::string& path) {
   return false;
 }
 
-// A box that the end of the program closes has not been answered.
+// A question that the end of the program closes has not been answered.
 bool CTraceFileDoc::MayConvert() const {
   const BoxAnswer answer =
       GetHost().MessageBox({"This trace file was created by an older version of Tessera.  "
@@ -84,7 +84,7 @@ void CTraceFileDoc::StopLoad() {
   } else if (m_load->Failed()) {
     m_load.reset();
   } else if (const auto handOver = std::exchange(m_load->m_handOver, nullptr)) {
-    handOver();  // its posted call finds nothing left to do
+    handOver();  // its posted call will find nothing to do
   }
 }
 

@@ -1,12 +1,12 @@
-// The document of a .trc file: maps it, walks it on a thread of its own, keeps it mapped while it
-// lives, because its traces are views into the mapping. A file of the older format is converted
-// first, on the person's consent.
+// The document of a .trc file. It maps the file, walks it on a separate thread, and keeps it mapped
+// as long as the document lives, because its traces refer to the mapping. A file of the older
+// format is converted first, if the user agrees.
 //
-// Errors   OnOpenDocument false: "Invalid format." has been shown for a wrong header, nothing more
-//          when the person declines the conversion, and nothing for a file that cannot be opened or
-//          mapped (OpenFailure tells why, for trc).
+// Errors   OnOpenDocument false: "Invalid format." has been shown for a wrong header; no message if
+//          the user declines the conversion, or if the file cannot be opened or mapped (OpenFailure
+//          has the reason, for trc).
 // Threads  Interface thread. The load thread works on a TraceFileLoad of its own, shared with the
-//          document; it fills containers that nobody else sees and posts them back, so that a
+//          document. It fills containers that nobody else sees and posts them to the document. So a
 //          document that no longer waits for it is never touched.
 #pragma once
 
@@ -21,7 +21,7 @@
 
 class TraceFileLoad;
 
-// How a document loads. Tests that need a slow or a hanging load set it otherwise.
+// Parameters of a load. Tests that need a slow or a hanging load change them.
 struct TraceLoadSetup {
   // How long a thread that hangs may hold up the window.
   unsigned stopWaitMs = 10000;
@@ -35,24 +35,24 @@ class CTraceFileDoc : public CTraceDoc {
   ~CTraceFileDoc() override;
 
   bool OnNewDocument() override;
-  // Returns when the thread has been started: the traces come with hint 1002.
+  // Returns when the thread has been started; the traces come with hint 1002.
   bool OnOpenDocument(const std::string& path) override;
   // Signals the cancel event, waits for the load thread at most the setup's stopWaitMs, and clears.
-  // A thread that has not ended by then is left to itself: what it works on is its own.
+  // A thread that has not ended by then goes on alone: it works on objects of its own.
   void DeleteContents() override;
 
   const std::string& OpenFailure() const { return m_openFailure; }
   const HANDLE& CancelEvent() const { return m_cancelEvent; }
-  // 0 while an older file is being converted, and behind a conversion that failed.
+  // 0 while an older file is being converted, and after a conversion that failed.
   std::uint32_t FileSize() const { return m_file ? m_file->Size() : 0; }
-  // What the load met besides whole records; of a cancelled load, up to where it came.
+  // The damage that the load met; for a cancelled load, up to the position that it reached.
   const TrcDamage& Damage() const { return m_damage; }
   // How many name records the file has: a name may have several.
   std::uint64_t NameRecords() const { return m_nameRecords; }
-  // What other programs have done to the file since it was opened: what is shown may not be what
-  // stood there. One look at the file.
+  // How other programs have changed the file since it was opened: then the rows may show another
+  // content than the original. Looks at the file once.
   FileChange Change() const { return m_file ? m_file->Change() : FileChange(); }
-  // Bytes stepped over because no record begins there.
+  // Bytes that were skipped because no record begins there.
   std::uint64_t SkippedBytes() const { return m_damage.skippedBytes; }
 
  private:
@@ -63,11 +63,11 @@ class CTraceFileDoc : public CTraceDoc {
 
   const TraceLoadSetup m_setup;
   std::shared_ptr<const MappedFile> m_file;
-  // The file that was converted. Kept: its view stays as long as the document.
+  // The file that was converted. Kept: it stays mapped as long as the document lives.
   std::shared_ptr<const MappedFile> m_oldFile;
   HANDLE m_cancelEvent;
   AutoWin32Handle_t m_loadThread;
-  std::shared_ptr<TraceFileLoad> m_load;  // until its traces are here
+  std::shared_ptr<TraceFileLoad> m_load;  // until its traces have arrived
   std::string m_openFailure;
   TrcDamage m_damage;
   std::uint64_t m_nameRecords = 0;

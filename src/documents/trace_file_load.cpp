@@ -63,7 +63,7 @@ void TraceFileLoad::Run(const std::function<void()>& beforeWalk) {
 
 void TraceFileLoad::Fail() {
   m_failed = true;
-  m_traces.Clear();  // memory may be what lacks
+  m_traces.Clear();  // the failure may be a lack of memory
   m_file.reset();
   m_oldFile.reset();
   const std::lock_guard lock(m_hostMutex);
@@ -109,8 +109,8 @@ void TraceFileLoad::Disown() {
   m_disowned = true;
 }
 
-// The box blocks no window and the interface thread nothing: only this thread waits. Once the load
-// is cancelled it does not wait either, as the interface thread may be waiting for it.
+// The box blocks no window and not the interface thread: only this thread waits. After a cancel it
+// does not wait either, because the interface thread may be waiting for it.
 void TraceFileLoad::Say(const char* words, BoxIcon icon) {
   const HANDLE read = CreateEvent();
   {
@@ -142,7 +142,7 @@ void TraceFileLoad::PostStart(const char* caption) {
 void TraceFileLoad::PostPosition(std::uint64_t position, bool last) {
   if (!last && m_waitingPositions.load(std::memory_order_relaxed) >= kWaitingPositions) return;
   m_waitingPositions.fetch_add(1, std::memory_order_relaxed);
-  // A record that the end of the file cuts leaves the position behind the end.
+  // A record that the end of the file cuts moves the position beyond the end.
   const std::uint64_t shown = std::min<std::uint64_t>(position, m_file->Size());
   Post([self = shared_from_this(), shown] {
     self->m_waitingPositions.fetch_sub(1, std::memory_order_relaxed);

@@ -1,14 +1,14 @@
-// The load of one trace file: what its thread works on and fills.
+// The load of one trace file: the objects that its thread uses and fills.
 //
-// Owner    Shared by the document and the thread, with a share in the mapped file, so that either
-//          may outlive the other. A file of the older format is converted first, and the load then
-//          goes on with the new file.
-// Errors   Whatever stops the load but the cancel event shows "Error opening trace file", behind
-//          the words of the conversion's failing step. The done message is then not posted: kept,
-//          the progress box stays until another load is done. The load lets go of its files.
-// Threads  Run on the load thread, which alone fills the containers. They belong to the interface
-//          thread from the hand-over on, or from the end of the thread. Everything else on the
-//          interface thread.
+// Owner    Shared by the document and the thread, and shares the mapped file, so that either may
+//          outlive the other. A file of the older format is converted first; the load then
+//          continues with the new file.
+// Errors   Every failure except a cancel shows "Error opening trace file", after the message of a
+//          failed conversion step. The done message is then not posted (kept: the progress box
+//          stays until another load is done). The load releases its files.
+// Threads  Run is for the load thread, which alone fills the containers. They belong to the
+//          interface thread after the hand-over or the end of the thread. Everything else is for
+//          the interface thread.
 #pragma once
 
 #include <atomic>
@@ -28,30 +28,30 @@
 
 class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
  public:
-  // Positions that may wait for the interface thread at a time. Those that the walk reaches while
-  // so many wait are not posted: a file of four billion stray bytes would else queue millions.
+  // The number of positions that may wait for the interface thread at a time. While so many wait,
+  // no position is posted: otherwise a file of four billion stray bytes would queue millions.
   static constexpr int kWaitingPositions = 64;
 
   TraceFileLoad(Host& host, std::shared_ptr<const MappedFile> file, std::string path,
                 HANDLE cancelEvent);
 
-  // The load. `beforeWalk` runs before the walk and before a conversion; it may be empty.
+  // Loads the file. `beforeWalk` runs before the walk and before a conversion; it may be empty.
   void Run(const std::function<void()>& beforeWalk);
 
-  // Runs by a posted call behind the done message, when the load has not failed. Whoever empties it
-  // before is not called.
+  // Called by a posted call after the done message, if the load has not failed. Empty it to prevent
+  // that call.
   std::function<void()> m_handOver;
   // The document no longer waits: the progress box is told that this load is done, and from now on
-  // the thread can reach neither host nor document.
+  // the thread uses neither host nor document.
   void Disown();
-  // Nobody reads the thread's boxes any more: it goes on without waiting for that. REQUIRES: the
-  // cancel event is set.
+  // Nobody reads the thread's message boxes any more: it continues without waiting for that.
+  // REQUIRES: the cancel event is set.
   void LetGo();
   // REQUIRES: the thread has ended.
   bool Failed() const { return m_failed; }
 
-  // The files that the traces need: what was loaded and, behind a conversion, the old file, whose
-  // view is kept although nothing reads it.
+  // The files that the traces need: the loaded file and, after a conversion, the old file, which
+  // stays mapped although nothing reads it.
   std::shared_ptr<const MappedFile> m_file, m_oldFile;
   TraceList_t m_traces;
   NameMap m_names;
@@ -72,7 +72,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
 
   Host& m_host;
   std::mutex m_hostMutex;   // held while the host is used on the load thread
-  bool m_disowned = false;  // the thread must leave the host alone
+  bool m_disowned = false;  // the thread must not use the host
   HANDLE m_boxRead;         // while the thread waits for that
   const std::string m_path;
   const HANDLE m_cancelEvent;

@@ -1,6 +1,6 @@
-// What views are told of a trace document's changes, and the messages that carry it.
+// The changes that a trace document reports to its views, and the messages that carry them.
 //
-// Owner    A hint borrows its traces. It stands on the sender's stack for the one UpdateAllViews.
+// Owner    A hint borrows its traces. It is on the sender's stack for the one UpdateAllViews.
 // Threads  Interface thread.
 #pragma once
 
@@ -13,9 +13,9 @@
 enum TraceHint : unsigned {
   kHintOptions = 1001,  // options changed; no object
   kHintReady = 1002,    // contents cleared or ready: rebuild from the document; no object
-  kHintCleared = 1003,  // second half of a clear. Nobody acts on it, and it is sent all the same
+  kHintCleared = 1003,  // second half of a clear. No view acts on it; it is sent nevertheless
   kHintAdded = 1004,    // CTraceHint: new traces, in order
-  kHintTrimmed = 1005,  // CTraceHint: traces about to go; valid during the call only
+  kHintTrimmed = 1005,  // CTraceHint: traces about to be released; valid during the call only
   kHintFollow = 1006,   // CTraceHint with one trace: move to the nearest trace shown
 };
 
@@ -26,7 +26,7 @@ class CTraceHint : public CObject {
   std::deque<TraceEvent_i*> m_events;
 };
 
-// Messages. The numbers are those of old: two of them serve twice, with different receivers.
+// Messages. The numbers are historical: two of them are used twice, with different receivers.
 enum TraceMessage : unsigned {
   WM_TRACE_ROWCOUNT = 1125,   // view to main frame, sent: row count, or -1 to clear the pane
   WM_TRACE_OPTIONS = 1125,    // application to itself, posted: tell all views of new options

@@ -1,9 +1,9 @@
-// Notes the ids of a file's traces on a thread of its own, close behind the walk that finds them:
-// the walk waits for pages and the ids for nothing, so that two processors load a file faster.
+// Notes the ids of a file's traces on a separate thread, a short distance after the walk that finds
+// them. The walk waits for pages and this thread does not, so two processors load a file faster.
 //
-// Owner    Borrows the bytes, which stay until the follower is gone.
-// Errors   Finish throws what the thread met (std::bad_alloc). The destructor alone drops what is
-//          not yet noted.
+// Owner    Borrows the bytes, which must outlive the follower.
+// Errors   Finish throws the thread's exception (std::bad_alloc). The destructor without Finish
+//          drops the traces that are not noted yet.
 // Threads  Made and used by the thread that walks.
 #pragma once
 
@@ -18,17 +18,17 @@
 
 class TraceIndexFollower {
  public:
-  // Null where it would not pay (a small file, one processor) or there is no thread to have: the
-  // walk then notes the ids itself.
+  // Null if it would not help (a small file, one processor) or no thread can be made: the walk then
+  // notes the ids itself.
   static std::unique_ptr<TraceIndexFollower> Start(Bytes file, TraceIndexes& indexes);
-  // Throws std::system_error when there is no thread to have.
+  // Throws std::system_error if no thread can be made.
   TraceIndexFollower(Bytes file, TraceIndexes& indexes);
   ~TraceIndexFollower();
   TraceIndexFollower(const TraceIndexFollower&) = delete;
   TraceIndexFollower& operator=(const TraceIndexFollower&) = delete;
 
-  // The walk has come to this position, where a record ends. Cheap: the thread is woken once per
-  // some mebibytes.
+  // The walk has reached this position, which is the end of a record. Cheap: the thread is woken
+  // once per some mebibytes.
   void Reach(std::uint64_t position) {
     if (position >= m_wakeAt) Wake(position);
   }
@@ -36,7 +36,7 @@ class TraceIndexFollower {
   void Finish(std::uint64_t position);
 
  private:
-  // The top bit of m_reached: nothing comes behind it.
+  // The top bit of m_reached: this position is the last one.
   static constexpr std::uint64_t kLast = std::uint64_t{1} << 63;
   static constexpr std::uint64_t kBytesPerWake = 4 * 1024 * 1024;
   void Wake(std::uint64_t position);

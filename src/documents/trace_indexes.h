@@ -1,11 +1,11 @@
-// Which ids a stream of traces has shown: kept beside the traces as they are added.
+// The ids that the traces of a document have used, updated as traces are added.
 //
-// Shape    Seven lists of ids in order of first sight, and a map machine -> process -> threads.
-//          What was seen stays: trims and clears take nothing away.
+// Shape    Seven lists of ids in the order of their first use, and a map machine -> process ->
+//          threads. Ids are never removed, not by trims and clears either.
 // Threads  One at a time.
 //
-// Nearly every trace shows only ids that were seen before, so each field first asks a bit set, and
-// the process map a small direct-mapped cache of whole triples, before any list or tree is touched.
+// Nearly every trace uses only known ids. So each field first checks a bit set, and the process map
+// a small direct-mapped cache of whole triples, before any list or tree is touched.
 #pragma once
 
 #include <array>
@@ -36,7 +36,7 @@ class IdList {
 class TraceIndexes {
  public:
   void Note(const RawTrace& trace);
-  void Note(const TraceEvent_i& event);  // by the record where there is one
+  void Note(const TraceEvent_i& event);  // by its record if it has one
 
   ProcessMap processes;
   IdList machines, applications, components, categories, processIds, threadIds, sourceFiles;

@@ -1,4 +1,4 @@
-// What the view in front tells the status panes of the main window.
+// Updates the status panes of the main window for the view in front.
 //
 // Threads  Interface thread. Without a main window nothing happens.
 #pragma once
@@ -6,7 +6,7 @@
 #include "documents/trace_hint.h"
 #include "docview/wnd.h"
 
-// What the view shows; -1 clears the pane.
+// The number of rows; -1 clears the pane.
 inline void TellRowCount(const Host& host, std::intptr_t count) {
   if (CWnd* const main = host.MainWindow())
     main->SendMessage(WM_TRACE_ROWCOUNT, static_cast<std::uintptr_t>(count));

@@ -5,7 +5,8 @@
 namespace {
 
 constexpr std::size_t kTracesPerPart = 4096;
-// Of the time that a pass takes, roughly, as long as what comes behind the traces is unknown.
+// A rough share of the time of a pass, because the duration of the work after the traces is
+// unknown.
 constexpr std::uint64_t kThousandthsForTraces = 950;
 
 }  // namespace

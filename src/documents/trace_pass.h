@@ -1,7 +1,7 @@
-// A walk over all traces of a document as long work: what a view does to show them anew.
+// A walk over all traces of a document as long work, which a view uses to rebuild itself.
 //
-// The walk is void when the document's traces have changed since it began, whoever did it: then it
-// ends at its next part, and what it has made is not the document any more. Its owner begins anew.
+// The walk becomes void when the document's traces change after its start, whoever changed them. It
+// then ends at its next part, and its result must not be used. Its owner starts again.
 //
 // Owner    Borrows the document.
 // Threads  Interface thread.
@@ -10,7 +10,7 @@
 #include "documents/trace_doc.h"
 #include "docview/long_work.h"
 
-// Which traces a list holds at a moment.
+// Remembers which traces a list holds at a moment.
 class TraceStand {
  public:
   explicit TraceStand(const TraceList_t& traces)
@@ -19,7 +19,7 @@ class TraceStand {
         m_popped(traces.Popped()),
         m_size(traces.size()) {}
 
-  // Does it still hold them, and no others?
+  // Does the list still hold exactly these traces?
   bool Holds() const {
     return m_traces.Generation() == m_generation && m_traces.Popped() == m_popped &&
            m_traces.size() == m_size;
@@ -36,7 +36,7 @@ class TracePass : public LongWork {
  public:
   bool DoPart() final;
   std::optional<int> Progress() const final;
-  // The traces are not those that they were at the beginning.
+  // The traces have changed since the beginning.
   bool IsVoid() const { return !m_stand.Holds(); }
 
  protected:
@@ -44,7 +44,7 @@ class TracePass : public LongWork {
   ~TracePass() = default;
   // The traces at positions [from, end), each once and in order.
   virtual void Take(std::size_t from, std::size_t end) = 0;
-  // A part of what is to be done when all are taken; true when nothing is left of it.
+  // A part of the work after all traces are taken; true when no work is left.
   virtual bool Finish() { return true; }
 
   const TraceList_t& Traces() const { return m_traces; }
@@ -55,7 +55,7 @@ class TracePass : public LongWork {
   std::size_t m_taken = 0;
 };
 
-// What became of it.
+// How a pass has ended.
 enum class PassResult { Whole, Void, Cancelled };
 // Runs the pass as long work over the document.
 PassResult RunTracePass(CTraceDoc& document, const char* message, TracePass& pass);

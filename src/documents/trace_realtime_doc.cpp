@@ -21,7 +21,7 @@ CTraceRealtimeDoc::CTraceRealtimeDoc(Host& host, Connector connector)
       });
 }
 
-// The connection goes first, so that nothing touches names or traces behind it.
+// The connection is destroyed first, so that nothing uses names or traces after it.
 CTraceRealtimeDoc::~CTraceRealtimeDoc() {
   if (TraceThread_i* const connection = std::exchange(m_connection, nullptr))
     connection->Disconnect();
@@ -57,22 +57,23 @@ void CTraceRealtimeDoc::Drain() {
     if (!event) break;
     AddTrace(event, &batch);
     batch.m_events.push_back(event);
-    // Kept: a capture that cannot be written ends without a word; its menu item loses the check.
-    // Safe: what was not written stays in the list, and nothing of it reaches a later file.
+    // Kept: a capture that cannot be written ends without a message; its menu item is unchecked.
+    // Safe: the traces that were not written stay in the list, and none of them gets into a later
+    // file.
     if (IsCapturing() && !m_capture.Write(*event, m_names)) m_capture.Finish();
   } while (m_connection->HasTraces());
   if (!batch.m_events.empty()) UpdateAllViews(nullptr, kHintAdded, &batch);
 }
 
 void CTraceRealtimeDoc::AddTrace(TraceEvent_i* event, CTraceHint* pending) {
-  // Read anew each time: a lower limit takes effect with the next trace, and the list then falls by
-  // 99 with each.
+  // The limit is read each time: a lower limit takes effect with the next trace, and each further
+  // trace then shortens the list by 99.
   if (m_traces.size() >= g_traceLimit) Trim(pending);
   CTraceDoc::AddTrace(event);
 }
 
 void CTraceRealtimeDoc::Trim(CTraceHint* pending) {
-  // A limit that was stored by hand may be below a block's length, or 0.
+  // A limit that was stored by hand may be smaller than a block of traces, or 0.
   const std::size_t count = std::min(kTrimTraces, m_traces.size());
   if (count == 0) return;
   CTraceHint oldest;
@@ -108,7 +109,7 @@ bool CTraceRealtimeDoc::BeginCapture(const std::string& name) {
     return false;
   };
   if (!m_capture.Create(name)) return failed("Cannot open output file");
-  // At once, so that a full disk shows while somebody looks.
+  // Written immediately, so that a full disk shows while the user is present.
   m_captureName = name;
   if (!m_capture.WriteHeader() || !m_capture.Flush()) return failed("Cannot write to output file");
   return true;
@@ -125,7 +126,7 @@ void CTraceRealtimeDoc::TogglePause() {
   TellWhyEmpty();
 }
 
-// Views that are empty show another reason now.
+// Empty views now show another reason.
 void CTraceRealtimeDoc::TellWhyEmpty() {
   if (m_traces.empty()) UpdateAllViews(nullptr, kHintOptions);
 }

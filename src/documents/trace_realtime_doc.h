@@ -1,12 +1,12 @@
 // The document of a live connection to the trace service of one machine: a monitor.
 //
-// It does not listen: its frame calls Drain on a timer, and each drain takes all that waits, trims
-// what is too old, writes the running capture, and tells the views once.
+// It does not wait for traces: its frame calls Drain on a timer. Each drain takes all waiting
+// traces, trims the oldest, writes the running capture, and notifies the views once.
 //
 // Owner    Owns its connection, which borrows the name map until the document's end, and the
 //          capture file.
-// Errors   ConnectToMachine reports by bool and says nothing. ToggleCapture shows its own words. A
-//          capture that can no longer be written ends without a word.
+// Errors   ConnectToMachine returns a bool and shows nothing. ToggleCapture shows its own messages.
+//          A capture that can no longer be written ends without a message.
 // Threads  Interface thread. Names enter the map inside the connection's operations, so that no
 //          lock is needed.
 #pragma once
@@ -28,22 +28,22 @@ class CTraceRealtimeDoc : public CTraceDoc {
   explicit CTraceRealtimeDoc(Host& host, Connector connector = ConnectToTraceService);
   ~CTraceRealtimeDoc() override;
 
-  // False: no connection can be made. An empty text gives a document that stays without one: it
-  // goes on loading, takes no traces and cannot be paused. REQUIRES: not connected.
+  // False: no connection can be made. An empty text makes a document without a connection: it stays
+  // in the state of loading, takes no traces and cannot be paused. REQUIRES: not connected.
   bool ConnectToMachine(const std::string& machine);
   // Takes all waiting traces. Any number of hints 1005, then at most one 1004.
   void Drain();
-  // Takes ownership of the trace. At the limit the oldest traces go first: the views are told 1005
-  // while the traces are valid, then they are released, and taken out of `pending`, a hint that the
-  // caller has yet to send.
+  // Takes ownership of the trace. At the limit the oldest traces are removed first: the views get
+  // 1005 while the traces are valid. Then the traces are released and removed from `pending`, a
+  // hint that the caller has not sent yet.
   void AddTrace(TraceEvent_i* event, CTraceHint* pending = nullptr);
 
-  // Ends the running capture, or asks for a file and begins one with what arrives from then on.
-  // False when the file cannot be made; true also when the user names none.
+  // Ends the running capture, or asks for a file and begins a capture of the traces that arrive
+  // from then on. False when the file cannot be made; true also when the user chooses none.
   //
-  // Kept: the names' written marks stay as they are, so that a file of a second capture lacks the
-  // names that the first one has, and a save in between or during a capture changes which names are
-  // still written. Safe: the ids are whole, a reader shows them without names. The help says so.
+  // Kept: the names' written marks are not cleared. So the file of a second capture lacks the names
+  // that are in the first one, and a save between or during captures changes which names are still
+  // written. Safe: the ids are whole, and a reader shows them without names. The help says so.
   bool ToggleCapture();
   // Without a connection nothing happens.
   void TogglePause();
@@ -55,10 +55,10 @@ class CTraceRealtimeDoc : public CTraceDoc {
   bool IsConnected() const { return m_connection != nullptr; }
   bool IsCapturing() const { return m_capture.IsOpen(); }
   const std::string& CaptureName() const { return m_captureName; }  // of the last capture's file
-  // False also while a connection that broke has not mended itself yet.
+  // False also while a broken connection is not restored yet.
   bool IsLive() const { return m_connection && m_connection->IsUp(); }
   bool IsPaused() const { return m_paused; }
-  // What a monitor of the machine is called.
+  // The title of a monitor of the machine.
   static std::string TitleFor(const std::string& machine);
 
  private:
@@ -73,5 +73,5 @@ class CTraceRealtimeDoc : public CTraceDoc {
   TrcWriter m_capture;  // open while a capture runs
   std::string m_captureName;
   bool m_paused = false;
-  bool m_toldLive = true;  // IsLive, as the views know it
+  bool m_toldLive = true;  // the value of IsLive that the views know
 };

@@ -1,10 +1,13 @@
 // The traces of one document, oldest first.
 //
-// Shape    A double-ended queue in blocks of 16-byte slots, with constant-time access. A trace of a
-//          mapped file lies in its slot, with no allocation of its own; for any other the slot
-//          holds the pointer. Blocks double up to 2 MiB and are made for huge pages.
-// Owner    The list owns its traces; the pointers it gives are good until the trace is popped or
-//          the list cleared. A slot never moves.
+// Shape    A double-ended queue in blocks of 16-byte slots, with constant-time access. Blocks
+//          double from 256 to 131,072 slots (2 MiB), for huge pages. A slot never moves.
+//            m_blocks   [ 256 ][ 512 ][ 1024 ] ... [ 131,072 ][ 131,072 ]
+//                           ^ oldest trace                       ^ m_next ^ m_end
+//            a slot     | address of the class's table, not null | record * |   of a mapped file
+//                       | null                                   | event *  |   any other trace
+// Owner    Owns its traces. A pointer to a trace is valid until the trace is popped or the list
+//          cleared.
 // Errors   std::bad_alloc. Threads  One at a time.
 #pragma once
 
@@ -24,7 +27,7 @@ class TraceList_t {
   TraceList_t() = default;
   ~TraceList_t() { Clear(); }
   TraceList_t(TraceList_t&& other) noexcept { *this = std::move(other); }
-  // Counts as a Clear of both, after which this list has the traces of the other.
+  // Counts as a Clear of both. After it this list has the traces of the other.
   TraceList_t& operator=(TraceList_t&& other) noexcept;
 
   std::size_t size() const { return static_cast<std::size_t>(End() - m_popped); }
@@ -41,16 +44,16 @@ class TraceList_t {
     if (m_next == m_end) AddBlock();
     return new (m_next++) PlacedTraceEvent_t(record);
   }
-  // Releases the oldest trace and forgets it. REQUIRES: not empty.
+  // Releases and removes the oldest trace. REQUIRES: not empty.
   void PopFront();
-  // Releases all and gives the storage back.
+  // Releases all traces and frees the storage.
   void Clear();
 
-  // How many traces have left at the front since the list was made or cleared: position + Popped()
-  // names a trace for as long as it is in the list, whatever is trimmed before it.
+  // Traces popped since the last Clear. position + Popped() names a trace as long as it is in the
+  // list, whatever is popped before it.
   std::uint64_t Popped() const { return m_popped; }
   std::uint64_t Generation() const { return m_generation; }  // grows by one at each Clear
-  std::size_t StorageBytes() const;  // held, for the figures of the benchmarks
+  std::size_t StorageBytes() const;                          // for the figures of the benchmarks
 
   // Calls visit(TraceEvent_i*) for positions [from, end <= size()) in order, without look-ups.
   template <class Visit>
@@ -69,8 +72,7 @@ class TraceList_t {
   }
 
  private:
-  // Either a PlacedTraceEvent_t, whose first word is the address of its class's table and never
-  // null, or a null word and the pointer to an event elsewhere.
+  // See the drawing above: a PlacedTraceEvent_t, or null and a pointer.
   struct alignas(PlacedTraceEvent_t) Slot {
     std::byte bytes[sizeof(PlacedTraceEvent_t)];
   };
@@ -79,14 +81,12 @@ class TraceList_t {
     std::size_t block, slot;  // the block counted from the first that the list ever had
   };
 
-  // Blocks of 256, 512, ... 131,072 slots, and then all of 131,072.
   static constexpr unsigned kFirstBits = 8, kLastBits = 17;
   static constexpr std::size_t kDoublings = kLastBits - kFirstBits;
   static std::size_t SlotsOf(std::size_t block) {
     return std::size_t{1} << (kFirstBits + std::min(block, kDoublings));
   }
-  // Where the trace lies that was added as number `index`, from 0. Counted from 256 on, the blocks
-  // that double begin at the powers of two.
+  // The place of trace number `index`, from 0. Counted from 256 on, blocks begin at powers of two.
   static Place PlaceOf(std::uint64_t index) {
     index += std::uint64_t{1} << kFirstBits;
     const unsigned bits = std::min(static_cast<unsigned>(std::bit_width(index)) - 1, kLastBits);
@@ -114,7 +114,7 @@ class TraceList_t {
   std::uint64_t m_blockEnd = 0;  // number of the trace that m_end would take
   std::uint64_t m_popped = 0;    // number of the oldest trace
   std::uint64_t m_generation = 0;
-  std::uint64_t m_elsewhere = 0;  // traces that are not placed: these want a Release
+  std::uint64_t m_elsewhere = 0;  // traces that are not in their slot and need a Release
   std::size_t m_firstBlock = 0;   // number of m_blocks[0]
   std::vector<Slot*> m_blocks;
 };

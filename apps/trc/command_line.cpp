@@ -3,12 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <sstream>
 
-#include "exit_status.h"
-#include "filter_options.h"
+#include "commands/tree_command_line.h"
+#include "filter/filter_options.h"
 #include "listview/columns/columns.h"
-#include "live_command_line.h"
+#include "live/live_command_line.h"
 #include "near_word.h"
-#include "tree_command_line.h"
+#include "terminal/exit_status.h"
 #include "usage.h"
 
 namespace {

@@ -7,14 +7,14 @@
 #include <optional>
 #include <variant>
 
-#include "convert.h"
-#include "dump.h"
-#include "export.h"
-#include "find.h"
-#include "gen.h"
-#include "info.h"
-#include "save.h"
-#include "tree.h"
+#include "commands/convert.h"
+#include "commands/dump.h"
+#include "commands/export.h"
+#include "commands/find.h"
+#include "commands/gen.h"
+#include "commands/info.h"
+#include "commands/save.h"
+#include "commands/tree.h"
 
 // A command that speaks with a running service, ready to be run.
 using LiveCommand = std::function<int()>;

@@ -1,6 +1,6 @@
 #include "command_line.h"
-#include "exit_status.h"
-#include "interrupt.h"
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
 
 int main(int argc, char** argv) {
   CatchSignals();

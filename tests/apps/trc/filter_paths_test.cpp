@@ -1,8 +1,8 @@
-#include "filter_paths.h"
+#include "filter/filter_paths.h"
 
 #include <gtest/gtest.h>
 
-#include "live_filter.h"
+#include "filter/live_filter.h"
 #include "support/recording_host.h"
 #include "support/trc_image.h"
 

@@ -1,10 +1,10 @@
 // Rows are found when they are asked for.
-#include "shown_traces.h"
+#include "filter/shown_traces.h"
 
 #include "run_trc.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
-#include "trace_file.h"
+#include "terminal/trace_file.h"
 
 namespace {
 

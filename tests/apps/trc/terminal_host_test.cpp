@@ -1,4 +1,4 @@
-#include "terminal_host.h"
+#include "terminal/terminal_host.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "docview/dialog.h"
-#include "interrupt.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
-#include "trace_file.h"
+#include "terminal/interrupt.h"
+#include "terminal/trace_file.h"
 
 namespace {
 

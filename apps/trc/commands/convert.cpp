@@ -1,0 +1,73 @@
+#include "commands/convert.h"
+
+#include "base/mapped_file.h"
+#include "base/new_file.h"
+#include "records/old_conversion.h"
+#include "records/trc_walk.h"
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
+#include "terminal/output.h"
+#include "terminal/progress_line.h"
+#include "terminal/trace_file.h"
+
+namespace {
+
+int Refuse(const std::string& path, const std::string& words) {
+  Complain(path + ": " + words);
+  return kExitBad;
+}
+
+// What the new file could not take over.
+void TellLosses(const std::string& in, const OldConversion& result) {
+  const auto tell = [&in](std::uint64_t number, const char* one, const char* many) {
+    if (number == 0) return;
+    Complain(in + ": " + std::to_string(number) + " " + (number == 1 ? one : many));
+  };
+  if (result.damage.Any()) Complain(in + ": damaged: " + DamageText(result.damage, true));
+  tell(result.cutTexts, "text was cut: a trace file holds 65535 bytes of each",
+       "texts were cut: a trace file holds 65535 bytes of each");
+  tell(result.cutNames, "name was cut: a trace file holds 65535 bytes of each",
+       "names were cut: a trace file holds 65535 bytes of each");
+  tell(result.lostNames, "name was left out: a trace file holds 65536",
+       "names were left out: a trace file holds 65536");
+}
+
+int Convert(const MappedFile& old, const ConvertOptions& options) {
+  std::string why;
+  NewFile file;
+  TrcWriter writer(TrcWriter::kBlockBytes);
+  CatchEndSignals();
+  if (!file.Begin(options.out, &why) || !writer.Create(file.WriteTo(), &why))
+    return Refuse(options.out, why);
+  ProgressLine progress;
+  const OldConversion result = ConvertOldTrc(old.View(), writer, [&](std::uint64_t position) {
+    progress.Show("Converting...", position, old.Size());
+    return !Interrupted();
+  });
+  progress.Clear();
+  if (!(writer.Finish() && result.written))
+    return Refuse(options.out, "Error writing to file. " + writer.Why());
+  if (result.cancelled) {
+    Complain(options.out + ": interrupted after " + std::to_string(result.traces) +
+             " traces, and not written");
+    return kExitInterrupted;
+  }
+  if (!IsUnchanged(old, options.in, options.out)) return kExitBad;
+  if (!file.Finish(&why)) return Refuse(options.out, why);
+  TellLosses(options.in, result);
+  return result.damage.Any() ? kExitDamaged : kExitGood;
+}
+
+}  // namespace
+
+int RunConvert(const ConvertOptions& options) {
+  std::string why;
+  const auto old = MappedFile::Open(options.in, &why);
+  if (!old) return Refuse(options.in, why);
+  const TrcVersion version = VersionOf(old->View());
+  if (version == TrcVersion::Unknown) return Refuse(options.in, "Invalid format.");
+  if (version == TrcVersion::Current)
+    return Refuse(options.in, "it is in the current format already");
+
+  return Convert(*old, options);
+}

@@ -1,0 +1,35 @@
+#include "commands/dump.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
+#include "terminal/trace_file.h"
+
+int RunDump(const DumpOptions& options) {
+  TerminalHost host;
+  const auto document = OpenTraceFile(host, options.file);
+  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
+
+  ShownTraces traces(*document);
+  if (!traces.Filter(options.filter)) return kExitBad;
+  const std::size_t from = traces.FirstRowFrom(options.from);
+  const std::uint64_t count = std::min<std::uint64_t>(options.count, traces.All());
+  const DumpRange range{traces, from, from + static_cast<std::size_t>(count)};
+
+  if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
+  Output output;
+  traces.OnLook([&](std::size_t place) {
+    host.Progress().Show("Writing...", place, traces.All());
+    return output.FlushWhenOld() && !Interrupted();
+  });
+  if (options.format == DumpFormat::Jsonl) {
+    DumpAsJsonl(range, output, host.Progress());
+  } else {
+    DumpAsText(range, options, output, host.Progress());
+  }
+  host.Progress().Clear();
+  return StatusOfAnswer(*document, options.file, output.Finish());
+}

@@ -1,0 +1,12 @@
+#include "commands/dump.h"
+#include "text/trace_json.h"
+
+void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress) {
+  TraceJson json(range.Names());
+  for (std::size_t i = range.from; range.Has(i); ++i) {
+    json.Append(output.Buffer(), range.traces.PlaceOf(i), range.traces.At(i));
+    if (!output.EndLine()) return;
+    if ((i - range.from) % kTracesPerLook == 0)
+      progress.Show("Writing...", range.traces.PlaceOf(i), range.traces.All());
+  }
+}

@@ -1,0 +1,149 @@
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "commands/dump.h"
+#include "listview/columns/columns.h"
+#include "text/text_line.h"
+#include "text/visible_text.h"
+
+namespace {
+
+struct Cell {
+  std::string text;
+  std::size_t width;
+};
+
+// Where a cell depends on one 16-bit number alone, that number.
+std::optional<std::uint16_t> KeyOf(Column column, const TraceEvent_i& trace) {
+  switch (column) {
+    case Column::Sev:
+    case Column::Attributes:
+      return static_cast<std::uint16_t>(trace.GetAttributes());
+    case Column::Machine:
+      return trace.GetMachineId();
+    case Column::Application:
+      return trace.GetAppId();
+    case Column::Component:
+      return trace.GetComponentId();
+    case Column::Category:
+      return trace.GetCategoryId();
+    case Column::Pid:
+      return trace.GetPidId();
+    case Column::Tid:
+      return trace.GetTidId();
+    default:
+      return std::nullopt;
+  }
+}
+
+// The cells of one column. Those of names are made once per name.
+class CellColumn {
+ public:
+  CellColumn(Column column, const DumpRange& range, bool utc)
+      : m_info(kColumns[static_cast<std::size_t>(column)]), m_range(range), m_utc(utc) {}
+
+  const char* Header() const { return m_info.header; }
+  bool AlignsRight() const { return m_info.align == ColumnAlign::Right; }
+  // Good until the next call.
+  const Cell& At(std::size_t row) {
+    const TraceEvent_i& trace = m_range.traces.At(row);
+    const std::optional<std::uint16_t> key = KeyOf(m_info.column, trace);
+    if (!key) {
+      m_last = Make(row, trace);
+      return m_last;
+    }
+    if (m_known.empty()) m_known.resize(65536);
+    std::unique_ptr<Cell>& known = m_known[*key];
+    if (!known) known = std::make_unique<Cell>(Make(row, trace));
+    return *known;
+  }
+
+ private:
+  Cell Make(std::size_t row, const TraceEvent_i& trace) const {
+    const TraceEvent_i* const previous = row == 0 ? nullptr : &m_range.traces.At(row - 1);
+    std::string text = VisibleCell(m_info.column, trace, previous, m_range.Names(), m_utc);
+    const std::size_t width = ScreenWidth(text);
+    return {std::move(text), width};
+  }
+
+  const ColumnInfo& m_info;
+  const DumpRange& m_range;
+  bool m_utc;
+  std::vector<std::unique_ptr<Cell>> m_known;  // by key
+  Cell m_last;
+};
+
+class TextDump {
+ public:
+  TextDump(const DumpRange& range, const DumpOptions& options, Output& output,
+           ProgressLine& progress)
+      : m_range(range), m_progress(progress), m_line(output) {
+    m_columns.reserve(options.columns.size());
+    for (const Column column : options.columns) m_columns.emplace_back(column, range, options.utc);
+  }
+
+  void Run() {
+    Measure();
+    if (!WriteHeader()) return;
+    for (std::size_t i = m_range.from; m_range.Has(i); ++i) {
+      for (std::size_t c = 0; c < m_columns.size(); ++c) {
+        const Cell& cell = m_columns[c].At(i);
+        Widen(c, cell);
+        m_line.Add(cell.text, cell.width, m_widths[c], m_columns[c].AlignsRight());
+      }
+      if (!m_line.End()) return;
+      if ((i - m_range.from) % kTracesPerLook == 0)
+        m_progress.Show("Writing...", m_range.traces.PlaceOf(i), m_range.traces.All());
+    }
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  // How many rows are measured before the first is written, and how long at most that may take:
+  // somebody waits for it. A wider cell behind them makes its column wider from there on.
+  static constexpr std::size_t kMeasuredRows = 1000, kRowsPerLook = 64;
+  static constexpr std::chrono::milliseconds kMeasuringTime{15};
+
+  void Measure() {
+    for (const CellColumn& column : m_columns) m_widths.push_back(ScreenWidth(column.Header()));
+    if (!m_range.Has(m_range.from)) return;
+    const Clock::time_point until = Clock::now() + kMeasuringTime;
+    const std::size_t end = std::min(m_range.to, m_range.from + kMeasuredRows);
+    for (std::size_t i = m_range.from; i < end && m_range.Has(i); ++i) {
+      for (std::size_t c = 0; c < m_columns.size(); ++c)
+        if (NeedsWidth(c)) Widen(c, m_columns[c].At(i));
+      // Rows that have to be searched for may be far apart.
+      if ((m_range.traces.IsSearched() || i % kRowsPerLook == 0) && Clock::now() > until) return;
+    }
+  }
+  // Is anything aligned behind it?
+  bool NeedsWidth(std::size_t c) const {
+    return c + 1 < m_columns.size() || m_columns[c].AlignsRight();
+  }
+  void Widen(std::size_t c, const Cell& cell) {
+    m_widths[c] = std::max(m_widths[c], std::min(cell.width, kMostColumnWidth));
+  }
+
+  bool WriteHeader() {
+    for (std::size_t c = 0; c < m_columns.size(); ++c) {
+      const std::string_view header = m_columns[c].Header();
+      m_line.Add(header, header.size(), m_widths[c], m_columns[c].AlignsRight());
+    }
+    return m_line.End();
+  }
+
+  const DumpRange& m_range;
+  ProgressLine& m_progress;
+  LineWriter m_line;
+  std::vector<CellColumn> m_columns;
+  std::vector<std::size_t> m_widths;
+};
+
+}  // namespace
+
+void DumpAsText(const DumpRange& range, const DumpOptions& options, Output& output,
+                ProgressLine& progress) {
+  TextDump(range, options, output, progress).Run();
+}

@@ -1,0 +1,107 @@
+#include "commands/export.h"
+
+#include <unistd.h>
+
+#include "commands/new_text_file.h"
+#include "filter/shown_traces.h"
+#include "listview/export/export_cells.h"
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
+#include "terminal/output.h"
+#include "terminal/trace_file.h"
+#include "text/clean_lines.h"
+
+namespace {
+
+std::vector<Column> ColumnsOf(const ExportOptions& options) {
+  ColumnFlags shown = kDefaultActiveColumns;
+  if (options.columns) {
+    shown = {};
+    for (const Column column : *options.columns) shown[static_cast<std::size_t>(column)] = 1;
+  }
+  const bool all = options.hidden || (options.format != ExportFormat::Csv && !options.columns);
+  return ExportColumns(kDefaultColumnOrder, shown, all);
+}
+
+class Exporter {
+ public:
+  Exporter(ShownTraces& traces, const ExportOptions& options, ProgressLine& progress)
+      : m_traces(traces), m_options(options), m_columns(ColumnsOf(options)), m_progress(progress) {}
+
+  // `Sink` has Buffer and EndLine; stops when it takes no more, and when interrupted.
+  template <class Sink>
+  void Run(Sink& sink) {
+    bool goesOn = WriteHeader(sink);
+    m_traces.OnLook([this, &sink](std::size_t place) {
+      if constexpr (requires { sink.FlushWhenOld(); })
+        if (!sink.FlushWhenOld()) return false;
+      return LookAt(place);
+    });
+    for (std::size_t row = 0; goesOn && m_traces.Has(row); ++row) {
+      WriteRow(sink.Buffer(), row);
+      goesOn = sink.EndLine() && Look(row);
+    }
+    m_traces.OnLook({});  // it has borrowed the sink
+    m_progress.Clear();
+  }
+
+ private:
+  template <class Sink>
+  bool WriteHeader(Sink& sink) {
+    if (m_options.format == ExportFormat::Jsonl) return true;
+    if (m_options.format == ExportFormat::Csv)
+      WriteExportHeader(sink.Buffer(), m_columns);
+    else
+      WriteRfc4180Header(sink.Buffer(), m_columns);
+    return sink.EndLine();
+  }
+
+  void WriteRow(std::string& out, std::size_t row) const {
+    const auto write = m_options.format == ExportFormat::Csv     ? WriteExportLine
+                       : m_options.format == ExportFormat::Jsonl ? WriteJsonLine
+                                                                 : WriteRfc4180Line;
+    write(out, m_columns, m_traces.At(row), row == 0 ? nullptr : &m_traces.At(row - 1),
+          m_traces.Document().m_names, m_options.utc);
+  }
+
+  // Between two rows that are far apart.
+  bool LookAt(std::size_t place) {
+    m_progress.Show("Writing...", place, m_traces.All());
+    return !Interrupted();
+  }
+  bool Look(std::size_t row) { return row % kTracesPerLook != 0 || LookAt(m_traces.PlaceOf(row)); }
+
+  ShownTraces& m_traces;
+  const ExportOptions& m_options;
+  const std::vector<Column> m_columns;
+  ProgressLine& m_progress;
+};
+
+int ExportToOutput(Exporter& exporter) {
+  Output output;
+  exporter.Run(output);
+  return output.Finish();
+}
+
+int ExportToFile(Exporter& exporter, const CTraceFileDoc& document, const ExportOptions& options) {
+  NewTextFile file;
+  if (!file.Open(options.out)) return kExitBad;
+  exporter.Run(file.Lines());
+  if (!Interrupted() && !IsUnchanged(document, options.file, options.out)) return kExitBad;
+  return StatusWithDamage(document, file.Finish());
+}
+
+}  // namespace
+
+int RunExport(const ExportOptions& options) {
+  TerminalHost host;
+  const auto document = OpenTraceFile(host, options.file);
+  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
+  ShownTraces traces(*document);
+  if (!traces.Filter(options.filter)) return kExitBad;
+  const bool toOutput = options.out == "-";
+  if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
+  Exporter exporter(traces, options, host.Progress());
+  if (!toOutput) return ExportToFile(exporter, *document, options);
+  return StatusOfAnswer(*document, options.file, ExportToOutput(exporter));
+}

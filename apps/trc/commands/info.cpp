@@ -1,0 +1,76 @@
+#include "commands/info.h"
+
+#include <optional>
+
+#include "listview/cells/cell_text.h"
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
+#include "terminal/output.h"
+#include "terminal/trace_file.h"
+
+namespace {
+
+std::uint64_t StampOf(const RawTrace& trace) {
+  return (std::uint64_t{trace.Date()} << 32) | trace.Time();
+}
+
+void CountTraces(FileInfo& info) {
+  constexpr std::size_t kIds = 65536;
+  for (IdCounts* counts :
+       {&info.machines, &info.applications, &info.components, &info.categories}) {
+    counts->resize(kIds);
+  }
+  info.records = info.document->NameRecords() + info.document->m_traces.size();
+  std::uint64_t earliest = 0, latest = 0;
+  info.document->m_traces.ForEach(0, [&](const TraceEvent_i* event) {
+    const RawTrace trace(event->Record());  // a file's traces have one
+    ++info.machines[trace.MachineId()];
+    ++info.applications[trace.AppId()];
+    ++info.components[trace.ComponentId()];
+    ++info.categories[trace.CategoryId()];
+    const int severity = SeverityIcon(*event);
+    ++(severity < 0 ? info.otherSeverities : info.severities[static_cast<std::size_t>(severity)]);
+    const std::uint64_t stamp = StampOf(trace);
+    if (!info.earliest || stamp < earliest) {
+      info.earliest = event;
+      earliest = stamp;
+    }
+    if (!info.latest || stamp > latest) {
+      info.latest = event;
+      latest = stamp;
+    }
+  });
+}
+
+std::optional<FileInfo> Examine(TerminalHost& host, const std::string& path) {
+  FileInfo info;
+  info.path = path;
+  info.document = OpenTraceFile(host, path);
+  if (!info.document) return std::nullopt;
+  CountTraces(info);
+  return info;
+}
+
+}  // namespace
+
+int RunInfo(const InfoOptions& options) {
+  TerminalHost host;
+  Output output;
+  bool good = true, whole = true;
+  bool first = true;
+  for (const std::string& path : options.files) {
+    const std::optional<FileInfo> info = Examine(host, path);
+    if (Interrupted()) break;
+    if (!info) {
+      good = false;
+      continue;
+    }
+    if (!first && !options.json) output.Line("");
+    first = false;
+    if (!output.Line(options.json ? InfoAsJson(*info) : InfoAsText(*info))) break;
+    whole = StatusOfAnswer(*info->document, path, kExitGood) == kExitGood && whole;
+  }
+  const int status = output.Finish();
+  if (status != kExitGood) return status;
+  return !good ? kExitBad : whole ? kExitGood : kExitDamaged;
+}

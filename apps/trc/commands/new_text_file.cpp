@@ -1,0 +1,36 @@
+#include "commands/new_text_file.h"
+
+#include <system_error>
+
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
+#include "terminal/output.h"
+
+bool NewTextFile::Open(const std::string& path) {
+  m_path = path;
+  std::string why;
+  CatchEndSignals();
+  if (m_file.Begin(path, &why) && m_lines.Open(m_file.WriteTo(), &why)) return true;
+  Tell("Error opening output file.", why);
+  return false;
+}
+
+int NewTextFile::Finish() {
+  std::string why;
+  if (!m_lines.Close()) {
+    const int error = m_lines.Error();
+    Tell("Error writing to file.", error == 0 ? "" : std::generic_category().message(error));
+    return kExitBad;
+  }
+  if (Interrupted()) {
+    Tell("interrupted, and not written", "");
+    return kExitInterrupted;
+  }
+  if (m_file.Finish(&why)) return kExitGood;
+  Tell("Error opening output file.", why);
+  return kExitBad;
+}
+
+void NewTextFile::Tell(const char* words, const std::string& why) const {
+  Complain(m_path + ": " + words + (why.empty() ? "" : " " + why));
+}

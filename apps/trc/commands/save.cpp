@@ -1,0 +1,68 @@
+#include "commands/save.h"
+
+#include "base/new_file.h"
+#include "filter/shown_traces.h"
+#include "records/trc_writer.h"
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
+#include "terminal/output.h"
+#include "terminal/trace_file.h"
+
+namespace {
+
+// False when a write failed. An interrupt ends it early; `saved` counts the traces.
+bool WriteTraces(ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
+                 ProgressLine& progress) {
+  NameMap& names = traces.Document().m_names;
+  ClearWrittenMarks(names);
+  bool good = writer.WriteHeader();
+  progress.Show("Saving...");
+  const auto look = [&](std::size_t place) {
+    progress.Show("Saving...", place, traces.All());
+    return !Interrupted();
+  };
+  traces.OnLook(look);
+  while (good && traces.Has(saved)) {
+    good = writer.Write(traces.At(saved), names);
+    if (++saved % kTracesPerLook == 0 && !look(traces.PlaceOf(saved - 1))) break;
+  }
+  traces.OnLook({});
+  progress.Clear();
+  return good;
+}
+
+int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& options,
+         ProgressLine& progress) {
+  const std::string& path = options.out;
+  const auto failed = [&path](const char* words, const std::string& why) {
+    Complain(path + ": " + words + (why.empty() ? "" : " " + why));
+    return kExitBad;
+  };
+  std::string why;
+  NewFile file;
+  TrcWriter writer(TrcWriter::kBlockBytes);
+  CatchEndSignals();
+  if (!file.Begin(path, &why) || !writer.Create(file.WriteTo(), &why))
+    return failed("Error creating file.", why);
+  std::size_t saved = 0;
+  const bool good = WriteTraces(traces, writer, saved, progress);
+  // The last bytes leave the buffer only at the end, and a full disk may show only then.
+  if (!writer.Finish() || !good) return failed("Error writing to file.", writer.Why());
+  if (Interrupted()) {
+    Complain(path + ": interrupted after " + std::to_string(saved) + " traces, and not written");
+    return kExitInterrupted;
+  }
+  if (!IsUnchanged(document, options.in, path)) return kExitBad;
+  return file.Finish(&why) ? kExitGood : failed("Error creating file.", why);
+}
+
+}  // namespace
+
+int RunSave(const SaveOptions& options) {
+  TerminalHost host;
+  const auto document = OpenTraceFile(host, options.in);
+  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
+  ShownTraces traces(*document);
+  if (!traces.Filter(options.filter)) return kExitBad;
+  return StatusWithDamage(*document, Save(traces, *document, options, host.Progress()));
+}

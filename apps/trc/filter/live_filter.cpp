@@ -1,0 +1,33 @@
+#include "filter/live_filter.h"
+
+LiveFilter::LiveFilter(const FilterPaths& paths, const NameMap& names)
+    : m_paths(paths),
+      m_names(names),
+      m_components(paths.Touch(CFilterDialog::kComponents)),
+      m_categories(paths.Touch(CFilterDialog::kCategories)),
+      m_applications(paths.Touch(CFilterDialog::kApplications)),
+      m_allThreads(paths.Touch(CFilterDialog::kThreads)) {}
+
+// Gives how many ids, and threads of a machine's process, came that the steps may speak of.
+std::size_t LiveFilter::Note(const TraceEvent_i& trace) {
+  TraceIndexes& seen = m_seen.m_indexes;
+  seen.Note(trace);
+  if (m_allThreads)
+    m_threads.insert(std::uint64_t{trace.GetMachineId()} << 32 |
+                     std::uint64_t{trace.GetPidId()} << 16 | trace.GetTidId());
+  return (m_components ? seen.components.Ids().size() : 0) +
+         (m_categories ? seen.categories.Ids().size() : 0) +
+         (m_applications ? seen.applications.Ids().size() : 0) + m_threads.size();
+}
+
+bool LiveFilter::Passes(const TraceEvent_i& trace) {
+  if (m_paths.Empty()) return true;
+  const std::size_t ids = Note(trace);
+  if (m_ids != ids) {
+    m_ids = ids;
+    m_filter = CTraceFilter();
+    m_filter.MergeDocumentNames(m_seen);
+    m_missing = m_paths.Take(m_host, m_filter, m_names);
+  }
+  return m_filter.Matches(trace) != 0;
+}

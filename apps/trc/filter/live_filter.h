@@ -1,0 +1,39 @@
+// --uncheck and --check over live traces, whose names come with them.
+//
+// A trace is judged by the filter that the steps give over all names that came up to it, as if the
+// dialog were opened anew: the answer is the one that a dump of the same traces would give. A path
+// whose names have not come is kept until they do.
+//
+// Owner    Borrows the steps and the names of the stream.
+// Threads  One.
+#pragma once
+
+#include <optional>
+#include <unordered_set>
+
+#include "documents/trace_doc.h"
+#include "filter/filter_paths.h"
+#include "terminal/terminal_host.h"
+
+class LiveFilter {
+ public:
+  LiveFilter(const FilterPaths& paths, const NameMap& names);
+
+  bool Passes(const TraceEvent_i& trace);
+  // The paths whose names have not come.
+  const std::vector<std::string>& Missing() const { return m_missing; }
+
+ private:
+  std::size_t Note(const TraceEvent_i& trace);
+
+  const FilterPaths& m_paths;
+  const NameMap& m_names;
+  TerminalHost m_host;
+  CTraceDoc m_seen{m_host};  // the ids that came; it has no traces
+  // A branch that no step touches shows everything, whatever comes.
+  const bool m_components, m_categories, m_applications, m_allThreads;
+  std::unordered_set<std::uint64_t> m_threads;
+  std::optional<std::size_t> m_ids;  // how many the filter was made of; none: not made yet
+  CTraceFilter m_filter;
+  std::vector<std::string> m_missing;
+};

@@ -1,0 +1,45 @@
+// trc capture: live traces into a file, as a monitor's capture writes them.
+#include "live/capture_file.h"
+#include "live/live_source.h"
+#include "terminal/exit_status.h"
+#include "terminal/interrupt.h"
+#include "terminal/progress_line.h"
+
+int RunCapture(const CaptureOptions& options) {
+  LiveSource source;
+  if (!source.Connect(options.machine)) return kExitBad;
+  CaptureFile file(options);
+  ProgressLine progress;
+  std::string why;
+  std::uint64_t given = 0;
+  bool good = file.Begin(source.Names(), &why);
+  if (good) {
+    source.Run(
+        options.limits,
+        [&](TraceEvent_i* trace) {
+          good = file.Write(*trace, source.Names(), &why);
+          if (trace->GetSequenceNumber() != kNoSequenceNumber) ++given;
+          trace->Release();
+          return good;
+        },
+        [&] {
+          good = file.Flush(&why);
+          progress.Show("Capturing... " + std::to_string(file.Traces()) + " traces");
+          return good;
+        });
+    good = good && file.Finish(&why);
+  }
+  progress.Clear();
+  if (!good) {
+    Complain(why);
+    file.Salvage();
+  }
+  const std::uint64_t taken = file.Traces();
+  // What came and is in no file is lost as well.
+  const std::uint64_t lost = source.Counts().lost + (given - taken);
+  Output output;
+  output.Line(std::to_string(taken) + " taken, " + std::to_string(lost) + " lost");
+  const int status = output.Finish();
+  if (!good || status == kExitBad) return kExitBad;
+  return lost > 0 ? kExitNo : kExitGood;
+}

@@ -1,0 +1,41 @@
+// The files that trc capture writes.
+//
+// Shape    NAME.trc; when it is full it becomes NAME.1.trc, older ones shift up and the oldest
+//          goes. A new one is begun with its own header and names: each can be opened by itself.
+// Errors   False and a reason. What was written stays; Salvage makes it whole.
+// Threads  One.
+#pragma once
+
+#include <string>
+
+#include "live/live.h"
+#include "records/trc_writer.h"
+
+class CaptureFile {
+ public:
+  explicit CaptureFile(const CaptureOptions& options);
+
+  // An existing file is replaced.
+  bool Begin(NameMap& names, std::string* why);
+  bool Write(const TraceEvent_i& trace, NameMap& names, std::string* why);
+  bool Flush(std::string* why);
+  bool Finish(std::string* why);
+  // After a failure: cuts the file behind its last whole record, so that it reads like any other;
+  // one that could not even be begun goes.
+  void Salvage();
+  // Those with a number, of all files: after Finish or Salvage exactly those that reached one.
+  std::uint64_t Traces() const { return m_earlierTraces + m_traces; }
+
+ private:
+  bool IsFullBy(const TraceEvent_i& trace, const NameMap& names);
+  bool ShiftUp(std::string* why);
+  std::string Numbered(std::uint64_t number) const;
+
+  const std::string m_path;
+  std::string m_stem, m_extension;
+  const std::uint64_t m_maxBytes, m_maxFiles;
+  std::uint64_t m_bytes = 0;  // of the file under way
+  std::uint64_t m_addedBytes = 0;
+  std::uint64_t m_earlierTraces = 0, m_traces = 0;
+  TrcWriter m_writer;
+};

@@ -1,0 +1,76 @@
+// The commands of trc that speak with a running service, and the one that is traced itself.
+//
+// Errors   Each gives its exit status: 1 when the answer is no or traces were lost.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "commands/dump.h"
+
+// Which traces are taken, and when to stop listening, if not by SIGINT.
+struct LiveLimits {
+  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // traces taken
+  std::optional<std::uint64_t> seconds;
+  FilterPaths filter;
+};
+
+struct TailOptions {
+  std::string machine;
+  DumpFormat format = DumpFormat::Text;
+  std::vector<Column> columns;
+  bool utc = false;
+  LiveLimits limits;
+};
+int RunTail(const TailOptions& options);
+
+struct CaptureOptions {
+  std::string machine, out;
+  LiveLimits limits;
+  std::uint64_t maxMegabytes = 0;  // of one file; 0: no limit
+  std::uint64_t maxFiles = 0;      // full ones that are kept; 0: all
+};
+int RunCapture(const CaptureOptions& options);
+
+struct AppsOptions {
+  std::string machine;
+  bool json = false;
+};
+int RunApps(const AppsOptions& options);
+
+struct ShowOptions {
+  std::string machine, app;
+  bool json = false;
+};
+int RunShow(const ShowOptions& options);
+
+struct SetOptions {
+  std::string machine, app;
+  std::string target;  // "COMPONENT" or "COMPONENT/CATEGORY"; empty: all
+  unsigned settings = 0;
+  std::string doubt;  // told when there is no such machine or application
+};
+int RunSet(const SetOptions& options);
+
+struct SinkCommand {
+  std::string machine, app;
+  std::string server, file;  // one of them is empty
+  bool flush = false;
+  std::uint64_t maxFiles = 0, maxMegabytes = 0;
+};
+int RunSink(const SinkCommand& command);
+
+struct EmitOptions {
+  std::string app;
+  std::vector<std::string> components = {"Net", "Db"};
+  std::uint64_t rate = 0;   // traces a second; 0: as fast as they go
+  std::uint64_t count = 0;  // 0: until SIGINT
+  std::uint64_t textBytes = 40;
+  std::uint64_t threads = 1;
+  bool blocks = false;
+  std::uint64_t seed = 1;
+};
+int RunEmit(const EmitOptions& options);

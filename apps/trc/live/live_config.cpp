@@ -1,0 +1,223 @@
+// trc apps, show, set and sink: the configuration service of a machine.
+#include <algorithm>
+#include <filesystem>
+
+#include "live/live.h"
+#include "near_word.h"
+#include "quor/client/trace_config.h"
+#include "quor/protocol/machine.h"
+#include "terminal/exit_status.h"
+#include "text/json_text.h"
+#include "text/visible_text.h"
+
+namespace {
+
+int Unreachable(const std::string& why) {
+  Complain(why);
+  return kExitBad;
+}
+
+std::string Quoted(const std::string& text) {
+  return "\"" + VisibleText(text) + "\"";
+}
+
+const char* WordOf(trc_SinkTypes_e type) {
+  switch (type) {
+    case trc_SinkFile:
+      return "file";
+    case trc_SinkSocket:
+      return "socket";
+    default:
+      return "unknown";
+  }
+}
+
+struct Sink {
+  explicit Sink(const trace_App_i& app) { app.GetSink(type, name, options); }
+  trc_SinkTypes_e type = trc_SinkSocket;
+  std::string name, options;
+};
+
+int NoSuchApp(const std::string& app, const std::list<std::string>& known) {
+  std::vector<std::string> shown;
+  for (const std::string& other : known) shown.push_back(VisibleText(other));
+  Complain("there is no application " + Quoted(app) + DidYouMean(VisibleText(app), shown));
+  return kExitNo;
+}
+
+void ShowAsText(const trace_App_i& app, Output& output) {
+  const Sink sink(app);
+  std::size_t width = 0;
+  for (const trace_Component_t& component : app.GetTraceMap())
+    for (const trace_Category_t& category : component.categories)
+      width = std::max(width, ScreenWidth(VisibleText(component.name + "/" + category.name)));
+  output.Line("Application  " + VisibleText(app.GetAppName()));
+  output.Line("Sink         " + std::string(WordOf(sink.type)) + " " + Quoted(sink.name) +
+              (sink.options.empty() ? "" : " " + Quoted(sink.options)));
+  for (const trace_Component_t& component : app.GetTraceMap()) {
+    for (const trace_Category_t& category : component.categories) {
+      const std::string name = VisibleText(component.name + "/" + category.name);
+      const std::string words = SettingsToLabel(app.GetSettings(category.traceId));
+      output.Line(name + std::string(width - ScreenWidth(name) + 2, ' ') +
+                  (words.empty() ? "off" : words));
+    }
+  }
+}
+
+void AppendField(std::string& json, std::string_view key, const std::string& text) {
+  json.append(key);
+  AppendJsonText(json, text);
+}
+
+void ShowAsJson(const trace_App_i& app, Output& output) {
+  const Sink sink(app);
+  std::string& json = output.Buffer();
+  AppendField(json, "{\"application\":", app.GetAppName());
+  AppendField(json, ",\"sink\":{\"type\":", WordOf(sink.type));
+  AppendField(json, ",\"name\":", sink.name);
+  AppendField(json, ",\"options\":", sink.options);
+  json.append("},\"components\":[");
+  const char* between = "";
+  for (const trace_Component_t& component : app.GetTraceMap()) {
+    json.append(std::exchange(between, ","));
+    AppendField(json, "{\"name\":", component.name);
+    json.append(",\"categories\":[");
+    const char* comma = "";
+    for (const trace_Category_t& category : component.categories) {
+      json.append(std::exchange(comma, ","));
+      AppendField(json, "{\"name\":", category.name);
+      json.append(",\"id\":");
+      AppendNumber(json, category.traceId);
+      json.append(",\"settings\":");
+      AppendNumber(json, app.GetSettings(category.traceId));
+      AppendField(json, ",\"words\":", SettingsToLabel(app.GetSettings(category.traceId)));
+      json.push_back('}');
+    }
+    json.append("]}");
+  }
+  json.append("]}");
+  output.EndLine();
+}
+
+// The traces that a "COMPONENT" or "COMPONENT/CATEGORY" names; either may have a "/" of its own.
+std::vector<unsigned> TracesOf(const trace_App_i& app, const std::string& target) {
+  std::vector<unsigned> ids;
+  for (const trace_Component_t& component : app.GetTraceMap())
+    for (const trace_Category_t& category : component.categories)
+      if (target == component.name || target == component.name + "/" + category.name)
+        ids.push_back(category.traceId);
+  return ids;
+}
+
+int NoSuchTrace(const trace_App_i& app, const std::string& target) {
+  std::vector<std::string> known;
+  for (const trace_Component_t& component : app.GetTraceMap()) {
+    known.push_back(VisibleText(component.name));
+    for (const trace_Category_t& category : component.categories)
+      known.push_back(VisibleText(component.name + "/" + category.name));
+  }
+  Complain(Quoted(app.GetAppName()) + " has no trace " + Quoted(target) +
+           DidYouMean(VisibleText(target), known));
+  return kExitNo;
+}
+
+int Submit(const trace_App_i& app) {
+  if (app.Submit()) return kExitGood;
+  Complain("the machine has not taken it");
+  return kExitBad;
+}
+
+// An application has a current folder of its own: a path is told in full, but another machine's
+// is that machine's. Nothing when our own current folder is gone.
+std::optional<std::string> FullPath(const std::string& machine, const std::string& file) {
+  const auto where = ParseMachine(machine);
+  if (file.empty() || !where || !where->local) return file;
+  std::error_code error;
+  const std::filesystem::path full = std::filesystem::absolute(file, error);
+  if (!error) return full.lexically_normal().string();
+  Complain(file + ": " + error.message());
+  return std::nullopt;
+}
+
+}  // namespace
+
+int RunApps(const AppsOptions& options) {
+  std::string why;
+  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
+  if (!config) return Unreachable(why);
+  const std::list<std::string>& apps = config->GetAppList();
+  Output output;
+  if (options.json) {
+    std::string& json = output.Buffer();
+    json.push_back('[');
+    const char* between = "";
+    for (const std::string& app : apps) {
+      const unsigned instances = config->GetInstances(app);
+      json.append(std::exchange(between, ","));
+      AppendField(json, "{\"application\":", app);
+      json.append(instances > 0 ? ",\"running\":true" : ",\"running\":false");
+      json.append(",\"instances\":");
+      AppendNumber(json, instances);
+      json.push_back('}');
+    }
+    json.push_back(']');
+    output.EndLine();
+  } else {
+    for (const std::string& app : apps) output.Line(VisibleText(app));
+  }
+  return output.Finish();
+}
+
+int RunShow(const ShowOptions& options) {
+  std::string why;
+  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
+  if (!config) return Unreachable(why);
+  const std::list<std::string> running = config->GetAppList();
+  const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
+  if (!app) return Unreachable(why);
+  // Our own handle puts it into the list, so that was read before.
+  if (app->GetTraceMap().empty() &&
+      std::find(running.begin(), running.end(), options.app) == running.end())
+    return NoSuchApp(options.app, running);
+  Output output;
+  options.json ? ShowAsJson(*app, output) : ShowAsText(*app, output);
+  return output.Finish();
+}
+
+int RunSet(const SetOptions& options) {
+  const std::string doubt = options.doubt.empty() ? "" : "; " + options.doubt;
+  std::string why;
+  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
+  if (!config) return Unreachable(why + doubt);
+  const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
+  if (!app) return Unreachable(why + doubt);
+  if (app->GetTraceMap().empty()) {
+    if (!options.doubt.empty()) Complain(options.doubt);
+    return NoSuchApp(options.app, config->GetAppList());
+  }
+  if (options.target.empty()) {
+    app->SetAllTraces(options.settings);
+    return Submit(*app);
+  }
+  const std::vector<unsigned> ids = TracesOf(*app, options.target);
+  if (ids.empty()) return NoSuchTrace(*app, options.target);
+  for (const unsigned id : ids) app->SetSettings(id, options.settings);
+  return Submit(*app);
+}
+
+int RunSink(const SinkCommand& command) {
+  const std::optional<std::string> file = FullPath(command.machine, command.file);
+  if (!file) return kExitBad;
+  std::string why;
+  const QuorPtr<trace_App_i> app = trace_App_i::Create(command.machine, command.app, &why);
+  if (!app) return Unreachable(why);
+  if (command.file.empty()) {
+    app->SetSink(trc_SinkSocket, command.server, "");
+  } else {
+    app->SetSink(trc_SinkFile, *file,
+                 "flush=" + std::to_string(command.flush ? 1 : 0) +
+                     ";maxfiles=" + std::to_string(command.maxFiles) +
+                     ";maxsize=" + std::to_string(command.maxMegabytes) + ";");
+  }
+  return Submit(*app);
+}

@@ -1,0 +1,52 @@
+#include "live/live_source.h"
+
+#include <thread>
+
+#include "filter/live_filter.h"
+#include "terminal/interrupt.h"
+#include "terminal/output.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kPause{20};
+
+}  // namespace
+
+LiveSource::~LiveSource() {
+  if (m_connection) m_connection->Disconnect();
+}
+
+bool LiveSource::Connect(const std::string& machine) {
+  std::string why;
+  m_connection = TraceThread_i::ConnectToTraceService(machine, m_names, &why);
+  if (!m_connection) Complain(why);
+  return m_connection != nullptr;
+}
+
+void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEvent_i*)>& take,
+                     const std::function<bool()>& pause) {
+  // A time too far away to be told is as good as none.
+  constexpr std::uint64_t kYear = 365 * 24 * 3600;
+  const bool timed = limits.seconds.has_value() && *limits.seconds < kYear;
+  const Clock::time_point until =
+      Clock::now() + std::chrono::seconds(timed ? *limits.seconds : kYear);
+  std::uint64_t taken = 0;
+  LiveFilter filter(limits.filter, m_names);
+  while (taken < limits.count) {
+    const bool last = Interrupted() || (timed && Clock::now() >= until);
+    while (taken < limits.count && m_connection->HasTraces()) {
+      TraceEvent_i* const trace = m_connection->NextTrace();
+      if (!filter.Passes(*trace)) {
+        ReleaseTrace(trace);
+        continue;
+      }
+      if (!take(trace)) return;
+      ++taken;
+    }
+    if (!pause() || last) break;
+    std::this_thread::sleep_for(kPause);
+  }
+  for (const std::string& path : filter.Missing())
+    Complain("nothing came that is named \"" + path + "\"");
+}

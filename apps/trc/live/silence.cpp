@@ -1,0 +1,32 @@
+#include "live/silence.h"
+
+#include "quor/client/trace_config.h"
+#include "text/visible_text.h"
+
+namespace {
+
+bool HasTraceOn(const trace_App_i& app) {
+  for (const trace_Component_t& component : app.GetTraceMap())
+    for (const trace_Category_t& category : component.categories)
+      if (app.GetSettings(category.traceId) != 0) return true;
+  return false;
+}
+
+}  // namespace
+
+std::string WhyNothingComes(const std::string& machine) {
+  std::string why;
+  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(machine, &why);
+  if (!config) return why;
+  unsigned running = 0;
+  const std::list<std::string> apps = config->GetAppList();
+  for (const std::string& name : apps) {
+    if (config->GetInstances(name) == 0) continue;
+    ++running;
+    const QuorPtr<trace_App_i> app = trace_App_i::Create(machine, name, &why);
+    if (!app) return why;
+    if (HasTraceOn(*app)) return "\"" + VisibleText(name) + "\" runs and has traced nothing since";
+  }
+  if (running == 0) return "no application that traces runs";
+  return "all traces are off; switch them on with trc set APP --all support";
+}

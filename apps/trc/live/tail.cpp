@@ -1,0 +1,135 @@
+// trc tail: live traces, one a line.
+#include <algorithm>
+
+#include "listview/columns/columns.h"
+#include "live/live_source.h"
+#include "live/silence.h"
+#include "terminal/exit_status.h"
+#include "text/text_line.h"
+#include "text/trace_json.h"
+#include "text/visible_text.h"
+
+namespace {
+
+// Writes one trace as a line into the output's buffer.
+class Lines {
+ public:
+  virtual ~Lines() = default;
+  virtual bool Add(const TraceEvent_i& trace, const TraceEvent_i* previous) = 0;
+};
+
+class JsonLines final : public Lines {
+ public:
+  JsonLines(const NameMap& names, Output& output) : m_json(names), m_output(output) {}
+  bool Add(const TraceEvent_i& trace, const TraceEvent_i*) override {
+    m_json.Append(m_output.Buffer(), m_index++, trace);
+    return m_output.EndLine();
+  }
+
+ private:
+  TraceJson m_json;
+  Output& m_output;
+  std::uint64_t m_index = 0;
+};
+
+// Columns are as wide as the widest cell so far: what is to come nobody knows.
+class TextLines final : public Lines {
+ public:
+  TextLines(const NameMap& names, const TailOptions& options, Output& output)
+      : m_names(names), m_options(options), m_line(output) {
+    for (const Column column : options.columns) {
+      const ColumnInfo& info = kColumns[static_cast<std::size_t>(column)];
+      m_widths.push_back(ScreenWidth(info.header));
+    }
+  }
+  bool Add(const TraceEvent_i& trace, const TraceEvent_i* previous) override {
+    if (!m_headed && !WriteHeader(trace)) return false;
+    for (std::size_t i = 0; i < m_options.columns.size(); ++i) {
+      const std::string text =
+          VisibleCell(m_options.columns[i], trace, previous, m_names, m_options.utc);
+      const std::size_t width = ScreenWidth(text);
+      m_widths[i] = std::max(m_widths[i], std::min(width, kMostColumnWidth));
+      m_line.Add(text, width, m_widths[i], AlignsRight(i));
+    }
+    return m_line.End();
+  }
+
+ private:
+  // With the first trace, whose cells tell something of the widths.
+  bool WriteHeader(const TraceEvent_i& first) {
+    m_headed = true;
+    for (std::size_t i = 0; i < m_options.columns.size(); ++i) {
+      const Column column = m_options.columns[i];
+      const std::string_view header = kColumns[static_cast<std::size_t>(column)].header;
+      const std::size_t width =
+          ScreenWidth(VisibleCell(column, first, nullptr, m_names, m_options.utc));
+      m_widths[i] = std::max(m_widths[i], std::min(width, kMostColumnWidth));
+      m_line.Add(header, header.size(), m_widths[i], AlignsRight(i));
+    }
+    return m_line.End();
+  }
+  bool AlignsRight(std::size_t i) const {
+    return kColumns[static_cast<std::size_t>(m_options.columns[i])].align == ColumnAlign::Right;
+  }
+
+  const NameMap& m_names;
+  const TailOptions& m_options;
+  LineWriter m_line;
+  std::vector<std::size_t> m_widths;
+  bool m_headed = false;
+};
+
+// After a second without a trace says why, once.
+class Silence {
+ public:
+  Silence(const LiveSource& source, const std::string& machine)
+      : m_source(source), m_machine(machine) {}
+  void Look() {
+    if (m_over || Clock::now() < m_until) return;
+    m_over = true;
+    if (m_source.Counts().delivered > 0) return;
+    Complain("nothing comes: " + (m_source.IsUp() ? WhyNothingComes(m_machine)
+                                                  : "no trace service runs there any more"));
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  const LiveSource& m_source;
+  const std::string& m_machine;
+  const Clock::time_point m_until = Clock::now() + std::chrono::seconds(1);
+  bool m_over = false;
+};
+
+}  // namespace
+
+int RunTail(const TailOptions& options) {
+  LiveSource source;
+  if (!source.Connect(options.machine)) return kExitBad;
+  Output output;
+  std::unique_ptr<Lines> lines;
+  if (options.format == DumpFormat::Jsonl) {
+    lines = std::make_unique<JsonLines>(source.Names(), output);
+  } else {
+    lines = std::make_unique<TextLines>(source.Names(), options, output);
+  }
+  Silence silence(source, options.machine);
+  TraceEvent_i* previous = nullptr;
+  source.Run(
+      options.limits,
+      [&](TraceEvent_i* trace) {
+        const bool goesOn = lines->Add(*trace, previous);
+        ReleaseTrace(std::exchange(previous, trace));
+        return goesOn;
+      },
+      [&] {
+        silence.Look();
+        return output.Flush();
+      });
+  ReleaseTrace(previous);
+  const int status = output.Finish();
+  if (status == kExitBad) return status;
+  const std::uint64_t lost = source.Counts().lost;
+  if (lost > 0) Complain(std::to_string(lost) + " traces lost");
+  // The one who watches ends it with SIGINT: that is no failure.
+  return lost > 0 ? kExitNo : kExitGood;
+}

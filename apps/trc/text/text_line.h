@@ -1,0 +1,44 @@
+// Lines of aligned cells.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "listview/cells/cell_text.h"
+#include "terminal/output.h"
+
+// A cell longer than this pushes the rest of its own line to the right, not that of every line.
+constexpr std::size_t kMostColumnWidth = 200;
+
+// "Info", "Warn" or "Error"; empty for any other severity.
+std::string_view SeverityWord(const TraceEvent_i& trace);
+
+// What a terminal shows of a cell. A severity is a word here.
+std::string VisibleCell(Column column, const TraceEvent_i& trace, const TraceEvent_i* previous,
+                        const NameMap& names, bool utc);
+
+// Puts cells side by side. Nothing stands behind the last text of a line.
+class LineWriter {
+ public:
+  explicit LineWriter(Output& output) : m_output(output) {}
+
+  void Add(std::string_view text, std::size_t width, std::size_t columnWidth, bool right) {
+    const std::size_t room = columnWidth > width ? columnWidth - width : 0;
+    if (right) m_blanks += room;
+    if (!text.empty()) {
+      m_output.Buffer().append(m_blanks, ' ').append(text);
+      m_blanks = 0;
+    }
+    m_blanks += (right ? 0 : room) + (text.empty() ? width : 0) + kGapBlanks;
+  }
+  bool End() {
+    m_blanks = 0;
+    return m_output.EndLine();
+  }
+
+ private:
+  static constexpr std::size_t kGapBlanks = 2;
+
+  Output& m_output;
+  std::size_t m_blanks = 0;  // owed before the next text
+};

@@ -1,0 +1,67 @@
+#include "text/trace_json.h"
+
+#include <initializer_list>
+#include <utility>
+
+#include "text/json_text.h"
+
+namespace {
+
+void AppendArray(std::string& json, std::string_view key, std::initializer_list<unsigned> numbers) {
+  json.append(key);
+  char before = '[';
+  for (const unsigned number : numbers) {
+    json.push_back(std::exchange(before, ','));
+    AppendNumber(json, number);
+  }
+  json.push_back(']');
+}
+
+}  // namespace
+
+void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace) {
+  json.append("{\"i\":");
+  AppendNumber(json, index);
+  json.append(",\"count\":");
+  AppendNumber(json, trace.GetSequenceNumber());
+  AppendTime(json, trace);
+  json.append(",\"tic\":");
+  AppendNumber(json, trace.GetTicCount());
+  AppendName(json, ",\"machine\":", trace.GetMachineId());
+  AppendName(json, ",\"application\":", trace.GetAppId());
+  AppendName(json, ",\"component\":", trace.GetComponentId());
+  AppendName(json, ",\"category\":", trace.GetCategoryId());
+  AppendName(json, ",\"pid\":", trace.GetPidId());
+  AppendName(json, ",\"tid\":", trace.GetTidId());
+  json.append(",\"attributes\":");
+  AppendNumber(json, trace.GetAttributes());
+  AppendName(json, ",\"file\":", trace.GetSourceFileId());
+  json.append(",\"line\":");
+  AppendNumber(json, trace.GetSourceLine());
+  json.append(",\"text\":");
+  AppendJsonText(json, trace.GetText());
+  json.append(",\"stack\":");
+  AppendJsonText(json, trace.GetStack());
+  json.push_back('}');
+}
+
+void TraceJson::AppendTime(std::string& json, const TraceEvent_i& trace) {
+  const auto [year, month, day] = UnpackDate(trace.GetDate());
+  const auto [hour, minute, second, ms] = UnpackTime(trace.GetTime());
+  AppendArray(json, ",\"date\":", {year, month, day});
+  AppendArray(json, ",\"time\":", {hour, minute, second, ms});
+}
+
+void TraceJson::AppendName(std::string& json, std::string_view key, NameId id) {
+  json.append(key);
+  std::string& known = m_known[id];
+  if (known.empty()) {
+    const auto entry = m_names.find(id);
+    if (entry == m_names.end()) {
+      json.append("null");
+      return;
+    }
+    AppendJsonText(known, entry->second.name);
+  }
+  json.append(known);
+}

@@ -1,7 +1,7 @@
 // Unaligned numbers in a block of bytes.
 //
 // Shape    Traces, their files and the wire hold big-endian numbers at any address.
-// Errors   None: the caller has checked the length, or the bytes stand in front of a guard.
+// Errors   None: the caller has checked the length, or a guard follows the bytes.
 // Threads  Pure.
 #pragma once
 

@@ -10,16 +10,17 @@
 #include <cstdint>
 #include <mutex>
 
-// An entry of a list that only grows: entries are reused, never freed, so that the handler can walk
-// it at any moment. A free entry has an empty range.
+// An entry of a list that only grows. Entries are reused, never freed, so that the handler can walk
+// the list at any moment. A free entry has an empty range.
 struct FaultGuard::Range {
   std::atomic<bool> taken = true;
   std::atomic<std::uintptr_t> begin = 0;
   std::atomic<std::uintptr_t> end = 0;
   std::atomic<int> rights = PROT_READ;
   std::atomic<bool> lost = false;
-  // The middle one of three pages, with other rights than its neighbours: given them, the three
-  // become one piece, and the process has room for two more. 0: could not be made.
+  // The middle one of three pages; its access rights differ from its neighbours'. If it gets the
+  // same rights, the three become one mapping, and the process may make two more. 0: could not be
+  // made.
   std::uintptr_t spare = 0;
   Range* next = nullptr;
 };
@@ -30,7 +31,7 @@ std::atomic<FaultGuard::Range*> g_ranges = nullptr;
 struct sigaction g_previous;
 std::uintptr_t g_pageBytes;
 
-// By the system call itself: a sanitizer's mmap is not made for a signal handler.
+// By a raw system call: a sanitizer's mmap must not be called in a signal handler.
 bool MapZeros(std::uintptr_t begin, std::size_t bytes, int rights) {
   return syscall(SYS_mmap, begin, bytes, rights, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) ==
          static_cast<long>(begin);
@@ -54,14 +55,14 @@ bool ReplacePage(std::uintptr_t address) {
   for (FaultGuard::Range* range = g_ranges.load(); range; range = range->next) {
     const std::uintptr_t begin = range->begin.load();
     const std::uintptr_t end = range->end.load();
-    // Read twice: an entry that changed hands in between must not show a mixed range.
+    // Read twice: an entry that was reused in between must not show a mixed range.
     if (address < begin || address >= end || begin != range->begin.load()) continue;
     const std::uintptr_t page = address & ~(g_pageBytes - 1);
     const int rights = range->rights.load();
     range->lost.store(true);
     if (MapZeros(page, g_pageBytes, rights)) return true;
-    // The kernel limits the pieces that a process may have; then the rest goes as one. To part it
-    // from what is before takes a piece as well.
+    // The kernel limits the mappings of a process. At the limit the rest is replaced as one
+    // mapping. Separating it from the part before it also takes a mapping.
     return MapZeros(page, end - page, rights) ||
            (range->spare != 0 && Protect(range->spare, PROT_NONE) &&
             MapZeros(page, end - page, rights));
@@ -77,7 +78,7 @@ void PassOn(int signal, siginfo_t* info, void* context) {
   } else if (g_previous.sa_handler != SIG_DFL && g_previous.sa_handler != SIG_IGN) {
     g_previous.sa_handler(signal);
   } else {
-    // Ends the program: a fault is met again as soon as this returns, a sent signal by the raise.
+    // Ends the program: a fault recurs as soon as this returns, a sent signal recurs by the raise.
     struct sigaction standard = {};
     standard.sa_handler = SIG_DFL;
     sigaction(signal, &standard, nullptr);

@@ -1,4 +1,4 @@
-// What became of a file that somebody reads.
+// How a file has changed since it was opened.
 //
 // Threads  Plain data.
 #pragma once
@@ -9,12 +9,12 @@
 struct FileChange {
   enum class Kind {
     None,
-    Shorter,     // cut, or emptied to be made anew
+    Shorter,     // cut, or emptied and written again
     Unreadable,  // a part of it: it was cut and has grown again, or a disk or a share failed
-    Written,     // not by appending
+    Written,     // other than by appending
   };
   Kind kind = Kind::None;
-  std::uint64_t missingBytes = 0;  // of one that is Shorter
+  std::uint64_t missingBytes = 0;  // if Shorter
 
   bool Any() const { return kind != Kind::None; }
   bool operator==(const FileChange&) const = default;

@@ -18,8 +18,8 @@ namespace {
 constexpr char kInUseHere[] = "In use by this program";
 constexpr char kInUseElsewhere[] = "In use by another program";
 
-// The files that this process has open. It stands beside flock because there are file systems where
-// flock belongs to the process, and two openings in one process would not see each other.
+// The files that this process has open. It is needed besides flock, because on some file systems
+// flock belongs to the process, and two openings in one process would not exclude each other.
 class OpenFiles {
  public:
   bool Enter(std::uint64_t device, std::uint64_t inode, bool writing) {
@@ -58,13 +58,13 @@ std::string SystemReason() {
 int OpenDescriptor(const std::string& path, int flags) {
   int descriptor;
   do {
-    // Without waiting, so that a FIFO without a writer does not hold the caller up.
+    // Without waiting, so that a FIFO without a writer does not block the caller.
     descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666);
   } while (descriptor < 0 && errno == EINTR);
   return descriptor;
 }
 
-// Kinds of file that the program takes. A device such as /dev/null or /dev/full may be written.
+// Kinds of file that the program accepts. A device such as /dev/null or /dev/full may be written.
 bool IsWelcome(mode_t mode, bool writing, std::string* why) {
   if (S_ISREG(mode) || (writing && S_ISCHR(mode))) return true;
   FailWith(why, S_ISDIR(mode) ? "Is a directory" : "Not a regular file");
@@ -76,7 +76,7 @@ void WaitInWritesAgain(int descriptor) {
   if (flags >= 0) fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK);
 }
 
-// False only when another holder is known: a file system without flock has no say.
+// False only when another holder is known: a file system without flock cannot tell.
 bool Lock(int descriptor, bool writing) {
   int result;
   do {
@@ -108,9 +108,9 @@ OpenFile::~OpenFile() {
 
 bool OpenFile::Close() {
   const int descriptor = std::exchange(m_descriptor, -1);
-  // An interrupted close has closed all the same.
+  // An interrupted close has closed the file nevertheless.
   const bool kept = descriptor < 0 || close(descriptor) == 0 || errno == EINTR;
-  // Behind the close: who is let in by the list must not be held up by our lock.
+  // After the close: an opener that the list admits must not meet our lock.
   if (std::exchange(m_listed, false)) Files().Leave(m_device, m_inode);
   return kept;
 }
@@ -127,7 +127,7 @@ OpenFile OpenFile::Open(const std::string& path, Way way, std::string* why) {
   }
   if (!IsWelcome(status.st_mode, writing, why)) return {};
   WaitInWritesAgain(file.m_descriptor);
-  if (S_ISCHR(status.st_mode)) return file;  // a device is nobody's own
+  if (S_ISCHR(status.st_mode)) return file;  // a device is not opened exclusively
 
   file.m_device = status.st_dev;
   file.m_inode = status.st_ino;

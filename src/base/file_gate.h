@@ -1,11 +1,11 @@
-// Opening files with the sharing rules that this program lives by.
+// Opens files with this program's sharing rules.
 //
-// A file that is open for reading is not written by us or by another program of ours, and a file
-// that is being written is open nowhere else. Linux knows no such modes, so they are made of a list
-// in this process, by device and inode (hard and symbolic links to one file are one file), and of
-// flock between processes, where the file system has it.
+// A file that is open for reading is not written by us or by another program of ours. A file that
+// is being written is open nowhere else. Linux has no such modes. So this process keeps a list of
+// its files by device and inode (hard and symbolic links to one file are one file). Between
+// processes flock is used, if the file system has it.
 //
-// Owner    The descriptor is closed, and the file's entry goes, with the OpenFile.
+// Owner    The end of the OpenFile closes the descriptor and removes the file's entry.
 // Errors   An empty OpenFile and a reason for a person in `why`.
 // Threads  Any.
 #pragma once
@@ -22,7 +22,7 @@ class OpenFile {
 
   explicit operator bool() const { return m_descriptor >= 0; }
   int Descriptor() const { return m_descriptor; }
-  // False when the kernel reports at the close that earlier bytes were lost. Closing twice is good.
+  // False when the kernel reports at the close that earlier bytes were lost. May be called twice.
   bool Close();
 
  private:
@@ -39,10 +39,10 @@ class OpenFile {
 // An existing regular file, shared with other readers only. Never waits (a FIFO is refused).
 OpenFile OpenForReading(const std::string& path, std::string* why = nullptr);
 
-// A file made anew, shared with nobody. An existing one is emptied only once it is known that no
-// one has it open, so that a failed creation leaves it as it was.
+// A new file, opened exclusively. An existing one is emptied only when it is known that nobody has
+// it open, so that a failed creation leaves it as it was.
 OpenFile CreateForWriting(const std::string& path, std::string* why = nullptr);
 
-// An existing file as CreateForWriting takes it, whose bytes stay: nobody opens it until the new
-// one, which is written elsewhere, has taken its place.
+// Holds an existing file like CreateForWriting, but keeps its bytes: nobody opens it until the new
+// file, which is written elsewhere, has replaced it.
 OpenFile HoldForReplacing(const std::string& path, std::string* why = nullptr);

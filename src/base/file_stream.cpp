@@ -52,14 +52,14 @@ ds_BufferedOutputStream_t::~ds_BufferedOutputStream_t() {
 }
 
 void ds_BufferedOutputStream_t::SetStream(ds_File_t::FOStream_t& stream) {
-  // What is held was meant for the stream before.
+  // The collected bytes are for the previous stream.
   Close();
   Discard();
   m_stream = &stream;
 }
 
-// All bytes pass through the buffer, also those of a block longer than it: they may lie in a mapped
-// file that has become shorter, which the kernel's write would refuse to read.
+// All bytes pass through the buffer, also a block that is longer than it. They may be in a mapped
+// file that has become shorter, and the kernel's write would fail to read them there.
 bool ds_BufferedOutputStream_t::WriteBuf(const void* bytes, std::size_t* size) {
   const std::size_t wanted = *size;
   *size = 0;
@@ -88,7 +88,7 @@ void ds_BufferedOutputStream_t::Discard() {
 
 bool ds_BufferedOutputStream_t::Flush() {
   if (!m_stream) return m_used == 0;
-  // Nothing goes out behind a gap: after a failed write the stream refuses all later ones.
+  // Nothing is written after a gap: after a failed write the stream refuses all later ones.
   if (m_used > 0 && m_stream->Write(m_buffer.data(), m_used)) m_used = 0;
   return m_stream->OK();
 }

@@ -1,6 +1,6 @@
 // Unaligned little-endian numbers in a block of bytes. Only the older trace file format has them.
 //
-// Errors   None: the caller has checked the length, or the bytes stand in front of a guard.
+// Errors   None: the caller has checked the length, or a guard follows the bytes.
 // Threads  Pure.
 #pragma once
 

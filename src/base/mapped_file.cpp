@@ -18,8 +18,8 @@ std::size_t RoundUp(std::size_t bytes, std::size_t unit) {
   return (bytes + unit - 1) / unit * unit;
 }
 
-// Gives how many were read: fewer than asked for when the file has become shorter, and the rest
-// stays as it is.
+// Returns how many bytes were read: fewer than asked for if the file has become shorter. The rest
+// of the buffer is unchanged.
 std::size_t ReadAt(int descriptor, std::uint8_t* to, std::size_t bytes, std::size_t offset) {
   std::size_t read = 0;
   while (read < bytes) {
@@ -34,8 +34,8 @@ std::size_t ReadAt(int descriptor, std::uint8_t* to, std::size_t bytes, std::siz
 
 }  // namespace
 
-// The whole pages are mapped. The last, partial one is copied: mapped, it would show what is later
-// appended to the file where zeros are promised.
+// Maps the whole pages and copies the last, partial one. If that page were mapped, bytes that are
+// later appended to the file would appear where zeros are promised.
 bool MappedFile::Map() {
   const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   m_mapped = m_size / page * page;
@@ -51,7 +51,7 @@ bool MappedFile::Map() {
       return false;
     }
     m_guard = FaultGuard(bytes, m_mapped);
-    madvise(bytes, m_mapped, MADV_SEQUENTIAL);  // the load walks it once, from front to back
+    madvise(bytes, m_mapped, MADV_SEQUENTIAL);  // the load reads it once, from front to back
   }
   ReadAt(m_file.Descriptor(), bytes + m_mapped, m_size - m_mapped, m_mapped);
   return mprotect(bytes + m_mapped, m_reserved - m_mapped, PROT_READ) == 0;
@@ -93,7 +93,7 @@ FileChange MappedFile::Change() const {
     return {Kind::Shorter, static_cast<std::uint64_t>(m_mark.size - now->size)};
   if (!now || m_guard.LostPages()) return {Kind::Unreadable};
   if (now->writtenNs == m_mark.writtenNs) return {};
-  // A file that grows is written to, and only the copy shows whether what stood there still does.
+  // A file that grows is written to; only the copy shows whether its old end is unchanged.
   return {now->size > m_mark.size && IsTailAsCopied() ? Kind::None : Kind::Written};
 }
 

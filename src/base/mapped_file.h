@@ -1,10 +1,10 @@
 // A read-only view of a whole file that can be read safely whatever happens to the file.
 //
-// Shape    Size() bytes of the file, and behind them at least kGuardBytes of zeros, so that a
-//          record cut by the end of the file reads as zeros and needs no check per field. A page
-//          that another program cuts off while it is mapped reads as zeros from then on (the last,
-//          partial one is a copy and stays); bytes that it appends are not seen.
-// Owner    Shared: the view stands as long as anyone holds the MappedFile.
+// Shape    Size() bytes of the file, followed by at least kGuardBytes of zeros. So a record that
+//          the end of the file cuts reads as zeros there, and no field needs a check. A page that
+//          another program cuts off while it is mapped reads as zeros from then on (the last,
+//          partial page is a copy and stays). Bytes that it appends are not seen.
+// Owner    Shared: the view lives as long as anyone holds the MappedFile.
 // Errors   Null and a reason: no such file, no permission, not a regular file, empty, 4 GiB or
 //          more (a position is a 32-bit number in the progress messages), no address space.
 // Threads  Open and destruction from any thread; the bytes are read-only.
@@ -22,7 +22,7 @@
 
 class MappedFile {
  public:
-  // The longest reach of a record's fields: a fixed part and two texts of 65,535 bytes.
+  // The longest possible record: a fixed part and two texts of 65,535 bytes.
   static constexpr std::size_t kGuardBytes = 131115;
 
   static std::shared_ptr<const MappedFile> Open(const std::string& path,
@@ -33,10 +33,10 @@ class MappedFile {
 
   Bytes View() const { return {m_data, m_size}; }
   std::uint32_t Size() const { return static_cast<std::uint32_t>(m_size); }
-  // As the file was when it was mapped.
+  // The mark of the file when it was mapped.
   const FileMark& Mark() const { return m_mark; }
-  // What other programs have done to it since then. What they append is no change. A change of the
-  // beginning of a file that has grown meanwhile may go unseen, and so does a write within the same
+  // How other programs have changed it since then. Appending is no change. Two changes may go
+  // unnoticed: one at the beginning of a file that has grown meanwhile, and a write within the same
   // tick of the file system's clock.
   FileChange Change() const;
 
@@ -49,6 +49,6 @@ class MappedFile {
   FaultGuard m_guard;
   const std::uint8_t* m_data = nullptr;
   std::size_t m_size = 0;
-  std::size_t m_mapped = 0;  // whole pages; behind them stands the copy
+  std::size_t m_mapped = 0;  // whole pages; the copy follows them
   std::size_t m_reserved = 0;
 };

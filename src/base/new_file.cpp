@@ -22,19 +22,18 @@ std::string SystemWords(int error) {
   return std::generic_category().message(error);
 }
 
-// Of two files that are there, the new one can take the place of the old without a change of names,
-// owner or rights.
+// The new file can replace the old one without a change of names, owner or rights. Both must exist.
 bool CanStandFor(int fresh, int old) {
   constexpr mode_t kRights = 07777;
   struct stat is, was;
   if (fstat(fresh, &is) != 0 || fstat(old, &was) != 0 || was.st_nlink > 1) return false;
-  // There are file systems that have no such calls.
+  // Some file systems have no such calls.
   const bool owned = is.st_uid == was.st_uid && is.st_gid == was.st_gid;
   if (!owned && fchown(fresh, was.st_uid, was.st_gid) != 0) return false;
   return is.st_mode == was.st_mode || fchmod(fresh, was.st_mode & kRights) == 0;
 }
 
-// Before a byte of the old file goes. False: it is as it was.
+// Allocates space before a byte of the old file is overwritten. False: the old file is unchanged.
 bool MakeRoom(int descriptor, off_t bytes) {
   struct stat status;
   if (fstat(descriptor, &status) != 0) return false;
@@ -51,7 +50,7 @@ bool Overwrite(int to, int from, off_t bytes) {
   for (off_t done = 0; done < bytes;) {
     const ssize_t sent = sendfile(to, from, &done, static_cast<std::size_t>(bytes - done));
     if (sent < 0 && errno == EINTR) continue;
-    if (sent == 0) errno = EIO;  // somebody has cut it
+    if (sent == 0) errno = EIO;  // another program has cut it
     if (sent <= 0) return false;
   }
   return ftruncate(to, bytes) == 0 && fsync(to) == 0;
@@ -93,8 +92,8 @@ bool NewFile::BeginBeside(std::string* why) {
   return true;
 }
 
-// A name of its own: this program may write another file there, and one that was killed has left
-// its own.
+// A unique name: this program may be writing another file there, and a killed one may have left a
+// part.
 int NewFile::MakeIn(const std::string& folder) {
   const std::string name = ".trc-" + std::to_string(static_cast<long>(getpid()));
   for (int number = 1;; ++number) {
@@ -135,7 +134,7 @@ bool NewFile::CopyOver(std::string* why) {
     unlink(m_writeTo.c_str());
     return true;
   }
-  m_place = Place::None;  // the one whole file that there is stays
+  m_place = Place::None;  // keep the only complete file
   return FailWith(why, SystemWords(error) + ". It stands whole in " + m_writeTo);
 }
 

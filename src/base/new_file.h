@@ -1,17 +1,17 @@
-// A file that is written in one go: it stands under its name only when it is whole.
+// A file that is written in one go and gets its name only when it is complete.
 //
-// Until then it is written beside that place, as ".trc-PID.part" or ".trc-PID-N.part", and an
-// existing file keeps its bytes. It goes with the NewFile when it has not been finished: the work
-// failed or was cancelled. A device is written as it stands.
+// Until then it is written in the same folder, as ".trc-PID.part" or ".trc-PID-N.part", and an
+// existing file keeps its bytes. If the NewFile is destroyed before Finish (the work failed or was
+// cancelled), the part is removed. A device is written directly.
 //
-// Finish   Renames. An existing file keeps its rights, its owner and all its names: where a rename
-//          would change one of them, or is not allowed (a sticky folder), the whole new file is
-//          copied into the existing one, which is first given the room for it on the disk. Only a
-//          crash or a broken disk in the middle of that copy can leave a half file, and then the
-//          whole new one stays where it was written. Where no file may be made beside an existing
-//          one, it is written in the folder for temporary files.
-// Owner    The caller writes WriteTo() and closes it before Finish or the end.
-// Errors   False and a reason for a person. An existing file that anybody has open is refused.
+// Finish   Renames. An existing file keeps its rights, its owner and all its names: if a rename
+//          would change one of them, or is not allowed (a sticky folder), the new content is copied
+//          into the existing file, which first gets the room for it on the disk. Only a crash or a
+//          broken disk during that copy can leave half a file; the complete new file then stays
+//          where it was written. If no file can be made in the folder, the part is written in the
+//          folder for temporary files.
+// Owner    The caller writes to WriteTo() and closes it before Finish or the end.
+// Errors   False and a reason for the user. An existing file that anybody has open is refused.
 // Threads  One.
 #pragma once
 
@@ -39,8 +39,8 @@ class NewFile {
   bool CopyOver(std::string* why);
 
   Place m_place = Place::None;
-  std::string m_target;  // behind symbolic links
+  std::string m_target;  // after following symbolic links
   std::string m_writeTo;
-  OpenFile m_held;           // the file that is there already
+  OpenFile m_held;           // the existing file
   bool m_keepsFile = false;  // a rename would change more of it than its bytes
 };

@@ -1,5 +1,5 @@
-// Storage in whole pages from the kernel: a heap would keep what a closed document gives back, and
-// would not lie on huge pages, which halve the time of filling it.
+// Storage in whole pages from the kernel. A heap would keep the memory of a closed document, and
+// would not use huge pages, which halve the time of filling it.
 //
 // Errors   std::bad_alloc.
 // Threads  Any.
@@ -7,10 +7,10 @@
 
 #include <cstddef>
 
-// `bytes` zeros. Small storage, and that of which little may ever be touched.
+// `bytes` zeros. For small storage, and for storage that is mostly never used.
 void* NewPages(std::size_t bytes);
-// At a multiple of its size and meant for huge pages. REQUIRES: `bytes` is a power of two, at least
-// 2 MiB.
+// Aligned to its size, and meant for huge pages. REQUIRES: `bytes` is a power of two, at least 2
+// MiB.
 void* NewHugePages(std::size_t bytes);
-// REQUIRES: from one of the two, with the same size.
+// REQUIRES: `storage` comes from one of the two, with the same size.
 void FreePages(void* storage, std::size_t bytes);

@@ -1,4 +1,4 @@
-// Counted references to the tracing library's objects: the count lies in the object, which is
+// Counted references to the tracing library's objects. The count is in the object, which is
 // destroyed through its virtual destructor when the count falls to zero.
 //
 // Threads  Ref_t counts with a plain integer: one thread. MTRef_t counts atomically.

@@ -6,7 +6,7 @@
 
 namespace {
 
-// This thread's numbers as the "C" locale writes them, until the end of the scope.
+// Sets the "C" locale's numbers for this thread, until the end of the scope.
 class PlainNumbers {
  public:
   PlainNumbers() : m_before(uselocale(Plain())) {}
@@ -39,7 +39,7 @@ std::string NumToStr(std::uint64_t value) {
 std::string NumToStr(double value, const char* format) {
   const PlainNumbers plain;
   const long double number = value;
-  // The format is the caller's, one conversion of a long double.
+  // The format is the caller's: one conversion of a long double.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   const int length = std::snprintf(nullptr, 0, format, number);

@@ -1,5 +1,5 @@
-// Text forms of the tracing library's interface. Both hold UTF-8: the interface once had a wide
-// and a local multibyte form, and its callers still name the one that they mean.
+// Text types of the tracing library's interface. Both hold UTF-8. The interface once had a wide and
+// a local multibyte form, and its callers still name the one that they mean.
 #pragma once
 
 #include <cstdint>

@@ -13,14 +13,14 @@ struct Sequence {
   bool wellFormed;
 };
 
-// What stands at the front of `text`. A malformed sequence ends before the first byte that cannot
-// belong to it, so that one bad byte does not swallow the good text behind it.
+// The sequence at the front of `text`. A malformed sequence ends before the first byte that cannot
+// belong to it, so that one bad byte does not swallow the good text after it.
 Sequence FirstSequence(std::string_view text) {
   const unsigned char lead = ByteAt(text, 0);
   if (lead < 0x80) return {1, true};
   if (lead < 0xC2 || lead > 0xF4) return {1, false};
   const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-  // The second byte alone shuts out overlong forms, surrogates and what is beyond U+10FFFF.
+  // The second byte alone excludes overlong forms, surrogates and everything beyond U+10FFFF.
   unsigned char lowest = 0x80, highest = 0xBF;
   if (lead == 0xE0) lowest = 0xA0;
   if (lead == 0xED) highest = 0x9F;
@@ -68,7 +68,7 @@ std::string ReplaceMalformed(std::string_view text) {
 
 std::string_view CutUtf8(std::string_view text, std::size_t bytes) {
   if (text.size() <= bytes) return text;
-  // A sequence that the cut would divide begins at most three bytes before it.
+  // A sequence that the cut would divide begins at most three bytes before the cut.
   for (std::size_t back = 1; back <= 3 && back <= bytes; ++back) {
     const std::size_t begin = bytes - back;
     const Sequence sequence = FirstSequence(text.substr(begin));

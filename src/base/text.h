@@ -23,7 +23,7 @@ bool IsUtf8(std::string_view text);
 // The text with U+FFFD for every malformed sequence.
 std::string ReplaceMalformed(std::string_view text);
 
-// The longest prefix of at most `bytes` bytes that cuts no UTF-8 sequence apart.
+// The longest prefix of at most `bytes` bytes that does not cut a UTF-8 sequence.
 std::string_view CutUtf8(std::string_view text, std::size_t bytes);
 
 // Letters A to Z as a to z, other bytes as they are.

@@ -29,7 +29,7 @@ HANDLE CreateEvent() {
 
 HANDLE BeginThread(std::function<void()> body) {
   HANDLE done = CreateEvent();
-  // What the body holds is let go before the handle says that it has returned.
+  // The body's captures are destroyed before the handle says that the body has returned.
   std::thread([done, run = std::move(body)]() mutable {
     run();
     run = nullptr;

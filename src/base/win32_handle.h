@@ -1,7 +1,7 @@
-// Things that one thread waits for: events and threads, and the owner of a handle to one.
+// Waitable objects (events and threads), and the owner of a handle to one.
 //
-// Owner    A HANDLE is shared: the event lives as long as anyone can signal or wait on it, so that
-//          a dialog left behind by its document still signals something real.
+// Owner    A HANDLE is shared: the event lives as long as anyone can signal or wait on it. So a
+//          dialog that outlives its document still signals an existing event.
 // Errors   BeginThread throws std::system_error when the system has no more threads to give.
 // Threads  Set, IsSet and Wait from any thread. AutoWin32Handle_t itself is not synchronised.
 #pragma once
@@ -11,12 +11,12 @@
 #include <memory>
 #include <mutex>
 
-// Something that becomes signalled once and stays so (manual reset, never reset).
+// An object that becomes signalled once and stays so (manual reset, never reset).
 class WaitObject {
  public:
   void Set();
   bool IsSet() const;
-  // True when signalled within `milliseconds`; 0 looks without waiting.
+  // True when signalled within `milliseconds`; 0 does not wait.
   bool Wait(unsigned milliseconds) const;
 
  private:
@@ -30,8 +30,8 @@ using HANDLE = std::shared_ptr<WaitObject>;
 // A new event, not signalled.
 HANDLE CreateEvent();
 
-// Runs `body` on a thread of its own; the handle is signalled when the body has returned. The
-// thread is never killed: closing the handle leaves it running, and what it uses must be its own.
+// Runs `body` on a new thread. The handle is signalled when the body has returned. The thread is
+// never killed: closing the handle leaves it running, so it must own what it uses.
 HANDLE BeginThread(std::function<void()> body);
 
 // The one owner of a handle: closes it at its end and when another one is assigned.

@@ -1,4 +1,4 @@
-// The three spaces of name ids. An id means something only in its own space.
+// The three spaces of name ids. An id has a meaning only in its own space.
 //
 //   AppNameId   one traced application's, in its segment, its ring and the file that it writes
 //        |      SourceNames (quor/hub): by text
@@ -6,8 +6,8 @@
 //        |      NameMapper (quor/client): by text
 //   NameId      a document's or a file's
 //
-// A document's id is the plain number of TraceEvent_i and NameMap. The other two convert to
-// nothing: the way from one space to the next is a look-up, never an assignment.
+// A document's id is the plain number of TraceEvent_i and NameMap. The other two types do not
+// convert: an id gets from one space to the next by a look-up, never by an assignment.
 #pragma once
 
 #include <bitset>
@@ -28,7 +28,7 @@ constexpr std::uint16_t IdNumber(Id id) {
   return static_cast<std::uint16_t>(id);
 }
 
-// Which ids of one space were met.
+// The set of ids of one space that have been met.
 template <class Id>
 class IdSet {
  public:

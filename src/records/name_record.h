@@ -1,4 +1,4 @@
-// One name record as it lies in a file, a segment or a stream: see record_layout.h.
+// One name record in a file, a segment or a stream: see record_layout.h.
 //
 // Owner    RawName borrows the bytes; the writers write into memory of their caller.
 // Errors   None. RawName: the record must be whole, or MappedFile::kGuardBytes readable bytes must
@@ -10,7 +10,7 @@
 
 #include "records/record_layout.h"
 
-// The record behind its tag.
+// The record after its tag.
 template <class Id>
 class RawNameOf {
  public:
@@ -28,7 +28,7 @@ using RawName = RawNameOf<NameId>;
 using RawAppName = RawNameOf<AppNameId>;
 using RawHubName = RawNameOf<HubNameId>;
 
-// Write the head of the body, the body, and the record with its tag. Give the bytes written.
+// Write the head of the body, the body, or the record with its tag. Return the bytes written.
 template <class Id>
 std::size_t StoreNameHead(std::uint8_t* to, Id id, std::size_t textBytes) {
   StoreId(to + NameAt::kId, id);

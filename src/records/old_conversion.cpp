@@ -19,7 +19,7 @@ struct Sink {
   }
   bool OnTrace(const OldTrace& trace, std::string_view text) {
     const _TraceEvent_t made = translator.Translate(trace, text);
-    // Looking seven names up costs more than all the rest: done for the first use of each only.
+    // Looking up seven names costs more than all the rest: done only for the first use of each.
     NameMap& names = NeedsNames(RawTrace(made.Record())) ? translator.Names() : noNames;
     result.written = writer.Write(made, names);
     if (result.written) ++result.traces;

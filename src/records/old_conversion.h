@@ -1,9 +1,9 @@
 // Writes the traces of a file of the older format in the current one.
 //
-// Shape    Every trace, in order, each behind the names that it is the first to use. Bytes that are
-//          no record are left out, and counted.
-// Owner    Borrows `old` and the writer, which has created its file and is not finished here.
-// Errors   `written` false: a write failed, and nothing was written behind it.
+// Shape    Every trace, in order, preceded by the names that it is the first to use. Bytes that are
+//          not a record are left out and counted.
+// Owner    Borrows `old` and the writer, whose file must be created before and finished afterwards.
+// Errors   `written` false: a write failed, and nothing was written after it.
 // Threads  Touches only its arguments.
 #pragma once
 
@@ -17,16 +17,16 @@
 struct OldConversion {
   bool written = true;
   bool cancelled = false;
-  std::uint64_t position = 0;   // in the old file; may lie behind its end
+  std::uint64_t position = 0;   // in the old file; may be beyond its end
   std::uint64_t traces = 0;     // written
   TrcDamage damage;             // of the old file
   std::uint64_t cutTexts = 0;   // longer than a record can hold
   std::uint64_t cutNames = 0;   // likewise
-  std::uint64_t lostNames = 0;  // behind the 65,536th: a file has no more ids
+  std::uint64_t lostNames = 0;  // after the 65,536th: a file has no more ids
 };
 
-// `goOn` hears the position at every 1024th record; false ends the conversion, and what is written
-// so far is a file of its own.
-// REQUIRES: bytes of zeros behind `old`, as WalkOldTrc.
+// `goOn` is called with the position at every 1024th record. False ends the conversion; the records
+// written so far form a valid file.
+// REQUIRES: zeros after the end of `old`, as for WalkOldTrc.
 OldConversion ConvertOldTrc(Bytes old, TrcWriter& writer,
                             const std::function<bool(std::uint64_t position)>& goOn);

@@ -55,7 +55,7 @@ _TraceEvent_t OldTranslator::Translate(const OldTrace& trace, std::string_view t
   return _TraceEvent_t(m_record.data());
 }
 
-// A file has no room for more of a name, so that no more of it needs to be kept.
+// A file cannot store a longer name, so only that much is kept.
 NameId OldTranslator::Intern(std::string_view name) {
   if (name.size() > kLongestText) ++m_cutNames;
   name = CutUtf8(name, kLongestText);

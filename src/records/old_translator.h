@@ -1,10 +1,11 @@
-// Makes traces of the current format out of those of the older one.
+// Converts traces of the older format to the current one.
 //
-// Shape    Names that the older format told apart by kind and key become entries of one map, with
-//          ids from 0 in the order of their first use; one text has one id, whatever it names.
-// Owner    Holds the names and the record of the trace last made.
-// Errors   None. A key without a name has the id 0. Names behind the 65,536th get the id 0 too, and
-//          names and texts are cut at 65,535 bytes: all of them are counted.
+// Shape    The older format has a space of keys for each kind of name. Here all names are in one
+//          map, with ids from 0 in the order of their first use. Equal texts have one id, whatever
+//          they name.
+// Owner    Holds the names and the record of the last trace.
+// Errors   None. A key without a name has the id 0. Names after the 65,536th get the id 0 too.
+//          Names and texts are cut at 65,535 bytes. All of these are counted.
 // Threads  One at a time.
 #pragma once
 
@@ -19,14 +20,14 @@
 class OldTranslator {
  public:
   void Define(OldName kind, std::uint8_t key, std::string_view name);
-  // The trace stands until the next one is made.
+  // The trace is valid until the next one is made.
   _TraceEvent_t Translate(const OldTrace& trace, std::string_view text);
   // All names so far, also those that no trace uses.
   NameMap& Names() { return m_names; }
   std::uint64_t CutTexts() const { return m_cutTexts; }
   // Name records whose name was cut.
   std::uint64_t CutNames() const { return m_cutNames; }
-  // Names that found no place among the 65,536.
+  // Names after the 65,536th.
   std::uint64_t LostNames() const { return m_lostNames; }
 
  private:
@@ -45,8 +46,8 @@ class OldTranslator {
   std::uint64_t m_cutTexts = 0, m_cutNames = 0, m_lostNames = 0;
 };
 
-// A moment of the older format as packed date and time of day, UTC; both 0 for one that the
-// format's own system refused, from 0x8000000000000000 on.
+// A time of the older format as packed date and time of day, UTC. Both are 0 from
+// 0x8000000000000000 on, because the format's own system rejected such times.
 struct PackedMoment {
   std::uint32_t date, time;
 };

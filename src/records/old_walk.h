@@ -3,9 +3,9 @@
 // Shape    12-byte header, then tagged records end to end. Numbers are little-endian, texts end at
 //          a NUL. Any other tag costs one byte and counts as a record.
 // Owner    Borrows `bytes`; the sink keeps what it wants.
-// Errors   None: a record cut short by the end is the last one. Its text ends with the file, its
-//          numbers read as zeros from there on. REQUIRES OldTrace::kFixedBytes of readable bytes
-//          behind the end (MappedFile sees to it).
+// Errors   None: a record that the end cuts is the last one. Its text ends with the file, its
+//          missing numbers read as zeros. REQUIRES OldTrace::kFixedBytes of readable bytes after
+//          the end (MappedFile provides them).
 // Threads  Touches only its arguments.
 #pragma once
 
@@ -23,8 +23,8 @@ enum class OldName : std::uint8_t { Machine, App, Component, Category, SourceFil
 constexpr std::size_t kOldNameKinds = 5;
 constexpr std::uint8_t kOldTagTrace = 5;
 
-// A trace without its text. Kept: a key is one byte wide wherever it stands. Where the file has two
-// bytes for it the higher one is dropped, in name records and traces alike, so that they agree.
+// A trace without its text. Kept: only one byte of a key counts. If the file has two bytes for it
+// the higher one is ignored, in name records and traces alike, so that they agree.
 class OldTrace {
  public:
   static constexpr std::size_t kFixedBytes = 46;  // the text follows
@@ -62,7 +62,7 @@ inline std::string_view OldTextAt(Bytes bytes, std::uint64_t position) {
 //   void OnUnknownTag(std::uint64_t position);
 //   void OnCutRecord(std::uint64_t position);  may be missing: the last one, cut by the end
 //   bool OnProgress(std::uint64_t position);   at every 1024th record; false ends the walk
-// Returns the position reached, which may lie behind the end when the last record is cut.
+// Returns the position reached, which may be beyond the end when the last record is cut.
 template <class Sink>
 std::uint64_t WalkOldTrc(Bytes bytes, Sink&& sink) {
   const std::uint8_t* const data = bytes.data();

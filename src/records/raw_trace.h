@@ -1,10 +1,10 @@
-// One trace record as it lies in a file, a ring or a stream: see record_layout.h.
+// One trace record in a file, a ring or a stream: see record_layout.h.
 //
-// Shape    The record behind its tag. The ids are of the space that the reader names: RawTrace of
-//          a document or file, RawAppTrace of an application, RawHubTrace of a service.
+// Shape    The record after its tag. The type says which space the ids belong to: RawTrace for a
+//          document or file, RawAppTrace for an application, RawHubTrace for a service.
 // Owner    Borrows the bytes.
 // Errors   None: the record must be whole, or MappedFile::kGuardBytes readable bytes must follow
-//          its beginning. A text stops at its first NUL; the record goes on behind its full length.
+//          its beginning. A NUL ends a text early; the record still has its full length.
 #pragma once
 
 #include <array>
@@ -24,7 +24,7 @@ enum TraceAttribute : int {
 constexpr int kSeverityMask = 7;
 constexpr std::uint32_t kNoSequenceNumber = 0xFFFFFFFF;
 
-// The seven ids of a record, in its order.
+// The seven ids of a record, in the order of the record.
 template <class Id>
 struct TraceIdsOf {
   Id machine, app, component, category, pid, tid, sourceFile;
@@ -38,7 +38,7 @@ struct TraceIdsOf {
   }
 };
 
-// The same as bytes, in three words: two records of one space agree in them when their ids do.
+// The same as bytes, in three words, for a fast comparison: equal words mean equal ids.
 struct TraceIdBytes {
   TraceIdBytes() = default;
   explicit TraceIdBytes(const std::uint8_t* record)
@@ -72,7 +72,7 @@ class RawTraceOf {
   std::uint32_t SourceLine() const { return LoadBe32(m_record + TraceAt::kSourceLine); }
   std::uint16_t TextLength() const { return LoadBe16(m_record + TraceAt::kTextLength); }
   std::uint16_t StackLength() const { return LoadBe16(BehindText()); }
-  // Up to their first NUL.
+  // Up to the first NUL.
   std::string_view Text() const { return UpToNul(m_record + TraceAt::kText, TextLength()); }
   std::string_view Stack() const { return UpToNul(BehindText() + kTextLengthBytes, StackLength()); }
   std::size_t Size() const { return kTraceFixedBytes + TextLength() + StackLength(); }
@@ -88,7 +88,7 @@ using RawTrace = RawTraceOf<NameId>;
 using RawAppTrace = RawTraceOf<AppNameId>;
 using RawHubTrace = RawTraceOf<HubNameId>;
 
-// Packed date and time of day, UTC. Ranges are the caller's: nothing is checked.
+// Packed date and time of day, UTC. The caller must check the ranges.
 constexpr std::uint32_t PackDate(unsigned year, unsigned month, unsigned day) {
   return (year << 11) | (month << 6) | day;
 }

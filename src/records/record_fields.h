@@ -1,4 +1,4 @@
-// The fields of a trace on their way into a record: see record_layout.h.
+// The fields of a trace that is to be written as a record: see record_layout.h.
 //
 // Threads  Pure.
 #pragma once
@@ -9,7 +9,7 @@
 #include "base/text.h"
 #include "records/raw_trace.h"
 
-// Everything that a record holds, in its order.
+// All fields of a record, in its order.
 template <class Id>
 struct RecordFieldsOf {
   std::uint32_t count = 0;
@@ -24,7 +24,7 @@ struct RecordFieldsOf {
 };
 using RecordFields = RecordFieldsOf<NameId>;
 
-// Puts other ids in the place of those that the record has.
+// Replaces the ids of the record.
 template <class Id>
 void StoreIds(std::uint8_t* record, const TraceIdsOf<Id>& ids) {
   StoreId(record + TraceAt::kMachine, ids.machine);
@@ -55,8 +55,8 @@ inline void StoreRecord(std::uint8_t* to, const RecordFieldsOf<Id>& fields) {
   storeText(storeText(to + TraceAt::kTextLength, fields.text), fields.stack);
 }
 
-// Makes `record` the record of these fields; texts are cut to kLongestText at the boundary of a
-// character. A vector that is used again keeps its storage.
+// Makes `record` the record of these fields. Texts are cut to kLongestText between characters. A
+// vector that is used again keeps its storage.
 template <class Id>
 void MakeRecord(RecordFieldsOf<Id> fields, std::vector<std::uint8_t>& record) {
   fields.text = CutUtf8(fields.text, kLongestText);

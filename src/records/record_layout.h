@@ -1,5 +1,5 @@
-// Where everything stands in the records of a .trc file, a ring and a stream: see docs/formats.md.
-// No other file knows these numbers.
+// The layout of the records in a .trc file, a ring and a stream: see docs/formats.md. Only this
+// file knows these numbers.
 //
 //   name record       | tag 10 | id 2 | N 2 | text N |
 //                     ^record  ^body
@@ -10,9 +10,9 @@
 //                                             '- 2 ids ---'                  '-- 1 id ----'
 //                     | source line 4 | L1 2 | text L1 | L2 2 | stack L2 |
 //
-// Shape    Big-endian, unaligned, no padding. "The record" of other headers is the body: what
-//          stands behind the tag.
-// Errors   The Whole checks read nothing behind the bytes that they are given.
+// Shape    Big-endian, unaligned, no padding. In other headers "the record" means the body: the
+//          bytes after the tag.
+// Errors   The Whole checks read nothing beyond the given bytes.
 // Threads  Pure.
 #pragma once
 
@@ -36,7 +36,7 @@ struct NameAt {
 constexpr std::size_t kNameBodyBytes = NameAt::kText;  // of an empty text
 constexpr std::size_t kNameRecordBytes = kTagBytes + kNameBodyBytes;
 
-// Offsets in the body of a trace record. The length of the stack stands behind the text.
+// Offsets in the body of a trace record. The length of the stack follows the text.
 struct TraceAt {
   static constexpr std::size_t kCount = 0, kMachine = 4, kApp = 6, kComponent = 8, kCategory = 10,
                                kDate = 12, kTime = 16, kTicCount = 20, kPid = 28, kTid = 30,
@@ -67,7 +67,7 @@ inline std::string_view UpToNul(const std::uint8_t* text, std::size_t length) {
   return {chars, strnlen(chars, length)};
 }
 
-// How long the body at the beginning of `bytes` is; 0 when it is cut short by their end.
+// The length of the body at the beginning of `bytes`; 0 when their end cuts it.
 inline std::size_t WholeNameBytes(Bytes bytes) {
   if (bytes.size() < kNameBodyBytes) return 0;
   const std::size_t whole = kNameBodyBytes + LoadBe16(bytes.data() + NameAt::kLength);

@@ -23,7 +23,7 @@ bool WriteName(ds_BufferedOutputStream_t& stream, NameId id, std::string_view na
   return WriteBytes(stream, head, sizeof head) && WriteBytes(stream, name.data(), name.size());
 }
 
-// Each length is read once, and what is written agrees with it: the file behind a mapped record may
+// Each length is read only once, and the output agrees with it: the file of a mapped record may
 // change at any moment.
 bool WriteRecord(ds_BufferedOutputStream_t& stream, const std::uint8_t* record) {
   std::uint8_t head[kTagBytes + TraceAt::kText] = {kTagTrace};

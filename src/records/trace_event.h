@@ -1,7 +1,7 @@
 // One trace, and the forms in which a program holds it.
 //
-// Owner    An event has one owner, who disposes of it with Release. Everyone else borrows.
-// Errors   Accessors report nothing. A name id that the map lacks gives an empty name.
+// Owner    An event has one owner, who destroys it with Release. Everyone else borrows it.
+// Errors   Accessors report nothing. A name id that is not in the map gives an empty name.
 // Threads  An event never changes: any thread may read it. WriteFile changes the marks of the map.
 #pragma once
 
@@ -35,8 +35,8 @@ class TraceEvent_i {
   virtual std::uint64_t GetTicCount() const = 0;
   virtual std::uint32_t GetSourceLine() const = 0;
   virtual std::string GetStack() const = 0;  // multibyte, up to its first NUL
-  // Behind the table: the record itself where the event has one, else null. Walks over millions of
-  // traces (filter, find) read it instead of making a virtual call per field.
+  // Not in the interface's table: the event's record, or null if it has none. Walks over millions
+  // of traces (filter, find) read the record instead of making a virtual call per field.
   virtual const std::uint8_t* Record() const { return nullptr; }
 
   std::string GetMachineName(const NameMap& names) const;
@@ -47,9 +47,10 @@ class TraceEvent_i {
   std::string GetCategoryName(const NameMap& names) const;
   std::string GetSourceFileName(const NameMap& names) const;
   // "2026-11-21 09:41:07.123", 23 characters; local: by the zone's rules at that date. Fields that
-  // are no date or time print as they stand, unconverted.
+  // hold no date or time are printed unconverted.
   std::string GetTimeString(bool local) const;
-  // Writes the names that the output lacks, marks them, and the trace. Not 0: all was written.
+  // Writes the trace, and before it the names that the output lacks, and marks these. Not 0:
+  // success.
   int WriteFile(ds_BufferedOutputStream_t& stream, NameMap& names) const;
   // An event with a record of its own. Attributes are cut to 16 bits, texts to 65,535 bytes at the
   // boundary of a character.

@@ -1,4 +1,4 @@
-// What a walk over a .trc file met besides whole records.
+// The damage that a walk over a .trc file met.
 //
 // Shape    Positions count from the file's beginning, in bytes.
 // Threads  Plain data.

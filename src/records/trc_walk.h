@@ -2,9 +2,9 @@
 //
 // Shape    16-byte header, then tagged records end to end (record_layout.h). Any other tag costs
 //          one byte and counts as a record.
-// Owner    Borrows `bytes`; the sink keeps what it wants.
-// Errors   None: a record cut short by the end is the last one. REQUIRES kGuardBytes of readable
-//          bytes behind the end (MappedFile sees to it).
+// Owner    Borrows `bytes`; the sink copies what it needs.
+// Errors   None: a record that the end cuts is the last one. REQUIRES kGuardBytes of readable bytes
+//          after the end (MappedFile provides them).
 // Threads  Touches only its arguments.
 #pragma once
 
@@ -22,18 +22,18 @@ constexpr std::uint64_t kTrcFileBytesMax = 0xFFFFFFFF;  // offsets have 32 bits
 constexpr std::uint64_t kRecordsPerCheck = 1024;
 
 enum class TrcVersion { Current, Old, Unknown };
-// By the bytes up to their first NUL, as the header is a text.
+// Compares the bytes up to their first NUL, because the header is a text.
 TrcVersion VersionOf(Bytes bytes);
 
 // A sink has:
 //   void OnName(NameId id, std::string_view utf8);   cut at its first NUL
-//   void OnTrace(const std::uint8_t* record);        the first byte behind the tag
+//   void OnTrace(const std::uint8_t* record);        the first byte after the tag
 //   void OnUnknownTag(std::uint64_t position);
 //   void OnCutRecord(std::uint64_t position);  may be missing: the last one, cut by the end
 //   bool OnProgress(std::uint64_t position);         at every 1024th record; false ends the walk
-// Begins at `position`, where a record begins. Returns the position reached, which may lie behind
-// the end when the last record is cut. Positions are 64 bits wide: a record that crosses the end of
-// a file near 4 GiB must not wrap.
+// Begins at `position`, where a record begins. Returns the position reached, which may be beyond
+// the end when the last record is cut. Positions are 64 bits wide, because a record that crosses
+// the end of a file near 4 GiB must not wrap.
 template <class Sink>
 std::uint64_t WalkTrc(Bytes bytes, Sink&& sink, std::uint64_t position = kTrcHeaderBytes) {
   const std::uint8_t* const data = bytes.data();

@@ -37,12 +37,12 @@ bool TrcWriter::Flush() {
 bool TrcWriter::Sync() {
   if (!Flush()) return false;
   const bool onDisk = fdatasync(m_file.Descriptor()) == 0;
-  return onDisk || errno == EINVAL || errno == ENOSYS;  // some file systems have no say
+  return onDisk || errno == EINVAL || errno == ENOSYS;  // some file systems do not support it
 }
 
 bool TrcWriter::Finish() {
   if (!m_buffer) return false;
-  m_buffer.reset();  // its end hands over what it still held
+  m_buffer.reset();  // its destructor writes what it still holds
   const bool written = m_stream.OK();
   m_error = m_stream.Error();
   m_stream.Attach(-1);

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int64_t kHour = 3600;
 constexpr std::size_t kRemembered = 64;
-// A remembered hour: its number above, the offset below; the odd start value matches no hour.
+// A cached hour: its number above, the offset below. The odd start value matches no hour.
 constexpr std::uint64_t kNothing = ~std::uint64_t{0};
 
 using Hours = std::array<std::atomic<std::uint64_t>, kRemembered>;
@@ -45,7 +45,7 @@ int ZoneOffsetSeconds(std::int64_t utcSeconds) {
   if (remembered != kNothing && remembered == Pack(hour, offset)) return offset;
 
   const int first = AskSystem(hour * kHour);
-  // Some zones change in the middle of an hour of UTC: such an hour is asked for each time.
+  // Some zones change in the middle of an hour of UTC: such an hour is not cached.
   if (first != AskSystem(hour * kHour + kHour - 1)) return AskSystem(utcSeconds);
   place.store(Pack(hour, first), std::memory_order_relaxed);
   return first;

@@ -1,4 +1,4 @@
-// What local time is ahead of UTC, by the zone's rules at that moment and not at this one.
+// The difference of local time to UTC, by the zone's rules at the given moment, not at the present.
 //
 // Threads  Any.
 #pragma once
@@ -8,5 +8,5 @@
 // Seconds, positive east of Greenwich, at a moment given in seconds since 1970.
 int ZoneOffsetSeconds(std::int64_t utcSeconds);
 
-// Reads the zone anew (TZ may have changed) and forgets what was remembered of the old one.
+// Reads the zone again (TZ may have changed) and clears the cache.
 void ForgetZone();

@@ -15,7 +15,7 @@ ColumnFlags g_activeColumns = kDefaultActiveColumns;
 bool g_quickClose = false;
 
 void ReadStartupSettings() {
-  // Kept: the stored limit is taken as it stands; only the Options dialog has a range.
+  // Kept: the stored limit is not checked; only the Options dialog has a range.
   g_traceLimit = NtRegGet(HKEY_CURRENT_USER, kRegTraceView, "Trace Limit", kDefaultTraceLimit);
   g_useUtc = NtRegGet(HKEY_CURRENT_USER, kRegTraceView, "Coordinated Universal Time", 0u) != 0;
   g_tintSeverity = NtRegGet(HKEY_CURRENT_USER, kRegTraceView, "Tint Warnings and Errors", 1u) != 0;

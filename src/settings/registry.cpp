@@ -19,7 +19,7 @@ std::string& ChosenFile() {
   return path;
 }
 
-// Only an absolute path counts, so that the store does not move with the current folder.
+// Only an absolute path counts, so that the store does not depend on the current folder.
 std::string AbsoluteFromEnvironment(const char* name) {
   const char* const value = getenv(name);
   return value && value[0] == '/' ? value : "";

@@ -4,15 +4,15 @@
 //          hexadecimal digits, texts escaped. $XDG_CONFIG_HOME/tessera/settings.ini unless
 //          SetSettingsFile says otherwise.
 // Errors   A value that is missing, of another kind, or of another size reads as its default. A
-//          value that cannot be written is lost without a word.
+//          value that cannot be written is lost without a message.
 // Threads  Interface thread. Two running programs may share the file: each write takes a lock,
-//          reads the file anew and changes its one value.
+//          reads the file again and changes its one value.
 #pragma once
 
 #include <cstddef>
 #include <string>
 
-// The one hive there is: the user's.
+// The only hive: the user's.
 enum class RegHive { CurrentUser };
 constexpr RegHive HKEY_CURRENT_USER = RegHive::CurrentUser;
 
@@ -28,7 +28,7 @@ inline constexpr char kRegConfigView[] =
 inline constexpr char kRegWizard[] = "Software\\Zentara\\QuorTrace\\Tessera\\Settings\\Wizard";
 inline constexpr char kRegRecentFiles[] = "Software\\Zentara\\QuorTrace\\Tessera\\Recent File List";
 
-// *error, where asked, is not 0 when the default was given.
+// *error, if given, is not 0 when the fallback was returned.
 unsigned NtRegGet(RegHive hive, const std::string& key, const std::string& name, unsigned fallback,
                   int* error = nullptr);
 std::string NtRegGet(RegHive hive, const std::string& key, const std::string& name,
@@ -51,7 +51,7 @@ inline void NtRegPut(RegHive hive, const std::string& key, const std::string& na
 void NtRegPutBuf(RegHive hive, const std::string& key, const std::string& name, const void* bytes,
                  std::size_t size);
 
-// Where the store lies, from the next operation on. Tests and --settings use it; empty: the
-// default.
+// Sets the path of the store, from the next operation on. For tests and --settings. Empty: the
+// default path.
 void SetSettingsFile(const std::string& path);
 std::string SettingsFile();

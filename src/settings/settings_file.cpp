@@ -43,8 +43,8 @@ std::string Target(const std::string& path) {
   return error ? path : target.string();
 }
 
-// A holder has it for a moment only. Whoever holds it longer hangs: the write is given up rather
-// than the window.
+// A program holds the lock only for a moment. If one holds it longer it hangs: then the write is
+// given up, so that the window does not hang too.
 bool TakeLock(int descriptor) {
   const auto deadline = std::chrono::steady_clock::now() + kLockWait;
   while (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
@@ -62,7 +62,7 @@ bool Replace(const std::string& path, const std::string& text) {
   if (!file) return false;
   struct stat old;
   if (stat(path.c_str(), &old) == 0) {
-    // An administrator who starts the program for a user does not take the file from him.
+    // An administrator who starts the program for a user does not take the file from that user.
     [[maybe_unused]] const int owned = fchown(file.Get(), old.st_uid, old.st_gid);
     fchmod(file.Get(), old.st_mode & 0777);
   }

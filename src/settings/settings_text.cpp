@@ -30,7 +30,7 @@ std::optional<char> ReadHex(std::string_view text) {
   return static_cast<char>(value);
 }
 
-// Blanks at either end would be trimmed away; the other signs have a meaning of their own.
+// Escapes blanks at either end, which would be trimmed, and characters with a meaning of their own.
 std::string Escaped(std::string_view text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -48,7 +48,7 @@ std::string Escaped(std::string_view text) {
   return result;
 }
 
-// A "%" that two digits do not follow stands for itself.
+// A "%" without two digits after it is an ordinary character.
 std::string Unescaped(std::string_view text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -64,7 +64,7 @@ struct Found {
   bool hasValue = false;
   std::size_t lineBegin = 0, lineEnd = 0;  // of the value's line, without its end
   bool hasSection = false;
-  std::size_t sectionEnd = 0;  // behind the last line of the section that says something
+  std::size_t sectionEnd = 0;  // after the last non-empty line of the section
 };
 
 Found Search(std::string_view file, std::string_view key, std::string_view name) {

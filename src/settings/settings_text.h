@@ -1,10 +1,10 @@
-// The text of the settings file: found values, and the text with one value changed.
+// The text of the settings file: finds values, and changes one value of a text.
 //
 // Shape    Lines end with "\n" ("\r\n" is read). "[key path]" begins a section, "name=value" is a
 //          value of it: a decimal number, "text" in quotes, or hex: and pairs of digits. Bytes that
-//          would be misread stand as %XX. Sections and names are compared ignoring case; of values
-//          that stand twice the last one counts.
-// Errors   Lines that cannot be read are nobody's value and are kept as they are.
+//          would be misread are written as %XX. Sections and names are compared ignoring case. If a
+//          value occurs twice the last one counts.
+// Errors   Lines that cannot be parsed are ignored and kept as they are.
 // Threads  Pure.
 #pragma once
 
@@ -13,15 +13,15 @@
 #include <string>
 #include <string_view>
 
-// The value's own text, as it stands behind the "=".
+// The unparsed value, after the "=".
 std::optional<std::string_view> FindSetting(std::string_view file, std::string_view key,
                                             std::string_view name);
 
-// `file` with that value in place of the one that counts, or added.
+// `file` with that value in place of the one that counts, or with the value added.
 std::string WithSetting(std::string_view file, std::string_view key, std::string_view name,
                         std::string_view value);
 
-// The forms of a value. What is of another form, or out of range, reads as nothing.
+// The forms of a value. A value of another form, or out of range, reads as none.
 std::string NumberSetting(std::uint32_t number);
 std::string TextSetting(std::string_view text);
 std::string BytesSetting(std::string_view bytes);

@@ -1,7 +1,7 @@
 // The one port to the person and to the interface thread's loop.
 //
-// There are three hosts: Qt's (docview/ui), the terminal's (apps/trc/terminal) and a recording one for tests
-// whose transcript proves words, icons, buttons and order.
+// There are three hosts: Qt's (docview/ui), the terminal's (apps/trc/terminal) and a recording one
+// for tests whose transcript proves words, icons, buttons and order.
 //
 // Threads  Post and PostBox from any thread; everything else on the interface thread.
 // Errors   None: a person who closes a box or a dialog has answered Cancel (or the only button).

@@ -48,7 +48,7 @@ void CFilterDialog::InsertThreads(FilterNode& root) {
   threads.SortChildren();
 }
 
-// Kept: an id that the map lacks enters it with an empty name.
+// Kept: an id without a name is added to the map with an empty name.
 std::string CFilterDialog::LabelOf(NameId id) {
   return _UTF2MBS(m_nameMap[id].name);
 }

@@ -1,12 +1,11 @@
 // "Filter": one view's filter as a tree of three-state boxes.
 //
-// The view runs CTraceFilter::MergeDocumentNames first, so that the tree has every id that the
-// document has seen, and rebuilds what it shows when DoModal gives kIdOk. Only then did marks
-// change.
+// The view calls CTraceFilter::MergeDocumentNames first, so that the tree has every id in the
+// document. If DoModal returns kIdOk the marks may have changed, and the view rebuilds its rows.
 //
-// Owner    Borrows the filter and the document's names, which gain a default entry for an id that
-//          they lack. REQUIRES: while the dialog is open nothing takes entries out of the filter.
-//          An id that enters it meanwhile has no node and keeps its mark.
+// Owner    Borrows the filter and the document's names. An id without a name gets an empty entry in
+//          the names. REQUIRES: while the dialog is open nothing removes entries from the filter.
+//          An id that is added meanwhile has no node and keeps its mark.
 // Threads  Interface thread.
 #pragma once
 
@@ -23,23 +22,24 @@ class CFilterDialog : public CDialog {
       "Check the types you want to include in the trace output (selecting a node automatically "
       "includes all child nodes):";
   static constexpr unsigned kTree = 1112;  // the control's id
-  // The branches that have names below.
+  // The branches with names below them.
   static constexpr const char *kComponents = "All Components", *kCategories = "All Categories",
                               *kApplications = "All Applications", *kThreads = "All Threads";
-  // The first of the root's children have fixed nodes; behind them stand those branches.
+  // The first children of the root have fixed nodes; those branches come after them.
   static constexpr std::size_t kBranchesWithoutNames = 2;
 
   CFilterDialog(Host& host, CTraceFilter& filter, NameMap& names);
 
-  // Makes the tree, nothing expanded.
+  // Makes the tree, with nothing expanded.
   void OnInitDialog() override;
   // Writes the marks, then ends with kIdOk.
   void OnOK() override;
 
-  // A click on the tree: `node` is the one at that point, null when there is none. It is selected
-  // wherever the click lay; one on its box toggles it. True: the control does nothing by itself.
+  // A click on the tree: `node` is the node at that point, or null. It is selected wherever in its
+  // row the click was; a click on its box also toggles it. Returns true: the control must do
+  // nothing.
   bool OnTreeClick(FilterNode* node, bool onStateIcon);
-  // The keyboard moved the selection. The key that toggles is a click on the selected node's box.
+  // The keyboard moved the selection. The toggle key counts as a click on the selected node's box.
   void OnTreeSelect(FilterNode* node) { m_selected = node; }
 
   // REQUIRES: OnInitDialog has run.

@@ -41,7 +41,7 @@ bool FilterPass::MatchesUnknown(const RawTrace& trace) {
   return passes;
 }
 
-// A machine that no test has reached yet stays unknown: only Matches may add it.
+// A machine that no test has reached yet stays unknown, because only Matches may add it.
 void FilterPass::LearnThread(const RawTrace& trace) {
   if (!m_filter.threads.contains(trace.MachineId())) return;
   const bool passes = m_filter.ThreadPasses(trace.MachineId(), trace.PidId(), trace.TidId());

@@ -1,9 +1,9 @@
 // One walk of a filter over many traces: the same answers and the same additions to the filter as
 // CTraceFilter::Matches, at the cost of reading the ids.
 //
-// Shape    The marks are copied into a byte per id and field; the verdicts on machine, process and
-//          thread go into a small direct-mapped table as they are met. An id that the filter does
-//          not know goes through Matches itself, which may add it.
+// Shape    The marks are copied into a byte per id and field. The verdicts on machine, process and
+//          thread are kept in a small direct-mapped table when they are first needed. For an id
+//          that the filter does not know Matches is called, which may add the id.
 // Owner    Borrows the filter. REQUIRES: nobody else changes its marks while the pass is in use.
 // Threads  That of the filter.
 #pragma once
@@ -25,13 +25,13 @@ class FilterPass {
   }
 
  private:
-  // Verdicts. Combined by AND they hide what any field hides; kUnknown is looked for first.
+  // Verdicts, combined by AND: a trace is hidden if any field hides it. kUnknown is checked first.
   static constexpr std::uint8_t kHidden = 0, kShown = 1, kUnknown = 0x80;
   struct Tables {
     std::array<std::uint8_t, 65536> components, categories, applications;
   };
   static constexpr unsigned kSlotBits = 10;
-  // A slot holds machine, process and thread (48 bits), a used bit and the verdict above them.
+  // A slot holds machine, process and thread (48 bits), a used bit and above them the verdict.
   static constexpr std::uint64_t kUsed = std::uint64_t{1} << 48;
 
   static std::uint64_t KeyOf(const RawTrace& trace) {
@@ -43,7 +43,8 @@ class FilterPass {
     return (key * 0x9E3779B97F4A7C15u) >> (64 - kSlotBits);
   }
 
-  // Traces vary, so that a branch on a verdict is often guessed wrongly: they are combined without.
+  // Traces vary, so a branch on a verdict is often predicted wrongly: they are combined without
+  // one.
   bool MatchesRecord(const RawTrace& trace) {
     const std::uint8_t severity = m_attributes[trace.Attributes() & 31];
     const std::uint8_t component = m_tables->components[trace.ComponentId()];

@@ -56,7 +56,7 @@ void FilterNode::WriteMarks() const {
 void FilterTree::Toggle(FilterNode& node) {
   node.SetBelow(node.m_state == FilterState::Checked ? FilterState::Unchecked
                                                      : FilterState::Checked);
-  // The pass stops at a checked node, so the parents must not be.
+  // The pass stops at a checked node, so the parents must not be checked.
   for (FilterNode* above = node.m_parent; above; above = above->m_parent)
     above->m_state = FilterState::Unchecked;
   Refresh();

@@ -1,8 +1,8 @@
 // The tree of the filter dialog: labelled nodes with three-state boxes.
 //
-// Shape    A node's state is the state that a tree control keeps for it: the number of one of four
-//          state images, 16 by 16 pixels, shifted by 12 bits. Image 0 is blank and not used.
-// Owner    The tree owns its nodes, which never move; a node borrows the mark that it stands for.
+// Shape    The state of a node is in the form of the tree control: the number of one of four state
+//          images, 16 by 16 pixels, shifted by 12 bits. Image 0 is blank and not used.
+// Owner    The tree owns its nodes, which never move; a node borrows its mark.
 // Errors   None.
 // Threads  Interface thread.
 #pragma once
@@ -28,16 +28,16 @@ class FilterNode {
   FilterNode(const FilterNode&) = delete;
   FilterNode& operator=(const FilterNode&) = delete;
 
-  const std::string& Label() const { return m_label; }  // UTF-8; what is not, passes through
+  const std::string& Label() const { return m_label; }  // UTF-8; other bytes pass unchanged
   FilterState State() const { return m_state; }
   FilterNode* Parent() const { return m_parent; }  // null: the root
   std::size_t ChildCount() const { return m_children.size(); }
   FilterNode& Child(std::size_t place) const { return *m_children[place]; }
   std::size_t Place() const { return m_place; }  // among the parent's children
 
-  // A last child. Its first state is checked if its mark is not 0.
+  // Appends a child. It is checked at first if its mark is not 0.
   FilterNode& Insert(std::string label, int& mark);
-  // Orders the direct children by their labels, letters A to Z as a to z; equal ones by their
+  // Sorts the direct children by their labels, ignoring the case of A to Z; equal ones by their
   // bytes.
   void SortChildren();
 
@@ -61,8 +61,8 @@ class FilterTree {
   FilterNode& Root() { return m_root; }
   const FilterNode& Root() const { return m_root; }
 
-  // The state pass: parents take their states from their children. Kept: what stands below a
-  // checked node is not looked at, and stays as it is.
+  // The state pass: parents take their states from their children. Kept: it does not descend below
+  // a checked node, whose children stay as they are.
   void Refresh() { m_root.Refresh(); }
   // A click on the node's box: unchecked and partial become checked, checked becomes unchecked,
   // with all below; the parents follow.

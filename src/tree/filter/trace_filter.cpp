@@ -4,7 +4,7 @@
 
 namespace {
 
-// A trace without a record of its own, read by its operations.
+// A trace without a record, read through its operations.
 class EventFields {
  public:
   explicit EventFields(const TraceEvent_i& event) : m_event(event) {}
@@ -40,7 +40,7 @@ int CTraceFilter::Matches(const RawTrace& trace) {
   return allTraces ? 1 : MatchesTrace(trace);
 }
 
-// The tests in their order, which matters: what fails one never enters the maps of those behind it.
+// The order of the tests matters: an id of a trace that fails one test is not added by later tests.
 template <class Trace>
 int CTraceFilter::MatchesTrace(const Trace& trace) {
   const int traceAttributes = trace.Attributes();

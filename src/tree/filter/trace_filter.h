@@ -2,13 +2,14 @@
 // and machine with process and thread.
 //
 // Shape    A mark is an int, 1 for shown; anything else counts as 0. Keys are name ids.
-// Owner    By value, one per view. Entries keep their addresses while the filter is only added to:
-//          the filter dialog holds pointers to marks. REQUIRES: entries of the maps are added and
-//          changed, never taken out; a whole filter may be assigned while no dialog is open on it.
+// Owner    By value, one per view. Adding entries does not move the others, because the filter
+//          dialog holds pointers to marks. REQUIRES: entries of the maps are added and changed,
+//          never removed. A whole filter may be assigned while no dialog is open on it.
 // Errors   None.
-// Threads  Interface thread: Matches adds what it has not met.
+// Threads  Interface thread: Matches adds ids that it does not know.
 //
-// Matches asks the marks as they are. A walk over many traces uses a FilterPass (filter_pass.h).
+// Matches evaluates the current marks. For a walk over many traces use a FilterPass
+// (filter_pass.h).
 #pragma once
 
 #include <cstddef>
@@ -34,12 +35,12 @@ struct MachineFilterEntry {
 
 class CTraceFilter {
  public:
-  // 1 if the trace passes, else 0. A component, category, application or machine not met before
-  // enters as shown and passes. Kept: an unknown process or thread under one that is not marked
-  // whole fails, and only MergeDocumentNames brings it in.
+  // 1 if the trace passes, else 0. An unknown component, category, application or machine is added
+  // as shown and passes. Kept: an unknown process or thread under a parent that is not wholly shown
+  // fails, and only MergeDocumentNames adds it.
   int Matches(const TraceEvent_i& event);
   int Matches(const RawTrace& trace);
-  // Adds every id that the document has seen, as shown; marks that are there stay.
+  // Adds every id of the document as shown; existing marks stay.
   void MergeDocumentNames(const CTraceDoc& document);
 
   int allTraces = 1;
@@ -55,7 +56,7 @@ class CTraceFilter {
   std::map<NameId, MachineFilterEntry> threads;
   int allAttributes = 1;
   // Without developer, developer, without verbose, verbose, unused. [0] and [2] stay 1: nothing in
-  // the user interface writes them.
+  // the user interface changes them.
   std::vector<int> attributes = {1, 1, 1, 1, 1};
 
  private:

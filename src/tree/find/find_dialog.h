@@ -1,7 +1,7 @@
-// "Find": the text to search for and how.
+// "Find": the text to search for, and the options.
 //
-// Its OK compiles the pattern for the whole program and notes the settings. A pattern that is none
-// leaves the dialog open and the settings as they were.
+// OK compiles the pattern for the whole program and stores the settings. An invalid pattern leaves
+// the dialog open and the settings as they were.
 //
 // Threads  Interface thread.
 #pragma once
@@ -17,7 +17,7 @@ class CFindDialog : public CDialog {
                             kRegularExpression = 1127, kWordSearch = 1128, kHelp = 57670;
   static const char* Title() { return "Find"; }
 
-  // Offers what was searched for last.
+  // Shows the last searched text.
   explicit CFindDialog(Host& host);
 
   void OnInitDialog() override;

@@ -24,7 +24,7 @@ const std::vector<HitRange>& FindHits::In(std::string_view text, std::int64_t st
   RegexAnswer answer = m_plan->Begin(text, steps);
   for (std::size_t attempts = 0; answer == RegexAnswer::Yes && attempts < kMostAttempts;
        ++attempts) {
-    // A match may reach over the text's end, into the zero behind it.
+    // A match may extend beyond the text's end, to the zero after it.
     const std::size_t begin = m_plan->MatchStart();
     const std::size_t end = std::min(m_plan->MatchEnd(), text.size());
     if (begin >= shownBytes) break;

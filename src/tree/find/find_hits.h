@@ -1,11 +1,10 @@
-// Where the text that a user searched for stands in a text, for views that tint it.
+// The hits of the last search in a text, for views that tint them.
 //
-// Shape    Places in bytes, in their order, no two overlapping. Empty hits are left out, and so is
-//          what a costly pattern or a long text holds behind the first hits: tinting must not hold
-//          the window.
-// Owner    Keeps a plan of its own of the pattern that was prepared last when it was made: a search
-//          that is under way goes on undisturbed, and a later pattern changes nothing here.
-// Errors   None: no search before it was made, no hits.
+// Shape    Ranges in bytes, in order, without overlaps. Empty hits are left out. A costly pattern
+//          or a long text gives only its first hits, because tinting must not block the window.
+// Owner    Has a plan of its own for the pattern that was prepared last at its creation. So it does
+//          not disturb a running search, and a later pattern changes nothing here.
+// Errors   None: no hits if nothing was searched before its creation.
 // Threads  Interface thread.
 #pragma once
 
@@ -22,14 +21,14 @@ class RegexPlan;
 class FindHits {
  public:
   static constexpr std::size_t kMostHits = 500;
-  // Of the matcher in one text: some ten milliseconds where it is read for itself, a tenth of one
-  // where it is one of those that a window paints.
+  // Steps of the matcher in one text: some ten milliseconds for a text that is read by itself, a
+  // tenth of a millisecond for a text that is one of many to paint.
   static constexpr std::int64_t kSteps = 1'000'000, kStepsToPaint = 20'000;
 
   FindHits();
   ~FindHits();
 
-  // Those that begin within the first `shownBytes`. Good until the next call.
+  // The hits that begin within the first `shownBytes`. Valid until the next call.
   const std::vector<HitRange>& In(std::string_view text, std::int64_t steps = kSteps,
                                   std::size_t shownBytes = std::string_view::npos);
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Steps of the matcher and candidates in one part.
+// Matcher steps and candidates per part.
 constexpr std::uint64_t kStepsPerPart = 50000;
 constexpr unsigned kTextsPerPart = 128;
 

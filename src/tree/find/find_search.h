@@ -1,4 +1,4 @@
-// Running a search over what a view shows, so that it never freezes the program.
+// Runs a search over the rows of a view without freezing the program.
 //
 // A view makes a FindWalk over its own store and gives it to RunSearch:
 //
@@ -7,12 +7,12 @@
 //                   ... as Find Next
 //   void Find Next: MyWalk walk(*this, FindSettings.backward != 0);
 //                   const FindResult result = RunSearch(host, &document, walk);
-//                   if (result == FindResult::Hit) go to where the walk stands;
+//                   if (result == FindResult::Hit) go to the position of the walk;
 //                   if (result == FindResult::NotFound) TellNotFound(host);
 //
-// A search is long work (docview/long_work.h). Cancelled is no hit and gets no message. Nothing
-// that a walk walks over changes meanwhile: the user reaches only the box, and a monitor leaves its
-// traces in the queue.
+// A search is long work (docview/long_work.h). A cancelled search is no hit and gets no message.
+// Nothing that a walk reads changes meanwhile: the user reaches only the box, and a monitor leaves
+// its traces in the queue.
 //
 // Threads  Interface thread.
 #pragma once
@@ -22,14 +22,13 @@
 
 #include "docview/document.h"
 
-// One pass over the candidates of a search, in its order.
+// One pass over the candidates of a search, in the search's order.
 class FindWalk {
  public:
-  // Does a part of what has to be there before the next candidate; true while something is left of
-  // it.
+  // Does a part of the preparation for the next candidate. Returns true while some of it is left.
   virtual bool Prepare() { return false; }
-  // Goes on to the next candidate and gives its text, which stays good until the next call; nothing
-  // when the pass is over. REQUIRES: Prepare has nothing left to do.
+  // Moves to the next candidate and returns its text, which is valid until the next call; none when
+  // the pass is over. REQUIRES: Prepare has returned false.
   virtual std::optional<std::string_view> NextText() = 0;
 
  protected:
@@ -38,12 +37,12 @@ class FindWalk {
 
 enum class FindResult { Hit, NotFound, Cancelled };
 
-// Tests the candidates against the pattern prepared last, until one matches. `document` is what the
-// walk reads, null for nothing that changes.
+// Tests the candidates against the pattern prepared last, until one matches. `document` is the
+// document that the walk reads, or null if it reads nothing that changes.
 FindResult RunSearch(Host& host, CDocument* document, FindWalk& walk);
 
-// "Find"; false when the user cancelled it. After true the pattern is ready, and FindSettings hold
-// what was chosen.
+// "Find"; false when the user cancelled it. After true the pattern is ready, and FindSettings have
+// the values of the dialog.
 bool RunFindDialog(Host& host);
 
 // "Text not found."

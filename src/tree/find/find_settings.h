@@ -1,4 +1,4 @@
-// What a user last searched for: one set for the whole program, shared by all views. Lives in
+// The user's last search: one set of values for the whole program, shared by all views. Kept in
 // memory only.
 //
 // Threads  Interface thread.
@@ -16,7 +16,7 @@ struct FindSettings_t {
 
 extern FindSettings_t FindSettings;
 
-// When Find Next is enabled, beside a view's own rule (it shows something).
+// Whether Find Next is enabled, besides a view's own rule (that it shows something).
 inline bool MayFindNext() {
   return !FindSettings.searchText.empty();
 }

@@ -1,4 +1,4 @@
-// The text of a trace that a search tests: its message, and nothing else of it.
+// The part of a trace that a search tests: only its text.
 //
 // Threads  Pure.
 #pragma once
@@ -8,8 +8,8 @@
 
 #include "records/trace_event.h"
 
-// Read in the record where the trace has one, else put into `kept`. Good as long as the trace and
-// `kept` are as they are.
+// Refers to the record if the trace has one; otherwise the text is stored in `kept`. Valid as long
+// as the trace and `kept` do not change.
 inline std::string_view SearchedText(const TraceEvent_i& trace, std::string& kept) {
   if (const std::uint8_t* const record = trace.Record()) return RawTrace(record).Text();
   kept = trace.GetText();

@@ -1,5 +1,4 @@
-// What the matcher knows of characters. No locale is ever set: letters and digits are the ASCII
-// ones.
+// Character classes of the matcher. No locale is ever set: letters and digits are the ASCII ones.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +11,7 @@ constexpr bool IsAsciiLetter(unsigned char c) {
 constexpr bool IsAsciiDigit(unsigned char c) {
   return c >= '0' && c <= '9';
 }
-// A letter, a digit or "_": what a word consists of.
+// A letter, a digit or "_": the bytes of a word.
 constexpr bool IsWordByte(unsigned char c) {
   return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '_';
 }

@@ -12,7 +12,7 @@ constexpr std::size_t kLanes = 16;
 constexpr Lanes kLaneNumbers = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 using Words = std::uint64_t __attribute__((vector_size(kLanes)));
 
-// All bits of a lane are set where the test holds.
+// Sets all bits of a lane where the test holds.
 auto Take(const WideTest& test, const char* at) {
   Lanes bytes;
   std::memcpy(&bytes, at, sizeof bytes);
@@ -55,7 +55,7 @@ std::size_t FindSlowly(std::string_view text, std::size_t from, std::size_t limi
   return kNowhere;
 }
 
-// By the letters of words and numbers in running text; what is not named is rare.
+// By the frequency of letters and digits in running text; all other characters are rare.
 unsigned CommonnessOf(char c) {
   constexpr std::string_view kOften = " etaoinsr", kMiddling = "lcdhpumfgb0123456789",
                              kSometimes = "ywvkxjqz.:/-=_,()[]\"";
@@ -89,7 +89,7 @@ std::size_t FindPair(std::string_view text, std::size_t from, std::size_t limit,
   if (limit < kLanes) return FindSlowly(text, from, limit, pair);
   const char* const begin = text.data();
   while (from < limit) {
-    // The last block may reach back over places that are done with.
+    // The last block may begin before `from`, at positions that are already done.
     const std::size_t block = from + kLanes <= limit ? from : limit - kLanes;
     auto mask = Take(pair.first, begin + block + pair.firstAt) &
                 Take(pair.second, begin + block + pair.secondAt);

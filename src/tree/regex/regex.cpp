@@ -13,11 +13,11 @@ namespace {
 
 constexpr std::int64_t kAllSteps = std::numeric_limits<std::int64_t>::max();
 
-// Of the pattern last prepared; none before the first, when nothing matches.
+// The plan of the pattern prepared last; null before the first one, when nothing matches.
 std::unique_ptr<RegexPlan> g_plan;
 unsigned g_prepared = 0;
 
-// Programs other than the one in RegexState are as long as that at most.
+// A program outside RegexState is at most this long.
 const unsigned char* EndOf(const unsigned char* code) {
   const unsigned char* const end = std::end(RegexState.program);
   const bool own = !std::less<>()(code, RegexState.program) && std::less<>()(code, end);
@@ -42,7 +42,7 @@ RegexAnswer Shown(RegexAnswer answer, const RegexPlan& plan, const char* begin) 
   return answer;
 }
 
-// One text, one program, attempts at any places of it.
+// Attempts at any positions of one text with one program.
 class Attempts {
  public:
   Attempts(const char* begin, const char* end, const unsigned char* code)
@@ -79,7 +79,7 @@ int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearc
                  ignoreCase);
     compiled = 1;
   } catch (...) {
-    // The person is told by whoever asked; what was compiled so far stays.
+    // The caller shows the message; the part that was compiled stays.
   }
   g_plan = std::make_unique<RegexPlan>();
   ++g_prepared;

@@ -23,7 +23,7 @@ enum RegexError : int {
 constexpr int kByteMax = 255;
 constexpr unsigned char kTopBit = 0x80;
 
-// What `\a` and the like stand for; other characters stand for themselves.
+// The meaning of `\a` and the like; other characters mean themselves.
 unsigned char Unescaped(unsigned char c) {
   switch (c) {
     case 'a':
@@ -88,7 +88,7 @@ class Compiler {
   // ---- the pattern
 
   unsigned char Next() { return *m_pattern++; }
-  // Its terminator is never passed, whatever the delimiter is.
+  // Never reads beyond the pattern's terminator, whatever the delimiter is.
   static void NeedPattern(unsigned char c) {
     if (c == 0) RegexRaise(kUnclosed);
   }
@@ -211,7 +211,7 @@ class Compiler {
     if (m_out[-1] < m_out[-2]) RegexRaise(kMaximumBelowMinimum);
   }
 
-  // Gives the backslash or comma behind the number.
+  // Returns the backslash or comma after the number.
   unsigned char WriteNumber() {
     int number = 0;
     for (bool first = true;; first = false) {
@@ -260,7 +260,7 @@ class Compiler {
     const bool negated = *m_pattern == '^';
     if (negated) ++m_pattern;
     unsigned char previous = 0;
-    unsigned char c = Next();  // the first element is one, also when it is "]"
+    unsigned char c = Next();  // an "]" as the first element is an ordinary character
     do {
       if (c == '\\') c = Unescaped(Next());
       NeedPattern(c);
@@ -283,14 +283,13 @@ class Compiler {
     FinishSet(map, negated);
   }
 
-  // Without its last byte. Kept: an end from 128 on counts as negative, so that nothing lies
-  // between.
+  // Without its last byte. Kept: an end from 128 on counts as negative, so that the range is empty.
   void SetRange(unsigned char* map, unsigned char first, unsigned char last) const {
     for (int c = first; c < static_cast<signed char>(last); ++c)
       SetBits(map, static_cast<unsigned char>(c));
   }
 
-  // The zero byte, which is what a read at the text's end gives, is never in a set.
+  // The zero byte, which represents the text's end, is never in a set.
   void FinishSet(unsigned char* map, bool negated) {
     const bool wide = map[-1] == RX_WIDE_SET;
     m_out = map + (wide ? kRegexWideSetBytes : kRegexSetBytes);

@@ -13,7 +13,7 @@ unsigned char Read(std::string_view text, std::size_t at) {
   return at < text.size() ? static_cast<unsigned char>(text[at]) : 0;
 }
 
-// The first position in [at, limit) whose byte the table lacks, else limit.
+// The first position in [at, limit) whose byte is not in the table, else limit.
 std::size_t RunOf(const ByteTable& table, std::string_view text, std::size_t at,
                   std::size_t limit) {
   while (at < limit && table[static_cast<unsigned char>(text[at])]) ++at;
@@ -49,7 +49,7 @@ RegexRun RegexMachine::Resume(const RegexNodes& nodes, std::string_view text, st
       holds = EnterRun(node, text, steps);
     } else if (node.kind == NodeKind::End) {
       if (!m_wordFlag || !IsWordByte(Read(text, m_at))) return RegexRun::Hit;
-      // The runs inside have given their answer; the first one goes on as if it had failed.
+      // The inner runs have been tried; the first one continues as if it had failed.
       m_depth = std::min(m_depth, std::size_t{1});
       if (m_depth == 1) m_frames[0].once = false;
       holds = false;
@@ -61,7 +61,7 @@ RegexRun RegexMachine::Resume(const RegexNodes& nodes, std::string_view text, st
   }
 }
 
-// The nodes that repeat nothing. False when the node does not match.
+// The nodes without repetition. False when the node does not match.
 bool RegexMachine::StepNode(const RegexNode& node, std::string_view text, std::int64_t& steps) {
   switch (node.kind) {
     case NodeKind::EndOfLine:
@@ -107,7 +107,7 @@ bool RegexMachine::EnterRun(const RegexNode& node, std::string_view text, std::i
   }
   if (m_firstStop == kUnset) m_firstStop = stop;
   steps -= StepsFor(stop - at);
-  // Under the rule of words the first run has to be known, also one that gives nothing back.
+  // With word search the first run must be on the stack, also if it gives nothing back.
   if (m_wordFlag || !node.exclusive)
     m_frames[m_depth++] = {m_node, node.exclusive ? stop : floor, stop, 1, false};
   m_at = stop;
@@ -115,7 +115,7 @@ bool RegexMachine::EnterRun(const RegexNode& node, std::string_view text, std::i
   return !node.follow || (*node.follow)[Read(text, stop)];
 }
 
-// A capture of no bytes is run over once: it would never stop.
+// An empty capture is matched once: repeating it would never end.
 bool RegexMachine::EnterBackRef(const RegexNode& node, std::string_view text, std::int64_t& steps) {
   const Capture& capture = m_groups[node.group];
   if (!capture.IsSet()) return false;
@@ -125,7 +125,7 @@ bool RegexMachine::EnterBackRef(const RegexNode& node, std::string_view text, st
     m_at += length;
     steps -= 1 + StepsFor(length);
   }
-  // Kept: the plus wants no occurrence at all, and it gives back nothing when the rest fails at its
+  // Kept: the plus needs no occurrence at all, and it gives back nothing when the rest fails at its
   // end.
   const bool once = node.kind == NodeKind::BackRefPlus;
   m_frames[m_depth++] = {m_node, floor, m_at, std::max<std::size_t>(length, 1), once};
@@ -133,7 +133,7 @@ bool RegexMachine::EnterBackRef(const RegexNode& node, std::string_view text, st
   return true;
 }
 
-// As a comparison of strings: a zero on both sides ends it.
+// Like a comparison of strings: a zero on both sides ends it.
 bool RegexMachine::Fits(const Capture& capture, std::string_view text) const {
   if (!capture.IsSet()) return false;
   for (std::size_t i = capture.start, at = m_at; i < capture.end; ++i, ++at) {
@@ -144,7 +144,7 @@ bool RegexMachine::Fits(const Capture& capture, std::string_view text) const {
   return true;
 }
 
-// Goes back to the latest run that can give a byte back; false when none can.
+// Returns to the latest run that can give a byte back; false when there is none.
 bool RegexMachine::BackOff(const RegexNodes& nodes, std::string_view text, std::int64_t& steps) {
   for (; m_depth > 0; --m_depth) {
     Frame& frame = m_frames[m_depth - 1];

@@ -1,10 +1,11 @@
-// Runs decoded nodes at one position of a text: greedy runs that give back one by one, with a stack
-// of the runs that may. It can be stopped in the middle and taken up again.
+// Runs decoded nodes at one position of a text. A repetition takes as much as possible and gives
+// bytes back one by one; a stack holds the repetitions that can still give back. An attempt can be
+// stopped in the middle and resumed.
 //
-// Shape    Positions are counted from the text's start and never leave it: what would stand behind
-//          the end stands at the end, where every read gives zero and no run goes on.
-// Owner    Borrows nodes and text for each call only; between the calls of one attempt both must be
-//          the same, though the text may lie elsewhere.
+// Shape    Positions are counted from the text's start and never leave the text. A position beyond
+//          the end becomes the end, where every read gives zero and no repetition continues.
+// Owner    Borrows nodes and text for each call only. Between the calls of one attempt both must
+//          have the same content, though the text may be at another address.
 // Errors   None. An attempt always ends.
 // Threads  One at a time.
 #pragma once
@@ -19,15 +20,15 @@ enum class RegexRun { Miss, Hit, Unfinished };
 
 class RegexMachine {
  public:
-  // Tries the nodes at `at`, with no captures yet. With wordFlag the match must stand between bytes
-  // of no word; as kept, only the first run of the program gives bytes back for the sake of its
-  // end. `steps` goes down with the work done; Unfinished when it is used up.
+  // Tries the nodes at `at`, with no captures yet. With wordFlag the match must not have a word
+  // byte on either side; as kept, only the first repetition of the program gives bytes back for
+  // that. Decreases `steps` by the work done; Unfinished when they are used up.
   RegexRun Begin(const RegexNodes& nodes, std::string_view text, std::size_t at, bool wordFlag,
                  std::int64_t& steps);
   RegexRun Resume(const RegexNodes& nodes, std::string_view text, std::int64_t& steps);
 
-  std::size_t MatchEnd() const { return m_at; }  // behind Hit
-  // Where the first run of the program stopped in this attempt; kUnset when it came to none.
+  std::size_t MatchEnd() const { return m_at; }  // after a Hit
+  // The end of the program's first repetition in this attempt; kUnset if it was not reached.
   std::size_t FirstStop() const { return m_firstStop; }
   static constexpr std::size_t kUnset = static_cast<std::size_t>(-1);
   std::size_t GroupStart(int group) const {
@@ -36,10 +37,10 @@ class RegexMachine {
   std::size_t GroupEnd(int group) const { return m_groups[static_cast<std::size_t>(group)].end; }
 
  private:
-  // A run that can still give back.
+  // A repetition that can still give bytes back.
   struct Frame {
     std::size_t node;
-    std::size_t floor;  // lowest position to go on from
+    std::size_t floor;  // the lowest position to continue from
     std::size_t next;   // the position tried last
     std::size_t step;   // bytes given back at a time
     bool once;          // fails with its first failure, until the rest has matched once

@@ -12,7 +12,7 @@ ByteTable All() {
   return table;
 }
 
-// `$`: what it holds before.
+// The bytes before which `$` matches.
 ByteTable EndsOfLine() {
   ByteTable table = {};
   table[0] = table[kLf] = table[kCr] = true;
@@ -27,7 +27,7 @@ bool Meet(const ByteTable& a, const ByteTable& b) {
 
 }  // namespace
 
-// Reads the code byte by byte; where it stops without RX_END nothing matches.
+// Reads the code byte by byte. If it stops without RX_END nothing matches.
 class RegexNodes::Decoder {
  public:
   Decoder(RegexNodes& nodes, const unsigned char* code, const unsigned char* end, bool acrossLines)
@@ -101,8 +101,8 @@ class RegexNodes::Decoder {
     if (repeat == RX_ONCE) {
       node.kind = NodeKind::Byte;
     } else if (repeat == RX_PLUS) {
-      // Kept: the floor of a plus lies before its first byte, so that it can be given back; and
-      // `.+` does not even ask for it.
+      // Kept: the floor of a plus is before its first byte, so that this byte can be given back;
+      // and `.+` does not even require it.
       node.notAtEnd = true;
       node.firstMust = kind != RX_ANY;
     } else if (repeat == RX_RANGE) {
@@ -168,8 +168,9 @@ ByteTable* RegexNodes::NewTable() {
   return m_tables.back().get();
 }
 
-// Is a group noted behind a reference to it? No pattern compiles to that, but its operands read as
-// opcodes may. Then a failed attempt of the rest leaves traces, and none may be left out.
+// Does a group follow a reference to it? No pattern compiles to that, but its operands read as
+// opcodes may. Then a failed attempt of the rest leaves captures behind, and no attempt may be left
+// out.
 bool RegexNodes::CapturesBehindReference() const {
   std::array<bool, kRegexGroups> referred = {};
   for (const RegexNode& node : m_nodes) {
@@ -182,8 +183,8 @@ bool RegexNodes::CapturesBehindReference() const {
   return false;
 }
 
-// From the last node to the first: at which bytes can it and the rest match? Rather too many than
-// too few.
+// From the last node to the first: at which bytes can the node and the rest match? Bytes may be
+// included that cannot, but none may be missing.
 void RegexNodes::FindFollowers() {
   const bool recaptures = CapturesBehindReference();
   ByteTable first = {};

@@ -1,9 +1,9 @@
-// A compiled program, decoded: a node per opcode, a table of 256 truth values per set. There are no
-// jumps in a program, so that one decoding in order serves every run, of any bytes.
+// A compiled program, decoded: a node per opcode, and a table of 256 truth values per set. A
+// program has no jumps, so one decoding from front to back is enough, for any bytes.
 //
 // Owner    Nodes own their tables. Decoding allocates; running does not.
-// Errors   Past the end of the code stands a node that fails. A group number that does not exist
-//          makes no node.
+// Errors   After the end of the code comes a node that fails. An invalid group number makes no
+//          node.
 // Threads  One at a time.
 #pragma once
 
@@ -15,15 +15,15 @@
 
 #include "tree/regex/regex_program.h"
 
-// Which byte values match. The text's end reads as zero.
+// Which byte values match. The end of the text reads as zero.
 using ByteTable = std::array<bool, 256>;
 
 enum class NodeKind : std::uint8_t {
   Byte,        // one byte of the table
   Run,         // a repeated byte of the table
   EndOfLine,   // asserts the table, consumes nothing
-  GroupOpen,   // notes the position
-  GroupClose,  // notes the position
+  GroupOpen,   // stores the position
+  GroupClose,  // stores the position
   BackRef,
   BackRefStar,
   BackRefPlus,
@@ -36,7 +36,7 @@ struct RegexNode {
 
   NodeKind kind = NodeKind::Fail;
   std::uint8_t group = 0;
-  // Run: `least` bytes, and behind them up to `more`, which can be given back one by one.
+  // Run: `least` bytes, then up to `more`, which can be given back one by one.
   std::uint32_t least = 0;
   std::uint32_t more = 0;
   bool notAtEnd = false;   // Run: fails at the text's end
@@ -55,11 +55,11 @@ class RegexNodes {
 
   const RegexNode& operator[](std::size_t i) const { return m_nodes[i]; }
   std::size_t size() const { return m_nodes.size(); }
-  // Bytes at which node i and all behind it can match: no others can begin a match of theirs.
+  // Bytes at which node i and the nodes after it can begin a match.
   const ByteTable& First() const { return *m_first; }
   bool HasBackRefs() const { return m_backRefs; }
   bool HasGroups() const { return m_groups; }
-  // Does a table take the zero that stands for the text's end? Never in the program of a whole
+  // Does a table accept the zero that represents the text's end? Never in the program of a complete
   // pattern.
   bool TakesZero() const { return m_takesZero; }
 

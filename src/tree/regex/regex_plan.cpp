@@ -9,15 +9,15 @@ namespace {
 constexpr std::size_t kLongestSegment = 64;
 // A probe is worth a pass of its own over the text when it is so much rarer than the start.
 constexpr unsigned kMuchRarer = 4;
-// One that holds more often than this is not worth looking for.
+// A probe that holds more often than this is not worth a search.
 constexpr unsigned kTooCommon = kAlways * kAlways / 6;
 
 bool EndsLine(char c) {
   return c == kCr || c == kLf;
 }
 
-// The start of the next line behind the failed place, kNowhere when there is none. Kept: a line's
-// end at the failed place itself is stepped over unseen.
+// The start of the next line after the failed position, kNowhere when there is none. Kept: a line
+// end at the failed position itself is skipped.
 std::size_t NextLine(std::string_view text, std::size_t failed) {
   static const WideTest kAround(ByteTest{0, kLf, kCr - kLf});
   static const PairTest kEnds{kAround, kAround, 0, 0};
@@ -41,7 +41,7 @@ RegexPlan::RegexPlan()
   m_anyFirst =
       std::all_of(m_nodes.First().begin(), m_nodes.First().end(), [](bool b) { return b; });
   for (std::size_t i = 0; i < m_nodes.size(); ++i) m_never |= m_nodes[i].kind == NodeKind::Fail;
-  // Where a set holds the zero of the text's end, a match may reach behind the end.
+  // If a set contains the zero of the text's end, a match may extend beyond the end.
   if (!m_nodes.TakesZero()) ChooseProbes();
   FindLeadingRun();
   m_probesAll = ProbesAll();
@@ -63,7 +63,7 @@ std::vector<RegexPlan::Segment> RegexPlan::Segments() const {
       for (std::uint32_t byte = 0; byte < node.least; ++byte) add(node.table);
       if (node.firstMust) add(node.table);
       segments.emplace_back();
-      // What follows stands behind a byte of the run; behind a plus, unless it takes the byte that
+      // What follows comes after a byte of the run; after a plus, unless it matches the byte that
       // the plus gives back.
       if (node.least > 0 || (node.firstMust && node.exclusive)) add(node.table);
     } else if (node.kind == NodeKind::BackRef || node.kind == NodeKind::BackRefStar ||
@@ -74,7 +74,7 @@ std::vector<RegexPlan::Segment> RegexPlan::Segments() const {
   return segments;
 }
 
-// The two bytes that are the least common.
+// The two rarest bytes.
 std::optional<RegexPlan::Probe> RegexPlan::ProbeOf(const Segment& segment) {
   struct Candidate {
     unsigned commonness;
@@ -113,7 +113,7 @@ void RegexPlan::ChooseProbes() {
   if (m_need && m_start && m_need->commonness * kMuchRarer > m_start->commonness) m_need.reset();
 }
 
-// Do two probed bytes make the whole pattern? Then a place found is a match.
+// Do two probed bytes make the whole pattern? Then every position found is a match.
 bool RegexPlan::ProbesAll() const {
   if (!m_start || m_wordFlag || m_anchored || m_start->bytes > 2) return false;
   if (m_nodes.size() != m_start->bytes + 1) return false;
@@ -129,8 +129,8 @@ bool RegexPlan::ProbesAll() const {
   return exact(pair.firstAt, pair.first.test) && exact(pair.secondAt, pair.second.test);
 }
 
-// `[a-z]*x` that fails at one place fails at the others of the same run, for they lead to no new
-// place behind it. Captures and the rule of words could tell the places apart.
+// `[a-z]*x` that fails at one position of a run fails at the others, because they lead to no new
+// position after the run. Captures and word search could make a difference between the positions.
 void RegexPlan::FindLeadingRun() {
   if (m_wordFlag || m_nodes.HasBackRefs()) return;
   std::size_t i = 0;
@@ -147,8 +147,8 @@ std::size_t RegexPlan::Find(const Probe& probe, std::string_view text, std::size
   return FindPair(text, from, text.size() - probe.bytes + 1, probe.pair);
 }
 
-// A star may take nothing: what counts is where the rest can begin. The attempt is made as far
-// before that as the star reaches.
+// A star may match nothing: what counts is where the rest can begin. The attempt begins as far
+// before that position as the star reaches.
 std::size_t RegexPlan::FindPlaceOfStar(std::string_view text, std::size_t from) const {
   const ByteTable& follow = *m_leadingStar->follow;
   const ByteTable& table = *m_leadingStar->table;
@@ -159,7 +159,7 @@ std::size_t RegexPlan::FindPlaceOfStar(std::string_view text, std::size_t from) 
   return at;
 }
 
-// The first place from `from` on, the text's end included, where an attempt may succeed.
+// The first position from `from` on, including the text's end, where an attempt may succeed.
 std::size_t RegexPlan::FindPlace(std::string_view text, std::size_t from) const {
   if (m_start) return Find(*m_start, text, from);
   if (m_leadingStar) return FindPlaceOfStar(text, from);
@@ -188,7 +188,7 @@ RegexAnswer RegexPlan::Begin(std::string_view text, std::int64_t steps) {
   m_unfinished = false;
   if (m_never || (m_anchored && text.empty())) return RegexAnswer::No;
   m_needAt = kNowhere;
-  // Where a star leads, the rest is the rarer thing to look for.
+  // If a star begins the pattern, the rest is rarer and is searched instead.
   if (m_leadingStar && !MayMatchFrom(text, 0)) return RegexAnswer::No;
   return BeginAt(text, m_anchored ? 0 : FindPlace(text, 0), steps);
 }

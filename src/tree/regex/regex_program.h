@@ -1,8 +1,8 @@
-// The compiled form of a pattern, and the state of the one that the program holds.
+// The compiled form of a pattern, and the state of the compiled pattern of the program.
 //
-// Shape    A flat sequence of opcodes, one byte each, with their operands behind them. It is read
-//          from its first byte and ends with RX_END. The low two bits of an opcode that may repeat
-//          are its RegexRepeat. Any other byte is skipped by the matcher.
+// Shape    A flat sequence of opcodes, one byte each, followed by their operands. It is read from
+//          its first byte and ends with RX_END. The low two bits of an opcode that can repeat are
+//          its RegexRepeat. The matcher skips any other byte.
 //          A set is a bitmap: byte value c is bit (c & 7) of map byte (c >> 3).
 // Threads  Interface thread.
 #pragma once
@@ -13,11 +13,11 @@ enum RegexRepeat : unsigned char {
   RX_ONCE = 0,
   RX_STAR = 1,
   RX_PLUS = 2,
-  RX_RANGE = 3,  // two bytes behind the operands: minimum, maximum; 255: without limit
+  RX_RANGE = 3,  // two bytes after the operands: minimum, maximum; 255: without limit
 };
 
 enum RegexOpcode : unsigned char {
-  RX_GROUP_OPEN = 4,  // group 0..8: notes where the group begins
+  RX_GROUP_OPEN = 4,  // group 0..8: stores the beginning of the group
   RX_CHAR = 8,        // a byte: one exact byte
   RX_CHAR_STAR,
   RX_CHAR_PLUS,
@@ -36,7 +36,7 @@ enum RegexOpcode : unsigned char {
   RX_WIDE_SET_RANGE,
   RX_END_OF_LINE = 24,  // consumes nothing: at the text's end or before zero, LF, CR
   RX_END = 28,          // the match is complete
-  RX_GROUP_CLOSE = 32,  // group: notes where the group ends
+  RX_GROUP_CLOSE = 32,  // group: stores the end of the group
   RX_BACKREF = 36,      // group 0..8: the bytes that the group captured
   RX_BACKREF_STAR,
   RX_BACKREF_PLUS,
@@ -50,7 +50,7 @@ constexpr int kRegexGroups = 9;
 constexpr std::size_t kRegexProgramBytes = 1024;
 constexpr std::size_t kRegexSlackBytes = 64;
 constexpr std::size_t kRegexSetBytes = 16, kRegexWideSetBytes = 32;
-// A range's maximum that stands for none; so many repetitions behind the minimum are matched then.
+// The maximum of a range without limit; then so many repetitions after the minimum are matched.
 constexpr int kRegexUnlimited = 255;
 constexpr int kRegexMostUnlimited = 20010;
 

@@ -54,7 +54,7 @@ QIcon FilterBox(Qt::CheckState state, const QPalette& palette) {
 FilterBoxes::FilterBoxes(std::function<void(const QModelIndex&)> toggle, QObject* parent)
     : QStyledItemDelegate(parent), m_toggle(std::move(toggle)) {}
 
-// The box takes the place of the icon that an item may have, and the style's own box goes.
+// Draws the box in place of the item's icon and suppresses the style's own box.
 void FilterBoxes::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
   QStyledItemDelegate::initStyleOption(option, index);
   option->features.setFlag(QStyleOptionViewItem::HasCheckIndicator, false);
@@ -76,7 +76,8 @@ QRect FilterBoxes::BoxRect(const QStyleOptionViewItem& option, const QModelIndex
   return style->subElementRect(QStyle::SE_ItemViewItemDecoration, &item, option.widget);
 }
 
-// A click is a release over the box; the second of a fast pair counts too, and opens nothing.
+// A click is a release over the box. The second click of a double click counts too and opens
+// nothing.
 bool FilterBoxes::editorEvent(QEvent* event, QAbstractItemModel*,
                               const QStyleOptionViewItem& option, const QModelIndex& index) {
   if (event->type() == QEvent::KeyPress) {

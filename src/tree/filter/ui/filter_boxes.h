@@ -17,7 +17,7 @@ class FilterBoxes final : public QStyledItemDelegate {
   FilterBoxes(std::function<void(const QModelIndex&)> toggle, QObject* parent);
 
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
-  // Where the box of an item stands, as it was laid out.
+  // The rectangle of an item's box in the layout.
   QRect BoxRect(const QStyleOptionViewItem& option, const QModelIndex& index) const;
 
  protected:

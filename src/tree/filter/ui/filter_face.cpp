@@ -40,7 +40,7 @@ QTreeView* FilterFace::MakeTree() {
   tree->setObjectName(QString::number(CFilterDialog::kTree));
   tree->setAccessibleName("Traces to include");
   tree->setHeaderHidden(true);
-  // A long name is reached by scrolling, not cut.
+  // A long name can be scrolled to; it is not cut.
   tree->header()->setStretchLastSection(false);
   tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
   tree->setUniformRowHeights(true);
@@ -77,8 +77,8 @@ void FilterFace::OnBoxClicked(const QModelIndex& index) {
   UpdateData();
 }
 
-// The tree itself takes a press on a label only, and one beside it takes the selection away. Looked
-// at before the tree: a press on an expand button may move the rows.
+// The tree itself reacts only to a press on a label; a press beside it would clear the selection.
+// Handled before the tree, because a press on an expand button may move the rows.
 bool FilterFace::eventFilter(QObject* watched, QEvent* event) {
   const bool press =
       event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;

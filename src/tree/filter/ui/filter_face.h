@@ -16,7 +16,7 @@ class FilterFace final : public QtDialogFace {
   FilterFace(CFilterDialog& dialog, QWidget* parent);
 
   void UpdateData() override;
-  // A press in the tree selects the node of its row, wherever it lies; below the rows, none.
+  // A press in the tree selects the node of its row, anywhere in the row; below the rows, none.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:

@@ -1,6 +1,6 @@
-// The filter dialog's tree as Qt's views ask for it.
+// The filter dialog's tree as a model for Qt's views.
 //
-// Owner    Borrows the dialog, whose tree must stand.
+// Owner    Borrows the dialog, whose tree must exist.
 // Threads  Interface thread.
 #pragma once
 
@@ -15,8 +15,8 @@ class FilterModel final : public QAbstractItemModel {
 
   static FilterNode* NodeOf(const QModelIndex& index);  // null: no node
   QModelIndex IndexOf(FilterNode* node) const;
-  // After a click: the node and those above it have new states. Those below it are asked for theirs
-  // when they are painted.
+  // After a click: the node and those above it have new states. Nodes below it are asked for their
+  // states when they are painted.
   void TellStates(FilterNode& clicked);
 
   QModelIndex index(int row, int column, const QModelIndex& parent) const override;

@@ -4,7 +4,7 @@
 #include <QPalette>
 #include <QStyle>
 
-#include "shell/ui/clear_fusion.h"
+#include "shell/look/ui/clear_fusion.h"
 
 namespace {
 

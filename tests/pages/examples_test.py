@@ -31,7 +31,7 @@ LEAST_EXAMPLES = 200  # a reader that finds few is broken
 
 def read_markdown():
     pages = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "SECURITY.md")]
-    pages += sorted((ROOT / "docs").glob("*.md")) + sorted((ROOT / "src/shell/ui/help").glob("*.md"))
+    pages += sorted((ROOT / "docs").glob("*.md")) + sorted((ROOT / "src/shell/help/ui/help").glob("*.md"))
     return {str(page.relative_to(ROOT)): Markdown(page, str(page.relative_to(ROOT))) for page in pages}
 
 

@@ -5,7 +5,7 @@
 #include <QLabel>
 #include <QPushButton>
 
-#include "shell/ui/app_icon.h"
+#include "shell/look/ui/app_icon.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <QPointer>
 
+#include "shell/look/ui/tool_icons.h"
 #include "shell/menu_resources.h"
-#include "shell/ui/tool_icons.h"
 
 CommandActions::CommandActions(CCmdTarget& target, QWidget& window)
     : QObject(&window), m_target(&target) {}

@@ -5,10 +5,10 @@
 #include <QThread>
 
 #include "shell/main_frame.h"
+#include "shell/mdi/ui/child_window.h"
+#include "shell/mdi/ui/mdi_layout.h"
+#include "shell/mdi/ui/qt_child_frame.h"
 #include "shell/menu_resources.h"
-#include "shell/ui/child_window.h"
-#include "shell/ui/mdi_layout.h"
-#include "shell/ui/qt_child_frame.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <functional>
 
 #include "shell/faces.h"
+#include "shell/mdi/ui/mdi_area.h"
 #include "shell/ui/accelerator_keys.h"
 #include "shell/ui/main_window.h"
-#include "shell/ui/mdi_area.h"
 #include "shell/ui/menus.h"
 #include "shell/ui/status_panes.h"
 

@@ -9,7 +9,7 @@
 
 #include "docview/ui/qt_host.h"
 #include "shell/faces.h"
-#include "shell/ui/help_window.h"
+#include "shell/help/ui/help_window.h"
 
 class QtShellFaces : public ShellFaces {
  public:

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "docview/frame.h"
-#include "shell/ui/child_window.h"
+#include "shell/mdi/ui/child_window.h"
 
 class QtChildFrame : public ChildFrameFace {
  public:

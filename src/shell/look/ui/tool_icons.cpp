@@ -1,11 +1,11 @@
-#include "shell/ui/tool_icons.h"
+#include "shell/look/ui/tool_icons.h"
 
 #include <QGuiApplication>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPalette>
 
-#include "shell/ui/tool_pictures.h"
+#include "shell/look/ui/tool_pictures.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "shell/ui/tool_pictures.h"
+#include "shell/look/ui/tool_pictures.h"
 
 #include <QPainter>
 #include <QPainterPath>

@@ -1,4 +1,4 @@
-#include "shell/ui/help_window.h"
+#include "shell/help/ui/help_window.h"
 
 #include <QAction>
 #include <QDir>
@@ -8,7 +8,7 @@
 #include <QToolBar>
 
 #include "docview/ui/screen_fit.h"
-#include "shell/ui/help_search.h"
+#include "shell/help/ui/help_search.h"
 
 namespace {
 

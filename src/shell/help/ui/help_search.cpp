@@ -1,4 +1,4 @@
-#include "shell/ui/help_search.h"
+#include "shell/help/ui/help_search.h"
 
 #include <QFile>
 #include <QHBoxLayout>

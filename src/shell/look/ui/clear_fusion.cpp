@@ -1,4 +1,4 @@
-#include "shell/ui/clear_fusion.h"
+#include "shell/look/ui/clear_fusion.h"
 
 #include <QApplication>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "shell/ui/qt_child_frame.h"
+#include "shell/mdi/ui/qt_child_frame.h"
 
 #include <QLayout>
 #include <QThread>

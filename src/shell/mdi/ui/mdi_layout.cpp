@@ -1,4 +1,4 @@
-#include "shell/ui/mdi_layout.h"
+#include "shell/mdi/ui/mdi_layout.h"
 
 #include <QMdiSubWindow>
 #include <QStyle>

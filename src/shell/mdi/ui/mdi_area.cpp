@@ -1,10 +1,10 @@
-#include "shell/ui/mdi_area.h"
+#include "shell/mdi/ui/mdi_area.h"
 
 #include <QEvent>
 #include <QPainter>
 #include <QTabBar>
 
-#include "shell/ui/child_window.h"
+#include "shell/mdi/ui/child_window.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "shell/ui/clear_fusion.h"
+#include "shell/look/ui/clear_fusion.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +9,8 @@
 #include <QStyleOption>
 #include <cmath>
 #include <memory>
+
+#include "support/qt_test_main.h"
 
 namespace {
 

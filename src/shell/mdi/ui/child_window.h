@@ -9,7 +9,7 @@
 #include <QVBoxLayout>
 
 #include "docview/frame.h"
-#include "shell/ui/mdi_area.h"
+#include "shell/mdi/ui/mdi_area.h"
 
 class ChildWindow : public QMdiSubWindow {
  public:

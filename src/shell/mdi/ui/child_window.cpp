@@ -1,4 +1,4 @@
-#include "shell/ui/child_window.h"
+#include "shell/mdi/ui/child_window.h"
 
 #include <QApplication>
 #include <QCloseEvent>

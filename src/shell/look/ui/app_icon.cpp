@@ -1,11 +1,11 @@
-#include "shell/ui/app_icon.h"
+#include "shell/look/ui/app_icon.h"
 
 #include <QLinearGradient>
 #include <QPainter>
 
 namespace {
 
-constexpr qreal kGrid = 64;
+constexpr qreal kIconGrid = 64;
 
 struct Stone {
   qreal x, y, width;
@@ -26,7 +26,7 @@ QPixmap AppIconPixmap(int sizePx) {
   picture.fill(Qt::transparent);
   QPainter p(&picture);
   p.setRenderHint(QPainter::Antialiasing);
-  p.scale(sizePx / kGrid, sizePx / kGrid);
+  p.scale(sizePx / kIconGrid, sizePx / kIconGrid);
   p.setPen(Qt::NoPen);
   QLinearGradient tile(0, 2, 0, 62);
   tile.setColorAt(0, QColor(0x2b, 0x4a, 0x6f));

@@ -1,10 +1,10 @@
-// The items that the children of an opened node lack, made in parts: those behind the last child
-// that has one. Stopped in between it leaves a run of items at the front, and the next fill goes on
-// behind it.
+// Makes the missing items for the children of an opened node, in parts: those after the last child
+// that has an item. If it is stopped, the first children have items, and the next fill continues
+// after them.
 //
-// Owner    Borrows items and children. REQUIRES: there are children; nothing changes while it is
-//          under way.
-// Errors   An insertion that fails ends the fill.
+// Owner    Borrows items and children. REQUIRES: there are children, and nothing changes until it
+//          is done.
+// Errors   A failed insertion ends the fill.
 // Threads  Interface thread.
 #pragma once
 
@@ -14,7 +14,7 @@
 
 class ItemFill final : public LongWork {
  public:
-  // `item` is that of the children's node.
+  // `item` is the item of the children's node.
   ItemFill(ProcItems& items, TreeItem item, const ChildList& children)
       : m_items(items),
         m_item(item),

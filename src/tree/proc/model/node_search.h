@@ -1,7 +1,7 @@
-// The search for a trace's place in the tree as long work: where the numbers of its threads have
-// begun anew more than once, all their nodes may have to be looked at.
+// The search for a trace's place in the tree as long work. If the numbers of its threads have begun
+// again more than once, all their nodes may have to be visited.
 //
-// Owner    Borrows model and trace. REQUIRES: neither changes while it is under way.
+// Owner    Borrows model and trace. REQUIRES: neither changes until it is done.
 // Threads  Interface thread.
 #pragma once
 

@@ -1,6 +1,6 @@
-// The filing of all traces of a document into an empty model, in parts.
+// Files all traces of a document into an empty model, in parts.
 //
-// Owner    Borrows document and model. While it lives the model's filter stays as it is.
+// Owner    Borrows document and model. While it lives the model's filter does not change.
 // Threads  Interface thread.
 #pragma once
 

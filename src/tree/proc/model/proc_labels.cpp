@@ -10,7 +10,7 @@
 
 namespace {
 
-// The one timer of the program that puts tic counts into words: made at its first use, released at
+// The one timer of the program that formats tic counts. It is made at its first use and released at
 // the program's end.
 class SpanTimer {
  public:
@@ -34,7 +34,7 @@ std::string Span(const CExecutionBlock& node) {
   return timer.Format(node.duration);
 }
 
-// Bytes 10xxxxxx go on with a character.
+// Bytes 10xxxxxx continue a character.
 bool BeginsCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
 }

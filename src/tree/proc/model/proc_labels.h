@@ -1,8 +1,8 @@
-// The texts of the procedure tree's nodes, made anew each time, and the word to the items that a
-// text has changed.
+// Makes the texts of the procedure tree's nodes, each time again, and notifies the items of changed
+// texts.
 //
-// A block's label is the text of its first child behind the seventh character, so behind "Begin: ",
-// and the time of the block. What a trimmed trace has given to a label is kept in the node.
+// A block's label is the text of its first child after the seventh character, so after "Begin: ",
+// and the time of the block. The node keeps the part of its label that comes from a trimmed trace.
 //
 // Owner    Borrows names and items. Threads  Interface thread.
 #pragma once
@@ -21,17 +21,17 @@ class ProcLabels {
 
   void SetItems(ProcItems& items) { m_items = &items; }
   std::string Of(const CTraceEvent& node) const;
-  // Tells of the node's item now; at the next SetWaiting, once. Without an item: nothing.
+  // Notifies the node's item now, or once at the next SetWaiting. Does nothing without an item.
   void Set(CTraceEvent& node);
   void SetLater(CExecutionBlock& node);
   void SetWaiting();
-  // Names that came since the last call may be those of level nodes: tells of the shown ones.
+  // Names that came since the last call may be names of level nodes: notifies their items.
   void SetLevels(CRoot& root);
-  // The node is about to go.
+  // The node will be destroyed.
   void Forget(CExecutionBlock& node);
   void Clear() { m_waiting.clear(); }
 
-  // Before a block loses its last child, and before its own trace goes.
+  // Call it before a block loses its last child, and before its own trace is removed.
   static void KeepLabel(CExecutionBlock& block);
   static void KeepText(CExecutionBlock& block);
 

@@ -1,4 +1,4 @@
-// How the procedure tree grows: the filing of traces and their times.
+// The growth of the procedure tree: files traces and updates times.
 #include "tree/proc/model/proc_model.h"
 
 #include <utility>
@@ -21,8 +21,8 @@ void SetDuration(CExecutionBlock& node) {
   if (node.hasTimes) node.duration = static_cast<std::int64_t>(node.lastTrace - node.firstTrace);
 }
 
-// Carries the latest time out of the blocks that are open one inside the other. A thread's own time
-// is always up to date, and so is that of its process.
+// Passes the latest time from each open block to the block around it. A thread's own time is always
+// up to date, and so is that of its process.
 template <class Visit>
 void ForEachOpenBlock(CProcessThread& thread, Visit&& visit) {
   for (CExecutionBlock* block = thread.currentBlock; block != &thread; block = block->parent) {
@@ -78,7 +78,7 @@ void ProcModel::EndBatch() {
   TimeTouched();
 }
 
-// What a live trace does to the times and labels of the nodes above it, once for all that came.
+// Updates the times and labels of the nodes above live traces, once for all traces that came.
 void ProcModel::TimeTouched() {
   for (CProcessThread* const thread : m_touched) {
     const auto time = [this](CExecutionBlock& node) {
@@ -130,7 +130,7 @@ TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
   return item;
 }
 
-// Appends the leaf. Only leaves carry time.
+// Appends the leaf. Only leaves have a time of their own.
 void ProcModel::AddChild(CExecutionBlock& block, CProcessThread& thread, TraceEvent_i* event,
                          std::uint64_t tic) {
   block.children.AppendLeaf(m_words, m_leaves.Make(event, &block));
@@ -152,7 +152,7 @@ CExecutionBlock& ProcModel::OpenBlock(CExecutionBlock& around, CProcessThread& t
   return block;
 }
 
-// Kept: whatever the text behind the mark, an End closes the innermost block.
+// Kept: an End closes the innermost block, whatever text follows the mark.
 void ProcModel::CloseBlock(CExecutionBlock& block, CProcessThread& thread, bool live) {
   block.closed = true;
   m_search.OnClosed(block);
@@ -192,7 +192,7 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
     above->children.AppendBlock(m_words, node);
     m_made.push_back(node);
     const bool isMachine = level == LevelIndex::kMachine;
-    // Only a machine shows before anybody opens a node.
+    // Until a user opens a node, only machines are visible.
     const TreeItem item = InsertItem(*node, isMachine || IsOpen(*above));
     if (isMachine && item && m_root.children.size() == 1) m_items->OnFirstMachine();
   }
@@ -201,8 +201,8 @@ CProcessThread& ProcModel::MakePath(const TraceFacts& facts, TraceEvent_i* event
   return thread;
 }
 
-// In the order in which the nodes lie: no node's time hangs on another one's, once those of the
-// open blocks are carried out.
+// In the order of storage: the time of a node does not depend on that of another one, once the
+// times of the open blocks have been passed outwards.
 void ProcModel::UpdateDurations() {
   for (std::size_t part = 0; UpdateDurations(part); ++part) {
   }

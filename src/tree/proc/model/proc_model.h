@@ -1,15 +1,15 @@
 // The procedure tree of a document, without a control: files traces below machine, application,
-// process, thread and block, times the blocks, labels the nodes, and takes trimmed traces out.
+// process, thread and block, times the blocks, labels the nodes, and removes trimmed traces.
 //
 // Owner    Owns all nodes. Borrows the document, the filter and the items, which outlive it.
-// Items    A node gets a control item when the user opens its parent: the model asks for one below
-//          an expanded item only, and for machines.
-// Trims    The leaf of a trimmed trace goes, with its item. A trimmed trace without a leaf, hidden
-//          by the filter, takes the nearest node out instead: that node is in no `children` any
-//          more, but lives on with its item and its text until its own trace is trimmed or the tree
-//          is cleared. A block whose own trace has been trimmed goes with its item once it is
+// Items    A node gets a control item when the user opens its parent. So the model asks for an item
+//          only below an expanded item, and for machines.
+// Trims    The leaf of a trimmed trace is removed with its item. If a trimmed trace has no leaf,
+//          because the filter hides it, the nearest node is removed instead: it is in no `children`
+//          any more, but lives on with its item and text until its own trace is trimmed or the tree
+//          is cleared. A block whose own trace was trimmed is removed with its item once it is
 //          closed and empty. Level nodes stay.
-// Cost     No step grows with the traces held while each thread's numbers rise: thread_order.h.
+// Cost     No step grows with the traces held if each thread's numbers rise: thread_order.h.
 // Threads  Interface thread.
 #pragma once
 
@@ -30,7 +30,7 @@ class CTraceDoc;
 
 class ProcModel {
  public:
-  // Without items the tree is complete all the same.
+  // Without items the tree is complete too.
   ProcModel(const CTraceDoc& document, CTraceFilter& filter, ProcItems* items = nullptr);
   ProcModel(const ProcModel&) = delete;
 
@@ -38,19 +38,18 @@ class ProcModel {
   int TraceCount() const { return m_root.traceCount; }
 
   // Destroys all nodes and forgets the path of the last trace. Reads no trace and deletes no item:
-  // the owner has emptied the control before.
+  // the owner must have emptied the control before.
   void Clear();
   // Files all traces of the document and times them; ProcBuild (proc_build.h) does the same in
   // parts. REQUIRES: empty.
   void AddAll();
-  // A tree built without items is shown by these from now on: gives the machines theirs.
+  // From now on these items show a tree that was built without items: makes those of the machines.
   void ShowBy(ProcItems& items);
-  // Files one trace, the document's newest. Gives the item made for it, 0 for none or when it does
-  // not pass the filter. `live`: durations and labels follow at once, else UpdateDurations sets
-  // them.
+  // Files one trace, the newest of the document. Returns the item made for it; 0 for none. `live`:
+  // durations and labels are updated immediately; otherwise UpdateDurations does it.
   TreeItem AddTrace(TraceEvent_i* event, bool live);
-  // Around the traces of one hint: one filter pass, and each label is set once, at the end. The
-  // filter stays as it is meanwhile, and nothing is removed.
+  // Encloses the traces of one hint: they share a filter pass, and each label is set once, at the
+  // end. The filter does not change meanwhile, and nothing is removed.
   class Batch {
    public:
     explicit Batch(ProcModel& model) : m_model(model) { m_model.BeginBatch(); }
@@ -59,17 +58,17 @@ class ProcModel {
    private:
     ProcModel& m_model;
   };
-  // Takes the leaf of a trace that is about to go, or of a hint's, oldest first, out of the tree.
-  // Durations stay and labels are up to date behind it: no UpdateDurations is wanted.
+  // Removes the leaf of a trace that is about to be released, or those of a hint's traces, oldest
+  // first. Durations stay and labels are updated: UpdateDurations is not needed.
   void RemoveTrace(TraceEvent_i* event) { RemoveTraces({event}); }
   void RemoveTraces(const std::deque<TraceEvent_i*>& events);
   std::string NodeLabel(const CTraceEvent& node) const { return m_labels.Of(node); }
-  // Sets the durations of all nodes, and the texts of their items; or a part of that, counted from
-  // 0: false when there is no such part.
+  // Sets the durations of all nodes, and the texts of their items; or part number `part` of that
+  // work, from 0: false when there is no such part.
   void UpdateDurations();
   bool UpdateDurations(std::size_t part);
-  // The position of the trace's leaf, or else that of the nearest by sequence number, which may be
-  // a block; nothing when no leaf is near. REQUIRES: the trace lives.
+  // The position of the trace's leaf, or else of the nearest by sequence number, which may be a
+  // block; none when no leaf is near. REQUIRES: the trace lives.
   NodePosition FindNode(const TraceEvent_i& event);
   NodePosition FindNode(const TraceEvent_i& event, ThreadWalks& walks);  // a try: thread_walks.h
   bool IsInOrder(const CProcessThread& thread) const { return m_search.IsInOrder(thread); }
@@ -106,7 +105,8 @@ class ProcModel {
   LevelIndex m_levels;
   WordPool m_words;  // of all children
   ProcLabels m_labels;
-  // The thread of the last trace, null for none, and its ids: the cursors of all four levels.
+  // The thread of the last trace, null for none, and its ids: the cached path through all four
+  // levels.
   CProcessThread* m_threadCursor = nullptr;
   std::uint64_t m_threadKey = 0;
   TraceSearch m_search;
@@ -115,5 +115,5 @@ class ProcModel {
   std::unordered_set<const CTraceEvent*> m_takenOutLeaves;
   unsigned m_batches = 0;
   std::unique_ptr<FilterPass> m_pass;      // of the running batch
-  std::vector<CProcessThread*> m_touched;  // by live traces, not yet timed
+  std::vector<CProcessThread*> m_touched;  // by live traces, times not updated yet
 };

@@ -1,4 +1,4 @@
-// How the procedure tree shrinks: the document's oldest traces go, and nodes with them.
+// The removal of the document's oldest traces from the procedure tree, and of nodes with them.
 #include <algorithm>
 
 #include "documents/trace_doc.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-// The block that the leaf's own trace has opened; null for a leaf that is not the first of a block.
+// The block that the leaf's own trace opened; null if the leaf is not the first of a block.
 CExecutionBlock* BlockOpenedWith(const CTraceEvent& leaf) {
   CExecutionBlock* const owner = leaf.parent;
   return owner->Kind() == NodeKind::Block && owner->event == leaf.event ? owner : nullptr;
@@ -16,7 +16,7 @@ CExecutionBlock* BlockOpenedWith(const CTraceEvent& leaf) {
 
 void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
   m_search.Recover(m_leaves.Oldest(), m_leaves.Next());
-  // A trim names the document's oldest traces; only another sender's makes the model search.
+  // A trim has the document's oldest traces. Only for other traces the model must search.
   const TraceList_t& held = m_document.m_traces;
   std::size_t position = 0;
   bool oldest = true;
@@ -29,7 +29,7 @@ void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
   m_labels.SetLevels(m_root);
 }
 
-// Kept: a trace that is not in the tree takes the nearest node out of it. Safe: that node keeps its
+// Kept: a trace that is not in the tree removes the nearest node from it. Safe: that node keeps its
 // trace, its children and its item.
 void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest) {
   const std::size_t position = FindLeaf(event, oldest);
@@ -44,7 +44,7 @@ void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest) {
   ForgetTrace(event, oldest);
 }
 
-// The position in m_leaves, its size for none.
+// The position in m_leaves; its size if there is none.
 std::size_t ProcModel::FindLeaf(const TraceEvent_i& event, bool oldest) const {
   const std::size_t all = m_leaves.size();
   if (all == 0 || m_leaves[0]->event == &event) return 0;
@@ -89,7 +89,7 @@ void ProcModel::TakeOut(NodePosition place) {
   }
 }
 
-// The trace goes, and so does its leaf.
+// Removes the leaf of a trace.
 void ProcModel::RemoveLeaf(std::size_t position) {
   CTraceEvent& leaf = *m_leaves[position];
   CExecutionBlock* const owner = leaf.parent;
@@ -100,7 +100,7 @@ void ProcModel::RemoveLeaf(std::size_t position) {
   }
   if (leaf.treeItem) m_items->DeleteItem(leaf.treeItem);
   leaf.Clear();
-  // Behind the oldest an empty place stays until its turn.
+  // A leaf that is not the oldest leaves an empty place until all older ones are removed.
   while (!m_leaves.empty() && !m_leaves[0]->event) m_leaves.PopFront();
   DropIfSpent(owner);
 }
@@ -110,11 +110,11 @@ void ProcModel::EraseChild(NodePosition place) {
   if (owner.children.size() == 1) ProcLabels::KeepLabel(owner);
   owner.children.Erase(place.position);
   m_search.OnErased(owner, place.position);
-  // A block has its label from its first child.
+  // The label of a block depends on its first child.
   if (place.position == 0 && owner.Kind() == NodeKind::Block) m_labels.SetLater(owner);
 }
 
-// The nodes that the trace has made stay without it.
+// The nodes that the trace made stay without it.
 void ProcModel::ForgetTrace(const TraceEvent_i& event, bool oldest) {
   const auto forget = [this](CExecutionBlock& node) {
     ProcLabels::KeepText(node);
@@ -138,8 +138,8 @@ void ProcModel::ForgetTrace(const TraceEvent_i& event, bool oldest) {
   }
 }
 
-// A closed block without a trace of its own and with nothing below it leaves the tree, and may
-// leave its parent in the same state. So a monitor of many days does not fill with empty blocks.
+// Removes a closed block that has no trace of its own and no children, and then perhaps its parent.
+// So a monitor of many days does not fill with empty blocks.
 void ProcModel::DropIfSpent(CExecutionBlock* block) {
   while (block->closed && !block->event && block->children.empty() && block->hanging == 0) {
     CExecutionBlock* const parent = block->parent;

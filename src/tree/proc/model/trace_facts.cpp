@@ -11,7 +11,7 @@ BlockMark MarkOf(std::string_view text) {
   return text.starts_with(kEnd) ? BlockMark::End : BlockMark::None;
 }
 
-// Neither mark holds a NUL, so the bytes are compared without a look for the text's end.
+// The marks contain no NUL, so the bytes are compared without looking for the text's end.
 std::string_view FirstBytes(const RawTrace& trace) {
   return {trace.Text().data(), trace.TextLength()};
 }

@@ -1,4 +1,4 @@
-// What the procedure tree wants to know of a trace, read at once.
+// The fields of a trace that the procedure tree needs, read in one go.
 #pragma once
 
 #include <cstdint>

@@ -4,7 +4,7 @@
 
 namespace {
 
-// A node with children, and which of them comes next.
+// A node with children, and the index of its next child.
 struct Opened {
   const ChildList* children;
   std::size_t next;
@@ -35,7 +35,7 @@ bool TreeLines::Next(std::string& out) {
   return true;
 }
 
-// A loop, as the one below: blocks may nest 100,000 deep.
+// A loop, like the one below, because blocks may nest 100,000 deep.
 void TreeLines::Step(bool open) {
   TreeItem next = open ? m_tree.Walk(m_item, TreeStep::FirstChild) : 0;
   if (next) {

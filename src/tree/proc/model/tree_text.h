@@ -1,5 +1,5 @@
-// The text form of a tree, as the export writes it: a line for each item, "|   " for each level
-// above it, then "+- " before an item that is closed over others and "|- " before any other.
+// The text form of a tree for the export: a line for each item, with "|   " for each level above
+// it, then "+- " before a closed item with items below it and "|- " before any other.
 //
 // Threads  One at a time.
 #pragma once
@@ -16,7 +16,7 @@
 // Appends a line, without its end.
 void AppendTreeLine(std::string& out, int depth, bool closed, std::string_view text);
 
-// The lines of a control's item, 0 for none, and of those that are seen below it.
+// The lines of a control's item, 0 for none, and of the visible items below it.
 class TreeLines final : public ExportText {
  public:
   TreeLines(const TreeControl& tree, TreeItem item, TreeControlOwner& texts)
@@ -36,10 +36,10 @@ class TreeLines final : public ExportText {
   int m_depth = 0;
 };
 
-// Takes a line; false ends the visit.
+// Receives a line; false ends the visit.
 using TreeLineTaker = std::function<bool(int depth, bool closed, const std::string& text)>;
 
-// The lines that a control would give for a node if the first `levels` levels were open.
+// The lines that a control would show for a node if the first `levels` levels were open.
 constexpr int kAllLevels = std::numeric_limits<int>::max();
 void VisitNodes(const ProcModel& model, const CTraceEvent& top, int levels,
                 const TreeLineTaker& take);

@@ -6,7 +6,7 @@ std::size_t EmptyFronts::CountedOf(const CExecutionBlock& node) const {
   return counted == m_counts.end() ? 0 : counted->second;
 }
 
-// Nothing is below the block, and nothing will ever be.
+// The block has no content and will never have any.
 bool EmptyFronts::IsEmpty(const CExecutionBlock& block) const {
   if (!block.closed) return false;
   return block.children.empty() || CountedOf(block) == block.children.size();

@@ -1,8 +1,9 @@
-// How many children at the front of a node have nothing below them and never will. Hidden traces
-// that are trimmed empty the blocks at the front of a thread long before those go: a search passes
-// over them at once.
+// How many children at the front of a node have nothing below them and never will. Trims of hidden
+// traces empty the blocks at the front of a thread long before these blocks are removed. A search
+// skips them with this count.
 //
-// Owner    Borrows the nodes, and is told when one goes. Only nodes with such children have a row.
+// Owner    Borrows the nodes, and must be notified when one is removed. Only nodes with such
+//          children have a row.
 // Threads  Interface thread.
 #pragma once
 
@@ -14,12 +15,12 @@
 
 class EmptyFronts {
  public:
-  // Counts them, on from where the count of the last time ended.
+  // Counts them, continuing at the end of the last count.
   std::size_t Count(const CExecutionBlock& node);
 
-  // The child at this position has gone.
+  // The child at this position has been removed.
   void OnErased(const CExecutionBlock& owner, std::size_t position);
-  // The block is about to go.
+  // The block will be destroyed.
   void OnDropped(const CExecutionBlock& block);
   void Clear() { m_counts.clear(); }
 

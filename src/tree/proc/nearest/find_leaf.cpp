@@ -33,7 +33,7 @@ class LeafSearch {
   }
 
  private:
-  // Among the children [begin, end) and below them, but not below `except`.
+  // Among the children [begin, end) and below them, except below `except`.
   NodePosition In(CExecutionBlock& node, std::size_t begin, std::size_t end,
                   const CExecutionBlock* except) {
     const NodePosition last = LastUpTo(node, begin, end);
@@ -46,7 +46,7 @@ class LeafSearch {
     const std::size_t above = FirstAbove(node.children, m_wanted, begin, end);
     return above == begin ? NodePosition() : NodePosition{&node, above - 1};
   }
-  // Is it the leaf? Notes the block.
+  // Is it the leaf? Stores the block.
   bool IsIt(NodePosition place) {
     CExecutionBlock* const block = place.owner->children.BlockAt(place.position);
     const bool own = place.Node()->event == &m_event;

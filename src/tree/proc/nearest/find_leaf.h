@@ -6,8 +6,9 @@
 #include "tree/proc/nearest/thread_row.h"
 #include "tree/proc/nearest/thread_walks.h"
 
-// The leaf of the trace; anything else when it is not in the tree. Then `opened` is the block that
-// the trace has opened there, null for none. Walks a thread without any order, and where the trace
-// is of a second run: a leaf of the first one may end the search before it.
+// Returns the leaf of the trace, or anything else if the leaf is not in the tree. In that case
+// `opened` is the block that the trace opened, or null. Walks through a thread without any order,
+// and if the trace is of a second run, because a leaf of the first run may end the search before
+// it.
 NodePosition FindLeafInThread(const ThreadRow& row, const TraceEvent_i& event, ThreadWalks& walks,
                               CExecutionBlock*& opened);

@@ -45,7 +45,7 @@ NodePosition Nearer(NodePosition earlier, NodePosition later, std::uint32_t want
 
 NodePosition StopAtLeaf(CExecutionBlock& owner, std::size_t position, std::uint32_t wanted) {
   if (position == 0) return {&owner, 0};
-  // Unsigned: a block before with a greater number is farther than any but the greatest leaf.
+  // Unsigned: an earlier block with a greater number is farther than any leaf but the greatest.
   const std::uint32_t before = wanted - NumberAt(owner.children, position - 1);
   const std::uint32_t after = NumberAt(owner.children, position) - wanted;
   return {&owner, before >= after ? position : position - 1};
@@ -84,7 +84,7 @@ bool NodeWalk::Step() {
   if (!ended) return false;
   m_path.pop_back();
   m_found = found;
-  // A block that the trace has made counts as found, not as near.
+  // A block that the trace opened is the result itself, not only near it.
   if (m_path.empty() || (found && found.Node()->event == &m_event)) return true;
   m_path.back().best = Nearer(m_path.back().best, found, m_wanted);
   ++m_path.back().position;

@@ -2,8 +2,8 @@
 
 namespace {
 
-// The first child with a number above the wanted one, of those up to before `end` from the frame's
-// position on. Notes that a number from the one before it on leads down the same way.
+// The first child with a number above the wanted one, among those from the frame's position up to
+// before `end`. Stores that a number from the one before it on takes the same path.
 std::size_t FirstAboveIn(LastFound& last, const WalkFrame& from, std::size_t end,
                          std::uint32_t wanted) {
   const ChildList& children = from.node->children;
@@ -12,8 +12,8 @@ std::size_t FirstAboveIn(LastFound& last, const WalkFrame& from, std::size_t end
   return above;
 }
 
-// The walk ends at this leaf, and so it does for every number from the wanted one on that is below
-// the leaf's and below that of a neighbour that does not count yet.
+// The walk ends at this leaf. It does so for every number from the wanted one on that is below the
+// leaf's and below that of a neighbour that does not count yet.
 NodePosition StopAt(LastFound& last, NodePosition place, std::uint32_t wanted) {
   const ChildList& children = place.owner->children;
   const std::uint32_t leaf = NumberAt(children, place.position);
@@ -27,8 +27,8 @@ NodePosition StopAt(LastFound& last, NodePosition place, std::uint32_t wanted) {
     return stop;
   }
   last.HoldsBefore(before);
-  // It counts beside a leaf with a huge number, as that of a trace without one is, and the less the
-  // greater the wanted number.
+  // A leaf with a huge number, as a trace without a number has, may be farther than the neighbour;
+  // the greater the wanted number, the less so.
   if (stop.position != place.position) {
     last.MeetLeaf(before);
     last.Forget();
@@ -40,7 +40,7 @@ NodePosition StopAt(LastFound& last, NodePosition place, std::uint32_t wanted) {
 
 }  // namespace
 
-// From an open block, or a thread, down to one that has more in it than one open block.
+// From an open block, or a thread, down to a block that contains more than one open block.
 CExecutionBlock* SearchInOrder::DownToContent(CExecutionBlock* block) {
   for (;;) {
     ChildList& children = block->children;
@@ -58,9 +58,9 @@ NodePosition SearchInOrder::InOneRun(ThreadRow& row, LastFound& last, std::uint3
   return Below(last, row.start, wanted);
 }
 
-// All children before the first one above the wanted number hold smaller numbers only and give
-// nothing, but for the last of them: a block that goes on beyond the wanted number. REQUIRES: the
-// numbers below the node rise.
+// All children before the first one above the wanted number have only smaller numbers and give
+// nothing, except the last of them, which may be a block that continues beyond the wanted number.
+// REQUIRES: the numbers below the node rise.
 NodePosition SearchInOrder::Below(LastFound& last, CExecutionBlock* top, std::uint32_t wanted) {
   NodePosition best;
   m_passed.clear();
@@ -82,15 +82,15 @@ NodePosition SearchInOrder::Below(LastFound& last, CExecutionBlock* top, std::ui
   return best;
 }
 
-// Nothing below a leaf.
+// Nothing for a leaf.
 NodePosition SearchInOrder::BelowChild(LastFound& last, const ChildList& children,
                                        std::size_t position, std::uint32_t wanted) {
   CExecutionBlock* const block = children.BlockAt(position);
   return block ? Below(last, block, wanted) : NodePosition();
 }
 
-// Down through the nodes that were open when the second run began, by their children of the first
-// run, and up again by those of the second (two_runs.h has an example). `last` then knows the
+// Goes down through the nodes that were open when the second run began, in their children of the
+// first run, and up again in those of the second (two_runs.h has an example). `last` then has the
 // nearest of all leaves and neighbours met, though a leaf after them may have ended the search.
 NodePosition SearchInOrder::InTwoRuns(const ThreadRow& row, LastFound& last, std::uint32_t wanted) {
   last.BeginSearch();
@@ -102,8 +102,8 @@ NodePosition SearchInOrder::InTwoRuns(const ThreadRow& row, LastFound& last, std
   return found;
 }
 
-// Leaves in m_open the nodes that were gone through, each with what it gave and with where its
-// second run begins. Gives the leaf that ended the search below the last of them, if one did.
+// Stores in m_open the visited nodes, each with its result and with the position where its second
+// run begins. Returns the leaf that ended the search below the last of them, if there was one.
 NodePosition SearchInOrder::DownFirstRuns(LastFound& last, const TwoRuns& runs,
                                           CExecutionBlock* node, std::uint32_t wanted) {
   m_open.clear();
@@ -124,7 +124,7 @@ NodePosition SearchInOrder::DownFirstRuns(LastFound& last, const TwoRuns& runs,
   return {};
 }
 
-// The node's children from the frame's position on, after what its others gave.
+// The node's children from the frame's position on, after the result of its other children.
 NodePosition SearchInOrder::SecondRun(LastFound& last, const WalkFrame& frame,
                                       std::uint32_t wanted) {
   ChildList& children = frame.node->children;
@@ -137,8 +137,8 @@ NodePosition SearchInOrder::SecondRun(LastFound& last, const WalkFrame& frame,
   return Nearer(best, FirstBelow(last, {frame.node, above}, children.size(), wanted), wanted);
 }
 
-// Below the children from the frame's position on up to before `end`, which all are blocks and have
-// numbers above the wanted one: the first block that gives anything gives the nearest.
+// Below the children from the frame's position up to before `end`, which are all blocks with
+// numbers above the wanted one: the first block with a result has the nearest.
 NodePosition SearchInOrder::FirstBelow(LastFound& last, WalkFrame from, std::size_t end,
                                        std::uint32_t wanted) {
   m_path.assign(1, from);

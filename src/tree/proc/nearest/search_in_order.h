@@ -1,7 +1,7 @@
 // The search for the nearest trace by sequence number (find_node.h) in one thread whose numbers
-// rise, in one run or two: by halves, on each level of blocks, instead of a walk.
+// rise, in one run or two. It uses binary search on each level of blocks instead of a walk.
 //
-// Each search leaves in `last` for which other numbers its result holds too.
+// Each search stores in `last` for which other numbers its result is valid too.
 //
 // Owner    Borrows the rows.
 // Threads  Interface thread.
@@ -33,5 +33,5 @@ class SearchInOrder {
   NodePosition FirstBelow(LastFound& last, WalkFrame from, std::size_t end, std::uint32_t wanted);
 
   EmptyFronts& m_empty;
-  std::vector<WalkFrame> m_passed, m_path, m_open;  // kept for their storage
+  std::vector<WalkFrame> m_passed, m_path, m_open;  // members, to keep their storage
 };

@@ -7,8 +7,8 @@
 
 namespace {
 
-// Do the numbers rise in the order of the tree? Then `last` becomes the last one. The leaf of a
-// Begin has that of its block.
+// Do the numbers rise in the order of the tree? If so `last` becomes the last one. The leaf of a
+// Begin has the number of its block.
 bool AreRising(CProcessThread& thread, std::int64_t& last) {
   last = -1;
   std::vector<WalkFrame> path{{&thread}};
@@ -47,7 +47,7 @@ ThreadOrder::Change ThreadOrder::Note(const CProcessThread& thread, std::uint32_
   return Change::NoOrder;
 }
 
-// What came before the run has gone by then, but for blocks that it left open.
+// By then everything before the run has been removed, except blocks that were left open.
 bool ThreadOrder::Recover(CProcessThread& thread, std::uint64_t oldestLeaf,
                           std::uint64_t nextLeaf) {
   if (oldestLeaf < m_runBegins) return false;
@@ -55,7 +55,7 @@ bool ThreadOrder::Recover(CProcessThread& thread, std::uint64_t oldestLeaf,
   m_rising = AreRising(thread, last);
   if (m_rising) {
     m_runs = nullptr;
-    // The trace filed last may have gone before a block with a greater number.
+    // The trace filed last may have been removed before a block with a greater number.
     m_last = std::max(m_last, last);
   } else {
     m_runBegins = nextLeaf;

@@ -1,5 +1,5 @@
-// What the search by number keeps of one thread, in two parts: what it has found last, which each
-// search looks at, and the rest.
+// The state of the search by number for one thread, in two parts: the last result, which each
+// search reads, and the rest.
 //
 // Threads  Interface thread.
 #pragma once
@@ -9,8 +9,8 @@
 
 #include "tree/proc/nearest/thread_order.h"
 
-// What the last search in a thread has found. It holds for the numbers from `from` up to before
-// `until`, until something comes or goes in the thread.
+// The result of the last search in a thread. It is valid for the numbers from `from` up to before
+// `until`, until something is added to the thread or removed from it.
 struct LastFound {
   static constexpr std::uint64_t kNone = UINT64_MAX;
 
@@ -19,7 +19,7 @@ struct LastFound {
   std::uint64_t neighbour = kNone;  // before that leaf, with a number up to `from`
 
   void BeginSearch() { *this = {0, kNone, kNone, kNone}; }
-  // A number from this one up to the wanted one leads down the same way.
+  // A number from this one up to the wanted one takes the same path.
   void HoldsFrom(std::uint32_t number) { from = std::max<std::uint64_t>(from, number); }
   void HoldsBefore(std::uint32_t number) { until = std::min<std::uint64_t>(until, number); }
   void Forget() { until = 0; }
@@ -40,8 +40,8 @@ struct ThreadRow {
   explicit ThreadRow(CProcessThread& ofThread) : thread(&ofThread), start(&ofThread) {}
 
   CProcessThread* thread;
-  // An open block, or the thread: nothing outside it counts, and while it is open nothing comes
-  // there. So a chain of open blocks that have nothing but one another is walked down once.
+  // An open block, or the thread: nothing outside it counts, and while it is open nothing is
+  // added there. So a chain of open blocks that only contain one another is walked down once.
   CExecutionBlock* start;
   ThreadOrder order;
 };

@@ -1,8 +1,8 @@
-// The walks through threads without order that one search needs: each is done once, and either at
-// once or in parts, between two tries of the search.
+// The walks through threads without order that one search needs. Each is done once, either
+// immediately or in parts, between two tries of the search.
 //
-// In parts: a try asks for walks, and goes on without those that have not been done. While some are
-// left its result counts for nothing: they are done, and the search is tried again.
+// In parts: a try asks for walks, and continues without those that are not done. While some are
+// missing its result is not used: they are done, and the search is tried again.
 //
 // Owner    Borrows trace and threads. REQUIRES: nothing changes in the threads meanwhile.
 // Threads  Interface thread.
@@ -19,12 +19,12 @@ class ThreadWalks {
   enum class Way { AtOnce, InParts };
   ThreadWalks(const TraceEvent_i& event, Way way) : m_event(event), m_way(way) {}
 
-  // What the walk through the thread gives; nothing while it is left.
+  // The result of the walk through the thread; none while it is not done.
   std::optional<NodePosition> Through(CExecutionBlock& thread);
   bool AnyLeft() const { return !m_left.empty(); }
-  // A part of those that are left.
+  // Does a part of the missing walks.
   void DoPart();
-  // Nodes that were visited.
+  // The number of visited nodes.
   std::size_t Visited() const { return m_visited; }
 
  private:

@@ -31,16 +31,16 @@ struct TraceSearch::Wanted {
   const TraceEvent_i& event;
   std::uint32_t number;
   ThreadWalks& walks;
-  const CExecutionBlock* block;  // opened by the trace, and no first run has it
+  const CExecutionBlock* block;  // opened by the trace, and not in a first run
 };
 
-// Of the threads that were looked at.
+// The best result of the threads that have been searched.
 struct TraceSearch::Nearest {
   std::size_t row = SIZE_MAX;
-  NodePosition walked;  // the result of a walk, when that is the nearest
+  NodePosition walked;  // the result of a walk, if that is the nearest
   std::uint64_t distance = LastFound::kNone;
-  std::uint64_t knownFrom = 0;  // what is known of each thread holds from this number on
-  bool isTheTrace = false;      // what the trace itself has made, not only something near it
+  std::uint64_t knownFrom = 0;  // the results of all threads are valid from this number on
+  bool isTheTrace = false;      // made by the trace itself, not only near it
 };
 
 // ---- what changes in the tree
@@ -60,7 +60,7 @@ void TraceSearch::OnTrace(CProcessThread& thread, std::uint32_t number, std::uin
   if (change != ThreadOrder::Change::None) ForgetAll(thread);
 }
 
-// What was found held for another order of the thread's numbers.
+// The stored results were for another order of the thread's numbers.
 void TraceSearch::ForgetAll(CProcessThread& thread) {
   RowOf(thread).start = &thread;
   LastOf(thread) = {};
@@ -71,7 +71,7 @@ void TraceSearch::OnClosed(const CExecutionBlock& block) {
   if (row.start == &block) row.start = block.parent;
 }
 
-// Where a search found nothing there still is nothing when something has gone.
+// A search without a hit stays without a hit when something is removed.
 void TraceSearch::OnErased(const CExecutionBlock& owner, std::size_t position) {
   LastFound& last = LastOf(*owner.thread);
   if (!last.IsNothing()) last.Forget();
@@ -101,7 +101,7 @@ void TraceSearch::Recover(std::uint64_t oldestLeaf, std::uint64_t nextLeaf) {
   });
 }
 
-// New threads stand at the end of the rows, and anywhere in the tree.
+// New threads are at the end of the rows, but anywhere in the tree.
 void TraceSearch::SortRows(const CRoot& root) {
   if (std::exchange(m_sorted, true)) return;
   std::vector<ThreadRow> rows;
@@ -134,7 +134,7 @@ NodePosition TraceSearch::FindNearest(const CRoot& root, const TraceEvent_i& eve
                                       ThreadWalks& walks, CExecutionBlock* block) {
   const std::uint32_t number = SequenceNumberOf(event);
   if (block && block->unreachable) block = nullptr;
-  // The walk would meet the trace's own block only as the neighbour before a leaf.
+  // The walk would find the trace's own block only as the neighbour before a leaf.
   if (block && IsOfFirstRun(*block)) {
     if (const NodePosition place = LeafAfterBlock(*block, number)) return place;
     block = nullptr;
@@ -149,14 +149,14 @@ NodePosition TraceSearch::FindNearest(const CRoot& root, const TraceEvent_i& eve
   return {};
 }
 
-// The block came before the second run of its thread, or the thread has one run only: then nothing
-// stops a walk on its way to it, as whatever comes before it has smaller numbers.
+// The block is of its thread's first run, or the thread has only one run. Then nothing stops a walk
+// before it, because everything before it has smaller numbers.
 bool TraceSearch::IsOfFirstRun(const CExecutionBlock& block) const {
   const ThreadOrder& order = RowOf(*block.thread).order;
   return order.IsRising() || (order.Runs() && order.Runs()->IsOfFirstRun(block));
 }
 
-// The place before the leaf that would end the walk after the block, if it is a leaf that does.
+// The position before the leaf that would end the walk after the block, if such a leaf does end it.
 // REQUIRES: the block is of its thread's first run.
 NodePosition TraceSearch::LeafAfterBlock(const CExecutionBlock& block, std::uint32_t wanted) const {
   const ChildList& siblings = block.parent->children;
@@ -169,12 +169,12 @@ NodePosition TraceSearch::LeafAfterBlock(const CExecutionBlock& block, std::uint
 }
 
 TraceSearch::Nearest TraceSearch::LookInThreads(const Wanted& wanted) {
-  // The walk ends at the block that the trace has opened: nothing that was found without it holds.
+  // The walk ends at the block that the trace opened: a result without that block is not valid.
   if (wanted.block) LastOf(*wanted.block->thread).Forget();
   Nearest nearest;
   for (std::size_t row = 0; row < m_last.size() && !nearest.isTheTrace; ++row) {
     const LastFound& last = m_last[row];
-    // Mostly all is known, and of several that are as near the first one counts.
+    // Usually the result is known; of several equally near ones the first one counts.
     if (!last.Knows(wanted.number) || last.DistanceFrom(wanted.number) < nearest.distance)
       Look(row, wanted, nearest);
     nearest.knownFrom = std::max(nearest.knownFrom, last.from);
@@ -192,7 +192,7 @@ void TraceSearch::Look(std::size_t index, const Wanted& wanted, Nearest& nearest
     if (!last.Knows(wanted.number)) m_search.InOneRun(row, last, wanted.number);
     away = last.DistanceFrom(wanted.number);
   } else {
-    // What is known of a thread with two runs may be nearer than what it gives.
+    // The stored result for a thread with two runs may be nearer than its final result.
     const bool hasBlock = wanted.block && wanted.block->thread == row.thread;
     walked = row.order.Runs() && !hasBlock ? m_search.InTwoRuns(row, last, wanted.number)
                                            : WalkThrough(*row.thread, last, wanted);
@@ -205,7 +205,7 @@ void TraceSearch::Look(std::size_t index, const Wanted& wanted, Nearest& nearest
   nearest.walked = walked;
 }
 
-// Only nothing is worth remembering: it holds for all greater numbers.
+// Only the absence of a hit is stored: it is valid for all greater numbers.
 NodePosition TraceSearch::WalkThrough(CProcessThread& thread, LastFound& last,
                                       const Wanted& wanted) {
   const std::optional<NodePosition> place = wanted.walks.Through(thread);

@@ -20,7 +20,7 @@ CExecutionBlock* TwoRuns::OpenIn(const CExecutionBlock& node) const {
   return last && WasOpen(*last) ? last : nullptr;
 }
 
-// The nearest node above that was open has it, or what it is in, on one side of its bar.
+// The nearest open node above has the block, or an ancestor of it, on one side of its bar.
 bool TwoRuns::IsOfFirstRun(const CExecutionBlock& block) const {
   const CExecutionBlock* child = &block;
   while (!WasOpen(*child) && !WasOpen(*child->parent)) child = child->parent;

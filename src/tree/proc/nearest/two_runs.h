@@ -1,12 +1,12 @@
-// Where the numbers of a thread begin anew in its nodes.
+// The point at which the numbers of a thread begin again, in each of its nodes.
 //
-// When the service is started again it numbers traces from 1. The traces of a thread then stand in
-// two runs of rising numbers. Only the nodes that were open at that moment have children of both:
-// the thread, the block that was open in it, and so on down to the innermost one. For each of them
-// this notes how many of its children came before, those of the first run.
+// A restarted service numbers traces from 1 again. The traces of a thread are then in two runs of
+// rising numbers. Only the nodes that were open at that moment have children of both runs: the
+// thread, the block that was open in it, and so on down to the innermost one. For each of them this
+// class stores how many of its children are of the first run.
 //
-// Example  "Begin: B" is 5. The service starts again after 7. In the tree, and as rows of children
-//          by number, with a bar where the second run begins:
+// Example  "Begin: B" is 5. The service is restarted after 7. Below are the tree, and its nodes as
+//          rows of children by number, with a bar where the second run begins:
 //
 //            thread                     thread    3  B5 | 4
 //            |- a           3                         |
@@ -17,15 +17,14 @@
 //            |  `- End      2, new
 //            `- d           4, new
 //
-//          On either side of a bar the numbers rise, so each side is searched by halves. The order
-//          of the tree is kept: down on the left sides, 3 B5 and then 5 7, and up again on the
-//          right ones, 1 2 and then 4. The nearest to 6 is found on the way down: 7 is the first
-//          leaf above it, which ends the search in B; back in the thread 4 is not above 6. For 3
-//          the leaf 5 ends the search in B; then 4, above 3 too, ends that of the thread and
-//          counts.
+//          On either side of a bar the numbers rise, so each side can be searched by binary search.
+//          The order of the tree is: down on the left sides, 3 B5 and then 5 7, and up again on the
+//          right sides, 1 2 and then 4. The nearest to 6 is found on the way down: 7 is the first
+//          leaf above it, which ends the search in B; in the thread 4 is not above 6. For 3 the
+//          leaf 5 ends the search in B; then 4, which is above 3 too, ends the search of the thread
+//          and counts.
 //
-// Owner    Borrows the nodes, and is told when one goes.
-// Threads  Interface thread.
+// Owner    Borrows the nodes, and must be notified when one is removed.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,7 @@
-// The blocks of a procedure tree: a million of them in the tree of a large file.
+// Storage for the blocks of a procedure tree: the tree of a large file has a million of them.
 //
-// Shape    Slots in pieces of 2 MiB; a dropped block's slot is used again. A block never moves.
+// Shape    Slots in pieces of 2 MiB. The slot of a dropped block is used again. A block never
+//          moves.
 // Owner    Owns the blocks.
 // Errors   std::bad_alloc.
 // Threads  Interface thread.
@@ -22,7 +23,7 @@ class BlockStore {
   CExecutionBlock& Make(TraceEvent_i* event, CExecutionBlock& around);
   void Drop(CExecutionBlock& block);
   void Clear();
-  // In no order that means anything.
+  // In an unspecified order.
   template <class Visit>
   void ForEach(Visit&& visit) {
     for (std::size_t piece = 0; piece < Pieces(); ++piece) ForEachIn(piece, visit);

@@ -25,8 +25,8 @@ void ChildList::Forget() {
   m_begin = m_end = m_capacity = m_noLeafBefore = 0;
 }
 
-// Where the front has gone for at least half of the room, the entries move down instead: each has
-// then paid for its move by one that went.
+// If at least half of the space is free at the front, the entries move down instead. Each move is
+// then paid for by an entry that was erased.
 void ChildList::MakeRoom(WordPool& pool) {
   if (m_begin > 0 && m_begin >= m_capacity / 2) {
     std::memmove(m_words, m_words + m_begin, size() * sizeof *m_words);
@@ -56,7 +56,7 @@ void ChildList::Erase(std::size_t position) {
     --m_end;
   }
   if (position < m_noLeafBefore) --m_noLeafBefore;
-  // An emptied list begins anew, so that a short one never grows.
+  // An emptied list starts again at the front, so that a short one never grows.
   if (empty()) m_begin = m_end = 0;
 }
 

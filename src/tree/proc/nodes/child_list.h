@@ -1,10 +1,10 @@
-// The children of a node, in order of arrival: a vector whose front goes as cheaply as its back
-// comes, because a trim takes the oldest traces.
+// The children of a node, in order of arrival: a vector that erases at its front as fast as it
+// appends, because a trim removes the oldest traces.
 //
-// Shape    A word per entry. A bit in the word tells a leaf from a node with children,
-//          so that a walk in search of blocks reads no leaf. Positions are 0..size()-1; they shift
-//          when an entry before them goes.
-// Owner    Owns nothing: the storage is the pool's, and the nodes have stores of their own.
+// Shape    One word per entry. A bit in the word says whether the entry is a leaf, so that a walk
+//          in search of blocks reads no leaf. Positions are 0..size()-1; they shift when an earlier
+//          entry is erased.
+// Owner    Owns nothing: the storage is the pool's, and the nodes are in stores of their own.
 // Errors   std::bad_alloc.
 // Threads  Interface thread.
 #pragma once
@@ -24,7 +24,7 @@ class ChildList {
 
   std::size_t size() const { return m_end - m_begin; }
   bool empty() const { return m_end == m_begin; }
-  // REQUIRES: position < size(), here and below.
+  // REQUIRES: position < size(), here and in the functions after it.
   CTraceEvent* operator[](std::size_t position) const {
     return reinterpret_cast<CTraceEvent*>(m_words[m_begin + position] & ~kLeafBit);
   }
@@ -33,23 +33,23 @@ class ChildList {
   CExecutionBlock* BlockAt(std::size_t position) const;
   CTraceEvent* back() const { return (*this)[size() - 1]; }
 
-  // The pool is the same in all calls.
+  // All calls must use the same pool.
   void AppendLeaf(WordPool& pool, CTraceEvent* leaf) {
     Append(pool, reinterpret_cast<std::uintptr_t>(leaf) | kLeafBit);
   }
   void AppendBlock(WordPool& pool, CTraceEvent* block) {
     Append(pool, reinterpret_cast<std::uintptr_t>(block));
   }
-  // Constant at the front, else it moves the entries on the shorter side.
+  // Constant time at the front; elsewhere it moves the entries on the shorter side.
   void Erase(std::size_t position);
-  // Empty, with the storage given back; or, with the pool cleared, forgotten.
+  // Empties the list and frees its storage. If the pool was cleared, the storage is only forgotten.
   void Clear(WordPool& pool);
   void Forget();
-  // The position of the entry, size() when it is not there. Looks from the front.
+  // The position of the entry; size() if it is not in the list. Searches from the front.
   std::size_t PositionOf(const CTraceEvent* entry) const;
-  // The first leaf at `from` or behind it, size() for none. Asked again and again from about the
-  // same place while the list only loses its front, it is constant: it remembers how far it has
-  // looked.
+  // The position of the first leaf at or after `from`; size() if there is none. It remembers how
+  // far it has searched: repeated calls for about the same position take constant time while the
+  // list is erased only at its front.
   std::size_t FirstLeaf(std::size_t from);
 
  private:

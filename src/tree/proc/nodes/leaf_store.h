@@ -1,9 +1,9 @@
-// The leaves of a procedure tree, in order of arrival, which is the order in which their traces are
-// trimmed: so the store is also the index from an oldest trace to its leaf.
+// The leaves of a procedure tree, in order of arrival. Traces are trimmed in the same order, so the
+// store is also the index from an oldest trace to its leaf.
 //
 // Shape    A queue in blocks of 65,536 leaves on huge pages: no allocation per trace. A leaf never
 //          moves. Positions are 0..size()-1 from the oldest.
-// Owner    The store owns the storage; a leaf is good until it is popped or the store cleared.
+// Owner    The store owns the storage. A leaf is valid until it is popped or the store cleared.
 // Errors   std::bad_alloc.
 // Threads  Interface thread.
 #pragma once
@@ -24,7 +24,7 @@ class LeafStore {
 
   std::size_t size() const { return m_end - m_popped; }
   bool empty() const { return m_end == m_popped; }
-  // Numbers of the oldest leaf and of the next one, ever counted.
+  // Numbers of the oldest leaf and of the next one, counted over all leaves that ever came.
   std::uint64_t Oldest() const { return m_popped; }
   std::uint64_t Next() const { return m_end; }
   // REQUIRES: position < size().
@@ -50,7 +50,7 @@ class LeafStore {
   std::vector<CTraceEvent*> m_blocks;
   CTraceEvent* m_next = nullptr;      // place of the next leaf
   CTraceEvent* m_blockEnd = nullptr;  // end of the last block
-  std::uint64_t m_firstSlot = 0;      // number of the leaf at m_blocks[0], ever counted
+  std::uint64_t m_firstSlot = 0;      // number of the leaf at m_blocks[0]
   std::uint64_t m_popped = 0;         // number of the oldest leaf
   std::uint64_t m_end = 0;            // number of the next leaf
 };

@@ -1,7 +1,8 @@
-// The level nodes by their ids, so that finding a trace's thread is no scan, however many processes
-// and threads there are: the ids of siblings differ, so the first node with an id is the only one.
+// The level nodes by their ids, so that a trace's thread is found without a scan, however many
+// processes and threads there are. The ids of siblings differ, so an id has only one node.
 //
-// Shape    In front a small direct-mapped table of threads, behind it a map per level.
+// Shape    A small direct-mapped table of threads, and a map per level for what is not in the
+//          table.
 // Owner    Owns the nodes.
 #pragma once
 
@@ -28,7 +29,7 @@ class LevelIndex {
   CExecutionBlock& Add(unsigned level, std::uint64_t threadKey,
                        std::unique_ptr<CExecutionBlock> node);
   void Clear();
-  // The threads first.
+  // Visits the threads first.
   template <class Visit>
   void ForEach(Visit&& visit) const {
     for (unsigned level = kThread + 1; level-- > kMachine;)
@@ -36,7 +37,7 @@ class LevelIndex {
   }
 
  private:
-  // The part of a thread's key that names the level.
+  // The part of a thread's key that identifies the level.
   static std::uint64_t KeyAt(unsigned level, std::uint64_t threadKey) {
     return threadKey >> (16 * (kThread - level));
   }

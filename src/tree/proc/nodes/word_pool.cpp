@@ -17,7 +17,7 @@ std::uintptr_t* WordPool::Take(unsigned bits) {
     return words;
   }
   const std::size_t length = std::size_t{1} << bits;
-  // What is left of a block that is too short for the run stays unused.
+  // The rest of a block that is too short for the run stays unused.
   if (static_cast<std::size_t>(m_end - m_next) < length) {
     m_blocks.reserve(m_blocks.size() + 1);
     m_blocks.push_back(NewHugePages(kBlockBytes));

@@ -1,8 +1,8 @@
-// Storage for the child lists of a whole tree: it comes from large blocks of pages and goes back at
-// once, because a tree has a million lists.
+// Storage for the child lists of a whole tree. It comes from large blocks of pages and is freed all
+// at once, because a tree has a million lists.
 //
-// Shape    Runs of 2^bits words. What is given back is used again for runs of the same length. Runs
-//          of 2 MiB and more have pages of their own.
+// Shape    Runs of 2^bits words. A freed run is used again for runs of the same length. Runs of 2
+//          MiB and more have pages of their own.
 // Errors   std::bad_alloc.
 // Threads  Interface thread.
 #pragma once
@@ -21,7 +21,7 @@ class WordPool {
 
   std::uintptr_t* Take(unsigned bits);
   void GiveBack(std::uintptr_t* words, unsigned bits);
-  // All runs are gone.
+  // Frees all runs.
   void Clear();
 
  private:

@@ -8,7 +8,7 @@
 #include <QLineEdit>
 #include <QTreeView>
 
-#include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 #include "listview/source/open_source.h"
 #include "shell/tessera_app.h"
 #include "tree/find/find_dialog.h"

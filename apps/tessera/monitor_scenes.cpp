@@ -5,9 +5,9 @@
 #include <QLineEdit>
 #include <QMenuBar>
 
+#include "docview/commands/command_ids.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
-#include "shell/command_ids.h"
 #include "shell/realtime_frame.h"
 #include "shell/tessera_app.h"
 

@@ -11,6 +11,7 @@
 #include <cstdio>
 
 #include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 #include "shell/tessera_app.h"
 #include "shell/ui/qt_main_frame.h"
 

@@ -9,7 +9,7 @@
 #include <QTimer>
 #include <cstdio>
 
-#include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 #include "listview/rows/trace_view.h"
 #include "palette.h"
 #include "render.h"

@@ -1,8 +1,8 @@
 #include "tree_scenes.h"
 
+#include "docview/commands/command_ids.h"
 #include "records/trc_writer.h"
 #include "render.h"
-#include "shell/command_ids.h"
 #include "shell/realtime_frame.h"
 #include "shell/tessera_app.h"
 #include "tree/proc/proc_view.h"

@@ -1,6 +1,7 @@
 #include "documents/trace_doc.h"
 
 #include "documents/save_traces.h"
+#include "docview/commands/command_ids.h"
 #include "settings/globals.h"
 
 namespace {

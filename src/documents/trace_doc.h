@@ -14,21 +14,6 @@
 #include "records/name_map.h"
 #include "records/trace_list.h"
 
-// Commands of the trace documents' menus.
-enum TraceCommand : unsigned {
-  ID_EDIT_FINDNEXT = 32781,
-  ID_FILE_EXPORT = 32810,
-  ID_VIEW_PROPERTIES = 32813,
-  ID_FILE_SAVECOPY = 32809,
-  ID_VIEW_PROC = 32804,
-  ID_VIEW_GOTOSOURCE = 32822,
-  ID_VIEW_SYNCHRONIZE = 32825,
-  ID_VIEW_FILTER = 32847,
-  ID_FILE_CAPTURE = 32848,
-  ID_VIEW_PAUSE = 32849,
-  ID_VIEW_FITCOLUMNS = 32850,
-};
-
 class CTraceDoc : public CDocument {
  public:
   explicit CTraceDoc(Host& host);

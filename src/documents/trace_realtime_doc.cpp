@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "docview/commands/command_ids.h"
 #include "settings/globals.h"
 
 TraceThread_i* CTraceRealtimeDoc::ConnectToTraceService(const QuorStr::String_t& machine,

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "docview/command.h"
+#include "docview/commands/command.h"
 #include "docview/host.h"
 
 class CFrameWnd;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "docview/commands/command_ids.h"
 #include "docview/document.h"
 #include "docview/frame.h"
 #include "docview/win_app.h"

@@ -1,5 +1,7 @@
 #include "docview/win_app.h"
 
+#include "docview/commands/command_ids.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <utility>

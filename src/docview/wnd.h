@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "docview/command.h"
+#include "docview/commands/command.h"
 #include "docview/host.h"
 
 class CWnd : public CCmdTarget {

@@ -1,5 +1,6 @@
 // The commands that every pane has.
 #include "base/text.h"
+#include "docview/commands/command_ids.h"
 #include "listview/details/trace_detail_dialog.h"
 #include "listview/source/open_source.h"
 #include "panes/trace_pane.h"

@@ -2,10 +2,11 @@
 
 #include <utility>
 
+#include "docview/commands/command_ids.h"
 #include "panes/trace_pane.h"
 #include "settings/registry.h"
-#include "shell/command_ids.h"
 #include "shell/main_frame.h"
+#include "shell/resource_ids.h"
 #include "shell/stored_size.h"
 #include "shell/tessera_app.h"
 #include "tree/proc/proc_view.h"

@@ -4,13 +4,14 @@
 #include <set>
 
 #include "documents/trace_hint.h"
+#include "docview/commands/command_ids.h"
 #include "listview/source/locate_wait.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
 #include "shell/child_frame.h"
-#include "shell/command_ids.h"
 #include "shell/failed_open.h"
 #include "shell/front_words.h"
+#include "shell/resource_ids.h"
 #include "shell/stored_size.h"
 #include "shell/tessera_app.h"
 

@@ -4,7 +4,7 @@
 #include <map>
 #include <span>
 
-#include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 
 namespace {
 

@@ -10,7 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "shell/command_ids.h"
+#include "docview/commands/command_ids.h"
+#include "shell/resource_ids.h"
 
 struct MenuItem {
   unsigned id = 0;  // 0: a separator; ID_FILE_MRU_FILE1: the recent files stand here

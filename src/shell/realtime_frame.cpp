@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "documents/trace_realtime_doc.h"
+#include "docview/commands/command_ids.h"
 #include "settings/globals.h"
 
 namespace {

@@ -5,14 +5,15 @@
 #include "base/text.h"
 #include "config/machine_dialog.h"
 #include "documents/trace_file_doc.h"
+#include "docview/commands/command_ids.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
 #include "shell/child_frame.h"
-#include "shell/command_ids.h"
 #include "shell/failed_open.h"
 #include "shell/realtime_frame.h"
+#include "shell/resource_ids.h"
 
 namespace {
 

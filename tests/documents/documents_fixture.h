@@ -12,6 +12,7 @@
 #include "base/file_gate.h"
 #include "documents/load_progress.h"
 #include "documents/trace_file_doc.h"
+#include "docview/commands/command_ids.h"
 #include "docview/doc_template.h"
 #include "settings/globals.h"
 #include "support/fake_frame.h"

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "docview/commands/command_ids.h"
 #include "realtime_fixture.h"
 
 namespace {

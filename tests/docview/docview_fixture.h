@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "docview/commands/command_ids.h"
 #include "docview/doc_template.h"
 #include "support/fake_frame.h"
 #include "support/recording_host.h"

@@ -6,7 +6,7 @@
 #include <map>
 #include <set>
 
-#include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include <string>
 
 #include "documents/trace_file_doc.h"
+#include "docview/commands/command_ids.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
-#include "shell/command_ids.h"
 #include "support/fake_shell.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"

@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <utility>
 
+#include "docview/commands/command_ids.h"
 #include "docview/wnd.h"
 
 QtDialogFace::QtDialogFace(CDialog& dialog, QWidget* parent)

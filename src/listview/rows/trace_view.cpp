@@ -1,6 +1,7 @@
 #include "listview/rows/trace_view.h"
 
 #include "base/text.h"
+#include "docview/commands/command_ids.h"
 
 CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
     : TracePane(document), m_rows(document.m_traces), m_list(makeList(*this)) {

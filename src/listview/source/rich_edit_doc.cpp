@@ -6,6 +6,7 @@
 #include "base/file_gate.h"
 #include "base/file_stream.h"
 #include "base/new_file.h"
+#include "docview/commands/command_ids.h"
 #include "listview/source/rich_edit_view.h"
 
 namespace {

@@ -1,6 +1,7 @@
 #include "listview/source/rich_edit_view.h"
 
 #include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 
 CRichEditView::CRichEditView(CRichEditDoc& document, const RichEditMaker& makeEdit)
     : CView(document), m_text(document), m_edit(makeEdit(*this)) {

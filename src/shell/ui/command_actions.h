@@ -13,7 +13,7 @@
 #include <functional>
 #include <map>
 
-#include "docview/command.h"
+#include "docview/commands/command.h"
 
 class CommandActions : public QObject {
  public:

@@ -3,6 +3,7 @@
 #include <QMenuBar>
 #include <algorithm>
 
+#include "docview/commands/command_ids.h"
 #include "docview/win_app.h"
 
 namespace {

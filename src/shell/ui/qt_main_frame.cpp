@@ -4,6 +4,7 @@
 #include <QContextMenuEvent>
 #include <QThread>
 
+#include "docview/commands/command_ids.h"
 #include "shell/main_frame.h"
 #include "shell/mdi/ui/child_window.h"
 #include "shell/mdi/ui/mdi_layout.h"

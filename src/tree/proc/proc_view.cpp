@@ -1,5 +1,7 @@
 #include "tree/proc/proc_view.h"
 
+#include "docview/commands/command_ids.h"
+
 #include <utility>
 
 CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)

@@ -1,6 +1,7 @@
 // How the tree view follows its document: the hints and what they make of tree and selection.
 #include <utility>
 
+#include "docview/commands/command_ids.h"
 #include "docview/frame.h"
 #include "tree/proc/model/node_search.h"
 #include "tree/proc/model/proc_build.h"

@@ -2,6 +2,7 @@
 //
 // Both may hold addresses, which no two processes share: these count as alike.
 #include "documents/trace_file_doc.h"
+#include "docview/commands/command_ids.h"
 #include "listview/rows/trace_view.h"
 #include "run_trc.h"
 #include "settings/registry.h"

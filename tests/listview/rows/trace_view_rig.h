@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "docview/commands/command_ids.h"
 #include "listview/rows/trace_view.h"
 #include "settings/registry.h"
 #include "support/fake_row_list.h"

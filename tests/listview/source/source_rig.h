@@ -7,6 +7,7 @@
 #include <string>
 
 #include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 #include "listview/source/locate_wait.h"
 #include "listview/source/open_source.h"
 #include "listview/source/source_doc.h"

@@ -7,7 +7,7 @@
 #include <QMainWindow>
 #include <QTest>
 
-#include "documents/trace_doc.h"
+#include "docview/commands/command_ids.h"
 #include "shell/menu_resources.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "controls/tree/ui/tree_widget.h"
+#include "docview/commands/command_ids.h"
 #include "docview/ui/work_box_face.h"
-#include "shell/command_ids.h"
 #include "shell_fixture.h"
 #include "support/short_pieces.h"
 #include "tree/proc/proc_view.h"

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "docview/commands/command_ids.h"
 #include "support/fake_tree_control.h"
 #include "support/make_event.h"
 #include "support/recording_host.h"

@@ -4,8 +4,7 @@
 #include <QPainterPath>
 #include <map>
 
-#include "documents/trace_doc.h"
-#include "shell/command_ids.h"
+#include "docview/commands/command_ids.h"
 
 namespace {
 

@@ -9,6 +9,7 @@
 #include <QTest>
 #include <functional>
 
+#include "docview/commands/command_ids.h"
 #include "docview/ui/qt_host.h"
 #include "docview/wnd.h"
 #include "support/owed.h"

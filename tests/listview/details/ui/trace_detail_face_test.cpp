@@ -12,6 +12,7 @@
 #include <QTextEdit>
 #include <functional>
 
+#include "docview/commands/command_ids.h"
 #include "docview/ui/hit_color.h"
 #include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/qt_host.h"

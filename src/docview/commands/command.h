@@ -66,31 +66,3 @@ class CCmdTarget {
 // What an item shows before it is seen: the update handler decides, or without one the presence of
 // a handler.
 void UpdateCommand(CCmdTarget& first, CCmdUI& ui);
-
-// The framework's command ids that this program uses; ids of its own stand in shell/command_ids.h.
-enum FrameworkCommand : unsigned {
-  ID_FILE_OPEN = 57601,
-  ID_FILE_CLOSE = 57602,
-  ID_FILE_SAVE = 57603,
-  ID_FILE_SAVE_AS = 57604,
-  ID_FILE_PRINT_SETUP = 57606,
-  ID_FILE_PRINT = 57607,
-  ID_FILE_PRINT_DIRECT = 57608,
-  ID_FILE_PRINT_PREVIEW = 57609,
-  ID_FILE_MRU_FILE1 = 57616,
-  ID_EDIT_CLEAR_ALL = 57633,
-  ID_EDIT_COPY = 57634,
-  ID_EDIT_FIND = 57636,
-  ID_WINDOW_NEW = 57648,
-  ID_WINDOW_ARRANGE = 57649,
-  ID_WINDOW_CASCADE = 57650,
-  ID_WINDOW_TILE_HORZ = 57651,
-  ID_APP_ABOUT = 57664,
-  ID_APP_EXIT = 57665,
-  ID_HELP_INDEX = 57667,
-  ID_CONTEXT_HELP = 57669,
-  ID_HELP = 57670,
-  ID_DEFAULT_HELP = 57671,
-  ID_VIEW_TOOLBAR = 59392,
-  ID_VIEW_STATUS_BAR = 59393,
-};

@@ -1,4 +1,4 @@
-#include "docview/command.h"
+#include "docview/commands/command.h"
 
 #include <utility>
 

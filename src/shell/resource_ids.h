@@ -1,16 +1,5 @@
-// Command and resource ids of the shell. Those of trace documents stand in documents/trace_doc.h,
-// the framework's in docview/command.h.
+// Resource ids of the shell and the panes of its status bar.
 #pragma once
-
-enum ShellCommand : unsigned {
-  ID_VIEW_OPTIONS = 32800,
-  ID_FILE_NEWCONFIG = 32807,
-  ID_CONFIG_ADD = 32811,
-  ID_CONFIG_DELETE = 32812,
-  ID_FILE_NEWMONITOR = 32816,
-  ID_FILE_WIZARD = 32823,
-  ID_WINDOW_TABS = 32901,
-};
 
 enum ShellResource : unsigned {
   IDR_ABOUT = 100,

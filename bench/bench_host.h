@@ -5,7 +5,7 @@
 #include <deque>
 #include <mutex>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "docview/host.h"
 
 class BenchHost final : public Host {

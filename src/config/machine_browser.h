@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 
 // The local machine, then the first name of each other machine in the hosts file, each once (in any
 // case), in alphabetical order.

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 
 class CMachineDlg : public CDialog {
  public:

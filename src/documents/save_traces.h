@@ -13,7 +13,7 @@
 #include <string>
 
 #include "documents/trace_doc.h"
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 
 // The traces to save, in order.
 class TraceSource {

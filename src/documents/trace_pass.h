@@ -8,7 +8,7 @@
 #pragma once
 
 #include "documents/trace_doc.h"
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 
 // Remembers which traces a list holds at a moment.
 class TraceStand {

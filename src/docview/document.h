@@ -60,8 +60,8 @@ class CDocument : public CCmdTarget {
   void SetModifiedFlag(bool modified) { m_modified = modified; }
   bool IsModified() const { return m_modified; }
 
-  // Does long work read the document (docview/long_work.h)? Then nothing may change it: a monitor
-  // leaves its traces in their queue. Several works may nest.
+  // Does long work read the document (docview/dialogs/long_work.h)? Then nothing may change it: a
+  // monitor leaves its traces in their queue. Several works may nest.
   bool IsWorkedOn() const { return m_works > 0; }
   void BeginWork() { ++m_works; }
   void EndWork() { --m_works; }

@@ -49,7 +49,7 @@ struct FileDialogNote {  // a text to read and copy, above the files
 struct FileDialogRequest {
   bool save = false;  // asks before it overwrites the final name; otherwise the file must exist
   std::string title;
-  std::string defaultExtension;  // ".trc", appended as docview/file_name.h says
+  std::string defaultExtension;  // ".trc", appended as docview/dialogs/file_name.h says
   std::string suggestedName;     // may hold a folder
   std::vector<FileFilter> filters;
   std::vector<FileDialogBox> boxes;

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "base/win32_handle.h"
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 
 class CLoadStatus : public CDialog {
  public:

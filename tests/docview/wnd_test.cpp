@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "support/recording_host.h"
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "docview/commands/command_ids.h"
 #include "listview/details/trace_iterator.h"
 #include "support/make_event.h"
 #include "support/recording_host.h"

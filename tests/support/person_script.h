@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "docview/host.h"
 
 class PersonScript {

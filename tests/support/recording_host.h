@@ -22,7 +22,7 @@
 #include <utility>
 #include <vector>
 
-#include "docview/work_box.h"
+#include "docview/dialogs/work_box.h"
 #include "support/person_script.h"
 #include "support/posted_work.h"
 #include "support/question_text.h"

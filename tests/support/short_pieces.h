@@ -1,7 +1,7 @@
 // While it stands, long work shows its box after its first part and does one part at a time.
 #pragma once
 
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 
 class ShortPieces {
  public:

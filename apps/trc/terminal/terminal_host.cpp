@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "terminal/output.h"
 
 namespace {

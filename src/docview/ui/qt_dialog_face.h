@@ -11,7 +11,7 @@
 #include <QDialog>
 #include <functional>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "docview/ui/dialog_place.h"
 
 class QtDialogFace : public QDialog {

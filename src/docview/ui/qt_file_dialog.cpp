@@ -17,7 +17,7 @@
 #include <QTreeView>
 #include <algorithm>
 
-#include "docview/file_name.h"
+#include "docview/dialogs/file_name.h"
 #include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/screen_fit.h"
 

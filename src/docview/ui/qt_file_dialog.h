@@ -1,7 +1,7 @@
 // The file dialog, drawn by Qt itself because the platform's own holds no check boxes.
 //
-// Saving    The default extension is appended as docview/file_name.h says, the overwrite question
-//           names the final file, and the folder must exist and let itself be entered.
+// Saving    docview/dialogs/file_name.h appends the default extension, the overwrite question names
+//           the final file, and the folder must exist and let itself be entered.
 // Opening   The file must exist.
 //
 // Files     None is read to show its icon or its kind: one that waits for its writer would hold the

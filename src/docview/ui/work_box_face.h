@@ -5,8 +5,8 @@
 
 #include <QProgressBar>
 
+#include "docview/dialogs/work_box.h"
 #include "docview/ui/qt_dialog_face.h"
-#include "docview/work_box.h"
 
 class WorkBoxFace final : public QtDialogFace {
  public:

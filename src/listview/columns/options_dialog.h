@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "settings/globals.h"
 
 class COptionsDlg : public CDialog {

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "listview/details/trace_iterator.h"
 #include "tree/find/find_hits.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 
 class CExportDialog {
  public:

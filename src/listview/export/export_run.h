@@ -10,7 +10,7 @@
 #include <string>
 
 #include "documents/trace_doc.h"
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 
 // The lines, in order.
 class ExportText {

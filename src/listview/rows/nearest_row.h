@@ -8,7 +8,7 @@
 // Threads  Interface thread.
 #pragma once
 
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 #include "listview/rows/row_store.h"
 
 class NearestRow final : public LongWork {

@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "listview/source/rich_edit.h"
 
 class FindTextDialog : public CDialog {

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 
 class LocateWait : public CDialog {
  public:

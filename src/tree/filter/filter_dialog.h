@@ -11,7 +11,7 @@
 
 #include <memory>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "tree/filter/filter_tree.h"
 #include "tree/filter/trace_filter.h"
 

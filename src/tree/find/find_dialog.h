@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 
 class CFindDialog : public CDialog {
  public:

@@ -1,6 +1,6 @@
 #include "tree/find/find_search.h"
 
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 #include "tree/find/find_dialog.h"
 #include "tree/regex/regex.h"
 

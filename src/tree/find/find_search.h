@@ -10,9 +10,9 @@
 //                   if (result == FindResult::Hit) go to the position of the walk;
 //                   if (result == FindResult::NotFound) TellNotFound(host);
 //
-// A search is long work (docview/long_work.h). A cancelled search is no hit and gets no message.
-// Nothing that a walk reads changes meanwhile: the user reaches only the box, and a monitor leaves
-// its traces in the queue.
+// A search is long work (docview/dialogs/long_work.h). A cancelled search is no hit and gets no
+// message. Nothing that a walk reads changes meanwhile: the user reaches only the box, and a
+// monitor leaves its traces in the queue.
 //
 // Threads  Interface thread.
 #pragma once

@@ -8,7 +8,7 @@
 // Threads  Interface thread.
 #pragma once
 
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 #include "tree/proc/model/proc_items.h"
 #include "tree/proc/nodes/nodes.h"
 

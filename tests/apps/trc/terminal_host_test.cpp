@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
 #include "terminal/interrupt.h"

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 #include "tree/proc/model/proc_model.h"
 
 class NodeSearch final : public LongWork {

@@ -1,5 +1,5 @@
 // Which names of a save dialog get an extension.
-#include "docview/file_name.h"
+#include "docview/dialogs/file_name.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 
+#include "docview/dialogs/work_box.h"
 #include "docview/document.h"
-#include "docview/work_box.h"
 
 bool LongWork::DoPiece(std::chrono::milliseconds time) {
   const auto end = std::chrono::steady_clock::now() + time;

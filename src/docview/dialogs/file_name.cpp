@@ -1,4 +1,4 @@
-#include "docview/file_name.h"
+#include "docview/dialogs/file_name.h"
 
 #include <algorithm>
 #include <cctype>

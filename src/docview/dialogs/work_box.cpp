@@ -1,4 +1,4 @@
-#include "docview/work_box.h"
+#include "docview/dialogs/work_box.h"
 
 #include <utility>
 

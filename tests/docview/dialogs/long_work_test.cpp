@@ -1,5 +1,5 @@
 // Long work: its pieces, its box, its Cancel.
-#include "docview/long_work.h"
+#include "docview/dialogs/long_work.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "docview/dialog.h"
+#include "docview/dialogs/dialog.h"
 
 int CDialog::DoModal() {
   m_result = 0;

@@ -4,8 +4,8 @@
 // Threads  Interface thread.
 #pragma once
 
-#include "docview/dialog.h"
-#include "docview/long_work.h"
+#include "docview/dialogs/dialog.h"
+#include "docview/dialogs/long_work.h"
 
 class CWorkBox : public CDialog {
  public:

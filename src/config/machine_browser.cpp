@@ -13,8 +13,7 @@ bool IsLoopback(const std::string& address) {
   return address == "::1" || address.rfind("127.", 0) == 0;
 }
 
-// Networks, multicast groups and names that are to lead nowhere, which hosts files list beside
-// machines.
+// Hosts files also list networks, multicast groups, and names that are blocked on purpose.
 bool IsNoMachine(const std::string& address) {
   return address == "0.0.0.0" || address == "::" || address == "255.255.255.255" ||
          address == "fe00::0" || address.rfind("ff0", 0) == 0;
@@ -34,7 +33,7 @@ std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& loca
     std::istringstream words(line.substr(0, line.find('#')));
     std::string address, name;
     if (!(words >> address >> name) || IsLoopback(address) || IsNoMachine(address)) continue;
-    // A machine's own line may begin with its full name.
+    // A machine's line may begin with its full name.
     if (!known(name) && !known(name.substr(0, name.find('.')))) machines.push_back(name);
   }
   std::sort(machines.begin(), machines.end(), [](const std::string& a, const std::string& b) {

@@ -1,8 +1,8 @@
-// Choosing a machine from those that this one knows by name.
+// A dialog to choose a machine from those whose names this machine knows.
 //
-// Shape    There is no list of the machines of a network, but every system has one of its own:
-//          the hosts file. Its names are offered behind the local machine's.
-// Errors   A hosts file that cannot be read offers nothing.
+// Shape    No system lists the machines of a network, but every system has a hosts file. Its names
+//          are listed after the local machine's.
+// Errors   A hosts file that cannot be read gives no names.
 // Threads  Interface thread.
 #pragma once
 
@@ -28,7 +28,7 @@ class CMachineBrowser : public CDialog {
   // REQUIRES: index < m_machines.size(), or -1 for none.
   void OnSelect(int index) { m_selected = index; }
   bool MayOK() const { return m_selected >= 0; }
-  // Without a choice the dialog stays.
+  // Without a choice the dialog stays open.
   void OnOK() override {
     if (MayOK()) CDialog::OnOK();
   }

@@ -15,14 +15,14 @@ class CMachineDlg : public CDialog {
   // Starts with the local machine, whatever was asked before.
   CMachineDlg(Host& host, std::string prompt);
 
-  // The face hands over what stands in the edit field before it calls either of these.
+  // The face passes the content of the edit field before it calls either of these.
   void SetMachine(std::string text) { m_strMachine = std::move(text); }
-  // An emptied field stands for the local machine.
+  // An empty field means the local machine.
   void OnOK() override;
-  // Lets the user choose among the machines that this one knows; the field keeps its text when
-  // nothing is chosen.
+  // Lets the user choose among the machines that this one knows. Without a choice the field keeps
+  // its text.
   void OnBrowse();
 
-  std::string m_strMachine;  // what the edit field shows; not empty after OK
+  std::string m_strMachine;  // the text of the edit field; not empty after OK
   const std::string m_strPrompt;
 };

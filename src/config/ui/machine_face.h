@@ -1,6 +1,6 @@
 // The windows of "Machine Query" and of its browser.
 //
-// Every control's object name tells what it is: "machine", "browse", "machines".
+// The object names of the controls: "machine", "browse", "machines".
 //
 // Threads  Interface thread.
 #pragma once

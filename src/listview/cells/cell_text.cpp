@@ -17,8 +17,8 @@ std::string TicCountText(const TraceEvent_i& event) {
 std::string TicDiffText(const TraceEvent_i& event, const TraceEvent_i* previous) {
   const std::uint64_t tic = event.GetTicCount();
   if (!previous || tic == 0 || event.GetPidId() != previous->GetPidId()) return kNotAvailable;
-  // Kept: a previous trace without a tic count, or with a later one, still gives a difference, then
-  // a huge one. The numbers are unsigned, so it is defined.
+  // Kept: a previous trace without a tic count, or with a later one, gives a difference too, which
+  // is then very large. The numbers are unsigned, so it is defined.
   return std::to_string(tic - previous->GetTicCount());
 }
 
@@ -54,7 +54,7 @@ std::string CellText(Column column, const TraceEvent_i& event, const TraceEvent_
     case Column::Trace:
       return event.GetText();
     case Column::Source:
-      // Kept: a trace without a source file reads ":0".
+      // Kept: a trace without a source file shows ":0".
       return event.GetSourceFileName(names) + ":" + std::to_string(event.GetSourceLine());
     case Column::Stack:
       return event.GetStack();

@@ -1,14 +1,15 @@
-// What the list shows in a cell. trc prints the same texts.
+// The text of a list cell. trc prints the same texts.
 //
-// Errors   None: an unknown name is empty, a column that does not exist gives an empty cell.
-// Threads  Touches only its arguments: the caller passes what g_useUtc says.
+// Errors   None: an unknown name is empty, an invalid column gives an empty cell.
+// Threads  Touches only its arguments: the caller passes the value of g_useUtc.
 #pragma once
 
 #include <string>
 
 #include "records/trace_event.h"
 
-// A column's identity in all tables, settings and exports; screen order is separate.
+// The identity of a column in all tables, settings and exports; the order on the screen is
+// separate.
 enum class Column : int {
   Sev,
   Count,

@@ -29,13 +29,13 @@ namespace {
 
 constexpr char kOrderValue[] = "Column Order";
 constexpr char kVersionValue[] = "Version";
-constexpr char kBeforeVersions[] = "2.x";  // what a store without a version reads as
+constexpr char kBeforeVersions[] = "2.x";  // the version of a store without one
 constexpr char kThisVersion[] = "3.1.0";
 
-// The stored form is little-endian, as the machines are that this program runs on.
+// The stored form is little-endian, like the machines that this program runs on.
 static_assert(sizeof(ColumnOrder) == 60);
 
-// Orders of the older versions lack the later columns.
+// Orders of older versions lack the later columns.
 ColumnOrder Widened(ColumnOrder order) {
   if (order[12] == 12) {
     order[12] = 14;
@@ -43,7 +43,7 @@ ColumnOrder Widened(ColumnOrder order) {
     order[14] = 13;
   } else {
     // Kept: the default order, whose entry 12 is 14, gets 14 twice here and loses 12. The control
-    // brings it back.
+    // adds it again.
     order[13] = 13;
     order[14] = 14;
   }
@@ -61,7 +61,7 @@ std::optional<Column> ColumnByHeader(std::string_view header) {
 int StoredColumnWidth(Column column) {
   const unsigned width = NtRegGet(HKEY_CURRENT_USER, kRegColumns,
                                   kColumns[static_cast<std::size_t>(column)].header, 0u);
-  // A store may hold anything; no screen is wider than what 16 bits count.
+  // A store may contain any number; no screen is wider than 16 bits can count.
   return width > std::numeric_limits<std::uint16_t>::max() ? 0 : static_cast<int>(width);
 }
 

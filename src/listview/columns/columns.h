@@ -1,4 +1,4 @@
-// The fifteen columns, and what the settings store knows of them: widths, order, version.
+// The fifteen columns, and their values in the settings store: widths, order, version.
 //
 // Threads  Interface thread.
 #pragma once
@@ -31,7 +31,7 @@ std::optional<Column> ColumnByHeader(std::string_view header);
 // The stored width in pixels, 0 when there is none.
 int StoredColumnWidth(Column column);
 void StoreColumnWidth(Column column, int widthPx);
-// The order that a new list view uses. The first call in a store without a version, or with that of
-// the older programs, widens the stored order and writes the version, but not the order.
+// The order for a new list view. The first call with a store that has no version, or the version of
+// an older program, widens the stored order and writes the version, but not the order.
 ColumnOrder ReadColumnOrder();
 void StoreColumnOrder(const ColumnOrder& order);

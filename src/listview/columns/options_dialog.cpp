@@ -14,7 +14,7 @@ constexpr unsigned kTicDifferenceBox = 1078;
 constexpr unsigned kUtcBox = 1167;
 constexpr unsigned kTintBox = 1168;
 
-// The sign and digits of an integer of any size; more than 64 bits stay at the largest number.
+// The sign and digits of an integer of any size; a number beyond 64 bits becomes the largest one.
 std::optional<std::int64_t> ParseInteger(const std::string& text) {
   const std::size_t first = text.find_first_not_of(" \t");
   if (first == std::string::npos) return std::nullopt;
@@ -54,8 +54,8 @@ const std::vector<COptionsDlg::Box>& COptionsDlg::Boxes() {
       {1158, "Attributes", 9, true, &COptionsDlg::m_attributes},
       {1046, "PID", 10, true, &COptionsDlg::m_pid},
       {1047, "TID", 11, true, &COptionsDlg::m_tid},
-      // Kept: "Trace" stands for the flag of column 14, "Stack". With the defaults it is unticked
-      // though the column "Trace" shows; it is disabled, so that nobody can be misled by a click.
+      // Kept: "Trace" is the flag of column 14, "Stack". With the defaults it is unticked though
+      // the column "Trace" is shown. It is disabled, so that a click cannot mislead anybody.
       {1071, "Trace", 14, false, &COptionsDlg::m_stack},
   };
   return boxes;
@@ -84,7 +84,7 @@ void COptionsDlg::OnBoxClicked(unsigned id) {
     return;
   }
   const Box* box = FindBox(id);
-  // Kept: the box of 1078 has no such handler. The exchange gives it its value all the same.
+  // Kept: the box 1078 has no such handler. The exchange sets its value nevertheless.
   if (!box || !box->enabled || id == kTicDifferenceBox) return;
   this->*box->member = !(this->*box->member);
 }

@@ -24,16 +24,16 @@ class COptionsDlg : public CDialog {
     bool enabled;
     int COptionsDlg::*member;
   };
-  // In the order in which they stand on the screen.
+  // In their order on the screen.
   static const std::vector<Box>& Boxes();
   static const char* Title();       // "Options"
   static std::string LimitRange();  // "2,500 to 1,000,000"
 
   // A click flips the member, except that of 1078; the exchange at OK replaces them in any case.
-  // 1167 is the box of UTC, 1168 that of the tints.
+  // 1167 is the box for UTC, 1168 the box for the tints.
   void OnBoxClicked(unsigned id);
-  // The data exchange: what the controls hold, then the range of the limit. A disabled box changes
-  // nothing. False leaves the dialog open, and a message has been shown.
+  // The data exchange: reads the controls, then checks the range of the limit. A disabled box
+  // changes nothing. False leaves the dialog open, after a message.
   bool Exchange(const std::vector<std::pair<unsigned, bool>>& boxes, bool utc,
                 const std::string& limitText, bool tint = true);
 
@@ -46,6 +46,6 @@ class COptionsDlg : public CDialog {
   int m_tint;  // rows of warnings and errors
 };
 
-// What the application does after OK: sets the globals and stores the values. The caller then tells
-// the views.
+// Applies the dialog after OK: sets the globals and stores the values. The caller then notifies the
+// views.
 void ApplyOptions(const COptionsDlg& dialog);

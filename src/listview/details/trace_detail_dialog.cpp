@@ -109,7 +109,7 @@ void CTraceDetailDialog::FillFields(const TraceEvent_i& event) {
   m_ticDifference = TicDifference(ticCount);
 }
 
-// The hits are those of the text as it was traced: each line's end before one moves it by a byte.
+// The hits refer to the text as it was traced: each line end before a hit moves it by a byte.
 void CTraceDetailDialog::FillText(const std::string& text) {
   m_text = WithCarriageReturns(text);
   m_hits = m_findHits.In(text);
@@ -127,9 +127,9 @@ void CTraceDetailDialog::FillText(const std::string& text) {
   }
 }
 
-// Kept: two real steps of the cursor, which move a list's selection away and back, and have other
-// views follow where they are synchronised. Unlike a list's column, the two traces may be of
-// different processes; a difference below 0 wraps.
+// Kept: two real steps of the cursor, which move a list's selection away and back; synchronised
+// views follow them. Unlike in a list's column, the two traces may be of different processes. A
+// difference below 0 wraps.
 std::string CTraceDetailDialog::TicDifference(std::uint64_t ticCount) {
   if (ticCount == 0 || !m_iterator.HasPrev()) return kNotAvailable;
   m_iterator.Prev();

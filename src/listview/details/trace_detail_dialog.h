@@ -1,9 +1,9 @@
-// "Trace Properties": every field of one trace, its text in full and its stack line by line, and
-// the way to the trace before or behind it.
+// "Trace Properties": every field of one trace, its whole text, its stack line by line, and buttons
+// for the next and the previous trace.
 //
-// The cursor stands on the trace to show, and when the dialog ends on the one last shown. The
-// dialog changes nothing and does not follow the document: a monitor may add and trim traces behind
-// it, so it reads the trace under the cursor only while it fills its fields.
+// The cursor is at the trace to show; when the dialog ends it is at the last shown trace. The
+// dialog changes nothing and does not follow the document. A monitor may add and trim traces
+// meanwhile, so the dialog reads the trace at the cursor only while it fills its fields.
 //
 // Owner    Borrows the cursor and the names.
 // Threads  Interface thread.
@@ -23,11 +23,11 @@ class CTraceDetailDialog : public CDialog {
   CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names);
 
   void OnInitDialog() override;
-  // REQUIRES: there is a trace in that direction. Kept: one is not looked for again.
+  // REQUIRES: there is a trace in that direction. Kept: this is not checked again.
   void OnNext();
   void OnBack();
 
-  // What the fields show, UTF-8; all empty when the cursor has no trace.
+  // The content of the fields, UTF-8; all empty when the cursor has no trace.
   std::string m_application, m_count, m_machine, m_pid, m_tid, m_time;
   std::string m_text;            // lines end in CR LF
   std::vector<HitRange> m_hits;  // of the last search, in m_text
@@ -37,7 +37,7 @@ class CTraceDetailDialog : public CDialog {
   bool m_stackEnabled = false;
   bool m_hasNext = false, m_hasBack = false;  // as of the last filling
 
-  // The fields with their captions, group by group; "Stack:" is not among them.
+  // The fields with their captions, group by group, except "Stack:".
   struct Field {
     unsigned id;
     const char* group;

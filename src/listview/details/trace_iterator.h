@@ -1,8 +1,8 @@
-// A cursor over the traces that a view shows, for the properties dialog. The list has one, the tree
-// has another.
+// A cursor over the traces that a view shows, for the properties dialog. The list has one and the
+// tree has another.
 //
-// Owner    Borrows view and traces. No hint tells it anything: while a dialog runs, a monitor adds
-//          and trims rows, and the cursor's index keeps its number.
+// Owner    Borrows view and traces. It gets no hints: while a dialog runs, a monitor adds and trims
+//          rows, and the cursor keeps its row number.
 // Threads  Interface thread.
 #pragma once
 
@@ -11,15 +11,15 @@
 class CTraceIterator {
  public:
   virtual ~CTraceIterator() = default;
-  // Move to the following or the earlier item, show it as the selection, update `current`. They
-  // check nothing: ask HasNext or HasPrev first.
+  // Move to the next or the previous item, select it, and update `current`. They check nothing:
+  // call HasNext or HasPrev first.
   virtual void Next() = 0;
   virtual void Prev() = 0;
   virtual bool HasNext() const = 0;
   virtual bool HasPrev() const = 0;
 
-  // The person cancelled the last move, which takes long where there is much to open: the cursor is
-  // where it was.
+  // The user cancelled the last move, which takes long if many items must be made. The cursor has
+  // not moved.
   bool cancelled = false;
-  TraceEvent_i* current = nullptr;  // may be null after a trim behind the cursor
+  TraceEvent_i* current = nullptr;  // may be null after a trim
 };

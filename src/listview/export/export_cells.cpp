@@ -28,9 +28,9 @@ void WriteBufferAddress(std::string& out, const std::string& text) {
   WriteNumber(out, reinterpret_cast<std::uintptr_t>(text.data()), 16);
 }
 
-// Kept: three columns hold the address of the buffer that has their text, not the text: files of
-// this format are read by programs that skip those cells. Safe: it is only a number, and what needs
-// the values has the clean formats.
+// Kept: three columns contain the address of the buffer with their text, not the text. Programs
+// that read this format skip these cells. Safe: the address is only a number, and the clean formats
+// have the values.
 AddressWriter addressWriter = WriteBufferAddress;
 
 void WriteSeverity(std::string& out, const TraceEvent_i& event) {
@@ -79,7 +79,7 @@ std::vector<Column> ExportColumns(const ColumnOrder& order, const ColumnFlags& s
 
 void WriteQuoted(std::string& out, std::string_view text) {
   out += '"';
-  std::size_t plain = 0;  // where the run of plain bytes begins
+  std::size_t plain = 0;  // the beginning of the run of plain bytes
   for (std::size_t at = 0; at < text.size(); ++at) {
     if (text[at] != '"' && text[at] != '\\') continue;
     out += text.substr(plain, at - plain);

@@ -1,10 +1,10 @@
-// The text of an export: a header line, then a line per trace, cells parted by commas. The lines
-// come without their ends, which are the file's.
+// The text of an export: a header line, then a line per trace, with commas between the cells. The
+// file adds the line ends.
 //
-// Shape    UTF-8 as it stands in the traces. Texts, sources and stacks are quoted, with a backslash
-//          before each quote and backslash in them. Names and times are quoted as they are. A trace
-//          of several lines stays in its quotes.
-// Errors   None: a cell that has no value is empty, with its comma.
+// Shape    UTF-8 as in the traces. Texts, sources and stacks are quoted, with a backslash before
+//          each quote and backslash in them. Names and times are quoted without changes. A trace of
+//          several lines stays within its quotes.
+// Errors   None: a missing value gives an empty cell, with its comma.
 // Threads  Pure, but for SetAddressWriter.
 #pragma once
 
@@ -22,8 +22,8 @@ void WriteQuoted(std::string& out, std::string_view text);
 void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
                      const TraceEvent_i* previous, const NameMap& names, bool utc);
 
-// How the cells of addresses are written. Tests, which cannot foresee an address, put one of their
-// own in its place. Gives the writer until now.
+// Writes the cells with addresses. Tests, which cannot foresee an address, replace it. Returns the
+// previous writer.
 using AddressWriter = void (*)(std::string& out, const std::string& text);
 AddressWriter SetAddressWriter(AddressWriter writer);
 

@@ -6,7 +6,7 @@ namespace {
 
 const FileFilter kAllFiles{"All Files (*.*)", "*"};
 
-// A box that was not offered, or could not be clicked, is not set.
+// A box that was not offered or was disabled counts as not set.
 bool BoxOf(const FileDialogAnswer& answer, std::size_t box, bool enabled) {
   return enabled && box < answer.boxes.size() && answer.boxes[box];
 }

@@ -1,6 +1,6 @@
 // The save dialogs of an export and of a saved selection: file dialogs with check boxes.
 //
-// Errors   None: a user who cancels has chosen nothing.
+// Errors   None: after a cancel nothing is chosen.
 // Threads  Interface thread.
 #pragma once
 
@@ -42,7 +42,7 @@ class CSaveAsDialog {
   std::string m_path;
 };
 
-// What both offer for a document: its path, or the title of one without a path, up to its last ".".
-// Kept: a path whose only "." stands in a folder's name is cut there, and so is the title of a
-// monitor of "host.domain". Safe: it is a proposal, which the user sees.
+// The name that both suggest for a document: its path, or its title if it has no path, up to the
+// last ".". Kept: a path whose only "." is in the name of a folder is cut there, and so is the
+// title of a monitor of "host.domain". Safe: it is only a suggestion, which the user sees.
 std::string SuggestedName(std::string_view path, std::string_view title);

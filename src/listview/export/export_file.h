@@ -1,8 +1,8 @@
-// The file of an export: text that is collected and handed over in large pieces.
+// The file of an export. Text is collected and written in large pieces.
 //
 // Owner    Holds the file from Open to Close or its end. What was written stays on the disk.
-// Errors   Open says whether it worked. A write that fails is remembered: nothing more is written,
-//          and Close says so.
+// Errors   Open returns success or failure. After a failed write nothing more is written, and Close
+//          returns false.
 // Threads  One at a time.
 #pragma once
 
@@ -14,10 +14,10 @@
 class ExportFile {
  public:
   ~ExportFile() { Close(); }
-  // Makes the file anew; one that is open elsewhere in this program is left alone.
+  // Creates the file; fails if it is open elsewhere in this program.
   bool Open(const std::string& path, std::string* why = nullptr);
 
-  // What has not been handed over yet: a caller appends its line to it and then calls EndLine.
+  // The text that is not written yet: a caller appends its line to it and then calls EndLine.
   std::string& Buffer() { return m_buffer; }
   // Ends the line. False when nothing more can be written.
   bool EndLine() {
@@ -26,7 +26,7 @@ class ExportFile {
   }
   // True when every byte reached the file.
   bool Close();
-  // The errno of the write that failed, 0 for none.
+  // The errno of the failed write, 0 for none.
   int Error() const { return m_error; }
 
  private:

@@ -14,7 +14,7 @@ class ExportWriting final : public LongWork {
       : m_stand(document.m_traces), m_file(file), m_text(text) {}
 
   bool DoPart() override {
-    // The traces of the text may be gone then.
+    // The traces of the text may have been released by then.
     m_good = m_good && m_stand.Holds();
     for (int i = 0; m_good && i < kLinesPerPart; ++i) {
       if (!m_text.Next(m_file.Buffer())) return true;
@@ -50,7 +50,7 @@ ExportResult RunExport(CTraceDoc& document, const std::string& path, ExportText&
   if (!RunLongWork(host, &document, {"Tessera", "Exporting..."}, writing))
     return ExportResult::Cancelled;
   const bool written = lines.Close() && writing.Good();
-  // Kept: what was written stays under the name, also behind a write that failed.
+  // Kept: the part that was written stays under the name, also after a failed write.
   if (!file.Finish(&why)) return TellNotOpened(host);
   return written ? ExportResult::Whole : ExportResult::Failed;
 }

@@ -1,8 +1,9 @@
 // Writes the text file of an export as long work.
 //
-// Owner    Borrows everything for the one call. What was written before a write failed stays on the
-//          disk. An export that the person cancelled leaves no file, and an existing one as it was.
-// Errors   A box says that the file cannot be opened. The rest is the caller's to say.
+// Owner    Borrows everything for the one call. After a failed write the part that was written
+//          stays on the disk. An export that the user cancelled leaves no new file, and an existing
+//          one as it was.
+// Errors   A message box says if the file cannot be opened. The caller reports everything else.
 // Threads  Interface thread.
 #pragma once
 
@@ -15,9 +16,9 @@
 // The lines, in order.
 class ExportText {
  public:
-  // Appends the next one, without its end; false behind the last.
+  // Appends the next line, without its end; false after the last line.
   virtual bool Next(std::string& out) = 0;
-  virtual std::optional<int> Progress() const = 0;  // as that of LongWork
+  virtual std::optional<int> Progress() const = 0;  // as in LongWork
 
  protected:
   ~ExportText() = default;

@@ -23,7 +23,7 @@ bool NearestRow::DoPart() {
   return m_next >= all;
 }
 
-// Is it the last row to look at?
+// Is this the last row to check?
 bool NearestRow::Look() {
   const TraceEvent_i* const event = m_rows.EventAt(m_next);
   if (event == &m_target) {
@@ -32,7 +32,7 @@ bool NearestRow::Look() {
   }
   const std::uint32_t number = NumberOf(*event);
   if (number > m_wanted) {
-    // A row before has a number up to the wanted one, so neither difference wraps.
+    // Every earlier row has a number up to the wanted one, so neither difference wraps.
     const bool earlier = m_next > 0 && m_wanted - m_previous <= number - m_wanted;
     m_row = earlier ? m_next - 1 : m_next;
     return true;

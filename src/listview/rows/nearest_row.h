@@ -1,10 +1,10 @@
-// The search for the row of a trace, or for the nearest by sequence number, as long work: every row
-// before it has to be looked at.
+// The search for the row of a trace, or for the nearest row by sequence number, as long work: it
+// checks every row before the result.
 //
-// The first row that shows the target counts; else of the two rows around the first greater number
-// the nearer one, the earlier on a tie; none when all rows have smaller numbers.
+// The first row with the target counts. Otherwise, of the two rows around the first greater number
+// the nearer one counts, the earlier one on a tie. No row counts if all have smaller numbers.
 //
-// Owner    Borrows rows and target. REQUIRES: neither changes while it is under way.
+// Owner    Borrows rows and target. REQUIRES: neither changes until it is done.
 // Threads  Interface thread.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The rows of a list that go into a file, in order: all, or the selected ones.
+// The rows of a list that are written to a file, in order: all, or the selected ones.
 //
 // Owner    Borrows rows and control.
 // Threads  Interface thread.
@@ -15,13 +15,13 @@ class RowSource final : public TraceSource {
 
   const TraceEvent_i* Next() override;
   std::optional<int> Progress() const override;
-  // The trace of the row above the one that Next gave last, whether it is selected or not; null for
-  // the first.
+  // The trace of the row above the last one from Next, whether it is selected or not; null for the
+  // first row.
   const TraceEvent_i* Above() const { return m_row > 0 ? m_rows.EventAt(m_row - 1) : nullptr; }
 
  private:
   const RowStore& m_rows;
   const RowList& m_list;
   const bool m_selectedOnly;
-  int m_row = -1;  // that Next gave last; the number of rows behind the last
+  int m_row = -1;  // the last row from Next; the number of rows after the last one
 };

@@ -64,10 +64,10 @@ TraceEvent_i* RowStore::InWindow(std::uint64_t position) const {
   return m_traces[static_cast<std::size_t>(position - m_traces.Popped())];
 }
 
-// The event is the one behind the window: the window grows by it.
+// The event is the next one after the window: the window grows by it.
 bool RowStore::ExtendWindow(const TraceEvent_i* event) {
-  // A drain may trim traces that it has not yet told of. Then all rows are gone and the next trace
-  // stands at the front of the document's list, or behind others that the filter hides.
+  // A drain may have trimmed traces that it has not reported yet. If all rows were trimmed, the
+  // next trace is at the front of the document's list, or after others that the filter hides.
   if (m_begin == m_end && m_end < m_traces.Popped()) m_begin = m_end = m_traces.Popped();
   if (m_end - m_traces.Popped() >= m_traces.size() || InWindow(m_end) != event) return false;
   ++m_end;

@@ -1,10 +1,10 @@
 // The rows of a list view: the document's traces that pass its filter, in document order.
 //
-// Shape    While nothing has been filtered out the rows are a window on the document's own list and
-//          cost nothing; otherwise a TraceRow each, in a queue whose entries never move.
-// Owner    Borrows the list and the traces. A trace leaves the store before it is released. When
-//          the list has been cleared or replaced, the store has no rows until Clear or ShowAll, and
-//          the pointers that it held are not read.
+// Shape    While nothing is filtered out, the rows are a window on the document's own list and take
+//          no memory. Otherwise there is a TraceRow for each, in a queue whose entries never move.
+// Owner    Borrows the list and the traces. A trace is removed from the store before it is
+//          released. After the list was cleared or replaced, the store has no rows until Clear or
+//          ShowAll, and does not read its old pointers.
 // Threads  Interface thread.
 #pragma once
 
@@ -29,15 +29,15 @@ class RowStore {
   bool Has(int row) const { return row >= 0 && row < Size(); }
 
   void Clear();
-  // The rows are those of another store on the same list, which loses them.
+  // Takes the rows of another store on the same list, which has none afterwards.
   void TakeOver(RowStore& other);
-  // The rows are all traces that the document holds now.
+  // The rows become all traces of the document.
   void ShowAll();
-  // REQUIRES: the document holds the event, behind those of the rows there are.
+  // REQUIRES: the document has the event, after those of the existing rows.
   void Append(TraceEvent_i* event);
-  // Takes the row of the event out and gives its index, -1 when no row shows it. A document trims
-  // its oldest traces, and rows stand in document order, so the search begins at the front and a
-  // trace that is not shown costs no walk when `oldest` is set: then only the first row is asked.
+  // Removes the row of the event and returns its index, -1 when no row shows it. A document trims
+  // its oldest traces, and rows are in document order. So the search begins at the front. With
+  // `oldest` only the first row is checked, so that a trace that is not shown costs no search.
   int RemoveRow(const TraceEvent_i* event, bool oldest);
   // Bytes held for the rows; a window holds none.
   std::size_t StorageBytes() const;
@@ -50,7 +50,7 @@ class RowStore {
   void Materialise();
 
   const TraceList_t& m_traces;
-  std::uint64_t m_generation = 0;        // of m_traces, when the rows were begun
+  std::uint64_t m_generation = 0;        // of m_traces, when the rows were made
   bool m_window = true;                  // rows are m_traces by position
   std::uint64_t m_begin = 0, m_end = 0;  // window: positions counted with TraceList_t::Popped
   std::deque<TraceRow> m_rows;

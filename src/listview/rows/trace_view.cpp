@@ -6,7 +6,7 @@
 CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
     : TracePane(document), m_rows(document.m_traces), m_list(makeList(*this)) {
   MapCommand(ID_VIEW_FITCOLUMNS, [this] { OnFitColumns(); });
-  // Before the document, whose own save would write all traces: here it is the rows that count.
+  // The view comes before the document, whose own save would write all traces, not the rows.
   for (const unsigned save : {+ID_FILE_SAVE, +ID_FILE_SAVECOPY})
     MapCommand(save, [this] { OnSaveTraces(); });
 }

@@ -26,13 +26,14 @@ class CTraceView : public TracePane, public RowListOwner {
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
   ViewControl* Control() override { return m_list.get(); }
 
-  // The trace of the focused row, null without one or when the row has gone.
+  // The trace of the focused row; null without one or when the trace was trimmed.
   TraceEvent_i* CurrentEvent() const override;
 
   const RowStore& Rows() const { return m_rows; }
   RowList& List() const { return *m_list; }
-  bool AtBottom() const;  // the last row shows, so that the list follows what is added
-  // Goes on from the focused row to the next one whose text matches; says so when there is none.
+  bool AtBottom() const;  // the last row is visible, so that the list scrolls with new rows
+  // Continues after the focused row to the next one whose text matches; shows a message without
+  // one.
   void FindInRows();
 
   std::string RowListText(int row, ListColumn column) override;
@@ -77,5 +78,5 @@ class CTraceView : public TracePane, public RowListOwner {
   std::unique_ptr<RowList> m_list;
   bool m_firstUpdate = true;
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};
-  int m_currentRow = -1;  // of the focused row, as the list last told
+  int m_currentRow = -1;  // the focused row, as last reported by the list
 };

@@ -22,13 +22,14 @@ bool CTraceView::OnColumnResizing(ListColumn column, int widthPx) {
 }
 
 void CTraceView::OnColumnResized(ListColumn column, int widthPx) {
-  // Kept: m_columnWidths stays, so that a column hidden and shown again has its older width.
+  // Kept: m_columnWidths is not changed: a column that is hidden and shown again has its older
+  // width.
   StoreColumnWidth(column.As<Column>(), widthPx);
   m_list->Header().SetColumnWidth(column, widthPx & kWidthMask);
 }
 
 void CTraceView::OnColumnsReordered() {
-  // The header's order is final only when its drag has ended.
+  // The order of the header is final only when the drag has ended.
   PostMessage(WM_TRACE_SAVEORDER);
 }
 
@@ -69,7 +70,7 @@ void CTraceView::ApplyActiveColumns() {
   m_list->SetRedraw(true);
 }
 
-// As if the user had fitted each shown column by hand.
+// The same as fitting each shown column by a double click.
 void CTraceView::OnFitColumns() {
   ListHeader& header = m_list->Header();
   m_list->SetRedraw(false);

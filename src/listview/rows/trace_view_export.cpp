@@ -1,4 +1,4 @@
-// What the list view writes to files: an export of its rows, and a saved selection.
+// The files that the list view writes: an export of its rows, and a saved selection.
 #include "listview/export/export_cells.h"
 #include "listview/export/export_dialogs.h"
 #include "listview/export/export_run.h"
@@ -50,7 +50,7 @@ void CTraceView::OnExport() {
   RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);
   RowLines lines(ExportColumns(ShownOrder(), g_activeColumns, dialog.m_hiddenColumns), rows,
                  m_document.m_names);
-  // Kept: a write that fails, on a full disk for instance, ends the export without a word.
+  // Kept: a failed write, on a full disk for instance, ends the export without a message.
   RunExport(m_document, dialog.GetPathName(), lines);
 }
 
@@ -58,8 +58,8 @@ void CTraceView::OnSaveTraces() {
   CSaveAsDialog dialog(GetHost(), SuggestedNameOf(m_document), m_list->SelectedCount() > 0);
   if (dialog.DoModal() != CDialog::kIdOk) return;
   RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);
-  // Kept: a capture that runs shares the marks of the names; those that it wrote already come again
-  // in its file, and those that this file takes first are missing there.
+  // Kept: a running capture shares the marks of the names. So names that the capture has written
+  // are written again to its file, and names that this save writes first are missing there.
   const bool saved = SaveTraces(m_document, dialog.GetPathName(), BoxIcon::None, rows);
   // Kept: also when a filter hid traces, which then are not in the file.
   if (saved && !dialog.m_selectedOnly) m_document.SetModifiedFlag(false);

@@ -6,9 +6,9 @@
 
 namespace {
 
-// The texts of the rows from one behind (before) the focused row, round to that row. Kept: it is
-// not tested itself, unless the search wraps at its first step: then it is tested in its turn. Each
-// search ends after one pass.
+// The texts of the rows, from the row after (before) the focused one, around to that row. Kept: the
+// focused row is not tested, unless the search wraps at its first step. Each search ends after one
+// pass.
 class RowWalk final : public FindWalk {
  public:
   RowWalk(const RowStore& rows, int focusedRow, bool backward)
@@ -32,7 +32,7 @@ class RowWalk final : public FindWalk {
   }
 
   int Row() const { return m_row; }
-  // Beside the start; outside of the rows when the search wrapped at its first step.
+  // Next to the start; outside the rows when the search wrapped at its first step.
   int StopRow() const { return m_stop; }
 
  private:

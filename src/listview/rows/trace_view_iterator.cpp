@@ -23,7 +23,7 @@ bool CTraceViewIterator::HasPrev() const {
   return m_row != 0;
 }
 
-// Rows may have been trimmed since the last move, so the index is brought back among them.
+// Rows may have been trimmed since the last move, so the index is limited to the existing rows.
 void CTraceViewIterator::MoveTo(int row) {
   if (m_rows.Size() == 0) {
     current = nullptr;

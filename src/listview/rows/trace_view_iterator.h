@@ -1,7 +1,7 @@
 // The list's cursor.
 //
-// Owner    Borrows the view and its rows. Its index keeps its number while a monitor adds and trims
-//          rows: a move goes on from there, and is brought back among the rows that there are.
+// Owner    Borrows the view and its rows. It keeps its row number while a monitor adds and trims
+//          rows. A move starts from that number, limited to the existing rows.
 // Threads  Interface thread.
 #pragma once
 

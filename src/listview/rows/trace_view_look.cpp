@@ -1,4 +1,4 @@
-// How the rows of the list view look beside their texts.
+// The look of the rows of the list view, apart from their texts.
 #include "base/text.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
@@ -18,7 +18,7 @@ std::vector<HitRange> CTraceView::RowListHits(int row, ListColumn column) {
 }
 
 std::string CTraceView::RowListEmptyText() {
-  // Before the first update nobody knows yet.
+  // Nothing is known before the first update.
   if (m_firstUpdate || !GetDocument() || m_document.m_loading) return {};
   const std::size_t held = m_document.m_traces.size();
   if (held == 0) return m_document.WhyEmpty();

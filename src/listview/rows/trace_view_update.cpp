@@ -1,4 +1,4 @@
-// How the list view follows its document: the hints, the rows, the selection.
+// Updates the list view after hints of its document: the rows, the selection.
 #include "documents/trace_pass.h"
 #include "listview/rows/nearest_row.h"
 #include "listview/rows/trace_view.h"
@@ -34,7 +34,7 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
 
 void CTraceView::OnReady() {
   if (RebuildRows()) return;
-  // There are no rows to go back to, and none would pass for none that match.
+  // There are no earlier rows to keep, and an empty list would look as if no trace matched.
   m_filter = CTraceFilter();
   m_filterChanged = true;
   RebuildRows();
@@ -44,7 +44,7 @@ bool CTraceView::AtBottom() const {
   return m_list->TopIndex() + m_list->CountPerPage() >= m_list->ItemCount();
 }
 
-// The rows that stand stay until the new ones are whole. False when the person cancelled it.
+// The existing rows stay until the new ones are complete. False when the user cancelled.
 bool CTraceView::RebuildRows() {
   const CWaitCursor wait(GetHost());
   RowStore rows(m_document.m_traces);
@@ -54,11 +54,11 @@ bool CTraceView::RebuildRows() {
     return false;
   m_list->SetRedraw(false);
   m_list->SetItemCount(0);
-  // Kept: asked behind the line above, this is always true, and a rebuild ends at the last row.
+  // Kept: at this point it is always true, and a rebuild ends at the last row.
   const bool atBottom = AtBottom();
-  // Null after a clear, when the rows' traces are gone: then the store has no rows any more.
+  // Null after a clear: then the traces of the rows are released and the store has no rows.
   m_currentEvent = CurrentEvent();
-  // The control, emptied without a word, has no focus now.
+  // The control was emptied without a notification and has no focus now.
   m_currentRow = -1;
   m_hits.reset();
   m_rows.TakeOver(rows);
@@ -71,7 +71,7 @@ bool CTraceView::RebuildRows() {
 }
 
 bool CTraceView::FilterInto(RowStore& rows) {
-  // After a clear the control has rows whose traces are gone.
+  // After a clear the control has rows of released traces.
   if (m_rows.Size() == 0) m_list->SetItemCount(0);
   for (;;) {
     rows.Clear();
@@ -95,12 +95,12 @@ void CTraceView::AddTraces(const CTraceHint& hint) {
 
 void CTraceView::RemoveTraces(const CTraceHint& hint) {
   m_list->SetRedraw(false);
-  // Neighbours leave the control in one call.
+  // Adjacent rows are removed from the control in one call.
   int first = 0, count = 0;
   const auto deleteRows = [&] {
     if (count > 0) m_list->DeleteRows(first, count);
   };
-  // A trim takes the document's oldest traces; only another sender's hint makes the store search.
+  // A trim has the document's oldest traces. Only for other hints the store must search.
   const TraceList_t& held = m_document.m_traces;
   std::size_t position = 0;
   bool oldest = true;
@@ -117,7 +117,7 @@ void CTraceView::RemoveTraces(const CTraceHint& hint) {
     ++count;
   }
   deleteRows();
-  // A deletion tells nothing, and the rows behind it have new numbers.
+  // A deletion is not reported, and the rows after it have new numbers.
   m_currentRow = m_list->NextItem(-1, kRowFocused);
   m_list->SetRedraw(true);
   TellCount();
@@ -128,7 +128,7 @@ void CTraceView::FollowTrace(CView* sender, const TraceEvent_i& target) {
   if (!RunLongWork(GetHost(), &m_document, {"Tessera", "Looking for the trace..."}, search)) return;
   const int row = search.Row();
   m_currentRow = -1;
-  // Old selections go in any case, also when no row is near.
+  // Old selections are removed in any case, also if no row is near.
   m_list->SetItemState(-1, 0, kFocusAndSelection);
   if (row != -1) SelectRow(sender, row);
 }

@@ -1,4 +1,4 @@
-// The find box of a text window: stays open while its hits are walked.
+// The find box of a text window: stays open while the user goes from hit to hit.
 //
 // Owner    The view owns it; it borrows what it calls.
 // Threads  Interface thread.
@@ -15,7 +15,7 @@ class FindTextDialog : public CDialog {
   static constexpr char kTitle[] = "Find";
   static constexpr char kNotFound[] = "Text not found.";
 
-  // Shows the box, offering `start`.
+  // Shows the box with `start`.
   FindTextDialog(Host& host, RichEditFind start, std::function<void(const RichEditFind&)> findNext);
 
   bool MayFind() const { return !m_find.text.empty(); }

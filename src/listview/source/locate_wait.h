@@ -1,5 +1,5 @@
-// "Locating source...": the box of a search that has no end. It stands until the user cancels it or
-// leaves the program; it blocks no window, so that monitors go on and other work can be done.
+// "Locating source...": the box of a search that does not end. It stays until the user cancels it
+// or leaves the program. It blocks no window, so monitors and other work continue.
 //
 // Threads  Interface thread.
 #pragma once
@@ -14,7 +14,7 @@ class LocateWait : public CDialog {
   static constexpr char kText[] = "Locating source...";
   static constexpr char kRecordedLabel[] = "Recorded path:";
   static constexpr char kLocatedLabel[] = "Chosen file:";
-  // Which file would do: the recorded one's name follows.
+  // Says which file would be accepted; the recorded file's name follows.
   static constexpr char kReason[] =
       "The chosen file has another name than the recorded one, so that nothing can be learned of "
       "where these files lie. Press Cancel, and choose the file that is named ";
@@ -25,8 +25,8 @@ class LocateWait : public CDialog {
 
   void OnOK() override {}  // Enter does not end it
 
-  // Ends the wait that stands, as its Cancel does; false when there is none. Whoever called it is
-  // still on the stack: what would destroy its document has to come later, by a post.
+  // Ends the current wait, like its Cancel; false when there is none. The caller of the wait is
+  // still on the stack: destroy its document later, by a posted call.
   static bool CancelStanding();
 
   const std::string m_recorded, m_located;

@@ -30,8 +30,8 @@ CDocument* FindRequested(const std::string& path) {
   return nullptr;
 }
 
-// The window comes behind the file: while the user looks for it, nobody can close a window whose
-// document is still being opened.
+// The window is made after the file was found: while the user looks for the file, nobody can close
+// a window whose document is still being opened.
 CDocument* OpenRequested(const std::string& path) {
   CDocument* const document = g_sourceTemplate->CreateNewDocument();
   if (!document) return nullptr;

@@ -11,7 +11,7 @@
 
 namespace {
 
-// On the disk, before the old file gives up its name. A device has nothing to bring there.
+// Syncs the file before the old file loses its name. A device needs no sync.
 bool BringToDisk(const OpenFile& file) {
   return fdatasync(file.Descriptor()) == 0 || errno == EINVAL;
 }
@@ -19,7 +19,7 @@ bool BringToDisk(const OpenFile& file) {
 }  // namespace
 
 CRichEditDoc::CRichEditDoc(Host& host) : CDocument(host) {
-  // The menu says "Save As...": a file is written over only when the person has said so.
+  // The menu says "Save As...": a file is overwritten only after a question.
   MapCommand(ID_FILE_SAVE, [this] { DoSave(nullptr, true); });
 }
 

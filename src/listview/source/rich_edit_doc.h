@@ -1,10 +1,10 @@
 // A document whose text is edited in a control: plain text, from and to a file.
 //
-// Saving   The save command asks for a name and suggests the file that was opened. The question
-//          of a window that closes saves in place.
-// Owner    The text lives in the first view's control from its first update on; the document keeps
-//          what it read last, for that update.
-// Errors   Words in a box, where a file cannot be read, shown or written.
+// Saving   The save command asks for a name and suggests the file that was opened. When a window
+//          closes and the user answers Yes, the file is saved in place.
+// Owner    From its first update on, the first view's control has the text. The document keeps the
+//          text that it read last, for that update.
+// Errors   A message box, if a file cannot be read, shown or written.
 // Threads  Interface thread.
 #pragma once
 
@@ -20,8 +20,8 @@ class CRichEditDoc : public CDocument {
   explicit CRichEditDoc(Host& host);
 
   bool OnOpenDocument(const std::string& path) override;
-  // Writes the text as it stands in the view, in the form that the file had. The document is not
-  // modified afterwards.
+  // Writes the text of the view, in the encoding that the file had. The document is not modified
+  // afterwards.
   bool OnSaveDocument(const std::string& path) override;
   void DeleteContents() override;
   bool ShowsEdits() const override { return true; }

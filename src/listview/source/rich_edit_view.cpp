@@ -9,7 +9,7 @@ CRichEditView::CRichEditView(CRichEditDoc& document, const RichEditMaker& makeEd
       ID_EDIT_COPY, [this] { m_edit->Copy(); },
       [this](CCmdUI& ui) { ui.Enable(m_edit->HasSelection()); });
   MapCommand(ID_EDIT_FIND, [this] { OnEditFind(); });
-  // No Find Next: it is not in the menu of these windows, the box has a button for it.
+  // No Find Next: the menu of these windows has none, and the box has a button for it.
 }
 
 CRichEditView::~CRichEditView() = default;
@@ -29,7 +29,7 @@ void CRichEditView::OnEditModified(bool modified) {
   m_text.UpdateFrameTitles();
 }
 
-// The word that is selected is the one most likely to be looked for.
+// The selected word is the most likely one to search for.
 void CRichEditView::OnEditFind() {
   RichEditFind start = m_lastFind;
   const std::string selected = m_edit->HasSelection() ? m_edit->GetSelText() : std::string();

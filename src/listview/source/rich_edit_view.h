@@ -17,7 +17,7 @@ class CRichEditView : public CView, public RichEditOwner {
 
   // Puts the document's text into the control.
   void OnInitialUpdate() override;
-  // The find box goes when another window comes to the front.
+  // The find box closes when another window comes to the front.
   void OnActivateView(bool activate, CView* activated, CView* deactivated) override;
   ViewControl* Control() override { return m_edit.get(); }
   void OnEditModified(bool modified) override;

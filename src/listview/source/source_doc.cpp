@@ -13,8 +13,8 @@ bool CSourceDoc::OnOpenDocument(const std::string& path) {
   const std::string local = readable ? path : ResolveSourcePath(GetHost(), path);
   if (local.empty() || !CRichEditDoc::OnOpenDocument(local)) return false;
   m_requestedPath = path;
-  // Absolute, because file dialogs change the current folder. It is no recent file: File Open could
-  // not open it.
+  // Absolute, because file dialogs change the current folder. Not a recent file, because File Open
+  // could not open it.
   std::error_code error;
   const std::filesystem::path absolute = std::filesystem::absolute(local, error);
   SetPathName(error ? local : absolute.string(), false);

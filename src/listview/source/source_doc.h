@@ -1,7 +1,7 @@
-// A source file that a trace names: found here, by a mapping, or by asking.
+// The source file of a trace: found on this machine, by a mapping, or by asking the user.
 //
-// Shape    The document's path is the file that was opened; the path that was asked for is kept
-//          beside it, so that the next trace of that file finds this window.
+// Shape    The document's path is the opened file. The recorded path is stored too, so that the
+//          next trace of that file finds this window.
 // Threads  Interface thread.
 #pragma once
 
@@ -13,9 +13,9 @@ class CSourceDoc : public CRichEditDoc {
  public:
   using CRichEditDoc::CRichEditDoc;
 
-  // `path` as a trace has it. Gives the document the path and title of the file.
+  // `path` as in a trace. Sets the path and title of the file.
   bool OnOpenDocument(const std::string& path) override;
-  // True at once after a Quick Close.
+  // True without a question after a Quick Close.
   bool SaveModified() override;
 
   std::string m_requestedPath;

@@ -29,7 +29,7 @@ std::size_t LastSeparator(std::string_view text, std::size_t end) {
   return text.substr(0, end).find_last_of("\\/:");
 }
 
-// A path recorded on a machine that writes "\" agrees with one of a machine that writes "/".
+// Compares "\" and "/" as equal.
 bool SameTail(std::string_view a, std::string_view b) {
   return a.size() == b.size() && CompareIgnoringCase(WithSlashes(a), WithSlashes(b)) == 0;
 }
@@ -46,7 +46,7 @@ Agreement CompareFromTheRight(std::string_view recorded, std::string_view locate
     const std::size_t p = LastSeparator(recorded, i);
     const std::size_t q = LastSeparator(located, j);
     if (p == recorded.npos || q == located.npos) {
-      // The start of a path counts as a difference, but for two paths that are the same.
+      // The start of a path counts as a difference, except for two equal paths.
       if (i == recorded.size() || SameTail(recorded, located)) return Agreement::Whole;
       return Agreement::Tail;
     }
@@ -84,7 +84,7 @@ std::string ResolveSourcePath(Host& host, const std::string& path) {
   request.filters = {{"Source Files (*.c;*.cpp;*.cxx)", "*.c; *.cpp; *.cxx"},
                      {"Header Files (*.h;*.hxx)", "*.h; *.hxx"},
                      {"All Files (*.*)", "*"}};
-  // The dialog shows the name's folder only where that exists here.
+  // The dialog shows the name's folder only if that exists here.
   request.note = {LocateWait::kRecordedLabel, path};
   const std::optional<FileDialogAnswer> answer = host.RunFileDialog(request);
   if (!answer || !LearnPathMapping(host, path, answer->path)) return {};
@@ -102,8 +102,8 @@ bool LearnPathMapping(Host& host, const std::string& recorded, const std::string
     case Agreement::Nothing:
       break;
   }
-  // Kept: for files of different names the comparison has no end. Safe: the window lives, and the
-  // user ends it.
+  // Kept: for files of different names the comparison does not end. Safe: the windows work, and the
+  // user can end it.
   LocateWait wait(host, recorded, located);
   wait.DoModal();
   return false;

@@ -22,7 +22,7 @@ void CSourceView::OnActivateView(bool activate, CView* activated, CView* deactiv
   CRichEditView::OnActivateView(activate, activated, deactivated);
 }
 
-// A line behind the text's end has no index: the caret stays where it was.
+// A line after the text's end has no index: the caret stays where it was.
 void CSourceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
   if (sender || object || !(hint & kHintGoToLine)) return;
   const auto line = static_cast<int>(hint & ~kHintGoToLine);

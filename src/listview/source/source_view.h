@@ -1,5 +1,5 @@
-// The view of a source file: fixed font, tab stops, the caret on the line that was asked for, which
-// is marked beside its number.
+// The view of a source file: fixed font, tab stops, the caret on the requested line, which is
+// marked beside its number.
 //
 // Threads  Interface thread.
 #pragma once

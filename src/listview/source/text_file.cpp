@@ -32,8 +32,8 @@ bool ReadUpTo(int descriptor, std::size_t most, std::string& bytes) {
   return true;
 }
 
-// Characters by which a text control parts lines and files do not: shown as UTF-8 they would move
-// the lines below them.
+// Characters that separate lines in a text control but not in files. Shown as UTF-8 they would
+// shift the line numbers after them.
 bool HoldsSeparators(std::string_view utf8) {
   constexpr std::string_view kSeparators[] = {"\xE2\x80\xA9", "\xEF\xB7\x90", "\xEF\xB7\x91"};
   return std::any_of(std::begin(kSeparators), std::end(kSeparators),
@@ -55,7 +55,7 @@ std::string Utf8OfLatin1(std::string_view bytes) {
   return text;
 }
 
-// False when a character lies behind U+00FF. REQUIRES: `text` is UTF-8.
+// False if there is a character above U+00FF. REQUIRES: `text` is UTF-8.
 bool Latin1OfUtf8(std::string_view text, std::string& bytes) {
   bytes.reserve(text.size());
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -79,7 +79,7 @@ struct LineEnds {
   }
 };
 
-// Every line end becomes "\n"; false when a line is longer than an edit bears.
+// Every line end becomes "\n"; false if a line is longer than an edit control can handle.
 bool PartLines(std::string& text, std::string& lineEnd) {
   LineEnds ends;
   std::size_t to = 0, lineBegin = 0;

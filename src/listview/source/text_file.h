@@ -1,8 +1,8 @@
 // A text file as lines for an edit, and back into bytes.
 //
 // Shape    Bytes are UTF-8 if all of them are, else Latin-1. A line ends at "\r\n", "\n" or "\r".
-// Errors   False and a reason for a person: a file that cannot be read, that is too large for an
-//          edit, or that is not text.
+// Errors   False and a reason for the user: the file cannot be read, is too large for an edit
+//          control, or is not text.
 // Threads  Touches only its arguments.
 #pragma once
 
@@ -11,18 +11,18 @@
 #include <string_view>
 
 struct TextFile {
-  // An edit lays out what it shows: more than this would make the program stand still.
+  // An edit control lays out its text: with more than this the program would freeze.
   static constexpr std::size_t kLargestBytes = std::size_t{16} << 20;
   static constexpr std::size_t kLongestLineBytes = std::size_t{256} << 10;
 
-  std::string text;  // UTF-8, lines parted by "\n"
+  std::string text;  // UTF-8, "\n" between lines
   bool latin1 = false;
   bool mark = false;           // begins with the byte order mark of UTF-8
-  std::string lineEnd = "\n";  // the one that most lines have
+  std::string lineEnd = "\n";  // the most frequent one
 };
 
 bool ReadTextFile(const std::string& path, TextFile& file, std::string& why);
 bool DecodeText(std::string_view bytes, TextFile& file, std::string& why);
-// `text`, which came from `file` and may have been edited since, in the form that the file has. A
-// character that Latin-1 lacks makes the whole file UTF-8.
+// Encodes `text`, which came from `file` and may have been edited, like the file. A character that
+// is not in Latin-1 makes the whole file UTF-8.
 std::string EncodeText(const TextFile& file, std::string_view text);

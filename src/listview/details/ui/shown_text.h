@@ -1,4 +1,4 @@
-// A trace's text as an edit shows it, and where its bytes stand there.
+// A trace's text in the form of an edit control, and the mapping of byte positions to that form.
 //
 // Shape    Lines that end in CR LF, UTF-8. An edit has one character for each line's end, and
 //          counts in UTF-16 units.
@@ -16,7 +16,7 @@ class ShownText {
   explicit ShownText(const std::string& text);
 
   const QString& Text() const { return m_shown; }
-  // The places of `hits`, which stand in their order, in Text().
+  // The positions in Text() of `hits`, which must be in order.
   std::vector<HitRange> PlacesOf(const std::vector<HitRange>& hits) const;
 
  private:

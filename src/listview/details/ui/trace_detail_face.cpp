@@ -35,7 +35,7 @@ QString NameOf(unsigned id) {
   return QString::number(id);
 }
 
-// The caption of a value, for programs that read the screen: "Tic Count".
+// The caption of a value for screen readers: "Tic Count".
 QString SpokenName(const char* caption) {
   return QString::fromLatin1(caption).remove(u':');
 }
@@ -79,12 +79,12 @@ QGroupBox* TraceDetailFace::MakeGroup(const char* name) {
   return group;
 }
 
-// A value can be selected and copied, however long it is.
+// A field whose value can be selected and copied, however long it is.
 QLineEdit* TraceDetailFace::MakeValue(const CTraceDetailDialog::Field& field) {
   auto* value = new QLineEdit(this);
   value->setObjectName(NameOf(field.id));
   value->setAccessibleName(SpokenName(field.caption));
-  // Else it would be the tool tip, with the markup that keeps that plain.
+  // Otherwise the description would be the tool tip with its markup.
   value->setAccessibleDescription(QString::fromLatin1(field.group));
   value->setReadOnly(true);
   value->setMaxLength(std::numeric_limits<int>::max());
@@ -170,7 +170,8 @@ void TraceDetailFace::UpdateData() {
   if (!std::exchange(m_sized, true)) SizeByContent();
 }
 
-// Fields grow with their values and never shrink: the window does not jump from trace to trace.
+// Fields grow with their values and never shrink, so that the window does not change with each
+// trace.
 void TraceDetailFace::Widen(QLineEdit& value, int mostChars) {
   const QFontMetrics metrics = value.fontMetrics();
   const int wantedPx = std::min(metrics.horizontalAdvance(value.text()) + kValueEdgesPx,
@@ -193,7 +194,7 @@ void TraceDetailFace::ShowText() {
   m_text->setExtraSelections(tinted);
 }
 
-// The text gets the lines that it needs, within bounds; the rest of the window as much as it takes.
+// The text gets the lines that it needs, within limits; the rest of the window gets what it needs.
 void TraceDetailFace::SizeByContent() {
   const QFontMetrics metrics = fontMetrics();
   const QSize least = layout()->minimumSize();
@@ -209,8 +210,8 @@ void TraceDetailFace::SizeByContent() {
   resize(widthPx, least.height() + std::max(morePx, 0));
 }
 
-// A button that goes grey hands its focus on to the one behind it, and the next Enter would close
-// the dialog: the text takes it.
+// When a button becomes disabled the focus moves to the next one, and the next Enter would close
+// the dialog. So the text gets the focus.
 void TraceDetailFace::ShowTrace() {
   const QWidget* const pressed = focusWidget();
   UpdateData();

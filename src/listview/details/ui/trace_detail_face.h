@@ -40,5 +40,5 @@ class TraceDetailFace final : public QtDialogFace {
   QComboBox* m_stack = nullptr;
   QPlainTextEdit* m_text = nullptr;
   QPushButton *m_back = nullptr, *m_next = nullptr;
-  bool m_sized = false;  // by the first trace that it showed
+  bool m_sized = false;  // by the first shown trace
 };

@@ -10,7 +10,7 @@ namespace {
 // Everything is drawn in a square of 16 units.
 constexpr qreal kCentre = 8, kRadius = 7;
 
-// A light ring outside the sign sets it off from dark rows and from the selection.
+// A light ring around the sign separates it from dark rows and from the selection.
 QPen Ring() {
   return QPen(QColor(255, 255, 255, 170), 1);
 }

@@ -1,6 +1,6 @@
 // The find box of a text window.
 //
-// Every control's object name tells what it is: "text", "match case", "whole word", "find next".
+// The object names of the controls: "text", "match case", "whole word", "find next".
 //
 // Threads  Interface thread.
 #pragma once

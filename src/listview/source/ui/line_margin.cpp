@@ -9,10 +9,10 @@
 namespace {
 
 constexpr int kSidePx = 6;
-constexpr int kFewestDigits = 3;  // a short file's text begins where that of a longer one does
+constexpr int kFewestDigits = 3;  // so that the text of short files begins at the same place
 constexpr float kPaleAlpha = 0.55f;
 
-// The arrow's side is that of a digit's height.
+// The arrow is as high as a digit.
 int ArrowPx(const QFontMetrics& metrics) {
   return metrics.capHeight();
 }

@@ -12,10 +12,10 @@ class QtRichEdit;
 class LineMargin final : public QWidget {
  public:
   explicit LineMargin(QtRichEdit& edit);
-  // Of the arrow: a palette's own highlight is lost on dark paper.
+  // The colour of the arrow: a palette's own highlight is hard to see on a dark background.
   static QColor ArrowColor() { return {0xe8, 0x8a, 0x00}; }
 
-  // Room for the numbers of so many lines.
+  // The width for the numbers of so many lines.
   int WidthFor(int lines) const;
 
  protected:

@@ -10,6 +10,6 @@ class LocateWaitFace final : public QtDialogFace {
  public:
   LocateWaitFace(LocateWait& dialog, QWidget* parent);
 
-  // Blocks no window. Ends with the dialog, and with the program.
+  // Blocks no window. Ends with the dialog, or with the program.
   int exec() override;
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int kCaretPx = 2;  // a line is found by its caret alone
+constexpr int kCaretPx = 2;  // wide, because only the caret shows the line
 
 QFont FixedFont(const QString& face, const QFont& sized) {
   QFont font = QFontDatabase::hasFamily(face) ? QFont(face)
@@ -53,12 +53,12 @@ void QtRichEdit::SetFormat(const RichEditFormat& format) {
 }
 
 void QtRichEdit::SetText(const std::string& text) {
-  // Qt takes it for an edit that is saved at once.
+  // Qt would take it for an edit that is saved immediately.
   const QScopedValueRollback setting(m_settingText, true);
   setPlainText(QString::fromStdString(text));
 }
 
-// Line by line, because the document's own plain text has blanks for fixed blanks.
+// Line by line, because the document's own plain text replaces fixed blanks by blanks.
 std::string QtRichEdit::GetText() const {
   std::string text;
   for (QTextBlock line = document()->begin(); line.isValid(); line = line.next()) {
@@ -111,7 +111,7 @@ void QtRichEdit::PlaceMargin() {
   m_margin->update();
 }
 
-// What is far away is brought to the middle, so that one sees what stands around it.
+// A distant position is scrolled to the middle, so that its context is visible.
 void QtRichEdit::GoTo(const QTextCursor& cursor) {
   m_keepCentred = !isVisible() || !viewport()->rect().contains(cursorRect(cursor));
   setTextCursor(cursor);
@@ -150,7 +150,7 @@ void QtRichEdit::mousePressEvent(QMouseEvent* event) {
   QPlainTextEdit::mousePressEvent(event);
 }
 
-// The usual menu without its keys: some of them are commands of the main window here.
+// The usual menu without its keys, because some of them are commands of the main window.
 void QtRichEdit::contextMenuEvent(QContextMenuEvent* event) {
   const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
   for (QAction* action : menu->actions()) {

@@ -50,8 +50,8 @@ class QtRichEdit final : public QPlainTextEdit, public RichEdit, public QtContro
   void GoTo(const QTextCursor& cursor);
   void PlaceMargin();
 
-  // The caret was put where it had to be scrolled to, and the user has not touched the text since:
-  // a window that is still finding its size keeps it in the middle.
+  // The caret was scrolled to and the user has not touched the text since: when the window changes
+  // its size, the caret stays in the middle.
   bool m_keepCentred = false;
   bool m_settingText = false;
   LineMargin* m_margin;

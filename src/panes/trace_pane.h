@@ -1,9 +1,9 @@
-// What every way of showing a document's traces has in common: the filter, the current trace, the
+// The common base of all panes that show a document's traces: the filter, the current trace, the
 // commands on it, the hits of a search, the hints and the status panes. The list and the tree are
-// two.
+// two panes.
 //
-// Owner    Owns its filter; borrows the document and its traces. What it keeps of a trace goes when
-//          the document says that the trace goes; a cleared one is never read.
+// Owner    Owns its filter; borrows the document and its traces. It forgets a trace when the
+//          document reports its removal, and never reads one after a clear.
 // Threads  Interface thread.
 #pragma once
 
@@ -22,24 +22,24 @@ class TracePane : public CView {
   ~TracePane() override;
 
   void OnActivateView(bool activate, CView* activated, CView* deactivated) override;
-  // Hands each hint to what the derived class does at it.
+  // Passes each hint to an operation of the derived class.
   void OnUpdate(CView* sender, unsigned hint, CObject* object) override;
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
 
-  // Of the row or item that is current; null without one, or when its trace has gone.
+  // The trace of the current row or item; null without one, or when the trace was removed.
   virtual TraceEvent_i* CurrentEvent() const = 0;
-  // Copies the filter and clears the changed mark. False when the person cancelled the rebuild:
-  // then all is as before.
+  // Copies the filter and clears the changed mark. False when the user cancelled the rebuild: then
+  // nothing has changed.
   bool SetFilter(const CTraceFilter& filter, bool rebuild);
   // Fills the pane unless it is filled or the document still loads; false: cancelled.
   virtual bool Build() { return true; }
   // False for a pane that shows less than its document because it could not be filled.
   virtual bool IsBuilt() const { return true; }
-  // What the pane goes to when it is shown. Written by the frame: what the pane before it had
-  // selected. Null once its trace has gone.
+  // The trace to select when the pane is shown. The frame sets it to the selected trace of the
+  // previous pane. Null when that trace was removed.
   TraceEvent_i* m_currentEvent = nullptr;
   CTraceFilter m_filter;
-  bool m_filterChanged = false;  // changed here since it last went to another pane
+  bool m_filterChanged = false;  // changed here since it was last passed to another pane
 
   CTraceDoc& Document() const { return m_document; }
   // Sends hint 1006 for the event to the other views if the document synchronises.
@@ -49,7 +49,7 @@ class TracePane : public CView {
   // ---- what it shows
   virtual int TraceCount() const = 0;  // for the status pane
   virtual bool ShowsAny() const = 0;   // there is something to search
-  virtual void RepaintHits() = 0;      // the control would ask for others from now on
+  virtual void RepaintHits() = 0;      // the hits have changed
   virtual bool Rebuild() = 0;          // from the document, by the filter; false: cancelled
   // ---- hints
   virtual void OnOptions() {}
@@ -61,20 +61,20 @@ class TracePane : public CView {
   // Without one, Properties and Goto Source keep the state they had.
   virtual bool HasSelection() const { return true; }
   virtual const TraceEvent_i* SourceEvent() const { return CurrentEvent(); }
-  virtual std::unique_ptr<CTraceIterator> MakeIterator() = 0;  // at what is current; null: nothing
+  virtual std::unique_ptr<CTraceIterator> MakeIterator() = 0;  // at the current trace; null: none
   virtual void Find(bool asked) = 0;  // asked: right after the dialog, else Find Next
   virtual void OnExport() = 0;
 
-  // As hint 1006 for the event, to this pane alone.
+  // Like hint 1006 for the event, to this pane alone.
   void GoTo(CView* sender, TraceEvent_i* event);
   void ShowHits(bool on);
   void ShowContextMenu(int screenXPx, int screenYPx);
-  // If this is the active view: both status panes, or the count alone.
+  // If this is the active view: updates both status panes, or only the count.
   void TellStatus();
   void TellCount();
 
   CTraceDoc& m_document;
-  std::unique_ptr<FindHits> m_hits;  // of the search that has gone to what is current
+  std::unique_ptr<FindHits> m_hits;  // of the search that led to the current trace
 
  private:
   void MapCommands();

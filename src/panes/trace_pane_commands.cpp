@@ -1,4 +1,4 @@
-// The commands that every pane has.
+// The commands of every pane.
 #include "base/text.h"
 #include "docview/commands/command_ids.h"
 #include "listview/details/trace_detail_dialog.h"
@@ -44,7 +44,7 @@ void TracePane::OnUpdateGotoSource(CCmdUI& ui) {
   if (event && !ui.IsEnabled()) ui.SetWhyNot(kNoSourceFile);
 }
 
-// Opening may take as long as the user likes: this pane may be gone behind it.
+// Opening may take as long as the user likes: this pane may be destroyed meanwhile.
 void TracePane::OnGotoSource() {
   if (const TraceEvent_i* const event = SourceEvent())
     OpenSourceAt(_UTF2MBS(event->GetSourceFileName(m_document.m_names)), event->GetSourceLine());

@@ -1,4 +1,4 @@
-// The columns of a list control: what each of them is, and the order in which they stand.
+// The columns of a list control, and their order.
 //
 // Threads  Pure.
 #pragma once
@@ -10,8 +10,8 @@
 
 #include "controls/text/cell_parts.h"
 
-// A column, by the number of those that were inserted before it; an owner may count its columns by
-// an enumeration of its own.
+// A column, by the number of columns inserted before it. An owner may count its columns by an
+// enumeration of its own.
 class ListColumn {
  public:
   constexpr ListColumn(int index) : m_index(index) {}
@@ -37,7 +37,7 @@ struct ListColumnInfo {
 
 // Column indexes from left to right.
 using ListOrder = std::vector<std::int32_t>;
-// What a control of so many columns makes of an order, so that no column is lost: the first of a
-// repeated index keeps its place, repeats and indexes out of range go, and missing ones come last,
-// ascending.
+// The valid order that a control of so many columns makes of `order`, so that no column is lost:
+// the first of a repeated index keeps its place, repeats and indexes out of range are dropped, and
+// missing ones come last, ascending.
 ListOrder PermutationOf(const ListOrder& order, int columns);

@@ -1,4 +1,4 @@
-// A set of row numbers, kept as ranges: select-all of any number of rows is one range.
+// A set of row numbers, stored as ranges: all rows are one range.
 //
 // Shape    Disjoint ranges that do not touch, in ascending order; ends belong to the range.
 // Cost     By the number of ranges touched, never by the number of rows.
@@ -19,7 +19,7 @@ class RowRanges {
   void Clear();
   void Add(Row first, Row last);
   void Remove(Row first, Row last);
-  // Takes rows out of the numbering: those behind move up by `count` with their membership.
+  // Removes rows from the numbering: later rows move up by `count` with their membership.
   void Close(Row first, Row count);
 
  private:

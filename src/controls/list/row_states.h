@@ -1,7 +1,8 @@
-// Focus and selection of a row list: who has them, what keys and clicks make of them, who is told.
+// Focus and selection of a row list: the rows that have them, the effect of keys and clicks, and
+// the notification of changes.
 //
-// Shape    Rows count from 0; -1 for none. Inside, numbers are absolute: they count on from the
-//          first row that ever stood in the list, so that a trim at the front is one subtraction.
+// Shape    Rows count from 0; -1 for none. Internal numbers are absolute: they count from the first
+//          row that was ever in the list, so that a trim at the front is one subtraction.
 // Threads  Interface thread.
 #pragma once
 
@@ -12,8 +13,8 @@
 
 class RowStates {
  public:
-  // Comes when the change is complete: the row that loses the focus before the one that gains it.
-  // Ranges tell only what happens to the focused rows.
+  // Called when the change is complete: for the row that loses the focus before the row that gains
+  // it. For ranges it is called only for the focused rows.
   using Tell = std::function<void(int row, unsigned oldState, unsigned newState)>;
   // Rows first..last look different now.
   using Repaint = std::function<void(int first, int last)>;
@@ -21,11 +22,11 @@ class RowStates {
   RowStates(Tell tell, Repaint repaint);
 
   int Count() const { return m_count; }
-  // Rows behind the new count lose their state; nothing is told.
+  // Rows after the new count lose their state; nothing is reported.
   void SetCount(int count);
-  // REQUIRES: the rows exist. Those behind move up with their state; nothing is told.
+  // REQUIRES: the rows exist. Later rows move up with their state; nothing is reported.
   void Delete(int first, int count);
-  // How many rows were taken off the front so far.
+  // How many rows were removed from the front so far.
   std::int64_t Base() const { return m_base; }
 
   unsigned StateOf(int row) const;
@@ -34,21 +35,21 @@ class RowStates {
   int SelectedCount() const { return static_cast<int>(m_selected.Count()); }
   int Next(int after, unsigned states) const;
 
-  // What code does.
+  // Changes by code.
   void Set(int row, unsigned state, unsigned mask);
   void SetAll(unsigned state, unsigned mask);
 
-  // What the user does; the row exists.
+  // Changes by the user; the row must exist.
   void Pick(int row);                 // selects it alone
-  void Toggle(int row);               // turns its selection over
-  void Extend(int row, bool adding);  // selects from the anchor to it, alone or beside the rest
-  void MoveFocus(int row);            // leaves the selection alone
+  void Toggle(int row);               // toggles its selection
+  void Extend(int row, bool adding);  // selects from the anchor to it, alone or in addition
+  void MoveFocus(int row);            // does not change the selection
   void ClearSelection();
 
  private:
   using Row = RowRanges::Row;
   int Relative(Row row) const { return row < m_base ? -1 : static_cast<int>(row - m_base); }
-  // Moves the focus and changes the selection, then tells of the old focus and of `row`.
+  // Moves the focus and changes the selection, then reports the old focus and `row`.
   void Change(Row focus, int row, const std::function<void()>& select);
   void TellChange(int row, unsigned oldState);
   void SetAnchor(int row);
@@ -58,7 +59,7 @@ class RowStates {
   int m_count = 0;
   Row m_base = 0;
   Row m_focus = -1;
-  Row m_anchor = -1;  // from where Extend selects
+  Row m_anchor = -1;  // the start of Extend
   RowRanges m_selected;
-  RowRanges m_besides;  // what was selected when the anchor was set
+  RowRanges m_besides;  // the selection when the anchor was set
 };

@@ -1,10 +1,10 @@
-// What a control and its owner tell each other of one line of text: how it is aligned, how its row
-// is tinted, and which parts of it a search has found.
+// Properties of one line of text that a control gets from its owner: alignment, tint of the row,
+// and the hits of a search.
 #pragma once
 
 #include <cstddef>
 
-// With the terminator: so much of a cell's text is shown.
+// At most this much of a cell's text is shown, including the terminator.
 inline constexpr int kCellBytes = 260;
 
 enum class ColumnAlign { Left, Right, Centre };
@@ -12,7 +12,7 @@ enum class ColumnAlign { Left, Right, Centre };
 // A pale colour behind a row that is not selected.
 enum class RowTint { None, Warn, Error };
 
-// Places in the bytes of a text.
+// A range of bytes in a text.
 struct HitRange {
   std::size_t begin, end;
   bool operator==(const HitRange&) const = default;

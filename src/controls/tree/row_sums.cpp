@@ -17,7 +17,7 @@ void RowSums::Add(std::uint64_t number, std::int64_t rows) {
 
 std::int64_t RowSums::BeforeGroupOf(std::uint64_t number) const {
   std::int64_t rows = 0;
-  std::uint64_t end = number >> kGroupBits;  // groups of the level that are counted one by one
+  std::uint64_t end = number >> kGroupBits;  // groups of the level that are added one by one
   for (std::size_t i = 0; i < m_levels.size(); ++i) {
     const Level& level = m_levels[i];
     const bool top = i + 1 == m_levels.size();

@@ -1,7 +1,7 @@
-// How many rows the siblings before a place take: sums over groups of 64, 4,096 and 262,144
+// How many rows the siblings before a given one take: sums over groups of 64, 4,096 and 262,144
 // consecutive numbers, so that neither a sum nor a search reads many of them.
 //
-// Shape    Numbers only grow: a sibling keeps the one that it got when it was appended.
+// Shape    Numbers only grow: a sibling keeps the number that it got when it was appended.
 // Errors   std::bad_alloc.
 #pragma once
 
@@ -16,10 +16,10 @@ class RowSums {
   void Add(std::uint64_t number, std::int64_t rows);
   // The rows of all groups of 64 before the one of `number`.
   std::int64_t BeforeGroupOf(std::uint64_t number) const;
-  // The first number of the group of 64 that holds the row; `row` becomes what is left of it there.
+  // The first number of the group of 64 with this row; `row` becomes the row within the group.
   // REQUIRES: 0 <= row < sum of all.
   std::uint64_t GroupWith(std::int64_t& row) const;
-  // Forgets groups that lie whole before `number`. REQUIRES: they have no rows.
+  // Forgets groups that are wholly before `number`. REQUIRES: they have no rows.
   void DropBefore(std::uint64_t number);
 
  private:

@@ -1,15 +1,15 @@
-// The port to the tree control: items with a button, a label and a word of the owner's, of which
-// one is selected.
+// The interface to the tree control: items with a button, a label and a data word of the owner. One
+// item may be selected.
 //
-// Shape    The top level has the parent 0. An item keeps no text: the control asks its owner
-//          whenever it needs one, because a thread may have millions of items that nobody looks at.
+// Shape    The top level has the parent 0. An item stores no text: the control asks its owner when
+//          it needs one, because a thread may have millions of items that nobody looks at.
 // Owner    The view owns the control; the control borrows its TreeControlOwner, which outlives it.
-// Errors   An item that does not exist (0) is ignored and has nothing. An insertion that fails
-//          gives 0.
-// Cost     No operation depends on how many items there are, but for those below a deleted one.
+// Errors   An item that does not exist (0) is ignored and has no data. A failed insertion returns
+//          0.
+// Cost     No operation depends on the number of items, except a deletion on those below the item.
 // Threads  Interface thread.
 //
-// A Qt face (controls/tree/ui) and a fake (tests/support) pass one contract test.
+// The Qt class (controls/tree/ui) and a fake (tests/support) pass the same contract test.
 #pragma once
 
 #include <cstdint>
@@ -20,25 +20,25 @@
 #include "controls/tree/tree_item.h"
 #include "docview/view.h"
 
-// The owner's word for an item; 0: none.
+// The owner's data for an item; 0: none.
 using TreeItemData = std::uintptr_t;
 
 class TreeControlOwner {
  public:
   // The whole text, of any length.
   virtual std::string TreeItemText(TreeItemData data) = 0;
-  // What a search has found in the text of an item.
+  // The hits of a search in the text of an item.
   virtual std::vector<HitRange> TreeTextHits(const std::string& text) = 0;
-  // Another item is selected than before, or none, whoever did it.
+  // Another item is selected than before, or none, whoever changed it.
   virtual void OnTreeSelectionChanged() = 0;
-  // The item is about to be expanded, whoever asked for it, and may be given its children now.
-  // False: it stays closed.
+  // The item will be expanded, whoever asked for it; the owner may insert its children now. False:
+  // it stays closed.
   virtual bool OnTreeItemExpanding(TreeItem item) = 0;
-  // Left button on the item's label, 0 beside all labels. It is selected already.
+  // Left button on the item's label; 0 outside all labels. The item is selected already.
   virtual void OnTreeClicked(TreeItem item) = 0;
-  // Left button anywhere but on an expand button, where each press opens or closes; or Enter.
+  // Left button anywhere except on an expand button, where each press opens or closes; or Enter.
   virtual void OnTreeDoubleClicked() = 0;
-  // Right button, before the context menu; 0 beside all labels.
+  // Right button, before the context menu; 0 outside all labels.
   virtual void OnTreeRightPressed(TreeItem item) = 0;
   virtual void OnTreeContextMenu(int screenXPx, int screenYPx) = 0;
 
@@ -48,7 +48,7 @@ class TreeControlOwner {
 
 enum TreeItemState : unsigned {
   kTreeExpanded = 1,
-  kTreeHasChildren = 2,  // shows a button, whether or not it has been filled
+  kTreeHasChildren = 2,  // shows a button, whether or not it has child items
 };
 
 enum class TreeStep {
@@ -57,16 +57,17 @@ enum class TreeStep {
   LastChild,
   NextSibling,
   PreviousSibling,
-  PreviousVisible,  // the row above, on the screen or not; none for an item in a closed one
+  PreviousVisible,  // the row above, on the screen or not; none for an item below a closed one
 };
 
-// The items: what the logic puts in and reads.
+// The part of the interface for the model: inserts and reads items.
 class TreeItemPort {
  public:
-  // As the last child. With `hasChildren` the button shows at once.
+  // Inserts as the last child. With `hasChildren` the button shows immediately.
   virtual TreeItem InsertItem(TreeItem parent, TreeItemData data, bool hasChildren) = 0;
-  // With all items below it; 0: all there are. A selection among them goes to the item that follows
-  // the deleted one, else to the one before it, else to its parent.
+  // Deletes the item with all items below it; 0: all items. If one of them was selected, the
+  // selection moves to the item after the deleted one, else to the one before it, else to its
+  // parent.
   virtual void DeleteItem(TreeItem item) = 0;
   virtual TreeItemData ItemData(TreeItem item) const = 0;
   virtual unsigned ItemState(TreeItem item) const = 0;  // TreeItemState bits
@@ -78,27 +79,26 @@ class TreeItemPort {
 
 class TreeControl : public ViewControl, public TreeItemPort {
  public:
-  // The owner would answer another text from now on.
+  // The text of the item has changed.
   virtual void ItemTextChanged(TreeItem item) = 0;
-  // Opens or closes, as the user does. Nothing below a closed item is seen, and a selection there
-  // goes to the item. An item that still has no children when its owner has been asked stays
-  // closed, and so does one that the owner does not let open.
+  // Opens or closes, as the user does. If the selection is below an item that is closed, it moves
+  // to that item. An item stays closed if it has no children after its owner was asked, or if the
+  // owner refuses.
   virtual void Expand(TreeItem item, bool open) = 0;
   virtual TreeItem SelectedItem() const = 0;
-  // Opens all items above it; when one of them stays closed, nothing is selected anew. 0: none is
-  // selected.
+  // Opens all items above it; if one of them stays closed, the selection does not change. 0:
+  // selects nothing.
   virtual void SelectItem(TreeItem item) = 0;
-  // Opens all items above it and scrolls as little as needed; not when one of them stays closed.
+  // Opens all items above it and scrolls as little as needed; does nothing if one stays closed.
   virtual void EnsureVisible(TreeItem item) = 0;
-  // How many rows the item and what is seen below it take, if its parents are expanded.
+  // How many rows the item and the visible items below it take, if its parents are expanded.
   virtual std::int64_t RowsOf(TreeItem item) const = 0;
-  // Scrolls across, as little as needed, to the first hit that the owner tells of in the item's
-  // text.
+  // Scrolls horizontally, as little as needed, to the first hit in the item's text.
   virtual void ShowHit(TreeItem item) = 0;
   // Does the item's rectangle overlap the control's?
   virtual bool IsOnScreen(TreeItem item) const = 0;
   // While redrawing is off nothing is painted; switching it on paints all.
   virtual void SetRedraw(bool on) = 0;
-  // The owner would answer other hits from now on.
+  // The hits have changed.
   virtual void Repaint() = 0;
 };

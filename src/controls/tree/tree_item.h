@@ -1,4 +1,4 @@
-// An item of a tree control, for those that keep one and ask nothing of it.
+// The handle of a tree control's item, for code that only stores it.
 #pragma once
 
 #include <cstdint>

@@ -24,7 +24,7 @@ TreeItem TreeItems::InsertItem(TreeItem parent, TreeItemData data, bool hasChild
   return HandleOf(item);
 }
 
-// A loop, as items may nest 100,000 deep.
+// A loop, because items may nest 100,000 deep.
 void TreeItems::DeleteItem(TreeItem handle) {
   Item* const item = OrTop(handle);
   if (item->parent) {
@@ -139,7 +139,7 @@ TreeItem TreeItems::At(std::int64_t row) const {
     const Item* const item = above->children->At(row);
     row -= above->children->RowsBefore(item->number);
     if (row == 0) return HandleOf(item);
-    --row;  // the item's own
+    --row;  // the row of the item itself
     above = item;
   }
 }
@@ -150,7 +150,7 @@ int TreeItems::Depth(TreeItem handle) const {
   return depth;
 }
 
-// The rows below `item`, which is expanded, have changed: tells those that count them.
+// The number of rows below the expanded `item` has changed: updates the sums of its parents.
 void TreeItems::RowsChanged(Item* item, std::int64_t rows) {
   for (; item->parent; item = item->parent) {
     item->parent->children->AddRows(item->number, rows);

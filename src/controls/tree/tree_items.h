@@ -1,11 +1,11 @@
-// The items of a tree control, and which of them stands in which row.
+// The items of a tree control, and the row of each item.
 //
-// Shape    A row is an item whose parents are all expanded, counted from 0 at the top; -1 for an
-//          item in a closed one. An item is 32 bytes, and keeps its handle and its place among its
-//          siblings when others go.
-// Owner    The store owns the items; the words belong to whoever gave them.
+// Shape    An item whose parents are all expanded has a row, counted from 0 at the top; the row of
+//          an item below a closed one is -1. An item takes 32 bytes. It keeps its handle and its
+//          order among its siblings when others are deleted.
+// Owner    The store owns the items; the data words belong to the caller.
 // Errors   std::bad_alloc. Handles are not checked: 0 is the top level where a call says so.
-// Cost     By the depth of the item, not by how many there are; Delete by those below the item.
+// Cost     By the depth of the item, not by the number of items; Delete by those below the item.
 // Threads  Interface thread.
 #pragma once
 
@@ -30,14 +30,14 @@ class TreeItems final : public TreeItemPort {
   TreeItem Walk(TreeItem from, TreeStep step) const override;
 
   bool HasItemsBelow(TreeItem item) const;
-  // REQUIRES: HasItemsBelow when `expanded`. A path is opened from below: each step then costs the
-  // same, else by its depth.
+  // REQUIRES: HasItemsBelow when `expanded`. Open a path from its lower end: then each step has a
+  // constant cost, else it costs by its depth.
   void SetExpanded(TreeItem item, bool expanded);
   // Is `item` somewhere below `above`?
   bool IsBelow(TreeItem item, TreeItem above) const;
   std::int64_t Rows() const;
   std::int64_t RowOf(TreeItem item) const;
-  // How many rows the item and what is seen below it take, if its parents are expanded.
+  // How many rows the item and the visible items below it take, if its parents are expanded.
   std::int64_t RowsOf(TreeItem item) const;
   TreeItem At(std::int64_t row) const;  // 0: no such row
   int Depth(TreeItem item) const;       // 0 at the top level

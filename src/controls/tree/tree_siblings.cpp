@@ -19,7 +19,7 @@ void TreeItems::Siblings::AddRows(std::uint64_t number, std::int64_t rows) {
   }
 }
 
-// Counted one by one from whichever is nearest: the front, the end or the number's group. A live
+// Added one by one from the nearest of these: the front, the end, or the number's group. A live
 // stream asks at the front and at the end.
 std::int64_t TreeItems::Siblings::RowsBefore(std::uint64_t number) const {
   const auto rowsOf = [this](std::uint64_t each, std::uint64_t end) {

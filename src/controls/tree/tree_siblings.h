@@ -1,8 +1,9 @@
 // The children of one item of a TreeItems. Only that class's own files include this.
 //
-// Shape    Items lie in chunks of 4, 8, 16 ... 1024, so that a handle stays good while others come
-//          and go. A deleted one leaves a gap of no rows; chunks before the first that lives are
-//          given back. At(row) and RowsBefore count the rows of each with what is seen below it.
+// Shape    Items are in chunks of 4, 8, 16 ... 1024, so that a handle stays valid when others are
+//          added and deleted. A deleted item leaves a gap without rows; chunks before the first
+//          live item are freed. At(row) and RowsBefore count the rows of each item with the visible
+//          items below.
 // Errors   std::bad_alloc.
 #pragma once
 
@@ -17,7 +18,7 @@ struct TreeItems::Item {
   Item* parent = nullptr;
   TreeItemData data = 0;
   Siblings* children = nullptr;
-  std::uint64_t number : 56 = 0;  // among all siblings that ever were
+  std::uint64_t number : 56 = 0;  // among all siblings that ever existed
   std::uint64_t state : 7 = 0;
   std::uint64_t dead : 1 = 0;
 
@@ -35,16 +36,16 @@ class TreeItems::Siblings {
     AddRows(item->number, 1);
     return item;
   }
-  // REQUIRES: its rows are taken off.
+  // REQUIRES: its rows were subtracted.
   void Remove(Item& item);
 
   std::int64_t Rows() const { return m_rows; }
   void AddRows(std::uint64_t number, std::int64_t rows);
   std::int64_t RowsBefore(std::uint64_t number) const;
-  // The item that the row belongs to. REQUIRES: 0 <= row < Rows().
+  // The item whose rows include the row. REQUIRES: 0 <= row < Rows().
   Item* At(std::int64_t row) const;
   Item* Last() const { return Slot(m_end - 1).dead ? At(m_rows - 1) : &Slot(m_end - 1); }
-  // The very next one, null when it is deleted or there is none.
+  // The directly adjacent item; null if it was deleted or does not exist.
   Item* Beside(const Item& item, bool next) const;
   template <class Visit>
   void ForEach(Visit&& visit) {
@@ -57,13 +58,13 @@ class TreeItems::Siblings {
     std::uint64_t chunk, slot;
   };
   static constexpr unsigned kFirstBits = 2, kLastBits = 10;
-  static constexpr std::uint64_t kSummed = 64;  // fewer siblings are counted one by one
+  static constexpr std::uint64_t kSummed = 64;  // fewer siblings are added one by one
 
   static std::uint64_t SlotsOf(std::uint64_t chunk) {
     return std::uint64_t{1} << (kFirstBits +
                                 std::min<std::uint64_t>(chunk, kLastBits - kFirstBits));
   }
-  // Counted from 4 on, the chunks that double begin at the powers of two.
+  // Counted from 4 on, chunks begin at the powers of two.
   static Place PlaceOf(std::uint64_t number) {
     number += std::uint64_t{1} << kFirstBits;
     const unsigned bits = std::min(static_cast<unsigned>(std::bit_width(number)) - 1, kLastBits);
@@ -76,9 +77,9 @@ class TreeItems::Siblings {
   void DropChunks();
 
   std::vector<std::unique_ptr<Item[]>> m_chunks;
-  std::size_t m_dropped = 0;       // chunks at the front of the vector that are given back
+  std::size_t m_dropped = 0;       // freed chunks at the front of the vector
   std::uint64_t m_firstChunk = 0;  // number of m_chunks[0]
-  std::uint64_t m_begin = 0;       // all before are deleted
+  std::uint64_t m_begin = 0;       // all items before are deleted
   std::uint64_t m_end = 0;
   std::int64_t m_rows = 0;
   std::unique_ptr<RowSums> m_sums;  // once there are many siblings

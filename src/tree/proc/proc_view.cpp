@@ -14,7 +14,7 @@ CProcView::~CProcView() = default;
 
 void CProcView::OnInitialUpdate() {
   CView::OnInitialUpdate();
-  // Later ones come to a hidden tree too.
+  // A hidden tree gets later updates too.
   if (std::exchange(m_firstUpdate, false)) Build();
   if (m_currentEvent) GoTo(nullptr, m_currentEvent);
 }

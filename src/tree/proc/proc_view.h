@@ -1,12 +1,13 @@
-// The tree view of a trace document: who issued the traces, inside which block, and how long each
-// block took. The model is complete; the control has items for the machines and for the children
-// of nodes that have been opened, no others.
+// The tree view of a trace document: which threads issued the traces, inside which block, and how
+// long each block took. The model is complete; the control has items only for the machines and for
+// the children of nodes that have been opened.
 //
 // Owner    Owns its control and model; borrows the traces.
-// Errors   An insertion that fails ends the fill of that parent, silently.
-// Long     A rebuild is made beside the tree and takes its place when it is whole; cancelled, the
-//          tree stays. One that lost its traces, or was never built, is empty and takes no hints.
-// Cost     No hint's work grows with the traces held or the items shown, but for a rebuild's, for
+// Errors   A failed insertion ends the fill of that parent, without a message.
+// Long     A rebuild makes a new tree, which replaces the old one when it is complete; after a
+//          cancel the old tree stays. A tree that lost its traces, or was never built, is empty and
+//          ignores hints.
+// Cost     No hint's work grows with the traces held or the items shown, except for a rebuild, for
 //          the first opening of a node and for a search.
 // Threads  Interface thread.
 #pragma once
@@ -38,18 +39,19 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   bool Build() override;
   bool IsBuilt() const override { return m_built; }
 
-  // The items in the order of the tree, opened or not: creates what lacks on the way. 0 at the end.
+  // The items in the order of the tree, opened or not: makes missing items on the way. 0 at the
+  // end.
   TreeItem NextTreeItem(TreeItem item);
   TreeItem PrevTreeItem(TreeItem item);
-  TreeItem LastTreeItem() const;  // of the items that exist
-  // From the selected item, if there is one, around the end of the tree; a hit is selected.
+  TreeItem LastTreeItem() const;  // among the existing items
+  // From the selected item, if there is one, continuing at the start of the tree; selects a hit.
   FindResult FindInTree();
 
   const ProcModel& Model() const { return *m_model; }
   TreeControl& Tree() const { return *m_tree; }
   CTraceEvent* NodeOf(TreeItem item) const;  // null for 0
   void Show(TreeItem item);                  // selects it and makes it visible
-  bool Lacks(TreeItem item) const;           // children of its node have no items
+  bool Lacks(TreeItem item) const;           // children of its node without items
   ItemFill FillOf(TreeItem item);            // REQUIRES: Lacks
 
   std::string TreeItemText(TreeItemData data) override;
@@ -97,7 +99,7 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   std::unique_ptr<TreeControl> m_tree;
   bool m_firstUpdate = true;
   bool m_built = false;
-  bool m_inDrain = false;                       // whose work no box may interrupt
+  bool m_inDrain = false;                       // no box may interrupt a drain
   std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
-  std::vector<CProcViewIterator*> m_iterators;  // at work: they are told what goes
+  std::vector<CProcViewIterator*> m_iterators;  // active: notified of removals
 };

@@ -1,4 +1,4 @@
-// The export of the tree: what is open, as text.
+// The export of the tree: the opened items, as text.
 #include "listview/export/export_dialogs.h"
 #include "listview/export/export_run.h"
 #include "tree/proc/model/tree_text.h"

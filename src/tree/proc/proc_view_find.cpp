@@ -4,20 +4,20 @@
 
 namespace {
 
-// From the item behind the selected one around to it; that one itself is never tested.
+// From the item after the selected one, around to the selected one, which is never tested.
 class TreeWalk final : public FindWalk {
  public:
   TreeWalk(CProcView& view, TreeItem selected, bool backward)
       : m_view(view), m_selected(selected), m_item(selected), m_backward(backward) {}
 
-  // The items of a node that the next step goes into.
+  // Makes the items of a node that the next step enters.
   bool Prepare() override {
     if (m_fill) {
       if (!m_fill->DoPart()) return true;
       m_fill.reset();
     }
     const TreeItem item = m_backward ? ToFillBefore(m_item) : m_item;
-    // Once for each: an insertion may fail.
+    // Only once for each item, because an insertion may fail.
     if (item == m_filled || !m_view.Lacks(item)) return false;
     m_filled = item;
     m_fill.emplace(m_view.FillOf(item));
@@ -34,7 +34,7 @@ class TreeWalk final : public FindWalk {
   TreeItem Item() const { return m_item; }
 
  private:
-  // On the way down to the item before; 0 when nothing lacks there.
+  // The item to fill on the way to the previous item; 0 if none is missing.
   TreeItem ToFillBefore(TreeItem item) const {
     item = m_view.Tree().Walk(item, TreeStep::PreviousSibling);
     while (item && !m_view.Lacks(item)) item = m_view.Tree().Walk(item, TreeStep::LastChild);

@@ -1,4 +1,4 @@
-// The items of the tree view: made when their parent is opened or something below is wanted.
+// The items of the tree view: made when their parent is opened or an item below is needed.
 #include <vector>
 
 #include "tree/proc/proc_view.h"
@@ -34,8 +34,8 @@ bool CProcView::OnTreeItemExpanding(TreeItem item) {
   return FillWatched(item);
 }
 
-// Traces that came while an item was closed have no items: those behind the last that has one. Each
-// opening adds them; where nothing has come a second one adds nothing.
+// Traces that came while an item was closed have no items; they are after the last child with one.
+// Each opening adds them; if none came, a second opening adds nothing.
 bool CProcView::Lacks(TreeItem item) const {
   const CTraceEvent* const node = NodeOf(item);
   if (!node || node->Kind() == NodeKind::Leaf) return false;
@@ -54,7 +54,7 @@ void CProcView::Fill(TreeItem item) {
   }
 }
 
-// False when the person cancelled it.
+// False when the user cancelled.
 bool CProcView::FillWatched(TreeItem item) {
   if (m_inDrain) {
     Fill(item);
@@ -64,10 +64,10 @@ bool CProcView::FillWatched(TreeItem item) {
   return RunLongWork(GetHost(), &m_document, {"Tessera", "Opening..."}, fill);
 }
 
-// A loop from the top down: 100,000 nested blocks need no stack.
+// A loop from the top down, because 100,000 nested blocks would need too much stack.
 void CProcView::EnsureTreeItem(CTraceEvent& node) {
   if (node.treeItem) return;
-  std::vector<CTraceEvent*> closed;  // parents whose children have no items, from below
+  std::vector<CTraceEvent*> closed;  // parents whose children have no items, innermost first
   for (CTraceEvent* each = node.parent; each; each = each->parent) {
     closed.push_back(each);
     if (each->treeItem) break;

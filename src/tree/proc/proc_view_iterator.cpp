@@ -32,7 +32,7 @@ bool CProcViewIterator::HasNext() const {
   if (!place) return false;
   const TreeControl& tree = m_view.Tree();
   if (m_view.Lacks(place) && !tree.Walk(place, TreeStep::FirstChild)) {
-    // One item is enough to know.
+    // One item is enough to answer.
     m_view.FillOf(place).DoPart();
   }
   return tree.Walk(place, TreeStep::FirstChild) || m_view.NextTreeItem(place);
@@ -67,7 +67,7 @@ void CProcViewIterator::OnTracesGone(const CTraceHint& hint) {
     current = nullptr;
 }
 
-// An item with others below it goes only with all of them.
+// An item is deleted only together with all items below it.
 void CProcViewIterator::OnItemGone(TreeItem item) {
   if (item == m_item) m_item = 0;
 }

@@ -1,11 +1,11 @@
 // The properties dialog's cursor over the items of a tree: all of them, in the order of the tree,
-// level nodes and blocks too. The trace of a Begin thus comes twice: as its block and as the
-// block's first leaf.
+// including level nodes and blocks. So the trace of a Begin comes twice: as its block and as the
+// first leaf of the block.
 //
-// Owner    Borrows the view. While the dialog runs, a monitor adds and trims traces: a trace that
-//          goes leaves `current` null, and an item that goes leaves the cursor at the selected
-//          item.
-// Long     A move that opens a large node shows a box; cancelled, the cursor stays.
+// Owner    Borrows the view. While the dialog runs, a monitor adds and trims traces. When the
+//          current trace is removed, `current` becomes null; when the current item is deleted, the
+//          cursor moves to the selected item.
+// Long     A move that opens a large node shows a box; after a cancel the cursor stays.
 // Threads  Interface thread.
 #pragma once
 
@@ -21,7 +21,7 @@ class CProcViewIterator : public CTraceIterator {
 
   void Next() override;
   void Prev() override;
-  // The first fills the tree as far as it looks.
+  // HasNext fills the tree as far as it looks.
   bool HasNext() const override;
   bool HasPrev() const override;
 
@@ -35,5 +35,5 @@ class CProcViewIterator : public CTraceIterator {
   void MoveTo(TreeItem item);
 
   CProcView& m_view;
-  TreeItem m_item;  // 0: it has gone
+  TreeItem m_item;  // 0: it was deleted
 };

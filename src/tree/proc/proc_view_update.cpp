@@ -1,4 +1,4 @@
-// How the tree view follows its document: the hints and what they make of tree and selection.
+// Updates the tree view after hints of its document: the tree and the selection.
 #include <utility>
 
 #include "docview/commands/command_ids.h"
@@ -34,7 +34,7 @@ bool CProcView::RebuildTree() {
   }
 }
 
-// The nodes' traces are gone when the list has been cleared since they were filed.
+// If the list was cleared since the traces were filed, they have been released.
 void CProcView::EmptyIfCleared() {
   if (m_document.m_traces.Generation() == m_generation) return;
   m_generation = m_document.m_traces.Generation();
@@ -57,8 +57,8 @@ void CProcView::TakeOver(std::unique_ptr<ProcModel> model) {
   m_tree->SetRedraw(true);
 }
 
-// An empty tree must not pass for the document's: the frame goes back to the list, and the next
-// toggle begins anew.
+// The user must not take an empty tree for that of the document: the frame goes back to the list,
+// and the next toggle builds the tree again.
 void CProcView::LeaveEmptyTree() {
   CFrameWnd* const frame = GetParentFrame();
   if (frame && GetDlgCtrlID() == kMainPane) frame->OnCommand(ID_VIEW_PROC);
@@ -80,16 +80,16 @@ void CProcView::RemoveTraces(const CTraceHint& hint) {
   m_tree->SetRedraw(false);
   m_model->RemoveTraces(hint.m_events);
   m_tree->SetRedraw(true);
-  // Kept: what goes is not taken off the count.
+  // Kept: removed traces are not subtracted from the count.
   TellCount();
-  // Kept: at every trim the selection jumps to what is nearest to the oldest trace that goes. It is
-  // still good here: the document releases it behind the hint.
+  // Kept: at every trim the selection moves to the node that is nearest to the oldest removed
+  // trace. That trace is still valid here: the document releases it after the hint.
   m_inDrain = true;
   FollowTrace(this, *hint.m_events.front());
   m_inDrain = false;
 }
 
-// Nothing when the person cancelled it.
+// None when the user cancelled.
 std::optional<NodePosition> CProcView::PlaceOf(const TraceEvent_i& target) {
   if (m_inDrain) return m_model->FindNode(target);
   NodeSearch search(*m_model, target);
@@ -107,7 +107,7 @@ void CProcView::FollowTrace(CView*, const TraceEvent_i& target) {
   if (node.treeItem) Show(node.treeItem);
 }
 
-// The tree scrolls along with a live stream only if the user looks at the tail.
+// The tree scrolls with a live stream only if its last row is visible.
 void CProcView::FollowTail(TreeItem item) {
   const TreeItem parent = m_tree->Walk(item, TreeStep::Parent);
   if (!parent || !IsExpanded(parent)) return;

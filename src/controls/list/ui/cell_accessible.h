@@ -1,4 +1,4 @@
-// One cell of the row list, or of its header, as assistive technology sees it.
+// One cell of the row list, or of its header, for assistive technology.
 #pragma once
 
 #include <QAccessibleInterface>
@@ -33,7 +33,7 @@ class CellAccessible final : public QAccessibleInterface, public QAccessibleTabl
   int columnExtent() const override { return 1; }
   QAccessibleInterface* table() const override { return &m_table; }
 
-  // What a cell says: its text, or the word for its icon.
+  // The name of a cell: its text, or the name of its icon.
   static QString NameOf(const QtRowList& list, int row, ListColumn column);
 
  private:

@@ -1,8 +1,8 @@
-// The row list as assistive technology sees it: a table whose children are the header's cells, the
-// cells on view, row by row, and while it shows the button that leads to the end.
+// The row list for assistive technology: a table whose children are the header's cells, the visible
+// cells row by row, and, while it shows, the button that leads to the end.
 //
-// Shape    rowCount and cellAt speak of all rows; children, and lists of selected rows, only of
-//          those on view, so that nothing costs by the number of rows.
+// Shape    rowCount and cellAt refer to all rows; children, and lists of selected rows, only to the
+//          visible ones, so that no cost depends on the number of rows.
 // Threads  Interface thread.
 #pragma once
 
@@ -14,7 +14,7 @@
 
 // Makes Qt describe row lists by the classes below. May be called more than once.
 void InstallRowListAccessible();
-// Announces a row's new state, if somebody listens.
+// Announces a row's new state, if a listener is active.
 void TellAccessible(QtRowList& list, int row, unsigned oldState, unsigned newState);
 
 class RowListAccessible final : public QAccessibleWidget, public QAccessibleTableInterface {
@@ -61,5 +61,5 @@ class RowListAccessible final : public QAccessibleWidget, public QAccessibleTabl
   void Prune() const;
 
   QtRowList& m_list;
-  mutable std::map<Cell, QAccessible::Id> m_cells;  // those handed out
+  mutable std::map<Cell, QAccessible::Id> m_cells;  // the cells that were given out
 };

@@ -33,7 +33,7 @@ RowHeader::RowHeader(QWidget* parent, RowListOwner& owner, std::function<int(Lis
   setSectionsClickable(false);
   setHighlightSections(false);
   setTextElideMode(Qt::ElideRight);
-  // Not the minimum of a drag: the owner is to be asked for narrower widths too.
+  // Not the minimum of a drag: the owner must be asked about narrower widths too.
   setMinimumSectionSize(0);
   connect(this, &QHeaderView::sectionResized, this, &RowHeader::OnSectionResized);
   connect(this, &QHeaderView::sectionMoved, this, [this] { m_moved = m_dragging; });
@@ -75,8 +75,7 @@ void RowHeader::SetColumnOrder(const ListOrder& order) {
     moveSection(visualIndex(section), place++);
 }
 
-// The columns that have no words hold numbers and times, and a font's digits may be wider than its
-// average.
+// Some columns contain numbers and times, and a font's digits may be wider than its average.
 int RowHeader::AverageCharWidth() const {
   return std::max(fontMetrics().averageCharWidth(), fontMetrics().horizontalAdvance(u'0'));
 }
@@ -130,13 +129,13 @@ void RowHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int section)
 }
 
 void RowHeader::paintSection(QPainter* painter, const QRect& rect, int section) const {
-  painter->save();  // the style leaves its clip behind
+  painter->save();  // the style does not restore its clip
   QHeaderView::paintSection(painter, rect, section);
   painter->restore();
   const QRect room = rect.adjusted(kCellMarginPx, 0, -kCellMarginPx, 0);
   QString text = HeaderText(section);
-  // Asked first in whole pixels, as widths are: cutting counts parts of them, and would cut the
-  // name in a column of just its width.
+  // Checked first in whole pixels, like widths: eliding counts fractions, and would cut the name in
+  // a column of exactly its width.
   if (fontMetrics().horizontalAdvance(text) > room.width())
     text = fontMetrics().elidedText(text, Qt::ElideRight, room.width());
   painter->setPen(palette().color(QPalette::ButtonText));

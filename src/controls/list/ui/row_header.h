@@ -1,6 +1,7 @@
 // The header of the row list: a section for each column, hidden where a column's width is 0.
 //
-// A drag is put to the owner step by step and refused steps do not move; what code sets is not.
+// The owner is asked about each step of a drag, and refused steps have no effect. It is not asked
+// about widths that code sets.
 //
 // Threads  Interface thread.
 #pragma once
@@ -15,9 +16,9 @@
 class RowHeader final : public QHeaderView, public ListHeader {
  public:
   static constexpr int kCellMarginPx = 6;     // left and right of a text
-  static constexpr int kNarrowestFitPx = 16;  // what a fitted column is at least
+  static constexpr int kNarrowestFitPx = 16;  // the least width of a fitted column
 
-  // `fitWidth(column)` is what the column needs to show what is on view.
+  // `fitWidth(column)` is the width that the visible cells of the column need.
   RowHeader(QWidget* parent, RowListOwner& owner, std::function<int(ListColumn)> fitWidth);
 
   void InsertColumn(const ListColumnInfo& column, int widthPx) override;
@@ -26,7 +27,7 @@ class RowHeader final : public QHeaderView, public ListHeader {
   ListOrder GetColumnOrder() const override;
   void SetColumnOrder(const ListOrder& order) override;
   int AverageCharWidth() const override;
-  // With the margins of a cell, so that a column of this width does not cut the text.
+  // Includes the margins of a cell, so that a column of this width does not cut the text.
   int StringWidth(const std::string& text) const override;
   int FitWidth(ListColumn column) const override;
 
@@ -37,10 +38,10 @@ class RowHeader final : public QHeaderView, public ListHeader {
   QString HeaderText(ListColumn column) const;
   // Left edge in the viewport.
   int ColumnLeft(ListColumn column) const { return sectionViewportPosition(column.Index()); }
-  // Of the cells below. The last shown column, if its text begins at the left, has the free room
-  // beside it too; its own width stays.
+  // The width of the cells below. The last shown column, if it is left-aligned, also uses the free
+  // space beside it; its own width does not change.
   int CellWidth(ListColumn column) const;
-  // The column whose cells lie at the place in the viewport.
+  // The column of the cells at this position of the viewport.
   std::optional<ListColumn> ColumnAt(int xPx) const;
 
  protected:
@@ -56,7 +57,7 @@ class RowHeader final : public QHeaderView, public ListHeader {
     return m_columns[static_cast<std::size_t>(column.Index())];
   }
   bool Exists(ListColumn column) const { return column.Index() >= 0 && column.Index() < count(); }
-  // The last shown column, if it takes the free room.
+  // The last shown column, if it uses the free space.
   std::optional<ListColumn> Stretched() const;
   void OnSectionResized(int section, int oldWidth, int newWidth);
   void FitColumn(ListColumn column);
@@ -69,6 +70,6 @@ class RowHeader final : public QHeaderView, public ListHeader {
   std::vector<ListColumnInfo> m_columns;
   bool m_dragging = false;    // the left button is down
   bool m_setting = false;     // by code, not by the user
-  int m_resizedSection = -1;  // by the drag under way
-  bool m_moved = false;       // a section, by the drag under way
+  int m_resizedSection = -1;  // by the current drag
+  bool m_moved = false;       // a section, by the current drag
 };

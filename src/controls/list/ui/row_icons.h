@@ -1,4 +1,4 @@
-// The icons of a row list's rows: what the owner's numbers look like and what they are called.
+// The icons of a row list's rows: their pictures and names, by the owner's numbers.
 //
 // Owner    The list owns them.
 // Threads  Interface thread.

@@ -51,7 +51,7 @@ int RowInput::TargetOf(int key) const {
   const int last = m_list.ItemCount() - 1;
   if (last < 0) return -1;
   const int focus = m_list.States().Focus();
-  // Without a focus the first of these keys gives it to the first row on view.
+  // Without a focus the first of these keys focuses the first visible row.
   const bool none = focus == -1;
   switch (key) {
     case Qt::Key_Up:
@@ -75,7 +75,7 @@ int RowInput::PageDown(int from) const {
   const int page = m_list.CountPerPage();
   const int lastOnView = m_list.TopIndex() + page - 1;
   const bool onView = from >= m_list.TopIndex() && from < lastOnView;
-  // First to the end of the page on view, from there a page further.
+  // First to the end of the visible page, from there one page further.
   return std::min(onView ? lastOnView : from + std::max(page - 1, 1), m_list.ItemCount() - 1);
 }
 
@@ -147,7 +147,7 @@ void RowInput::DragTo(const QPoint& point) {
 
 void RowInput::AutoScroll() {
   const int below = m_mouse.y() - m_list.viewport()->height();
-  // The further out, the faster.
+  // Faster at a greater distance.
   const int rows = 1 + (below >= 0 ? below : -m_mouse.y()) / (2 * m_list.RowHeight());
   m_list.ScrollTo(m_list.TopIndex() + (below >= 0 ? rows : -rows));
   DragTo(m_mouse);
@@ -167,7 +167,7 @@ int RowInput::PressedRow() const {
 
 void RowInput::DoubleClick(QMouseEvent& event) {
   if (event.button() != Qt::LeftButton) return;
-  // The release that follows is no click of its own.
+  // The release that follows is not a click.
   m_drag = Drag::None;
   m_list.Owner().OnRowDoubleClicked(m_list.RowAt(event.position().toPoint().y()));
 }

@@ -1,10 +1,10 @@
 // Keyboard and mouse of the row list.
 //
-// Keys     Arrows, Page, Home and End move focus and selection; with Shift the selection grows from
-//          the anchor, with Ctrl only the focus moves. Space selects, Ctrl+Space turns over. Every
-//          other key, also Ctrl+A, Ctrl+C and letters, is left to the window.
-// Mouse    Click, Ctrl, Shift and a drag that scrolls on beyond the edge; a click is told at
-//          release, where the button went down, unless a drag has come out of it.
+// Keys     Arrows, Page, Home and End move focus and selection. With Shift the selection extends
+//          from the anchor, with Ctrl only the focus moves. Space selects, Ctrl+Space toggles.
+//          Every other key, also Ctrl+A, Ctrl+C and letters, is left to the window.
+// Mouse    Click, Ctrl, Shift, and a drag that scrolls beyond the edge. A click is reported at the
+//          release, for the row of the press, unless it became a drag.
 // Threads  Interface thread.
 #pragma once
 
@@ -31,7 +31,7 @@ class RowInput {
  private:
   enum class Drag { None, Pressed, Selecting };
 
-  // The row that a key leads to, -1 when it is none of ours.
+  // The row that a key leads to; -1 for other keys.
   int TargetOf(int key) const;
   int PageDown(int from) const;
   int PageUp(int from) const;
@@ -41,13 +41,13 @@ class RowInput {
   void SelectForMenu(int row);
   void DragTo(const QPoint& point);
   void AutoScroll();
-  // The row where the button went down; -1 when there was none or it has been trimmed.
+  // The row of the press; -1 if there was none or it has been trimmed.
   int PressedRow() const;
 
   QtRowList& m_list;
   QTimer m_autoScroll;
   Drag m_drag = Drag::None;
-  bool m_adding = false;        // the drag keeps what was selected besides
-  std::int64_t m_pressed = -1;  // the row where the button went down, absolute as in RowStates
-  QPoint m_mouse;               // where the drag is, in the viewport
+  bool m_adding = false;        // the drag keeps the earlier selection
+  std::int64_t m_pressed = -1;  // the row of the press, absolute as in RowStates
+  QPoint m_mouse;               // of the drag, in the viewport
 };

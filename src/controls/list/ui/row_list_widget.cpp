@@ -36,7 +36,7 @@ QtRowList::QtRowList(RowListOwner& owner, std::unique_ptr<RowIcons> icons, const
   setAccessibleName(name);
   setFocusPolicy(Qt::StrongFocus);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
-  // Halves the cost of a text; scripts that need shaping are shaped all the same.
+  // Halves the cost of a text; scripts that need shaping are shaped nevertheless.
   QFont plain;
   plain.setStyleStrategy(QFont::PreferNoShaping);
   setFont(plain);
@@ -54,7 +54,7 @@ QtRowList::QtRowList(RowListOwner& owner, std::unique_ptr<RowIcons> icons, const
 }
 
 QtRowList::~QtRowList() {
-  // The header reports on its sections while it goes.
+  // The header reports its sections while it is destroyed.
   m_header.disconnect(this);
 }
 
@@ -63,7 +63,7 @@ void QtRowList::SetItemCount(int rows) {
   m_states.SetCount(rows);
   UpdateScrollBars();
   const int first = std::min(before, ItemCount()), last = std::max(before, ItemCount()) - 1;
-  // The text of an empty list goes, the mark of the end moves on.
+  // The text of an empty list disappears, the mark of the end moves.
   if (before == 0 || ItemCount() == 0)
     viewport()->update();
   else
@@ -82,7 +82,7 @@ void QtRowList::DeleteRows(int first, int count) {
     UpdateScrollBars();
   }
   const bool sameRows = first == 0 && count <= top && TopIndex() == top - above;
-  // A row that has become the first may show another text: what it told about its predecessor.
+  // A row that has become the first may show another text in cells that depend on the row above.
   if (sameRows)
     RepaintRows(0, 0);
   else
@@ -247,7 +247,7 @@ void QtRowList::LayOut() {
   const bool atEnd = IsAtEnd();
   m_pageRows = std::max(viewport()->height() / m_rowHeight, 1);
   UpdateScrollBars();
-  // So that the list goes on following a stream.
+  // So that the list continues to follow a stream.
   if (atEnd) ScrollTo(verticalScrollBar()->maximum());
 }
 

@@ -1,8 +1,8 @@
-// The row list on the screen: a real header on top of rows that are painted from their owner, only
-// those that are seen.
+// The row list on the screen: a real header, and below it rows that are painted from their owner's
+// data. Only visible rows are painted.
 //
-// Shape    The vertical scroll bar counts rows, the horizontal one pixels. Number of rows: any int;
-//          nothing here costs by it.
+// Shape    The vertical scroll bar counts rows, the horizontal one pixels. The number of rows is
+//          any int; no cost depends on it.
 // Threads  Interface thread.
 #pragma once
 
@@ -23,7 +23,7 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   Q_OBJECT
 
  public:
-  // `name` is what it is called to assistive technology.
+  // `name` is its name for assistive technology.
   QtRowList(RowListOwner& owner, std::unique_ptr<RowIcons> icons, const QString& name,
             QWidget* parent = nullptr);
   ~QtRowList() override;
@@ -47,7 +47,7 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   void ShowEndMark(bool on) override;
   ListHeader& Header() override { return m_header; }
 
-  // For the parts that paint, handle input and describe the list.
+  // For the classes that paint, handle input and describe the list.
   RowListOwner& Owner() const { return m_owner; }
   RowStates& States() { return m_states; }
   const RowStates& States() const { return m_states; }
@@ -57,11 +57,11 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   void ScrollTo(int topRow);
   bool IsAtEnd() const { return TopIndex() + m_pageRows >= ItemCount(); }
   bool ShowsEndMark() const { return m_endMark; }
-  // The way back to the end; null while the list stands there.
+  // The button that leads to the end; null while the list is there.
   QWidget* ToEnd() { return m_toEnd.isVisibleTo(this) ? &m_toEnd : nullptr; }
   QString CellText(int row, ListColumn column) const;  // in one line
   int IconOf(int row) const;                           // -1: none
-  // In the viewport; a point beside the rows gives -1, one beside the columns none.
+  // In the viewport; -1 for a point outside the rows, none for one outside the columns.
   int RowAt(int yPx) const;
   std::optional<ListColumn> ColumnAt(int xPx) const;
   QRect RowRect(int row) const;
@@ -97,9 +97,9 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   RowInput m_input;
   ToEndButton m_toEnd;
   int m_rowHeight = 1;
-  // As the rows were last laid out. The viewport may be ahead of it: a hidden one changes without a
-  // word, and its next event no longer knows the size before.
+  // As of the last layout. The viewport may be newer: a hidden one changes without an event, and
+  // its next event no longer has the earlier size.
   int m_pageRows = 1;
   bool m_endMark = false;
-  bool m_holdPicture = false;  // the rows on view stay what they are while the scroll bar moves
+  bool m_holdPicture = false;  // the visible rows stay while the scroll bar moves
 };

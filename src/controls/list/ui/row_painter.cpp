@@ -34,7 +34,7 @@ RowLook RowPainter::LookOfRow(int row) const {
   RowKind kind;
   kind.selected = (m_list.GetItemState(row) & kRowSelected) != 0;
   kind.keyboard = m_list.hasFocus();
-  // Stripes go by the number that a row keeps when others are trimmed before it.
+  // Stripes use the number that a row keeps when rows before it are trimmed.
   kind.stripe = (m_list.States().Base() + row) % 2 != 0;
   kind.tint = kind.selected ? RowTint::None : m_list.Owner().RowListTint(row);
   return LookOf(m_list.palette(), kind);
@@ -68,7 +68,7 @@ void RowPainter::PaintBelow(Canvas& canvas, const QRect& below) const {
                             look.grid);
 }
 
-// What the rows wait for, in the middle; false when the owner says nothing.
+// The text for an empty list, in the middle; false when the owner has none.
 bool RowPainter::PaintEmpty(QPainter& painter) const {
   const QStringList lines = QString::fromStdString(m_list.Owner().RowListEmptyText()).split(u'\n');
   if (lines.front().isEmpty()) return false;
@@ -93,7 +93,7 @@ bool RowPainter::PaintEmpty(QPainter& painter) const {
   return true;
 }
 
-// A line below the last row of a list that stands at its end.
+// A line below the last row of a list that is at its end.
 void RowPainter::PaintEndMark(QPainter& painter) const {
   if (!m_list.ShowsEndMark() || m_list.ItemCount() == 0 || !m_list.IsAtEnd()) return;
   QRect mark = m_list.RowRect(m_list.ItemCount() - 1);
@@ -148,7 +148,7 @@ void RowPainter::PaintIcon(Canvas& canvas, const QRect& cell, int icon) const {
                             m_list.Icons().Get(icon, m_list.viewport()->devicePixelRatioF()));
 }
 
-// A mark at its beginning and a frame; on a selected row the frame is thin.
+// A mark at the row's beginning and a frame; on a selected row the frame is thin.
 void RowPainter::PaintFocus(QPainter& painter, const RowLook& look, const QRect& row,
                             bool selected) const {
   const QRect frame = row.intersected(m_list.viewport()->rect());

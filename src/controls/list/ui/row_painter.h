@@ -1,6 +1,6 @@
 // Paints the rows of a list, and measures their cells.
 //
-// Cost     By the cells that are seen. A text is made when its cell is painted and kept nowhere.
+// Cost     By the visible cells. A text is made when its cell is painted and is not stored.
 // Threads  Interface thread.
 #pragma once
 
@@ -20,13 +20,13 @@ class RowPainter {
 
   static int RowHeight(const QFontMetrics& metrics);
   void Paint(QPainter& painter, const QRect& clip) const;
-  // What the cell needs to show whole, with its margins.
+  // The width that the cell needs, with its margins.
   int CellWidth(int row, ListColumn column) const;
-  // Where the cell's first hit is seen, in the viewport; empty without one.
+  // The visible rectangle of the cell's first hit, in the viewport; empty without one.
   QRect HitRect(int row, ListColumn column) const;
 
  private:
-  // What all rows of one paint have in common.
+  // Values that all rows of one paint have in common.
   struct Place {
     ListColumn column;
     ColumnAlign align;
@@ -35,7 +35,7 @@ class RowPainter {
   struct Canvas {
     QPainter& painter;
     QFontMetrics metrics;
-    std::vector<Place> places;  // those that the clip touches
+    std::vector<Place> places;  // those inside the clip
   };
   RowLook LookOfRow(int row) const;
   void PaintRow(Canvas& canvas, int row) const;

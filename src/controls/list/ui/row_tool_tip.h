@@ -1,9 +1,9 @@
-// The tool tip of a cell whose text does not show whole.
+// The tool tip of a cell whose text is cut.
 #pragma once
 
 class QHelpEvent;
 class QtRowList;
 class RowPainter;
 
-// Shows it, or takes down what is shown when the cell under the mouse needs none.
+// Shows it, or hides the current one if the cell under the mouse needs none.
 void ShowRowToolTip(QtRowList& list, const RowPainter& painter, const QHelpEvent& event);

@@ -1,5 +1,5 @@
-// The way back to the end of a live list that the user has scrolled away from: it lies over the
-// lower right corner of the rows.
+// The button that leads to the end of a live list that the user has scrolled away from. It is over
+// the lower right corner of the rows.
 //
 // Threads  Interface thread.
 #pragma once
@@ -10,7 +10,7 @@ class ToEndButton final : public QPushButton {
  public:
   explicit ToEndButton(QWidget* parent);
 
-  // How many rows are further down than what is on view.
+  // The number of rows below the visible ones.
   void SetRowsBelow(int rows);
   QSize sizeHint() const override;
 

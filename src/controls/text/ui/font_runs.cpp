@@ -6,7 +6,7 @@ namespace {
 
 constexpr QChar kDots = QChar(0x2026);
 
-// Letters of the wide scripts, and the first halves of those that have two.
+// Letters of the wide scripts, and high surrogates.
 bool IsWide(QChar c) {
   const char16_t code = c.unicode();
   return (code >= 0x2e80 && code < 0xd7b0) || (code >= 0xd840 && code < 0xd88e) ||
@@ -33,7 +33,7 @@ std::vector<qsizetype> FontRuns(const QString& line) {
     bool wide = IsWide(line.front());
     for (qsizetype i = 1; i < line.size(); ++i) {
       const QChar c = line[i];
-      // What follows a high surrogate, and marks that stand over a letter, stay with it.
+      // A low surrogate, and marks over a letter, stay with the letter.
       if (line[i - 1].isHighSurrogate() || c.isMark() || IsWide(c) == wide) continue;
       ends.push_back(i);
       wide = IsWide(c);

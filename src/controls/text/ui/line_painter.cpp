@@ -10,8 +10,8 @@ namespace {
 constexpr int kHitInsetPx = 2;  // above and below a tinted text
 constexpr int kAroundHitChars = 4;
 
-// Up to where a piece that begins at `begin` looks the same; `hit` is the first that ends behind
-// it.
+// The end of the piece from `begin` that has one look; `hit` is the first hit that ends after
+// `begin`.
 qsizetype PieceEnd(const QString& text, qsizetype begin, qsizetype runEnd, const LinePart* hit) {
   if (text[begin] == kLineEndMark) return begin + 1;
   qsizetype end = runEnd;

@@ -1,4 +1,4 @@
-// One line of text in a cell: where it stands, and how it is drawn.
+// One line of text in a cell: its layout and its painting.
 //
 // Threads  Interface thread.
 #pragma once
@@ -13,16 +13,15 @@
 
 class QPainter;
 
-// In the height of `room` and cut with dots at its width; nothing where not even the dots fit.
+// Vertically centred in `room` and cut with dots at its width; nothing if not even the dots fit.
 class CellLayout {
  public:
   CellLayout(const QFontMetrics& metrics, const QRect& room, ColumnAlign align,
              const QString& whole);
 
-  // Marks of line ends are softer than the text. The parts that a search has found are tinted, and
-  // so are dots that hide some of them.
+  // Marks of line ends are softer than the text. Hits are tinted, and so are dots that hide a hit.
   void Paint(QPainter& painter, const RowLook& look, const std::vector<LinePart>& hits) const;
-  // Where the part is seen: the dots when they hide it.
+  // The rectangle of the part; of the dots if they hide it.
   QRect RectOf(const LinePart& part) const;
 
  private:
@@ -31,10 +30,10 @@ class CellLayout {
   const QFontMetrics& m_metrics;
   const QRect m_room;
   QString m_text;
-  qsizetype m_dots;  // where they stand; behind the text when there are none
+  qsizetype m_dots;  // their position; after the text if there are none
   int m_left = 0;
 };
 
-// How far a view scrolls across, to the right, so that a hit and a little around it is on view; 0
-// when it is, or when there is none. The beginning of one that is wider than the view.
+// How far a view must scroll to the right so that a hit and a little around it is visible; 0 if it
+// is, or if there is no hit. For a hit that is wider than the view, its beginning.
 int ScrollToHit(const QRect& hit, int viewPx, const QFontMetrics& metrics);

@@ -1,4 +1,4 @@
-// The colours of a row: the palette's, mixed.
+// The colours of a row, mixed from the palette's.
 //
 // Threads  Pure.
 #pragma once
@@ -10,17 +10,17 @@
 
 struct RowKind {
   bool selected = false;
-  bool keyboard = false;  // the list has it
+  bool keyboard = false;  // the list has the keyboard focus
   bool stripe = false;
   RowTint tint = RowTint::None;
 };
 
 struct RowLook {
   QColor background, text;
-  QColor soft;          // beside the text: line ends, hints
+  QColor soft;          // for secondary text: line ends, hints
   QColor grid;          // between the columns
   QColor accent;        // frame and mark of the focused row, the mark of the end
-  QColor hit, hitText;  // what a search has found
+  QColor hit, hitText;  // the hits of a search
 };
 
 RowLook LookOf(const QPalette& palette, const RowKind& row);

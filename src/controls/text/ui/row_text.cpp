@@ -11,7 +11,7 @@ bool IsControl(QChar c) {
          c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
 }
 
-// Bytes that make one character of the line: a continuation, or the feed of a carriage return.
+// Bytes inside a character of the line: a continuation byte, or the feed after a carriage return.
 bool IsInside(std::string_view bytes, std::size_t at) {
   if (at == 0 || at >= bytes.size()) return false;
   return (bytes[at] & 0xc0) == 0x80 || (bytes[at - 1] == '\r' && bytes[at] == '\n');
@@ -44,7 +44,7 @@ std::vector<LinePart> LinePartsOf(std::string_view bytes, const std::vector<HitR
   qsizetype unit = 0;
   const auto unitOf = [&](std::size_t at) {
     const std::string_view between = bytes.substr(byte, at - byte);
-    // The library takes a byte order mark off the front of what it converts.
+    // The library removes a byte order mark from the front of a converted text.
     if (byte > 0 && between.substr(0, 3) == "\xef\xbb\xbf") ++unit;
     unit += CellLine(between, between.size()).size();
     byte = at;

@@ -1,4 +1,4 @@
-// What a cell's bytes look like in one line.
+// Converts a cell's bytes to one line of text.
 #pragma once
 
 #include <QString>
@@ -7,10 +7,10 @@
 
 #include "controls/text/cell_parts.h"
 
-// Stands for a line end; painted softer than the text.
+// The mark for a line end; painted softer than the text.
 inline constexpr QChar kLineEndMark = QChar(0x23CE);
 
-// At most so many bytes, cut where a character ends; U+FFFD for what is no UTF-8.
+// At most so many bytes, cut between characters; U+FFFD for malformed UTF-8.
 QString CellString(std::string_view bytes, std::size_t most = kCellBytes - 1);
 // The same in one line: a mark for each line end, a blank for other control characters.
 QString CellLine(std::string_view bytes, std::size_t most = kCellBytes - 1);
@@ -22,6 +22,6 @@ struct LinePart {
   bool operator==(const LinePart&) const = default;
 };
 
-// Where those bytes stand in CellLine of them. A character that is hit in its middle counts whole.
+// The parts of CellLine for these hits. A character that is partly hit counts as a whole.
 std::vector<LinePart> LinePartsOf(std::string_view bytes, const std::vector<HitRange>& hits,
                                   std::size_t most = kCellBytes - 1);

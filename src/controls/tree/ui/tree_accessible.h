@@ -1,5 +1,5 @@
-// The tree as assistive technology sees it: its children are the rows on view, each an item with
-// its level, whether it is open, and whether it is selected.
+// The tree for assistive technology: its children are the visible rows, each an item with its
+// level, whether it is open, and whether it is selected.
 //
 // Threads  Interface thread.
 #pragma once
@@ -11,7 +11,7 @@
 
 // Makes Qt describe trees by the classes below. May be called more than once.
 void InstallTreeAccessible();
-// Announces the selected item, if somebody listens and the tree has the keyboard.
+// Announces the selected item, if a listener is active and the tree has the keyboard focus.
 void TellTreeSelection(QtTreeControl& tree);
 
 class TreeAccessible final : public QAccessibleWidget {
@@ -28,10 +28,11 @@ class TreeAccessible final : public QAccessibleWidget {
 
  private:
   QtTreeControl& m_tree;
-  mutable std::map<int, QAccessible::Id> m_rows;  // those handed out, by place on the screen
+  mutable std::map<int, QAccessible::Id>
+      m_rows;  // the rows that were given out, by screen position
 };
 
-// The item in one row of the screen, whichever stands there now.
+// The item that is currently in one row of the screen.
 class TreeRowAccessible final : public QAccessibleInterface, public QAccessibleActionInterface {
  public:
   TreeRowAccessible(QtTreeControl& tree, QAccessibleInterface& parent, int place)

@@ -53,7 +53,7 @@ bool TreeInput::OpenOrMove(int key, TreeItem selected) {
 std::int64_t TreeInput::TargetOf(int key, TreeItem selected) const {
   const std::int64_t last = m_tree.Items().Rows() - 1;
   if (last < 0) return -1;
-  // Without a selected item the first of these keys selects the first one on view.
+  // Without a selected item the first of these keys selects the first visible one.
   const std::int64_t from = selected ? m_tree.Items().RowOf(selected) : m_tree.TopRow();
   const std::int64_t step = selected ? 1 : 0, page = selected ? m_tree.RowsPerPage() - 1 : 0;
   switch (key) {
@@ -109,7 +109,7 @@ void TreeInput::DoubleClick(QMouseEvent& event) {
     MousePress(event);
     return;
   }
-  // The release that follows is no click of its own.
+  // The release that follows is not a click.
   m_down = false;
   m_tree.Owner().OnTreeDoubleClicked();
 }

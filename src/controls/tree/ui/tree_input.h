@@ -3,8 +3,8 @@
 // Keys     Up, Down, Page, Home and End move the selection; Right opens, then goes to the first
 //          child; Left closes, then goes to the parent; Plus and Minus open and close; Enter is a
 //          double click. Every other key is left to the window.
-// Mouse    A press on a button opens or closes, a press on a label selects. A click is told at
-//          release. The right button selects before its menu opens.
+// Mouse    A press on a button opens or closes, a press on a label selects. A click is reported at
+//          the release. The right button selects before its menu opens.
 // Threads  Interface thread.
 #pragma once
 
@@ -24,16 +24,16 @@ class TreeInput {
   void MouseRelease(QMouseEvent& event);
   void DoubleClick(QMouseEvent& event);
   void ContextMenu(QContextMenuEvent& event);
-  // The item is about to go with all below it; 0: all.
+  // The item will be deleted with all items below it; 0: all items.
   void OnDelete(TreeItem item);
 
  private:
   bool OpenOrMove(int key, TreeItem selected);
-  // The row that a key leads to from the selected one, -1 when it is none of ours.
+  // The row that a key leads to from the selected one; -1 for other keys.
   std::int64_t TargetOf(int key, TreeItem selected) const;
   void MoveTo(TreeItem item);
 
   QtTreeControl& m_tree;
-  TreeItem m_pressed = 0;  // whose label the left button went down on
-  bool m_down = false;     // the left button, not on a button of the tree
+  TreeItem m_pressed = 0;  // the item whose label was pressed with the left button
+  bool m_down = false;     // the left button, pressed outside the tree's buttons
 };

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kRowPaddingPx = 2;  // above and below the text
 constexpr int kLabelMarginPx = 4;
-// Of a label of up to 65,535 bytes; the properties show it whole.
+// The shown part of a label of up to 65,535 bytes; the properties show all of it.
 constexpr std::size_t kLabelBytes = 1024;
 constexpr int kButtonPx = 11;
 constexpr double kSoft = 0.5, kLine = 0.3;
@@ -116,7 +116,7 @@ void TreePainter::PaintRow(QPainter& painter, const Look& look, TreeItem item,
   PaintLabel(painter, look, item, LabelRect(item, m_tree.TopRow() + row.top() / row.height()));
 }
 
-// A line down from each parent that has items further down, and one across to the label.
+// A vertical line from each parent that has further items below, and a horizontal one to the label.
 void TreePainter::PaintLines(QPainter& painter, const Look& look, TreeItem item, int depth,
                              const QRect& row) const {
   const int step = Step(), left = m_tree.LeftPx();
@@ -153,7 +153,7 @@ void TreePainter::PaintLabel(QPainter& painter, const Look& look, TreeItem item,
   const CellLayout layout(metrics, TextRoom(label), ColumnAlign::Left, LineOf(text));
   layout.Paint(painter, colors, LinePartsOf(text, m_tree.Owner().TreeTextHits(text), kLabelBytes));
   if (!selected || !m_tree.hasFocus()) return;
-  // In the colour of the text around it, which stands out from both selection and ground.
+  // In the colour of the text, which is visible on both selection and background.
   painter.setBrush(Qt::NoBrush);
   painter.setPen(look.text);
   painter.drawRect(label.adjusted(0, 0, -1, -1));

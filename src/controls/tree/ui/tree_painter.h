@@ -1,7 +1,6 @@
-// Paints the rows of a tree: the lines that lead to an item, its button, its label; and says where
-// they are.
+// Paints the rows of a tree (lines, button, label) and computes their positions.
 //
-// Cost     By the rows that are seen and their depth. A text is made when its row is painted.
+// Cost     By the visible rows and their depth. A text is made when its row is painted.
 // Threads  Interface thread.
 #pragma once
 
@@ -24,17 +23,17 @@ class TreePainter {
 
   static int RowHeight(const QFontMetrics& metrics);
   void Paint(QPainter& painter, const QRect& clip) const;
-  // What is shown of a label, in one line.
+  // The shown part of a label, in one line.
   static QString LineOf(const std::string& text);
 
   // From the left edge of the content, unscrolled.
   int LabelX(int depth) const;
   // In the viewport.
   QRect LabelRect(TreeItem item, std::int64_t row) const;
-  // Where the first hit in its label stands; empty without one.
+  // The position of the first hit in its label; empty without one.
   QRect HitRect(TreeItem item, std::int64_t row) const;
   TreePart PartAt(const QPoint& point) const;
-  // How wide the rows on view are.
+  // The width of the visible rows.
   int WidthOnView() const;
 
  private:

@@ -28,7 +28,7 @@ TreeItem QtTreeControl::InsertItem(TreeItem above, TreeItemData word, bool hasCh
   if (above && !(m_items.ItemState(above) & kTreeExpanded)) return item;
   const std::int64_t row = m_items.RowOf(item);
   if (row == -1) return item;
-  // What is seen stays in place.
+  // The visible rows stay in place.
   if (row < m_top) ++m_top;
   RepaintFrom(row);
   RowsChanged();
@@ -82,8 +82,8 @@ void QtTreeControl::Expand(TreeItem item, bool open) {
   RowsChanged();
 }
 
-// The owner is asked from the top down, the items are opened from below: see TreeItems. False when
-// one stays closed.
+// The owner is asked from the top down, but the items are opened from the lower end: see TreeItems.
+// False when one stays closed.
 bool QtTreeControl::OpenAbove(TreeItem item) {
   std::vector<TreeItem> closed;
   for (item = Walk(item, TreeStep::Parent); item; item = Walk(item, TreeStep::Parent))
@@ -118,7 +118,7 @@ void QtTreeControl::EnsureVisible(TreeItem item) {
     ScrollTo(row);
   else if (row >= m_top + page)
     ScrollTo(row - page + 1);
-  // At least the beginning of the label.
+  // Show at least the beginning of the label.
   const int labelPx = m_painter.LabelX(m_items.Depth(item));
   const int roomPx = viewport()->width();
   if (labelPx < m_leftPx || labelPx > m_leftPx + roomPx * 3 / 4)
@@ -181,7 +181,7 @@ void QtTreeControl::RepaintFrom(std::int64_t row) {
                     : viewport()->rect().adjusted(0, RowRect(row).top() - m_rowHeight, 0, 0));
 }
 
-// A tick may change thousands of rows; the scroll bars are set once, behind it.
+// A tick may change thousands of rows; the scroll bars are updated once, after it.
 void QtTreeControl::RowsChanged() {
   const std::int64_t last = std::max<std::int64_t>(m_items.Rows() - RowsPerPage(), 0);
   if (m_top > last) {
@@ -201,7 +201,7 @@ void QtTreeControl::UpdateScrollBars() {
   down->setPageStep(static_cast<int>(page));
   down->setValue(static_cast<int>(m_top));
   QScrollBar* const across = horizontalScrollBar();
-  // Wide rows that are scrolled away go on counting, so that the bar does not come and go.
+  // Wide rows that are scrolled away still count, so that the scroll bar does not flicker.
   m_widthPx = std::max(m_widthPx, m_painter.WidthOnView());
   across->setRange(0, std::max(m_widthPx - viewport()->width(), m_leftPx));
   across->setPageStep(viewport()->width());
@@ -214,8 +214,8 @@ void QtTreeControl::paintEvent(QPaintEvent* event) {
   m_painter.Paint(painter, event->rect());
 }
 
-// A lower window, or a scroll bar that has come below, hides neither the selected item nor the end.
-// The event does not know the size before a hidden time.
+// A lower window, or a new horizontal scroll bar, must not hide the selected item or the end. The
+// event has no earlier size if the window was hidden.
 void QtTreeControl::resizeEvent(QResizeEvent*) {
   const std::int64_t page = RowsPerPage();
   const std::int64_t end = m_top + std::exchange(m_pageRows, page);

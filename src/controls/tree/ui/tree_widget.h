@@ -1,9 +1,9 @@
-// The tree on the screen: buttons, lines and labels, painted from the items, only those that are
-// seen.
+// The tree on the screen: buttons, lines and labels, painted from the items. Only visible rows are
+// painted.
 //
-// Shape    The vertical scroll bar counts rows, the horizontal one pixels. An own view, because the
-//          library's lays out all shown rows anew for each insertion, and in a live stream a thread
-//          with a limit's worth of traces stands open.
+// Shape    The vertical scroll bar counts rows, the horizontal one pixels. It is our own view,
+//          because the library's lays out all shown rows again for each insertion, and in a live
+//          stream a thread with hundreds of thousands of traces may be open.
 // Threads  Interface thread.
 #pragma once
 
@@ -18,7 +18,7 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   Q_OBJECT
 
  public:
-  // `name` is what it is called to assistive technology.
+  // `name` is its name for assistive technology.
   QtTreeControl(TreeControlOwner& owner, const QString& name, QWidget* parent = nullptr);
   ~QtTreeControl() override;
 
@@ -41,14 +41,14 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   void SetRedraw(bool on) override;
   void Repaint() override { viewport()->update(); }
 
-  // For the parts that paint, handle input and describe the tree.
+  // For the classes that paint, handle input and describe the tree.
   TreeControlOwner& Owner() const { return m_owner; }
   const TreeItems& Items() const { return m_items; }
   const TreePainter& Painter() const { return m_painter; }
   int RowHeight() const { return m_rowHeight; }
   std::int64_t TopRow() const { return m_top; }
-  std::int64_t RowsPerPage() const;  // that show whole, at least one
-  std::int64_t RowsOnView() const;   // of items, also those cut off at the bottom
+  std::int64_t RowsPerPage() const;  // fully visible rows, at least one
+  std::int64_t RowsOnView() const;   // rows with items, including one that is cut at the bottom
   int LeftPx() const { return m_leftPx; }
   TreeItem ItemAt(int yPx) const;  // 0 below the last row
   QRect RowRect(std::int64_t row) const;
@@ -81,11 +81,11 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   TreePainter m_painter;
   TreeInput m_input;
   TreeItem m_selected = 0;
-  std::int64_t m_top = 0;  // the first row on view
+  std::int64_t m_top = 0;  // the first visible row
   int m_leftPx = 0;
-  int m_widthPx = 0;  // of the rows that have been on view since an item was closed
+  int m_widthPx = 0;  // the greatest width of a visible row since an item was closed
   int m_rowHeight = 1;
-  std::int64_t m_pageRows = 1;  // RowsPerPage() when the rows were last laid out
-  bool m_barsWait = false;      // the scroll bars follow when the event in work is over
+  std::int64_t m_pageRows = 1;  // RowsPerPage() at the last layout
+  bool m_barsWait = false;      // the scroll bars are updated after the current event
   bool m_setting = false;       // the scroll bars are being set
 };

@@ -42,8 +42,8 @@ void CTraceChildFrame::PreCreateWindow(int& widthPx, int& heightPx) {
 void CTraceChildFrame::OnSize(SizeType type, int widthPx, int heightPx) {
   CMDIChildWnd::OnSize(type, widthPx, heightPx);
   StoreWindowSize(kRegTraceView, type, widthPx, heightPx);
-  // The one in front speaks for all: another one loses the state when this one takes it. A tab is
-  // as large as the room whatever the user chose for windows.
+  // Only the window in front stores its state: another one loses its state when this one gets it. A
+  // tab has the size of the main window, whatever the user chose for windows.
   if (IsActive() && !m_main.AreTabsShown()) StoreWindowMaximised(kRegTraceView, type);
 }
 
@@ -55,7 +55,7 @@ void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {
   m_main.Face()->TrackPopupMenu(IDR_TRACE_POPUP, screenXPx, screenYPx);
 }
 
-// The views stay alive and go on receiving hints while they are hidden.
+// Hidden views stay alive and receive hints.
 void CTraceChildFrame::TogglePane(std::size_t place) {
   CDocument* const document = GetActiveDocument();
   if (!document || !HasList()) return;
@@ -67,24 +67,25 @@ void CTraceChildFrame::TogglePane(std::size_t place) {
   TracePane& shown = *m_panes[next].view;
   hidden.SetDlgCtrlID(kOtherPane);
   shown.SetDlgCtrlID(CView::kMainPane);
-  // First, so that what the view scrolls to is on view in the size that it has from now on.
+  // First, so that the view scrolls in its final size.
   ShowMainPane();
   SetActiveView(&shown, true);
   InitialUpdateFrame(document, true);
   shown.Control()->SetFocus();
 }
 
-// A fill that the person cancels leaves all as it was: the view that shows, the other one, and the
-// mark of the filter, so that the next toggle hands it over.
+// If the user cancels a fill nothing changes: not the shown view, not the other one, and not the
+// mark of the filter, so that the next toggle passes the filter on.
 bool CTraceChildFrame::HandOver(TracePane& from, Pane& to) {
   const bool made = !to.view;
   if (made) to.view = static_cast<TracePane*>(AddView(to.make(from.Document())));
-  // A rebuild of the list puts its own current trace in the place of this one.
+  // A rebuild of the list replaces this current trace by its own.
   to.view->m_currentEvent = from.CurrentEvent();
-  // A pane that is left because it could not be filled hands over no filter: it must not stay.
+  // A pane that is left because it could not be filled passes on no filter: its filter must not
+  // stay.
   const bool filter = from.m_filterChanged && from.IsBuilt();
-  // A new pane is filled by Build. It is filled before it shows, so that the other one stays in
-  // view meanwhile.
+  // A new pane is filled by Build before it is shown, so that the other one stays visible
+  // meanwhile.
   if ((!filter || to.view->SetFilter(from.m_filter, !made)) && to.view->Build()) {
     if (filter) from.m_filterChanged = false;
     return true;

@@ -1,5 +1,5 @@
-// The window around a trace document's panes: the list and, from the first time it is asked for,
-// the tree, one of which shows.
+// The window around a trace document's panes: the list and, from its first use on, the tree. One of
+// them is shown.
 //
 // Threads  Interface thread.
 #pragma once
@@ -19,7 +19,7 @@ class CTraceChildFrame : public CMDIChildWnd {
   // All frames of trace documents share one stored size: the last one sized sets it for the next.
   void PreCreateWindow(int& widthPx, int& heightPx) override;
   void OnSize(SizeType type, int widthPx, int heightPx) override;
-  // As the trace windows were when they were last sized.
+  // As the trace windows were at their last resize.
   bool BeginsMaximised() const override;
   // Pop-up 144, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
@@ -28,25 +28,25 @@ class CTraceChildFrame : public CMDIChildWnd {
 
  private:
   static constexpr unsigned kOtherPane = 59649;  // of a view that does not show
-  // Where panes stand in m_panes.
+  // Positions in m_panes.
   static constexpr std::size_t kList = 0, kTree = 1;
 
   using PaneMaker = std::function<std::unique_ptr<TracePane>(CTraceDoc&)>;
   struct Pane {
     PaneMaker make;
-    TracePane* view = nullptr;  // null until it is shown first; the list's until another one is
+    TracePane* view = nullptr;  // null until it is first shown
   };
 
-  // A pane that is made when its command first asks for it. The command shows it, or the list when
-  // it shows already.
+  // A pane that is made when its command is first used. The command shows it, or the list if the
+  // pane is shown already.
   void AddPane(unsigned command, PaneMaker make);
   bool HasList() const;
   void TogglePane(std::size_t place);
-  // Gives the pane what it needs to show; false: the person cancelled it.
+  // Passes the current trace and the filter to the pane and fills it; false: the user cancelled.
   bool HandOver(TracePane& from, Pane& to);
 
   CMainFrame& m_main;
-  // The list, which the template makes, and the others.
+  // The list, which the template makes, and the other panes.
   std::vector<Pane> m_panes = std::vector<Pane>(1);
   std::size_t m_shown = kList;
 };

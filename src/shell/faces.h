@@ -1,4 +1,4 @@
-// What the shell asks of the window system.
+// The interface of the shell to the window system.
 //
 // Owner    The main frame owns its face; the faces object outlives the application.
 // Threads  Interface thread.
@@ -14,17 +14,17 @@
 
 class CMainFrame;
 
-// The main window. Reports through CMainFrame: OnCommand for menus, keys and buttons, OnSize,
-// OnClose, OnDropFiles, OnIdle; UpdateCommand with it before anything that shows a command's state.
+// The main window. It calls CMainFrame: OnCommand for menus, keys and buttons, OnSize, OnClose,
+// OnDropFiles, OnIdle; and UpdateCommand before it shows the state of a command.
 class MainFrameFace {
  public:
   virtual ~MainFrameFace() = default;
   virtual void SetTitle(const std::string& title) = 0;
-  virtual void SetMenu(unsigned resource) = 0;  // the bar of the active document
+  virtual void SetMenu(unsigned resource) = 0;  // the menu bar of the active document
   virtual void SetPaneText(unsigned pane, const std::string& text) = 0;
   virtual void SetPaneToolTip(unsigned pane, const std::string& text) = 0;
   virtual void Show(bool maximised) = 0;
-  virtual void Close() = 0;  // destroys the window; the program ends when it was the last
+  virtual void Close() = 0;  // destroys the window; the program ends after the last one
   virtual std::unique_ptr<ChildFrameFace> CreateChild(CMDIChildWnd& child, int widthPx,
                                                       int heightPx) = 0;
   virtual void LayOutChildren(WindowLayout layout) = 0;
@@ -42,7 +42,7 @@ class ShellFaces {
   virtual std::unique_ptr<MainFrameFace> CreateMainFrame(CMainFrame& frame, int widthPx,
                                                          int heightPx) = 0;
   virtual void ProposedMainSize(int& widthPx, int& heightPx) = 0;
-  // What the screen has room for.
+  // The available space of the screen.
   virtual void LargestMainSize(int& widthPx, int& heightPx) = 0;
   virtual std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) = 0;
   virtual std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) = 0;

@@ -1,7 +1,7 @@
-// The words on files that did not open.
+// The messages about files that did not open.
 //
-// Shape    A line for the status bar, and all of them with their paths for a tool tip or a box.
-// Threads  Any; the files are looked at anew.
+// Shape    A line for the status bar, and a text with all paths for a tool tip or a box.
+// Threads  Any; the files are checked again.
 #pragma once
 
 #include <cstddef>
@@ -15,11 +15,11 @@ struct FailedOpen {
 
 // "The file is empty", "No such file or directory"; empty when the file can be read.
 std::string WhyUnreadable(const std::string& path);
-// Of a file that can be read: "Invalid format." or "not converted".
+// For a file that can be read: "Invalid format." or "not converted".
 std::string WhyRefused(const std::string& path);
 
-// "Cannot open web.trc: The file is empty"; of several tried together "2 of 5 files did not open:
-// web.trc (The file is empty), db.trc (Invalid format.)". Empty when none failed.
+// "Cannot open web.trc: The file is empty"; for several files "2 of 5 files did not open: web.trc
+// (The file is empty), db.trc (Invalid format.)". Empty when none failed.
 std::string FailedText(const std::vector<FailedOpen>& failed, std::size_t tried);
-// A line a file, with its whole path.
+// One line for each file, with its whole path.
 std::string FailedDetails(const std::vector<FailedOpen>& failed);

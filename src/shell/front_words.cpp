@@ -14,7 +14,7 @@ void Say(const std::string& words, std::string& message) {
   message += words;
 }
 
-// What was written to a file need not have hurt what is shown.
+// A write to a file need not have changed the shown traces.
 std::string ChangeWords(const FileChange& change) {
   const bool lost = change.Any() && change.kind != FileChange::Kind::Written;
   return (lost ? "damaged: " : "") + FileChangeText(change);

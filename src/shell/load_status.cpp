@@ -20,7 +20,8 @@ void CLoadStatus::SetUp(const std::string& path, std::uint32_t size) {
   ShowState();
 }
 
-// Two loads may share the box: a position of the longer file can lie behind the shorter one's end.
+// Two loads may share the box: a position in the longer file may be beyond the end of the shorter
+// one.
 void CLoadStatus::SetPosition(std::uint32_t position) {
   m_position = std::min(position, m_range);
   ShowState();

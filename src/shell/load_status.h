@@ -12,7 +12,7 @@
 
 class CLoadStatus : public CDialog {
  public:
-  // Shows the window. `cancelEvent` is shared: the box may outlive the document it speaks of.
+  // Shows the window. `cancelEvent` is shared: the box may outlive the document.
   CLoadStatus(Host& host, HANDLE cancelEvent);
   ~CLoadStatus() override;
 
@@ -23,7 +23,7 @@ class CLoadStatus : public CDialog {
   void OnOK() override {}    // Enter must not end the dialog
   void OnCancel() override;  // signals the event; the box stays until the done message
 
-  // What the face shows.
+  // The state for the face.
   std::string m_caption;
   std::string m_path;
   std::uint32_t m_range = 0;     // bytes

@@ -33,7 +33,7 @@ CMainFrame::CMainFrame(CTesseraApp& app) : CMDIFrameWnd(app), m_tessera(app) {
   MapHelp();
 }
 
-// The children's windows lie in this frame's: they go first.
+// The windows of the children are inside this frame's window: they are destroyed first.
 CMainFrame::~CMainFrame() {
   DestroyChildren();
 }
@@ -83,9 +83,9 @@ void CMainFrame::ShowTabs(bool on) {
   m_face->ShowTabs(on);
 }
 
-// Kept: both handlers are entered under the row count's pane. The first entry of an id takes it, so
-// that the second one is never reached, the filter's pane has no handler, and its text stands until
-// the next WM_TRACE_FILTERED. Safe: a pane is text only, nothing can be pressed there.
+// Kept: both handlers are entered under the row count's pane. The first entry of an id is used, so
+// the second handler is never called, the filter's pane has no handler, and its text stays until
+// the next WM_TRACE_FILTERED. Safe: a pane only shows text.
 void CMainFrame::MapPanes() {
   const struct {
     unsigned id;
@@ -137,7 +137,7 @@ bool CMainFrame::MayQuickClose() {
   question.caption = "Application Exit";
   question.icon = BoxIcon::Question;
   question.buttons = BoxButtons::YesNoCancel;
-  question.preferred = BoxAnswer::No;  // a quick Enter loses nothing
+  question.preferred = BoxAnswer::No;  // an accidental Enter loses nothing
   const BoxAnswer answer = GetHost().MessageBox(question);
   if (answer == BoxAnswer::Yes) g_quickClose = true;
   return answer != BoxAnswer::Cancel;
@@ -145,7 +145,7 @@ bool CMainFrame::MayQuickClose() {
 
 void CMainFrame::OnClose() {
   if (m_closing) return;
-  // A source that is still being located is given up first. Whoever looks for it is on the stack.
+  // A running search for a source file is cancelled first. Its caller is on the stack.
   if (LocateWait::CancelStanding()) {
     PostCall([this] { OnClose(); });
     return;
@@ -154,7 +154,7 @@ void CMainFrame::OnClose() {
   const bool leave = MayQuickClose() && m_tessera.SaveAllModified();
   if (leave) {
     m_tessera.CloseAllDocuments();
-    m_loadStatus.reset();  // one left behind by a failed load goes with its owner
+    m_loadStatus.reset();  // the box of a failed load is destroyed with its owner
     GetHost().SetMainWindow(nullptr);
     m_face->Close();
   }
@@ -227,14 +227,15 @@ void CMainFrame::OnTraceProgress(std::uintptr_t what, std::intptr_t value) {
     const auto start = TakeLoadStart(value);
     if (start && m_face) OnLoadStart(*start);
   } else if (what == kLoadPosition) {
-    // Two overlapping loads: the first done message took the box down, the other load still speaks.
+    // Two overlapping loads: the first done message removed the box, and the other load still
+    // reports.
     if (m_loadStatus) m_loadStatus->SetPosition(static_cast<std::uint32_t>(value));
   } else if (what == kLoadDone) {
     m_loadStatus.reset();
   }
 }
 
-// A second load takes over caption, path and range; Cancel stays with the load that made the box.
+// A second load replaces caption, path and range; Cancel stays with the load that made the box.
 void CMainFrame::OnLoadStart(const CLoadProgressStart& start) {
   if (!m_loadStatus) m_loadStatus = std::make_unique<CLoadStatus>(GetHost(), start.cancelEvent);
   m_loadStatus->SetCaption(start.caption);
@@ -246,7 +247,7 @@ std::unique_ptr<ChildFrameFace> CMainFrame::CreateChildFace(CMDIChildWnd& child,
   return m_face->CreateChild(child, widthPx, heightPx);
 }
 
-// Tabs cannot be cascaded or tiled: whoever asks for that wants windows again.
+// Tabs cannot be cascaded or tiled: these commands make them windows again.
 void CMainFrame::LayOutChildren(WindowLayout layout) {
   if (m_tabs && layout != WindowLayout::ArrangeIcons) OnCommand(ID_WINDOW_TABS);
   m_face->LayOutChildren(layout);

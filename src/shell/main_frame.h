@@ -19,19 +19,20 @@ class CMainFrame : public CMDIFrameWnd {
   explicit CMainFrame(CTesseraApp& app);
   ~CMainFrame() override;
 
-  // Makes the window with its bars; both custom panes are emptied. False: there is no window.
+  // Makes the window with its bars; clears both custom panes. False: there is no window.
   bool LoadFrame();
-  // Shows it as large as it was when it was last sized.
+  // Shows it in its stored size.
   void ShowWindow();
   void OnSize(SizeType type, int widthPx, int heightPx);
   // The user wants to leave: may ask the Quick Close question, then asks the documents, then closes
-  // them and the window. A refusal or Cancel leaves all as it was.
+  // them and the window. After a refusal or Cancel nothing has changed.
   void OnClose();
   void OnDropFiles(const std::vector<std::string>& paths);
-  // A few times a second, and soon after a command: the words on what is in front.
+  // Called a few times a second, and soon after a command: updates the texts about the window in
+  // front.
   void OnIdle();
-  // Says in the message pane what went wrong, until a window opens or comes to the front. Where no
-  // status bar shows it is said in a box. Empty: takes the words away.
+  // Shows an error in the message pane until a window opens or comes to the front. Without a status
+  // bar it is shown in a box. Empty: removes the text.
   void SetNotice(const std::string& notice, const std::string& details = {});
 
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
@@ -41,12 +42,12 @@ class CMainFrame : public CMDIFrameWnd {
   void OnActiveChild(CMDIChildWnd* child) override;
   void UpdateTitle() override;  // "Tessera", "Tessera - [web.trc]" when a child is maximised
 
-  // The children are shown as tabs; kept between runs.
+  // The children are shown as tabs; stored between runs.
   bool AreTabsShown() const { return m_tabs; }
   CLoadStatus* LoadStatus() const { return m_loadStatus.get(); }
   CTesseraApp& Tessera() const { return m_tessera; }
   MainFrameFace* Face() const { return m_face.get(); }
-  bool m_childMaximised = false;  // told by the face, with UpdateTitle
+  bool m_childMaximised = false;  // set by the face, with UpdateTitle
 
  private:
   void MapBars();
@@ -54,7 +55,7 @@ class CMainFrame : public CMDIFrameWnd {
   void ShowTabs(bool on);
   void MapPanes();
   void MapHelp();
-  const char* HelpTopic() const;  // of what is active
+  const char* HelpTopic() const;  // for the active window
   void OnUpdateRowCount(CCmdUI& ui);
   void OnUpdateFiltered(CCmdUI& ui);
   bool MayQuickClose();  // false: the user stays
@@ -65,9 +66,9 @@ class CMainFrame : public CMDIFrameWnd {
   void ShowMessage();
 
   CTesseraApp& m_tessera;
-  bool m_closing = false;  // a question of OnClose is on the screen
+  bool m_closing = false;  // a question of OnClose is shown
   bool m_tabs = false;
-  std::int64_t m_rows = -1;  // as the pane shows them
+  std::int64_t m_rows = -1;  // as shown in the pane
   std::string m_notice, m_noticeDetails;
   std::unique_ptr<MainFrameFace> m_face;
   std::unique_ptr<CLoadStatus> m_loadStatus;

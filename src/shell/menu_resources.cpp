@@ -8,7 +8,7 @@
 
 namespace {
 
-// The menus that hold an item.
+// The menus that contain an item.
 enum Menus : unsigned {
   kMain = 1,
   kFile = 2,
@@ -43,7 +43,8 @@ unsigned MenuBit(unsigned resource) {
   }
 }
 
-// A command's text in some of the menus; ids whose text differs between menus have several rows.
+// A command's text in some of the menus; a command whose text differs between menus has several
+// rows.
 struct CommandText {
   unsigned id;
   unsigned menus;
@@ -113,7 +114,7 @@ const CommandText kTexts[] = {
     {ID_APP_ABOUT, kBars, "&About Tessera...", ""},
 };
 
-// Where the items stand; 0 is a separator.
+// The order of the items; 0 is a separator.
 constexpr unsigned kFileIds[] = {ID_FILE_NEWMONITOR,
                                  ID_FILE_NEWCONFIG,
                                  ID_FILE_OPEN,
@@ -166,7 +167,7 @@ constexpr unsigned kTracePopupIds[] = {ID_EDIT_FIND,
                                        ID_VIEW_SYNCHRONIZE,
                                        ID_VIEW_FILTER};
 
-// A popup shows those of its ids that have a text in the menu asked for.
+// A popup shows those of its ids that have a text in the requested menu.
 struct PopupLayout {
   std::span<const unsigned> ids;
   const char* title;
@@ -192,7 +193,7 @@ const char* TextIn(unsigned menu, unsigned id) {
 
 MenuPopup MakePopup(const PopupLayout& layout, unsigned menu) {
   MenuPopup popup{layout.title, {}, layout.windowList};
-  bool separator = false;  // one is due before the next item
+  bool separator = false;  // add one before the next item
   for (const unsigned id : layout.ids) {
     if (id == 0) {
       separator = !popup.items.empty();
@@ -258,7 +259,7 @@ const std::vector<Accelerator>& Accelerators() {
 }
 
 const std::vector<StatusIndicator>& StatusIndicators() {
-  // The last text only sizes its pane: six digits.
+  // The last text only determines the width of its pane: six digits.
   static const std::vector<StatusIndicator> indicators = {
       {kPaneMessage, ""},    {kPaneCaps, "CAP"},          {kPaneNum, "NUM"},
       {kPaneScroll, "SCRL"}, {kPaneFiltered, "FILTERED"}, {kPaneRowCount, "555555"},

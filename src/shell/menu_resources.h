@@ -1,9 +1,9 @@
 // The menus, the tool bar, the accelerators and the status panes, as data. The windows are built
-// from it, one action per command id; tests and the guide read it too.
+// from it, with one action per command id; tests and the guide read it too.
 //
-// Shape    A menu text holds "&" before its mnemonic and, behind "\t", the key that is shown; the
-//          key that works is the accelerator's. A prompt is the status bar's text, then "\n", then
-//          the tool tip.
+// Shape    A menu text has "&" before its mnemonic and, after "\t", the key that is shown. The
+//          accelerator determines the key that works. A prompt is the status bar's text, then "\n",
+//          then the tool tip.
 // Threads  Constant data.
 #pragma once
 
@@ -14,7 +14,7 @@
 #include "shell/resource_ids.h"
 
 struct MenuItem {
-  unsigned id = 0;  // 0: a separator; ID_FILE_MRU_FILE1: the recent files stand here
+  unsigned id = 0;  // 0: a separator; ID_FILE_MRU_FILE1: replaced by the recent files
   std::string text;
 };
 
@@ -41,6 +41,6 @@ const std::vector<Accelerator>& Accelerators();
 
 struct StatusIndicator {
   unsigned id;
-  const char* text;  // sizes the pane
+  const char* text;  // determines the width of the pane
 };
 const std::vector<StatusIndicator>& StatusIndicators();

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The interval is set by hand: less than this would keep the interface from everything else.
+// The interval is set by hand: a shorter one would leave no time for anything else.
 constexpr unsigned kShortestIntervalMs = 10;
 
 }  // namespace
@@ -44,7 +44,7 @@ void CTraceRealtimeFrame::OnDestroy() {
 
 void CTraceRealtimeFrame::OnTimer(unsigned) {
   CTraceRealtimeDoc* const monitor = ActiveMonitor();
-  // What long work reads stays as it is; the traces wait in their queue.
+  // Long work reads the traces, so they must not change; new ones wait in their queue.
   if (monitor && !monitor->IsWorkedOn()) monitor->Drain();
 }
 

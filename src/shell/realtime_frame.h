@@ -17,12 +17,12 @@ class CTraceRealtimeFrame : public CTraceChildFrame {
   // Starts the timer with the update interval; below 10 ms it runs at 10.
   void OnCreate() override;
   void OnDestroy() override;
-  // Whatever the id: drains the active view's document if that is a monitor. Without an active view
+  // Whatever the id: drains the active view's document if it is a monitor. Without an active view
   // the traces wait for the next tick.
   void OnTimer(unsigned id);
 
  private:
-  // Of the active view; null when that is no monitor's.
+  // The active view's document; null if it is not a monitor.
   CTraceRealtimeDoc* ActiveMonitor() const;
   TimerId m_timer = 0;  // the host's number of TRACE_TIMER_ID; 0 while it does not run
 };

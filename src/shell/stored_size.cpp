@@ -7,14 +7,14 @@ namespace {
 constexpr char kWidth[] = "Window Width";
 constexpr char kHeight[] = "Window Height";
 constexpr char kMaximised[] = "Window Maximised";
-constexpr unsigned kLargestPx = 32767;  // more no window system takes
+constexpr unsigned kLargestPx = 32767;  // no window system accepts more
 
 void ReadExtent(const std::string& key, const char* name, int& extentPx) {
   const unsigned stored = NtRegGet(HKEY_CURRENT_USER, key, name, static_cast<unsigned>(extentPx));
   if (stored > 0 && stored <= kLargestPx) extentPx = static_cast<int>(stored);
 }
 
-// A drag of the border comes here many times: what is stored already is not written again.
+// Dragging a border calls this many times: an unchanged value is not written again.
 void StoreNumber(const std::string& key, const char* name, unsigned number) {
   if (NtRegGet(HKEY_CURRENT_USER, key, name, 0U) != number)
     NtRegPut(HKEY_CURRENT_USER, key, name, number);

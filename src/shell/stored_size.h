@@ -1,9 +1,8 @@
-// The outer size of a window, and whether it fills its room, kept in the settings store between
-// runs.
+// The outer size of a window, and whether it is maximised, kept in the settings store between runs.
 //
 // Shape    "Window Width", "Window Height" and "Window Maximised" below a key; device-independent
 //          pixels.
-// Errors   A size that no window can have reads as the proposed one.
+// Errors   A size that no window can have is ignored in favour of the proposed one.
 // Threads  Interface thread.
 #pragma once
 
@@ -14,10 +13,10 @@
 // Proposed size in, wanted size out.
 void ReadWindowSize(const std::string& key, int& widthPx, int& heightPx);
 
-// Keeps the size of a restored window; a minimised or maximised one, or one without extent, leaves
-// what is stored.
+// Stores the size of a restored window. For a minimised or maximised window, or one of size 0, the
+// stored size stays.
 void StoreWindowSize(const std::string& key, SizeType type, int widthPx, int heightPx);
 
 bool ReadWindowMaximised(const std::string& key);
-// A minimised window leaves what is stored.
+// For a minimised window the stored value stays.
 void StoreWindowMaximised(const std::string& key, SizeType type);

@@ -37,7 +37,8 @@ CTesseraApp::CTesseraApp(Host& host, ShellFaces& faces) : CWinApp(host), m_faces
   MapCommands();
 }
 
-// Documents go first, each stops its load thread; then the window that those threads speak to.
+// Documents are destroyed first, and each stops its load thread; then the window that those threads
+// use.
 CTesseraApp::~CTesseraApp() {
   CTesseraApp::CloseAllDocuments();
   GetHost().SetMainWindow(nullptr);
@@ -63,7 +64,7 @@ void CTesseraApp::MapCommands() {
 }
 
 bool CTesseraApp::InitInstance(const std::vector<std::string>& arguments) {
-  std::signal(SIGPIPE, SIG_IGN);  // a peer that hangs up is an error of the write, not the end
+  std::signal(SIGPIPE, SIG_IGN);  // a closed connection must be a write error, not the end
   LoadRecentFiles();
   MakeTemplates();
   if (!MakeFrame()) return false;
@@ -110,7 +111,7 @@ bool CTesseraApp::MakeFrame() {
   return true;
 }
 
-// A file that can be read was refused by a person or with a box.
+// A readable file that did not open was refused by the user or with a message box.
 CDocument* CTesseraApp::OpenDocumentFile(const std::string& path) {
   CDocument* const document = CWinApp::OpenDocumentFile(path);
   const std::string why = document ? "" : WhyUnreadable(path);
@@ -136,7 +137,7 @@ void CTesseraApp::LoadRecentFiles() {
   SetRecentFiles(std::move(paths));
 }
 
-// A place that is free again is stored empty: the store has no removal.
+// An entry that became free is stored as empty: the store cannot remove values.
 void CTesseraApp::OnRecentFilesChanged() {
   for (std::size_t index = 0; index < kRecentFiles; ++index) {
     const std::string path = index < RecentFiles().size() ? RecentFiles()[index] : "";
@@ -147,7 +148,7 @@ void CTesseraApp::OnRecentFilesChanged() {
   if (m_frame && m_frame->Face()) m_frame->Face()->RecentFilesChanged();
 }
 
-// Posted, so that the wizard comes up after the window stands.
+// Posted, so that the wizard opens after the window.
 void CTesseraApp::PostWizard() {
   if (!m_offerWizard || NtRegGet(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 1U) == 0) return;
   m_frame->PostCall([this] { m_frame->OnCommand(ID_FILE_WIZARD); });
@@ -164,7 +165,7 @@ bool CTesseraApp::OpenMonitor(const std::string& machine) {
   auto& monitor = static_cast<CTraceRealtimeDoc&>(*document);
   auto& frame = static_cast<CMDIChildWnd&>(*monitor.Views().front()->GetParentFrame());
   if (!monitor.ConnectToMachine(machine)) {
-    frame.Destroy();  // with it goes the document, whose only frame it is
+    frame.Destroy();  // destroys the document too, whose only frame it is
     return false;
   }
   monitor.SetPathName(CTraceRealtimeDoc::TitleFor(machine), false);
@@ -183,7 +184,7 @@ void CTesseraApp::OpenLocalMonitor() {
   OpenMonitor(hostName);
 }
 
-// The broadcast is posted, so that it comes after the dialog is gone.
+// The broadcast is posted, so that it comes after the dialog has closed.
 void CTesseraApp::OnOptions() {
   COptionsDlg dialog(GetHost());
   if (dialog.DoModal() != CDialog::kIdOk) return;
@@ -191,8 +192,8 @@ void CTesseraApp::OnOptions() {
   m_frame->PostCall([this] { OnTraceOptions(); });
 }
 
-// Kept: a monitor hears it once per registered template. Safe: the second time finds every column
-// as it should be.
+// Kept: a monitor gets it once per registered template. Safe: the second time finds every column up
+// to date.
 void CTesseraApp::OnTraceOptions() {
   for (const auto& docTemplate : Templates()) {
     TellOptionsChanged(*docTemplate);

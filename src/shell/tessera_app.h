@@ -1,7 +1,7 @@
-// The application: start and stop, templates, the commands that belong to no document, and the
+// The application: start and end, templates, the commands that belong to no document, and the
 // broadcast of changed options.
 //
-// Errors   InitInstance false ends the program quietly; the words, if any, have been shown.
+// Errors   InitInstance false ends the program without a further message.
 // Threads  Interface thread.
 #pragma once
 
@@ -23,13 +23,13 @@ class CTesseraApp : public CWinApp {
 
   // `arguments` without the program's name.
   bool InitInstance(const std::vector<std::string>& arguments);
-  // Monitors first, source windows last: the registered templates hold neither.
+  // Monitors first, source windows last, because the list of registered templates has neither.
   bool SaveAllModified() override;
   void CloseAllDocuments() override;
   void OnRecentFilesChanged() override;
-  // Says in the status bar why a file did not open, where nothing else has said so.
+  // Shows in the status bar why a file did not open, if no other message did.
   CDocument* OpenDocumentFile(const std::string& path) override;
-  // The same without a word there: gives why it did not open, empty when it did.
+  // The same without a message: returns the reason; empty on success.
   std::string TryOpen(const std::string& path);
 
   ShellFaces& Faces() const { return m_faces; }
@@ -39,26 +39,26 @@ class CTesseraApp : public CWinApp {
   CSourceTemplate* SourceTemplate() const { return m_sourceTemplate.get(); }
   CMainFrame* Frame() const { return m_frame.get(); }
 
-  // Shows a monitor of this machine: one that is open already to "localhost" or to the host name
-  // stays as it is, else a new one is opened to the host name.
+  // Shows a monitor of this machine: an open one for "localhost" or the host name is kept, else a
+  // new one is opened for the host name.
   void OpenLocalMonitor();
-  // Opens a monitor's window; a machine that cannot be reached leaves none, without a word, and
-  // gives false.
+  // Opens a monitor's window. For a machine that cannot be reached it opens none, shows no message
+  // and returns false.
   bool OpenMonitor(const std::string& machine);
-  // How monitors connect; a test puts a source of its own here.
+  // How monitors connect; tests replace it.
   CTraceRealtimeDoc::Connector m_connectMonitor = CTraceRealtimeDoc::ConnectToTraceService;
-  // How trace files opened from now on are loaded.
+  // The parameters for loading trace files from now on.
   TraceLoadSetup m_loads;
 
-  // False before InitInstance: something is to be shown that the arguments do not name, so that no
-  // wizard comes up over it.
+  // Set it to false before InitInstance if something will be shown that the arguments do not name,
+  // so that no wizard opens over it.
   bool m_offerWizard = true;
 
   static constexpr char kVersionLine[] = "Tessera Version 3.1.0";
 
  protected:
-  // Null while this program has no configurations. Their template is registered, the monitors' is
-  // held apart: no path ever opens a monitor.
+  // Null as long as this program has no configurations. Their template is registered, that of
+  // monitors is not, so that no path ever opens a monitor.
   CMultiDocTemplate* m_configTemplate = nullptr;
   std::unique_ptr<CMultiDocTemplate> m_monitorTemplate;
 
@@ -78,5 +78,5 @@ class CTesseraApp : public CWinApp {
   ShellFaces& m_faces;
   std::unique_ptr<CMainFrame> m_frame;
   CMultiDocTemplate* m_fileTemplate = nullptr;
-  std::unique_ptr<CSourceTemplate> m_sourceTemplate;  // held apart, as that of the monitors
+  std::unique_ptr<CSourceTemplate> m_sourceTemplate;  // not registered, like that of monitors
 };

@@ -3,8 +3,8 @@
 // Shape    The document string has seven parts split by "\n": window title, document name, name
 //          for New, filter label, filter extension, type id, type name.
 // Owner    The template owns its documents; the main frame owns the frames.
-// Errors   A null result: the frame that was made is gone again, and words, if any, were shown by
-//          the document.
+// Errors   A null result: the new frame has been destroyed again, and the document has shown any
+//          message.
 // Threads  Interface thread.
 #pragma once
 
@@ -44,12 +44,12 @@ class CMultiDocTemplate {
 
   // For a file dialog: this template's files, then all files.
   std::vector<FileFilter> FileFilters() const;
-  // Null before the main frame stands.
+  // Null before the main frame exists.
   CWinApp* App() const;
 
   // A new document with its frame; `path` null for an empty one.
   CDocument* OpenDocumentFile(const std::string* path, bool visible = true);
-  // The steps of it, for flows of their own.
+  // The steps of OpenDocumentFile, for callers with a sequence of their own.
   CDocument* CreateNewDocument();
   CMDIChildWnd* CreateNewFrame(CDocument& document);
   void InitialUpdateFrame(CMDIChildWnd& frame, CDocument& document, bool visible);

@@ -1,8 +1,8 @@
-// A document: what a window shows, its name, its changes.
+// A document: the content of a window, its name, its changes.
 //
-// Owner    A document belongs to its template (docview/doc_template.h) or, without one, to whoever
-//          made it. It borrows its views; each view enters and leaves the list by itself.
-// Errors   Operations report by bool; the words are shown where the failure happened. No exception
+// Owner    A document belongs to its template (docview/doc_template.h) or, without one, to its
+//          maker. It borrows its views; each view adds and removes itself.
+// Errors   Operations return bool; the message is shown where the failure happened. No exception
 //          leaves a document.
 // Threads  Interface thread.
 #pragma once
@@ -24,35 +24,35 @@ class CDocument : public CCmdTarget {
 
   // DeleteContents, no path, not modified.
   virtual bool OnNewDocument();
-  // A base's document has no form in a file: both fail.
+  // A base's document has no file format: both fail.
   virtual bool OnOpenDocument(const std::string& path);
   virtual bool OnSaveDocument(const std::string& path);
-  // Forgets the contents. A base's version does nothing.
+  // Removes the contents. A base's version does nothing.
   virtual void DeleteContents() {}
-  // May the document go? Asks "Save changes to ...?" when it is modified; Yes saves.
+  // May the document be closed? Asks "Save changes to ...?" when it is modified; Yes saves.
   virtual bool SaveModified();
-  // Closes the frames of all views without asking, runs DeleteContents and takes the document off
-  // its template, which destroys it.
+  // Closes the frames of all views without asking, calls DeleteContents and removes the document
+  // from its template, which destroys it.
   virtual void OnCloseDocument();
 
   // Saves to *path, or asks for a name when `path` is null ("Save As", or "Save Copy As" without
   // `replace`). With `replace` the file becomes the document's file. A file that could not be
-  // written whole stays as it is: nothing is deleted.
+  // completely written stays as it is: nothing is deleted.
   bool DoSave(const std::string* path, bool replace);
 
-  // Tells every view but the sender, by a direct call each. The object is borrowed for the call.
+  // Calls OnUpdate of every view except the sender, directly. The object is borrowed for the call.
   void UpdateAllViews(CView* sender, unsigned hint = 0, CObject* object = nullptr);
   void AddView(CView* view);
   void RemoveView(CView* view);
   const std::vector<CView*>& Views() const { return m_views; }
   // The frames of the views, each once, in the order in which their first views came.
   std::vector<CFrameWnd*> Frames() const;
-  // After a frame came or went, or the title changed.
+  // Call it after a frame was added or removed, or the title changed.
   void UpdateFrameTitles();
 
   void SetTitle(const std::string& title);
   const std::string& GetTitle() const { return m_title; }
-  // Also makes the title: a path's last part, or the whole of a text that is no absolute path.
+  // Also sets the title: a path's last part, or all of a text that is not an absolute path.
   void SetPathName(const std::string& path, bool addToRecent);
   const std::string& GetPathName() const { return m_path; }
   // Do its windows' titles end in "*" while it is modified?
@@ -70,7 +70,7 @@ class CDocument : public CCmdTarget {
   Host& GetHost() const { return m_host; }
 
  protected:
-  // The save that SaveModified offers: in place where there is a file that can be written, else by
+  // The save that SaveModified offers: in place if there is a file that can be written, else after
   // asking for a name.
   virtual bool DoFileSave();
 

@@ -1,7 +1,7 @@
 // Frames: the windows around views, and the window around those.
 //
-// Owner    The main frame owns the child frames, a child frame owns its views and its face. A frame
-//          is destroyed by Destroy, which takes it off its owner.
+// Owner    The main frame owns the child frames, a child frame owns its views and its face. Destroy
+//          removes a frame from its owner and destroys it.
 // Threads  Interface thread.
 #pragma once
 
@@ -24,7 +24,7 @@ class ChildFrameFace {
   virtual void SetTitle(const std::string& title) = 0;
   virtual void Show() = 0;      // with the state that a new child takes in its main window
   virtual void Activate() = 0;  // to the front; answers with CMDIChildWnd::OnActivate
-  virtual void ShowView(CView& view) = 0;  // the one view to be seen
+  virtual void ShowView(CView& view) = 0;  // the only visible view
 };
 
 class CMDIChildWnd : public CFrameWnd {
@@ -32,33 +32,33 @@ class CMDIChildWnd : public CFrameWnd {
   explicit CMDIChildWnd(CMDIFrameWnd& parent);
   ~CMDIChildWnd() override;
 
-  // Proposed outer size in (0: what the face finds good), wanted outer size out; device-independent
+  // In: proposed outer size (0: the face chooses). Out: wanted outer size. Device-independent
   // pixels.
   virtual void PreCreateWindow(int& widthPx, int& heightPx);
-  virtual void OnCreate() {}   // the face stands
-  virtual void OnDestroy() {}  // the face is about to go
-  // Reported by the face, outer size.
+  virtual void OnCreate() {}   // the face exists
+  virtual void OnDestroy() {}  // the face will be destroyed
+  // Called by the face, with the outer size.
   virtual void OnSize(SizeType type, int widthPx, int heightPx);
   virtual void OnContextMenu(int screenXPx, int screenYPx);
-  // Asked of the first child of a main window; a later one is shown as the active one is.
+  // For the first child of a main window; a later one is shown like the active one.
   virtual bool BeginsMaximised() const { return false; }
   // The frame became, or ceased to be, the main frame's active child.
   void OnActivate(bool active);
   // The user closes the window: asks the document if this is its last frame, then closes.
   void OnClose();
-  // Takes the frame off its owner and destroys it with its views. A document that loses its last
-  // view by that is closed. Nothing of the frame may be used behind the call.
+  // Removes the frame from its owner and destroys it with its views. A document that loses its last
+  // view by that is closed. Do not use the frame after the call.
   void Destroy() override;
 
-  // The road of a command: active view, its document, this frame.
+  // The chain of a command: active view, its document, this frame.
   bool OnCommand(unsigned id) override;
   bool OnUpdateCommand(CCmdUI& ui) override;
   bool HasCommand(unsigned id) const override;
 
-  // "web.trc", "web.trc:2" when the document has several frames, "a.cpp*" when that one is edited.
+  // "web.trc", "web.trc:2" if the document has several frames, "a.cpp*" if it is edited.
   void UpdateTitle() override;
   void ActivateFrame() override;
-  // Decides the menus of the main frame while this child is active.
+  // Determines the menus of the main frame while this child is active.
   unsigned MenuResource() const { return m_menuResource; }
   CMDIFrameWnd& GetMDIFrame() const { return m_parent; }
   ChildFrameFace* Face() const { return m_face.get(); }
@@ -84,8 +84,8 @@ class CMDIFrameWnd : public CFrameWnd {
   explicit CMDIFrameWnd(CWinApp& app);
   ~CMDIFrameWnd() override;
 
-  // Asks for the face of a new child; an implementation calls the child's OnSize, OnActivate,
-  // OnClose and OnContextMenu for what the user does.
+  // Makes the face of a new child. An implementation calls the child's OnSize, OnActivate, OnClose
+  // and OnContextMenu for the actions of the user.
   virtual std::unique_ptr<ChildFrameFace> CreateChildFace(CMDIChildWnd& child, int widthPx,
                                                           int heightPx) = 0;
   virtual void LayOutChildren(WindowLayout layout) = 0;
@@ -97,13 +97,13 @@ class CMDIFrameWnd : public CFrameWnd {
   CMDIChildWnd* AddChild(std::unique_ptr<CMDIChildWnd> child);
   CWinApp& App() const { return m_app; }
 
-  // The road of a command: the active child's road, this frame, the application.
+  // The chain of a command: the active child's chain, this frame, the application.
   bool OnCommand(unsigned id) override;
   bool OnUpdateCommand(CCmdUI& ui) override;
   bool HasCommand(unsigned id) const override;
 
  protected:
-  // Destroys all children, for the destructor of a class that holds what their faces need.
+  // Destroys all children, for the destructor of a class whose members their faces need.
   void DestroyChildren();
 
  private:

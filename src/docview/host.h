@@ -1,10 +1,10 @@
-// The one port to the person and to the interface thread's loop.
+// The one interface to the user and to the interface thread's event loop.
 //
 // There are three hosts: Qt's (docview/ui), the terminal's (apps/trc/terminal) and a recording one
-// for tests whose transcript proves words, icons, buttons and order.
+// for tests, whose transcript shows texts, icons, buttons and order.
 //
 // Threads  Post and PostBox from any thread; everything else on the interface thread.
-// Errors   None: a person who closes a box or a dialog has answered Cancel (or the only button).
+// Errors   None: closing a box or a dialog counts as Cancel (or as the only button).
 #pragma once
 
 #include <functional>
@@ -27,7 +27,7 @@ struct MessageBoxRequest {
   BoxIcon icon = BoxIcon::Warning;
   BoxButtons buttons = BoxButtons::Ok;
   std::string caption = "Tessera";
-  std::optional<BoxAnswer> preferred = {};  // what Enter answers; unset: the first button
+  std::optional<BoxAnswer> preferred = {};  // the answer of Enter; unset: the first button
 };
 
 struct FileFilter {
@@ -50,7 +50,7 @@ struct FileDialogRequest {
   bool save = false;  // asks before it overwrites the final name; otherwise the file must exist
   std::string title;
   std::string defaultExtension;  // ".trc", appended as docview/dialogs/file_name.h says
-  std::string suggestedName;     // may hold a folder
+  std::string suggestedName;     // may have a folder
   std::vector<FileFilter> filters;
   std::vector<FileDialogBox> boxes;
   FileDialogNote note = {};
@@ -61,7 +61,7 @@ struct FileDialogAnswer {
   std::vector<bool> boxes;
 };
 
-// The window of a modeless dialog; destroying it takes the window down.
+// The window of a modeless dialog; destroying it closes the window.
 class DialogFace {
  public:
   virtual ~DialogFace() = default;
@@ -76,13 +76,13 @@ class Host {
 
   // Application-modal; returns when answered.
   virtual BoxAnswer MessageBox(const MessageBoxRequest& request) = 0;
-  // A box that blocks no window, for a thread that has something to say. `closed` runs on the
-  // interface thread.
+  // A box that blocks no window, for messages of other threads. `closed` runs on the interface
+  // thread.
   virtual void PostBox(MessageBoxRequest request, std::function<void()> closed) = 0;
-  // An accepted dialog makes its folder the process's current folder: kept, a capture opens its
-  // file by bare name afterwards.
+  // An accepted dialog makes its folder the process's current folder: kept, because a capture then
+  // opens its file by its bare name.
   virtual std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) = 0;
-  // Shows the dialog's face until the dialog ends itself; gives CDialog::Result.
+  // Shows the dialog's face until the dialog has ended; returns CDialog::Result.
   virtual int RunDialog(CDialog& dialog) = 0;
   virtual std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) = 0;
 
@@ -94,7 +94,7 @@ class Host {
   virtual TimerId SetTimer(unsigned milliseconds, std::function<void()> tick) = 0;
   virtual void KillTimer(TimerId timer) = 0;
 
-  // The main window, null before it stands and after it is gone.
+  // The main window; null before it exists and after its end.
   CWnd* MainWindow() const { return m_mainWindow; }
   void SetMainWindow(CWnd* window) { m_mainWindow = window; }
 

@@ -1,4 +1,4 @@
-// The root of what travels with a hint or a message.
+// The base class of the objects that hints and messages carry.
 #pragma once
 
 class CObject {

@@ -12,8 +12,8 @@
 class CDocument;
 class CFrameWnd;
 
-// The control that a view fills: a list, a tree, a text. Its Qt face is a widget
-// (docview/ui/qt_control.h), its fake remembers.
+// The control that a view fills: a list, a tree, a text. In Qt it is a widget
+// (docview/ui/qt_control.h); the fake records the calls.
 class ViewControl {
  public:
   virtual ~ViewControl() = default;
@@ -25,14 +25,14 @@ class CView : public CWnd {
   explicit CView(CDocument& document);
   ~CView() override;
 
-  // The first one comes when frame and document stand. Calls OnUpdate(null, 0, null).
+  // The first update, when frame and document exist. Calls OnUpdate(null, 0, null).
   virtual void OnInitialUpdate();
   virtual void OnUpdate(CView* sender, unsigned hint, CObject* object);
-  // The frame's active view changes: the one that loses is told before the one that gains.
+  // The frame's active view changes: the losing view is notified before the gaining one.
   virtual void OnActivateView(bool activate, CView* activated, CView* deactivated);
   virtual ViewControl* Control() = 0;
 
-  // The road of a command: this view, then its document.
+  // The chain of a command: this view, then its document.
   bool OnCommand(unsigned id) override;
   bool OnUpdateCommand(CCmdUI& ui) override;
   bool HasCommand(unsigned id) const override;

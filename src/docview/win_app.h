@@ -1,4 +1,4 @@
-// The framework's half of an application: the registered templates, File Open, recent files.
+// The framework's part of an application: the registered templates, File Open, recent files.
 //
 // Owner    The application owns its registered templates.
 // Threads  Interface thread.
@@ -11,7 +11,7 @@
 
 #include "docview/doc_template.h"
 
-// What the command line asks for. The first argument that is not an option is the file; unknown
+// The request of the command line. The first argument that is not an option is the file; unknown
 // options are ignored.
 struct CCommandLineInfo {
   enum Command { FileNew, FileOpen, FileNothing } command = FileNew;
@@ -31,13 +31,13 @@ class CWinApp : public CCmdTarget {
   static CCommandLineInfo ParseCommandLine(const std::vector<std::string>& arguments);
   bool ProcessShellCommand(const CCommandLineInfo& info);
 
-  // Opens by the extension's template (the first registered one for an unknown extension); a file
-  // that is open already comes to the front. A success enters the recent files, a failure takes the
-  // path off them.
+  // Opens with the extension's template (the first registered one for an unknown extension). If the
+  // file is already open, its window comes to the front. Success adds the path to the recent files,
+  // failure removes it.
   virtual CDocument* OpenDocumentFile(const std::string& path);
-  void OnFileOpen();  // begins beside the file in front
+  void OnFileOpen();  // begins in the folder of the file in front
   void OpenRecentFile(std::size_t index);
-  // Newest first. The store is told of every change by the virtual operation.
+  // Newest first. Every change calls a virtual operation, which stores the list.
   const std::vector<std::string>& RecentFiles() const { return m_recent; }
   void AddToRecentFileList(const std::string& path);
   void RemoveFromRecentFileList(const std::string& path);

@@ -1,7 +1,7 @@
-// What can be sent a numbered message: the frames and the views.
+// The base of objects that can receive a numbered message: the frames and the views.
 //
-// A sent message is a direct call. A posted one is delivered by the host's queue, in order, and is
-// dropped when the window has gone meanwhile.
+// A sent message is a direct call. A posted message is delivered by the host's queue, in order, and
+// is dropped if the window has been destroyed meanwhile.
 //
 // Threads  Interface thread.
 #pragma once
@@ -23,7 +23,7 @@ class CWnd : public CCmdTarget {
     return OnMessage(message, wParam, lParam);
   }
   void PostMessage(unsigned message, std::uintptr_t wParam = 0, std::intptr_t lParam = 0);
-  // Posts a call that is dropped with this window.
+  // Posts a call that is dropped if this window is destroyed.
   void PostCall(std::function<void()> call);
 
   Host& GetHost() const { return m_host; }

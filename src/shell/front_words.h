@@ -1,6 +1,6 @@
-// What the status bar says of the window in front.
+// The texts of the status bar about the window in front.
 //
-// Shape    Short words parted by commas, made anew whenever they are asked for.
+// Shape    Short texts with commas between them, made at each call.
 // Threads  Interface thread.
 #pragma once
 
@@ -12,9 +12,9 @@ class CMDIChildWnd;
 struct FrontWords {
   // "paused, capturing to web.trc", "damaged: 406 bytes skipped", a source's path
   std::string message;
-  std::string details;  // the whole of it, for a tool tip; empty when there is no more
+  std::string details;  // the complete text, for a tool tip; empty if there is no more
   std::string rows;     // "26,782 of 2,000,000 traces"
 };
 
-// `rows` is what the pane of the row count shows, -1 for nothing. Empty words without a window.
+// `rows` is the number in the row count pane, -1 for none. Empty texts without a window.
 FrontWords WordsOfFront(const CMDIChildWnd* front, std::int64_t rows);

@@ -1,4 +1,4 @@
-// The ids of all commands: what menus, keys and tool buttons ask for, and what targets map.
+// The ids of all commands, for menus, keys, tool buttons and targets.
 #pragma once
 
 // The framework's, as far as this program uses them.

@@ -16,8 +16,8 @@ class CDialog {
   CDialog(const CDialog&) = delete;
   CDialog& operator=(const CDialog&) = delete;
 
-  // OnInitDialog, then the host shows the face until the dialog ends; gives kIdOk, kIdCancel, or
-  // what EndDialog was given. May be run again.
+  // Calls OnInitDialog, then the host shows the face until the dialog ends. Returns kIdOk,
+  // kIdCancel, or the argument of EndDialog. May be run again.
   int DoModal();
 
   virtual void OnInitDialog() {}

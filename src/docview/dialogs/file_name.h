@@ -1,8 +1,8 @@
-// The name under which a save dialog's file is written: the default extension belongs to every name
-// that does not end in an extension of the dialog's.
+// The file name that a save dialog's answer means: the default extension is added to every name
+// that does not end in an extension of the dialog.
 //
-// Shape    A filter's extensions are what its patterns say behind their "*"; a pattern "*" is any
-//          file. Letters A to Z count as small ones.
+// Shape    A filter's extensions are the parts of its patterns after the "*"; a pattern "*" means
+//          any file. The case of A to Z is ignored.
 // Errors   None.
 // Threads  Pure.
 #pragma once
@@ -12,8 +12,8 @@
 
 #include "docview/host.h"
 
-// `name` as the person left it, with or without a folder; `filter` is the place of the filter
-// chosen. A dot in a name makes no extension by itself ("Traces sent to 127.0.0.1"): only where the
-// filter takes any file, what follows the last dot and begins with a letter counts as one.
+// `name` as the user left it, with or without a folder; `filter` is the index of the chosen filter.
+// A dot in a name does not make an extension ("Traces sent to 127.0.0.1"). Only if the filter
+// accepts any file, the part after the last dot counts as an extension if it begins with a letter.
 std::string WithDefaultExtension(const std::string& name, const FileDialogRequest& request,
                                  std::size_t filter);

@@ -1,11 +1,10 @@
-// Work on the interface thread that may take long, done in parts, so that it never freezes the
-// program.
+// Long work on the interface thread, done in parts, so that it never freezes the program.
 //
-// What is done within a moment shows no box. Longer work goes on in short pieces below a box that
-// tells how far it is and has a Cancel button, while windows repaint and timers run.
+// Work that is done within a moment shows no box. Longer work continues in short pieces while a
+// modal box shows the progress and a Cancel button, windows repaint and timers run.
 //
-// Owner    The caller owns the work and what it works on. Cancelled work is left where it stands:
-//          whoever runs it keeps its result apart until it is whole, and then takes it over.
+// Owner    The caller owns the work and its data. Cancelled work stops where it is. So its owner
+//          keeps the result separate until it is complete, and only then uses it.
 // Threads  Interface thread.
 #pragma once
 
@@ -18,32 +17,32 @@ class CDocument;
 
 class LongWork {
  public:
-  // Goes on by what takes a millisecond or so; true when all is done.
+  // Continues for about a millisecond; true when all is done.
   virtual bool DoPart() = 0;
-  // How many thousandths are done; nothing when that cannot be told.
+  // How many thousandths are done; none when that is unknown.
   virtual std::optional<int> Progress() const { return std::nullopt; }
 
-  // How long work may hold the window: before its box comes up, and then at a time. Tests shorten
+  // How long work may block the window: first before its box opens, then per piece. Tests shorten
   // them.
   static inline std::chrono::milliseconds s_firstPiece{200}, s_piece{40};
-  // Does parts until all is done, then true, or the time is up. At least one.
+  // Does parts, at least one, until all is done (true) or the time has passed.
   bool DoPiece(std::chrono::milliseconds time);
 
  protected:
   ~LongWork() = default;
 };
 
-// How far `done` of `all` is, for Progress.
+// The progress `done` of `all`, for Progress.
 inline int Thousandths(std::uint64_t done, std::uint64_t all) {
   return all == 0 ? 0 : static_cast<int>(done * 1000 / all);
 }
 
-// What the box says.
+// The texts of the box.
 struct LongWorkWords {
   const char* title;
   const char* message;
 };
 
-// Runs the work to its end; false when the person cancelled it. `document`, which may be null, is
-// what the work reads: while the box is up it IsWorkedOn, and nothing changes it.
+// Runs the work to its end; false when the user cancelled. `document`, which may be null, is the
+// document that the work reads: while the box is open it IsWorkedOn, and nothing changes it.
 bool RunLongWork(Host& host, CDocument* document, const LongWorkWords& words, LongWork& work);

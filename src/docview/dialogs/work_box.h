@@ -1,5 +1,5 @@
-// The box of work that takes long: says what goes on and how far it is, and offers Cancel. The work
-// goes on in pieces of a few milliseconds on a timer of the box.
+// The box of long work: shows what is being done and how far it is, and has a Cancel button. The
+// work continues in pieces of a few milliseconds on a timer of the box.
 //
 // Threads  Interface thread.
 #pragma once

@@ -1,10 +1,11 @@
-// Calls that wait for their turn on the interface thread.
+// Posted calls that wait for the interface thread.
 //
-// Shape    First posted, first run. A turn runs the calls that were there when it began; what they
-//          post runs in a later turn, so that painting and input go on in between. When a call
-//          runs a loop of its own (a modal dialog), that loop goes on with the rest of the queue.
-// Threads  Post from any thread, the rest on the thread that made the queue. The interface thread
-//          is woken by an event that carries nothing.
+// Shape    In the order of posting. A turn runs the calls that were queued when it began. Calls
+//          that these post run in a later turn, so that painting and input continue in between. If
+//          a call runs a loop of its own (a modal dialog), that loop continues with the rest of the
+//          queue.
+// Threads  Post from any thread, the rest on the thread that made the queue. An empty event wakes
+//          the interface thread.
 #pragma once
 
 #include <QBasicTimer>
@@ -16,7 +17,7 @@
 
 class CallQueue final : public QObject {
  public:
-  // `ran` runs behind every call.
+  // `ran` runs after every call.
   explicit CallQueue(std::function<void()> ran) : m_ran(std::move(ran)) {}
 
   void Post(std::function<void()> call);

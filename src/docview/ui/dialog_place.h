@@ -1,10 +1,10 @@
-// Where a dialog stands, and how large.
+// The position and the size of a dialog.
 //
-// A dialog comes up where the person left it. One that was never moved comes up beside the row that
-// has the focus, which it is mostly about. None is larger than its screen: one that cannot become
-// small enough scrolls, but for its last row of buttons.
+// A dialog opens where the user left it. A dialog that was never moved opens beside the focused
+// row, which it is usually about. No dialog is larger than its screen: if it cannot become small
+// enough it scrolls, except for its last row of buttons.
 //
-// Owner    Borrows the dialog and the memory of places, which both outlive it.
+// Owner    Borrows the dialog and the stored places, which both outlive it.
 // Threads  Interface thread.
 #pragma once
 
@@ -13,7 +13,7 @@
 #include <optional>
 #include <string>
 
-// Keeps the places over the runs of the program.
+// Stores the places between runs of the program.
 class DialogPlaces {
  public:
   virtual ~DialogPlaces() = default;
@@ -25,7 +25,7 @@ class DialogPlaces {
 class DialogPlace {
  public:
   explicit DialogPlace(QDialog& dialog) : m_dialog(dialog) {}
-  // Without it nothing is remembered.
+  // Without this call nothing is stored.
   void Remember(DialogPlaces* places, std::string name);
 
   void BeforeShow();
@@ -39,13 +39,13 @@ class DialogPlace {
   QDialog& m_dialog;
   DialogPlaces* m_places = nullptr;
   std::string m_name;
-  std::optional<QRect> m_shown;  // as it came up
+  std::optional<QRect> m_shown;  // as it opened
 };
 
-// The focused row of the control that has the focus, on the screen; empty when it has none.
+// The focused row of the control with the focus, in screen coordinates; empty when there is none.
 QRect FocusedRowOnScreen();
-// Where a window of this size hides no part of `row`: `wanted` if it can be, else below, above,
-// right or left of the row, inside `room`.
+// A position at which a window of this size hides no part of `row`: `wanted` if possible, else
+// below, above, right or left of the row, inside `room`.
 QPoint BesideRow(const QRect& wanted, const QRect& row, const QRect& room);
-// Puts what the dialog shows into an area that scrolls.
+// Puts the content of the dialog into a scroll area.
 void MakeScrollable(QDialog& dialog);

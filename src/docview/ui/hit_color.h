@@ -1,4 +1,4 @@
-// The tint behind text that a search has found, wherever text is shown: the palette's text stays
+// The background colour of a search's hits, wherever text is shown. The palette's text colour stays
 // readable on it.
 #pragma once
 

@@ -1,7 +1,7 @@
-// A button or check box whose access key presses it at once.
+// A button or check box whose access key presses it immediately.
 //
-// Qt takes a tenth of a second over that key. An Enter that follows sooner would find the box
-// without its new tick, and the key hit again meanwhile would be lost.
+// Qt delays that key by a tenth of a second. An Enter that follows sooner would find the box
+// without its new tick, and a second press of the key in that time would be lost.
 //
 // Threads  Interface thread.
 #pragma once
@@ -15,7 +15,7 @@ class PromptButton final : public Button {
 
  protected:
   bool event(QEvent* event) override {
-    // A key that two controls have in common goes from one to the other.
+    // A key that two controls share moves from one to the other.
     if (event->type() != QEvent::Shortcut || static_cast<QShortcutEvent*>(event)->isAmbiguous())
       return Button::event(event);
     if (this->isCheckable()) this->setFocus(Qt::ShortcutFocusReason);

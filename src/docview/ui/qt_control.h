@@ -1,7 +1,7 @@
-// What a control's Qt face is beside its port: a widget that a frame can show.
+// The Qt side of a control: a widget that a frame can show.
 //
-// Owner    The view owns its control, and with it the widget; a frame's window only borrows it.
-//          A window that goes before the view must let go of the widget first (ReleaseControl),
+// Owner    The view owns its control, and with it the widget; a frame's window only borrows it. A
+//          window that is destroyed before the view must release the widget first (ReleaseControl),
 //          because Qt deletes children with their parent.
 // Threads  Interface thread.
 #pragma once
@@ -18,13 +18,13 @@ class QtControl {
   ~QtControl() = default;
 };
 
-// The widget of a view's control; null when its face is not Qt's.
+// The widget of a view's control; null when the control is not Qt's.
 inline QWidget* WidgetOf(ViewControl* control) {
   auto* face = dynamic_cast<QtControl*>(control);
   return face ? face->Widget() : nullptr;
 }
 
-// Takes the widget out of its window, without showing it as a window of its own.
+// Removes the widget from its window, without showing it as a window of its own.
 inline void ReleaseControl(QWidget& widget) {
   widget.hide();
   widget.setParent(nullptr);

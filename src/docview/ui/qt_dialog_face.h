@@ -1,8 +1,8 @@
 // The window of a CDialog: base of all dialog faces.
 //
-// A face copies the dialog's members into widgets, calls the dialog's operations for what the user
-// does, and closes when the dialog has ended. OK and Enter reach the dialog as OnOK; Cancel, Esc
-// and the window's own close button as OnCancel.
+// A face copies the dialog's members into widgets, calls the dialog's operations for the actions of
+// the user, and closes when the dialog has ended. OK and Enter call OnOK; Cancel, Esc and the
+// window's close button call OnCancel.
 //
 // Owner    Borrows the dialog, which outlives it or calls Detach.
 // Threads  Interface thread.
@@ -21,24 +21,24 @@ class QtDialogFace : public QDialog {
   // Copies the dialog's state into the widgets.
   virtual void UpdateData() {}
 
-  // Closes the window if the dialog has ended. The host asks behind every call and tick, because a
-  // dialog may be ended by something else than its window.
+  // Closes the window if the dialog has ended. The host calls it after every call and tick, because
+  // something else than the window may end a dialog.
   void CloseIfEnded();
-  // The dialog is about to go: the window hides, and what still reaches it does nothing.
+  // The dialog will be destroyed: hides the window and ignores later events.
   void Detach();
 
-  // Comes up where the dialog of this name was left.
+  // Opens at the stored place of the dialog of this name.
   void RememberPlace(DialogPlaces* places, std::string name);
   void setVisible(bool visible) override;
 
-  // Esc and Enter as QDialog has them.
+  // Esc and Enter, as in QDialog.
   void accept() override;
   void reject() override;
 
  protected:
-  // Calls the dialog unless it is gone, then closes if that ended it.
+  // Calls the dialog unless it is destroyed, then closes the window if that ended the dialog.
   void Forward(const std::function<void()>& call);
-  // What OK does; a face with a data exchange does that first.
+  // The action of OK; a face with a data exchange does the exchange first.
   virtual void OnAccept() { m_dialog->OnOK(); }
   // Sends the help command to the main window.
   void AskForHelp();

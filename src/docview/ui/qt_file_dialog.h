@@ -1,11 +1,11 @@
-// The file dialog, drawn by Qt itself because the platform's own holds no check boxes.
+// The file dialog, drawn by Qt itself because the platform's own dialog cannot contain check boxes.
 //
 // Saving    docview/dialogs/file_name.h appends the default extension, the overwrite question names
-//           the final file, and the folder must exist and let itself be entered.
+//           the final file, and the folder must exist and be accessible.
 // Opening   The file must exist.
 //
-// Files     None is read to show its icon or its kind: one that waits for its writer would hold the
-//           dialog up. Names have room to be read in a narrow dialog, too.
+// Files     No file is read to show its icon or its kind: a FIFO without a writer would block the
+//           dialog. Names have room to be read in a narrow dialog, too.
 //
 // The field of a note has the object name "note".
 #pragma once

@@ -1,9 +1,9 @@
 // The host on the screen.
 //
-// Dialogs  A dialog's face is found by the dialog's dynamic type, so each must be registered before
-//          it runs. Modal loops keep timers and posted calls running.
+// Dialogs  A dialog's face is found by the dialog's dynamic type, so each type must be registered
+//          before a dialog runs. Modal loops keep timers and posted calls running.
 // Cursor   Under a wait cursor, boxes and dialogs show the normal one.
-// Threads  As Host says.
+// Threads  See Host.
 #pragma once
 
 #include <QPointer>
@@ -23,10 +23,10 @@ class QtMessageBox;
 class QtHost final : public Host {
  public:
   QtHost();  // needs the application object
-  // Closes the boxes that are still up, as if they were answered. Calls not yet run are dropped.
+  // Closes the boxes that are still open, as if they were answered. Calls not yet run are dropped.
   ~QtHost() override;
 
-  // `make(dialog, parent)` gives a std::unique_ptr to a QtDialogFace.
+  // `make(dialog, parent)` returns a std::unique_ptr to a QtDialogFace.
   template <class Dialog, class Make>
   void RegisterFace(Make make) {
     m_faces[typeid(Dialog)] = [make](CDialog& dialog, QWidget* parent) -> QtDialogFace* {
@@ -34,10 +34,10 @@ class QtHost final : public Host {
     };
   }
 
-  // Is a modal box or dialog up? The main window's documents are not to be closed meanwhile: Qt
-  // blocks input to other windows, but not their close.
+  // Is a modal box or dialog open? Then the main window's documents must not be closed: Qt blocks
+  // input to other windows, but not their close.
   static bool InModal();
-  // Where dialogs come up again; null: nowhere.
+  // Where the places of dialogs are stored; null: nowhere.
   void SetPlaces(std::unique_ptr<DialogPlaces> places) { m_places = std::move(places); }
   // The window over which boxes and dialogs appear.
   void SetMainWidget(QWidget* widget) { m_mainWidget = widget; }

@@ -12,9 +12,9 @@ class QtMessageBox final : public QMessageBox {
  public:
   QtMessageBox(const MessageBoxRequest& request, QWidget* parent);
 
-  // Of the button that closed the box.
+  // The button that closed the box.
   BoxAnswer Answer() const;
-  // Of a box that was taken down without a button: what refuses.
+  // The answer of a box that was closed without a button: the refusing one.
   static BoxAnswer Unanswered(BoxButtons buttons);
 
  protected:

@@ -18,8 +18,8 @@ AcceleratorKeys::AcceleratorKeys(CommandActions& actions, QWidget& window)
           [this](const QWindow* focus) { Arm(focus); });
 }
 
-// A modeless box of ours, such as the progress of a load, hangs on the main window: there they work
-// too. Without a focus they wait for it.
+// A modeless box of ours, such as the progress of a load, belongs to the main window: the keys work
+// there too. Without a focus they do not work.
 void AcceleratorKeys::Arm(const QWindow* focus) {
   const QWindow* const main = m_window.windowHandle();
   const QWindow* top = focus;
@@ -41,8 +41,8 @@ void AcceleratorKeys::Add(const QKeySequence& key, Qt::ShortcutContext context,
   m_keys.insert(key[0].toCombined());
 }
 
-// A focused widget asks to have a key before the shortcuts. Inside the main window it does not get
-// an accelerator, whatever the state of the command.
+// A focused widget may claim a key before the shortcuts. Inside the main window it does not get an
+// accelerator, whatever the state of the command.
 bool AcceleratorKeys::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() != QEvent::ShortcutOverride) return false;
   const auto* key = static_cast<QKeyEvent*>(event);

@@ -1,8 +1,8 @@
-// The accelerator keys of the main window: each is known once and runs its command.
+// The accelerator keys of the main window: each is registered once and runs its command.
 //
-// A key whose command is disabled is swallowed, and a focused edit does not see an accelerator
-// before the main window does. Inside a modal dialog the keys belong to the dialog, in a window
-// that stands for itself, as the help, to that window.
+// A key whose command is disabled is swallowed, and a focused edit does not get an accelerator
+// before the main window. Inside a modal dialog the keys belong to the dialog, and in an
+// independent window, such as the help, to that window.
 //
 // Owner    Owned by the main window.
 // Threads  Interface thread.

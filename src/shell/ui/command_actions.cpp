@@ -12,7 +12,7 @@ void CommandActions::SetUp(QAction& action, unsigned id) {
   action.setData(id);
   action.setStatusTip(QString::fromStdString(PromptOf(id)));
   action.setToolTip(QString::fromStdString(ToolTipOf(id)));
-  // A text must not be taken for a platform role, which would move or rename the item.
+  // Otherwise a text could be taken for a platform role, which would move or rename the item.
   action.setMenuRole(QAction::NoRole);
 }
 
@@ -21,7 +21,7 @@ QAction* CommandActions::Action(unsigned id) {
   if (!action) {
     action = new QAction(this);
     SetUp(*action, id);
-    // For the menu of the buttons that a narrow tool bar has no room for.
+    // For the menu of the buttons that do not fit into a narrow tool bar.
     action->setText(action->toolTip());
     connect(action, &QAction::triggered, this, [this, id] { Run(id); });
     action->setIcon(ToolIcon(id));
@@ -43,8 +43,8 @@ QAction* CommandActions::Proxy(unsigned id, const QString& text, QObject* owner)
 }
 
 void CommandActions::Update(unsigned id, QAction& action) {
-  // What nobody takes is disabled, and the check that its last taker gave it goes too: a button
-  // would stay pressed without a document.
+  // A command without a handler is disabled and unchecked: otherwise a button would stay pressed
+  // without a document.
   const bool taken = m_target && m_target->HasCommand(id);
   CCmdUI ui(id, action.isEnabled() && m_target, action.isChecked() && taken);
   if (m_target) UpdateCommand(*m_target, ui);

@@ -1,8 +1,8 @@
-// The actions of the tool bar and of the menus, and the one way in which a menu item, a button or a
-// key becomes a command.
+// The actions of the tool bar and the menus. All menu items, buttons and keys run their commands
+// here.
 //
-// Shape    The actions have no shortcuts: keys are AcceleratorKeys' business, so that no key is
-//          known twice.
+// Shape    The actions have no shortcuts: AcceleratorKeys handles the keys, so that no key is
+//          ambiguous.
 // Owner    Owned by the main window, which outlives the tool bar.
 // Errors   A command that is disabled when it is asked for is not run.
 // Threads  Interface thread.
@@ -19,28 +19,28 @@ class CommandActions : public QObject {
  public:
   // REQUIRES: `target` outlives this or the next Detach.
   CommandActions(CCmdTarget& target, QWidget& window);
-  // The target goes: from now on every command is disabled.
+  // The target is destroyed: from now on every command is disabled.
   void Detach() { m_target = nullptr; }
 
-  // The tool bar's action, made at the first asking.
+  // The tool bar's action, made at the first call.
   QAction* Action(unsigned id);
-  // An action for a menu that stays, with a text of its own.
+  // An action for a permanent menu, with a text of its own.
   QAction* Item(unsigned id, const QString& text, QMenu* menu);
   // An action with the state of a command but a text of its own, for a pop-up, whose owner runs the
-  // command when the pop-up is gone.
+  // command after the pop-up has closed.
   QAction* Proxy(unsigned id, const QString& text, QObject* owner);
 
-  // Bring the enabled and checked state up to date: of one action, of the tool bar's, of those in a
-  // menu. Each action costs a look-up in the targets' tables.
+  // Update the enabled and checked state: of one action, of the tool bar's, of those in a menu.
+  // Each action costs a look-up in the targets' tables.
   void Update(unsigned id, QAction& action);
   void UpdateAll();
   void UpdateMenu(QMenu& menu);
-  // Looks at the state anew, then runs the command if it is enabled.
+  // Updates the state, then runs the command if it is enabled.
   bool Run(unsigned id);
 
-  // Called after every command, for whatever shows states beside the actions.
+  // Called after every command, for other windows that show states.
   std::function<void()> m_afterCommand;
-  // Called with what a disabled command lacks when it is asked for, by its key for instance.
+  // Called with the reason when a disabled command is requested, by its key for instance.
   std::function<void(const QString& whyNot)> m_refused;
 
  private:

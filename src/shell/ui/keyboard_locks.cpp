@@ -5,8 +5,8 @@
 
 namespace {
 
-// The one call of Xlib's keyboard extension that is needed. It is looked up when the program runs,
-// so that neither the build nor a Wayland system needs the library.
+// The only needed function of Xlib's keyboard extension. It is looked up at run time, so that
+// neither the build nor a Wayland system needs the library.
 using GetIndicatorState = int (*)(void* display, unsigned device, unsigned* state);
 constexpr unsigned kCoreKeyboard = 0x0100;
 constexpr unsigned kCaps = 1, kNum = 2, kScroll = 4;

@@ -1,6 +1,6 @@
 // The keyboard's lock states, for the status bar.
 //
-// Errors   Where the window system does not tell them (anything but X11), all are off and their
+// Errors   If the window system does not report them (anything but X11), all are off and their
 //          panes stay blank.
 // Threads  Interface thread.
 #pragma once

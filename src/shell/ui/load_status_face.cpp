@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kPathWidthPx = 380, kWidestPathPx = 720;
 constexpr int kPathEdgesPx = 16;  // of the field, beside its text
-// A file may be larger than a signed number holds, so that the bar counts in thousandths.
+// A file may be larger than a signed number can count, so the bar counts in thousandths.
 constexpr int kSteps = 1000;
 
 }  // namespace
@@ -46,7 +46,7 @@ LoadStatusFace::LoadStatusFace(CLoadStatus& dialog, QWidget* parent)
   cancel->setFocus();
 }
 
-// Comes with every position: only what has changed is touched.
+// Called for every position: updates only what has changed.
 void LoadStatusFace::UpdateData() {
   const QString caption = QString::fromStdString(m_status.m_caption);
   if (windowTitle() != caption) setWindowTitle(caption);
@@ -55,8 +55,8 @@ void LoadStatusFace::UpdateData() {
   m_bar->setValue(m_status.m_range ? static_cast<int>(position * kSteps / m_status.m_range) : 0);
 }
 
-// The field holds the whole path, to be read and copied. It is as wide as the path, within bounds;
-// of a longer one the end shows, where the file's name is.
+// The field has the whole path, to be read and copied. It is as wide as the path, within limits; of
+// a longer path the end is shown, with the file's name.
 void LoadStatusFace::ShowPath(const QString& path) {
   if (m_path->text() == path) return;
   SetPlainToolTip(*m_path, path);
@@ -65,7 +65,7 @@ void LoadStatusFace::ShowPath(const QString& path) {
   m_path->setFixedWidth(std::clamp(wantedPx, kPathWidthPx, kWidestPathPx));
 }
 
-// Enter ends nothing here, not even by the button that has the focus.
+// Enter must not end the box, not even by the focused button.
 void LoadStatusFace::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
     accept();

@@ -52,8 +52,8 @@ void MainWindow::showEvent(QShowEvent* event) {
   m_framed.start(kFramedMs);
 }
 
-// The frame asks its questions inside the event, so that a session that ends learns the answer. A
-// window manager may close the window although an open menu holds the mouse: the menu goes first.
+// The frame asks its questions inside the event, so that the end of a session learns the answer. A
+// window manager may close the window although an open menu grabs the mouse: close the menu first.
 void MainWindow::closeEvent(QCloseEvent* event) {
   while (QWidget* const menu = QApplication::activePopupWidget())
     if (!menu->close()) break;
@@ -70,7 +70,7 @@ void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::WindowStateChange) m_settled.start();
   if (event->type() == QEvent::ActivationChange) SoonIdle();
-  // A maximised child makes Qt write a title of its own, at several moments.
+  // For a maximised child Qt sets a title of its own, at several moments.
   if (event->type() == QEvent::WindowTitleChange && windowTitle() != m_title) {
     QMetaObject::invokeMethod(
         this, [this] { setWindowTitle(m_title); }, Qt::QueuedConnection);
@@ -89,8 +89,8 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
   if (!LocalFiles(*event->mimeData()).empty()) event->acceptProposedAction();
 }
 
-// Opened behind the event: until it returns, the program that the files were dragged from waits,
-// and an older file asks a question.
+// Opened after the event: until it returns, the program that the files were dragged from waits, and
+// an older file asks a question.
 void MainWindow::dropEvent(QDropEvent* event) {
   const std::vector<std::string> paths = LocalFiles(*event->mimeData());
   if (!m_frame || paths.empty()) return;

@@ -1,7 +1,7 @@
-// The main window's widget: reports what the user and the window system do with it.
+// The main window's widget: reports the events of the user and the window system.
 //
-// The stored size is the window's own, without the decoration of the window manager: it is not
-// known before the window stands, and some systems never tell it.
+// The stored size is the window's own, without the decoration of the window manager: the decoration
+// is not known before the window is shown, and some systems never report it.
 //
 // Threads  Interface thread.
 #pragma once
@@ -15,15 +15,15 @@ class CMainFrame;
 class MainWindow : public QMainWindow {
  public:
   explicit MainWindow(CMainFrame& frame);
-  // The frame goes; the window reports nothing any more.
+  // The frame is destroyed; the window reports nothing any more.
   void Detach() { m_frame = nullptr; }
   CMainFrame* Frame() const { return m_frame; }
 
-  // The title to be kept, whatever Qt makes of a maximised child.
+  // The title to keep, whatever Qt sets for a maximised child.
   void SetTitle(const QString& title);
-  // The window may go: the next close event is taken.
+  // The next close event is accepted.
   void AllowClose() { m_mayClose = true; }
-  // Called a few times a second while the window is seen, and soon after SoonIdle.
+  // Called a few times a second while the window is visible, and soon after SoonIdle.
   std::function<void()> m_idle;
   void SoonIdle() { m_soon.start(); }
 
@@ -43,8 +43,9 @@ class MainWindow : public QMainWindow {
   CMainFrame* m_frame;
   QString m_title;
   bool m_mayClose = false;
-  QTimer m_settled;  // sizes and states come in several events, in any order: looked at afterwards
+  QTimer
+      m_settled;  // sizes and states come in several events, in any order: checked after the last
   QTimer m_soon, m_regular;
-  QTimer m_framed;  // by now the window manager has told how much its decoration takes
-  QSize m_shownAs;  // whoever asked for another size meanwhile gets it
+  QTimer m_framed;  // by then the window manager has reported its decoration
+  QSize m_shownAs;  // a size that was requested since then is kept
 };

@@ -15,7 +15,7 @@ QString Shown(const std::string& text) {
   return QString::fromStdString(text);
 }
 
-// A text that is not a label: its ampersands are no mnemonics.
+// Makes the ampersands of a text ordinary characters, not mnemonics.
 QString Literal(QString text) {
   return text.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
@@ -24,7 +24,7 @@ QString Literal(QString text) {
 
 Menus::Menus(CommandActions& actions, CMDIFrameWnd& frame, QMainWindow& window)
     : QObject(&window), m_actions(actions), m_frame(&frame), m_window(window) {
-  m_window.menuBar()->setNativeMenuBar(false);  // the texts are to be shown as they stand
+  m_window.menuBar()->setNativeMenuBar(false);  // show the texts unchanged
 }
 
 void Menus::SetBar(unsigned resource) {
@@ -50,7 +50,7 @@ void Menus::MakeBar(unsigned resource) {
 
 Menus::OneMenu Menus::MakeMenu(const MenuPopup& popup) {
   OneMenu made{new QMenu(Shown(popup.title), m_window.menuBar()), {}};
-  const MenuItem* recentFiles = nullptr;  // they stand before the next item
+  const MenuItem* recentFiles = nullptr;  // they come before the next item
   for (const MenuItem& item : popup.items) {
     QAction* action = nullptr;
     if (item.id == ID_FILE_MRU_FILE1) {
@@ -80,7 +80,7 @@ void Menus::RefreshMenu(OneMenu& menu) {
   for (Changing& part : menu.changing) Fill(*menu.menu, part);
 }
 
-// What has not changed keeps its action.
+// Unchanged entries keep their action.
 void Menus::Fill(QMenu& menu, Changing& part) {
   Entries wanted = m_frame ? (this->*part.wanted)() : Entries();
   if (wanted.empty() && !part.ifNone.isEmpty()) wanted.push_back({part.ifNone, {}, false, {}});
@@ -90,7 +90,7 @@ void Menus::Fill(QMenu& menu, Changing& part) {
   if (!std::equal(wanted.begin(), wanted.end(), part.shown.begin(), part.shown.end(), same)) {
     for (QAction* action : part.actions) {
       menu.removeAction(action);
-      action->deleteLater();  // it may be the one that is being chosen
+      action->deleteLater();  // it may be the action that is being chosen
     }
     part.actions.clear();
     if (part.separated && !wanted.empty())

@@ -1,8 +1,8 @@
 // The menu bar of the active document and the pop-ups, built from the menu resources.
 //
 // Shape    A bar's menus are made once and stay, with an action of their own for every item: a
-//          client of the accessibility bus knows an item by its action and the menu that it met it
-//          in, and keeps both. Only the recent files and the open windows come and go.
+//          client of the accessibility bus identifies an item by its action and its menu, and
+//          caches both. Only the recent files and the open windows are added and removed.
 // Owner    Owned by the main window.
 // Threads  Interface thread.
 #pragma once
@@ -22,12 +22,12 @@ class Menus : public QObject {
   Menus(CommandActions& actions, CMDIFrameWnd& frame, QMainWindow& window);
   void Detach() { m_frame = nullptr; }
 
-  // Swaps the whole bar.
+  // Replaces the whole bar.
   void SetBar(unsigned resource);
-  // Brings the recent files, the open windows and the states of all items up to date. A menu that
-  // is open keeps its items.
+  // Updates the recent files, the open windows and the states of all items. An open menu keeps its
+  // items.
   void Refresh();
-  // Shows a pop-up and gives the command chosen, 0 for none.
+  // Shows a pop-up and returns the chosen command, 0 for none.
   unsigned Track(unsigned resource, const QPoint& screen);
 
  private:
@@ -38,11 +38,11 @@ class Menus : public QObject {
     std::function<void()> run;  // empty: the entry is grey
   };
   using Entries = std::vector<Entry>;
-  // Items of a menu that come and go, in front of a fixed one or, without one, at the end.
+  // Changing items of a menu, before a fixed item or, without one, at the end.
   struct Changing {
     QAction* before = nullptr;
-    QString ifNone;          // a grey item for when there are none; may be empty
-    bool separated = false;  // a line stands in front of them, if there are any
+    QString ifNone;          // a grey item if there are none; may be empty
+    bool separated = false;  // a separator comes before them, if there are any
     Entries (Menus::*wanted)() = nullptr;
     Entries shown;
     std::vector<QAction*> actions;

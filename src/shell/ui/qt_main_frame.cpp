@@ -14,9 +14,9 @@
 namespace {
 
 constexpr int kButtonPx = 16;
-constexpr int kReadingTimeMs = 12000;  // of a word in the status bar
+constexpr int kReadingTimeMs = 12000;  // for a message in the status bar
 
-// As the keyboard's menu key does.
+// The same as the keyboard's menu key.
 void AskForContextMenu() {
   QWidget* const widget = QApplication::focusWidget();
   if (!widget) return;
@@ -50,7 +50,7 @@ QtMainFrame::QtMainFrame(CMainFrame& frame, int widthPx, int heightPx, std::func
   m_area->m_changed = [this] { ChildChanged(); };
 }
 
-// A window that is at work in an event goes when that is over.
+// A window that is handling an event is destroyed after that.
 QtMainFrame::~QtMainFrame() {
   m_area->m_changed = {};
   m_actions->m_afterCommand = {};
@@ -86,8 +86,8 @@ void QtMainFrame::MakeToolBar() {
   m_window->addToolBar(Qt::TopToolBarArea, m_toolBar);
 }
 
-// Keys that the window system gives a program by itself elsewhere. Without a window manager, or
-// with one that leaves them to the program, they are ours.
+// On other systems the window system handles these keys. Without a window manager, or with one that
+// leaves them to the program, the program handles them.
 void QtMainFrame::AddSystemKeys() {
   m_keys->AddWindowKey(QKeySequence(Qt::CTRL | Qt::Key_F4),
                        [actions = m_actions] { actions->Run(ID_FILE_CLOSE); });

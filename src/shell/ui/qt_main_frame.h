@@ -1,4 +1,4 @@
-// Qt's face of the main frame: menu bar, tool bar, status panes, MDI area.
+// The Qt class of the main frame: menu bar, tool bar, status panes, MDI area.
 //
 // Owner    Owned by the main frame; owns its window.
 // Threads  Interface thread.
@@ -16,7 +16,7 @@
 
 class QtMainFrame : public MainFrameFace {
  public:
-  // `closed` runs when the frame has closed its window for good.
+  // `closed` runs when the frame has closed its window finally.
   QtMainFrame(CMainFrame& frame, int widthPx, int heightPx, std::function<void()> closed);
   ~QtMainFrame() override;
 

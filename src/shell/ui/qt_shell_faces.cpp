@@ -24,7 +24,7 @@
 
 namespace {
 
-// The page that tells of the dialog that is up.
+// The help page for the dialog that is open.
 QString TopicOfDialog() {
   const QWidget* dialog = QApplication::activeModalWidget();
   const QString title = dialog ? dialog->windowTitle() : QString();
@@ -93,7 +93,7 @@ std::unique_ptr<MainFrameFace> QtShellFaces::CreateMainFrame(CMainFrame& frame, 
   return face;
 }
 
-// Three quarters of the screen, as far as that is a pleasant size.
+// Three quarters of the screen, within comfortable limits.
 void QtShellFaces::ProposedMainSize(int& widthPx, int& heightPx) {
   const QSize room = PrimaryRoom();
   widthPx = std::clamp(room.width() * 3 / 4, 640, 1400);
@@ -128,7 +128,8 @@ void QtShellFaces::ShowPrintSetup() {
   setup.exec();
 }
 
-// Over a modal dialog the help is the dialog's own window, because the dialog blocks all others.
+// While a modal dialog is open the help is a window of the dialog, because the dialog blocks all
+// others.
 void QtShellFaces::ShowHelp(const std::string& topic) {
   QWidget* dialog = QApplication::activeModalWidget();
   if (m_help && m_help->parentWidget() != dialog) {

@@ -1,4 +1,4 @@
-// Everything that the shell asks of the window system, by Qt.
+// The Qt implementation of the shell's interface to the window system.
 //
 // Owner    Borrows the host, whose dialogs it registers.
 // Threads  Interface thread.
@@ -13,7 +13,7 @@
 
 class QtShellFaces : public ShellFaces {
  public:
-  // `closed` runs when the main window has been closed for good.
+  // `closed` runs when the main window has been closed finally.
   explicit QtShellFaces(QtHost& host, std::function<void()> closed = {});
   ~QtShellFaces() override;
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kSidePx = 8;  // between a pane's text and its border
 
-// What a screen reader says beside a pane's text, which may be empty.
+// The description of a pane for screen readers, besides its text, which may be empty.
 QString Description(unsigned pane) {
   switch (pane) {
     case kPaneCaps:
@@ -28,7 +28,7 @@ QString Description(unsigned pane) {
   }
 }
 
-// A text behind a thin line that divides it from the pane on its left.
+// A text with a thin line between it and the pane on its left.
 class Pane : public QLabel {
  public:
   using QLabel::QLabel;
@@ -43,7 +43,7 @@ class Pane : public QLabel {
   }
 };
 
-// A text that takes what room there is: a long one is cut at its end.
+// A text that uses the available space: a long one is cut at its end.
 class MessagePane : public QLabel {
  public:
   using QLabel::QLabel;

@@ -2,7 +2,7 @@
 //
 // Shape    A text "x y width height" under the dialog's name, below the key "Dialogs" beside the
 //          windows' sizes; device-independent pixels.
-// Errors   What is no place reads as none.
+// Errors   A value that is not a place reads as none.
 // Threads  Interface thread.
 #pragma once
 

@@ -17,7 +17,7 @@ QString TopicOf(const QTextBrowser& pages) {
   return pages.source().fileName().section(u'.', 0, 0);
 }
 
-// Cut as the browser cuts it, so that a position in one is a position in the other.
+// Cut in the same way as in the browser, so that positions in both are equal.
 QString TextOf(const QString& topic) {
   QFile file(QStringLiteral(":/help/%1.md").arg(topic));
   if (!file.open(QIODevice::ReadOnly)) return {};
@@ -49,7 +49,7 @@ HelpSearch::HelpSearch(QTextBrowser& pages, const QStringList& topics,
   row->setContentsMargins(0, 0, 6, 0);
   row->addStretch(1);
   row->addWidget(m_said);
-  row->addWidget(m_field, kFieldLetters);  // as long as it may be, and the rest for the stretch
+  row->addWidget(m_field, kFieldLetters);  // its maximum length; the stretch takes the rest
   connect(m_field, &QLineEdit::textChanged, this, [this] { Search(); });
   connect(&m_pages, &QTextBrowser::sourceChanged, this, [this] { OnOtherPage(); });
 }
@@ -65,7 +65,7 @@ void HelpSearch::Search() {
   ShowHit();
 }
 
-// From the page that shows on.
+// Begins with the shown page.
 void HelpSearch::Collect() {
   const QString wanted = m_field->text().trimmed();
   m_hits.clear();
@@ -123,7 +123,7 @@ void HelpSearch::ShowHit() {
   MarkHits(hit.topic);
 }
 
-// All hits of the page, beside the one that is selected.
+// Marks all hits of the page besides the selected one.
 void HelpSearch::MarkHits(const QString& topic) {
   QList<QTextEdit::ExtraSelection> marks;
   for (const Hit& hit : m_hits) {

@@ -1,9 +1,9 @@
-// The search of the help: a field, and where the hit that is shown stands among all.
+// The search of the help: a field, and the number of the shown hit.
 //
-// Shape    Hits are counted over all pages, from the page that shows on. Capitals and small letters
-//          are the same. When another page comes up by other means, no hit is shown until the next
-//          step, which goes on from there.
-// Owner    Borrows the browser, which `show` shows a page in.
+// Shape    Hits are counted over all pages, beginning with the shown page. The case of letters is
+//          ignored. When another page is shown by other means, no hit is shown until the next step,
+//          which continues from there.
+// Owner    Borrows the browser, in which `show` shows a page.
 // Threads  Interface thread.
 #pragma once
 
@@ -19,12 +19,12 @@ class HelpSearch : public QWidget {
   // `show` shows the page of a topic; `topics` are in reading order.
   HelpSearch(QTextBrowser& pages, const QStringList& topics,
              std::function<void(const QString& topic)> show, QWidget* parent);
-  // The keyboard goes to the field.
+  // Moves the keyboard focus to the field.
   void Begin();
-  // From one hit to the next, round and round.
+  // From one hit to the next, in a circle.
   void Step(int by);
 
-  QString Said() const { return m_said->text(); }  // "2 of 17", "17 found", "not found", or nothing
+  QString Said() const { return m_said->text(); }  // "2 of 17", "17 found", "not found", or empty
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -47,6 +47,6 @@ class HelpSearch : public QWidget {
   QLineEdit* m_field;
   QLabel* m_said;
   std::vector<Hit> m_hits;
-  std::optional<std::size_t> m_current;  // nothing while no hit is shown
-  bool m_showing = false;                // a hit's page
+  std::optional<std::size_t> m_current;  // none while no hit is shown
+  bool m_showing = false;                // the page of a hit
 };

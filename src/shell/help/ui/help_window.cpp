@@ -15,14 +15,14 @@ namespace {
 constexpr char kContents[] = "contents";
 constexpr int kLineHeight = 118;  // percent
 constexpr QSize kSize(760, 620);
-// A window manager has given the window its frame by then.
+// By then a window manager has given the window its frame.
 constexpr int kHelpFramedMs = 100;
 
 QUrl PageOf(const QString& topic) {
   return QUrl(QStringLiteral("qrc:/help/%1.md").arg(topic));
 }
 
-// Tables with thin lines and room around their texts.
+// Tables with thin lines and space around their texts.
 void StyleTables(QTextDocument& page, const QPalette& palette) {
   QColor line = palette.color(QPalette::Text);
   line.setAlphaF(0.25f);
@@ -42,7 +42,7 @@ void StyleTables(QTextDocument& page, const QPalette& palette) {
   }
 }
 
-// Room between the lines, and above and below the headings.
+// Space between the lines, and above and below the headings.
 void StyleBlocks(QTextDocument& page) {
   for (QTextBlock block = page.begin(); block.isValid(); block = block.next()) {
     QTextBlockFormat format = block.blockFormat();
@@ -55,7 +55,7 @@ void StyleBlocks(QTextDocument& page) {
   }
 }
 
-// A browser whose pages are written in Markdown, with room around the text.
+// A browser for pages in Markdown, with space around the text.
 class Pages : public QTextBrowser {
  public:
   using QTextBrowser::QTextBrowser;

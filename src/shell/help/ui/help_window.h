@@ -1,4 +1,4 @@
-// The built-in help: our pages, by topic.
+// The built-in help: the pages of this program, by topic.
 //
 // Owner    Deletes itself when it is closed.
 // Threads  Interface thread.
@@ -18,7 +18,7 @@ class HelpWindow : public QMainWindow {
   void ShowTopic(const QString& topic);
   // The page that is shown.
   QString Topic() const;
-  // All topics there are, in alphabetical order.
+  // All topics, in alphabetical order.
   static QStringList Topics();
 
  protected:

@@ -1,5 +1,5 @@
-// The program's icon, drawn for every size that is asked for: a dark tile with rows of small
-// stones, one of which stands out.
+// The program's icon, drawn for each requested size: a dark tile with rows of small stones, one of
+// which has another colour.
 //
 // Threads  Interface thread.
 #pragma once

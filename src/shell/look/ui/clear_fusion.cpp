@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kFusionDarker = 140;  // percent: what Fusion makes of the window's colour for an edge
+constexpr int kFusionDarker = 140;  // percent: Fusion makes edges this much darker than the window
 constexpr int kBrighterFocus = 170;
 constexpr int kSeparatorGapPx = 6;
 constexpr qreal kCrossShare = 0.45;  // of a tab's button
@@ -31,8 +31,8 @@ QPalette WithEdges(QPalette palette) {
   return palette;
 }
 
-// A cross in the text's colour, on a pale ground under the mouse. Fusion's picture is orange and
-// draws the eye to every tab.
+// A cross in the text's colour, on a pale background under the mouse. Fusion's orange picture draws
+// attention to every tab.
 void DrawTabClose(const QStyleOption& option, QPainter& painter) {
   QColor ink = option.palette.color(QPalette::WindowText);
   const QRectF room(option.rect);
@@ -107,7 +107,7 @@ void ClearFusion::drawPrimitive(PrimitiveElement element, const QStyleOption* op
   QProxyStyle::drawPrimitive(element, drawn ? drawn : option, painter, widget);
 }
 
-// Fusion edges a tool bar with lines of white: on dark colours they are the brightest thing.
+// Fusion draws white lines at the edges of a tool bar, which are too bright on dark colours.
 void ClearFusion::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
   if (element == CE_ToolBar && IsDark(option))
@@ -124,9 +124,9 @@ int ClearFusion::pixelMetric(PixelMetric metric, const QStyleOption* option,
   return std::min(given, std::max(metrics.height() + kTitleRoomPx, kLeastTitlePx));
 }
 
-// Fusion writes the title in the middle, and the buttons of a window without the focus are black,
-// on dark colours on black. There such a window is drawn as one that has it, in the window's colour
-// and paler.
+// Fusion centres the title and draws the buttons of a window without the focus black, which is
+// black on black with dark colours. Here such a window is drawn like one with the focus, but paler
+// and in the window's colour.
 void ClearFusion::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                                      QPainter* painter, const QWidget* widget) const {
   const auto* const given = qstyleoption_cast<const QStyleOptionTitleBar*>(option);

@@ -1,7 +1,7 @@
 // The tool bar's pictures, drawn as paths on a grid of 16 by 16.
 //
-// A picture is drawn anew for the size and pixel ratio that is asked for, in the colours of the
-// application's palette, so that it is sharp and readable in light, dark and disabled.
+// A picture is drawn for the requested size and pixel ratio, in the colours of the application's
+// palette, so that it is sharp and readable in light and dark colours and when disabled.
 //
 // Threads  Interface thread.
 #pragma once

@@ -65,7 +65,7 @@ void DrawSave(QPainter& p, const PictureInk& ink) {
   p.drawLine(QPointF(10, 5.8), QPointF(10, 2.8));
 }
 
-// Three slides at different places.
+// Three sliders at different positions.
 void DrawOptions(QPainter& p, const PictureInk& ink) {
   const qreal knobs[] = {10.5, 5, 9};
   for (int row = 0; row < 3; ++row) {
@@ -92,7 +92,7 @@ void DrawTree(QPainter& p, const PictureInk& ink) {
   p.drawLine(QPointF(13.2, 12.5), QPointF(14.4, 12.5));
 }
 
-// Two rows; from each an arrow leads to the other.
+// Two rows, and an arrow from each to the other.
 void DrawSynchronize(QPainter& p, const PictureInk& ink) {
   QColor fill = ink.accent;
   fill.setAlphaF(fill.alphaF() * 0.35f);

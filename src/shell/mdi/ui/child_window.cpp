@@ -11,7 +11,7 @@
 
 namespace {
 
-// Where Qt has them in a child window's own menu.
+// The positions of these actions in Qt's menu of a child window.
 constexpr int kRestoreAction = 0, kMaximiseAction = 4;
 
 }  // namespace
@@ -29,8 +29,8 @@ ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
   connect(&m_settled, &QTimer::timeout, this, [this] { ReportSize(); });
 }
 
-// Its keys would be known twice: Ctrl+W is the wizard's, Ctrl+F6 the tree's, and those that are
-// shown work for the whole main window.
+// Otherwise its keys would be ambiguous: Ctrl+W is the wizard's, Ctrl+F6 the tree's, and the shown
+// keys work for the whole main window.
 void ChildWindow::TameSystemMenu() {
   const QList<QAction*> actions = systemMenu()->actions();
   for (QAction* action : actions) action->setShortcuts(QList<QKeySequence>());
@@ -57,8 +57,8 @@ void ChildWindow::ShowControl(QWidget* control) {
     m_controls.emplace_back(control);
     m_layout->addWidget(control);
   }
-  // The others go first: two that are seen share the room, and the one that goes would scroll for
-  // half of it.
+  // Hide the others first: two visible controls would share the space, and the one that is hidden
+  // would scroll for half of it.
   for (const auto& other : m_controls) {
     if (other && other != control) other->hide();
   }
@@ -93,7 +93,7 @@ void ChildWindow::changeEvent(QEvent* event) {
   if (m_area.m_changed) m_area.m_changed();
 }
 
-// A main window that comes up maximised does not have its size yet.
+// A main window that opens maximised does not have its size yet.
 QSize ChildWindow::Room() const {
   return window()->isMaximized() ? ScreenRoom(*window()).size() : m_area.contentsRect().size();
 }
@@ -105,7 +105,7 @@ void ChildWindow::BringIntoRoom() {
        std::max(std::min(y(), room.height() - height()), 0));
 }
 
-// When it is seen restored for the first time, be it after it began maximised: the room may have
+// When the window is first shown restored, perhaps after it began maximised: the area may have
 // become smaller meanwhile.
 void ChildWindow::ReportSize() {
   if (!m_child || !isVisible()) return;

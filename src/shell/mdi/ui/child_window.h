@@ -14,15 +14,16 @@
 class ChildWindow : public QMdiSubWindow {
  public:
   ChildWindow(CMDIChildWnd& child, MdiArea& area);
-  // The frame goes: hands the controls back to their views and reports nothing any more.
+  // The frame will be destroyed: gives the controls back to their views and reports nothing any
+  // more.
   void Detach();
 
   // Null after Detach.
   CMDIChildWnd* Child() const { return m_child; }
-  // Makes it the one control to be seen.
+  // Makes it the only visible control.
   void ShowControl(QWidget* control);
   bool IsClosing() const { return m_closing; }
-  // Makes it small enough for the room and moves it there.
+  // Makes the window small enough for the area and moves it there.
   void BringIntoRoom();
 
  protected:
@@ -41,7 +42,8 @@ class ChildWindow : public QMdiSubWindow {
   QWidget* m_room;
   QVBoxLayout* m_layout;
   std::vector<QPointer<QWidget>> m_controls;
-  QTimer m_settled;  // sizes and states come in several events, in any order: looked at afterwards
-  bool m_placed = false;  // seen restored, in the room
+  QTimer
+      m_settled;  // sizes and states come in several events, in any order: checked after the last
+  bool m_placed = false;  // shown restored, inside the area
   bool m_closing = false;
 };

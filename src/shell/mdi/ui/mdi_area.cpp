@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int kDarker = 108;  // percent: the room lies a little deeper than the bars
+constexpr int kDarker = 108;  // percent: the area is a little darker than the bars
 constexpr int kDarkerInDark = 130;
 constexpr qreal kHintScale = 1.25;
 
@@ -29,13 +29,14 @@ MdiArea::MdiArea(QWidget* parent) : QMdiArea(parent) {
 
 void MdiArea::OnActivated(ChildWindow* window) {
   if (!window || !window->Child() || window == m_active) return;
-  m_active = window;  // the frame that was active is told by the main frame
+  m_active = window;  // the main frame notifies the frame that was active
   window->Child()->OnActivate(true);
   if (m_active == window) window->widget()->setFocus();
   if (m_changed) m_changed();
 }
 
-// Left to itself, Qt restores all windows when a maximised one goes, and shows the first one made.
+// By itself Qt restores all windows when a maximised one closes, and shows the one that was made
+// first.
 void MdiArea::Leave(ChildWindow* window) {
   if (m_active == window) {
     m_active = nullptr;
@@ -47,7 +48,7 @@ void MdiArea::Leave(ChildWindow* window) {
   if (m_changed) m_changed();
 }
 
-// Null when there is no other; an icon only where all others are icons.
+// Null when there is no other window; a minimised one only if all others are minimised.
 ChildWindow* MdiArea::UsedBefore(const ChildWindow* window) const {
   ChildWindow* icon = nullptr;
   const QList<QMdiSubWindow*> history = subWindowList(ActivationHistoryOrder);

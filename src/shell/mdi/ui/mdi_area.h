@@ -1,7 +1,7 @@
-// The room for the child windows.
+// The area for the child windows.
 //
-// Tells a child of true changes of activation only: Qt also reports that no window is active while
-// a dialog or another program has the focus.
+// Reports only real changes of activation to a child: Qt also reports that no window is active
+// while a dialog or another program has the focus.
 //
 // Threads  Interface thread.
 #pragma once
@@ -18,12 +18,12 @@ class MdiArea : public QMdiArea {
   ChildWindow* Active() const { return m_active; }
   // The window came to the front.
   void OnActivated(ChildWindow* window);
-  // The window's frame goes. If it is in front, the one used before comes there, as large as this
-  // one is.
+  // The window's frame is destroyed. If it is in front, the window used before comes to the front,
+  // in the same state.
   void Leave(ChildWindow* window);
-  // The windows as tabs over the whole room, or as windows, as large as they were before.
+  // Shows the windows as tabs over the whole area, or as windows of their earlier size.
   void ShowTabs(bool on);
-  // A child was activated, maximised or restored, or has gone.
+  // A child was activated, maximised, restored or destroyed.
   std::function<void()> m_changed;
 
  protected:

@@ -20,7 +20,7 @@ Windows Visible(const QMdiArea& area, bool icons) {
   return windows;
 }
 
-// From the back to the front, each a title bar further down and to the right.
+// From back to front, each a title bar further down and to the right.
 void Cascade(const Windows& windows, const QRect& room) {
   const QSize size = room.size() * 3 / 4;
   int step = 0;
@@ -33,8 +33,8 @@ void Cascade(const Windows& windows, const QRect& room) {
   }
 }
 
-// The front one first. Up to three lie one above the other in full width, which suits long rows;
-// more stand in columns.
+// The front window first. Up to three are one above the other in full width, which suits long rows;
+// more are in columns.
 void Tile(const Windows& windows, const QRect& room) {
   const int count = static_cast<int>(windows.size());
   if (count == 0) return;
@@ -69,7 +69,7 @@ void ArrangeIcons(const Windows& icons, const QRect& room) {
 }  // namespace
 
 void LayOut(QMdiArea& area, WindowLayout layout) {
-  // Scroll bars stand for windows that lie outside, and none will when this is done.
+  // Scroll bars are there for windows outside the area, and afterwards there will be none.
   const QRect room(QPoint(0, 0), area.contentsRect().size());
   QMdiSubWindow* front = area.currentSubWindow();
   switch (layout) {

@@ -7,5 +7,5 @@
 
 #include "docview/frame.h"
 
-// Minimised windows stay out of a cascade and of the tiles; a maximised one is restored for them.
+// Minimised windows are not cascaded or tiled; a maximised one is restored first.
 void LayOut(QMdiArea& area, WindowLayout layout);

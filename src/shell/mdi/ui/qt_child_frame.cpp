@@ -16,14 +16,14 @@ int Wanted(int wantedPx, int roomPx) {
 QtChildFrame::QtChildFrame(CMDIChildWnd& child, MdiArea& area, int widthPx, int heightPx)
     : m_area(area), m_window(new ChildWindow(child, area)) {
   area.addSubWindow(m_window);
-  // A file that the program starts with opens before the main window shows and gives its parts
-  // their sizes by itself.
+  // A file that the program starts with opens before the main window is shown and lays out its
+  // parts.
   if (QLayout* const parts = area.window()->layout()) parts->activate();
   const QSize room = area.contentsRect().size();
   m_window->resize(Wanted(widthPx, room.width()), Wanted(heightPx, room.height()));
 }
 
-// The window may be at work in an event, its own close even: then it goes when that is over.
+// The window may be handling an event, even its own close: then it is destroyed after that.
 QtChildFrame::~QtChildFrame() {
   if (!m_window) return;
   m_window->Detach();
@@ -48,7 +48,7 @@ void QtChildFrame::Show() {
     m_window->showMaximized();
   } else {
     m_window->show();
-    // Qt places a window where it covers the others least, be it mostly outside.
+    // Qt places a window where it covers the others least, even if that is mostly outside.
     m_window->BringIntoRoom();
   }
 }

@@ -1,4 +1,4 @@
-// Qt's face of a child frame.
+// The Qt class of a child frame.
 //
 // Owner    Owned by the frame; owns its window. The controls belong to their views.
 // Threads  Interface thread.

@@ -58,7 +58,7 @@ CDocument* CMultiDocTemplate::OpenDocumentFile(const std::string* path, bool vis
   }
   if (!path) SetDefaultTitle(*document);
   if (path ? !document->OnOpenDocument(*path) : !document->OnNewDocument()) {
-    frame->Destroy();  // with it goes the document, whose last frame it is
+    frame->Destroy();  // destroys the document too, whose last frame it is
     return nullptr;
   }
   if (path) document->SetPathName(*path, true);
@@ -103,7 +103,7 @@ void CMultiDocTemplate::RemoveDocument(CDocument* document) {
   const auto place = std::find_if(m_documents.begin(), m_documents.end(),
                                   [document](const auto& each) { return each.get() == document; });
   if (place == m_documents.end()) return;
-  // Off the list before its destructor runs.
+  // Removed from the list before its destructor runs.
   const std::unique_ptr<CDocument> gone = std::move(*place);
   m_documents.erase(place);
 }

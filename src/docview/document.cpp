@@ -11,8 +11,8 @@
 
 namespace {
 
-// The last part of a file's path. A document without a file may have any text as its path, slashes
-// among it: that stays whole.
+// The last part of a file's path. The path of a document without a file may be any text, even with
+// slashes; such a text is not cut.
 std::string LastPart(const std::string& path) {
   const std::filesystem::path file(path);
   return file.is_absolute() ? file.filename().string() : path;
@@ -64,7 +64,7 @@ bool CDocument::DoFileSave() {
 void CDocument::OnCloseDocument() {
   if (m_closing) return;
   m_closing = true;
-  // A frame's end may end others: the list is taken anew each time.
+  // The end of a frame may end others, so the list is read again each time.
   for (auto frames = Frames(); !frames.empty(); frames = Frames()) frames.front()->Destroy();
   DeleteContents();
   if (m_template) m_template->RemoveDocument(this);  // destroys this
@@ -85,15 +85,15 @@ bool CDocument::DoSave(const std::string* path, bool replace) {
     if (!answer) return false;
     name = answer->path;
   }
-  // A save that failed leaves what it wrote: kept, the file could be the user's original, opened
-  // under another name.
+  // A failed save leaves the part that it wrote: kept, because the file could be the user's
+  // original, opened under another name.
   if (!OnSaveDocument(name)) return false;
   if (replace) SetPathName(name, true);
   return true;
 }
 
 void CDocument::UpdateAllViews(CView* sender, unsigned hint, CObject* object) {
-  // A copy: a view may leave, or another one come, while the views are told.
+  // A copy: views may be added or removed while the views are notified.
   const std::vector<CView*> views = m_views;
   for (CView* const view : views) {
     const bool here = std::find(m_views.begin(), m_views.end(), view) != m_views.end();
@@ -134,7 +134,7 @@ void CDocument::SetPathName(const std::string& path, bool addToRecent) {
   SetTitle(LastPart(path));
   CWinApp* const app = addToRecent && m_template ? m_template->App() : nullptr;
   if (!app) return;
-  // File Open would give a file of a template that it does not know to another one.
+  // File Open would open a file of an unregistered template with another template.
   const auto& known = app->Templates();
   if (std::any_of(known.begin(), known.end(),
                   [this](const auto& each) { return each.get() == m_template; }))

@@ -17,7 +17,7 @@ void CFrameWnd::SetActiveView(CView* view, bool notify) {
   CView* const before = std::exchange(m_activeView, view);
   if (!notify) return;
   if (before) before->OnActivateView(false, view, before);
-  // The loser may have made another view the active one.
+  // The losing view may have activated another view.
   if (view && m_activeView == view) view->OnActivateView(true, view, before);
 }
 

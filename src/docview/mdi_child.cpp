@@ -13,7 +13,7 @@ CMDIChildWnd::CMDIChildWnd(CMDIFrameWnd& parent) : CFrameWnd(parent.GetHost()), 
 CMDIChildWnd::~CMDIChildWnd() {
   m_destroyed = true;
   m_activeView = nullptr;
-  m_views.clear();  // before the face, whose window holds theirs
+  m_views.clear();  // before the face, whose window contains theirs
   m_face.reset();
 }
 
@@ -70,8 +70,8 @@ void CMDIChildWnd::Destroy() {
     }
   }
   CMDIFrameWnd& parent = m_parent;
-  // Behind this line only locals are used: `self` goes with its views and its window. The window
-  // system may answer by activating another child.
+  // After this line only locals are used: `self` is destroyed with its views and its window. The
+  // window system may react by activating another child.
   std::unique_ptr<CMDIChildWnd> self = parent.TakeChild(*this);
   self.reset();
   if (wasActive && !parent.m_activeChild) parent.OnActiveChild(nullptr);

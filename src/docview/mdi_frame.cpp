@@ -42,7 +42,7 @@ std::unique_ptr<CMDIChildWnd> CMDIFrameWnd::TakeChild(CMDIChildWnd& child) {
   return taken;
 }
 
-// The active child may be gone when its handler returns: it is not looked at again.
+// The active child may be destroyed when its handler returns: it is not used again.
 bool CMDIFrameWnd::OnCommand(unsigned id) {
   return (m_activeChild && m_activeChild->OnCommand(id)) || CFrameWnd::OnCommand(id) ||
          m_app.OnCommand(id);

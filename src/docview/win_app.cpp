@@ -9,7 +9,7 @@
 namespace fs = std::filesystem;
 
 namespace {
-// Absolute, with the folder's links resolved, while the file keeps the name that the user knows.
+// Absolute, with links in the folder resolved; the file keeps the name that the user knows.
 std::string FullPath(const std::string& path) {
   std::error_code error;
   const fs::path absolute = fs::absolute(path, error);
@@ -18,7 +18,7 @@ std::string FullPath(const std::string& path) {
   return error ? absolute.string() : (folder / absolute.filename()).string();
 }
 
-// Two names of one file are equal behind this.
+// Two names of one file have equal canonical paths.
 std::string CanonicalPath(const std::string& path) {
   std::error_code error;
   const fs::path canonical = fs::weakly_canonical(path, error);
@@ -106,7 +106,7 @@ CDocument* CWinApp::OpenDocumentFile(const std::string& path) {
   return document;
 }
 
-// Of the document in front, with a slash; empty when it has no file.
+// The folder of the document in front, with a slash; empty when it has no file.
 std::string CWinApp::FolderOfActive() const {
   const CMDIChildWnd* const front = m_mainFrame ? m_mainFrame->MDIGetActive() : nullptr;
   const CDocument* const document = front ? front->GetActiveDocument() : nullptr;

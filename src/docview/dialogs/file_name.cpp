@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kAnyFile = "*";
 
-// "*.c; *.cpp" as "*.c" and "*.cpp".
+// Splits "*.c; *.cpp" into "*.c" and "*.cpp".
 std::vector<std::string_view> PatternsOf(const FileFilter& filter) {
   std::vector<std::string_view> patterns;
   for (std::string_view rest = filter.patterns; !rest.empty();) {

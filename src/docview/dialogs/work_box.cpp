@@ -20,7 +20,7 @@ void CWorkBox::OnInitDialog() {
   m_timer = GetHost().SetTimer(kPauseMs, [this] { OnTick(); });
 }
 
-// A timer may come once more behind the end.
+// A timer may fire once more after the end.
 void CWorkBox::OnTick() {
   if (Ended() || !m_work.DoPiece(LongWork::s_piece)) return;
   StopTimer();

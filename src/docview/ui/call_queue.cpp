@@ -32,7 +32,7 @@ void CallQueue::timerEvent(QTimerEvent*) {
     end = m_posted;
   }
   while (std::function<void()> call = Take(end)) {
-    // Started anew, because a timer does not fire inside its own event: the call may run a loop.
+    // Started again, because a timer does not fire inside its own event: the call may run a loop.
     if (!Empty()) m_turn.start(0, this);
     call();
     m_ran();

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kGapPx = 8;
 constexpr int kDecorationPx = 12;  // of a window manager, beside the title
-constexpr int kFramedMs = 100;     // by then the window manager has told its decoration
+constexpr int kFramedMs = 100;     // by then the window manager has reported its decoration
 
 QSize Decoration(const QWidget& window) {
   return {kDecorationPx,
@@ -33,7 +33,7 @@ bool HoldsButtons(QLayoutItem& item) {
   return false;
 }
 
-// The row of buttons at the end of a column, taken out of it; null when there is none.
+// Removes the row of buttons at the end of a column and returns it; null when there is none.
 QLayoutItem* TakeButtons(QLayout& layout) {
   auto* const column = qobject_cast<QVBoxLayout*>(&layout);
   const int last = column ? column->count() - 1 : -1;
@@ -56,7 +56,7 @@ QRect FocusedRowOnScreen() {
   const QRect whole(control->mapToGlobal(QPoint(0, 0)), control->size());
   QRect line = row->rect().intersected(whole);
   if (line.isEmpty()) return {};
-  line.setLeft(whole.left());  // a cell or a label stands for its row
+  line.setLeft(whole.left());  // a cell or a label is part of a row
   line.setRight(whole.right());
   return line;
 }
@@ -118,7 +118,7 @@ void DialogPlace::BeforeShow() {
     TakeFirstPlace();
 }
 
-// Without a row the dialog stands where Qt puts it, over the middle of its parent.
+// Without a row the dialog opens where Qt puts it, over the middle of its parent.
 void DialogPlace::TakeFirstPlace() {
   const QWidget* const parent = m_dialog.parentWidget();
   const QRect row = FocusedRowOnScreen();

@@ -7,7 +7,7 @@ namespace {
 
 constexpr int kToolTipLetters = 60;
 
-// Where the first line of a longer text ends.
+// The end of the first line of a longer text.
 int BreakIn(const QString& line, int letters) {
   const int blank = static_cast<int>(line.lastIndexOf(u' ', letters));
   if (blank > 0) return blank + 1;

@@ -27,7 +27,7 @@ constexpr int kWidthPx = 720, kHeightPx = 460;
 constexpr int kSideBarMarginPx = 24;
 constexpr int kNameLettersLeast = 20;
 
-// Qt's own looks into files for their kind, and waits with the dialog for what never comes.
+// Qt's own provider reads files to determine their kind, and would block the dialog on a FIFO.
 class UnreadFiles final : public QFileIconProvider {
  public:
   QIcon icon(IconType type) const override { return QFileIconProvider::icon(type); }
@@ -41,14 +41,14 @@ class UnreadFiles final : public QFileIconProvider {
   }
 };
 
-// The dialog's thread uses it until the dialog is gone.
+// The dialog's thread uses it until the dialog is destroyed.
 UnreadFiles& Icons() {
   static UnreadFiles icons;
   return icons;
 }
 
-// Qt takes the patterns from the last parentheses, parted by blanks, and strips those when it shows
-// the filter; the label may have parentheses of its own.
+// Qt takes the patterns from the last parentheses, separated by blanks, and removes those when it
+// shows the filter; the label may have parentheses of its own.
 QString NameFilter(const FileFilter& filter) {
   const QString patterns = QString::fromStdString(filter.patterns);
   QStringList parts;
@@ -80,7 +80,7 @@ QtFileDialog::QtFileDialog(const FileDialogRequest& request, QWidget* parent)
   WidenSideBar();
 }
 
-// As Qt has them, the columns cut sizes and dates.
+// By default the columns cut sizes and dates.
 void QtFileDialog::WidenColumns() {
   m_files = findChild<QTreeView*>(QStringLiteral("treeView"));
   if (!m_files) return;
@@ -96,7 +96,7 @@ void QtFileDialog::WidenColumns() {
   resize(wanted.boundedTo(ScreenRoom(*this).size() * 9 / 10));
 }
 
-// Names have what sizes and dates leave, but never less than can be read: then the list scrolls.
+// Names get the rest of the width, but at least a readable width: then the list scrolls.
 void QtFileDialog::FitNames() {
   QHeaderView& header = *m_files->header();
   const int least = m_files->fontMetrics().averageCharWidth() * kNameLettersLeast;
@@ -112,7 +112,7 @@ bool QtFileDialog::eventFilter(QObject* watched, QEvent* event) {
   return handled;
 }
 
-// As Qt has it, the side bar cuts the names of the places.
+// By default the side bar cuts the names of the places.
 void QtFileDialog::WidenSideBar() {
   const auto* const places = findChild<QListView*>(QStringLiteral("sidebar"));
   auto* const parts = findChild<QSplitter*>(QStringLiteral("splitter"));
@@ -137,7 +137,7 @@ void QtFileDialog::AddBoxes(const std::vector<FileDialogBox>& boxes) {
   grid->addLayout(row, grid->rowCount(), 1, 1, grid->columnCount() - 1);
 }
 
-// The rows of Qt's grid have their places: what is to stand above them takes that of a menu bar.
+// The rows of Qt's grid have fixed positions, so the note is placed where a menu bar would be.
 void QtFileDialog::AddNote(const FileDialogNote& note) {
   if (note.text.empty()) return;
   auto* above = new QWidget(this);
@@ -164,8 +164,8 @@ FileDialogAnswer QtFileDialog::Answer() const {
   return answer;
 }
 
-// What stands in the name's field counts: a file that is still selected in the list would go before
-// it. A folder that is selected there is to be opened.
+// The name in the field counts. A file that is still selected in the list would take precedence
+// over it, and a selected folder would be opened.
 void QtFileDialog::CompleteName() {
   auto* field = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
   auto* files = findChild<QListView*>(QStringLiteral("listView"));
@@ -183,7 +183,7 @@ void QtFileDialog::CompleteName() {
 }
 
 // A folder that cannot be entered would not become the current one, and a file that is made by its
-// bare name would fall into another one.
+// bare name would be made in another one.
 bool QtFileDialog::FolderMayBeUsed() {
   const QFileInfo chosen(selectedFiles().value(0));
   if (chosen.fileName().isEmpty()) return true;

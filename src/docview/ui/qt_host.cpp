@@ -17,7 +17,7 @@
 
 namespace {
 
-// The normal cursor for as long as something waits for the user.
+// Shows the normal cursor while a box or dialog waits for the user.
 class NormalCursor {
  public:
   NormalCursor() : m_needed(QApplication::overrideCursor() != nullptr) {
@@ -33,7 +33,7 @@ class NormalCursor {
   const bool m_needed;
 };
 
-// "CFindDialog": by its class, as the face is found by it.
+// "CFindDialog": by its class, which also determines the face.
 std::string NameOf(const CDialog& dialog) {
   const std::unique_ptr<char, void (*)(void*)> name(
       abi::__cxa_demangle(typeid(dialog).name(), nullptr, nullptr, nullptr), std::free);
@@ -45,7 +45,7 @@ class ModelessFace final : public DialogFace {
   explicit ModelessFace(QtDialogFace* face) : m_face(face) {}
   ~ModelessFace() override {
     if (!m_face) return;
-    // Later: it may be one of the window's own events that ends the dialog.
+    // Later: one of the window's own events may be ending the dialog.
     m_face->Detach();
     m_face->deleteLater();
   }
@@ -60,7 +60,7 @@ class ModelessFace final : public DialogFace {
 }  // namespace
 
 QtHost::QtHost() : m_calls([this] { CloseEndedFaces(); }) {
-  // QApplication takes over the user's locale; numbers in our texts keep their point.
+  // QApplication uses the user's locale; numbers in our texts keep their decimal point.
   std::setlocale(LC_NUMERIC, "C");
 }
 
@@ -86,7 +86,7 @@ BoxAnswer QtHost::MessageBox(const MessageBoxRequest& request) {
   const QPointer<QtMessageBox> box = new QtMessageBox(request, ParentForDialog());
   box->setWindowModality(Qt::ApplicationModal);
   box->exec();
-  // Its parent may have gone meanwhile, and the box with it.
+  // Its parent may have been destroyed meanwhile, and the box with it.
   if (!box) return QtMessageBox::Unanswered(request.buttons);
   const BoxAnswer answer = box->Answer();
   delete box;
@@ -100,8 +100,8 @@ void QtHost::PostBox(MessageBoxRequest request, std::function<void()> closed) {
 }
 
 void QtHost::ShowBox(const MessageBoxRequest& request, std::function<void()> closed) {
-  // No parent, so that it goes with no window; transient for a modal dialog that is up, so that it
-  // can be answered beside it.
+  // No parent, so that no window destroys it; transient for an open modal dialog, so that it can be
+  // answered beside it.
   auto* box = new QtMessageBox(request, nullptr);
   box->setWindowModality(Qt::NonModal);
   box->winId();
@@ -189,8 +189,8 @@ TimerId QtHost::SetTimer(unsigned milliseconds, std::function<void()> tick) {
 void QtHost::OnTick(TimerId id) {
   const auto timer = m_timers.find(id);
   if (timer == m_timers.end()) return;
-  // Started anew, because a timer does not fire inside its own event: the tick may open a dialog,
-  // and time goes on there.
+  // Started again, because a timer does not fire inside its own event, and the tick may open a
+  // dialog.
   timer->second.clock->start();
   const std::function<void()> tick = timer->second.tick;
   tick();
@@ -200,7 +200,7 @@ void QtHost::OnTick(TimerId id) {
 void QtHost::KillTimer(TimerId id) {
   auto timer = m_timers.extract(id);
   if (timer.empty()) return;
-  // Later: it may be killed by its own tick.
+  // Later: its own tick may be killing it.
   timer.mapped().clock->stop();
   timer.mapped().clock.release()->deleteLater();
 }

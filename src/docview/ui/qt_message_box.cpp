@@ -69,7 +69,7 @@ QtMessageBox::QtMessageBox(const MessageBoxRequest& request, QWidget* parent)
   MakeRoomForTitle();
 }
 
-// The library makes a box as wide as its text: one of two words would be a narrow strip, and the
+// The library makes a box as wide as its text: a box with two words would be very narrow, and the
 // window manager would cut its title.
 void QtMessageBox::MakeRoomForTitle() {
   auto* const grid = qobject_cast<QGridLayout*>(layout());

@@ -23,7 +23,7 @@ WorkBoxFace::WorkBoxFace(CWorkBox& dialog, QWidget* parent)
   auto* cancel = new QPushButton("Cancel", this);
   cancel->setObjectName(QString::number(CDialog::kIdCancel));
   cancel->setAccessibleName("Cancel");
-  // The Enter that began the work may still be on its way here.
+  // The Enter that started the work may still be in the event queue.
   cancel->setAutoDefault(false);
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
   auto* layout = new QVBoxLayout(this);

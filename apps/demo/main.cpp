@@ -1,4 +1,4 @@
-// A traced application to look at.
+// An example of a traced application.
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -16,7 +16,7 @@ constexpr int kExitLost = 1;
 constexpr int kExitWrong = 2;
 constexpr unsigned kFlushMs = 500;
 
-// Until the time is over (0: never) or the program is interrupted. REQUIRES: the signals are
+// Returns when the time is over (0: never) or the program is interrupted. REQUIRES: the signals are
 // blocked in all threads.
 void WaitForEnd(const sigset_t& signals, double seconds) {
   if (seconds == 0) {

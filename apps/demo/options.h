@@ -1,4 +1,4 @@
-// What the command line of quor-demo asks for.
+// The command line of quor-demo.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ struct DemoOptions {
   unsigned threads = 3;
   bool help = false;
   bool version = false;
-  std::string wrong;  // words for a person; empty when all is good
+  std::string wrong;  // the error message; empty if there is none
 };
 
 // `arguments` without the program's name.

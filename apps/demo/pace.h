@@ -1,4 +1,4 @@
-// How fast one worker goes, and when it ends.
+// The speed of one worker, and when it ends.
 //
 // Threads  A Pace belongs to one worker. Stop may be asked for from any thread.
 #pragma once
@@ -10,7 +10,7 @@
 class StopSign {
  public:
   void Ask();
-  // Waits until then, or until it is asked for. True: the worker is to end.
+  // Waits until then, or until a stop is requested. True: the worker must end.
   bool WaitUntil(std::chrono::steady_clock::time_point when);
 
  private:
@@ -23,8 +23,7 @@ class Pace {
  public:
   // `perSecond` 0: no pause.
   Pace(StopSign& stop, double perSecond);
-  // Waits until so many traces are due. A worker that comes late does not catch up more than a
-  // quarter of a second.
+  // Waits until so many traces are due. A late worker catches up at most a quarter of a second.
   void Wait(int traces = 1);
   bool Stopped() const { return m_stopped; }
 
@@ -33,6 +32,6 @@ class Pace {
   StopSign& m_stop;
   const double m_secondsPerTrace;
   Clock::time_point m_due = Clock::now();
-  unsigned m_unlooked = 0;  // traces since the stop sign was last looked at
+  unsigned m_unlooked = 0;  // traces since the stop sign was last checked
   bool m_stopped = false;
 };

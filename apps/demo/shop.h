@@ -1,4 +1,4 @@
-// The shop that quor-demo acts: workers that take requests and trace what they do.
+// The shop that quor-demo simulates: workers that handle requests and trace their work.
 #pragma once
 
 #include "pace.h"

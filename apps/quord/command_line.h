@@ -1,7 +1,7 @@
-// What the command line of quord says.
+// The command line of quord.
 //
-// Errors   Wrong use is told on standard error, help and version on standard output; then there is
-//          no command, only an exit status.
+// Errors   For wrong use a message goes to standard error, for help and version the text goes to
+//          standard output. In these cases there is no command, only an exit status.
 #pragma once
 
 #include <optional>

@@ -1,9 +1,9 @@
-// The commands of quord. Each gives an exit status.
+// The commands of quord. Each returns an exit status.
 #pragma once
 
 #include "command_line.h"
 
-// Says why a command failed, on standard error, and gives its exit status.
+// Prints why a command failed to standard error, and returns its exit status.
 int Fail(const std::string& why);
 
 int Serve(const ServeCommand& command);
@@ -11,5 +11,5 @@ int KeysInit(const KeysInitCommand& command);
 int KeysIssue(const KeysIssueCommand& command);
 int Status(const StatusCommand& command);
 
-// The socket in this folder, or where this user's service is by default.
+// The socket in this folder, or by default that of this user's service.
 std::string SocketPathIn(const std::string& folder);

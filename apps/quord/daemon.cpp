@@ -1,4 +1,4 @@
-// Serve: the service, here or in the background.
+// The command to serve: runs the service, in the foreground or in the background.
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -23,7 +23,7 @@ std::string Environment(const char* name) {
   return value ? value : "";
 }
 
-// A service on a socket of its own has state of its own.
+// A service on a socket of its own has a state of its own.
 std::string StateFolder(const ServeCommand& command, const std::string& socketPath) {
   if (!command.stateFolder.empty()) return command.stateFolder;
   if (std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
@@ -37,7 +37,7 @@ std::string StateFolder(const ServeCommand& command, const std::string& socketPa
   return FolderOf(socketPath) + "/state";
 }
 
-// In the background the service leaves the folder that it was started in.
+// In the background the service changes its working directory.
 std::string Absolute(const std::string& path) {
   std::error_code ignored;
   const std::string absolute = std::filesystem::absolute(path, ignored).string();
@@ -56,7 +56,7 @@ ServiceOptions OptionsOf(const ServeCommand& command) {
   return options;
 }
 
-// To the service manager, if one waits for it.
+// Notifies the service manager, if one waits for it.
 void SayReady() {
   const std::string path = Environment("NOTIFY_SOCKET");
   sockaddr_un address{};
@@ -72,7 +72,7 @@ void SayReady() {
   close(socket);
 }
 
-// Standard error goes to a file beside the state or, when there can be none, beside the socket.
+// Redirects standard error to a file in the state folder or, if there is none, beside the socket.
 void Detach(const ServiceOptions& options) {
   setsid();
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -84,7 +84,7 @@ void Detach(const ServiceOptions& options) {
   if (chdir("/") != 0) return;
 }
 
-// The parent waits until the child serves or has said why not.
+// The parent waits until the child serves or has reported a failure.
 int ServeInBackground(const ServeCommand& command) {
   int ready[2];
   if (pipe2(ready, O_CLOEXEC) != 0) return Fail(std::strerror(errno));
@@ -117,7 +117,7 @@ std::string SocketPathIn(const std::string& folder) {
 
 int Serve(const ServeCommand& command) {
   SetLogLevel(command.logLevel);
-  umask(077);  // state, log and sockets are this user's alone
+  umask(077);  // only this user may read state, log and sockets
   if (!command.foreground && Environment("LISTEN_FDS").empty()) return ServeInBackground(command);
   Service service(OptionsOf(command));
   std::string why;

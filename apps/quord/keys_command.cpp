@@ -46,7 +46,8 @@ int KeysIssue(const KeysIssueCommand& command) {
                  RoleOf(command.role).value_or(quor::wire::ROLE_NONE), to, &why,
                  command.days == 0 ? kKeyDays : command.days, server))
     return Fail(why);
-  // A server's keys lie where its service looks for them; its client's do there as well.
+  // Keys of a server are in the folder where its service looks for them, and so are its client
+  // keys.
   const bool beside = command.role == "forward" && command.hosts.empty();
   std::printf("%s holds what %s needs to %s%s. Copy it to that machine's %s.\n", to.c_str(),
               command.name.c_str(), command.role.c_str(),

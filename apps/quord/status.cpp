@@ -1,4 +1,4 @@
-// quord status: asks the local service who is here.
+// quord status: asks the local service for its applications and problems.
 #include <unistd.h>
 
 #include <asio/io_context.hpp>
@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kPatience{3000};
 
-// Says hello, asks once, and is done.
+// Sends a hello and one request.
 class Question final : public Connection::Handler {
  public:
   explicit Question(asio::io_context& io) : m_io(io) {}

@@ -1,4 +1,4 @@
-// The options that the program itself takes; the application gets the rest.
+// The options that the program itself handles; the application gets the rest.
 #pragma once
 
 #include <QSize>
@@ -14,16 +14,16 @@ struct ProgramOptions {
   std::string monitor;   // the machine whose traces to show, empty for none
   QSize size;            // of the main window; empty for the stored one
   std::vector<std::string> rest;
-  std::string wrong;  // not empty: what is wrong with the arguments
+  std::string wrong;  // the error message; empty if there is none
 };
 
-// `arguments` without the program's name. Options that are not known go to the rest.
+// `arguments` without the program's name. Unknown options go to the rest.
 ProgramOptions ParseProgramOptions(const std::vector<std::string>& arguments);
 
-// What is wrong with a rest from which the window system has taken its own options: an option that
-// nobody knows, a second file. Empty when it is good.
+// The error in a rest from which the window system has removed its own options: an unknown option,
+// a second file. Empty if there is none.
 std::string WrongRest(const std::vector<std::string>& rest);
-// What is wrong with a settings file, one that may not exist yet; empty when it is good.
+// The error of a settings file, which need not exist yet; empty if there is none.
 std::string UnusableSettings(const std::string& path);
 
 const char* UsageText();

@@ -79,7 +79,7 @@ void DialogScenes::Filter() {
   });
 }
 
-// What is left of the list without its first severity, and back.
+// The list without its first severity, and with it again.
 void DialogScenes::FilterPart() {
   const auto toggleInfo = [](QWidget& dialog) {
     auto* const tree = dialog.findChild<QTreeView*>();

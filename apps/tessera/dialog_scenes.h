@@ -5,7 +5,7 @@
 
 class DialogScenes {
  public:
-  // Both outlive this. `source` is a file of program text; file dialogs show `folder`.
+  // Both outlive this. `source` is a file with program text; file dialogs show `folder`.
   DialogScenes(CTesseraApp& tessera, ShotScenes& scenes, QString source, QString folder);
 
   // REQUIRES: a trace list in front, with a focused row.
@@ -18,7 +18,7 @@ class DialogScenes {
   void SaveFileDialog(unsigned command, const QString& name);
   void Source();
   void Locate();
-  // Answers what the command brings up, which may be two dialogs one over the other.
+  // Answers the dialogs of the command, which may be two, one over the other.
   void Run(unsigned command, std::function<void(QWidget&)> act);
 
   CTesseraApp& m_tessera;

@@ -1,4 +1,4 @@
-// The desktop monitor's start: options, application object, host, event loop.
+// The start of the desktop monitor: options, application object, host, event loop.
 #include <unistd.h>
 #include <QApplication>
 #include <clocale>
@@ -42,8 +42,8 @@ int WrongUse(const std::string& what) {
   return kExitWrong;
 }
 
-// Qt ends a program that cannot reach its display by an abort; a user gets a word and a status. Its
-// remarks without a category tell of the platform what no user can change.
+// Qt aborts a program that cannot reach its display; here the user gets a message and an exit
+// status. Qt's messages without a category are about the platform, and no user can act on them.
 void OnQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
   const bool remark = !context.category || std::strcmp(context.category, "default") == 0;
   if (remark && type != QtCriticalMsg && type != QtFatalMsg) return;
@@ -53,7 +53,7 @@ void OnQtMessage(QtMsgType type, const QMessageLogContext& context, const QStrin
   _exit(kExitWrong);
 }
 
-// The window is silent about a file that it cannot open; a terminal is told why.
+// The window shows no message for a file that it cannot open; the terminal does.
 void TellWhyNotOpened(const std::vector<std::string>& arguments) {
   const std::string path = CWinApp::ParseCommandLine(arguments).file;
   const std::string unreadable = WhyUnreadable(path);
@@ -76,8 +76,8 @@ int Run(const ProgramOptions& options) {
   QtHost host;
   QtShellFaces faces(host, [] { QCoreApplication::exit(0); });
   CTesseraApp tessera(host, faces);
-  // Ends all loops, those of open dialogs too; the documents are closed with the application, which
-  // stops their threads.
+  // Ends all loops, including those of open dialogs. The end of the application closes the
+  // documents, which stops their threads.
   const SignalPipe signalPipe([] {
     ConversionUnderWay::GiveUpAll();
     g_quickClose = true;
@@ -123,11 +123,11 @@ int main(int argc, char** argv) {
   QApplication::setApplicationVersion(QStringLiteral("3.1.0"));
   QApplication::setDesktopFileName(QStringLiteral("tessera"));
   QApplication application(argc, argv);
-  std::setlocale(LC_NUMERIC, "C");                       // QApplication takes over the user's
-  options = ParseProgramOptions(Arguments(argc, argv));  // without what Qt took
+  std::setlocale(LC_NUMERIC, "C");                       // QApplication sets the user's locale
+  options = ParseProgramOptions(Arguments(argc, argv));  // without the options that Qt has removed
   for (const std::string& wrong : {WrongRest(options.rest), UnusableSettings(options.settings)})
     if (!wrong.empty()) return WrongUse(wrong);
-  // The end is the main frame's to tell: a box that closes before it stands ends nothing.
+  // Only the main frame ends the program: a box that closes before the frame exists must not.
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setWindowIcon(AppIcon());
   if (options.dark)

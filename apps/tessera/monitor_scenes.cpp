@@ -55,7 +55,7 @@ void MonitorScenes::Query() {
   m_scenes.SaveModal(ID_FILE_NEWMONITOR, QStringLiteral("monitor-query"));
 }
 
-// The file dialog is answered as a person would; the check mark shows in the menu.
+// Answers the file dialog like a user; the menu then shows the check mark.
 void MonitorScenes::Capturing() {
   const QString before = QDir::currentPath();
   m_scenes.Answer([this](QWidget& dialog) {
@@ -74,7 +74,7 @@ void MonitorScenes::Capturing() {
   Save(QStringLiteral("capturing"));
   m_scenes.SaveMenu(QStringLiteral("File"), QStringLiteral("monitor-capturing-menu"));
   m_tessera.Frame()->OnCommand(ID_FILE_CAPTURE);
-  QDir::setCurrent(before);  // the dialog made its folder the current one
+  QDir::setCurrent(before);  // the dialog has changed the current folder
 }
 
 void MonitorScenes::Filtered() {

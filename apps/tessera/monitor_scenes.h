@@ -9,7 +9,7 @@ class CTraceView;
 
 class MonitorScenes {
  public:
-  // All of them outlive this.
+  // All of them must outlive this.
   MonitorScenes(CTesseraApp& tessera, ShotScenes& scenes, Replay& traces, QString folder);
 
   void Light();

@@ -35,7 +35,7 @@ QPalette DarkPalette() {
   for (const auto role :
        {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
     dark.setColor(QPalette::Disabled, role, faint);
-  // The style engraves disabled texts with it.
+  // The style uses it for the shadow of disabled texts.
   dark.setColor(QPalette::Disabled, QPalette::Light, Qt::transparent);
   dark.setColor(QPalette::Inactive, QPalette::Highlight, QColor(0x43, 0x45, 0x4a));
   dark.setColor(QPalette::Disabled, QPalette::Highlight, accent.darker());

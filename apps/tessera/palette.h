@@ -1,9 +1,9 @@
 // Style and colours of the program.
 #pragma once
 
-// Switches the whole program to the Fusion style, dark (for systems that do not tell of such
+// Switches the whole program to the Fusion style, dark (for systems that do not report such
 // colours) or light.
 void UseFusion(bool dark);
 
-// Style and colours as the system has them; Fusion becomes the program's own form of it.
+// Uses the system's style and colours; Fusion is replaced by the program's own variant.
 void UseSystemStyle();

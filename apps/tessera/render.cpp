@@ -53,7 +53,7 @@ BoxAnswerer::~BoxAnswerer() {
 bool WaitForLoads(CTesseraApp& tessera) {
   QElapsedTimer clock;
   clock.start();
-  int quiet = 0;  // looks in a row without a load: the window paints and updates in between
+  int quiet = 0;  // consecutive checks without a load: the window paints and updates in between
   while (quiet < 3 && clock.elapsed() < kPatienceMs) {
     QEventLoop loop;
     QTimer::singleShot(kLookMs, &loop, &QEventLoop::quit);
@@ -85,7 +85,7 @@ bool WaitForTraces(CTesseraApp& tessera) {
 bool RenderMainWindow(CTesseraApp& tessera, const QString& path) {
   const auto* face = dynamic_cast<const QtMainFrame*>(tessera.Frame()->Face());
   if (!face) return false;
-  // One window fills the room.
+  // One window fills the area.
   tessera.Frame()->OnCommand(ID_WINDOW_TILE_HORZ);
   // Its new size reaches the scroll bars in later turns of the loop.
   WaitForLoads(tessera);

@@ -1,12 +1,12 @@
-// A picture of the main window without anyone at the screen.
+// Makes a picture of the main window without a user.
 #pragma once
 
 #include <QString>
 
 class CTesseraApp;
 
-// While it stands, boxes and dialogs are told on standard error and answered by their default, so
-// that a program nobody watches does not wait for an answer.
+// While it exists, boxes and dialogs are printed to standard error and answered by their default,
+// so that a program without a user does not wait for an answer.
 class BoxAnswerer {
  public:
   BoxAnswerer();
@@ -18,12 +18,12 @@ class BoxAnswerer {
   class QTimer* m_timer;
 };
 
-// Runs the event loop until no document is loading and the window has settled; false when that
-// takes longer than ten minutes.
+// Runs the event loop until no document is loading and the window is up to date; false after ten
+// minutes.
 bool WaitForLoads(CTesseraApp& tessera);
 
-// Runs the event loop until every open monitor holds more than a page of traces; false after 10 s.
+// Runs the event loop until every open monitor has more than a page of traces; false after 10 s.
 bool WaitForTraces(CTesseraApp& tessera);
 
-// Writes the main window as it stands.
+// Writes a picture of the main window.
 bool RenderMainWindow(CTesseraApp& tessera, const QString& path);

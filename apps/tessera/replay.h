@@ -1,7 +1,7 @@
-// A trace file played as live traces, for pictures of a monitor that need neither service nor time.
+// Plays a trace file as live traces, for pictures of a monitor without service and waiting.
 //
-// Owner    Outlives the connections of its Connector, and the traces that they gave out: those
-//          borrow the file's bytes.
+// Owner    Outlives the connections of its Connector, and the traces that they gave out, because
+//          those refer to the file's bytes.
 // Threads  Interface thread.
 #pragma once
 
@@ -19,7 +19,8 @@ class Replay {
   explicit Replay(const std::string& path);
 
   CTraceRealtimeDoc::Connector Connector();
-  // So many more of the file's traces wait for the next drain; behind the last comes the first.
+  // So many further traces of the file arrive for the next drain; after the last one comes the
+  // first.
   void Arrive(std::size_t traces);
 
  private:

@@ -84,7 +84,7 @@ void ShotScenes::File(const std::string& path) {
   Save(Window(), QStringLiteral("main-file"));
 }
 
-// A menu is a window of its own: painted where it lies over the main window.
+// A menu is a separate window: painted at its position over the main window.
 void ShotScenes::Menu() {
   for (const QAction* title : FaceOf(m_tessera).Window().menuBar()->actions()) {
     const QString text = title->text().remove(QLatin1Char('&'));

@@ -1,4 +1,4 @@
-// The scenes of the pictures: the real windows in a state worth a look.
+// The scenes of the pictures: the real windows in useful states.
 #pragma once
 
 #include <QString>
@@ -20,7 +20,7 @@ class ShotScenes {
   void Menu();
   void PopUp();
   void Maximised();
-  // Looks for numbers in the view in front.
+  // Searches for numbers in the view in front.
   void Hits(const QString& name);
   void Tiled(const std::string& second);
   void Options();
@@ -28,15 +28,15 @@ class ShotScenes {
   void Help(const QStringList& topics);
   void Progress(const std::string& path);
 
-  // All pictures from here on are dark, and named so.
+  // From now on all pictures are dark, and have "dark" in their names.
   void UseDark();
   bool Good() const { return m_good; }
 
-  // What other scenes are made of.
+  // Helpers for other scenes.
   QWidget& Window();
-  void Settle();  // the window takes in what has changed
+  void Settle();  // lets the window process all changes
   void Save(QWidget& widget, const QString& name);
-  // Does this with the next modal dialog, once it stands.
+  // Does this with the next modal dialog, once it is open.
   void Answer(std::function<void(QWidget&)> act);
   void SaveModal(unsigned command, const QString& name);
   void SaveMenu(const QString& title, const QString& name);

@@ -30,7 +30,7 @@ bool SaveIcons(const QString& folder) {
   return good;
 }
 
-// What dialogs and status bar show: nobody's own folders.
+// The home folder that dialogs and status bar show: neutral, not the user's own.
 QString MakeHome(const QTemporaryDir& scratch) {
   const QString home = scratch.filePath(QStringLiteral("ada"));
   QDir().mkdir(home);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
-// Written by the handler, which may use nothing but write.
+// Written by the handler, which may only call write.
 volatile int g_writeEnd = -1;
 
 extern "C" void OnSignal(int) {
@@ -40,7 +40,7 @@ SignalPipe::SignalPipe(std::function<void()> asked) : m_toldTo(std::move(asked))
   for (const int signal : kSignals) {
     struct sigaction before = {};
     sigaction(signal, &action, &before);
-    // Started by nohup: the closed terminal is to mean nothing.
+    // Started by nohup: closing the terminal must have no effect.
     if (signal == SIGHUP && before.sa_handler == SIG_IGN) sigaction(signal, &before, nullptr);
   }
 }

@@ -1,9 +1,9 @@
-// SIGTERM, SIGINT, SIGHUP when the terminal closes, and the word of the session's manager that the
-// session ends: as events of the interface thread.
+// Turns SIGTERM, SIGINT, SIGHUP (when the terminal closes) and the end of the session into events
+// of the interface thread.
 //
 // Owner    One object in the program, on the interface thread.
-// Errors   Without a pipe the signals keep their default effect. The session's word then is the
-//          window system's alone, which closes the windows as a person does.
+// Errors   Without a pipe the signals keep their default effect. The end of the session is then
+//          handled only by the window system, which closes the windows like a user.
 #pragma once
 
 #include <QObject>

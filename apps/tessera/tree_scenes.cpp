@@ -12,7 +12,7 @@ namespace {
 constexpr int kDeep = 60;
 constexpr std::uint32_t kMillion = 1000000;
 
-// One thread's traces in a file.
+// A file with the traces of one thread.
 class OneThread {
  public:
   explicit OneThread(const std::string& path)
@@ -36,7 +36,7 @@ class OneThread {
   std::uint32_t m_count = 0;
 };
 
-// The items down the first path of the tree.
+// Opens the items on the first path of the tree.
 void OpenFirst(CProcView& view, int levels) {
   TreeItem item = view.Tree().Walk(0, TreeStep::FirstChild);
   for (int level = 0; item && level < levels; ++level) {

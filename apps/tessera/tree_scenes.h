@@ -8,7 +8,7 @@ class CProcView;
 
 class TreeScenes {
  public:
-  // All of them outlive this. `file` is a trace file, `folder` is for files of its own.
+  // All of them must outlive this. `file` is a trace file, `folder` is for the scenes' own files.
   TreeScenes(CTesseraApp& tessera, ShotScenes& scenes, Replay& traces, std::string file,
              QString folder);
 

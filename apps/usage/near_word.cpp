@@ -6,12 +6,12 @@
 namespace {
 
 constexpr std::size_t kFar = std::numeric_limits<std::size_t>::max();
-// Of longer words only the capitals are compared: letter by letter takes the product of the
+// Longer words are compared only by their capitals: comparing letters costs the product of the
 // lengths.
 constexpr std::size_t kMostLetters = 128;
 constexpr std::size_t kMostTold = 3;
 
-// Without the dashes of an option and without capitals.
+// Without the dashes of an option, in small letters.
 std::string Folded(std::string_view word) {
   std::string folded;
   for (const char c : word)
@@ -20,7 +20,7 @@ std::string Folded(std::string_view word) {
   return folded;
 }
 
-// How many letters are changed, missing, surplus or swapped with their neighbour.
+// The number of letters that are changed, missing, surplus or swapped with their neighbour.
 std::size_t Distance(const std::string& a, const std::string& b) {
   std::vector<std::size_t> before(b.size() + 1), last(b.size() + 1), row(b.size() + 1);
   for (std::size_t j = 0; j <= b.size(); ++j) last[j] = j;
@@ -48,7 +48,7 @@ std::size_t Farness(const std::string& word, const std::string& known) {
   if (std::max(word.size(), known.size()) > kMostLetters) return kFar;
   const std::size_t distance = Distance(word, known);
   if (distance <= Allowed(least)) return distance;
-  // Behind all that is nearly the same.
+  // After all words that are nearly the same.
   const bool goesOn = word.size() > 1 && known.compare(0, word.size(), word) == 0;
   return goesOn ? kMostLetters + distance : kFar;
 }
@@ -60,7 +60,7 @@ std::vector<std::string> NearWords(std::string_view word, const std::vector<std:
   const std::string folded = Folded(word);
   std::size_t best = kFar - 1;
   for (const std::string& candidate : known) {
-    if (candidate == word) continue;  // it would be no help
+    if (candidate == word) continue;  // would not help
     const std::size_t farness = Farness(folded, Folded(candidate));
     if (farness > best) continue;
     if (farness < best) nearest.clear();

@@ -1,7 +1,8 @@
-// Finds what was meant by a word that is nearly right.
+// Finds the words that a mistyped word may mean.
 //
-// Near is a word of other capitals, with a few letters changed, missing, surplus or swapped (none
-// in two letters, one in four, two in eight, three in more), or one that only goes on.
+// A word is near if only its capitals differ, if a few letters are changed, missing, surplus or
+// swapped (none of two letters, one of four, two of eight, three of more), or if it only continues
+// the word.
 //
 // Threads  Pure.
 #pragma once

@@ -8,9 +8,9 @@
 namespace {
 
 constexpr std::size_t kHelpColumns = 80;
-constexpr std::size_t kHelpIndent = 26;  // of what is said beside an option
+constexpr std::size_t kHelpIndent = 26;  // of the text beside an option
 
-// With line ends in the place of blanks, for the columns beside the options.
+// Replaces blanks by line ends, for the column beside the options.
 std::string Wrapped(const std::string& text) {
   std::string wrapped;
   std::size_t used = 0;
@@ -49,7 +49,7 @@ class PlainHelp final : public CLI::Formatter {
     if (isPositional && !option->get_option_text().empty()) return option->get_option_text();
     return CLI::Formatter::make_option_name(option, isPositional);
   }
-  // The kind of value, without how often it may come: the text beside it says that.
+  // The kind of value, without its number: the text beside it says that.
   std::string make_option_opts(const CLI::Option* option) const override {
     const bool valued = !option->get_positional() && option->get_type_size() != 0;
     return valued && !option->get_type_name().empty() ? " " + option->get_type_name() : "";
@@ -91,8 +91,8 @@ std::string NoSuchCommand(const CLI::App& app, const std::string& word) {
   return "there is no command " + Quoted(word) + DidYouMean(word, known);
 }
 
-// What stands in the line and is not known; "" when all is. A mistyped option is told before an
-// argument that is missing because of it.
+// The unknown word of the command line; "" when there is none. A mistyped option is reported rather
+// than an argument that is missing because of it.
 std::string Unknown(const CLI::App& app, bool surplus) {
   const bool choosing = app.get_subcommands().empty() && !app.get_subcommands({}).empty();
   for (const std::string& word : app.remaining()) {
@@ -113,7 +113,7 @@ std::string Missing(const std::string& words) {
   return words.substr(0, at) + " needs " + words.substr(type, stop - type);
 }
 
-// "WORDS is required", when the help calls it otherwise.
+// "WORDS is required", with the name that the help uses.
 std::string Required(const CLI::App& app, const std::string& words) {
   if (words == "A subcommand is required") return "a command is needed";
   for (const CLI::Option* const option : app.get_options())

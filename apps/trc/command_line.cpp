@@ -58,7 +58,7 @@ std::vector<Column> ReadColumns(const std::string& list) {
   return columns;
 }
 
-// Those that a list shows at first, and the time.
+// The columns that a list shows at first, and the time.
 std::vector<Column> DefaultColumns() {
   std::vector<Column> columns;
   for (const std::int32_t index : kDefaultColumnOrder) {
@@ -74,7 +74,7 @@ class Parser {
  public:
   Parser() {
     UsePlainHelp(m_app);
-    m_app.require_subcommand(0, 1);  // none is refused with better words than the library's
+    m_app.require_subcommand(0, 1);  // a missing command gets a better message than the library's
     m_app.set_version_flag("-V,--version", "trc " TESSERA_VERSION, "Print the version and exit");
     m_app.footer(
         "Examples:\n"

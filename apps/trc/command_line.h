@@ -1,6 +1,6 @@
 // The command line of trc.
 //
-// Errors   Wrong use: words on standard error, and only the status is set.
+// Errors   Wrong use: a message on standard error, and only the status is set.
 #pragma once
 
 #include <functional>
@@ -16,13 +16,13 @@
 #include "commands/save.h"
 #include "commands/tree.h"
 
-// A command that speaks with a running service, ready to be run.
+// A command that talks to a running service, ready to run.
 using LiveCommand = std::function<int()>;
 using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, ConvertOptions,
                                 ExportOptions, FindOptions, TreeOptions, LiveCommand>;
 
 struct ParsedCommandLine {
-  std::optional<TrcCommand> command;  // none: nothing is left to do
+  std::optional<TrcCommand> command;  // none: nothing to do
   int status = 0;                     // the exit status then
 };
 

@@ -17,7 +17,7 @@ int Refuse(const std::string& path, const std::string& words) {
   return kExitBad;
 }
 
-// What the new file could not take over.
+// Reports what the new file cannot hold.
 void TellLosses(const std::string& in, const OldConversion& result) {
   const auto tell = [&in](std::uint64_t number, const char* one, const char* many) {
     if (number == 0) return;

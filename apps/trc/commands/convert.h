@@ -1,4 +1,4 @@
-// trc convert: a file of the older format, written anew in the current one.
+// trc convert: writes the traces of a file of the older format in the current one.
 #pragma once
 
 #include <string>

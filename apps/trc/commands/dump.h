@@ -1,4 +1,4 @@
-// trc dump: the traces of a file, as lines for a person or for a program.
+// trc dump: the traces of a file, as lines for users or for programs.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +23,7 @@ struct DumpOptions {
   FilterPaths filter;
 };
 
-// Rows [from, to) of what is shown, as far as there are any.
+// Rows [from, to) of the shown traces, as far as they exist.
 struct DumpRange {
   ShownTraces& traces;
   std::size_t from, to;
@@ -34,7 +34,7 @@ struct DumpRange {
 
 int RunDump(const DumpOptions& options);
 
-// The formats. Both stop when the output wants no more.
+// The formats. Both stop when the output cannot take more.
 void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress);
 void DumpAsText(const DumpRange& range, const DumpOptions& options, Output& output,
                 ProgressLine& progress);

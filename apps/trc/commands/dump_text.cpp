@@ -15,7 +15,7 @@ struct Cell {
   std::size_t width;
 };
 
-// Where a cell depends on one 16-bit number alone, that number.
+// The 16-bit number on which alone a cell depends, if there is one.
 std::optional<std::uint16_t> KeyOf(Column column, const TraceEvent_i& trace) {
   switch (column) {
     case Column::Sev:
@@ -38,7 +38,7 @@ std::optional<std::uint16_t> KeyOf(Column column, const TraceEvent_i& trace) {
   }
 }
 
-// The cells of one column. Those of names are made once per name.
+// The cells of one column. Cells with a name are made once per name.
 class CellColumn {
  public:
   CellColumn(Column column, const DumpRange& range, bool utc)
@@ -46,7 +46,7 @@ class CellColumn {
 
   const char* Header() const { return m_info.header; }
   bool AlignsRight() const { return m_info.align == ColumnAlign::Right; }
-  // Good until the next call.
+  // Valid until the next call.
   const Cell& At(std::size_t row) {
     const TraceEvent_i& trace = m_range.traces.At(row);
     const std::optional<std::uint16_t> key = KeyOf(m_info.column, trace);
@@ -101,8 +101,8 @@ class TextDump {
 
  private:
   using Clock = std::chrono::steady_clock;
-  // How many rows are measured before the first is written, and how long at most that may take:
-  // somebody waits for it. A wider cell behind them makes its column wider from there on.
+  // How many rows are measured before the first is written, and the time limit for that, because
+  // the user waits for it. A later, wider cell makes its column wider from there on.
   static constexpr std::size_t kMeasuredRows = 1000, kRowsPerLook = 64;
   static constexpr std::chrono::milliseconds kMeasuringTime{15};
 
@@ -114,11 +114,11 @@ class TextDump {
     for (std::size_t i = m_range.from; i < end && m_range.Has(i); ++i) {
       for (std::size_t c = 0; c < m_columns.size(); ++c)
         if (NeedsWidth(c)) Widen(c, m_columns[c].At(i));
-      // Rows that have to be searched for may be far apart.
+      // If rows are the result of a search, the next one may take long.
       if ((m_range.traces.IsSearched() || i % kRowsPerLook == 0) && Clock::now() > until) return;
     }
   }
-  // Is anything aligned behind it?
+  // Is there an aligned column after it?
   bool NeedsWidth(std::size_t c) const {
     return c + 1 < m_columns.size() || m_columns[c].AlignsRight();
   }

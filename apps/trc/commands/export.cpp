@@ -28,7 +28,7 @@ class Exporter {
   Exporter(ShownTraces& traces, const ExportOptions& options, ProgressLine& progress)
       : m_traces(traces), m_options(options), m_columns(ColumnsOf(options)), m_progress(progress) {}
 
-  // `Sink` has Buffer and EndLine; stops when it takes no more, and when interrupted.
+  // `Sink` has Buffer and EndLine; stops when it takes no more, and after an interrupt.
   template <class Sink>
   void Run(Sink& sink) {
     bool goesOn = WriteHeader(sink);
@@ -41,7 +41,7 @@ class Exporter {
       WriteRow(sink.Buffer(), row);
       goesOn = sink.EndLine() && Look(row);
     }
-    m_traces.OnLook({});  // it has borrowed the sink
+    m_traces.OnLook({});  // the function refers to the sink
     m_progress.Clear();
   }
 
@@ -64,7 +64,7 @@ class Exporter {
           m_traces.Document().m_names, m_options.utc);
   }
 
-  // Between two rows that are far apart.
+  // Called between two rows if they are far apart.
   bool LookAt(std::size_t place) {
     m_progress.Show("Writing...", place, m_traces.All());
     return !Interrupted();

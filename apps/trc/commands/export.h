@@ -1,4 +1,4 @@
-// trc export: the traces of a file as the desktop's "Export..." writes them, or as clean data for
+// trc export: the traces of a file in the form of the desktop's "Export...", or as clean data for
 // other programs.
 #pragma once
 
@@ -14,8 +14,8 @@ enum class ExportFormat { Csv, CsvRfc4180, Jsonl };
 struct ExportOptions {
   std::string file, out;  // out "-": standard output
   ExportFormat format = ExportFormat::Csv;
-  // The shown ones, in the list's default order. Unset: those that a list shows at first, and all
-  // in the clean formats.
+  // The shown columns, in the list's default order. Unset: those that a list shows at first, or all
+  // of them in the clean formats.
   std::optional<std::vector<Column>> columns;
   bool hidden = false;  // all columns
   bool utc = false;

@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::uint64_t kStepsPerLook = 100000;  // of the matcher, in one text
 
-// A pattern may keep one text busy for long: SIGINT is heard in the middle of it, and what was
-// found before does not wait for it.
+// A pattern may take long for one text. SIGINT ends it in the middle, and earlier results are
+// written without waiting for it.
 bool Matches(std::string_view text, Output& output) {
   RegexAnswer answer = RegexBeginText(text, kStepsPerLook);
   while (answer == RegexAnswer::Unfinished && output.FlushWhenOld() && !Interrupted())

@@ -1,4 +1,4 @@
-// trc find: the traces of a file whose text matches, as the desktop's Find tests it.
+// trc find: the traces of a file whose text matches, by the same test as the desktop's Find.
 #pragma once
 
 #include "commands/dump.h"

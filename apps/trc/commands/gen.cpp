@@ -45,7 +45,7 @@ class Generator {
   }
 
  private:
-  // More than all names of a sample take.
+  // More than the bytes of all names of a sample.
   static constexpr std::uint64_t kRoomForNames = 65536;
 
   bool WriteBytes(const char* bytes, std::size_t size) { return m_buffer.WriteBuf(bytes, &size); }
@@ -53,13 +53,13 @@ class Generator {
     return m_options.old ? WriteBytes(kOldTrcHeader, sizeof kOldTrcHeader)
                          : WriteBytes(kTrcHeader, sizeof kTrcHeader);
   }
-  // Bytes that the trace takes in the file; in the older format with its names.
+  // Bytes of the trace in the file; in the older format including its names.
   std::uint64_t Measure(const TraceEvent_i& trace) {
     if (!m_options.old) return 1 + RawTrace(trace.Record()).Size();
     m_oldBytes = m_oldSample.Encode(trace, m_traces.Names());
     return m_oldBytes.size();
   }
-  // REQUIRES: it has been measured.
+  // REQUIRES: it was measured.
   bool Write(const TraceEvent_i& trace) {
     if (m_options.old) return WriteBytes(m_oldBytes.data(), m_oldBytes.size());
     return trace.WriteFile(m_buffer, m_traces.Names()) != 0;
@@ -87,10 +87,10 @@ class Generator {
 
   const GenOptions& m_options;
   ds_File_t::FOStream_t m_stream;
-  ds_BufferedOutputStream_t m_buffer{kBufferBytes};  // hands over to m_stream at its end
+  ds_BufferedOutputStream_t m_buffer{kBufferBytes};  // its destructor writes to m_stream
   SampleTraces m_traces;
   OldSample m_oldSample;
-  std::string_view m_oldBytes;  // of the trace last measured
+  std::string_view m_oldBytes;  // of the last measured trace
   ProgressLine m_progress;
   std::uint64_t m_bytes = kTrcHeaderBytes;  // of header and traces
   std::uint64_t m_written = 0;              // traces

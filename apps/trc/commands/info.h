@@ -1,4 +1,4 @@
-// trc info: what is in a trace file.
+// trc info: the content of a trace file.
 #pragma once
 
 #include <array>
@@ -23,7 +23,7 @@ struct FileInfo {
   std::string path;
   std::unique_ptr<CTraceFileDoc> document;
   std::uint64_t records = 0;  // name and trace records
-  // By their stored date and time, null when there are no traces.
+  // By their stored date and time; null when there are no traces.
   const TraceEvent_i* earliest = nullptr;
   const TraceEvent_i* latest = nullptr;
   std::array<std::uint64_t, 3> severities = {};  // Info, Warn, Error
@@ -31,6 +31,6 @@ struct FileInfo {
   IdCounts machines, applications, components, categories;
 };
 
-// Both without a line end behind the last line.
+// Both without a line end after the last line.
 std::string InfoAsJson(const FileInfo& info);
 std::string InfoAsText(const FileInfo& info);

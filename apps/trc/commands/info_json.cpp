@@ -36,7 +36,7 @@ Json Processes(const ProcessMap& machines) {
   return map;
 }
 
-// {"id": traces}, in order of first sight.
+// {"id": traces}, in the order of first use.
 Json Counts(const IdList& ids, const IdCounts& counts) {
   Json map = Json::object();
   for (const NameId id : ids.Ids()) map[std::to_string(id)] = counts[id];

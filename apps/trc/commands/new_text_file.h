@@ -1,6 +1,6 @@
-// The text file of trc export and trc tree --export, with the words of the desktop's export.
+// The text file of trc export and trc tree --export, with the messages of the desktop's export.
 //
-// Errors   Told on standard error; Open then gives false, and Finish the exit status.
+// Errors   Printed to standard error; Open then returns false, and Finish the exit status.
 // Threads  One.
 #pragma once
 
@@ -13,7 +13,7 @@ class NewTextFile {
  public:
   bool Open(const std::string& path);
   ExportFile& Lines() { return m_lines; }
-  // Gives the file its name, unless a write failed or an interrupt came.
+  // Gives the file its name, unless a write failed or there was an interrupt.
   int Finish();
 
  private:

@@ -1,4 +1,4 @@
-// trc save: a document's save, all names anew, of all traces or those that pass a filter.
+// trc save: writes all traces, or those that pass a filter, with their names to a new file.
 #pragma once
 
 #include <string>

@@ -42,7 +42,8 @@ int Export(const ProcModel& model, const CTraceFileDoc& document, const TreeOpti
            ProgressLine& progress) {
   NewTextFile file;
   if (!file.Open(options.out)) return kExitBad;
-  // Nodes above the traces are few, and other machines' traces are not written: it may end early.
+  // There are few nodes above the traces, and only the first machine's traces are written: the
+  // progress may not reach its end.
   const auto all = static_cast<std::uint64_t>(model.Root().traceCount);
   std::uint64_t lines = 0;
   progress.Show("Writing...");
@@ -58,7 +59,7 @@ int Export(const ProcModel& model, const CTraceFileDoc& document, const TreeOpti
   return StatusWithDamage(document, file.Finish());
 }
 
-// False when interrupted.
+// False after an interrupt.
 bool Build(const CTraceDoc& document, ProcModel& model, ProgressLine& progress) {
   constexpr std::uint64_t kWhole = 1000;
   ProcBuild build(document, model);

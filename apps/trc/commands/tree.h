@@ -1,4 +1,4 @@
-// trc tree: the procedure tree of a file, as the desktop's tree shows and exports it.
+// trc tree: the procedure tree of a file, in the form of the desktop's tree and its export.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 struct TreeOptions {
   std::string file;
-  std::string out;         // not empty: the first machine, as the desktop's export writes it
+  std::string out;         // not empty: writes the first machine like the desktop's export
   std::string machine;     // empty: all
   int depth = kAllLevels;  // how many levels are open
   FilterPaths filter;

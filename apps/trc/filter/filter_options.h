@@ -5,7 +5,7 @@
 
 #include "filter/filter_paths.h"
 
-// The steps come in the order of the command line, however the two options mix.
+// The steps are in the order of the command line, also when the two options are mixed.
 inline void AddFilterOptions(CLI::App* app, FilterPaths& paths) {
   const auto add = [&](const char* name, bool check, const char* help) {
     app->add_option_function<std::string>(

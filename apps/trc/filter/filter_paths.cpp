@@ -13,10 +13,10 @@
 namespace {
 
 constexpr std::size_t kMostNearNames = 5;
-// A path of more bytes is like no other: comparing costs the product of the lengths.
+// A longer path has no similar ones: comparing costs the product of the lengths.
 constexpr std::size_t kMostComparedBytes = 200;
 
-// What is left of the path below the label; nothing if the label does not begin it.
+// The rest of the path after the label; none if it does not begin with the label.
 std::optional<std::string_view> Below(std::string_view path, std::string_view label) {
   if (path.size() <= label.size() || path.substr(0, label.size()) != label ||
       path[label.size()] != '/')
@@ -35,7 +35,7 @@ void FindBelow(FilterNode& node, std::string_view path, std::vector<FilterNode*>
   std::stable_sort(through.begin(), through.end(), [](const FilterNode* a, const FilterNode* b) {
     return a->Label().size() > b->Label().size();
   });
-  std::string_view label;  // that of the children which led to what was found
+  std::string_view label;  // of the children that led to the result
   for (FilterNode* child : through) {
     if (!found.empty() && child->Label() != label) return;
     label = child->Label();
@@ -49,7 +49,7 @@ std::string PathOf(const FilterNode& node) {
   return above.empty() ? node.Label() : above + "/" + node.Label();
 }
 
-// How many bytes must be put in, taken out or changed to make one text of the other.
+// How many bytes must be inserted, removed or changed to make the texts equal.
 std::size_t Distance(std::string_view a, std::string_view b) {
   if (std::max(a.size(), b.size()) > kMostComparedBytes) return std::string_view::npos;
   std::vector<std::size_t> row(b.size() + 1);
@@ -65,7 +65,7 @@ std::size_t Distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-// Every node below, with how far it is from what was asked for.
+// Collects the nodes below, with their distance from the requested path.
 class NearNames {
  public:
   explicit NearNames(std::string_view path) : m_path(InSmallLetters(path)) {
@@ -93,7 +93,7 @@ class NearNames {
   }
 
  private:
-  // In mistakes. The same word elsewhere, and a path not written to its end, count as one.
+  // In mistakes. The same name at another place, and a path that is not complete, count as one.
   std::size_t FarFrom(const FilterNode& node) const {
     const std::string path = InSmallLetters(PathOf(node)), label = InSmallLetters(node.Label());
     if (label == m_last || path.starts_with(m_path)) return 1;
@@ -105,7 +105,7 @@ class NearNames {
   std::vector<std::pair<std::size_t, std::string>> m_found;
 };
 
-// As far down as the path leads.
+// The deepest node on the path.
 const FilterNode& Deepest(const FilterNode& node, std::string_view path) {
   for (std::size_t place = 0; place < node.ChildCount(); ++place)
     if (const auto rest = Below(path, node.Child(place).Label()))
@@ -119,7 +119,7 @@ bool IsBelowNames(const FilterNode& node) {
   return branch->Parent() && branch->Place() >= CFilterDialog::kBranchesWithoutNames;
 }
 
-// A name may come from anywhere: a terminal must not act on it.
+// A name may have any content: a terminal must not interpret it.
 std::string Quoted(const std::string& path) {
   return "\"" + VisibleText(path) + "\"";
 }

@@ -8,7 +8,7 @@ LiveFilter::LiveFilter(const FilterPaths& paths, const NameMap& names)
       m_applications(paths.Touch(CFilterDialog::kApplications)),
       m_allThreads(paths.Touch(CFilterDialog::kThreads)) {}
 
-// Gives how many ids, and threads of a machine's process, came that the steps may speak of.
+// Returns how many new ids, and threads of a machine's process, may be subject to the steps.
 std::size_t LiveFilter::Note(const TraceEvent_i& trace) {
   TraceIndexes& seen = m_seen.m_indexes;
   seen.Note(trace);

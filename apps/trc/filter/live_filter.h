@@ -1,8 +1,8 @@
-// --uncheck and --check over live traces, whose names come with them.
+// --uncheck and --check for live traces, whose names come with them.
 //
-// A trace is judged by the filter that the steps give over all names that came up to it, as if the
-// dialog were opened anew: the answer is the one that a dump of the same traces would give. A path
-// whose names have not come is kept until they do.
+// A trace is tested with the filter that the steps give for all names that came before it, as if
+// the dialog were opened again. So the answer is the same as that of a dump of these traces. A path
+// whose names have not come waits until they do.
 //
 // Owner    Borrows the steps and the names of the stream.
 // Threads  One.
@@ -29,11 +29,11 @@ class LiveFilter {
   const FilterPaths& m_paths;
   const NameMap& m_names;
   TerminalHost m_host;
-  CTraceDoc m_seen{m_host};  // the ids that came; it has no traces
-  // A branch that no step touches shows everything, whatever comes.
+  CTraceDoc m_seen{m_host};  // has the ids that came, but no traces
+  // A branch without a step shows everything, whatever comes.
   const bool m_components, m_categories, m_applications, m_allThreads;
   std::unordered_set<std::uint64_t> m_threads;
-  std::optional<std::size_t> m_ids;  // how many the filter was made of; none: not made yet
+  std::optional<std::size_t> m_ids;  // the number of ids in the filter; none: not made yet
   CTraceFilter m_filter;
   std::vector<std::string> m_missing;
 };

@@ -27,7 +27,7 @@ bool ShownTraces::SearchOn() {
   if (behindLook == 0 && m_look && !m_look(m_next)) return false;
   const std::size_t end = std::min(m_next - behindLook + kTracesPerSearchLook, All());
   const std::size_t rows = m_places.size();
-  // Up to the next row only: the one who asked for it waits.
+  // Only up to the next row, because the caller waits.
   while (m_next < end && m_places.size() == rows) {
     if (Passes(*m_document.m_traces[m_next]))
       m_places.push_back(static_cast<std::uint32_t>(m_next));

@@ -1,4 +1,4 @@
-// trc capture: live traces into a file, as a monitor's capture writes them.
+// trc capture: writes live traces to a file, like a monitor's capture.
 #include "live/capture_file.h"
 #include "live/live_source.h"
 #include "terminal/exit_status.h"
@@ -35,7 +35,7 @@ int RunCapture(const CaptureOptions& options) {
     file.Salvage();
   }
   const std::uint64_t taken = file.Traces();
-  // What came and is in no file is lost as well.
+  // Traces that arrived and are in no file are lost as well.
   const std::uint64_t lost = source.Counts().lost + (given - taken);
   Output output;
   output.Line(std::to_string(taken) + " taken, " + std::to_string(lost) + " lost");

@@ -17,7 +17,7 @@ bool Say(std::string* why, const std::string& path, const char* words) {
   return false;
 }
 
-// Where the last whole record ends, and how many traces have a number up to there.
+// The end of the last whole record, and the number of numbered traces up to there.
 struct WholeRecords {
   explicit WholeRecords(Bytes file) : bytes(file), end(std::min(kTrcHeaderBytes, file.size())) {}
   static void OnName(NameId, std::string_view) {}
@@ -33,7 +33,7 @@ struct WholeRecords {
   std::uint64_t end, traces = 0;
 };
 
-// With the names that a file lacks.
+// Includes the names that the file does not have yet.
 std::uint64_t BytesOf(const TraceEvent_i& trace, const NameMap& names) {
   const RawTrace record(trace.Record());
   std::uint64_t bytes = kTagBytes + record.Size();
@@ -70,7 +70,7 @@ bool CaptureFile::Begin(NameMap& names, std::string* why) {
 
 bool CaptureFile::IsFullBy(const TraceEvent_i& trace, const NameMap& names) {
   m_addedBytes = BytesOf(trace, names);
-  // One trace at least goes into every file, however long it is.
+  // Every file takes at least one trace, however long it is.
   return m_bytes > kTrcHeaderBytes && m_bytes + m_addedBytes > m_maxBytes;
 }
 
@@ -83,12 +83,12 @@ bool CaptureFile::Write(const TraceEvent_i& trace, NameMap& names, std::string* 
   }
   m_bytes += m_addedBytes;
   if (!m_writer.Write(trace, names)) return Say(why, m_path, "Error writing to file.");
-  // Words on losses are in the file, and are no traces of an application.
+  // Loss reports are in the file, but are no traces of an application.
   if (trace.GetSequenceNumber() != kNoSequenceNumber) ++m_traces;
   return true;
 }
 
-// What the buffer could not hand over is not in the file, and its last record may be cut.
+// Bytes that the buffer could not write are not in the file, and its last record may be cut.
 void CaptureFile::Salvage() {
   m_writer.Finish();
   m_traces = 0;
@@ -100,7 +100,7 @@ void CaptureFile::Salvage() {
     end = records.end;
   }
   std::error_code ignored;
-  // Without its header it is no file of this kind, and there is nothing in it.
+  // Without its header the file is not a trace file, and has no traces.
   if (end < kTrcHeaderBytes) {
     std::filesystem::remove(m_path, ignored);
   } else {

@@ -1,8 +1,9 @@
 // The files that trc capture writes.
 //
-// Shape    NAME.trc; when it is full it becomes NAME.1.trc, older ones shift up and the oldest
-//          goes. A new one is begun with its own header and names: each can be opened by itself.
-// Errors   False and a reason. What was written stays; Salvage makes it whole.
+// Shape    NAME.trc. A full file is renamed to NAME.1.trc, the numbers of older ones go up, and the
+//          oldest is removed. A new file is begun with its own header and names, so that each file
+//          can be opened by itself.
+// Errors   False and a reason. What was written stays; Salvage repairs its end.
 // Threads  One.
 #pragma once
 
@@ -20,10 +21,10 @@ class CaptureFile {
   bool Write(const TraceEvent_i& trace, NameMap& names, std::string* why);
   bool Flush(std::string* why);
   bool Finish(std::string* why);
-  // After a failure: cuts the file behind its last whole record, so that it reads like any other;
-  // one that could not even be begun goes.
+  // After a failure: cuts the file after its last whole record, so that it reads like any other.
+  // Removes a file that has no header.
   void Salvage();
-  // Those with a number, of all files: after Finish or Salvage exactly those that reached one.
+  // Numbered traces in all files; after Finish or Salvage exactly those that are in a file.
   std::uint64_t Traces() const { return m_earlierTraces + m_traces; }
 
  private:
@@ -34,7 +35,7 @@ class CaptureFile {
   const std::string m_path;
   std::string m_stem, m_extension;
   const std::uint64_t m_maxBytes, m_maxFiles;
-  std::uint64_t m_bytes = 0;  // of the file under way
+  std::uint64_t m_bytes = 0;  // of the current file
   std::uint64_t m_addedBytes = 0;
   std::uint64_t m_earlierTraces = 0, m_traces = 0;
   TrcWriter m_writer;

@@ -19,8 +19,8 @@ constexpr int kFlushMs = 5000;
 constexpr std::size_t kDeepestBlock = 5;
 constexpr std::uint64_t kEndless = ~std::uint64_t{0};
 
-// The library keeps points and their names for the life of the program and uses them while it ends,
-// so nothing may destroy them.
+// The library keeps points and their names for the life of the program and uses them at its end, so
+// they must never be destroyed.
 std::deque<quor_point>& Points(const EmitOptions& options) {
   static auto* const names = new std::vector<std::string>(options.components);
   static auto* const points = new std::deque<quor_point>;
@@ -59,20 +59,21 @@ class Emitter {
   }
 
  private:
-  // Each thread has an equal part of the rate; what was missed is made up for.
+  // Each thread has an equal part of the rate and makes up for missed traces.
   void Wait(Clock::time_point begin, std::uint64_t sent) const {
     const double perThread =
         static_cast<double>(m_options.rate) / static_cast<double>(m_options.threads);
     const auto due =
         begin + std::chrono::duration_cast<Clock::duration>(
                     std::chrono::duration<double>(static_cast<double>(sent) / perThread));
-    // In short pieces, so that SIGINT is heard at a low rate too.
+    // In short pieces, so that SIGINT works at a low rate too.
     while (!Interrupted() && Clock::now() < due)
       std::this_thread::sleep_until(std::min(due, Clock::now() + std::chrono::milliseconds(50)));
   }
-  // With a count, every block that is open must have a trace left for its end.
+  // With a count, every open block must have a trace left for its end.
   void TraceInBlocks(std::uint64_t sent) {
-    const std::uint64_t left = m_options.count == 0 ? kEndless : m_count - sent;  // with this one
+    const std::uint64_t left =
+        m_options.count == 0 ? kEndless : m_count - sent;  // including this one
     const std::uint32_t step = m_random.Below(4);
     if (left <= m_open.size() || (step == 1 && !m_open.empty())) {
       EndBlock();

@@ -1,6 +1,6 @@
-// The commands of trc that speak with a running service, and the one that is traced itself.
+// The commands of trc that talk to a running service, and the one that is traced itself.
 //
-// Errors   Each gives its exit status: 1 when the answer is no or traces were lost.
+// Errors   Each returns its exit status: 1 when the answer is no or traces were lost.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 #include "commands/dump.h"
 
-// Which traces are taken, and when to stop listening, if not by SIGINT.
+// Which traces are taken, and when to stop, apart from SIGINT.
 struct LiveLimits {
   std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // traces taken
   std::optional<std::uint64_t> seconds;
@@ -31,7 +31,7 @@ struct CaptureOptions {
   std::string machine, out;
   LiveLimits limits;
   std::uint64_t maxMegabytes = 0;  // of one file; 0: no limit
-  std::uint64_t maxFiles = 0;      // full ones that are kept; 0: all
+  std::uint64_t maxFiles = 0;      // full files that are kept; 0: all
 };
 int RunCapture(const CaptureOptions& options);
 
@@ -51,7 +51,7 @@ struct SetOptions {
   std::string machine, app;
   std::string target;  // "COMPONENT" or "COMPONENT/CATEGORY"; empty: all
   unsigned settings = 0;
-  std::string doubt;  // told when there is no such machine or application
+  std::string doubt;  // printed when there is no such machine or application
 };
 int RunSet(const SetOptions& options);
 
@@ -66,7 +66,7 @@ int RunSink(const SinkCommand& command);
 struct EmitOptions {
   std::string app;
   std::vector<std::string> components = {"Net", "Db"};
-  std::uint64_t rate = 0;   // traces a second; 0: as fast as they go
+  std::uint64_t rate = 0;   // traces a second; 0: as fast as possible
   std::uint64_t count = 0;  // 0: until SIGINT
   std::uint64_t textBytes = 40;
   std::uint64_t threads = 1;

@@ -38,7 +38,7 @@ std::vector<std::string> SplitAtCommas(const std::string& list) {
   return parts;
 }
 
-// What a word that is no setting may have been meant as; "" when it is near to none.
+// The setting that a mistyped word may mean; "" when none is near.
 std::string NearSetting(const std::string& word) {
   std::vector<std::string> known;
   for (const auto& setting : kWords) known.emplace_back(setting.word);
@@ -46,7 +46,7 @@ std::string NearSetting(const std::string& word) {
   return meant.empty() ? "" : "\"" + word + "\" is no setting" + meant;
 }
 
-// A path that no name to come can complete is a mistake; any other waits for its names.
+// A path that no future name can complete is a mistake; any other waits for its names.
 void RefuseHopeless(const FilterPaths& paths) {
   TerminalHost host;
   if (std::string why; paths.HasHopeless(host, &why)) throw CLI::ValidationError(why);
@@ -265,8 +265,7 @@ void LiveParser::TakeMachineAndApp(std::vector<std::string> words, std::string& 
   if (words.size() == 2) machine = words.front();
 }
 
-// The settings stand last; what is in front of them is [MACHINE] APP and, without --all, the
-// target.
+// The settings come last. Before them are [MACHINE] APP and, without --all, the target.
 LiveCommand LiveParser::ChosenSet() {
   const std::size_t least = m_all ? 1 : 2;
   std::size_t head = m_words.size();
@@ -280,7 +279,7 @@ LiveCommand LiveParser::ChosenSet() {
                                "takes [MACHINE] APP, then COMPONENT[/CATEGORY] or --all, then "
                                "the settings");
   }
-  // The first setting, if it is mistyped, makes the application look like a machine.
+  // If the first setting is mistyped, the application looks like a machine.
   if (machine) m_set.doubt = NearSetting(m_words[head - 1]);
   m_set.settings = SettingsOf({m_words.begin() + static_cast<std::ptrdiff_t>(head), m_words.end()});
   m_words.resize(head);

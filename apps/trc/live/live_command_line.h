@@ -12,15 +12,14 @@
 #include "command_line.h"
 #include "live/live.h"
 
-// The words of a settings word: one preset (off, support, developer, max) and any of Info, Warn,
-// Error, Developer, Verbose, Location, Stack together. "developer" is the preset, "Developer" the
-// bit.
+// The settings of a point: one preset (off, support, developer, max), or any of Info, Warn, Error,
+// Developer, Verbose, Location, Stack. "developer" is the preset, "Developer" the bit.
 bool IsSettingsWord(const std::string& word);
 unsigned SettingsOf(const std::vector<std::string>& words);
 
 class LiveParser {
  public:
-  // Reads "--columns" and such as the commands for files do.
+  // Parses "--columns" like the commands for files.
   using ReadColumns = std::function<std::vector<Column>(const std::string& list)>;
 
   LiveParser(CLI::App& app, ReadColumns readColumns, std::vector<Column> defaultColumns);
@@ -59,6 +58,6 @@ class LiveParser {
   SinkCommand m_sink;
   EmitOptions m_emit;
   std::string m_format = "text", m_columns, m_components;
-  std::vector<std::string> m_words;  // positional ones of show, set and sink
+  std::vector<std::string> m_words;  // positional arguments of show, set and sink
   bool m_all = false;
 };

@@ -99,7 +99,7 @@ void ShowAsJson(const trace_App_i& app, Output& output) {
   output.EndLine();
 }
 
-// The traces that a "COMPONENT" or "COMPONENT/CATEGORY" names; either may have a "/" of its own.
+// The traces of a "COMPONENT" or "COMPONENT/CATEGORY"; either name may contain a "/".
 std::vector<unsigned> TracesOf(const trace_App_i& app, const std::string& target) {
   std::vector<unsigned> ids;
   for (const trace_Component_t& component : app.GetTraceMap())
@@ -127,8 +127,8 @@ int Submit(const trace_App_i& app) {
   return kExitBad;
 }
 
-// An application has a current folder of its own: a path is told in full, but another machine's
-// is that machine's. Nothing when our own current folder is gone.
+// An application has another working directory, so a path is sent in full. A path on another
+// machine is not changed. None when our own working directory no longer exists.
 std::optional<std::string> FullPath(const std::string& machine, const std::string& file) {
   const auto where = ParseMachine(machine);
   if (file.empty() || !where || !where->local) return file;
@@ -175,7 +175,7 @@ int RunShow(const ShowOptions& options) {
   const std::list<std::string> running = config->GetAppList();
   const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
   if (!app) return Unreachable(why);
-  // Our own handle puts it into the list, so that was read before.
+  // Our own handle adds the application to the list, so the list was read before.
   if (app->GetTraceMap().empty() &&
       std::find(running.begin(), running.end(), options.app) == running.end())
     return NoSuchApp(options.app, running);

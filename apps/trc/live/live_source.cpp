@@ -26,7 +26,7 @@ bool LiveSource::Connect(const std::string& machine) {
 
 void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEvent_i*)>& take,
                      const std::function<bool()>& pause) {
-  // A time too far away to be told is as good as none.
+  // A time too far in the future counts as none.
   constexpr std::uint64_t kYear = 365 * 24 * 3600;
   const bool timed = limits.seconds.has_value() && *limits.seconds < kYear;
   const Clock::time_point until =

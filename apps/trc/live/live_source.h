@@ -1,6 +1,6 @@
-// The traces of a running service, one after the other, until enough have come.
+// The traces of a running service, one by one, until enough have come.
 //
-// Owner    Its connection and its names.
+// Owner    Owns its connection and its names.
 // Threads  One.
 #pragma once
 
@@ -18,12 +18,12 @@ class LiveSource {
   LiveSource(const LiveSource&) = delete;
   LiveSource& operator=(const LiveSource&) = delete;
 
-  // False when the machine cannot be reached, and standard error says why.
+  // False when the machine cannot be reached, after a message on standard error.
   bool Connect(const std::string& machine);
-  // Gives each trace that passes the filter to `take`, which owns it and gives false to end;
-  // `pause` is called when nothing waits, and gives false to end. A path of the filter whose names
-  // never came is told on standard error. Also ends at the limits and at SIGINT, which still hands
-  // over what has arrived.
+  // Passes each trace that passes the filter to `take`, which owns it and returns false to end.
+  // Calls `pause` when no trace waits; it returns false to end. Reports paths of the filter whose
+  // names never came on standard error. Also ends at the limits and at SIGINT, after passing on the
+  // traces that have arrived.
   void Run(const LiveLimits& limits, const std::function<bool(TraceEvent_i*)>& take,
            const std::function<bool()>& pause);
   NameMap& Names() { return m_names; }

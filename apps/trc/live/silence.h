@@ -1,4 +1,4 @@
-// Why no trace comes, for the one who waits in front of an empty screen.
+// The reason why no trace comes, for a user who waits.
 //
 // Threads  The interface thread; asks the machine, which may take as long as its deadlines.
 #pragma once

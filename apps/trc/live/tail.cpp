@@ -32,7 +32,7 @@ class JsonLines final : public Lines {
   std::uint64_t m_index = 0;
 };
 
-// Columns are as wide as the widest cell so far: what is to come nobody knows.
+// Columns are as wide as the widest cell so far, because later cells are unknown.
 class TextLines final : public Lines {
  public:
   TextLines(const NameMap& names, const TailOptions& options, Output& output)
@@ -55,7 +55,7 @@ class TextLines final : public Lines {
   }
 
  private:
-  // With the first trace, whose cells tell something of the widths.
+  // Called with the first trace, whose cells determine the first widths.
   bool WriteHeader(const TraceEvent_i& first) {
     m_headed = true;
     for (std::size_t i = 0; i < m_options.columns.size(); ++i) {
@@ -79,7 +79,7 @@ class TextLines final : public Lines {
   bool m_headed = false;
 };
 
-// After a second without a trace says why, once.
+// After a second without a trace prints the reason, once.
 class Silence {
  public:
   Silence(const LiveSource& source, const std::string& machine)
@@ -130,6 +130,6 @@ int RunTail(const TailOptions& options) {
   if (status == kExitBad) return status;
   const std::uint64_t lost = source.Counts().lost;
   if (lost > 0) Complain(std::to_string(lost) + " traces lost");
-  // The one who watches ends it with SIGINT: that is no failure.
+  // SIGINT is the usual end, not a failure.
   return lost > 0 ? kExitNo : kExitGood;
 }

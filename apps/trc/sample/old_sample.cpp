@@ -66,13 +66,13 @@ std::string_view OldSample::Encode(const TraceEvent_i& trace, const NameMap& nam
   Put(NumberOf(trace.GetPidName(names)), 2);
   Put(NumberOf(trace.GetTidName(names)), 2);
   Put(trace.GetTicCount(), 8);
-  Put(0, 8);  // nobody reads these
+  Put(0, 8);  // not used by any reader
   m_bytes += trace.GetText();
   Put(0, 1);
   return m_bytes;
 }
 
-// A key is one byte. Two ids that share one take it from each other by a new name record.
+// A key is one byte. Ids with the same key replace each other by new name records.
 std::uint8_t OldSample::KeyOf(OldName kind, NameId id, const NameMap& names) {
   const auto key = static_cast<std::uint8_t>(id);
   int& owner = m_owners[static_cast<std::size_t>(kind)][key];

@@ -1,7 +1,7 @@
-// A sample trace as it stands in a file of the older format: see docs/formats.md.
+// A sample trace in a file of the older format: see docs/formats.md.
 //
 // Shape    The name records that it needs, then the trace. The older format has no stacks.
-// Owner    Holds the bytes of the trace last encoded.
+// Owner    Holds the bytes of the last encoded trace.
 // Threads  One at a time.
 #pragma once
 
@@ -15,7 +15,7 @@
 class OldSample {
  public:
   OldSample();
-  // Good until the next one. REQUIRES: the process's and the thread's names are numbers below
+  // Valid until the next call. REQUIRES: the process's and the thread's names are numbers below
   // 65536, and no text has a NUL.
   std::string_view Encode(const TraceEvent_i& trace, const NameMap& names);
 
@@ -25,7 +25,7 @@ class OldSample {
   std::uint8_t KeyOf(OldName kind, NameId id, const NameMap& names);
   void Put(std::uint64_t value, int bytes);
 
-  // Which id each key of a kind stands for now.
+  // The id that each key of a kind currently stands for.
   std::array<std::array<int, 256>, kOldNameKinds> m_owners;
   std::string m_bytes;
 };

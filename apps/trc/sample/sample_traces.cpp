@@ -38,7 +38,7 @@ void SampleTraces::MakeThreads() {
       thread.machine = IdOf(process.machine);
       thread.application = IdOf(process.app->name);
       thread.process = IdOf(std::to_string(processNumber));
-      // The first thread bears the number of its process.
+      // The first thread has the number of its process.
       thread.thread = IdOf(std::to_string(number));
       thread.clockStartPs = (std::uint64_t{thread.machine} * 977 + 41) * kPsPerMs * 1000;
       number += 1 + m_random.Below(3);
@@ -69,8 +69,8 @@ TraceEvent_i* SampleTraces::Next() {
   return Make(thread, point);
 }
 
-// A thread goes on for a while before another one is seen; at the end only those with open blocks
-// are left.
+// A thread continues for a while before another one is chosen; at the end only those with open
+// blocks are left.
 SampleTraces::Thread& SampleTraces::PickThread() {
   if (m_random.Below(8) < 3) m_current = m_random.Below(m_threads.size());
   if (m_left <= m_openBlocks) {
@@ -100,13 +100,13 @@ const SamplePoint& SampleTraces::Step(Thread& thread) {
   }
   const auto& messages = thread.app->messages;
   std::size_t choice = m_random.Below(messages.size());
-  // Warnings and errors stand last in the tables and are rare in a healthy shop.
+  // Warnings and errors are last in the tables and are rare.
   if ((messages[choice].attributes & kAttributeInfo) == 0 && m_random.Below(8) != 0) choice = 0;
   AppendFilled(m_text, messages[choice].text, m_random);
   return messages[choice];
 }
 
-// Errors bring their stack, warnings now and then.
+// Errors have a stack, warnings sometimes.
 void SampleTraces::WriteStack(const Thread& thread, const SamplePoint& point) {
   m_stack.clear();
   const bool wanted = (point.attributes & kAttributeError) != 0 ||
@@ -122,7 +122,7 @@ void SampleTraces::WriteStack(const Thread& thread, const SamplePoint& point) {
   m_stack.append("\nmain");
 }
 
-// Mostly microseconds pass, now and then a pause.
+// Usually microseconds pass, sometimes there is a pause.
 void SampleTraces::MoveClock() {
   m_elapsedPs += 1 + m_random.Below(300'000'000);
   if (m_random.Below(64) == 0) m_elapsedPs += m_random.Below(40) * kPsPerMs;

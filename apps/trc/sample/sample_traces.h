@@ -1,5 +1,5 @@
-// A stream of traces such as a small shop's machines would send: for trying things out, for tests
-// and for benchmarks.
+// A stream of traces like that of a small shop's machines: for trying things out, for tests and for
+// benchmarks.
 //
 // Shape    Several machines, applications, processes and threads whose clocks and numbers move
 //          forward; "Begin: text" and "End: text" traces nest per thread, and every block ends
@@ -20,9 +20,9 @@ class SampleTraces {
  public:
   SampleTraces(std::uint64_t traces, std::uint64_t seed);
 
-  // Null when all have been given.
+  // Null after the last trace.
   TraceEvent_i* Next();
-  // The names of all traces given so far, and of the threads.
+  // The names of all traces so far, and of the threads.
   NameMap& Names() { return m_names; }
 
  private:
@@ -33,7 +33,7 @@ class SampleTraces {
   struct Thread {
     const SampleApp* app;
     NameId machine, application, process, thread;
-    std::uint64_t clockStartPs;  // a machine's tic count has a zero of its own
+    std::uint64_t clockStartPs;  // the zero of the machine's tic count
     std::vector<Block> blocks;   // open ones, innermost last
   };
   // The ids of a trace point's names.
@@ -60,5 +60,5 @@ class SampleTraces {
   std::unordered_map<const SamplePoint*, PointIds> m_pointIds;
   std::vector<Thread> m_threads;
   std::size_t m_current = 0;
-  std::string m_text, m_stack;  // of the trace being made; kept for their storage
+  std::string m_text, m_stack;  // of the current trace; members, to keep their storage
 };

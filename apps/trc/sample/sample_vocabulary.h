@@ -1,4 +1,4 @@
-// What the applications of a sample file are and say.
+// The applications of a sample file, and the texts of their traces.
 //
 // Shape    Tables that never change. In a text, %n is a small number, %N a large one, %c two
 //          digits, %x eight hexadecimal digits, %m milliseconds, %u a person, %p a product and %a
@@ -38,5 +38,5 @@ struct SampleProcess {
 
 std::span<const SampleProcess> SampleProcesses();
 
-// Appends the text with its places filled in.
+// Appends the text with its placeholders filled in.
 void AppendFilled(std::string& to, std::string_view text, SampleRandom& random);

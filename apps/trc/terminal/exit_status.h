@@ -1,4 +1,4 @@
-// How trc ends, as shells see it.
+// The exit statuses of trc.
 #pragma once
 
 enum ExitStatus : int {

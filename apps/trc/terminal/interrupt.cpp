@@ -5,8 +5,8 @@
 
 namespace {
 
-// The signal that was noted, 0 for none. No sig_atomic_t: the kernel may choose a working thread to
-// run the handler on.
+// The signal that was caught, 0 for none. Not a sig_atomic_t, because the kernel may run the
+// handler on any thread.
 std::atomic<int> g_noted{0};
 static_assert(decltype(g_noted)::is_always_lock_free, "a handler may not wait");
 

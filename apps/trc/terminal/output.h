@@ -1,8 +1,8 @@
 // Standard output, written in big pieces or after a short while, and always in whole lines.
 //
-// Errors   Sticky. A reader who has gone away (a closed pipe) is no failure: nothing more is
-//          written, and the program ends well. Any other failed write is one, and Finish says so
-//          on standard error.
+// Errors   Sticky. If the reader has closed the pipe, that is no failure: nothing more is written,
+//          and the program ends with success. Any other failed write is a failure, and Finish
+//          reports it on standard error.
 // Threads  One at a time.
 #pragma once
 
@@ -17,7 +17,7 @@ class Output {
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
-  // What has not been written yet; a caller appends its line to it and then calls EndLine.
+  // The text that is not written yet; a caller appends its line to it and then calls EndLine.
   std::string& Buffer() { return m_buffer; }
   // Ends the line. False when nothing more can or need be written: closed, failed or interrupted.
   bool EndLine() {
@@ -29,11 +29,11 @@ class Output {
     m_buffer.append(text);
     return EndLine();
   }
-  // Hands over what has been there for long: who reads along waits for it. False as EndLine.
+  // Writes text that has waited for long, for a reader who follows the output. False as in EndLine.
   bool FlushWhenOld() { return m_buffer.empty() || Clock::now() - m_flushed < kOld || Flush(); }
-  // Hands over what is there, for a reader who waits for it. False as EndLine.
+  // Writes the waiting text. False as in EndLine.
   bool Flush();
-  // Writes the rest and gives the exit status.
+  // Writes the rest and returns the exit status.
   int Finish();
 
  private:
@@ -46,8 +46,8 @@ class Output {
   std::string m_buffer;
   unsigned m_lines = 0;
   Clock::time_point m_flushed = Clock::now();
-  int m_error = 0;  // errno of the write that failed
+  int m_error = 0;  // errno of the failed write
 };
 
-// "trc: words" on standard error.
+// Prints "trc: " and the message to standard error.
 void Complain(std::string_view words);

@@ -1,5 +1,5 @@
-// One line on standard error that tells how far long work has come; silent unless that is a
-// terminal. It comes after a tenth of a second, changes ten times a second, and leaves no trace.
+// A line on standard error with the progress of long work; silent unless that is a terminal. It
+// appears after a tenth of a second, changes ten times a second, and is erased at the end.
 //
 // Threads  One at a time.
 #pragma once
@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-// How many traces pass between two looks at the clock.
+// How many traces are processed between two looks at the clock.
 constexpr std::uint64_t kTracesPerLook = 4096;
 
 class ProgressLine {
@@ -18,10 +18,10 @@ class ProgressLine {
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
 
-  // "caption 42 %"; without a total the caption alone, at once.
+  // "caption 42 %"; without a total only the caption, immediately.
   void Show(std::string_view caption, std::uint64_t done = 0, std::uint64_t total = 0);
   void Clear();
-  // From now on nothing: the terminal is about to get the results.
+  // No output from now on, because the terminal will get the results.
   void Silence() {
     Clear();
     m_terminal = false;

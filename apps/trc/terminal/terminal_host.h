@@ -1,10 +1,10 @@
-// The host of a program without windows: boxes become words on standard error, and the interface
+// The host of a program without windows: boxes are printed to standard error, and the interface
 // thread is the one that calls RunUntil.
 //
-// A question cannot be asked of a person who may not be there: it is printed, and the answer is the
-// careful one, No or Cancel.
+// There may be no user to answer a question. So the question is printed, and the answer is the
+// careful one: No or Cancel.
 //
-// Threads  As Host: Post and PostBox from any thread.
+// Threads  See Host: Post and PostBox from any thread.
 #pragma once
 
 #include <chrono>
@@ -20,10 +20,10 @@ class TerminalHost final : public Host {
  public:
   TerminalHost() = default;
 
-  // Runs posted calls and timers on this thread until `done`, which is asked after each call and
-  // at least every kLookMs, so that it may look at a signal too.
+  // Runs posted calls and timers on this thread until `done` returns true. It is called after each
+  // call and at least every kLookMs, so that it may check for a signal too.
   void RunUntil(const std::function<bool()>& done);
-  // What the next boxes speak of: "trc: PATH: words".
+  // The subject of the next boxes: "trc: PATH: message".
   void SetSubject(const std::string& path) { m_subject = path; }
   // How many boxes have been printed.
   unsigned Boxes() const { return m_boxes; }
@@ -31,7 +31,7 @@ class TerminalHost final : public Host {
 
   BoxAnswer MessageBox(const MessageBoxRequest& request) override;
   void PostBox(MessageBoxRequest request, std::function<void()> closed) override;
-  // No dialogs here: whoever asks for one has been answered Cancel.
+  // There are no dialogs: the answer is Cancel.
   std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) override;
   int RunDialog(CDialog& dialog) override;
   std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) override;

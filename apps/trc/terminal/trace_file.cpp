@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTimeOfOneWrite(5);
 
-// Stands where the desktop has its main frame: takes the load's progress messages.
+// Takes the load's progress messages in place of the desktop's main frame.
 class ProgressWindow final : public CWnd {
  public:
   explicit ProgressWindow(TerminalHost& host) : CWnd(host), m_host(host) {
@@ -51,11 +51,11 @@ bool IsAnswer(int status) {
   return status == kExitGood || status == kExitNo;
 }
 
-// True without a change.
+// True if the file has not changed.
 template <class File>
 bool TellChange(const File& file, const std::string& path, const std::string& out) {
   FileChange change = file.Change();
-  // A file that is being appended to has the time of the write a moment before it has the bytes.
+  // While a program appends to a file, the time of the write changes a moment before the bytes.
   if (change.kind == FileChange::Kind::Written) {
     std::this_thread::sleep_for(kTimeOfOneWrite);
     change = file.Change();
@@ -70,7 +70,8 @@ bool TellChange(const File& file, const std::string& path, const std::string& ou
 
 std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path,
                                              const TraceLoadSetup& setup) {
-  // The desktop asks whether to convert it. Nobody can be asked here, so the way out is told.
+  // The desktop asks whether to convert it. Here nobody can be asked, so the message names the
+  // command.
   if (IsOlder(path)) {
     Complain(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' writes it anew");
     return nullptr;
@@ -83,13 +84,13 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
     if (host.Boxes() == boxes) Complain(path + ": " + document->OpenFailure());
     return nullptr;
   }
-  // A load that fails says so in a box and leaves the flag set.
+  // A failed load shows a box and leaves the flag set.
   host.RunUntil([&] {
     if (Interrupted()) document->CancelEvent()->Set();
     return !document->m_loading || host.Boxes() != boxes;
   });
   if (document->m_loading || Interrupted()) return nullptr;
-  // The damage that a change has done is told with the change, at the end.
+  // The damage by a change is reported with the change, at the end.
   if (const TrcDamage& damage = document->Damage(); damage.Any() && !document->Change().Any())
     Complain(path + ": damaged: " + DamageText(damage, true));
   return document;

@@ -12,7 +12,7 @@ bool IsNumber(Column column) {
   return column == Column::Count || column == Column::TicCount || column == Column::TicDiff;
 }
 
-// Empty where the trace has no such value.
+// Empty if the trace has no such value.
 std::string ValueOf(Column column, const TraceEvent_i& event, const TraceEvent_i* previous,
                     const NameMap& names, bool utc) {
   if (column == Column::Sev) return std::string(SeverityWord(event));
@@ -27,7 +27,7 @@ void WriteRfc4180Cell(std::string& out, std::string_view value) {
     return c == ',' || c == '"' || c == '\r' || c == '\n';
   });
   if (!plain) out += '"';
-  std::size_t run = 0;  // where the run of bytes without a quote begins
+  std::size_t run = 0;  // the beginning of the run of bytes without a quote
   for (std::size_t quote = value.find('"'); quote != value.npos; quote = value.find('"', run)) {
     out += value.substr(run, quote + 1 - run);
     out += '"';

@@ -1,9 +1,9 @@
-// Traces as data for other programs: a line each, every cell a value.
+// Traces as data for other programs: one line each, with the value in every cell.
 //
-// Shape    CSV as RFC 4180 has it: a header, cells in quotes where they need them, quotes doubled,
-//          lines ended by CR LF; a value that a trace lacks is an empty cell. JSON Lines: an object
-//          each, keyed by the column headers; numbers are numbers, a lacking value is null, a text
-//          that is not UTF-8 an object {"hex":"..."}.
+// Shape    CSV as in RFC 4180: a header, quotes around cells where needed, quotes doubled, lines
+//          that end in CR LF; a missing value is an empty cell. JSON Lines: one object each, with
+//          the column headers as keys; numbers are numbers, a missing value is null, a text that is
+//          not UTF-8 is an object {"hex":"..."}.
 // Errors   None.
 // Threads  Pure.
 #pragma once

@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kHexDigits[] = "0123456789abcdef";
 
-// What a byte asks for: nothing, an escape, or a look at the whole text's UTF-8.
+// How a byte is handled: unchanged, escaped, or by checking the whole text's UTF-8.
 enum ByteKind : std::uint8_t { kPlain = 0, kEscape = 1, kHigh = 2 };
 
 constexpr std::array<std::uint8_t, 256> MakeKinds() {
@@ -42,7 +42,7 @@ void AppendEscape(std::string& json, char byte) {
 }
 
 void AppendEscaped(std::string& json, std::string_view bytes) {
-  std::size_t plain = 0;  // where the run of plain bytes begins
+  std::size_t plain = 0;  // the beginning of the run of plain bytes
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (kKinds[static_cast<std::uint8_t>(bytes[i])] != kEscape) continue;
     json.append(bytes.substr(plain, i - plain));

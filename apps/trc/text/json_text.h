@@ -1,4 +1,4 @@
-// Texts of unknown content as JSON: a string where the bytes are UTF-8, else {"hex":"..."}.
+// Texts of unknown content as JSON: a string if the bytes are UTF-8, else {"hex":"..."}.
 //
 // Written for millions of texts: nothing is allocated but the output itself.
 #pragma once

@@ -7,17 +7,17 @@
 #include "listview/cells/cell_text.h"
 #include "terminal/output.h"
 
-// A cell longer than this pushes the rest of its own line to the right, not that of every line.
+// A longer cell shifts only the rest of its own line to the right.
 constexpr std::size_t kMostColumnWidth = 200;
 
 // "Info", "Warn" or "Error"; empty for any other severity.
 std::string_view SeverityWord(const TraceEvent_i& trace);
 
-// What a terminal shows of a cell. A severity is a word here.
+// The text of a cell on a terminal. A severity is a word.
 std::string VisibleCell(Column column, const TraceEvent_i& trace, const TraceEvent_i* previous,
                         const NameMap& names, bool utc);
 
-// Puts cells side by side. Nothing stands behind the last text of a line.
+// Writes cells side by side, without blanks at the end of a line.
 class LineWriter {
  public:
   explicit LineWriter(Output& output) : m_output(output) {}

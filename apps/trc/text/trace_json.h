@@ -1,6 +1,6 @@
-// A trace as a JSON object on one line: what dump and tail print.
+// A trace as a JSON object on one line, for dump and tail.
 //
-// Owner    Borrows the names, which may grow meanwhile; a name that is known does not change.
+// Owner    Borrows the names, which may grow meanwhile; a known name does not change.
 // Threads  One at a time.
 #pragma once
 
@@ -14,7 +14,7 @@ class TraceJson {
  public:
   explicit TraceJson(const NameMap& names) : m_names(names), m_known(65536) {}
 
-  // `index` is the trace's place in the file or stream, from 0.
+  // `index` is the trace's position in the file or stream, from 0.
   void Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace);
 
  private:
@@ -22,5 +22,5 @@ class TraceJson {
   void AppendName(std::string& json, std::string_view key, NameId id);
 
   const NameMap& m_names;
-  std::vector<std::string> m_known;  // as JSON, by id; empty: not asked for yet
+  std::vector<std::string> m_known;  // as JSON, by id; empty: not made yet
 };

@@ -17,7 +17,7 @@ bool IsPlain(std::string_view text) {
   return true;
 }
 
-// The character at the front of a well-formed text, which loses it.
+// Removes the first character of a well-formed text and returns it.
 char32_t TakeCharacter(std::string_view& text) {
   const auto first = static_cast<std::uint8_t>(text.front());
   const std::size_t bytes = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
@@ -29,7 +29,7 @@ char32_t TakeCharacter(std::string_view& text) {
   return character;
 }
 
-// A terminal would act on these, or end the line.
+// A terminal would interpret these, or end the line.
 bool IsControl(char32_t character) {
   return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 ||
          character == 0x2029;

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-// The text on one line: line ends, tabs and other control characters as \n, \t, \x1b, ..., bytes
-// that are not UTF-8 as U+FFFD.
+// The text on one line: line ends, tabs and other control characters as \n, \t, \x1b, ...,
+// malformed UTF-8 as U+FFFD.
 std::string VisibleText(std::string_view text);
 
 // How many columns of a terminal a visible text takes.

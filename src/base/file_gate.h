@@ -6,7 +6,7 @@
 // processes flock is used, if the file system has it.
 //
 // Owner    The end of the OpenFile closes the descriptor and removes the file's entry.
-// Errors   An empty OpenFile and a reason for a person in `why`.
+// Errors   An empty OpenFile and a reason for the user in `why`.
 // Threads  Any.
 #pragma once
 

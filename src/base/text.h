@@ -32,5 +32,5 @@ std::string InSmallLetters(std::string_view text);
 // Compares the two in small letters: < 0, 0, > 0.
 int CompareIgnoringCase(std::string_view a, std::string_view b);
 
-// "28,200,000": a number that a person reads, in groups of three digits.
+// "28,200,000": a number for the user, in groups of three digits.
 std::string GroupDigits(std::uint64_t number);

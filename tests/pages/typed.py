@@ -11,7 +11,7 @@ from machines import DEADLINE_S, wait_for
 
 PROGRAMS = ("trc", "quord", "tessera", "quor-demo")
 TIME = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}"
-HERE_TO_MONITOR = " is here to monitor"
+HERE_TO_MONITOR = " has connected to monitor"
 
 
 def stopped_by(line):

@@ -123,7 +123,7 @@ int NoSuchTrace(const trace_App_i& app, const std::string& target) {
 
 int Submit(const trace_App_i& app) {
   if (app.Submit()) return kExitGood;
-  Complain("the machine has not taken it");
+  Complain("the machine has not accepted the change");
   return kExitBad;
 }
 

@@ -48,5 +48,5 @@ void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEve
     std::this_thread::sleep_for(kPause);
   }
   for (const std::string& path : filter.Missing())
-    Complain("nothing came that is named \"" + path + "\"");
+    Complain("no name came for the path \"" + path + "\"");
 }

@@ -88,8 +88,8 @@ class Silence {
     if (m_over || Clock::now() < m_until) return;
     m_over = true;
     if (m_source.Counts().delivered > 0) return;
-    Complain("nothing comes: " + (m_source.IsUp() ? WhyNothingComes(m_machine)
-                                                  : "no trace service runs there any more"));
+    Complain("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_machine)
+                                                   : "no trace service runs there any more"));
   }
 
  private:

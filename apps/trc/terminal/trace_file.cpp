@@ -73,7 +73,7 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
   // The desktop asks whether to convert it. Here nobody can be asked, so the message names the
   // command.
   if (IsOlder(path)) {
-    Complain(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' writes it anew");
+    Complain(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' converts it");
     return nullptr;
   }
   host.SetSubject(path);

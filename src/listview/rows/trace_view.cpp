@@ -47,7 +47,7 @@ TraceEvent_i* CTraceView::EventOfRow(int row) const {
   return GetDocument() && m_rows.Has(row) ? m_rows.EventAt(row) : nullptr;
 }
 
-// ---- what the list asks and tells
+// ---- the interface to the list
 
 std::string CTraceView::RowListText(int row, ListColumn column) {
   const TraceEvent_i* event = EventOfRow(row);

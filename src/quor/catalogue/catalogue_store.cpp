@@ -149,7 +149,7 @@ void CatalogueStore::Change(CatalogueApp& app, Put&& put) {
     app.row = 0;
     Run("ROLLBACK");
   } else if (std::exchange(m_told, false)) {
-    Log(LogLevel::Info, "the state is kept again");
+    Log(LogLevel::Info, "settings can be stored again");
   }
 }
 

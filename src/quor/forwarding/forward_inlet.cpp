@@ -127,7 +127,7 @@ std::uint64_t ForwardInlet::Believe(const std::string& peer, std::uint64_t losse
 }
 
 bool ForwardInlet::Stream::TakeData(Bytes body, std::string* why) {
-  if (!m_held.empty()) return FailWith(why, "a data frame without a ledger behind it");
+  if (!m_held.empty()) return FailWith(why, "a data frame without a ledger after it");
   if (body.empty()) return FailWith(why, "an empty data frame");
   m_held.assign(body.begin(), body.end());
   return true;

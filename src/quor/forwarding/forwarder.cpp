@@ -133,7 +133,7 @@ void Forwarder::OnClosed(const std::string& reason) {
 void Forwarder::OnFrame(const Frame& frame) {
   if (Handle(frame)) return;
   m_connection->Close();
-  OnClosed("it sends what has no place here");
+  OnClosed("it has sent an unexpected frame");
 }
 
 bool Forwarder::Handle(const Frame& frame) {

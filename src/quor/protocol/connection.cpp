@@ -156,9 +156,9 @@ void Connection::OnTick() {
   const Clock::duration now = m_lived.Now();
   if (m_ending && now > m_endBy) return Close();
   if (!m_writing.empty() && now - m_writeBegan > m_limits.writeDeadline)
-    return Fail("the peer takes nothing for " + Seconds(m_limits.writeDeadline));
+    return Fail("the peer has read nothing for " + Seconds(m_limits.writeDeadline));
   if (now - m_lastRead > m_limits.silenceDeadline)
-    return Fail("the peer is silent for " + Seconds(m_limits.silenceDeadline));
+    return Fail("the peer has sent nothing for " + Seconds(m_limits.silenceDeadline));
   if (m_handler && m_writing.empty() && Clock::now() - m_lastWrite >= m_limits.heartbeat) {
     static const SharedBytes beat = ShareBytes(EncodeFrame(FrameType::Heartbeat, Bytes()));
     Send(beat);

@@ -118,7 +118,7 @@ Object ReadPem(const std::string& path, Read&& read, std::string* why) {
   }
   Object object(read(file));
   std::fclose(file);
-  if (!object) FailWith(why, path + ": holds nothing that can be used");
+  if (!object) FailWith(why, path + ": has no usable content");
   return object;
 }
 

@@ -69,7 +69,7 @@ struct SegmentHeader {
   // Published with release after the entry is written; read with acquire.
   alignas(64) std::atomic<std::uint32_t> pointCount;
   std::atomic<std::uint32_t> nameBytesUsed;         // names are tag-10 bodies: id, length, text
-  std::uint32_t unused;                             // older services count in it; nobody reads it
+  std::uint32_t unused;                             // older services count in it; not read
   std::atomic<std::uint32_t> defaultSettings;       // of points that are registered from now on
   alignas(64) std::atomic<std::uint64_t> reserved;  // mark after everything ever reserved
   std::atomic<std::uint64_t> consumedSeen;          // the producers' copy of `consumed`

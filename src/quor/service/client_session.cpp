@@ -54,7 +54,7 @@ std::weak_ptr<Connection> ClientSession::Stop() {
 }
 
 void ClientSession::EndSilent() {
-  if (!IsGreeted()) End("it does not say who it is");
+  if (!IsGreeted()) End("it has sent no hello");
 }
 
 void ClientSession::End(const std::string& why) {
@@ -64,7 +64,8 @@ void ClientSession::End(const std::string& why) {
 
 void ClientSession::OnClosed(const std::string& reason) {
   const auto self = shared_from_this();
-  Log(IsGreeted() ? LogLevel::Info : LogLevel::Warning, m_peer.words + " has gone: " + reason);
+  Log(IsGreeted() ? LogLevel::Info : LogLevel::Warning,
+      m_peer.words + " has disconnected: " + reason);
   m_monitor.reset();
   if (m_forwarded && m_forwarded->Turn() == m_forwardedTurn) m_forwarded->Break();
   CloseHandles();
@@ -86,7 +87,7 @@ void ClientSession::OnFrame(const Frame& frame) {
   if (!IsGreeted()) return Greet(frame);
   if (m_forwarded && frame.type != FrameType::Request) return TakeForwarded(frame);
   Request request;
-  if (frame.type != FrameType::Request) return End("a frame that has no place here");
+  if (frame.type != FrameType::Request) return End("an unexpected frame");
   if (!ParseBody(frame, &request)) return End("malformed: a request that cannot be read");
   Answer(request);
 }
@@ -113,7 +114,7 @@ void ClientSession::Greet(const Frame& frame) {
       static_cast<std::uint32_t>(m_context.connectionLimits.heartbeat.count()));
   for (const std::string& trouble : m_context.troubles) welcome.add_troubles(trouble);
   m_connection->Send(FrameType::Welcome, welcome);
-  Log(LogLevel::Info, m_peer.words + " is here to " + RoleWord(m_role));
+  Log(LogLevel::Info, m_peer.words + " has connected to " + RoleWord(m_role));
 }
 
 void ClientSession::Refuse(ErrorCode code, const std::string& text) {

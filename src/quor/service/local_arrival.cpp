@@ -32,7 +32,7 @@ LocalArrival::~LocalArrival() {
 void LocalArrival::Start(std::chrono::milliseconds deadline) {
   m_deadline.expires_after(deadline);
   m_deadline.async_wait([self = shared_from_this()](const std::error_code& error) {
-    if (!error && self->m_host) self->Refuse("it does not say who it is");
+    if (!error && self->m_host) self->Refuse("it has sent no hello");
   });
   Await();
 }

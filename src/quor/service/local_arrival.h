@@ -36,7 +36,7 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   void Start(std::chrono::milliseconds deadline);
   void Stop();
   // Refuses the peer, because other peers wait and it has sent nothing yet.
-  void SendAway() { Refuse("it does not say who it is"); }
+  void SendAway() { Refuse("it has sent no hello"); }
 
  private:
   enum class Kind { Unknown, Application, Client, Gone };

@@ -102,7 +102,7 @@ bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
   sockaddr_un address{};
   if (!FillAddress(socketPath, &address, why) || !Lock(socketPath, why)) return false;
   if (SomebodyAnswers(address))
-    return FailWith(why, socketPath + ": somebody answers there who does not hold the lock");
+    return FailWith(why, socketPath + ": another process answers there without the lock");
   if (unlink(socketPath.c_str()) != 0 && errno != ENOENT) return SayError(why, socketPath);
   m_descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   const mode_t before = umask(0177);

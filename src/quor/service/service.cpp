@@ -159,7 +159,8 @@ void Service::AcceptLocal() {
       return Later(errno == EAGAIN ? milliseconds(0) : kAcceptAgain, [this] { AcceptLocal(); });
     if (!PeerOfSocket(socket, &peer) || !MayEnter(peer, geteuid())) {
       Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
-                                 std::to_string(peer.uid) + " is refused at the door");
+                                 std::to_string(peer.uid) +
+                                 " is refused: only the user of this service may connect");
       close(socket);
     } else {
       // With so many others waiting, the oldest has had enough time to send its hello.

@@ -76,7 +76,7 @@ void Apps::WatchAnew(const std::string& socketPath) {
 
 void Apps::LookAtFolder(const std::string& socketPath) {
   if (m_watch.IsInPlace(socketPath)) return;
-  Log(LogLevel::Warning, "the folder of segments has been replaced and is watched anew");
+  Log(LogLevel::Warning, "the folder of segments has been replaced and is watched again");
   m_watch.TellAll();
   WatchAnew(socketPath);
 }

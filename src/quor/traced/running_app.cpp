@@ -118,7 +118,7 @@ bool RunningApp::TakeBytes(const std::uint8_t* from, const std::uint8_t* end) {
     if (result == LinkDecoder::Result::Error) {
       LoseLink(std::string("malformed: ") + m_decoder.Why());
     } else if (!Handle(frame)) {
-      LoseLink("a message that has no place here");
+      LoseLink("an unexpected message");
     }
   }
   return false;

@@ -32,7 +32,7 @@ bool CProcView::Build() {
   return m_built || m_document.m_loading || RebuildTree();
 }
 
-// ---- what the control asks and tells
+// ---- the interface to the control
 
 std::string CProcView::TreeItemText(TreeItemData data) {
   return data ? m_model->NodeLabel(*reinterpret_cast<const CTraceEvent*>(data)) : std::string();

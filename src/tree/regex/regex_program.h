@@ -58,7 +58,7 @@ struct RegexState_t {
   int wordSearch;  // a match begins and ends at the boundary of a word; `^` and `$` change sense
   const char* groupStart[kRegexGroups];  // in the latest attempt; null: not noted
   const char* matchStart;
-  const char* matchEnd;  // one behind the last byte
+  const char* matchEnd;  // one after the last byte
   int rangeLow;          // of the range being run: mandatory repetitions left
   int groupCount;        // groups that the compiler has opened
   unsigned char program[kRegexProgramBytes + kRegexSlackBytes];

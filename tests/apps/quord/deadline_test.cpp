@@ -47,7 +47,8 @@ TEST_F(Deadline, OfTheProgramIsTenSeconds) {
   const auto begin = steady_clock::now();
   TracedChild app(Flood);
   Stall(stalled, other, [&] {
-    return quord.Log().find("has gone: the peer takes nothing for 10.0 s") != std::string::npos;
+    return quord.Log().find("has disconnected: the peer has read nothing for 10.0 s") !=
+           std::string::npos;
   });
   EXPECT_GE(steady_clock::now() - begin, std::chrono::seconds(9));
   EXPECT_FALSE(other.ended);

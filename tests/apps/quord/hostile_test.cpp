@@ -122,7 +122,7 @@ TEST_F(Hostile, WhoeverSaysNothingIsSentAway) {
     EXPECT_EQ(poll(&ready, 1, 8000), 1);
     close(socket);
   }
-  EXPECT_TRUE(quord.Says("it does not say who it is"));
+  EXPECT_TRUE(quord.Says("it has sent no hello"));
 }
 
 TEST_F(Hostile, AForgedSegmentIsRefusedWithItsReason) {
@@ -440,7 +440,7 @@ TEST_F(Hostile, AnotherUsersProcessIsRefused) {
     _exit(recv(socket, &byte, 1, 0) <= 0 ? 0 : 92);  // ended without a word
   }
   EXPECT_EQ(WaitForExit(other), 0);
-  EXPECT_TRUE(quord.Says("of user 65534 is refused at the door"));
+  EXPECT_TRUE(quord.Says("of user 65534 is refused: only the user of this service may connect"));
   chmod(quord.Folder().Path().c_str(), 0700);
 }
 
@@ -452,7 +452,7 @@ TEST_F(Hostile, ASecondServiceIsRefusedAndALiveSocketNotTakenOver) {
   // Without the lock, somebody who answers at the socket is still not driven out.
   unlink(quord.Folder().File("quord.lock").c_str());
   EXPECT_EQ(quord.Run({"--foreground"}), 1);
-  EXPECT_TRUE(quord.Says("somebody answers there who does not hold the lock"));
+  EXPECT_TRUE(quord.Says("another process answers there without the lock"));
 }
 
 TEST(Door, AFolderThatOthersMayEnterIsRefused) {

@@ -173,9 +173,9 @@ TEST(TrcConvert, TheOtherCommandsRefuseAnOlderFileAndNameThisOne) {
     const TrcRun run = RunTrc(command);
     EXPECT_EQ(run.status, 2) << command[0];
     EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "trc: " + old +
-                           ": an older trace file format; 'trc convert OLD.trc NEW.trc' writes it "
-                           "anew\n");
+    EXPECT_EQ(run.err,
+              "trc: " + old +
+                  ": an older trace file format; 'trc convert OLD.trc NEW.trc' converts it\n");
   }
   EXPECT_EQ(ReadAll(old), image.Bytes());
 }

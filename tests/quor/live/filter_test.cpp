@@ -25,7 +25,7 @@ TEST_F(LiveProgramsTest, CaptureWritesWhatPassesAndTellsOfNamesThatNeverCame) {
                              "--uncheck", "All Components/Nothing"});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.out, "30 taken, 0 lost\n");
-  EXPECT_EQ(run.err, "trc: nothing came that is named \"All Components/Nothing\"\n");
+  EXPECT_EQ(run.err, "trc: no name came for the path \"All Components/Nothing\"\n");
   const auto traces = DumpedTraces(file);
   ASSERT_EQ(traces.size(), 30u);
   for (const json& trace : traces) EXPECT_EQ(trace["component"], "Db");

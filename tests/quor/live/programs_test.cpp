@@ -59,7 +59,7 @@ TEST_F(LiveProgramsTest, TailAsTextHasTheChosenColumnsAndEndsWithItsTime) {
 
 TEST_F(LiveProgramsTest, AnEmptyTailSaysWhy) {
   StartService();
-  const std::string words = "trc: nothing comes: ";
+  const std::string words = "trc: no traces come: ";
   TrcProcess none({.arguments = {"tail"}});
   EXPECT_EQ(none.ReadErrUntil("\n"), words + "no application that traces runs\n");
   TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "100"}});

@@ -163,7 +163,7 @@ TEST_F(ConnectionTest, ASilentPeerIsNoticed) {
   limits.silenceDeadline = 100ms;
   Start(limits);
   EXPECT_TRUE(Run([&] { return m_heard.closed == 1; }));
-  EXPECT_EQ(m_heard.why, "the peer is silent for 0.1 s");
+  EXPECT_EQ(m_heard.why, "the peer has sent nothing for 0.1 s");
 }
 
 // A debugger, a signal or a machine that is frozen: the peer may have stood still as well.
@@ -193,7 +193,7 @@ TEST_F(ConnectionTest, APeerThatTakesNothingIsGivenUpAfterTheWriteDeadline) {
   Start(limits);
   for (int i = 0; i < 40; ++i) m_near->SendData(nullptr, Shared(100000, 'r'));
   EXPECT_TRUE(Run([&] { return m_heard.closed == 1; }));
-  EXPECT_EQ(m_heard.why, "the peer takes nothing for 0.1 s");
+  EXPECT_EQ(m_heard.why, "the peer has read nothing for 0.1 s");
 }
 
 TEST_F(ConnectionTest, CloseAfterWritingDeliversEverythingAndThenTheEnd) {

@@ -47,9 +47,9 @@ class TwoRuns {
   // Did the block come before the second run? REQUIRES: it and the nodes above it are in the tree.
   bool IsOfFirstRun(const CExecutionBlock& block) const;
 
-  // The child at this position has gone.
+  // The child at this position has been removed.
   void OnErased(const CExecutionBlock& owner, std::size_t position);
-  // The block is about to go.
+  // The block will be destroyed.
   void OnDropped(const CExecutionBlock& block) { m_before.erase(&block); }
 
  private:

@@ -1,4 +1,4 @@
-// A host without a person: runs posted calls, counts boxes.
+// A host without a user: runs posted calls and counts boxes.
 #pragma once
 
 #include <condition_variable>
@@ -16,7 +16,7 @@ class BenchHost final : public Host {
   }
   void PostBox(MessageBoxRequest request, std::function<void()>) override { MessageBox(request); }
   std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest&) override { return {}; }
-  // Of long work; nothing else asks here.
+  // Only long work runs a dialog here.
   int RunDialog(CDialog& dialog) override {
     while (!dialog.Ended() && m_tick) m_tick();
     return dialog.Result();

@@ -1,8 +1,8 @@
-// A monitor's document without the connection: adds and trims as a drain does, and tells its views.
+// A monitor's document without the connection: adds and trims like a drain, and notifies its views.
 //
-// Shape    Threads take turns, 20 traces each; of five traces two open and close a block. The
-//          category goes round from 4 to 10, a filter on one of them hides six of seven traces.
-//          With whole blocks none of the five is outside of its block, and all have one category.
+// Shape    Threads take turns, with 20 traces each; of five traces two open and close a block. The
+//          category goes from 4 to 10 in a circle, so a filter on one of them hides six of seven
+//          traces. With whole blocks no trace is outside its block, and all have one category.
 // Owner    Owns the document, the views are the caller's.
 #pragma once
 
@@ -29,7 +29,7 @@ class LiveDocument {
     m_wholeBlocks = true;
     Fill();
   }
-  // The next trace is number 1 again, as behind another start of the service.
+  // The next trace has number 1 again, as after a restart of the service.
   void BeginAnew() { m_count = 0; }
 
   void Tick(int traces) {

@@ -1,7 +1,7 @@
 // A real service and a real application beside this benchmark, in a folder of their own.
 //
 // Owner    Ends what it started.
-// Errors   Ends the benchmark with words.
+// Errors   Ends the benchmark with a message.
 #pragma once
 
 #include <signal.h>
@@ -47,7 +47,7 @@ class LiveService {
     close(ends[1]);
     m_words = ends[0];
   }
-  // How many traces the application has made in all, its own losses among them.
+  // How many traces the application has made in total, including its own losses.
   std::uint64_t StopTracing() {
     End(m_application, SIGINT);
     char text[64] = {};

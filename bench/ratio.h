@@ -1,5 +1,5 @@
-// Measures a thing beside its floor, in turns and in one run, and prints the ratio: machines differ
-// and drift, a ratio of neighbours holds.
+// Measures a task and its floor alternately in one run, and prints the ratio. Machines differ and
+// their speed drifts, but a ratio of neighbouring runs is stable.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@ inline double Seconds(const std::function<void()>& work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// This thread's own processor time, also beside other programs.
+// This thread's own processor time, unaffected by other programs.
 inline double ThreadSeconds() {
   timespec time;
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
@@ -48,7 +48,7 @@ inline Measured MeasureBeside(int turns, const std::function<void()>& floorWork,
   return {Median(times), Median(floors), Median(ratios)};
 }
 
-// The median share of a core that the work takes of this thread, when it comes once every
+// The median share of a core that the work takes on this thread, if it is done once every
 // `periodSeconds`.
 inline double ShareOfCore(int turns, double periodSeconds, const std::function<void()>& work) {
   std::vector<double> busy;
@@ -60,7 +60,7 @@ inline double ShareOfCore(int turns, double periodSeconds, const std::function<v
   return Median(busy) / periodSeconds;
 }
 
-// A row: what, its cost, the floor's cost, the ratio, the target, and whether it is met.
+// A row: name, cost, the floor's cost, the ratio, the target, and whether it is met.
 inline void PrintRow(const std::string& what, double value, const char* unit, double floorValue,
                      double ratio, double target) {
   std::printf("%-46s %10.2f %-9s floor %10.2f   ratio %6.2f   target <= %5.2f  %s\n", what.c_str(),

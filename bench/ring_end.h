@@ -1,5 +1,5 @@
-// The service's end of the link within a benchmark: takes this very process's segment over a socket
-// and empties its ring between the timed bursts.
+// The service's end of the link within a benchmark: receives this process's own segment over a
+// socket and empties its ring between the timed bursts.
 #pragma once
 
 #include <poll.h>
@@ -65,7 +65,7 @@ class RingEnd {
     Say(EncodePoke());
   }
   void SendSink(const LinkSink& sink) { Say(EncodeSink(sink)); }
-  // Waits for the next word of the application of this type.
+  // Waits for the application's next message of this type.
   void Await(LinkType type) {
     for (;;) {
       pollfd ready{m_socket, POLLIN, 0};

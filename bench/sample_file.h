@@ -1,8 +1,8 @@
 // The file that the benchmarks read: 7,000,000 records, about 1 GiB, made once by `trc gen`. In the
 // older format it has 2,000,000.
 //
-// $BENCH_RECORDS makes it larger or smaller. Reads it once, so that the first measurement finds a
-// warm cache like the others.
+// $BENCH_RECORDS changes its size. The file is read once in advance, so that the first measurement
+// has a warm cache like the others.
 #pragma once
 
 #include <cstdio>

@@ -1,5 +1,5 @@
-// Any bytes as what a peer sends: cut into frames, each taken for all that it could be, the ledgers
-// added up, the data given out as traces.
+// Any bytes as the data of a peer: split into frames, each parsed as every type that it could be,
+// the ledgers added up, the data given out as traces.
 #include <cstdlib>
 
 #include "quor/client/gap_ledger.h"
@@ -58,7 +58,7 @@ class Peer {
       m_mapper.Map(*batch, i);
       TraceEvent_i* const trace = batch->Give(i);
       if (trace->GetText().size() > 65535 || trace->GetStack().size() > 65535) std::abort();
-      // Whatever id came: it is one of ours, or none.
+      // Whatever id came, its result is an id of ours, or none.
       for (const NameId id :
            {trace->GetMachineId(), trace->GetAppId(), trace->GetComponentId(),
             trace->GetCategoryId(), trace->GetPidId(), trace->GetTidId(), trace->GetSourceFileId()})
@@ -76,7 +76,7 @@ class Peer {
 
 }  // namespace
 
-// The first byte says in which pieces the rest arrives.
+// The first byte determines the pieces in which the rest arrives.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const std::size_t piece = std::size_t{data[0]} + 1;

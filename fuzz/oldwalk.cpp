@@ -1,4 +1,4 @@
-// Any bytes as a trace file of the older format: converted, and the new file read back whole.
+// Any bytes as a trace file of the older format: converted, and the new file read completely.
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,7 +17,7 @@ void Require(bool held) {
   if (!held) std::abort();
 }
 
-// What a second, plain pass over the same bytes finds.
+// The counts of a second, plain pass over the same bytes.
 struct Counter {
   void OnName(OldName kind, std::uint8_t, std::string_view text) {
     Require(static_cast<std::size_t>(kind) < kOldNameKinds);
@@ -42,7 +42,7 @@ struct Counter {
   std::uint32_t lastCount = 0;
 };
 
-// The new file has nothing but records, and every name stands before its first use.
+// The new file has only records, and every name comes before its first use.
 struct Reader {
   void OnName(NameId id, std::string_view) { Require(names.insert(id).second); }
   void OnTrace(const std::uint8_t* record) {
@@ -51,7 +51,7 @@ struct Reader {
     Require(names.count(trace.PidId()) == 1 && names.count(trace.TidId()) == 1);
     for (const NameId id : {trace.MachineId(), trace.AppId(), trace.ComponentId(),
                             trace.CategoryId(), trace.SourceFileId()}) {
-      Require(names.count(id) == 1);  // id 0 too: the process's number has taken it at the latest
+      Require(names.count(id) == 1);  // id 0 too: at the latest the process's number has it
     }
     Require((trace.Attributes() & ~31) == 0);
     lastCount = trace.SequenceNumber();

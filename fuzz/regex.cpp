@@ -1,4 +1,4 @@
-// Any pattern on any text: the fast matcher and the slow, obvious one must agree.
+// Any pattern on any text: the fast matcher and the slow, simple one must agree.
 //
 // Shape    One byte of flags, the pattern up to its first zero, the text.
 #include <algorithm>
@@ -26,7 +26,7 @@ bool Same(bool found, const std::optional<RegexOracle::Match>& wanted, const cha
                     RegexState.matchEnd == begin + wanted->end);
 }
 
-// Tried place by place.
+// Tried position by position.
 void PlaySearch(const std::string& text) {
   RegexOracle oracle(text, kBudget);
   const auto wanted = oracle.Search(0);
@@ -36,7 +36,7 @@ void PlaySearch(const std::string& text) {
   if (!Same(found, wanted, begin)) std::abort();
 }
 
-// By the plan, in small parts.
+// With the plan, in small parts.
 void PlayText(const std::string& text) {
   RegexOracle oracle(text, kBudget);
   const auto wanted = oracle.SearchText();

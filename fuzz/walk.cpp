@@ -1,4 +1,5 @@
-// Any bytes as a .trc file: walked, every field of every trace read, shown and written again.
+// Any bytes as a .trc file: walked, and every field of every trace read, formatted and written
+// again.
 #include <fcntl.h>
 
 #include <cstdlib>
@@ -25,7 +26,7 @@ struct Loaded {
   std::uint64_t unknown = 0, last = 0;
 };
 
-// Any sum is as good as another: the reads are what is tested.
+// The sum has no meaning: only the reads are tested.
 std::size_t ReadAll(const TraceEvent_i& event, const NameMap& names) {
   const std::string text = event.GetText(), stack = event.GetStack();
   if (text.find('\0') != text.npos || stack.find('\0') != stack.npos) std::abort();
@@ -43,7 +44,7 @@ std::size_t ReadAll(const TraceEvent_i& event, const NameMap& names) {
 
 }  // namespace
 
-// Seen from outside, so that the reads are not optimised away.
+// Volatile, so that the reads are not optimised away.
 volatile std::size_t g_fieldsRead;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

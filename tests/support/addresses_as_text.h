@@ -1,4 +1,4 @@
-// The cells of an export that hold an address show, while this stands, what it is the address of.
+// While it exists, the cells of an export that contain an address show the addressed text.
 #pragma once
 
 #include "listview/export/export_cells.h"

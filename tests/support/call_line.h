@@ -1,4 +1,4 @@
-// Calls that wait for the interface thread, in the order in which they came.
+// Calls that wait for the interface thread, in order.
 //
 // Threads  Push and Wake from any thread; the Run functions on the interface thread only.
 #pragma once
@@ -18,7 +18,7 @@ class CallLine {
     m_calls.push_back(std::move(call));
     m_pushed.notify_all();
   }
-  // Lets RunUntil look at its condition again.
+  // Makes RunUntil check its condition again.
   void Wake() { m_pushed.notify_all(); }
   std::size_t Size() const {
     const std::lock_guard lock(m_mutex);
@@ -49,7 +49,7 @@ class CallLine {
     }
     return true;
   }
-  // Waits until a call is there, and leaves it; false when the deadline passes.
+  // Waits until a call is queued, and leaves it there; false when the deadline passes.
   bool Wait(std::chrono::milliseconds limit) {
     std::unique_lock lock(m_mutex);
     return m_pushed.wait_for(lock, limit, [this] { return !m_calls.empty(); });

@@ -1,4 +1,4 @@
-// A locale of the test's own whose decimal point is a comma: a machine may have none.
+// A locale of the test whose decimal point is a comma, because a machine may have none.
 #pragma once
 
 #include <stdlib.h>
@@ -11,7 +11,7 @@
 
 #include "support/temp_dir.h"
 
-// Numbers of the whole program are printed with a comma, until the end of the scope.
+// Prints all numbers of the program with a comma, until the end of the scope.
 class CommaLocale {
  public:
   CommaLocale() : m_before(std::setlocale(LC_NUMERIC, nullptr)) {
@@ -26,7 +26,7 @@ class CommaLocale {
   CommaLocale(const CommaLocale&) = delete;
   CommaLocale& operator=(const CommaLocale&) = delete;
 
-  // What the C library makes of 1.5.
+  // How the C library prints 1.5.
   static std::string Printed() {
     char text[8] = {};
     std::snprintf(text, sizeof text, "%g", 1.5);
@@ -36,9 +36,9 @@ class CommaLocale {
  private:
   static constexpr const char* kName = "comma";
 
-  // The numbers of a locale as the C library keeps them in a file: a mark, how many items, where
-  // they begin, then the items (decimal point, thousands' point, digits of a group, both points as
-  // wide characters, the name of the character set).
+  // The numbers of a locale in the C library's file format: a mark, the number of items, their
+  // offsets, then the items (decimal point, thousands separator, digits of a group, both as wide
+  // characters, the name of the character set).
   static std::string Compiled() {
     const std::uint32_t head[] = {0x20031114, 6, 32, 34, 36, 40, 44, 48};
     const std::uint32_t wide[] = {',', '.'};

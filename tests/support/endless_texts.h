@@ -1,4 +1,4 @@
-// Candidates of a search that gives the same text for as long as the test wants.
+// Candidates of a search that returns the same text as long as the test wants.
 #pragma once
 
 #include <optional>
@@ -14,6 +14,6 @@ class EndlessTexts final : public FindWalk {
     if (left > 0) --left;
     return text;
   }
-  int left = -1;  // texts still to give; below 0: without end
+  int left = -1;  // remaining texts; below 0: without end
   std::string text = "nothing here";
 };

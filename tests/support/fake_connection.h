@@ -1,8 +1,8 @@
-// A live connection without a service: a test puts traces in, and sees what the document does.
+// A live connection without a service: a test adds traces, and checks what the document does.
 //
 // Shape    FakeService makes the connections of its Connector() and outlives them. Its log has a
 //          line per operation, in order: "connect web", "pause", "resume", "disconnect".
-// Owner    A trace that nobody took is released with its connection.
+// Owner    A trace that was not taken is released with its connection.
 // Threads  One.
 #pragma once
 
@@ -37,7 +37,7 @@ class FakeConnection final : public TraceThread_i {
   Counts GetCounts() const override { return {}; }
   bool IsUp() const override { return m_up; }
 
-  // A trace with the text and every id 1; it waits for the document.
+  // A trace with the text, with every id 1; it waits for the document.
   TraceEvent_i* Send(const std::string& text = "up") { return Send(text, 1); }
   TraceEvent_i* Send(const std::string& text, NameId id) {
     ++m_count;
@@ -53,7 +53,7 @@ class FakeConnection final : public TraceThread_i {
   NameMap& m_names;
   std::deque<TraceEvent_i*> m_waiting;
   bool m_up = true;
-  std::function<void()> m_onTaken;  // behind each NextTrace
+  std::function<void()> m_onTaken;  // after each NextTrace
   int m_looks = 0;                  // calls of HasTraces
 
  private:
@@ -82,7 +82,7 @@ class FakeService {
   FakeConnection& Last() { return *m_connections.back(); }
 
   bool m_refuse = false;
-  std::vector<FakeConnection*> m_connections;  // those that stand
+  std::vector<FakeConnection*> m_connections;  // the open ones
   std::string m_log;
   std::function<void(const std::string&)> m_onLog;
 };

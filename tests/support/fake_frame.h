@@ -1,4 +1,4 @@
-// Frames and views without windows: they write down, in one log, what they are told.
+// Frames and views without windows: they record all calls in one log.
 //
 // Shape    Log lines: "child title web.trc", "child show", "child activate", "child view list",
 //          "child gone", "layout tile", "active web.trc", "active none", "main 1129 2 0",
@@ -40,7 +40,7 @@ class FrameLog {
   std::vector<std::string> m_lines;
 };
 
-// A child's window: activation answers at once, as a window system does.
+// A child's window: activation takes effect immediately, as in a window system.
 class FakeChildFace : public ChildFrameFace {
  public:
   FakeChildFace(FrameLog& log, CMDIChildWnd& child, int widthPx, int heightPx)
@@ -79,10 +79,10 @@ class FakeChildFace : public ChildFrameFace {
   bool m_shown = false;
   std::string m_title;
   CView* m_view = nullptr;
-  std::function<void()> m_onGone;  // a window system may activate another child now
+  std::function<void()> m_onGone;  // a window system may activate another child at this point
 
  private:
-  // Only what is seen gets its size.
+  // Only a visible control gets its size.
   void LayOut() {
     if (!m_shown || !m_view || m_heightPx <= 0) return;
     if (auto* control = dynamic_cast<SizedControl*>(m_view->Control()))
@@ -126,14 +126,14 @@ class FakeMainFrame : public CMDIFrameWnd {
   }
 
   bool m_refuseFaces = false;
-  // True: the message has been dealt with and is not logged. What a message owns, it frees.
+  // True: the message was handled and is not logged. The handler frees what the message owns.
   std::function<bool(unsigned, std::uintptr_t, std::intptr_t)> m_onMessage;
 
  private:
   FrameLog& m_log;
 };
 
-// A view that shows nothing and logs everything under its name.
+// A view that shows nothing and logs all calls under its name.
 class ProbeView : public CView {
  public:
   ProbeView(CDocument& document, FrameLog& log, std::string name = "view")

@@ -72,7 +72,7 @@ class FakeRichEdit final : public RichEdit {
   bool modified = false;
   bool hasKeyboard = false;
   int from = 0, to = 0;  // the selection; the caret is `to`
-  int markedLine = -1;   // the last one that was asked for
+  int markedLine = -1;   // the last requested one
   std::string copied;
   std::vector<std::string> calls;
 

@@ -1,5 +1,5 @@
-// A row list without a window: it keeps columns, states and scroll position as the port tells, and
-// writes down what it was asked to do.
+// A row list without a window: it has columns, states and a scroll position as the interface
+// demands, and records its calls.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +15,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
  public:
   explicit FakeRowList(RowListOwner& owner) : m_owner(owner) {}
 
-  // How many rows show whole; SetPage does what a change of size does.
+  // How many rows are fully visible; SetPage acts like a change of size.
   int pageRows = 10;
   int charWidthPx = 7;        // the average character
   int headerCharWidthPx = 7;  // every character of a measured text
@@ -24,7 +24,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   std::vector<std::string> calls;
   int fullPaints = 0;  // redrawing switched on
   int repaints = 0;
-  int rowPaints = 0;  // states and scrolling seen while redrawing is on
+  int rowPaints = 0;  // states and scrolling that became visible while redrawing is off
   bool redraw = true;
   bool hasKeyboard = false;
   bool endMark = false;
@@ -144,7 +144,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   }
 
   std::vector<ListColumnInfo> columns;  // as inserted
-  ListOrder given;                      // the last order as it came, repeats and all
+  ListOrder given;                      // the last order as given, with repeats
 
  private:
   static std::size_t At(ListColumn column) { return static_cast<std::size_t>(column.Index()); }
@@ -156,7 +156,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
     if (redraw) ++rowPaints;
   }
 
-  // Puts the state down and tells of it if it is another one.
+  // Sets the state and reports it if it has changed.
   void Put(int row, unsigned newState) {
     const unsigned oldState = GetItemState(row);
     if (newState == oldState) return;

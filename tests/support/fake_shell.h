@@ -1,4 +1,4 @@
-// The window system of the shell without windows.
+// The window system for the shell, without windows.
 //
 // Shape    Log lines besides those of fake_frame.h: "main title Tessera", "main menu 129",
 //          "main pane 59143 \"3\"", "main show", "main tabs", "main close", "main gone", "main
@@ -21,7 +21,7 @@
 
 class FakeMainFrameFace : public MainFrameFace {
  public:
-  // `slot` points here while this face stands.
+  // `slot` points to this face while it exists.
   FakeMainFrameFace(FrameLog& log, FakeMainFrameFace*& slot, int widthPx, int heightPx)
       : m_widthPx(widthPx), m_heightPx(heightPx), m_log(log), m_slot(slot) {
     m_slot = this;
@@ -71,7 +71,7 @@ class FakeMainFrameFace : public MainFrameFace {
   }
   bool IsBarShown(unsigned id) const override {
     const auto bar = m_bars.find(id);
-    return bar == m_bars.end() || bar->second;  // both are there at the start
+    return bar == m_bars.end() || bar->second;  // both are shown at the start
   }
   void RecentFilesChanged() override { m_log.Add("main recent files"); }
 
@@ -124,7 +124,7 @@ class FakeShellFaces : public ShellFaces {
   FakeMainFrameFace* m_main = nullptr;  // null while there is no main window
 
  private:
-  // A control as a window system makes it, before a frame gives it its size.
+  // A control as a window system makes it, before a frame sets its size.
   template <class Control, class Owner>
   static std::unique_ptr<Control> Unseen(Owner& owner) {
     auto control = std::make_unique<Control>(owner);

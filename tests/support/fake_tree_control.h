@@ -1,4 +1,4 @@
-// A tree control without a window, by the plainest means.
+// A tree control without a window, as simple as possible.
 #pragma once
 
 #include <algorithm>
@@ -15,11 +15,11 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
  public:
   explicit FakeTreeControl(TreeControlOwner& owner) : m_owner(owner) {}
 
-  int pageRows = 10;         // how many rows show whole
+  int pageRows = 10;         // how many rows are fully visible
   int insertionsLeft = -1;   // 0: InsertItem fails from now on; -1: never
   int failingInsertion = 0;  // the one with this number fails, counted down to 1; 0: none
   int inserted = 0;
-  int deleted = 0;  // by DeleteItem with an item, not those below it
+  int deleted = 0;  // by DeleteItem with an item, without those below it
   // "redraw off", "select b", "visible b", "clear".
   std::vector<std::string> calls;
   std::vector<std::string> changedTexts;
@@ -123,7 +123,8 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   std::string TextOf(TreeItem item) const {
     return item ? m_owner.TreeItemText(ItemData(item)) : std::string();
   }
-  // What is seen, a line for each row: "+" closed, "-" open, " " without children, "*" selected.
+  // The visible items, a line for each row: "+" closed, "-" open, " " without children, "*"
+  // selected.
   std::string Picture() const {
     std::string picture;
     for (const TreeItem item : m_items.Rows()) {
@@ -135,7 +136,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
     }
     return picture;
   }
-  // The item of the row that reads so, opened or not; 0 for none.
+  // The item of the row with this text, opened or not; 0 for none.
   TreeItem Find(const std::string& text) const {
     for (const TreeItem item : m_items.All())
       if (TextOf(item) == text) return item;

@@ -1,5 +1,5 @@
-// The items of the fake tree control, by the plainest means: all rows are laid out whenever
-// somebody asks for one. An item that does not exist has nothing.
+// The items of the fake tree control, as simple as possible: all rows are computed at each request.
+// An item that does not exist has no data.
 #pragma once
 
 #include <algorithm>
@@ -24,7 +24,7 @@ class FakeTreeItems {
     if (parent) m_items[parent].state |= kTreeHasChildren;
     return item;
   }
-  // With all below it.
+  // With all items below it.
   void Remove(TreeItem item) {
     std::vector<TreeItem>& siblings = m_items[Get(item).parent].children;
     siblings.erase(std::find(siblings.begin(), siblings.end(), item));

@@ -1,5 +1,5 @@
-// The bytes of a file that a test writes, of whatever format: what trc_image.h and old_trc_image.h
-// stand on.
+// The bytes of a file that a test writes, in any format: the base of trc_image.h and
+// old_trc_image.h.
 #pragma once
 
 #include <cstddef>
@@ -27,16 +27,16 @@ class GuardedBytes {
   std::size_t m_size;
 };
 
-// `Image` is the class that derives from this one, so that its calls can go on behind these.
+// `Image` is the derived class, so that its calls can follow these.
 template <class Image>
 class FileImage {
  public:
-  // One byte as it stands.
+  // One byte, unchanged.
   Image& Raw(int byte) {
     m_bytes += static_cast<char>(byte);
     return static_cast<Image&>(*this);
   }
-  // Takes the last `bytes` bytes away.
+  // Removes the last `bytes` bytes.
   Image& Cut(std::size_t bytes) {
     m_bytes.resize(m_bytes.size() - bytes);
     return static_cast<Image&>(*this);
@@ -45,7 +45,7 @@ class FileImage {
   const std::string& Bytes() const { return m_bytes; }
   std::size_t Size() const { return m_bytes.size(); }
   GuardedBytes Guarded() const { return GuardedBytes(m_bytes); }
-  // Gives the path back.
+  // Returns the path.
   const std::string& WriteTo(const std::string& path) const {
     std::ofstream(path, std::ios::binary | std::ios::trunc)
         .write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));

@@ -1,4 +1,4 @@
-// A disk that is full: while this stands, no file of this process grows beyond so many bytes.
+// A full disk: while it exists, no file of this process grows beyond so many bytes.
 #pragma once
 
 #include <signal.h>

@@ -1,4 +1,4 @@
-// What an application wrote into a trace file by itself, read back.
+// Reads a trace file that an application wrote itself.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,8 @@
 
 #include "records/trc_walk.h"
 
-// The traces of a file, with their numbers; `whole`: each has its names, and nothing is between.
+// The traces of a file, with their numbers; `whole`: each has its names, and there is nothing in
+// between.
 struct FileTraces {
   std::map<NameId, std::string> names;
   std::vector<std::string> texts;
@@ -22,7 +23,7 @@ struct FileTraces {
   void OnName(NameId id, std::string_view text) { names[id] = text; }
   void OnTrace(const std::uint8_t* record) {
     const RawTrace raw(record);
-    // Every id has its name in this very file, before the trace.
+    // Every id has its name in this file, before the trace.
     for (const NameId id : {raw.MachineId(), raw.AppId(), raw.ComponentId(), raw.CategoryId(),
                             raw.PidId(), raw.TidId(), raw.SourceFileId()})
       whole = whole && names.count(id) == 1;

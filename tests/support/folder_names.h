@@ -1,4 +1,4 @@
-// What stands in a folder, by name.
+// The names in a folder.
 #pragma once
 
 #include <filesystem>

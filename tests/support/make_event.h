@@ -11,7 +11,7 @@ struct EventReleaser {
 };
 using EventPtr = std::unique_ptr<TraceEvent_i, EventReleaser>;
 
-// An unset count is no number.
+// Without a count the trace has no number.
 inline EventPtr MakeEvent(const TraceFields& fields) {
   return EventPtr(TraceEvent_i::Create(
       fields.count.value_or(kNoSequenceNumber), fields.machine, fields.app, fields.component,

@@ -1,8 +1,8 @@
-// The bytes of a trace file of the older format, written as a test reads best:
+// The bytes of a trace file of the older format, in a form that reads well in a test:
 //
 //   OldTrcImage().Machine(1, "web").Trace({.text = "up", .machine = 1}).WriteTo(path);
 //
-// It shares no code with the program, so that a mistake there does not hide itself.
+// It shares no code with the program, so that it cannot have the same mistake.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 // 2026-11-21 09:41:07.123 UTC in units of 100 ns since 1601.
 constexpr std::uint64_t kOldMoment = 134'397'276'671'230'000;
 
-// The fields of one old trace. Initialisers stand in this order.
+// The fields of one old trace, in the order of initialisers.
 struct OldTraceFields {
   std::string text = {};
   std::uint32_t count = 1;

@@ -1,7 +1,7 @@
-// What a test's person has still to do in a window. A test that ends before that has proved
-// nothing of what stands in the person's act, and fails.
+// The simulated user's pending actions in a window. A test that ends before they have run has
+// proved nothing, and fails.
 //
-// Shape    m_host.Post(Owed([](...) { ... })): the act is owed from here until it begins.
+// Shape    m_host.Post(Owed([](...) { ... })): the action is owed from here until it begins.
 // Threads  The test's only.
 #pragma once
 

@@ -1,5 +1,5 @@
-// What the person answers, in order. An answer that nobody asked for fails the test at the end:
-// what the script expects was never looked at. Threads: the interface thread.
+// The answers of the simulated user, in order. An answer that was not used fails the test at its
+// end, because the expectations in it were not checked. Threads: the interface thread.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,10 +22,10 @@ class PersonScript {
     m_fileAnswers.push_back(std::move(answer));
   }
   void AnswerFileDialog(const std::string& path) { AnswerFileDialog(FileDialogAnswer{path, {}}); }
-  // What the person does in the next modal dialog; one that is still open behind it is cancelled.
+  // The action in the next modal dialog; a dialog that is still open after it is cancelled.
   void AnswerDialog(DialogScript script) { m_dialogScripts.push_back(std::move(script)); }
-  // The same for the next box of long work. One without a script is waited for, without a line in
-  // the transcript: on a slow machine it may come up in any test.
+  // The same for the next box of long work. Without a script the box is waited for, without a line
+  // in the transcript, because on a slow machine it may open in any test.
   void AnswerWorkBox(DialogScript script) { m_workScripts.push_back(std::move(script)); }
 
  protected:

@@ -1,6 +1,5 @@
-// The place of a virtual operation in its class's table, from the form that this platform's
-// compilers give to a pointer to it: one more than its offset in bytes. From 0; a destructor takes
-// two places.
+// The index of a virtual operation in its class's table, from this platform's representation of a
+// pointer to it: its offset in bytes plus one. From 0; a destructor takes two entries.
 #pragma once
 
 #include <cstddef>

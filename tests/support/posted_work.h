@@ -1,4 +1,4 @@
-// What waits for the person's next turn: queued calls, and boxes that block no window.
+// Work for the next turn of the loop: queued calls, and boxes that block no window.
 //
 // Threads  Post and Open from any thread; everything else on the interface thread.
 #pragma once
@@ -15,7 +15,7 @@ class PostedWork {
  public:
   // Runs one queued call; false when there is none.
   bool RunOnePosted() { return m_posted.RunOne(); }
-  // Runs queued calls, also those that they queue, until none is left.
+  // Runs queued calls, also those that they post, until none is left.
   void RunPosted() {
     while (RunOnePosted()) {
     }
@@ -30,7 +30,7 @@ class PostedWork {
     return m_posted.Wait(limit);
   }
   std::size_t PostedCount() const { return m_posted.Size(); }
-  // The person closes the boxes that block no window.
+  // Closes the boxes that block no window.
   void ClosePostedBoxes() {
     std::vector<std::function<void()>> boxes;
     {
@@ -44,7 +44,7 @@ class PostedWork {
 
  protected:
   void Push(std::function<void()> call) { m_posted.Push(std::move(call)); }
-  // A box is open; `closed` is called when the person closes it.
+  // A box is open; `closed` is called when the user closes it.
   void Open(std::function<void()> closed) {
     {
       const std::lock_guard lock(m_boxMutex);

@@ -1,4 +1,4 @@
-// The words in which a transcript tells a question to the person, and how one is closed unanswered.
+// The text of a question in a transcript, and the answer when it is closed without one.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 
 #include "docview/host.h"
 
-// As a person closes a box who decides nothing: Cancel, No, or the only button.
+// The answer when a user closes a box without deciding: Cancel, No, or the only button.
 inline BoxAnswer ClosedBox(BoxButtons buttons) {
   if (buttons == BoxButtons::Ok) return BoxAnswer::Ok;
   return buttons == BoxButtons::YesNo ? BoxAnswer::No : BoxAnswer::Cancel;

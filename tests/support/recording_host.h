@@ -1,4 +1,4 @@
-// A host without a person: it answers from a script and writes down what it was asked.
+// A host without a user: it answers from a script and records the questions.
 //
 // Shape    The transcript has one line per question, in the order in which they came:
 //            box Tessera [stop] "Invalid format." (OK) -> OK
@@ -7,7 +7,8 @@
 //            dialog -> 1
 //            modeless opened / modeless updated / modeless closed
 //            wait cursor on / wait cursor off
-// Errors   A question without a scripted answer is closed as a person would close it: Cancel, No,
+// Errors   A question without a scripted answer is closed like a box without a decision: Cancel,
+//          No,
 //          or the only button.
 // Threads  Post and PostBox from any thread; everything else on the interface thread, the test's.
 #pragma once
@@ -37,7 +38,7 @@ class RecordingHost : public Host,
  public:
   // From now on a box of long work fails the test.
   void WantNoWorkBox(bool wanted = true) { m_wantsNoWorkBox = wanted; }
-  // Goes on with the work of a box that is up, until it is done.
+  // Continues the work of an open box until it is done.
   void Finish(CDialog& box) {
     const TimerId timer = m_workTimers.at(&box);
     while (!box.Ended()) TickOf(timer)();
@@ -53,7 +54,7 @@ class RecordingHost : public Host,
     return answer;
   }
   void PostBox(MessageBoxRequest request, std::function<void()> closed) override {
-    Open(std::move(closed));  // before anybody can read of it
+    Open(std::move(closed));  // before the transcript mentions it
     Note("posted box " + BoxText(request));
   }
   std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) override {

@@ -1,4 +1,4 @@
-// An owner of a row list that writes down what the list tells and asks.
+// An owner of a row list that records the list's calls.
 #pragma once
 
 #include <map>
@@ -8,7 +8,7 @@
 
 #include "controls/list/row_list.h"
 
-// Writes down what the list tells: "5: 0>3".
+// Records state changes: "5: 0>3".
 class RecordingRowListOwner final : public RowListOwner {
  public:
   std::string RowListText(int row, ListColumn column) override {
@@ -35,7 +35,7 @@ class RecordingRowListOwner final : public RowListOwner {
   void OnColumnResized(ListColumn, int) override { ++resized; }
   void OnColumnsReordered() override { ++reordered; }
 
-  // What was told since the last call.
+  // The records since the last call.
   std::vector<std::string> Told() { return std::exchange(told, {}); }
 
   RowList* list = nullptr;

@@ -1,10 +1,10 @@
-// A slow, obvious matcher to test the fast one against: it reads the compiled program opcode by
-// opcode and tries every place of the text, with one recursion per run. It shares no code with the
-// other.
+// A slow, simple matcher to test the fast one against. It reads the compiled program opcode by
+// opcode and tries every position of the text, with one recursion per run. It shares no code with
+// the fast one.
 //
-// Shape    Positions are counted from the text's start. Nothing moves past its end, where a read
-//          gives zero, and no run goes on there.
-// Errors   An attempt that takes too long gives up: GaveUp() says so, and its answer means nothing.
+// Shape    Positions are counted from the text's start. No position is beyond the end, where a read
+//          gives zero and no run continues.
+// Errors   An attempt that takes too long gives up: GaveUp() says so, and its answer is not valid.
 // Threads  One at a time.
 #pragma once
 
@@ -27,7 +27,7 @@ class RegexOracle {
 
   bool GaveUp() const { return m_budget == 0; }
 
-  // What RegexSearch answers.
+  // The answer of RegexSearch.
   std::optional<Match> Search(std::size_t from) {
     if (RegexState.anchored) return Try(from, false);
     for (std::size_t at = from; at <= m_text.size(); ++at)
@@ -35,7 +35,7 @@ class RegexOracle {
     return std::nullopt;
   }
 
-  // What RegexMatchText answers.
+  // The answer of RegexMatchText.
   std::optional<Match> SearchText() {
     if (!RegexState.anchored) return Search(0);
     if (m_text.empty()) return std::nullopt;
@@ -131,7 +131,7 @@ class RegexOracle {
     }
   }
 
-  // One attempt of the rest behind a run; the run itself sees to the end of a word.
+  // One attempt of the rest after a run; the run itself checks the end of a word.
   bool Rest(std::size_t at, std::size_t code, bool wordFlag, std::size_t& end) {
     return MatchHere(at, code, false, end) && (!wordFlag || !IsWord(Get(end)));
   }

@@ -1,4 +1,4 @@
-// What one item of the compiled program takes, for the obvious matcher of regex_oracle.h.
+// What one item of the compiled program matches, for the simple matcher of regex_oracle.h.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 constexpr std::size_t kOracleCodeEnd = sizeof RegexState.program;
 
-// The byte of the program, -1 past its end.
+// The byte of the program, -1 beyond its end.
 inline int OracleCode(std::size_t code) {
   return code < kOracleCodeEnd ? RegexState.program[code] : -1;
 }
@@ -18,7 +18,7 @@ struct OracleItem {
   std::size_t operand;
   bool starred;
 
-  // How many bytes of operand follow the opcode; nothing for another opcode.
+  // How many operand bytes follow the opcode; none for another opcode.
   static std::optional<std::size_t> OperandsOf(int kind) {
     switch (kind) {
       case RX_CHAR:
@@ -35,7 +35,7 @@ struct OracleItem {
     }
   }
 
-  // Zero is a place outside the text.
+  // Zero is a position outside the text.
   bool Takes(unsigned char c) const {
     const bool lineEnd = (c == '\r' || c == '\n') && !RegexState.acrossLines;
     switch (kind) {

@@ -1,5 +1,4 @@
-// Where a folder of a test lies on a disk, the segments beside each socket in it lie elsewhere in
-// memory.
+// If a test's folder is on a disk, the segments beside each socket in it are elsewhere, in memory.
 #pragma once
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// Columns, their widths and their order: what every row list does, whoever made it.
+// The part of the row list contract about columns, their widths and their order.
 #pragma once
 
 #include <gtest/gtest.h>

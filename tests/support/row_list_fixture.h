@@ -1,5 +1,4 @@
-// What the parts of the row list contract stand on: a list made by a rig, and an owner that
-// listens.
+// The base of the tests of the row list contract: a list made by a rig, and an owner that records.
 #pragma once
 
 #include <gtest/gtest.h>

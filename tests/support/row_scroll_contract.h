@@ -1,4 +1,4 @@
-// Which rows are seen: what every row list does, whoever made it.
+// The part of the row list contract about visible rows.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Rows, their focus and their selection: what every row list does, whoever made it.
+// The part of the row list contract about rows, focus and selection.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// While it stands, long work shows its box after its first part and does one part at a time.
+// While it exists, long work shows its box after its first part and does one part at a time.
 #pragma once
 
 #include "docview/dialogs/long_work.h"

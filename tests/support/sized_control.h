@@ -1,5 +1,5 @@
-// The size of a fake control: a window system gives it to the control that a frame shows, as soon
-// as both are seen; until then, and while it is hidden, the control keeps the one that it has.
+// The size of a fake control. A window system sets the size of a control when the control is shown
+// in a visible frame. Until then, and while it is hidden, the control keeps its size.
 #pragma once
 
 class SizedControl {

@@ -1,5 +1,5 @@
-// How much of what applications left beside a socket has been taken: what is still there of them is
-// no more than the count of it.
+// Whether the files of applications beside a socket have been taken: afterwards only their counts
+// are left.
 #pragma once
 
 #include <errno.h>
@@ -10,8 +10,7 @@
 #include "quor/ring/segment_folder.h"
 #include "quor/ring/segment_map.h"
 
-// Segments that hold more than such a count: of applications that live, and of those that are not
-// taken yet.
+// Segments that have more than a count: of live applications, and of those that are not taken yet.
 inline std::size_t SegmentsNotTaken(const SegmentFolder& folder) {
   const std::vector<std::string> names = folder.Names();
   return static_cast<std::size_t>(

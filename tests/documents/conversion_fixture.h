@@ -1,4 +1,4 @@
-// Older trace files, and what a conversion leaves on the disk.
+// Older trace files, and the files that a conversion leaves on the disk.
 #pragma once
 
 #include "documents_fixture.h"
@@ -16,7 +16,7 @@ class ConversionTest : public DocumentsTest {
     }
     return image.WriteTo(m_temp.File(name));
   }
-  // The names in the folder, sorted, each with the first word of what is in it.
+  // The names in the folder, sorted, each with the first word of the file's content.
   std::string Folder() const {
     std::string all;
     for (const std::string& name : NamesIn(m_temp.Path())) all += name + KindOf(name) + " ";

@@ -1,5 +1,5 @@
-// An application with a template of trace file documents, whose main frame writes progress messages
-// into the host's transcript.
+// An application with a template of trace file documents. Its main frame writes progress messages
+// to the host's transcript.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -52,7 +52,7 @@ class DocumentsTest : public testing::Test {
     EXPECT_TRUE(FinishLoad(*document));
     return *document;
   }
-  // A load holds its file open until its thread has ended, so that the file can be made anew then.
+  // A load keeps its file open until its thread has ended; only then the file can be made again.
   bool ThreadLetsGoOf(const std::string& path) {
     return m_host.RunUntil([&path] { return static_cast<bool>(CreateForWriting(path)); });
   }
@@ -70,7 +70,7 @@ class DocumentsTest : public testing::Test {
     }
     if (m_onProgress) m_onProgress(what);
   }
-  // The lines of the host's transcript that begin so.
+  // The lines of the host's transcript that begin with `line`.
   std::string ToldOf(const std::string& line) const {
     std::string all;
     for (const std::string& each : m_host.Transcript()) {

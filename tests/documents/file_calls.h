@@ -1,14 +1,14 @@
-// The calls by which this program deletes, renames and syncs files, seen and led by a test: the
-// test program stands before the system's library with calls of its own
+// Intercepts the calls by which this program deletes, renames and syncs files. The test program
+// defines these functions itself, so that they replace the system library's
 // (conversion_safety_test.cpp).
 #pragma once
 
 #include <functional>
 #include <string>
 
-// Asked before each call, as "unlink web.trc.old", "rename web.trc web.trc.old" or "sync
-// web.trc.tmp 1234" (bytes), by whatever thread makes it. A number that is not 0 is the error that
-// the call then gives, without being made.
+// Called before each call, with "unlink web.trc.old", "rename web.trc web.trc.old" or "sync
+// web.trc.tmp 1234" (bytes), on the calling thread. A result other than 0 is the error that the
+// call then returns without being made.
 class FileCalls {
  public:
   using Ear = std::function<int(const std::string& call)>;

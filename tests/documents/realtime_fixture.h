@@ -1,4 +1,4 @@
-// A monitor's document on a fake connection, in a current folder of its own.
+// A monitor's document with a fake connection, in a working directory of its own.
 #pragma once
 
 #include <filesystem>
@@ -43,7 +43,7 @@ class RealtimeTest : public DocumentsTest {
     };
     return number(hint->m_events.front()) + ".." + number(hint->m_events.back());
   }
-  // Logs each hint with its traces, as "1005 1..100 of 2500" behind the size of the list.
+  // Logs each hint with its traces, as "1005 1..100 of 2500" with the size of the list.
   void LogHints() {
     m_view->m_onUpdate = [this](CView* sender, unsigned hint, CObject* object) {
       EXPECT_EQ(sender, nullptr);

@@ -80,7 +80,7 @@ class DocviewTest : public testing::Test {
     docTemplate.InitialUpdateFrame(*frame, document, true);
     return *frame;
   }
-  // What the log tells from here on.
+  // The lines that `act` adds to the log.
   std::string ToldBy(const std::function<void()>& act) {
     m_log.Clear();
     act();

@@ -38,7 +38,7 @@ class ShellTest : public ::testing::Test {
     m_app.reset();
     m_app = std::make_unique<TestApp>(m_host, m_faces, m_log);
   }
-  // A program that stands with no document and no wizard.
+  // Starts a program with no document and no wizard.
   void Start() {
     NtRegPut(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 0U);
     ASSERT_TRUE(m_app->InitInstance({}));

@@ -1,4 +1,4 @@
-// The application as tests start it.
+// The application in the form that tests start.
 #pragma once
 
 #include <memory>
@@ -11,7 +11,7 @@
 #include "shell/tessera_app.h"
 #include "support/fake_frame.h"
 
-// The application with stand-ins for the documents and the wizard that it knows but lacks.
+// The application with stand-ins for the documents and the wizard that it does not have yet.
 class TestApp : public CTesseraApp {
  public:
   TestApp(Host& host, ShellFaces& faces, FrameLog& log) : CTesseraApp(host, faces), m_log(log) {}

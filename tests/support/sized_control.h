@@ -5,7 +5,7 @@
 class SizedControl {
  public:
   static constexpr int kRowHeightPx = 20;
-  // What a window system makes before anybody has laid the control out.
+  // The size before any layout.
   static constexpr int kUnseenHeightPx = 480;
 
   virtual void SetHeight(int heightPx) = 0;

@@ -1,4 +1,4 @@
-// A directory of a test's own, gone with everything in it at the end of the test.
+// A directory for one test, removed with its content at the end of the test.
 #pragma once
 
 #include <stdlib.h>
@@ -30,7 +30,7 @@ class TempDir {
   TempDir& operator=(const TempDir&) = delete;
 
   const std::string& Path() const { return m_path; }
-  // The path of `name` in the directory; nothing is made.
+  // The path of `name` in the directory; makes nothing.
   std::string File(std::string_view name) const { return m_path + "/" + std::string(name); }
   // The same, made with `bytes` as its content.
   std::string File(std::string_view name, std::string_view bytes) const {
@@ -50,7 +50,7 @@ inline std::string ReadIfThere(const std::string& path) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// The bytes of a file. One that is missing is like no file, and like no other that is missing.
+// The bytes of a file. The result for a missing file equals that of no other file.
 inline std::string ReadAll(const std::string& path) {
   static std::atomic<int> missing = 0;
   if (!std::ifstream(path)) return "(no file " + std::to_string(++missing) + ")";

@@ -1,5 +1,5 @@
-// What a forked child finds wrong with its EXPECT, told to the test that forked it: the child's own
-// word would end with the child.
+// Reports the failed EXPECTs of a forked child to the test that forked it, because the child's own
+// report is lost with the child.
 #pragma once
 
 #include <gtest/gtest-spi.h>

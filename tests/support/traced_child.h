@@ -1,5 +1,5 @@
-// A traced application: `body` in a process of its own, with pipes to the test for steps. What its
-// EXPECTs find wrong fails the test, at the latest when this goes.
+// A traced application: `body` in a process of its own, with pipes to the test for steps. Failed
+// EXPECTs in it fail the test, at the latest when this is destroyed.
 #pragma once
 
 #include <fcntl.h>
@@ -20,11 +20,11 @@ class TracedChild {
     EXPECT_EQ(pipe2(m_told, O_CLOEXEC), 0);
     m_pid = fork();
     if (m_pid == 0) {
-      close(m_go[1]);  // the end of the test is the end of all waiting for it
+      close(m_go[1]);  // so that the end of the test ends all waiting in the child
       m_failures.TellFromHere();
       _exit(body(*this));
     }
-    close(m_told[1]);  // the end of the child is the end of what it tells
+    close(m_told[1]);  // so that the end of the child ends the pipe
   }
   ~TracedChild() {
     if (m_pid > 0) Kill();

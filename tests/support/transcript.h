@@ -1,4 +1,4 @@
-// What happened, line by line. Threads: any.
+// The recorded events, line by line. Threads: any.
 #pragma once
 
 #include <mutex>
@@ -8,7 +8,7 @@
 
 class TranscriptKeeper {
  public:
-  // What happened so far.
+  // The lines so far.
   std::vector<std::string> Transcript() const {
     const std::lock_guard lock(m_mutex);
     return m_transcript;
@@ -22,7 +22,7 @@ class TranscriptKeeper {
     const std::lock_guard lock(m_mutex);
     m_transcript.clear();
   }
-  // A test adds lines of its own where it wants to see the order of both.
+  // A test adds lines of its own to check the order of both.
   void Note(std::string line) {
     const std::lock_guard lock(m_mutex);
     m_transcript.push_back(std::move(line));

@@ -1,8 +1,8 @@
-// The bytes of a .trc file, written as a test reads best:
+// The bytes of a .trc file, in a form that reads well in a test:
 //
 //   TrcImage().Name(7, "web").Trace({.text = "up", .machine = 7}).Raw(12).WriteTo(path);
 //
-// It shares no code with the program's own writers, so that a mistake there does not hide itself.
+// It shares no code with the program's own writers, so that it cannot have the same mistake.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 #include "records/raw_trace.h"
 #include "support/file_image.h"
 
-// The fields of one trace. Initialisers stand in this order.
+// The fields of one trace, in the order of initialisers.
 struct TraceFields {
   std::string text = {};
   std::string stack = {};

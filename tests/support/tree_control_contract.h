@@ -1,16 +1,17 @@
-// What every tree control does, whoever made it: run by the fake and by the control on the screen.
+// The contract of the tree control: run for the fake and for the control on the screen.
 //
-// To run it, write a rig and instantiate the two suites:
+// To run it, write an adapter ("rig") and instantiate the two suites:
 //
 //   struct MyRig {
 //     explicit MyRig(TreeControlOwner& owner);  // makes an empty tree
 //     TreeControl& Tree();
-//     void ShowRows(int rows);                  // sizes it so that so many rows show whole
+//     void ShowRows(int rows);                  // sizes it so that so many rows are fully visible
 //   };
 //   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, TreeItemContract, MyRig);
 //   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, TreeRowContract, MyRig);
 //
-// The rig's constructor makes what the tree needs (an application object); the owner outlives it.
+// The rig's constructor makes what the tree needs (an application object). The owner outlives the
+// rig.
 #pragma once
 
 #include "support/tree_item_contract.h"

@@ -1,5 +1,5 @@
-// What the parts of the tree control contract stand on: a tree made by a rig, with a few items, and
-// an owner that writes down what it is told.
+// The base of the tests of the tree control contract: a tree made by a rig, with a few items, and
+// an owner that records the calls.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -33,11 +33,11 @@ class RecordingTreeOwner final : public TreeControlOwner {
   void OnTreeContextMenu(int, int) override { told.push_back("context menu"); }
 
   TreeControl* tree = nullptr;
-  std::function<void(TreeItem)> fill;                 // what the owner does at each expansion
-  std::map<TreeItemData, std::string> texts;          // of those that are not "item 7"
+  std::function<void(TreeItem)> fill;                 // called at each expansion
+  std::map<TreeItemData, std::string> texts;          // other texts than "item 7"
   std::map<std::string, std::vector<HitRange>> hits;  // by text
   std::vector<TreeItem> selections;                   // at each change
-  TreeItemData closed = 0;                            // the item that it does not let open
+  TreeItemData closed = 0;                            // the item that may not be opened
   std::vector<std::string> told;
 
  private:
@@ -63,7 +63,8 @@ class TreeControlFixture : public testing::Test {
     m_12 = Add(m_1, 12);
     m_111 = Add(m_11, 111);
   }
-  // The words of the rows, from the bottom up by the port's own walk, put in order: "1 11 2".
+  // The texts of the rows, collected from the bottom up by the control's own walk, then reversed:
+  // "1 11 2".
   std::string Rows() {
     TreeItem last = 0;
     while (const TreeItem below = Tree().Walk(last, TreeStep::LastChild)) {

@@ -1,4 +1,4 @@
-// Items in their order, inserted and deleted: what every tree control does, whoever made it.
+// The part of the tree control contract about inserting and deleting items.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Items opened, selected and scrolled to: what every tree control does, whoever made it.
+// The part of the tree control contract about opening, selecting and scrolling.
 #pragma once
 
 #include <cstddef>

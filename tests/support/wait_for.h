@@ -1,4 +1,4 @@
-// Waiting for what another thread or process does.
+// Waits for another thread or process.
 #pragma once
 
 #include <poll.h>
@@ -6,7 +6,7 @@
 #include <chrono>
 #include <functional>
 
-// Looks at the condition every millisecond; false when it does not hold in time.
+// Checks the condition every millisecond; false when it does not hold in time.
 inline bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   while (!condition()) {

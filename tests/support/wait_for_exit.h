@@ -1,4 +1,4 @@
-// Waiting for the end of a process that the test has started.
+// Waits for the end of a process that the test has started.
 #pragma once
 
 #include <sys/wait.h>

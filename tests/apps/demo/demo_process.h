@@ -40,7 +40,8 @@ class DemoProcess {
   void Signal(int number) { kill(m_pid, number); }
   std::string Out() const { return ReadIfThere(m_folder.File("out")); }
   std::string Err() const { return ReadIfThere(m_folder.File("err")); }
-  // Of "quor-demo: 12 traces, 0 lost", its last line. REQUIRES: it has ended well.
+  // The number in its last line, "quor-demo: 12 traces, 0 lost". REQUIRES: it has ended
+  // successfully.
   unsigned long Traces() const {
     const std::string err = Err();
     const std::size_t line = err.rfind("quor-demo: ");

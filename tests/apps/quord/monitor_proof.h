@@ -1,4 +1,4 @@
-// What a monitor is sent, with the proof of the sum rule frame by frame.
+// The stream of a monitor, with a check of its counts after each frame.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ class MonitorProof : private DataSink {
     for (const SeenTrace& trace : traces) count += trace.app == app && trace.component != "Quor";
     return count;
   }
-  // All that was sent, as far as this monitor knows.
+  // All traces that were sent, as far as this monitor knows.
   std::uint64_t Sum() const { return delivered + lost + gaps; }
 
   bool keepTraces = true;
@@ -50,7 +50,7 @@ class MonitorProof : private DataSink {
   void BeginStream() { m_firstWords = true; }
   // The first ledger of the stream has come.
   bool StreamBegan() const { return !m_firstWords; }
-  // So has the ledger of each data frame.
+  // The ledger of each data frame has come.
   bool IsCounted() const { return !m_expectsLedger; }
   void TakeData(Bytes body) {
     std::string why;
@@ -66,7 +66,7 @@ class MonitorProof : private DataSink {
       std::uint64_t& serial = serials[word.instance()];
       if (!before.second) {
         before.second = true;
-        // A gap between streams; the first stream began where it began.
+        // A gap between streams; before the first stream there is none.
         if (m_streams > 0 && base > serial) gaps += base - serial;
       } else {
         EXPECT_EQ(base, before.first.serial() - before.first.delivered() - before.first.lost());
@@ -85,7 +85,8 @@ class MonitorProof : private DataSink {
   }
 
  private:
-  // What the first ledger of a stream does not name was forgotten: the sum tells how far it came.
+  // A source that is missing from the first ledger of a stream was forgotten: the sum includes its
+  // serial.
   void TakeForgotten(const quor::wire::Ledger& ledger) {
     if (ledger.has_forgotten()) {
       std::uint64_t known = m_forgotten;

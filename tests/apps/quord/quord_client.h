@@ -1,4 +1,4 @@
-// A client of the service that looks at every byte: hello, requests, and a monitor.
+// A client of the service that checks every byte: hello, requests, and a monitor.
 #pragma once
 
 #include "monitor_proof.h"
@@ -37,7 +37,7 @@ class QuordClient final : public MonitorProof {
   void Send(FrameType type, const Message& message) {
     SendRaw(EncodeFrame(type, message.SerializeAsString()));
   }
-  // True when the service welcomes us.
+  // True when the service answers with Welcome.
   bool Hello(Role role, std::uint32_t version = kProtocolVersion) {
     quor::wire::Hello hello;
     hello.set_version(version);
@@ -53,7 +53,7 @@ class QuordClient final : public MonitorProof {
     EXPECT_TRUE(WaitFor([&] { return Pump(), m_answer.id() == m_id || ended; }));
     return m_answer;
   }
-  // Connects, greets and subscribes, once the service is there.
+  // Connects, sends the hello and subscribes, as soon as the service accepts connections.
   bool Monitor(const std::string& path) {
     if (!WaitFor([&] { return Connect(path); }) || !Hello(quor::wire::ROLE_MONITOR)) return false;
     Request request;
@@ -63,7 +63,7 @@ class QuordClient final : public MonitorProof {
            WaitFor([&] { return Pump(), StreamBegan(); });
   }
 
-  // Says that it lives, as often as it must.
+  // Sends heartbeats as often as necessary.
   void Beat() {
     const auto now = std::chrono::steady_clock::now();
     if (now < m_nextBeat) return;
@@ -71,7 +71,7 @@ class QuordClient final : public MonitorProof {
     const auto beat = EncodeFrame(FrameType::Heartbeat, Bytes());
     send(m_socket, beat.data(), beat.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
   }
-  // Takes what is there.
+  // Reads what has arrived.
   void Pump() {
     std::uint8_t bytes[65536];
     for (int i = 0; i < 64 && m_socket >= 0 && !ended; ++i) {

@@ -1,4 +1,4 @@
-// A real quord for tests, on a socket, state and keys of its own, and clients that speak to it.
+// A real quord for tests, with a socket, state and keys of its own, and clients that connect to it.
 #pragma once
 
 #include <fcntl.h>
@@ -23,7 +23,7 @@
 
 class QuordProcess {
  public:
-  // Nothing is started yet. The test's own environment names this one's socket from now on.
+  // Nothing is started yet. From now on the test's environment names this socket.
   QuordProcess() {
     setenv("QUOR_SOCKET", SocketPath().c_str(), 1);
     setenv("QUOR_KEYS", KeysFolder().c_str(), 1);
@@ -49,7 +49,7 @@ class QuordProcess {
     return WaitFor([&] { return Log().find(words) != std::string::npos; }, milliseconds);
   }
 
-  // Starts it and waits until it serves.
+  // Starts it and waits until it accepts connections.
   void Start(std::vector<std::string> arguments = {}, const std::string& wrapper = {}) {
     arguments.insert(arguments.begin(), {"--foreground", "--log-level", "debug"});
     const std::size_t before = Log().size();
@@ -57,7 +57,7 @@ class QuordProcess {
     ASSERT_TRUE(WaitFor([&] { return Log().find("ready on", before) != std::string::npos; }))
         << Log();
   }
-  // Any other command of it; what it says goes to the log.
+  // Runs any other command of it; its output goes to the log.
   pid_t Spawn(const std::vector<std::string>& arguments, const std::string& wrapper = {}) const {
     std::vector<std::string> words;
     for (std::size_t at = 0; at < wrapper.size();) {
@@ -73,7 +73,7 @@ class QuordProcess {
     const std::string log = m_folder.File("log");
     const pid_t pid = fork();
     if (pid != 0) return pid;
-    // Another thread of the test may have held the allocator: nothing is allocated here.
+    // Another thread of the test may hold the allocator's lock: nothing is allocated here.
     const int to = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     dup2(to, STDOUT_FILENO);
     dup2(to, STDERR_FILENO);
@@ -104,7 +104,7 @@ class QuordProcess {
   }
 
  private:
-  // One in the background that a test has left: the lock tells its number while it holds it.
+  // Kills a service that a test has left in the background: the lock file has its pid.
   void KillHolder() const {
     const int lock = open(m_folder.File("quord.lock").c_str(), O_RDONLY | O_CLOEXEC);
     char number[16] = {};

@@ -1,8 +1,8 @@
-// Two machines in one: network and host name of their own, and a cable between them. Processes,
-// files and unix sockets are this machine's.
+// Simulates two machines: each with a network and a host name of its own, and a virtual cable
+// between them. Processes, files and unix sockets are shared.
 //
-// Needs `ip` (iproute2) and the right to make network namespaces: root's, or that of any user where
-// the kernel lets users have namespaces of their own.
+// Needs `ip` (iproute2) and the right to make network namespaces: as root, or as any user if the
+// kernel allows users to have namespaces.
 #pragma once
 
 #include <sched.h>
@@ -38,12 +38,12 @@ class TwoMachines {
 
   bool AreMade() const { return m_made; }
   const std::string& Why() const { return m_why; }
-  // What stands in front of a command that is to run there. 0: near, 1: far.
+  // The words before a command that is to run there. 0: near, 1: far.
   std::string Wrapper(int machine) const {
     return "nsenter -t " + std::to_string(m_holders[machine]) +
            (geteuid() == 0 ? "" : " -U --preserve-credentials") + " -n -u";
   }
-  // This process, which has one thread, is on that machine from now on.
+  // From now on this process, which has one thread, is on that machine.
   bool Enter(int machine) const {
     const std::string folder = "/proc/" + std::to_string(m_holders[machine]) + "/ns/";
     std::array<int, 3> spaces{};
@@ -62,8 +62,8 @@ class TwoMachines {
   std::string UserOf(pid_t holder) const {
     return geteuid() == 0 ? "" : "/proc/" + std::to_string(holder) + "/ns/user";
   }
-  // A process that does nothing but keep the machine there. `user`: the user namespace that owns
-  // it, our own for a new one; none for root.
+  // Starts a process that only keeps the namespace alive. `user`: the user namespace that owns it;
+  // empty for root.
   void Hold(pid_t& holder, const std::string& host, const std::string& user) {
     int told[2];
     ASSERT_EQ(pipe2(told, O_CLOEXEC), 0);

@@ -1,4 +1,4 @@
-// Runs the real program to its end, and reads what it prints.
+// Runs the real program to its end, and returns its output.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ inline std::vector<nlohmann::json> JsonLinesOf(const std::string& text) {
   return objects;
 }
 
-// The objects of the jsonl dump of a file without damage.
+// The objects of the jsonl dump of an undamaged file.
 inline std::vector<nlohmann::json> DumpedTraces(const std::string& path,
                                                 std::vector<std::string> more = {}) {
   std::vector<std::string> arguments = {"dump", path, "--format", "jsonl"};

@@ -1,4 +1,4 @@
-// The real program as a child process; the environment variable TRC names it.
+// The real program as a child process; the environment variable TRC has its path.
 #pragma once
 
 #include <fcntl.h>
@@ -20,14 +20,14 @@
 struct TrcRun {
   int status = -1;  // the exit status; 1000 + signal when a signal ended it
   std::string out, err;
-  long mostKilobytes = 0;  // of memory that it held at a time
+  long mostKilobytes = 0;  // the most memory at any time
 };
 
 struct TrcStart {
   std::vector<std::string> arguments;
   std::vector<std::string> environment = {};  // "NAME=value", added to ours
   std::string outTo = {};                     // a path for standard output; empty: a pipe
-  bool outIsClosed = false;                   // the reader has gone before the program starts
+  bool outIsClosed = false;  // the reader closes the pipe before the program starts
   bool errIsTerminal = false;
   bool ignoreInterrupt = false;
   rlim_t fileBytesMax = RLIM_INFINITY;  // a longer file is an error, as on a full disk
@@ -80,7 +80,7 @@ class TrcProcess {
            std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec) < work)
       sched_yield();
   }
-  // What the program has written so far, at least `bytes` of it unless it ends before.
+  // The output so far, at least `bytes` of it unless the program ends before.
   const std::string& ReadOut(std::size_t bytes) {
     while (m_run.out.size() < bytes && m_out >= 0) Pump();
     return m_run.out;
@@ -93,7 +93,7 @@ class TrcProcess {
     if (m_out >= 0) close(m_out);
     m_out = -1;
   }
-  // Reads all there is and waits for the end.
+  // Reads all output and waits for the end.
   TrcRun Finish() {
     while ((m_out >= 0 || m_errOpen) && !Late()) Pump();
     if (Late()) {
@@ -128,7 +128,7 @@ class TrcProcess {
     const rlimit fileSize{start.fileBytesMax, start.fileBytesMax};
     if (start.fileBytesMax != RLIM_INFINITY) {
       setrlimit(RLIMIT_FSIZE, &fileSize);
-      signal(SIGXFSZ, SIG_IGN);  // stays so in the program: its write fails instead
+      signal(SIGXFSZ, SIG_IGN);  // inherited by the program: its write fails instead
     }
     for (const std::string& variable : start.environment) putenv(strdup(variable.c_str()));
     std::string program = getenv("TRC") ? getenv("TRC") : "TRC is not set";
@@ -149,7 +149,8 @@ class TrcProcess {
   static bool Take(int from, std::string& to, char (&piece)[65536]) {
     const ssize_t count = read(from, piece, sizeof piece);
     if (count > 0) to.append(piece, static_cast<std::size_t>(count));
-    return count > 0;  // a terminal whose other end is closed fails, a pipe gives nothing
+    return count >
+           0;  // reading fails at the end of a terminal, and gives 0 bytes at the end of a pipe
   }
 
   const std::chrono::steady_clock::time_point m_deadline =

@@ -1,4 +1,4 @@
-// A cursor over traces of its own that notes its steps.
+// A cursor over traces of its own that records its steps.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// A list view whose document gets a trace while a file dialog stands, as a monitor's does.
+// A list view whose document gets a trace while a file dialog is open, as a monitor's may.
 #pragma once
 
 #include "trace_view_rig.h"
@@ -9,7 +9,7 @@ class DrainedView : public RecordingHost {
     m_document.m_loading = false;
     m_view.OnInitialUpdate();
   }
-  // What the command writes to `path`.
+  // The file that the command writes to `path`.
   std::string Written(unsigned command, const std::string& path) {
     AnswerFileDialog(path);
     EXPECT_TRUE(m_view.OnCommand(command));

@@ -1,4 +1,4 @@
-// A document with a list view over a fake list, and a main window that writes down what it is told.
+// A document with a list view over a fake list, and a main window that records its messages.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ class TraceViewTest : public testing::Test {
     return std::make_unique<CTraceView>(
         m_document, [](RowListOwner& owner) { return std::make_unique<FakeRowList>(owner); });
   }
-  // A trace enters the document; no view is told.
+  // Adds a trace to the document; no view is notified.
   TraceEvent_i* Add(TraceFields fields) {
     if (!fields.count) fields.count = m_nextCount;
     m_nextCount = *fields.count + 1;
@@ -55,14 +55,14 @@ class TraceViewTest : public testing::Test {
   void AddMany(int count) {
     for (int i = 0; i < count; ++i) Add({});
   }
-  // What a drain does: traces enter the document, the views are told once.
+  // Acts like a drain: adds traces to the document and notifies the views once.
   void Drain(const std::vector<TraceFields>& traces) {
     CTraceHint hint;
     for (const TraceFields& fields : traces) hint.m_events.push_back(Add(fields));
     m_document.UpdateAllViews(nullptr, kHintAdded, &hint);
   }
   void DrainMany(int count) { Drain(std::vector<TraceFields>(static_cast<std::size_t>(count))); }
-  // What a trim does: the views are told, then the oldest traces go.
+  // Acts like a trim: notifies the views, then removes the oldest traces.
   void Trim(int count) {
     CTraceHint hint;
     for (int i = 0; i < count; ++i)

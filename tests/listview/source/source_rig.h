@@ -34,7 +34,7 @@ class SourceTest : public testing::Test {
   std::string File(const std::string& name, const std::string& text = "one\ntwo\nthree\n") {
     return m_directory.File(name, text);
   }
-  // The document number `index`, as its parts.
+  // Document number `index`, with its real class.
   CSourceDoc& Doc(std::size_t index = 0) {
     return static_cast<CSourceDoc&>(*m_template->Documents().at(index));
   }

@@ -1,4 +1,4 @@
-// One connection of a client, played by the test: frames in, frames out. Every read has a deadline.
+// The service's end of a client's connection, driven by the test. Every read has a deadline.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ class FakePeer {
   FakePeer(const FakePeer&) = delete;
   FakePeer& operator=(const FakePeer&) = delete;
 
-  // The next frame but heartbeats; false when the client has ended the connection.
+  // The next frame except heartbeats; false when the client has closed the connection.
   bool Read(FrameType* type, std::string* body, int patienceMs = kPatienceMs) {
     for (;;) {
       if (const auto frame = m_reader.Next()) {
@@ -56,7 +56,7 @@ class FakePeer {
     return message;
   }
   quor::wire::Request ExpectRequest() { return Expect<quor::wire::Request>(FrameType::Request); }
-  // Has the client gone?
+  // Has the client closed the connection?
   bool Ended() {
     FrameType type{};
     std::string body;
@@ -69,7 +69,7 @@ class FakePeer {
     const auto* from = static_cast<const char*>(bytes);
     while (size > 0) {
       const ssize_t count = send(m_socket, from, size, MSG_NOSIGNAL);
-      if (count <= 0) return;  // the client has gone, which the test finds out otherwise
+      if (count <= 0) return;  // the client has closed it, which the test finds out otherwise
       from += count;
       size -= static_cast<std::size_t>(count);
     }
@@ -86,7 +86,7 @@ class FakePeer {
     response.set_id(request.id());
     Send(FrameType::Response, response);
   }
-  // Takes the hello and welcomes the client.
+  // Reads the hello and sends the Welcome.
   quor::wire::Hello Welcome(std::uint32_t version = kProtocolVersion) {
     const auto hello = Expect<quor::wire::Hello>(FrameType::Hello);
     quor::wire::Welcome welcome;
@@ -97,7 +97,7 @@ class FakePeer {
     Send(FrameType::Welcome, welcome);
     return hello;
   }
-  // The same, and answers its subscription.
+  // The same, and answers the client's Subscribe.
   void Subscribed() {
     Welcome();
     const auto request = ExpectRequest();
@@ -109,7 +109,7 @@ class FakePeer {
     char id = 'a';
     std::uint64_t serial = 0, delivered = 0, lost = 0;
   };
-  // `forgotten`: the sum, in the first ledger of a stream, of a service that forgets.
+  // `forgotten`: the sum in the first ledger of a stream.
   void Ledger(std::vector<Source> sources, std::optional<std::uint64_t> forgotten = {},
               std::vector<Source> forgottenSources = {}) {
     quor::wire::Ledger ledger;
@@ -128,7 +128,7 @@ class FakePeer {
     }
     Send(FrameType::Ledger, ledger);
   }
-  std::string instance;  // of the run of the service that this plays
+  std::string instance;  // of the simulated run of the service
 
   void Data(const std::string& body) { SendRaw(FrameType::Data, body); }
 

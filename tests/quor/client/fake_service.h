@@ -1,7 +1,7 @@
-// A service that does what a test tells it, on a socket of its own.
+// A service that is driven by the test, on a socket of its own.
 //
-// The test runs the client's blocking calls in another thread (WhileServed) and plays the service's
-// part in its own.
+// The test runs the client's blocking calls in another thread (WhileServed) and acts as the service
+// in its own thread.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@
 #include "fake_peer.h"
 #include "support/temp_dir.h"
 
-// Listens where the clients of this process look for their service.
+// Listens at the socket where the clients of this process look for their service.
 class FakeService {
  public:
   FakeService() : m_path(m_dir.File("quord.sock")) {

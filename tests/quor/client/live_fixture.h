@@ -20,7 +20,7 @@ class LiveTest : public testing::Test {
     ASSERT_TRUE(m_thread) << m_why;
     m_peer->Ledger({});
   }
-  // The service ends the connection, and the client comes again.
+  // The service closes the connection, and the client connects again.
   void Reconnect(const std::string& instance = {}) {
     m_peer.reset();
     m_peer = m_service.Accept();
@@ -32,8 +32,8 @@ class LiveTest : public testing::Test {
     m_thread->Disconnect();
     m_thread = nullptr;
   }
-  // The component and text of each trace until `count` have come, one a line; what comes more in
-  // the same drain too.
+  // The component and text of each trace until `count` have come, one a line; includes further
+  // traces of the same drain.
   std::string Drain(std::size_t count) {
     std::string words;
     std::size_t taken = 0;
@@ -50,7 +50,7 @@ class LiveTest : public testing::Test {
         << words;
     return words;
   }
-  // Nothing more comes: proved by what the service sends last.
+  // Proves that nothing else comes before the trace `last`, which the service sends last.
   std::string DrainUpTo(const std::string& last) {
     std::string words;
     while (words.find(last) == std::string::npos) {

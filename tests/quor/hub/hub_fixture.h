@@ -1,4 +1,4 @@
-// A hub fed by hand, and streams that take everything.
+// A hub that the test feeds, and streams that take everything.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 #include "quor/protocol/frames.h"
 #include "records/record_fields.h"
 
-// One application as the hub sees it.
+// One application, from the hub's point of view.
 class FedSource {
  public:
   FedSource(Hub& hub, const std::string& app, std::uint32_t pid = 7) : m_hub(hub) {
@@ -54,7 +54,7 @@ class FedSource {
   std::shared_ptr<Source> m_source;
 };
 
-// What a peer of the stream would read: "number app component/category text", and its ledger.
+// What a peer of the stream reads: "number app component/category text", and its ledger.
 class TakingStream final : public HubStream, public DataSink {
  public:
   explicit TakingStream(Hub& hub, const StreamLimits& limits = {})
@@ -70,7 +70,7 @@ class TakingStream final : public HubStream, public DataSink {
     m_hub.Seal();
     m_hub.Deliver();
   }
-  // Everything that waits.
+  // Reads everything that waits.
   std::vector<std::string> Read() {
     Deliver();
     m_lines.clear();
@@ -100,7 +100,7 @@ class TakingStream final : public HubStream, public DataSink {
     for (const auto& [instance, word] : ledger) sum += word.delivered();
     return sum;
   }
-  // The sum of those that the stream was told are forgotten.
+  // The sum of the serials of forgotten sources, as the stream received it.
   std::uint64_t Forgotten() const { return m_forgotten; }
   std::uint64_t Lost() const {
     std::uint64_t sum = 0;

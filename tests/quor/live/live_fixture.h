@@ -40,7 +40,7 @@ class LiveProgramsTest : public testing::Test {
     ASSERT_TRUE(Eventually([&] { return Log().find("ready on", before) != std::string::npos; }))
         << Log();
   }
-  // Another command of quord, to its end.
+  // Runs another command of quord to its end.
   int RunQuord(const std::vector<std::string>& arguments) {
     int status = 0;
     waitpid(SpawnQuord(arguments, nullptr), &status, 0);
@@ -53,7 +53,7 @@ class LiveProgramsTest : public testing::Test {
     const std::size_t at = log.rfind(words) + words.size();
     return log.substr(at, log.find(' ', at) - at);
   }
-  // Its exit status; 1000 + signal when that ended it.
+  // Its exit status; 1000 + signal if a signal ended it.
   int StopService(int signal) {
     if (m_service <= 0) return -1;
     kill(m_service, signal);
@@ -62,7 +62,7 @@ class LiveProgramsTest : public testing::Test {
     m_service = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
   }
-  // Of whoever listens on the local socket; 0 when nobody does.
+  // The pid of the process that listens on the local socket; 0 if there is none.
   pid_t ServicePid() const {
     const int end = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{};
@@ -75,7 +75,7 @@ class LiveProgramsTest : public testing::Test {
     close(end);
     return peer.pid;
   }
-  // "N traced, M lost" and such: the number in front of the word.
+  // The number before `word` in "N traced, M lost" and the like.
   static std::uint64_t Told(const std::string& words, const std::string& word) {
     const std::size_t at = words.find(" " + word);
     if (at == words.npos) return ~0ull;

@@ -1,5 +1,5 @@
 // A service for tests: accepts one application after the other on a socket of its own and consumes
-// on the test's own thread.
+// traces on the test's thread.
 #pragma once
 
 #include "seen_app.h"
@@ -37,7 +37,7 @@ class FakeService {
     unlink(SocketPath().c_str());
   }
 
-  // The next application that introduces itself; null when none does in time.
+  // The next application that sends a hello; null when none does in time.
   std::unique_ptr<SeenApp> Accept(int milliseconds = 20000) {
     pollfd ready{m_listener, POLLIN, 0};
     if (poll(&ready, 1, milliseconds) != 1) return nullptr;

@@ -1,10 +1,10 @@
-// The file that an application writes by itself: how it is told to.
+// Makes an application write a file itself.
 #pragma once
 
 #include "fake_service.h"
 #include "support/file_traces.h"
 
-// The application, once it takes its traces itself.
+// The application, as soon as it takes its traces itself.
 inline std::unique_ptr<SeenApp> AcceptWithFile(FakeService& service, const std::string& path,
                                                const std::string& options) {
   auto seen = service.Accept();

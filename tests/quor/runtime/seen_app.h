@@ -1,4 +1,5 @@
-// One traced application as its service sees it: maps the segment, consumes, keeps what it saw.
+// One traced application from its service's point of view: maps the segment, consumes traces, keeps
+// them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,7 +24,7 @@
 #include "records/raw_trace.h"
 #include "support/wait_for.h"
 
-// What libquor counted in this process.
+// The counts of libquor in this process.
 inline quor_counts Counts() {
   quor_counts counts{};
   quor_get_counts(&counts);
@@ -38,7 +39,7 @@ struct SeenTrace {
   std::uint64_t ticPs = 0;
 };
 
-// One application as its service sees it.
+// One application from its service's point of view.
 class SeenApp {
  public:
   SeenApp(int socket, SegmentMap segment, LinkHello hello)
@@ -82,7 +83,7 @@ class SeenApp {
     Send(EncodePoke());
   }
 
-  // Reads what the application says and, unless told not to, what it traced.
+  // Reads the application's messages and, unless told not to, its traces.
   void Pump() {
     std::uint8_t bytes[4096];
     const LinkReceived got = ReceiveOnLink(m_socket, bytes, sizeof bytes);
@@ -97,7 +98,7 @@ class SeenApp {
     EXPECT_TRUE(m_points.ReadNew(m_pointNames));
     if (m_consuming && !m_paused) Consume();
   }
-  // Everything that can still be had of an application that ended.
+  // Reads everything that remains of an application that has ended.
   void Finish() {
     RingItem item;
     while (m_consumer.NextOfDead(item) == RingStep::Item) Take(item);

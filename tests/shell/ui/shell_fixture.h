@@ -27,7 +27,7 @@ inline bool Until(const std::function<bool()>& condition) {
   return QTest::qWaitFor(condition, kPatienceMs);
 }
 
-// Runs what the events so far have queued, and what that queues: reports of sizes, posted calls.
+// Processes all queued events and what these queue: reports of sizes, posted calls.
 inline void Settle() {
   for (int round = 0; round < 5; ++round) {
     QCoreApplication::sendPostedEvents();
@@ -35,7 +35,7 @@ inline void Settle() {
   }
 }
 
-// Runs `act` once a modal dialog is up; the dialog must be closed by it.
+// Runs `act` when a modal dialog is open; `act` must close the dialog.
 template <class Act>
 void OnModal(Act act) {
   auto* clock = new QTimer(qApp);
@@ -69,7 +69,7 @@ class ShellTest : public testing::Test {
   void Start(const std::vector<std::string>& arguments = {}) {
     m_app = std::make_unique<CTesseraApp>(m_host, *m_faces);
     ASSERT_TRUE(m_app->InitInstance(arguments));
-    // Without a window manager nobody gives the activation back that a progress box had.
+    // Without a window manager nothing activates the window again after a progress box.
     ASSERT_TRUE(Until([this] {
       if (!Window().isActiveWindow()) Window().activateWindow();
       return Window().isActiveWindow();
@@ -84,8 +84,8 @@ class ShellTest : public testing::Test {
     image.WriteTo(path);
     return path;
   }
-  // Opens a file and waits until its traces are there and are rows: the view is told in a turn of
-  // its own.
+  // Opens a file and waits until its traces are rows: the view is notified in a later turn of the
+  // loop.
   CTraceFileDoc* Open(const std::string& path) {
     auto* document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(path));
     EXPECT_TRUE(Until([document] {
@@ -94,7 +94,7 @@ class ShellTest : public testing::Test {
       return list->List().ItemCount() == static_cast<int>(document->m_traces.size());
     }));
     EXPECT_TRUE(Until([this] { return !m_app->Frame()->LoadStatus(); }));
-    // Offscreen there is no window manager to bring the window back when the progress box has gone.
+    // Offscreen no window manager activates the window again after the progress box.
     Window().activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&Window()));
     return document;
@@ -117,5 +117,5 @@ class ShellTest : public testing::Test {
   QtHost m_host;
   std::unique_ptr<QtShellFaces> m_faces;
   std::unique_ptr<CTesseraApp> m_app;
-  int m_closed = 0;  // how often the main window has gone for good
+  int m_closed = 0;  // how often the main window was closed finally
 };

@@ -19,7 +19,7 @@ inline std::string TreeText(const FilterNode& node, std::size_t depth = 0) {
   return text;
 }
 
-// The node at these labels below the root; REQUIRES: it is there.
+// The node at these labels below the root. REQUIRES: it exists.
 inline FilterNode& NodeAt(CFilterDialog& dialog, const std::vector<std::string>& labels) {
   FilterNode* node = &dialog.Tree().Root();
   for (const std::string& label : labels) {

@@ -1,5 +1,4 @@
-// A document with a tree view over a fake control, and a main window that writes down what it is
-// told.
+// A document with a tree view over a fake control, and a main window that records its messages.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -31,9 +30,9 @@ class ProcViewTest : public testing::Test {
       return std::make_unique<FakeTreeControl>(owner);
     });
   }
-  // A trace of machine desk, application shop, process 100, thread one, unless told otherwise, and
-  // numbered in order, enters the document; no view is told. All tic counts are 0, so that every
-  // span reads "0 ps".
+  // Adds a trace of machine desk, application shop, process 100, thread one, unless set otherwise,
+  // numbered in order, to the document; no view is notified. All tic counts are 0, so that every
+  // span is "0 ps".
   TraceEvent_i* Add(TraceFields fields) {
     if (!fields.machine) fields.machine = 1;
     if (!fields.app) fields.app = 2;
@@ -49,14 +48,14 @@ class ProcViewTest : public testing::Test {
   void AddMany(int count) {
     for (int i = 0; i < count; ++i) Add(std::to_string(m_number).c_str());
   }
-  // What a drain does: traces enter the document, the views are told once.
+  // Acts like a drain: adds traces to the document and notifies the views once.
   void Drain(const std::vector<TraceFields>& traces) {
     CTraceHint hint;
     for (const TraceFields& fields : traces) hint.m_events.push_back(Add(fields));
     m_document.UpdateAllViews(nullptr, kHintAdded, &hint);
   }
   void Drain(const char* text) { Drain({TraceFields{.text = text}}); }
-  // What a trim does: the views are told, then the oldest traces go.
+  // Acts like a trim: notifies the views, then removes the oldest traces.
   void Trim(std::size_t count) {
     CTraceHint hint;
     for (std::size_t i = 0; i < count; ++i) hint.m_events.push_back(m_document.m_traces[i]);

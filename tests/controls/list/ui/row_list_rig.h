@@ -1,4 +1,4 @@
-// A row list on the screen for tests, with an owner whose cells the test chooses.
+// A row list on the screen for tests, with an owner whose cells the test sets.
 #pragma once
 
 #include <QApplication>
@@ -77,7 +77,7 @@ class ShownList {
     const int around = list.height() - list.viewport()->height();
     list.resize(list.width(), around + rows * list.RowHeight());
   }
-  // In the middle of a row, inside the column "Count".
+  // The middle of a row, in the column "Count".
   QPoint At(int row) const {
     return list.RowRect(row).center() + QPoint(90 - list.RowRect(row).center().x(), 0);
   }

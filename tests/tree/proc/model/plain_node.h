@@ -32,7 +32,7 @@ inline std::string PlainSpan(std::int64_t tics) {
   return text;
 }
 
-// A block keeps in `label` what its first child gives.
+// A block stores in `label` the text of its first child.
 inline std::string PlainLabel(PlainNode& node, const NameMap& names) {
   const std::string name = NameOf(names, node.id);
   switch (node.kind) {

@@ -1,5 +1,5 @@
-// The procedure tree by its plain rules: every search a walk, every time carried up node by node,
-// every trim followed by a pass over all nodes. The model must give the same tree.
+// The procedure tree in its simplest form: every search is a walk, every time is passed up node by
+// node, and every trim is followed by a pass over all nodes. The model must give the same tree.
 #pragma once
 
 #include <algorithm>
@@ -49,7 +49,7 @@ class PlainTree {
     const Place place = FindNode(event);
     if (place.in) {
       Node* const node = place.in->children[place.at];
-      Label(*place.in);  // keeps what the last child has given
+      Label(*place.in);  // stores the text of the last child
       place.in->children.erase(place.in->children.begin() + static_cast<std::ptrdiff_t>(place.at));
       node->taken = true;
     }
@@ -141,8 +141,9 @@ class PlainTree {
     return best;
   }
 
-  // The trace is destroyed: its leaf goes wherever it is, and nodes that it made are left without
-  // it; then closed blocks that hold nothing go, unless a node that was taken out of them lives.
+  // The trace is destroyed: removes its leaf wherever it is, and clears it in the nodes that it
+  // made. Then removes closed blocks without content, unless a node that was taken out of them
+  // lives.
   void Forget(const TraceEvent_i* event) {
     for (Node& node : m_nodes) {
       if (node.event != event || !event) continue;

@@ -1,4 +1,4 @@
-// A document, a model on it and a control that remembers, for tests of the procedure tree's model.
+// A document, a model on it and a control that records, for tests of the procedure tree's model.
 #pragma once
 
 #include <map>
@@ -11,7 +11,7 @@
 #include "support/recording_host.h"
 #include "tree/proc/model/proc_model.h"
 
-// Items as a control has them: a text each, below one another.
+// Items of a control: a text each, in a hierarchy.
 class RememberedItems final : public ProcItems {
  public:
   struct Item {
@@ -40,7 +40,7 @@ class RememberedItems final : public ProcItems {
   }
   void OnFirstMachine() override { ++m_firstMachines; }
 
-  // As the user opens the node: its children get their items.
+  // Like a user who opens the node: its children get their items.
   void Expand(const CTraceEvent& node) {
     m_items.at(node.treeItem).expanded = true;
     const auto& block = static_cast<const CExecutionBlock&>(node);
@@ -76,8 +76,8 @@ class ProcModelRig {
   }
   ~ProcModelRig() { m_model.Clear(); }
 
-  // A trace of machine desk, application shop, process 100, thread one, unless told otherwise, and
-  // numbered in order. Into the document only.
+  // Adds a trace of machine desk, application shop, process 100, thread one, unless set otherwise,
+  // numbered in order. Only to the document.
   TraceEvent_i* Trace(TraceFields fields) {
     if (!fields.machine) fields.machine = 1;
     if (!fields.app) fields.app = 2;
@@ -100,7 +100,7 @@ class ProcModelRig {
     m_model.Clear();
     m_model.AddAll();
   }
-  // The document's oldest traces go.
+  // Removes the document's oldest traces.
   void Trim(std::size_t traces) {
     std::deque<TraceEvent_i*> oldest;
     for (std::size_t i = 0; i < traces; ++i) oldest.push_back(m_document.m_traces[i]);
@@ -150,7 +150,7 @@ class ProcModelRig {
   CTraceFilter m_filter;
   RememberedItems m_items;
   ProcModel m_model;
-  TreeItem m_item = 0;  // what the last Add gave
+  TreeItem m_item = 0;  // the result of the last Add
 
  private:
   std::uint32_t m_number = 1;

@@ -46,11 +46,11 @@ STATUS = {
 # On which machine a line of docs/remote.md is typed where the line does not say it itself.
 REMOTE = "docs/remote.md"
 TYPED_ON = (
-    ("As a service of the system", r".*", "account"),
+    ("As a system service", r".*", "account"),
     ("When it does not work", r".*", "other"),
     ("Watch a server from your desk", r"quord|pkill", "orders1"),
-    ("Hand traces on to another machine", r"mkdir|scp|trc sink", "shop1"),
-    ("Hand traces on to another machine", r"quord", "orders1"),
+    ("Forward traces to another machine", r"mkdir|scp|trc sink", "shop1"),
+    ("Forward traces to another machine", r"quord", "orders1"),
     ("", r".*", "desk"),
 )
 

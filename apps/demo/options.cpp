@@ -88,5 +88,5 @@ const char* DemoUsage() {
          "  quor-demo\n"
          "  quor-demo --rate 1000 --for 10 --name load\n"
          "\n"
-         "Exit status: 0 good, 1 traces were lost, 2 wrong use.\n";
+         "Exit status: 0 success, 1 traces were lost, 2 wrong use.\n";
 }

@@ -32,12 +32,12 @@ class Parser {
     m_app.footer(
         "Examples:\n"
         "  quord                                  start the service of this user\n"
-        "  quord --foreground --log-level debug   the same, here, with many words\n"
-        "  quord --listen 0.0.0.0:7447            be reached from other machines, by TLS\n"
+        "  quord --foreground --log-level debug   in the foreground, with a long log\n"
+        "  quord --listen 0.0.0.0:7447            accept other machines, by TLS\n"
         "  quord keys init                        make the certificates for that\n"
-        "  quord status                           does it run, and who is here?\n"
+        "  quord status                           does it run? which applications?\n"
         "\n"
-        "Exit status: 0 good, 1 the answer is no or the service could not start,\n"
+        "Exit status: 0 success, 1 the answer is no or the service could not start,\n"
         "2 wrong use.");
     AddServe();
     AddKeys();
@@ -80,7 +80,7 @@ class Parser {
         ->type_name("LEVEL");
     m_app
         .add_option("--listen", m_serve.listen,
-                    "Take clients from other machines at this address, by mutual TLS; repeatable")
+                    "Accept other machines at this address, by mutual TLS; repeatable")
         ->type_name("ADDRESS:PORT")
         ->check([](const std::string& text) {
           return EndpointOf(text) ? "" : "\"" + text + "\" is not ADDRESS:PORT";
@@ -118,7 +118,9 @@ class Parser {
     AddFolder(m_init, m_initCommand.keysFolder);
     m_init->footer("Example:\n  quord keys init --host orders1.example.org --host 10.0.0.5");
     m_issue = m_keys->add_subcommand("issue", "Make a certificate for a client");
-    m_issue->add_option("NAME", m_issueCommand.name, "Who it is for")->required()->type_name("");
+    m_issue->add_option("NAME", m_issueCommand.name, "The name of the client")
+        ->required()
+        ->type_name("");
     m_issue->add_option("-r,--role", m_issueCommand.role, "What it allows")
         ->required()
         ->check(OneOf({"monitor", "configure", "forward"}))
@@ -153,7 +155,8 @@ class Parser {
   }
 
   void AddStatus() {
-    m_status = m_app.add_subcommand("status", "Tell whether the service runs and who is here");
+    m_status =
+        m_app.add_subcommand("status", "Show whether the service runs, and its applications");
     m_status->add_flag("--json", m_statusCommand.json, "For programs");
     m_status->add_option("--socket-dir", m_statusCommand.socketFolder, "Where its socket is")
         ->type_name("DIR");

@@ -104,6 +104,6 @@ const char* UsageText() {
          "  tessera --monitor localhost\n"
          "  QT_QPA_PLATFORM=offscreen tessera --render web.png --size 1400x900 web.trc\n"
          "\n"
-         "Exit status: 0 good, 2 wrong use, no display, or what was named cannot be\n"
+         "Exit status: 0 success, 2 wrong use, no display, or what was named cannot be\n"
          "opened.\n";
 }

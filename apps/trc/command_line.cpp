@@ -87,7 +87,7 @@ class Parser {
         "  trc tail\n"
         "  trc set orders Database/Query support\n"
         "\n"
-        "'trc COMMAND --help' tells more about a command. Exit status: 0 good, 1 the\n"
+        "'trc COMMAND --help' describes a command. Exit status: 0 success, 1 the\n"
         "answer is no or traces were lost, 2 wrong use or bad input, 3 the file is\n"
         "damaged, 130 interrupted.");
     AddGen();
@@ -133,7 +133,7 @@ class Parser {
   }
 
   void AddInfo() {
-    m_infoApp = m_app.add_subcommand("info", "Tell what is in trace files");
+    m_infoApp = m_app.add_subcommand("info", "Print a summary of trace files");
     m_infoApp->add_option("FILE", m_info.files, "Trace files")->required()->type_name("");
     m_infoApp->add_flag("-j,--json", m_info.json, "One JSON object per file, each on its line");
     m_infoApp->footer(
@@ -260,13 +260,13 @@ class Parser {
     AddFilterOptions(m_findApp, m_find.output.filter);
     m_findApp->footer(
         "An expression has . [set] * + ? ^ $ and, with backslashes, \\( \\) \\1 and \\{2,3\\}.\n"
-        "Exit status: 0 some match, 1 none does, 2 no pattern or no file.\n"
+        "Exit status: 0 some match, 1 none does, 2 a wrong pattern or file.\n"
         "\n"
         "Examples:\n"
         "  trc find 'slow query' web.trc\n"
         "  trc find -e 'after [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
         "  trc find -iw DEADLOCK web.trc --count\n"
-        "  trc find -- -1 web.trc        # what begins with - stands behind --");
+        "  trc find -- -1 web.trc        # a pattern that begins with -");
   }
 
   FindOptions ChosenFind() {

@@ -15,10 +15,10 @@ end
 
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -f
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a gen -d "Make a sample trace file"
-complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Tell what is in trace files"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Print a summary of trace files"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a find -d "Print the traces whose text matches"
-complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a tree of who wrote them"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a procedure tree"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
@@ -28,7 +28,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List 
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a show -d "Show traces, settings and sink"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a set -d "Switch traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a sink -d "Say where traces go"
-complete -c trc -n "not __fish_seen_subcommand_from $commands" -a emit -d "Be a traced application"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a emit -d "Act as a traced application"
 complete -c trc -s h -l help -d "Print help"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -s V -l version -d "Print the version"
 

@@ -6,7 +6,7 @@
 #include "usage.h"
 
 TreeParser::TreeParser(CLI::App& app)
-    : m_app(app.add_subcommand("tree", "Print the traces of a file as a tree of who wrote them")) {
+    : m_app(app.add_subcommand("tree", "Print the traces of a file as a procedure tree")) {
   m_app->add_option("FILE", m_options.file, "A trace file")->required()->type_name("");
   m_app
       ->add_option("OUT", m_options.out,
@@ -30,7 +30,7 @@ TreeParser::TreeParser(CLI::App& app)
   m_app->footer(
       "A line for each machine, application, process, thread, block (from \"Begin: \" to\n"
       "\"End: \") and trace, with the time that passed in processes, threads and blocks.\n"
-      "\"+- \" stands before what is closed over others.\n"
+      "A closed item with items below it begins with \"+- \".\n"
       "\n"
       "Examples:\n"
       "  trc tree web.trc --depth 4\n"

@@ -182,7 +182,7 @@ void LiveParser::AddSet() {
 }
 
 void LiveParser::AddSink() {
-  m_sinkApp = Add("sink", "Say where an application's traces go",
+  m_sinkApp = Add("sink", "Choose where an application's traces go",
                   "Examples:\n"
                   "  trc sink orders --server localhost\n"
                   "  trc sink orders --file orders.trc --flush --max-size 100 --max-files 5");
@@ -206,7 +206,7 @@ void LiveParser::AddSink() {
 
 void LiveParser::AddEmit() {
   m_emitApp =
-      Add("emit", "Be a traced application, for tests and load",
+      Add("emit", "Act as a traced application, for tests and load",
           "Without --rate and --count 10 traces a second until SIGINT; with --count alone\n"
           "as fast as they go. Prints how many were traced and how many lost; exit status 1\n"
           "if any were lost.\n"

@@ -48,7 +48,3 @@ void SegmentPointsReader::SetSettings(std::uint32_t point, std::uint32_t word) {
 void SegmentPointsReader::SetDefault(std::uint32_t word) {
   m_segment.Header()->defaultSettings.store(word, std::memory_order_relaxed);
 }
-
-void SegmentPointsReader::PublishSettings() {
-  m_segment.Header()->settingsVersion.fetch_add(1, std::memory_order_release);
-}

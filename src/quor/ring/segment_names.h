@@ -50,11 +50,10 @@ class SegmentPointsReader {
 
   // REQUIRES: point < Count().
   std::uint32_t Settings(std::uint32_t point) const;
+  // The application looks at what has changed when a Poke tells it to.
   void SetSettings(std::uint32_t point, std::uint32_t word);
   // The settings of points that are registered from now on.
   void SetDefault(std::uint32_t word);
-  // Call it after a batch of changes, so that the application reads them. Send it a Poke as well.
-  void PublishSettings();
 
  private:
   const SegmentMap& m_segment;

@@ -185,7 +185,6 @@ void RunningApp::ApplySettings() {
     if (m_pointIds[point] < m_entry->traces.size())
       points.SetSettings(point, m_entry->traces[m_pointIds[point]].settings);
   points.SetDefault(m_home.DefaultSettings());
-  points.PublishSettings();
   Say(EncodePoke());
 }
 

@@ -241,10 +241,17 @@ TEST(SegmentPoints, AreReadOnceAndTakeSettings) {
   EXPECT_EQ(points[0].component, AppNameId{3});
   EXPECT_EQ(points[0].category, AppNameId{4});
   reader.SetSettings(0, 0x31F);
-  reader.PublishSettings();
   EXPECT_EQ(segment.Points()[0].settings.load(), 0x31Fu);
   EXPECT_EQ(reader.Settings(0), 0x31Fu);
-  EXPECT_EQ(segment.Header()->settingsVersion.load(), 1u);
+}
+
+// An application and a service of different builds share a segment of one version.
+TEST(SegmentPoints, TheWordsThatTheServiceWritesStayWhereThisVersionHasThem) {
+  const std::size_t at = offsetof(SegmentHeader, pointCount);
+  EXPECT_EQ(kSegmentVersion, 3u);
+  EXPECT_EQ(offsetof(SegmentHeader, nameBytesUsed), at + 4);
+  EXPECT_EQ(offsetof(SegmentHeader, defaultSettings), at + 12);
+  EXPECT_EQ(offsetof(SegmentHeader, reserved), at + 64);
 }
 
 TEST(SegmentPoints, MoreThanTheSegmentHoldsOrFewerThanBeforeAreRefused) {

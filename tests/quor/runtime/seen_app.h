@@ -79,7 +79,6 @@ class SeenApp {
     Pump();
     for (std::uint32_t i = 0; i < m_points.Count(); ++i) m_points.SetSettings(i, word);
     m_points.SetDefault(word);
-    m_points.PublishSettings();
     Send(EncodePoke());
   }
 

@@ -5,7 +5,8 @@
 //          category "Loss", severity Warn, text "N traces lost: reason", without a number.
 // Owner    Borrows the segment and the names.
 //          The room of a trace in the ring is given back when the file has it: what was still
-//          buffered when the application was killed is left to the service.
+//          buffered when the application was killed is left to the service. When it is killed in
+//          the very write, those traces stand in the file and are given to the service as well.
 // Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUntold; why
 //          is told by TakeReport. The file is tried again every second.
 //          One that was removed, replaced, moved or cut short is begun anew under its name.

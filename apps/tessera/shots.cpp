@@ -32,14 +32,14 @@ bool SaveIcons(const QString& folder) {
 
 // The home folder that dialogs and status bar show: neutral, not the user's own.
 QString MakeHome(const QTemporaryDir& scratch) {
-  const QString home = scratch.filePath(QStringLiteral("ada"));
+  QString home = scratch.filePath(QStringLiteral("ada"));
   QDir().mkdir(home);
   qputenv("HOME", QFile::encodeName(home));
   return home;
 }
 
 QString CopyTo(const QString& folder, const char* from, const char* name) {
-  const QString path = folder + QLatin1Char('/') + QLatin1String(name);
+  QString path = folder + QLatin1Char('/') + QLatin1String(name);
   QFile::copy(QString::fromLocal8Bit(from), path);
   return path;
 }

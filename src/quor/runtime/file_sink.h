@@ -5,7 +5,8 @@
 //          category "Loss", severity Warn, text "N traces lost: reason", without a number.
 // Owner    Borrows the segment and the names. The space of a trace in the ring is given back when
 //          the trace is in the file. So the service still finds the traces that were buffered when
-//          the application was killed.
+//          the application was killed. If it is killed in the middle of a write, the traces of
+//          that write are in the file, and the service finds them as well.
 // Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUntold.
 //          TakeReport gives the reason. The file is tried again every second. A file that was
 //          removed, replaced, moved or cut short is begun again under its name.

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks the laws of the house that the compiler does not: see docs/architecture.md.
+"""Checks the laws of docs/architecture.md that the compiler does not check.
 
 A room includes rooms before it only; Qt stays in ui/ folders and the desktop program; files keep
 their size; no circle of includes; comments are whole. Prints each breach as FILE:LINE: WHAT and exits 1 if there is one.

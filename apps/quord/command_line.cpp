@@ -175,8 +175,8 @@ class Parser {
   }
 
   CLI::App m_app{
-      "The trace service of this machine: takes the traces of applications, gives them\n"
-      "to monitors, and keeps what is configured.",
+      "The trace service of this machine: receives the traces of applications, sends\n"
+      "them to monitors, and stores settings.",
       "quord"};
   CLI::App *m_keys = nullptr, *m_init = nullptr, *m_issue = nullptr, *m_status = nullptr;
   ServeCommand m_serve;

@@ -1,4 +1,5 @@
-// Converting a trace file of the older format, beside copying it: the same bytes read and written.
+// Converting a trace file of the older format, compared with copying it: the same bytes read and
+// written.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +15,7 @@ namespace {
 
 constexpr int kTurns = 5;
 
-// Both write to a file of their own that is made anew each time.
+// Both write to a file of their own that is made again each time.
 void Copy(const std::string& from, const std::string& to, std::size_t block) {
   const int in = open(from.c_str(), O_RDONLY | O_CLOEXEC);
   const int out = open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);

@@ -1,5 +1,5 @@
-// What a monitor's document can take: traces at a fixed rate through a real socket into the
-// client's queue, and the document's drain at each tick of its timer.
+// How many traces a monitor's document can take: traces at a fixed rate through a real socket into
+// the client's queue, and the document's drain at each tick of its timer.
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>

@@ -1,5 +1,6 @@
-// The file sink from end to end: from the trace point to bytes in the file, all of them, beside a
-// loop that takes the clock, copies a record of the same size and writes once per 64 KiB.
+// The file sink from end to end: from the trace point to bytes in the file, for every trace. The
+// floor is a loop that reads the clock, copies a record of the same size and writes once per 64
+// KiB.
 #include <fcntl.h>
 #include <time.h>
 
@@ -41,8 +42,8 @@ void FloorRun(const std::string& path, std::size_t batch, int traces) {
   close(file);
 }
 
-// The ring holds 45,000 of these traces: a burst that outruns the writer waits for it, as the
-// measure is that every trace arrives.
+// The ring has room for 45,000 of these traces. A burst that is faster than the writer waits for
+// it, because every trace must arrive.
 void SinkRun(const std::string& text, int traces) {
   for (int i = 0; i < traces; ++i) {
     quor_trace(&bench_point, QUOR_INFO, __FILE__, __LINE__, text.data(), text.size());

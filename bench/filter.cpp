@@ -1,4 +1,4 @@
-// Testing every trace of a file against a filter, beside a loop that only reads the ids.
+// Testing every trace of a file against a filter, compared with a loop that only reads the ids.
 #include "bench/bench_host.h"
 #include "bench/ratio.h"
 #include "bench/sample_file.h"

@@ -1,4 +1,4 @@
-// Searching the texts of a file, beside memmem over the same texts and beside PCRE2-JIT.
+// Searching the texts of a file, compared with memmem over the same texts and with PCRE2-JIT.
 #include <cstring>
 
 #include "base/mapped_file.h"
@@ -17,7 +17,7 @@
 namespace {
 
 constexpr int kTurns = 5;
-// Fewer than a search's box would come up for.
+// So few that the box of a search would not open.
 constexpr std::size_t kTextsPerSearch = 100000;
 constexpr double kMostOfMemmem = 1.5, kMostOfPeer = 2.0;
 
@@ -36,7 +36,7 @@ struct Texts {
   TraceList_t traces;
 };
 
-// A view's walk over some of them.
+// A view's walk over some of the texts.
 class SomeTexts final : public FindWalk {
  public:
   SomeTexts(const TraceList_t& traces, std::size_t from, std::size_t count)
@@ -85,7 +85,7 @@ void BesideMemmem(const Texts& texts, const char* wanted) {
          floorHits);
 }
 
-// All that Find Next does for a text that no row holds.
+// Everything that Find Next does for a text that no row contains.
 void WholeSearch(const Texts& texts, const char* wanted) {
   Prepare(wanted, 0, 1, 0);
   BenchHost host;
@@ -179,7 +179,7 @@ void BesidePeer(const Texts& texts, const Expression& wanted) {
 }
 #endif
 
-// A pattern that a text of 64 KiB keeps busy for minutes: how long until a Cancel is heard?
+// A pattern that takes minutes for a text of 64 KiB: how long until a Cancel takes effect?
 void Pathological() {
   Prepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0);
   const std::string text = std::string(65533, 'x') + "zy";

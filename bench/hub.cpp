@@ -1,6 +1,7 @@
-// The hub beside a bare relay: an application's traces through ring, numbering, names, ledgers and
-// frames to monitors on unix sockets, beside the same bytes read from one unix socket and written
-// to as many others. And what a monitor that reads nothing costs the one that does.
+// The hub compared with a bare relay. The hub takes an application's traces through ring,
+// numbering, names, ledgers and frames to monitors on unix sockets. The relay reads the same bytes
+// from one unix socket and writes them to as many others. Also: what a monitor that reads nothing
+// costs the one that reads.
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -24,7 +25,7 @@ namespace {
 constexpr std::uint64_t kTraces = 1'000'000;
 constexpr std::size_t kTextBytes = 100;
 constexpr std::size_t kRecordBytes = kTraceFixedBytes + kTextBytes;
-constexpr std::size_t kBehindBytes = 1u << 20;  // the hub waits for monitors that are so far behind
+constexpr std::size_t kBehindBytes = 1u << 20;  // the hub waits for a monitor that is so far behind
 constexpr std::size_t kReadBytes = 256u << 10;
 
 struct Pair {
@@ -183,7 +184,8 @@ class HubRun {
                                            .text = text};
     for (std::uint64_t i = 0; i < kTraces; ++i) {
       RingProducer::Slot slot;
-      // Waits for room instead of dropping, and takes its drop back: all is to arrive.
+      // Waits for room and takes its drop back instead of dropping, because every trace must
+      // arrive.
       while (!ring.Reserve(kRecordBytes, slot)) {
         m_segment.Header()->pendingDrops.store(0);
         usleep(50);
@@ -239,7 +241,7 @@ int main() {
              PerTraceNs(measured.seconds), "ns/trace", PerTraceNs(measured.floorSeconds),
              measured.ratio, 2.0);
   }
-  // What the service itself spends: beside other programs the clock on the wall tells of those.
+  // The service's own time: the wall clock would include other programs.
   std::vector<double> alone, beside, ratios;
   for (int i = 0; i < 7; ++i) {
     alone.push_back(ServiceSeconds(1, 0));

@@ -1,10 +1,10 @@
-// A real monitor window, offscreen, at its limit of traces: 100,000 traces a second come in, first
-// on a thread of their own by the queue's own rules, then from a real application through a real
+// A real monitor window, offscreen, at its limit of traces, with 100,000 traces a second. First
+// they come from a thread by the queue's own rules, then from a real application through a real
 // service, for `--seconds N` (20).
 //
-// Told: the interface thread's share of a core (its own processor time), memory at the start, in
+// Printed: the interface thread's share of a core (its own processor time), memory at the start, in
 // the middle and at the end of the run, and whether every trace that was sent became one of the
-// document's or was told as lost.
+// document's or was reported as lost.
 #include <unistd.h>
 
 #include <QApplication>
@@ -32,7 +32,7 @@ namespace {
 constexpr int kTracesPerSecond = 100000;
 constexpr int kBurst = 500;  // traces that arrive together, every 5 ms
 
-// A source of traces at a fixed rate. The maker's thread builds them, as a connection's does.
+// A source of traces at a fixed rate. Its own thread builds them, as a connection's thread does.
 class Source final : public TraceThread_i {
  public:
   explicit Source(NameMap& names) {
@@ -158,7 +158,7 @@ bool Live(CTesseraApp& tessera, unsigned limit, double seconds, Run& run) {
   return whole;
 }
 
-// The same through every part that a user has. False when a loss was not told.
+// The same through every part of the system. False when a loss was not reported.
 bool RealLive(CTesseraApp& tessera, unsigned limit, double seconds, Run& run) {
   g_traceLimit = limit;
   LiveService service;

@@ -1,4 +1,4 @@
-// Loading a trace file, beside a walk that only reads lengths and ids, and beside `cat`.
+// Loading a trace file, compared with a walk that only reads lengths and ids, and with `cat`.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,8 +14,8 @@
 
 namespace {
 
-// What every reader of the format must do at least: find each record and read its seven ids. The
-// file is mapped anew each time, as a load maps it anew.
+// The minimum for every reader of the format: find each record and read its seven ids. The file is
+// mapped again each time, as by a load.
 std::uint64_t MinimalWalk(const std::string& path) {
   const auto file = MappedFile::Open(path);
   const Bytes bytes = file->View();

@@ -1,7 +1,8 @@
-// What a trace point costs the application: off, on with a ready text, on with a formatted one.
+// The cost of a trace point for the application: off, on with a ready text, on with a formatted
+// one.
 //
-// Timed are bursts that fit the ring; it is emptied between them, as a service on another core
-// does it at leisure. The floors write the same bytes into a ring of the same size.
+// Bursts that fit into the ring are timed. Between them the ring is emptied, as a service on
+// another core would do. The floors write the same bytes into a ring of the same size.
 #include <fmt/format.h>
 #include <time.h>
 
@@ -23,7 +24,8 @@
 namespace {
 
 constexpr int kPoints = 4096;
-constexpr int kOffLaps = 200;  // shorter than a time slice, and often: neighbours stay comparable
+constexpr int kOffLaps =
+    200;  // shorter than a time slice, and many, so that neighbours are comparable
 constexpr int kOffTurns = 201;
 constexpr int kBurst = 20000;
 constexpr int kBursts = 20;
@@ -32,7 +34,7 @@ constexpr std::size_t kTextBytes = 100;
 
 QUOR_POINT(bench_point, "Bench", "Point");
 quor_point g_points[kPoints];
-volatile unsigned g_seen;  // keeps what a floor computes
+volatile unsigned g_seen;  // keeps a floor's result from being optimised away
 
 double PerTraceNs(double seconds, double traces) {
   return seconds * 1e9 / traces;
@@ -90,7 +92,7 @@ void MeasureOff(RingEnd& end) {
   while (!quor_on(&bench_point, QUOR_INFO)) std::this_thread::yield();
 }
 
-// Runs bursts of both in turns; only the bursts count.
+// Runs bursts of both alternately; only the bursts are timed.
 template <class Floor, class Work>
 Measured MeasureBursts(RingEnd& end, const Floor& floorOne, const Work& one) {
   std::vector<double> floors, times, ratios;
@@ -173,7 +175,8 @@ void MeasureSpdlog(RingEnd& end, double readyNs) {
 }
 #endif
 
-// The peer needs its daemon before it is loaded, so it is a program of its own, run by a script.
+// The other tracer needs its daemon before it is loaded, so it is a separate program, run by a
+// script.
 void MeasureLttng(double readyNs, const std::string& script) {
   FILE* const peer =
       popen(("sh '" + script + "/lttng_peer.sh' '" + QUOR_BENCH_LTTNG + "'").c_str(), "r");

@@ -1,6 +1,6 @@
-// The procedure tree's model: building it for a large file beside the load of that file, and a tick
-// of a live stream with trims. The floor of a tick is the same tick with 50,000 traces held,
-// because no step of it may grow with the number of traces.
+// The procedure tree's model: building it for a large file, compared with the load of that file,
+// and a tick of a live stream with trims. The floor of a tick is the same tick with 50,000 traces
+// held, because no step of it may grow with the number of traces.
 #include <unistd.h>
 
 #include <fstream>
@@ -57,7 +57,7 @@ void BuildForFile(BenchHost& host, const std::string& path) {
            2.0);
 }
 
-// A tree on a monitor's document, without a control. The document goes last.
+// A tree on a monitor's document, without a control. The document is destroyed last.
 class Live final : public LiveDocument, public CView {
  public:
   Live(BenchHost& host, std::size_t limit, int threads, bool wholeBlocks = false)
@@ -78,7 +78,7 @@ class Live final : public LiveDocument, public CView {
     const auto& events = static_cast<const CTraceHint*>(object)->m_events;
     if (hint == kHintTrimmed) {
       m_model.RemoveTraces(events);
-      m_model.FindNode(*events.front());  // the view asks where the selection goes
+      m_model.FindNode(*events.front());  // the view asks where the selection moves
     } else {
       const ProcModel::Batch added(m_model);
       for (TraceEvent_i* const event : events) m_model.AddTrace(event, true);
@@ -91,8 +91,8 @@ class Live final : public LiveDocument, public CView {
   ProcModel m_model;
 };
 
-// A service that was started again numbers from 1: until the old traces have gone the numbers of
-// each thread stand in two runs. The floor is the same document just before.
+// A restarted service numbers from 1: until the old traces have been trimmed, the numbers of each
+// thread are in two runs. The floor is the same document just before.
 void NumbersBegunAnew(BenchHost& host, int threads) {
   constexpr int kTick = 33333, kTicks = 12;
   Live live(host, 500000, threads, true);

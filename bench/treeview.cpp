@@ -1,8 +1,8 @@
-// The procedure tree in its real control, offscreen: behind the list of a monitor at its limit of
-// traces, as a window keeps both, and opened at a thread of a million traces.
+// The procedure tree in its real control, offscreen: hidden behind the list of a monitor at its
+// limit of traces, and opened at a thread of a million traces.
 //
-// The floor of an opening is a vector of as many words of 32 bytes, filled from the same nodes, and
-// one paint.
+// The floor of an opening is to fill a vector of as many entries of 32 bytes from the same nodes,
+// and one paint.
 #include <QApplication>
 
 #include "bench/bench_host.h"
@@ -31,7 +31,7 @@ Control& Show(ViewControl& control) {
   return widget;
 }
 
-// A monitor's window: the list is seen, the tree behind it stands open at its first thread.
+// A monitor's window: the list is visible, and the hidden tree is open at its first thread.
 struct Live {
   Live(BenchHost& host, std::size_t limit, int threads) : m_source(host, limit, threads) {
     m_list.OnInitialUpdate();

@@ -1,4 +1,4 @@
-# What every target of this project is compiled with.
+# Compiler options of every target.
 add_library(tessera_compiler INTERFACE)
 target_compile_options(tessera_compiler INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
                                                   -Woverloaded-virtual)
@@ -10,7 +10,7 @@ if(TESSERA_WERROR)
   target_compile_options(tessera_compiler INTERFACE -Werror)
 endif()
 
-# Sanitizers and the faster linker concern third-party headers in our targets too: set for the tree.
+# Sanitizers and the faster linker must also apply to third-party code in our targets: set globally.
 if(TESSERA_SANITIZE)
   add_compile_options(-fsanitize=${TESSERA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TESSERA_SANITIZE})

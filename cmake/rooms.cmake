@@ -2,8 +2,8 @@
 #
 # tessera_room(PATH [DEPENDS room...] [LINK target...])
 #   Makes the library of the room src/PATH. Its headers are reached as "PATH/x.h", and only by
-#   rooms that name it in DEPENDS: each room has an include root of its own that holds nothing but
-#   a link to its folder, so that an include against the order of the rooms does not compile.
+#   rooms that name it in DEPENDS: each room has an include root of its own with only a link to its
+#   folder, so that an include against the order of the rooms does not compile.
 #
 # tessera_face(PATH [DEPENDS room...] [LINK target...])
 #   The same for a room's Qt face, src/PATH/ui.
@@ -58,10 +58,10 @@ function(tessera_tests path)
                                               tessera_compiler)
   endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Tests of several sources in one unit: GCC takes their nameless namespaces for a header's.
+    # With several sources in one unit GCC takes their unnamed namespaces for those of a header.
     target_compile_options(${id}_tests PRIVATE -Wno-subobject-linkage)
     if(TESSERA_SANITIZE)
-      # GCC 12 takes empty optionals and functions for read when it instruments.
+      # When it instruments, GCC 12 wrongly reports that empty optionals and functions are read.
       target_compile_options(${id}_tests PRIVATE -Wno-maybe-uninitialized)
     endif()
   endif()

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that ./dev builds all that is installed, whichever command came first.
+"""Checks that ./dev builds everything that is installed, whichever command came first.
 
 `cmake --install` builds nothing: a target that `./dev run` left out would end it half-way. Prints
 what is missing and exits 1 then.

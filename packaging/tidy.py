@@ -63,7 +63,7 @@ def main():
     for entry in commands:
         path = Path(entry["file"]).resolve()
         name = path.relative_to(ROOT).as_posix() if path.is_relative_to(ROOT) else ""
-        # A source may stand in two targets: the first command speaks for both.
+        # A source may be in two targets: the first command is used.
         if name not in wanted or name in seen:
             continue
         seen.add(name)

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Every example of every page does what the page says.
+"""Runs every example of every page and checks that it does what the page says.
 
 usage: examples_test.py BUILD
 
 The examples are read out of the pages: README.md, CONTRIBUTING.md, SECURITY.md, docs/, the help inside
-the program, the manual pages and the help of the programs. Each is run as it stands, on a machine of
-its own with a home, a service, an application and, where the page speaks of one, another machine. What
-runs until it is stopped is stopped once it shows that it works. known.py tells what is not run.
+the program, the manual pages and the help of the programs. Each is run exactly as written, on a machine
+of its own with a home, a service, an application and, if the page has one, another machine. A program
+that runs until it is stopped is stopped when it has shown that it works. known.py lists what is not run.
 """
 import re
 import shutil
@@ -36,7 +36,7 @@ def read_markdown():
 
 
 def groups_of(pages, bin_folder):
-    """Three walks that need nothing of each other: the two long pages, and all the rest by page."""
+    """Three independent walks: the two long pages, and all the rest by page."""
     rest = {}
     for name, page in pages.items():
         if name not in (TRACING, known.REMOTE):
@@ -50,7 +50,7 @@ def groups_of(pages, bin_folder):
 
 
 def samples(folder, bin_folder):
-    """What the examples on files expect to find."""
+    """The files that the examples use."""
     folder.mkdir()
     trc = str(bin_folder / "trc")
     for name in ("sample.trc", "web.trc", "db.trc"):
@@ -77,7 +77,7 @@ def heading_links(path):
 
 
 def check_links(pages):
-    """A link leads to a file that is there and to a heading of it."""
+    """Every link leads to an existing file and heading."""
     broken = []
     for page in pages:
         for link in re.findall(r"\]\((?!https?:)([^)]+)\)", (ROOT / page).read_text()):
@@ -89,7 +89,7 @@ def check_links(pages):
 
 
 def check_known(tours):
-    """An entry that serves no example has outlived it."""
+    """Every entry must be used by an example."""
     used = set().union(*(tour.used for tour in tours))
     entries = {*known.NOT_RUN, *known.STANDS_FOR, *known.WHOLE, *known.BEFORE, *known.STATUS,
                *(told[1] for told in known.TOLD)}
@@ -97,7 +97,7 @@ def check_known(tours):
 
 
 def main():
-    # A job in the background of a script ignores these, and what it starts would too.
+    # A background job of a script ignores these signals, and its children would inherit that.
     for number in (signal.SIGINT, signal.SIGHUP, signal.SIGQUIT):
         signal.signal(number, signal.SIG_DFL)
     build = Path(sys.argv[1]).resolve()

@@ -1,7 +1,6 @@
-"""What the test knows of single examples. An entry that serves no example is a failure."""
+"""Special cases of single examples. An entry that no example uses is a failure."""
 
-# Examples that are not run, and why. What can be said of them without a run is checked: see
-# Tour.check_unrun.
+# Examples that are not run, and why. Tour.check_unrun checks what it can without a run.
 NOT_RUN = {
     r"\./dev \w+.*": "builds or checks the whole project; its commands are compared with the script",
     r"(sudo )?systemctl .*": "needs a system's manager; tests/apps/quord/units_test.cpp reads the units",
@@ -9,7 +8,7 @@ NOT_RUN = {
     r"sudo chown .*": "needs an account of its own",
 }
 
-# Words in capitals stand for something.
+# The values of words in capitals.
 STANDS_FOR = {
     "FILE": "sample.trc", "FILE...": "sample.trc web.trc", "IN.trc": "sample.trc", "OUT.trc": "out.trc",
     "OUT.csv": "out.csv", "OLD.trc": "old.trc", "NEW.trc": "new.trc", "PATTERN": "order", "N": "5",
@@ -17,7 +16,7 @@ STANDS_FOR = {
     "COMPONENT/CATEGORY": "Database/Query", "COMMAND": "dump",
 }
 
-# Mentions in a sentence that leave something out.
+# Complete commands for mentions in a sentence that leave something out.
 WHOLE = {
     "quord --listen": "quord --foreground --listen 127.0.0.1:0",
     "tessera --settings FILE": "tessera --settings own.ini sample.trc",
@@ -25,7 +24,7 @@ WHOLE = {
     "man trc": "test -s $PAGES_TEST/../../packaging/man/trc.1",
 }
 
-# What has to be done first, that the page leaves to the reader.
+# Steps before an example that the page leaves to the reader.
 BEFORE = {
     "QUOR_KEYS=~/alice trc tail orders1.example.org": "cp -rp ~/.config/quor/keys ~/alice",
     "quord keys init": "rm -rf ~/.config/quor/keys",
@@ -37,13 +36,13 @@ BEFORE = {
 
 # Where the exit status may be another than 0, and why.
 STATUS = {
-    # As fast as they go, traces may be lost.
+    # At full speed traces may be lost.
     "trc emit --app load --count 1000000 --threads 4 --text-bytes 100": (0, 1),
     # The page says: "if one runs already".
     'pkill -TERM -x -u "$USER" quord': (0, 1),
 }
 
-# On which machine a line of docs/remote.md is typed where the line does not say it itself.
+# The machine on which a line of docs/remote.md is typed, if the line does not say it.
 REMOTE = "docs/remote.md"
 TYPED_ON = (
     ("As a system service", r".*", "account"),
@@ -54,7 +53,7 @@ TYPED_ON = (
     ("", r".*", "desk"),
 )
 
-# Sentences on what is told: words of the page, in what an example prints or in a machine's log.
+# Quoted outputs: words of the page that an example prints or a machine logs.
 TOLD = (
     (REMOTE, "listening on 0.0.0.0:7447 (mutual TLS)", "quord --listen 0.0.0.0:7447", None),
     (REMOTE, "forwarding to orders1.example.org:7447",

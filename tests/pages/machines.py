@@ -56,7 +56,7 @@ class Machine:
                 "QT_QPA_PLATFORM": "offscreen", "LC_ALL": "C.UTF-8", **self.extra}
 
     def ask(self, *words):
-        # What goes into the background keeps the file open, so it is no pipe.
+        # A file, not a pipe, because a program in the background keeps it open.
         with tempfile.TemporaryFile("w+") as told:
             ended = subprocess.run([f"{self.bin}/{words[0]}", *words[1:]], env=self.environment(),
                                    cwd=self.home, stdout=told, stderr=told, timeout=DEADLINE_S)
@@ -76,11 +76,11 @@ class Machine:
         return sum(row["instances"] for row in rows if row["application"] == application)
 
     def port(self):
-        """Of the newest door for other machines."""
+        """The port of the newest listener for other machines."""
         return re.findall(r"listening on \S+?:(\d+) ", self.said)[-1]
 
     def play(self, application):
-        """Has an application that traces, and with it a service."""
+        """Runs an application that traces, and with it a service."""
         if any(name == application for name, _ in self._demos):
             return
         demo = subprocess.Popen([f"{self.bin}/quor-demo", "--rate", "200", "--name", application],
@@ -103,7 +103,7 @@ class Machine:
         for pid in processes_of(self.runtime, "quord", "trc", "tessera", "quor-demo", "orders"):
             os.kill(pid, signal.SIGTERM)
         wait_for("all has ended", lambda: not processes_of(self.runtime, "quord"))
-        # Where the runtime folder is on a disk the memory of applications lies elsewhere.
+        # If the runtime folder is on a disk, the memory of applications is elsewhere.
         segments = self.runtime / "quor/segments"
         if segments.is_symlink():
             shutil.rmtree(os.readlink(segments), ignore_errors=True)

@@ -1,4 +1,4 @@
-"""A walk through pages: takes their examples in their order, as a person would type them."""
+"""A walk through pages: runs their examples in order, as a user would type them."""
 import os
 import re
 import shutil
@@ -84,7 +84,7 @@ class Tour:
         self.section_in_c = block.section if in_c else ""
         (self.folder / block.file).write_text(block.text)
 
-    # Gives what goes on running because the page shows what it will print.
+    # Returns a program that keeps running because the page shows its later output.
     def run(self, block, typed):
         line = re.sub(r"\s+# .*", "", typed)
         reason = next((entry for entry in known.NOT_RUN if re.fullmatch(entry, line)), None)
@@ -154,13 +154,13 @@ class Tour:
         elif re.search(LIVE, line) and not block.shown and "--help" not in line:
             self.served_by(machine, line).play("orders")
 
-    # Whose traces and settings the line is about.
+    # The machine whose traces and settings the line is about.
     def served_by(self, machine, line):
         if self.page == known.REMOTE:
             return self.machine("orders1") if re.search(FAR, line) else machine
         return self.far if re.search(FAR, line) and re.search(LIVE, line) else machine
 
-    # The line, with what there is here in the place of names, ports and folders of the page.
+    # The line, with real names, ports and folders in place of those of the page.
     def real(self, machine, line):
         line = line.replace("0.0.0.0:7447", "127.0.0.1:0")
         line = re.sub(r"/etc/quor\b|/var/tmp\b", lambda match: f"{machine.home}{match[0]}", line)
@@ -183,7 +183,7 @@ class Tour:
             wait_for_words(where, pattern)
 
 
-# The words of a command that is not run are still compared with what there is.
+# Compares the words of a command that is not run with the script.
 def check_unrun(line):
     words = line.split()
     if words[0] != "./dev":

@@ -1,4 +1,4 @@
-"""One line that is typed in a shell: run to its end, or until it shows that it works."""
+"""One line typed in a shell: run to its end, or until it has shown that it works."""
 import os
 import re
 import signal
@@ -47,7 +47,7 @@ class Typed:
     def read(self, file):
         return os.pread(file.fileno(), 100_000, 0).decode(errors="replace")
 
-    # What goes into the background keeps the files open, so they are no pipes.
+    # Files, not pipes, because a program in the background keeps them open.
     def start(self):
         self.process = subprocess.Popen(
             self.script, cwd=self.folder, env=self.machine.environment(), stdin=subprocess.DEVNULL,
@@ -81,7 +81,7 @@ class Typed:
         if "trc capture" in self.line and "--help" not in self.line:
             assert re.search(r"^[1-9]\d* taken, 0 lost$", self.told(), re.M), self.told()
 
-    # The programs of this line alone, however the shell started them.
+    # Only the programs of this line, however the shell started them.
     def programs(self):
         found = []
         for folder in Path("/proc").iterdir():
@@ -105,7 +105,7 @@ class Typed:
         starts = re.search(r"\btrc emit|\bquor-demo", self.line)
         return self.server.instances(self.application()) if starts and self.server.serves() else 0
 
-    # That what runs until it is stopped does its work.
+    # Checks that a program that runs until it is stopped does its work.
     def lives(self, before):
         assert self.process.poll() is None, f"it has ended; told: {self.told()}"
         monitors, instances = before

@@ -145,7 +145,7 @@ class SparePieces {
 };
 
 // Each page that is put in alone takes some of the pieces of memory that the kernel allows a
-// process: 65,530 unless told otherwise.
+// process: 65,530 unless set otherwise.
 TEST_F(MappedFileTest, CutPagesReadHereAndThereMayBeMoreThanTheKernelAllowsPiecesOfMemory) {
   constexpr std::size_t kPages = 80000;
   // Two are taken at a time: with one more in use before, none is left in the end.

@@ -1,4 +1,4 @@
-// A file stands under its name only when it is whole.
+// A file gets its name only when it is complete.
 #include "base/new_file.h"
 
 #include <gtest/gtest.h>

@@ -8,7 +8,7 @@ const std::string kHeader = TrcImage().Bytes();
 
 class CaptureTest : public RealtimeTest {
  protected:
-  // Opens the file as a document and lists its traces' texts, each behind its machine's name.
+  // Opens the file as a document and lists its traces' texts, each after its machine's name.
   std::string Loaded(const std::string& path) {
     CTraceFileDoc* const file = Open(path);
     if (!file || !FinishLoad(*file)) return "not loaded";

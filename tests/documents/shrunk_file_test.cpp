@@ -37,7 +37,7 @@ TEST_F(ShrunkFileTest, ACutUnderShownTracesLeavesTheirNumberAndReadsAsZerosFromT
   ASSERT_EQ(Whole(*document), kTraces);
   ASSERT_EQ(truncate(path.c_str(), kLeft), 0);
   EXPECT_EQ(document->m_traces.size(), kTraces);
-  // A record is 45 bytes and its texts' 26, behind the header and a name of 8 bytes.
+  // A record is 45 bytes and its texts' 26, after the header and a name of 8 bytes.
   EXPECT_EQ(Whole(*document), std::size_t{(kLeft - 24) / 71});
   const TraceEvent_i& last = *document->m_traces.back();
   EXPECT_EQ(last.GetText() + last.GetStack() + last.GetMachineName(document->m_names), "");

@@ -1,4 +1,4 @@
-// The ids noted behind a walk, beside those that the walk notes itself.
+// The ids noted after a walk, beside those that the walk notes itself.
 #include "documents/trace_index_follower.h"
 
 #include <algorithm>

@@ -320,7 +320,7 @@ TEST_F(RealtimeDocTest, TheConnectionEndsBeforeTracesAndCaptureGo) {
 }
 
 // A connection says no at the end of what had arrived when the drain began; asked again it would
-// look anew, and the interface would never run under a flood.
+// look again, and the interface would never run under a flood.
 TEST_F(RealtimeDocTest, ADrainEndsWithTheFirstNoOfTheConnection) {
   Connect();
   DrainOf(1);

@@ -97,7 +97,7 @@ TEST(OldWalk, ARecordCutAnywhereIsTheLastOneAndNothingBehindTheGuardIsRead) {
   whole.Component(1, "Net").Trace("up");
   for (std::size_t cut = 0; cut < whole.Size() - 12; ++cut) {
     const OldTrcImage image = OldTrcImage(whole).Cut(cut);
-    // Just so many bytes behind the end as the walk asks for, in a block of its own.
+    // Just so many bytes beyond the end as the walk asks for, in a block of its own.
     std::vector<std::uint8_t> bytes(image.Bytes().begin(), image.Bytes().end());
     bytes.resize(image.Size() + OldTrace::kFixedBytes);
     bytes.shrink_to_fit();

@@ -136,7 +136,7 @@ TEST(RecordLayout, ATraceIsWholeAtItsOwnLengthOnly) {
   std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(FullFields()));
   const std::size_t whole = record.size();
   for (std::size_t bytes = 0; bytes < whole; ++bytes) {
-    // A vector of its own, so that a sanitizer sees a read behind it.
+    // A vector of its own, so that a sanitizer sees a read after it.
     const std::vector<std::uint8_t> cut(record.begin(), record.begin() + static_cast<long>(bytes));
     EXPECT_EQ(WholeTraceBytes(cut), 0u) << bytes;
     EXPECT_FALSE(IsWholeTrace(cut)) << bytes;

@@ -138,7 +138,7 @@ TEST(TrcWalk, ARecordCutAtAnyOfItsBytesIsTheLastOneAndReadsAsZerosBehindTheCut) 
     EXPECT_GE(WalkTrc(bytes.View(), Sink{records}), bytes.View().size());
     ASSERT_EQ(records.size(), 2u) << cut;
     const RawTrace last(records[1]);
-    const std::size_t left = lastBytes - cut - 1;  // of the record behind its tag
+    const std::size_t left = lastBytes - cut - 1;  // of the record after its tag
     EXPECT_EQ(last.SequenceNumber(), left >= 4 ? 2u : 0u) << cut;
     EXPECT_EQ(last.MachineId(), left >= 6 ? 0x0102 : left == 5 ? 0x0100 : 0) << cut;
     EXPECT_EQ(last.SourceLine(), left >= 40 ? 77u : 0u) << cut;
@@ -161,7 +161,7 @@ TEST(TrcWalk, TheLongestRecordCutBehindItsLengthStaysWithinTheGuard) {
   TrcImage image;
   image.Trace({.text = std::string(65535, 'x'), .stack = std::string(65535, 'y')});
   EXPECT_EQ(EndOfWalk(image), 16u + MappedFile::kGuardBytes);
-  // Cut behind the text's length, the stack's length is read from the guard.
+  // Cut after the text's length, the stack's length is read from the guard.
   EXPECT_EQ(EndOfWalk(image.Cut(65535 + 2 + 65535)), 16u + 45 + 65535);
 }
 
@@ -197,7 +197,7 @@ TEST(TrcWalk, ACancelEndsTheWalkAtTheCheckAndKeepsWhatWasRead) {
 }
 
 // 4 GiB that cost one MiB: a block of name records of 64 KiB each, mapped again and again. The last
-// record ends behind 4 GiB, where a position of 32 bits would wrap and the walk begin anew.
+// record ends beyond 4 GiB, where a position of 32 bits would wrap and the walk begin again.
 TEST(TrcWalk, ARecordThatCrossesTheEndNear4GiBEndsTheWalk) {
   constexpr std::uint64_t k4GiB = std::uint64_t{1} << 32;
   constexpr std::size_t kBlock = 1 << 20, kRecord = 1 << 16;

@@ -281,7 +281,7 @@ struct Loaded {
 
 TEST_F(TrcWriterTest, ASavedFileReadAgainEqualsTheOriginal) {
   TrcImage image;
-  image.Trace(kFull).Raw(12).Name(15, "old");  // names behind their traces, and one twice
+  image.Trace(kFull).Raw(12).Name(15, "old");  // names after their traces, and one twice
   for (const auto& [id, entry] : AllNames()) image.Name(id, entry.name);
   for (int number = 0; number < 3000; ++number) {
     image.Trace({.text = std::to_string(number), .machine = 17, .tid = 12});

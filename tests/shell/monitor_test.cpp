@@ -61,7 +61,7 @@ TEST_F(MonitorTest, NewMonitorAsksForTheMachineWithItsPrompt) {
       [&](CDialog& dialog) { prompt = dynamic_cast<CMachineDlg&>(dialog).m_strPrompt; });
   Frame().OnCommand(ID_FILE_NEWMONITOR);
   EXPECT_EQ(prompt, "What machine do you want to monitor for traces?");
-  EXPECT_EQ(Monitors(), 0U);  // the person pressed Cancel
+  EXPECT_EQ(Monitors(), 0U);  // the user pressed Cancel
   EXPECT_EQ(m_service.m_log, "");
 }
 

@@ -6,7 +6,7 @@ namespace {
 
 class OptionsTest : public ShellTest {
  protected:
-  // The person sets boxes, UTC and limit, and presses OK.
+  // The user sets boxes, UTC and limit, and presses OK.
   void AnswerOptions(std::vector<std::pair<unsigned, bool>> boxes, bool utc,
                      const std::string& limit) {
     m_host.AnswerDialog([=](CDialog& dialog) {

@@ -13,7 +13,7 @@ class Absence : public ::testing::Test {
   static void Trace(int from, int to) {
     for (int i = from; i < to; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
   }
-  // Traces 1000, waits for the word, traces 500 more and ends as it is told.
+  // Traces 1000, waits for an order, traces 500 more and ends as ordered.
   static int TraceTwice(TracedChild& self, bool clean) {
     quor_application("orders");
     Trace(0, 1000);

@@ -237,7 +237,7 @@ TEST_F(CommandLine, ASocketHandedOverByTheSystemIsUsedAndKept) {
   close(listener);
 }
 
-// What handed the socket over does not make its name anew.
+// The service manager, which handed the socket over, does not make its name again.
 TEST_F(CommandLine, AServiceWithAHandedSocketWhoseFolderGoesAwayIsReachedAgain) {
   const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
   sockaddr_un address{};

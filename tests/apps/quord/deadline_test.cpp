@@ -76,7 +76,7 @@ TEST_F(Deadline, IsTheServicesToSet) {
   const auto begin = steady_clock::now();
   TracedChild app(Flood);
   Stall(stalled, other, [&] {
-    // What the kernel holds of it may still be read; behind that is the end.
+    // The bytes in the kernel's buffer may still be read; then comes the end.
     const ssize_t sent = send(stalled.Socket(), "", 0, MSG_NOSIGNAL | MSG_DONTWAIT);
     pollfd end{stalled.Socket(), 0, 0};
     return (sent < 0 && errno == EPIPE) || (poll(&end, 1, 0) == 1 && (end.revents & POLLHUP) != 0);

@@ -378,7 +378,7 @@ TEST_F(Hostile, OfTwoConnectionsWithOneStreamTheLaterGoesOnAndTheFirstDoesNotDis
   ForwardClient second(quord.SocketPath(), stream);
   second.OneTrace();
   Request request;
-  request.mutable_list_apps();  // is answered behind the trace
+  request.mutable_list_apps();  // is answered after the trace
   EXPECT_EQ(second.client.Ask(request).error(), quor::wire::ERROR_ACCESS);
   first.Word(1, 1, 0);
   EXPECT_TRUE(IsEnded(first.client));

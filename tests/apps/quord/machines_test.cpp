@@ -78,7 +78,7 @@ TEST_F(Machines, ACableThatStaysPulledIsNoticedAndWhatDoesNotFitIsCountedExactly
   ASSERT_TRUE(machines.Cut()) << machines.Why();
   app.Go();
   const std::uint64_t traced = app.Told();
-  // No word comes: the silence is told, and then that the machine cannot be reached.
+  // No word comes: the silence is reported, and then that the machine cannot be reached.
   ASSERT_TRUE(WaitFor([&] {
     monitor.Beat();
     return near.Log().find("cannot forward to 10.77.0.2:7447") != std::string::npos;
@@ -88,7 +88,7 @@ TEST_F(Machines, ACableThatStaysPulledIsNoticedAndWhatDoesNotFitIsCountedExactly
   // 100 MB went into a store of 64 MiB.
   EXPECT_GT(monitor.lost, 10'000u);
   EXPECT_GT(monitor.delivered, 100'000u);
-  // Behind the mended cable comes a flood, for which this monitor may be too slow; that is told
+  // Behind the mended cable comes a flood, for which this monitor may be too slow; that is reported
   // too.
   std::uint64_t told = 0, onTheWay = 0;
   for (const std::string& words : monitor.losses) {

@@ -348,7 +348,7 @@ TEST_F(Forwarding, NamesThatAreUsedUpAreBegunAnewWhenNothingIsUnderWay) {
     return count;
   };
   ASSERT_TRUE(WaitFor([&] { return streams() == 2; })) << near->Log();
-  // The other side has had its names too; with its monitor gone it begins anew.
+  // The other side has had its names too; with its monitor gone it begins again.
   monitor.Close();
   QuordClient later;
   ASSERT_TRUE(later.Monitor(quord.SocketPath()));
@@ -419,7 +419,7 @@ class Held : public Forwarding {
       EXPECT_NE(words.find("ended before it could hand them on"), words.npos) << words;
     }
     EXPECT_EQ(told, 1070u);
-    // The other one goes on with the next, and nothing is told twice.
+    // The other one goes on with the next, and nothing is reported twice.
     app.Go();
     ASSERT_EQ(app.Told(), 2u);
     ASSERT_TRUE(monitor.Sees("2 999"));

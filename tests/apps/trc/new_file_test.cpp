@@ -1,4 +1,4 @@
-// A file that a command makes stands under its name only when it is whole.
+// A file that a command makes gets its name only when it is complete.
 #include <sys/stat.h>
 
 #include "run_trc.h"

@@ -40,7 +40,7 @@ TEST_F(TrcStreams, AFullDiskBehindStandardOutputIsTold) {
 }
 
 TEST_F(TrcStreams, AMatchIsOutWhileTheSearchGoesOn) {
-  // The first text matches at once, the second keeps the matcher busy for days.
+  // The first text matches immediately, the second keeps the matcher busy for days.
   const std::string path = TrcImage()
                                .Trace("y")
                                .Trace(std::string(60000, 'x') + "zy")

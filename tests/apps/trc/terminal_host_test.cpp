@@ -111,7 +111,7 @@ TEST(TerminalHost, ADialogIsCancelled) {
   CatchSignals();
   TerminalHost host;
   const bool opened = OpenTraceFile(host, path, {.beforeWalk = [] { raise(SIGINT); }}) != nullptr;
-  // This process made it anew, and does not end as a test does.
+  // This process made it again, and does not end as a test does.
   std::filesystem::remove_all(std::filesystem::path(path).parent_path());
   _exit(!opened && Interrupted() ? 42 : 1);
 }

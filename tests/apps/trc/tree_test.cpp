@@ -7,7 +7,7 @@ namespace {
 
 class TrcTree : public testing::Test {
  protected:
-  // Two machines; on the first a block with a trace in it, and one of component "net" behind it.
+  // Two machines; on the first a block with a trace in it, and one of component "net" after it.
   TrcTree() {
     TrcImage image;
     image.Name(1, "desk").Name(2, "shop").Name(3, "100").Name(4, "one").Name(5, "lab").Name(6,

@@ -124,7 +124,7 @@ TEST_F(DialogPlaceTest, ADialogComesUpWhereThePersonLeftIt) {
   LongQuestion question(m_host);
   Run(question, [](LongQuestionFace& face) {
     const QPoint before = face.pos();
-    QTest::qWait(300);  // behind the time in which a window manager places it
+    QTest::qWait(300);  // after the time in which a window manager places it
     face.move(before + QPoint(40, 30));
     face.resize(face.size() + QSize(50, 60));
   });

@@ -135,7 +135,7 @@ TEST_F(FileDialogTest, AFileThatIsSelectedInTheListDoesNotTakeThePlaceOfTheTyped
     auto* const name = dialog.findChild<QLineEdit*>("fileNameEdit");
     name->selectAll();
     QTest::keyClicks(name, "new.1");
-    // As when the list is read late: the selection comes behind the typing.
+    // As when the list is read late: the selection comes after the typing.
     files->selectionModel()->select(selected, QItemSelectionModel::Select);
     name->setText("new.1");
     QMetaObject::invokeMethod(&dialog, "accept", Qt::DirectConnection);
@@ -183,7 +183,7 @@ TEST_F(FileDialogTest, AFolderThatDoesNotExistIsRefused) {
   EXPECT_FALSE(answer);
 }
 
-// The rights that an administrator has are put aside as long as this stands.
+// The rights that an administrator has are put aside as long as this exists.
 class WithoutPrivileges {
  public:
   WithoutPrivileges() {

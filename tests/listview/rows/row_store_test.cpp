@@ -123,7 +123,7 @@ TEST_F(Store, ATraceThatIsNotTheOldestIsFoundToo) {
 TEST_F(Store, TracesTrimmedBeforeTheyWereToldAreNoRowsAndLaterOnesCostNothing) {
   AddMany(3);
   m_rows.ShowAll();
-  AddMany(4);  // not told yet
+  AddMany(4);  // not reported yet
   EXPECT_EQ(Trim(5), (std::vector<int>{0, 0, 0, -1, -1}));
   EXPECT_EQ(m_rows.Size(), 0);
   m_rows.Append(m_traces[0]);
@@ -197,7 +197,7 @@ class RandomPlay : public Store, public testing::WithParamInterface<unsigned> {
       if (m_filtered && Passes(event)) m_rows.Append(event);
     });
   }
-  // Traces come, some are trimmed before the views hear of any, then the rest is told.
+  // Traces come, some are trimmed before the views hear of any, then the rest is reported.
   void Drain() {
     std::vector<TraceEvent_i*> batch;
     for (int i = Below(30); i > 0; --i) batch.push_back(Add());

@@ -15,7 +15,7 @@ class Dialogs : public TraceViewTest {
     UpdateCommand(*m_view, ui);
     return ui.IsEnabled();
   }
-  // What the person does in the dialog that the command opens.
+  // What the user does in the dialog that the command opens.
   template <class Dialog>
   void Run(unsigned id, const std::function<void(Dialog&)>& script) {
     bool ran = false;

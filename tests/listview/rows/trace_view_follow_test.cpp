@@ -138,7 +138,7 @@ TEST_F(Follow, APostedRowThatHasGoneIsIgnored) {
   EXPECT_EQ(m_list->TopIndex(), 0);
 }
 
-// The walk as it is told, row by row; gives the row that has the focus then, -1 for none.
+// The walk in its simplest form, row by row; returns the row with the focus, -1 for none.
 int FollowSlowly(const std::vector<std::uint32_t>& rows, int targetRow, std::uint32_t target) {
   int current = -1;
   for (int row = 0; row < static_cast<int>(rows.size()) && current == -1; ++row) {

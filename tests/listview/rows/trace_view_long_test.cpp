@@ -16,7 +16,7 @@ class TraceViewLong : public TraceViewTest {
     m_nine.components[9] = 0;
   }
   static void Cancel(CDialog& box) { box.OnCancel(); }
-  // The person hides everything in the filter dialog.
+  // The user hides everything in the filter dialog.
   void HideAll() {
     m_host.AnswerDialog([](CDialog& dialog) {
       auto& filter = dynamic_cast<CFilterDialog&>(dialog);

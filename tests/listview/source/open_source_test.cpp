@@ -1,4 +1,4 @@
-// Going to a trace's source: which window comes to the front, and on which line its caret stands.
+// Going to a trace's source: which window comes to the front, and on which line its caret is.
 #include "source_rig.h"
 
 namespace {

@@ -173,7 +173,7 @@ TEST_F(CatalogueTest, ItSurvivesARestartWhileAHolderLives) {
   const auto catalogue = Begin();
   EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
   EXPECT_EQ(catalogue->Find("orders")->sink.options, "node=x;");
-  // The instance comes back, and it stays behind the time of grace.
+  // The instance comes back, and it stays after the time of grace.
   catalogue->BeginInstance(*catalogue->Find("orders"), kMe);
   catalogue->EndGrace();
   EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
@@ -189,7 +189,7 @@ TEST_F(CatalogueTest, WhoeverDoesNotComeBackAfterARestartHoldsNothing) {
       catalogue->Submit(*app, {{{0, 0x1F}}, {}});
     }
     const auto catalogue = Begin();
-    // One that has died meanwhile is known to be gone at once.
+    // The end of one that has died meanwhile is noticed immediately.
     EXPECT_EQ(Word(*catalogue, "orders", 0), holder == kMe ? 0x1Fu : 7u);
     catalogue->EndGrace();
     EXPECT_EQ(Word(*catalogue, "orders", 0), 7u);

@@ -23,7 +23,7 @@ QUOR_POINT(fault_point, "Fault", "Step");
 
 constexpr int kAtOnce = 8;
 
-// In memory that the test shares with its applications: counted before and behind each trace, so
+// In memory that the test shares with its applications: counted before and after each trace, so
 // that of a killed one it is known to the trace that was just being written.
 struct Made {
   std::atomic<std::uint64_t> begun, returned;

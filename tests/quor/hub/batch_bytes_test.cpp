@@ -1,4 +1,4 @@
-// The memory of batches: used again at once, given back, and never more than the batches need.
+// The memory of batches: used again immediately, given back, and never more than the batches need.
 #include "quor/hub/batch_bytes.h"
 
 #include <gtest/gtest.h>

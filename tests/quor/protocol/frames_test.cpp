@@ -193,7 +193,7 @@ TEST(ReadDataBody, ABodyCutAnywhereIsRefusedAndNothingOfItIsCalledBack) {
   for (std::size_t bytes = 1; bytes < body.size(); ++bytes) {
     HeardData heard;
     std::string why;
-    // An exact copy, so that a sanitizer sees a read behind the end.
+    // An exact copy, so that a sanitizer sees a read beyond the end.
     const std::vector<std::uint8_t> cut(body.begin(),
                                         body.begin() + static_cast<std::ptrdiff_t>(bytes));
     if (ReadDataBody(cut, heard, &why)) {

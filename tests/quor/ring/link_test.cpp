@@ -114,7 +114,7 @@ TEST(Link, BadFramesAreErrors) {
   EXPECT_EQ(Decoded(Frame(1, {0, 0}), 10), wrong);              // a hello that is cut short
   EXPECT_EQ(Decoded(Frame(6, {2}), 10), wrong);                 // no such taker
   EXPECT_EQ(Decoded(Frame(4, {2, 0, 0, 0, 0}), 10), wrong);     // no such sink
-  EXPECT_EQ(Decoded(Frame(4, {0, 0, 9, 'x'}), 10), wrong);      // a text behind the end
+  EXPECT_EQ(Decoded(Frame(4, {0, 0, 9, 'x'}), 10), wrong);      // a text beyond the end
   EXPECT_EQ(Decoded(Frame(4, {0, 0, 0, 0, 0, 1}), 10), wrong);  // a byte too many
 }
 

@@ -224,7 +224,7 @@ TEST_F(RingTest, TheFirstLapTakesItsMemoryAsItGoesAndTheConsumerMayAlwaysLookAtT
   for (int i = 0; i < 3000; ++i) {
     ASSERT_TRUE(Trace(std::string(1000, 'x')));
     const auto before = pages();
-    ASSERT_EQ(All(consumer).size(), 1002u);  // and looks behind the last one
+    ASSERT_EQ(All(consumer).size(), 1002u);  // and looks after the last one
     ASSERT_EQ(pages(), before);
     consumer.Publish();
   }

@@ -329,7 +329,8 @@ TEST(Edge, TheFirstTraceStartsAServiceOnceWhereThatIsNotForbidden) {
   });
   EXPECT_TRUE(WaitFor([&] { return std::filesystem::exists(told); }));
   service.Listen();
-  EXPECT_NE(service.Accept(), nullptr);  // dropped at once: the application must not start another
+  EXPECT_NE(service.Accept(),
+            nullptr);  // dropped: the application must not start another
   EXPECT_NE(service.Accept(), nullptr);
   unsetenv("QUOR_QUORD");
   app.Go();

@@ -1,4 +1,4 @@
-// What the ring of an application lost before its file sink, and how that is told.
+// What the ring of an application lost before its file sink, and how that is reported.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 

@@ -100,7 +100,7 @@ TEST(Process, TheLastOfTwoApplicationNamesHolds) {
     self.AwaitGo();
     return 0;
   });
-  // The trace may be taken over any of the links, as each name introduces the application anew.
+  // The trace may be taken over any of the links, as each name introduces the application again.
   std::unique_ptr<SeenApp> seen;
   std::string traced;
   EXPECT_TRUE(WaitFor([&] {

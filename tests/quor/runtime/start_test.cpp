@@ -1,5 +1,5 @@
 // A process whose first traces find no memory to go to: they are counted, and when there is some
-// the later ones are delivered and the count is told.
+// the later ones are delivered and the count is reported.
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
@@ -14,7 +14,7 @@ namespace {
 
 QUOR_POINT(start_point, "Start", "Step");
 
-// What a start needs is forbidden while this stands.
+// What a start needs is forbidden while this exists.
 class SoftLimit {
  public:
   SoftLimit(__rlimit_resource_t what, rlim_t most) : m_what(what) {

@@ -220,7 +220,7 @@ TEST_F(OptionsAndHelpTest, ADialogComesUpAtTheNextStartWhereItWasLeft) {
   };
   QPoint left;
   open([&left](QWidget* dialog) {
-    QTest::qWait(300);  // behind the time in which a window manager places it
+    QTest::qWait(300);  // after the time in which a window manager places it
     dialog->move(dialog->pos() + QPoint(30, 20));
     left = dialog->pos();
   });

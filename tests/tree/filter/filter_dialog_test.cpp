@@ -30,7 +30,7 @@ class FilterDialog : public testing::Test {
     m_filter.threads[1].processes[8];
     m_filter.threads[2];
   }
-  // What the person does while the dialog is up; OK unless the script cancels.
+  // What the user does while the dialog is up; OK unless the script cancels.
   int Run(const RecordingHost::DialogScript& script) {
     m_host.AnswerDialog([&](CDialog& dialog) {
       script(dialog);

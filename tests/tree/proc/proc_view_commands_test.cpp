@@ -19,7 +19,7 @@ class ProcViewCommands : public ProcViewTest {
  protected:
   ~ProcViewCommands() override { FindSettings = {}; }
 
-  // The person searches for the text.
+  // The user searches for the text.
   void Find(const std::string& text, bool backward = false) {
     m_host.AnswerDialog([=](CDialog& dialog) {
       auto& find = dynamic_cast<CFindDialog&>(dialog);

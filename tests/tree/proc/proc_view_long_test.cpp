@@ -21,7 +21,7 @@ class ProcViewLong : public ProcViewTest {
   ~ProcViewLong() override { FindSettings = {}; }
 
   static void Cancel(CDialog& box) { box.OnCancel(); }
-  // The person hides everything in the filter dialog.
+  // The user hides everything in the filter dialog.
   void HideAll() {
     m_host.AnswerDialog([](CDialog& dialog) {
       auto& filter = dynamic_cast<CFilterDialog&>(dialog);
@@ -39,7 +39,7 @@ class ProcViewLong : public ProcViewTest {
     });
     m_view->OnCommand(ID_EDIT_FIND);
   }
-  // Numbers that begin anew twice, in both threads.
+  // Numbers that begin again twice, in both threads.
   void AddThreeRuns() {
     for (int run = 0; run < 3; ++run) {
       m_number = 1;
@@ -403,7 +403,7 @@ TEST_F(ProcViewLong, TheCursorGoesBackIntoALargeNodeBelowABoxAndCancelKeepsItsPl
   EXPECT_TRUE(cursor.HasPrev());
   m_host.WantNoWorkBox(false);
   const TraceEvent_i* const before = cursor.current;
-  // Of the levels above the first part is all; each asks, as a box comes behind the first part.
+  // Of the levels above the first part is all; each asks, as a box comes after the first part.
   for (const bool cancels : {true, false}) {
     m_host.AnswerWorkBox([&](CDialog& box) { cancels ? box.OnCancel() : m_host.Finish(box); });
     cursor.Prev();

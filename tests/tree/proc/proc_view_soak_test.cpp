@@ -1,4 +1,4 @@
-// The tree view under everything at once: live traces, trims in the middle of a drain, filters,
+// The tree view under everything together: live traces, trims in the middle of a drain, filters,
 // rebuilds, the user's hands and an open properties dialog. After each step no item, no selection
 // and no cursor holds anything that has gone.
 #include <algorithm>

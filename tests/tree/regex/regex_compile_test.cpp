@@ -239,7 +239,7 @@ TEST_F(RegexCompileTest, RoomIsAskedForOncePerItem) {
   EXPECT_EQ(Raised(std::string(503, 'a') + "[b]"), 0);
   EXPECT_EQ(Raised(std::string(496, 'a') + "[\xe9]"), 50);
   EXPECT_EQ(Raised(std::string(495, 'a') + "[\xe9]"), 0);
-  // The last item may write a little over the end; there is slack behind it.
+  // The last item may write a little over the end; there is slack after it.
   EXPECT_EQ(Raised(std::string(511, 'a') + ".a"), 50);
 }
 

@@ -1,4 +1,4 @@
-// The text control on the screen: what it shows, where its caret stands, what it finds.
+// The text control on the screen: what it shows, where its caret is, what it finds.
 #include "listview/source/ui/rich_edit_widget.h"
 
 #include <QClipboard>

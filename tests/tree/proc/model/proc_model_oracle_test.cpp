@@ -15,7 +15,7 @@ struct Stream {
   int threads;        // over machines, applications and processes
   int hiddenPercent;  // traces that the filter hides
   int numbering;      // 0: rising by one; 1: rising with gaps; 2: in no order; 3: none at all;
-                      // 4: rising, and beginning anew; 5: rising, with some that have none
+                      // 4: rising, and beginning again; 5: rising, with some that have none
   int beginPercent;
   int endPercent;
 };
@@ -172,7 +172,7 @@ std::vector<Stream> Streams() {
         for (const int blocks : {5, 25, 45})
           streams.push_back({seed++, 150, threads, hidden, numbering, blocks, blocks});
   // Blocks that stay open, one inside the other, and are emptied; and that close late. The numbers
-  // may begin anew in the middle of them.
+  // may begin again in the middle of them.
   for (const int numbering : {0, 4})
     for (const int hidden : {30, 70})
       for (const int threads : {1, 3, 7})

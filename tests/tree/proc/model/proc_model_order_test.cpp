@@ -1,4 +1,4 @@
-// Sequence numbers that do not rise: words on losses have none, and numbers begin anew.
+// Sequence numbers that do not rise: loss reports have none, and numbers begin again.
 #include <gtest/gtest.h>
 
 #include <chrono>

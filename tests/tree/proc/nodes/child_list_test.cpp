@@ -82,7 +82,7 @@ TEST_F(ChildListTest, AListThatLosesItsFrontAsFastAsItGrowsStaysAmongTheShortOne
   }
   EXPECT_EQ(Entries().front(), &m_leaves[m_leaves.size() - 5]);
   m_list.Clear(m_pool);
-  // Only runs of 4 and 8 words have ever been taken: a longer one is new, behind all of them.
+  // Only runs of 4 and 8 words have ever been taken: a longer one is new, after all of them.
   std::uintptr_t* const eight = m_pool.Take(3);
   EXPECT_EQ(m_pool.Take(4), eight + 8);
 }

@@ -105,7 +105,7 @@ TEST_F(HitsInTheTree, AllOfAllLabelsAreTintedInLightAndInDark) {
   }
 }
 
-// What of a widget is painted anew.
+// What of a widget is painted again.
 class PaintedArea final : public QObject {
  public:
   QRegion area;

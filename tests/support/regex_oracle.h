@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "support/regex_oracle_item.h"
-#include "tree/regex/regex_program.h"
+#include "tree/regex/regex_state.h"
 
 class RegexOracle {
  public:

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "tree/regex/regex_program.h"
+#include "tree/regex/regex_state.h"
 
 constexpr std::size_t kOracleCodeEnd = sizeof RegexState.program;
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "tree/find/find_settings.h"
-#include "tree/regex/regex_plan.h"
+#include "tree/regex/regex.h"
 
 namespace {
 
@@ -11,8 +11,15 @@ constexpr std::size_t kMostAttempts = 2 * FindHits::kMostHits;
 
 }  // namespace
 
+struct FindHits::Search {
+  explicit Search(const RegexProgram& program) : plan(program) {}
+  RegexPlan plan;
+  RegexMatcher matcher;
+};
+
 FindHits::FindHits() {
-  if (MayFindNext() && RegexPrepared() != 0) m_plan = std::make_unique<RegexPlan>();
+  const RegexProgram* const last = RegexLastProgram();
+  if (MayFindNext() && last) m_search = std::make_unique<Search>(*last);
 }
 
 FindHits::~FindHits() = default;
@@ -20,17 +27,18 @@ FindHits::~FindHits() = default;
 const std::vector<HitRange>& FindHits::In(std::string_view text, std::int64_t steps,
                                           std::size_t shownBytes) {
   m_hits.clear();
-  if (!m_plan) return m_hits;
-  RegexAnswer answer = m_plan->Begin(text, steps);
+  if (!m_search) return m_hits;
+  auto& [plan, matcher] = *m_search;
+  RegexAnswer answer = matcher.Begin(plan, text, steps);
   for (std::size_t attempts = 0; answer == RegexAnswer::Yes && attempts < kMostAttempts;
        ++attempts) {
     // A match may extend beyond the text's end, to the zero after it.
-    const std::size_t begin = m_plan->MatchStart();
-    const std::size_t end = std::min(m_plan->MatchEnd(), text.size());
+    const std::size_t begin = matcher.MatchStart();
+    const std::size_t end = std::min(matcher.MatchEnd(), text.size());
     if (begin >= shownBytes) break;
     if (begin < end) m_hits.push_back({begin, end});
     if (m_hits.size() == kMostHits) break;
-    answer = m_plan->Next(text, m_plan->StepsLeft());
+    answer = matcher.Next(plan, text, matcher.StepsLeft());
   }
   return m_hits;
 }

@@ -16,8 +16,6 @@
 
 #include "controls/text/cell_parts.h"
 
-class RegexPlan;
-
 class FindHits {
  public:
   static constexpr std::size_t kMostHits = 500;
@@ -33,6 +31,7 @@ class FindHits {
                                   std::size_t shownBytes = std::string_view::npos);
 
  private:
-  std::unique_ptr<RegexPlan> m_plan;  // null without a search
+  struct Search;
+  std::unique_ptr<Search> m_search;  // null without one
   std::vector<HitRange> m_hits;
 };

@@ -3,9 +3,8 @@
 #include <functional>
 #include <limits>
 #include <memory>
-
-#include "tree/regex/regex_machine.h"
-#include "tree/regex/regex_plan.h"
+#include <optional>
+#include <utility>
 
 RegexState_t RegexState = {};
 
@@ -13,8 +12,14 @@ namespace {
 
 constexpr std::int64_t kAllSteps = std::numeric_limits<std::int64_t>::max();
 
-// The plan of the pattern prepared last; null before the first one, when nothing matches.
-std::unique_ptr<RegexPlan> g_plan;
+// The pattern last prepared; none before the first, when nothing matches.
+struct Prepared {
+  explicit Prepared(RegexProgram last) : program(std::move(last)), plan(program) {}
+  RegexProgram program;
+  RegexPlan plan;
+};
+std::optional<Prepared> g_last;
+RegexMatcher g_matcher;
 unsigned g_prepared = 0;
 
 // A program outside RegexState is at most this long.
@@ -22,6 +27,11 @@ const unsigned char* EndOf(const unsigned char* code) {
   const unsigned char* const end = std::end(RegexState.program);
   const bool own = !std::less<>()(code, RegexState.program) && std::less<>()(code, end);
   return own ? end : code + sizeof RegexState.program;
+}
+
+void ShowRange(const RegexMachine& machine) {
+  RegexState.rangeLow = machine.RangeLow();
+  RegexState.rangeExtra = machine.RangeExtra();
 }
 
 void ShowCaptures(const RegexMachine& machine, const char* begin) {
@@ -34,12 +44,20 @@ void ShowCaptures(const RegexMachine& machine, const char* begin) {
   }
 }
 
-RegexAnswer Shown(RegexAnswer answer, const RegexPlan& plan, const char* begin) {
+RegexAnswer Shown(RegexAnswer answer, const char* begin) {
+  const RegexNodes& nodes = g_last->plan.Nodes();
+  if (nodes.HasRanges()) ShowRange(g_matcher.Machine());
   if (answer != RegexAnswer::Yes) return answer;
-  RegexState.matchStart = begin + plan.MatchStart();
-  RegexState.matchEnd = begin + plan.MatchEnd();
-  if (plan.Nodes().HasGroups()) ShowCaptures(plan.Machine(), begin);
+  RegexState.matchStart = begin + g_matcher.MatchStart();
+  RegexState.matchEnd = begin + g_matcher.MatchEnd();
+  if (nodes.HasGroups()) ShowCaptures(g_matcher.Machine(), begin);
   return answer;
+}
+
+void ShowCounts(const RegexCounts& counts) {
+  RegexState.groupCount = counts.groupCount;
+  RegexState.closedGroups = counts.closedGroups;
+  RegexState.anchored = counts.anchored;
 }
 
 // Attempts at any positions of one text with one program.
@@ -55,6 +73,7 @@ class Attempts {
     std::int64_t steps = kAllSteps;
     const auto place = static_cast<std::size_t>(at - m_begin);
     const bool hit = m_machine->Begin(m_nodes, m_text, place, wordFlag, steps) == RegexRun::Hit;
+    if (m_nodes.HasRanges()) ShowRange(*m_machine);
     ShowCaptures(*m_machine, m_begin);
     if (hit) RegexState.matchEnd = m_begin + m_machine->MatchEnd();
     return hit;
@@ -69,6 +88,21 @@ class Attempts {
 
 }  // namespace
 
+unsigned char* RegexCompile(const char* pattern, unsigned char* buffer, unsigned char* bufferEnd,
+                            int delimiter, int literal, int ignoreCase) {
+  RegexCounts counts;
+  try {
+    const RegexSource source{pattern, delimiter, literal != 0, ignoreCase != 0,
+                             RegexState.wordSearch != 0};
+    unsigned char* const end = CompileRegex(source, buffer, bufferEnd, counts);
+    ShowCounts(counts);
+    return end;
+  } catch (...) {
+    ShowCounts(counts);
+    throw;
+  }
+}
+
 int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearch,
                  int acrossLines) {
   RegexState.wordSearch = wordSearch;
@@ -81,7 +115,10 @@ int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearc
   } catch (...) {
     // The caller shows the message; the part that was compiled stays.
   }
-  g_plan = std::make_unique<RegexPlan>();
+  const RegexOptions options{ignoreCase != 0, literal != 0, wordSearch != 0, acrossLines != 0};
+  g_last.emplace(RegexProgram({std::begin(RegexState.program), std::end(RegexState.program)},
+                              options, RegexState.anchored != 0));
+  g_matcher.Stop();
   ++g_prepared;
   return compiled;
 }
@@ -90,18 +127,22 @@ unsigned RegexPrepared() {
   return g_prepared;
 }
 
+const RegexProgram* RegexLastProgram() {
+  return g_last ? &g_last->program : nullptr;
+}
+
 int RegexMatchText(std::string_view text) {
   return RegexBeginText(text, kAllSteps) == RegexAnswer::Yes;
 }
 
 RegexAnswer RegexBeginText(std::string_view text, std::uint64_t steps) {
-  if (!g_plan) return RegexAnswer::No;
-  return Shown(g_plan->Begin(text, static_cast<std::int64_t>(steps)), *g_plan, text.data());
+  if (!g_last) return RegexAnswer::No;
+  return Shown(g_matcher.Begin(g_last->plan, text, static_cast<std::int64_t>(steps)), text.data());
 }
 
 RegexAnswer RegexResumeText(std::string_view text, std::uint64_t steps) {
-  if (!g_plan) return RegexAnswer::No;
-  return Shown(g_plan->Resume(text, static_cast<std::int64_t>(steps)), *g_plan, text.data());
+  if (!g_last) return RegexAnswer::No;
+  return Shown(g_matcher.Resume(g_last->plan, text, static_cast<std::int64_t>(steps)), text.data());
 }
 
 int RegexFindIn(const char* from, const char* begin, const char* end, const char** matchFrom,

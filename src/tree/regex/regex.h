@@ -1,7 +1,9 @@
 // The program's text matcher: plain text and regular expressions, byte by byte.
 //
-// Shape    A pattern becomes a byte program (regex_program.h). The whole application has one
-//          compiled pattern. A new compilation replaces it, and all views use the last one.
+// Shape    The whole application has one compiled pattern. A new compilation replaces it, and all
+//          views use the last one. These operations work on it, and RegexState (regex_state.h)
+//          shows it. For several patterns at once there are values: a RegexProgram, a RegexPlan of
+//          it, and a RegexMatcher that runs plans.
 // Owner    Borrows the texts. Pointers in RegexState are valid as long as the last text is.
 // Errors   Compiling throws (RegexRaise); RegexPrepare returns 0 instead. Matching cannot fail: any
 //          program on any text ends within its bounds.
@@ -11,7 +13,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tree/regex/regex_program.h"
+#include "tree/regex/plan/regex_matcher.h"
+#include "tree/regex/program/regex_compiler.h"
+#include "tree/regex/regex_state.h"
 
 // Compiles the text that a user typed; 0 if it is not a valid pattern. The other four are truth
 // values; callers pass acrossLines as 0. After a failure RegexState.program has the first part of
@@ -19,18 +23,15 @@
 // RegexMatchText.
 int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearch, int acrossLines);
 
-// Writes the program of a pattern that ends at the delimiter. Returns the position after its last
-// byte. Throws like RegexRaise.
-// REQUIRES: kRegexSlackBytes of room after bufferEnd, because room is checked once per item.
+// CompileRegex with the wordSearch of RegexState, which receives the counts.
 unsigned char* RegexCompile(const char* pattern, unsigned char* buffer, unsigned char* bufferEnd,
                             int delimiter, int literal, int ignoreCase);
-
-// Throws a std::string, "Regular expression parser error: %d".
-[[noreturn]] void RegexRaise(int code);
 
 // How many patterns have been prepared, whether they compiled or not. A result for the prepared
 // pattern is valid as long as this number is the same.
 unsigned RegexPrepared();
+// The one prepared last; null before the first.
+const RegexProgram* RegexLastProgram();
 
 // 1 when the pattern last prepared occurs in the text, else 0. Allocates nothing.
 int RegexMatchText(std::string_view text);
@@ -39,7 +40,6 @@ int RegexMatchText(std::string_view text);
 // `steps` steps of the matcher (a hundred thousand take some milliseconds at most). Unfinished:
 // call RegexResumeText with the same text. It answers No if another text was begun or another
 // pattern prepared meanwhile.
-enum class RegexAnswer { No, Yes, Unfinished };
 RegexAnswer RegexBeginText(std::string_view text, std::uint64_t steps);
 RegexAnswer RegexResumeText(std::string_view text, std::uint64_t steps);
 

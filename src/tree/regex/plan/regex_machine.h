@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tree/regex/regex_nodes.h"
+#include "tree/regex/plan/regex_nodes.h"
 
 enum class RegexRun { Miss, Hit, Unfinished };
 
@@ -35,6 +35,10 @@ class RegexMachine {
     return m_groups[static_cast<std::size_t>(group)].start;
   }
   std::size_t GroupEnd(int group) const { return m_groups[static_cast<std::size_t>(group)].end; }
+  // Of the range that was run last: repetitions that were left of the mandatory ones, and of the
+  // optional ones.
+  int RangeLow() const { return m_rangeLow; }
+  int RangeExtra() const { return m_rangeExtra; }
 
  private:
   // A repetition that can still give bytes back.
@@ -60,6 +64,7 @@ class RegexMachine {
   std::size_t m_node = 0, m_at = 0;
   std::size_t m_firstStop = 0;
   bool m_wordFlag = false;
+  int m_rangeLow = 0, m_rangeExtra = 0;
   std::size_t m_depth = 0;
   std::array<Frame, kMostFrames> m_frames;
   std::array<Capture, kRegexGroups> m_groups;

@@ -1,10 +1,9 @@
-// The compiled form of a pattern, and the state of the compiled pattern of the program.
+// The compiled form of a pattern.
 //
 // Shape    A flat sequence of opcodes, one byte each, followed by their operands. It is read from
 //          its first byte and ends with RX_END. The low two bits of an opcode that can repeat are
 //          its RegexRepeat. The matcher skips any other byte.
 //          A set is a bitmap: byte value c is bit (c & 7) of map byte (c >> 3).
-// Threads  Interface thread.
 #pragma once
 
 #include <cstddef>
@@ -53,20 +52,3 @@ constexpr std::size_t kRegexSetBytes = 16, kRegexWideSetBytes = 32;
 // The maximum of a range without limit; then so many repetitions after the minimum are matched.
 constexpr int kRegexUnlimited = 255;
 constexpr int kRegexMostUnlimited = 20010;
-
-struct RegexState_t {
-  int wordSearch;  // a match begins and ends at the boundary of a word; `^` and `$` change sense
-  const char* groupStart[kRegexGroups];  // in the latest attempt; null: not noted
-  const char* matchStart;
-  const char* matchEnd;  // one after the last byte
-  int rangeLow;          // of the range being run: mandatory repetitions left
-  int groupCount;        // groups that the compiler has opened
-  unsigned char program[kRegexProgramBytes + kRegexSlackBytes];
-  int anchored;  // the pattern began with an anchoring `^`, which has no opcode
-  const char* groupEnd[kRegexGroups];
-  int closedGroups;  // groups that the compiler has closed
-  int rangeExtra;    // of the range being run: optional repetitions left
-  int acrossLines;   // `.` and the starred narrow sets take CR and LF. Always 0 in this program
-};
-
-extern RegexState_t RegexState;

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tree/regex/regex_nodes.h"
+#include "tree/regex/plan/regex_nodes.h"
 
 // Some sets of bytes as one formula: ((c | fold) - low) <= span. With fold 0x20 it ignores the case
 // of letters.

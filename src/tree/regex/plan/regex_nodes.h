@@ -4,7 +4,7 @@
 // Owner    Nodes own their tables. Decoding allocates; running does not.
 // Errors   After the end of the code comes a node that fails. An invalid group number makes no
 //          node.
-// Threads  One at a time.
+// Threads  Never changes once it is made.
 #pragma once
 
 #include <array>
@@ -13,12 +13,12 @@
 #include <memory>
 #include <vector>
 
-#include "tree/regex/regex_program.h"
+#include "tree/regex/program/regex_program.h"
 
 // Which byte values match. The end of the text reads as zero.
 using ByteTable = std::array<bool, 256>;
 
-enum class NodeKind : std::uint8_t {
+enum class RegexNodeKind : std::uint8_t {
   Byte,        // one byte of the table
   Run,         // a repeated byte of the table
   EndOfLine,   // asserts the table, consumes nothing
@@ -34,7 +34,7 @@ enum class NodeKind : std::uint8_t {
 struct RegexNode {
   static constexpr std::uint32_t kEndless = std::numeric_limits<std::uint32_t>::max();
 
-  NodeKind kind = NodeKind::Fail;
+  RegexNodeKind kind = RegexNodeKind::Fail;
   std::uint8_t group = 0;
   // Run: `least` bytes, then up to `more`, which can be given back one by one.
   std::uint32_t least = 0;
@@ -48,7 +48,8 @@ struct RegexNode {
 
 class RegexNodes {
  public:
-  // Decodes [code, codeEnd) up to its RX_END. `acrossLines` as in RegexState.
+  explicit RegexNodes(const RegexProgram& program);
+  // Decodes [code, codeEnd) up to its RX_END. `acrossLines` as in RegexOptions.
   RegexNodes(const unsigned char* code, const unsigned char* codeEnd, bool acrossLines);
   RegexNodes(RegexNodes&&) = default;
   RegexNodes& operator=(RegexNodes&&) = default;
@@ -59,6 +60,7 @@ class RegexNodes {
   const ByteTable& First() const { return *m_first; }
   bool HasBackRefs() const { return m_backRefs; }
   bool HasGroups() const { return m_groups; }
+  bool HasRanges() const { return m_ranges; }
   // Does a table accept the zero that represents the text's end? Never in the program of a complete
   // pattern.
   bool TakesZero() const { return m_takesZero; }
@@ -74,5 +76,6 @@ class RegexNodes {
   const ByteTable* m_first = nullptr;
   bool m_backRefs = false;
   bool m_groups = false;
+  bool m_ranges = false;
   bool m_takesZero = false;
 };

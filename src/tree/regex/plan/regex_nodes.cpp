@@ -1,8 +1,8 @@
-#include "tree/regex/regex_nodes.h"
+#include "tree/regex/plan/regex_nodes.h"
 
 #include <algorithm>
 
-#include "tree/regex/ascii.h"
+#include "tree/regex/program/ascii.h"
 
 namespace {
 
@@ -35,10 +35,10 @@ class RegexNodes::Decoder {
 
   void Run() {
     for (;;) {
-      if (m_code == m_end) return Add({.kind = NodeKind::Fail});
+      if (m_code == m_end) return Add({.kind = RegexNodeKind::Fail});
       const unsigned char opcode = *m_code++;
-      if (opcode == RX_END) return Add({.kind = NodeKind::End});
-      if (!Decode(opcode)) return Add({.kind = NodeKind::Fail});
+      if (opcode == RX_END) return Add({.kind = RegexNodeKind::End});
+      if (!Decode(opcode)) return Add({.kind = RegexNodeKind::Fail});
     }
   }
 
@@ -47,17 +47,17 @@ class RegexNodes::Decoder {
   bool Decode(unsigned char opcode) {
     switch (opcode) {
       case RX_GROUP_OPEN:
-        return Group(NodeKind::GroupOpen);
+        return Group(RegexNodeKind::GroupOpen);
       case RX_GROUP_CLOSE:
-        return Group(NodeKind::GroupClose);
+        return Group(RegexNodeKind::GroupClose);
       case RX_BACKREF:
-        return Group(NodeKind::BackRef);
+        return Group(RegexNodeKind::BackRef);
       case RX_BACKREF_STAR:
-        return Group(NodeKind::BackRefStar);
+        return Group(RegexNodeKind::BackRefStar);
       case RX_BACKREF_PLUS:
-        return Group(NodeKind::BackRefPlus);
+        return Group(RegexNodeKind::BackRefPlus);
       case RX_END_OF_LINE:
-        Add({.kind = NodeKind::EndOfLine, .table = Table(EndsOfLine())});
+        Add({.kind = RegexNodeKind::EndOfLine, .table = Table(EndsOfLine())});
         return true;
       default:
         return Repeatable(opcode);
@@ -97,9 +97,9 @@ class RegexNodes::Decoder {
   }
 
   bool Item(int kind, RegexRepeat repeat, const ByteTable& table) {
-    RegexNode node{.kind = NodeKind::Run, .more = RegexNode::kEndless, .table = Table(table)};
+    RegexNode node{.kind = RegexNodeKind::Run, .more = RegexNode::kEndless, .table = Table(table)};
     if (repeat == RX_ONCE) {
-      node.kind = NodeKind::Byte;
+      node.kind = RegexNodeKind::Byte;
     } else if (repeat == RX_PLUS) {
       // Kept: the floor of a plus is before its first byte, so that this byte can be given back;
       // and `.+` does not even require it.
@@ -107,6 +107,7 @@ class RegexNodes::Decoder {
       node.firstMust = kind != RX_ANY;
     } else if (repeat == RX_RANGE) {
       if (Left() < 2) return false;
+      m_nodes.m_ranges = true;
       node.least = m_code[0];
       const int most = m_code[1];
       m_code += 2;
@@ -118,16 +119,16 @@ class RegexNodes::Decoder {
     return true;
   }
 
-  bool Group(NodeKind kind) {
+  bool Group(RegexNodeKind kind) {
     if (Left() < 1) return false;
     const unsigned char group = *m_code++;
-    const bool refers = kind != NodeKind::GroupOpen && kind != NodeKind::GroupClose;
+    const bool refers = kind != RegexNodeKind::GroupOpen && kind != RegexNodeKind::GroupClose;
     if (group < kRegexGroups) {
       m_nodes.m_backRefs |= refers;
       m_nodes.m_groups |= !refers;
       Add({.kind = kind, .group = group});
     } else if (refers) {
-      Add({.kind = NodeKind::Fail});  // a capture that cannot be set
+      Add({.kind = RegexNodeKind::Fail});  // a capture that cannot be set
     }
     return true;
   }
@@ -156,10 +157,15 @@ class RegexNodes::Decoder {
   bool m_acrossLines;
 };
 
+RegexNodes::RegexNodes(const RegexProgram& program)
+    : RegexNodes(program.Code().data(), program.Code().data() + program.Code().size(),
+                 program.AcrossLines()) {}
+
 RegexNodes::RegexNodes(const unsigned char* code, const unsigned char* codeEnd, bool acrossLines) {
   Decoder(*this, code, codeEnd, acrossLines).Run();
   for (const RegexNode& node : m_nodes)
-    if (node.kind == NodeKind::Byte || node.kind == NodeKind::Run) m_takesZero |= (*node.table)[0];
+    if (node.kind == RegexNodeKind::Byte || node.kind == RegexNodeKind::Run)
+      m_takesZero |= (*node.table)[0];
   FindFollowers();
 }
 
@@ -174,10 +180,11 @@ ByteTable* RegexNodes::NewTable() {
 bool RegexNodes::CapturesBehindReference() const {
   std::array<bool, kRegexGroups> referred = {};
   for (const RegexNode& node : m_nodes) {
-    const bool notes = node.kind == NodeKind::GroupOpen || node.kind == NodeKind::GroupClose;
+    const bool notes =
+        node.kind == RegexNodeKind::GroupOpen || node.kind == RegexNodeKind::GroupClose;
     if (notes && referred[node.group]) return true;
-    if (node.kind == NodeKind::BackRef || node.kind == NodeKind::BackRefStar ||
-        node.kind == NodeKind::BackRefPlus)
+    if (node.kind == RegexNodeKind::BackRef || node.kind == RegexNodeKind::BackRefStar ||
+        node.kind == RegexNodeKind::BackRefPlus)
       referred[node.group] = true;
   }
   return false;
@@ -190,11 +197,11 @@ void RegexNodes::FindFollowers() {
   ByteTable first = {};
   for (auto node = m_nodes.rbegin(); node != m_nodes.rend(); ++node) {
     switch (node->kind) {
-      case NodeKind::Byte:
-      case NodeKind::EndOfLine:
+      case RegexNodeKind::Byte:
+      case RegexNodeKind::EndOfLine:
         first = *node->table;
         break;
-      case NodeKind::Run: {
+      case RegexNodeKind::Run: {
         if (!recaptures && first != All()) {
           ByteTable* const follow = NewTable();
           *follow = first;
@@ -208,10 +215,10 @@ void RegexNodes::FindFollowers() {
         }
         break;
       }
-      case NodeKind::GroupOpen:
-      case NodeKind::GroupClose:
+      case RegexNodeKind::GroupOpen:
+      case RegexNodeKind::GroupClose:
         break;
-      case NodeKind::Fail:
+      case RegexNodeKind::Fail:
         first = {};
         break;
       default:  // the end, and captures, which may be empty

@@ -1,9 +1,10 @@
+#include "tree/regex/program/regex_compiler.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string>
 
-#include "tree/regex/ascii.h"
-#include "tree/regex/regex.h"
+#include "tree/regex/program/ascii.h"
 
 namespace {
 
@@ -45,13 +46,15 @@ unsigned char Unescaped(unsigned char c) {
 
 class Compiler {
  public:
-  Compiler(const char* pattern, unsigned char* buffer, unsigned char* bufferEnd, int delimiter,
-           bool ignoreCase)
-      : m_pattern(reinterpret_cast<const unsigned char*>(pattern)),
+  Compiler(const RegexSource& source, unsigned char* buffer, unsigned char* bufferEnd,
+           RegexCounts& counts)
+      : m_pattern(reinterpret_cast<const unsigned char*>(source.pattern)),
         m_out(buffer),
         m_end(bufferEnd),
-        m_delimiter(static_cast<unsigned char>(delimiter)),
-        m_ignoreCase(ignoreCase) {}
+        m_delimiter(static_cast<unsigned char>(source.delimiter)),
+        m_ignoreCase(source.ignoreCase),
+        m_wordSearch(source.wordSearch),
+        m_counts(counts) {}
 
   unsigned char* Literal() {
     for (;;) {
@@ -67,8 +70,8 @@ class Compiler {
   }
 
   unsigned char* Expression() {
-    if (!RegexState.wordSearch && *m_pattern == '^') {
-      RegexState.anchored = 1;
+    if (!m_wordSearch && *m_pattern == '^') {
+      m_counts.anchored = 1;
       ++m_pattern;
     }
     for (;;) {
@@ -132,7 +135,7 @@ class Compiler {
   void WriteItem(unsigned char c) {
     switch (c) {
       case '$':
-        if (RegexState.wordSearch || *m_pattern == m_delimiter)
+        if (m_wordSearch || *m_pattern == m_delimiter)
           Write(RX_END_OF_LINE);
         else
           WritePlain(c);
@@ -165,7 +168,7 @@ class Compiler {
     } else if (c == ')') {
       CloseGroup();
     } else if (c >= '1' && c <= '9') {
-      if (c - '1' >= RegexState.closedGroups) RegexRaise(kNoSuchGroup);
+      if (c - '1' >= m_counts.closedGroups) RegexRaise(kNoSuchGroup);
       Write(RX_BACKREF);
       Write(c - '1');
     } else {
@@ -229,16 +232,16 @@ class Compiler {
   // ---- groups
 
   void OpenGroup() {
-    if (RegexState.groupCount == kRegexGroups) RegexRaise(kTooManyGroups);
-    m_groups[m_openGroups++] = RegexState.groupCount;
+    if (m_counts.groupCount == kRegexGroups) RegexRaise(kTooManyGroups);
+    m_groups[m_openGroups++] = m_counts.groupCount;
     Write(RX_GROUP_OPEN);
-    Write(RegexState.groupCount++);
+    Write(m_counts.groupCount++);
   }
 
   void CloseGroup() {
     if (m_openGroups == 0) RegexRaise(kUnbalanced);
     // Kept: a group inside a group fails here, at the inner close.
-    if (++RegexState.closedGroups != RegexState.groupCount) RegexRaise(kUnbalanced);
+    if (++m_counts.closedGroups != m_counts.groupCount) RegexRaise(kUnbalanced);
     Write(RX_GROUP_CLOSE);
     Write(m_groups[--m_openGroups]);
   }
@@ -309,7 +312,8 @@ class Compiler {
   unsigned char* m_end;
   unsigned char* m_last = nullptr;  // opcode of the last item
   unsigned char m_delimiter;
-  bool m_ignoreCase;
+  bool m_ignoreCase, m_wordSearch;
+  RegexCounts& m_counts;
   int m_groups[kRegexGroups] = {};  // open groups, innermost last
   int m_openGroups = 0;
 };
@@ -320,9 +324,9 @@ void RegexRaise(int code) {
   throw "Regular expression parser error: " + std::to_string(code);
 }
 
-unsigned char* RegexCompile(const char* pattern, unsigned char* buffer, unsigned char* bufferEnd,
-                            int delimiter, int literal, int ignoreCase) {
-  RegexState.closedGroups = RegexState.groupCount = RegexState.anchored = 0;
-  Compiler compiler(pattern, buffer, bufferEnd, delimiter, ignoreCase != 0);
-  return literal ? compiler.Literal() : compiler.Expression();
+unsigned char* CompileRegex(const RegexSource& source, unsigned char* buffer,
+                            unsigned char* bufferEnd, RegexCounts& counts) {
+  counts = {};
+  Compiler compiler(source, buffer, bufferEnd, counts);
+  return source.literal ? compiler.Literal() : compiler.Expression();
 }

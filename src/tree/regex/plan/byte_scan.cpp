@@ -1,10 +1,10 @@
-#include "tree/regex/byte_scan.h"
+#include "tree/regex/plan/byte_scan.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
-#include "tree/regex/ascii.h"
+#include "tree/regex/program/ascii.h"
 
 namespace {
 

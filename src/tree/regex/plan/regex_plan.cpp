@@ -1,8 +1,9 @@
-#include "tree/regex/regex_plan.h"
+#include "tree/regex/plan/regex_plan.h"
 
 #include <algorithm>
 
-#include "tree/regex/ascii.h"
+#include "tree/regex/plan/regex_machine.h"
+#include "tree/regex/program/ascii.h"
 
 namespace {
 
@@ -34,17 +35,18 @@ std::size_t NextLine(std::string_view text, std::size_t failed) {
 
 }  // namespace
 
-RegexPlan::RegexPlan()
-    : m_nodes(RegexState.program, std::end(RegexState.program), RegexState.acrossLines != 0),
-      m_anchored(RegexState.anchored != 0),
-      m_wordFlag(RegexState.wordSearch != 0 && !m_anchored) {
+RegexPlan::RegexPlan(const RegexProgram& program)
+    : m_nodes(program),
+      m_anchored(program.Anchored()),
+      m_wordFlag(program.WordSearch() && !program.Anchored()) {
   m_anyFirst =
       std::all_of(m_nodes.First().begin(), m_nodes.First().end(), [](bool b) { return b; });
-  for (std::size_t i = 0; i < m_nodes.size(); ++i) m_never |= m_nodes[i].kind == NodeKind::Fail;
+  for (std::size_t i = 0; i < m_nodes.size(); ++i)
+    m_never |= m_nodes[i].kind == RegexNodeKind::Fail;
   // If a set contains the zero of the text's end, a match may extend beyond the end.
   if (!m_nodes.TakesZero()) ChooseProbes();
   FindLeadingRun();
-  m_probesAll = ProbesAll();
+  if (ProbesAll()) m_wholeBytes = m_start->bytes;
 }
 
 // ---- what is known of a match
@@ -57,17 +59,17 @@ std::vector<RegexPlan::Segment> RegexPlan::Segments() const {
   };
   for (std::size_t i = 0; i < m_nodes.size(); ++i) {
     const RegexNode& node = m_nodes[i];
-    if (node.kind == NodeKind::Byte) {
+    if (node.kind == RegexNodeKind::Byte) {
       add(node.table);
-    } else if (node.kind == NodeKind::Run) {
+    } else if (node.kind == RegexNodeKind::Run) {
       for (std::uint32_t byte = 0; byte < node.least; ++byte) add(node.table);
       if (node.firstMust) add(node.table);
       segments.emplace_back();
       // What follows comes after a byte of the run; after a plus, unless it matches the byte that
       // the plus gives back.
       if (node.least > 0 || (node.firstMust && node.exclusive)) add(node.table);
-    } else if (node.kind == NodeKind::BackRef || node.kind == NodeKind::BackRefStar ||
-               node.kind == NodeKind::BackRefPlus) {
+    } else if (node.kind == RegexNodeKind::BackRef || node.kind == RegexNodeKind::BackRefStar ||
+               node.kind == RegexNodeKind::BackRefPlus) {
       segments.emplace_back();
     }
   }
@@ -124,7 +126,7 @@ bool RegexPlan::ProbesAll() const {
     return true;
   };
   for (std::size_t i = 0; i < m_start->bytes; ++i)
-    if (m_nodes[i].kind != NodeKind::Byte) return false;
+    if (m_nodes[i].kind != RegexNodeKind::Byte) return false;
   const PairTest& pair = m_start->pair;
   return exact(pair.firstAt, pair.first.test) && exact(pair.secondAt, pair.second.test);
 }
@@ -134,9 +136,12 @@ bool RegexPlan::ProbesAll() const {
 void RegexPlan::FindLeadingRun() {
   if (m_wordFlag || m_nodes.HasBackRefs()) return;
   std::size_t i = 0;
-  while (m_nodes[i].kind == NodeKind::GroupOpen || m_nodes[i].kind == NodeKind::GroupClose) ++i;
+  while (m_nodes[i].kind == RegexNodeKind::GroupOpen ||
+         m_nodes[i].kind == RegexNodeKind::GroupClose)
+    ++i;
   const RegexNode& node = m_nodes[i];
-  m_leadingRun = node.kind == NodeKind::Run && node.least == 0 && node.more == RegexNode::kEndless;
+  m_leadingRun =
+      node.kind == RegexNodeKind::Run && node.least == 0 && node.more == RegexNode::kEndless;
   if (m_leadingRun && !node.notAtEnd && node.follow) m_leadingStar = &node;
 }
 
@@ -171,64 +176,14 @@ std::size_t RegexPlan::FindPlace(std::string_view text, std::size_t from) const 
   return from <= text.size() ? from : kNowhere;
 }
 
-std::size_t RegexPlan::NextPlace(std::string_view text) const {
-  if (m_anchored) return NextLine(text, m_place);
-  const bool ran = m_leadingRun && m_machine.FirstStop() != RegexMachine::kUnset;
-  const std::size_t next = (ran ? m_machine.FirstStop() : m_place) + 1;
+std::size_t RegexPlan::PlaceAfterMiss(std::string_view text, std::size_t failed,
+                                      std::size_t firstStop) const {
+  if (m_anchored) return NextLine(text, failed);
+  const bool ran = m_leadingRun && firstStop != RegexMachine::kUnset;
+  const std::size_t next = (ran ? firstStop : failed) + 1;
   return next <= text.size() ? FindPlace(text, next) : kNowhere;
 }
 
-bool RegexPlan::MayMatchFrom(std::string_view text, std::size_t place) {
-  if (!m_need) return true;
-  if (m_needAt == kNowhere || m_needAt < place) m_needAt = Find(*m_need, text, place);
-  return m_needAt != kNowhere;
-}
-
-RegexAnswer RegexPlan::Begin(std::string_view text, std::int64_t steps) {
-  m_unfinished = false;
-  if (m_never || (m_anchored && text.empty())) return RegexAnswer::No;
-  m_needAt = kNowhere;
-  // If a star begins the pattern, the rest is rarer and is searched instead.
-  if (m_leadingStar && !MayMatchFrom(text, 0)) return RegexAnswer::No;
-  return BeginAt(text, m_anchored ? 0 : FindPlace(text, 0), steps);
-}
-
-RegexAnswer RegexPlan::Next(std::string_view text, std::int64_t steps) {
-  m_unfinished = false;
-  const std::size_t behind = std::max(m_matchEnd, m_place + 1);
-  if (behind > text.size()) return RegexAnswer::No;
-  return BeginAt(text, m_anchored ? NextLine(text, behind - 1) : FindPlace(text, behind), steps);
-}
-
-RegexAnswer RegexPlan::BeginAt(std::string_view text, std::size_t place, std::int64_t steps) {
-  m_place = place;
-  m_stepsLeft = steps;
-  if (m_place == kNowhere) return RegexAnswer::No;
-  if (m_probesAll) {
-    m_matchEnd = m_place + m_start->bytes;
-    return RegexAnswer::Yes;
-  }
-  if (!MayMatchFrom(text, m_place)) return RegexAnswer::No;
-  return Try(text, m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps), steps);
-}
-
-RegexAnswer RegexPlan::Resume(std::string_view text, std::int64_t steps) {
-  if (!m_unfinished) return RegexAnswer::No;
-  m_unfinished = false;
-  return Try(text, m_machine.Resume(m_nodes, text, steps), steps);
-}
-
-RegexAnswer RegexPlan::Try(std::string_view text, RegexRun run, std::int64_t& steps) {
-  while (run == RegexRun::Miss) {
-    m_place = NextPlace(text);
-    if (m_place == kNowhere || !MayMatchFrom(text, m_place)) return RegexAnswer::No;
-    run = m_machine.Begin(m_nodes, text, m_place, m_wordFlag, steps);
-  }
-  m_stepsLeft = steps;
-  if (run == RegexRun::Hit) {
-    m_matchEnd = m_machine.MatchEnd();
-    return RegexAnswer::Yes;
-  }
-  m_unfinished = true;
-  return RegexAnswer::Unfinished;
+std::size_t RegexPlan::PlaceAfterMatch(std::string_view text, std::size_t from) const {
+  return m_anchored ? NextLine(text, from - 1) : FindPlace(text, from);
 }

@@ -1,8 +1,8 @@
-#include "tree/regex/regex_machine.h"
+#include "tree/regex/plan/regex_machine.h"
 
 #include <algorithm>
 
-#include "tree/regex/ascii.h"
+#include "tree/regex/program/ascii.h"
 
 namespace {
 
@@ -41,13 +41,13 @@ RegexRun RegexMachine::Resume(const RegexNodes& nodes, std::string_view text, st
   for (;;) {
     const RegexNode& node = nodes[m_node];
     bool holds = true;
-    if (node.kind == NodeKind::Byte) {
+    if (node.kind == RegexNodeKind::Byte) {
       holds = (*node.table)[Read(text, m_at)];
       m_at = std::min(m_at + 1, text.size());
       ++m_node;
-    } else if (node.kind == NodeKind::Run) {
+    } else if (node.kind == RegexNodeKind::Run) {
       holds = EnterRun(node, text, steps);
-    } else if (node.kind == NodeKind::End) {
+    } else if (node.kind == RegexNodeKind::End) {
       if (!m_wordFlag || !IsWordByte(Read(text, m_at))) return RegexRun::Hit;
       // The inner runs have been tried; the first one continues as if it had failed.
       m_depth = std::min(m_depth, std::size_t{1});
@@ -64,24 +64,24 @@ RegexRun RegexMachine::Resume(const RegexNodes& nodes, std::string_view text, st
 // The nodes without repetition. False when the node does not match.
 bool RegexMachine::StepNode(const RegexNode& node, std::string_view text, std::int64_t& steps) {
   switch (node.kind) {
-    case NodeKind::EndOfLine:
+    case RegexNodeKind::EndOfLine:
       if (!(*node.table)[Read(text, m_at)]) return false;
       break;
-    case NodeKind::GroupOpen:
+    case RegexNodeKind::GroupOpen:
       m_groups[node.group].start = m_at;
       break;
-    case NodeKind::GroupClose:
+    case RegexNodeKind::GroupClose:
       m_groups[node.group].end = m_at;
       break;
-    case NodeKind::BackRef: {
+    case RegexNodeKind::BackRef: {
       const Capture& capture = m_groups[node.group];
       if (!Fits(capture, text)) return false;
       steps -= StepsFor(capture.end - capture.start);
       m_at = std::min(m_at + (capture.end - capture.start), text.size());
       break;
     }
-    case NodeKind::BackRefStar:
-    case NodeKind::BackRefPlus:
+    case RegexNodeKind::BackRefStar:
+    case RegexNodeKind::BackRefPlus:
       return EnterBackRef(node, text, steps);
     default:
       return false;
@@ -100,10 +100,10 @@ bool RegexMachine::EnterRun(const RegexNode& node, std::string_view text, std::i
     stop = RunOf(table, text, at, end);
   } else {
     floor += std::min<std::size_t>(node.least, end - at);
-    RegexState.rangeLow = static_cast<int>(at + node.least - RunOf(table, text, at, floor));
-    if (RegexState.rangeLow > 0) return false;
+    m_rangeLow = static_cast<int>(at + node.least - RunOf(table, text, at, floor));
+    if (m_rangeLow > 0) return false;
     stop = RunOf(table, text, floor, floor + std::min<std::size_t>(node.more, end - floor));
-    RegexState.rangeExtra = static_cast<int>(node.more - (stop - floor));
+    m_rangeExtra = static_cast<int>(node.more - (stop - floor));
   }
   if (m_firstStop == kUnset) m_firstStop = stop;
   steps -= StepsFor(stop - at);
@@ -127,7 +127,7 @@ bool RegexMachine::EnterBackRef(const RegexNode& node, std::string_view text, st
   }
   // Kept: the plus needs no occurrence at all, and it gives back nothing when the rest fails at its
   // end.
-  const bool once = node.kind == NodeKind::BackRefPlus;
+  const bool once = node.kind == RegexNodeKind::BackRefPlus;
   m_frames[m_depth++] = {m_node, floor, m_at, std::max<std::size_t>(length, 1), once};
   ++m_node;
   return true;

@@ -45,9 +45,9 @@ void ShowCaptures(const RegexMachine& machine, const char* begin) {
 }
 
 RegexAnswer Shown(RegexAnswer answer, const char* begin) {
+  if (answer != RegexAnswer::Yes) return answer;
   const RegexNodes& nodes = g_last->plan.Nodes();
   if (nodes.HasRanges()) ShowRange(g_matcher.Machine());
-  if (answer != RegexAnswer::Yes) return answer;
   RegexState.matchStart = begin + g_matcher.MatchStart();
   RegexState.matchEnd = begin + g_matcher.MatchEnd();
   if (nodes.HasGroups()) ShowCaptures(g_matcher.Machine(), begin);

@@ -8,14 +8,6 @@ bool RegexMatcher::MayMatchFrom(const RegexPlan& plan, std::string_view text, st
   return m_needAt != kNowhere;
 }
 
-RegexAnswer RegexMatcher::Begin(const RegexPlan& plan, std::string_view text, std::int64_t steps) {
-  m_unfinished = false;
-  if (!plan.CanMatch(text)) return RegexAnswer::No;
-  m_needAt = kNowhere;
-  if (plan.LooksForNeedFirst() && !MayMatchFrom(plan, text, 0)) return RegexAnswer::No;
-  return BeginAt(plan, text, plan.FirstPlace(text), steps);
-}
-
 RegexAnswer RegexMatcher::Next(const RegexPlan& plan, std::string_view text, std::int64_t steps) {
   m_unfinished = false;
   const std::size_t behind = std::max(m_matchEnd, m_place + 1);
@@ -23,15 +15,8 @@ RegexAnswer RegexMatcher::Next(const RegexPlan& plan, std::string_view text, std
   return BeginAt(plan, text, plan.PlaceAfterMatch(text, behind), steps);
 }
 
-RegexAnswer RegexMatcher::BeginAt(const RegexPlan& plan, std::string_view text, std::size_t place,
-                                  std::int64_t steps) {
-  m_place = place;
-  m_stepsLeft = steps;
-  if (m_place == kNowhere) return RegexAnswer::No;
-  if (plan.WholeBytes() > 0) {
-    m_matchEnd = m_place + plan.WholeBytes();
-    return RegexAnswer::Yes;
-  }
+RegexAnswer RegexMatcher::TryFirst(const RegexPlan& plan, std::string_view text,
+                                   std::int64_t steps) {
   if (!MayMatchFrom(plan, text, m_place)) return RegexAnswer::No;
   const RegexRun run = m_machine.Begin(plan.Nodes(), text, m_place, plan.WordFlag(), steps);
   return Try(plan, text, run, steps);

@@ -35,6 +35,7 @@ class RegexMatcher {
   bool MayMatchFrom(const RegexPlan& plan, std::string_view text, std::size_t place);
   RegexAnswer BeginAt(const RegexPlan& plan, std::string_view text, std::size_t place,
                       std::int64_t steps);
+  RegexAnswer TryFirst(const RegexPlan& plan, std::string_view text, std::int64_t steps);
   RegexAnswer Try(const RegexPlan& plan, std::string_view text, RegexRun run, std::int64_t& steps);
 
   RegexMachine m_machine;
@@ -44,3 +45,23 @@ class RegexMatcher {
   std::int64_t m_stepsLeft = 0;
   std::size_t m_needAt = 0;  // a position of what must occur; kNowhere before it is searched
 };
+
+// Most texts of a search end here: these two are inline for the sake of speed.
+inline RegexAnswer RegexMatcher::Begin(const RegexPlan& plan, std::string_view text,
+                                       std::int64_t steps) {
+  m_unfinished = false;
+  if (!plan.CanMatch(text)) return RegexAnswer::No;
+  m_needAt = kNowhere;
+  if (plan.LooksForNeedFirst() && !MayMatchFrom(plan, text, 0)) return RegexAnswer::No;
+  return BeginAt(plan, text, plan.FirstPlace(text), steps);
+}
+
+inline RegexAnswer RegexMatcher::BeginAt(const RegexPlan& plan, std::string_view text,
+                                         std::size_t place, std::int64_t steps) {
+  m_place = place;
+  m_stepsLeft = steps;
+  if (place == kNowhere) return RegexAnswer::No;
+  if (plan.WholeBytes() == 0) return TryFirst(plan, text, steps);
+  m_matchEnd = place + plan.WholeBytes();
+  return RegexAnswer::Yes;
+}

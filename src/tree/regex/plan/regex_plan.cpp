@@ -147,11 +147,6 @@ void RegexPlan::FindLeadingRun() {
 
 // ---- the search
 
-std::size_t RegexPlan::Find(const Probe& probe, std::string_view text, std::size_t from) {
-  if (text.size() < probe.bytes) return kNowhere;
-  return FindPair(text, from, text.size() - probe.bytes + 1, probe.pair);
-}
-
 // A star may match nothing: what counts is where the rest can begin. The attempt begins as far
 // before that position as the star reaches.
 std::size_t RegexPlan::FindPlaceOfStar(std::string_view text, std::size_t from) const {

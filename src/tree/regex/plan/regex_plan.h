@@ -30,7 +30,8 @@ class RegexPlan {
   // The first position where an attempt may succeed, kNowhere for none: of the text; after an
   // attempt that failed, with its RegexMachine::FirstStop; after a match, from `from` on.
   std::size_t FirstPlace(std::string_view text) const {
-    return m_anchored ? 0 : FindPlace(text, 0);
+    if (m_anchored) return 0;
+    return m_start ? Find(*m_start, text, 0) : FindPlace(text, 0);
   }
   std::size_t PlaceAfterMiss(std::string_view text, std::size_t failed,
                              std::size_t firstStop) const;
@@ -39,7 +40,7 @@ class RegexPlan {
   // Something rarer than a beginning must occur in each match.
   bool HasNeed() const { return m_need.has_value(); }
   // It is searched first: if a star begins the pattern, the rest is rarer.
-  bool LooksForNeedFirst() const { return m_need && m_leadingStar; }
+  bool LooksForNeedFirst() const { return m_leadingStar && m_need; }
   // The first position of it from `from` on, kNowhere for none.
   std::size_t FindNeed(std::string_view text, std::size_t from) const {
     return Find(*m_need, text, from);
@@ -65,7 +66,10 @@ class RegexPlan {
   void FindLeadingRun();
   bool ProbesAll() const;
 
-  static std::size_t Find(const Probe& probe, std::string_view text, std::size_t from);
+  static std::size_t Find(const Probe& probe, std::string_view text, std::size_t from) {
+    if (text.size() < probe.bytes) return kNowhere;
+    return FindPair(text, from, text.size() - probe.bytes + 1, probe.pair);
+  }
   std::size_t FindPlaceOfStar(std::string_view text, std::size_t from) const;
   std::size_t FindPlace(std::string_view text, std::size_t from) const;
 

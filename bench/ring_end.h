@@ -14,9 +14,9 @@
 #include <memory>
 #include <string>
 
+#include "quor/link/link.h"
+#include "quor/link/link_socket.h"
 #include "quor/ring/bell.h"
-#include "quor/ring/link.h"
-#include "quor/ring/link_socket.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
 #include "tests/support/remove_segments.h"

@@ -2,9 +2,9 @@
 // the ledgers added up, the data given out as traces.
 #include <cstdlib>
 
-#include "quor/client/gap_ledger.h"
-#include "quor/client/live_batch.h"
-#include "quor/client/name_mapper.h"
+#include "quor/client/stream/gap_ledger.h"
+#include "quor/client/stream/live_batch.h"
+#include "quor/client/stream/name_mapper.h"
 #include "quor/protocol/frames.h"
 #include "quor/protocol/machine.h"
 #include "quor/protocol/quor.pb.h"

@@ -11,8 +11,8 @@
 #include <filesystem>
 
 #include "commands.h"
+#include "quor/link/paths.h"
 #include "quor/protocol/tls.h"
-#include "quor/ring/paths.h"
 #include "quor/service/local_door.h"
 #include "quor/service/service.h"
 

@@ -6,10 +6,10 @@
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
+#include "quor/link/link_socket.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/machine.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/ring/link_socket.h"
 #include "quor/service/local_door.h"
 
 namespace {

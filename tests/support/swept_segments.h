@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-#include "quor/ring/segment_folder.h"
+#include "quor/link/segment_folder.h"
 #include "quor/ring/segment_map.h"
 
 // Segments that have more than a count: of live applications, and of those that are not taken yet.

@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-#include "quor/ring/link.h"
+#include "quor/link/link.h"
 
 constexpr std::uint32_t kDefaultSettings = 7;  // Support: Info, Warn, Error
 constexpr std::uint32_t kSettingsBits = 0x031F;

@@ -15,7 +15,7 @@
 #include <optional>
 #include <string>
 
-#include "quor/client/service_link.h"
+#include "quor/client/link/service_link.h"
 
 class ConfigLink final : public ServiceLink::User {
  public:

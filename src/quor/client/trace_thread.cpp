@@ -2,8 +2,8 @@
 
 #include <deque>
 
-#include "quor/client/live_reader.h"
-#include "quor/client/name_mapper.h"
+#include "quor/client/stream/live_reader.h"
+#include "quor/client/stream/name_mapper.h"
 #include "quor/protocol/machine.h"
 
 namespace {

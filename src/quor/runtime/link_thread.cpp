@@ -10,8 +10,8 @@
 #include <new>
 #include <utility>
 
+#include "quor/link/link_socket.h"
 #include "quor/ring/bell.h"
-#include "quor/ring/link_socket.h"
 #include "quor/runtime/runtime.h"
 
 namespace {

@@ -13,9 +13,9 @@
 
 #include <atomic>
 
+#include "quor/link/link.h"
+#include "quor/link/paths.h"
 #include "quor/ring/known_descriptor.h"
-#include "quor/ring/link.h"
-#include "quor/ring/paths.h"
 #include "quor/runtime/sink_keeper.h"
 
 class LinkThread {

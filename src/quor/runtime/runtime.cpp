@@ -15,7 +15,7 @@
 
 #include "quor/ring/cut_length.h"
 #include "quor/runtime/link_thread.h"
-#include "quor/runtime/stack.h"
+#include "quor/runtime/process/stack.h"
 
 namespace {
 

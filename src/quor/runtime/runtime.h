@@ -10,16 +10,13 @@
 
 #include <string_view>
 
+#include "quor/link/segment_folder.h"
 #include "quor/quor.h"
 #include "quor/ring/ring_producer.h"
-#include "quor/ring/segment_folder.h"
-#include "quor/runtime/clock.h"
-#include "quor/runtime/name_table.h"
 #include "quor/runtime/owner_lock.h"
-#include "quor/runtime/point_table.h"
-
-constexpr std::uint32_t kSettingsMask = 0x031F;  // the seven bits of a point
-constexpr std::uint32_t kSupport = 7;            // until the service has sent its settings
+#include "quor/runtime/process/clock.h"
+#include "quor/runtime/process/name_table.h"
+#include "quor/runtime/process/point_table.h"
 
 // The state that a trace reads. Written before `generation`, and by a fork's child while it is
 // alone.

@@ -10,9 +10,9 @@
 #include <atomic>
 #include <cstdint>
 
-#include "quor/ring/link.h"
-#include "quor/runtime/file_sink.h"
+#include "quor/link/link.h"
 #include "quor/runtime/owner_lock.h"
+#include "quor/runtime/sink/file_sink.h"
 
 class SinkKeeper {
  public:

@@ -13,8 +13,8 @@
 #include "quor/ring/cut_length.h"
 #include "quor/runtime/keep_loaded.h"
 #include "quor/runtime/link_thread.h"
+#include "quor/runtime/process/stack.h"
 #include "quor/runtime/runtime.h"
-#include "quor/runtime/stack.h"
 #include "records/record_fields.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <cstring>
 #include <utility>
 
+#include "quor/link/link_socket.h"
 #include "quor/log/log.h"
-#include "quor/ring/link_socket.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <thread>
 
 #include "base/fail_with.h"
-#include "quor/ring/paths.h"
+#include "quor/link/paths.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include <optional>
 
 #include "quor/catalogue/catalogue_store.h"
+#include "quor/link/segment_folder.h"
 #include "quor/log/log.h"
-#include "quor/ring/segment_folder.h"
 
 namespace {
 

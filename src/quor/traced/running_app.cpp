@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <asio/post.hpp>
 
+#include "quor/link/link_socket.h"
 #include "quor/log/log.h"
-#include "quor/ring/link_socket.h"
 
 namespace {
 

@@ -19,7 +19,7 @@
 #include <memory>
 
 #include "quor/catalogue/catalogue.h"
-#include "quor/ring/link.h"
+#include "quor/link/link.h"
 #include "quor/traced/owned_descriptor.h"
 #include "quor/traced/traced_app.h"
 

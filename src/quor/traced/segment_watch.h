@@ -1,4 +1,4 @@
-// Finds the segments of applications by their files (quor/ring/segment_folder.h): those that exist
+// Finds the segments of applications by their files (quor/link/segment_folder.h): those that exist
 // at the start, and each new one as soon as it is complete.
 //
 // Owner    Borrows its finder.
@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "quor/ring/segment_folder.h"
+#include "quor/link/segment_folder.h"
 #include "quor/traced/owned_descriptor.h"
 
 class SegmentWatch {

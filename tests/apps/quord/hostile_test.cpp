@@ -6,9 +6,9 @@
 #include <list>
 #include <random>
 
-#include "quor/ring/link.h"
+#include "quor/link/link.h"
+#include "quor/link/segment_folder.h"
 #include "quor/ring/ring_producer.h"
-#include "quor/ring/segment_folder.h"
 #include "quor/ring/segment_map.h"
 #include "quor/service/local_door.h"
 #include "quord_client.h"

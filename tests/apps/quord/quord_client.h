@@ -2,9 +2,9 @@
 #pragma once
 
 #include "monitor_proof.h"
+#include "quor/link/link_socket.h"
 #include "quor/protocol/frames.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/ring/link_socket.h"
 #include "quord_process.h"
 
 using quor::wire::Request;

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <quor/quor.hpp>
 
-#include "quor/ring/link.h"
-#include "quor/ring/segment_folder.h"
+#include "quor/link/link.h"
+#include "quor/link/segment_folder.h"
 #include "quor/ring/segment_map.h"
 #include "quord_client.h"
 #include "support/swept_segments.h"

@@ -4,7 +4,7 @@
 
 #include "fake_service.h"
 #include "quor/quor.hpp"
-#include "quor/runtime/clock.h"
+#include "quor/runtime/process/clock.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "quor/ring/ring_producer.h"
-#include "quor/runtime/file_sink.h"
+#include "quor/runtime/sink/file_sink.h"
 #include "records/record_fields.h"
 #include "support/temp_dir.h"
 

@@ -11,7 +11,7 @@
 
 #include "file_traces.h"
 #include "quor/quor.hpp"
-#include "quor/runtime/sink_files.h"
+#include "quor/runtime/sink/sink_files.h"
 #include "records/trc_walk.h"
 #include "support/temp_dir.h"
 

@@ -15,10 +15,10 @@
 #include <string>
 #include <vector>
 
+#include "quor/link/link.h"
+#include "quor/link/link_socket.h"
 #include "quor/quor.h"
 #include "quor/ring/bell.h"
-#include "quor/ring/link.h"
-#include "quor/ring/link_socket.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
 #include "records/raw_trace.h"

@@ -7,7 +7,7 @@
 
 #include "fake_service.h"
 #include "quor/quor.hpp"
-#include "quor/runtime/sink_files.h"
+#include "quor/runtime/sink/sink_files.h"
 #include "support/temp_dir.h"
 
 namespace {

@@ -10,7 +10,7 @@
 
 #include <future>
 
-#include "quor/ring/link_socket.h"
+#include "quor/link/link_socket.h"
 #include "support/temp_dir.h"
 
 namespace {

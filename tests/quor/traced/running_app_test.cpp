@@ -5,7 +5,7 @@
 #include <sys/socket.h>
 
 #include "quor/catalogue/catalogue_store.h"
-#include "quor/ring/link_socket.h"
+#include "quor/link/link_socket.h"
 #include "quor/ring/ring_producer.h"
 #include "records/record_fields.h"
 #include "support/traced_child.h"

@@ -9,7 +9,7 @@
 #include <deque>
 #include <mutex>
 
-#include "quor/client/live_batch.h"
+#include "quor/client/stream/live_batch.h"
 
 class LiveQueue {
  public:

@@ -1,4 +1,4 @@
-#include "quor/client/service_link.h"
+#include "quor/client/link/service_link.h"
 
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
@@ -7,7 +7,7 @@
 #include <random>
 #include <thread>
 
-#include "quor/client/dial.h"
+#include "quor/client/link/dial.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "quor/runtime/stack.h"
+#include "quor/runtime/process/stack.h"
 
 #include <cxxabi.h>
 #include <dlfcn.h>

@@ -18,8 +18,8 @@
 #include <string>
 
 #include "quor/ring/ring_consumer.h"
-#include "quor/runtime/name_table.h"
-#include "quor/runtime/sink_files.h"
+#include "quor/runtime/process/name_table.h"
+#include "quor/runtime/sink/sink_files.h"
 #include "records/trc_walk.h"
 
 class FileSink {

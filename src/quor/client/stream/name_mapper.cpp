@@ -1,4 +1,4 @@
-#include "quor/client/name_mapper.h"
+#include "quor/client/stream/name_mapper.h"
 
 NameMapper::NameMapper(NameMap& names)
     : m_names(names), m_stream(std::make_unique<Table>()), m_own(std::make_unique<Table>()) {

@@ -1,5 +1,5 @@
 // The files by which a service finds segments: who may make them, and what is never opened.
-#include "quor/ring/segment_folder.h"
+#include "quor/link/segment_folder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "quor/ring/link_socket.h"
+#include "quor/link/link_socket.h"
 
 #include <poll.h>
 #include <sys/socket.h>

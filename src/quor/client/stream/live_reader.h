@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "quor/client/gap_ledger.h"
-#include "quor/client/live_queue.h"
-#include "quor/client/service_link.h"
+#include "quor/client/link/service_link.h"
+#include "quor/client/stream/gap_ledger.h"
+#include "quor/client/stream/live_queue.h"
 
 class LiveReader final : public ServiceLink::User {
  public:

@@ -9,7 +9,10 @@
 
 #include "quor/quor.h"
 #include "quor/ring/segment_map.h"
-#include "quor/runtime/name_table.h"
+#include "quor/runtime/process/name_table.h"
+
+constexpr std::uint32_t kSettingsMask = 0x031F;  // the seven bits of a point
+constexpr std::uint32_t kSupport = 7;            // until the service has sent its settings
 
 class PointTable {
  public:

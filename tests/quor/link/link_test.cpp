@@ -13,9 +13,9 @@
 #include <string>
 #include <thread>
 
-#include "quor/ring/link.h"
-#include "quor/ring/link_socket.h"
-#include "quor/ring/paths.h"
+#include "quor/link/link.h"
+#include "quor/link/link_socket.h"
+#include "quor/link/paths.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "quor/client/loss_trace.h"
+#include "quor/client/stream/loss_trace.h"
 
 #include <unistd.h>
 

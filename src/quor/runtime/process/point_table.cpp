@@ -1,8 +1,6 @@
-#include "quor/runtime/point_table.h"
+#include "quor/runtime/process/point_table.h"
 
 #include <algorithm>
-
-#include "quor/runtime/runtime.h"
 
 void PointTable::Begin(const SegmentMap& segment, NameTable& names) {
   m_header = segment.Header();

@@ -1,4 +1,4 @@
-#include "quor/client/live_queue.h"
+#include "quor/client/stream/live_queue.h"
 
 LiveQueue::~LiveQueue() {
   for (LiveBatch* const batch : m_batches) batch->Forget();

@@ -1,10 +1,11 @@
-#include "quor/ring/paths.h"
+#include "quor/link/paths.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include "base/fail_with.h"
 
@@ -69,9 +70,10 @@ bool PrepareSocketFolder(const std::string& socketPath, std::string* why,
                          const ServiceEnvironment& environment) {
   const std::string folder = FolderOf(socketPath);
   if (socketPath != environment.socket && mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
-    return FailOn(why, folder);
+    return FailWith(why, folder + ": " + std::strerror(errno));
   struct stat status {};
-  if (stat(folder.c_str(), &status) != 0) return FailOn(why, folder);
+  if (stat(folder.c_str(), &status) != 0)
+    return FailWith(why, folder + ": " + std::strerror(errno));
   return SocketFolderIsSafe(socketPath, why, environment);
 }
 

@@ -1,4 +1,4 @@
-#include "quor/runtime/sink_files.h"
+#include "quor/runtime/sink/sink_files.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

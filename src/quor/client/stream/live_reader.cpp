@@ -1,6 +1,6 @@
-#include "quor/client/live_reader.h"
+#include "quor/client/stream/live_reader.h"
 
-#include "quor/client/loss_trace.h"
+#include "quor/client/stream/loss_trace.h"
 #include "records/name_record.h"
 
 void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome) {

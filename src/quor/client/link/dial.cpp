@@ -1,13 +1,13 @@
-#include "quor/client/dial.h"
+#include "quor/client/link/dial.h"
 
 #include <asio/post.hpp>
 #include <asio/steady_timer.hpp>
 #include <cerrno>
 #include <cstring>
 
+#include "quor/link/link_socket.h"
+#include "quor/link/paths.h"
 #include "quor/protocol/tls.h"
-#include "quor/ring/link_socket.h"
-#include "quor/ring/paths.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "quor/client/live_batch.h"
+#include "quor/client/stream/live_batch.h"
 
 #include "quor/protocol/frames.h"
 

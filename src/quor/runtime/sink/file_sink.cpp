@@ -1,4 +1,4 @@
-#include "quor/runtime/file_sink.h"
+#include "quor/runtime/sink/file_sink.h"
 
 #include <sched.h>
 #include <time.h>
@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "quor/runtime/clock.h"
+#include "quor/runtime/process/clock.h"
 #include "records/record_fields.h"
 
 namespace {

@@ -13,7 +13,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "quor/client/live_batch.h"
+#include "quor/client/stream/live_batch.h"
 #include "records/name_map.h"
 
 class NameMapper {

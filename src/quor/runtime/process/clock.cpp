@@ -1,4 +1,4 @@
-#include "quor/runtime/clock.h"
+#include "quor/runtime/process/clock.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>

@@ -1,4 +1,4 @@
-#include "quor/runtime/name_table.h"
+#include "quor/runtime/process/name_table.h"
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include "quor/ring/link.h"
+#include "quor/link/link.h"
 
 #include <algorithm>
 

@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-#include "quor/ring/paths.h"
+#include "quor/link/paths.h"
 
 class SegmentFolder {
  public:

@@ -1,4 +1,4 @@
-#include "quor/client/gap_ledger.h"
+#include "quor/client/stream/gap_ledger.h"
 
 #include <algorithm>
 #include <utility>

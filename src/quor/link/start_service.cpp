@@ -9,7 +9,7 @@
 
 #include <cerrno>
 
-#include "quor/ring/paths.h"
+#include "quor/link/paths.h"
 
 // Both children are copies of a process that may have many threads. They only make system calls,
 // because any lock of the C library may stay locked in the copy for ever. The forks are raw system

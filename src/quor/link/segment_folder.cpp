@@ -1,4 +1,4 @@
-#include "quor/ring/segment_folder.h"
+#include "quor/link/segment_folder.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,6 +1,7 @@
 // What the ring of an application lost before its file sink, and how that is reported.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <memory>
 
@@ -84,6 +85,22 @@ TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheFileDoesNotTellI
     m_sink->Push();
   }
   EXPECT_EQ(Reported(), 0u);
+}
+
+// The trace that tells the drops moves to a file that cannot take it either.
+TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheNextFileDoesNotTellItEither) {
+  constexpr std::uint64_t kDrops = 5;
+  const std::uint64_t traces = Fill(kDrops);
+  m_sink->Drain(1);
+  m_sink->Push();  // the file has the names that the next one needs
+  ASSERT_TRUE(Trace());
+  m_sink->DrainReserved();
+  ASSERT_TRUE(m_sink->HoldsBytes());
+  ASSERT_EQ(unlink(m_sink->Path().c_str()), 0);
+  const NoRoomInFiles full;
+  m_sink->Push();
+  EXPECT_EQ(Untold(), traces + kDrops);
+  EXPECT_EQ(Reported(), traces + kDrops);
 }
 
 TEST_F(FileSinkLoss, WhatTheFileTellsIsNotToldToTheService) {

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <utility>
 
@@ -15,7 +14,6 @@
 namespace {
 
 constexpr int kCommitWaits = 100;
-constexpr std::string_view kNotWritten = "the file could not be written";
 
 std::uint64_t MonotonicNs() {
   timespec time{};
@@ -24,40 +22,14 @@ std::uint64_t MonotonicNs() {
          static_cast<std::uint64_t>(time.tv_nsec);
 }
 
-// The content of a buffer that was written in part. Only whole records stay in a file: a torn
-// record would swallow the records written after it.
-struct Split {
-  std::size_t whole = 0;     // bytes of whole records among those written
-  std::uint64_t traces = 0;  // numbered traces after them
-  // The losses that the loss traces after them report: of the ring, and of this file again.
-  std::uint64_t fromRing = 0, again = 0;
-};
-
 std::size_t HeaderIn(Bytes buffer) {
   return buffer[0] == static_cast<std::uint8_t>(kTrcHeader[0]) ? kTrcHeaderBytes : 0;
 }
 
-Split SplitAt(Bytes buffer, std::size_t written) {
-  Split split;
-  std::size_t at = HeaderIn(buffer);
-  if (at <= written) split.whole = at;
-  while (at < buffer.size()) {
-    const std::uint8_t* const record = buffer.data() + at;
-    const bool name = *record == kTagName;
-    const RawAppTrace trace(record + kTagBytes);
-    at += kTagBytes + (name ? RawAppName(record + kTagBytes).Size() : trace.Size());
-    if (at <= written) {
-      split.whole = at;
-    } else if (!name && trace.SequenceNumber() != kNoSequenceNumber) {
-      ++split.traces;
-    } else if (!name) {
-      const std::string_view text = trace.Text();
-      std::uint64_t lost = 0;
-      std::from_chars(text.data(), text.data() + text.size(), lost);
-      (text.ends_with(kNotWritten) ? split.again : split.fromRing) += lost;
-    }
-  }
-  return split;
+// With its tag.
+std::size_t RecordBytes(const std::uint8_t* record) {
+  const std::uint8_t* const body = record + kTagBytes;
+  return kTagBytes + (*record == kTagName ? RawAppName(body).Size() : RawAppTrace(body).Size());
 }
 
 }  // namespace
@@ -70,7 +42,8 @@ FileSink::FileSink(const SegmentMap& segment, const NameTable& names, const Loss
       m_options(options),
       m_ring(segment),
       m_files(std::move(path), options),
-      m_buffer(new std::uint8_t[kBufferBytes + kSlackBytes]) {}
+      m_buffer(new std::uint8_t[kBufferBytes + kSlackBytes]),
+      m_losses(new ToldLoss[kToldLossesMax]) {}
 
 void FileSink::Begin() {
   m_ring.Resume();
@@ -119,22 +92,49 @@ void FileSink::PushBuffer() {
   const bool whole = m_files.Write(m_buffer.get(), m_used, &written);
   if (!whole && errno == ESTALE && written == 0 && MoveOn()) return WriteOut();
   if (!whole) LoseFrom(written, errno);
-  m_used = 0;
+  EmptyBuffer();
 }
 
 void FileSink::WriteOut() {
   std::size_t written = 0;
   if (m_used != 0 && !m_files.Write(m_buffer.get(), m_used, &written)) LoseFrom(written, errno);
+  EmptyBuffer();
+}
+
+void FileSink::EmptyBuffer() {
   m_used = 0;
+  m_lossCount = 0;
+}
+
+// Only whole records stay in a file: a torn record would swallow the records written after it.
+FileSink::Unwritten FileSink::Behind(std::size_t written) const {
+  const Bytes buffer(m_buffer.get(), m_used);
+  Unwritten behind;
+  std::size_t at = HeaderIn(buffer);
+  if (at <= written) behind.whole = at;
+  for (std::size_t loss = 0; at < buffer.size();) {
+    const std::uint8_t* const record = buffer.data() + at;
+    const bool told = TellsLoss(loss, m_lossCount, at);
+    at += RecordBytes(record);
+    if (at <= written) {
+      behind.whole = at;
+    } else if (told) {
+      (m_losses[loss].known ? behind.known : behind.news) += m_losses[loss].lost;
+    } else if (*record != kTagName) {
+      ++behind.traces;
+    }
+    if (told) ++loss;
+  }
+  return behind;
 }
 
 void FileSink::LoseFrom(std::size_t written, int error) {
-  const Split split = SplitAt({m_buffer.get(), m_used}, written);
-  m_files.TakeBack(written - split.whole);
+  const Unwritten behind = Behind(written);
+  m_files.TakeBack(written - behind.whole);
   m_written.Clear();  // it does not matter which names reached the file: they are written again
-  Fail(split.traces, error);
-  Miss(split.fromRing);
-  m_missed += split.again;  // the service knows of these already
+  Fail(behind.traces, error);
+  Miss(behind.news);
+  m_missed += behind.known;
 }
 
 // Begins another file under the name. The buffered records go there, with the names that only the
@@ -146,14 +146,19 @@ bool FileSink::MoveOn() {
   std::uint8_t* const from = m_buffer.get() + kBufferBytes + kSlackBytes - m_used;
   const Bytes old(from, m_used);
   std::memmove(from, m_buffer.get(), m_used);
+  const std::size_t losses = m_lossCount;
   BeginFile();
-  for (std::size_t at = HeaderIn(old); at < old.size();) {
+  for (std::size_t at = HeaderIn(old), loss = 0; at < old.size();) {
     const std::uint8_t* const record = from + at;
-    const bool name = *record == kTagName;
+    const bool told = TellsLoss(loss, losses, at);
+    at += RecordBytes(record);
+    if (*record == kTagName) continue;
     const RawAppTrace trace(record + kTagBytes);
-    at += kTagBytes + (name ? RawAppName(record + kTagBytes).Size() : trace.Size());
-    if (name) continue;
-    AppendTrace({record + kTagBytes, trace.Size()}, trace.SequenceNumber());
+    const std::size_t offset =
+        AppendTrace({record + kTagBytes, trace.Size()}, trace.SequenceNumber());
+    // In place: of those before it no more are noted again than have been read.
+    if (told) NoteLoss(offset, m_losses[loss].lost, m_losses[loss].known);
+    if (told) ++loss;
     if (m_used < kBufferBytes) continue;
     WriteOut();
     if (m_files.Size() == 0) BeginFile();
@@ -171,7 +176,7 @@ bool FileSink::TakeReport(Report* report, bool last) {
 }
 
 void FileSink::Abandon() {
-  m_used = 0;
+  EmptyBuffer();
   m_files.Abandon();
 }
 
@@ -196,10 +201,14 @@ void FileSink::Take(const RingItem& item) {
     return;
   }
   if (m_missed != 0) TellMissed();
-  if (item.dropsBefore != 0) AppendLoss(item.dropsBefore, "the ring was full");
-  if (item.damagedBefore != 0) AppendLoss(item.damagedBefore, "damaged in memory");
-  if (item.trace.empty()) return;
-  if (IsFullBy(item.trace)) {
+  if (item.dropsBefore != 0) AppendLoss(item.dropsBefore, "the ring was full", false);
+  if (item.damagedBefore != 0) AppendLoss(item.damagedBefore, "damaged in memory", false);
+  if (!item.trace.empty()) TakeTrace(item.trace);
+  if (m_used >= kBufferBytes) PushBuffer();
+}
+
+void FileSink::TakeTrace(Bytes trace) {
+  if (IsFullBy(trace)) {
     PushBuffer();
     m_files.End();
     if (!Ready()) {
@@ -208,8 +217,7 @@ void FileSink::Take(const RingItem& item) {
     }
   }
   if (++m_number == kNoSequenceNumber) m_number = 0;
-  AppendTrace(item.trace, m_number);
-  if (m_used >= kBufferBytes) PushBuffer();
+  AppendTrace(trace, m_number);
 }
 
 // Every file takes at least one trace, however long the trace is.
@@ -223,13 +231,15 @@ bool FileSink::IsFullBy(Bytes trace) const {
   return size + kTagBytes + trace.size() + names > m_options.maxBytes;
 }
 
-void FileSink::AppendTrace(Bytes trace, std::uint32_t number) {
+std::size_t FileSink::AppendTrace(Bytes trace, std::uint32_t number) {
   AppendNames(trace.data());
-  std::uint8_t* const to = m_buffer.get() + m_used;
+  const std::size_t offset = m_used;
+  std::uint8_t* const to = m_buffer.get() + offset;
   m_used += kTagBytes + trace.size();
   to[0] = kTagTrace;
   std::memcpy(to + kTagBytes, trace.data(), trace.size());
   StoreBe32(to + kTagBytes + TraceAt::kCount, number);
+  return offset;
 }
 
 void FileSink::AppendNames(const std::uint8_t* trace) {
@@ -242,7 +252,7 @@ void FileSink::AppendName(AppNameId id) {
   m_written.Add(id);
 }
 
-void FileSink::AppendLoss(std::uint64_t lost, std::string_view reason) {
+void FileSink::AppendLoss(std::uint64_t lost, const char* reason, bool known) {
   const Stamp now = TraceClock::ByKernel();
   RecordFieldsOf<AppNameId> fields;
   fields.machine = m_lossNames.machine;
@@ -256,20 +266,30 @@ void FileSink::AppendLoss(std::uint64_t lost, std::string_view reason) {
   fields.ticCount = now.ticPs;
   fields.attributes = kAttributeWarn;
   char text[96];
-  const int length = std::snprintf(text, sizeof text, "%llu traces lost: %.*s",
-                                   static_cast<unsigned long long>(lost),
-                                   static_cast<int>(reason.size()), reason.data());
+  const int length = std::snprintf(text, sizeof text, "%llu traces lost: %s",
+                                   static_cast<unsigned long long>(lost), reason);
   std::uint8_t trace[kTraceFixedBytes + sizeof text];
   fields.text = {text, static_cast<std::size_t>(length)};
   StoreRecord(trace, fields);
-  AppendTrace({trace, kTraceFixedBytes + fields.text.size()}, kNoSequenceNumber);
+  const std::size_t offset =
+      AppendTrace({trace, kTraceFixedBytes + fields.text.size()}, kNoSequenceNumber);
+  NoteLoss(offset, lost, known);
+}
+
+void FileSink::NoteLoss(std::size_t offset, std::uint64_t lost, bool known) {
+  m_losses[m_lossCount++] = {offset, lost, known};
+}
+
+bool FileSink::TellsLoss(std::size_t loss, std::size_t losses, std::size_t offset) const {
+  return loss < losses && m_losses[loss].offset == offset;
 }
 
 void FileSink::TellMissed() {
-  AppendLoss(std::exchange(m_missed, 0), kNotWritten);
+  AppendLoss(std::exchange(m_missed, 0), "the file could not be written", true);
 }
 
 void FileSink::BeginFile() {
+  EmptyBuffer();
   m_written.Clear();
   std::memcpy(m_buffer.get(), kTrcHeader, kTrcHeaderBytes);
   m_used = kTrcHeaderBytes;

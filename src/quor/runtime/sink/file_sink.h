@@ -59,20 +59,41 @@ class FileSink {
 
  private:
   static constexpr std::size_t kBufferBytes = 64 * 1024;
+  static constexpr std::size_t kShortestLossText = sizeof "1 traces lost: the ring was full" - 1;
   static constexpr std::size_t kSlackBytes =
       kTrcHeaderBytes +
       4 * (kTagBytes + kTraceBytesMax + 7 * (kNameRecordBytes + NameTable::kNameBytesMax));
+  // A trace in the buffer that tells a loss.
+  struct ToldLoss {
+    std::size_t offset;  // of its record
+    std::uint64_t lost;
+    bool known;  // the service has been told
+  };
+  // A buffer full of the shortest of them, and those that may exceed it.
+  static constexpr std::size_t kToldLossesMax =
+      kBufferBytes / (kTagBytes + kTraceFixedBytes + kShortestLossText) + 4;
+  // What a buffer that was written in part does not bring to the file.
+  struct Unwritten {
+    std::size_t whole = 0;  // bytes of whole records among those written
+    std::uint64_t traces = 0;
+    std::uint64_t known = 0, news = 0;  // losses that its traces tell
+  };
+  Unwritten Behind(std::size_t written) const;
   bool Ready();
   void PushBuffer();
   void WriteOut();
+  void EmptyBuffer();
   void LoseFrom(std::size_t written, int error);
   bool MoveOn();
   void Take(const RingItem& item);
   bool IsFullBy(Bytes trace) const;
-  void AppendTrace(Bytes trace, std::uint32_t number);
+  void TakeTrace(Bytes trace);
+  std::size_t AppendTrace(Bytes trace, std::uint32_t number);  // gives the record's offset
   void AppendNames(const std::uint8_t* trace);
   void AppendName(AppNameId id);
-  void AppendLoss(std::uint64_t lost, std::string_view reason);
+  void AppendLoss(std::uint64_t lost, const char* reason, bool known);
+  void NoteLoss(std::size_t offset, std::uint64_t lost, bool known);
+  bool TellsLoss(std::size_t loss, std::size_t losses, std::size_t offset) const;
   void TellMissed();
   void BeginFile();
   void Fail(std::uint64_t lost, int error);
@@ -86,6 +107,8 @@ class FileSink {
   SinkFiles m_files;
   std::unique_ptr<std::uint8_t[]> m_buffer;  // kBufferBytes, and room for what exceeds them
   std::size_t m_used = 0;
+  std::unique_ptr<ToldLoss[]> m_losses;  // in the buffer, in its order
+  std::size_t m_lossCount = 0;
   IdSet<AppNameId> m_written;  // names that the current file has
   std::uint32_t m_number = 0;
   std::uint64_t m_missed = 0;  // lost since the last trace that was written

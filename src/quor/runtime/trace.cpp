@@ -30,6 +30,9 @@ struct ThreadState {
   bool named;  // by the application: kept over a fork, while the number of the thread changes
 };
 __attribute__((tls_model("initial-exec"))) thread_local ThreadState t_thread;
+// The name that the application gave to a thread when it could not be entered; empty: none. It is
+// cut to what fits, because that block is small.
+__attribute__((tls_model("initial-exec"))) thread_local char t_laterName[128];
 
 struct Extras {
   AppNameId file{};
@@ -50,21 +53,30 @@ class ErrnoKeeper {
   const int m_error;
 };
 
+// False when the text cannot be entered now, because this is a signal handler that interrupted
+// another such call. The thread's traces have "?" then, and the next trace tries again.
+bool NameThread(Runtime& runtime, std::string_view text, bool named) {
+  const AppNameId unknown = runtime.Hot().unknownThread;
+  const AppNameId name = runtime.EnterName(text);
+  const bool known = name != unknown || text == runtime.Names().Text(unknown);
+  const std::uint32_t generation = runtime.Hot().generation.load(std::memory_order_acquire);
+  t_thread = {known ? generation : 0, name, named && known};
+  return known;
+}
+
 // False: there is no ring to write to.
 __attribute__((noinline)) bool EnterThread(Runtime& runtime) {
   const ErrnoKeeper keeper;
   if (!runtime.Start()) return false;
-  const std::uint32_t generation = runtime.Hot().generation.load(std::memory_order_acquire);
-  if (t_thread.named) {
-    t_thread.generation = generation;
-    return true;
+  if (t_laterName[0] != '\0') {
+    if (NameThread(runtime, t_laterName, true)) t_laterName[0] = '\0';
+  } else if (t_thread.named) {
+    t_thread.generation = runtime.Hot().generation.load(std::memory_order_acquire);
+  } else {
+    char number[16];
+    const int length = std::snprintf(number, sizeof number, "%d", static_cast<int>(gettid()));
+    NameThread(runtime, {number, static_cast<std::size_t>(length)}, false);
   }
-  char number[16];
-  const int length = std::snprintf(number, sizeof number, "%d", static_cast<int>(gettid()));
-  const AppNameId name = runtime.EnterName({number, static_cast<std::size_t>(length)});
-  // A signal handler that interrupted such a call gets "?" for now, and the next trace tries again.
-  const bool known = name != runtime.Hot().unknownThread;
-  t_thread = {known ? generation : 0, name, false};
   return true;
 }
 
@@ -217,9 +229,13 @@ int quor_first_use(quor_point* point, unsigned attributes) {
 void quor_thread_name(const char* name) {
   const ErrnoKeeper keeper;
   Runtime& runtime = Runtime::Get();
-  if (!name || !runtime.Start()) return;
-  const std::uint32_t generation = runtime.Hot().generation.load(std::memory_order_acquire);
-  t_thread = {generation, runtime.EnterName(name), true};
+  if (!name) return;
+  t_laterName[0] = '\0';
+  if (runtime.Start() && NameThread(runtime, name, true)) return;
+  const std::size_t length = CutLength(name, std::strlen(name), sizeof t_laterName - 1);
+  std::memcpy(t_laterName, name, length);
+  t_laterName[length] = '\0';
+  t_thread.generation = 0;
 }
 
 void quor_trace(quor_point* point, unsigned attributes, const char* file, unsigned line,

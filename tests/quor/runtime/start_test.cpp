@@ -171,6 +171,30 @@ TEST_P(FailedStart, WithManyThreadsLosesNoCount) {
   EXPECT_EQ(app.Wait(), 0);
 }
 
+TEST_P(FailedStart, KeepsTheNameOfAThreadUntilThereIsARing) {
+  TracedChild app([](TracedChild& self) {
+    {
+      const SoftLimit limit(GetParam().what, GetParam().most);
+      quor_thread_name("forgotten");
+      quor_thread_name("worker");
+      TraceTimes(1);
+      EXPECT_EQ(Counts().lost, 1u);
+    }
+    TraceUntilDelivered();
+    std::thread([] { QUOR_TRACE_INFO(start_point, "another"); }).join();
+    QUOR_TRACE_INFO(start_point, "last");
+    self.AwaitGo();
+    return 0;
+  });
+  const auto seen = m_service.Accept();
+  ASSERT_NE(seen, nullptr);
+  ASSERT_TRUE(WaitFor([&] { return seen->Has("last"); }));
+  for (const SeenTrace& trace : seen->m_traces)
+    EXPECT_EQ(trace.tid == "worker", trace.text != "another") << trace.text << " " << trace.tid;
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Lacks, FailedStart,
                          testing::Values(Lack{"Descriptors", RLIMIT_NOFILE, 0},
                                          Lack{"FileSize", RLIMIT_FSIZE, 1 << 20}),

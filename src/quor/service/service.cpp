@@ -135,6 +135,7 @@ void Service::OnPlaceChanged() {
 // again.
 void Service::TakePlaceAgain() {
   Log(LogLevel::Warning, m_options.socketPath + " has been removed");
+  ++m_places;
   std::error_code error;
   m_local.close(error);
   m_door.Close();
@@ -149,28 +150,39 @@ void Service::TakePlaceAgain() {
   Log(LogLevel::Info, "ready again on " + m_options.socketPath);
 }
 
+// What waits here is told by the place's turn whether it still is the one: a timer or a ready
+// socket may be on its way already when the place is taken again.
 void Service::AcceptLocal() {
-  m_local.async_wait(asio::socket_base::wait_read, [this](const std::error_code& error) {
-    if (error || m_stopping) return;
+  const auto place = m_places;
+  m_local.async_wait(asio::socket_base::wait_read, [this, place](const std::error_code& error) {
+    if (error || m_stopping || place != m_places) return;
     const int socket =
         accept4(m_local.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    LocalPeer peer;
-    if (socket < 0)
-      return Later(errno == EAGAIN ? milliseconds(0) : kAcceptAgain, [this] { AcceptLocal(); });
-    if (!PeerOfSocket(socket, &peer) || !MayEnter(peer, geteuid())) {
-      Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
-                                 std::to_string(peer.uid) +
-                                 " is refused: only the user of this service may connect");
-      close(socket);
-    } else {
-      // With so many others waiting, the oldest has had enough time to send its hello.
-      if (m_arrivals.size() >= kArrivalsMax) m_arrivals.front()->SendAway();
-      auto arrival = std::make_shared<LocalArrival>(m_io, *this, socket, peer);
-      m_arrivals.push_back(arrival);
-      arrival->Start(kGreetingDeadline);
+    if (socket < 0) {
+      const milliseconds pause = errno == EAGAIN ? milliseconds(0) : kAcceptAgain;
+      return Later(pause, [this, place] {
+        if (place == m_places) AcceptLocal();
+      });
     }
+    TakeArrival(socket);
     AcceptLocal();
   });
+}
+
+void Service::TakeArrival(int socket) {
+  LocalPeer peer;
+  if (!PeerOfSocket(socket, &peer) || !MayEnter(peer, geteuid())) {
+    Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
+                               std::to_string(peer.uid) +
+                               " is refused: only the user of this service may connect");
+    close(socket);
+    return;
+  }
+  // With so many others waiting, the oldest has had enough time to send its hello.
+  if (m_arrivals.size() >= kArrivalsMax) m_arrivals.front()->SendAway();
+  auto arrival = std::make_shared<LocalArrival>(m_io, *this, socket, peer);
+  m_arrivals.push_back(arrival);
+  arrival->Start(kGreetingDeadline);
 }
 
 void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {

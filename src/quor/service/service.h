@@ -42,6 +42,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
 
   bool OpenState(std::string* why);
   void AcceptLocal();
+  void TakeArrival(int socket);
   void AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer);
   void OnClient(LocalSocket socket, const LocalPeer& peer) override;
   bool OnApplication(AppArrival arrival, std::string* why) override;
@@ -74,6 +75,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   std::map<std::string, std::shared_ptr<Forwarder>> m_forwarders;
   asio::steady_timer m_tick{m_io};
   bool m_ticks = false;
+  unsigned m_places = 0;  // how often it has taken its place again
   std::vector<std::string> m_troubles;
   asio::signal_set m_signals{m_io};
   std::vector<std::weak_ptr<Connection>> m_ending;

@@ -1,30 +1,28 @@
 // The command line of trc.
 //
-// Errors   Wrong use: a message on standard error, and only the status is set.
+// Owner    The commands and their options.
+// Errors   Wrong use: words on standard error, and only the status is set.
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <variant>
+#include <memory>
+#include <vector>
 
-#include "commands/convert.h"
-#include "commands/dump.h"
-#include "commands/export.h"
-#include "commands/find.h"
-#include "commands/gen.h"
-#include "commands/info.h"
-#include "commands/save.h"
-#include "commands/tree.h"
+#include "commands/command.h"
 
-// A command that talks to a running service, ready to run.
-using LiveCommand = std::function<int()>;
-using TrcCommand = std::variant<GenOptions, InfoOptions, DumpOptions, SaveOptions, ConvertOptions,
-                                ExportOptions, FindOptions, TreeOptions, LiveCommand>;
+class CommandLine {
+ public:
+  CommandLine();
 
-struct ParsedCommandLine {
-  std::optional<TrcCommand> command;  // none: nothing to do
-  int status = 0;                     // the exit status then
+  // The command that the line names, ready to be run. Null: nothing is left to do, and Status is
+  // the exit status; --help and --version have been answered on standard output.
+  const Command* Read(int argc, const char* const* argv);
+  int Status() const { return m_status; }
+
+ private:
+  const Command& Named();
+  int Answer(const CLI::ParseError& error);
+
+  CLI::App m_app{"Looks into trace files and live traces, and switches traces on and off.", "trc"};
+  std::vector<std::unique_ptr<Command>> m_commands;
+  int m_status = 0;
 };
-
-// Also answers --help and --version, on standard output.
-ParsedCommandLine ParseCommandLine(int argc, const char* const* argv);

@@ -55,13 +55,13 @@ struct SetOptions {
 };
 int RunSet(const SetOptions& options);
 
-struct SinkCommand {
+struct SinkChange {
   std::string machine, app;
   std::string server, file;  // one of them is empty
   bool flush = false;
   std::uint64_t maxFiles = 0, maxMegabytes = 0;
 };
-int RunSink(const SinkCommand& command);
+int RunSink(const SinkChange& command);
 
 struct EmitOptions {
   std::string app;

@@ -205,7 +205,7 @@ int RunSet(const SetOptions& options) {
   return Submit(*app);
 }
 
-int RunSink(const SinkCommand& command) {
+int RunSink(const SinkChange& command) {
   const std::optional<std::string> file = FullPath(command.machine, command.file);
   if (!file) return kExitBad;
   std::string why;

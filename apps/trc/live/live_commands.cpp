@@ -1,0 +1,321 @@
+// What the live commands take from the command line.
+#include <sstream>
+
+#include "commands/columns_option.h"
+#include "commands/commands.h"
+#include "filter/filter_options.h"
+#include "live/live.h"
+#include "live/settings_words.h"
+#include "terminal/terminal_host.h"
+#include "usage.h"
+
+namespace {
+
+constexpr const char* kAppHelp =
+    "The application, of this machine or of MACHINE, which is name or name:port";
+constexpr std::uint64_t kMostThreads = 256;
+constexpr std::uint64_t kMostTextBytes = 65535;
+
+std::vector<std::string> SplitAtCommas(const std::string& list) {
+  std::vector<std::string> parts;
+  std::istringstream stream(list);
+  for (std::string part; std::getline(stream, part, ',');)
+    if (!part.empty()) parts.push_back(part);
+  return parts;
+}
+
+// A path that no future name can complete is a mistake; any other waits for its names.
+void RefuseHopeless(const FilterPaths& paths) {
+  TerminalHost host;
+  if (std::string why; paths.HasHopeless(host, &why)) throw CLI::ValidationError(why);
+}
+
+void TakeMachineAndApp(const std::vector<std::string>& words, std::string& machine,
+                       std::string& app) {
+  app = words.back();
+  if (words.size() == 2) machine = words.front();
+}
+
+// A command that listens to live traces.
+class ListeningCommand : public Command {
+ protected:
+  using Command::Command;
+
+  void AddLimits(LiveLimits& limits) {
+    AddNumber("-n,--count", limits.count, "End after so many traces");
+    App()
+        .add_option_function<std::string>(
+            "--for",
+            [&limits](const std::string& text) { limits.seconds = ReadNumber("--for", text); },
+            "End after so many seconds")
+        ->type_name("SECONDS");
+    AddFilterOptions(&App(), limits.filter);
+  }
+};
+
+class TailCommand final : public ListeningCommand {
+ public:
+  explicit TailCommand(CLI::App& program)
+      : ListeningCommand(program, "tail", "Print live traces as they come") {
+    App().footer(
+        "Without MACHINE the traces of this machine, whose service is started if none\n"
+        "runs. SIGINT ends it.\n"
+        "\n"
+        "Examples:\n"
+        "  trc tail\n"
+        "  trc tail --columns Time,Component,Trace --count 100\n"
+        "  trc tail orders1:7447 --format jsonl --for 60 | jq .text");
+    App().add_option("MACHINE", m_tail.machine, "name or name:port")->type_name("");
+    AddLineFormat(m_format);
+    m_columnsOption =
+        App().add_option("-c,--columns", m_columns, "Columns of the text format, as for dump");
+    m_columnsOption->type_name("LIST");
+    App().add_flag("-u,--utc", m_tail.utc, "Times of the text format in UTC, not local time");
+    AddLimits(m_tail.limits);
+  }
+  void Complete() override {
+    RefuseHopeless(m_tail.limits.filter);
+    const bool text = m_format == "text";
+    if (!text && m_columnsOption->count() != 0)
+      throw CLI::ValidationError("--columns", "goes with the text format only");
+    m_tail.format = text ? DumpFormat::Text : DumpFormat::Jsonl;
+    m_tail.columns = m_columnsOption->count() != 0 ? ReadColumns(m_columns) : DefaultColumns();
+  }
+  int Run() const override { return RunTail(m_tail); }
+
+ private:
+  TailOptions m_tail;
+  CLI::Option* m_columnsOption = nullptr;
+  std::string m_format = "text", m_columns;
+};
+
+class CaptureCommand final : public ListeningCommand {
+ public:
+  explicit CaptureCommand(CLI::App& program)
+      : ListeningCommand(program, "capture", "Write live traces to a file") {
+    App().footer(
+        "SIGINT ends it and keeps what was captured. Prints how many traces were\n"
+        "taken and how many were lost; exit status 1 if any were lost.\n"
+        "\n"
+        "Examples:\n"
+        "  trc capture -o now.trc --for 60\n"
+        "  trc capture orders1 -o orders.trc --max-size 100 --max-files 5");
+    App().add_option("MACHINE", m_capture.machine, "name or name:port")->type_name("");
+    App()
+        .add_option("-o,--out", m_capture.out, "The file; an existing one is replaced")
+        ->required()
+        ->type_name("FILE");
+    AddLimits(m_capture.limits);
+    AddNumber("--max-size", m_capture.maxMegabytes,
+              "A full file is numbered NAME.1.trc and a new one begun", "MB");
+    AddNumber("--max-files", m_capture.maxFiles, "Keep so many full files [default: all]");
+  }
+  void Complete() override { RefuseHopeless(m_capture.limits.filter); }
+  int Run() const override { return RunCapture(m_capture); }
+
+ private:
+  CaptureOptions m_capture;
+};
+
+class AppsCommand final : public Command {
+ public:
+  explicit AppsCommand(CLI::App& program)
+      : Command(program, "apps", "List the traced applications of a machine") {
+    App().footer(
+        "Example:\n"
+        "  trc apps --json");
+    App().add_option("MACHINE", m_apps.machine, "name or name:port")->type_name("");
+    App().add_flag("-j,--json", m_apps.json, "One JSON array: application, running, instances");
+  }
+  int Run() const override { return RunApps(m_apps); }
+
+ private:
+  AppsOptions m_apps;
+};
+
+class ShowCommand final : public Command {
+ public:
+  explicit ShowCommand(CLI::App& program)
+      : Command(program, "show", "Show an application's traces, their settings and its sink") {
+    App().footer(
+        "Examples:\n"
+        "  trc show orders\n"
+        "  trc show orders1:7447 orders --json");
+    App()
+        .add_option("WORDS", m_words, kAppHelp)
+        ->required()
+        ->expected(1, 2)
+        ->option_text("[MACHINE] APP");
+    App().add_flag("-j,--json", m_show.json, "One JSON object");
+  }
+  void Complete() override { TakeMachineAndApp(m_words, m_show.machine, m_show.app); }
+  int Run() const override { return RunShow(m_show); }
+
+ private:
+  ShowOptions m_show;
+  std::vector<std::string> m_words;
+};
+
+class SetCommand final : public Command {
+ public:
+  explicit SetCommand(CLI::App& program)
+      : Command(program, "set", "Switch an application's traces") {
+    App().footer(
+        "SETTINGS is off, support, developer or max, or any of Info Warn Error Developer\n"
+        "Verbose Location Stack. It is in force as long as the application runs; when it\n"
+        "does not run, the next instance that starts receives it.\n"
+        "\n"
+        "Examples:\n"
+        "  trc set orders --all support\n"
+        "  trc set orders Database/Query Info Warn Error Developer\n"
+        "  trc set orders1:7447 orders Database off");
+    App()
+        .add_option("WORDS", m_words,
+                    "The application's traces of a component or a category, or all")
+        ->required()
+        ->option_text("[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS...");
+    App().add_flag("-a,--all", m_all, "All traces of the application");
+  }
+  // The settings come last. Before them are [MACHINE] APP and, without --all, the target.
+  void Complete() override {
+    const std::size_t least = m_all ? 1 : 2;
+    std::size_t head = m_words.size();
+    while (head > least && IsSettingsWord(m_words[head - 1])) --head;
+    const bool machine = head == least + 1;
+    if (head == m_words.size() || head > least + 1) {
+      for (std::size_t i = head; i > least; --i)
+        if (const std::string near = NearSetting(m_words[i - 1]); !near.empty())
+          throw CLI::ValidationError("set", near);
+      throw CLI::ValidationError("set",
+                                 "takes [MACHINE] APP, then COMPONENT[/CATEGORY] or --all, then "
+                                 "the settings");
+    }
+    // If the first setting is mistyped, the application looks like a machine.
+    if (machine) m_set.doubt = NearSetting(m_words[head - 1]);
+    m_set.settings =
+        SettingsOf({m_words.begin() + static_cast<std::ptrdiff_t>(head), m_words.end()});
+    m_words.resize(head);
+    if (!m_all) {
+      m_set.target = m_words.back();
+      m_words.pop_back();
+    }
+    TakeMachineAndApp(m_words, m_set.machine, m_set.app);
+  }
+  int Run() const override { return RunSet(m_set); }
+
+ private:
+  SetOptions m_set;
+  std::vector<std::string> m_words;
+  bool m_all = false;
+};
+
+class SinkCommand final : public Command {
+ public:
+  explicit SinkCommand(CLI::App& program)
+      : Command(program, "sink", "Choose where an application's traces go") {
+    App().footer(
+        "Examples:\n"
+        "  trc sink orders --server localhost\n"
+        "  trc sink orders --file orders.trc --flush --max-size 100 --max-files 5");
+    App()
+        .add_option("WORDS", m_words, kAppHelp)
+        ->required()
+        ->expected(1, 2)
+        ->option_text("[MACHINE] APP");
+    CLI::Option* const server = App().add_option(
+        "-s,--server", m_sink.server, "The machine whose trace service takes the traces");
+    server->type_name("NAME");
+    CLI::Option* const file =
+        App().add_option("-o,--file", m_sink.file, "The application writes them to this file");
+    file->type_name("PATH")->excludes(server);
+    App()
+        .add_flag("--flush", m_sink.flush, "Hand over each trace before the call returns")
+        ->needs(file);
+    AddNumber("--max-files", m_sink.maxFiles, "Keep so many full files [default: all]");
+    AddNumber("--max-size", m_sink.maxMegabytes,
+              "A full file is numbered NAME.1.trc and a new one begun", "MB");
+  }
+  void Complete() override {
+    if (m_sink.server.empty() == m_sink.file.empty())
+      throw CLI::ValidationError("sink", "takes --server NAME or --file PATH");
+    if (m_sink.file.empty() && (m_sink.maxFiles != 0 || m_sink.maxMegabytes != 0))
+      throw CLI::ValidationError("sink", "--max-files and --max-size go with --file");
+    TakeMachineAndApp(m_words, m_sink.machine, m_sink.app);
+  }
+  int Run() const override { return RunSink(m_sink); }
+
+ private:
+  SinkChange m_sink;
+  std::vector<std::string> m_words;
+};
+
+class EmitCommand final : public Command {
+ public:
+  explicit EmitCommand(CLI::App& program)
+      : Command(program, "emit", "Act as a traced application, for tests and load") {
+    App().footer(
+        "Without --rate and --count 10 traces a second until SIGINT; with --count alone\n"
+        "as fast as they go. Prints how many were traced and how many lost; exit status 1\n"
+        "if any were lost.\n"
+        "\n"
+        "Examples:\n"
+        "  trc emit --app orders\n"
+        "  trc emit --app load --count 1000000 --threads 4 --text-bytes 100\n"
+        "  trc emit --app orders --components Net,Db --rate 100 --blocks --seed 7");
+    App()
+        .add_option("-a,--app", m_emit.app, "The application's name")
+        ->required()
+        ->type_name("NAME");
+    App()
+        .add_option("-c,--components", m_components, "Its components [default: Net,Db]")
+        ->type_name("A,B");
+    AddNumber("-r,--rate", m_emit.rate, "Traces a second, all threads together");
+    AddNumber("-n,--count", m_emit.count, "End after so many traces");
+    AddNumber("--text-bytes", m_emit.textBytes, "Bytes of a text [default: 40]");
+    AddNumber("-t,--threads", m_emit.threads, "Threads that trace [default: 1]");
+    App().add_flag("-b,--blocks", m_emit.blocks, "Nested \"Begin: ...\" and \"End: ...\" traces");
+    AddNumber("-s,--seed", m_emit.seed, "Another number, other texts [default: 1]");
+  }
+  void Complete() override {
+    RefuseOutside("--threads", m_emit.threads, 1, kMostThreads);
+    RefuseOutside("--text-bytes", m_emit.textBytes, 0, kMostTextBytes);
+    if (!m_components.empty()) m_emit.components = SplitAtCommas(m_components);
+    if (m_emit.components.empty()) throw CLI::ValidationError("--components", "names no component");
+    if (m_emit.rate == 0 && m_emit.count == 0) m_emit.rate = 10;
+  }
+  int Run() const override { return RunEmit(m_emit); }
+
+ private:
+  EmitOptions m_emit;
+  std::string m_components;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeTail(CLI::App& program) {
+  return std::make_unique<TailCommand>(program);
+}
+
+std::unique_ptr<Command> MakeCapture(CLI::App& program) {
+  return std::make_unique<CaptureCommand>(program);
+}
+
+std::unique_ptr<Command> MakeApps(CLI::App& program) {
+  return std::make_unique<AppsCommand>(program);
+}
+
+std::unique_ptr<Command> MakeShow(CLI::App& program) {
+  return std::make_unique<ShowCommand>(program);
+}
+
+std::unique_ptr<Command> MakeSet(CLI::App& program) {
+  return std::make_unique<SetCommand>(program);
+}
+
+std::unique_ptr<Command> MakeSink(CLI::App& program) {
+  return std::make_unique<SinkCommand>(program);
+}
+
+std::unique_ptr<Command> MakeEmit(CLI::App& program) {
+  return std::make_unique<EmitCommand>(program);
+}

@@ -75,24 +75,13 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.Tiled(second);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  QApplication application(argc, argv);
-  std::setlocale(LC_NUMERIC, "C");
-  QApplication::setQuitOnLastWindowClosed(false);
-  QApplication::setWindowIcon(AppIcon());
-  if (argc == 3 && QLatin1String(argv[1]) == QLatin1String("--icons"))
-    return SaveIcons(QString::fromLocal8Bit(argv[2])) ? 0 : 2;
-  if (argc != 4) {
-    std::fprintf(stderr, "usage: tessera-shots FOLDER FILE SOURCE | --icons FOLDER\n");
-    return 2;
-  }
+// Every scene into the folder, with copies of a trace file and of a source file.
+int SaveScenes(const QString& into, const char* traceFile, const char* sourceFile) {
   const QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/home-XXXXXX"));
-  const QString folder = QDir(QString::fromLocal8Bit(argv[1])).absolutePath();
-  const QString home = MakeHome(scratch), source = CopyTo(home, argv[3], "shop.cpp");
-  const std::string file = CopyTo(home, argv[2], "sample.trc").toStdString();
-  const std::string second = CopyTo(home, argv[2], "second.trc").toStdString();
+  const QString folder = QDir(into).absolutePath();
+  const QString home = MakeHome(scratch), source = CopyTo(home, sourceFile, "shop.cpp");
+  const std::string file = CopyTo(home, traceFile, "sample.trc").toStdString();
+  const std::string second = CopyTo(home, traceFile, "second.trc").toStdString();
   QDir::setCurrent(home);  // where file dialogs begin
   SetSettingsFile(scratch.filePath(QStringLiteral("settings.ini")).toStdString());
   NtRegPut(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 0U);
@@ -117,4 +106,20 @@ int main(int argc, char** argv) {
   monitor.Dark();
   tree.Dark();
   return scenes.Good() ? 0 : 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  std::setlocale(LC_NUMERIC, "C");
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setWindowIcon(AppIcon());
+  if (argc == 3 && QLatin1String(argv[1]) == QLatin1String("--icons"))
+    return SaveIcons(QString::fromLocal8Bit(argv[2])) ? 0 : 2;
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: tessera-shots FOLDER FILE SOURCE | --icons FOLDER\n");
+    return 2;
+  }
+  return SaveScenes(QString::fromLocal8Bit(argv[1]), argv[2], argv[3]);
 }

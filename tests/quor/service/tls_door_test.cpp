@@ -19,12 +19,12 @@ using asio::ip::tcp;
 
 // While it lives this process gets no further descriptor for a peer. Not by a limit: a sanitizer
 // needs descriptors for its own checks.
-bool g_noDescriptors = false;
+bool g_noAccept = false;
 
 class NoDescriptors {
  public:
-  NoDescriptors() { g_noDescriptors = true; }
-  ~NoDescriptors() { g_noDescriptors = false; }
+  NoDescriptors() { g_noAccept = true; }
+  ~NoDescriptors() { g_noAccept = false; }
   NoDescriptors(const NoDescriptors&) = delete;
   NoDescriptors& operator=(const NoDescriptors&) = delete;
 };
@@ -32,7 +32,7 @@ class NoDescriptors {
 }  // namespace
 
 extern "C" int accept(int listener, sockaddr* peer, socklen_t* bytes) {
-  if (!g_noDescriptors) return static_cast<int>(syscall(SYS_accept4, listener, peer, bytes, 0));
+  if (!g_noAccept) return static_cast<int>(syscall(SYS_accept4, listener, peer, bytes, 0));
   errno = EMFILE;
   return -1;
 }

@@ -115,7 +115,9 @@ class TextDump {
       for (std::size_t c = 0; c < m_columns.size(); ++c)
         if (NeedsWidth(c)) Widen(c, m_columns[c].At(i));
       // If rows are the result of a search, the next one may take long.
-      if ((m_range.traces.IsSearched() || i % kRowsPerLook == 0) && Clock::now() > until) return;
+      if ((m_range.traces.IsSearched() || (i + 1 - m_range.from) % kRowsPerLook == 0) &&
+          Clock::now() > until)
+        return;
     }
   }
   // Is there an aligned column after it?

@@ -132,7 +132,9 @@ TEST_F(CommandLine, WithoutAFolderForItsStateItServesAndSaysSoEverywhere) {
   // In the background as well, where its own log is beside the socket then.
   EXPECT_EQ(quord.Run({"--state-dir", "/proc/nowhere"}), 0);
   EXPECT_TRUE(quord.Says("quord: " + words));
-  EXPECT_NE(ReadAll(quord.Folder().File("quord.log")).find("error: " + words), std::string::npos);
+  EXPECT_TRUE(WaitFor([&] {
+    return ReadAll(quord.Folder().File("quord.log")).find("error: " + words) != std::string::npos;
+  }));
   kill(std::stoi(ReadAll(quord.Folder().File("quord.lock"))), SIGTERM);
   EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
 }

@@ -13,7 +13,12 @@ namespace fs = std::filesystem;
 class TrcNewFile : public testing::Test {
  protected:
   // So many that each command still writes when the signal comes; a conversion is the fastest.
-  static constexpr unsigned kTraces = 500000, kOldTraces = 3000000, kGenTraces = 25000000;
+  static constexpr unsigned kTraces = 500000, kGenTraces = 25000000;
+#ifdef __SANITIZE_THREAD__
+  static constexpr unsigned kOldTraces = 500000;
+#else
+  static constexpr unsigned kOldTraces = 3000000;
+#endif
   static constexpr char kKept[] = "what stood there before";
 
   static void SetUpTestSuite() {
@@ -23,7 +28,9 @@ class TrcNewFile : public testing::Test {
                   .status,
               0);
   }
-  static void TearDownTestSuite() { delete std::exchange(s_samples, nullptr); }
+  static void TearDownTestSuite() {
+    delete std::exchange(s_samples, nullptr);
+  }
 
   // Commands that write m_out for long, with what a terminal shows of each meanwhile.
   std::vector<std::pair<std::vector<std::string>, std::string>> Writers() const {
@@ -36,7 +43,9 @@ class TrcNewFile : public testing::Test {
             {{"convert", s_samples->File("old.trc"), m_out}, "Converting..."},
             {{"gen", "-n", std::to_string(kGenTraces), m_out}, "Writing traces..."}};
   }
-  std::set<std::string> Folder() const { return NamesIn(m_temp.Path()); }
+  std::set<std::string> Folder() const {
+    return NamesIn(m_temp.Path());
+  }
   // Signals the command while it writes. On a busy machine it may be ready before: then once more.
   TrcRun SignalWhileItWrites(const std::vector<std::string>& arguments, const std::string& shown,
                              int signal) const {

@@ -58,7 +58,6 @@ class Sender {
     quor::wire::Welcome welcome;
     welcome.set_version(kProtocolVersion);
     welcome.set_machine("bench");
-    welcome.set_role(quor::wire::ROLE_MONITOR);
     Send(EncodeFrame(FrameType::Welcome, welcome.SerializeAsString()));
     quor::wire::Response subscribed;
     subscribed.set_id(1);

@@ -8,7 +8,6 @@
 #include "commands.h"
 #include "quor/link/link_socket.h"
 #include "quor/protocol/connection.h"
-#include "quor/protocol/machine.h"
 #include "quor/protocol/quor.pb.h"
 #include "quor/service/local_door.h"
 
@@ -29,9 +28,7 @@ class Question final : public Connection::Handler {
     m_connection = Connection::Start(MakeStream(std::move(socket)), *this);
     quor::wire::Hello hello;
     hello.set_version(kProtocolVersion);
-    hello.set_product("quord status");
     hello.set_role(quor::wire::ROLE_CONFIGURE);
-    hello.set_machine(LocalHostName());
     m_connection->Send(FrameType::Hello, hello);
     m_io.run_for(kPatience);
     if (m_connection) m_connection->Close();

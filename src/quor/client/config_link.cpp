@@ -27,7 +27,6 @@ bool ConfigLink::Ask(quor::wire::Request request, quor::wire::Response* response
   std::unique_lock lock(m_mutex);
   const std::uint32_t id = ++m_lastId;
   request.set_id(id);
-  request.set_deadline_ms(static_cast<std::uint32_t>(kDeadline.count()));
   m_questions[id].request = request;
   m_link.Post([request](Connection* connection) {
     if (connection) connection->Send(FrameType::Request, request);  // else OnUp does it

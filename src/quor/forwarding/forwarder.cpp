@@ -107,9 +107,7 @@ void Forwarder::OnConnected(std::shared_ptr<ByteStream> stream, const std::strin
   m_unsureTold = 0;
   quor::wire::Hello hello;
   hello.set_version(kProtocolVersion);
-  hello.set_product("quord");
   hello.set_role(quor::wire::ROLE_FORWARD);
-  hello.set_machine(m_ownMachine);
   m_connection->Send(FrameType::Hello, hello);
 }
 

@@ -109,9 +109,6 @@ void ClientSession::Greet(const Frame& frame) {
   welcome.set_version(kProtocolVersion);
   welcome.set_machine(m_context.machine);
   welcome.set_instance(m_context.instance);
-  welcome.set_role(m_role);
-  welcome.set_heartbeat_ms(
-      static_cast<std::uint32_t>(m_context.connectionLimits.heartbeat.count()));
   for (const std::string& trouble : m_context.troubles) welcome.add_troubles(trouble);
   m_connection->Send(FrameType::Welcome, welcome);
   Log(LogLevel::Info, m_peer.words + " has connected to " + RoleWord(m_role));
@@ -217,8 +214,6 @@ bool ClientSession::FillApp(const std::string& name, Response* response) {
   if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
   App* const to = response->mutable_app();
   to->set_name(app->name);
-  to->set_running(app->Instances() != 0);
-  to->set_instances(static_cast<std::uint32_t>(app->Instances()));
   PutSink(app->sink, to->mutable_sink());
   std::map<std::string, Component*> components;
   for (std::uint32_t id = 0; id < app->traces.size(); ++id) {

@@ -90,9 +90,9 @@ TEST_F(Absence, AnApplicationThatLivesIsTakenOverAndGoesOn) {
   EXPECT_EQ(monitor.Sum(), 1500u);
   QuordClient client(quord.SocketPath());
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
-  EXPECT_EQ(client.Ask(GetAppRequest("orders")).app().instances(), 1u);
+  EXPECT_EQ(Instances(client, "orders"), 1u);
   app.Kill();
-  EXPECT_TRUE(WaitFor([&] { return !client.Ask(GetAppRequest("orders")).app().running(); }));
+  EXPECT_TRUE(WaitFor([&] { return Instances(client, "orders") == 0; }));
 }
 
 TEST_F(Absence, AMonitorThatWasAwayWhileAnApplicationCameToItsEndCountsWhatItMissed) {

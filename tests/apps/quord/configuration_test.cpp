@@ -41,7 +41,7 @@ class Configuration : public ::testing::Test {
     Response response;
     EXPECT_TRUE(WaitFor([&] {
       response = client.Ask(GetAppRequest("orders"));
-      return response.app().running() && response.app().components_size() == 2;
+      return Instances(client, "orders") != 0 && response.app().components_size() == 2;
     }));
     return response.app();
   }
@@ -76,7 +76,7 @@ TEST_F(Configuration, ASettingTakesEffectInTheRunningApplicationWithinAHundredMi
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
   TracedChild app(TraceOn);
   const quor::wire::App seen = Seen(client);
-  EXPECT_EQ(seen.instances(), 1u);
+  EXPECT_EQ(Instances(client, "orders"), 1u);
   EXPECT_EQ(seen.sink().type(), 1u);
   EXPECT_EQ(seen.sink().name(), "localhost");
   EXPECT_EQ(seen.components(0).categories(0).settings(), 7u);
@@ -122,7 +122,7 @@ TEST_F(Configuration, ANameThatComesLateTakesTheTracePointsAlong) {
       WaitFor([&] { return client.Ask(GetAppRequest("early")).app().components_size() == 2; }));
   app.Go();
   const quor::wire::App seen = Seen(client);
-  EXPECT_EQ(seen.instances(), 1u);
+  EXPECT_EQ(Instances(client, "orders"), 1u);
   // Of the points that were there before the name.
   ASSERT_EQ(client.Ask(SubmitAllRequest(seen, 0x11)).error(), ERROR_NONE);
   EXPECT_TRUE(Gets(monitor, "verbose"));
@@ -220,7 +220,7 @@ TEST_F(Configuration, MachinesThatWereASinkOnceMakeRoomForOthers) {
     self.AwaitGo();
     return 0;
   });
-  ASSERT_TRUE(WaitFor([&] { return client.Ask(GetAppRequest("orders")).app().running(); }));
+  ASSERT_TRUE(WaitFor([&] { return Instances(client, "orders") != 0; }));
   for (int port = 1; port <= 80; ++port)
     ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "127.0.0.1:" + std::to_string(port))).error(),
               ERROR_NONE);
@@ -285,7 +285,7 @@ TEST_F(Configuration, AnApplicationThatIsNotRegisteredHasAnEmptyMapAndTheDefault
   EXPECT_EQ(opened.error(), ERROR_NONE);
   EXPECT_EQ(opened.app().components_size(), 0);
   EXPECT_EQ(opened.app().sink().name(), "localhost");
-  EXPECT_FALSE(opened.app().running());
+  EXPECT_EQ(Instances(client, "nobody"), 0u);
 }
 
 }  // namespace

@@ -144,6 +144,15 @@ inline Request GetAppRequest(const std::string& app) {
   request.mutable_get_app()->set_name(app);
   return request;
 }
+// How many of an application run.
+inline std::uint32_t Instances(QuordClient& client, const std::string& app) {
+  Request request;
+  request.mutable_list_apps();
+  const Response response = client.Ask(request);
+  for (int i = 0; i < response.app_names_size(); ++i)
+    if (response.app_names(i) == app) return response.app_instances(i);
+  return 0;
+}
 inline Request SubmitAllRequest(const quor::wire::App& app, std::uint32_t settings) {
   Request request;
   request.mutable_submit()->set_app(app.name());

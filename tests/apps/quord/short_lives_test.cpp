@@ -206,9 +206,9 @@ TEST_F(ShortLives, AnInstanceEndsWhenItsProcessBecomesAnotherProgram) {
   ASSERT_TRUE(monitor.Sees("6"));
   QuordClient client(quord.SocketPath());
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
-  EXPECT_TRUE(client.Ask(GetAppRequest("before exec")).app().running());
+  EXPECT_EQ(Instances(client, "before exec"), 1u);
   app.Go();
-  EXPECT_TRUE(WaitFor([&] { return !client.Ask(GetAppRequest("before exec")).app().running(); }));
+  EXPECT_TRUE(WaitFor([&] { return Instances(client, "before exec") == 0; }));
   EXPECT_EQ(ReadAll("/proc/" + std::to_string(app.Pid()) + "/comm"), "sleep\n");
   EXPECT_TRUE(IsSwept());
 }
@@ -256,7 +256,7 @@ TEST_F(ShortLives, AnApplicationThatClosesAllDescriptorsKeepsItsFilesAndIsTraced
   ExpectDelivered(10 + 1000 + 1 + 10);
   // It is linked again, and hears of settings.
   auto seen = client.Ask(OpenAppRequest("daemon")).app();
-  EXPECT_TRUE(seen.running()) << quord.Log();
+  EXPECT_NE(Instances(client, "daemon"), 0u) << quord.Log();
   EXPECT_EQ(client.Ask(SubmitAllRequest(seen, 0x1F)).error(), quor::wire::ERROR_NONE);
   app.Go();
   EXPECT_EQ(app.Wait(), 0);

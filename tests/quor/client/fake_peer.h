@@ -92,7 +92,6 @@ class FakePeer {
     quor::wire::Welcome welcome;
     welcome.set_version(version);
     welcome.set_machine("fake");
-    welcome.set_role(hello.role());
     welcome.set_instance(instance);
     Send(FrameType::Welcome, welcome);
     return hello;

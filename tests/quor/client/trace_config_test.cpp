@@ -10,7 +10,6 @@ Response Orders() {
   Response response;
   auto& app = *response.mutable_app();
   app.set_name("orders");
-  app.set_running(true);
   int id = 10;
   for (const char* component : {"Net", "Db"}) {
     auto& made = *app.add_components();

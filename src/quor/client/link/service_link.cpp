@@ -114,9 +114,7 @@ class ServiceLink::Core final : public Connection::Handler,
     m_connection = Connection::Start(std::move(stream), *this, LimitsTo(m_to));
     quor::wire::Hello hello;
     hello.set_version(kProtocolVersion);
-    hello.set_product("tessera " TESSERA_VERSION);
     hello.set_role(m_role);
-    hello.set_machine(LocalHostName());
     m_connection->Send(FrameType::Hello, hello);
     m_timer->expires_after(kHelloDeadline);
     m_timer->async_wait([this](const std::error_code& error) {

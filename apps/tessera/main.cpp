@@ -120,7 +120,7 @@ int main(int argc, char** argv) {
   }
   qInstallMessageHandler(OnQtMessage);
   QApplication::setApplicationName(QStringLiteral("tessera"));
-  QApplication::setApplicationVersion(QStringLiteral("3.1.0"));
+  QApplication::setApplicationVersion(QStringLiteral(TESSERA_VERSION));
   QApplication::setDesktopFileName(QStringLiteral("tessera"));
   QApplication application(argc, argv);
   std::setlocale(LC_NUMERIC, "C");                       // QApplication sets the user's locale

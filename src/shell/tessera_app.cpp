@@ -33,6 +33,8 @@ void TellOptionsChanged(const CMultiDocTemplate& docTemplate) {
 
 }  // namespace
 
+const char CTesseraApp::kVersionLine[] = "Tessera Version " TESSERA_VERSION;
+
 CTesseraApp::CTesseraApp(Host& host, ShellFaces& faces) : CWinApp(host), m_faces(faces) {
   MapCommands();
 }

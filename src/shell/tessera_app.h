@@ -54,7 +54,7 @@ class CTesseraApp : public CWinApp {
   // so that no wizard opens over it.
   bool m_offerWizard = true;
 
-  static constexpr char kVersionLine[] = "Tessera Version 3.1.0";
+  static const char kVersionLine[];
 
  protected:
   // Null as long as this program has no configurations. Their template is registered, that of

@@ -30,7 +30,7 @@ namespace {
 constexpr char kOrderValue[] = "Column Order";
 constexpr char kVersionValue[] = "Version";
 constexpr char kBeforeVersions[] = "2.x";  // the version of a store without one
-constexpr char kThisVersion[] = "3.1.0";
+constexpr char kThisVersion[] = "3.1.0";   // of what is stored, not the program's
 
 // The stored form is little-endian, like the machines that this program runs on.
 static_assert(sizeof(ColumnOrder) == 60);

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "base/fail_with.h"
 #include "commands.h"
 #include "quor/link/paths.h"
 #include "quor/protocol/tls.h"
@@ -87,9 +88,9 @@ void Detach(const ServiceOptions& options) {
 // The parent waits until the child serves or has reported a failure.
 int ServeInBackground(const ServeCommand& command) {
   int ready[2];
-  if (pipe2(ready, O_CLOEXEC) != 0) return Fail(std::strerror(errno));
+  if (pipe2(ready, O_CLOEXEC) != 0) return Fail(SystemReason());
   const pid_t child = fork();
-  if (child < 0) return Fail(std::strerror(errno));
+  if (child < 0) return Fail(SystemReason());
   if (child > 0) {
     close(ready[1]);
     char byte = 0;

@@ -8,7 +8,6 @@
 
 #include <map>
 #include <mutex>
-#include <system_error>
 #include <utility>
 
 #include "base/fail_with.h"
@@ -51,10 +50,6 @@ OpenFiles& Files() {
   return files;
 }
 
-std::string SystemReason() {
-  return std::generic_category().message(errno);
-}
-
 int OpenDescriptor(const std::string& path, int flags) {
   int descriptor;
   do {
@@ -67,8 +62,7 @@ int OpenDescriptor(const std::string& path, int flags) {
 // Kinds of file that the program accepts. A device such as /dev/null or /dev/full may be written.
 bool IsWelcome(mode_t mode, bool writing, std::string* why) {
   if (S_ISREG(mode) || (writing && S_ISCHR(mode))) return true;
-  FailWith(why, S_ISDIR(mode) ? "Is a directory" : "Not a regular file");
-  return false;
+  return FailWith(why, S_ISDIR(mode) ? "Is a directory" : "Not a regular file");
 }
 
 void WaitInWritesAgain(int descriptor) {
@@ -121,10 +115,8 @@ OpenFile OpenFile::Open(const std::string& path, Way way, std::string* why) {
   const int creating = way == Way::Create ? O_CREAT : 0;
   file.m_descriptor = OpenDescriptor(path, writing ? O_WRONLY | creating : O_RDONLY);
   struct stat status;
-  if (!file || fstat(file.m_descriptor, &status) != 0) {
-    FailWith(why, SystemReason());
-    return {};
-  }
+  if (!file || fstat(file.m_descriptor, &status) != 0)
+    return FailWith(why, SystemReason(), OpenFile());
   if (!IsWelcome(status.st_mode, writing, why)) return {};
   WaitInWritesAgain(file.m_descriptor);
   if (S_ISCHR(status.st_mode)) return file;  // a device is not opened exclusively
@@ -132,14 +124,10 @@ OpenFile OpenFile::Open(const std::string& path, Way way, std::string* why) {
   file.m_device = status.st_dev;
   file.m_inode = status.st_ino;
   file.m_listed = Files().Enter(file.m_device, file.m_inode, writing);
-  if (!file.m_listed || !Lock(file.m_descriptor, writing)) {
-    FailWith(why, file.m_listed ? kInUseElsewhere : kInUseHere);
-    return {};
-  }
-  if (way == Way::Create && ftruncate(file.m_descriptor, 0) != 0) {
-    FailWith(why, SystemReason());
-    return {};
-  }
+  if (!file.m_listed || !Lock(file.m_descriptor, writing))
+    return FailWith(why, file.m_listed ? kInUseElsewhere : kInUseHere, OpenFile());
+  if (way == Way::Create && ftruncate(file.m_descriptor, 0) != 0)
+    return FailWith(why, SystemReason(), OpenFile());
   return file;
 }
 

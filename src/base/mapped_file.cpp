@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <system_error>
 #include <vector>
 
 #include "base/fail_with.h"
@@ -62,21 +61,13 @@ std::shared_ptr<const MappedFile> MappedFile::Open(const std::string& path, std:
   file->m_file = OpenForReading(path, why);
   if (!file->m_file) return nullptr;
   const std::optional<FileMark> mark = FileMark::Of(file->m_file.Descriptor());
-  if (!mark) {
-    FailWith(why, std::generic_category().message(errno));
-    return nullptr;
-  }
+  if (!mark) return FailWith(why, SystemReason(), nullptr);
   file->m_mark = *mark;
   const auto size = static_cast<std::uint64_t>(mark->size);
-  if (size == 0 || size >= kTooLong) {
-    FailWith(why, size == 0 ? "The file is empty" : "The file has 4 GiB or more");
-    return nullptr;
-  }
+  if (size == 0) return FailWith(why, "The file is empty", nullptr);
+  if (size >= kTooLong) return FailWith(why, "The file has 4 GiB or more", nullptr);
   file->m_size = static_cast<std::size_t>(size);
-  if (!file->Map()) {
-    FailWith(why, std::generic_category().message(errno));
-    return nullptr;
-  }
+  if (!file->Map()) return FailWith(why, SystemReason(), nullptr);
   return file;
 }
 

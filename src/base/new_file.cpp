@@ -18,10 +18,6 @@ namespace {
 
 constexpr int kMostParts = 100;  // in one folder, of processes with one number
 
-std::string SystemWords(int error) {
-  return std::generic_category().message(error);
-}
-
 // The new file can replace the old one without a change of names, owner or rights. Both must exist.
 bool CanStandFor(int fresh, int old) {
   constexpr mode_t kRights = 07777;
@@ -84,7 +80,7 @@ bool NewFile::BeginBeside(std::string* why) {
   }
   if (descriptor < 0) {
     m_place = Place::None;
-    return FailWith(why, SystemWords(failure));
+    return FailWith(why, SystemReason(failure));
   }
   m_keepsFile =
       m_held && (m_place == Place::Elsewhere || !CanStandFor(descriptor, m_held.Descriptor()));
@@ -116,14 +112,14 @@ bool NewFile::Rename(std::string* why) {
   if (rename(m_writeTo.c_str(), m_target.c_str()) == 0) return true;
   const int error = errno;
   const bool forbidden = error == EPERM || error == EACCES || error == EBUSY;
-  return m_held && forbidden ? CopyOver(why) : FailWith(why, SystemWords(error));
+  return m_held && forbidden ? CopyOver(why) : FailWith(why, SystemReason(error));
 }
 
 bool NewFile::CopyOver(std::string* why) {
   const int from = open(m_writeTo.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   struct stat status;
   if (from < 0 || fstat(from, &status) != 0 || !MakeRoom(m_held.Descriptor(), status.st_size)) {
-    FailWith(why, SystemWords(errno));
+    FailWith(why, SystemReason());
     if (from >= 0) close(from);
     return false;
   }
@@ -135,7 +131,7 @@ bool NewFile::CopyOver(std::string* why) {
     return true;
   }
   m_place = Place::None;  // keep the only complete file
-  return FailWith(why, SystemWords(error) + ". It stands whole in " + m_writeTo);
+  return FailWith(why, SystemReason(error) + ". It stands whole in " + m_writeTo);
 }
 
 NewFile::~NewFile() {

@@ -3,8 +3,7 @@
 #include <errno.h>
 #include <unistd.h>
 
-#include <system_error>
-
+#include "base/fail_with.h"
 #include "records/trc_walk.h"
 
 TrcWriter::~TrcWriter() {
@@ -51,7 +50,7 @@ bool TrcWriter::Finish() {
 
 std::string TrcWriter::Why() const {
   const int error = m_file ? m_stream.Error() : m_error;
-  return error == 0 ? std::string() : std::generic_category().message(error);
+  return error == 0 ? std::string() : SystemReason(error);
 }
 
 void ClearWrittenMarks(NameMap& names) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/fail_with.h"
 #include "base/text.h"
 #include "documents/trace_doc.h"
 #include "text/visible_text.h"
@@ -180,8 +181,7 @@ bool FilterPaths::Apply(CTraceDoc& document, CTraceFilter& filter, std::string* 
   NameMap names = document.m_names;
   CFilterDialog dialog(document.GetHost(), filter, names);
   dialog.OnInitDialog();
-  *why = NoSuchPath(dialog.Tree().Root(), unknown.front());
-  return false;
+  return FailWith(why, NoSuchPath(dialog.Tree().Root(), unknown.front()));
 }
 
 bool FilterPaths::HasHopeless(Host& host, std::string* why) const {

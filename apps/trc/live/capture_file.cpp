@@ -5,17 +5,13 @@
 #include <limits>
 #include <utility>
 
+#include "base/fail_with.h"
 #include "base/mapped_file.h"
 #include "records/trc_walk.h"
 
 namespace {
 
 constexpr std::uint64_t kMegabyte = 1024 * 1024;
-
-bool Say(std::string* why, const std::string& path, const char* words) {
-  *why = path + ": " + words;
-  return false;
-}
 
 // The end of the last whole record, and the number of numbered traces up to there.
 struct WholeRecords {
@@ -59,13 +55,11 @@ CaptureFile::CaptureFile(const CaptureOptions& options)
 }
 
 bool CaptureFile::Begin(NameMap& names, std::string* why) {
-  if (!m_writer.Create(m_path, why)) {
-    *why = m_path + ": " + *why;
-    return false;
-  }
+  std::string reason;
+  if (!m_writer.Create(m_path, &reason)) return FailWith(why, m_path + ": " + reason);
   ClearWrittenMarks(names);
   m_bytes = kTrcHeaderBytes;
-  return m_writer.WriteHeader() || Say(why, m_path, "Cannot write to output file");
+  return m_writer.WriteHeader() || FailWith(why, m_path + ": Cannot write to output file");
 }
 
 bool CaptureFile::IsFullBy(const TraceEvent_i& trace, const NameMap& names) {
@@ -82,7 +76,7 @@ bool CaptureFile::Write(const TraceEvent_i& trace, NameMap& names, std::string* 
     m_addedBytes = BytesOf(trace, names);
   }
   m_bytes += m_addedBytes;
-  if (!m_writer.Write(trace, names)) return Say(why, m_path, "Error writing to file.");
+  if (!m_writer.Write(trace, names)) return FailWith(why, m_path + ": Error writing to file.");
   // Loss reports are in the file, but are no traces of an application.
   if (trace.GetSequenceNumber() != kNoSequenceNumber) ++m_traces;
   return true;
@@ -109,11 +103,11 @@ void CaptureFile::Salvage() {
 }
 
 bool CaptureFile::Flush(std::string* why) {
-  return m_writer.Flush() || Say(why, m_path, "Error writing to file.");
+  return m_writer.Flush() || FailWith(why, m_path + ": Error writing to file.");
 }
 
 bool CaptureFile::Finish(std::string* why) {
-  return m_writer.Finish() || Say(why, m_path, "Error writing to file.");
+  return m_writer.Finish() || FailWith(why, m_path + ": Error writing to file.");
 }
 
 bool CaptureFile::ShiftUp(std::string* why) {
@@ -124,7 +118,7 @@ bool CaptureFile::ShiftUp(std::string* why) {
   for (; last > 1 && !error; --last)
     std::filesystem::rename(Numbered(last - 1), Numbered(last), error);
   if (!error) std::filesystem::rename(m_path, Numbered(1), error);
-  return !error || Say(why, m_path, error.message().c_str());
+  return !error || FailWith(why, m_path + ": " + error.message());
 }
 
 std::string CaptureFile::Numbered(std::uint64_t number) const {

@@ -30,7 +30,7 @@ void CRichEditDoc::DeleteContents() {
 
 bool CRichEditDoc::OnOpenDocument(const std::string& path) {
   std::string why;
-  if (!ReadTextFile(path, m_file, why)) {
+  if (!ReadTextFile(path, m_file, &why)) {
     GetHost().MessageBox({path + "\n" + why});
     return false;
   }

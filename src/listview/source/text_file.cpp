@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <array>
-#include <system_error>
 
+#include "base/fail_with.h"
 #include "base/file_gate.h"
 #include "base/text.h"
 
@@ -101,31 +101,25 @@ bool PartLines(std::string& text, std::string& lineEnd) {
   return true;
 }
 
-bool Refuse(std::string& why, const char* reason) {
-  why = reason;
-  return false;
-}
-
 }  // namespace
 
-bool DecodeText(std::string_view bytes, TextFile& file, std::string& why) {
+bool DecodeText(std::string_view bytes, TextFile& file, std::string* why) {
   file = {};
-  if (bytes.size() > TextFile::kLargestBytes) return Refuse(why, kTooLarge);
-  if (bytes.find('\0') != bytes.npos) return Refuse(why, kNotText);
+  if (bytes.size() > TextFile::kLargestBytes) return FailWith(why, kTooLarge);
+  if (bytes.find('\0') != bytes.npos) return FailWith(why, kNotText);
   file.latin1 = !IsUtf8(bytes) || HoldsSeparators(bytes);
   file.mark = !file.latin1 && bytes.substr(0, kMark.size()) == kMark;
   if (file.mark) bytes.remove_prefix(kMark.size());
   file.text = file.latin1 ? Utf8OfLatin1(bytes) : std::string(bytes);
-  return PartLines(file.text, file.lineEnd) || Refuse(why, kTooLong);
+  return PartLines(file.text, file.lineEnd) || FailWith(why, kTooLong);
 }
 
-bool ReadTextFile(const std::string& path, TextFile& file, std::string& why) {
-  const OpenFile open = OpenForReading(path, &why);
+bool ReadTextFile(const std::string& path, TextFile& file, std::string* why) {
+  const OpenFile open = OpenForReading(path, why);
   if (!open) return false;
   std::string bytes;
   if (!ReadUpTo(open.Descriptor(), TextFile::kLargestBytes + 1, bytes)) {
-    why = std::generic_category().message(errno);
-    return false;
+    return FailWith(why, SystemReason());
   }
   return DecodeText(bytes, file, why);
 }

@@ -21,8 +21,8 @@ struct TextFile {
   std::string lineEnd = "\n";  // the most frequent one
 };
 
-bool ReadTextFile(const std::string& path, TextFile& file, std::string& why);
-bool DecodeText(std::string_view bytes, TextFile& file, std::string& why);
+bool ReadTextFile(const std::string& path, TextFile& file, std::string* why);
+bool DecodeText(std::string_view bytes, TextFile& file, std::string* why);
 // Encodes `text`, which came from `file` and may have been edited, like the file. A character that
 // is not in Latin-1 makes the whole file UTF-8.
 std::string EncodeText(const TextFile& file, std::string_view text);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "base/fail_with.h"
 #include "quor/log/log.h"
 
 namespace {
@@ -75,17 +76,16 @@ std::unique_ptr<CatalogueStore> CatalogueStore::Open(const std::string& path, st
     const int opened = sqlite3_open_v2(path.c_str(), &database,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     std::unique_ptr<CatalogueStore> store(new CatalogueStore(database));
-    if (opened != SQLITE_OK) {
-      *why = path + ": " + sqlite3_errmsg(database);
-      return nullptr;
-    }
-    const State state = store->Prepare(why);
+    if (opened != SQLITE_OK) return FailWith(why, path + ": " + sqlite3_errmsg(database), nullptr);
+    std::string reason;
+    const State state = store->Prepare(&reason);
     if (state == State::Good) return store;
-    *why = path + ": " + *why;
+    reason = path + ": " + reason;
+    FailWith(why, reason);
     if (isTaken) *isTaken = state == State::Taken;
     if (state != State::Damaged || again) return nullptr;
     store.reset();
-    Log(LogLevel::Error, *why + "; it is put aside and a new one is begun");
+    Log(LogLevel::Error, reason + "; it is put aside and a new one is begun");
     if (std::rename(path.c_str(), (path + ".damaged").c_str()) != 0) return nullptr;
     for (const char* const rest : {"-wal", "-shm"}) std::remove((path + rest).c_str());
   }
@@ -110,24 +110,21 @@ CatalogueStore::State CatalogueStore::Prepare(std::string* why) {
     if (Run(kSchema) && Run(version.c_str())) return State::Good;
   }
   const int code = sqlite3_errcode(m_database);
-  *why = code == SQLITE_BUSY ? "another quord uses it" : sqlite3_errmsg(m_database);
-  if (code == SQLITE_BUSY) return State::Taken;
-  return code == SQLITE_CORRUPT || code == SQLITE_NOTADB ? State::Damaged : State::Unusable;
+  if (code == SQLITE_BUSY) return FailWith(why, "another quord uses it", State::Taken);
+  const bool damaged = code == SQLITE_CORRUPT || code == SQLITE_NOTADB;
+  return FailWith(why, sqlite3_errmsg(m_database), damaged ? State::Damaged : State::Unusable);
 }
 
 // Checks that the content is of this version and that every page is sound.
 CatalogueStore::State CatalogueStore::Check(std::string* why) {
   Statement version(*this, "PRAGMA user_version");
   const std::int64_t stands = version.Step() ? version.NumberAt(0) : 0;
-  if (stands != 0 && stands != kSchemaVersion) {
-    *why = "it was written by another version of quord";
-    return State::Taken;
-  }
+  if (stands != 0 && stands != kSchemaVersion)
+    return FailWith(why, "it was written by another version of quord", State::Taken);
   Statement check(*this, "PRAGMA quick_check(1)");
   const std::string words = check.Step() ? check.TextAt(0) : sqlite3_errmsg(m_database);
   if (words == "ok") return State::Good;
-  *why = "it is damaged: " + words;
-  return State::Damaged;
+  return FailWith(why, "it is damaged: " + words, State::Damaged);
 }
 
 void CatalogueStore::Failed() {

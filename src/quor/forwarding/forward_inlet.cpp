@@ -69,10 +69,9 @@ std::shared_ptr<ForwardInlet::Stream> ForwardInlet::Open(const std::string& peer
                                                          const std::string& id,
                                                          const std::string& machine,
                                                          std::string* why) {
-  if (id.size() != kIdBytes || machine.size() > 255) {
-    *why = "a forwarded stream needs an id of 16 bytes and the name of a machine";
-    return nullptr;
-  }
+  if (id.size() != kIdBytes || machine.size() > 255)
+    return FailWith(why, "a forwarded stream needs an id of 16 bytes and the name of a machine",
+                    nullptr);
   std::shared_ptr<Stream>& entry = m_streams[{peer, id}];
   if (!entry) entry.reset(new Stream(*this, peer, machine));
   std::shared_ptr<Stream> opened = entry;

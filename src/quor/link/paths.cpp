@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 
 #include "base/fail_with.h"
 
@@ -70,10 +69,9 @@ bool PrepareSocketFolder(const std::string& socketPath, std::string* why,
                          const ServiceEnvironment& environment) {
   const std::string folder = FolderOf(socketPath);
   if (socketPath != environment.socket && mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
-    return FailWith(why, folder + ": " + std::strerror(errno));
+    return FailOn(why, folder);
   struct stat status {};
-  if (stat(folder.c_str(), &status) != 0)
-    return FailWith(why, folder + ": " + std::strerror(errno));
+  if (stat(folder.c_str(), &status) != 0) return FailOn(why, folder);
   return SocketFolderIsSafe(socketPath, why, environment);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/fail_with.h"
 #include "records/name_record.h"
 
 namespace {
@@ -26,15 +27,10 @@ std::size_t RecordBytes(std::uint8_t tag, Bytes rest) {
 bool CheckDataBody(Bytes body, std::string* why) {
   for (std::size_t at = 0; at < body.size();) {
     const std::uint8_t tag = body[at++];
-    if (tag != kTagName && tag != kTagTrace) {
-      if (why) *why = "a record of unknown kind " + std::to_string(tag);
-      return false;
-    }
+    if (tag != kTagName && tag != kTagTrace)
+      return FailWith(why, "a record of unknown kind " + std::to_string(tag));
     const std::size_t bytes = RecordBytes(tag, body.subspan(at));
-    if (bytes == 0) {
-      if (why) *why = "a record is cut short";
-      return false;
-    }
+    if (bytes == 0) return FailWith(why, "a record is cut short");
     at += bytes;
   }
   return true;

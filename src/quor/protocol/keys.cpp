@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <memory>
 
 #include "base/fail_with.h"
@@ -92,7 +91,7 @@ template <class Write>
 bool WriteNew(const std::string& path, mode_t mode, std::string* why, Write&& write) {
   const int descriptor =
       open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
-  if (descriptor < 0) return FailWith(why, path + ": " + std::strerror(errno));
+  if (descriptor < 0) return FailOn(why, path);
   FILE* const file = fdopen(descriptor, "w");
   const bool written = write(file);
   return (std::fclose(file) == 0 && written) || FailWith(why, path + ": cannot be written");
@@ -112,21 +111,17 @@ bool WriteCertificate(const std::string& path, X509* certificate, std::string* w
 template <class Object, class Read>
 Object ReadPem(const std::string& path, Read&& read, std::string* why) {
   FILE* const file = std::fopen(path.c_str(), "re");
-  if (!file) {
-    FailWith(why, path + ": " + std::strerror(errno));
-    return nullptr;
-  }
+  if (!file) return FailWith(why, path + ": " + SystemReason(), nullptr);
   Object object(read(file));
   std::fclose(file);
-  if (!object) FailWith(why, path + ": has no usable content");
+  if (!object) return FailWith(why, path + ": has no usable content", nullptr);
   return object;
 }
 
 bool MakeFolder(const std::string& path, std::string* why) {
   for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
     mkdir(path.substr(0, slash).c_str(), 0755);
-  if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-    return FailWith(why, path + ": " + std::strerror(errno));
+  if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return FailOn(why, path);
   return true;
 }
 

@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::size_t kHostBytesMax = 253;  // of a name in the domain name system
 
-std::optional<Machine> NoMachine(std::string* why, std::string reason) {
-  FailWith(why, std::move(reason));
-  return std::nullopt;
-}
-
 // As the system reports it, often with its domain; empty when there is none.
 std::string WholeHostName() {
   char name[256] = {};
@@ -47,11 +42,13 @@ std::optional<Machine> ParseMachine(const std::string& text, std::string* why) {
   bool hasPort = false;
   if (text.front() == '[') {
     const std::size_t end = text.find(']');
-    if (end == text.npos) return NoMachine(why, "\"" + text + "\": the bracket is not closed");
+    if (end == text.npos)
+      return FailWith(why, "\"" + text + "\": the bracket is not closed", std::nullopt);
     machine.host = text.substr(1, end - 1);
     const std::string rest = text.substr(end + 1);
     hasPort = !rest.empty();
-    if (hasPort && rest.front() != ':') return NoMachine(why, "\"" + text + "\" names no machine");
+    if (hasPort && rest.front() != ':')
+      return FailWith(why, "\"" + text + "\" names no machine", std::nullopt);
     port = hasPort ? rest.substr(1) : "";
   } else if (const std::size_t colon = text.find(':');
              colon != text.npos && text.find(':', colon + 1) == text.npos) {
@@ -59,12 +56,13 @@ std::optional<Machine> ParseMachine(const std::string& text, std::string* why) {
     machine.host = text.substr(0, colon);
     port = text.substr(colon + 1);
   }
-  if (!IsHost(machine.host)) return NoMachine(why, "\"" + text + "\" names no machine");
+  if (!IsHost(machine.host))
+    return FailWith(why, "\"" + text + "\" names no machine", std::nullopt);
   if (!hasPort) return machine;
   const char* const end = port.data() + port.size();
   const auto [stop, error] = std::from_chars(port.data(), end, machine.port);
   if (error != std::errc() || stop != end || machine.port == 0)
-    return NoMachine(why, "\"" + port + "\" is not a port");
+    return FailWith(why, "\"" + port + "\" is not a port", std::nullopt);
   return machine;
 }
 

@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 
 #include "base/fail_with.h"
 
@@ -23,7 +22,7 @@ std::string Environment(const char* name) {
 
 bool KeyIsPrivate(const std::string& path, std::string* why) {
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return FailWith(why, path + ": " + std::strerror(errno));
+  if (stat(path.c_str(), &status) != 0) return FailOn(why, path);
   if ((status.st_mode & 077) != 0) return FailWith(why, path + ": others may read it (chmod 600)");
   return true;
 }

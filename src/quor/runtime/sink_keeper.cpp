@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <memory>
-#include <system_error>
 #include <utility>
 
+#include "base/fail_with.h"
 #include "quor/ring/ring_claim.h"
 #include "quor/runtime/runtime.h"
 
@@ -38,8 +38,7 @@ int AfterDrain(FileSink& sink, std::size_t taken) {
 }
 
 LinkReport InWords(const std::string& path, const FileSink::Report& report) {
-  const std::string why =
-      report.error != 0 ? std::generic_category().message(report.error) : "cannot be written";
+  const std::string why = report.error != 0 ? SystemReason(report.error) : "cannot be written";
   return {report.lost, path + ": " + why};
 }
 

@@ -6,9 +6,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
+#include "base/fail_with.h"
 #include "quor/link/link_socket.h"
 #include "quor/log/log.h"
 
@@ -106,35 +106,23 @@ void LocalArrival::ReadHello() {
 }
 
 bool LocalArrival::TakeHello(const LinkFrame& frame, Bytes rest, std::string* why) {
-  if (frame.type != LinkType::Hello) {
-    *why = "it does not begin with a hello";
-    return false;
-  }
-  if (frame.hello.version != kLinkVersion) {
-    *why = "version " + std::to_string(frame.hello.version) +
-           " of the link is not known here, only " + std::to_string(kLinkVersion);
-    return false;
-  }
-  if (m_descriptors > 1) {
-    *why = "it brings more than its segment";
-    return false;
-  }
+  if (frame.type != LinkType::Hello) return FailWith(why, "it does not begin with a hello");
+  if (frame.hello.version != kLinkVersion)
+    return FailWith(why, "version " + std::to_string(frame.hello.version) +
+                             " of the link is not known here, only " +
+                             std::to_string(kLinkVersion));
+  if (m_descriptors > 1) return FailWith(why, "it brings more than its segment");
   AppArrival arrival{frame.hello,
                      SegmentMap(),
                      OwnedDescriptor(m_io),
                      static_cast<std::uint32_t>(m_peer.pid),
                      {rest.begin(), rest.end()}};
   const char* reason = "";
-  if (m_segment >= 0 && !arrival.segment.Open(std::exchange(m_segment, -1), &reason)) {
-    *why = reason;
-    return false;
-  }
+  if (m_segment >= 0 && !arrival.segment.Open(std::exchange(m_segment, -1), &reason))
+    return FailWith(why, reason);
   std::error_code error;
   arrival.socket.assign(fcntl(m_socket.native_handle(), F_DUPFD_CLOEXEC, 0), error);
-  if (error) {
-    *why = error.message();
-    return false;
-  }
+  if (error) return FailWith(why, error.message());
   return m_host->OnApplication(std::move(arrival), why);
 }
 

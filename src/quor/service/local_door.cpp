@@ -28,15 +28,11 @@ constexpr milliseconds kEndingPatience{10000};
 constexpr milliseconds kLockAgain{10};
 constexpr const char* kEnding = "ending";
 
-bool SayError(std::string* why, const std::string& path) {
-  return FailWith(why, path + ": " + std::strerror(errno));
-}
-
 bool MakePrivateFolder(const std::string& folder, std::string* why) {
-  if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return SayError(why, folder);
+  if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return FailOn(why, folder);
   struct stat status {};
   // lstat: a link in a public folder may be another user's.
-  if (lstat(folder.c_str(), &status) != 0) return SayError(why, folder);
+  if (lstat(folder.c_str(), &status) != 0) return FailOn(why, folder);
   if (!S_ISDIR(status.st_mode)) return FailWith(why, folder + ": not a folder");
   if (status.st_uid != geteuid()) return FailWith(why, folder + ": belongs to another user");
   if ((status.st_mode & 077) != 0)
@@ -84,7 +80,7 @@ bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
   if (!MakePrivateFolder(FolderOf(socketPath), why)) return false;
   const std::string path = FolderOf(socketPath) + "/quord.lock";
   m_lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-  if (m_lock < 0) return SayError(why, path);
+  if (m_lock < 0) return FailOn(why, path);
   if (!TakeLock(m_lock)) {
     const pid_t holder = ServicePid(socketPath);
     close(m_lock);
@@ -94,7 +90,7 @@ bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
   }
   const std::string pid = std::to_string(getpid()) + "\n";
   if (ftruncate(m_lock, 0) != 0 || write(m_lock, pid.data(), pid.size()) < 0)
-    return SayError(why, path);
+    return FailOn(why, path);
   return true;
 }
 
@@ -103,15 +99,15 @@ bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
   if (!FillAddress(socketPath, &address, why) || !Lock(socketPath, why)) return false;
   if (SomebodyAnswers(address))
     return FailWith(why, socketPath + ": another process answers there without the lock");
-  if (unlink(socketPath.c_str()) != 0 && errno != ENOENT) return SayError(why, socketPath);
+  if (unlink(socketPath.c_str()) != 0 && errno != ENOENT) return FailOn(why, socketPath);
   m_descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   const mode_t before = umask(0177);
   const bool bound =
       m_descriptor >= 0 &&
       bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   umask(before);
-  if (!bound || listen(m_descriptor, kQueueLength) != 0) return SayError(why, socketPath);
-  if (!NotePlace(socketPath)) return SayError(why, socketPath);
+  if (!bound || listen(m_descriptor, kQueueLength) != 0) return FailOn(why, socketPath);
+  if (!NotePlace(socketPath)) return FailOn(why, socketPath);
   m_own = true;
   return true;
 }

@@ -9,9 +9,9 @@
 
 #include <asio/post.hpp>
 #include <cerrno>
-#include <cstring>
 #include <optional>
 
+#include "base/fail_with.h"
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/link/segment_folder.h"
 #include "quor/log/log.h"
@@ -36,9 +36,7 @@ std::string NewInstance() {
 bool MakeFolders(const std::string& path, std::string* why) {
   for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
     mkdir(path.substr(0, slash).c_str(), 0755);
-  if (mkdir(path.c_str(), 0700) == 0 || errno == EEXIST) return true;
-  *why = path + ": " + std::strerror(errno);
-  return false;
+  return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST || FailOn(why, path);
 }
 
 // Each application costs a few descriptors.
@@ -86,19 +84,19 @@ bool Service::Open(std::string* why) {
                                      m_troubles});
   std::error_code error;
   m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
-  if (error) *why = error.message();
   m_apps->Watch(m_options.socketPath);
-  return !error;
+  return !error || FailWith(why, error.message());
 }
 
 bool Service::OpenState(std::string* why) {
   bool isTaken = false;
+  std::string reason;
   std::unique_ptr<CatalogueStore> store;
-  if (MakeFolders(m_options.stateFolder, why))
-    store = CatalogueStore::Open(m_options.stateFolder + "/state.db", why, &isTaken);
-  if (isTaken) return false;
+  if (MakeFolders(m_options.stateFolder, &reason))
+    store = CatalogueStore::Open(m_options.stateFolder + "/state.db", &reason, &isTaken);
+  if (isTaken) return FailWith(why, reason);
   // A full or read-only disk, or no home folder: traces are needed most in that case.
-  if (!store) m_troubles.push_back(*why + "; what is configured will not survive a restart");
+  if (!store) m_troubles.push_back(reason + "; what is configured will not survive a restart");
   m_catalogue = std::make_unique<Catalogue>(std::move(store), m_options.defaultSettings);
   return true;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "base/fail_with.h"
 #include "quor/log/log.h"
 
 namespace {
@@ -66,20 +67,14 @@ bool TlsDoor::Open(const std::vector<std::string>& listen, const std::string& ke
 
 bool TlsDoor::Listen(const std::string& text, std::string* why) {
   const auto endpoint = EndpointOf(text);
-  if (!endpoint) {
-    *why = "\"" + text + "\" is not ADDRESS:PORT";
-    return false;
-  }
+  if (!endpoint) return FailWith(why, "\"" + text + "\" is not ADDRESS:PORT");
   std::error_code error;
   asio::ip::tcp::acceptor acceptor(m_io);
   acceptor.open(endpoint->protocol(), error);
   if (!error) acceptor.set_option(asio::socket_base::reuse_address(true), error);
   if (!error) acceptor.bind(*endpoint, error);
   if (!error) acceptor.listen(asio::socket_base::max_listen_connections, error);
-  if (error) {
-    *why = text + ": " + error.message();
-    return false;
-  }
+  if (error) return FailWith(why, text + ": " + error.message());
   Log(LogLevel::Info, "listening on " + endpoint->address().to_string() + ":" +
                           std::to_string(acceptor.local_endpoint().port()) + " (mutual TLS)");
   m_listeners.emplace_back(std::move(acceptor));

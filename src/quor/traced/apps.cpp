@@ -44,13 +44,9 @@ bool Apps::IsBroken(const Key& key) const {
 }
 
 std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::string* why) {
-  CatalogueApp* const entry =
-      m_running.size() < kInstancesMax ? m_catalogue.Enter(arrival.hello.app) : nullptr;
-  if (!entry) {
-    *why = m_running.size() < kInstancesMax ? "the application's name cannot be entered"
-                                            : "too many applications";
-    return nullptr;
-  }
+  if (m_running.size() >= kInstancesMax) return FailWith(why, "too many applications", nullptr);
+  CatalogueApp* const entry = m_catalogue.Enter(arrival.hello.app);
+  if (!entry) return FailWith(why, "the application's name cannot be entered", nullptr);
   m_catalogue.FindInstance(*entry, arrival.pid);
   auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
   m_running[key] = app;

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "base/fail_with.h"
 
@@ -19,16 +18,13 @@ bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
       words, FolderOf(socketPath).c_str(),
       IN_DELETE_SELF | IN_MOVE_SELF | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO);
   if (m_words.is_open()) Await();
-  if (!m_folder.Open(socketPath))
-    return FailWith(why,
-                    "no place for segments beside " + socketPath + ": " + std::strerror(errno));
+  if (!m_folder.Open(socketPath)) return FailOn(why, "no place for segments beside " + socketPath);
   m_folder.RemoveUnfinished();
   // Watch before listing, so that no file is missed in between.
   const bool watched = WatchFolder();
   const int reason = words < 0 ? noWords : errno;
   TellAll();
-  return watched ||
-         FailWith(why, std::string("new segments cannot be seen: ") + std::strerror(reason));
+  return watched || FailWith(why, "new segments cannot be seen: " + SystemReason(reason));
 }
 
 // The kernel does not report the removal of a folder that is open. But whoever needs the folder

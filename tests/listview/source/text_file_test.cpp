@@ -12,14 +12,14 @@ namespace {
 TextFile Decoded(std::string_view bytes) {
   TextFile file;
   std::string why;
-  EXPECT_TRUE(DecodeText(bytes, file, why)) << why;
+  EXPECT_TRUE(DecodeText(bytes, file, &why)) << why;
   return file;
 }
 
 std::string Refused(std::string_view bytes) {
   TextFile file;
   std::string why;
-  EXPECT_FALSE(DecodeText(bytes, file, why));
+  EXPECT_FALSE(DecodeText(bytes, file, &why));
   return why;
 }
 
@@ -107,7 +107,7 @@ TEST(TextFile, IsReadFromTheDisk) {
   const TempDir directory;
   TextFile file;
   std::string why;
-  EXPECT_TRUE(ReadTextFile(directory.File("a.c", "int a;\n"), file, why));
+  EXPECT_TRUE(ReadTextFile(directory.File("a.c", "int a;\n"), file, &why));
   EXPECT_EQ(file.text, "int a;\n");
 }
 
@@ -117,7 +117,7 @@ TEST(TextFile, AHugeFileIsNotReadWhole) {
   ASSERT_EQ(truncate(path.c_str(), off_t{1} << 40), 0);
   TextFile file;
   std::string why;
-  EXPECT_FALSE(ReadTextFile(path, file, why));
+  EXPECT_FALSE(ReadTextFile(path, file, &why));
   EXPECT_EQ(why, "The file is too large to be shown: more than 16 MB.");
 }
 
@@ -125,12 +125,12 @@ TEST(TextFile, WhatIsNoRegularFileIsRefusedAndNotWaitedFor) {
   const TempDir directory;
   TextFile file;
   std::string why;
-  EXPECT_FALSE(ReadTextFile(directory.Path(), file, why));
+  EXPECT_FALSE(ReadTextFile(directory.Path(), file, &why));
   EXPECT_EQ(why, "Is a directory");
   ASSERT_EQ(mkfifo(directory.File("pipe").c_str(), 0600), 0);
-  EXPECT_FALSE(ReadTextFile(directory.File("pipe"), file, why));
+  EXPECT_FALSE(ReadTextFile(directory.File("pipe"), file, &why));
   EXPECT_EQ(why, "Not a regular file");
-  EXPECT_FALSE(ReadTextFile(directory.File("missing"), file, why));
+  EXPECT_FALSE(ReadTextFile(directory.File("missing"), file, &why));
   EXPECT_EQ(why, "No such file or directory");
 }
 

@@ -3,8 +3,8 @@
 #include <asio/post.hpp>
 #include <asio/steady_timer.hpp>
 #include <cerrno>
-#include <cstring>
 
+#include "base/fail_with.h"
 #include "quor/link/link_socket.h"
 #include "quor/link/paths.h"
 #include "quor/protocol/tls.h"
@@ -47,7 +47,7 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
 
  private:
   std::string Words(bool nobody, int error) const {
-    std::string why = m_path + ": " + std::strerror(error);
+    std::string why = m_path + ": " + SystemReason(error);
     if (!nobody) return why;
     return m_started ? "quord was started and does not answer (" + why + ")"
                      : "no trace service runs here; start it with quord (" + why + ")";

@@ -7,6 +7,7 @@
 #include <random>
 #include <thread>
 
+#include "base/fail_with.h"
 #include "quor/client/link/dial.h"
 
 namespace {
@@ -41,12 +42,8 @@ class ServiceLink::Core final : public Connection::Handler,
         m_timer(std::make_unique<asio::steady_timer>(*m_io)) {}
 
   bool Start(std::chrono::milliseconds deadline, std::string* why) {
-    std::string reason;
-    const std::optional<Machine> machine = ParseMachine(m_machine, &reason);
-    if (!machine) {
-      if (why) *why = reason;
-      return false;
-    }
+    const std::optional<Machine> machine = ParseMachine(m_machine, why);
+    if (!machine) return false;
     m_to = *machine;
     m_deadline = deadline - kEndPatience;  // leaves this time for the end of a failed start
     m_running = true;
@@ -57,8 +54,7 @@ class ServiceLink::Core final : public Connection::Handler,
     std::unique_lock lock(m_mutex);
     m_changed.wait_for(lock, deadline, [this] { return m_up || m_failed; });
     if (m_up) return true;
-    if (why) *why = m_why.empty() ? Where() + ": no answer in time" : m_why;
-    return false;
+    return FailWith(why, m_why.empty() ? Where() + ": no answer in time" : m_why);
   }
   void Stop() {
     if (!m_thread.joinable()) return;

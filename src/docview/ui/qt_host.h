@@ -26,11 +26,11 @@ class QtHost final : public Host {
   // Closes the boxes that are still open, as if they were answered. Calls not yet run are dropped.
   ~QtHost() override;
 
-  // `make(dialog, parent)` returns a std::unique_ptr to a QtDialogFace.
-  template <class Dialog, class Make>
-  void RegisterFace(Make make) {
-    m_faces[typeid(Dialog)] = [make](CDialog& dialog, QWidget* parent) -> QtDialogFace* {
-      return make(static_cast<Dialog&>(dialog), parent).release();
+  // `Face`, a QtDialogFace, is made with (Dialog&, QWidget* parent).
+  template <class Dialog, class Face>
+  void RegisterFace() {
+    m_faces[typeid(Dialog)] = [](CDialog& dialog, QWidget* parent) -> QtDialogFace* {
+      return new Face(static_cast<Dialog&>(dialog), parent);
     };
   }
 

@@ -46,36 +46,16 @@ QSize PrimaryRoom() {
 QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
     : m_host(host), m_closed(std::move(closed)) {
   host.SetPlaces(std::make_unique<StoredPlaces>());
-  host.RegisterFace<CLoadStatus>([](CLoadStatus& dialog, QWidget* parent) {
-    return std::make_unique<LoadStatusFace>(dialog, parent);
-  });
-  host.RegisterFace<COptionsDlg>([](COptionsDlg& dialog, QWidget* parent) {
-    return std::make_unique<OptionsFace>(dialog, parent);
-  });
-  host.RegisterFace<CMachineDlg>([](CMachineDlg& dialog, QWidget* parent) {
-    return std::make_unique<MachineFace>(dialog, parent);
-  });
-  host.RegisterFace<CMachineBrowser>([](CMachineBrowser& dialog, QWidget* parent) {
-    return std::make_unique<MachineBrowserFace>(dialog, parent);
-  });
-  host.RegisterFace<CFindDialog>([](CFindDialog& dialog, QWidget* parent) {
-    return std::make_unique<FindFace>(dialog, parent);
-  });
-  host.RegisterFace<CWorkBox>([](CWorkBox& dialog, QWidget* parent) {
-    return std::make_unique<WorkBoxFace>(dialog, parent);
-  });
-  host.RegisterFace<CTraceDetailDialog>([](CTraceDetailDialog& dialog, QWidget* parent) {
-    return std::make_unique<TraceDetailFace>(dialog, parent);
-  });
-  host.RegisterFace<CFilterDialog>([](CFilterDialog& dialog, QWidget* parent) {
-    return std::make_unique<FilterFace>(dialog, parent);
-  });
-  host.RegisterFace<LocateWait>([](LocateWait& dialog, QWidget* parent) {
-    return std::make_unique<LocateWaitFace>(dialog, parent);
-  });
-  host.RegisterFace<FindTextDialog>([](FindTextDialog& dialog, QWidget* parent) {
-    return std::make_unique<FindTextFace>(dialog, parent);
-  });
+  host.RegisterFace<CLoadStatus, LoadStatusFace>();
+  host.RegisterFace<COptionsDlg, OptionsFace>();
+  host.RegisterFace<CMachineDlg, MachineFace>();
+  host.RegisterFace<CMachineBrowser, MachineBrowserFace>();
+  host.RegisterFace<CFindDialog, FindFace>();
+  host.RegisterFace<CWorkBox, WorkBoxFace>();
+  host.RegisterFace<CTraceDetailDialog, TraceDetailFace>();
+  host.RegisterFace<CFilterDialog, FilterFace>();
+  host.RegisterFace<LocateWait, LocateWaitFace>();
+  host.RegisterFace<FindTextDialog, FindTextFace>();
 }
 
 QtShellFaces::~QtShellFaces() {

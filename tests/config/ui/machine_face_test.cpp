@@ -15,12 +15,8 @@ namespace {
 class MachineFaceTest : public testing::Test {
  protected:
   MachineFaceTest() {
-    m_host.RegisterFace<CMachineDlg>([](CMachineDlg& dialog, QWidget* parent) {
-      return std::make_unique<MachineFace>(dialog, parent);
-    });
-    m_host.RegisterFace<CMachineBrowser>([](CMachineBrowser& dialog, QWidget* parent) {
-      return std::make_unique<MachineBrowserFace>(dialog, parent);
-    });
+    m_host.RegisterFace<CMachineDlg, MachineFace>();
+    m_host.RegisterFace<CMachineBrowser, MachineBrowserFace>();
   }
   // Runs once a window of this name is up and modal.
   static void OnWindow(const QString& name, const std::function<void(QWidget&)>& act) {

@@ -56,9 +56,7 @@ class MemoryOfPlaces final : public DialogPlaces {
 class DialogPlaceTest : public testing::Test {
  protected:
   DialogPlaceTest() {
-    m_host.RegisterFace<LongQuestion>([](LongQuestion& dialog, QWidget* parent) {
-      return std::make_unique<LongQuestionFace>(dialog, parent);
-    });
+    m_host.RegisterFace<LongQuestion, LongQuestionFace>();
     m_host.SetPlaces(std::make_unique<MemoryOfPlaces>(m_places));
   }
   void Run(LongQuestion& question, const std::function<void(LongQuestionFace&)>& person) {

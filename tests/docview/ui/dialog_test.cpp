@@ -31,11 +31,11 @@ class OtherQuestion final : public Question {
   using Question::Question;
 };
 
-class QuestionFace final : public QtDialogFace {
+class QuestionFace : public QtDialogFace {
  public:
-  QuestionFace(Question& question, QWidget* parent, QString title)
+  QuestionFace(Question& question, QWidget* parent)
       : QtDialogFace(question, parent), m_question(question) {
-    setWindowTitle(title);
+    setWindowTitle("plain");
   }
   void UpdateData() override { setObjectName(QString::fromStdString(m_question.state)); }
 
@@ -43,15 +43,25 @@ class QuestionFace final : public QtDialogFace {
   Question& m_question;
 };
 
+class OtherFace final : public QuestionFace {
+ public:
+  OtherFace(Question& question, QWidget* parent) : QuestionFace(question, parent) {
+    setWindowTitle("other");
+  }
+};
+// Its dialog has ended before the window is shown.
+class EndingFace final : public QuestionFace {
+ public:
+  EndingFace(Question& question, QWidget* parent) : QuestionFace(question, parent) {
+    question.EndDialog(9);
+  }
+};
+
 class DialogTest : public testing::Test {
  protected:
   DialogTest() {
-    m_host.RegisterFace<Question>([](Question& dialog, QWidget* parent) {
-      return std::make_unique<QuestionFace>(dialog, parent, "plain");
-    });
-    m_host.RegisterFace<OtherQuestion>([](OtherQuestion& dialog, QWidget* parent) {
-      return std::make_unique<QuestionFace>(dialog, parent, "other");
-    });
+    m_host.RegisterFace<Question, QuestionFace>();
+    m_host.RegisterFace<OtherQuestion, OtherFace>();
   }
   int Run(Question& question, const std::function<void(QDialog&)>& person) {
     m_host.Post(Owed([person] {
@@ -109,6 +119,19 @@ TEST_F(DialogTest, ADialogEndedByAPostedCallOrATimerCloses) {
   m_host.KillTimer(timer);
 }
 
+TEST_F(DialogTest, ADialogThatItsWindowEndsIsNotShown) {
+  m_host.RegisterFace<Question, EndingFace>();
+  Question dialog(m_host);
+  bool shown = false;
+  const TimerId timer = m_host.SetTimer(1, [&] {
+    shown = ShownFace() != nullptr;
+    dialog.EndDialog(1);
+  });
+  EXPECT_EQ(dialog.DoModal(), 9);
+  m_host.KillTimer(timer);
+  EXPECT_FALSE(shown);
+}
+
 TEST_F(DialogTest, UnderAWaitCursorADialogShowsTheNormalOne) {
   Question dialog(m_host);
   const CWaitCursor wait(m_host);
@@ -140,9 +163,7 @@ TEST_F(DialogTest, AModelessFaceMayBeDestroyedByItsOwnCancel) {
     void OnCancel() override { face.reset(); }
     std::unique_ptr<DialogFace> face;
   };
-  m_host.RegisterFace<Closing>([](Closing& dialog, QWidget* parent) {
-    return std::make_unique<QuestionFace>(dialog, parent, "closing");
-  });
+  m_host.RegisterFace<Closing, QuestionFace>();
   Closing dialog(m_host);
   dialog.face = m_host.ShowModeless(dialog);
   ASSERT_TRUE(ShownFace());

@@ -20,9 +20,7 @@ namespace {
 class OptionsFaceTest : public testing::Test {
  protected:
   OptionsFaceTest() {
-    m_host.RegisterFace<COptionsDlg>([](COptionsDlg& dialog, QWidget* parent) {
-      return std::make_unique<OptionsFace>(dialog, parent);
-    });
+    m_host.RegisterFace<COptionsDlg, OptionsFace>();
     g_activeColumns = kDefaultActiveColumns;
     g_traceLimit = 500000;
     g_useUtc = false;

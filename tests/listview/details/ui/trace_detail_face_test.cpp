@@ -30,9 +30,7 @@ class TraceDetailFaceTest : public testing::Test {
  protected:
   TraceDetailFaceTest() {
     g_useUtc = true;
-    m_host.RegisterFace<CTraceDetailDialog>([](CTraceDetailDialog& dialog, QWidget* parent) {
-      return std::make_unique<TraceDetailFace>(dialog, parent);
-    });
+    m_host.RegisterFace<CTraceDetailDialog, TraceDetailFace>();
     m_cursor.Add({.text = "first", .count = 1, .machine = 1, .tic = 1000});
     m_cursor.Add({.text = "one\ntwo\r\nthree",
                   .stack = "main\nidle",

@@ -13,11 +13,7 @@ namespace {
 
 class FindTextFaceTest : public testing::Test {
  protected:
-  FindTextFaceTest() {
-    m_host.RegisterFace<FindTextDialog>([](FindTextDialog& dialog, QWidget* parent) {
-      return std::make_unique<FindTextFace>(dialog, parent);
-    });
-  }
+  FindTextFaceTest() { m_host.RegisterFace<FindTextDialog, FindTextFace>(); }
   void Open(const RichEditFind& start) {
     m_dialog = std::make_unique<FindTextDialog>(
         m_host, start, [this](const RichEditFind& find) { m_found.push_back(find); });

@@ -27,9 +27,7 @@ class LocateWaitTest : public testing::Test {
  protected:
   LocateWaitTest() {
     g_sourceMap.clear();
-    m_host.RegisterFace<LocateWait>([](LocateWait& dialog, QWidget* parent) {
-      return std::make_unique<LocateWaitFace>(dialog, parent);
-    });
+    m_host.RegisterFace<LocateWait, LocateWaitFace>();
   }
   // Locates a file of another name; `whileWaiting` runs once the box is up.
   bool Locate(const std::function<void()>& whileWaiting) {

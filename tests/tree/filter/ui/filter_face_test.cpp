@@ -23,9 +23,7 @@ namespace {
 class FilterFaceTest : public testing::Test {
  protected:
   FilterFaceTest() {
-    m_host.RegisterFace<CFilterDialog>([](CFilterDialog& dialog, QWidget* parent) {
-      return std::make_unique<FilterFace>(dialog, parent);
-    });
+    m_host.RegisterFace<CFilterDialog, FilterFace>();
     m_filter.components = {{3, 1}, {4, 1}};
   }
 

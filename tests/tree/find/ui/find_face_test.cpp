@@ -25,12 +25,8 @@ class FindFaceTest : public testing::Test {
  protected:
   FindFaceTest() {
     FindSettings = {};
-    m_host.RegisterFace<CFindDialog>([](CFindDialog& dialog, QWidget* parent) {
-      return std::make_unique<FindFace>(dialog, parent);
-    });
-    m_host.RegisterFace<CWorkBox>([](CWorkBox& dialog, QWidget* parent) {
-      return std::make_unique<WorkBoxFace>(dialog, parent);
-    });
+    m_host.RegisterFace<CFindDialog, FindFace>();
+    m_host.RegisterFace<CWorkBox, WorkBoxFace>();
   }
   ~FindFaceTest() override { FindSettings = {}; }
 

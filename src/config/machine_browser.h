@@ -21,6 +21,7 @@ std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& loca
 class CMachineBrowser : public CDialog {
  public:
   static constexpr char kTitle[] = "Select a machine and press OK.";
+  const char* HelpTopic() const override { return "monitor"; }
 
   CMachineBrowser(Host& host, std::vector<std::string> machines)
       : CDialog(host), m_machines(std::move(machines)) {}

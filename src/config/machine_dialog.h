@@ -10,6 +10,7 @@
 class CMachineDlg : public CDialog {
  public:
   static constexpr char kCaption[] = "Machine Query";
+  const char* HelpTopic() const override { return "monitor"; }
   static constexpr char kDefaultHint[] = "(default is the local machine)";
 
   // Starts with the local machine, whatever was asked before.

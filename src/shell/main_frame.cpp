@@ -115,6 +115,8 @@ void CMainFrame::MapHelp() {
 }
 
 const char* CMainFrame::HelpTopic() const {
+  const CDialog* const dialog = GetHost().ModalDialog();
+  if (dialog && *dialog->HelpTopic()) return dialog->HelpTopic();
   const CMDIChildWnd* const child = MDIGetActive();
   const auto* const traces = dynamic_cast<const CTraceChildFrame*>(child);
   if (traces && traces->IsTreeShown()) return "tree";

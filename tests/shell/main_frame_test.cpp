@@ -97,6 +97,32 @@ TEST_F(MainFrame, HelpCommandsAreTakenWithAndWithoutADocument) {
   EXPECT_EQ(pressAll(), "help \"\"\nhelp \"\"\nhelp \"list\"\nhelp \"list\"\n");
 }
 
+TEST_F(MainFrame, HelpOverADialogOpensThePageOfTheDialog) {
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+  const auto helpOver = [this](unsigned command) {
+    m_log.Clear();
+    m_host.AnswerDialog([this](CDialog&) { Frame().OnCommand(ID_HELP); });
+    Frame().OnCommand(command);
+    return m_log.Told("help");
+  };
+  EXPECT_EQ(helpOver(ID_VIEW_OPTIONS), "help \"columns\"\n");
+  EXPECT_EQ(helpOver(ID_FILE_NEWMONITOR), "help \"monitor\"\n");
+  EXPECT_EQ(helpOver(ID_EDIT_FIND), "help \"find\"\n");
+  constexpr unsigned kCurrent = kRowFocused | kRowSelected;
+  dynamic_cast<CTraceView&>(*Frame().MDIGetActive()->GetActiveView())
+      .List()
+      .SetItemState(0, kCurrent, kCurrent);
+  EXPECT_EQ(helpOver(ID_VIEW_PROPERTIES), "help \"properties\"\n");
+  EXPECT_EQ(helpOver(ID_VIEW_FILTER), "help \"filter\"\n");
+  m_log.Clear();
+  m_host.AnswerDialog([this](CDialog&) { Frame().OnCommand(ID_HELP); });
+  CDialog(m_host).DoModal();
+  Frame().OnCommand(ID_HELP);
+  EXPECT_EQ(m_log.Told("help"), "help \"list\"\nhelp \"list\"\n")
+      << "no page of its own, no dialog";
+}
+
 TEST_F(MainFrame, TheFirstRunTakesTheProposedSize) {
   Start();
   EXPECT_EQ(Face().m_widthPx, 1000);

@@ -21,6 +21,8 @@ class CDialog {
   int DoModal();
 
   virtual void OnInitDialog() {}
+  // The help page that tells of this dialog; empty: that of the window behind it.
+  virtual const char* HelpTopic() const { return ""; }
   virtual void OnOK() { EndDialog(kIdOk); }
   virtual void OnCancel() { EndDialog(kIdCancel); }
 

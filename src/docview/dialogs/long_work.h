@@ -41,6 +41,7 @@ inline int Thousandths(std::uint64_t done, std::uint64_t all) {
 struct LongWorkWords {
   const char* title;
   const char* message;
+  const char* helpTopic = "";
 };
 
 // Runs the work to its end; false when the user cancelled. `document`, which may be null, is the

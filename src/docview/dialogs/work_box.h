@@ -15,6 +15,7 @@ class CWorkBox : public CDialog {
 
   const char* Title() const { return m_words.title; }
   const char* Message() const { return m_words.message; }
+  const char* HelpTopic() const override { return m_words.helpTopic; }
   std::optional<int> Progress() const { return m_work.Progress(); }
 
   void OnInitDialog() override;

@@ -28,6 +28,7 @@ class COptionsDlg : public CDialog {
   static const std::vector<Box>& Boxes();
   static const char* Title();       // "Options"
   static std::string LimitRange();  // "2,500 to 1,000,000"
+  const char* HelpTopic() const override { return "columns"; }
 
   // A click flips the member, except that of 1078; the exchange at OK replaces them in any case.
   // 1167 is the box for UTC, 1168 the box for the tints.

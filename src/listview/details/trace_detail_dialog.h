@@ -19,6 +19,7 @@
 class CTraceDetailDialog : public CDialog {
  public:
   static constexpr const char* kCaption = "Trace Properties";
+  const char* HelpTopic() const override { return "properties"; }
 
   CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names);
 

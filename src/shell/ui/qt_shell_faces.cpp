@@ -24,18 +24,6 @@
 
 namespace {
 
-// The help page for the dialog that is open.
-QString TopicOfDialog() {
-  const QWidget* dialog = QApplication::activeModalWidget();
-  const QString title = dialog ? dialog->windowTitle() : QString();
-  if (title == QLatin1String(COptionsDlg::Title())) return QStringLiteral("columns");
-  if (title == QLatin1String(CMachineDlg::kCaption)) return QStringLiteral("monitor");
-  if (title == QLatin1String(CFindDialog::Title())) return QStringLiteral("find");
-  if (title == QLatin1String(CTraceDetailDialog::kCaption)) return QStringLiteral("properties");
-  if (title == QLatin1String(CFilterDialog::kCaption)) return QStringLiteral("filter");
-  return {};
-}
-
 QSize PrimaryRoom() {
   const QScreen* const screen = QGuiApplication::primaryScreen();
   return screen ? screen->availableSize() : QSize(1280, 800);
@@ -117,8 +105,7 @@ void QtShellFaces::ShowHelp(const std::string& topic) {
     m_help.clear();
   }
   if (!m_help) m_help = new HelpWindow(dialog);
-  const QString ofDialog = TopicOfDialog();
-  m_help->ShowTopic(ofDialog.isEmpty() ? QString::fromStdString(topic) : ofDialog);
+  m_help->ShowTopic(QString::fromStdString(topic));
   m_help->show();
   m_help->raise();
   m_help->activateWindow();

@@ -18,6 +18,7 @@
 class CFilterDialog : public CDialog {
  public:
   static constexpr const char* kCaption = "Filter";
+  const char* HelpTopic() const override { return "filter"; }
   static constexpr const char* kText =
       "Check the types you want to include in the trace output (selecting a node automatically "
       "includes all child nodes):";

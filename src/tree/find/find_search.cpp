@@ -49,7 +49,7 @@ class Search final : public LongWork {
 
 FindResult RunSearch(Host& host, CDocument* document, FindWalk& walk) {
   Search search(walk);
-  RunLongWork(host, document, {CFindDialog::Title(), "Searching..."}, search);
+  RunLongWork(host, document, {CFindDialog::Title(), "Searching...", "find"}, search);
   return search.Result();
 }
 

@@ -6,15 +6,11 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "docview/ui/dialog_parts.h"
+
 namespace {
 
 constexpr int kFieldCharacters = 32;
-
-QLabel* PlainLabel(const char* text, QWidget* parent) {
-  auto* label = new QLabel(QString::fromUtf8(text), parent);
-  label->setTextFormat(Qt::PlainText);
-  return label;
-}
 
 }  // namespace
 
@@ -41,8 +37,8 @@ MachineFace::MachineFace(CMachineDlg& dialog, QWidget* parent)
   connect(buttons, &QDialogButtonBox::helpRequested, this, [this] { AskForHelp(); });
 
   auto* layout = new QVBoxLayout(this);
-  layout->addWidget(PlainLabel(dialog.m_strPrompt.c_str(), this));
-  layout->addWidget(PlainLabel(CMachineDlg::kDefaultHint, this));
+  layout->addWidget(MakePlainLabel(QString::fromStdString(dialog.m_strPrompt), this));
+  layout->addWidget(MakePlainLabel(CMachineDlg::kDefaultHint, this));
   layout->addLayout(field);
   layout->addSpacing(8);
   layout->addWidget(buttons);
@@ -85,7 +81,7 @@ MachineBrowserFace::MachineBrowserFace(CMachineBrowser& dialog, QWidget* parent)
   });
   connect(m_machines, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
   auto* layout = new QVBoxLayout(this);
-  layout->addWidget(PlainLabel(CMachineBrowser::kTitle, this));
+  layout->addWidget(MakePlainLabel(CMachineBrowser::kTitle, this));
   layout->addWidget(m_machines);
   layout->addWidget(buttons);
 }

@@ -27,6 +27,9 @@ class QtDialogFace : public QDialog {
   // The dialog will be destroyed: hides the window and ignores later events.
   void Detach();
 
+  // Sends the help command to the main window.
+  void AskForHelp();
+
   // Opens at the stored place of the dialog of this name.
   void RememberPlace(DialogPlaces* places, std::string name);
   void setVisible(bool visible) override;
@@ -40,8 +43,6 @@ class QtDialogFace : public QDialog {
   void Forward(const std::function<void()>& call);
   // The action of OK; a face with a data exchange does the exchange first.
   virtual void OnAccept() { m_dialog->OnOK(); }
-  // Sends the help command to the main window.
-  void AskForHelp();
   void keyPressEvent(QKeyEvent* event) override;
 
  private:

@@ -4,6 +4,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "docview/ui/dialog_parts.h"
+
 namespace {
 
 constexpr int kBarWidthPx = 280;
@@ -20,9 +22,7 @@ WorkBoxFace::WorkBoxFace(CWorkBox& dialog, QWidget* parent)
   m_bar->setFixedWidth(kBarWidthPx);
   m_bar->setTextVisible(false);
   m_bar->setAccessibleName("Progress");
-  auto* cancel = new QPushButton("Cancel", this);
-  cancel->setObjectName(QString::number(CDialog::kIdCancel));
-  cancel->setAccessibleName("Cancel");
+  QPushButton* const cancel = MakeButton(CDialog::kIdCancel, "Cancel", this);
   // The Enter that started the work may still be in the event queue.
   cancel->setAutoDefault(false);
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);

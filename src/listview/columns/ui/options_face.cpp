@@ -1,25 +1,21 @@
 #include "listview/columns/ui/options_face.h"
 
 #include <QCheckBox>
-#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
+#include "docview/ui/dialog_parts.h"
+
 namespace {
 
-constexpr unsigned kUtcBox = 1167, kTintBox = 1168, kLimitEdit = 1074, kHelpButton = 57670;
+constexpr unsigned kUtcBox = 1167, kTintBox = 1168, kLimitEdit = 1074;
 constexpr int kBoxColumns = 3;
 constexpr int kLimitDigits = 10;
-
-QString NameOf(unsigned id) {
-  return QString::number(id);
-}
 
 }  // namespace
 
@@ -33,14 +29,12 @@ OptionsFace::OptionsFace(COptionsDlg& dialog, QWidget* parent)
   layout->addWidget(MakeDisplay());
   layout->addWidget(MakePerformance());
   layout->addStretch(1);
-  layout->addWidget(MakeButtons());
+  layout->addWidget(MakeDialogButtons(*this, true).box);
   layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
 QCheckBox* OptionsFace::MakeBox(unsigned id, const QString& text) {
-  auto* box = new QCheckBox(text, this);
-  box->setObjectName(NameOf(id));
-  box->setAccessibleName(text);
+  QCheckBox* const box = MakeCheckBox(id, text, this);
   connect(box, &QCheckBox::clicked, this,
           [this, id] { Forward([this, id] { m_dialog.OnBoxClicked(id); }); });
   return box;
@@ -79,7 +73,7 @@ QGroupBox* OptionsFace::MakePerformance() {
   auto* layout = new QHBoxLayout(group);
   auto* label = new QLabel("Size of Trace History Buffer for each Monitor:", group);
   m_limit = new QLineEdit(group);
-  m_limit->setObjectName(NameOf(kLimitEdit));
+  m_limit->setObjectName(IdName(kLimitEdit));
   m_limit->setAccessibleName(label->text());
   m_limit->setMaxLength(kLimitDigits);
   m_limit->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), m_limit));
@@ -96,23 +90,6 @@ QGroupBox* OptionsFace::MakePerformance() {
   limits->setObjectName("range");
   layout->addWidget(limits);
   return group;
-}
-
-QDialogButtonBox* OptionsFace::MakeButtons() {
-  auto* buttons = new QDialogButtonBox(this);
-  const auto add = [&](unsigned id, const char* text, QDialogButtonBox::ButtonRole role) {
-    QPushButton* button = buttons->addButton(text, role);
-    button->setObjectName(NameOf(id));
-    button->setAccessibleName(text);
-    return button;
-  };
-  add(CDialog::kIdOk, "OK", QDialogButtonBox::AcceptRole)->setDefault(true);
-  add(CDialog::kIdCancel, "Cancel", QDialogButtonBox::RejectRole);
-  add(kHelpButton, "Help", QDialogButtonBox::HelpRole);
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  connect(buttons, &QDialogButtonBox::helpRequested, this, [this] { AskForHelp(); });
-  return buttons;
 }
 
 void OptionsFace::UpdateData() {

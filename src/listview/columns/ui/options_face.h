@@ -10,7 +10,6 @@
 #include "listview/columns/options_dialog.h"
 
 class QCheckBox;
-class QDialogButtonBox;
 class QGroupBox;
 class QLineEdit;
 
@@ -28,7 +27,6 @@ class OptionsFace final : public QtDialogFace {
   QGroupBox* MakeColumns();
   QGroupBox* MakeDisplay();
   QGroupBox* MakePerformance();
-  QDialogButtonBox* MakeButtons();
 
   COptionsDlg& m_dialog;
   std::vector<std::pair<const COptionsDlg::Box*, QCheckBox*>> m_boxes;

@@ -8,7 +8,6 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QTextEdit>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -16,9 +15,9 @@
 #include <limits>
 #include <utility>
 
+#include "docview/ui/dialog_parts.h"
 #include "docview/ui/hit_color.h"
 #include "docview/ui/plain_tool_tip.h"
-#include "docview/ui/prompt_button.h"
 #include "listview/details/ui/shown_text.h"
 
 namespace {
@@ -30,15 +29,6 @@ constexpr int kValueEdgesPx = 14;
 constexpr int kMostMeasured = 8192;  // letters: as many fill any window
 constexpr int kStackLines = 20;      // shown at once when the list is open
 constexpr int kStackChars = 20;      // the width that the list wants at least
-
-QString NameOf(unsigned id) {
-  return QString::number(id);
-}
-
-// The caption of a value for screen readers: "Tic Count".
-QString SpokenName(const char* caption) {
-  return QString::fromLatin1(caption).remove(u':');
-}
 
 }  // namespace
 
@@ -82,8 +72,7 @@ QGroupBox* TraceDetailFace::MakeGroup(const char* name) {
 // A field whose value can be selected and copied, however long it is.
 QLineEdit* TraceDetailFace::MakeValue(const CTraceDetailDialog::Field& field) {
   auto* value = new QLineEdit(this);
-  value->setObjectName(NameOf(field.id));
-  value->setAccessibleName(SpokenName(field.caption));
+  NameControl(*value, field.id, field.caption);
   // Otherwise the description would be the tool tip with its markup.
   value->setAccessibleDescription(QString::fromLatin1(field.group));
   value->setReadOnly(true);
@@ -102,8 +91,7 @@ QLineEdit* TraceDetailFace::MakeValue(const CTraceDetailDialog::Field& field) {
 void TraceDetailFace::AddStack(QGridLayout& grid) {
   auto* caption = new QLabel("Stack:", grid.parentWidget());
   m_stack = new QComboBox(grid.parentWidget());
-  m_stack->setObjectName(NameOf(CTraceDetailDialog::kStack));
-  m_stack->setAccessibleName("Stack");
+  NameControl(*m_stack, CTraceDetailDialog::kStack, caption->text());
   m_stack->setMaxVisibleItems(kStackLines);
   m_stack->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   m_stack->setMinimumContentsLength(kStackChars);
@@ -114,8 +102,7 @@ void TraceDetailFace::AddStack(QGridLayout& grid) {
 
 QPlainTextEdit* TraceDetailFace::MakeText() {
   m_text = new QPlainTextEdit(this);
-  m_text->setObjectName(NameOf(CTraceDetailDialog::kText));
-  m_text->setAccessibleName("Text");
+  NameControl(*m_text, CTraceDetailDialog::kText, "Text");
   m_text->setReadOnly(true);
   m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   m_text->setTabChangesFocus(true);
@@ -127,11 +114,11 @@ QPlainTextEdit* TraceDetailFace::MakeText() {
 QHBoxLayout* TraceDetailFace::MakeButtons() {
   auto* row = new QHBoxLayout;
   row->addStretch(1);
-  m_back = MakeButton(CTraceDetailDialog::kBack, "< &Back");
-  m_next = MakeButton(CTraceDetailDialog::kNext, "&Next >");
+  m_back = MakeButton(CTraceDetailDialog::kBack, "< &Back", this);
+  m_next = MakeButton(CTraceDetailDialog::kNext, "&Next >", this);
   m_next->setDefault(true);
-  QPushButton* cancel = MakeButton(CDialog::kIdCancel, "Cancel");
-  QPushButton* help = MakeButton(CTraceDetailDialog::kHelp, "Help");
+  QPushButton* cancel = MakeButton(CDialog::kIdCancel, "Cancel", this);
+  QPushButton* help = MakeButton(CTraceDetailDialog::kHelp, "Help", this);
   for (QPushButton* button : {m_back, m_next, cancel, help}) row->addWidget(button);
   connect(m_back, &QPushButton::clicked, this, [this] {
     Forward([this] { m_dialog.OnBack(); });
@@ -144,13 +131,6 @@ QHBoxLayout* TraceDetailFace::MakeButtons() {
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
   connect(help, &QPushButton::clicked, this, [this] { AskForHelp(); });
   return row;
-}
-
-QPushButton* TraceDetailFace::MakeButton(unsigned id, const char* text) {
-  auto* button = new PromptButton<QPushButton>(text, this);
-  button->setObjectName(NameOf(id));
-  button->setAccessibleName(QString(text).remove(QRegularExpression("[&<>]")).trimmed());
-  return button;
 }
 
 void TraceDetailFace::UpdateData() {

@@ -29,7 +29,6 @@ class TraceDetailFace final : public QtDialogFace {
   void AddStack(QGridLayout& grid);
   QPlainTextEdit* MakeText();
   QHBoxLayout* MakeButtons();
-  QPushButton* MakeButton(unsigned id, const char* text);
   void ShowTrace();
   void ShowText();
   static void Widen(QLineEdit& value, int mostChars);

@@ -1,13 +1,12 @@
 #include "tree/filter/ui/filter_face.h"
 
-#include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMouseEvent>
-#include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 
+#include "docview/ui/dialog_parts.h"
 #include "tree/filter/ui/filter_boxes.h"
 #include "tree/filter/ui/filter_model.h"
 
@@ -31,14 +30,13 @@ FilterFace::FilterFace(CFilterDialog& dialog, QWidget* parent)
   text->setBuddy(m_tree);
   layout->addWidget(text);
   layout->addWidget(m_tree, 1);
-  layout->addWidget(MakeButtons());
+  layout->addWidget(MakeDialogButtons(*this, false).box);
   m_tree->setFocus();
 }
 
 QTreeView* FilterFace::MakeTree() {
   auto* tree = new QTreeView(this);
-  tree->setObjectName(QString::number(CFilterDialog::kTree));
-  tree->setAccessibleName("Traces to include");
+  NameControl(*tree, CFilterDialog::kTree, "Traces to include");
   tree->setHeaderHidden(true);
   // A long name can be scrolled to; it is not cut.
   tree->header()->setStretchLastSection(false);
@@ -54,20 +52,6 @@ QTreeView* FilterFace::MakeTree() {
   tree->setCurrentIndex(m_model->IndexOf(&m_dialog.Tree().Root()));
   tree->viewport()->installEventFilter(this);
   return tree;
-}
-
-QDialogButtonBox* FilterFace::MakeButtons() {
-  auto* buttons = new QDialogButtonBox(this);
-  QPushButton* ok = buttons->addButton("OK", QDialogButtonBox::AcceptRole);
-  ok->setObjectName(QString::number(CDialog::kIdOk));
-  ok->setAccessibleName("OK");
-  ok->setDefault(true);
-  QPushButton* cancel = buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
-  cancel->setObjectName(QString::number(CDialog::kIdCancel));
-  cancel->setAccessibleName("Cancel");
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  return buttons;
 }
 
 void FilterFace::OnBoxClicked(const QModelIndex& index) {

@@ -7,7 +7,6 @@
 #include "tree/filter/filter_dialog.h"
 
 class FilterModel;
-class QDialogButtonBox;
 class QModelIndex;
 class QTreeView;
 
@@ -21,7 +20,6 @@ class FilterFace final : public QtDialogFace {
 
  private:
   QTreeView* MakeTree();
-  QDialogButtonBox* MakeButtons();
   void OnBoxClicked(const QModelIndex& index);
 
   CFilterDialog& m_dialog;

@@ -1,26 +1,16 @@
 #include "tree/find/ui/find_face.h"
 
 #include <QCheckBox>
-#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
-#include "docview/ui/prompt_button.h"
+#include "docview/ui/dialog_parts.h"
 
 namespace {
 
 constexpr int kTextCharacters = 42;
-
-QString NameOf(unsigned id) {
-  return QString::number(id);
-}
-
-// The text without the mark of its access key.
-QString PlainText(QString text) {
-  return text.remove('&');
-}
 
 }  // namespace
 
@@ -28,16 +18,16 @@ FindFace::FindFace(CFindDialog& dialog, QWidget* parent)
     : QtDialogFace(dialog, parent),
       m_dialog(dialog),
       m_text(new QLineEdit(this)),
-      m_ignoreCase(MakeBox(CFindDialog::kIgnoreCase, "Ignore &Case")),
-      m_backward(MakeBox(CFindDialog::kBackward, "&Backward")),
-      m_regularExpression(MakeBox(CFindDialog::kRegularExpression, "&Regular Expression")),
-      m_wordSearch(MakeBox(CFindDialog::kWordSearch, "&Word Search")) {
+      m_ignoreCase(MakeCheckBox(CFindDialog::kIgnoreCase, "Ignore &Case", this)),
+      m_backward(MakeCheckBox(CFindDialog::kBackward, "&Backward", this)),
+      m_regularExpression(
+          MakeCheckBox(CFindDialog::kRegularExpression, "&Regular Expression", this)),
+      m_wordSearch(MakeCheckBox(CFindDialog::kWordSearch, "&Word Search", this)) {
   setWindowTitle(CFindDialog::Title());
   setObjectName("find");
   auto* label = new QLabel("Search &Text:", this);
   label->setBuddy(m_text);
-  m_text->setObjectName(NameOf(CFindDialog::kText));
-  m_text->setAccessibleName("Search Text");
+  NameControl(*m_text, CFindDialog::kText, label->text());
   m_text->setMinimumWidth(fontMetrics().averageCharWidth() * kTextCharacters);
   connect(m_text, &QLineEdit::textChanged, this, [this](const QString& text) {
     Forward([this, &text] { m_dialog.OnChangeText(text.toStdString()); });
@@ -53,33 +43,10 @@ FindFace::FindFace(CFindDialog& dialog, QWidget* parent)
   grid->addWidget(m_regularExpression, 2, 1);
   grid->addWidget(m_wordSearch, 2, 2);
   grid->setRowMinimumHeight(3, 8);
-  grid->addWidget(MakeButtons(), 4, 0, 1, 3);
+  const DialogButtons buttons = MakeDialogButtons(*this, true);
+  m_ok = buttons.ok;
+  grid->addWidget(buttons.box, 4, 0, 1, 3);
   grid->setSizeConstraint(QLayout::SetFixedSize);
-}
-
-QCheckBox* FindFace::MakeBox(unsigned id, const QString& text) {
-  auto* box = new PromptButton<QCheckBox>(text, this);
-  box->setObjectName(NameOf(id));
-  box->setAccessibleName(PlainText(text));
-  return box;
-}
-
-QDialogButtonBox* FindFace::MakeButtons() {
-  auto* buttons = new QDialogButtonBox(this);
-  const auto add = [&](unsigned id, const char* text, QDialogButtonBox::ButtonRole role) {
-    QPushButton* button = buttons->addButton(text, role);
-    button->setObjectName(NameOf(id));
-    button->setAccessibleName(text);
-    return button;
-  };
-  m_ok = add(CDialog::kIdOk, "OK", QDialogButtonBox::AcceptRole);
-  m_ok->setDefault(true);
-  add(CDialog::kIdCancel, "Cancel", QDialogButtonBox::RejectRole);
-  add(CFindDialog::kHelp, "Help", QDialogButtonBox::HelpRole);
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  connect(buttons, &QDialogButtonBox::helpRequested, this, [this] { AskForHelp(); });
-  return buttons;
 }
 
 void FindFace::ShowOkState() {

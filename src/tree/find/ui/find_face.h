@@ -9,7 +9,6 @@
 #include "tree/find/find_dialog.h"
 
 class QCheckBox;
-class QDialogButtonBox;
 class QLineEdit;
 class QPushButton;
 
@@ -23,8 +22,6 @@ class FindFace final : public QtDialogFace {
   void OnAccept() override;
 
  private:
-  QCheckBox* MakeBox(unsigned id, const QString& text);
-  QDialogButtonBox* MakeButtons();
   void ShowOkState();
 
   CFindDialog& m_dialog;

@@ -97,7 +97,7 @@ class Host {
   // The main window; null before it exists and after its end.
   CWnd* MainWindow() const { return m_mainWindow; }
   void SetMainWindow(CWnd* window) { m_mainWindow = window; }
-  // The dialog in front that runs by DoModal; null: none.
+  // The innermost dialog that runs in DoModal; null: none.
   const CDialog* ModalDialog() const { return m_modalDialog; }
 
  private:

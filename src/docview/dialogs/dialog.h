@@ -21,7 +21,7 @@ class CDialog {
   int DoModal();
 
   virtual void OnInitDialog() {}
-  // The help page that tells of this dialog; empty: that of the window behind it.
+  // The help page for this dialog; empty: the page for the active window.
   virtual const char* HelpTopic() const { return ""; }
   virtual void OnOK() { EndDialog(kIdOk); }
   virtual void OnCancel() { EndDialog(kIdCancel); }

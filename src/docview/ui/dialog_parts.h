@@ -1,6 +1,6 @@
-// What the windows of dialogs are put together from, so that their controls are named alike.
+// Parts of dialog windows: buttons, boxes and labels, with uniform names.
 //
-// Every control's object name is its id in decimal. Its accessible name is what its text says.
+// A control's object name is its id in decimal. Its accessible name is its text.
 //
 // Owner    The parent owns what is made.
 // Threads  Interface thread.
@@ -19,18 +19,18 @@ constexpr unsigned kHelpButton = 57670;
 
 // "1079".
 QString IdName(unsigned id);
-// What a text says aloud: without the marks of access keys, a caption's colon and a button's arrow.
+// A text for screen readers: without access key marks, the colon at its end and the arrows.
 QString SpokenName(QString text);
 // Gives a control its two names.
 void NameControl(QWidget& control, unsigned id, const QString& spoken);
 
-// Their access keys press them at once.
+// The access key presses the control at once (prompt_button.h).
 QPushButton* MakeButton(unsigned id, const QString& text, QWidget* parent);
 QCheckBox* MakeCheckBox(unsigned id, const QString& text, QWidget* parent);
 // Shows the text as it is: no markup.
 QLabel* MakePlainLabel(const QString& text, QWidget* parent);
 
-// A named button at the place that its role has.
+// A named button at the place of its role.
 QPushButton* AddButton(QDialogButtonBox& box, unsigned id, const QString& text,
                        QDialogButtonBox::ButtonRole role);
 
@@ -38,6 +38,5 @@ struct DialogButtons {
   QDialogButtonBox* box;
   QPushButton* ok;
 };
-// OK, which is the default button, Cancel, and Help unless `withHelp` is false. They do what these
-// words say to the dialog.
+// OK, which is the default button, Cancel and, with `withHelp`, Help, connected to the dialog.
 DialogButtons MakeDialogButtons(QtDialogFace& dialog, bool withHelp);

@@ -145,7 +145,7 @@ int QtHost::RunDialog(CDialog& dialog) {
   const QPointer<QtDialogFace> face = MakeFace(dialog);
   if (!face) return CDialog::kIdCancel;
   face->setWindowModality(Qt::ApplicationModal);
-  // Its first page may have ended it.
+  // Making the face may have ended it.
   if (!dialog.Ended()) face->exec();
   delete face;
   if (!dialog.Ended()) dialog.EndDialog(CDialog::kIdCancel);

@@ -1,0 +1,111 @@
+#include "docview/sheet/ui/sheet_face.h"
+
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QStackedWidget>
+#include <QTabWidget>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "docview/ui/dialog_parts.h"
+
+QtSheetFace::QtSheetFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces)
+    : QtDialogFace(sheet, parent), m_sheet(sheet) {
+  for (CPropertyPage* const page : sheet.Pages()) {
+    QtPageFace* const face = faces.Make(*page, this);
+    face->setObjectName(IdName(page->Id()));
+    m_pages.push_back(face);
+  }
+}
+
+QtSheetFace::~QtSheetFace() {
+  m_sheet.Close();
+}
+
+void QtSheetFace::UpdateData() {
+  setWindowTitle(QString::fromStdString(m_sheet.Title()));
+}
+
+TabbedSheetFace::TabbedSheetFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces)
+    : QtSheetFace(sheet, parent, faces), m_tabs(new QTabWidget(this)) {
+  setObjectName("sheet");
+  for (std::size_t place = 0; place < m_pages.size(); ++place)
+    m_tabs->addTab(m_pages[place], QString::fromStdString(sheet.Pages()[place]->Caption()));
+  connect(m_tabs, &QTabWidget::currentChanged, this, [this](int place) { OnTab(place); });
+  QDialogButtonBox* const buttons = MakeDialogButtons(*this, *sheet.HelpTopic() != '\0').box;
+  m_apply = AddButton(*buttons, kApply, "&Apply", QDialogButtonBox::ApplyRole);
+  connect(m_apply, &QPushButton::clicked, this, [this] { Forward([this] { m_sheet.OnApply(); }); });
+  auto* const layout = new QVBoxLayout(this);
+  layout->addWidget(m_tabs);
+  layout->addWidget(buttons);
+  sheet.Open(*this);
+}
+
+// The tab bar has changed its current tab already. It goes back until the page in front has agreed,
+// because that page may show a message box.
+void TabbedSheetFace::OnTab(int place) {
+  UpdateData();
+  Forward([&] { m_sheet.SetActivePage(static_cast<std::size_t>(place)); });
+}
+
+void TabbedSheetFace::ShowPage(std::size_t place) {
+  UpdateData();
+  if (std::exchange(m_shown, true)) return;
+  if (QWidget* const first = m_pages[place]->FirstControl()) first->setFocus();
+}
+
+void TabbedSheetFace::UpdateData() {
+  QtSheetFace::UpdateData();
+  const QSignalBlocker silent(m_tabs);
+  m_tabs->setCurrentIndex(static_cast<int>(m_sheet.GetActiveIndex()));
+  m_apply->setEnabled(m_sheet.CanApply());
+}
+
+WizardFace::WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces)
+    : QtSheetFace(sheet, parent, faces),
+      m_stack(new QStackedWidget(this)),
+      m_back(MakeStep(kBack, "< &Back", &CPropertySheet::OnBack)),
+      m_next(MakeStep(kNext, "&Next >", &CPropertySheet::OnNext)),
+      m_finish(MakeStep(kFinish, "&Finish", &CPropertySheet::OnFinish)) {
+  setObjectName("wizard");
+  for (QtPageFace* const page : m_pages) m_stack->addWidget(page);
+  QPushButton* const cancel = MakeButton(CDialog::kIdCancel, "Cancel", this);
+  cancel->setAutoDefault(false);
+  connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+  auto* const row = new QHBoxLayout;
+  row->addStretch(1);
+  for (QPushButton* const button : {m_back, m_next, m_finish, cancel}) row->addWidget(button);
+  auto* const layout = new QVBoxLayout(this);
+  layout->addWidget(m_stack);
+  layout->addLayout(row);
+  sheet.Open(*this);
+}
+
+QPushButton* WizardFace::MakeStep(unsigned id, const char* text, void (CPropertySheet::*step)()) {
+  QPushButton* const button = MakeButton(id, text, this);
+  button->setAutoDefault(false);
+  connect(button, &QPushButton::clicked, this,
+          [this, step] { Forward([this, step] { (m_sheet.*step)(); }); });
+  return button;
+}
+
+void WizardFace::ShowPage(std::size_t place) {
+  m_stack->setCurrentIndex(static_cast<int>(place));
+  UpdateData();
+  QWidget* const first = m_pages[place]->FirstControl();
+  QPushButton* const ahead = m_finish->isDefault() ? m_finish : m_next;
+  (first ? first : static_cast<QWidget*>(ahead))->setFocus();
+}
+
+void WizardFace::UpdateData() {
+  QtSheetFace::UpdateData();
+  const unsigned buttons = m_sheet.WizardButtons();
+  const bool finish = buttons & PSWIZB_FINISH;
+  m_back->setEnabled(buttons & PSWIZB_BACK);
+  m_next->setEnabled(buttons & PSWIZB_NEXT);
+  m_next->setVisible(!finish);
+  m_finish->setVisible(finish);
+  (finish ? m_finish : m_next)->setDefault(true);
+}

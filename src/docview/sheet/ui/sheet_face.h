@@ -1,0 +1,59 @@
+// The windows of a CPropertySheet: with tabs, and as a wizard.
+//
+// Object names: "sheet" or "wizard", the pages' ids; the buttons' are CDialog's ids and those
+// below.
+//
+// Owner    Borrows the sheet, which outlives it; owns the pages' faces.
+// Threads  Interface thread.
+#pragma once
+
+#include <vector>
+
+#include "docview/sheet/property_sheet.h"
+#include "docview/sheet/ui/page_face.h"
+#include "docview/ui/qt_dialog_face.h"
+
+class QPushButton;
+class QStackedWidget;
+class QTabWidget;
+
+class QtSheetFace : public QtDialogFace, public PropertySheetFace {
+ public:
+  // Ids of the buttons beside OK and Cancel.
+  static constexpr unsigned kApply = 0x3021, kBack = 0x3023, kNext = 0x3024, kFinish = 0x3025;
+
+  ~QtSheetFace() override;
+  PropertyPageFace& Page(std::size_t place) override { return *m_pages[place]; }
+  void UpdateData() override;
+
+ protected:
+  QtSheetFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces);
+
+  CPropertySheet& m_sheet;
+  std::vector<QtPageFace*> m_pages;
+};
+
+class TabbedSheetFace : public QtSheetFace {
+ public:
+  TabbedSheetFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces);
+  void ShowPage(std::size_t place) override;
+  void UpdateData() override;
+
+ private:
+  void OnTab(int place);
+  QTabWidget* m_tabs;
+  QPushButton* m_apply;
+  bool m_shown = false;  // the first page was shown
+};
+
+class WizardFace : public QtSheetFace {
+ public:
+  WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces);
+  void ShowPage(std::size_t place) override;
+  void UpdateData() override;
+
+ private:
+  QPushButton* MakeStep(unsigned id, const char* text, void (CPropertySheet::*step)());
+  QStackedWidget* m_stack;
+  QPushButton *m_back, *m_next, *m_finish;
+};

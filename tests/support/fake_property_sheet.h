@@ -1,0 +1,133 @@
+// The window of a property sheet without a screen: pages with text fields, one focus, one size.
+//
+// Each field is bound to a member of its page. A person types into the page in front only, and
+// presses only what can be pressed.
+#pragma once
+
+#include <algorithm>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "docview/sheet/property_sheet.h"
+#include "support/sheet_button.h"
+
+class FakePropertyPage final : public PropertyPageFace {
+ public:
+  explicit FakePropertyPage(unsigned& focus) : m_focus(focus) {}
+  void Bind(unsigned control, std::string& member) { m_fields.push_back({control, &member, ""}); }
+
+  void ShowData() override {
+    for (Field& field : m_fields) field.text = *field.member;
+  }
+  bool TakeData() override {
+    for (Field& field : m_fields) *field.member = field.text;
+    return true;
+  }
+  void SetFocus(unsigned control) override {
+    if (Find(control)) m_focus = control;
+  }
+  unsigned FirstControl() const { return m_fields.empty() ? 0 : m_fields.front().control; }
+  std::string* Find(unsigned control) {
+    for (Field& field : m_fields)
+      if (field.control == control) return &field.text;
+    return nullptr;
+  }
+
+ private:
+  struct Field {
+    unsigned control;
+    std::string* member;
+    std::string text;
+  };
+  std::vector<Field> m_fields;
+  unsigned& m_focus;
+};
+
+class FakePropertySheet : public PropertySheetFace {
+ public:
+  explicit FakePropertySheet(CPropertySheet& sheet) : m_sheet(sheet) {}
+  ~FakePropertySheet() override { m_sheet.Close(); }
+  FakePropertySheet(const FakePropertySheet&) = delete;
+  FakePropertySheet& operator=(const FakePropertySheet&) = delete;
+  // One for each of the sheet's pages, in their order, before Open.
+  FakePropertyPage& AddPage(int widthPx) {
+    m_widthPx = std::max(m_widthPx, widthPx);
+    return m_pages.emplace_back(m_focus);
+  }
+  void Open() { m_sheet.Open(*this); }
+
+  PropertyPageFace& Page(std::size_t place) override { return m_pages.at(place); }
+  void ShowPage(std::size_t place) override {
+    if (m_sheet.IsWizard() || !m_shown) m_focus = m_pages.at(place).FirstControl();
+    m_front = place;
+    m_shown = true;
+  }
+  void UpdateData() override {
+    m_title = m_sheet.Title();
+    m_apply = m_sheet.CanApply();
+    m_buttons = m_sheet.WizardButtons();
+  }
+
+  // What a person sees.
+  const std::string& Title() const { return m_title; }
+  std::size_t Front() const { return m_front; }
+  unsigned Focus() const { return m_focus; }  // 0: not in a field
+  int WidthPx() const { return m_widthPx; }
+  bool CanPress(SheetButton button) const {
+    const bool finish = m_buttons & PSWIZB_FINISH;
+    switch (button) {
+      case SheetButton::Cancel:
+        return true;
+      case SheetButton::Ok:
+        return !m_sheet.IsWizard();
+      case SheetButton::Apply:
+        return !m_sheet.IsWizard() && m_apply;
+      case SheetButton::Back:
+        return m_sheet.IsWizard() && (m_buttons & PSWIZB_BACK);
+      case SheetButton::Next:
+        return m_sheet.IsWizard() && !finish && (m_buttons & PSWIZB_NEXT);
+      default:
+        return m_sheet.IsWizard() && finish;
+    }
+  }
+  std::string Text(unsigned control) { return *m_pages.at(m_front).Find(control); }
+  // What a person does.
+  void Type(unsigned control, const std::string& text) {
+    m_focus = control;
+    *m_pages.at(m_front).Find(control) = text;
+  }
+  void ChooseTab(std::size_t place) { m_sheet.SetActivePage(place); }
+  void PressEnter() {
+    if (m_sheet.IsWizard())
+      Press(m_buttons & PSWIZB_FINISH ? SheetButton::Finish : SheetButton::Next);
+    else
+      Press(SheetButton::Ok);
+  }
+  void Press(SheetButton button) {
+    if (!CanPress(button)) return;
+    switch (button) {
+      case SheetButton::Cancel:
+        return m_sheet.OnCancel();
+      case SheetButton::Ok:
+        return m_sheet.OnOK();
+      case SheetButton::Apply:
+        return m_sheet.OnApply();
+      case SheetButton::Back:
+        return m_sheet.OnBack();
+      case SheetButton::Next:
+        return m_sheet.OnNext();
+      case SheetButton::Finish:
+        return m_sheet.OnFinish();
+    }
+  }
+
+ private:
+  CPropertySheet& m_sheet;
+  std::deque<FakePropertyPage> m_pages;
+  std::string m_title;
+  std::size_t m_front = 0;
+  unsigned m_focus = 0, m_buttons = 0;
+  int m_widthPx = 0;
+  bool m_apply = false, m_shown = false;
+};

@@ -1,0 +1,200 @@
+// What every window of a property sheet does, whoever made it: run by the fake and by the window on
+// the screen.
+//
+// To run it, write two rigs, one for a sheet and one for a wizard, and instantiate the suites:
+//
+//   struct MyRig {
+//     // Opens the window of the sheet, whose pages are ContractPages.
+//     explicit MyRig(CPropertySheet& sheet);
+//     std::string Title() const;
+//     std::size_t Front() const;               // the page that is seen
+//     std::string Text(unsigned field) const;  // on that page
+//     unsigned Focus() const;                  // the field that has the focus; 0: none
+//     int WidthPx() const;                     // of the window, or of its pages
+//     bool CanPress(SheetButton button) const;
+//     void Press(SheetButton button);          // nothing when it cannot be pressed
+//     void PressEnter();
+//     void ChooseTab(std::size_t place);       // of a sheet
+//     void Type(unsigned field, const std::string& text);  // replaces what is there
+//   };
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/recording_host.h"
+#include "support/sheet_button.h"
+#include "support/sheet_contract_page.h"
+
+template <class Rig>
+class SheetFixture : public testing::Test {
+ protected:
+  static constexpr unsigned kFirst = 101, kSecond = 102, kThird = 103;
+  static constexpr unsigned kName = ContractPage::kName, kNote = ContractPage::kNote;
+
+  // The next showing: begins as DoModal does.
+  void Open() {
+    m_sheet.OnInitDialog();
+    m_window.emplace(m_sheet);
+  }
+  void Reopen() {
+    m_window.reset();
+    m_sheet.DoModal();  // nobody answers: cancelled
+    m_log.clear();
+    Open();
+  }
+  Rig& Window() { return *m_window; }
+  SheetLog Told() { return std::exchange(m_log, {}); }
+  SheetLog ToldBy(SheetButton button) {
+    m_log.clear();
+    Window().Press(button);
+    return Told();
+  }
+  std::string Enabled() {
+    static constexpr std::pair<SheetButton, const char*> kAll[] = {
+        {SheetButton::Ok, "ok "},       {SheetButton::Cancel, "cancel "},
+        {SheetButton::Apply, "apply "}, {SheetButton::Back, "back "},
+        {SheetButton::Next, "next "},   {SheetButton::Finish, "finish "}};
+    std::string enabled;
+    for (const auto& [button, name] : kAll)
+      if (Window().CanPress(button)) enabled += name;
+    return enabled;
+  }
+
+  RecordingHost m_host;
+  SheetLog m_log;
+  ContractPage m_a{m_host, kFirst, "A", m_log, 120}, m_b{m_host, kSecond, "B", m_log, 400},
+      m_c{m_host, kThird, "C", m_log, 200};
+  CPropertySheet m_sheet{m_host, "Configuration for web"};
+  std::optional<Rig> m_window;
+};
+
+template <class Rig>
+class SheetContract : public SheetFixture<Rig> {
+ protected:
+  SheetContract() {
+    for (ContractPage* page : {&this->m_a, &this->m_b, &this->m_c}) this->m_sheet.AddPage(*page);
+    this->Open();
+  }
+};
+TYPED_TEST_SUITE_P(SheetContract);
+
+TYPED_TEST_P(SheetContract, OpensOnItsFirstPageAndBeginsNoOther) {
+  EXPECT_EQ(this->Told(), (SheetLog{"A begins", "A active"}));
+  EXPECT_EQ(this->Window().Title(), "Configuration for web");
+  EXPECT_EQ(this->Window().Front(), 0U);
+  EXPECT_EQ(this->Window().Text(this->kNote), "begun");
+  EXPECT_EQ(this->Window().Focus(), this->kName);
+  EXPECT_EQ(this->Enabled(), "ok cancel ");
+}
+
+TYPED_TEST_P(SheetContract, AnotherPageComesWhenTheOneInFrontHasAgreed) {
+  this->Window().Type(this->kName, "x");
+  this->Told();
+  this->Window().ChooseTab(2);
+  EXPECT_EQ(this->Told(), (SheetLog{"A asked", "C begins", "C active"}));
+  EXPECT_EQ(this->Window().Front(), 2U);
+  EXPECT_EQ(this->m_a.m_name, "x");
+  this->Window().ChooseTab(0);
+  EXPECT_EQ(this->Told(), (SheetLog{"C asked", "A active"})) << "begins once";
+  EXPECT_EQ(this->Window().Text(this->kName), "x");
+}
+
+TYPED_TEST_P(SheetContract, APageThatDoesNotAgreeStaysInFrontWithWhatWasTypedAndTheFocusItChose) {
+  this->Window().Type(this->kName, "bad");
+  this->Told();
+  this->Window().ChooseTab(1);
+  EXPECT_EQ(this->Told(), SheetLog{"A asked"});
+  EXPECT_EQ(this->Window().Front(), 0U);
+  EXPECT_EQ(this->Window().Text(this->kName), "bad");
+  EXPECT_EQ(this->Window().Focus(), this->kNote);
+  EXPECT_EQ(this->ToldBy(SheetButton::Ok), SheetLog{"A asked"});
+  EXPECT_FALSE(this->m_sheet.Ended());
+}
+
+TYPED_TEST_P(SheetContract, OkAsksThePageInFrontAndThenTellsThePagesThatWereShownInTheirOrder) {
+  this->Window().Type(this->kName, "x");
+  this->Window().ChooseTab(2);
+  this->Window().ChooseTab(0);
+  this->Window().ChooseTab(2);
+  this->Window().Type(this->kName, "z");
+  EXPECT_EQ(this->ToldBy(SheetButton::Ok), (SheetLog{"C asked", "A ok x", "C ok z"}));
+  EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdOk);
+}
+
+TYPED_TEST_P(SheetContract, EnterIsOk) {
+  this->Told();
+  this->Window().PressEnter();
+  EXPECT_EQ(this->Told(), (SheetLog{"A asked", "A ok "}));
+  EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdOk);
+}
+
+TYPED_TEST_P(SheetContract, CancelTellsThePagesThatWereShownAndTakesNoData) {
+  this->Window().Type(this->kName, "bad");
+  EXPECT_EQ(this->ToldBy(SheetButton::Cancel), SheetLog{"A cancel"});
+  EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdCancel);
+  EXPECT_EQ(this->m_a.m_name, "");
+}
+
+TYPED_TEST_P(SheetContract, ApplyIsEnabledByAModifiedPageAndLeavesTheSheetOpen) {
+  EXPECT_EQ(this->ToldBy(SheetButton::Apply), SheetLog{});
+  this->m_a.SetModified();
+  EXPECT_EQ(this->Enabled(), "ok cancel apply ");
+  this->Window().Type(this->kName, "x");
+  EXPECT_EQ(this->ToldBy(SheetButton::Apply), (SheetLog{"A asked", "A ok x"}));
+  EXPECT_FALSE(this->m_sheet.Ended());
+  EXPECT_EQ(this->Enabled(), "ok cancel ");
+  EXPECT_FALSE(this->m_a.IsModified());
+}
+
+TYPED_TEST_P(SheetContract, ApplyOfAPageThatDoesNotAgreeAppliesNothingAndStaysEnabled) {
+  this->m_a.SetModified();
+  this->Window().Type(this->kName, "bad");
+  EXPECT_EQ(this->ToldBy(SheetButton::Apply), SheetLog{"A asked"});
+  EXPECT_EQ(this->Enabled(), "ok cancel apply ");
+}
+
+TYPED_TEST_P(SheetContract, APostedTitleComesWithTheHostsQueue) {
+  this->m_sheet.SetTitle("Configuration for db");
+  EXPECT_EQ(this->Window().Title(), "Configuration for web");
+  this->m_host.RunPosted();
+  EXPECT_EQ(this->Window().Title(), "Configuration for db");
+}
+
+TYPED_TEST_P(SheetContract, ASheetThatIsShownAgainBeginsItsPagesAnew) {
+  this->m_a.SetModified();
+  this->m_sheet.SetTitle("Configuration for db");
+  this->m_host.RunPosted();
+  this->m_sheet.SetTitle("late");
+  this->Reopen();
+  EXPECT_EQ(this->Told(), (SheetLog{"A begins", "A active"}));
+  this->m_sheet.SetWizardButtons(PSWIZB_NEXT);
+  this->m_host.RunPosted();
+  EXPECT_EQ(this->Window().Title(), "Configuration for web") << "posted to the window before";
+  EXPECT_EQ(this->Enabled(), "ok cancel ");
+}
+
+TYPED_TEST_P(SheetContract, TheWindowIsAsWideForEveryPageAsTheWidestWants) {
+  const int widthPx = this->Window().WidthPx();
+  EXPECT_GE(widthPx, this->m_b.m_widthPx);
+  for (const std::size_t place : {1U, 2U, 0U}) {
+    this->Window().ChooseTab(place);
+    EXPECT_EQ(this->Window().WidthPx(), widthPx) << place;
+  }
+}
+
+REGISTER_TYPED_TEST_SUITE_P(SheetContract, OpensOnItsFirstPageAndBeginsNoOther,
+                            AnotherPageComesWhenTheOneInFrontHasAgreed,
+                            APageThatDoesNotAgreeStaysInFrontWithWhatWasTypedAndTheFocusItChose,
+                            OkAsksThePageInFrontAndThenTellsThePagesThatWereShownInTheirOrder,
+                            EnterIsOk, CancelTellsThePagesThatWereShownAndTakesNoData,
+                            ApplyIsEnabledByAModifiedPageAndLeavesTheSheetOpen,
+                            ApplyOfAPageThatDoesNotAgreeAppliesNothingAndStaysEnabled,
+                            APostedTitleComesWithTheHostsQueue,
+                            ASheetThatIsShownAgainBeginsItsPagesAnew,
+                            TheWindowIsAsWideForEveryPageAsTheWidestWants);

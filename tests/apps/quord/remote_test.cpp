@@ -404,10 +404,12 @@ class Held : public Forwarding {
     SegmentFolder segments;
     ASSERT_TRUE(segments.Open(near->SocketPath()));
     // What a service has not taken when it is killed is left to the next, and not lost.
-    ASSERT_TRUE(WaitFor([&] { return SegmentsNotTaken(segments) == 1; }));
+    ASSERT_TRUE(WaitFor([&] { return monitor.Beat(), SegmentsNotTaken(segments) == 1; }));
     for (int i = 0; i < 2; ++i) {
       end();
+      monitor.Beat();
       near->Start();
+      monitor.Beat();
     }
     cable->Mend();
     ASSERT_TRUE(Gets(2070)) << monitor.Sum() << near->Log();

@@ -53,12 +53,12 @@ class CDocument : public CCmdTarget {
   void SetTitle(const std::string& title);
   const std::string& GetTitle() const { return m_title; }
   // Also sets the title: a path's last part, or all of a text that is not an absolute path.
-  void SetPathName(const std::string& path, bool addToRecent);
+  virtual void SetPathName(const std::string& path, bool addToRecent);
   const std::string& GetPathName() const { return m_path; }
   // Do its windows' titles end in "*" while it is modified?
   virtual bool ShowsEdits() const { return false; }
-  void SetModifiedFlag(bool modified) { m_modified = modified; }
-  bool IsModified() const { return m_modified; }
+  virtual void SetModifiedFlag(bool modified) { m_modified = modified; }
+  virtual bool IsModified() const { return m_modified; }
 
   // Does long work read the document (docview/dialogs/long_work.h)? Then nothing may change it: a
   // monitor leaves its traces in their queue. Several works may nest.

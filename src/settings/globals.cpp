@@ -12,6 +12,7 @@ bool g_useUtc = false;
 bool g_tintSeverity = true;
 std::uint32_t g_updateInterval = kDefaultUpdateIntervalMs;
 ColumnFlags g_activeColumns = kDefaultActiveColumns;
+bool g_bWizardLocalConfig = false;
 bool g_quickClose = false;
 
 void ReadStartupSettings() {

@@ -17,6 +17,7 @@ extern bool g_useUtc;                   // times in UTC, not local time
 extern bool g_tintSeverity;             // rows of warnings and errors have a pale tint
 extern std::uint32_t g_updateInterval;  // period of a monitor's timer, ms; set by hand only
 extern ColumnFlags g_activeColumns;     // built-in until ReadActiveColumns
+extern bool g_bWizardLocalConfig;       // a configuration that is opened is for this machine
 extern bool g_quickClose;               // the user chose to leave without saving; never cleared
 
 // Reads the three numbers from the store. Called before the application object starts.

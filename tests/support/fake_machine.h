@@ -177,6 +177,7 @@ class FakeConfig final : public trace_Config_i {
     const auto known = m_machine.m_apps.find(app);
     return known == m_machine.m_apps.end() ? 0 : known->second.instances;
   }
+  bool IsUp() const override { return !m_machine.m_away; }
 
  private:
   FakeMachine& m_machine;

@@ -53,6 +53,7 @@ class Reading {
         end = TcfEnd::BadLine;
       }
     }
+    if (end == TcfEnd::Whole && m_hasApp) m_handler.OnAppEnd();
     if (end == TcfEnd::BadLine && fault) *fault = {m_buffer.Number(), m_buffer.Text(), m_why};
     return end;
   }
@@ -83,6 +84,7 @@ class Reading {
 
   TcfEnd App() {
     std::string name;
+    if (m_hasApp) m_handler.OnAppEnd();
     if (!_trc_GetCfgLineAppName(m_lines, &name, &m_why)) return TcfEnd::BadLine;
     m_hasApp = true;
     return Told(m_handler.OnApp(name));

@@ -15,6 +15,8 @@ class TcfHandler {
   virtual bool OnApp(const std::string& name) = 0;
   // Of the application that came last. `type` is one of trc_SinkTypes_e.
   virtual bool OnSink(unsigned char type, const std::string& name, const std::string& options) = 0;
+  // A group ends: the next one's keyword was read, or the whole file.
+  virtual void OnAppEnd() {}
   virtual bool OnTrace(const std::string& component, const std::string& category,
                        unsigned short settings) = 0;
 

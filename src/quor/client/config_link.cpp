@@ -70,6 +70,7 @@ void ConfigLink::Close(const std::string& app) {
 }
 
 void ConfigLink::OnUp(Connection& connection, const quor::wire::Welcome&) {
+  m_up = true;
   const std::lock_guard lock(m_mutex);
   // Applications whose first question is still open are opened by that question.
   std::set<std::string> asked;

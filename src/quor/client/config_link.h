@@ -8,6 +8,7 @@
 // Threads  Interface thread; Ask blocks.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -33,7 +34,8 @@ class ConfigLink final : public ServiceLink::User {
 
   void OnUp(Connection& connection, const quor::wire::Welcome& welcome) override;
   void OnFrame(const Frame& frame) override;
-  void OnDown(const std::string&) override {}
+  void OnDown(const std::string&) override { m_up = false; }
+  bool IsUp() const { return m_up; }
 
  private:
   struct Question {
@@ -42,7 +44,8 @@ class ConfigLink final : public ServiceLink::User {
   };
 
   ServiceLink m_link;
-  std::mutex m_mutex;  // guards all members below
+  std::atomic<bool> m_up{false};  // set on the link's thread
+  std::mutex m_mutex;             // guards all members below
   std::condition_variable m_answered;
   std::map<std::uint32_t, Question> m_questions;
   std::map<std::string, int> m_open;  // handles by application

@@ -30,6 +30,7 @@ class Config final : public trace_Config_i {
     const auto known = m_instances.find(app);
     return known == m_instances.end() ? 0 : known->second;
   }
+  bool IsUp() const override { return m_link->IsUp(); }
 
  private:
   const std::string m_host;

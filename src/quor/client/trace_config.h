@@ -48,6 +48,8 @@ class trace_Config_i : public QuorRef::Ref_t {
   virtual const std::list<std::string>& GetAppList() const = 0;
   // Not in the interface's table: how many instances ran at the last GetAppList.
   virtual unsigned GetInstances(const std::string& app) const = 0;
+  // Not there either: false while a broken connection is not restored yet.
+  virtual bool IsUp() const = 0;
 };
 
 class trace_App_i : public QuorRef::Ref_t {

@@ -1,0 +1,207 @@
+#include "config/document/config_doc.h"
+
+#include <algorithm>
+#include <fstream>
+#include <utility>
+
+#include "base/text.h"
+#include "config/machine_dialog.h"
+#include "config/tcf/tcf_apply.h"
+#include "config/tcf/tcf_write.h"
+#include "docview/commands/command_ids.h"
+#include "quor/client/trace_thread.h"
+#include "settings/globals.h"
+
+namespace {
+
+constexpr char kTitle[] = "Configuration on ";
+constexpr char kNoConnection[] = "Error trying to connect to configuration server.";
+constexpr char kNotOpened[] = "Error opening file.";
+
+bool HasActiveTraces(const trace_App_i& app) {
+  for (const trace_Component_t& component : app.GetTraceMap())
+    for (const trace_Category_t& category : component.categories)
+      if (app.GetSettings(category.traceId) != 0) return true;
+  return false;
+}
+
+}  // namespace
+
+CConfigDoc::CConfigDoc(Host& host, ConfigClient client)
+    : CDocument(host), m_client(std::move(client)), m_pAppList(trace_AppList_i::Create()) {
+  MapCommand(
+      ID_EDIT_CLEAR_ALL,
+      [this] {
+        if (SaveModified()) OnNewDocument();
+      },
+      [this](CCmdUI& ui) { ui.Enable(!m_pAppList->m_apps.empty()); });
+  MapCommand(ID_FILE_SAVE, [this] { DoFileSave(); });
+  MapCommand(ID_FILE_SAVE_AS, [this] { DoSave(nullptr, true); });
+}
+
+void CConfigDoc::ShowError(const char* text) {
+  GetHost().MessageBox({text, BoxIcon::None, BoxButtons::Ok});
+}
+
+bool CConfigDoc::Connect(const std::string& machine) {
+  {
+    const CWaitCursor wait(GetHost());
+    m_pConfig = m_client.connect(machine);
+  }
+  if (!m_pConfig) ShowError(kNoConnection);
+  return m_pConfig != nullptr;
+}
+
+bool CConfigDoc::ConnectToMachine(const QuorStr::String_t& machine) {
+  if (!Connect(_UTF2MBS(machine))) {
+    DeleteContents();
+    return false;
+  }
+  SetPathName(kTitle + machine, false);
+  return true;
+}
+
+QuorStr::String_t CConfigDoc::GetMachineName() const {
+  return m_pConfig ? m_pConfig->GetHostName() : std::string();
+}
+
+void CConfigDoc::SetPathName(const std::string& path, bool addToRecent) {
+  CDocument::SetPathName(path, addToRecent);
+  SetTitle(kTitle + GetMachineName());
+}
+
+trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
+  QuorPtr<trace_App_i> app;
+  {
+    const CWaitCursor wait(GetHost());
+    app = m_client.open(GetMachineName(), name);
+  }
+  if (!app) {
+    ShowError(kNoConnection);
+    return nullptr;
+  }
+  m_pAppList->m_apps.push_back(app);
+  SetModifiedFlag(true);
+  UpdateAllViews(nullptr, kHintApplications);
+  return app.Get();
+}
+
+// False: the user wants to keep the application.
+bool CConfigDoc::MayRemove(trace_App_i& app) {
+  if (!HasActiveTraces(app)) return true;
+  MessageBoxRequest question;
+  question.text = "Some traces are still active in " + _UTF2MBS(app.GetAppName()) +
+                  ".  Do you want to turn them off?";
+  question.icon = BoxIcon::Question;
+  question.buttons = BoxButtons::YesNoCancel;
+  const BoxAnswer answer = GetHost().MessageBox(question);
+  if (answer == BoxAnswer::Yes) {
+    const CWaitCursor wait(GetHost());
+    app.SetAllTraces(0);
+    app.Submit();
+  }
+  return answer != BoxAnswer::Cancel;
+}
+
+bool CConfigDoc::RemoveApplication(trace_App_i* app) {
+  const CWaitCursor wait(GetHost());
+  auto& apps = m_pAppList->m_apps;
+  const auto place = [&] { return std::find(apps.begin(), apps.end(), app); };
+  if (place() == apps.end()) return false;
+  const QuorPtr<trace_App_i> kept = app;
+  if (app && !MayRemove(*app)) return false;
+  // The list may have changed while the question was up.
+  if (const auto found = place(); found != apps.end()) apps.erase(found);
+  SetModifiedFlag(true);
+  UpdateAllViews(nullptr, kHintApplications);
+  return true;
+}
+
+void CConfigDoc::DeleteContents() {
+  auto& apps = m_pAppList->m_apps;
+  // Kept: a question that is cancelled comes again. Safe: each is a box of its own under which
+  // timers go on, and a program that must end makes a quick close of it, also while a box is up.
+  while (!g_quickClose && !apps.empty()) RemoveApplication(apps.front().Get());
+  apps.clear();
+  CDocument::DeleteContents();
+  UpdateAllViews(nullptr, kHintApplications);
+}
+
+bool CConfigDoc::SaveModified() {
+  if (!g_quickClose) return CDocument::SaveModified();
+  const CWaitCursor wait(GetHost());
+  for (const QuorPtr<trace_App_i>& app : m_pAppList->m_apps) {
+    app->SetAllTraces(0);
+    // A machine that is away would take as long for each.
+    if (!app->Submit() && !IsLive()) break;
+  }
+  return true;
+}
+
+bool CConfigDoc::ConnectForOpen() {
+  std::string machine = _trc_GetHostName();
+  if (!g_bWizardLocalConfig) {
+    CMachineDlg question(GetHost(), "What machine do you want to configure?");
+    if (question.DoModal() != CDialog::kIdOk) return false;
+    machine = question.m_strMachine;
+  }
+  return Connect(_UTF2MBS(machine));
+}
+
+bool CConfigDoc::OnOpenDocument(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    ShowError(kNotOpened);
+    return false;
+  }
+  DeleteContents();
+  SetModifiedFlag(true);
+  if (!m_pConfig && !ConnectForOpen()) return false;
+  if (!ReadFile(in)) {
+    DeleteContents();
+    return false;
+  }
+  SetModifiedFlag(false);
+  return true;
+}
+
+bool CConfigDoc::ReadFile(std::istream& in) {
+  TcfApplier applier(
+      [this](const std::string& app) {
+        return QuorPtr<trace_App_i>(m_client.open(GetMachineName(), app));
+      },
+      m_pAppList->m_apps);
+  TcfEnd end;
+  {
+    const CWaitCursor wait(GetHost());
+    end = ReadTcf(in, applier);
+  }
+  // Kept: what stands in front of a bad line is in force on the machine, although the document is
+  // emptied. Safe: the document asks about traces that are on.
+  if (end != TcfEnd::Whole) ShowError(end == TcfEnd::BadLine ? "Invalid format." : kNoConnection);
+  return end == TcfEnd::Whole;
+}
+
+// Kept: the file is emptied first, and what a failed save has written stays. Safe: a save says that
+// it failed, and the document stays modified.
+bool CConfigDoc::OnSaveDocument(const std::string& path) {
+  std::ofstream out(path, std::ios::trunc);
+  if (!out) {
+    ShowError(kNotOpened);
+    return false;
+  }
+  TcfWritten written;
+  {
+    const CWaitCursor wait(GetHost());
+    written = WriteTcf(out, m_pAppList->m_apps);
+  }
+  if (written == TcfWritten::NoHeader) ShowError(kNotOpened);
+  if (written == TcfWritten::Unwritable) ShowError("Error writing to file.");
+  if (written == TcfWritten::UnsupportedSink) {
+    out.close();
+    ShowError("Unsupported Sink Type.");
+  }
+  if (written != TcfWritten::Whole) return false;
+  SetModifiedFlag(false);
+  return true;
+}

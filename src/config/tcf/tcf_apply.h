@@ -1,0 +1,41 @@
+// Puts a .tcf file in force on a machine, application by application.
+//
+// Shape    Each APP: line opens a handle and switches all its traces off, so that the file's lines
+//          say everything that is on. The sink stays where no line names one. A trace that the
+//          application does not have is passed over: a file may be older than the application.
+// Owner    Borrows the list of handles that it appends to.
+// Errors   Ends when a handle cannot be made. What was submitted stays in force.
+// Threads  Interface thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <string>
+
+#include "config/tcf/tcf_read.h"
+#include "quor/client/trace_config.h"
+
+class TcfApplier final : public TcfHandler {
+ public:
+  // A handle on the application; null when the machine cannot be reached.
+  using Open = std::function<QuorPtr<trace_App_i>(const std::string& app)>;
+
+  TcfApplier(Open open, std::list<QuorPtr<trace_App_i>>& apps)
+      : m_open(std::move(open)), m_apps(apps) {}
+
+  bool OnApp(const std::string& name) override;
+  bool OnSink(unsigned char type, const std::string& name, const std::string& options) override;
+  bool OnTrace(const std::string& component, const std::string& category,
+               unsigned short settings) override;
+  void OnAppEnd() override;
+
+  std::uint64_t Unknown() const { return m_unknown; }    // traces passed over
+  std::uint64_t NotTaken() const { return m_notTaken; }  // applications whose Submit failed
+
+ private:
+  const Open m_open;
+  std::list<QuorPtr<trace_App_i>>& m_apps;
+  QuorPtr<trace_App_i> m_current;
+  std::uint64_t m_unknown = 0, m_notTaken = 0;
+};

@@ -149,6 +149,7 @@ TYPED_TEST_P(SheetContract, ApplyIsEnabledByAModifiedPageAndLeavesTheSheetOpen) 
   EXPECT_EQ(this->ToldBy(SheetButton::Apply), (SheetLog{"A asked", "A ok x"}));
   EXPECT_FALSE(this->m_sheet.Ended());
   EXPECT_EQ(this->Enabled(), "ok cancel ");
+  EXPECT_EQ(this->Window().Text(this->kNote), "applied");
   EXPECT_FALSE(this->m_a.IsModified());
 }
 

@@ -33,7 +33,10 @@ class ContractPage : public CPropertyPage {
     SetFocus(kNote);
     return false;
   }
-  void OnOK() override { Note("ok " + m_name); }
+  void OnOK() override {
+    Note("ok " + m_name);
+    m_note = "applied";
+  }
   void OnCancel() override { Note("cancel"); }
   int OnWizardBack() override { return Answer("back"); }
   int OnWizardNext() override { return Answer("next"); }

@@ -1,5 +1,5 @@
 // A machine's configuration service without a process: applications with traces, and the handles of
-// quor/client on them. The contract in support/config_contract.h holds for it and for a real one.
+// quor/client on them.
 //
 // Shape    A FakeMachine outlives its handles. Its log has a line per call that a real handle would
 //          send to the machine: "connect", "list", "open orders", "submit orders", "refresh

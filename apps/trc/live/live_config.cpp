@@ -57,9 +57,8 @@ void ShowAsText(const trace_App_i& app, Output& output) {
   for (const trace_Component_t& component : app.GetTraceMap()) {
     for (const trace_Category_t& category : component.categories) {
       const std::string name = VisibleText(component.name + "/" + category.name);
-      const std::string words = SettingsToLabel(app.GetSettings(category.traceId));
       output.Line(name + std::string(width - ScreenWidth(name) + 2, ' ') +
-                  (words.empty() ? "off" : words));
+                  SettingsToLabel(app.GetSettings(category.traceId)));
     }
   }
 }

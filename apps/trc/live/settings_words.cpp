@@ -1,44 +1,38 @@
 #include "live/settings_words.h"
 
+#include <optional>
+
 #include "near_word.h"
-#include "quor/client/trace_config.h"
+#include "quor/client/settings_words.h"
 
 namespace {
 
-constexpr struct {
-  const char* word;
-  unsigned settings;
-} kSettingsWords[] = {{"off", 0},
-                      {"support", 7},
-                      {"developer", 15},
-                      {"max", 799},
-                      {"Info", TRC_SET_INFO},
-                      {"Warn", TRC_SET_WARN},
-                      {"Error", TRC_SET_ERROR},
-                      {"Developer", TRC_SET_DEVELOPER},
-                      {"Verbose", TRC_SET_VERBOSE},
-                      {"Location", TRC_SET_LOCATION},
-                      {"Stack", TRC_SET_STACK}};
+constexpr SettingsWord kPresets[] = {{0, "off"}, {7, "support"}, {15, "developer"}, {799, "max"}};
+
+std::optional<unsigned> MeaningOf(std::string_view word) {
+  for (const SettingsWord& preset : kPresets)
+    if (word == preset.word) return preset.bit;
+  for (const SettingsWord& known : kSettingsWords)
+    if (word == known.word) return known.bit;
+  return std::nullopt;
+}
 
 }  // namespace
 
 bool IsSettingsWord(const std::string& word) {
-  for (const auto& known : kSettingsWords)
-    if (word == known.word) return true;
-  return false;
+  return MeaningOf(word).has_value();
 }
 
 unsigned SettingsOf(const std::vector<std::string>& words) {
   unsigned settings = 0;
-  for (const std::string& word : words)
-    for (const auto& known : kSettingsWords)
-      if (word == known.word) settings |= known.settings;
+  for (const std::string& word : words) settings |= MeaningOf(word).value_or(0);
   return settings;
 }
 
 std::string NearSetting(const std::string& word) {
   std::vector<std::string> known;
-  for (const auto& setting : kSettingsWords) known.emplace_back(setting.word);
+  for (const SettingsWord& preset : kPresets) known.emplace_back(preset.word);
+  for (const SettingsWord& setting : kSettingsWords) known.emplace_back(setting.word);
   const std::string meant = DidYouMean(word, known);
   return meant.empty() ? "" : "\"" + word + "\" is no setting" + meant;
 }

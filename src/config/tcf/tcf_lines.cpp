@@ -6,6 +6,7 @@
 
 #include "base/fail_with.h"
 #include "config/tcf/tcf_words.h"
+#include "quor/client/settings_words.h"
 
 namespace {
 
@@ -102,7 +103,7 @@ bool TakeSettings(std::string_view text, unsigned short* settings, std::string* 
     if (text.size() == before) return FailWith(why, "no blank behind the category");
     const std::string_view word = TakeWord(&text);
     unsigned bit = 0;
-    for (const TcfSettingsWord& known : kTcfSettingsWords)
+    for (const SettingsWord& known : kSettingsWords)
       if (word == known.word) bit = known.bit;
     if (bit == 0) return FailWith(why, "\"" + std::string(word) + "\" is no setting");
     bits |= bit;

@@ -2,6 +2,7 @@
 
 #include "config/tcf/tcf_lines.h"
 #include "config/tcf/tcf_words.h"
+#include "quor/client/settings_words.h"
 
 namespace {
 
@@ -57,7 +58,7 @@ std::string TcfTraceLine(std::string_view component, std::string_view category, 
       std::string(kTraceKeyword) + QuoteTcfField(component) + " " + QuoteTcfField(category);
   // Kept: bits without a word are lost, a trace that has no other bit keeps its line. Safe: these
   // bits switch nothing on.
-  for (const TcfSettingsWord& known : kTcfSettingsWords)
+  for (const SettingsWord& known : kSettingsWords)
     if (settings & known.bit) line.append(" ").append(known.word);
   return line;
 }

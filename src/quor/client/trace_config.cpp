@@ -1,8 +1,10 @@
 #include "quor/client/trace_config.h"
 
+#include <cstdio>
 #include <map>
 
 #include "quor/client/config_link.h"
+#include "quor/client/settings_words.h"
 
 namespace {
 
@@ -51,18 +53,17 @@ trace_AppList_i* trace_AppList_i::Create() {
 }
 
 QuorStr::String_t SettingsToLabel(unsigned settings) {
-  constexpr struct {
-    unsigned bit;
-    const char* word;
-  } kWords[] = {{TRC_SET_INFO, "Info"},       {TRC_SET_WARN, "Warn"},
-                {TRC_SET_ERROR, "Error"},     {TRC_SET_DEVELOPER, "Developer"},
-                {TRC_SET_VERBOSE, "Verbose"}, {TRC_SET_LOCATION, "Location"},
-                {TRC_SET_STACK, "Stack"}};
+  if (settings == 0) return "Off";
   std::string label;
-  for (const auto& [bit, word] : kWords) {
-    if (!(settings & bit)) continue;
-    if (!label.empty()) label += ", ";
-    label += word;
+  const auto append = [&label](std::string_view word) {
+    label.append(label.empty() ? "" : ", ").append(word);
+  };
+  for (const auto& [bit, word] : kSettingsWords) {
+    if (settings & bit) append(word);
+    settings &= ~bit;
   }
+  char number[16];
+  std::snprintf(number, sizeof number, "0x%04X", settings);
+  if (settings != 0) append(number);
   return label;
 }

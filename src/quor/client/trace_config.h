@@ -77,5 +77,6 @@ class trace_AppList_i : public QuorRef::MTRef_t {
   std::list<QuorPtr<trace_App_i>> m_apps;
 };
 
-// "Info, Warn, Stack": the names of the set bits in the order of the table; "" for none.
+// "Info, Warn, Stack": the names of the set bits in the order of the table, then all bits without a
+// name as one number: "Warn, 0x0020". "Off" for 0, and for nothing else.
 QuorStr::String_t SettingsToLabel(unsigned settings);

@@ -319,11 +319,25 @@ TEST_F(ConfigTest, TheEndOfTheLastHandleEndsTheConnection) {
 }
 
 TEST(SettingsToLabel, WordsStandInTheOrderOfTheTable) {
-  EXPECT_EQ(SettingsToLabel(0), "");
   EXPECT_EQ(SettingsToLabel(7), "Info, Warn, Error");
   EXPECT_EQ(SettingsToLabel(799), "Info, Warn, Error, Developer, Verbose, Location, Stack");
   EXPECT_EQ(SettingsToLabel(TRC_SET_STACK | TRC_SET_WARN), "Warn, Stack");
-  EXPECT_EQ(SettingsToLabel(0xFCE0), "") << "bits without a word";
+}
+
+TEST(SettingsToLabel, OnlyAWordOfZeroReadsOff) {
+  EXPECT_EQ(SettingsToLabel(0), "Off");
+  for (unsigned settings = 1; settings <= 0x10000; ++settings) {
+    const std::string label = SettingsToLabel(settings);
+    ASSERT_TRUE(label != "Off" && !label.empty()) << settings;
+  }
+}
+
+TEST(SettingsToLabel, BitsWithoutAWordStandBehindTheWordsAsOneNumber) {
+  EXPECT_EQ(SettingsToLabel(0x0020), "0x0020");
+  EXPECT_EQ(SettingsToLabel(0xFCE0), "0xFCE0");
+  EXPECT_EQ(SettingsToLabel(0x0422), "Warn, 0x0420");
+  EXPECT_EQ(SettingsToLabel(0xFFFFFFFF),
+            "Info, Warn, Error, Developer, Verbose, Location, Stack, 0xFFFFFCE0");
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ TEST_F(RemoteProgramsTest, AppsShowSetAndSinkWorkThereAsHere) {
   EXPECT_EQ(json::parse(Over("configure", {"apps", machine, "--json"}).out)[0]["running"], true);
   EXPECT_EQ(Over("configure", {"set", machine, "orders", "Net", "off"}).status, 0);
   const std::string there = Over("configure", {"show", machine, "orders"}).out;
-  EXPECT_NE(there.find("Net/Connect  off\n"), there.npos) << there;
+  EXPECT_NE(there.find("Net/Connect  Off\n"), there.npos) << there;
   EXPECT_EQ(RunTrc({"show", "orders"}).out, there);
   const std::string path = m_dir.File("own.trc");
   EXPECT_EQ(Over("configure", {"sink", machine, "orders", "--file", path}).status, 0);

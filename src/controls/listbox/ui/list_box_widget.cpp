@@ -1,0 +1,134 @@
+#include "controls/listbox/ui/list_box_widget.h"
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "controls/listbox/ui/list_box_model.h"
+
+QtListBox::QtListBox(ListBoxOwner& owner, ListBoxMode mode, const QString& spokenName,
+                     QWidget* parent)
+    : QListView(parent), m_owner(owner), m_model(new ListBoxModel(this)) {
+  setAccessibleName(spokenName);
+  setModel(m_model);
+  setUniformItemSizes(true);
+  setVerticalScrollMode(ScrollPerItem);
+  setEditTriggers(NoEditTriggers);
+  setSelectionMode(mode == ListBoxMode::One ? SingleSelection : ExtendedSelection);
+  m_silent = false;
+}
+
+QModelIndex QtListBox::IndexOf(int item) const {
+  return m_model->index(item, 0);
+}
+
+void QtListBox::ResetContent() {
+  m_model->Clear();
+}
+
+int QtListBox::AddString(const std::string& text, std::uintptr_t itemData) {
+  const QScopedValueRollback<bool> silence(m_silent, true);
+  return m_model->Add(text, itemData);
+}
+
+// Qt would make a neighbour of a removed item the current one, and select it.
+void QtListBox::DeleteString(int item) {
+  if (!m_model->Items().Has(item)) return;
+  const QScopedValueRollback<bool> silence(m_silent, true);
+  if (currentIndex().row() == item) selectionModel()->clearCurrentIndex();
+  selectionModel()->select(IndexOf(item), QItemSelectionModel::Deselect);
+  m_model->Erase(item);
+}
+
+int QtListBox::Count() const {
+  return m_model->Items().Count();
+}
+
+std::string QtListBox::Text(int item) const {
+  return m_model->Items().Text(item);
+}
+
+std::uintptr_t QtListBox::Data(int item) const {
+  return m_model->Items().Data(item);
+}
+
+int QtListBox::FindStringExact(const std::string& text) const {
+  return m_model->Items().FindExact(text);
+}
+
+int QtListBox::CurSel() const {
+  const QModelIndex current = currentIndex();
+  if (current.isValid() && selectionModel()->isSelected(current)) return current.row();
+  const QModelIndexList selected = selectionModel()->selectedRows();
+  return selected.isEmpty() ? -1 : selected.front().row();
+}
+
+void QtListBox::SetCurSel(int item) {
+  const QScopedValueRollback<bool> silence(m_silent, true);
+  selectionModel()->clear();
+  if (const QModelIndex index = IndexOf(item); index.isValid()) {
+    setCurrentIndex(index);
+    scrollTo(index);
+  }
+}
+
+bool QtListBox::IsSelected(int item) const {
+  const QModelIndex index = IndexOf(item);
+  return index.isValid() && selectionModel()->isSelected(index);
+}
+
+int QtListBox::SelectedCount() const {
+  return static_cast<int>(selectionModel()->selectedRows().size());
+}
+
+int QtListBox::RowHeight() const {
+  return std::max(1, m_model->Items().Count() > 0 ? sizeHintForRow(0) : fontMetrics().height());
+}
+
+// The list scrolls by items.
+int QtListBox::TopIndex() const {
+  return verticalScrollBar()->value();
+}
+
+int QtListBox::CountPerPage() const {
+  return std::max(1, viewport()->height() / RowHeight());
+}
+
+void QtListBox::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QListView::selectionChanged(selected, deselected);
+  if (!m_silent) m_owner.OnListBoxSelection();
+}
+
+void QtListBox::SelectForMenu(const QModelIndex& under) {
+  if (under.isValid() && !selectionModel()->isSelected(under)) setCurrentIndex(under);
+}
+
+void QtListBox::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::RightButton)
+    SelectForMenu(indexAt(event->pos()));
+  else
+    QListView::mousePressEvent(event);
+}
+
+void QtListBox::mouseDoubleClickEvent(QMouseEvent* event) {
+  QListView::mouseDoubleClickEvent(event);
+  if (event->button() == Qt::LeftButton && indexAt(event->pos()).isValid())
+    m_owner.OnListBoxDoubleClick();
+}
+
+void QtListBox::keyPressEvent(QKeyEvent* event) {
+  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (!enter && event->key() != Qt::Key_Delete) return QListView::keyPressEvent(event);
+  event->setAccepted(m_owner.OnListBoxKey(enter ? ListBoxKey::Enter : ListBoxKey::Delete));
+}
+
+// The menu key has no place of its own: the menu opens at the current item.
+void QtListBox::contextMenuEvent(QContextMenuEvent* event) {
+  QPoint at = event->globalPos();
+  if (event->reason() == QContextMenuEvent::Keyboard)
+    at = viewport()->mapToGlobal(visualRect(currentIndex()).bottomLeft());
+  m_owner.OnListBoxContextMenu(at.x(), at.y());
+  event->accept();
+}

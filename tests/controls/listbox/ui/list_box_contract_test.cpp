@@ -1,0 +1,99 @@
+#include "support/list_box_contract.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include "controls/listbox/ui/list_box_widget.h"
+#include "support/qt_test_main.h"
+
+namespace {
+
+// A window that notes the keys which its list box left to it.
+class KeyWindow final : public QWidget {
+ public:
+  int keys = 0;
+
+ protected:
+  void keyPressEvent(QKeyEvent*) override { ++keys; }
+};
+
+class QtListBoxRig {
+ public:
+  QtListBoxRig(ListBoxOwner& owner, ListBoxMode mode)
+      : m_box(new QtListBox(owner, mode, "Applications", &m_window)) {
+    m_box->resize(200, 200);
+    m_window.resize(220, 220);
+    m_window.show();
+    m_window.activateWindow();
+  }
+  ListBox& Box() { return *m_box; }
+  QtListBox& Widget() { return *m_box; }
+  void SetPage(int items) {
+    m_window.resize(300, 1000);
+    const int around = m_box->height() - m_box->viewport()->height();
+    m_box->resize(200, around + items * m_box->RowHeight());
+    QApplication::processEvents();
+  }
+  void Click(int item, bool control = false) {
+    QTest::mouseClick(m_box->viewport(), Qt::LeftButton,
+                      control ? Qt::ControlModifier : Qt::NoModifier, At(item));
+  }
+  void DoubleClick(int item) {
+    Click(item);
+    QTest::mouseDClick(m_box->viewport(), Qt::LeftButton, {}, At(item));
+  }
+  void RightClick(int item) {
+    QTest::mouseClick(m_box->viewport(), Qt::RightButton, {}, At(item));
+    QContextMenuEvent menu(QContextMenuEvent::Mouse, At(item),
+                           m_box->viewport()->mapToGlobal(At(item)));
+    QApplication::sendEvent(m_box->viewport(), &menu);
+  }
+  bool Press(ListBoxKey key) {
+    const int before = m_window.keys;
+    QTest::keyClick(m_box, key == ListBoxKey::Enter ? Qt::Key_Return : Qt::Key_Delete);
+    return m_window.keys == before;
+  }
+
+ private:
+  QPoint At(int item) const {
+    const int height = m_box->viewport()->height();
+    if (item < 0) return {10, height - 2};
+    return m_box->visualRect(m_box->model()->index(item, 0)).center();
+  }
+  KeyWindow m_window;
+  QtListBox* m_box;
+};
+
+}  // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ListBoxContract, QtListBoxRig);
+
+TEST(ListBoxWidget, TypingTheBeginningOfANameSelectsIt) {
+  RecordingListBoxOwner owner;
+  QtListBoxRig rig(owner, ListBoxMode::One);
+  for (const char* name : {"archiv", "billing", "lager"}) rig.Box().AddString(name);
+  rig.Box().SetFocus();
+  QTest::keyClick(&rig.Widget(), Qt::Key_L);
+  EXPECT_EQ(rig.Box().CurSel(), 2);
+  EXPECT_EQ(owner.Told(), "selection");
+}
+
+TEST(ListBoxWidget, AMenuKeyOpensTheMenuAndSelectsNothingElse) {
+  RecordingListBoxOwner owner;
+  QtListBoxRig rig(owner, ListBoxMode::One);
+  rig.Box().AddString("archiv");
+  rig.Box().AddString("billing");
+  rig.Box().SetCurSel(1);
+  QContextMenuEvent menu(QContextMenuEvent::Keyboard, {0, 0}, {0, 0});
+  QApplication::sendEvent(&rig.Widget(), &menu);
+  EXPECT_EQ(owner.Told(), "menu");
+  EXPECT_EQ(rig.Box().CurSel(), 1);
+}
+
+TEST(ListBoxWidget, HasANameForScreenReaders) {
+  RecordingListBoxOwner owner;
+  QtListBoxRig rig(owner, ListBoxMode::One);
+  EXPECT_EQ(rig.Widget().accessibleName(), "Applications");
+}

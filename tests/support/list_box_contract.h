@@ -1,0 +1,189 @@
+// The contract of the list box: run for the fake and for the control on the screen.
+//
+// To run it, write an adapter ("rig") and instantiate the suite:
+//
+//   struct MyRig {
+//     MyRig(ListBoxOwner& owner, ListBoxMode mode);
+//     ListBox& Box();
+//     void SetPage(int items);                     // sizes it so that CountPerPage() is `items`
+//     void Click(int item, bool control = false);  // on an item that is seen
+//     void DoubleClick(int item);
+//     void RightClick(int item);                   // -1: below the items
+//     bool Press(ListBoxKey key);                  // false: the window got the key
+//   };
+//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ListBoxContract, MyRig);
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "controls/listbox/list_box.h"
+
+class RecordingListBoxOwner final : public ListBoxOwner {
+ public:
+  void OnListBoxSelection() override { Note("selection"); }
+  void OnListBoxDoubleClick() override { Note("double"); }
+  bool OnListBoxKey(ListBoxKey key) override {
+    Note(key == ListBoxKey::Enter ? "enter" : "delete");
+    return takesKeys;
+  }
+  void OnListBoxContextMenu(int, int) override { Note("menu"); }
+  std::string Told() { return std::exchange(m_told, ""); }
+  bool takesKeys = true;
+
+ private:
+  void Note(const char* word) { m_told += (m_told.empty() ? "" : " ") + std::string(word); }
+  std::string m_told;
+};
+
+template <class Rig>
+class ListBoxContract : public testing::Test {
+ protected:
+  void Make(ListBoxMode mode, int page = 5) {
+    m_rig.emplace(m_owner, mode);
+    m_rig->Box().AddString("lager", 3);
+    m_rig->Box().AddString("Billing", 2);
+    m_rig->Box().AddString("zoll", 4);
+    m_rig->Box().AddString("archiv", 1);
+    m_rig->SetPage(page);
+    m_owner.Told();
+  }
+  ListBox& Box() { return m_rig->Box(); }
+  // "archiv=1 *Billing=2": a star before each selected item.
+  std::string Shown() {
+    std::string text;
+    for (int item = 0; item < Box().Count(); ++item)
+      text += (item ? " " : "") + std::string(Box().IsSelected(item) ? "*" : "") +
+              Box().Text(item) + "=" + std::to_string(Box().Data(item));
+    return text;
+  }
+
+  RecordingListBoxOwner m_owner;
+  std::optional<Rig> m_rig;
+};
+
+TYPED_TEST_SUITE_P(ListBoxContract);
+
+TYPED_TEST_P(ListBoxContract, SortsItsItemsIgnoringCaseAndKeepsTheirData) {
+  this->Make(ListBoxMode::One);
+  EXPECT_EQ(this->Shown(), "archiv=1 Billing=2 lager=3 zoll=4");
+  EXPECT_EQ(this->Box().AddString("LAGER", 5), 3) << "of equal ones the first added comes first";
+  EXPECT_EQ(this->Shown(), "archiv=1 Billing=2 lager=3 LAGER=5 zoll=4");
+  this->Box().ResetContent();
+  EXPECT_EQ(this->Box().Count(), 0);
+  EXPECT_EQ(this->m_owner.Told(), "");
+}
+
+TYPED_TEST_P(ListBoxContract, FindsAWholeTextInAnyCase) {
+  this->Make(ListBoxMode::One);
+  EXPECT_EQ(this->Box().FindStringExact("BILLING"), 1);
+  EXPECT_EQ(this->Box().FindStringExact("Bill"), -1);
+}
+
+TYPED_TEST_P(ListBoxContract, AnItemThatDoesNotExistIsIgnored) {
+  this->Make(ListBoxMode::One);
+  for (const int item : {-1, 4}) {
+    this->Box().DeleteString(item);
+    EXPECT_EQ(this->Box().Text(item), "");
+    EXPECT_EQ(this->Box().Data(item), 0u);
+    EXPECT_FALSE(this->Box().IsSelected(item));
+  }
+  EXPECT_EQ(this->Box().Count(), 4);
+}
+
+TYPED_TEST_P(ListBoxContract, BeginsWithoutASelectionAndACallSelectsOneInSilence) {
+  this->Make(ListBoxMode::One);
+  EXPECT_EQ(this->Box().CurSel(), -1);
+  this->Box().SetCurSel(2);
+  EXPECT_EQ(this->Box().CurSel(), 2);
+  this->Box().SetCurSel(1);
+  EXPECT_EQ(this->Shown(), "archiv=1 *Billing=2 lager=3 zoll=4");
+  this->Box().SetCurSel(-1);
+  EXPECT_EQ(this->Box().CurSel(), -1);
+  EXPECT_EQ(this->Box().SelectedCount(), 0);
+  EXPECT_EQ(this->m_owner.Told(), "");
+}
+
+TYPED_TEST_P(ListBoxContract, TheSelectionStaysWithItsItem) {
+  this->Make(ListBoxMode::One);
+  this->Box().SetCurSel(2);
+  this->Box().AddString("Bestand", 6);
+  EXPECT_EQ(this->Shown(), "archiv=1 Bestand=6 Billing=2 *lager=3 zoll=4");
+  EXPECT_EQ(this->Box().CurSel(), 3);
+  this->Box().DeleteString(0);
+  EXPECT_EQ(this->Box().CurSel(), 2);
+  this->Box().DeleteString(2);
+  EXPECT_EQ(this->Shown(), "Bestand=6 Billing=2 zoll=4") << "no neighbour is selected";
+  EXPECT_EQ(this->Box().CurSel(), -1);
+  EXPECT_EQ(this->m_owner.Told(), "");
+}
+
+TYPED_TEST_P(ListBoxContract, AClickSelectsAndIsReported) {
+  this->Make(ListBoxMode::One);
+  this->m_rig->Click(1);
+  EXPECT_EQ(this->Box().CurSel(), 1);
+  EXPECT_EQ(this->m_owner.Told(), "selection");
+  this->m_rig->Click(3);
+  EXPECT_EQ(this->Box().CurSel(), 3);
+  EXPECT_EQ(this->Box().SelectedCount(), 1);
+}
+
+TYPED_TEST_P(ListBoxContract, ADoubleClickOnAnItemIsReported) {
+  this->Make(ListBoxMode::One);
+  this->m_rig->DoubleClick(2);
+  EXPECT_EQ(this->m_owner.Told(), "selection double");
+  EXPECT_EQ(this->Box().CurSel(), 2);
+}
+
+TYPED_TEST_P(ListBoxContract, ARightClickSelectsWhatIsUnderItAndBesideAllItemsNothing) {
+  this->Make(ListBoxMode::One);
+  this->m_rig->RightClick(1);
+  EXPECT_EQ(this->m_owner.Told(), "selection menu");
+  EXPECT_EQ(this->Box().CurSel(), 1);
+  this->m_rig->RightClick(-1);
+  EXPECT_EQ(this->m_owner.Told(), "menu");
+  EXPECT_EQ(this->Box().CurSel(), 1) << "it stays as it was";
+}
+
+TYPED_TEST_P(ListBoxContract, TheOwnerGetsDelAndEnterAndMayLeaveThemToTheWindow) {
+  this->Make(ListBoxMode::One);
+  this->Box().SetFocus();
+  EXPECT_TRUE(this->m_rig->Press(ListBoxKey::Delete));
+  EXPECT_TRUE(this->m_rig->Press(ListBoxKey::Enter));
+  EXPECT_EQ(this->m_owner.Told(), "delete enter");
+  this->m_owner.takesKeys = false;
+  EXPECT_FALSE(this->m_rig->Press(ListBoxKey::Enter));
+}
+
+TYPED_TEST_P(ListBoxContract, SeveralCanBeSelected) {
+  this->Make(ListBoxMode::Several);
+  this->m_rig->Click(0);
+  this->m_rig->Click(2, true);
+  EXPECT_EQ(this->Shown(), "*archiv=1 Billing=2 *lager=3 zoll=4");
+  EXPECT_EQ(this->Box().SelectedCount(), 2);
+  EXPECT_EQ(this->m_owner.Told(), "selection selection");
+  this->m_rig->Click(0, true);
+  EXPECT_EQ(this->Shown(), "archiv=1 Billing=2 *lager=3 zoll=4");
+  EXPECT_EQ(this->Box().CurSel(), 2);
+}
+
+TYPED_TEST_P(ListBoxContract, SelectingAnItemScrollsItIntoView) {
+  this->Make(ListBoxMode::One, 2);
+  EXPECT_EQ(this->Box().CountPerPage(), 2);
+  this->Box().SetCurSel(3);
+  EXPECT_EQ(this->Box().TopIndex(), 2);
+  this->Box().SetCurSel(0);
+  EXPECT_EQ(this->Box().TopIndex(), 0);
+}
+
+REGISTER_TYPED_TEST_SUITE_P(ListBoxContract, SortsItsItemsIgnoringCaseAndKeepsTheirData,
+                            FindsAWholeTextInAnyCase, AnItemThatDoesNotExistIsIgnored,
+                            BeginsWithoutASelectionAndACallSelectsOneInSilence,
+                            TheSelectionStaysWithItsItem, AClickSelectsAndIsReported,
+                            ADoubleClickOnAnItemIsReported,
+                            ARightClickSelectsWhatIsUnderItAndBesideAllItemsNothing,
+                            TheOwnerGetsDelAndEnterAndMayLeaveThemToTheWindow, SeveralCanBeSelected,
+                            SelectingAnItemScrollsItIntoView);

@@ -27,7 +27,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a capture -d "Wr
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List traced applications"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a show -d "Show traces, settings and sink"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a set -d "Switch traces"
-complete -c trc -n "not __fish_seen_subcommand_from $commands" -a sink -d "Say where traces go"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a sink -d "Choose where traces go"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a emit -d "Act as a traced application"
 complete -c trc -s h -l help -d "Print help"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -s V -l version -d "Print the version"

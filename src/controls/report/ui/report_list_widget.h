@@ -1,0 +1,48 @@
+// The report list on the screen.
+//
+// Ctrl+1 and following act like clicks on the headings. Enter goes to the window.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <QTreeView>
+
+#include "controls/report/report_list.h"
+
+class ReportModel;
+
+class QtReportList final : public QTreeView, public ReportList {
+ public:
+  QtReportList(ReportListOwner& owner, const QString& spokenName, QWidget* parent = nullptr);
+
+  void InsertColumn(const std::string& heading) override;
+  int ColumnWidth(int column) const override { return columnWidth(column); }
+  void ShowSort(int column, bool descending) override;
+  void SetItemCount(int rows) override;
+  int ItemCount() const override;
+  void Repaint() override;
+  void SelectAll() override { selectAll(); }
+  void SetSelected(int row, bool on) override;
+  std::vector<int> SelectedRows() const override;
+  bool HasSelection() const override;
+  int TopIndex() const override;
+  int CountPerPage() const override;
+  void EnsureVisible(int row) override;
+
+  int RowHeight() const;
+
+ protected:
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void LayOutColumns();
+
+  ReportListOwner& m_owner;
+  ReportModel* m_model;
+  bool m_made = false;  // the owner may be called
+  bool m_layingOut = false;
+  bool m_dragged = false;  // the user has set a width
+};

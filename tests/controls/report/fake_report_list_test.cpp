@@ -1,0 +1,28 @@
+// The fake is a report list: it passes the contract that the control on the screen passes.
+#include "support/fake_report_list.h"
+
+#include "support/report_list_contract.h"
+
+namespace {
+
+class FakeReportRig {
+ public:
+  explicit FakeReportRig(ReportListOwner& owner) : m_list(owner) { m_list.SetFocus(); }
+  ReportList& List() { return m_list; }
+  void SetPage(int rows) { m_list.SetPage(rows); }
+  void SetRoom(int roomPx) { m_list.SetWidth(roomPx); }
+  void DragHeading(int column, int widthPx) { m_list.DragHeading(column, widthPx); }
+  void Click(int row, bool control = false) { m_list.Click(row, control); }
+  void DoubleClick(int row) { m_list.DoubleClick(row); }
+  void ClickHeading(int column) { m_list.ClickHeading(column); }
+  void PressHeadingKey(int column) { m_list.PressHeadingKey(column); }
+  void PressSelectAll() { m_list.PressSelectAll(); }
+  void Type(char letter) { m_list.Type(letter); }
+
+ private:
+  FakeReportList m_list;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ReportListContract, FakeReportRig);
+
+}  // namespace

@@ -1,0 +1,132 @@
+// A report list without a screen: headings, a width, a page of rows, a selection and the focus. A
+// person clicks on what stands in the page, and types only while the list has the focus.
+#pragma once
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "controls/report/report_list.h"
+
+class FakeReportList final : public ReportList {
+ public:
+  static constexpr int kBarPx = 14;
+
+  explicit FakeReportList(ReportListOwner& owner) : m_owner(owner) {}
+
+  void InsertColumn(const std::string& heading) override {
+    m_headings.push_back(heading);
+    LayOut();
+  }
+  int ColumnWidth(int column) const override {
+    return m_widths.at(static_cast<std::size_t>(column));
+  }
+  void ShowSort(int column, bool descending) override {
+    m_sort = m_headings.at(static_cast<std::size_t>(column)) + (descending ? " down" : " up");
+  }
+  void SetItemCount(int rows) override {
+    m_rows = rows;
+    m_selected.clear();
+    m_focused = -1;
+    m_top = 0;
+    m_owner.OnReportSelection();
+  }
+  int ItemCount() const override { return m_rows; }
+  void Repaint() override { ++m_painted; }
+  void SelectAll() override {
+    std::set<int> all;
+    for (int row = 0; row < m_rows; ++row) all.insert(all.end(), row);
+    Select(all);
+  }
+  void SetSelected(int row, bool on) override {
+    if (row < 0 || row >= m_rows) return;
+    std::set<int> selected = m_selected;
+    if (on)
+      selected.insert(row);
+    else
+      selected.erase(row);
+    Select(selected);
+  }
+  std::vector<int> SelectedRows() const override { return {m_selected.begin(), m_selected.end()}; }
+  bool HasSelection() const override { return !m_selected.empty(); }
+  int TopIndex() const override { return m_top; }
+  int CountPerPage() const override { return m_page; }
+  void EnsureVisible(int row) override {
+    if (row >= 0 && row < m_rows) m_top = std::clamp(m_top, std::max(0, row - m_page + 1), row);
+  }
+
+  // What a person sees and does.
+  void SetFocus() { m_focus = true; }
+  void SetPage(int rows) { m_page = rows; }
+  void SetWidth(int roomPx) {
+    m_roomPx = roomPx;
+    LayOut();
+  }
+  void DragHeading(int column, int widthPx) {
+    m_dragged = true;
+    m_widths[static_cast<std::size_t>(column)] = widthPx;
+  }
+  const std::string& Sort() const { return m_sort; }  // "Category down"
+  const std::vector<std::string>& Headings() const { return m_headings; }
+  int Painted() { return std::exchange(m_painted, 0); }
+  bool IsSeen(int row) const { return row >= m_top && row < m_top + m_page && row < m_rows; }
+  std::string Text(int row) const {
+    std::string text;
+    for (int column = 0; column < static_cast<int>(m_headings.size()); ++column)
+      text += (column ? "|" : "") + m_owner.ReportText(row, column);
+    return text;
+  }
+  void Click(int row, bool control = false) {
+    m_focus = true;
+    if (!IsSeen(row)) return;
+    m_focused = row;
+    std::set<int> selected = control ? m_selected : std::set<int>();
+    if (!control || !selected.erase(row)) selected.insert(row);
+    Select(selected);
+  }
+  void DoubleClick(int row) {
+    Click(row);
+    if (IsSeen(row)) m_owner.OnReportDoubleClick();
+  }
+  void ClickHeading(int column) { m_owner.OnReportHeading(column); }
+  void PressHeadingKey(int column) {
+    if (m_focus && column < static_cast<int>(m_headings.size())) m_owner.OnReportHeading(column);
+  }
+  void PressSelectAll() {
+    if (m_focus) SelectAll();
+  }
+  // Selects the next row whose first column begins so, in any case.
+  void Type(char letter) {
+    const auto begins = [&](int row) {
+      const std::string text = m_owner.ReportText(row, 0);
+      return !text.empty() && (text[0] | 0x20) == (letter | 0x20);
+    };
+    for (int step = 1; m_focus && step <= m_rows; ++step) {
+      const int row = (m_focused + step) % m_rows;
+      if (!begins(row)) continue;
+      EnsureVisible(row);
+      return Click(row);
+    }
+  }
+
+ private:
+  void LayOut() {
+    m_widths.resize(m_headings.size());
+    if (m_dragged) return;
+    const std::vector<int> widths = m_owner.ReportWidths(m_roomPx);
+    std::copy_n(widths.begin(), std::min(widths.size(), m_widths.size()), m_widths.begin());
+  }
+  void Select(const std::set<int>& selected) {
+    if (std::exchange(m_selected, selected) != selected) m_owner.OnReportSelection();
+  }
+
+  ReportListOwner& m_owner;
+  std::vector<std::string> m_headings;
+  std::vector<int> m_widths;
+  std::set<int> m_selected;
+  std::string m_sort;
+  int m_rows = 0, m_focused = -1, m_top = 0, m_page = 10, m_roomPx = 400, m_painted = 0;
+  bool m_focus = false, m_dragged = false;
+};

@@ -20,7 +20,6 @@ struct Prepared {
 };
 std::optional<Prepared> g_last;
 RegexMatcher g_matcher;
-unsigned g_prepared = 0;
 
 // A program outside RegexState is at most this long.
 const unsigned char* EndOf(const unsigned char* code) {
@@ -119,12 +118,7 @@ int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearc
   g_last.emplace(RegexProgram({std::begin(RegexState.program), std::end(RegexState.program)},
                               options, RegexState.anchored != 0));
   g_matcher.Stop();
-  ++g_prepared;
   return compiled;
-}
-
-unsigned RegexPrepared() {
-  return g_prepared;
 }
 
 const RegexProgram* RegexLastProgram() {

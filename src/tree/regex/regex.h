@@ -27,10 +27,7 @@ int RegexPrepare(const char* pattern, int ignoreCase, int literal, int wordSearc
 unsigned char* RegexCompile(const char* pattern, unsigned char* buffer, unsigned char* bufferEnd,
                             int delimiter, int literal, int ignoreCase);
 
-// How many patterns have been prepared, whether they compiled or not. A result for the prepared
-// pattern is valid as long as this number is the same.
-unsigned RegexPrepared();
-// The one prepared last; null before the first.
+// The pattern prepared last, whether it compiled or not; null before the first.
 const RegexProgram* RegexLastProgram();
 
 // 1 when the pattern last prepared occurs in the text, else 0. Allocates nothing.

@@ -1,6 +1,5 @@
 #include "config/ui/machine_face.h"
 
-#include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QToolButton>
@@ -30,18 +29,12 @@ MachineFace::MachineFace(CMachineDlg& dialog, QWidget* parent)
   field->addWidget(m_machine, 1);
   field->addWidget(browse);
 
-  auto* buttons = new QDialogButtonBox(
-      QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Help, this);
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  connect(buttons, &QDialogButtonBox::helpRequested, this, [this] { AskForHelp(); });
-
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(MakePlainLabel(QString::fromStdString(dialog.m_strPrompt), this));
   layout->addWidget(MakePlainLabel(CMachineDlg::kDefaultHint, this));
   layout->addLayout(field);
   layout->addSpacing(8);
-  layout->addWidget(buttons);
+  layout->addWidget(MakeDialogButtons(*this, true).box);
   layout->setSizeConstraint(QLayout::SetFixedSize);
   m_machine->setFocus();
 }
@@ -71,10 +64,8 @@ MachineBrowserFace::MachineBrowserFace(CMachineBrowser& dialog, QWidget* parent)
   setObjectName("machine browser");
   m_machines->setObjectName("machines");
   m_machines->setAccessibleName(tr("Machines"));
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-  m_ok = buttons->button(QDialogButtonBox::Ok);
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  const DialogButtons buttons = MakeDialogButtons(*this, false);
+  m_ok = buttons.ok;
   connect(m_machines, &QListWidget::currentRowChanged, this, [this](int row) {
     m_browser.OnSelect(row);
     m_ok->setEnabled(m_browser.MayOK());
@@ -83,7 +74,7 @@ MachineBrowserFace::MachineBrowserFace(CMachineBrowser& dialog, QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(MakePlainLabel(CMachineBrowser::kTitle, this));
   layout->addWidget(m_machines);
-  layout->addWidget(buttons);
+  layout->addWidget(buttons.box);
 }
 
 void MachineBrowserFace::UpdateData() {

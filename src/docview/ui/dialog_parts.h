@@ -9,13 +9,15 @@
 #include <QDialogButtonBox>
 #include <QString>
 
+#include "docview/commands/command_ids.h"
+
 class QCheckBox;
 class QLabel;
 class QPushButton;
 class QWidget;
 class QtDialogFace;
 
-constexpr unsigned kHelpButton = 57670;
+constexpr unsigned kHelpButton = ID_HELP;
 
 // "1079".
 QString IdName(unsigned id);

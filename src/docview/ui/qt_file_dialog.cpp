@@ -18,6 +18,7 @@
 #include <algorithm>
 
 #include "docview/dialogs/file_name.h"
+#include "docview/ui/dialog_parts.h"
 #include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/screen_fit.h"
 
@@ -146,7 +147,7 @@ void QtFileDialog::AddNote(const FileDialogNote& note) {
   field->setObjectName(QStringLiteral("note"));
   field->setReadOnly(true);
   field->setCursorPosition(0);
-  field->setAccessibleName(QString::fromStdString(note.label).remove(u':'));
+  field->setAccessibleName(SpokenName(QString::fromStdString(note.label)));
   SetPlainToolTip(*field, QString::fromStdString(note.text));
   label->setBuddy(field);
   auto* row = new QHBoxLayout(above);

@@ -46,8 +46,7 @@ class CTraceDetailDialog : public CDialog {
     std::string CTraceDetailDialog::*value;
   };
   static const std::vector<Field>& Fields();
-  static constexpr unsigned kSource = 1087, kStack = 1151, kText = 1039, kBack = 1057, kNext = 1058,
-                            kHelp = 57670;
+  static constexpr unsigned kSource = 1087, kStack = 1151, kText = 1039, kBack = 1057, kNext = 1058;
 
  private:
   void Fill();

@@ -14,7 +14,7 @@ class CFindDialog : public CDialog {
  public:
   // Ids of the controls.
   static constexpr unsigned kText = 1079, kIgnoreCase = 1081, kBackward = 1126,
-                            kRegularExpression = 1127, kWordSearch = 1128, kHelp = 57670;
+                            kRegularExpression = 1127, kWordSearch = 1128;
   static const char* Title() { return "Find"; }
   const char* HelpTopic() const override { return "find"; }
 

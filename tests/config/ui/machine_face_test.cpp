@@ -46,6 +46,7 @@ TEST_F(MachineFaceTest, ShowsThePromptTheHintAndTheMachineAndTakesWhatIsTyped) {
     EXPECT_EQ(Field(window).text().toStdString(), _trc_GetHostName());
     EXPECT_EQ(Field(window).selectedText(), Field(window).text());
     EXPECT_EQ(window.findChild<QToolButton*>("browse")->text(), QStringLiteral("&..."));
+    EXPECT_EQ(window.findChild<QPushButton*>("57670")->accessibleName(), QStringLiteral("Help"));
     QTest::keyClicks(&Field(window), "web");  // replaces the selection
     QTest::keyClick(&window, Qt::Key_Return);
   });

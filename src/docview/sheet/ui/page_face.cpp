@@ -1,9 +1,10 @@
 #include "docview/sheet/ui/page_face.h"
 
+#include "docview/ui/dialog_parts.h"
 #include "docview/ui/qt_dialog_face.h"
 
 void QtPageFace::SetFocus(unsigned control) {
-  if (auto* const widget = findChild<QWidget*>(QString::number(control))) widget->setFocus();
+  if (auto* const widget = findChild<QWidget*>(IdName(control))) widget->setFocus();
 }
 
 QWidget* QtPageFace::FirstControl() const {

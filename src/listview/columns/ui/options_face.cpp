@@ -73,8 +73,7 @@ QGroupBox* OptionsFace::MakePerformance() {
   auto* layout = new QHBoxLayout(group);
   auto* label = new QLabel("Size of Trace History Buffer for each Monitor:", group);
   m_limit = new QLineEdit(group);
-  m_limit->setObjectName(IdName(kLimitEdit));
-  m_limit->setAccessibleName(label->text());
+  NameControl(*m_limit, kLimitEdit, label->text());
   m_limit->setMaxLength(kLimitDigits);
   m_limit->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), m_limit));
   m_limit->setAlignment(Qt::AlignRight);

@@ -118,7 +118,7 @@ QHBoxLayout* TraceDetailFace::MakeButtons() {
   m_next = MakeButton(CTraceDetailDialog::kNext, "&Next >", this);
   m_next->setDefault(true);
   QPushButton* cancel = MakeButton(CDialog::kIdCancel, "Cancel", this);
-  QPushButton* help = MakeButton(CTraceDetailDialog::kHelp, "Help", this);
+  QPushButton* help = MakeButton(kHelpButton, "Help", this);
   for (QPushButton* button : {m_back, m_next, cancel, help}) row->addWidget(button);
   connect(m_back, &QPushButton::clicked, this, [this] {
     Forward([this] { m_dialog.OnBack(); });

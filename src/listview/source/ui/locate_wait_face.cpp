@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "docview/ui/dialog_parts.h"
 #include "docview/ui/plain_tool_tip.h"
 
 namespace {
@@ -18,7 +19,7 @@ constexpr int kPathChars = 56;
 QLineEdit* MakePath(const std::string& path, const char* label, QWidget* parent) {
   auto* field = new QLineEdit(QString::fromStdString(path), parent);
   field->setReadOnly(true);
-  field->setAccessibleName(QString(label).remove(u':'));
+  field->setAccessibleName(SpokenName(label));
   field->setMinimumWidth(field->fontMetrics().averageCharWidth() * kPathChars);
   SetPlainToolTip(*field, QString::fromStdString(path));
   return field;
@@ -38,8 +39,7 @@ LocateWaitFace::LocateWaitFace(LocateWait& dialog, QWidget* parent) : QtDialogFa
   cancel->setObjectName("cancel");
   cancel->setAutoDefault(false);
   connect(cancel, &QPushButton::clicked, this, [this] { reject(); });
-  auto* reason = new QLabel(QString::fromStdString(dialog.Reason()), this);
-  reason->setTextFormat(Qt::PlainText);
+  QLabel* const reason = MakePlainLabel(QString::fromStdString(dialog.Reason()), this);
   reason->setWordWrap(true);
   auto* paths = new QFormLayout;
   paths->addRow(LocateWait::kRecordedLabel,

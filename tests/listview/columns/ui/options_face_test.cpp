@@ -118,6 +118,8 @@ TEST_F(OptionsFaceTest, EveryControlHasAnAccessibleName) {
       EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
       ++named;
     }
+    EXPECT_EQ(window.findChild<QLineEdit*>("1074")->accessibleName(),
+              "Size of Trace History Buffer for each Monitor");
     // The boxes, UTC, the limit, OK and Cancel.
     EXPECT_GE(named, COptionsDlg::Boxes().size() + 4);
   });

@@ -66,9 +66,9 @@ void TabbedSheetFace::UpdateData() {
 WizardFace::WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces)
     : QtSheetFace(sheet, parent, faces),
       m_stack(new QStackedWidget(this)),
-      m_back(MakeStep(kBack, "< &Back", &CPropertySheet::OnBack)),
-      m_next(MakeStep(kNext, "&Next >", &CPropertySheet::OnNext)),
-      m_finish(MakeStep(kFinish, "&Finish", &CPropertySheet::OnFinish)) {
+      m_back(MakeStep(kBack, "< &Back", [this] { m_sheet.OnBack(); })),
+      m_next(MakeStep(kNext, "&Next >", [this] { m_sheet.OnNext(); })),
+      m_finish(MakeStep(kFinish, "&Finish", [this] { m_sheet.OnFinish(); })) {
   setObjectName("wizard");
   for (QtPageFace* const page : m_pages) m_stack->addWidget(page);
   QPushButton* const cancel = MakeButton(CDialog::kIdCancel, "Cancel", this);
@@ -83,11 +83,10 @@ WizardFace::WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& 
   sheet.Open(*this);
 }
 
-QPushButton* WizardFace::MakeStep(unsigned id, const char* text, void (CPropertySheet::*step)()) {
+QPushButton* WizardFace::MakeStep(unsigned id, const char* text, std::function<void()> step) {
   QPushButton* const button = MakeButton(id, text, this);
   button->setAutoDefault(false);
-  connect(button, &QPushButton::clicked, this,
-          [this, step] { Forward([this, step] { (m_sheet.*step)(); }); });
+  connect(button, &QPushButton::clicked, this, [this, step = std::move(step)] { Forward(step); });
   return button;
 }
 

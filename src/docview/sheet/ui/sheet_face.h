@@ -7,6 +7,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "docview/sheet/property_sheet.h"
@@ -53,7 +54,7 @@ class WizardFace : public QtSheetFace {
   void UpdateData() override;
 
  private:
-  QPushButton* MakeStep(unsigned id, const char* text, void (CPropertySheet::*step)());
+  QPushButton* MakeStep(unsigned id, const char* text, std::function<void()> step);
   QStackedWidget* m_stack;
   QPushButton *m_back, *m_next, *m_finish;
 };

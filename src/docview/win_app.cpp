@@ -1,10 +1,10 @@
 #include "docview/win_app.h"
 
-#include "docview/commands/command_ids.h"
-
 #include <algorithm>
 #include <filesystem>
 #include <utility>
+
+#include "docview/commands/command_ids.h"
 
 namespace fs = std::filesystem;
 

@@ -1,6 +1,5 @@
 #include "listview/source/rich_edit_view.h"
 
-#include "documents/trace_doc.h"
 #include "docview/commands/command_ids.h"
 
 CRichEditView::CRichEditView(CRichEditDoc& document, const RichEditMaker& makeEdit)

@@ -118,9 +118,8 @@ bool ReadTextFile(const std::string& path, TextFile& file, std::string* why) {
   const OpenFile open = OpenForReading(path, why);
   if (!open) return false;
   std::string bytes;
-  if (!ReadUpTo(open.Descriptor(), TextFile::kLargestBytes + 1, bytes)) {
+  if (!ReadUpTo(open.Descriptor(), TextFile::kLargestBytes + 1, bytes))
     return FailWith(why, SystemReason());
-  }
   return DecodeText(bytes, file, why);
 }
 

@@ -43,8 +43,7 @@ class MainWindow : public QMainWindow {
   CMainFrame* m_frame;
   QString m_title;
   bool m_mayClose = false;
-  QTimer
-      m_settled;  // sizes and states come in several events, in any order: checked after the last
+  QTimer m_settled;  // sizes and states come in several events: checked after the last one
   QTimer m_soon, m_regular;
   QTimer m_framed;  // by then the window manager has reported its decoration
   QSize m_shownAs;  // a size that was requested since then is kept

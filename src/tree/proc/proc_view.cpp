@@ -1,8 +1,8 @@
 #include "tree/proc/proc_view.h"
 
-#include "docview/commands/command_ids.h"
-
 #include <utility>
+
+#include "docview/commands/command_ids.h"
 
 CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)
     : TracePane(document),

@@ -28,8 +28,7 @@ class TreeAccessible final : public QAccessibleWidget {
 
  private:
   QtTreeControl& m_tree;
-  mutable std::map<int, QAccessible::Id>
-      m_rows;  // the rows that were given out, by screen position
+  mutable std::map<int, QAccessible::Id> m_rows;  // those given out, by screen position
 };
 
 // The item that is currently in one row of the screen.

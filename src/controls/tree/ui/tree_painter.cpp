@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "base/text.h"
 #include "controls/text/ui/font_runs.h"
 #include "controls/text/ui/line_painter.h"
 #include "controls/text/ui/row_text.h"

@@ -11,7 +11,6 @@
 // The title of a child window is at the left, where it stays visible in a cascade, in a slightly
 // lower bar.
 //
-//
 // Threads  Interface thread.
 #pragma once
 

@@ -42,8 +42,7 @@ class ChildWindow : public QMdiSubWindow {
   QWidget* m_room;
   QVBoxLayout* m_layout;
   std::vector<QPointer<QWidget>> m_controls;
-  QTimer
-      m_settled;  // sizes and states come in several events, in any order: checked after the last
+  QTimer m_settled;       // sizes and states come in several events: checked after the last one
   bool m_placed = false;  // shown restored, inside the area
   bool m_closing = false;
 };

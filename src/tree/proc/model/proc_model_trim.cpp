@@ -1,6 +1,4 @@
 // The removal of the document's oldest traces from the procedure tree, and of nodes with them.
-#include <algorithm>
-
 #include "documents/trace_doc.h"
 #include "tree/proc/model/proc_model.h"
 

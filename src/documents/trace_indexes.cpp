@@ -1,7 +1,7 @@
 #include "documents/trace_indexes.h"
 
 void IdList::AddNew(NameId id) {
-  m_seen.set(id);
+  m_seen.Add(id);
   m_ids.push_back(id);
 }
 

@@ -9,7 +9,6 @@
 #pragma once
 
 #include <array>
-#include <bitset>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -23,13 +22,13 @@ using ProcessMap = std::map<NameId, std::map<NameId, std::set<NameId>>>;
 class IdList {
  public:
   void Add(NameId id) {
-    if (!m_seen[id]) AddNew(id);
+    if (!m_seen.Has(id)) AddNew(id);
   }
   const std::vector<NameId>& Ids() const { return m_ids; }
 
  private:
   void AddNew(NameId id);
-  std::bitset<65536> m_seen;
+  IdSet<NameId> m_seen;
   std::vector<NameId> m_ids;
 };
 

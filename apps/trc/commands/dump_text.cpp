@@ -54,7 +54,7 @@ class CellColumn {
       m_last = Make(row, trace);
       return m_last;
     }
-    if (m_known.empty()) m_known.resize(65536);
+    if (m_known.empty()) m_known.resize(kNameIds);
     std::unique_ptr<Cell>& known = m_known[*key];
     if (!known) known = std::make_unique<Cell>(Make(row, trace));
     return *known;

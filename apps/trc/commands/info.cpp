@@ -15,10 +15,9 @@ std::uint64_t StampOf(const RawTrace& trace) {
 }
 
 void CountTraces(FileInfo& info) {
-  constexpr std::size_t kIds = 65536;
   for (IdCounts* counts :
        {&info.machines, &info.applications, &info.components, &info.categories}) {
-    counts->resize(kIds);
+    counts->resize(kNameIds);
   }
   info.records = info.document->NameRecords() + info.document->m_traces.size();
   std::uint64_t earliest = 0, latest = 0;

@@ -12,7 +12,7 @@
 
 class TraceJson {
  public:
-  explicit TraceJson(const NameMap& names) : m_names(names), m_known(65536) {}
+  explicit TraceJson(const NameMap& names) : m_names(names), m_known(kNameIds) {}
 
   // `index` is the trace's position in the file or stream, from 0.
   void Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace);

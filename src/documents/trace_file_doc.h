@@ -52,8 +52,6 @@ class CTraceFileDoc : public CTraceDoc {
   // How other programs have changed the file since it was opened: then the rows may show another
   // content than the original. Looks at the file once.
   FileChange Change() const { return m_file ? m_file->Change() : FileChange(); }
-  // Bytes that were skipped because no record begins there.
-  std::uint64_t SkippedBytes() const { return m_damage.skippedBytes; }
 
  private:
   bool OpenAndCheck(const std::string& path);

@@ -22,7 +22,6 @@ struct RecordFieldsOf {
   std::uint32_t sourceLine = 0;
   std::string_view text = {}, stack = {};
 };
-using RecordFields = RecordFieldsOf<NameId>;
 
 // Replaces the ids of the record.
 template <class Id>

@@ -85,7 +85,7 @@ TEST_F(TraceFileDocTest, PositionsComeAtMultiplesOf1024RecordsOfAnyTagAndOnceAtT
   EXPECT_EQ(m_host.Told(),
             "start Loading... web.trc " + size + "\n" + expected + "position " + size + "\ndone\n");
   EXPECT_EQ(document.m_traces.size(), 833u);
-  EXPECT_EQ(document.SkippedBytes(), 834u);
+  EXPECT_EQ(document.Damage().skippedBytes, 834u);
 }
 
 TEST_F(TraceFileDocTest, TheLoadingFlagStandsUntilAfterTheDoneMessage) {
@@ -222,7 +222,7 @@ TEST_F(TraceFileDocTest, NamesMayRepeatBeEmptyOrMissing) {
   EXPECT_EQ(trace.GetComponentName(document.m_names), "");
   EXPECT_EQ(document.m_names.size(), 2u);
   EXPECT_EQ(document.m_names.at(7).written, 0u);
-  EXPECT_EQ(document.SkippedBytes(), 1u);
+  EXPECT_EQ(document.Damage().skippedBytes, 1u);
   EXPECT_EQ(document.m_indexes.components.Ids(), std::vector<NameId>{9});
 }
 

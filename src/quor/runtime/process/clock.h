@@ -30,7 +30,6 @@ class TraceClock {
   void AfterFork() noexcept;
   // The same with the kernel's clocks only.
   static Stamp ByKernel() noexcept;
-  bool UsesCounter() const { return m_usesCounter; }
 
  private:
   static constexpr std::uint64_t kLineNs = 5'000'000;  // how long a line is used

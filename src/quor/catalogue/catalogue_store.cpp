@@ -131,7 +131,7 @@ void CatalogueStore::Failed() {
   m_failed = true;
   if (m_told) return;
   m_told = true;
-  Log(LogLevel::Error, std::string("the state cannot be kept: ") + sqlite3_errmsg(m_database));
+  Log(LogLevel::Error, std::string("settings cannot be stored: ") + sqlite3_errmsg(m_database));
 }
 
 // Writes all or nothing. An application that is not completely in the store is inserted again.

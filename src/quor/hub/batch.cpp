@@ -33,7 +33,7 @@ void BatchBuilder::Append(const std::shared_ptr<Source>& source, Bytes record, c
   std::memcpy(copy, record.data(), record.size());
   StoreBe32(copy + TraceAt::kCount, number);
   StoreIds(copy, ids);
-  if (!m_hasLastIds || !(ids == m_lastIds)) Use(ids);
+  if (!m_hasLastIds || ids != m_lastIds) Use(ids);
   if (number == kNoSequenceNumber) return;
   ++DeltaOf(source).traces;
   ++m_batch->traces;

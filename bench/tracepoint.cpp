@@ -24,8 +24,7 @@
 namespace {
 
 constexpr int kPoints = 4096;
-constexpr int kOffLaps =
-    200;  // shorter than a time slice, and many, so that neighbours are comparable
+constexpr int kOffLaps = 200;  // shorter than a time slice, so that neighbours are comparable
 constexpr int kOffTurns = 201;
 constexpr int kBurst = 20000;
 constexpr int kBursts = 20;

@@ -1,6 +1,6 @@
 // The identity and the state of a file: to notice that another program has moved or changed it.
 //
-// Errors   None when there is no such file or its status cannot be read.
+// Errors   No mark when there is no such file or its status cannot be read.
 // Threads  Any.
 #pragma once
 

@@ -3,7 +3,7 @@
 //   AppNameId   one traced application's, in its segment, its ring and the file that it writes
 //        |      SourceNames (quor/hub): by text
 //   HubNameId   one service's, in its batches and in what it streams to monitors and services
-//        |      NameMapper (quor/client): by text
+//        |      NameMapper (quor/client/stream): by text
 //   NameId      a document's or a file's
 //
 // A document's id is the plain number of TraceEvent_i and NameMap. The other two types do not

@@ -71,5 +71,5 @@ class ShownTraces {
   Test m_test;
   Look m_look;
   std::size_t m_next = 0;               // position of the next trace to test
-  std::vector<std::uint32_t> m_places;  // a file has less than 4 GiB, a trace at least 34 bytes
+  std::vector<std::uint32_t> m_places;  // a file has less than 4 GiB, a trace at least 45 bytes
 };

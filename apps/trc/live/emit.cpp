@@ -72,8 +72,7 @@ class Emitter {
   }
   // With a count, every open block must have a trace left for its end.
   void TraceInBlocks(std::uint64_t sent) {
-    const std::uint64_t left =
-        m_options.count == 0 ? kEndless : m_count - sent;  // including this one
+    const std::uint64_t left = m_options.count == 0 ? kEndless : m_count - sent;  // with this one
     const std::uint32_t step = m_random.Below(4);
     if (left <= m_open.size() || (step == 1 && !m_open.empty())) {
       EndBlock();

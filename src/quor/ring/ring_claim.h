@@ -5,8 +5,7 @@
 //          long as it takes traces without a link. An order of an earlier link may reach the
 //          application late, when a service already takes traces; the claim then fails.
 // Errors   False: the other side has the claim. A word with an invalid value cannot be claimed.
-// Threads  Any thread of both processes. Who claims the ring sees what the previous owner
-// published.
+// Threads  Any thread of both processes. A claim makes what the previous owner published visible.
 #pragma once
 
 #include "quor/ring/segment.h"

@@ -7,8 +7,7 @@
 
 #if defined(__GLIBC__) && defined(DLFO_STRUCT_HAS_EH_DBASE)
 void KeepLoaded(const void* address) {
-  static std::atomic<const link_map*> last{
-      nullptr};  // most points are in the module of the last one
+  static std::atomic<const link_map*> last{nullptr};  // mostly the module of the next point too
   dl_find_object found{};
   if (_dl_find_object(const_cast<void*>(address), &found) != 0) return;
   const link_map* const module = found.dlfo_link_map;

@@ -30,11 +30,10 @@ struct SessionContext {
 
 struct SessionPeer {
   bool local = true;
-  std::uint32_t pid = 0;  // of a local client
-  quor::wire::Role held =
-      quor::wire::ROLE_NONE;  // by its certificate; local clients have every role
-  std::string name;           // in its certificate
-  std::string words;          // its name in the log
+  std::uint32_t pid = 0;                          // of a local client
+  quor::wire::Role held = quor::wire::ROLE_NONE;  // by its certificate; a local client has all
+  std::string name;                               // in its certificate
+  std::string words;                              // its name in the log
 };
 
 class ClientSession final : public Connection::Handler,

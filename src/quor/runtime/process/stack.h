@@ -3,7 +3,7 @@
 // Shape    Newest frame first, one per line, without the library's own frames:
 //          "function+0x1a (module)", or "module+0x12ab" if no symbol is known.
 // Errors   A text that is too long is cut at the end of a line.
-// Threads  Any, also in a signal handler once Prime has run. Names stay mangled there, because
+// Threads  Any, also in a signal handler once PrimeStack has run. Names stay mangled there, because
 //          demangling allocates memory.
 #pragma once
 

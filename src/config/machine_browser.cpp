@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "base/text.h"
 #include "quor/client/trace_thread.h"
@@ -46,4 +47,12 @@ std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& loca
 std::vector<std::string> KnownMachines() {
   std::ifstream hosts("/etc/hosts");
   return MachinesIn(hosts, _trc_GetHostName());
+}
+
+std::optional<std::string> BrowseForMachine(Host& host) {
+  std::vector<std::string> machines = KnownMachines();
+  if (machines.empty()) return std::nullopt;
+  CMachineBrowser browser(host, std::move(machines));
+  if (browser.DoModal() != CDialog::kIdOk) return std::nullopt;
+  return browser.Chosen();
 }

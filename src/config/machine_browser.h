@@ -7,6 +7,7 @@
 #pragma once
 
 #include <istream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@
 std::vector<std::string> KnownMachines();
 // The same for a hosts file's text.
 std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& localName);
+
+// Lets the user choose among the machines that this one knows. Nothing without a choice.
+std::optional<std::string> BrowseForMachine(Host& host);
 
 class CMachineBrowser : public CDialog {
  public:

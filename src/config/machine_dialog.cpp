@@ -14,6 +14,5 @@ void CMachineDlg::OnOK() {
 }
 
 void CMachineDlg::OnBrowse() {
-  CMachineBrowser browser(GetHost(), KnownMachines());
-  if (browser.DoModal() == kIdOk) m_strMachine = browser.Chosen();
+  if (auto machine = BrowseForMachine(GetHost())) m_strMachine = std::move(*machine);
 }

@@ -4,6 +4,8 @@
 #include <QPageSetupDialog>
 #include <QScreen>
 
+#include "config/pages/ui/config_sheet_face.h"
+#include "config/traces/ui/modify_trace_face.h"
 #include "config/ui/machine_face.h"
 #include "controls/tree/ui/tree_widget.h"
 #include "docview/ui/work_box_face.h"
@@ -38,6 +40,8 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<COptionsDlg, OptionsFace>();
   host.RegisterFace<CMachineDlg, MachineFace>();
   host.RegisterFace<CMachineBrowser, MachineBrowserFace>();
+  host.RegisterFace<CConfigPropertySheet, ConfigSheetFace>();
+  host.RegisterFace<CModifyTraceDialog, ModifyTraceFace>();
   host.RegisterFace<CFindDialog, FindFace>();
   host.RegisterFace<CWorkBox, WorkBoxFace>();
   host.RegisterFace<CTraceDetailDialog, TraceDetailFace>();

@@ -1,0 +1,39 @@
+// The Traces page of an application's property sheet: all its traces with their settings.
+//
+// The page shows the traces that the sheet has read when it was opened. Those that the application
+// gains meanwhile are neither shown nor changed.
+//
+// Owner    Borrows document and application.
+// Threads  Interface thread.
+#pragma once
+
+#include "config/document/config_doc.h"
+#include "config/traces/traces_list.h"
+#include "docview/sheet/property_page.h"
+
+class CAppTraceCfgPropertyPage : public CPropertyPage {
+ public:
+  static constexpr unsigned kId = 133;
+  static constexpr char kLabel[] = "Select the &traces you want to change:";
+
+  explicit CAppTraceCfgPropertyPage(Host& host);
+
+  void OnInitDialog() override { FillList(); }
+  // Gives the machine the settings of all rows. The document counts as changed in any case.
+  void OnOK() override;
+  CTracesList& Traces() { return m_traces; }
+  // The last OnOK got no answer, and the machine is still away.
+  bool IsUnanswered() const { return !m_taken && !m_pDoc->IsLive(); }
+  // The machine has taken what the last OnOK sent; true before.
+  bool IsTaken() const { return m_taken; }
+
+  // Set before the page is shown.
+  CConfigDoc* m_pDoc = nullptr;
+  trace_App_i* m_pApp = nullptr;
+
+ private:
+  void FillList();
+
+  CTracesList m_traces;
+  bool m_taken = true;
+};

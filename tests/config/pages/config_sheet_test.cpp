@@ -1,0 +1,87 @@
+#include "config/pages/config_sheet.h"
+
+#include "support/config_sheet_fixture.h"
+#include "support/fake_config_sheet.h"
+
+namespace {
+
+using ConfigSheetTest = ConfigSheetFixture;
+
+}  // namespace
+
+TEST_F(ConfigSheetTest, ReadsTheMachineAgainAndShowsTracesBeforeSink) {
+  Orders().traces[0].settings = 7;  // since the application was added
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  EXPECT_EQ(Asked(), "refresh orders\n");
+  const std::string wait = "wait cursor on\nwait cursor off\n";
+  EXPECT_EQ(m_host.Told(), wait + wait) << "for the machine's answer, and for the sink";
+  const FakeConfigSheet window(sheet);
+  EXPECT_EQ(window.Title(), "Configuration for orders");
+  ASSERT_EQ(sheet.Pages().size(), 2u);
+  EXPECT_EQ(sheet.Pages()[0]->Caption(), "Traces");
+  EXPECT_EQ(sheet.Pages()[1]->Caption(), "Sink");
+  EXPECT_EQ(sheet.Pages()[1]->Id(), 136u);
+  EXPECT_EQ(window.Front(), 0u);
+  EXPECT_EQ(window.traces.Shown(), "Disk|Read|Off Net|Open|Info, Warn, Error Net|Close|Off");
+  EXPECT_EQ(sheet.Note(), "");
+}
+
+TEST_F(ConfigSheetTest, APageThatWasNotVisitedSendsNothing) {
+  Orders().sinkName = "mars";
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  FakeConfigSheet window(sheet);
+  Orders().sinkName = "venus";  // by somebody else
+  Asked();
+  window.Press(SheetButton::Ok);
+  EXPECT_EQ(Asked(), "submit orders\n");
+  EXPECT_EQ(SinkInForce(), "server venus ");
+}
+
+TEST_F(ConfigSheetTest, AMachineThatDoesNotAnswerIsToldAndItsLastStateIsShown) {
+  m_machine.m_away = true;
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  const FakeConfigSheet window(sheet);
+  EXPECT_EQ(window.traces.Shown(), "Disk|Read|Off Net|Open|Off Net|Close|Off");
+  EXPECT_EQ(sheet.Note(), "web does not answer. These are the settings that it had before.");
+}
+
+TEST_F(ConfigSheetTest, AMachineThatGoesAwayIsAskedOnceAndGetsAllWithTheNextApply) {
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  FakeConfigSheet window(sheet);
+  window.traces.Rows().Click(0);
+  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.ChooseTab(1);
+  window.Type(CAppSinkCfgPropertyPage::kMachine, "mars");
+  m_machine.m_away = true;
+  Asked();
+  window.Press(SheetButton::Apply);
+  EXPECT_EQ(Asked(), "submit orders\n") << "a second question would take five seconds more";
+  EXPECT_EQ(sheet.Note(), "These changes are not in force: web does not answer.");
+  m_machine.m_away = false;
+  sheet.SinkPage().OnEdit();
+  window.Press(SheetButton::Apply);
+  EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=7");
+  EXPECT_EQ(SinkInForce(), "server mars ");
+  EXPECT_EQ(sheet.Note(), "");
+}
+
+TEST_F(ConfigSheetTest, AMachineThatRefusesIsTold) {
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  FakeConfigSheet window(sheet);
+  m_machine.m_refuses = true;
+  window.traces.Rows().Click(0);
+  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.Press(SheetButton::Apply);
+  EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=0");
+  EXPECT_EQ(sheet.Note(), "web has refused these changes.");
+  EXPECT_EQ(Boxes(), "") << "the result of a Submit has no box";
+}
+
+TEST_F(ConfigSheetTest, KeepsTheApplicationWhileItIsUp) {
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  FakeConfigSheet window(sheet);
+  m_doc->RemoveApplication(m_app);
+  EXPECT_EQ(m_machine.m_open["orders"], 1);
+  window.Press(SheetButton::Ok);
+  EXPECT_TRUE(sheet.Ended());
+}

@@ -74,24 +74,22 @@ SharedBatch BatchBuilder::Seal() {
   for (const HubNameId id : m_batch->names) m_used.Remove(id);
   m_batch = std::make_shared<Batch>(m_memory);
   m_nameBytes = 0;
-  m_lastDelta = 0;
+  m_words = 0;
+  m_lastDelta = nullptr;
   m_hasLastIds = false;
   return sealed;
 }
 
-SourceDelta& BatchBuilder::DeltaOf(const std::shared_ptr<Source>& source) {
+SourceDelta& BatchBuilder::FindDelta(const std::shared_ptr<Source>& source) {
   std::vector<SourceDelta>& deltas = m_batch->sources;
-  if (m_lastDelta < deltas.size() && deltas[m_lastDelta].source == source)
-    return deltas[m_lastDelta];
   const auto known = std::find_if(deltas.begin(), deltas.end(),
                                   [&source](const SourceDelta& d) { return d.source == source; });
-  m_lastDelta = static_cast<std::size_t>(known - deltas.begin());
-  if (known == deltas.end()) deltas.push_back({source, 0, 0});
-  return deltas[m_lastDelta];
+  if (known != deltas.end()) return *known;
+  ++m_words;
+  return deltas.emplace_back(SourceDelta{source, 0, 0});
 }
 
-std::size_t BatchBuilder::NameBytes(const TraceIds& ids) const {
-  if (m_hasLastIds && ids == m_lastIds) return 0;
+std::size_t BatchBuilder::NewNameBytes(const TraceIds& ids) const {
   std::size_t bytes = 0;
   for (const HubNameId id : ids.All())
     if (!m_used.Has(id)) bytes += m_names.RecordBytes(id);

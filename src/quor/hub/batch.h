@@ -67,18 +67,15 @@ class BatchBuilder {
   // `memory`: for a builder that makes many batches.
   explicit BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory = nullptr);
 
-  bool IsEmpty() const {
-    return m_batch->bytes.Size() == 0 && m_batch->sources.empty() && m_batch->forgotten.empty();
-  }
-  bool IsFull() const {
-    return m_batch->bytes.Size() >= kBatchBytes ||
-           m_batch->sources.size() + m_batch->forgotten.size() >= kWordsMax;
-  }
+  bool IsEmpty() const { return m_batch->bytes.Size() == 0 && m_words == 0; }
+  bool IsFull() const { return m_batch->bytes.Size() >= kBatchBytes || m_words >= kWordsMax; }
   // Do the batch, this record and any seven names still fit into one data frame?
   bool HasRoom(std::size_t recordBytes, std::size_t nameBytes) const {
     return m_batch->bytes.Size() + m_nameBytes + recordBytes + nameBytes < kFrameRoom;
   }
-  std::size_t NameBytes(const TraceIds& ids) const;  // of names that the batch does not use yet
+  std::size_t NameBytes(const TraceIds& ids) const {  // of names that the batch does not use yet
+    return m_hasLastIds && ids == m_lastIds ? 0 : NewNameBytes(ids);
+  }
   // Appends a raw trace with these ids and this number.
   void Append(const std::shared_ptr<Source>& source, Bytes record, const TraceIds& ids,
               std::uint32_t number);
@@ -89,12 +86,18 @@ class BatchBuilder {
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
   void AppendForgotten(const std::shared_ptr<Source>& source) {
     m_batch->forgotten.push_back(source);
+    ++m_words;
   }
   SharedBatch Seal();
 
  private:
   static constexpr std::size_t kFrameRoom = kDataFrameBytesMax - 64;
-  SourceDelta& DeltaOf(const std::shared_ptr<Source>& source);
+  SourceDelta& DeltaOf(const std::shared_ptr<Source>& source) {
+    if (!m_lastDelta || m_lastDelta->source != source) m_lastDelta = &FindDelta(source);
+    return *m_lastDelta;
+  }
+  SourceDelta& FindDelta(const std::shared_ptr<Source>& source);
+  std::size_t NewNameBytes(const TraceIds& ids) const;
   void Use(const TraceIds& ids);
   void UseName(HubNameId id);
 
@@ -103,7 +106,8 @@ class BatchBuilder {
   std::shared_ptr<Batch> m_batch;
   IdSet<HubNameId> m_used;
   std::size_t m_nameBytes = 0;
-  std::size_t m_lastDelta = 0;
+  std::size_t m_words = 0;             // sources, including the forgotten ones
+  SourceDelta* m_lastDelta = nullptr;  // most traces come in runs of one source
   TraceIds m_lastIds{};
   bool m_hasLastIds = false;
 };

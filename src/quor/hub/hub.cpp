@@ -123,7 +123,7 @@ void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes 
   if (m_streams.empty()) return;
   names.Follow(m_names);
   const TraceIds& ids = TranslateAll(record.data(), names, learn);
-  SealBefore(source);
+  if (m_oneSourceEach) SealBefore(source);
   if (!m_builder.HasRoom(kTagBytes + record.size(), m_builder.NameBytes(ids))) Seal();
   Open();
   m_builder.Append(source, record, ids, number);
@@ -140,7 +140,7 @@ void Hub::Lose(const std::shared_ptr<Source>& source, std::uint64_t lost,
                const std::string& reason) {
   source->serial += lost;
   if (m_streams.empty()) return;
-  SealBefore(source);
+  if (m_oneSourceEach) SealBefore(source);
   if (!m_builder.HasRoom(reason.size() + 128, 5 * (kNameRecordBytes + kLongestText))) Seal();
   Open();
   m_builder.AppendLoss(source, lost, reason);
@@ -151,14 +151,14 @@ void Hub::CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   if (lost == 0) return;
   source->serial += lost;
   if (m_streams.empty()) return;
-  SealBefore(source);
+  if (m_oneSourceEach) SealBefore(source);
   Open();
   m_builder.CountLost(source, lost);
   if (m_builder.IsFull()) Seal();
 }
 
 void Hub::SealBefore(const std::shared_ptr<Source>& source) {
-  if (!m_oneSourceEach || m_builderSource == source) return;
+  if (m_builderSource == source) return;
   Seal();
   m_builderSource = source;
 }

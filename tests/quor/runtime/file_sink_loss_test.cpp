@@ -3,11 +3,13 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <memory>
 
 #include "quor/ring/ring_producer.h"
 #include "quor/runtime/sink/file_sink.h"
 #include "records/record_fields.h"
+#include "support/file_traces.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -101,6 +103,25 @@ TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheNextFileDoesNotT
   m_sink->Push();
   EXPECT_EQ(Untold(), traces + kDrops);
   EXPECT_EQ(Reported(), traces + kDrops);
+}
+
+// While nothing but drops comes, no trace pushes the buffer.
+TEST_F(FileSinkLoss, ABufferFullOfTracesThatTellDropsIsPushed) {
+  constexpr std::uint64_t kDrops = 3000;
+  ASSERT_TRUE(Trace());
+  m_sink->DrainReserved();
+  m_sink->Push();  // the file has the names that the others need
+  const auto before = std::filesystem::file_size(m_sink->Path());
+  for (std::uint64_t drop = 0; drop < kDrops; ++drop) {
+    m_segment.Header()->dropped.fetch_add(1);
+    m_segment.Header()->pendingDrops.fetch_add(1);
+    ASSERT_EQ(m_sink->Drain(1), 1u);
+    if (std::filesystem::file_size(m_sink->Path()) > before) break;
+  }
+  EXPECT_GE(std::filesystem::file_size(m_sink->Path()), before + (64u << 10));
+  m_sink->Push();
+  EXPECT_TRUE(ReadTrc(m_sink->Path()).whole);
+  EXPECT_EQ(Untold(), 0u);
 }
 
 TEST_F(FileSinkLoss, WhatTheFileTellsIsNotToldToTheService) {

@@ -9,8 +9,10 @@
 #include <string>
 #include <thread>
 
+#include "quor/ring/ring_producer.h"
 #include "quor/traced/handed_on.h"
 #include "records/name_record.h"
+#include "records/record_fields.h"
 
 namespace {
 
@@ -47,6 +49,34 @@ TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
     ASSERT_EQ(points[i].component, "point " + std::to_string(i));
     ASSERT_EQ(points[i].category, points[i].component);
   }
+}
+
+// A damaged trace, and one that comes with more drops than can have been, were taken out of the
+// ring when it broke. A third trace waits in it.
+TEST(TracedApp, OneThatIsGivenUpReportsAlsoWhatItTookOutOfTheRingLast) {
+  SegmentMap made, opened;
+  ASSERT_TRUE(made.Create({16, 4096, 4096}, 1, 42));
+  RingProducer producer(made);
+  RingRecord* records[3] = {};
+  for (RingRecord*& record : records) {
+    RingProducer::Slot slot;
+    ASSERT_TRUE(producer.Reserve(kTraceFixedBytes, slot));
+    record = slot.header;
+    StoreRecord<AppNameId>(slot.record, {});
+    producer.Commit(slot);
+  }
+  records[0]->recordBytes = records[1]->drops = ~std::uint32_t{0};
+  const char* why = "";
+  ASSERT_TRUE(opened.Open(dup(made.Descriptor()), &why)) << why;
+  Hub hub;
+  TracedApp app(std::move(opened), "orders", "here", 1);
+  app.Enter(hub);
+  app.Begin();
+  ASSERT_EQ(app.Drain(10, false), TracedApp::Step::Broken);
+  EXPECT_EQ(app.CurrentSource()->serial, 0u);
+  app.GiveUp(true);
+  EXPECT_EQ(app.CurrentSource()->serial, 3u);
+  app.Leave();
 }
 
 TEST(TracedApp, AClockThatIsSetBackMakesNoApplicationALiar) {

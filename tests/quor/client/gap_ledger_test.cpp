@@ -1,0 +1,69 @@
+// Which sources are forgotten when there are too many.
+#include "quor/client/stream/gap_ledger.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class GapLedgerTest : public testing::Test {
+ protected:
+  static std::string Instance(std::size_t source) {
+    std::string instance = std::to_string(source);
+    instance.resize(16);
+    return instance;
+  }
+  // The stream's only line about the source, which had made `began` traces when the stream began,
+  // and nothing since. Gives the gap before it.
+  std::uint64_t Hear(std::size_t source, std::uint64_t began) {
+    quor::wire::Ledger ledger;
+    auto* const word = ledger.add_sources();
+    word->set_instance(Instance(source));
+    word->set_serial(began);
+    std::uint64_t gap = 0;
+    std::string why;
+    EXPECT_TRUE(m_ledger.Take(ledger, &gap, &why)) << why;
+    return gap;
+  }
+  void Forget(std::size_t source) {
+    quor::wire::Ledger ledger;
+    auto* const word = ledger.add_forgotten_sources();
+    word->set_instance(Instance(source));
+    std::uint64_t gap = 0;
+    std::string why;
+    EXPECT_TRUE(m_ledger.Take(ledger, &gap, &why)) << why;
+  }
+  // As many sources as are kept, each with five traces, in the order of their numbers.
+  void HearAll() {
+    m_ledger.BeginStream("run");
+    for (std::size_t source = 0; source < kMost; ++source) Hear(source, 5);
+  }
+
+  static constexpr std::size_t kMost = GapLedger::kSourcesMax;
+  GapLedger m_ledger;
+};
+
+TEST_F(GapLedgerTest, OfTooManySourcesTheHalfWithoutNewsForLongestIsForgotten) {
+  HearAll();
+  Hear(0, 5);      // it has news again
+  Hear(kMost, 5);  // one too many
+  m_ledger.BeginStream("run");
+  // All traces of a forgotten source are a gap.
+  EXPECT_EQ(Hear(0, 7), 2u);
+  EXPECT_EQ(Hear(1, 7), 7u);
+  EXPECT_EQ(Hear(kMost / 2 - 1, 7), 7u);
+  EXPECT_EQ(Hear(kMost / 2 + 1, 7), 2u);
+  EXPECT_EQ(Hear(kMost - 1, 7), 2u);
+  EXPECT_EQ(Hear(kMost, 7), 2u);
+}
+
+TEST_F(GapLedgerTest, SourcesThatTheServiceHasForgottenMakeRoomFirst) {
+  HearAll();
+  for (std::size_t source = kMost / 2; source < kMost; ++source) Forget(source);
+  Hear(kMost, 5);
+  m_ledger.BeginStream("run");
+  EXPECT_EQ(Hear(0, 7), 2u);
+  EXPECT_EQ(Hear(kMost / 2 - 1, 7), 2u);
+  EXPECT_EQ(Hear(kMost - 1, 7), 7u);
+}
+
+}  // namespace

@@ -125,6 +125,60 @@ TEST_F(ProcModelOrder, TheNearestInTwoRunsIsSoughtDownTheFirstOneAndUpTheSecond)
   EXPECT_EQ(nearestTo(7), "none");
 }
 
+TEST_F(ProcModelOrder, WhatASearchFoundInTwoRunsIsForgottenWhenTheyAreOne) {
+  HideCategory9();
+  Add({.text = "Begin: P", .count = 100});
+  Add({.text = "of the first run", .count = 900});
+  Add({.text = "hidden", .count = 128, .category = 9});
+  const TraceEvent_i& hidden = *Add({.text = "hidden", .count = 130, .category = 9});
+  Add({.text = "in P", .count = 140});
+  Add({.text = "End: P", .count = 141});
+  Add({.text = "after P", .count = 400});
+  Add({.text = "nearest to 128", .count = 149, .tid = 5});
+  Add({.text = "nearest to 130", .count = 151, .tid = 5});
+  Trim(3);  // searches for the hidden one right after the last trace of the first run was removed
+  const NodePosition place = m_model.FindNode(hidden);
+  ASSERT_TRUE(place);
+  EXPECT_EQ(m_model.NodeLabel(*place.Node()), "nearest to 130") << "P is farther";
+  EXPECT_EQ(FindNodeByWalk(Block({}), hidden), place);
+  EXPECT_TRUE(m_model.IsInOrder(Thread()));
+}
+
+TEST_F(ProcModelOrder, ABlockInTheStorageOfOneFromBeforeIsOfTheSecondRun) {
+  HideCategory9();
+  Add({.text = "other", .count = 10, .tid = 5});
+  Add({.text = "Begin: P", .count = 500});
+  Add({.text = "Begin: X", .count = 501});
+  const void* const storage = &Node({0, 0, 0, 1, 0, 1});
+  Add({.text = "End: X", .count = 30});
+  Add({.text = "in P", .count = 31});
+  Trim(4);
+  Add({.text = "hidden", .count = 39, .category = 9});
+  Add({.text = "Begin: Y", .count = 40});
+  ASSERT_EQ(&Node({0, 0, 0, 1, 0, 1}), storage);
+  Add({.text = "in Y", .count = 70});
+  Trim(2);  // the hidden trace takes the first leaf of Y out
+  Add({.text = "End: Y", .count = 71});
+  Add({.text = "after Y", .count = 80});
+  Add({.text = "End: P", .count = 81});
+  Add({.text = "after P", .count = 82});
+  Add({.text = "Begin: Z", .count = 40, .tid = 5});
+  Add({.text = "End: Z", .count = 41, .tid = 5});
+  Add({.text = "after Z", .count = 90, .tid = 5});
+  Trim(1);  // takes Y out, which the trace has made, and not Z, which is as near
+  EXPECT_EQ(Tree(Block({0, 0, 0})),
+            "TID two - 0 ps\n"
+            "  Z - 0 ps\n"
+            "    Begin: Z\n"
+            "    End: Z\n"
+            "  after Z\n"
+            "TID one - 0 ps\n"
+            "   - 0 ps\n"
+            "    after Y\n"
+            "    End: P\n"
+            "  after P\n");
+}
+
 TEST_F(ProcModelOrder, ALeafOutOfOrderIsFoundWhereNothingHasAGreaterNumber) {
   Add({.text = "a", .count = 7});
   TraceEvent_i* const last = Add({.text = "b", .count = 7});

@@ -29,7 +29,3 @@ void EmptyFronts::OnErased(const CExecutionBlock& owner, std::size_t position) {
   if (counted == m_counts.end() || position >= counted->second) return;
   if (--counted->second == 0) m_counts.erase(counted);
 }
-
-void EmptyFronts::OnDropped(const CExecutionBlock& block) {
-  if (!m_counts.empty()) m_counts.erase(&block);
-}

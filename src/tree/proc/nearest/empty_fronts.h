@@ -2,8 +2,8 @@
 // traces empty the blocks at the front of a thread long before these blocks are removed. A search
 // skips them with this count.
 //
-// Owner    Borrows the nodes, and must be notified when one is removed. Only nodes with such
-//          children have a row.
+// Owner    Borrows the nodes, and must be notified when a child is removed. Only nodes with such
+//          children have a row, so a block that is destroyed when it is empty leaves none.
 // Threads  Interface thread.
 #pragma once
 
@@ -20,8 +20,6 @@ class EmptyFronts {
 
   // The child at this position has been removed.
   void OnErased(const CExecutionBlock& owner, std::size_t position);
-  // The block will be destroyed.
-  void OnDropped(const CExecutionBlock& block);
   void Clear() { m_counts.clear(); }
 
  private:

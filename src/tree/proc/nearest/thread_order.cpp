@@ -1,6 +1,7 @@
 #include "tree/proc/nearest/thread_order.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "tree/proc/nearest/find_node.h"
@@ -31,20 +32,13 @@ bool AreRising(CProcessThread& thread, std::int64_t& last) {
 
 }  // namespace
 
-ThreadOrder::Change ThreadOrder::Note(const CProcessThread& thread, std::uint32_t number,
-                                      std::uint64_t leaf) {
+bool ThreadOrder::Note(const CProcessThread& thread, std::uint32_t number, std::uint64_t leaf) {
   const bool rises = number > m_last;
   m_last = number;
-  if (rises) return Change::None;
+  if (rises) return false;
   m_runBegins = leaf;
-  if (m_rising) {
-    m_rising = false;
-    m_runs = std::make_unique<TwoRuns>(thread);
-    return Change::SecondRun;
-  }
-  if (!m_runs) return Change::None;
-  m_runs = nullptr;
-  return Change::NoOrder;
+  m_runs = m_rising ? std::make_unique<TwoRuns>(thread) : nullptr;
+  return std::exchange(m_rising, false);
 }
 
 // By then everything before the run has been removed, except blocks that were left open.

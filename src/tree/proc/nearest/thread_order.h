@@ -25,9 +25,9 @@ class ThreadOrder {
   const TwoRuns* Runs() const { return m_runs.get(); }
   TwoRuns* Runs() { return m_runs.get(); }
 
-  // A trace will be filed as leaf number `leaf`, counted over all leaves that ever came.
-  enum class Change { None, SecondRun, NoOrder };
-  Change Note(const CProcessThread& thread, std::uint32_t number, std::uint64_t leaf);
+  // A trace will be filed as leaf number `leaf`, counted over all leaves that ever came. True if
+  // the thread was rising until then.
+  bool Note(const CProcessThread& thread, std::uint32_t number, std::uint64_t leaf);
   // For a thread without order: checks it again if its latest run began at the oldest leaf or
   // before it. True when it has its order back.
   bool Recover(CProcessThread& thread, std::uint64_t oldestLeaf, std::uint64_t nextLeaf);

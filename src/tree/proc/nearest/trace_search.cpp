@@ -55,15 +55,7 @@ void TraceSearch::OnThread(CProcessThread& thread) {
 void TraceSearch::OnTrace(CProcessThread& thread, std::uint32_t number, std::uint64_t leaf) {
   m_nothingFrom = LastFound::kNone;
   LastOf(thread).Forget();
-  const ThreadOrder::Change change = RowOf(thread).order.Note(thread, number, leaf);
-  if (change == ThreadOrder::Change::SecondRun) m_broken.push_back(&thread);
-  if (change != ThreadOrder::Change::None) ForgetAll(thread);
-}
-
-// The stored results were for another order of the thread's numbers.
-void TraceSearch::ForgetAll(CProcessThread& thread) {
-  RowOf(thread).start = &thread;
-  LastOf(thread) = {};
+  if (RowOf(thread).order.Note(thread, number, leaf)) m_broken.push_back(&thread);
 }
 
 void TraceSearch::OnClosed(const CExecutionBlock& block) {
@@ -81,7 +73,6 @@ void TraceSearch::OnErased(const CExecutionBlock& owner, std::size_t position) {
 
 void TraceSearch::OnDropped(const CExecutionBlock& block) {
   if (TwoRuns* const runs = RowOf(*block.thread).order.Runs()) runs->OnDropped(block);
-  m_empty.OnDropped(block);
 }
 
 void TraceSearch::Clear() {
@@ -96,7 +87,8 @@ void TraceSearch::Clear() {
 void TraceSearch::Recover(std::uint64_t oldestLeaf, std::uint64_t nextLeaf) {
   std::erase_if(m_broken, [=, this](CProcessThread* thread) {
     const bool inOrder = RowOf(*thread).order.Recover(*thread, oldestLeaf, nextLeaf);
-    if (inOrder) ForgetAll(*thread);
+    // For two runs it may have been nearer than the result.
+    if (inOrder) LastOf(*thread).Forget();
     return inOrder;
   });
 }

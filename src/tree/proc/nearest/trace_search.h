@@ -30,7 +30,7 @@ class TraceSearch {
   void OnClosed(const CExecutionBlock& block);
   // The child of a thread or block at this position has been removed.
   void OnErased(const CExecutionBlock& owner, std::size_t position);
-  // A block that was no longer in any `children` will be destroyed.
+  // A block without children that was no longer in any `children` will be destroyed.
   void OnDropped(const CExecutionBlock& block);
   // The tree is empty.
   void Clear();
@@ -55,7 +55,6 @@ class TraceSearch {
   ThreadRow& RowOf(const CProcessThread& thread) { return m_rows[thread.searchRow]; }
   const ThreadRow& RowOf(const CProcessThread& thread) const { return m_rows[thread.searchRow]; }
   LastFound& LastOf(const CProcessThread& thread) { return m_last[thread.searchRow]; }
-  void ForgetAll(CProcessThread& thread);
   void SortRows(const CRoot& root);
   bool IsOfFirstRun(const CExecutionBlock& block) const;
   NodePosition LeafAfterBlock(const CExecutionBlock& block, std::uint32_t wanted) const;

@@ -84,7 +84,10 @@ TEST_F(SideTables, ABlockInTheStorageOfAnEmptyOneHasACountOfItsOwn) {
   CExecutionBlock* const old = Block(m_thread);
   ClosedBlocks(*old, 2);
   ASSERT_EQ(empty.Count(*old), 2u);
-  empty.OnDropped(*old);
+  for (int left = 2; left > 0; --left) {
+    old->children.Erase(0);
+    empty.OnErased(*old, 0);
+  }
   m_store.Drop(*old);
   CExecutionBlock* const fresh = Block(m_thread);
   ASSERT_EQ(fresh, old);

@@ -5,8 +5,11 @@
 #include "config/machine_browser.h"
 #include "quor/client/trace_thread.h"
 
-CMachineDlg::CMachineDlg(Host& host, std::string prompt)
-    : CDialog(host), m_strMachine(_trc_GetHostName()), m_strPrompt(std::move(prompt)) {}
+CMachineDlg::CMachineDlg(Host& host, std::string prompt, const char* helpTopic)
+    : CDialog(host),
+      m_strMachine(_trc_GetHostName()),
+      m_strPrompt(std::move(prompt)),
+      m_helpTopic(helpTopic) {}
 
 void CMachineDlg::OnOK() {
   if (m_strMachine.empty()) m_strMachine = _trc_GetHostName();

@@ -10,11 +10,11 @@
 class CMachineDlg : public CDialog {
  public:
   static constexpr char kCaption[] = "Machine Query";
-  const char* HelpTopic() const override { return "monitor"; }
+  const char* HelpTopic() const override { return m_helpTopic; }
   static constexpr char kDefaultHint[] = "(default is the local machine)";
 
   // Starts with the local machine, whatever was asked before.
-  CMachineDlg(Host& host, std::string prompt);
+  CMachineDlg(Host& host, std::string prompt, const char* helpTopic = "monitor");
 
   // The face passes the content of the edit field before it calls either of these.
   void SetMachine(std::string text) { m_strMachine = std::move(text); }
@@ -26,4 +26,7 @@ class CMachineDlg : public CDialog {
 
   std::string m_strMachine;  // the text of the edit field; not empty after OK
   const std::string m_strPrompt;
+
+ private:
+  const char* const m_helpTopic;
 };

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "config/view/config_pane.h"
 #include "controls/list/row_list.h"
 #include "controls/tree/tree_control.h"
 #include "docview/frame.h"
@@ -47,6 +48,7 @@ class ShellFaces {
   virtual std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) = 0;
   virtual std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) = 0;
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
+  virtual std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) = 0;
   virtual void ShowAbout(const std::string& versionLine) = 0;
   virtual void ShowPrintSetup() = 0;
   // A built-in help page by topic; empty for the contents.

@@ -1,6 +1,9 @@
 #include "shell/front_words.h"
 
+#include <filesystem>
+
 #include "base/text.h"
+#include "config/document/config_doc.h"
 #include "documents/trace_file_doc.h"
 #include "documents/trace_realtime_doc.h"
 #include "docview/frame.h"
@@ -41,6 +44,13 @@ void DescribeMonitor(const CTraceRealtimeDoc& monitor, const CView* view, FrontW
   words.details = words.message;
 }
 
+// The title names the machine: the file is told here.
+void DescribeConfig(const CConfigDoc& config, FrontWords& words) {
+  if (!config.IsLive()) Say("not connected", words.message);
+  const std::string& path = config.GetPathName();
+  if (std::filesystem::path(path).is_absolute()) Say(path, words.message);
+}
+
 }  // namespace
 
 FrontWords WordsOfFront(const CMDIChildWnd* front, std::int64_t rows) {
@@ -48,6 +58,8 @@ FrontWords WordsOfFront(const CMDIChildWnd* front, std::int64_t rows) {
   const CDocument* const document = front ? front->GetActiveDocument() : nullptr;
   const auto* const traces = dynamic_cast<const CTraceDoc*>(document);
   if (dynamic_cast<const CSourceDoc*>(document)) words.message = document->GetPathName();
+  if (const auto* const config = dynamic_cast<const CConfigDoc*>(document))
+    DescribeConfig(*config, words);
   if (!traces) return words;
   if (const auto* const file = dynamic_cast<const CTraceFileDoc*>(document))
     DescribeFile(*file, words);

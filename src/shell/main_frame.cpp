@@ -122,6 +122,7 @@ const char* CMainFrame::HelpTopic() const {
   if (traces && traces->IsTreeShown()) return "tree";
   const unsigned resource = child ? child->MenuResource() : 0;
   if (resource == IDR_MONITOR) return "monitor";
+  if (resource == IDR_CONFIG) return "configuration";
   if (resource == IDR_SOURCE) return "source";
   return resource == IDR_TRACEFILE ? "list" : "window";
 }

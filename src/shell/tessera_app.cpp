@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "config/machine_dialog.h"
+#include "config/view/config_view.h"
 #include "documents/trace_file_doc.h"
 #include "docview/commands/command_ids.h"
 #include "listview/columns/options_dialog.h"
@@ -11,6 +12,7 @@
 #include "settings/globals.h"
 #include "settings/registry.h"
 #include "shell/child_frame.h"
+#include "shell/config_frame.h"
 #include "shell/failed_open.h"
 #include "shell/realtime_frame.h"
 #include "shell/resource_ids.h"
@@ -20,6 +22,10 @@ namespace {
 constexpr char kTraceFileString[] =
     "\n\nTrace File\nTrace Files (*.trc)\n.trc\nTraceFile\nTrace File";
 constexpr char kMonitorString[] = "\nTraceRealtimeDoc\nTrace File\nTrace Files (*.trc)\n.trc\n\n";
+constexpr char kConfigString[] =
+    "\n\nTrace Config\nTrace Config Files (*.tcf)\n.tcf\nTraceConfigFile\nTrace Config File";
+// Kept: the second word of this prompt alone is "to". Opening a file asks with "do".
+constexpr char kConfigPrompt[] = "What machine to you want to configure?";
 constexpr char kMonitorPrompt[] = "What machine do you want to monitor for traces?";
 
 std::string RecentFileName(std::size_t index) {
@@ -50,6 +56,7 @@ CTesseraApp::~CTesseraApp() {
 
 void CTesseraApp::MapCommands() {
   MapCommand(ID_FILE_NEWMONITOR, [this] { OnNewMonitor(); });
+  MapCommand(ID_FILE_NEWCONFIG, [this] { OnNewConfig(); });
   MapCommand(ID_VIEW_OPTIONS, [this] { OnOptions(); });
   MapCommand(ID_APP_ABOUT, [this] { m_faces.ShowAbout(kVersionLine); });
   MapCommand(ID_APP_EXIT, [this] { m_frame->OnClose(); });
@@ -90,6 +97,7 @@ void CTesseraApp::MakeTemplates() {
   };
   monitors.frame = [this] { return std::make_unique<CTraceRealtimeFrame>(*m_frame); };
   m_monitorTemplate = MakeTraceTemplate(IDR_MONITOR, kMonitorString, monitors);
+  MakeConfigTemplate();
   m_sourceTemplate = std::make_unique<CSourceTemplate>(
       GetHost(), MainFrame(),
       [this](RichEditOwner& owner) { return m_faces.CreateRichEdit(owner); });
@@ -105,6 +113,19 @@ std::unique_ptr<CMultiDocTemplate> CTesseraApp::MakeTraceTemplate(
   return std::make_unique<CMultiDocTemplate>(resource, docString, MainFrame(), std::move(makers));
 }
 
+void CTesseraApp::MakeConfigTemplate() {
+  CMultiDocTemplate::Makers configs;
+  configs.document = [this] { return std::make_unique<CConfigDoc>(GetHost(), m_configClient); };
+  configs.frame = [this] { return std::make_unique<CConfigFrame>(*m_frame); };
+  configs.view = [this](CDocument& document) {
+    return std::make_unique<CConfigView>(
+        static_cast<CConfigDoc&>(document),
+        [this](ListBoxOwner& owner) { return m_faces.CreateConfigPane(owner); });
+  };
+  m_configTemplate = AddDocTemplate(std::make_unique<CMultiDocTemplate>(
+      IDR_CONFIG, kConfigString, MainFrame(), std::move(configs)));
+}
+
 bool CTesseraApp::MakeFrame() {
   m_frame = std::make_unique<CMainFrame>(*this);
   if (!m_frame->LoadFrame()) return false;
@@ -113,10 +134,12 @@ bool CTesseraApp::MakeFrame() {
   return true;
 }
 
-// A readable file that did not open was refused by the user or with a message box.
+// A readable file that did not open was refused by the user or with a message box. The box about a
+// configuration does not say which of its lines is bad.
 CDocument* CTesseraApp::OpenDocumentFile(const std::string& path) {
   CDocument* const document = CWinApp::OpenDocumentFile(path);
-  const std::string why = document ? "" : WhyUnreadable(path);
+  std::string why = document ? "" : WhyUnreadable(path);
+  if (!document && why.empty()) why = BadLineOf(path);
   if (m_frame && document)
     m_frame->SetNotice({});
   else if (m_frame && !why.empty())
@@ -172,6 +195,28 @@ bool CTesseraApp::OpenMonitor(const std::string& machine) {
   }
   monitor.SetPathName(CTraceRealtimeDoc::TitleFor(machine), false);
   m_monitorTemplate->InitialUpdateFrame(frame, monitor, true);
+  return true;
+}
+
+void CTesseraApp::OnNewConfig() {
+  CMachineDlg query(GetHost(), kConfigPrompt, "configuration");
+  if (query.DoModal() == CDialog::kIdOk && !query.m_strMachine.empty())
+    OpenConfig(query.m_strMachine);
+}
+
+bool CTesseraApp::OpenConfig(const std::string& machine) {
+  CDocument* const document = m_configTemplate->OpenDocumentFile(nullptr, false);
+  if (!document) return false;
+  auto& frame = static_cast<CMDIChildWnd&>(*document->Views().front()->GetParentFrame());
+  auto& config = static_cast<CConfigDoc&>(*document);
+  if (!config.ConnectToMachine(machine)) {
+    const std::string notice = "Cannot configure " + machine + ": " + config.WhyNotConnected();
+    frame.Destroy();  // destroys the document too, whose only frame it is
+    // The box was the message; the reason is only for those who look for it.
+    if (m_frame->Face()->IsBarShown(ID_VIEW_STATUS_BAR)) m_frame->SetNotice(notice, notice);
+    return false;
+  }
+  m_configTemplate->InitialUpdateFrame(frame, *document, true);
   return true;
 }
 

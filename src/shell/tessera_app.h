@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "config/document/config_doc.h"
 #include "documents/trace_file_doc.h"
 #include "documents/trace_realtime_doc.h"
 #include "docview/win_app.h"
@@ -45,8 +46,12 @@ class CTesseraApp : public CWinApp {
   // Opens a monitor's window. For a machine that cannot be reached it opens none, shows no message
   // and returns false.
   bool OpenMonitor(const std::string& machine);
-  // How monitors connect; tests replace it.
+  // Opens the configuration of a machine. For one that cannot be reached it opens none and returns
+  // false; the document shows its message, and the status bar the reason.
+  bool OpenConfig(const std::string& machine);
+  // How monitors and configurations connect; tests replace these.
   CTraceRealtimeDoc::Connector m_connectMonitor = CTraceRealtimeDoc::ConnectToTraceService;
+  ConfigClient m_configClient;
   // The parameters for loading trace files from now on.
   TraceLoadSetup m_loads;
 
@@ -57,9 +62,7 @@ class CTesseraApp : public CWinApp {
   static const char kVersionLine[];
 
  protected:
-  // Null as long as this program has no configurations. Their template is registered, that of
-  // monitors is not, so that no path ever opens a monitor.
-  CMultiDocTemplate* m_configTemplate = nullptr;
+  // Not registered, so that no path ever opens a monitor.
   std::unique_ptr<CMultiDocTemplate> m_monitorTemplate;
 
  private:
@@ -68,9 +71,11 @@ class CTesseraApp : public CWinApp {
   void MakeTemplates();
   std::unique_ptr<CMultiDocTemplate> MakeTraceTemplate(unsigned resource, const char* docString,
                                                        CMultiDocTemplate::Makers makers);
+  void MakeConfigTemplate();
   bool MakeFrame();
   void PostWizard();
   void OnNewMonitor();
+  void OnNewConfig();
   void OnOptions();
   void OnTraceOptions();  // WM_TRACE_OPTIONS: hint 1001 to all views
   void OnNewWindow();
@@ -78,5 +83,6 @@ class CTesseraApp : public CWinApp {
   ShellFaces& m_faces;
   std::unique_ptr<CMainFrame> m_frame;
   CMultiDocTemplate* m_fileTemplate = nullptr;
+  CMultiDocTemplate* m_configTemplate = nullptr;
   std::unique_ptr<CSourceTemplate> m_sourceTemplate;  // not registered, like that of monitors
 };

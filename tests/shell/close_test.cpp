@@ -20,7 +20,6 @@ class CloseTest : public ShellTest {
 TEST_F(CloseTest, ClosingWithOnlyTraceFilesOpenAsksNoQuickCloseQuestion) {
   Start();
   m_app->HoldMonitorTemplate();
-  m_app->RegisterConfigTemplate();
   ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
   m_host.ClearTranscript();
   m_log.Clear();
@@ -62,10 +61,11 @@ TEST_F(CloseTest, ClosingWithAMonitorOpenAndYesClosesAllWithNoFurtherQuestion) {
 
 TEST_F(CloseTest, AConfigurationRaisesTheQuestionToo) {
   Start();
-  ASSERT_TRUE(m_app->RegisterConfigTemplate().OpenDocumentFile(nullptr));
+  OpenConfig();
+  m_host.ClearTranscript();
   m_host.AnswerBox(BoxAnswer::Yes);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), std::string(kQuickClose) + "Yes\n");
+  EXPECT_EQ(m_host.Transcript().front() + "\n", std::string(kQuickClose) + "Yes\n");
   EXPECT_TRUE(Face().m_closed);
 }
 

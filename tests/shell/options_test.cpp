@@ -91,7 +91,7 @@ TEST_F(OptionsTest, ALimitOutOfRangeKeepsTheDialogAndThenCancelChangesNothing) {
 TEST_F(OptionsTest, AMonitorHearsItOncePerRegisteredTemplateAndTheOthersOnce) {
   Start();
   ASSERT_TRUE(m_app->HoldMonitorTemplate().OpenDocumentFile(nullptr));
-  ASSERT_TRUE(m_app->RegisterConfigTemplate().OpenDocumentFile(nullptr));
+  const ProbeView config(OpenConfig(), m_log, "config");
   AnswerOptions({}, false, "500000");
   Frame().OnCommand(ID_VIEW_OPTIONS);
   m_log.Clear();
@@ -109,8 +109,9 @@ TEST_F(OptionsTest, TheBroadcastIsDroppedWhenTheProgramEndsFirst) {
   // Another program in the same memory would hear what was posted for the first.
   std::destroy_at(m_app.get());
   std::construct_at(m_app.get(), m_host, m_faces, m_log);
+  UseFakeMachine();
   ASSERT_TRUE(m_app->InitInstance({}));
-  ASSERT_TRUE(m_app->RegisterConfigTemplate().OpenDocumentFile(nullptr));
+  const ProbeView config(OpenConfig(), m_log, "config");
   m_log.Clear();
   m_host.RunPosted();
   EXPECT_EQ(m_log.Told("config hint"), "");

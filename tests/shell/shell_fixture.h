@@ -6,11 +6,13 @@
 #include <memory>
 #include <string>
 
+#include "config/view/config_view.h"
 #include "documents/trace_file_doc.h"
 #include "docview/commands/command_ids.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
+#include "support/fake_machine.h"
 #include "support/fake_shell.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
@@ -29,6 +31,7 @@ class ShellTest : public ::testing::Test {
     MakeApp();
   }
   ~ShellTest() override {
+    g_quickClose = true;  // no configuration asks about traces that are on
     m_app.reset();
     m_host.RunPosted();
     SetSettingsFile("");
@@ -37,6 +40,15 @@ class ShellTest : public ::testing::Test {
   void MakeApp() {
     m_app.reset();
     m_app = std::make_unique<TestApp>(m_host, m_faces, m_log);
+    UseFakeMachine();
+  }
+  void UseFakeMachine() {
+    m_app->m_configClient.connect = [this](const std::string& host, std::string* why) {
+      return m_machine.Connect(host, why);
+    };
+    m_app->m_configClient.open = [this](const std::string&, const std::string& app) {
+      return m_machine.Open(app, nullptr);
+    };
   }
   // Starts a program with no document and no wizard.
   void Start() {
@@ -50,6 +62,11 @@ class ShellTest : public ::testing::Test {
     TrcImage image;
     for (int trace = 0; trace < traces; ++trace) image.Trace("up");
     return image.WriteTo(m_dir.File(name));
+  }
+  // Opens a window on a machine.
+  CConfigDoc& OpenConfig(const std::string& machine = "web") {
+    EXPECT_TRUE(m_app->OpenConfig(machine));
+    return static_cast<CConfigDoc&>(*m_app->ConfigTemplate()->Documents().back());
   }
   // Opens the file and waits for its traces.
   CTraceFileDoc* Open(const std::string& path) {
@@ -74,6 +91,7 @@ class ShellTest : public ::testing::Test {
   }
 
   TempDir m_dir;
+  FakeMachine m_machine;
   RecordingHost m_host;
   FrameLog m_log;
   FakeShellFaces m_faces{m_log};

@@ -11,7 +11,7 @@
 #include "shell/tessera_app.h"
 #include "support/fake_frame.h"
 
-// The application with stand-ins for the documents and the wizard that it does not have yet.
+// The application with stand-ins for monitors and for the wizard that it does not have yet.
 class TestApp : public CTesseraApp {
  public:
   TestApp(Host& host, ShellFaces& faces, FrameLog& log) : CTesseraApp(host, faces), m_log(log) {}
@@ -20,14 +20,6 @@ class TestApp : public CTesseraApp {
     m_monitorTemplate = MakeTemplate(
         IDR_MONITOR, "\nTraceRealtimeDoc\nTrace File\nTrace Files (*.trc)\n.trc\n\n", "monitor");
     return *m_monitorTemplate;
-  }
-  CMultiDocTemplate& RegisterConfigTemplate() {
-    m_configTemplate = AddDocTemplate(
-        MakeTemplate(IDR_CONFIG,
-                     "\n\nTrace Config\nTrace Config Files (*.tcf)\n.tcf\nTraceConfigFile\n"
-                     "Trace Config File",
-                     "config"));
-    return *m_configTemplate;
   }
   void MapWizard() {
     MapCommand(ID_FILE_WIZARD, [this] { m_log.Add("wizard"); });

@@ -56,6 +56,7 @@ class FakeMachine {
   std::string m_host = "?";  // as the last connection gave it
   bool m_away = false;       // nothing can be reached
   bool m_refuses = false;    // a client that may change nothing
+  bool m_refusesOpen = false;
   std::string m_log;
   int m_handles = 0;
   std::map<std::string, int> m_open;  // handles by application
@@ -64,14 +65,15 @@ class FakeMachine {
   unsigned m_lastId = 0;
 };
 
-class FakeApp final : public trace_App_i {
+class FakeMachineApp final : public trace_App_i {
  public:
-  FakeApp(FakeMachine& machine, std::string name) : m_machine(machine), m_name(std::move(name)) {
+  FakeMachineApp(FakeMachine& machine, std::string name)
+      : m_machine(machine), m_name(std::move(name)) {
     ++m_machine.m_handles;
     ++m_machine.m_open[m_name];
     Take();
   }
-  ~FakeApp() override {
+  ~FakeMachineApp() override {
     --m_machine.m_handles;
     if (--m_machine.m_open[m_name] == 0) m_machine.m_open.erase(m_name);
   }
@@ -194,6 +196,7 @@ inline trace_Config_i* FakeMachine::Connect(const std::string& host, std::string
 
 inline trace_App_i* FakeMachine::Open(const std::string& app, std::string* why) {
   m_log += "open " + app + "\n";
-  if (m_away && why) *why = "no trace service there";
-  return m_away ? nullptr : new FakeApp(*this, app);
+  const bool refused = m_away || m_refusesOpen;
+  if (refused && why) *why = "no trace service there";
+  return refused ? nullptr : new FakeMachineApp(*this, app);
 }

@@ -14,6 +14,7 @@
 
 #include "shell/faces.h"
 #include "shell/main_frame.h"
+#include "support/fake_config_pane.h"
 #include "support/fake_frame.h"
 #include "support/fake_rich_edit.h"
 #include "support/fake_row_list.h"
@@ -112,6 +113,9 @@ class FakeShellFaces : public ShellFaces {
   }
   std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override {
     return Unseen<FakeTreeControl>(owner);
+  }
+  std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) override {
+    return std::make_unique<FakeConfigPane>(owner);
   }
   void ShowAbout(const std::string& versionLine) override { m_log.Add("about " + versionLine); }
   void ShowPrintSetup() override { m_log.Add("print setup"); }

@@ -46,7 +46,7 @@ void CConfigDoc::ShowError(const char* text) {
 bool CConfigDoc::Connect(const std::string& machine) {
   {
     const CWaitCursor wait(GetHost());
-    m_pConfig = m_client.connect(machine);
+    m_pConfig = m_client.connect(machine, &m_whyNotConnected);
   }
   if (!m_pConfig) ShowError(kNoConnection);
   return m_pConfig != nullptr;
@@ -141,7 +141,7 @@ bool CConfigDoc::SaveModified() {
 bool CConfigDoc::ConnectForOpen() {
   std::string machine = _trc_GetHostName();
   if (!g_bWizardLocalConfig) {
-    CMachineDlg question(GetHost(), "What machine do you want to configure?");
+    CMachineDlg question(GetHost(), "What machine do you want to configure?", "configuration");
     if (question.DoModal() != CDialog::kIdOk) return false;
     machine = question.m_strMachine;
   }

@@ -18,9 +18,8 @@
 
 // How a document reaches machines. Tests have machines of their own.
 struct ConfigClient {
-  std::function<trace_Config_i*(const std::string& host)> connect = [](const std::string& host) {
-    return trace_Config_i::Create(host);
-  };
+  std::function<trace_Config_i*(const std::string& host, std::string* why)> connect =
+      [](const std::string& host, std::string* why) { return trace_Config_i::Create(host, why); };
   std::function<trace_App_i*(const std::string& host, const std::string& app)> open =
       [](const std::string& host, const std::string& app) {
         return trace_App_i::Create(host, app);
@@ -34,8 +33,9 @@ class CConfigDoc : public CDocument {
 
   explicit CConfigDoc(Host& host, ConfigClient client = {});
 
-  // False, with a box: no connection can be made.
+  // False, with a box: no connection can be made. WhyNotConnected then has the reason.
   bool ConnectToMachine(const QuorStr::String_t& machine);
+  const std::string& WhyNotConnected() const { return m_whyNotConnected; }
   QuorStr::String_t GetMachineName() const;  // "" without a connection
   QuorPtr<trace_Config_i> GetConfig() const { return m_pConfig; }
   QuorPtr<trace_AppList_i> GetApplications() const { return m_pAppList; }
@@ -69,6 +69,7 @@ class CConfigDoc : public CDocument {
   bool MayRemove(trace_App_i& app);
 
   const ConfigClient m_client;
+  std::string m_whyNotConnected;
   QuorPtr<trace_Config_i> m_pConfig;
   const QuorPtr<trace_AppList_i> m_pAppList;
 };

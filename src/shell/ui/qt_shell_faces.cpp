@@ -7,6 +7,8 @@
 #include "config/pages/ui/config_sheet_face.h"
 #include "config/traces/ui/modify_trace_face.h"
 #include "config/ui/machine_face.h"
+#include "config/view/ui/add_app_face.h"
+#include "config/view/ui/config_pane_widget.h"
 #include "controls/tree/ui/tree_widget.h"
 #include "docview/ui/work_box_face.h"
 #include "listview/columns/options_dialog.h"
@@ -42,6 +44,7 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CMachineBrowser, MachineBrowserFace>();
   host.RegisterFace<CConfigPropertySheet, ConfigSheetFace>();
   host.RegisterFace<CModifyTraceDialog, ModifyTraceFace>();
+  host.RegisterFace<CAddAppDialog, AddAppFace>();
   host.RegisterFace<CFindDialog, FindFace>();
   host.RegisterFace<CWorkBox, WorkBoxFace>();
   host.RegisterFace<CTraceDetailDialog, TraceDetailFace>();
@@ -88,6 +91,10 @@ std::unique_ptr<TreeControl> QtShellFaces::CreateTree(TreeControlOwner& owner) {
 
 std::unique_ptr<RichEdit> QtShellFaces::CreateRichEdit(RichEditOwner& owner) {
   return std::make_unique<QtRichEdit>(owner);
+}
+
+std::unique_ptr<ConfigPane> QtShellFaces::CreateConfigPane(ListBoxOwner& owner) {
+  return std::make_unique<QtConfigPane>(owner);
 }
 
 void QtShellFaces::ShowAbout(const std::string& versionLine) {

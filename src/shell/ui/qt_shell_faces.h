@@ -24,6 +24,7 @@ class QtShellFaces : public ShellFaces {
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override;
   std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override;
   std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) override;
+  std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) override;
   void ShowAbout(const std::string& versionLine) override;
   void ShowPrintSetup() override;
   void ShowHelp(const std::string& topic) override;

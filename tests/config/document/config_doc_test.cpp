@@ -45,7 +45,9 @@ class ConfigDocTest : public testing::Test {
   }
   std::unique_ptr<CConfigDoc> Document() {
     ConfigClient client;
-    client.connect = [this](const std::string& host) { return m_machine.Connect(host, nullptr); };
+    client.connect = [this](const std::string& host, std::string* why) {
+      return m_machine.Connect(host, why);
+    };
     client.open = [this](const std::string& host, const std::string& app) {
       m_machine.m_log += "on " + host + " ";
       return m_machine.Open(app, nullptr);

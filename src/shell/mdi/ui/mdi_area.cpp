@@ -94,5 +94,6 @@ void MdiArea::paintEvent(QPaintEvent* event) {
   p.setPen(ink);
   p.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
              tr("Open a trace file with Ctrl+O or drop one here\n"
-                "Watch the live traces of a machine with Alt+M"));
+                "Watch the live traces of a machine with Alt+M\n"
+                "Choose what its applications trace with Alt+C"));
 }

@@ -1,0 +1,53 @@
+#include "config/view/ui/config_pane_widget.h"
+
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include "support/config_pane_contract.h"
+#include "support/qt_test_main.h"
+
+namespace {
+
+// A window in which something else has the focus.
+struct QtConfigPaneRig {
+  explicit QtConfigPaneRig(ListBoxOwner& owner) : pane(new QtConfigPane(owner)) {
+    auto* const layout = new QVBoxLayout(&window);
+    auto* const other = new QPushButton("other");
+    layout->addWidget(other);
+    layout->addWidget(pane);
+    window.resize(300, 300);
+    window.show();
+    window.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    other->setFocus();
+  }
+  ConfigPane& Pane() { return *pane; }
+  std::string Note() const {
+    const auto* const note = pane->findChild<QLabel*>("connection");
+    EXPECT_EQ(note->isVisible(), !note->text().isEmpty());
+    EXPECT_EQ(note->textFormat(), Qt::PlainText);
+    return note->isVisible() ? note->text().toStdString() : "";
+  }
+  bool ListHasFocus() const { return pane->findChild<QListView*>("applications")->hasFocus(); }
+  QWidget window;
+  QtConfigPane* pane;
+};
+
+}  // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ConfigPaneContract, QtConfigPaneRig);
+
+TEST(ConfigPaneWidget, TheNoteTakesItsRoomFromTheListAndGivesItBack) {
+  QuietListBoxOwner owner;
+  QtConfigPaneRig rig(owner);
+  const auto* const list = rig.pane->findChild<QListView*>("applications");
+  QTest::qWait(0);
+  const int before = list->height();
+  rig.pane->SetNote("Not connected to web. Trying again.");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return list->height() < before; }));
+  EXPECT_EQ(rig.pane->findChild<QLabel*>("connection")->accessibleName(),
+            QStringLiteral("Not connected to web. Trying again."));
+  rig.pane->SetNote("");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return list->height() == before; }));
+}

@@ -1,0 +1,50 @@
+// The contract of a configuration view's pane: run for the fake and for the pane on the screen.
+//
+// To run it, write an adapter ("rig") and instantiate the suite:
+//
+//   struct MyRig {
+//     explicit MyRig(ListBoxOwner& owner);
+//     ConfigPane& Pane();
+//     std::string Note();          // what the user sees below the list, empty for no line
+//     bool ListHasFocus();
+//   };
+//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ConfigPaneContract, MyRig);
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "config/view/config_pane.h"
+
+class QuietListBoxOwner final : public ListBoxOwner {
+ public:
+  void OnListBoxSelection() override {}
+  void OnListBoxDoubleClick() override {}
+  bool OnListBoxKey(ListBoxKey) override { return true; }
+  void OnListBoxContextMenu(int, int) override {}
+};
+
+template <class Rig>
+class ConfigPaneContract : public testing::Test {
+ protected:
+  QuietListBoxOwner m_owner;
+  Rig m_rig{m_owner};
+};
+
+TYPED_TEST_SUITE_P(ConfigPaneContract);
+
+TYPED_TEST_P(ConfigPaneContract, TheNoteIsThereWhileItHasAText) {
+  EXPECT_EQ(this->m_rig.Note(), "");
+  this->m_rig.Pane().SetNote("Not connected to <b>web</b>.");
+  EXPECT_EQ(this->m_rig.Note(), "Not connected to <b>web</b>.");
+  this->m_rig.Pane().SetNote("");
+  EXPECT_EQ(this->m_rig.Note(), "");
+}
+
+TYPED_TEST_P(ConfigPaneContract, TheFocusGoesToTheList) {
+  EXPECT_FALSE(this->m_rig.ListHasFocus());
+  this->m_rig.Pane().SetFocus();
+  EXPECT_TRUE(this->m_rig.ListHasFocus());
+}
+
+REGISTER_TYPED_TEST_SUITE_P(ConfigPaneContract, TheNoteIsThereWhileItHasAText,
+                            TheFocusGoesToTheList);

@@ -81,8 +81,8 @@ bool CTraceChildFrame::HandOver(TracePane& from, Pane& to) {
   if (made) to.view = static_cast<TracePane*>(AddView(to.make(from.Document())));
   // A rebuild of the list replaces this current trace by its own.
   to.view->m_currentEvent = from.CurrentEvent();
-  // A pane that is left because it could not be filled passes on no filter: its filter must not
-  // stay.
+  // A pane that is left because it could not be filled passes on no filter: the other pane would be
+  // rebuilt, the user could cancel that, and the empty pane would stay.
   const bool filter = from.m_filterChanged && from.IsBuilt();
   // A new pane is filled by Build before it is shown, so that the other one stays visible
   // meanwhile.

@@ -318,6 +318,7 @@ TEST_F(TreeToggle, ATreeThatIsCancelledAtTheEndOfTheLoadGivesWayToTheList) {
   m_list->Document().m_loading = true;
   Toggle();
   CProcView& tree = Tree();
+  tree.m_filter.allTraces = 0;
   tree.m_filterChanged = true;
   m_list->Document().m_loading = false;
   const ShortPieces pieces;
@@ -325,6 +326,8 @@ TEST_F(TreeToggle, ATreeThatIsCancelledAtTheEndOfTheLoadGivesWayToTheList) {
   tree.SendMessage(WM_TRACE_UPDATE, kHintReady, 0);
   EXPECT_EQ(Child().GetActiveView(), m_list);
   EXPECT_EQ(m_list->Rows().Size(), kMany);
+  EXPECT_EQ(m_list->m_filter.allTraces, 1)
+      << "a rebuild could be cancelled, and the tree would stay";
   EXPECT_EQ(tree.Model().TraceCount(), 0);
   Toggle();
   EXPECT_EQ(Child().GetActiveView(), &tree);

@@ -55,15 +55,28 @@ LinkThread& LinkThread::Get() {
 
 void LinkThread::Start(const ServiceEnvironment& environment) {
   m_environment = environment;
+  StartThread();
+}
+
+void LinkThread::StartIfRefused() {
+  State refused = State::Refused;
+  if (m_state.load(std::memory_order_acquire) != refused || NowMs() < m_againMs.load()) return;
+  // Of several threads one goes on.
+  if (m_state.compare_exchange_strong(refused, State::Off)) StartThread();
+}
+
+void LinkThread::StartThread() {
   m_state.store(State::Trying);
   sigset_t all, before;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);
   pthread_t thread;
-  if (pthread_create(&thread, nullptr, Enter, this) == 0)
+  if (pthread_create(&thread, nullptr, Enter, this) == 0) {
     pthread_detach(thread);
-  else
-    m_state.store(State::Alone);
+  } else {
+    m_againMs.store(NowMs() + kPauseMinMs);
+    m_state.store(State::Refused);
+  }
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 

@@ -6,7 +6,7 @@
 //          time, so that nothing in the ring is lost. It sleeps until its segment's bell rings,
 //          never at a descriptor, because the application may close them all. So it checks once a
 //          second whether the service has ended. The thread that starts it reads the environment
-//          for it.
+//          for it. If the system refuses the thread, later calls of the application start it.
 // Owner    Lives until the process ends.
 // Threads  Every function here may be called from any thread.
 #pragma once
@@ -23,6 +23,9 @@ class LinkThread {
   static LinkThread& Get();
 
   void Start(const ServiceEnvironment& environment);
+  // Starts the thread if the system has refused it, at most every 50 ms. Not in a signal handler,
+  // because that allocates.
+  void StartIfRefused();
   void TellPoints();  // points were registered
   void TellName();    // the application has another name: sends a new hello
   void PushSink() { m_sink.Push(); }
@@ -37,9 +40,10 @@ class LinkThread {
   void AfterForkInChild();
 
  private:
-  enum class State { Off, Trying, Linked, Alone };
+  enum class State { Off, Refused, Trying, Linked, Alone };
   struct Session;  // used by the thread only
 
+  void StartThread();
   static void* Enter(void* self);
   void Run();
   void Wait(Session& session, std::uint32_t heard);
@@ -57,7 +61,8 @@ class LinkThread {
   std::atomic<State> m_state{State::Off};
   std::atomic<bool> m_linked{false};
   std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false}, m_reportNow{false};
-  KnownDescriptor m_socket;  // used by the thread, and by a fork's child
+  KnownDescriptor m_socket;                 // used by the thread, and by a fork's child
+  std::atomic<std::uint64_t> m_againMs{0};  // when a refused thread is tried again
   ServiceEnvironment m_environment;
   SinkKeeper m_sink;
 };

@@ -201,6 +201,7 @@ __attribute__((destructor)) void AtExit() {
 void quor_application(const char* name) {
   const ErrnoKeeper keeper;
   Runtime::Get().NameApplication(name);
+  LinkThread::Get().StartIfRefused();
 }
 
 void quor_declare(quor_point* point) {
@@ -212,6 +213,7 @@ void quor_declare(quor_point* point) {
 void quor_register(quor_point* point) {
   const ErrnoKeeper keeper;
   Runtime::Get().Register(point);
+  LinkThread::Get().StartIfRefused();
 }
 
 int quor_first_use(quor_point* point, unsigned attributes) {
@@ -229,6 +231,7 @@ int quor_first_use(quor_point* point, unsigned attributes) {
 void quor_thread_name(const char* name) {
   const ErrnoKeeper keeper;
   Runtime& runtime = Runtime::Get();
+  LinkThread::Get().StartIfRefused();
   if (!name) return;
   t_laterName[0] = '\0';
   if (runtime.Start() && NameThread(runtime, name, true)) return;
@@ -249,6 +252,7 @@ void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsig
   if ((settings & attributes) != attributes) return;
   const ErrnoKeeper keeper;
   const void* const caller = __builtin_return_address(0);
+  LinkThread::Get().StartIfRefused();
   if (!format) format = "(null)";
   char text[1024];
   va_list arguments, again;
@@ -275,6 +279,7 @@ void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsig
 
 int quor_flush(unsigned milliseconds) {
   const ErrnoKeeper keeper;
+  LinkThread::Get().StartIfRefused();
   return LinkThread::Get().WaitUntilTaken(milliseconds) ? 1 : 0;
 }
 

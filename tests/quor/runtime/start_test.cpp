@@ -1,14 +1,17 @@
 // A process whose first traces find no memory to go to: they are counted, and when there is some
 // the later ones are delivered and the count is reported.
+#include <pthread.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
 #include <atomic>
+#include <filesystem>
 #include <thread>
 #include <vector>
 
 #include "fake_service.h"
 #include "quor/quor.hpp"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -223,5 +226,69 @@ TEST(StartWithLittle, WithASingleDescriptorCountsItsTracesAsLost) {
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
 }
+
+// While it lives the system refuses every new thread: no address space has room for its stack.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_getattr_default_np(&m_before);
+    pthread_attr_t huge = m_before;
+    EXPECT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 50), 0);
+    EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
+  }
+  ~NoThreads() { pthread_setattr_default_np(&m_before); }
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  pthread_attr_t m_before;
+};
+
+bool HasLinkThread() {
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
+    if (ReadIfThere(task.path() / "comm") == "quor\n") return true;
+  return false;
+}
+
+void TraceFormatted() {
+  quor_tracef(&start_point, QUOR_INFO, nullptr, 0, "%s", "formatted");
+}
+
+struct LaterCall {
+  const char* name;
+  void (*call)();
+};
+
+class RefusedThread : public testing::TestWithParam<LaterCall> {};
+
+TEST_P(RefusedThread, IsStartedByALaterCallAndTheLinkComes) {
+  FakeService service;
+  TracedChild app([](TracedChild& self) {
+    {
+      const NoThreads none;
+      QUOR_TRACE_INFO(start_point, "early");
+      EXPECT_FALSE(HasLinkThread());
+    }
+    EXPECT_TRUE(WaitFor([] { return GetParam().call(), HasLinkThread(); }));
+    QUOR_TRACE_INFO(start_point, "last");
+    self.AwaitGo();
+    return 0;
+  });
+  const auto seen = service.Accept();
+  ASSERT_NE(seen, nullptr);
+  EXPECT_TRUE(WaitFor([&] { return seen->Has("last"); }));
+  EXPECT_TRUE(seen->Has("early"));
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Calls, RefusedThread,
+    testing::Values(LaterCall{"Application", [] { quor_application("orders"); }},
+                    LaterCall{"Register", [] { quor_register(&start_point); }},
+                    LaterCall{"ThreadName", [] { quor_thread_name("worker"); }},
+                    LaterCall{"Flush", [] { quor_flush(0); }},
+                    LaterCall{"Formatted", TraceFormatted}),
+    [](const auto& tested) { return tested.param.name; });
 
 }  // namespace

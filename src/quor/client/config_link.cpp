@@ -1,6 +1,7 @@
 #include "quor/client/config_link.h"
 
-#include <set>
+#include <optional>
+#include <utility>
 
 #include "base/fail_with.h"
 
@@ -25,32 +26,38 @@ std::shared_ptr<ConfigLink> ConfigLink::To(const std::string& host, std::string*
 bool ConfigLink::Ask(quor::wire::Request request, quor::wire::Response* response,
                      std::string* why) {
   std::unique_lock lock(m_mutex);
-  const std::uint32_t id = ++m_lastId;
-  request.set_id(id);
-  m_questions[id].request = request;
-  m_link.Post([request](Connection* connection) {
-    if (connection) connection->Send(FrameType::Request, request);  // else OnUp does it
+  return AskLocked(lock, std::move(request), response, why);
+}
+
+bool ConfigLink::AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Request request,
+                           quor::wire::Response* response, std::string* why) {
+  const std::uint32_t id = m_questions.Add(std::move(request));
+  m_link.Post([this, id](Connection* connection) {
+    if (!connection) return;  // OnUp does it
+    const std::lock_guard guard(m_mutex);
+    if (const quor::wire::Request* const unsent = m_questions.TakeUnsent(id))
+      connection->Send(FrameType::Request, *unsent);
   });
-  m_answered.wait_for(lock, kDeadline, [&] { return m_questions[id].answer.has_value(); });
-  const std::optional<quor::wire::Response> answer = std::move(m_questions[id].answer);
-  m_questions.erase(id);
+  m_answered.wait_for(lock, kDeadline, [&] { return m_questions.IsAnswered(id); });
+  const std::optional<quor::wire::Response> answer = m_questions.Take(id);
   if (!answer) return FailWith(why, "no answer in time");
   if (answer->error() != quor::wire::ERROR_NONE) return FailWith(why, answer->text());
   if (response) *response = *answer;
   return true;
 }
 
+// One lock for the count and the question: otherwise a connection that begins in between would open
+// the application, and the question would open it once more.
 bool ConfigLink::Open(const std::string& app, quor::wire::Response* response, std::string* why) {
   quor::wire::Request request;
-  {
-    const std::lock_guard lock(m_mutex);
-    if (m_open[app]++ == 0) {
-      request.mutable_open_app()->set_name(app);
-    } else {
-      request.mutable_get_app()->set_name(app);
-    }
+  std::unique_lock lock(m_mutex);
+  if (m_open[app]++ == 0) {
+    request.mutable_open_app()->set_name(app);
+  } else {
+    request.mutable_get_app()->set_name(app);
   }
-  if (Ask(request, response, why)) return true;
+  if (AskLocked(lock, std::move(request), response, why)) return true;
+  lock.unlock();
   Close(app);
   return false;
 }
@@ -61,7 +68,7 @@ void ConfigLink::Close(const std::string& app) {
     const std::lock_guard lock(m_mutex);
     if (--m_open[app] > 0) return;
     m_open.erase(app);
-    request.set_id(++m_lastId);
+    request.set_id(m_questions.NextId());
   }
   request.mutable_close_app()->set_name(app);
   m_link.Post([request](Connection* connection) {
@@ -72,20 +79,16 @@ void ConfigLink::Close(const std::string& app) {
 void ConfigLink::OnUp(Connection& connection, const quor::wire::Welcome&) {
   m_up = true;
   const std::lock_guard lock(m_mutex);
-  // Applications whose first question is still open are opened by that question.
-  std::set<std::string> asked;
-  for (const auto& [id, question] : m_questions)
-    if (!question.answer && question.request.has_open_app())
-      asked.insert(question.request.open_app().name());
   for (const auto& [app, handles] : m_open) {
-    if (asked.contains(app)) continue;
+    if (m_questions.WillOpen(app)) continue;
     quor::wire::Request request;
-    request.set_id(++m_lastId);
+    request.set_id(m_questions.NextId());
     request.mutable_open_app()->set_name(app);
     connection.Send(FrameType::Request, request);
   }
-  for (const auto& [id, question] : m_questions)
-    if (!question.answer) connection.Send(FrameType::Request, question.request);
+  m_questions.SendAll([&connection](const quor::wire::Request& request) {
+    connection.Send(FrameType::Request, request);
+  });
 }
 
 void ConfigLink::OnFrame(const Frame& frame) {
@@ -94,8 +97,6 @@ void ConfigLink::OnFrame(const Frame& frame) {
       !response.ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size())))
     return m_link.Break("a frame that a configuration does not expect");
   const std::lock_guard lock(m_mutex);
-  const auto question = m_questions.find(response.id());
-  if (question == m_questions.end()) return;  // nobody waits for the answer any more
-  question->second.answer = std::move(response);
+  m_questions.Answer(std::move(response));
   m_answered.notify_all();
 }

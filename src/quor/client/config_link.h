@@ -4,7 +4,7 @@
 //          program had opened.
 // Errors   Ask returns false when the machine refuses or has not answered in time. A broken
 //          connection is made again: open applications are opened again, and open questions are
-//          asked again (asking twice is harmless).
+//          asked again.
 // Threads  Interface thread; Ask blocks.
 #pragma once
 
@@ -13,10 +13,10 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 
 #include "quor/client/link/service_link.h"
+#include "quor/client/questions.h"
 
 class ConfigLink final : public ServiceLink::User {
  public:
@@ -38,16 +38,13 @@ class ConfigLink final : public ServiceLink::User {
   bool IsUp() const { return m_up; }
 
  private:
-  struct Question {
-    quor::wire::Request request;
-    std::optional<quor::wire::Response> answer;
-  };
+  bool AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Request request,
+                 quor::wire::Response* response, std::string* why);
 
   ServiceLink m_link;
   std::atomic<bool> m_up{false};  // set on the link's thread
   std::mutex m_mutex;             // guards all members below
   std::condition_variable m_answered;
-  std::map<std::uint32_t, Question> m_questions;
+  Questions m_questions;
   std::map<std::string, int> m_open;  // handles by application
-  std::uint32_t m_lastId = 0;
 };

@@ -5,8 +5,8 @@
 
 #include "base/text.h"
 
-CAddAppDialog::CAddAppDialog(Host& host, std::set<std::string> names)
-    : CDialog(host), m_names(std::move(names)) {}
+CAddAppDialog::CAddAppDialog(Host& host, std::set<std::string> names, std::string note)
+    : CDialog(host), m_note(std::move(note)), m_names(std::move(names)) {}
 
 std::vector<std::string> CAddAppDialog::Items() const {
   std::vector<std::string> items;

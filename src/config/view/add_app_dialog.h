@@ -18,7 +18,8 @@ class CAddAppDialog : public CDialog {
   static constexpr char kLabel[] = "Application &Name:\n(select from list of registered names)";
   const char* HelpTopic() const override { return "configuration"; }
 
-  CAddAppDialog(Host& host, std::set<std::string> names);
+  // `note` tells why there are no names; empty if there is nothing to say.
+  CAddAppDialog(Host& host, std::set<std::string> names, std::string note = {});
 
   // The texts of the items, in the order of the set.
   std::vector<std::string> Items() const;
@@ -28,6 +29,7 @@ class CAddAppDialog : public CDialog {
   // Ends the dialog with the selected names as its set. Without a selection it stays open.
   void OnOK() override;
 
+  const std::string m_note;
   // What was offered; after OK what was chosen.
   std::set<std::string> m_names;
 

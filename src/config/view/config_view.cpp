@@ -78,10 +78,18 @@ std::set<std::string> CConfigView::NamesToAdd() const {
   return names;
 }
 
+std::string CConfigView::WhyNoNames() const {
+  const std::string machine = m_document.GetMachineName();
+  if (!m_document.IsLive()) return machine + " does not answer.";
+  return m_bEmpty ? "No application has traced on " + machine + " yet."
+                  : "All applications of " + machine + " are in the list.";
+}
+
 // Each application gets its sheet at once, one after the other.
 void CConfigView::OnAddApplication() {
   if (!m_document.GetConfig()) return;
-  CAddAppDialog dialog(GetHost(), NamesToAdd());
+  const std::set<std::string> names = NamesToAdd();
+  CAddAppDialog dialog(GetHost(), names, names.empty() ? WhyNoNames() : std::string());
   if (dialog.DoModal() != CDialog::kIdOk) return;
   for (const std::string& name : dialog.m_names) {
     // A program that must end does not go on behind its sheet. A machine that is away would take as

@@ -41,6 +41,7 @@ class CConfigView : public CView, public ListBoxOwner {
   bool HasCurrent() const;
   trace_App_i* Current() const;  // null for none and for the placeholder
   std::set<std::string> NamesToAdd() const;
+  std::string WhyNoNames() const;
   bool Add(const std::string& name);  // false: the machine cannot be reached
   void AddPlaceholder();
   void SelectItem(const trace_App_i& app);

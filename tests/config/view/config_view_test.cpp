@@ -90,6 +90,7 @@ class ConfigViewTest : public testing::Test {
     m_host.AnswerDialog([this, names](CDialog& asked) {
       auto& dialog = dynamic_cast<CAddAppDialog&>(asked);
       m_offered.clear();
+      m_note = dialog.m_note;
       std::set<std::size_t> chosen;
       std::size_t number = 0;
       for (const std::string& name : dialog.m_names) {
@@ -121,7 +122,7 @@ class ConfigViewTest : public testing::Test {
   CMultiDocTemplate m_template;
   CConfigDoc* m_doc = nullptr;
   FakeConfigPane* m_pane = nullptr;
-  std::string m_offered, m_sheets;
+  std::string m_offered, m_note, m_sheets;
 };
 
 TEST_F(ConfigViewTest, AnEmptyListShowsThePlaceholderForWhichDeleteAndPropertiesAreDisabled) {
@@ -187,6 +188,23 @@ TEST_F(ConfigViewTest, WhenAllRegisteredApplicationsAreInTheListTheDialogOpensEm
   Run(ID_CONFIG_ADD);
   EXPECT_EQ(m_offered, "");
   EXPECT_EQ(Shown(), "*orders");
+}
+
+TEST_F(ConfigViewTest, AnEmptyDialogSaysWhyItIsEmpty) {
+  Open();
+  Choose({});
+  Run(ID_CONFIG_ADD);
+  EXPECT_EQ(m_note, "No application has traced on web yet.");
+  m_machine.Run("orders", {});
+  Add({"orders"});
+  EXPECT_EQ(m_note, "");
+  Choose({});
+  Run(ID_CONFIG_ADD);
+  EXPECT_EQ(m_note, "All applications of web are in the list.");
+  m_machine.m_away = true;
+  Choose({});
+  Run(ID_CONFIG_ADD);
+  EXPECT_EQ(m_note, "web does not answer.");
 }
 
 TEST_F(ConfigViewTest, AddingThreeAtOnceOpensThreeSheetsInSequenceInTheOrderOfBytes) {

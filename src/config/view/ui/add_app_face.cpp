@@ -27,6 +27,12 @@ AddAppFace::AddAppFace(CAddAppDialog& dialog, QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(label);
   layout->addWidget(m_list, 1);
+  if (!dialog.m_note.empty()) {
+    QLabel* const note = MakePlainLabel(QString::fromStdString(dialog.m_note), this);
+    note->setObjectName("note");
+    note->setWordWrap(true);
+    layout->addWidget(note);
+  }
   layout->addWidget(buttons.box);
   m_list->setFocus();
 }

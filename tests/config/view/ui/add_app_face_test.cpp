@@ -86,6 +86,19 @@ TEST_F(AddAppFaceTest, ADoubleClickChoosesOne) {
   EXPECT_THAT(m_dialog.m_names, ElementsAre("orders"));
 }
 
+TEST_F(AddAppFaceTest, AnEmptyListIsExplainedBelowIt) {
+  CAddAppDialog empty(m_host, {}, "<web> does not answer.");
+  OnWindow([](QWidget& window) {
+    const auto* const note = window.findChild<QLabel*>("note");
+    ASSERT_TRUE(note && note->isVisible());
+    EXPECT_EQ(note->text(), QStringLiteral("<web> does not answer."));
+    EXPECT_EQ(note->textFormat(), Qt::PlainText);
+    EXPECT_FALSE(Ok(window).isEnabled());
+    QTest::keyClick(&window, Qt::Key_Escape);
+  });
+  EXPECT_EQ(empty.DoModal(), CDialog::kIdCancel);
+}
+
 TEST_F(AddAppFaceTest, ByKeyboardTypingSelectsAndEnterAdds) {
   OnWindow([](QWidget& window) {
     QTest::keyClick(&List(window), Qt::Key_Z);

@@ -16,7 +16,9 @@ class ConfigSheetFixture : public testing::Test {
  protected:
   ConfigSheetFixture() {
     ConfigClient client;
-    client.connect = [this](const std::string& host) { return m_machine.Connect(host, nullptr); };
+    client.connect = [this](const std::string& host, std::string* why) {
+      return m_machine.Connect(host, why);
+    };
     client.open = [this](const std::string&, const std::string& app) {
       return m_machine.Open(app, nullptr);
     };

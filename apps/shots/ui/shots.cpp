@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstdio>
 
+#include "config_scenes.h"
 #include "dialog_scenes.h"
 #include "docview/ui/qt_host.h"
 #include "monitor_scenes.h"
@@ -97,11 +98,14 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   MonitorScenes monitor(tessera, scenes, replay, home);
   TreeScenes tree(tessera, scenes, replay, file, scratch.path());
   DialogScenes dialogs(tessera, scenes, source, home);
+  ConfigScenes config(tessera, scenes);
   Light(scenes, dialogs, file, second);
+  config.All();
   tessera.CloseAllDocuments();
   monitor.Light();
   tree.Light();
   Dark(scenes, dialogs, file, second);
+  config.All();
   tessera.CloseAllDocuments();
   monitor.Dark();
   tree.Dark();

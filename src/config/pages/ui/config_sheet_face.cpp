@@ -25,6 +25,7 @@ ConfigSheetFace::ConfigSheetFace(CConfigPropertySheet& sheet, QWidget* parent)
   m_note->setWordWrap(true);
   static_cast<QBoxLayout*>(layout())->insertWidget(1, m_note);
   UpdateData();
+  resize(sizeHint());  // by itself a window takes two thirds of the screen at most
 }
 
 void ConfigSheetFace::UpdateData() {

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
@@ -16,7 +17,7 @@
 namespace {
 
 using Page = CAppSinkCfgPropertyPage;
-constexpr int kIndentPx = 22, kGroupGapPx = 14, kNumberChars = 12;
+constexpr int kIndentPx = 22, kGroupGapPx = 14, kNumberChars = 12, kUnitGapPx = 6;
 
 }  // namespace
 
@@ -99,6 +100,7 @@ void SinkPageFace::MakeFile(QGridLayout& grid) {
   m_maxSize = MakeCombo(Page::kMaxSize, "Ma&ximum File Size:", Page::MaxSizeChoices(), grid);
   auto* const size = new QHBoxLayout;
   size->addWidget(m_maxSize);
+  size->addSpacing(kUnitGapPx);
   size->addWidget(MakePlainLabel("MB", this));
   size->addStretch(1);
   grid.addLayout(size, grid.rowCount() - 1, 2);

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kListChars = 92, kListRows = 16;
+constexpr int kListChars = 128, kListRows = 22;
 
 }  // namespace
 
@@ -21,8 +21,8 @@ TracesPanel::TracesPanel(CTracesList& traces, const QString& label, Forward forw
       m_forward(std::move(forward)),
       m_list(new QtReportList(traces, "Traces", this)) {
   m_list->setObjectName("traces");
-  m_list->setMinimumSize(fontMetrics().averageCharWidth() * kListChars,
-                         fontMetrics().lineSpacing() * kListRows);
+  m_list->SetWantedSize(
+      {fontMetrics().averageCharWidth() * kListChars, fontMetrics().lineSpacing() * kListRows});
   auto* const text = new QLabel(label, this);
   text->setBuddy(m_list);
   const auto preset = [this](unsigned settings) {

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kRowMarginPx = 4, kGapPx = 3, kBehindMarksPx = 6;
 constexpr qreal kRound = 1.5;
+constexpr double kFocusAccent = 0.35;
 
 std::vector<ReportMark> MarksOf(const QModelIndex& index) {
   const auto* const model = dynamic_cast<const ReportModel*>(index.model());
@@ -86,6 +87,24 @@ bool IsQuiet(const std::vector<ReportMark>& marks) {
   return std::none_of(marks.begin(), marks.end(), [](const ReportMark& mark) { return mark.on; });
 }
 
+// The row that the keys move from, while the list has the keyboard.
+bool IsFocusedRow(const QStyleOptionViewItem& option, const QModelIndex& index) {
+  const auto* const view = qobject_cast<const QAbstractItemView*>(option.widget);
+  return view && view->hasFocus() && view->currentIndex().row() == index.row();
+}
+
+// A frame around the focused row: the style's own would look like a selection.
+void PaintFocus(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
+  const QRect rect = option.rect.adjusted(0, 0, -1, -1);
+  painter.setPen(Mixed(option.palette.color(QPalette::Highlight),
+                       option.palette.color(QPalette::Text), kFocusAccent));
+  painter.drawLine(rect.topLeft(), rect.topRight());
+  painter.drawLine(rect.bottomLeft(), rect.bottomRight());
+  if (index.column() == 0) painter.drawLine(rect.topLeft(), rect.bottomLeft());
+  if (index.column() == index.model()->columnCount() - 1)
+    painter.drawLine(rect.topRight(), rect.bottomRight());
+}
+
 const QStyle& StyleOf(const QStyleOptionViewItem& option) {
   return option.widget ? *option.widget->style() : *QApplication::style();
 }
@@ -95,23 +114,33 @@ const QStyle& StyleOf(const QStyleOptionViewItem& option) {
 void ReportCells::paint(QPainter* painter, const QStyleOptionViewItem& option,
                         const QModelIndex& index) const {
   const std::vector<ReportMark> marks = MarksOf(index);
-  if (marks.empty()) return QStyledItemDelegate::paint(painter, option, index);
   QStyleOptionViewItem cell = option;
+  cell.state &= ~(QStyle::State_HasFocus | QStyle::State_MouseOver);
+  if (marks.empty())
+    QStyledItemDelegate::paint(painter, cell, index);
+  else
+    PaintMarked(*painter, cell, index, marks);
+  if (IsFocusedRow(option, index)) PaintFocus(*painter, option, index);
+}
+
+void ReportCells::PaintMarked(QPainter& painter, QStyleOptionViewItem cell,
+                              const QModelIndex& index,
+                              const std::vector<ReportMark>& marks) const {
   initStyleOption(&cell, index);
   const QString text = cell.text;
   const QStyle& style = StyleOf(cell);
   const QRect all = style.subElementRect(QStyle::SE_ItemViewItemText, &cell, cell.widget);
   cell.text.clear();
-  style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
+  style.drawControl(QStyle::CE_ItemViewItem, &cell, &painter, cell.widget);
   const int margin = style.pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, cell.widget) + 1;
   const QRect inside = all.adjusted(margin, 0, -margin, 0);
-  PaintMarks(*painter, cell, inside, marks);
+  PaintMarks(painter, cell, inside, marks);
   const QRect rest = inside.adjusted(MarksPx(cell, marks.size()), 0, 0, 0);
   if (rest.width() <= 0) return;
   const CellColors colors = ColorsOf(cell);
-  painter->setPen(IsQuiet(marks) ? Mixed(colors.paper, colors.text, 0.65) : colors.text);
-  painter->drawText(rest, Qt::AlignVCenter | Qt::TextSingleLine,
-                    cell.fontMetrics.elidedText(text, Qt::ElideRight, rest.width()));
+  painter.setPen(IsQuiet(marks) ? Mixed(colors.paper, colors.text, 0.65) : colors.text);
+  painter.drawText(rest, Qt::AlignVCenter | Qt::TextSingleLine,
+                   cell.fontMetrics.elidedText(text, Qt::ElideRight, rest.width()));
 }
 
 QSize ReportCells::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {

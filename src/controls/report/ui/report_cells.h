@@ -2,6 +2,9 @@
 #pragma once
 
 #include <QStyledItemDelegate>
+#include <vector>
+
+#include "controls/report/report_list.h"
 
 class ReportCells final : public QStyledItemDelegate {
  public:
@@ -12,4 +15,8 @@ class ReportCells final : public QStyledItemDelegate {
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
   bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                  const QModelIndex& index) override;
+
+ private:
+  void PaintMarked(QPainter& painter, QStyleOptionViewItem cell, const QModelIndex& index,
+                   const std::vector<ReportMark>& marks) const;
 };

@@ -17,7 +17,6 @@ QtReportList::QtReportList(ReportListOwner& owner, const QString& spokenName, QW
   setRootIsDecorated(false);
   setItemsExpandable(false);
   setUniformRowHeights(true);
-  setAllColumnsShowFocus(true);
   setVerticalScrollMode(ScrollPerItem);
   setEditTriggers(NoEditTriggers);
   setSelectionMode(ExtendedSelection);

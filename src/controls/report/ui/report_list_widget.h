@@ -30,6 +30,9 @@ class QtReportList final : public QTreeView, public ReportList {
   void EnsureVisible(int row) override;
 
   int RowHeight() const;
+  // The size that it opens with; it can become smaller.
+  void SetWantedSize(const QSize& size) { m_wanted = size; }
+  QSize sizeHint() const override { return m_wanted.isEmpty() ? QTreeView::sizeHint() : m_wanted; }
 
  protected:
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
@@ -42,6 +45,7 @@ class QtReportList final : public QTreeView, public ReportList {
 
   ReportListOwner& m_owner;
   ReportModel* m_model;
+  QSize m_wanted;
   bool m_made = false;  // the owner may be called
   bool m_layingOut = false;
   bool m_dragged = false;  // the user has set a width

@@ -74,10 +74,10 @@ class Sender {
       Send(EncodeFrame(FrameType::Data, body));
       m_sent += kPerFrame;
       quor::wire::Ledger ledger;
-      auto* const word = ledger.add_sources();
-      word->set_instance(std::string(16, 'i'));
-      word->set_serial(m_sent);
-      word->set_delivered(m_sent);
+      auto* const line = ledger.add_sources();
+      line->set_instance(std::string(16, 'i'));
+      line->set_serial(m_sent);
+      line->set_delivered(m_sent);
       Send(EncodeFrame(FrameType::Ledger, ledger.SerializeAsString()));
       due += std::chrono::nanoseconds(1'000'000'000 / kPerSecond * kPerFrame);
       std::this_thread::sleep_until(due);

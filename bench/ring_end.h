@@ -16,9 +16,9 @@
 
 #include "quor/link/link.h"
 #include "quor/link/link_socket.h"
-#include "quor/ring/bell.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
+#include "quor/ring/wake_event.h"
 #include "tests/support/remove_segments.h"
 
 class RingEnd {
@@ -54,17 +54,17 @@ class RingEnd {
     const char* why = "no segment came";
     if (got.descriptorCount != 1 || !m_segment.Open(got.descriptors[0], &why)) Give(why);
     m_consumer = std::make_unique<RingConsumer>(m_segment);
-    Say(EncodeWelcome());
+    Send(EncodeWelcome());
   }
-  void SetAll(std::uint32_t word) {
+  void SetAll(std::uint32_t settings) {
     SegmentPointsReader points(m_segment);
     std::vector<SegmentPointNames> names;
     points.ReadNew(names);
-    for (std::uint32_t i = 0; i < points.Count(); ++i) points.SetSettings(i, word);
-    points.SetDefault(word);
-    Say(EncodePoke());
+    for (std::uint32_t i = 0; i < points.Count(); ++i) points.SetSettings(i, settings);
+    points.SetDefault(settings);
+    Send(EncodePoke());
   }
-  void SendSink(const LinkSink& sink) { Say(EncodeSink(sink)); }
+  void SendSink(const LinkSink& sink) { Send(EncodeSink(sink)); }
   // Waits for the application's next message of this type.
   void Await(LinkType type) {
     for (;;) {
@@ -87,9 +87,9 @@ class RingEnd {
   }
 
  private:
-  void Say(const std::vector<std::uint8_t>& frame) {
+  void Send(const std::vector<std::uint8_t>& frame) {
     SendOnLink(m_socket, frame);
-    Ring(m_segment.Header()->bell);
+    Signal(m_segment.Header()->wakeEvent);
   }
   [[noreturn]] static void Give(const char* why) {
     std::fprintf(stderr, "bench: %s\n", why);

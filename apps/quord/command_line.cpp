@@ -54,7 +54,7 @@ class Parser {
       return {Chosen(), kExitGood};
     } catch (const CLI::ParseError& error) {
       if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
-        std::cerr << "quord: " << WordsFor(m_app, error) << "\n";
+        std::cerr << "quord: " << ErrorText(m_app, error) << "\n";
         return {std::nullopt, kExitWrongUse};
       }
       m_app.exit(error);

@@ -14,7 +14,7 @@
 #include "commands.h"
 #include "quor/link/paths.h"
 #include "quor/protocol/tls.h"
-#include "quor/service/local_door.h"
+#include "quor/service/local_listener.h"
 #include "quor/service/service.h"
 
 namespace {
@@ -47,8 +47,8 @@ std::string Absolute(const std::string& path) {
 
 ServiceOptions OptionsOf(const ServeCommand& command) {
   ServiceOptions options;
-  options.handedSocket = TakeHandedSocket(&options.socketPath);
-  if (options.handedSocket < 0) options.socketPath = SocketPathIn(command.socketFolder);
+  options.inheritedSocket = TakeInheritedSocket(&options.socketPath);
+  if (options.inheritedSocket < 0) options.socketPath = SocketPathIn(command.socketFolder);
   options.socketPath = Absolute(options.socketPath);
   options.stateFolder = Absolute(StateFolder(command, options.socketPath));
   options.listen = command.listen;

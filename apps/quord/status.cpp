@@ -9,7 +9,7 @@
 #include "quor/link/link_socket.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/service/local_door.h"
+#include "quor/service/local_listener.h"
 
 namespace {
 

@@ -54,7 +54,7 @@ void OnQtMessage(QtMsgType type, const QMessageLogContext& context, const QStrin
 }
 
 // The window shows no message for a file that it cannot open; the terminal does.
-void TellWhyNotOpened(const std::vector<std::string>& arguments) {
+void ReportWhyNotOpened(const std::vector<std::string>& arguments) {
   const std::string path = CWinApp::ParseCommandLine(arguments).file;
   const std::string unreadable = WhyUnreadable(path);
   const std::string why = unreadable.empty() ? WhyRefused(path) : unreadable;
@@ -88,7 +88,7 @@ int Run(const ProgramOptions& options) {
   const bool started = tessera.InitInstance(options.rest);
   if (signalPipe.Asked()) return 0;
   if (!started) {
-    TellWhyNotOpened(options.rest);
+    ReportWhyNotOpened(options.rest);
     return kExitWrong;
   }
   if (!options.monitor.empty() && !tessera.OpenMonitor(options.monitor)) {

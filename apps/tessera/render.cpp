@@ -25,8 +25,8 @@ void AnswerBox() {
   auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
   if (!dialog) return;
   const auto* box = qobject_cast<const QMessageBox*>(dialog);
-  const QString words = box ? box->text() : dialog->windowTitle();
-  std::fprintf(stderr, "tessera: %s\n", qUtf8Printable(words));
+  const QString text = box ? box->text() : dialog->windowTitle();
+  std::fprintf(stderr, "tessera: %s\n", qUtf8Printable(text));
   dialog->reject();
 }
 

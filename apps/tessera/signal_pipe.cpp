@@ -26,7 +26,7 @@ extern "C" void OnSignal(int) {
 
 }  // namespace
 
-SignalPipe::SignalPipe(std::function<void()> asked) : m_toldTo(std::move(asked)) {
+SignalPipe::SignalPipe(std::function<void()> asked) : m_notify(std::move(asked)) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return;
   m_readEnd = ends[0];
@@ -55,12 +55,12 @@ SignalPipe::~SignalPipe() {
 void SignalPipe::OnReadable() {
   char bytes[16];
   while (read(m_readEnd, bytes, sizeof bytes) > 0) m_asked = true;
-  if (m_asked) m_toldTo();
+  if (m_asked) m_notify();
 }
 
 bool SignalPipe::eventFilter(QObject* object, QEvent* event) {
   if (object != QCoreApplication::instance() || event->type() != QEvent::Quit) return false;
   m_asked = true;
-  m_toldTo();
+  m_notify();
   return true;
 }

@@ -20,7 +20,7 @@ class SignalPipe : public QObject {
 
  private:
   void OnReadable();
-  std::function<void()> m_toldTo;
+  std::function<void()> m_notify;
   int m_readEnd = -1;
   bool m_asked = false;
 };

@@ -40,7 +40,7 @@ CommandLine::CommandLine() {
 const Command* CommandLine::Read(int argc, const char* const* argv) {
   m_status = kExitBad;
   if (const std::string wrong = FlagWithValue(m_app, argc, argv); !wrong.empty()) {
-    Complain(wrong);
+    PrintError(wrong);
     return nullptr;
   }
   try {
@@ -72,6 +72,6 @@ int CommandLine::Answer(const CLI::ParseError& error) {
     output.Buffer() = answer.str();
     return output.Finish();
   }
-  Complain(WordsFor(m_app, error));
+  PrintError(ErrorText(m_app, error));
   return kExitBad;
 }

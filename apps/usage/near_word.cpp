@@ -9,7 +9,7 @@ constexpr std::size_t kFar = std::numeric_limits<std::size_t>::max();
 // Longer words are compared only by their capitals: comparing letters costs the product of the
 // lengths.
 constexpr std::size_t kMostLetters = 128;
-constexpr std::size_t kMostTold = 3;
+constexpr std::size_t kNamesMax = 3;
 
 // Without the dashes of an option, in small letters.
 std::string Folded(std::string_view word) {
@@ -73,7 +73,7 @@ std::vector<std::string> NearWords(std::string_view word, const std::vector<std:
 std::string DidYouMean(std::string_view word, const std::vector<std::string>& known) {
   std::vector<std::string> near = NearWords(word, known);
   if (near.empty()) return {};
-  near.resize(std::min(near.size(), kMostTold));
+  near.resize(std::min(near.size(), kNamesMax));
   std::string words = "; did you mean ";
   for (std::size_t i = 0; i < near.size(); ++i) {
     if (i > 0) words.append(i + 1 < near.size() ? ", " : " or ");

@@ -55,8 +55,8 @@ class PlainHelp final : public CLI::Formatter {
     return valued && !option->get_type_name().empty() ? " " + option->get_type_name() : "";
   }
   std::string make_option_desc(const CLI::Option* option) const override {
-    const bool told = option->nonpositional() && option->get_required();
-    return Wrapped(option->get_description() + (told ? " (required)" : ""));
+    const bool required = option->nonpositional() && option->get_required();
+    return Wrapped(option->get_description() + (required ? " (required)" : ""));
   }
   std::string make_option_usage(const CLI::Option* option) const override {
     if (!option->get_option_text().empty()) return option->get_option_text();
@@ -104,22 +104,22 @@ std::string Unknown(const CLI::App& app, bool surplus) {
 }
 
 // "--columns: 1 required LIST missing", as the library says it.
-std::string Missing(const std::string& words) {
-  if (words.find(": At Most ") != words.npos) return "that is one argument too many";
+std::string Missing(const std::string& message) {
+  if (message.find(": At Most ") != message.npos) return "that is one argument too many";
   const std::string middle = ": 1 required ", end = " missing";
-  const std::size_t at = words.find(middle), stop = words.rfind(end);
-  if (at == words.npos || stop == words.npos || stop < at + middle.size()) return words;
+  const std::size_t at = message.find(middle), stop = message.rfind(end);
+  if (at == message.npos || stop == message.npos || stop < at + middle.size()) return message;
   const std::size_t type = at + middle.size();
-  return words.substr(0, at) + " needs " + words.substr(type, stop - type);
+  return message.substr(0, at) + " needs " + message.substr(type, stop - type);
 }
 
 // "WORDS is required", with the name that the help uses.
-std::string Required(const CLI::App& app, const std::string& words) {
-  if (words == "A subcommand is required") return "a command is needed";
+std::string Required(const CLI::App& app, const std::string& message) {
+  if (message == "A subcommand is required") return "a command is needed";
   for (const CLI::Option* const option : app.get_options())
-    if (!option->get_option_text().empty() && words == option->get_name() + " is required")
+    if (!option->get_option_text().empty() && message == option->get_name() + " is required")
       return option->get_option_text() + " is required";
-  return words;
+  return message;
 }
 
 }  // namespace
@@ -177,18 +177,18 @@ CLI::Validator OneOf(std::vector<std::string> words) {
       "");
 }
 
-std::string WordsFor(const CLI::App& app, const CLI::ParseError& error) {
+std::string ErrorText(const CLI::App& app, const CLI::ParseError& error) {
   const bool required = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
   const bool surplus = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
-  std::string words, line;
+  std::string message, line;
   const CLI::App* at = &app;
   for (const CLI::App* next = at; next != nullptr;) {
     at = next;
     line.append(line.empty() ? "" : " ").append(at->get_name());
-    if (words.empty() && (required || surplus)) words = Unknown(*at, surplus);
+    if (message.empty() && (required || surplus)) message = Unknown(*at, surplus);
     const auto chosen = at->get_subcommands();
     next = chosen.empty() ? nullptr : chosen.front();
   }
-  if (words.empty()) words = required ? Required(*at, error.what()) : Missing(error.what());
-  return words + "\nTry '" + line + " --help'.";
+  if (message.empty()) message = required ? Required(*at, error.what()) : Missing(error.what());
+  return message + "\nTry '" + line + " --help'.";
 }

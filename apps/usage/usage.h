@@ -23,4 +23,4 @@ void RefuseOutside(const std::string& option, std::uint64_t value, std::uint64_t
 // with a reference to the help; "" when no flag has a value.
 std::string FlagWithValue(const CLI::App& app, int argc, const char* const* argv);
 // The error, the words that may have been meant, and a reference to the help.
-std::string WordsFor(const CLI::App& app, const CLI::ParseError& error);
+std::string ErrorText(const CLI::App& app, const CLI::ParseError& error);

@@ -78,7 +78,7 @@ std::string_view CutUtf8(std::string_view text, std::size_t bytes) {
   return text.substr(0, bytes);
 }
 
-std::string InSmallLetters(std::string_view text) {
+std::string ToLowerAscii(std::string_view text) {
   std::string small(text);
   for (char& byte : small) byte = static_cast<char>(Lower(static_cast<unsigned char>(byte)));
   return small;

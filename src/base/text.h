@@ -27,7 +27,7 @@ std::string ReplaceMalformed(std::string_view text);
 std::string_view CutUtf8(std::string_view text, std::size_t bytes);
 
 // Letters A to Z as a to z, other bytes as they are.
-std::string InSmallLetters(std::string_view text);
+std::string ToLowerAscii(std::string_view text);
 
 // Compares the two in small letters: < 0, 0, > 0.
 int CompareIgnoringCase(std::string_view a, std::string_view b);

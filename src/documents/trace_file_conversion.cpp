@@ -12,12 +12,12 @@ namespace {
 
 class Conversion {
  public:
-  Conversion(const MappedFile& old, const std::string& path, const ConversionEars& ears)
+  Conversion(const MappedFile& old, const std::string& path, const ConversionCallbacks& callbacks)
       : m_old(old),
         m_path(path),
         m_temporary(path + ".tmp"),
         m_aside(path + ".old"),
-        m_ears(ears) {}
+        m_callbacks(callbacks) {}
 
   bool Run() {
     const bool swapped = IsWhatWasMapped() ? WriteTemporary() && Swap() : Failed(kRenameOld);
@@ -32,8 +32,8 @@ class Conversion {
   static constexpr char kRenameNew[] = "Error renaming temporary file";
   static constexpr char kRemoveOld[] = "Error removing old trace file";
 
-  bool Failed(const char* words) {
-    m_ears.say(words, BoxIcon::Stop);
+  bool Failed(const char* text) {
+    m_callbacks.say(text, BoxIcon::Stop);
     return false;
   }
   // Before our own renames, which count as changes.
@@ -49,22 +49,23 @@ class Conversion {
   void RemoveTemporary() const {
     if (IsOursAt(m_temporary)) unlink(m_temporary.c_str());
   }
-  ConversionGoes Heard(std::uint64_t position, bool last) {
-    const ConversionGoes goes = m_ears.progress(position, last);
-    m_givenUp = m_givenUp || goes == ConversionGoes::Nowhere;
-    return goes;
+  ConversionControl Progress(std::uint64_t position, bool last) {
+    const ConversionControl control = m_callbacks.progress(position, last);
+    m_givenUp = m_givenUp || control == ConversionControl::Abandon;
+    return control;
   }
 
   bool WriteTemporary() {
     if (!m_writer.Create(m_temporary)) return Failed("Error creating temporary file");
     KeepPermissions();
-    const OldConversion result = ConvertOldTrc(
-        m_old.View(), m_writer,
-        [this](std::uint64_t position) { return Heard(position, false) == ConversionGoes::On; });
+    const OldConversion result =
+        ConvertOldTrc(m_old.View(), m_writer, [this](std::uint64_t position) {
+          return Progress(position, false) == ConversionControl::Continue;
+        });
     if (m_givenUp) return false;
     // The old file will be deleted: the new one must be on the disk.
     if (!(result.written && m_writer.Sync())) return Failed("Error writing to temporary file");
-    Heard(result.position, true);
+    Progress(result.position, true);
     return !m_givenUp;
   }
 
@@ -99,13 +100,13 @@ class Conversion {
   // What another program has written into it meanwhile exists nowhere else: then it stays.
   void RemoveOld() {
     if (!IsUnwrittenAt(m_aside) || unlink(m_aside.c_str()) != 0)
-      m_ears.say(kRemoveOld, BoxIcon::Warning);
+      m_callbacks.say(kRemoveOld, BoxIcon::Warning);
   }
 
   const MappedFile& m_old;
   const std::string& m_path;
   const std::string m_temporary, m_aside;
-  const ConversionEars& m_ears;
+  const ConversionCallbacks& m_callbacks;
   TrcWriter m_writer{TrcWriter::kBlockBytes};
   bool m_givenUp = false;
 };
@@ -113,6 +114,6 @@ class Conversion {
 }  // namespace
 
 std::shared_ptr<const MappedFile> ConvertTraceFile(const MappedFile& old, const std::string& path,
-                                                   const ConversionEars& ears) {
-  return Conversion(old, path, ears).Run() ? MappedFile::Open(path) : nullptr;
+                                                   const ConversionCallbacks& callbacks) {
+  return Conversion(old, path, callbacks).Run() ? MappedFile::Open(path) : nullptr;
 }

@@ -27,15 +27,15 @@
 #include "base/mapped_file.h"
 #include "docview/host.h"
 
-enum class ConversionGoes { On, Short, Nowhere };  // on; cancelled by the user; given up
+enum class ConversionControl { Continue, Stop, Abandon };  // Stop: cancelled by the user
 
-struct ConversionEars {
-  // At every 1024th record, and once more after the last one, when only Nowhere is considered.
-  std::function<ConversionGoes(std::uint64_t position, bool last)> progress;
+struct ConversionCallbacks {
+  // At every 1024th record, and once more after the last one, when only Abandon counts.
+  std::function<ConversionControl(std::uint64_t position, bool last)> progress;
   // Shows a message to the user. Returns when it has been read.
-  std::function<void(const char* words, BoxIcon icon)> say;
+  std::function<void(const char* text, BoxIcon icon)> say;
 };
 
 // The new file, or null. `old` stays mapped as long as its holder wants.
 std::shared_ptr<const MappedFile> ConvertTraceFile(const MappedFile& old, const std::string& path,
-                                                   const ConversionEars& ears);
+                                                   const ConversionCallbacks& callbacks);

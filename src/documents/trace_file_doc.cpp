@@ -74,12 +74,12 @@ void CTraceFileDoc::DeleteContents() {
 void CTraceFileDoc::StopLoad() {
   if (!m_loadThread) return;
   m_cancelEvent->Set();
-  if (m_load) m_load->LetGo();
+  if (m_load) m_load->StopWaiting();
   const bool ended = m_loadThread.Get()->Wait(m_setup.stopWaitMs);
   m_loadThread.Close();
   if (!m_load) return;
   if (!ended) {
-    m_load->Disown();
+    m_load->Detach();
     m_load.reset();
   } else if (m_load->Failed()) {
     m_load.reset();

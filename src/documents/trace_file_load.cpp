@@ -13,7 +13,7 @@
 
 namespace {
 // On the interface thread. False when there is no main window.
-bool TellMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
+bool NotifyMainWindow(const Host& host, LoadProgress what, std::intptr_t value) {
   CWnd* const window = host.MainWindow();
   if (window) window->SendMessage(WM_TRACE_PROGRESS, what, value);
   return window != nullptr;
@@ -67,24 +67,24 @@ void TraceFileLoad::Fail() {
   m_file.reset();
   m_oldFile.reset();
   const std::lock_guard lock(m_hostMutex);
-  const bool silent = m_disowned || m_givenUp;
+  const bool silent = m_detached || m_givenUp;
   if (!silent) m_host.PostBox({"Error opening trace file", BoxIcon::Stop, BoxButtons::Ok}, {});
 }
 
 bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
   PostStart("Converting...");
   if (beforeWalk) beforeWalk();
-  ConversionEars ears;
-  ears.progress = [this](std::uint64_t position, bool last) {
+  ConversionCallbacks callbacks;
+  callbacks.progress = [this](std::uint64_t position, bool last) {
     m_givenUp = m_givenUp || ConversionUnderWay::AllGivenUp();
-    if (m_givenUp) return ConversionGoes::Nowhere;
-    if (!last && m_cancelEvent->IsSet()) return ConversionGoes::Short;
+    if (m_givenUp) return ConversionControl::Abandon;
+    if (!last && m_cancelEvent->IsSet()) return ConversionControl::Stop;
     PostPosition(position, last);
-    return ConversionGoes::On;
+    return ConversionControl::Continue;
   };
-  ears.say = [this](const char* words, BoxIcon icon) { Say(words, icon); };
+  callbacks.say = [this](const char* text, BoxIcon icon) { Say(text, icon); };
   const ConversionUnderWay underWay;
-  std::shared_ptr<const MappedFile> converted = ConvertTraceFile(*m_file, m_path, ears);
+  std::shared_ptr<const MappedFile> converted = ConvertTraceFile(*m_file, m_path, callbacks);
   m_oldFile = std::exchange(m_file, std::move(converted));
   return m_file != nullptr;
 }
@@ -102,21 +102,21 @@ void TraceFileLoad::Walk(const std::function<void()>& beforeWalk) {
   });
 }
 
-void TraceFileLoad::Disown() {
+void TraceFileLoad::Detach() {
   m_handOver = nullptr;
   const std::lock_guard lock(m_hostMutex);
-  m_host.Post([&host = m_host] { TellMainWindow(host, kLoadDone, 0); });
-  m_disowned = true;
+  m_host.Post([&host = m_host] { NotifyMainWindow(host, kLoadDone, 0); });
+  m_detached = true;
 }
 
 // The box blocks no window and not the interface thread: only this thread waits. After a cancel it
 // does not wait either, because the interface thread may be waiting for it.
-void TraceFileLoad::Say(const char* words, BoxIcon icon) {
+void TraceFileLoad::Say(const char* text, BoxIcon icon) {
   const HANDLE read = CreateEvent();
   {
     const std::lock_guard lock(m_hostMutex);
-    if (m_disowned) return;
-    m_host.PostBox({words, icon, BoxButtons::Ok}, [read] { read->Set(); });
+    if (m_detached) return;
+    m_host.PostBox({text, icon, BoxButtons::Ok}, [read] { read->Set(); });
     if (m_cancelEvent->IsSet()) return;
     m_boxRead = read;
   }
@@ -125,7 +125,7 @@ void TraceFileLoad::Say(const char* words, BoxIcon icon) {
   }
 }
 
-void TraceFileLoad::LetGo() {
+void TraceFileLoad::StopWaiting() {
   const std::lock_guard lock(m_hostMutex);
   if (m_boxRead) m_boxRead->Set();
 }
@@ -135,7 +135,7 @@ void TraceFileLoad::PostStart(const char* caption) {
       [&host = m_host, start = CLoadProgressStart{caption, m_path, m_file->Size(), m_cancelEvent}] {
         auto record = std::make_unique<CLoadProgressStart>(start);
         const auto value = reinterpret_cast<std::intptr_t>(record.get());
-        if (TellMainWindow(host, kLoadStart, value)) (void)record.release();
+        if (NotifyMainWindow(host, kLoadStart, value)) (void)record.release();
       });
 }
 
@@ -146,15 +146,15 @@ void TraceFileLoad::PostPosition(std::uint64_t position, bool last) {
   const std::uint64_t shown = std::min<std::uint64_t>(position, m_file->Size());
   Post([self = shared_from_this(), shown] {
     self->m_waitingPositions.fetch_sub(1, std::memory_order_relaxed);
-    TellMainWindow(self->m_host, kLoadPosition, static_cast<std::intptr_t>(shown));
+    NotifyMainWindow(self->m_host, kLoadPosition, static_cast<std::intptr_t>(shown));
   });
 }
 
 void TraceFileLoad::PostDone() {
-  Post([&host = m_host] { TellMainWindow(host, kLoadDone, 0); });
+  Post([&host = m_host] { NotifyMainWindow(host, kLoadDone, 0); });
 }
 
 void TraceFileLoad::Post(std::function<void()> call) {
   const std::lock_guard lock(m_hostMutex);
-  if (!m_disowned) m_host.Post(std::move(call));
+  if (!m_detached) m_host.Post(std::move(call));
 }

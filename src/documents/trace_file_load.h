@@ -43,10 +43,10 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   std::function<void()> m_handOver;
   // The document no longer waits: the progress box is told that this load is done, and from now on
   // the thread uses neither host nor document.
-  void Disown();
+  void Detach();
   // Nobody reads the thread's message boxes any more: it continues without waiting for that.
   // REQUIRES: the cancel event is set.
-  void LetGo();
+  void StopWaiting();
   // REQUIRES: the thread has ended.
   bool Failed() const { return m_failed; }
 
@@ -64,7 +64,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   void Fail();
   bool Convert(const std::function<void()>& beforeWalk);
   void Walk(const std::function<void()>& beforeWalk);
-  void Say(const char* words, BoxIcon icon);
+  void Say(const char* text, BoxIcon icon);
   void PostStart(const char* caption);
   void PostPosition(std::uint64_t position, bool last);
   void PostDone();
@@ -72,7 +72,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
 
   Host& m_host;
   std::mutex m_hostMutex;   // held while the host is used on the load thread
-  bool m_disowned = false;  // the thread must not use the host
+  bool m_detached = false;  // the thread must not use the host
   HANDLE m_boxRead;         // while the thread waits for that
   const std::string m_path;
   const HANDLE m_cancelEvent;

@@ -7,13 +7,13 @@
 #include "docview/wnd.h"
 
 // The number of rows; -1 clears the pane.
-inline void TellRowCount(const Host& host, std::intptr_t count) {
+inline void ReportRowCount(const Host& host, std::intptr_t count) {
   if (CWnd* const main = host.MainWindow())
     main->SendMessage(WM_TRACE_ROWCOUNT, static_cast<std::uintptr_t>(count));
 }
 
 // 1 when the view hides anything, 0 when not; -1 clears the pane.
-inline void TellFiltered(const Host& host, std::intptr_t filtered) {
+inline void ReportFiltered(const Host& host, std::intptr_t filtered) {
   if (CWnd* const main = host.MainWindow())
     main->SendMessage(WM_TRACE_FILTERED, static_cast<std::uintptr_t>(filtered));
 }

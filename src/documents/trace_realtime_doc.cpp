@@ -50,7 +50,7 @@ bool CTraceRealtimeDoc::ConnectToMachine(const std::string& machine) {
 
 void CTraceRealtimeDoc::Drain() {
   if (!m_connection) return;
-  if (std::exchange(m_toldLive, IsLive()) != IsLive()) TellWhyEmpty();
+  if (std::exchange(m_notifiedLive, IsLive()) != IsLive()) NotifyWhyEmpty();
   if (!m_connection->HasTraces()) return;
   CTraceHint batch;
   do {
@@ -124,11 +124,11 @@ void CTraceRealtimeDoc::TogglePause() {
   } else {
     m_connection->Resume();
   }
-  TellWhyEmpty();
+  NotifyWhyEmpty();
 }
 
 // Empty views now show another reason.
-void CTraceRealtimeDoc::TellWhyEmpty() {
+void CTraceRealtimeDoc::NotifyWhyEmpty() {
   if (m_traces.empty()) UpdateAllViews(nullptr, kHintOptions);
 }
 

@@ -63,7 +63,7 @@ class CTraceRealtimeDoc : public CTraceDoc {
 
  private:
   static constexpr std::size_t kTrimTraces = 100;
-  void TellWhyEmpty();
+  void NotifyWhyEmpty();
   void Trim(CTraceHint* pending);
   bool BeginCapture(const std::string& name);
 
@@ -73,5 +73,5 @@ class CTraceRealtimeDoc : public CTraceDoc {
   TrcWriter m_capture;  // open while a capture runs
   std::string m_captureName;
   bool m_paused = false;
-  bool m_toldLive = true;  // the value of IsLive that the views know
+  bool m_notifiedLive = true;  // the value of IsLive that the views know
 };

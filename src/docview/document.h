@@ -62,7 +62,7 @@ class CDocument : public CCmdTarget {
 
   // Does long work read the document (docview/dialogs/long_work.h)? Then nothing may change it: a
   // monitor leaves its traces in their queue. Several works may nest.
-  bool IsWorkedOn() const { return m_works > 0; }
+  bool IsBusy() const { return m_works > 0; }
   void BeginWork() { ++m_works; }
   void EndWork() { --m_works; }
 

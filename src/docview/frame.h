@@ -70,7 +70,7 @@ class CMDIChildWnd : public CFrameWnd {
 
  private:
   friend class CMultiDocTemplate;
-  void TellActiveView(bool active);
+  void NotifyActiveView(bool active);
   CMDIFrameWnd& m_parent;
   std::unique_ptr<ChildFrameFace> m_face;
   unsigned m_menuResource = 0;

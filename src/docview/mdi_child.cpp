@@ -27,15 +27,15 @@ bool CMDIChildWnd::IsActive() const {
   return m_parent.m_activeChild == this;
 }
 
-void CMDIChildWnd::TellActiveView(bool active) {
+void CMDIChildWnd::NotifyActiveView(bool active) {
   if (CView* const view = m_activeView) view->OnActivateView(active, view, view);
 }
 
 void CMDIChildWnd::OnActivate(bool active) {
   if (m_destroyed || active == IsActive()) return;
   CMDIChildWnd* const before = std::exchange(m_parent.m_activeChild, active ? this : nullptr);
-  if (before) before->TellActiveView(false);
-  if (active) TellActiveView(true);
+  if (before) before->NotifyActiveView(false);
+  if (active) NotifyActiveView(true);
   m_parent.OnActiveChild(m_parent.m_activeChild);
 }
 
@@ -59,7 +59,7 @@ void CMDIChildWnd::Destroy() {
   const bool wasActive = IsActive();
   if (wasActive) {
     m_parent.m_activeChild = nullptr;
-    TellActiveView(false);
+    NotifyActiveView(false);
   }
   m_activeView = nullptr;
   std::vector<CDocument*> documents;

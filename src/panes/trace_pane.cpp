@@ -71,22 +71,22 @@ void TracePane::Follow(TraceEvent_i* event) {
 void TracePane::OnActivateView(bool activate, CView* activated, CView* deactivated) {
   m_active = activate;
   if (activate) {
-    TellStatus();
+    ReportStatus();
   } else {
-    TellRowCount(GetHost(), -1);
-    TellFiltered(GetHost(), -1);
+    ReportRowCount(GetHost(), -1);
+    ReportFiltered(GetHost(), -1);
   }
   CView::OnActivateView(activate, activated, deactivated);
 }
 
-void TracePane::TellStatus() {
+void TracePane::ReportStatus() {
   if (!m_active) return;
-  TellRowCount(GetHost(), TraceCount());
-  TellFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
+  ReportRowCount(GetHost(), TraceCount());
+  ReportFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
 }
 
-void TracePane::TellCount() {
-  if (m_active) TellRowCount(GetHost(), TraceCount());
+void TracePane::ReportCount() {
+  if (m_active) ReportRowCount(GetHost(), TraceCount());
 }
 
 void TracePane::ShowContextMenu(int screenXPx, int screenYPx) {

@@ -70,8 +70,8 @@ class TracePane : public CView {
   void ShowHits(bool on);
   void ShowContextMenu(int screenXPx, int screenYPx);
   // If this is the active view: updates both status panes, or only the count.
-  void TellStatus();
-  void TellCount();
+  void ReportStatus();
+  void ReportCount();
 
   CTraceDoc& m_document;
   std::unique_ptr<FindHits> m_hits;  // of the search that led to the current trace

@@ -71,17 +71,17 @@ class RawTraceOf {
   Id SourceFileId() const { return LoadId<Id>(m_record + TraceAt::kSourceFile); }
   std::uint32_t SourceLine() const { return LoadBe32(m_record + TraceAt::kSourceLine); }
   std::uint16_t TextLength() const { return LoadBe16(m_record + TraceAt::kTextLength); }
-  std::uint16_t StackLength() const { return LoadBe16(BehindText()); }
+  std::uint16_t StackLength() const { return LoadBe16(AfterText()); }
   // Up to the first NUL.
   std::string_view Text() const { return UpToNul(m_record + TraceAt::kText, TextLength()); }
-  std::string_view Stack() const { return UpToNul(BehindText() + kTextLengthBytes, StackLength()); }
+  std::string_view Stack() const { return UpToNul(AfterText() + kTextLengthBytes, StackLength()); }
   std::size_t Size() const { return kTraceFixedBytes + TextLength() + StackLength(); }
   TraceIdsOf<Id> Ids() const {
     return {MachineId(), AppId(), ComponentId(), CategoryId(), PidId(), TidId(), SourceFileId()};
   }
 
  private:
-  const std::uint8_t* BehindText() const { return m_record + TraceAt::kText + TextLength(); }
+  const std::uint8_t* AfterText() const { return m_record + TraceAt::kText + TextLength(); }
   const std::uint8_t* m_record;
 };
 using RawTrace = RawTraceOf<NameId>;

@@ -10,7 +10,7 @@
 #include "settings/registry.h"
 #include "shell/child_frame.h"
 #include "shell/failed_open.h"
-#include "shell/front_words.h"
+#include "shell/front_texts.h"
 #include "shell/resource_ids.h"
 #include "shell/stored_size.h"
 #include "shell/tessera_app.h"
@@ -191,10 +191,10 @@ void CMainFrame::OnIdle() {
 }
 
 void CMainFrame::ShowMessage() {
-  const FrontWords words = WordsOfFront(MDIGetActive(), m_rows);
-  m_face->SetPaneText(kPaneMessage, m_notice.empty() ? words.message : m_notice);
-  m_face->SetPaneToolTip(kPaneMessage, m_notice.empty() ? words.details : m_noticeDetails);
-  m_face->SetPaneToolTip(kPaneRowCount, words.rows);
+  const FrontTexts texts = TextsOfFront(MDIGetActive(), m_rows);
+  m_face->SetPaneText(kPaneMessage, m_notice.empty() ? texts.message : m_notice);
+  m_face->SetPaneToolTip(kPaneMessage, m_notice.empty() ? texts.details : m_noticeDetails);
+  m_face->SetPaneToolTip(kPaneRowCount, texts.rows);
 }
 
 std::intptr_t CMainFrame::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {

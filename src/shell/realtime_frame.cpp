@@ -45,7 +45,7 @@ void CTraceRealtimeFrame::OnDestroy() {
 void CTraceRealtimeFrame::OnTimer(unsigned) {
   CTraceRealtimeDoc* const monitor = ActiveMonitor();
   // Long work reads the traces, so they must not change; new ones wait in their queue.
-  if (monitor && !monitor->IsWorkedOn()) monitor->Drain();
+  if (monitor && !monitor->IsBusy()) monitor->Drain();
 }
 
 CTraceRealtimeDoc* CTraceRealtimeFrame::ActiveMonitor() const {

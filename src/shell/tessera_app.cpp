@@ -32,7 +32,7 @@ std::string RecentFileName(std::size_t index) {
   return "File" + std::to_string(index + 1);
 }
 
-void TellOptionsChanged(const CMultiDocTemplate& docTemplate) {
+void NotifyOptionsChanged(const CMultiDocTemplate& docTemplate) {
   for (const auto& document : docTemplate.Documents())
     document->UpdateAllViews(nullptr, kHintOptions);
 }
@@ -243,8 +243,8 @@ void CTesseraApp::OnOptions() {
 // to date.
 void CTesseraApp::OnTraceOptions() {
   for (const auto& docTemplate : Templates()) {
-    TellOptionsChanged(*docTemplate);
-    if (m_monitorTemplate) TellOptionsChanged(*m_monitorTemplate);
+    NotifyOptionsChanged(*docTemplate);
+    if (m_monitorTemplate) NotifyOptionsChanged(*m_monitorTemplate);
   }
 }
 

@@ -34,7 +34,7 @@ TEST(FailWith, GivesWhatIsNothingToTheCaller) {
   EXPECT_EQ(why, "c");
 }
 
-TEST(FailWith, TheWordsOfTheSystemAreThoseOfTheLastErrorOrOfTheGivenOne) {
+TEST(FailWith, TheSystemsReasonIsThatOfTheLastErrorOrOfTheGivenOne) {
   errno = EACCES;
   EXPECT_EQ(SystemReason(), "Permission denied");
   EXPECT_EQ(SystemReason(ENOENT), "No such file or directory");

@@ -68,7 +68,7 @@ TEST_F(FileStream, GatheredBytesGoToTheFileInBlocksAndAtTheFlush) {
   EXPECT_EQ(Written(), "abcdelongerf");
 }
 
-TEST_F(FileStream, AFailedBlockIsToldAtTheLatestByTheFlushAndNothingFollowsIt) {
+TEST_F(FileStream, AFailedBlockIsReportedAtTheLatestByTheFlushAndNothingFollowsIt) {
   const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
   FOStream stream;
   stream.Attach(full, 4);

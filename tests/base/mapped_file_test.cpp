@@ -47,7 +47,7 @@ TEST_F(MappedFileTest, TheWholeFileIsSeen) {
   }
 }
 
-TEST_F(MappedFileTest, ZerosStandBehindTheEndForTheLongestReachOfARecord) {
+TEST_F(MappedFileTest, ZerosStandAfterTheEndForTheLongestReachOfARecord) {
   EXPECT_EQ(MappedFile::kGuardBytes, 1u + 44 + 2 * 65535);
   for (const std::size_t size : {std::size_t{1}, kPage - 1, kPage, kPage + 1, 5 * kPage}) {
     const auto file = Open(m_dir.File("a", std::string(size, 'x')));
@@ -184,7 +184,7 @@ TEST_F(MappedFileTest, SeveralThreadsMayMeetTheCutPagesOfSeveralFilesAtOnce) {
   EXPECT_EQ(sums, std::vector<std::uint64_t>(8, 0));
 }
 
-TEST_F(MappedFileTest, BytesAppendedByAnotherProgramDoNotShowBehindTheEnd) {
+TEST_F(MappedFileTest, BytesAppendedByAnotherProgramDoNotShowAfterTheEnd) {
   const std::string path = m_dir.File("a", std::string(kPage + 10, 'x'));
   const auto file = Open(path);
   ASSERT_TRUE(file);

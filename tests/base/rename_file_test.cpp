@@ -43,7 +43,7 @@ TEST_P(RenameTest, ALinkToNowhereIsInTheWayToo) {
   EXPECT_EQ(ReadAll(from), "text");
 }
 
-TEST_P(RenameTest, AMissingFileIsToldAsSuch) {
+TEST_P(RenameTest, AMissingFileIsReportedAsSuch) {
   EXPECT_FALSE(Rename(m_temp.File("a"), m_temp.File("b")));
   EXPECT_EQ(errno, ENOENT);
 }

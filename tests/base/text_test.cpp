@@ -62,12 +62,12 @@ TEST(Text, OnlyTheLettersAToZAreComparedIgnoringCase) {
   EXPECT_NE(CompareIgnoringCase("@", "`"), 0);
 }
 
-TEST(Text, InSmallLettersOnlyTheLettersAToZChange) {
-  EXPECT_EQ(InSmallLetters("AZaz @[`{ Ü \xC1\xFF 09"), "azaz @[`{ Ü \xC1\xFF 09");
-  EXPECT_EQ(InSmallLetters(""), "");
+TEST(Text, ToLowerAsciiOnlyTheLettersAToZChange) {
+  EXPECT_EQ(ToLowerAscii("AZaz @[`{ Ü \xC1\xFF 09"), "azaz @[`{ Ü \xC1\xFF 09");
+  EXPECT_EQ(ToLowerAscii(""), "");
 }
 
-TEST(Text, BytesAbove127SortBehindTheLetters) {
+TEST(Text, BytesAbove127SortAfterTheLetters) {
   EXPECT_LT(CompareIgnoringCase("z", "\xC3\xBC"), 0);
 }
 

@@ -30,7 +30,7 @@ TEST_F(CaptureTest, TheDialogAsksForATraceFileToWrite) {
   EXPECT_TRUE(m_document->ToggleCapture());
   EXPECT_FALSE(m_document->IsCapturing());
   EXPECT_EQ(
-      m_host.Told(),
+      m_host.Reported(),
       "save dialog \"Capture Output\" ext=.trc name=\"\" filters=\"Trace Files (*.trc)|*.trc\" -> "
       "none\n");
   ASSERT_EQ(m_host.m_fileRequests.size(), 1u);
@@ -134,7 +134,7 @@ TEST_F(CaptureTest, AFileNameWithoutAFolderGoesToTheFolderThatTheDialogLastShowe
   EXPECT_EQ(ReadAll(m_temp.File("elsewhere/live.trc")), kHeader);
 }
 
-TEST_F(CaptureTest, AFileThatCannotBeCreatedIsToldInAPlainBoxAndCaptureStaysOff) {
+TEST_F(CaptureTest, AFileThatCannotBeCreatedIsReportedInAPlainBoxAndCaptureStaysOff) {
   Connect();
   std::filesystem::create_directory(m_temp.File("live.trc"));
   m_host.AnswerFileDialog(m_temp.File("live.trc"));
@@ -152,7 +152,7 @@ TEST_F(CaptureTest, AnOpenTraceFileIsNotOverwritten) {
   EXPECT_EQ(Texts(open), "kept ");
 }
 
-TEST_F(CaptureTest, AHeaderThatCannotBeWrittenIsToldInAPlainBoxAndCaptureStaysOff) {
+TEST_F(CaptureTest, AHeaderThatCannotBeWrittenIsReportedInAPlainBoxAndCaptureStaysOff) {
   Connect();
   std::filesystem::create_symlink("/dev/full", m_temp.File("full.trc"));
   m_host.AnswerFileDialog(m_temp.File("full.trc"));
@@ -171,13 +171,13 @@ TEST_F(CaptureTest, ATraceThatCannotBeWrittenEndsTheCaptureSilentlyAndTheTracesS
     DrainOf(1000);
   }
   EXPECT_FALSE(m_document->IsCapturing());
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_EQ(Size(), 1000u);
   EXPECT_LE(ReadAll(path).size(), 5000u);
   EXPECT_GT(ReadAll(path).size(), kHeader.size()) << "what there was room for";
 }
 
-TEST_F(CaptureTest, BehindAFailedWriteTheBufferIsDiscardedAndTheNextFileBeginsWithItsHeader) {
+TEST_F(CaptureTest, AfterAFailedWriteTheBufferIsDiscardedAndTheNextFileBeginsWithItsHeader) {
   Connect();
   StartCapture("first.trc");
   {

@@ -1,4 +1,4 @@
-// Every failing step of a conversion: its words, what stays on the disk, and the document.
+// Every failing step of a conversion: its message, what stays on the disk, and the document.
 #include <unistd.h>
 
 #include "conversion_fixture.h"
@@ -16,29 +16,29 @@ class ConversionFailureTest : public ConversionTest {
   bool Converts(const std::string& path, const std::function<void()>& atEnd = {}) {
     m_words.clear();
     const auto old = MappedFile::Open(path);
-    ConversionEars ears;
-    ears.progress = [&](std::uint64_t, bool last) {
+    ConversionCallbacks callbacks;
+    callbacks.progress = [&](std::uint64_t, bool last) {
       if (last && atEnd) atEnd();
-      return ConversionGoes::On;
+      return ConversionControl::Continue;
     };
-    ears.say = [this](const char* words, BoxIcon icon) {
+    callbacks.say = [this](const char* words, BoxIcon icon) {
       m_words += std::string(icon == BoxIcon::Stop ? "stop: " : "warning: ") + words + "\n";
     };
-    return ConvertTraceFile(*old, path, ears) != nullptr;
+    return ConvertTraceFile(*old, path, callbacks) != nullptr;
   }
-  // Opens the file, reads each box as it comes, and gives the words.
+  // Opens the file, reads each box as it comes, and gives the texts.
   std::string WordsOfOpening(const std::string& path) {
     m_host.AnswerBox(BoxAnswer::Yes);
     m_document = Open(path);
     EXPECT_NE(m_document, nullptr);
     EXPECT_TRUE(m_host.RunUntil([this] {
       m_host.ClosePostedBoxes();
-      return ToldOf("posted box").find("Error opening") != std::string::npos;
+      return ReportedLines("posted box").find("Error opening") != std::string::npos;
     }));
     m_host.RunPosted();
-    return ToldOf("posted box");
+    return ReportedLines("posted box");
   }
-  static FileCalls::Ear RefusesToRemoveTheOldFile() {
+  static FileCalls::Callback RefusesToRemoveTheOldFile() {
     return [renamed = false](const std::string& call) mutable {
       renamed = renamed || call.starts_with("rename");
       return renamed && call == "unlink web.trc.old" ? EBUSY : 0;
@@ -127,15 +127,15 @@ TEST_F(ConversionFailureTest, TheTemporaryFileHasGoneMeanwhile) {
 
 TEST_F(ConversionFailureTest, AnOldFileThatCannotBeDeletedIsAWarningAndTheConversionGoesOn) {
   const std::string path = OldFile(3);
-  const FileCalls ear(RefusesToRemoveTheOldFile());
+  const FileCalls interceptor(RefusesToRemoveTheOldFile());
   EXPECT_TRUE(Converts(path));
   EXPECT_EQ(m_words, "warning: Error removing old trace file\n");
   EXPECT_EQ(Folder(), "web.trc web.trc.old(old) ");
 }
 
-TEST_F(ConversionFailureTest, ANewFileThatCannotBeOpenedFailsWithNoWordOfItsOwn) {
+TEST_F(ConversionFailureTest, ANewFileThatCannotBeOpenedFailsWithNoMessageOfItsOwn) {
   const std::string path = OldFile(3);
-  const FileCalls ear([&](const std::string& call) {
+  const FileCalls interceptor([&](const std::string& call) {
     if (call == "unlink web.trc.old" && fs::exists(path + ".old")) {
       fs::remove(path);
       fs::create_directory(path);
@@ -153,30 +153,30 @@ TEST_F(ConversionFailureTest, AFailedConversionLeavesTheDocumentLoadingWithoutTr
   EXPECT_TRUE(m_document->m_loading);
   EXPECT_TRUE(m_document->m_traces.empty());
   EXPECT_EQ(m_document->FileSize(), 0u);
-  EXPECT_EQ(ToldOf("start").substr(0, 19), "start Converting...");
-  EXPECT_EQ(ToldOf("done") + ToldOf("start Loading"), "");
-  EXPECT_EQ(m_log.Told("view message"), "") << "views are not told";
+  EXPECT_EQ(ReportedLines("start").substr(0, 19), "start Converting...");
+  EXPECT_EQ(ReportedLines("done") + ReportedLines("start Loading"), "");
+  EXPECT_EQ(m_log.Reported("view message"), "") << "views are not told";
   EXPECT_TRUE(CreateForWriting(path)) << "what stood is released";
   m_cancelEvents.at(0)->Set();  // the box's Cancel does nothing more
   m_app.m_frame.MDIGetActive()->OnClose();
   EXPECT_TRUE(m_template->Documents().empty());
   m_host.RunPosted();
-  EXPECT_EQ(ToldOf("done"), "");
+  EXPECT_EQ(ReportedLines("done"), "");
 }
 
-TEST_F(ConversionFailureTest, TheNextBoxComesWhenThePersonHasReadTheFirst) {
+TEST_F(ConversionFailureTest, TheNextBoxComesWhenTheUserHasReadTheFirst) {
   const std::string path = OldFile(3);
   fs::create_directory(path + ".tmp");
   m_host.AnswerBox(BoxAnswer::Yes);
   CTraceFileDoc* const document = Open(path);
-  ASSERT_TRUE(m_host.RunUntil([this] { return !ToldOf("posted box").empty(); }));
+  ASSERT_TRUE(m_host.RunUntil([this] { return !ReportedLines("posted box").empty(); }));
   m_host.RunPosted();  // the interface thread is free all the while
-  EXPECT_EQ(ToldOf("posted box"),
+  EXPECT_EQ(ReportedLines("posted box"),
             "posted box Tessera [stop] \"Error creating temporary file\" (OK)\n");
   EXPECT_TRUE(document->m_loading);
   m_host.ClosePostedBoxes();
   EXPECT_TRUE(m_host.RunUntil(
-      [this] { return ToldOf("posted box") == Boxes("Error creating temporary file"); }));
+      [this] { return ReportedLines("posted box") == Boxes("Error creating temporary file"); }));
 }
 
 TEST_F(ConversionFailureTest, ClosingTheDocumentUnderAnOpenBoxDoesNotWaitForItsReader) {
@@ -185,16 +185,16 @@ TEST_F(ConversionFailureTest, ClosingTheDocumentUnderAnOpenBoxDoesNotWaitForItsR
   m_loads.stopWaitMs = 20000;
   m_host.AnswerBox(BoxAnswer::Yes);
   CTraceFileDoc* const document = Open(path);
-  ASSERT_TRUE(m_host.RunUntil([this] { return !ToldOf("posted box").empty(); }));
+  ASSERT_TRUE(m_host.RunUntil([this] { return !ReportedLines("posted box").empty(); }));
   document->OnCloseDocument();
   EXPECT_TRUE(CreateForWriting(path)) << "the thread has ended before the wait's limit";
-  EXPECT_EQ(ToldOf("posted box"), Boxes("Error creating temporary file"));
-  EXPECT_EQ(ToldOf("done"), "") << "so that it was not left to itself";
+  EXPECT_EQ(ReportedLines("posted box"), Boxes("Error creating temporary file"));
+  EXPECT_EQ(ReportedLines("done"), "") << "so that it was not left to itself";
   m_host.ClosePostedBoxes();
   m_host.RunPosted();
 }
 
-TEST_F(ConversionFailureTest, BoxesBehindACancelAreShownWithoutAWait) {
+TEST_F(ConversionFailureTest, BoxesAfterACancelAreShownWithoutAWait) {
   const std::string path = OldFile(3);
   fs::create_directory(path + ".old");
   m_host.AnswerBox(BoxAnswer::Yes);
@@ -204,20 +204,20 @@ TEST_F(ConversionFailureTest, BoxesBehindACancelAreShownWithoutAWait) {
   cancel = document.CancelEvent();
   ASSERT_TRUE(document.OnOpenDocument(path));
   EXPECT_TRUE(m_host.RunUntil(
-      [this] { return ToldOf("posted box") == Boxes("Error removing old trace file"); }));
+      [this] { return ReportedLines("posted box") == Boxes("Error removing old trace file"); }));
 }
 
 TEST_F(ConversionFailureTest, TheWarningOfAnOldFileThatStaysIsReadBeforeTheLoadGoesOn) {
   const std::string path = OldFile(3);
   CTraceFileDoc document(m_host, m_loads);
-  const FileCalls ear(RefusesToRemoveTheOldFile());
+  const FileCalls interceptor(RefusesToRemoveTheOldFile());
   m_host.AnswerBox(BoxAnswer::Yes);
   ASSERT_TRUE(document.OnOpenDocument(path));
-  ASSERT_TRUE(m_host.RunUntil([this] { return !ToldOf("posted box").empty(); }));
+  ASSERT_TRUE(m_host.RunUntil([this] { return !ReportedLines("posted box").empty(); }));
   m_host.RunPosted();
-  EXPECT_EQ(ToldOf("posted box"),
+  EXPECT_EQ(ReportedLines("posted box"),
             "posted box Tessera [warning] \"Error removing old trace file\" (OK)\n");
-  EXPECT_EQ(ToldOf("start Loading"), "");
+  EXPECT_EQ(ReportedLines("start Loading"), "");
   m_host.ClosePostedBoxes();
   ASSERT_TRUE(FinishLoad(document));
   EXPECT_EQ(Texts(document), "trace 1 trace 2 trace 3 ");

@@ -70,18 +70,18 @@ class ConversionSafetyTest : public ConversionTest {
     m_words.clear();
     const auto old = MappedFile::Open(path);
     if (meanwhile) meanwhile();
-    ConversionEars ears;
-    ears.progress = [this](std::uint64_t, bool last) {
+    ConversionCallbacks callbacks;
+    callbacks.progress = [this](std::uint64_t, bool last) {
       if (last && m_atEnd) m_atEnd();
       return last ? m_last : m_goes;
     };
-    ears.say = [this](const char* words, BoxIcon icon) {
+    callbacks.say = [this](const char* words, BoxIcon icon) {
       m_words += std::string(icon == BoxIcon::Stop ? "stop: " : "warning: ") + words + "\n";
     };
-    return ConvertTraceFile(*old, path, ears) != nullptr;
+    return ConvertTraceFile(*old, path, callbacks) != nullptr;
   }
   // Does `act` before the call, which then is made.
-  static FileCalls::Ear Before(const std::string& call, std::function<void()> act) {
+  static FileCalls::Callback Before(const std::string& call, std::function<void()> act) {
     return [call, act = std::move(act)](const std::string& made) {
       if (made == call) act();
       return 0;
@@ -92,14 +92,14 @@ class ConversionSafetyTest : public ConversionTest {
   }
 
   std::function<void()> m_atEnd;
-  ConversionGoes m_goes = ConversionGoes::On, m_last = ConversionGoes::On;
+  ConversionControl m_goes = ConversionControl::Continue, m_last = ConversionControl::Continue;
   std::string m_words;
 };
 
 TEST_F(ConversionSafetyTest, TheNewFileIsWholeOnTheDiskBeforeTheOldOneLosesItsName) {
   const std::string path = OldFile(3000);
   std::vector<std::string> calls;
-  const FileCalls ear([&](const std::string& call) {
+  const FileCalls interceptor([&](const std::string& call) {
     calls.push_back(call);
     return 0;
   });
@@ -112,7 +112,8 @@ TEST_F(ConversionSafetyTest, TheNewFileIsWholeOnTheDiskBeforeTheOldOneLosesItsNa
 
 TEST_F(ConversionSafetyTest, ADiskThatRefusesTheNewFileKeepsTheOldOne) {
   const std::string path = OldFile(3);
-  const FileCalls ear([](const std::string& call) { return call.starts_with("sync") ? EIO : 0; });
+  const FileCalls interceptor(
+      [](const std::string& call) { return call.starts_with("sync") ? EIO : 0; });
   EXPECT_FALSE(Converts(path));
   EXPECT_EQ(m_words, "stop: Error writing to temporary file\n");
   EXPECT_EQ(Folder(), "web.trc(old) web.trc.tmp ");
@@ -161,7 +162,7 @@ TEST_F(ConversionSafetyTest, BytesThatWereOverwrittenUnderTheSameSizeAndTimeAreK
 TEST_F(ConversionSafetyTest, AFileThatTakesTheNameInTheLastMomentGetsItBack) {
   const std::string path = OldFile(3), other = m_temp.File("other", "Version 2.2 of somebody");
   bool done = false;
-  const FileCalls ear(Before("rename web.trc web.trc.old", [&] {
+  const FileCalls interceptor(Before("rename web.trc web.trc.old", [&] {
     if (!std::exchange(done, true)) fs::rename(other, path);
   }));
   EXPECT_FALSE(Converts(path));
@@ -172,7 +173,7 @@ TEST_F(ConversionSafetyTest, AFileThatTakesTheNameInTheLastMomentGetsItBack) {
 
 TEST_F(ConversionSafetyTest, WhatIsWrittenBetweenTheRenamesStaysInTheOldFile) {
   const std::string path = OldFile(3);
-  const FileCalls ear(
+  const FileCalls interceptor(
       Before("rename web.trc.tmp web.trc", [&] { Append(path + ".old", "later"); }));
   EXPECT_TRUE(Converts(path));
   EXPECT_EQ(m_words, "warning: Error removing old trace file\n");
@@ -194,7 +195,7 @@ TEST_F(ConversionSafetyTest, AnotherFileUnderTheTemporaryNameDoesNotTakeThePlace
 TEST_F(ConversionSafetyTest, AnotherFileThatIsRenamedInItsPlaceDoesNotCostTheOldOne) {
   const std::string path = OldFile(3), other = m_temp.File("other", "not ours");
   const std::string before = ReadAll(path);
-  const FileCalls ear(
+  const FileCalls interceptor(
       Before("rename web.trc.tmp web.trc", [&] { fs::rename(other, path + ".tmp"); }));
   EXPECT_FALSE(Converts(path));
   EXPECT_EQ(m_words, "stop: Error renaming temporary file\n");
@@ -221,10 +222,10 @@ TEST_F(ConversionSafetyTest, ASymbolicLinkConvertsAndTheFileBehindItStays) {
 TEST_F(ConversionSafetyTest, AConversionThatIsGivenUpLeavesTheOldFileAndNothingBesideIt) {
   const std::string path = OldFile(3000);
   const std::string before = ReadAll(path);
-  m_goes = ConversionGoes::Nowhere;
+  m_goes = ConversionControl::Abandon;
   EXPECT_FALSE(Converts(path));
-  m_goes = ConversionGoes::On;
-  m_last = ConversionGoes::Nowhere;
+  m_goes = ConversionControl::Continue;
+  m_last = ConversionControl::Abandon;
   EXPECT_FALSE(Converts(path)) << "up to the last moment before the swap";
   EXPECT_EQ(m_words, "");
   EXPECT_EQ(ReadAll(path), before);
@@ -233,7 +234,7 @@ TEST_F(ConversionSafetyTest, AConversionThatIsGivenUpLeavesTheOldFileAndNothingB
 
 TEST_F(ConversionSafetyTest, AFileThatTookTheTemporaryNameIsNotOursToRemove) {
   const std::string path = OldFile(3);
-  m_last = ConversionGoes::Nowhere;
+  m_last = ConversionControl::Abandon;
   m_atEnd = [&] {
     fs::remove(path + ".tmp");
     Append(path + ".tmp", "not ours");
@@ -270,7 +271,7 @@ TEST_F(EndedFromOutside, ADocumentThatTheEndOfTheProgramClosesKeepsItsOldFile) {
     ASSERT_TRUE(document.OnOpenDocument(path));
     document.DeleteContents();
     m_host.RunPosted();
-    EXPECT_EQ(ToldOf("posted box"), "");
+    EXPECT_EQ(ReportedLines("posted box"), "");
   });
   EXPECT_EQ(ReadAll(path), before);
   EXPECT_EQ(Folder(), "web.trc(old) ");
@@ -291,7 +292,7 @@ TEST_F(EndedFromOutside, AQuestionThatTheEndOfTheProgramClosesIsNoYes) {
 TEST_F(EndedFromOutside, AProgramThatEndsByExitCleansUpFirst) {
   const std::string path = OldFile(100'000);
   const std::string before = ReadAll(path);
-  const FileCalls ear([](const std::string& call) {
+  const FileCalls interceptor([](const std::string& call) {
     if (call.starts_with("sync")) usleep(200'000);  // a slow disk
     return 0;
   });

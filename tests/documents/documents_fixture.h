@@ -53,7 +53,7 @@ class DocumentsTest : public testing::Test {
     return *document;
   }
   // A load keeps its file open until its thread has ended; only then the file can be made again.
-  bool ThreadLetsGoOf(const std::string& path) {
+  bool ThreadReleases(const std::string& path) {
     return m_host.RunUntil([&path] { return static_cast<bool>(CreateForWriting(path)); });
   }
   void OnProgress(std::uintptr_t what, std::intptr_t value) {
@@ -71,7 +71,7 @@ class DocumentsTest : public testing::Test {
     if (m_onProgress) m_onProgress(what);
   }
   // The lines of the host's transcript that begin with `line`.
-  std::string ToldOf(const std::string& line) const {
+  std::string ReportedLines(const std::string& line) const {
     std::string all;
     for (const std::string& each : m_host.Transcript()) {
       if (each.rfind(line, 0) == 0) all += each + "\n";

@@ -11,8 +11,8 @@
 // call then returns without being made.
 class FileCalls {
  public:
-  using Ear = std::function<int(const std::string& call)>;
-  explicit FileCalls(Ear ear) { Current() = std::move(ear); }
+  using Callback = std::function<int(const std::string& call)>;
+  explicit FileCalls(Callback callback) { Current() = std::move(callback); }
   ~FileCalls() { Current() = nullptr; }
   FileCalls(const FileCalls&) = delete;
   FileCalls& operator=(const FileCalls&) = delete;
@@ -20,8 +20,8 @@ class FileCalls {
   static int Ask(const std::string& call) { return Current() ? Current()(call) : 0; }
 
  private:
-  static Ear& Current() {
-    static Ear ear;
-    return ear;
+  static Callback& Current() {
+    static Callback callback;
+    return callback;
   }
 };

@@ -65,8 +65,8 @@ TEST_F(ShrunkFileTest, ACutDuringTheLoadLoadsWhatIsLeftAndSaysNothing) {
   EXPECT_EQ(Whole(*document), std::size_t{(kLeft - 24) / 71});
   EXPECT_LE(document->m_traces.size(), Whole(*document) + 1) << "the last one is cut";
   EXPECT_GT(document->Damage().skippedBytes, 0u) << "zeros are no records";
-  EXPECT_EQ(ToldOf("box") + ToldOf("posted box"), "");
-  EXPECT_EQ(ToldOf("done"), "done\n");
+  EXPECT_EQ(ReportedLines("box") + ReportedLines("posted box"), "");
+  EXPECT_EQ(ReportedLines("done"), "done\n");
 }
 
 TEST_F(ShrunkFileTest, ACutDuringAConversionSaysSoAndDeletesNothing) {
@@ -76,9 +76,9 @@ TEST_F(ShrunkFileTest, ACutDuringAConversionSaysSoAndDeletesNothing) {
   ASSERT_NE(Open(path), nullptr);
   EXPECT_TRUE(m_host.RunUntil([this] {
     m_host.ClosePostedBoxes();
-    return ToldOf("posted box").find("Error opening") != std::string::npos;
+    return ReportedLines("posted box").find("Error opening") != std::string::npos;
   }));
-  EXPECT_NE(ToldOf("posted box").find("Error renaming old trace file"), std::string::npos);
+  EXPECT_NE(ReportedLines("posted box").find("Error renaming old trace file"), std::string::npos);
   EXPECT_EQ(std::filesystem::file_size(path), kLeft);
   EXPECT_EQ(Folder(), "web.trc(old) ");
 }

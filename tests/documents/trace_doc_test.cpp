@@ -11,10 +11,10 @@ TraceEvent_i* NewTrace(std::uint32_t count = 1, const std::string& text = "up") 
 
 class TraceDocTest : public DocumentsTest {
  protected:
-  std::string ToldBy(const std::function<void()>& act) {
+  std::string ReportedBy(const std::function<void()>& act) {
     m_log.Clear();
     act();
-    return m_log.Told();
+    return m_log.Reported();
   }
   CTraceDoc m_document{m_host};
 };
@@ -34,7 +34,7 @@ TEST_F(TraceDocTest, AnAddedTraceComesLastItsIdsAreNotedAndTheDocumentIsModified
 
 TEST_F(TraceDocTest, AnAddTellsNoView) {
   ProbeView view(m_document, m_log);
-  EXPECT_EQ(ToldBy([this] { m_document.AddTrace(NewTrace()); }), "");
+  EXPECT_EQ(ReportedBy([this] { m_document.AddTrace(NewTrace()); }), "");
 }
 
 TEST_F(TraceDocTest, AClearReleasesTheTracesFirstAndThenTells1002And1003) {
@@ -46,7 +46,8 @@ TEST_F(TraceDocTest, AClearReleasesTheTracesFirstAndThenTells1002And1003) {
     EXPECT_EQ(object, nullptr);
     sizes.push_back(m_document.m_traces.size());
   };
-  EXPECT_EQ(ToldBy([this] { m_document.DeleteContents(); }), "view hint 1002\nview hint 1003\n");
+  EXPECT_EQ(ReportedBy([this] { m_document.DeleteContents(); }),
+            "view hint 1002\nview hint 1003\n");
   EXPECT_EQ(sizes, (std::vector<std::size_t>{0, 0}));
 }
 
@@ -73,8 +74,8 @@ TEST_F(TraceDocTest, ClearOnAModifiedDocumentAsksFirstAndARefusalLeavesAllAsItWa
   ProbeView view(m_document, m_log);
   m_document.SetTitle("web");
   m_document.AddTrace(NewTrace());
-  EXPECT_EQ(ToldBy([this] { m_document.OnCommand(ID_EDIT_CLEAR_ALL); }), "");
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(ReportedBy([this] { m_document.OnCommand(ID_EDIT_CLEAR_ALL); }), "");
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [warning] \"Save changes to web?\" (Yes, No, Cancel) -> Cancel\n");
   EXPECT_EQ(m_document.m_traces.size(), 1u);
   EXPECT_TRUE(m_document.IsModified());
@@ -101,7 +102,7 @@ TEST_F(TraceDocTest, WithQuickCloseSetNoDocumentAsks) {
   m_host.ClearTranscript();
   g_quickClose = true;
   EXPECT_TRUE(m_document.SaveModified());
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(TraceDocTest, SynchronizeIsCheckedByItsFlagAndEnabledWithMoreThanOneView) {
@@ -156,15 +157,15 @@ TEST_F(TraceDocTest, AHintBorrowsItsTracesAndThoseThatFollowReachAllButTheSender
   m_document.AddTrace(NewTrace());
   CTraceHint hint(m_document.m_traces.front());
   tree.m_onUpdate = [this](CView*, unsigned, CObject* object) {
-    const auto* told = dynamic_cast<CTraceHint*>(object);
-    ASSERT_NE(told, nullptr);
-    EXPECT_EQ(told->m_events.at(0), m_document.m_traces.front());
+    const auto* reported = dynamic_cast<CTraceHint*>(object);
+    ASSERT_NE(reported, nullptr);
+    EXPECT_EQ(reported->m_events.at(0), m_document.m_traces.front());
   };
-  EXPECT_EQ(ToldBy([&] { m_document.UpdateAllViews(&list, kHintFollow, &hint); }),
+  EXPECT_EQ(ReportedBy([&] { m_document.UpdateAllViews(&list, kHintFollow, &hint); }),
             "tree hint 1006 from list with object\n");
-  EXPECT_EQ(ToldBy([&] { m_document.UpdateAllViews(nullptr, kHintAdded, &hint); }),
+  EXPECT_EQ(ReportedBy([&] { m_document.UpdateAllViews(nullptr, kHintAdded, &hint); }),
             "list hint 1004 with object\ntree hint 1004 with object\n");
-  EXPECT_EQ(ToldBy([&] { m_document.UpdateAllViews(nullptr, kHintTrimmed, &hint); }),
+  EXPECT_EQ(ReportedBy([&] { m_document.UpdateAllViews(nullptr, kHintTrimmed, &hint); }),
             "list hint 1005 with object\ntree hint 1005 with object\n");
 }
 

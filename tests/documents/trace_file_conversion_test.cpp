@@ -21,7 +21,7 @@ TEST_F(TraceFileConversionTest, NoClosesTheFileSilentlyAndTheFrameIsGoneAgain) {
   const std::string before = ReadAll(path);
   m_host.AnswerBox(BoxAnswer::No);
   EXPECT_EQ(Open(path), nullptr);
-  EXPECT_EQ(ToldOf(""), kNo);
+  EXPECT_EQ(ReportedLines(""), kNo);
   EXPECT_EQ(m_host.PostedCount(), 0u);
   EXPECT_TRUE(m_app.m_frame.Children().empty());
   EXPECT_TRUE(m_template->Documents().empty());
@@ -48,9 +48,9 @@ TEST_F(TraceFileConversionTest, YesConvertsThenLoadsInTheSameProgressDialog) {
   ASSERT_NE(document, nullptr);
   ASSERT_TRUE(FinishLoad(*document));
   const std::string newSize = std::to_string(std::filesystem::file_size(path));
-  EXPECT_EQ(m_host.Told(), kYes + ("start Converting... web.trc " + oldSize) + "\nposition " +
-                               oldSize + "\nstart Loading... web.trc " + newSize + "\nposition " +
-                               newSize + "\ndone\n");
+  EXPECT_EQ(m_host.Reported(), kYes + ("start Converting... web.trc " + oldSize) + "\nposition " +
+                                   oldSize + "\nstart Loading... web.trc " + newSize +
+                                   "\nposition " + newSize + "\ndone\n");
   EXPECT_EQ(Texts(*document), "trace 1 trace 2 trace 3 ");
   EXPECT_EQ(document->m_traces[0]->GetMachineName(document->m_names), "web");
   EXPECT_FALSE(document->IsModified());
@@ -70,23 +70,23 @@ TEST_F(TraceFileConversionTest, TheNewFileBeginsWithTheHeaderAndASecondOpenOfItA
   document = Open(path);
   ASSERT_TRUE(FinishLoad(*document));
   EXPECT_EQ(Texts(*document), "trace 1 trace 2 ");
-  EXPECT_EQ(ToldOf("box") + ToldOf("start Conv"), "");
+  EXPECT_EQ(ReportedLines("box") + ReportedLines("start Conv"), "");
 }
 
 TEST_F(TraceFileConversionTest, PositionsComeAtMultiplesOf1024RecordsAndOnceAtTheEnd) {
   const std::string path = OldFile(3000);
   m_host.AnswerBox(BoxAnswer::Yes);
   ASSERT_TRUE(FinishLoad(*Open(path)));
-  const auto told = m_host.Transcript();
-  ASSERT_GT(told.size(), 5u);
-  EXPECT_EQ(told[1].substr(0, 19), "start Converting...");
-  const std::string size = told[1].substr(told[1].rfind(' ') + 1);
+  const auto reported = m_host.Transcript();
+  ASSERT_GT(reported.size(), 5u);
+  EXPECT_EQ(reported[1].substr(0, 19), "start Converting...");
+  const std::string size = reported[1].substr(reported[1].rfind(' ') + 1);
   // A name of 6 bytes, then traces of 48 bytes and their number's digits after a tag and a NUL.
   const std::size_t end1024 = 12 + 6 + 1023 * 54 + 9 + 2 * 90 + 3 * 900 + 4 * 24;
-  EXPECT_EQ(told[2], "position " + std::to_string(end1024));
-  EXPECT_EQ(told[3], "position " + std::to_string(end1024 + 1024 * 58));
-  EXPECT_EQ(told[4], "position " + size);
-  EXPECT_EQ(told[5].substr(0, 16), "start Loading...");
+  EXPECT_EQ(reported[2], "position " + std::to_string(end1024));
+  EXPECT_EQ(reported[3], "position " + std::to_string(end1024 + 1024 * 58));
+  EXPECT_EQ(reported[4], "position " + size);
+  EXPECT_EQ(reported[5].substr(0, 16), "start Loading...");
 }
 
 TEST_F(TraceFileConversionTest, AStaleOldFileAndAStaleTemporaryFileAreReplaced) {
@@ -101,7 +101,7 @@ TEST_F(TraceFileConversionTest, AStaleOldFileAndAStaleTemporaryFileAreReplaced) 
   ASSERT_TRUE(FinishLoad(*document));
   EXPECT_EQ(Texts(*document), "trace 1 ");
   EXPECT_EQ(Folder(), "web.trc ");
-  EXPECT_EQ(ToldOf("posted box"), "");
+  EXPECT_EQ(ReportedLines("posted box"), "");
 }
 
 TEST_F(TraceFileConversionTest, ACancelLeavesTheShortenedFileUnderItsNameAndTheOldOneIsGone) {
@@ -142,7 +142,7 @@ TEST_F(TraceFileConversionTest, ClosingTheDocumentCancelsTheConversionToo) {
   m_app.m_frame.MDIGetActive()->OnClose();
   EXPECT_TRUE(m_template->Documents().empty());
   m_host.RunPosted();
-  EXPECT_EQ(ToldOf("done"), "done\n");
+  EXPECT_EQ(ReportedLines("done"), "done\n");
   EXPECT_EQ(Folder(), "web.trc ");
   EXPECT_TRUE(CreateForWriting(path)) << "nobody holds the file any more";
 }
@@ -185,7 +185,7 @@ TEST_F(TraceFileConversionTest, AFileThatIsCutOrFullOfStrayBytesConvertsWithoutA
   CTraceFileDoc* const document = Open(image.WriteTo(m_temp.File("web.trc")));
   ASSERT_TRUE(FinishLoad(*document));
   EXPECT_EQ(Texts(*document), "one tw ");
-  EXPECT_EQ(ToldOf("posted box"), "");
+  EXPECT_EQ(ReportedLines("posted box"), "");
 }
 
 TEST_F(TraceFileConversionTest, TheNewFileHasTheOldOnesPermissions) {
@@ -213,7 +213,7 @@ TEST_F(TraceFileConversionTest, TwoDocumentsOfOneOlderFileDoNotHurtEachOther) {
   // Each has its traces or has said why not.
   EXPECT_TRUE(m_host.RunUntil([&] {
     m_host.ClosePostedBoxes();
-    const bool failed = ToldOf("posted box").find("Error opening") != std::string::npos;
+    const bool failed = ReportedLines("posted box").find("Error opening") != std::string::npos;
     return int{!first.m_loading} + int{!second.m_loading} + int{failed} == 2;
   }));
   EXPECT_EQ(ReadAll(path).substr(0, 15), "TRC Version 3.1");

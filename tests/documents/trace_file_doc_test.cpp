@@ -19,13 +19,13 @@ class TraceFileDocTest : public DocumentsTest {
     CTraceFileDoc document(m_host);
     if (document.OnOpenDocument(path)) return "opened";
     EXPECT_EQ(document.FileSize(), 0u);
-    return m_host.Told() + document.OpenFailure();
+    return m_host.Reported() + document.OpenFailure();
   }
 };
 
 constexpr char kInvalid[] = "box Tessera [stop] \"Invalid format.\" (OK) -> OK\n";
 
-TEST_F(TraceFileDocTest, TheFrameShowsBeforeTheTracesAndTheViewIsToldOfThem) {
+TEST_F(TraceFileDocTest, TheFrameShowsBeforeTheTracesAndTheViewIsNotifiedOfThem) {
   const HANDLE gate = CreateEvent();
   m_loads.beforeWalk = [gate] { gate->Wait(20000); };
   CTraceFileDoc* const document =
@@ -41,12 +41,12 @@ TEST_F(TraceFileDocTest, TheFrameShowsBeforeTheTracesAndTheViewIsToldOfThem) {
   EXPECT_EQ(Texts(*document), "up down ");
   EXPECT_EQ(NameOf(document->m_names, 7), "web");
   EXPECT_FALSE(document->IsModified());
-  EXPECT_EQ(m_log.Told(), "") << "the update is posted";
+  EXPECT_EQ(m_log.Reported(), "") << "the update is posted";
   m_host.RunPosted();
-  EXPECT_EQ(m_log.Told(), "view message 1128 1002 0\n");
+  EXPECT_EQ(m_log.Reported(), "view message 1128 1002 0\n");
 }
 
-TEST_F(TraceFileDocTest, EveryViewIsToldOnceWhenTheTracesAreReady) {
+TEST_F(TraceFileDocTest, EveryViewIsNotifiedOnceWhenTheTracesAreReady) {
   const HANDLE gate = CreateEvent();
   m_loads.beforeWalk = [gate] { gate->Wait(20000); };
   CTraceFileDoc* const document = Open(TrcImage().Trace("up").WriteTo(m_temp.File("web.trc")));
@@ -54,8 +54,8 @@ TEST_F(TraceFileDocTest, EveryViewIsToldOnceWhenTheTracesAreReady) {
   gate->Set();
   ASSERT_TRUE(FinishLoad(*document));
   m_host.RunPosted();
-  EXPECT_EQ(m_log.Told("late"), "late message 1128 1002 0\n");
-  EXPECT_EQ(m_log.Told("view message"), "view message 1128 1002 0\n");
+  EXPECT_EQ(m_log.Reported("late"), "late message 1128 1002 0\n");
+  EXPECT_EQ(m_log.Reported("view message"), "view message 1128 1002 0\n");
 }
 
 TEST_F(TraceFileDocTest, FewerThan1024RecordsShowOnlyTheFinalPosition) {
@@ -63,7 +63,8 @@ TEST_F(TraceFileDocTest, FewerThan1024RecordsShowOnlyTheFinalPosition) {
   for (int i = 0; i < 1023; ++i) image.Trace("x");
   CTraceFileDoc& document = Load(image);
   const std::string size = std::to_string(image.Size());
-  EXPECT_EQ(m_host.Told(), "start Loading... web.trc " + size + "\nposition " + size + "\ndone\n");
+  EXPECT_EQ(m_host.Reported(),
+            "start Loading... web.trc " + size + "\nposition " + size + "\ndone\n");
   EXPECT_EQ(document.m_traces.size(), 1023u);
 }
 
@@ -82,7 +83,7 @@ TEST_F(TraceFileDocTest, PositionsComeAtMultiplesOf1024RecordsOfAnyTagAndOnceAtT
   }
   CTraceFileDoc& document = Load(image);
   const std::string size = std::to_string(image.Size());
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "start Loading... web.trc " + size + "\n" + expected + "position " + size + "\ndone\n");
   EXPECT_EQ(document.m_traces.size(), 833u);
   EXPECT_EQ(document.Damage().skippedBytes, 834u);
@@ -106,10 +107,10 @@ TEST_F(TraceFileDocTest, TheLoadThreadReachesTheInterfaceOnlyByPostedCalls) {
   int handedOver = 0;
   load->m_handOver = [&handedOver] { ++handedOver; };
   std::thread([load] { load->Run({}); }).join();
-  EXPECT_EQ(m_host.Told() + m_log.Told(), "");
+  EXPECT_EQ(m_host.Reported() + m_log.Reported(), "");
   EXPECT_EQ(handedOver, 0);
   m_host.RunPosted();
-  EXPECT_EQ(m_host.Told(), "start Loading... web.trc 63\nposition 63\ndone\n");
+  EXPECT_EQ(m_host.Reported(), "start Loading... web.trc 63\nposition 63\ndone\n");
   EXPECT_EQ(handedOver, 1);
 }
 
@@ -121,19 +122,19 @@ TEST_F(TraceFileDocTest, PositionsDoNotFloodAQueueThatIsNotServed) {
   load->Run({});
   EXPECT_EQ(load->m_damage.skippedBytes, bytes);
   m_host.RunPosted();
-  const auto told = m_host.Transcript();
-  ASSERT_EQ(told.size(), TraceFileLoad::kWaitingPositions + 3u);  // start, final position, done
+  const auto reported = m_host.Transcript();
+  ASSERT_EQ(reported.size(), TraceFileLoad::kWaitingPositions + 3u);  // start, final position, done
   for (std::size_t i = 1; i <= TraceFileLoad::kWaitingPositions; ++i) {
-    EXPECT_EQ(told[i], "position " + std::to_string(16 + 1024 * i));
+    EXPECT_EQ(reported[i], "position " + std::to_string(16 + 1024 * i));
   }
-  EXPECT_EQ(told[told.size() - 2], "position " + std::to_string(16 + bytes));
-  EXPECT_EQ(told.back(), "done");
+  EXPECT_EQ(reported[reported.size() - 2], "position " + std::to_string(16 + bytes));
+  EXPECT_EQ(reported.back(), "done");
 }
 
 TEST_F(TraceFileDocTest, AFileOfExactly16BytesLoadsAsAnEmptyDocument) {
   CTraceFileDoc& document = Load(TrcImage());
   EXPECT_TRUE(document.m_traces.empty());
-  EXPECT_EQ(m_host.Told(), "start Loading... web.trc 16\nposition 16\ndone\n");
+  EXPECT_EQ(m_host.Reported(), "start Loading... web.trc 16\nposition 16\ndone\n");
 }
 
 TEST_F(TraceFileDocTest, AnyOtherHeaderIsAnInvalidFormat) {
@@ -146,10 +147,10 @@ TEST_F(TraceFileDocTest, AnyOtherHeaderIsAnInvalidFormat) {
 
 TEST_F(TraceFileDocTest, AMissingPathGivesNoMessageAndItsFrameIsGoneAgain) {
   EXPECT_EQ(Open(m_temp.File("missing.trc")), nullptr);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_TRUE(m_app.m_frame.Children().empty());
   EXPECT_TRUE(m_template->Documents().empty());
-  EXPECT_NE(m_log.Told().find("child gone"), std::string::npos);
+  EXPECT_NE(m_log.Reported().find("child gone"), std::string::npos);
   EXPECT_NE(Refused(m_temp.File("missing.trc")), "");
 }
 
@@ -161,7 +162,7 @@ TEST_F(TraceFileDocTest, WhatCannotBeMappedFailsWithoutABoxButWithAReason) {
     const std::string why = Refused(path);
     EXPECT_NE(why, "") << path;
     EXPECT_NE(why, "opened") << path;
-    EXPECT_EQ(m_host.Told(), "") << path;
+    EXPECT_EQ(m_host.Reported(), "") << path;
   }
 }
 
@@ -176,9 +177,9 @@ TEST_F(TraceFileDocTest, AFileThatEndsInTheMiddleOfATraceLoadsWithoutAMessage) {
     EXPECT_EQ(document.m_traces.size(), 2u) << cut;
     EXPECT_EQ(Texts(document).substr(0, 4), "one ") << cut;
     EXPECT_EQ(DamageText(document.Damage(), true), "last record cut at byte 64") << cut;
-    const auto told = m_host.Transcript();
-    EXPECT_EQ(told.at(1), "position " + std::to_string(image.Size())) << "not behind the end";
-    EXPECT_EQ(told.back(), "done");
+    const auto reported = m_host.Transcript();
+    EXPECT_EQ(reported.at(1), "position " + std::to_string(image.Size())) << "not behind the end";
+    EXPECT_EQ(reported.back(), "done");
   }
 }
 
@@ -234,21 +235,21 @@ TEST_F(TraceFileDocTest, ClearKeepsTheMappingAndDoesNotReload) {
   m_host.ClearTranscript();
   m_log.Clear();
   EXPECT_TRUE(document.OnCommand(ID_EDIT_CLEAR_ALL));
-  EXPECT_EQ(m_log.Told(), "view hint 1002\nview hint 1003\n");
+  EXPECT_EQ(m_log.Reported(), "view hint 1002\nview hint 1003\n");
   EXPECT_TRUE(document.m_traces.empty());
   EXPECT_EQ(document.FileSize(), image.Size());
   EXPECT_FALSE(CreateForWriting(m_temp.File("web.trc"))) << "the file is still held";
   EXPECT_EQ(NameOf(document.m_names, 7), "web");
   EXPECT_FALSE(document.m_loading);
   m_host.RunPosted();
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(TraceFileDocTest, ANewDocumentOnlyClears) {
   CTraceFileDoc document(m_host);
   ProbeView view(document, m_log);
   EXPECT_TRUE(document.OnNewDocument());
-  EXPECT_EQ(m_log.Told(), "view hint 1002\nview hint 1003\n");
+  EXPECT_EQ(m_log.Reported(), "view hint 1002\nview hint 1003\n");
   EXPECT_EQ(m_host.PostedCount(), 0u);
 }
 
@@ -258,11 +259,11 @@ TEST_F(TraceFileDocTest, AStartMessageWithoutAMainWindowIsFreed) {
   ASSERT_TRUE(document.OnOpenDocument(TrcImage().Trace("up").WriteTo(m_temp.File("web.trc"))));
   ASSERT_TRUE(FinishLoad(document));
   EXPECT_EQ(Texts(document), "up ");
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   m_host.SetMainWindow(&m_app.m_frame);
 }
 
-TEST_F(TraceFileDocTest, AClosedDocumentLetsGoOfItsFile) {
+TEST_F(TraceFileDocTest, AClosedDocumentReleasesItsFile) {
   Load(TrcImage().Trace("up"));
   EXPECT_FALSE(CreateForWriting(m_temp.File("web.trc")));
   m_app.m_frame.MDIGetActive()->OnClose();

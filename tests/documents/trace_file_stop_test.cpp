@@ -32,10 +32,10 @@ TEST_F(TraceFileStopTest, CancelStopsAtTheNextMultipleOf1024RecordsAndTheTracesS
   EXPECT_EQ(document->m_traces.size(), 1014u);
   EXPECT_FALSE(document->IsModified());
   const std::string position = "position " + std::to_string(16 + 10 * 9 + 1014 * 46) + "\n";
-  EXPECT_EQ(ToldOf("position"), position) << "the final one only";
-  EXPECT_EQ(ToldOf("done"), "done\n");
+  EXPECT_EQ(ReportedLines("position"), position) << "the final one only";
+  EXPECT_EQ(ReportedLines("done"), "done\n");
   m_host.RunPosted();
-  EXPECT_EQ(m_log.Told("view message"), "view message 1128 1002 0\n");
+  EXPECT_EQ(m_log.Reported("view message"), "view message 1128 1002 0\n");
 }
 
 TEST_F(TraceFileStopTest, TheStartMessageCarriesTheEventOfItsDocument) {
@@ -65,9 +65,9 @@ TEST_F(TraceFileStopTest, ClosingDuringTheLoadCancelsItWaitsAndAsksNothing) {
   EXPECT_TRUE(m_template->Documents().empty());
   m_host.RunPosted();
   EXPECT_TRUE(CreateForWriting(m_temp.File("web.trc"))) << "nobody waits for the file any more";
-  EXPECT_EQ(ToldOf("box"), "");
-  EXPECT_EQ(ToldOf("done"), "done\n") << "the progress box goes down";
-  EXPECT_EQ(m_log.Told("view message"), "");
+  EXPECT_EQ(ReportedLines("box"), "");
+  EXPECT_EQ(ReportedLines("done"), "done\n") << "the progress box goes down";
+  EXPECT_EQ(m_log.Reported("view message"), "");
 }
 
 TEST_F(TraceFileStopTest, AStoppedLoadLeavesItsNamesAndAnEmptyReadyDocument) {
@@ -83,7 +83,7 @@ TEST_F(TraceFileStopTest, AStoppedLoadLeavesItsNamesAndAnEmptyReadyDocument) {
   EXPECT_FALSE(document.m_loading);
   EXPECT_FALSE(document.IsModified());
   EXPECT_EQ(document.m_names.size(), 10u);
-  EXPECT_EQ(m_log.Told(), "view hint 1002\nview hint 1003\n");
+  EXPECT_EQ(m_log.Reported(), "view hint 1002\nview hint 1003\n");
   m_host.RunPosted();
   EXPECT_TRUE(document.m_traces.empty()) << "the queued hand-over finds nothing to do";
 }
@@ -95,11 +95,11 @@ TEST_F(TraceFileStopTest, ADocumentThatGoesWhileItsHandOverIsQueuedIsNotTouched)
   ASSERT_TRUE(m_host.WaitForPost());
   document.reset();
   m_host.RunPosted();
-  EXPECT_EQ(ToldOf("start").substr(0, 24), "start Loading... web.trc");
-  EXPECT_EQ(ToldOf("done"), "done\n");
+  EXPECT_EQ(ReportedLines("start").substr(0, 24), "start Loading... web.trc");
+  EXPECT_EQ(ReportedLines("done"), "done\n");
 }
 
-TEST_F(TraceFileStopTest, AThreadThatHangsPastTheLimitIsDisownedAndTouchesNothingAfterwards) {
+TEST_F(TraceFileStopTest, AThreadThatHangsPastTheLimitIsDetachedAndTouchesNothingAfterwards) {
   const HANDLE gate = CreateEvent(), entered = CreateEvent();
   m_loads.beforeWalk = [gate, entered] {
     entered->Set();
@@ -112,13 +112,13 @@ TEST_F(TraceFileStopTest, AThreadThatHangsPastTheLimitIsDisownedAndTouchesNothin
   ASSERT_TRUE(entered->Wait(20000));
   document.reset();
   m_host.RunPosted();
-  EXPECT_EQ(ToldOf(""), ToldOf("start") + "done\n") << "the box goes down at once";
+  EXPECT_EQ(ReportedLines(""), ReportedLines("start") + "done\n") << "the box goes down at once";
   EXPECT_FALSE(CreateForWriting(path)) << "the thread still holds its mapping";
   m_host.ClearTranscript();
   gate->Set();
-  ASSERT_TRUE(ThreadLetsGoOf(path));
+  ASSERT_TRUE(ThreadReleases(path));
   EXPECT_EQ(m_host.PostedCount(), 0u);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(TraceFileStopTest, AClearThatGivesUpWaitingLeavesTheDocumentEmptyAndLoading) {
@@ -137,7 +137,7 @@ TEST_F(TraceFileStopTest, AClearThatGivesUpWaitingLeavesTheDocumentEmptyAndLoadi
   m_host.RunPosted();
   EXPECT_TRUE(document.m_traces.empty());
   EXPECT_TRUE(document.m_names.empty());
-  EXPECT_EQ(ToldOf("done"), "done\n");
+  EXPECT_EQ(ReportedLines("done"), "done\n");
   EXPECT_TRUE(document.m_loading);
 }
 
@@ -145,13 +145,14 @@ TEST_F(TraceFileStopTest, AFailedLoadSaysSoLeavesTheBoxUpAndTellsNoView) {
   m_loads.beforeWalk = [] { throw std::bad_alloc(); };
   CTraceFileDoc* const document = Open(LongFile());
   ASSERT_NE(document, nullptr);
-  ASSERT_TRUE(m_host.RunUntil([this] { return !ToldOf("posted box").empty(); }));
+  ASSERT_TRUE(m_host.RunUntil([this] { return !ReportedLines("posted box").empty(); }));
   m_host.RunPosted();
-  EXPECT_EQ(ToldOf("posted box"), "posted box Tessera [stop] \"Error opening trace file\" (OK)\n");
+  EXPECT_EQ(ReportedLines("posted box"),
+            "posted box Tessera [stop] \"Error opening trace file\" (OK)\n");
   EXPECT_EQ(m_cancelEvents.size(), 1u);
-  EXPECT_EQ(ToldOf("done"), "");
-  EXPECT_EQ(ToldOf("position"), "");
-  EXPECT_EQ(m_log.Told("view message"), "");
+  EXPECT_EQ(ReportedLines("done"), "");
+  EXPECT_EQ(ReportedLines("position"), "");
+  EXPECT_EQ(m_log.Reported("view message"), "");
   EXPECT_TRUE(document->m_loading);
   // The box that stays up holds an event that outlives the document.
   m_app.m_frame.MDIGetActive()->OnClose();
@@ -159,10 +160,10 @@ TEST_F(TraceFileStopTest, AFailedLoadSaysSoLeavesTheBoxUpAndTellsNoView) {
   m_cancelEvents[0]->Set();
   m_host.ClosePostedBoxes();
   m_host.RunPosted();
-  EXPECT_EQ(ToldOf("done"), "");
+  EXPECT_EQ(ReportedLines("done"), "");
 }
 
-TEST_F(TraceFileStopTest, AFailureOfADisownedLoadIsNotTold) {
+TEST_F(TraceFileStopTest, AFailureOfADetachedLoadIsNotReported) {
   const HANDLE gate = CreateEvent();
   m_loads.beforeWalk = [gate] {
     gate->Wait(20000);
@@ -174,8 +175,8 @@ TEST_F(TraceFileStopTest, AFailureOfADisownedLoadIsNotTold) {
   ASSERT_TRUE(document->OnOpenDocument(path));
   document.reset();
   gate->Set();
-  ASSERT_TRUE(ThreadLetsGoOf(path));
-  EXPECT_EQ(ToldOf("posted box"), "");
+  ASSERT_TRUE(ThreadReleases(path));
+  EXPECT_EQ(ReportedLines("posted box"), "");
 }
 
 TEST_F(TraceFileStopTest, TwoOverlappingLoadsEachSpeakOfTheirOwnAndEachGetTheirTraces) {
@@ -194,8 +195,8 @@ TEST_F(TraceFileStopTest, TwoOverlappingLoadsEachSpeakOfTheirOwnAndEachGetTheirT
   webGate->Set();
   ASSERT_TRUE(FinishLoad(*web));
   EXPECT_EQ(Texts(*web), "up ");
-  EXPECT_EQ(ToldOf("done"), "done\ndone\n");
-  EXPECT_EQ(ToldOf("position"), "position 118\nposition 63\n");
+  EXPECT_EQ(ReportedLines("done"), "done\ndone\n");
+  EXPECT_EQ(ReportedLines("position"), "position 118\nposition 63\n");
 }
 
 TEST_F(TraceFileStopTest, TheCancelEventIsNeverResetSoThatASecondLoadOfTheSameDocumentStopsEarly) {

@@ -81,7 +81,7 @@ TEST(TraceIndexFollower, ATraceCutByTheEndOfTheFileIsNotedToo) {
   ExpectTheSame(indexes, walked.indexes);
 }
 
-TEST(TraceIndexFollower, NothingBehindTheEndOfACancelledWalkIsNoted) {
+TEST(TraceIndexFollower, NothingAfterTheEndOfACancelledWalkIsNoted) {
   TrcImage image = LargeImage();
   const std::uint64_t end = image.Size();
   image.Trace({.machine = 77});

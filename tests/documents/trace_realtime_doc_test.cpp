@@ -35,14 +35,14 @@ TEST_F(RealtimeDocTest, TheConnectionIsMadeUnderAWaitCursor) {
   EXPECT_EQ(m_host.WaitCursors(), 0);
 }
 
-TEST_F(RealtimeDocTest, AConnectThatFailsGivesNoWordAndLeavesTheDocumentLoading) {
+TEST_F(RealtimeDocTest, AConnectThatFailsGivesNoMessageAndLeavesTheDocumentLoading) {
   m_service.m_refuse = true;
   CTraceRealtimeDoc document(m_host, m_service.Connector());
   EXPECT_FALSE(document.ConnectToMachine("web"));
   EXPECT_FALSE(document.IsConnected());
   EXPECT_TRUE(document.m_loading);
   EXPECT_EQ(document.GetTitle(), "");
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
 }
 
 TEST_F(RealtimeDocTest, AnEmptyMachineGivesADocumentWithoutAConnectionThatGoesOnLoading) {
@@ -70,7 +70,7 @@ TEST_F(RealtimeDocTest, ADrainTakesAllWaitingTracesInOrderAndTellsTheViewsOnce) 
 TEST_F(RealtimeDocTest, ATickWithNothingWaitingSendsNoHint) {
   Connect();
   m_document->Drain();
-  EXPECT_EQ(m_log.Told(), "");
+  EXPECT_EQ(m_log.Reported(), "");
   EXPECT_EQ(m_service.Last().m_looks, 1);
 }
 
@@ -295,7 +295,7 @@ TEST_F(RealtimeDocTest, ADocumentThatHasSeenATraceAsksWhenItClosesAndNotAfterQui
   EXPECT_TRUE(m_document->SaveModified());
   DrainOf(1);
   EXPECT_FALSE(m_document->SaveModified());
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [warning] \"Save changes to Traces sent to web?\" (Yes, No, Cancel) -> "
             "Cancel\n");
   g_quickClose = true;
@@ -342,7 +342,7 @@ TEST_F(RealtimeDocTest, AConnectionThatSaysYesAndGivesNothingEndsTheDrainWithout
   ASSERT_TRUE(document.ConnectToMachine("web"));
   m_log.Clear();
   document.Drain();
-  EXPECT_EQ(m_log.Told(), "");
+  EXPECT_EQ(m_log.Reported(), "");
   EXPECT_TRUE(document.m_traces.empty());
 }
 

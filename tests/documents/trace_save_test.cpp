@@ -63,7 +63,7 @@ TEST_F(TraceSaveTest, ADocumentWithNoTraceIsSavedAs16Bytes) {
   CTraceDoc document(m_host);
   EXPECT_TRUE(document.OnSaveDocument(m_temp.File("empty.trc")));
   EXPECT_EQ(ReadAll(m_temp.File("empty.trc")), TrcImage().Bytes());
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
 }
 
 TEST_F(TraceSaveTest, ASavedFileReopenedEqualsTheOriginal) {
@@ -110,27 +110,29 @@ TEST_F(TraceSaveTest, ASaveOverItsOwnOpenFileFailsAndLeavesItByteForByte) {
   EXPECT_EQ(document.m_traces.size(), 40u);
 }
 
-TEST_F(TraceSaveTest, AFileThatCannotBeMadeIsTold) {
+TEST_F(TraceSaveTest, AFileThatCannotBeMadeIsReported) {
   CTraceDoc document(m_host);
   EXPECT_FALSE(document.OnSaveDocument(m_temp.File("no/such/folder.trc")));
-  EXPECT_EQ(m_host.Told(), kCannotCreate);
+  EXPECT_EQ(m_host.Reported(), kCannotCreate);
 }
 
 TEST_F(TraceSaveTest, AFullDiskThatShowsOnlyAtTheLastFlushIsSeen) {
   CTraceDoc document(m_host);
   EXPECT_FALSE(document.OnSaveDocument("/dev/full"));
-  EXPECT_EQ(m_host.Told(), std::string("wait cursor on\n") + kCannotWrite + "wait cursor off\n");
+  EXPECT_EQ(m_host.Reported(),
+            std::string("wait cursor on\n") + kCannotWrite + "wait cursor off\n");
   EXPECT_EQ(m_host.WaitCursors(), 0);
 }
 
-TEST_F(TraceSaveTest, AFailedWriteIsToldWhileTheWaitCursorStillShows) {
+TEST_F(TraceSaveTest, AFailedWriteIsReportedWhileTheWaitCursorStillShows) {
   TrcImage image;  // more than what is gathered before it goes to the disk
   for (std::size_t i = 0; i < TrcWriter::kBlockBytes / 1000; ++i)
     image.Trace(std::string(2000, 'x'));
   CTraceFileDoc& document = Load(image);
   m_host.ClearTranscript();
   EXPECT_FALSE(document.OnSaveDocument("/dev/full"));
-  EXPECT_EQ(m_host.Told(), std::string("wait cursor on\n") + kCannotWrite + "wait cursor off\n");
+  EXPECT_EQ(m_host.Reported(),
+            std::string("wait cursor on\n") + kCannotWrite + "wait cursor off\n");
 }
 
 TEST_F(TraceSaveTest, ThePartAlreadyWrittenStaysOnTheDisk) {
@@ -161,7 +163,7 @@ TEST_F(TraceSaveTest, ALongSaveTellsHowFarItIsAndTakesItsPlaceWhenItIsWhole) {
   m_host.AnswerWorkBox([&](CDialog& dialog) {
     const auto& box = dynamic_cast<CWorkBox&>(dialog);
     EXPECT_STREQ(box.Message(), "Saving...");
-    EXPECT_TRUE(document.IsWorkedOn());
+    EXPECT_TRUE(document.IsBusy());
     int last = *box.Progress();
     for (int tick = 0; tick < 4; ++tick) {
       m_host.TickTimers();
@@ -174,7 +176,7 @@ TEST_F(TraceSaveTest, ALongSaveTellsHowFarItIsAndTakesItsPlaceWhenItIsWhole) {
   });
   EXPECT_TRUE(document.OnSaveDocument(path));
   EXPECT_EQ(ReadAll(path), ManyTraces().Bytes());
-  EXPECT_FALSE(document.IsWorkedOn());
+  EXPECT_FALSE(document.IsBusy());
 }
 
 TEST_F(TraceSaveTest, ACancelledSaveLeavesNoFileAndAnExistingOneAsItWas) {
@@ -193,7 +195,7 @@ TEST_F(TraceSaveTest, ACancelledSaveLeavesNoFileAndAnExistingOneAsItWas) {
   }
   EXPECT_EQ(Folder(), before);
   EXPECT_EQ(ReadAll(m_temp.File("old.trc")), "old");
-  EXPECT_EQ(m_host.Told().find("box Tessera"), std::string::npos) << "the person knows";
+  EXPECT_EQ(m_host.Reported().find("box Tessera"), std::string::npos) << "the person knows";
   EXPECT_EQ(m_host.WaitCursors(), 0);
 }
 
@@ -214,7 +216,7 @@ TEST_F(TraceSaveTest, TracesThatGoMeanwhileAreNotReadAndTheSaveFails) {
     m_host.Finish(box);
   });
   EXPECT_FALSE(document.OnSaveDocument(m_temp.File("copy.trc")));
-  EXPECT_NE(m_host.Told().find(kCannotWrite), std::string::npos);
+  EXPECT_NE(m_host.Reported().find(kCannotWrite), std::string::npos);
 }
 
 TEST_F(TraceSaveTest, ACancelledSaveOfAClosingDocumentKeepsItOpen) {

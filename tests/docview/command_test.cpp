@@ -82,9 +82,9 @@ TEST(Command, MappingACommandAgainReplacesItsHandlers) {
 }
 
 // View, document, child frame, main frame, application: the first taker wins.
-class CommandRoad : public testing::Test {
+class CommandRoute : public testing::Test {
  protected:
-  CommandRoad() : m_app(m_host, m_log) {
+  CommandRoute() : m_app(m_host, m_log) {
     auto made = std::make_unique<ProbeFrame>(m_app.m_frame, m_log);
     m_child = static_cast<ProbeFrame*>(m_app.m_frame.AddChild(std::move(made)));
     m_view = static_cast<ProbeView*>(
@@ -109,7 +109,7 @@ class CommandRoad : public testing::Test {
   std::string m_taken;
 };
 
-TEST_F(CommandRoad, GoesFromTheViewOverDocumentAndFramesToTheApplication) {
+TEST_F(CommandRoute, GoesFromTheViewOverDocumentAndFramesToTheApplication) {
   EXPECT_EQ(Run(), "nobody");
   m_app.MapCommand(kCommand, Taken("application"));
   EXPECT_EQ(Run(), "application");
@@ -121,15 +121,15 @@ TEST_F(CommandRoad, GoesFromTheViewOverDocumentAndFramesToTheApplication) {
   EXPECT_EQ(Run(), "view");
 }
 
-TEST_F(CommandRoad, TheMainFrameTakesItsOwnCommandsBeforeTheApplication) {
+TEST_F(CommandRoute, TheMainFrameTakesItsOwnCommandsBeforeTheApplication) {
   m_app.MapCommand(ID_WINDOW_CASCADE, Taken("application"));
   m_log.Clear();
   EXPECT_TRUE(m_app.m_frame.OnCommand(ID_WINDOW_CASCADE));
-  EXPECT_EQ(m_log.Told(), "layout cascade\n");
+  EXPECT_EQ(m_log.Reported(), "layout cascade\n");
   EXPECT_EQ(m_taken, "");
 }
 
-TEST_F(CommandRoad, TheUpdateHandlerIsSearchedOnTheSameRoadBeforeTheHandlers) {
+TEST_F(CommandRoute, TheUpdateHandlerIsSearchedOnTheSameRouteBeforeTheHandlers) {
   m_view->MapCommand(kCommand, Taken("view"));
   EXPECT_TRUE(EnabledIn(m_app.m_frame, kCommand));
   m_document.MapUpdate(kCommand, [](CCmdUI& ui) { ui.Enable(false); });
@@ -138,14 +138,14 @@ TEST_F(CommandRoad, TheUpdateHandlerIsSearchedOnTheSameRoadBeforeTheHandlers) {
   EXPECT_TRUE(EnabledIn(m_app.m_frame, kCommand));
 }
 
-TEST_F(CommandRoad, AFrameThatIsNotActiveIsNotAsked) {
+TEST_F(CommandRoute, AFrameThatIsNotActiveIsNotAsked) {
   m_view->MapCommand(kCommand, Taken("view"));
   m_child->OnActivate(false);
   EXPECT_EQ(Run(), "nobody");
   EXPECT_FALSE(EnabledIn(m_app.m_frame, kCommand));
 }
 
-TEST_F(CommandRoad, WindowCommandsNeedAWindow) {
+TEST_F(CommandRoute, WindowCommandsNeedAWindow) {
   for (const unsigned id : {ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE}) {
     EXPECT_TRUE(EnabledIn(m_app.m_frame, id)) << id;
   }

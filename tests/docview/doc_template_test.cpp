@@ -49,13 +49,13 @@ TEST_F(DocTemplateTest, AFailedOpenLeavesNoFrameAndNoDocument) {
   ProbeDoc::s_refuse = true;
   const std::string path = "/somewhere/web.trc";
   EXPECT_EQ(traces.OpenDocumentFile(&path), nullptr);
-  EXPECT_EQ(m_log.Told(),
+  EXPECT_EQ(m_log.Reported(),
             "frame create\nopen /somewhere/web.trc\n"
             "frame destroy\nframe gone\nview1 gone\nchild gone\ndelete contents\ndocument gone\n");
   EXPECT_TRUE(traces.Documents().empty());
   EXPECT_TRUE(m_app.m_frame.Children().empty());
   EXPECT_TRUE(m_app.RecentFiles().empty());
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(DocTemplateTest, AFileOfATemplateThatFileOpenDoesNotKnowIsNoRecentFile) {
@@ -125,7 +125,7 @@ TEST_F(DocTemplateTest, CloseAllDocumentsAsksNothing) {
   traces.CloseAllDocuments();
   EXPECT_TRUE(traces.Documents().empty());
   EXPECT_TRUE(m_app.m_frame.Children().empty());
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(DocTemplateTest, ATemplateThatGoesClosesItsDocuments) {

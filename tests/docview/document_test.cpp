@@ -19,20 +19,20 @@ class DocumentTest : public DocviewTest {
 TEST_F(DocumentTest, TellsEveryViewButTheSender) {
   ProbeDoc document(m_host, m_log);
   ProbeView first(document, m_log, "first"), second(document, m_log, "second");
-  EXPECT_EQ(ToldBy([&] { document.UpdateAllViews(nullptr, 1004); }),
+  EXPECT_EQ(ReportedBy([&] { document.UpdateAllViews(nullptr, 1004); }),
             "first hint 1004\nsecond hint 1004\n");
   CObject object;
-  EXPECT_EQ(ToldBy([&] { document.UpdateAllViews(&first, 1006, &object); }),
+  EXPECT_EQ(ReportedBy([&] { document.UpdateAllViews(&first, 1006, &object); }),
             "second hint 1006 from first with object\n");
 }
 
-TEST_F(DocumentTest, AViewThatLeftWhileTheOthersAreToldIsSkipped) {
+TEST_F(DocumentTest, AViewThatLeftWhileTheOthersAreNotifiedIsSkipped) {
   ProbeDoc document(m_host, m_log);
   ProbeView first(document, m_log, "first");
   auto second = std::make_unique<ProbeView>(document, m_log, "second");
   ProbeView third(document, m_log, "third");
   first.m_onUpdate = [&](CView*, unsigned, CObject*) { second.reset(); };
-  EXPECT_EQ(ToldBy([&] { document.UpdateAllViews(nullptr, 1002); }),
+  EXPECT_EQ(ReportedBy([&] { document.UpdateAllViews(nullptr, 1002); }),
             "first hint 1002\nsecond gone\nthird hint 1002\n");
 }
 
@@ -45,7 +45,7 @@ TEST_F(DocumentTest, AViewThatLeavesInItsOwnHintAndOneThatComesDisturbNobody) {
     first.reset();
     third = std::make_unique<ProbeView>(document, m_log, "third");
   };
-  EXPECT_EQ(ToldBy([&] { document.UpdateAllViews(nullptr, 1002); }),
+  EXPECT_EQ(ReportedBy([&] { document.UpdateAllViews(nullptr, 1002); }),
             "first hint 1002\nsecond hint 1002\nfirst gone\n");
   EXPECT_EQ(document.Views(), (std::vector<CView*>{&second, third.get()}));
 }
@@ -61,7 +61,7 @@ TEST_F(DocumentTest, AViewOutlivesItsDocumentWithoutHarm) {
 
 TEST_F(DocumentTest, AnUnmodifiedDocumentMayGoWithoutAQuestion) {
   EXPECT_TRUE(Open().SaveModified());
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(DocumentTest, AModifiedDocumentAsksByItsName) {
@@ -72,7 +72,7 @@ TEST_F(DocumentTest, AModifiedDocumentAsksByItsName) {
   m_host.AnswerBox(BoxAnswer::Cancel);
   EXPECT_FALSE(document.SaveModified());
   const std::string question = "box Tessera [warning] \"Save changes to web.trc?\" ";
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             question + "(Yes, No, Cancel) -> No\n" + question + "(Yes, No, Cancel) -> Cancel\n");
 }
 
@@ -80,7 +80,7 @@ TEST_F(DocumentTest, ADocumentWithoutAPathAsksByItsTitle) {
   CDocument& document = *m_template.OpenDocumentFile(nullptr);
   document.SetModifiedFlag(true);
   EXPECT_FALSE(document.SaveModified());
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [warning] \"Save changes to Trace File1?\" (Yes, No, Cancel) -> Cancel\n");
 }
 
@@ -90,7 +90,7 @@ TEST_F(DocumentTest, YesSavesInPlaceWhereTheFileCanBeWritten) {
   document.SetModifiedFlag(true);
   m_host.AnswerBox(BoxAnswer::Yes);
   EXPECT_TRUE(document.SaveModified());
-  EXPECT_EQ(m_log.Told("save"), "save " + temp.File("web.trc") + "\n");
+  EXPECT_EQ(m_log.Reported("save"), "save " + temp.File("web.trc") + "\n");
 }
 
 TEST_F(DocumentTest, YesAsksForANameWhereThereIsNoFileToWrite) {
@@ -123,10 +123,10 @@ TEST_F(DocumentTest, ASavedCopyLeavesNameTitleAndRecentFiles) {
   CDocument& document = Open();
   m_host.AnswerFileDialog("/somewhere/copy.trc");
   EXPECT_TRUE(document.DoSave(nullptr, false));
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "save dialog \"Save Copy As\" ext=.trc name=\"/somewhere/web.trc\" "
             "filters=\"Trace Files (*.trc)|*.trc|All Files (*.*)|*\" -> /somewhere/copy.trc\n");
-  EXPECT_EQ(m_log.Told("save"), "save /somewhere/copy.trc\n");
+  EXPECT_EQ(m_log.Reported("save"), "save /somewhere/copy.trc\n");
   EXPECT_EQ(document.GetTitle(), "web.trc");
   EXPECT_EQ(m_app.RecentFiles(), std::vector<std::string>{"/somewhere/web.trc"});
 }
@@ -135,7 +135,7 @@ TEST_F(DocumentTest, ASaveToAPathAsksNothingAndWithReplaceRenames) {
   CDocument& document = Open();
   const std::string path = "/somewhere/else.trc";
   EXPECT_TRUE(document.DoSave(&path, true));
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_EQ(document.GetPathName(), path);
   EXPECT_EQ(FrameOf(document).Title(), "else.trc");
   EXPECT_EQ(m_app.RecentFiles(), (std::vector<std::string>{path, "/somewhere/web.trc"}));
@@ -160,7 +160,7 @@ TEST_F(DocumentTest, ABaseDocumentHasNoFormInAFile) {
 TEST_F(DocumentTest, ANewDocumentIsEmptyNamelessAndUnmodified) {
   CDocument& document = Open();
   document.SetModifiedFlag(true);
-  EXPECT_EQ(ToldBy([&] { document.OnNewDocument(); }), "delete contents\nview1 hint 1002\n");
+  EXPECT_EQ(ReportedBy([&] { document.OnNewDocument(); }), "delete contents\nview1 hint 1002\n");
   EXPECT_EQ(document.GetPathName(), "");
   EXPECT_FALSE(document.IsModified());
 }

@@ -81,10 +81,10 @@ class DocviewTest : public testing::Test {
     return *frame;
   }
   // The lines that `act` adds to the log.
-  std::string ToldBy(const std::function<void()>& act) {
+  std::string ReportedBy(const std::function<void()>& act) {
     m_log.Clear();
     act();
-    return m_log.Told();
+    return m_log.Reported();
   }
 
   static constexpr char kTraceFileString[] =

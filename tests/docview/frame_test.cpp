@@ -19,7 +19,7 @@ class FrameTest : public DocviewTest {
 };
 
 TEST_F(FrameTest, AnOpenedDocumentShowsItsViewThenItsTitleThenItsWindow) {
-  EXPECT_EQ(ToldBy([&] { Open(); }),
+  EXPECT_EQ(ReportedBy([&] { Open(); }),
             "frame create\n"
             "open /somewhere/web.trc\n"
             "child title web.trc\n"
@@ -28,19 +28,20 @@ TEST_F(FrameTest, AnOpenedDocumentShowsItsViewThenItsTitleThenItsWindow) {
             "child show\nchild activate\nview1 activated\nactive web.trc\n");
 }
 
-TEST_F(FrameTest, TheViewThatLosesIsToldBeforeTheOneThatGains) {
+TEST_F(FrameTest, TheViewThatLosesIsNotifiedBeforeTheOneThatGains) {
   CDocument& web = Open();
   CDocument& db = Open("/somewhere/db.trc");
   EXPECT_EQ(m_app.m_frame.MDIGetActive(), &FrameOf(db));
-  EXPECT_EQ(ToldBy([&] { FrameOf(web).OnActivate(true); }),
+  EXPECT_EQ(ReportedBy([&] { FrameOf(web).OnActivate(true); }),
             "view2 deactivated\nview1 activated\nactive web.trc\n");
 }
 
-TEST_F(FrameTest, OnlyATrueChangeOfActivationIsTold) {
+TEST_F(FrameTest, OnlyATrueChangeOfActivationIsReported) {
   CDocument& web = Open();
-  EXPECT_EQ(ToldBy([&] { FrameOf(web).OnActivate(true); }), "");
-  EXPECT_EQ(ToldBy([&] { FrameOf(web).OnActivate(false); }), "view1 deactivated\nactive none\n");
-  EXPECT_EQ(ToldBy([&] { FrameOf(web).OnActivate(false); }), "");
+  EXPECT_EQ(ReportedBy([&] { FrameOf(web).OnActivate(true); }), "");
+  EXPECT_EQ(ReportedBy([&] { FrameOf(web).OnActivate(false); }),
+            "view1 deactivated\nactive none\n");
+  EXPECT_EQ(ReportedBy([&] { FrameOf(web).OnActivate(false); }), "");
 }
 
 TEST_F(FrameTest, AFrameThatTheWindowSystemActivatesBeforeItsViewStandsTellsTheViewLater) {
@@ -48,7 +49,7 @@ TEST_F(FrameTest, AFrameThatTheWindowSystemActivatesBeforeItsViewStandsTellsTheV
   CMDIChildWnd& frame = *m_app.m_frame.AddChild(std::make_unique<ProbeFrame>(m_app.m_frame, m_log));
   frame.OnActivate(true);
   frame.AddView(std::make_unique<ProbeView>(document, m_log));
-  EXPECT_EQ(ToldBy([&] { frame.InitialUpdateFrame(&document, true); }),
+  EXPECT_EQ(ReportedBy([&] { frame.InitialUpdateFrame(&document, true); }),
             "view activated\nview initial update\nview hint 0\n");
 }
 
@@ -58,9 +59,9 @@ TEST_F(FrameTest, SetActiveViewTellsBothViewsOnceAndOnlyIfAsked) {
   CView* const list = frame.GetActiveView();
   CView* const tree = frame.AddView(std::make_unique<ProbeView>(document, m_log, "tree"));
   EXPECT_EQ(tree->GetParentFrame(), &frame);
-  EXPECT_EQ(ToldBy([&] { frame.SetActiveView(tree); }), "view1 deactivated\ntree activated\n");
-  EXPECT_EQ(ToldBy([&] { frame.SetActiveView(tree); }), "");
-  EXPECT_EQ(ToldBy([&] { frame.SetActiveView(list, false); }), "");
+  EXPECT_EQ(ReportedBy([&] { frame.SetActiveView(tree); }), "view1 deactivated\ntree activated\n");
+  EXPECT_EQ(ReportedBy([&] { frame.SetActiveView(tree); }), "");
+  EXPECT_EQ(ReportedBy([&] { frame.SetActiveView(list, false); }), "");
   EXPECT_EQ(frame.GetActiveView(), list);
   EXPECT_EQ(frame.GetActiveDocument(), &document);
 }
@@ -71,7 +72,7 @@ TEST_F(FrameTest, TheInitialUpdateReachesTheHiddenViewTooAndTheMainPaneIsShown) 
   CView* const list = frame.GetActiveView();
   CView* const tree = frame.AddView(std::make_unique<ProbeView>(document, m_log, "tree"));
   list->SetDlgCtrlID(59649);
-  EXPECT_EQ(ToldBy([&] { frame.InitialUpdateFrame(&document, true); }),
+  EXPECT_EQ(ReportedBy([&] { frame.InitialUpdateFrame(&document, true); }),
             "view1 initial update\nview1 hint 0\ntree initial update\ntree hint 0\n"
             "child view 59648\nchild show\nchild activate\n");
   EXPECT_EQ(static_cast<FakeChildFace*>(frame.Face())->m_view, tree);
@@ -79,13 +80,13 @@ TEST_F(FrameTest, TheInitialUpdateReachesTheHiddenViewTooAndTheMainPaneIsShown) 
 
 TEST_F(FrameTest, AFrameThatStaysHiddenIsUpdatedWhenItIsShown) {
   CDocument& document = *m_template.OpenDocumentFile(nullptr, false);
-  EXPECT_EQ(m_log.Told("view1"), "view1 hint 1002\n");  // the new document is empty
+  EXPECT_EQ(m_log.Reported("view1"), "view1 hint 1002\n");  // the new document is empty
   EXPECT_EQ(m_app.m_frame.MDIGetActive(), nullptr);
   CMDIChildWnd& frame = FrameOf(document);
   EXPECT_NE(frame.GetActiveView(), nullptr);
   m_log.Clear();
   m_template.InitialUpdateFrame(frame, document, true);
-  EXPECT_EQ(m_log.Told("view1"), "view1 initial update\nview1 hint 0\nview1 activated\n");
+  EXPECT_EQ(m_log.Reported("view1"), "view1 initial update\nview1 hint 0\nview1 activated\n");
 }
 
 TEST_F(FrameTest, ADocumentWithSeveralFramesNumbersThem) {
@@ -113,7 +114,7 @@ TEST_F(FrameTest, OnlyTheLastFrameAsksAndClosesTheDocument) {
   document.SetModifiedFlag(true);
   NewWindow(m_template, document);
   FrameOf(document, 1).OnClose();
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   ASSERT_EQ(m_template.Documents().size(), 1u);
   FrameOf(document).OnClose();
   EXPECT_EQ(m_host.Transcript().size(), 1u);
@@ -126,7 +127,7 @@ TEST_F(FrameTest, OnlyTheLastFrameAsksAndClosesTheDocument) {
 
 TEST_F(FrameTest, ClosingInOrderDestroysFrameViewWindowAndThenTheDocument) {
   CDocument& document = Open();
-  EXPECT_EQ(ToldBy([&] { FrameOf(document).OnClose(); }),
+  EXPECT_EQ(ReportedBy([&] { FrameOf(document).OnClose(); }),
             "frame destroy\nview1 deactivated\nframe gone\nview1 gone\nchild gone\nactive none\n"
             "delete contents\ndocument gone\n");
 }
@@ -135,7 +136,7 @@ TEST_F(FrameTest, DestroyOfTheLastFrameClosesTheDocumentWithoutAQuestion) {
   CDocument& document = Open();
   document.SetModifiedFlag(true);
   FrameOf(document).Destroy();
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_TRUE(m_template.Documents().empty());
 }
 
@@ -191,7 +192,7 @@ TEST_F(FrameTest, AWindowSystemThatActivatesTheNextChildAtACloseGivesNoEmptyMome
   static_cast<FakeChildFace*>(FrameOf(db).Face())->m_onGone = [this, &web] {
     FrameOf(web).OnActivate(true);
   };
-  EXPECT_EQ(ToldBy([&] { FrameOf(db).Destroy(); }),
+  EXPECT_EQ(ReportedBy([&] { FrameOf(db).Destroy(); }),
             "frame destroy\nview2 deactivated\nframe gone\nview2 gone\nchild gone\n"
             "view1 activated\nactive web.trc\n"
             "delete contents\ndocument gone\n");
@@ -201,7 +202,7 @@ TEST_F(FrameTest, WhatIsQueuedForAViewGoesWithItsFrame) {
   CDocument& document = Open();
   document.Views().front()->PostMessage(1128, 1002);
   FrameOf(document).OnClose();
-  EXPECT_EQ(ToldBy([&] { m_host.RunPosted(); }), "");
+  EXPECT_EQ(ReportedBy([&] { m_host.RunPosted(); }), "");
 }
 
 TEST_F(FrameTest, TheMainFrameTakesItsChildrenAndTheirDocumentsWithIt) {
@@ -219,9 +220,9 @@ TEST_F(FrameTest, TheMainFrameTakesItsChildrenAndTheirDocumentsWithIt) {
   ASSERT_EQ(app->m_frame.Children().size(), 3u);
   m_log.Clear();
   app.reset();
-  EXPECT_EQ(m_log.Told("document"), "document gone\ndocument gone\n");
-  EXPECT_EQ(m_log.Told("view gone"), "view gone\nview gone\nview gone\n");
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_log.Reported("document"), "document gone\ndocument gone\n");
+  EXPECT_EQ(m_log.Reported("view gone"), "view gone\nview gone\nview gone\n");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 }  // namespace

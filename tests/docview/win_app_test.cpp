@@ -35,7 +35,7 @@ TEST_F(WinAppTest, WithoutAFileANewDocumentIsAskedFor) {
   EXPECT_EQ(CWinApp::ParseCommandLine({"--version", ""}).command, CCommandLineInfo::FileNew);
 }
 
-TEST_F(WinAppTest, BehindTwoDashesANameMayBeginWithADash) {
+TEST_F(WinAppTest, AfterTwoDashesANameMayBeginWithADash) {
   EXPECT_EQ(CWinApp::ParseCommandLine({"--", "-web.trc"}).file,
             (std::filesystem::current_path() / "-web.trc").string());
 }
@@ -96,7 +96,7 @@ TEST_F(WinAppTest, ADocumentNamedWithoutAFileIsNotMistakenForOne) {
 
 TEST_F(WinAppTest, FileOpenOffersTheRegisteredTemplatesAndOpensWhatIsChosen) {
   m_app.OnCommand(ID_FILE_OPEN);
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "open dialog \"Open\" ext=.trc name=\"\" filters=\"Trace Files (*.trc)|*.trc|"
             "Trace Config Files (*.tcf)|*.tcf|All Files (*.*)|*\" -> none\n");
   m_host.AnswerFileDialog(m_temp.File("web.trc", "x"));
@@ -108,12 +108,12 @@ TEST_F(WinAppTest, FileOpenBeginsBesideTheFileInFront) {
   std::filesystem::create_directory(m_temp.File("night"));
   m_app.OpenDocumentFile(m_temp.File("night/web.trc"));
   m_app.OnFileOpen();
-  EXPECT_NE(m_host.Told().find("name=\"" + m_temp.File("night/") + "\""), std::string::npos)
-      << m_host.Told();
+  EXPECT_NE(m_host.Reported().find("name=\"" + m_temp.File("night/") + "\""), std::string::npos)
+      << m_host.Reported();
   m_host.ClearTranscript();
   m_traces.OpenDocumentFile(nullptr)->SetPathName("Traces sent to web", false);
   m_app.OnFileOpen();
-  EXPECT_NE(m_host.Told().find("name=\"\""), std::string::npos) << m_host.Told();
+  EXPECT_NE(m_host.Reported().find("name=\"\""), std::string::npos) << m_host.Reported();
 }
 
 TEST_F(WinAppTest, FourRecentFilesNewestFirstEachOnce) {
@@ -145,7 +145,7 @@ TEST_F(WinAppTest, RecentFilesAreCommandsAndThoseBeyondTheListAreDisabled) {
   EXPECT_EQ(m_traces.Documents().size(), 1u);
 }
 
-TEST_F(WinAppTest, EveryChangeOfTheRecentFilesIsToldOnce) {
+TEST_F(WinAppTest, EveryChangeOfTheRecentFilesIsReportedOnce) {
   class App : public CWinApp {
    public:
     using CWinApp::CWinApp;

@@ -12,23 +12,23 @@ namespace {
 
 class Window : public CWnd {
  public:
-  Window(Host& host, std::string& told) : CWnd(host), m_told(told) {}
+  Window(Host& host, std::string& reported) : CWnd(host), m_reported(reported) {}
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
-    m_told += std::to_string(message) + " " + std::to_string(wParam) + " " +
-              std::to_string(lParam) + "\n";
+    m_reported += std::to_string(message) + " " + std::to_string(wParam) + " " +
+                  std::to_string(lParam) + "\n";
     return 7;
   }
 
  private:
-  std::string& m_told;
+  std::string& m_reported;
 };
 
 TEST(Wnd, ASentMessageIsADirectCallWithAResult) {
   RecordingHost host;
-  std::string told;
-  Window window(host, told);
+  std::string reported;
+  Window window(host, reported);
   EXPECT_EQ(window.SendMessage(1125, 3, -1), 7);
-  EXPECT_EQ(told, "1125 3 -1\n");
+  EXPECT_EQ(reported, "1125 3 -1\n");
 }
 
 TEST(Wnd, AnUnknownMessageGivesNothing) {
@@ -39,50 +39,50 @@ TEST(Wnd, AnUnknownMessageGivesNothing) {
 
 TEST(Wnd, PostedMessagesComeLaterAndInOrder) {
   RecordingHost host;
-  std::string told;
-  Window window(host, told);
+  std::string reported;
+  Window window(host, reported);
   window.PostMessage(1, 10);
   window.PostMessage(2, 20);
   window.SendMessage(3, 30);
-  EXPECT_EQ(told, "3 30 0\n");
+  EXPECT_EQ(reported, "3 30 0\n");
   host.RunPosted();
-  EXPECT_EQ(told, "3 30 0\n1 10 0\n2 20 0\n");
+  EXPECT_EQ(reported, "3 30 0\n1 10 0\n2 20 0\n");
 }
 
 TEST(Wnd, WhatIsQueuedForAWindowIsDroppedWithIt) {
   RecordingHost host;
-  std::string told;
-  auto window = std::make_unique<Window>(host, told);
+  std::string reported;
+  auto window = std::make_unique<Window>(host, reported);
   window->PostMessage(1128, 1002);
-  window->PostCall([&told] { told += "called\n"; });
+  window->PostCall([&reported] { reported += "called\n"; });
   window.reset();
   host.RunPosted();
-  EXPECT_EQ(told, "");
+  EXPECT_EQ(reported, "");
 }
 
 TEST(Wnd, APostedCallMayDestroyItsWindow) {
   RecordingHost host;
-  std::string told;
-  auto window = std::make_unique<Window>(host, told);
+  std::string reported;
+  auto window = std::make_unique<Window>(host, reported);
   window->PostCall([&window] { window.reset(); });
   window->PostMessage(1);
   host.RunPosted();
   EXPECT_EQ(window, nullptr);
-  EXPECT_EQ(told, "");
+  EXPECT_EQ(reported, "");
 }
 
 class Dialog : public CDialog {
  public:
   using CDialog::CDialog;
   void OnInitDialog() override {
-    m_told += "init ";
+    m_reported += "init ";
     if (m_endAtOnce) EndDialog(5);
   }
   void OnOK() override {
-    m_told += "ok ";
+    m_reported += "ok ";
     CDialog::OnOK();
   }
-  std::string m_told;
+  std::string m_reported;
   bool m_endAtOnce = false;
 };
 
@@ -91,10 +91,10 @@ TEST(Dialog, IsInitialisedShownAndGivesItsResult) {
   Dialog dialog(host);
   host.AnswerDialog([](CDialog& shown) { shown.OnOK(); });
   EXPECT_EQ(dialog.DoModal(), CDialog::kIdOk);
-  EXPECT_EQ(dialog.m_told, "init ok ");
+  EXPECT_EQ(dialog.m_reported, "init ok ");
 }
 
-TEST(Dialog, ClosedByThePersonGivesCancelAlsoWhenItIsRunAgain) {
+TEST(Dialog, ClosedByTheUserGivesCancelAlsoWhenItIsRunAgain) {
   RecordingHost host;
   Dialog dialog(host);
   host.AnswerDialog([](CDialog& shown) { shown.OnOK(); });
@@ -107,7 +107,7 @@ TEST(Dialog, ThatEndsWhileItIsInitialisedIsNotShown) {
   Dialog dialog(host);
   dialog.m_endAtOnce = true;
   EXPECT_EQ(dialog.DoModal(), 5);
-  EXPECT_EQ(host.Told(), "");
+  EXPECT_EQ(host.Reported(), "");
 }
 
 }  // namespace

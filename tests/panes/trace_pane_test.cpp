@@ -22,8 +22,8 @@ class PlainPane final : public TracePane {
   TraceEvent_i* CurrentEvent() const override { return current; }
   std::vector<std::string> Calls() { return std::exchange(calls, {}); }
   using TracePane::GoTo;
+  using TracePane::ReportCount;
   using TracePane::ShowHits;
-  using TracePane::TellCount;
 
   TraceEvent_i* current = nullptr;
   bool selection = true, any = true, rebuilds = true;
@@ -150,14 +150,14 @@ TEST_F(TracePaneTest, ACancelledFilterLeavesFilterAndMarkAsTheyWere) {
   EXPECT_EQ(m_pane.Calls(), Strings{"rebuild"});
 }
 
-TEST_F(TracePaneTest, TheStatusPanesAreToldByTheActiveViewAndClearedBehindIt) {
-  m_pane.TellCount();
-  EXPECT_EQ(m_main.Told(), Strings{});
+TEST_F(TracePaneTest, TheStatusPanesAreSetByTheActiveViewAndClearedAfterIt) {
+  m_pane.ReportCount();
+  EXPECT_EQ(m_main.Reported(), Strings{});
   m_pane.OnActivateView(true, &m_pane, nullptr);
-  m_pane.TellCount();
+  m_pane.ReportCount();
   m_pane.OnActivateView(false, nullptr, &m_pane);
-  m_pane.TellCount();
-  EXPECT_EQ(m_main.Told(),
+  m_pane.ReportCount();
+  EXPECT_EQ(m_main.Reported(),
             (Strings{"rows 7", "filtered 0", "rows 7", "rows cleared", "filtered cleared"}));
 }
 

@@ -260,7 +260,7 @@ TEST_F(OldConversionTest, AFullDiskShowsAtTheHeaderAtATraceOrAtTheEnd) {
   }
 }
 
-TEST_F(OldConversionTest, NamesBehindThe65536thHaveTheId0AndAreCounted) {
+TEST_F(OldConversionTest, NamesAfterThe65536thHaveTheId0AndAreCounted) {
   OldTranslator translator;
   for (int i = 0; i < 65536; ++i) translator.Define(OldName::Machine, 1, "m" + std::to_string(i));
   EXPECT_EQ(translator.Names().size(), 65536u);

@@ -92,7 +92,7 @@ TEST(OldWalk, ATextWithoutItsNulEndsWithTheFile) {
   EXPECT_EQ(Walked(OldTrcImage().Machine(1, "web").Cut(2)), "name 0 1 we\n");
 }
 
-TEST(OldWalk, ARecordCutAnywhereIsTheLastOneAndNothingBehindTheGuardIsRead) {
+TEST(OldWalk, ARecordCutAnywhereIsTheLastOneAndNothingAfterTheGuardIsRead) {
   OldTrcImage whole;
   whole.Component(1, "Net").Trace("up");
   for (std::size_t cut = 0; cut < whole.Size() - 12; ++cut) {
@@ -105,8 +105,8 @@ TEST(OldWalk, ARecordCutAnywhereIsTheLastOneAndNothingBehindTheGuardIsRead) {
     const std::uint64_t end = WalkOldTrc(Bytes(bytes.data(), image.Size()), notes);
     EXPECT_GE(end, image.Size()) << cut;
     EXPECT_LE(end, image.Size() + OldTrace::kFixedBytes + 1) << cut;
-    const std::string told = notes.out.str();
-    EXPECT_EQ(told.substr(0, 8), "name 2 " + std::string(image.Size() > 13 ? "1" : "0")) << cut;
+    const std::string reported = notes.out.str();
+    EXPECT_EQ(reported.substr(0, 8), "name 2 " + std::string(image.Size() > 13 ? "1" : "0")) << cut;
   }
 }
 

@@ -121,7 +121,7 @@ TEST(TrcWalk, ARecordMayBeginAtAnyByte) {
   }
 }
 
-TEST(TrcWalk, ARecordCutAtAnyOfItsBytesIsTheLastOneAndReadsAsZerosBehindTheCut) {
+TEST(TrcWalk, ARecordCutAtAnyOfItsBytesIsTheLastOneAndReadsAsZerosAfterTheCut) {
   TrcImage whole;
   whole.Trace("first").Trace({.text = "text", .stack = "stack", .machine = 0x0102, .line = 77});
   const std::size_t lastBytes = 1 + 44 + 4 + 5;
@@ -157,7 +157,7 @@ TEST(TrcWalk, ANameCutByTheEndOfTheFileHasOnlyTheBytesThatAreThere) {
   EXPECT_EQ(Walked(TrcImage().Name(7, std::string(65535, 'n')).Cut(65534)), "name 7 n\n");
 }
 
-TEST(TrcWalk, TheLongestRecordCutBehindItsLengthStaysWithinTheGuard) {
+TEST(TrcWalk, TheLongestRecordCutAfterItsLengthStaysWithinTheGuard) {
   TrcImage image;
   image.Trace({.text = std::string(65535, 'x'), .stack = std::string(65535, 'y')});
   EXPECT_EQ(EndOfWalk(image), 16u + MappedFile::kGuardBytes);
@@ -165,7 +165,7 @@ TEST(TrcWalk, TheLongestRecordCutBehindItsLengthStaysWithinTheGuard) {
   EXPECT_EQ(EndOfWalk(image.Cut(65535 + 2 + 65535)), 16u + 45 + 65535);
 }
 
-TEST(TrcWalk, ProgressIsToldAtEvery1024thRecordOfAnyKind) {
+TEST(TrcWalk, ProgressIsReportedAtEvery1024thRecordOfAnyKind) {
   TrcImage image;
   for (int record = 0; record < 1000; ++record) image.Raw(12);
   for (int record = 0; record < 500; ++record) image.Name(1, "");

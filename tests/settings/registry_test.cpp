@@ -188,7 +188,7 @@ TEST_F(Registry, AFolderOrAFifoInItsPlaceReadsAsDefaultsAndLosesTheWrite) {
   EXPECT_TRUE(std::filesystem::is_fifo(m_dir.File("fifo")));
 }
 
-TEST_F(Registry, AValueThatCannotBeWrittenIsLostWithoutAWord) {
+TEST_F(Registry, AValueThatCannotBeWrittenIsLostWithoutAMessage) {
   m_dir.File("file", "text");
   SetSettingsFile(m_dir.File("file/settings.ini"));
   Put("n", 1);

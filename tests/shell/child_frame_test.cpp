@@ -51,7 +51,7 @@ TEST_F(ChildFrame, ItsPopUpOpensAtTheGivenScreenPosition) {
   ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
   m_log.Clear();
   Frame().Children()[0]->OnContextMenu(-40, 1100);
-  EXPECT_EQ(m_log.Told(), "main popup 144 -40 1100\n");
+  EXPECT_EQ(m_log.Reported(), "main popup 144 -40 1100\n");
 }
 
 TEST_F(ChildFrame, TheListsContextMenuAlsoFromTheKeyboardOpensThePopUp) {
@@ -59,7 +59,7 @@ TEST_F(ChildFrame, TheListsContextMenuAlsoFromTheKeyboardOpensThePopUp) {
   ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
   m_log.Clear();
   ListOf(*Frame().Children()[0]).OnRowListContextMenu(12, 34);
-  EXPECT_EQ(m_log.Told(), "main popup 144 12 34\n");
+  EXPECT_EQ(m_log.Reported(), "main popup 144 12 34\n");
 }
 
 TEST_F(ChildFrame, CommandsOfThePopUpGoToTheActiveViewAndDocument) {

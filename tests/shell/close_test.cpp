@@ -24,7 +24,7 @@ TEST_F(CloseTest, ClosingWithOnlyTraceFilesOpenAsksNoQuickCloseQuestion) {
   m_host.ClearTranscript();
   m_log.Clear();
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_TRUE(Face().m_closed);
   EXPECT_TRUE(m_app->FileTemplate()->Documents().empty());
   EXPECT_EQ(m_host.MainWindow(), nullptr);
@@ -53,7 +53,7 @@ TEST_F(CloseTest, ClosingWithAMonitorOpenAndYesClosesAllWithNoFurtherQuestion) {
   m_host.ClearTranscript();
   m_host.AnswerBox(BoxAnswer::Yes);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), std::string(kQuickClose) + "Yes\n");
+  EXPECT_EQ(m_host.Reported(), std::string(kQuickClose) + "Yes\n");
   EXPECT_TRUE(g_quickClose);
   EXPECT_TRUE(Face().m_closed);
   EXPECT_TRUE(m_app->MonitorTemplate()->Documents().empty());
@@ -75,12 +75,12 @@ TEST_F(CloseTest, CancelOfTheQuestionGoesOnWithTheProgramAsItWas) {
   m_log.Clear();
   m_host.AnswerBox(BoxAnswer::Cancel);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), std::string(kQuickClose) + "Cancel\n");
+  EXPECT_EQ(m_host.Reported(), std::string(kQuickClose) + "Cancel\n");
   EXPECT_FALSE(g_quickClose);
   EXPECT_FALSE(Face().m_closed);
   EXPECT_EQ(m_app->MonitorTemplate()->Documents().size(), 1U);
   EXPECT_EQ(m_host.MainWindow(), &Frame());
-  EXPECT_EQ(m_log.Told(), "");
+  EXPECT_EQ(m_log.Reported(), "");
 }
 
 TEST_F(CloseTest, AtNoTheUsualQuestionsComeOneByOneMonitorsFirst) {
@@ -94,9 +94,9 @@ TEST_F(CloseTest, AtNoTheUsualQuestionsComeOneByOneMonitorsFirst) {
   m_host.ClearTranscript();
   for (int answers = 0; answers < 4; ++answers) m_host.AnswerBox(BoxAnswer::No);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), kQuickClose + std::string("No\n") + SaveQuestion("first monitor", "No") +
-                               SaveQuestion("second monitor", "No") +
-                               SaveQuestion("web.trc", "No"));
+  EXPECT_EQ(m_host.Reported(),
+            kQuickClose + std::string("No\n") + SaveQuestion("first monitor", "No") +
+                SaveQuestion("second monitor", "No") + SaveQuestion("web.trc", "No"));
   EXPECT_FALSE(g_quickClose);
   EXPECT_TRUE(Face().m_closed);
 }
@@ -111,7 +111,8 @@ TEST_F(CloseTest, ARefusalOfAMonitorStopsTheCloseAndNobodyElseIsAsked) {
   m_host.AnswerBox(BoxAnswer::No);
   m_host.AnswerBox(BoxAnswer::Cancel);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), kQuickClose + std::string("No\n") + SaveQuestion("monitor", "Cancel"));
+  EXPECT_EQ(m_host.Reported(),
+            kQuickClose + std::string("No\n") + SaveQuestion("monitor", "Cancel"));
   EXPECT_FALSE(Face().m_closed);
   EXPECT_EQ(m_app->FileTemplate()->Documents().size(), 1U);
   EXPECT_EQ(m_app->MonitorTemplate()->Documents().size(), 1U);
@@ -125,7 +126,7 @@ TEST_F(CloseTest, ARefusalOfAFileStopsTheClose) {
   m_host.ClearTranscript();
   m_host.AnswerBox(BoxAnswer::Cancel);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), SaveQuestion("web.trc", "Cancel"));
+  EXPECT_EQ(m_host.Reported(), SaveQuestion("web.trc", "Cancel"));
   EXPECT_FALSE(Face().m_closed);
 }
 
@@ -146,7 +147,7 @@ TEST_F(CloseTest, ASecondCloseWhileAQuestionIsOnTheScreenAsksNotAgain) {
   host.m_frame = app.Frame();
   host.AnswerBox(BoxAnswer::Cancel);
   app.Frame()->OnClose();
-  EXPECT_EQ(host.Told(), std::string(kQuickClose) + "Cancel\n");
+  EXPECT_EQ(host.Reported(), std::string(kQuickClose) + "Cancel\n");
 }
 
 TEST_F(CloseTest, AQuickEnterAtTheQuickCloseQuestionAsksTheDocumentsAndLosesNothing) {
@@ -163,7 +164,7 @@ TEST_F(CloseTest, AQuickEnterAtTheQuickCloseQuestionAsksTheDocumentsAndLosesNoth
   ASSERT_TRUE(app.InitInstance({}));
   ASSERT_TRUE(app.HoldMonitorTemplate().OpenDocumentFile(nullptr));
   app.Frame()->OnClose();
-  EXPECT_EQ(host.Told(), std::string(kQuickClose) + "No\n");
+  EXPECT_EQ(host.Reported(), std::string(kQuickClose) + "No\n");
   EXPECT_FALSE(g_quickClose);
 }
 
@@ -173,7 +174,7 @@ TEST_F(CloseTest, ExitIsTheSameAsClosingTheWindow) {
   m_host.AnswerBox(BoxAnswer::Yes);
   EXPECT_TRUE(State(ID_APP_EXIT).IsEnabled());
   EXPECT_TRUE(Frame().OnCommand(ID_APP_EXIT));
-  EXPECT_EQ(m_host.Told(), std::string(kQuickClose) + "Yes\n");
+  EXPECT_EQ(m_host.Reported(), std::string(kQuickClose) + "Yes\n");
   EXPECT_TRUE(Face().m_closed);
 }
 
@@ -185,8 +186,8 @@ TEST_F(CloseTest, TheEndOfTheApplicationTakesMonitorsAndFilesBeforeTheWindow) {
   m_log.Clear();
   m_host.ClearTranscript();
   m_app.reset();
-  EXPECT_EQ(m_host.Told(), "");
-  EXPECT_EQ(m_log.Told("child gone"), "child gone\nchild gone\n");
+  EXPECT_EQ(m_host.Reported(), "");
+  EXPECT_EQ(m_log.Reported("child gone"), "child gone\nchild gone\n");
   EXPECT_EQ(m_log.Lines().back(), "main gone");
   EXPECT_EQ(m_host.MainWindow(), nullptr);
 }

@@ -76,7 +76,7 @@ TEST_F(ConfigWindowsTest, AMachineThatCannotBeReachedIsToldAndLeavesNoWindow) {
   EXPECT_EQ(Boxes(), kNoConnection);
   EXPECT_EQ(Titles(), "");
   EXPECT_TRUE(m_app->ConfigTemplate()->Documents().empty());
-  EXPECT_EQ(m_log.Told("child show"), "");
+  EXPECT_EQ(m_log.Reported("child show"), "");
   EXPECT_EQ(Face().m_panes[kPaneMessage], "Cannot configure web: no trace service there");
   Frame().OnCommand(ID_VIEW_STATUS_BAR);
   AnswerMachine("web");
@@ -144,14 +144,14 @@ TEST_F(ConfigWindowsTest, AFileOnTheCommandLineOpensAndOffersNoWizard) {
   EXPECT_TRUE(m_app->InitInstance({WriteConfig("a.tcf")}));
   m_host.RunPosted();
   EXPECT_EQ(Titles(), "Configuration on web\n");
-  EXPECT_EQ(m_log.Told("wizard"), "");
+  EXPECT_EQ(m_log.Reported("wizard"), "");
 }
 
 TEST_F(ConfigWindowsTest, AFileOnTheCommandLineWhoseMachineNobodyNamesEndsTheProgram) {
   m_host.AnswerDialog([](CDialog& dialog) { dialog.OnCancel(); });
   EXPECT_FALSE(m_app->InitInstance({WriteConfig("a.tcf")}));
   EXPECT_EQ(Boxes(), "");
-  EXPECT_EQ(m_log.Told("main show"), "");
+  EXPECT_EQ(m_log.Reported("main show"), "");
 }
 
 TEST_F(ConfigWindowsTest, ABadFileIsToldInABoxAndItsLineInTheStatusBar) {
@@ -195,7 +195,7 @@ TEST_F(ConfigWindowsTest, TheContextMenuIs143WithClear) {
   OpenConfig();
   m_log.Clear();
   Frame().Children().front()->OnContextMenu(10, 20);
-  EXPECT_EQ(m_log.Told("main popup"), "main popup 143 10 20\n");
+  EXPECT_EQ(m_log.Reported("main popup"), "main popup 143 10 20\n");
   std::string ids;
   for (const MenuItem& item : MenuOf(IDR_CONFIG_POPUP).front().items)
     ids += std::to_string(item.id) + " ";
@@ -209,7 +209,7 @@ TEST_F(ConfigWindowsTest, HelpIsAboutConfigurations) {
   Frame().OnCommand(ID_HELP);
   m_host.AnswerDialog([this](CDialog&) { Frame().OnCommand(ID_HELP); });
   Frame().OnCommand(ID_FILE_NEWCONFIG);
-  EXPECT_EQ(m_log.Told("help"), "help \"configuration\"\nhelp \"configuration\"\n");
+  EXPECT_EQ(m_log.Reported("help"), "help \"configuration\"\nhelp \"configuration\"\n");
 }
 
 TEST_F(ConfigWindowsTest, TheStatusBarTellsABrokenConnection) {

@@ -8,7 +8,7 @@ namespace {
 
 class LoadProgressTest : public ShellTest {
  protected:
-  // Holds each load thread before its walk until the test lets it go; the first to come is 0.
+  // Holds each load thread before its walk until the test releases it; the first to come is 0.
   void HoldLoads() {
     m_app->m_loads.beforeWalk = [this] {
       const int load = m_loads++;
@@ -166,7 +166,7 @@ TEST_F(LoadProgressTest, PositionAndDoneWithoutABoxAreIgnored) {
   SendDone();
   Frame().SendMessage(WM_TRACE_PROGRESS, 3, 80);
   EXPECT_EQ(Box(), "no box");
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(LoadProgressTest, TheStartRecordIsFreedAndAnAbsentOneIsIgnored) {

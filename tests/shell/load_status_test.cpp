@@ -18,7 +18,7 @@ TEST_F(LoadStatus, IsAModelessWindowThatComesAndGoesWithTheObject) {
     const CLoadStatus status(m_host, m_event);
     EXPECT_EQ(m_host.Modeless(), std::vector<CDialog*>{const_cast<CLoadStatus*>(&status)});
   }
-  EXPECT_EQ(m_host.Told(), "modeless opened\nmodeless closed\n");
+  EXPECT_EQ(m_host.Reported(), "modeless opened\nmodeless closed\n");
 }
 
 TEST_F(LoadStatus, SetUpStoresThePathAndTheRangeAndUpdatesTheControls) {
@@ -27,7 +27,7 @@ TEST_F(LoadStatus, SetUpStoresThePathAndTheRangeAndUpdatesTheControls) {
   status.SetUp("/data/web.trc", 4096);
   EXPECT_EQ(status.m_path, "/data/web.trc");
   EXPECT_EQ(status.m_range, 4096U);
-  EXPECT_EQ(m_host.Told(), "modeless updated\n");
+  EXPECT_EQ(m_host.Reported(), "modeless updated\n");
 }
 
 TEST_F(LoadStatus, CaptionAndPositionUpdateTheControls) {
@@ -38,10 +38,10 @@ TEST_F(LoadStatus, CaptionAndPositionUpdateTheControls) {
   status.SetPosition(1024);
   EXPECT_EQ(status.m_caption, "Loading...");
   EXPECT_EQ(status.m_position, 1024U);
-  EXPECT_EQ(m_host.Told(), "modeless updated\nmodeless updated\n");
+  EXPECT_EQ(m_host.Reported(), "modeless updated\nmodeless updated\n");
 }
 
-TEST_F(LoadStatus, APositionBehindTheRangeStandsAtItsEnd) {
+TEST_F(LoadStatus, APositionBeyondTheRangeStandsAtItsEnd) {
   CLoadStatus status(m_host, m_event);
   status.SetUp("web.trc", 100);
   status.SetPosition(4000000000U);

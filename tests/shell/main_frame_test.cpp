@@ -13,7 +13,7 @@ using MainFrame = ShellTest;
 
 TEST_F(MainFrame, BothPanesAreEmptiedAtCreationAndTheMenuIsTheOneWithoutDocuments) {
   ASSERT_TRUE(m_app->InitInstance({}));
-  EXPECT_EQ(m_log.Told(),
+  EXPECT_EQ(m_log.Reported(),
             "main pane 59143 \"\"\n"
             "main pane 59144 \"\"\n"
             "main menu 128\n"
@@ -65,7 +65,7 @@ TEST_F(MainFrame, OfThePanesOnlyTheRowCountsHasAnUpdateHandler) {
 TEST_F(MainFrame, AnUnknownMessageIsNotTaken) {
   Start();
   EXPECT_EQ(Frame().SendMessage(4711, 1, 2), 0);
-  EXPECT_EQ(m_log.Told(), "");
+  EXPECT_EQ(m_log.Reported(), "");
 }
 
 TEST_F(MainFrame, TheBarsAreShownAndHiddenAndTheirItemsChecked) {
@@ -78,7 +78,7 @@ TEST_F(MainFrame, TheBarsAreShownAndHiddenAndTheirItemsChecked) {
     EXPECT_TRUE(Frame().OnCommand(bar));
     EXPECT_TRUE(State(bar).IsChecked());
   }
-  EXPECT_EQ(m_log.Told(),
+  EXPECT_EQ(m_log.Reported(),
             "main bar 59392 off\nmain bar 59392 on\nmain bar 59393 off\nmain bar 59393 on\n");
 }
 
@@ -90,7 +90,7 @@ TEST_F(MainFrame, HelpCommandsAreTakenWithAndWithoutADocument) {
       EXPECT_TRUE(State(id).IsEnabled()) << id;
       EXPECT_TRUE(Frame().OnCommand(id)) << id;
     }
-    return m_log.Told("help");
+    return m_log.Reported("help");
   };
   EXPECT_EQ(pressAll(), "help \"\"\nhelp \"\"\nhelp \"window\"\nhelp \"window\"\n");
   ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
@@ -104,7 +104,7 @@ TEST_F(MainFrame, HelpOverADialogOpensThePageOfTheDialog) {
     m_log.Clear();
     m_host.AnswerDialog([this](CDialog&) { Frame().OnCommand(ID_HELP); });
     Frame().OnCommand(command);
-    return m_log.Told("help");
+    return m_log.Reported("help");
   };
   EXPECT_EQ(helpOver(ID_VIEW_OPTIONS), "help \"columns\"\n");
   EXPECT_EQ(helpOver(ID_FILE_NEWMONITOR), "help \"monitor\"\n");
@@ -119,7 +119,7 @@ TEST_F(MainFrame, HelpOverADialogOpensThePageOfTheDialog) {
   m_host.AnswerDialog([this](CDialog&) { Frame().OnCommand(ID_HELP); });
   CDialog(m_host).DoModal();
   Frame().OnCommand(ID_HELP);
-  EXPECT_EQ(m_log.Told("help"), "help \"list\"\nhelp \"list\"\n")
+  EXPECT_EQ(m_log.Reported("help"), "help \"list\"\nhelp \"list\"\n")
       << "no page of its own, no dialog";
 }
 
@@ -186,18 +186,18 @@ TEST_F(MainFrame, AStoredSizeLargerThanTheScreenIsLimitedToIt) {
 
 TEST_F(MainFrame, TheStateOfTheWindowIsKeptAndAMinimisedOneLeavesIt) {
   ASSERT_TRUE(m_app->InitInstance({}));
-  EXPECT_EQ(m_log.Told("main show"), "main show\n");
+  EXPECT_EQ(m_log.Reported("main show"), "main show\n");
   Frame().OnSize(SizeType::Maximised, 1920, 1080);
   Frame().OnSize(SizeType::Minimised, 160, 30);
   MakeApp();
   m_log.Clear();
   ASSERT_TRUE(m_app->InitInstance({}));
-  EXPECT_EQ(m_log.Told("main show"), "main show maximised\n");
+  EXPECT_EQ(m_log.Reported("main show"), "main show maximised\n");
   Frame().OnSize(SizeType::Restored, 1234, 567);
   MakeApp();
   m_log.Clear();
   ASSERT_TRUE(m_app->InitInstance({}));
-  EXPECT_EQ(m_log.Told("main show"), "main show\n");
+  EXPECT_EQ(m_log.Reported("main show"), "main show\n");
 }
 
 TEST_F(MainFrame, TheStateOfTheChildInFrontIsKeptForTheFirstOneOfTheNextStart) {
@@ -229,12 +229,12 @@ TEST_F(MainFrame, TabsAreSwitchedAndKeptAndATabTellsNothingOfTheWindowsState) {
   MakeApp();
   m_log.Clear();
   ASSERT_TRUE(m_app->InitInstance({}));
-  EXPECT_EQ(m_log.Told("main tabs"), "main tabs\n");
+  EXPECT_EQ(m_log.Reported("main tabs"), "main tabs\n");
   EXPECT_TRUE(Frame().OnCommand(ID_WINDOW_TABS));
   MakeApp();
   m_log.Clear();
   ASSERT_TRUE(m_app->InitInstance({}));
-  EXPECT_EQ(m_log.Told("main tabs"), "");
+  EXPECT_EQ(m_log.Reported("main tabs"), "");
 }
 
 TEST_F(MainFrame, CascadeAndTileEndTheTabsAndArrangeIconsDoesNot) {
@@ -302,7 +302,7 @@ TEST_F(MainFrame, WindowCommandsLayTheChildrenOut) {
     EXPECT_TRUE(State(id).IsEnabled()) << id;
     EXPECT_TRUE(Frame().OnCommand(id)) << id;
   }
-  EXPECT_EQ(m_log.Told("layout"), "layout cascade\nlayout tile\nlayout arrange icons\n");
+  EXPECT_EQ(m_log.Reported("layout"), "layout cascade\nlayout tile\nlayout arrange icons\n");
 }
 
 TEST_F(MainFrame, FilesThatDoNotOpenAreNamedWithTheReason) {
@@ -311,7 +311,7 @@ TEST_F(MainFrame, FilesThatDoNotOpenAreNamedWithTheReason) {
   EXPECT_FALSE(m_app->OpenDocumentFile(empty));
   EXPECT_EQ(Face().m_panes[kPaneMessage], "Cannot open empty.trc: The file is empty");
   EXPECT_EQ(Face().m_paneTips[kPaneMessage], empty + ": The file is empty");
-  EXPECT_EQ(m_host.Told(), "") << "no box";
+  EXPECT_EQ(m_host.Reported(), "") << "no box";
   Frame().OnIdle();
   EXPECT_EQ(Face().m_panes[kPaneMessage], "Cannot open empty.trc: The file is empty") << "it stays";
   ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
@@ -329,7 +329,7 @@ TEST_F(MainFrame, FilesThatDoNotOpenAreNamedWithTheReason) {
 TEST_F(MainFrame, AFileThatABoxHasSpokenOfIsNotNamedAgain) {
   Start();
   EXPECT_FALSE(m_app->OpenDocumentFile(m_dir.File("other.trc", "no trace file at all")));
-  EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Invalid format.\" (OK) -> OK\n");
+  EXPECT_EQ(m_host.Reported(), "box Tessera [stop] \"Invalid format.\" (OK) -> OK\n");
   EXPECT_EQ(Face().m_panes[kPaneMessage], "");
 }
 
@@ -338,7 +338,7 @@ TEST_F(MainFrame, WithoutAStatusBarABoxSaysWhyAFileDoesNotOpen) {
   Frame().OnCommand(ID_VIEW_STATUS_BAR);
   const std::string empty = m_dir.File("empty.trc", "");
   EXPECT_FALSE(m_app->OpenDocumentFile(empty));
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [warning] \"" + empty + ": The file is empty\" (OK) -> OK\n");
 }
 

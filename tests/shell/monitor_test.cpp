@@ -83,19 +83,20 @@ TEST_F(MonitorTest, AMachineTextWithSlashesStandsWholeInTheTitleAndInTheQuestion
   m_host.ClearTranscript();
   m_host.AnswerBox(BoxAnswer::No);
   Frame().OnCommand(ID_FILE_CLOSE);
-  EXPECT_EQ(m_host.Told().find("box Tessera [warning] \"Save changes to Traces sent to web/7447/?"),
-            0U)
-      << m_host.Told();
+  EXPECT_EQ(
+      m_host.Reported().find("box Tessera [warning] \"Save changes to Traces sent to web/7447/?"),
+      0U)
+      << m_host.Reported();
 }
 
-TEST_F(MonitorTest, AConnectThatFailsLeavesNoWindowAndGivesNoWord) {
+TEST_F(MonitorTest, AConnectThatFailsLeavesNoWindowAndGivesNoMessage) {
   m_service.m_refuse = true;
   NewMonitor("nowhere");
   EXPECT_EQ(Monitors(), 0U);
   EXPECT_TRUE(Frame().Children().empty());
   EXPECT_TRUE(m_host.Timers().empty());
-  EXPECT_EQ(m_host.Told(), "dialog -> 1\nwait cursor on\nwait cursor off\n");
-  EXPECT_EQ(m_log.Told("child show"), "");
+  EXPECT_EQ(m_host.Reported(), "dialog -> 1\nwait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_log.Reported("child show"), "");
 }
 
 TEST_F(MonitorTest, ASecondMonitorOnTheSameMachineIsAllowedFromNewMonitor) {
@@ -259,7 +260,7 @@ TEST_F(MonitorTest, F1OpensThePageOfMonitors) {
   NewMonitor("web");
   m_log.Clear();
   Frame().OnCommand(ID_HELP);
-  EXPECT_EQ(m_log.Told(), "help \"monitor\"\n");
+  EXPECT_EQ(m_log.Reported(), "help \"monitor\"\n");
 }
 
 TEST_F(MonitorTest, QuickCloseWithAMonitorOpenEndsItsConnectionAndItsCapture) {
@@ -274,7 +275,7 @@ TEST_F(MonitorTest, QuickCloseWithAMonitorOpenEndsItsConnectionAndItsCapture) {
   m_host.ClearTranscript();
   m_host.AnswerBox(BoxAnswer::Yes);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), kQuickClose + std::string("Yes\n"));
+  EXPECT_EQ(m_host.Reported(), kQuickClose + std::string("Yes\n"));
   EXPECT_TRUE(Face().m_closed);
   EXPECT_EQ(Monitors(), 0U);
   EXPECT_EQ(m_service.m_log, "connect web\ndisconnect\n");
@@ -293,9 +294,9 @@ TEST_F(MonitorTest, AtNoTheMonitorsAreAskedBeforeTheFiles) {
   for (int i = 0; i < 3; ++i) m_host.AnswerBox(BoxAnswer::No);
   Frame().OnClose();
   const std::string asked = "box Tessera [warning] \"Save changes to ";
-  EXPECT_EQ(m_host.Told(), kQuickClose + std::string("No\n") + asked +
-                               "Traces sent to web?\" (Yes, No, Cancel) -> No\n" + asked +
-                               "web.trc?\" (Yes, No, Cancel) -> No\n");
+  EXPECT_EQ(m_host.Reported(), kQuickClose + std::string("No\n") + asked +
+                                   "Traces sent to web?\" (Yes, No, Cancel) -> No\n" + asked +
+                                   "web.trc?\" (Yes, No, Cancel) -> No\n");
 }
 
 TEST_F(MonitorTest, TheEndOfTheProgramEndsConnectionsThatStillStand) {

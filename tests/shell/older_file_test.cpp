@@ -105,7 +105,7 @@ TEST_F(OlderFileTest, AFailedConversionLeavesItsBoxUntilAnotherLoadIsDone) {
   ASSERT_TRUE(m_app->OpenDocumentFile(path));
   ASSERT_TRUE(m_host.RunUntil([this] {
     m_host.ClosePostedBoxes();
-    return m_host.Told().find("Error opening trace file") != std::string::npos;
+    return m_host.Reported().find("Error opening trace file") != std::string::npos;
   }));
   m_host.RunPosted();
   ASSERT_TRUE(Frame().LoadStatus());

@@ -73,7 +73,7 @@ TEST_F(OptionsTest, CancelChangesNothingAndTellsNobody) {
     dialog.OnCancel();
   });
   Frame().OnCommand(ID_VIEW_OPTIONS);
-  EXPECT_EQ(m_host.Told(), "dialog -> 2\n");
+  EXPECT_EQ(m_host.Reported(), "dialog -> 2\n");
   EXPECT_EQ(m_host.PostedCount(), 0U);
   EXPECT_EQ(g_activeColumns, kDefaultActiveColumns);
   EXPECT_EQ(ReadAll(SettingsFile()), before);
@@ -96,7 +96,7 @@ TEST_F(OptionsTest, AMonitorHearsItOncePerRegisteredTemplateAndTheOthersOnce) {
   Frame().OnCommand(ID_VIEW_OPTIONS);
   m_log.Clear();
   m_host.RunPosted();
-  EXPECT_EQ(m_log.Told(), "monitor hint 1001\nconfig hint 1001\nmonitor hint 1001\n");
+  EXPECT_EQ(m_log.Reported(), "monitor hint 1001\nconfig hint 1001\nmonitor hint 1001\n");
   EXPECT_EQ(HintsOf("monitor"), 2);
   EXPECT_EQ(HintsOf("config"), 1);
 }
@@ -106,7 +106,7 @@ TEST_F(OptionsTest, TheBroadcastIsDroppedWhenTheProgramEndsFirst) {
   AnswerOptions({}, false, "500000");
   Frame().OnCommand(ID_VIEW_OPTIONS);
   EXPECT_EQ(m_host.PostedCount(), 1U);
-  // Another program in the same memory would hear what was posted for the first.
+  // Another program in the same memory would get what was posted for the first.
   std::destroy_at(m_app.get());
   std::construct_at(m_app.get(), m_host, m_faces, m_log);
   UseFakeMachine();
@@ -114,7 +114,7 @@ TEST_F(OptionsTest, TheBroadcastIsDroppedWhenTheProgramEndsFirst) {
   const ProbeView config(OpenConfig(), m_log, "config");
   m_log.Clear();
   m_host.RunPosted();
-  EXPECT_EQ(m_log.Told("config hint"), "");
+  EXPECT_EQ(m_log.Reported("config hint"), "");
 }
 
 class RecentFilesTest : public ShellTest {
@@ -151,7 +151,7 @@ TEST_F(RecentFilesTest, OneIsOpenedByItsPlaceAndTheWindowHearsOfTheChange) {
   EXPECT_TRUE(Frame().OnCommand(ID_FILE_MRU_FILE1 + 1));
   ASSERT_EQ(Frame().Children().size(), 1U);
   EXPECT_EQ(Frame().Children()[0]->Title(), "a.trc");
-  EXPECT_EQ(m_log.Told("main recent"), "main recent files\n");
+  EXPECT_EQ(m_log.Reported("main recent"), "main recent files\n");
   EXPECT_EQ(StoredNames(), "a.trc b.trc - - -");
 }
 

@@ -50,7 +50,7 @@ TEST_F(SourceWindowsTest, ASourceWindowHasItsMenuAndClearsBothPanes) {
   OpenSource("a.c");
   EXPECT_EQ(Face().m_panes[kPaneRowCount], "");
   EXPECT_EQ(Face().m_panes[kPaneFiltered], "");
-  EXPECT_NE(m_log.Told("main menu").find("main menu 145"), std::string::npos);
+  EXPECT_NE(m_log.Reported("main menu").find("main menu 145"), std::string::npos);
   EXPECT_TRUE(m_app->RecentFiles().size() == 1);
 }
 
@@ -79,7 +79,7 @@ TEST_F(SourceWindowsTest, HelpTellsOfSources) {
   EXPECT_EQ(m_log.Lines().back(), "help \"source\"");
 }
 
-TEST_F(SourceWindowsTest, OptionsAreNotToldToSources) {
+TEST_F(SourceWindowsTest, OptionsAreNotSentToSources) {
   Start();
   ASSERT_TRUE(m_app->HoldMonitorTemplate().OpenDocumentFile(nullptr));
   OpenSource("a.c");
@@ -87,11 +87,11 @@ TEST_F(SourceWindowsTest, OptionsAreNotToldToSources) {
   m_host.AnswerDialog([](CDialog& dialog) { dialog.OnOK(); });
   Frame().OnCommand(ID_VIEW_OPTIONS);
   m_host.RunPosted();
-  EXPECT_NE(m_log.Told("monitor hint 1001"), "");
-  EXPECT_EQ(m_log.Told("source hint"), "");
+  EXPECT_NE(m_log.Reported("monitor hint 1001"), "");
+  EXPECT_EQ(m_log.Reported("source hint"), "");
 }
 
-TEST_F(SourceWindowsTest, EditsAreAskedForBehindMonitorsAndRegisteredDocuments) {
+TEST_F(SourceWindowsTest, EditsAreAskedForAfterMonitorsAndRegisteredDocuments) {
   Start();
   Edit("a.c");
   CDocument* monitor = m_app->HoldMonitorTemplate().OpenDocumentFile(nullptr);
@@ -103,8 +103,8 @@ TEST_F(SourceWindowsTest, EditsAreAskedForBehindMonitorsAndRegisteredDocuments) 
   m_host.ClearTranscript();
   for (int i = 0; i < 4; ++i) m_host.AnswerBox(BoxAnswer::No);
   Frame().OnClose();
-  const std::string told = m_host.Told();
-  EXPECT_EQ(told.substr(told.find('\n') + 1),
+  const std::string reported = m_host.Reported();
+  EXPECT_EQ(reported.substr(reported.find('\n') + 1),
             Question("monitor", "No") + Question("web.trc", "No") + Question("a.c", "No"));
   EXPECT_TRUE(Face().m_closed);
   EXPECT_TRUE(m_app->SourceTemplate()->Documents().empty());
@@ -115,7 +115,7 @@ TEST_F(SourceWindowsTest, ARefusalKeepsTheProgram) {
   Edit("a.c");
   m_host.AnswerBox(BoxAnswer::Cancel);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(), Question("a.c", "Cancel"));
+  EXPECT_EQ(m_host.Reported(), Question("a.c", "Cancel"));
   EXPECT_FALSE(Face().m_closed);
 }
 

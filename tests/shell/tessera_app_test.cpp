@@ -14,7 +14,7 @@ TEST_F(TesseraApp, ABareStartWithAutoStart0ShowsTheMainWindowWithNoDocumentAndNo
   m_host.RunPosted();
   EXPECT_TRUE(Face().m_shown);
   EXPECT_TRUE(Frame().Children().empty());
-  EXPECT_EQ(m_log.Told("wizard"), "");
+  EXPECT_EQ(m_log.Reported("wizard"), "");
   EXPECT_EQ(m_host.MainWindow(), &Frame());
 }
 
@@ -47,7 +47,7 @@ TEST_F(TesseraApp, WithAFileOnTheCommandLineTheWizardDoesNotStartWhateverAutoSta
   ASSERT_TRUE(m_app->InitInstance({"--unknown", WriteTraces("web.trc", 2), "second.trc"}));
   m_host.RunUntil([this] { return Face().m_panes[kPaneRowCount] == "2"; });
   m_host.RunPosted();
-  EXPECT_EQ(m_log.Told("wizard"), "");
+  EXPECT_EQ(m_log.Reported("wizard"), "");
   ASSERT_EQ(Frame().Children().size(), 1U);
   EXPECT_EQ(Frame().Children()[0]->Title(), "web.trc");
   EXPECT_EQ(Face().m_panes[kPaneRowCount], "2");
@@ -66,22 +66,22 @@ TEST_F(TesseraApp, TheFileIsOpenedBeforeTheWindowShows) {
 
 TEST_F(TesseraApp, AFileOnTheCommandLineThatIsNoTraceFileEndsTheProgramAfterItsBox) {
   EXPECT_FALSE(m_app->InitInstance({m_dir.File("bad.trc", "this is no trace file, but text")}));
-  EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Invalid format.\" (OK) -> OK\n");
-  EXPECT_EQ(m_log.Told("main show"), "");
+  EXPECT_EQ(m_host.Reported(), "box Tessera [stop] \"Invalid format.\" (OK) -> OK\n");
+  EXPECT_EQ(m_log.Reported("main show"), "");
   EXPECT_TRUE(Frame().Children().empty());
 }
 
-TEST_F(TesseraApp, AMissingFileOnTheCommandLineEndsTheProgramWithoutAWord) {
+TEST_F(TesseraApp, AMissingFileOnTheCommandLineEndsTheProgramWithoutAMessage) {
   EXPECT_FALSE(m_app->InitInstance({m_dir.File("missing.trc")}));
-  EXPECT_EQ(m_host.Told(), "");
-  EXPECT_EQ(m_log.Told("main show"), "");
+  EXPECT_EQ(m_host.Reported(), "");
+  EXPECT_EQ(m_log.Reported("main show"), "");
   EXPECT_TRUE(Frame().Children().empty());
 }
 
 TEST_F(TesseraApp, WithoutAMainWindowTheProgramEndsQuietly) {
   m_faces.m_refuseFrame = true;
   EXPECT_FALSE(m_app->InitInstance({WriteTraces("web.trc", 2)}));
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_EQ(m_host.MainWindow(), nullptr);
   EXPECT_EQ(m_host.PostedCount(), 0U);
 }
@@ -157,7 +157,7 @@ TEST_F(TesseraApp, AboutShowsTheVersionLine) {
   Start();
   EXPECT_TRUE(State(ID_APP_ABOUT).IsEnabled());
   EXPECT_TRUE(Frame().OnCommand(ID_APP_ABOUT));
-  EXPECT_EQ(m_log.Told(), "about Tessera Version 3.1.0\n");
+  EXPECT_EQ(m_log.Reported(), "about Tessera Version 3.1.0\n");
 }
 
 TEST_F(TesseraApp, PrintAndPreviewStayGreyAndPrintSetupWorks) {
@@ -173,7 +173,7 @@ TEST_F(TesseraApp, PrintAndPreviewStayGreyAndPrintSetupWorks) {
   m_log.Clear();
   EXPECT_TRUE(State(ID_FILE_PRINT_SETUP).IsEnabled());
   EXPECT_TRUE(Frame().OnCommand(ID_FILE_PRINT_SETUP));
-  EXPECT_EQ(m_log.Told(), "print setup\n");
+  EXPECT_EQ(m_log.Reported(), "print setup\n");
 }
 
 TEST_F(TesseraApp, WhatNobodyTakesStandsDisabledInTheMenusUntilSomebodyDoes) {
@@ -183,11 +183,11 @@ TEST_F(TesseraApp, WhatNobodyTakesStandsDisabledInTheMenusUntilSomebodyDoes) {
     EXPECT_FALSE(State(id).IsEnabled()) << id;
     EXPECT_FALSE(Frame().OnCommand(id)) << id;
   }
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   m_app->MapWizard();
   EXPECT_TRUE(State(ID_FILE_WIZARD).IsEnabled());
   EXPECT_TRUE(Frame().OnCommand(ID_FILE_WIZARD));
-  EXPECT_EQ(m_log.Told(), "wizard\n");
+  EXPECT_EQ(m_log.Reported(), "wizard\n");
 }
 
 TEST_F(TesseraApp, NewWindowShowsTheDocumentASecondTime) {

@@ -227,7 +227,7 @@ TEST_F(TreeToggle, F1TellsOfTheTreeWhileItShows) {
   Toggle();
   m_log.Clear();
   Frame().OnCommand(ID_HELP);
-  EXPECT_EQ(m_log.Told(), "help \"tree\"\n");
+  EXPECT_EQ(m_log.Reported(), "help \"tree\"\n");
 }
 
 TEST_F(TreeToggle, TheContextMenuOfTheTreeIsTheFramesPopUp) {
@@ -235,7 +235,7 @@ TEST_F(TreeToggle, TheContextMenuOfTheTreeIsTheFramesPopUp) {
   Toggle();
   m_log.Clear();
   Tree().OnTreeContextMenu(12, 34);
-  EXPECT_EQ(m_log.Told(), "main popup 144 12 34\n");
+  EXPECT_EQ(m_log.Reported(), "main popup 144 12 34\n");
 }
 
 TEST_F(TreeToggle, AClearEmptiesBothViewsAndLeavesNothingToSelect) {

@@ -2,13 +2,13 @@
 //
 // To run it, write an adapter ("rig") and instantiate the suite:
 //
-//   struct MyRig {
-//     explicit MyRig(ListBoxOwner& owner);
+//   struct MyHarness {
+//     explicit MyHarness(ListBoxOwner& owner);
 //     ConfigPane& Pane();
 //     std::string Note();          // what the user sees below the list, empty for no line
 //     bool ListHasFocus();
 //   };
-//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ConfigPaneContract, MyRig);
+//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ConfigPaneContract, MyHarness);
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,27 +23,27 @@ class QuietListBoxOwner final : public ListBoxOwner {
   void OnListBoxContextMenu(int, int) override {}
 };
 
-template <class Rig>
+template <class Harness>
 class ConfigPaneContract : public testing::Test {
  protected:
   QuietListBoxOwner m_owner;
-  Rig m_rig{m_owner};
+  Harness m_harness{m_owner};
 };
 
 TYPED_TEST_SUITE_P(ConfigPaneContract);
 
 TYPED_TEST_P(ConfigPaneContract, TheNoteIsThereWhileItHasAText) {
-  EXPECT_EQ(this->m_rig.Note(), "");
-  this->m_rig.Pane().SetNote("Not connected to <b>web</b>.");
-  EXPECT_EQ(this->m_rig.Note(), "Not connected to <b>web</b>.");
-  this->m_rig.Pane().SetNote("");
-  EXPECT_EQ(this->m_rig.Note(), "");
+  EXPECT_EQ(this->m_harness.Note(), "");
+  this->m_harness.Pane().SetNote("Not connected to <b>web</b>.");
+  EXPECT_EQ(this->m_harness.Note(), "Not connected to <b>web</b>.");
+  this->m_harness.Pane().SetNote("");
+  EXPECT_EQ(this->m_harness.Note(), "");
 }
 
 TYPED_TEST_P(ConfigPaneContract, TheFocusGoesToTheList) {
-  EXPECT_FALSE(this->m_rig.ListHasFocus());
-  this->m_rig.Pane().SetFocus();
-  EXPECT_TRUE(this->m_rig.ListHasFocus());
+  EXPECT_FALSE(this->m_harness.ListHasFocus());
+  this->m_harness.Pane().SetFocus();
+  EXPECT_TRUE(this->m_harness.ListHasFocus());
 }
 
 REGISTER_TYPED_TEST_SUITE_P(ConfigPaneContract, TheNoteIsThereWhileItHasAText,

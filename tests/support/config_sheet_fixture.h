@@ -35,7 +35,7 @@ class ConfigSheetFixture : public testing::Test {
   // The boxes since the last look, without the wait cursor's lines.
   std::string Boxes() {
     std::string boxes;
-    std::istringstream lines(m_host.Told());
+    std::istringstream lines(m_host.Reported());
     m_host.ClearTranscript();
     for (std::string line; std::getline(lines, line);)
       if (line.find("wait cursor") == line.npos) boxes += line + "\n";

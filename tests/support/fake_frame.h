@@ -22,13 +22,13 @@ class FrameLog {
   void Add(std::string line) { m_lines.push_back(std::move(line)); }
   void Clear() { m_lines.clear(); }
   const std::vector<std::string>& Lines() const { return m_lines; }
-  std::string Told() const {
+  std::string Reported() const {
     std::string all;
     for (const std::string& line : m_lines) all += line + "\n";
     return all;
   }
   // The lines that begin with `start`, for a test that looks at one window.
-  std::string Told(const std::string& start) const {
+  std::string Reported(const std::string& start) const {
     std::string all;
     for (const std::string& line : m_lines) {
       if (line.rfind(start, 0) == 0) all += line + "\n";

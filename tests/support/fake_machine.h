@@ -23,7 +23,7 @@ class FakeMachine {
     unsigned id = 0, settings = 0;
   };
   struct App {
-    std::vector<Trace> traces;  // of one component behind each other
+    std::vector<Trace> traces;  // of one component one after the other
     trc_SinkTypes_e sinkType = trc_SinkSocket;
     std::string sinkName = "localhost", sinkOptions;
     unsigned instances = 0;  // that run

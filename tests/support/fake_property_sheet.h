@@ -1,6 +1,6 @@
 // The window of a property sheet without a screen: pages with text fields, one focus, one size.
 //
-// Each field is bound to a member of its page. A person types into the page in front only, and
+// Each field is bound to a member of its page. The user types into the page in front only, and
 // presses only what can be pressed.
 #pragma once
 
@@ -69,7 +69,7 @@ class FakePropertySheet : public PropertySheetFace {
     m_buttons = m_sheet.WizardButtons();
   }
 
-  // What a person sees.
+  // What the user sees.
   const std::string& Title() const { return m_title; }
   std::size_t Front() const { return m_front; }
   unsigned Focus() const { return m_focus; }  // 0: not in a field
@@ -92,7 +92,7 @@ class FakePropertySheet : public PropertySheetFace {
     }
   }
   std::string Text(unsigned control) { return *m_pages.at(m_front).Find(control); }
-  // What a person does.
+  // What the user does.
   void Type(unsigned control, const std::string& text) {
     m_focus = control;
     *m_pages.at(m_front).Find(control) = text;

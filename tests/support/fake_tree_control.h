@@ -50,7 +50,8 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
     }
     if (!m_items.Has(item)) return;
     ++deleted;
-    if (m_selected == item || m_items.IsBelow(m_selected, item)) MoveSelection(Heir(item));
+    if (m_selected == item || m_items.IsBelow(m_selected, item))
+      MoveSelection(SelectionAfterDelete(item));
     const std::vector<TreeItem> rows = m_items.Rows();
     const auto above = std::find(rows.begin(), rows.end(), item);
     if (above < rows.begin() + m_top) {
@@ -148,7 +149,7 @@ class FakeTreeControl final : public TreeControl, public SizedControl {
   void MoveSelection(TreeItem item) {
     if (std::exchange(m_selected, item) != item) m_owner.OnTreeSelectionChanged();
   }
-  TreeItem Heir(TreeItem item) const {
+  TreeItem SelectionAfterDelete(TreeItem item) const {
     for (const TreeStep step : {TreeStep::NextSibling, TreeStep::PreviousSibling})
       if (const TreeItem heir = Walk(item, step)) return heir;
     return m_items.Get(item).parent;

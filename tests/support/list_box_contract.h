@@ -1,9 +1,9 @@
 // The contract of the list box: run for the fake and for the control on the screen.
 //
-// To run it, write an adapter ("rig") and instantiate the suite:
+// To run it, write an adapter ("harness") and instantiate the suite:
 //
-//   struct MyRig {
-//     MyRig(ListBoxOwner& owner, ListBoxMode mode);
+//   struct MyHarness {
+//     MyHarness(ListBoxOwner& owner, ListBoxMode mode);
 //     ListBox& Box();
 //     void SetPage(int items);                     // sizes it so that CountPerPage() is `items`
 //     void Click(int item, bool control = false);  // on an item that is seen
@@ -11,7 +11,7 @@
 //     void RightClick(int item);                   // -1: below the items
 //     bool Press(ListBoxKey key);                  // false: the window got the key
 //   };
-//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ListBoxContract, MyRig);
+//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ListBoxContract, MyHarness);
 #pragma once
 
 #include <gtest/gtest.h>
@@ -31,27 +31,27 @@ class RecordingListBoxOwner final : public ListBoxOwner {
     return takesKeys;
   }
   void OnListBoxContextMenu(int, int) override { Note("menu"); }
-  std::string Told() { return std::exchange(m_told, ""); }
+  std::string Reported() { return std::exchange(m_reported, ""); }
   bool takesKeys = true;
 
  private:
-  void Note(const char* word) { m_told += (m_told.empty() ? "" : " ") + std::string(word); }
-  std::string m_told;
+  void Note(const char* word) { m_reported += (m_reported.empty() ? "" : " ") + std::string(word); }
+  std::string m_reported;
 };
 
-template <class Rig>
+template <class Harness>
 class ListBoxContract : public testing::Test {
  protected:
   void Make(ListBoxMode mode, int page = 5) {
-    m_rig.emplace(m_owner, mode);
-    m_rig->Box().AddString("lager", 3);
-    m_rig->Box().AddString("Billing", 2);
-    m_rig->Box().AddString("zoll", 4);
-    m_rig->Box().AddString("archiv", 1);
-    m_rig->SetPage(page);
-    m_owner.Told();
+    m_harness.emplace(m_owner, mode);
+    m_harness->Box().AddString("lager", 3);
+    m_harness->Box().AddString("Billing", 2);
+    m_harness->Box().AddString("zoll", 4);
+    m_harness->Box().AddString("archiv", 1);
+    m_harness->SetPage(page);
+    m_owner.Reported();
   }
-  ListBox& Box() { return m_rig->Box(); }
+  ListBox& Box() { return m_harness->Box(); }
   // "archiv=1 *Billing=2": a star before each selected item.
   std::string Shown() {
     std::string text;
@@ -62,7 +62,7 @@ class ListBoxContract : public testing::Test {
   }
 
   RecordingListBoxOwner m_owner;
-  std::optional<Rig> m_rig;
+  std::optional<Harness> m_harness;
 };
 
 TYPED_TEST_SUITE_P(ListBoxContract);
@@ -74,7 +74,7 @@ TYPED_TEST_P(ListBoxContract, SortsItsItemsIgnoringCaseAndKeepsTheirData) {
   EXPECT_EQ(this->Shown(), "archiv=1 Billing=2 lager=3 LAGER=5 zoll=4");
   this->Box().ResetContent();
   EXPECT_EQ(this->Box().Count(), 0);
-  EXPECT_EQ(this->m_owner.Told(), "");
+  EXPECT_EQ(this->m_owner.Reported(), "");
 }
 
 TYPED_TEST_P(ListBoxContract, FindsAWholeTextInAnyCase) {
@@ -104,7 +104,7 @@ TYPED_TEST_P(ListBoxContract, BeginsWithoutASelectionAndACallSelectsOneInSilence
   this->Box().SetCurSel(-1);
   EXPECT_EQ(this->Box().CurSel(), -1);
   EXPECT_EQ(this->Box().SelectedCount(), 0);
-  EXPECT_EQ(this->m_owner.Told(), "");
+  EXPECT_EQ(this->m_owner.Reported(), "");
 }
 
 TYPED_TEST_P(ListBoxContract, TheSelectionStaysWithItsItem) {
@@ -118,54 +118,54 @@ TYPED_TEST_P(ListBoxContract, TheSelectionStaysWithItsItem) {
   this->Box().DeleteString(2);
   EXPECT_EQ(this->Shown(), "Bestand=6 Billing=2 zoll=4") << "no neighbour is selected";
   EXPECT_EQ(this->Box().CurSel(), -1);
-  EXPECT_EQ(this->m_owner.Told(), "");
+  EXPECT_EQ(this->m_owner.Reported(), "");
 }
 
 TYPED_TEST_P(ListBoxContract, AClickSelectsAndIsReported) {
   this->Make(ListBoxMode::One);
-  this->m_rig->Click(1);
+  this->m_harness->Click(1);
   EXPECT_EQ(this->Box().CurSel(), 1);
-  EXPECT_EQ(this->m_owner.Told(), "selection");
-  this->m_rig->Click(3);
+  EXPECT_EQ(this->m_owner.Reported(), "selection");
+  this->m_harness->Click(3);
   EXPECT_EQ(this->Box().CurSel(), 3);
   EXPECT_EQ(this->Box().SelectedCount(), 1);
 }
 
 TYPED_TEST_P(ListBoxContract, ADoubleClickOnAnItemIsReported) {
   this->Make(ListBoxMode::One);
-  this->m_rig->DoubleClick(2);
-  EXPECT_EQ(this->m_owner.Told(), "selection double");
+  this->m_harness->DoubleClick(2);
+  EXPECT_EQ(this->m_owner.Reported(), "selection double");
   EXPECT_EQ(this->Box().CurSel(), 2);
 }
 
 TYPED_TEST_P(ListBoxContract, ARightClickSelectsWhatIsUnderItAndBesideAllItemsNothing) {
   this->Make(ListBoxMode::One);
-  this->m_rig->RightClick(1);
-  EXPECT_EQ(this->m_owner.Told(), "selection menu");
+  this->m_harness->RightClick(1);
+  EXPECT_EQ(this->m_owner.Reported(), "selection menu");
   EXPECT_EQ(this->Box().CurSel(), 1);
-  this->m_rig->RightClick(-1);
-  EXPECT_EQ(this->m_owner.Told(), "menu");
+  this->m_harness->RightClick(-1);
+  EXPECT_EQ(this->m_owner.Reported(), "menu");
   EXPECT_EQ(this->Box().CurSel(), 1) << "it stays as it was";
 }
 
 TYPED_TEST_P(ListBoxContract, TheOwnerGetsDelAndEnterAndMayLeaveThemToTheWindow) {
   this->Make(ListBoxMode::One);
   this->Box().SetFocus();
-  EXPECT_TRUE(this->m_rig->Press(ListBoxKey::Delete));
-  EXPECT_TRUE(this->m_rig->Press(ListBoxKey::Enter));
-  EXPECT_EQ(this->m_owner.Told(), "delete enter");
+  EXPECT_TRUE(this->m_harness->Press(ListBoxKey::Delete));
+  EXPECT_TRUE(this->m_harness->Press(ListBoxKey::Enter));
+  EXPECT_EQ(this->m_owner.Reported(), "delete enter");
   this->m_owner.takesKeys = false;
-  EXPECT_FALSE(this->m_rig->Press(ListBoxKey::Enter));
+  EXPECT_FALSE(this->m_harness->Press(ListBoxKey::Enter));
 }
 
 TYPED_TEST_P(ListBoxContract, SeveralCanBeSelected) {
   this->Make(ListBoxMode::Several);
-  this->m_rig->Click(0);
-  this->m_rig->Click(2, true);
+  this->m_harness->Click(0);
+  this->m_harness->Click(2, true);
   EXPECT_EQ(this->Shown(), "*archiv=1 Billing=2 *lager=3 zoll=4");
   EXPECT_EQ(this->Box().SelectedCount(), 2);
-  EXPECT_EQ(this->m_owner.Told(), "selection selection");
-  this->m_rig->Click(0, true);
+  EXPECT_EQ(this->m_owner.Reported(), "selection selection");
+  this->m_harness->Click(0, true);
   EXPECT_EQ(this->Shown(), "archiv=1 Billing=2 *lager=3 zoll=4");
   EXPECT_EQ(this->Box().CurSel(), 2);
 }

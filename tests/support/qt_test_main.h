@@ -10,7 +10,7 @@
 #include <QTemporaryDir>
 #include <clocale>
 
-#include "support/owed.h"
+#include "support/pending_actions.h"
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
@@ -21,6 +21,6 @@ int main(int argc, char** argv) {
   std::setlocale(LC_NUMERIC, "C");
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   QApplication::setQuitOnLastWindowClosed(false);
-  testing::UnitTest::GetInstance()->listeners().Append(new OwedActs);
+  testing::UnitTest::GetInstance()->listeners().Append(new PendingActions);
   return RUN_ALL_TESTS();
 }

@@ -24,14 +24,14 @@
 #include <vector>
 
 #include "docview/dialogs/work_box.h"
-#include "support/person_script.h"
 #include "support/posted_work.h"
 #include "support/question_text.h"
 #include "support/test_timers.h"
 #include "support/transcript.h"
+#include "support/user_script.h"
 
 class RecordingHost : public Host,
-                      public PersonScript,
+                      public UserScript,
                       public TranscriptKeeper,
                       public TestTimers,
                       public PostedWork {

@@ -21,9 +21,9 @@ class RecordingRowListOwner final : public RowListOwner {
   std::vector<HitRange> RowListHits(int, ListColumn) override { return {}; }
   std::string RowListEmptyText() override { return {}; }
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override {
-    told.push_back(std::to_string(row) + ": " + std::to_string(oldState) + ">" +
-                   std::to_string(newState));
-    if (list && list->GetItemState(row) != newState) told.push_back("told too early");
+    reported.push_back(std::to_string(row) + ": " + std::to_string(oldState) + ">" +
+                       std::to_string(newState));
+    if (list && list->GetItemState(row) != newState) reported.push_back("told too early");
   }
   void OnRowClicked(int row) override { clicked.push_back(row); }
   void OnRowDoubleClicked(int row) override { doubleClicked.push_back(row); }
@@ -36,11 +36,11 @@ class RecordingRowListOwner final : public RowListOwner {
   void OnColumnsReordered() override { ++reordered; }
 
   // The records since the last call.
-  std::vector<std::string> Told() { return std::exchange(told, {}); }
+  std::vector<std::string> Reported() { return std::exchange(reported, {}); }
 
   RowList* list = nullptr;
   std::map<int, std::string> longTexts;  // of rows, in all columns, in place of the short ones
-  std::vector<std::string> told;
+  std::vector<std::string> reported;
   std::vector<int> clicked, doubleClicked;
   int contextMenus = 0, resizings = 0, resized = 0, reordered = 0;
   bool refuseResizing = false;

@@ -1,9 +1,9 @@
 // The contract of the report list: run for the fake and for the control on the screen.
 //
-// To run it, write an adapter ("rig") and instantiate the suite:
+// To run it, write an adapter ("harness") and instantiate the suite:
 //
-//   struct MyRig {
-//     explicit MyRig(ReportListOwner& owner);      // 300 pixels of room, with the focus
+//   struct MyHarness {
+//     explicit MyHarness(ReportListOwner& owner);      // 300 pixels of room, with the focus
 //     ReportList& List();
 //     void SetPage(int rows);                      // sizes it so that CountPerPage() is `rows`
 //     void SetRoom(int roomPx);                    // without the vertical scroll bar
@@ -15,7 +15,7 @@
 //     void PressSelectAll();
 //     void Type(char letter);
 //   };
-//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ReportListContract, MyRig);
+//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, ReportListContract, MyHarness);
 #pragma once
 
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ class RecordingReportOwner final : public ReportListOwner {
   }
   void OnReportHeading(int column) override { Note("heading " + std::to_string(column)); }
   void OnReportDoubleClick() override { Note("double"); }
-  std::string Told() { return std::exchange(m_told, ""); }
+  std::string Reported() { return std::exchange(m_reported, ""); }
 
   std::vector<std::string> names = {"net", "disk", "mail", "data"};
   ReportList* list = nullptr;
@@ -48,27 +48,27 @@ class RecordingReportOwner final : public ReportListOwner {
   std::size_t seen = 0;  // what was selected when it was told last
 
  private:
-  void Note(const std::string& word) { m_told += (m_told.empty() ? "" : ", ") + word; }
-  std::string m_told;
+  void Note(const std::string& word) { m_reported += (m_reported.empty() ? "" : ", ") + word; }
+  std::string m_reported;
 };
 
-template <class Rig>
+template <class Harness>
 class ReportListContract : public testing::Test {
  protected:
   using Rows = std::vector<int>;
-  ReportListContract() : m_rig(m_owner) {
+  ReportListContract() : m_harness(m_owner) {
     m_owner.list = &List();
     List().InsertColumn("Name");
     List().InsertColumn("State");
     List().SetItemCount(4);
-    m_rig.SetPage(6);
+    m_harness.SetPage(6);
     m_owner.selections = 0;
   }
   ~ReportListContract() override { m_owner.list = nullptr; }
-  ReportList& List() { return m_rig.List(); }
+  ReportList& List() { return m_harness.List(); }
 
   RecordingReportOwner m_owner;
-  Rig m_rig;
+  Harness m_harness;
 };
 
 TYPED_TEST_SUITE_P(ReportListContract);
@@ -76,20 +76,20 @@ TYPED_TEST_SUITE_P(ReportListContract);
 TYPED_TEST_P(ReportListContract, BeginsWithoutASelection) {
   EXPECT_EQ(this->List().ItemCount(), 4);
   EXPECT_FALSE(this->List().HasSelection());
-  EXPECT_EQ(this->m_owner.Told(), "");
+  EXPECT_EQ(this->m_owner.Reported(), "");
 }
 
 TYPED_TEST_P(ReportListContract, ClicksSelectOneRowOrSeveralAndAreReported) {
-  this->m_rig.Click(1);
+  this->m_harness.Click(1);
   EXPECT_EQ(this->List().SelectedRows(), (std::vector{1}));
   EXPECT_GT(this->m_owner.selections, 0);
   EXPECT_EQ(this->m_owner.seen, 1u);
-  this->m_rig.Click(3, true);
+  this->m_harness.Click(3, true);
   EXPECT_EQ(this->List().SelectedRows(), (std::vector{1, 3}));
   EXPECT_EQ(this->m_owner.seen, 2u);
-  this->m_rig.Click(1, true);
+  this->m_harness.Click(1, true);
   EXPECT_EQ(this->List().SelectedRows(), (std::vector{3}));
-  this->m_rig.Click(0);
+  this->m_harness.Click(0);
   EXPECT_EQ(this->List().SelectedRows(), (std::vector{0}));
 }
 
@@ -109,8 +109,8 @@ TYPED_TEST_P(ReportListContract, CallsSelectAndAreReported) {
 }
 
 TYPED_TEST_P(ReportListContract, CtrlASelectsAllRows) {
-  this->m_rig.Click(1);
-  this->m_rig.PressSelectAll();
+  this->m_harness.Click(1);
+  this->m_harness.PressSelectAll();
   EXPECT_EQ(this->List().SelectedRows(), (std::vector{0, 1, 2, 3}));
   EXPECT_EQ(this->m_owner.seen, 4u);
 }
@@ -125,43 +125,43 @@ TYPED_TEST_P(ReportListContract, NewRowsAreNotSelectedAndThatIsReported) {
 }
 
 TYPED_TEST_P(ReportListContract, AClickOnAHeadingAndItsKeyAreReported) {
-  this->m_rig.ClickHeading(1);
-  EXPECT_EQ(this->m_owner.Told(), "heading 1");
-  this->m_rig.PressHeadingKey(0);
-  EXPECT_EQ(this->m_owner.Told(), "heading 0");
-  this->m_rig.PressHeadingKey(2);
-  EXPECT_EQ(this->m_owner.Told(), "") << "there is no such column";
+  this->m_harness.ClickHeading(1);
+  EXPECT_EQ(this->m_owner.Reported(), "heading 1");
+  this->m_harness.PressHeadingKey(0);
+  EXPECT_EQ(this->m_owner.Reported(), "heading 0");
+  this->m_harness.PressHeadingKey(2);
+  EXPECT_EQ(this->m_owner.Reported(), "") << "there is no such column";
 }
 
 TYPED_TEST_P(ReportListContract, ADoubleClickOnARowIsReportedAndBesideTheRowsNot) {
-  this->m_rig.DoubleClick(2);
-  EXPECT_EQ(this->m_owner.Told(), "double");
+  this->m_harness.DoubleClick(2);
+  EXPECT_EQ(this->m_owner.Reported(), "double");
   EXPECT_EQ(this->List().SelectedRows(), (std::vector{2}));
-  this->m_rig.DoubleClick(-1);
-  EXPECT_EQ(this->m_owner.Told(), "");
+  this->m_harness.DoubleClick(-1);
+  EXPECT_EQ(this->m_owner.Reported(), "");
 }
 
 TYPED_TEST_P(ReportListContract, TypingALetterSelectsTheNextRowThatBeginsWithIt) {
-  this->m_rig.Click(0);
-  this->m_rig.Type('D');
+  this->m_harness.Click(0);
+  this->m_harness.Type('D');
   EXPECT_EQ(this->List().SelectedRows(), (std::vector{1}));
 }
 
 TYPED_TEST_P(ReportListContract, TheColumnsFollowTheRoomUntilAHeadingIsDragged) {
-  this->m_rig.SetRoom(401);
+  this->m_harness.SetRoom(401);
   EXPECT_EQ(this->List().ColumnWidth(0), 200);
   EXPECT_EQ(this->List().ColumnWidth(1), 201);
-  this->m_rig.SetRoom(300);
+  this->m_harness.SetRoom(300);
   EXPECT_EQ(this->List().ColumnWidth(1), 150);
-  this->m_rig.DragHeading(0, 120);
+  this->m_harness.DragHeading(0, 120);
   EXPECT_EQ(this->List().ColumnWidth(0), 120);
-  this->m_rig.SetRoom(401);
+  this->m_harness.SetRoom(401);
   EXPECT_EQ(this->List().ColumnWidth(0), 120);
   EXPECT_EQ(this->List().ColumnWidth(1), 150);
 }
 
 TYPED_TEST_P(ReportListContract, ARowIsScrolledIntoViewAndNewRowsBeginAtTheTop) {
-  this->m_rig.SetPage(2);
+  this->m_harness.SetPage(2);
   EXPECT_EQ(this->List().CountPerPage(), 2);
   this->List().EnsureVisible(3);
   EXPECT_EQ(this->List().TopIndex(), 2);

@@ -8,8 +8,8 @@
 
 #include "support/row_list_fixture.h"
 
-template <class Rig>
-class RowColumnContract : public RowListFixture<Rig> {};
+template <class Harness>
+class RowColumnContract : public RowListFixture<Harness> {};
 TYPED_TEST_SUITE_P(RowColumnContract);
 
 TYPED_TEST_P(RowColumnContract, ColumnsKeepTheWidthThatCodeGivesThemAlsoBelowTheMinimumOfADrag) {

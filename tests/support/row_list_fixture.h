@@ -1,4 +1,5 @@
-// The base of the tests of the row list contract: a list made by a rig, and an owner that records.
+// The base of the tests of the row list contract: a list made by a harness, and an owner that
+// records.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,20 +9,20 @@
 #include "support/recording_row_list_owner.h"
 #include "support/trace_columns.h"
 
-template <class Rig>
+template <class Harness>
 class RowListFixture : public testing::Test {
  protected:
   static constexpr unsigned kBoth = kRowFocused | kRowSelected;
 
-  RowListFixture() : m_rig(m_owner) { m_owner.list = &List(); }
+  RowListFixture() : m_harness(m_owner) { m_owner.list = &List(); }
   ~RowListFixture() override { m_owner.list = nullptr; }
 
-  RowList& List() { return m_rig.List(); }
+  RowList& List() { return m_harness.List(); }
   ListHeader& Header() { return List().Header(); }
   void Fill(int rows, int page) {
     List().SetItemCount(rows);
-    m_rig.ShowRows(page);
-    m_owner.Told();
+    m_harness.ShowRows(page);
+    m_owner.Reported();
   }
   // The states of the first rows, a digit each.
   std::string States(int rows) {
@@ -32,5 +33,5 @@ class RowListFixture : public testing::Test {
   void InsertColumns(int widthPx) { InsertTraceColumns(Header(), widthPx); }
 
   RecordingRowListOwner m_owner;
-  Rig m_rig;
+  Harness m_harness;
 };

@@ -8,8 +8,8 @@
 
 #include "support/row_list_fixture.h"
 
-template <class Rig>
-class RowScrollContract : public RowListFixture<Rig> {};
+template <class Harness>
+class RowScrollContract : public RowListFixture<Harness> {};
 TYPED_TEST_SUITE_P(RowScrollContract);
 
 TYPED_TEST_P(RowScrollContract, EnsureVisibleScrollsAsLittleAsNeeded) {
@@ -53,7 +53,7 @@ TYPED_TEST_P(RowScrollContract, DeletingRowsAtTheFrontKeepsWhatIsSeenInPlace) {
   EXPECT_EQ(this->List().TopIndex(), 0) << "what was seen is gone";
 }
 
-TYPED_TEST_P(RowScrollContract, DeletingRowsBehindWhatIsSeenKeepsIt) {
+TYPED_TEST_P(RowScrollContract, DeletingRowsAfterWhatIsSeenKeepsIt) {
   this->Fill(100, 10);
   this->List().EnsureVisible(59);
   this->List().DeleteRows(70, 20);
@@ -64,7 +64,7 @@ TYPED_TEST_P(RowScrollContract, EveryChangeOfItsSizeLeavesAListAtItsEnd) {
   this->Fill(100, 10);
   this->List().EnsureVisible(99);
   for (const int page : {25, 3, 60, 1, 100, 7}) {
-    this->m_rig.ShowRows(page);
+    this->m_harness.ShowRows(page);
     EXPECT_EQ(this->List().TopIndex(), 100 - page) << page;
   }
 }
@@ -72,7 +72,7 @@ TYPED_TEST_P(RowScrollContract, EveryChangeOfItsSizeLeavesAListAtItsEnd) {
 TYPED_TEST_P(RowScrollContract, WhereAllRowsWereOnViewASmallerListShowsTheLastOnes) {
   this->Fill(12, 20);
   ASSERT_EQ(this->List().TopIndex(), 0);
-  this->m_rig.ShowRows(5);
+  this->m_harness.ShowRows(5);
   EXPECT_EQ(this->List().TopIndex(), 7);
 }
 
@@ -80,7 +80,7 @@ TYPED_TEST_P(RowScrollContract, AListThatIsNotAtItsEndKeepsItsFirstRowInEverySiz
   this->Fill(100, 10);
   this->List().EnsureVisible(50);
   for (const int page : {25, 3, 10}) {
-    this->m_rig.ShowRows(page);
+    this->m_harness.ShowRows(page);
     EXPECT_EQ(this->List().TopIndex(), 41) << page;
   }
 }
@@ -88,37 +88,37 @@ TYPED_TEST_P(RowScrollContract, AListThatIsNotAtItsEndKeepsItsFirstRowInEverySiz
 TYPED_TEST_P(RowScrollContract, ASizeThatComesAfterAHiddenTimeLeavesItAtItsEnd) {
   this->Fill(100, 20);
   this->List().EnsureVisible(99);
-  this->m_rig.Hide();
+  this->m_harness.Hide();
   this->List().SetItemCount(150);
   this->List().EnsureVisible(149);
   EXPECT_EQ(this->List().TopIndex(), 130) << "hidden it scrolls all the same";
-  this->m_rig.ShowAgain(8);
+  this->m_harness.ShowAgain(8);
   EXPECT_EQ(this->List().TopIndex(), 142);
 }
 
 TYPED_TEST_P(RowScrollContract, AHiddenTimeLeavesAListThatIsNotAtItsEndWhereItIs) {
   this->Fill(100, 20);
   this->List().EnsureVisible(50);
-  this->m_rig.Hide();
+  this->m_harness.Hide();
   this->List().SetItemCount(150);
-  this->m_rig.ShowAgain(8);
+  this->m_harness.ShowAgain(8);
   EXPECT_EQ(this->List().TopIndex(), 31);
 }
 
 TYPED_TEST_P(RowScrollContract, AListWithoutRoomForARowHasAPageOfOneAndKeepsItsEnd) {
   this->Fill(100, 10);
   this->List().EnsureVisible(99);
-  this->m_rig.ShowRows(0);
+  this->m_harness.ShowRows(0);
   EXPECT_EQ(this->List().CountPerPage(), 1);
   EXPECT_EQ(this->List().TopIndex(), 99);
-  this->m_rig.ShowRows(10);
+  this->m_harness.ShowRows(10);
   EXPECT_EQ(this->List().TopIndex(), 90);
 }
 
 REGISTER_TYPED_TEST_SUITE_P(RowScrollContract, EnsureVisibleScrollsAsLittleAsNeeded,
                             NewRowsDoNotScroll, WithFewerRowsTheTopStaysAmongThem,
                             DeletingRowsAtTheFrontKeepsWhatIsSeenInPlace,
-                            DeletingRowsBehindWhatIsSeenKeepsIt,
+                            DeletingRowsAfterWhatIsSeenKeepsIt,
                             EveryChangeOfItsSizeLeavesAListAtItsEnd,
                             WhereAllRowsWereOnViewASmallerListShowsTheLastOnes,
                             AListThatIsNotAtItsEndKeepsItsFirstRowInEverySize,

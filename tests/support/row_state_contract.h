@@ -8,8 +8,8 @@
 
 #include "support/row_list_fixture.h"
 
-template <class Rig>
-class RowStateContract : public RowListFixture<Rig> {};
+template <class Harness>
+class RowStateContract : public RowListFixture<Harness> {};
 TYPED_TEST_SUITE_P(RowStateContract);
 
 TYPED_TEST_P(RowStateContract, ANewListHasNoRowsNoFocusAndNoSelection) {
@@ -19,11 +19,11 @@ TYPED_TEST_P(RowStateContract, ANewListHasNoRowsNoFocusAndNoSelection) {
   EXPECT_EQ(this->List().NextItem(-1, this->kBoth), -1);
 }
 
-TYPED_TEST_P(RowStateContract, RowsComeWithoutFocusSelectionOrAWord) {
+TYPED_TEST_P(RowStateContract, RowsComeWithoutFocusSelectionOrAReport) {
   this->List().SetItemCount(5);
   EXPECT_EQ(this->List().ItemCount(), 5);
   EXPECT_EQ(this->States(5), "00000");
-  EXPECT_EQ(this->m_owner.Told().size(), 0u);
+  EXPECT_EQ(this->m_owner.Reported().size(), 0u);
 }
 
 TYPED_TEST_P(RowStateContract, FocusAndSelectionAreApart) {
@@ -37,22 +37,22 @@ TYPED_TEST_P(RowStateContract, FocusAndSelectionAreApart) {
   EXPECT_EQ(this->States(5), "02200");
 }
 
-TYPED_TEST_P(RowStateContract, AChangeIsToldBeforeTheCallReturnsAndOnlyOnce) {
+TYPED_TEST_P(RowStateContract, AChangeIsReportedBeforeTheCallReturnsAndOnlyOnce) {
   this->Fill(5, 3);
   this->List().SetItemState(3, this->kBoth, this->kBoth);
-  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"3: 0>3"}));
+  EXPECT_EQ(this->m_owner.Reported(), (std::vector<std::string>{"3: 0>3"}));
   this->List().SetItemState(3, this->kBoth, this->kBoth);
-  EXPECT_EQ(this->m_owner.Told().size(), 0u) << "nothing changed";
+  EXPECT_EQ(this->m_owner.Reported().size(), 0u) << "nothing changed";
   this->List().SetItemState(3, 0, kRowSelected);
-  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"3: 3>1"}));
+  EXPECT_EQ(this->m_owner.Reported(), (std::vector<std::string>{"3: 3>1"}));
 }
 
-TYPED_TEST_P(RowStateContract, TheRowThatLosesTheFocusIsToldBeforeTheOneThatGainsIt) {
+TYPED_TEST_P(RowStateContract, TheRowThatLosesTheFocusIsReportedBeforeTheOneThatGainsIt) {
   this->Fill(5, 3);
   this->List().SetItemState(3, this->kBoth, this->kBoth);
-  this->m_owner.Told();
+  this->m_owner.Reported();
   this->List().SetItemState(1, kRowFocused, kRowFocused);
-  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"3: 3>2", "1: 0>1"}));
+  EXPECT_EQ(this->m_owner.Reported(), (std::vector<std::string>{"3: 3>2", "1: 0>1"}));
   EXPECT_EQ(this->States(5), "01020") << "the selection stays where it was";
 }
 
@@ -60,9 +60,9 @@ TYPED_TEST_P(RowStateContract, ClearingAllRowsTellsTheLossOfTheFocus) {
   this->Fill(6, 3);
   this->List().SetItemState(1, kRowSelected, kRowSelected);
   this->List().SetItemState(4, this->kBoth, this->kBoth);
-  this->m_owner.Told();
+  this->m_owner.Reported();
   this->List().SetItemState(-1, 0, this->kBoth);
-  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"4: 3>0"}));
+  EXPECT_EQ(this->m_owner.Reported(), (std::vector<std::string>{"4: 3>0"}));
   EXPECT_EQ(this->States(6), "000000");
   EXPECT_EQ(this->List().SelectedCount(), 0);
   EXPECT_EQ(this->List().NextItem(-1, this->kBoth), -1);
@@ -76,11 +76,11 @@ TYPED_TEST_P(RowStateContract, AllRowsCanBeSelectedButNotFocused) {
   EXPECT_EQ(this->List().SelectedCount(), 6);
 }
 
-TYPED_TEST_P(RowStateContract, AChangeOfTheItemCountTellsNothingAndRowsBehindItLoseTheirState) {
+TYPED_TEST_P(RowStateContract, AChangeOfTheItemCountTellsNothingAndRowsAfterItLoseTheirState) {
   this->Fill(6, 3);
   this->List().SetItemState(1, kRowSelected, kRowSelected);
   this->List().SetItemState(4, this->kBoth, this->kBoth);
-  this->m_owner.Told();
+  this->m_owner.Reported();
   this->List().SetItemCount(3);
   this->List().SetItemCount(6);
   EXPECT_EQ(this->States(6), "020000");
@@ -88,15 +88,15 @@ TYPED_TEST_P(RowStateContract, AChangeOfTheItemCountTellsNothingAndRowsBehindItL
   this->List().SetItemCount(0);
   this->List().SetItemCount(6);
   EXPECT_EQ(this->States(6), "000000");
-  EXPECT_EQ(this->m_owner.Told().size(), 0u);
+  EXPECT_EQ(this->m_owner.Reported().size(), 0u);
 }
 
-TYPED_TEST_P(RowStateContract, DeletedRowsTakeTheirStateAlongAndThoseBehindMoveUpWithTheirs) {
+TYPED_TEST_P(RowStateContract, DeletedRowsTakeTheirStateAlongAndThoseAfterThemMoveUpWithTheirs) {
   this->Fill(8, 4);
   this->List().SetItemState(0, kRowSelected, kRowSelected);
   this->List().SetItemState(3, kRowSelected, kRowSelected);
   this->List().SetItemState(5, this->kBoth, this->kBoth);
-  this->m_owner.Told();
+  this->m_owner.Reported();
   this->List().DeleteRows(2, 2);
   EXPECT_EQ(this->List().ItemCount(), 6);
   EXPECT_EQ(this->States(6), "200300");
@@ -107,7 +107,7 @@ TYPED_TEST_P(RowStateContract, DeletedRowsTakeTheirStateAlongAndThoseBehindMoveU
   EXPECT_EQ(this->States(4), "0000");
   EXPECT_EQ(this->List().NextItem(-1, kRowFocused), -1) << "the focus went with its row";
   EXPECT_EQ(this->List().SelectedCount(), 0);
-  EXPECT_EQ(this->m_owner.Told().size(), 0u) << "a deletion tells nothing";
+  EXPECT_EQ(this->m_owner.Reported().size(), 0u) << "a deletion tells nothing";
 }
 
 TYPED_TEST_P(RowStateContract, DeletingMoreRowsThanThereAreDeletesTheRest) {
@@ -120,7 +120,7 @@ TYPED_TEST_P(RowStateContract, DeletingMoreRowsThanThereAreDeletesTheRest) {
   EXPECT_EQ(this->List().ItemCount(), 3);
 }
 
-TYPED_TEST_P(RowStateContract, NextItemFindsTheFirstRowBehindWithAnyOfTheStates) {
+TYPED_TEST_P(RowStateContract, NextItemFindsTheNextRowWithAnyOfTheStates) {
   this->Fill(8, 4);
   this->List().SetItemState(2, kRowSelected, kRowSelected);
   this->List().SetItemState(3, kRowSelected, kRowSelected);
@@ -143,14 +143,14 @@ TYPED_TEST_P(RowStateContract, ARowThatDoesNotExistIsIgnored) {
   EXPECT_EQ(this->List().GetItemState(3), 0u);
   EXPECT_EQ(this->List().GetItemState(-1), 0u);
   EXPECT_EQ(this->List().TopIndex(), 0);
-  EXPECT_EQ(this->m_owner.Told().size(), 0u);
+  EXPECT_EQ(this->m_owner.Reported().size(), 0u);
 }
 
 TYPED_TEST_P(RowStateContract, StatesChangeAlsoWhileRedrawingIsOff) {
   this->Fill(5, 3);
   this->List().SetRedraw(false);
   this->List().SetItemState(2, this->kBoth, this->kBoth);
-  EXPECT_EQ(this->m_owner.Told(), (std::vector<std::string>{"2: 0>3"}));
+  EXPECT_EQ(this->m_owner.Reported(), (std::vector<std::string>{"2: 0>3"}));
   this->List().EnsureVisible(4);
   this->List().SetRedraw(true);
   EXPECT_EQ(this->List().TopIndex(), 2);
@@ -158,13 +158,13 @@ TYPED_TEST_P(RowStateContract, StatesChangeAlsoWhileRedrawingIsOff) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(RowStateContract, ANewListHasNoRowsNoFocusAndNoSelection,
-                            RowsComeWithoutFocusSelectionOrAWord, FocusAndSelectionAreApart,
-                            AChangeIsToldBeforeTheCallReturnsAndOnlyOnce,
-                            TheRowThatLosesTheFocusIsToldBeforeTheOneThatGainsIt,
+                            RowsComeWithoutFocusSelectionOrAReport, FocusAndSelectionAreApart,
+                            AChangeIsReportedBeforeTheCallReturnsAndOnlyOnce,
+                            TheRowThatLosesTheFocusIsReportedBeforeTheOneThatGainsIt,
                             ClearingAllRowsTellsTheLossOfTheFocus,
                             AllRowsCanBeSelectedButNotFocused,
-                            AChangeOfTheItemCountTellsNothingAndRowsBehindItLoseTheirState,
-                            DeletedRowsTakeTheirStateAlongAndThoseBehindMoveUpWithTheirs,
+                            AChangeOfTheItemCountTellsNothingAndRowsAfterItLoseTheirState,
+                            DeletedRowsTakeTheirStateAlongAndThoseAfterThemMoveUpWithTheirs,
                             DeletingMoreRowsThanThereAreDeletesTheRest,
-                            NextItemFindsTheFirstRowBehindWithAnyOfTheStates,
+                            NextItemFindsTheNextRowWithAnyOfTheStates,
                             ARowThatDoesNotExistIsIgnored, StatesChangeAlsoWhileRedrawingIsOff);

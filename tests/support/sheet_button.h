@@ -1,4 +1,4 @@
-// What a person presses in the window of a property sheet or a wizard.
+// What the user presses in the window of a property sheet or a wizard.
 #pragma once
 
 enum class SheetButton { Ok, Cancel, Apply, Back, Next, Finish };

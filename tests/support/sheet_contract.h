@@ -1,11 +1,11 @@
 // What every window of a property sheet does, whoever made it: run by the fake and by the window on
 // the screen.
 //
-// To run it, write two rigs, one for a sheet and one for a wizard, and instantiate the suites:
+// To run it, write two harnesses, one for a sheet and one for a wizard, and instantiate the suites:
 //
-//   struct MyRig {
+//   struct MyHarness {
 //     // Opens the window of the sheet, whose pages are ContractPages.
-//     explicit MyRig(CPropertySheet& sheet);
+//     explicit MyHarness(CPropertySheet& sheet);
 //     std::string Title() const;
 //     std::size_t Front() const;               // the page that is seen
 //     std::string Text(unsigned field) const;  // on that page
@@ -31,7 +31,7 @@
 #include "support/sheet_button.h"
 #include "support/sheet_contract_page.h"
 
-template <class Rig>
+template <class Harness>
 class SheetFixture : public testing::Test {
  protected:
   static constexpr unsigned kFirst = 101, kSecond = 102, kThird = 103;
@@ -48,12 +48,12 @@ class SheetFixture : public testing::Test {
     m_log.clear();
     Open();
   }
-  Rig& Window() { return *m_window; }
-  SheetLog Told() { return std::exchange(m_log, {}); }
-  SheetLog ToldBy(SheetButton button) {
+  Harness& Window() { return *m_window; }
+  SheetLog Reported() { return std::exchange(m_log, {}); }
+  SheetLog ReportedBy(SheetButton button) {
     m_log.clear();
     Window().Press(button);
-    return Told();
+    return Reported();
   }
   std::string Enabled() {
     static constexpr std::pair<SheetButton, const char*> kAll[] = {
@@ -71,11 +71,11 @@ class SheetFixture : public testing::Test {
   ContractPage m_a{m_host, kFirst, "A", m_log, 120}, m_b{m_host, kSecond, "B", m_log, 400},
       m_c{m_host, kThird, "C", m_log, 200};
   CPropertySheet m_sheet{m_host, "Configuration for web"};
-  std::optional<Rig> m_window;
+  std::optional<Harness> m_window;
 };
 
-template <class Rig>
-class SheetContract : public SheetFixture<Rig> {
+template <class Harness>
+class SheetContract : public SheetFixture<Harness> {
  protected:
   SheetContract() {
     for (ContractPage* page : {&this->m_a, &this->m_b, &this->m_c}) this->m_sheet.AddPage(*page);
@@ -85,7 +85,7 @@ class SheetContract : public SheetFixture<Rig> {
 TYPED_TEST_SUITE_P(SheetContract);
 
 TYPED_TEST_P(SheetContract, OpensOnItsFirstPageAndBeginsNoOther) {
-  EXPECT_EQ(this->Told(), (SheetLog{"A begins", "A active"}));
+  EXPECT_EQ(this->Reported(), (SheetLog{"A begins", "A active"}));
   EXPECT_EQ(this->Window().Title(), "Configuration for web");
   EXPECT_EQ(this->Window().Front(), 0U);
   EXPECT_EQ(this->Window().Text(this->kNote), "begun");
@@ -95,25 +95,25 @@ TYPED_TEST_P(SheetContract, OpensOnItsFirstPageAndBeginsNoOther) {
 
 TYPED_TEST_P(SheetContract, AnotherPageComesWhenTheOneInFrontHasAgreed) {
   this->Window().Type(this->kName, "x");
-  this->Told();
+  this->Reported();
   this->Window().ChooseTab(2);
-  EXPECT_EQ(this->Told(), (SheetLog{"A asked", "C begins", "C active"}));
+  EXPECT_EQ(this->Reported(), (SheetLog{"A asked", "C begins", "C active"}));
   EXPECT_EQ(this->Window().Front(), 2U);
   EXPECT_EQ(this->m_a.m_name, "x");
   this->Window().ChooseTab(0);
-  EXPECT_EQ(this->Told(), (SheetLog{"C asked", "A active"})) << "begins once";
+  EXPECT_EQ(this->Reported(), (SheetLog{"C asked", "A active"})) << "begins once";
   EXPECT_EQ(this->Window().Text(this->kName), "x");
 }
 
 TYPED_TEST_P(SheetContract, APageThatDoesNotAgreeStaysInFrontWithWhatWasTypedAndTheFocusItChose) {
   this->Window().Type(this->kName, "bad");
-  this->Told();
+  this->Reported();
   this->Window().ChooseTab(1);
-  EXPECT_EQ(this->Told(), SheetLog{"A asked"});
+  EXPECT_EQ(this->Reported(), SheetLog{"A asked"});
   EXPECT_EQ(this->Window().Front(), 0U);
   EXPECT_EQ(this->Window().Text(this->kName), "bad");
   EXPECT_EQ(this->Window().Focus(), this->kNote);
-  EXPECT_EQ(this->ToldBy(SheetButton::Ok), SheetLog{"A asked"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Ok), SheetLog{"A asked"});
   EXPECT_FALSE(this->m_sheet.Ended());
 }
 
@@ -123,30 +123,30 @@ TYPED_TEST_P(SheetContract, OkAsksThePageInFrontAndThenTellsThePagesThatWereShow
   this->Window().ChooseTab(0);
   this->Window().ChooseTab(2);
   this->Window().Type(this->kName, "z");
-  EXPECT_EQ(this->ToldBy(SheetButton::Ok), (SheetLog{"C asked", "A ok x", "C ok z"}));
+  EXPECT_EQ(this->ReportedBy(SheetButton::Ok), (SheetLog{"C asked", "A ok x", "C ok z"}));
   EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdOk);
 }
 
 TYPED_TEST_P(SheetContract, EnterIsOk) {
-  this->Told();
+  this->Reported();
   this->Window().PressEnter();
-  EXPECT_EQ(this->Told(), (SheetLog{"A asked", "A ok "}));
+  EXPECT_EQ(this->Reported(), (SheetLog{"A asked", "A ok "}));
   EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdOk);
 }
 
 TYPED_TEST_P(SheetContract, CancelTellsThePagesThatWereShownAndTakesNoData) {
   this->Window().Type(this->kName, "bad");
-  EXPECT_EQ(this->ToldBy(SheetButton::Cancel), SheetLog{"A cancel"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Cancel), SheetLog{"A cancel"});
   EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdCancel);
   EXPECT_EQ(this->m_a.m_name, "");
 }
 
 TYPED_TEST_P(SheetContract, ApplyIsEnabledByAModifiedPageAndLeavesTheSheetOpen) {
-  EXPECT_EQ(this->ToldBy(SheetButton::Apply), SheetLog{});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Apply), SheetLog{});
   this->m_a.SetModified();
   EXPECT_EQ(this->Enabled(), "ok cancel apply ");
   this->Window().Type(this->kName, "x");
-  EXPECT_EQ(this->ToldBy(SheetButton::Apply), (SheetLog{"A asked", "A ok x"}));
+  EXPECT_EQ(this->ReportedBy(SheetButton::Apply), (SheetLog{"A asked", "A ok x"}));
   EXPECT_FALSE(this->m_sheet.Ended());
   EXPECT_EQ(this->Enabled(), "ok cancel ");
   EXPECT_EQ(this->Window().Text(this->kNote), "applied");
@@ -156,7 +156,7 @@ TYPED_TEST_P(SheetContract, ApplyIsEnabledByAModifiedPageAndLeavesTheSheetOpen) 
 TYPED_TEST_P(SheetContract, ApplyOfAPageThatDoesNotAgreeAppliesNothingAndStaysEnabled) {
   this->m_a.SetModified();
   this->Window().Type(this->kName, "bad");
-  EXPECT_EQ(this->ToldBy(SheetButton::Apply), SheetLog{"A asked"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Apply), SheetLog{"A asked"});
   EXPECT_EQ(this->Enabled(), "ok cancel apply ");
 }
 
@@ -173,7 +173,7 @@ TYPED_TEST_P(SheetContract, ASheetThatIsShownAgainBeginsItsPagesAnew) {
   this->m_host.RunPosted();
   this->m_sheet.SetTitle("late");
   this->Reopen();
-  EXPECT_EQ(this->Told(), (SheetLog{"A begins", "A active"}));
+  EXPECT_EQ(this->Reported(), (SheetLog{"A begins", "A active"}));
   this->m_sheet.SetWizardButtons(PSWIZB_NEXT);
   this->m_host.RunPosted();
   EXPECT_EQ(this->Window().Title(), "Configuration for web") << "posted to the window before";

@@ -17,8 +17,8 @@ inline std::size_t SegmentsNotTaken(const SegmentFolder& folder) {
       std::count_if(names.begin(), names.end(), [&folder](const std::string& name) {
         const int file = folder.OpenFile(name);
         if (file < 0) return errno != ENOENT;  // removed just now; what cannot be opened is left
-        SegmentRest rest;
-        const bool taken = ReadRest(file, &rest);
+        FinishedSegment rest;
+        const bool taken = ReadFinishedSegment(file, &rest);
         close(file);
         return !taken;
       }));

@@ -10,34 +10,34 @@
 #include <cstdint>
 #include <functional>
 
-#include "support/told_failures.h"
+#include "support/child_failures.h"
 #include "support/wait_for_exit.h"
 
 class TracedChild {
  public:
   explicit TracedChild(const std::function<int(TracedChild&)>& body) {
     EXPECT_EQ(pipe2(m_go, O_CLOEXEC), 0);
-    EXPECT_EQ(pipe2(m_told, O_CLOEXEC), 0);
+    EXPECT_EQ(pipe2(m_reported, O_CLOEXEC), 0);
     m_pid = fork();
     if (m_pid == 0) {
       close(m_go[1]);  // so that the end of the test ends all waiting in the child
-      m_failures.TellFromHere();
+      m_failures.ReportFromHere();
       _exit(body(*this));
     }
-    close(m_told[1]);  // so that the end of the child ends the pipe
+    close(m_reported[1]);  // so that the end of the child ends the pipe
   }
   ~TracedChild() {
     if (m_pid > 0) Kill();
-    for (const int end : {m_go[0], m_go[1], m_told[0]}) close(end);
+    for (const int end : {m_go[0], m_go[1], m_reported[0]}) close(end);
   }
   TracedChild(const TracedChild&) = delete;
   TracedChild& operator=(const TracedChild&) = delete;
 
   // In the child.
-  int TellEnd() const { return m_told[1]; }
+  int ReportEnd() const { return m_reported[1]; }
   int GoEnd() const { return m_go[0]; }
-  void Tell(std::uint64_t number) {
-    if (write(m_told[1], &number, sizeof number) != sizeof number) _exit(99);
+  void Report(std::uint64_t number) {
+    if (write(m_reported[1], &number, sizeof number) != sizeof number) _exit(99);
   }
   void AwaitGo() {
     char byte;
@@ -45,10 +45,10 @@ class TracedChild {
   }
   // In the test.
   void Go() { EXPECT_EQ(write(m_go[1], "g", 1), 1); }
-  std::uint64_t Told() {
-    pollfd ready{m_told[0], POLLIN, 0};
+  std::uint64_t Reported() {
+    pollfd ready{m_reported[0], POLLIN, 0};
     std::uint64_t number = ~std::uint64_t{0};
-    if (poll(&ready, 1, 20000) != 1 || read(m_told[0], &number, sizeof number) != 8)
+    if (poll(&ready, 1, 20000) != 1 || read(m_reported[0], &number, sizeof number) != 8)
       ADD_FAILURE() << "the child told nothing";
     return number;
   }
@@ -66,7 +66,7 @@ class TracedChild {
   }
 
  private:
-  ToldFailures m_failures;
+  ChildFailures m_failures;
   pid_t m_pid = 0;
-  int m_go[2] = {-1, -1}, m_told[2] = {-1, -1};
+  int m_go[2] = {-1, -1}, m_reported[2] = {-1, -1};
 };

@@ -13,7 +13,7 @@ class TranscriptKeeper {
     const std::lock_guard lock(m_mutex);
     return m_transcript;
   }
-  std::string Told() const {  // all lines, each with its "\n"
+  std::string Reported() const {  // all lines, each with its "\n"
     std::string all;
     for (const std::string& line : Transcript()) all += line + "\n";
     return all;

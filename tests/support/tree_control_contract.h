@@ -1,17 +1,17 @@
 // The contract of the tree control: run for the fake and for the control on the screen.
 //
-// To run it, write an adapter ("rig") and instantiate the two suites:
+// To run it, write an adapter ("harness") and instantiate the two suites:
 //
-//   struct MyRig {
-//     explicit MyRig(TreeControlOwner& owner);  // makes an empty tree
+//   struct MyHarness {
+//     explicit MyHarness(TreeControlOwner& owner);  // makes an empty tree
 //     TreeControl& Tree();
 //     void ShowRows(int rows);                  // sizes it so that so many rows are fully visible
 //   };
-//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, TreeItemContract, MyRig);
-//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, TreeRowContract, MyRig);
+//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, TreeItemContract, MyHarness);
+//   INSTANTIATE_TYPED_TEST_SUITE_P(Mine, TreeRowContract, MyHarness);
 //
-// The rig's constructor makes what the tree needs (an application object). The owner outlives the
-// rig.
+// The harness's constructor makes what the tree needs (an application object). The owner outlives
+// the harness.
 #pragma once
 
 #include "support/tree_item_contract.h"

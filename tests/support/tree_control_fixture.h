@@ -1,5 +1,5 @@
-// The base of the tests of the tree control contract: a tree made by a rig, with a few items, and
-// an owner that records the calls.
+// The base of the tests of the tree control contract: a tree made by a harness, with a few items,
+// and an owner that records the calls.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,14 +23,14 @@ class RecordingTreeOwner final : public TreeControlOwner {
   }
   void OnTreeSelectionChanged() override { selections.push_back(tree->SelectedItem()); }
   bool OnTreeItemExpanding(TreeItem item) override {
-    told.push_back("expanding " + std::to_string(tree->ItemData(item)));
+    reported.push_back("expanding " + std::to_string(tree->ItemData(item)));
     if (fill) fill(item);
     return tree->ItemData(item) != closed;
   }
-  void OnTreeClicked(TreeItem item) override { Tell("clicked", item); }
-  void OnTreeDoubleClicked() override { told.push_back("double clicked"); }
-  void OnTreeRightPressed(TreeItem item) override { Tell("right pressed", item); }
-  void OnTreeContextMenu(int, int) override { told.push_back("context menu"); }
+  void OnTreeClicked(TreeItem item) override { Report("clicked", item); }
+  void OnTreeDoubleClicked() override { reported.push_back("double clicked"); }
+  void OnTreeRightPressed(TreeItem item) override { Report("right pressed", item); }
+  void OnTreeContextMenu(int, int) override { reported.push_back("context menu"); }
 
   TreeControl* tree = nullptr;
   std::function<void(TreeItem)> fill;                 // called at each expansion
@@ -38,20 +38,20 @@ class RecordingTreeOwner final : public TreeControlOwner {
   std::map<std::string, std::vector<HitRange>> hits;  // by text
   std::vector<TreeItem> selections;                   // at each change
   TreeItemData closed = 0;                            // the item that may not be opened
-  std::vector<std::string> told;
+  std::vector<std::string> reported;
 
  private:
-  void Tell(const char* what, TreeItem item) {
-    told.push_back(std::string(what) + " " + std::to_string(tree->ItemData(item)));
+  void Report(const char* what, TreeItem item) {
+    reported.push_back(std::string(what) + " " + std::to_string(tree->ItemData(item)));
   }
 };
 
-template <class Rig>
+template <class Harness>
 class TreeControlFixture : public testing::Test {
  protected:
   TreeControlFixture() { m_owner.tree = &Tree(); }
 
-  TreeControl& Tree() { return m_rig.Tree(); }
+  TreeControl& Tree() { return m_harness.Tree(); }
   TreeItem Add(TreeItem parent, TreeItemData data) {
     return Tree().InsertItem(parent, data, false);
   }
@@ -80,6 +80,6 @@ class TreeControlFixture : public testing::Test {
   TreeItemData At(TreeItem from, TreeStep step) { return Tree().ItemData(Tree().Walk(from, step)); }
 
   RecordingTreeOwner m_owner;
-  Rig m_rig{m_owner};
+  Harness m_harness{m_owner};
   TreeItem m_1 = 0, m_2 = 0, m_11 = 0, m_12 = 0, m_111 = 0;
 };

@@ -6,8 +6,8 @@
 
 #include "support/tree_control_fixture.h"
 
-template <class Rig>
-class TreeItemContract : public TreeControlFixture<Rig> {};
+template <class Harness>
+class TreeItemContract : public TreeControlFixture<Harness> {};
 TYPED_TEST_SUITE_P(TreeItemContract);
 
 TYPED_TEST_P(TreeItemContract, AnEmptyTreeHasNothingAndTakesAnyCall) {
@@ -24,7 +24,7 @@ TYPED_TEST_P(TreeItemContract, AnEmptyTreeHasNothingAndTakesAnyCall) {
   this->Tree().DeleteItem(0);
   this->Tree().ItemTextChanged(0);
   EXPECT_FALSE(this->Tree().IsOnScreen(0));
-  EXPECT_TRUE(this->m_owner.told.empty());
+  EXPECT_TRUE(this->m_owner.reported.empty());
 }
 
 TYPED_TEST_P(TreeItemContract, ItemsStandInTheOrderOfTheirInsertionBelowTheirParent) {
@@ -96,20 +96,20 @@ TYPED_TEST_P(TreeItemContract, HundredsOfItemsWalkInOrderAfterSomeHaveGone) {
   EXPECT_EQ(this->At(items[800 - 1], TreeStep::PreviousVisible), 600U);
 }
 
-TYPED_TEST_P(TreeItemContract, EachChangeOfTheSelectionIsToldOnceWhoeverMadeIt) {
+TYPED_TEST_P(TreeItemContract, EachChangeOfTheSelectionIsReportedOnceWhoeverMadeIt) {
   this->AddSmall();
-  std::vector<TreeItem>& told = this->m_owner.selections;
+  std::vector<TreeItem>& reported = this->m_owner.selections;
   this->Tree().SelectItem(this->m_12);
   this->Tree().SelectItem(this->m_12);
-  EXPECT_EQ(told, (std::vector<TreeItem>{this->m_12}));
+  EXPECT_EQ(reported, (std::vector<TreeItem>{this->m_12}));
   this->Tree().SelectItem(this->m_111);
   this->Tree().Expand(this->m_1, false);
-  EXPECT_EQ(told, (std::vector<TreeItem>{this->m_12, this->m_111, this->m_1}));
+  EXPECT_EQ(reported, (std::vector<TreeItem>{this->m_12, this->m_111, this->m_1}));
   this->Tree().DeleteItem(this->m_1);
-  EXPECT_EQ(told.back(), this->m_2);
+  EXPECT_EQ(reported.back(), this->m_2);
   this->Tree().DeleteItem(0);
   this->Tree().DeleteItem(0);
-  EXPECT_EQ(told, (std::vector<TreeItem>{this->m_12, this->m_111, this->m_1, this->m_2, 0}));
+  EXPECT_EQ(reported, (std::vector<TreeItem>{this->m_12, this->m_111, this->m_1, this->m_2, 0}));
 }
 
 REGISTER_TYPED_TEST_SUITE_P(TreeItemContract, AnEmptyTreeHasNothingAndTakesAnyCall,
@@ -117,4 +117,4 @@ REGISTER_TYPED_TEST_SUITE_P(TreeItemContract, AnEmptyTreeHasNothingAndTakesAnyCa
                             AnItemGetsItsButtonByTheMarkOrByAChild, ADeletedItemGoesWithAllBelowIt,
                             AnInsertionBelowAnOpenItemIsSeenAtOnce,
                             HundredsOfItemsWalkInOrderAfterSomeHaveGone,
-                            EachChangeOfTheSelectionIsToldOnceWhoeverMadeIt);
+                            EachChangeOfTheSelectionIsReportedOnceWhoeverMadeIt);

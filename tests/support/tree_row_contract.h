@@ -7,8 +7,8 @@
 
 #include "support/tree_control_fixture.h"
 
-template <class Rig>
-class TreeRowContract : public TreeControlFixture<Rig> {};
+template <class Harness>
+class TreeRowContract : public TreeControlFixture<Harness> {};
 TYPED_TEST_SUITE_P(TreeRowContract);
 
 TYPED_TEST_P(TreeRowContract, TheOwnerIsAskedBeforeAnItemOpensEachTime) {
@@ -25,13 +25,13 @@ TYPED_TEST_P(TreeRowContract, TheOwnerIsAskedBeforeAnItemOpensEachTime) {
   EXPECT_EQ(this->Rows(), "7");
   EXPECT_EQ(this->Tree().ItemState(item), kTreeHasChildren);
   this->Tree().Expand(item, true);
-  EXPECT_EQ(this->m_owner.told, (std::vector<std::string>{"expanding 7", "expanding 7"}));
+  EXPECT_EQ(this->m_owner.reported, (std::vector<std::string>{"expanding 7", "expanding 7"}));
 }
 
 TYPED_TEST_P(TreeRowContract, AnItemThatIsGivenNoChildrenStaysClosed) {
   const TreeItem item = this->Tree().InsertItem(0, 7, true);
   this->Tree().Expand(item, true);
-  EXPECT_EQ(this->m_owner.told, std::vector<std::string>{"expanding 7"});
+  EXPECT_EQ(this->m_owner.reported, std::vector<std::string>{"expanding 7"});
   EXPECT_EQ(this->Tree().ItemState(item), kTreeHasChildren);
 }
 
@@ -51,7 +51,7 @@ TYPED_TEST_P(TreeRowContract, WhatTheOwnerDoesNotLetOpenStaysClosedAndNothingBel
 TYPED_TEST_P(TreeRowContract, ALeafIsNotOpened) {
   const TreeItem item = this->Add(0, 7);
   this->Tree().Expand(item, true);
-  EXPECT_TRUE(this->m_owner.told.empty());
+  EXPECT_TRUE(this->m_owner.reported.empty());
   EXPECT_EQ(this->Tree().ItemState(item), 0U);
 }
 
@@ -72,7 +72,7 @@ TYPED_TEST_P(TreeRowContract, SelectingOpensAllAbove) {
   this->Tree().SelectItem(this->m_111);
   EXPECT_EQ(this->Selected(), 111U);
   EXPECT_EQ(this->Rows(), "1 11 111 12 2");
-  EXPECT_EQ(this->m_owner.told, (std::vector<std::string>{"expanding 1", "expanding 11"}));
+  EXPECT_EQ(this->m_owner.reported, (std::vector<std::string>{"expanding 1", "expanding 11"}));
   this->Tree().SelectItem(0);
   EXPECT_EQ(this->Tree().SelectedItem(), 0U);
 }
@@ -104,7 +104,7 @@ TYPED_TEST_P(TreeRowContract, TheSelectionOfADeletedItemGoesOnThenBackThenUp) {
 }
 
 TYPED_TEST_P(TreeRowContract, EnsureVisibleScrollsAsLittleAsNeeded) {
-  this->m_rig.ShowRows(5);
+  this->m_harness.ShowRows(5);
   std::vector<TreeItem> items;
   for (TreeItemData data = 1; data <= 30; ++data) items.push_back(this->Add(0, data));
   EXPECT_TRUE(this->Tree().IsOnScreen(items[0]));
@@ -122,7 +122,7 @@ TYPED_TEST_P(TreeRowContract, EnsureVisibleScrollsAsLittleAsNeeded) {
 }
 
 TYPED_TEST_P(TreeRowContract, WhatIsSeenStaysWhenItemsBeforeItGo) {
-  this->m_rig.ShowRows(5);
+  this->m_harness.ShowRows(5);
   std::vector<TreeItem> items;
   for (TreeItemData data = 1; data <= 300; ++data) items.push_back(this->Add(0, data));
   this->Tree().EnsureVisible(items[204]);

@@ -1,5 +1,5 @@
-// What stands around a view under test: a main window and a second view that write down what they
-// are told.
+// What stands around a view under test: a main window and a second view that log what they
+// receive.
 #pragma once
 
 #include <string>
@@ -17,11 +17,11 @@ class PaneProbe final : public CWnd {
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t) override {
     const char* what = message == WM_TRACE_ROWCOUNT ? "rows " : "filtered ";
     const auto value = static_cast<std::intptr_t>(wParam);
-    told.push_back(what + (value == -1 ? std::string("cleared") : std::to_string(value)));
+    reported.push_back(what + (value == -1 ? std::string("cleared") : std::to_string(value)));
     return 0;
   }
-  std::vector<std::string> Told() { return std::exchange(told, {}); }
-  std::vector<std::string> told;
+  std::vector<std::string> Reported() { return std::exchange(reported, {}); }
+  std::vector<std::string> reported;
 };
 
 // A second view of the document that writes down hint 1006.

@@ -1,55 +1,56 @@
-// What every window of a wizard does, whoever made it. The rig is that of support/sheet_contract.h.
+// What every window of a wizard does, whoever made it. The harness is that of
+// support/sheet_contract.h.
 #pragma once
 
 #include <string>
 
 #include "support/sheet_contract.h"
 
-template <class Rig>
-class WizardContract : public SheetFixture<Rig> {
+template <class Harness>
+class WizardContract : public SheetFixture<Harness> {
  protected:
   WizardContract() {
     this->m_sheet.SetWizardMode();
     for (ContractPage* page : {&this->m_a, &this->m_b, &this->m_c}) this->m_sheet.AddPage(*page);
     this->Open();
-    this->Told();
+    this->Reported();
   }
   void Go(SheetButton button) {
     this->Window().Press(button);
     this->m_host.RunPosted();
-    this->Told();
+    this->Reported();
   }
 };
 TYPED_TEST_SUITE_P(WizardContract);
 
 TYPED_TEST_P(WizardContract, NextAndBackGoInTheOrderOfThePages) {
-  EXPECT_EQ(this->ToldBy(SheetButton::Next),
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next),
             (SheetLog{"A next", "A asked", "B begins", "B active"}));
   EXPECT_EQ(this->Window().Front(), 1U);
-  EXPECT_EQ(this->ToldBy(SheetButton::Back), (SheetLog{"B back", "B asked", "A active"}));
+  EXPECT_EQ(this->ReportedBy(SheetButton::Back), (SheetLog{"B back", "B asked", "A active"}));
   EXPECT_EQ(this->Window().Front(), 0U);
 }
 
 TYPED_TEST_P(WizardContract, ThereIsNoPageBeforeTheFirstAndNoneAfterTheLast) {
-  EXPECT_EQ(this->ToldBy(SheetButton::Back), SheetLog{"A back"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Back), SheetLog{"A back"});
   EXPECT_EQ(this->Window().Front(), 0U);
   this->m_a.answer = this->kThird;
   this->Go(SheetButton::Next);
-  EXPECT_EQ(this->ToldBy(SheetButton::Next), SheetLog{"C next"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next), SheetLog{"C next"});
   EXPECT_EQ(this->Window().Front(), 2U);
 }
 
 TYPED_TEST_P(WizardContract, AReturnedNumberNamesThePageAndMinusOneStays) {
   this->m_a.answer = -1;
-  EXPECT_EQ(this->ToldBy(SheetButton::Next), SheetLog{"A next"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next), SheetLog{"A next"});
   EXPECT_EQ(this->Window().Front(), 0U);
   this->m_a.answer = this->kThird;
-  EXPECT_EQ(this->ToldBy(SheetButton::Next),
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next),
             (SheetLog{"A next", "A asked", "C begins", "C active"}));
   this->m_c.answer = this->kFirst;
-  EXPECT_EQ(this->ToldBy(SheetButton::Back), (SheetLog{"C back", "C asked", "A active"}));
+  EXPECT_EQ(this->ReportedBy(SheetButton::Back), (SheetLog{"C back", "C asked", "A active"}));
   this->m_a.answer = 999;
-  EXPECT_EQ(this->ToldBy(SheetButton::Next), SheetLog{"A next"}) << "no page has this number";
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next), SheetLog{"A next"}) << "no page has this number";
   EXPECT_EQ(this->Window().Front(), 0U);
 }
 
@@ -62,7 +63,7 @@ TYPED_TEST_P(WizardContract, APageThatStaysKeepsWhatWasTypedIntoIt) {
 
 TYPED_TEST_P(WizardContract, APageMayHoldTheUserWhenItsDataAreTaken) {
   this->Window().Type(this->kName, "bad");
-  EXPECT_EQ(this->ToldBy(SheetButton::Next), (SheetLog{"A next", "A asked"}));
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next), (SheetLog{"A next", "A asked"}));
   EXPECT_EQ(this->Window().Front(), 0U);
   EXPECT_EQ(this->Window().Focus(), this->kNote);
 }
@@ -92,7 +93,7 @@ TYPED_TEST_P(WizardContract, AtTheStartBackAndNextAreEnabledAndPostedButtonsCome
   EXPECT_EQ(this->Enabled(), "cancel back next ");
   this->m_host.RunPosted();
   EXPECT_EQ(this->Enabled(), "cancel next ");
-  EXPECT_EQ(this->ToldBy(SheetButton::Back), SheetLog{});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Back), SheetLog{});
   this->Reopen();
   EXPECT_EQ(this->Enabled(), "cancel back next ");
 }
@@ -100,7 +101,7 @@ TYPED_TEST_P(WizardContract, AtTheStartBackAndNextAreEnabledAndPostedButtonsCome
 TYPED_TEST_P(WizardContract, ButtonsThatAreStillPostedHoldForTheNextPress) {
   this->m_b.onActive = [this] { this->m_sheet.SetWizardButtons(PSWIZB_BACK); };
   this->Window().Press(SheetButton::Next);
-  EXPECT_EQ(this->ToldBy(SheetButton::Next), SheetLog{});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next), SheetLog{});
   EXPECT_EQ(this->Window().Front(), 1U);
   EXPECT_EQ(this->Enabled(), "cancel back ");
 }
@@ -110,11 +111,11 @@ TYPED_TEST_P(WizardContract, FinishStandsInThePlaceOfNextAndEndsTheWizard) {
   this->m_host.RunPosted();
   EXPECT_EQ(this->Enabled(), "cancel back finish ");
   this->m_a.answer = -1;
-  EXPECT_EQ(this->ToldBy(SheetButton::Finish), SheetLog{"A finish"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Finish), SheetLog{"A finish"});
   EXPECT_FALSE(this->m_sheet.Ended());
   this->m_a.answer = 0;
   this->Window().PressEnter();
-  EXPECT_EQ(this->Told(), SheetLog{"A finish"});
+  EXPECT_EQ(this->Reported(), SheetLog{"A finish"});
   EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdOk);
 }
 
@@ -123,21 +124,21 @@ TYPED_TEST_P(WizardContract, EnterIsNextAndNothingWhereNextIsDisabled) {
   EXPECT_EQ(this->Window().Front(), 1U);
   this->m_sheet.SetWizardButtons(PSWIZB_BACK);
   this->m_host.RunPosted();
-  this->Told();
+  this->Reported();
   this->Window().PressEnter();
-  EXPECT_EQ(this->Told(), SheetLog{});
+  EXPECT_EQ(this->Reported(), SheetLog{});
   EXPECT_FALSE(this->m_sheet.Ended());
 }
 
 TYPED_TEST_P(WizardContract, APageThatEndsTheWizardIsFollowedByNoOther) {
   this->m_a.onAnswer = [this] { this->m_sheet.EndDialog(CDialog::kIdOk); };
-  EXPECT_EQ(this->ToldBy(SheetButton::Next), SheetLog{"A next"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next), SheetLog{"A next"});
   EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdOk);
 }
 
 TYPED_TEST_P(WizardContract, CancelEndsItFromAnyPage) {
   this->Go(SheetButton::Next);
-  EXPECT_EQ(this->ToldBy(SheetButton::Cancel), (SheetLog{"A cancel", "B cancel"}));
+  EXPECT_EQ(this->ReportedBy(SheetButton::Cancel), (SheetLog{"A cancel", "B cancel"}));
   EXPECT_EQ(this->m_sheet.Result(), CDialog::kIdCancel);
 }
 

@@ -12,18 +12,18 @@
 
 namespace {
 
-int Refuse(const std::string& path, const std::string& words) {
-  Complain(path + ": " + words);
+int Refuse(const std::string& path, const std::string& text) {
+  PrintError(path + ": " + text);
   return kExitBad;
 }
 
 // Reports what the new file cannot hold.
-void TellLosses(const std::string& in, const OldConversion& result) {
+void ReportLosses(const std::string& in, const OldConversion& result) {
   const auto tell = [&in](std::uint64_t number, const char* one, const char* many) {
     if (number == 0) return;
-    Complain(in + ": " + std::to_string(number) + " " + (number == 1 ? one : many));
+    PrintError(in + ": " + std::to_string(number) + " " + (number == 1 ? one : many));
   };
-  if (result.damage.Any()) Complain(in + ": damaged: " + DamageText(result.damage, true));
+  if (result.damage.Any()) PrintError(in + ": damaged: " + DamageText(result.damage, true));
   tell(result.cutTexts, "text was cut: a trace file holds 65535 bytes of each",
        "texts were cut: a trace file holds 65535 bytes of each");
   tell(result.cutNames, "name was cut: a trace file holds 65535 bytes of each",
@@ -48,13 +48,13 @@ int Convert(const MappedFile& old, const ConvertOptions& options) {
   if (!(writer.Finish() && result.written))
     return Refuse(options.out, "Error writing to file. " + writer.Why());
   if (result.cancelled) {
-    Complain(options.out + ": interrupted after " + std::to_string(result.traces) +
-             " traces, and not written");
+    PrintError(options.out + ": interrupted after " + std::to_string(result.traces) +
+               " traces, and not written");
     return kExitInterrupted;
   }
   if (!IsUnchanged(old, options.in, options.out)) return kExitBad;
   if (!file.Finish(&why)) return Refuse(options.out, why);
-  TellLosses(options.in, result);
+  ReportLosses(options.in, result);
   return result.damage.Any() ? kExitDamaged : kExitGood;
 }
 

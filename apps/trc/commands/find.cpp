@@ -43,7 +43,7 @@ void Write(ShownTraces& traces, const FindOptions& options, Output& output,
 int RunFind(const FindOptions& options) {
   if (!RegexPrepare(options.pattern.c_str(), options.ignoreCase, !options.expression,
                     options.wordSearch, 0)) {
-    Complain("Illegal search pattern.");
+    PrintError("Illegal search pattern.");
     return kExitBad;
   }
   TerminalHost host;

@@ -64,24 +64,24 @@ class Generator {
     if (m_options.old) return WriteBytes(m_oldBytes.data(), m_oldBytes.size());
     return trace.WriteFile(m_buffer, m_traces.Names()) != 0;
   }
-  void Say(const std::string& words) {
+  void ReportError(const std::string& text) {
     m_progress.Clear();
-    Complain(m_options.out + ": " + words);
+    PrintError(m_options.out + ": " + text);
   }
   int WriteError() {
     m_buffer.Discard();
     const int error = m_stream.Error();
-    Say("Error writing to file." +
-        (error == 0 ? "" : " " + std::generic_category().message(error)));
+    ReportError("Error writing to file." +
+                (error == 0 ? "" : " " + std::generic_category().message(error)));
     return kExitBad;
   }
   int TooLarge() {
-    Say("a trace file is smaller than 4 GiB: it is full after " + std::to_string(m_written) +
-        " traces, and not written");
+    ReportError("a trace file is smaller than 4 GiB: it is full after " +
+                std::to_string(m_written) + " traces, and not written");
     return kExitBad;
   }
   int Stopped() {
-    Say("interrupted after " + std::to_string(m_written) + " traces, and not written");
+    ReportError("interrupted after " + std::to_string(m_written) + " traces, and not written");
     return kExitInterrupted;
   }
 
@@ -100,12 +100,12 @@ class Generator {
 
 int RunGen(const GenOptions& options) {
   if (options.records > kTrcFileBytesMax / kLeastTraceBytes) {
-    Complain(std::to_string(options.records) +
-             " traces do not fit in a trace file, which is smaller than 4 GiB");
+    PrintError(std::to_string(options.records) +
+               " traces do not fit in a trace file, which is smaller than 4 GiB");
     return kExitBad;
   }
   const auto failed = [&options](const std::string& why) {
-    Complain(options.out + ": " + why);
+    PrintError(options.out + ": " + why);
     return kExitBad;
   };
   std::string why;

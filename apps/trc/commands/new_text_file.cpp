@@ -11,7 +11,7 @@ bool NewTextFile::Open(const std::string& path) {
   std::string why;
   CatchEndSignals();
   if (m_file.Begin(path, &why) && m_lines.Open(m_file.WriteTo(), &why)) return true;
-  Tell("Error opening output file.", why);
+  ReportError("Error opening output file.", why);
   return false;
 }
 
@@ -19,18 +19,18 @@ int NewTextFile::Finish() {
   std::string why;
   if (!m_lines.Close()) {
     const int error = m_lines.Error();
-    Tell("Error writing to file.", error == 0 ? "" : std::generic_category().message(error));
+    ReportError("Error writing to file.", error == 0 ? "" : std::generic_category().message(error));
     return kExitBad;
   }
   if (Interrupted()) {
-    Tell("interrupted, and not written", "");
+    ReportError("interrupted, and not written", "");
     return kExitInterrupted;
   }
   if (m_file.Finish(&why)) return kExitGood;
-  Tell("Error opening output file.", why);
+  ReportError("Error opening output file.", why);
   return kExitBad;
 }
 
-void NewTextFile::Tell(const char* words, const std::string& why) const {
-  Complain(m_path + ": " + words + (why.empty() ? "" : " " + why));
+void NewTextFile::ReportError(const char* text, const std::string& why) const {
+  PrintError(m_path + ": " + text + (why.empty() ? "" : " " + why));
 }

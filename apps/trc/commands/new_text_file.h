@@ -17,7 +17,7 @@ class NewTextFile {
   int Finish();
 
  private:
-  void Tell(const char* words, const std::string& why) const;
+  void ReportError(const char* text, const std::string& why) const;
 
   std::string m_path;
   NewFile m_file;

@@ -34,8 +34,8 @@ bool WriteTraces(ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
 int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& options,
          ProgressLine& progress) {
   const std::string& path = options.out;
-  const auto failed = [&path](const char* words, const std::string& why) {
-    Complain(path + ": " + words + (why.empty() ? "" : " " + why));
+  const auto failed = [&path](const char* text, const std::string& why) {
+    PrintError(path + ": " + text + (why.empty() ? "" : " " + why));
     return kExitBad;
   };
   std::string why;
@@ -49,7 +49,7 @@ int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& 
   // The last bytes leave the buffer only at the end, and a full disk may show only then.
   if (!writer.Finish() || !good) return failed("Error writing to file.", writer.Why());
   if (Interrupted()) {
-    Complain(path + ": interrupted after " + std::to_string(saved) + " traces, and not written");
+    PrintError(path + ": interrupted after " + std::to_string(saved) + " traces, and not written");
     return kExitInterrupted;
   }
   if (!IsUnchanged(document, options.in, path)) return kExitBad;

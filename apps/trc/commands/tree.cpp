@@ -24,7 +24,7 @@ std::vector<const CTraceEvent*> MachinesOf(const ProcModel& model, const TreeOpt
 int Print(const ProcModel& model, const TreeOptions& options) {
   const std::vector<const CTraceEvent*> machines = MachinesOf(model, options);
   if (machines.empty() && !options.machine.empty()) {
-    Complain("there are no traces of a machine \"" + options.machine + "\" in " + options.file);
+    PrintError("there are no traces of a machine \"" + options.machine + "\" in " + options.file);
     return kExitBad;
   }
   Output output;
@@ -78,7 +78,7 @@ int RunTree(const TreeOptions& options) {
   CTraceFilter filter;
   std::string why;
   if (!options.filter.Apply(*document, filter, &why)) {
-    Complain(why);
+    PrintError(why);
     return kExitBad;
   }
   ProcModel model(*document, filter);

@@ -69,7 +69,7 @@ std::size_t Distance(std::string_view a, std::string_view b) {
 // Collects the nodes below, with their distance from the requested path.
 class NearNames {
  public:
-  explicit NearNames(std::string_view path) : m_path(InSmallLetters(path)) {
+  explicit NearNames(std::string_view path) : m_path(ToLowerAscii(path)) {
     const std::size_t slash = m_path.rfind('/');
     m_last = slash == std::string::npos ? m_path : m_path.substr(slash + 1);
   }
@@ -96,7 +96,7 @@ class NearNames {
  private:
   // In mistakes. The same name at another place, and a path that is not complete, count as one.
   std::size_t FarFrom(const FilterNode& node) const {
-    const std::string path = InSmallLetters(PathOf(node)), label = InSmallLetters(node.Label());
+    const std::string path = ToLowerAscii(PathOf(node)), label = ToLowerAscii(node.Label());
     if (label == m_last || path.starts_with(m_path)) return 1;
     const std::size_t last = Distance(label, m_last);
     return std::min(Distance(path, m_path), last > kMostComparedBytes ? last : last * 2);
@@ -147,10 +147,10 @@ std::string NoSuchPath(FilterNode& root, const std::string& path) {
   std::vector<std::string> names = near.Nearest();
   const bool any = !names.empty();
   if (!any) names = FirstBelow(Deepest(root, path));
-  std::string words = "there is no " + Quoted(path) + " in the filter";
+  std::string text = "there is no " + Quoted(path) + " in the filter";
   const char* between = any ? "; near it: " : "; there is: ";
-  for (const std::string& name : names) words += std::exchange(between, ", ") + Quoted(name);
-  return words;
+  for (const std::string& name : names) text += std::exchange(between, ", ") + Quoted(name);
+  return text;
 }
 
 bool FilterPaths::Touch(std::string_view branch) const {
@@ -184,7 +184,7 @@ bool FilterPaths::Apply(CTraceDoc& document, CTraceFilter& filter, std::string* 
   return FailWith(why, NoSuchPath(dialog.Tree().Root(), unknown.front()));
 }
 
-bool FilterPaths::HasHopeless(Host& host, std::string* why) const {
+bool FilterPaths::HasImpossiblePath(Host& host, std::string* why) const {
   CTraceFilter filter;
   NameMap names;
   CFilterDialog dialog(host, filter, names);

@@ -28,14 +28,14 @@ class FilterPaths {
   bool Touch(std::string_view branch) const;
 
   // Adds the names of the document to the filter and applies the steps. False when a path has no
-  // node: `why` is then a message for Complain, and the command ends with kExitBad.
+  // node: `why` is then a message for PrintError, and the command ends with kExitBad.
   bool Apply(CTraceDoc& document, CTraceFilter& filter, std::string* why) const;
 
   // The same with the current names of the filter. Paths without a node are skipped and returned.
   // The names are a copy: the dialog adds entries to its names, and a save would write them.
   std::vector<std::string> Take(Host& host, CTraceFilter& filter, NameMap names) const;
   // Is there a path that no future name can complete? Then `why` is a message.
-  bool HasHopeless(Host& host, std::string* why) const;
+  bool HasImpossiblePath(Host& host, std::string* why) const;
 
  private:
   struct Step {

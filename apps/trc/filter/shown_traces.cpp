@@ -7,7 +7,7 @@
 bool ShownTraces::Filter(const FilterPaths& paths) {
   if (paths.Empty()) return true;
   if (std::string why; !paths.Apply(m_document, m_filter, &why)) {
-    Complain(why);
+    PrintError(why);
     return false;
   }
   if (m_filter.allTraces) return true;

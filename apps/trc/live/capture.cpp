@@ -31,7 +31,7 @@ int RunCapture(const CaptureOptions& options) {
   }
   progress.Clear();
   if (!good) {
-    Complain(why);
+    PrintError(why);
     file.Salvage();
   }
   const std::uint64_t taken = file.Traces();

@@ -27,7 +27,7 @@ std::vector<std::string> SplitAtCommas(const std::string& list) {
 // A path that no future name can complete is a mistake; any other waits for its names.
 void RefuseHopeless(const FilterPaths& paths) {
   TerminalHost host;
-  if (std::string why; paths.HasHopeless(host, &why)) throw CLI::ValidationError(why);
+  if (std::string why; paths.HasImpossiblePath(host, &why)) throw CLI::ValidationError(why);
 }
 
 void TakeMachineAndApp(const std::vector<std::string>& words, std::string& machine,

@@ -13,7 +13,7 @@
 namespace {
 
 int Unreachable(const std::string& why) {
-  Complain(why);
+  PrintError(why);
   return kExitBad;
 }
 
@@ -41,7 +41,7 @@ struct Sink {
 int NoSuchApp(const std::string& app, const std::list<std::string>& known) {
   std::vector<std::string> shown;
   for (const std::string& other : known) shown.push_back(VisibleText(other));
-  Complain("there is no application " + Quoted(app) + DidYouMean(VisibleText(app), shown));
+  PrintError("there is no application " + Quoted(app) + DidYouMean(VisibleText(app), shown));
   return kExitNo;
 }
 
@@ -115,14 +115,14 @@ int NoSuchTrace(const trace_App_i& app, const std::string& target) {
     for (const trace_Category_t& category : component.categories)
       known.push_back(VisibleText(component.name + "/" + category.name));
   }
-  Complain(Quoted(app.GetAppName()) + " has no trace " + Quoted(target) +
-           DidYouMean(VisibleText(target), known));
+  PrintError(Quoted(app.GetAppName()) + " has no trace " + Quoted(target) +
+             DidYouMean(VisibleText(target), known));
   return kExitNo;
 }
 
 int Submit(const trace_App_i& app) {
   if (app.Submit()) return kExitGood;
-  Complain("the machine has not accepted the change");
+  PrintError("the machine has not accepted the change");
   return kExitBad;
 }
 
@@ -134,7 +134,7 @@ std::optional<std::string> FullPath(const std::string& machine, const std::strin
   std::error_code error;
   const std::filesystem::path full = std::filesystem::absolute(file, error);
   if (!error) return full.lexically_normal().string();
-  Complain(file + ": " + error.message());
+  PrintError(file + ": " + error.message());
   return std::nullopt;
 }
 
@@ -191,7 +191,7 @@ int RunSet(const SetOptions& options) {
   const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
   if (!app) return Unreachable(why + doubt);
   if (app->GetTraceMap().empty()) {
-    if (!options.doubt.empty()) Complain(options.doubt);
+    if (!options.doubt.empty()) PrintError(options.doubt);
     return NoSuchApp(options.app, config->GetAppList());
   }
   if (options.target.empty()) {

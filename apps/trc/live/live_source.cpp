@@ -20,7 +20,7 @@ LiveSource::~LiveSource() {
 bool LiveSource::Connect(const std::string& machine) {
   std::string why;
   m_connection = TraceThread_i::ConnectToTraceService(machine, m_names, &why);
-  if (!m_connection) Complain(why);
+  if (!m_connection) PrintError(why);
   return m_connection != nullptr;
 }
 
@@ -48,5 +48,5 @@ void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEve
     std::this_thread::sleep_for(kPause);
   }
   for (const std::string& path : filter.Missing())
-    Complain("no name came for the path \"" + path + "\"");
+    PrintError("no name came for the path \"" + path + "\"");
 }

@@ -88,8 +88,8 @@ class Silence {
     if (m_over || Clock::now() < m_until) return;
     m_over = true;
     if (m_source.Counts().delivered > 0) return;
-    Complain("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_machine)
-                                                   : "no trace service runs there any more"));
+    PrintError("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_machine)
+                                                     : "no trace service runs there any more"));
   }
 
  private:
@@ -129,7 +129,7 @@ int RunTail(const TailOptions& options) {
   const int status = output.Finish();
   if (status == kExitBad) return status;
   const std::uint64_t lost = source.Counts().lost;
-  if (lost > 0) Complain(std::to_string(lost) + " traces lost");
+  if (lost > 0) PrintError(std::to_string(lost) + " traces lost");
   // SIGINT is the usual end, not a failure.
   return lost > 0 ? kExitNo : kExitGood;
 }

@@ -28,12 +28,12 @@ bool Output::Flush() {
 int Output::Finish() {
   Flush();
   if (m_error != 0 && m_error != EPIPE) {
-    Complain("cannot write the output: " + std::generic_category().message(m_error));
+    PrintError("cannot write the output: " + std::generic_category().message(m_error));
     return kExitBad;
   }
   return Interrupted() ? kExitInterrupted : kExitGood;
 }
 
-void Complain(std::string_view words) {
-  std::fprintf(stderr, "trc: %.*s\n", static_cast<int>(words.size()), words.data());
+void PrintError(std::string_view text) {
+  std::fprintf(stderr, "trc: %.*s\n", static_cast<int>(text.size()), text.data());
 }

@@ -50,4 +50,4 @@ class Output {
 };
 
 // Prints "trc: " and the message to standard error.
-void Complain(std::string_view words);
+void PrintError(std::string_view text);

@@ -58,7 +58,7 @@ void TerminalHost::WaitForWork() {
 
 BoxAnswer TerminalHost::MessageBox(const MessageBoxRequest& request) {
   m_progress.Clear();
-  Complain(m_subject.empty() ? request.text : m_subject + ": " + request.text);
+  PrintError(m_subject.empty() ? request.text : m_subject + ": " + request.text);
   ++m_boxes;
   switch (request.buttons) {
     case BoxButtons::Ok:

@@ -53,7 +53,7 @@ bool IsAnswer(int status) {
 
 // True if the file has not changed.
 template <class File>
-bool TellChange(const File& file, const std::string& path, const std::string& out) {
+bool ReportChange(const File& file, const std::string& path, const std::string& out) {
   FileChange change = file.Change();
   // While a program appends to a file, the time of the write changes a moment before the bytes.
   if (change.kind == FileChange::Kind::Written) {
@@ -61,8 +61,8 @@ bool TellChange(const File& file, const std::string& path, const std::string& ou
     change = file.Change();
   }
   if (!change.Any()) return true;
-  Complain(path + ": changed while it was read: " + FileChangeText(change) +
-           (out.empty() ? "" : "; " + out + " is not written"));
+  PrintError(path + ": changed while it was read: " + FileChangeText(change) +
+             (out.empty() ? "" : "; " + out + " is not written"));
   return false;
 }
 
@@ -73,7 +73,7 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
   // The desktop asks whether to convert it. Here nobody can be asked, so the message names the
   // command.
   if (IsOlder(path)) {
-    Complain(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' converts it");
+    PrintError(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' converts it");
     return nullptr;
   }
   host.SetSubject(path);
@@ -81,7 +81,7 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
   const ProgressWindow window(host);
   auto document = std::make_unique<CTraceFileDoc>(host, setup);
   if (!document->OnOpenDocument(path)) {
-    if (host.Boxes() == boxes) Complain(path + ": " + document->OpenFailure());
+    if (host.Boxes() == boxes) PrintError(path + ": " + document->OpenFailure());
     return nullptr;
   }
   // A failed load shows a box and leaves the flag set.
@@ -92,16 +92,16 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
   if (document->m_loading || Interrupted()) return nullptr;
   // The damage by a change is reported with the change, at the end.
   if (const TrcDamage& damage = document->Damage(); damage.Any() && !document->Change().Any())
-    Complain(path + ": damaged: " + DamageText(damage, true));
+    PrintError(path + ": damaged: " + DamageText(damage, true));
   return document;
 }
 
 bool IsUnchanged(const MappedFile& file, const std::string& path, const std::string& out) {
-  return TellChange(file, path, out);
+  return ReportChange(file, path, out);
 }
 
 bool IsUnchanged(const CTraceFileDoc& document, const std::string& path, const std::string& out) {
-  return TellChange(document, path, out);
+  return ReportChange(document, path, out);
 }
 
 int StatusWithDamage(const CTraceFileDoc& document, int status) {

@@ -40,5 +40,5 @@ class LineWriter {
   static constexpr std::size_t kGapBlanks = 2;
 
   Output& m_output;
-  std::size_t m_blanks = 0;  // owed before the next text
+  std::size_t m_blanks = 0;  // to be written before the next text
 };

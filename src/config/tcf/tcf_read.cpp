@@ -80,27 +80,27 @@ class Reading {
     m_why = "no APP: line stands in front of it";
     return TcfEnd::BadLine;
   }
-  static TcfEnd Told(bool goOn) { return goOn ? TcfEnd::Whole : TcfEnd::Stopped; }
+  static TcfEnd EndOf(bool goOn) { return goOn ? TcfEnd::Whole : TcfEnd::Stopped; }
 
   TcfEnd App() {
     std::string name;
     if (m_hasApp) m_handler.OnAppEnd();
     if (!_trc_GetCfgLineAppName(m_lines, &name, &m_why)) return TcfEnd::BadLine;
     m_hasApp = true;
-    return Told(m_handler.OnApp(name));
+    return EndOf(m_handler.OnApp(name));
   }
   TcfEnd Sink() {
     unsigned char type = 0;
     std::string name, options;
     if (!_trc_GetCfgLineSink(m_lines, &type, &name, &options, &m_why)) return TcfEnd::BadLine;
-    return Told(m_handler.OnSink(type, name, options));
+    return EndOf(m_handler.OnSink(type, name, options));
   }
   TcfEnd Trace() {
     std::string component, category;
     unsigned short settings = 0;
     if (!_trc_GetCfgLineTrace(m_lines, &component, &category, &settings, &m_why))
       return TcfEnd::BadLine;
-    return Told(m_handler.OnTrace(component, category, settings));
+    return EndOf(m_handler.OnTrace(component, category, settings));
   }
 
   LineBuffer m_buffer;

@@ -11,7 +11,7 @@
 #include "quor/client/trace_config.h"
 
 // The value in quotes, each backslash twice. Kept: a quote in the value stands as it is, the format
-// has no other way. Safe: the reader looks for the end of a field behind such quotes.
+// has no other way. Safe: the reader looks for the end of a field after such quotes.
 std::string QuoteTcfField(std::string_view value);
 
 // The lines of a group, without line ends.

@@ -49,8 +49,8 @@ void CConfigView::OnUpdate(CView*, unsigned hint, CObject*) {
 
 void CConfigView::OnActivateView(bool activate, CView* activated, CView* deactivated) {
   if (activate) {
-    TellRowCount(GetHost(), -1);
-    TellFiltered(GetHost(), -1);
+    ReportRowCount(GetHost(), -1);
+    ReportFiltered(GetHost(), -1);
   }
   CView::OnActivateView(activate, activated, deactivated);
 }

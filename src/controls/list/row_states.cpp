@@ -4,8 +4,8 @@
 #include <limits>
 #include <utility>
 
-RowStates::RowStates(Tell tell, Repaint repaint)
-    : m_tell(std::move(tell)), m_repaint(std::move(repaint)) {}
+RowStates::RowStates(Notify notify, Repaint repaint)
+    : m_notify(std::move(notify)), m_repaint(std::move(repaint)) {}
 
 void RowStates::SetCount(int count) {
   m_count = std::max(count, 0);
@@ -124,15 +124,15 @@ void RowStates::Change(Row focus, int row, const std::function<void()>& select) 
   const unsigned oldFocusState = StateOf(oldFocus), oldState = StateOf(row);
   select();
   m_focus = focus;
-  if (oldFocus != row) TellChange(oldFocus, oldFocusState);
-  TellChange(row, oldState);
+  if (oldFocus != row) NotifyChange(oldFocus, oldFocusState);
+  NotifyChange(row, oldState);
 }
 
-void RowStates::TellChange(int row, unsigned oldState) {
+void RowStates::NotifyChange(int row, unsigned oldState) {
   const unsigned newState = StateOf(row);
   if (newState == oldState) return;
   m_repaint(row, row);
-  m_tell(row, oldState, newState);
+  m_notify(row, oldState, newState);
 }
 
 void RowStates::SetAnchor(int row) {

@@ -15,11 +15,11 @@ class RowStates {
  public:
   // Called when the change is complete: for the row that loses the focus before the row that gains
   // it. For ranges it is called only for the focused rows.
-  using Tell = std::function<void(int row, unsigned oldState, unsigned newState)>;
+  using Notify = std::function<void(int row, unsigned oldState, unsigned newState)>;
   // Rows first..last look different now.
   using Repaint = std::function<void(int first, int last)>;
 
-  RowStates(Tell tell, Repaint repaint);
+  RowStates(Notify notify, Repaint repaint);
 
   int Count() const { return m_count; }
   // Rows after the new count lose their state; nothing is reported.
@@ -51,10 +51,10 @@ class RowStates {
   int Relative(Row row) const { return row < m_base ? -1 : static_cast<int>(row - m_base); }
   // Moves the focus and changes the selection, then reports the old focus and `row`.
   void Change(Row focus, int row, const std::function<void()>& select);
-  void TellChange(int row, unsigned oldState);
+  void NotifyChange(int row, unsigned oldState);
   void SetAnchor(int row);
 
-  const Tell m_tell;
+  const Notify m_notify;
   const Repaint m_repaint;
   int m_count = 0;
   Row m_base = 0;

@@ -15,13 +15,13 @@ bool ComesBefore(const std::string& a, const std::string& b) {
 
 int ListBoxItems::PlaceOf(const std::string& text) const {
   const auto place = std::upper_bound(
-      m_items.begin(), m_items.end(), InSmallLetters(text),
+      m_items.begin(), m_items.end(), ToLowerAscii(text),
       [](const std::string& key, const Item& item) { return ComesBefore(key, item.key); });
   return static_cast<int>(place - m_items.begin());
 }
 
 void ListBoxItems::Insert(int place, const std::string& text, std::uintptr_t data) {
-  m_items.insert(m_items.begin() + place, {text, InSmallLetters(text), data});
+  m_items.insert(m_items.begin() + place, {text, ToLowerAscii(text), data});
 }
 
 void ListBoxItems::Erase(int item) {
@@ -38,7 +38,7 @@ std::uintptr_t ListBoxItems::Data(int item) const {
 }
 
 int ListBoxItems::FindExact(const std::string& text) const {
-  const std::string key = InSmallLetters(text);
+  const std::string key = ToLowerAscii(text);
   const auto found = std::find_if(m_items.begin(), m_items.end(),
                                   [&](const Item& item) { return item.key == key; });
   return found == m_items.end() ? -1 : static_cast<int>(found - m_items.begin());

@@ -11,9 +11,9 @@ bool LongWork::DoPiece(std::chrono::milliseconds time) {
   return false;
 }
 
-bool RunLongWork(Host& host, CDocument* document, const LongWorkWords& words, LongWork& work) {
+bool RunLongWork(Host& host, CDocument* document, const LongWorkTexts& texts, LongWork& work) {
   if (work.DoPiece(LongWork::s_firstPiece)) return true;
-  CWorkBox box(host, words, work);
+  CWorkBox box(host, texts, work);
   if (document) document->BeginWork();
   const bool done = box.DoModal() == CDialog::kIdOk;
   if (document) document->EndWork();

@@ -38,12 +38,12 @@ inline int Thousandths(std::uint64_t done, std::uint64_t all) {
 }
 
 // The texts of the box.
-struct LongWorkWords {
+struct LongWorkTexts {
   const char* title;
   const char* message;
   const char* helpTopic = "";
 };
 
 // Runs the work to its end; false when the user cancelled. `document`, which may be null, is the
-// document that the work reads: while the box is open it IsWorkedOn, and nothing changes it.
-bool RunLongWork(Host& host, CDocument* document, const LongWorkWords& words, LongWork& work);
+// document that the work reads: while the box is open it IsBusy, and nothing changes it.
+bool RunLongWork(Host& host, CDocument* document, const LongWorkTexts& texts, LongWork& work);

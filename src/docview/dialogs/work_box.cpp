@@ -8,8 +8,8 @@ constexpr unsigned kPauseMs = 1;  // between two pieces, for the window's own ev
 
 }  // namespace
 
-CWorkBox::CWorkBox(Host& host, const LongWorkWords& words, LongWork& work)
-    : CDialog(host), m_words(words), m_work(work) {}
+CWorkBox::CWorkBox(Host& host, const LongWorkTexts& texts, LongWork& work)
+    : CDialog(host), m_texts(texts), m_work(work) {}
 
 CWorkBox::~CWorkBox() {
   StopTimer();

@@ -10,12 +10,12 @@
 class CWorkBox : public CDialog {
  public:
   // The box ends with OK when the work is done. Borrows words and work.
-  CWorkBox(Host& host, const LongWorkWords& words, LongWork& work);
+  CWorkBox(Host& host, const LongWorkTexts& texts, LongWork& work);
   ~CWorkBox() override;
 
-  const char* Title() const { return m_words.title; }
-  const char* Message() const { return m_words.message; }
-  const char* HelpTopic() const override { return m_words.helpTopic; }
+  const char* Title() const { return m_texts.title; }
+  const char* Message() const { return m_texts.message; }
+  const char* HelpTopic() const override { return m_texts.helpTopic; }
   std::optional<int> Progress() const { return m_work.Progress(); }
 
   void OnInitDialog() override;
@@ -25,7 +25,7 @@ class CWorkBox : public CDialog {
   void OnTick();
   void StopTimer();
 
-  const LongWorkWords& m_words;
+  const LongWorkTexts& m_texts;
   LongWork& m_work;
   TimerId m_timer = 0;
 };

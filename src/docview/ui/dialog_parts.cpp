@@ -12,7 +12,7 @@ QString IdName(unsigned id) {
   return QString::number(id);
 }
 
-QString SpokenName(QString text) {
+QString AccessibleName(QString text) {
   // "&&" is an ampersand that is shown.
   static const QRegularExpression marks("&(?!&)|[<>]|:$");
   return text.replace("&&", QChar(1)).remove(marks).replace(QChar(1), "&").trimmed();
@@ -20,7 +20,7 @@ QString SpokenName(QString text) {
 
 void NameControl(QWidget& control, unsigned id, const QString& spoken) {
   control.setObjectName(IdName(id));
-  control.setAccessibleName(SpokenName(spoken));
+  control.setAccessibleName(AccessibleName(spoken));
 }
 
 QPushButton* MakeButton(unsigned id, const QString& text, QWidget* parent) {

@@ -22,7 +22,7 @@ constexpr unsigned kHelpButton = ID_HELP;
 // "1079".
 QString IdName(unsigned id);
 // A text for screen readers: without access key marks, the colon at its end and the arrows.
-QString SpokenName(QString text);
+QString AccessibleName(QString text);
 // Gives a control its two names.
 void NameControl(QWidget& control, unsigned id, const QString& spoken);
 

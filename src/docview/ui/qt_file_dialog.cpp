@@ -147,7 +147,7 @@ void QtFileDialog::AddNote(const FileDialogNote& note) {
   field->setObjectName(QStringLiteral("note"));
   field->setReadOnly(true);
   field->setCursorPosition(0);
-  field->setAccessibleName(SpokenName(QString::fromStdString(note.label)));
+  field->setAccessibleName(AccessibleName(QString::fromStdString(note.label)));
   SetPlainToolTip(*field, QString::fromStdString(note.text));
   label->setBuddy(field);
   auto* row = new QHBoxLayout(above);

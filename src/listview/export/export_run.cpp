@@ -32,7 +32,7 @@ class ExportWriting final : public LongWork {
   bool m_good = true;
 };
 
-ExportResult TellNotOpened(Host& host) {
+ExportResult ReportNotOpened(Host& host) {
   host.MessageBox({"Error opening output file.", BoxIcon::None, BoxButtons::Ok});
   return ExportResult::NotOpened;
 }
@@ -44,13 +44,13 @@ ExportResult RunExport(CTraceDoc& document, const std::string& path, ExportText&
   std::string why;
   NewFile file;
   ExportFile lines;
-  if (!file.Begin(path, &why) || !lines.Open(file.WriteTo(), &why)) return TellNotOpened(host);
+  if (!file.Begin(path, &why) || !lines.Open(file.WriteTo(), &why)) return ReportNotOpened(host);
   const CWaitCursor wait(host);
   ExportWriting writing(document, lines, text);
   if (!RunLongWork(host, &document, {"Tessera", "Exporting..."}, writing))
     return ExportResult::Cancelled;
   const bool written = lines.Close() && writing.Good();
   // Kept: the part that was written stays under the name, also after a failed write.
-  if (!file.Finish(&why)) return TellNotOpened(host);
+  if (!file.Finish(&why)) return ReportNotOpened(host);
   return written ? ExportResult::Whole : ExportResult::Failed;
 }

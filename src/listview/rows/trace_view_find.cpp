@@ -64,7 +64,7 @@ void CTraceView::FindInRows() {
       Follow(EventOfRow(walk.Row()));
       break;
     case FindResult::NotFound:
-      TellNotFound(GetHost());
+      ReportNotFound(GetHost());
       break;
     case FindResult::Cancelled:
       break;

@@ -65,7 +65,7 @@ bool CTraceView::RebuildRows() {
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
   if (m_currentEvent) GoTo(this, m_currentEvent);
-  TellStatus();
+  ReportStatus();
   m_list->SetRedraw(true);
   return true;
 }
@@ -90,7 +90,7 @@ void CTraceView::AddTraces(const CTraceHint& hint) {
   if (m_rows.Size() == before) return;
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
-  TellCount();
+  ReportCount();
 }
 
 void CTraceView::RemoveTraces(const CTraceHint& hint) {
@@ -120,7 +120,7 @@ void CTraceView::RemoveTraces(const CTraceHint& hint) {
   // A deletion is not reported, and the rows after it have new numbers.
   m_currentRow = m_list->NextItem(-1, kRowFocused);
   m_list->SetRedraw(true);
-  TellCount();
+  ReportCount();
 }
 
 void CTraceView::FollowTrace(CView* sender, const TraceEvent_i& target) {

@@ -17,8 +17,8 @@ void CSourceView::OnInitialUpdate() {
 }
 
 void CSourceView::OnActivateView(bool activate, CView* activated, CView* deactivated) {
-  TellRowCount(GetHost(), -1);
-  TellFiltered(GetHost(), -1);
+  ReportRowCount(GetHost(), -1);
+  ReportFiltered(GetHost(), -1);
   CRichEditView::OnActivateView(activate, activated, deactivated);
 }
 

@@ -122,15 +122,15 @@ CatalogueStore::State CatalogueStore::Check(std::string* why) {
   if (stands != 0 && stands != kSchemaVersion)
     return FailWith(why, "it was written by another version of quord", State::Taken);
   Statement check(*this, "PRAGMA quick_check(1)");
-  const std::string words = check.Step() ? check.TextAt(0) : sqlite3_errmsg(m_database);
-  if (words == "ok") return State::Good;
-  return FailWith(why, "it is damaged: " + words, State::Damaged);
+  const std::string text = check.Step() ? check.TextAt(0) : sqlite3_errmsg(m_database);
+  if (text == "ok") return State::Good;
+  return FailWith(why, "it is damaged: " + text, State::Damaged);
 }
 
 void CatalogueStore::Failed() {
   m_failed = true;
-  if (m_told) return;
-  m_told = true;
+  if (m_reported) return;
+  m_reported = true;
   Log(LogLevel::Error, std::string("settings cannot be stored: ") + sqlite3_errmsg(m_database));
 }
 
@@ -145,7 +145,7 @@ void CatalogueStore::Change(CatalogueApp& app, Put&& put) {
   if (m_failed) {
     app.row = 0;
     Run("ROLLBACK");
-  } else if (std::exchange(m_told, false)) {
+  } else if (std::exchange(m_reported, false)) {
     Log(LogLevel::Info, "settings can be stored again");
   }
 }
@@ -213,11 +213,11 @@ void CatalogueStore::PutSettings(const CatalogueApp& app) {
       .Text(app.sink.options)
       .Number(app.row)
       .Step();
-  Statement word(*this, "UPDATE trace SET settings = ? WHERE app = ? AND id = ?");
+  Statement statement(*this, "UPDATE trace SET settings = ? WHERE app = ? AND id = ?");
   for (std::size_t id = 0; id < app.traces.size(); ++id) {
-    word.Number(app.traces[id].settings).Number(app.row).Number(static_cast<std::int64_t>(id));
-    word.Step();
-    word.Reset();
+    statement.Number(app.traces[id].settings).Number(app.row).Number(static_cast<std::int64_t>(id));
+    statement.Step();
+    statement.Reset();
   }
 }
 

@@ -55,5 +55,5 @@ class CatalogueStore {
 
   sqlite3* m_database;
   bool m_failed = false;  // since the current change began
-  bool m_told = false;
+  bool m_reported = false;
 };

@@ -111,7 +111,7 @@ void ForwardInlet::ForgetOldestSource() {
   m_sources.erase(oldest);
 }
 
-std::uint64_t ForwardInlet::Believe(const std::string& peer, std::uint64_t losses) {
+std::uint64_t ForwardInlet::LimitLosses(const std::string& peer, std::uint64_t losses) {
   Claims& claims = m_claims[peer];
   const Clock::time_point now = Clock::now();
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - claims.until);
@@ -119,7 +119,7 @@ std::uint64_t ForwardInlet::Believe(const std::string& peer, std::uint64_t losse
   claims.left += static_cast<std::uint64_t>(seconds.count()) * kLossesPerSecond;
   const std::uint64_t believed = std::min(losses, claims.left);
   claims.left -= believed;
-  if (believed < losses && !std::exchange(claims.told, true))
+  if (believed < losses && !std::exchange(claims.reported, true))
     Log(LogLevel::Warning, peer + " tells of " + std::to_string(losses) +
                                " lost traces: more than can have been is not counted");
   return believed;
@@ -138,31 +138,31 @@ bool ForwardInlet::Stream::TakeLedger(const quor::wire::Ledger& ledger, std::str
   if (completes && !ReadDataBody(m_held, frame, why)) return false;
   if (completes && ledger.sources_size() != 1)
     return FailWith(why, "a data frame of more than one source");
-  for (const auto& word : ledger.sources())
-    if (!TakeWord(word, completes ? &frame : nullptr, why)) return false;
+  for (const auto& line : ledger.sources())
+    if (!TakeLine(line, completes ? &frame : nullptr, why)) return false;
   m_inlet.m_hub.Deliver();
   m_held.clear();
   if (completes) ++m_taken;
   return true;
 }
 
-bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, const Frame* frame,
+bool ForwardInlet::Stream::TakeLine(const quor::wire::Ledger::Source& line, const Frame* frame,
                                     std::string* why) {
-  if (word.instance().size() != kIdBytes || word.serial() > kSerialMax ||
-      word.delivered() > word.serial() || word.lost() > word.serial() - word.delivered())
+  if (line.instance().size() != kIdBytes || line.serial() > kSerialMax ||
+      line.delivered() > line.serial() || line.lost() > line.serial() - line.delivered())
     return FailWith(why, "a ledger counts more than there was");
-  const bool isNew = !m_words.contains(word.instance());
-  Word& before = m_words[word.instance()];
-  if (word.delivered() < before.delivered || word.lost() < before.lost ||
-      word.delivered() - before.delivered != (frame ? frame->numbered : 0))
+  const bool isNew = !m_counts.contains(line.instance());
+  Counts& before = m_counts[line.instance()];
+  if (line.delivered() < before.delivered || line.lost() < before.lost ||
+      line.delivered() - before.delivered != (frame ? frame->numbered : 0))
     return FailWith(why, "a ledger does not count what came");
   // The serial of the source on this stream before this line.
   const std::uint64_t stands =
-      word.serial() - (word.delivered() - before.delivered) - (word.lost() - before.lost);
+      line.serial() - (line.delivered() - before.delivered) - (line.lost() - before.lost);
   const std::shared_ptr<Source> source =
-      m_inlet.SourceFor({m_peer, word.instance()}, stands, m_machine);
+      m_inlet.SourceFor({m_peer, line.instance()}, stands, m_machine);
   // Monitors would accept no larger number, and then no other source of this stream either.
-  if (std::max(source->serial, stands) > kSerialMax - (word.serial() - stands))
+  if (std::max(source->serial, stands) > kSerialMax - (line.serial() - stands))
     return FailWith(why, "its ledgers count more than there can be");
   if (frame && !frame->traces.empty()) {
     const RawAppTrace first(frame->traces.front().data());
@@ -173,12 +173,12 @@ bool ForwardInlet::Stream::TakeWord(const quor::wire::Ledger::Source& word, cons
   Hub& hub = m_inlet.m_hub;
   const bool leaps = isNew || stands > before.serial;
   if (leaps && stands > source->serial)
-    hub.Lose(source, m_inlet.Believe(m_peer, stands - source->serial),
+    hub.Lose(source, m_inlet.LimitLosses(m_peer, stands - source->serial),
              "the trace service of " + m_machine + " ended before it could hand them on");
   if (frame)
     for (const Bytes trace : frame->traces) hub.Take(source, m_names, trace, {});
   // A trace already reports this loss.
-  hub.CountLost(source, m_inlet.Believe(m_peer, word.lost() - before.lost));
-  before = {word.delivered(), word.lost(), word.serial()};
+  hub.CountLost(source, m_inlet.LimitLosses(m_peer, line.lost() - before.lost));
+  before = {line.delivered(), line.lost(), line.serial()};
   return true;
 }

@@ -39,26 +39,26 @@ class ForwardInlet {
     bool TakeLedger(const quor::wire::Ledger& ledger, std::string* why);
     std::uint64_t Taken() const { return m_taken; }
     // It has seen more sources than can be kept apart: its forwarder must begin another stream.
-    bool IsWornOut() const { return m_words.size() >= kWordsMax; }
+    bool IsExhausted() const { return m_counts.size() >= kSourcesMax; }
     // Frames that were not completed will come again.
     void Break() { m_held.clear(); }
 
    private:
     friend class ForwardInlet;
-    static constexpr std::size_t kWordsMax = 65536;
-    struct Word {
+    static constexpr std::size_t kSourcesMax = 65536;
+    struct Counts {
       std::uint64_t delivered = 0, lost = 0, serial = 0;
     };
     struct Frame;
     Stream(ForwardInlet& inlet, const std::string& peer, std::string machine)
         : m_inlet(inlet), m_peer(peer), m_machine(std::move(machine)) {}
-    bool TakeWord(const quor::wire::Ledger::Source& word, const Frame* frame, std::string* why);
+    bool TakeLine(const quor::wire::Ledger::Source& line, const Frame* frame, std::string* why);
 
     ForwardInlet& m_inlet;
     const std::string m_peer, m_machine;
     SourceNames m_names;
     std::vector<std::uint8_t> m_held;
-    std::map<std::string, Word> m_words;
+    std::map<std::string, Counts> m_counts;
     std::uint64_t m_taken = 0, m_turn = 0;
   };
 
@@ -77,13 +77,13 @@ class ForwardInlet {
   struct Claims {
     std::uint64_t left = kLossesAtFirst;
     Clock::time_point until = Clock::now();
-    bool told = false;
+    bool reported = false;
   };
   // `serial`: how many traces a new source had produced when it came here.
   std::shared_ptr<Source> SourceFor(const Key& key, std::uint64_t serial,
                                     const std::string& machine);
   // Limits losses to a credible number.
-  std::uint64_t Believe(const std::string& peer, std::uint64_t losses);
+  std::uint64_t LimitLosses(const std::string& peer, std::uint64_t losses);
   void ForgetOldestSource();
   void ForgetOldestStream();
 

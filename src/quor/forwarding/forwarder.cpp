@@ -14,17 +14,17 @@ using std::chrono::milliseconds;
 constexpr milliseconds kPauseMin{100}, kPauseMax{5000}, kDialDeadline{5000};
 constexpr std::size_t kWindowBytes = 2u << 20;
 constexpr std::uint32_t kForwardRequest = 1;
-constexpr std::size_t kUnsureAtOnce = 1024;
+constexpr std::size_t kEarlierAtOnce = 1024;
 
-void PutWord(const Source& source, std::uint64_t serial, quor::wire::Ledger* ledger) {
-  quor::wire::Ledger::Source* const word = ledger->add_sources();
-  word->set_instance(source.instance.data(), source.instance.size());
-  word->set_serial(serial);
+void PutLine(const Source& source, std::uint64_t serial, quor::wire::Ledger* ledger) {
+  quor::wire::Ledger::Source* const line = ledger->add_sources();
+  line->set_instance(source.instance.data(), source.instance.size());
+  line->set_serial(serial);
 }
 
-void HandOn(Source& source, std::uint64_t traces) {
-  source.handedOn += traces;
-  if (source.noteHandedOn) source.noteHandedOn(source.handedOn);
+void CountForwarded(Source& source, std::uint64_t traces) {
+  source.forwarded += traces;
+  if (source.noteForwarded) source.noteForwarded(source.forwarded);
 }
 
 }  // namespace
@@ -61,7 +61,7 @@ std::weak_ptr<Connection> Forwarder::Stop() {
   m_hub.Seal();
   m_hub.Deliver();
   Pump();
-  SayWhatStays();
+  LogUnconfirmed();
   if (m_connection) m_connection->CloseAfterWriting();
   m_state = State::Down;
   return std::exchange(m_connection, nullptr);
@@ -72,7 +72,7 @@ void Forwarder::OnBatch(const SharedBatch& batch) {
   Pump();
 }
 
-void Forwarder::SayWhatStays() const {
+void Forwarder::LogUnconfirmed() const {
   std::uint64_t traces = m_queue.WaitingTraces();
   for (const Kept& kept : m_kept) traces += kept.batch->traces;
   if (traces == 0) return;
@@ -82,9 +82,9 @@ void Forwarder::SayWhatStays() const {
 }
 
 void Forwarder::OnSource(const std::shared_ptr<Source>& source) {
-  if (source->handedOn >= source->serial) return;
-  m_unsure.push_back({source, source->handedOn, source->serial, source->way});
-  if (m_state == State::Up) TellUnsure();
+  if (source->forwarded >= source->serial) return;
+  m_earlier.push_back({source, source->forwarded, source->serial, source->way});
+  if (m_state == State::Up) ReportEarlier();
 }
 
 void Forwarder::Dial() {
@@ -104,7 +104,7 @@ void Forwarder::OnConnected(std::shared_ptr<ByteStream> stream, const std::strin
   m_connection = Connection::Start(std::move(stream), *this);
   m_state = State::Greeting;
   m_keptSent = false;
-  m_unsureTold = 0;
+  m_earlierReported = 0;
   quor::wire::Hello hello;
   hello.set_version(kProtocolVersion);
   hello.set_role(quor::wire::ROLE_FORWARD);
@@ -114,8 +114,8 @@ void Forwarder::OnConnected(std::shared_ptr<ByteStream> stream, const std::strin
 void Forwarder::TryLater(const std::string& why) {
   m_state = State::Down;
   if (m_stopped) return;
-  if (why != m_toldReason) Log(LogLevel::Warning, "cannot forward to " + m_name + ": " + why);
-  m_toldReason = why;
+  if (why != m_loggedReason) Log(LogLevel::Warning, "cannot forward to " + m_name + ": " + why);
+  m_loggedReason = why;
   m_timer.expires_after(m_pause);
   m_pause = std::min(m_pause * 2, kPauseMax);
   m_timer.async_wait([self = shared_from_this()](const std::error_code& error) {
@@ -181,21 +181,21 @@ bool Forwarder::BeginStream(std::uint64_t taken) {
     for (const Kept& kept : m_kept) again.push_back(kept.batch);
     m_kept.clear();
     m_inFlight = 0;
-    m_unsureTold = 0;
+    m_earlierReported = 0;
     m_queue.Restart(again);
     AskToForward();
     return true;
   }
   if (!DropTaken(taken)) return false;
-  ConfirmUnsure();
-  if (!m_unsure.empty()) {
-    TellUnsure();
+  ConfirmEarlier();
+  if (!m_earlier.empty()) {
+    ReportEarlier();
     return true;
   }
   m_state = State::Up;
   if (!std::exchange(m_keptSent, true)) {
     m_pause = kPauseMin;
-    m_toldReason.clear();
+    m_loggedReason.clear();
     Log(LogLevel::Info, "forwarding to " + m_name);
     SendKept();
   }
@@ -208,7 +208,7 @@ bool Forwarder::DropTaken(std::uint64_t taken) {
   for (; m_base < taken; ++m_base) {
     m_inFlight -= m_kept.front().Bytes();
     for (const SourceDelta& delta : m_kept.front().batch->sources)
-      HandOn(*delta.source, delta.traces + delta.lost);
+      CountForwarded(*delta.source, delta.traces + delta.lost);
     m_kept.pop_front();
   }
   Pump();
@@ -218,7 +218,7 @@ bool Forwarder::DropTaken(std::uint64_t taken) {
 
 bool Forwarder::IsIdle() const {
   return !m_hub.HasSources() && !m_hub.HasOpenBatch() && m_kept.empty() && m_queue.IsEmpty() &&
-         m_unsure.empty();
+         m_earlier.empty();
 }
 
 // Processes that come and go use the names up in days, and the stream of this hub never ends.
@@ -235,23 +235,23 @@ void Forwarder::RenewNames() {
 
 // Sent before all traces that are taken here. The answer to another request to forward confirms
 // that these lines have been read.
-void Forwarder::TellUnsure() {
+void Forwarder::ReportEarlier() {
   quor::wire::Ledger ledger;
-  m_unsureTold = std::min(m_unsure.size(), kUnsureAtOnce);
-  for (std::size_t i = 0; i < m_unsureTold; ++i) {
-    PutWord(*m_unsure[i].source, m_unsure[i].arrived, &ledger);
-    PutWord(*m_unsure[i].source, m_unsure[i].serial, &ledger);
+  m_earlierReported = std::min(m_earlier.size(), kEarlierAtOnce);
+  for (std::size_t i = 0; i < m_earlierReported; ++i) {
+    PutLine(*m_earlier[i].source, m_earlier[i].arrived, &ledger);
+    PutLine(*m_earlier[i].source, m_earlier[i].serial, &ledger);
   }
   m_connection->Send(FrameType::Ledger, ledger);
   m_state = State::Asking;
   AskToForward();
 }
 
-void Forwarder::ConfirmUnsure() {
-  for (; m_unsureTold > 0; --m_unsureTold) {
-    const Unsure& told = m_unsure.front();
-    HandOn(*told.source, told.serial - told.arrived);
-    m_unsure.pop_front();
+void Forwarder::ConfirmEarlier() {
+  for (; m_earlierReported > 0; --m_earlierReported) {
+    const EarlierSource& reported = m_earlier.front();
+    CountForwarded(*reported.source, reported.serial - reported.arrived);
+    m_earlier.pop_front();
   }
 }
 

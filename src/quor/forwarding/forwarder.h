@@ -51,9 +51,9 @@ class Forwarder final : public HubStream,
   bool BeginStream(std::uint64_t taken);
   bool DropTaken(std::uint64_t taken);
   void SendKept();
-  void TellUnsure();
-  void ConfirmUnsure();
-  void SayWhatStays() const;
+  void ReportEarlier();
+  void ConfirmEarlier();
+  void LogUnconfirmed() const;
   void Pump();
   void NewStreamId();
   void RenewNames();
@@ -66,7 +66,7 @@ class Forwarder final : public HubStream,
   };
   // A source of an earlier service: how much of it had arrived, as far as that service knew, and
   // how much there was. The other side computes what is missing.
-  struct Unsure {
+  struct EarlierSource {
     std::shared_ptr<Source> source;
     std::uint64_t arrived = 0, serial = 0;
     std::shared_ptr<const void> way;
@@ -82,11 +82,11 @@ class Forwarder final : public HubStream,
   State m_state = State::Down;
   asio::steady_timer m_timer;
   std::chrono::milliseconds m_pause{};
-  std::string m_toldReason;
+  std::string m_loggedReason;
   std::string m_streamId;
   std::deque<Kept> m_kept;  // sent and not confirmed
-  std::deque<Unsure> m_unsure;
-  std::size_t m_unsureTold = 0;                // how many were sent over this connection
+  std::deque<EarlierSource> m_earlier;
+  std::size_t m_earlierReported = 0;           // how many were sent over this connection
   std::uint64_t m_base = 0;                    // data frames of this stream that were confirmed
   std::uint64_t m_inFlight = 0;                // bytes of m_kept, without ledgers
   bool m_stopped = false, m_keptSent = false;  // over this connection and stream

@@ -36,8 +36,8 @@ struct Source {
   bool IsUnderWay() const { return way.use_count() > 1; }
   // For a source that traces to another machine: how many traces are known to have arrived there,
   // and the function that stores this number for a successor of this service.
-  std::uint64_t handedOn = 0;
-  std::function<void(std::uint64_t)> noteHandedOn;
+  std::uint64_t forwarded = 0;
+  std::function<void(std::uint64_t)> noteForwarded;
 };
 
 struct SourceDelta {

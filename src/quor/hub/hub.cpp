@@ -127,12 +127,12 @@ void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes 
   if (!m_builder.HasRoom(kTagBytes + record.size(), m_builder.NameBytes(ids))) Seal();
   Open();
   m_builder.Append(source, record, ids, number);
-  if (m_names.IsFull() && !m_toldFull) TellFullNames(source);
+  if (m_names.IsFull() && !m_reportedFull) ReportFullNames(source);
   if (m_builder.IsFull()) Seal();
 }
 
-void Hub::TellFullNames(const std::shared_ptr<Source>& source) {
-  m_toldFull = true;
+void Hub::ReportFullNames(const std::shared_ptr<Source>& source) {
+  m_reportedFull = true;
   m_builder.AppendLoss(source, 0, "All 65,535 names are in use: further ones share one.");
 }
 
@@ -185,5 +185,5 @@ void Hub::Remove(HubStream& stream) {
   Seal();
   m_sealed.clear();
   m_names.Clear();
-  m_toldFull = false;
+  m_reportedFull = false;
 }

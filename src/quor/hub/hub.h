@@ -88,7 +88,7 @@ class Hub {
   void Open() {
     if (m_onOpened && m_builder.IsEmpty()) m_onOpened();
   }
-  void TellFullNames(const std::shared_ptr<Source>& source);
+  void ReportFullNames(const std::shared_ptr<Source>& source);
   std::uint32_t NextNumber();
 
   const std::string m_machine;
@@ -104,7 +104,7 @@ class Hub {
   std::uint64_t m_forgotten = 0;
   std::uint32_t m_number = 1;
   std::uint64_t m_taken = 0;
-  bool m_toldFull = false;
+  bool m_reportedFull = false;
   // The last translation: an application traces mostly from a few points.
   struct {
     std::uint64_t version = 0;

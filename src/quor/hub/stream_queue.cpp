@@ -11,12 +11,12 @@ std::size_t Cost(const Batch& batch) {
          batch.forgotten.size() * sizeof(std::shared_ptr<Source>) + sizeof(Batch);
 }
 
-void PutWord(const Source& source, std::uint64_t began, std::uint64_t delivered, std::uint64_t lost,
-             quor::wire::Ledger::Source* word) {
-  word->set_instance(source.instance.data(), source.instance.size());
-  word->set_serial(began + delivered + lost);
-  word->set_delivered(delivered);
-  word->set_lost(lost);
+void PutLine(const Source& source, std::uint64_t began, std::uint64_t delivered, std::uint64_t lost,
+             quor::wire::Ledger::Source* line) {
+  line->set_instance(source.instance.data(), source.instance.size());
+  line->set_serial(began + delivered + lost);
+  line->set_delivered(delivered);
+  line->set_lost(lost);
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ StreamQueue::Entry& StreamQueue::EntryOf(const std::shared_ptr<Source>& source) 
 quor::wire::Ledger StreamQueue::WholeLedger() const {
   quor::wire::Ledger ledger;
   for (const auto& [key, entry] : m_ledger)
-    PutWord(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
+    PutLine(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
   return ledger;
 }
 
@@ -54,13 +54,13 @@ void StreamQueue::DropOldest() {
   m_traces -= oldest->traces;
   m_gapReason = m_paused ? "the monitor is paused" : m_limits.tooSlow;
   for (const SourceDelta& delta : oldest->sources)
-    m_gap.Add(delta.source, delta.traces + delta.lost);
+    m_losses.Add(delta.source, delta.traces + delta.lost);
   for (const auto& source : oldest->forgotten)
-    m_gap.Forget(source, m_ledger.contains(source.get()));
+    m_losses.Forget(source, m_ledger.contains(source.get()));
 }
 
 SharedBatch StreamQueue::TakeNext() {
-  if (!m_gap.IsEmpty()) return m_gap.Take(m_names, m_limits.oneSourceEach, m_gapReason);
+  if (!m_losses.IsEmpty()) return m_losses.Take(m_names, m_limits.oneSourceEach, m_gapReason);
   SharedBatch batch = std::move(m_batches.front());
   m_batches.pop_front();
   m_bytes -= Cost(*batch);
@@ -84,20 +84,20 @@ bool StreamQueue::Next(Outgoing& out) {
   out.batch = batch;
   out.names = NamesFor(*batch);
   out.records = SharedBytes(batch, &batch->records);
-  PutWords(*batch, out.ledger);
+  PutLines(*batch, out.ledger);
   return true;
 }
 
-void StreamQueue::PutWords(const Batch& batch, quor::wire::Ledger& ledger) {
+void StreamQueue::PutLines(const Batch& batch, quor::wire::Ledger& ledger) {
   ledger.Clear();
   for (const SourceDelta& delta : batch.sources) {
     Entry& entry = EntryOf(delta.source);
     entry.delivered += delta.traces;
     entry.lost += delta.lost;
-    PutWord(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
+    PutLine(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
   }
   for (const auto& source : batch.forgotten) {
-    PutWord(*source, source->serial, 0, 0, ledger.add_forgotten_sources());
+    PutLine(*source, source->serial, 0, 0, ledger.add_forgotten_sources());
     m_ledger.erase(source.get());
   }
 }

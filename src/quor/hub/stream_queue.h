@@ -13,7 +13,7 @@
 #include <unordered_map>
 
 #include "quor/hub/batch.h"
-#include "quor/hub/stream_gap.h"
+#include "quor/hub/stream_losses.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
 
@@ -45,7 +45,7 @@ class StreamQueue {
   void Pause() { m_paused = true; }
   void Resume() { m_paused = false; }
   bool IsPaused() const { return m_paused; }
-  bool IsEmpty() const { return m_batches.empty() && m_gap.IsEmpty(); }
+  bool IsEmpty() const { return m_batches.empty() && m_losses.IsEmpty(); }
   std::size_t WaitingBytes() const { return m_bytes; }
   std::uint64_t WaitingTraces() const { return m_traces; }
   // The other side knows nothing of this stream any more: it starts again, with these batches,
@@ -61,12 +61,12 @@ class StreamQueue {
   void DropOldest();
   Entry& EntryOf(const std::shared_ptr<Source>& source);
   SharedBatch TakeNext();
-  void PutWords(const Batch& batch, quor::wire::Ledger& ledger);
+  void PutLines(const Batch& batch, quor::wire::Ledger& ledger);
 
   HubNames& m_names;
   const StreamLimits m_limits;
   std::deque<SharedBatch> m_batches;
-  StreamGap m_gap;  // dropped before the first batch
+  StreamLosses m_losses;  // dropped before the first batch
   const char* m_gapReason = "";
   std::size_t m_bytes = 0;
   std::uint64_t m_traces = 0;

@@ -15,7 +15,7 @@
 //            Report ------------------> a message that the service is to trace for the application
 //
 //          The application does not wait at its socket, because the number of the socket may become
-//          that of another file at any time. So the service rings the segment's bell after each
+//          that of another file at any time. So the service signals the wake event after each
 //          message.
 //          The service takes traces out of the ring while the last Hello or Taker names it, until
 //          it sends a Sink of type File. Before it sends that, it publishes what it took.

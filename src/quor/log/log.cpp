@@ -20,7 +20,7 @@ LogLevel g_level = LogLevel::Info;
 std::string g_file;  // where standard error goes; empty: not our file
 std::uint64_t g_unwritten = 0;
 
-constexpr std::array<std::pair<const char*, LogLevel>, 4> kWords = {{
+constexpr std::array<std::pair<const char*, LogLevel>, 4> kLevelNames = {{
     {"error", LogLevel::Error},
     {"warning", LogLevel::Warning},
     {"info", LogLevel::Info},
@@ -46,8 +46,8 @@ std::string Head(LogLevel level) {
   char text[40];
   const std::size_t length = strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ quord ", &utc);
   std::string head(text, length);
-  for (const auto& [word, known] : kWords)
-    if (known == level) head += std::string(word) + ": ";
+  for (const auto& [name, known] : kLevelNames)
+    if (known == level) head += std::string(name) + ": ";
   return head;
 }
 
@@ -92,9 +92,9 @@ bool LogToFile(const std::string& path) {
   return true;
 }
 
-std::optional<LogLevel> LogLevelOf(const std::string& word) {
-  for (const auto& [known, level] : kWords)
-    if (word == known) return level;
+std::optional<LogLevel> LogLevelOf(const std::string& name) {
+  for (const auto& [known, level] : kLevelNames)
+    if (name == known) return level;
   return std::nullopt;
 }
 

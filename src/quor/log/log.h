@@ -12,7 +12,7 @@
 enum class LogLevel { Error = 3, Warning = 4, Info = 6, Debug = 7 };
 
 // "error", "warning", "info", "debug"; none for other words.
-std::optional<LogLevel> LogLevelOf(const std::string& word);
+std::optional<LogLevel> LogLevelOf(const std::string& name);
 void SetLogLevel(LogLevel level);
 // Standard error goes to this file from now on. When the file has become large, at a start or
 // later, it is renamed to path.1 and a new one is begun. False when it cannot be opened.

@@ -71,7 +71,7 @@ class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
     if (!m_done) return;
     asio::async_connect(m_socket->lowest_layer(), found,
                         [self = shared_from_this()](const std::error_code& error, const auto&) {
-                          error ? self->Fail(Words(error)) : self->ShakeHands();
+                          error ? self->Fail(ErrorText(error)) : self->ShakeHands();
                         });
   }
   void ShakeHands() {
@@ -99,7 +99,7 @@ class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
     const Connected done = std::exchange(m_done, nullptr);
     done(nullptr, m_address + ": " + reason);
   }
-  static std::string Words(const std::error_code& error) {
+  static std::string ErrorText(const std::error_code& error) {
     const bool refused = error == asio::error::connection_refused;
     return error.message() + (refused ? "; start quord there with --listen" : "");
   }

@@ -9,7 +9,7 @@ namespace {
 
 // A TLS peer may close its socket without a close message, as a process that ends does. That is a
 // normal end: the length of a frame shows whether it was cut.
-std::string Words(const std::error_code& error) {
+std::string ErrorText(const std::error_code& error) {
   if (error == asio::error::eof || error == asio::ssl::error::stream_truncated)
     return "the peer has ended it";
   const bool tls = error.category() == asio::error::get_ssl_category();
@@ -98,8 +98,8 @@ void Connection::Read() {
 
 void Connection::OnRead(const std::error_code& error, std::size_t bytes) {
   if (m_ended) return;
-  if (error) return Fail(Words(error));
-  m_lastRead = m_lived.Now();
+  if (error) return Fail(ErrorText(error));
+  m_lastRead = m_runningTime.Now();
   if (m_ending) return Read();  // into the same room: these bytes are ignored
   m_reader.Filled(bytes);
   while (m_handler) {
@@ -120,7 +120,7 @@ void Connection::Write() {
     m_writing.push_back(std::move(m_queue.front()));
     m_queue.pop_front();
   }
-  m_writeBegan = m_lived.Now();
+  m_writeBegan = m_runningTime.Now();
   m_stream->WriteAll(buffers, [self = shared_from_this()](const std::error_code& error,
                                                           std::size_t) { self->OnWrote(error); });
 }
@@ -143,7 +143,7 @@ void Connection::StartTick() {
   const auto shortest =
       std::min({m_limits.heartbeat, m_limits.writeDeadline, m_limits.silenceDeadline});
   const std::chrono::milliseconds tick = std::max(shortest / 4, std::chrono::milliseconds(5));
-  m_lived.Tick(2 * tick);
+  m_runningTime.Tick(2 * tick);
   m_timer.expires_after(tick);
   // Weak: a timer must not keep a connection whose operations have all ended.
   m_timer.async_wait([weak = weak_from_this()](const std::error_code& error) {
@@ -153,7 +153,7 @@ void Connection::StartTick() {
 
 void Connection::OnTick() {
   if (m_ended) return;
-  const Clock::duration now = m_lived.Now();
+  const Clock::duration now = m_runningTime.Now();
   if (m_ending && now > m_endBy) return Close();
   if (!m_writing.empty() && now - m_writeBegan > m_limits.writeDeadline)
     return Fail("the peer has read nothing for " + Seconds(m_limits.writeDeadline));
@@ -185,6 +185,6 @@ void Connection::CloseAfterWriting() {
   if (m_ended || m_ending) return;
   m_ending = true;
   m_handler = nullptr;
-  m_endBy = m_lived.Now() + kEndPatience;
+  m_endBy = m_runningTime.Now() + kEndPatience;
   if (m_writing.empty()) m_stream->EndSending();
 }

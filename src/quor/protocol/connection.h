@@ -18,7 +18,7 @@
 
 #include "quor/protocol/byte_stream.h"
 #include "quor/protocol/frames.h"
-#include "quor/protocol/lived_time.h"
+#include "quor/protocol/running_time.h"
 
 namespace google::protobuf {
 class MessageLite;
@@ -70,7 +70,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   void CloseAfterWriting();
 
  private:
-  using Clock = LivedTime::Clock;
+  using Clock = RunningTime::Clock;
   Connection(std::shared_ptr<ByteStream> stream, Handler& handler, const ConnectionLimits& limits);
 
   bool Queue(std::initializer_list<SharedBytes> parts);  // null: none
@@ -91,7 +91,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   std::size_t m_queuedBytes = 0;
   bool m_ending = false, m_ended = false;
   asio::steady_timer m_timer;
-  LivedTime m_lived;
+  RunningTime m_runningTime;
   Clock::duration m_lastRead{0}, m_writeBegan{0}, m_endBy{0};  // in lived time
   Clock::time_point m_lastWrite;  // in the steady clock, because the peer waits for a sign of life
 };

@@ -224,7 +224,7 @@ bool InitKeys(const std::string& folder, const ServerNames& names, std::string* 
 bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::Role role,
                const std::string& to, std::string* why, int days, const ServerNames& server) {
   if (name.empty() || name.size() > 64) return FailWith(why, "a name has 1 to 64 bytes");
-  if (RoleWord(role).empty()) return FailWith(why, "there is no such role");
+  if (RoleName(role).empty()) return FailWith(why, "there is no such role");
   if (!AreNames(server)) return FailWith(why, "a name or address of the server cannot be used");
   const bool serves = !server.hosts.empty() || !server.addresses.empty();
   const Identity authority = ReadAuthority(folder, why);
@@ -232,7 +232,7 @@ bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::R
   for (const char* file : {"/ca.crt", "/client.crt", "/client.key", "/server.crt", "/server.key"})
     if (Exists(to + file)) return FailWith(why, to + file + " exists already");
   const Identity made =
-      MakeLeaf(authority, {name, RoleWord(role)}, days, LeafExtensions("clientAuth"));
+      MakeLeaf(authority, {name, RoleName(role)}, days, LeafExtensions("clientAuth"));
   const Identity serving = serves ? MakeServer(authority, name, server, days) : Identity();
   if (!made.certificate || (serves && !serving.certificate))
     return FailWith(why, "no certificate can be made for " + name);

@@ -124,7 +124,7 @@ bool RoleAllows(Role held, Role needed) {
          (held == quor::wire::ROLE_CONFIGURE && needed == quor::wire::ROLE_MONITOR);
 }
 
-std::string RoleWord(Role role) {
+std::string RoleName(Role role) {
   switch (role) {
     case quor::wire::ROLE_MONITOR:
       return "monitor";
@@ -137,9 +137,9 @@ std::string RoleWord(Role role) {
   }
 }
 
-std::optional<Role> RoleOf(const std::string& word) {
+std::optional<Role> RoleOf(const std::string& name) {
   for (const Role role :
        {quor::wire::ROLE_MONITOR, quor::wire::ROLE_CONFIGURE, quor::wire::ROLE_FORWARD})
-    if (RoleWord(role) == word) return role;
+    if (RoleName(role) == name) return role;
   return std::nullopt;
 }

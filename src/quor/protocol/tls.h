@@ -38,5 +38,5 @@ TlsPeer PeerOf(SSL* tls);
 // May a peer with the role `held` do what needs `needed`? The role configure includes monitor.
 bool RoleAllows(quor::wire::Role held, quor::wire::Role needed);
 // "monitor", "configure", "forward"; "" for others.
-std::string RoleWord(quor::wire::Role role);
-std::optional<quor::wire::Role> RoleOf(const std::string& word);
+std::string RoleName(quor::wire::Role role);
+std::optional<quor::wire::Role> RoleOf(const std::string& name);

@@ -26,7 +26,7 @@ void RingConsumer::Resume() {
   m_units = ring_mark::Units(mark);
   m_traces = ring_mark::Widen(m_header->consumedTraces.load(std::memory_order_relaxed),
                               ring_mark::Count(mark));
-  m_drops = m_header->toldDrops.load(std::memory_order_relaxed);
+  m_drops = m_header->reportedDrops.load(std::memory_order_relaxed);
 }
 
 RingStep RingConsumer::Next(RingItem& item) {
@@ -52,7 +52,7 @@ RingStep RingConsumer::Next(RingItem& item) {
     if (taken == Look::Trace) return RingStep::Item;
     ++item.damagedBefore;
   }
-  return TellsLosses(item) ? RingStep::Item : RingStep::Empty;
+  return ReportsLosses(item) ? RingStep::Item : RingStep::Empty;
 }
 
 RingStep RingConsumer::NextOfDead(RingItem& item) {
@@ -74,18 +74,18 @@ std::uint64_t RingConsumer::Uncommitted() const {
   return (ring_mark::Count(mark) - m_traces) & ring_mark::kCountMask;
 }
 
-std::uint64_t RingConsumer::UntoldDrops() const {
+std::uint64_t RingConsumer::UnreportedDrops() const {
   const std::uint64_t dropped = m_header->dropped.load(std::memory_order_relaxed);
   return dropped - std::min(dropped, m_drops);
 }
 
-void RingConsumer::PassRest() {
+void RingConsumer::MarkDropsReported() {
   m_traces += Uncommitted();
-  m_drops += UntoldDrops();
+  m_drops += UnreportedDrops();
 }
 
 void RingConsumer::Publish() {
-  m_header->toldDrops.store(m_drops, std::memory_order_relaxed);
+  m_header->reportedDrops.store(m_drops, std::memory_order_relaxed);
   m_header->consumedTraces.store(m_traces, std::memory_order_relaxed);
   m_header->consumed.store(ring_mark::Make(m_units, m_traces), std::memory_order_release);
 }
@@ -157,7 +157,7 @@ RingStep RingConsumer::Break() {
   return RingStep::Broken;
 }
 
-bool RingConsumer::TellsLosses(RingItem& item) {
+bool RingConsumer::ReportsLosses(RingItem& item) {
   if (m_header->pendingDrops.load(std::memory_order_relaxed) != 0) {
     const std::uint64_t drops = m_header->pendingDrops.exchange(0, std::memory_order_relaxed);
     item.dropsBefore += drops;

@@ -40,14 +40,14 @@ class RingConsumer {
   std::uint64_t Uncommitted() const;
   // For a dead application, at the end: drops that no item reported, because the application died
   // while it counted them, or a taker died while it reported them.
-  std::uint64_t UntoldDrops() const;
+  std::uint64_t UnreportedDrops() const;
   // Marks these as reported: the next taker finds none.
-  void PassRest();
+  void MarkDropsReported();
   // Gives the space of all items so far back to the producers. Call it once per batch. Until then
   // the next taker would get these items again.
   void Publish();
 
-  // Call it before you sleep until a producer rings the bell. Ready: do not sleep, a trace has
+  // Call it before you sleep until a producer calls you. Ready: do not sleep, a trace has
   // come. Soon: sleep at most kRecheckMs and ask again. Asleep: sleep as long as you like. (A
   // producer reads the sleeping flag without a fence, because a fence would cost more than the rest
   // of the trace. So it may miss a flag that is set while it commits; the second look finds that
@@ -68,7 +68,7 @@ class RingConsumer {
   Look TakeAt(std::uint32_t size, RingItem& item);
   bool SkipToCommitted(std::uint64_t left);
   RingStep Break();
-  bool TellsLosses(RingItem& item);
+  bool ReportsLosses(RingItem& item);
   RingRecord* At(std::uint64_t units) const;
 
   SegmentHeader* m_header;

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "quor/ring/bell.h"
+#include "quor/ring/wake_event.h"
 
 RingProducer::RingProducer(const SegmentMap& segment)
     : m_header(segment.Header()),
@@ -43,5 +43,5 @@ std::uint32_t RingProducer::TakeSomeDrops() noexcept {
 void RingProducer::Wake() noexcept {
   if (m_header->consumerWaits.exchange(0, std::memory_order_relaxed) == 0) return;
   m_header->consumerCalled.store(1, std::memory_order_relaxed);
-  Ring(m_header->bell);
+  Signal(m_header->wakeEvent);
 }

@@ -51,7 +51,7 @@ static_assert(sizeof(SegmentPoint) == 8);
 // Who takes the traces out of the ring.
 enum class RingTaker : std::uint8_t { Application = 0, Service = 1 };
 
-constexpr std::size_t kHandedToBytes = 264;  // a host's name, a port, and a NUL
+constexpr std::size_t kForwardTargetBytes = 264;  // a host's name, a port, and a NUL
 
 // Who may take traces when no link orders it: see ring_claim.h.
 enum class RingClaim : std::uint32_t { None = 0, Application = 1, Service = 2 };
@@ -75,30 +75,30 @@ struct SegmentHeader {
   std::atomic<std::uint64_t> consumedSeen;          // the producers' copy of `consumed`
   alignas(64) std::atomic<std::uint64_t> consumed;  // mark after everything ever consumed
   std::atomic<std::uint64_t> consumedTraces;        // the same count, 64 bits wide
-  std::atomic<std::uint64_t> toldDrops;             // of `dropped`, reported as of that moment
+  std::atomic<std::uint64_t> reportedDrops;         // of `dropped`, reported as of that moment
   alignas(64) std::atomic<std::uint64_t> dropped;   // traces ever dropped
   std::atomic<std::uint64_t> pendingDrops;
   std::atomic<std::uint64_t> sinkLost;       // taken by the application's file sink, not written
-  std::atomic<std::uint32_t> consumerWaits;  // not 0: ring the bell after a commit
-  // Rung for the application's link thread: by its other threads, and by the service after it has
-  // sent something over the link or when the link is to be made again.
-  alignas(64) std::atomic<std::uint32_t> bell;
-  std::atomic<std::uint32_t> consumerCalled;  // the bell rang because the consumer waits
+  std::atomic<std::uint32_t> consumerWaits;  // not 0: signal after a commit
+  // Signalled for the application's link thread: by its other threads, and by the service after it
+  // has sent something over the link or when the link is to be made again.
+  alignas(64) std::atomic<std::uint32_t> wakeEvent;
+  std::atomic<std::uint32_t> consumerCalled;  // it was signalled because the consumer waits
   // How many traces the service took or knows as lost. It is kept here to survive the service.
   std::atomic<std::uint64_t> served;
   // How many of these went to another machine's monitors before, and how often that has changed.
   std::atomic<std::uint64_t> servedElsewhere;
   std::atomic<std::uint32_t> moves;
   std::atomic<std::uint64_t>
-      sinkUntold;  // losses of the file sink that `served` does not count yet
+      sinkUnreported;  // losses of the file sink that `served` does not count yet
   // Not None: the service has taken all traces, for its own monitors or for another machine's. The
   // file is kept for a while, cut to its first page. If the service is killed before its monitors
   // have everything, its successor finds the count here.
   std::atomic<SegmentEnd> finished;
   // The machine whose monitors get the traces, NUL-terminated; empty: those of this service.
-  // `handedOn` of the `served` traces have arrived there, or went to another machine before.
-  char handedTo[kHandedToBytes];
-  std::atomic<std::uint64_t> handedOn;
+  // `forwarded` of the `served` traces have arrived there, or went to another machine before.
+  char forwardTarget[kForwardTargetBytes];
+  std::atomic<std::uint64_t> forwarded;
   std::atomic<RingClaim> claim;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);

@@ -85,7 +85,7 @@ bool HasMark(const SegmentHeader& header) {
 
 }  // namespace
 
-bool ReadRest(int file, SegmentRest* rest) {
+bool ReadFinishedSegment(int file, FinishedSegment* rest) {
   HeaderBytes bytes;
   const SegmentHeader* const header = HeaderIn(file, bytes);
   if (!header || !HasMark(*header) || header->version != kSegmentVersion ||
@@ -97,8 +97,8 @@ bool ReadRest(int file, SegmentRest* rest) {
            header->served,
            header->servedElsewhere,
            header->finished,
-           std::string(header->handedTo, strnlen(header->handedTo, kHandedToBytes)),
-           header->handedOn};
+           std::string(header->forwardTarget, strnlen(header->forwardTarget, kForwardTargetBytes)),
+           header->forwarded};
   return true;
 }
 
@@ -134,7 +134,7 @@ bool SegmentMap::Create(const SegmentSizes& sizes, std::uint64_t startedNs, std:
   int descriptor = file;
   if (descriptor < 0 && SizesAreSane(layout)) descriptor = memfd_create("quor", MFD_CLOEXEC);
   if (descriptor < 0) return false;
-  m_descriptor = KnownDescriptor(descriptor);
+  m_descriptor = CheckedDescriptor(descriptor);
   const int number = m_descriptor.Get();
   // The mapping keeps the lock after the descriptor is closed.
   if (!SizesAreSane(layout) || number < 0 || !MayGrowTo(bytes) ||
@@ -187,7 +187,7 @@ const char* SegmentMap::WhyNotOpen(int descriptor) {
   const bool isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
   // Reading from any other file system could block.
   const bool inMemory = isFile && fstatfs(descriptor, &system) == 0 && system.f_type == TMPFS_MAGIC;
-  m_descriptor = KnownDescriptor(inMemory ? open(path, O_RDWR | O_CLOEXEC) : -1);
+  m_descriptor = CheckedDescriptor(inMemory ? open(path, O_RDWR | O_CLOEXEC) : -1);
   close(descriptor);
   const auto bytes = static_cast<std::uint64_t>(status.st_size);
   if (!inMemory) return "the segment does not lie in memory";

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "quor/ring/backed_memory.h"
-#include "quor/ring/known_descriptor.h"
+#include "quor/ring/checked_descriptor.h"
 #include "quor/ring/segment.h"
 
 struct SegmentSizes {
@@ -30,15 +30,15 @@ struct SegmentLayout {
 };
 
 // What remains of a segment after a service has taken all its traces.
-struct SegmentRest {
+struct FinishedSegment {
   std::uint32_t pid = 0, moves = 0;
   std::uint64_t startedNs = 0, served = 0, servedElsewhere = 0;
   SegmentEnd end = SegmentEnd::None;
-  std::string handedTo;
-  std::uint64_t handedOn = 0;
+  std::string forwardTarget;
+  std::uint64_t forwarded = 0;
 };
 // False: the file is not such a rest.
-bool ReadRest(int file, SegmentRest* rest);
+bool ReadFinishedSegment(int file, FinishedSegment* rest);
 // For a segment's file that was opened by name: true if no owner lives any more.
 bool IsUnowned(int file);
 
@@ -98,7 +98,7 @@ class SegmentMap {
   void Close();
   std::uint8_t* Base() const;
 
-  KnownDescriptor m_descriptor;
+  CheckedDescriptor m_descriptor;
   std::uint64_t m_bytes = 0;
   SegmentHeader* m_header = nullptr;
   SegmentLayout m_layout;

@@ -41,10 +41,10 @@ std::uint32_t SegmentPointsReader::Settings(std::uint32_t point) const {
   return m_segment.Points()[point].settings.load(std::memory_order_relaxed);
 }
 
-void SegmentPointsReader::SetSettings(std::uint32_t point, std::uint32_t word) {
-  m_segment.Points()[point].settings.store(word, std::memory_order_relaxed);
+void SegmentPointsReader::SetSettings(std::uint32_t point, std::uint32_t settings) {
+  m_segment.Points()[point].settings.store(settings, std::memory_order_relaxed);
 }
 
-void SegmentPointsReader::SetDefault(std::uint32_t word) {
-  m_segment.Header()->defaultSettings.store(word, std::memory_order_relaxed);
+void SegmentPointsReader::SetDefault(std::uint32_t settings) {
+  m_segment.Header()->defaultSettings.store(settings, std::memory_order_relaxed);
 }

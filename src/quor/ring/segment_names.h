@@ -51,9 +51,9 @@ class SegmentPointsReader {
   // REQUIRES: point < Count().
   std::uint32_t Settings(std::uint32_t point) const;
   // The application looks at what has changed when a Poke tells it to.
-  void SetSettings(std::uint32_t point, std::uint32_t word);
+  void SetSettings(std::uint32_t point, std::uint32_t settings);
   // The settings of points that are registered from now on.
-  void SetDefault(std::uint32_t word);
+  void SetDefault(std::uint32_t settings);
 
  private:
   const SegmentMap& m_segment;

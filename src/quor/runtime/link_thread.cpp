@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "quor/link/link_socket.h"
-#include "quor/ring/bell.h"
+#include "quor/ring/wake_event.h"
 #include "quor/runtime/runtime.h"
 
 namespace {
@@ -80,17 +80,17 @@ void LinkThread::StartThread() {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-void LinkThread::TellPoints() {
+void LinkThread::ReportPoints() {
   if (!m_pointsChanged.exchange(true)) Wake();
 }
 
-void LinkThread::TellName() {
+void LinkThread::ReportName() {
   m_nameChanged.store(true);
   Wake();
 }
 
 void LinkThread::Wake() {
-  if (Runtime::Get().HasRing()) Ring(Runtime::Get().Segment().Header()->bell);
+  if (Runtime::Get().HasRing()) Signal(Runtime::Get().Segment().Header()->wakeEvent);
 }
 
 void* LinkThread::Enter(void* self) {
@@ -109,18 +109,18 @@ void* LinkThread::Enter(void* self) {
 void LinkThread::Run() {
   Session session;
   for (;;) {
-    const std::uint32_t heard = Runtime::Get().Segment().Header()->bell.load();
+    const std::uint32_t seen = Runtime::Get().Segment().Header()->wakeEvent.load();
     if (m_nameChanged.exchange(false)) Disconnect(session);
     if (!m_linked.load() && NowMs() >= session.nextTryMs) Connect(session);
     if (m_linked.load()) Receive(session);
-    SayWhatIsNew(session);
+    ReportChanges(session);
     session.sinkWaitMs = m_sink.Serve();
     Report(session);
-    Wait(session, heard);
+    Wait(session, seen);
   }
 }
 
-void LinkThread::Wait(Session& session, std::uint32_t heard) {
+void LinkThread::Wait(Session& session, std::uint32_t seen) {
   const std::uint64_t now = NowMs();
   const auto until = [now](std::uint64_t due) {
     return due <= now ? 0 : static_cast<int>(std::min<std::uint64_t>(due - now, 60'000));
@@ -130,9 +130,9 @@ void LinkThread::Wait(Session& session, std::uint32_t heard) {
   if (!m_linked.load()) atMost(until(session.nextTryMs));
   if (m_linked.load() && m_pointsChanged.load()) atMost(until(session.pointsDueMs));
   if (session.sinkWaitMs >= 0) atMost(session.sinkWaitMs);
-  // A killed service rings no bell, and the next one may have another folder and not find us.
+  // A killed service signals nothing, and the next one may have another folder and not find us.
   if (m_linked.load()) atMost(kLookMs);
-  AwaitBell(Runtime::Get().Segment().Header()->bell, heard, timeout);
+  AwaitWake(Runtime::Get().Segment().Header()->wakeEvent, seen, timeout);
 }
 
 int LinkThread::Dial() const {
@@ -141,7 +141,7 @@ int LinkThread::Dial() const {
 }
 
 void LinkThread::Connect(Session& session) {
-  m_socket = KnownDescriptor(Dial());
+  m_socket = CheckedDescriptor(Dial());
   if (!m_socket.IsOpen()) {
     NoService(session);
     return;
@@ -228,7 +228,7 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
       return true;
     case LinkType::Sink:
       m_sink.Set(frame.sink);
-      return Say(EncodeTaker(m_sink.Taker()));
+      return Send(EncodeTaker(m_sink.Taker()));
     case LinkType::Refused:
       session.pauseMs = kPauseMaxMs;
       return false;
@@ -237,7 +237,7 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
   }
 }
 
-bool LinkThread::Say(const std::vector<std::uint8_t>& frame) {
+bool LinkThread::Send(const std::vector<std::uint8_t>& frame) {
   return SendOnLink(m_socket.Get(), frame);
 }
 
@@ -246,23 +246,23 @@ void LinkThread::Report(Session& session) {
   // A report that cannot be sent now is sent to the next service.
   LinkReport& report = session.report;
   while (m_linked.load() && (!report.text.empty() || m_sink.TakeReport(&report, now)))
-    if (Say(EncodeReport(report)))
+    if (Send(EncodeReport(report)))
       report = LinkReport();
     else
       Disconnect(session);
   if (now) m_reportNow.store(false);
 }
 
-void LinkThread::SayWhatIsNew(Session& session) {
+void LinkThread::ReportChanges(Session& session) {
   if (!m_linked.load()) return;
   SegmentHeader* const header = Runtime::Get().Segment().Header();
   if (m_sink.Taker() == RingTaker::Service && header->consumerCalled.exchange(0) != 0 &&
-      !Say(EncodeCall()))
+      !Send(EncodeCall()))
     return Disconnect(session);
   if (!m_pointsChanged.load() || NowMs() < session.pointsDueMs) return;
   m_pointsChanged.store(false);
   session.pointsDueMs = NowMs() + kPointsPauseMs;
-  if (!Say(EncodePoints())) Disconnect(session);
+  if (!Send(EncodePoints())) Disconnect(session);
 }
 
 bool LinkThread::WaitUntilTaken(unsigned milliseconds) {

@@ -3,10 +3,11 @@
 //
 // Shape    Named "quor", with every signal blocked, started together with the segment. While no
 //          service answers it tries again with a growing pause. It offers the same segment each
-//          time, so that nothing in the ring is lost. It sleeps until its segment's bell rings,
-//          never at a descriptor, because the application may close them all. So it checks once a
-//          second whether the service has ended. The thread that starts it reads the environment
-//          for it. If the system refuses the thread, later calls of the application start it.
+//          time, so that nothing in the ring is lost. It sleeps until its segment's event is
+//          signalled, never at a descriptor, because the application may close them all. So it
+//          checks once a second whether the service has ended. The thread that starts it reads the
+//          environment for it. If the system refuses the thread, later calls of the application
+//          start it.
 // Owner    Lives until the process ends.
 // Threads  Every function here may be called from any thread.
 #pragma once
@@ -15,7 +16,7 @@
 
 #include "quor/link/link.h"
 #include "quor/link/paths.h"
-#include "quor/ring/known_descriptor.h"
+#include "quor/ring/checked_descriptor.h"
 #include "quor/runtime/sink_keeper.h"
 
 class LinkThread {
@@ -26,8 +27,8 @@ class LinkThread {
   // Starts the thread if the system has refused it, at most every 50 ms. Not in a signal handler,
   // because that allocates.
   void StartIfRefused();
-  void TellPoints();  // points were registered
-  void TellName();    // the application has another name: sends a new hello
+  void ReportPoints();  // points were registered
+  void ReportName();    // the application has another name: sends a new hello
   void PushSink() { m_sink.Push(); }
   // Waits until everything traced before the call was taken, and written if the sink is a file.
   bool WaitUntilTaken(unsigned milliseconds);
@@ -46,22 +47,22 @@ class LinkThread {
   void StartThread();
   static void* Enter(void* self);
   void Run();
-  void Wait(Session& session, std::uint32_t heard);
+  void Wait(Session& session, std::uint32_t seen);
   void Connect(Session& session);
   int Dial() const;
   void NoService(Session& session);
   void Disconnect(Session& session);
   void Receive(Session& session);
   bool Handle(Session& session, const LinkFrame& frame);
-  bool Say(const std::vector<std::uint8_t>& frame);
+  bool Send(const std::vector<std::uint8_t>& frame);
   void Report(Session& session);
-  void SayWhatIsNew(Session& session);
+  void ReportChanges(Session& session);
   void Wake();
 
   std::atomic<State> m_state{State::Off};
   std::atomic<bool> m_linked{false};
   std::atomic<bool> m_pointsChanged{false}, m_nameChanged{false}, m_reportNow{false};
-  KnownDescriptor m_socket;                 // used by the thread, and by a fork's child
+  CheckedDescriptor m_socket;               // used by the thread, and by a fork's child
   std::atomic<std::uint64_t> m_againMs{0};  // when a refused thread is tried again
   ServiceEnvironment m_environment;
   SinkKeeper m_sink;

@@ -200,8 +200,8 @@ void Runtime::NameApplication(const char* name) {
     m_segment.Header()->appName = app;
   }
   // A name that comes after the first trace is sent with a new hello.
-  if (renamed) LinkThread::Get().TellName();
-  LinkThread::Get().TellPoints();
+  if (renamed) LinkThread::Get().ReportName();
+  LinkThread::Get().ReportPoints();
 }
 
 // Counts first, then checks for a ring. The start of a ring does the two in the other order, so
@@ -216,7 +216,7 @@ void Runtime::HandOverLost() {
   if (lost != 0) m_hot.ring.CountDrops(lost);
 }
 
-void Runtime::TellLost() {
+void Runtime::ReportLost() {
   if (HasRing() || m_lostOutside.load() == 0) return;
   m_nextTryMs.store(0, std::memory_order_relaxed);
   Start();
@@ -266,7 +266,7 @@ bool Runtime::Register(quor_point* point) {
     RegisterDeclared();
     RegisterLocked(point);
   }
-  LinkThread::Get().TellPoints();
+  LinkThread::Get().ReportPoints();
   return true;
 }
 

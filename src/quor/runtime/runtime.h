@@ -52,7 +52,7 @@ class Runtime {
   // Counts a trace that did not even reach a ring. The first ring will report the count.
   void CountLost();
   // At the end of the process: tries once more to get a ring that reports the count.
-  void TellLost();
+  void ReportLost();
   void Count(quor_counts* counts);
 
   const SegmentMap& Segment() const { return m_segment; }

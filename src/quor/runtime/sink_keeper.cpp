@@ -37,7 +37,7 @@ int AfterDrain(FileSink& sink, std::size_t taken) {
   }
 }
 
-LinkReport InWords(const std::string& path, const FileSink::Report& report) {
+LinkReport AsReport(const std::string& path, const FileSink::Report& report) {
   const std::string why = report.error != 0 ? SystemReason(report.error) : "cannot be written";
   return {report.lost, path + ": " + why};
 }
@@ -75,7 +75,7 @@ void SinkKeeper::Set(const LinkSink& sink) {
   }
   if (!old) return;
   FileSink::Report said;
-  if (old->TakeReport(&said, true)) m_left = InWords(old->Path(), said);
+  if (old->TakeReport(&said, true)) m_left = AsReport(old->Path(), said);
   delete old;
 }
 
@@ -108,7 +108,7 @@ bool SinkKeeper::TakeReport(LinkReport* report, bool last) {
     if (!guard || !sink->TakeReport(&said, last)) return false;
     path = &sink->Path();
   }
-  *report = InWords(*path, said);
+  *report = AsReport(*path, said);
   return true;
 }
 

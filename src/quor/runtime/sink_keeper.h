@@ -21,7 +21,7 @@ class SinkKeeper {
   // ring.
   void Set(const LinkSink& sink);
   // Writes new traces. Returns the milliseconds after which it must be called again, unless the
-  // segment's bell rings earlier; -1: there is no sink.
+  // segment's event is signalled earlier; -1: there is no sink.
   int Serve();
   // At most once a second, or with `last` any report that there is.
   bool TakeReport(LinkReport* report, bool last = false);

@@ -192,7 +192,7 @@ inline void Trace(quor_point* point, unsigned attributes, const char* file, unsi
 
 __attribute__((destructor)) void AtExit() {
   Runtime& runtime = Runtime::Get();
-  runtime.TellLost();
+  runtime.ReportLost();
   if (runtime.HasRing()) LinkThread::Get().AtExit();
 }
 

@@ -65,7 +65,7 @@ void ClientSession::End(const std::string& why) {
 void ClientSession::OnClosed(const std::string& reason) {
   const auto self = shared_from_this();
   Log(IsGreeted() ? LogLevel::Info : LogLevel::Warning,
-      m_peer.words + " has disconnected: " + reason);
+      m_peer.label + " has disconnected: " + reason);
   m_monitor.reset();
   if (m_forwarded && m_forwarded->Turn() == m_forwardedTurn) m_forwarded->Break();
   CloseHandles();
@@ -100,9 +100,9 @@ void ClientSession::Greet(const Frame& frame) {
     return Refuse(ERROR_VERSION, "version " + std::to_string(hello.version()) +
                                      " of the protocol is not known here, only " +
                                      std::to_string(kProtocolVersion));
-  if (RoleWord(hello.role()).empty()) return Refuse(ERROR_BAD_REQUEST, "a role must be asked for");
+  if (RoleName(hello.role()).empty()) return Refuse(ERROR_BAD_REQUEST, "a role must be asked for");
   if (!m_peer.local && !RoleAllows(m_peer.held, hello.role()))
-    return Refuse(ERROR_ACCESS, "the certificate does not allow to " + RoleWord(hello.role()));
+    return Refuse(ERROR_ACCESS, "the certificate does not allow to " + RoleName(hello.role()));
   m_role = hello.role();
   m_connection->LimitFrames(kRequestBytesMax);
   Welcome welcome;
@@ -111,7 +111,7 @@ void ClientSession::Greet(const Frame& frame) {
   welcome.set_instance(m_context.instance);
   for (const std::string& trouble : m_context.troubles) welcome.add_troubles(trouble);
   m_connection->Send(FrameType::Welcome, welcome);
-  Log(LogLevel::Info, m_peer.words + " has connected to " + RoleWord(m_role));
+  Log(LogLevel::Info, m_peer.label + " has connected to " + RoleName(m_role));
 }
 
 void ClientSession::Refuse(ErrorCode code, const std::string& text) {
@@ -141,7 +141,7 @@ void ClientSession::Answer(const Request& request) {
     return End("it asks and does not read the answers");
   if (!request.has_subscribe() || response.error() != ERROR_NONE) return;
   m_monitor->Start();
-  m_context.apps.LetGo();
+  m_context.apps.ReleaseHeld();
 }
 
 bool ClientSession::Serve(const Request& request, Response* response) {
@@ -280,7 +280,7 @@ void ClientSession::TakeForwarded(const Frame& frame) {
   Taken taken;
   taken.set_frames(m_forwarded->Taken());
   if (!m_connection->Send(FrameType::Taken, taken)) return End("it does not read what was taken");
-  if (!m_forwarded->IsWornOut()) return;
+  if (!m_forwarded->IsExhausted()) return;
   m_context.inlet.Forget(Forwarder(), m_forwardedId);
   // Send the confirmation of what was taken before the end.
   m_connection->CloseAfterWriting();

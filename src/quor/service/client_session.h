@@ -33,7 +33,7 @@ struct SessionPeer {
   std::uint32_t pid = 0;                          // of a local client
   quor::wire::Role held = quor::wire::ROLE_NONE;  // by its certificate; a local client has all
   std::string name;                               // in its certificate
-  std::string words;                              // its name in the log
+  std::string label;                              // its name in the log
 };
 
 class ClientSession final : public Connection::Handler,
@@ -69,7 +69,7 @@ class ClientSession final : public Connection::Handler,
   bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeApps(const quor::wire::Request& request, quor::wire::Response* response);
   // Its name for the inlet of forwarded streams; a local client is identified by its process.
-  std::string Forwarder() const { return m_peer.local ? m_peer.words : m_peer.name; }
+  std::string Forwarder() const { return m_peer.local ? m_peer.label : m_peer.name; }
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
   void ListApps(quor::wire::Response* response);
   bool OpenApp(const std::string& name, quor::wire::Response* response);

@@ -14,7 +14,7 @@
 #include <functional>
 
 #include "quor/protocol/byte_stream.h"
-#include "quor/service/local_door.h"
+#include "quor/service/local_listener.h"
 #include "quor/traced/running_app.h"
 
 class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {

@@ -52,12 +52,12 @@ void RaiseDescriptorLimit() {
 Service::Service(ServiceOptions options)
     : m_options(std::move(options)),
       m_machine(LocalHostName()),
-      m_tlsDoor(m_io, kGreetingDeadline,
-                [this](std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
-                       const std::string& address) {
-                  AddSession(MakeStream(std::move(socket)),
-                             {false, 0, peer.role, peer.name, peer.name + " at " + address});
-                }) {}
+      m_tlsListener(m_io, kGreetingDeadline,
+                    [this](std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
+                           const std::string& address) {
+                      AddSession(MakeStream(std::move(socket)),
+                                 {false, 0, peer.role, peer.name, peer.name + " at " + address});
+                    }) {}
 
 Service::~Service() {
   // Otherwise sessions and instances would refer to members that are destroyed before them.
@@ -68,10 +68,11 @@ Service::~Service() {
 bool Service::Open(std::string* why) {
   RaiseDescriptorLimit();
   signal(SIGPIPE, SIG_IGN);
-  const bool opened = m_options.handedSocket >= 0
-                          ? m_door.Adopt(m_options.socketPath, m_options.handedSocket, why)
-                          : m_door.Open(m_options.socketPath, why);
-  if (!opened || !OpenState(why) || !m_tlsDoor.Open(m_options.listen, m_options.keysFolder, why))
+  const bool opened = m_options.inheritedSocket >= 0
+                          ? m_listener.Adopt(m_options.socketPath, m_options.inheritedSocket, why)
+                          : m_listener.Open(m_options.socketPath, why);
+  if (!opened || !OpenState(why) ||
+      !m_tlsListener.Open(m_options.listen, m_options.keysFolder, why))
     return false;
   m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine);
   m_context.reset(new SessionContext{m_hub,
@@ -83,7 +84,7 @@ bool Service::Open(std::string* why) {
                                      m_options.connectionLimits,
                                      m_troubles});
   std::error_code error;
-  m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
+  m_local.assign(asio::local::stream_protocol(), dup(m_listener.Descriptor()), error);
   m_apps->Watch(m_options.socketPath);
   return !error || FailWith(why, error.message());
 }
@@ -107,11 +108,11 @@ void Service::Run() {
     if (!error) Stop();
   });
   AcceptLocal();
-  m_tlsDoor.Start();
+  m_tlsListener.Start();
   m_hub.OnBatchOpened([this] { TickSoon(); });
   if (m_hub.HasOpenBatch()) TickSoon();
   Later(kGrace, [this] { m_apps->EndGrace(); });
-  Later(kMonitorsReturn, [this] { m_apps->LetGo(); });
+  Later(kMonitorsReturn, [this] { m_apps->ReleaseHeld(); });
   for (const std::string& trouble : m_troubles) Log(LogLevel::Error, trouble);
   Log(LogLevel::Info, "ready on " + m_options.socketPath);
   m_io.run();
@@ -123,7 +124,7 @@ void Service::OnPlaceChanged() {
   if (m_stopping || std::exchange(m_looksAtPlace, true)) return;
   Later(kPlaceAgain, [this] {
     m_looksAtPlace = false;
-    if (!m_door.IsInPlace()) return TakePlaceAgain();
+    if (!m_listener.IsInPlace()) return TakePlaceAgain();
     m_apps->LookAtFolder(m_options.socketPath);
   });
 }
@@ -136,13 +137,13 @@ void Service::TakePlaceAgain() {
   ++m_places;
   std::error_code error;
   m_local.close(error);
-  m_door.Close();
+  m_listener.Close();
   std::string why;
-  if (!m_door.Open(m_options.socketPath, &why)) {
+  if (!m_listener.Open(m_options.socketPath, &why)) {
     Log(LogLevel::Error, why);
     return Stop();
   }
-  m_local.assign(asio::local::stream_protocol(), dup(m_door.Descriptor()), error);
+  m_local.assign(asio::local::stream_protocol(), dup(m_listener.Descriptor()), error);
   m_apps->WatchAnew(m_options.socketPath);
   AcceptLocal();
   Log(LogLevel::Info, "ready again on " + m_options.socketPath);
@@ -185,7 +186,7 @@ void Service::TakeArrival(int socket) {
 
 void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
   if (m_sessions.size() >= kSessionsMax) {
-    Log(LogLevel::Warning, peer.words + " is refused: too many clients");
+    Log(LogLevel::Warning, peer.label + " is refused: too many clients");
     return stream->Close();
   }
   auto session = std::make_shared<ClientSession>(*this, *m_context, std::move(peer));
@@ -276,8 +277,8 @@ void Service::Later(milliseconds time, std::function<void()> call) {
 void Service::Stop() {
   if (std::exchange(m_stopping, true)) return;
   Log(LogLevel::Info, "ending");
-  const bool inPlace = m_door.IsInPlace();
-  CloseDoors();
+  const bool inPlace = m_listener.IsInPlace();
+  CloseListeners();
   m_apps->Stop();
   if (inPlace) SegmentFolder::RemoveEmpty(m_options.socketPath);
   m_hub.Seal();
@@ -297,11 +298,11 @@ void Service::AwaitEnd() {
   m_tick.async_wait([this](const std::error_code&) { AwaitEnd(); });
 }
 
-void Service::CloseDoors() {
+void Service::CloseListeners() {
   std::error_code ignored;
   m_local.close(ignored);
-  m_tlsDoor.Close();
-  m_door.StopListening();
+  m_tlsListener.Close();
+  m_listener.StopListening();
   const auto arrivals = std::exchange(m_arrivals, {});
   for (const auto& arrival : arrivals) arrival->Stop();
 }

@@ -15,11 +15,11 @@
 #include "quor/protocol/byte_stream.h"
 #include "quor/service/client_session.h"
 #include "quor/service/local_arrival.h"
-#include "quor/service/tls_door.h"
+#include "quor/service/tls_listener.h"
 
 struct ServiceOptions {
   std::string socketPath;
-  int handedSocket = -1;  // listens already
+  int inheritedSocket = -1;  // listens already
   std::string stateFolder;
   std::vector<std::string> listen;  // "address:port", "[address]:port"
   std::string keysFolder;
@@ -55,21 +55,21 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   void TickSoon();
   void Tick();
   void Stop();
-  void CloseDoors();
+  void CloseListeners();
   void AwaitEnd();
   void Later(std::chrono::milliseconds time, std::function<void()> call);
 
   const ServiceOptions m_options;
   const std::string m_machine;
   asio::io_context m_io{1};
-  LocalDoor m_door;
+  LocalListener m_listener;
   std::unique_ptr<Catalogue> m_catalogue;
   std::unique_ptr<Apps> m_apps;
   Hub m_hub;
   ForwardInlet m_inlet{m_hub};
   std::unique_ptr<SessionContext> m_context;
   asio::local::stream_protocol::acceptor m_local{m_io};
-  TlsDoor m_tlsDoor;
+  TlsListener m_tlsListener;
   std::list<std::shared_ptr<LocalArrival>> m_arrivals;  // the oldest first
   std::set<std::shared_ptr<ClientSession>> m_sessions;
   std::map<std::string, std::shared_ptr<Forwarder>> m_forwarders;

@@ -56,9 +56,9 @@ std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::
 }
 
 void Apps::Watch(const std::string& socketPath) {
-  m_holdsFound = true;
+  m_holdsBack = true;
   WatchAnew(socketPath);
-  m_holdsFound = false;
+  m_holdsBack = false;
   if (!m_running.empty())
     Log(LogLevel::Info, std::to_string(m_running.size()) + " applications of an earlier service");
 }
@@ -73,14 +73,14 @@ void Apps::WatchAnew(const std::string& socketPath) {
 void Apps::LookAtFolder(const std::string& socketPath) {
   if (m_watch.IsInPlace(socketPath)) return;
   Log(LogLevel::Warning, "the folder of segments has been replaced and is watched again");
-  m_watch.TellAll();
+  m_watch.ReportAll();
   WatchAnew(socketPath);
 }
 
 void Apps::OnFile(const std::string& name) {
   const int file = m_watch.Folder().OpenFile(name);
   SegmentMap segment;
-  SegmentRest rest;
+  FinishedSegment rest;
   struct stat status {};
   const char* reason = "";
   if (file < 0 || fstat(file, &status) != 0) return;
@@ -91,18 +91,19 @@ void Apps::OnFile(const std::string& name) {
   } else if (IsBroken(key)) {
     if (!IsKept(key)) Keep({{}, name, key, nullptr});
     close(file);
-  } else if (ReadRest(file, &rest) && IsUnowned(file)) {
-    OnRest(name, key, rest, file);
+  } else if (ReadFinishedSegment(file, &rest) && IsUnowned(file)) {
+    OnFinishedSegment(name, key, rest, file);
     close(file);
   } else if (segment.Open(file, &reason)) {
     Find(name, std::move(segment));
   } else {
-    PassOver(name, reason);
+    SkipSegment(name, reason);
   }
 }
 
 // A file whose owner still lives is not a rest, whatever its content says.
-void Apps::OnRest(const std::string& name, const Key& key, const SegmentRest& rest, int file) {
+void Apps::OnFinishedSegment(const std::string& name, const Key& key, const FinishedSegment& rest,
+                             int file) {
   if (!IsPossible(rest, file)) {
     Log(LogLevel::Warning, "segment " + name + " is removed: its count of traces is impossible");
     m_watch.Folder().Remove(name, key.first, key.second);
@@ -117,11 +118,11 @@ bool Apps::IsKept(const Key& key) const {
 }
 
 // Null: no monitor needs to learn of it.
-std::shared_ptr<Source> Apps::SourceOf(const SegmentRest& rest, int file) {
+std::shared_ptr<Source> Apps::SourceOf(const FinishedSegment& rest, int file) {
   if (rest.end == SegmentEnd::Here) return Remember(rest, m_machine, file, HubFor({}));
-  if (rest.handedTo.empty() || rest.handedOn >= rest.served) return nullptr;
-  Hub& hub = m_router.HubForMachine(rest.handedTo);
-  return hub.Machine() == rest.handedTo ? Remember(rest, m_machine, file, hub) : nullptr;
+  if (rest.forwardTarget.empty() || rest.forwarded >= rest.served) return nullptr;
+  Hub& hub = m_router.HubForMachine(rest.forwardTarget);
+  return hub.Machine() == rest.forwardTarget ? Remember(rest, m_machine, file, hub) : nullptr;
 }
 
 void Apps::Keep(Kept kept) {
@@ -145,25 +146,25 @@ void Apps::RemoveKept() {
       kept.until = now + kKept;
       m_kept.push_back(std::move(kept));
     } else {
-      if (kept.source) kept.source->noteHandedOn = nullptr;
+      if (kept.source) kept.source->noteForwarded = nullptr;
       m_watch.Folder().Remove(kept.name, kept.key.first, kept.key.second);
     }
   }
   if (m_kept.empty()) return;
-  m_keeps.expires_at(m_kept.front().until);
-  m_keeps.async_wait([this](const std::error_code& error) {
+  m_keepTimer.expires_at(m_kept.front().until);
+  m_keepTimer.async_wait([this](const std::error_code& error) {
     if (!error) RemoveKept();
   });
 }
 
 // Reports it once. A file with a live owner may be of another version.
-void Apps::PassOver(const std::string& name, const std::string& reason) {
+void Apps::SkipSegment(const std::string& name, const std::string& reason) {
   if (m_unreadable.insert(name).second)
     Log(LogLevel::Warning, "segment " + name + " is not read: " + reason);
   if (m_watch.Folder().RemoveUnowned(name))
     m_unreadable.erase(name);
   else
-    m_leftSome = true;
+    m_skippedSome = true;
 }
 
 void Apps::Find(const std::string& name, SegmentMap segment) {
@@ -175,16 +176,16 @@ void Apps::Find(const std::string& name, SegmentMap segment) {
   std::string why;
   const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
   if (!app) {
-    m_leftSome = true;
+    m_skippedSome = true;
     return Log(LogLevel::Warning, "segment " + name + " is not read yet: " + why);
   }
   app->SetFile(name);
-  app->StartFound(m_holdsFound);
+  app->StartWithoutLink(m_holdsBack);
 }
 
-void Apps::LetGo() {
+void Apps::ReleaseHeld() {
   const auto running = m_running;  // an instance that ends removes itself from the map
-  for (const auto& [key, app] : running) app->LetGo();
+  for (const auto& [key, app] : running) app->ReleaseHeld();
 }
 
 std::uint32_t Apps::EnterTrace(CatalogueApp& entry, const TracedPoint& point) {
@@ -198,11 +199,11 @@ Hub& Apps::HubFor(const LinkSink& sink) {
 // Memory that many applications took at the same time is fragmented: the heap keeps it until it is
 // asked to give it back.
 void Apps::GiveMemoryBack() {
-  if (++m_endedSince < kEndedForMemory || std::exchange(m_givesSoon, true)) return;
-  m_gives.expires_after(kMemoryAfter);
-  m_gives.async_wait([this](const std::error_code& error) {
+  if (++m_endedSince < kEndedForMemory || std::exchange(m_trimsSoon, true)) return;
+  m_trimTimer.expires_after(kMemoryAfter);
+  m_trimTimer.async_wait([this](const std::error_code& error) {
     if (error) return;
-    m_givesSoon = false;
+    m_trimsSoon = false;
     m_endedSince = 0;
     malloc_trim(0);
   });
@@ -232,7 +233,7 @@ void Apps::OnEnded(RunningApp& app) {
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
   // Its link may have come before the event about its file.
   if (app.File().empty()) m_watch.Read();
-  if (!app.File().empty()) Keep({{}, app.File(), KeyOf(app.Segment()), app.Told()});
+  if (!app.File().empty()) Keep({{}, app.File(), KeyOf(app.Segment()), app.FinishedSource()});
   EndIn(app.Entry(), app);
   // Its link comes again as long as the application lives.
   if (app.IsBroken()) m_broken.push_back(KeyOf(app.Segment()));
@@ -240,7 +241,7 @@ void Apps::OnEnded(RunningApp& app) {
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
   GiveMemoryBack();
   // Now there is room for one that was left out.
-  if (std::exchange(m_leftSome, false)) m_watch.TellAll();
+  if (std::exchange(m_skippedSome, false)) m_watch.ReportAll();
 }
 
 void Apps::Apply(const CatalogueApp& app, bool sink) {

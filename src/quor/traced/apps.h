@@ -17,7 +17,7 @@
 #include "quor/traced/running_app.h"
 #include "quor/traced/segment_watch.h"
 
-class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
+class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
  public:
   // Chooses the hub that takes the traces for a machine; the local one for an unknown name.
   class Router {
@@ -37,18 +37,18 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
         m_router(router),
         m_machine(std::move(machine)),
         m_watch(io, *this),
-        m_keeps(io),
-        m_gives(io) {}
+        m_keepTimer(io),
+        m_trimTimer(io) {}
 
   // Watches for applications beside this socket from now on. Applications that died while no
-  // service ran wait for LetGo.
+  // service ran wait for ReleaseHeld.
   void Watch(const std::string& socketPath);
   // The same after the folder was made again.
   void WatchAnew(const std::string& socketPath);
   // The folder has changed: corrects it, or makes it again.
   void LookAtFolder(const std::string& socketPath);
   // A monitor has connected, or none will: the traces of dead applications are taken.
-  void LetGo();
+  void ReleaseHeld();
 
   // An application has introduced itself. False and a reason: refused.
   bool Arrive(AppArrival arrival, std::string* why);
@@ -85,16 +85,17 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   };
   static constexpr std::size_t kKeptLongMax = 4096;
   void Keep(Kept kept);
-  void OnRest(const std::string& name, const Key& key, const SegmentRest& rest, int file);
+  void OnFinishedSegment(const std::string& name, const Key& key, const FinishedSegment& rest,
+                         int file);
   bool IsKept(const Key& key) const;
   bool IsBroken(const Key& key) const;
-  std::shared_ptr<Source> SourceOf(const SegmentRest& rest, int file);
+  std::shared_ptr<Source> SourceOf(const FinishedSegment& rest, int file);
   static bool IsWanted(Kept& kept);
   void RemoveKept();
   void GiveMemoryBack();
   static Key KeyOf(const SegmentMap& segment) { return {segment.Device(), segment.Inode()}; }
   void Find(const std::string& name, SegmentMap segment);
-  void PassOver(const std::string& name, const std::string& reason);
+  void SkipSegment(const std::string& name, const std::string& reason);
   std::shared_ptr<RunningApp> Add(const Key& key, AppArrival& arrival, std::string* why);
 
   asio::io_context& m_io;
@@ -105,11 +106,11 @@ class Apps final : public RunningApp::Home, public SegmentWatch::Finder {
   std::deque<Kept> m_kept;
   static constexpr std::size_t kBrokenMax = 1024;
   std::deque<Key> m_broken;  // segments that are no longer read
-  asio::steady_timer m_keeps;
-  asio::steady_timer m_gives;
+  asio::steady_timer m_keepTimer;
+  asio::steady_timer m_trimTimer;
   int m_endedSince = 0;  // instances that ended since memory was last given back
-  bool m_givesSoon = false;
+  bool m_trimsSoon = false;
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
-  bool m_holdsFound = false, m_leftSome = false;
+  bool m_holdsBack = false, m_skippedSome = false;
   std::set<std::string> m_unreadable;  // files with a live owner
 };

@@ -16,14 +16,14 @@ constexpr milliseconds kBusyPause{5};
 constexpr std::size_t kTracesAtOnce = 1024;
 constexpr std::size_t kUnansweredMax = 1000;
 constexpr int kTurnsAtStop = 200;
-constexpr milliseconds kAlonePause{50};  // without a link the application cannot wake us
+constexpr milliseconds kPauseWithoutLink{50};  // without a link the application cannot wake us
 
 }  // namespace
 
-RunningApp::RunningApp(asio::io_context& io, Home& home, CatalogueApp& entry, std::string machine,
+RunningApp::RunningApp(asio::io_context& io, Host& host, CatalogueApp& entry, std::string machine,
                        AppArrival& arrival)
     : m_io(io),
-      m_home(home),
+      m_host(host),
       m_entry(&entry),
       m_app(std::move(arrival.segment), arrival.hello.app, std::move(machine), arrival.pid),
       m_socket(io),
@@ -32,26 +32,26 @@ RunningApp::RunningApp(asio::io_context& io, Home& home, CatalogueApp& entry, st
       m_look(io) {}
 
 void RunningApp::Start(AppArrival arrival) {
-  m_app.Enter(m_home.HubFor(m_entry->sink));
+  m_app.Enter(m_host.HubFor(m_entry->sink));
   WatchProcess();
   TakeLink(std::move(arrival));
 }
 
-void RunningApp::StartFound(bool held) {
+void RunningApp::StartWithoutLink(bool held) {
   m_isHeldBack = held;
   m_taker = RingTaker::Application;  // until it says otherwise, or has died
-  m_app.Enter(m_home.HubFor(m_entry->sink));
+  m_app.Enter(m_host.HubFor(m_entry->sink));
   WatchProcess();
   if (!ReadPoints()) return;
   // Its link may go to an earlier service, whose end it has not noticed.
   if (!m_dead) {
-    m_app.RingBell();
-    return LookWithoutLink(false);
+    m_app.WakeLinkThread();
+    return CheckLockWithoutLink(false);
   }
   if (!held) Pump();
 }
 
-void RunningApp::LetGo() {
+void RunningApp::ReleaseHeld() {
   if (std::exchange(m_isHeldBack, false) && m_dead) Pump();
 }
 
@@ -62,10 +62,10 @@ void RunningApp::Relink(AppArrival arrival) {
   m_app.EndWait();
   m_timer.cancel();
   if (arrival.hello.app != m_app.Name()) {
-    if (CatalogueApp* const entry = m_home.EntryFor(arrival.hello.app)) {
+    if (CatalogueApp* const entry = m_host.EntryFor(arrival.hello.app)) {
       CatalogueApp& from = *m_entry;
       m_entry = entry;
-      m_home.OnRenamed(*this, from, *entry);
+      m_host.OnRenamed(*this, from, *entry);
     }
     m_app.Rename(arrival.hello.app);
     // Another entry has another trace map, with places of its own for the points.
@@ -76,14 +76,14 @@ void RunningApp::Relink(AppArrival arrival) {
 }
 
 void RunningApp::TakeLink(AppArrival arrival) {
-  EndAlone();
+  EndWithoutLink();
   SetBegun();
   m_socket = std::move(arrival.socket);
   m_decoder = LinkDecoder();
   m_taker = arrival.hello.taker;
   m_unanswered.clear();
   m_fileSink = false;
-  Say(EncodeWelcome());
+  Send(EncodeWelcome());
   if (!ReadPoints()) return;
   ApplySink();
   if (TakeBytes(arrival.rest.data(), arrival.rest.data() + arrival.rest.size())) AwaitLink();
@@ -153,16 +153,16 @@ void RunningApp::LoseLink(const std::string& why) {
   Pump();
   if (m_ended) return;
   // It may have closed the socket unknowingly; it may have ended, or become another program.
-  m_app.RingBell();
-  LookWithoutLink(true);
+  m_app.WakeLinkThread();
+  CheckLockWithoutLink(true);
 }
 
-void RunningApp::Say(const std::vector<std::uint8_t>& frame) {
+void RunningApp::Send(const std::vector<std::uint8_t>& frame) {
   // Never waits: an application that does not read its few messages has lost its link.
   if (!m_socket.is_open()) return;
   if (!SendOnLink(m_socket.native_handle(), frame, nullptr, 0, 0))
     shutdown(m_socket.native_handle(), SHUT_RDWR);
-  m_app.RingBell();
+  m_app.WakeLinkThread();
 }
 
 bool RunningApp::ReadPoints() {
@@ -173,7 +173,7 @@ bool RunningApp::ReadPoints() {
   }
   for (const TracedPoint& point : fresh) {
     if (m_pointIds.size() <= point.point) m_pointIds.resize(point.point + 1, kNoTraceId);
-    m_pointIds[point.point] = m_home.EnterTrace(*m_entry, point);
+    m_pointIds[point.point] = m_host.EnterTrace(*m_entry, point);
   }
   ApplySettings();
   return true;
@@ -184,20 +184,20 @@ void RunningApp::ApplySettings() {
   for (std::uint32_t point = 0; point < m_pointIds.size() && point < points.Count(); ++point)
     if (m_pointIds[point] < m_entry->traces.size())
       points.SetSettings(point, m_entry->traces[m_pointIds[point]].settings);
-  points.SetDefault(m_home.DefaultSettings());
-  Say(EncodePoke());
+  points.SetDefault(m_host.DefaultSettings());
+  Send(EncodePoke());
 }
 
 void RunningApp::ApplySink() {
   const LinkSink& sink = m_entry->sink;
   m_fileSink = sink.kind == SinkKind::File;
   // The next link will order a file sink.
-  if (!m_socket.is_open()) return m_fileSink ? void() : m_app.Enter(m_home.HubFor(sink));
+  if (!m_socket.is_open()) return m_fileSink ? void() : m_app.Enter(m_host.HubFor(sink));
   if (m_unanswered.size() >= kUnansweredMax) return LoseLink("it answers nothing");
   m_unanswered.push_back(sink.kind);
-  if (!m_fileSink) m_app.Enter(m_home.HubFor(sink));
+  if (!m_fileSink) m_app.Enter(m_host.HubFor(sink));
   UpdateTaking();
-  Say(EncodeSink(sink));
+  Send(EncodeSink(sink));
 }
 
 // A late answer to an older sink must not make us a second taker of the ring.
@@ -238,13 +238,13 @@ void RunningApp::Pump() {
     return;
   }
   if (m_dead) {
-    m_told = m_app.CurrentSource();
+    m_finishedSource = m_app.CurrentSource();
     m_app.MarkFinished();
     return End();
   }
   if (!m_app.IsTaking()) return;
   if (m_app.CurrentSource()->serial != before) return PumpIn(kBusyPause);
-  m_isAlone ? PumpIn(kAlonePause) : Sleep();
+  m_readsWithoutLink ? PumpIn(kPauseWithoutLink) : Sleep();
 }
 
 void RunningApp::PumpIn(milliseconds time) {
@@ -273,14 +273,14 @@ void RunningApp::Stop() {
 
 void RunningApp::CloseAll() {
   m_app.Leave();
-  if (m_isAlone) m_app.LeaveClaim();
+  if (m_readsWithoutLink) m_app.LeaveClaim();
   std::error_code ignored;
   m_socket.close(ignored);
   m_process.close(ignored);
   m_timer.cancel();
   m_look.cancel();
   // A live application looks for the next service.
-  if (!m_dead) m_app.RingBell();
+  if (!m_dead) m_app.WakeLinkThread();
 }
 
 // Posted: the caller still uses the catalogue's entry, which may be removed with us.
@@ -289,6 +289,6 @@ void RunningApp::End() {
   asio::post(m_io, [self = shared_from_this()] {
     if (std::exchange(self->m_closed, true)) return;
     self->CloseAll();
-    self->m_home.OnEnded(*self);
+    self->m_host.OnEnded(*self);
   });
 }

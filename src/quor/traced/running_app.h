@@ -33,7 +33,7 @@ struct AppArrival {
 
 class RunningApp final : public std::enable_shared_from_this<RunningApp> {
  public:
-  class Home {
+  class Host {
    public:
     virtual CatalogueApp* EntryFor(const std::string& name) = 0;  // null: too many
     virtual std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) = 0;
@@ -44,24 +44,24 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
     virtual void OnEnded(RunningApp& app) = 0;
 
    protected:
-    ~Home() = default;
+    ~Host() = default;
   };
 
-  RunningApp(asio::io_context& io, Home& home, CatalogueApp& entry, std::string machine,
+  RunningApp(asio::io_context& io, Host& host, CatalogueApp& entry, std::string machine,
              AppArrival& arrival);
 
   void Start(AppArrival arrival);
   // Without a link: takes nothing until a link comes, or none has come for a while, or the owner
-  // has ended. `held`: not before LetGo either.
-  void StartFound(bool held);
-  void LetGo();
+  // has ended. `held`: not before ReleaseHeld either.
+  void StartWithoutLink(bool held);
+  void ReleaseHeld();
   // REQUIRES: the constructor has taken its part of `arrival`.
   // Relink: the same segment, over another link.
   void Relink(AppArrival arrival);
   // The settings or the sink in the catalogue have changed.
   void ApplySettings();
   void ApplySink();
-  // Takes what is in the ring now, and releases everything. Does not call the home.
+  // Takes what is in the ring now, and releases everything. Does not call the host.
   void Stop();
 
   // It is ending and accepts no link any more.
@@ -75,23 +75,23 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   const std::string& File() const { return m_file; }
   void SetFile(const std::string& name) { m_file = name; }
   // The source, when all its traces were taken; null: they were not.
-  const std::shared_ptr<Source>& Told() const { return m_told; }
+  const std::shared_ptr<Source>& FinishedSource() const { return m_finishedSource; }
 
  private:
   void TakeLink(AppArrival arrival);
   void WatchProcess();
   void AwaitEndOfProcess();
-  void LookForDeath();
-  void LookWithoutLink(bool soon);
-  bool LookAlone();
-  void EndAlone();
+  void CheckOwnerLock();
+  void CheckLockWithoutLink(bool soon);
+  bool ReadWithoutLink();
+  void EndWithoutLink();
   void SetBegun();
   void AwaitLink();
   void ReadLink();
   bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
   bool Handle(const LinkFrame& frame);
   void LoseLink(const std::string& why);
-  void Say(const std::vector<std::uint8_t>& frame);
+  void Send(const std::vector<std::uint8_t>& frame);
   bool ReadPoints();
   bool MayTake() const;
   void UpdateTaking();
@@ -102,7 +102,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   void End();
 
   asio::io_context& m_io;
-  Home& m_home;
+  Host& m_host;
   CatalogueApp* m_entry;
   TracedApp m_app;
   OwnedDescriptor m_socket, m_process;
@@ -112,9 +112,9 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   std::deque<SinkKind> m_unanswered;  // sinks sent whose Taker has not come
   std::vector<std::uint32_t> m_pointIds;
   bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_fileSink = false,
-       m_processEnded = false, m_isHeldBack = false, m_isAlone = false, m_hasBegun = false;
+       m_processEnded = false, m_isHeldBack = false, m_readsWithoutLink = false, m_hasBegun = false;
   std::chrono::steady_clock::time_point m_unlinkedSince = std::chrono::steady_clock::now();
   int m_looks = 0;  // at the lock, since there was a reason
   std::string m_file;
-  std::shared_ptr<Source> m_told;
+  std::shared_ptr<Source> m_finishedSource;
 };

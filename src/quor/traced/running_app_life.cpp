@@ -32,7 +32,7 @@ void RunningApp::WatchProcess() {
   if (process >= 0 && !error) return AwaitEndOfProcess();
   // It has just ended, or is not visible from here: only the lock tells.
   m_processEnded = true;
-  LookForDeath();
+  CheckOwnerLock();
 }
 
 void RunningApp::AwaitEndOfProcess() {
@@ -45,11 +45,11 @@ void RunningApp::AwaitEndOfProcess() {
                          if (poll(&process, 1, 0) != 1) return self->AwaitEndOfProcess();
                          self->m_processEnded = true;
                          self->m_looks = 0;
-                         self->LookForDeath();
+                         self->CheckOwnerLock();
                        });
 }
 
-void RunningApp::LookForDeath() {
+void RunningApp::CheckOwnerLock() {
   if (m_ended || m_dead) return;
   if (m_app.Segment().OwnerIsGone()) {
     m_dead = true;
@@ -61,29 +61,29 @@ void RunningApp::LookForDeath() {
   // A copy that a fork is just making, or a copy that does not know of us, holds the lock a little
   // longer, and may trace. The process may be another one, in another namespace: without a link
   // only the lock tells.
-  if (m_socket.is_open() ? !m_processEnded : !LookAlone()) return;
+  if (m_socket.is_open() ? !m_processEnded : !ReadWithoutLink()) return;
   m_look.expires_after(std::min(kFirstLook * (1 << std::min(2 * m_looks, 16)), kLastLook));
   ++m_looks;
   m_look.async_wait([self = shared_from_this()](const std::error_code& error) {
-    if (!error) self->LookForDeath();
+    if (!error) self->CheckOwnerLock();
   });
 }
 
 // `soon`: there is a reason to look.
-void RunningApp::LookWithoutLink(bool soon) {
+void RunningApp::CheckLockWithoutLink(bool soon) {
   m_unlinkedSince = std::chrono::steady_clock::now();
   m_looks = soon ? 0 : kQuickLooks;
-  LookForDeath();
+  CheckOwnerLock();
 }
 
 // False: the instance has ended.
-bool RunningApp::LookAlone() {
-  if (m_isAlone) return ReadPoints();
+bool RunningApp::ReadWithoutLink() {
+  if (m_readsWithoutLink) return ReadPoints();
   const auto unlinked = std::chrono::steady_clock::now() - m_unlinkedSince;
   if (m_isHeldBack || unlinked < kLinkPatience || !m_app.Claim()) return true;
   Log(LogLevel::Info,
       "application " + m_app.Name() + " (" + std::to_string(Pid()) + ") is read without a link");
-  m_isAlone = true;
+  m_readsWithoutLink = true;
   SetBegun();
   m_app.Begin();
   m_timer.cancel();
@@ -92,13 +92,13 @@ bool RunningApp::LookAlone() {
 }
 
 void RunningApp::SetBegun() {
-  if (!std::exchange(m_hasBegun, true)) m_home.OnBegan(*this);
+  if (!std::exchange(m_hasBegun, true)) m_host.OnBegan(*this);
 }
 
 // Called before anything is sent over a link, because a sink may order the application to take.
-void RunningApp::EndAlone() {
+void RunningApp::EndWithoutLink() {
   if (!m_processEnded) m_look.cancel();
-  if (std::exchange(m_isAlone, false)) m_app.Pause();
+  if (std::exchange(m_readsWithoutLink, false)) m_app.Pause();
   // Also a claim of a service that was killed.
   m_app.LeaveClaim();
 }

@@ -10,20 +10,20 @@
 
 bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
   Close();
-  const int words = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  const int inotify = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
   std::error_code error;
-  if (words >= 0) m_words.assign(words, error);
-  const int noWords = errno;
+  if (inotify >= 0) m_inotify.assign(inotify, error);
+  const int inotifyError = errno;
   m_place = inotify_add_watch(
-      words, FolderOf(socketPath).c_str(),
+      inotify, FolderOf(socketPath).c_str(),
       IN_DELETE_SELF | IN_MOVE_SELF | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO);
-  if (m_words.is_open()) Await();
+  if (m_inotify.is_open()) Await();
   if (!m_folder.Open(socketPath)) return FailOn(why, "no place for segments beside " + socketPath);
   m_folder.RemoveUnfinished();
   // Watch before listing, so that no file is missed in between.
   const bool watched = WatchFolder();
-  const int reason = words < 0 ? noWords : errno;
-  TellAll();
+  const int reason = inotify < 0 ? inotifyError : errno;
+  ReportAll();
   return watched || FailWith(why, "new segments cannot be seen: " + SystemReason(reason));
 }
 
@@ -32,8 +32,8 @@ bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
 bool SegmentWatch::WatchFolder() {
   char folder[40];
   std::snprintf(folder, sizeof folder, "/proc/self/fd/%d", m_folder.Descriptor());
-  return m_words.is_open() && inotify_add_watch(m_words.native_handle(), folder,
-                                                IN_MOVED_TO | IN_MOVE_SELF | IN_ATTRIB) >= 0;
+  return m_inotify.is_open() && inotify_add_watch(m_inotify.native_handle(), folder,
+                                                  IN_MOVED_TO | IN_MOVE_SELF | IN_ATTRIB) >= 0;
 }
 
 bool SegmentWatch::IsInPlace(const std::string& socketPath) const {
@@ -43,12 +43,12 @@ bool SegmentWatch::IsInPlace(const std::string& socketPath) const {
 
 void SegmentWatch::Close() {
   std::error_code ignored;
-  m_words.close(ignored);
+  m_inotify.close(ignored);
   m_folder.Close();
 }
 
 void SegmentWatch::Await() {
-  m_words.async_wait(OwnedDescriptor::wait_read, [this](const std::error_code& error) {
+  m_inotify.async_wait(OwnedDescriptor::wait_read, [this](const std::error_code& error) {
     if (error) return;
     Read();
     Await();
@@ -59,21 +59,21 @@ void SegmentWatch::Read() {
   alignas(inotify_event) char bytes[16384];
   bool all = false, place = false;
   for (ssize_t got = 0;
-       m_words.is_open() && (got = read(m_words.native_handle(), bytes, sizeof bytes)) > 0;) {
+       m_inotify.is_open() && (got = read(m_inotify.native_handle(), bytes, sizeof bytes)) > 0;) {
     for (const char* at = bytes; at < bytes + got;) {
-      const auto* const word = reinterpret_cast<const inotify_event*>(at);
-      at += sizeof(inotify_event) + word->len;
-      all = all || (word->mask & IN_Q_OVERFLOW) != 0;
-      if (word->wd == m_place || word->len == 0)
+      const auto* const event = reinterpret_cast<const inotify_event*>(at);
+      at += sizeof(inotify_event) + event->len;
+      all = all || (event->mask & IN_Q_OVERFLOW) != 0;
+      if (event->wd == m_place || event->len == 0)
         place = true;
-      else if ((word->mask & IN_MOVED_TO) != 0 && word->name[0] != '.')
-        m_finder.OnFile(word->name);
+      else if ((event->mask & IN_MOVED_TO) != 0 && event->name[0] != '.')
+        m_finder.OnFile(event->name);
     }
   }
-  if (all) TellAll();
+  if (all) ReportAll();
   if (all || place) m_finder.OnPlaceChanged();
 }
 
-void SegmentWatch::TellAll() {
+void SegmentWatch::ReportAll() {
   for (const std::string& name : m_folder.Names()) m_finder.OnFile(name);
 }

@@ -24,14 +24,14 @@ class SegmentWatch {
     ~Finder() = default;
   };
 
-  SegmentWatch(asio::io_context& io, Finder& finder) : m_finder(finder), m_words(io) {}
+  SegmentWatch(asio::io_context& io, Finder& finder) : m_finder(finder), m_inotify(io) {}
 
   // Reports the existing files before it returns. If there is no folder for segments, a change in
   // the folder of the socket is reported.
   bool Open(const std::string& socketPath, std::string* why);
   // Reports the files that have come since, without waiting.
   void Read();
-  void TellAll();
+  void ReportAll();
   void Close();
   // The path leads to the folder that is watched, or to no folder.
   bool IsInPlace(const std::string& socketPath) const;
@@ -43,6 +43,6 @@ class SegmentWatch {
 
   Finder& m_finder;
   SegmentFolder m_folder;
-  OwnedDescriptor m_words;
+  OwnedDescriptor m_inotify;
   int m_place = -1;  // the watch of the socket's folder
 };

@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "quor/ring/bell.h"
 #include "quor/ring/ring_claim.h"
-#include "quor/traced/handed_on.h"
+#include "quor/ring/wake_event.h"
+#include "quor/traced/forwarded_note.h"
 
 namespace {
 
@@ -111,17 +111,17 @@ void TracedApp::Enter(Hub& hub) {
   if (m_hub == &hub) return;
   const bool leaves = m_hub != nullptr;
   // From now on the note is about the next machine.
-  if (leaves) m_source->noteHandedOn = nullptr;
+  if (leaves) m_source->noteForwarded = nullptr;
   Leave();
   SegmentHeader& header = *m_segment.Header();
   const std::uint64_t served = header.served.load(std::memory_order_relaxed);
   // An earlier service may have sent it elsewhere.
-  if (leaves || (served != 0 && HandedTo(header) != hub.Machine())) {
+  if (leaves || (served != 0 && ForwardTarget(header) != hub.Machine())) {
     header.servedElsewhere.store(served, std::memory_order_relaxed);
-    header.handedOn.store(served, std::memory_order_relaxed);
+    header.forwarded.store(served, std::memory_order_relaxed);
     header.moves.fetch_add(1, std::memory_order_relaxed);
   }
-  SetHandedTo(header, hub.Machine());
+  SetForwardTarget(header, hub.Machine());
   Source source;
   source.instance = InstanceOf(m_machine, m_pid, m_segment.Layout().startedNs,
                                header.moves.load(std::memory_order_relaxed));
@@ -130,22 +130,22 @@ void TracedApp::Enter(Hub& hub) {
   const std::string pid = m_names.TextOf(m_segment.Layout().pidName);
   source.pid = pid.empty() ? std::to_string(m_pid) : pid;
   m_servedElsewhere = header.servedElsewhere.load(std::memory_order_relaxed);
-  if (served > MostPossible() || m_servedElsewhere > served) {
+  if (served > MaxPossible() || m_servedElsewhere > served) {
     Break("its count of traces is impossible");
     m_servedElsewhere = 0;
   } else {
     source.serial = served - m_servedElsewhere;
   }
-  PrepareHandingOn(hub, source);
+  PrepareForwarding(hub, source);
   m_hub = &hub;
   m_source = hub.AddSource(std::move(source));
 }
 
-void TracedApp::PrepareHandingOn(const Hub& hub, Source& source) const {
+void TracedApp::PrepareForwarding(const Hub& hub, Source& source) const {
   if (hub.Machine().empty()) return;
-  const std::uint64_t handedOn = m_segment.Header()->handedOn.load(std::memory_order_relaxed);
-  source.handedOn = HandedOnOf(handedOn, m_servedElsewhere + source.serial, m_servedElsewhere);
-  source.noteHandedOn = HandedOnNote(m_segment.Descriptor(), m_servedElsewhere);
+  const std::uint64_t forwarded = m_segment.Header()->forwarded.load(std::memory_order_relaxed);
+  source.forwarded = ForwardedOf(forwarded, m_servedElsewhere + source.serial, m_servedElsewhere);
+  source.noteForwarded = ForwardedNote(m_segment.Descriptor(), m_servedElsewhere);
 }
 
 void TracedApp::Leave() {
@@ -190,13 +190,13 @@ TracedApp::Step TracedApp::Break(const char* why) {
   return Step::Broken;
 }
 
-std::uint64_t TracedApp::MostPossible() const {
+std::uint64_t TracedApp::MaxPossible() const {
   return MostIn(m_ageAtStart + (std::chrono::steady_clock::now() - m_start));
 }
 
 bool TracedApp::Lose(std::uint64_t lost, std::string_view reason) {
   if (lost == 0) return true;
-  const std::uint64_t most = MostPossible();
+  const std::uint64_t most = MaxPossible();
   if (lost > most || m_source->serial > most - lost) return false;
   m_hub->Lose(m_source, lost, std::string(reason));
   return true;
@@ -216,9 +216,9 @@ bool TracedApp::TakeItem(const RingItem& item) {
 bool TracedApp::Finish() {
   if (std::exchange(m_finished, true)) return true;
   const bool sane = Lose(m_consumer->Uncommitted(), "the application died while it wrote them") &&
-                    Lose(m_consumer->UntoldDrops(), "the ring of the application was full") &&
+                    Lose(m_consumer->UnreportedDrops(), "the ring of the application was full") &&
                     TakeSinkLosses("the application's file could not be written", false);
-  m_consumer->PassRest();
+  m_consumer->MarkDropsReported();
   return sane;
 }
 
@@ -228,8 +228,8 @@ bool TracedApp::Report(const std::string& text) {
 }
 
 bool TracedApp::TakeSinkLosses(const std::string& text, bool always) {
-  std::atomic<std::uint64_t>& untold = m_segment.Header()->sinkUntold;
-  const std::uint64_t lost = untold.load(std::memory_order_acquire);
+  std::atomic<std::uint64_t>& unreported = m_segment.Header()->sinkUnreported;
+  const std::uint64_t lost = unreported.load(std::memory_order_acquire);
   if (lost == 0 && !always) return true;
   if (lost == 0)
     m_hub->Lose(m_source, 0, text);
@@ -237,7 +237,7 @@ bool TracedApp::TakeSinkLosses(const std::string& text, bool always) {
     return false;
   // In this order, as in Publish.
   Publish();
-  untold.fetch_sub(lost, std::memory_order_relaxed);
+  unreported.fetch_sub(lost, std::memory_order_relaxed);
   return true;
 }
 
@@ -263,10 +263,10 @@ void TracedApp::GiveUp(bool isOurs) {
   if (!m_source || (!isOurs && !m_consumer)) return;
   if (!m_consumer) m_consumer.emplace(m_segment, kItemRoom);
   const std::uint64_t most = m_segment.Layout().ringBytes / (sizeof(RingRecord) + kTraceFixedBytes);
-  const std::uint64_t waiting = m_consumer->Uncommitted(), drops = m_consumer->UntoldDrops();
+  const std::uint64_t waiting = m_consumer->Uncommitted(), drops = m_consumer->UnreportedDrops();
   std::uint64_t lost = m_unread + (waiting <= most ? waiting : 0);
-  if (drops <= MostPossible()) lost += drops;
-  m_consumer->PassRest();
+  if (drops <= MaxPossible()) lost += drops;
+  m_consumer->MarkDropsReported();
   const std::string text = std::string("what it traces is not read any more: ") + m_why;
   if (lost == 0 || !Lose(lost, text)) m_hub->Lose(m_source, 0, text);
 }
@@ -287,11 +287,11 @@ void TracedApp::MarkFinished() {
   m_segment.Finish(m_hub->Machine().empty() ? SegmentEnd::Here : SegmentEnd::Elsewhere);
 }
 
-bool IsPossible(const SegmentRest& rest, int file) {
+bool IsPossible(const FinishedSegment& rest, int file) {
   return rest.servedElsewhere <= rest.served && rest.served <= MostIn(AgeSinceBirth(file));
 }
 
-std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& machine, int file,
+std::shared_ptr<Source> Remember(const FinishedSegment& rest, const std::string& machine, int file,
                                  Hub& hub) {
   Source source;
   source.instance = InstanceOf(machine, rest.pid, rest.startedNs, rest.moves);
@@ -299,16 +299,16 @@ std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& mac
   source.pid = std::to_string(rest.pid);
   source.serial = rest.served - rest.servedElsewhere;
   if (!hub.Machine().empty()) {
-    source.handedOn = HandedOnOf(rest.handedOn, rest.served, rest.servedElsewhere);
-    source.noteHandedOn = HandedOnNote(file, rest.servedElsewhere);
+    source.forwarded = ForwardedOf(rest.forwarded, rest.served, rest.servedElsewhere);
+    source.noteForwarded = ForwardedNote(file, rest.servedElsewhere);
   }
   std::shared_ptr<Source> added = hub.AddSource(std::move(source));
   hub.EndSource(added);
   return added;
 }
 
-void TracedApp::RingBell() {
-  Ring(m_segment.Header()->bell);
+void TracedApp::WakeLinkThread() {
+  Signal(m_segment.Header()->wakeEvent);
 }
 
 void TracedApp::ReadNames() {

@@ -53,7 +53,7 @@ class TracedApp {
   RingConsumer::Wait BeginWait();
   void EndWait();
   // Wakes its link thread.
-  void RingBell();
+  void WakeLinkThread();
   // A report of the application on its file sink; the segment has the count of losses. False: the
   // report cannot be true.
   bool Report(const std::string& text);
@@ -70,9 +70,9 @@ class TracedApp {
   // Called for each item: a std::string would cost two allocations a trace.
   bool Lose(std::uint64_t lost, std::string_view reason);
   bool TakeItem(const RingItem& item);
-  void PrepareHandingOn(const Hub& hub, Source& source) const;
+  void PrepareForwarding(const Hub& hub, Source& source) const;
   bool Finish();
-  std::uint64_t MostPossible() const;
+  std::uint64_t MaxPossible() const;
   void ReadNames();
   void Publish();
   bool TakeSinkLosses(const std::string& text, bool always);
@@ -103,12 +103,12 @@ std::chrono::nanoseconds AgeOfChange(std::chrono::nanoseconds changed, std::chro
                                      std::chrono::nanoseconds uptime);
 
 // Whether so many traces can have been made since the file exists.
-bool IsPossible(const SegmentRest& rest, int file);
+bool IsPossible(const FinishedSegment& rest, int file);
 
 // REQUIRES: IsPossible.
 // The source of an earlier service, which may not have sent all of it to its monitors: they learn
 // its counts. `file`: of the segment.
-std::shared_ptr<Source> Remember(const SegmentRest& rest, const std::string& machine, int file,
+std::shared_ptr<Source> Remember(const FinishedSegment& rest, const std::string& machine, int file,
                                  Hub& hub);
 
 // The name that an application without a hello has, as in its segment.

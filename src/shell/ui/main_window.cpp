@@ -69,7 +69,7 @@ void MainWindow::resizeEvent(QResizeEvent* event) {
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::WindowStateChange) m_settled.start();
-  if (event->type() == QEvent::ActivationChange) SoonIdle();
+  if (event->type() == QEvent::ActivationChange) ScheduleIdle();
   // For a maximised child Qt sets a title of its own, at several moments.
   if (event->type() == QEvent::WindowTitleChange && windowTitle() != m_title) {
     QMetaObject::invokeMethod(

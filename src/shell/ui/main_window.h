@@ -23,9 +23,9 @@ class MainWindow : public QMainWindow {
   void SetTitle(const QString& title);
   // The next close event is accepted.
   void AllowClose() { m_mayClose = true; }
-  // Called a few times a second while the window is visible, and soon after SoonIdle.
+  // Called a few times a second while the window is visible, and soon after ScheduleIdle.
   std::function<void()> m_idle;
-  void SoonIdle() { m_soon.start(); }
+  void ScheduleIdle() { m_soon.start(); }
 
  protected:
   void showEvent(QShowEvent* event) override;

@@ -43,7 +43,7 @@ QtMainFrame::QtMainFrame(CMainFrame& frame, int widthPx, int heightPx, std::func
   AddSystemKeys();
   m_window->resize(widthPx, heightPx);
   m_window->m_idle = [this] { Idle(); };
-  m_actions->m_afterCommand = [this] { m_window->SoonIdle(); };
+  m_actions->m_afterCommand = [this] { m_window->ScheduleIdle(); };
   m_actions->m_refused = [this](const QString& whyNot) {
     m_panes->showMessage(whyNot, kReadingTimeMs);
   };
@@ -112,7 +112,7 @@ void QtMainFrame::Idle() {
 void QtMainFrame::ChildChanged() {
   m_frame.m_childMaximised = m_area->Active() && m_area->Active()->isMaximized();
   m_frame.UpdateTitle();
-  m_window->SoonIdle();
+  m_window->ScheduleIdle();
 }
 
 void QtMainFrame::SetTitle(const std::string& title) {
@@ -121,7 +121,7 @@ void QtMainFrame::SetTitle(const std::string& title) {
 
 void QtMainFrame::SetMenu(unsigned resource) {
   m_menus->SetBar(resource);
-  m_window->SoonIdle();
+  m_window->ScheduleIdle();
 }
 
 void QtMainFrame::SetPaneText(unsigned pane, const std::string& text) {

@@ -58,6 +58,6 @@ bool RunFindDialog(Host& host) {
   return dialog.DoModal() == CDialog::kIdOk;
 }
 
-void TellNotFound(Host& host) {
+void ReportNotFound(Host& host) {
   host.MessageBox({.text = "Text not found.", .icon = BoxIcon::None});
 }

@@ -8,7 +8,7 @@
 //   void Find Next: MyWalk walk(*this, FindSettings.backward != 0);
 //                   const FindResult result = RunSearch(host, &document, walk);
 //                   if (result == FindResult::Hit) go to the position of the walk;
-//                   if (result == FindResult::NotFound) TellNotFound(host);
+//                   if (result == FindResult::NotFound) ReportNotFound(host);
 //
 // A search is long work (docview/dialogs/long_work.h). A cancelled search is no hit and gets no
 // message. Nothing that a walk reads changes meanwhile: the user reaches only the box, and a
@@ -46,4 +46,4 @@ FindResult RunSearch(Host& host, CDocument* document, FindWalk& walk);
 bool RunFindDialog(Host& host);
 
 // "Text not found."
-void TellNotFound(Host& host);
+void ReportNotFound(Host& host);

@@ -80,5 +80,5 @@ void CProcView::Find(bool) {
     const CWaitCursor wait(GetHost());
     result = FindInTree();
   }
-  if (result == FindResult::NotFound) TellNotFound(GetHost());
+  if (result == FindResult::NotFound) ReportNotFound(GetHost());
 }

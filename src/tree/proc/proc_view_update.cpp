@@ -53,7 +53,7 @@ void CProcView::TakeOver(std::unique_ptr<ProcModel> model) {
   m_model->ShowBy(*this);
   m_built = true;
   if (remembered) GoTo(this, remembered);
-  TellStatus();
+  ReportStatus();
   m_tree->SetRedraw(true);
 }
 
@@ -70,7 +70,7 @@ void CProcView::AddTraces(const CTraceHint& hint) {
   for (TraceEvent_i* event : hint.m_events) {
     if (const TreeItem item = m_model->AddTrace(event, true)) FollowTail(item);
     // Kept: once for each trace, also for one that the filter hides.
-    TellCount();
+    ReportCount();
   }
 }
 
@@ -81,7 +81,7 @@ void CProcView::RemoveTraces(const CTraceHint& hint) {
   m_model->RemoveTraces(hint.m_events);
   m_tree->SetRedraw(true);
   // Kept: removed traces are not subtracted from the count.
-  TellCount();
+  ReportCount();
   // Kept: at every trim the selection moves to the node that is nearest to the oldest removed
   // trace. That trace is still valid here: the document releases it after the hint.
   m_inDrain = true;

@@ -20,7 +20,7 @@ TEST_F(DemoCommandLine, HelpTellsTheOptionsOnStandardOutput) {
   EXPECT_EQ(demo.Err(), "");
 }
 
-TEST_F(DemoCommandLine, WrongUseIsToldOnStandardErrorWithStatus2) {
+TEST_F(DemoCommandLine, WrongUseIsReportedOnStandardErrorWithStatus2) {
   for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--rate", "fast"},
                                                 {"--rate=-1"},
                                                 {"--for"},

@@ -1,4 +1,4 @@
-// The whole road of live traces: a traced application, a real service, a monitor's document, rows.
+// The whole path of live traces: a traced application, a real service, a monitor's document, rows.
 #include <gmock/gmock.h>
 
 #include <chrono>

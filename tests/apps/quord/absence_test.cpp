@@ -18,10 +18,10 @@ class Absence : public ::testing::Test {
     quor_application("orders");
     Trace(0, 1000);
     quor_flush(20000);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     Trace(1000, 1500);
-    self.Tell(2);
+    self.Report(2);
     if (clean) return 0;
     for (;;) pause();
   }
@@ -41,11 +41,11 @@ TEST_F(Absence, WhatAnApplicationTracedAndEndedWithWhileTheServiceWasDeadIsDeliv
     ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
     const std::uint64_t before = monitor.Sum();
     TracedChild app([clean](TracedChild& self) { return TraceTwice(self, clean); });
-    ASSERT_EQ(app.Told(), 1u);
+    ASSERT_EQ(app.Reported(), 1u);
     ASSERT_TRUE(monitor.Sees("999"));
     quord.Kill();
     app.Go();
-    ASSERT_EQ(app.Told(), 2u);
+    ASSERT_EQ(app.Reported(), 2u);
     if (clean) {
       EXPECT_EQ(app.Wait(), 0);
     } else {
@@ -64,11 +64,11 @@ TEST_F(Absence, ItIsTheSameOverACleanStop) {
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   TracedChild app([](TracedChild& self) { return TraceTwice(self, false); });
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   ASSERT_TRUE(monitor.Sees("999"));
   EXPECT_EQ(quord.Stop(), 0);
   app.Go();
-  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_EQ(app.Reported(), 2u);
   app.Kill();
   quord.Start();
   ExpectEverything(1500);
@@ -79,13 +79,13 @@ TEST_F(Absence, AnApplicationThatLivesIsTakenOverAndGoesOn) {
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   TracedChild app([](TracedChild& self) { return TraceTwice(self, false); });
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   ASSERT_TRUE(monitor.Sees("999"));
   quord.Kill();
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   app.Go();
-  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_EQ(app.Reported(), 2u);
   ASSERT_TRUE(monitor.Sees("1499"));
   EXPECT_EQ(monitor.Sum(), 1500u);
   QuordClient client(quord.SocketPath());
@@ -99,11 +99,11 @@ TEST_F(Absence, AMonitorThatWasAwayWhileAnApplicationCameToItsEndCountsWhatItMis
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   TracedChild app([](TracedChild& self) { return TraceTwice(self, true); });
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   ASSERT_TRUE(monitor.Sees("999"));
   monitor.Close();
   app.Go();
-  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_EQ(app.Reported(), 2u);
   EXPECT_EQ(app.Wait(), 0);
   TracedChild unknown([](TracedChild&) {
     quor_application("short");
@@ -140,7 +140,7 @@ TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
     }
   };
   TracedChild steady([](TracedChild& self) { return TraceTwice(self, true); });
-  ASSERT_EQ(steady.Told(), 1u);
+  ASSERT_EQ(steady.Reported(), 1u);
   traced += 1500;
   // So many that some are forgotten while it looks, and others while it is away.
   run(280);
@@ -148,7 +148,7 @@ TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
       << monitor.Sum();
   monitor.Close();
   steady.Go();
-  EXPECT_EQ(steady.Told(), 2u);
+  EXPECT_EQ(steady.Reported(), 2u);
   EXPECT_EQ(steady.Wait(), 0);
   run(280);
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
@@ -157,7 +157,7 @@ TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
   EXPECT_EQ(monitor.gaps, 280u * 7 + 500);
 }
 
-TEST_F(Absence, OfThoseThatCameAndWentDuringALongPauseTheSumIsTold) {
+TEST_F(Absence, OfThoseThatCameAndWentDuringALongPauseTheSumIsReported) {
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   Request pause, resume;
@@ -187,7 +187,7 @@ TEST_F(Absence, OfThoseThatCameAndWentDuringALongPauseTheSumIsTold) {
   EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.Sum() >= kApps * kTraces; }))
       << monitor.Sum();
   EXPECT_EQ(monitor.Sum(), std::uint64_t{kApps * kTraces});
-  // Fewer words than applications that lost something.
+  // Fewer reports than applications that lost something.
   EXPECT_GT(monitor.lost, 300u * kTraces);
   EXPECT_LT(monitor.losses.size(), 300u);
   monitor.Close();
@@ -234,20 +234,20 @@ TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {
     for (int round = 0;; ++round) {
       Trace(round * 100, round * 100 + 100);
       quor_flush(20000);
-      self.Tell(static_cast<std::uint64_t>(round));
+      self.Report(static_cast<std::uint64_t>(round));
       self.AwaitGo();
     }
     return 0;
   });
-  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_EQ(app.Reported(), 0u);
   ASSERT_TRUE(monitor.Sees("99"));
   // Nobody is there: what is counted is that it is not this machine's.
   ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "127.0.0.1:1")).error(), quor::wire::ERROR_NONE);
   app.Go();
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "localhost")).error(), quor::wire::ERROR_NONE);
   app.Go();
-  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_EQ(app.Reported(), 2u);
   ASSERT_TRUE(monitor.Sees("299"));
   EXPECT_EQ(monitor.delivered, 200u);
   EXPECT_EQ(monitor.lost, 0u);
@@ -263,7 +263,7 @@ TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {
     EXPECT_EQ(monitor.gaps, 0u) << restart;
   }
   app.Go();
-  ASSERT_EQ(app.Told(), 3u);
+  ASSERT_EQ(app.Reported(), 3u);
   ASSERT_TRUE(monitor.Sees("399"));
   EXPECT_EQ(monitor.delivered, 300u);
 }

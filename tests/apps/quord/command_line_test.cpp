@@ -15,7 +15,7 @@ class CommandLine : public ::testing::Test {
   QuordProcess quord;
 };
 
-TEST_F(CommandLine, HelpHasExamplesAndTheVersionIsTold) {
+TEST_F(CommandLine, HelpHasExamplesAndTheVersionIsPrinted) {
   EXPECT_EQ(quord.Run({"--help"}), 0);
   EXPECT_NE(quord.Log().find("Examples:"), std::string::npos);
   EXPECT_NE(quord.Log().find("--log-level"), std::string::npos);
@@ -35,17 +35,17 @@ TEST_F(CommandLine, WrongUseIsTwo) {
     EXPECT_EQ(quord.Run(arguments), 2) << arguments.back();
 }
 
-TEST_F(CommandLine, AValueThatIsRefusedIsToldWithItsOptionAndWhatItTakes) {
+TEST_F(CommandLine, AValueThatIsRefusedIsReportedWithItsOptionAndWhatItTakes) {
   for (const char* days : {"0", "36501", "99999999999999999999", "-1", "1.5", "a year"}) {
     const std::size_t before = quord.Log().size();
     EXPECT_EQ(quord.Run({"keys", "init", "--days", days}), 2) << days;
-    const std::string told = quord.Log().substr(before);
+    const std::string reported = quord.Log().substr(before);
     const bool number = days == std::string("0") || days == std::string("36501");
-    EXPECT_EQ(
-        told.find(number ? "quord: --days: takes 1 to 36500\n"
-                         : "quord: --days: \"" + std::string(days) + "\" is not a whole number\n"),
-        0u)
-        << told;
+    EXPECT_EQ(reported.find(number ? "quord: --days: takes 1 to 36500\n"
+                                   : "quord: --days: \"" + std::string(days) +
+                                         "\" is not a whole number\n"),
+              0u)
+        << reported;
   }
   EXPECT_FALSE(std::filesystem::exists(quord.KeysFolder()));
   for (const std::vector<std::string>& line :
@@ -112,7 +112,7 @@ TEST_F(CommandLine, FoldersMayBeNamedFromWhereItIsStarted) {
   EXPECT_EQ(access((folder + "/kept/state.db").c_str(), F_OK), 0);
 }
 
-TEST_F(CommandLine, AStateThatCannotBeKeptIsToldAndTracesAreTakenAllTheSame) {
+TEST_F(CommandLine, AStateThatCannotBeKeptIsReportedAndTracesAreTakenAllTheSame) {
   std::filesystem::create_directories(quord.Folder().File("state/state.db"));
   quord.Start();
   EXPECT_TRUE(quord.Says("what is configured will not survive a restart"));

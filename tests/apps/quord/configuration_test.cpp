@@ -23,7 +23,7 @@ std::atomic<unsigned>& Rounds() {
 // Traces at every severity and attribute until it is killed.
 int TraceOn(TracedChild& self) {
   quor_application("orders");
-  self.Tell(1);
+  self.Report(1);
   for (;;) {
     QUOR_TRACE_AT(connect_point, QUOR_INFO, "info");
     QUOR_TRACE_AT(connect_point, QUOR_INFO | QUOR_VERBOSE, "verbose");
@@ -231,7 +231,7 @@ TEST_F(Configuration, MachinesThatWereASinkOnceMakeRoomForOthers) {
   EXPECT_TRUE(monitor.Sees("home again"));
 }
 
-TEST_F(Configuration, AFileThatCannotBeWrittenIsToldInTheStream) {
+TEST_F(Configuration, AFileThatCannotBeWrittenIsReportedInTheStream) {
   quord.Start();
   QuordClient monitor, client(quord.SocketPath());
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));

@@ -52,14 +52,14 @@ TEST_F(Delivery, AnApplicationKilledInABurstDeliversEveryTraceWhoseCallReturned)
     self.AwaitGo();
     for (std::uint64_t i = 0;; ++i) {
       QUOR_TRACE_INFO(connect_point, "burst {}", i);
-      self.Tell(i);
+      self.Report(i);
     }
     return 0;
   });
   ASSERT_TRUE(monitor.Sees("first"));
   app.Go();
   std::uint64_t returned = 0;
-  for (int i = 0; i < 3000; ++i) returned = app.Told();
+  for (int i = 0; i < 3000; ++i) returned = app.Reported();
   app.Kill();
   ASSERT_TRUE(quord.Says("application burst (") && quord.Says("has ended"));
   ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.traces.size() >= returned + 2; }));
@@ -96,8 +96,8 @@ TEST_F(Delivery, AFullRingIsALossThatIsCountedExactlyWhereItHappened) {
     QUOR_TRACE_INFO(connect_point, "first");
     self.AwaitGo();
     for (int i = 0; i < 50000; ++i) QUOR_TRACE_INFO(connect_point, "number {}", i);
-    self.Tell(Counts().traced);
-    self.Tell(Counts().lost);
+    self.Report(Counts().traced);
+    self.Report(Counts().lost);
     self.AwaitGo();
     QUOR_TRACE_INFO(connect_point, "last");
     self.AwaitGo();
@@ -107,7 +107,7 @@ TEST_F(Delivery, AFullRingIsALossThatIsCountedExactlyWhereItHappened) {
   ASSERT_TRUE(monitor.Sees("first"));
   kill(quord.Pid(), SIGSTOP);
   app.Go();
-  const std::uint64_t traced = app.Told(), lost = app.Told();
+  const std::uint64_t traced = app.Reported(), lost = app.Reported();
   EXPECT_GT(lost, 0u);
   kill(quord.Pid(), SIGCONT);
   ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered + monitor.lost == traced; }));
@@ -116,12 +116,12 @@ TEST_F(Delivery, AFullRingIsALossThatIsCountedExactlyWhereItHappened) {
   EXPECT_EQ(monitor.lost, lost);
   EXPECT_EQ(monitor.delivered, traced + 1 - lost);
   ASSERT_FALSE(monitor.losses.empty());
-  std::uint64_t told = 0;
+  std::uint64_t reported = 0;
   for (const std::string& words : monitor.losses) {
     EXPECT_NE(words.find(" traces lost: the ring of the application was full"), words.npos);
-    told += std::stoull(words);
+    reported += std::stoull(words);
   }
-  EXPECT_EQ(told, lost);
+  EXPECT_EQ(reported, lost);
 }
 
 TEST_F(Delivery, FiftyApplicationsAtOnceAndEightMonitorsGetEverything) {
@@ -172,18 +172,18 @@ TEST_F(Delivery, AServiceKilledAndRestartedUnderLoadIsACountedGap) {
     for (std::uint64_t i = 0; i <= 60000; ++i) {
       QUOR_TRACE_INFO(connect_point, "{}", i);
       if (i % 100 == 0) poll(nullptr, 0, 1);
-      if (i == 20000) self.Tell(i);
+      if (i == 20000) self.Report(i);
     }
     self.AwaitGo();
     QUOR_TRACE_INFO(connect_point, "last");
-    self.Tell(Counts().traced);
+    self.Report(Counts().traced);
     quor_flush(20000);
     self.AwaitGo();
     return 0;
   });
   monitor.keepTraces = false;
   ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered > 10000; }));
-  app.Told();
+  app.Reported();
   quord.Kill();
   monitor.Pump();
   EXPECT_TRUE(monitor.ended);
@@ -192,7 +192,7 @@ TEST_F(Delivery, AServiceKilledAndRestartedUnderLoadIsACountedGap) {
   monitor.keepTraces = true;
   app.Go();
   ASSERT_TRUE(monitor.Sees("last"));
-  const std::uint64_t traced = app.Told();
+  const std::uint64_t traced = app.Reported();
   // What the ring held was kept; what the dead service had taken and not handed out is the gap.
   ASSERT_EQ(monitor.serials.size(), 1u);
   EXPECT_EQ(monitor.serials.begin()->second, traced);
@@ -215,7 +215,7 @@ TEST_F(Delivery, AStalledMonitorHoldsUpNobodyAndItsLossIsCounted) {
       quor_trace(&connect_point, QUOR_INFO, nullptr, 0, text.data(), text.size());
       if ((i + 1) % kAtATime == 0) self.AwaitGo();  // the pace of the monitor that reads
     }
-    self.Tell(Counts().lost);
+    self.Report(Counts().lost);
     return 0;
   });
   for (std::uint64_t sent = kAtATime; sent <= kTraces; sent += kAtATime) {
@@ -223,15 +223,15 @@ TEST_F(Delivery, AStalledMonitorHoldsUpNobodyAndItsLossIsCounted) {
     app.Go();
   }
   EXPECT_EQ(fast.lost, 0u);
-  EXPECT_EQ(app.Told(), 0u);
+  EXPECT_EQ(app.Reported(), 0u);
   // The stalled one wakes up: the newest are there, the others are told.
   ASSERT_TRUE(WaitFor([&] { return stalled.Pump(), stalled.delivered + stalled.lost == kTraces; }));
   EXPECT_GT(stalled.lost, fast.lost);
   ASSERT_FALSE(stalled.losses.empty());
-  bool told = false;
+  bool reported = false;
   for (const std::string& words : stalled.losses)
-    told = told || words.find(" traces lost: the monitor is too slow") != words.npos;
-  EXPECT_TRUE(told);
+    reported = reported || words.find(" traces lost: the monitor is too slow") != words.npos;
+  EXPECT_TRUE(reported);
 }
 
 TEST_F(Delivery, PauseHoldsAndResumeBringsTheBacklog) {
@@ -247,7 +247,7 @@ TEST_F(Delivery, PauseHoldsAndResumeBringsTheBacklog) {
       if (i % 1000 == 0) quor_flush(10000);
     }
     const int left = quor_flush(10000);
-    self.Tell(Counts().traced);
+    self.Report(Counts().traced);
     return left == 1 ? 0 : 1;
   });
   ASSERT_TRUE(monitor.Sees("before"));
@@ -255,7 +255,7 @@ TEST_F(Delivery, PauseHoldsAndResumeBringsTheBacklog) {
   request.mutable_pause();
   EXPECT_EQ(monitor.Ask(request).error(), quor::wire::ERROR_NONE);
   app.Go();
-  const std::uint64_t traced = app.Told();
+  const std::uint64_t traced = app.Reported();
   EXPECT_EQ(app.Wait(), 0);
   monitor.Pump();
   EXPECT_EQ(monitor.delivered, 1u);
@@ -263,7 +263,7 @@ TEST_F(Delivery, PauseHoldsAndResumeBringsTheBacklog) {
   request.mutable_resume();
   EXPECT_EQ(monitor.Ask(request).error(), quor::wire::ERROR_NONE);
   ASSERT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.delivered + monitor.lost == traced; }));
-  // The newest 10,000, in whole batches; in front of them one word on all that were dropped.
+  // The newest 10,000, in whole batches; before them one report of all that were dropped.
   EXPECT_LE(monitor.delivered, 10001u);
   EXPECT_GT(monitor.delivered, 9000u);
   ASSERT_EQ(monitor.losses.size(), 1u);
@@ -281,11 +281,11 @@ TEST_F(Delivery, ACleanStopBringsWhatWasTracedAndRemovesTheSocket) {
   TracedChild app([](TracedChild& self) {
     quor_application("stop");
     for (int i = 0; i < 1000; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
-    self.Tell(quor_flush(10000) == 1);
+    self.Report(quor_flush(10000) == 1);
     self.AwaitGo();
     return 0;
   });
-  EXPECT_EQ(app.Told(), 1u);
+  EXPECT_EQ(app.Reported(), 1u);
   EXPECT_EQ(quord.Stop(), 0);
   monitor.Pump();
   EXPECT_TRUE(monitor.ended);

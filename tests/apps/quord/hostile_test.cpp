@@ -10,7 +10,7 @@
 #include "quor/link/segment_folder.h"
 #include "quor/ring/ring_producer.h"
 #include "quor/ring/segment_map.h"
-#include "quor/service/local_door.h"
+#include "quor/service/local_listener.h"
 #include "quord_client.h"
 #include "records/name_record.h"
 #include "records/record_fields.h"
@@ -78,7 +78,7 @@ TEST_F(Hostile, GarbageEndsThatConnectionWithAReasonInTheLog) {
   EXPECT_TRUE(quord.Says("malformed: "));
 }
 
-TEST_F(Hostile, GarbageBehindTheWelcomeEndsThatConnection) {
+TEST_F(Hostile, GarbageAfterTheWelcomeEndsThatConnection) {
   for (const Bytes_t& bytes : {Bytes_t{0, 0, 0, 0, 4}, Bytes_t{0xFF, 0xFF, 0xFF, 0xFF, 4},
                                Bytes_t{0, 0, 0, 3, 4, 0xFF, 0xFF}, Bytes_t{0, 0, 0, 1, 99},
                                Bytes_t{0, 0, 0, 1, 6}, Bytes_t{0, 0, 0, 1, 1}}) {
@@ -106,14 +106,14 @@ TEST_F(Hostile, AReplayedHelloEndsTheConnection) {
   EXPECT_TRUE(IsEnded(client));
 }
 
-TEST_F(Hostile, AnUnknownVersionIsRefusedInWords) {
+TEST_F(Hostile, AnUnknownVersionIsRefusedWithAReason) {
   QuordClient client(quord.SocketPath());
   EXPECT_FALSE(client.Hello(quor::wire::ROLE_MONITOR, 99));
   EXPECT_EQ(client.refused.code(), quor::wire::ERROR_VERSION);
   EXPECT_EQ(client.refused.text(), "version 99 of the protocol is not known here, only 1");
 }
 
-TEST_F(Hostile, WhoeverSaysNothingIsSentAway) {
+TEST_F(Hostile, WhoeverSaysNothingIsDisconnected) {
   const int silent = ConnectToService(quord.SocketPath().c_str());
   const int slow = ConnectToService(quord.SocketPath().c_str());
   EXPECT_TRUE(SendOnLink(slow, {0, 0, 0}));
@@ -161,7 +161,7 @@ TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
 }
 
 // Makes it again and again, as a runtime does whose link has ended.
-TEST_F(Hostile, ASegmentThatIsReadNoFurtherIsToldOnceAndItsLinkIsRefused) {
+TEST_F(Hostile, ASegmentThatIsReadNoFurtherIsReportedOnceAndItsLinkIsRefused) {
   SegmentMap broken;
   ASSERT_TRUE(broken.Create({64, 4096, 4096}, 1, 12345));
   RingProducer producer(broken);
@@ -277,7 +277,7 @@ TEST_F(Hostile, MoreTracesThanTheMachineCanHaveMadeAreNotBelievedToBeLost) {
   }
   record->Header()->pendingDrops.store(0);
   dropped->Header()->dropped.store(kLie);
-  sink->Header()->sinkUntold.store(kLie);
+  sink->Header()->sinkUnreported.store(kLie);
   for (auto* const segment : {&pending, &record, &dropped, &sink}) {
     SCOPED_TRACE(segment == &pending ? "pending" : segment == &record ? "record" : "the dead's");
     const std::size_t before = quord.Log().size();
@@ -285,10 +285,10 @@ TEST_F(Hostile, MoreTracesThanTheMachineCanHaveMadeAreNotBelievedToBeLost) {
       const int descriptor = (*segment)->Descriptor();
       const int link = ConnectToService(quord.SocketPath().c_str());
       SendOnLink(link, EncodeHello(Named("liar")), &descriptor, 1);
-      self.Tell(1);
+      self.Report(1);
       return 0;
     });
-    EXPECT_EQ(owner.Told(), 1u);
+    EXPECT_EQ(owner.Reported(), 1u);
     EXPECT_EQ(owner.Wait(), 0);
     segment->reset();  // the owner dies here
     EXPECT_TRUE(WaitFor([&] {
@@ -350,7 +350,7 @@ TEST_F(Hostile, AForwarderThatUsesAnothersIdsTouchesNothingOfIt) {
     self.AwaitGo();
     ForwardClient client(quord.SocketPath(), stream);
     client.Word((std::uint64_t{1} << 56) - 1, 0, 0);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     return 0;
   });
@@ -359,7 +359,7 @@ TEST_F(Hostile, AForwarderThatUsesAnothersIdsTouchesNothingOfIt) {
   good.Word(1, 1, 0);
   EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
   liar.Go();
-  ASSERT_EQ(liar.Told(), 1u);
+  ASSERT_EQ(liar.Reported(), 1u);
   // It goes on with its stream, and is believed.
   good.OneTrace();
   good.Word(5, 2, 3);
@@ -419,7 +419,7 @@ TEST_F(Hostile, AnotherUsersProcessIsRefused) {
   EXPECT_FALSE(MayEnter({0, 1}, 1000));
   EXPECT_FALSE(MayEnter({kNobody, 1}, 0));
   if (geteuid() != 0) return;  // the check above is all that can be had without rights
-  // The doors of the file system are opened, so that the peer check alone is left.
+  // The rights of folder and socket let everybody in, so that the peer check alone is left.
   ASSERT_EQ(chmod(quord.Folder().Path().c_str(), 0755), 0);
   ASSERT_EQ(chmod(quord.SocketPath().c_str(), 0666), 0);
   const pid_t other = fork();
@@ -437,7 +437,7 @@ TEST_F(Hostile, AnotherUsersProcessIsRefused) {
     pollfd ready{socket, POLLIN, 0};
     poll(&ready, 1, 10000);
     char byte;
-    _exit(recv(socket, &byte, 1, 0) <= 0 ? 0 : 92);  // ended without a word
+    _exit(recv(socket, &byte, 1, 0) <= 0 ? 0 : 92);  // closed without an answer
   }
   EXPECT_EQ(WaitForExit(other), 0);
   EXPECT_TRUE(quord.Says("of user 65534 is refused: only the user of this service may connect"));
@@ -455,7 +455,7 @@ TEST_F(Hostile, ASecondServiceIsRefusedAndALiveSocketNotTakenOver) {
   EXPECT_TRUE(quord.Says("another process answers there without the lock"));
 }
 
-TEST(Door, AFolderThatOthersMayEnterIsRefused) {
+TEST(LocalListener, AFolderThatOthersMayEnterIsRefused) {
   QuordProcess quord;
   chmod(quord.Folder().Path().c_str(), 0755);
   EXPECT_EQ(quord.Run({"--foreground"}), 1);
@@ -463,7 +463,7 @@ TEST(Door, AFolderThatOthersMayEnterIsRefused) {
   chmod(quord.Folder().Path().c_str(), 0700);
 }
 
-TEST(Door, ASocketThatADeadServiceLeftBehindIsReplaced) {
+TEST(LocalListener, ASocketThatADeadServiceLeftBehindIsReplaced) {
   QuordProcess quord;
   quord.Start();
   quord.Kill();

@@ -41,7 +41,7 @@ class Machines : public ::testing::Test {
       quor_flush(10000);
       quor_counts counts{};
       quor_get_counts(&counts);
-      self.Tell(counts.traced);
+      self.Report(counts.traced);
       self.AwaitGo();
     }
   }
@@ -53,13 +53,13 @@ class Machines : public ::testing::Test {
 
 TEST_F(Machines, TracesArriveUnderTheirMachinesNameAndACableThatIsPulledForAMomentLosesNothing) {
   TracedChild app([this](TracedChild& self) { return Trace(self, 1000, 10); });
-  EXPECT_EQ(app.Told(), 1001u);
+  EXPECT_EQ(app.Reported(), 1001u);
   ASSERT_TRUE(monitor.Sees("end of 0"));
   for (const SeenTrace& trace : monitor.traces) EXPECT_EQ(trace.machine, "near-host");
   EXPECT_EQ(monitor.welcome.machine(), "far-host");
   ASSERT_TRUE(machines.Cut()) << machines.Why();
   app.Go();
-  EXPECT_EQ(app.Told(), 2002u);
+  EXPECT_EQ(app.Reported(), 2002u);
   ASSERT_TRUE(machines.Mend()) << machines.Why();
   ASSERT_TRUE(monitor.Sees("end of 1"));
   EXPECT_EQ(monitor.delivered, 2002u);
@@ -73,12 +73,12 @@ TEST_F(Machines, ACableThatStaysPulledIsNoticedAndWhatDoesNotFitIsCountedExactly
     return WaitFor([&] { return monitor.Beat(), monitor.Pump(), monitor.Sum() == traced; }, 60000);
   };
   ASSERT_TRUE(gets(100'001)) << monitor.Sum();
-  EXPECT_EQ(app.Told(), 100'001u);
+  EXPECT_EQ(app.Reported(), 100'001u);
   EXPECT_EQ(monitor.lost, 0u);
   ASSERT_TRUE(machines.Cut()) << machines.Why();
   app.Go();
-  const std::uint64_t traced = app.Told();
-  // No word comes: the silence is reported, and then that the machine cannot be reached.
+  const std::uint64_t traced = app.Reported();
+  // No message comes: the silence is reported, and then that the machine cannot be reached.
   ASSERT_TRUE(WaitFor([&] {
     monitor.Beat();
     return near.Log().find("cannot forward to 10.77.0.2:7447") != std::string::npos;
@@ -88,19 +88,19 @@ TEST_F(Machines, ACableThatStaysPulledIsNoticedAndWhatDoesNotFitIsCountedExactly
   // 100 MB went into a store of 64 MiB.
   EXPECT_GT(monitor.lost, 10'000u);
   EXPECT_GT(monitor.delivered, 100'000u);
-  // Behind the mended cable comes a flood, for which this monitor may be too slow; that is reported
-  // too.
-  std::uint64_t told = 0, onTheWay = 0;
+  // After the cable is mended comes a flood, for which this monitor may be too slow; that is
+  // reported too.
+  std::uint64_t reported = 0, onTheWay = 0;
   for (const std::string& words : monitor.losses) {
     const std::uint64_t lost = std::stoull(words);
-    told += lost;
+    reported += lost;
     if (words.find(" traces lost: the link to the other machine is broken or too slow") !=
         words.npos)
       onTheWay += lost;
     else
       EXPECT_NE(words.find(" traces lost: the monitor is too slow"), words.npos) << words;
   }
-  EXPECT_EQ(told, monitor.lost);
+  EXPECT_EQ(reported, monitor.lost);
   EXPECT_GT(onTheWay, 10'000u);
 }
 

@@ -56,9 +56,9 @@ int TraceAndGiveUp(TracedChild& self, GivesUp what, const std::string& emptyFold
   quor_application("daemon");
   for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
   if (quor_flush(20000) != 1) return 1;
-  self.Tell(1);
+  self.Report(1);
   self.AwaitGo();
-  self.Tell(GiveUp(what, emptyFolder.c_str()) ? 1 : 0);
+  self.Report(GiveUp(what, emptyFolder.c_str()) ? 1 : 0);
   // Until it has nothing any more by which it could be known as dead.
   for (int i = 100; i < 150; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
   self.AwaitGo();
@@ -75,14 +75,14 @@ TEST_F(OutOfReach, WhoHasGivenUpItsUserOrItsRootIsReadByTheNextServiceWhileItLiv
   for (const GivesUp what : {GivesUp::Descriptors, GivesUp::User, GivesUp::Root}) {
     daemons.push_back(std::make_unique<TracedChild>(
         [&](TracedChild& self) { return TraceAndGiveUp(self, what, empty); }));
-    ASSERT_EQ(daemons.back()->Told(), 1u);
+    ASSERT_EQ(daemons.back()->Reported(), 1u);
     traced += 200;
   }
   ASSERT_TRUE(Comes([&] { return monitor.Sum() == 300; }));
   quord.Kill();
   std::uint64_t gaveUp = 0;
   for (const auto& daemon : daemons) daemon->Go();
-  for (const auto& daemon : daemons) gaveUp += daemon->Told();
+  for (const auto& daemon : daemons) gaveUp += daemon->Reported();
   // Another user may give up no more than its descriptors: the others link again.
   EXPECT_EQ(gaveUp, mayAll ? 3u : 1u);
   quord.Start();
@@ -102,13 +102,13 @@ TEST_F(OutOfReach, WhoLosesItsLinkForGoodIsReadOnByTheSameService) {
     // In this order: there is no moment in which it could link again.
     if (!GiveUp(GivesUp::Descriptors, "")) return 2;
     for (int number = 3; number < 1024; ++number)
-      if (number != self.GoEnd() && number != self.TellEnd()) close(number);
-    self.Tell(1);
+      if (number != self.GoEnd() && number != self.ReportEnd()) close(number);
+    self.Report(1);
     self.AwaitGo();
     for (int i = 100; i < 200; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
     for (;;) pause();
   });
-  ASSERT_EQ(daemon.Told(), 1u);
+  ASSERT_EQ(daemon.Reported(), 1u);
   EXPECT_TRUE(quord.Says("is read without a link"));
   daemon.Go();
   EXPECT_TRUE(Comes([&] { return monitor.Sum() == 200; })) << monitor.Sum();
@@ -185,7 +185,7 @@ class LateOrders : public OutOfReach {
     }));
     for (int i = 0; i < kWriters; ++i) EXPECT_TRUE(Links(i)) << i;
   }
-  // Settings come over a link alone: one that hears the other ones has it, and goes on to trace.
+  // Settings come over a link alone: one that gets the other ones has a link, and goes on tracing.
   bool Links(int i) {
     QuordClient client(quord.SocketPath());
     if (!client.Hello(quor::wire::ROLE_CONFIGURE)) return false;

@@ -1,7 +1,7 @@
 // A client of the service that checks every byte: hello, requests, and a monitor.
 #pragma once
 
-#include "monitor_proof.h"
+#include "checked_monitor.h"
 #include "quor/link/link_socket.h"
 #include "quor/protocol/frames.h"
 #include "quor/protocol/quor.pb.h"
@@ -11,7 +11,7 @@ using quor::wire::Request;
 using quor::wire::Response;
 using quor::wire::Role;
 
-class QuordClient final : public MonitorProof {
+class QuordClient final : public CheckedMonitor {
  public:
   QuordClient() = default;
   explicit QuordClient(const std::string& path) { Connect(path); }

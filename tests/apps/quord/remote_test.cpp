@@ -83,7 +83,7 @@ TEST_F(Remote, MissingForeignExpiredAndWrongCertificatesAreRefused) {
   EXPECT_TRUE(quord.Says("certificate has expired"));
 }
 
-TEST_F(Remote, WhereNobodyListensTheWordsTellHostAndPortAndTheWayOut) {
+TEST_F(Remote, WhereNobodyListensTheMessageNamesHostPortAndRemedy) {
   ASSERT_EQ(quord.Stop(), 0);
   std::string why;
   EXPECT_FALSE(MonitorsWith(Keys("monitor"), &why));
@@ -272,7 +272,7 @@ int TraceInSteps(TracedChild& self) {
   for (int step = 0;; ++step) {
     for (int i = 0; i < 1000; ++i) QUOR_TRACE_INFO(connect_point, "{} {}", step, i);
     quor_flush(10000);
-    self.Tell(static_cast<std::uint64_t>(step));
+    self.Report(static_cast<std::uint64_t>(step));
     self.AwaitGo();
   }
   return 0;
@@ -282,12 +282,12 @@ TEST_F(Forwarding, TracesReachTheOtherMachineAndALinkCutAndMendedLosesNothing) {
   QuordClient here;
   ASSERT_TRUE(here.Monitor(near->SocketPath()));
   TracedChild app(TraceInSteps);
-  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_EQ(app.Reported(), 0u);
   ASSERT_TRUE(monitor.Sees("0 999"));
   cable->Cut();
   for (std::uint64_t step = 1; step <= 3; ++step) {
     app.Go();
-    ASSERT_EQ(app.Told(), step);
+    ASSERT_EQ(app.Reported(), step);
   }
   ASSERT_TRUE(near->Says("cannot forward to"));
   EXPECT_EQ(monitor.delivered, 1000u);
@@ -303,16 +303,16 @@ TEST_F(Forwarding, TracesReachTheOtherMachineAndALinkCutAndMendedLosesNothing) {
 
 TEST_F(Forwarding, TheOtherServiceKilledAndRestartedIsBridged) {
   TracedChild app(TraceInSteps);
-  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_EQ(app.Reported(), 0u);
   ASSERT_TRUE(monitor.Sees("0 999"));
   const std::string port = quord.Port();
   quord.Kill();
   app.Go();
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   quord.Start({"--listen", "127.0.0.1:" + port});
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   app.Go();
-  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_EQ(app.Reported(), 2u);
   ASSERT_TRUE(monitor.Sees("2 999"));
   // What came while this monitor was away is the gap; nothing else is missing.
   EXPECT_EQ(monitor.delivered + monitor.lost + monitor.gaps, 3000u);
@@ -362,24 +362,24 @@ TEST_F(Forwarding, NamesThatAreUsedUpAreBegunAnewWhenNothingIsUnderWay) {
 
 TEST_F(Forwarding, TheForwardingServiceKilledIsACountedGapAtTheOther) {
   TracedChild app(TraceInSteps);
-  ASSERT_EQ(app.Told(), 0u);
+  ASSERT_EQ(app.Reported(), 0u);
   ASSERT_TRUE(monitor.Sees("0 999"));
   cable->Cut();
   app.Go();
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   ASSERT_TRUE(near->Says("cannot forward to"));
   near->Kill();
   cable->Mend();
   near->Start();
   app.Go();
-  ASSERT_EQ(app.Told(), 2u);
+  ASSERT_EQ(app.Reported(), 2u);
   ASSERT_TRUE(monitor.Sees("2 999"));
   EXPECT_EQ(monitor.delivered + monitor.lost, 3000u);
   EXPECT_LE(monitor.lost, 1000u);
 }
 
 // What it held for the other machine when it ended: of an application that lives and says no more,
-// of one that the other machine has never heard of, and over two ends.
+// of one that the other machine does not know, and over two ends.
 class Held : public Forwarding {
  protected:
   static int TraceAndEnd(TracedChild&) {
@@ -392,11 +392,11 @@ class Held : public Forwarding {
   }
   void CutAndEndTwice(const std::function<void()>& end) {
     TracedChild app(TraceInSteps);
-    ASSERT_EQ(app.Told(), 0u);
+    ASSERT_EQ(app.Reported(), 0u);
     ASSERT_TRUE(monitor.Sees("0 999"));
     cable->Cut();
     app.Go();
-    ASSERT_EQ(app.Told(), 1u);
+    ASSERT_EQ(app.Reported(), 1u);
     TracedChild unheardOf(TraceAndEnd);
     EXPECT_EQ(unheardOf.Wait(), 0);
     ASSERT_TRUE(near->Says("has ended"));
@@ -415,21 +415,21 @@ class Held : public Forwarding {
     ASSERT_TRUE(Gets(2070)) << monitor.Sum() << near->Log();
     EXPECT_EQ(monitor.delivered, 1000u);
     EXPECT_EQ(monitor.lost, 1070u);
-    std::uint64_t told = 0;
+    std::uint64_t reported = 0;
     for (const std::string& words : monitor.losses) {
-      told += std::stoull(words);
+      reported += std::stoull(words);
       EXPECT_NE(words.find("ended before it could hand them on"), words.npos) << words;
     }
-    EXPECT_EQ(told, 1070u);
+    EXPECT_EQ(reported, 1070u);
     // The other one goes on with the next, and nothing is reported twice.
     app.Go();
-    ASSERT_EQ(app.Told(), 2u);
+    ASSERT_EQ(app.Reported(), 2u);
     ASSERT_TRUE(monitor.Sees("2 999"));
     EXPECT_EQ(monitor.Sum(), 3070u);
     end();
     near->Start();
     app.Go();
-    ASSERT_EQ(app.Told(), 3u);
+    ASSERT_EQ(app.Reported(), 3u);
     ASSERT_TRUE(monitor.Sees("3 999"));
     EXPECT_EQ(monitor.Sum(), 4070u);
   }

@@ -70,13 +70,13 @@ TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   TracedChild longLife([](TracedChild& self) {
     for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
     self.AwaitGo();
     return 0;
   });
-  ASSERT_EQ(longLife.Told(), 1u);
+  ASSERT_EQ(longLife.Reported(), 1u);
   ASSERT_TRUE(Sums(100));
   Damage(GetParam());
   for (int i = 0; i < kShortLives; ++i) {
@@ -111,11 +111,11 @@ TEST_F(BusyApplication, HoldsTheFolderWhenTheServiceEndsAndAnEmptyOneGoesWithIt)
   quord.Start();
   TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(connect_point, "one");
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     return 0;
   });
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   const std::string held = fs::canonical(Segments());
   EXPECT_EQ(quord.Stop(), 0);
   EXPECT_TRUE(fs::exists(held));
@@ -124,7 +124,7 @@ TEST_F(BusyApplication, HoldsTheFolderWhenTheServiceEndsAndAnEmptyOneGoesWithIt)
   EXPECT_EQ(app.Wait(), 0);
 }
 
-// Nobody rings for it: the killed service was just polling, and the next cannot find the file.
+// Nothing wakes it: the killed service was just polling, and the next cannot find the file.
 TEST_F(BusyApplication, ComesToTheNextServiceThatWatchesAnotherFolder) {
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
@@ -157,10 +157,10 @@ TEST_F(BusyApplication, NeedsNobodysLockForItsFirstTraceAndTheFolderIsSeenWhenIt
   if (fs::is_symlink(Segments())) fs::remove(Segments());
   TracedChild first([](TracedChild& self) {
     QUOR_TRACE_INFO(connect_point, "first");
-    self.Tell(static_cast<std::uint64_t>(quor_flush(20000)));
+    self.Report(static_cast<std::uint64_t>(quor_flush(20000)));
     return 0;
   });
-  EXPECT_EQ(first.Told(), 1u);
+  EXPECT_EQ(first.Reported(), 1u);
   EXPECT_EQ(first.Wait(), 0);
   EXPECT_TRUE(monitor.Sees("first"));
   EXPECT_FALSE(fs::exists(Segments()));

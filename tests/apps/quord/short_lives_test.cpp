@@ -1,4 +1,4 @@
-// Applications that end before anybody has spoken with them, or while nobody can: what they traced
+// Applications that end before anybody has connected to them, or while nobody can: what they traced
 // is delivered all the same.
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -101,11 +101,11 @@ TEST_F(ShortLives, AChildThatWasMadePastTheCLibraryTracesAsItsParent) {
     int status = 0;
     waitpid(child, &status, 0);
     Trace(30);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     return 0;
   });
-  ASSERT_EQ(parent.Told(), 1u);
+  ASSERT_EQ(parent.Reported(), 1u);
   ExpectDelivered(60);
   EXPECT_EQ(monitor.Count("parent"), 60u);
   parent.Go();
@@ -117,7 +117,7 @@ TEST_F(ShortLives, AChildThatWasMadePastTheCLibraryTracesAsItsParent) {
 TEST_F(ShortLives, WhileTheServiceStandsStillNothingOfThemIsLost) {
   StartWithMonitor();
   kill(quord.Pid(), SIGSTOP);
-  // More than its door has room for.
+  // More than its listen queue holds.
   Live(600, [] { Trace(3); });
   kill(quord.Pid(), SIGCONT);
   ExpectDelivered(1800);
@@ -139,10 +139,10 @@ TEST_F(ShortLives, AThousandIdleConnectionsKeepNothingOfThemOut) {
   Live(100, [] { Trace(3); });
   TracedChild longer([](TracedChild& self) {
     Trace(1);
-    self.Tell(static_cast<std::uint64_t>(quor_flush(20000)));
+    self.Report(static_cast<std::uint64_t>(quor_flush(20000)));
     return 0;
   });
-  EXPECT_EQ(longer.Told(), 1u);  // this one has met the service
+  EXPECT_EQ(longer.Reported(), 1u);  // this one has met the service
   ExpectDelivered(301);
   for (const int socket : idle) close(socket);
 }
@@ -162,12 +162,12 @@ TEST_F(ShortLives, AServiceWhoseFolderIsRemovedMakesItAnewAndGoesOn) {
   TracedChild app([](TracedChild& self) {
     quor_application("steady");
     Trace(5);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     Trace(5);
     return quor_flush(20000) == 1 ? 0 : 1;
   });
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   ASSERT_TRUE(monitor.Sees("4"));
   RemoveSegments(quord.Folder().Path());
   for (const char* const name : {"quord.sock", "quord.lock", "segments"})
@@ -197,12 +197,12 @@ TEST_F(ShortLives, AnInstanceEndsWhenItsProcessBecomesAnotherProgram) {
   TracedChild app([](TracedChild& self) {
     quor_application("before exec");
     Trace(7);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     execl("/bin/sleep", "sleep", "1000", nullptr);
     return 1;
   });
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   ASSERT_TRUE(monitor.Sees("6"));
   QuordClient client(quord.SocketPath());
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
@@ -221,9 +221,9 @@ TEST_F(ShortLives, AnApplicationThatClosesAllDescriptorsKeepsItsFilesAndIsTraced
     quor_application("daemon");
     Trace(10);
     quor_flush(20000);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
-    const int told = dup2(self.TellEnd(), 1000), go = dup2(self.GoEnd(), 1001);
+    const int reported = dup2(self.ReportEnd(), 1000), go = dup2(self.GoEnd(), 1001);
     close_range(3, 999, 0);
     std::vector<int> own;
     // By the system's call: for a thread sanitizer the library's look at such a number is a race.
@@ -244,17 +244,17 @@ TEST_F(ShortLives, AnApplicationThatClosesAllDescriptorsKeepsItsFilesAndIsTraced
     int status = 0;
     waitpid(child, &status, 0);
     const std::uint64_t good = status == 0 ? 1 : 0;
-    if (write(told, &good, sizeof good) != sizeof good) return 1;
+    if (write(reported, &good, sizeof good) != sizeof good) return 1;
     char byte;
     return read(go, &byte, 1) == 1 ? 0 : 1;
   });
-  ASSERT_EQ(app.Told(), 1u);
+  ASSERT_EQ(app.Reported(), 1u);
   QuordClient client(quord.SocketPath());
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
   app.Go();
-  EXPECT_EQ(app.Told(), 1u);
+  EXPECT_EQ(app.Reported(), 1u);
   ExpectDelivered(10 + 1000 + 1 + 10);
-  // It is linked again, and hears of settings.
+  // It is linked again, and receives settings.
   auto seen = client.Ask(OpenAppRequest("daemon")).app();
   EXPECT_NE(Instances(client, "daemon"), 0u) << quord.Log();
   EXPECT_EQ(client.Ask(SubmitAllRequest(seen, 0x1F)).error(), quor::wire::ERROR_NONE);
@@ -297,11 +297,11 @@ TEST_F(ShortLives, ASegmentThatIsCutOffCostsItsApplicationOnly) {
       const int descriptor = segment.Descriptor();
       if (!known && ftruncate(descriptor, bytes) != 0) return 1;
       own.Show();
-      self.Tell(1);
+      self.Report(1);
       self.AwaitGo();
       return ftruncate(descriptor, bytes) == 0 ? 0 : 1;
     });
-    ASSERT_EQ(liar.Told(), 1u);
+    ASSERT_EQ(liar.Reported(), 1u);
     const std::string pid = std::to_string(liar.Pid());
     EXPECT_TRUE(quord.Says(known ? "(" + pid + ") is here" : "segment " + pid));
     liar.Go();

@@ -65,19 +65,19 @@ class TwoMachines {
   // Starts a process that only keeps the namespace alive. `user`: the user namespace that owns it;
   // empty for root.
   void Hold(pid_t& holder, const std::string& host, const std::string& user) {
-    int told[2];
-    ASSERT_EQ(pipe2(told, O_CLOEXEC), 0);
+    int reported[2];
+    ASSERT_EQ(pipe2(reported, O_CLOEXEC), 0);
     const uid_t uid = geteuid();
     const pid_t pid = fork();
     if (pid == 0) {
       const bool made = Become(host, user, uid);
-      [[maybe_unused]] const ssize_t written = write(told[1], made ? "y" : "n", 1);
+      [[maybe_unused]] const ssize_t written = write(reported[1], made ? "y" : "n", 1);
       for (;;) pause();
     }
     char answer = 'n';
-    close(told[1]);
-    [[maybe_unused]] const ssize_t got = read(told[0], &answer, 1);
-    close(told[0]);
+    close(reported[1]);
+    [[maybe_unused]] const ssize_t got = read(reported[0], &answer, 1);
+    close(reported[0]);
     holder = pid;
     if (answer == 'y') return;
     kill(pid, SIGKILL);

@@ -45,7 +45,7 @@ TEST_F(Units, OfTheUserAndOfTheSystemAreRight) {
   EXPECT_NE(Verify("--user", {m_dir.File("bad.service")}), "");
 }
 
-TEST_F(Units, TheManagerIsToldWhenTheServiceServes) {
+TEST_F(Units, TheManagerIsNotifiedWhenTheServiceServes) {
   QuordProcess quord;
   const int manager = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   sockaddr_un address{};

@@ -17,7 +17,7 @@ TEST(ProgramOptions, AFileAloneIsLeftToTheApplication) {
   EXPECT_FALSE(options.dark || options.help || options.version);
 }
 
-TEST(ProgramOptions, AValueStandsBehindTheOptionOrBehindItsEqualsSign) {
+TEST(ProgramOptions, AValueStandsAfterTheOptionOrAfterItsEqualsSign) {
   const ProgramOptions options =
       ParseProgramOptions({"--settings", "a.ini", "--render=b.png", "--monitor", "web", "--dark"});
   EXPECT_EQ(options.settings, "a.ini");
@@ -46,7 +46,7 @@ TEST(ProgramOptions, WhatIsNotKnownIsLeftForTheWindowSystem) {
   EXPECT_TRUE(options.dark);
 }
 
-TEST(ProgramOptions, BehindTwoDashesEverythingIsAFile) {
+TEST(ProgramOptions, AfterTwoDashesEverythingIsAFile) {
   const ProgramOptions options = ParseProgramOptions({"--", "--dark", "-h"});
   EXPECT_EQ(options.rest, (Arguments{"--", "--dark", "-h"}));
   EXPECT_FALSE(options.dark || options.help);

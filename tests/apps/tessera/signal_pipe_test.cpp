@@ -30,9 +30,9 @@ TEST_F(SignalPipeTest, EachSignalIsAnEventOfTheLoop) {
   }
 }
 
-TEST_F(SignalPipeTest, TheEndOfTheSessionIsNoPersonsClose) {
+TEST_F(SignalPipeTest, TheEndOfTheSessionIsNoCloseByTheUser) {
   const SignalPipe pipe([this] { ++m_asked; });
-  QEvent quit(QEvent::Quit);  // what the session's manager makes of its word
+  QEvent quit(QEvent::Quit);  // what the session manager's message becomes
   QCoreApplication::sendEvent(&m_application, &quit);
   EXPECT_EQ(m_asked, 1);
   EXPECT_TRUE(pipe.Asked());

@@ -95,7 +95,7 @@ class TrcChangedFile : public testing::Test {
   const std::string m_path = m_temp.File("read.trc"), m_out = m_temp.File("out");
 };
 
-TEST_F(TrcChangedFile, ACutIsToldOnceAndTheAnswerIsNotTheWholeOne) {
+TEST_F(TrcChangedFile, ACutIsReportedOnceAndTheAnswerIsNotTheWholeOne) {
   for (const auto& arguments : Tellers()) {
     const TrcRun run = RunWhile(arguments, m_whole, Cut);
     EXPECT_EQ(run.status, kNotWhole) << arguments[0];
@@ -121,21 +121,21 @@ TEST_F(TrcChangedFile, WhatWouldBeWrittenFromACutFileIsNotAndTheOldTargetStays) 
   }
 }
 
-TEST_F(TrcChangedFile, AWriteInItsMiddleIsToldToo) {
-  const TrcRun told = RunWhile({"dump", m_path}, m_whole, Overwrite);
-  EXPECT_EQ(told.status, kNotWhole);
+TEST_F(TrcChangedFile, AWriteInItsMiddleIsReportedToo) {
+  const TrcRun reported = RunWhile({"dump", m_path}, m_whole, Overwrite);
+  EXPECT_EQ(reported.status, kNotWhole);
   const std::string words =
       "trc: " + m_path + ": changed while it was read: another program has written to the file";
-  EXPECT_EQ(told.err, words + "\n");
+  EXPECT_EQ(reported.err, words + "\n");
   const TrcRun written = RunWhile({"save", m_path, m_out}, m_whole, Overwrite);
   EXPECT_EQ(written.status, kRefused);
   EXPECT_EQ(written.err, words + "; " + m_out + " is not written\n");
 }
 
 TEST_F(TrcChangedFile, AFileThatGrowsIsReadAsFarAsItWent) {
-  const TrcRun told = RunWhile({"export", m_path, "-"}, m_whole, Append);
-  EXPECT_EQ(told.status, 0);
-  EXPECT_EQ(told.err, "");
+  const TrcRun reported = RunWhile({"export", m_path, "-"}, m_whole, Append);
+  EXPECT_EQ(reported.status, 0);
+  EXPECT_EQ(reported.err, "");
   EXPECT_EQ(RunWhile({"save", m_path, m_out}, m_whole, Append).status, 0);
   EXPECT_EQ(ReadAll(m_out), ReadAll(m_whole));
 }

@@ -8,7 +8,7 @@ bool Has(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-// Wrong use: nothing on standard output, words on standard error, status 2.
+// Wrong use: nothing on standard output, a message on standard error, status 2.
 void ExpectRefused(const std::vector<std::string>& arguments, const std::string& words) {
   const TrcRun run = RunTrc(arguments);
   EXPECT_EQ(run.status, 2) << testing::PrintToString(arguments);
@@ -139,7 +139,7 @@ TEST(TrcCommandLine, ANumberIsPlainDecimalDigitsThatFit) {
 
 TEST(TrcCommandLine, AFlagRefusesAValue) {
   ExpectRefused({"tail", "--utc=5"}, "trc: --utc takes no value\nTry 'trc tail --help'.\n");
-  // Each of these would have been taken, or left out without a word.
+  // Each of these would have been taken, or ignored without a message.
   for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
            {"dump", "--utc=false", "a.trc"},
            {"dump", "--utc=", "a.trc"},
@@ -163,7 +163,7 @@ TEST(TrcCommandLine, AnUnknownFormatIsWrongUse) {
   ExpectRefused({"dump", "a.trc", "--format", "xml"}, "--format");
 }
 
-TEST(TrcCommandLine, AnUnknownColumnIsToldWithTheListOfColumns) {
+TEST(TrcCommandLine, AnUnknownColumnIsReportedWithTheListOfColumns) {
   ExpectRefused({"dump", "a.trc", "--columns", "Time,Colour"}, "\"Colour\"");
   ExpectRefused({"dump", "a.trc", "--columns", "Time,Colour"},
                 "Sev, Count, Tic Count, Tic Diff, Time, Machine, Application, Component, "
@@ -175,7 +175,7 @@ TEST(TrcCommandLine, ColumnsGoWithTheTextFormatOnly) {
   ExpectRefused({"dump", "a.trc", "--format", "jsonl", "--columns", "Time"}, "--columns");
 }
 
-TEST(TrcCommandLine, AFileThatCannotBeOpenedIsToldWithTheReason) {
+TEST(TrcCommandLine, AFileThatCannotBeOpenedIsReportedWithTheReason) {
   const TempDir directory;
   const std::string missing = directory.File("no.trc");
   const std::string empty = directory.File("empty.trc", "");
@@ -188,7 +188,7 @@ TEST(TrcCommandLine, AFileThatCannotBeOpenedIsToldWithTheReason) {
   EXPECT_FALSE(std::filesystem::exists(directory.File("out.trc")));
 }
 
-TEST(TrcCommandLine, ASinkFileInACurrentFolderThatIsGoneIsToldWithTheReason) {
+TEST(TrcCommandLine, ASinkFileInACurrentFolderThatIsGoneIsReportedWithTheReason) {
   const std::filesystem::path before = std::filesystem::current_path();
   {
     const TempDir directory;
@@ -247,7 +247,7 @@ TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
     EXPECT_GE(options.size(), 1u) << command;  // --help itself
     known += options.size();
     for (const std::string& words : options) {
-      const std::string option = words.substr(words.find("--"));  // behind "-f,"
+      const std::string option = words.substr(words.find("--"));  // after "-f,"
       EXPECT_TRUE(option == "--help" || Has(section, option)) << command << " " << option;
       EXPECT_TRUE(Has(bash, option)) << option;
       EXPECT_TRUE(Has(zsh, option)) << option;

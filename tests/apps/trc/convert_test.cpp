@@ -84,14 +84,14 @@ TEST(TrcConvert, AFileOfAnotherFormatIsRefusedAndNoNewFileIsMade) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST(TrcConvert, AFolderThatIsNotThereIsToldWithTheReason) {
+TEST(TrcConvert, AFolderThatIsNotThereIsReportedWithTheReason) {
   const TempDir directory;
   const TrcRun run = Convert(OldTrcImage().WriteTo(directory.File("old.trc")), "/nowhere/new.trc");
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.err, "trc: /nowhere/new.trc: No such file or directory\n");
 }
 
-TEST(TrcConvert, AFullDiskIsToldAlsoWhenItShowsOnlyAtTheEnd) {
+TEST(TrcConvert, AFullDiskIsReportedAlsoWhenItShowsOnlyAtTheEnd) {
   const TempDir directory;
   for (const int traces : {0, 1, 1000}) {
     OldTrcImage image;
@@ -102,7 +102,7 @@ TEST(TrcConvert, AFullDiskIsToldAlsoWhenItShowsOnlyAtTheEnd) {
   }
 }
 
-TEST(TrcConvert, WhatHasNoPlaceInTheNewFileIsTold) {
+TEST(TrcConvert, WhatHasNoPlaceInTheNewFileIsReported) {
   const TempDir directory;
   OldTrcImage image;
   image.Raw(6).Trace({.text = std::string(65536, 'x')}).Raw(77);
@@ -114,7 +114,7 @@ TEST(TrcConvert, WhatHasNoPlaceInTheNewFileIsTold) {
                          ": 1 text was cut: a trace file holds 65535 bytes of each\n");
 }
 
-TEST(TrcConvert, NamesThatAreCutAreTold) {
+TEST(TrcConvert, NamesThatAreCutAreReported) {
   const TempDir directory;
   OldTrcImage image;
   image.Machine(1, std::string(70000, 'm')).App(1, std::string(65536, 'a'));
@@ -126,7 +126,7 @@ TEST(TrcConvert, NamesThatAreCutAreTold) {
             "trc: " + old + ": 2 names were cut: a trace file holds 65535 bytes of each\n");
 }
 
-TEST(TrcConvert, ACutLastRecordIsTold) {
+TEST(TrcConvert, ACutLastRecordIsReported) {
   const TempDir directory;
   const std::string old =
       OldTrcImage().Trace("one").Trace("two").Cut(1).WriteTo(directory.File("old.trc"));
@@ -136,7 +136,7 @@ TEST(TrcConvert, ACutLastRecordIsTold) {
   EXPECT_EQ(DumpedTraces(directory.File("new.trc")).size(), 2u);
 }
 
-// Behind its traces it has zeros without end, which are empty name records: enough to do for many
+// After its traces it has zeros without end, which are empty name records: enough to do for many
 // seconds, and no blocks on the disk.
 std::string EndlessFile(const TempDir& directory, int traces) {
   OldTrcImage image;

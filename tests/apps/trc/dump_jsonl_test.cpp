@@ -100,7 +100,7 @@ TEST(TrcDumpJsonl, ANameThatTheFileLacksIsNull) {
   }
 }
 
-TEST(TrcDumpJsonl, ANameThatComesBehindItsTraceIsUsed) {
+TEST(TrcDumpJsonl, ANameThatComesAfterItsTraceIsUsed) {
   EXPECT_EQ(OnlyTrace(TrcImage().Trace({.machine = 9}).Name(9, "late")).at("machine"), "late");
 }
 

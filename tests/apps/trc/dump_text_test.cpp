@@ -138,7 +138,7 @@ TEST(TrcDumpText, ATextWithANulByteInsideShowsOnlyWhatComesBeforeIt) {
 }
 
 // The first row must not wait until all are measured.
-TEST(TrcDumpText, AColumnWidensWhereAWiderCellComesFarBehindTheFirstRows) {
+TEST(TrcDumpText, AColumnWidensWhereAWiderCellComesFarAfterTheFirstRows) {
   const TempDir directory;
   TrcImage image;
   image.Name(1, "Net").Name(2, "a component of a long name");

@@ -165,7 +165,7 @@ TEST_F(TrcExport, TheWholeSampleHasALinePerTraceThatAParserReads) {
     EXPECT_EQ(json::parse(lines[i])["Trace"], dumped[i]["text"]);
 }
 
-TEST_F(TrcExport, AFolderThatIsNotThereGivesTheWordsOfTheExport) {
+TEST_F(TrcExport, AFolderThatIsNotThereGivesTheExportsMessage) {
   const TrcRun run = RunTrc({"export", m_in, "/nowhere/out.csv"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.err,
@@ -178,7 +178,7 @@ TEST_F(TrcExport, OverTheFileItselfFailsAndLeavesItAsItWas) {
   EXPECT_EQ(ReadAll(m_in), Image().Bytes());
 }
 
-TEST_F(TrcExport, AFullDiskIsTold) {
+TEST_F(TrcExport, AFullDiskIsReported) {
   const TrcRun run = RunTrc({"export", m_in, "/dev/full"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.err, "trc: /dev/full: Error writing to file. No space left on device\n");

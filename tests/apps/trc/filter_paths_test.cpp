@@ -126,7 +126,7 @@ TEST_F(FilterPath, AnEmptyLabelIsReached) {
   EXPECT_EQ(Shown(), "0 1");
 }
 
-TEST_F(FilterPath, AnUnknownPathIsToldWithNearNames) {
+TEST_F(FilterPath, AnUnknownPathIsReportedWithNearNames) {
   Add({.machine = 1, .component = 2, .pid = 6});
   EXPECT_EQ(Apply({{"All Severities/Wran", false}}),
             "there is no \"All Severities/Wran\" in the filter; near it: \"All Severities/Warn\"");
@@ -139,7 +139,7 @@ TEST_F(FilterPath, AnUnknownPathIsToldWithNearNames) {
             "\"All Threads/web-1/PID:812\", \"All Threads/web-1/PID:812/TID:\"");
 }
 
-TEST_F(FilterPath, AnUnknownPathThatIsNearNothingIsToldWithWhatThereIs) {
+TEST_F(FilterPath, AnUnknownPathThatIsNearNothingIsReportedWithWhatThereIs) {
   Add({.component = 2});
   EXPECT_EQ(Apply({{"All Components/something else altogether", false}}),
             "there is no \"All Components/something else altogether\" in the filter; there is: "
@@ -150,7 +150,7 @@ TEST_F(FilterPath, AnUnknownPathThatIsNearNothingIsToldWithWhatThereIs) {
             "\"All Threads\"");
 }
 
-TEST_F(FilterPath, ATerminalDoesNotActOnTheNamesThatAreTold) {
+TEST_F(FilterPath, ATerminalDoesNotActOnTheNamesThatAreReported) {
   m_document.m_names[2].name = "Net\x1b[2J\n";
   Add({.component = 2});
   EXPECT_EQ(Apply({{"All Components/Net\x1b[2", false}}),
@@ -158,7 +158,7 @@ TEST_F(FilterPath, ATerminalDoesNotActOnTheNamesThatAreTold) {
             "\"All Components/Net\\x1b[2J\\n\"");
 }
 
-TEST_F(FilterPath, APathOfAMegabyteIsToldAtOnce) {
+TEST_F(FilterPath, APathOfAMegabyteIsReportedAtOnce) {
   Add({.component = 2});
   EXPECT_NE(Apply({{std::string(1 << 20, '/'), false}}), "");
   EXPECT_NE(Apply({{"All Components/" + std::string(1 << 20, 'x'), false}}), "");
@@ -171,13 +171,13 @@ TEST_F(FilterPath, WithoutStepsTheFilterGetsTheNamesAndShowsAll) {
   EXPECT_EQ(m_filter.components, (std::map<NameId, int>{{2, 1}}));
 }
 
-TEST_F(FilterPath, APathBelowABranchOfNamesIsNeverHopeless) {
+TEST_F(FilterPath, APathBelowABranchOfNamesIsNeverImpossible) {
   const auto hopeless = [this](const std::string& path) {
     FilterPaths paths;
     paths.Add("All Severities/Warn", false);
     paths.Add(path, false);
     std::string why;
-    const bool is = paths.HasHopeless(m_host, &why);
+    const bool is = paths.HasImpossiblePath(m_host, &why);
     EXPECT_EQ(is, !why.empty());
     return is;
   };
@@ -224,7 +224,7 @@ TEST_F(LivePath, ANameThatComesLaterIsJudgedLikeOneThatCameBefore) {
   m_paths.Add("All Components", false);
   m_paths.Add("All Components/Net", true);
   EXPECT_TRUE(Passes({.component = 2}));
-  EXPECT_FALSE(Passes({.component = 3}));  // a name of which no step speaks
+  EXPECT_FALSE(Passes({.component = 3}));  // a name that no step mentions
   EXPECT_FALSE(Passes({.component = 4}));
   EXPECT_TRUE(Passes({.component = 2}));
 }

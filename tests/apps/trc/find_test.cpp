@@ -78,7 +78,7 @@ TEST_F(TrcFind, TakesTheFilter) {
   EXPECT_EQ(Run({"GET", "--uncheck", "All Severities/Wran"}).status, 2);
 }
 
-TEST_F(TrcFind, APatternThatBeginsWithAHyphenStandsBehindTwo) {
+TEST_F(TrcFind, APatternThatBeginsWithAHyphenStandsAfterTwo) {
   EXPECT_EQ(Found({"--", "-"}), "");
   EXPECT_EQ(RunTrc({"find", "--count", "--", "-x", m_file}).out, "0\n");
 }

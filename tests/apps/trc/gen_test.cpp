@@ -199,7 +199,7 @@ TEST(TrcGen, ANameRecordStandsBeforeItsFirstUseAndOnlyOnce) {
   EXPECT_EQ(WalkTrc(bytes.View(), sink), bytes.View().size());
 }
 
-TEST(TrcGen, AFolderThatIsNotThereIsToldWithTheReason) {
+TEST(TrcGen, AFolderThatIsNotThereIsReportedWithTheReason) {
   const TrcRun run = RunTrc({"gen", "-n", "1", "/nowhere/at/all.trc"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.err, "trc: /nowhere/at/all.trc: No such file or directory\n");
@@ -214,7 +214,7 @@ TEST(TrcGen, MoreThanATraceFileHoldsIsRefusedAndTheOldFileStays) {
   EXPECT_EQ(ReadAll(path), "old");
 }
 
-TEST(TrcGen, AFullDiskIsToldAlsoWhenItShowsOnlyAtTheEnd) {
+TEST(TrcGen, AFullDiskIsReportedAlsoWhenItShowsOnlyAtTheEnd) {
   for (const char* records : {"1", "100000"}) {
     const TrcRun run = RunTrc({"gen", "--records", records, "/dev/full"});
     EXPECT_EQ(run.status, 2);

@@ -106,9 +106,9 @@ TEST(TrcInfo, ANameThatIsNotUtf8IsHex) {
 TEST(TrcInfo, APathThatIsNotUtf8IsHex) {
   const TempDir directory;
   const std::string path = TrcImage().WriteTo(directory.File("\xFF.trc"));
-  const json told = InfoOf(path).at("path");
-  ASSERT_TRUE(told.is_object()) << told;
-  const std::string hex = told.at("hex");
+  const json reported = InfoOf(path).at("path");
+  ASSERT_TRUE(reported.is_object()) << reported;
+  const std::string hex = reported.at("hex");
   EXPECT_EQ(hex.substr(hex.size() - 10), "ff2e747263");
 }
 
@@ -131,7 +131,7 @@ TEST(TrcInfo, SeveralFilesAreOneLineOfJsonEach) {
   EXPECT_EQ(json::parse(lines[1]).at("path"), b);
 }
 
-TEST(TrcInfo, AmongSeveralFilesABadOneIsToldAndTheOthersAreStillReported) {
+TEST(TrcInfo, AmongSeveralFilesABadOneIsReportedAndTheOthersAreStillReported) {
   const TempDir directory;
   const std::string good = TrcImage().Trace("x").WriteTo(directory.File("good.trc"));
   const std::string bad = directory.File("bad.trc", "no trace file, clearly");
@@ -152,7 +152,7 @@ TEST(TrcInfo, TheSameFileMayBeNamedTwice) {
   EXPECT_EQ(RunTrc({"info", path, path}).status, 0);
 }
 
-TEST(TrcInfo, TextForAPersonTellsTheSame) {
+TEST(TrcInfo, PlainTextTellsTheSame) {
   const TempDir directory;
   const TrcImage image = TwoMachines();
   const std::string path = image.WriteTo(directory.File("a.trc"));

@@ -140,7 +140,7 @@ TEST_F(TrcSmallNewFile, TakesTheRightsOfTheOneWhosePlaceItTakes) {
   EXPECT_EQ(ReadAll(out), m_image.Bytes());
 }
 
-TEST_F(TrcSmallNewFile, GoesBehindASymbolicLink) {
+TEST_F(TrcSmallNewFile, FollowsASymbolicLink) {
   const std::string out = m_temp.File("out.trc", "old"), link = m_temp.File("link.trc");
   fs::create_symlink("out.trc", link);
   ASSERT_EQ(Save(link).status, 0);

@@ -82,14 +82,14 @@ TEST(TrcSave, OverTheFileItselfFailsAndLeavesItAsItWas) {
   }
 }
 
-TEST(TrcSave, AFolderThatIsNotThereGivesTheWordsOfTheDocument) {
+TEST(TrcSave, AFolderThatIsNotThereGivesTheDocumentsMessage) {
   const TempDir directory;
   const TrcRun run = Save(TrcImage().WriteTo(directory.File("in.trc")), "/nowhere/out.trc");
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.err, "trc: /nowhere/out.trc: Error creating file. No such file or directory\n");
 }
 
-TEST(TrcSave, AFullDiskIsToldAlsoWhenItShowsOnlyAtTheEnd) {
+TEST(TrcSave, AFullDiskIsReportedAlsoWhenItShowsOnlyAtTheEnd) {
   const TempDir directory;
   for (const int traces : {0, 1, 1000}) {
     TrcImage image;

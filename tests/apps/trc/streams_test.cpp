@@ -27,7 +27,7 @@ class TrcStreams : public testing::Test {
 
 const std::vector<std::string> kFormats = {"text", "jsonl"};
 
-TEST_F(TrcStreams, AFullDiskBehindStandardOutputIsTold) {
+TEST_F(TrcStreams, AFullDiskBehindStandardOutputIsReported) {
   const std::vector<std::vector<std::string>> commands = {
       {"dump", Sample()}, {"dump", Sample(), "-f", "jsonl"}, {"dump", Sample(), "-n", "1"},
       {"info", Sample()}, {"info", "--json", Sample()},      {"--help"},

@@ -65,7 +65,7 @@ TEST(TerminalHost, ATickMayKillItsOwnTimer) {
   EXPECT_EQ(once, 1);
 }
 
-TEST(TerminalHost, ABoxIsWordsOnStandardErrorBehindItsSubject) {
+TEST(TerminalHost, ABoxIsALineOnStandardErrorAfterItsSubject) {
   TerminalHost host;
   testing::internal::CaptureStderr();
   EXPECT_EQ(host.MessageBox({.text = "First."}), BoxAnswer::Ok);

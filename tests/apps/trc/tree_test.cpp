@@ -67,7 +67,7 @@ TEST_F(TrcTree, AMachineOfTheNameAlone) {
   EXPECT_EQ(Tree({"--machine", "lab"}), kLab);
 }
 
-TEST_F(TrcTree, AMachineThatIsNotThereIsSaid) {
+TEST_F(TrcTree, AMachineThatIsNotThereIsReported) {
   EXPECT_EQ(Refused({m_file, "--machine", "web"}),
             "trc: there are no traces of a machine \"web\" in " + m_file + "\n");
 }
@@ -92,7 +92,7 @@ TEST_F(TrcTree, WhatTheFilterHidesIsNotInTheTree) {
   EXPECT_EQ(Tree({"--uncheck", ""}), "");
 }
 
-TEST_F(TrcTree, APathOfTheFilterThatLeadsNowhereIsSaid) {
+TEST_F(TrcTree, APathOfTheFilterThatLeadsNowhereIsReported) {
   EXPECT_NE(Refused({m_file, "--uncheck", "All Components/nat"}).find("All Components/net"),
             std::string::npos);
 }
@@ -105,13 +105,13 @@ TEST_F(TrcTree, TheExportHoldsTheFirstMachineOnly) {
   EXPECT_EQ(ReadAll(out), kDesk);
 }
 
-TEST_F(TrcTree, AnExportThatCannotBeWrittenIsSaid) {
+TEST_F(TrcTree, AnExportThatCannotBeWrittenIsReported) {
   EXPECT_NE(Refused({"--export", m_file, m_directory.File("no/such/tree.txt")})
                 .find("Error opening output file."),
             std::string::npos);
 }
 
-TEST_F(TrcTree, WrongUseIsSaid) {
+TEST_F(TrcTree, WrongUseIsReported) {
   EXPECT_NE(Refused({"--export", m_file}).find("needs OUT"), std::string::npos);
   EXPECT_NE(Refused({m_file, "tree.txt"}).find("--export only"), std::string::npos);
   EXPECT_NE(Refused({"--export", m_file, "tree.txt", "-d", "2"}).find("whole"), std::string::npos);

@@ -59,7 +59,7 @@ class ConfigDocTest : public testing::Test {
     EXPECT_TRUE(doc->ConnectToMachine("web"));
     return doc;
   }
-  // Opens a file with these lines behind the header.
+  // Opens a file with these lines after the header.
   bool Open(CConfigDoc& doc, const std::string& lines) {
     return doc.OnOpenDocument(m_folder.File("a.tcf", "TCF Version 3.2\n" + lines));
   }
@@ -72,7 +72,7 @@ class ConfigDocTest : public testing::Test {
   // The boxes since the last look, without the wait cursor's lines.
   std::string Boxes() {
     std::string boxes;
-    std::istringstream lines(m_host.Told());
+    std::istringstream lines(m_host.Reported());
     m_host.ClearTranscript();
     for (std::string line; std::getline(lines, line);)
       if (line.find("wait cursor") == line.npos) boxes += line + "\n";
@@ -103,7 +103,7 @@ TEST_F(ConfigDocTest, AConnectionNamesTheWindowByItsMachine) {
   EXPECT_EQ(Boxes(), "");
 }
 
-TEST_F(ConfigDocTest, AMachineThatCannotBeReachedIsToldAndLeavesNoConnection) {
+TEST_F(ConfigDocTest, AMachineThatCannotBeReachedIsReportedAndLeavesNoConnection) {
   m_machine.m_away = true;
   const auto doc = Document();
   HintedView view(*doc);
@@ -136,7 +136,7 @@ TEST_F(ConfigDocTest, AnAddedApplicationStandsLastAndNothingIsSubmitted) {
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Connect=7");
 }
 
-TEST_F(ConfigDocTest, AnApplicationThatCannotBeReachedIsToldAndNotAdded) {
+TEST_F(ConfigDocTest, AnApplicationThatCannotBeReachedIsReportedAndNotAdded) {
   const auto doc = Connected();
   m_machine.m_away = true;
   EXPECT_FALSE(doc->AddApplication("orders"));
@@ -336,14 +336,14 @@ TEST_F(ConfigDocTest, OpeningOnAStandingConnectionKeepsIt) {
   EXPECT_EQ(m_machine.m_log, "connect web\non web open a\nsubmit a\n");
 }
 
-TEST_F(ConfigDocTest, OpeningFailsWithoutAWordWhenTheMachineQuestionIsCancelled) {
+TEST_F(ConfigDocTest, OpeningFailsWithoutAMessageWhenTheMachineQuestionIsCancelled) {
   const auto doc = Document();
   EXPECT_FALSE(Open(*doc, "APP: \"a\"\n"));
   EXPECT_EQ(Boxes(), "dialog -> 2\n");
   EXPECT_EQ(m_machine.m_log, "");
 }
 
-TEST_F(ConfigDocTest, OpeningFailsWithAWordWhenTheMachineOrAFileCannotBeReached) {
+TEST_F(ConfigDocTest, OpeningFailsWithAMessageWhenTheMachineOrAFileCannotBeReached) {
   const auto doc = Document();
   EXPECT_FALSE(doc->OnOpenDocument(m_folder.File("none.tcf")));
   EXPECT_EQ(Boxes(), Error("Error opening file."));
@@ -361,7 +361,7 @@ TEST_F(ConfigDocTest, AnApplicationThatCannotBeReachedWhileAFileIsReadEmptiesThe
   EXPECT_EQ(Names(*doc), "");
 }
 
-TEST_F(ConfigDocTest, ABadLineIsToldAndEmptiesTheDocumentButWhatWasSubmittedStays) {
+TEST_F(ConfigDocTest, ABadLineIsReportedAndEmptiesTheDocumentButWhatWasSubmittedStays) {
   m_machine.Run("a", {"Net/Connect"}, 0);
   for (const char* const bad :
        {"TRACE: \"x\"\n", "nonsense", "APP: x\n", "SINK: Pipe \"a\" \"\"\n"}) {
@@ -412,7 +412,7 @@ TEST_F(ConfigDocTest, ASavedFileOpenedInASecondWindowMakesTheSameApplicationsThe
   EXPECT_EQ(m_machine.m_apps["orders"].sinkType, trc_SinkFile);
 }
 
-TEST_F(ConfigDocTest, AFailedSaveIsToldAndTheDocumentStaysModified) {
+TEST_F(ConfigDocTest, AFailedSaveIsReportedAndTheDocumentStaysModified) {
   const auto doc = Connected();
   doc->AddApplication("a");
   Boxes();

@@ -14,7 +14,7 @@ TEST_F(ConfigSheetTest, ReadsTheMachineAgainAndShowsTracesBeforeSink) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   EXPECT_EQ(Asked(), "refresh orders\n");
   const std::string wait = "wait cursor on\nwait cursor off\n";
-  EXPECT_EQ(m_host.Told(), wait + wait) << "for the machine's answer, and for the sink";
+  EXPECT_EQ(m_host.Reported(), wait + wait) << "for the machine's answer, and for the sink";
   const FakeConfigSheet window(sheet);
   EXPECT_EQ(window.Title(), "Configuration for orders");
   ASSERT_EQ(sheet.Pages().size(), 2u);

@@ -47,7 +47,7 @@ TEST_F(TracesPageTest, OkGivesTheMachineAllRowsAlsoThoseThatDidNotChange) {
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=7 Disk/Read=0");
   EXPECT_TRUE(m_doc->IsModified());
   EXPECT_TRUE(sheet.Ended());
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
 }
 
 TEST_F(TracesPageTest, OkMarksTheDocumentAsChangedWhetherOrNotAnythingChanged) {

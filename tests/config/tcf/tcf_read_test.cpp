@@ -59,7 +59,7 @@ TEST(ReadTcf, TellsTheLinesInTheirOrder) {
             "app a\nsink 1 web \ntrace Net/Close 2\napp b\nwhole");
 }
 
-TEST(ReadTcf, AFileThatEndsBehindTheHeaderIsWhole) {
+TEST(ReadTcf, AFileThatEndsAfterTheHeaderIsWhole) {
   EXPECT_EQ(Read("TCF Version 3.2\n"), "whole");
   EXPECT_EQ(Read("TCF Version 3.2"), "whole");
   EXPECT_EQ(Read("\xEF\xBB\xBFTCF Version 3.2\r\n\r\n"), "whole");
@@ -73,14 +73,14 @@ TEST(ReadTcf, AnotherHeaderIsBad) {
   EXPECT_EQ(Read(""), "bad 1 [] the file is empty");
 }
 
-TEST(ReadTcf, ABadLineIsToldByNumberTextAndReason) {
+TEST(ReadTcf, ABadLineIsReportedByNumberTextAndReason) {
   EXPECT_EQ(Read("TCF Version 3.2\n\nAPP: \"a\"\n\n\nTRACE: \"b\" \"c\" Nonsense\r\nAPP: \"d\"\n"),
             "app a\nbad 6 [TRACE: \"b\" \"c\" Nonsense] \"Nonsense\" is no setting");
   EXPECT_EQ(Read("TCF Version 3.2\nAPP: \"a\"\nSNIK: x\n"),
             "app a\nbad 3 [SNIK: x] the line begins with none of APP:, SINK: and TRACE:");
 }
 
-TEST(ReadTcf, ABadLastLineWithoutALineEndIsToldToo) {
+TEST(ReadTcf, ABadLastLineWithoutALineEndIsReportedToo) {
   EXPECT_EQ(Read("TCF Version 3.2\nAPP: \"a\"\nTRACE: \"b\""),
             "app a\nbad 3 [TRACE: \"b\"] TRACE: takes a component and a category in quotes");
   EXPECT_EQ(Read("TCF Version 3.2\nAPP: \"a\"\nTRA"),
@@ -107,9 +107,9 @@ TEST(ReadTcf, AFileThatCannotBeReadIsBad) {
 
 TEST(ReadTcf, AnEndlessLineEnds) {
   std::ifstream zeros("/dev/zero");
-  const std::string told = Read(zeros);
-  EXPECT_TRUE(told.ends_with("the line is too long")) << told.size();
-  EXPECT_LT(told.size(), 2 * kLongestTcfLineBytes);
+  const std::string reported = Read(zeros);
+  EXPECT_TRUE(reported.ends_with("the line is too long")) << reported.size();
+  EXPECT_LT(reported.size(), 2 * kLongestTcfLineBytes);
 }
 
 TEST(ReadTcf, AHundredThousandLinesTakeLessThanASecond) {

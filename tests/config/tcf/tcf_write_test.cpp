@@ -101,13 +101,13 @@ TEST_F(WriteTcfTest, ASinkOfAnotherTypeEndsTheFileBehindItsKeyword) {
             "TCF Version 3.2\nAPP: \"a\"\nSINK: Socket \"localhost\" \"\"\nAPP: \"b\"\nSINK: ");
 }
 
-TEST_F(WriteTcfTest, AHeaderThatCannotBeWrittenIsToldApart) {
+TEST_F(WriteTcfTest, AHeaderThatCannotBeWrittenIsReportedApart) {
   Add("a");
   std::ofstream full("/dev/full");
   EXPECT_EQ(WriteTcf(full, Apps()), TcfWritten::NoHeader);
 }
 
-TEST_F(WriteTcfTest, AFullDiskAtAnyByteIsTold) {
+TEST_F(WriteTcfTest, AFullDiskAtAnyByteIsReported) {
   Add("a", {"N/x", "N/y"}).traces[1].settings = 7;
   const std::string whole = Written();
   const TempDir folder;

@@ -128,7 +128,7 @@ TEST_F(TracesListTest, WithoutASelectionNothingIsSetAndNothingIsAsked) {
   m_traces.ApplySettings(TRC_PRESET_MAX);
   m_traces.OnCustom();
   EXPECT_EQ(m_changes, 0);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_EQ(m_controls.Shown(), "Disk|Read|Info, Warn, Error Net|Open|Off Net|Close|Error");
 }
 

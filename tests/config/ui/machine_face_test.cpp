@@ -7,7 +7,7 @@
 
 #include "docview/ui/qt_host.h"
 #include "quor/client/trace_thread.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/qt_test_main.h"
 
 namespace {
@@ -21,7 +21,7 @@ class MachineFaceTest : public testing::Test {
   // Runs once a window of this name is up and modal.
   static void OnWindow(const QString& name, const std::function<void(QWidget&)>& act) {
     auto* const clock = new QTimer(qApp);
-    QObject::connect(clock, &QTimer::timeout, qApp, [clock, name, act = Owed(act)] {
+    QObject::connect(clock, &QTimer::timeout, qApp, [clock, name, act = MustRun(act)] {
       QWidget* const dialog = QApplication::activeModalWidget();
       if (!dialog || dialog->objectName() != name) return;
       clock->stop();

@@ -234,7 +234,7 @@ TEST_F(ConfigViewTest, ACancelledAddDialogAddsNothing) {
   EXPECT_TRUE(Run(ID_CONFIG_ADD));
   EXPECT_EQ(Shown(), kPlaceholder);
   EXPECT_EQ(m_machine.m_log, "list\n");
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\ndialog -> 2\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\ndialog -> 2\n");
 }
 
 TEST_F(ConfigViewTest, AMachineThatGoesAwayIsToldOnceAndOpensNoSheet) {
@@ -288,7 +288,7 @@ TEST_F(ConfigViewTest, OnThePlaceholderDelDoesNothingAndEnterAndADoubleClickOpen
   Open();
   List().Click(0);
   List().Press(ListBoxKey::Delete);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   for (const bool key : {true, false}) {
     m_offered.clear();
     Choose({});
@@ -338,7 +338,7 @@ TEST_F(ConfigViewTest, ARightClickSelectsTheItemUnderItAndOneBesideAllItemsLeave
   EXPECT_EQ(Shown(), "*a b");
   List().RightClick(-1);
   EXPECT_EQ(Shown(), "*a b");
-  EXPECT_EQ(m_log.Told("context"), "context menu 10 0\ncontext menu 10 -20\n");
+  EXPECT_EQ(m_log.Reported("context"), "context menu 10 0\ncontext menu 10 -20\n");
 }
 
 TEST_F(ConfigViewTest, OnActivationBothPanesAreBlankedAndTheListGetsTheFocus) {
@@ -348,7 +348,7 @@ TEST_F(ConfigViewTest, OnActivationBothPanesAreBlankedAndTheListGetsTheFocus) {
   List().LoseFocus();
   m_log.Clear();
   frame.OnActivate(true);
-  EXPECT_EQ(m_log.Told("main 11"),
+  EXPECT_EQ(m_log.Reported("main 11"),
             "main 1125 18446744073709551615 0\n"
             "main 1126 18446744073709551615 0\n");
   EXPECT_TRUE(List().HasFocus());

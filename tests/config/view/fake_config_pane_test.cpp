@@ -4,8 +4,8 @@
 
 namespace {
 
-struct FakeConfigPaneRig {
-  explicit FakeConfigPaneRig(ListBoxOwner& owner) : pane(owner) {}
+struct FakeConfigPaneHarness {
+  explicit FakeConfigPaneHarness(ListBoxOwner& owner) : pane(owner) {}
   ConfigPane& Pane() { return pane; }
   std::string Note() const { return pane.Note(); }
   bool ListHasFocus() { return pane.List().HasFocus(); }
@@ -14,4 +14,4 @@ struct FakeConfigPaneRig {
 
 }  // namespace
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ConfigPaneContract, FakeConfigPaneRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ConfigPaneContract, FakeConfigPaneHarness);

@@ -5,9 +5,9 @@
 
 namespace {
 
-class FakeRig {
+class FakeHarness {
  public:
-  explicit FakeRig(RowListOwner& owner) : m_list(owner) {}
+  explicit FakeHarness(RowListOwner& owner) : m_list(owner) {}
   RowList& List() { return m_list; }
   void ShowRows(int rows) { m_list.SetPage(rows); }
   void Hide() {}
@@ -17,8 +17,8 @@ class FakeRig {
   FakeRowList m_list;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowStateContract, FakeRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowScrollContract, FakeRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowColumnContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowStateContract, FakeHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowScrollContract, FakeHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RowColumnContract, FakeHarness);
 
 }  // namespace

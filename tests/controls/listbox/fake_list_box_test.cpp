@@ -5,9 +5,9 @@
 
 namespace {
 
-class FakeRig {
+class FakeHarness {
  public:
-  FakeRig(ListBoxOwner& owner, ListBoxMode mode) : m_box(owner, mode) {}
+  FakeHarness(ListBoxOwner& owner, ListBoxMode mode) : m_box(owner, mode) {}
   ListBox& Box() { return m_box; }
   void SetPage(int items) { m_box.SetPage(items); }
   void Click(int item, bool control = false) { m_box.Click(item, control); }
@@ -19,6 +19,6 @@ class FakeRig {
   FakeListBox m_box;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ListBoxContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ListBoxContract, FakeHarness);
 
 }  // namespace

@@ -5,9 +5,9 @@
 
 namespace {
 
-class FakeReportRig {
+class FakeReportHarness {
  public:
-  explicit FakeReportRig(ReportListOwner& owner) : m_list(owner) { m_list.SetFocus(); }
+  explicit FakeReportHarness(ReportListOwner& owner) : m_list(owner) { m_list.SetFocus(); }
   ReportList& List() { return m_list; }
   void SetPage(int rows) { m_list.SetPage(rows); }
   void SetRoom(int roomPx) { m_list.SetWidth(roomPx); }
@@ -23,6 +23,6 @@ class FakeReportRig {
   FakeReportList m_list;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ReportListContract, FakeReportRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ReportListContract, FakeReportHarness);
 
 }  // namespace

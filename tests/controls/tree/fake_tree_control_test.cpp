@@ -5,9 +5,9 @@
 
 namespace {
 
-class FakeRig {
+class FakeHarness {
  public:
-  explicit FakeRig(TreeControlOwner& owner) : m_tree(owner) {}
+  explicit FakeHarness(TreeControlOwner& owner) : m_tree(owner) {}
   TreeControl& Tree() { return m_tree; }
   void ShowRows(int rows) { m_tree.pageRows = rows; }
 
@@ -15,7 +15,7 @@ class FakeRig {
   FakeTreeControl m_tree;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeItemContract, FakeRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeRowContract, FakeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeItemContract, FakeHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TreeRowContract, FakeHarness);
 
 }  // namespace

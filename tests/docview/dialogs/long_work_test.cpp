@@ -65,7 +65,7 @@ TEST_F(LongWorkTest, LongWorkGoesOnBelowABoxThatTellsHowFarItIs) {
     EXPECT_STREQ(box.Title(), "Tessera");
     EXPECT_STREQ(box.Message(), "Counting...");
     EXPECT_EQ(box.Progress(), 250);
-    EXPECT_TRUE(m_document.IsWorkedOn());
+    EXPECT_TRUE(m_document.IsBusy());
     m_host.TickTimers();
     EXPECT_EQ(box.Progress(), 500);
     EXPECT_FALSE(box.Ended());
@@ -75,7 +75,7 @@ TEST_F(LongWorkTest, LongWorkGoesOnBelowABoxThatTellsHowFarItIs) {
   });
   EXPECT_TRUE(Run(work));
   EXPECT_EQ(work.done, 4);
-  EXPECT_FALSE(m_document.IsWorkedOn());
+  EXPECT_FALSE(m_document.IsBusy());
   EXPECT_TRUE(m_host.Timers().empty());
 }
 
@@ -88,11 +88,11 @@ TEST_F(LongWorkTest, CancelLeavesItWhereItStands) {
   });
   EXPECT_FALSE(Run(work));
   EXPECT_EQ(work.done, 2);
-  EXPECT_FALSE(m_document.IsWorkedOn());
+  EXPECT_FALSE(m_document.IsBusy());
   EXPECT_TRUE(m_host.Timers().empty());
 }
 
-TEST_F(LongWorkTest, ATickThatComesBehindTheCancelDoesNothing) {
+TEST_F(LongWorkTest, ATickThatComesAfterTheCancelDoesNothing) {
   const ShortPieces pieces;
   Counting work(4);
   m_host.AnswerWorkBox([&](CDialog& box) {
@@ -114,17 +114,17 @@ TEST_F(LongWorkTest, EnterDoesNotEndTheBox) {
   EXPECT_TRUE(Run(work));
 }
 
-TEST_F(LongWorkTest, WorkWithinWorkKeepsTheDocumentWorkedOnUntilBothAreOver) {
+TEST_F(LongWorkTest, WorkWithinWorkKeepsTheDocumentBusyUntilBothAreOver) {
   const ShortPieces pieces;
   Counting outer(3), inner(2);
   m_host.AnswerWorkBox([&](CDialog& box) {
     m_host.AnswerWorkBox([](CDialog& inside) { inside.OnCancel(); });
     EXPECT_FALSE(Run(inner));
-    EXPECT_TRUE(m_document.IsWorkedOn());
+    EXPECT_TRUE(m_document.IsBusy());
     box.OnCancel();
   });
   EXPECT_FALSE(Run(outer));
-  EXPECT_FALSE(m_document.IsWorkedOn());
+  EXPECT_FALSE(m_document.IsBusy());
 }
 
 }  // namespace

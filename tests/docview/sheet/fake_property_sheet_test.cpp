@@ -1,6 +1,6 @@
 // The fake window of a property sheet keeps the contract of the one on the screen.
-#include "fake_sheet_rig.h"
+#include "fake_sheet_harness.h"
 #include "support/wizard_contract.h"
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, SheetContract, FakeSheetRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, WizardContract, FakeSheetRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, SheetContract, FakeSheetHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, WizardContract, FakeSheetHarness);

@@ -1,18 +1,18 @@
 // A property sheet whose window is closed, and calls that no window makes.
 #include "docview/sheet/property_sheet.h"
 
-#include "fake_sheet_rig.h"
+#include "fake_sheet_harness.h"
 #include "support/sheet_contract.h"
 
 namespace {
 
-class PropertySheet : public SheetFixture<FakeSheetRig> {
+class PropertySheet : public SheetFixture<FakeSheetHarness> {
  protected:
   PropertySheet() {
     m_sheet.AddPage(m_a);
     m_sheet.AddPage(m_b);
     Open();
-    Told();
+    Reported();
   }
 };
 
@@ -31,7 +31,7 @@ TEST_F(PropertySheet, WithoutAWindowNoPageIsInFrontAndNoneIsAsked) {
   EXPECT_FALSE(m_sheet.SetActivePage(1));
   m_sheet.OnOK();
   EXPECT_FALSE(m_sheet.Ended());
-  EXPECT_EQ(Told(), SheetLog{});
+  EXPECT_EQ(Reported(), SheetLog{});
   EXPECT_TRUE(m_a.UpdateData(true));
   EXPECT_TRUE(m_a.UpdateData(false));
   m_a.SetFocus(kName);
@@ -41,13 +41,13 @@ TEST_F(PropertySheet, WithoutAWindowNoPageIsInFrontAndNoneIsAsked) {
 
 TEST_F(PropertySheet, ApplyWithoutAModifiedPageDoesNothing) {
   m_sheet.OnApply();
-  EXPECT_EQ(Told(), SheetLog{});
+  EXPECT_EQ(Reported(), SheetLog{});
 }
 
 TEST_F(PropertySheet, ThePageInFrontStaysWithoutBeingAsked) {
   EXPECT_TRUE(m_sheet.SetActivePage(0));
   EXPECT_FALSE(m_sheet.SetActivePage(2)) << "there are two";
-  EXPECT_EQ(Told(), SheetLog{});
+  EXPECT_EQ(Reported(), SheetLog{});
 }
 
 TEST_F(PropertySheet, ASheetMayOpenOnAnotherPage) {
@@ -55,9 +55,9 @@ TEST_F(PropertySheet, ASheetMayOpenOnAnotherPage) {
   sheet.AddPage(m_a);
   sheet.AddPage(m_b);
   sheet.OnInitDialog();
-  const FakeSheetRig window(sheet);
+  const FakeSheetHarness window(sheet);
   EXPECT_EQ(window.Front(), 1U);
-  EXPECT_EQ(Told(), (SheetLog{"B begins", "B active"}));
+  EXPECT_EQ(Reported(), (SheetLog{"B begins", "B active"}));
 }
 
 }  // namespace

@@ -14,10 +14,10 @@
 namespace {
 
 TEST(DialogParts, AControlIsNamedByItsIdAndSpokenOfByItsTextAlone) {
-  EXPECT_EQ(SpokenName("Search &Text:"), "Search Text");
-  EXPECT_EQ(SpokenName("< &Back"), "Back");
-  EXPECT_EQ(SpokenName("&Info, Warnings, && Errors"), "Info, Warnings, & Errors");
-  EXPECT_EQ(SpokenName("Time: UTC"), "Time: UTC");
+  EXPECT_EQ(AccessibleName("Search &Text:"), "Search Text");
+  EXPECT_EQ(AccessibleName("< &Back"), "Back");
+  EXPECT_EQ(AccessibleName("&Info, Warnings, && Errors"), "Info, Warnings, & Errors");
+  EXPECT_EQ(AccessibleName("Time: UTC"), "Time: UTC");
   QWidget window;
   const QPushButton* const button = MakeButton(1058, "&Next >", &window);
   EXPECT_EQ(button->objectName(), "1058");

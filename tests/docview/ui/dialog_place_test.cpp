@@ -12,7 +12,7 @@
 #include <map>
 
 #include "docview/ui/qt_host.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ class DialogPlaceTest : public testing::Test {
     m_host.SetPlaces(std::make_unique<MemoryOfPlaces>(m_places));
   }
   void Run(LongQuestion& question, const std::function<void(LongQuestionFace&)>& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* const face = dynamic_cast<LongQuestionFace*>(QApplication::activeModalWidget());
       ASSERT_TRUE(face);
       person(*face);
@@ -118,7 +118,7 @@ TEST_F(DialogPlaceTest, ADialogThatFitsHasNoAreaThatScrolls) {
   Run(question, [](LongQuestionFace& face) { EXPECT_FALSE(face.findChild<QScrollArea*>()); });
 }
 
-TEST_F(DialogPlaceTest, ADialogComesUpWhereThePersonLeftIt) {
+TEST_F(DialogPlaceTest, ADialogComesUpWhereTheUserLeftIt) {
   LongQuestion question(m_host);
   Run(question, [](LongQuestionFace& face) {
     const QPoint before = face.pos();

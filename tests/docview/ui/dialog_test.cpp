@@ -6,7 +6,7 @@
 
 #include "docview/ui/qt_control.h"
 #include "docview/ui/qt_host.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 
 namespace {
 
@@ -64,7 +64,7 @@ class DialogTest : public testing::Test {
     m_host.RegisterFace<OtherQuestion, OtherFace>();
   }
   int Run(Question& question, const std::function<void(QDialog&)>& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
       person(*window);

@@ -19,7 +19,7 @@
 #include <functional>
 
 #include "docview/ui/qt_host.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -33,7 +33,7 @@ class FileDialogTest : public testing::Test {
 
   using Person = std::function<void(QFileDialog&)>;
   std::optional<FileDialogAnswer> Run(const FileDialogRequest& request, const Person& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(dialog);
       person(*dialog);

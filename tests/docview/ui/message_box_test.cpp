@@ -7,14 +7,14 @@
 
 #include "docview/ui/qt_host.h"
 #include "docview/ui/qt_message_box.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 
 namespace {
 
 // Asks, while `person` acts on the box.
 BoxAnswer Ask(QtHost& host, const MessageBoxRequest& request,
               const std::function<void(QMessageBox&)>& person) {
-  host.Post(Owed([person] {
+  host.Post(MustRun([person] {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_TRUE(box);
     person(*box);
@@ -181,7 +181,7 @@ TEST(PostedBoxes, CanBeAnsweredWhileAModalBoxIsUp) {
   EXPECT_EQ(order, "posted ");
 }
 
-TEST(PostedBoxes, ThatAreStillUpWhenTheHostGoesAreToldAsClosed) {
+TEST(PostedBoxes, ThatAreStillUpWhenTheHostGoesAreReportedAsClosed) {
   bool closed = false;
   {
     QtHost host;

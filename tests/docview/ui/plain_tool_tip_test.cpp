@@ -29,7 +29,7 @@ TEST(PlainToolTip, ATextThatWouldBeTakenForMarkupIsWrittenOut) {
       << tip.toStdString();
 }
 
-TEST(PlainToolTip, LinesBreakBehindABlankElseBehindASlashElseAnywhere) {
+TEST(PlainToolTip, LinesBreakAfterABlankElseAfterASlashElseAnywhere) {
   EXPECT_EQ(InLinesOf("one two three", 8), "one two\nthree");
   EXPECT_EQ(InLinesOf("one two three", 7), "one two\nthree");
   EXPECT_EQ(InLinesOf("/home/web/traces", 10), "/home/web/\ntraces");

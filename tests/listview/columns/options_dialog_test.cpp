@@ -110,7 +110,7 @@ TEST_F(Options, TheLimitsBoundsPass) {
   EXPECT_TRUE(Limit("1000000"));
   EXPECT_TRUE(Limit(" 3000 "));
   EXPECT_TRUE(Limit("+3000"));
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(Options, ALimitOutsideIsRefusedWithTheRangeAndTheDialogStays) {
@@ -119,7 +119,7 @@ TEST_F(Options, ALimitOutsideIsRefusedWithTheRangeAndTheDialogStays) {
                            "-99999999999999999999"}) {
     m_host.ClearTranscript();
     EXPECT_FALSE(Limit(text)) << text;
-    EXPECT_EQ(m_host.Told(), kRange) << text;
+    EXPECT_EQ(m_host.Reported(), kRange) << text;
   }
   EXPECT_FALSE(dialog.Ended());
   EXPECT_EQ(dialog.m_limit, 500000u);
@@ -130,7 +130,7 @@ TEST_F(Options, ALimitThatIsNoNumberIsRefused) {
   for (const char* text : {"", "  ", "many", "3000x", "3 000", "3000.5", "+", "-", "+-3000"}) {
     m_host.ClearTranscript();
     EXPECT_FALSE(Limit(text)) << text;
-    EXPECT_EQ(m_host.Told(), kInteger) << text;
+    EXPECT_EQ(m_host.Reported(), kInteger) << text;
   }
 }
 
@@ -177,7 +177,7 @@ TEST_F(Options, TheTintOfWarningsAndErrorsIsOnByDefaultAndStored) {
   g_tintSeverity = true;
 }
 
-TEST_F(Options, ItsLimitsAreToldAsTheyAreChecked) {
+TEST_F(Options, ItsLimitsAreShownAsTheyAreChecked) {
   EXPECT_EQ(COptionsDlg::LimitRange(), "2,500 to 1,000,000");
 }
 

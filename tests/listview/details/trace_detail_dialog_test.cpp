@@ -48,7 +48,7 @@ TEST_F(TraceDetails, TheHitsOfTheLastSearchStandWhereTheTextHasThem) {
   EXPECT_EQ(dialog.m_hits, (std::vector<HitRange>{{0, 2}, {7, 9}, {13, 15}}));
 }
 
-TEST_F(TraceDetails, WithoutASearchNoHitsAreTold) {
+TEST_F(TraceDetails, WithoutASearchNoHitsAreReported) {
   FindSettings = {};
   EXPECT_TRUE(OpenOn({{.text = "up"}}).m_hits.empty());
 }

@@ -150,7 +150,7 @@ TEST(ExportLine, TheHeaderHasTheQuotedNamesInScreenOrder) {
             "\"Source\"");
 }
 
-TEST(ExportLine, CellsArePartedByOneCommaAlsoBehindAnEmptyOne) {
+TEST(ExportLine, CellsArePartedByOneCommaAlsoAfterAnEmptyOne) {
   const EventPtr event = MakeEvent({.text = "up", .count = 3, .attributes = 8});
   std::string out;
   WriteExportLine(out, {Column::Sev, Column::Count, Column::Trace}, *event, nullptr, {}, true);

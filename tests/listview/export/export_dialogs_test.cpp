@@ -1,4 +1,4 @@
-// The save dialogs: their words, boxes and proposals.
+// The save dialogs: their texts, boxes and proposals.
 #include "listview/export/export_dialogs.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ TEST(ExportDialog, HasItsExtensionFiltersAndBoxes) {
   RecordingHost host;
   CExportDialog dialog(host, "web", true, true);
   EXPECT_EQ(dialog.DoModal(), CDialog::kIdCancel);
-  EXPECT_EQ(host.Told(),
+  EXPECT_EQ(host.Reported(),
             "save dialog \"Export\" ext=.csv name=\"web\" filters=\"Comma-separated Files "
             "(*.csv)|*.csv|Text Files (*.txt)|*.txt|All Files (*.*)|*\" -> none\n");
   EXPECT_EQ(Boxes(host.m_fileRequests[0]),
@@ -58,7 +58,7 @@ TEST(SaveAsDialog, HasItsExtensionFiltersAndBox) {
   RecordingHost host;
   CSaveAsDialog dialog(host, "web", false);
   EXPECT_EQ(dialog.DoModal(), CDialog::kIdCancel);
-  EXPECT_EQ(host.Told(),
+  EXPECT_EQ(host.Reported(),
             "save dialog \"Save As\" ext=.trc name=\"web\" filters=\"Trace Files "
             "(*.trc)|*.trc|All Files (*.*)|*\" -> none\n");
   EXPECT_EQ(Boxes(host.m_fileRequests[0]), "Only save selected items disabled\n");

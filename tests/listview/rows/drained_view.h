@@ -1,7 +1,7 @@
 // A list view whose document gets a trace while a file dialog is open, as a monitor's may.
 #pragma once
 
-#include "trace_view_rig.h"
+#include "trace_view_fixture.h"
 
 class DrainedView : public RecordingHost {
  public:

@@ -120,7 +120,7 @@ TEST_F(Store, ATraceThatIsNotTheOldestIsFoundToo) {
   EXPECT_EQ(Rows(), "2 3 5");
 }
 
-TEST_F(Store, TracesTrimmedBeforeTheyWereToldAreNoRowsAndLaterOnesCostNothing) {
+TEST_F(Store, TracesTrimmedBeforeTheyWereReportedAreNoRowsAndLaterOnesCostNothing) {
   AddMany(3);
   m_rows.ShowAll();
   AddMany(4);  // not reported yet
@@ -132,7 +132,7 @@ TEST_F(Store, TracesTrimmedBeforeTheyWereToldAreNoRowsAndLaterOnesCostNothing) {
   EXPECT_EQ(m_rows.StorageBytes(), 0u);
 }
 
-TEST_F(Store, SomeOfTheUntoldTracesTrimmedAndTheNextHidden) {
+TEST_F(Store, SomeOfTheUnreportedTracesTrimmedAndTheNextHidden) {
   AddMany(1);
   m_rows.ShowAll();
   AddMany(4);
@@ -175,7 +175,7 @@ TEST_F(Store, AListFilledByALoadIsANewOne) {
 }
 
 // The obvious way: every trace that the views were told of, in order, and whether it is shown.
-struct Told {
+struct Reported {
   TraceEvent_i* event;
   bool shown;
 };
@@ -189,25 +189,25 @@ class RandomPlay : public Store, public testing::WithParamInterface<unsigned> {
   void Rebuild() {
     m_filtered = Below(2) != 0;
     m_hidden = static_cast<unsigned>(2 + Below(40));
-    m_told.clear();
+    m_reported.clear();
     m_rows.Clear();
     if (!m_filtered) m_rows.ShowAll();
     m_traces.ForEach(0, [&](TraceEvent_i* event) {
-      m_told.push_back({event, Passes(event)});
+      m_reported.push_back({event, Passes(event)});
       if (m_filtered && Passes(event)) m_rows.Append(event);
     });
   }
-  // Traces come, some are trimmed before the views hear of any, then the rest is reported.
+  // Traces come, some are trimmed before the views are notified of any, then of the rest.
   void Drain() {
     std::vector<TraceEvent_i*> batch;
     for (int i = Below(30); i > 0; --i) batch.push_back(Add());
-    const std::size_t before = m_told.size();
+    const std::size_t before = m_reported.size();
     const int trimmed = Below(3) == 0 ? Below(static_cast<int>(m_traces.size()) + 1) : 0;
     TrimChecked(trimmed);
     const std::size_t lost =
         trimmed > static_cast<int>(before) ? static_cast<std::size_t>(trimmed) - before : 0;
     for (std::size_t i = lost; i < batch.size(); ++i) {
-      m_told.push_back({batch[i], Passes(batch[i])});
+      m_reported.push_back({batch[i], Passes(batch[i])});
       if (Passes(batch[i])) m_rows.Append(batch[i]);
     }
   }
@@ -215,9 +215,9 @@ class RandomPlay : public Store, public testing::WithParamInterface<unsigned> {
     for (int i = 0; i < count; ++i) {
       TraceEvent_i* event = m_traces[static_cast<std::size_t>(i)];
       bool shown = false;
-      if (!m_told.empty()) {
-        shown = m_told.front().shown;
-        m_told.pop_front();
+      if (!m_reported.empty()) {
+        shown = m_reported.front().shown;
+        m_reported.pop_front();
       }
       ASSERT_EQ(m_rows.RemoveRow(event, Below(2) != 0), shown ? 0 : -1);
     }
@@ -225,26 +225,26 @@ class RandomPlay : public Store, public testing::WithParamInterface<unsigned> {
   }
   // Some other sender takes a trace from the middle of the rows.
   void RemoveAnywhere() {
-    if (m_told.empty()) return;
-    const std::size_t at = static_cast<std::size_t>(Below(static_cast<int>(m_told.size())));
+    if (m_reported.empty()) return;
+    const std::size_t at = static_cast<std::size_t>(Below(static_cast<int>(m_reported.size())));
     int row = -1;
-    if (m_told[at].shown) {
+    if (m_reported[at].shown) {
       row = 0;
-      for (std::size_t i = 0; i < at; ++i) row += m_told[i].shown;
+      for (std::size_t i = 0; i < at; ++i) row += m_reported[i].shown;
     }
-    ASSERT_EQ(m_rows.RemoveRow(m_told[at].event, false), row);
-    m_told[at].shown = false;
+    ASSERT_EQ(m_rows.RemoveRow(m_reported[at].event, false), row);
+    m_reported[at].shown = false;
   }
   void Compare() const {
     std::vector<TraceEvent_i*> expected, rows;
-    for (const Told& told : m_told)
-      if (told.shown) expected.push_back(told.event);
+    for (const Reported& reported : m_reported)
+      if (reported.shown) expected.push_back(reported.event);
     for (int row = 0; row < m_rows.Size(); ++row) rows.push_back(m_rows.EventAt(row));
     ASSERT_EQ(rows, expected);
   }
 
   std::mt19937 m_random{GetParam()};
-  std::deque<Told> m_told;
+  std::deque<Reported> m_reported;
   bool m_filtered = false;
   unsigned m_hidden = 2;
 };

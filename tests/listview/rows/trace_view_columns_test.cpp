@@ -1,7 +1,7 @@
 // The list view's columns: their creation, the user's drags, and changed options.
 #include <gtest/gtest.h>
 
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 #include "support/zone_guard.h"
 
 namespace {

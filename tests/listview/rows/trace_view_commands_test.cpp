@@ -1,7 +1,7 @@
 // What the list view passes on to its frame and to commands.
 #include <gtest/gtest.h>
 
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 #include "support/fake_frame.h"
 
 namespace {
@@ -28,7 +28,7 @@ TEST_F(TraceViewTest, TheContextMenuIsTheChildFrames) {
 TEST_F(TraceViewTest, WithoutAFrameTheContextMenuIsNobodys) {
   Open();
   m_view->OnRowListContextMenu(30, 40);
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n") << "only the first rebuild";
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n") << "only the first rebuild";
 }
 
 TEST_F(TraceViewTest, FilterExportAndTheSavesAreAlwaysEnabled) {

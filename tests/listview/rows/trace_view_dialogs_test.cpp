@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "listview/details/trace_detail_dialog.h"
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 #include "tree/filter/filter_dialog.h"
 #include "tree/filter/filter_tree_text.h"
 
@@ -43,7 +43,7 @@ TEST_F(Dialogs, PropertiesIsDisabledWithoutAFocusedRow) {
   Open();
   EXPECT_FALSE(Enabled(ID_VIEW_PROPERTIES));
   EXPECT_TRUE(m_view->OnCommand(ID_VIEW_PROPERTIES));
-  EXPECT_EQ(m_host.Told().find("dialog"), std::string::npos);
+  EXPECT_EQ(m_host.Reported().find("dialog"), std::string::npos);
   DrainMany(2);
   EXPECT_FALSE(Enabled(ID_VIEW_PROPERTIES));
   Focus(1);
@@ -115,7 +115,7 @@ TEST_F(Dialogs, AFilterChangesThePreviousTraceOfTheDifference) {
       [](CTraceDetailDialog& dialog) { EXPECT_EQ(dialog.m_ticDifference, "70 (70 ps)"); });
 }
 
-TEST_F(Dialogs, ATrimBehindTheDialogLeavesWhatItShowsAndTheNextStepGoesOnFromTheRowsNumber) {
+TEST_F(Dialogs, ATrimDuringTheDialogLeavesWhatItShowsAndTheNextStepGoesOnFromTheRowsNumber) {
   AddMany(10);
   Open();
   Focus(4);
@@ -131,7 +131,7 @@ TEST_F(Dialogs, ATrimBehindTheDialogLeavesWhatItShowsAndTheNextStepGoesOnFromThe
   });
 }
 
-TEST_F(Dialogs, AClearBehindTheDialogEmptiesTheFieldsAtTheNextStep) {
+TEST_F(Dialogs, AClearDuringTheDialogEmptiesTheFieldsAtTheNextStep) {
   for (int i = 0; i < 4; ++i) Add({.text = "x", .stack = "s", .tic = 7});
   Open();
   Focus(2);
@@ -148,7 +148,7 @@ TEST_F(Dialogs, AClearBehindTheDialogEmptiesTheFieldsAtTheNextStep) {
   });
 }
 
-TEST_F(Dialogs, ATraceThatArrivesBehindTheDialogCanBeWalkedToAfterTheNextStep) {
+TEST_F(Dialogs, ATraceThatArrivesDuringTheDialogCanBeWalkedToAfterTheNextStep) {
   AddMany(2);
   Open();
   Focus(1);
@@ -180,34 +180,34 @@ TEST_F(Dialogs, OkRebuildsTheRowsAndMarksTheFilterChanged) {
   for (const NameId component : {1, 9, 1, 9}) Add({.component = component});
   Open();
   m_view->OnActivateView(true, m_view.get(), nullptr);
-  m_main.Told();
+  m_main.Reported();
   RunFilter([](CFilterDialog& dialog) {
     Click(dialog, {"All Components", "Db"});
     dialog.OnOK();
   });
   EXPECT_EQ(Rows(), "1 3");
   EXPECT_TRUE(m_view->m_filterChanged);
-  EXPECT_EQ(m_main.Told(), (std::vector<std::string>{"rows 2", "filtered 1"}));
+  EXPECT_EQ(m_main.Reported(), (std::vector<std::string>{"rows 2", "filtered 1"}));
   RunFilter([](CFilterDialog& dialog) {
     Click(dialog, {"All Components", "Db"});
     dialog.OnOK();
   });
   EXPECT_EQ(Rows(), "1 2 3 4");
-  EXPECT_EQ(m_main.Told(), (std::vector<std::string>{"rows 4", "filtered 0"}));
+  EXPECT_EQ(m_main.Reported(), (std::vector<std::string>{"rows 4", "filtered 0"}));
 }
 
 TEST_F(Dialogs, CancelChangesNothing) {
   AddMany(2);
   Open();
   m_view->OnActivateView(true, m_view.get(), nullptr);
-  m_main.Told();
+  m_main.Reported();
   RunFilter([](CFilterDialog& dialog) {
     Click(dialog, {});
     dialog.OnCancel();
   });
   EXPECT_EQ(Rows(), "1 2");
   EXPECT_FALSE(m_view->m_filterChanged);
-  EXPECT_TRUE(m_main.Told().empty());
+  EXPECT_TRUE(m_main.Reported().empty());
 }
 
 TEST_F(Dialogs, ARebuildByTheFilterKeepsTheFocusedTraceOrTheNearest) {

@@ -163,7 +163,7 @@ TEST_F(TraceViewExportTest, TheDocumentStaysAsItWas) {
   EXPECT_EQ(m_list->calls, calls);
 }
 
-TEST_F(TraceViewExportTest, AFileThatCannotBeOpenedIsTold) {
+TEST_F(TraceViewExportTest, AFileThatCannotBeOpenedIsReported) {
   Open();
   m_host.ClearTranscript();
   m_host.AnswerFileDialog("/nowhere/web.csv");
@@ -172,12 +172,12 @@ TEST_F(TraceViewExportTest, AFileThatCannotBeOpenedIsTold) {
             "box Tessera [none] \"Error opening output file.\" (OK) -> OK");
 }
 
-TEST_F(TraceViewExportTest, AWriteThatFailsIsNotTold) {
+TEST_F(TraceViewExportTest, AWriteThatFailsIsNotReported) {
   AddTexts({"a"});
   Open();
   m_host.AnswerFileDialog("/dev/full");
   m_view->OnCommand(ID_FILE_EXPORT);
-  EXPECT_EQ(m_host.Told().find("box"), std::string::npos);
+  EXPECT_EQ(m_host.Reported().find("box"), std::string::npos);
   EXPECT_EQ(m_host.WaitCursors(), 0);
 }
 
@@ -191,7 +191,7 @@ TEST_F(TraceViewExportTest, CancelWritesNothing) {
   std::filesystem::current_path(before);
   EXPECT_EQ(m_host.m_fileRequests.size(), 1u);
   EXPECT_TRUE(std::filesystem::is_empty(m_directory.File("here")));
-  EXPECT_EQ(m_host.Told().find("box"), std::string::npos);
+  EXPECT_EQ(m_host.Reported().find("box"), std::string::npos);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Find and Find Next in the list view: the walk over the rows and what a hit does.
 #include <gtest/gtest.h>
 
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 #include "tree/find/find_dialog.h"
 #include "tree/find/find_search.h"
 #include "tree/find/find_settings.h"
@@ -54,7 +54,7 @@ TEST_F(TraceViewFindTest, FindWantsRowsAndFindNextATextToo) {
   EXPECT_FALSE(Enabled(ID_EDIT_FINDNEXT));
 }
 
-TEST_F(TraceViewFindTest, ForwardFromTheRowBehindTheFocus) {
+TEST_F(TraceViewFindTest, ForwardFromTheRowAfterTheFocus) {
   OpenWith({"hit", "no", "hit", "no", "hit"});
   LookFor("hit");
   EXPECT_EQ(NextFrom(0), 2);
@@ -94,35 +94,35 @@ TEST_F(TraceViewFindTest, AHitInTheFocusedRowAloneIsNotFound) {
   OpenWith({"no", "hit", "no"});
   LookFor("hit");
   EXPECT_EQ(NextFrom(1), 1);
-  EXPECT_EQ(m_host.Told(), kNotFound);
+  EXPECT_EQ(m_host.Reported(), kNotFound);
   LookFor("hit", true);
   EXPECT_EQ(NextFrom(1), 1);
-  EXPECT_EQ(m_host.Told(), kNotFound);
+  EXPECT_EQ(m_host.Reported(), kNotFound);
 }
 
 TEST_F(TraceViewFindTest, ASearchThatWrapsAtItsFirstStepEndsAfterOnePass) {
   OpenWith({"no", "no", "no"});
   LookFor("hit");
   EXPECT_EQ(NextFrom(2), 2) << "the last row has the focus";
-  EXPECT_EQ(m_host.Told(), kNotFound);
+  EXPECT_EQ(m_host.Reported(), kNotFound);
   LookFor("hit", true);
   EXPECT_EQ(NextFrom(0), 0) << "backward, the first row has the focus";
-  EXPECT_EQ(m_host.Told(), kNotFound);
+  EXPECT_EQ(m_host.Reported(), kNotFound);
   m_list->SetItemState(-1, 0, kRowFocused);
   m_host.ClearTranscript();
   m_view->FindInRows();
   EXPECT_EQ(Focused(), -1) << "no row has the focus";
-  EXPECT_EQ(m_host.Told(), kNotFound);
+  EXPECT_EQ(m_host.Reported(), kNotFound);
 }
 
 TEST_F(TraceViewFindTest, ASingleFocusedRowIsTestedOnce) {
   OpenWith({"hit"});
   LookFor("no");
   EXPECT_EQ(NextFrom(0), 0);
-  EXPECT_EQ(m_host.Told(), kNotFound);
+  EXPECT_EQ(m_host.Reported(), kNotFound);
   LookFor("hit");
   EXPECT_EQ(NextFrom(0), 0);
-  EXPECT_EQ(m_host.Told(), "") << "the walk that wraps comes to it in its turn";
+  EXPECT_EQ(m_host.Reported(), "") << "the walk that wraps comes to it in its turn";
 }
 
 TEST_F(TraceViewFindTest, AHitMovesTheFocusAloneAndShowsTheRow) {
@@ -175,7 +175,7 @@ TEST_F(TraceViewFindTest, OnlyTheTextIsSearched) {
   for (const char* shown : {"1", "Info", ":0"}) {
     LookFor(shown);
     NextFrom(1);
-    EXPECT_EQ(m_host.Told(), kNotFound) << shown;
+    EXPECT_EQ(m_host.Reported(), kNotFound) << shown;
   }
 }
 
@@ -186,7 +186,7 @@ TEST_F(TraceViewFindTest, FindAsksAndThenSearchesUnderTheWaitCursor) {
     dialog.OnOK();
   });
   m_view->OnCommand(ID_EDIT_FIND);
-  EXPECT_EQ(m_host.Told(), "dialog -> 1\nwait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "dialog -> 1\nwait cursor on\nwait cursor off\n");
   EXPECT_EQ(Focused(), 1);
 }
 
@@ -194,7 +194,7 @@ TEST_F(TraceViewFindTest, FindNextHasNoDialogAndNoWaitCursor) {
   OpenWith({"no", "hit"});
   LookFor("hit");
   m_view->OnCommand(ID_EDIT_FINDNEXT);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_EQ(Focused(), 1);
 }
 
@@ -203,7 +203,7 @@ TEST_F(TraceViewFindTest, CancelInTheDialogSearchesNothing) {
   LookFor("hit");
   m_host.AnswerDialog([](CDialog& dialog) { dialog.OnCancel(); });
   m_view->OnCommand(ID_EDIT_FIND);
-  EXPECT_EQ(m_host.Told(), "dialog -> 2\n");
+  EXPECT_EQ(m_host.Reported(), "dialog -> 2\n");
   EXPECT_TRUE(m_list->calls.empty());
 }
 
@@ -256,7 +256,7 @@ TEST_F(TraceViewFindTest, ACancelledSearchChangesNothingAndSaysNothing) {
   m_host.ClearTranscript();
   m_host.AnswerWorkBox([](CDialog& dialog) { dialog.OnCancel(); });
   m_view->OnCommand(ID_EDIT_FINDNEXT);
-  EXPECT_EQ(m_host.Told(), "dialog -> 2\n");
+  EXPECT_EQ(m_host.Reported(), "dialog -> 2\n");
   EXPECT_EQ(Focused(), 0);
 }
 

@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 
 namespace {
 
@@ -48,7 +48,7 @@ TEST_F(Follow, ATargetBeforeAllRowsSelectsTheFirst) {
   EXPECT_EQ(After(1), "0 focused selected");
 }
 
-TEST_F(Follow, ATargetBehindAllRowsSelectsNoneAndTheOldSelectionGoes) {
+TEST_F(Follow, ATargetAfterAllRowsSelectsNoneAndTheOldSelectionGoes) {
   AddNumbers({10, 20, 30});
   Open();
   Focus(1);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 
 namespace {
 

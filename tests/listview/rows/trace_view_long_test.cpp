@@ -1,7 +1,7 @@
 // A filter that takes long: below a box, and what its Cancel leaves behind.
 #include "support/folder_names.h"
 #include "support/short_pieces.h"
-#include "trace_view_rig.h"
+#include "trace_view_fixture.h"
 #include "tree/filter/filter_dialog.h"
 
 namespace {
@@ -43,7 +43,7 @@ TEST_F(TraceViewLong, AFilterWorksInPartsBelowABox) {
   int ticks = 0;
   m_host.AnswerWorkBox([&](CDialog& box) {
     EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Filtering...");
-    EXPECT_TRUE(m_document.IsWorkedOn());
+    EXPECT_TRUE(m_document.IsBusy());
     while (!box.Ended()) {
       EXPECT_EQ(m_list->ItemCount(), kMany) << "the rows that stood stand until the end";
       m_host.TickTimers();
@@ -155,7 +155,7 @@ TEST_F(TraceViewLong, AnExportGoesOnBelowABoxThatTellsHowFarItIs) {
   Write(ID_FILE_EXPORT, "web.csv", false, [&](CDialog& dialog) {
     const auto& box = dynamic_cast<CWorkBox&>(dialog);
     EXPECT_STREQ(box.Message(), "Exporting...");
-    EXPECT_TRUE(m_document.IsWorkedOn());
+    EXPECT_TRUE(m_document.IsBusy());
     while (!box.Ended()) {
       EXPECT_FALSE(std::filesystem::exists(m_directory.File("web.csv"))) << "before it is whole";
       EXPECT_GT(*box.Progress(), last);
@@ -193,9 +193,9 @@ TEST_F(TraceViewLong, ACancelledExportOrSaveLeavesNoFileAndAnExistingOneAsItWas)
         EXPECT_EQ(ReadAll(m_directory.File("old")), "what stood there");
       }
   EXPECT_EQ(m_document.IsModified(), modified);
-  EXPECT_EQ(m_host.Told().find("box Tessera"), std::string::npos) << "the person knows";
+  EXPECT_EQ(m_host.Reported().find("box Tessera"), std::string::npos) << "the person knows";
   EXPECT_EQ(m_host.WaitCursors(), 0);
-  EXPECT_FALSE(m_document.IsWorkedOn());
+  EXPECT_FALSE(m_document.IsBusy());
 }
 
 TEST_F(TraceViewLong, ASaveOfSelectedRowsTellsHowFarItIsInTheList) {

@@ -2,7 +2,7 @@
 // empty.
 #include <gtest/gtest.h>
 
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 #include "settings/globals.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"

@@ -1,7 +1,7 @@
 // Rows, hints and scrolling of the list view.
 #include <gtest/gtest.h>
 
-#include "listview/rows/trace_view_rig.h"
+#include "listview/rows/trace_view_fixture.h"
 
 namespace {
 
@@ -105,10 +105,10 @@ TEST_F(TraceViewTest, ABatchInWhichNothingPassesTouchesNeitherListNorPane) {
   HideNine();
   m_view->OnActivateView(true, m_view.get(), nullptr);
   m_list->calls.clear();
-  m_main.Told();
+  m_main.Reported();
   Drain({{.component = 9}, {.component = 9}});
   EXPECT_EQ(m_list->calls, Strings{});
-  EXPECT_EQ(m_main.Told(), Strings{});
+  EXPECT_EQ(m_main.Reported(), Strings{});
 }
 
 TEST_F(TraceViewTest, OnlyThePassingTracesOfABatchBecomeRows) {
@@ -186,7 +186,7 @@ TEST_F(TraceViewTest, ARebuildRunsUnderTheWaitCursorWithRedrawingOff) {
   m_host.ClearTranscript();
   m_list->calls.clear();
   m_view->SetFilter(CTraceFilter(), true);
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
   EXPECT_EQ(m_list->calls, (Strings{"redraw off", "count 0", "count 2", "visible 1", "redraw on"}));
 }
 
@@ -279,7 +279,7 @@ TEST_F(TraceViewTest, TheRememberedTraceIsForgottenWhenItIsTrimmed) {
   EXPECT_EQ(States(), "");
 }
 
-TEST_F(TraceViewTest, TracesThatAreTrimmedBeforeTheirBatchIsToldNeverBecomeRows) {
+TEST_F(TraceViewTest, TracesThatAreTrimmedBeforeTheirBatchIsReportedNeverBecomeRows) {
   AddMany(4);
   Open();
   // One drain: six traces arrive, the limit takes six away, the batch tells of what is left.
@@ -311,21 +311,21 @@ TEST_F(TraceViewTest, AHintThatDoesNotTakeTheOldestTracesStillTakesItsRows) {
 TEST_F(TraceViewTest, TheActiveViewTellsItsRowCountAndWhetherItFilters) {
   AddMany(5);
   Open();
-  EXPECT_EQ(m_main.Told(), Strings{}) << "not active yet";
+  EXPECT_EQ(m_main.Reported(), Strings{}) << "not active yet";
   m_view->OnActivateView(true, m_view.get(), nullptr);
-  EXPECT_EQ(m_main.Told(), (Strings{"rows 5", "filtered 0"}));
+  EXPECT_EQ(m_main.Reported(), (Strings{"rows 5", "filtered 0"}));
   DrainMany(2);
-  EXPECT_EQ(m_main.Told(), Strings{"rows 7"});
+  EXPECT_EQ(m_main.Reported(), Strings{"rows 7"});
   Trim(3);
-  EXPECT_EQ(m_main.Told(), Strings{"rows 4"});
+  EXPECT_EQ(m_main.Reported(), Strings{"rows 4"});
   HideNine();
-  EXPECT_EQ(m_main.Told(), (Strings{"rows 4", "filtered 1"}));
+  EXPECT_EQ(m_main.Reported(), (Strings{"rows 4", "filtered 1"}));
   m_view->OnActivateView(false, nullptr, m_view.get());
-  EXPECT_EQ(m_main.Told(), (Strings{"rows cleared", "filtered cleared"}));
+  EXPECT_EQ(m_main.Reported(), (Strings{"rows cleared", "filtered cleared"}));
   DrainMany(2);
   Trim(1);
   m_view->SetFilter(CTraceFilter(), true);
-  EXPECT_EQ(m_main.Told(), Strings{});
+  EXPECT_EQ(m_main.Reported(), Strings{});
 }
 
 TEST_F(TraceViewTest, AnActivatedViewTakesTheKeyboard) {
@@ -341,7 +341,7 @@ TEST_F(TraceViewTest, WithoutAMainWindowTheViewWorksOn) {
   m_view->OnActivateView(true, m_view.get(), nullptr);
   DrainMany(2);
   EXPECT_EQ(m_list->ItemCount(), 4);
-  EXPECT_EQ(m_main.Told(), Strings{});
+  EXPECT_EQ(m_main.Reported(), Strings{});
 }
 
 TEST_F(TraceViewTest, CellsFollowTheColumnsIdentityAndTheRowAbove) {

@@ -105,7 +105,7 @@ TEST_F(TraceViewSaveTest, TheRowsAreWrittenUnderTheWaitCursor) {
   EXPECT_EQ(m_host.Transcript()[2], "wait cursor off");
 }
 
-TEST_F(TraceViewSaveTest, AFileThatCannotBeCreatedIsTold) {
+TEST_F(TraceViewSaveTest, AFileThatCannotBeCreatedIsReported) {
   Add({});
   Open();
   SaveTo("/nowhere/out.trc");
@@ -113,7 +113,7 @@ TEST_F(TraceViewSaveTest, AFileThatCannotBeCreatedIsTold) {
   EXPECT_TRUE(m_document.IsModified());
 }
 
-TEST_F(TraceViewSaveTest, AWriteThatFailsIsToldAndLeavesTheModifiedFlag) {
+TEST_F(TraceViewSaveTest, AWriteThatFailsIsReportedAndLeavesTheModifiedFlag) {
   for (int i = 0; i < 100; ++i) Add({.text = std::string(1000, 'x')});
   Open();
   SaveTo("/dev/full");  // shows at the first block of 64 KiB, in the midst of the rows
@@ -123,11 +123,11 @@ TEST_F(TraceViewSaveTest, AWriteThatFailsIsToldAndLeavesTheModifiedFlag) {
   EXPECT_TRUE(m_document.IsModified());
 }
 
-TEST_F(TraceViewSaveTest, AFullDiskThatShowsOnlyAtTheEndIsToldToo) {
+TEST_F(TraceViewSaveTest, AFullDiskThatShowsOnlyAtTheEndIsReportedToo) {
   Add({});
   Open();
   SaveTo("/dev/full");
-  EXPECT_NE(m_host.Told().find("\"Error writing to file.\""), std::string::npos);
+  EXPECT_NE(m_host.Reported().find("\"Error writing to file.\""), std::string::npos);
   EXPECT_TRUE(m_document.IsModified());
 }
 
@@ -137,7 +137,7 @@ TEST_F(TraceViewSaveTest, AFileThatIsOpenElsewhereStaysWhole) {
   Add({});
   Open();
   SaveTo(path);
-  EXPECT_NE(m_host.Told().find("\"Error creating file.\""), std::string::npos);
+  EXPECT_NE(m_host.Reported().find("\"Error creating file.\""), std::string::npos);
   EXPECT_EQ(ReadAll(path), TrcImage().Trace("a").Bytes());
 }
 

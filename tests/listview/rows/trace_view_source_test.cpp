@@ -3,7 +3,7 @@
 #include "listview/source/source_map.h"
 #include "support/fake_frame.h"
 #include "support/fake_rich_edit.h"
-#include "trace_view_rig.h"
+#include "trace_view_fixture.h"
 
 namespace {
 
@@ -82,7 +82,7 @@ TEST_F(TraceViewSourceTest, WithoutAFocusedRowNothingOpens) {
   Open();
   EXPECT_TRUE(m_view->OnCommand(ID_VIEW_GOTOSOURCE));
   EXPECT_TRUE(m_template.Documents().empty());
-  EXPECT_EQ(m_host.Told().find("dialog"), std::string::npos);
+  EXPECT_EQ(m_host.Reported().find("dialog"), std::string::npos);
 }
 
 TEST_F(TraceViewSourceTest, AFileThatIsNotHereIsAskedForByItsRecordedPath) {

@@ -1,5 +1,5 @@
 // Going to a trace's source: which window comes to the front, and on which line its caret is.
-#include "source_rig.h"
+#include "source_fixture.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ TEST_F(SourceTest, AReadablePathOpensDirectlyWhateverIsMapped) {
   g_sourceMap = {{m_directory.Path() + "/a", m_directory.Path() + "/other"}};
   OpenSourceAt(path, 2);
   ASSERT_EQ(Open(), 1u);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_EQ(Edit().GetText(), "one\ntwo\nthree\n");
   EXPECT_EQ(Doc().m_requestedPath, path);
   EXPECT_EQ(Doc().GetPathName(), path);
@@ -38,7 +38,7 @@ TEST_F(SourceTest, LineZeroIsTheCaretsLine) {
   EXPECT_EQ(Edit().calls.back(), "select 4 4");
 }
 
-TEST_F(SourceTest, ALineBehindTheEndLeavesTheCaret) {
+TEST_F(SourceTest, ALineAfterTheEndLeavesTheCaret) {
   const std::string path = File("a.c");
   OpenSourceAt(path, 2);
   for (const std::uint32_t line : {5u, 1000u, 0x7FFFFFFFu}) {
@@ -101,7 +101,7 @@ TEST_F(SourceTest, ACancelledDialogOpensNothingAndSaysNothing) {
   EXPECT_EQ(Open(), 0u);
   EXPECT_EQ(m_host.Transcript().size(), 1u);
   EXPECT_TRUE(m_app.m_frame.Children().empty());
-  EXPECT_EQ(m_log.Told(), "");
+  EXPECT_EQ(m_log.Reported(), "");
 }
 
 TEST_F(SourceTest, ALocatedFileOfAnotherNameOpensNothingOnceTheWaitIsCancelled) {
@@ -124,14 +124,14 @@ TEST_F(SourceTest, AFileThatIsNoTextSaysSoAndOpensNothing) {
                                                    6));
   OpenSourceAt(path, 1);
   EXPECT_EQ(Open(), 0u);
-  EXPECT_EQ(m_host.Told(), "box Tessera [warning] \"" + path +
-                               "\nThe file is not text: it holds zero bytes.\" (OK) -> OK\n");
+  EXPECT_EQ(m_host.Reported(), "box Tessera [warning] \"" + path +
+                                   "\nThe file is not text: it holds zero bytes.\" (OK) -> OK\n");
 }
 
 TEST_F(SourceTest, AFolderSaysSoAndOpensNothing) {
   OpenSourceAt(m_directory.Path(), 1);
   EXPECT_EQ(Open(), 0u);
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [warning] \"" + m_directory.Path() + "\nIs a directory\" (OK) -> OK\n");
 }
 

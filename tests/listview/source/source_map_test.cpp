@@ -27,7 +27,7 @@ class SourceMap : public testing::Test {
   std::string Learned(const std::string& recorded, const std::string& located) {
     g_sourceMap.clear();
     EXPECT_TRUE(LearnPathMapping(m_host, recorded, located));
-    EXPECT_EQ(m_host.Told(), "");
+    EXPECT_EQ(m_host.Reported(), "");
     return Map();
   }
   std::string MakeFile(const std::string& name) {
@@ -192,12 +192,12 @@ TEST_F(SourceMap, AMappedFileIsNotAskedFor) {
   const std::string local = MakeFile("a.c");
   g_sourceMap = {{"/build/", m_directory.Path() + "/"}};
   EXPECT_EQ(ResolveSourcePath(m_host, "/build/a.c"), local);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(SourceMap, TheUserIsAskedWithTheRecordedPathAsTheName) {
   EXPECT_EQ(ResolveSourcePath(m_host, "c:\\build\\a.c"), "");
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "open dialog \"Locate source file\" ext= name=\"c:\\build\\a.c\" "
             "filters=\"Source Files (*.c;*.cpp;*.cxx)|*.c; *.cpp; *.cxx|Header Files "
             "(*.h;*.hxx)|*.h; *.hxx|All Files (*.*)|*\" -> none\n");

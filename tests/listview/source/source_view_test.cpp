@@ -8,7 +8,7 @@
 #include <fstream>
 #include <functional>
 
-#include "source_rig.h"
+#include "source_fixture.h"
 #include "support/file_limit.h"
 #include "support/folder_names.h"
 
@@ -59,7 +59,7 @@ TEST_F(SourceTest, ActivationClearsBothPanes) {
   m_log.Clear();
   View().OnActivateView(true, &View(), nullptr);
   const std::string cleared = std::to_string(static_cast<std::uintptr_t>(-1));
-  EXPECT_EQ(m_log.Told("main"), "main 1125 " + cleared + " 0\nmain 1126 " + cleared + " 0\n");
+  EXPECT_EQ(m_log.Reported("main"), "main 1125 " + cleared + " 0\nmain 1126 " + cleared + " 0\n");
 }
 
 TEST_F(SourceTest, CopyTakesTheSelectionAndIsDisabledWithoutOne) {
@@ -100,7 +100,7 @@ TEST_F(SourceTest, FindOffersTheSelectionOfOneLine) {
   EXPECT_EQ(m_host.Modeless().size(), 1u);
 }
 
-TEST_F(SourceTest, FindNextIsDisabledAlsoBehindAFind) {
+TEST_F(SourceTest, FindNextIsDisabledAlsoAfterAFind) {
   OpenSourceAt(File("a.c", "one two one\n"), 1);
   EXPECT_FALSE(Enabled(ID_EDIT_FINDNEXT));
   Frame().OnCommand(ID_EDIT_FIND);
@@ -123,13 +123,13 @@ TEST_F(SourceTest, TheFindBoxOffersWhatWasLookedForLast) {
   EXPECT_EQ(View().FindDialog()->m_find.text, "one");
 }
 
-TEST_F(SourceTest, ATextThatIsNotThereIsTold) {
+TEST_F(SourceTest, ATextThatIsNotThereIsReported) {
   OpenSourceAt(File("a.c"), 1);
   Frame().OnCommand(ID_EDIT_FIND);
   View().FindDialog()->m_find.text = "four";
   m_host.ClearTranscript();
   View().FindDialog()->OnOK();
-  EXPECT_EQ(m_host.Told(), "box Tessera [none] \"Text not found.\" (OK) -> OK\n");
+  EXPECT_EQ(m_host.Reported(), "box Tessera [none] \"Text not found.\" (OK) -> OK\n");
   EXPECT_FALSE(Edit().HasSelection());
 }
 
@@ -149,8 +149,8 @@ TEST_F(SourceTest, SaveAsksAndSuggestsTheLocatedFile) {
   EXPECT_TRUE(Doc().IsModified());
   m_host.ClearTranscript();
   EXPECT_TRUE(Frame().OnCommand(ID_FILE_SAVE));
-  EXPECT_EQ(m_host.Told(), "save dialog \"Save As\" ext= name=\"" + local +
-                               "\" filters=\"All Files (*.*)|*\" -> none\n");
+  EXPECT_EQ(m_host.Reported(), "save dialog \"Save As\" ext= name=\"" + local +
+                                   "\" filters=\"All Files (*.*)|*\" -> none\n");
   EXPECT_EQ(ReadAll(local), "caf\xE9\r\n");
   EXPECT_TRUE(Doc().IsModified());
 }
@@ -194,7 +194,7 @@ TEST_F(SourceTest, ClosingAnEditedWindowAsksByTheFilesName) {
   Edit().Type("x");
   m_host.AnswerBox(BoxAnswer::Cancel);
   Frame().OnClose();
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [warning] \"Save changes to a.c?\" (Yes, No, Cancel) -> Cancel\n");
   ASSERT_EQ(Open(), 1u);
   m_host.AnswerBox(BoxAnswer::Yes);
@@ -207,7 +207,7 @@ TEST_F(SourceTest, ClosingAnUneditedWindowAsksNothing) {
   OpenSourceAt(File("a.c"), 1);
   Frame().OnClose();
   EXPECT_EQ(Open(), 0u);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(SourceTest, AfterAQuickCloseNothingIsAsked) {
@@ -216,7 +216,7 @@ TEST_F(SourceTest, AfterAQuickCloseNothingIsAsked) {
   Edit().Type("x");
   g_quickClose = true;
   EXPECT_TRUE(m_template->SaveAllModified());
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
   EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
 }
 
@@ -225,7 +225,7 @@ TEST_F(SourceTest, ASaveThatFailsSaysSoAndKeepsTheEdits) {
   Edit().Type("x");
   EXPECT_FALSE(Doc().OnSaveDocument(m_directory.File("missing/a.c")));
   EXPECT_FALSE(Doc().OnSaveDocument("/dev/full"));
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [stop] \"Error creating file.\" (OK) -> OK\n"
             "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
   EXPECT_TRUE(Doc().IsModified());
@@ -239,7 +239,7 @@ TEST_F(SourceTest, ASaveOnAFullDiskLeavesTheFileAsItWas) {
     const FileLimit full(4);
     EXPECT_FALSE(Doc().OnSaveDocument(path));
   }
-  EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
+  EXPECT_EQ(m_host.Reported(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
   EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
   EXPECT_EQ(NamesIn(std::filesystem::path(path).parent_path()).size(), 1u);
   EXPECT_TRUE(Doc().IsModified());
@@ -271,7 +271,7 @@ TEST_F(SourceTest, ADiskThatRefusesTheNewBytesKeepsTheOldFile) {
   g_sync = [](int) { return false; };
   EXPECT_FALSE(Doc().OnSaveDocument(path));
   g_sync = nullptr;
-  EXPECT_EQ(m_host.Told(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
+  EXPECT_EQ(m_host.Reported(), "box Tessera [stop] \"Error writing to file.\" (OK) -> OK\n");
   EXPECT_EQ(ReadAll(path), "one\ntwo\nthree\n");
 }
 

@@ -255,7 +255,7 @@ TEST_F(CatalogueTest, ADamagedStateIsPutAsideAndANewOneBegun) {
   EXPECT_EQ(ReadAll(m_folder.File("state.db.damaged")), std::string(8192, 'x'));
 }
 
-TEST_F(CatalogueTest, DamageFarBehindTheHeadOfTheStateIsFoundToo) {
+TEST_F(CatalogueTest, DamageFarAfterTheHeadOfTheStateIsFoundToo) {
   {
     const auto catalogue = Begin();
     CatalogueApp* const app = catalogue->Enter("orders");
@@ -311,7 +311,7 @@ TEST_F(CatalogueTest, WhatCouldNotBeWrittenOnAFullDiskIsWrittenWithTheNextChange
   EXPECT_EQ(Word(*catalogue, "fresh", 1), 0x1Fu);
 }
 
-TEST_F(CatalogueTest, BehindATraceThatIsMissingInTheStateNoneGetsAWrongNumber) {
+TEST_F(CatalogueTest, AfterATraceThatIsMissingInTheStateNoneGetsAWrongNumber) {
   {
     const auto catalogue = Begin();
     CatalogueApp* const app = catalogue->Enter("orders");

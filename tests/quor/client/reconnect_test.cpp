@@ -34,7 +34,7 @@ class ReconnectTest : public LiveTest {
     }));
     return sent;
   }
-  // Drains until the loss is told, before or after so many others. Gives its text.
+  // Drains until the loss is reported, before or after so many others. Gives its text.
   std::string DrainUntilLoss(std::uint64_t others, std::uint64_t* taken) {
     std::string words;
     // A tick may end before all is taken: its time is limited.
@@ -88,7 +88,7 @@ TEST_F(ReconnectTest, TheTraceOfAGapLooksAsProgramsExpectIt) {
   trace->Release();
 }
 
-TEST_F(ReconnectTest, WithoutAGapNothingIsSaid) {
+TEST_F(ReconnectTest, WithoutAGapNothingIsReported) {
   Start();
   Reconnect();
   m_peer->Ledger({{.serial = 11}});
@@ -159,7 +159,7 @@ TEST_F(ReconnectTest, OfSourcesThatTheServiceHasForgottenTheSumTellsTheGap) {
   m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});
   m_peer->Ledger({}, {}, {{.id = 'b', .serial = 4}});
   Reconnect();
-  // a went on to 15 and ended, as did one of 7 and one of 2 that nobody here has heard of.
+  // a went on to 15 and ended, as did one of 7 and one of 2 that are not known here.
   m_peer->Ledger({}, 4 + 15 + 7 + 2);
   EXPECT_EQ(Drain(1), "Quor: 13 traces lost: the connection was broken\n");
   EXPECT_EQ(Counted(), "1 delivered, 17 lost");
@@ -194,7 +194,7 @@ TEST_F(ReconnectTest, AnotherRunOfTheServiceCountsWhatItForgetsAnew) {
   m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});
   m_peer->Ledger({}, {}, {{.id = 'b', .serial = 4}});
   Reconnect("another run");
-  // Nothing of what it has forgotten can have been heard of from the first.
+  // Nothing of what it has forgotten can be known from the first.
   m_peer->Ledger({{.serial = 12}}, 3);
   EXPECT_EQ(Drain(1), "Quor: 4 traces lost: the connection was broken\n");
   EXPECT_EQ(Counted(), "1 delivered, 8 lost");
@@ -325,7 +325,7 @@ TEST_F(ReconnectTest, AMonitorThatDoesNotKeepUpLosesTheNewestCountsThemAndKeepsT
   EXPECT_EQ(m_thread->GetCounts().delivered + m_thread->GetCounts().lost, sent + 1);
 }
 
-TEST_F(ReconnectTest, WhatWasTurnedAwayLastIsToldThoughNothingComesAfterIt) {
+TEST_F(ReconnectTest, WhatWasDroppedLastIsReportedThoughNothingComesAfterIt) {
   Start();
   const std::uint64_t sent = SendTooMuch();
   std::uint64_t taken = 1;

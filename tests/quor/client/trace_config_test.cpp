@@ -240,7 +240,7 @@ TEST_F(ConfigTest, TheServicesHandleIsOpenWhileOneOfOursIs) {
                   });
   ASSERT_TRUE(second);
   m_app = nullptr;
-  // An early word of the end would come before this question.
+  // An early message about the end would come before this question.
   EXPECT_TRUE(WhileServed([&] { return second->Refresh(); },
                           [this] {
                             const auto request = m_peer->ExpectRequest();
@@ -332,7 +332,7 @@ TEST(SettingsToLabel, OnlyAWordOfZeroReadsOff) {
   }
 }
 
-TEST(SettingsToLabel, BitsWithoutAWordStandBehindTheWordsAsOneNumber) {
+TEST(SettingsToLabel, BitsWithoutAWordStandAfterTheWordsAsOneNumber) {
   EXPECT_EQ(SettingsToLabel(0x0020), "0x0020");
   EXPECT_EQ(SettingsToLabel(0xFCE0), "0xFCE0");
   EXPECT_EQ(SettingsToLabel(0x0422), "Warn, 0x0420");

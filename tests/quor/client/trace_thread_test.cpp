@@ -143,7 +143,7 @@ TEST_F(LiveTest, APausedMonitorGivesNothingThoughItHasArrivedAndAllOfItLater) {
   m_thread->Pause();
   EXPECT_EQ(m_thread->HasTraces(), 0);
   EXPECT_EQ(m_thread->NextTrace(), nullptr);
-  // On its way when the service heard of the pause.
+  // On its way when the service got the pause.
   m_peer->Data(Traces(20000, 20010));
   m_peer->Ledger({{.serial = 20010, .delivered = 20010}});
   ASSERT_TRUE(Eventually([&] { return m_thread->GetCounts().delivered == 20010; }));
@@ -226,7 +226,7 @@ TEST_F(LiveTest, AServiceThatDoesNotAnswerIsGivenUpWithinFiveSeconds) {
   EXPECT_EQ(m_why, "the trace service of this machine: no welcome in time");
 }
 
-TEST_F(LiveTest, ARefusalIsToldInTheServicesWords) {
+TEST_F(LiveTest, ARefusalIsReportedWithTheServicesReason) {
   auto* const thread =
       WhileServed([this] { return TraceThread_i::ConnectToTraceService("", m_names, &m_why); },
                   [this] {
@@ -241,7 +241,7 @@ TEST_F(LiveTest, ARefusalIsToldInTheServicesWords) {
   EXPECT_NE(m_why.find("refuses: version 1 is not spoken here"), std::string::npos) << m_why;
 }
 
-TEST_F(LiveTest, AnUnknownVersionOfTheServiceIsRefusedInWords) {
+TEST_F(LiveTest, AnUnknownVersionOfTheServiceIsRefusedWithAReason) {
   auto* const thread =
       WhileServed([this] { return TraceThread_i::ConnectToTraceService("", m_names, &m_why); },
                   [this] { m_service.Accept()->Welcome(2); });

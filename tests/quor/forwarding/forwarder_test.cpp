@@ -15,11 +15,11 @@ TEST(Forwarder, OneThatOwesTheCountsOfAnEarlierServicesSourceIsNotIdle) {
   // Without keys it never connects.
   const auto forwarder = std::make_shared<Forwarder>(io, *machine, "/no-such-folder", "here");
   forwarder->Start();
-  const auto remember = [&](std::uint8_t instance, std::uint64_t handedOn) {
+  const auto remember = [&](std::uint8_t instance, std::uint64_t forwarded) {
     Source source;
     source.instance[0] = instance;
     source.serial = 10;
-    source.handedOn = handedOn;
+    source.forwarded = forwarded;
     forwarder->Traces().EndSource(forwarder->Traces().AddSource(std::move(source)));
   };
   EXPECT_TRUE(forwarder->IsIdle());

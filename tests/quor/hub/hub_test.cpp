@@ -21,7 +21,7 @@ TEST(HubNames, TheSameTextHasTheSameIdAndTheEmptyTextIsZero) {
   EXPECT_EQ(names.Text(id), "orders");
 }
 
-TEST(HubNames, BehindSixtyFiveThousandNamesAllFurtherTextsShareOneThatSaysSo) {
+TEST(HubNames, AfterSixtyFiveThousandNamesAllFurtherTextsShareOneThatSaysSo) {
   HubNames names;
   for (int i = 0; i < 70000; ++i) names.IdOf("name " + std::to_string(i));
   EXPECT_TRUE(names.IsFull());
@@ -186,10 +186,10 @@ TEST(Hub, SixtyThousandNamesAndBeyondNeverGiveAWrongName) {
     if (i % 1000 == 999)
       for (std::string& line : stream.Read()) lines.push_back(std::move(line));
   }
-  std::size_t told = 0, shared = 0, good = 0;
+  std::size_t reported = 0, shared = 0, good = 0;
   for (const std::string& line : lines) {
     if (line.find("All 65,535 names are in use") != line.npos) {
-      ++told;
+      ++reported;
     } else if (line.find("Net/(no more names: 65,535 are in use) category ") != line.npos) {
       ++shared;
     } else {
@@ -199,7 +199,7 @@ TEST(Hub, SixtyThousandNamesAndBeyondNeverGiveAWrongName) {
       ++good;
     }
   }
-  EXPECT_EQ(told, 1u);
+  EXPECT_EQ(reported, 1u);
   EXPECT_GT(good, 60000u);
   EXPECT_EQ(good + shared, 70000u);
 }
@@ -261,7 +261,7 @@ TEST(StreamQueue, AFullQueueDropsTheOldestAndTheSumIsExact) {
   EXPECT_EQ(slow.numbered, slow.Delivered());
   EXPECT_EQ(slow.Delivered() + slow.Lost(), one.Get()->serial + two.Get()->serial);
   EXPECT_GT(slow.Lost(), 10000u);
-  // In front, where they are missing, one word for each source.
+  // In front, where they are missing, one report for each source.
   EXPECT_NE(lines[0].find(" traces lost: the monitor is too slow"), std::string::npos);
   EXPECT_NE(lines[1].find(" traces lost: the monitor is too slow"), std::string::npos);
   fast.Read();
@@ -308,7 +308,7 @@ TEST(StreamQueue, AStreamThatBeginsAnewHasEveryNameAgainAndCountsFromThere) {
   EXPECT_EQ(out.ledger.sources(0).delivered(), 1u);  // the first was there before this stream
 }
 
-// So many that the hub lets go of those that ended before.
+// So many that the hub forgets those that ended before.
 void EndMany(Hub& hub) {
   for (std::uint32_t pid = 0; pid < 256; ++pid) {
     Source other;
@@ -318,7 +318,7 @@ void EndMany(Hub& hub) {
   }
 }
 
-TEST(StreamQueue, AStreamIsToldBehindTheLastWordThatASourceWasForgotten) {
+TEST(StreamQueue, AForgottenSourceIsReportedAfterItsLastLine) {
   Hub hub;
   TakingStream stream(hub);
   FedSource one(hub, "orders", 1);
@@ -336,7 +336,7 @@ TEST(StreamQueue, AStreamIsToldBehindTheLastWordThatASourceWasForgotten) {
   EXPECT_EQ(stream.Queue().WholeLedger().sources_size(), 0);
 }
 
-TEST(StreamQueue, AFullQueueTellsWhatWasForgottenBehindTheLossOfIt) {
+TEST(StreamQueue, AFullQueueReportsAForgottenSourceAfterItsLoss) {
   Hub hub;
   TakingStream stream(hub, {1000, 0, "too slow", false});
   FedSource one(hub, "orders", 1), two(hub, "billing", 2);
@@ -377,7 +377,7 @@ TEST(StreamQueue, APauseKeepsOfTheSourcesThatCameAndWentOnlyTheirSum) {
   }
   stream.Queue().Resume();
   const Lines lines = stream.Read();
-  // Of those in the backlog and those that the hub still knows each one has a word of its own.
+  // Of those in the backlog and those that the hub still knows each one has a report of its own.
   EXPECT_LT(lines.size(), 4000u);
   EXPECT_EQ(stream.Delivered() + stream.Lost(), 1 + kSources * 3);
   EXPECT_EQ(stream.Forgotten(), hub.Forgotten());
@@ -398,7 +398,7 @@ void EndManyOlder(Hub& hub, std::uint32_t count) {
   }
 }
 
-TEST(StreamQueue, APauseIsToldOnlySoManySourcesOfAnEarlierServiceSingly) {
+TEST(StreamQueue, APauseReportsOnlySoManySourcesOfAnEarlierServiceSingly) {
   constexpr std::uint32_t kSources = 30000;
   Hub hub;
   FedSource steady(hub, "steady", 1);
@@ -409,7 +409,7 @@ TEST(StreamQueue, APauseIsToldOnlySoManySourcesOfAnEarlierServiceSingly) {
   stream.Deliver();
   stream.Queue().Resume();
   const Lines lines = stream.Read();
-  EXPECT_LT(lines.size(), StreamGap::kSinglyMax + 9000);
+  EXPECT_LT(lines.size(), StreamLosses::kReportedSinglyMax + 9000);
   EXPECT_EQ(stream.Lost() + stream.Delivered(), 2 * kSources + 1);
   EXPECT_EQ(stream.Forgotten(), hub.Forgotten());
 }
@@ -441,7 +441,7 @@ TEST(StreamQueue, WhatArrivedAsPartOfASumIsNotedForEachSourceOfIt) {
   for (std::uint32_t i = 0; i < noted.size(); ++i) {
     FedSource brief(hub, "brief", i + 2);
     sources.push_back(brief.Get());
-    sources.back()->noteHandedOn = [&noted, i](std::uint64_t handedOn) { noted[i] = handedOn; };
+    sources.back()->noteForwarded = [&noted, i](std::uint64_t forwarded) { noted[i] = forwarded; };
     for (std::uint32_t traces = 0; traces <= i; ++traces) brief.Trace("a");
     hub.EndSource(brief.Get());
   }
@@ -454,14 +454,14 @@ TEST(StreamQueue, WhatArrivedAsPartOfASumIsNotedForEachSourceOfIt) {
   ASSERT_EQ(out.batch->sources.size(), 1u);
   const SourceDelta& sum = out.batch->sources[0];
   EXPECT_EQ(sum.lost, 6u);
-  ASSERT_TRUE(sum.source->noteHandedOn);
+  ASSERT_TRUE(sum.source->noteForwarded);
   EXPECT_EQ(noted, (std::vector<std::uint64_t>{0, 0, 0}));
   sources[2].reset();  // its file is not kept any more
-  sum.source->noteHandedOn(sum.lost);
+  sum.source->noteForwarded(sum.lost);
   EXPECT_EQ(noted, (std::vector<std::uint64_t>{1, 2, 0}));
 }
 
-TEST(StreamQueue, ASourceThatWasForgottenAndComesBackBeginsAnewBehindItsLastSerial) {
+TEST(StreamQueue, ASourceThatWasForgottenAndComesBackBeginsAnewAfterItsLastSerial) {
   Hub hub;
   TakingStream stream(hub);
   FedSource one(hub, "orders", 1);

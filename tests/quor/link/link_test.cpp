@@ -244,21 +244,21 @@ TEST_F(PathsTest, WhatWasReadOfTheEnvironmentStaysWhateverTheApplicationChangesI
 }
 
 TEST_F(PathsTest, AStartedServiceHasASessionOfItsOwnNoDescriptorsAndIsNobodysChild) {
-  const std::string told = m_folder + "/told";
+  const std::string reported = m_folder + "/told";
   const std::string program =
-      Script("{ echo $$ $(ps -o sid= -p $$) $(pwd); readlink /proc/$$/fd/*; } > " + told +
-             ".new; mv " + told + ".new " + told);
+      Script("{ echo $$ $(ps -o sid= -p $$) $(pwd); readlink /proc/$$/fd/*; } > " + reported +
+             ".new; mv " + reported + ".new " + reported);
   int leak[2];
   ASSERT_EQ(pipe(leak), 0);
   ASSERT_TRUE(StartService(program));
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!std::filesystem::exists(told)) {
+  while (!std::filesystem::exists(reported)) {
     ASSERT_LT(std::chrono::steady_clock::now(), deadline);
     std::this_thread::yield();
   }
   pid_t pid = 0, session = 0;
   std::string folder, descriptor;
-  std::ifstream said(told);
+  std::ifstream said(reported);
   said >> pid >> session >> folder;
   EXPECT_GT(pid, 0);
   EXPECT_NE(session, getsid(0));

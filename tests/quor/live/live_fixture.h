@@ -76,7 +76,7 @@ class LiveProgramsTest : public testing::Test {
     return peer.pid;
   }
   // The number before `word` in "N traced, M lost" and the like.
-  static std::uint64_t Told(const std::string& words, const std::string& word) {
+  static std::uint64_t Reported(const std::string& words, const std::string& word) {
     const std::size_t at = words.find(" " + word);
     if (at == words.npos) return ~0ull;
     const std::size_t begin = words.find_last_of(" \n", at - 1);

@@ -44,7 +44,7 @@ TEST_F(MonitorTest, SentIsDeliveredPlusLostInABurstThatIsTooMuch) {
   StartService();
   Connect();
   const TrcRun emit = RunTrc({"emit", "--app", "flood", "--count", "300000", "--threads", "4"});
-  const std::uint64_t traced = Told(emit.out, "traced");
+  const std::uint64_t traced = Reported(emit.out, "traced");
   EXPECT_EQ(traced, 300000u);
   EXPECT_TRUE(Eventually([&] {
     Drain();
@@ -52,7 +52,7 @@ TEST_F(MonitorTest, SentIsDeliveredPlusLostInABurstThatIsTooMuch) {
   })) << Sum();
   EXPECT_EQ(m_taken, m_monitor->GetCounts().delivered);
   EXPECT_EQ(m_monitor->GetCounts().lost > 0, !m_words.empty());
-  EXPECT_GE(m_monitor->GetCounts().lost, Told(emit.out, "lost"));
+  EXPECT_GE(m_monitor->GetCounts().lost, Reported(emit.out, "lost"));
   EXPECT_EQ(m_nameless, 0u);
 }
 
@@ -66,7 +66,7 @@ TEST_F(MonitorTest, AServiceKilledAndRestartedUnderLoadLeavesACountedGap) {
   EXPECT_TRUE(TakesMore(2000));
   emit.Interrupt();
   const TrcRun run = emit.Finish();
-  const std::uint64_t traced = Told(run.out, "traced");
+  const std::uint64_t traced = Reported(run.out, "traced");
   EXPECT_TRUE(Eventually([&] {
     Drain();
     return Sum() == traced;
@@ -99,7 +99,7 @@ TEST_F(MonitorTest, WhatAFileSinkLostIsCountedThoughTheServiceWasKilledBeforeItH
   StartService();
   EXPECT_TRUE(loses(2000));
   emit.Interrupt();
-  const std::uint64_t traced = Told(emit.Finish().out, "traced");
+  const std::uint64_t traced = Reported(emit.Finish().out, "traced");
   EXPECT_TRUE(Eventually([&] {
     Drain();
     return Sum() == traced;
@@ -143,7 +143,7 @@ TEST_F(MonitorTest, APausedMonitorGetsNothingAndThenGoesOn) {
   m_monitor->Resume();
   EXPECT_TRUE(TakesMore(200));
   emit.Interrupt();
-  const std::uint64_t traced = Told(emit.Finish().out, "traced");
+  const std::uint64_t traced = Reported(emit.Finish().out, "traced");
   EXPECT_TRUE(Eventually([&] {
     Drain();
     return Sum() >= traced;

@@ -41,8 +41,8 @@ TEST_F(LiveProgramsTest, TailPrintsWhatAnApplicationTraces) {
     count = trace["count"];
   }
   EXPECT_EQ(emitted.status, 0);
-  EXPECT_EQ(Told(emitted.out, "lost"), 0u);
-  EXPECT_GE(Told(emitted.out, "traced"), 100u);
+  EXPECT_EQ(Reported(emitted.out, "lost"), 0u);
+  EXPECT_GE(Reported(emitted.out, "traced"), 100u);
 }
 
 TEST_F(LiveProgramsTest, TailAsTextHasTheChosenColumnsAndEndsWithItsTime) {
@@ -125,11 +125,11 @@ TEST_F(LiveProgramsTest, ACaptureEndsCleanlyAtAnInterrupt) {
   const TrcRun run = capture.Finish();
   EXPECT_EQ(run.status, 0) << run.err;
   const json info = InfoOf(path);
-  EXPECT_EQ(info["traces"], Told(run.out, "taken"));
+  EXPECT_EQ(info["traces"], Reported(run.out, "taken"));
   EXPECT_EQ(info["skippedBytes"], 0);
 }
 
-TEST_F(LiveProgramsTest, AFullCaptureIsNumberedAwayAndEachFileCanBeOpenedByItself) {
+TEST_F(LiveProgramsTest, AFullCaptureIsRenamedWithANumberAndEachFileCanBeOpenedByItself) {
   StartService();
   const std::string path = m_dir.File("now.trc");
   TrcProcess capture({.arguments = {"capture", "-o", path, "--count", "6000", "--max-size", "1",

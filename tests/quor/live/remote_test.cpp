@@ -109,7 +109,7 @@ TEST_F(FullDiskTest, ACaptureThatFillsItsDiskTellsWhatItTookAndLostAndLeavesAFil
     const TrcRun run = capture.Finish();
     EXPECT_EQ(run.status, 2);
     EXPECT_NE(run.err.find(path + ": Error writing to file.\n"), run.err.npos) << run.err;
-    const std::uint64_t taken = Told(run.out, "taken"), lost = Told(run.out, "lost");
+    const std::uint64_t taken = Reported(run.out, "taken"), lost = Reported(run.out, "lost");
     EXPECT_GT(taken, 500u);
     EXPECT_GT(lost, 0u);
     EXPECT_LE(taken + lost, 3000u);

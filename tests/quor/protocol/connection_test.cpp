@@ -47,7 +47,7 @@ class ConnectionTest : public testing::Test {
     m_near = Connection::Start(
         MakeStream(LocalSocket(m_io, asio::local::stream_protocol(), m_nearEnd)), m_heard, limits);
   }
-  // Two connections that speak with each other.
+  // Two connections, each the peer of the other.
   void StartBoth(const ConnectionLimits& limits = {}) {
     Start(limits);
     m_other = Connection::Start(MakeStream(std::move(*m_far)), m_heardOther, limits);
@@ -137,7 +137,7 @@ TEST_F(ConnectionTest, ManyShortAnswersThatNobodyReadsAreBoundedByWhatTheyCost) 
   EXPECT_LT(taken, (1u << 20) / 100);
 }
 
-TEST_F(ConnectionTest, AMalformedFrameEndsItWithAReasonAndNothingBehindItIsHeard) {
+TEST_F(ConnectionTest, AMalformedFrameEndsItWithAReasonAndNothingAfterItIsHeard) {
   Start();
   auto bytes = EncodeFrame(FrameType::Request, std::string("ok"));
   bytes.insert(bytes.end(), {0, 0, 0, 1, 99});
@@ -151,7 +151,7 @@ TEST_F(ConnectionTest, AMalformedFrameEndsItWithAReasonAndNothingBehindItIsHeard
   EXPECT_FALSE(m_near->SendData(nullptr, Shared(1, 0)));
 }
 
-TEST_F(ConnectionTest, ThePeersEndIsTold) {
+TEST_F(ConnectionTest, ThePeersEndIsReported) {
   Start();
   m_far->close();
   EXPECT_TRUE(Run([&] { return m_heard.closed == 1; }));

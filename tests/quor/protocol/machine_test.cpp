@@ -71,7 +71,7 @@ TEST(Machine, APortMakesEvenThisMachineAnAddressOnTheNetwork) {
   EXPECT_EQ(Meaning("[::1]:9"), "::1 at 9");
 }
 
-TEST(Machine, WhatNamesNoMachineIsRefusedInWords) {
+TEST(Machine, WhatNamesNoMachineIsRefusedWithAReason) {
   EXPECT_EQ(Meaning("far:"), "\"\" is not a port");
   EXPECT_EQ(Meaning("far:0"), "\"0\" is not a port");
   EXPECT_EQ(Meaning("far:65536"), "\"65536\" is not a port");

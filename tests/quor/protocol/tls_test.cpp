@@ -105,7 +105,7 @@ class TlsTest : public testing::Test {
 TEST_F(TlsTest, WhoWasIssuedACertificateIsServedUnderItsNameAndRole) {
   Make(m_server);
   for (const auto role : {ROLE_MONITOR, ROLE_CONFIGURE, ROLE_FORWARD}) {
-    const std::string keys = m_client + RoleWord(role);
+    const std::string keys = m_client + RoleName(role);
     Issue(m_server, keys, role);
     const Outcome outcome = Meet(m_server, Client(keys));
     EXPECT_EQ(outcome.client, "");
@@ -234,7 +234,7 @@ TEST_F(TlsTest, AKeyThatOthersMayReadIsNotUsed) {
   EXPECT_EQ(why, m_server + "/server.key: others may read it (chmod 600)");
 }
 
-TEST_F(TlsTest, MissingAndBrokenKeysAreToldByTheirPath) {
+TEST_F(TlsTest, MissingAndBrokenKeysAreReportedByTheirPath) {
   std::string why;
   EXPECT_FALSE(MakeClientTls(m_client, &why));
   EXPECT_EQ(why, m_client + "/client.key: No such file or directory");
@@ -287,12 +287,12 @@ TEST(Roles, WhoMayConfigureMayAlsoMonitorAndNobodyElseMayMoreThanTheirs) {
   EXPECT_FALSE(RoleAllows(ROLE_NONE, ROLE_NONE));
 }
 
-TEST(Roles, TheWordsAreReadAsTheyAreWritten) {
+TEST(Roles, TheNamesAreReadAsTheyAreWritten) {
   const std::pair<const char*, quor::wire::Role> words[] = {
       {"monitor", ROLE_MONITOR}, {"configure", ROLE_CONFIGURE}, {"forward", ROLE_FORWARD}};
   for (const auto& [word, role] : words) {
     EXPECT_EQ(RoleOf(word), role);
-    EXPECT_EQ(RoleWord(role), std::string(word));
+    EXPECT_EQ(RoleName(role), std::string(word));
   }
   EXPECT_FALSE(RoleOf(""));
   EXPECT_FALSE(RoleOf("Monitor"));

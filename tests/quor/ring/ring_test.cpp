@@ -118,7 +118,7 @@ TEST_F(RingTest, AFullRingDropsTheNewestAndTheNextRecordTellsHowMany) {
   EXPECT_EQ(consumer.Drops(), 2u);
 }
 
-TEST_F(RingTest, DropsBehindTheLastRecordAreToldWithoutOne) {
+TEST_F(RingTest, DropsAfterTheLastRecordAreReportedWithoutOne) {
   RingConsumer consumer(m_segment);
   while (Trace("x")) {
   }
@@ -200,10 +200,10 @@ TEST_F(RingTest, AProducerRingsOnceForAConsumerThatSleepsAndAnOpenRingIsNotSlept
   SegmentHeader& header = *m_segment.Header();
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Soon);
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Asleep);
-  EXPECT_EQ(header.bell.load(), 0u);
+  EXPECT_EQ(header.wakeEvent.load(), 0u);
   Trace("a");
   Trace("b");
-  EXPECT_EQ(header.bell.load(), 1u);
+  EXPECT_EQ(header.wakeEvent.load(), 1u);
   EXPECT_EQ(header.consumerCalled.load(), 1u);
   EXPECT_EQ(consumer.BeginWait(), RingConsumer::Wait::Ready);
   EXPECT_EQ(header.consumerWaits.load(), 0u);
@@ -232,7 +232,7 @@ TEST_F(RingTest, TheFirstLapTakesItsMemoryAsItGoesAndTheConsumerMayAlwaysLookAtT
   EXPECT_EQ(m_segment.Header()->dropped.load(), 0u);
 }
 
-TEST_F(RingTest, DropsThatATakerWasTellingWhenItDiedAreToldOfTheDead) {
+TEST_F(RingTest, DropsThatATakerWasReportingWhenItDiedAreReportedForTheDead) {
   while (Trace("x")) {
   }
   RingItem item;
@@ -244,10 +244,10 @@ TEST_F(RingTest, DropsThatATakerWasTellingWhenItDiedAreToldOfTheDead) {
   }
   RingConsumer next(m_segment);
   while (next.NextOfDead(item) == RingStep::Item) EXPECT_EQ(item.dropsBefore, 0u);
-  EXPECT_EQ(next.UntoldDrops(), 1u);
-  next.PassRest();
+  EXPECT_EQ(next.UnreportedDrops(), 1u);
+  next.MarkDropsReported();
   next.Publish();
-  EXPECT_EQ(RingConsumer(m_segment).UntoldDrops(), 0u);
+  EXPECT_EQ(RingConsumer(m_segment).UnreportedDrops(), 0u);
 }
 
 TEST_F(RingTest, ThreadsAndAConsumerAtOnceTracedIsConsumedPlusDropped) {
@@ -286,7 +286,7 @@ TEST_F(RingTest, ARecordThatIsNoWholeTraceIsSkippedAndCounted) {
   EXPECT_EQ(All(consumer), "0+1:good .");
 }
 
-TEST_F(RingTest, ARecordLongerThanItsRoomIsDamagedAndNothingBehindItIsRead) {
+TEST_F(RingTest, ARecordLongerThanItsRoomIsDamagedAndNothingAfterItIsRead) {
   RingConsumer consumer(m_segment);
   const RingProducer::Slot slot = Leave();
   StoreRecord<AppNameId>(slot.record, {});
@@ -295,7 +295,7 @@ TEST_F(RingTest, ARecordLongerThanItsRoomIsDamagedAndNothingBehindItIsRead) {
   EXPECT_EQ(All(consumer), "0+1:- .");
 }
 
-TEST_F(RingTest, ARecordThatReachesBehindTheRingBreaksIt) {
+TEST_F(RingTest, ARecordThatReachesBeyondTheRingBreaksIt) {
   RingConsumer consumer(m_segment);
   auto* const first = reinterpret_cast<RingRecord*>(m_segment.Ring());
   first->word.store(ring_word::Make(0, 4096, false) ^ m_segment.Layout().salt);

@@ -197,7 +197,7 @@ TEST_F(NamesTest, AnIdThatIsEnteredTwiceBreaksTheArea) {
   EXPECT_EQ(Read(names), "broken");
 }
 
-TEST_F(NamesTest, ANameThatReachesBehindTheUsedBytesBreaksTheArea) {
+TEST_F(NamesTest, ANameThatReachesBeyondTheUsedBytesBreaksTheArea) {
   SegmentNames names(m_segment);
   Add(7, "web");
   StoreBe16(m_segment.Names() + 2, 4);

@@ -24,11 +24,11 @@ TEST(TracedChildTest, AFailureInTheChildIsTheTestsOwn) {
       {
         TracedChild child([](TracedChild& self) {
           FailTwice(self);
-          self.Tell(1);
+          self.Report(1);
           self.AwaitGo();
           return 0;
         });
-        child.Told();
+        child.Reported();
       },
       "first");
 }

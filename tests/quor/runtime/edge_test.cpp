@@ -233,11 +233,11 @@ TEST(Edge, WithoutAServiceTracesWaitInTheRingAndNothingFails) {
   service.Stop();
   TracedChild app([](TracedChild& self) {
     for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(edge_point, "{}", i);
-    self.Tell(static_cast<std::uint64_t>(quor_flush(50)));
+    self.Report(static_cast<std::uint64_t>(quor_flush(50)));
     self.AwaitGo();
     return 0;
   });
-  EXPECT_EQ(app.Told(), 0u);  // nothing left the process
+  EXPECT_EQ(app.Reported(), 0u);  // nothing left the process
   service.Listen();
   const auto seen = service.Accept();
   ASSERT_NE(seen, nullptr);
@@ -254,7 +254,7 @@ TEST(Edge, AServiceThatComesBackGetsTheSameSegmentAndWhatWasTracedMeanwhile) {
     QUOR_TRACE_INFO(edge_point, "before");
     self.AwaitGo();
     QUOR_TRACE_INFO(edge_point, "between");
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     return 0;
   });
@@ -265,7 +265,7 @@ TEST(Edge, AServiceThatComesBackGetsTheSameSegmentAndWhatWasTracedMeanwhile) {
   service.Stop();
   seen.reset();
   app.Go();
-  app.Told();
+  app.Reported();
   service.Listen();
   const auto again = service.Accept();
   ASSERT_NE(again, nullptr);
@@ -317,8 +317,8 @@ TEST(Edge, AProgramThatEndsAtOnceStillHandsItsTracesOver) {
 TEST(Edge, TheFirstTraceStartsAServiceOnceWhereThatIsNotForbidden) {
   FakeService service;
   service.Stop();
-  const std::string told = service.Folder() + "/started", program = service.Folder() + "/quord";
-  std::ofstream(program) << "#!/bin/sh\necho x >> " << told << "\n";
+  const std::string reported = service.Folder() + "/started", program = service.Folder() + "/quord";
+  std::ofstream(program) << "#!/bin/sh\necho x >> " << reported << "\n";
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   setenv("QUOR_QUORD", program.c_str(), 1);
   setenv("QUOR_AUTOSTART", "1", 1);
@@ -327,7 +327,7 @@ TEST(Edge, TheFirstTraceStartsAServiceOnceWhereThatIsNotForbidden) {
     self.AwaitGo();
     return 0;
   });
-  EXPECT_TRUE(WaitFor([&] { return std::filesystem::exists(told); }));
+  EXPECT_TRUE(WaitFor([&] { return std::filesystem::exists(reported); }));
   service.Listen();
   EXPECT_NE(service.Accept(),
             nullptr);  // dropped: the application must not start another
@@ -335,7 +335,7 @@ TEST(Edge, TheFirstTraceStartsAServiceOnceWhereThatIsNotForbidden) {
   unsetenv("QUOR_QUORD");
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
-  EXPECT_EQ(std::filesystem::file_size(told), 2u);
+  EXPECT_EQ(std::filesystem::file_size(reported), 2u);
 }
 
 }  // namespace

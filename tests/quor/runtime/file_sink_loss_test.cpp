@@ -63,7 +63,7 @@ class FileSinkLoss : public testing::Test {
     FileSink::Report report;
     return m_sink->TakeReport(&report, true) ? report.lost : 0;
   }
-  std::uint64_t Untold() const { return m_segment.Header()->sinkUntold; }
+  std::uint64_t Unreported() const { return m_segment.Header()->sinkUnreported; }
 
   TempDir m_folder;
   SegmentMap m_segment;
@@ -72,7 +72,7 @@ class FileSinkLoss : public testing::Test {
   std::unique_ptr<FileSink> m_sink;
 };
 
-TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheFileDoesNotTellIt) {
+TEST_F(FileSinkLoss, WhatTheRingDroppedIsReportedToTheServiceWhenTheFileDoesNotReportIt) {
   constexpr std::uint64_t kDrops = 5;
   const std::uint64_t traces = Fill(kDrops);
   m_sink->Drain(1);  // there is room for the trace that tells the drops
@@ -82,7 +82,7 @@ TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheFileDoesNotTellI
     const NoRoomInFiles full;
     m_sink->DrainReserved();
     m_sink->Push();
-    EXPECT_EQ(Untold(), traces + kDrops);
+    EXPECT_EQ(Unreported(), traces + kDrops);
     EXPECT_EQ(Reported(), traces + kDrops);
     m_sink->Push();
   }
@@ -90,7 +90,7 @@ TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheFileDoesNotTellI
 }
 
 // The trace that tells the drops moves to a file that cannot take it either.
-TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheNextFileDoesNotTellItEither) {
+TEST_F(FileSinkLoss, WhatTheRingDroppedIsReportedToTheServiceWhenTheNextFileDoesNotReportItEither) {
   constexpr std::uint64_t kDrops = 5;
   const std::uint64_t traces = Fill(kDrops);
   m_sink->Drain(1);
@@ -101,7 +101,7 @@ TEST_F(FileSinkLoss, WhatTheRingDroppedIsToldToTheServiceWhenTheNextFileDoesNotT
   ASSERT_EQ(unlink(m_sink->Path().c_str()), 0);
   const NoRoomInFiles full;
   m_sink->Push();
-  EXPECT_EQ(Untold(), traces + kDrops);
+  EXPECT_EQ(Unreported(), traces + kDrops);
   EXPECT_EQ(Reported(), traces + kDrops);
 }
 
@@ -121,17 +121,17 @@ TEST_F(FileSinkLoss, ABufferFullOfTracesThatTellDropsIsPushed) {
   EXPECT_GE(std::filesystem::file_size(m_sink->Path()), before + (64u << 10));
   m_sink->Push();
   EXPECT_TRUE(ReadTrc(m_sink->Path()).whole);
-  EXPECT_EQ(Untold(), 0u);
+  EXPECT_EQ(Unreported(), 0u);
 }
 
-TEST_F(FileSinkLoss, WhatTheFileTellsIsNotToldToTheService) {
+TEST_F(FileSinkLoss, WhatTheFileReportsIsNotReportedToTheService) {
   Fill(5);
   m_sink->Drain(1);
   m_sink->Push();
   ASSERT_TRUE(Trace());
   m_sink->DrainReserved();
   m_sink->Push();
-  EXPECT_EQ(Untold(), 0u);
+  EXPECT_EQ(Unreported(), 0u);
   EXPECT_EQ(Reported(), 0u);
 }
 

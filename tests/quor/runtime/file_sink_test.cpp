@@ -63,14 +63,14 @@ TEST(FileSink, WithFlushEachTraceIsInTheFileWhenItsCallReturns) {
     self.AwaitGo();
     for (std::uint64_t i = 0;; ++i) {
       QUOR_TRACE_INFO(work_point, "{}", i);
-      self.Tell(i);
+      self.Report(i);
     }
     return 0;
   });
   const auto seen = AcceptWithFile(service, path, "flush=1;");
   app.Go();
   std::uint64_t returned = 0;
-  for (int i = 0; i < 200; ++i) returned = app.Told();
+  for (int i = 0; i < 200; ++i) returned = app.Reported();
   app.Kill();
   const FileTraces file = ReadTrc(path);
   ASSERT_GT(file.texts.size(), returned);
@@ -85,14 +85,14 @@ TEST(FileSink, WhatWasStillBufferedWhenTheApplicationIsKilledIsLeftToTheService)
     self.AwaitGo();
     for (std::uint64_t i = 0;; ++i) {
       QUOR_TRACE_INFO(work_point, "{}", i);
-      self.Tell(i);
+      self.Report(i);
     }
     return 0;
   });
   const auto seen = AcceptWithFile(service, path, "flush=0;");
   app.Go();
   std::uint64_t returned = 0;
-  for (int i = 0; i < 2000; ++i) returned = app.Told();
+  for (int i = 0; i < 2000; ++i) returned = app.Reported();
   app.Kill();
   seen->m_consumer.Resume();
   seen->Finish();
@@ -102,7 +102,7 @@ TEST(FileSink, WhatWasStillBufferedWhenTheApplicationIsKilledIsLeftToTheService)
   for (std::uint64_t i = 0; i <= returned; ++i) ASSERT_EQ(kept.count(std::to_string(i)), 1u) << i;
 }
 
-TEST(FileSink, FullFilesAreNumberedAwayAndEachCanBeOpenedByItself) {
+TEST(FileSink, FullFilesAreRenamedWithNumbersAndEachCanBeOpenedByItself) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
   TracedChild app([](TracedChild& self) {
@@ -218,7 +218,7 @@ TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
     quor_flush(10000);
     quor_counts counts{};
     quor_get_counts(&counts);
-    self.Tell(counts.lost);
+    self.Report(counts.lost);
     // Still full when it is tried again: what tells of the loss does not reach the file either.
     for (const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(1200);
          std::chrono::steady_clock::now() < until; poll(nullptr, 0, 20)) {
@@ -237,29 +237,29 @@ TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
       quor_flush(10000);
       quor_get_counts(&counts);
     } while (counts.lost != before);
-    self.Tell(counts.traced);
-    self.Tell(counts.lost);
+    self.Report(counts.traced);
+    self.Report(counts.lost);
     return 0;
   });
   const auto seen = AcceptWithFile(service, path, "");
   app.Go();
-  const std::uint64_t lostWhileFull = app.Told();
+  const std::uint64_t lostWhileFull = app.Reported();
   EXPECT_GT(lostWhileFull, 0u);
-  const std::uint64_t traced = app.Told(), lost = app.Told();
+  const std::uint64_t traced = app.Reported(), lost = app.Reported();
   EXPECT_EQ(app.Wait(), 0);
   const FileTraces file = ReadTrc(path);
   EXPECT_TRUE(file.whole);
-  std::size_t kept = 0, told = 0;
+  std::size_t kept = 0, reported = 0;
   for (const std::string& text : file.texts) {
     unsigned long long number = 0;
     if (std::sscanf(text.c_str(), "Quor/Loss: %llu traces lost: the file could not be written",
                     &number) == 1)
-      told += number;
+      reported += number;
     else
       ++kept;
   }
   EXPECT_EQ(kept + lost, traced);
-  EXPECT_EQ(told, lost);
+  EXPECT_EQ(reported, lost);
   EXPECT_EQ(file.texts.back(), "again");
 }
 
@@ -280,8 +280,8 @@ TEST(FileSink, TheRingIsHandedOverWithoutLossWhenTheSinkChanges) {
     worker.join();
     quor_counts counts{};
     quor_get_counts(&counts);
-    self.Tell(counts.traced);
-    self.Tell(counts.lost);
+    self.Report(counts.traced);
+    self.Report(counts.lost);
     return quor_flush(10000) == 1 ? 0 : 1;
   });
   auto seen = service.Accept();
@@ -304,7 +304,7 @@ TEST(FileSink, TheRingIsHandedOverWithoutLossWhenTheSinkChanges) {
   }));
   seen->Finish();
   EXPECT_EQ(app.Wait(), 0);
-  const std::uint64_t traced = app.Told(), lost = app.Told();
+  const std::uint64_t traced = app.Reported(), lost = app.Reported();
   std::size_t inFiles = 0;
   for (int round = 0; round < 6; round += 2)
     inFiles += ReadTrc(service.Folder() + "/r" + std::to_string(round) + ".trc").texts.size();
@@ -327,12 +327,12 @@ TEST(FileSink, WithFlushAFullDiskNeitherEndsTheApplicationNorChangesItsErrno) {
     if (errno != 77) return 1;
     quor_counts counts{};
     quor_get_counts(&counts);
-    self.Tell(counts.lost);
+    self.Report(counts.lost);
     return 0;
   });
   const auto seen = AcceptWithFile(service, path, "flush=1;");
   app.Go();
-  const std::uint64_t lost = app.Told();
+  const std::uint64_t lost = app.Reported();
   EXPECT_GT(lost, 0u);
   EXPECT_EQ(app.Wait(), 0);
   const FileTraces file = ReadTrc(path);
@@ -346,13 +346,13 @@ TEST(FileSink, WhatAFileLostIsReportedBeforeAnotherSinkTakesOver) {
     quor_application("orders");
     self.AwaitGo();
     for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
-    self.Tell(static_cast<std::uint64_t>(quor_flush(10000)));
+    self.Report(static_cast<std::uint64_t>(quor_flush(10000)));
     self.AwaitGo();
     return 0;
   });
   const auto seen = AcceptWithFile(service, service.Folder() + "/no/such/folder.trc", "");
   app.Go();
-  app.Told();
+  app.Reported();
   seen->SendSink(SinkKind::Socket, "localhost", "");
   EXPECT_TRUE(WaitFor([&] {
     seen->Pump();
@@ -387,7 +387,7 @@ TEST(FileSink, AReportThatFoundNoServiceGoesToTheNextOne) {
     quor_application("orders");
     self.AwaitGo();
     for (int i = 0; i < 10; ++i) QUOR_TRACE_INFO(work_point, "{}", i);
-    self.Tell(static_cast<std::uint64_t>(quor_flush(10000)));
+    self.Report(static_cast<std::uint64_t>(quor_flush(10000)));
     self.AwaitGo();
     return 0;
   });
@@ -395,7 +395,7 @@ TEST(FileSink, AReportThatFoundNoServiceGoesToTheNextOne) {
   service.Stop();
   seen.reset();
   app.Go();
-  app.Told();
+  app.Reported();
   service.Listen();
   const auto next = service.Accept();
   ASSERT_NE(next, nullptr);

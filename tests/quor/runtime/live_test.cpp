@@ -61,13 +61,13 @@ TEST(Live, DateAndTimeAreUtcAndTheTicCountIsPicosecondsOfTheMonotonicClock) {
       QUOR_TRACE_INFO(connect_point, "tick");
       poll(nullptr, 0, i % 10 == 0 ? 1 : 0);  // beyond the first lines of the clock
     }
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     return 0;
   });
   const auto seen = service.Accept();
   ASSERT_NE(seen, nullptr);
-  app.Told();
+  app.Reported();
   clock_gettime(CLOCK_MONOTONIC, &after);
   ASSERT_TRUE(WaitFor([&] {
     seen->Pump();
@@ -118,7 +118,7 @@ TEST(Live, DeclaredPointsAreInTheTraceMapBeforeTheFirstTrace) {
   EXPECT_TRUE(seen->m_traces.empty());
 }
 
-TEST(Live, WithoutANameTheApplicationIsItsExecutableAndALaterNameIsToldAnew) {
+TEST(Live, WithoutANameTheApplicationIsItsExecutableAndALaterNameIsReportedAnew) {
   FakeService service;
   TracedChild app([](TracedChild& self) {
     QUOR_TRACE_INFO(connect_point, "early");
@@ -154,7 +154,7 @@ TEST(Live, SettingsSwitchedLiveTakeEffectWithinAHundredMilliseconds) {
       self.AwaitGo();
       QUOR_TRACE_INFO(connect_point, "info");
       QUOR_TRACE_AT(connect_point, QUOR_INFO | QUOR_VERBOSE, "verbose");
-      self.Tell(step);
+      self.Report(step);
     }
     return 0;
   });
@@ -167,7 +167,7 @@ TEST(Live, SettingsSwitchedLiveTakeEffectWithinAHundredMilliseconds) {
     seen->Pump();
     seen->m_traces.clear();
     app.Go();
-    EXPECT_EQ(app.Told(), step++);
+    EXPECT_EQ(app.Reported(), step++);
     seen->Pump();
     std::string texts;
     for (const SeenTrace& trace : seen->m_traces) texts += trace.text + " ";
@@ -190,7 +190,7 @@ TEST(Live, EverythingWhoseCallReturnedIsInTheRingWhenTheApplicationIsKilledInABu
     self.AwaitGo();
     for (std::uint64_t i = 0;; ++i) {
       QUOR_TRACE_INFO(connect_point, "burst {}", i);
-      self.Tell(i);
+      self.Report(i);
     }
     return 0;
   });
@@ -198,7 +198,7 @@ TEST(Live, EverythingWhoseCallReturnedIsInTheRingWhenTheApplicationIsKilledInABu
   ASSERT_NE(seen, nullptr);
   app.Go();
   std::uint64_t returned = 0;
-  for (int i = 0; i < 2000; ++i) returned = app.Told();
+  for (int i = 0; i < 2000; ++i) returned = app.Reported();
   EXPECT_EQ(app.Kill(), 1000 + SIGKILL);
   seen->Finish();
   EXPECT_EQ(seen->m_drops, 0u);
@@ -215,8 +215,8 @@ TEST(Live, AFullRingDropsTheNewestAndCountsThemExactlyWhereItHappened) {
     self.AwaitGo();
     for (int i = 0; i < 50000; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
     const quor_counts counts = Counts();
-    self.Tell(counts.traced);
-    self.Tell(counts.lost);
+    self.Report(counts.traced);
+    self.Report(counts.lost);
     self.AwaitGo();
     QUOR_TRACE_INFO(connect_point, "behind the gap");
     self.AwaitGo();
@@ -225,7 +225,7 @@ TEST(Live, AFullRingDropsTheNewestAndCountsThemExactlyWhereItHappened) {
   const auto seen = service.Accept();
   ASSERT_NE(seen, nullptr);
   app.Go();
-  const std::uint64_t traced = app.Told(), lost = app.Told();
+  const std::uint64_t traced = app.Reported(), lost = app.Reported();
   EXPECT_EQ(traced, 50001u);
   EXPECT_GT(lost, 0u);
   seen->Pump();
@@ -250,8 +250,8 @@ TEST(Live, EightThreadsHammeringLoseNothingThatIsNotCounted) {
       });
     for (std::thread& thread : threads) thread.join();
     const quor_counts counts = Counts();
-    self.Tell(counts.traced);
-    self.Tell(counts.lost);
+    self.Report(counts.traced);
+    self.Report(counts.lost);
     return quor_flush(20000) == 1 ? 0 : 1;
   });
   const auto seen = service.Accept();
@@ -263,7 +263,7 @@ TEST(Live, EightThreadsHammeringLoseNothingThatIsNotCounted) {
       },
       60000));
   seen->Finish();
-  const std::uint64_t traced = app.Told(), lost = app.Told();
+  const std::uint64_t traced = app.Reported(), lost = app.Reported();
   EXPECT_EQ(traced, static_cast<std::uint64_t>(kThreads) * kEach);
   EXPECT_EQ(seen->m_drops, lost);
   EXPECT_EQ(seen->m_traces.size() + seen->m_drops, traced);
@@ -295,14 +295,14 @@ TEST(Live, AForkedChildIsAnApplicationOfItsOwnAndTheParentIsUntouched) {
       _exit(counts.traced == 1 ? 0 : 1);
     }
     QUOR_TRACE_INFO(connect_point, "parent after");
-    self.Tell(static_cast<std::uint64_t>(child));
+    self.Report(static_cast<std::uint64_t>(child));
     int status = 0;
     waitpid(child, &status, 0);
     QUOR_TRACE_INFO(connect_point, "parent at the end");
     quor_flush(10000);
     return WEXITSTATUS(status);
   });
-  const pid_t childPid = static_cast<pid_t>(app.Told());
+  const pid_t childPid = static_cast<pid_t>(app.Reported());
   std::unique_ptr<SeenApp> parent, child;
   for (int i = 0; i < 2; ++i) {
     auto one = service.Accept();
@@ -353,8 +353,8 @@ TEST(Live, AStormOfSignalHandlersThatTraceLosesNothing) {
     other.join();
     const itimerval never{};
     setitimer(ITIMER_REAL, &never, nullptr);
-    self.Tell(static_cast<std::uint64_t>(made + handled.load()));
-    self.Tell(Counts().traced);
+    self.Report(static_cast<std::uint64_t>(made + handled.load()));
+    self.Report(Counts().traced);
     return quor_flush(20000) == 1 ? 0 : 1;
   });
   const auto seen = service.Accept();
@@ -366,7 +366,7 @@ TEST(Live, AStormOfSignalHandlersThatTraceLosesNothing) {
       },
       60000));
   seen->Finish();
-  const std::uint64_t made = app.Told(), traced = app.Told();
+  const std::uint64_t made = app.Reported(), traced = app.Reported();
   EXPECT_EQ(made, traced);
   EXPECT_EQ(seen->m_traces.size() + seen->m_drops, traced);
   EXPECT_EQ(app.Wait(), 0);

@@ -19,7 +19,7 @@ void TraceFrom(int first, int end) {
 // sanitizer, and is what is tested.
 void CloseAllAndOpenOwn(TracedChild& self, const std::string& own) {
   for (int number = 3; number < 200; ++number)
-    if (number != self.TellEnd() && number != self.GoEnd()) syscall(SYS_close, number);
+    if (number != self.ReportEnd() && number != self.GoEnd()) syscall(SYS_close, number);
   for (int i = 0; i < 40; ++i)
     EXPECT_GE(syscall(SYS_openat, AT_FDCWD, own.c_str(), O_RDWR | O_CREAT, 0600), 0);
 }
@@ -80,13 +80,13 @@ TEST_P(LostDescriptor, AnotherFileUnderItsNameIsNotWrittenTo) {
     }));
     EXPECT_EQ(quor_flush(10000), 1);
     const quor_counts counts = Counts();
-    self.Tell(counts.traced);
-    self.Tell(counts.lost);
+    self.Report(counts.traced);
+    self.Report(counts.lost);
     return 0;
   });
   const auto seen = AcceptWithFile(m_service, m_path, GetParam());
   app.Go();
-  const std::uint64_t traced = app.Told(), lost = app.Told();
+  const std::uint64_t traced = app.Reported(), lost = app.Reported();
   EXPECT_EQ(app.Wait(), 0);
   EXPECT_EQ(ReadAll(m_service.Folder() + "/a.1.trc"), "precious");
   EXPECT_EQ(ReadAll(m_own), "");

@@ -26,15 +26,15 @@ class MovedFile : public testing::TestWithParam<const char*> {
       TraceFrom(100);
       more();
       const quor_counts counts = Counts();
-      self.Tell(counts.traced);
-      self.Tell(counts.lost);
+      self.Report(counts.traced);
+      self.Report(counts.lost);
       return 0;
     });
     const auto seen = AcceptWithFile(m_service, m_path, GetParam());
     ASSERT_NE(seen, nullptr);
     app.Go();
-    m_traced = app.Told();
-    m_lost = app.Told();
+    m_traced = app.Reported();
+    m_lost = app.Reported();
     EXPECT_EQ(app.Wait(), 0);
     EXPECT_TRUE(ReadTrc(m_path).whole);
     struct stat status {};
@@ -99,7 +99,7 @@ TEST_P(MovedFile, ThatIsMovedAwayIsBegunAnewWithinASecondAndNothingIsLost) {
   EXPECT_EQ(ReadTrc(moved).texts.size() + ReadTrc(m_path).texts.size(), m_traced);
 }
 
-TEST_P(MovedFile, WhoseFolderHasGoneIsWaitedForAndTheLossIsTold) {
+TEST_P(MovedFile, WhoseFolderHasGoneIsWaitedForAndTheLossIsReported) {
   Run([this] { std::filesystem::remove_all(m_folder); },
       [this] {
         EXPECT_GE(Counts().lost, 100u);

@@ -84,7 +84,7 @@ TEST_F(NextFile, HasItsHeaderAlsoWhenTheFirstWriteToItFails) {
   EXPECT_EQ(file.texts[0], m_text);
   EXPECT_EQ(file.numbers[0], 11u);
   EXPECT_EQ(m_segment.Header()->sinkLost, 9u);
-  EXPECT_EQ(m_segment.Header()->sinkUntold, 9u);
+  EXPECT_EQ(m_segment.Header()->sinkUnreported, 9u);
 }
 
 }  // namespace

@@ -138,7 +138,7 @@ TEST(Process, ALibraryWithTracePointsStaysWhenItIsClosed) {
   EXPECT_EQ(app.Wait(), 0);
 }
 
-TEST(Process, ATraceThatFoundNoRingIsToldByTheFirstOneThatThereIs) {
+TEST(Process, ATraceThatFoundNoRingIsReportedByTheFirstOneThatThereIs) {
   FakeService service;
   TracedChild app([](TracedChild& self) {
     Runtime::Get().CountLost();  // as a handler does that interrupted the start
@@ -205,7 +205,7 @@ TEST(Process, CountsThatAnotherProcessSpoiltLeadTheApplicationNowhere) {
       QUOR_TRACE_INFO(process_point, "{}", i);
     }
     quor_flush(100);
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     return 0;
   });
@@ -224,15 +224,15 @@ TEST(Process, CountsThatAnotherProcessSpoiltLeadTheApplicationNowhere) {
     seen->Segment().Names()[at] = 0xFF;  // every name is 65,535 bytes long
   seen->Send(EncodePoke());
   app.Go();
-  EXPECT_EQ(app.Told(), 1u);
+  EXPECT_EQ(app.Reported(), 1u);
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
 }
 
 TEST(Process, AServiceThatWasThereAndWasStoppedIsNotStartedAgain) {
   FakeService service;
-  const std::string told = service.Folder() + "/started", program = service.Folder() + "/quord";
-  std::ofstream(program) << "#!/bin/sh\necho x >> " << told << "\n";
+  const std::string reported = service.Folder() + "/started", program = service.Folder() + "/quord";
+  std::ofstream(program) << "#!/bin/sh\necho x >> " << reported << "\n";
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   setenv("QUOR_QUORD", program.c_str(), 1);
   setenv("QUOR_AUTOSTART", "1", 1);
@@ -253,7 +253,7 @@ TEST(Process, AServiceThatWasThereAndWasStoppedIsNotStartedAgain) {
   unsetenv("QUOR_QUORD");
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
-  EXPECT_FALSE(std::filesystem::exists(told));
+  EXPECT_FALSE(std::filesystem::exists(reported));
 }
 
 }  // namespace

@@ -18,9 +18,9 @@
 #include "quor/link/link.h"
 #include "quor/link/link_socket.h"
 #include "quor/quor.h"
-#include "quor/ring/bell.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
+#include "quor/ring/wake_event.h"
 #include "records/raw_trace.h"
 #include "support/wait_for.h"
 
@@ -54,7 +54,7 @@ class SeenApp {
   }
   ~SeenApp() {
     close(m_socket);
-    Ring(m_segment.Header()->bell);
+    Signal(m_segment.Header()->wakeEvent);
   }
   SeenApp(const SeenApp&) = delete;
   SeenApp& operator=(const SeenApp&) = delete;
@@ -67,7 +67,7 @@ class SeenApp {
   }
   void Send(const std::vector<std::uint8_t>& bytes) {
     SendOnLink(m_socket, bytes);
-    Ring(m_segment.Header()->bell);
+    Signal(m_segment.Header()->wakeEvent);
   }
   void SendSink(SinkKind kind, const std::string& name, const std::string& options) {
     m_consumer.Publish();

@@ -48,15 +48,15 @@ void TraceUntilDelivered() {
   }));
 }
 
-void TellCounts(TracedChild& self) {
+void ReportCounts(TracedChild& self) {
   const quor_counts counts = Counts();
-  self.Tell(counts.traced);
-  self.Tell(counts.lost);
+  self.Report(counts.traced);
+  self.Report(counts.lost);
 }
 
 // Each trace of the child was seen or is known as lost.
-void ExpectAllToldOf(TracedChild& app, SeenApp& seen, std::uint64_t atLeast) {
-  const std::uint64_t traced = app.Told(), lost = app.Told();
+void ExpectAllReported(TracedChild& app, SeenApp& seen, std::uint64_t atLeast) {
+  const std::uint64_t traced = app.Reported(), lost = app.Reported();
   EXPECT_GE(lost, atLeast);
   EXPECT_LT(lost, traced);
   EXPECT_TRUE(WaitFor([&] { return seen.Has("last"); }));
@@ -84,13 +84,13 @@ TEST_P(FailedStart, IsTriedAgainAndTellsWhatWasLost) {
     }
     TraceUntilDelivered();
     QUOR_TRACE_INFO(start_point, "last");
-    TellCounts(self);
+    ReportCounts(self);
     self.AwaitGo();
     return 0;
   });
   const auto seen = m_service.Accept();
   ASSERT_NE(seen, nullptr);
-  ExpectAllToldOf(app, *seen, 10);
+  ExpectAllReported(app, *seen, 10);
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
 }
@@ -108,7 +108,7 @@ TEST_P(FailedStart, OfAForksChildIsTriedAgainToo) {
       }
       TraceUntilDelivered();
       QUOR_TRACE_INFO(start_point, "last");
-      TellCounts(self);
+      ReportCounts(self);
       self.AwaitGo();
       _exit(0);
     }
@@ -122,12 +122,12 @@ TEST_P(FailedStart, OfAForksChildIsTriedAgainToo) {
   app.Go();
   const auto child = m_service.Accept();
   ASSERT_NE(child, nullptr);
-  ExpectAllToldOf(app, *child, 10);
+  ExpectAllReported(app, *child, 10);
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
 }
 
-TEST_P(FailedStart, IsTriedAtTheEndOfTheProcessSoThatTheLossIsTold) {
+TEST_P(FailedStart, IsTriedAtTheEndOfTheProcessSoThatTheLossIsReported) {
   TracedChild app([](TracedChild&) {
     {
       const SoftLimit limit(GetParam().what, GetParam().most);
@@ -163,13 +163,13 @@ TEST_P(FailedStart, WithManyThreadsLosesNoCount) {
     }
     for (std::thread& thread : threads) thread.join();
     QUOR_TRACE_INFO(start_point, "last");
-    TellCounts(self);
+    ReportCounts(self);
     self.AwaitGo();
     return 0;
   });
   const auto seen = m_service.Accept();
   ASSERT_NE(seen, nullptr);
-  ExpectAllToldOf(app, *seen, 100);
+  ExpectAllReported(app, *seen, 100);
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
 }
@@ -216,13 +216,13 @@ TEST(StartWithLittle, WithASingleDescriptorCountsItsTracesAsLost) {
     }
     TraceUntilDelivered();
     QUOR_TRACE_INFO(start_point, "last");
-    TellCounts(self);
+    ReportCounts(self);
     self.AwaitGo();
     return 0;
   });
   const auto seen = service.Accept();
   ASSERT_NE(seen, nullptr);
-  ExpectAllToldOf(app, *seen, 10);
+  ExpectAllReported(app, *seen, 10);
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
 }

@@ -25,7 +25,7 @@ std::atomic<unsigned> g_asked{0}, g_accepted{0};
 
 }  // namespace
 
-// In the place of the C library's: only the service's own door calls it.
+// In the place of the C library's: only the service's own listener calls it.
 extern "C" int accept4(int socket, sockaddr* address, socklen_t* length, int flags) {
   ++g_asked;
   if (g_noDescriptors) {
@@ -57,7 +57,7 @@ class ServiceAccept : public testing::Test {
     kill(getpid(), SIGTERM);
     m_thread.join();
   }
-  // A client that has come to the door; -1: there is none.
+  // A client that has connected; -1: there is none.
   int Connect() {
     const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un at{};

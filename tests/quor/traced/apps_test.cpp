@@ -72,7 +72,7 @@ TEST_F(AppsTest, OneThatWasFoundAndNeverBeganIsHeldUntilItsEnd) {
   BeginApplication();
   m_apps.Watch(m_socket);
   EXPECT_EQ(Registered(), "application 1\n");
-  m_apps.LetGo();
+  m_apps.ReleaseHeld();
   EndApplication();
   EXPECT_EQ(Registered(), "");
 }

@@ -32,7 +32,7 @@ class SegmentFile {
   const int m_file;
 };
 
-class RunningAppTest : public testing::Test, public RunningApp::Home {
+class RunningAppTest : public testing::Test, public RunningApp::Host {
  protected:
   static void Trace(const SegmentMap& segment, int count) {
     RingProducer producer(segment);
@@ -59,7 +59,7 @@ class RunningAppTest : public testing::Test, public RunningApp::Home {
   std::shared_ptr<RunningApp> Found(const SegmentFile& file, pid_t pid) {
     AppArrival arrival = Arrival(file, pid);
     auto app = Make(arrival);
-    app->StartFound(false);
+    app->StartWithoutLink(false);
     return app;
   }
   // Runs what is due until the condition holds.
@@ -117,16 +117,16 @@ TEST_F(RunningAppTest, ACopyOfItsProcessThatHoldsTheLockKeepsItAndItsTraces) {
   Link link;
   TracedChild parent([this](TracedChild& self) {
     const SegmentMap segment = m_file.Make();
-    self.Tell(1);
+    self.Report(1);
     if (fork() != 0) return 0;
     self.AwaitGo();
     Trace(segment, 1000);
-    self.Tell(2);
+    self.Report(2);
     self.AwaitGo();
     Trace(segment, 500);
     _exit(0);
   });
-  ASSERT_EQ(parent.Told(), 1u);
+  ASSERT_EQ(parent.Reported(), 1u);
   AppArrival arrival = Arrival(m_file, parent.Pid(), link.ends[1]);
   const auto app = Make(arrival);
   app->Start(std::move(arrival));
@@ -134,7 +134,7 @@ TEST_F(RunningAppTest, ACopyOfItsProcessThatHoldsTheLockKeepsItAndItsTraces) {
   EXPECT_TRUE(RunsThroughLooks());
   EXPECT_EQ(m_ended, 0);
   parent.Go();
-  EXPECT_EQ(parent.Told(), 2u);
+  EXPECT_EQ(parent.Reported(), 2u);
   link.Call();
   EXPECT_TRUE(RunsUntil([this] { return m_hub.Taken() == 1000; }));
   EXPECT_EQ(m_ended, 0);
@@ -149,13 +149,13 @@ TEST_F(RunningAppTest, OneWhoseProcessCannotBeWatchedEndsWithItsLock) {
   EXPECT_EQ(stranger.Wait(), 0);
   TracedChild owner([this](TracedChild& self) {
     const SegmentMap segment = m_file.Make();
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     Trace(segment, 700);
     kill(getpid(), SIGKILL);
     return 0;
   });
-  ASSERT_EQ(owner.Told(), 1u);
+  ASSERT_EQ(owner.Reported(), 1u);
   const auto app = Found(m_file, gone);
   EXPECT_TRUE(RunsThroughLooks(true));
   EXPECT_EQ(m_ended, 0);
@@ -169,15 +169,15 @@ TEST_F(RunningAppTest, TheEndOfItsLinkIsNotItsEnd) {
   Link first, second;
   TracedChild owner([this](TracedChild& self) {
     const SegmentMap segment = m_file.Make();
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     Trace(segment, 300);
-    self.Tell(2);
+    self.Report(2);
     self.AwaitGo();
     Trace(segment, 50);
     return 0;
   });
-  ASSERT_EQ(owner.Told(), 1u);
+  ASSERT_EQ(owner.Reported(), 1u);
   AppArrival arrival = Arrival(m_file, owner.Pid(), first.ends[1]);
   const auto app = Make(arrival);
   app->Start(std::move(arrival));
@@ -185,7 +185,7 @@ TEST_F(RunningAppTest, TheEndOfItsLinkIsNotItsEnd) {
   EXPECT_TRUE(RunsThroughLooks());
   EXPECT_EQ(m_ended, 0);
   owner.Go();
-  EXPECT_EQ(owner.Told(), 2u);
+  EXPECT_EQ(owner.Reported(), 2u);
   app->Relink(Arrival(m_file, owner.Pid(), second.ends[1]));
   EXPECT_TRUE(RunsUntil([this] { return m_hub.Taken() == 300; }));
   EXPECT_EQ(m_ended, 0);
@@ -202,14 +202,14 @@ TEST_F(RunningAppTest, OneThatGoesByTheNumberOfAnotherProcessEndsWithItsLock) {
   const auto owns = [](const SegmentFile& file) {
     return [&file](TracedChild& self) {
       const SegmentMap segment = file.Make();
-      self.Tell(1);
+      self.Report(1);
       self.AwaitGo();
       Trace(segment, 30);
       return 0;
     };
   };
   TracedChild found(owns(m_file)), owner(owns(linked));
-  ASSERT_EQ(found.Told() + owner.Told(), 2u);
+  ASSERT_EQ(found.Reported() + owner.Reported(), 2u);
   const pid_t another = getpid();
   const auto first = Found(m_file, another);
   AppArrival arrival = Arrival(linked, another, link.ends[1]);
@@ -231,11 +231,11 @@ TEST_F(RunningAppTest, WhoHasALinkIsNotLookedAt) {
   Link link;
   TracedChild owner([this](TracedChild& self) {
     const SegmentMap segment = m_file.Make();
-    self.Tell(1);
+    self.Report(1);
     self.AwaitGo();
     return 0;
   });
-  ASSERT_EQ(owner.Told(), 1u);
+  ASSERT_EQ(owner.Reported(), 1u);
   const auto app = Found(m_file, owner.Pid());
   app->Relink(Arrival(m_file, owner.Pid(), link.ends[1]));
   const auto quiet = [this] { return m_io.run_for(std::chrono::milliseconds(1500)) == 0; };
@@ -246,7 +246,7 @@ TEST_F(RunningAppTest, WhoHasALinkIsNotLookedAt) {
   EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
 }
 
-// Whatever its segment says, nothing is taken against the word, and nobody else is touched.
+// Whatever its segment says, nothing is taken against the claim, and nobody else is touched.
 TEST_F(RunningAppTest, OneThatHasClaimedItsRingItselfIsReadAfterItsEndOnly) {
   const SegmentFile other;
   const auto claims = [](const SegmentFile& file, std::uint32_t word) {
@@ -254,13 +254,13 @@ TEST_F(RunningAppTest, OneThatHasClaimedItsRingItselfIsReadAfterItsEndOnly) {
       const SegmentMap segment = file.Make();
       segment.Header()->claim = static_cast<RingClaim>(word);
       Trace(segment, 30);
-      self.Tell(1);
+      self.Report(1);
       self.AwaitGo();
       return 0;
     };
   };
   TracedChild writesAFile(claims(m_file, 1)), lies(claims(other, 77));
-  ASSERT_EQ(writesAFile.Told() + lies.Told(), 2u);
+  ASSERT_EQ(writesAFile.Reported() + lies.Reported(), 2u);
   const auto first = Found(m_file, writesAFile.Pid()), second = Found(other, lies.Pid());
   // Beyond the time for which a link is awaited.
   EXPECT_TRUE(RunsUntil([&] { return m_calls >= 6; }));
@@ -278,7 +278,7 @@ TEST_F(RunningAppTest, AReadinessThatWasMeantForAnEarlierDescriptorEndsNobody) {
   const auto owns = [](const SegmentFile& file) {
     return [&file](TracedChild& self) {
       const SegmentMap segment = file.Make();
-      self.Tell(1);
+      self.Report(1);
       self.AwaitGo();
       Trace(segment, 20);
       return 0;
@@ -286,7 +286,7 @@ TEST_F(RunningAppTest, AReadinessThatWasMeantForAnEarlierDescriptorEndsNobody) {
   };
   const SegmentFile earlier;
   TracedChild gone(owns(earlier)), owner(owns(m_file));
-  ASSERT_EQ(gone.Told() + owner.Told(), 2u);
+  ASSERT_EQ(gone.Reported() + owner.Reported(), 2u);
   std::shared_ptr<RunningApp> first = Found(earlier, gone.Pid()), second;
   int pipe[2];
   ASSERT_EQ(pipe2(pipe, O_CLOEXEC), 0);

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "quor/ring/ring_producer.h"
-#include "quor/traced/handed_on.h"
+#include "quor/traced/forwarded_note.h"
 #include "records/name_record.h"
 #include "records/record_fields.h"
 
@@ -79,7 +79,7 @@ TEST(TracedApp, OneThatIsGivenUpReportsAlsoWhatItTookOutOfTheRingLast) {
   app.Leave();
 }
 
-TEST(TracedApp, AClockThatIsSetBackMakesNoApplicationALiar) {
+TEST(TracedApp, AClockThatIsSetBackBreaksNoApplication) {
   using std::chrono::hours, std::chrono::seconds;
   EXPECT_EQ(AgeOfChange(hours(10), hours(12), hours(30)), hours(2));
   EXPECT_EQ(AgeOfChange(hours(10), hours(10), hours(30)), seconds(0));
@@ -87,44 +87,44 @@ TEST(TracedApp, AClockThatIsSetBackMakesNoApplicationALiar) {
   EXPECT_EQ(AgeOfChange(hours(10), hours(9), hours(30)), hours(30));
 }
 
-TEST(HandedOn, TheNoteIsInTheSegmentAndOutlivesItsRest) {
+TEST(ForwardedNote, TheNoteIsInTheSegmentAndOutlivesItsRest) {
   SegmentMap made;
   ASSERT_TRUE(made.Create({16, 4096, 4096}, 1, 42));
-  SegmentRest rest;
-  SetHandedTo(*made.Header(), "orders1:7447");
+  FinishedSegment rest;
+  SetForwardTarget(*made.Header(), "orders1:7447");
   made.Header()->served = 50;
-  const auto note = HandedOnNote(made.Descriptor(), 20);
+  const auto note = ForwardedNote(made.Descriptor(), 20);
   ASSERT_TRUE(note);
   made.Finish(SegmentEnd::Elsewhere);
   note(7);
-  ASSERT_TRUE(ReadRest(made.Descriptor(), &rest));
-  EXPECT_EQ(rest.handedTo, "orders1:7447");
-  EXPECT_EQ(rest.handedOn, 27u);
+  ASSERT_TRUE(ReadFinishedSegment(made.Descriptor(), &rest));
+  EXPECT_EQ(rest.forwardTarget, "orders1:7447");
+  EXPECT_EQ(rest.forwarded, 27u);
   EXPECT_EQ(rest.served, 50u);
 }
 
-TEST(HandedOn, NothingInTheSegmentIsTrusted) {
+TEST(ForwardedNote, NothingInTheSegmentIsTrusted) {
   SegmentMap made;
   ASSERT_TRUE(made.Create({16, 4096, 4096}, 1, 42));
   SegmentHeader& header = *made.Header();
-  SetHandedTo(header, std::string(1000, 'x'));
-  EXPECT_EQ(HandedTo(header), std::string(kHandedToBytes - 1, 'x'));
+  SetForwardTarget(header, std::string(1000, 'x'));
+  EXPECT_EQ(ForwardTarget(header), std::string(kForwardTargetBytes - 1, 'x'));
   // No end of the text.
-  std::memset(header.handedTo, 'y', kHandedToBytes);
+  std::memset(header.forwardTarget, 'y', kForwardTargetBytes);
   header.finished = SegmentEnd::Elsewhere;
-  SegmentRest rest;
-  ASSERT_TRUE(ReadRest(made.Descriptor(), &rest));
-  EXPECT_EQ(rest.handedTo, std::string(kHandedToBytes, 'y'));
-  EXPECT_EQ(HandedTo(header), std::string(kHandedToBytes, 'y'));
-  EXPECT_EQ(HandedOnOf(27, 50, 20), 7u);
-  EXPECT_EQ(HandedOnOf(5, 50, 20), 0u);
-  EXPECT_EQ(HandedOnOf(~std::uint64_t{0}, 50, 20), 30u);
-  EXPECT_EQ(HandedOnOf(0, 10, 20), 0u);
+  FinishedSegment rest;
+  ASSERT_TRUE(ReadFinishedSegment(made.Descriptor(), &rest));
+  EXPECT_EQ(rest.forwardTarget, std::string(kForwardTargetBytes, 'y'));
+  EXPECT_EQ(ForwardTarget(header), std::string(kForwardTargetBytes, 'y'));
+  EXPECT_EQ(ForwardedOf(27, 50, 20), 7u);
+  EXPECT_EQ(ForwardedOf(5, 50, 20), 0u);
+  EXPECT_EQ(ForwardedOf(~std::uint64_t{0}, 50, 20), 30u);
+  EXPECT_EQ(ForwardedOf(0, 10, 20), 0u);
   // The page goes away beneath the note.
-  const auto note = HandedOnNote(made.Descriptor(), 0);
+  const auto note = ForwardedNote(made.Descriptor(), 0);
   ASSERT_EQ(ftruncate(made.Descriptor(), 0), 0);
   note(7);
-  EXPECT_FALSE(ReadRest(made.Descriptor(), &rest));
+  EXPECT_FALSE(ReadFinishedSegment(made.Descriptor(), &rest));
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ namespace {
 
 constexpr int kTraces = 5000;
 
-// Holds every load before its walk until it is let go. The latch is shared: a load thread may still
-// be about to leave it.
+// Holds every load before its walk until it is released. The latch is shared: a load thread may
+// still be about to leave it.
 class HeldLoad {
  public:
   explicit HeldLoad(CTesseraApp& app) {

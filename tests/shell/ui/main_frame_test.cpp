@@ -86,28 +86,29 @@ TEST_F(MainFrameTest, TheRowCountIsThatOfTheActiveView) {
   EXPECT_TRUE(Until([this] { return Face().Panes().PaneText(kPaneRowCount).isEmpty(); }));
 }
 
-TEST_F(MainFrameTest, AFileThatIsCutWhileItIsOpenIsToldInListAndTree) {
+TEST_F(MainFrameTest, AFileThatIsCutWhileItIsOpenIsReportedInListAndTree) {
   Start();
   const std::string path = TraceFile("a.trc", 2000);
   Open(path);
-  const auto told = [this] { return Face().Panes().PaneText(kPaneMessage); };
+  const auto reported = [this] { return Face().Panes().PaneText(kPaneMessage); };
   std::ofstream(path, std::ios::binary | std::ios::app) << "x";
   QAction* const open = Face().Actions().Action(ID_FILE_OPEN);
   open->setEnabled(false);
   ASSERT_TRUE(Until([open] { return open->isEnabled(); })) << "an idle has come by";
-  EXPECT_EQ(told(), QString()) << "what is appended is none of its traces";
+  EXPECT_EQ(reported(), QString()) << "what is appended is none of its traces";
   const auto size = std::filesystem::file_size(path);
   std::filesystem::resize_file(path, size - 1 - 1234);
   const QString words =
       QStringLiteral("damaged: the file has become shorter, 1,234 bytes are missing");
-  EXPECT_TRUE(Until([&] { return told() == words; })) << told().toStdString();
+  EXPECT_TRUE(Until([&] { return reported() == words; })) << reported().toStdString();
   Frame().OnCommand(ID_VIEW_PROC);
   Settle();
   Face().Panes().SetPaneText(kPaneMessage, {});
-  EXPECT_TRUE(Until([&] { return told() == words; })) << "the tree: " << told().toStdString();
+  EXPECT_TRUE(Until([&] { return reported() == words; }))
+      << "the tree: " << reported().toStdString();
   const std::string other = TraceFile("b.trc", 3);
   Open(other);
-  EXPECT_TRUE(Until([&] { return told().isEmpty(); })) << "it is of the window in front";
+  EXPECT_TRUE(Until([&] { return reported().isEmpty(); })) << "it is of the window in front";
 }
 
 TEST_F(MainFrameTest, ARowCountOfMoreThanSixDigitsKeepsItsDistanceFromTheLine) {

@@ -3,7 +3,7 @@
 
 #include <QApplication>
 
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/temp_dir.h"
 
 int main(int argc, char** argv) {
@@ -12,6 +12,6 @@ int main(int argc, char** argv) {
   qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.Path()));
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  testing::UnitTest::GetInstance()->listeners().Append(new OwedActs);
+  testing::UnitTest::GetInstance()->listeners().Append(new PendingActions);
   return RUN_ALL_TESTS();
 }

@@ -108,7 +108,7 @@ TEST_F(MenusTest, EachResourceGivesAWholeBarWithTheExactTextsInOrder) {
   }
 }
 
-TEST_F(MenusTest, TheTextBehindTheTabIsShownAsItStandsAndNoKeyIsDerived) {
+TEST_F(MenusTest, TheTextAfterTheTabIsShownAsItStandsAndNoKeyIsDerived) {
   Start();
   Face().SetMenu(IDR_MONITOR);
   QAction* item = Item(*Opened("&View"), ID_VIEW_SYNCHRONIZE);

@@ -133,7 +133,7 @@ TEST_F(MonitorWindowTest, ClosingTheWindowEndsTheConnectionAndItsTimer) {
   Frame().OnCommand(ID_FILE_CLOSE);
   EXPECT_TRUE(Until([this] { return Frame().Children().empty(); }));
   EXPECT_EQ(m_service.m_log, "connect web\ndisconnect\n");
-  // A timer left behind would tick into nothing, as often as this one does.
+  // A timer that was left would tick without a target, as often as this one does.
   int ticks = 0;
   const TimerId timer = m_host.SetTimer(10, [&ticks] { ++ticks; });
   EXPECT_TRUE(Until([&ticks] { return ticks >= 3; }));

@@ -132,7 +132,7 @@ TEST_F(OptionsAndHelpTest, TheHelpIsSearchedOverAllItsPages) {
   QTest::keyClicks(field, QStringLiteral("procedure"));
   EXPECT_EQ(help.Topic(), QStringLiteral("window")) << "the page that shows comes first";
   EXPECT_EQ(pages->textCursor().selectedText().toLower(), QStringLiteral("procedure"));
-  const QStringList said = search->Said().split(QStringLiteral(" of "));
+  const QStringList said = search->StatusText().split(QStringLiteral(" of "));
   ASSERT_EQ(said.size(), 2);
   EXPECT_EQ(said[0], QStringLiteral("1"));
   const int hits = said[1].toInt();
@@ -144,11 +144,11 @@ TEST_F(OptionsAndHelpTest, TheHelpIsSearchedOverAllItsPages) {
     QTest::keyClick(field, Qt::Key_Return);
   }
   EXPECT_GT(topics.size(), 2);
-  EXPECT_EQ(search->Said(), QStringLiteral("1 of %1").arg(hits)) << "round";
+  EXPECT_EQ(search->StatusText(), QStringLiteral("1 of %1").arg(hits)) << "round";
   QTest::keyClick(field, Qt::Key_F3, Qt::ShiftModifier);
-  EXPECT_EQ(search->Said(), QStringLiteral("%1 of %1").arg(hits));
+  EXPECT_EQ(search->StatusText(), QStringLiteral("%1 of %1").arg(hits));
   field->setText(QStringLiteral("no such word"));
-  EXPECT_EQ(search->Said(), QStringLiteral("not found"));
+  EXPECT_EQ(search->StatusText(), QStringLiteral("not found"));
 }
 
 TEST_F(OptionsAndHelpTest, AnotherPageEndsTheCountOfHitsAndTheNextStepGoesOnFromThere) {
@@ -159,17 +159,17 @@ TEST_F(OptionsAndHelpTest, AnotherPageEndsTheCountOfHitsAndTheNextStepGoesOnFrom
   auto* const pages = help.findChild<QTextBrowser*>();
   const auto* const search = dynamic_cast<HelpSearch*>(field->parentWidget());
   field->setText(QStringLiteral("procedure"));
-  const QString hits = search->Said().section(u' ', 2);
-  EXPECT_EQ(search->Said(), QStringLiteral("1 of ") + hits);
+  const QString hits = search->StatusText().section(u' ', 2);
+  EXPECT_EQ(search->StatusText(), QStringLiteral("1 of ") + hits);
   help.ShowTopic(QStringLiteral("list"));
-  EXPECT_EQ(search->Said(), hits + QStringLiteral(" found"));
+  EXPECT_EQ(search->StatusText(), hits + QStringLiteral(" found"));
   EXPECT_EQ(help.Topic(), QStringLiteral("list")) << "the page is left to the person";
   QTest::keyClick(field, Qt::Key_Return);
-  EXPECT_EQ(search->Said(), QStringLiteral("1 of ") + hits);
+  EXPECT_EQ(search->StatusText(), QStringLiteral("1 of ") + hits);
   EXPECT_EQ(pages->textCursor().selectedText().toLower(), QStringLiteral("procedure"));
   help.ShowTopic(QStringLiteral("list"));
   QTest::keyClick(field, Qt::Key_Return, Qt::ShiftModifier);
-  EXPECT_EQ(search->Said(), hits + QStringLiteral(" of ") + hits);
+  EXPECT_EQ(search->StatusText(), hits + QStringLiteral(" of ") + hits);
 }
 
 TEST_F(OptionsAndHelpTest, TheHelpStaysOnASmallScreenWithItsFieldInLargeLetters) {

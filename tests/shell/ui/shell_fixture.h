@@ -17,7 +17,7 @@
 #include "shell/tessera_app.h"
 #include "shell/ui/qt_main_frame.h"
 #include "shell/ui/qt_shell_faces.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
 
@@ -39,7 +39,7 @@ inline void Settle() {
 template <class Act>
 void OnModal(Act act) {
   auto* clock = new QTimer(qApp);
-  QObject::connect(clock, &QTimer::timeout, qApp, [clock, act = Owed(act)] {
+  QObject::connect(clock, &QTimer::timeout, qApp, [clock, act = MustRun(act)] {
     QWidget* dialog = QApplication::activeModalWidget();
     if (!dialog) return;
     clock->stop();

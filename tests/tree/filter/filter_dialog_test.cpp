@@ -95,7 +95,7 @@ TEST_F(FilterDialog, NamesStandInOrderAndProcessesAndThreadsHaveTheirPrefix) {
   });
 }
 
-TEST_F(FilterDialog, TheWordsAreExact) {
+TEST_F(FilterDialog, TheTextsAreExact) {
   EXPECT_STREQ(CFilterDialog::kCaption, "Filter");
   EXPECT_STREQ(CFilterDialog::kText,
                "Check the types you want to include in the trace output (selecting a node "

@@ -1,5 +1,5 @@
 // A pass over many traces gives what a look into the maps for every trace gives, and leaves the
-// same filter behind.
+// same filter.
 #include "tree/filter/filter_pass.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// The tests as they are told, with a look into the maps for every trace.
+// The tests as they are specified, with a look into the maps for every trace.
 int MatchesSlowly(CTraceFilter& filter, const RawTrace& trace) {
   if (filter.allTraces) return 1;
   const int bits = trace.Attributes();

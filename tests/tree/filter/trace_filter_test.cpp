@@ -227,7 +227,7 @@ TEST(TraceFilter, AMarkThatIsNotOneCountsAsZero) {
   }
 }
 
-TEST(TraceFilter, AMarkChangedBehindTheFiltersBackCountsFromTheNextTrace) {
+TEST(TraceFilter, AMarkChangedDirectlyCountsFromTheNextTrace) {
   CTraceFilter filter = OnlyAllTracesOff();
   filter.allComponents = filter.allThreads = 0;
   const TraceFields fields{.machine = 1, .component = 2, .pid = 3, .tid = 4};

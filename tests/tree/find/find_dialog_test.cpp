@@ -66,7 +66,7 @@ TEST_F(FindDialogTest, OkKeepsAllFiveSettingsAndMakesThePatternReady) {
   EXPECT_EQ(FindSettings.wordSearch, 1);
   EXPECT_EQ(RegexMatchText("an error"), 1);
   EXPECT_EQ(RegexMatchText("an errors"), 0) << "a whole word";
-  EXPECT_EQ(m_host.Told(), "dialog -> 1\n");
+  EXPECT_EQ(m_host.Reported(), "dialog -> 1\n");
 }
 
 TEST_F(FindDialogTest, ATextIsPlainUnlessItIsARegularExpression) {
@@ -103,7 +103,7 @@ TEST_F(FindDialogTest, ABadPatternShowsABoxAndLeavesTheDialogOpenAndTheSettingsA
     m_host.Note("still open");
   });
   EXPECT_FALSE(RunFindDialog(m_host));
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "box Tessera [stop] \"Illegal search pattern.\" (OK) -> OK\n"
             "still open\n"
             "dialog -> 2\n");

@@ -34,7 +34,7 @@ TEST_F(FindSearchTest, StopsAtTheFirstTextThatMatches) {
   Texts texts({"hay", "a needle", "another needle"});
   EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::Hit);
   EXPECT_EQ(texts.next, 2u);
-  EXPECT_EQ(m_host.Told(), "") << "a short search shows no box";
+  EXPECT_EQ(m_host.Reported(), "") << "a short search shows no box";
 }
 
 TEST_F(FindSearchTest, EndsWithTheWalk) {
@@ -49,15 +49,15 @@ TEST_F(FindSearchTest, ALongSearchGoesOnBelowABox) {
   EndlessTexts texts;
   m_host.AnswerWorkBox([&](CDialog& box) {
     EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Searching...");
-    EXPECT_TRUE(m_document.IsWorkedOn());
+    EXPECT_TRUE(m_document.IsBusy());
     m_host.TickTimers();
     EXPECT_FALSE(box.Ended());
     texts.text = "the needle";
     m_host.Finish(box);
   });
   EXPECT_EQ(RunSearch(m_host, &m_document, texts), FindResult::Hit);
-  EXPECT_FALSE(m_document.IsWorkedOn());
-  EXPECT_EQ(m_host.Told(), "dialog -> 1\n");
+  EXPECT_FALSE(m_document.IsBusy());
+  EXPECT_EQ(m_host.Reported(), "dialog -> 1\n");
   EXPECT_TRUE(m_host.Timers().empty());
 }
 
@@ -77,8 +77,8 @@ TEST_F(FindSearchTest, CancelInTheBoxIsNoHitAndNoMessage) {
     box.OnCancel();
   });
   EXPECT_EQ(RunSearch(m_host, &m_document, texts), FindResult::Cancelled);
-  EXPECT_EQ(m_host.Told(), "dialog -> 2\n");
-  EXPECT_FALSE(m_document.IsWorkedOn());
+  EXPECT_EQ(m_host.Reported(), "dialog -> 2\n");
+  EXPECT_FALSE(m_document.IsBusy());
   EXPECT_TRUE(m_host.Timers().empty());
 }
 
@@ -102,12 +102,12 @@ TEST_F(FindSearchTest, ATextThatTakesLongIsTakenUpAgainAndAnswered) {
   m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });
   EXPECT_EQ(RunSearch(m_host, nullptr, texts), FindResult::Hit);
   EXPECT_EQ(texts.next, 2u);
-  EXPECT_EQ(m_host.Told(), "dialog -> 1\n") << "it went on below the box";
+  EXPECT_EQ(m_host.Reported(), "dialog -> 1\n") << "it went on below the box";
 }
 
 TEST_F(FindSearchTest, TextNotFoundHasNoIcon) {
-  TellNotFound(m_host);
-  EXPECT_EQ(m_host.Told(), "box Tessera [none] \"Text not found.\" (OK) -> OK\n");
+  ReportNotFound(m_host);
+  EXPECT_EQ(m_host.Reported(), "box Tessera [none] \"Text not found.\" (OK) -> OK\n");
 }
 
 }  // namespace

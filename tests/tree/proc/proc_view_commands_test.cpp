@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "listview/details/trace_detail_dialog.h"
-#include "proc_view_rig.h"
+#include "proc_view_fixture.h"
 #include "tree/filter/filter_dialog.h"
 #include "tree/find/find_dialog.h"
 #include "tree/find/find_settings.h"
@@ -66,7 +66,7 @@ TEST_F(ProcViewCommands, WithoutASelectedItemPropertiesAndGotoSourceAreLeftAsThe
     EXPECT_FALSE(State(id, false).IsEnabled());
     m_view->OnCommand(id);
   }
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(ProcViewCommands, GotoSourceIsForPlainTracesWithAFileOnly) {
@@ -107,7 +107,7 @@ TEST_F(ProcViewCommands, ANodeWhoseTraceHasBeenTrimmedHasNoProperties) {
   EXPECT_FALSE(State(ID_VIEW_PROPERTIES).IsEnabled());
   m_host.ClearTranscript();
   m_view->OnCommand(ID_VIEW_PROPERTIES);
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(ProcViewCommands, TheCursorGoesThroughAllItemsAndABeginComesTwice) {
@@ -170,7 +170,7 @@ TEST_F(ProcViewCommands, ADoubleClickShowsTheProperties) {
   Open();
   Select("desk");
   m_view->OnTreeDoubleClicked();
-  EXPECT_EQ(m_host.Told(), "dialog -> 2\n");
+  EXPECT_EQ(m_host.Reported(), "dialog -> 2\n");
 }
 
 TEST_F(ProcViewCommands, AClickOnAnItemIsFollowedOnlyWhileTheDocumentSynchronizes) {
@@ -242,7 +242,7 @@ TEST_F(ProcViewCommands, FindGoesOnFromTheSelectedItemAndAroundTheEndWithoutOpen
   Find("TID");
   EXPECT_EQ(Selected(), "TID one - 0 ps");
   m_view->OnCommand(ID_EDIT_FINDNEXT);  // only the selected item has it
-  EXPECT_NE(m_host.Told().find("\"Text not found.\""), std::string::npos);
+  EXPECT_NE(m_host.Reported().find("\"Text not found.\""), std::string::npos);
   Find("1", true);
   EXPECT_EQ(Selected(), "PID 100 - 0 ps");
   Find("3", true);
@@ -266,14 +266,14 @@ TEST_F(ProcViewCommands, ATreeWithOneItemFindsNothing) {
   m_tree->insertionsLeft = 0;
   Select("desk");
   Find("desk");
-  EXPECT_NE(m_host.Told().find("\"Text not found.\""), std::string::npos);
+  EXPECT_NE(m_host.Reported().find("\"Text not found.\""), std::string::npos);
 }
 
 TEST_F(ProcViewCommands, FindWithoutASelectedItemFindsNothing) {
   AddMany(1);
   Open();
   Find("desk");
-  EXPECT_NE(m_host.Told().find("\"Text not found.\""), std::string::npos);
+  EXPECT_NE(m_host.Reported().find("\"Text not found.\""), std::string::npos);
 }
 
 TEST_F(ProcViewCommands, FindNextRunsUnderTheWaitCursor) {
@@ -283,7 +283,8 @@ TEST_F(ProcViewCommands, FindNextRunsUnderTheWaitCursor) {
   Find("1");
   m_host.ClearTranscript();
   m_view->OnCommand(ID_EDIT_FINDNEXT);
-  EXPECT_EQ(m_host.Told().rfind("wait cursor on\nwait cursor off\n", 0), 0U) << m_host.Told();
+  EXPECT_EQ(m_host.Reported().rfind("wait cursor on\nwait cursor off\n", 0), 0U)
+      << m_host.Reported();
 }
 
 TEST_F(ProcViewCommands, TheExportWritesWhatIsOpenWithTheLabelsOfTheScreen) {
@@ -337,7 +338,7 @@ TEST_F(ProcViewCommands, TheExportOfATreeWithTwoMachinesHoldsOnlyTheFirst) {
 TEST_F(ProcViewCommands, TheExportOfAnEmptyTreeIsAnEmptyFile) {
   Open();
   EXPECT_EQ(Export("tree.txt"), "");
-  EXPECT_EQ(m_host.Told().find("box"), std::string::npos);
+  EXPECT_EQ(m_host.Reported().find("box"), std::string::npos);
 }
 
 TEST_F(ProcViewCommands, TheExportsDialogOffersTheDocumentsNameWithoutItsLastExtension) {
@@ -346,7 +347,7 @@ TEST_F(ProcViewCommands, TheExportsDialogOffersTheDocumentsNameWithoutItsLastExt
   m_view->OnCommand(ID_FILE_EXPORT);
   m_document.SetPathName("/traces/web.old.trc", false);
   m_view->OnCommand(ID_FILE_EXPORT);
-  EXPECT_EQ(m_host.Told(),
+  EXPECT_EQ(m_host.Reported(),
             "save dialog \"Export\" ext=.txt name=\"Traces sent to web\" "
             "filters=\"Text Files (*.txt)|*.txt|All Files (*.*)|*\" -> none\n"
             "save dialog \"Export\" ext=.txt name=\"/traces/web.old\" "
@@ -357,7 +358,7 @@ TEST_F(ProcViewCommands, AnExportFileThatCannotBeOpenedSaysSoAndLeavesTheView) {
   AddMany(1);
   Open();
   Export("no/such/folder/tree.txt");
-  EXPECT_NE(m_host.Told().find("\"Error opening output file.\""), std::string::npos);
+  EXPECT_NE(m_host.Reported().find("\"Error opening output file.\""), std::string::npos);
   EXPECT_EQ(m_tree->Picture(), "+desk\n");
 }
 

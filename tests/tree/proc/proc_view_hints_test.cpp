@@ -1,5 +1,5 @@
 // How the tree view follows its document.
-#include "proc_view_rig.h"
+#include "proc_view_fixture.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ TEST_F(ProcViewHints, HintsBelow1002AndAbove1006And1003ChangeNothing) {
   for (const unsigned hint : {0U, 1000U, 1001U, 1003U, 1007U})
     m_view->OnUpdate(nullptr, hint, nullptr);
   EXPECT_TRUE(m_tree->calls.empty());
-  EXPECT_EQ(m_host.Told(), "");
+  EXPECT_EQ(m_host.Reported(), "");
 }
 
 TEST_F(ProcViewHints, ARebuildSwitchesRedrawingOnAgainAtTheFirstMachine) {
@@ -31,7 +31,7 @@ TEST_F(ProcViewHints, ARebuildSwitchesRedrawingOnAgainAtTheFirstMachine) {
   Open();
   m_view->OnUpdate(nullptr, kHintReady, nullptr);
   EXPECT_EQ(m_tree->calls, (Lines{"redraw off", "clear", "redraw on", "redraw on"}));
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
 }
 
 TEST_F(ProcViewHints, ARebuildKeepsTheSelectionOnItsTrace) {
@@ -76,34 +76,34 @@ TEST_F(ProcViewHints, AddedTracesTellTheRowCountOnceForEachAlsoForHiddenOnes) {
   HideNine(m_view->m_filter);
   Open();
   m_view->OnActivateView(true, m_view.get(), nullptr);
-  m_main.Told();
+  m_main.Reported();
   Drain({{.text = "a"}, {.text = "hidden", .category = 9}, {.text = "b"}});
-  EXPECT_EQ(m_main.Told(), (Lines{"rows 1", "rows 1", "rows 2"}));
+  EXPECT_EQ(m_main.Reported(), (Lines{"rows 1", "rows 1", "rows 2"}));
 }
 
 TEST_F(ProcViewHints, OnlyTheActiveViewTellsThePanes) {
   Open();
-  m_main.Told();
+  m_main.Reported();
   Drain("a");
   Trim(1);
   Clear();
-  EXPECT_TRUE(m_main.Told().empty());
+  EXPECT_TRUE(m_main.Reported().empty());
   m_view->OnActivateView(true, m_view.get(), nullptr);
-  EXPECT_EQ(m_main.Told(), (Lines{"rows 0", "filtered 0"}));
+  EXPECT_EQ(m_main.Reported(), (Lines{"rows 0", "filtered 0"}));
   m_view->m_filter.allTraces = 0;
   m_view->OnUpdate(nullptr, kHintReady, nullptr);
-  EXPECT_EQ(m_main.Told(), (Lines{"rows 0", "filtered 1"}));
+  EXPECT_EQ(m_main.Reported(), (Lines{"rows 0", "filtered 1"}));
   m_view->OnActivateView(false, nullptr, m_view.get());
-  EXPECT_EQ(m_main.Told(), (Lines{"rows cleared", "filtered cleared"}));
+  EXPECT_EQ(m_main.Reported(), (Lines{"rows cleared", "filtered cleared"}));
 }
 
 TEST_F(ProcViewHints, ATrimTellsTheCountThatItDidNotReduce) {
   AddMany(5);
   Open();
   m_view->OnActivateView(true, m_view.get(), nullptr);
-  m_main.Told();
+  m_main.Reported();
   Trim(2);
-  EXPECT_EQ(m_main.Told(), Lines{"rows 5"});
+  EXPECT_EQ(m_main.Reported(), Lines{"rows 5"});
 }
 
 TEST_F(ProcViewHints, ATrimTakesTheLeavesAndTheirItemsAndSelectsTheNearestToTheOldest) {
@@ -179,7 +179,7 @@ TEST_F(ProcViewHints, Hint1006ForATraceInUnopenedPartsCreatesTheItemsAndTheSelec
             "           Begin: work\n"
             "           inside*\n");
   EXPECT_EQ(m_tree->calls, (Lines{"select inside", "visible inside"}));
-  EXPECT_EQ(m_host.Told().substr(0, 15), "wait cursor on\n");
+  EXPECT_EQ(m_host.Reported().substr(0, 15), "wait cursor on\n");
 }
 
 TEST_F(ProcViewHints, Hint1006ForATraceThatTheFilterHidesSelectsTheNearestLeafBySequenceNumber) {
@@ -250,7 +250,7 @@ TEST_F(ProcViewHints, TheRememberedTraceIsSelectedAtEachReturnUntilTheFrameChang
   EXPECT_EQ(Selected(), "1");
 }
 
-TEST_F(ProcViewHints, SetFilterCopiesClearsTheMarkAndRebuildsWhenTold) {
+TEST_F(ProcViewHints, SetFilterCopiesClearsTheMarkAndRebuildsWhenAsked) {
   AddMany(1);
   Open();
   CTraceFilter filter;

@@ -1,5 +1,5 @@
 // What the tree view says of the hits of a search in its labels.
-#include "proc_view_rig.h"
+#include "proc_view_fixture.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
 

@@ -1,5 +1,5 @@
 // The tree view's items: made when their parent is opened or something below is wanted.
-#include "proc_view_rig.h"
+#include "proc_view_fixture.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ TEST_F(ProcViewItems, AFillRunsUnderTheWaitCursor) {
   AddMany(1);
   Open();
   Expand("desk");
-  EXPECT_EQ(m_host.Told(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
 }
 
 TEST_F(ProcViewItems, ExpandingANodeASecondTimeAddsNoItems) {
@@ -56,7 +56,7 @@ TEST_F(ProcViewItems, AnInsertionThatFailsEndsTheFillSilently) {
   Expand(kThread);
   EXPECT_EQ(m_tree->Picture(),
             "-desk\n  -shop\n    -PID 100 - 0 ps\n      -TID one - 0 ps\n         1\n         2\n");
-  EXPECT_EQ(m_host.Told().find("box"), std::string::npos);
+  EXPECT_EQ(m_host.Reported().find("box"), std::string::npos);
 }
 
 TEST_F(ProcViewItems, AFillEndsAtTheInsertionThatFailsAlsoWhereLaterOnesWouldDo) {

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "listview/details/trace_detail_dialog.h"
-#include "proc_view_rig.h"
+#include "proc_view_fixture.h"
 #include "support/folder_names.h"
 #include "support/short_pieces.h"
 #include "tree/filter/filter_dialog.h"
@@ -80,7 +80,7 @@ TEST_F(ProcViewLong, ATreeBuiltInPartsIsTheTreeBuiltAtOnce) {
   m_host.AnswerWorkBox([&](CDialog& box) {
     ++boxes;
     EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Building the procedure tree...");
-    EXPECT_TRUE(m_document.IsWorkedOn());
+    EXPECT_TRUE(m_document.IsBusy());
     m_host.Finish(box);
   });
   Open();
@@ -323,7 +323,7 @@ TEST_F(ProcViewLong, ATraceIsLookedForInPartsWhereNumbersBeganAnewTwice) {
   m_host.AnswerWorkBox([&](CDialog& dialog) {
     const auto& box = dynamic_cast<CWorkBox&>(dialog);
     EXPECT_STREQ(box.Message(), "Looking for the trace...");
-    EXPECT_TRUE(m_document.IsWorkedOn());
+    EXPECT_TRUE(m_document.IsBusy());
     dialog.OnCancel();
   });
   FollowTo(target);

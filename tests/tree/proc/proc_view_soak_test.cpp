@@ -5,7 +5,7 @@
 #include <random>
 #include <set>
 
-#include "proc_view_rig.h"
+#include "proc_view_fixture.h"
 #include "tree/proc/proc_view_iterator.h"
 
 namespace {

@@ -79,7 +79,7 @@ TEST_F(RegexCompileTest, AnEmptyPatternIsTheEndAlone) {
   EXPECT_EQ(Compiled("", false, true), Program{28});
 }
 
-TEST_F(RegexCompileTest, ASecondMarkBehindARepetitionIsAPlainCharacter) {
+TEST_F(RegexCompileTest, ASecondMarkAfterARepetitionIsAPlainCharacter) {
   EXPECT_EQ(Compiled("a**"), (Program{9, 'a', 8, '*', 28}));
   EXPECT_EQ(Compiled("a+*"), (Program{10, 'a', 8, '*', 28}));
   EXPECT_EQ(Compiled("a?+"), (Program{11, 'a', 0, 1, 8, '+', 28}));
@@ -98,7 +98,7 @@ TEST_F(RegexCompileTest, APlainMarkIsNotTheLastItem) {
   EXPECT_EQ(Compiled("a***"), (Program{9, 'a', 8, '*', 8, '*', 28}));
 }
 
-TEST_F(RegexCompileTest, ARangeBehindAGroupOrABackReferenceCompilesToNoOpcode) {
+TEST_F(RegexCompileTest, ARangeAfterAGroupOrABackReferenceCompilesToNoOpcode) {
   EXPECT_EQ(Compiled("\\(\\{1,2\\}a\\)"), (Program{7, 0, 1, 2, 8, 'a', 32, 0, 28}));
   EXPECT_EQ(Compiled("\\(a\\)\\{3\\}"), (Program{4, 0, 8, 'a', 35, 0, 3, 3, 28}));
   EXPECT_EQ(Compiled("\\(a\\)\\1\\{3\\}"), (Program{4, 0, 8, 'a', 32, 0, 39, 0, 3, 3, 28}));
@@ -114,7 +114,7 @@ TEST_F(RegexCompileTest, GroupsAndBackReferences) {
   EXPECT_EQ(Raised("\\(a\\1\\)"), 25);
 }
 
-TEST_F(RegexCompileTest, AnOpenGroupFailsBehindTheEndOfTheProgram) {
+TEST_F(RegexCompileTest, AnOpenGroupFailsAfterTheEndOfTheProgram) {
   EXPECT_EQ(Raised("\\(a"), 42);
   EXPECT_EQ(std::vector<int>(RegexState.program, RegexState.program + 5),
             (Program{4, 0, 8, 'a', 28}));

@@ -43,7 +43,7 @@ TEST(RegexMatch, ThePlusCanGiveItsFirstByteBack) {
   EXPECT_FALSE(Finds("xa+", "xb"));
 }
 
-TEST(RegexMatch, WhatFollowsARunStandsBehindAByteOfItUnlessAPlusGivesThatByteBack) {
+TEST(RegexMatch, WhatFollowsARunStandsAfterAByteOfItUnlessAPlusGivesThatByteBack) {
   const char* const expression = "[a-z]*[0-9]+[a-f]+[0-9]+";
   EXPECT_TRUE(Finds(expression, "client 12ab3"));
   EXPECT_FALSE(Finds(expression, "12 ab 3"));
@@ -225,7 +225,7 @@ TEST(RegexMatch, RegexFindInLeavesItsOutputsOnFailure) {
   EXPECT_EQ(to, &marker);
 }
 
-TEST(RegexMatch, RegexSearchBeginsWhereItIsTold) {
+TEST(RegexMatch, RegexSearchBeginsWhereItIsAsked) {
   ASSERT_EQ(RegexPrepare("a[0-9]", 0, 0, 0, 0), 1);
   const std::string text = "a1 a2";
   const char* const begin = text.data();
@@ -262,7 +262,7 @@ TEST(RegexMatch, BytesThatAreNoOpcodesAreSkipped) {
 TEST(RegexMatch, APatternThatFailedRunsAsFarAsItWasCompiled) {
   ASSERT_EQ(RegexPrepare("zzzzzzzzzz", 0, 1, 0, 0), 1);
   ASSERT_EQ(RegexPrepare("[q", 0, 0, 0, 0), 0);
-  // Behind the set stand the last bytes of the pattern before: a "z" and the end.
+  // After the set stand the last bytes of the pattern before: a "z" and the end.
   EXPECT_EQ(RegexMatchText("aqb"), 0);
   EXPECT_EQ(RegexMatchText("aqz"), 1);
   ASSERT_EQ(RegexPrepare("\\(q", 0, 0, 0, 0), 0);

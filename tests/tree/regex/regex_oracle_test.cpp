@@ -83,7 +83,7 @@ void Compare(const std::string& text, const std::string& what, Tally& tally) {
     EXPECT_EQ(RegexState.matchEnd - begin, static_cast<std::ptrdiff_t>(wanted->end))
         << what << " on " << Printable(text);
   }
-  // The told operation that tries each place in turn.
+  // The prescribed operation that tries each place in turn.
   const char *from = nullptr, *to = nullptr;
   RegexOracle again(text);
   const auto first = again.Search(0);

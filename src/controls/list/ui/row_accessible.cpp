@@ -17,7 +17,7 @@ void InstallRowListAccessible() {
   QAccessible::installFactory(Describe);  // ignores a factory that it has
 }
 
-void TellAccessible(QtRowList& list, int row, unsigned oldState, unsigned newState) {
+void NotifyAccessible(QtRowList& list, int row, unsigned oldState, unsigned newState) {
   if (!QAccessible::isActive()) return;
   QAccessibleInterface* table = QAccessible::queryAccessibleInterface(&list);
   QAccessibleInterface* cell = table ? table->tableInterface()->cellAt(row, 0) : nullptr;

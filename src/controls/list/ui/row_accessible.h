@@ -15,7 +15,7 @@
 // Makes Qt describe row lists by the classes below. May be called more than once.
 void InstallRowListAccessible();
 // Announces a row's new state, if a listener is active.
-void TellAccessible(QtRowList& list, int row, unsigned oldState, unsigned newState);
+void NotifyAccessible(QtRowList& list, int row, unsigned oldState, unsigned newState);
 
 class RowListAccessible final : public QAccessibleWidget, public QAccessibleTableInterface {
  public:

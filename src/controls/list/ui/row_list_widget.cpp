@@ -24,7 +24,7 @@ QtRowList::QtRowList(RowListOwner& owner, std::unique_ptr<RowIcons> icons, const
       m_states(
           [this](int row, unsigned oldState, unsigned newState) {
             m_owner.OnRowStateChanged(row, oldState, newState);
-            TellAccessible(*this, row, oldState, newState);
+            NotifyAccessible(*this, row, oldState, newState);
           },
           [this](int first, int last) { RepaintRows(first, last); }),
       m_header(this, owner, [this](ListColumn column) { return FitWidth(column); }),

@@ -15,7 +15,7 @@ void InstallTreeAccessible() {
   QAccessible::installFactory(Describe);  // ignores a factory that it has
 }
 
-void TellTreeSelection(QtTreeControl& tree) {
+void NotifyTreeSelection(QtTreeControl& tree) {
   if (!QAccessible::isActive() || !tree.hasFocus()) return;
   QAccessibleInterface* const described = QAccessible::queryAccessibleInterface(&tree);
   QAccessibleInterface* const row = described ? described->focusChild() : nullptr;

@@ -12,7 +12,7 @@
 // Makes Qt describe trees by the classes below. May be called more than once.
 void InstallTreeAccessible();
 // Announces the selected item, if a listener is active and the tree has the keyboard focus.
-void TellTreeSelection(QtTreeControl& tree);
+void NotifyTreeSelection(QtTreeControl& tree);
 
 class TreeAccessible final : public QAccessibleWidget {
  public:

@@ -45,7 +45,7 @@ void QtTreeControl::DeleteItem(TreeItem item) {
     viewport()->update();
   } else {
     if (m_selected == item || (m_selected && m_items.IsBelow(m_selected, item)))
-      MoveSelection(HeirOf(item));
+      MoveSelection(SelectionAfterDelete(item));
     const std::int64_t row = m_items.RowOf(item);
     const std::int64_t rows = m_items.RowsOf(item);
     m_items.DeleteItem(item);
@@ -56,7 +56,7 @@ void QtTreeControl::DeleteItem(TreeItem item) {
   RowsChanged();
 }
 
-TreeItem QtTreeControl::HeirOf(TreeItem item) const {
+TreeItem QtTreeControl::SelectionAfterDelete(TreeItem item) const {
   for (const TreeStep step : {TreeStep::NextSibling, TreeStep::PreviousSibling})
     if (const TreeItem heir = Walk(item, step)) return heir;
   return Walk(item, TreeStep::Parent);
@@ -106,7 +106,7 @@ void QtTreeControl::MoveSelection(TreeItem item) {
   const TreeItem before = std::exchange(m_selected, item);
   ItemTextChanged(before);
   ItemTextChanged(item);
-  TellTreeSelection(*this);
+  NotifyTreeSelection(*this);
   m_owner.OnTreeSelectionChanged();
 }
 
@@ -258,7 +258,7 @@ void QtTreeControl::contextMenuEvent(QContextMenuEvent* event) {
 void QtTreeControl::focusInEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusInEvent(event);
   ItemTextChanged(m_selected);
-  TellTreeSelection(*this);
+  NotifyTreeSelection(*this);
 }
 void QtTreeControl::focusOutEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusOutEvent(event);

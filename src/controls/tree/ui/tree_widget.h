@@ -70,7 +70,7 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
 
  private:
   bool OpenAbove(TreeItem item);
-  TreeItem HeirOf(TreeItem item) const;
+  TreeItem SelectionAfterDelete(TreeItem item) const;
   void MoveSelection(TreeItem item);
   void RowsChanged();
   void UpdateScrollBars();

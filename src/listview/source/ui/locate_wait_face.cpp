@@ -19,7 +19,7 @@ constexpr int kPathChars = 56;
 QLineEdit* MakePath(const std::string& path, const char* label, QWidget* parent) {
   auto* field = new QLineEdit(QString::fromStdString(path), parent);
   field->setReadOnly(true);
-  field->setAccessibleName(SpokenName(label));
+  field->setAccessibleName(AccessibleName(label));
   field->setMinimumWidth(field->fontMetrics().averageCharWidth() * kPathChars);
   SetPlainToolTip(*field, QString::fromStdString(path));
   return field;

@@ -40,13 +40,13 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
     // EAGAIN: the service listens, and its queue of connections is full.
     const bool mayCome = error == EAGAIN || (nobody && m_started);
     if (!mayCome || Clock::now() + kLookAgain > m_until)
-      return m_done(nullptr, Words(nobody, error));
+      return m_done(nullptr, ErrorText(nobody, error));
     m_timer.expires_after(kLookAgain);
     m_timer.async_wait([self = shared_from_this()](const std::error_code&) { self->Try(); });
   }
 
  private:
-  std::string Words(bool nobody, int error) const {
+  std::string ErrorText(bool nobody, int error) const {
     std::string why = m_path + ": " + SystemReason(error);
     if (!nobody) return why;
     return m_started ? "quord was started and does not answer (" + why + ")"

@@ -31,13 +31,13 @@ void GapLedger::BeginStream(const std::string& service) {
 void GapLedger::ForgetOldest() {
   std::erase_if(m_sources, [](const auto& entry) { return entry.second.forgotten; });
   if (m_sources.size() <= kSourcesMax / 2) return;
-  std::vector<std::uint64_t> words;
-  words.reserve(m_sources.size());
-  for (const auto& [instance, source] : m_sources) words.push_back(source.heard);
-  const auto middle = words.begin() + static_cast<std::ptrdiff_t>(words.size() / 2);
-  std::nth_element(words.begin(), middle, words.end());
+  std::vector<std::uint64_t> lines;
+  lines.reserve(m_sources.size());
+  for (const auto& [instance, source] : m_sources) lines.push_back(source.lastLine);
+  const auto middle = lines.begin() + static_cast<std::ptrdiff_t>(lines.size() / 2);
+  std::nth_element(lines.begin(), middle, lines.end());
   const std::uint64_t oldest = *middle;
-  std::erase_if(m_sources, [oldest](const auto& entry) { return entry.second.heard < oldest; });
+  std::erase_if(m_sources, [oldest](const auto& entry) { return entry.second.lastLine < oldest; });
 }
 
 bool GapLedger::CanHaveBeen(std::uint64_t gap) {
@@ -51,11 +51,11 @@ bool GapLedger::CanHaveBeen(std::uint64_t gap) {
 
 bool GapLedger::Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why) {
   m_lastLedger = Clock::now();
-  for (const auto& word : ledger.sources())
-    if (!TakeSource(word, gap, why)) return false;
+  for (const auto& line : ledger.sources())
+    if (!TakeSource(line, gap, why)) return false;
   if (ledger.has_forgotten() && !TakeForgotten(ledger.forgotten(), gap, why)) return false;
-  for (const auto& word : ledger.forgotten_sources())
-    if (!TakeForgotten(word, why)) return false;
+  for (const auto& line : ledger.forgotten_sources())
+    if (!TakeForgotten(line, why)) return false;
   return true;
 }
 
@@ -76,30 +76,30 @@ bool GapLedger::TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string
   return true;
 }
 
-bool GapLedger::TakeForgotten(const quor::wire::Ledger::Source& word, std::string* why) {
-  if (word.instance().size() != kInstanceBytes || word.serial() > kSerialMax - m_forgotten)
+bool GapLedger::TakeForgotten(const quor::wire::Ledger::Source& line, std::string* why) {
+  if (line.instance().size() != kInstanceBytes || line.serial() > kSerialMax - m_forgotten)
     return FailWith(why, "a ledger's forgotten source cannot be");
-  m_forgotten += word.serial();
-  const auto known = m_sources.find(word.instance());
+  m_forgotten += line.serial();
+  const auto known = m_sources.find(line.instance());
   if (known != m_sources.end()) known->second.forgotten = true;
   return true;
 }
 
-bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap,
+bool GapLedger::TakeSource(const quor::wire::Ledger::Source& line, std::uint64_t* gap,
                            std::string* why) {
-  if (word.instance().size() != kInstanceBytes)
+  if (line.instance().size() != kInstanceBytes)
     return FailWith(why, "a ledger's source has no instance");
-  if (word.serial() > kSerialMax || word.delivered() > word.serial() ||
-      word.lost() > word.serial() - word.delivered())
+  if (line.serial() > kSerialMax || line.delivered() > line.serial() ||
+      line.lost() > line.serial() - line.delivered())
     return FailWith(why, "a ledger counts more than there was");
-  if (m_sources.size() >= kSourcesMax && !m_sources.contains(word.instance())) ForgetOldest();
-  const auto [entry, isNew] = m_sources.try_emplace(word.instance());
+  if (m_sources.size() >= kSourcesMax && !m_sources.contains(line.instance())) ForgetOldest();
+  const auto [entry, isNew] = m_sources.try_emplace(line.instance());
   Source& source = entry->second;
-  source.heard = ++m_words;
+  source.lastLine = ++m_lines;
   source.run = m_run;
   const bool anew = std::exchange(source.forgotten, false);
-  const std::uint64_t began = word.serial() - word.delivered() - word.lost();
-  const bool falls = word.delivered() < source.delivered || word.lost() < source.lost;
+  const std::uint64_t began = line.serial() - line.delivered() - line.lost();
+  const bool falls = line.delivered() < source.delivered || line.lost() < source.lost;
   if (source.stream != m_stream || anew || (falls && began >= source.serial)) {
     // Compares where the new stream began with where the old one ended. A source that was unknown
     // then began after that; but on the first stream it may be older than this monitor.
@@ -107,15 +107,15 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t
     if (isGap && CanHaveBeen(began - source.serial)) *gap += began - source.serial;
     source.delivered = source.lost = 0;
     source.stream = m_stream;
-  } else if (word.serial() < source.serial) {
+  } else if (line.serial() < source.serial) {
     return FailWith(why, "a ledger's serial falls");
   } else if (falls) {
     return FailWith(why, "a ledger's count falls");
   }
-  m_delivered += word.delivered() - source.delivered;
-  m_lost += word.lost() - source.lost;
-  source.serial = std::max(source.serial, word.serial());
-  source.delivered = word.delivered();
-  source.lost = word.lost();
+  m_delivered += line.delivered() - source.delivered;
+  m_lost += line.lost() - source.lost;
+  source.serial = std::max(source.serial, line.serial());
+  source.delivered = line.delivered();
+  source.lost = line.lost();
   return true;
 }

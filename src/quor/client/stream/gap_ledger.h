@@ -37,13 +37,13 @@ class GapLedger {
     unsigned stream = 0;                    // of its last line
     unsigned run = 0;                       // of the service
     bool forgotten = false;                 // by the service: in its sum
-    std::uint64_t heard = 0;                // number of its last line
+    std::uint64_t lastLine = 0;             // number of its last line
   };
   void ForgetOldest();
-  bool TakeSource(const quor::wire::Ledger::Source& word, std::uint64_t* gap, std::string* why);
+  bool TakeSource(const quor::wire::Ledger::Source& line, std::uint64_t* gap, std::string* why);
   bool CanHaveBeen(std::uint64_t gap);
   bool TakeForgotten(std::uint64_t sum, std::uint64_t* gap, std::string* why);
-  bool TakeForgotten(const quor::wire::Ledger::Source& word, std::string* why);
+  bool TakeForgotten(const quor::wire::Ledger::Source& line, std::string* why);
 
   std::unordered_map<std::string, Source> m_sources;
   unsigned m_stream = 0, m_run = 0;
@@ -52,6 +52,6 @@ class GapLedger {
   Clock::time_point m_lastLedger = Clock::now(), m_silentSince = m_lastLedger;
   std::uint64_t m_believed = 0;   // of the gaps before this stream
   std::uint64_t m_forgotten = 0;  // the service's sum, as far as this stream has reported it
-  std::uint64_t m_words = 0;
+  std::uint64_t m_lines = 0;
   std::uint64_t m_delivered = 0, m_lost = 0;
 };

@@ -23,7 +23,7 @@ void LiveReader::SetPaused(bool paused) {
 }
 
 void LiveReader::LookForRoom() {
-  if (m_turningAway && m_queue.IsHalfEmpty()) m_link->Post([this](Connection*) { CatchUp(); });
+  if (m_dropping && m_queue.IsHalfEmpty()) m_link->Post([this](Connection*) { CatchUp(); });
 }
 
 void LiveReader::SendState(Connection& connection) {
@@ -88,30 +88,30 @@ void LiveReader::TakeLedger(const Frame& frame) {
   if (!m_ledger.Take(ledger, &gap, &why)) return m_link->Break(why);
   if (gap > 0) {
     m_gaps += gap;
-    SayLost(gap, "the connection was broken");
+    ReportLost(gap, "the connection was broken");
   }
   for (LiveBatch* const batch : m_staged) Deliver(batch);
   m_staged.clear();
   m_stagedBytes = 0;
   CatchUp();  // all may have been taken out before LookForRoom could know of the last ones
-  m_lost.store(m_ledger.Lost() + m_gaps + m_allTurnedAway, std::memory_order_relaxed);
+  m_lost.store(m_ledger.Lost() + m_gaps + m_allDropped, std::memory_order_relaxed);
 }
 
-void LiveReader::SayLost(std::uint64_t traces, const char* reason) {
+void LiveReader::ReportLost(std::uint64_t traces, const char* reason) {
   m_queue.PushAlways(LiveBatch::Own(LossTraceBody(m_machine, traces, reason)));
 }
 
 void LiveReader::Deliver(LiveBatch* batch) {
   CatchUp();
-  if (m_turningAway || !m_queue.Push(batch)) TurnAway(batch);
+  if (m_dropping || !m_queue.Push(batch)) DropTraces(batch);
 }
 
 // Later batches need the names in it.
-void LiveReader::TurnAway(LiveBatch* batch) {
-  m_turningAway = true;
-  m_turnedWhilePaused = m_paused;
-  m_turnedAway += batch->Numbered();
-  m_allTurnedAway += batch->Numbered();
+void LiveReader::DropTraces(LiveBatch* batch) {
+  m_dropping = true;
+  m_droppedWhilePaused = m_paused;
+  m_dropped += batch->Numbered();
+  m_allDropped += batch->Numbered();
   if (batch->IsFirstOfStream()) {
     m_keptFirst = true;
     m_keptNames.clear();
@@ -126,7 +126,7 @@ void LiveReader::TurnAway(LiveBatch* batch) {
 }
 
 void LiveReader::CatchUp() {
-  if (!m_turningAway || !m_queue.IsHalfEmpty()) return;
+  if (!m_dropping || !m_queue.IsHalfEmpty()) return;
   std::vector<std::uint8_t> body;
   for (const auto& [id, text] : m_keptNames) AppendNameRecord(body, id, text);
   LiveBatch* const names = LiveBatch::Read(body, nullptr);
@@ -134,7 +134,8 @@ void LiveReader::CatchUp() {
   m_queue.PushAlways(names);
   m_keptNames.clear();
   m_keptNameBytes = 0;
-  m_turningAway = false;
-  if (const std::uint64_t lost = std::exchange(m_turnedAway, 0); lost > 0)
-    SayLost(lost, m_turnedWhilePaused ? "the monitor is paused" : "the monitor did not keep up");
+  m_dropping = false;
+  if (const std::uint64_t lost = std::exchange(m_dropped, 0); lost > 0)
+    ReportLost(lost,
+               m_droppedWhilePaused ? "the monitor is paused" : "the monitor did not keep up");
 }

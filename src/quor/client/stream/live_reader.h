@@ -43,9 +43,9 @@ class LiveReader final : public ServiceLink::User {
   void TakeLedger(const Frame& frame);
   void TakeResponse(const Frame& frame);
   void Deliver(LiveBatch* batch);
-  void TurnAway(LiveBatch* batch);
+  void DropTraces(LiveBatch* batch);
   void CatchUp();  // if there is room again
-  void SayLost(std::uint64_t traces, const char* reason);
+  void ReportLost(std::uint64_t traces, const char* reason);
   void DropStaged();
 
   LiveQueue& m_queue;
@@ -59,11 +59,11 @@ class LiveReader final : public ServiceLink::User {
   std::atomic<bool> m_up{false};
   std::uint32_t m_lastRequest = 0;
   // While the queue is full: counts of the batches that were turned away.
-  std::atomic<bool> m_turningAway{false};
-  bool m_turnedWhilePaused = false, m_keptFirst = false;
+  std::atomic<bool> m_dropping{false};
+  bool m_droppedWhilePaused = false, m_keptFirst = false;
   std::map<HubNameId, std::string> m_keptNames;
   std::size_t m_keptNameBytes = 0;
-  std::uint64_t m_turnedAway = 0;
-  std::uint64_t m_gaps = 0, m_allTurnedAway = 0;
+  std::uint64_t m_dropped = 0;
+  std::uint64_t m_gaps = 0, m_allDropped = 0;
   std::atomic<std::uint64_t> m_lost{0};
 };

@@ -43,7 +43,7 @@ FileSink::FileSink(const SegmentMap& segment, const NameTable& names, const Loss
       m_ring(segment),
       m_files(std::move(path), options),
       m_buffer(new std::uint8_t[kBufferBytes + kSlackBytes]),
-      m_losses(new ToldLoss[kToldLossesMax]) {}
+      m_losses(new ReportedLoss[kReportedLossesMax]) {}
 
 void FileSink::Begin() {
   m_ring.Resume();
@@ -81,7 +81,7 @@ void FileSink::DrainReserved() {
 }
 
 void FileSink::Push() {
-  if (m_missed != 0 && Ready()) TellMissed();
+  if (m_missed != 0 && Ready()) ReportMissed();
   PushBuffer();
   m_ring.Publish();
 }
@@ -107,34 +107,34 @@ void FileSink::EmptyBuffer() {
 }
 
 // Only whole records stay in a file: a torn record would swallow the records written after it.
-FileSink::Unwritten FileSink::Behind(std::size_t written) const {
+FileSink::Unwritten FileSink::UnwrittenAfter(std::size_t written) const {
   const Bytes buffer(m_buffer.get(), m_used);
-  Unwritten behind;
+  Unwritten unwritten;
   std::size_t at = HeaderIn(buffer);
-  if (at <= written) behind.whole = at;
+  if (at <= written) unwritten.whole = at;
   for (std::size_t loss = 0; at < buffer.size();) {
     const std::uint8_t* const record = buffer.data() + at;
-    const bool told = TellsLoss(loss, m_lossCount, at);
+    const bool reported = ReportsLoss(loss, m_lossCount, at);
     at += RecordBytes(record);
     if (at <= written) {
-      behind.whole = at;
-    } else if (told) {
-      (m_losses[loss].known ? behind.known : behind.news) += m_losses[loss].lost;
+      unwritten.whole = at;
+    } else if (reported) {
+      (m_losses[loss].known ? unwritten.known : unwritten.news) += m_losses[loss].lost;
     } else if (*record != kTagName) {
-      ++behind.traces;
+      ++unwritten.traces;
     }
-    if (told) ++loss;
+    if (reported) ++loss;
   }
-  return behind;
+  return unwritten;
 }
 
 void FileSink::LoseFrom(std::size_t written, int error) {
-  const Unwritten behind = Behind(written);
-  m_files.TakeBack(written - behind.whole);
+  const Unwritten unwritten = UnwrittenAfter(written);
+  m_files.TakeBack(written - unwritten.whole);
   m_written.Clear();  // it does not matter which names reached the file: they are written again
-  Fail(behind.traces, error);
-  Miss(behind.news);
-  m_missed += behind.known;
+  Fail(unwritten.traces, error);
+  Miss(unwritten.news);
+  m_missed += unwritten.known;
 }
 
 // Begins another file under the name. The buffered records go there, with the names that only the
@@ -150,15 +150,15 @@ bool FileSink::MoveOn() {
   BeginFile();
   for (std::size_t at = HeaderIn(old), loss = 0; at < old.size();) {
     const std::uint8_t* const record = from + at;
-    const bool told = TellsLoss(loss, losses, at);
+    const bool reported = ReportsLoss(loss, losses, at);
     at += RecordBytes(record);
     if (*record == kTagName) continue;
     const RawAppTrace trace(record + kTagBytes);
     const std::size_t offset =
         AppendTrace({record + kTagBytes, trace.Size()}, trace.SequenceNumber());
     // In place: of those before it no more are noted again than have been read.
-    if (told) NoteLoss(offset, m_losses[loss].lost, m_losses[loss].known);
-    if (told) ++loss;
+    if (reported) NoteLoss(offset, m_losses[loss].lost, m_losses[loss].known);
+    if (reported) ++loss;
     if (m_used < kBufferBytes) continue;
     WriteOut();
     if (m_files.Size() == 0) BeginFile();
@@ -200,7 +200,7 @@ void FileSink::Take(const RingItem& item) {
     if (!item.trace.empty()) Fail(1, 0);
     return;
   }
-  if (m_missed != 0) TellMissed();
+  if (m_missed != 0) ReportMissed();
   if (item.dropsBefore != 0) AppendLoss(item.dropsBefore, "the ring was full", false);
   if (item.damagedBefore != 0) AppendLoss(item.damagedBefore, "damaged in memory", false);
   if (!item.trace.empty()) TakeTrace(item.trace);
@@ -280,11 +280,11 @@ void FileSink::NoteLoss(std::size_t offset, std::uint64_t lost, bool known) {
   m_losses[m_lossCount++] = {offset, lost, known};
 }
 
-bool FileSink::TellsLoss(std::size_t loss, std::size_t losses, std::size_t offset) const {
+bool FileSink::ReportsLoss(std::size_t loss, std::size_t losses, std::size_t offset) const {
   return loss < losses && m_losses[loss].offset == offset;
 }
 
-void FileSink::TellMissed() {
+void FileSink::ReportMissed() {
   AppendLoss(std::exchange(m_missed, 0), "the file could not be written", true);
 }
 
@@ -308,5 +308,5 @@ void FileSink::Fail(std::uint64_t lost, int error) {
 void FileSink::Miss(std::uint64_t lost) {
   m_missed += lost;
   m_unreported += lost;
-  m_header->sinkUntold.fetch_add(lost, std::memory_order_relaxed);
+  m_header->sinkUnreported.fetch_add(lost, std::memory_order_relaxed);
 }

@@ -7,7 +7,7 @@
 //          the trace is in the file. So the service still finds the traces that were buffered when
 //          the application was killed. If it is killed in the middle of a write, the traces of
 //          that write are in the file, and the service finds them as well.
-// Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUntold.
+// Errors   Traces that cannot be written are counted in the segment's sinkLost and sinkUnreported.
 //          TakeReport gives the reason. The file is tried again every second. A file that was
 //          removed, replaced, moved or cut short is begun again under its name.
 // Threads  One at a time: the link thread, or a traced thread when every trace is flushed, perhaps
@@ -64,13 +64,13 @@ class FileSink {
       kTrcHeaderBytes +
       4 * (kTagBytes + kTraceBytesMax + 7 * (kNameRecordBytes + NameTable::kNameBytesMax));
   // A trace in the buffer that tells a loss.
-  struct ToldLoss {
+  struct ReportedLoss {
     std::size_t offset;  // of its record
     std::uint64_t lost;
     bool known;  // the service has been told
   };
   // A buffer full of the shortest of them, and those that may exceed it.
-  static constexpr std::size_t kToldLossesMax =
+  static constexpr std::size_t kReportedLossesMax =
       kBufferBytes / (kTagBytes + kTraceFixedBytes + kShortestLossText) + 4;
   // What a buffer that was written in part does not bring to the file.
   struct Unwritten {
@@ -78,7 +78,7 @@ class FileSink {
     std::uint64_t traces = 0;
     std::uint64_t known = 0, news = 0;  // losses that its traces tell
   };
-  Unwritten Behind(std::size_t written) const;
+  Unwritten UnwrittenAfter(std::size_t written) const;
   bool Ready();
   void PushBuffer();
   void WriteOut();
@@ -93,8 +93,8 @@ class FileSink {
   void AppendName(AppNameId id);
   void AppendLoss(std::uint64_t lost, const char* reason, bool known);
   void NoteLoss(std::size_t offset, std::uint64_t lost, bool known);
-  bool TellsLoss(std::size_t loss, std::size_t losses, std::size_t offset) const;
-  void TellMissed();
+  bool ReportsLoss(std::size_t loss, std::size_t losses, std::size_t offset) const;
+  void ReportMissed();
   void BeginFile();
   void Fail(std::uint64_t lost, int error);
   void Miss(std::uint64_t lost);
@@ -107,7 +107,7 @@ class FileSink {
   SinkFiles m_files;
   std::unique_ptr<std::uint8_t[]> m_buffer;  // kBufferBytes, and room for what exceeds them
   std::size_t m_used = 0;
-  std::unique_ptr<ToldLoss[]> m_losses;  // in the buffer, in its order
+  std::unique_ptr<ReportedLoss[]> m_losses;  // in the buffer, in its order
   std::size_t m_lossCount = 0;
   IdSet<AppNameId> m_written;  // names that the current file has
   std::uint32_t m_number = 0;

@@ -134,7 +134,7 @@ bool SinkFiles::Renew() {
       m_descriptor.Get(&status) >= 0 && status.st_nlink != 0 && !IsCut(status, m_size);
   const bool there = stat(m_current->path.c_str(), &named) == 0 && IsSameFile(named, status);
   if (!whole || there) return Begin();
-  KnownDescriptor moved = std::move(m_descriptor);
+  CheckedDescriptor moved = std::move(m_descriptor);
   const std::uint64_t size = m_size;
   const Names* const current = m_current;
   if (Begin()) return true;
@@ -213,7 +213,7 @@ int SinkFiles::OpenInFolder(bool* shared) {
 SinkFiles::Opened SinkFiles::OpenLocked() {
   const char* const path = m_current->path.c_str();
   bool shared = false;
-  m_descriptor = KnownDescriptor(OpenInFolder(&shared));
+  m_descriptor = CheckedDescriptor(OpenInFolder(&shared));
   const int file = m_descriptor.Get();
   if (file < 0) return Opened::No;
   Opened opened = Opened::No;

@@ -16,7 +16,7 @@
 #include <string>
 #include <string_view>
 
-#include "quor/ring/known_descriptor.h"
+#include "quor/ring/checked_descriptor.h"
 
 struct SinkOptions {
   bool flush = false;          // push every trace to the kernel before the call returns
@@ -75,7 +75,7 @@ class SinkFiles {
   const Names* m_current = &m_wanted;
   const SinkOptions m_options;
   PathText m_from, m_to;
-  KnownDescriptor m_descriptor;
+  CheckedDescriptor m_descriptor;
   std::uint64_t m_size = 0;
   std::uint64_t m_lookNs = 0;  // when the name is checked again
 };

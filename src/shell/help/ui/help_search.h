@@ -24,7 +24,8 @@ class HelpSearch : public QWidget {
   // From one hit to the next, in a circle.
   void Step(int by);
 
-  QString Said() const { return m_said->text(); }  // "2 of 17", "17 found", "not found", or empty
+  // "2 of 17", "17 found", "not found", or empty
+  QString StatusText() const { return m_said->text(); }
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;

@@ -23,7 +23,7 @@ ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
   setWidget(m_room);
   setWindowIcon(QApplication::windowIcon());
   setMinimumSize(160, 90);
-  TameSystemMenu();
+  ReplaceMenuKeys();
   m_settled.setSingleShot(true);
   m_settled.setInterval(0);
   connect(&m_settled, &QTimer::timeout, this, [this] { ReportSize(); });
@@ -31,7 +31,7 @@ ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
 
 // Otherwise its keys would be ambiguous: Ctrl+W is the wizard's, Ctrl+F6 the tree's, and the shown
 // keys work for the whole main window.
-void ChildWindow::TameSystemMenu() {
+void ChildWindow::ReplaceMenuKeys() {
   const QList<QAction*> actions = systemMenu()->actions();
   for (QAction* action : actions) action->setShortcuts(QList<QKeySequence>());
   const auto show = [](QAction* action, const char* key) {
@@ -98,7 +98,7 @@ QSize ChildWindow::Room() const {
   return window()->isMaximized() ? ScreenRoom(*window()).size() : m_area.contentsRect().size();
 }
 
-void ChildWindow::BringIntoRoom() {
+void ChildWindow::FitIntoArea() {
   const QSize room = Room();
   resize(size().boundedTo(room.expandedTo(minimumSize())));
   move(std::max(std::min(x(), room.width() - width()), 0),
@@ -110,7 +110,7 @@ void ChildWindow::BringIntoRoom() {
 void ChildWindow::ReportSize() {
   if (!m_child || !isVisible()) return;
   const bool restored = !isMaximized() && !isMinimized() && !isShaded();
-  if (restored && !m_placed) BringIntoRoom();
+  if (restored && !m_placed) FitIntoArea();
   m_placed = restored;
   const SizeType type = isMinimized() || isShaded() ? SizeType::Minimised
                         : isMaximized()             ? SizeType::Maximised

@@ -24,7 +24,7 @@ class ChildWindow : public QMdiSubWindow {
   void ShowControl(QWidget* control);
   bool IsClosing() const { return m_closing; }
   // Makes the window small enough for the area and moves it there.
-  void BringIntoRoom();
+  void FitIntoArea();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -33,7 +33,7 @@ class ChildWindow : public QMdiSubWindow {
   void changeEvent(QEvent* event) override;
 
  private:
-  void TameSystemMenu();
+  void ReplaceMenuKeys();
   QSize Room() const;
   void ReportSize();
 

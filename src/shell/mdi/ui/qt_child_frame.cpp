@@ -49,7 +49,7 @@ void QtChildFrame::Show() {
   } else {
     m_window->show();
     // Qt places a window where it covers the others least, even if that is mostly outside.
-    m_window->BringIntoRoom();
+    m_window->FitIntoArea();
   }
 }
 

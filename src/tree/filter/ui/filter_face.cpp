@@ -57,7 +57,7 @@ QTreeView* FilterFace::MakeTree() {
 void FilterFace::OnBoxClicked(const QModelIndex& index) {
   FilterNode* const node = FilterModel::NodeOf(index);
   Forward([&] { m_dialog.OnTreeClick(node, true); });
-  m_model->TellStates(*node);
+  m_model->NotifyStates(*node);
   UpdateData();
 }
 

@@ -4,21 +4,21 @@
 
 namespace {
 
-struct StateWords {
+struct StateTexts {
   FilterState state;
   Qt::CheckState checkState;
   const char* spoken;
 };
-constexpr StateWords kStates[] = {
+constexpr StateTexts kStates[] = {
     {FilterState::Unchecked, Qt::Unchecked, "not checked"},
     {FilterState::Partial, Qt::PartiallyChecked, "partly checked"},
     {FilterState::Checked, Qt::Checked, "checked"},
 };
 
-const StateWords& WordsOf(const FilterNode& node) {
-  const StateWords* words = kStates;
-  while (words->state != node.State()) ++words;
-  return *words;
+const StateTexts& TextsOf(const FilterNode& node) {
+  const StateTexts* texts = kStates;
+  while (texts->state != node.State()) ++texts;
+  return *texts;
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ QModelIndex FilterModel::IndexOf(FilterNode* node) const {
   return node ? createIndex(static_cast<int>(node->Place()), 0, node) : QModelIndex();
 }
 
-void FilterModel::TellStates(FilterNode& clicked) {
+void FilterModel::NotifyStates(FilterNode& clicked) {
   for (FilterNode* node = &clicked; node; node = node->Parent())
     emit dataChanged(IndexOf(node), IndexOf(node), {Qt::CheckStateRole});
 }
@@ -65,9 +65,9 @@ QVariant FilterModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
       return PlainToolTip(QString::fromStdString(node->Label()));
     case Qt::CheckStateRole:
-      return WordsOf(*node).checkState;
+      return TextsOf(*node).checkState;
     case Qt::AccessibleDescriptionRole:
-      return QString::fromLatin1(WordsOf(*node).spoken);
+      return QString::fromLatin1(TextsOf(*node).spoken);
     default:
       return {};
   }

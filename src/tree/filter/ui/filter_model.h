@@ -17,7 +17,7 @@ class FilterModel final : public QAbstractItemModel {
   QModelIndex IndexOf(FilterNode* node) const;
   // After a click: the node and those above it have new states. Nodes below it are asked for their
   // states when they are painted.
-  void TellStates(FilterNode& clicked);
+  void NotifyStates(FilterNode& clicked);
 
   QModelIndex index(int row, int column, const QModelIndex& parent) const override;
   QModelIndex parent(const QModelIndex& child) const override;

@@ -5,7 +5,7 @@
 #include <QRadioButton>
 #include <QToolButton>
 
-#include "config_sheet_rig.h"
+#include "config_sheet_harness.h"
 
 namespace {
 

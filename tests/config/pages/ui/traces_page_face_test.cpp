@@ -1,6 +1,6 @@
 #include <QElapsedTimer>
 
-#include "config_sheet_rig.h"
+#include "config_sheet_harness.h"
 #include "support/qt_test_main.h"
 
 namespace {

@@ -9,7 +9,7 @@
 
 #include "config/traces/trace_item.h"
 #include "docview/ui/qt_host.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/qt_test_main.h"
 
 namespace {
@@ -21,7 +21,7 @@ class ModifyTraceFaceTest : public testing::Test {
   ModifyTraceFaceTest() { m_host.RegisterFace<CModifyTraceDialog, ModifyTraceFace>(); }
   // Runs the dialog for these settings; gives those after OK, and 0xFFFF after a cancel.
   unsigned Run(unsigned settings, const std::function<void(QDialog&)>& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* const window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
       person(*window);

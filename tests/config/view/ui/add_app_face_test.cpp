@@ -8,7 +8,7 @@
 #include <QTimer>
 
 #include "docview/ui/qt_host.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 
 namespace {
 
@@ -19,7 +19,7 @@ class AddAppFaceTest : public testing::Test {
   AddAppFaceTest() { m_host.RegisterFace<CAddAppDialog, AddAppFace>(); }
   static void OnWindow(const std::function<void(QWidget&)>& act) {
     auto* const clock = new QTimer(qApp);
-    QObject::connect(clock, &QTimer::timeout, qApp, [clock, act = Owed(act)] {
+    QObject::connect(clock, &QTimer::timeout, qApp, [clock, act = MustRun(act)] {
       QWidget* const dialog = QApplication::activeModalWidget();
       if (!dialog || dialog->objectName() != "add application") return;
       clock->stop();

@@ -10,8 +10,8 @@
 namespace {
 
 // A window in which something else has the focus.
-struct QtConfigPaneRig {
-  explicit QtConfigPaneRig(ListBoxOwner& owner) : pane(new QtConfigPane(owner)) {
+struct QtConfigPaneHarness {
+  explicit QtConfigPaneHarness(ListBoxOwner& owner) : pane(new QtConfigPane(owner)) {
     auto* const layout = new QVBoxLayout(&window);
     auto* const other = new QPushButton("other");
     layout->addWidget(other);
@@ -36,18 +36,18 @@ struct QtConfigPaneRig {
 
 }  // namespace
 
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ConfigPaneContract, QtConfigPaneRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ConfigPaneContract, QtConfigPaneHarness);
 
 TEST(ConfigPaneWidget, TheNoteTakesItsRoomFromTheListAndGivesItBack) {
   QuietListBoxOwner owner;
-  QtConfigPaneRig rig(owner);
-  const auto* const list = rig.pane->findChild<QListView*>("applications");
+  QtConfigPaneHarness harness(owner);
+  const auto* const list = harness.pane->findChild<QListView*>("applications");
   QTest::qWait(0);
   const int before = list->height();
-  rig.pane->SetNote("Not connected to web. Trying again.");
+  harness.pane->SetNote("Not connected to web. Trying again.");
   EXPECT_TRUE(QTest::qWaitFor([&] { return list->height() < before; }));
-  EXPECT_EQ(rig.pane->findChild<QLabel*>("connection")->accessibleName(),
+  EXPECT_EQ(harness.pane->findChild<QLabel*>("connection")->accessibleName(),
             QStringLiteral("Not connected to web. Trying again."));
-  rig.pane->SetNote("");
+  harness.pane->SetNote("");
   EXPECT_TRUE(QTest::qWaitFor([&] { return list->height() == before; }));
 }

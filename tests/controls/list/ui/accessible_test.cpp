@@ -2,7 +2,7 @@
 
 #include <QAccessible>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 

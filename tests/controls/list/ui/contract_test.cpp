@@ -5,8 +5,8 @@
 
 namespace {
 
-struct QtRowListRig {
-  explicit QtRowListRig(RowListOwner& owner)
+struct QtRowListHarness {
+  explicit QtRowListHarness(RowListOwner& owner)
       : list(owner, std::make_unique<SeverityIcons>(), "Traces") {
     list.resize(400, 200);
     list.show();
@@ -26,6 +26,6 @@ struct QtRowListRig {
 
 }  // namespace
 
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowStateContract, QtRowListRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowScrollContract, QtRowListRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowColumnContract, QtRowListRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowStateContract, QtRowListHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowScrollContract, QtRowListHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowColumnContract, QtRowListHarness);

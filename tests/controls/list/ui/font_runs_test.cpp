@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 
@@ -53,7 +53,7 @@ TEST(FontRuns, AWideLineIsCutWhereItFitsWithItsDots) {
   }
 }
 
-TEST(FontRuns, DigitsBehindWideLettersLookLikeDigitsElsewhereOnTheSameBaseLine) {
+TEST(FontRuns, DigitsAfterWideLettersLookLikeDigitsElsewhereOnTheSameBaseLine) {
   ShownList s(3, 3, 200);
   const QString wide = QString::fromUtf8("測試");
   // The last column draws from the left.

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ using Resized = std::vector<std::pair<ListColumn, int>>;
 
 }  // namespace
 
-TEST(RowHeaderDrag, EveryStepIsAskedForAndOnlyTheEndIsTold) {
+TEST(RowHeaderDrag, EveryStepIsAskedForAndOnlyTheEndIsReported) {
   ShownList s(5);
   Drag(s, Edge(s, Column::Count), {5, 10, 20});
   EXPECT_EQ(s.owner.asking, (std::vector<int>{65, 70, 80}));
@@ -73,7 +73,7 @@ TEST(RowHeaderDrag, AHiddenColumnCannotBeDraggedOpen) {
   EXPECT_EQ(s.owner.resized, (Resized{{Column::Count, 90}})) << "the shown neighbour has the edge";
 }
 
-TEST(RowHeaderDrag, AColumnDroppedElsewhereIsToldOnceAndKeepsItsIndex) {
+TEST(RowHeaderDrag, AColumnDroppedElsewhereIsReportedOnceAndKeepsItsIndex) {
   ShownList s(5);
   RowHeader& header = HeaderOf(s);
   const QPoint inCount(header.ColumnLeft(Column::Count) + 30, header.height() / 2);
@@ -86,7 +86,7 @@ TEST(RowHeaderDrag, AColumnDroppedElsewhereIsToldOnceAndKeepsItsIndex) {
   EXPECT_EQ(s.owner.resized, Resized{});
 }
 
-TEST(RowHeaderDrag, AColumnDroppedWhereItWasIsNotTold) {
+TEST(RowHeaderDrag, AColumnDroppedWhereItWasIsNotReported) {
   ShownList s(5);
   RowHeader& header = HeaderOf(s);
   Drag(s, QPoint(header.ColumnLeft(Column::Count) + 30, header.height() / 2), {3});
@@ -128,11 +128,11 @@ TEST(RowHeader, SaysTheColumnsNamesAndFollowsTheirAlignment) {
 TEST(RowHeader, AClickOnItSortsNothingAndSelectsNothing) {
   ShownList s(5);
   s.Click(2);
-  s.owner.Told();
+  s.owner.Reported();
   RowHeader& header = HeaderOf(s);
   const QPoint at(header.ColumnLeft(Column::Count) + 30, header.height() / 2);
   Drag(s, at, {});
-  EXPECT_EQ(s.owner.Told().size(), 0u);
+  EXPECT_EQ(s.owner.Reported().size(), 0u);
   EXPECT_EQ(s.States(), "2 f2");
 }
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "docview/ui/hit_color.h"
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ class HitsInRows : public testing::Test {
     m_shown.owner.hits[{1, Column::Trace}] = std::move(hits);
     m_shown.list.Repaint();
   }
-  // Behind these pieces, each of which is drawn for itself.
+  // After these pieces, each of which is drawn for itself.
   int XOf(std::initializer_list<std::string> pieces) {
     int x = m_shown.list.CellRect(1, Column::Trace).left() + RowHeader::kCellMarginPx;
     for (const std::string& piece : pieces)

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 constexpr auto kShift = Qt::ShiftModifier;
@@ -103,11 +103,11 @@ TEST(RowKeyboard, SpaceSelectsTheFocusedRowAlone) {
 TEST(RowKeyboard, EnterOpensTheFocusedRow) {
   ShownList s(30);
   s.Key(Qt::Key_Return);
-  EXPECT_EQ(s.owner.Told(), Strings{}) << "no row has the focus";
+  EXPECT_EQ(s.owner.Reported(), Strings{}) << "no row has the focus";
   s.Click(4);
-  s.owner.Told();
+  s.owner.Reported();
   s.Key(Qt::Key_Return);
-  EXPECT_EQ(s.owner.Told(), Strings{"double 4"});
+  EXPECT_EQ(s.owner.Reported(), Strings{"double 4"});
 }
 
 TEST(RowKeyboard, CtrlACtrlCAndLettersAreLeftToTheWindow) {
@@ -140,10 +140,10 @@ TEST(RowKeyboard, LeftAndRightScrollAcross) {
   EXPECT_EQ(s.list.Columns().ColumnLeft(Column::Sev), left);
 }
 
-TEST(RowKeyboard, TheLossOfTheFocusIsToldBeforeItsGain) {
+TEST(RowKeyboard, TheLossOfTheFocusIsReportedBeforeItsGain) {
   ShownList s(30);
   s.Click(4);
-  s.owner.Told();
+  s.owner.Reported();
   s.Key(Qt::Key_Down);
-  EXPECT_EQ(s.owner.Told(), (Strings{"4:0", "5:3"}));
+  EXPECT_EQ(s.owner.Reported(), (Strings{"4:0", "5:3"}));
 }

@@ -3,7 +3,7 @@
 #include <QContextMenuEvent>
 #include <QWheelEvent>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 
@@ -23,12 +23,12 @@ void Release(ShownList& s, QPoint at) {
 
 }  // namespace
 
-TEST(RowMouse, AClickSelectsAloneAndIsToldBehindTheChange) {
+TEST(RowMouse, AClickSelectsAloneAndIsReportedAfterTheChange) {
   ShownList s(30);
   s.Click(2);
-  EXPECT_EQ(s.owner.Told(), (Strings{"2:3", "click 2"}));
+  EXPECT_EQ(s.owner.Reported(), (Strings{"2:3", "click 2"}));
   s.Click(5);
-  EXPECT_EQ(s.owner.Told(), (Strings{"2:0", "5:3", "click 5"}));
+  EXPECT_EQ(s.owner.Reported(), (Strings{"2:0", "5:3", "click 5"}));
   EXPECT_EQ(s.States(), "5 f5");
 }
 
@@ -46,13 +46,13 @@ TEST(RowMouse, CtrlTurnsARowOverAndShiftSelectsFromTheAnchor) {
   EXPECT_EQ(s.States(), "4-6 f4");
 }
 
-TEST(RowMouse, AClickBesideTheRowsClearsTheSelectionAndIsToldAsNone) {
+TEST(RowMouse, AClickBesideTheRowsClearsTheSelectionAndIsReportedAsNone) {
   ShownList s(3);
   s.Click(1);
-  s.owner.Told();
+  s.owner.Reported();
   s.Click(6);
   EXPECT_EQ(s.States(), "f1");
-  EXPECT_EQ(s.owner.Told(), (Strings{"1:1", "click -1"}));
+  EXPECT_EQ(s.owner.Reported(), (Strings{"1:1", "click -1"}));
   s.Click(6, Qt::ControlModifier);
   EXPECT_EQ(s.States(), "f1");
 }
@@ -64,9 +64,9 @@ TEST(RowMouse, ADragSelectsARangeAndIsNoClick) {
   EXPECT_EQ(s.States(), "2-5 f5");
   Drag(s, s.At(1));
   EXPECT_EQ(s.States(), "1-2 f1");
-  s.owner.Told();
+  s.owner.Reported();
   Release(s, s.At(1));
-  EXPECT_EQ(s.owner.Told(), Strings{});
+  EXPECT_EQ(s.owner.Reported(), Strings{});
 }
 
 TEST(RowMouse, ADragWithCtrlKeepsWhatWasSelected) {
@@ -105,20 +105,20 @@ TEST(RowMouse, AClickOnARowThatIsTrimmedBeforeTheReleaseIsNoneOfTheOthers) {
   ShownList s(30);
   Press(s, 1);
   s.list.DeleteRows(0, 5);
-  s.owner.Told();
+  s.owner.Reported();
   Release(s, s.At(1));
-  EXPECT_EQ(s.owner.Told(), Strings{"click -1"});
+  EXPECT_EQ(s.owner.Reported(), Strings{"click -1"});
 }
 
-TEST(RowMouse, ADoubleClickIsToldOnceAndItsSecondReleaseIsNoClick) {
+TEST(RowMouse, ADoubleClickIsReportedOnceAndItsSecondReleaseIsNoClick) {
   ShownList s(30);
   s.Click(3);
-  s.owner.Told();
+  s.owner.Reported();
   QTest::mouseDClick(s.list.viewport(), Qt::LeftButton, {}, s.At(3));
-  const Strings told = s.owner.Told();
-  EXPECT_EQ(std::count(told.begin(), told.end(), "double 3"), 1);
-  EXPECT_LE(std::count(told.begin(), told.end(), "click 3"), 1);
-  EXPECT_EQ(told.back(), "double 3");
+  const Strings reported = s.owner.Reported();
+  EXPECT_EQ(std::count(reported.begin(), reported.end(), "double 3"), 1);
+  EXPECT_LE(std::count(reported.begin(), reported.end(), "click 3"), 1);
+  EXPECT_EQ(reported.back(), "double 3");
 }
 
 TEST(RowMouse, TheRightButtonSelectsFirstAndKeepsASelectionThatItHits) {

@@ -4,7 +4,7 @@
 #include <QLineEdit>
 #include <QPainter>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 
@@ -134,7 +134,7 @@ TEST(RowPainting, WhatASearchHasFoundIsTintedInTheTextAndNothingElse) {
   EXPECT_EQ(CountPixels(picture, s.list.RowRect(2), tint), 0);
 }
 
-TEST(RowPainting, AHitBehindLettersOfSeveralBytesAndALineEndStandsWhereItIsRead) {
+TEST(RowPainting, AHitAfterLettersOfSeveralBytesAndALineEndStandsWhereItIsRead) {
   ShownList s(20, 10, 200);
   s.owner.texts[{1, Column::Trace}] = "\xc3\xa4\xc3\xb6\r\nhello";
   s.owner.hits[{1, Column::Trace}] = {{6, 11}};

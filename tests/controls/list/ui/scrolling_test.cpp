@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 TEST(RowScrolling, HundredMillionRowsScrollSelectAndTrimLikeTen) {
   constexpr int kRows = 100'000'000;
@@ -10,7 +10,7 @@ TEST(RowScrolling, HundredMillionRowsScrollSelectAndTrimLikeTen) {
   EXPECT_EQ(s.list.RowAt(s.At(kRows - 1).y()), kRows - 1);
   s.list.SetItemState(-1, kRowSelected, kRowSelected);
   EXPECT_EQ(s.list.SelectedCount(), kRows);
-  s.owner.Told();
+  s.owner.Reported();
   for (int trim = 0; trim < 1000; ++trim) s.list.DeleteRows(0, 100);
   EXPECT_EQ(s.list.SelectedCount(), kRows - 100'000);
   EXPECT_EQ(s.States(), "0-99899999 f99899999");

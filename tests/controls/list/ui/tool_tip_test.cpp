@@ -3,7 +3,7 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
-#include "row_list_rig.h"
+#include "row_list_harness.h"
 
 namespace {
 

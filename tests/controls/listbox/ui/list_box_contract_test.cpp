@@ -19,9 +19,9 @@ class KeyWindow final : public QWidget {
   void keyPressEvent(QKeyEvent*) override { ++keys; }
 };
 
-class QtListBoxRig {
+class QtListBoxHarness {
  public:
-  QtListBoxRig(ListBoxOwner& owner, ListBoxMode mode)
+  QtListBoxHarness(ListBoxOwner& owner, ListBoxMode mode)
       : m_box(new QtListBox(owner, mode, "Applications", &m_window)) {
     m_box->resize(200, 200);
     m_window.resize(220, 220);
@@ -68,32 +68,32 @@ class QtListBoxRig {
 
 }  // namespace
 
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ListBoxContract, QtListBoxRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ListBoxContract, QtListBoxHarness);
 
 TEST(ListBoxWidget, TypingTheBeginningOfANameSelectsIt) {
   RecordingListBoxOwner owner;
-  QtListBoxRig rig(owner, ListBoxMode::One);
-  for (const char* name : {"archiv", "billing", "lager"}) rig.Box().AddString(name);
-  rig.Box().SetFocus();
-  QTest::keyClick(&rig.Widget(), Qt::Key_L);
-  EXPECT_EQ(rig.Box().CurSel(), 2);
-  EXPECT_EQ(owner.Told(), "selection");
+  QtListBoxHarness harness(owner, ListBoxMode::One);
+  for (const char* name : {"archiv", "billing", "lager"}) harness.Box().AddString(name);
+  harness.Box().SetFocus();
+  QTest::keyClick(&harness.Widget(), Qt::Key_L);
+  EXPECT_EQ(harness.Box().CurSel(), 2);
+  EXPECT_EQ(owner.Reported(), "selection");
 }
 
 TEST(ListBoxWidget, AMenuKeyOpensTheMenuAndSelectsNothingElse) {
   RecordingListBoxOwner owner;
-  QtListBoxRig rig(owner, ListBoxMode::One);
-  rig.Box().AddString("archiv");
-  rig.Box().AddString("billing");
-  rig.Box().SetCurSel(1);
+  QtListBoxHarness harness(owner, ListBoxMode::One);
+  harness.Box().AddString("archiv");
+  harness.Box().AddString("billing");
+  harness.Box().SetCurSel(1);
   QContextMenuEvent menu(QContextMenuEvent::Keyboard, {0, 0}, {0, 0});
-  QApplication::sendEvent(&rig.Widget(), &menu);
-  EXPECT_EQ(owner.Told(), "menu");
-  EXPECT_EQ(rig.Box().CurSel(), 1);
+  QApplication::sendEvent(&harness.Widget(), &menu);
+  EXPECT_EQ(owner.Reported(), "menu");
+  EXPECT_EQ(harness.Box().CurSel(), 1);
 }
 
 TEST(ListBoxWidget, HasANameForScreenReaders) {
   RecordingListBoxOwner owner;
-  QtListBoxRig rig(owner, ListBoxMode::One);
-  EXPECT_EQ(rig.Widget().accessibleName(), "Applications");
+  QtListBoxHarness harness(owner, ListBoxMode::One);
+  EXPECT_EQ(harness.Widget().accessibleName(), "Applications");
 }

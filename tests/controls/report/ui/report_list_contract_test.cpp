@@ -11,9 +11,9 @@
 
 namespace {
 
-class QtReportRig {
+class QtReportHarness {
  public:
-  explicit QtReportRig(ReportListOwner& owner) : m_list(owner, "Traces") {
+  explicit QtReportHarness(ReportListOwner& owner) : m_list(owner, "Traces") {
     m_list.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_list.resize(314, 200);
     m_list.show();
@@ -75,7 +75,7 @@ class QtReportRig {
 
 }  // namespace
 
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ReportListContract, QtReportRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, ReportListContract, QtReportHarness);
 
 TEST(ReportListWidget, OpensSortsAndSetsTenThousandRowsAtOnce) {
   constexpr int kRows = 10000, kOpenMs = 200, kSortMs = 100;
@@ -83,39 +83,39 @@ TEST(ReportListWidget, OpensSortsAndSetsTenThousandRowsAtOnce) {
   owner.names.assign(kRows, "component");
   QElapsedTimer clock;
   clock.start();
-  QtReportRig rig(owner);
-  rig.List().InsertColumn("Name");
-  rig.List().InsertColumn("State");
-  rig.List().SetItemCount(kRows);
-  rig.Widget().grab();
+  QtReportHarness harness(owner);
+  harness.List().InsertColumn("Name");
+  harness.List().InsertColumn("State");
+  harness.List().SetItemCount(kRows);
+  harness.Widget().grab();
   EXPECT_LT(clock.restart(), kOpenMs);
-  rig.List().SetItemCount(kRows);
-  rig.List().ShowSort(1, true);
-  rig.Widget().grab();
+  harness.List().SetItemCount(kRows);
+  harness.List().ShowSort(1, true);
+  harness.Widget().grab();
   EXPECT_LT(clock.restart(), kSortMs);
-  rig.List().SelectAll();
-  EXPECT_EQ(rig.List().SelectedRows().size(), static_cast<std::size_t>(kRows));
-  rig.List().Repaint();
-  rig.Widget().grab();
+  harness.List().SelectAll();
+  EXPECT_EQ(harness.List().SelectedRows().size(), static_cast<std::size_t>(kRows));
+  harness.List().Repaint();
+  harness.Widget().grab();
   EXPECT_LT(clock.restart(), kSortMs);
 }
 
 TEST(ReportListWidget, TheHeadingShowsByWhichColumnTheRowsAreSorted) {
   RecordingReportOwner owner;
-  QtReportRig rig(owner);
-  rig.List().InsertColumn("Name");
-  rig.List().InsertColumn("State");
-  rig.List().ShowSort(1, true);
-  EXPECT_TRUE(rig.Widget().header()->isSortIndicatorShown());
-  EXPECT_EQ(rig.Widget().header()->sortIndicatorSection(), 1);
-  EXPECT_EQ(rig.Widget().header()->sortIndicatorOrder(), Qt::DescendingOrder);
-  rig.List().ShowSort(0, false);
-  EXPECT_EQ(rig.Widget().header()->sortIndicatorSection(), 0);
-  EXPECT_EQ(rig.Widget().header()->sortIndicatorOrder(), Qt::AscendingOrder);
+  QtReportHarness harness(owner);
+  harness.List().InsertColumn("Name");
+  harness.List().InsertColumn("State");
+  harness.List().ShowSort(1, true);
+  EXPECT_TRUE(harness.Widget().header()->isSortIndicatorShown());
+  EXPECT_EQ(harness.Widget().header()->sortIndicatorSection(), 1);
+  EXPECT_EQ(harness.Widget().header()->sortIndicatorOrder(), Qt::DescendingOrder);
+  harness.List().ShowSort(0, false);
+  EXPECT_EQ(harness.Widget().header()->sortIndicatorSection(), 0);
+  EXPECT_EQ(harness.Widget().header()->sortIndicatorOrder(), Qt::AscendingOrder);
 }
 
 TEST(ReportListWidget, HasANameForScreenReaders) {
   RecordingReportOwner owner;
-  QtReportRig rig(owner);
-  EXPECT_EQ(rig.Widget().accessibleName(), "Traces");
+  QtReportHarness harness(owner);
+  EXPECT_EQ(harness.Widget().accessibleName(), "Traces");
 }

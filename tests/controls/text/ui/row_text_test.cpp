@@ -48,7 +48,7 @@ TEST(CellText, ACharacterThatIsHitInItsMiddleCountsWhole) {
   EXPECT_EQ(LinePartsOf("a\r\nz", {{1, 2}, {2, 4}}), (Parts{{1, 1}, {2, 1}}));
 }
 
-TEST(CellText, AHitBehindTheCutIsNotThereAndOneAcrossItEndsThere) {
+TEST(CellText, AHitAfterTheCutIsNotThereAndOneAcrossItEndsThere) {
   const std::string text(300, 'a');
   EXPECT_EQ(LinePartsOf(text, {{255, 265}, {270, 280}}), (Parts{{255, 4}}));
   EXPECT_EQ(LinePartsOf(text, {{255, 265}, {270, 280}}, 300), (Parts{{255, 10}, {270, 10}}));

@@ -5,8 +5,8 @@
 
 namespace {
 
-struct QtTreeRig {
-  explicit QtTreeRig(TreeControlOwner& owner) : tree(owner, "Procedure tree") {
+struct QtTreeHarness {
+  explicit QtTreeHarness(TreeControlOwner& owner) : tree(owner, "Procedure tree") {
     tree.resize(400, 300);
     tree.show();
   }
@@ -18,7 +18,7 @@ struct QtTreeRig {
   QtTreeControl tree;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeItemContract, QtTreeRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeRowContract, QtTreeRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeItemContract, QtTreeHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeRowContract, QtTreeHarness);
 
 }  // namespace

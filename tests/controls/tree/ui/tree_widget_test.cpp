@@ -31,7 +31,7 @@ class TreeWidget : public testing::Test {
     m_111 = m_tree.InsertItem(m_11, 111, false);
     m_tree.Expand(m_1, true);
     m_tree.Expand(m_11, true);
-    m_owner.told.clear();
+    m_owner.reported.clear();
   }
   void AddMany(TreeItemData count) {
     for (TreeItemData data = 1; data <= count; ++data) m_tree.InsertItem(0, data, false);
@@ -49,7 +49,7 @@ class TreeWidget : public testing::Test {
     QTest::mouseClick(m_tree.viewport(), button, {}, point);
   }
   void Key(Qt::Key key) { QTest::keyClick(&m_tree, key); }
-  std::vector<std::string> Told() { return std::exchange(m_owner.told, {}); }
+  std::vector<std::string> Reported() { return std::exchange(m_owner.reported, {}); }
   using Lines = std::vector<std::string>;
 
   RecordingTreeOwner m_owner;
@@ -61,20 +61,20 @@ TEST_F(TreeWidget, APressOnAButtonOpensAndClosesAndIsNoClick) {
   AddSmall();
   Click(ButtonOf(m_1));
   EXPECT_EQ(m_tree.Items().Rows(), 2);
-  EXPECT_TRUE(Told().empty());
+  EXPECT_TRUE(Reported().empty());
   Click(ButtonOf(m_1));
   EXPECT_EQ(m_tree.Items().Rows(), 5);
-  EXPECT_EQ(Told(), Lines{"expanding 1"});
+  EXPECT_EQ(Reported(), Lines{"expanding 1"});
   EXPECT_EQ(m_tree.SelectedItem(), 0U);
 }
 
-TEST_F(TreeWidget, AClickOnALabelSelectsAndIsToldAtRelease) {
+TEST_F(TreeWidget, AClickOnALabelSelectsAndIsReportedAtRelease) {
   AddSmall();
   QTest::mousePress(m_tree.viewport(), Qt::LeftButton, {}, LabelOf(m_12));
   EXPECT_EQ(Selected(), 12U);
-  EXPECT_TRUE(Told().empty());
+  EXPECT_TRUE(Reported().empty());
   QTest::mouseRelease(m_tree.viewport(), Qt::LeftButton, {}, LabelOf(m_12));
-  EXPECT_EQ(Told(), Lines{"clicked 12"});
+  EXPECT_EQ(Reported(), Lines{"clicked 12"});
 }
 
 TEST_F(TreeWidget, AClickBesideAllLabelsSelectsNothing) {
@@ -83,7 +83,7 @@ TEST_F(TreeWidget, AClickBesideAllLabelsSelectsNothing) {
   Click({390, LabelOf(m_12).y()});
   Click({200, 290});
   EXPECT_EQ(Selected(), 2U);
-  EXPECT_EQ(Told(), (Lines{"clicked 0", "clicked 0"}));
+  EXPECT_EQ(Reported(), (Lines{"clicked 0", "clicked 0"}));
 }
 
 TEST_F(TreeWidget, AnItemThatGoesUnderAHeldButtonIsNotClicked) {
@@ -91,21 +91,21 @@ TEST_F(TreeWidget, AnItemThatGoesUnderAHeldButtonIsNotClicked) {
   QTest::mousePress(m_tree.viewport(), Qt::LeftButton, {}, LabelOf(m_111));
   m_tree.DeleteItem(m_11);
   QTest::mouseRelease(m_tree.viewport(), Qt::LeftButton, {}, QPoint(5, 5));
-  EXPECT_EQ(Told(), Lines{"clicked 0"});
+  EXPECT_EQ(Reported(), Lines{"clicked 0"});
 }
 
 TEST_F(TreeWidget, TheRightButtonTellsTheItemBeforeTheMenu) {
   AddSmall();
   QTest::mousePress(m_tree.viewport(), Qt::RightButton, {}, LabelOf(m_12));
-  EXPECT_EQ(Told(), Lines{"right pressed 12"});
+  EXPECT_EQ(Reported(), Lines{"right pressed 12"});
   QTest::mousePress(m_tree.viewport(), Qt::RightButton, {}, QPoint(200, 290));
-  EXPECT_EQ(Told(), Lines{"right pressed 0"});
+  EXPECT_EQ(Reported(), Lines{"right pressed 0"});
 }
 
-TEST_F(TreeWidget, ADoubleClickIsToldAndOpensNothing) {
+TEST_F(TreeWidget, ADoubleClickIsReportedAndOpensNothing) {
   AddSmall();
   QTest::mouseDClick(m_tree.viewport(), Qt::LeftButton, {}, LabelOf(m_1));
-  EXPECT_EQ(Told(), Lines{"double clicked"});
+  EXPECT_EQ(Reported(), Lines{"double clicked"});
   EXPECT_EQ(m_tree.Items().Rows(), 5);
 }
 
@@ -134,9 +134,9 @@ TEST_F(TreeWidget, TheKeyboardWalksTheRowsAndOpensAndCloses) {
   EXPECT_EQ(m_tree.Items().Rows(), 2);
   Key(Qt::Key_Plus);
   EXPECT_EQ(m_tree.Items().Rows(), 5);
-  Told();
+  Reported();
   Key(Qt::Key_Return);
-  EXPECT_EQ(Told(), Lines{"double clicked"});
+  EXPECT_EQ(Reported(), Lines{"double clicked"});
 }
 
 TEST_F(TreeWidget, PageKeysMoveByWhatIsOnView) {

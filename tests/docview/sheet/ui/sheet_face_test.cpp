@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "docview/ui/qt_host.h"
-#include "sheet_face_rig.h"
-#include "support/owed.h"
+#include "sheet_face_harness.h"
+#include "support/pending_actions.h"
 
 namespace {
 
@@ -34,9 +34,9 @@ class SheetFaceTest : public testing::Test {
     sheet.AddPage(m_a);
     sheet.AddPage(m_b);
   }
-  // What the person does in the window, when all that is posted before has come.
+  // What the user does in the window, when all that is posted before has come.
   void Then(const std::function<void(QDialog&)>& act) {
-    m_host.Post([this, act = Owed(act)] {
+    m_host.Post([this, act = MustRun(act)] {
       m_host.Post([act] {
         auto* const window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         ASSERT_TRUE(window);

@@ -12,7 +12,7 @@
 #include "docview/commands/command_ids.h"
 #include "docview/ui/qt_host.h"
 #include "docview/wnd.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/qt_test_main.h"
 
 namespace {
@@ -33,7 +33,7 @@ class OptionsFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its window.
   int Run(COptionsDlg& dialog, const std::function<void(QDialog&)>& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
       person(*window);

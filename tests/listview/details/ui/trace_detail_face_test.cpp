@@ -19,7 +19,7 @@
 #include "docview/wnd.h"
 #include "listview/details/fake_cursor.h"
 #include "settings/globals.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/qt_test_main.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
@@ -47,7 +47,7 @@ class TraceDetailFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its window.
   int Run(const std::function<void(QDialog&)>& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
       person(*window);

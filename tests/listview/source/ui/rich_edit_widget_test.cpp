@@ -21,7 +21,7 @@ constexpr int kLines = 1000;
 class RichEditWidget : public testing::Test, public RichEditOwner {
  protected:
   RichEditWidget() { m_edit.SetFormat({"Courier New", 8, false}); }
-  void OnEditModified(bool modified) override { m_told += modified ? "modified " : "clean "; }
+  void OnEditModified(bool modified) override { m_reported += modified ? "modified " : "clean "; }
 
   void Show(int widthPx = 400, int heightPx = 200) {
     m_edit.resize(widthPx, heightPx);
@@ -64,7 +64,7 @@ class RichEditWidget : public testing::Test, public RichEditOwner {
     return rows;
   }
 
-  std::string m_told;
+  std::string m_reported;
   QtRichEdit m_edit{*this};
 };
 
@@ -86,7 +86,7 @@ TEST_F(RichEditWidget, EveryLineOnViewHasItsNumberBesideIt) {
   EXPECT_TRUE(caretSeen);
 }
 
-TEST_F(RichEditWidget, TheMarginHasRoomForTheLargestNumberAndTheTextBeginsBehindIt) {
+TEST_F(RichEditWidget, TheMarginHasRoomForTheLargestNumberAndTheTextBeginsAfterIt) {
   Show();
   m_edit.SetText("one line");
   const int few = Margin().width();
@@ -137,7 +137,7 @@ TEST_F(RichEditWidget, GivesBackTheTextThatItWasGiven) {
     EXPECT_EQ(m_edit.GetText(), text);
     EXPECT_FALSE(m_edit.document()->isModified());
   }
-  EXPECT_EQ(m_told, "");
+  EXPECT_EQ(m_reported, "");
 }
 
 TEST_F(RichEditWidget, HasAFixedFontOfTheControlsSizeThatIsNeitherBoldNorItalic) {
@@ -188,7 +188,7 @@ TEST_F(RichEditWidget, KnowsWhereALineBegins) {
   EXPECT_EQ(m_edit.LineIndex(-1), 4);
 }
 
-TEST_F(RichEditWidget, ASelectionBehindTheTextEndsAtItsEnd) {
+TEST_F(RichEditWidget, ASelectionBeyondTheTextEndsAtItsEnd) {
   m_edit.SetText("one");
   m_edit.SetSel(1, 100);
   EXPECT_EQ(m_edit.GetSelText(), "ne");
@@ -274,10 +274,10 @@ TEST_F(RichEditWidget, TypingTellsThatTheTextIsModifiedAndUndoThatItIsNot) {
   m_edit.SetText("one");
   Show();
   QTest::keyClick(&m_edit, Qt::Key_X);
-  EXPECT_EQ(m_told, "modified ");
+  EXPECT_EQ(m_reported, "modified ");
   EXPECT_EQ(m_edit.GetText(), "xone");
   m_edit.undo();
-  EXPECT_EQ(m_told, "modified clean ");
+  EXPECT_EQ(m_reported, "modified clean ");
 }
 
 TEST_F(RichEditWidget, ASavedTextIsCleanUntilTheNextChange) {
@@ -286,7 +286,7 @@ TEST_F(RichEditWidget, ASavedTextIsCleanUntilTheNextChange) {
   QTest::keyClick(&m_edit, Qt::Key_X);
   m_edit.SetModify(false);
   QTest::keyClick(&m_edit, Qt::Key_Y);
-  EXPECT_EQ(m_told, "modified clean modified ");
+  EXPECT_EQ(m_reported, "modified clean modified ");
 }
 
 TEST_F(RichEditWidget, FindWalksTheHitsAndBeginsAnew) {

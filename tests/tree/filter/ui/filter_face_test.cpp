@@ -12,7 +12,7 @@
 
 #include "docview/ui/plain_tool_tip.h"
 #include "docview/ui/qt_host.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/qt_test_main.h"
 #include "tree/filter/filter_tree_text.h"
 #include "tree/filter/ui/filter_boxes.h"
@@ -29,7 +29,7 @@ class FilterFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its tree.
   int Run(const std::function<void(QDialog&, QTreeView&)>& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
       person(*window, *window->findChild<QTreeView*>("1112"));

@@ -14,7 +14,7 @@
 #include "docview/ui/qt_host.h"
 #include "docview/ui/work_box_face.h"
 #include "support/endless_texts.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 #include "support/qt_test_main.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
@@ -32,7 +32,7 @@ class FindFaceTest : public testing::Test {
 
   // Runs the dialog; `person` acts on its window, which is then closed.
   bool Run(const std::function<void(QDialog&)>& person) {
-    m_host.Post(Owed([person] {
+    m_host.Post(MustRun([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
       person(*window);
@@ -98,7 +98,7 @@ TEST_F(FindFaceTest, EnterTakesTextAndBoxesIntoTheSettings) {
   EXPECT_EQ(FindSettings.wordSearch, 1);
 }
 
-TEST_F(FindFaceTest, AQuickEnterBehindAnAccessKeySearchesWithItsTick) {
+TEST_F(FindFaceTest, AQuickEnterAfterAnAccessKeySearchesWithItsTick) {
   EXPECT_TRUE(Run([](QDialog& window) {
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     QTest::keyClicks(window.findChild<QLineEdit*>("1079"), "web");
@@ -135,21 +135,21 @@ TEST_F(FindFaceTest, OffersTheLastSearchWithItsTextSelected) {
 }
 
 TEST_F(FindFaceTest, ABadPatternLeavesTheWindowOpenBehindItsBox) {
-  bool told = false;
+  bool reported = false;
   EXPECT_FALSE(Run([&](QDialog& window) {
     auto* text = window.findChild<QLineEdit*>("1079");
     text->setText("[abc");
     window.findChild<QCheckBox*>("1127")->setChecked(true);
-    m_host.Post([&told] {
+    m_host.Post([&reported] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       ASSERT_TRUE(box);
       EXPECT_EQ(box->text(), "Illegal search pattern.");
       EXPECT_EQ(box->icon(), QMessageBox::Critical);
       box->button(QMessageBox::Ok)->click();
-      told = true;
+      reported = true;
     });
     Button(window, "1").click();
-    EXPECT_TRUE(told);
+    EXPECT_TRUE(reported);
     EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(text->selectedText(), "[abc");
   }));

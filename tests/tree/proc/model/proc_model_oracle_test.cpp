@@ -5,7 +5,7 @@
 #include <random>
 
 #include "tree/proc/model/plain_tree.h"
-#include "tree/proc/model/proc_model_rig.h"
+#include "tree/proc/model/proc_model_harness.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ std::ostream& operator<<(std::ostream& out, const Stream& stream) {
              << stream.endPercent << " %";
 }
 
-class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcModelRig {
+class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcModelHarness {
  protected:
   ProcModelOracle() : m_plain(m_document.m_names), m_random(GetParam().seed) {
     m_document.m_names[9] = {"later"};

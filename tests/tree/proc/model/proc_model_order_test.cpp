@@ -3,11 +3,11 @@
 
 #include <chrono>
 
-#include "tree/proc/model/proc_model_rig.h"
+#include "tree/proc/model/proc_model_harness.h"
 
 namespace {
 
-class ProcModelOrder : public testing::Test, protected ProcModelRig {
+class ProcModelOrder : public testing::Test, protected ProcModelHarness {
  protected:
   void AddLoss() {
     Add({.text = "5 traces lost: slow monitor", .count = kNoSequenceNumber, .tid = 5});
@@ -30,7 +30,7 @@ class ProcModelOrder : public testing::Test, protected ProcModelRig {
 };
 
 // A generous bound: walks through all blocks would take minutes.
-TEST_F(ProcModelOrder, AWordOnLossesMakesTheTrimsOfHiddenTracesNoSlower) {
+TEST_F(ProcModelOrder, AReportOfLossesMakesTheTrimsOfHiddenTracesNoSlower) {
   HideCategory9();
   {
     const ProcModel::Batch batch(m_model);
@@ -42,7 +42,7 @@ TEST_F(ProcModelOrder, AWordOnLossesMakesTheTrimsOfHiddenTracesNoSlower) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
-TEST_F(ProcModelOrder, AWordOnLossesLeavesTheThreadsOfTheApplicationInOrder) {
+TEST_F(ProcModelOrder, AReportOfLossesLeavesTheThreadsOfTheApplicationInOrder) {
   AddRequests(3);
   AddLoss();
   m_model.AddTrace(Trace({.text = "goes on", .count = 100}), true);

@@ -5,11 +5,11 @@
 
 #include <limits>
 
-#include "tree/proc/model/proc_model_rig.h"
+#include "tree/proc/model/proc_model_harness.h"
 
 namespace {
 
-class ProcModelTree : public testing::Test, protected ProcModelRig {};
+class ProcModelTree : public testing::Test, protected ProcModelHarness {};
 
 TEST_F(ProcModelTree, LevelsAreMachineApplicationProcessThreadAndBlocksWithTheirLabels) {
   Add({.text = "Begin: Open connection", .tic = 1000});

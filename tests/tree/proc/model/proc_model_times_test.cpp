@@ -2,11 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tree/proc/model/proc_model_rig.h"
+#include "tree/proc/model/proc_model_harness.h"
 
 namespace {
 
-class ProcModelTimes : public testing::Test, protected ProcModelRig {};
+class ProcModelTimes : public testing::Test, protected ProcModelHarness {};
 
 TEST_F(ProcModelTimes, ABlockWithOnlyItsBeginHasTheSpanOfZero) {
   Add({.text = "Begin: a", .tic = 5000});
@@ -14,7 +14,7 @@ TEST_F(ProcModelTimes, ABlockWithOnlyItsBeginHasTheSpanOfZero) {
   EXPECT_EQ(Label({0, 0, 0, 0, 0}), "a - 0 ps");
 }
 
-TEST_F(ProcModelTimes, TheDurationIsTakenAsPicosecondsAndPutIntoWordsByTheTimer) {
+TEST_F(ProcModelTimes, TheDurationIsTakenAsPicosecondsAndFormattedByTheTimer) {
   Add({.text = "Begin: a", .tic = 1});
   Add({.text = "End: a", .tic = 1234568});
   EXPECT_EQ(Label({0, 0, 0, 0, 0}), "a - 1.23 us");

@@ -2,11 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tree/proc/model/proc_model_rig.h"
+#include "tree/proc/model/proc_model_harness.h"
 
 namespace {
 
-class ProcModelTrim : public testing::Test, protected ProcModelRig {
+class ProcModelTrim : public testing::Test, protected ProcModelHarness {
  protected:
   void ExpandToThread() {
     for (const CTraceEvent* node :
@@ -76,7 +76,7 @@ TEST_F(ProcModelTrim, ABlockWhoseBeginWasTrimmedTakesItsLabelFromTheChildThatIsN
   EXPECT_EQ(Label({0, 0, 0, 0, 0, 0}), "ner - 0 ps") << "behind the seventh character of its End";
 }
 
-TEST_F(ProcModelTrim, ALabelIsCutBehindSevenCharactersNotBytes) {
+TEST_F(ProcModelTrim, ALabelIsCutAfterSevenCharactersNotBytes) {
   Add("Begin: a");
   Add("gr\xC3\xB6\xE2\x82\xAC"  // of two bytes and of three
       "er als zuvor");
@@ -167,7 +167,7 @@ TEST_F(ProcModelTrim, ALeafTakenOutKeepsItsItemItsTextAndItsTraceUntilThatTraceG
                                                     "TID one - 0 ps", "farther", "farthest"));
 }
 
-TEST_F(ProcModelTrim, AHiddenTraceBehindAllShownOnesTakesNothing) {
+TEST_F(ProcModelTrim, AHiddenTraceAfterAllShownOnesTakesNothing) {
   HideCategory9();
   Add("shown");
   TraceEvent_i* const hidden = Add({.text = "hidden", .category = 9});

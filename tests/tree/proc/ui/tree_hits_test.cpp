@@ -54,7 +54,7 @@ class HitsInTheTree : public testing::Test {
   QRect LabelOf(std::size_t leaf) const {
     return m_tree->Painter().LabelRect(m_tree->Items().At(RowOf(leaf)), RowOf(leaf));
   }
-  // Behind these pieces, each of which is drawn for itself.
+  // After these pieces, each of which is drawn for itself.
   int XOf(std::size_t leaf, std::initializer_list<std::string> pieces) const {
     int x = LabelOf(leaf).left() + 4;  // its margin
     for (const std::string& piece : pieces)

@@ -14,15 +14,15 @@
 
 #include <utility>
 
-class KnownDescriptor {
+class CheckedDescriptor {
  public:
-  KnownDescriptor() = default;
+  CheckedDescriptor() = default;
   // Takes ownership of the descriptor; -1 for none. It never occupies the numbers of standard
   // input, output and error, which the application may open later.
-  explicit KnownDescriptor(int number);
-  ~KnownDescriptor() { Close(); }
-  KnownDescriptor(KnownDescriptor&& other) noexcept { *this = std::move(other); }
-  KnownDescriptor& operator=(KnownDescriptor&& other) noexcept;
+  explicit CheckedDescriptor(int number);
+  ~CheckedDescriptor() { Close(); }
+  CheckedDescriptor(CheckedDescriptor&& other) noexcept { *this = std::move(other); }
+  CheckedDescriptor& operator=(CheckedDescriptor&& other) noexcept;
 
   // Call it before every use: two calls may give different answers.
   int Get() const {

@@ -52,9 +52,9 @@ inline PageFaces ContractFaces() {
 
 // `Face` is TabbedSheetFace or WizardFace.
 template <class Face>
-class QtSheetRig {
+class QtSheetHarness {
  public:
-  explicit QtSheetRig(CPropertySheet& sheet)
+  explicit QtSheetHarness(CPropertySheet& sheet)
       : m_sheet(sheet), m_face(sheet, nullptr, ContractFaces()) {
     m_face.UpdateData();
     m_face.show();

@@ -15,12 +15,12 @@
 
 #include <string>
 
-class LocalDoor {
+class LocalListener {
  public:
-  LocalDoor() = default;
-  ~LocalDoor() { Close(); }
-  LocalDoor(const LocalDoor&) = delete;
-  LocalDoor& operator=(const LocalDoor&) = delete;
+  LocalListener() = default;
+  ~LocalListener() { Close(); }
+  LocalListener(const LocalListener&) = delete;
+  LocalListener& operator=(const LocalListener&) = delete;
 
   // Makes the folder if there is none. Fails for a folder that others may enter, for a second
   // service, and for a socket at which a process answers.
@@ -51,7 +51,7 @@ pid_t ServicePid(const std::string& socketPath);
 
 // The first descriptor that the system has handed over to this process, and the path it listens on;
 // -1 when there is none. Reads LISTEN_PID and LISTEN_FDS and removes them.
-int TakeHandedSocket(std::string* path);
+int TakeInheritedSocket(std::string* path);
 
 // The peer of a unix socket, as the kernel reports it.
 struct LocalPeer {

@@ -1,7 +1,7 @@
 // The simulated user's pending actions in a window. A test that ends before they have run has
 // proved nothing, and fails.
 //
-// Shape    m_host.Post(Owed([](...) { ... })): the action is owed from here until it begins.
+// Shape    m_host.Post(MustRun([](...) { ... })): the action is pending from here until it begins.
 // Threads  The test's only.
 #pragma once
 
@@ -9,21 +9,22 @@
 
 #include <utility>
 
-inline int g_actsOwed = 0;
+inline int g_pendingActions = 0;
 
 template <class Act>
-auto Owed(Act act) {
-  ++g_actsOwed;
+auto MustRun(Act act) {
+  ++g_pendingActions;
   return [act = std::move(act)](auto&&... what) {
-    --g_actsOwed;
+    --g_pendingActions;
     return act(std::forward<decltype(what)>(what)...);
   };
 }
 
 // Collects at the end of each test. The program's main hands it to the test framework.
-class OwedActs : public testing::EmptyTestEventListener {
+class PendingActions : public testing::EmptyTestEventListener {
  public:
   void OnTestEnd(const testing::TestInfo&) override {
-    EXPECT_EQ(std::exchange(g_actsOwed, 0), 0) << "a person's act never began, or began twice";
+    EXPECT_EQ(std::exchange(g_pendingActions, 0), 0)
+        << "an action of the user never began, or began twice";
   }
 };

@@ -28,17 +28,17 @@
 // texts.
 std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text);
 
-class TlsDoor {
+class TlsListener {
  public:
   // A peer from `address` has been accepted.
-  using Come = std::function<void(std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
-                                  const std::string& address)>;
+  using Accepted = std::function<void(std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
+                                      const std::string& address)>;
   static constexpr std::size_t kSlotsMax = 256, kSlotsPerAddress = 64;
 
-  TlsDoor(asio::io_context& io, std::chrono::milliseconds patience, Come come);
-  ~TlsDoor() { Close(); }
-  TlsDoor(const TlsDoor&) = delete;
-  TlsDoor& operator=(const TlsDoor&) = delete;
+  TlsListener(asio::io_context& io, std::chrono::milliseconds patience, Accepted accepted);
+  ~TlsListener() { Close(); }
+  TlsListener(const TlsListener&) = delete;
+  TlsListener& operator=(const TlsListener&) = delete;
 
   bool Open(const std::vector<std::string>& listen, const std::string& keysFolder,
             std::string* why);
@@ -65,17 +65,17 @@ class TlsDoor {
   void OnShaken(const std::shared_ptr<Slot>& slot, const std::error_code& failed);
   void Leave(Slots::iterator slot);
   void AwaitOldest();
-  void TellDropped(const std::string& address);
+  void ReportDropped(const std::string& address);
 
   asio::io_context& m_io;
   const std::chrono::milliseconds m_patience;
-  const Come m_come;
+  const Accepted m_accepted;
   std::list<Listener> m_listeners;
   std::shared_ptr<asio::ssl::context> m_tls;
   Slots m_slots;
   std::map<std::string, std::size_t> m_perAddress;
   asio::steady_timer m_deadline;
   std::size_t m_dropped = 0;  // and not yet logged
-  std::chrono::steady_clock::time_point m_nextWord{};
+  std::chrono::steady_clock::time_point m_nextReport{};
   bool m_closed = false;
 };

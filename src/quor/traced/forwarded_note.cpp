@@ -1,4 +1,4 @@
-#include "quor/traced/handed_on.h"
+#include "quor/traced/forwarded_note.h"
 
 #include <sys/mman.h>
 
@@ -32,25 +32,26 @@ class HeaderPage {
 
 }  // namespace
 
-std::string HandedTo(const SegmentHeader& header) {
-  char copy[kHandedToBytes];
-  std::memcpy(copy, header.handedTo, sizeof copy);
+std::string ForwardTarget(const SegmentHeader& header) {
+  char copy[kForwardTargetBytes];
+  std::memcpy(copy, header.forwardTarget, sizeof copy);
   return {copy, strnlen(copy, sizeof copy)};
 }
 
-void SetHandedTo(SegmentHeader& header, const std::string& machine) {
-  std::memset(header.handedTo, 0, kHandedToBytes);
-  std::memcpy(header.handedTo, machine.data(), std::min(machine.size(), kHandedToBytes - 1));
+void SetForwardTarget(SegmentHeader& header, const std::string& machine) {
+  std::memset(header.forwardTarget, 0, kForwardTargetBytes);
+  std::memcpy(header.forwardTarget, machine.data(),
+              std::min(machine.size(), kForwardTargetBytes - 1));
 }
 
-std::function<void(std::uint64_t)> HandedOnNote(int file, std::uint64_t before) {
+std::function<void(std::uint64_t)> ForwardedNote(int file, std::uint64_t before) {
   void* const memory = mmap(nullptr, kHeaderPage, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   if (memory == MAP_FAILED) return {};
-  return [page = std::make_shared<HeaderPage>(memory), before](std::uint64_t handedOn) {
-    page->Header().handedOn.store(before + handedOn, std::memory_order_release);
+  return [page = std::make_shared<HeaderPage>(memory), before](std::uint64_t forwarded) {
+    page->Header().forwarded.store(before + forwarded, std::memory_order_release);
   };
 }
 
-std::uint64_t HandedOnOf(std::uint64_t handedOn, std::uint64_t served, std::uint64_t elsewhere) {
-  return std::clamp(handedOn, elsewhere, std::max(served, elsewhere)) - elsewhere;
+std::uint64_t ForwardedOf(std::uint64_t forwarded, std::uint64_t served, std::uint64_t elsewhere) {
+  return std::clamp(forwarded, elsewhere, std::max(served, elsewhere)) - elsewhere;
 }

@@ -9,21 +9,21 @@
 #include <algorithm>
 #include <chrono>
 
-class LivedTime {
+class RunningTime {
  public:
   using Clock = std::chrono::steady_clock;
 
   // Since the beginning.
-  Clock::duration Now() const { return m_lived + std::min(Clock::now() - m_ticked, m_step); }
+  Clock::duration Now() const { return m_elapsed + std::min(Clock::now() - m_ticked, m_step); }
   // Call it again within `step`.
   void Tick(Clock::duration step) {
     const Clock::time_point now = Clock::now();
-    m_lived += std::min(now - m_ticked, m_step);
+    m_elapsed += std::min(now - m_ticked, m_step);
     m_ticked = now;
     m_step = step;
   }
 
  private:
-  Clock::duration m_lived{0}, m_step{0};
+  Clock::duration m_elapsed{0}, m_step{0};
   Clock::time_point m_ticked = Clock::now();
 };

@@ -30,10 +30,10 @@ class CellsOwner final : public RowListOwner {
   }
   std::string RowListEmptyText() override { return emptyText; }
   void OnRowStateChanged(int row, unsigned, unsigned newState) override {
-    told.push_back(std::to_string(row) + ":" + std::to_string(newState));
+    reported.push_back(std::to_string(row) + ":" + std::to_string(newState));
   }
-  void OnRowClicked(int row) override { told.push_back("click " + std::to_string(row)); }
-  void OnRowDoubleClicked(int row) override { told.push_back("double " + std::to_string(row)); }
+  void OnRowClicked(int row) override { reported.push_back("click " + std::to_string(row)); }
+  void OnRowDoubleClicked(int row) override { reported.push_back("double " + std::to_string(row)); }
   void OnRowListContextMenu(int x, int y) override { menus.emplace_back(x, y); }
   bool OnColumnResizing(ListColumn, int widthPx) override {
     asking.push_back(widthPx);
@@ -44,14 +44,14 @@ class CellsOwner final : public RowListOwner {
   }
   void OnColumnsReordered() override { ++reordered; }
 
-  std::vector<std::string> Told() { return std::exchange(told, {}); }
+  std::vector<std::string> Reported() { return std::exchange(reported, {}); }
 
   std::map<std::pair<int, ListColumn>, std::string> texts;
   std::map<int, int> icons;
   std::map<int, RowTint> tints;
   std::map<std::pair<int, ListColumn>, std::vector<HitRange>> hits;
   std::string emptyText;
-  std::vector<std::string> told;
+  std::vector<std::string> reported;
   std::vector<std::pair<int, int>> menus;
   std::vector<int> asking;
   std::vector<std::pair<ListColumn, int>> resized;

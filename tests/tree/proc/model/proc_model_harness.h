@@ -66,15 +66,15 @@ class RememberedItems final : public ProcItems {
   TreeItem m_last = 0;
 };
 
-class ProcModelRig {
+class ProcModelHarness {
  public:
-  ProcModelRig() : m_document(m_host), m_model(m_document, m_filter, &m_items) {
+  ProcModelHarness() : m_document(m_host), m_model(m_document, m_filter, &m_items) {
     m_items.m_model = &m_model;
     m_document.m_loading = false;
     m_document.m_names = {{1, {"desk"}}, {2, {"shop"}}, {3, {"100"}},  {4, {"one"}},
                           {5, {"two"}},  {6, {"lab"}},  {7, {"till"}}, {8, {"200"}}};
   }
-  ~ProcModelRig() { m_model.Clear(); }
+  ~ProcModelHarness() { m_model.Clear(); }
 
   // Adds a trace of machine desk, application shop, process 100, thread one, unless set otherwise,
   // numbered in order. Only to the document.

@@ -5,8 +5,8 @@
 //          others came, lost all their traces and were forgotten before anything was reported.
 //          There may be any number of these, so only the sum of their losses is kept. It is
 //          reported under the first of them. A source that an earlier service knew is reported
-//          singly, because a monitor may know it and count what it missed; but at most kSinglyMax
-//          of them are.
+//          singly, because a monitor may know it and count what it missed; but at most
+//          kReportedSinglyMax of them are.
 // Errors   None.
 // Threads  One.
 #pragma once
@@ -17,9 +17,9 @@
 
 #include "quor/hub/batch.h"
 
-class StreamGap {
+class StreamLosses {
  public:
-  static constexpr std::size_t kSinglyMax = 16384;
+  static constexpr std::size_t kReportedSinglyMax = 16384;
 
   bool IsEmpty() const { return m_lost.empty() && m_forgotten.empty() && !m_sum; }
   void Add(const std::shared_ptr<Source>& source, std::uint64_t lost);
@@ -33,8 +33,8 @@ class StreamGap {
   using Losses = std::list<SourceDelta>;
   class Notes;
   void AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lost);
-  void NoteWithSum(const std::shared_ptr<Source>& source);
-  void TellSum();
+  void NoteSourceOfSum(const std::shared_ptr<Source>& source);
+  void ReportSum();
 
   Losses m_lost;
   std::unordered_map<const Source*, Losses::iterator> m_places;

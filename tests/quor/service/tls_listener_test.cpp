@@ -1,5 +1,5 @@
-// The doors for other machines, with peers that want in.
-#include "quor/service/tls_door.h"
+// The listeners for other machines, with peers that connect.
+#include "quor/service/tls_listener.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ extern "C" int accept(int listener, sockaddr* peer, socklen_t* bytes) {
 
 namespace {
 
-class TlsDoorTest : public ::testing::Test {
+class TlsListenerTest : public ::testing::Test {
  protected:
   static tcp::endpoint FreeEndpoint() {
     asio::io_context io;
@@ -48,7 +48,7 @@ class TlsDoorTest : public ::testing::Test {
   static std::string TextOf(const tcp::endpoint& at) {
     return at.address().to_string() + ":" + std::to_string(at.port());
   }
-  // The door ends what it has let in and what says nothing.
+  // The listener closes connections that send nothing.
   static bool IsSentAway(tcp::socket& peer) {
     char byte = 0;
     return recv(peer.native_handle(), &byte, 1, MSG_DONTWAIT) == 0;
@@ -60,17 +60,17 @@ class TlsDoorTest : public ::testing::Test {
   std::string m_why;
 };
 
-TEST_F(TlsDoorTest, TwoListenersWithoutDescriptorsWaitAndThenAcceptAgain) {
+TEST_F(TlsListenerTest, TwoListenersWithoutDescriptorsWaitAndThenAcceptAgain) {
   ASSERT_TRUE(InitKeys(m_keys, OwnNames(), &m_why)) << m_why;
-  TlsDoor door(m_io, 100ms, [](auto, const auto&, const auto&) {});
+  TlsListener listener(m_io, 100ms, [](auto, const auto&, const auto&) {});
   const tcp::endpoint one = FreeEndpoint(), other = FreeEndpoint();
-  ASSERT_TRUE(door.Open({TextOf(one), TextOf(other)}, m_keys, &m_why)) << m_why;
+  ASSERT_TRUE(listener.Open({TextOf(one), TextOf(other)}, m_keys, &m_why)) << m_why;
   tcp::socket first(m_outside), second(m_outside);
   first.connect(one);
   second.connect(other);
   {
     const NoDescriptors none;
-    door.Start();
+    listener.Start();
     m_io.run_for(450ms);
     m_io.restart();
     // For each listener a try every 100 ms, and the end of each wait. When a wait of one ended that

@@ -1,10 +1,10 @@
-#include "quor/hub/stream_gap.h"
+#include "quor/hub/stream_losses.h"
 
 #include <algorithm>
 #include <utility>
 #include <vector>
 
-void StreamGap::Add(const std::shared_ptr<Source>& source, std::uint64_t lost) {
+void StreamLosses::Add(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   const auto [place, isNew] = m_places.try_emplace(source.get());
   if (isNew) place->second = m_lost.insert(m_lost.end(), {source, 0, 0});
   place->second->lost += lost;
@@ -12,7 +12,7 @@ void StreamGap::Add(const std::shared_ptr<Source>& source, std::uint64_t lost) {
 
 // Stores, for each source in a sum, that its part has arrived, when the sum has arrived. Each note
 // lives as long as the source's file is kept.
-class StreamGap::Notes {
+class StreamLosses::Notes {
  public:
   void Add(const std::shared_ptr<Source>& source) {
     if (m_sources.size() >= m_room) {
@@ -21,12 +21,12 @@ class StreamGap::Notes {
     }
     m_sources.push_back(source);
   }
-  void HandedOn() {
+  void OnForwarded() {
     for (const auto& one : std::exchange(m_sources, {})) {
       const std::shared_ptr<Source> source = one.lock();
       if (!source) continue;
-      source->handedOn = source->serial;
-      if (source->noteHandedOn) source->noteHandedOn(source->handedOn);
+      source->forwarded = source->serial;
+      if (source->noteForwarded) source->noteForwarded(source->forwarded);
     }
   }
 
@@ -35,12 +35,12 @@ class StreamGap::Notes {
   std::size_t m_room = 64;
 };
 
-void StreamGap::Forget(const std::shared_ptr<Source>& source, bool spokenOf) {
+void StreamLosses::Forget(const std::shared_ptr<Source>& source, bool spokenOf) {
   const auto place = m_places.find(source.get());
   const std::uint64_t lost = place != m_places.end() ? place->second->lost : 0;
   // The sum represents a source of which nothing but losses was ever reported.
   const bool isOwn = source->firstSerial == 0 && lost == source->serial;
-  if (spokenOf || (!isOwn && m_forgotten.size() < kSinglyMax)) {
+  if (spokenOf || (!isOwn && m_forgotten.size() < kReportedSinglyMax)) {
     m_forgotten.push_back(source);
     return;
   }
@@ -50,7 +50,7 @@ void StreamGap::Forget(const std::shared_ptr<Source>& source, bool spokenOf) {
   m_places.erase(place);
 }
 
-void StreamGap::AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lost) {
+void StreamLosses::AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   if (source->serial == 0) return;
   m_sumLost += lost;
   if (m_sum) {
@@ -62,19 +62,19 @@ void StreamGap::AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lo
     m_sum = std::make_shared<Source>(*source);
     m_sum->way = std::make_shared<char>();
     m_sum->firstSerial = 0;
-    m_sum->noteHandedOn = nullptr;
+    m_sum->noteForwarded = nullptr;
   }
-  if (source->noteHandedOn) NoteWithSum(source);
+  if (source->noteForwarded) NoteSourceOfSum(source);
 }
 
-void StreamGap::NoteWithSum(const std::shared_ptr<Source>& source) {
+void StreamLosses::NoteSourceOfSum(const std::shared_ptr<Source>& source) {
   if (!m_notes) m_notes = std::make_shared<Notes>();
   m_notes->Add(source);
   // One ledger line reports the whole sum.
-  m_sum->noteHandedOn = [notes = m_notes](std::uint64_t) { notes->HandedOn(); };
+  m_sum->noteForwarded = [notes = m_notes](std::uint64_t) { notes->OnForwarded(); };
 }
 
-void StreamGap::TellSum() {
+void StreamLosses::ReportSum() {
   const auto sum = std::exchange(m_sum, nullptr);
   m_notes = nullptr;
   const std::uint64_t lost = std::exchange(m_sumLost, 0);
@@ -83,8 +83,8 @@ void StreamGap::TellSum() {
   m_forgotten.push_back(sum);
 }
 
-SharedBatch StreamGap::Take(HubNames& names, bool oneSourceEach, const char* reason) {
-  TellSum();
+SharedBatch StreamLosses::Take(HubNames& names, bool oneSourceEach, const char* reason) {
+  ReportSum();
   BatchBuilder builder(names);
   while (!m_lost.empty() && !builder.IsFull()) {
     const SourceDelta& gap = m_lost.front();

@@ -1,10 +1,10 @@
-#include "quor/ring/known_descriptor.h"
+#include "quor/ring/checked_descriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-KnownDescriptor::KnownDescriptor(int number) : m_number(number) {
+CheckedDescriptor::CheckedDescriptor(int number) : m_number(number) {
   if (m_number >= 0 && m_number <= STDERR_FILENO) {
     const int higher = fcntl(m_number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     close(m_number);
@@ -20,7 +20,7 @@ KnownDescriptor::KnownDescriptor(int number) : m_number(number) {
   m_inode = status.st_ino;
 }
 
-KnownDescriptor& KnownDescriptor::operator=(KnownDescriptor&& other) noexcept {
+CheckedDescriptor& CheckedDescriptor::operator=(CheckedDescriptor&& other) noexcept {
   if (this == &other) return *this;
   // Another descriptor with our number, even for our file, can exist only if ours was lost.
   if (m_number != other.m_number) Close();
@@ -30,13 +30,13 @@ KnownDescriptor& KnownDescriptor::operator=(KnownDescriptor&& other) noexcept {
   return *this;
 }
 
-void KnownDescriptor::Close() {
+void CheckedDescriptor::Close() {
   const int number = Get();
   if (number >= 0) close(number);
   m_number = -1;
 }
 
-bool KnownDescriptor::IsStillThere(struct stat* status) const {
+bool CheckedDescriptor::IsStillThere(struct stat* status) const {
   return m_number >= 0 && fstat(m_number, status) == 0 && status->st_dev == m_device &&
          status->st_ino == m_inode;
 }

@@ -14,11 +14,11 @@
 
 #include "quor/ring/segment_map.h"
 
-std::string HandedTo(const SegmentHeader& header);
-void SetHandedTo(SegmentHeader& header, const std::string& machine);
+std::string ForwardTarget(const SegmentHeader& header);
+void SetForwardTarget(SegmentHeader& header, const std::string& machine);
 
 // A function that writes `before` plus its argument. `file`: of the segment; stays the caller's.
-std::function<void(std::uint64_t)> HandedOnNote(int file, std::uint64_t before);
+std::function<void(std::uint64_t)> ForwardedNote(int file, std::uint64_t before);
 
 // How many of `served` arrived there, without those that went elsewhere before.
-std::uint64_t HandedOnOf(std::uint64_t handedOn, std::uint64_t served, std::uint64_t elsewhere);
+std::uint64_t ForwardedOf(std::uint64_t forwarded, std::uint64_t served, std::uint64_t elsewhere);

@@ -13,7 +13,7 @@
 #include "docview/dialogs/dialog.h"
 #include "docview/host.h"
 
-class PersonScript {
+class UserScript {
  public:
   using DialogScript = std::function<void(CDialog&)>;
 
@@ -29,7 +29,7 @@ class PersonScript {
   void AnswerWorkBox(DialogScript script) { m_workScripts.push_back(std::move(script)); }
 
  protected:
-  ~PersonScript() {
+  ~UserScript() {
     EXPECT_EQ(m_boxAnswers.size(), 0U) << "answers to boxes that never came";
     EXPECT_EQ(m_fileAnswers.size(), 0U) << "answers to file dialogs that never came";
     EXPECT_EQ(m_dialogScripts.size(), 0U) << "scripts of dialogs that never came";

@@ -21,7 +21,7 @@ struct SeenTrace {
   std::string machine, app, component, category, text;
 };
 
-class MonitorProof : private DataSink {
+class CheckedMonitor : private DataSink {
  public:
   // The traces of the application itself.
   std::uint64_t Count(const std::string& app) const {
@@ -40,7 +40,7 @@ class MonitorProof : private DataSink {
   std::map<std::string, std::uint64_t> serials;
 
  protected:
-  ~MonitorProof() = default;
+  ~CheckedMonitor() = default;
   void BeginConnection() {
     m_words.clear();
     m_names.clear();

@@ -9,7 +9,7 @@
 
 class CMDIChildWnd;
 
-struct FrontWords {
+struct FrontTexts {
   // "paused, capturing to web.trc", "damaged: 406 bytes skipped", a source's path
   std::string message;
   std::string details;  // the complete text, for a tool tip; empty if there is no more
@@ -17,4 +17,4 @@ struct FrontWords {
 };
 
 // `rows` is the number in the row count pane, -1 for none. Empty texts without a window.
-FrontWords WordsOfFront(const CMDIChildWnd* front, std::int64_t rows);
+FrontTexts TextsOfFront(const CMDIChildWnd* front, std::int64_t rows);

@@ -1,4 +1,4 @@
-#include "quor/service/tls_door.h"
+#include "quor/service/tls_listener.h"
 
 #include <algorithm>
 #include <charconv>
@@ -10,7 +10,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kTlsAcceptAgain{100};  // no descriptors left: later, perhaps
-constexpr std::chrono::seconds kWordEvery{5};
+constexpr std::chrono::seconds kReportEvery{5};
 
 // Addresses that may be the same host: an IPv6 host has a whole network of addresses.
 std::string NeighbourhoodOf(const asio::ip::address& address) {
@@ -39,7 +39,7 @@ std::optional<asio::ip::tcp::endpoint> EndpointOf(const std::string& text) {
   return asio::ip::tcp::endpoint(parsed, port);
 }
 
-struct TlsDoor::Slot {
+struct TlsListener::Slot {
   explicit Slot(asio::ip::tcp::socket from) : socket(std::move(from)) {}
   void Close() {
     std::error_code ignored;
@@ -53,11 +53,12 @@ struct TlsDoor::Slot {
   bool gone = false;
 };
 
-TlsDoor::TlsDoor(asio::io_context& io, std::chrono::milliseconds patience, Come come)
-    : m_io(io), m_patience(patience), m_come(std::move(come)), m_deadline(io) {}
+TlsListener::TlsListener(asio::io_context& io, std::chrono::milliseconds patience,
+                         Accepted accepted)
+    : m_io(io), m_patience(patience), m_accepted(std::move(accepted)), m_deadline(io) {}
 
-bool TlsDoor::Open(const std::vector<std::string>& listen, const std::string& keysFolder,
-                   std::string* why) {
+bool TlsListener::Open(const std::vector<std::string>& listen, const std::string& keysFolder,
+                       std::string* why) {
   if (listen.empty()) return true;
   m_tls = MakeServerTls(keysFolder, why);
   if (!m_tls) return false;
@@ -65,7 +66,7 @@ bool TlsDoor::Open(const std::vector<std::string>& listen, const std::string& ke
                      [&](const std::string& text) { return Listen(text, why); });
 }
 
-bool TlsDoor::Listen(const std::string& text, std::string* why) {
+bool TlsListener::Listen(const std::string& text, std::string* why) {
   const auto endpoint = EndpointOf(text);
   if (!endpoint) return FailWith(why, "\"" + text + "\" is not ADDRESS:PORT");
   std::error_code error;
@@ -81,11 +82,11 @@ bool TlsDoor::Listen(const std::string& text, std::string* why) {
   return true;
 }
 
-void TlsDoor::Start() {
+void TlsListener::Start() {
   for (Listener& listener : m_listeners) Accept(listener);
 }
 
-void TlsDoor::Close() {
+void TlsListener::Close() {
   if (std::exchange(m_closed, true)) return;
   std::error_code ignored;
   for (Listener& listener : m_listeners) {
@@ -96,7 +97,7 @@ void TlsDoor::Close() {
   m_deadline.cancel();
 }
 
-void TlsDoor::Accept(Listener& listener) {
+void TlsListener::Accept(Listener& listener) {
   listener.acceptor.async_accept(
       [this, &listener](const std::error_code& error, asio::ip::tcp::socket socket) {
         if (error == asio::error::operation_aborted || m_closed) return;
@@ -106,14 +107,14 @@ void TlsDoor::Accept(Listener& listener) {
       });
 }
 
-void TlsDoor::AcceptLater(Listener& listener) {
+void TlsListener::AcceptLater(Listener& listener) {
   listener.again.expires_after(kTlsAcceptAgain);
   listener.again.async_wait([this, &listener](const std::error_code& error) {
     if (!error && !m_closed) Accept(listener);
   });
 }
 
-void TlsDoor::Admit(asio::ip::tcp::socket socket) {
+void TlsListener::Admit(asio::ip::tcp::socket socket) {
   std::error_code error;
   const auto from = socket.remote_endpoint(error);
   if (error) return;  // the peer has closed it
@@ -133,7 +134,7 @@ void TlsDoor::Admit(asio::ip::tcp::socket socket) {
                           });
 }
 
-void TlsDoor::MakeRoom(const std::string& newcomer) {
+void TlsListener::MakeRoom(const std::string& newcomer) {
   if (m_perAddress[newcomer] >= kSlotsPerAddress) return DropOldest(newcomer);
   if (m_slots.size() < kSlotsMax) return;
   const auto most = std::max_element(
@@ -142,7 +143,7 @@ void TlsDoor::MakeRoom(const std::string& newcomer) {
   DropOldest(std::string(most->first));
 }
 
-void TlsDoor::DropOldest(const std::string& address) {
+void TlsListener::DropOldest(const std::string& address) {
   const auto find = [&](bool silent) {
     return std::find_if(m_slots.begin(), m_slots.end(), [&](const auto& slot) {
       return slot->neighbourhood == address && (!silent || !slot->tls);
@@ -151,29 +152,29 @@ void TlsDoor::DropOldest(const std::string& address) {
   auto oldest = find(true);
   if (oldest == m_slots.end()) oldest = find(false);
   if (oldest == m_slots.end()) return;
-  TellDropped((*oldest)->address);
+  ReportDropped((*oldest)->address);
   Leave(oldest);
 }
 
 // A flood of connections must not become a flood in the log.
-void TlsDoor::TellDropped(const std::string& address) {
+void TlsListener::ReportDropped(const std::string& address) {
   ++m_dropped;
   const Clock::time_point now = Clock::now();
-  if (now < m_nextWord) return;
-  m_nextWord = now + kWordEvery;
+  if (now < m_nextReport) return;
+  m_nextReport = now + kReportEvery;
   Log(LogLevel::Warning, address + ": too many at the door, " +
                              std::to_string(std::exchange(m_dropped, 0)) +
                              " that had not come in were sent away");
 }
 
-void TlsDoor::ShakeHands(const std::shared_ptr<Slot>& slot) {
+void TlsListener::ShakeHands(const std::shared_ptr<Slot>& slot) {
   slot->tls = std::make_unique<TlsSocket>(std::move(slot->socket), *m_tls);
   slot->tls->async_handshake(
       asio::ssl::stream_base::server,
       [this, slot](const std::error_code& failed) { OnShaken(slot, failed); });
 }
 
-void TlsDoor::OnShaken(const std::shared_ptr<Slot>& slot, const std::error_code& failed) {
+void TlsListener::OnShaken(const std::shared_ptr<Slot>& slot, const std::error_code& failed) {
   if (slot->gone) return;
   SSL* const native = slot->tls->native_handle();
   if (failed) {
@@ -183,10 +184,10 @@ void TlsDoor::OnShaken(const std::shared_ptr<Slot>& slot, const std::error_code&
   const TlsPeer peer = PeerOf(native);
   std::unique_ptr<TlsSocket> socket = std::move(slot->tls);
   Leave(slot->place);
-  m_come(std::move(socket), peer, slot->address);
+  m_accepted(std::move(socket), peer, slot->address);
 }
 
-void TlsDoor::Leave(Slots::iterator at) {
+void TlsListener::Leave(Slots::iterator at) {
   const std::shared_ptr<Slot> slot = *at;
   slot->gone = true;
   slot->Close();
@@ -196,7 +197,7 @@ void TlsDoor::Leave(Slots::iterator at) {
 }
 
 // One timer for all: slots are in the order of their deadlines.
-void TlsDoor::AwaitOldest() {
+void TlsListener::AwaitOldest() {
   if (m_slots.empty() || m_closed) return;
   m_deadline.expires_at(m_slots.front()->endBy);
   m_deadline.async_wait([this](const std::error_code& error) {

@@ -19,7 +19,7 @@
 #include "config/ui/machine_face.h"
 #include "docview/ui/qt_host.h"
 #include "support/fake_machine.h"
-#include "support/owed.h"
+#include "support/pending_actions.h"
 
 class ConfigSheetFaceTest : public testing::Test {
  protected:
@@ -46,7 +46,7 @@ class ConfigSheetFaceTest : public testing::Test {
   static void OnNext(const Act& act) {
     QWidget* const before = QApplication::activeModalWidget();
     auto* const clock = new QTimer(qApp);
-    QObject::connect(clock, &QTimer::timeout, qApp, [clock, before, act = Owed(act)] {
+    QObject::connect(clock, &QTimer::timeout, qApp, [clock, before, act = MustRun(act)] {
       auto* const window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       if (!window || window == before || !window->isActiveWindow()) return;
       clock->stop();

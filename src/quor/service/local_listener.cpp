@@ -1,4 +1,4 @@
-#include "quor/service/local_door.h"
+#include "quor/service/local_listener.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -19,7 +19,7 @@
 namespace {
 
 using std::chrono::milliseconds;
-constexpr int kFirstHanded = 3;
+constexpr int kFirstInherited = 3;
 constexpr int kQueueLength = 512;
 // A service that was just told to end may not have read that yet, and `quord status` holds the lock
 // for a moment.
@@ -76,7 +76,7 @@ bool SomebodyAnswers(const sockaddr_un& address) {
 
 }  // namespace
 
-bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
+bool LocalListener::Lock(const std::string& socketPath, std::string* why) {
   if (!MakePrivateFolder(FolderOf(socketPath), why)) return false;
   const std::string path = FolderOf(socketPath) + "/quord.lock";
   m_lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
@@ -94,7 +94,7 @@ bool LocalDoor::Lock(const std::string& socketPath, std::string* why) {
   return true;
 }
 
-bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
+bool LocalListener::Open(const std::string& socketPath, std::string* why) {
   sockaddr_un address{};
   if (!FillAddress(socketPath, &address, why) || !Lock(socketPath, why)) return false;
   if (SomebodyAnswers(address))
@@ -112,7 +112,7 @@ bool LocalDoor::Open(const std::string& socketPath, std::string* why) {
   return true;
 }
 
-bool LocalDoor::NotePlace(const std::string& socketPath) {
+bool LocalListener::NotePlace(const std::string& socketPath) {
   struct stat place {};
   m_path = socketPath;
   if (lstat(socketPath.c_str(), &place) != 0) return false;
@@ -121,7 +121,7 @@ bool LocalDoor::NotePlace(const std::string& socketPath) {
   return true;
 }
 
-bool LocalDoor::Adopt(const std::string& socketPath, int descriptor, std::string* why) {
+bool LocalListener::Adopt(const std::string& socketPath, int descriptor, std::string* why) {
   m_descriptor = descriptor;
   fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
   if (!Lock(socketPath, why)) return false;
@@ -129,7 +129,7 @@ bool LocalDoor::Adopt(const std::string& socketPath, int descriptor, std::string
   return true;
 }
 
-bool LocalDoor::IsInPlace() const {
+bool LocalListener::IsInPlace() const {
   struct stat place {
   }, lock{}, held{};
   const std::string path = FolderOf(m_path) + "/quord.lock";
@@ -138,17 +138,17 @@ bool LocalDoor::IsInPlace() const {
          lock.st_dev == held.st_dev && lock.st_ino == held.st_ino;
 }
 
-void LocalDoor::StopListening() {
+void LocalListener::StopListening() {
   // By now it may be another service's.
   if (m_own && IsInPlace()) unlink(m_path.c_str());
   m_own = false;
   if (m_descriptor >= 0) close(m_descriptor);
   m_descriptor = -1;
-  const std::string words = std::to_string(getpid()) + " " + kEnding + "\n";
-  if (m_lock >= 0 && pwrite(m_lock, words.data(), words.size(), 0) < 0) return;
+  const std::string text = std::to_string(getpid()) + " " + kEnding + "\n";
+  if (m_lock >= 0 && pwrite(m_lock, text.data(), text.size(), 0) < 0) return;
 }
 
-void LocalDoor::Close() {
+void LocalListener::Close() {
   StopListening();
   // The lock file stays: removing it would let two services lock two files of one name.
   if (m_lock >= 0) close(m_lock);
@@ -166,7 +166,7 @@ pid_t ServicePid(const std::string& socketPath) {
   return held && length > 0 ? static_cast<pid_t>(std::strtol(text, nullptr, 10)) : 0;
 }
 
-int TakeHandedSocket(std::string* path) {
+int TakeInheritedSocket(std::string* path) {
   const char* const pid = std::getenv("LISTEN_PID");
   const char* const count = std::getenv("LISTEN_FDS");
   const bool ours = pid && count && std::strtol(pid, nullptr, 10) == getpid() &&
@@ -178,14 +178,14 @@ int TakeHandedSocket(std::string* path) {
   socklen_t size = sizeof address;
   int listens = 0;
   socklen_t listensSize = sizeof listens;
-  if (!ours || getsockname(kFirstHanded, reinterpret_cast<sockaddr*>(&address), &size) != 0 ||
+  if (!ours || getsockname(kFirstInherited, reinterpret_cast<sockaddr*>(&address), &size) != 0 ||
       address.sun_family != AF_UNIX ||
-      getsockopt(kFirstHanded, SOL_SOCKET, SO_ACCEPTCONN, &listens, &listensSize) != 0 ||
+      getsockopt(kFirstInherited, SOL_SOCKET, SO_ACCEPTCONN, &listens, &listensSize) != 0 ||
       listens == 0)
     return -1;
-  fcntl(kFirstHanded, F_SETFD, FD_CLOEXEC);
+  fcntl(kFirstInherited, F_SETFD, FD_CLOEXEC);
   *path = std::string(address.sun_path, strnlen(address.sun_path, sizeof address.sun_path));
-  return kFirstHanded;
+  return kFirstInherited;
 }
 
 bool PeerOfSocket(int socket, LocalPeer* peer) {

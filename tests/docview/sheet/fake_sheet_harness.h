@@ -4,8 +4,8 @@
 #include "support/fake_property_sheet.h"
 #include "support/sheet_contract_page.h"
 
-struct FakeSheetRig : FakePropertySheet {
-  explicit FakeSheetRig(CPropertySheet& sheet) : FakePropertySheet(sheet) {
+struct FakeSheetHarness : FakePropertySheet {
+  explicit FakeSheetHarness(CPropertySheet& sheet) : FakePropertySheet(sheet) {
     for (CPropertyPage* const each : sheet.Pages()) {
       auto& page = static_cast<ContractPage&>(*each);
       FakePropertyPage& window = AddPage(page.m_widthPx);

@@ -1,5 +1,5 @@
 // The lock and the socket of a service, with two that want them.
-#include "quor/service/local_door.h"
+#include "quor/service/local_listener.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,11 +15,12 @@
 
 namespace {
 
-class DoorTest : public ::testing::Test {
+class LocalListenerTest : public ::testing::Test {
  protected:
   // In a thread of its own, because it may wait.
-  std::future<bool> OpenAside(LocalDoor& door, std::string* why) {
-    return std::async(std::launch::async, [this, &door, why] { return door.Open(m_socket, why); });
+  std::future<bool> OpenInThread(LocalListener& listener, std::string* why) {
+    return std::async(std::launch::async,
+                      [this, &listener, why] { return listener.Open(m_socket, why); });
   }
   bool Answers() const {
     const int peer = ConnectToService(m_socket.c_str());
@@ -31,8 +32,8 @@ class DoorTest : public ::testing::Test {
   std::string m_why;
 };
 
-TEST_F(DoorTest, ASecondServiceIsRefusedAndTheFirstStaysAtItsSocket) {
-  LocalDoor first, second;
+TEST_F(LocalListenerTest, ASecondServiceIsRefusedAndTheFirstStaysAtItsSocket) {
+  LocalListener first, second;
   ASSERT_TRUE(first.Open(m_socket, &m_why)) << m_why;
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_FALSE(second.Open(m_socket, &m_why));
@@ -41,23 +42,23 @@ TEST_F(DoorTest, ASecondServiceIsRefusedAndTheFirstStaysAtItsSocket) {
   EXPECT_TRUE(Answers());
 }
 
-TEST_F(DoorTest, OfTwoThatStartAtOnceOneServes) {
+TEST_F(LocalListenerTest, OfTwoThatStartAtOnceOneServes) {
   for (int round = 0; round < 5; ++round) {
-    LocalDoor one, other;
+    LocalListener one, other;
     std::string whyOne, whyOther;
-    auto first = OpenAside(one, &whyOne), second = OpenAside(other, &whyOther);
+    auto first = OpenInThread(one, &whyOne), second = OpenInThread(other, &whyOther);
     EXPECT_NE(first.get(), second.get()) << whyOne << whyOther;
     EXPECT_TRUE(Answers());
   }
 }
 
-TEST_F(DoorTest, AServiceThatEndsIsWaitedFor) {
-  LocalDoor first, second;
+TEST_F(LocalListenerTest, AServiceThatEndsIsWaitedFor) {
+  LocalListener first, second;
   ASSERT_TRUE(first.Open(m_socket, &m_why)) << m_why;
   first.StopListening();
   EXPECT_FALSE(Answers());
   EXPECT_EQ(ServicePid(m_socket), getpid());
-  auto opened = OpenAside(second, &m_why);
+  auto opened = OpenInThread(second, &m_why);
   // Longer than a running one is waited for.
   EXPECT_EQ(opened.wait_for(std::chrono::milliseconds(1500)), std::future_status::timeout);
   first.Close();
@@ -66,20 +67,20 @@ TEST_F(DoorTest, AServiceThatEndsIsWaitedFor) {
   EXPECT_EQ(ReadAll(m_folder.File("quord.lock")), std::to_string(getpid()) + "\n");
 }
 
-TEST_F(DoorTest, WhoeverOnlyLooksAtTheLockKeepsNoServiceOut) {
-  LocalDoor door;
+TEST_F(LocalListenerTest, WhoeverOnlyLooksAtTheLockKeepsNoServiceOut) {
+  LocalListener listener;
   const int look = open(m_folder.File("quord.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   ASSERT_EQ(flock(look, LOCK_SH | LOCK_NB), 0);
-  auto opened = OpenAside(door, &m_why);
+  auto opened = OpenInThread(listener, &m_why);
   EXPECT_EQ(opened.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
   close(look);
   EXPECT_TRUE(opened.get()) << m_why;
 }
 
-TEST_F(DoorTest, SocketAndLockAreForTheirOwnerAlone) {
+TEST_F(LocalListenerTest, SocketAndLockAreForTheirOwnerAlone) {
   const mode_t before = umask(0);
-  LocalDoor door;
-  EXPECT_TRUE(door.Open(m_socket, &m_why)) << m_why;
+  LocalListener listener;
+  EXPECT_TRUE(listener.Open(m_socket, &m_why)) << m_why;
   umask(before);
   for (const std::string& path : {m_socket, m_folder.File("quord.lock")}) {
     struct stat status {};

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "full_trace.h"
 #include "records/name_record.h"
 #include "records/record_fields.h"
 #include "support/trc_image.h"
@@ -16,24 +17,6 @@ namespace {
 std::vector<std::uint8_t> BodyOf(const TrcImage& image) {
   const std::string bytes = image.Bytes();
   return {bytes.begin() + 1, bytes.end()};
-}
-
-TraceFields FullFields() {
-  return {.text = "text",
-          .stack = "stack",
-          .count = 0x81828384,
-          .machine = 0x8001,
-          .app = 0x8002,
-          .component = 0x8003,
-          .category = 0x8004,
-          .date = 0x91929394,
-          .time = 0xA1A2A3A4,
-          .tic = 0xFF01020304050607,
-          .pid = 0x8005,
-          .tid = 0x8006,
-          .attributes = 0xF123,
-          .file = 0x8007,
-          .line = 0xB1B2B3B4};
 }
 
 template <class Id>
@@ -78,7 +61,7 @@ TEST(NameIds, ASetHasWhatWasAddedAndNotRemoved) {
 }
 
 TEST(RecordLayout, AStoredTraceIsWhatTheImageHasInEverySpaceOfIds) {
-  const std::vector<std::uint8_t> wanted = BodyOf(TrcImage("").Trace(FullFields()));
+  const std::vector<std::uint8_t> wanted = BodyOf(TrcImage("").Trace(FullTrace()));
   std::vector<std::uint8_t> made;
   MakeRecord(SameFields<NameId>(), made);
   EXPECT_EQ(made, wanted);
@@ -89,7 +72,7 @@ TEST(RecordLayout, AStoredTraceIsWhatTheImageHasInEverySpaceOfIds) {
 }
 
 TEST(RecordLayout, OtherIdsTakeThePlacesOfTheSevenAndNoOthers) {
-  TraceFields fields = FullFields();
+  TraceFields fields = FullTrace();
   std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(fields));
   StoreIds<HubNameId>(record.data(), {HubNameId{1}, HubNameId{2}, HubNameId{3}, HubNameId{4},
                                       HubNameId{5}, HubNameId{6}, HubNameId{7}});
@@ -99,7 +82,7 @@ TEST(RecordLayout, OtherIdsTakeThePlacesOfTheSevenAndNoOthers) {
 }
 
 TEST(RecordLayout, TheIdsOfATraceComeInTheOrderOfTheirPlaces) {
-  const std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(FullFields()));
+  const std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(FullTrace()));
   const std::array<NameId, 7> ids = RawTrace(record.data()).Ids().All();
   ASSERT_EQ(std::size(kTraceIds), ids.size());
   for (std::size_t i = 0; i < ids.size(); ++i) {
@@ -109,7 +92,7 @@ TEST(RecordLayout, TheIdsOfATraceComeInTheOrderOfTheirPlaces) {
 }
 
 TEST(RecordLayout, TheBytesOfTheIdsChangeWithEachIdAndWithNothingElse) {
-  const std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(FullFields()));
+  const std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(FullTrace()));
   const TraceIdBytes bytes(record.data());
   for (std::size_t at = 0; at < TraceAt::kTextLength; ++at) {
     std::vector<std::uint8_t> changed = record;
@@ -133,7 +116,7 @@ TEST(RecordLayout, AStoredNameIsWhatTheImageHas) {
 }
 
 TEST(RecordLayout, ATraceIsWholeAtItsOwnLengthOnly) {
-  std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(FullFields()));
+  std::vector<std::uint8_t> record = BodyOf(TrcImage("").Trace(FullTrace()));
   const std::size_t whole = record.size();
   for (std::size_t bytes = 0; bytes < whole; ++bytes) {
     // A vector of its own, so that a sanitizer sees a read after it.

@@ -1,13 +1,13 @@
 // The whole path of live traces: a traced application, a real service, a monitor's document, rows.
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <map>
 #include <set>
 
 #include "demo_process.h"
 #include "documents/trace_realtime_doc.h"
 #include "listview/rows/trace_view.h"
+#include "settings/globals.h"
 #include "support/fake_row_list.h"
 #include "support/recording_host.h"
 
@@ -35,6 +35,9 @@ class LiveDemo : public testing::Test {
     return event.GetComponentName(m_document->m_names);
   }
 
+  ~LiveDemo() override { g_traceLimit = m_traceLimit; }
+
+  const std::uint32_t m_traceLimit = g_traceLimit;
   QuordProcess m_quord;
   RecordingHost m_host;
   std::unique_ptr<CTraceRealtimeDoc> m_document;
@@ -67,19 +70,14 @@ TEST_F(LiveDemo, EveryTraceOfTheApplicationBecomesARow) {
   for (const auto& [block, balance] : open) EXPECT_EQ(balance, 0) << block;
 }
 
-// Traces come in faster than they are taken: each drain ends with what had arrived at its begin, or
-// when its time is over.
-TEST_F(LiveDemo, UnderAFloodEveryDrainEndsAndEveryTraceIsDeliveredOrCountedAsLost) {
-  // A drain takes 50 ms; on a busy machine the thread may have to wait in the middle of it.
-  constexpr std::chrono::milliseconds kLongestUsualDrain{100};
+// Traces come in faster than they are sent on. How long a drain takes is tested with a service that
+// sends without end (LiveTest).
+TEST_F(LiveDemo, UnderAFloodEveryTraceIsDeliveredOrCountedAsLost) {
+  g_traceLimit = 10'000'000;  // none is removed before it is counted
   DemoProcess demo({"--rate", "0", "--for", "1", "--name", "flood"});
   std::uint64_t delivered = 0, lost = 0;
-  int drains = 0, longDrains = 0;
   const auto drain = [&] {
-    const auto start = std::chrono::steady_clock::now();
     m_document->Drain();
-    ++drains;
-    longDrains += std::chrono::steady_clock::now() - start > kLongestUsualDrain;
     const std::size_t taken = m_document->m_traces.size();
     m_document->m_traces.ForEach(0, [&](TraceEvent_i* event) {
       if (Component(*event) == "Quor")
@@ -103,7 +101,6 @@ TEST_F(LiveDemo, UnderAFloodEveryDrainEndsAndEveryTraceIsDeliveredOrCountedAsLos
   })) << delivered
       << " delivered, " << lost << " lost; " << demo.Err();
   EXPECT_EQ(delivered + lost, demo.Traces());
-  EXPECT_LE(longDrains, drains / 4);
 }
 
 TEST_F(LiveDemo, AMonitorOfAServiceThatStopsStaysOpenAndTheApplicationGoesOn) {

@@ -23,6 +23,7 @@ class PlainPane final : public TracePane {
   std::vector<std::string> Calls() { return std::exchange(calls, {}); }
   using TracePane::GoTo;
   using TracePane::ReportCount;
+  using TracePane::ReportStatus;
   using TracePane::ShowHits;
 
   TraceEvent_i* current = nullptr;
@@ -152,6 +153,7 @@ TEST_F(TracePaneTest, ACancelledFilterLeavesFilterAndMarkAsTheyWere) {
 
 TEST_F(TracePaneTest, TheStatusPanesAreSetByTheActiveViewAndClearedAfterIt) {
   m_pane.ReportCount();
+  m_pane.ReportStatus();
   EXPECT_EQ(m_main.Reported(), Strings{});
   m_pane.OnActivateView(true, &m_pane, nullptr);
   m_pane.ReportCount();

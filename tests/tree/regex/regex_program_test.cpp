@@ -57,6 +57,25 @@ TEST(RegexProgram, TheApplicationsPatternStaysAsItIs) {
   EXPECT_EQ(RegexMatchText("HAY"), 0);
 }
 
+TEST(RegexState, HasTheCountsOfAPatternThatFailed) {
+  ASSERT_EQ(RegexPrepare("a", 0, 0, 0, 0), 1);
+  EXPECT_EQ(RegexPrepare("^\\(b\\)\\(c[", 0, 0, 0, 0), 0);
+  EXPECT_EQ(RegexState.anchored, 1);
+  EXPECT_EQ(RegexState.groupCount, 2);
+  EXPECT_EQ(RegexState.closedGroups, 1);
+}
+
+TEST(RegexState, HasTheRestOfTheRangeThatWasRunLast) {
+  ASSERT_EQ(RegexPrepare("x\\{2,5\\}", 0, 0, 0, 0), 1);
+  ASSERT_EQ(RegexMatchText("axxx"), 1);
+  EXPECT_EQ(RegexState.rangeLow, 0);
+  EXPECT_EQ(RegexState.rangeExtra, 2);
+  const std::string text = "xb";
+  const char* const begin = text.data();
+  EXPECT_EQ(RegexMatchHere(begin, begin, begin + text.size(), RegexState.program, 0), 0);
+  EXPECT_EQ(RegexState.rangeLow, 1);
+}
+
 TEST(RegexProgram, ItsOptionsAreItsOwn) {
   ASSERT_EQ(RegexPrepare("a", 1, 0, 1, 0), 1);
   RegexMatcher matcher;
@@ -98,12 +117,13 @@ TEST(RegexProgram, ACopyAndAMovedPlanOutliveWhatTheyWereMadeFrom) {
 TEST(RegexProgram, AFurtherMatchAndASearchInPartsAreThoseOfTheirPlan) {
   const RegexPlan words(RegexProgram::Compile("[a-z]+", {}));
   const RegexPlan lines(RegexProgram::Compile("^[a-z]", {}));
+  const RegexPlan maybeEmpty(RegexProgram::Compile("b*", {}));
   const std::string text = "ab cd\nef";
   const auto starts = [&](const RegexPlan& plan) {
     RegexMatcher matcher;
     std::string places;
     RegexAnswer answer = matcher.Begin(plan, text, 0);
-    while (answer != RegexAnswer::No) {
+    while (answer != RegexAnswer::No && places.size() < 50) {
       if (answer == RegexAnswer::Yes) places += std::to_string(matcher.MatchStart()) + " ";
       answer =
           answer == RegexAnswer::Yes ? matcher.Next(plan, text, 0) : matcher.Resume(plan, text, 0);
@@ -112,6 +132,7 @@ TEST(RegexProgram, AFurtherMatchAndASearchInPartsAreThoseOfTheirPlan) {
   };
   EXPECT_EQ(starts(words), "0 3 6 ");
   EXPECT_EQ(starts(lines), "0 6 ");
+  EXPECT_EQ(starts(maybeEmpty), "0 1 2 3 4 5 6 7 8 ");
 }
 
 // A sanitizer for threads sees here whether matching writes anything that is shared.

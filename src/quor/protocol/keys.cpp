@@ -9,10 +9,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <memory>
 
 #include "base/fail_with.h"
+#include "base/make_folder.h"
 #include "quor/protocol/machine.h"
 #include "quor/protocol/tls.h"
 
@@ -116,13 +116,6 @@ Object ReadPem(const std::string& path, Read&& read, std::string* why) {
   std::fclose(file);
   if (!object) return FailWith(why, path + ": has no usable content", nullptr);
   return object;
-}
-
-bool MakeFolder(const std::string& path, std::string* why) {
-  for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
-    mkdir(path.substr(0, slash).c_str(), 0755);
-  if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return FailOn(why, path);
-  return true;
 }
 
 bool Exists(const std::string& path) {

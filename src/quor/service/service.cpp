@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "base/fail_with.h"
+#include "base/make_folder.h"
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/link/segment_folder.h"
 #include "quor/log/log.h"
@@ -31,12 +32,6 @@ std::string NewInstance() {
   std::string bytes(16, '\0');
   RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), 16);
   return bytes;
-}
-
-bool MakeFolders(const std::string& path, std::string* why) {
-  for (std::size_t slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
-    mkdir(path.substr(0, slash).c_str(), 0755);
-  return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST || FailOn(why, path);
 }
 
 // Each application costs a few descriptors.
@@ -93,7 +88,7 @@ bool Service::OpenState(std::string* why) {
   bool isTaken = false;
   std::string reason;
   std::unique_ptr<CatalogueStore> store;
-  if (MakeFolders(m_options.stateFolder, &reason))
+  if (MakeFolder(m_options.stateFolder, &reason))
     store = CatalogueStore::Open(m_options.stateFolder + "/state.db", &reason, &isTaken);
   if (isTaken) return FailWith(why, reason);
   // A full or read-only disk, or no home folder: traces are needed most in that case.
@@ -149,8 +144,8 @@ void Service::TakePlaceAgain() {
   Log(LogLevel::Info, "ready again on " + m_options.socketPath);
 }
 
-// What waits here is told by the place's turn whether it still is the one: a timer or a ready
-// socket may be on its way already when the place is taken again.
+// A timer or a ready socket may still call back after the place was taken again. The number of that
+// place shows such a call to be stale.
 void Service::AcceptLocal() {
   const auto place = m_places;
   m_local.async_wait(asio::socket_base::wait_read, [this, place](const std::error_code& error) {

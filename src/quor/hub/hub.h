@@ -68,7 +68,6 @@ class Hub {
   void Add(HubStream& stream);
   // When the last stream is removed, the names are cleared.
   void Remove(HubStream& stream);
-  bool HasStreams() const { return !m_streams.empty(); }
 
   HubNames& Names() { return m_names; }
   std::uint64_t Taken() const { return m_taken; }

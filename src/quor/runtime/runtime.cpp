@@ -127,7 +127,7 @@ void Runtime::StartSegment() {
   HandOverLost();
   RegisterDeclared();
   // Before the first trace: so the service finds it whatever happens to this process.
-  m_found = folder.Show();
+  folder.Show();
   m_hot.generation.store(++m_lastGeneration);
   HandOverLost();  // losses of traces that found no ring until now
   LinkThread::Get().Start(environment);

@@ -56,8 +56,6 @@ class Runtime {
   void Count(quor_counts* counts);
 
   const SegmentMap& Segment() const { return m_segment; }
-  // True if a service finds the segment by its file.
-  bool IsFound() const { return m_found; }
   const NameTable& Names() const { return m_names; }
   std::string_view AppName() const { return m_names.Text(m_hot.app.load()); }
 
@@ -90,6 +88,5 @@ class Runtime {
   char m_appName[256] = {};
   std::atomic<std::uint64_t> m_nextTryMs{0};  // after a failed start
   unsigned m_pauseMs = kTryPauseMinMs;
-  bool m_found = false;
   bool m_heldAtFork = false;
 };

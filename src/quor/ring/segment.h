@@ -89,8 +89,7 @@ struct SegmentHeader {
   // How many of these went to another machine's monitors before, and how often that has changed.
   std::atomic<std::uint64_t> servedElsewhere;
   std::atomic<std::uint32_t> moves;
-  std::atomic<std::uint64_t>
-      sinkUnreported;  // losses of the file sink that `served` does not count yet
+  std::atomic<std::uint64_t> sinkUnreported;  // losses of the file sink that `served` lacks
   // Not None: the service has taken all traces, for its own monitors or for another machine's. The
   // file is kept for a while, cut to its first page. If the service is killed before its monitors
   // have everything, its successor finds the count here.

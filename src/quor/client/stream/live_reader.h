@@ -58,7 +58,7 @@ class LiveReader final : public ServiceLink::User {
   std::atomic<bool> m_paused{false};
   std::atomic<bool> m_up{false};
   std::uint32_t m_lastRequest = 0;
-  // While the queue is full: counts of the batches that were turned away.
+  // While the queue is full: names and counts of the batches that were turned away.
   std::atomic<bool> m_dropping{false};
   bool m_droppedWhilePaused = false, m_keptFirst = false;
   std::map<HubNameId, std::string> m_keptNames;

@@ -162,9 +162,8 @@ void TlsListener::ReportDropped(const std::string& address) {
   const Clock::time_point now = Clock::now();
   if (now < m_nextReport) return;
   m_nextReport = now + kReportEvery;
-  Log(LogLevel::Warning, address + ": too many at the door, " +
-                             std::to_string(std::exchange(m_dropped, 0)) +
-                             " that had not come in were sent away");
+  Log(LogLevel::Warning, address + ": too many connections without a handshake, " +
+                             std::to_string(std::exchange(m_dropped, 0)) + " were closed");
 }
 
 void TlsListener::ShakeHands(const std::shared_ptr<Slot>& slot) {

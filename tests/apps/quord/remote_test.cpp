@@ -141,7 +141,7 @@ TEST_F(Remote, ThoseWhoDoNotShakeHandsKeepNobodyOut) {
       idlers.Add(20, begun);
     }
   }
-  EXPECT_TRUE(quord.Says("127.0.0.1: too many at the door"));
+  EXPECT_TRUE(quord.Says("127.0.0.1: too many connections without a handshake"));
 }
 
 // A cable between two machines that can be cut: bytes go through until Cut. A process of its own,

@@ -1,7 +1,7 @@
 // The Sink page of an application's property sheet: where the application sends its traces.
 //
 // Owner    Borrows document, application and the page before it.
-// Errors   Told by message boxes, which hold the user on the page. A server sink is not checked.
+// Errors   Message boxes, which keep the user on the page. A server sink is not checked.
 // Threads  Interface thread.
 #pragma once
 

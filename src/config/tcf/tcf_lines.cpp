@@ -100,7 +100,7 @@ bool TakeSettings(std::string_view text, unsigned short* settings, std::string* 
   while (!text.empty()) {
     const std::size_t before = text.size();
     SkipBlanks(&text);
-    if (text.size() == before) return FailWith(why, "no blank behind the category");
+    if (text.size() == before) return FailWith(why, "no blank after the category");
     const std::string_view word = TakeWord(&text);
     unsigned bit = 0;
     for (const SettingsWord& known : kSettingsWords)

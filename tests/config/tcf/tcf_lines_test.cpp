@@ -130,7 +130,7 @@ TEST(TcfLines, MissingAndSurplusFieldsAreBad) {
   EXPECT_EQ(Parsed("SINK: \"a\" \"b\"\n"), kBadSink);
   EXPECT_EQ(Parsed("TRACE: \"a\"\n"), kBadTrace);
   EXPECT_EQ(Parsed("TRACE: \"a\" b\n"), kBadTrace);
-  EXPECT_EQ(Parsed("TRACE: \"a\" \"b\"Info\n"), "bad: no blank behind the category");
+  EXPECT_EQ(Parsed("TRACE: \"a\" \"b\"Info\n"), "bad: no blank after the category");
 }
 
 TEST(TcfLines, AQuoteInsideAFieldStandsAsItIs) {

@@ -110,11 +110,19 @@ bool CConfigDoc::RemoveApplication(trace_App_i* app) {
   if (place() == apps.end()) return false;
   const QuorPtr<trace_App_i> kept = app;
   if (app && !MayRemove(*app)) return false;
+  if (app) m_notInForce.erase(app->GetAppName());
   // The list may have changed while the question was up.
   if (const auto found = place(); found != apps.end()) apps.erase(found);
   SetModifiedFlag(true);
   UpdateAllViews(nullptr, kHintApplications);
   return true;
+}
+
+void CConfigDoc::NoteSubmit(const trace_App_i& app, bool taken) {
+  if (taken)
+    m_notInForce.erase(app.GetAppName());
+  else
+    m_notInForce.insert(app.GetAppName());
 }
 
 void CConfigDoc::DeleteContents() {
@@ -123,6 +131,7 @@ void CConfigDoc::DeleteContents() {
   // timers go on, and a program that must end makes a quick close of it, also while a box is up.
   while (!g_quickClose && !apps.empty()) RemoveApplication(apps.front().Get());
   apps.clear();
+  m_notInForce.clear();
   CDocument::DeleteContents();
   UpdateAllViews(nullptr, kHintApplications);
 }

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 
 #include "docview/document.h"
@@ -39,7 +40,7 @@ class CConfigDoc : public CDocument {
   QuorStr::String_t GetMachineName() const;  // "" without a connection
   QuorPtr<trace_Config_i> GetConfig() const { return m_pConfig; }
   QuorPtr<trace_AppList_i> GetApplications() const { return m_pAppList; }
-  // False also while a connection that broke is not restored yet.
+  // False also while a connection that broke is not restored yet, or the machine does not answer.
   bool IsLive() const { return m_pConfig && m_pConfig->IsUp(); }
 
   // A handle at the end of the list; nothing is submitted. Null, with a box: the machine cannot be
@@ -48,6 +49,11 @@ class CConfigDoc : public CDocument {
   // Takes the handle off the list. Asks whether traces that are on shall be turned off; false when
   // the user cancels, or the handle is not in the list.
   bool RemoveApplication(trace_App_i* app);
+
+  // The property pages report whether the machine has taken what they submitted last.
+  void NoteSubmit(const trace_App_i& app, bool taken);
+  // The applications whose last changes the machine has not taken.
+  const std::set<std::string>& NotInForce() const { return m_notInForce; }
 
   // The title names the machine, whatever the file is.
   void SetPathName(const std::string& path, bool addToRecent) override;
@@ -72,4 +78,5 @@ class CConfigDoc : public CDocument {
   std::string m_whyNotConnected;
   QuorPtr<trace_Config_i> m_pConfig;
   const QuorPtr<trace_AppList_i> m_pAppList;
+  std::set<std::string> m_notInForce;
 };

@@ -144,6 +144,7 @@ void CAppSinkCfgPropertyPage::OnOK() {
   // What was not sent stays in the handle, and goes with its next Submit.
   const bool unanswered = m_before && m_before->IsUnanswered();
   m_taken = !unanswered && m_pApp->Submit();
+  m_pDoc->NoteSubmit(*m_pApp, m_taken);
   m_pDoc->SetModifiedFlag(true);
   CPropertyPage::OnOK();
 }

@@ -17,7 +17,10 @@ void CAppTraceCfgPropertyPage::OnOK() {
   m_taken = true;
   for (const QuorPtr<CTraceItem>& item : m_traces.Items())
     m_pApp->SetSettings(item->m_traceId, item->m_settings);
-  if (!m_traces.Items().empty()) m_taken = m_pApp->Submit();
+  if (!m_traces.Items().empty()) {
+    m_taken = m_pApp->Submit();
+    m_pDoc->NoteSubmit(*m_pApp, m_taken);
+  }
   m_pDoc->SetModifiedFlag(true);
   CPropertyPage::OnOK();
 }

@@ -151,6 +151,10 @@ void CConfigView::OnListBoxContextMenu(int screenXPx, int screenYPx) {
 
 void CConfigView::ShowConnection() {
   const bool broken = m_document.GetConfig() && !m_document.IsLive();
-  m_pane->SetNote(broken ? "Not connected to " + m_document.GetMachineName() + ". Trying again."
-                         : "");
+  std::string note =
+      broken ? "Not connected to " + m_document.GetMachineName() + ". Trying again." : "";
+  for (const std::string& app : m_document.NotInForce())
+    note +=
+        (note.empty() ? "" : " ") + ("The last changes of " + _UTF2MBS(app)) + " are not in force.";
+  m_pane->SetNote(note);
 }

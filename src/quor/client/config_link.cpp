@@ -40,6 +40,7 @@ bool ConfigLink::AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Reque
   });
   m_answered.wait_for(lock, kDeadline, [&] { return m_questions.IsAnswered(id); });
   const std::optional<quor::wire::Response> answer = m_questions.Take(id);
+  if (!answer) m_heard = false;
   if (!answer) return FailWith(why, "no answer in time");
   if (answer->error() != quor::wire::ERROR_NONE) return FailWith(why, answer->text());
   if (response) *response = *answer;
@@ -77,7 +78,7 @@ void ConfigLink::Close(const std::string& app) {
 }
 
 void ConfigLink::OnUp(Connection& connection, const quor::wire::Welcome&) {
-  m_up = true;
+  m_up = m_heard = true;
   const std::lock_guard lock(m_mutex);
   for (const auto& [app, handles] : m_open) {
     if (m_questions.WillOpen(app)) continue;
@@ -96,6 +97,7 @@ void ConfigLink::OnFrame(const Frame& frame) {
   if (frame.type != FrameType::Response ||
       !response.ParseFromArray(frame.body.data(), static_cast<int>(frame.body.size())))
     return m_link.Break("a frame that a configuration does not expect");
+  m_heard = true;
   const std::lock_guard lock(m_mutex);
   m_questions.Answer(std::move(response));
   m_answered.notify_all();

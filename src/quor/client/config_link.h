@@ -35,7 +35,8 @@ class ConfigLink final : public ServiceLink::User {
   void OnUp(Connection& connection, const quor::wire::Welcome& welcome) override;
   void OnFrame(const Frame& frame) override;
   void OnDown(const std::string&) override { m_up = false; }
-  bool IsUp() const { return m_up; }
+  // False also after a question without an answer, until the service is heard again.
+  bool IsUp() const { return m_up && m_heard; }
 
  private:
   bool AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Request request,
@@ -43,7 +44,8 @@ class ConfigLink final : public ServiceLink::User {
 
   ServiceLink m_link;
   std::atomic<bool> m_up{false};  // set on the link's thread
-  std::mutex m_mutex;             // guards all members below
+  std::atomic<bool> m_heard{true};
+  std::mutex m_mutex;  // guards all members below
   std::condition_variable m_answered;
   Questions m_questions;
   std::map<std::string, int> m_open;  // handles by application

@@ -48,7 +48,8 @@ class trace_Config_i : public QuorRef::Ref_t {
   virtual const std::list<std::string>& GetAppList() const = 0;
   // Not in the interface's table: how many instances ran at the last GetAppList.
   virtual unsigned GetInstances(const std::string& app) const = 0;
-  // Not there either: false while a broken connection is not restored yet.
+  // Not there either: false while a broken connection is not restored yet, and while a service that
+  // left a question without an answer has not been heard again.
   virtual bool IsUp() const = 0;
 };
 

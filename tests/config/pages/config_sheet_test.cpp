@@ -57,12 +57,14 @@ TEST_F(ConfigSheetTest, AMachineThatGoesAwayIsAskedOnceAndGetsAllWithTheNextAppl
   window.Press(SheetButton::Apply);
   EXPECT_EQ(Asked(), "submit orders\n") << "a second question would take five seconds more";
   EXPECT_EQ(sheet.Note(), "These changes are not in force: web does not answer.");
+  EXPECT_EQ(m_doc->NotInForce(), std::set<std::string>{"orders"});
   m_machine.m_away = false;
   sheet.SinkPage().OnEdit();
   window.Press(SheetButton::Apply);
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=7");
   EXPECT_EQ(SinkInForce(), "server mars ");
   EXPECT_EQ(sheet.Note(), "");
+  EXPECT_TRUE(m_doc->NotInForce().empty());
 }
 
 TEST_F(ConfigSheetTest, AMachineThatRefusesIsTold) {

@@ -388,6 +388,23 @@ TEST_F(ConfigViewTest, ALineTellsThatTheConnectionIsGoneAndLeavesWhenItIsBack) {
   EXPECT_EQ(m_pane->Note(), "");
 }
 
+TEST_F(ConfigViewTest, ALineTellsWhoseChangesTheMachineHasNotTaken) {
+  for (const char* const name : {"a", "b"}) m_machine.Run(name, {});
+  Open();
+  Add({"a", "b"});
+  const trace_App_i& first = *m_doc->GetApplications()->m_apps.front();
+  m_doc->NoteSubmit(first, false);
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "The last changes of a are not in force.");
+  m_doc->NoteSubmit(first, true);
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "");
+  m_doc->NoteSubmit(first, false);
+  m_doc->RemoveApplication(m_doc->GetApplications()->m_apps.front().Get());
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "");
+}
+
 TEST_F(ConfigViewTest, TheTimerEndsWithTheView) {
   Open();
   EXPECT_EQ(m_host.Timers().size(), 1U);

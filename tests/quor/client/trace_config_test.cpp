@@ -1,6 +1,7 @@
 #include "quor/client/trace_config.h"
 
 #include "fake_service.h"
+#include "support/wait_for.h"
 
 namespace {
 
@@ -185,6 +186,17 @@ TEST_F(ConfigTest, ARefusedSubmitKeepsWhatIsHeld) {
   EXPECT_EQ(Submitted(false).settings_size(), 1);
   EXPECT_EQ(m_app->GetSettings(10), 7u);
   EXPECT_EQ(Submitted().settings_size(), 1);
+}
+
+TEST_F(ConfigTest, AServiceThatDoesNotAnswerCountsAsAwayUntilItIsHeardAgain) {
+  OpenOrders();
+  EXPECT_TRUE(m_config->IsUp());
+  quor::wire::Request unanswered;
+  EXPECT_FALSE(WhileServed([this] { return m_app->Refresh(); },
+                           [&] { unanswered = m_peer->ExpectRequest(); }));
+  EXPECT_FALSE(m_config->IsUp());
+  m_peer->Answer(unanswered, Orders());
+  EXPECT_TRUE(WaitFor([this] { return m_config->IsUp(); }));
 }
 
 TEST_F(ConfigTest, RefreshForgetsWhatIsHeldAndReadsAnew) {

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "config_scenes.h"
+#include "config_window_scenes.h"
 #include "dialog_scenes.h"
 #include "docview/ui/qt_host.h"
 #include "monitor_scenes.h"
@@ -99,13 +100,16 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   TreeScenes tree(tessera, scenes, replay, file, scratch.path());
   DialogScenes dialogs(tessera, scenes, source, home);
   ConfigScenes config(tessera, scenes);
+  ConfigWindowScenes configWindow(tessera, scenes);
   Light(scenes, dialogs, file, second);
   config.All();
+  configWindow.All();
   tessera.CloseAllDocuments();
   monitor.Light();
   tree.Light();
   Dark(scenes, dialogs, file, second);
   config.All();
+  configWindow.All();
   tessera.CloseAllDocuments();
   monitor.Dark();
   tree.Dark();

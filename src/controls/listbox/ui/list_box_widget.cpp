@@ -4,15 +4,32 @@
 #include <QKeyEvent>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 #include <algorithm>
 
 #include "controls/listbox/ui/list_box_model.h"
+
+namespace {
+
+constexpr int kRoomPx = 6;  // around the text of an item, above and below together
+
+class RoomyItems final : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    const QSize text = QStyledItemDelegate::sizeHint(option, index);
+    return {text.width(), option.fontMetrics.height() + kRoomPx};
+  }
+};
+
+}  // namespace
 
 QtListBox::QtListBox(ListBoxOwner& owner, ListBoxMode mode, const QString& spokenName,
                      QWidget* parent)
     : QListView(parent), m_owner(owner), m_model(new ListBoxModel(this)) {
   setAccessibleName(spokenName);
   setModel(m_model);
+  setItemDelegate(new RoomyItems(this));
   setUniformItemSizes(true);
   setVerticalScrollMode(ScrollPerItem);
   setEditTriggers(NoEditTriggers);
@@ -84,7 +101,7 @@ int QtListBox::SelectedCount() const {
 }
 
 int QtListBox::RowHeight() const {
-  return std::max(1, m_model->Items().Count() > 0 ? sizeHintForRow(0) : fontMetrics().height());
+  return fontMetrics().height() + kRoomPx;
 }
 
 // The list scrolls by items.

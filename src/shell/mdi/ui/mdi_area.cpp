@@ -29,7 +29,8 @@ MdiArea::MdiArea(QWidget* parent) : QMdiArea(parent) {
 
 void MdiArea::OnActivated(ChildWindow* window) {
   if (!window || !window->Child() || window == m_active) return;
-  m_active = window;  // the main frame notifies the frame that was active
+  m_active = window;     // the main frame notifies the frame that was active
+  viewport()->update();  // a small window covers only a part of the text for an empty desk
   window->Child()->OnActivate(true);
   if (m_active == window) window->widget()->setFocus();
   if (m_changed) m_changed();

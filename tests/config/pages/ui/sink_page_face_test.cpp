@@ -110,7 +110,7 @@ TEST_F(SinkPageFaceTest, KeysAloneChooseAServerAndBackKeepsWhatWasTyped) {
               Enter(*window.focusWidget(), "7");
               QTest::keyClick(&window, Qt::Key_X, Qt::AltModifier);
               Enter(*window.focusWidget(), "<none>");
-              QTest::keyClick(&window, Qt::Key_Return);
+              QTest::keyClick(window.focusWidget(), Qt::Key_Return);
             }),
             CDialog::kIdOk);
   EXPECT_EQ(InForce(), "file typed.trc flush=0;maxfiles=7;maxsize=0;");

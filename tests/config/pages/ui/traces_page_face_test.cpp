@@ -113,17 +113,16 @@ TEST_F(TracesPageFaceTest, TheColumnsFillTheListWithoutAHorizontalScrollBar) {
     EXPECT_EQ(list.columnWidth(0), room * 35 / 100);
     EXPECT_EQ(list.columnWidth(1), list.columnWidth(0));
     window.resize(window.width() + 200, window.height());
-    QApplication::processEvents();
-    EXPECT_EQ(list.columnWidth(0), (room + 200) * 35 / 100);
+    const auto follows = [&] { return list.columnWidth(0) == (room + 200) * 35 / 100; };
+    EXPECT_TRUE(QTest::qWaitFor(follows)) << list.columnWidth(0);
   });
 }
 
 TEST_F(TracesPageFaceTest, TheSheetCanBecomeSmall) {
   Run([](QDialog& window) {
     window.resize(460, 320);
-    QApplication::processEvents();
-    EXPECT_LE(window.width(), 460);
-    EXPECT_LE(window.height(), 320);
+    const auto isSmall = [&] { return window.width() <= 460 && window.height() <= 320; };
+    EXPECT_TRUE(QTest::qWaitFor(isSmall)) << window.height();
   });
 }
 

@@ -7,12 +7,14 @@
 // Errors   None: closing a box or a dialog counts as Cancel (or as the only button).
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "docview/file_dialog_request.h"
 #include "docview/object.h"
 
 class CDialog;
@@ -30,37 +32,6 @@ struct MessageBoxRequest {
   std::optional<BoxAnswer> preferred = {};  // the answer of Enter; unset: the first button
 };
 
-struct FileFilter {
-  std::string label;     // "Trace Files (*.trc)"
-  std::string patterns;  // "*.trc", or "*.c; *.cpp"
-};
-
-struct FileDialogBox {  // a check box inside the file dialog
-  std::string text;
-  bool enabled = true;
-  bool checked = false;
-};
-
-struct FileDialogNote {  // a text to read and copy, above the files
-  std::string label;     // "Recorded path:"
-  std::string text;      // empty: no note
-};
-
-struct FileDialogRequest {
-  bool save = false;  // asks before it overwrites the final name; otherwise the file must exist
-  std::string title;
-  std::string defaultExtension;  // ".trc", appended as docview/dialogs/file_name.h says
-  std::string suggestedName;     // may have a folder
-  std::vector<FileFilter> filters;
-  std::vector<FileDialogBox> boxes;
-  FileDialogNote note = {};
-};
-
-struct FileDialogAnswer {
-  std::string path;  // absolute
-  std::vector<bool> boxes;
-};
-
 // The window of a modeless dialog; destroying it closes the window.
 class DialogFace {
  public:
@@ -69,6 +40,12 @@ class DialogFace {
 };
 
 using TimerId = unsigned;
+
+// How long a part of long work may block the window (docview/dialogs/long_work.h).
+struct WorkPieces {
+  std::chrono::milliseconds first{200};  // before its box opens
+  std::chrono::milliseconds next{40};    // then at a time
+};
 
 class Host {
  public:
@@ -94,6 +71,8 @@ class Host {
   virtual TimerId SetTimer(unsigned milliseconds, std::function<void()> tick) = 0;
   virtual void KillTimer(TimerId timer) = 0;
 
+  const WorkPieces& Pieces() const { return m_pieces; }
+  void SetPieces(const WorkPieces& pieces) { m_pieces = pieces; }
   // The main window; null before it exists and after its end.
   CWnd* MainWindow() const { return m_mainWindow; }
   void SetMainWindow(CWnd* window) { m_mainWindow = window; }
@@ -102,6 +81,7 @@ class Host {
 
  private:
   friend class CDialog;
+  WorkPieces m_pieces;
   CWnd* m_mainWindow = nullptr;
   const CDialog* m_modalDialog = nullptr;
 };

@@ -37,7 +37,7 @@ class TracePassTest : public DocumentsTest {
     return numbers;
   }
 
-  const ShortPieces m_pieces;
+  const ShortPieces m_pieces{m_host};
   CTraceDoc m_document{m_host};
   std::uint32_t m_next = 1;
 };

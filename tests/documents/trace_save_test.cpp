@@ -159,7 +159,7 @@ TEST_F(TraceSaveTest, ADocumentIsLeftAsItWasByAFailedSave) {
 TEST_F(TraceSaveTest, ALongSaveTellsHowFarItIsAndTakesItsPlaceWhenItIsWhole) {
   CTraceFileDoc& document = Load(ManyTraces());
   const std::string path = m_temp.File("copy.trc", "old");
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& dialog) {
     const auto& box = dynamic_cast<CWorkBox&>(dialog);
     EXPECT_STREQ(box.Message(), "Saving...");
@@ -185,7 +185,7 @@ TEST_F(TraceSaveTest, ACancelledSaveLeavesNoFileAndAnExistingOneAsItWas) {
   const std::set<std::string> before = Folder();
   m_host.ClearTranscript();
   for (const char* name : {"old.trc", "new.trc"}) {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     m_host.AnswerWorkBox([&](CDialog& box) {
       m_host.TickTimers();
       EXPECT_GT(Folder().size(), before.size());
@@ -201,7 +201,7 @@ TEST_F(TraceSaveTest, ACancelledSaveLeavesNoFileAndAnExistingOneAsItWas) {
 
 TEST_F(TraceSaveTest, WhatACancelledSaveWroteOfTheNamesACaptureWritesAgain) {
   CTraceFileDoc& document = Load(ManyTraces());
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
   EXPECT_FALSE(document.OnSaveDocument(m_temp.File("new.trc")));
   EXPECT_EQ(document.m_names.at(7).written, 0);
@@ -210,7 +210,7 @@ TEST_F(TraceSaveTest, WhatACancelledSaveWroteOfTheNamesACaptureWritesAgain) {
 TEST_F(TraceSaveTest, TracesThatGoMeanwhileAreNotReadAndTheSaveFails) {
   CTraceFileDoc& document = Load(ManyTraces());
   m_host.ClearTranscript();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& box) {
     document.m_traces.Clear();
     m_host.Finish(box);
@@ -222,7 +222,7 @@ TEST_F(TraceSaveTest, TracesThatGoMeanwhileAreNotReadAndTheSaveFails) {
 TEST_F(TraceSaveTest, ACancelledSaveOfAClosingDocumentKeepsItOpen) {
   CTraceFileDoc& document = Load(ManyTraces());
   document.SetModifiedFlag(true);
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerBox(BoxAnswer::Yes);
   m_host.AnswerFileDialog(m_temp.File("copy.trc"));
   m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });

@@ -256,7 +256,7 @@ TEST_F(TreeToggle, ACancelledFirstToggleLeavesTheListAsIfItHadNotBeen) {
   OpenFile(kMany);
   Focus(4);
   m_list->m_filterChanged = true;
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& box) {
     EXPECT_EQ(dynamic_cast<FakeChildFace&>(*Child().Face()).m_view, m_list)
         << "the list is seen while the tree is built";
@@ -283,7 +283,7 @@ TEST_F(TreeToggle, AFilterWhoseHandOverToTheTreeIsCancelledGoesOverWithTheNextTo
   Toggle();
   m_list->SetFilter(WithoutNine(), true);
   m_list->m_filterChanged = true;
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
   Toggle();
   EXPECT_EQ(Child().GetActiveView(), m_list);
@@ -300,7 +300,7 @@ TEST_F(TreeToggle, AFilterWhoseHandOverToTheListIsCancelledGoesOverWithTheNextTo
   CProcView& tree = Tree();
   tree.SetFilter(WithoutNine(), true);
   tree.m_filterChanged = true;
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
   Toggle();
   EXPECT_EQ(Child().GetActiveView(), &tree);
@@ -321,7 +321,7 @@ TEST_F(TreeToggle, ATreeThatIsCancelledAtTheEndOfTheLoadGivesWayToTheList) {
   tree.m_filter.allTraces = 0;
   tree.m_filterChanged = true;
   m_list->Document().m_loading = false;
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
   tree.SendMessage(WM_TRACE_UPDATE, kHintReady, 0);
   EXPECT_EQ(Child().GetActiveView(), m_list);

@@ -1,18 +1,17 @@
-// While it exists, long work shows its box after its first part and does one part at a time.
+// While it exists, the host's long work shows its box after its first part and does one part at a
+// time.
 #pragma once
 
-#include "docview/dialogs/long_work.h"
+#include "docview/host.h"
 
 class ShortPieces {
  public:
-  ShortPieces() { LongWork::s_firstPiece = LongWork::s_piece = {}; }
-  ~ShortPieces() {
-    LongWork::s_firstPiece = m_first;
-    LongWork::s_piece = m_piece;
-  }
+  explicit ShortPieces(Host& host) : m_host(host) { m_host.SetPieces({{}, {}}); }
+  ~ShortPieces() { m_host.SetPieces(m_before); }
   ShortPieces(const ShortPieces&) = delete;
   ShortPieces& operator=(const ShortPieces&) = delete;
 
  private:
-  const std::chrono::milliseconds m_first = LongWork::s_firstPiece, m_piece = LongWork::s_piece;
+  Host& m_host;
+  const WorkPieces m_before = m_host.Pieces();
 };

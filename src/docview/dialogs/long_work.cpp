@@ -12,7 +12,7 @@ bool LongWork::DoPiece(std::chrono::milliseconds time) {
 }
 
 bool RunLongWork(Host& host, CDocument* document, const LongWorkTexts& texts, LongWork& work) {
-  if (work.DoPiece(LongWork::s_firstPiece)) return true;
+  if (work.DoPiece(host.Pieces().first)) return true;
   CWorkBox box(host, texts, work);
   if (document) document->BeginWork();
   const bool done = box.DoModal() == CDialog::kIdOk;

@@ -22,9 +22,6 @@ class LongWork {
   // How many thousandths are done; none when that is unknown.
   virtual std::optional<int> Progress() const { return std::nullopt; }
 
-  // How long work may block the window: first before its box opens, then per piece. Tests shorten
-  // them.
-  static inline std::chrono::milliseconds s_firstPiece{200}, s_piece{40};
   // Does parts, at least one, until all is done (true) or the time has passed.
   bool DoPiece(std::chrono::milliseconds time);
 

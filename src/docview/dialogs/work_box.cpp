@@ -22,7 +22,7 @@ void CWorkBox::OnInitDialog() {
 
 // A timer may fire once more after the end.
 void CWorkBox::OnTick() {
-  if (Ended() || !m_work.DoPiece(LongWork::s_piece)) return;
+  if (Ended() || !m_work.DoPiece(GetHost().Pieces().next)) return;
   StopTimer();
   EndDialog(kIdOk);
 }

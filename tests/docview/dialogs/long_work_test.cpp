@@ -43,7 +43,7 @@ TEST_F(LongWorkTest, WhatIsDoneWithinAMomentShowsNoBox) {
 }
 
 TEST_F(LongWorkTest, TheMomentIsAFifthOfASecond) {
-  EXPECT_EQ(LongWork::s_firstPiece.count(), 200);
+  EXPECT_EQ(m_host.Pieces().first.count(), 200);
   Counting work(1000);
   work.pause = std::chrono::milliseconds(1);
   int before = 0;
@@ -58,7 +58,7 @@ TEST_F(LongWorkTest, TheMomentIsAFifthOfASecond) {
 }
 
 TEST_F(LongWorkTest, LongWorkGoesOnBelowABoxThatTellsHowFarItIs) {
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   Counting work(4);
   m_host.AnswerWorkBox([&](CDialog& dialog) {
     const auto& box = dynamic_cast<CWorkBox&>(dialog);
@@ -80,7 +80,7 @@ TEST_F(LongWorkTest, LongWorkGoesOnBelowABoxThatTellsHowFarItIs) {
 }
 
 TEST_F(LongWorkTest, CancelLeavesItWhereItStands) {
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   Counting work(4);
   m_host.AnswerWorkBox([&](CDialog& box) {
     m_host.TickTimers();
@@ -93,7 +93,7 @@ TEST_F(LongWorkTest, CancelLeavesItWhereItStands) {
 }
 
 TEST_F(LongWorkTest, ATickThatComesAfterTheCancelDoesNothing) {
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   Counting work(4);
   m_host.AnswerWorkBox([&](CDialog& box) {
     box.OnCancel();
@@ -104,7 +104,7 @@ TEST_F(LongWorkTest, ATickThatComesAfterTheCancelDoesNothing) {
 }
 
 TEST_F(LongWorkTest, EnterDoesNotEndTheBox) {
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   Counting work(2);
   m_host.AnswerWorkBox([&](CDialog& box) {
     box.OnOK();
@@ -115,7 +115,7 @@ TEST_F(LongWorkTest, EnterDoesNotEndTheBox) {
 }
 
 TEST_F(LongWorkTest, WorkWithinWorkKeepsTheDocumentBusyUntilBothAreOver) {
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   Counting outer(3), inner(2);
   m_host.AnswerWorkBox([&](CDialog& box) {
     m_host.AnswerWorkBox([](CDialog& inside) { inside.OnCancel(); });

@@ -28,7 +28,7 @@ class TraceViewLong : public TraceViewTest {
   // Runs a command that writes `name`, whose box of long work is answered so.
   void Write(unsigned command, const std::string& name, bool selectedOnly,
              RecordingHost::DialogScript script) {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     m_host.AnswerFileDialog(FileDialogAnswer{m_directory.File(name), {selectedOnly, false}});
     m_host.AnswerWorkBox(std::move(script));
     m_view->OnCommand(command);
@@ -39,7 +39,7 @@ class TraceViewLong : public TraceViewTest {
 
 TEST_F(TraceViewLong, AFilterWorksInPartsBelowABox) {
   Open();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   int ticks = 0;
   m_host.AnswerWorkBox([&](CDialog& box) {
     EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Filtering...");
@@ -57,7 +57,7 @@ TEST_F(TraceViewLong, AFilterWorksInPartsBelowABox) {
 }
 
 TEST_F(TraceViewLong, NothingHiddenIsNoWork) {
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.WantNoWorkBox();
   Open();
   EXPECT_EQ(m_list->ItemCount(), kMany);
@@ -69,7 +69,7 @@ TEST_F(TraceViewLong, ACancelledFilterLeavesRowsFocusFilterAndMarkAsTheyWere) {
   Focus(7);
   m_list->ScrollTo(5);
   const int top = m_list->TopIndex();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox(Cancel);
   HideAll();
   EXPECT_EQ(m_list->ItemCount(), kMany);
@@ -86,7 +86,7 @@ TEST_F(TraceViewLong, ACancelledFilterLeavesRowsFocusFilterAndMarkAsTheyWere) {
 TEST_F(TraceViewLong, AFilterThatIsHandedOverAndCancelledLeavesFilterAndMark) {
   Open();
   m_view->m_filterChanged = true;
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox(Cancel);
   EXPECT_FALSE(m_view->SetFilter(m_nine, true));
   EXPECT_EQ(m_view->m_filter.allTraces, 1);
@@ -98,7 +98,7 @@ TEST_F(TraceViewLong, TheRowOfAFollowedTraceIsLookedForInPartsAndCancelLeavesThe
   AddMany(kMany);
   Open();
   Focus(3);
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   int ticks = 0;
   m_host.AnswerWorkBox([&](CDialog& box) {
     EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Looking for the trace...");
@@ -123,7 +123,7 @@ TEST_F(TraceViewLong, NewContentsWhoseFilterIsCancelledShowWholeAndUnfiltered) {
   m_view->SetFilter(m_nine, true);
   m_document.m_traces.Clear();
   AddMany(kMany);
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& box) {
     EXPECT_EQ(m_list->ItemCount(), 0) << "the traces of the old rows are gone";
     box.OnCancel();
@@ -136,7 +136,7 @@ TEST_F(TraceViewLong, NewContentsWhoseFilterIsCancelledShowWholeAndUnfiltered) {
 
 TEST_F(TraceViewLong, ADocumentThatIsClearedMeanwhileIsFilteredAnew) {
   Open();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& box) {
     m_document.DeleteContents();
     Add({.count = 1, .component = 8});

@@ -91,7 +91,7 @@ TEST_F(LongWorkTest, AToggleToTheTreeShowsItsProgressKeepsTheWindowAliveAndIsCan
   OpenMany();
   CView* const list = m_child->GetActiveView();
   {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     CancelWhenItHasMoved();
     WithWindowAlive([this] { Frame().OnCommand(ID_VIEW_PROC); });
   }
@@ -109,7 +109,7 @@ TEST_F(LongWorkTest, AToggleToTheTreeShowsItsProgressKeepsTheWindowAliveAndIsCan
 
 TEST_F(LongWorkTest, TheBoxGoesByItselfWhenTheTreeStands) {
   OpenMany();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   bool seen = false;
   OnModal([&](QWidget* box) { seen = dynamic_cast<WorkBoxFace*>(box) != nullptr; });
   Frame().OnCommand(ID_VIEW_PROC);
@@ -125,7 +125,7 @@ TEST_F(LongWorkTest, AFilterOfTheListIsCancelledAndItsRowsStay) {
   filter.allTraces = filter.allSeverities = 0;
   filter.severities = {0, 0, 0};
   {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     CancelWhenItHasMoved();
     WithWindowAlive([&] { EXPECT_FALSE(list.SetFilter(filter, true)); });
   }
@@ -147,7 +147,7 @@ TEST_F(LongWorkTest, AnOpeningThatIsCancelledLeavesTheNodeClosed) {
   }
   const std::int64_t rows = tree->Items().Rows();
   {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     CancelWhenItHasMoved();
     WithWindowAlive([&] { tree->Expand(item, true); });
   }
@@ -160,7 +160,7 @@ TEST_F(LongWorkTest, AnOpeningThatIsCancelledLeavesTheNodeClosed) {
 
 TEST_F(LongWorkTest, EnterInTheBoxDoesNotCancel) {
   OpenMany();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   OnModal([](QWidget* box) {
     QTest::keyClick(box, Qt::Key_Return);
     QTest::keyClick(box->findChild<QPushButton*>("2"), Qt::Key_Return);
@@ -175,7 +175,7 @@ TEST_F(LongWorkTest, AnExportOrSaveOfTheListIsCancelledAndLeavesNoFile) {
   for (const auto& [command, words] :
        {std::pair{ID_FILE_EXPORT, "Exporting..."}, std::pair{ID_FILE_SAVECOPY, "Saving..."}}) {
     m_ticks = 0;
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     ChooseAndCancel(folder + "/file.trc");
     WithWindowAlive([&] { Frame().OnCommand(command); });
     EXPECT_EQ(m_message, QString::fromLatin1(words));
@@ -201,7 +201,7 @@ TEST_F(LongWorkTest, AnExportOfTheOpenedTreeIsCancelledAndLeavesNoFile) {
   }
   const std::string folder = OutFolder();
   {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     ChooseAndCancel(folder + "/tree.txt");
     WithWindowAlive([this] { Frame().OnCommand(ID_FILE_EXPORT); });
   }
@@ -221,7 +221,7 @@ TEST_F(LongWorkTest, NextIntoALargeNodeIsCancelledAndThePropertiesStayWhereTheyW
   }
   tree->SelectItem(item);
   const std::int64_t rows = tree->Items().Rows();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   bool looked = false;
   OnModal([&](QWidget* dialog) {
     auto* next = dialog->findChild<QPushButton*>("1058");

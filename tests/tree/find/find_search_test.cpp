@@ -83,7 +83,7 @@ TEST_F(FindSearchTest, CancelInTheBoxIsNoHitAndNoMessage) {
 }
 
 TEST_F(FindSearchTest, APatternThatKeepsOneTextBusyCanBeCancelledInTheMiddleOfIt) {
-  const ShortPieces shortPieces;
+  const ShortPieces shortPieces(m_host);
   ASSERT_EQ(RegexPrepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0, 0), 1);
   Texts texts({std::string(60000, 'x') + "zy"});
   m_host.AnswerWorkBox([&](CDialog& box) {
@@ -96,7 +96,7 @@ TEST_F(FindSearchTest, APatternThatKeepsOneTextBusyCanBeCancelledInTheMiddleOfIt
 }
 
 TEST_F(FindSearchTest, ATextThatTakesLongIsTakenUpAgainAndAnswered) {
-  const ShortPieces shortPieces;
+  const ShortPieces shortPieces(m_host);
   ASSERT_EQ(RegexPrepare("\\(x*\\)\\(x*\\)\\(x*\\)\\1\\2\\3y", 0, 0, 0, 0), 1);
   Texts texts({std::string(60, 'x') + "z", std::string(120, 'x') + "zy"});
   m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });

@@ -75,7 +75,7 @@ TEST_F(ProcViewLong, ATreeBuiltInPartsIsTheTreeBuiltAtOnce) {
          .machine = static_cast<NameId>(i / 4000 % 2 ? 6 : 1),
          .tic = static_cast<std::uint64_t>(i) * 1000,
          .tid = static_cast<NameId>(4 + i % 2)});
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   int boxes = 0;
   m_host.AnswerWorkBox([&](CDialog& box) {
     ++boxes;
@@ -95,7 +95,7 @@ TEST_F(ProcViewLong, ATreeBuiltInPartsIsTheTreeBuiltAtOnce) {
 TEST_F(ProcViewLong, ACancelledBuildLeavesAnEmptyTreeThatTakesNoHintsUntilItIsBuilt) {
   AddMany(kMany);
   {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     m_host.AnswerWorkBox(Cancel);
     m_view->m_currentEvent = m_document.m_traces[0];
     Open();
@@ -121,7 +121,7 @@ TEST_F(ProcViewLong, WhileTheFilterIsAppliedTheTreeStandsAndCancelLeavesAllAsItW
   Select("3");
   m_view->OnActivateView(true, nullptr, nullptr);
   const std::string before = m_tree->Picture();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& box) {
     m_host.TickTimers();
     EXPECT_EQ(m_tree->Picture(), before);
@@ -147,7 +147,7 @@ TEST_F(ProcViewLong, AFilterThatIsHandedOverAndCancelledLeavesFilterAndMark) {
   m_view->m_filterChanged = true;
   CTraceFilter filter;
   filter.allTraces = filter.allSeverities = 0;
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox(Cancel);
   EXPECT_FALSE(m_view->SetFilter(filter, true));
   EXPECT_EQ(m_view->m_filter.allTraces, 1);
@@ -159,7 +159,7 @@ TEST_F(ProcViewLong, AFilterThatIsHandedOverAndCancelledLeavesFilterAndMark) {
 
 TEST_F(ProcViewLong, ADocumentThatIsClearedMeanwhileIsBuiltAnew) {
   AddMany(kMany);
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& box) {
     Clear();
     Add("new");
@@ -179,7 +179,7 @@ TEST_F(ProcViewLong, ALoadedDocumentWhoseTreeIsCancelledShowsNoneOfTheOldItems) 
   ExpandToThread();
   m_document.m_traces.Clear();
   AddMany(kMany);
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox(Cancel);
   m_view->OnUpdate(nullptr, kHintReady, nullptr);
   EXPECT_EQ(m_tree->Count(), 0U);
@@ -191,7 +191,7 @@ TEST_F(ProcViewLong, ACancelledOpeningLeavesTheItemClosedAndTheNextOneGoesOn) {
   Open();
   for (const char* text : {"desk", "shop", kProcess}) Expand(text);
   {
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     m_host.AnswerWorkBox([&](CDialog& box) {
       EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Opening...");
       m_host.TickTimers();
@@ -215,7 +215,7 @@ TEST_F(ProcViewLong, AFollowThatIsCancelledSelectsNothingAnew) {
   Open();
   for (const char* text : {"desk", "shop", kProcess}) Expand(text);
   Select("desk");
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox(Cancel);
   FollowTo(m_document.m_traces[9000]);
   EXPECT_EQ(Selected(), "desk");
@@ -226,7 +226,7 @@ TEST_F(ProcViewLong, AFollowThatIsCancelledSelectsNothingAnew) {
 TEST_F(ProcViewLong, ATrimShowsNoBox) {
   AddMany(kMany);
   Open();
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.WantNoWorkBox();  // in the middle of a drain
   Trim(1);
   EXPECT_EQ(Selected(), "2");
@@ -239,7 +239,7 @@ TEST_F(ProcViewLong, ATrimThatOpensALargeThreadShowsNoBox) {
   ExpandToThread();
   m_tree->Expand(m_tree->Find(kThread), false);
   Drain(std::vector<TraceFields>(kMany, {.text = "late"}));
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.WantNoWorkBox();  // in the middle of a drain
   Trim(1);
   EXPECT_EQ(Selected(), "2");
@@ -254,7 +254,7 @@ TEST_F(ProcViewLong, AFindMakesTheItemsOfALargeNodeInPartsEitherWay) {
     Add({.text = "far", .machine = 6});
     m_view->OnUpdate(nullptr, kHintReady, nullptr);
     Select(backward ? "lab" : "desk");
-    const ShortPieces pieces;
+    const ShortPieces pieces(m_host);
     std::size_t most = 0;
     m_host.AnswerWorkBox([&](CDialog& box) {
       std::size_t items = m_tree->Count();
@@ -275,7 +275,7 @@ TEST_F(ProcViewLong, AFindThatIsCancelledInALargeNodeSelectsNothing) {
   AddMany(kMany);
   Open();
   Select("desk");
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& box) {
     while (m_tree->Count() < 5000) m_host.TickTimers();
     box.OnCancel();
@@ -290,7 +290,7 @@ TEST_F(ProcViewLong, AnExportGoesOnBelowABoxAndCancelLeavesWhatWasThere) {
   Open();
   ExpandToThread();
   m_directory.File("tree.txt", "old");
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   EXPECT_EQ(Export([&](CDialog& box) {
               EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Exporting...");
               m_host.TickTimers();
@@ -319,7 +319,7 @@ TEST_F(ProcViewLong, ATraceIsLookedForInPartsWhereNumbersBeganAnewTwice) {
   for (const char* text : {"desk", "shop", kProcess, kThread, "TID two - 0 ps"}) Expand(text);
   Select("desk");
   TraceEvent_i* const target = m_document.m_traces[3 * kMany - 1];
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([&](CDialog& dialog) {
     const auto& box = dynamic_cast<CWorkBox&>(dialog);
     EXPECT_STREQ(box.Message(), "Looking for the trace...");
@@ -352,7 +352,7 @@ TEST_F(ProcViewLong, TheNearestOfAHiddenTraceIsFoundInPartsAsAtOnce) {
   Open();
   const NodePosition atOnce = const_cast<ProcModel&>(m_view->Model()).FindNode(*hidden);
   ASSERT_TRUE(atOnce);
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   int ticks = 0;
   m_host.AnswerWorkBox([&](CDialog& box) {
     EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Looking for the trace...");
@@ -369,7 +369,7 @@ TEST_F(ProcViewLong, TheCursorOfThePropertiesOpensALargeNodeBelowABoxAndCancelKe
   Open();
   for (const char* text : {"desk", "shop", kProcess}) Expand(text);
   Select(kThread);
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   CProcViewIterator cursor(*m_view, m_tree->SelectedItem());
   m_host.WantNoWorkBox();
   ASSERT_TRUE(cursor.HasNext());
@@ -397,7 +397,7 @@ TEST_F(ProcViewLong, TheCursorGoesBackIntoALargeNodeBelowABoxAndCancelKeepsItsPl
   Add({.text = "far", .machine = 6});
   Open();
   Select("lab");
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   CProcViewIterator cursor(*m_view, m_tree->SelectedItem());
   m_host.WantNoWorkBox();
   EXPECT_TRUE(cursor.HasPrev());
@@ -419,7 +419,7 @@ TEST_F(ProcViewLong, PropertiesWhoseStepBackIsCancelledSayThatTheDifferenceIsNot
   Add({.text = "far", .machine = 6, .tic = 50});
   Open();
   Select("lab");
-  const ShortPieces pieces;
+  const ShortPieces pieces(m_host);
   m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
   bool seen = false;
   m_host.AnswerDialog([&](CDialog& dialog) {

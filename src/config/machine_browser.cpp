@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/text.h"
+#include "config/used_machines.h"
 #include "quor/client/trace_thread.h"
 
 namespace {
@@ -22,7 +23,8 @@ bool IsNoMachine(const std::string& address) {
 
 }  // namespace
 
-std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& localName) {
+std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& localName,
+                                    const std::vector<std::string>& used) {
   std::vector<std::string> machines;
   const auto known = [&](const std::string& name) {
     return CompareIgnoringCase(name, localName) == 0 ||
@@ -30,6 +32,8 @@ std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& loca
              return CompareIgnoringCase(machine, name) == 0;
            });
   };
+  for (const std::string& machine : used)
+    if (!known(machine)) machines.push_back(machine);
   for (std::string line; std::getline(hosts, line);) {
     std::istringstream words(line.substr(0, line.find('#')));
     std::string address, name;
@@ -46,7 +50,7 @@ std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& loca
 
 std::vector<std::string> KnownMachines() {
   std::ifstream hosts("/etc/hosts");
-  return MachinesIn(hosts, _trc_GetHostName());
+  return MachinesIn(hosts, _trc_GetHostName(), UsedMachines());
 }
 
 std::optional<std::string> BrowseForMachine(Host& host) {

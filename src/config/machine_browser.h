@@ -1,7 +1,7 @@
 // A dialog to choose a machine from those whose names this machine knows.
 //
-// Shape    No system lists the machines of a network, but every system has a hosts file. Its names
-//          are listed after the local machine's.
+// Shape    No system lists the machines of a network. The local machine is listed first, then those
+//          that were used before and those of the hosts file.
 // Errors   A hosts file that cannot be read gives no names.
 // Threads  Interface thread.
 #pragma once
@@ -13,11 +13,12 @@
 
 #include "docview/dialogs/dialog.h"
 
-// The local machine, then the first name of each other machine in the hosts file, each once (in any
-// case), in alphabetical order.
+// The local machine, then the machines used before and the first name of each other machine in the
+// hosts file, each once (in any case), in alphabetical order.
 std::vector<std::string> KnownMachines();
 // The same for a hosts file's text.
-std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& localName);
+std::vector<std::string> MachinesIn(std::istream& hosts, const std::string& localName,
+                                    const std::vector<std::string>& used = {});
 
 // Lets the user choose among the machines that this one knows. Nothing without a choice.
 std::optional<std::string> BrowseForMachine(Host& host);

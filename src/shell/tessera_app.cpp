@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "config/machine_dialog.h"
+#include "config/used_machines.h"
 #include "config/view/config_view.h"
 #include "documents/trace_file_doc.h"
 #include "docview/commands/command_ids.h"
@@ -193,6 +194,7 @@ bool CTesseraApp::OpenMonitor(const std::string& machine) {
     frame.Destroy();  // destroys the document too, whose only frame it is
     return false;
   }
+  NoteUsedMachine(machine);
   monitor.SetPathName(CTraceRealtimeDoc::TitleFor(machine), false);
   m_monitorTemplate->InitialUpdateFrame(frame, monitor, true);
   return true;
@@ -216,6 +218,7 @@ bool CTesseraApp::OpenConfig(const std::string& machine) {
     if (m_frame->Face()->IsBarShown(ID_VIEW_STATUS_BAR)) m_frame->SetNotice(notice, notice);
     return false;
   }
+  NoteUsedMachine(machine);
   m_configTemplate->InitialUpdateFrame(frame, *document, true);
   return true;
 }

@@ -1,5 +1,6 @@
 // Configurations in the program: New Config, files, their windows, the way out.
 #include "config/machine_dialog.h"
+#include "config/used_machines.h"
 #include "shell/config_frame.h"
 #include "shell/menu_resources.h"
 #include "shell_fixture.h"
@@ -51,6 +52,7 @@ TEST_F(ConfigWindowsTest, NewConfigAsksWithAPromptOfItsOwnAndOpensTheMachinesWin
   EXPECT_EQ(m_prompt, "What machine to you want to configure?");
   EXPECT_EQ(m_machine.m_log, "connect web\n");
   ASSERT_EQ(Titles(), "Configuration on web\n");
+  EXPECT_EQ(UsedMachines(), std::vector<std::string>{"web"});
   EXPECT_EQ(Face().m_menu, 131U);
   EXPECT_EQ(Face().m_panes[kPaneRowCount] + Face().m_panes[kPaneFiltered], "");
   EXPECT_FALSE(m_app->ConfigTemplate()->Documents().front()->IsModified());

@@ -10,6 +10,7 @@
 #include <QRadioButton>
 #include <QScopedValueRollback>
 #include <QToolButton>
+#include <utility>
 
 #include "docview/ui/dialog_parts.h"
 #include "docview/ui/prompt_button.h"
@@ -25,8 +26,8 @@ SinkPageFace::SinkPageFace(CAppSinkCfgPropertyPage& page, QWidget* parent)
     : QtPageFace(parent), m_page(page) {
   auto* const grid = new QGridLayout(this);
   grid->setHorizontalSpacing(8);
-  m_server = MakeRadio(Page::kServer, "Trace &Server", &Page::OnTraceServer);
-  m_file = MakeRadio(Page::kFile, "&File", &Page::OnFile);
+  m_server = MakeRadio(Page::kServer, "Trace &Server", [this] { m_page.OnTraceServer(); });
+  m_file = MakeRadio(Page::kFile, "&File", [this] { m_page.OnFile(); });
   auto* const group = new QButtonGroup(this);
   group->addButton(m_server);
   group->addButton(m_file);
@@ -38,11 +39,11 @@ SinkPageFace::SinkPageFace(CAppSinkCfgPropertyPage& page, QWidget* parent)
   grid->setRowStretch(grid->rowCount(), 1);
 }
 
-QRadioButton* SinkPageFace::MakeRadio(unsigned id, const char* text, Press press) {
+QRadioButton* SinkPageFace::MakeRadio(unsigned id, const char* text, std::function<void()> press) {
   auto* const radio = new PromptButton<QRadioButton>(text, this);
   NameControl(*radio, id, text);
   connect(radio, &QRadioButton::clicked, this,
-          [this, press] { Forward([this, press] { (m_page.*press)(); }); });
+          [this, press = std::move(press)] { Forward(press); });
   return radio;
 }
 

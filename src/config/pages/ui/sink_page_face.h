@@ -5,6 +5,8 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
+
 #include "config/pages/sink_page.h"
 #include "docview/sheet/ui/page_face.h"
 
@@ -22,10 +24,9 @@ class SinkPageFace final : public QtPageFace {
   bool TakeData() override;
 
  private:
-  using Press = void (CAppSinkCfgPropertyPage::*)();
   void MakeServer(QGridLayout& grid);
   void MakeFile(QGridLayout& grid);
-  QRadioButton* MakeRadio(unsigned id, const char* text, Press press);
+  QRadioButton* MakeRadio(unsigned id, const char* text, std::function<void()> press);
   QLineEdit* MakeField(unsigned id, const char* label, QGridLayout& grid);
   QComboBox* MakeCombo(unsigned id, const char* label, const std::vector<std::string>& choices,
                        QGridLayout& grid);

@@ -11,8 +11,8 @@ namespace {
 
 // In the order of the help.
 constexpr std::unique_ptr<Command> (*kMakers[])(CLI::App&) = {
-    MakeGen,  MakeInfo,    MakeDump, MakeSave, MakeConvert, MakeExport, MakeFind, MakeTree,
-    MakeTail, MakeCapture, MakeApps, MakeShow, MakeSet,     MakeSink,   MakeEmit};
+    MakeGen,  MakeInfo,    MakeDump, MakeSave, MakeConvert, MakeExport, MakeFind,   MakeTree,
+    MakeTail, MakeCapture, MakeApps, MakeShow, MakeSet,     MakeSink,   MakeConfig, MakeEmit};
 
 }  // namespace
 
@@ -30,6 +30,7 @@ CommandLine::CommandLine() {
       "  trc tree sample.trc --depth 4\n"
       "  trc tail\n"
       "  trc set orders Database/Query support\n"
+      "  trc config save orders.tcf orders\n"
       "\n"
       "'trc COMMAND --help' describes a command. Exit status: 0 success, 1 the\n"
       "answer is no or traces were lost, 2 wrong use or bad input, 3 the file is\n"
@@ -60,7 +61,7 @@ const Command& CommandLine::Named() {
   }
   throw CLI::RequiredError(
       "a command is needed: gen, info, dump, find, tree, save, convert, export, tail, capture, "
-      "apps, show, set, sink or emit",
+      "apps, show, set, sink, config or emit",
       CLI::ExitCodes::RequiredError);
 }
 

@@ -20,8 +20,10 @@ _trc() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command= word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    case $word in
-      gen | info | dump | find | tree | save | convert | export | tail | capture | apps | show | set | sink | emit) command=$word; break ;;
+    case $command:$word in
+      config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
+      :config) command=config ;;
+      :gen | :info | :dump | :find | :tree | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -30,6 +32,7 @@ _trc() {
     export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
     export:-c | export:--columns) _trc_columns "$current"; return ;;
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
+    config\ *:-m | config\ *:--machine) return ;;
     tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
     dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
@@ -54,11 +57,22 @@ _trc() {
       apps | show) options='--help --json' ;;
       set) options='--help --all' ;;
       sink) options='--help --server --file --flush --max-files --max-size' ;;
+      config | 'config diff') options='--help' ;;
+      'config check' | 'config save' | 'config apply') options='--help --machine' ;;
+      'config show') options='--help --machine --json' ;;
       emit) options='--help --app --components --rate --count --text-bytes --threads --blocks --seed' ;;
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink config emit' -- "$current"))
+  elif [[ $command == config ]]; then
+    COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
+  elif [[ $command == 'config save' && $previous != save ]]; then
+    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current"))
+  elif [[ $command == config* ]]; then
+    compopt -o filenames
+    local IFS=$'\n'
+    COMPREPLY=($(compgen -d -- "$current") $(compgen -f -X '!*.tcf' -- "$current"))
   elif [[ $command == set ]]; then
     local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)
     COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose

@@ -1,6 +1,7 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find tree save convert export tail capture apps show set sink emit
+set -l commands gen info dump find tree save convert export tail capture apps show set sink config emit
+set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
 
@@ -28,6 +29,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List 
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a show -d "Show traces, settings and sink"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a set -d "Switch traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a sink -d "Choose where traces go"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a config -d "Check, save, apply or compare configurations"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a emit -d "Act as a traced application"
 complete -c trc -s h -l help -d "Print help"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -s V -l version -d "Print the version"
@@ -95,6 +97,17 @@ complete -c trc -n "__fish_seen_subcommand_from sink" -s o -l file -r -d "The ap
 complete -c trc -n "__fish_seen_subcommand_from sink" -l flush -d "Hand over each trace at once"
 complete -c trc -n "__fish_seen_subcommand_from sink" -l max-files -x -d "Keep so many full files"
 complete -c trc -n "__fish_seen_subcommand_from sink" -l max-size -x -d "Size of a full file in MB"
+
+set -l config "__fish_seen_subcommand_from config; and not __fish_seen_subcommand_from $parts"
+complete -c trc -n "$config" -f -a check -d "Read a file, and say what is wrong with it"
+complete -c trc -n "$config" -f -a show -d "Show settings and sinks of a file or a machine"
+complete -c trc -n "$config" -f -a save -d "Save settings and sinks of applications"
+complete -c trc -n "$config" -f -a apply -d "Put a file in force on a machine"
+complete -c trc -n "$config" -f -a diff -d "Print what would change"
+set -l config "__fish_seen_subcommand_from config; and __fish_seen_subcommand_from"
+complete -c trc -n "$config check show save apply" -s m -l machine -x -d "The machine"
+complete -c trc -n "$config show" -s j -l json -d "One JSON array"
+complete -c trc -n "$config save" -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null)"
 
 complete -c trc -n "__fish_seen_subcommand_from emit" -s a -l app -x -d "Name of the application"
 complete -c trc -n "__fish_seen_subcommand_from emit" -s c -l components -x -d "Its components"

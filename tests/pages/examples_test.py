@@ -56,6 +56,8 @@ def samples(folder, bin_folder):
     for name in ("sample.trc", "web.trc", "db.trc"):
         subprocess.run([trc, "gen", "-n", "200000", "-s", "7", str(folder / name)], check=True)
     subprocess.run([trc, "gen", "-n", "1000", "--old", str(folder / "old.trc")], check=True)
+    for name in ("orders.tcf", "all.tcf"):
+        (folder / name).write_text('TCF Version 3.2\nAPP: "orders"\nTRACE: "Database" "Query" Info\n')
     return folder
 
 

@@ -8,11 +8,11 @@ import known
 from machines import HERE, Machine
 from typed import Typed, stopped_by, wait_for_words
 
-LIVE = r"\btrc (tail|capture|apps|show|set|sink)\b|\btessera .*--monitor|\bquord status"
+LIVE = r"\btrc (tail|capture|apps|show|set|sink|config)\b|\btessera .*--monitor|\bquord status"
 SERVES = r"\bquord( --(?!help|version)| -f|$)"
 ON_FILES = {"info": "sample.trc", "dump": "sample.trc", "tree": "sample.trc",
             "export": "sample.trc rows.csv"}
-COMMAND_ALONE = r"trc (?!apps)[a-z]+|quord keys( [a-z]+)?"
+COMMAND_ALONE = r"trc (?!apps)[a-z]+|trc config [a-z]+|quord keys( [a-z]+)?"
 FAR = r"\borders1(\.example\.org)?(:7447)?(?= |$)"
 
 

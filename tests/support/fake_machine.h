@@ -167,7 +167,8 @@ class FakeConfig final : public trace_Config_i {
   const std::list<std::string>& GetAppList() const override {
     m_machine.m_log += "list\n";
     m_list.clear();
-    if (m_machine.m_away) return m_list;
+    m_answered = !m_machine.m_away;
+    if (!m_answered) return m_list;
     std::set<std::string> names;
     for (const auto& [name, app] : m_machine.m_apps)
       if (app.instances > 0) names.insert(name);
@@ -179,12 +180,14 @@ class FakeConfig final : public trace_Config_i {
     const auto known = m_machine.m_apps.find(app);
     return known == m_machine.m_apps.end() ? 0 : known->second.instances;
   }
+  bool WasAnswered() const override { return m_answered; }
   bool IsUp() const override { return !m_machine.m_away; }
 
  private:
   FakeMachine& m_machine;
   const std::string m_host;
   mutable std::list<std::string> m_list;
+  mutable bool m_answered = true;
 };
 
 inline trace_Config_i* FakeMachine::Connect(const std::string& host, std::string* why) {

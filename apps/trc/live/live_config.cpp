@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "live/app_text.h"
 #include "live/live.h"
 #include "near_word.h"
 #include "quor/client/trace_config.h"
@@ -11,92 +12,6 @@
 #include "text/visible_text.h"
 
 namespace {
-
-int Unreachable(const std::string& why) {
-  PrintError(why);
-  return kExitBad;
-}
-
-std::string Quoted(const std::string& text) {
-  return "\"" + VisibleText(text) + "\"";
-}
-
-const char* WordOf(trc_SinkTypes_e type) {
-  switch (type) {
-    case trc_SinkFile:
-      return "file";
-    case trc_SinkSocket:
-      return "socket";
-    default:
-      return "unknown";
-  }
-}
-
-struct Sink {
-  explicit Sink(const trace_App_i& app) { app.GetSink(type, name, options); }
-  trc_SinkTypes_e type = trc_SinkSocket;
-  std::string name, options;
-};
-
-int NoSuchApp(const std::string& app, const std::list<std::string>& known) {
-  std::vector<std::string> shown;
-  for (const std::string& other : known) shown.push_back(VisibleText(other));
-  PrintError("there is no application " + Quoted(app) + DidYouMean(VisibleText(app), shown));
-  return kExitNo;
-}
-
-void ShowAsText(const trace_App_i& app, Output& output) {
-  const Sink sink(app);
-  std::size_t width = 0;
-  for (const trace_Component_t& component : app.GetTraceMap())
-    for (const trace_Category_t& category : component.categories)
-      width = std::max(width, ScreenWidth(VisibleText(component.name + "/" + category.name)));
-  output.Line("Application  " + VisibleText(app.GetAppName()));
-  output.Line("Sink         " + std::string(WordOf(sink.type)) + " " + Quoted(sink.name) +
-              (sink.options.empty() ? "" : " " + Quoted(sink.options)));
-  for (const trace_Component_t& component : app.GetTraceMap()) {
-    for (const trace_Category_t& category : component.categories) {
-      const std::string name = VisibleText(component.name + "/" + category.name);
-      output.Line(name + std::string(width - ScreenWidth(name) + 2, ' ') +
-                  SettingsToLabel(app.GetSettings(category.traceId)));
-    }
-  }
-}
-
-void AppendField(std::string& json, std::string_view key, const std::string& text) {
-  json.append(key);
-  AppendJsonText(json, text);
-}
-
-void ShowAsJson(const trace_App_i& app, Output& output) {
-  const Sink sink(app);
-  std::string& json = output.Buffer();
-  AppendField(json, "{\"application\":", app.GetAppName());
-  AppendField(json, ",\"sink\":{\"type\":", WordOf(sink.type));
-  AppendField(json, ",\"name\":", sink.name);
-  AppendField(json, ",\"options\":", sink.options);
-  json.append("},\"components\":[");
-  const char* between = "";
-  for (const trace_Component_t& component : app.GetTraceMap()) {
-    json.append(std::exchange(between, ","));
-    AppendField(json, "{\"name\":", component.name);
-    json.append(",\"categories\":[");
-    const char* comma = "";
-    for (const trace_Category_t& category : component.categories) {
-      json.append(std::exchange(comma, ","));
-      AppendField(json, "{\"name\":", category.name);
-      json.append(",\"id\":");
-      AppendNumber(json, category.traceId);
-      json.append(",\"settings\":");
-      AppendNumber(json, app.GetSettings(category.traceId));
-      AppendField(json, ",\"words\":", SettingsToLabel(app.GetSettings(category.traceId)));
-      json.push_back('}');
-    }
-    json.append("]}");
-  }
-  json.append("]}");
-  output.EndLine();
-}
 
 // The traces of a "COMPONENT" or "COMPONENT/CATEGORY"; either name may contain a "/".
 std::vector<unsigned> TracesOf(const trace_App_i& app, const std::string& target) {
@@ -145,6 +60,7 @@ int RunApps(const AppsOptions& options) {
   const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
   if (!config) return Unreachable(why);
   const std::list<std::string>& apps = config->GetAppList();
+  if (!config->WasAnswered()) return Unreachable("no answer in time");
   Output output;
   if (options.json) {
     std::string& json = output.Buffer();
@@ -172,14 +88,18 @@ int RunShow(const ShowOptions& options) {
   const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
   if (!config) return Unreachable(why);
   const std::list<std::string> running = config->GetAppList();
-  const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
+  const QuorPtr<trace_App_i> app = trace_App_i::Look(options.machine, options.app, &why);
   if (!app) return Unreachable(why);
-  // Our own handle adds the application to the list, so the list was read before.
   if (app->GetTraceMap().empty() &&
       std::find(running.begin(), running.end(), options.app) == running.end())
     return NoSuchApp(options.app, running);
   Output output;
-  options.json ? ShowAsJson(*app, output) : ShowAsText(*app, output);
+  if (!options.json) {
+    ShowAsText(ShownApp(*app), output);
+    return output.Finish();
+  }
+  AppendAppJson(output.Buffer(), ShownApp(*app));
+  output.EndLine();
   return output.Finish();
 }
 

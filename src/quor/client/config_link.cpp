@@ -1,5 +1,6 @@
 #include "quor/client/config_link.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -7,30 +8,36 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds kDeadline{5000};
+std::chrono::milliseconds LeftUntil(ConfigLink::Clock::time_point until) {
+  const auto left = until - ConfigLink::Clock::now();
+  return std::max(std::chrono::ceil<std::chrono::milliseconds>(left), {});
+}
 
 }  // namespace
 
-std::shared_ptr<ConfigLink> ConfigLink::To(const std::string& host, std::string* why) {
+std::shared_ptr<ConfigLink> ConfigLink::To(const std::string& host, Clock::time_point until,
+                                           std::string* why) {
   static std::mutex mutex;
   static std::map<std::string, std::weak_ptr<ConfigLink>> links;
   const std::lock_guard lock(mutex);
   std::erase_if(links, [](const auto& entry) { return entry.second.expired(); });
-  if (auto link = links[host].lock()) return link->m_link.Await(kDeadline, why) ? link : nullptr;
+  if (auto link = links[host].lock())
+    return link->m_link.Await(LeftUntil(until), why) ? link : nullptr;
   auto link = std::make_shared<ConfigLink>(host);
-  if (!link->m_link.Start(kDeadline, why)) return nullptr;
+  if (!link->m_link.Start(LeftUntil(until), why)) return nullptr;
   links[host] = link;
   return link;
 }
 
-bool ConfigLink::Ask(quor::wire::Request request, quor::wire::Response* response,
-                     std::string* why) {
+bool ConfigLink::Ask(quor::wire::Request request, Clock::time_point until,
+                     quor::wire::Response* response, std::string* why) {
   std::unique_lock lock(m_mutex);
-  return AskLocked(lock, std::move(request), response, why);
+  return AskLocked(lock, std::move(request), until, response, why);
 }
 
 bool ConfigLink::AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Request request,
-                           quor::wire::Response* response, std::string* why) {
+                           Clock::time_point until, quor::wire::Response* response,
+                           std::string* why) {
   const std::uint32_t id = m_questions.Add(std::move(request));
   m_link.Post([this, id](Connection* connection) {
     if (!connection) return;  // OnUp does it
@@ -38,18 +45,18 @@ bool ConfigLink::AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Reque
     if (const quor::wire::Request* const unsent = m_questions.TakeUnsent(id))
       connection->Send(FrameType::Request, *unsent);
   });
-  m_answered.wait_for(lock, kDeadline, [&] { return m_questions.IsAnswered(id); });
+  m_answered.wait_until(lock, until, [&] { return m_questions.IsAnswered(id); });
   const std::optional<quor::wire::Response> answer = m_questions.Take(id);
   if (!answer) m_heard = false;
   if (!answer) return FailWith(why, "no answer in time");
-  if (answer->error() != quor::wire::ERROR_NONE) return FailWith(why, answer->text());
   if (response) *response = *answer;
-  return true;
+  return answer->error() == quor::wire::ERROR_NONE || FailWith(why, answer->text());
 }
 
 // One lock for the count and the question: otherwise a connection that begins in between would open
 // the application, and the question would open it once more.
-bool ConfigLink::Open(const std::string& app, quor::wire::Response* response, std::string* why) {
+bool ConfigLink::Open(const std::string& app, Clock::time_point until,
+                      quor::wire::Response* response, std::string* why) {
   quor::wire::Request request;
   std::unique_lock lock(m_mutex);
   if (m_open[app]++ == 0) {
@@ -57,7 +64,7 @@ bool ConfigLink::Open(const std::string& app, quor::wire::Response* response, st
   } else {
     request.mutable_get_app()->set_name(app);
   }
-  if (AskLocked(lock, std::move(request), response, why)) return true;
+  if (AskLocked(lock, std::move(request), until, response, why)) return true;
   lock.unlock();
   Close(app);
   return false;

@@ -2,13 +2,14 @@
 //
 // Owner    Shared. The last handle ends it. The service then closes the applications that this
 //          program had opened.
-// Errors   Ask returns false when the machine refuses or has not answered in time. A broken
+// Errors   Ask returns false when the machine refuses or has not answered by the deadline. A broken
 //          connection is made again: open applications are opened again, and open questions are
 //          asked again.
 // Threads  Interface thread; Ask blocks.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -20,16 +21,23 @@
 
 class ConfigLink final : public ServiceLink::User {
  public:
-  // The link to the machine of this text, made if there is none; null when it cannot be reached
-  // now.
-  static std::shared_ptr<ConfigLink> To(const std::string& host, std::string* why = nullptr);
+  using Clock = std::chrono::steady_clock;
+  // Of a call that begins now. One for all that a call asks, so that it does not wait twice.
+  static Clock::time_point Deadline() { return Clock::now() + std::chrono::seconds(5); }
+
+  // The link to the machine of this text, made if there is none; null when it cannot be reached.
+  static std::shared_ptr<ConfigLink> To(const std::string& host, Clock::time_point until,
+                                        std::string* why = nullptr);
 
   explicit ConfigLink(const std::string& host) : m_link(host, quor::wire::ROLE_CONFIGURE, *this) {}
   ~ConfigLink() { m_link.Stop(); }
 
-  bool Ask(quor::wire::Request request, quor::wire::Response* response, std::string* why = nullptr);
+  // `response` also gets the answer of a machine that refuses.
+  bool Ask(quor::wire::Request request, Clock::time_point until, quor::wire::Response* response,
+           std::string* why = nullptr);
   // Opens a handle on an application; call Close as often. The answer contains its state.
-  bool Open(const std::string& app, quor::wire::Response* response, std::string* why = nullptr);
+  bool Open(const std::string& app, Clock::time_point until, quor::wire::Response* response,
+            std::string* why = nullptr);
   void Close(const std::string& app);
 
   void OnUp(Connection& connection, const quor::wire::Welcome& welcome) override;
@@ -40,7 +48,7 @@ class ConfigLink final : public ServiceLink::User {
 
  private:
   bool AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Request request,
-                 quor::wire::Response* response, std::string* why);
+                 Clock::time_point until, quor::wire::Response* response, std::string* why);
 
   ServiceLink m_link;
   std::atomic<bool> m_up{false};  // set on the link's thread

@@ -15,11 +15,19 @@ class App final : public trace_App_i {
     if (m_open) m_link->Close(m_name);
   }
 
-  bool Open(std::string* why) {
+  bool Open(ConfigLink::Clock::time_point until, std::string* why) {
     quor::wire::Response response;
-    m_open = m_link->Open(m_name, &response, why);
+    m_open = m_link->Open(m_name, until, &response, why);
     if (m_open) Take(response.app());
     return m_open;
+  }
+  bool Read(ConfigLink::Clock::time_point until, std::string* why) {
+    quor::wire::Request request;
+    quor::wire::Response response;
+    request.mutable_get_app()->set_name(m_name);
+    const bool known = m_link->Ask(std::move(request), until, &response, why);
+    if (known) Take(response.app());
+    return known || response.error() == quor::wire::ERROR_UNKNOWN_APP;
   }
 
   const std::string& GetAppName() const override { return m_name; }
@@ -88,7 +96,7 @@ bool App::Submit() const {
     submit.mutable_sink()->set_name(m_sinkName);
     submit.mutable_sink()->set_options(m_sinkOptions);
   }
-  if (!m_link->Ask(std::move(request), nullptr)) return false;
+  if (!m_link->Ask(std::move(request), ConfigLink::Deadline(), nullptr)) return false;
   m_held.clear();
   m_sinkHeld = false;
   return true;
@@ -98,7 +106,7 @@ bool App::Refresh() {
   quor::wire::Request request;
   quor::wire::Response response;
   request.mutable_get_app()->set_name(m_name);
-  if (!m_link->Ask(std::move(request), &response)) return false;
+  if (!m_link->Ask(std::move(request), ConfigLink::Deadline(), &response)) return false;
   Take(response.app());
   return true;
 }
@@ -133,8 +141,17 @@ void App::Take(const quor::wire::App& app) {
 
 trace_App_i* trace_App_i::Create(const std::string& host, const std::string& app,
                                  std::string* why) {
-  auto link = ConfigLink::To(host, why);
+  const auto until = ConfigLink::Deadline();
+  auto link = ConfigLink::To(host, until, why);
   if (!link) return nullptr;
   auto made = std::make_unique<App>(app, std::move(link));
-  return made->Open(why) ? made.release() : nullptr;
+  return made->Open(until, why) ? made.release() : nullptr;
+}
+
+trace_App_i* trace_App_i::Look(const std::string& host, const std::string& app, std::string* why) {
+  const auto until = ConfigLink::Deadline();
+  auto link = ConfigLink::To(host, until, why);
+  if (!link) return nullptr;
+  auto made = std::make_unique<App>(app, std::move(link));
+  return made->Read(until, why) ? made.release() : nullptr;
 }

@@ -20,7 +20,8 @@ class Config final : public trace_Config_i {
     quor::wire::Request request;
     quor::wire::Response response;
     request.mutable_list_apps();
-    if (!m_link->Ask(request, &response)) return m_apps;
+    m_answered = m_link->Ask(request, ConfigLink::Deadline(), &response);
+    if (!m_answered) return m_apps;
     for (int i = 0; i < response.app_names_size(); ++i) {
       const std::string& app = response.app_names(i);
       const unsigned instances = i < response.app_instances_size() ? response.app_instances(i) : 0;
@@ -32,6 +33,7 @@ class Config final : public trace_Config_i {
     const auto known = m_instances.find(app);
     return known == m_instances.end() ? 0 : known->second;
   }
+  bool WasAnswered() const override { return m_answered; }
   bool IsUp() const override { return m_link->IsUp(); }
 
  private:
@@ -39,12 +41,13 @@ class Config final : public trace_Config_i {
   const std::shared_ptr<ConfigLink> m_link;
   mutable std::list<std::string> m_apps;
   mutable std::map<std::string, unsigned> m_instances;
+  mutable bool m_answered = true;
 };
 
 }  // namespace
 
 trace_Config_i* trace_Config_i::Create(const std::string& host, std::string* why) {
-  auto link = ConfigLink::To(host, why);
+  auto link = ConfigLink::To(host, ConfigLink::Deadline(), why);
   return link ? new Config(host, std::move(link)) : nullptr;
 }
 

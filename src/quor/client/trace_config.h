@@ -48,8 +48,10 @@ class trace_Config_i : public QuorRef::Ref_t {
   virtual const std::list<std::string>& GetAppList() const = 0;
   // Not in the interface's table: how many instances ran at the last GetAppList.
   virtual unsigned GetInstances(const std::string& app) const = 0;
-  // Not there either: false while a broken connection is not restored yet, and while a service that
-  // left a question without an answer has not been heard again.
+  // Nor these. Was the last GetAppList answered? Else its list is empty for that reason.
+  virtual bool WasAnswered() const = 0;
+  // False while a broken connection is not restored yet, and while a service that left a question
+  // without an answer has not been heard again.
   virtual bool IsUp() const = 0;
 };
 
@@ -58,6 +60,10 @@ class trace_App_i : public QuorRef::Ref_t {
   // Works for an application that is not registered yet: empty trace map, sink "localhost".
   static trace_App_i* Create(const std::string& host, const std::string& app,
                              std::string* why = nullptr);
+  // A look that opens no handle there, so that nothing changes on the machine. Submit sends only
+  // what another handle or an instance allows. Unknown application: as above.
+  static trace_App_i* Look(const std::string& host, const std::string& app,
+                           std::string* why = nullptr);
   virtual const std::string& GetAppName() const = 0;
   virtual const std::list<trace_Component_t>& GetTraceMap() const = 0;  // stable until Refresh
   virtual unsigned GetSettings(unsigned traceId) const = 0;

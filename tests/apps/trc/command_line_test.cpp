@@ -46,6 +46,7 @@ TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
       {"show", {"-j,--json", "[MACHINE] APP"}},
       {"set", {"-a,--all", "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS..."}},
       {"sink", {"-s,--server", "-o,--file", "--flush", "--max-files", "--max-size"}},
+      {"config", {"check", "show", "save", "apply", "diff"}},
       {"emit", {"-a,--app", "-r,--rate", "-n,--count", "--text-bytes", "-b,--blocks"}}};
   for (const auto& [command, parts] : commands) {
     const TrcRun run = RunTrc({command, "--help"});
@@ -66,7 +67,7 @@ TEST(TrcCommandLine, VersionIsOneLine) {
 
 TEST(TrcCommandLine, WithoutACommandItIsWrongUse) {
   ExpectRefused({}, "a command is needed: gen, info, dump, ");
-  ExpectRefused({}, "sink or emit\nTry 'trc --help'.\n");
+  ExpectRefused({}, "sink, config or emit\nTry 'trc --help'.\n");
   ExpectRefused({"--jsn"}, "--jsn");
 }
 
@@ -222,6 +223,11 @@ std::vector<std::string> FirstWords(const std::string& help, const std::string& 
   return words;
 }
 
+std::string Replaced(std::string text, char from, char to) {
+  std::replace(text.begin(), text.end(), from, to);
+  return text;
+}
+
 // What stands between the two; empty when the first is not there.
 std::string Between(const std::string& text, const std::string& first, const std::string& last) {
   const std::size_t begin = text.find(first);
@@ -236,18 +242,24 @@ TEST(TrcCommandLine, ThePackagedManualAndCompletionsKnowEveryOptionAndCommand) {
   const std::string bash = ReadAll(folder + "/completions/trc.bash");
   const std::string zsh = ReadAll(folder + "/completions/_trc");
   const std::string fish = ReadAll(folder + "/completions/trc.fish");
-  const std::vector<std::string> commands = FirstWords(RunTrc({"--help"}).out, "Commands:");
-  EXPECT_GE(commands.size(), 15u);
+  std::vector<std::string> commands = FirstWords(RunTrc({"--help"}).out, "Commands:");
+  EXPECT_GE(commands.size(), 16u);
+  const auto parts = FirstWords(RunTrc({"config", "--help"}).out, "Commands:");
+  EXPECT_GE(parts.size(), 5u);
+  for (const std::string& part : parts) commands.push_back("config " + part);
   std::size_t known = 0;
   for (const std::string& command : commands) {
     const std::string section = Between(manual, "\n.SS trc " + command + "\n", "\n.S");
+    const std::vector<std::string> words = LinesOf(Replaced(command, ' ', '\n'));
     for (const std::string* const file : {&bash, &zsh, &fish})
-      EXPECT_TRUE(Has(*file, command)) << command;
-    const auto options = FirstWords(RunTrc({command, "--help"}).out, "Options:");
+      EXPECT_TRUE(Has(*file, words.back())) << command;
+    std::vector<std::string> help = words;
+    help.emplace_back("--help");
+    const auto options = FirstWords(RunTrc(help).out, "Options:");
     EXPECT_GE(options.size(), 1u) << command;  // --help itself
     known += options.size();
-    for (const std::string& words : options) {
-      const std::string option = words.substr(words.find("--"));  // after "-f,"
+    for (const std::string& names : options) {
+      const std::string option = names.substr(names.find("--"));  // after "-f,"
       EXPECT_TRUE(option == "--help" || Has(section, option)) << command << " " << option;
       EXPECT_TRUE(Has(bash, option)) << option;
       EXPECT_TRUE(Has(zsh, option)) << option;

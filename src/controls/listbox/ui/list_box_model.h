@@ -4,6 +4,7 @@
 #include <QAbstractListModel>
 
 #include "controls/listbox/list_box_items.h"
+#include "controls/text/ui/row_text.h"
 #include "docview/ui/plain_tool_tip.h"
 
 class ListBoxModel final : public QAbstractListModel {
@@ -34,10 +35,11 @@ class ListBoxModel final : public QAbstractListModel {
   }
   QVariant data(const QModelIndex& index, int role) const override {
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
-    const QString text = QString::fromStdString(m_items.Text(index.row()));
+    const QString text = CellLine(m_items.Text(index.row()), kTextBytes);
     return role == Qt::DisplayRole ? text : PlainToolTip(text);
   }
 
  private:
+  static constexpr std::size_t kTextBytes = 4096;  // names come from other machines
   ListBoxItems m_items;
 };

@@ -1,6 +1,13 @@
 #include "controls/report/ui/report_model.h"
 
+#include "controls/text/ui/row_text.h"
 #include "docview/ui/plain_tool_tip.h"
+
+namespace {
+
+constexpr std::size_t kTextBytes = 4096;  // names come from other machines
+
+}  // namespace
 
 void ReportModel::AddColumn(const QString& heading) {
   const int place = static_cast<int>(m_headings.size());
@@ -31,7 +38,7 @@ int ReportModel::columnCount(const QModelIndex& parent) const {
 QVariant ReportModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid()) return {};
   if (role != Qt::DisplayRole) return {};
-  return QString::fromStdString(m_owner.ReportText(index.row(), index.column()));
+  return CellLine(m_owner.ReportText(index.row(), index.column()), kTextBytes);
 }
 
 QVariant ReportModel::headerData(int section, Qt::Orientation orientation, int role) const {

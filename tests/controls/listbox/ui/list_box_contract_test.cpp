@@ -92,6 +92,17 @@ TEST(ListBoxWidget, AMenuKeyOpensTheMenuAndSelectsNothingElse) {
   EXPECT_EQ(harness.Box().CurSel(), 1);
 }
 
+TEST(ListBoxWidget, ANameWithLineEndsIsOneLine) {
+  RecordingListBoxOwner owner;
+  QtListBoxHarness harness(owner, ListBoxMode::One);
+  harness.Box().AddString("plain");
+  const int height = harness.Widget().sizeHintForRow(0);
+  harness.Box().AddString("a\nb\x01");
+  EXPECT_EQ(harness.Widget().model()->index(0, 0).data().toString(), QString::fromUtf8("a\u23CE" "b "));
+  EXPECT_EQ(harness.Widget().sizeHintForRow(0), height);
+  EXPECT_EQ(harness.Box().Text(0), "a\nb\x01");
+}
+
 TEST(ListBoxWidget, HasANameForScreenReaders) {
   RecordingListBoxOwner owner;
   QtListBoxHarness harness(owner, ListBoxMode::One);

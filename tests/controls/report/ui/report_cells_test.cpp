@@ -116,3 +116,11 @@ TEST_F(ReportCellsTest, OnlyATextThatIsCutHasAToolTip) {
   ToolTipOf(1, 0);
   EXPECT_TRUE(QTest::qWaitFor([] { return QToolTip::text().isEmpty(); })) << "it leaves";
 }
+
+TEST_F(ReportCellsTest, ANameWithLineEndsIsOneLine) {
+  const int height = m_list.RowHeight();
+  m_owner.mask = "a\nb\x01";
+  m_list.SetItemCount(1);
+  EXPECT_EQ(m_list.RowHeight(), height);
+  EXPECT_EQ(m_list.model()->index(0, 1).data().toString(), QString::fromUtf8("a\u23CE" "b "));
+}

@@ -33,6 +33,7 @@ class RecordingReportOwner final : public ReportListOwner {
     return names.at(static_cast<std::size_t>(row)) + "." + std::to_string(column);
   }
   std::vector<ReportMark> ReportMarks(int, int) override { return {}; }
+  std::string ReportEmptyText() override { return "nothing here"; }
   std::vector<int> ReportWidths(int roomPx) override { return {roomPx / 2, roomPx - roomPx / 2}; }
   void OnReportSelection() override {
     ++selections;

@@ -49,6 +49,7 @@ class CTracesList final : public ReportListOwner {
 
   std::string ReportText(int row, int column) override;
   std::vector<ReportMark> ReportMarks(int row, int column) override;
+  std::string ReportEmptyText() override { return "This application has no traces yet."; }
   std::vector<int> ReportWidths(int roomPx) override { return TraceColumnWidths(roomPx); }
   void OnReportSelection() override;
   void OnReportHeading(int column) override;

@@ -25,6 +25,8 @@ class ReportListOwner {
  public:
   virtual std::string ReportText(int row, int column) = 0;
   virtual std::vector<ReportMark> ReportMarks(int row, int column) = 0;
+  // Shown while there are no rows.
+  virtual std::string ReportEmptyText() = 0;
   // The widths of all columns in a list of this width, which is without a vertical scroll bar.
   // Asked for every size of the list until the user has dragged a heading.
   virtual std::vector<int> ReportWidths(int roomPx) = 0;

@@ -139,6 +139,9 @@ TEST_F(SinkPageTest, AFileNameWithoutAnExtensionGetsOneWhenThePageIsLeft) {
   EXPECT_TRUE(Leaves(Sink::kFileName, "/var/log.d/orders"));
   EXPECT_EQ(m_window->Text(Sink::kFileName), "/var/log.d/orders.trc");
   EXPECT_EQ(Boxes(), "");
+  m_window->Type(Sink::kFileName, "new");
+  EXPECT_FALSE(Leaves(Sink::kMaxSize, "0"));
+  EXPECT_EQ(m_window->Text(Sink::kFileName), "new.trc") << "also if another field holds the page";
 }
 
 TEST_F(SinkPageTest, AnExtensionInCapitalsPasses) {

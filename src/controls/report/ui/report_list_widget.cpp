@@ -2,12 +2,20 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <algorithm>
 
 #include "controls/report/ui/report_cells.h"
 #include "controls/report/ui/report_model.h"
+#include "docview/ui/mixed_color.h"
+
+namespace {
+
+constexpr double kSoft = 0.6;
+
+}  // namespace
 
 QtReportList::QtReportList(ReportListOwner& owner, const QString& spokenName, QWidget* parent)
     : QTreeView(parent), m_owner(owner), m_model(new ReportModel(owner, this)) {
@@ -56,6 +64,8 @@ void QtReportList::ShowSort(int column, bool descending) {
 
 void QtReportList::SetItemCount(int rows) {
   m_model->SetRows(rows);
+  setAccessibleDescription(rows == 0 ? QString::fromStdString(m_owner.ReportEmptyText())
+                                     : QString());
   scrollToTop();
   m_owner.OnReportSelection();
 }
@@ -109,6 +119,15 @@ void QtReportList::selectionChanged(const QItemSelection& selected,
                                     const QItemSelection& deselected) {
   QTreeView::selectionChanged(selected, deselected);
   if (m_made) m_owner.OnReportSelection();
+}
+
+void QtReportList::paintEvent(QPaintEvent* event) {
+  QTreeView::paintEvent(event);
+  if (ItemCount() > 0) return;
+  QPainter painter(viewport());
+  painter.setPen(Mixed(palette().color(QPalette::Base), palette().color(QPalette::Text), kSoft));
+  painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
+                   QString::fromStdString(m_owner.ReportEmptyText()));
 }
 
 void QtReportList::resizeEvent(QResizeEvent* event) {

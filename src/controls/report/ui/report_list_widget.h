@@ -36,6 +36,7 @@ class QtReportList final : public QTreeView, public ReportList {
 
  protected:
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;

@@ -22,12 +22,13 @@ class MarkedOwner final : public ReportListOwner {
     if (column == 0) return {};
     return {{ReportMark::Tone::Info, false}, {ReportMark::Tone::Error, row == 1}};
   }
+  std::string ReportEmptyText() override { return empty; }
   std::vector<int> ReportWidths(int) override { return {100, 100}; }
   void OnReportSelection() override {}
   void OnReportHeading(int) override {}
   void OnReportDoubleClick() override {}
 
-  std::string mask = "x";
+  std::string mask = "x", empty = "no rows";
 };
 
 class ReportCellsTest : public testing::Test {
@@ -122,5 +123,18 @@ TEST_F(ReportCellsTest, ANameWithLineEndsIsOneLine) {
   m_owner.mask = "a\nb\x01";
   m_list.SetItemCount(1);
   EXPECT_EQ(m_list.RowHeight(), height);
-  EXPECT_EQ(m_list.model()->index(0, 1).data().toString(), QString::fromUtf8("a\u23CE" "b "));
+  EXPECT_EQ(m_list.model()->index(0, 1).data().toString(), QString("a%1b ").arg(QChar(0x23CE)));
+}
+
+TEST_F(ReportCellsTest, AnEmptyListSaysSoOnTheScreenAndToAScreenReader) {
+  const auto picture = [this] { return m_list.viewport()->grab().toImage(); };
+  m_owner.empty = "";
+  m_list.SetItemCount(0);
+  const QImage blank = picture();
+  m_owner.empty = "no rows";
+  m_list.SetItemCount(0);
+  EXPECT_NE(picture(), blank);
+  EXPECT_EQ(m_list.accessibleDescription(), "no rows");
+  m_list.SetItemCount(1);
+  EXPECT_EQ(m_list.accessibleDescription(), "");
 }

@@ -122,6 +122,21 @@ TEST_F(SinkPageTest, OkSendsTheThreeOptionsInTheirOrderInsteadOfThoseThatWereThe
   EXPECT_TRUE(m_sheet->Ended());
 }
 
+TEST_F(SinkPageTest, ASinkThatTheMachineHasNotTakenIsNotInForce) {
+  Orders().traces.clear();  // only this page submits
+  OpenFile();
+  m_machine.m_refuses = true;
+  m_sheet->SinkPage().OnEdit();
+  m_window->Press(SheetButton::Apply);
+  EXPECT_EQ(m_doc->NotInForce(), std::set<std::string>{"orders"});
+  EXPECT_EQ(m_sheet->Note(), "web has refused these changes.");
+  m_machine.m_refuses = false;
+  m_sheet->SinkPage().OnEdit();
+  m_window->Press(SheetButton::Apply);
+  EXPECT_TRUE(m_doc->NotInForce().empty());
+  EXPECT_EQ(m_sheet->Note(), "");
+}
+
 TEST_F(SinkPageTest, AServerSinkIsNotCheckedAndAnEmptyMachineIsSent) {
   Sink& page = OpenFile();
   page.OnTraceServer();

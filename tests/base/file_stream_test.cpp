@@ -117,8 +117,8 @@ TEST_F(FileStream, AnErrorIsStickyUntilAnotherFileIsTakenUp) {
   EXPECT_EQ(Written(), "abc");
 }
 
-// The writer waits for room in the pipe, and each signal makes its write come back: with a part
-// of the block, or with none.
+// The writer waits for space in the pipe, and each signal interrupts its write: after a part of the
+// block, or before its first byte.
 TEST_F(FileStream, ShortAndInterruptedWritesAreCompleted) {
   struct sigaction nothing = {}, before = {};
   nothing.sa_handler = [](int) {};

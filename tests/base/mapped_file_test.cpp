@@ -125,18 +125,18 @@ TEST_F(MappedFileTest, AFileCutToNothingReadsAsZerosAlsoWhenItWasReadBefore) {
   EXPECT_EQ(SumOf(file->View().data(), 8 * kPage), 0u);
 }
 
-// Some of the pieces of memory that a process may have, to be given back: a sanitizer needs a few
-// where a large file is unmapped. By the system calls themselves, as its own want pieces too.
-class SparePieces {
+// A reserve of mappings, which the kernel limits for each process: a sanitizer needs a few when a
+// large file is unmapped. Made by system calls, because the sanitizer's own functions map memory.
+class SpareMappings {
  public:
-  SparePieces() {
+  SpareMappings() {
     for (std::size_t page = 0; page < kPages; page += 2)
       EXPECT_EQ(syscall(SYS_mprotect, m_pages + static_cast<long>(page * kPage), kPage, PROT_READ),
                 0);
   }
-  ~SparePieces() { syscall(SYS_munmap, m_pages, m_bytes); }
-  SparePieces(const SparePieces&) = delete;
-  SparePieces& operator=(const SparePieces&) = delete;
+  ~SpareMappings() { syscall(SYS_munmap, m_pages, m_bytes); }
+  SpareMappings(const SpareMappings&) = delete;
+  SpareMappings& operator=(const SpareMappings&) = delete;
 
  private:
   static constexpr std::size_t kPages = 32;
@@ -144,11 +144,11 @@ class SparePieces {
   const long m_pages = syscall(SYS_mmap, 0, m_bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 };
 
-// Each page that is put in alone takes some of the pieces of memory that the kernel allows a
-// process: 65,530 unless set otherwise.
-TEST_F(MappedFileTest, CutPagesReadHereAndThereMayBeMoreThanTheKernelAllowsPiecesOfMemory) {
+// Each page that is mapped on its own takes some of the mappings that the kernel allows a process:
+// 65,530 unless set otherwise.
+TEST_F(MappedFileTest, CutPagesReadHereAndThereMayNeedMoreMappingsThanTheKernelAllows) {
   constexpr std::size_t kPages = 80000;
-  // Two are taken at a time: with one more in use before, none is left in the end.
+  // Each page takes two mappings: by the number in use before, one or none is left at the end.
   for (const bool odd : {false, true}) {
     void* const more =
         odd ? mmap(nullptr, kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) : nullptr;
@@ -156,7 +156,7 @@ TEST_F(MappedFileTest, CutPagesReadHereAndThereMayBeMoreThanTheKernelAllowsPiece
     ASSERT_EQ(truncate(path.c_str(), static_cast<off_t>(kPages * kPage)), 0);
     const auto file = Open(path);
     ASSERT_TRUE(file);
-    const SparePieces spare;  // goes before the file
+    const SpareMappings spare;  // destroyed before the file
     ASSERT_EQ(truncate(path.c_str(), 0), 0);
     std::uint64_t sum = 0;
     for (std::size_t page = 0; page < kPages; page += 2) sum += file->View()[page * kPage];
@@ -214,7 +214,7 @@ const volatile std::uint8_t* UnguardedCutPage() {
 
 using MappedFileDeathTest = MappedFileTest;
 
-// By the signal that nobody took for his own; a sanitizer turns it into a report and an end.
+// Ended by the signal, which no handler took; a sanitizer reports it and exits.
 bool DiedOfTheFault(int status) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   return !WIFEXITED(status) || WEXITSTATUS(status) != 0;

@@ -170,7 +170,7 @@ TEST_F(ConversionFailureTest, TheNextBoxComesWhenTheUserHasReadTheFirst) {
   m_host.AnswerBox(BoxAnswer::Yes);
   CTraceFileDoc* const document = Open(path);
   ASSERT_TRUE(m_host.RunUntil([this] { return !ReportedLines("posted box").empty(); }));
-  m_host.RunPosted();  // the interface thread is free all the while
+  m_host.RunPosted();  // the interface thread is not blocked
   EXPECT_EQ(ReportedLines("posted box"),
             "posted box Tessera [stop] \"Error creating temporary file\" (OK)\n");
   EXPECT_TRUE(document->m_loading);

@@ -13,7 +13,7 @@ namespace {
 
 class TraceFileDocTest : public DocumentsTest {
  protected:
-  // The path is refused by a document of its own: gives the boxes that were shown, then why.
+  // A new document refuses the path: returns the boxes that were shown, then the reason.
   std::string Refused(const std::string& path) {
     m_host.ClearTranscript();
     CTraceFileDoc document(m_host);

@@ -81,7 +81,7 @@ TEST(TraceIndexes, TheIdsZeroAndTheLargestAreIdsLikeOthers) {
 
 TEST(TraceIndexes, AgreesWithAScanOfTheListsOverManyTraces) {
   std::mt19937 random(7);
-  // Few ids for most traces, and now and then any id: places of the cache are fought for.
+  // Few ids for most traces, and now and then any id, so that ids replace each other in the cache.
   const auto id = [&random] {
     return static_cast<NameId>(random() % 8 == 0 ? random() : random() % 20);
   };

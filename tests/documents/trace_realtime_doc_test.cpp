@@ -131,7 +131,7 @@ TEST_F(RealtimeDocTest, ATrimTakesTheOldestHundredWhileTheyAreValid) {
   EXPECT_EQ(m_document->m_traces.front()->GetSequenceNumber(), 101u);
 }
 
-// A drain may bring more than the limit: what it trims itself is in no hint of the batch.
+// A drain may bring more than the limit. Traces that it trims itself are in no hint of the batch.
 TEST_F(RealtimeDocTest, OfADrainOf6000AtALimitOf2500NoReleasedTraceReachesAView) {
   Connect();
   g_traceLimit = 2500;
@@ -319,8 +319,8 @@ TEST_F(RealtimeDocTest, TheConnectionEndsBeforeTracesAndCaptureGo) {
   EXPECT_GT(ReadAll(path).size(), 16u);
 }
 
-// A connection says no at the end of what had arrived when the drain began; asked again it would
-// look again, and the interface would never run under a flood.
+// A connection says no after the traces that had arrived when the drain began. Asked once more it
+// would offer those that came since, and under a flood the drain would never end.
 TEST_F(RealtimeDocTest, ADrainEndsWithTheFirstNoOfTheConnection) {
   Connect();
   DrainOf(1);

@@ -142,7 +142,8 @@ TEST_F(Absence, MoreApplicationsThanTheServiceRemembersMayEndMeanwhile) {
   TracedChild steady([](TracedChild& self) { return TraceTwice(self, true); });
   ASSERT_EQ(steady.Reported(), 1u);
   traced += 1500;
-  // So many that some are forgotten while it looks, and others while it is away.
+  // So many that the service forgets some while the monitor is connected, and others while it is
+  // away.
   run(280);
   EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.Sum() == traced - 500; }))
       << monitor.Sum();
@@ -195,7 +196,7 @@ TEST_F(Absence, OfThoseThatCameAndWentDuringALongPauseTheSumIsReported) {
   EXPECT_EQ(monitor.gaps, 0u);
 }
 
-// However long ago it ended.
+// It is counted however long ago the application ended.
 TEST_F(Absence, WhatAServiceThatIsKilledHadNotGivenItsMonitorOfAnEndedApplicationIsCounted) {
   quord.Start();
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
@@ -209,7 +210,7 @@ TEST_F(Absence, WhatAServiceThatIsKilledHadNotGivenItsMonitorOfAnEndedApplicatio
   });
   EXPECT_EQ(app.Wait(), 0);
   ASSERT_TRUE(quord.Says("has ended"));
-  // Longer than a monitor needs that reads, and another that is away for a moment.
+  // Longer than the file is kept for a monitor that reads, or that was away for a moment.
   const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(13500);
   EXPECT_TRUE(WaitFor([&] {
     monitor.Beat();
@@ -241,7 +242,7 @@ TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {
   });
   ASSERT_EQ(app.Reported(), 0u);
   ASSERT_TRUE(monitor.Sees("99"));
-  // Nobody is there: what is counted is that it is not this machine's.
+  // No service is at that address. What matters is that these traces are not this machine's.
   ASSERT_EQ(client.Ask(SinkRequest("orders", 1, "127.0.0.1:1")).error(), quor::wire::ERROR_NONE);
   app.Go();
   ASSERT_EQ(app.Reported(), 1u);
@@ -252,7 +253,7 @@ TEST_F(Absence, WhatWentToAnotherMachineMeanwhileIsNotMissedHere) {
   EXPECT_EQ(monitor.delivered, 200u);
   EXPECT_EQ(monitor.lost, 0u);
   EXPECT_FALSE(monitor.ended);
-  // Also for one that comes back, and over a restart.
+  // The same for a monitor that comes back, and after a restart of the service.
   for (const bool restart : {false, true}) {
     monitor.Close();
     if (restart) {

@@ -89,7 +89,7 @@ TEST_F(CommandLine, OneThatIsStartedWhileAnotherEndsTakesItsPlace) {
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_MONITOR));
   const pid_t first = quord.Pid();
   kill(first, SIGTERM);
-  // The client does not close its end, so that the first one has to be patient.
+  // The client does not close its end, so that the first service waits for it before it ends.
   quord.Start();
   EXPECT_EQ(WaitForExit(first), 0);
   EXPECT_EQ(quord.Run({"status"}), 0);
@@ -159,7 +159,7 @@ TEST_F(CommandLine, AServiceWithNothingToDoSleeps) {
     const std::string name = "\nvoluntary_ctxt_switches:";
     return std::stol(status.substr(status.find(name) + name.size()));
   };
-  // Not in its first moment, and not when it may have one of its rare things to do.
+  // Measured until it holds: the start and a few rare tasks wake the service more often.
   EXPECT_TRUE(WaitFor([&] {
     const long before = wakes();
     poll(nullptr, 0, 1000);

@@ -179,7 +179,7 @@ TEST_F(Configuration, WhoDiedWhileNoServiceRanUsesNothingUpThatWasPrepared) {
   quord.Kill();
   dies.Kill();
   quord.Start();
-  // What it left waits for somebody who looks.
+  // The traces that it left are not taken before a monitor connects.
   ASSERT_TRUE(client.Connect(quord.SocketPath()));
   ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
   const Response opened = client.Ask(OpenAppRequest("orders"));

@@ -22,7 +22,7 @@ class Deadline : public ::testing::Test {
       poll(nullptr, 0, 5);
     }
   }
-  // Both say that they live; the first takes nothing.
+  // Both send heartbeats; the first reads nothing.
   void Stall(QuordClient& stalled, QuordClient& other, const std::function<bool()>& isCut) {
     ASSERT_TRUE(WaitFor(
         [&] {
@@ -76,7 +76,7 @@ TEST_F(Deadline, IsTheServicesToSet) {
   const auto begin = steady_clock::now();
   TracedChild app(Flood);
   Stall(stalled, other, [&] {
-    // The bytes in the kernel's buffer may still be read; then comes the end.
+    // The bytes in the kernel's buffer can still be read before the end is seen.
     const ssize_t sent = send(stalled.Socket(), "", 0, MSG_NOSIGNAL | MSG_DONTWAIT);
     pollfd end{stalled.Socket(), 0, 0};
     return (sent < 0 && errno == EPIPE) || (poll(&end, 1, 0) == 1 && (end.revents & POLLHUP) != 0);

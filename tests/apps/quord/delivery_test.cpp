@@ -224,7 +224,7 @@ TEST_F(Delivery, AStalledMonitorHoldsUpNobodyAndItsLossIsCounted) {
   }
   EXPECT_EQ(fast.lost, 0u);
   EXPECT_EQ(app.Reported(), 0u);
-  // The stalled one wakes up: the newest are there, the others are told.
+  // The stalled monitor reads again: it gets the newest traces, and a report of the others.
   ASSERT_TRUE(WaitFor([&] { return stalled.Pump(), stalled.delivered + stalled.lost == kTraces; }));
   EXPECT_GT(stalled.lost, fast.lost);
   ASSERT_FALSE(stalled.losses.empty());

@@ -1,4 +1,5 @@
-// Peers that lie, flood, or have no business here: each costs itself only.
+// Peers that send false data, flood the service or have no access: each loses only its own
+// connection.
 #include <sys/mman.h>
 #include <sys/stat.h>
 
@@ -141,7 +142,7 @@ TEST_F(Hostile, AForgedSegmentIsRefusedWithItsReason) {
 }
 
 TEST_F(Hostile, ASegmentThatContradictsItselfIsReadNoFurther) {
-  // One for each: the service may still write into the segment that it has just given up.
+  // A segment for each case: the service may still write to one that it has just given up.
   SegmentMap points, ring, counts;
   for (SegmentMap* const segment : {&points, &ring, &counts})
     ASSERT_TRUE(segment->Create({64, 4096, 4096}, 1, 12345));
@@ -225,7 +226,7 @@ TEST_F(Hostile, ASegmentThatSaysItIsFinishedWhileItsOwnerLivesIsRead) {
   EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
 }
 
-// The heaps of the sanitizers keep what is freed, for a while and on purpose.
+// The heaps of the sanitizers keep freed memory for a while, on purpose.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST_F(Hostile, WhatManyInstancesTookIsGivenBackWhenTheyHaveEnded) {
   constexpr std::uint32_t kInstances = 60, kNames = 1200, kPoints = 40;
@@ -317,7 +318,7 @@ struct ForwardClient {
     body[0] = 11;
     client.SendRaw(EncodeFrame(FrameType::Data, body));
   }
-  void Word(std::uint64_t serial, std::uint64_t delivered, std::uint64_t lost) {
+  void Line(std::uint64_t serial, std::uint64_t delivered, std::uint64_t lost) {
     quor::wire::Ledger ledger;
     auto* const word = ledger.add_sources();
     word->set_instance(std::string(16, 'i'));
@@ -329,15 +330,15 @@ struct ForwardClient {
   QuordClient client;
 };
 
-TEST_F(Hostile, OfTheLossesThatAForwarderTellsNoMoreIsCountedThanCanHaveBeen) {
+TEST_F(Hostile, LossesThatAForwarderReportsAreCountedUpToACredibleLimit) {
   constexpr std::uint64_t kMost = std::uint64_t{1} << 55;
   ForwardClient first(quord.SocketPath(), std::string(16, 'a'));
-  first.Word(0, 0, 0);
-  first.Word(kMost, 0, kMost);
+  first.Line(0, 0, 0);
+  first.Line(kMost, 0, kMost);
   ForwardClient second(quord.SocketPath(), std::string(16, 'b'));
-  second.Word(2 * kMost, 0, 0);
+  second.Line(2 * kMost, 0, 0);
   second.OneTrace();
-  second.Word(2 * kMost + 1 - kMost, 1, 0);
+  second.Line(2 * kMost + 1 - kMost, 1, 0);
   EXPECT_TRUE(quord.Says("tells of " + std::to_string(kMost) + " lost traces"));
   EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
   EXPECT_LT(witness.lost, std::uint64_t{100'000'000'000});
@@ -349,20 +350,20 @@ TEST_F(Hostile, AForwarderThatUsesAnothersIdsTouchesNothingOfIt) {
   TracedChild liar([&](TracedChild& self) {
     self.AwaitGo();
     ForwardClient client(quord.SocketPath(), stream);
-    client.Word((std::uint64_t{1} << 56) - 1, 0, 0);
+    client.Line((std::uint64_t{1} << 56) - 1, 0, 0);
     self.Report(1);
     self.AwaitGo();
     return 0;
   });
   ForwardClient good(quord.SocketPath(), stream);
   good.OneTrace();
-  good.Word(1, 1, 0);
+  good.Line(1, 1, 0);
   EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
   liar.Go();
   ASSERT_EQ(liar.Reported(), 1u);
-  // It goes on with its stream, and is believed.
+  // The honest forwarder continues its stream, and its counts are accepted.
   good.OneTrace();
-  good.Word(5, 2, 3);
+  good.Line(5, 2, 3);
   EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered + witness.lost == 5; }));
   EXPECT_EQ(witness.delivered, 2u);
   good.client.Pump();
@@ -380,10 +381,10 @@ TEST_F(Hostile, OfTwoConnectionsWithOneStreamTheLaterGoesOnAndTheFirstDoesNotDis
   Request request;
   request.mutable_list_apps();  // is answered after the trace
   EXPECT_EQ(second.client.Ask(request).error(), quor::wire::ERROR_ACCESS);
-  first.Word(1, 1, 0);
+  first.Line(1, 1, 0);
   EXPECT_TRUE(IsEnded(first.client));
   EXPECT_TRUE(quord.Says("another connection goes on with its stream"));
-  second.Word(1, 1, 0);
+  second.Line(1, 1, 0);
   EXPECT_TRUE(WaitFor([&] { return witness.Pump(), witness.delivered == 1; }));
   second.client.Pump();
   EXPECT_FALSE(second.client.ended);

@@ -34,7 +34,7 @@ class Machines : public ::testing::Test {
     for (int step = 0;; ++step) {
       for (int i = 0; i < each; ++i) {
         QUOR_TRACE_INFO(connect_point, "{} {} {}", step, i, text);
-        // A pace that its service keeps: what is lost here is lost on the way.
+        // A rate that its service can follow: traces that are lost were lost on the way.
         if (i % 500 == 499) quor_flush(10000);
       }
       QUOR_TRACE_INFO(connect_point, "end of {}", step);

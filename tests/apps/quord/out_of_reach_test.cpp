@@ -59,7 +59,7 @@ int TraceAndGiveUp(TracedChild& self, GivesUp what, const std::string& emptyFold
   self.Report(1);
   self.AwaitGo();
   self.Report(GiveUp(what, emptyFolder.c_str()) ? 1 : 0);
-  // Until it has nothing any more by which it could be known as dead.
+  // Traces until nothing is left by which the service could notice its end.
   for (int i = 100; i < 150; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
   self.AwaitGo();
   for (int i = 150; i < 200; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
@@ -99,7 +99,7 @@ TEST_F(OutOfReach, WhoLosesItsLinkForGoodIsReadOnByTheSameService) {
     quor_application("daemon");
     for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(connect_point, "{}", i);
     if (quor_flush(20000) != 1) return 1;
-    // In this order: there is no moment in which it could link again.
+    // In this order, so that it cannot link again in between.
     if (!GiveUp(GivesUp::Descriptors, "")) return 2;
     for (int number = 3; number < 1024; ++number)
       if (number != self.GoEnd() && number != self.ReportEnd()) close(number);
@@ -132,8 +132,8 @@ int Write(Written& written, const std::string& name) {
   return quor_flush(20000) == 1 ? 0 : 1;
 }
 
-// They stand still while they are told to write a file and while the service goes; they read that
-// order before, while or after the next service begins to take without a link.
+// The writers are stopped while they are ordered to write a file and while the service ends. They
+// read that order before, while or after the next service begins to take without a link.
 class LateOrders : public OutOfReach {
  protected:
   void SetUp() override {
@@ -162,7 +162,7 @@ class LateOrders : public OutOfReach {
     for (const auto& writer : m_writers) kill(writer->Pid(), SIGSTOP);
     for (int i = 0; i < kWriters; ++i) {
       Order(client, i, true);
-      // This one reads both orders when it goes on.
+      // When it continues it reads both orders.
       if (m_random() % 2 == 0) Order(client, i, false);
     }
     if (m_random() % 2 == 0) {

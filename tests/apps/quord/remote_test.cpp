@@ -63,12 +63,12 @@ TEST_F(Remote, MissingForeignExpiredAndWrongCertificatesAreRefused) {
                          foreign.Folder().File("eve")}),
             0);
   EXPECT_FALSE(MonitorsWith(foreign.Folder().File("eve")));
-  // Eve believes this service's authority, which does not believe her.
+  // Eve trusts this service's authority, but her certificate is of another one.
   std::filesystem::copy_file(Keys("monitor") + "/ca.crt", foreign.Folder().File("eve") + "/ca.crt",
                              std::filesystem::copy_options::overwrite_existing);
   EXPECT_FALSE(MonitorsWith(foreign.Folder().File("eve")));
   EXPECT_TRUE(quord.Says("is refused: the certificate is refused"));
-  // A server's certificate is no client's.
+  // The certificate of a server is not accepted from a client.
   const std::string turned = Keys("turned");
   std::filesystem::create_directory(turned);
   for (const auto& [from, to] :
@@ -132,7 +132,7 @@ class Idlers {
   std::vector<int> m_sockets;
 };
 
-TEST_F(Remote, ThoseWhoDoNotShakeHandsKeepNobodyOut) {
+TEST_F(Remote, ConnectionsWithoutAHandshakeKeepNobodyOut) {
   for (const bool begun : {false, true}) {
     Idlers idlers(quord.Port());
     idlers.Add(500, begun);
@@ -348,7 +348,7 @@ TEST_F(Forwarding, NamesThatAreUsedUpAreBegunAnewWhenNothingIsUnderWay) {
     return count;
   };
   ASSERT_TRUE(WaitFor([&] { return streams() == 2; })) << near->Log();
-  // The other side has had its names too; with its monitor gone it begins again.
+  // The other side has used up its names too. When its monitor has gone it begins anew.
   monitor.Close();
   QuordClient later;
   ASSERT_TRUE(later.Monitor(quord.SocketPath()));
@@ -378,8 +378,8 @@ TEST_F(Forwarding, TheForwardingServiceKilledIsACountedGapAtTheOther) {
   EXPECT_LE(monitor.lost, 1000u);
 }
 
-// What it held for the other machine when it ended: of an application that lives and says no more,
-// of one that the other machine does not know, and over two ends.
+// Traces that a service held for another machine when it ended: of an application that runs and
+// traces no more, of one that the other machine does not know, and over two such ends.
 class Held : public Forwarding {
  protected:
   static int TraceAndEnd(TracedChild&) {
@@ -403,7 +403,7 @@ class Held : public Forwarding {
     ASSERT_TRUE(near->Says("cannot forward to"));
     SegmentFolder segments;
     ASSERT_TRUE(segments.Open(near->SocketPath()));
-    // What a service has not taken when it is killed is left to the next, and not lost.
+    // Traces that a killed service has not taken are left to the next one, and not lost.
     ASSERT_TRUE(WaitFor([&] { return monitor.Beat(), SegmentsNotTaken(segments) == 1; }));
     for (int i = 0; i < 2; ++i) {
       end();
@@ -421,7 +421,7 @@ class Held : public Forwarding {
       EXPECT_NE(words.find("ended before it could hand them on"), words.npos) << words;
     }
     EXPECT_EQ(reported, 1070u);
-    // The other one goes on with the next, and nothing is reported twice.
+    // The other application continues with the next service, and nothing is reported twice.
     app.Go();
     ASSERT_EQ(app.Reported(), 2u);
     ASSERT_TRUE(monitor.Sees("2 999"));

@@ -98,8 +98,8 @@ TEST_P(SegmentsGone, WhatShortLivesTraceThenIsDeliveredAndWhoRunsGoesOn) {
   }));
 }
 
-// Where the socket's folder lies on a disk the segments lie elsewhere, and nobody else would look
-// for them there.
+// If the socket's folder is on a disk, the folder of the segments is elsewhere, and nobody else
+// would remove it.
 TEST_F(BusyApplication, HoldsTheFolderWhenTheServiceEndsAndAnEmptyOneGoesWithIt) {
   quord.Start();
   const std::string empty = fs::canonical(Segments());

@@ -129,7 +129,7 @@ TEST_F(ShortLives, AThousandIdleConnectionsKeepNothingOfThemOut) {
   std::vector<int> idle;
   for (int i = 0; i < kIdle; ++i) {
     int socket = -1;
-    // Its queue may be full for a moment.
+    // The listen queue may be full for a moment.
     ASSERT_TRUE(WaitFor([&] {
       return (socket = ConnectToService(quord.SocketPath().c_str())) >= 0;
     })) << i
@@ -142,7 +142,7 @@ TEST_F(ShortLives, AThousandIdleConnectionsKeepNothingOfThemOut) {
     self.Report(static_cast<std::uint64_t>(quor_flush(20000)));
     return 0;
   });
-  EXPECT_EQ(longer.Reported(), 1u);  // this one has met the service
+  EXPECT_EQ(longer.Reported(), 1u);  // this one had a link to the service
   ExpectDelivered(301);
   for (const int socket : idle) close(socket);
 }

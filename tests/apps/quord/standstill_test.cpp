@@ -52,7 +52,7 @@ TEST_F(Standstill, AMonitorThatSaidNothingMeanwhileIsKept) {
   QuordClient monitor, other;
   ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
   StandStill(service.Pid(), &apps, 2000);
-  // By now it has looked around.
+  // Its answer shows that the service has checked its clients since it continued.
   ASSERT_TRUE(other.Connect(quord.SocketPath()));
   ASSERT_TRUE(other.Hello(quor::wire::ROLE_MONITOR));
   EXPECT_TRUE(WaitFor([&] {
@@ -62,7 +62,7 @@ TEST_F(Standstill, AMonitorThatSaidNothingMeanwhileIsKept) {
   }));
   EXPECT_FALSE(monitor.ended);
   EXPECT_EQ(monitor.delivered, 20u);
-  // Its own silence is still noticed.
+  // A silence of the monitor itself is still noticed.
   EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.ended; }));
   kill(service.Pid(), SIGTERM);
   EXPECT_EQ(service.Wait(), 0);

@@ -173,7 +173,7 @@ TEST_F(CatalogueTest, ItSurvivesARestartWhileAHolderLives) {
   const auto catalogue = Begin();
   EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);
   EXPECT_EQ(catalogue->Find("orders")->sink.options, "node=x;");
-  // The instance comes back, and it stays after the time of grace.
+  // The instance comes back, and the settings stay after the time of grace.
   catalogue->BeginInstance(*catalogue->Find("orders"), kMe);
   catalogue->EndGrace();
   EXPECT_EQ(Word(*catalogue, "orders", 0), 0x1Fu);

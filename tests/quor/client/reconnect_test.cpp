@@ -18,7 +18,8 @@ class ReconnectTest : public LiveTest {
     m_peer->Ledger({{.serial = 11, .delivered = 1}});
     EXPECT_EQ(Drain(1), "web: one\n");
   }
-  // More than the client's queue holds; all of it has arrived there. Gives how many were sent.
+  // Sends more than the client's queue holds and waits until all has arrived. Returns how many were
+  // sent.
   std::uint64_t SendTooMuch() {
     std::string body;
     for (int i = 0; i < 16; ++i) body += Trace(std::string(60000, 'x'));
@@ -37,7 +38,7 @@ class ReconnectTest : public LiveTest {
   // Drains until the loss is reported, before or after so many others. Gives its text.
   std::string DrainUntilLoss(std::uint64_t others, std::uint64_t* taken) {
     std::string words;
-    // A tick may end before all is taken: its time is limited.
+    // A tick may end before all is taken, because its time is limited.
     EXPECT_TRUE(Eventually([&] {
       while (m_thread->HasTraces()) {
         TraceEvent_i* const trace = m_thread->NextTrace();
@@ -125,7 +126,7 @@ TEST_F(ReconnectTest, ASourceThatTheServiceHadForgottenMayBeginAnewWithoutABreak
   m_peer->Ledger({{.serial = 15, .delivered = 1}});
   EXPECT_EQ(Drain(2), "web: two\nweb: three\n");
   EXPECT_EQ(Counted(), "3 delivered, 2 lost");
-  // What it produced unseen meanwhile is missing.
+  // The traces that it produced meanwhile, and that nobody saw, are missing.
   m_peer->Ledger({{.serial = 20}});
   EXPECT_EQ(Drain(1), "Quor: 5 traces lost: the connection was broken\n");
   EXPECT_EQ(Counted(), "3 delivered, 7 lost");
@@ -136,7 +137,7 @@ TEST_F(ReconnectTest, ASourceThatComesBackLaterIsCountedThen) {
   Reconnect();
   m_peer->Ledger({});
   m_peer->Data(Name(7, "web") + Trace("again"));
-  // The application has found the new service: 11 were known, the next 9 went by.
+  // The application has found the new service: 11 traces were known, and the next 9 were missed.
   m_peer->Ledger({{.serial = 21, .delivered = 1}});
   EXPECT_EQ(Drain(2), "Quor: 9 traces lost: the connection was broken\nweb: again\n");
 }
@@ -155,7 +156,7 @@ TEST_F(ReconnectTest, MoreThanCanHaveBeenTracedMeanwhileIsNoGapAndTheOthersAreCo
 }
 
 TEST_F(ReconnectTest, OfSourcesThatTheServiceHasForgottenTheSumTellsTheGap) {
-  Start();  // a came to 11, of which we know
+  Start();  // source a has serial 11, which the client knows
   m_peer->Ledger({{.id = 'b', .serial = 4, .lost = 4}});
   m_peer->Ledger({}, {}, {{.id = 'b', .serial = 4}});
   Reconnect();
@@ -163,7 +164,7 @@ TEST_F(ReconnectTest, OfSourcesThatTheServiceHasForgottenTheSumTellsTheGap) {
   m_peer->Ledger({}, 4 + 15 + 7 + 2);
   EXPECT_EQ(Drain(1), "Quor: 13 traces lost: the connection was broken\n");
   EXPECT_EQ(Counted(), "1 delivered, 17 lost");
-  // Nothing of it is counted again.
+  // None of these is counted again.
   Reconnect();
   m_peer->Ledger({}, 28);
   m_peer->Ledger({{.id = 'c', .serial = 3, .lost = 3}});

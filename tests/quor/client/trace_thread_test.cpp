@@ -204,7 +204,7 @@ TEST_F(LiveTest, DisconnectEndsWithinASecondAndTheServiceSeesIt) {
 TEST_F(LiveTest, DisconnectEndsWithinASecondWhileItReconnects) {
   Connect();
   m_peer.reset();
-  m_peer = m_service.Accept();  // it has come again, and waits for a welcome
+  m_peer = m_service.Accept();  // it has connected again, and waits for a welcome
   ASSERT_TRUE(m_peer);
   const auto begin = std::chrono::steady_clock::now();
   Disconnect();

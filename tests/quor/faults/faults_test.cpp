@@ -53,7 +53,7 @@ Life MakeLife(std::mt19937_64& random) {
   life.forks = random() % 3 == 0;
   life.closesAll = random() % 4 == 0;
   life.renames = random() % 4 == 0;
-  if (life.end == End::Alarm) life.traces = 200000;  // until it rings
+  if (life.end == End::Alarm) life.traces = 200000;  // until the alarm
   return life;
 }
 
@@ -98,7 +98,7 @@ class Faults : public ::testing::Test {
     return text ? std::strtoull(text, nullptr, 10) : otherwise;
   }
   void SetUp() override {
-    // Children of applications that have ended come to us.
+    // Children of applications that have ended become children of this process.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     void* const memory = mmap(nullptr, 2 * m_apps * sizeof(Made), PROT_READ | PROT_WRITE,
                               MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -182,7 +182,7 @@ TEST_F(Faults, WhatWasTracedIsWhatWasDeliveredAndWhatIsCountedAsLost) {
     Pump();
     poll(nullptr, 0, 1);
   }
-  // With the last segment all has been taken that there was.
+  // When the last segment has been taken all traces have.
   EXPECT_TRUE(WaitFor([&] { return Pump(), AreSegmentsSwept(quord.SocketPath()); }, 60000));
   std::uint64_t begun = 0, returned = 0;
   for (std::size_t i = 0; i < 2 * m_apps; ++i) {

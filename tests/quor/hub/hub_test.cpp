@@ -265,7 +265,7 @@ TEST(StreamQueue, AFullQueueDropsTheOldestAndTheSumIsExact) {
   EXPECT_NE(lines[0].find(" traces lost: the monitor is too slow"), std::string::npos);
   EXPECT_NE(lines[1].find(" traces lost: the monitor is too slow"), std::string::npos);
   fast.Read();
-  EXPECT_EQ(fast.Lost(), 100u);  // another's slowness costs this one nothing
+  EXPECT_EQ(fast.Lost(), 100u);  // the slow monitor costs this one nothing
   EXPECT_EQ(fast.Delivered(), one.Get()->serial + two.Get()->serial - 100);
 }
 
@@ -358,7 +358,7 @@ TEST(StreamQueue, AFullQueueReportsAForgottenSourceAfterItsLoss) {
   EXPECT_EQ(out.ledger.forgotten_sources_size(), 0);
 }
 
-// For hours, with applications that come and go: no list of them may grow.
+// A pause may last for hours while applications come and go: no list of them may grow.
 TEST(StreamQueue, APauseKeepsOfTheSourcesThatCameAndWentOnlyTheirSum) {
   constexpr std::uint64_t kSources = 30000;
   Hub hub;
@@ -384,7 +384,7 @@ TEST(StreamQueue, APauseKeepsOfTheSourcesThatCameAndWentOnlyTheirSum) {
   EXPECT_GT(hub.Forgotten(), kSources);
 }
 
-// Sources that an earlier service knew: any forwarder may claim as many.
+// Sources that an earlier service knew; a forwarder may claim any number of them.
 void EndManyOlder(Hub& hub, std::uint32_t count) {
   for (std::uint32_t i = 0; i < count; ++i) {
     Source older;

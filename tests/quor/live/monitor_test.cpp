@@ -92,7 +92,7 @@ TEST_F(MonitorTest, WhatAFileSinkLostIsCountedThoughTheServiceWasKilledBeforeItH
     });
   };
   EXPECT_TRUE(loses(12000));
-  // It tells a service that does not listen; that one then dies.
+  // The application reports to a stopped service, which is then killed.
   kill(m_service, SIGSTOP);
   EXPECT_TRUE(Eventually([seconds = time(nullptr)] { return time(nullptr) > seconds + 1; }));
   EXPECT_EQ(StopService(SIGKILL), 1000 + SIGKILL);
@@ -114,8 +114,7 @@ TEST_F(MonitorTest, AnApplicationKilledInABurstLosesNothingThatItTraced) {
   TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "20000"}});
   EXPECT_TRUE(TakesMore(1000));
   emit.Kill();
-  // What it had traced arrives, and with it the end; nothing is said to be missing but perhaps the
-  // trace that was just being written.
+  // Its traces arrive, and then its end. At most the trace that was just being written is missing.
   EXPECT_TRUE(Eventually([&] {
     Drain();
     const TrcRun apps = RunTrc({"apps"});
@@ -132,7 +131,7 @@ TEST_F(MonitorTest, APausedMonitorGetsNothingAndThenGoesOn) {
   TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "2000"}});
   EXPECT_TRUE(TakesMore(100));
   m_monitor->Pause();
-  // It has paused when a while of the application's brings nothing.
+  // The pause is in effect when traces of the application bring nothing for a while.
   std::uint64_t before = ~0ull;
   EXPECT_TRUE(Eventually([&] {
     before = m_taken;

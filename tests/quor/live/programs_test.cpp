@@ -65,7 +65,7 @@ TEST_F(LiveProgramsTest, AnEmptyTailSaysWhy) {
   TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "100"}});
   ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
   ASSERT_EQ(RunTrc({"set", "orders", "--all", "off"}).status, 0);
-  // What was traced before may still be under way for the first.
+  // Earlier traces may still be on their way at the first try.
   EXPECT_TRUE(Eventually([&] {
     return RunTrc({"tail", "--for", "2"}).err ==
            words + "all traces are off; switch them on with trc set APP --all support\n";
@@ -244,7 +244,7 @@ TEST_F(LiveProgramsTest, WhatIsSetForAnApplicationThatDoesNotRunIsReceivedByItsN
   EXPECT_EQ(RunTrc({"apps"}).out, "");
   {
     TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "5000"}});
-    // What it traced before it had met the service comes first.
+    // The traces from before its link to the service come first.
     ASSERT_TRUE(Eventually([&] {
       constexpr auto kOver = std::filesystem::copy_options::overwrite_existing;
       std::error_code error;
@@ -256,7 +256,7 @@ TEST_F(LiveProgramsTest, WhatIsSetForAnApplicationThatDoesNotRunIsReceivedByItsN
     emit.Finish();
   }
   EXPECT_GE(TracesAsSetAtEnd(path), TracesAsSetAtEnd(m_dir.File("copy.trc")));
-  // It was that instance's.
+  // The settings were for that instance only.
   ASSERT_TRUE(Eventually([&] { return RunTrc({"apps"}).out.empty(); }));
   const json shown = json::parse(RunTrc({"show", "orders", "--json"}).out);
   EXPECT_EQ(shown["sink"]["type"], "socket");

@@ -15,7 +15,7 @@ class LogTest : public ::testing::Test {
  protected:
   LogTest() {
     unsetenv("JOURNAL_STREAM");
-    // Whatever the test before has given it: after a file that cannot be made the log has none.
+    // Takes away the log file of the test before: a file that cannot be made leaves the log none.
     EXPECT_FALSE(LogToFile(m_folder.File("none/log")));
   }
   ~LogTest() override {
@@ -94,7 +94,7 @@ TEST_F(LogTest, AFileThatHasGrownLargeIsBegunAnewAndTheOneBeforeIsKept) {
 TEST_F(LogTest, AFileThatIsLargeAlreadyIsPutAsideAtTheStart) {
   m_folder.File("log", std::string(kLogFileBytesMax + 1, 'o'));
   ASSERT_TRUE(LogToFile(m_path));
-  // At once: what others write to standard error finds the new file too.
+  // Put aside immediately, so that what others write to standard error goes to the new file too.
   EXPECT_EQ(Size(m_path + ".1"), kLogFileBytesMax + 1);
   Log(LogLevel::Info, "new");
   EXPECT_LT(Size(m_path), 100);

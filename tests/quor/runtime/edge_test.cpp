@@ -303,7 +303,7 @@ TEST(Edge, AProgramThatEndsAtOnceStillHandsItsTracesOver) {
   FakeService service;
   TracedChild app([](TracedChild&) {
     QUOR_TRACE_INFO(edge_point, "only");
-    exit(0);  // by the normal way: static destructors and the library's own end
+    exit(0);  // with static destructors and the library's own end
     return 1;
   });
   EXPECT_EQ(app.Wait(), 0);
@@ -330,7 +330,7 @@ TEST(Edge, TheFirstTraceStartsAServiceOnceWhereThatIsNotForbidden) {
   EXPECT_TRUE(WaitFor([&] { return std::filesystem::exists(reported); }));
   service.Listen();
   EXPECT_NE(service.Accept(),
-            nullptr);  // dropped: the application must not start another
+            nullptr);  // and closed: the application must not start another
   EXPECT_NE(service.Accept(), nullptr);
   unsetenv("QUOR_QUORD");
   app.Go();

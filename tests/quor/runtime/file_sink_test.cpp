@@ -219,7 +219,8 @@ TEST(FileSink, AFullDiskLeavesWholeRecordsCountsTheRestAndTheFileGoesOnLater) {
     quor_counts counts{};
     quor_get_counts(&counts);
     self.Report(counts.lost);
-    // Still full when it is tried again: what tells of the loss does not reach the file either.
+    // The disk is still full at the next try: the report of the loss does not reach the file
+    // either.
     for (const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(1200);
          std::chrono::steady_clock::now() < until; poll(nullptr, 0, 20)) {
       for (int i = 0; i < 100; ++i) QUOR_TRACE_INFO(work_point, "still full");

@@ -187,7 +187,8 @@ TEST(Process, AChildThatCanHaveNoRingCountsForItselfAndLeavesTheParentsAlone) {
   EXPECT_EQ(app.Wait(), 0);
 }
 
-// Whoever else holds the segment may have written to it: no count in it leads out of its bounds.
+// Another process that holds the segment may have written to it. No count in it may lead out of its
+// bounds.
 TEST(Process, CountsThatAnotherProcessSpoiltLeadTheApplicationNowhere) {
   FakeService service;
   const std::string path = service.Folder() + "/a.trc";
@@ -245,7 +246,7 @@ TEST(Process, AServiceThatWasThereAndWasStoppedIsNotStartedAgain) {
   ASSERT_NE(seen, nullptr);
   service.Stop();
   seen.reset();
-  // It has looked for the old one and found none by the time that it meets the next.
+  // Until then it has looked for the old service and found none.
   const auto stopped = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
   EXPECT_TRUE(WaitFor([&] { return std::chrono::steady_clock::now() > stopped; }));
   service.Listen();

@@ -58,13 +58,13 @@ TEST_F(SinkFilesTest, NoLinkIsFollowedInAFolderThatOthersMayWrite) {
   ASSERT_EQ(symlink(m_folder.File("victim.trc").c_str(), link.c_str()), 0);
   EXPECT_FALSE(Begins(link));
   EXPECT_EQ(errno, ELOOP);
-  // Nor one that leads to nothing yet.
+  // Nor a link to a file that does not exist yet.
   unlink(link.c_str());
   ASSERT_EQ(symlink(m_folder.File("fresh.trc").c_str(), link.c_str()), 0);
   EXPECT_FALSE(Begins(link));
   EXPECT_FALSE(std::filesystem::exists(m_folder.File("fresh.trc")));
   EXPECT_TRUE(VictimIsWhole());
-  // A second name of a file is no better.
+  // Nor is a second name of a file written to.
   unlink(link.c_str());
   ASSERT_EQ(::link(m_folder.File("victim.trc").c_str(), link.c_str()), 0);
   EXPECT_FALSE(Begins(link));

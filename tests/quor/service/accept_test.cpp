@@ -81,7 +81,8 @@ TEST_F(ServiceAccept, AsksOnceForEachClientAlsoAfterItsPlaceWasTakenAgainWithout
   std::filesystem::remove_all(m_folder.File("run"));
   int client = -1;
   ASSERT_TRUE(WaitFor([&] { return (client = Connect()) >= 0; })) << "no place again";
-  // By now the pause of a chain that began at the old place is over, and it has asked, too.
+  // By now a chain of waits that began at the old place would have asked too, because its pause is
+  // over.
   const unsigned asked = g_asked;
   ASSERT_TRUE(WaitFor([asked] { return g_asked >= asked + 4; }));
   g_noDescriptors = false;

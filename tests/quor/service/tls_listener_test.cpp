@@ -49,7 +49,7 @@ class TlsListenerTest : public ::testing::Test {
     return at.address().to_string() + ":" + std::to_string(at.port());
   }
   // The listener closes connections that send nothing.
-  static bool IsSentAway(tcp::socket& peer) {
+  static bool IsClosed(tcp::socket& peer) {
     char byte = 0;
     return recv(peer.native_handle(), &byte, 1, MSG_DONTWAIT) == 0;
   }
@@ -73,19 +73,19 @@ TEST_F(TlsListenerTest, TwoListenersWithoutDescriptorsWaitAndThenAcceptAgain) {
     listener.Start();
     m_io.run_for(450ms);
     m_io.restart();
-    // For each listener a try every 100 ms, and the end of each wait. When a wait of one ended that
-    // of the other, there would be thousands.
+    // Each listener tries every 100 ms. If the wait of one ended the wait of the other, there would
+    // be thousands of tries.
     EXPECT_LT(m_io.run_for(450ms), 40u);
-    EXPECT_FALSE(IsSentAway(first));
-    EXPECT_FALSE(IsSentAway(second));
+    EXPECT_FALSE(IsClosed(first));
+    EXPECT_FALSE(IsClosed(second));
   }
   bool firstGone = false, secondGone = false;
   const auto end = std::chrono::steady_clock::now() + 20s;
   while (!(firstGone && secondGone) && std::chrono::steady_clock::now() < end) {
     m_io.restart();
     m_io.run_for(10ms);
-    firstGone = firstGone || IsSentAway(first);
-    secondGone = secondGone || IsSentAway(second);
+    firstGone = firstGone || IsClosed(first);
+    secondGone = secondGone || IsClosed(second);
   }
   EXPECT_TRUE(firstGone);
   EXPECT_TRUE(secondGone);

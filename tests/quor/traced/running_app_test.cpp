@@ -62,11 +62,11 @@ class RunningAppTest : public testing::Test, public RunningApp::Host {
     app->StartWithoutLink(false);
     return app;
   }
-  // Runs what is due until the condition holds.
+  // Runs all work that is ready until the condition holds.
   bool RunsUntil(const std::function<bool()>& condition) {
     return WaitFor([&] { return m_calls += m_io.poll(), condition(); });
   }
-  // Until it has looked several times after a reason; `more`: and goes on for as long as it takes.
+  // Runs until the lock was checked several times after a reason; `more`: some times more.
   bool RunsThroughLooks(bool more = false) {
     const std::size_t calls = m_calls + (more ? 8 : 5);
     return RunsUntil([&] { return m_calls >= calls; });
@@ -108,7 +108,7 @@ struct Link {
   Link& operator=(const Link&) = delete;
   // Children hold copies of it.
   void Break() { shutdown(ends[0], SHUT_RDWR); }
-  // What its owner says when the service sleeps.
+  // What its owner sends when the service sleeps.
   void Call() { EXPECT_TRUE(SendOnLink(ends[0], EncodeCall())); }
   int ends[2] = {-1, -1};  // the application's and the service's, which the service closes
 };
@@ -216,7 +216,7 @@ TEST_F(RunningAppTest, OneThatGoesByTheNumberOfAnotherProcessEndsWithItsLock) {
   const auto second = Make(arrival);
   second->Start(std::move(arrival));
   link.Break();
-  // The quick looks at the one that has lost its link are over.
+  // The quick checks of the one that has lost its link are over.
   EXPECT_TRUE(RunsUntil([&] { return m_calls > 10; }));
   EXPECT_EQ(m_ended, 0);
   for (TracedChild* const child : {&found, &owner}) {
@@ -239,14 +239,14 @@ TEST_F(RunningAppTest, WhoHasALinkIsNotLookedAt) {
   const auto app = Found(m_file, owner.Pid());
   app->Relink(Arrival(m_file, owner.Pid(), link.ends[1]));
   const auto quiet = [this] { return m_io.run_for(std::chrono::milliseconds(1500)) == 0; };
-  // Nothing more after it has gone to sleep.
+  // No work is left when it sleeps.
   EXPECT_TRUE(WaitFor(quiet));
   owner.Go();
   EXPECT_EQ(owner.Wait(), 0);
   EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
 }
 
-// Whatever its segment says, nothing is taken against the claim, and nobody else is touched.
+// Whatever its segment says, no trace is taken against the claim, and no other instance suffers.
 TEST_F(RunningAppTest, OneThatHasClaimedItsRingItselfIsReadAfterItsEndOnly) {
   const SegmentFile other;
   const auto claims = [](const SegmentFile& file, std::uint32_t word) {
@@ -262,7 +262,7 @@ TEST_F(RunningAppTest, OneThatHasClaimedItsRingItselfIsReadAfterItsEndOnly) {
   TracedChild writesAFile(claims(m_file, 1)), lies(claims(other, 77));
   ASSERT_EQ(writesAFile.Reported() + lies.Reported(), 2u);
   const auto first = Found(m_file, writesAFile.Pid()), second = Found(other, lies.Pid());
-  // Beyond the time for which a link is awaited.
+  // After the time for which a link is awaited.
   EXPECT_TRUE(RunsUntil([&] { return m_calls >= 6; }));
   EXPECT_EQ(m_hub.Taken(), 0u);
   for (TracedChild* const child : {&writesAFile, &lies}) {
@@ -273,7 +273,7 @@ TEST_F(RunningAppTest, OneThatHasClaimedItsRingItselfIsReadAfterItsEndOnly) {
   ExpectTaken(60);
 }
 
-// The reactor may tell a wait what was meant for a descriptor that was closed in the same turn.
+// The reactor may give a wait an event of a descriptor that was closed in the same turn.
 TEST_F(RunningAppTest, AReadinessThatWasMeantForAnEarlierDescriptorEndsNobody) {
   const auto owns = [](const SegmentFile& file) {
     return [&file](TracedChild& self) {
@@ -296,7 +296,7 @@ TEST_F(RunningAppTest, AReadinessThatWasMeantForAnEarlierDescriptorEndsNobody) {
     second = Found(m_file, owner.Pid());
   });
   EXPECT_EQ(m_io.poll(), 0u);
-  // Both are told in one turn, in this order.
+  // Both events come in one turn, in this order.
   EXPECT_EQ(write(pipe[1], "x", 1), 1);
   gone.Go();
   EXPECT_EQ(gone.Wait(), 0);

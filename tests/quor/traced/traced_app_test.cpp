@@ -33,7 +33,7 @@ TEST(TracedApp, APointThatIsRegisteredWhileTheServiceReadsHasItsNames) {
       made.Header()->nameBytesUsed.store(used, std::memory_order_release);
       made.Points()[i].component = made.Points()[i].category = id;
       made.Header()->pointCount.store(i + 1, std::memory_order_release);
-      // So slowly that the reader comes in between, over and over.
+      // Slow enough for the reader to run in between, again and again.
       const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(3);
       while (std::chrono::steady_clock::now() < until) {
       }
@@ -83,7 +83,7 @@ TEST(TracedApp, AClockThatIsSetBackBreaksNoApplication) {
   using std::chrono::hours, std::chrono::seconds;
   EXPECT_EQ(AgeOfChange(hours(10), hours(12), hours(30)), hours(2));
   EXPECT_EQ(AgeOfChange(hours(10), hours(10), hours(30)), seconds(0));
-  // The segment was made at ten; by now the clock says nine again.
+  // The segment was made at ten, and the clock was set back to nine since.
   EXPECT_EQ(AgeOfChange(hours(10), hours(9), hours(30)), hours(30));
 }
 

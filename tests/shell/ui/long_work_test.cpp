@@ -107,7 +107,7 @@ TEST_F(LongWorkTest, AToggleToTheTreeShowsItsProgressKeepsTheWindowAliveAndIsCan
   EXPECT_TRUE(ShownTree());
 }
 
-TEST_F(LongWorkTest, TheBoxGoesByItselfWhenTheTreeStands) {
+TEST_F(LongWorkTest, TheBoxClosesByItselfWhenTheTreeIsBuilt) {
   OpenMany();
   const ShortPieces pieces(m_host);
   bool seen = false;

@@ -261,7 +261,7 @@ TEST(TraceFilter, AddressesOfMarksHoldWhileTheFilterIsAddedTo) {
   EXPECT_EQ(severity, filter.severities.data());
 }
 
-TEST(TraceFilter, ACopyIsDeepAndEachGoesItsOwnWay) {
+TEST(TraceFilter, ACopyIsDeepAndIndependent) {
   CTraceFilter filter = OnlyAllTracesOff();
   filter.allComponents = filter.allThreads = 0;
   const TraceFields fields{.machine = 1, .component = 2, .pid = 3, .tid = 4};

@@ -14,7 +14,7 @@ namespace {
 const std::map<std::string, std::uint32_t> kSettings = {
     {"off", 0}, {"support", 7}, {"developer", 15}, {"max", 799}};
 
-constexpr std::uint64_t kMostDays = 36500;
+constexpr std::uint64_t kDaysMax = 36500;
 
 std::vector<std::string> SettingsWords() {
   std::vector<std::string> words;
@@ -144,7 +144,7 @@ class Parser {
            "-d,--days",
            [&days](const std::string& text) {
              const std::uint64_t number = ReadNumber("--days", text);
-             RefuseOutside("--days", number, 1, kMostDays);
+             RefuseOutside("--days", number, 1, kDaysMax);
              days = static_cast<int>(number);
            },
            "How many days it is good, at most 36500 [default: 825]")

@@ -58,7 +58,7 @@ ServiceOptions OptionsOf(const ServeCommand& command) {
 }
 
 // Notifies the service manager, if one waits for it.
-void SayReady() {
+void NotifyReady() {
   const std::string path = Environment("NOTIFY_SOCKET");
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -123,7 +123,7 @@ int Serve(const ServeCommand& command) {
   Service service(OptionsOf(command));
   std::string why;
   if (!service.Open(&why)) return Fail(why);
-  SayReady();
+  NotifyReady();
   service.Run();
   return kExitGood;
 }

@@ -8,7 +8,7 @@ namespace {
 constexpr std::size_t kFar = std::numeric_limits<std::size_t>::max();
 // Longer words are compared only by their capitals: comparing letters costs the product of the
 // lengths.
-constexpr std::size_t kMostLetters = 128;
+constexpr std::size_t kLettersMax = 128;
 constexpr std::size_t kNamesMax = 3;
 
 // Without the dashes of an option, in small letters.
@@ -42,15 +42,15 @@ std::size_t Allowed(std::size_t letters) {
   return letters <= 2 ? 0 : letters <= 4 ? 1 : letters <= 8 ? 2 : 3;
 }
 
-std::size_t Farness(const std::string& word, const std::string& known) {
+std::size_t Rank(const std::string& word, const std::string& known) {
   if (word == known) return 0;
   const std::size_t least = std::min(word.size(), known.size());
-  if (std::max(word.size(), known.size()) > kMostLetters) return kFar;
+  if (std::max(word.size(), known.size()) > kLettersMax) return kFar;
   const std::size_t distance = Distance(word, known);
   if (distance <= Allowed(least)) return distance;
   // After all words that are nearly the same.
   const bool goesOn = word.size() > 1 && known.compare(0, word.size(), word) == 0;
-  return goesOn ? kMostLetters + distance : kFar;
+  return goesOn ? kLettersMax + distance : kFar;
 }
 
 }  // namespace
@@ -61,10 +61,10 @@ std::vector<std::string> NearWords(std::string_view word, const std::vector<std:
   std::size_t best = kFar - 1;
   for (const std::string& candidate : known) {
     if (candidate == word) continue;  // would not help
-    const std::size_t farness = Farness(folded, Folded(candidate));
-    if (farness > best) continue;
-    if (farness < best) nearest.clear();
-    best = farness;
+    const std::size_t rank = Rank(folded, Folded(candidate));
+    if (rank > best) continue;
+    if (rank < best) nearest.clear();
+    best = rank;
     nearest.push_back(candidate);
   }
   return nearest;

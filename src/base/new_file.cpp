@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kMostParts = 100;  // in one folder, of processes with one number
+constexpr int kPartsMax = 100;  // in one folder, of processes with one number
 
 // The new file can replace the old one without a change of names, owner or rights. Both must exist.
 bool CanStandFor(int fresh, int old) {
@@ -97,7 +97,7 @@ int NewFile::MakeIn(const std::string& folder) {
     m_writeTo = (fs::path(folder) / part).string();
     const int descriptor =
         open(m_writeTo.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, m_held ? 0600 : 0666);
-    if (descriptor >= 0 || errno != EEXIST || number == kMostParts) return descriptor;
+    if (descriptor >= 0 || errno != EEXIST || number == kPartsMax) return descriptor;
   }
 }
 

@@ -33,7 +33,7 @@ class Conversion {
   static constexpr char kRemoveOld[] = "Error removing old trace file";
 
   bool Failed(const char* text) {
-    m_callbacks.say(text, BoxIcon::Stop);
+    m_callbacks.showMessage(text, BoxIcon::Stop);
     return false;
   }
   // Before our own renames, which count as changes.
@@ -100,7 +100,7 @@ class Conversion {
   // What another program has written into it meanwhile exists nowhere else: then it stays.
   void RemoveOld() {
     if (!IsUnwrittenAt(m_aside) || unlink(m_aside.c_str()) != 0)
-      m_callbacks.say(kRemoveOld, BoxIcon::Warning);
+      m_callbacks.showMessage(kRemoveOld, BoxIcon::Warning);
   }
 
   const MappedFile& m_old;

@@ -33,7 +33,7 @@ struct ConversionCallbacks {
   // At every 1024th record, and once more after the last one, when only Abandon counts.
   std::function<ConversionControl(std::uint64_t position, bool last)> progress;
   // Shows a message to the user. Returns when it has been read.
-  std::function<void(const char* text, BoxIcon icon)> say;
+  std::function<void(const char* text, BoxIcon icon)> showMessage;
 };
 
 // The new file, or null. `old` stays mapped as long as its holder wants.

@@ -82,7 +82,7 @@ bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
     PostPosition(position, last);
     return ConversionControl::Continue;
   };
-  callbacks.say = [this](const char* text, BoxIcon icon) { Say(text, icon); };
+  callbacks.showMessage = [this](const char* text, BoxIcon icon) { ShowMessage(text, icon); };
   const ConversionUnderWay underWay;
   std::shared_ptr<const MappedFile> converted = ConvertTraceFile(*m_file, m_path, callbacks);
   m_oldFile = std::exchange(m_file, std::move(converted));
@@ -111,7 +111,7 @@ void TraceFileLoad::Detach() {
 
 // The box blocks no window and not the interface thread: only this thread waits. After a cancel it
 // does not wait either, because the interface thread may be waiting for it.
-void TraceFileLoad::Say(const char* text, BoxIcon icon) {
+void TraceFileLoad::ShowMessage(const char* text, BoxIcon icon) {
   const HANDLE read = CreateEvent();
   {
     const std::lock_guard lock(m_hostMutex);

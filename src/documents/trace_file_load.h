@@ -64,7 +64,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   void Fail();
   bool Convert(const std::function<void()>& beforeWalk);
   void Walk(const std::function<void()>& beforeWalk);
-  void Say(const char* text, BoxIcon icon);
+  void ShowMessage(const char* text, BoxIcon icon);
   void PostStart(const char* caption);
   void PostPosition(std::uint64_t position, bool last);
   void PostDone();

@@ -21,7 +21,7 @@ class ConversionFailureTest : public ConversionTest {
       if (last && atEnd) atEnd();
       return ConversionControl::Continue;
     };
-    callbacks.say = [this](const char* words, BoxIcon icon) {
+    callbacks.showMessage = [this](const char* words, BoxIcon icon) {
       m_words += std::string(icon == BoxIcon::Stop ? "stop: " : "warning: ") + words + "\n";
     };
     return ConvertTraceFile(*old, path, callbacks) != nullptr;

@@ -75,7 +75,7 @@ class ConversionSafetyTest : public ConversionTest {
       if (last && m_atEnd) m_atEnd();
       return last ? m_last : m_goes;
     };
-    callbacks.say = [this](const char* words, BoxIcon icon) {
+    callbacks.showMessage = [this](const char* words, BoxIcon icon) {
       m_words += std::string(icon == BoxIcon::Stop ? "stop: " : "warning: ") + words + "\n";
     };
     return ConvertTraceFile(*old, path, callbacks) != nullptr;

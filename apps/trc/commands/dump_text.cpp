@@ -125,7 +125,7 @@ class TextDump {
     return c + 1 < m_columns.size() || m_columns[c].AlignsRight();
   }
   void Widen(std::size_t c, const Cell& cell) {
-    m_widths[c] = std::max(m_widths[c], std::min(cell.width, kMostColumnWidth));
+    m_widths[c] = std::max(m_widths[c], std::min(cell.width, kColumnWidthMax));
   }
 
   bool WriteHeader() {

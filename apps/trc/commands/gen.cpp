@@ -16,7 +16,7 @@
 namespace {
 
 constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
-constexpr std::uint64_t kLeastTraceBytes = kTraceFixedBytes + kTagBytes;
+constexpr std::uint64_t kTraceBytesMin = kTraceFixedBytes + kTagBytes;
 
 class Generator {
  public:
@@ -99,7 +99,7 @@ class Generator {
 }  // namespace
 
 int RunGen(const GenOptions& options) {
-  if (options.records > kTrcFileBytesMax / kLeastTraceBytes) {
+  if (options.records > kTrcFileBytesMax / kTraceBytesMin) {
     PrintError(std::to_string(options.records) +
                " traces do not fit in a trace file, which is smaller than 4 GiB");
     return kExitBad;

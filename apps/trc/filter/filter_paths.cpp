@@ -13,9 +13,9 @@
 
 namespace {
 
-constexpr std::size_t kMostNearNames = 5;
+constexpr std::size_t kNearNamesMax = 5;
 // A longer path has no similar ones: comparing costs the product of the lengths.
-constexpr std::size_t kMostComparedBytes = 200;
+constexpr std::size_t kComparedBytesMax = 200;
 
 // The rest of the path after the label; none if it does not begin with the label.
 std::optional<std::string_view> Below(std::string_view path, std::string_view label) {
@@ -52,7 +52,7 @@ std::string PathOf(const FilterNode& node) {
 
 // How many bytes must be inserted, removed or changed to make the texts equal.
 std::size_t Distance(std::string_view a, std::string_view b) {
-  if (std::max(a.size(), b.size()) > kMostComparedBytes) return std::string_view::npos;
+  if (std::max(a.size(), b.size()) > kComparedBytesMax) return std::string_view::npos;
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (std::size_t i = 0; i < a.size(); ++i) {
@@ -87,7 +87,7 @@ class NearNames {
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<std::string> names;
     for (const auto& [away, path] : m_found) {
-      if (names.size() == kMostNearNames || away > m_found.front().first) break;
+      if (names.size() == kNearNamesMax || away > m_found.front().first) break;
       if (std::find(names.begin(), names.end(), path) == names.end()) names.push_back(path);
     }
     return names;
@@ -99,7 +99,7 @@ class NearNames {
     const std::string path = ToLowerAscii(PathOf(node)), label = ToLowerAscii(node.Label());
     if (label == m_last || path.starts_with(m_path)) return 1;
     const std::size_t last = Distance(label, m_last);
-    return std::min(Distance(path, m_path), last > kMostComparedBytes ? last : last * 2);
+    return std::min(Distance(path, m_path), last > kComparedBytesMax ? last : last * 2);
   }
 
   std::string m_path, m_last;  // in small letters
@@ -127,7 +127,7 @@ std::string Quoted(const std::string& path) {
 
 std::vector<std::string> FirstBelow(const FilterNode& node) {
   std::vector<std::string> names;
-  for (std::size_t i = 0; i < std::min(node.ChildCount(), kMostNearNames + 1); ++i)
+  for (std::size_t i = 0; i < std::min(node.ChildCount(), kNearNamesMax + 1); ++i)
     names.push_back(PathOf(node.Child(i)));
   return names;
 }

@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr std::size_t kMostUnknownPrinted = 10;
+constexpr std::size_t kUnknownPrintedMax = 10;
 
 std::string TraceText(const TcfTrace& trace, const std::string& app) {
   return "unknown trace " + Quoted(trace.component + "/" + trace.category) + " of " + Quoted(app);
@@ -92,11 +92,10 @@ void PrintUnknownTraces(const TcfConfig& config, const AppHandles& handles) {
   for (const TcfApp& app : config) {
     if (handle == handles.end()) break;
     for (const TcfTrace& trace : TracesUnknownTo(**handle++, app))
-      if (++unknown <= kMostUnknownPrinted)
-        PrintError(TraceText(trace, app.name) + ", passed over");
+      if (++unknown <= kUnknownPrintedMax) PrintError(TraceText(trace, app.name) + ", passed over");
   }
-  if (unknown > kMostUnknownPrinted)
-    PrintError("and " + Counted(unknown - kMostUnknownPrinted, "more unknown trace") +
+  if (unknown > kUnknownPrintedMax)
+    PrintError("and " + Counted(unknown - kUnknownPrintedMax, "more unknown trace") +
                ", passed over");
 }
 

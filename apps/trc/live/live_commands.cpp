@@ -13,8 +13,8 @@ namespace {
 
 constexpr const char* kAppHelp =
     "The application, of this machine or of MACHINE, which is name or name:port";
-constexpr std::uint64_t kMostThreads = 256;
-constexpr std::uint64_t kMostTextBytes = 65535;
+constexpr std::uint64_t kThreadsMax = 256;
+constexpr std::uint64_t kTextBytesMax = 65535;
 
 std::vector<std::string> SplitAtCommas(const std::string& list) {
   std::vector<std::string> parts;
@@ -277,8 +277,8 @@ class EmitCommand final : public Command {
     AddNumber("-s,--seed", m_emit.seed, "Another number, other texts [default: 1]");
   }
   void Complete() override {
-    RefuseOutside("--threads", m_emit.threads, 1, kMostThreads);
-    RefuseOutside("--text-bytes", m_emit.textBytes, 0, kMostTextBytes);
+    RefuseOutside("--threads", m_emit.threads, 1, kThreadsMax);
+    RefuseOutside("--text-bytes", m_emit.textBytes, 0, kTextBytesMax);
     if (!m_components.empty()) m_emit.components = SplitAtCommas(m_components);
     if (m_emit.components.empty()) throw CLI::ValidationError("--components", "names no component");
     if (m_emit.rate == 0 && m_emit.count == 0) m_emit.rate = 10;

@@ -48,7 +48,7 @@ class TextLines final : public Lines {
       const std::string text =
           VisibleCell(m_options.columns[i], trace, previous, m_names, m_options.utc);
       const std::size_t width = ScreenWidth(text);
-      m_widths[i] = std::max(m_widths[i], std::min(width, kMostColumnWidth));
+      m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
       m_line.Add(text, width, m_widths[i], AlignsRight(i));
     }
     return m_line.End();
@@ -63,7 +63,7 @@ class TextLines final : public Lines {
       const std::string_view header = kColumns[static_cast<std::size_t>(column)].header;
       const std::size_t width =
           ScreenWidth(VisibleCell(column, first, nullptr, m_names, m_options.utc));
-      m_widths[i] = std::max(m_widths[i], std::min(width, kMostColumnWidth));
+      m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
       m_line.Add(header, header.size(), m_widths[i], AlignsRight(i));
     }
     return m_line.End();

@@ -8,7 +8,7 @@
 #include "terminal/output.h"
 
 // A longer cell shifts only the rest of its own line to the right.
-constexpr std::size_t kMostColumnWidth = 200;
+constexpr std::size_t kColumnWidthMax = 200;
 
 // "Info", "Warn" or "Error"; empty for any other severity.
 std::string_view SeverityWord(const TraceEvent_i& trace);

@@ -9,7 +9,7 @@ namespace {
 
 constexpr char kExtension[] = ".trc";
 constexpr char kDefaultHistoricFiles[] = "10";
-constexpr unsigned kMostHistoricFiles = 100, kLeastSize = 1, kMostSize = 1000;
+constexpr unsigned kHistoricFilesMax = 100, kSizeMin = 1, kSizeMax = 1000;
 constexpr char kFlushKey[] = "flush=", kFilesKey[] = "maxfiles=", kSizeKey[] = "maxsize=";
 
 }  // namespace
@@ -107,7 +107,7 @@ bool CAppSinkCfgPropertyPage::CheckExtension() {
 bool CAppSinkCfgPropertyPage::CheckHistoricFiles() {
   const auto files = FieldNumber(m_strHistoricFiles);
   if (!files) return Refuse("Number of log files must be numeric", kHistoricFiles);
-  if (*files > kMostHistoricFiles)
+  if (*files > kHistoricFilesMax)
     return Refuse("Number of log files must be from 0 to 100", kHistoricFiles);
   return true;
 }
@@ -116,7 +116,7 @@ bool CAppSinkCfgPropertyPage::CheckMaxSize() {
   if (m_strMaxSize == kNoLimit) return true;
   const auto size = FieldNumber(m_strMaxSize);
   if (!size) return Refuse("Max file size must be '<none>' or numeric", kMaxSize);
-  if (*size < kLeastSize || *size > kMostSize)
+  if (*size < kSizeMin || *size > kSizeMax)
     return Refuse("Max file size must be from 1 to 1000 or '<none>'", kMaxSize);
   return true;
 }

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int kTitleButtonsPx = 110;  // beside the title, with the window's icon
-constexpr int kLeastChars = 40;       // however short the text
+constexpr int kCharsMin = 40;         // however short the text
 
 QMessageBox::Icon IconOf(BoxIcon icon) {
   switch (icon) {
@@ -77,7 +77,7 @@ void QtMessageBox::MakeRoomForTitle() {
   QFont title = font();
   title.setBold(true);
   const int width = std::max(QFontMetrics(title).horizontalAdvance(windowTitle()) + kTitleButtonsPx,
-                             fontMetrics().averageCharWidth() * kLeastChars);
+                             fontMetrics().averageCharWidth() * kCharsMin);
   grid->addItem(new QSpacerItem(width, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
                 grid->rowCount(), 0, 1, grid->columnCount());
 }

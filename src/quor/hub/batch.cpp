@@ -74,7 +74,7 @@ SharedBatch BatchBuilder::Seal() {
   for (const HubNameId id : m_batch->names) m_used.Remove(id);
   m_batch = std::make_shared<Batch>(m_memory);
   m_nameBytes = 0;
-  m_words = 0;
+  m_sources = 0;
   m_lastDelta = nullptr;
   m_hasLastIds = false;
   return sealed;
@@ -85,7 +85,7 @@ SourceDelta& BatchBuilder::FindDelta(const std::shared_ptr<Source>& source) {
   const auto known = std::find_if(deltas.begin(), deltas.end(),
                                   [&source](const SourceDelta& d) { return d.source == source; });
   if (known != deltas.end()) return *known;
-  ++m_words;
+  ++m_sources;
   return deltas.emplace_back(SourceDelta{source, 0, 0});
 }
 

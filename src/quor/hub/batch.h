@@ -62,13 +62,13 @@ using TraceIds = TraceIdsOf<HubNameId>;
 class BatchBuilder {
  public:
   // Sources in a batch, including the forgotten ones, because its ledger is one frame.
-  static constexpr std::size_t kWordsMax = 4096;
+  static constexpr std::size_t kSourcesMax = 4096;
 
   // `memory`: for a builder that makes many batches.
   explicit BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory = nullptr);
 
-  bool IsEmpty() const { return m_batch->bytes.Size() == 0 && m_words == 0; }
-  bool IsFull() const { return m_batch->bytes.Size() >= kBatchBytes || m_words >= kWordsMax; }
+  bool IsEmpty() const { return m_batch->bytes.Size() == 0 && m_sources == 0; }
+  bool IsFull() const { return m_batch->bytes.Size() >= kBatchBytes || m_sources >= kSourcesMax; }
   // Do the batch, this record and any seven names still fit into one data frame?
   bool HasRoom(std::size_t recordBytes, std::size_t nameBytes) const {
     return m_batch->bytes.Size() + m_nameBytes + recordBytes + nameBytes < kFrameRoom;
@@ -86,7 +86,7 @@ class BatchBuilder {
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
   void AppendForgotten(const std::shared_ptr<Source>& source) {
     m_batch->forgotten.push_back(source);
-    ++m_words;
+    ++m_sources;
   }
   SharedBatch Seal();
 
@@ -106,7 +106,7 @@ class BatchBuilder {
   std::shared_ptr<Batch> m_batch;
   IdSet<HubNameId> m_used;
   std::size_t m_nameBytes = 0;
-  std::size_t m_words = 0;             // sources, including the forgotten ones
+  std::size_t m_sources = 0;           // sources, including the forgotten ones
   SourceDelta* m_lastDelta = nullptr;  // most traces come in runs of one source
   TraceIds m_lastIds{};
   bool m_hasLastIds = false;

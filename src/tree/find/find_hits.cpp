@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t kMostAttempts = 2 * FindHits::kMostHits;
+constexpr std::size_t kAttemptsMax = 2 * FindHits::kHitsMax;
 
 }  // namespace
 
@@ -30,14 +30,14 @@ const std::vector<HitRange>& FindHits::In(std::string_view text, std::int64_t st
   if (!m_search) return m_hits;
   auto& [plan, matcher] = *m_search;
   RegexAnswer answer = matcher.Begin(plan, text, steps);
-  for (std::size_t attempts = 0; answer == RegexAnswer::Yes && attempts < kMostAttempts;
+  for (std::size_t attempts = 0; answer == RegexAnswer::Yes && attempts < kAttemptsMax;
        ++attempts) {
     // A match may extend beyond the text's end, to the zero after it.
     const std::size_t begin = matcher.MatchStart();
     const std::size_t end = std::min(matcher.MatchEnd(), text.size());
     if (begin >= shownBytes) break;
     if (begin < end) m_hits.push_back({begin, end});
-    if (m_hits.size() == kMostHits) break;
+    if (m_hits.size() == kHitsMax) break;
     answer = matcher.Next(plan, text, matcher.StepsLeft());
   }
   return m_hits;

@@ -18,7 +18,7 @@
 
 class FindHits {
  public:
-  static constexpr std::size_t kMostHits = 500;
+  static constexpr std::size_t kHitsMax = 500;
   // Steps of the matcher in one text: some ten milliseconds for a text that is read by itself, a
   // tenth of a millisecond for a text that is one of many to paint.
   static constexpr std::int64_t kSteps = 1'000'000, kStepsToPaint = 20'000;

@@ -23,12 +23,12 @@
 namespace {
 
 constexpr int kWidthChars = 84;                     // at least
-constexpr int kFewestLines = 5, kMostLines = 20;    // of the text, at the start
+constexpr int kLinesMin = 5, kLinesMax = 20;        // of the text, at the start
 constexpr int kValueChars = 44, kSourceChars = 92;  // a longer value is scrolled in its field
 constexpr int kValueEdgesPx = 14;
-constexpr int kMostMeasured = 8192;  // letters: as many fill any window
-constexpr int kStackLines = 20;      // shown at once when the list is open
-constexpr int kStackChars = 20;      // the width that the list wants at least
+constexpr int kMeasuredMax = 8192;  // letters: as many fill any window
+constexpr int kStackLines = 20;     // shown at once when the list is open
+constexpr int kStackChars = 20;     // the width that the list wants at least
 
 }  // namespace
 
@@ -106,7 +106,7 @@ QPlainTextEdit* TraceDetailFace::MakeText() {
   m_text->setReadOnly(true);
   m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   m_text->setTabChangesFocus(true);
-  m_text->setMinimumHeight(fontMetrics().lineSpacing() * kFewestLines);
+  m_text->setMinimumHeight(fontMetrics().lineSpacing() * kLinesMin);
   m_text->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   return m_text;
 }
@@ -182,11 +182,10 @@ void TraceDetailFace::SizeByContent() {
   const QRect room(0, 0, widthPx - 4 * metrics.averageCharWidth(), metrics.lineSpacing() * 100);
   const int linesPx = metrics
                           .boundingRect(room, Qt::TextWrapAnywhere | Qt::TextExpandTabs,
-                                        m_text->toPlainText().left(kMostMeasured))
+                                        m_text->toPlainText().left(kMeasuredMax))
                           .height() +
                       metrics.lineSpacing();
-  const int morePx =
-      std::min(linesPx, metrics.lineSpacing() * kMostLines) - m_text->minimumHeight();
+  const int morePx = std::min(linesPx, metrics.lineSpacing() * kLinesMax) - m_text->minimumHeight();
   resize(widthPx, least.height() + std::max(morePx, 0));
 }
 

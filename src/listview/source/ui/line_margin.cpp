@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int kSidePx = 6;
-constexpr int kFewestDigits = 3;  // so that the text of short files begins at the same place
+constexpr int kDigitsMin = 3;  // so that the text of short files begins at the same place
 constexpr float kPaleAlpha = 0.55f;
 
 // The arrow is as high as a digit.
@@ -25,8 +25,8 @@ LineMargin::LineMargin(QtRichEdit& edit) : QWidget(&edit), m_edit(edit) {
 
 int LineMargin::WidthFor(int lines) const {
   const QFontMetrics metrics(m_edit.font());
-  const auto digits = static_cast<int>(
-      std::max(QString::number(lines).size(), static_cast<qsizetype>(kFewestDigits)));
+  const auto digits =
+      static_cast<int>(std::max(QString::number(lines).size(), static_cast<qsizetype>(kDigitsMin)));
   return kSidePx + ArrowPx(metrics) + digits * metrics.horizontalAdvance(u'9') + 2 * kSidePx;
 }
 

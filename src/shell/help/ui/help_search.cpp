@@ -84,7 +84,7 @@ void HelpSearch::Collect() {
 void HelpSearch::OnOtherPage() {
   if (m_showing) return;
   Collect();
-  Say();
+  ShowStatus();
   MarkHits(TopicOf(m_pages));
 }
 
@@ -96,7 +96,7 @@ void HelpSearch::Step(int by) {
   ShowHit();
 }
 
-void HelpSearch::Say() {
+void HelpSearch::ShowStatus() {
   if (m_hits.empty())
     m_said->setText(m_field->text().trimmed().isEmpty() ? QString() : tr("not found"));
   else if (m_current)
@@ -106,7 +106,7 @@ void HelpSearch::Say() {
 }
 
 void HelpSearch::ShowHit() {
-  Say();
+  ShowStatus();
   if (!m_current) {
     m_pages.setExtraSelections({});
     return;

@@ -38,7 +38,7 @@ class HelpSearch : public QWidget {
   void Search();
   void Collect();
   void OnOtherPage();
-  void Say();
+  void ShowStatus();
   void ShowHit();
   void MarkHits(const QString& topic);
 

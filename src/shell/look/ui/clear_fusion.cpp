@@ -11,7 +11,7 @@ constexpr int kFusionDarker = 140;  // percent: Fusion makes edges this much dar
 constexpr int kBrighterFocus = 170;
 constexpr int kSeparatorGapPx = 6;
 constexpr qreal kCrossShare = 0.45;  // of a tab's button
-constexpr int kTitleRoomPx = 4, kLeastTitlePx = 18, kTitleGapPx = 4;
+constexpr int kTitleRoomPx = 4, kTitlePxMin = 18, kTitleGapPx = 4;
 constexpr qreal kPale = 0.65;  // the title of a window without the focus
 constexpr float kSliderInk = 0.15f, kSliderEdgeInk = 0.5f;
 
@@ -121,7 +121,7 @@ int ClearFusion::pixelMetric(PixelMetric metric, const QStyleOption* option,
   const int given = QProxyStyle::pixelMetric(metric, option, widget);
   if (metric != PM_TitleBarHeight) return given;
   const QFontMetrics metrics(widget ? widget->font() : QApplication::font());
-  return std::min(given, std::max(metrics.height() + kTitleRoomPx, kLeastTitlePx));
+  return std::min(given, std::max(metrics.height() + kTitleRoomPx, kTitlePxMin));
 }
 
 // Fusion centres the title and draws the buttons of a window without the focus black, which is

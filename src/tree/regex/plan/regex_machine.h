@@ -53,7 +53,7 @@ class RegexMachine {
     bool IsSet() const { return start != kUnset && end != kUnset && start <= end; }
     std::size_t start = kUnset, end = kUnset;
   };
-  static constexpr std::size_t kMostFrames = kRegexProgramBytes + kRegexSlackBytes;
+  static constexpr std::size_t kFramesMax = kRegexProgramBytes + kRegexSlackBytes;
 
   bool StepNode(const RegexNode& node, std::string_view text, std::int64_t& steps);
   bool EnterRun(const RegexNode& node, std::string_view text, std::int64_t& steps);
@@ -66,6 +66,6 @@ class RegexMachine {
   bool m_wordFlag = false;
   int m_rangeLow = 0, m_rangeExtra = 0;
   std::size_t m_depth = 0;
-  std::array<Frame, kMostFrames> m_frames;
+  std::array<Frame, kFramesMax> m_frames;
   std::array<Capture, kRegexGroups> m_groups;
 };

@@ -59,6 +59,7 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   void Stop();
 
   Catalogue& Known() { return m_catalogue; }
+  std::size_t Running() const { return m_running.size(); }
 
  private:
   CatalogueApp* EntryFor(const std::string& name) override { return m_catalogue.Enter(name); }

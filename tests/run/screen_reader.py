@@ -100,7 +100,7 @@ def line(name):
 
 def focus():
     """The innermost one: what it stands in has the focus too."""
-    focused = [node for node in parts(program()) if node.get_role_name() != "table cell" and
+    focused = [node for node in parts(program()) if node.get_role_name() not in ("table cell", "list item") and
                node.get_state_set().contains(Atspi.StateType.FOCUSED)]
     return focused[-1].get_name() if focused else ""
 

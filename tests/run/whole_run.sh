@@ -9,9 +9,13 @@ set -euo pipefail
 
 tessera=$(realpath "$1")
 trc=$(realpath "$2")
+quord=$(dirname "$trc")/quord demo=$(dirname "$trc")/quor-demo
 here=$(dirname "$(realpath "$0")")
 for tool in Xvfb openbox xdotool import convert identify xprop xauth xkbcomp dbus-daemon; do
   command -v "$tool" >/dev/null || { echo "whole_run: $tool is not installed" >&2; exit 2; }
+done
+for program in "$quord" "$demo"; do
+  [ -x "$program" ] || { echo "whole_run: $program is not built" >&2; exit 2; }
 done
 /usr/bin/python3 -c 'import gi; gi.require_version("Atspi", "2.0")' 2>/dev/null ||
   { echo "whole_run: python3-gi or gir1.2-atspi-2.0 is not installed" >&2; exit 2; }
@@ -45,4 +49,5 @@ source "$here/ends.sh"
 source "$here/conversion.sh"
 source "$here/screen_reader.sh"
 source "$here/list.sh"
+source "$here/config.sh"
 say "all steps done"

@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr int kLookMs = 700;  // by then the window has looked at its connection
+constexpr int kLookMs = 700;         // by then the window has looked at its connection
+const QSize kSmallWindow(680, 440);  // a configuration's window is small
 
 QListView& Applications(QWidget& window) {
   return *window.findChild<QListView*>(QStringLiteral("applications"));
@@ -32,6 +33,8 @@ ConfigWindowScenes::ConfigWindowScenes(CTesseraApp& tessera, ShotScenes& scenes)
 }
 
 void ConfigWindowScenes::All() {
+  const QSize before = m_scenes.Window().size();
+  m_scenes.Window().resize(kSmallWindow);
   Query();
   m_tessera.OpenConfig("web-03");
   Empty();
@@ -42,6 +45,7 @@ void ConfigWindowScenes::All() {
   g_quickClose = true;  // no questions
   m_tessera.ConfigTemplate()->CloseAllDocuments();
   g_quickClose = false;
+  m_scenes.Window().resize(before);
 }
 
 void ConfigWindowScenes::Save(const QString& name) {

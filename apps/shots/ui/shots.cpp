@@ -103,14 +103,14 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   ConfigWindowScenes configWindow(tessera, scenes);
   Light(scenes, dialogs, file, second);
   config.All();
-  configWindow.All();
   tessera.CloseAllDocuments();
+  configWindow.All();
   monitor.Light();
   tree.Light();
   Dark(scenes, dialogs, file, second);
   config.All();
-  configWindow.All();
   tessera.CloseAllDocuments();
+  configWindow.All();
   monitor.Dark();
   tree.Dark();
   return scenes.Good() ? 0 : 2;

@@ -2,12 +2,14 @@
 // quor/client on them.
 //
 // Shape    A FakeMachine outlives its handles. Its log has a line per call that a real handle would
-//          send to the machine: "connect", "list", "open orders", "submit orders", "refresh
-//          orders".
+//          send to the machine: "connect", "list", "open orders", "look orders", "submit orders",
+//          "refresh orders". What was submitted is in force as long as an instance runs or a handle
+//          is open, as on a real machine: tests/quor/config runs the contract for both.
 // Owner    Handles are counted references, like the real ones; m_handles counts those that live.
 // Threads  One.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -27,17 +29,28 @@ class FakeMachine {
     trc_SinkTypes_e sinkType = trc_SinkSocket;
     std::string sinkName = "localhost", sinkOptions;
     unsigned instances = 0;  // that run
+    bool prepared = false;   // submitted, and no instance has run since
+    std::vector<App> first;  // as it was before the first Submit; empty: nothing was submitted
   };
 
   // A running application with a trace point per name, "Net/Connect" and such.
   App& Run(const std::string& name, const std::vector<std::string>& traces, unsigned settings = 0) {
     App& app = m_apps[name];
-    app.instances = 1;
+    Begin(name);
     for (const std::string& trace : traces) {
       const std::size_t slash = trace.find('/');
       app.traces.push_back({trace.substr(0, slash), trace.substr(slash + 1), ++m_lastId, settings});
     }
     return app;
+  }
+  // An instance of an application that the machine knows, and its end.
+  void Begin(const std::string& name) {
+    m_apps[name].instances = 1;
+    m_apps[name].prepared = false;
+  }
+  void End(const std::string& name) {
+    m_apps[name].instances = 0;
+    Release(name);
   }
   // "Net/Connect=7 Net/Close=0", as the machine has it in force.
   std::string InForce(const std::string& name) const {
@@ -51,15 +64,37 @@ class FakeMachine {
   // What the document asks in place of the static functions of the client's classes.
   trace_Config_i* Connect(const std::string& host, std::string* why);
   trace_App_i* Open(const std::string& app, std::string* why);
+  trace_App_i* Look(const std::string& app, std::string* why);
 
   std::map<std::string, App> m_apps;
   std::string m_host = "?";  // as the last connection gave it
   bool m_away = false;       // nothing can be reached
-  bool m_refuses = false;    // a client that may change nothing
+  bool m_refuses = false;    // takes no Submit
   bool m_refusesOpen = false;
   std::string m_log;
   int m_handles = 0;
   std::map<std::string, int> m_open;  // handles by application
+  static constexpr std::size_t kSinkTextMax = 4096;
+
+  bool IsHeld(const std::string& name) const {
+    const auto known = m_apps.find(name);
+    return m_open.contains(name) || (known != m_apps.end() && known->second.instances > 0);
+  }
+  // With the last holder what it first had returns, unless it waits for the next instance.
+  void Release(const std::string& name) {
+    const auto known = m_apps.find(name);
+    if (known == m_apps.end() || IsHeld(name)) return;
+    App& app = known->second;
+    if (app.prepared || app.first.empty()) return;
+    const App first = app.first.front();
+    for (Trace& trace : app.traces)
+      for (const Trace& had : first.traces)
+        if (had.id == trace.id) trace.settings = had.settings;
+    app.sinkType = first.sinkType;
+    app.sinkName = first.sinkName;
+    app.sinkOptions = first.sinkOptions;
+    app.first.clear();
+  }
 
  private:
   unsigned m_lastId = 0;
@@ -67,15 +102,18 @@ class FakeMachine {
 
 class FakeMachineApp final : public trace_App_i {
  public:
-  FakeMachineApp(FakeMachine& machine, std::string name)
-      : m_machine(machine), m_name(std::move(name)) {
+  // `holds`: else it only looks.
+  FakeMachineApp(FakeMachine& machine, std::string name, bool holds)
+      : m_machine(machine), m_name(std::move(name)), m_holds(holds) {
     ++m_machine.m_handles;
-    ++m_machine.m_open[m_name];
+    if (m_holds) ++m_machine.m_open[m_name];
     Take();
   }
   ~FakeMachineApp() override {
     --m_machine.m_handles;
-    if (--m_machine.m_open[m_name] == 0) m_machine.m_open.erase(m_name);
+    if (!m_holds || --m_machine.m_open[m_name] > 0) return;
+    m_machine.m_open.erase(m_name);
+    m_machine.Release(m_name);
   }
 
   const std::string& GetAppName() const override { return m_name; }
@@ -112,8 +150,13 @@ class FakeMachineApp final : public trace_App_i {
   }
   bool Submit() const override {
     m_machine.m_log += "submit " + m_name + "\n";
-    if (m_machine.m_away || m_machine.m_refuses) return false;
+    if (m_machine.m_away || m_machine.m_refuses || !m_machine.IsHeld(m_name)) return false;
+    if (m_sinkHeld &&
+        std::max(m_state.sinkName.size(), m_state.sinkOptions.size()) > FakeMachine::kSinkTextMax)
+      return false;
     FakeMachine::App& app = m_machine.m_apps[m_name];
+    if (app.first.empty()) app.first = {FakeMachine::App(app)};
+    app.prepared = app.instances == 0;
     for (FakeMachine::Trace& trace : app.traces)
       if (m_held.contains(trace.id)) trace.settings = GetSettings(trace.id);
     m_held.clear();
@@ -149,6 +192,7 @@ class FakeMachineApp final : public trace_App_i {
 
   FakeMachine& m_machine;
   const std::string m_name;
+  const bool m_holds;
   FakeMachine::App m_state;
   std::list<trace_Component_t> m_map;
   std::map<unsigned, unsigned> m_settings;
@@ -201,5 +245,11 @@ inline trace_App_i* FakeMachine::Open(const std::string& app, std::string* why) 
   m_log += "open " + app + "\n";
   const bool refused = m_away || m_refusesOpen;
   if (refused && why) *why = "no trace service there";
-  return refused ? nullptr : new FakeMachineApp(*this, app);
+  return refused ? nullptr : new FakeMachineApp(*this, app, true);
+}
+
+inline trace_App_i* FakeMachine::Look(const std::string& app, std::string* why) {
+  m_log += "look " + app + "\n";
+  if (m_away && why) *why = "no trace service there";
+  return m_away ? nullptr : new FakeMachineApp(*this, app, false);
 }

@@ -271,6 +271,27 @@ TEST_F(ConfigTest, AfterABreakOpenHandlesAreOpenedAgain) {
   EXPECT_EQ(m_peer->ExpectRequest().open_app().name(), "orders");
 }
 
+// One deadline for the connection and the question together.
+TEST_F(ConfigTest, WhoWaitedForTheServiceDoesNotWaitAsLongForItsAnswer) {
+  Connect();
+  m_service.StopListening();
+  m_peer.reset();
+  ASSERT_TRUE(Eventually([this] { return !m_config->IsUp(); }));
+  const auto began = std::chrono::steady_clock::now();
+  const auto passed = [&] { return std::chrono::steady_clock::now() - began; };
+  const QuorPtr<trace_App_i> app =
+      WhileServed([] { return trace_App_i::Create("localhost", "orders"); },
+                  [&] {
+                    EXPECT_TRUE(Eventually([&] { return passed() > std::chrono::seconds(2); }));
+                    m_service.Listen();
+                    m_peer = m_service.Accept();
+                    m_peer->Welcome();
+                    EXPECT_TRUE(m_peer->ExpectRequest().has_open_app());
+                  });
+  EXPECT_FALSE(app);
+  EXPECT_LT(passed(), std::chrono::milliseconds(6500));
+}
+
 TEST_F(ConfigTest, AQuestionThatABreakLeftOpenIsAskedAgain) {
   OpenOrders();
   m_app->SetSettings(10, 7);

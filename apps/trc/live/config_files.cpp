@@ -178,7 +178,10 @@ int RunConfigApply(const ConfigApplyOptions& options) {
   AppHandles handles;
   TcfApplier applier(
       [&](const std::string& app) {
-        return QuorPtr<trace_App_i>(trace_App_i::Create(options.machine, app, &why));
+        // A machine that left a Submit without an answer is not asked once more.
+        const bool away = applier.NotTaken() > 0 && !machine->IsUp();
+        return QuorPtr<trace_App_i>(away ? nullptr
+                                         : trace_App_i::Create(options.machine, app, &why));
       },
       handles);
   const bool all = ReplayTcf(config, applier);

@@ -176,8 +176,10 @@ bool CConfigDoc::OnOpenDocument(const std::string& path) {
 
 bool CConfigDoc::ReadFile(std::istream& in) {
   TcfApplier applier(
-      [this](const std::string& app) {
-        return QuorPtr<trace_App_i>(m_client.open(GetMachineName(), app));
+      [this, &applier](const std::string& app) {
+        // A machine that left a Submit without an answer is not asked once more.
+        const bool away = applier.NotTaken() > 0 && !IsLive();
+        return QuorPtr<trace_App_i>(away ? nullptr : m_client.open(GetMachineName(), app));
       },
       m_pAppList->m_apps);
   TcfEnd end;

@@ -361,6 +361,23 @@ TEST_F(ConfigDocTest, AnApplicationThatCannotBeReachedWhileAFileIsReadEmptiesThe
   EXPECT_EQ(Names(*doc), "");
 }
 
+TEST_F(ConfigDocTest, AMachineThatLeavesWhileAFileIsReadIsWaitedForOnce) {
+  ConfigClient client;
+  client.connect = [this](const std::string& host, std::string* why) {
+    return m_machine.Connect(host, why);
+  };
+  client.open = [this](const std::string&, const std::string& app) {
+    trace_App_i* const opened = m_machine.Open(app, nullptr);
+    m_machine.m_away = true;
+    return opened;
+  };
+  CConfigDoc doc(m_host, std::move(client));
+  ASSERT_TRUE(doc.ConnectToMachine("web"));
+  m_machine.m_log.clear();
+  EXPECT_FALSE(Open(doc, "APP: \"a\"\nAPP: \"b\"\nAPP: \"c\"\n"));
+  EXPECT_EQ(m_machine.m_log, "open a\nsubmit a\n");
+}
+
 TEST_F(ConfigDocTest, ABadLineIsReportedAndEmptiesTheDocumentButWhatWasSubmittedStays) {
   m_machine.Run("a", {"Net/Connect"}, 0);
   for (const char* const bad :

@@ -179,15 +179,17 @@ int RunConfigApply(const ConfigApplyOptions& options) {
   TcfApplier applier(
       [&](const std::string& app) {
         // A machine that left a Submit without an answer is not asked once more.
-        const bool away = applier.NotTaken() > 0 && !machine->IsUp();
+        const bool away = !applier.NotTaken().empty() && !machine->IsUp();
         return QuorPtr<trace_App_i>(away ? nullptr
                                          : trace_App_i::Create(options.machine, app, &why));
       },
       handles);
   const bool all = ReplayTcf(config, applier);
   PrintUnknownTraces(config, handles);
-  if (all && applier.NotTaken() == 0) return kExitGood;
-  const std::size_t taken = handles.size() - applier.NotTaken();
+  if (all && applier.NotTaken().empty()) return kExitGood;
+  const std::size_t taken = handles.size() - applier.NotTaken().size();
+  if (why.empty() && !applier.NotTaken().empty())
+    why = "the machine has not accepted the change of " + Quoted(*applier.NotTaken().begin());
   PrintError("only " + std::to_string(taken) + " of " + Counted(config.size(), "application") +
              " could be configured" + (why.empty() ? "" : ": " + why));
   return kExitBad;

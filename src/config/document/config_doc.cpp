@@ -178,7 +178,7 @@ bool CConfigDoc::ReadFile(std::istream& in) {
   TcfApplier applier(
       [this, &applier](const std::string& app) {
         // A machine that left a Submit without an answer is not asked once more.
-        const bool away = applier.NotTaken() > 0 && !IsLive();
+        const bool away = !applier.NotTaken().empty() && !IsLive();
         return QuorPtr<trace_App_i>(away ? nullptr : m_client.open(GetMachineName(), app));
       },
       m_pAppList->m_apps);
@@ -187,6 +187,7 @@ bool CConfigDoc::ReadFile(std::istream& in) {
     const CWaitCursor wait(GetHost());
     end = ReadTcf(in, applier);
   }
+  m_notInForce = applier.NotTaken();
   // Kept: what stands in front of a bad line is in force on the machine, although the document is
   // emptied. Safe: the document asks about traces that are on.
   if (end != TcfEnd::Whole) ShowError(end == TcfEnd::BadLine ? "Invalid format." : kNoConnection);

@@ -25,5 +25,5 @@ bool TcfApplier::OnTrace(const std::string& component, const std::string& catego
 }
 
 void TcfApplier::OnAppEnd() {
-  if (!m_current->Submit()) ++m_notTaken;
+  if (!m_current->Submit()) m_notTaken.insert(m_current->GetAppName());
 }

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <set>
 #include <string>
 
 #include "config/tcf/tcf_read.h"
@@ -30,12 +31,14 @@ class TcfApplier final : public TcfHandler {
                unsigned short settings) override;
   void OnAppEnd() override;
 
-  std::uint64_t Unknown() const { return m_unknown; }    // traces passed over
-  std::uint64_t NotTaken() const { return m_notTaken; }  // applications whose Submit failed
+  std::uint64_t Unknown() const { return m_unknown; }  // traces passed over
+  // The applications with a Submit that failed.
+  const std::set<std::string>& NotTaken() const { return m_notTaken; }
 
  private:
   const Open m_open;
   std::list<QuorPtr<trace_App_i>>& m_apps;
   QuorPtr<trace_App_i> m_current;
-  std::uint64_t m_unknown = 0, m_notTaken = 0;
+  std::uint64_t m_unknown = 0;
+  std::set<std::string> m_notTaken;
 };

@@ -378,6 +378,16 @@ TEST_F(ConfigDocTest, AMachineThatLeavesWhileAFileIsReadIsWaitedForOnce) {
   EXPECT_EQ(m_machine.m_log, "open a\nsubmit a\n");
 }
 
+TEST_F(ConfigDocTest, AMachineThatDoesNotTakeWhatAFileSaysIsTold) {
+  const auto doc = Connected();
+  m_machine.m_refuses = true;
+  EXPECT_TRUE(Open(*doc, "APP: \"a\"\nAPP: \"b\"\n"));
+  EXPECT_EQ(doc->NotInForce(), (std::set<std::string>{"a", "b"}));
+  m_machine.m_refuses = false;
+  EXPECT_TRUE(Open(*doc, "APP: \"b\"\n"));
+  EXPECT_EQ(doc->NotInForce(), std::set<std::string>{});
+}
+
 TEST_F(ConfigDocTest, ABadLineIsReportedAndEmptiesTheDocumentButWhatWasSubmittedStays) {
   m_machine.Run("a", {"Net/Connect"}, 0);
   for (const char* const bad :

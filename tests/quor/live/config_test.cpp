@@ -131,6 +131,16 @@ TEST_F(LiveConfigTest, ApplyTellsTracesThatItPassesOver) {
   EXPECT_NE(RunTrc({"show", "orders"}).out.find("Net/Close    Info\n"), std::string::npos);
 }
 
+TEST_F(LiveConfigTest, ApplyNamesAnApplicationWhoseChangesAreRefused) {
+  const std::string tooLong(5000, 'x');
+  const TrcRun run =
+      Config({"apply", File("APP: \"a\"\nSINK: File \"" + tooLong + "\" \"\"\nAPP: \"b\"\n")});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err,
+            "trc: only 1 of 2 applications could be configured: the machine has not accepted the "
+            "change of \"a\"\n");
+}
+
 TEST_F(LiveConfigTest, AFileWithABadLineChangesNothing) {
   TrcProcess orders(Orders());
   ASSERT_TRUE(IsTraced("orders"));

@@ -56,8 +56,10 @@ bool CDocument::SaveModified() {
   }
 }
 
+// The path of a document without a file names no file, even where the current folder has one.
 bool CDocument::DoFileSave() {
-  const bool inPlace = !m_path.empty() && access(m_path.c_str(), W_OK) == 0;
+  const bool inPlace =
+      std::filesystem::path(m_path).is_absolute() && access(m_path.c_str(), W_OK) == 0;
   return DoSave(inPlace ? &m_path : nullptr, true);
 }
 

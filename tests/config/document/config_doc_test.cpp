@@ -478,6 +478,18 @@ TEST_F(ConfigDocTest, SaveOfAWindowWithoutAFileAsksForOne) {
   EXPECT_THAT(Boxes(), HasSubstr("save dialog \"Save As\""));
 }
 
+TEST_F(ConfigDocTest, SaveAsksAlsoWhereAFileHasTheNameOfTheUnnamedWindow) {
+  const std::string other = m_folder.File("Configuration on web", "another file");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(std::filesystem::path(other).parent_path());
+  const auto doc = Connected();
+  doc->AddApplication("a");
+  EXPECT_TRUE(doc->OnCommand(ID_FILE_SAVE));
+  std::filesystem::current_path(before);
+  EXPECT_THAT(Boxes(), HasSubstr("save dialog \"Save As\""));
+  EXPECT_EQ(ReadAll(other), "another file");
+}
+
 TEST_F(ConfigDocTest, ReferencesAreDroppedWithTheDocument) {
   auto doc = Connected();
   doc->AddApplication("a");

@@ -86,6 +86,13 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
   return app.Get();
 }
 
+// Reads the application anew: traces that it has gained since are on, too.
+bool CConfigDoc::TurnOff(trace_App_i& app) {
+  if (!app.Refresh() && !IsLive()) return false;
+  app.SetAllTraces(0);
+  return app.Submit();
+}
+
 // False: the user wants to keep the application.
 bool CConfigDoc::MayRemove(trace_App_i& app) {
   if (!HasActiveTraces(app)) return true;
@@ -97,8 +104,7 @@ bool CConfigDoc::MayRemove(trace_App_i& app) {
   const BoxAnswer answer = GetHost().MessageBox(question);
   if (answer == BoxAnswer::Yes) {
     const CWaitCursor wait(GetHost());
-    app.SetAllTraces(0);
-    app.Submit();
+    TurnOff(app);
   }
   return answer != BoxAnswer::Cancel;
 }
@@ -140,9 +146,8 @@ bool CConfigDoc::SaveModified() {
   if (!g_quickClose) return CDocument::SaveModified();
   const CWaitCursor wait(GetHost());
   for (const QuorPtr<trace_App_i>& app : m_pAppList->m_apps) {
-    app->SetAllTraces(0);
     // A machine that is away would take as long for each.
-    if (!app->Submit() && !IsLive()) break;
+    if (!TurnOff(*app) && !IsLive()) break;
   }
   return true;
 }

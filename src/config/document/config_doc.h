@@ -73,6 +73,7 @@ class CConfigDoc : public CDocument {
   bool ReadFile(std::istream& in);
   void ShowError(const char* text);
   bool MayRemove(trace_App_i& app);
+  bool TurnOff(trace_App_i& app);
 
   const ConfigClient m_client;
   std::string m_whyNotConnected;

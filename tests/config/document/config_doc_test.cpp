@@ -254,11 +254,12 @@ TEST_F(ConfigDocTest, AQuickCloseWaitsOnceForAMachineThatIsAway) {
   m_machine.m_log.clear();
   g_quickClose = true;
   EXPECT_TRUE(doc->SaveModified());
-  EXPECT_EQ(m_machine.m_log, "submit a\n");
+  EXPECT_EQ(m_machine.m_log, "refresh a\n");
   m_machine.m_away = false;
   m_machine.m_refuses = true;
   EXPECT_TRUE(doc->SaveModified());
-  EXPECT_EQ(m_machine.m_log, "submit a\nsubmit a\nsubmit b\n") << "one that refuses is there";
+  EXPECT_EQ(m_machine.m_log, "refresh a\nrefresh a\nsubmit a\nrefresh b\nsubmit b\n")
+      << "one that refuses is there";
 }
 
 TEST_F(ConfigDocTest, AModifiedDocumentAsksToSaveByItsTitle) {
@@ -488,6 +489,31 @@ TEST_F(ConfigDocTest, SaveAsksAlsoWhereAFileHasTheNameOfTheUnnamedWindow) {
   std::filesystem::current_path(before);
   EXPECT_THAT(Boxes(), HasSubstr("save dialog \"Save As\""));
   EXPECT_EQ(ReadAll(other), "another file");
+}
+
+TEST_F(ConfigDocTest, AQuickCloseTurnsOffWhatTheHandleHasNotReadYet) {
+  m_machine.Run("a", {"Net/Connect"}, 7);
+  const auto doc = Connected();
+  doc->AddApplication("a");
+  doc->AddApplication("late");
+  m_machine.Run("a", {"Net/Late"}, 7);
+  m_machine.Run("late", {"Db/Query"}, 7);
+  g_quickClose = true;
+  EXPECT_TRUE(doc->SaveModified());
+  EXPECT_EQ(m_machine.InForce("a") + " " + m_machine.InForce("late"),
+            "Net/Connect=0 Net/Late=0 Db/Query=0");
+}
+
+TEST_F(ConfigDocTest, YesTurnsOffWhatTheHandleHasNotReadYet) {
+  m_machine.Run("a", {"Net/Connect"}, 7);
+  const auto doc = Connected();
+  trace_App_i* const app = doc->AddApplication("a");
+  // Another handle keeps what is in force.
+  const QuorPtr<trace_App_i> other = m_machine.Open("a", nullptr);
+  m_machine.Run("a", {"Net/Late"}, 7);
+  m_host.AnswerBox(BoxAnswer::Yes);
+  EXPECT_TRUE(doc->RemoveApplication(app));
+  EXPECT_EQ(m_machine.InForce("a"), "Net/Connect=0 Net/Late=0");
 }
 
 TEST_F(ConfigDocTest, ReferencesAreDroppedWithTheDocument) {

@@ -1,6 +1,7 @@
 #include "config/document/config_doc.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <utility>
 
@@ -17,6 +18,12 @@ namespace {
 constexpr char kTitle[] = "Configuration on ";
 constexpr char kNoConnection[] = "Error trying to connect to configuration server.";
 constexpr char kNotOpened[] = "Error opening file.";
+
+// Opening a pipe would block until another program uses its other end.
+bool IsPipe(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::is_fifo(path, error);
+}
 
 bool HasActiveTraces(const trace_App_i& app) {
   for (const trace_Component_t& component : app.GetTraceMap())
@@ -163,8 +170,9 @@ bool CConfigDoc::ConnectForOpen() {
 }
 
 bool CConfigDoc::OnOpenDocument(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  std::ifstream in;
+  if (!IsPipe(path)) in.open(path, std::ios::binary);
+  if (!in.is_open()) {
     ShowError(kNotOpened);
     return false;
   }
@@ -202,8 +210,9 @@ bool CConfigDoc::ReadFile(std::istream& in) {
 // Kept: the file is emptied first, and what a failed save has written stays. Safe: a save says that
 // it failed, and the document stays modified.
 bool CConfigDoc::OnSaveDocument(const std::string& path) {
-  std::ofstream out(path, std::ios::trunc);
-  if (!out) {
+  std::ofstream out;
+  if (!IsPipe(path)) out.open(path, std::ios::trunc);
+  if (!out.is_open()) {
     ShowError(kNotOpened);
     return false;
   }

@@ -1,6 +1,7 @@
 #include "config/document/config_doc.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "config/machine_dialog.h"
 #include "docview/commands/command_ids.h"
@@ -460,6 +461,20 @@ TEST_F(ConfigDocTest, AFailedSaveIsReportedAndTheDocumentStaysModified) {
   EXPECT_EQ(Boxes(), Error("Unsupported Sink Type."));
   EXPECT_EQ(ReadAll(path), "TCF Version 3.2\nAPP: \"a\"\nSINK: ");
   EXPECT_TRUE(doc->IsModified());
+}
+
+// Opening it would block until another program uses its other end.
+TEST_F(ConfigDocTest, APipeIsNeitherReadNorWritten) {
+  const std::string pipe = m_folder.File("pipe.tcf");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const auto doc = Connected();
+  doc->AddApplication("a");
+  Boxes();
+  EXPECT_FALSE(doc->OnSaveDocument(pipe));
+  EXPECT_THAT(Boxes(), HasSubstr("\"Error opening file.\""));
+  EXPECT_FALSE(doc->OnOpenDocument(pipe));
+  EXPECT_THAT(Boxes(), HasSubstr("\"Error opening file.\""));
+  EXPECT_EQ(Names(*doc), "a ");
 }
 
 TEST_F(ConfigDocTest, SaveOfAWindowWithoutAFileAsksForOne) {

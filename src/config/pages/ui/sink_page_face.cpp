@@ -20,6 +20,11 @@ namespace {
 using Page = CAppSinkCfgPropertyPage;
 constexpr int kIndentPx = 22, kGroupGapPx = 14, kNumberChars = 12, kUnitGapPx = 6;
 
+// A name that is no UTF-8 cannot be shown as it is. It stays until the user changes the field.
+void Take(const QLineEdit& field, std::string& text) {
+  if (field.text() != QString::fromStdString(text)) text = field.text().toStdString();
+}
+
 }  // namespace
 
 SinkPageFace::SinkPageFace(CAppSinkCfgPropertyPage& page, QWidget* parent)
@@ -130,8 +135,8 @@ void SinkPageFace::ShowData() {
 
 bool SinkPageFace::TakeData() {
   m_page.m_nSinkType = m_server->isChecked() ? 0 : m_file->isChecked() ? 1 : -1;
-  m_page.m_strMachine = m_machine->text().toStdString();
-  m_page.m_strFileName = m_fileName->text().toStdString();
+  Take(*m_machine, m_page.m_strMachine);
+  Take(*m_fileName, m_page.m_strFileName);
   m_page.m_bForceFlush = m_flush->isChecked();
   m_page.m_strHistoricFiles = m_historicFiles->currentText().toStdString();
   m_page.m_strMaxSize = m_maxSize->currentText().toStdString();

@@ -116,6 +116,21 @@ TEST_F(SinkPageFaceTest, KeysAloneChooseAServerAndBackKeepsWhatWasTyped) {
   EXPECT_EQ(InForce(), "file typed.trc flush=0;maxfiles=7;maxsize=0;");
 }
 
+TEST_F(SinkPageFaceTest, BytesThatAreNoTextStayAsLongAsNobodyTypesInTheirField) {
+  const std::string name = "/logs/caf\xe9.trc";
+  m_machine.m_apps["orders"].sinkName = name;
+  RunSink([](QDialog& window) {
+    Control<QCheckBox>(window, Sink::kFlush).click();
+    QTest::keyClick(&window, Qt::Key_Return);
+  });
+  EXPECT_EQ(InForce(), "file " + name + " flush=0;maxfiles=3;maxsize=20;");
+  RunSink([](QDialog& window) {
+    Enter(Control<QWidget>(window, Sink::kFileName), "new.trc");
+    QTest::keyClick(&window, Qt::Key_Return);
+  });
+  EXPECT_EQ(InForce(), "file new.trc flush=0;maxfiles=3;maxsize=20;");
+}
+
 TEST_F(SinkPageFaceTest, EachControlEnablesApply) {
   for (const unsigned id :
        {Sink::kFileName, Sink::kHistoricFiles, Sink::kMaxSize, Sink::kFlush, Sink::kServer}) {

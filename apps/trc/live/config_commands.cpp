@@ -131,6 +131,11 @@ class ConfigDiffCommand final : public ConfigPart {
     App().add_option("A", m_diff.before, help)->required()->type_name("");
     App().add_option("B", m_diff.after, help)->required()->type_name("");
   }
+  // "" would be this machine; it more likely is a variable of a script that is not set.
+  void Complete() override {
+    if (m_diff.before.empty()) throw CLI::ValidationError("diff", "A is empty");
+    if (m_diff.after.empty()) throw CLI::ValidationError("diff", "B is empty");
+  }
   int Run() const override { return RunConfigDiff(m_diff); }
 
  private:

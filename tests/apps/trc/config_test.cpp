@@ -168,6 +168,8 @@ TEST_F(TrcConfigTest, WrongUseIsRefusedWithTheHelpOfTheCommand) {
        "trc: show: takes a FILE or --machine MACHINE\nTry 'trc config show --help'.\n"},
       {{"show", ""}, "trc: show: the name of the file is empty\nTry 'trc config show --help'.\n"},
       {{"diff", "a"}, "trc: B is required\nTry 'trc config diff --help'.\n"},
+      {{"diff", "", "a"}, "trc: diff: A is empty\nTry 'trc config diff --help'.\n"},
+      {{"diff", "a", ""}, "trc: diff: B is empty\nTry 'trc config diff --help'.\n"},
       {{"check", "a", "b"},
        "trc: \"b\" is one argument too many\nTry 'trc config check --help'.\n"},
       {{"show", "a", "--json=1"}, "trc: --json takes no value\nTry 'trc config show --help'.\n"}};

@@ -35,6 +35,13 @@ int NoSuchTrace(const trace_App_i& app, const std::string& target) {
   return kExitNo;
 }
 
+int NoTraces(const std::string& app, const std::list<std::string>& registered) {
+  if (std::find(registered.begin(), registered.end(), app) == registered.end())
+    return NoSuchApp(app, registered);
+  PrintError(Quoted(app) + " has no traces yet");
+  return kExitNo;
+}
+
 int Submit(const trace_App_i& app) {
   if (app.Submit()) return kExitGood;
   PrintError("the machine has not accepted the change");
@@ -108,11 +115,14 @@ int RunSet(const SetOptions& options) {
   std::string why;
   const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
   if (!config) return Unreachable(why + doubt);
+  // Before our own handle registers the application.
+  const std::list<std::string> registered = config->GetAppList();
+  if (!config->WasAnswered()) return Unreachable("no answer in time" + doubt);
   const QuorPtr<trace_App_i> app = trace_App_i::Create(options.machine, options.app, &why);
   if (!app) return Unreachable(why + doubt);
   if (app->GetTraceMap().empty()) {
     if (!options.doubt.empty()) PrintError(options.doubt);
-    return NoSuchApp(options.app, config->GetAppList());
+    return NoTraces(options.app, registered);
   }
   if (options.target.empty()) {
     app->SetAllTraces(options.settings);

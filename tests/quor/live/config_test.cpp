@@ -141,6 +141,16 @@ TEST_F(LiveConfigTest, ApplyNamesAnApplicationWhoseChangesAreRefused) {
             "change of \"a\"\n");
 }
 
+// A window that opened a file holds it before it runs.
+TEST_F(LiveConfigTest, AnApplicationThatHasNotTracedYetIsThereAndHasNoTraceToSet) {
+  const QuorPtr<trace_App_i> held = trace_App_i::Create("", "early");
+  ASSERT_TRUE(held);
+  ASSERT_EQ(RunTrc({"apps"}).out, "early\n");
+  const TrcRun run = RunTrc({"set", "early", "--all", "max"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "trc: \"early\" has no traces yet\n");
+}
+
 TEST_F(LiveConfigTest, AFileWithABadLineChangesNothing) {
   TrcProcess orders(Orders());
   ASSERT_TRUE(IsTraced("orders"));

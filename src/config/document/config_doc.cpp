@@ -81,7 +81,9 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
   QuorPtr<trace_App_i> app;
   {
     const CWaitCursor wait(GetHost());
-    app = m_client.open(GetMachineName(), name);
+    // A machine that left a Submit without an answer is not asked once more.
+    const bool away = !m_notInForce.empty() && !IsLive();
+    if (!away) app = m_client.open(GetMachineName(), name);
   }
   if (!app) {
     ShowError(kNoConnection);

@@ -251,6 +251,21 @@ TEST_F(ConfigViewTest, AMachineThatGoesAwayIsToldOnceAndOpensNoSheet) {
   EXPECT_EQ(Shown(), "*a");
 }
 
+TEST_F(ConfigViewTest, AMachineThatLeftASheetWithoutAnAnswerIsNotAskedForTheNextName) {
+  for (const char* const name : {"a", "b"}) m_machine.Run(name, {});
+  Open();
+  Choose({"a", "b"});
+  m_host.AnswerDialog([this](CDialog&) {  // a's sheet
+    m_machine.m_away = true;
+    m_doc->NoteSubmit(*m_doc->GetApplications()->m_apps.front(), false);
+  });
+  Run(ID_CONFIG_ADD);
+  EXPECT_EQ(m_machine.m_log, "list\nopen a\nrefresh a\n") << "b would wait once more";
+  EXPECT_NE(m_host.Reported().find("Error trying to connect to configuration server."),
+            std::string::npos);
+  EXPECT_EQ(Shown(), "*a");
+}
+
 TEST_F(ConfigViewTest, AFailedAddLeavesThePlaceholder) {
   m_machine.Run("a", {});
   Open();

@@ -124,7 +124,9 @@ TEST_F(SheetFaceTest, WhileAPageAsksTheUserItIsStillInFront) {
 TEST_F(SheetFaceTest, AControlOfAPageThatEndsTheSheetClosesItsWindow) {
   AddPages(m_sheet);
   Then([this](QDialog& window) {
-    window.findChild<ContractPageFace*>()->Act([this] { m_sheet.EndDialog(7); });
+    // By its name: findChild takes any widget for a class without Q_OBJECT.
+    auto* const page = window.findChild<QWidget*>(QString::number(m_a.Id()));
+    dynamic_cast<ContractPageFace&>(*page).Act([this] { m_sheet.EndDialog(7); });
     EXPECT_FALSE(window.isVisible());
   });
   EXPECT_EQ(m_sheet.DoModal(), 7);

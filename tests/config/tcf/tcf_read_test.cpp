@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "config/tcf/tcf_lines.h"
+#include "support/sanitizer_slowdown.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -112,13 +113,6 @@ TEST(ReadTcf, AnEndlessLineEnds) {
   EXPECT_LT(reported.size(), 2 * kLongestTcfLineBytes);
 }
 
-// By how much instrumented code may be slower.
-#if defined(__SANITIZE_THREAD__)
-constexpr int kSlowdown = 20;
-#else
-constexpr int kSlowdown = 1;
-#endif
-
 TEST(ReadTcf, AHundredThousandLinesTakeLessThanASecond) {
   std::string text = "TCF Version 3.2\n";
   for (int app = 0; app < 100; ++app) {
@@ -133,7 +127,7 @@ TEST(ReadTcf, AHundredThousandLinesTakeLessThanASecond) {
   // The processor's time, so that a busy machine does not count.
   const std::clock_t began = std::clock();
   EXPECT_EQ(ReadTcf(in, taken), TcfEnd::Whole);
-  EXPECT_LT(std::clock() - began, kSlowdown * CLOCKS_PER_SEC);
+  EXPECT_LT(std::clock() - began, kSanitizerSlowdown * CLOCKS_PER_SEC);
   EXPECT_EQ(taken.m_count, 100'000);
 }
 

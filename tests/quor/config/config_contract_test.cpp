@@ -12,7 +12,7 @@
 
 namespace {
 
-class FakeRig {
+class FakeMachineHarness {
  public:
   QuorPtr<trace_Config_i> Connect(std::string* why = nullptr) {
     return QuorPtr<trace_Config_i>(m_machine.Connect("localhost", why));
@@ -50,9 +50,9 @@ int RunOrders(TracedChild& self) {
   return 0;
 }
 
-class RealRig {
+class RealMachine {
  public:
-  RealRig() { m_service.Start(); }
+  RealMachine() { m_service.Start(); }
 
   QuorPtr<trace_Config_i> Connect(std::string* why = nullptr) {
     return QuorPtr<trace_Config_i>(trace_Config_i::Create("localhost", why));
@@ -102,35 +102,35 @@ class RealRig {
   std::unique_ptr<TracedChild> m_app;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ConfigContract, FakeRig);
-INSTANTIATE_TYPED_TEST_SUITE_P(Real, ConfigContract, RealRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ConfigContract, FakeMachineHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(Real, ConfigContract, RealMachine);
 
 class RealConfig : public testing::Test {
  protected:
-  RealRig m_rig;
+  RealMachine m_machine;
 };
 
 TEST_F(RealConfig, ASubmitThatBeganWhileTheServiceWasAwayIsSentToTheNextOne) {
-  m_rig.Start();
-  const auto app = m_rig.Open("orders");
+  m_machine.Start();
+  const auto app = m_machine.Open("orders");
   ASSERT_TRUE(app);
-  m_rig.TakeAway();
+  m_machine.TakeAway();
   app->SetAllTraces(1);
   auto submitted = std::async(std::launch::async, [&] { return app->Submit(); });
-  m_rig.Service().Start();
+  m_machine.Service().Start();
   EXPECT_TRUE(submitted.get());
-  const auto there = m_rig.Look("orders");
+  const auto there = m_machine.Look("orders");
   ASSERT_TRUE(there);
   EXPECT_EQ(there->GetSettings(there->GetTraceId("Net", "Close")), 1u);
 }
 
 // A service that is stopped keeps its connection: only the deadline tells.
 TEST_F(RealConfig, AServiceThatStandsStillHoldsNobodyForLongerThanItsDeadline) {
-  m_rig.Start();
-  const auto config = m_rig.Connect();
-  const auto app = m_rig.Open("orders");
+  m_machine.Start();
+  const auto config = m_machine.Connect();
+  const auto app = m_machine.Open("orders");
   ASSERT_TRUE(config && app);
-  kill(m_rig.Service().Pid(), SIGSTOP);
+  kill(m_machine.Service().Pid(), SIGSTOP);
   app->SetAllTraces(1);
   const auto began = std::chrono::steady_clock::now();
   EXPECT_FALSE(app->Submit());
@@ -140,7 +140,7 @@ TEST_F(RealConfig, AServiceThatStandsStillHoldsNobodyForLongerThanItsDeadline) {
   EXPECT_TRUE(config->GetAppList().empty());
   EXPECT_FALSE(config->WasAnswered());
   EXPECT_FALSE(config->IsUp());
-  kill(m_rig.Service().Pid(), SIGCONT);
+  kill(m_machine.Service().Pid(), SIGCONT);
   EXPECT_TRUE(app->Submit());
   EXPECT_TRUE(config->IsUp());
   EXPECT_EQ(config->GetAppList(), (std::list<std::string>{"orders"}));

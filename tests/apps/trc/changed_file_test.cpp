@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int kRefused = 2, kNotWhole = 3;
-constexpr int kTries = 100;
+constexpr int kTries = 20;
 constexpr char kOldTarget[] = "what stood there";
 
 class TrcChangedFile : public testing::Test {
@@ -22,49 +22,41 @@ class TrcChangedFile : public testing::Test {
     EXPECT_EQ(RunTrc({"gen", "--old", "-n", "200000", m_old}).status, 0);
   }
   // Of the file's mapping, how much the program has read. Far more than a look at the header: then
-  // it reads the traces. One that does not wait for us to take its output must not have read all:
-  // what happens after its last look at the file is too late.
-  bool ReadsTraces(pid_t process, bool waits) const {
+  // it reads the traces.
+  bool ReadsTraces(pid_t process) const {
     constexpr long kKilobytes = 1024;
-    const long all = static_cast<long>(std::filesystem::file_size(m_path)) / 1024;
     std::istringstream maps(ReadAll("/proc/" + std::to_string(process) + "/smaps"));
     bool ours = false;
-    long read = 0;
     for (std::string line; std::getline(maps, line);) {
       if (line.find('/') != std::string::npos) ours = line.find(m_path) != std::string::npos;
-      if (ours && line.rfind("Rss:", 0) == 0) read += std::stol(line.substr(4));
+      if (ours && line.rfind("Rss:", 0) == 0 && std::stol(line.substr(4)) > kKilobytes) return true;
     }
-    return read > kKilobytes && (waits || read < all - kKilobytes);
+    return false;
   }
   static bool HasEnded(pid_t process) {
     siginfo_t ended = {};
     return waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 ||
            ended.si_pid != 0;
   }
-  // More than a pipe holds.
-  bool PrintsMuch(const std::vector<std::string>& arguments) const {
-    return arguments[0] != "info" && arguments[1] != "no such" && arguments.back() != m_out;
-  }
   // Halts the program amid its work. False when it came to its end before.
-  bool HaltAmid(const TrcProcess& trc, bool waits) const {
+  bool HaltAmid(const TrcProcess& trc) const {
     const pid_t process = trc.Id();
-    while (!ReadsTraces(process, waits))
+    while (!ReadsTraces(process))
       if (HasEnded(process) || trc.Late()) return false;
     trc.Signal(SIGSTOP);
     siginfo_t stopped = {};
     waitid(P_PID, static_cast<id_t>(process), &stopped, WSTOPPED | WEXITED | WNOWAIT);
-    return stopped.si_code == CLD_STOPPED && ReadsTraces(process, waits) &&
+    return stopped.si_code == CLD_STOPPED && ReadsTraces(process) &&
            (!std::filesystem::exists(m_out) || ReadAll(m_out) == kOldTarget);
   }
   // Runs the command on a copy of `from`; `act` is done to the copy amid the work.
   TrcRun RunWhile(const std::vector<std::string>& arguments, const std::string& from, Act act) {
-    const bool waits = PrintsMuch(arguments);
     for (int i = 0; i < kTries; ++i) {
       std::filesystem::copy_file(from, m_path, std::filesystem::copy_options::overwrite_existing);
       const timespec longAgo[2] = {{1000, 0}, {1000, 0}};
       EXPECT_EQ(utimensat(AT_FDCWD, m_path.c_str(), longAgo, 0), 0);
       TrcProcess trc(TrcStart{.arguments = arguments});
-      if (!HaltAmid(trc, waits)) continue;
+      if (!HaltAmid(trc)) continue;
       act(m_path);
       trc.Signal(SIGCONT);
       return trc.Finish();

@@ -57,6 +57,10 @@ class FakeListBox final : public ListBox {
     m_selected.insert(item);
     m_top = std::clamp(m_top, std::max(0, item - m_page + 1), item);
   }
+  void SetSel(int item, bool on) override {
+    if (on && m_items.Has(item)) m_selected.insert(item);
+    if (!on) m_selected.erase(item);
+  }
   bool IsSelected(int item) const override { return m_selected.contains(item); }
   int SelectedCount() const override { return static_cast<int>(m_selected.size()); }
   int TopIndex() const override { return m_top; }

@@ -170,6 +170,21 @@ TYPED_TEST_P(ListBoxContract, SeveralCanBeSelected) {
   EXPECT_EQ(this->Box().CurSel(), 2);
 }
 
+TYPED_TEST_P(ListBoxContract, ACallSelectsSeveralInSilence) {
+  this->Make(ListBoxMode::Several);
+  for (const int item : {2, 0, -1, 4}) this->Box().SetSel(item, true);
+  EXPECT_EQ(this->Shown(), "*archiv=1 Billing=2 *lager=3 zoll=4");
+  EXPECT_EQ(this->Box().SelectedCount(), 2);
+  this->Box().AddString("Bestand", 5);
+  EXPECT_EQ(this->Shown(), "*archiv=1 Bestand=5 Billing=2 *lager=3 zoll=4");
+  this->Box().SetSel(0, false);
+  EXPECT_EQ(this->Shown(), "archiv=1 Bestand=5 Billing=2 *lager=3 zoll=4");
+  EXPECT_EQ(this->Box().CurSel(), 3);
+  this->Box().ResetContent();
+  EXPECT_EQ(this->Box().SelectedCount(), 0);
+  EXPECT_EQ(this->m_owner.Reported(), "");
+}
+
 TYPED_TEST_P(ListBoxContract, SelectingAnItemScrollsItIntoView) {
   this->Make(ListBoxMode::One, 2);
   EXPECT_EQ(this->Box().CountPerPage(), 2);
@@ -186,4 +201,4 @@ REGISTER_TYPED_TEST_SUITE_P(ListBoxContract, SortsItsItemsIgnoringCaseAndKeepsTh
                             ADoubleClickOnAnItemIsReported,
                             ARightClickSelectsWhatIsUnderItAndBesideAllItemsNothing,
                             TheOwnerGetsDelAndEnterAndMayLeaveThemToTheWindow, SeveralCanBeSelected,
-                            SelectingAnItemScrollsItIntoView);
+                            ACallSelectsSeveralInSilence, SelectingAnItemScrollsItIntoView);

@@ -54,6 +54,8 @@ class ListBox : public ViewControl {
   virtual int CurSel() const = 0;
   // Selects this item alone and scrolls it into view; -1 selects none.
   virtual void SetCurSel(int item) = 0;
+  // Selects or deselects this item and leaves the others. REQUIRES: ListBoxMode::Several.
+  virtual void SetSel(int item, bool on) = 0;
   virtual bool IsSelected(int item) const = 0;
   virtual int SelectedCount() const = 0;
 

@@ -91,6 +91,12 @@ void QtListBox::SetCurSel(int item) {
   }
 }
 
+void QtListBox::SetSel(int item, bool on) {
+  const QScopedValueRollback<bool> silence(m_silent, true);
+  selectionModel()->select(IndexOf(item),
+                           on ? QItemSelectionModel::Select : QItemSelectionModel::Deselect);
+}
+
 bool QtListBox::IsSelected(int item) const {
   const QModelIndex index = IndexOf(item);
   return index.isValid() && selectionModel()->isSelected(index);

@@ -27,6 +27,7 @@ class QtListBox final : public QListView, public ListBox, public QtControl {
   int FindStringExact(const std::string& text) const override;
   int CurSel() const override;
   void SetCurSel(int item) override;
+  void SetSel(int item, bool on) override;
   bool IsSelected(int item) const override;
   int SelectedCount() const override;
   int TopIndex() const override;

@@ -1,13 +1,12 @@
 #include "config/document/config_doc.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <utility>
 
 #include "base/text.h"
 #include "config/machine_dialog.h"
 #include "config/tcf/tcf_apply.h"
+#include "config/tcf/tcf_file.h"
 #include "config/tcf/tcf_write.h"
 #include "docview/commands/command_ids.h"
 #include "quor/client/trace_thread.h"
@@ -18,12 +17,6 @@ namespace {
 constexpr char kTitle[] = "Configuration on ";
 constexpr char kNoConnection[] = "Error trying to connect to configuration server.";
 constexpr char kNotOpened[] = "Error opening file.";
-
-// Opening a pipe would block until another program uses its other end.
-bool IsPipe(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::is_fifo(path, error);
-}
 
 bool HasActiveTraces(const trace_App_i& app) {
   for (const trace_Component_t& component : app.GetTraceMap())
@@ -172,8 +165,7 @@ bool CConfigDoc::ConnectForOpen() {
 }
 
 bool CConfigDoc::OnOpenDocument(const std::string& path) {
-  std::ifstream in;
-  if (!IsPipe(path)) in.open(path, std::ios::binary);
+  std::ifstream in = OpenTcf(path);
   if (!in.is_open()) {
     ShowError(kNotOpened);
     return false;
@@ -212,8 +204,7 @@ bool CConfigDoc::ReadFile(std::istream& in) {
 // Kept: the file is emptied first, and what a failed save has written stays. Safe: a save says that
 // it failed, and the document stays modified.
 bool CConfigDoc::OnSaveDocument(const std::string& path) {
-  std::ofstream out;
-  if (!IsPipe(path)) out.open(path, std::ios::trunc);
+  std::ofstream out = CreateTcf(path);
   if (!out.is_open()) {
     ShowError(kNotOpened);
     return false;

@@ -45,6 +45,7 @@ class Reading {
 
   TcfEnd Run(TcfFault* fault) {
     TcfEnd end = Header();
+    if (end == TcfEnd::Whole) m_handler.OnHeader();
     int type = 0;
     while (end == TcfEnd::Whole && m_lines.good()) {
       if (_trc_GetCfgLineType(m_lines, &type, &m_why)) {

@@ -12,6 +12,8 @@
 // False of an operation stops the reading.
 class TcfHandler {
  public:
+  // The first line was good; the others follow.
+  virtual void OnHeader() {}
   virtual bool OnApp(const std::string& name) = 0;
   // Of the application that came last. `type` is one of trc_SinkTypes_e.
   virtual bool OnSink(unsigned char type, const std::string& name, const std::string& options) = 0;

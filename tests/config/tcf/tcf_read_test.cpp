@@ -4,6 +4,7 @@
 
 #include <ctime>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include "config/tcf/tcf_lines.h"
@@ -72,6 +73,29 @@ TEST(ReadTcf, AnotherHeaderIsBad) {
   EXPECT_EQ(Read("APP: \"a\"\n"), "bad 1 [APP: \"a\"" + why);
   EXPECT_EQ(Read("\n"), "bad 1 [" + why);
   EXPECT_EQ(Read(""), "bad 1 [] the file is empty");
+}
+
+TEST(ReadTcf, TheHandlerIsToldOfAGoodHeaderInFrontOfAllLines) {
+  struct Begun final : TcfHandler {
+    void OnHeader() override { words += "header "; }
+    bool OnApp(const std::string& name) override {
+      words += name;
+      return true;
+    }
+    bool OnSink(unsigned char, const std::string&, const std::string&) override { return true; }
+    bool OnTrace(const std::string&, const std::string&, unsigned short) override { return true; }
+    std::string words;
+  };
+  for (const auto& [file, words] :
+       std::map<std::string, std::string>{{"TCF Version 3.2\nAPP: \"a\"\n", "header a"},
+                                          {"TCF Version 3.2", "header "},
+                                          {"TCF Version 3.2\nSINK: File \"s\" \"\"\n", "header "},
+                                          {"TCF Version 3.1\nAPP: \"a\"\n", ""}}) {
+    Begun begun;
+    std::istringstream in(file);
+    ReadTcf(in, begun);
+    EXPECT_EQ(begun.words, words) << file;
+  }
 }
 
 TEST(ReadTcf, ABadLineIsReportedByNumberTextAndReason) {

@@ -114,19 +114,24 @@ std::string CWinApp::FolderOfActive() const {
   return file.is_absolute() ? (file.parent_path() / "").string() : std::string();
 }
 
-void CWinApp::OnFileOpen() {
+std::optional<std::string> CWinApp::DoPromptFileName(const CMultiDocTemplate* docTemplate) {
   FileDialogRequest request;
   request.title = "Open";
   request.suggestedName = FolderOfActive();
-  for (const auto& docTemplate : m_templates) {
-    const std::string label = docTemplate->GetDocString(CMultiDocTemplate::filterName);
-    const std::string extension = docTemplate->GetDocString(CMultiDocTemplate::filterExt);
-    if (label.empty()) continue;
+  for (const auto& each : m_templates) {
+    const std::string label = each->GetDocString(CMultiDocTemplate::filterName);
+    const std::string extension = each->GetDocString(CMultiDocTemplate::filterExt);
+    if (label.empty() || (docTemplate && each.get() != docTemplate)) continue;
     if (request.defaultExtension.empty()) request.defaultExtension = extension;
     request.filters.push_back({label, "*" + extension});
   }
   request.filters.push_back({"All Files (*.*)", "*"});
-  if (const auto answer = m_host.RunFileDialog(request)) OpenDocumentFile(answer->path);
+  const std::optional<FileDialogAnswer> answer = m_host.RunFileDialog(request);
+  return answer ? std::optional(answer->path) : std::nullopt;
+}
+
+void CWinApp::OnFileOpen() {
+  if (const std::optional<std::string> path = DoPromptFileName(nullptr)) OpenDocumentFile(*path);
 }
 
 void CWinApp::OpenRecentFile(std::size_t index) {

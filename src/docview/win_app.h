@@ -35,7 +35,10 @@ class CWinApp : public CCmdTarget {
   // file is already open, its window comes to the front. Success adds the path to the recent files,
   // failure removes it.
   virtual CDocument* OpenDocumentFile(const std::string& path);
-  void OnFileOpen();  // begins in the folder of the file in front
+  void OnFileOpen();
+  // Asks for an existing file, beginning in the folder of the file in front. It offers the files of
+  // this template, or with null those of all registered ones, then all files.
+  std::optional<std::string> DoPromptFileName(const CMultiDocTemplate* docTemplate);
   void OpenRecentFile(std::size_t index);
   // Newest first. Every change calls a virtual operation, which stores the list.
   const std::vector<std::string>& RecentFiles() const { return m_recent; }

@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include "base/text.h"
+#include "config/document/config_window.h"
 #include "config/machine_dialog.h"
 #include "config/used_machines.h"
 #include "config/view/config_view.h"
@@ -207,20 +208,16 @@ void CTesseraApp::OnNewConfig() {
 }
 
 bool CTesseraApp::OpenConfig(const std::string& machine) {
-  CDocument* const document = m_configTemplate->OpenDocumentFile(nullptr, false);
-  if (!document) return false;
-  auto& frame = static_cast<CMDIChildWnd&>(*document->Views().front()->GetParentFrame());
-  auto& config = static_cast<CConfigDoc&>(*document);
-  if (!config.ConnectToMachine(machine)) {
-    const std::string notice = "Cannot configure " + machine + ": " + config.WhyNotConnected();
-    frame.Destroy();  // destroys the document too, whose only frame it is
-    // The box was the message; the reason is only for those who look for it.
-    if (m_frame->Face()->IsBarShown(ID_VIEW_STATUS_BAR)) m_frame->SetNotice(notice, notice);
-    return false;
+  std::string why;
+  if (OpenConfigWindow(*m_configTemplate, machine, &why)) {
+    NoteUsedMachine(machine);
+    return true;
   }
-  NoteUsedMachine(machine);
-  m_configTemplate->InitialUpdateFrame(frame, *document, true);
-  return true;
+  // The box was the message; the reason is only for those who look for it.
+  const std::string notice = "Cannot configure " + machine + ": " + why;
+  if (!why.empty() && m_frame->Face()->IsBarShown(ID_VIEW_STATUS_BAR))
+    m_frame->SetNotice(notice, notice);
+  return false;
 }
 
 void CTesseraApp::OpenLocalMonitor() {

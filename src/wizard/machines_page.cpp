@@ -1,0 +1,101 @@
+#include "wizard/machines_page.h"
+
+#include "base/text.h"
+#include "config/document/config_window.h"
+#include "config/machine_dialog.h"
+#include "settings/registry.h"
+#include "wizard/tables/machine_apps.h"
+#include "wizard/wizard_sheet.h"
+
+namespace {
+constexpr char kRegIdentical[] = "Identical Machines";
+}  // namespace
+
+CWizMachinesPage::CWizMachinesPage(Host& host)
+    : CWizPage(host, kMachinesPage, "Trace Wizard: Machines"),
+      m_bIdentical(NtRegGet(HKEY_CURRENT_USER, kRegWizard, kRegIdentical, 0U) != 0) {}
+
+void CWizMachinesPage::OnSetActive() {
+  m_mayDelete = false;  // nothing is selected
+  if (m_list) {
+    m_list->ResetContent();
+    for (const auto& [name, machine] : Wizard().m_machines) m_list->AddString(name);
+  }
+  SetButtons();
+}
+
+void CWizMachinesPage::SetButtons() {
+  const bool any = m_list && m_list->Count() > 0;
+  Wizard().SetWizardButtons(any ? PSWIZB_BACK | PSWIZB_NEXT : PSWIZB_BACK);
+}
+
+// What the user has changed in other controls stays.
+void CWizMachinesPage::SetMayDelete(bool on) {
+  UpdateData(true);
+  m_mayDelete = on;
+  UpdateData(false);
+}
+
+void CWizMachinesPage::OnListBoxSelection() {
+  SetMayDelete(m_list && m_list->CurSel() >= 0);
+}
+
+bool CWizMachinesPage::OnListBoxKey(ListBoxKey key) {
+  if (key != ListBoxKey::Delete) return false;
+  if (m_mayDelete) OnDelete();
+  return true;
+}
+
+bool CWizMachinesPage::IsListed(const std::string& machine) const {
+  for (int item = m_list->Count() - 1; item >= 0; --item)
+    if (CompareIgnoringCase(m_list->Text(item), machine) == 0) return true;
+  return false;
+}
+
+QuorPtr<trace_Config_i> CWizMachinesPage::ConnectWith(const std::string& machine) {
+  const WizardProgram& program = Wizard().Program();
+  if (const CConfigDoc* const open = FindConfigWindow(*program.ConfigTemplate(), machine))
+    return open->GetConfig();
+  const CWaitCursor wait(GetHost());
+  return program.Client().connect(machine, nullptr);
+}
+
+void CWizMachinesPage::OnAdd() {
+  if (!m_list) return;
+  CMachineDlg question(GetHost(), "What machine do you want to configure?", "configuration");
+  if (question.DoModal() != CDialog::kIdOk) return;
+  const std::string& name = question.m_strMachine;
+  if (IsListed(name)) return Say("Duplicate entry!  Machine not added.", BoxIcon::Warning);
+  const QuorPtr<trace_Config_i> connection = ConnectWith(name);
+  if (!connection) return Say("Error trying to connect to configuration server on " + name);
+  WizMachine& machine = Wizard().m_machines[name] = {connection, {}, {}};
+  {
+    const CWaitCursor wait(GetHost());
+    EnterAppList(machine);
+  }
+  m_list->SetCurSel(m_list->AddString(name));  // the one that Delete would take
+  SetButtons();
+  SetMayDelete(true);
+}
+
+void CWizMachinesPage::OnDelete() {
+  const int item = m_list ? m_list->CurSel() : -1;
+  if (item < 0) return;
+  Wizard().m_machines.erase(m_list->Text(item));
+  m_list->DeleteString(item);
+  SetButtons();
+  SetMayDelete(false);
+}
+
+int CWizMachinesPage::OnWizardNext() {
+  const CWaitCursor wait(GetHost());
+  CTraceWizardSheet& wizard = Wizard();
+  if (!UpdateData(true) || wizard.m_machines.empty()) return kWizardStay;
+  NtRegPut(HKEY_CURRENT_USER, kRegWizard, kRegIdentical, m_bIdentical != 0 ? 1U : 0U);
+  WizMachines& machines = wizard.m_machines;
+  for (auto machine = machines.begin(); machine != machines.end(); ++machine)
+    wizard.MergeOpenConfiguration(machine);
+  if (m_bIdentical) MakeNamesIdentical(machines);
+  wizard.ApplicationPage().m_itMachine.Set(machines, machines.begin());
+  return CWizPage::OnWizardNext();
+}

@@ -1,0 +1,11 @@
+// Puts what the wizard holds of an application in force.
+//
+// Threads  Interface thread; Submit blocks for at most 5 seconds.
+#pragma once
+
+#include "wizard/tables/wizard_tables.h"
+
+// Gives `app` the sink of the entry's own handle and the settings of its traces; all other traces
+// are switched off. Looks up the ids that the entry does not have. False: the machine has not taken
+// it. REQUIRES: the entry has a handle.
+bool ConfigureApp(WizApp& entry, trace_App_i& app);

@@ -1,0 +1,25 @@
+// The page that sets the traces of one chosen application after the other. Nothing goes to a
+// machine from here.
+//
+// Threads  Interface thread.
+#pragma once
+
+#include "config/traces/traces_list.h"
+#include "wizard/tables/wizard_tables.h"
+#include "wizard/wizard_page.h"
+
+class CWizTracesPage : public CWizPage {
+ public:
+  explicit CWizTracesPage(Host& host);
+
+  void OnSetActive() override;
+  int OnWizardBack() override;
+  int OnWizardNext() override;
+  CTracesList& Traces() { return m_traces; }
+
+  // The application that is worked on, of the machine of the application page.
+  WizPlace<WizApps> m_itApp;
+
+ private:
+  CTracesList m_traces;
+};

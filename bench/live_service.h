@@ -82,6 +82,7 @@ class LiveService {
                      std::filesystem::read_symlink("/proc/self/exe").replace_filename(name));
     const pid_t pid = fork();
     if (pid != 0) return pid;
+    signal(SIGINT, SIG_DFL);  // a job in the background ignores it, and so would this program
     if (out >= 0) dup2(out, STDOUT_FILENO);
     std::vector<char*> argv;
     for (std::string& word : arguments) argv.push_back(word.data());

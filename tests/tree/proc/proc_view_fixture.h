@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "docview/commands/command_ids.h"
+#include "support/desk_traces.h"
 #include "support/fake_tree_control.h"
-#include "support/make_event.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 #include "support/view_probes.h"
@@ -18,9 +18,7 @@
 class ProcViewTest : public testing::Test {
  protected:
   ProcViewTest() {
-    m_document.m_loading = false;
-    m_document.m_names = {{1, {"desk"}}, {2, {"shop"}}, {3, {"100"}},   {4, {"one"}},
-                          {5, {"two"}},  {6, {"lab"}},  {7, {"a.cpp"}}, {8, {"200"}}};
+    NameDesk(m_document);
     m_view = MakeView();
     m_tree = static_cast<FakeTreeControl*>(&m_view->Tree());
   }
@@ -30,18 +28,9 @@ class ProcViewTest : public testing::Test {
       return std::make_unique<FakeTreeControl>(owner);
     });
   }
-  // Adds a trace of machine desk, application shop, process 100, thread one, unless set otherwise,
-  // numbered in order, to the document; no view is notified. All tic counts are 0, so that every
-  // span is "0 ps".
-  TraceEvent_i* Add(TraceFields fields) {
-    if (!fields.machine) fields.machine = 1;
-    if (!fields.app) fields.app = 2;
-    if (!fields.pid) fields.pid = 3;
-    if (!fields.tid) fields.tid = 4;
-    if (!fields.count) fields.count = m_number;
-    m_number = *fields.count + 1;
-    m_document.AddTrace(MakeEvent(fields).release());
-    return m_document.m_traces.back();
+  // All tic counts are 0, so that every span is "0 ps".
+  TraceEvent_i* Add(const TraceFields& fields) {
+    return AddDeskTrace(m_document, fields, m_number);
   }
   TraceEvent_i* Add(const char* text) { return Add(TraceFields{.text = text}); }
   // Traces "1", "2" ...

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "documents/trace_doc.h"
-#include "support/make_event.h"
+#include "support/desk_traces.h"
 #include "support/recording_host.h"
 #include "tree/proc/model/proc_model.h"
 
@@ -70,23 +70,14 @@ class ProcModelHarness {
  public:
   ProcModelHarness() : m_document(m_host), m_model(m_document, m_filter, &m_items) {
     m_items.m_model = &m_model;
-    m_document.m_loading = false;
-    m_document.m_names = {{1, {"desk"}}, {2, {"shop"}}, {3, {"100"}},  {4, {"one"}},
-                          {5, {"two"}},  {6, {"lab"}},  {7, {"till"}}, {8, {"200"}}};
+    NameDesk(m_document);
+    m_document.m_names[7] = {"till"};
   }
   ~ProcModelHarness() { m_model.Clear(); }
 
-  // Adds a trace of machine desk, application shop, process 100, thread one, unless set otherwise,
-  // numbered in order. Only to the document.
-  TraceEvent_i* Trace(TraceFields fields) {
-    if (!fields.machine) fields.machine = 1;
-    if (!fields.app) fields.app = 2;
-    if (!fields.pid) fields.pid = 3;
-    if (!fields.tid) fields.tid = 4;
-    if (!fields.count) fields.count = m_number;
-    m_number = *fields.count + 1;
-    m_document.AddTrace(MakeEvent(fields).release());
-    return m_document.m_traces.back();
+  // Only into the document.
+  TraceEvent_i* Trace(const TraceFields& fields) {
+    return AddDeskTrace(m_document, fields, m_number);
   }
   // And into the tree.
   TraceEvent_i* Add(const TraceFields& fields, bool live = true) {

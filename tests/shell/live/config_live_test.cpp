@@ -3,6 +3,9 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "apps/demo/demo_process.h"
 #include "config/document/config_doc.h"
@@ -77,7 +80,22 @@ class ConfigLiveTest : public ShellTest {
     return Until([&] { return FirstSettings(app) != ~0U; });
   }
 
+  // A window with the running application "orders".
+  void OpenWithOrders() {
+    m_quord.Start();
+    m_orders.emplace(std::vector<std::string>{"--name", "orders", "--rate", "200"});
+    ASSERT_TRUE(HasTraces("orders"));
+    Start();
+    OpenConfig();
+    ASSERT_TRUE(Add("orders"));
+  }
+  void LoseTheService() {
+    m_quord.Kill();
+    ASSERT_TRUE(Until([this] { return Note() == kBroken; }));
+  }
+
   QuordProcess m_quord;
+  std::optional<DemoProcess> m_orders;
 };
 
 TEST_F(ConfigLiveTest, AnApplicationThatBeginsWhileTheWindowIsOpenIsOfferedAndAddedWithItsSheet) {
@@ -116,17 +134,11 @@ TEST_F(ConfigLiveTest, AnApplicationThatEndsStaysAndItsNextInstanceBeginsWithThe
 }
 
 TEST_F(ConfigLiveTest, AServiceThatIsKilledAndStartedAgainIsToldAndComesBackByItself) {
-  m_quord.Start();
-  const DemoProcess orders({"--name", "orders", "--rate", "200"});
-  ASSERT_TRUE(HasTraces("orders"));
-  Start();
-  OpenConfig();
-  ASSERT_TRUE(Add("orders"));
+  ASSERT_NO_FATAL_FAILURE(OpenWithOrders());
   trace_App_i& app = *Config().GetApplications()->m_apps.front();
   app.SetAllTraces(0x0F);
   ASSERT_TRUE(app.Submit());
-  m_quord.Kill();
-  ASSERT_TRUE(Until([this] { return Note() == kBroken; }));
+  ASSERT_NO_FATAL_FAILURE(LoseTheService());
   EXPECT_EQ(List().Text(0), "orders");
   EXPECT_TRUE(Until(
       [this] { return Face().Panes().PaneText(kPaneMessage) == QStringLiteral("not connected"); }));
@@ -141,14 +153,8 @@ TEST_F(ConfigLiveTest, AServiceThatIsKilledAndStartedAgainIsToldAndComesBackByIt
 }
 
 TEST_F(ConfigLiveTest, AServiceThatIsAwayForGoodHoldsEachActionForFiveSecondsAtMost) {
-  m_quord.Start();
-  const DemoProcess orders({"--name", "orders", "--rate", "200"});
-  ASSERT_TRUE(HasTraces("orders"));
-  Start();
-  OpenConfig();
-  ASSERT_TRUE(Add("orders"));
-  m_quord.Kill();
-  ASSERT_TRUE(Until([this] { return Note() == kBroken; }));
+  ASSERT_NO_FATAL_FAILURE(OpenWithOrders());
+  ASSERT_NO_FATAL_FAILURE(LoseTheService());
   const auto seconds = [](const std::function<void()>& act) {
     QElapsedTimer clock;
     clock.start();

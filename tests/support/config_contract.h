@@ -1,69 +1,20 @@
-// What the classes of a machine's configuration do, whoever made them: run for the fake machine and
-// for the real classes with a real service and a real application.
-//
-// To run it, write a rig and instantiate the suite:
-//
-//   struct MyRig {
-//     QuorPtr<trace_Config_i> Connect(std::string* why = nullptr);
-//     QuorPtr<trace_App_i> Open(const std::string& app, std::string* why = nullptr);
-//     QuorPtr<trace_App_i> Look(const std::string& app, std::string* why = nullptr);
-//     void Start();      // an instance of "orders" with Net/Connect, Net/Close and Db/Query
-//     void AddTrace();   // it gains Db/Late
-//     void End();        // of that instance
-//     void TakeAway();   // the service ends,
-//     void BringBack();  // and another one takes its place
-//   };
-//
-// Each of the last five returns when the machine knows it. A trace begins with the settings 7.
+// What the classes of a machine's configuration do with its values, whoever made them: run for the
+// fake machine and for the real classes with a real service and a real application, which
+// support/config_contract_fixture.h describes.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
-#include <functional>
 #include <list>
 #include <set>
 #include <string>
-#include <vector>
+#include <utility>
 
-#include "quor/client/trace_config.h"
+#include "support/config_contract_fixture.h"
 #include "support/wait_for.h"
 
 template <class Machine>
-class ConfigContract : public testing::Test {
- protected:
-  static constexpr char kOrders[] = "orders";
-
-  // "Db/Query=7 Net/Close=7 Net/Connect=7", by name.
-  static std::string Map(const trace_App_i& app) {
-    std::set<std::string> traces;
-    for (const trace_Component_t& component : app.GetTraceMap())
-      for (const trace_Category_t& category : component.categories)
-        traces.insert(component.name + "/" + category.name + "=" +
-                      std::to_string(app.GetSettings(category.traceId)));
-    std::string text;
-    for (const std::string& trace : traces) text += (text.empty() ? "" : " ") + trace;
-    return text;
-  }
-  std::string MapThere() { return Map(*m_machine.Look(kOrders)); }
-  static std::string Sink(const trace_App_i& app) {
-    trc_SinkTypes_e type{};
-    std::string name, options;
-    app.GetSink(type, name, options);
-    return std::to_string(static_cast<unsigned>(type)) + " " + name + " " + options;
-  }
-  static bool IsNone(unsigned traceId) { return (traceId & TRC_NO_TRACE_ID) == TRC_NO_TRACE_ID; }
-  static unsigned Id(const trace_App_i& app, const char* component, const char* category) {
-    const unsigned id = app.GetTraceId(component, category);
-    EXPECT_FALSE(IsNone(id)) << component << "/" << category;
-    return id;
-  }
-  std::list<std::string> Apps() { return m_machine.Connect()->GetAppList(); }
-
-  Machine m_machine;
-};
-
+class ConfigContract : public ConfigContractFixture<Machine> {};
 TYPED_TEST_SUITE_P(ConfigContract);
 
 TYPED_TEST_P(ConfigContract, TheListNamesWhatRunsAndWhatIsHeldInOrder) {
@@ -186,93 +137,6 @@ TYPED_TEST_P(ConfigContract, ALookHoldsNothingAndSubmitsOnlyWhatSomebodyHolds) {
   EXPECT_EQ(this->Sink(*this->m_machine.Look(this->kOrders)), "1 localhost ");
 }
 
-TYPED_TEST_P(ConfigContract, AnApplicationThatEndsKeepsItsStateForItsHandle) {
-  this->m_machine.Start();
-  const auto config = this->m_machine.Connect();
-  auto app = this->m_machine.Open(this->kOrders);
-  app->SetAllTraces(1);
-  EXPECT_TRUE(app->Submit());
-  this->m_machine.End();
-  EXPECT_TRUE(app->Refresh());
-  EXPECT_EQ(this->Map(*app), "Db/Query=1 Net/Close=1 Net/Connect=1");
-  EXPECT_EQ(config->GetAppList(), (std::list<std::string>{"orders"}));
-  EXPECT_EQ(config->GetInstances("orders"), 0u);
-  // With the last handle what it first had returns.
-  app = nullptr;
-  EXPECT_TRUE(WaitFor([&] { return config->GetAppList().empty(); }));
-  EXPECT_EQ(this->MapThere(), "Db/Query=7 Net/Close=7 Net/Connect=7");
-}
-
-TYPED_TEST_P(ConfigContract, WhatIsSubmittedBeforeAnApplicationBeginsWaitsForIt) {
-  this->m_machine.Start();
-  this->m_machine.End();
-  auto app = this->m_machine.Open(this->kOrders);
-  app->SetSettings(this->Id(*app, "Net", "Close"), 0);
-  EXPECT_TRUE(app->Submit());
-  app = nullptr;
-  EXPECT_TRUE(WaitFor([&] { return this->Apps().empty(); }));
-  EXPECT_EQ(this->MapThere(), "Db/Query=7 Net/Close=0 Net/Connect=7");
-  this->m_machine.Start();
-  EXPECT_EQ(this->MapThere(), "Db/Query=7 Net/Close=0 Net/Connect=7");
-  this->m_machine.End();
-  EXPECT_TRUE(WaitFor([&] { return this->MapThere().find("Net/Close=7") != std::string::npos; }));
-}
-
-TYPED_TEST_P(ConfigContract, AnApplicationThatBeginsShowsItsTracesAfterRefresh) {
-  const auto app = this->m_machine.Open(this->kOrders);
-  EXPECT_EQ(this->Map(*app), "");
-  this->m_machine.Start();
-  EXPECT_EQ(this->Map(*app), "");
-  EXPECT_TRUE(app->Refresh());
-  EXPECT_EQ(this->Map(*app), "Db/Query=7 Net/Close=7 Net/Connect=7");
-}
-
-TYPED_TEST_P(ConfigContract, ATraceThatComesLateIsThereAfterRefreshAndTheOthersKeepTheirIds) {
-  this->m_machine.Start();
-  const auto app = this->m_machine.Open(this->kOrders);
-  const unsigned close = this->Id(*app, "Net", "Close");
-  this->m_machine.AddTrace();
-  EXPECT_EQ(this->Map(*app), "Db/Query=7 Net/Close=7 Net/Connect=7");
-  EXPECT_TRUE(this->IsNone(app->GetTraceId("Db", "Late")));
-  EXPECT_TRUE(app->Refresh());
-  EXPECT_EQ(this->Map(*app), "Db/Late=7 Db/Query=7 Net/Close=7 Net/Connect=7");
-  EXPECT_EQ(app->GetTraceId("Net", "Close"), close);
-  app->SetSettings(this->Id(*app, "Db", "Late"), 0);
-  EXPECT_TRUE(app->Submit());
-  EXPECT_EQ(this->MapThere(), "Db/Late=0 Db/Query=7 Net/Close=7 Net/Connect=7");
-}
-
-// Each question ends after five seconds; the state that a handle has stays to be read.
-TYPED_TEST_P(ConfigContract, AServiceThatIsAwayIsToldByEveryQuestionAndComesBack) {
-  this->m_machine.Start();
-  const auto config = this->m_machine.Connect();
-  const auto app = this->m_machine.Open(this->kOrders);
-  this->m_machine.TakeAway();
-  EXPECT_TRUE(WaitFor([&] { return !config->IsUp(); }));
-  app->SetAllTraces(3);
-  std::string why;
-  const std::vector<std::function<bool()>> questions = {
-      [&] { return app->Submit(); },
-      [&] { return !config->GetAppList().empty() || config->WasAnswered(); },
-      [&] { return this->m_machine.Open("other", &why) != nullptr; }};
-  for (const auto& question : questions) {
-    const auto began = std::chrono::steady_clock::now();
-    EXPECT_FALSE(question());
-    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(8));
-  }
-  EXPECT_NE(why, "");
-  EXPECT_EQ(this->Map(*app), "Db/Query=3 Net/Close=3 Net/Connect=3");
-  this->m_machine.BringBack();
-  EXPECT_TRUE(WaitFor([&] { return config->IsUp(); }));
-  EXPECT_EQ(this->MapThere(), "Db/Query=7 Net/Close=7 Net/Connect=7");
-  EXPECT_TRUE(app->Submit()) << "what was held is sent";
-  EXPECT_EQ(this->MapThere(), "Db/Query=3 Net/Close=3 Net/Connect=3");
-  // It is held again too.
-  this->m_machine.End();
-  EXPECT_EQ(config->GetAppList(), (std::list<std::string>{"orders"}));
-  EXPECT_TRUE(config->WasAnswered());
-}
-
 REGISTER_TYPED_TEST_SUITE_P(ConfigContract, TheListNamesWhatRunsAndWhatIsHeldInOrder,
                             AnApplicationIsHeldAsLongAsOneOfItsHandlesLives,
                             AnUnknownApplicationHasAnEmptyMapAndTheLocalServiceAsItsSink,
@@ -280,9 +144,4 @@ REGISTER_TYPED_TEST_SUITE_P(ConfigContract, TheListNamesWhatRunsAndWhatIsHeldInO
                             AllTracesTakeOneWord, RefreshDropsWhatWasNotSubmittedAndReadsAnew,
                             SubmitSendsOnlyWhatThisHandleChanged,
                             ARefusedSubmitChangesNothingAndStaysHeld,
-                            ALookHoldsNothingAndSubmitsOnlyWhatSomebodyHolds,
-                            AnApplicationThatEndsKeepsItsStateForItsHandle,
-                            WhatIsSubmittedBeforeAnApplicationBeginsWaitsForIt,
-                            AnApplicationThatBeginsShowsItsTracesAfterRefresh,
-                            ATraceThatComesLateIsThereAfterRefreshAndTheOthersKeepTheirIds,
-                            AServiceThatIsAwayIsToldByEveryQuestionAndComesBack);
+                            ALookHoldsNothingAndSubmitsOnlyWhatSomebodyHolds);

@@ -1,13 +1,16 @@
-// The configuration's contract for the fake machine, and for the real classes with a real service
+// The configuration's contracts for the fake machine, and for the real classes with a real service
 // and a real application; and what only the real ones do.
 #include "support/config_contract.h"
 
 #include <quor/quor.h>
 
+#include <array>
 #include <future>
 #include <memory>
+#include <utility>
 
 #include "apps/quord/quord_process.h"
+#include "support/config_life_contract.h"
 #include "support/fake_machine.h"
 
 namespace {
@@ -42,6 +45,7 @@ quor_point query_point = QUOR_POINT_INIT("Db", "Query");
 quor_point late_point = QUOR_POINT_INIT("Db", "Late");
 
 int RunOrders(TracedChild& self) {
+  self.AwaitGo();
   for (quor_point* const point : {&connect_point, &close_point, &query_point}) quor_declare(point);
   quor_application("orders");
   self.AwaitGo();
@@ -50,9 +54,14 @@ int RunOrders(TracedChild& self) {
   return 0;
 }
 
+// Its applications are forked while this process has no threads: a child of a process with threads
+// is one that ThreadSanitizer does not support.
 class RealMachine {
  public:
-  RealMachine() { m_service.Start(); }
+  RealMachine() {
+    for (auto& waiting : m_waiting) waiting = std::make_unique<TracedChild>(RunOrders);
+    m_service.Start();
+  }
 
   QuorPtr<trace_Config_i> Connect(std::string* why = nullptr) {
     return QuorPtr<trace_Config_i>(trace_Config_i::Create("localhost", why));
@@ -64,7 +73,8 @@ class RealMachine {
     return QuorPtr<trace_App_i>(trace_App_i::Look("localhost", app, why));
   }
   void Start() {
-    m_app = std::make_unique<TracedChild>(RunOrders);
+    m_app = std::move(m_waiting.at(m_started++));
+    m_app->Go();
     AwaitOrders(1, 3);
   }
   void AddTrace() {
@@ -99,11 +109,15 @@ class RealMachine {
   }
 
   QuordProcess m_service;
+  std::array<std::unique_ptr<TracedChild>, 2> m_waiting;
+  std::size_t m_started = 0;
   std::unique_ptr<TracedChild> m_app;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ConfigContract, FakeMachineHarness);
 INSTANTIATE_TYPED_TEST_SUITE_P(Real, ConfigContract, RealMachine);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ConfigLifeContract, FakeMachineHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(Real, ConfigLifeContract, RealMachine);
 
 class RealConfig : public testing::Test {
  protected:

@@ -109,7 +109,7 @@ TEST_F(OptionsTest, TheBroadcastIsDroppedWhenTheProgramEndsFirst) {
   // Another program in the same memory would get what was posted for the first.
   std::destroy_at(m_app.get());
   std::construct_at(m_app.get(), m_host, m_faces, m_log);
-  UseFakeMachine();
+  m_app->m_configClient = ClientOf(m_machine);
   ASSERT_TRUE(m_app->InitInstance({}));
   const ProbeView config(OpenConfig(), m_log, "config");
   m_log.Clear();

@@ -12,7 +12,7 @@
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
-#include "support/fake_machine.h"
+#include "support/fake_config_client.h"
 #include "support/fake_shell.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
@@ -40,15 +40,7 @@ class ShellTest : public ::testing::Test {
   void MakeApp() {
     m_app.reset();
     m_app = std::make_unique<TestApp>(m_host, m_faces, m_log);
-    UseFakeMachine();
-  }
-  void UseFakeMachine() {
-    m_app->m_configClient.connect = [this](const std::string& host, std::string* why) {
-      return m_machine.Connect(host, why);
-    };
-    m_app->m_configClient.open = [this](const std::string&, const std::string& app) {
-      return m_machine.Open(app, nullptr);
-    };
+    m_app->m_configClient = ClientOf(m_machine);
   }
   // Starts a program with no document and no wizard.
   void Start() {

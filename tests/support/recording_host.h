@@ -38,6 +38,14 @@ class RecordingHost : public Host,
  public:
   // From now on a box of long work fails the test.
   void WantNoWorkBox(bool wanted = true) { m_wantsNoWorkBox = wanted; }
+  // The lines since the last look, but those of the wait cursor.
+  std::string TakeBoxes() {
+    std::string boxes;
+    for (const std::string& line : Transcript())
+      if (!line.starts_with("wait cursor ")) boxes += line + "\n";
+    ClearTranscript();
+    return boxes;
+  }
   // Continues the work of an open box until it is done.
   void Finish(CDialog& box) {
     const TimerId timer = m_workTimers.at(&box);

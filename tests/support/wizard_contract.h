@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/sheet_contract.h"
+#include "support/sheet_contract_fixture.h"
 
 template <class Harness>
 class WizardContract : public SheetFixture<Harness> {

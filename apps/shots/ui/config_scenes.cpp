@@ -12,6 +12,7 @@
 #include "config/traces/ui/modify_trace_face.h"
 #include "config/traces/ui/traces_panel.h"
 #include "shell/tessera_app.h"
+#include "support/fake_config_client.h"
 
 namespace {
 
@@ -57,14 +58,7 @@ ConfigScenes::ConfigScenes(CTesseraApp& tessera, ShotScenes& scenes)
     : m_tessera(tessera), m_scenes(scenes) {
   RunShop(m_machine);
   m_machine.Run("billing", {});
-  ConfigClient client;
-  client.connect = [this](const std::string& host, std::string* why) {
-    return m_machine.Connect(host, why);
-  };
-  client.open = [this](const std::string&, const std::string& app) {
-    return m_machine.Open(app, nullptr);
-  };
-  m_doc = std::make_unique<CConfigDoc>(tessera.GetHost(), std::move(client));
+  m_doc = std::make_unique<CConfigDoc>(tessera.GetHost(), ClientOf(m_machine));
   m_doc->ConnectToMachine("mars");
 }
 

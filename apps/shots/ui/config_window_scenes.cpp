@@ -8,6 +8,7 @@
 #include "settings/globals.h"
 #include "shell/resource_ids.h"
 #include "shell/tessera_app.h"
+#include "support/fake_config_client.h"
 
 namespace {
 
@@ -24,12 +25,7 @@ ConfigWindowScenes::ConfigWindowScenes(CTesseraApp& tessera, ShotScenes& scenes)
     : m_tessera(tessera), m_scenes(scenes) {
   for (const char* const app : {"billing", "catalogue", "Mail", "orders", "reports", "stock"})
     m_machine.Run(app, {"Net/Connect", "Net/Close"});
-  m_tessera.m_configClient.connect = [this](const std::string& host, std::string* why) {
-    return m_machine.Connect(host, why);
-  };
-  m_tessera.m_configClient.open = [this](const std::string&, const std::string& app) {
-    return m_machine.Open(app, nullptr);
-  };
+  m_tessera.m_configClient = ClientOf(m_machine);
 }
 
 void ConfigWindowScenes::All() {

@@ -8,7 +8,7 @@
 #include "docview/view.h"
 #include "quor/client/trace_thread.h"
 #include "settings/globals.h"
-#include "support/fake_machine.h"
+#include "support/fake_config_client.h"
 #include "support/file_limit.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
@@ -45,10 +45,7 @@ class ConfigDocTest : public testing::Test {
     g_bWizardLocalConfig = false;
   }
   std::unique_ptr<CConfigDoc> Document() {
-    ConfigClient client;
-    client.connect = [this](const std::string& host, std::string* why) {
-      return m_machine.Connect(host, why);
-    };
+    ConfigClient client = ClientOf(m_machine);
     client.open = [this](const std::string& host, const std::string& app) {
       m_machine.m_log += "on " + host + " ";
       return m_machine.Open(app, nullptr);
@@ -70,15 +67,7 @@ class ConfigDocTest : public testing::Test {
       names += app->GetAppName() + " ";
     return names;
   }
-  // The boxes since the last look, without the wait cursor's lines.
-  std::string Boxes() {
-    std::string boxes;
-    std::istringstream lines(m_host.Reported());
-    m_host.ClearTranscript();
-    for (std::string line; std::getline(lines, line);)
-      if (line.find("wait cursor") == line.npos) boxes += line + "\n";
-    return boxes;
-  }
+  std::string Boxes() { return m_host.TakeBoxes(); }
   static std::string Question(const std::string& app, const std::string& answer) {
     return "box Tessera [question] \"Some traces are still active in " + app +
            ".  Do you want to turn them off?\" (Yes, No, Cancel) -> " + answer + "\n";
@@ -364,10 +353,7 @@ TEST_F(ConfigDocTest, AnApplicationThatCannotBeReachedWhileAFileIsReadEmptiesThe
 }
 
 TEST_F(ConfigDocTest, AMachineThatLeavesWhileAFileIsReadIsWaitedForOnce) {
-  ConfigClient client;
-  client.connect = [this](const std::string& host, std::string* why) {
-    return m_machine.Connect(host, why);
-  };
+  ConfigClient client = ClientOf(m_machine);
   client.open = [this](const std::string&, const std::string& app) {
     trace_App_i* const opened = m_machine.Open(app, nullptr);
     m_machine.m_away = true;

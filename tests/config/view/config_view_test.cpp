@@ -7,9 +7,9 @@
 #include "config/view/add_app_dialog.h"
 #include "docview/commands/command_ids.h"
 #include "settings/globals.h"
+#include "support/fake_config_client.h"
 #include "support/fake_config_pane.h"
 #include "support/fake_frame.h"
-#include "support/fake_machine.h"
 #include "support/recording_host.h"
 
 namespace {
@@ -32,7 +32,7 @@ class ConfigViewTest : public testing::Test {
   ConfigViewTest()
       : m_template(131, "\n\nTrace Config\nTrace Config Files (*.tcf)\n.tcf\nTraceConfigFile\n",
                    m_main,
-                   {[this] { return std::make_unique<CConfigDoc>(m_host, Client()); },
+                   {[this] { return std::make_unique<CConfigDoc>(m_host, ClientOf(m_machine)); },
                     [this] { return std::make_unique<ConfigFrameProbe>(m_app.m_frame, m_log); },
                     [this](CDocument& document) {
                       return std::make_unique<CConfigView>(
@@ -48,16 +48,6 @@ class ConfigViewTest : public testing::Test {
     g_quickClose = true;
     m_template.CloseAllDocuments();
     g_quickClose = false;
-  }
-  ConfigClient Client() {
-    ConfigClient client;
-    client.connect = [this](const std::string& host, std::string* why) {
-      return m_machine.Connect(host, why);
-    };
-    client.open = [this](const std::string&, const std::string& app) {
-      return m_machine.Open(app, nullptr);
-    };
-    return client;
   }
   // A window on the machine "web".
   void Open() {

@@ -7,7 +7,7 @@
 #include "config/view/config_view.h"
 #include "controls/listbox/ui/list_box_widget.h"
 #include "shell_fixture.h"
-#include "support/fake_machine.h"
+#include "support/fake_config_client.h"
 
 namespace {
 
@@ -20,12 +20,7 @@ class ConfigWindowTest : public ShellTest {
   }
   void StartOn(const std::string& machine) {
     if (!m_app) Start();
-    m_app->m_configClient.connect = [this](const std::string& host, std::string* why) {
-      return m_machine.Connect(host, why);
-    };
-    m_app->m_configClient.open = [this](const std::string&, const std::string& app) {
-      return m_machine.Open(app, nullptr);
-    };
+    m_app->m_configClient = ClientOf(m_machine);
     ASSERT_TRUE(m_app->OpenConfig(machine));
     Settle();
   }

@@ -5,19 +5,12 @@
 #include <string>
 
 #include "sheet_window.h"
-#include "support/fake_machine.h"
+#include "support/fake_config_client.h"
 
 class ConfigSheetFaceTest : public SheetWindowTest {
  protected:
   ConfigSheetFaceTest() {
-    ConfigClient client;
-    client.connect = [this](const std::string& host, std::string* why) {
-      return m_machine.Connect(host, why);
-    };
-    client.open = [this](const std::string&, const std::string& app) {
-      return m_machine.Open(app, nullptr);
-    };
-    m_doc = std::make_unique<CConfigDoc>(m_host, std::move(client));
+    m_doc = std::make_unique<CConfigDoc>(m_host, ClientOf(m_machine));
     m_doc->ConnectToMachine("web");
     m_machine.Run("orders", {"Net/Open", "Net/Close", "Disk/Read"});
     m_app = m_doc->AddApplication("orders");

@@ -1,3 +1,4 @@
+#include "support/sheet_contract.h"
 #include "sheet_face_harness.h"
 #include "support/qt_test_main.h"
 #include "support/wizard_contract.h"

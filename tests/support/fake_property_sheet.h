@@ -1,11 +1,14 @@
 // The window of a property sheet without a screen: pages with text fields, one focus, one size.
 //
-// Each field is bound to a member of its page. The user types into the page in front only, and
-// presses only what can be pressed.
+// Each field is bound to a member of its page; that of a check box or of radio buttons has a number
+// as its text. The user types into the page in front only, and presses only what can be pressed.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,13 +18,20 @@
 class FakePropertyPage final : public PropertyPageFace {
  public:
   explicit FakePropertyPage(unsigned& focus) : m_focus(focus) {}
-  void Bind(unsigned control, std::string& member) { m_fields.push_back({control, &member, ""}); }
+  void Bind(unsigned control, std::string& member) {
+    m_fields.push_back({control, "", [&member] { return member; },
+                        [&member](const std::string& text) { member = text; }});
+  }
+  void Bind(unsigned control, int& member) {
+    m_fields.push_back({control, "", [&member] { return std::to_string(member); },
+                        [&member](const std::string& text) { member = std::stoi(text); }});
+  }
 
   void ShowData() override {
-    for (Field& field : m_fields) field.text = *field.member;
+    for (Field& field : m_fields) field.text = field.show();
   }
   bool TakeData() override {
-    for (Field& field : m_fields) *field.member = field.text;
+    for (Field& field : m_fields) field.take(field.text);
     return true;
   }
   void SetFocus(unsigned control) override {
@@ -37,8 +47,9 @@ class FakePropertyPage final : public PropertyPageFace {
  private:
   struct Field {
     unsigned control;
-    std::string* member;
     std::string text;
+    std::function<std::string()> show;
+    std::function<void(const std::string&)> take;
   };
   std::vector<Field> m_fields;
   unsigned& m_focus;
@@ -91,11 +102,11 @@ class FakePropertySheet : public PropertySheetFace {
         return m_sheet.IsWizard() && finish;
     }
   }
-  std::string Text(unsigned control) { return *m_pages.at(m_front).Find(control); }
+  std::string Text(unsigned control) { return Field(control); }
   // What the user does.
   void Type(unsigned control, const std::string& text) {
     m_focus = control;
-    *m_pages.at(m_front).Find(control) = text;
+    Field(control) = text;
   }
   void ChooseTab(std::size_t place) { m_sheet.SetActivePage(place); }
   void PressEnter() {
@@ -123,7 +134,15 @@ class FakePropertySheet : public PropertySheetFace {
   }
 
  private:
+  std::string& Field(unsigned control) {
+    std::string* const field = m_pages.at(m_front).Find(control);
+    if (field) return *field;
+    ADD_FAILURE() << "the page " << m_title << " has no control " << control;
+    return m_none;
+  }
+
   CPropertySheet& m_sheet;
+  std::string m_none;
   std::deque<FakePropertyPage> m_pages;
   std::string m_title;
   std::size_t m_front = 0;

@@ -6,6 +6,6 @@
 #include "wizard/tables/wizard_tables.h"
 
 // Gives `app` the sink of the entry's own handle and the settings of its traces; all other traces
-// are switched off. Looks up the ids that the entry does not have. False: the machine has not taken
-// it. REQUIRES: the entry has a handle.
-bool ConfigureApp(WizApp& entry, trace_App_i& app);
+// are switched off. Traces that `app` does not have are passed over. False: the machine has not
+// taken it. REQUIRES: the entry has a handle.
+bool ConfigureApp(const WizApp& entry, trace_App_i& app);

@@ -110,10 +110,10 @@ TYPED_TEST_P(SheetContract, ApplyOfAPageThatDoesNotAgreeAppliesNothingAndStaysEn
 }
 
 TYPED_TEST_P(SheetContract, APostedTitleComesWithTheHostsQueue) {
-  this->m_sheet.SetTitle("Configuration for db");
+  this->m_sheet.SetTitle("Configuration for db[*] & more");
   EXPECT_EQ(this->Window().Title(), "Configuration for web");
   this->m_host.RunPosted();
-  EXPECT_EQ(this->Window().Title(), "Configuration for db");
+  EXPECT_EQ(this->Window().Title(), "Configuration for db[*] & more");
 }
 
 TYPED_TEST_P(SheetContract, ASheetThatIsShownAgainBeginsItsPagesAnew) {

@@ -12,6 +12,10 @@ QString IdName(unsigned id) {
   return QString::number(id);
 }
 
+void SetPlainTitle(QWidget& window, QString title) {
+  window.setWindowTitle(title.replace("[*]", "[*][*]"));
+}
+
 QString AccessibleName(QString text) {
   // "&&" is an ampersand that is shown.
   static const QRegularExpression marks("&(?!&)|[<>]|:$");

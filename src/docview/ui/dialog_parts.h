@@ -21,6 +21,8 @@ constexpr unsigned kHelpButton = ID_HELP;
 
 // "1079".
 QString IdName(unsigned id);
+// Gives the window this title as it is: Qt takes "[*]" in one for a mark of its own.
+void SetPlainTitle(QWidget& window, QString title);
 // A text for screen readers: without access key marks, the colon at its end and the arrows.
 QString AccessibleName(QString text);
 // Gives a control its two names.

@@ -5,6 +5,7 @@
 #include <QMimeData>
 #include <QUrl>
 
+#include "docview/ui/dialog_parts.h"
 #include "docview/ui/qt_host.h"
 #include "docview/ui/screen_fit.h"
 #include "shell/main_frame.h"
@@ -37,8 +38,8 @@ MainWindow::MainWindow(CMainFrame& frame) : m_frame(&frame) {
 }
 
 void MainWindow::SetTitle(const QString& title) {
-  m_title = title;
-  setWindowTitle(title);
+  SetPlainTitle(*this, title);
+  m_title = windowTitle();
 }
 
 void MainWindow::OnIdle() {

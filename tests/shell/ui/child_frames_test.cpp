@@ -1,4 +1,5 @@
 #include <QTabBar>
+#include <QWindow>
 #include <set>
 
 #include "shell_fixture.h"
@@ -32,6 +33,14 @@ TEST_F(ChildFramesTest, ADocumentWithTwoWindowsNumbersTheirTitles) {
   Frame().OnCommand(ID_FILE_CLOSE);
   EXPECT_TRUE(Until([this] { return Frame().Children().size() == 1; }));
   EXPECT_EQ(WindowOf(0)->windowTitle(), QStringLiteral("web.trc"));
+}
+
+TEST_F(ChildFramesTest, ATitleIsShownAsItIs) {
+  Start();
+  Open(TraceFile("web[*].trc", 3));
+  WindowOf(0)->showMaximized();
+  Settle();
+  EXPECT_EQ(Window().windowHandle()->title(), QStringLiteral("Tessera - [web[*].trc]"));
 }
 
 TEST_F(ChildFramesTest, AtAFirstStartWithAFileItsWindowTakesThreeQuartersOfTheRoom) {

@@ -25,7 +25,7 @@ QtSheetFace::~QtSheetFace() {
 }
 
 void QtSheetFace::UpdateData() {
-  setWindowTitle(QString::fromStdString(m_sheet.Title()));
+  SetPlainTitle(*this, QString::fromStdString(m_sheet.Title()));
 }
 
 TabbedSheetFace::TabbedSheetFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces)

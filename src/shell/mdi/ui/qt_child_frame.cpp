@@ -3,6 +3,7 @@
 #include <QLayout>
 #include <QThread>
 
+#include "docview/ui/dialog_parts.h"
 #include "docview/ui/qt_control.h"
 
 namespace {
@@ -39,7 +40,7 @@ QtChildFrame::~QtChildFrame() {
 }
 
 void QtChildFrame::SetTitle(const std::string& title) {
-  m_window->setWindowTitle(QString::fromStdString(title));
+  SetPlainTitle(*m_window, QString::fromStdString(title));
 }
 
 void QtChildFrame::Show() {

@@ -8,6 +8,7 @@
 #include <QTabBar>
 #include <QTest>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <string>
 
 #include "docview/sheet/ui/sheet_face.h"
@@ -62,7 +63,8 @@ class QtSheetHarness {
   }
   Face& Window() { return m_face; }
 
-  std::string Title() const { return m_face.windowTitle().toStdString(); }
+  // What the system's frame shows.
+  std::string Title() const { return m_face.windowHandle()->title().toStdString(); }
   std::size_t Front() const {
     const std::vector<CPropertyPage*>& pages = m_sheet.Pages();
     std::size_t place = 0;

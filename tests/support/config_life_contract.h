@@ -80,6 +80,7 @@ TYPED_TEST_P(ConfigLifeContract, AServiceThatIsAwayIsToldByEveryQuestionAndComes
   const auto app = this->m_machine.Open(this->kOrders);
   this->m_machine.TakeAway();
   EXPECT_TRUE(WaitFor([&] { return !config->IsUp(); }));
+  EXPECT_FALSE(config->IsSilent()) << "nothing was asked yet";
   app->SetAllTraces(3);
   std::string why;
   const std::vector<std::function<bool()>> questions = {
@@ -90,11 +91,13 @@ TYPED_TEST_P(ConfigLifeContract, AServiceThatIsAwayIsToldByEveryQuestionAndComes
     const auto began = std::chrono::steady_clock::now();
     EXPECT_FALSE(question());
     EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(8));
+    EXPECT_TRUE(config->IsSilent());
   }
   EXPECT_NE(why, "");
   EXPECT_EQ(this->Map(*app), "Db/Query=3 Net/Close=3 Net/Connect=3");
   this->m_machine.BringBack();
   EXPECT_TRUE(WaitFor([&] { return config->IsUp(); }));
+  EXPECT_FALSE(config->IsSilent());
   EXPECT_EQ(this->MapThere(), "Db/Query=7 Net/Close=7 Net/Connect=7");
   EXPECT_TRUE(app->Submit()) << "what was held is sent";
   EXPECT_EQ(this->MapThere(), "Db/Query=3 Net/Close=3 Net/Connect=3");

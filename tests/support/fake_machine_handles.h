@@ -61,7 +61,7 @@ class FakeMachineApp final : public trace_App_i {
   }
   bool Submit() const override {
     m_machine.m_log += "submit " + m_name + "\n";
-    if (m_machine.m_away || m_machine.m_refuses || !m_machine.IsHeld(m_name)) return false;
+    if (!m_machine.Answers() || m_machine.m_refuses || !m_machine.IsHeld(m_name)) return false;
     if (m_sinkHeld && std::max(m_state.sinkName.size(), m_state.sinkOptions.size()) >
                           FakeMachineState::kSinkTextMax)
       return false;
@@ -80,7 +80,7 @@ class FakeMachineApp final : public trace_App_i {
   }
   bool Refresh() override {
     m_machine.m_log += "refresh " + m_name + "\n";
-    if (m_machine.m_away) return false;
+    if (!m_machine.Answers()) return false;
     Take();
     return true;
   }
@@ -123,7 +123,7 @@ class FakeConfig final : public trace_Config_i {
   const std::list<std::string>& GetAppList() const override {
     m_machine.m_log += "list\n";
     m_list.clear();
-    m_answered = !m_machine.m_away;
+    m_answered = m_machine.Answers();
     if (!m_answered) return m_list;
     std::set<std::string> names;
     for (const auto& [name, app] : m_machine.m_apps)
@@ -138,6 +138,7 @@ class FakeConfig final : public trace_Config_i {
   }
   bool WasAnswered() const override { return m_answered; }
   bool IsUp() const override { return !m_machine.m_away; }
+  bool IsSilent() const override { return m_machine.IsSilent(); }
 
  private:
   FakeMachineState& m_machine;

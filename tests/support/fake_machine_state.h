@@ -53,6 +53,7 @@ class FakeMachineState {
   std::map<std::string, App> m_apps;
   std::string m_host = "?";  // as the last connection gave it
   bool m_away = false;       // nothing can be reached
+  bool m_waited = false;     // and a question has found that
   bool m_refuses = false;    // takes no Submit
   bool m_refusesOpen = false;
   std::string m_log;
@@ -60,6 +61,12 @@ class FakeMachineState {
   std::map<std::string, int> m_open;  // handles by application
   static constexpr std::size_t kSinkTextMax = 4096;
 
+  // A question comes: false when nobody answers.
+  bool Answers() {
+    m_waited = m_away;
+    return !m_away;
+  }
+  bool IsSilent() const { return m_away && m_waited; }
   bool IsHeld(const std::string& name) const {
     const auto known = m_apps.find(name);
     return m_open.contains(name) || (known != m_apps.end() && known->second.instances > 0);

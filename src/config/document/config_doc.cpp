@@ -88,8 +88,10 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
   return app.Get();
 }
 
-// Reads the application anew: traces that it has gained since are on, too.
+// Reads the application anew: traces that it has gained since are on, too. A machine that was
+// waited for in vain is not asked again: each application and each window would wait as long.
 bool CConfigDoc::TurnOff(trace_App_i& app) {
+  if (m_pConfig && m_pConfig->IsSilent()) return false;
   if (!app.Refresh() && !IsLive()) return false;
   app.SetAllTraces(0);
   return app.Submit();
@@ -148,7 +150,6 @@ bool CConfigDoc::SaveModified() {
   if (!g_quickClose) return CDocument::SaveModified();
   const CWaitCursor wait(GetHost());
   for (const QuorPtr<trace_App_i>& app : m_pAppList->m_apps) {
-    // A machine that is away would take as long for each.
     if (!TurnOff(*app) && !IsLive()) break;
   }
   return true;

@@ -45,6 +45,8 @@ class ConfigLink final : public ServiceLink::User {
   void OnDown(const std::string&) override { m_up = false; }
   // False also after a question without an answer, until the service is heard again.
   bool IsUp() const { return m_up && m_heard; }
+  // A question had no answer, and the service has not been heard since.
+  bool IsSilent() const { return !m_heard; }
 
  private:
   bool AskLocked(std::unique_lock<std::mutex>& lock, quor::wire::Request request,

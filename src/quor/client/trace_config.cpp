@@ -35,6 +35,7 @@ class Config final : public trace_Config_i {
   }
   bool WasAnswered() const override { return m_answered; }
   bool IsUp() const override { return m_link->IsUp(); }
+  bool IsSilent() const override { return m_link->IsSilent(); }
 
  private:
   const std::string m_host;

@@ -53,6 +53,9 @@ class trace_Config_i : public QuorRef::Ref_t {
   // False while a broken connection is not restored yet, and while a service that left a question
   // without an answer has not been heard again.
   virtual bool IsUp() const = 0;
+  // A question, of this handle or of another on the machine, was waited for in vain, and the
+  // service has not been heard since: the next question would wait as long.
+  virtual bool IsSilent() const = 0;
 };
 
 class trace_App_i : public QuorRef::Ref_t {

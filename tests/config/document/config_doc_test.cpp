@@ -252,6 +252,36 @@ TEST_F(ConfigDocTest, AQuickCloseWaitsOnceForAMachineThatIsAway) {
       << "one that refuses is there";
 }
 
+TEST_F(ConfigDocTest, AQuickCloseOfSeveralWindowsWaitsOnceForTheirMachine) {
+  const auto one = Connected(), two = Connected();
+  one->AddApplication("a");
+  two->AddApplication("b");
+  m_machine.m_away = true;
+  m_machine.m_log.clear();
+  g_quickClose = true;
+  EXPECT_TRUE(one->SaveModified());
+  EXPECT_TRUE(two->SaveModified());
+  EXPECT_EQ(m_machine.m_log, "refresh a\n");
+  m_machine.m_away = false;
+  EXPECT_TRUE(two->SaveModified());
+  EXPECT_EQ(m_machine.m_log, "refresh a\nrefresh b\nsubmit b\n") << "it is back";
+}
+
+TEST_F(ConfigDocTest, YesWaitsOnceForAMachineThatIsAway) {
+  m_machine.Run("a", {"Net/Connect"}, 7);
+  m_machine.Run("b", {"Net/Connect"}, 7);
+  const auto doc = Connected();
+  doc->AddApplication("a");
+  doc->AddApplication("b");
+  m_machine.m_away = true;
+  m_machine.m_log.clear();
+  m_host.AnswerBox(BoxAnswer::Yes);
+  m_host.AnswerBox(BoxAnswer::Yes);
+  doc->DeleteContents();
+  EXPECT_EQ(m_machine.m_log, "refresh a\n");
+  EXPECT_EQ(Names(*doc), "");
+}
+
 TEST_F(ConfigDocTest, AModifiedDocumentAsksToSaveByItsTitle) {
   const auto doc = Connected();
   EXPECT_TRUE(doc->SaveModified());

@@ -80,6 +80,40 @@ TEST_F(ConfigWindowTest, ItOpensSmallWithTheFocusInItsListAndTheMenusOfConfigura
   EXPECT_FALSE(Face().Actions().Action(ID_EDIT_CLEAR_ALL)->isEnabled());
 }
 
+TEST_F(ConfigWindowTest, TheListFillsTheWindowWithoutABorderAtEverySize) {
+  StartOn("web");
+  for (const QSize size : {QSize(300, 300), QSize(640, 410), QSize(201, 173)}) {
+    Front()->resize(size);
+    Settle();
+    const QWidget& client = *Front()->widget();
+    const QRect list(List().mapTo(&client, QPoint()), List().viewport()->size());
+    EXPECT_EQ(list, client.rect()) << size.width();
+  }
+}
+
+TEST_F(ConfigWindowTest, AUserWhoWaitsForAMachineSeesTheWaitCursor) {
+  StartOn("web");
+  std::vector<int> shapes;
+  const auto note = [&shapes] {
+    const QCursor* const shown = QApplication::overrideCursor();
+    shapes.push_back(shown ? shown->shape() : -1);
+  };
+  const ConfigClient client = ClientOf(m_machine);
+  m_app->m_configClient.connect = [&](const std::string& host, std::string* why) {
+    note();
+    return client.connect(host, why);
+  };
+  m_app->m_configClient.open = [&](const std::string& host, const std::string& app) {
+    note();
+    return client.open(host, app);
+  };
+  ASSERT_TRUE(m_app->OpenConfig("db"));
+  auto& document = static_cast<CConfigDoc&>(*m_app->ConfigTemplate()->Documents().back());
+  document.AddApplication("orders");
+  EXPECT_EQ(shapes, (std::vector<int>{Qt::WaitCursor, Qt::WaitCursor}));
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
 TEST_F(ConfigWindowTest, TheTextForAnEmptyDeskGoesAlthoughTheWindowDoesNotCoverIt) {
   Start();
   Settle();

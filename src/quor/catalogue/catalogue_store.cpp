@@ -80,7 +80,7 @@ std::unique_ptr<CatalogueStore> CatalogueStore::Open(const std::string& path, st
     std::string reason;
     const State state = store->Prepare(&reason);
     if (state == State::Good) return store;
-    reason = path + ": " + reason;
+    reason.insert(0, path + ": ");
     FailWith(why, reason);
     if (isTaken) *isTaken = state == State::Taken;
     if (state != State::Damaged || again) return nullptr;

@@ -1,7 +1,8 @@
 // The page that asks which applications of a machine are configured.
 //
 // Owner    Borrows its list between Attach and Detach.
-// Errors   Message boxes. An application that cannot be reached is not selected any more.
+// Errors   Message boxes. An application that cannot be reached is not selected any more, and the
+//          page stays.
 // Threads  Interface thread; a machine is asked for at most 5 seconds an application.
 #pragma once
 
@@ -21,7 +22,9 @@ class CWizApplicationPage : public CWizPage, public ListBoxOwner {
 
   void OnSetActive() override;
   int OnWizardBack() override;
+  // Takes the selection, and the traces of the selected applications into the table.
   int OnWizardNext() override;
+  // Replaces the machine's applications by those of a .tcf file.
   void OnLoad();
 
   void OnListBoxSelection() override;
@@ -35,5 +38,10 @@ class CWizApplicationPage : public CWizPage, public ListBoxOwner {
   WizMachine* Machine() const;
 
  private:
+  void FillList();
+  void SetButtons();
+  void TakeSelection(WizApps& apps);
+  void ShowSelection(WizApps& apps);
+
   ListBox* m_list = nullptr;
 };

@@ -14,6 +14,8 @@ class CWizTracesPage : public CWizPage {
 
   void OnSetActive() override;
   int OnWizardBack() override;
+  // Writes the rows into the table. The page stays and shows the next chosen application, as long
+  // as there is one.
   int OnWizardNext() override;
   CTracesList& Traces() { return m_traces; }
 
@@ -21,5 +23,8 @@ class CWizTracesPage : public CWizPage {
   WizPlace<WizApps> m_itApp;
 
  private:
+  void TakeRows(WizTraces& traces) const;
+  int Reload(WizApps& apps, WizApps::iterator app);
+
   CTracesList m_traces;
 };

@@ -55,6 +55,7 @@ class FakeMachineState {
   bool m_away = false;       // nothing can be reached
   bool m_waited = false;     // and a question has found that
   bool m_refuses = false;    // takes no Submit
+  int m_refusesNext = 0;     // so many Submits
   bool m_refusesOpen = false;
   std::string m_log;
   int m_handles = 0;
@@ -65,6 +66,11 @@ class FakeMachineState {
   bool Answers() {
     m_waited = m_away;
     return !m_away;
+  }
+  bool Refuses() {
+    if (m_refusesNext == 0) return m_refuses;
+    --m_refusesNext;
+    return true;
   }
   bool IsSilent() const { return m_away && m_waited; }
   bool IsHeld(const std::string& name) const {

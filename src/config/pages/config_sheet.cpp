@@ -12,6 +12,7 @@ CConfigPropertySheet::CConfigPropertySheet(Host& host, CConfigDoc& document, tra
   {
     const CWaitCursor wait(host);
     m_refreshed = app.Refresh();
+    m_answered = m_refreshed || document.IsLive();
   }
   m_traces.m_pDoc = &document;
   m_traces.m_pApp = &app;
@@ -23,10 +24,13 @@ CConfigPropertySheet::CConfigPropertySheet(Host& host, CConfigDoc& document, tra
 
 std::string CConfigPropertySheet::Note() const {
   const std::string machine = m_document.GetMachineName();
-  if (!m_traces.IsTaken() || !m_sink.IsTaken()) {
-    if (m_document.IsLive()) return machine + " has refused these changes.";
+  // The Sink page submits after the Traces page, and all that their common handle holds.
+  const std::optional<SubmitResult> last =
+      m_sink.Submitted() ? m_sink.Submitted() : m_traces.Submitted();
+  if (last == SubmitResult::Refused) return machine + " has refused these changes.";
+  if (last == SubmitResult::Unanswered)
     return "These changes are not in force: " + machine + " does not answer.";
-  }
-  if (m_refreshed) return {};
-  return machine + " does not answer. These are the settings that it had before.";
+  if (last || m_refreshed) return {};
+  return machine + (m_answered ? " does not tell its settings." : " does not answer.") +
+         " These are the settings that it had before.";
 }

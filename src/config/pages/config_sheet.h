@@ -30,6 +30,7 @@ class CConfigPropertySheet : public CPropertySheet {
   CConfigDoc& m_document;
   const QuorPtr<trace_App_i> m_app;
   bool m_refreshed = false;
+  bool m_answered = false;  // when it was refreshed
   CAppTraceCfgPropertyPage m_traces;
   CAppSinkCfgPropertyPage m_sink;
 };

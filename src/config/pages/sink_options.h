@@ -8,7 +8,7 @@
 
 struct SinkOptions {
   unsigned flush = 0;     // each trace is written at once: 0 or 1
-  unsigned maxFiles = 0;  // older files that are kept
+  unsigned maxFiles = 0;  // older files that are kept; 0: all
   unsigned maxSize = 0;   // in megabytes; 0: no limit
 };
 

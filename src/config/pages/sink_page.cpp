@@ -142,9 +142,10 @@ void CAppSinkCfgPropertyPage::OnOK() {
   else
     m_pApp->SetSink(trc_SinkFile, m_strFileName, SinkOptionText(Options()));
   // What was not sent stays in the handle, and goes with its next Submit.
-  const bool unanswered = m_before && m_before->IsUnanswered();
-  m_taken = !unanswered && m_pApp->Submit();
-  m_pDoc->NoteSubmit(*m_pApp, m_taken);
+  const bool isAway =
+      m_before && m_before->Submitted() == SubmitResult::Unanswered && !m_pDoc->IsLive();
+  m_submitted = isAway ? SubmitResult::Unanswered : SubmitFor(*m_pDoc, *m_pApp);
+  SetModified(m_submitted != SubmitResult::Taken);  // Apply tries again
   m_pDoc->SetModifiedFlag(true);
   CPropertyPage::OnOK();
 }

@@ -11,6 +11,7 @@
 
 #include "config/document/config_doc.h"
 #include "config/pages/sink_options.h"
+#include "config/pages/submit_result.h"
 #include "docview/sheet/property_page.h"
 
 class CAppTraceCfgPropertyPage;
@@ -46,7 +47,8 @@ class CAppSinkCfgPropertyPage : public CPropertyPage {
   // Of a sink of neither kind all controls can be used.
   bool MachineEnabled() const { return m_nSinkType != kToFile; }
   bool FileEnabled() const { return m_nSinkType != kToServer; }
-  bool IsTaken() const { return m_taken; }
+  // Of the last OnOK; nothing before the first.
+  std::optional<SubmitResult> Submitted() const { return m_submitted; }
 
   // What the controls show.
   std::string m_strFileName, m_strMachine;
@@ -69,5 +71,5 @@ class CAppSinkCfgPropertyPage : public CPropertyPage {
   SinkOptions Options() const;
 
   const CAppTraceCfgPropertyPage* m_before = nullptr;
-  bool m_taken = true;
+  std::optional<SubmitResult> m_submitted;
 };

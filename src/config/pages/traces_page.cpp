@@ -14,13 +14,11 @@ void CAppTraceCfgPropertyPage::FillList() {
 
 void CAppTraceCfgPropertyPage::OnOK() {
   const CWaitCursor wait(GetHost());
-  m_taken = true;
+  m_submitted.reset();
   for (const QuorPtr<CTraceItem>& item : m_traces.Items())
     m_pApp->SetSettings(item->m_traceId, item->m_settings);
-  if (!m_traces.Items().empty()) {
-    m_taken = m_pApp->Submit();
-    m_pDoc->NoteSubmit(*m_pApp, m_taken);
-  }
+  if (!m_traces.Items().empty()) m_submitted = SubmitFor(*m_pDoc, *m_pApp);
+  SetModified(m_submitted && m_submitted != SubmitResult::Taken);  // Apply tries again
   m_pDoc->SetModifiedFlag(true);
   CPropertyPage::OnOK();
 }

@@ -7,7 +7,10 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <optional>
+
 #include "config/document/config_doc.h"
+#include "config/pages/submit_result.h"
 #include "config/traces/traces_list.h"
 #include "docview/sheet/property_page.h"
 
@@ -22,10 +25,8 @@ class CAppTraceCfgPropertyPage : public CPropertyPage {
   // Gives the machine the settings of all rows. The document counts as changed in any case.
   void OnOK() override;
   CTracesList& Traces() { return m_traces; }
-  // The last OnOK got no answer, and the machine is still away.
-  bool IsUnanswered() const { return !m_taken && !m_pDoc->IsLive(); }
-  // The machine has taken what the last OnOK sent; true before.
-  bool IsTaken() const { return m_taken; }
+  // Of the last OnOK; nothing before the first, and for an application without traces.
+  std::optional<SubmitResult> Submitted() const { return m_submitted; }
 
   // Set before the page is shown.
   CConfigDoc* m_pDoc = nullptr;
@@ -35,5 +36,5 @@ class CAppTraceCfgPropertyPage : public CPropertyPage {
   void FillList();
 
   CTracesList m_traces;
-  bool m_taken = true;
+  std::optional<SubmitResult> m_submitted;
 };

@@ -46,7 +46,8 @@ class CPropertyPage {
   virtual void OnSetActive() {}
   // Takes the data. False keeps the page in front; the page has told the user why.
   virtual bool OnKillActive() { return UpdateData(true); }
-  // OK or Apply of the sheet.
+  // OK or Apply of the sheet. The page no longer counts as modified; one that could not apply its
+  // changes calls SetModified, so that Apply can be tried again.
   virtual void OnOK() {}
   virtual void OnCancel() {}
 

@@ -65,9 +65,9 @@ bool CPropertySheet::SetActivePage(std::size_t place) {
 
 bool CPropertySheet::ApplyPages() {
   if (!Leave()) return false;
+  for (CPropertyPage* const page : m_pages) page->m_modified = false;
   for (CPropertyPage* const page : m_pages)
     if (page->m_begun) page->OnOK();
-  for (CPropertyPage* const page : m_pages) page->m_modified = false;
   return true;
 }
 

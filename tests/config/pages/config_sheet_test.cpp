@@ -60,6 +60,8 @@ TEST_F(ConfigSheetTest, AMachineThatGoesAwayIsAskedOnceAndGetsAllWithTheNextAppl
   EXPECT_EQ(m_doc->NotInForce(), std::set<std::string>{"orders"});
   m_machine.m_away = false;
   sheet.SinkPage().OnEdit();
+  EXPECT_EQ(sheet.Note(), "These changes are not in force: web does not answer.")
+      << "they are not, although it is back";
   window.Press(SheetButton::Apply);
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=7");
   EXPECT_EQ(SinkInForce(), "server mars ");
@@ -77,6 +79,46 @@ TEST_F(ConfigSheetTest, AMachineThatRefusesIsTold) {
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=0");
   EXPECT_EQ(sheet.Note(), "web has refused these changes.");
   EXPECT_EQ(Boxes(), "") << "the result of a Submit has no box";
+}
+
+TEST_F(ConfigSheetTest, ApplyStaysEnabledUntilTheMachineHasTakenTheChanges) {
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  FakeConfigSheet window(sheet);
+  window.traces.Rows().Click(0);
+  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.ChooseTab(1);
+  m_machine.m_refuses = true;
+  window.Press(SheetButton::Apply);
+  EXPECT_TRUE(window.CanPress(SheetButton::Apply));
+  m_machine.m_refuses = false;
+  window.Press(SheetButton::Apply);
+  EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=7");
+  EXPECT_FALSE(window.CanPress(SheetButton::Apply));
+}
+
+TEST_F(ConfigSheetTest, TheLastSubmitDecidesBecauseItSendsAllThatIsHeld) {
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  FakeConfigSheet window(sheet);
+  window.traces.Rows().Click(0);
+  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.ChooseTab(1);
+  m_machine.m_refusesNext = 1;
+  window.Press(SheetButton::Apply);
+  EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=7");
+  EXPECT_EQ(sheet.Note(), "");
+  EXPECT_TRUE(m_doc->NotInForce().empty());
+}
+
+TEST_F(ConfigSheetTest, AMachineThatIsBackAndHasTakenTheChangesIsNotSaidToBeAway) {
+  m_machine.m_away = true;
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  FakeConfigSheet window(sheet);
+  m_machine.m_away = false;
+  EXPECT_NE(sheet.Note(), "") << "what is shown is still old";
+  window.traces.Rows().Click(0);
+  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.Press(SheetButton::Apply);
+  EXPECT_EQ(sheet.Note(), "");
 }
 
 TEST_F(ConfigSheetTest, KeepsTheApplicationWhileItIsUp) {

@@ -10,6 +10,8 @@
 #include <QRadioButton>
 #include <QScopedValueRollback>
 #include <QToolButton>
+#include <QWheelEvent>
+#include <limits>
 #include <utility>
 
 #include "docview/ui/dialog_parts.h"
@@ -23,6 +25,26 @@ constexpr int kIndentPx = 22, kGroupGapPx = 14, kNumberChars = 12, kUnitGapPx = 
 // A name that is no UTF-8 cannot be shown as it is. It stays until the user changes the field.
 void Take(const QLineEdit& field, std::string& text) {
   if (field.text() != QString::fromStdString(text)) text = field.text().toStdString();
+}
+
+// A wheel that is turned over it while another control has the focus scrolls nothing here.
+class NumberBox final : public QComboBox {
+ public:
+  using QComboBox::QComboBox;
+
+ protected:
+  void wheelEvent(QWheelEvent* event) override {
+    if (hasFocus())
+      QComboBox::wheelEvent(event);
+    else
+      event->ignore();
+  }
+};
+
+void ShowNumber(QComboBox& box, const std::string& number) {
+  const QString text = QString::fromStdString(number);
+  box.setCurrentIndex(box.findText(text, Qt::MatchExactly));  // the arrow keys step from it
+  box.setEditText(text);
 }
 
 }  // namespace
@@ -61,6 +83,7 @@ void SinkPageFace::AddLabel(const char* text, QWidget* buddy, QGridLayout& grid)
 QLineEdit* SinkPageFace::MakeField(unsigned id, const char* label, QGridLayout& grid) {
   auto* const field = new QLineEdit(this);
   NameControl(*field, id, label);
+  field->setMaxLength(std::numeric_limits<int>::max());  // else it cuts a long name
   connect(field, &QLineEdit::textEdited, this, [this] { OnEdit(); });
   AddLabel(label, field, grid);
   grid.addWidget(field, grid.rowCount() - 1, 2);
@@ -70,7 +93,7 @@ QLineEdit* SinkPageFace::MakeField(unsigned id, const char* label, QGridLayout& 
 // The choices are proposals: nothing is completed while the user types.
 QComboBox* SinkPageFace::MakeCombo(unsigned id, const char* label,
                                    const std::vector<std::string>& choices, QGridLayout& grid) {
-  auto* const combo = new QComboBox(this);
+  auto* const combo = new NumberBox(this);
   NameControl(*combo, id, label);
   combo->setEditable(true);
   combo->setInsertPolicy(QComboBox::NoInsert);
@@ -102,6 +125,8 @@ void SinkPageFace::MakeFile(QGridLayout& grid) {
   grid.addWidget(m_flush, grid.rowCount(), 2);
   m_historicFiles = MakeCombo(Page::kHistoricFiles,
                               "Number of &Historic Files:", Page::HistoricFilesChoices(), grid);
+  m_historicFiles->setToolTip("0: all older files are kept");
+  m_historicFiles->setAccessibleDescription(m_historicFiles->toolTip());
   grid.addWidget(m_historicFiles, grid.rowCount() - 1, 2, Qt::AlignLeft);
   m_maxSize = MakeCombo(Page::kMaxSize, "Ma&ximum File Size:", Page::MaxSizeChoices(), grid);
   auto* const size = new QHBoxLayout;
@@ -123,8 +148,8 @@ void SinkPageFace::ShowData() {
   m_machine->setText(QString::fromStdString(m_page.m_strMachine));
   m_fileName->setText(QString::fromStdString(m_page.m_strFileName));
   m_flush->setChecked(m_page.m_bForceFlush != 0);
-  m_historicFiles->setEditText(QString::fromStdString(m_page.m_strHistoricFiles));
-  m_maxSize->setEditText(QString::fromStdString(m_page.m_strMaxSize));
+  ShowNumber(*m_historicFiles, m_page.m_strHistoricFiles);
+  ShowNumber(*m_maxSize, m_page.m_strMaxSize);
   for (QWidget* const each : {static_cast<QWidget*>(m_machine), static_cast<QWidget*>(m_browse)})
     each->setEnabled(m_page.MachineEnabled());
   for (QWidget* const each :

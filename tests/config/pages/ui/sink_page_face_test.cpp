@@ -4,6 +4,7 @@
 #include <QListWidget>
 #include <QRadioButton>
 #include <QToolButton>
+#include <QWheelEvent>
 
 #include "config_sheet_harness.h"
 
@@ -114,6 +115,41 @@ TEST_F(SinkPageFaceTest, KeysAloneChooseAServerAndBackKeepsWhatWasTyped) {
             }),
             CDialog::kIdOk);
   EXPECT_EQ(InForce(), "file typed.trc flush=0;maxfiles=7;maxsize=0;");
+}
+
+TEST_F(SinkPageFaceTest, TheArrowKeysStepFromTheNumberThatIsShown) {
+  RunSink([](QDialog& window) {
+    QTest::keyClick(&Control<QWidget>(window, Sink::kHistoricFiles), Qt::Key_Down);
+    EXPECT_EQ(Combo(window, Sink::kHistoricFiles), "4");
+    QTest::keyClick(&Control<QWidget>(window, Sink::kMaxSize), Qt::Key_Up);
+    EXPECT_EQ(Combo(window, Sink::kMaxSize), "10");
+  });
+}
+
+TEST_F(SinkPageFaceTest, AWheelOverANumberWithoutTheFocusChangesNothing) {
+  RunSink([](QDialog& window) {
+    auto& box = Control<QComboBox>(window, Sink::kHistoricFiles);
+    const auto turn = [&box] {
+      QWheelEvent event(box.rect().center(), box.mapToGlobal(box.rect().center()), {}, {0, -120},
+                        Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+      QApplication::sendEvent(&box, &event);
+    };
+    Control<QWidget>(window, Sink::kFileName).setFocus();
+    turn();
+    EXPECT_EQ(box.currentText(), "3");
+    box.setFocus();
+    turn();
+    EXPECT_EQ(box.currentText(), "4");
+  });
+}
+
+TEST_F(SinkPageFaceTest, AVeryLongFileNameStaysWhole) {
+  const std::string name = "/" + std::string(40000, 'x') + ".trc";
+  m_machine.m_apps["orders"].sinkName = name;
+  RunSink([&name](QDialog& window) {
+    EXPECT_EQ(Field(window, Sink::kFileName).size(), static_cast<int>(name.size()));
+    QTest::keyClick(&window, Qt::Key_Escape);
+  });
 }
 
 TEST_F(SinkPageFaceTest, BytesThatAreNoTextStayAsLongAsNobodyTypesInTheirField) {

@@ -1,12 +1,14 @@
 // The window of a property sheet without a screen: pages with text fields, one focus, one size.
 //
 // Each field is bound to a member of its page; that of a check box or of radio buttons has a number
-// as its text. The user types into the page in front only, and presses only what can be pressed.
+// as its text. A field of a number refuses any other text, and takes the focus then. The user types
+// into the page in front only, and presses only what can be pressed.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
 #include <deque>
 #include <functional>
 #include <string>
@@ -20,19 +22,25 @@ class FakePropertyPage final : public PropertyPageFace {
   explicit FakePropertyPage(unsigned& focus) : m_focus(focus) {}
   void Bind(unsigned control, std::string& member) {
     m_fields.push_back({control, "", [&member] { return member; },
-                        [&member](const std::string& text) { member = text; }});
+                        [&member](const std::string& text) {
+                          member = text;
+                          return true;
+                        }});
   }
   void Bind(unsigned control, int& member) {
     m_fields.push_back({control, "", [&member] { return std::to_string(member); },
-                        [&member](const std::string& text) { member = std::stoi(text); }});
+                        [&member](const std::string& text) { return TakeNumber(text, member); }});
   }
 
   void ShowData() override {
     for (Field& field : m_fields) field.text = field.show();
   }
   bool TakeData() override {
-    for (Field& field : m_fields) field.take(field.text);
-    return true;
+    const auto refuses = [](const Field& field) { return !field.take(field.text); };
+    const auto bad = std::find_if(m_fields.begin(), m_fields.end(), refuses);
+    if (bad == m_fields.end()) return true;
+    m_focus = bad->control;
+    return false;
   }
   void SetFocus(unsigned control) override {
     if (Find(control)) m_focus = control;
@@ -49,8 +57,16 @@ class FakePropertyPage final : public PropertyPageFace {
     unsigned control;
     std::string text;
     std::function<std::string()> show;
-    std::function<void(const std::string&)> take;
+    std::function<bool(const std::string&)> take;  // false: it refuses
   };
+  static bool TakeNumber(const std::string& text, int& member) {
+    const char* const end = text.data() + text.size();
+    int number = 0;
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || rest != end) return false;
+    member = number;
+    return true;
+  }
   std::vector<Field> m_fields;
   unsigned& m_focus;
 };
@@ -68,7 +84,7 @@ class FakePropertySheet : public PropertySheetFace {
   }
   void Open() { m_sheet.Open(*this); }
 
-  PropertyPageFace& Page(std::size_t place) override { return m_pages.at(place); }
+  FakePropertyPage& Page(std::size_t place) override { return m_pages.at(place); }
   void ShowPage(std::size_t place) override {
     if (m_sheet.IsWizard() || !m_shown) m_focus = m_pages.at(place).FirstControl();
     m_front = place;

@@ -66,6 +66,26 @@ TYPED_TEST_P(SheetContract, APageThatDoesNotAgreeStaysInFrontWithWhatWasTypedAnd
   EXPECT_FALSE(this->m_sheet.Ended());
 }
 
+TYPED_TEST_P(SheetContract, APageWithAFieldThatRefusesItsTextStaysAndLooksAtNothingElse) {
+  this->Window().Type(this->kName, "bad");  // the page itself would hold the user in the note
+  this->Window().Type(this->kNumber, "x");
+  this->m_a.SetModified();
+  this->Reported();
+  this->Window().ChooseTab(1);
+  EXPECT_EQ(this->Reported(), SheetLog{"A asked"});
+  EXPECT_EQ(this->Window().Front(), 0U);
+  EXPECT_EQ(this->Window().Focus(), this->kNumber);
+  EXPECT_EQ(this->Window().Text(this->kNumber), "x");
+  EXPECT_EQ(this->ReportedBy(SheetButton::Apply), SheetLog{"A asked"});
+  EXPECT_EQ(this->ReportedBy(SheetButton::Ok), SheetLog{"A asked"});
+  EXPECT_FALSE(this->m_sheet.Ended());
+  this->Window().Type(this->kName, "good");
+  this->Window().Type(this->kNumber, "7");
+  this->Window().ChooseTab(1);
+  EXPECT_EQ(this->Window().Front(), 1U);
+  EXPECT_EQ(this->m_a.m_number, 7);
+}
+
 TYPED_TEST_P(SheetContract, OkAsksThePageInFrontAndThenTellsThePagesThatWereShownInTheirOrder) {
   this->Window().Type(this->kName, "x");
   this->Window().ChooseTab(2);
@@ -141,6 +161,7 @@ TYPED_TEST_P(SheetContract, TheWindowIsAsWideForEveryPageAsTheWidestWants) {
 REGISTER_TYPED_TEST_SUITE_P(SheetContract, OpensOnItsFirstPageAndBeginsNoOther,
                             AnotherPageComesWhenTheOneInFrontHasAgreed,
                             APageThatDoesNotAgreeStaysInFrontWithWhatWasTypedAndTheFocusItChose,
+                            APageWithAFieldThatRefusesItsTextStaysAndLooksAtNothingElse,
                             OkAsksThePageInFrontAndThenTellsThePagesThatWereShownInTheirOrder,
                             EnterIsOk, CancelTellsThePagesThatWereShownAndTakesNoData,
                             ApplyIsEnabledByAModifiedPageAndLeavesTheSheetOpen,

@@ -16,7 +16,8 @@ template <class Harness>
 class SheetFixture : public testing::Test {
  protected:
   static constexpr unsigned kFirst = 101, kSecond = 102, kThird = 103;
-  static constexpr unsigned kName = ContractPage::kName, kNote = ContractPage::kNote;
+  static constexpr unsigned kName = ContractPage::kName, kNote = ContractPage::kNote,
+                            kNumber = ContractPage::kNumber;
 
   // The next showing: begins as DoModal does.
   void Open() {

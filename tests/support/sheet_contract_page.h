@@ -1,4 +1,5 @@
-// A page for the property sheet contract: two text fields, and a log of what it was asked.
+// A page for the property sheet contract: two fields of text, one of a number, and a log of what it
+// was asked.
 #pragma once
 
 #include <functional>
@@ -12,7 +13,7 @@ using SheetLog = std::vector<std::string>;
 
 class ContractPage : public CPropertyPage {
  public:
-  static constexpr unsigned kName = 1001, kNote = 1002;  // the fields' ids
+  static constexpr unsigned kName = 1001, kNote = 1002, kNumber = 1003;  // the fields
 
   // `widthPx` is what its fields want at least.
   ContractPage(Host& host, unsigned id, std::string caption, SheetLog& log, int widthPx)
@@ -43,6 +44,7 @@ class ContractPage : public CPropertyPage {
   int OnWizardFinish() override { return Answer("finish"); }
 
   std::string m_name, m_note;
+  int m_number = 0;
   const int m_widthPx;
   int answer = kWizardInOrder;     // to the wizard's buttons
   std::function<void()> onActive;  // what OnSetActive does

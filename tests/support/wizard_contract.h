@@ -68,6 +68,14 @@ TYPED_TEST_P(WizardContract, APageMayHoldTheUserWhenItsDataAreTaken) {
   EXPECT_EQ(this->Window().Focus(), this->kNote);
 }
 
+TYPED_TEST_P(WizardContract, APageWithAFieldThatRefusesItsTextStays) {
+  this->Window().Type(this->kName, "bad");
+  this->Window().Type(this->kNumber, "x");
+  EXPECT_EQ(this->ReportedBy(SheetButton::Next), (SheetLog{"A next", "A asked"}));
+  EXPECT_EQ(this->Window().Front(), 0U);
+  EXPECT_EQ(this->Window().Focus(), this->kNumber);
+}
+
 TYPED_TEST_P(WizardContract, TheFocusGoesToTheFirstFieldOfThePageThatComes) {
   EXPECT_EQ(this->Window().Focus(), this->kName);
   this->Window().Type(this->kNote, "x");
@@ -146,7 +154,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     WizardContract, NextAndBackGoInTheOrderOfThePages,
     ThereIsNoPageBeforeTheFirstAndNoneAfterTheLast, AReturnedNumberNamesThePageAndMinusOneStays,
     APageThatStaysKeepsWhatWasTypedIntoIt, APageMayHoldTheUserWhenItsDataAreTaken,
-    TheFocusGoesToTheFirstFieldOfThePageThatComes, TheTitleIsThePagesCaptionUntilAPostedOneComes,
+    APageWithAFieldThatRefusesItsTextStays, TheFocusGoesToTheFirstFieldOfThePageThatComes,
+    TheTitleIsThePagesCaptionUntilAPostedOneComes,
     AtTheStartBackAndNextAreEnabledAndPostedButtonsComeWithTheQueue,
     ButtonsThatAreStillPostedHoldForTheNextPress, FinishStandsInThePlaceOfNextAndEndsTheWizard,
     EnterIsNextAndNothingWhereNextIsDisabled, APageThatEndsTheWizardIsFollowedByNoOther,

@@ -11,6 +11,7 @@ struct FakeSheetHarness : FakePropertySheet {
       FakePropertyPage& window = AddPage(page.m_widthPx);
       window.Bind(ContractPage::kName, page.m_name);
       window.Bind(ContractPage::kNote, page.m_note);
+      window.Bind(ContractPage::kNumber, page.m_number);
     }
     Open();
   }

@@ -1,4 +1,4 @@
-// The windows of a property sheet and of a wizard on the screen, with pages of two text fields.
+// The windows of a property sheet and of a wizard on the screen, with pages of three fields.
 #pragma once
 
 #include <QApplication>
@@ -18,25 +18,36 @@
 class ContractPageFace final : public QtPageFace {
  public:
   ContractPageFace(ContractPage& page, QWidget* parent)
-      : QtPageFace(parent), m_page(page), m_name(MakeField(kName)), m_note(MakeField(kNote)) {
+      : QtPageFace(parent),
+        m_page(page),
+        m_name(MakeField(kName)),
+        m_note(MakeField(kNote)),
+        m_number(MakeField(kNumber)) {
     auto* const layout = new QVBoxLayout(this);
-    layout->addWidget(m_name);
-    layout->addWidget(m_note);
+    for (QLineEdit* const field : {m_name, m_note, m_number}) layout->addWidget(field);
   }
   void ShowData() override {
     m_name->setText(QString::fromStdString(m_page.m_name));
     m_note->setText(QString::fromStdString(m_page.m_note));
+    m_number->setText(QString::number(m_page.m_number));
   }
   bool TakeData() override {
     m_page.m_name = m_name->text().toStdString();
     m_page.m_note = m_note->text().toStdString();
-    return true;
+    bool isNumber = false;
+    const int number = m_number->text().toInt(&isNumber);
+    if (isNumber)
+      m_page.m_number = number;
+    else
+      SetFocus(kNumber);
+    return isNumber;
   }
   // A double click, say, that the page answers.
   void Act(const std::function<void()>& call) { Forward(call); }
 
  private:
-  static constexpr unsigned kName = ContractPage::kName, kNote = ContractPage::kNote;
+  static constexpr unsigned kName = ContractPage::kName, kNote = ContractPage::kNote,
+                            kNumber = ContractPage::kNumber;
   QLineEdit* MakeField(unsigned id) {
     auto* const field = new QLineEdit(this);
     field->setObjectName(QString::number(id));
@@ -44,7 +55,7 @@ class ContractPageFace final : public QtPageFace {
     return field;
   }
   ContractPage& m_page;
-  QLineEdit *m_name, *m_note;
+  QLineEdit *m_name, *m_note, *m_number;
 };
 
 inline PageFaces ContractFaces() {

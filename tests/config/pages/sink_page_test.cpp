@@ -88,6 +88,18 @@ TEST_F(SinkPageTest, ASinkOfAnotherTypeLeavesTheFieldsAsTheyStart) {
   EXPECT_TRUE(page.FileEnabled());
 }
 
+TEST_F(SinkPageTest, ASinkOfAnotherTypeIsCheckedAndSentAsAFile) {
+  HasSink(static_cast<trc_SinkTypes_e>(9), "x", "flush=1;");
+  Open();
+  m_window->Type(Sink::kFileName, "/logs/new");
+  m_window->Press(SheetButton::Ok);
+  EXPECT_EQ(Boxes(), Refusal(kSizeRange)) << "the size is still empty";
+  EXPECT_TRUE(Leaves(Sink::kMaxSize, "50"));
+  m_window->Press(SheetButton::Ok);
+  EXPECT_TRUE(m_sheet->Ended());
+  EXPECT_EQ(SinkInForce(), "file /logs/new.trc flush=0;maxfiles=0;maxsize=50;");
+}
+
 TEST_F(SinkPageTest, TheRadioButtonsEnableTheirControls) {
   Sink& page = OpenFile();
   EXPECT_FALSE(page.MachineEnabled());
@@ -121,6 +133,17 @@ TEST_F(SinkPageTest, OkSendsTheThreeOptionsInTheirOrderInsteadOfThoseThatWereThe
   EXPECT_EQ(Asked(), "submit orders\nsubmit orders\n") << "each page submits on its own";
   EXPECT_TRUE(m_doc->IsModified());
   EXPECT_TRUE(m_sheet->Ended());
+}
+
+TEST_F(SinkPageTest, OkSendsUnderAWaitCursor) {
+  // On this page, so that the other one has nothing to apply.
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app, 1);
+  FakeConfigSheet window(sheet);
+  Asked();
+  m_host.ClearTranscript();
+  window.Press(SheetButton::Ok);
+  EXPECT_EQ(Asked(), "submit orders\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
 }
 
 TEST_F(SinkPageTest, ASinkThatTheMachineHasNotTakenIsNotInForce) {
@@ -160,6 +183,13 @@ TEST_F(SinkPageTest, AFileNameWithoutAnExtensionGetsOneWhenThePageIsLeft) {
   EXPECT_EQ(m_window->Text(Sink::kFileName), "new.trc") << "also if another field holds the page";
 }
 
+TEST_F(SinkPageTest, AnEmptyFileNameBecomesAnExtensionAlone) {
+  OpenFile();
+  EXPECT_TRUE(Leaves(Sink::kFileName, ""));
+  EXPECT_EQ(m_window->Text(Sink::kFileName), ".trc");
+  EXPECT_EQ(Boxes(), "");
+}
+
 TEST_F(SinkPageTest, AnExtensionInCapitalsPasses) {
   OpenFile();
   EXPECT_TRUE(Leaves(Sink::kFileName, "ORDERS.TRC"));
@@ -178,6 +208,14 @@ TEST_F(SinkPageTest, AnotherExtensionIsWarnedOf) {
   m_host.AnswerBox(BoxAnswer::Yes);
   EXPECT_TRUE(Leaves(Sink::kFileName, "orders.log"));
   EXPECT_EQ(Boxes(), warning + "Yes\n");
+}
+
+TEST_F(SinkPageTest, ADotAtTheEndIsAnotherExtension) {
+  OpenFile();
+  m_host.AnswerBox(BoxAnswer::No);
+  EXPECT_FALSE(Leaves(Sink::kFileName, "orders."));
+  EXPECT_NE(Boxes().find("(Yes, No) -> No"), std::string::npos);
+  EXPECT_EQ(m_window->Text(Sink::kFileName), "orders.");
 }
 
 TEST_F(SinkPageTest, HistoricFilesAreFromZeroToAHundredOrEmpty) {
@@ -248,6 +286,22 @@ TEST_F(SinkPageTest, TheChecksComeInTheirOrderAndTheFirstFailureHoldsThePage) {
   EXPECT_EQ(Boxes(), Refusal(kSizeNotNumeric));
   EXPECT_EQ(Asked(), "");
   EXPECT_FALSE(m_sheet->Ended());
+}
+
+TEST_F(SinkPageTest, AFieldThatRefusesItsTextHoldsThePageBeforeAnythingIsChecked) {
+  constexpr unsigned kField = 999;
+  OpenFile();
+  int number = 0;
+  m_window->Page(1).Bind(kField, number);
+  m_window->Type(Sink::kFileName, "orders.log");
+  m_window->Type(kField, "x");
+  m_window->ChooseTab(0);
+  EXPECT_EQ(m_window->Front(), 1u);
+  EXPECT_EQ(m_window->Focus(), kField);
+  m_window->Press(SheetButton::Ok);
+  EXPECT_FALSE(m_sheet->Ended());
+  EXPECT_EQ(Boxes(), "") << "not of the extension";
+  EXPECT_EQ(Asked(), "");
 }
 
 TEST_F(SinkPageTest, CancelChangesNothing) {

@@ -116,6 +116,17 @@ TEST_F(WinAppTest, FileOpenBeginsBesideTheFileInFront) {
   EXPECT_NE(m_host.Reported().find("name=\"\""), std::string::npos) << m_host.Reported();
 }
 
+TEST_F(WinAppTest, APromptForOneTemplateOffersItsFilesAndOpensNothing) {
+  const std::string offered =
+      "open dialog \"Open\" ext=.tcf name=\"\" filters=\"Trace Config Files (*.tcf)|*.tcf|"
+      "All Files (*.*)|*\" -> ";
+  EXPECT_EQ(m_app.DoPromptFileName(m_configs), std::nullopt);
+  EXPECT_EQ(m_host.Reported(), offered + "none\n");
+  m_host.AnswerFileDialog("/a/web.tcf");
+  EXPECT_EQ(m_app.DoPromptFileName(m_configs), "/a/web.tcf");
+  EXPECT_TRUE(m_configs->Documents().empty());
+}
+
 TEST_F(WinAppTest, FourRecentFilesNewestFirstEachOnce) {
   for (const char* name : {"1.trc", "2.trc", "3.trc", "4.trc", "5.trc", "3.trc"}) {
     m_app.OpenDocumentFile(m_temp.File(name));

@@ -1,12 +1,14 @@
 // The wizard over machines without processes, led by a person's words.
 //
 // Shape    Walk takes words separated by blanks: "next", "back", "finish", "cancel"; "task:1",
-//          "file:PATH" and "nofile" for the file dialog that follows; "local", "remote", "same",
-//          "each"; "add:web", "del:web"; "pick:orders,billing" on the page of applications.
+//          "file:NAME" (in the test's folder) and "nofile" for the file dialog that follows;
+//          "local", "remote", "same", "each"; "add:web", "del:web"; "pick:orders,billing" on the
+//          page of applications; "away:web" when a machine goes away.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -18,6 +20,16 @@
 #include "support/fake_wizard_program.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
+
+// Something happens while a box is up.
+class WizardHost final : public RecordingHost {
+ public:
+  BoxAnswer MessageBox(const MessageBoxRequest& request) override {
+    if (m_onBox) m_onBox();
+    return RecordingHost::MessageBox(request);
+  }
+  std::function<void()> m_onBox;
+};
 
 class WizardFixture : public testing::Test {
  protected:
@@ -91,7 +103,7 @@ class WizardFixture : public testing::Test {
   }
 
   TempDir m_folder;
-  RecordingHost m_host;
+  WizardHost m_host;
   FrameLog m_log;
   FakeWizardProgram m_program{m_host, m_log};
   std::unique_ptr<CTraceWizardSheet> m_sheet;
@@ -107,12 +119,14 @@ class WizardFixture : public testing::Test {
     if (what == "finish") return m_window->Press(SheetButton::Finish);
     if (what == "cancel") return m_window->Press(SheetButton::Cancel);
     if (what == "task") return m_window->Choose(CWizSelectPage::kTask, std::stoi(value));
-    if (what == "file") return m_host.AnswerFileDialog(value);
+    if (what == "file")
+      return m_host.AnswerFileDialog(value[0] == '/' ? value : m_folder.File(value));
     if (what == "nofile") return m_host.AnswerFileDialog(std::nullopt);
     if (what == "local") return m_window->Choose(CWizNetworkPage::kMode, 0);
     if (what == "remote") return m_window->Choose(CWizNetworkPage::kMode, 1);
     if (what == "each") return m_window->Choose(CWizMachinesPage::kIdentical, 0);
     if (what == "same") return m_window->Choose(CWizMachinesPage::kIdentical, 1);
+    if (what == "away") return void(m_program.Machine(value).m_away = true);
     if (what == "add") return Add(value);
     if (what == "del") return Delete(value);
     if (what == "pick") return Pick(value);

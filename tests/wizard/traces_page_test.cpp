@@ -33,7 +33,7 @@ TEST_F(WizTracesPageTest, ListsTheTracesOfTheApplication) {
             "Disk|Read|Info, Warn, Error Disk|Write|Info, Warn, Error Net|Open|Info, Warn, Error");
   EXPECT_FALSE(Traces().ButtonsEnabled());
   EXPECT_EQ(Window().Enabled(), "back next");
-  EXPECT_STREQ(wizard_texts::kTraces,
+  EXPECT_STREQ(WizardTexts::kTraces,
                "Select the trace types (by component and category name) that you want to "
                "configure.  Then use the buttons on the right to select the types of traces you "
                "want to enable:");

@@ -4,12 +4,13 @@
 
 namespace {
 
-// A handle that was there may know an earlier state of the machine. One that has not answered is
-// not asked again.
+// A handle that was there may know an earlier state of the machine. That of an open configuration
+// may also hold changes that the machine has not taken: they belong to that window. A machine that
+// has not answered is not asked again.
 bool MakeHandle(const std::string& name, WizApp& entry, const trace_Config_i& machine,
                 const WizOpenApp& open, bool failed) {
   const bool up = machine.IsUp();
-  if (entry.m_app && up) entry.m_app->Refresh();
+  if (entry.m_app && up && !entry.m_bShared) entry.m_app->Refresh();
   if (!entry.m_app && (up || !failed)) entry.m_app = open(machine.GetHostName(), name);
   return static_cast<bool>(entry.m_app);
 }

@@ -5,7 +5,8 @@ void EnterAppList(WizMachine& machine) {
 }
 
 void EnterOpenApps(WizMachine& machine, const std::list<QuorPtr<trace_App_i>>& open) {
-  for (const QuorPtr<trace_App_i>& app : open) machine.m_apps[app->GetAppName()] = {app, {}, false};
+  for (const QuorPtr<trace_App_i>& app : open)
+    if (app) machine.m_apps[app->GetAppName()] = {app, {}, false, true};
 }
 
 void MakeNamesIdentical(WizMachines& machines) {

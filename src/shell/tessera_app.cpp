@@ -136,17 +136,22 @@ bool CTesseraApp::MakeFrame() {
   return true;
 }
 
-// A readable file that did not open was refused by the user or with a message box. The box about a
-// configuration does not say which of its lines is bad.
 CDocument* CTesseraApp::OpenDocumentFile(const std::string& path) {
   CDocument* const document = CWinApp::OpenDocumentFile(path);
-  std::string why = document ? "" : WhyUnreadable(path);
-  if (!document && why.empty()) why = BadLineOf(path);
-  if (m_frame && document)
+  if (!document)
+    NoteNotOpened(path);
+  else if (m_frame)
     m_frame->SetNotice({});
-  else if (m_frame && !why.empty())
-    m_frame->SetNotice(FailedText({{path, why}}, 1), FailedDetails({{path, why}}));
   return document;
+}
+
+// A readable file that did not open was refused by the user or with a message box. The box about a
+// configuration does not say which of its lines is bad.
+void CTesseraApp::NoteNotOpened(const std::string& path) {
+  std::string why = WhyUnreadable(path);
+  if (why.empty()) why = BadLineOf(path);
+  if (m_frame && !why.empty())
+    m_frame->SetNotice(FailedText({{path, why}}, 1), FailedDetails({{path, why}}));
 }
 
 std::string CTesseraApp::TryOpen(const std::string& path) {

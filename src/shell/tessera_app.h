@@ -30,7 +30,8 @@ class CTesseraApp : public CWinApp {
   void OnRecentFilesChanged() override;
   // Shows in the status bar why a file did not open, if no other message did.
   CDocument* OpenDocumentFile(const std::string& path) override;
-  // The same without a message: returns the reason; empty on success.
+  void NoteNotOpened(const std::string& path);
+  // Opens it without a message: returns the reason; empty on success.
   std::string TryOpen(const std::string& path);
 
   ShellFaces& Faces() const { return m_faces; }

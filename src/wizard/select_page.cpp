@@ -25,13 +25,19 @@ std::optional<std::string> CWizSelectPage::AskFor(const CMultiDocTemplate& kind)
   return kind.App()->DoPromptFileName(&kind);
 }
 
+bool CWizSelectPage::Open(CMultiDocTemplate& kind, const std::string& path) {
+  if (kind.OpenDocumentFile(&path)) return true;
+  Wizard().Program().NoteNotOpened(path);
+  return false;
+}
+
 // The file applies to this machine, and nobody is asked for one.
 bool CWizSelectPage::LoadConfiguration() {
   CMultiDocTemplate& configurations = *Wizard().Program().ConfigTemplate();
   const std::optional<std::string> path = AskFor(configurations);
   if (!path) return false;
   const bool before = std::exchange(g_bWizardLocalConfig, true);
-  const bool opened = configurations.OpenDocumentFile(&*path) != nullptr;
+  const bool opened = Open(configurations, *path);
   g_bWizardLocalConfig = before;
   if (opened) Wizard().Program().OpenLocalMonitor();
   return opened;
@@ -40,5 +46,5 @@ bool CWizSelectPage::LoadConfiguration() {
 bool CWizSelectPage::LoadTraces() {
   CMultiDocTemplate& traces = *Wizard().Program().FileTemplate();
   const std::optional<std::string> path = AskFor(traces);
-  return path && traces.OpenDocumentFile(&*path);
+  return path && Open(traces, *path);
 }

@@ -25,5 +25,6 @@ class CWizSelectPage : public CWizPage {
  private:
   bool LoadConfiguration();
   bool LoadTraces();
+  bool Open(CMultiDocTemplate& kind, const std::string& path);
   std::optional<std::string> AskFor(const CMultiDocTemplate& kind) const;
 };

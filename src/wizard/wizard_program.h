@@ -15,6 +15,8 @@ class WizardProgram {
   virtual const ConfigClient& Client() const = 0;
   // Shows a monitor of this machine. One that cannot connect leaves no window and no message.
   virtual void OpenLocalMonitor() = 0;
+  // Shows in the status bar why a file did not open, if no message did.
+  virtual void NoteNotOpened(const std::string& path) = 0;
 
  protected:
   ~WizardProgram() = default;

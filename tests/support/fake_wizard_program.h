@@ -2,7 +2,7 @@
 // a monitor that is only noted.
 //
 // Shape    The log has the lines of fake_frame.h for configuration windows ("config ..."), "open
-//          FILE" for a trace file, and "monitor".
+//          FILE" for a trace file, "not opened FILE", and "monitor".
 // Owner    Host and log outlive the program; the program owns the machines.
 #pragma once
 
@@ -61,6 +61,7 @@ class FakeWizardProgram final : public WizardProgram {
   CMultiDocTemplate* FileTemplate() const override { return m_files; }
   const ConfigClient& Client() const override { return m_client; }
   void OpenLocalMonitor() override { m_log.Add("monitor"); }
+  void NoteNotOpened(const std::string& path) override { m_log.Add("not opened " + path); }
 
   // A machine of the network. This one is "localhost", and answers to its host name too.
   FakeMachine& Machine(const std::string& name) { return m_machines[name]; }

@@ -50,6 +50,7 @@ TEST_F(SelectPageTest, AConfigurationThatDoesNotOpenKeepsTheUserThere) {
   EXPECT_EQ(Boxes(), Box("Invalid format."));
   EXPECT_EQ(m_program.Configs(), 0U);
   EXPECT_EQ(m_log.Reported("monitor"), "");
+  EXPECT_EQ(m_log.Lines().back(), "not opened " + m_folder.File("bad.tcf"));
   EXPECT_FALSE(g_bWizardLocalConfig) << "the next file that is opened asks for its machine again";
   EXPECT_EQ(Window().Text(CWizSelectPage::kTask), "1") << "and the user can try another file";
 }
@@ -75,6 +76,7 @@ TEST_F(SelectPageTest, ATraceFileThatDoesNotOpenKeepsTheUserThere) {
   Walk("next task:2 file:/tmp/bad.trc next");
   EXPECT_EQ(Where(), "Mode");
   EXPECT_EQ(m_program.FileTemplate()->Documents().size(), 0U);
+  EXPECT_EQ(m_log.Lines().back(), "not opened /tmp/bad.trc") << "no box has said anything";
 }
 
 TEST_F(SelectPageTest, APromptThatIsCancelledKeepsTheUserThere) {

@@ -21,10 +21,11 @@ class FakeReportList final : public ReportList {
     LayOut();
   }
   int ColumnWidth(int column) const override {
-    return m_widths.at(static_cast<std::size_t>(column));
+    return HasColumn(column) ? m_widths[static_cast<std::size_t>(column)] : 0;
   }
   void ShowSort(int column, bool descending) override {
-    m_sort = m_headings.at(static_cast<std::size_t>(column)) + (descending ? " down" : " up");
+    if (!HasColumn(column)) return;
+    m_sort = m_headings[static_cast<std::size_t>(column)] + (descending ? " down" : " up");
   }
   void SetItemCount(int rows) override {
     m_rows = rows;
@@ -35,27 +36,8 @@ class FakeReportList final : public ReportList {
   }
   int ItemCount() const override { return m_rows; }
   void Repaint() override { ++m_painted; }
-  void SelectAll() override {
-    std::set<int> all;
-    for (int row = 0; row < m_rows; ++row) all.insert(all.end(), row);
-    Select(all);
-  }
-  void SetSelected(int row, bool on) override {
-    if (row < 0 || row >= m_rows) return;
-    std::set<int> selected = m_selected;
-    if (on)
-      selected.insert(row);
-    else
-      selected.erase(row);
-    Select(selected);
-  }
   std::vector<int> SelectedRows() const override { return {m_selected.begin(), m_selected.end()}; }
   bool HasSelection() const override { return !m_selected.empty(); }
-  int TopIndex() const override { return m_top; }
-  int CountPerPage() const override { return m_page; }
-  void EnsureVisible(int row) override {
-    if (row >= 0 && row < m_rows) m_top = std::clamp(m_top, std::max(0, row - m_page + 1), row);
-  }
 
   // What a person sees and does.
   void SetFocus() { m_focus = true; }
@@ -71,6 +53,8 @@ class FakeReportList final : public ReportList {
   const std::string& Sort() const { return m_sort; }  // "Category down"
   const std::vector<std::string>& Headings() const { return m_headings; }
   int Painted() { return std::exchange(m_painted, 0); }
+  int Top() const { return m_top; }
+  void ScrollTo(int row) { m_top = std::clamp(row, 0, std::max(0, m_rows - m_page)); }
   bool IsSeen(int row) const { return row >= m_top && row < m_top + m_page && row < m_rows; }
   std::string Text(int row) const {
     std::string text;
@@ -78,9 +62,13 @@ class FakeReportList final : public ReportList {
       text += (column ? "|" : "") + m_owner.ReportText(row, column);
     return text;
   }
-  void Click(int row, bool control = false) {
+  bool LooksSelected(int row, int column) const {
+    return IsSeen(row) && HasColumn(column) && m_selected.contains(row);
+  }
+  // In any of its cells.
+  void Click(int row, bool control = false, int column = 0) {
     m_focus = true;
-    if (!IsSeen(row)) return;
+    if (!IsSeen(row) || !HasColumn(column)) return;
     m_focused = row;
     std::set<int> selected = control ? m_selected : std::set<int>();
     if (!control || !selected.erase(row)) selected.insert(row);
@@ -92,10 +80,12 @@ class FakeReportList final : public ReportList {
   }
   void ClickHeading(int column) { m_owner.OnReportHeading(column); }
   void PressHeadingKey(int column) {
-    if (m_focus && column < static_cast<int>(m_headings.size())) m_owner.OnReportHeading(column);
+    if (m_focus && HasColumn(column)) m_owner.OnReportHeading(column);
   }
   void PressSelectAll() {
-    if (m_focus) SelectAll();
+    std::set<int> all;
+    for (int row = 0; row < m_rows; ++row) all.insert(all.end(), row);
+    if (m_focus) Select(all);
   }
   // Selects the next row whose first column begins so, in any case.
   void Type(char letter) {
@@ -106,12 +96,15 @@ class FakeReportList final : public ReportList {
     for (int step = 1; m_focus && step <= m_rows; ++step) {
       const int row = (m_focused + step) % m_rows;
       if (!begins(row)) continue;
-      EnsureVisible(row);
+      m_top = std::clamp(m_top, std::max(0, row - m_page + 1), row);
       return Click(row);
     }
   }
 
  private:
+  bool HasColumn(int column) const {
+    return column >= 0 && column < static_cast<int>(m_headings.size());
+  }
   void LayOut() {
     m_widths.resize(m_headings.size());
     if (m_dragged) return;

@@ -99,9 +99,9 @@ TEST_F(WizTracesPageTest, TheOrderChosenForOneApplicationHoldsForTheNext) {
   Here().m_apps["backup"].traces.push_back({"Zip", "Pack", 900, 0});
   Begin(kLocal);
   Walk("pick:archive,backup next");
-  EXPECT_EQ(Sheet().TracesPage().Traces().SortKey(), -1);
+  EXPECT_EQ(Traces().Rows().Sort(), "Component up");
   Traces().Rows().ClickHeading(1);
-  EXPECT_EQ(Sheet().TracesPage().Traces().SortKey(), 2);
+  EXPECT_EQ(Traces().Rows().Sort(), "Category down");
   EXPECT_EQ(Next(), "Traces for backup");
   EXPECT_EQ(Traces().Shown(), "Zip|Pack|Off Net|Open|Info");
   EXPECT_EQ(Back(), "Traces for archive");

@@ -39,7 +39,6 @@ class CTracesList final : public ReportListOwner {
   // Replaces the items, sorts them and shows them. Nothing is selected then.
   void Fill(TraceItems items);
   const TraceItems& Items() const { return m_items; }
-  int SortKey() const { return m_nSortKey; }
 
   bool HasSelection() const { return m_controls && m_controls->List().HasSelection(); }
   // Gives all selected rows these settings.

@@ -30,7 +30,7 @@ class ReportListOwner {
   // The widths of all columns in a list of this width, which is without a vertical scroll bar.
   // Asked for every size of the list until the user has dragged a heading.
   virtual std::vector<int> ReportWidths(int roomPx) = 0;
-  // What is selected has changed, by the user or by a call.
+  // What is selected has changed, by the user or by new rows.
   virtual void OnReportSelection() = 0;
   virtual void OnReportHeading(int column) = 0;  // a click on it, or its key
   virtual void OnReportDoubleClick() = 0;        // on a row
@@ -53,12 +53,6 @@ class ReportList {
   virtual int ItemCount() const = 0;
   virtual void Repaint() = 0;  // texts or marks have changed
 
-  virtual void SelectAll() = 0;
-  virtual void SetSelected(int row, bool on) = 0;
   virtual std::vector<int> SelectedRows() const = 0;  // ascending
   virtual bool HasSelection() const = 0;
-
-  virtual int TopIndex() const = 0;
-  virtual int CountPerPage() const = 0;     // fully visible rows; 1 if there is not even one
-  virtual void EnsureVisible(int row) = 0;  // scrolls as little as needed
 };

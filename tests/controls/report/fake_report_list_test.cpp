@@ -12,7 +12,11 @@ class FakeReportHarness {
   void SetPage(int rows) { m_list.SetPage(rows); }
   void SetRoom(int roomPx) { m_list.SetWidth(roomPx); }
   void DragHeading(int column, int widthPx) { m_list.DragHeading(column, widthPx); }
-  void Click(int row, bool control = false) { m_list.Click(row, control); }
+  void ScrollTo(int row) { m_list.ScrollTo(row); }
+  int Top() const { return m_list.Top(); }
+  std::string Sort() const { return m_list.Sort(); }
+  void Click(int row, bool control = false, int column = 0) { m_list.Click(row, control, column); }
+  bool LooksSelected(int row, int column) const { return m_list.LooksSelected(row, column); }
   void DoubleClick(int row) { m_list.DoubleClick(row); }
   void ClickHeading(int column) { m_list.ClickHeading(column); }
   void PressHeadingKey(int column) { m_list.PressHeadingKey(column); }

@@ -28,7 +28,6 @@ QtReportList::QtReportList(ReportListOwner& owner, const QString& spokenName, QW
   setVerticalScrollMode(ScrollPerItem);
   setEditTriggers(NoEditTriggers);
   setSelectionMode(ExtendedSelection);
-  setSelectionBehavior(SelectRows);
   header()->setStretchLastSection(false);
   header()->setSectionsMovable(false);
   header()->setSectionsClickable(true);
@@ -58,6 +57,7 @@ void QtReportList::LayOutColumns() {
 }
 
 void QtReportList::ShowSort(int column, bool descending) {
+  if (column < 0 || column >= m_model->columnCount()) return;
   header()->setSortIndicatorShown(true);
   header()->setSortIndicator(column, descending ? Qt::DescendingOrder : Qt::AscendingOrder);
 }
@@ -78,13 +78,6 @@ void QtReportList::Repaint() {
   m_model->RowsChanged();
 }
 
-void QtReportList::SetSelected(int row, bool on) {
-  using Model = QItemSelectionModel;
-  const QModelIndex index = m_model->index(row, 0);
-  if (index.isValid())
-    selectionModel()->select(index, Model::Rows | (on ? Model::Select : Model::Deselect));
-}
-
 std::vector<int> QtReportList::SelectedRows() const {
   std::vector<int> rows;
   for (const QItemSelectionRange& range : selectionModel()->selection())
@@ -96,23 +89,6 @@ std::vector<int> QtReportList::SelectedRows() const {
 
 bool QtReportList::HasSelection() const {
   return selectionModel()->hasSelection();
-}
-
-int QtReportList::RowHeight() const {
-  return std::max(1, ItemCount() > 0 ? rowHeight(m_model->index(0, 0)) : fontMetrics().height());
-}
-
-// The list scrolls by rows.
-int QtReportList::TopIndex() const {
-  return verticalScrollBar()->value();
-}
-
-int QtReportList::CountPerPage() const {
-  return std::max(1, viewport()->height() / RowHeight());
-}
-
-void QtReportList::EnsureVisible(int row) {
-  scrollTo(m_model->index(row, 0));
 }
 
 void QtReportList::selectionChanged(const QItemSelection& selected,

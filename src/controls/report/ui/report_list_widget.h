@@ -21,15 +21,9 @@ class QtReportList final : public QTreeView, public ReportList {
   void SetItemCount(int rows) override;
   int ItemCount() const override;
   void Repaint() override;
-  void SelectAll() override { selectAll(); }
-  void SetSelected(int row, bool on) override;
   std::vector<int> SelectedRows() const override;
   bool HasSelection() const override;
-  int TopIndex() const override;
-  int CountPerPage() const override;
-  void EnsureVisible(int row) override;
 
-  int RowHeight() const;
   // The size that it opens with; it can become smaller.
   void SetWantedSize(const QSize& size) { m_wanted = size; }
   QSize sizeHint() const override { return m_wanted.isEmpty() ? QTreeView::sizeHint() : m_wanted; }

@@ -83,7 +83,7 @@ TEST_F(ReportCellsTest, AMarkThatIsOnIsFilledInItsTone) {
 }
 
 TEST_F(ReportCellsTest, OnASelectedRowTheMarksHaveTheColorOfTheText) {
-  m_list.SetSelected(1, true);
+  QTest::mouseClick(m_list.viewport(), Qt::LeftButton, {}, Cell(1, 0).center());
   EXPECT_FALSE(HasRed(1));
 }
 
@@ -119,10 +119,10 @@ TEST_F(ReportCellsTest, OnlyATextThatIsCutHasAToolTip) {
 }
 
 TEST_F(ReportCellsTest, ANameWithLineEndsIsOneLine) {
-  const int height = m_list.RowHeight();
+  const int height = Cell(0, 0).height();
   m_owner.mask = "a\nb\x01";
   m_list.SetItemCount(1);
-  EXPECT_EQ(m_list.RowHeight(), height);
+  EXPECT_EQ(Cell(0, 0).height(), height);
   EXPECT_EQ(m_list.model()->index(0, 1).data().toString(), QString("a%1b ").arg(QChar(0x23CE)));
 }
 

@@ -73,8 +73,8 @@ void PaintMarks(QPainter& painter, const QStyleOptionViewItem& option, const QRe
   painter.save();
   painter.setClipRect(rect);
   painter.setRenderHint(QPainter::Antialiasing);
-  QRectF square(rect.left() + 0.5, rect.top() + (rect.height() - side) / 2 + 0.5, side - 1,
-                side - 1);
+  const int topPx = rect.top() + (rect.height() - side) / 2;
+  QRectF square(rect.left() + 0.5, topPx + 0.5, side - 1, side - 1);
   for (const ReportMark& mark : marks) {
     PaintMark(painter, square, mark, colors);
     square.translate(side + kGapPx, 0);

@@ -26,6 +26,7 @@ TEST_F(ApplicationPageTest, ListsTheApplicationsOfTheMachineAndNamesIt) {
   Begin(kLocal);
   EXPECT_EQ(Where(), "Applications on THIS");
   EXPECT_EQ(Shown(), "billing orders zoll");
+  EXPECT_TRUE(List().IsPainted());
   EXPECT_EQ(Window().Enabled(), "back");
   EXPECT_STREQ(WizardTexts::kApplications,
                "Please select the &applications that you want to configure for tracing.  The list "

@@ -59,6 +59,8 @@ TEST_F(LoadTcfTest, AWrongFirstLineLeavesTheTable) {
     EXPECT_EQ(Load(content), WizLoad::Invalid) << content;
     EXPECT_EQ(Table(), "before*\n") << content;
   }
+  EXPECT_EQ(LoadTcf(m_folder.Path(), m_machine), WizLoad::Invalid) << "a folder has none";
+  EXPECT_EQ(Table(), "before*\n");
   EXPECT_EQ(m_machine.m_strConfigFile, "former.tcf");
 }
 

@@ -9,6 +9,9 @@
 class DemoProcess {
  public:
   explicit DemoProcess(std::vector<std::string> arguments) {
+    // Before the fork: an exception in the child would run the other tests there, too.
+    const char* const program = getenv("QUOR_DEMO");
+    arguments.insert(arguments.begin(), program ? program : "QUOR_DEMO is not set");
     m_pid = fork();
     if (m_pid != 0) return;
     const int out =
@@ -17,7 +20,6 @@ class DemoProcess {
         open(m_folder.File("err").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
-    arguments.insert(arguments.begin(), getenv("QUOR_DEMO"));
     std::vector<char*> argv;
     for (std::string& word : arguments) argv.push_back(word.data());
     argv.push_back(nullptr);

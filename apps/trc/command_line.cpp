@@ -11,8 +11,9 @@ namespace {
 
 // In the order of the help.
 constexpr std::unique_ptr<Command> (*kMakers[])(CLI::App&) = {
-    MakeGen,  MakeInfo,    MakeDump, MakeSave, MakeConvert, MakeExport, MakeFind,   MakeTree,
-    MakeTail, MakeCapture, MakeApps, MakeShow, MakeSet,     MakeSink,   MakeConfig, MakeEmit};
+    MakeGen,  MakeInfo, MakeDump,   MakeSave,    MakeConvert, MakeExport,
+    MakeFind, MakeTree, MakeTail,   MakeCapture, MakeApps,    MakeShow,
+    MakeSet,  MakeSink, MakeConfig, MakeSetup,   MakeEmit};
 
 }  // namespace
 
@@ -31,6 +32,7 @@ CommandLine::CommandLine() {
       "  trc tail\n"
       "  trc set orders Database/Query support\n"
       "  trc config save orders.tcf orders\n"
+      "  trc setup --preset support --monitor\n"
       "\n"
       "'trc COMMAND --help' describes a command. Exit status: 0 success, 1 the\n"
       "answer is no or traces were lost, 2 wrong use or bad input, 3 the file is\n"
@@ -61,7 +63,7 @@ const Command& CommandLine::Named() {
   }
   throw CLI::RequiredError(
       "a command is needed: gen, info, dump, find, tree, save, convert, export, tail, capture, "
-      "apps, show, set, sink, config or emit",
+      "apps, show, set, sink, config, setup or emit",
       CLI::ExitCodes::RequiredError);
 }
 

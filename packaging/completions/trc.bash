@@ -23,7 +23,7 @@ _trc() {
     case $command:$word in
       config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
       :config) command=config ;;
-      :gen | :info | :dump | :find | :tree | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :emit) command=$word; break ;;
+      :gen | :info | :dump | :find | :tree | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :setup | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -32,6 +32,9 @@ _trc() {
     export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
     export:-c | export:--columns) _trc_columns "$current"; return ;;
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
+    setup:-m | setup:--machine) return ;;
+    setup:-p | setup:--preset) COMPREPLY=($(compgen -W 'off support developer max' -- "$current")); return ;;
+    setup:-a | setup:--app) COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current")); return ;;
     config\ *:-m | config\ *:--machine) return ;;
     tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
     dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check) return ;;
@@ -60,16 +63,17 @@ _trc() {
       config | 'config diff') options='--help' ;;
       'config check' | 'config save' | 'config apply') options='--help --machine' ;;
       'config show') options='--help --machine --json' ;;
+      setup) options='--help --machine --same --app --preset --monitor --dry-run' ;;
       emit) options='--help --app --components --rate --count --text-bytes --threads --blocks --seed' ;;
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink config emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink config setup emit' -- "$current"))
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then
     COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current"))
-  elif [[ $command == config* ]]; then
+  elif [[ $command == config* || $command == setup ]]; then
     compopt -o filenames
     local IFS=$'\n'
     COMPREPLY=($(compgen -d -- "$current") $(compgen -f -X '!*.tcf' -- "$current"))

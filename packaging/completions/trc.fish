@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find tree save convert export tail capture apps show set sink config emit
+set -l commands gen info dump find tree save convert export tail capture apps show set sink config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
@@ -30,6 +30,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a show -d "Show 
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a set -d "Switch traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a sink -d "Choose where traces go"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a config -d "Check, save, apply or compare configurations"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a setup -d "Do what the wizard does"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a emit -d "Act as a traced application"
 complete -c trc -s h -l help -d "Print help"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -s V -l version -d "Print the version"
@@ -108,6 +109,14 @@ set -l config "__fish_seen_subcommand_from config; and __fish_seen_subcommand_fr
 complete -c trc -n "$config check show save apply" -s m -l machine -x -d "The machine"
 complete -c trc -n "$config show" -s j -l json -d "One JSON array"
 complete -c trc -n "$config save" -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null)"
+
+set -l setup "__fish_seen_subcommand_from setup"
+complete -c trc -n $setup -s m -l machine -x -d "A machine"
+complete -c trc -n $setup -s s -l same -d "The same for all machines"
+complete -c trc -n $setup -s a -l app -x -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -d "An application"
+complete -c trc -n $setup -s p -l preset -x -a "off support developer max" -d "Settings of all traces"
+complete -c trc -n $setup -l monitor -d "Then print the traces of this machine"
+complete -c trc -n $setup -s n -l dry-run -d "Say what would be done"
 
 complete -c trc -n "__fish_seen_subcommand_from emit" -s a -l app -x -d "Name of the application"
 complete -c trc -n "__fish_seen_subcommand_from emit" -s c -l components -x -d "Its components"

@@ -8,7 +8,7 @@ import known
 from machines import HERE, Machine
 from typed import Typed, stopped_by, wait_for_words
 
-LIVE = r"\btrc (tail|capture|apps|show|set|sink|config)\b|\btessera .*--monitor|\bquord status"
+LIVE = r"\btrc (tail|capture|apps|show|set|sink|config|setup)\b|\btessera .*--monitor|\bquord status"
 SERVES = r"\bquord( --(?!help|version)| -f|$)"
 ON_FILES = {"info": "sample.trc", "dump": "sample.trc", "tree": "sample.trc",
             "export": "sample.trc rows.csv"}
@@ -153,6 +153,8 @@ class Tour:
             machine.play("shop")
         elif re.search(LIVE, line) and not block.shown and "--help" not in line:
             self.served_by(machine, line).play("orders")
+            if " localhost " in line:
+                machine.play("orders")
 
     # The machine whose traces and settings the line is about.
     def served_by(self, machine, line):

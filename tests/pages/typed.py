@@ -19,7 +19,8 @@ def stopped_by(line):
     program, _, rest = re.sub(r"^([A-Z_]+=\S+ )*(?:\S*/)?(?=\w)", "", line).partition(" ")
     if "--help" in rest or "--version" in rest:
         return None
-    live = program == "trc" and re.match(r"(tail|capture|emit)\b", rest) and "--count" not in rest
+    live = (program == "trc" and "--count" not in rest and
+            re.match(r"(tail|capture|emit)\b|setup .*--monitor", rest))
     if live or program == "quor-demo":
         return signal.SIGINT
     if program == "quord" and re.search(r"--foreground|-f\b", rest):

@@ -21,12 +21,6 @@ const char* WordOf(trc_SinkTypes_e type) {
   }
 }
 
-std::string SinkText(const std::optional<TcfSink>& sink) {
-  if (!sink) return "stays as it is";
-  return std::string(WordOf(sink->type)) + " " + Quoted(sink->name) +
-         (sink->options.empty() ? "" : " " + Quoted(sink->options));
-}
-
 void AppendSink(std::string& json, const std::optional<TcfSink>& sink) {
   json.append(",\"sink\":");
   if (!sink) {
@@ -111,6 +105,12 @@ void AppendAppJson(std::string& json, const ShownApp& app) {
 void AppendField(std::string& json, std::string_view key, const std::string& text) {
   json.append(key);
   AppendJsonText(json, text);
+}
+
+std::string SinkText(const std::optional<TcfSink>& sink) {
+  if (!sink) return "stays as it is";
+  return std::string(WordOf(sink->type)) + " " + Quoted(sink->name) +
+         (sink->options.empty() ? "" : " " + Quoted(sink->options));
 }
 
 std::string Quoted(const std::string& text) {

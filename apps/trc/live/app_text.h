@@ -35,6 +35,8 @@ void AppendAppJson(std::string& json, const ShownApp& app);
 // The text as JSON behind the key, which has its own comma and colon.
 void AppendField(std::string& json, std::string_view key, const std::string& text);
 
+// "socket "localhost"": its kind, its name and its options if it has some.
+std::string SinkText(const std::optional<TcfSink>& sink);
 // Visible, in quotes.
 std::string Quoted(const std::string& text);
 // Messages on standard error, and the exit status.

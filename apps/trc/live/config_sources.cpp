@@ -20,27 +20,39 @@ std::string ShortText(const std::string& text) {
   return VisibleText(cut) + (cut.size() < text.size() ? "..." : "");
 }
 
-int BadFile(const std::string& path, const std::string& why) {
-  PrintError(path + why);
-  return kExitBad;
+// False: `why` has the reason, after the number of the line if it is one.
+bool ReadConfig(const std::string& path, TcfConfig* config, std::string* why) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) return FailWith(why, " Is a directory");
+  errno = 0;
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return FailWith(why, " " + SystemReason());
+  TcfCollector collector;
+  TcfFault fault;
+  if (ReadTcf(in, collector, &fault) != TcfEnd::Whole) {
+    const std::string text = fault.text.empty() ? "" : ": " + ShortText(fault.text);
+    return FailWith(why, std::to_string(fault.line) + ": " + ShortText(fault.why) + text);
+  }
+  *config = collector.Config();
+  return true;
 }
 
 }  // namespace
 
 int ReadConfigFile(const std::string& path, TcfConfig* config) {
+  std::string why;
+  if (ReadConfig(path, config, &why)) return kExitGood;
+  PrintError(path + ":" + why);
+  return kExitBad;
+}
+
+std::string WhyBadConfigFile(const std::string& path) {
+  TcfConfig config;
+  std::string why;
   std::error_code error;
-  if (std::filesystem::is_directory(path, error)) return BadFile(path, ": Is a directory");
-  errno = 0;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return BadFile(path, ": " + SystemReason());
-  TcfCollector collector;
-  TcfFault fault;
-  if (ReadTcf(in, collector, &fault) != TcfEnd::Whole) {
-    const std::string text = fault.text.empty() ? "" : ": " + ShortText(fault.text);
-    return BadFile(path, ":" + std::to_string(fault.line) + ": " + ShortText(fault.why) + text);
-  }
-  *config = collector.Config();
-  return kExitGood;
+  if (std::filesystem::is_fifo(path, error)) return "Is a pipe";
+  if (ReadConfig(path, &config, &why)) return "";
+  return why.starts_with(' ') ? why.substr(1) : "line " + why;
 }
 
 int MachineLook::Connect() {

@@ -12,6 +12,8 @@
 using AppHandles = std::list<QuorPtr<trace_App_i>>;
 
 int ReadConfigFile(const std::string& path, TcfConfig* config);
+// The reason and the place why this file cannot be read; "" when it can.
+std::string WhyBadConfigFile(const std::string& path);
 
 // Looks at applications of a machine; opens no handles there.
 class MachineLook {

@@ -47,6 +47,7 @@ TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
       {"set", {"-a,--all", "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS..."}},
       {"sink", {"-s,--server", "-o,--file", "--flush", "--max-files", "--max-size"}},
       {"config", {"check", "show", "save", "apply", "diff"}},
+      {"setup", {"-m,--machine", "-s,--same", "-p,--preset", "--monitor", "-n,--dry-run", "FILE"}},
       {"emit", {"-a,--app", "-r,--rate", "-n,--count", "--text-bytes", "-b,--blocks"}}};
   for (const auto& [command, parts] : commands) {
     const TrcRun run = RunTrc({command, "--help"});
@@ -67,7 +68,7 @@ TEST(TrcCommandLine, VersionIsOneLine) {
 
 TEST(TrcCommandLine, WithoutACommandItIsWrongUse) {
   ExpectRefused({}, "a command is needed: gen, info, dump, ");
-  ExpectRefused({}, "sink, config or emit\nTry 'trc --help'.\n");
+  ExpectRefused({}, "sink, config, setup or emit\nTry 'trc --help'.\n");
   ExpectRefused({"--jsn"}, "--jsn");
 }
 

@@ -22,13 +22,6 @@ class LiveConfigTest : public LiveProgramsTest {
   std::string File(const std::string& lines) {
     return m_dir.File("a.tcf", "TCF Version 3.2\n" + lines);
   }
-  // All that the service keeps on the disk.
-  std::map<std::string, std::string> State() const {
-    std::map<std::string, std::string> state;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_dir.File("state")))
-      if (entry.is_regular_file()) state[entry.path().string()] = ReadAll(entry.path().string());
-    return state;
-  }
 };
 
 TEST_F(LiveConfigTest, WhatWasSavedIsBackAfterItWasApplied) {

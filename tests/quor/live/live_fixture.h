@@ -86,19 +86,28 @@ class LiveProgramsTest : public testing::Test {
     const TrcRun run = RunTrc({"show", app});
     return run.status == 0 && run.out.find("Net/Connect") != run.out.npos;
   }
+  // All that the service keeps on the disk.
+  std::map<std::string, std::string> State() const {
+    std::map<std::string, std::string> state;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_dir.File("state")))
+      if (entry.is_regular_file()) state[entry.path().string()] = ReadAll(entry.path().string());
+    return state;
+  }
 
   TempDir m_dir;
   pid_t m_service = -1;
 
  private:
   pid_t SpawnQuord(const std::vector<std::string>& arguments, const char* first) const {
+    // Before the fork: an exception in the child would run the other tests there, too.
+    const char* const named = getenv("QUORD");
+    std::string program = named ? named : "QUORD is not set";
     const pid_t pid = fork();
     if (pid != 0) return pid;
     const int log = open(m_dir.File("quord.log").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     dup2(log, STDOUT_FILENO);
     dup2(log, STDERR_FILENO);
     unsetenv("JOURNAL_STREAM");
-    std::string program = getenv("QUORD");
     std::string option = first ? first : "";
     std::vector<std::string> words = arguments;
     std::vector<char*> argv = {program.data()};

@@ -150,6 +150,8 @@ TEST_F(FinishPageTest, AProgramThatMustEndWhileAQuestionIsUpOpensNothingMore) {
   m_host.m_onBox = [] { g_quickClose = true; };
   Walk("finish");
   EXPECT_EQ(Boxes(), Question("store", "Cancel")) << "once";
+  EXPECT_EQ(Names(open), "");
+  EXPECT_EQ(Machine("db").InForce("store"), "Row/Put=15") << "nothing is sent behind the box";
   EXPECT_EQ(m_program.Configs(), 1U);
   EXPECT_EQ(Machine("web").InForce("orders"), "Net/Open=0 Disk/Read=0");
   EXPECT_EQ(m_log.Reported("monitor"), "");

@@ -47,6 +47,9 @@ class CWinApp : public CCmdTarget {
   void SetRecentFiles(std::vector<std::string> paths);
   virtual void OnRecentFilesChanged() {}
 
+  // Shows that something failed where no message box is due. A base's application shows nothing.
+  virtual void ShowNotice(const std::string&) {}
+
   virtual bool SaveAllModified();
   virtual void CloseAllDocuments();
 

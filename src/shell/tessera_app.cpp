@@ -160,6 +160,16 @@ std::string CTesseraApp::TryOpen(const std::string& path) {
   return why.empty() ? WhyRefused(path) : why;
 }
 
+// For those who look for it: a hidden status bar gives no box.
+void CTesseraApp::ShowInStatusBar(const std::string& notice, const std::string& details) {
+  if (m_frame->Face()->IsBarShown(ID_VIEW_STATUS_BAR)) m_frame->SetNotice(notice, details);
+}
+
+// A window that comes to the front removes a notice, so this waits until the windows have changed.
+void CTesseraApp::ShowNotice(const std::string& notice) {
+  if (m_frame) m_frame->PostCall([this, notice] { ShowInStatusBar(notice, notice); });
+}
+
 void CTesseraApp::LoadRecentFiles() {
   std::vector<std::string> paths;
   for (std::size_t index = 0; index < kRecentFiles; ++index) {
@@ -218,10 +228,8 @@ bool CTesseraApp::OpenConfig(const std::string& machine) {
     NoteUsedMachine(machine);
     return true;
   }
-  // The box was the message; the reason is only for those who look for it.
   const std::string notice = "Cannot configure " + machine + ": " + why;
-  if (!why.empty() && m_frame->Face()->IsBarShown(ID_VIEW_STATUS_BAR))
-    m_frame->SetNotice(notice, notice);
+  if (!why.empty()) ShowInStatusBar(notice, notice);
   return false;
 }
 

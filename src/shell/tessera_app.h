@@ -28,6 +28,8 @@ class CTesseraApp : public CWinApp {
   bool SaveAllModified() override;
   void CloseAllDocuments() override;
   void OnRecentFilesChanged() override;
+  // In the status bar, as soon as the windows that close or open now have done so.
+  void ShowNotice(const std::string& notice) override;
   // Shows in the status bar why a file did not open, if no other message did.
   CDocument* OpenDocumentFile(const std::string& path) override;
   void NoteNotOpened(const std::string& path);
@@ -80,6 +82,7 @@ class CTesseraApp : public CWinApp {
   void OnOptions();
   void OnTraceOptions();  // WM_TRACE_OPTIONS: hint 1001 to all views
   void OnNewWindow();
+  void ShowInStatusBar(const std::string& notice, const std::string& details);
 
   ShellFaces& m_faces;
   std::unique_ptr<CMainFrame> m_frame;

@@ -275,6 +275,26 @@ TEST_F(ConfigWindowsTest, CancelOfTheSaveQuestionKeepsTheWindow) {
   EXPECT_EQ(m_machine.InForce("a"), "Net/Connect=7");
 }
 
+TEST_F(ConfigWindowsTest, TracesThatAClosedWindowCouldNotTurnOffAreToldInTheStatusBar) {
+  m_machine.Run("a", {"Net/Connect"}, 7);
+  Start();
+  ASSERT_TRUE(Open(WriteTraces("a.trc", 1)));
+  for (const bool bar : {true, false}) {
+    OpenConfig().AddApplication("a");
+    m_app->ConfigTemplate()->Documents().front()->SetModifiedFlag(false);
+    m_host.ClearTranscript();
+    m_machine.m_refuses = true;
+    if (!bar) Frame().OnCommand(ID_VIEW_STATUS_BAR);
+    m_host.AnswerBox(BoxAnswer::Yes);
+    Frame().Children().back()->OnClose();
+    Frame().Children().front()->ActivateFrame();
+    m_host.RunPosted();
+    EXPECT_EQ(Boxes(), ActiveQuestion("a", "Yes")) << "no further box";
+    EXPECT_EQ(Face().m_panes[kPaneMessage], bar ? "Traces of a on web may still be on." : "");
+    m_machine.m_refuses = false;
+  }
+}
+
 TEST_F(ConfigWindowsTest, ASaveOfAnUnnamedWindowAsksForAFileAndKeepsTheMachineInTheTitle) {
   m_machine.Run("a", {"Net/Connect"}, 7);
   Start();

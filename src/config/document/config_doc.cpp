@@ -4,11 +4,14 @@
 #include <utility>
 
 #include "base/text.h"
+#include "config/document/app_names.h"
 #include "config/machine_dialog.h"
 #include "config/tcf/tcf_apply.h"
 #include "config/tcf/tcf_file.h"
 #include "config/tcf/tcf_write.h"
 #include "docview/commands/command_ids.h"
+#include "docview/doc_template.h"
+#include "docview/win_app.h"
 #include "quor/client/trace_thread.h"
 #include "settings/globals.h"
 
@@ -82,6 +85,8 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
     ShowError(kNoConnection);
     return nullptr;
   }
+  m_mayBeOn.erase(name);
+  m_notInForce.erase(name);
   m_pAppList->m_apps.push_back(app);
   SetModifiedFlag(true);
   UpdateAllViews(nullptr, kHintApplications);
@@ -108,7 +113,8 @@ bool CConfigDoc::MayRemove(trace_App_i& app) {
   const BoxAnswer answer = GetHost().MessageBox(question);
   if (answer == BoxAnswer::Yes) {
     const CWaitCursor wait(GetHost());
-    TurnOff(app);
+    if (!TurnOff(app)) m_mayBeOn.insert(app.GetAppName());
+    m_notInForce.erase(app.GetAppName());
   }
   return answer != BoxAnswer::Cancel;
 }
@@ -120,7 +126,6 @@ bool CConfigDoc::RemoveApplication(trace_App_i* app) {
   if (place() == apps.end()) return false;
   const QuorPtr<trace_App_i> kept = app;
   if (app && !MayRemove(*app)) return false;
-  if (app) m_notInForce.erase(app->GetAppName());
   // The list may have changed while the question was up.
   if (const auto found = place(); found != apps.end()) apps.erase(found);
   SetModifiedFlag(true);
@@ -135,13 +140,23 @@ void CConfigDoc::NoteSubmit(const trace_App_i& app, bool taken) {
     m_notInForce.insert(app.GetAppName());
 }
 
+// The window that would tell it is gone.
+void CConfigDoc::TellWhatMayBeOn() {
+  CWinApp* const program = GetDocTemplate() ? GetDocTemplate()->App() : nullptr;
+  if (m_mayBeOn.empty() || !program || !Views().empty()) return;
+  program->ShowNotice("Traces of " + AppNames(m_mayBeOn) + " on " + _UTF2MBS(GetMachineName()) +
+                      " may still be on.");
+}
+
 void CConfigDoc::DeleteContents() {
   auto& apps = m_pAppList->m_apps;
+  m_mayBeOn.clear();
   // Kept: a question that is cancelled comes again. Safe: each is a box of its own under which
   // timers go on, and a program that must end makes a quick close of it, also while a box is up.
   while (!g_quickClose && !apps.empty()) RemoveApplication(apps.front().Get());
   apps.clear();
   m_notInForce.clear();
+  TellWhatMayBeOn();
   CDocument::DeleteContents();
   UpdateAllViews(nullptr, kHintApplications);
 }

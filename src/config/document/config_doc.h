@@ -52,8 +52,11 @@ class CConfigDoc : public CDocument {
 
   // The property pages report whether the machine has taken what they submitted last.
   void NoteSubmit(const trace_App_i& app, bool taken);
-  // The applications whose last changes the machine has not taken.
+  // The applications whose last changes the machine has not taken. One that left the list since
+  // stays among them until it is added again.
   const std::set<std::string>& NotInForce() const { return m_notInForce; }
+  // The same for applications whose traces the user wanted to turn off when they left the list.
+  const std::set<std::string>& MayBeOn() const { return m_mayBeOn; }
 
   // The title names the machine, whatever the file is.
   void SetPathName(const std::string& path, bool addToRecent) override;
@@ -73,11 +76,12 @@ class CConfigDoc : public CDocument {
   bool ReadFile(std::istream& in);
   void ShowError(const char* text);
   bool MayRemove(trace_App_i& app);
+  void TellWhatMayBeOn();
   bool TurnOff(trace_App_i& app);
 
   const ConfigClient m_client;
   std::string m_whyNotConnected;
   QuorPtr<trace_Config_i> m_pConfig;
   const QuorPtr<trace_AppList_i> m_pAppList;
-  std::set<std::string> m_notInForce;
+  std::set<std::string> m_notInForce, m_mayBeOn;
 };

@@ -1,6 +1,7 @@
 #include "config/view/config_view.h"
 
 #include "base/text.h"
+#include "config/document/app_names.h"
 #include "config/pages/config_sheet.h"
 #include "config/view/add_app_dialog.h"
 #include "documents/trace_panes.h"
@@ -150,11 +151,15 @@ void CConfigView::OnListBoxContextMenu(int screenXPx, int screenYPx) {
 }
 
 void CConfigView::ShowConnection() {
-  const bool broken = m_document.GetConfig() && !m_document.IsLive();
-  std::string note =
-      broken ? "Not connected to " + m_document.GetMachineName() + ". Trying again." : "";
-  for (const std::string& app : m_document.NotInForce())
-    note +=
-        (note.empty() ? "" : " ") + ("The last changes of " + _UTF2MBS(app)) + " are not in force.";
+  const auto& changed = m_document.NotInForce();
+  const auto& on = m_document.MayBeOn();
+  std::string note;
+  const auto add = [&note](const std::string& sentence) {
+    note += (note.empty() ? "" : " ") + sentence;
+  };
+  if (m_document.GetConfig() && !m_document.IsLive())
+    add("Not connected to " + m_document.GetMachineName() + ". Trying again.");
+  if (!changed.empty()) add("The last changes of " + AppNames(changed) + " are not in force.");
+  if (!on.empty()) add("Traces of " + AppNames(on) + " may still be on.");
   m_pane->SetNote(note);
 }

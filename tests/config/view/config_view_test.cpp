@@ -407,7 +407,46 @@ TEST_F(ConfigViewTest, ALineTellsWhoseChangesTheMachineHasNotTaken) {
   m_doc->NoteSubmit(first, false);
   m_doc->RemoveApplication(m_doc->GetApplications()->m_apps.front().Get());
   m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "The last changes of a are not in force.") << "it left, they did not";
+  Add({"a"});
+  m_host.TickTimers();
   EXPECT_EQ(m_pane->Note(), "");
+}
+
+TEST_F(ConfigViewTest, ALineTellsThatTracesCouldNotBeTurnedOff) {
+  m_machine.Run("a", {"Net/Connect"}, 7);
+  Open();
+  Add({"a"});
+  m_machine.m_away = true;
+  m_host.AnswerBox(BoxAnswer::Yes);
+  EXPECT_TRUE(List().Press(ListBoxKey::Delete));
+  EXPECT_EQ(Shown(), kPlaceholder);
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "Not connected to web. Trying again. Traces of a may still be on.");
+  m_machine.m_away = false;
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "Traces of a may still be on.")
+      << "the connection alone changes nothing";
+  Add({"a"});
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "");
+}
+
+TEST_F(ConfigViewTest, TheLineNamesThreeApplicationsHoweverManyThereAre) {
+  Open();
+  for (int app = 0; app < 50; ++app) {
+    const std::string name = "app " + std::to_string(10 + app);
+    m_machine.Run(name, {"Net/Connect"}, 7);
+    m_doc->NoteSubmit(*m_doc->AddApplication(name), false);
+  }
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(),
+            "The last changes of app 10, app 11, app 12 and 47 more are not in force.");
+  m_machine.m_refuses = true;
+  for (int app = 0; app < 50; ++app) m_host.AnswerBox(BoxAnswer::Yes);
+  m_doc->DeleteContents();
+  m_host.TickTimers();
+  EXPECT_EQ(m_pane->Note(), "Traces of app 10, app 11, app 12 and 47 more may still be on.");
 }
 
 TEST_F(ConfigViewTest, TheTimerEndsWithTheView) {

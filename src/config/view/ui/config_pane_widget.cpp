@@ -3,10 +3,11 @@
 #include <QVBoxLayout>
 
 #include "docview/ui/dialog_parts.h"
+#include "docview/ui/plain_tool_tip.h"
 
 namespace {
 
-constexpr int kNoteMarginPx = 4;
+constexpr int kNoteMarginPx = 4, kNoteLines = 5;
 
 }  // namespace
 
@@ -18,6 +19,11 @@ QtConfigPane::QtConfigPane(ListBoxOwner& owner)
   m_note->setObjectName("connection");
   m_note->setWordWrap(true);
   m_note->setContentsMargins(kNoteMarginPx, kNoteMarginPx, kNoteMarginPx, kNoteMarginPx);
+  // A long note neither widens the window nor hides the list.
+  QSizePolicy policy = m_note->sizePolicy();
+  policy.setHorizontalPolicy(QSizePolicy::Ignored);
+  m_note->setSizePolicy(policy);
+  m_note->setMaximumHeight(m_note->fontMetrics().lineSpacing() * kNoteLines + 2 * kNoteMarginPx);
   m_note->hide();
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -32,5 +38,6 @@ void QtConfigPane::SetNote(const std::string& text) {
   if (shown == m_note->text()) return;
   m_note->setText(shown);
   m_note->setAccessibleName(shown);
+  SetPlainToolTip(*m_note, shown);
   m_note->setVisible(!shown.isEmpty());
 }

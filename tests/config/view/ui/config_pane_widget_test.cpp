@@ -51,3 +51,21 @@ TEST(ConfigPaneWidget, TheNoteTakesItsRoomFromTheListAndGivesItBack) {
   harness.pane->SetNote("");
   EXPECT_TRUE(QTest::qWaitFor([&] { return list->height() == before; }));
 }
+
+TEST(ConfigPaneWidget, ALongNoteNeitherHidesTheListNorWidensTheWindow) {
+  QuietListBoxOwner owner;
+  QtConfigPaneHarness harness(owner);
+  const auto* const list = harness.pane->findChild<QListView*>("applications");
+  const auto* const note = harness.pane->findChild<QLabel*>("connection");
+  QTest::qWait(0);
+  const int before = list->height(), width = harness.window.minimumSizeHint().width();
+  std::string text;
+  for (int word = 0; word < 2000; ++word) text += "word" + std::to_string(word) + " ";
+  harness.pane->SetNote(text + std::string(2000, 'x'));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return list->height() < before; }));
+  EXPECT_GE(list->height(), before / 2);
+  EXPECT_LE(note->height(), before / 2);
+  EXPECT_EQ(harness.window.minimumSizeHint().width(), width);
+  EXPECT_EQ(harness.window.size(), QSize(300, 300));
+  EXPECT_TRUE(note->toolTip().contains("word1999"));
+}

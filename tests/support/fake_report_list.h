@@ -74,9 +74,9 @@ class FakeReportList final : public ReportList {
     if (!control || !selected.erase(row)) selected.insert(row);
     Select(selected);
   }
-  void DoubleClick(int row) {
-    Click(row);
-    if (IsSeen(row)) m_owner.OnReportDoubleClick();
+  void DoubleClick(int row, int column = 0) {
+    Click(row, false, column);
+    if (IsSeen(row) && HasColumn(column)) m_owner.OnReportDoubleClick();
   }
   void ClickHeading(int column) { m_owner.OnReportHeading(column); }
   void PressHeadingKey(int column) {

@@ -16,6 +16,8 @@ class FakeTracesControls final : public TracesControls {
 
   FakeReportList& Rows() { return m_list; }
   bool ButtonsEnabled() const { return m_enabled; }
+  void Click(int row, int column) { m_list.Click(row, false, column); }
+  void DoubleClick(int row, int column) { m_list.DoubleClick(row, column); }
   void PressPreset(unsigned settings) {
     if (m_enabled) m_traces.ApplySettings(settings);
   }

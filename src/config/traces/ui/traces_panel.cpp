@@ -34,7 +34,6 @@ TracesPanel::TracesPanel(CTracesList& traces, const QString& label, Forward forw
   AddButton(kMax, "&Max", preset(TRC_PRESET_MAX));
   AddButton(kCustom, "&Custom", [this] { m_traces.OnCustom(); });
   LayOut(text);
-  EnableButtons(false);
   m_traces.Attach(*this);
 }
 

@@ -22,8 +22,8 @@ class TracesPanel final : public QWidget, public TracesControls {
                             kCustom = 0x3105;
   using Forward = std::function<void(const std::function<void()>&)>;
 
-  // `label` stands above the list; its access key leads to the list. `forward` makes each call for
-  // what the user does.
+  // `label` stands above the list; its access key leads to the list. `forward` makes the call of a
+  // button.
   TracesPanel(CTracesList& traces, const QString& label, Forward forward, QWidget* parent);
   ~TracesPanel() override;
 

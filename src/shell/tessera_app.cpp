@@ -18,6 +18,7 @@
 #include "shell/failed_open.h"
 #include "shell/realtime_frame.h"
 #include "shell/resource_ids.h"
+#include "wizard/wizard_sheet.h"
 
 namespace {
 
@@ -57,6 +58,7 @@ CTesseraApp::~CTesseraApp() {
 }
 
 void CTesseraApp::MapCommands() {
+  MapCommand(ID_FILE_WIZARD, [this] { OnWizard(); });
   MapCommand(ID_FILE_NEWMONITOR, [this] { OnNewMonitor(); });
   MapCommand(ID_FILE_NEWCONFIG, [this] { OnNewConfig(); });
   MapCommand(ID_VIEW_OPTIONS, [this] { OnOptions(); });
@@ -194,6 +196,10 @@ void CTesseraApp::OnRecentFilesChanged() {
 void CTesseraApp::PostWizard() {
   if (!m_offerWizard || NtRegGet(HKEY_CURRENT_USER, kRegWizard, "Auto-start", 1U) == 0) return;
   m_frame->PostCall([this] { m_frame->OnCommand(ID_FILE_WIZARD); });
+}
+
+void CTesseraApp::OnWizard() {
+  CTraceWizardSheet(GetHost(), *this).DoModal();
 }
 
 void CTesseraApp::OnNewMonitor() {

@@ -16,8 +16,9 @@
 #include "listview/source/open_source.h"
 #include "shell/faces.h"
 #include "shell/main_frame.h"
+#include "wizard/wizard_program.h"
 
-class CTesseraApp : public CWinApp {
+class CTesseraApp : public CWinApp, public WizardProgram {
  public:
   CTesseraApp(Host& host, ShellFaces& faces);
   ~CTesseraApp() override;
@@ -37,15 +38,16 @@ class CTesseraApp : public CWinApp {
   std::string TryOpen(const std::string& path);
 
   ShellFaces& Faces() const { return m_faces; }
-  CMultiDocTemplate* FileTemplate() const { return m_fileTemplate; }
+  CMultiDocTemplate* FileTemplate() const override { return m_fileTemplate; }
   CMultiDocTemplate* MonitorTemplate() const { return m_monitorTemplate.get(); }
-  CMultiDocTemplate* ConfigTemplate() const { return m_configTemplate; }
+  CMultiDocTemplate* ConfigTemplate() const override { return m_configTemplate; }
   CSourceTemplate* SourceTemplate() const { return m_sourceTemplate.get(); }
   CMainFrame* Frame() const { return m_frame.get(); }
 
   // Shows a monitor of this machine: an open one for "localhost" or the host name is kept, else a
   // new one is opened for the host name.
-  void OpenLocalMonitor();
+  void OpenLocalMonitor() override;
+  const ConfigClient& Client() const override { return m_configClient; }
   // Opens a monitor's window. For a machine that cannot be reached it opens none, shows no message
   // and returns false.
   bool OpenMonitor(const std::string& machine);
@@ -77,6 +79,7 @@ class CTesseraApp : public CWinApp {
   void MakeConfigTemplate();
   bool MakeFrame();
   void PostWizard();
+  void OnWizard();
   void OnNewMonitor();
   void OnNewConfig();
   void OnOptions();

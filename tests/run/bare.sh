@@ -1,5 +1,14 @@
-# A bare start: the empty frame. A second start takes the stored size.
+# A bare start: the wizard, until its box is off. Then the empty frame, in the stored size.
 
+start_wizard
+picture wizard-welcome
+key space # the first control is the box
+until_true "the box of the wizard was not stored" has_setting '\Settings\Wizard' Auto-start 0
+key Escape
+until_true "Esc did not close the wizard" has_no_window '^Trace Wizard'
+until_true "the main window is not active after the wizard" is_active '^Tessera$'
+key alt+F4
+ended_with 0
 start_program
 until_true "a bare start shows a document" room_is_empty
 width=$(xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p')

@@ -51,6 +51,7 @@ goes_by() {
 }
 
 start_reader
+no_wizard
 start_quord "$QUOR_SOCKET"
 start_demo "$QUOR_SOCKET" billing 50
 billing_pid=$demo_pid

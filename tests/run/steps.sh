@@ -55,12 +55,21 @@ says() {
   [ "$(reader "$@")" = "$wanted" ]
 }
 
-# Sets $program and waits for its main window, $window.
-start_program() {
+# Sets $program.
+launch() {
   "$tessera" "$@" 2>"$work/stderr" &
   program=$!
   started+=("$program")
+}
+# Launches it and waits for its main window, $window.
+start_program() {
+  launch "$@"
   until_true "the main window does not stand or is not active" activate_main_window
+}
+# Launches it bare, as a new user does, and waits for the wizard.
+start_wizard() {
+  launch
+  until_true "no wizard opens" is_active "^Trace Wizard: Welcome$"
 }
 # A window may go between the search and the next word about it, as one that only showed itself
 # while the program started: then all of it is tried again.
@@ -111,5 +120,10 @@ setting() {
     /^\[/ { inside = 0 }
     inside && index($0, ENVIRON["NAME"] "=") == 1 { print substr($0, length(ENVIRON["NAME"]) + 2) }
   ' "$(settings_file)"
+}
+# Switches the wizard off for programs that start bare, in settings that are still empty.
+no_wizard() {
+  mkdir -p "$(dirname "$(settings_file)")"
+  printf '%s\n' '[Software\Zentara\QuorTrace\Tessera\Settings\Wizard]' 'Auto-start=0' >"$(settings_file)"
 }
 has_setting() { [ "$(setting "$1" "$2")" = "$3" ]; }

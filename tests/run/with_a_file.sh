@@ -52,8 +52,11 @@ tiled_in_full_width() { [ "$(setting '\Settings\TraceView' 'Window Width')" -gt 
 until_true "two windows were not tiled" tiled_in_full_width
 picture tiled
 
-# Ctrl+F4 closes one after the other; Ctrl+W closes none.
-key ctrl+w
+# Ctrl+W closes no window: it opens the wizard. Ctrl+F4 closes one after the other.
+opens "Trace Wizard: Welcome" ctrl+w
+key Escape
+until_true "Esc did not close the wizard" has_no_window '^Trace Wizard'
+until_true "the main window is not active after the wizard" is_active '^Tessera$'
 room_is_not_empty || fail "Ctrl+W closed a window"
 key ctrl+F4
 key ctrl+F4

@@ -2,6 +2,7 @@
 #include "shell/tessera_app.h"
 
 #include "shell_fixture.h"
+#include "wizard/wizard_sheet.h"
 
 namespace {
 
@@ -176,18 +177,32 @@ TEST_F(TesseraApp, PrintAndPreviewStayGreyAndPrintSetupWorks) {
   EXPECT_EQ(m_log.Reported(), "print setup\n");
 }
 
-TEST_F(TesseraApp, WhatNobodyTakesStandsDisabledInTheMenusUntilSomebodyDoes) {
+TEST_F(TesseraApp, WhatNobodyTakesStandsDisabledInTheMenus) {
   Start();
-  // Without a document nobody prints or copies; the wizard is taken as soon as it is there.
+  // Without a document nobody prints or copies.
   for (const unsigned id : {ID_FILE_PRINT, ID_EDIT_COPY}) {
     EXPECT_FALSE(State(id).IsEnabled()) << id;
     EXPECT_FALSE(Frame().OnCommand(id)) << id;
   }
   EXPECT_EQ(m_host.Reported(), "");
-  m_app->MapWizard();
-  EXPECT_TRUE(State(ID_FILE_WIZARD).IsEnabled());
-  EXPECT_TRUE(Frame().OnCommand(ID_FILE_WIZARD));
-  EXPECT_EQ(m_log.Reported(), "wizard\n");
+}
+
+TEST_F(TesseraApp, TheWizardRunsWhateverIsOpenAndIsGoneAfterwards) {
+  Start();
+  for (const bool open : {false, true}) {
+    if (open) {
+      ASSERT_TRUE(Open(WriteTraces("web.trc", 1)));
+    }
+    bool ran = false;
+    m_host.AnswerDialog([&](CDialog& dialog) {
+      ran = true;
+      EXPECT_EQ(&dynamic_cast<CTraceWizardSheet&>(dialog).Program(), m_app.get());
+      dialog.EndDialog(CDialog::kIdCancel);
+    });
+    EXPECT_TRUE(State(ID_FILE_WIZARD).IsEnabled());
+    EXPECT_TRUE(Frame().OnCommand(ID_FILE_WIZARD));
+    EXPECT_TRUE(ran);
+  }
 }
 
 TEST_F(TesseraApp, NewWindowShowsTheDocumentASecondTime) {

@@ -11,7 +11,7 @@
 #include "shell/tessera_app.h"
 #include "support/fake_frame.h"
 
-// The application with stand-ins for monitors and for the wizard that it does not have yet.
+// The application with stand-ins for monitors and for the wizard.
 class TestApp : public CTesseraApp {
  public:
   TestApp(Host& host, ShellFaces& faces, FrameLog& log) : CTesseraApp(host, faces), m_log(log) {}

@@ -19,6 +19,7 @@
 #include "shell/ui/qt_shell_faces.h"
 #include "shot_scenes.h"
 #include "tree_scenes.h"
+#include "wizard_scenes.h"
 
 namespace {
 
@@ -101,16 +102,19 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   DialogScenes dialogs(tessera, scenes, source, home);
   ConfigScenes config(tessera, scenes);
   ConfigWindowScenes configWindow(tessera, scenes);
+  WizardScenes wizard(tessera, scenes);
   Light(scenes, dialogs, file, second);
   config.All();
   tessera.CloseAllDocuments();
   configWindow.All();
+  wizard.All();
   monitor.Light();
   tree.Light();
   Dark(scenes, dialogs, file, second);
   config.All();
   tessera.CloseAllDocuments();
   configWindow.All();
+  wizard.All();
   monitor.Dark();
   tree.Dark();
   return scenes.Good() ? 0 : 2;

@@ -25,6 +25,7 @@
 #include "shell/ui/stored_places.h"
 #include "tree/filter/ui/filter_face.h"
 #include "tree/find/ui/find_face.h"
+#include "wizard/ui/trace_wizard_face.h"
 
 namespace {
 
@@ -45,6 +46,7 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CConfigPropertySheet, ConfigSheetFace>();
   host.RegisterFace<CModifyTraceDialog, ModifyTraceFace>();
   host.RegisterFace<CAddAppDialog, AddAppFace>();
+  host.RegisterFace<CTraceWizardSheet, TraceWizardFace>();
   host.RegisterFace<CFindDialog, FindFace>();
   host.RegisterFace<CWorkBox, WorkBoxFace>();
   host.RegisterFace<CTraceDetailDialog, TraceDetailFace>();

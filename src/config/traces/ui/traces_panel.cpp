@@ -1,12 +1,12 @@
 #include "config/traces/ui/traces_panel.h"
 
 #include <QGridLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include "controls/report/ui/report_list_widget.h"
 #include "docview/ui/dialog_parts.h"
+#include "docview/ui/wrapped_label.h"
 
 namespace {
 
@@ -21,9 +21,8 @@ TracesPanel::TracesPanel(CTracesList& traces, const QString& label, Forward forw
       m_forward(std::move(forward)),
       m_list(new QtReportList(traces, "Traces", this)) {
   m_list->setObjectName("traces");
-  m_list->SetWantedSize(
-      {fontMetrics().averageCharWidth() * kListChars, fontMetrics().lineSpacing() * kListRows});
-  auto* const text = new QLabel(label, this);
+  SetWantedSize(kListChars, kListRows);
+  auto* const text = new WrappedLabel(label, this);
   text->setBuddy(m_list);
   const auto preset = [this](unsigned settings) {
     return [this, settings] { m_traces.ApplySettings(settings); };
@@ -49,7 +48,7 @@ void TracesPanel::AddButton(unsigned id, const char* text, const std::function<v
   m_buttons.push_back(button);
 }
 
-void TracesPanel::LayOut(QLabel* text) {
+void TracesPanel::LayOut(QWidget* text) {
   auto* const buttons = new QVBoxLayout;
   for (QPushButton* const button : m_buttons) buttons->addWidget(button);
   buttons->addStretch(1);
@@ -59,6 +58,11 @@ void TracesPanel::LayOut(QLabel* text) {
   grid->addWidget(m_list, 1, 0);
   grid->addLayout(buttons, 1, 1);
   grid->setColumnStretch(0, 1);
+}
+
+void TracesPanel::SetWantedSize(int chars, int rows) {
+  m_list->SetWantedSize(
+      {fontMetrics().averageCharWidth() * chars, fontMetrics().lineSpacing() * rows});
 }
 
 ReportList& TracesPanel::List() {

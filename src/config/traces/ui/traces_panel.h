@@ -12,7 +12,6 @@
 
 #include "config/traces/traces_list.h"
 
-class QLabel;
 class QPushButton;
 class QtReportList;
 
@@ -29,10 +28,12 @@ class TracesPanel final : public QWidget, public TracesControls {
 
   ReportList& List() override;
   void EnableButtons(bool on) override;
+  // The size that the list opens with, in characters and rows; it can become smaller.
+  void SetWantedSize(int chars, int rows);
 
  private:
   void AddButton(unsigned id, const char* text, const std::function<void()>& press);
-  void LayOut(QLabel* text);
+  void LayOut(QWidget* text);
 
   CTracesList& m_traces;
   const Forward m_forward;

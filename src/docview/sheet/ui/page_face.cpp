@@ -1,7 +1,36 @@
 #include "docview/sheet/ui/page_face.h"
 
+#include <QAccessibleWidget>
+#include <QLabel>
+
 #include "docview/ui/dialog_parts.h"
 #include "docview/ui/qt_dialog_face.h"
+
+namespace {
+
+// A group with a name, which screen readers tell when the focus enters it.
+class PageAccessible final : public QAccessibleWidget {
+ public:
+  explicit PageAccessible(QtPageFace& page)
+      : QAccessibleWidget(&page, QAccessible::Grouping), m_page(page) {}
+  QString text(QAccessible::Text kind) const override {
+    return kind == QAccessible::Description ? m_page.Words() : QAccessibleWidget::text(kind);
+  }
+
+ private:
+  const QtPageFace& m_page;
+};
+
+QAccessibleInterface* DescribePage(const QString&, QObject* object) {
+  auto* const page = dynamic_cast<QtPageFace*>(object);
+  return page ? new PageAccessible(*page) : nullptr;
+}
+
+}  // namespace
+
+QtPageFace::QtPageFace(QWidget* parent) : QWidget(parent) {
+  QAccessible::installFactory(DescribePage);  // ignores a factory that it has
+}
 
 void QtPageFace::SetFocus(unsigned control) {
   if (auto* const widget = findChild<QWidget*>(IdName(control))) widget->setFocus();
@@ -13,6 +42,13 @@ QWidget* QtPageFace::FirstControl() const {
     if (each->focusPolicy() & Qt::TabFocus) return each;
   }
   return nullptr;
+}
+
+QString QtPageFace::Words() const {
+  QStringList words;
+  for (const QLabel* const label : findChildren<QLabel*>())
+    if (!label->buddy()) words << label->text();
+  return words.join(QLatin1Char(' '));
 }
 
 void QtPageFace::Forward(const std::function<void()>& call) {

@@ -16,10 +16,12 @@
 
 class QtPageFace : public QWidget, public PropertyPageFace {
  public:
-  explicit QtPageFace(QWidget* parent) : QWidget(parent) {}
+  explicit QtPageFace(QWidget* parent);
   void SetFocus(unsigned control) override;
   // The first control that takes the focus; null when there is none.
   QWidget* FirstControl() const;
+  // The texts that belong to no control.
+  QString Words() const;
 
  protected:
   // Calls the page, then closes the window if that ended the sheet.

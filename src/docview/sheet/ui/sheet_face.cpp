@@ -65,6 +65,7 @@ void TabbedSheetFace::UpdateData() {
 
 WizardFace::WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces)
     : QtSheetFace(sheet, parent, faces),
+      m_middle(new QHBoxLayout),
       m_stack(new QStackedWidget(this)),
       m_back(MakeStep(kBack, "< &Back", [this] { m_sheet.OnBack(); })),
       m_next(MakeStep(kNext, "&Next >", [this] { m_sheet.OnNext(); })),
@@ -72,20 +73,27 @@ WizardFace::WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& 
   setObjectName("wizard");
   for (QtPageFace* const page : m_pages) m_stack->addWidget(page);
   QPushButton* const cancel = MakeButton(CDialog::kIdCancel, "Cancel", this);
-  cancel->setAutoDefault(false);
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+  LayOut(cancel);
+  sheet.Open(*this);
+}
+
+void WizardFace::LayOut(QPushButton* cancel) {
   auto* const row = new QHBoxLayout;
   row->addStretch(1);
   for (QPushButton* const button : {m_back, m_next, m_finish, cancel}) row->addWidget(button);
+  m_middle->addWidget(m_stack, 1);
   auto* const layout = new QVBoxLayout(this);
-  layout->addWidget(m_stack);
+  layout->addLayout(m_middle, 1);
   layout->addLayout(row);
-  sheet.Open(*this);
+}
+
+void WizardFace::AddPicture(QWidget& picture) {
+  m_middle->insertWidget(0, &picture);
 }
 
 QPushButton* WizardFace::MakeStep(unsigned id, const char* text, std::function<void()> step) {
   QPushButton* const button = MakeButton(id, text, this);
-  button->setAutoDefault(false);
   connect(button, &QPushButton::clicked, this, [this, step = std::move(step)] { Forward(step); });
   return button;
 }
@@ -93,13 +101,28 @@ QPushButton* WizardFace::MakeStep(unsigned id, const char* text, std::function<v
 void WizardFace::ShowPage(std::size_t place) {
   m_stack->setCurrentIndex(static_cast<int>(place));
   UpdateData();
-  QWidget* const first = m_pages[place]->FirstControl();
+  FocusPage();
+}
+
+void WizardFace::FocusPage() {
+  QWidget* const first = Front().FirstControl();
   QPushButton* const ahead = m_finish->isDefault() ? m_finish : m_next;
   (first ? first : static_cast<QWidget*>(ahead))->setFocus();
 }
 
+// A screen reader tells the page's name when the focus enters the page. Where the page has no
+// control the button that gets the focus has the page's words.
+void WizardFace::NameFront() {
+  QtPageFace& front = Front();
+  front.setAccessibleName(windowTitle());
+  const QString words = front.FirstControl() ? QString() : front.Words();
+  for (QPushButton* const button : {m_next, m_finish}) button->setAccessibleDescription(words);
+}
+
+// A button that is disabled or hidden would hand the focus to a neighbour, which may be Cancel.
 void WizardFace::UpdateData() {
   QtSheetFace::UpdateData();
+  const QWidget* const focus = focusWidget();
   const unsigned buttons = m_sheet.WizardButtons();
   const bool finish = buttons & PSWIZB_FINISH;
   m_back->setEnabled(buttons & PSWIZB_BACK);
@@ -107,4 +130,7 @@ void WizardFace::UpdateData() {
   m_next->setVisible(!finish);
   m_finish->setVisible(finish);
   (finish ? m_finish : m_next)->setDefault(true);
+  NameFront();
+  for (const QPushButton* const button : {m_back, m_next, m_finish})
+    if (button == focus && (!button->isEnabled() || button->isHidden())) FocusPage();
 }

@@ -14,6 +14,7 @@
 #include "docview/sheet/ui/page_face.h"
 #include "docview/ui/qt_dialog_face.h"
 
+class QHBoxLayout;
 class QPushButton;
 class QStackedWidget;
 class QTabWidget;
@@ -47,14 +48,24 @@ class TabbedSheetFace : public QtSheetFace {
   bool m_shown = false;  // the first page was shown
 };
 
+// Enter is Next or Finish, except on Back and Cancel.
 class WizardFace : public QtSheetFace {
  public:
   WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces);
   void ShowPage(std::size_t place) override;
   void UpdateData() override;
 
+ protected:
+  // Puts it left of the pages.
+  void AddPicture(QWidget& picture);
+
  private:
   QPushButton* MakeStep(unsigned id, const char* text, std::function<void()> step);
+  void LayOut(QPushButton* cancel);
+  QtPageFace& Front() const { return *m_pages[m_sheet.GetActiveIndex()]; }
+  void FocusPage();
+  void NameFront();
+  QHBoxLayout* m_middle;
   QStackedWidget* m_stack;
   QPushButton *m_back, *m_next, *m_finish;
 };

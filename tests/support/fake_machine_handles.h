@@ -61,6 +61,7 @@ class FakeMachineApp final : public trace_App_i {
   }
   bool Submit() const override {
     m_machine.m_log += "submit " + m_name + "\n";
+    m_machine.m_onSubmit();
     if (!m_machine.Answers() || m_machine.Refuses() || !m_machine.IsHeld(m_name)) return false;
     if (m_sinkHeld && std::max(m_state.sinkName.size(), m_state.sinkOptions.size()) >
                           FakeMachineState::kSinkTextMax)

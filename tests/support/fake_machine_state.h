@@ -1,6 +1,7 @@
 // What a machine without a process knows of its applications; FakeMachine makes the handles on it.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -58,6 +59,7 @@ class FakeMachineState {
   int m_refusesNext = 0;     // so many Submits
   bool m_refusesOpen = false;
   std::string m_log;
+  std::function<void()> m_onSubmit = [] {};  // what happens while a Submit waits for its answer
   int m_handles = 0;
   std::map<std::string, int> m_open;  // handles by application
   static constexpr std::size_t kSinkTextMax = 4096;

@@ -139,11 +139,10 @@ TEST_F(SinkPageTest, OkSendsUnderAWaitCursor) {
   // On this page, so that the other one has nothing to apply.
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app, 1);
   FakeConfigSheet window(sheet);
-  Asked();
   m_host.ClearTranscript();
+  m_machine.m_onSubmit = [this] { m_host.Note("submit"); };
   window.Press(SheetButton::Ok);
-  EXPECT_EQ(Asked(), "submit orders\n");
-  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nsubmit\nwait cursor off\n");
 }
 
 TEST_F(SinkPageTest, ASinkThatTheMachineHasNotTakenIsNotInForce) {

@@ -43,11 +43,12 @@ TEST_F(TracesPageTest, OkGivesTheMachineAllRowsAlsoThoseThatDidNotChange) {
   window.traces.Rows().Click(2);
   window.traces.PressPreset(TRC_PRESET_SUPPORT);
   m_host.ClearTranscript();
+  m_machine.m_onSubmit = [this] { m_host.Note("submit"); };
   window.Press(SheetButton::Ok);
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=7 Disk/Read=0");
   EXPECT_TRUE(m_doc->IsModified());
   EXPECT_TRUE(sheet.Ended());
-  EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
+  EXPECT_EQ(m_host.Reported(), "wait cursor on\nsubmit\nwait cursor off\n");
 }
 
 TEST_F(TracesPageTest, OkMarksTheDocumentAsChangedWhetherOrNotAnythingChanged) {

@@ -79,8 +79,11 @@ void ShowAsText(const ShownApp& app, Output& output) {
   }
   output.Line("Application  " + VisibleText(app.name));
   output.Line("Sink         " + SinkText(app.sink));
-  for (const auto& [trace, words] : rows)
-    output.Line(trace + std::string(width - ScreenWidth(trace) + 2, ' ') + words);
+  for (const auto& [trace, words] : rows) {
+    std::string line = trace;
+    line.append(width - ScreenWidth(trace) + 2, ' ').append(words);
+    output.Line(line);
+  }
 }
 
 void AppendAppJson(std::string& json, const ShownApp& app) {

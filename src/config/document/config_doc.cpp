@@ -87,10 +87,10 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
   }
   m_mayBeOn.erase(name);
   m_notInForce.erase(name);
-  m_pAppList->m_apps.push_back(app);
+  trace_App_i* const added = m_pAppList->m_apps.emplace_back(std::move(app)).Get();
   SetModifiedFlag(true);
   UpdateAllViews(nullptr, kHintApplications);
-  return app.Get();
+  return added;
 }
 
 // Reads the application anew: traces that it has gained since are on, too. A machine that was

@@ -38,8 +38,8 @@ class CConfigDoc : public CDocument {
   bool ConnectToMachine(const QuorStr::String_t& machine);
   const std::string& WhyNotConnected() const { return m_whyNotConnected; }
   QuorStr::String_t GetMachineName() const;  // "" without a connection
-  QuorPtr<trace_Config_i> GetConfig() const { return m_pConfig; }
-  QuorPtr<trace_AppList_i> GetApplications() const { return m_pAppList; }
+  const QuorPtr<trace_Config_i>& GetConfig() const { return m_pConfig; }
+  const QuorPtr<trace_AppList_i>& GetApplications() const { return m_pAppList; }
   // False also while a connection that broke is not restored yet, or the machine does not answer.
   bool IsLive() const { return m_pConfig && m_pConfig->IsUp(); }
 

@@ -28,5 +28,5 @@ CTraceWizardSheet::CTraceWizardSheet(Host& host, WizardProgram& program)
 
 void CTraceWizardSheet::MergeOpenConfiguration(WizMachines::iterator machine) {
   const CConfigDoc* const open = FindConfigWindow(*m_program.ConfigTemplate(), machine->first);
-  if (open) EnterOpenApps(machine->second, open->GetApplications()->m_apps);
+  if (open) EnterOpenApps(machine->second, open->GetApplications()->m_apps, open->NotInForce());
 }

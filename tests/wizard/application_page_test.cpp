@@ -114,16 +114,28 @@ TEST_F(ApplicationPageTest, WhatWasEditedBeforeGoingBackIsReplacedByWhatTheMachi
 }
 
 TEST_F(ApplicationPageTest, AnApplicationOfAnOpenConfigurationIsTakenByTheHandleOfItsWindow) {
-  Web().Run("shop", {"Cart/Add"}, 3);
-  CConfigDoc& config = m_program.OpenConfig("web");
+  CConfigDoc& config = m_program.OpenConfig(_trc_GetHostName());
   const trace_App_i* const shop = config.AddApplication("shop");
-  Begin(kSame);
-  Walk("back each next pick:archive next next pick:shop");
-  Asked(Web());
-  EXPECT_EQ(Next(), "Traces for shop on web");
-  EXPECT_EQ(Apps("web")["shop"].m_app, shop);
+  Here().Run("shop", {"Cart/Add"}, 3);  // after the window has opened its handle
+  Begin(kLocal);
+  Walk("pick:shop");
+  EXPECT_EQ(Next(), "Traces for shop");
+  EXPECT_EQ(Apps()["shop"].m_app, shop);
   EXPECT_EQ(Traces().Shown(), "Cart|Add|Info, Warn");
-  EXPECT_EQ(Asked(Web()), "") << "no second handle, and what the window has not sent stays";
+  EXPECT_EQ(Asked(Here()), "refresh shop\n") << "no second handle";
+}
+
+TEST_F(ApplicationPageTest, WhatTheWindowOfAnApplicationHasStillToSendStaysAndIsShown) {
+  Here().Run("shop", {"Cart/Add"}, 3);
+  CConfigDoc& config = m_program.OpenConfig(_trc_GetHostName());
+  trace_App_i& shop = *config.AddApplication("shop");
+  shop.SetAllTraces(TRC_PRESET_OFF);
+  config.NoteSubmit(shop, false);
+  Begin(kLocal);
+  Walk("pick:shop");
+  EXPECT_EQ(Next(), "Traces for shop");
+  EXPECT_EQ(Traces().Shown(), "Cart|Add|Off");
+  EXPECT_EQ(Asked(Here()), "");
 }
 
 TEST_F(ApplicationPageTest, IdenticalMachinesAreReadOnce) {

@@ -57,7 +57,8 @@ TEST_P(WizardCancel, LeavesEveryMachineAndEveryWindowAsItWas) {
   CConfigDoc& open = m_program.OpenConfig("web");
   trace_App_i& edited = *open.AddApplication("orders");
   const unsigned trace = edited.GetTraceId("Net", "Open");
-  edited.SetSettings(trace, 15);  // not submitted
+  edited.SetSettings(trace, 15);
+  open.NoteSubmit(edited, false);  // the machine has not taken it
   open.SetModifiedFlag(false);
   const std::string before = Everything();
   m_log.Clear();

@@ -4,16 +4,31 @@
 
 namespace {
 
-// A handle that was there may know an earlier state of the machine. That of an open configuration
-// may also hold changes that the machine has not taken: they belong to that window. A machine that
-// has not answered is not asked again.
-bool MakeHandle(const std::string& name, WizApp& entry, const trace_Config_i& machine,
-                const WizOpenApp& open, bool failed) {
-  const bool up = machine.IsUp();
-  if (entry.m_app && up && !entry.m_bShared) entry.m_app->Refresh();
-  if (!entry.m_app && (up || !failed)) entry.m_app = open(machine.GetHostName(), name);
-  return static_cast<bool>(entry.m_app);
-}
+// The handles of a machine with what it has now. After a question without an answer it is asked
+// again only if it is up: that question was refused, or the machine has come back.
+class Handles {
+ public:
+  Handles(const trace_Config_i& machine, const WizOpenApp& open)
+      : m_machine(machine), m_open(open) {}
+
+  // A handle that is there keeps its last state when there is no answer. False: there is none.
+  bool Read(const std::string& name, WizApp& entry) {
+    if (!m_answers && !m_machine.IsUp()) return static_cast<bool>(entry.m_app);
+    if (entry.m_app) {
+      // Reading it anew would drop what its window shows and has still to send.
+      if (!entry.m_bUnsent) m_answers = entry.m_app->Refresh();
+      return true;
+    }
+    entry.m_app = m_open(m_machine.GetHostName(), name);
+    m_answers = static_cast<bool>(entry.m_app);
+    return m_answers;
+  }
+
+ private:
+  const trace_Config_i& m_machine;
+  const WizOpenApp& m_open;
+  bool m_answers = true;
+};
 
 }  // namespace
 
@@ -39,9 +54,10 @@ void ReadSettings(WizApp& entry) {
 // application does not know keep their settings. Safe: the next page shows what is there.
 bool ReadSelected(WizMachine& machine, const WizOpenApp& open) {
   bool all = true;
+  Handles handles(*machine.m_pConfig, open);
   for (auto& [name, entry] : machine.m_apps) {
     if (!entry.m_bSelected) continue;
-    if (MakeHandle(name, entry, *machine.m_pConfig, open, !all)) {
+    if (handles.Read(name, entry)) {
       CollectTraces(entry);
       ReadSettings(entry);
     } else {

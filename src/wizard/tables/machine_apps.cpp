@@ -4,9 +4,11 @@ void EnterAppList(WizMachine& machine) {
   for (const std::string& name : machine.m_pConfig->GetAppList()) machine.m_apps[name] = {};
 }
 
-void EnterOpenApps(WizMachine& machine, const std::list<QuorPtr<trace_App_i>>& open) {
+void EnterOpenApps(WizMachine& machine, const std::list<QuorPtr<trace_App_i>>& open,
+                   const std::set<std::string>& unsent) {
   for (const QuorPtr<trace_App_i>& app : open)
-    if (app) machine.m_apps[app->GetAppName()] = {app, {}, false, true};
+    if (app)
+      machine.m_apps[app->GetAppName()] = {app, {}, false, unsent.contains(app->GetAppName())};
 }
 
 void MakeNamesIdentical(WizMachines& machines) {

@@ -29,7 +29,7 @@ struct WizApp {
   QuorPtr<trace_App_i> m_app;  // null until the application was chosen
   WizTraces m_traces;
   bool m_bSelected = false;
-  bool m_bShared = false;  // m_app is also that of an open configuration
+  bool m_bUnsent = false;  // m_app is that of an open window and has changes that were not taken
 };
 
 using WizApps = std::map<std::string, WizApp>;

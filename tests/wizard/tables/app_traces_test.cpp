@@ -114,13 +114,13 @@ TEST_F(AppTracesTest, AMachineThatIsAwayIsAskedOnceNotForEachApplication) {
   EXPECT_EQ(Table(), "billing\norders\n");
 }
 
-TEST_F(AppTracesTest, OfAMachineThatWentAwayTheHandleThatIsThereIsRead) {
+TEST_F(AppTracesTest, OfAMachineThatWentAwayTheHandlesKeepTheirStateAndItIsAskedOnce) {
   Read();
   m_fake.m_away = true;
   Orders().m_traces[{"Net", "Open"}].m_nSettings = 31;
   Asked();
   EXPECT_TRUE(Read());
-  EXPECT_EQ(Asked(), "");
+  EXPECT_EQ(Asked(), "refresh billing\n");
   EXPECT_EQ(TableText({*m_machine.m_apps.find("orders")}),
             "orders* open Disk/Read=7 Net/Close=7 Net/Open=7\n");
 }

@@ -36,7 +36,7 @@ class Setup {
   explicit Setup(const SetupOptions& options) : m_options(options), m_report(options.dryRun) {}
 
   int Run() {
-    if (!m_options.file.empty() && !LoadFile()) return m_report.Finish();
+    if (!m_options.file.empty() && !LoadFile()) return m_report.Finish(false);
     Connect();
     OfferApps();
     for (auto& [name, machine] : m_machines) {
@@ -45,13 +45,13 @@ class Setup {
     }
     if (m_options.same && !m_machines.empty()) CopyToOthers(m_machines, m_machines.begin());
     for (auto& [name, machine] : m_machines)
-      if (!Interrupted()) Finish(name, machine);
-    if (Interrupted() && !m_options.dryRun)
-      PrintError("interrupted: only the applications that have a line were configured");
-    return Monitor(m_report.Finish());
+      if (!IsCut()) Finish(name, machine);
+    return Monitor(m_report.Finish(m_cut));
   }
 
  private:
+  // Asked before each step that a signal prevents.
+  bool IsCut() { return m_cut = m_cut || Interrupted(); }
   bool LoadFile();
   void Connect();
   void Add(const std::string& name);
@@ -66,6 +66,7 @@ class Setup {
 
   const SetupOptions& m_options;
   SetupReport m_report;
+  bool m_cut = false;
   WizMachine m_file;  // its applications only
   WizMachines m_machines;
   std::vector<QuorPtr<trace_Config_i>> m_connections;  // for as long as the command runs
@@ -86,7 +87,7 @@ bool Setup::LoadFile() {
 
 void Setup::Connect() {
   for (const std::string& name : m_options.machines)
-    if (!Interrupted()) Add(name);
+    if (!IsCut()) Add(name);
   if (!m_options.machines.empty()) return;
   std::string why;
   const QuorPtr<trace_Config_i> local = trace_Config_i::Create("localhost", &why);
@@ -147,16 +148,16 @@ void Setup::Select(const std::string& where, WizApps& apps) {
 
 // Looks at the applications without a handle: what is only read may be told and not done.
 void Setup::ReadMachine(const std::string& name, WizMachine& machine) {
-  if (Interrupted()) return;
+  if (IsCut()) return;
   std::string why;
   const WizApps chosen = machine.m_apps;
-  ReadSelected(machine, [&why](const std::string& host, const std::string& app) {
-    return Interrupted() ? nullptr : trace_App_i::Look(host, app, &why);
+  ReadSelected(machine, [this, &why](const std::string& host, const std::string& app) {
+    return IsCut() ? nullptr : trace_App_i::Look(host, app, &why);
   });
   for (auto& [app, entry] : machine.m_apps) {
     if (entry.m_bSelected) {
       GiveSettings(app, entry.m_traces);
-    } else if (chosen.at(app).m_bSelected && !Interrupted()) {
+    } else if (chosen.at(app).m_bSelected && !m_cut) {
       m_report.Fault(kExitBad, VisibleText(name) + ": " + Quoted(app) + ": " + kNoConnection +
                                    Because(std::exchange(why, {})));
     }
@@ -182,7 +183,7 @@ void Setup::Finish(const std::string& name, WizMachine& machine) {
   std::size_t held = 0, left = 0;
   bool away = false;
   for (auto& [appName, entry] : machine.m_apps) {
-    if (!entry.m_bSelected || !entry.m_app || Interrupted()) continue;
+    if (!entry.m_bSelected || !entry.m_app || IsCut()) continue;
     const QuorPtr<trace_App_i> app = away ? nullptr : Open(name, appName, &why);
     if (app && Configure(name, entry, *app)) {
       if (m_options.monitor && held++ < kHeldMax) m_held.push_back(app);

@@ -79,7 +79,10 @@ void SetupReport::TellRest(const std::string& machine, const std::string& app,
                        " does not know " + (unchosen == 1 ? "it" : "them"));
 }
 
-int SetupReport::Finish() {
+int SetupReport::Finish(bool cut) {
   const int finished = m_output.Finish();
-  return finished == kExitInterrupted ? finished : std::max(m_status, finished);
+  if (cut && !m_dryRun)
+    PrintError("interrupted: only the applications that have a line were configured");
+  if (cut) return kExitInterrupted;
+  return finished == kExitInterrupted ? m_status : std::max(m_status, finished);
 }

@@ -34,7 +34,8 @@ class SetupReport {
   // choose because `origin`, the machine whose traces were offered, does not know them.
   void TellRest(const std::string& machine, const std::string& app, const WizTraces& wanted,
                 const AppState& has, const std::string& origin);
-  int Finish();
+  // `cut`: a signal has ended the work before its end.
+  int Finish(bool cut);
 
  private:
   const bool m_dryRun;

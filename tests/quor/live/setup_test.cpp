@@ -261,6 +261,7 @@ TEST_F(LiveSetupTest, MoreApplicationsThanHandlesAreAllConfigured) {
   EXPECT_EQ(LinesOf(run.out).size(), 1100U);
   TrcProcess monitor({.arguments = {"setup", path, "--monitor"}});
   ASSERT_EQ(monitor.ReadOut(run.out.size()), run.out);
+  monitor.ReadErrUntil("no traces come");
   monitor.Interrupt();
   run = monitor.Finish();
   EXPECT_EQ(run.status, 0) << run.err;

@@ -33,7 +33,7 @@ class CTesseraApp : public CWinApp, public WizardProgram {
   void ShowNotice(const std::string& notice) override;
   // Shows in the status bar why a file did not open, if no other message did.
   CDocument* OpenDocumentFile(const std::string& path) override;
-  void NoteNotOpened(const std::string& path);
+  void NoteNotOpened(const std::string& path) override;
   // Opens it without a message: returns the reason; empty on success.
   std::string TryOpen(const std::string& path);
 

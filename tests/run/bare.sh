@@ -1,6 +1,14 @@
 # A bare start: the wizard, until its box is off. Then the empty frame, in the stored size.
 
+# middle WINDOW: of its width, on the screen.
+middle() { xdotool getwindowgeometry --shell "$1" | awk -F= '/^X=/ { x = $2 } /^WIDTH=/ { print int(x + $2 / 2) }'; }
+is_over_the_window() {
+  local off=$(($(middle "$(xdotool getactivewindow)") - $(middle "$(main_window)")))
+  [ "${off#-}" -lt 20 ]
+}
+
 start_wizard
+until_true "the wizard is not over the middle of the main window" is_over_the_window
 picture wizard-welcome
 key space # the first control is the box
 until_true "the box of the wizard was not stored" has_setting '\Settings\Wizard' Auto-start 0

@@ -11,6 +11,7 @@
     screen_reader.py pane DESCRIPTION      what a pane of the status bar says
     screen_reader.py enabled ROLE NAME     "yes" or "no"
     screen_reader.py press NAME            presses a button
+    screen_reader.py place ROLE NAME       the middle of it on the screen: x, blank, y
     screen_reader.py value NAME            what a field holds
     screen_reader.py line NAME             the line of a text that has the caret: number, blank, text
     screen_reader.py focus                 the name of the control that has the keyboard
@@ -116,6 +117,11 @@ def enabled(role, name):
     return "yes" if states.contains(Atspi.StateType.ENABLED) else "no"
 
 
+def place(role, name):
+    box = Atspi.Component.get_extents(with_role(role, name), Atspi.CoordType.SCREEN)
+    return f"{box.x + box.width // 2} {box.y + box.height // 2}"
+
+
 def names(role):
     return "\n".join(node.get_name() for node in parts(program())
                      if node.get_role_name() == role and shows(node))
@@ -131,6 +137,7 @@ QUESTIONS = {
     "row": row,
     "pane": pane,
     "enabled": enabled,
+    "place": place,
     "value": value,
     "line": line,
     "focus": focus,

@@ -9,6 +9,7 @@
 #include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <algorithm>
 #include <utility>
 
@@ -122,15 +123,24 @@ void DialogPlace::BeforeShow() {
 void DialogPlace::TakeFirstPlace() {
   const QWidget* const parent = m_dialog.parentWidget();
   const QRect row = FocusedRowOnScreen();
+  const QWindow* const window = parent ? parent->window()->windowHandle() : nullptr;
+  m_early = window && window->isVisible() && !window->isExposed();
   if (!parent || row.isEmpty()) return;
   QRect wanted(QPoint(0, 0), m_dialog.size() + Decoration(m_dialog));
   wanted.moveCenter(parent->window()->geometry().center());
   m_dialog.move(BesideRow(wanted, row, ScreenRoom(*parent->window())));
 }
 
+void DialogPlace::CentreOverParent() {
+  QRect place = m_dialog.frameGeometry();
+  place.moveCenter(m_dialog.parentWidget()->window()->frameGeometry().center());
+  m_dialog.move(place.topLeft());
+}
+
 void DialogPlace::AfterShow() {
   QTimer::singleShot(kFramedMs, &m_dialog, [this] {
     if (!m_dialog.isVisible()) return;
+    if (std::exchange(m_early, false)) CentreOverParent();
     KeepOnScreen(m_dialog);
     m_shown = Place();
   });

@@ -34,12 +34,14 @@ class DialogPlace {
 
  private:
   void TakeFirstPlace();
+  void CentreOverParent();
   QRect Place() const { return {m_dialog.pos(), m_dialog.size()}; }
 
   QDialog& m_dialog;
   DialogPlaces* m_places = nullptr;
   std::string m_name;
   std::optional<QRect> m_shown;  // as it opened
+  bool m_early = false;          // it opened before its parent had a place
 };
 
 // The focused row of the control with the focus, in screen coordinates; empty when there is none.

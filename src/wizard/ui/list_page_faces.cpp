@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kTracesChars = 92, kTracesRows = 14;
+constexpr int kTracesChars = 108, kTracesRows = 14;
 
 // Enter is the wizard's default button, whichever button has the focus.
 QPushButton* MakePageButton(unsigned id, const char* text, QWidget* page) {

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
+#include <utility>
 
 #include "base/text.h"
+#include "commands/columns_option.h"
 #include "live/app_text.h"
 #include "live/config_sources.h"
 #include "live/live.h"

@@ -89,7 +89,7 @@ std::string UnusableSettings(const std::string& path) {
 const char* UsageText() {
   return "usage: tessera [OPTION...] [FILE]\n"
          "\n"
-         "Shows traces: opens the trace file FILE, or an empty window.\n"
+         "Shows traces: opens the trace file FILE, or a window with the Trace Wizard.\n"
          "\n"
          "  --monitor MACHINE open a monitor on MACHINE; localhost is this one\n"
          "  --settings FILE   keep the settings in FILE\n"

@@ -70,6 +70,8 @@ void WizardScenes::AddMachine(QWidget& wizard, const char* name) {
 // With two machines, so that every page shows.
 void WizardScenes::Walk(QWidget& wizard) {
   const auto next = [&wizard] { Press(wizard, QtSheetFace::kNext); };
+  // As on a larger screen than that of these pictures.
+  wizard.findChild<QWidget*>(QStringLiteral("picture"))->show();
   Page(wizard, "welcome");
   next();
   Page(wizard, "mode");

@@ -13,7 +13,6 @@
 #include "render.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
-#include "shell/failed_open.h"
 #include "shell/look/ui/app_icon.h"
 #include "shell/tessera_app.h"
 #include "shell/ui/qt_main_frame.h"
@@ -54,10 +53,9 @@ void OnQtMessage(QtMsgType type, const QMessageLogContext& context, const QStrin
 }
 
 // The window shows no message for a file that it cannot open; the terminal does.
-void ReportWhyNotOpened(const std::vector<std::string>& arguments) {
+void ReportWhyNotOpened(const CTesseraApp& tessera, const std::vector<std::string>& arguments) {
   const std::string path = CWinApp::ParseCommandLine(arguments).file;
-  const std::string unreadable = WhyUnreadable(path);
-  const std::string why = unreadable.empty() ? WhyRefused(path) : unreadable;
+  const std::string why = tessera.WhyNotOpened(path);
   std::fprintf(stderr, "tessera: %s: %s\n", path.c_str(), why.c_str());
 }
 
@@ -88,7 +86,7 @@ int Run(const ProgramOptions& options) {
   const bool started = tessera.InitInstance(options.rest);
   if (signalPipe.Asked()) return 0;
   if (!started) {
-    ReportWhyNotOpened(options.rest);
+    ReportWhyNotOpened(tessera, options.rest);
     return kExitWrong;
   }
   if (!options.monitor.empty() && !tessera.OpenMonitor(options.monitor)) {

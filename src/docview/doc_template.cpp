@@ -49,6 +49,7 @@ CWinApp* CMultiDocTemplate::App() const {
 }
 
 CDocument* CMultiDocTemplate::OpenDocumentFile(const std::string* path, bool visible) {
+  m_refusal = {};
   CDocument* const document = CreateNewDocument();
   if (!document) return nullptr;
   CMDIChildWnd* const frame = CreateNewFrame(*document);
@@ -58,6 +59,7 @@ CDocument* CMultiDocTemplate::OpenDocumentFile(const std::string* path, bool vis
   }
   if (!path) SetDefaultTitle(*document);
   if (path ? !document->OnOpenDocument(*path) : !document->OnNewDocument()) {
+    m_refusal = document->LastRefusal();
     frame->Destroy();  // destroys the document too, whose last frame it is
     return nullptr;
   }

@@ -49,6 +49,8 @@ class CMultiDocTemplate {
 
   // A new document with its frame; `path` null for an empty one.
   CDocument* OpenDocumentFile(const std::string* path, bool visible = true);
+  // Of the document that the last OpenDocumentFile did not open.
+  const OpenRefusal& LastRefusal() const { return m_refusal; }
   // The steps of OpenDocumentFile, for callers with a sequence of their own.
   CDocument* CreateNewDocument();
   CMDIChildWnd* CreateNewFrame(CDocument& document);
@@ -70,6 +72,7 @@ class CMultiDocTemplate {
   CMDIFrameWnd*& m_mainFrame;
   Makers m_makers;
   std::vector<std::unique_ptr<CDocument>> m_documents;
+  OpenRefusal m_refusal;
   int m_untitled = 0;
 
   std::vector<CDocument*> DocumentsNow() const;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "docview/doc_template.h"
 #include "docview/view.h"
@@ -29,6 +30,11 @@ bool CDocument::OnNewDocument() {
   m_path.clear();
   m_modified = false;
   return true;
+}
+
+bool CDocument::Refuse(OpenRefusal refusal) {
+  m_refusal = std::move(refusal);
+  return false;
 }
 
 bool CDocument::OnOpenDocument(const std::string&) {

@@ -17,6 +17,12 @@ class CFrameWnd;
 class CMultiDocTemplate;
 class CView;
 
+// What is known, besides the message that a failed OnOpenDocument has shown.
+struct OpenRefusal {
+  std::string why = {};     // for a line of text; empty: nothing
+  bool fileIsGood = false;  // the user has cancelled, or what the file needs is missing
+};
+
 class CDocument : public CCmdTarget {
  public:
   explicit CDocument(Host& host) : m_host(host) {}
@@ -27,6 +33,7 @@ class CDocument : public CCmdTarget {
   // A base's document has no file format: both fail.
   virtual bool OnOpenDocument(const std::string& path);
   virtual bool OnSaveDocument(const std::string& path);
+  const OpenRefusal& LastRefusal() const { return m_refusal; }
   // Removes the contents. A base's version does nothing.
   virtual void DeleteContents() {}
   // May the document be closed? Asks "Save changes to ...?" when it is modified; Yes saves.
@@ -73,6 +80,8 @@ class CDocument : public CCmdTarget {
   // The save that SaveModified offers: in place if there is a file that can be written, else after
   // asking for a name.
   virtual bool DoFileSave();
+  // For an OnOpenDocument that fails; gives its result.
+  bool Refuse(OpenRefusal refusal);
 
  private:
   friend class CMultiDocTemplate;
@@ -80,6 +89,7 @@ class CDocument : public CCmdTarget {
   CMultiDocTemplate* m_template = nullptr;
   std::vector<CView*> m_views;
   std::string m_title, m_path;
+  OpenRefusal m_refusal;
   int m_works = 0;
   bool m_modified = false;
   bool m_closing = false;  // OnCloseDocument has begun

@@ -99,7 +99,7 @@ CDocument* CWinApp::OpenDocumentFile(const std::string& path) {
     }
   }
   CDocument* const document = taker->OpenDocumentFile(&full);
-  if (!document) {
+  if (!document && !taker->LastRefusal().fileIsGood) {
     RemoveFromRecentFileList(path);
     RemoveFromRecentFileList(full);
   }

@@ -33,7 +33,8 @@ class CWinApp : public CCmdTarget {
 
   // Opens with the extension's template (the first registered one for an unknown extension). If the
   // file is already open, its window comes to the front. Success adds the path to the recent files,
-  // failure removes it.
+  // failure removes it unless
+  // the file itself is good.
   virtual CDocument* OpenDocumentFile(const std::string& path);
   void OnFileOpen();
   // Asks for an existing file, beginning in the folder of the file in front. It offers the files of

@@ -1,11 +1,9 @@
 #include "shell/failed_open.h"
 
 #include <filesystem>
-#include <fstream>
 
 #include "base/mapped_file.h"
 #include "base/text.h"
-#include "config/tcf/tcf_read.h"
 #include "records/trc_walk.h"
 
 namespace {
@@ -17,18 +15,6 @@ std::string NameIn(const std::string& path) {
   return name.empty() ? path : name;
 }
 
-bool IsConfiguration(const std::string& path) {
-  return CompareIgnoringCase(std::filesystem::path(path).extension().string(), ".tcf") == 0;
-}
-
-// Reads the lines without doing anything.
-class TcfCheck final : public TcfHandler {
- public:
-  bool OnApp(const std::string&) override { return true; }
-  bool OnSink(unsigned char, const std::string&, const std::string&) override { return true; }
-  bool OnTrace(const std::string&, const std::string&, unsigned short) override { return true; }
-};
-
 }  // namespace
 
 std::string WhyUnreadable(const std::string& path) {
@@ -36,20 +22,7 @@ std::string WhyUnreadable(const std::string& path) {
   return MappedFile::Open(path, &why) ? std::string() : why;
 }
 
-std::string BadLineOf(const std::string& path) {
-  if (!IsConfiguration(path)) return {};
-  std::ifstream in(path, std::ios::binary);
-  TcfCheck check;
-  TcfFault fault;
-  if (ReadTcf(in, check, &fault) != TcfEnd::BadLine) return {};
-  return "line " + GroupDigits(fault.line) + ": " + fault.why;
-}
-
 std::string WhyRefused(const std::string& path) {
-  if (IsConfiguration(path)) {
-    const std::string badLine = BadLineOf(path);
-    return badLine.empty() ? "not opened" : badLine;
-  }
   const auto file = MappedFile::Open(path);
   return file && VersionOf(file->View()) == TrcVersion::Old ? "not converted" : "Invalid format.";
 }

@@ -15,10 +15,7 @@ struct FailedOpen {
 
 // "The file is empty", "No such file or directory"; empty when the file can be read.
 std::string WhyUnreadable(const std::string& path);
-// "line 3: unknown keyword" for a configuration that cannot be parsed; else empty.
-std::string BadLineOf(const std::string& path);
-// For a file that can be read: "Invalid format." or "not converted"; for a configuration its bad
-// line, or "not opened".
+// For a trace file that can be read: "Invalid format." or "not converted".
 std::string WhyRefused(const std::string& path);
 
 // "Cannot open web.trc: The file is empty"; for several files "2 of 5 files did not open: web.trc

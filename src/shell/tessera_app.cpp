@@ -147,19 +147,28 @@ CDocument* CTesseraApp::OpenDocumentFile(const std::string& path) {
   return document;
 }
 
-// A readable file that did not open was refused by the user or with a message box. The box about a
-// configuration does not say which of its lines is bad.
+// A readable trace file that did not open was refused by the user or with a message box. So was any
+// configuration; its box does not say which line is bad.
 void CTesseraApp::NoteNotOpened(const std::string& path) {
-  std::string why = WhyUnreadable(path);
-  if (why.empty()) why = BadLineOf(path);
-  if (m_frame && !why.empty())
-    m_frame->SetNotice(FailedText({{path, why}}, 1), FailedDetails({{path, why}}));
+  if (!m_frame) return;
+  const bool isConfig = m_configTemplate->Matches(path);
+  const std::string why = isConfig ? m_configTemplate->LastRefusal().why : WhyUnreadable(path);
+  const std::string text = FailedText({{path, why}}, 1), details = FailedDetails({{path, why}});
+  if (isConfig && !why.empty())
+    ShowInStatusBar(text, details);
+  else if (!why.empty())
+    m_frame->SetNotice(text, details);
 }
 
 std::string CTesseraApp::TryOpen(const std::string& path) {
-  if (CWinApp::OpenDocumentFile(path)) return {};
-  const std::string why = WhyUnreadable(path);
-  return why.empty() ? WhyRefused(path) : why;
+  return CWinApp::OpenDocumentFile(path) ? std::string() : WhyNotOpened(path);
+}
+
+std::string CTesseraApp::WhyNotOpened(const std::string& path) const {
+  const bool isConfig = m_configTemplate && m_configTemplate->Matches(path);
+  const std::string why = isConfig ? m_configTemplate->LastRefusal().why : WhyUnreadable(path);
+  if (!why.empty()) return why;
+  return isConfig ? "not opened" : WhyRefused(path);
 }
 
 // For those who look for it: a hidden status bar gives no box.

@@ -36,6 +36,8 @@ class CTesseraApp : public CWinApp, public WizardProgram {
   void NoteNotOpened(const std::string& path) override;
   // Opens it without a message: returns the reason; empty on success.
   std::string TryOpen(const std::string& path);
+  // Why the last attempt to open this file has failed.
+  std::string WhyNotOpened(const std::string& path) const;
 
   ShellFaces& Faces() const { return m_faces; }
   CMultiDocTemplate* FileTemplate() const override { return m_fileTemplate; }

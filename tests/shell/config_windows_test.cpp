@@ -167,6 +167,47 @@ TEST_F(ConfigWindowsTest, ABadFileIsToldInABoxAndItsLineInTheStatusBar) {
       << Face().m_panes[kPaneMessage];
 }
 
+TEST_F(ConfigWindowsTest, WithoutAStatusBarAFileThatDoesNotOpenIsToldInOneBox) {
+  Start();
+  Frame().OnCommand(ID_VIEW_STATUS_BAR);
+  AnswerMachine("web");
+  EXPECT_FALSE(m_app->OpenDocumentFile(WriteConfig("bad.tcf", "nonsense\n")));
+  EXPECT_EQ(Boxes(), "box Tessera [none] \"Invalid format.\" (OK) -> OK\n");
+  EXPECT_FALSE(m_app->OpenDocumentFile(m_dir.File("missing.tcf")));
+  EXPECT_EQ(Boxes(), "box Tessera [none] \"Error opening file.\" (OK) -> OK\n");
+}
+
+TEST_F(ConfigWindowsTest, AFileThatCannotBeOpenedIsToldInABoxAndTheReasonInTheStatusBar) {
+  Start();
+  EXPECT_FALSE(m_app->OpenDocumentFile(m_dir.File("missing.tcf")));
+  EXPECT_EQ(Boxes(), "box Tessera [none] \"Error opening file.\" (OK) -> OK\n");
+  EXPECT_EQ(Face().m_panes[kPaneMessage], "Cannot open missing.tcf: No such file or directory");
+}
+
+TEST_F(ConfigWindowsTest, WithoutAMachineNothingIsSaidOfAFileAndItStaysARecentOne) {
+  Start();
+  const std::string path = WriteConfig("bad.tcf", "nonsense\n");
+  m_app->AddToRecentFileList(path);
+  const auto cancel = [](CDialog& dialog) { dialog.OnCancel(); };
+  for (const bool bar : {true, false}) {
+    if (!bar) Frame().OnCommand(ID_VIEW_STATUS_BAR);
+    m_host.AnswerDialog(cancel);
+    Frame().OnCommand(ID_FILE_MRU_FILE1);
+    EXPECT_EQ(Boxes() + Face().m_panes[kPaneMessage], "") << bar;
+    EXPECT_EQ(m_app->RecentFiles(), std::vector<std::string>{path});
+  }
+  m_machine.m_away = true;
+  AnswerMachine("web");
+  Frame().OnCommand(ID_FILE_MRU_FILE1);
+  EXPECT_EQ(Boxes(), kNoConnection);
+  EXPECT_EQ(m_app->RecentFiles(), std::vector<std::string>{path}) << "the file is not the reason";
+  m_machine.m_away = false;
+  AnswerMachine("web");
+  Frame().OnCommand(ID_FILE_MRU_FILE1);
+  EXPECT_EQ(m_app->RecentFiles(), std::vector<std::string>{}) << "now it is";
+  Boxes();
+}
+
 TEST_F(ConfigWindowsTest, OfSeveralDroppedFilesOneWithoutAMachineIsNamed) {
   Start();
   m_host.AnswerDialog([](CDialog& dialog) { dialog.OnCancel(); });

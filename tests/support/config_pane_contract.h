@@ -1,6 +1,6 @@
 // The contract of a configuration view's pane: run for the fake and for the pane on the screen.
 //
-// To run it, write an adapter ("rig") and instantiate the suite:
+// To run it, write an adapter and instantiate the suite:
 //
 //   struct MyHarness {
 //     explicit MyHarness(ListBoxOwner& owner);

@@ -16,12 +16,16 @@ class FakeListBox final : public ListBox {
       : m_owner(owner), m_mode(mode) {}
 
   void SetFocus() override { m_focus = true; }
-  void SetRedraw(bool on) override { m_redraw = on; }
+  void SetRedraw(bool on) override {
+    m_redraw = on;
+    Paint();
+  }
   void ResetContent() override {
     m_items.Clear();
     m_selected.clear();
     m_current = -1;
     m_top = 0;
+    Paint();
   }
   int AddString(const std::string& text, std::uintptr_t data) override {
     const int place = m_items.PlaceOf(text);
@@ -30,6 +34,7 @@ class FakeListBox final : public ListBox {
     for (const int item : m_selected) moved.insert(item + (item >= place));
     m_selected.swap(moved);
     m_current += m_current >= place;
+    Paint();
     return place;
   }
   void DeleteString(int item) override {
@@ -71,6 +76,7 @@ class FakeListBox final : public ListBox {
   bool HasFocus() const { return m_focus; }
   void LoseFocus() { m_focus = false; }
   bool IsPainted() const { return m_redraw; }
+  int Paints() const { return m_paints; }  // since it was made
   bool IsSeen(int item) const { return item >= m_top && item < m_top + m_page && item < Count(); }
   void Click(int item, bool control = false) {
     m_focus = true;
@@ -93,6 +99,8 @@ class FakeListBox final : public ListBox {
   bool Press(ListBoxKey key) { return m_focus && m_owner.OnListBoxKey(key); }
 
  private:
+  void Paint() { m_paints += m_redraw; }
+
   void Select(const std::set<int>& selected, int current) {
     m_current = current;
     if (std::exchange(m_selected, selected) != selected) m_owner.OnListBoxSelection();
@@ -102,6 +110,6 @@ class FakeListBox final : public ListBox {
   const ListBoxMode m_mode;
   ListBoxItems m_items;
   std::set<int> m_selected;
-  int m_current = -1, m_top = 0, m_page = 10;
+  int m_current = -1, m_top = 0, m_page = 10, m_paints = 0;
   bool m_focus = false, m_redraw = true;
 };

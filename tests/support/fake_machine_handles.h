@@ -124,7 +124,7 @@ class FakeConfig final : public trace_Config_i {
   const std::list<std::string>& GetAppList() const override {
     m_machine.m_log += "list\n";
     m_list.clear();
-    m_answered = m_machine.Answers();
+    m_answered = m_machine.Answers() && !m_machine.m_listIsLate;
     if (!m_answered) return m_list;
     std::set<std::string> names;
     for (const auto& [name, app] : m_machine.m_apps)

@@ -58,6 +58,7 @@ class FakeMachineState {
   bool m_refuses = false;    // takes no Submit
   int m_refusesNext = 0;     // so many Submits
   bool m_refusesOpen = false;
+  bool m_listIsLate = false;  // the answer to a list comes after its deadline
   std::string m_log;
   std::function<void()> m_onSubmit = [] {};  // what happens while a Submit waits for its answer
   int m_handles = 0;

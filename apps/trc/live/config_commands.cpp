@@ -25,8 +25,8 @@ class ConfigCheckCommand final : public ConfigPart {
   explicit ConfigCheckCommand(CLI::App& program)
       : ConfigPart(program, "check", "Read a file, and say what is wrong with it") {
     App().footer(
-        "Exit status 0: the file is good. 2: it is not; standard error has the number of\n"
-        "the first bad line, the reason and the line.\n"
+        "Exit status 0: the file is good. 2: it is not, or the machine cannot be reached;\n"
+        "standard error has the reason, for a bad line with its number and its text.\n"
         "\n"
         "Examples:\n"
         "  trc config check orders.tcf\n"

@@ -68,8 +68,8 @@ bool ReadsBack(const std::string& text, const TcfConfig& wanted, std::string* wh
 
 bool ConfigText(const AppHandles& apps, std::string* text, std::string* why) {
   std::ostringstream to;
-  if (WriteTcf(to, apps) == TcfWritten::UnsupportedSink)
-    return FailWith(why, "Unsupported Sink Type.");
+  if (const TcfWritten written = WriteTcf(to, apps); written != TcfWritten::Whole)
+    return FailWith(why, WordsOf(written));
   *text = to.str();
   return ReadsBack(*text, TcfConfigOf(apps), why);
 }
@@ -177,11 +177,9 @@ int RunConfigApply(const ConfigApplyOptions& options) {
   if (!machine) return Unreachable(why);
   AppHandles handles;
   TcfApplier applier(
+      *machine,
       [&](const std::string& app) {
-        // A machine that left a Submit without an answer is not asked once more.
-        const bool away = !applier.NotTaken().empty() && !machine->IsUp();
-        return QuorPtr<trace_App_i>(away ? nullptr
-                                         : trace_App_i::Create(options.machine, app, &why));
+        return QuorPtr<trace_App_i>(trace_App_i::Create(options.machine, app, &why));
       },
       handles);
   const bool all = ReplayTcf(config, applier);

@@ -6,6 +6,7 @@
 
 #include "base/fail_with.h"
 #include "base/text.h"
+#include "config/tcf/tcf_file.h"
 #include "live/app_text.h"
 #include "terminal/exit_status.h"
 #include "text/visible_text.h"
@@ -22,11 +23,9 @@ std::string ShortText(const std::string& text) {
 
 // False: `why` has the reason, after the number of the line if it is one.
 bool ReadConfig(const std::string& path, TcfConfig* config, std::string* why) {
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) return FailWith(why, " Is a directory");
-  errno = 0;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return FailWith(why, " " + SystemReason());
+  std::string reason;
+  std::ifstream in = OpenTcf(path, &reason, TcfPipes::Read);
+  if (!in.is_open()) return FailWith(why, " " + reason);
   TcfCollector collector;
   TcfFault fault;
   if (ReadTcf(in, collector, &fault) != TcfEnd::Whole) {

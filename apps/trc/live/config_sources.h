@@ -26,7 +26,6 @@ class MachineLook {
   // The application, or null when the machine does not know it; `status` then has a failure if that
   // is the reason.
   QuorPtr<trace_App_i> Find(const std::string& name, int* status) const;
-  const std::list<std::string>& Registered() const { return m_registered; }
 
  private:
   const std::string m_machine;

@@ -9,6 +9,7 @@
 #include "config/tcf/tcf_apply.h"
 #include "config/tcf/tcf_file.h"
 #include "config/tcf/tcf_write.h"
+#include "config/used_machines.h"
 #include "docview/commands/command_ids.h"
 #include "docview/doc_template.h"
 #include "docview/win_app.h"
@@ -77,9 +78,9 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
   QuorPtr<trace_App_i> app;
   {
     const CWaitCursor wait(GetHost());
-    // A machine that left a Submit without an answer is not asked once more.
-    const bool away = !m_notInForce.empty() && !IsLive();
-    if (!away) app = m_client.open(GetMachineName(), name);
+    // The sheet of the name before may have waited in vain.
+    const bool silent = m_pConfig && m_pConfig->IsSilent();
+    if (!silent) app = m_client.open(GetMachineName(), name);
   }
   if (!app) {
     ShowError(kNoConnection);
@@ -112,7 +113,6 @@ bool CConfigDoc::MayRemove(trace_App_i& app) {
   question.buttons = BoxButtons::YesNoCancel;
   const BoxAnswer answer = GetHost().MessageBox(question);
   if (answer == BoxAnswer::Yes) {
-    const CWaitCursor wait(GetHost());
     if (!TurnOff(app)) m_mayBeOn.insert(app.GetAppName());
     m_notInForce.erase(app.GetAppName());
   }
@@ -177,18 +177,21 @@ bool CConfigDoc::ConnectForOpen() {
     if (question.DoModal() != CDialog::kIdOk) return false;
     machine = question.m_strMachine;
   }
-  return Connect(_UTF2MBS(machine));
+  if (!Connect(_UTF2MBS(machine))) return false;
+  NoteUsedMachine(machine);
+  return true;
 }
 
 bool CConfigDoc::OnOpenDocument(const std::string& path) {
-  std::ifstream in = OpenTcf(path);
+  std::string why;
+  std::ifstream in = OpenTcf(path, &why);
   if (!in.is_open()) {
     ShowError(kNotOpened);
-    return false;
+    return Refuse({why});
   }
   DeleteContents();
   SetModifiedFlag(true);
-  if (!m_pConfig && !ConnectForOpen()) return false;
+  if (!m_pConfig && !ConnectForOpen()) return Refuse({m_whyNotConnected, true});
   if (!ReadFile(in)) {
     DeleteContents();
     return false;
@@ -199,22 +202,24 @@ bool CConfigDoc::OnOpenDocument(const std::string& path) {
 
 bool CConfigDoc::ReadFile(std::istream& in) {
   TcfApplier applier(
-      [this, &applier](const std::string& app) {
-        // A machine that left a Submit without an answer is not asked once more.
-        const bool away = !applier.NotTaken().empty() && !IsLive();
-        return QuorPtr<trace_App_i>(away ? nullptr : m_client.open(GetMachineName(), app));
+      *m_pConfig,
+      [this](const std::string& app) {
+        return QuorPtr<trace_App_i>(m_client.open(GetMachineName(), app));
       },
       m_pAppList->m_apps);
   TcfEnd end;
+  TcfFault fault;
   {
     const CWaitCursor wait(GetHost());
-    end = ReadTcf(in, applier);
+    end = ReadTcf(in, applier, &fault);
   }
   m_notInForce = applier.NotTaken();
+  if (end == TcfEnd::Whole) return true;
   // Kept: what stands in front of a bad line is in force on the machine, although the document is
   // emptied. Safe: the document asks about traces that are on.
-  if (end != TcfEnd::Whole) ShowError(end == TcfEnd::BadLine ? "Invalid format." : kNoConnection);
-  return end == TcfEnd::Whole;
+  const bool isBad = end == TcfEnd::BadLine;
+  ShowError(isBad ? "Invalid format." : kNoConnection);
+  return Refuse({isBad ? "line " + GroupDigits(fault.line) + ": " + fault.why : "", !isBad});
 }
 
 // Kept: the file is emptied first, and what a failed save has written stays. Safe: a save says that
@@ -230,13 +235,11 @@ bool CConfigDoc::OnSaveDocument(const std::string& path) {
     const CWaitCursor wait(GetHost());
     written = WriteTcf(out, m_pAppList->m_apps);
   }
-  if (written == TcfWritten::NoHeader) ShowError(kNotOpened);
-  if (written == TcfWritten::Unwritable) ShowError("Error writing to file.");
-  if (written == TcfWritten::UnsupportedSink) {
-    out.close();
-    ShowError("Unsupported Sink Type.");
+  if (written == TcfWritten::Whole) {
+    SetModifiedFlag(false);
+    return true;
   }
-  if (written != TcfWritten::Whole) return false;
-  SetModifiedFlag(false);
-  return true;
+  out.close();  // else the file may still grow behind the box
+  ShowError(WordsOf(written));
+  return false;
 }

@@ -7,7 +7,8 @@
 // Owner    Holds counted references to the connection and the list. The connection stays until the
 //          document's end.
 // Errors   Shown where they happen; the operations report by bool or null.
-// Threads  Interface thread. Calls to the machine block for at most 5 seconds, under a wait cursor.
+// Threads  Interface thread. Each request to the machine blocks for at most 5 seconds, under a wait
+//          cursor. An operation may make several.
 #pragma once
 
 #include <functional>

@@ -2,6 +2,9 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
+
+#include "base/fail_with.h"
 
 namespace {
 
@@ -12,10 +15,15 @@ bool IsPipe(const std::string& path) {
 
 }  // namespace
 
-std::ifstream OpenTcf(const std::string& path) {
-  std::ifstream in;
-  if (!IsPipe(path)) in.open(path, std::ios::binary);
-  return in;
+std::ifstream OpenTcf(const std::string& path, std::string* why, TcfPipes pipes) {
+  std::error_code error;
+  if (pipes == TcfPipes::Refused && IsPipe(path))
+    return FailWith(why, "Is a pipe", std::ifstream());
+  if (std::filesystem::is_directory(path, error))
+    return FailWith(why, SystemReason(EISDIR), std::ifstream());
+  errno = 0;
+  std::ifstream in(path, std::ios::binary);
+  return in.is_open() ? std::move(in) : FailWith(why, SystemReason(), std::ifstream());
 }
 
 std::ofstream CreateTcf(const std::string& path) {

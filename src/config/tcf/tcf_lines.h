@@ -24,7 +24,7 @@ inline constexpr std::size_t kLongestTcfLineBytes = 1 << 20;  // longer ones are
 
 enum TcfLineType : int { CfgLineApp = 0, CfgLineSink = 1, CfgLineTrace = 2 };
 
-// The first line; the caller compares it with kTcfHeader.
+// The first line without blanks at its end; the caller compares it with kTcfHeader.
 bool _trc_GetCfgLineVersion(std::istream& in, std::string* version, std::string* why = nullptr);
 // Goes to the next line that is not blank and reads its keyword. The function of that type then
 // reads the rest of the line.

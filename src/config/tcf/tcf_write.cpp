@@ -74,6 +74,19 @@ std::string TcfSinkOptions(trc_SinkTypes_e type, const std::string& name, std::s
   return options;
 }
 
+const char* WordsOf(TcfWritten written) {
+  switch (written) {
+    case TcfWritten::NoHeader:
+      return "Error opening file.";
+    case TcfWritten::Unwritable:
+      return "Error writing to file.";
+    case TcfWritten::UnsupportedSink:
+      return "Unsupported Sink Type.";
+    default:
+      return "";
+  }
+}
+
 TcfWritten WriteTcf(std::ostream& to, const std::list<QuorPtr<trace_App_i>>& apps) {
   if (!WriteLine(to, kTcfHeader)) return TcfWritten::NoHeader;
   for (const QuorPtr<trace_App_i>& app : apps) {

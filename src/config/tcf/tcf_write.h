@@ -24,5 +24,7 @@ std::string TcfTraceLine(std::string_view component, std::string_view category, 
 std::string TcfSinkOptions(trc_SinkTypes_e type, const std::string& name, std::string options);
 
 enum class TcfWritten { Whole, NoHeader, Unwritable, UnsupportedSink };
+// The message about it; empty for Whole.
+const char* WordsOf(TcfWritten written);
 // All applications, each line flushed.
 TcfWritten WriteTcf(std::ostream& to, const std::list<QuorPtr<trace_App_i>>& apps);

@@ -81,8 +81,8 @@ std::set<std::string> CConfigView::NamesToAdd() const {
 
 std::string CConfigView::WhyNoNames() const {
   const std::string machine = m_document.GetMachineName();
-  if (!m_document.IsLive()) return machine + " does not answer.";
-  return m_bEmpty ? "No application has traced on " + machine + " yet."
+  if (!m_document.GetConfig()->WasAnswered()) return machine + " does not answer.";
+  return m_bEmpty ? "No application that can be traced runs on " + machine + "."
                   : "All applications of " + machine + " are in the list.";
 }
 
@@ -93,9 +93,9 @@ void CConfigView::OnAddApplication() {
   CAddAppDialog dialog(GetHost(), names, names.empty() ? WhyNoNames() : std::string());
   if (dialog.DoModal() != CDialog::kIdOk) return;
   for (const std::string& name : dialog.m_names) {
-    // A program that must end does not go on behind its sheet. A machine that is away would take as
-    // long for each name.
-    if (g_quickClose || (!Add(name) && !m_document.IsLive())) return;
+    // A program that must end does not go on behind its sheet. A machine that is away, or has no
+    // room for another handle, would give the same message for each name.
+    if (g_quickClose || !Add(name)) return;
   }
 }
 
@@ -116,9 +116,8 @@ void CConfigView::SelectItem(const trace_App_i& app) {
 }
 
 void CConfigView::OnDeleteApplication() {
-  trace_App_i* const app = Current();
-  if (!app) return;
-  if (m_document.RemoveApplication(app) && m_listBox.Count() == 0) AddPlaceholder();
+  // The hint fills the list, with the placeholder behind the last application.
+  if (trace_App_i* const app = Current()) m_document.RemoveApplication(app);
 }
 
 void CConfigView::OnProperties() {

@@ -3,8 +3,8 @@
 //
 // Shape    The data of an item are the document's handle of that application. A list without
 //          applications has one item instead, a placeholder without data.
-// Wait     What asks the machine blocks for at most 5 seconds, under a wait cursor. A line below
-//          the list tells while the connection is broken.
+// Wait     Each request to the machine blocks for at most 5 seconds, under a wait cursor. A line
+//          below the list tells while the connection is broken.
 // Threads  Interface thread.
 #pragma once
 

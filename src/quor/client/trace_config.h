@@ -46,15 +46,16 @@ class trace_Config_i : public QuorRef::Ref_t {
   // Registered applications: those that run and those with an open handle. Asks at each call; empty
   // when there is no answer.
   virtual const std::list<std::string>& GetAppList() const = 0;
-  // Not in the interface's table: how many instances ran at the last GetAppList.
+  // Additions, behind the operations of the interface. How many instances ran at the last
+  // GetAppList.
   virtual unsigned GetInstances(const std::string& app) const = 0;
-  // Nor these. Was the last GetAppList answered? Else its list is empty for that reason.
+  // Was the last GetAppList answered? If not, its list is empty.
   virtual bool WasAnswered() const = 0;
   // False while a broken connection is not restored yet, and while a service that left a question
   // without an answer has not been heard again.
   virtual bool IsUp() const = 0;
-  // A question, of this handle or of another on the machine, was waited for in vain, and the
-  // service has not been heard since: the next question would wait as long.
+  // A question of any handle on this machine had no answer in time, and the service has not been
+  // heard since. The next question would probably wait as long.
   virtual bool IsSilent() const = 0;
 };
 

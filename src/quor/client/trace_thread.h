@@ -36,7 +36,8 @@ class TraceThread_i {
   // Takes effect immediately, also for traces that have arrived: they are given out after Resume.
   virtual void Pause() = 0;
   virtual void Resume() = 0;
-  // Not in the interface's table: exact counts of this connection, for trc and tests.
+  // An addition, behind the operations of the interface: exact counts of this connection, for trc
+  // and tests.
   struct Counts {
     std::uint64_t delivered = 0;  // given out or waiting, without loss reports
     std::uint64_t lost = 0;       // reported by the service, or found as a gap

@@ -11,6 +11,7 @@
 #include "config/document/config_doc.h"
 #include "docview/view.h"
 #include "settings/globals.h"
+#include "settings/registry.h"
 #include "support/fake_config_client.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
@@ -38,7 +39,9 @@ class BoxHost final : public RecordingHost {
 
 class ConfigDocTest : public testing::Test {
  protected:
+  ConfigDocTest() { SetSettingsFile(m_folder.File("settings.ini")); }
   ~ConfigDocTest() override {
+    SetSettingsFile("");
     g_quickClose = false;
     g_bWizardLocalConfig = false;
   }
@@ -66,6 +69,12 @@ class ConfigDocTest : public testing::Test {
     return names;
   }
   std::string Boxes() { return m_host.TakeBoxes(); }
+  // Boxes, dialogs and wait cursors, in their order.
+  std::string Shown() {
+    std::string shown = m_host.Reported();
+    m_host.ClearTranscript();
+    return shown;
+  }
   static std::string Question(const std::string& app, const std::string& answer) {
     return "box Tessera [question] \"Some traces are still active in " + app +
            ".  Do you want to turn them off?\" (Yes, No, Cancel) -> " + answer + "\n";
@@ -79,4 +88,5 @@ class ConfigDocTest : public testing::Test {
   TempDir m_folder;
 };
 
+inline constexpr char kWaited[] = "wait cursor on\nwait cursor off\n";
 inline constexpr char kNoConnection[] = "Error trying to connect to configuration server.";

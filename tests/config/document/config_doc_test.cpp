@@ -18,6 +18,18 @@ TEST_F(ConfigDocTest, AConnectionNamesTheWindowByItsMachine) {
   EXPECT_EQ(Boxes(), "");
 }
 
+TEST_F(ConfigDocTest, ConnectingAndAddingTakePlaceUnderAWaitCursorThatIsGoneBeforeABox) {
+  const auto doc = Connected();
+  EXPECT_EQ(Shown(), kWaited);
+  doc->AddApplication("orders");
+  EXPECT_EQ(Shown(), kWaited);
+  m_machine.m_away = true;
+  doc->AddApplication("billing");
+  EXPECT_EQ(Shown(), kWaited + Error(kNoConnection));
+  EXPECT_FALSE(Document()->ConnectToMachine("web"));
+  EXPECT_EQ(Shown(), kWaited + Error(kNoConnection));
+}
+
 TEST_F(ConfigDocTest, AMachineThatCannotBeReachedIsReportedAndLeavesNoConnection) {
   m_machine.m_away = true;
   const auto doc = Document();

@@ -1,5 +1,6 @@
 // Opens a .tcf file as a configuration.
 #include "config/machine_dialog.h"
+#include "config/used_machines.h"
 #include "config_doc_fixture.h"
 #include "quor/client/trace_thread.h"
 
@@ -39,6 +40,51 @@ TEST_F(ConfigOpenTest, ForTheWizardOpeningUsesThisMachineAndAsksNothing) {
   EXPECT_EQ(Boxes(), "");
 }
 
+TEST_F(ConfigOpenTest, TheDocumentIsModifiedAndEmptyWhileTheMachineIsAskedFor) {
+  const auto doc = Document();
+  m_host.AnswerDialog([&](CDialog& dialog) {
+    EXPECT_TRUE(doc->IsModified());
+    EXPECT_EQ(Names(*doc), "");
+    dialog.OnCancel();
+  });
+  EXPECT_FALSE(Open(*doc, "APP: \"a\"\n"));
+  EXPECT_TRUE(doc->IsModified());
+}
+
+TEST_F(ConfigOpenTest, AFileIsReadUnderAWaitCursor) {
+  const auto doc = Connected();
+  Shown();
+  EXPECT_TRUE(Open(*doc, "APP: \"a\"\n"));
+  EXPECT_EQ(Shown(), kWaited);
+}
+
+TEST_F(ConfigOpenTest, TheMachineIsKeptAmongTheUsedOnesWhenItWasReached) {
+  const auto open = [this](const std::string& machine) {
+    const auto doc = Document();
+    m_host.AnswerDialog([&](CDialog& dialog) {
+      dynamic_cast<CMachineDlg&>(dialog).SetMachine(machine);
+      dialog.OnOK();
+    });
+    return Open(*doc, "");
+  };
+  EXPECT_TRUE(open("db"));
+  m_machine.m_away = true;
+  EXPECT_FALSE(open("away"));
+  EXPECT_EQ(UsedMachines(), std::vector<std::string>{"db"});
+}
+
+TEST_F(ConfigOpenTest, AnApplicationIsSubmittedWhenTheNextOnesKeywordWasReadAndNotAtABadLine) {
+  const auto doc = Connected();
+  m_machine.m_log.clear();
+  EXPECT_FALSE(Open(*doc, "APP: \"a\"\nAPP: unquoted\n"));
+  EXPECT_EQ(m_machine.m_log, "on web open a\nsubmit a\n");
+  for (const char* const bad : {"TRACE: \"x\"\n", "SINK: Pipe \"a\" \"\"\n", "nonsense"}) {
+    m_machine.m_log.clear();
+    EXPECT_FALSE(Open(*doc, std::string("APP: \"a\"\n") + bad));
+    EXPECT_EQ(m_machine.m_log, "on web open a\n") << bad;
+  }
+}
+
 TEST_F(ConfigOpenTest, OpeningOnAStandingConnectionKeepsIt) {
   const auto doc = Connected();
   EXPECT_TRUE(Open(*doc, "APP: \"a\"\n"));
@@ -56,6 +102,12 @@ TEST_F(ConfigOpenTest, OpeningFailsWithAMessageWhenTheMachineOrAFileCannotBeReac
   const auto doc = Document();
   EXPECT_FALSE(doc->OnOpenDocument(m_folder.File("none.tcf")));
   EXPECT_EQ(Boxes(), Error("Error opening file."));
+  EXPECT_EQ(doc->LastRefusal().why, "No such file or directory");
+  std::filesystem::create_directory(m_folder.File("folder.tcf"));
+  EXPECT_FALSE(doc->OnOpenDocument(m_folder.File("folder.tcf")));
+  EXPECT_EQ(Boxes(), Error("Error opening file.")) << "and no machine is asked for";
+  EXPECT_EQ(doc->LastRefusal().why, "Is a directory");
+  EXPECT_FALSE(doc->LastRefusal().fileIsGood);
   m_machine.m_away = true;
   g_bWizardLocalConfig = true;
   EXPECT_FALSE(Open(*doc, "APP: \"a\"\n"));

@@ -29,6 +29,21 @@ TEST_F(ConfigRemoveTest, YesTurnsActiveTracesOffAndRemoves) {
   EXPECT_EQ(Names(*doc), "");
 }
 
+TEST_F(ConfigRemoveTest, RemovingAndAQuickCloseTakePlaceUnderAWaitCursor) {
+  m_machine.Run("orders", {"Net/Connect"}, 7);
+  const auto doc = Connected();
+  trace_App_i* const app = doc->AddApplication("orders");
+  Shown();
+  m_host.AnswerBox(BoxAnswer::Yes);
+  doc->RemoveApplication(app);
+  EXPECT_EQ(Shown(), "wait cursor on\n" + Question("orders", "Yes") + "wait cursor off\n");
+  doc->AddApplication("billing");
+  Shown();
+  g_quickClose = true;
+  doc->SaveModified();
+  EXPECT_EQ(Shown(), kWaited);
+}
+
 TEST_F(ConfigRemoveTest, NoLeavesTheTracesRunningWhileItDisappears) {
   m_machine.Run("orders", {"Net/Connect"}, 7);
   const auto doc = Connected();

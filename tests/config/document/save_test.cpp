@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <optional>
+
 #include "config_doc_fixture.h"
 #include "docview/commands/command_ids.h"
 #include "support/file_limit.h"
@@ -56,6 +58,29 @@ TEST_F(ConfigSaveTest, AFailedSaveIsReportedAndTheDocumentStaysModified) {
   EXPECT_EQ(Boxes(), Error("Unsupported Sink Type."));
   EXPECT_EQ(ReadAll(path), "TCF Version 3.2\nAPP: \"a\"\nSINK: ");
   EXPECT_TRUE(doc->IsModified());
+}
+
+TEST_F(ConfigSaveTest, AFileDoesNotGrowBehindTheBoxOfAFailedSave) {
+  const auto doc = Connected();
+  doc->AddApplication("a");
+  Boxes();
+  const std::string path = m_folder.File("a.tcf");
+  for (const unsigned bytes : {5U, 20U}) {
+    std::optional<FileLimit> limit(bytes);
+    m_host.m_duringBox = [&] { limit.reset(); };  // the disk has room again
+    EXPECT_FALSE(doc->OnSaveDocument(path));
+    EXPECT_EQ(Boxes(), Error(bytes == 5 ? "Error opening file." : "Error writing to file."));
+    EXPECT_EQ(ReadAll(path), std::string("TCF Version 3.2\nAPP: \"a\"\n").substr(0, bytes));
+  }
+}
+
+TEST_F(ConfigSaveTest, AFileIsWrittenUnderAWaitCursorThatIsGoneBeforeABox) {
+  const auto doc = Connected();
+  Shown();
+  EXPECT_TRUE(doc->OnSaveDocument(m_folder.File("a.tcf")));
+  EXPECT_EQ(Shown(), kWaited);
+  EXPECT_FALSE(doc->OnSaveDocument("/dev/full"));
+  EXPECT_EQ(Shown(), kWaited + Error("Error opening file."));
 }
 
 // Opening it would block until another program uses its other end.

@@ -63,7 +63,9 @@ TEST_F(TcfConfigTest, ACollectedFileAppliesAsItsLinesDo) {
     m_machine.Run("a", {"N/x", "N/y", "N/z"}, 7);
     m_machine.Run("b", {"N/x", "N/y"}, 7);
     std::list<QuorPtr<trace_App_i>> handles;
+    const QuorPtr<trace_Config_i> machine = m_machine.Connect("web", nullptr);
     TcfApplier applier(
+        *machine,
         [&](const std::string& app) { return QuorPtr<trace_App_i>(m_machine.Open(app, nullptr)); },
         handles);
     std::istringstream in(std::string(kTcfHeader) + "\n" + lines);
@@ -72,7 +74,6 @@ TEST_F(TcfConfigTest, ACollectedFileAppliesAsItsLinesDo) {
     } else {
       EXPECT_EQ(ReadTcf(in, applier), TcfEnd::Whole);
     }
-    EXPECT_EQ(applier.Unknown(), 1u);
     inForce.push_back(TcfConfigOf(Handles()));
   }
   EXPECT_EQ(inForce[0], inForce[1]);
@@ -80,9 +81,12 @@ TEST_F(TcfConfigTest, ACollectedFileAppliesAsItsLinesDo) {
 }
 
 TEST_F(TcfConfigTest, ReplayEndsWhereTheHandlerStopsIt) {
+  const QuorPtr<trace_Config_i> machine = m_machine.Connect("web", nullptr);
   m_machine.m_away = true;
+  m_machine.m_log.clear();
   std::list<QuorPtr<trace_App_i>> handles;
   TcfApplier applier(
+      *machine,
       [&](const std::string& app) { return QuorPtr<trace_App_i>(m_machine.Open(app, nullptr)); },
       handles);
   EXPECT_FALSE(ReplayTcf(ConfigOfLines("APP: \"a\"\nAPP: \"b\"\n"), applier));
@@ -104,6 +108,25 @@ TEST_F(TcfConfigTest, AMachineReadsAsTheFileThatIsSavedFromIt) {
   EXPECT_EQ(TcfConfigOf(Handles()), collector.Config());
   EXPECT_EQ(collector.Config()[1].sink->options, "a=1;");
   EXPECT_EQ(collector.Config()[1].traces.size(), 2u);
+}
+
+// The low 16 bits of an id tell that there is no such trace.
+TEST_F(TcfConfigTest, AnIdWhoseLowHalfIsAllOnesIsNoTrace) {
+  m_machine.Run("a", {"N/x", "N/y"}, 7);
+  m_machine.m_apps["a"].traces[0].id = 0x1FFFF;
+  m_machine.m_apps["a"].traces[1].id = 0x1FFFE;
+  std::list<QuorPtr<trace_App_i>> handles;
+  const QuorPtr<trace_Config_i> machine = m_machine.Connect("web", nullptr);
+  TcfApplier applier(
+      *machine,
+      [&](const std::string& app) { return QuorPtr<trace_App_i>(m_machine.Open(app, nullptr)); },
+      handles);
+  const TcfConfig config =
+      ConfigOfLines("APP: \"a\"\nTRACE: \"N\" \"x\" Info\nTRACE: \"N\" \"y\" Info\n");
+  EXPECT_TRUE(ReplayTcf(config, applier));
+  EXPECT_EQ(m_machine.InForce("a"), "N/x=0 N/y=1");
+  EXPECT_EQ(TracesUnknownTo(*handles.front(), config.front()),
+            (std::vector<TcfTrace>{{"N", "x", 1}}));
 }
 
 TEST_F(TcfConfigTest, TracesThatAnApplicationDoesNotHaveAreNamed) {

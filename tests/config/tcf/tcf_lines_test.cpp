@@ -38,10 +38,13 @@ std::string Version(const std::string& text) {
   return _trc_GetCfgLineVersion(in, &version) ? "[" + version + "]" : "none";
 }
 
-TEST(TcfLines, TheFirstLineIsGivenAsItIsWithoutItsEndAndAByteOrderMark) {
+TEST(TcfLines, TheFirstLineIsGivenAsItIsWithoutItsEndBlanksThereAndAByteOrderMark) {
   EXPECT_EQ(Version("TCF Version 3.2\nAPP: \"a\"\n"), "[TCF Version 3.2]");
   EXPECT_EQ(Version("TCF Version 3.2"), "[TCF Version 3.2]");
   EXPECT_EQ(Version("TCF Version 3.2\r\n"), "[TCF Version 3.2]");
+  EXPECT_EQ(Version("TCF Version 3.2 \t\n"), "[TCF Version 3.2]") << "blanks may end any line";
+  EXPECT_EQ(Version(" TCF Version 3.2\n"), "[ TCF Version 3.2]");
+  EXPECT_EQ(Version("TCF Version 3.2 x\n"), "[TCF Version 3.2 x]");
   EXPECT_EQ(Version("\xEF\xBB\xBFTCF Version 3.2\n"), "[TCF Version 3.2]");
   EXPECT_EQ(Version("tcf version 3.2\n"), "[tcf version 3.2]");
   EXPECT_EQ(Version("\nTCF Version 3.2\n"), "[]") << "no line in front of it is passed over";

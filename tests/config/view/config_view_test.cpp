@@ -184,7 +184,7 @@ TEST_F(ConfigViewTest, AnEmptyDialogSaysWhyItIsEmpty) {
   Open();
   Choose({});
   Run(ID_CONFIG_ADD);
-  EXPECT_EQ(m_note, "No application has traced on web yet.");
+  EXPECT_EQ(m_note, "No application that can be traced runs on web.");
   m_machine.Run("orders", {});
   Add({"orders"});
   EXPECT_EQ(m_note, "");
@@ -247,13 +247,36 @@ TEST_F(ConfigViewTest, AMachineThatLeftASheetWithoutAnAnswerIsNotAskedForTheNext
   Choose({"a", "b"});
   m_host.AnswerDialog([this](CDialog&) {  // a's sheet
     m_machine.m_away = true;
-    m_doc->NoteSubmit(*m_doc->GetApplications()->m_apps.front(), false);
+    m_doc->GetApplications()->m_apps.front()->Submit();
   });
   Run(ID_CONFIG_ADD);
-  EXPECT_EQ(m_machine.m_log, "list\nopen a\nrefresh a\n") << "b would wait once more";
+  EXPECT_EQ(m_machine.m_log, "list\nopen a\nrefresh a\nsubmit a\n") << "b would wait once more";
   EXPECT_NE(m_host.Reported().find("Error trying to connect to configuration server."),
             std::string::npos);
   EXPECT_EQ(Shown(), "*a");
+}
+
+TEST_F(ConfigViewTest, AMachineWithoutRoomForAnotherHandleIsToldOnce) {
+  for (const char* const name : {"a", "b", "c"}) m_machine.Run(name, {});
+  Open();
+  Choose({"a", "b", "c"});
+  m_machine.m_refusesOpen = true;
+  Run(ID_CONFIG_ADD);
+  EXPECT_EQ(m_machine.m_log, "list\nopen a\n");
+  EXPECT_EQ(m_host.TakeBoxes(),
+            "dialog -> 1\n"
+            "box Tessera [none] \"Error trying to connect to configuration server.\" (OK) -> OK\n");
+}
+
+// A late answer makes the connection live again, and the list is still empty.
+TEST_F(ConfigViewTest, AListThatWasNotAnsweredIsNotTakenForAnEmptyOne) {
+  m_machine.Run("orders", {});
+  Open();
+  m_machine.m_listIsLate = true;
+  Choose({});
+  Run(ID_CONFIG_ADD);
+  EXPECT_EQ(m_note, "web does not answer.");
+  EXPECT_TRUE(m_doc->IsLive());
 }
 
 TEST_F(ConfigViewTest, AFailedAddLeavesThePlaceholder) {
@@ -368,6 +391,15 @@ TEST_F(ConfigViewTest, OtherHintsRebuildNothing) {
   m_doc->UpdateAllViews(nullptr, 1002);
   EXPECT_EQ(Shown(), "a") << "a rebuilt list has no current item";
   EXPECT_TRUE(List().IsPainted());
+}
+
+TEST_F(ConfigViewTest, TheListIsNotPaintedWhileItIsRebuilt) {
+  for (const char* const name : {"a", "b"}) m_machine.Run(name, {});
+  Open();
+  Add({"a", "b"});
+  const int paints = List().Paints();
+  m_doc->UpdateAllViews(nullptr, CConfigDoc::kHintApplications);
+  EXPECT_EQ(List().Paints(), paints + 1) << "once, when it is complete";
 }
 
 TEST_F(ConfigViewTest, ClearOfTheDocumentEmptiesTheList) {

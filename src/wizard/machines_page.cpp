@@ -56,8 +56,15 @@ QuorPtr<trace_Config_i> CWizMachinesPage::ConnectWith(const std::string& machine
   const WizardProgram& program = Wizard().Program();
   if (const CConfigDoc* const open = FindConfigWindow(*program.ConfigTemplate(), machine))
     return open->GetConfig();
-  const CWaitCursor wait(GetHost());
   return program.Client().connect(machine, nullptr);
+}
+
+// The connection of an open window, or one that has just been made, may have lost its machine.
+WizMachine CWizMachinesPage::Reach(const std::string& name) {
+  const CWaitCursor wait(GetHost());
+  WizMachine machine{ConnectWith(name), {}, {}};
+  if (machine.m_pConfig && !EnterAppList(machine)) machine.m_pConfig = nullptr;
+  return machine;
 }
 
 void CWizMachinesPage::OnAdd() {
@@ -66,13 +73,9 @@ void CWizMachinesPage::OnAdd() {
   if (question.DoModal() != CDialog::kIdOk) return;
   const std::string& name = question.m_strMachine;
   if (IsListed(name)) return Say("Duplicate entry!  Machine not added.", BoxIcon::Warning);
-  const QuorPtr<trace_Config_i> connection = ConnectWith(name);
-  if (!connection) return Say("Error trying to connect to configuration server on " + name);
-  WizMachine& machine = Wizard().m_machines[name] = {connection, {}, {}};
-  {
-    const CWaitCursor wait(GetHost());
-    EnterAppList(machine);
-  }
+  const WizMachine machine = Reach(name);
+  if (!machine.m_pConfig) return Say("Error trying to connect to configuration server on " + name);
+  Wizard().m_machines[name] = machine;
   m_list->SetCurSel(m_list->AddString(name));  // the one that Delete would take
   SetButtons();
   SetMayDelete(true);
@@ -87,11 +90,30 @@ void CWizMachinesPage::OnDelete() {
   SetMayDelete(false);
 }
 
+// Machines that were configured the same have another's connection. Each that is worked on gets its
+// own again; of machines that are the same this is the first. The name of one that cannot be
+// reached.
+std::string CWizMachinesPage::RestoreConnections() {
+  for (auto& [name, machine] : Wizard().m_machines) {
+    if (!IsConnectedWith(machine, name)) {
+      const QuorPtr<trace_Config_i> own = Reach(name).m_pConfig;
+      if (!own) return name;
+      TakeOwnConnection(machine, own);
+    }
+    if (m_bIdentical) break;
+  }
+  return {};
+}
+
 int CWizMachinesPage::OnWizardNext() {
-  const CWaitCursor wait(GetHost());
   CTraceWizardSheet& wizard = Wizard();
   if (!UpdateData(true) || wizard.m_machines.empty()) return kWizardStay;
   NtRegPut(HKEY_CURRENT_USER, kRegWizard, kRegIdentical, m_bIdentical != 0 ? 1U : 0U);
+  if (const std::string away = RestoreConnections(); !away.empty()) {
+    Say("Error trying to connect to configuration server on " + away);
+    return kWizardStay;
+  }
+  const CWaitCursor wait(GetHost());
   WizMachines& machines = wizard.m_machines;
   for (auto machine = machines.begin(); machine != machines.end(); ++machine)
     wizard.MergeOpenConfiguration(machine);

@@ -38,6 +38,9 @@ class CWizMachinesPage : public CWizPage, public ListBoxOwner {
  private:
   bool IsListed(const std::string& machine) const;
   QuorPtr<trace_Config_i> ConnectWith(const std::string& machine);
+  // With its applications; without a connection when it cannot be reached.
+  WizMachine Reach(const std::string& machine);
+  std::string RestoreConnections();
   void SetMayDelete(bool on);
   void SetButtons();
 

@@ -29,15 +29,13 @@ int CWizNetworkPage::OnWizardNext() {
 bool CWizNetworkPage::EnterLocalMachine() {
   CTraceWizardSheet& wizard = Wizard();
   const CWaitCursor wait(GetHost());
-  const QuorPtr<trace_Config_i> local = wizard.Program().Client().connect("localhost", nullptr);
-  if (!local) {
+  WizMachine local{wizard.Program().Client().connect("localhost", nullptr), {}, {}};
+  if (!local.m_pConfig || !EnterAppList(local)) {
     Say("Error trying to connect to local configuration server.");
     return false;
   }
   wizard.m_machines.clear();
-  const auto machine =
-      wizard.m_machines.emplace(_trc_GetHostName(), WizMachine{local, {}, {}}).first;
-  EnterAppList(machine->second);
+  const auto machine = wizard.m_machines.emplace(_trc_GetHostName(), std::move(local)).first;
   wizard.MergeOpenConfiguration(machine);
   wizard.ApplicationPage().m_itMachine.Set(wizard.m_machines, wizard.m_machines.begin());
   return true;

@@ -77,6 +77,20 @@ TEST_F(MachinesPageTest, AMachineWithAnOpenConfigurationIsAddedWithoutANewConnec
   EXPECT_TRUE(Sheet().m_machines.at("web").m_apps.at("ghost").m_app);
 }
 
+TEST_F(MachinesPageTest, AMachineThatDiedUnderItsOpenConfigurationIsNamedAndNotAdded) {
+  m_program.OpenConfig("web");
+  m_program.Machine("web").m_away = true;
+  Begin();
+  Walk("add:web");
+  EXPECT_EQ(Boxes(), Box("Error trying to connect to configuration server on web"));
+  EXPECT_EQ(Shown(), "");
+  EXPECT_EQ(MachineNames(), "");
+  EXPECT_EQ(Window().Enabled(), "back");
+  m_program.Machine("web").m_away = false;
+  Walk("add:web");
+  EXPECT_EQ(Offered("web"), "orders shop");
+}
+
 TEST_F(MachinesPageTest, DeletingAllMachinesLeavesOnlyBack) {
   Begin();
   Walk("add:web add:db del:db");

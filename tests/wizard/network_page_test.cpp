@@ -68,14 +68,15 @@ TEST_F(NetworkPageTest, ApplicationsOfAnOpenConfigurationAreOfferedWithTheirHand
   EXPECT_FALSE(apps.at("billing").m_app);
 }
 
-TEST_F(NetworkPageTest, AMachineThatGoesAwayBeforeItsListIsReadOffersNothing) {
-  Walk("next next");
+TEST_F(NetworkPageTest, AServiceHereThatGoesAwayBeforeItsListIsReadKeepsTheUserAndTheTable) {
+  Walk("next next remote next add:web back");
   m_program.m_client.connect = [this](const std::string& host, std::string* why) {
     trace_Config_i* const made = Local().Connect(host, why);
     Local().m_away = true;
     return made;
   };
   Walk("local next");
-  EXPECT_EQ(Where(), "Applications on THIS");
-  EXPECT_EQ(Window().Enabled(), "back");
+  EXPECT_EQ(Where(), "Networking");
+  EXPECT_EQ(Boxes(), Box("Error trying to connect to local configuration server."));
+  EXPECT_EQ(MachineNames(), "web ");
 }

@@ -71,6 +71,8 @@ WizApps::iterator NextSelected(WizApps& apps, WizApps::iterator from) {
   return std::find_if(from, apps.end(), [](const auto& app) { return app.second.m_bSelected; });
 }
 
+// Kept: also the connection is copied, so another machine is then read through that of `from`.
+// Safe: the next start from the page of machines gives each that is worked on its own again.
 void CopyToOthers(WizMachines& machines, WizMachines::const_iterator from) {
   for (auto machine = machines.begin(); machine != machines.end(); ++machine)
     if (machine != from) machine->second = from->second;

@@ -1,7 +1,11 @@
 #include "wizard/tables/machine_apps.h"
 
-void EnterAppList(WizMachine& machine) {
+#include "base/text.h"
+#include "quor/protocol/machine.h"
+
+bool EnterAppList(WizMachine& machine) {
   for (const std::string& name : machine.m_pConfig->GetAppList()) machine.m_apps[name] = {};
+  return machine.m_pConfig->WasAnswered();
 }
 
 void EnterOpenApps(WizMachine& machine, const std::list<QuorPtr<trace_App_i>>& open,
@@ -9,6 +13,27 @@ void EnterOpenApps(WizMachine& machine, const std::list<QuorPtr<trace_App_i>>& o
   for (const QuorPtr<trace_App_i>& app : open)
     if (app)
       machine.m_apps[app->GetAppName()] = {app, {}, false, unsent.contains(app->GetAppName())};
+}
+
+bool IsConnectedWith(const WizMachine& machine, const std::string& name) {
+  const auto own = ParseMachine(name), has = ParseMachine(machine.m_pConfig->GetHostName());
+  return own && has && own->local == has->local && own->port == has->port &&
+         CompareIgnoringCase(own->host, has->host) == 0;
+}
+
+void TakeOwnConnection(WizMachine& machine, const QuorPtr<trace_Config_i>& own) {
+  machine.m_pConfig = own;
+  for (auto& [name, entry] : machine.m_apps) {
+    const QuorPtr<trace_App_i> other = std::exchange(entry.m_app, nullptr);
+    entry.m_bUnsent = false;
+    for (auto trace = entry.m_traces.begin(); trace != entry.m_traces.end();) {
+      const auto& [component, category] = trace->first;
+      const bool known = other && static_cast<std::uint16_t>(other->GetTraceId(
+                                      component, category)) != WizTrace::kNotLookedUp;
+      trace->second.m_nId = WizTrace::kNotLookedUp;
+      trace = known ? entry.m_traces.erase(trace) : std::next(trace);
+    }
+  }
 }
 
 void MakeNamesIdentical(WizMachines& machines) {

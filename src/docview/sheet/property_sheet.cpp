@@ -12,7 +12,7 @@ void CPropertySheet::AddPage(CPropertyPage& page) {
 }
 
 void CPropertySheet::OnInitDialog() {
-  m_title = m_ownTitle;
+  m_title = m_comingTitle = m_ownTitle;
   m_buttons = PSWIZB_BACK | PSWIZB_NEXT;
   m_posted.clear();
   m_showing = std::make_shared<bool>(true);
@@ -39,7 +39,7 @@ void CPropertySheet::ShowState() {
 void CPropertySheet::Show(std::size_t place) {
   m_active = place;
   CPropertyPage& page = *m_pages[place];
-  if (m_wizard) m_title = page.Caption();
+  if (m_wizard) m_title = m_comingTitle = page.Caption();
   if (!std::exchange(page.m_begun, true)) page.OnInitDialog();
   page.OnSetActive();
   page.UpdateData(false);
@@ -138,6 +138,7 @@ void CPropertySheet::SetWizardButtons(unsigned buttons) {
 }
 
 void CPropertySheet::SetTitle(std::string title) {
+  m_comingTitle = title;
   PostChange([this, title = std::move(title)] { m_title = title; });
 }
 

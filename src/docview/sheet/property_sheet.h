@@ -54,6 +54,8 @@ class CPropertySheet : public CDialog {
   CPropertyPage* GetActivePage() const { return m_face ? m_pages[m_active] : nullptr; }
   std::size_t GetActiveIndex() const { return m_active; }
   const std::string& Title() const { return m_title; }
+  // What the title will be when all that is posted has taken effect.
+  const std::string& ComingTitle() const { return m_comingTitle; }
   // With PSWIZB_FINISH, Finish replaces Next.
   unsigned WizardButtons() const { return m_buttons; }
   bool CanApply() const;
@@ -96,7 +98,7 @@ class CPropertySheet : public CDialog {
   std::vector<CPropertyPage*> m_pages;
   PropertySheetFace* m_face = nullptr;
   std::size_t m_active = 0;
-  std::string m_title;
+  std::string m_title, m_comingTitle;
   unsigned m_buttons = PSWIZB_BACK | PSWIZB_NEXT;
   std::deque<std::function<void()>> m_posted;
   std::shared_ptr<bool> m_showing;  // destroyed with the window; posted calls check it

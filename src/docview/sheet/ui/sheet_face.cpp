@@ -2,14 +2,31 @@
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <QWindow>
+#include <chrono>
 #include <utility>
 
 #include "docview/ui/dialog_parts.h"
+
+namespace {
+
+std::int64_t NowMs() {
+  using std::chrono::milliseconds, std::chrono::steady_clock;
+  return std::chrono::duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+bool PressesButtons(const QKeyEvent& key) {
+  return key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter || key.key() == Qt::Key_Space ||
+         key.modifiers() & Qt::AltModifier;
+}
+
+}  // namespace
 
 QtSheetFace::QtSheetFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces)
     : QtDialogFace(sheet, parent), m_sheet(sheet) {
@@ -94,8 +111,43 @@ void WizardFace::AddPicture(QWidget& picture) {
 
 QPushButton* WizardFace::MakeStep(unsigned id, const char* text, std::function<void()> step) {
   QPushButton* const button = MakeButton(id, text, this);
-  connect(button, &QPushButton::clicked, this, [this, step = std::move(step)] { Forward(step); });
+  connect(button, &QPushButton::clicked, this,
+          [this, step = std::move(step)] { Forward([&] { Do(step); }); });
   return button;
+}
+
+void WizardFace::Do(const std::function<void()>& step) {
+  m_unseen.StepBegins(NowMs());
+  step();
+  m_unseen.StepEnds(NowMs());
+}
+
+// The events of the window system reach the widgets through the window's handle.
+void WizardFace::showEvent(QShowEvent* event) {
+  QtSheetFace::showEvent(event);
+  windowHandle()->installEventFilter(this);
+}
+
+bool WizardFace::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == windowHandle() && event->isInputEvent()) {
+    m_unseen.Arrives(static_cast<const QInputEvent*>(event)->timestamp(), NowMs());
+    if (IsBlindPress(*event)) return true;
+  }
+  return QtSheetFace::eventFilter(watched, event);
+}
+
+// Cancel stands in its place on every page, and Esc is Cancel.
+bool WizardFace::IsBlindPress(const QEvent& event) const {
+  if (event.type() == QEvent::KeyPress) {
+    const auto& key = static_cast<const QKeyEvent&>(event);
+    return PressesButtons(key) && (key.isAutoRepeat() || m_unseen.IsUnseen(key.timestamp()));
+  }
+  if (event.type() != QEvent::MouseButtonPress && event.type() != QEvent::MouseButtonDblClick)
+    return false;
+  const auto& mouse = static_cast<const QMouseEvent&>(event);
+  const QWidget* const under = childAt(mouse.position().toPoint());
+  const bool step = under && (under == m_back || under == m_next || under == m_finish);
+  return step && m_unseen.IsUnseen(mouse.timestamp());
 }
 
 void WizardFace::ShowPage(std::size_t place) {
@@ -110,11 +162,13 @@ void WizardFace::FocusPage() {
   (first ? first : static_cast<QWidget*>(ahead))->setFocus();
 }
 
-// A screen reader tells the page's name when the focus enters the page. Where the page has no
-// control the button that gets the focus has the page's words.
+// A screen reader tells the page's name when the focus enters the page, which is before a posted
+// title takes effect. Where the page has no control the button that gets the focus has the page's
+// words.
 void WizardFace::NameFront() {
   QtPageFace& front = Front();
-  front.setAccessibleName(windowTitle());
+  const QString name = QString::fromStdString(m_sheet.ComingTitle());
+  if (front.accessibleName() != name) front.setAccessibleName(name);  // tells the change
   const QString words = front.FirstControl() ? QString() : front.Words();
   for (QPushButton* const button : {m_next, m_finish}) button->setAccessibleDescription(words);
 }

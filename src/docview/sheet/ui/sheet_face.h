@@ -12,6 +12,7 @@
 
 #include "docview/sheet/property_sheet.h"
 #include "docview/sheet/ui/page_face.h"
+#include "docview/sheet/ui/unseen_presses.h"
 #include "docview/ui/qt_dialog_face.h"
 
 class QHBoxLayout;
@@ -48,7 +49,8 @@ class TabbedSheetFace : public QtSheetFace {
   bool m_shown = false;  // the first page was shown
 };
 
-// Enter is Next or Finish, except on Back and Cancel.
+// Enter is Next or Finish, except on Back and Cancel. What the user presses while a step is at
+// work, and a key that is held, press no button: the next page would be passed unseen.
 class WizardFace : public QtSheetFace {
  public:
   WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces);
@@ -58,8 +60,12 @@ class WizardFace : public QtSheetFace {
  protected:
   // Puts it left of the pages.
   void AddPicture(QWidget& picture);
+  void showEvent(QShowEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void Do(const std::function<void()>& step);
+  bool IsBlindPress(const QEvent& event) const;
   QPushButton* MakeStep(unsigned id, const char* text, std::function<void()> step);
   void LayOut(QPushButton* cancel);
   QtPageFace& Front() const { return *m_pages[m_sheet.GetActiveIndex()]; }
@@ -68,4 +74,5 @@ class WizardFace : public QtSheetFace {
   QHBoxLayout* m_middle;
   QStackedWidget* m_stack;
   QPushButton *m_back, *m_next, *m_finish;
+  UnseenPresses m_unseen;
 };

@@ -186,4 +186,37 @@ TEST_F(SheetFaceTest, APageWithoutControlsLeavesTheFocusToTheButtonAhead) {
   m_wizard.DoModal();
 }
 
+// A screen reader reads a page's name when the focus enters the page.
+TEST_F(SheetFaceTest, APageOfAWizardIsReadByThePostedTitleAsItStands) {
+  AddPages(m_wizard);
+  m_b.onActive = [this] { m_wizard.SetTitle("B on [*]web"); };
+  QStringList read;
+  const auto reader =
+      QObject::connect(qApp, &QApplication::focusChanged, [&read](QWidget*, QWidget* now) {
+        const auto* const page = now ? dynamic_cast<QtPageFace*>(now->parentWidget()) : nullptr;
+        if (page) read << page->accessibleName();
+      });
+  Then([this, &read](QDialog& window) {
+    read.clear();
+    Click(window, QtSheetFace::kNext);
+    EXPECT_EQ(read.join("; ").toStdString(), "B on [*]web");
+    window.reject();
+  });
+  m_wizard.DoModal();
+  QObject::disconnect(reader);
+}
+
+TEST_F(SheetFaceTest, APageThatComesOnceMoreHasTheNameOfItsNewTitleAtOnce) {
+  AddPages(m_wizard);
+  m_a.answer = 101;  // the same page, for the next of several
+  int shown = 0;
+  m_a.onActive = [&] { m_wizard.SetTitle("A for " + std::to_string(++shown)); };
+  Then([](QDialog& window) {
+    QTest::keyClick(window.focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(window.findChild<QWidget*>("101")->accessibleName().toStdString(), "A for 2");
+    window.reject();
+  });
+  m_wizard.DoModal();
+}
+
 }  // namespace

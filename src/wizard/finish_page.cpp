@@ -34,7 +34,7 @@ int CWizFinishPage::OnWizardBack() {
 int CWizFinishPage::OnWizardFinish() {
   const CWaitCursor wait(GetHost());
   CTraceWizardSheet& wizard = Wizard();
-  for (const auto& [name, machine] : wizard.m_machines)
+  for (auto& [name, machine] : wizard.m_machines)
     if (!g_quickClose) Configure(name, machine);
   if (!g_quickClose && !wizard.m_machines.empty()) wizard.Program().OpenLocalMonitor();
   return CWizPage::OnWizardFinish();
@@ -53,16 +53,18 @@ CConfigDoc* CWizFinishPage::FindOrCreateConfigDoc(const std::string& machine) {
   return made;
 }
 
-void CWizFinishPage::Configure(const std::string& name, const WizMachine& machine) {
+// The wizard's handles are given back one by one: with as many again a machine would refuse the
+// last ones. Behind the first refusal it would be asked, and say the same, for each.
+void CWizFinishPage::Configure(const std::string& name, WizMachine& machine) {
   CConfigDoc* const document = FindOrCreateConfigDoc(name);
   if (!document) return;
-  for (const auto& [appName, entry] : machine.m_apps) {
+  for (auto& [appName, entry] : machine.m_apps) {
     if (!entry.m_bSelected || !entry.m_app) continue;
     if (g_quickClose) return;
-    if (trace_App_i* const app = document->AddApplication(appName))
-      document->NoteSubmit(*app, ConfigureApp(entry, *app));
-    else if (!document->IsLive())
-      break;  // a machine that is away would take as long, and say the same, for each
+    trace_App_i* const app = document->AddApplication(appName);
+    if (!app) break;
+    document->NoteSubmit(*app, ConfigureApp(entry, *app));
+    entry.m_app = nullptr;
   }
   if (!machine.m_strConfigFile.empty()) document->SetModifiedFlag(false);
 }

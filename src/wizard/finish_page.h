@@ -18,6 +18,6 @@ class CWizFinishPage : public CWizPage {
   int OnWizardFinish() override;
 
  private:
-  void Configure(const std::string& name, const WizMachine& machine);
+  void Configure(const std::string& name, WizMachine& machine);
   CConfigDoc* FindOrCreateConfigDoc(const std::string& machine);
 };

@@ -26,7 +26,7 @@ class FakeMachine : public FakeMachineState {
   }
   trace_App_i* Open(const std::string& app, std::string* why) {
     m_log += "open " + app + "\n";
-    const bool refused = m_away || m_refusesOpen;
+    const bool refused = m_away || RefusesOpen();
     if (refused && why) *why = "no trace service there";
     return refused ? nullptr : new FakeMachineApp(*this, app, true);
   }

@@ -58,6 +58,7 @@ class FakeMachineState {
   bool m_refuses = false;    // takes no Submit
   int m_refusesNext = 0;     // so many Submits
   bool m_refusesOpen = false;
+  int m_openMax = 1024;  // so many handles on applications
   bool m_listIsLate = false;  // the answer to a list comes after its deadline
   std::string m_log;
   std::function<void()> m_onSubmit = [] {};  // what happens while a Submit waits for its answer
@@ -74,6 +75,11 @@ class FakeMachineState {
     if (m_refusesNext == 0) return m_refuses;
     --m_refusesNext;
     return true;
+  }
+  bool RefusesOpen() const {
+    int open = 0;
+    for (const auto& [name, handles] : m_open) open += handles;
+    return m_refusesOpen || open >= m_openMax;
   }
   bool IsSilent() const { return m_away && m_waited; }
   bool IsHeld(const std::string& name) const {

@@ -183,6 +183,24 @@ TEST_F(FinishPageTest, AMachineThatGoesAwayAmidItsApplicationsIsAskedAndToldOnce
   EXPECT_EQ(m_log.Reported("monitor"), "monitor\n");
 }
 
+TEST_F(FinishPageTest, AMachineThatIsUpAndGivesNoHandleIsAskedAndToldOnce) {
+  Walk("next next local next pick:orders,billing next next next");
+  Machine("localhost").m_refusesOpen = true;
+  Machine("localhost").m_log.clear();
+  Walk("finish");
+  EXPECT_EQ(Boxes(), Box(kNoConnection));
+  EXPECT_EQ(Machine("localhost").m_log, "connect " + _trc_GetHostName() + "\nopen billing\n");
+  EXPECT_EQ(Where(), "ended");
+}
+
+TEST_F(FinishPageTest, AMachineNeedsToGiveOneHandleMoreThanThereAreApplications) {
+  Machine("localhost").Run("zoll", {"Net/Open"});
+  Machine("localhost").m_openMax = 4;
+  Walk("next next local next pick:billing,orders,zoll next next next next finish");
+  EXPECT_EQ(Boxes(), "");
+  EXPECT_EQ(Names(m_program.Config(0)), "billing orders zoll ");
+}
+
 TEST_F(FinishPageTest, AMachineThatTakesNoSubmitIsNotToldInABoxButTheWindowKnows) {
   WalkLocal();
   Machine("localhost").m_refuses = true;

@@ -4,6 +4,9 @@
 
 namespace {
 
+// A service gives a program 1,024 handles. One that has refused so many more gives none.
+constexpr int kRefusalsMax = 8;
+
 // The handles of a machine with what it has now. After a question without an answer it is asked
 // again only if it is up: that question was refused, or the machine has come back.
 class Handles {
@@ -19,8 +22,10 @@ class Handles {
       if (!entry.m_bUnsent) m_answers = entry.m_app->Refresh();
       return true;
     }
+    if (m_refusals == kRefusalsMax) return false;
     entry.m_app = m_open(m_machine.GetHostName(), name);
     m_answers = static_cast<bool>(entry.m_app);
+    m_refusals += !m_answers;
     return m_answers;
   }
 
@@ -28,6 +33,7 @@ class Handles {
   const trace_Config_i& m_machine;
   const WizOpenApp& m_open;
   bool m_answers = true;
+  int m_refusals = 0;
 };
 
 }  // namespace

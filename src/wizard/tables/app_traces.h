@@ -18,7 +18,8 @@ using WizOpenApp = std::function<trace_App_i*(const std::string& host, const std
 // Collects the traces of the selected applications with the settings that the machine has now, for
 // which it opens a handle on those that have none. An application that cannot be reached is not
 // selected any more. False: there was one. Each is asked for at most 5 seconds; a machine that has
-// not answered is not asked again. REQUIRES: the machine has a connection.
+// not answered is not asked again, and one that goes on refusing is asked for no more handles.
+// REQUIRES: the machine has a connection.
 bool ReadSelected(WizMachine& machine, const WizOpenApp& open);
 
 // The first selected one from this place on; the end if there is none.

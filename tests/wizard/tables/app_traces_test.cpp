@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/fake_machine.h"
 #include "support/wizard_table_text.h"
 
@@ -98,6 +100,20 @@ TEST_F(AppTracesTest, AnApplicationThatCannotBeReachedIsNotSelectedAnyMore) {
   EXPECT_FALSE(Read());
   EXPECT_EQ(Table(), "billing\norders\n");
   EXPECT_EQ(Asked(), "open billing\nopen orders\n") << "the machine answers, so each is tried";
+}
+
+TEST_F(AppTracesTest, AMachineThatGivesNoMoreHandlesIsNotAskedForThousands) {
+  for (int app = 0; app < 3000; ++app) m_machine.m_apps["orders" + std::to_string(app)];
+  m_fake.m_openMax = 20;
+  EXPECT_FALSE(Read());
+  const std::string asked = Asked();
+  EXPECT_EQ(std::count(asked.begin(), asked.end(), '\n'), 20 + 8);
+  std::size_t selected = 0;
+  for (const auto& [name, app] : m_machine.m_apps) {
+    EXPECT_EQ(app.m_bSelected, static_cast<bool>(app.m_app)) << name;
+    selected += app.m_bSelected;
+  }
+  EXPECT_EQ(selected, 20U);
 }
 
 TEST_F(AppTracesTest, TheOthersAreReadWhenOneCannotBeReached) {

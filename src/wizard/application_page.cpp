@@ -2,11 +2,22 @@
 
 #include <filesystem>
 #include <iterator>
+#include <system_error>
 
 #include "base/text.h"
 #include "wizard/tables/app_traces.h"
 #include "wizard/tables/load_tcf.h"
 #include "wizard/wizard_sheet.h"
+
+namespace {
+
+// A dialog makes the folder of the file the current one, unless the program must not enter it.
+bool IsInCurrentFolder(const std::filesystem::path& file) {
+  std::error_code failed;
+  return !file.has_parent_path() || std::filesystem::equivalent(file.parent_path(), ".", failed);
+}
+
+}  // namespace
 
 CWizApplicationPage::CWizApplicationPage(Host& host)
     : CWizPage(host, kApplicationPage, "Trace Wizard: Applications") {}
@@ -104,9 +115,11 @@ void CWizApplicationPage::OnLoad() {
   request.filters = {{"Trace Config Files (*.tcf)", "*.tcf"}};
   const auto answer = GetHost().RunFileDialog(request);
   if (!answer) return;
-  // Kept: the name without its folder. Safe: the dialog made its folder the current one.
-  const std::string name = std::filesystem::path(answer->path).filename().string();
-  const WizLoad loaded = LoadTcf(name, *machine);
+  // Kept: the name without its folder. Safe: the dialog made its folder the current one, or no file
+  // is read: another folder may have a file of that name.
+  const std::filesystem::path file = answer->path;
+  const WizLoad loaded =
+      IsInCurrentFolder(file) ? LoadTcf(file.filename().string(), *machine) : WizLoad::NotOpened;
   // Kept: after a bad line the list shows the former names, while the table has what the file gave
   // so far. Safe: Next passes over names that the table does not have.
   if (loaded == WizLoad::Loaded)

@@ -64,7 +64,8 @@ TEST_F(ApplicationLoadTest, TheApplicationsOfTheFileReplaceTheListAndAllAreSelec
 TEST_F(ApplicationLoadTest, TheFileIsOpenedByItsNameAloneFromTheDialogsFolder) {
   Begin(kLocal);
   m_folder.File("here.tcf", kTcfLine1 + "APP: \"here\"\n");
-  LoadFile("/somewhere/else/here.tcf");
+  std::filesystem::create_directory_symlink(m_folder.Path(), m_folder.File("link"));
+  LoadFile(m_folder.File("link/here.tcf"));
   EXPECT_EQ(Shown(), "*here");
   EXPECT_EQ(Machine().m_strConfigFile, "here.tcf");
 }
@@ -83,6 +84,20 @@ TEST_F(ApplicationLoadTest, AWrongFirstLineIsToldAndTheListStillHolds) {
   EXPECT_EQ(Boxes(), Box(kBadFile));
   Walk("pick:orders");
   EXPECT_EQ(Next(), "Traces for orders");
+}
+
+TEST_F(ApplicationLoadTest, AFileOfThatNameInTheFormerFolderIsNotReadInItsPlace) {
+  Begin(kLocal);
+  const TempDir other;
+  m_folder.File("chosen.tcf", kTcfLine1 + "APP: \"former\"\n");
+  LoadFile(other.File("chosen.tcf", kTcfLine1 + "APP: \"orders\"\n"));
+  EXPECT_EQ(Boxes(), Box("Error opening file."));
+  EXPECT_EQ(Shown(), "billing orders");
+  EXPECT_EQ(Table(), "billing\norders\n");
+  EXPECT_EQ(Machine().m_strConfigFile, "");
+  std::filesystem::current_path(other.Path());
+  LoadFile(other.File("chosen.tcf"));
+  EXPECT_EQ(Shown(), "*orders");
 }
 
 TEST_F(ApplicationLoadTest, AFileWithoutAnyApplicationLeavesAnEmptyListAndOnlyBack) {

@@ -1,7 +1,8 @@
 // The last page: turns the wizard's tables into configuration windows and a monitor.
 //
 // Errors   Message boxes of the windows. A machine that cannot be reached is passed over.
-// Threads  Interface thread; each machine and each application is asked for at most 5 seconds.
+// Threads  Interface thread. A machine is asked for at most 5 seconds to connect, and as long twice
+//          for each application; behind a question without an answer it is not asked on.
 #pragma once
 
 #include "wizard/tables/wizard_tables.h"

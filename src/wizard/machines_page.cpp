@@ -16,7 +16,7 @@ CWizMachinesPage::CWizMachinesPage(Host& host)
       m_bIdentical(NtRegGet(HKEY_CURRENT_USER, kRegWizard, kRegIdentical, 0U) != 0) {}
 
 void CWizMachinesPage::OnSetActive() {
-  m_mayDelete = false;  // nothing is selected
+  m_mayDelete = false;  // nothing is selected, the first time or later
   if (m_list) {
     m_list->ResetContent();
     for (const auto& [name, machine] : Wizard().m_machines) m_list->AddString(name);

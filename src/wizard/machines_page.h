@@ -21,7 +21,6 @@ class CWizMachinesPage : public CWizPage, public ListBoxOwner {
   void Attach(ListBox& list) { m_list = &list; }
   void Detach() { m_list = nullptr; }
 
-  void OnInitDialog() override { m_mayDelete = false; }
   void OnSetActive() override;
   int OnWizardNext() override;
   void OnAdd();

@@ -19,19 +19,19 @@ class FakeMachine : public FakeMachineState {
  public:
   // What the document asks in place of the static functions of the client's classes.
   trace_Config_i* Connect(const std::string& host, std::string* why) {
-    m_log += "connect " + host + "\n";
+    Ask("connect " + host);
     m_host = host;
     if (m_away && why) *why = "no trace service there";
     return m_away ? nullptr : new FakeConfig(*this, host);
   }
   trace_App_i* Open(const std::string& app, std::string* why) {
-    m_log += "open " + app + "\n";
+    Ask("open " + app);
     const bool refused = m_away || RefusesOpen();
     if (refused && why) *why = "no trace service there";
     return refused ? nullptr : new FakeMachineApp(*this, app, true);
   }
   trace_App_i* Look(const std::string& app, std::string* why) {
-    m_log += "look " + app + "\n";
+    Ask("look " + app);
     if (m_away && why) *why = "no trace service there";
     return m_away ? nullptr : new FakeMachineApp(*this, app, false);
   }

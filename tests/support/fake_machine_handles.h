@@ -60,7 +60,7 @@ class FakeMachineApp final : public trace_App_i {
     m_sinkHeld = true;
   }
   bool Submit() const override {
-    m_machine.m_log += "submit " + m_name + "\n";
+    m_machine.Ask("submit " + m_name);
     m_machine.m_onSubmit();
     if (!m_machine.Answers() || m_machine.Refuses() || !m_machine.IsHeld(m_name)) return false;
     if (m_sinkHeld && std::max(m_state.sinkName.size(), m_state.sinkOptions.size()) >
@@ -80,7 +80,7 @@ class FakeMachineApp final : public trace_App_i {
     return true;
   }
   bool Refresh() override {
-    m_machine.m_log += "refresh " + m_name + "\n";
+    m_machine.Ask("refresh " + m_name);
     if (!m_machine.Answers()) return false;
     Take();
     return true;
@@ -122,7 +122,7 @@ class FakeConfig final : public trace_Config_i {
 
   const std::string& GetHostName() const override { return m_host; }
   const std::list<std::string>& GetAppList() const override {
-    m_machine.m_log += "list\n";
+    m_machine.Ask("list");
     m_list.clear();
     m_answered = m_machine.Answers() && !m_machine.m_listIsLate;
     if (!m_answered) return m_list;

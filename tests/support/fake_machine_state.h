@@ -58,14 +58,20 @@ class FakeMachineState {
   bool m_refuses = false;    // takes no Submit
   int m_refusesNext = 0;     // so many Submits
   bool m_refusesOpen = false;
-  int m_openMax = 1024;  // so many handles on applications
+  int m_openMax = 1024;       // so many handles on applications
   bool m_listIsLate = false;  // the answer to a list comes after its deadline
   std::string m_log;
+  std::function<void(const std::string& question)> m_onAsked = [](const std::string&) {};
   std::function<void()> m_onSubmit = [] {};  // what happens while a Submit waits for its answer
   int m_handles = 0;
   std::map<std::string, int> m_open;  // handles by application
   static constexpr std::size_t kSinkTextMax = 4096;
 
+  // A call that a real handle would send.
+  void Ask(const std::string& question) {
+    m_log += question + "\n";
+    m_onAsked(question);
+  }
   // A question comes: false when nobody answers.
   bool Answers() {
     m_waited = m_away;

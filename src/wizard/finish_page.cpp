@@ -4,6 +4,7 @@
 
 #include "config/document/config_window.h"
 #include "config/used_machines.h"
+#include "docview/win_app.h"
 #include "settings/globals.h"
 #include "wizard/tables/configure_app.h"
 #include "wizard/wizard_sheet.h"
@@ -48,8 +49,12 @@ CConfigDoc* CWizFinishPage::FindOrCreateConfigDoc(const std::string& machine) {
     open->DeleteContents();
     return open;
   }
-  CConfigDoc* const made = OpenConfigWindow(configurations, machine);
-  if (made) NoteUsedMachine(machine);
+  std::string why;
+  CConfigDoc* const made = OpenConfigWindow(configurations, machine, &why);
+  if (made)
+    NoteUsedMachine(machine);
+  else if (!why.empty())
+    configurations.App()->ShowNotice("Cannot configure " + machine + ": " + why);
   return made;
 }
 

@@ -1,6 +1,7 @@
 // The last page: turns the wizard's tables into configuration windows and a monitor.
 //
-// Errors   Message boxes of the windows. A machine that cannot be reached is passed over.
+// Errors   Message boxes of the windows. A machine that cannot be reached is passed over, and the
+//          status bar says why.
 // Threads  Interface thread. A machine is asked for at most 5 seconds to connect, and as long twice
 //          for each application; behind a question without an answer it is not asked on.
 #pragma once

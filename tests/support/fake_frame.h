@@ -172,6 +172,10 @@ class ProbeView : public CView {
 // An application with a fake main frame, for tests of documents and views.
 class FakeApp : public CWinApp {
  public:
-  FakeApp(Host& host, FrameLog& log) : CWinApp(host), m_frame(*this, log) {}
+  FakeApp(Host& host, FrameLog& log) : CWinApp(host), m_frame(*this, log), m_log(log) {}
+  void ShowNotice(const std::string& notice) override { m_log.Add("notice " + notice); }
   FakeMainFrame m_frame;
+
+ private:
+  FrameLog& m_log;
 };

@@ -162,6 +162,7 @@ TEST_F(FinishPageTest, AMachineThatIsAwayIsSkippedWithItsMessageAndTheOthersGoOn
   Machine("db").m_away = true;
   Walk("finish");
   EXPECT_EQ(Boxes(), Box(kNoConnection));
+  EXPECT_EQ(m_log.Reported("notice"), "notice Cannot configure db: no trace service there\n");
   ASSERT_EQ(m_program.Configs(), 1U);
   EXPECT_EQ(m_program.Config(0).GetMachineName(), "web");
   EXPECT_EQ(Machine("web").InForce("orders"), "Net/Open=7 Disk/Read=7");

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "base/text.h"
+#include "config/tcf/config_texts.h"
 #include "wizard/tables/app_traces.h"
 #include "wizard/tables/load_tcf.h"
 #include "wizard/wizard_sheet.h"
@@ -102,7 +103,7 @@ int CWizApplicationPage::OnWizardNext() {
   if (all && first != apps.end()) return CWizPage::OnWizardNext();
   // After a load that failed the list may show names that are in the table no longer.
   ShowSelection(apps);
-  if (!all) Say("Error trying to connect to configuration server.");
+  if (!all) Say(ConfigTexts::kNoConnection);
   return kWizardStay;
 }
 

@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "config/document/config_window.h"
 #include "config/machine_dialog.h"
+#include "config/tcf/config_texts.h"
 #include "settings/registry.h"
 #include "wizard/tables/machine_apps.h"
 #include "wizard/wizard_sheet.h"
@@ -72,9 +73,9 @@ void CWizMachinesPage::OnAdd() {
   CMachineDlg question(GetHost(), "What machine do you want to configure?", "configuration");
   if (question.DoModal() != CDialog::kIdOk) return;
   const std::string& name = question.m_strMachine;
-  if (IsListed(name)) return Say("Duplicate entry!  Machine not added.", BoxIcon::Warning);
+  if (IsListed(name)) return Say(ConfigTexts::kDuplicateMachine, BoxIcon::Warning);
   const WizMachine machine = Reach(name);
-  if (!machine.m_pConfig) return Say("Error trying to connect to configuration server on " + name);
+  if (!machine.m_pConfig) return Say(ConfigTexts::kNoConnectionOn + name);
   Wizard().m_machines[name] = machine;
   m_list->SetCurSel(m_list->AddString(name));  // the one that Delete would take
   SetButtons();
@@ -110,7 +111,7 @@ int CWizMachinesPage::OnWizardNext() {
   if (!UpdateData(true) || wizard.m_machines.empty()) return kWizardStay;
   NtRegPut(HKEY_CURRENT_USER, kRegWizard, kRegIdentical, m_bIdentical != 0 ? 1U : 0U);
   if (const std::string away = RestoreConnections(); !away.empty()) {
-    Say("Error trying to connect to configuration server on " + away);
+    Say(ConfigTexts::kNoConnectionOn + away);
     return kWizardStay;
   }
   const CWaitCursor wait(GetHost());

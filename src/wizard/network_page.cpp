@@ -1,5 +1,6 @@
 #include "wizard/network_page.h"
 
+#include "config/tcf/config_texts.h"
 #include "quor/client/trace_thread.h"
 #include "settings/registry.h"
 #include "wizard/tables/machine_apps.h"
@@ -31,7 +32,7 @@ bool CWizNetworkPage::EnterLocalMachine() {
   const CWaitCursor wait(GetHost());
   WizMachine local{wizard.Program().Client().connect("localhost", nullptr), {}, {}};
   if (!local.m_pConfig || !EnterAppList(local)) {
-    Say("Error trying to connect to local configuration server.");
+    Say(ConfigTexts::kNoLocalConnection);
     return false;
   }
   wizard.m_machines.clear();

@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "commands/columns_option.h"
+#include "config/tcf/config_texts.h"
 #include "live/app_text.h"
 #include "live/config_sources.h"
 #include "live/live.h"
@@ -22,7 +23,7 @@
 
 namespace {
 
-constexpr char kNoConnection[] = "Error trying to connect to configuration server.";
+constexpr const char* kNoConnection = ConfigTexts::kNoConnection;
 // A service gives a client 1,024 handles. The others are closed: their settings stay in force as
 // long as the application runs.
 constexpr std::size_t kHeldMax = 1000;
@@ -92,21 +93,19 @@ void Setup::Connect() {
   if (!m_options.machines.empty()) return;
   std::string why;
   const QuorPtr<trace_Config_i> local = trace_Config_i::Create("localhost", &why);
-  if (!local)
-    return m_report.Fault(kExitBad,
-                          "Error trying to connect to local configuration server." + Because(why));
+  if (!local) return m_report.Fault(kExitBad, ConfigTexts::kNoLocalConnection + Because(why));
   m_machines[_trc_GetHostName()] = {local, {}, {}};
 }
 
 void Setup::Add(const std::string& name) {
   const auto is = [&](const auto& entry) { return CompareIgnoringCase(entry.first, name) == 0; };
   if (std::any_of(m_machines.begin(), m_machines.end(), is))
-    return PrintError(VisibleText(name) + ": Duplicate entry!  Machine not added.");
+    return PrintError(VisibleText(name) + ": " + ConfigTexts::kDuplicateMachine);
   std::string why;
   const QuorPtr<trace_Config_i> config = trace_Config_i::Create(name, &why);
   if (!config)
-    return m_report.Fault(kExitBad, "Error trying to connect to configuration server on " +
-                                        VisibleText(name) + Because(why));
+    return m_report.Fault(kExitBad,
+                          ConfigTexts::kNoConnectionOn + VisibleText(name) + Because(why));
   m_machines[name] = {config, {}, {}};
 }
 

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "config/document/app_names.h"
 #include "config/machine_dialog.h"
+#include "config/tcf/config_texts.h"
 #include "config/tcf/tcf_apply.h"
 #include "config/tcf/tcf_file.h"
 #include "config/tcf/tcf_write.h"
@@ -19,8 +20,6 @@
 namespace {
 
 constexpr char kTitle[] = "Configuration on ";
-constexpr char kNoConnection[] = "Error trying to connect to configuration server.";
-constexpr char kNotOpened[] = "Error opening file.";
 
 bool HasActiveTraces(const trace_App_i& app) {
   for (const trace_Component_t& component : app.GetTraceMap())
@@ -52,7 +51,7 @@ bool CConfigDoc::Connect(const std::string& machine) {
     const CWaitCursor wait(GetHost());
     m_pConfig = m_client.connect(machine, &m_whyNotConnected);
   }
-  if (!m_pConfig) ShowError(kNoConnection);
+  if (!m_pConfig) ShowError(ConfigTexts::kNoConnection);
   return m_pConfig != nullptr;
 }
 
@@ -83,7 +82,7 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
     if (!silent) app = m_client.open(GetMachineName(), name);
   }
   if (!app) {
-    ShowError(kNoConnection);
+    ShowError(ConfigTexts::kNoConnection);
     return nullptr;
   }
   m_mayBeOn.erase(name);
@@ -186,7 +185,7 @@ bool CConfigDoc::OnOpenDocument(const std::string& path) {
   std::string why;
   std::ifstream in = OpenTcf(path, &why);
   if (!in.is_open()) {
-    ShowError(kNotOpened);
+    ShowError(ConfigTexts::kNotOpened);
     return Refuse({why});
   }
   DeleteContents();
@@ -218,7 +217,7 @@ bool CConfigDoc::ReadFile(std::istream& in) {
   // Kept: what stands in front of a bad line is in force on the machine, although the document is
   // emptied. Safe: the document asks about traces that are on.
   const bool isBad = end == TcfEnd::BadLine;
-  ShowError(isBad ? "Invalid format." : kNoConnection);
+  ShowError(isBad ? ConfigTexts::kInvalid : ConfigTexts::kNoConnection);
   return Refuse({isBad ? "line " + GroupDigits(fault.line) + ": " + fault.why : "", !isBad});
 }
 
@@ -227,7 +226,7 @@ bool CConfigDoc::ReadFile(std::istream& in) {
 bool CConfigDoc::OnSaveDocument(const std::string& path) {
   std::ofstream out = CreateTcf(path);
   if (!out.is_open()) {
-    ShowError(kNotOpened);
+    ShowError(ConfigTexts::kNotOpened);
     return false;
   }
   TcfWritten written;

@@ -1,5 +1,6 @@
 #include "config/tcf/tcf_write.h"
 
+#include "config/tcf/config_texts.h"
 #include "config/tcf/tcf_lines.h"
 #include "config/tcf/tcf_words.h"
 #include "quor/client/settings_words.h"
@@ -77,7 +78,7 @@ std::string TcfSinkOptions(trc_SinkTypes_e type, const std::string& name, std::s
 const char* WordsOf(TcfWritten written) {
   switch (written) {
     case TcfWritten::NoHeader:
-      return "Error opening file.";
+      return ConfigTexts::kNotOpened;
     case TcfWritten::Unwritable:
       return "Error writing to file.";
     case TcfWritten::UnsupportedSink:

@@ -1,5 +1,6 @@
 #include "wizard/tables/load_tcf.h"
 
+#include "config/tcf/config_texts.h"
 #include "config/tcf/tcf_file.h"
 #include "config/tcf/tcf_read.h"
 
@@ -36,9 +37,9 @@ class AppsOfFile final : public TcfHandler {
 const char* WordsOf(WizLoad result) {
   switch (result) {
     case WizLoad::NotOpened:
-      return "Error opening file.";
+      return ConfigTexts::kNotOpened;
     case WizLoad::Invalid:
-      return "Invalid format.";
+      return ConfigTexts::kInvalid;
     case WizLoad::Wildcard:
       return "Wildcards in component and category names are not supported by Tessera";
     default:

@@ -28,6 +28,7 @@ class FakeListBox final : public ListBox {
     Paint();
   }
   int AddString(const std::string& text, std::uintptr_t data) override {
+    ++m_calls;
     const int place = m_items.PlaceOf(text);
     m_items.Insert(place, text, data);
     std::set<int> moved;
@@ -47,8 +48,8 @@ class FakeListBox final : public ListBox {
     m_current = m_current == item ? -1 : m_current - (m_current > item);
     m_top = std::clamp(m_top, 0, std::max(0, Count() - m_page));
   }
-  int Count() const override { return m_items.Count(); }
-  std::string Text(int item) const override { return m_items.Text(item); }
+  int Count() const override { return ++m_calls, m_items.Count(); }
+  std::string Text(int item) const override { return ++m_calls, m_items.Text(item); }
   std::uintptr_t Data(int item) const override { return m_items.Data(item); }
   int FindStringExact(const std::string& text) const override { return m_items.FindExact(text); }
   int CurSel() const override {
@@ -63,15 +64,17 @@ class FakeListBox final : public ListBox {
     m_top = std::clamp(m_top, std::max(0, item - m_page + 1), item);
   }
   void SetSel(int item, bool on) override {
+    ++m_calls;
     if (on && m_items.Has(item)) m_selected.insert(item);
     if (!on) m_selected.erase(item);
   }
-  bool IsSelected(int item) const override { return m_selected.contains(item); }
-  int SelectedCount() const override { return static_cast<int>(m_selected.size()); }
+  bool IsSelected(int item) const override { return ++m_calls, m_selected.contains(item); }
+  int SelectedCount() const override { return ++m_calls, static_cast<int>(m_selected.size()); }
   int TopIndex() const override { return m_top; }
   int CountPerPage() const override { return m_page; }
 
   // What a person sees and does.
+  int TakeCalls() { return std::exchange(m_calls, 0); }  // of its owner, since the last look
   void SetPage(int rows) { m_page = rows; }
   bool HasFocus() const { return m_focus; }
   void LoseFocus() { m_focus = false; }
@@ -111,5 +114,6 @@ class FakeListBox final : public ListBox {
   ListBoxItems m_items;
   std::set<int> m_selected;
   int m_current = -1, m_top = 0, m_page = 10, m_paints = 0;
+  mutable int m_calls = 0;
   bool m_focus = false, m_redraw = true;
 };

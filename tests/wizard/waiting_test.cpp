@@ -20,6 +20,13 @@ class WaitingTest : public WizardFixture {
     return m_asked;
   }
 
+  static constexpr int kMany = 10000;
+  void RunMany() {
+    for (int app = 0; app < kMany; ++app)
+      m_program.Machine("localhost").m_apps["app" + std::to_string(app)].instances = 1;
+  }
+  int Calls() { return Window().applications.TakeCalls(); }
+
   std::string m_asked, m_uncovered;
 };
 
@@ -41,4 +48,41 @@ TEST_F(WaitingTest, NextOnThePageOfMachinesIsUnderAWaitCursor) {
   m_host.ClearTranscript();
   Walk("next");
   EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
+}
+
+TEST_F(WaitingTest, ThousandsOfApplicationsAreListedWithTwoCallsForEach) {
+  RunMany();
+  Walk("next next local next");
+  EXPECT_EQ(Window().applications.Count(), kMany + 2);
+  EXPECT_LE(Calls(), 2 * kMany);
+}
+
+TEST_F(WaitingTest, AClickAmongThousandsOfApplicationsLooksAtNoneOfThem) {
+  RunMany();
+  Walk("next next local next");
+  FakeListBox& list = Window().applications;
+  for (const bool control : {false, true, true}) {
+    Calls();
+    list.Click(3, control);
+    list.Click(4, control);
+    m_host.RunPosted();
+    EXPECT_LE(Calls(), 20) << "the clicks look where they hit";
+  }
+}
+
+TEST_F(WaitingTest, NextLooksAtEachOfThousandsOfApplicationsAFewTimes) {
+  RunMany();
+  Walk("next next local next");
+  Window().applications.SetPage(2 * kMany);
+  Walk("pick:app1,app2");
+  Calls();
+  Walk("next");
+  EXPECT_EQ(Where(), "Traces for app1");
+  EXPECT_LE(Calls(), 4 * kMany);
+  Walk("back");
+  Calls();
+  m_program.Machine("localhost").m_refusesOpen = true;
+  Walk("pick:app3 next");
+  EXPECT_EQ(Where(), "Applications on THIS");
+  EXPECT_LE(Calls(), 8 * kMany);
 }

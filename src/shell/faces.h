@@ -49,6 +49,8 @@ class ShellFaces {
   virtual std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) = 0;
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
   virtual std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) = 0;
+  // Is a modal box or dialog open?
+  virtual bool IsModal() const = 0;
   virtual void ShowAbout(const std::string& versionLine) = 0;
   virtual void ShowPrintSetup() = 0;
   // A built-in help page by topic; empty for the contents.

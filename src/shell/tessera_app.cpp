@@ -207,7 +207,10 @@ void CTesseraApp::PostWizard() {
   m_frame->PostCall([this] { m_frame->OnCommand(ID_FILE_WIZARD); });
 }
 
+// Ctrl+W or another command may open a modal loop before the posted start has come. It comes there,
+// and must not open a second window.
 void CTesseraApp::OnWizard() {
+  if (m_faces.IsModal()) return;
   CTraceWizardSheet(GetHost(), *this).DoModal();
 }
 

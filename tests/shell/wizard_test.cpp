@@ -85,3 +85,9 @@ TEST_F(WizardInShell, ATraceFileThatDoesNotOpenHasItsReasonInTheStatusBar) {
   });
   EXPECT_EQ(Titles(), "web.trc\n");
 }
+
+TEST_F(WizardInShell, ItDoesNotOpenOverAModalDialog) {
+  m_faces.m_isModal = true;
+  EXPECT_TRUE(Frame().OnCommand(ID_FILE_WIZARD));
+  EXPECT_EQ(m_host.TakeBoxes(), "");
+}

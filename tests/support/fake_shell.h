@@ -114,6 +114,7 @@ class FakeShellFaces : public ShellFaces {
   std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override {
     return Unseen<FakeTreeControl>(owner);
   }
+  bool IsModal() const override { return m_isModal; }
   std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) override {
     return std::make_unique<FakeConfigPane>(owner);
   }
@@ -122,6 +123,7 @@ class FakeShellFaces : public ShellFaces {
   void ShowHelp(const std::string& topic) override { m_log.Add("help \"" + topic + "\""); }
 
   bool m_refuseFrame = false;
+  bool m_isModal = false;  // a modal box or dialog is open
   int m_proposedWidthPx = 1000;
   int m_proposedHeightPx = 700;
   int m_largestWidthPx = 32767, m_largestHeightPx = 32767;

@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <iterator>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "base/text.h"
 #include "config/tcf/config_texts.h"
@@ -41,11 +43,11 @@ void CWizApplicationPage::FillList() {
   if (m_list) {
     m_list->SetRedraw(false);
     m_list->ResetContent();
-    if (WizMachine* const machine = Machine())
-      for (const auto& [name, entry] : machine->m_apps) {
-        const int item = m_list->AddString(_UTF2MBS(name));
-        if (entry.m_bSelected) m_list->SetSel(item, true);
-      }
+    if (WizMachine* const machine = Machine()) {
+      for (const auto& [name, entry] : machine->m_apps) m_list->AddString(_UTF2MBS(name));
+      WizApps& apps = machine->m_apps;
+      if (NextSelected(apps, apps.begin()) != apps.end()) ShowSelection(apps);
+    }
     m_list->SetRedraw(true);
   }
   SetButtons();
@@ -66,11 +68,13 @@ void CWizApplicationPage::TakeSelection(WizApps& apps) {
 }
 
 void CWizApplicationPage::ShowSelection(WizApps& apps) {
-  for (int item = 0; m_list && item < m_list->Count(); ++item) {
+  if (!m_list) return;
+  std::vector<int> selected;
+  for (int item = 0; item < m_list->Count(); ++item) {
     const auto entry = apps.find(_MBS2UTF(m_list->Text(item)));
-    m_list->SetSel(item, entry != apps.end() && entry->second.m_bSelected);
+    if (entry != apps.end() && entry->second.m_bSelected) selected.push_back(item);
   }
-  SetButtons();
+  m_list->SelectOnly(std::move(selected));
 }
 
 int CWizApplicationPage::OnWizardBack() {
@@ -103,6 +107,7 @@ int CWizApplicationPage::OnWizardNext() {
   if (all && first != apps.end()) return CWizPage::OnWizardNext();
   // After a load that failed the list may show names that are in the table no longer.
   ShowSelection(apps);
+  SetButtons();
   if (!all) Say(ConfigTexts::kNoConnection);
   return kWizardStay;
 }

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "controls/listbox/list_box.h"
 #include "controls/listbox/list_box_items.h"
@@ -67,6 +68,12 @@ class FakeListBox final : public ListBox {
     ++m_calls;
     if (on && m_items.Has(item)) m_selected.insert(item);
     if (!on) m_selected.erase(item);
+  }
+  void SelectOnly(std::vector<int> items) override {
+    ++m_calls;
+    m_selected.clear();
+    for (const int item : items)
+      if (m_items.Has(item)) m_selected.insert(item);
   }
   bool IsSelected(int item) const override { return ++m_calls, m_selected.contains(item); }
   int SelectedCount() const override { return ++m_calls, static_cast<int>(m_selected.size()); }

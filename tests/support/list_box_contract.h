@@ -139,6 +139,19 @@ TYPED_TEST_P(ListBoxContract, ACallSelectsSeveralInSilence) {
   EXPECT_EQ(this->m_owner.Reported(), "");
 }
 
+TYPED_TEST_P(ListBoxContract, ACallSelectsTheseAndNoOthersInSilence) {
+  this->Make(ListBoxMode::Several);
+  this->Box().SetSel(2, true);
+  this->Box().SelectOnly({3, 1, 0, 3, -1, 4});
+  EXPECT_EQ(this->Shown(), "*archiv=1 *Billing=2 lager=3 *zoll=4");
+  EXPECT_EQ(this->Box().SelectedCount(), 3);
+  EXPECT_EQ(this->Box().CurSel(), 0);
+  this->Box().SelectOnly({});
+  EXPECT_EQ(this->Box().SelectedCount(), 0);
+  EXPECT_EQ(this->Box().CurSel(), -1);
+  EXPECT_EQ(this->m_owner.Reported(), "");
+}
+
 TYPED_TEST_P(ListBoxContract, SelectingAnItemScrollsItIntoView) {
   this->Make(ListBoxMode::One, 2);
   EXPECT_EQ(this->Box().CountPerPage(), 2);
@@ -155,4 +168,5 @@ REGISTER_TYPED_TEST_SUITE_P(ListBoxContract, SortsItsItemsIgnoringCaseAndKeepsTh
                             ADoubleClickOnAnItemIsReported,
                             ARightClickSelectsWhatIsUnderItAndBesideAllItemsNothing,
                             TheOwnerGetsDelAndEnterAndMayLeaveThemToTheWindow, SeveralCanBeSelected,
-                            ACallSelectsSeveralInSilence, SelectingAnItemScrollsItIntoView);
+                            ACallSelectsSeveralInSilence, ACallSelectsTheseAndNoOthersInSilence,
+                            SelectingAnItemScrollsItIntoView);

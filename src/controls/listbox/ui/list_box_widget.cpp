@@ -6,6 +6,7 @@
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <algorithm>
+#include <numeric>
 
 #include "controls/listbox/ui/list_box_model.h"
 
@@ -78,8 +79,11 @@ int QtListBox::FindStringExact(const std::string& text) const {
 int QtListBox::CurSel() const {
   const QModelIndex current = currentIndex();
   if (current.isValid() && selectionModel()->isSelected(current)) return current.row();
-  const QModelIndexList selected = selectionModel()->selectedRows();
-  return selected.isEmpty() ? -1 : selected.front().row();
+  const QItemSelection selected = selectionModel()->selection();
+  const auto first = std::min_element(
+      selected.begin(), selected.end(),
+      [](const QItemSelectionRange& a, const QItemSelectionRange& b) { return a.top() < b.top(); });
+  return first == selected.end() ? -1 : first->top();
 }
 
 void QtListBox::SetCurSel(int item) {
@@ -97,13 +101,33 @@ void QtListBox::SetSel(int item, bool on) {
                            on ? QItemSelectionModel::Select : QItemSelectionModel::Deselect);
 }
 
+// Qt's time for a question about the selection grows with the number of ranges, so neighbours are
+// one range.
+void QtListBox::SelectOnly(std::vector<int> items) {
+  std::erase_if(items, [this](int item) { return !m_model->Items().Has(item); });
+  std::sort(items.begin(), items.end());
+  items.erase(std::unique(items.begin(), items.end()), items.end());
+  QItemSelection ranges;
+  for (auto first = items.begin(); first != items.end();) {
+    auto last = first;
+    while (last + 1 != items.end() && *(last + 1) == *last + 1) ++last;
+    ranges.select(IndexOf(*first), IndexOf(*last));
+    first = last + 1;
+  }
+  const QScopedValueRollback<bool> silence(m_silent, true);
+  selectionModel()->select(ranges, QItemSelectionModel::ClearAndSelect);
+}
+
 bool QtListBox::IsSelected(int item) const {
   const QModelIndex index = IndexOf(item);
   return index.isValid() && selectionModel()->isSelected(index);
 }
 
 int QtListBox::SelectedCount() const {
-  return static_cast<int>(selectionModel()->selectedRows().size());
+  const QItemSelection selected = selectionModel()->selection();
+  return std::accumulate(
+      selected.begin(), selected.end(), 0,
+      [](int count, const QItemSelectionRange& range) { return count + range.height(); });
 }
 
 int QtListBox::RowHeight() const {

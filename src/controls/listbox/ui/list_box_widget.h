@@ -28,6 +28,7 @@ class QtListBox final : public QListView, public ListBox, public QtControl {
   int CurSel() const override;
   void SetCurSel(int item) override;
   void SetSel(int item, bool on) override;
+  void SelectOnly(std::vector<int> items) override;
   bool IsSelected(int item) const override;
   int SelectedCount() const override;
   int TopIndex() const override;

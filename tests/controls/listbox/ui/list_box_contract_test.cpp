@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QElapsedTimer>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -108,4 +109,35 @@ TEST(ListBoxWidget, HasANameForScreenReaders) {
   RecordingListBoxOwner owner;
   QtListBoxHarness harness(owner, ListBoxMode::One);
   EXPECT_EQ(harness.Widget().accessibleName(), "Applications");
+}
+
+// A machine that has run for years. One range for each item takes a hundred times as long.
+TEST(ListBoxWidget, TenThousandSelectedItemsAnswerAtOnce) {
+  class CountingOwner final : public ListBoxOwner {
+   public:
+    void OnListBoxSelection() override { counts.push_back(box->SelectedCount()); }
+    void OnListBoxDoubleClick() override {}
+    bool OnListBoxKey(ListBoxKey) override { return false; }
+    void OnListBoxContextMenu(int, int) override {}
+    const ListBox* box = nullptr;
+    std::vector<int> counts;
+  } owner;
+  QtListBoxHarness harness(owner, ListBoxMode::Several);
+  owner.box = &harness.Box();
+  std::vector<int> all;
+  for (int item = 0; item < 10'000; ++item) {
+    harness.Box().AddString("app" + std::to_string(item));
+    all.push_back(item);
+  }
+  QElapsedTimer clock;
+  clock.start();
+  harness.Box().SelectOnly(all);
+  EXPECT_EQ(harness.Box().SelectedCount(), 10'000);
+  harness.Click(3, true);
+  harness.Click(5, true);
+  EXPECT_EQ(owner.counts, (std::vector{9'999, 9'998}));
+  int selected = 0;
+  for (const int item : all) selected += harness.Box().IsSelected(item);
+  EXPECT_EQ(selected, 9'998);
+  EXPECT_LT(clock.elapsed(), 2000);
 }

@@ -41,7 +41,7 @@ bool ReadConfig(const std::string& path, TcfConfig* config, std::string* why) {
 int ReadConfigFile(const std::string& path, TcfConfig* config) {
   std::string why;
   if (ReadConfig(path, config, &why)) return kExitGood;
-  PrintError(path + ":" + why);
+  PrintError(VisibleText(path) + ":" + why);
   return kExitBad;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <utility>
 
 #include "base/text.h"
@@ -60,6 +61,7 @@ class Setup {
   void OfferApps();
   void Select(const std::string& where, WizApps& apps);
   void ReadMachine(const std::string& name, WizMachine& machine);
+  void TellLeft(const std::string& machine, std::size_t apps);
   void GiveSettings(const std::string& app, WizTraces& traces) const;
   void Finish(const std::string& name, WizMachine& machine);
   QuorPtr<trace_App_i> Open(const std::string& machine, const std::string& app, std::string* why);
@@ -79,7 +81,7 @@ class Setup {
 bool Setup::LoadFile() {
   const WizLoad result = LoadTcf(m_options.file, m_file);
   if (result != WizLoad::Loaded) {
-    m_report.Fault(kExitBad, m_options.file + ": " + WordsOf(result) +
+    m_report.Fault(kExitBad, VisibleText(m_options.file) + ": " + WordsOf(result) +
                                  Because(WhyBadConfigFile(m_options.file)));
     return false;
   }
@@ -149,19 +151,34 @@ void Setup::Select(const std::string& where, WizApps& apps) {
 // Looks at the applications without a handle: what is only read may be told and not done.
 void Setup::ReadMachine(const std::string& name, WizMachine& machine) {
   if (IsCut()) return;
-  std::string why;
+  std::map<std::string, std::string> refused;  // why, of those that were asked for
   const WizApps chosen = machine.m_apps;
-  ReadSelected(machine, [this, &why](const std::string& host, const std::string& app) {
-    return IsCut() ? nullptr : trace_App_i::Look(host, app, &why);
+  ReadSelected(machine, [this, &refused](const std::string& host, const std::string& app) {
+    std::string why;
+    trace_App_i* const handle = IsCut() ? nullptr : trace_App_i::Look(host, app, &why);
+    if (!handle) refused[app] = why;
+    return handle;
   });
+  std::size_t left = 0;
   for (auto& [app, entry] : machine.m_apps) {
     if (entry.m_bSelected) {
       GiveSettings(app, entry.m_traces);
     } else if (chosen.at(app).m_bSelected && !m_cut) {
-      m_report.Fault(kExitBad, VisibleText(name) + ": " + Quoted(app) + ": " + kNoConnection +
-                                   Because(std::exchange(why, {})));
+      const auto why = refused.find(app);
+      if (why == refused.end())
+        ++left;
+      else
+        m_report.Fault(kExitBad, VisibleText(name) + ": " + Quoted(app) + ": " + kNoConnection +
+                                     Because(why->second));
     }
   }
+  TellLeft(name, left);
+}
+
+void Setup::TellLeft(const std::string& machine, std::size_t apps) {
+  if (apps > 0)
+    m_report.Fault(kExitBad, VisibleText(machine) + ": the machine does not answer, and " +
+                                 Counted(apps, "more application") + " could not be configured");
 }
 
 // What a user would choose on the page of traces.
@@ -196,9 +213,7 @@ void Setup::Finish(const std::string& name, WizMachine& machine) {
     // A machine that has left a question without an answer is not asked once more.
     away = !config->IsUp();
   }
-  if (left > 0)
-    m_report.Fault(kExitBad, VisibleText(name) + ": the machine does not answer, and " +
-                                 Counted(left, "more application") + " could not be configured");
+  TellLeft(name, left);
 }
 
 QuorPtr<trace_App_i> Setup::Open(const std::string& machine, const std::string& app,
@@ -218,7 +233,8 @@ bool Setup::Configure(const std::string& machine, const WizApp& entry, trace_App
     return false;
   }
   m_report.Tell(machine, app.GetAppName(), had, has);
-  const std::string& origin = m_options.same ? m_machines.begin()->first : machine;
+  const bool copied = m_options.same && machine != m_machines.begin()->first;
+  const std::string origin = copied ? m_machines.begin()->first : "";
   m_report.TellRest(machine, app.GetAppName(), entry.m_traces, has, origin);
   if (m_options.preset && has.settings.empty())
     m_report.Fault(kExitNo,

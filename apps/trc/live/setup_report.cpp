@@ -73,10 +73,13 @@ void SetupReport::TellRest(const std::string& machine, const std::string& app,
                        Counted(unknown - kUnknownToldMax, "more unknown trace") + ", passed over");
   for (const auto& [trace, settings] : has.settings)
     if (!wanted.contains(trace)) ++unchosen;
-  if (unchosen > 0)
-    Fault(kExitNo, Head(machine, app) + Counted(unchosen, "trace") +
-                       (m_dryRun ? " would be off" : " off") + ", because " + VisibleText(origin) +
-                       " does not know " + (unchosen == 1 ? "it" : "them"));
+  if (unchosen == 0) return;
+  const bool one = unchosen == 1;
+  const std::string why = origin.empty()
+                              ? std::string(one ? "it is" : "they are") + " newer than the choice"
+                              : VisibleText(origin) + " does not know " + (one ? "it" : "them");
+  Fault(kExitNo, Head(machine, app) + Counted(unchosen, "trace") +
+                     (m_dryRun ? " would be off" : " off") + ", because " + why);
 }
 
 int SetupReport::Finish(bool cut) {

@@ -31,7 +31,8 @@ class SetupReport {
   void Tell(const std::string& machine, const std::string& app, const AppState& had,
             const AppState& has);
   // Which traces of `wanted` the application does not have, and which ones of its own nobody could
-  // choose because `origin`, the machine whose traces were offered, does not know them.
+  // choose because `origin`, the machine whose traces were offered, does not know them. Empty: it
+  // was this machine, and they are newer.
   void TellRest(const std::string& machine, const std::string& app, const WizTraces& wanted,
                 const AppState& has, const std::string& origin);
   // `cut`: a signal has ended the work before its end.

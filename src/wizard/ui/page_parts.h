@@ -4,9 +4,9 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <QListView>
 #include <QVBoxLayout>
 #include <span>
+#include <vector>
 
 class QRadioButton;
 class QtListBox;

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <array>
+#include <cmath>
 
 namespace {
 
@@ -56,7 +57,11 @@ void WizardPicture::paintEvent(QPaintEvent*) {
   p.setPen(Qt::NoPen);
   p.scale(width() / kGrid, width() / kGrid);
   const qreal bottom = height() * kGrid / width();
-  qreal top = bottom - kTop - kHeight;
-  for (std::size_t row = 0; top > kTop; ++row, top -= kPitch)
-    DrawRow(p, kRows[row % kRows.size()], top, 0.25 + 0.75 * top / bottom);
+  const qreal lowest = bottom - kTop - kHeight;
+  const int rows = static_cast<int>(std::ceil((lowest - kTop) / kPitch));
+  for (int row = 0; row < rows; ++row) {
+    const qreal top = lowest - row * kPitch;
+    DrawRow(p, kRows[static_cast<std::size_t>(row) % kRows.size()], top,
+            0.25 + 0.75 * top / bottom);
+  }
 }

@@ -1,4 +1,5 @@
-// The picture at the left of the wizard: the stones of the program's icon, as traces that come in.
+// The picture at the left of the wizard: rows of traces that come in, in the colours of the
+// program's icon.
 //
 // Threads  Interface thread.
 #pragma once

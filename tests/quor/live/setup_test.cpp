@@ -162,6 +162,14 @@ TEST_F(LiveSetupTest, AFileThatCannotBeHadIsToldInTheWindowsWordsAndChangesNothi
   expect(File("APP: \"orders\"\nTRACE: \"Net\" \"Close\" Info\nTRACE: \"Net\" \"*\" Info\n"),
          "Wildcards in component and category names are not supported by Tessera");
   expect(File(""), "there is no application to configure", 1);
+  // A terminal would obey it.
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{m_dir.File("a\x1b[2J.tcf")},
+        {"--app", "x", m_dir.File("b\x1b[2J.tcf", "bad")}}) {
+    const TrcRun run = Setup(words);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err.find('\x1b'), std::string::npos) << run.err;
+  }
   EXPECT_EQ(Shown("orders"), before);
 }
 

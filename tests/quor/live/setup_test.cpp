@@ -156,7 +156,7 @@ TEST_F(LiveSetupTest, AFileThatCannotBeHadIsToldInTheWindowsWordsAndChangesNothi
   };
   expect(m_dir.File("none.tcf"), "Error opening file. (No such file or directory)");
   expect(pipe, "Error opening file. (Is a pipe)");
-  expect(m_dir.Path(), "Invalid format. (Is a directory)");
+  expect(m_dir.Path(), "Error opening file. (Is a directory)");
   expect(File("APP: \"orders\"\nTRACE: \"Net\" \"Close\" Wran\n"),
          "Invalid format. (line 3: \"Wran\" is no setting: TRACE: \"Net\" \"Close\" Wran)");
   expect(File("APP: \"orders\"\nTRACE: \"Net\" \"Close\" Info\nTRACE: \"Net\" \"*\" Info\n"),

@@ -20,6 +20,7 @@
 #include "config/ui/machine_face.h"
 #include "docview/ui/qt_host.h"
 #include "support/pending_actions.h"
+#include "support/row_texts.h"
 
 class SheetWindowTest : public testing::Test {
  protected:
@@ -58,18 +59,7 @@ class SheetWindowTest : public testing::Test {
   static QPushButton& Apply(QDialog& window) {
     return Control<QPushButton>(window, QtSheetFace::kApply);
   }
-  // "Net|Open|Off" for each row, separated by blanks.
-  static std::string Shown(QDialog& window) {
-    const QAbstractItemModel& rows = *List(window).model();
-    QStringList texts;
-    for (int row = 0; row < rows.rowCount(); ++row) {
-      QStringList cells;
-      for (int column = 0; column < rows.columnCount(); ++column)
-        cells << rows.index(row, column).data().toString();
-      texts << cells.join('|');
-    }
-    return texts.join(' ').toStdString();
-  }
+  static std::string Shown(QDialog& window) { return RowTexts(*List(window).model()); }
   static void ClickHeading(QDialog& window, int column) {
     QHeaderView* const header = List(window).header();
     const int x = header->sectionViewportPosition(column) + header->sectionSize(column) / 2;

@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/row_texts.h"
 #include "support/traces_controls_contract.h"
 
 namespace {
@@ -44,17 +45,7 @@ class TracesPanelHarness {
   }
   int Forwarded() const { return m_forwarded; }
 
-  std::string Shown() const {
-    const QAbstractItemModel& rows = *List().model();
-    QStringList texts;
-    for (int row = 0; row < rows.rowCount(); ++row) {
-      QStringList cells;
-      for (int column = 0; column < rows.columnCount(); ++column)
-        cells << rows.index(row, column).data().toString();
-      texts << cells.join('|');
-    }
-    return texts.join(' ').toStdString();
-  }
+  std::string Shown() const { return RowTexts(*List().model()); }
   bool ButtonsEnabled() const {
     const QList<QPushButton*> buttons = Buttons();
     const auto enabled = [](const QPushButton* button) { return button->isEnabled(); };

@@ -19,6 +19,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "version.h"
+
 #define QUOR_API __attribute__((visibility("default")))
 
 #ifdef __cplusplus

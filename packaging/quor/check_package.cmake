@@ -39,6 +39,30 @@ foreach(library quor static)
   run_example(${root}/${library}/orders_cpp)
 endforeach()
 
+# A program gets the version that it asks for, and no later major one.
+function(ask version)
+  file(WRITE ${root}/ask/CMakeLists.txt "cmake_minimum_required(VERSION 3.16)\nproject(ask C)\n"
+       "find_package(quor ${version} REQUIRED)\nmessage(\"found \${quor_VERSION}.\")\n")
+  execute_process(COMMAND ${CMAKE_COMMAND} -G ${GENERATOR} -S ${root}/ask -B ${root}/ask/build
+                          -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_C_COMPILER=${CC}
+                  OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+string(REGEX MATCH "^[0-9]+" major ${VERSION})
+ask(${major})
+if(NOT output MATCHES "found ${VERSION}\\.")
+  message(FATAL_ERROR "find_package(quor ${major}) does not find ${VERSION}:\n${output}")
+endif()
+math(EXPR next "${major} + 1")
+ask(${next})
+if(output MATCHES "found [0-9]" OR NOT output MATCHES "considered but not accepted")
+  message(FATAL_ERROR "find_package(quor ${next}) finds ${VERSION}:\n${output}")
+endif()
+string(REPLACE "." ", " numbers ${VERSION})
+file(WRITE ${root}/version.c "#include <quor/quor.h>\n#if QUOR_VERSION != QUOR_MAKE_VERSION(${numbers})\n"
+     "#error another version\n#endif\n")
+run(${CC} -std=c11 -fsyntax-only -I ${prefix}/include ${root}/version.c)
+
 set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBDIR}/pkgconfig)
 execute_process(COMMAND pkg-config --cflags --libs quor OUTPUT_VARIABLE shared
                 COMMAND_ERROR_IS_FATAL ANY)
@@ -49,6 +73,8 @@ run(${CXX} -std=c++17 -Wall -Wextra -Wpedantic -Werror ${flags} ${EXAMPLES}/orde
     -o ${root}/pc_cpp ${shared} -Wl,-rpath,${prefix}/${LIBDIR})
 run_example(${root}/pc_c)
 run_example(${root}/pc_cpp)
+
+run(pkg-config --exact-version=${VERSION} quor)
 
 # A C program with the static library, linked by the C compiler.
 execute_process(COMMAND pkg-config --cflags --libs --static quor OUTPUT_VARIABLE static

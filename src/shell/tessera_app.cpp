@@ -166,7 +166,7 @@ std::string CTesseraApp::TryOpen(const std::string& path) {
 
 std::string CTesseraApp::WhyNotOpened(const std::string& path) const {
   const bool isConfig = m_configTemplate && m_configTemplate->Matches(path);
-  const std::string why = isConfig ? m_configTemplate->LastRefusal().why : WhyUnreadable(path);
+  std::string why = isConfig ? m_configTemplate->LastRefusal().why : WhyUnreadable(path);
   if (!why.empty()) return why;
   return isConfig ? "not opened" : WhyRefused(path);
 }

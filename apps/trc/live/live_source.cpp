@@ -1,6 +1,6 @@
 #include "live/live_source.h"
 
-#include <thread>
+#include <algorithm>
 
 #include "filter/live_filter.h"
 #include "terminal/interrupt.h"
@@ -9,7 +9,8 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::milliseconds kPause{20};
+using std::chrono_literals::operator""ms;
+constexpr std::chrono::milliseconds kPause{1000};  // without traces
 
 }  // namespace
 
@@ -45,7 +46,8 @@ void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEve
       ++taken;
     }
     if (!pause() || last) break;
-    std::this_thread::sleep_for(kPause);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
+    m_connection->AwaitTraces(static_cast<int>(std::clamp(left, 0ms, kPause).count()));
   }
   for (const std::string& path : filter.Missing())
     PrintError("no name came for the path \"" + path + "\"");

@@ -1,5 +1,7 @@
 #include "quor/client/trace_thread.h"
 
+#include <poll.h>
+
 #include <deque>
 
 #include "quor/client/stream/live_reader.h"
@@ -52,15 +54,25 @@ class TraceThread final : public TraceThread_i {
   void Pause() override { m_reader.SetPaused(m_paused = true); }
   void Resume() override { m_reader.SetPaused(m_paused = false); }
   Counts GetCounts() const override { return {m_queue.Delivered(), m_reader.Lost()}; }
+  void AwaitTraces(int milliseconds) override {
+    if (m_paused)
+      poll(nullptr, 0, milliseconds);
+    else if (Held() == 0)
+      m_queue.Await(milliseconds);
+  }
   bool IsUp() const override { return m_reader.IsUp(); }
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  void Begin() {
+  // Traces that were taken out of the queue and not given out.
+  std::size_t Held() const {
     std::size_t held = 0;
     for (const LiveBatch* const batch : m_drain) held += batch->Traces();
-    m_left = held - m_next + m_queue.Traces();
+    return held - m_next;
+  }
+  void Begin() {
+    m_left = Held() + m_queue.Traces();
     m_given = 0;
     m_endBy = Clock::now() + kDrainTime;
   }

@@ -36,8 +36,8 @@ class TraceThread_i {
   // Takes effect immediately, also for traces that have arrived: they are given out after Resume.
   virtual void Pause() = 0;
   virtual void Resume() = 0;
-  // An addition, behind the operations of the interface: exact counts of this connection, for trc
-  // and tests.
+  // Additions, behind the operations of the interface. Exact counts of this connection, for trc and
+  // tests.
   struct Counts {
     std::uint64_t delivered = 0;  // given out or waiting, without loss reports
     std::uint64_t lost = 0;       // reported by the service, or found as a gap
@@ -45,6 +45,9 @@ class TraceThread_i {
   virtual Counts GetCounts() const = 0;
   // False while a broken connection is not restored yet.
   virtual bool IsUp() const { return true; }
+  // Waits until HasTraces may have an answer, until a signal was caught, or for `milliseconds`. May
+  // return early. For a program without an event loop.
+  virtual void AwaitTraces(int milliseconds) = 0;
 
  protected:
   virtual ~TraceThread_i() = default;

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <asio/post.hpp>
 #include <cerrno>
 #include <optional>
@@ -20,7 +21,7 @@
 namespace {
 
 using std::chrono::milliseconds;
-constexpr milliseconds kTick{20};  // the longest time that a trace waits for its batch to fill
+constexpr milliseconds kTick{20};  // the time in which a batch fills
 constexpr milliseconds kGreetingDeadline{5000};
 constexpr milliseconds kGrace{15000};          // runtimes and clients come back within seconds
 constexpr milliseconds kMonitorsReturn{4000};  // twice their longest pause between two tries
@@ -243,10 +244,12 @@ void Service::EndIdleForwarders() {
   });
 }
 
-// Only while there are traces to deliver, so that an idle service sleeps.
+// Only while there are traces to deliver, so that an idle service sleeps. Traces after a pause go
+// as soon as those at hand are taken, so that a user who switches a point on sees it at once. The
+// next ones wait until the time to fill a batch is over.
 void Service::TickSoon() {
   if (m_stopping || std::exchange(m_ticks, true)) return;
-  m_tick.expires_after(kTick);
+  m_tick.expires_at(std::max(m_tickedAt + kTick, std::chrono::steady_clock::now()));
   m_tick.async_wait([this](const std::error_code& error) {
     if (!error) Tick();
   });
@@ -254,6 +257,7 @@ void Service::TickSoon() {
 
 void Service::Tick() {
   m_ticks = false;
+  m_tickedAt = std::chrono::steady_clock::now();
   m_hub.Seal();
   m_hub.Deliver();
   for (const auto& [machine, forwarder] : m_forwarders) {

@@ -75,6 +75,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   std::map<std::string, std::shared_ptr<Forwarder>> m_forwarders;
   asio::steady_timer m_tick{m_io};
   bool m_ticks = false;
+  std::chrono::steady_clock::time_point m_tickedAt;
   unsigned m_places = 0;  // how often it has taken its place again
   std::vector<std::string> m_troubles;
   asio::signal_set m_signals{m_io};

@@ -1,5 +1,8 @@
 // Traces of real processes through a real service to real monitors: everything that was sent is
 // delivered or counted.
+#include <poll.h>
+
+#include <chrono>
 #include <quor/quor.hpp>
 
 #include "quord_client.h"
@@ -84,6 +87,32 @@ TEST_F(Delivery, AnApplicationThatEndsBeforeTheServiceLooksIsDeliveredAsAWhole) 
   EXPECT_EQ(status, 0);
   EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.Count("short") == 100; }))
       << monitor.Count("short");
+}
+
+TEST_F(Delivery, ATraceAfterAPauseDoesNotWaitForABatchToFill) {
+  quord.Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(quord.SocketPath()));
+  constexpr int kTimes = 20;
+  TracedChild app([](TracedChild& self) {
+    quor_application("seldom");
+    for (int i = 0; i < kTimes; ++i) {
+      self.AwaitGo();
+      QUOR_TRACE_INFO(connect_point, "number {}", i);
+    }
+    return 0;
+  });
+  // A batch that waits to fill takes 20 ms. Only some need to be faster: the machine may be busy.
+  int fast = 0;
+  for (int i = 0; i < kTimes; ++i) {
+    poll(nullptr, 0, 30);  // the pause
+    const auto start = std::chrono::steady_clock::now();
+    app.Go();
+    ASSERT_TRUE(monitor.Sees("number " + std::to_string(i)));
+    fast += std::chrono::steady_clock::now() - start < std::chrono::milliseconds(15);
+  }
+  EXPECT_GE(fast, 5);
+  EXPECT_EQ(app.Wait(), 0);
 }
 
 TEST_F(Delivery, AFullRingIsALossThatIsCountedExactlyWhereItHappened) {

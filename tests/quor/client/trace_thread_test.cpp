@@ -1,5 +1,9 @@
 #include "quor/client/trace_thread.h"
 
+#include <poll.h>
+
+#include <thread>
+
 #include "live_fixture.h"
 
 namespace {
@@ -25,6 +29,42 @@ TEST_F(LiveTest, TracesComeInTheirOrderWithTheirNamesInTheMapBeforeThem) {
   m_peer->Ledger({{.serial = 2, .delivered = 2}});
   EXPECT_EQ(Drain(2), "web: one\ndb: two\n");
   EXPECT_EQ(Counted(), "2 delivered, 0 lost");
+}
+
+TEST_F(LiveTest, AwaitReturnsWhenATraceHasArrivedAndSleepsWithoutOne) {
+  Connect();
+  const auto start = std::chrono::steady_clock::now();
+  const auto passed = [&] { return std::chrono::steady_clock::now() - start; };
+  while (passed() < std::chrono::milliseconds(50)) m_thread->AwaitTraces(60);
+  EXPECT_FALSE(m_thread->HasTraces());
+  std::thread service([this] {
+    poll(nullptr, 0, 50);
+    m_peer->Data(Traces(0, 3));
+    m_peer->Ledger({{.serial = 3, .delivered = 3}});
+  });
+  int waits = 0;
+  for (; !m_thread->HasTraces() && waits < 5; ++waits) m_thread->AwaitTraces(60000);
+  EXPECT_GE(waits, 1);
+  EXPECT_LT(passed(), std::chrono::seconds(30)) << "it slept on";
+  service.join();
+  EXPECT_TRUE(m_thread->HasTraces());
+  m_thread->AwaitTraces(60000);  // some wait already
+  EXPECT_EQ(Drain(3), "web: t0\nweb: t1\nweb: t2\n");
+  EXPECT_LT(passed(), std::chrono::seconds(30));
+}
+
+TEST_F(LiveTest, AwaitWaitsForResumeWhilePaused) {
+  Connect();
+  m_peer->Data(Traces(0, 1));
+  m_peer->Ledger({{.serial = 1, .delivered = 1}});
+  ASSERT_TRUE(Eventually([&] { return m_thread->HasTraces() != 0; }));
+  m_thread->Pause();
+  const auto start = std::chrono::steady_clock::now();
+  m_thread->AwaitTraces(50);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
+  m_thread->Resume();
+  m_thread->AwaitTraces(60000);
+  EXPECT_EQ(Drain(1), "web: t0\n");
 }
 
 TEST_F(LiveTest, EveryFieldArrives) {

@@ -1,4 +1,8 @@
 // trc's live commands with a real service and a real application.
+#include <poll.h>
+
+#include <sstream>
+
 #include "live_fixture.h"
 
 namespace {
@@ -55,6 +59,32 @@ TEST_F(LiveProgramsTest, TailAsTextHasTheChosenColumnsAndEndsWithItsTime) {
   ASSERT_GE(lines.size(), 3u);
   EXPECT_EQ(lines[0], "Component  Trace");
   EXPECT_EQ(lines[1].rfind("Net        thread 0 trace ", 0), 0u) << lines[1];
+}
+
+// Voluntary context switches of the main thread of a process, from its start.
+long Wakes(pid_t pid) {
+  std::istringstream status(ReadAll("/proc/" + std::to_string(pid) + "/status"));
+  const std::string key = "voluntary_ctxt_switches:";
+  for (std::string line; std::getline(status, line);)
+    if (line.starts_with(key)) return std::stol(line.substr(key.size()));
+  return -1;
+}
+
+TEST_F(LiveProgramsTest, ATailWithoutTracesSleepsAndEndsAtOnceWhenInterrupted) {
+  StartService();
+  TrcProcess tail({.arguments = {"tail"}});
+  ASSERT_TRUE(Eventually([&] { return Log().find("has disconnected") != std::string::npos; }))
+      << "it has asked why nothing comes";
+  const long before = Wakes(tail.Id());
+  poll(nullptr, 0, 2000);
+  const long wakes = Wakes(tail.Id()) - before;
+  EXPECT_GE(before, 1);
+  EXPECT_GE(wakes, 0);
+  EXPECT_LE(wakes, 10);
+  const auto start = std::chrono::steady_clock::now();
+  tail.Interrupt();
+  EXPECT_EQ(tail.Finish().status, 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(700));
 }
 
 TEST_F(LiveProgramsTest, AnEmptyTailSaysWhy) {

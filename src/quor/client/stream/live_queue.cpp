@@ -1,6 +1,22 @@
 #include "quor/client/stream/live_queue.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kPauseWithoutDescriptor = 20;
+
+}  // namespace
+
+LiveQueue::LiveQueue(std::size_t bytesMax)
+    : m_bytesMax(bytesMax), m_arrived(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
 LiveQueue::~LiveQueue() {
+  if (m_arrived >= 0) close(m_arrived);
   for (LiveBatch* const batch : m_batches) batch->Forget();
 }
 
@@ -9,6 +25,7 @@ void LiveQueue::Append(LiveBatch* batch) {
   m_traces += batch->Traces();
   m_delivered += batch->Numbered();
   m_batches.push_back(batch);
+  if (m_batches.size() == 1 && m_arrived >= 0) eventfd_write(m_arrived, 1);
 }
 
 bool LiveQueue::Push(LiveBatch* batch) {
@@ -39,6 +56,17 @@ std::deque<LiveBatch*> LiveQueue::Take(std::size_t traces) {
     taken.push_back(batch);
   }
   return taken;
+}
+
+void LiveQueue::Await(int milliseconds) {
+  {
+    const std::lock_guard lock(m_mutex);
+    if (!m_batches.empty()) return;
+  }
+  if (m_arrived < 0) milliseconds = std::min(milliseconds, kPauseWithoutDescriptor);
+  pollfd arrived{m_arrived, POLLIN, 0};
+  eventfd_t ignored = 0;
+  if (poll(&arrived, 1, milliseconds) > 0) eventfd_read(m_arrived, &ignored);
 }
 
 std::size_t LiveQueue::Traces() const {

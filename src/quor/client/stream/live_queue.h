@@ -2,7 +2,8 @@
 //
 // Shape    Bounded by bytes.
 // Owner    Holds its batches until they are taken.
-// Threads  Any.
+// Errors   Without a free descriptor Await only sleeps for a short time.
+// Threads  Any; Await on the one that takes.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +14,7 @@
 
 class LiveQueue {
  public:
-  explicit LiveQueue(std::size_t bytesMax) : m_bytesMax(bytesMax) {}
+  explicit LiveQueue(std::size_t bytesMax);
   ~LiveQueue();
   LiveQueue(const LiveQueue&) = delete;
   LiveQueue& operator=(const LiveQueue&) = delete;
@@ -26,6 +27,9 @@ class LiveQueue {
   // Takes the oldest batches, with not many more than `traces` traces.
   std::deque<LiveBatch*> Take(std::size_t traces);
   std::size_t Traces() const;  // in the queue
+  // Waits until there are batches, until a signal was caught, or for `milliseconds`. May return
+  // early.
+  void Await(int milliseconds);
   // Numbered traces that were ever pushed.
   std::uint64_t Delivered() const;
 
@@ -33,6 +37,7 @@ class LiveQueue {
   void Append(LiveBatch* batch);
 
   const std::size_t m_bytesMax;
+  const int m_arrived;  // an eventfd: the empty queue has got a batch
   mutable std::mutex m_mutex;
   std::deque<LiveBatch*> m_batches;
   std::size_t m_bytes = 0, m_traces = 0;

@@ -2,25 +2,21 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
-#include <map>
 
-#include "near_word.h"
+#include "base/near/near_word.h"
 #include "quor/protocol/tls.h"
 #include "quor/service/service.h"
+#include "quor/settings/settings_words.h"
 #include "usage.h"
 
 namespace {
 
-const std::map<std::string, std::uint32_t> kSettings = {
-    {"off", 0}, {"support", 7}, {"developer", 15}, {"max", 799}};
-
 constexpr std::uint64_t kDaysMax = 36500;
 
-std::vector<std::string> SettingsWords() {
-  std::vector<std::string> words;
-  words.reserve(kSettings.size());
-  for (const auto& [word, settings] : kSettings) words.push_back(word);
-  return words;
+// "" or the reason why not, as CLI11 wants it.
+std::string WhyNoSettings(const std::string& words) {
+  std::string why;
+  return SettingsOf(words, &why) ? "" : why;
 }
 
 class Parser {
@@ -95,10 +91,13 @@ class Parser {
     m_app
         .add_option_function<std::string>(
             "--default-settings",
-            [this](const std::string& word) { m_serve.defaultSettings = kSettings.at(word); },
-            "What a new application traces: off, support, developer, max [default: support]")
-        ->check(OneOf(SettingsWords()))
-        ->type_name("WORD");
+            [this](const std::string& words) {
+              m_serve.defaultSettings = SettingsOf(words).value_or(0);
+            },
+            "What a new application traces: off, support, developer, max, or words as "
+            "Info+Stack [default: support]")
+        ->check(WhyNoSettings)
+        ->type_name("SETTINGS");
   }
 
   void AddKeys() {

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <sstream>
 
-#include "near_word.h"
+#include "base/near/near_word.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <sstream>
 
+#include "base/near/near_word.h"
 #include "listview/columns/columns.h"
-#include "near_word.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "near_word.h"
+#include "base/near/near_word.h"
 #include "terminal/exit_status.h"
 #include "text/json_text.h"
 #include "text/visible_text.h"

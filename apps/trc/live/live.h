@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "commands/dump.h"
+#include "quor/settings/settings_text.h"
 
 // Which traces are taken, and when to stop, apart from SIGINT.
 struct LiveLimits {
@@ -51,15 +52,15 @@ struct SetOptions {
   std::string machine, app;
   std::string target;  // "COMPONENT" or "COMPONENT/CATEGORY"; empty: all
   unsigned settings = 0;
-  std::string doubt;  // printed when there is no such machine or application
+  SettingsText rules;  // instead of these two
+  std::string doubt;   // printed when there is no such machine or application
 };
 int RunSet(const SetOptions& options);
 
 struct SinkChange {
   std::string machine, app;
   std::string server, file;  // one of them is empty
-  bool flush = false;
-  std::uint64_t maxFiles = 0, maxMegabytes = 0;
+  std::string options;
 };
 int RunSink(const SinkChange& command);
 

@@ -4,15 +4,13 @@
 #include "commands/columns_option.h"
 #include "commands/commands.h"
 #include "filter/filter_options.h"
+#include "live/app_words.h"
 #include "live/live.h"
-#include "live/settings_words.h"
 #include "terminal/terminal_host.h"
 #include "usage.h"
 
 namespace {
 
-constexpr const char* kAppHelp =
-    "The application, of this machine or of MACHINE, which is name or name:port";
 constexpr std::uint64_t kThreadsMax = 256;
 constexpr std::uint64_t kTextBytesMax = 65535;
 
@@ -28,12 +26,6 @@ std::vector<std::string> SplitAtCommas(const std::string& list) {
 void RefuseHopeless(const FilterPaths& paths) {
   TerminalHost host;
   if (std::string why; paths.HasImpossiblePath(host, &why)) throw CLI::ValidationError(why);
-}
-
-void TakeMachineAndApp(const std::vector<std::string>& words, std::string& machine,
-                       std::string& app) {
-  app = words.back();
-  if (words.size() == 2) machine = words.front();
 }
 
 // A command that listens to live traces.
@@ -156,99 +148,6 @@ class ShowCommand final : public Command {
   std::vector<std::string> m_words;
 };
 
-class SetCommand final : public Command {
- public:
-  explicit SetCommand(CLI::App& program)
-      : Command(program, "set", "Switch an application's traces") {
-    App().footer(
-        "SETTINGS is off, support, developer or max, or any of Info Warn Error Developer\n"
-        "Verbose Location Stack. It is in force as long as the application runs; when it\n"
-        "does not run, the next instance that starts receives it.\n"
-        "\n"
-        "Examples:\n"
-        "  trc set orders --all support\n"
-        "  trc set orders Database/Query Info Warn Error Developer\n"
-        "  trc set orders1:7447 orders Database off");
-    App()
-        .add_option("WORDS", m_words,
-                    "The application's traces of a component or a category, or all")
-        ->required()
-        ->option_text("[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS...");
-    App().add_flag("-a,--all", m_all, "All traces of the application");
-  }
-  // The settings come last. Before them are [MACHINE] APP and, without --all, the target.
-  void Complete() override {
-    const std::size_t least = m_all ? 1 : 2;
-    std::size_t head = m_words.size();
-    while (head > least && IsSettingsWord(m_words[head - 1])) --head;
-    const bool machine = head == least + 1;
-    if (head == m_words.size() || head > least + 1) {
-      for (std::size_t i = head; i > least; --i)
-        if (const std::string near = NearSetting(m_words[i - 1]); !near.empty())
-          throw CLI::ValidationError("set", near);
-      throw CLI::ValidationError("set",
-                                 "takes [MACHINE] APP, then COMPONENT[/CATEGORY] or --all, then "
-                                 "the settings");
-    }
-    // If the first setting is mistyped, the application looks like a machine.
-    if (machine) m_set.doubt = NearSetting(m_words[head - 1]);
-    m_set.settings =
-        SettingsOf({m_words.begin() + static_cast<std::ptrdiff_t>(head), m_words.end()});
-    m_words.resize(head);
-    if (!m_all) {
-      m_set.target = m_words.back();
-      m_words.pop_back();
-    }
-    TakeMachineAndApp(m_words, m_set.machine, m_set.app);
-  }
-  int Run() const override { return RunSet(m_set); }
-
- private:
-  SetOptions m_set;
-  std::vector<std::string> m_words;
-  bool m_all = false;
-};
-
-class SinkCommand final : public Command {
- public:
-  explicit SinkCommand(CLI::App& program)
-      : Command(program, "sink", "Choose where an application's traces go") {
-    App().footer(
-        "Examples:\n"
-        "  trc sink orders --server localhost\n"
-        "  trc sink orders --file orders.trc --flush --max-size 100 --max-files 5");
-    App()
-        .add_option("WORDS", m_words, kAppHelp)
-        ->required()
-        ->expected(1, 2)
-        ->option_text("[MACHINE] APP");
-    CLI::Option* const server = App().add_option(
-        "-s,--server", m_sink.server, "The machine whose trace service takes the traces");
-    server->type_name("NAME");
-    CLI::Option* const file =
-        App().add_option("-o,--file", m_sink.file, "The application writes them to this file");
-    file->type_name("PATH")->excludes(server);
-    App()
-        .add_flag("--flush", m_sink.flush, "Hand over each trace before the call returns")
-        ->needs(file);
-    AddNumber("--max-files", m_sink.maxFiles, "Keep so many full files [default: all]");
-    AddNumber("--max-size", m_sink.maxMegabytes,
-              "A full file is numbered NAME.1.trc and a new one begun", "MB");
-  }
-  void Complete() override {
-    if (m_sink.server.empty() == m_sink.file.empty())
-      throw CLI::ValidationError("sink", "takes --server NAME or --file PATH");
-    if (m_sink.file.empty() && (m_sink.maxFiles != 0 || m_sink.maxMegabytes != 0))
-      throw CLI::ValidationError("sink", "--max-files and --max-size go with --file");
-    TakeMachineAndApp(m_words, m_sink.machine, m_sink.app);
-  }
-  int Run() const override { return RunSink(m_sink); }
-
- private:
-  SinkChange m_sink;
-  std::vector<std::string> m_words;
-};
-
 class EmitCommand final : public Command {
  public:
   explicit EmitCommand(CLI::App& program)
@@ -306,14 +205,6 @@ std::unique_ptr<Command> MakeApps(CLI::App& program) {
 
 std::unique_ptr<Command> MakeShow(CLI::App& program) {
   return std::make_unique<ShowCommand>(program);
-}
-
-std::unique_ptr<Command> MakeSet(CLI::App& program) {
-  return std::make_unique<SetCommand>(program);
-}
-
-std::unique_ptr<Command> MakeSink(CLI::App& program) {
-  return std::make_unique<SinkCommand>(program);
 }
 
 std::unique_ptr<Command> MakeEmit(CLI::App& program) {

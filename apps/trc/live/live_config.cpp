@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "base/near/near_word.h"
 #include "live/app_text.h"
 #include "live/live.h"
-#include "near_word.h"
 #include "quor/client/trace_config.h"
 #include "quor/protocol/machine.h"
 #include "terminal/exit_status.h"
@@ -13,14 +13,16 @@
 
 namespace {
 
-// The traces of a "COMPONENT" or "COMPONENT/CATEGORY"; either name may contain a "/".
+// The traces of a "COMPONENT" or "COMPONENT/CATEGORY"; either name may contain a "/". If there are
+// any with the same capitals, the others are not meant.
 std::vector<unsigned> TracesOf(const trace_App_i& app, const std::string& target) {
-  std::vector<unsigned> ids;
+  std::vector<unsigned> same, others;
   for (const trace_Component_t& component : app.GetTraceMap())
-    for (const trace_Category_t& category : component.categories)
-      if (target == component.name || target == component.name + "/" + category.name)
-        ids.push_back(category.traceId);
-  return ids;
+    for (const trace_Category_t& category : component.categories) {
+      const int exactness = SettingsText::ExactnessOf(target, component.name, category.name);
+      if (exactness != 0) (exactness % 2 == 0 ? same : others).push_back(category.traceId);
+    }
+  return same.empty() ? others : same;
 }
 
 int NoSuchTrace(const trace_App_i& app, const std::string& target) {
@@ -33,6 +35,17 @@ int NoSuchTrace(const trace_App_i& app, const std::string& target) {
   PrintError(Quoted(app.GetAppName()) + " has no trace " + Quoted(target) +
              DidYouMean(VisibleText(target), known));
   return kExitNo;
+}
+
+// Nothing is changed if one of the rules is for no trace.
+int SetByRules(trace_App_i& app, const SettingsText& rules) {
+  for (const SettingsText::Rule& rule : rules.Rules())
+    if (TracesOf(app, rule.traces).empty()) return NoSuchTrace(app, rule.traces);
+  for (const trace_Component_t& component : app.GetTraceMap())
+    for (const trace_Category_t& category : component.categories)
+      if (const auto settings = rules.Of(component.name, category.name))
+        app.SetSettings(category.traceId, *settings);
+  return kExitGood;
 }
 
 int NoTraces(const std::string& app, const std::list<std::string>& registered) {
@@ -124,6 +137,10 @@ int RunSet(const SetOptions& options) {
     if (!options.doubt.empty()) PrintError(options.doubt);
     return NoTraces(options.app, registered);
   }
+  if (!options.rules.IsEmpty()) {
+    const int status = SetByRules(*app, options.rules);
+    return status == kExitGood ? Submit(*app) : status;
+  }
   if (options.target.empty()) {
     app->SetAllTraces(options.settings);
     return Submit(*app);
@@ -140,13 +157,8 @@ int RunSink(const SinkChange& command) {
   std::string why;
   const QuorPtr<trace_App_i> app = trace_App_i::Create(command.machine, command.app, &why);
   if (!app) return Unreachable(why);
-  if (command.file.empty()) {
-    app->SetSink(trc_SinkSocket, command.server, "");
-  } else {
-    app->SetSink(trc_SinkFile, *file,
-                 "flush=" + std::to_string(command.flush ? 1 : 0) +
-                     ";maxfiles=" + std::to_string(command.maxFiles) +
-                     ";maxsize=" + std::to_string(command.maxMegabytes) + ";");
-  }
+  const bool toFile = !command.file.empty();
+  app->SetSink(toFile ? trc_SinkFile : trc_SinkSocket, toFile ? *file : command.server,
+               command.options);
   return Submit(*app);
 }

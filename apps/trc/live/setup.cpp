@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "base/near/near_word.h"
 #include "base/text.h"
 #include "commands/columns_option.h"
 #include "config/tcf/config_texts.h"
@@ -12,7 +13,6 @@
 #include "live/config_sources.h"
 #include "live/live.h"
 #include "live/setup_report.h"
-#include "near_word.h"
 #include "quor/client/trace_thread.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "commands/commands.h"
-#include "live/settings_words.h"
 #include "live/setup.h"
+#include "quor/settings/settings_words.h"
 #include "usage.h"
 
 namespace {
@@ -36,7 +36,10 @@ class SetupCommand final : public Command {
             "APP");
     App()
         .add_option("-p,--preset", m_preset, "off, support, developer or max, for all traces")
-        ->check(OneOf({"off", "support", "developer", "max"}))
+        ->check([](const std::string& words) {
+          std::string why;
+          return SettingsOf(words, &why) ? "" : why;
+        })
         ->type_name("PRESET")
         ->excludes(m_file);
     App().add_flag("--monitor", m_setup.monitor, "Then print the traces of this machine, as tail");
@@ -49,7 +52,7 @@ class SetupCommand final : public Command {
     const auto& machines = m_setup.machines;
     if (std::find(machines.begin(), machines.end(), "") != machines.end())
       throw CLI::ValidationError("setup", "the name of a machine is empty");
-    if (!m_preset.empty()) m_setup.preset = SettingsOf({m_preset});
+    if (!m_preset.empty()) m_setup.preset = SettingsOf(m_preset);
   }
   int Run() const override { return RunSetup(m_setup); }
 

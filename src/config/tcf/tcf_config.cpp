@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "config/tcf/tcf_write.h"
-#include "quor/client/settings_words.h"
+#include "quor/settings/settings_words.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "config/tcf/config_texts.h"
 #include "config/tcf/tcf_lines.h"
 #include "config/tcf/tcf_words.h"
-#include "quor/client/settings_words.h"
+#include "quor/settings/settings_words.h"
 
 namespace {
 

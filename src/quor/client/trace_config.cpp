@@ -4,7 +4,7 @@
 #include <map>
 
 #include "quor/client/config_link.h"
-#include "quor/client/settings_words.h"
+#include "quor/settings/settings_words.h"
 
 namespace {
 

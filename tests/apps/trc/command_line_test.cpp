@@ -44,7 +44,7 @@ TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
       {"capture", {"-o,--out", "--max-size", "--max-files", "--uncheck", "MACHINE"}},
       {"apps", {"-j,--json", "MACHINE"}},
       {"show", {"-j,--json", "[MACHINE] APP"}},
-      {"set", {"-a,--all", "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS..."}},
+      {"set", {"-a,--all", "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS... | RULES..."}},
       {"sink", {"-s,--server", "-o,--file", "--flush", "--max-files", "--max-size"}},
       {"config", {"check", "show", "save", "apply", "diff"}},
       {"setup", {"-m,--machine", "-s,--same", "-p,--preset", "--monitor", "-n,--dry-run", "FILE"}},
@@ -86,9 +86,17 @@ TEST(TrcCommandLine, WhatIsNearlyRightIsNamed) {
   ExpectRefused({"gen", "--recrds=5", "out.trc"}, "\"--recrds\"; did you mean \"--records\"?\n");
   ExpectRefused({"dump", "a.trc", "--format", "josnl"}, "did you mean \"jsonl\"?\n");
   ExpectRefused({"dump", "a.trc", "--columns", "Tme"}, "did you mean \"Time\"?");
-  ExpectRefused({"set", "a2", "Net", "info"}, "\"info\" is no setting; did you mean \"Info\"?\n");
-  ExpectRefused({"set", "a2", "--all", "DEVELOPER"},
-                "did you mean \"developer\" or \"Developer\"?\n");
+  ExpectRefused({"set", "a2", "Net", "inffo"}, "\"inffo\" is no setting; did you mean \"Info\"?\n");
+  ExpectRefused({"set", "a2", "--all", "DEVELOPR"}, "did you mean \"Developer\"?\n");
+  ExpectRefused({"set", "a2", "Net=Inffo+Stack"},
+                "set: \"Inffo\" is no setting; did you mean \"Info\"? (in \"Net=Inffo+Stack\")\n");
+  ExpectRefused({"set", "a2", "Net=max;Db", "Db=off"}, "\"Db\" has no \"=\" before its settings\n");
+  ExpectRefused({"set", "a", "b", "c", "Net=max"}, "set: takes [MACHINE] APP, then ");
+  ExpectRefused({"set", "a2", ";="}, "\"=\" names no traces\n");
+  ExpectRefused({"sink", "a2", "fle:x.trc"}, "did you mean \"file:\"?\n");
+  ExpectRefused({"sink", "a2", "file:x.trc?maxsise=1"}, "did you mean \"maxsize\"?\n");
+  ExpectRefused({"sink", "a2", "file:x.trc", "--server", "b", "c"},
+                "sink: takes --server NAME, --file PATH or a SINK\n");
 }
 
 TEST(TrcCommandLine, WhatIsNearToNothingIsNotGuessed) {

@@ -338,12 +338,14 @@ TEST_F(LiveProgramsTest, WhatIsNearlyThereIsNamed) {
   EXPECT_EQ(RunTrc({"set", "Order", "--all", "off"}).err, noApp);
   EXPECT_EQ(RunTrc({"set", "orders", "net/conect", "Info"}).err,
             "trc: \"orders\" has no trace \"net/conect\"; did you mean \"Net/Connect\"?\n");
-  EXPECT_EQ(RunTrc({"set", "orders", "net", "Info"}).err,
-            "trc: \"orders\" has no trace \"net\"; did you mean \"Net\"?\n");
-  // Read as machine "127.0.0.1:1", application "orders", component "info".
-  const TrcRun run = RunTrc({"set", "127.0.0.1:1", "orders", "info", "Warn"});
+  EXPECT_EQ(RunTrc({"set", "orders", "Nte", "Info"}).err,
+            "trc: \"orders\" has no trace \"Nte\"; did you mean \"Net\"?\n");
+  EXPECT_EQ(RunTrc({"set", "orders", "Net=off;Nte=Info"}).err,
+            "trc: \"orders\" has no trace \"Nte\"; did you mean \"Net\"?\n");
+  // Read as machine "127.0.0.1:1", application "orders", component "inffo".
+  const TrcRun run = RunTrc({"set", "127.0.0.1:1", "orders", "inffo", "Warn"});
   EXPECT_EQ(run.status, 2);
-  EXPECT_NE(run.err.find("; \"info\" is no setting; did you mean \"Info\"?\n"), run.err.npos)
+  EXPECT_NE(run.err.find("; \"inffo\" is no setting; did you mean \"Info\"?\n"), run.err.npos)
       << run.err;
 }
 

@@ -1,4 +1,4 @@
-#include "near_word.h"
+#include "base/near/near_word.h"
 
 #include <algorithm>
 #include <limits>

@@ -6,11 +6,13 @@ step_is() { until_true "the wizard does not show $1" is_active "^Trace Wizard: $
 # Where the keyboard is not yet, a key is lost.
 has_focus() { until_true "$1 has no keyboard, but $(reader focus)" says "$1" focus; }
 can_go_on() { until_true "Next is not enabled" says yes enabled "push button" Next; }
+# Never twice at the same place, or two quick clicks would be a double click.
 click() {
   local place
   place=$(reader place "$@") || fail "there is no $*"
+  aside=$((-${aside:-8}))
   # shellcheck disable=SC2086
-  xdotool mousemove $place click 1
+  xdotool mousemove $place mousemove_relative --sync -- $aside 0 click ${times:+--repeat "$times" --delay 20} 1
 }
 # A user's first start on a machine whose service has one application.
 first_start() {
@@ -65,7 +67,7 @@ until_true "orders is not wholly on, but $(settings orders)" has_settings orders
 ends_in_rows keyboard
 
 first_start mouse
-click "push button" Next
+times=2 click "push button" Next # a double click takes one step
 step_is Mode
 click "push button" Next
 step_is Networking

@@ -1,11 +1,13 @@
 #include "docview/sheet/ui/sheet_face.h"
 
 #include <QDialogButtonBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStackedWidget>
+#include <QStyleHints>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -24,6 +26,11 @@ std::int64_t NowMs() {
 bool PressesButtons(const QKeyEvent& key) {
   return key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter || key.key() == Qt::Key_Space ||
          key.modifiers() & Qt::AltModifier;
+}
+
+DoubleClickLimits LimitsOfDoubleClicks() {
+  const QStyleHints& hints = *QGuiApplication::styleHints();
+  return {hints.mouseDoubleClickInterval(), hints.mouseDoubleClickDistance()};
 }
 
 }  // namespace
@@ -137,7 +144,7 @@ bool WizardFace::eventFilter(QObject* watched, QEvent* event) {
 }
 
 // Cancel stands in its place on every page, and Esc is Cancel.
-bool WizardFace::IsBlindPress(const QEvent& event) const {
+bool WizardFace::IsBlindPress(const QEvent& event) {
   if (event.type() == QEvent::KeyPress) {
     const auto& key = static_cast<const QKeyEvent&>(event);
     return PressesButtons(key) && (key.isAutoRepeat() || m_unseen.IsUnseen(key.timestamp()));
@@ -146,8 +153,13 @@ bool WizardFace::IsBlindPress(const QEvent& event) const {
     return false;
   const auto& mouse = static_cast<const QMouseEvent&>(event);
   const QWidget* const under = childAt(mouse.position().toPoint());
-  const bool step = under && (under == m_back || under == m_next || under == m_finish);
-  return step && m_unseen.IsUnseen(mouse.timestamp());
+  if (!under || (under != m_back && under != m_next && under != m_finish)) return false;
+  const QPoint place = mouse.globalPosition().toPoint();
+  const MousePress press{mouse.timestamp(), place.x(), place.y()};
+  if (m_unseen.IsUnseen(press.stamp) || m_unseen.IsSecond(press, LimitsOfDoubleClicks()))
+    return true;
+  m_unseen.Presses(press);
+  return false;
 }
 
 void WizardFace::ShowPage(std::size_t place) {

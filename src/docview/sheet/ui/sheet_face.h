@@ -50,7 +50,8 @@ class TabbedSheetFace : public QtSheetFace {
 };
 
 // Enter is Next or Finish, except on Back and Cancel. What the user presses while a step is at
-// work, and a key that is held, press no button: the next page would be passed unseen.
+// work, a key that is held, and the second press of a double click on Back, Next or Finish press
+// no button: the next page would be passed unseen.
 class WizardFace : public QtSheetFace {
  public:
   WizardFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces);
@@ -65,7 +66,7 @@ class WizardFace : public QtSheetFace {
 
  private:
   void Do(const std::function<void()>& step);
-  bool IsBlindPress(const QEvent& event) const;
+  bool IsBlindPress(const QEvent& event);
   QPushButton* MakeStep(unsigned id, const char* text, std::function<void()> step);
   void LayOut(QPushButton* cancel);
   QtPageFace& Front() const { return *m_pages[m_sheet.GetActiveIndex()]; }

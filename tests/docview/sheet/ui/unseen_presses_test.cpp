@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QStyleHints>
 #include <QThread>
 
 #include "docview/ui/qt_host.h"
@@ -45,6 +46,9 @@ class UnseenPressesTest : public testing::Test {
   }
   // The window system's clock began long before the program's.
   std::uint64_t Stamp() const { return 70'000'000 + static_cast<std::uint64_t>(m_clock.elapsed()); }
+  static std::uint64_t DoubleClickMs() {
+    return static_cast<std::uint64_t>(QGuiApplication::styleHints()->mouseDoubleClickInterval());
+  }
 
   static QWidget& Window() { return *QApplication::activeModalWidget(); }
   static void Post(QInputEvent* event, std::uint64_t stamp) {
@@ -79,7 +83,7 @@ class UnseenPressesTest : public testing::Test {
       Then([this] {
         EXPECT_EQ(Log(), "A begins, A active, A next, A asked, B begins, B active, ");
         EXPECT_EQ(m_impatience.size(), 2U);
-        PostClick(QtSheetFace::kFinish, Stamp());
+        PostClick(QtSheetFace::kFinish, Stamp() + DoubleClickMs());
       });
     });
     EXPECT_EQ(m_wizard.DoModal(), CDialog::kIdOk);
@@ -122,6 +126,56 @@ TEST_F(UnseenPressesTest, EscStillCancels) {
   m_press = [](std::uint64_t stamp) { PostKey(Qt::Key_Escape, stamp); };
   Then([this] { PostClick(QtSheetFace::kNext, Stamp()); });
   EXPECT_EQ(m_wizard.DoModal(), CDialog::kIdCancel);
+}
+
+TEST_F(UnseenPressesTest, TheSecondClickOfADoubleClickDoesNotPressTheNextPagesButton) {
+  m_a.onAnswer = nullptr;
+  m_b.onActive = [this] { m_wizard.SetWizardButtons(PSWIZB_BACK | PSWIZB_FINISH); };
+  Then([this] {
+    const std::uint64_t first = Stamp();
+    PostClick(QtSheetFace::kNext, first);
+    Then([this, first] {
+      PostClick(QtSheetFace::kFinish, first + DoubleClickMs() - 1);
+      Then([this, first] {
+        EXPECT_EQ(m_log.back(), "B active");
+        PostClick(QtSheetFace::kFinish, first + DoubleClickMs());
+      });
+    });
+  });
+  EXPECT_EQ(m_wizard.DoModal(), CDialog::kIdOk);
+  EXPECT_EQ(m_log.back(), "B finish");
+}
+
+TEST_F(UnseenPressesTest, AQuickPressAtAnotherPlaceCounts) {
+  m_a.onAnswer = nullptr;
+  m_b.onActive = [this] { m_wizard.SetWizardButtons(PSWIZB_BACK | PSWIZB_FINISH); };
+  Then([this] {
+    const std::uint64_t first = Stamp();
+    PostClick(QtSheetFace::kNext, first);
+    Then([this, first] {
+      PostClick(QtSheetFace::kBack, first + 1);
+      Then([] { Window().close(); });
+    });
+  });
+  EXPECT_EQ(m_wizard.DoModal(), CDialog::kIdCancel);
+  EXPECT_EQ(m_wizard.GetActiveIndex(), 0U);
+}
+
+TEST(UnseenPresses, ASecondPressIsNearTheOneThatTookTheStepInTimeAndInPlace) {
+  UnseenPresses presses;
+  const DoubleClickLimits limits{400, 5};
+  presses.Presses({70'000, 300, 200});
+  EXPECT_FALSE(presses.IsSecond({70'100, 300, 200}, limits)) << "there was no step";
+  presses.StepBegins(1'000);
+  presses.StepEnds(1'001);
+  EXPECT_TRUE(presses.IsSecond({70'399, 305, 195}, limits));
+  EXPECT_FALSE(presses.IsSecond({70'400, 300, 200}, limits));
+  EXPECT_FALSE(presses.IsSecond({70'100, 306, 200}, limits));
+  EXPECT_FALSE(presses.IsSecond({70'100, 300, 194}, limits));
+  EXPECT_FALSE(presses.IsSecond({69'999, 300, 200}, limits)) << "another clock";
+  EXPECT_FALSE(presses.IsSecond({0, 300, 200}, limits)) << "no time";
+  presses.StepBegins(1'050);  // by the keyboard
+  EXPECT_FALSE(presses.IsSecond({70'100, 300, 200}, limits));
 }
 
 TEST(UnseenPresses, APressDuringAStepIsUnseenAndOneAfterItIsSeen) {

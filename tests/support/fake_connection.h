@@ -36,7 +36,6 @@ class FakeConnection final : public TraceThread_i {
   void Resume() override;
   Counts GetCounts() const override { return {}; }
   bool IsUp() const override { return m_up; }
-  void AwaitTraces(int) override {}
 
   // A trace with the text, with every id 1; it waits for the document.
   TraceEvent_i* Send(const std::string& text = "up") { return Send(text, 1); }

@@ -1,9 +1,6 @@
 // The wizard over machines without processes, led by a person's words.
 //
-// Shape    Walk takes words separated by blanks: "next", "back", "finish", "cancel"; "task:1",
-//          "file:NAME" (in the test's folder) and "nofile" for the file dialog that follows;
-//          "local", "remote", "same", "each"; "add:web", "del:web"; "pick:orders,billing" on the
-//          page of applications; "away:web" when a machine goes away.
+// Shape    Walk takes the words of wizard_words.h. A file is in the test's folder.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,6 +17,7 @@
 #include "support/fake_wizard_program.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
+#include "support/wizard_words.h"
 
 // Something happens while a box is up.
 class WizardHost final : public RecordingHost {
@@ -31,7 +29,7 @@ class WizardHost final : public RecordingHost {
   std::function<void()> m_onBox;
 };
 
-class WizardFixture : public testing::Test {
+class WizardFixture : public testing::Test, protected WizardWords {
  protected:
   WizardFixture() {
     SetSettingsFile(m_folder.File("settings.ini"));
@@ -62,9 +60,8 @@ class WizardFixture : public testing::Test {
   // Opens the wizard if it is not open, and does what the words say.
   void Walk(const std::string& words) {
     if (!m_sheet) Open();
-    std::istringstream in(words);
-    for (std::string word; in >> word;) {
-      Do(word);
+    for (const std::string& word : Split(words, ' ')) {
+      DoWord(word);
       m_host.RunPosted();
     }
   }
@@ -110,29 +107,14 @@ class WizardFixture : public testing::Test {
   std::optional<FakeWizard> m_window;
 
  private:
-  void Do(const std::string& word) {
-    const std::size_t colon = word.find(':');
-    const std::string what = word.substr(0, colon);
-    const std::string value = colon == std::string::npos ? "" : word.substr(colon + 1);
-    if (what == "next") return m_window->Press(SheetButton::Next);
-    if (what == "back") return m_window->Press(SheetButton::Back);
-    if (what == "finish") return m_window->Press(SheetButton::Finish);
-    if (what == "cancel") return m_window->Press(SheetButton::Cancel);
-    if (what == "task") return m_window->Choose(CWizSelectPage::kTask, std::stoi(value));
-    if (what == "file")
-      return m_host.AnswerFileDialog(value[0] == '/' ? value : m_folder.File(value));
-    if (what == "nofile") return m_host.AnswerFileDialog(std::nullopt);
-    if (what == "local") return m_window->Choose(CWizNetworkPage::kMode, 0);
-    if (what == "remote") return m_window->Choose(CWizNetworkPage::kMode, 1);
-    if (what == "each") return m_window->Choose(CWizMachinesPage::kIdentical, 0);
-    if (what == "same") return m_window->Choose(CWizMachinesPage::kIdentical, 1);
-    if (what == "away") return void(m_program.Machine(value).m_away = true);
-    if (what == "add") return Add(value);
-    if (what == "del") return Delete(value);
-    if (what == "pick") return Pick(value);
-    FAIL() << "no such word: " << word;
+  void UserPresses(SheetButton button) override { m_window->Press(button); }
+  void UserChooses(unsigned control, int number) override { m_window->Choose(control, number); }
+  void UserWillChooseFile(const std::optional<std::string>& name) override {
+    if (!name) return m_host.AnswerFileDialog(std::nullopt);
+    m_host.AnswerFileDialog(name->front() == '/' ? *name : m_folder.File(*name));
   }
-  void Add(const std::string& machine) {
+  void GoesAway(const std::string& machine) override { m_program.Machine(machine).m_away = true; }
+  void UserAdds(const std::string& machine) override {
     m_host.AnswerDialog([machine](CDialog& dialog) {
       auto& question = dynamic_cast<CMachineDlg&>(dialog);
       EXPECT_EQ(question.m_strPrompt, "What machine do you want to configure?");
@@ -141,15 +123,14 @@ class WizardFixture : public testing::Test {
     });
     m_sheet->MachinesPage().OnAdd();
   }
-  void Delete(const std::string& machine) {
+  void UserDeletes(const std::string& machine) override {
     m_window->machines.Click(m_window->machines.FindStringExact(machine));
     m_window->PressDelete();
   }
   // Clicks on the first and, with Ctrl, on the others.
-  void Pick(const std::string& names) {
-    std::istringstream in(names);
-    bool more = false;
-    for (std::string name; std::getline(in, name, ','); more = true)
-      m_window->applications.Click(m_window->applications.FindStringExact(name), more);
+  void UserPicks(const std::vector<std::string>& apps) override {
+    for (const std::string& name : apps)
+      m_window->applications.Click(m_window->applications.FindStringExact(name),
+                                   &name != apps.data());
   }
 };

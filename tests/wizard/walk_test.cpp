@@ -1,117 +1,23 @@
 // The walk through the pages: every step, and what decides it.
 #include "support/wizard_fixture.h"
+#include "wizard/walk_steps.h"
 
 namespace {
 
-struct Step {
-  std::string from;   // the page
-  std::string when;   // the condition
-  std::string words;  // how to come there and to meet the condition
-  std::string by;     // the button
-  std::string to;     // what stands in front then
-};
-
-// Words that lead to a page. The machines are "db" (store) and "web" (orders,
-// shop), in this order; this one has billing and orders.
-const char kMode[] = "next ", kNetwork[] = "next task:0 next ";
-std::string Here(const std::string& words) {
-  return kNetwork + ("local next " + words);
-}
-std::string Remote(const std::string& words) {
-  return kNetwork + ("remote next add:web add:db " + words);
-}
-std::string Each(const std::string& words) {
-  return Remote("each next " + words);
-}
-std::string Same(const std::string& words) {
-  return Remote("same next " + words);
-}
-
-std::vector<Step> FirstPages() {
-  return {
-      {"Welcome", "", "", "next", "Mode"},
-      {"Mode", "new setup", kMode + std::string("task:0"), "next", "Networking"},
-      {"Mode", "configuration opened", kMode + std::string("task:1 file:good.tcf"), "next",
-       "ended"},
-      {"Mode", "traces opened", kMode + std::string("task:2 file:good.trc"), "next", "ended"},
-      {"Mode", "no configuration chosen", kMode + std::string("task:1 nofile"), "next", "Mode"},
-      {"Mode", "no traces chosen", kMode + std::string("task:2 nofile"), "next", "Mode"},
-      {"Mode", "configuration not opened", kMode + std::string("task:1 file:bad.tcf"), "next",
-       "Mode"},
-      {"Mode", "traces not opened", kMode + std::string("task:2 file:bad.trc"), "next", "Mode"},
-      {"Mode", "", kMode, "back", "Welcome"},
-      {"Networking", "local, answers", kNetwork + std::string("local"), "next",
-       "Applications on THIS"},
-      {"Networking", "local, no answer", kNetwork + std::string("local away:localhost"), "next",
-       "Networking"},
-      {"Networking", "remote", kNetwork + std::string("remote"), "next", "Machines"},
-      {"Networking", "", kNetwork, "back", "Mode"},
-      {"Machines", "different", Remote("each"), "next", "Applications on db"},
-      {"Machines", "identical", Remote("same"), "next", "Applications"},
-      {"Machines", "", Remote(""), "back", "Networking"},
-  };
-}
-
-std::vector<Step> Forward() {
-  return {
-      {"Applications", "local", Here("pick:orders,billing"), "next", "Traces for billing"},
-      {"Applications", "different", Each("pick:store"), "next", "Traces for store on db"},
-      {"Applications", "identical", Same("pick:store,shop"), "next", "Traces for shop"},
-      {"Traces", "another follows, local", Here("pick:orders,billing next"), "next",
-       "Traces for orders"},
-      {"Traces", "another follows, different", Each("pick:store next next pick:orders,shop next"),
-       "next", "Traces for shop on web"},
-      {"Traces", "another follows, identical", Same("pick:store,shop next"), "next",
-       "Traces for store"},
-      {"Traces", "none follows, local", Here("pick:billing next"), "next", "Finish"},
-      {"Traces", "none follows, identical", Same("pick:shop next"), "next", "Finish"},
-      {"Traces", "none follows, another machine", Each("pick:store next"), "next",
-       "Applications on web"},
-      {"Traces", "none follows, last machine", Each("pick:store next next pick:shop next"), "next",
-       "Finish"},
-      {"Finish", "", Here("pick:billing next next"), "finish", "ended"},
-  };
-}
-
-std::vector<Step> Backward() {
-  return {
-      {"Finish", "local", Here("pick:orders,billing next next next"), "back", "Traces for orders"},
-      {"Finish", "different", Each("pick:store next next pick:orders,shop next next next"), "back",
-       "Traces for shop on web"},
-      {"Finish", "identical", Same("pick:orders,shop next next next"), "back", "Traces for shop"},
-      {"Traces", "an earlier one, local", Here("pick:orders,billing next next"), "back",
-       "Traces for billing"},
-      {"Traces", "an earlier one, different",
-       Each("pick:store next next pick:orders,shop next next"), "back", "Traces for orders on web"},
-      {"Traces", "none before", Here("pick:billing next"), "back", "Applications on THIS"},
-      {"Traces", "none selected before", Here("pick:orders next"), "back", "Applications on THIS"},
-      {"Traces", "none before, later machine", Each("pick:store next next pick:orders next"),
-       "back", "Applications on web"},
-      {"Applications", "local", Here(""), "back", "Networking"},
-      {"Applications", "identical", Same(""), "back", "Machines"},
-      {"Applications", "first machine", Each(""), "back", "Machines"},
-      {"Applications", "later machine", Each("pick:store next next"), "back",
-       "Traces for store on db"},
-  };
-}
-
 class WholeWalk : public WizardFixture {};
-class WizardWalk : public WizardFixture, public testing::WithParamInterface<Step> {};
-
-void PrintTo(const Step& step, std::ostream* to) {
-  *to << step.from << ", " << step.by << (step.when.empty() ? "" : ": ") << step.when;
-}
+class WizardWalk : public WizardFixture, public testing::WithParamInterface<WalkStep> {};
 
 }  // namespace
 
 TEST_P(WizardWalk, GoesAsTheTableSays) {
-  const Step& step = GetParam();
+  const WalkStep& step = GetParam();
   m_folder.File("good.tcf", "TCF Version 3.2\nAPP: \"orders\"\n");
   m_folder.File("bad.tcf", "nonsense\n");
   Walk(step.words);
   EXPECT_EQ(Where().substr(0, step.from.size()), step.from);
   Walk(step.by);
   EXPECT_EQ(Where(), step.to);
+  EXPECT_EQ(Boxes(), step.says.empty() ? "" : Box(step.says));
 }
 
 INSTANTIATE_TEST_SUITE_P(FirstPages, WizardWalk, testing::ValuesIn(FirstPages()));

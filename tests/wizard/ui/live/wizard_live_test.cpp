@@ -1,113 +1,16 @@
 // The wizard's window over real services: whole walks, and what happens when a machine refuses or
 // dies, or the user leaves.
-#include <QListView>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTreeView>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "apps/demo/demo_process.h"
-#include "config/document/config_doc.h"
-#include "config/traces/ui/traces_panel.h"
-#include "docview/commands/command_ids.h"
-#include "docview/sheet/ui/sheet_face.h"
-#include "quor/client/trace_thread.h"
-#include "shell/ui/shell_fixture.h"
-#include "support/qt_test_main.h"
-#include "wizard/machines_page.h"
-#include "wizard/network_page.h"
+#include "wizard/ui/live/wizard_live_fixture.h"
 
 namespace {
 
-constexpr unsigned kBack = QtSheetFace::kBack, kNext = QtSheetFace::kNext,
-                   kFinish = QtSheetFace::kFinish;
-
-// The user before the wizard.
-class WizardUser {
- public:
-  explicit WizardUser(QWidget* wizard) : m_wizard(*wizard) {}
-
-  std::string Title() const { return m_wizard.windowTitle().toStdString(); }
-  bool Shows(const std::string& title) const {
-    return Until([&] { return Title() == "Trace Wizard: " + title; });
-  }
-  bool CanPress(unsigned id) const {
-    const QPushButton& button = Find<QPushButton>(id);
-    return button.isVisible() && button.isEnabled();
-  }
-  void Press(unsigned id) {
-    ASSERT_TRUE(Until([&] { return CanPress(id); })) << id << " on " << Title();
-    QTest::mouseClick(&Find<QPushButton>(id), Qt::LeftButton);
-    Settle();
-  }
-  void ChooseRemote() { Find<QRadioButton>(CWizNetworkPage::kMode + 1).click(); }
-  void Add(const std::string& machine) {
-    Answer([machine](QWidget* query) {
-      QTest::keyClicks(query->focusWidget(), QString::fromStdString(machine));
-      QTest::keyClick(query, Qt::Key_Return);
-    });
-    Press(CWizMachinesPage::kAdd);
-  }
-  // A box answers instead.
-  void AddInVain(const std::string& machine, QString& text) {
-    Answer([this, machine, &text](QWidget* query) {
-      AnswerBox(text, query);
-      QTest::keyClicks(query->focusWidget(), QString::fromStdString(machine));
-      QTest::keyClick(query, Qt::Key_Return);
-    });
-    Press(CWizMachinesPage::kAdd);
-  }
-  // Answers the window that the next press brings up; gives its text.
-  void AnswerBox(QString& text, const QWidget* before = nullptr) const {
-    Answer(
-        [&text](QWidget* box) {
-          text = box->property("text").toString();
-          QTest::keyClick(box, Qt::Key_Return);
-        },
-        before);
-  }
-  QStringList Items(const char* list) const {
-    const auto* const view = m_wizard.findChild<QListView*>(list);
-    QStringList items;
-    for (int row = 0; row < view->model()->rowCount(); ++row)
-      items << view->model()->index(row, 0).data().toString();
-    return items;
-  }
-  void SelectApplications() { m_wizard.findChild<QListView*>("applications")->selectAll(); }
-  void GiveAll(unsigned button) {
-    m_wizard.findChild<QTreeView*>("traces")->selectAll();
-    Press(button);
-  }
-  void Leave() { QTest::keyClick(&m_wizard, Qt::Key_Escape); }
-
- private:
-  template <class Widget>
-  Widget& Find(unsigned id) const {
-    return *m_wizard.findChild<Widget*>(QString::number(id));
-  }
-  void Answer(const std::function<void(QWidget*)>& act, const QWidget* before = nullptr) const {
-    auto* const clock = new QTimer(qApp);
-    QObject::connect(clock, &QTimer::timeout, qApp, [clock, this, before, act = MustRun(act)] {
-      QWidget* const window = QApplication::activeModalWidget();
-      if (!window || window == &m_wizard || window == before) return;
-      clock->stop();
-      clock->deleteLater();
-      act(window);
-    });
-    clock->start(5);
-  }
-  QWidget& m_wizard;
-};
-
-class WizardLiveTest : public ShellTest {
+class WizardLiveTest : public WizardLive {
  protected:
-  ~WizardLiveTest() override {
-    g_quickClose = true;
-    m_app.reset();
-    g_quickClose = false;
-  }
   // The services' keys are those of the first; the user's certificate may configure.
   void MakeKeys() {
     ASSERT_EQ(m_quords[0].Run({"keys", "init", "--host", "here"}), 0);
@@ -162,27 +65,20 @@ class WizardLiveTest : public ShellTest {
     }
     return text;
   }
-  // Runs the wizard; `act` must end it.
+  // The wizard, whose user calls the machines "m0", "m1" and "m2".
   void RunWizard(const std::function<void(WizardUser&)>& act) {
-    OnModal([&](QWidget* wizard) {
-      WizardUser user(wizard);
+    WizardLive::RunWizard([&](WizardUser& user) {
+      for (const std::size_t number : {0U, 1U, 2U})
+        if (m_quords[number].Pid() > 0) user.Call("m" + std::to_string(number), Machine(number));
       act(user);
-      if (wizard->isVisible()) user.Leave();
     });
-    Frame().OnCommand(ID_FILE_WIZARD);
   }
-  std::vector<std::string> Windows() {
-    std::vector<std::string> titles;
-    for (const auto& child : Frame().Children()) titles.push_back(child->Title());
-    return titles;
-  }
-  // Goes to the page of applications, with both machines or with this one.
-  void ToMachines(WizardUser& user) {
-    user.Press(kNext);
-    user.Press(kNext);
-    user.ChooseRemote();
-    user.Press(kNext);
-    ASSERT_TRUE(user.Shows("Machines"));
+  // On each of so many machines in turn: all applications, and these settings for all traces.
+  static void Configure(WizardUser& user, const std::vector<std::string>& presets) {
+    for (const std::string& preset : presets) {
+      user.Do("pick:" + user.Items("applications") + " next");
+      user.Do("give:" + preset + " next");
+    }
   }
 
   QuordProcess m_quords[3];
@@ -194,17 +90,16 @@ TEST_F(WizardLiveTest, TheLocalWalkEndsWithAConfigurationAndAMonitorOfThisMachin
   Run(0, "orders");
   Start();
   RunWizard([](WizardUser& user) {
-    for (int page = 0; page < 3; ++page) user.Press(kNext);
-    ASSERT_TRUE(user.Shows("Applications on " + _trc_GetHostName()));
-    EXPECT_FALSE(user.CanPress(kNext));
-    user.SelectApplications();
-    user.Press(kNext);
-    ASSERT_TRUE(user.Shows("Traces for orders"));
-    user.GiveAll(TracesPanel::kMax);
+    user.Do("next next next");
+    EXPECT_TRUE(user.Sees("Applications on THIS"));
+    EXPECT_FALSE(user.CanPress(SheetButton::Next));
+    user.Do("pick:orders next");
+    EXPECT_TRUE(user.Sees("Traces for orders"));
+    user.Do("give:max");
     EXPECT_FALSE(AllAre("localhost", "orders", 799)) << "nothing goes to a machine before Finish";
-    user.Press(kNext);
-    ASSERT_TRUE(user.Shows("Finish"));
-    user.Press(kFinish);
+    user.Do("next");
+    EXPECT_TRUE(user.Sees("Finish"));
+    user.Do("finish");
   });
   EXPECT_TRUE(Until([] { return AllAre("localhost", "orders", 799); }));
   EXPECT_EQ(Windows(), (std::vector<std::string>{"Configuration on " + _trc_GetHostName(),
@@ -217,26 +112,19 @@ TEST_F(WizardLiveTest, ThreeMachinesGetWhatWasChosenForEachAndARefusingOneIsNotA
   ASSERT_NO_FATAL_FAILURE(MakeKeys());
   for (const std::size_t number : {0U, 1U, 2U}) Run(number, "app" + std::to_string(number));
   Start();
-  QString refused, doubled;
-  RunWizard([&](WizardUser& user) {
-    ASSERT_NO_FATAL_FAILURE(ToMachines(user));
-    EXPECT_FALSE(user.CanPress(kNext));
-    for (const std::size_t number : {0U, 1U, 2U}) user.Add(Machine(number));
-    user.AddInVain("127.0.0.1:1", refused);
-    user.AddInVain(Machine(1), doubled);
-    ASSERT_EQ(user.Items("machines").size(), 3);
-    user.Press(kNext);
-    for (int machine = 0; machine < 3; ++machine) {
-      user.SelectApplications();
-      user.Press(kNext);
-      user.GiveAll(machine == 1 ? TracesPanel::kMax : TracesPanel::kDeveloper);
-      user.Press(kNext);
-    }
-    ASSERT_TRUE(user.Shows("Finish"));
-    user.Press(kFinish);
+  RunWizard([](WizardUser& user) {
+    user.Do("next next remote next");
+    EXPECT_FALSE(user.CanPress(SheetButton::Next));
+    user.Do("add:m0 add:m1 add:m2 add:127.0.0.1:1");
+    EXPECT_EQ(user.Boxes(), "Error trying to connect to configuration server on 127.0.0.1:1");
+    user.Do("add:m1");
+    EXPECT_EQ(user.Boxes(), "Duplicate entry!  Machine not added.");
+    EXPECT_EQ(user.Items("machines").find("127.0.0.1:1"), std::string::npos);
+    user.Do("next");
+    Configure(user, {"developer", "max", "developer"});
+    EXPECT_TRUE(user.Sees("Finish"));
+    user.Do("finish");
   });
-  EXPECT_EQ(refused, "Error trying to connect to configuration server on 127.0.0.1:1");
-  EXPECT_EQ(doubled, "Duplicate entry!  Machine not added.");
   EXPECT_EQ(Windows().size(), 4U) << "three configurations and a monitor";
   std::vector<std::string> machines = {Machine(0), Machine(1), Machine(2)}, ordered = machines;
   std::sort(ordered.begin(), ordered.end());
@@ -253,24 +141,14 @@ TEST_F(WizardLiveTest, AMachineThatDiesBetweenTwoPagesIsToldAndTheOthersAreConfi
   ASSERT_NO_FATAL_FAILURE(MakeKeys());
   for (const std::size_t number : {0U, 1U}) Run(number, "app" + std::to_string(number));
   Start();
-  QString told;
-  const std::string dead = Machine(1);
-  RunWizard([&](WizardUser& user) {
-    ASSERT_NO_FATAL_FAILURE(ToMachines(user));
-    for (const std::size_t number : {0U, 1U}) user.Add(Machine(number));
-    user.Press(kNext);
-    for (int machine = 0; machine < 2; ++machine) {
-      user.SelectApplications();
-      user.Press(kNext);
-      user.GiveAll(TracesPanel::kMax);
-      user.Press(kNext);
-    }
-    ASSERT_TRUE(user.Shows("Finish"));
+  RunWizard([this](WizardUser& user) {
+    user.Do("next next remote next add:m0 add:m1 next");
+    Configure(user, {"max", "max"});
+    EXPECT_TRUE(user.Sees("Finish"));
     m_quords[1].Kill();
-    user.AnswerBox(told);
-    user.Press(kFinish);
+    user.Do("finish");
+    EXPECT_EQ(user.Boxes(), "Error trying to connect to configuration server.");
   });
-  EXPECT_EQ(told, "Error trying to connect to configuration server.");
   EXPECT_TRUE(Until([] { return AllAre("localhost", "app0", 799); }));
   EXPECT_EQ(Windows(), (std::vector<std::string>{"Configuration on localhost",
                                                  "Traces sent to " + _trc_GetHostName()}));
@@ -287,21 +165,21 @@ TEST_F(WizardLiveTest, CancelOnEachPageLeavesAllMachinesAndWindowsAsTheyWere) {
     std::string left;
     RunWizard([&](WizardUser& user) {
       for (int page = 0; page < pages; ++page) {
-        if (user.Title() == "Trace Wizard: Networking") user.ChooseRemote();
-        if (user.Title() == "Trace Wizard: Machines" && user.Items("machines").isEmpty())
-          for (const std::size_t number : {0U, 1U, 2U}) user.Add(Machine(number));
-        if (user.Title().find("Applications") != std::string::npos) user.SelectApplications();
-        if (user.Title().find("Traces for") != std::string::npos) user.GiveAll(TracesPanel::kMax);
-        user.Press(kNext);
+        if (user.Where() == "Networking") user.Do("remote");
+        if (user.Where() == "Machines") user.Do("add:m0 add:m1 add:m2");
+        if (user.Where().starts_with("Applications")) user.Do("pick:" + user.Items("applications"));
+        if (user.Where().starts_with("Traces")) user.Do("give:max");
+        user.Do("next");
       }
-      left = user.Title();
-      user.Leave();
+      left = user.Where();
+      user.Do("cancel");
+      EXPECT_EQ(user.Where(), "cancelled");
     });
     EXPECT_TRUE(Until([&] { return all() == before; })) << left << "\n" << all() << before;
     EXPECT_TRUE(Windows().empty()) << left;
     last = left;
   }
-  EXPECT_EQ(last, "Trace Wizard: Finish");
+  EXPECT_EQ(last, "Finish");
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ namespace {
 constexpr std::string_view kMark = "\xEF\xBB\xBF";
 constexpr char kTooLarge[] = "The file is too large to be shown: more than 16 MB.";
 constexpr char kTooLong[] = "The file has a line that is too long to be shown: more than 256 KB.";
+constexpr char kTooMany[] = "The file has too many lines to be shown: more than 1,000,000.";
 constexpr char kNotText[] = "The file is not text: it holds zero bytes.";
 
 bool ReadUpTo(int descriptor, std::size_t most, std::string& bytes) {
@@ -73,21 +74,23 @@ bool Latin1OfUtf8(std::string_view text, std::string& bytes) {
 
 struct LineEnds {
   std::size_t both = 0, feed = 0, carriage = 0;
+  std::size_t All() const { return both + feed + carriage; }
   std::string Most() const {
     if (both > feed && both >= carriage) return "\r\n";
     return carriage > feed ? "\r" : "\n";
   }
 };
 
-// Every line end becomes "\n"; false if a line is longer than an edit control can handle.
-bool PartLines(std::string& text, std::string& lineEnd) {
+// Every line end becomes "\n"; false if an edit control could not handle the lines.
+bool PartLines(std::string& text, std::string& lineEnd, std::string* why) {
   LineEnds ends;
   std::size_t to = 0, lineBegin = 0;
   for (std::size_t from = 0; from < text.size(); ++from) {
+    if (ends.All() == TextFile::kMostLines) return FailWith(why, kTooMany);
     const char c = text[from];
     if (c != '\r' && c != '\n') {
       text[to++] = c;
-      if (to - lineBegin > TextFile::kLongestLineBytes) return false;
+      if (to - lineBegin > TextFile::kLongestLineBytes) return FailWith(why, kTooLong);
       continue;
     }
     const bool both = c == '\r' && from + 1 < text.size() && text[from + 1] == '\n';
@@ -111,7 +114,7 @@ bool DecodeText(std::string_view bytes, TextFile& file, std::string* why) {
   file.mark = !file.latin1 && bytes.substr(0, kMark.size()) == kMark;
   if (file.mark) bytes.remove_prefix(kMark.size());
   file.text = file.latin1 ? Utf8OfLatin1(bytes) : std::string(bytes);
-  return PartLines(file.text, file.lineEnd) || FailWith(why, kTooLong);
+  return PartLines(file.text, file.lineEnd, why);
 }
 
 bool ReadTextFile(const std::string& path, TextFile& file, std::string* why) {

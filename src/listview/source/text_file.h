@@ -14,6 +14,8 @@ struct TextFile {
   // An edit control lays out its text: with more than this the program would freeze.
   static constexpr std::size_t kLargestBytes = std::size_t{16} << 20;
   static constexpr std::size_t kLongestLineBytes = std::size_t{256} << 10;
+  // An empty line has a layout too.
+  static constexpr std::size_t kMostLines = 1'000'000;
 
   std::string text;  // UTF-8, "\n" between lines
   bool latin1 = false;

@@ -2,10 +2,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QMimeData>
-#include <QUrl>
 
 #include "docview/ui/dialog_parts.h"
+#include "docview/ui/dropped_files.h"
 #include "docview/ui/qt_host.h"
 #include "docview/ui/screen_fit.h"
 #include "shell/main_frame.h"
@@ -14,14 +13,6 @@ namespace {
 
 constexpr int kIdleMs = 250;
 constexpr int kFramedMs = 100;
-
-std::vector<std::string> LocalFiles(const QMimeData& data) {
-  std::vector<std::string> paths;
-  for (const QUrl& url : data.urls()) {
-    if (url.isLocalFile()) paths.push_back(url.toLocalFile().toStdString());
-  }
-  return paths;
-}
 
 }  // namespace
 
@@ -87,13 +78,13 @@ void MainWindow::ReportSize() {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (!LocalFiles(*event->mimeData()).empty()) event->acceptProposedAction();
+  if (!DroppedFiles(*event->mimeData()).empty()) event->acceptProposedAction();
 }
 
 // Opened after the event: until it returns, the program that the files were dragged from waits, and
 // an older file asks a question.
 void MainWindow::dropEvent(QDropEvent* event) {
-  const std::vector<std::string> paths = LocalFiles(*event->mimeData());
+  const std::vector<std::string> paths = DroppedFiles(*event->mimeData());
   if (!m_frame || paths.empty()) return;
   event->acceptProposedAction();
   QMetaObject::invokeMethod(

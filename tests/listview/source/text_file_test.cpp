@@ -90,7 +90,9 @@ TEST(TextFile, AFileWithZeroBytesIsNotText) {
 }
 
 TEST(TextFile, AHugeFileIsRefused) {
-  std::string bytes(TextFile::kLargestBytes, '\n');
+  std::string bytes;
+  const std::string line = std::string(63, 'x') + "\n";
+  while (bytes.size() < TextFile::kLargestBytes) bytes += line;
   Decoded(bytes);
   bytes += '\n';
   EXPECT_EQ(Refused(bytes), "The file is too large to be shown: more than 16 MB.");
@@ -101,6 +103,18 @@ TEST(TextFile, AnEndlessLineIsRefused) {
   Decoded(line + "\n" + line);
   EXPECT_EQ(Refused("a\n" + line + "x"),
             "The file has a line that is too long to be shown: more than 256 KB.");
+}
+
+TEST(TextFile, AFileOfTooManyLinesIsRefusedWhateverEndsThem) {
+  for (const std::string end : {"\n", "\r", "\r\n"}) {
+    std::string bytes;
+    for (std::size_t line = 1; line < TextFile::kMostLines; ++line) bytes += end;
+    EXPECT_EQ(Unedited(bytes + "last" + end), bytes + "last" + end);
+    EXPECT_EQ(Refused(bytes + "last" + end + "x"),
+              "The file has too many lines to be shown: more than 1,000,000.");
+    EXPECT_EQ(Refused(bytes + end + end),
+              "The file has too many lines to be shown: more than 1,000,000.");
+  }
 }
 
 TEST(TextFile, IsReadFromTheDisk) {

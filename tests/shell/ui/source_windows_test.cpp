@@ -3,16 +3,20 @@
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QWindow>
 
 #include "listview/source/open_source.h"
 #include "listview/source/source_map.h"
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
 #include "listview/source/ui/rich_edit_widget.h"
+#include "shell/menu_resources.h"
 #include "shell_fixture.h"
 
 namespace {
@@ -45,6 +49,19 @@ class SourceWindowsTest : public ShellTest {
       if (box && box->isVisible()) return box;
     }
     return nullptr;
+  }
+  // Runs `act` when a pop-up is up.
+  template <class Act>
+  void OnPopUp(Act act) {
+    auto* clock = new QTimer(qApp);
+    QObject::connect(clock, &QTimer::timeout, qApp, [clock, act = MustRun(act)] {
+      QWidget* const menu = QApplication::activePopupWidget();
+      if (!menu) return;
+      clock->stop();
+      clock->deleteLater();
+      act(menu);
+    });
+    clock->start(5);
   }
   // Chooses the file in the dialog that comes up next.
   void Choose(const std::string& path) {
@@ -271,6 +288,96 @@ TEST_F(SourceWindowsTest, ClosingTheProgramEndsTheWait) {
   m_host.KillTimer(timer);
   EXPECT_TRUE(closed);
   EXPECT_TRUE(Until([this] { return m_closed == 1; }));
+}
+
+// A window manager can close the window from outside although the pop-up has the mouse.
+TEST_F(SourceWindowsTest, ClosingTheProgramWhileThePopUpIsUpEndsBoth) {
+  Start();
+  OpenSourceAt(WriteSource("a.cpp"), 3);
+  Settle();
+  QtRichEdit* const edit = Edit();
+  ASSERT_NE(edit, nullptr);
+  bool closed = false;
+  OnPopUp([&](QWidget*) {
+    closed = true;
+    Window().close();
+  });
+  const QPoint position(20, 60);
+  QContextMenuEvent asked(QContextMenuEvent::Mouse, position, edit->mapToGlobal(position));
+  QCoreApplication::sendEvent(edit->viewport(), &asked);
+  EXPECT_TRUE(Until([&] { return closed && m_closed == 1; }));
+  EXPECT_FALSE(QApplication::activePopupWidget());
+}
+
+TEST_F(SourceWindowsTest, ALineThatIsEndedWithShiftAndEnterLeavesTheFilesEncoding) {
+  Start();
+  const std::string path = m_dir.File("a.cpp", "caf\xE9\r\nint a;\r\n");
+  OpenSourceAt(path, 2);
+  Settle();
+  ASSERT_NE(Edit(), nullptr);
+  QTest::keyClick(Edit(), Qt::Key_Return, Qt::ShiftModifier);
+  ASSERT_TRUE(m_app->SourceTemplate()->Documents().front()->OnSaveDocument(path));
+  EXPECT_EQ(ReadAll(path), "caf\xE9\r\n\r\nint a;\r\n");
+}
+
+TEST_F(SourceWindowsTest, AltAInTheFindBoxTicksMatchCase) {
+  Start();
+  OpenSourceAt(WriteSource("a.cpp"), 3);
+  Settle();
+  QTest::keyClick(Edit(), Qt::Key_F, Qt::ControlModifier);
+  auto* const box = Box<FindTextFace>();
+  ASSERT_NE(box, nullptr);
+  ASSERT_TRUE(Until([box] {
+    box->activateWindow();
+    return box->isActiveWindow();
+  }));
+  QTest::keyClick(box, Qt::Key_A, Qt::AltModifier);
+  EXPECT_TRUE(box->findChild<QCheckBox*>("match case")->isChecked());
+}
+
+// The box is modeless, so the keys of the main window are in force there too.
+TEST_F(SourceWindowsTest, NoKeyOfTheFindBoxIsOneOfTheMainWindow) {
+  Start();
+  OpenSourceAt(WriteSource("a.cpp"), 3);
+  Settle();
+  QTest::keyClick(Edit(), Qt::Key_F, Qt::ControlModifier);
+  auto* const box = Box<FindTextFace>();
+  ASSERT_NE(box, nullptr);
+  QStringList texts;
+  for (const auto* label : box->findChildren<QLabel*>()) texts << label->text();
+  for (const auto* button : box->findChildren<QAbstractButton*>()) texts << button->text();
+  QSet<QKeySequence> keys;
+  for (const QString& text : texts) {
+    const QKeySequence key = QKeySequence::mnemonic(text);
+    if (key.isEmpty()) continue;
+    EXPECT_FALSE(keys.contains(key)) << text.toStdString();
+    keys.insert(key);
+    for (const Accelerator& accelerator : Accelerators())
+      EXPECT_NE(key, QKeySequence(QString::fromLatin1(accelerator.key))) << text.toStdString();
+  }
+  EXPECT_EQ(keys.size(), 4);
+}
+
+TEST_F(SourceWindowsTest, AFileThatIsDroppedOnTheTextOpens) {
+  Start();
+  OpenSourceAt(WriteSource("a.cpp"), 3);
+  Settle();
+  QtRichEdit* const edit = Edit();
+  ASSERT_NE(edit, nullptr);
+  const QString trace = QString::fromStdString(TraceFile("web.trc", 1));
+  QMimeData data;
+  data.setUrls({QUrl::fromLocalFile(trace)});
+  data.setText(QUrl::fromLocalFile(trace).toString());
+  // As from the window system: the window finds out which widget is below the mouse.
+  QWindow* const window = Window().windowHandle();
+  const QPoint at = edit->viewport()->mapTo(&Window(), QPoint(5, 5));
+  QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QCoreApplication::sendEvent(window, &enter);
+  QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QCoreApplication::sendEvent(window, &drop);
+  EXPECT_TRUE(drop.isAccepted());
+  EXPECT_TRUE(Until([this] { return m_app->FileTemplate()->Documents().size() == 1; }));
+  EXPECT_FALSE(edit->document()->isModified());
 }
 
 TEST_F(SourceWindowsTest, ExportAndSaveShowTheirBoxesInTheFileDialog) {

@@ -15,7 +15,7 @@ FindTextFace::FindTextFace(FindTextDialog& dialog, QWidget* parent)
     : QtDialogFace(dialog, parent),
       m_find(dialog),
       m_text(new QLineEdit(this)),
-      m_matchCase(new PromptButton<QCheckBox>(tr("Match &case"), this)),
+      m_matchCase(new PromptButton<QCheckBox>(tr("M&atch case"), this)),
       m_wholeWord(new PromptButton<QCheckBox>(tr("Match &whole word only"), this)),
       m_findNext(new PromptButton<QPushButton>(tr("&Find Next"), this)) {
   setWindowTitle(FindTextDialog::kTitle);

@@ -1,13 +1,14 @@
 #include "listview/source/ui/rich_edit_widget.h"
 
 #include <QContextMenuEvent>
+#include <QDragEnterEvent>
 #include <QFontDatabase>
 #include <QMenu>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextBlock>
-#include <memory>
 
+#include "docview/ui/dropped_files.h"
 #include "listview/source/ui/line_margin.h"
 
 namespace {
@@ -142,7 +143,14 @@ void QtRichEdit::resizeEvent(QResizeEvent* event) {
 
 void QtRichEdit::keyPressEvent(QKeyEvent* event) {
   m_keepCentred = false;
+  if (event->matches(QKeySequence::InsertLineSeparator)) return EndLine();
   QPlainTextEdit::keyPressEvent(event);
+}
+
+// Qt has a character of its own for this key, which ends no line of a file.
+void QtRichEdit::EndLine() {
+  QKeyEvent plain(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
+  QPlainTextEdit::keyPressEvent(&plain);
 }
 
 void QtRichEdit::mousePressEvent(QMouseEvent* event) {
@@ -150,12 +158,22 @@ void QtRichEdit::mousePressEvent(QMouseEvent* event) {
   QPlainTextEdit::mousePressEvent(event);
 }
 
-// The usual menu without its keys, because some of them are commands of the main window.
+// The usual menu without its keys, because some of them are commands of the main window. It has no
+// loop of its own: the program may be closed while it is up, and the control goes with its menu.
 void QtRichEdit::contextMenuEvent(QContextMenuEvent* event) {
-  const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
+  QMenu* const menu = createStandardContextMenu(event->pos());
   for (QAction* action : menu->actions()) {
     action->setText(action->text().section(QLatin1Char('\t'), 0, 0));
     action->setShortcut(QKeySequence());
   }
-  menu->exec(event->globalPos());
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->popup(event->globalPos());
+}
+
+// Files are for the main window, which opens them. Other text is inserted.
+void QtRichEdit::dragEnterEvent(QDragEnterEvent* event) {
+  if (DroppedFiles(*event->mimeData()).empty())
+    QPlainTextEdit::dragEnterEvent(event);
+  else
+    event->ignore();
 }

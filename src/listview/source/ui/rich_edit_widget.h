@@ -45,9 +45,11 @@ class QtRichEdit final : public QPlainTextEdit, public RichEdit, public QtContro
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
 
  private:
   void GoTo(const QTextCursor& cursor);
+  void EndLine();
   void PlaceMargin();
 
   // The caret was scrolled to and the user has not touched the text since: when the window changes

@@ -5,6 +5,8 @@
 #include <QElapsedTimer>
 #include <QFontInfo>
 #include <QMenu>
+#include <QMimeData>
+#include <QPointer>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -326,23 +328,78 @@ TEST_F(RichEditWidget, ItsPopUpNamesNoKeys) {
   m_edit.SetText("one");
   Show();
   QStringList texts;
-  QTimer::singleShot(0, &m_edit, [&] {
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_NE(menu, nullptr);
-    for (const QAction* action : menu->actions()) {
-      texts.append(action->text());
-      EXPECT_TRUE(action->shortcut().isEmpty());
-    }
-    menu->close();
-  });
   QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), m_edit.mapToGlobal(QPoint(5, 5)));
   QCoreApplication::sendEvent(m_edit.viewport(), &event);
+  const QPointer<QMenu> menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_TRUE(menu);
+  for (const QAction* action : menu->actions()) {
+    texts.append(action->text());
+    EXPECT_TRUE(action->shortcut().isEmpty());
+  }
+  menu->close();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !menu; }));
   EXPECT_GE(texts.size(), 5);
   for (const QString& text : texts)
     EXPECT_FALSE(text.contains(QLatin1Char('\t'))) << text.toStdString();
 }
 
-// The largest text and the longest line that a file may have.
+TEST_F(RichEditWidget, ACommandOfItsPopUpIsDone) {
+  m_edit.SetText("one");
+  Show();
+  QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), m_edit.mapToGlobal(QPoint(5, 5)));
+  QCoreApplication::sendEvent(m_edit.viewport(), &event);
+  auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_TRUE(menu);
+  menu->setActiveAction(menu->actions().back());  // Select All
+  QTest::keyClick(menu, Qt::Key_Return);
+  EXPECT_EQ(m_edit.GetSelText(), "one");
+}
+
+TEST_F(RichEditWidget, EnterEndsALineWithShiftToo) {
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+    m_edit.SetText(
+        "on\xE2\x80\xA8"
+        "e");
+    Show();
+    m_edit.SetSel(1, 1);
+    QTest::keyClick(&m_edit, key, Qt::ShiftModifier);
+    EXPECT_EQ(m_edit.GetText(),
+              "o\nn\xE2\x80\xA8"
+              "e");
+    EXPECT_EQ(m_edit.textCursor().blockNumber(), 1);
+    m_edit.undo();
+    EXPECT_EQ(m_edit.GetText(),
+              "on\xE2\x80\xA8"
+              "e");
+  }
+}
+
+TEST_F(RichEditWidget, TextThatIsDroppedIsInsertedAndFilesAreLeftToTheWindowAround) {
+  m_edit.SetText("one");
+  Show();
+  const auto drop = [this](const QMimeData& data) {
+    QDragEnterEvent enter(QPoint(2, 2), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    enter.ignore();
+    QCoreApplication::sendEvent(m_edit.viewport(), &enter);
+    if (!enter.isAccepted()) return false;
+    QDropEvent dropped(QPointF(2, 2), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(m_edit.viewport(), &dropped);
+    return true;
+  };
+  QMimeData files, page, text;
+  files.setUrls({QUrl::fromLocalFile(QStringLiteral("/tmp/a.trc"))});
+  files.setText(QStringLiteral("file:///tmp/a.trc"));
+  EXPECT_FALSE(drop(files));
+  EXPECT_EQ(m_edit.GetText(), "one");
+  page.setUrls({QUrl(QStringLiteral("http://host/a"))});
+  page.setText(QStringLiteral("http://host/a "));
+  EXPECT_TRUE(drop(page));
+  text.setText(QStringLiteral("more "));
+  EXPECT_TRUE(drop(text));
+  EXPECT_EQ(m_edit.GetText(), "more http://host/a one");
+}
+
+// The largest texts and the longest line that a file may have.
 TEST_F(RichEditWidget, TheLargestTextIsShownInAMoment) {
   std::string text;
   while (text.size() < TextFile::kLargestBytes) text += "  if (a == b) return first(second);\n";
@@ -352,6 +409,9 @@ TEST_F(RichEditWidget, TheLargestTextIsShownInAMoment) {
   Show();
   GoToLine(400000);
   EXPECT_EQ(CaretLine(), 400000);
+  m_edit.SetText(std::string(TextFile::kMostLines, '\n'));
+  GoToLine(TextFile::kMostLines);
+  EXPECT_EQ(CaretLine(), static_cast<int>(TextFile::kMostLines));
   m_edit.SetText(std::string(TextFile::kLongestLineBytes, 'x'));
   m_edit.grab();
   EXPECT_LT(clock.elapsed(), 60'000);

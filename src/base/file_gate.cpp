@@ -109,11 +109,11 @@ bool OpenFile::Close() {
   return kept;
 }
 
-OpenFile OpenFile::Open(const std::string& path, Way way, std::string* why) {
+OpenFile OpenFile::Open(const std::string& path, Way way, std::string* why, int flags) {
   OpenFile file;
   const bool writing = way != Way::Read;
   const int creating = way == Way::Create ? O_CREAT : 0;
-  file.m_descriptor = OpenDescriptor(path, writing ? O_WRONLY | creating : O_RDONLY);
+  file.m_descriptor = OpenDescriptor(path, flags | (writing ? O_WRONLY | creating : O_RDONLY));
   struct stat status;
   if (!file || fstat(file.m_descriptor, &status) != 0)
     return FailWith(why, SystemReason(), OpenFile());
@@ -135,8 +135,9 @@ OpenFile OpenForReading(const std::string& path, std::string* why) {
   return OpenFile::Open(path, OpenFile::Way::Read, why);
 }
 
-OpenFile CreateForWriting(const std::string& path, std::string* why) {
-  return OpenFile::Open(path, OpenFile::Way::Create, why);
+OpenFile CreateForWriting(const std::string& path, std::string* why, Links links) {
+  const int flags = links == Links::Refuse ? O_NOFOLLOW : 0;
+  return OpenFile::Open(path, OpenFile::Way::Create, why, flags);
 }
 
 OpenFile HoldForReplacing(const std::string& path, std::string* why) {

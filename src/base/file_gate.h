@@ -13,6 +13,10 @@
 #include <cstdint>
 #include <string>
 
+// Refuse: a symbolic link under the name is an error. For a file that nobody has named, in a folder
+// where others may have put a link.
+enum class Links { Follow, Refuse };
+
 class OpenFile {
  public:
   OpenFile() = default;
@@ -27,10 +31,10 @@ class OpenFile {
 
  private:
   friend OpenFile OpenForReading(const std::string& path, std::string* why);
-  friend OpenFile CreateForWriting(const std::string& path, std::string* why);
+  friend OpenFile CreateForWriting(const std::string& path, std::string* why, Links links);
   friend OpenFile HoldForReplacing(const std::string& path, std::string* why);
   enum class Way { Read, Create, Hold };
-  static OpenFile Open(const std::string& path, Way way, std::string* why);
+  static OpenFile Open(const std::string& path, Way way, std::string* why, int flags = 0);
   int m_descriptor = -1;
   std::uint64_t m_device = 0, m_inode = 0;
   bool m_listed = false;  // in this process's list of open files
@@ -41,7 +45,8 @@ OpenFile OpenForReading(const std::string& path, std::string* why = nullptr);
 
 // A new file, opened exclusively. An existing one is emptied only when it is known that nobody has
 // it open, so that a failed creation leaves it as it was.
-OpenFile CreateForWriting(const std::string& path, std::string* why = nullptr);
+OpenFile CreateForWriting(const std::string& path, std::string* why = nullptr,
+                          Links links = Links::Follow);
 
 // Holds an existing file like CreateForWriting, but keeps its bytes: nobody opens it until the new
 // file, which is written elsewhere, has replaced it.

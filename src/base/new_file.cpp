@@ -52,6 +52,17 @@ bool Overwrite(int to, int from, off_t bytes) {
   return ftruncate(to, bytes) == 0 && fsync(to) == 0;
 }
 
+// Some file systems do not support it.
+bool IsOnDisk(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (descriptor < 0) return false;
+  const bool synced = fdatasync(descriptor) == 0 || errno == EINVAL || errno == ENOSYS;
+  const int error = errno;
+  close(descriptor);
+  errno = error;
+  return synced;
+}
+
 }  // namespace
 
 bool NewFile::Begin(const std::string& path, std::string* why) {
@@ -109,6 +120,8 @@ bool NewFile::Finish(std::string* why) {
 }
 
 bool NewFile::Rename(std::string* why) {
+  // A crash of the machine must not leave an empty file in place of the existing one.
+  if (m_held && !IsOnDisk(m_writeTo)) return FailWith(why, SystemReason());
   if (rename(m_writeTo.c_str(), m_target.c_str()) == 0) return true;
   const int error = errno;
   const bool forbidden = error == EPERM || error == EACCES || error == EBUSY;

@@ -4,12 +4,13 @@
 // existing file keeps its bytes. If the NewFile is destroyed before Finish (the work failed or was
 // cancelled), the part is removed. A device is written directly.
 //
-// Finish   Renames. An existing file keeps its rights, its owner and all its names: if a rename
-//          would change one of them, or is not allowed (a sticky folder), the new content is copied
-//          into the existing file, which first gets the room for it on the disk. Only a crash or a
-//          broken disk during that copy can leave half a file; the complete new file then stays
-//          where it was written. If no file can be made in the folder, the part is written in the
-//          folder for temporary files.
+// Finish   Renames, after the content is on the disk if an existing file is replaced. An existing
+//          file keeps its rights, its owner and all its names: if a rename would change one of
+//          them, or is not allowed (a sticky folder), the new content is copied into the existing
+//          file, which first gets the room for it on the disk. Only a crash or a broken disk during
+//          that copy can leave half a file; the complete new file then stays where it was written.
+//          If no file can be made in the folder, the part is written in the folder for temporary
+//          files.
 // Owner    The caller writes to WriteTo() and closes it before Finish or the end.
 // Errors   False and a reason for the user. An existing file that anybody has open is refused.
 // Threads  One.

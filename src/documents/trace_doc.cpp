@@ -70,5 +70,12 @@ bool CTraceDoc::SaveModified() {
 
 // A trace document cannot be saved in place: its own file is mapped, or it has none.
 bool CTraceDoc::DoFileSave() {
-  return DoSave(nullptr, false);
+  return MayBeWritten() && DoSave(nullptr, false);
+}
+
+bool CTraceDoc::MayBeWritten() const {
+  if (m_loading)
+    GetHost().MessageBox(
+        {"The traces of this file have not been loaded.", BoxIcon::Warning, BoxButtons::Ok});
+  return !m_loading;
 }

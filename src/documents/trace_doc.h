@@ -34,6 +34,10 @@ class CTraceDoc : public CDocument {
   // Asks for a name and writes a copy; the document keeps its name and its modified flag.
   bool DoFileSave() override;
 
+  // May the traces be written to a file? False after a message: they have not been loaded (yet),
+  // and an empty file could replace a good one.
+  bool MayBeWritten() const;
+
   // Do traces arrive without a command of the user?
   virtual bool IsStream() const { return false; }
   // The text of a view without traces: what it waits for, and in a second line why.

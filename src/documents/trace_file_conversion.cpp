@@ -6,18 +6,19 @@
 #include <unistd.h>
 
 #include "base/rename_file.h"
-#include "records/old_conversion.h"
 
 namespace {
 
 class Conversion {
  public:
-  Conversion(const MappedFile& old, const std::string& path, const ConversionCallbacks& callbacks)
+  Conversion(const MappedFile& old, const std::string& path, const ConversionCallbacks& callbacks,
+             OldConversion& result)
       : m_old(old),
         m_path(path),
         m_temporary(path + ".tmp"),
         m_aside(path + ".old"),
-        m_callbacks(callbacks) {}
+        m_callbacks(callbacks),
+        m_result(result) {}
 
   bool Run() {
     const bool swapped = IsWhatWasMapped() ? WriteTemporary() && Swap() : Failed(kRenameOld);
@@ -56,16 +57,16 @@ class Conversion {
   }
 
   bool WriteTemporary() {
-    if (!m_writer.Create(m_temporary)) return Failed("Error creating temporary file");
+    if (!m_writer.Create(m_temporary, nullptr, Links::Refuse))
+      return Failed("Error creating temporary file");
     KeepPermissions();
-    const OldConversion result =
-        ConvertOldTrc(m_old.View(), m_writer, [this](std::uint64_t position) {
-          return Progress(position, false) == ConversionControl::Continue;
-        });
+    m_result = ConvertOldTrc(m_old.View(), m_writer, [this](std::uint64_t position) {
+      return Progress(position, false) == ConversionControl::Continue;
+    });
     if (m_givenUp) return false;
     // The old file will be deleted: the new one must be on the disk.
-    if (!(result.written && m_writer.Sync())) return Failed("Error writing to temporary file");
-    Progress(result.position, true);
+    if (!(m_result.written && m_writer.Sync())) return Failed("Error writing to temporary file");
+    Progress(m_result.position, true);
     return !m_givenUp;
   }
 
@@ -107,6 +108,7 @@ class Conversion {
   const std::string& m_path;
   const std::string m_temporary, m_aside;
   const ConversionCallbacks& m_callbacks;
+  OldConversion& m_result;
   TrcWriter m_writer{TrcWriter::kBlockBytes};
   bool m_givenUp = false;
 };
@@ -114,6 +116,7 @@ class Conversion {
 }  // namespace
 
 std::shared_ptr<const MappedFile> ConvertTraceFile(const MappedFile& old, const std::string& path,
-                                                   const ConversionCallbacks& callbacks) {
-  return Conversion(old, path, callbacks).Run() ? MappedFile::Open(path) : nullptr;
+                                                   const ConversionCallbacks& callbacks,
+                                                   OldConversion* result) {
+  return Conversion(old, path, callbacks, *result).Run() ? MappedFile::Open(path) : nullptr;
 }

@@ -2,9 +2,10 @@
 //
 // The new file is made beside the old one, as PATH.tmp. When it is complete and on the disk, the
 // old file is renamed to PATH.old and the new one to PATH, and PATH.old is deleted. No step
-// replaces a file, and nothing is deleted that was not read. If another program has put a file
-// under the name, or has written into the old file, since it was mapped, the error is "Error
-// renaming old trace file" and that file stays. If another program's file gets the name PATH before
+// replaces another program's file under PATH. An earlier PATH.tmp and PATH.old are replaced, but
+// not a link. If another program has put a file under the name, or has written into the old file or
+// changed its rights or links since it was mapped, the error is "Error renaming old trace file" and
+// that file stays. If another program's file gets the name PATH before
 // the new one, it keeps the name, and the old file stays as PATH.old.
 // One gap remains, because a file cannot be deleted on a condition. What a program that has the old
 // file open writes into it between our last check and the deletion, two system calls, is deleted
@@ -26,6 +27,7 @@
 
 #include "base/mapped_file.h"
 #include "docview/host.h"
+#include "records/old_conversion.h"
 
 enum class ConversionControl { Continue, Stop, Abandon };  // Stop: cancelled by the user
 
@@ -36,6 +38,8 @@ struct ConversionCallbacks {
   std::function<void(const char* text, BoxIcon icon)> showMessage;
 };
 
-// The new file, or null. `old` stays mapped as long as its holder wants.
+// The new file, or null. `old` stays mapped as long as its holder wants. `result` gets what the new
+// file lacks.
 std::shared_ptr<const MappedFile> ConvertTraceFile(const MappedFile& old, const std::string& path,
-                                                   const ConversionCallbacks& callbacks);
+                                                   const ConversionCallbacks& callbacks,
+                                                   OldConversion* result);

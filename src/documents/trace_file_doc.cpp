@@ -50,6 +50,7 @@ bool CTraceFileDoc::OpenAndCheck(const std::string& path) {
   m_file.reset();
   if (version == TrcVersion::Old) {
     m_openFailure = "older trace file format";
+    Refuse({{}, true});
   } else {
     m_openFailure = "Invalid format.";
     GetHost().MessageBox({m_openFailure, BoxIcon::Stop, BoxButtons::Ok});
@@ -96,6 +97,7 @@ void CTraceFileDoc::TakeOver() {
   m_names = std::move(load->m_names);
   m_indexes = std::move(load->m_indexes);
   m_damage = load->m_damage;
+  m_conversion = load->m_conversion;
   m_nameRecords = load->m_nameRecords;
   SetModifiedFlag(false);
   m_loading = false;

@@ -17,7 +17,7 @@
 #include "base/mapped_file.h"
 #include "base/win32_handle.h"
 #include "documents/trace_doc.h"
-#include "records/trc_damage.h"
+#include "records/old_conversion.h"
 
 class TraceFileLoad;
 
@@ -47,6 +47,8 @@ class CTraceFileDoc : public CTraceDoc {
   std::uint32_t FileSize() const { return m_file ? m_file->Size() : 0; }
   // The damage that the load met; for a cancelled load, up to the position that it reached.
   const TrcDamage& Damage() const { return m_damage; }
+  // What the file lost when it was converted, at this opening.
+  const OldConversion& Conversion() const { return m_conversion; }
   // How many name records the file has: a name may have several.
   std::uint64_t NameRecords() const { return m_nameRecords; }
   // How other programs have changed the file since it was opened: then the rows may show another
@@ -68,5 +70,6 @@ class CTraceFileDoc : public CTraceDoc {
   std::shared_ptr<TraceFileLoad> m_load;  // until its traces have arrived
   std::string m_openFailure;
   TrcDamage m_damage;
+  OldConversion m_conversion;
   std::uint64_t m_nameRecords = 0;
 };

@@ -84,7 +84,8 @@ bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
   };
   callbacks.showMessage = [this](const char* text, BoxIcon icon) { ShowMessage(text, icon); };
   const ConversionUnderWay underWay;
-  std::shared_ptr<const MappedFile> converted = ConvertTraceFile(*m_file, m_path, callbacks);
+  std::shared_ptr<const MappedFile> converted =
+      ConvertTraceFile(*m_file, m_path, callbacks, &m_conversion);
   m_oldFile = std::exchange(m_file, std::move(converted));
   return m_file != nullptr;
 }

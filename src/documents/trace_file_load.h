@@ -23,8 +23,8 @@
 #include "documents/trace_indexes.h"
 #include "docview/host.h"
 #include "records/name_map.h"
+#include "records/old_conversion.h"
 #include "records/trace_list.h"
-#include "records/trc_damage.h"
 
 class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
  public:
@@ -57,6 +57,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   NameMap m_names;
   TraceIndexes m_indexes;
   TrcDamage m_damage;
+  OldConversion m_conversion;  // of a file of the older format
   std::uint64_t m_nameRecords = 0;
 
  private:

@@ -1,7 +1,6 @@
 #include "records/old_conversion.h"
 
-#include <vector>
-
+#include "base/text.h"
 #include "records/old_translator.h"
 
 namespace {
@@ -53,4 +52,19 @@ OldConversion ConvertOldTrc(Bytes old, TrcWriter& writer,
   sink.result.cutTexts = sink.translator.CutTexts();
   sink.result.lostNames = sink.translator.LostNames();
   return sink.result;
+}
+
+std::vector<std::string> LossTexts(const OldConversion& conversion, bool places) {
+  std::vector<std::string> texts;
+  if (conversion.damage.Any()) texts.push_back("damaged: " + DamageText(conversion.damage, places));
+  const auto tell = [&texts](std::uint64_t number, const char* one, const char* many) {
+    if (number != 0) texts.push_back(GroupDigits(number) + " " + (number == 1 ? one : many));
+  };
+  tell(conversion.cutTexts, "text was cut: a trace file holds 65535 bytes of each",
+       "texts were cut: a trace file holds 65535 bytes of each");
+  tell(conversion.cutNames, "name was cut: a trace file holds 65535 bytes of each",
+       "names were cut: a trace file holds 65535 bytes of each");
+  tell(conversion.lostNames, "name was left out: a trace file holds 65536",
+       "names were left out: a trace file holds 65536");
+  return texts;
 }

@@ -9,6 +9,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "base/bytes.h"
 #include "records/trc_damage.h"
@@ -24,6 +26,9 @@ struct OldConversion {
   std::uint64_t cutNames = 0;   // likewise
   std::uint64_t lostNames = 0;  // after the 65,536th: a file has no more ids
 };
+
+// What the new file lacks, a text for each kind, as for DamageText.
+std::vector<std::string> LossTexts(const OldConversion& conversion, bool places = false);
 
 // `goOn` is called with the position at every 1024th record. False ends the conversion; the records
 // written so far form a valid file.

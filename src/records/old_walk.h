@@ -68,6 +68,7 @@ std::uint64_t WalkOldTrc(Bytes bytes, Sink&& sink) {
   const std::uint8_t* const data = bytes.data();
   const std::uint64_t size = bytes.size();
   std::uint64_t position = kOldTrcHeaderBytes;
+  const bool begins = position < size;  // not in a header without its NUL
   std::uint64_t records = 0, record = position;
   while (position < size) {
     record = position;
@@ -89,6 +90,6 @@ std::uint64_t WalkOldTrc(Bytes bytes, Sink&& sink) {
     if (++records % kRecordsPerCheck == 0 && !sink.OnProgress(position)) break;
   }
   if constexpr (requires { sink.OnCutRecord(record); })
-    if (position > size) sink.OnCutRecord(record);
+    if (begins && position > size) sink.OnCutRecord(record);
   return position;
 }

@@ -38,6 +38,7 @@ template <class Sink>
 std::uint64_t WalkTrc(Bytes bytes, Sink&& sink, std::uint64_t position = kTrcHeaderBytes) {
   const std::uint8_t* const data = bytes.data();
   const std::uint64_t size = bytes.size();
+  const bool begins = position < size;  // not in a header without its NUL
   std::uint64_t records = 0, record = position;
   while (position < size) {
     record = position;
@@ -56,6 +57,6 @@ std::uint64_t WalkTrc(Bytes bytes, Sink&& sink, std::uint64_t position = kTrcHea
     if (++records % kRecordsPerCheck == 0 && !sink.OnProgress(position)) break;
   }
   if constexpr (requires { sink.OnCutRecord(record); })
-    if (position > size) sink.OnCutRecord(record);
+    if (begins && position > size) sink.OnCutRecord(record);
   return position;
 }

@@ -10,9 +10,9 @@ TrcWriter::~TrcWriter() {
   Finish();
 }
 
-bool TrcWriter::Create(const std::string& path, std::string* why) {
+bool TrcWriter::Create(const std::string& path, std::string* why, Links links) {
   Finish();
-  m_file = CreateForWriting(path, why);
+  m_file = CreateForWriting(path, why, links);
   if (!m_file) return false;
   m_stream.Attach(m_file.Descriptor(), m_blockBytes);
   m_buffer = std::make_unique<ds_BufferedOutputStream_t>(kBufferBytes);

@@ -27,7 +27,7 @@ class TrcWriter {
   explicit TrcWriter(std::size_t blockBytes) : m_blockBytes(blockBytes) {}
   ~TrcWriter();
   // Opens the file exclusively. Closes an earlier one first.
-  bool Create(const std::string& path, std::string* why = nullptr);
+  bool Create(const std::string& path, std::string* why = nullptr, Links links = Links::Follow);
   bool WriteHeader();
   bool Write(const TraceEvent_i& event, NameMap& names);
   // Writes what is buffered. False when a byte did not reach the file.

@@ -24,11 +24,16 @@ std::string ChangeText(const FileChange& change) {
 }
 
 void DescribeFile(const CTraceFileDoc& file, FrontTexts& texts) {
-  texts.message = ChangeText(file.Change());
-  if (!file.Damage().Any()) return;
-  texts.details = texts.message;
-  Append("damaged: " + DamageText(file.Damage()), texts.message);
-  Append("damaged: " + DamageText(file.Damage(), true), texts.details);
+  texts.message = texts.details = ChangeText(file.Change());
+  if (file.Damage().Any()) {
+    Append("damaged: " + DamageText(file.Damage()), texts.message);
+    Append("damaged: " + DamageText(file.Damage(), true), texts.details);
+  }
+  for (const std::string& text : LossTexts(file.Conversion()))
+    Append("before the conversion " + text, texts.message);
+  for (const std::string& text : LossTexts(file.Conversion(), true))
+    Append("before the conversion " + text, texts.details);
+  if (texts.details == texts.message) texts.details.clear();
 }
 
 void DescribeMonitor(const CTraceRealtimeDoc& monitor, const CView* view, FrontTexts& texts) {

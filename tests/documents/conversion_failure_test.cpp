@@ -24,7 +24,8 @@ class ConversionFailureTest : public ConversionTest {
     callbacks.showMessage = [this](const char* words, BoxIcon icon) {
       m_words += std::string(icon == BoxIcon::Stop ? "stop: " : "warning: ") + words + "\n";
     };
-    return ConvertTraceFile(*old, path, callbacks) != nullptr;
+    OldConversion result;
+    return ConvertTraceFile(*old, path, callbacks, &result) != nullptr;
   }
   // Opens the file, reads each box as it comes, and gives the texts.
   std::string WordsOfOpening(const std::string& path) {

@@ -78,7 +78,7 @@ class ConversionSafetyTest : public ConversionTest {
     callbacks.showMessage = [this](const char* words, BoxIcon icon) {
       m_words += std::string(icon == BoxIcon::Stop ? "stop: " : "warning: ") + words + "\n";
     };
-    return ConvertTraceFile(*old, path, callbacks) != nullptr;
+    return ConvertTraceFile(*old, path, callbacks, &m_result) != nullptr;
   }
   // Does `act` before the call, which then is made.
   static FileCalls::Callback Before(const std::string& call, std::function<void()> act) {
@@ -94,6 +94,7 @@ class ConversionSafetyTest : public ConversionTest {
   std::function<void()> m_atEnd;
   ConversionControl m_goes = ConversionControl::Continue, m_last = ConversionControl::Continue;
   std::string m_words;
+  OldConversion m_result;
 };
 
 TEST_F(ConversionSafetyTest, TheNewFileIsWholeOnTheDiskBeforeTheOldOneLosesItsName) {
@@ -108,6 +109,26 @@ TEST_F(ConversionSafetyTest, TheNewFileIsWholeOnTheDiskBeforeTheOldOneLosesItsNa
   EXPECT_EQ(calls, (std::vector<std::string>{"sync web.trc.tmp " + size, "unlink web.trc.old",
                                              "rename web.trc web.trc.old",
                                              "rename web.trc.tmp web.trc", "unlink web.trc.old"}));
+}
+
+TEST_F(ConversionSafetyTest, ASaveOverAnExistingFileIsOnTheDiskBeforeItTakesItsPlace) {
+  CTraceFileDoc& document = Load(TrcImage().Trace("up"));
+  const std::string copy = m_temp.File("copy.trc");
+  std::vector<std::string> calls;
+  int error = 0;
+  const FileCalls interceptor([&](const std::string& call) {
+    calls.push_back(call.substr(0, 5) + call.substr(call.rfind(' ')));
+    return call.starts_with("sync") ? error : 0;
+  });
+  EXPECT_TRUE(document.OnSaveDocument(copy));
+  EXPECT_EQ(calls, std::vector<std::string>{}) << "there is nothing to lose yet";
+  EXPECT_TRUE(document.OnSaveDocument(copy));
+  EXPECT_EQ(calls, std::vector<std::string>{"sync  " + std::to_string(fs::file_size(copy))});
+  const std::string before = ReadAll(copy);
+  error = EIO;
+  document.m_traces.Clear();
+  EXPECT_FALSE(document.OnSaveDocument(copy));
+  EXPECT_EQ(ReadAll(copy), before);
 }
 
 TEST_F(ConversionSafetyTest, ADiskThatRefusesTheNewFileKeepsTheOldOne) {
@@ -217,6 +238,16 @@ TEST_F(ConversionSafetyTest, ASymbolicLinkConvertsAndTheFileBehindItStays) {
   EXPECT_TRUE(Converts(link));
   EXPECT_EQ(m_words, "");
   EXPECT_EQ(Folder(), "link.trc web.trc(old) ");
+}
+
+TEST_F(ConversionSafetyTest, ALinkUnderTheTemporaryNameIsNotFollowed) {
+  const std::string path = OldFile(3), notes = m_temp.File("notes", "mine");
+  fs::create_symlink("notes", path + ".tmp");
+  EXPECT_FALSE(Converts(path));
+  EXPECT_NE(m_words.find("Error creating temporary file"), std::string::npos) << m_words;
+  EXPECT_EQ(ReadAll(notes), "mine");
+  EXPECT_TRUE(fs::is_symlink(path + ".tmp"));
+  EXPECT_EQ(Folder(), "notes web.trc(old) web.trc.tmp ");
 }
 
 TEST_F(ConversionSafetyTest, AConversionThatIsGivenUpLeavesTheOldFileAndNothingBesideIt) {

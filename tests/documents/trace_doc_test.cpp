@@ -85,6 +85,7 @@ TEST_F(TraceDocTest, ClearOnAModifiedDocumentAsksFirstAndARefusalLeavesAllAsItWa
 }
 
 TEST_F(TraceDocTest, YesBeforeAClearAsksForANameAndWritesACopy) {
+  m_document.m_loading = false;
   m_document.SetTitle("web");
   m_document.AddTrace(NewTrace());
   m_host.AnswerBox(BoxAnswer::Yes);
@@ -125,6 +126,7 @@ TEST_F(TraceDocTest, AfterAClearSynchronizeKeepsItsState) {
 }
 
 TEST_F(TraceDocTest, BothSaveCommandsAskForAFileEachTimeAndNeverRename) {
+  m_document.m_loading = false;
   for (const unsigned command : {unsigned{ID_FILE_SAVE}, unsigned{ID_FILE_SAVECOPY}}) {
     m_document.SetTitle("Traces sent to web");
     m_host.m_fileRequests.clear();

@@ -68,6 +68,25 @@ TEST(OldWalk, AFileThatEndsBeforeTheNulOfItsHeaderIsEmpty) {
   EXPECT_EQ(Walked(image), "");
 }
 
+TEST(OldWalk, OnlyARecordThatBeginsInTheFileIsCut) {
+  struct CutNotes {
+    void OnName(OldName, std::uint8_t, std::string_view) {}
+    bool OnTrace(const OldTrace&, std::string_view) { return true; }
+    void OnUnknownTag(std::uint64_t) {}
+    void OnCutRecord(std::uint64_t) { ++cuts; }
+    bool OnProgress(std::uint64_t) { return true; }
+    int cuts = 0;
+  };
+  const auto cuts = [](const OldTrcImage& image) {
+    const GuardedBytes bytes = image.Guarded();
+    CutNotes notes;
+    WalkOldTrc(bytes.View(), notes);
+    return notes.cuts;
+  };
+  EXPECT_EQ(cuts(OldTrcImage().Cut(1)), 0) << "a header without its NUL";
+  EXPECT_EQ(cuts(OldTrcImage().Trace("a").Cut(1)), 1);
+}
+
 TEST(OldWalk, Tags0And1HaveKeysOfOneByteAndTags2To4OfTwo) {
   OldTrcImage image;
   image.Machine(1, "web").App(2, "shop").Component(3, "Net").Category(4, "Send");

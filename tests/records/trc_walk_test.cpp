@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <limits>
+#include <optional>
 #include <sstream>
 
 #include "support/temp_dir.h"
@@ -119,6 +120,27 @@ TEST(TrcWalk, ARecordMayBeginAtAnyByte) {
     EXPECT_NE(walked.find(" up\n"), walked.npos) << shift;
     EXPECT_NE(walked.find(" down\n"), walked.npos) << shift;
   }
+}
+
+struct CutNotes {
+  void OnName(NameId, std::string_view) {}
+  void OnTrace(const std::uint8_t*) {}
+  void OnUnknownTag(std::uint64_t) {}
+  void OnCutRecord(std::uint64_t position) { cutAt = position; }
+  bool OnProgress(std::uint64_t) { return true; }
+  std::optional<std::uint64_t> cutAt = {};
+};
+
+TEST(TrcWalk, OnlyARecordThatBeginsInTheFileIsCut) {
+  const auto cutAt = [](const TrcImage& image) {
+    const GuardedBytes bytes = image.Guarded();
+    CutNotes notes;
+    WalkTrc(bytes.View(), notes);
+    return notes.cutAt;
+  };
+  EXPECT_EQ(cutAt(TrcImage()), std::nullopt);
+  EXPECT_EQ(cutAt(TrcImage().Cut(1)), std::nullopt) << "a header without its NUL";
+  EXPECT_EQ(cutAt(TrcImage().Trace("a").Cut(1)), 16u);
 }
 
 TEST(TrcWalk, ARecordCutAtAnyOfItsBytesIsTheLastOneAndReadsAsZerosAfterTheCut) {

@@ -107,6 +107,34 @@ TEST_F(LoadProgressTest, CancelStopsAtTheNext1024RecordsAndTheTracesSoFarShow) {
   EXPECT_EQ(Face().m_panes[kPaneRowCount], "1024");
 }
 
+TEST_F(LoadProgressTest, TracesThatAreNotLoadedReplaceNoFile) {
+  Start();
+  const std::string path = WriteTraces("web.trc", 3000);
+  const std::string copy = m_dir.File("copy.trc", "a good copy");
+  HoldLoads();
+  CTraceFileDoc* document = Begin(path);
+  ASSERT_TRUE(document);
+  ASSERT_TRUE(RunUntilBoxSays(path));
+  const std::string box =
+      "box Tessera [warning] \"The traces of this file have not been loaded.\" (OK) -> OK";
+  for (const unsigned command :
+       std::vector<unsigned>{ID_FILE_SAVE, ID_FILE_SAVECOPY, ID_FILE_EXPORT}) {
+    m_host.ClearTranscript();
+    Frame().OnCommand(command);
+    EXPECT_EQ(m_host.Transcript(), std::vector<std::string>{box});
+  }
+  m_host.ClearTranscript();
+  EXPECT_FALSE(document->DoFileSave());
+  EXPECT_EQ(m_host.Transcript(), std::vector<std::string>{box});
+  EXPECT_EQ(ReadAll(copy), "a good copy");
+  m_go[0]->Set();
+  ASSERT_TRUE(RunUntilReady(*document));
+  m_host.RunPosted();
+  m_host.AnswerFileDialog(copy);
+  Frame().OnCommand(ID_FILE_SAVE);
+  EXPECT_EQ(ReadAll(copy), ReadAll(path));
+}
+
 TEST_F(LoadProgressTest, TwoOverlappingLoadsShareOneBoxAndStrayPositionsAreIgnored) {
   Start();
   const std::string first = WriteTraces("first.trc", 3000);

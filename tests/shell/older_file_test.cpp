@@ -46,6 +46,32 @@ TEST_F(OlderFileTest, NoAtFileOpenLeavesTheProgramAsItWas) {
   EXPECT_TRUE(m_app->RecentFiles().empty());
 }
 
+TEST_F(OlderFileTest, NoLeavesTheFileAmongTheRecentOnes) {
+  Start();
+  const std::string path = OldFile();
+  m_app->AddToRecentFileList(path);
+  m_host.AnswerBox(BoxAnswer::No);
+  EXPECT_FALSE(m_app->OpenDocumentFile(path));
+  EXPECT_EQ(Asked(), 1U);
+  EXPECT_EQ(m_app->RecentFiles(), std::vector<std::string>{path});
+}
+
+TEST_F(OlderFileTest, WhatAConversionLosesIsToldWhileTheFileIsInFront) {
+  Start();
+  m_host.AnswerBox(BoxAnswer::Yes);
+  OldTrcImage image;
+  image.Trace("up").Raw(77).Raw(77).Trace({.text = std::string(65536, 'x')}).Trace("down").Cut(2);
+  ASSERT_TRUE(m_app->OpenDocumentFile(image.WriteTo(m_dir.File("old.trc"))));
+  ASSERT_TRUE(m_host.RunUntil([this] { return Face().m_panes[kPaneRowCount] == "3"; }));
+  Frame().OnIdle();
+  EXPECT_EQ(Face().m_panes[kPaneMessage],
+            "before the conversion damaged: 2 bytes skipped, last record cut, before the "
+            "conversion 1 text was cut: a trace file holds 65535 bytes of each");
+  EXPECT_NE(Face().m_paneTips[kPaneMessage].find("2 bytes skipped from byte 62 on"),
+            std::string::npos)
+      << Face().m_paneTips[kPaneMessage];
+}
+
 TEST_F(OlderFileTest, ADropAsksForEachOlderFileAndOpensTheOthers) {
   Start();
   m_host.AnswerBox(BoxAnswer::No);

@@ -17,21 +17,6 @@ int Refuse(const std::string& path, const std::string& text) {
   return kExitBad;
 }
 
-// Reports what the new file cannot hold.
-void ReportLosses(const std::string& in, const OldConversion& result) {
-  const auto tell = [&in](std::uint64_t number, const char* one, const char* many) {
-    if (number == 0) return;
-    PrintError(in + ": " + std::to_string(number) + " " + (number == 1 ? one : many));
-  };
-  if (result.damage.Any()) PrintError(in + ": damaged: " + DamageText(result.damage, true));
-  tell(result.cutTexts, "text was cut: a trace file holds 65535 bytes of each",
-       "texts were cut: a trace file holds 65535 bytes of each");
-  tell(result.cutNames, "name was cut: a trace file holds 65535 bytes of each",
-       "names were cut: a trace file holds 65535 bytes of each");
-  tell(result.lostNames, "name was left out: a trace file holds 65536",
-       "names were left out: a trace file holds 65536");
-}
-
 int Convert(const MappedFile& old, const ConvertOptions& options) {
   std::string why;
   NewFile file;
@@ -54,7 +39,7 @@ int Convert(const MappedFile& old, const ConvertOptions& options) {
   }
   if (!IsUnchanged(old, options.in, options.out)) return kExitBad;
   if (!file.Finish(&why)) return Refuse(options.out, why);
-  ReportLosses(options.in, result);
+  for (const std::string& text : LossTexts(result, true)) PrintError(options.in + ": " + text);
   return result.damage.Any() ? kExitDamaged : kExitGood;
 }
 

@@ -34,8 +34,9 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
 
 void CTraceView::OnReady() {
   if (RebuildRows()) return;
-  // There are no earlier rows to keep, and an empty list would look as if no trace matched.
-  m_filter = CTraceFilter();
+  // There are no earlier rows to keep, and an empty list would look as if no trace matched. The
+  // filter dialog may be open meanwhile.
+  m_filter.ShowAll();
   m_filterChanged = true;
   RebuildRows();
 }

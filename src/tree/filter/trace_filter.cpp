@@ -1,5 +1,7 @@
 #include "tree/filter/trace_filter.h"
 
+#include <algorithm>
+
 #include "documents/trace_doc.h"
 
 namespace {
@@ -86,6 +88,23 @@ void CTraceFilter::MergeDocumentNames(const CTraceDoc& document) {
     for (const auto& [process, seenThreads] : seenProcesses) {
       ProcessFilterEntry& processEntry = machineEntry.processes[process];
       for (const NameId thread : seenThreads) processEntry.threadMarks.try_emplace(thread, 1);
+    }
+  }
+}
+
+void CTraceFilter::ShowAll() {
+  for (int* const all : {&allTraces, &allSeverities, &allComponents, &allCategories,
+                         &allApplications, &allThreads, &allAttributes})
+    *all = 1;
+  for (std::vector<int>* const marks : {&severities, &attributes})
+    std::fill(marks->begin(), marks->end(), 1);
+  for (std::map<NameId, int>* const marks : {&components, &categories, &applications})
+    for (auto& [id, mark] : *marks) mark = 1;
+  for (auto& [machine, machineEntry] : threads) {
+    machineEntry.allProcesses = 1;
+    for (auto& [process, processEntry] : machineEntry.processes) {
+      processEntry.allThreadsOfProcess = 1;
+      for (auto& [thread, mark] : processEntry.threadMarks) mark = 1;
     }
   }
 }

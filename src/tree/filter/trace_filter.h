@@ -4,7 +4,8 @@
 // Shape    A mark is an int, 1 for shown; anything else counts as 0. Keys are name ids.
 // Owner    By value, one per view. Adding entries does not move the others, because the filter
 //          dialog holds pointers to marks. REQUIRES: entries of the maps are added and changed,
-//          never removed. A whole filter may be assigned while no dialog is open on it.
+//          never removed. A whole filter may be assigned while no dialog is open on it; ShowAll may
+//          be called at any time.
 // Errors   None.
 // Threads  Interface thread: Matches adds ids that it does not know.
 //
@@ -42,6 +43,8 @@ class CTraceFilter {
   int Matches(const RawTrace& trace);
   // Adds every id of the document as shown; existing marks stay.
   void MergeDocumentNames(const CTraceDoc& document);
+  // Sets every mark to shown; the entries stay.
+  void ShowAll();
 
   int allTraces = 1;
   int allSeverities = 1;

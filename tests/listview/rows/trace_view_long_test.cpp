@@ -118,6 +118,26 @@ TEST_F(TraceViewLong, TheRowOfAFollowedTraceIsLookedForInPartsAndCancelLeavesThe
   EXPECT_EQ(States(), "19995 focused selected");
 }
 
+TEST_F(TraceViewLong, NewContentsMayComeAndTheirFilterBeCancelledWhileTheFilterDialogIsOpen) {
+  Open();
+  m_view->SetFilter(m_nine, true);
+  const ShortPieces pieces(m_host);
+  m_host.AnswerDialog([this](CDialog& dialog) {
+    auto& filter = dynamic_cast<CFilterDialog&>(dialog);
+    m_host.AnswerWorkBox(Cancel);
+    m_view->OnUpdate(nullptr, kHintReady, nullptr);
+    EXPECT_EQ(m_list->ItemCount(), kMany) << "unfiltered";
+    filter.OnTreeClick(&filter.Tree().Root(), true);
+    if (filter.Tree().Root().State() != FilterState::Unchecked)
+      filter.OnTreeClick(&filter.Tree().Root(), true);
+    filter.OnOK();
+  });
+  m_view->OnCommand(ID_VIEW_FILTER);
+  EXPECT_EQ(m_list->ItemCount(), 0) << "what the user has chosen in the dialog";
+  EXPECT_EQ(m_view->m_filter.severities, (std::vector<int>{0, 0, 0}));
+  EXPECT_EQ(m_view->m_filter.components, (std::map<NameId, int>{{8, 0}, {9, 0}}));
+}
+
 TEST_F(TraceViewLong, NewContentsWhoseFilterIsCancelledShowWholeAndUnfiltered) {
   Open();
   m_view->SetFilter(m_nine, true);

@@ -4,7 +4,6 @@
 
 #include "config/document/config_window.h"
 #include "config/used_machines.h"
-#include "docview/win_app.h"
 #include "settings/globals.h"
 #include "wizard/tables/configure_app.h"
 #include "wizard/wizard_sheet.h"
@@ -54,7 +53,7 @@ CConfigDoc* CWizFinishPage::FindOrCreateConfigDoc(const std::string& machine) {
   if (made)
     NoteUsedMachine(machine);
   else if (!why.empty())
-    configurations.App()->ShowNotice("Cannot configure " + machine + ": " + why);
+    Wizard().NoteConnection(machine, why);
   return made;
 }
 

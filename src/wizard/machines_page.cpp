@@ -53,18 +53,21 @@ bool CWizMachinesPage::IsListed(const std::string& machine) const {
   return false;
 }
 
-QuorPtr<trace_Config_i> CWizMachinesPage::ConnectWith(const std::string& machine) {
+QuorPtr<trace_Config_i> CWizMachinesPage::ConnectWith(const std::string& machine,
+                                                      std::string* why) {
   const WizardProgram& program = Wizard().Program();
   if (const CConfigDoc* const open = FindConfigWindow(*program.ConfigTemplate(), machine))
     return open->GetConfig();
-  return program.Client().connect(machine, nullptr);
+  return program.Client().connect(machine, why);
 }
 
 // The connection of an open window, or one that has just been made, may have lost its machine.
 WizMachine CWizMachinesPage::Reach(const std::string& name) {
   const CWaitCursor wait(GetHost());
-  WizMachine machine{ConnectWith(name), {}, {}};
-  if (machine.m_pConfig && !EnterAppList(machine)) machine.m_pConfig = nullptr;
+  std::string why;
+  WizMachine machine{ConnectWith(name, &why), {}, {}};
+  if (machine.m_pConfig && !EnterAppList(machine, &why)) machine.m_pConfig = nullptr;
+  Wizard().NoteConnection(name, why);
   return machine;
 }
 

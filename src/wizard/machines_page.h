@@ -1,7 +1,8 @@
 // The page that gathers the machines and connects with them.
 //
 // Owner    Borrows its list between Attach and Detach.
-// Errors   Message boxes. A machine that cannot be reached is not added.
+// Errors   Message boxes, and the reason in the status bar. A machine that cannot be reached is not
+//          added.
 // Threads  Interface thread; a machine is asked for at most 10 seconds.
 #pragma once
 
@@ -36,7 +37,7 @@ class CWizMachinesPage : public CWizPage, public ListBoxOwner {
 
  private:
   bool IsListed(const std::string& machine) const;
-  QuorPtr<trace_Config_i> ConnectWith(const std::string& machine);
+  QuorPtr<trace_Config_i> ConnectWith(const std::string& machine, std::string* why);
   // With its applications; without a connection when it cannot be reached.
   WizMachine Reach(const std::string& machine);
   std::string RestoreConnections();

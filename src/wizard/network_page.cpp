@@ -30,8 +30,11 @@ int CWizNetworkPage::OnWizardNext() {
 bool CWizNetworkPage::EnterLocalMachine() {
   CTraceWizardSheet& wizard = Wizard();
   const CWaitCursor wait(GetHost());
-  WizMachine local{wizard.Program().Client().connect("localhost", nullptr), {}, {}};
-  if (!local.m_pConfig || !EnterAppList(local)) {
+  std::string why;
+  WizMachine local{wizard.Program().Client().connect("localhost", &why), {}, {}};
+  const bool answers = local.m_pConfig && EnterAppList(local, &why);
+  wizard.NoteConnection("localhost", why);
+  if (!answers) {
     Say(ConfigTexts::kNoLocalConnection);
     return false;
   }

@@ -1,6 +1,9 @@
 #include "wizard/wizard_sheet.h"
 
+#include <utility>
+
 #include "config/document/config_window.h"
+#include "docview/win_app.h"
 #include "wizard/tables/machine_apps.h"
 
 CTraceWizardSheet& CWizPage::Wizard() const {
@@ -29,4 +32,11 @@ CTraceWizardSheet::CTraceWizardSheet(Host& host, WizardProgram& program)
 void CTraceWizardSheet::MergeOpenConfiguration(WizMachines::iterator machine) {
   const CConfigDoc* const open = FindConfigWindow(*m_program.ConfigTemplate(), machine->first);
   if (open) EnterOpenApps(machine->second, open->GetApplications()->m_apps, open->NotInForce());
+}
+
+void CTraceWizardSheet::NoteConnection(const std::string& machine, const std::string& why) {
+  const bool wasNoted = std::exchange(m_isNoted, !why.empty());
+  if (!m_isNoted && !wasNoted) return;
+  m_program.ConfigTemplate()->App()->ShowNotice(
+      m_isNoted ? "Cannot configure " + machine + ": " + why : "");
 }

@@ -28,6 +28,9 @@ class CTraceWizardSheet : public CPropertySheet {
   bool IsIdentical() const { return IsRemote() && m_machinesPage.m_bIdentical != 0; }
   // Enters the applications of an open configuration of this machine.
   void MergeOpenConfiguration(WizMachines::iterator machine);
+  // Shows in the status bar why there is no connection with a machine. An empty reason: there is
+  // one, and what was shown is removed.
+  void NoteConnection(const std::string& machine, const std::string& why);
 
   CWizWelcomePage& WelcomePage() { return m_welcome; }
   CWizSelectPage& SelectPage() { return m_select; }
@@ -41,6 +44,7 @@ class CTraceWizardSheet : public CPropertySheet {
 
  private:
   WizardProgram& m_program;
+  bool m_isNoted = false;
   CWizWelcomePage m_welcome;
   CWizSelectPage m_select;
   CWizNetworkPage m_network;

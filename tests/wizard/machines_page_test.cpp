@@ -83,12 +83,27 @@ TEST_F(MachinesPageTest, AMachineThatDiedUnderItsOpenConfigurationIsNamedAndNotA
   Begin();
   Walk("add:web");
   EXPECT_EQ(Boxes(), Box("Error trying to connect to configuration server on web"));
+  EXPECT_EQ(m_log.Reported("notice"), "notice Cannot configure web: no answer in time\n");
   EXPECT_EQ(Shown(), "");
   EXPECT_EQ(MachineNames(), "");
   EXPECT_EQ(Window().Enabled(), "back");
   m_program.Machine("web").m_away = false;
   Walk("add:web");
   EXPECT_EQ(Offered("web"), "orders shop");
+}
+
+TEST_F(MachinesPageTest, WhyAMachineCannotBeReachedStandsInTheStatusBarUntilOneIs) {
+  Begin();
+  m_program.Machine("web").m_away = true;
+  Walk("add:web");
+  EXPECT_EQ(Boxes(), Box("Error trying to connect to configuration server on web"));
+  m_log.Clear();
+  Walk("add:web");
+  Boxes();
+  EXPECT_EQ(m_log.Reported("notice"), "notice Cannot configure web: no trace service there\n");
+  m_log.Clear();
+  Walk("add:db del:db add:db");
+  EXPECT_EQ(m_log.Reported("notice"), "notice \n") << "removed once";
 }
 
 TEST_F(MachinesPageTest, DeletingAllMachinesLeavesOnlyBack) {

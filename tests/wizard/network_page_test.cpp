@@ -32,9 +32,13 @@ TEST_F(NetworkPageTest, AServiceHereThatDoesNotAnswerKeepsTheUserAndTheTable) {
   EXPECT_EQ(Boxes(), Box("Error trying to connect to local configuration server."));
   EXPECT_EQ(MachineNames(), "web ");
   EXPECT_EQ(Stored("Network Mode"), 0U) << "stored before the question";
+  EXPECT_EQ(m_log.Reported("notice"),
+            "notice Cannot configure localhost: no trace service there\n");
+  m_log.Clear();
   Local().m_away = false;
   Walk("next");
   EXPECT_EQ(Where(), "Applications on THIS");
+  EXPECT_EQ(m_log.Reported("notice"), "notice \n") << "the reason has gone";
 }
 
 TEST_F(NetworkPageTest, BackToLocalClearsAllMachinesThatWereAdded) {

@@ -1,11 +1,12 @@
 #include "wizard/tables/machine_apps.h"
 
+#include "base/fail_with.h"
 #include "base/text.h"
 #include "quor/protocol/machine.h"
 
-bool EnterAppList(WizMachine& machine) {
+bool EnterAppList(WizMachine& machine, std::string* why) {
   for (const std::string& name : machine.m_pConfig->GetAppList()) machine.m_apps[name] = {};
-  return machine.m_pConfig->WasAnswered();
+  return machine.m_pConfig->WasAnswered() || FailWith(why, "no answer in time");
 }
 
 void EnterOpenApps(WizMachine& machine, const std::list<QuorPtr<trace_App_i>>& open,

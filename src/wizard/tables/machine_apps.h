@@ -12,7 +12,7 @@
 
 // An entry for each application that is registered on the machine. False: it has not answered.
 // REQUIRES: a connection.
-bool EnterAppList(WizMachine& machine);
+bool EnterAppList(WizMachine& machine, std::string* why = nullptr);
 // An entry for each application of an open configuration, with its handle. It replaces an entry of
 // that name: nothing of it is selected then. `unsent` are those with changes that the machine has
 // not taken.

@@ -21,11 +21,14 @@ class Fleet {
     ASSERT_EQ(m_far[0].Run({"keys", "init"}), 0) << m_far[0].Log();
     for (const std::string role : {"configure", "monitor"})
       ASSERT_EQ(m_far[0].Run({"keys", "issue", role, "--role", role, "--out", Keys(role)}), 0);
-    const std::string keys = "env QUOR_KEYS=" + m_far[0].KeysFolder();
-    for (QuordProcess& far : m_far) far.Start({"--listen", "127.0.0.1:0"}, keys);
+    for (QuordProcess& far : m_far) Listen(far, "0");
     m_here.Start();
     if (Address(m_far[1]) < Address(m_far[0])) std::swap(m_places[1], m_places[2]);
     setenv("QUOR_KEYS", Keys("configure").c_str(), 1);
+  }
+  // A service that was killed comes back under its name.
+  void StartAgain(int machine) {
+    machine == 0 ? m_here.Start() : Listen(Service(machine), Service(machine).Port());
   }
   QuordProcess& Service(int machine) { return *m_places[machine]; }
   std::string Name(int machine) { return machine == 0 ? "localhost" : Address(*m_places[machine]); }
@@ -56,6 +59,10 @@ class Fleet {
   }
 
  private:
+  // Both have the same keys.
+  void Listen(QuordProcess& far, const std::string& port) {
+    far.Start({"--listen", "127.0.0.1:" + port}, "env QUOR_KEYS=" + m_far[0].KeysFolder());
+  }
   static std::string Address(const QuordProcess& far) { return "127.0.0.1:" + far.Port(); }
 
   QuordProcess m_far[2];

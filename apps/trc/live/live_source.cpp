@@ -9,8 +9,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using std::chrono_literals::operator""ms;
-constexpr std::chrono::milliseconds kPause{1000};  // without traces
+constexpr std::chrono::milliseconds kPause{1000}, kNone{0};  // without traces
 
 }  // namespace
 
@@ -47,7 +46,7 @@ void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEve
     }
     if (!pause() || last) break;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
-    m_connection->AwaitTraces(static_cast<int>(std::clamp(left, 0ms, kPause).count()));
+    m_connection->AwaitTraces(static_cast<int>(std::clamp(left, kNone, kPause).count()));
   }
   for (const std::string& path : filter.Missing())
     PrintError("no name came for the path \"" + path + "\"");

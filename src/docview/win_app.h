@@ -32,9 +32,8 @@ class CWinApp : public CCmdTarget {
   bool ProcessShellCommand(const CCommandLineInfo& info);
 
   // Opens with the extension's template (the first registered one for an unknown extension). If the
-  // file is already open, its window comes to the front. Success adds the path to the recent files,
-  // failure removes it unless
-  // the file itself is good.
+  // file is already open, its window comes to the front. Success adds the path to the recent files.
+  // Failure removes it, unless the file itself is good.
   virtual CDocument* OpenDocumentFile(const std::string& path);
   void OnFileOpen();
   // Asks for an existing file, beginning in the folder of the file in front. It offers the files of

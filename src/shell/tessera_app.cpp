@@ -147,16 +147,23 @@ CDocument* CTesseraApp::OpenDocumentFile(const std::string& path) {
   return document;
 }
 
+bool CTesseraApp::IsConfiguration(const std::string& path) const {
+  return m_configTemplate && m_configTemplate->Matches(path);
+}
+
+std::string CTesseraApp::WhyBadFile(const std::string& path) const {
+  return IsConfiguration(path) ? m_configTemplate->LastRefusal().why : WhyUnreadable(path);
+}
+
 // A readable trace file that did not open was refused by the user or with a message box. So was any
 // configuration; its box does not say which line is bad.
 void CTesseraApp::NoteNotOpened(const std::string& path) {
-  if (!m_frame) return;
-  const bool isConfig = m_configTemplate->Matches(path);
-  const std::string why = isConfig ? m_configTemplate->LastRefusal().why : WhyUnreadable(path);
+  const std::string why = WhyBadFile(path);
+  if (!m_frame || why.empty()) return;
   const std::string text = FailedText({{path, why}}, 1), details = FailedDetails({{path, why}});
-  if (isConfig && !why.empty())
+  if (IsConfiguration(path))
     ShowInStatusBar(text, details);
-  else if (!why.empty())
+  else
     m_frame->SetNotice(text, details);
 }
 
@@ -165,10 +172,9 @@ std::string CTesseraApp::TryOpen(const std::string& path) {
 }
 
 std::string CTesseraApp::WhyNotOpened(const std::string& path) const {
-  const bool isConfig = m_configTemplate && m_configTemplate->Matches(path);
-  std::string why = isConfig ? m_configTemplate->LastRefusal().why : WhyUnreadable(path);
+  std::string why = WhyBadFile(path);
   if (!why.empty()) return why;
-  return isConfig ? "not opened" : WhyRefused(path);
+  return IsConfiguration(path) ? "not opened" : WhyRefused(path);
 }
 
 // For those who look for it: a hidden status bar gives no box.

@@ -31,7 +31,7 @@ class CTesseraApp : public CWinApp, public WizardProgram {
   void OnRecentFilesChanged() override;
   // In the status bar, as soon as the windows that close or open now have done so.
   void ShowNotice(const std::string& notice) override;
-  // Shows in the status bar why a file did not open, if no other message did.
+  // Says in the status bar why a file did not open: what no message box has said.
   CDocument* OpenDocumentFile(const std::string& path) override;
   void NoteNotOpened(const std::string& path) override;
   // Opens it without a message: returns the reason; empty on success.
@@ -74,6 +74,9 @@ class CTesseraApp : public CWinApp, public WizardProgram {
 
  private:
   void MapCommands();
+  bool IsConfiguration(const std::string& path) const;
+  // Why the file cannot be read; empty when it can.
+  std::string WhyBadFile(const std::string& path) const;
   void LoadRecentFiles();
   void MakeTemplates();
   std::unique_ptr<CMultiDocTemplate> MakeTraceTemplate(unsigned resource, const char* docString,

@@ -15,7 +15,7 @@ class WizardProgram {
   virtual const ConfigClient& Client() const = 0;
   // Shows a monitor of this machine. One that cannot connect leaves no window and no message.
   virtual void OpenLocalMonitor() = 0;
-  // Shows in the status bar why a file did not open, if no message did.
+  // Says in the status bar why a file did not open: what no message box has said.
   virtual void NoteNotOpened(const std::string& path) = 0;
 
  protected:

@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "wizard/tables/app_traces.h"
 #include "wizard/wizard_sheet.h"
+#include "wizard/wizard_texts.h"
 
 CWizTracesPage::CWizTracesPage(Host& host)
     : CWizPage(host, kTracesPage, "Trace Wizard: Traces"), m_traces(host) {}
@@ -13,6 +14,7 @@ void CWizTracesPage::OnSetActive() {
   CTraceWizardSheet& wizard = Wizard();
   wizard.SetWizardButtons(PSWIZB_BACK | PSWIZB_NEXT);
   TraceItems items;
+  bool read = false;
   const auto at = wizard.ApplicationPage().m_itMachine.In(wizard.m_machines);
   if (at != wizard.m_machines.end()) {
     WizApps& apps = at->second.m_apps;
@@ -22,9 +24,10 @@ void CWizTracesPage::OnSetActive() {
                       (named ? " on " + at->first : std::string()));
       for (const auto& [name, trace] : app->second.m_traces)
         items.push_back(new CTraceItem(name.first, name.second, trace.m_nId, trace.m_nSettings));
+      read = static_cast<bool>(app->second.m_app);
     }
   }
-  m_traces.Fill(std::move(items));
+  m_traces.Fill(std::move(items), read ? CTracesList::kNoTraces : WizardTexts::kNotRead);
 }
 
 void CWizTracesPage::TakeRows(WizTraces& traces) const {

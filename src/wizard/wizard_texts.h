@@ -57,6 +57,8 @@ struct WizardTexts {
       "use "
       "the buttons on the right to select the types of traces you want to enable:";
 
+  static constexpr char kNotRead[] = "The traces of this application have not been read.";
+
   static constexpr std::array kFinish = {
       "You have now defined the tracing setup you want to use.  Select the \"Finish\" button to "
       "configure tracing on the selected systems.",

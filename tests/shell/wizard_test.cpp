@@ -50,8 +50,7 @@ TEST_F(WizardInShell, TheLocalWalkLeavesAConfigurationAndAMonitorOfThisMachine) 
     Press(window, SheetButton::Next, 3);
     window.applications.Click(0);
     Press(window, SheetButton::Next);
-    window.traces.Rows().Click(0);
-    window.traces.PressPreset(TRC_PRESET_DEVELOPER);
+    window.traces.Give(0, TRC_PRESET_DEVELOPER);
     Press(window, SheetButton::Next);
     Press(window, SheetButton::Finish);
   });

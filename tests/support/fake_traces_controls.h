@@ -15,11 +15,21 @@ class FakeTracesControls final : public TracesControls {
   void EnableButtons(bool on) override { m_enabled = on; }
 
   FakeReportList& Rows() { return m_list; }
+  std::string EmptyText() const { return m_traces.ReportEmptyText(); }
   bool ButtonsEnabled() const { return m_enabled; }
   void Click(int row, int column) { m_list.Click(row, false, column); }
   void DoubleClick(int row, int column) { m_list.DoubleClick(row, column); }
   void PressPreset(unsigned settings) {
     if (m_enabled) m_traces.ApplySettings(settings);
+  }
+  // Selects this row alone, or all rows, and gives them these settings.
+  void Give(int row, unsigned settings) {
+    m_list.Click(row);
+    PressPreset(settings);
+  }
+  void GiveAll(unsigned settings) {
+    for (int row = 0; row < m_list.ItemCount(); ++row) m_list.Click(row, row > 0);
+    PressPreset(settings);
   }
   void PressCustom() {
     if (m_enabled) m_traces.OnCustom();

@@ -18,10 +18,7 @@ class WizTracesPageTest : public AppsFixture {
     Web().Run("orders", {"Net/Open"}, 1);
   }
   // Gives a row these settings.
-  void Set(int row, unsigned settings) {
-    Traces().Rows().Click(row);
-    Traces().PressPreset(settings);
-  }
+  void Set(int row, unsigned settings) { Traces().Give(row, settings); }
 };
 
 }  // namespace
@@ -169,6 +166,25 @@ TEST_F(WizTracesPageTest, DifferentMachinesGetNoCopy) {
   Walk("pick:backup next next");
   EXPECT_EQ(Table("web"), "orders\n");
   EXPECT_NE(Machine("web").m_pConfig, Machine("disk").m_pConfig);
+}
+
+TEST_F(WizTracesPageTest, AnEmptyListSaysWhetherTheApplicationHasNoTracesOrWasNotRead) {
+  Disk().Run("empty", {});
+  Begin(kRemote);
+  Walk("pick:empty next");
+  EXPECT_EQ(Where(), "Traces for empty on disk");
+  EXPECT_EQ(Traces().EmptyText(), "This application has no traces yet.");
+  Walk("next");
+  EXPECT_EQ(Where(), "Applications on web");
+  Disk().Run("zero", {"Net/Open"});
+  Sheet().m_machines.at("disk").m_apps["zero"] = {};
+  Walk("back");
+  EXPECT_EQ(Where(), "Traces for zero on disk");
+  EXPECT_EQ(Traces().Shown(), "");
+  EXPECT_EQ(Traces().EmptyText(), "The traces of this application have not been read.");
+  Walk("back");
+  EXPECT_EQ(Where(), "Traces for empty on disk");
+  EXPECT_EQ(Traces().EmptyText(), "This application has no traces yet.");
 }
 
 TEST_F(WizTracesPageTest, FromAnApplicationThatIsNotSelectedNextGoesOn) {

@@ -19,7 +19,8 @@ void CTracesList::Attach(TracesControls& controls) {
   ShowRows();
 }
 
-void CTracesList::Fill(TraceItems items) {
+void CTracesList::Fill(TraceItems items, const char* emptyText) {
+  m_emptyText = emptyText;
   m_items = std::move(items);
   SortItems(m_items, m_nSortKey);
   ShowRows();

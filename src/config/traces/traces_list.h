@@ -36,8 +36,10 @@ class CTracesList final : public ReportListOwner {
   void Attach(TracesControls& controls);
   void Detach() { m_controls = nullptr; }
 
-  // Replaces the items, sorts them and shows them. Nothing is selected then.
-  void Fill(TraceItems items);
+  static constexpr char kNoTraces[] = "This application has no traces yet.";
+  // Replaces the items, sorts them and shows them, or the text where there are none. Nothing is
+  // selected then.
+  void Fill(TraceItems items, const char* emptyText = kNoTraces);
   const TraceItems& Items() const { return m_items; }
 
   bool HasSelection() const { return m_controls && m_controls->List().HasSelection(); }
@@ -48,7 +50,7 @@ class CTracesList final : public ReportListOwner {
 
   std::string ReportText(int row, int column) override;
   std::vector<ReportMark> ReportMarks(int row, int column) override;
-  std::string ReportEmptyText() override { return "This application has no traces yet."; }
+  std::string ReportEmptyText() override { return m_emptyText; }
   std::vector<int> ReportWidths(int roomPx) override { return TraceColumnWidths(roomPx); }
   void OnReportSelection() override;
   void OnReportHeading(int column) override;
@@ -63,4 +65,5 @@ class CTracesList final : public ReportListOwner {
   TracesControls* m_controls = nullptr;
   int m_nSortKey = -1;
   TraceItems m_items;
+  const char* m_emptyText = kNoTraces;
 };

@@ -48,8 +48,7 @@ TEST_F(ConfigSheetTest, AMachineThatDoesNotAnswerIsToldAndItsLastStateIsShown) {
 TEST_F(ConfigSheetTest, AMachineThatGoesAwayIsAskedOnceAndGetsAllWithTheNextApply) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);
-  window.traces.Rows().Click(0);
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.Give(0, TRC_PRESET_SUPPORT);
   window.ChooseTab(1);
   window.Type(CAppSinkCfgPropertyPage::kMachine, "mars");
   m_machine.m_away = true;
@@ -73,8 +72,7 @@ TEST_F(ConfigSheetTest, AMachineThatRefusesIsTold) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);
   m_machine.m_refuses = true;
-  window.traces.Rows().Click(0);
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.Give(0, TRC_PRESET_SUPPORT);
   window.Press(SheetButton::Apply);
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=0");
   EXPECT_EQ(sheet.Note(), "web has refused these changes.");
@@ -84,8 +82,7 @@ TEST_F(ConfigSheetTest, AMachineThatRefusesIsTold) {
 TEST_F(ConfigSheetTest, ApplyStaysEnabledUntilTheMachineHasTakenTheChanges) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);
-  window.traces.Rows().Click(0);
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.Give(0, TRC_PRESET_SUPPORT);
   window.ChooseTab(1);
   m_machine.m_refuses = true;
   window.Press(SheetButton::Apply);
@@ -99,8 +96,7 @@ TEST_F(ConfigSheetTest, ApplyStaysEnabledUntilTheMachineHasTakenTheChanges) {
 TEST_F(ConfigSheetTest, TheLastSubmitDecidesBecauseItSendsAllThatIsHeld) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);
-  window.traces.Rows().Click(0);
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.Give(0, TRC_PRESET_SUPPORT);
   window.ChooseTab(1);
   m_machine.m_refusesNext = 1;
   window.Press(SheetButton::Apply);
@@ -115,8 +111,7 @@ TEST_F(ConfigSheetTest, AMachineThatIsBackAndHasTakenTheChangesIsNotSaidToBeAway
   FakeConfigSheet window(sheet);
   m_machine.m_away = false;
   EXPECT_NE(sheet.Note(), "") << "what is shown is still old";
-  window.traces.Rows().Click(0);
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.Give(0, TRC_PRESET_SUPPORT);
   window.Press(SheetButton::Apply);
   EXPECT_EQ(sheet.Note(), "");
 }

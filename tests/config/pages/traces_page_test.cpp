@@ -40,8 +40,7 @@ TEST_F(TracesPageTest, OkGivesTheMachineAllRowsAlsoThoseThatDidNotChange) {
   FakeConfigSheet window(sheet);
   // Somebody else has changed them meanwhile.
   for (FakeMachine::Trace& trace : Orders().traces) trace.settings = 31;
-  window.traces.Rows().Click(2);
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.Give(2, TRC_PRESET_SUPPORT);
   m_host.ClearTranscript();
   m_machine.m_onSubmit = [this] { m_host.Note("submit"); };
   window.Press(SheetButton::Ok);
@@ -72,9 +71,7 @@ TEST_F(TracesPageTest, WithoutTracesNothingIsSubmittedButTheDocumentIsMarked) {
 TEST_F(TracesPageTest, CancelDropsAllChanges) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);
-  window.traces.Rows().SetFocus();
-  window.traces.Rows().PressSelectAll();
-  window.traces.PressPreset(TRC_PRESET_MAX);
+  window.traces.GiveAll(TRC_PRESET_MAX);
   Asked();
   window.Press(SheetButton::Cancel);
   EXPECT_EQ(Asked(), "");
@@ -87,9 +84,7 @@ TEST_F(TracesPageTest, TracesThatTheApplicationGainsMeanwhileAreLeftAlone) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);
   m_machine.Run("orders", {"Mail/Send"}, 4);
-  window.traces.Rows().SetFocus();
-  window.traces.Rows().PressSelectAll();
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.GiveAll(TRC_PRESET_SUPPORT);
   window.Press(SheetButton::Ok);
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=7 Net/Close=7 Disk/Read=7 Mail/Send=4");
   CConfigPropertySheet next(m_host, *m_doc, *m_app);
@@ -103,8 +98,7 @@ TEST_F(TracesPageTest, AnApplicationThatEndsMeanwhileKeepsWhatIsSetForItsNextSta
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);
   Orders().instances = 0;
-  window.traces.Rows().Click(0);
-  window.traces.PressPreset(TRC_PRESET_SUPPORT);
+  window.traces.Give(0, TRC_PRESET_SUPPORT);
   window.Press(SheetButton::Ok);
   EXPECT_EQ(m_machine.InForce("orders"), "Net/Open=0 Net/Close=0 Disk/Read=7");
   EXPECT_EQ(Boxes(), "");

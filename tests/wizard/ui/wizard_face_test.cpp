@@ -4,6 +4,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QLabel>
+#include <QListView>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
@@ -11,9 +12,12 @@
 #include <memory>
 
 #include "docview/ui/qt_host.h"
+#include "docview/ui/work_box_face.h"
 #include "settings/registry.h"
 #include "support/fake_wizard_program.h"
+#include "support/pending_actions.h"
 #include "support/qt_test_main.h"
+#include "support/short_pieces.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -157,6 +161,54 @@ TEST_F(WizardFaceTest, APageIsANamedGroupAndTheLastPagesWordsAreSaidWithItsButto
   Type(Qt::Key_Return);
   Type(Qt::Key_Return);
   EXPECT_TRUE(Button(QtSheetFace::kFinish).accessibleDescription().contains("\"Finish\" button"));
+}
+
+TEST_F(WizardFaceTest, AWideTitleIsCutInItsMiddleAndReadWhole) {
+  const std::string name(300, 'n');
+  m_program.Machine("localhost").Run(name, {"Net/Open"});
+  for (int page = 0; page < 3; ++page) Type(Qt::Key_Return);
+  QTest::keyClicks(m_face->focusWidget(), "n");
+  Settle();
+  const int width = m_face->width();
+  Type(Qt::Key_Return);
+  const auto isWhole = [this, &name] { return Title() == "Trace Wizard: Traces for " + name; };
+  EXPECT_FALSE(isWhole());
+  EXPECT_TRUE(Title().starts_with("Trace Wizard: Traces for nnn")) << Title();
+  EXPECT_TRUE(Title().ends_with("nnn")) << Title();
+  EXPECT_LT(m_face->fontMetrics().horizontalAdvance(m_face->windowTitle()), width);
+  EXPECT_EQ(m_face->width(), width);
+  for (QWidget* const read : {static_cast<QWidget*>(m_face.get()),
+                              m_face->findChild<QWidget*>(QString::number(kTracesPage))})
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(read)->text(QAccessible::Name).toStdString(),
+              "Trace Wizard: Traces for " + name);
+  m_face->resize(10000, m_face->height());
+  Settle();
+  EXPECT_TRUE(isWhole()) << Title();
+  Type(Qt::Key_Return);
+  EXPECT_EQ(Title(), "Trace Wizard: Finish");
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(m_face.get())->text(QAccessible::Name),
+            "Trace Wizard: Finish");
+}
+
+TEST_F(WizardFaceTest, TheBoxOfLongWorkStandsOverTheWizardWhichGoesOnAfterACancel) {
+  const ShortPieces pieces(m_host);
+  m_host.RegisterFace<CWorkBox, WorkBoxFace>();
+  m_program.Machine("localhost").Run("other", {"Net/Open"});
+  for (int page = 0; page < 3; ++page) Type(Qt::Key_Return);
+  m_face->findChild<QListView*>("applications")->selectAll();
+  Settle();
+  m_host.Post(MustRun([this] {
+    QWidget* const box = QApplication::activeModalWidget();
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->objectName(), "working");
+    EXPECT_FALSE(QApplication::overrideCursor()->shape() == Qt::WaitCursor);
+    QTest::keyClick(box, Qt::Key_Escape);
+  }));
+  Type(Qt::Key_Return);
+  EXPECT_EQ(Title(), "Trace Wizard: Applications on " + _trc_GetHostName());
+  EXPECT_TRUE(Button(QtSheetFace::kNext).isEnabled());
+  Type(Qt::Key_Return);
+  EXPECT_EQ(Title(), "Trace Wizard: Traces for orders");
 }
 
 TEST_F(WizardFaceTest, ThePictureTakesNoRoomOnAScreenThatIsTooSmallForIt) {

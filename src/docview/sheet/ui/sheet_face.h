@@ -27,9 +27,11 @@ class QtSheetFace : public QtDialogFace, public PropertySheetFace {
 
   ~QtSheetFace() override;
   PropertyPageFace& Page(std::size_t place) override { return *m_pages[place]; }
+  // Shows the title; a wide one is cut in its middle. Screen readers get all of it.
   void UpdateData() override;
 
  protected:
+  void resizeEvent(QResizeEvent* event) override;
   QtSheetFace(CPropertySheet& sheet, QWidget* parent, const PageFaces& faces);
 
   CPropertySheet& m_sheet;

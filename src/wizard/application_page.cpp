@@ -8,7 +8,7 @@
 
 #include "base/text.h"
 #include "config/tcf/config_texts.h"
-#include "wizard/tables/app_traces.h"
+#include "wizard/page_work.h"
 #include "wizard/tables/load_tcf.h"
 #include "wizard/wizard_sheet.h"
 
@@ -100,7 +100,11 @@ int CWizApplicationPage::OnWizardNext() {
   {
     const CWaitCursor wait(GetHost());
     TakeSelection(apps);
-    all = ReadSelected(*machine, Wizard().Program().Client().open);
+    SelectedReading reading(*machine, Wizard().Program().Client().open);
+    ReadingWork work(reading);
+    if (!RunLongWork(GetHost(), nullptr, {"Tessera", "Reading applications..."}, work))
+      return kWizardStay;
+    all = reading.All();
   }
   const auto first = NextSelected(apps, apps.begin());
   Wizard().TracesPage().m_itApp.Set(apps, first);

@@ -2,8 +2,9 @@
 //
 // Owner    Borrows its list between Attach and Detach.
 // Errors   Message boxes. An application that cannot be reached is not selected any more, and the
-//          page stays.
-// Threads  Interface thread; a machine is asked for at most 5 seconds an application.
+//          page stays. So it does when the user cancels.
+// Threads  Interface thread; a machine is asked for at most 5 seconds an application. Many
+//          applications are long work.
 #pragma once
 
 #include "controls/listbox/list_box.h"

@@ -2,10 +2,12 @@
 
 #include <iterator>
 
+#include "base/text.h"
 #include "config/document/config_window.h"
+#include "config/tcf/config_texts.h"
 #include "config/used_machines.h"
 #include "settings/globals.h"
-#include "wizard/tables/configure_app.h"
+#include "wizard/page_work.h"
 #include "wizard/wizard_sheet.h"
 
 CWizFinishPage::CWizFinishPage(Host& host) : CWizPage(host, kFinishPage, "Trace Wizard: Finish") {}
@@ -30,13 +32,24 @@ int CWizFinishPage::OnWizardBack() {
   return found ? CWizPage::OnWizardBack() : kApplicationPage;
 }
 
-// A program that must end, while a box of a window is up, opens nothing more.
+// A program that must end, while a box of a window is up, opens nothing more. Cancelled, Finish
+// ends where it is: what is in force stays, and the windows show it.
 int CWizFinishPage::OnWizardFinish() {
   const CWaitCursor wait(GetHost());
   CTraceWizardSheet& wizard = Wizard();
-  for (auto& [name, machine] : wizard.m_machines)
-    if (!g_quickClose) Configure(name, machine);
-  if (!g_quickClose && !wizard.m_machines.empty()) wizard.Program().OpenLocalMonitor();
+  m_left.clear();
+  m_cancelled = false;
+  std::map<std::string, ChosenApps> chosen = TakeChosen(wizard.m_machines);
+  for (const auto& [name, machine] : wizard.m_machines) {
+    if (g_quickClose) break;
+    if (m_cancelled)
+      m_left.push_back({name, "cancelled"});
+    else
+      Configure(name, machine.m_strConfigFile, chosen[name]);
+  }
+  if (g_quickClose) return CWizPage::OnWizardFinish();
+  if (!wizard.m_machines.empty()) wizard.Program().OpenLocalMonitor();
+  wizard.Note(m_left.empty() ? "" : WhatIsLeft(m_left, wizard.m_machines.size(), m_cancelled));
   return CWizPage::OnWizardFinish();
 }
 
@@ -53,22 +66,22 @@ CConfigDoc* CWizFinishPage::FindOrCreateConfigDoc(const std::string& machine) {
   if (made)
     NoteUsedMachine(machine);
   else if (!why.empty())
-    Wizard().NoteConnection(machine, why);
+    m_left.push_back({machine, why});
   return made;
 }
 
-// The wizard's handles are given back one by one: with as many again a machine would refuse the
-// last ones. Behind the first refusal it would be asked, and say the same, for each.
-void CWizFinishPage::Configure(const std::string& name, WizMachine& machine) {
-  CConfigDoc* const document = FindOrCreateConfigDoc(name);
-  if (!document) return;
-  for (auto& [appName, entry] : machine.m_apps) {
-    if (!entry.m_bSelected || !entry.m_app) continue;
-    if (g_quickClose) return;
-    trace_App_i* const app = document->AddApplication(appName);
-    if (!app) break;
-    document->NoteSubmit(*app, ConfigureApp(entry, *app));
-    entry.m_app = nullptr;
+void CWizFinishPage::Configure(const std::string& machine, const std::string& file,
+                               ChosenApps& apps) {
+  CConfigDoc* const document = FindOrCreateConfigDoc(machine);
+  if (!document || g_quickClose) return;
+  ConfiguringWork work(*document, apps);
+  m_cancelled = !RunLongWork(GetHost(), document, {"Tessera", "Configuring applications..."}, work);
+  if (g_quickClose) return;
+  if (work.Done() < apps.size()) {
+    const std::string done =
+        GroupDigits(work.Done()) + " of " + GroupDigits(apps.size()) + " applications";
+    m_left.push_back({machine, (m_cancelled ? "cancelled after " : "it has taken ") + done});
+    if (!m_cancelled) Say(ConfigTexts::kNoConnection);
   }
-  if (!machine.m_strConfigFile.empty()) document->SetModifiedFlag(false);
+  if (!file.empty()) document->SetModifiedFlag(false);
 }

@@ -35,8 +35,10 @@ void CTraceWizardSheet::MergeOpenConfiguration(WizMachines::iterator machine) {
 }
 
 void CTraceWizardSheet::NoteConnection(const std::string& machine, const std::string& why) {
-  const bool wasNoted = std::exchange(m_isNoted, !why.empty());
-  if (!m_isNoted && !wasNoted) return;
-  m_program.ConfigTemplate()->App()->ShowNotice(
-      m_isNoted ? "Cannot configure " + machine + ": " + why : "");
+  Note(why.empty() ? "" : "Cannot configure " + machine + ": " + why);
+}
+
+void CTraceWizardSheet::Note(const std::string& notice) {
+  const bool wasNoted = std::exchange(m_isNoted, !notice.empty());
+  if (m_isNoted || wasNoted) m_program.ConfigTemplate()->App()->ShowNotice(notice);
 }

@@ -31,6 +31,8 @@ class CTraceWizardSheet : public CPropertySheet {
   // Shows in the status bar why there is no connection with a machine. An empty reason: there is
   // one, and what was shown is removed.
   void NoteConnection(const std::string& machine, const std::string& why);
+  // Shows a notice in the status bar. An empty one removes what was shown.
+  void Note(const std::string& notice);
 
   CWizWelcomePage& WelcomePage() { return m_welcome; }
   CWizSelectPage& SelectPage() { return m_select; }

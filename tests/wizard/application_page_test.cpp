@@ -1,6 +1,8 @@
 // The wizard's page of applications: its list, its Next and its Back.
 #include "wizard/application_page.h"
 
+#include "docview/dialogs/work_box.h"
+#include "support/short_pieces.h"
 #include "wizard/apps_fixture.h"
 #include "wizard/wizard_texts.h"
 
@@ -83,6 +85,27 @@ TEST_F(ApplicationPageTest, NextTakesTheSelectionAndShowsTheTracesOfTheFirstOne)
   EXPECT_EQ(m_host.Reported(), "wait cursor on\nwait cursor off\n");
 }
 
+TEST_F(ApplicationPageTest, ReadingManyApplicationsIsLongWorkAndACancelStays) {
+  const ShortPieces pieces(m_host);
+  Begin(kLocal);
+  Walk("pick:billing,orders,zoll");
+  Asked(Here());
+  m_host.AnswerWorkBox([](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    EXPECT_STREQ(box.Message(), "Reading applications...");
+    EXPECT_EQ(box.Progress(), 333);
+    dialog.OnCancel();
+  });
+  EXPECT_EQ(Next(), "Applications on THIS");
+  EXPECT_EQ(Asked(Here()), "open billing\n");
+  EXPECT_EQ(Shown(), "*billing *orders *zoll");
+  EXPECT_TRUE(CanGoOn());
+  EXPECT_EQ(m_host.WaitCursors(), 0);
+  m_host.AnswerWorkBox([this](CDialog& box) { m_host.Finish(box); });
+  EXPECT_EQ(Next(), "Traces for billing");
+  EXPECT_EQ(Asked(Here()), "refresh billing\nopen orders\nopen zoll\n");
+}
+
 TEST_F(ApplicationPageTest, TheFirstOneIsThatOfTheTableNotOfTheList) {
   Here().Run("Zebra", {});
   Begin(kLocal);
@@ -103,8 +126,7 @@ TEST_F(ApplicationPageTest, NamesThatDifferInCaseAreTwoApplications) {
 TEST_F(ApplicationPageTest, WhatWasEditedBeforeGoingBackIsReplacedByWhatTheMachineHas) {
   Begin(kLocal);
   Walk("pick:orders,zoll next");
-  Traces().Rows().Click(0);
-  Traces().PressPreset(TRC_PRESET_MAX);
+  Traces().Give(0, TRC_PRESET_MAX);
   Walk("next");
   EXPECT_EQ(Table(), "billing\norders* open Net/Close=799 Net/Open=7\nzoll* open Net/Open=0\n");
   Here().m_apps["orders"].traces[0].settings = 15;

@@ -1,5 +1,7 @@
 // The last page: what Finish makes of the tables.
 #include "config/used_machines.h"
+#include "docview/dialogs/work_box.h"
+#include "support/short_pieces.h"
 #include "support/wizard_fixture.h"
 
 namespace {
@@ -11,12 +13,7 @@ class FinishPageTest : public WizardFixture {
   ~FinishPageTest() override { g_quickClose = false; }
   FakeMachine& Machine(const std::string& name) { return m_program.Machine(name); }
   // Gives all traces of the page in front these settings.
-  void Set(unsigned settings) {
-    FakeReportList& rows = Window().traces.Rows();
-    rows.Click(0);
-    for (int row = 1; row < rows.ItemCount(); ++row) rows.Click(row, true);
-    Window().traces.PressPreset(settings);
-  }
+  void Set(unsigned settings) { Window().traces.GiveAll(settings); }
   // To the last page: orders of this machine, all its traces at kSupport.
   void WalkLocal() {
     Walk("next next local next pick:orders next");
@@ -171,6 +168,56 @@ TEST_F(FinishPageTest, AMachineThatIsAwayIsSkippedWithItsMessageAndTheOthersGoOn
   EXPECT_EQ(UsedMachines(), std::vector<std::string>{"web"});
 }
 
+TEST_F(FinishPageTest, AllMachinesThatAreAwayAreNamedInOneNotice) {
+  WalkRemote();
+  Machine("db").m_away = Machine("web").m_away = true;
+  Walk("finish");
+  EXPECT_EQ(Boxes(), Box(kNoConnection) + Box(kNoConnection));
+  EXPECT_EQ(
+      m_log.Reported("notice"),
+      "notice 2 of 2 machines are not wholly configured: db (no trace service there), web (no "
+      "trace service there)\n");
+}
+
+TEST_F(FinishPageTest, ManyApplicationsAreLongWorkThatCanBeCancelled) {
+  const ShortPieces pieces(m_host);
+  Walk("next next remote next add:web add:db each next pick:store next next");
+  m_host.AnswerWorkBox([this](CDialog& box) { m_host.Finish(box); });
+  Walk("pick:orders,shop next next next");
+  EXPECT_EQ(Where(), "Finish");
+  m_host.AnswerWorkBox([](CDialog& dialog) {
+    const auto& box = dynamic_cast<CWorkBox&>(dialog);
+    EXPECT_STREQ(box.Message(), "Configuring applications...");
+    EXPECT_EQ(box.Progress(), 500);
+    dialog.OnCancel();
+  });
+  Machine("web").m_log.clear();
+  Walk("finish");
+  EXPECT_EQ(Where(), "ended");
+  EXPECT_EQ(Names(m_program.Config(0)), "store ");
+  EXPECT_EQ(Names(m_program.Config(1)), "orders ");
+  EXPECT_EQ(Machine("web").m_log, "connect web\nopen orders\nsubmit orders\n");
+  EXPECT_EQ(m_log.Reported("monitor"), "monitor\n");
+  EXPECT_EQ(m_log.Reported("notice"),
+            "notice 1 of 2 machines is not wholly configured: web (cancelled after 1 of 2 "
+            "applications)\n");
+}
+
+TEST_F(FinishPageTest, BehindACancelNoFurtherMachineIsAsked) {
+  const ShortPieces pieces(m_host);
+  const auto finish = [this](CDialog& box) { m_host.Finish(box); };
+  Machine("db").Run("zoll", {"Net/Open"});
+  m_host.AnswerWorkBox(finish);
+  Walk("next next remote next add:web add:db each next pick:store,zoll next next next");
+  Walk("pick:orders next next");
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  Walk("finish");
+  EXPECT_EQ(m_program.Configs(), 1U);
+  EXPECT_EQ(m_log.Reported("notice"),
+            "notice 2 of 2 machines are not wholly configured: db (cancelled after 1 of 2 "
+            "applications), web (cancelled)\n");
+}
+
 TEST_F(FinishPageTest, AMachineThatGoesAwayAmidItsApplicationsIsAskedAndToldOnce) {
   CConfigDoc& open = m_program.OpenConfig("web");
   Walk("next next remote next add:web next pick:orders,shop next next next");
@@ -184,22 +231,45 @@ TEST_F(FinishPageTest, AMachineThatGoesAwayAmidItsApplicationsIsAskedAndToldOnce
   EXPECT_EQ(m_log.Reported("monitor"), "monitor\n");
 }
 
-TEST_F(FinishPageTest, AMachineThatIsUpAndGivesNoHandleIsAskedAndToldOnce) {
+TEST_F(FinishPageTest, AMachineThatIsUpAndGivesNoHandleIsAskedOnceMoreAndToldOnce) {
   Walk("next next local next pick:orders,billing next next next");
   Machine("localhost").m_refusesOpen = true;
   Machine("localhost").m_log.clear();
   Walk("finish");
   EXPECT_EQ(Boxes(), Box(kNoConnection));
-  EXPECT_EQ(Machine("localhost").m_log, "connect " + _trc_GetHostName() + "\nopen billing\n");
+  EXPECT_EQ(Machine("localhost").m_log,
+            "connect " + _trc_GetHostName() + "\nopen billing\nlist\nopen billing\n");
+  EXPECT_EQ(m_log.Reported("notice"), "notice Cannot configure " + _trc_GetHostName() +
+                                          ": it has taken 0 of 2 applications\n");
   EXPECT_EQ(Where(), "ended");
 }
 
-TEST_F(FinishPageTest, AMachineNeedsToGiveOneHandleMoreThanThereAreApplications) {
+TEST_F(FinishPageTest, AMachineNeedsToGiveNoMoreHandlesThanThereAreApplications) {
   Machine("localhost").Run("zoll", {"Net/Open"});
-  Machine("localhost").m_openMax = 4;
-  Walk("next next local next pick:billing,orders,zoll next next next next finish");
+  Machine("localhost").m_apps["billing"].instances = 0;  // its handle is all that holds it
+  Machine("localhost").m_openMax = 3;
+  Walk("next next local next");
+  Sheet().m_machines.begin()->second.m_apps["billing"] = {};
+  Sheet().ApplicationPage().OnSetActive();
+  Walk("pick:billing,orders,zoll next");
+  Set(kSupport);
+  Walk("next next next finish");
   EXPECT_EQ(Boxes(), "");
   EXPECT_EQ(Names(m_program.Config(0)), "billing orders zoll ");
+  EXPECT_EQ(Machine("localhost").InForce("billing"), "Net/Open=7");
+}
+
+TEST_F(FinishPageTest, TheHandlesOfUnselectedApplicationsAndOfCopiesAreGivenBackFirst) {
+  Machine("db").Run("orders", {"Disk/Read"}, 3);
+  Machine("db").Run("zoll", {"Net/Open"});
+  Machine("db").m_openMax = 3;
+  Walk("next next remote next add:web add:db same next pick:zoll next back");
+  Walk("pick:orders,store next next next");
+  EXPECT_EQ(Machine("db").m_open["zoll"], 1);
+  Walk("finish");
+  EXPECT_EQ(Boxes(), "");
+  EXPECT_EQ(Names(m_program.Config(0)), "orders store ");
+  EXPECT_EQ(Names(m_program.Config(1)), "orders store ");
 }
 
 TEST_F(FinishPageTest, AMachineThatTakesNoSubmitIsNotToldInABoxButTheWindowKnows) {

@@ -74,6 +74,12 @@ void CConfigDoc::SetPathName(const std::string& path, bool addToRecent) {
 }
 
 trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
+  trace_App_i* const added = TryAddApplication(name);
+  if (!added) ShowError(ConfigTexts::kNoConnection);
+  return added;
+}
+
+trace_App_i* CConfigDoc::TryAddApplication(const std::string& name) {
   QuorPtr<trace_App_i> app;
   {
     const CWaitCursor wait(GetHost());
@@ -81,10 +87,7 @@ trace_App_i* CConfigDoc::AddApplication(const std::string& name) {
     const bool silent = m_pConfig && m_pConfig->IsSilent();
     if (!silent) app = m_client.open(GetMachineName(), name);
   }
-  if (!app) {
-    ShowError(ConfigTexts::kNoConnection);
-    return nullptr;
-  }
+  if (!app) return nullptr;
   m_mayBeOn.erase(name);
   m_notInForce.erase(name);
   trace_App_i* const added = m_pAppList->m_apps.emplace_back(std::move(app)).Get();

@@ -47,6 +47,8 @@ class CConfigDoc : public CDocument {
   // A handle at the end of the list; nothing is submitted. Null, with a box: the machine cannot be
   // reached, and nothing was added.
   trace_App_i* AddApplication(const std::string& name);
+  // The same without a box.
+  trace_App_i* TryAddApplication(const std::string& name);
   // Takes the handle off the list. Asks whether traces that are on shall be turned off; false when
   // the user cancels, or the handle is not in the list.
   bool RemoveApplication(trace_App_i* app);

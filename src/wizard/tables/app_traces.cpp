@@ -1,40 +1,13 @@
 #include "wizard/tables/app_traces.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace {
 
 // A service gives a program 1,024 handles. One that has refused so many more gives none.
 constexpr int kRefusalsMax = 8;
-
-// The handles of a machine with what it has now. After a question without an answer it is asked
-// again only if it is up: that question was refused, or the machine has come back.
-class Handles {
- public:
-  Handles(const trace_Config_i& machine, const WizOpenApp& open)
-      : m_machine(machine), m_open(open) {}
-
-  // A handle that is there keeps its last state when there is no answer. False: there is none.
-  bool Read(const std::string& name, WizApp& entry) {
-    if (!m_answers && !m_machine.IsUp()) return static_cast<bool>(entry.m_app);
-    if (entry.m_app) {
-      // Reading it anew would drop what its window shows and has still to send.
-      if (!entry.m_bUnsent) m_answers = entry.m_app->Refresh();
-      return true;
-    }
-    if (m_refusals == kRefusalsMax) return false;
-    entry.m_app = m_open(m_machine.GetHostName(), name);
-    m_answers = static_cast<bool>(entry.m_app);
-    m_refusals += !m_answers;
-    return m_answers;
-  }
-
- private:
-  const trace_Config_i& m_machine;
-  const WizOpenApp& m_open;
-  bool m_answers = true;
-  int m_refusals = 0;
-};
 
 }  // namespace
 
@@ -56,21 +29,53 @@ void ReadSettings(WizApp& entry) {
   }
 }
 
+SelectedReading::SelectedReading(WizMachine& machine, WizOpenApp open)
+    : m_machine(machine),
+      m_open(std::move(open)),
+      m_count(static_cast<std::size_t>(
+          std::count_if(machine.m_apps.begin(), machine.m_apps.end(),
+                        [](const auto& app) { return app.second.m_bSelected; }))),
+      m_next(NextSelected(machine.m_apps, machine.m_apps.begin())) {}
+
+// A handle that is there keeps its last state when there is no answer. After a question without an
+// answer the machine is asked again only if it is up: that question was refused, or the machine has
+// come back. False: there is no handle.
+bool SelectedReading::Read(const std::string& name, WizApp& entry) {
+  if (!m_answers && !m_machine.m_pConfig->IsUp()) return static_cast<bool>(entry.m_app);
+  if (entry.m_app) {
+    // Reading it anew would drop what its window shows and has still to send.
+    if (!entry.m_bUnsent) m_answers = entry.m_app->Refresh();
+    return true;
+  }
+  if (m_refusals == kRefusalsMax) return false;
+  entry.m_app = m_open(m_machine.m_pConfig->GetHostName(), name);
+  m_answers = static_cast<bool>(entry.m_app);
+  m_refusals += !m_answers;
+  return m_answers;
+}
+
 // Kept: what a file or the user has set is replaced by what the machine has. Only traces that the
 // application does not know keep their settings. Safe: the next page shows what is there.
-bool ReadSelected(WizMachine& machine, const WizOpenApp& open) {
-  bool all = true;
-  Handles handles(*machine.m_pConfig, open);
-  for (auto& [name, entry] : machine.m_apps) {
-    if (!entry.m_bSelected) continue;
-    if (handles.Read(name, entry)) {
-      CollectTraces(entry);
-      ReadSettings(entry);
-    } else {
-      entry.m_bSelected = all = false;
-    }
+bool SelectedReading::ReadNext() {
+  WizApps& apps = m_machine.m_apps;
+  if (m_next == apps.end()) return true;
+  auto& [name, entry] = *m_next;
+  if (Read(name, entry)) {
+    CollectTraces(entry);
+    ReadSettings(entry);
+  } else {
+    entry.m_bSelected = m_all = false;
   }
-  return all;
+  ++m_done;
+  m_next = NextSelected(apps, std::next(m_next));
+  return m_next == apps.end();
+}
+
+bool ReadSelected(WizMachine& machine, const WizOpenApp& open) {
+  SelectedReading reading(machine, open);
+  while (!reading.ReadNext()) {
+  }
+  return reading.All();
 }
 
 WizApps::iterator NextSelected(WizApps& apps, WizApps::iterator from) {

@@ -17,9 +17,31 @@ void ReadSettings(WizApp& entry);
 using WizOpenApp = std::function<trace_App_i*(const std::string& host, const std::string& app)>;
 // Collects the traces of the selected applications with the settings that the machine has now, for
 // which it opens a handle on those that have none. An application that cannot be reached is not
-// selected any more. False: there was one. Each is asked for at most 5 seconds; a machine that has
-// not answered is not asked again, and one that goes on refusing is asked for no more handles.
-// REQUIRES: the machine has a connection.
+// selected any more. Each is asked for at most 5 seconds; a machine that has not answered is not
+// asked again, and one that goes on refusing is asked for no more handles.
+// REQUIRES: the machine has a connection and outlives this, and what is selected stays so.
+class SelectedReading {
+ public:
+  SelectedReading(WizMachine& machine, WizOpenApp open);
+  // Goes on with the next application; true when all are done.
+  bool ReadNext();
+  // False: an application could not be reached.
+  bool All() const { return m_all; }
+  std::size_t Done() const { return m_done; }
+  std::size_t Count() const { return m_count; }
+
+ private:
+  bool Read(const std::string& name, WizApp& entry);
+
+  WizMachine& m_machine;
+  const WizOpenApp m_open;
+  const std::size_t m_count;
+  WizApps::iterator m_next;
+  std::size_t m_done = 0;
+  bool m_all = true, m_answers = true;
+  int m_refusals = 0;
+};
+// All at once. False: an application could not be reached.
 bool ReadSelected(WizMachine& machine, const WizOpenApp& open);
 
 // The first selected one from this place on; the end if there is none.

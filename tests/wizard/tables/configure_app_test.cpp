@@ -48,24 +48,24 @@ class RecordingApp final : public trace_App_i {
 
 TEST(ConfigureApp, SetsTheSinkThenSwitchesAllOffThenSetsTheTracesThenSubmits) {
   const QuorPtr<RecordingApp> chosen = new RecordingApp, made = new RecordingApp;
-  WizApp entry{chosen.Get(), {}, true};
-  entry.m_traces[{"Net", "Open"}] = {5, 7};
-  entry.m_traces[{"Disk", "Read"}] = {WizTrace::kNotLookedUp, 4};
-  EXPECT_TRUE(ConfigureApp(entry, *made));
+  ChosenApp app{"orders", SinkOf(*chosen), {}, chosen.Get()};
+  app.traces[{"Net", "Open"}] = {5, 7};
+  app.traces[{"Disk", "Read"}] = {WizTrace::kNotLookedUp, 4};
+  EXPECT_TRUE(ConfigureApp(app, *made));
   EXPECT_EQ(chosen->m_log, "ask sink\n") << "nothing is set on the wizard's own handle";
   EXPECT_EQ(made->m_log, "sink 0 /tmp/a.trc flush=1;\nall 0\nset 65535=4\nset 5=7\nsubmit\n")
       << "a trace that the application does not know goes with the id that it returned";
   made->m_takes = false;
-  EXPECT_FALSE(ConfigureApp(entry, *made));
+  EXPECT_FALSE(ConfigureApp(app, *made));
 }
 
 TEST(ConfigureApp, ATraceThatTheApplicationDoesNotKnowIsIgnored) {
   FakeMachine machine;
   machine.Run("orders", {"Net/Open"}, 3);
   const QuorPtr<trace_App_i> app = machine.Open("orders", nullptr);
-  WizApp entry{app, {}, true};
-  entry.m_traces[{"Disk", "Read"}] = {WizTrace::kNotLookedUp, 4};
-  EXPECT_TRUE(ConfigureApp(entry, *app));
+  ChosenApp chosen{"orders", SinkOf(*app), {}, app};
+  chosen.traces[{"Disk", "Read"}] = {WizTrace::kNotLookedUp, 4};
+  EXPECT_TRUE(ConfigureApp(chosen, *app));
   EXPECT_EQ(machine.InForce("orders"), "Net/Open=0");
 }
 
@@ -75,13 +75,13 @@ TEST(ConfigureApp, OnAnotherMachineTheTracesAreFoundByTheirNames) {
   first.Run("orders", {"Net/Open", "Disk/Read"});
   second.Run("orders", {"Disk/Read", "Net/Open", "Disk/Write"});
   first.m_apps["orders"].sinkName = "mars";
-  const QuorPtr<trace_App_i> chosen = first.Open("orders", nullptr);
+  const QuorPtr<trace_App_i> handle = first.Open("orders", nullptr);
   const QuorPtr<trace_App_i> made = second.Open("orders", nullptr);
-  WizApp entry{chosen, {}, true};
-  entry.m_traces[{"Net", "Open"}] = {1, 7};
-  entry.m_traces[{"Disk", "Read"}] = {2, 4};
-  entry.m_traces[{"Old", "Gone"}] = {3, 15};  // 3 is another trace there
-  EXPECT_TRUE(ConfigureApp(entry, *made));
+  ChosenApp chosen{"orders", SinkOf(*handle), {}, handle};
+  chosen.traces[{"Net", "Open"}] = {1, 7};
+  chosen.traces[{"Disk", "Read"}] = {2, 4};
+  chosen.traces[{"Old", "Gone"}] = {3, 15};  // 3 is another trace there
+  EXPECT_TRUE(ConfigureApp(chosen, *made));
   EXPECT_EQ(second.InForce("orders"), "Disk/Read=4 Net/Open=7 Disk/Write=0");
   EXPECT_EQ(second.m_apps["orders"].sinkName, "mars") << "the sink is copied as it is";
   EXPECT_EQ(first.InForce("orders"), "Net/Open=0 Disk/Read=0");

@@ -39,12 +39,15 @@ class MappedFile {
   // unnoticed: one at the beginning of a file that has grown meanwhile, and a write within the same
   // tick of the file system's clock.
   FileChange Change() const;
+  // Lets others write the file from now on. The view stays; its changes are no longer known.
+  // Threads: while nobody asks for a change.
+  void CloseFile() const { m_file.Close(); }
 
  private:
   MappedFile() = default;
   bool Map();
   bool IsTailAsCopied() const;
-  OpenFile m_file;
+  mutable OpenFile m_file;
   FileMark m_mark;
   FaultGuard m_guard;
   const std::uint8_t* m_data = nullptr;

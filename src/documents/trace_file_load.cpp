@@ -87,6 +87,7 @@ bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
   std::shared_ptr<const MappedFile> converted =
       ConvertTraceFile(*m_file, m_path, callbacks, &m_conversion);
   m_oldFile = std::exchange(m_file, std::move(converted));
+  m_oldFile->CloseFile();
   return m_file != nullptr;
 }
 

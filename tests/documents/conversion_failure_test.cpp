@@ -222,6 +222,7 @@ TEST_F(ConversionFailureTest, TheWarningOfAnOldFileThatStaysIsReadBeforeTheLoadG
   m_host.ClosePostedBoxes();
   ASSERT_TRUE(FinishLoad(document));
   EXPECT_EQ(Texts(document), "trace 1 trace 2 trace 3 ");
+  EXPECT_TRUE(CreateForWriting(path + ".old")) << "only its view is kept";
 }
 
 }  // namespace

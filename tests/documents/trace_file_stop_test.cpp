@@ -21,6 +21,10 @@ class TraceFileStopTest : public DocumentsTest {
   }
 };
 
+TEST_F(TraceFileStopTest, AThreadThatHangsHoldsAWindowUpForTenSecondsAtMost) {
+  EXPECT_EQ(TraceLoadSetup().stopWaitMs, 10000u);
+}
+
 TEST_F(TraceFileStopTest, CancelStopsAtTheNextMultipleOf1024RecordsAndTheTracesSoFarShow) {
   const HANDLE gate = CreateEvent();
   m_loads.beforeWalk = [gate] { gate->Wait(20000); };

@@ -52,6 +52,8 @@ typedef struct quor_point {
 #define QUOR_POINT_INIT(component, category) \
   { QUOR_UNREGISTERED, 0, {0, 0}, 0, (component), (category), NULL }
 
+/* The settings that the first traces have, and where they go, may come from the environment:
+ * QUOR_SETTINGS="Net=max;Db/Query=Info+Stack;*=support", QUOR_SINK="file:/tmp/x.trc?maxsize=10". */
 /* Names the application and enters the declared points into its trace map, so that they can be seen
  * and switched before the first trace. Without this call the name is that of the executable. After
  * several calls the last name is used. */
@@ -81,7 +83,7 @@ QUOR_API int quor_flush(unsigned milliseconds);
 /* Counters of this process, exact while no thread traces: traced = lost + delivered (now or later).
  */
 typedef struct quor_counts {
-  uint64_t traced; /* calls that passed their point's settings */
+  uint64_t traced; /* calls that passed their point's settings, and the library's own traces */
   uint64_t lost;   /* there was no ring, it was full, or a file could not be written */
 } quor_counts;
 QUOR_API void quor_get_counts(quor_counts* counts);

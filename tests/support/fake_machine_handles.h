@@ -79,6 +79,7 @@ class FakeMachineApp final : public trace_App_i {
     }
     return true;
   }
+  std::vector<trace_StartNote_t> GetStartNotes() const override { return m_state.startNotes; }
   bool Refresh() override {
     m_machine.Ask("refresh " + m_name);
     if (!m_machine.Answers()) return false;

@@ -19,6 +19,7 @@ class FakeMachineState {
     trc_SinkTypes_e sinkType = trc_SinkSocket;
     std::string sinkName = "localhost", sinkOptions;
     unsigned instances = 0;  // that run
+    std::vector<trace_StartNote_t> startNotes;
     bool prepared = false;   // submitted, and no instance has run since
     std::vector<App> first;  // as it was before the first Submit; empty: nothing was submitted
   };

@@ -21,7 +21,7 @@ const char* WordOf(trc_SinkTypes_e type) {
   }
 }
 
-void AppendSink(std::string& json, const std::optional<TcfSink>& sink) {
+void AppendSink(std::string& json, const std::optional<TcfSink>& sink, bool fromStart) {
   json.append(",\"sink\":");
   if (!sink) {
     json.append("null");
@@ -30,7 +30,20 @@ void AppendSink(std::string& json, const std::optional<TcfSink>& sink) {
   AppendField(json, "{\"type\":", WordOf(sink->type));
   AppendField(json, ",\"name\":", sink->name);
   AppendField(json, ",\"options\":", sink->options);
+  if (fromStart) json.append(",\"from\":\"QUOR_SINK\"");
   json.push_back('}');
+}
+
+void AppendStart(std::string& json, const std::vector<trace_StartNote_t>& notes) {
+  json.append(",\"start\":[");
+  const char* between = "";
+  for (const trace_StartNote_t& note : notes) {
+    json.append(std::exchange(between, ",")).append("{\"process\":");
+    AppendNumber(json, note.pid);
+    AppendField(json, ",\"text\":", note.text);
+    json.push_back('}');
+  }
+  json.push_back(']');
 }
 
 void AppendTrace(std::string& json, const ShownApp::Trace& trace) {
@@ -42,18 +55,23 @@ void AppendTrace(std::string& json, const ShownApp::Trace& trace) {
   json.append(",\"settings\":");
   AppendNumber(json, trace.settings);
   AppendField(json, ",\"words\":", SettingsToLabel(trace.settings));
+  if (trace.fromStart) json.append(",\"from\":\"QUOR_SETTINGS\"");
   json.push_back('}');
 }
 
 }  // namespace
 
-ShownApp::ShownApp(const trace_App_i& app) : name(app.GetAppName()), sink(TcfSink()) {
+ShownApp::ShownApp(const trace_App_i& app)
+    : name(app.GetAppName()),
+      sink(TcfSink()),
+      sinkFromStart(app.IsSinkFromStart()),
+      startNotes(app.GetStartNotes()) {
   app.GetSink(sink->type, sink->name, sink->options);
   for (const trace_Component_t& component : app.GetTraceMap()) {
     components.push_back({component.name, {}});
     for (const trace_Category_t& category : component.categories)
-      components.back().traces.push_back(
-          {category.name, app.GetSettings(category.traceId), category.traceId});
+      components.back().traces.push_back({category.name, app.GetSettings(category.traceId),
+                                          category.traceId, app.IsFromStart(category.traceId)});
   }
 }
 
@@ -72,13 +90,16 @@ void ShowAsText(const ShownApp& app, Output& output) {
   std::vector<std::pair<std::string, std::string>> rows;
   for (const ShownApp::Component& component : app.components) {
     for (const ShownApp::Trace& trace : component.traces) {
-      rows.emplace_back(VisibleText(component.name + "/" + trace.category),
-                        SettingsToLabel(trace.settings));
+      rows.emplace_back(
+          VisibleText(component.name + "/" + trace.category),
+          SettingsToLabel(trace.settings) + (trace.fromStart ? "  from QUOR_SETTINGS" : ""));
       width = std::max(width, ScreenWidth(rows.back().first));
     }
   }
   output.Line("Application  " + VisibleText(app.name));
-  output.Line("Sink         " + SinkText(app.sink));
+  output.Line("Sink         " + SinkText(app.sink) + (app.sinkFromStart ? "  from QUOR_SINK" : ""));
+  for (const trace_StartNote_t& note : app.startNotes)
+    output.Line("Process " + std::to_string(note.pid) + "  " + VisibleText(note.text));
   for (const auto& [trace, words] : rows) {
     std::string line = trace;
     line.append(width - ScreenWidth(trace) + 2, ' ').append(words);
@@ -88,7 +109,8 @@ void ShowAsText(const ShownApp& app, Output& output) {
 
 void AppendAppJson(std::string& json, const ShownApp& app) {
   AppendField(json, "{\"application\":", app.name);
-  AppendSink(json, app.sink);
+  AppendSink(json, app.sink, app.sinkFromStart);
+  if (!app.startNotes.empty()) AppendStart(json, app.startNotes);
   json.append(",\"components\":[");
   const char* between = "";
   for (const ShownApp::Component& component : app.components) {

@@ -16,6 +16,7 @@ struct ShownApp {
     std::string category;
     unsigned settings = 0;
     std::optional<unsigned> id;  // a file has none
+    bool fromStart = false;
   };
   struct Component {
     std::string name;
@@ -26,6 +27,8 @@ struct ShownApp {
 
   std::string name;
   std::optional<TcfSink> sink;
+  bool sinkFromStart = false;
+  std::vector<trace_StartNote_t> startNotes;
   std::vector<Component> components;
 };
 

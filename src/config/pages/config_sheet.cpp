@@ -2,6 +2,12 @@
 
 #include "base/text.h"
 
+namespace {
+
+constexpr std::size_t kStartNotesShown = 4, kStartNoteBytes = 200;
+
+}  // namespace
+
 CConfigPropertySheet::CConfigPropertySheet(Host& host, CConfigDoc& document, trace_App_i& app,
                                            std::size_t firstPage)
     : CPropertySheet(host, "Configuration for " + _UTF2MBS(app.GetAppName()), firstPage),
@@ -30,7 +36,19 @@ std::string CConfigPropertySheet::Note() const {
   if (last == SubmitResult::Refused) return machine + " has refused these changes.";
   if (last == SubmitResult::Unanswered)
     return "These changes are not in force: " + machine + " does not answer.";
-  if (last || m_refreshed) return {};
+  if (last || m_refreshed) return StartNote();
   return machine + (m_answered ? " does not tell its settings." : " does not answer.") +
          " These are the settings that it had before.";
+}
+
+std::string CConfigPropertySheet::StartNote() const {
+  std::string text;
+  std::size_t shown = 0;
+  for (const trace_StartNote_t& note : m_app->GetStartNotes()) {
+    if (++shown > kStartNotesShown) return text + "\n...";
+    const std::string_view line = CutUtf8(note.text, kStartNoteBytes);
+    text += (text.empty() ? "" : "\n") + std::string("Process ") + std::to_string(note.pid) + ": " +
+            std::string(line) + (line.size() < note.text.size() ? "..." : "");
+  }
+  return text;
 }

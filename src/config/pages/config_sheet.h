@@ -23,10 +23,13 @@ class CConfigPropertySheet : public CPropertySheet {
   const char* HelpTopic() const override { return "configuration"; }
   CAppTraceCfgPropertyPage& TracesPage() { return m_traces; }
   CAppSinkCfgPropertyPage& SinkPage() { return m_sink; }
-  // Why what is shown is not what the machine holds; empty when it is.
+  // Why what is shown is not what the machine holds, or else what the environment of the
+  // application has set for its start; empty when there is nothing to say.
   std::string Note() const;
 
  private:
+  std::string StartNote() const;
+
   CConfigDoc& m_document;
   const QuorPtr<trace_App_i> m_app;
   bool m_refreshed = false;

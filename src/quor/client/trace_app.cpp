@@ -41,12 +41,14 @@ class App final : public trace_App_i {
     if (known == m_settings.end()) return;
     known->second = settings;
     m_held.insert(traceId);
+    m_fromStart.erase(traceId);
   }
   void SetAllTraces(unsigned settings) override {
     for (auto& [traceId, word] : m_settings) {
       word = settings;
       m_held.insert(traceId);
     }
+    m_fromStart.clear();
   }
   unsigned GetTraceId(const std::string& component, const std::string& category) const override {
     const auto id = m_ids.find({component, category});
@@ -62,7 +64,11 @@ class App final : public trace_App_i {
     m_sinkName = name;
     m_sinkOptions = options;
     m_sinkHeld = true;
+    m_sinkFromStart = false;
   }
+  bool IsFromStart(unsigned traceId) const override { return m_fromStart.contains(traceId); }
+  bool IsSinkFromStart() const override { return m_sinkFromStart; }
+  std::vector<trace_StartNote_t> GetStartNotes() const override { return m_startNotes; }
   bool Submit() const override;
   bool Refresh() override;
 
@@ -77,6 +83,9 @@ class App final : public trace_App_i {
   std::map<unsigned, unsigned> m_settings;  // by trace id
   trc_SinkTypes_e m_sinkType = trc_SinkSocket;
   std::string m_sinkName = "localhost", m_sinkOptions;
+  std::set<unsigned> m_fromStart;
+  bool m_sinkFromStart = false;
+  std::vector<trace_StartNote_t> m_startNotes;
   // Submit sends only these: another program may have changed the rest meanwhile.
   mutable std::set<unsigned> m_held;
   mutable bool m_sinkHeld = false;
@@ -117,6 +126,10 @@ void App::Take(const quor::wire::App& app) {
   m_settings.clear();
   m_held.clear();
   m_sinkHeld = false;
+  m_fromStart.clear();
+  m_sinkFromStart = app.sink_from_start();
+  m_startNotes.clear();
+  for (const auto& note : app.start_notes()) m_startNotes.push_back({note.pid(), note.text()});
   for (const auto& component : app.components()) {
     trace_Component_t& to = m_map.emplace_back(trace_Component_t{component.name(), {}});
     for (const auto& category : component.categories()) {
@@ -125,6 +138,7 @@ void App::Take(const quor::wire::App& app) {
       to.categories.push_back({category.name(), category.trace_id()});
       m_ids.emplace(std::pair(component.name(), category.name()), category.trace_id());
       m_settings.emplace(category.trace_id(), category.settings());
+      if (category.from_start()) m_fromStart.insert(category.trace_id());
     }
   }
   m_sinkType = trc_SinkSocket;

@@ -10,6 +10,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/quor_ptr.h"
 #include "base/quor_str.h"
@@ -36,6 +37,12 @@ struct trace_Category_t {
 struct trace_Component_t {
   std::string name;
   std::list<trace_Category_t> categories;
+};
+
+// A line about what the environment of a running instance set, or what is wrong with it.
+struct trace_StartNote_t {
+  unsigned pid;
+  std::string text;
 };
 
 class trace_Config_i : public QuorRef::Ref_t {
@@ -80,6 +87,11 @@ class trace_App_i : public QuorRef::Ref_t {
                        const std::string& options) = 0;
   virtual bool Submit() const = 0;  // sink and settings together
   virtual bool Refresh() = 0;       // discards local changes and reads again
+  // Additions, behind the operations of the interface. What the environments of the running
+  // instances gave them (QUOR_SETTINGS, QUOR_SINK): is it what GetSettings or GetSink answers?
+  virtual bool IsFromStart(unsigned /*traceId*/) const { return false; }
+  virtual bool IsSinkFromStart() const { return false; }
+  virtual std::vector<trace_StartNote_t> GetStartNotes() const { return {}; }
 };
 
 class trace_AppList_i : public QuorRef::MTRef_t {

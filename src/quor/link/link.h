@@ -65,6 +65,7 @@ struct LinkRefused {
 struct LinkSink {
   SinkKind kind = SinkKind::Socket;
   std::string name, options;
+  bool operator==(const LinkSink&) const = default;
 };
 struct LinkReport {
   std::uint64_t lost = 0;  // how many lost traces this report counts; 0: none

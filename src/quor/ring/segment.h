@@ -42,6 +42,10 @@ constexpr std::uint32_t kSegmentNameBytes = 4u << 20;
 constexpr std::uint32_t kSegmentRingBytes = 8u << 20;  // a power of two
 constexpr std::uint32_t kRingUnitBytes = 8;
 
+// In the settings of a point: they come from the application's environment, and the service leaves
+// them as they are until somebody sets others.
+constexpr std::uint32_t kStartSettings = 0x80000000;
+
 struct SegmentPoint {
   std::atomic<std::uint32_t> settings;  // written by the service
   AppNameId component, category;
@@ -65,7 +69,7 @@ struct SegmentHeader {
   std::uint64_t startedNs;  // CLOCK_REALTIME at the start, tells instances of a pid apart
   std::uint64_t salt;       // highest bit set: fresh memory never reads as committed
   AppNameId appName, pidName, machineName;
-  std::uint16_t spare;
+  AppNameId startNotes;  // what the environment gave, in lines; 0: nothing
   // Published with release after the entry is written; read with acquire.
   alignas(64) std::atomic<std::uint32_t> pointCount;
   std::atomic<std::uint32_t> nameBytesUsed;         // names are tag-10 bodies: id, length, text
@@ -99,6 +103,9 @@ struct SegmentHeader {
   char forwardTarget[kForwardTargetBytes];
   std::atomic<std::uint64_t> forwarded;
   std::atomic<RingClaim> claim;
+  // The name of the sink that the environment gave, as it is written there; 0: none, or somebody
+  // has set another.
+  std::atomic<std::uint32_t> startSink;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 

@@ -216,6 +216,7 @@ const char* SegmentMap::ReadHeader(int descriptor) {
   m_layout.appName = header.appName;
   m_layout.pidName = header.pidName;
   m_layout.machineName = header.machineName;
+  m_layout.startNotes = header.startNotes;
   return WhyNot(m_layout, m_bytes);
 }
 
@@ -223,6 +224,7 @@ void SegmentMap::RefreshNames() {
   m_layout.appName = ReadOnce(m_header->appName);
   m_layout.pidName = ReadOnce(m_header->pidName);
   m_layout.machineName = ReadOnce(m_header->machineName);
+  m_layout.startNotes = ReadOnce(m_header->startNotes);
 }
 
 bool SegmentMap::OwnerIsGone() const {

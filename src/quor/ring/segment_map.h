@@ -26,7 +26,7 @@ struct SegmentLayout {
   std::uint32_t pointCapacity = 0, nameBytes = 0, ringBytes = 0;
   std::uint32_t pointsOffset = 0, namesOffset = 0, ringOffset = 0, pid = 0;
   std::uint64_t startedNs = 0, salt = 0;
-  AppNameId appName{}, pidName{}, machineName{};
+  AppNameId appName{}, pidName{}, machineName{}, startNotes{};
 };
 
 // What remains of a segment after a service has taken all its traces.

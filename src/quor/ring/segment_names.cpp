@@ -32,7 +32,7 @@ bool SegmentPointsReader::ReadNew(std::vector<SegmentPointNames>& points) {
   if (count > m_segment.Layout().pointCapacity || count < m_read) return false;
   for (; m_read < count; ++m_read) {
     const volatile SegmentPoint& point = m_segment.Points()[m_read];
-    points.push_back({m_read, point.component, point.category});
+    points.push_back({m_read, point.component, point.category, Settings(m_read)});
   }
   return true;
 }

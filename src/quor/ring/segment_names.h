@@ -37,6 +37,7 @@ class SegmentNames {
 struct SegmentPointNames {
   std::uint32_t point;
   AppNameId component, category;
+  std::uint32_t settings = 0;  // as it was registered
 };
 
 class SegmentPointsReader {

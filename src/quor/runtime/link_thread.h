@@ -23,6 +23,8 @@ class LinkThread {
  public:
   static LinkThread& Get();
 
+  // The sink that the environment orders. Call it before Start, while nobody else knows the ring.
+  void BeginSink(const std::optional<LinkSink>& sink) { m_sink.Begin(sink); }
   void Start(const ServiceEnvironment& environment);
   // Starts the thread if the system has refused it, at most every 50 ms. Not in a signal handler,
   // because that allocates.

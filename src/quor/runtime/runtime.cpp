@@ -1,15 +1,10 @@
 #include "quor/runtime/runtime.h"
 
-#include <fcntl.h>
 #include <pthread.h>
-#include <sys/random.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -19,55 +14,12 @@
 
 namespace {
 
-std::uint64_t NowNs(clockid_t clock) {
-  timespec time{};
-  clock_gettime(clock, &time);
-  return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000u +
-         static_cast<std::uint64_t>(time.tv_nsec);
-}
-
 // Never 0.
 std::uint64_t CoarseMs() {
-  return NowNs(CLOCK_MONOTONIC_COARSE) / 1'000'000u + 1;
-}
-
-std::uint64_t HardToGuess() {
-  std::uint64_t number = 0;
-  if (getrandom(&number, sizeof number, GRND_NONBLOCK) != sizeof number)
-    number =
-        NowNs(CLOCK_MONOTONIC) * 0x9E3779B97F4A7C15u ^ reinterpret_cast<std::uintptr_t>(&number);
-  return number;
-}
-
-SegmentSizes WantedSizes() {
-  SegmentSizes sizes;
-  const char* const megabytes = secure_getenv("QUOR_RING_MIB");
-  const unsigned long wanted = megabytes ? std::strtoul(megabytes, nullptr, 10) : 0;
-  if (wanted >= 1 && wanted <= SegmentMap::kRingBytesMax >> 20) {
-    sizes.ringBytes = 1u << 20;
-    while (sizes.ringBytes < wanted << 20) sizes.ringBytes <<= 1;
-  }
-  return sizes;
-}
-
-std::string_view MachineName(char (&buffer)[256]) {
-  if (gethostname(buffer, sizeof buffer) != 0) return "localhost";
-  buffer[sizeof buffer - 1] = '\0';
-  return {buffer, std::strcspn(buffer, ".")};
-}
-
-std::string_view ExecutableName(char (&buffer)[4096]) {
-  const ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer);
-  if (length <= 0) return "application";
-  const std::string_view path(buffer, static_cast<std::size_t>(length));
-  return path.substr(path.rfind('/') + 1);
-}
-
-// Memory that the service cannot find is sent over the link, which needs a descriptor too.
-bool HasDescriptorLeft() {
-  const int another = open("/", O_PATH | O_CLOEXEC);
-  if (another >= 0) close(another);
-  return another >= 0;
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+  return static_cast<std::uint64_t>(time.tv_sec) * 1000 +
+         static_cast<std::uint64_t>(time.tv_nsec) / 1'000'000 + 1;
 }
 
 // Raw storage: constructed before the first use, never destroyed.
@@ -94,8 +46,17 @@ Runtime& Runtime::Get() {
 bool Runtime::Start() {
   if (HasRing()) return true;
   if (!MayTry()) return false;
-  OwnerGuard guard(m_lock);
-  return guard && StartLocked();
+  {
+    OwnerGuard guard(m_lock);
+    if (!guard || !StartLocked()) return false;
+  }
+  PrimeForStart();
+  return true;
+}
+
+// Without the lock: see TakeSettings.
+void Runtime::PrimeForStart() {
+  if (m_primes.load(std::memory_order_relaxed) && m_primes.exchange(false)) PrimeStack();
 }
 
 // What the start lacked, descriptors or memory, may be available later.
@@ -117,72 +78,6 @@ bool Runtime::MayTry() const {
   return next == 0 || CoarseMs() >= next;
 }
 
-void Runtime::StartSegment() {
-  const ServiceEnvironment environment = ReadServiceEnvironment();
-  SegmentFolder folder;
-  SegmentMap segment;
-  if (!MakeSegment(segment, folder, environment)) return;
-  FillSegment(segment);
-  m_hot.ring = RingProducer(m_segment);
-  HandOverLost();
-  RegisterDeclared();
-  // Before the first trace: so the service finds it whatever happens to this process.
-  folder.Show();
-  m_hot.generation.store(++m_lastGeneration);
-  HandOverLost();  // losses of traces that found no ring until now
-  LinkThread::Get().Start(environment);
-}
-
-// In a file that the service finds; if that is impossible, in memory that is sent to it later.
-bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
-                          const ServiceEnvironment& environment) {
-  const std::uint64_t startedNs = NowNs(CLOCK_REALTIME), salt = HardToGuess();
-  const SegmentSizes sizes = WantedSizes();
-  const std::string path = ServiceSocketPath(environment);
-  const bool found =
-      folder.Open(path) || (PrepareSocketFolder(path, nullptr, environment) && folder.Open(path));
-  int file = found ? folder.NewFile(startedNs, HardToGuess()) : -1;
-  // A service that just ended has removed the folder.
-  if (found && file < 0 && errno == ENOENT && folder.Open(path))
-    file = folder.NewFile(startedNs, HardToGuess());
-  if (file >= 0 && segment.Create(sizes, startedNs, salt, file) && HasRoomForAll(segment))
-    return true;
-  folder.Discard();
-  return segment.Create(sizes, startedNs, salt) && HasRoomForAll(segment) && HasDescriptorLeft();
-}
-
-// For the names and points that a fork's child copies.
-bool Runtime::HasRoomForAll(const SegmentMap& segment) const {
-  return !m_segment || (segment.NamesMemory().Reach(m_names.UsedBytes()) &&
-                        segment.PointsMemory().Reach(m_points.Count() * sizeof(SegmentPoint)));
-}
-
-// Fills the first segment, or in a fork's child one with all names and points of the parent.
-void Runtime::FillSegment(SegmentMap& segment) {
-  const bool first = !m_segment;
-  if (first) {
-    m_hot.clock.Begin();
-    m_names.Begin(segment);
-    m_points.Begin(segment, m_names);
-  } else {
-    m_names.Move(segment);
-    m_points.Move(segment);
-    m_segment.Abandon();
-  }
-  m_segment = std::move(segment);
-  char machine[256], pid[16], path[4096];
-  m_hot.machine = m_names.Enter(MachineName(machine));
-  m_hot.unknownThread = m_names.Enter("?");
-  m_names.Enter("Loss");  // for the file sink: there must be room for it later
-  std::snprintf(pid, sizeof pid, "%d", static_cast<int>(getpid()));
-  m_hot.pid = m_names.Enter(pid);
-  m_hot.app.store(m_names.Enter(m_appName[0] ? std::string_view(m_appName) : ExecutableName(path)));
-  SegmentHeader* const header = m_segment.Header();
-  header->machineName = m_hot.machine;
-  header->pidName = m_hot.pid;
-  header->appName = m_hot.app.load();
-}
-
 void Runtime::NameApplication(const char* name) {
   bool renamed = false;
   {
@@ -199,6 +94,7 @@ void Runtime::NameApplication(const char* name) {
     renamed = m_hot.app.exchange(app) != app;
     m_segment.Header()->appName = app;
   }
+  PrimeForStart();
   // A name that comes after the first trace is sent with a new hello.
   if (renamed) LinkThread::Get().ReportName();
   LinkThread::Get().ReportPoints();

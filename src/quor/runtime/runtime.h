@@ -17,6 +17,7 @@
 #include "quor/runtime/process/clock.h"
 #include "quor/runtime/process/name_table.h"
 #include "quor/runtime/process/point_table.h"
+#include "quor/runtime/start_values.h"
 
 // The state that a trace reads. Written before `generation`, and by a fork's child while it is
 // alone.
@@ -24,7 +25,7 @@ struct HotState {
   alignas(64) std::atomic<std::uint32_t> generation{0};  // of the segment; 0: none yet
   std::atomic<bool> pushEach{false};  // the file sink wants each trace written at once
   std::atomic<AppNameId> app{AppNameId{0}};
-  AppNameId machine{}, pid{}, unknownThread{};
+  AppNameId machine{}, pid{}, unknownThread{}, quor{}, loss{};
   RingProducer ring;
   TraceClock clock;
 };
@@ -74,6 +75,10 @@ class Runtime {
                    const ServiceEnvironment& environment);
   bool HasRoomForAll(const SegmentMap& segment) const;
   void FillSegment(SegmentMap& segment);
+  void EnterStart(SegmentHeader& header, bool sinkHolds);
+  void TellStart();
+  void WriteOwn(unsigned severity, std::string_view text);
+  void PrimeForStart();
   void RegisterDeclared();
   void RegisterLocked(quor_point* point);
 
@@ -82,6 +87,8 @@ class Runtime {
   SegmentMap m_segment;
   NameTable m_names;
   PointTable m_points;
+  StartValues m_start;
+  std::atomic<bool> m_primes{false};  // the first traces may want the call stack
   std::atomic<quor_point*> m_declared{nullptr};
   std::atomic<std::uint64_t> m_lostOutside{0};
   std::uint32_t m_lastGeneration = 0;

@@ -44,6 +44,26 @@ LinkReport AsReport(const std::string& path, const FileSink::Report& report) {
 
 }  // namespace
 
+std::unique_ptr<FileSink> SinkKeeper::Make(const LinkSink& sink, const SinkOptions& options) {
+  Runtime& runtime = Runtime::Get();
+  const HotState& hot = runtime.Hot();
+  const FileSink::LossNames names = {hot.machine, hot.app.load(), hot.quor,
+                                     hot.loss,    hot.pid,        hot.unknownThread};
+  return std::make_unique<FileSink>(runtime.Segment(), runtime.Names(), names, sink.name, options);
+}
+
+void SinkKeeper::Begin(const std::optional<LinkSink>& sink) {
+  if (!sink || sink->kind != SinkKind::File) return;
+  const SinkOptions options = SinkOptions::Parse(sink->options);
+  std::unique_ptr<FileSink> next = Make(*sink, options);
+  LinkSink setting = *sink;
+  if (!ClaimRing(*Runtime::Get().Segment().Header(), RingClaim::Application)) return;
+  std::swap(m_setting, setting);
+  next->Begin();
+  delete m_sink.exchange(next.release());  // of a start that has failed
+  Runtime::Get().Hot().pushEach.store(options.flush || m_ending.load());
+}
+
 void SinkKeeper::Set(const LinkSink& sink) {
   Runtime& runtime = Runtime::Get();
   HotState& hot = runtime.Hot();
@@ -54,13 +74,7 @@ void SinkKeeper::Set(const LinkSink& sink) {
   LinkSink setting = sink;
   const SinkOptions options = file ? SinkOptions::Parse(sink.options) : SinkOptions();
   std::unique_ptr<FileSink> next;
-  if (file) {
-    const FileSink::LossNames names = {
-        hot.machine, hot.app.load(),   runtime.EnterName("Quor"), runtime.EnterName("Loss"),
-        hot.pid,     hot.unknownThread};
-    next =
-        std::make_unique<FileSink>(runtime.Segment(), runtime.Names(), names, sink.name, options);
-  }
+  if (file) next = Make(sink, options);
   {
     OwnerGuard guard(m_lock);
     SegmentHeader& header = *runtime.Segment().Header();

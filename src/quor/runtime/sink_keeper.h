@@ -9,6 +9,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
+#include <optional>
 
 #include "quor/link/link.h"
 #include "quor/runtime/owner_lock.h"
@@ -17,6 +19,9 @@
 class SinkKeeper {
  public:
   RingTaker Taker() const { return m_sink.load() ? RingTaker::Application : RingTaker::Service; }
+  // The sink at the start: before any other thread may come here, and without the lock, which is
+  // taken before the runtime's.
+  void Begin(const std::optional<LinkSink>& sink);
   // Sets the sink that the service orders. A file that is given up first gets all traces in the
   // ring.
   void Set(const LinkSink& sink);
@@ -35,6 +40,8 @@ class SinkKeeper {
   void AfterForkInChild();
 
  private:
+  static std::unique_ptr<FileSink> Make(const LinkSink& sink, const SinkOptions& options);
+
   OwnerLock m_lock;
   std::atomic<FileSink*> m_sink{nullptr};
   std::atomic<bool> m_again{false};  // a push came while its own thread held the lock

@@ -214,7 +214,14 @@ bool ClientSession::FillApp(const std::string& name, Response* response) {
   if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
   App* const to = response->mutable_app();
   to->set_name(app->name);
-  PutSink(app->sink, to->mutable_sink());
+  const AppStart start = m_context.apps.StartOf(*app);
+  PutSink(start.sink ? *start.sink : app->sink, to->mutable_sink());
+  to->set_sink_from_start(start.sink.has_value());
+  for (const AppStart::Note& note : start.notes) {
+    StartNote* const line = to->add_start_notes();
+    line->set_pid(note.pid);
+    line->set_text(note.text);
+  }
   std::map<std::string, Component*> components;
   for (std::uint32_t id = 0; id < app->traces.size(); ++id) {
     const CatalogueTrace& trace = app->traces[id];
@@ -226,7 +233,9 @@ bool ClientSession::FillApp(const std::string& name, Response* response) {
     Category* const category = component->add_categories();
     category->set_name(trace.category);
     category->set_trace_id(id);
-    category->set_settings(trace.settings);
+    const auto given = start.settings.find(id);
+    category->set_settings(given == start.settings.end() ? trace.settings : given->second);
+    category->set_from_start(given != start.settings.end());
   }
   return true;
 }

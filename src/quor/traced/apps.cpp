@@ -255,7 +255,35 @@ void Apps::Apply(const CatalogueApp& app, bool sink) {
 
 void Apps::Submit(CatalogueApp& app, const Catalogue::Submitted& what) {
   m_catalogue.Submit(app, what);
+  std::vector<std::uint32_t> traces;
+  for (const auto& [trace, settings] : what.settings) traces.push_back(trace);
+  for (const auto& [key, instance] : m_running)
+    if (&instance->Entry() == &app) instance->DropStart(traces, what.sink.has_value());
   Apply(app, what.sink.has_value());
+}
+
+AppStart Apps::StartOf(const CatalogueApp& app) const {
+  AppStart start;
+  bool first = true;
+  for (const auto& [key, instance] : m_running) {
+    if (&instance->Entry() != &app || instance->IsEnding()) continue;
+    for (const std::string& note : instance->StartedWith().notes)
+      if (start.notes.size() < AppStart::kNotesMax) start.notes.push_back({instance->Pid(), note});
+    const auto settings = instance->StartSettings();
+    if (std::exchange(first, false)) {
+      start.settings = settings;
+      start.sink = instance->StartedWith().sink;
+      continue;
+    }
+    std::erase_if(start.settings, [&settings](const auto& one) {
+      const auto other = settings.find(one.first);
+      return other == settings.end() || other->second != one.second;
+    });
+    if (start.sink &&
+        (!instance->StartedWith().sink || !(*instance->StartedWith().sink == *start.sink)))
+      start.sink.reset();
+  }
+  return start;
 }
 
 void Apps::CloseHandle(CatalogueApp& app, std::uint32_t pid) {

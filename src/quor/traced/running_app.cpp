@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <asio/post.hpp>
+#include <set>
 
 #include "quor/link/link_socket.h"
 #include "quor/log/log.h"
@@ -29,10 +30,11 @@ RunningApp::RunningApp(asio::io_context& io, Host& host, CatalogueApp& entry, st
       m_socket(io),
       m_process(io),
       m_timer(io),
-      m_look(io) {}
+      m_look(io),
+      m_start(m_app.ReadStart()) {}
 
 void RunningApp::Start(AppArrival arrival) {
-  m_app.Enter(m_host.HubFor(m_entry->sink));
+  m_app.Enter(m_host.HubFor(Sink()));
   WatchProcess();
   TakeLink(std::move(arrival));
 }
@@ -40,7 +42,7 @@ void RunningApp::Start(AppArrival arrival) {
 void RunningApp::StartWithoutLink(bool held) {
   m_isHeldBack = held;
   m_taker = RingTaker::Application;  // until it says otherwise, or has died
-  m_app.Enter(m_host.HubFor(m_entry->sink));
+  m_app.Enter(m_host.HubFor(Sink()));
   WatchProcess();
   if (!ReadPoints()) return;
   // Its link may go to an earlier service, whose end it has not noticed.
@@ -70,6 +72,7 @@ void RunningApp::Relink(AppArrival arrival) {
     m_app.Rename(arrival.hello.app);
     // Another entry has another trace map, with places of its own for the points.
     m_pointIds.clear();
+    m_start.settings.clear();
     m_app.Points().Rewind();
   }
   TakeLink(std::move(arrival));
@@ -172,8 +175,12 @@ bool RunningApp::ReadPoints() {
     return false;
   }
   for (const TracedPoint& point : fresh) {
-    if (m_pointIds.size() <= point.point) m_pointIds.resize(point.point + 1, kNoTraceId);
+    if (m_pointIds.size() <= point.point) {
+      m_pointIds.resize(point.point + 1, kNoTraceId);
+      m_start.settings.resize(point.point + 1);
+    }
     m_pointIds[point.point] = m_host.EnterTrace(*m_entry, point);
+    m_start.settings[point.point] = point.start;
   }
   ApplySettings();
   return true;
@@ -182,14 +189,31 @@ bool RunningApp::ReadPoints() {
 void RunningApp::ApplySettings() {
   SegmentPointsReader& points = m_app.Points();
   for (std::uint32_t point = 0; point < m_pointIds.size() && point < points.Count(); ++point)
-    if (m_pointIds[point] < m_entry->traces.size())
+    if (!m_start.settings[point] && m_pointIds[point] < m_entry->traces.size())
       points.SetSettings(point, m_entry->traces[m_pointIds[point]].settings);
   points.SetDefault(m_host.DefaultSettings());
   Send(EncodePoke());
 }
 
+void RunningApp::DropStart(const std::vector<std::uint32_t>& traces, bool sink) {
+  const std::set<std::uint32_t> set(traces.begin(), traces.end());
+  for (std::size_t point = 0; point < m_pointIds.size(); ++point)
+    if (set.contains(m_pointIds[point])) m_start.settings[point].reset();
+  if (!sink || !m_start.sink) return;
+  m_start.sink.reset();
+  m_app.DropStartSink();
+}
+
+std::map<std::uint32_t, std::uint32_t> RunningApp::StartSettings() const {
+  std::map<std::uint32_t, std::uint32_t> settings;
+  for (std::size_t point = 0; point < m_pointIds.size(); ++point)
+    if (m_start.settings[point] && m_pointIds[point] != kNoTraceId)
+      settings[m_pointIds[point]] = *m_start.settings[point];
+  return settings;
+}
+
 void RunningApp::ApplySink() {
-  const LinkSink& sink = m_entry->sink;
+  const LinkSink& sink = Sink();
   m_fileSink = sink.kind == SinkKind::File;
   // The next link will order a file sink.
   if (!m_socket.is_open()) return m_fileSink ? void() : m_app.Enter(m_host.HubFor(sink));

@@ -19,17 +19,8 @@
 #include <memory>
 
 #include "quor/catalogue/catalogue.h"
-#include "quor/link/link.h"
-#include "quor/traced/owned_descriptor.h"
+#include "quor/traced/app_arrival.h"
 #include "quor/traced/traced_app.h"
-
-struct AppArrival {
-  LinkHello hello;
-  SegmentMap segment;  // none: the application has lost its descriptor
-  OwnedDescriptor socket;
-  std::uint32_t pid = 0;           // as the kernel reports it
-  std::vector<std::uint8_t> rest;  // bytes received after the hello
-};
 
 class RunningApp final : public std::enable_shared_from_this<RunningApp> {
  public:
@@ -58,9 +49,13 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   // REQUIRES: the constructor has taken its part of `arrival`.
   // Relink: the same segment, over another link.
   void Relink(AppArrival arrival);
-  // The settings or the sink in the catalogue have changed.
+  // The settings or the sink in the catalogue have changed. What the environment gave stays.
   void ApplySettings();
   void ApplySink();
+  // Somebody has set these traces, or the sink: what the environment gave is over for them.
+  void DropStart(const std::vector<std::uint32_t>& traces, bool sink);
+  const InstanceStart& StartedWith() const { return m_start; }
+  std::map<std::uint32_t, std::uint32_t> StartSettings() const;  // by trace id
   // Takes what is in the ring now, and releases everything. Does not call the host.
   void Stop();
 
@@ -91,6 +86,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
   bool Handle(const LinkFrame& frame);
   void LoseLink(const std::string& why);
+  const LinkSink& Sink() const { return m_start.sink ? *m_start.sink : m_entry->sink; }
   void Send(const std::vector<std::uint8_t>& frame);
   bool ReadPoints();
   bool MayTake() const;
@@ -111,6 +107,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   RingTaker m_taker = RingTaker::Service;
   std::deque<SinkKind> m_unanswered;  // sinks sent whose Taker has not come
   std::vector<std::uint32_t> m_pointIds;
+  InstanceStart m_start;  // its settings are as long as m_pointIds
   bool m_dead = false, m_ended = false, m_closed = false, m_pumping = false, m_fileSink = false,
        m_processEnded = false, m_isHeldBack = false, m_readsWithoutLink = false, m_hasBegun = false;
   std::chrono::steady_clock::time_point m_unlinkedSince = std::chrono::steady_clock::now();

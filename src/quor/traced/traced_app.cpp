@@ -332,7 +332,9 @@ bool TracedApp::ReadPoints(std::vector<TracedPoint>& points) {
   // After the points: the names of a point are entered before the point.
   ReadNames();
   for (const SegmentPointNames& point : fresh)
-    points.push_back(
-        {point.point, m_names.TextOf(point.component), m_names.TextOf(point.category)});
+    points.push_back({point.point, m_names.TextOf(point.component), m_names.TextOf(point.category),
+                      (point.settings & kStartSettings) != 0
+                          ? std::optional(point.settings & kSettingsBits)
+                          : std::nullopt});
   return true;
 }

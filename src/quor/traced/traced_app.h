@@ -17,11 +17,7 @@
 #include "quor/hub/hub.h"
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
-
-struct TracedPoint {
-  std::uint32_t point;
-  std::string component, category;
-};
+#include "quor/traced/app_start.h"
 
 class TracedApp {
  public:
@@ -61,6 +57,8 @@ class TracedApp {
   // Points registered since the last call. False: broken.
   bool ReadPoints(std::vector<TracedPoint>& points);
   SegmentPointsReader& Points() { return m_points; }
+  InstanceStart ReadStart() const;  // without the settings, which ReadPoints gives
+  void DropStartSink();
   const char* Why() const { return m_why; }
   bool IsBroken() const { return m_broken; }
   // Reports what a broken one left in its ring, as far as it is credible, if it `isOurs` to take.

@@ -67,6 +67,25 @@ TEST_F(ShortLives, KilledOrEndedRightAfterItsTracesAnApplicationDeliversThem) {
   EXPECT_TRUE(IsSwept());
 }
 
+// With the settings of its environment, which no service has told it.
+TEST_F(ShortLives, KilledRightAfterItsFirstTraceItDeliversWhatItsEnvironmentSwitchedOn) {
+  for (const bool serviceRuns : {false, true}) {
+    if (serviceRuns) StartWithMonitor();
+    TracedChild app([](TracedChild&) {
+      setenv("QUOR_SETTINGS", "Net=developer", 1);
+      QUOR_TRACE_AT(short_point, QUOR_INFO | QUOR_DEVELOPER, "for developers");
+      return kill(getpid(), SIGKILL);
+    });
+    EXPECT_EQ(app.Wait(), 1000 + SIGKILL);
+  }
+  ExpectDelivered(4);
+  std::vector<std::string> texts;
+  for (const SeenTrace& trace : monitor.traces) texts.push_back(trace.component + " " + trace.text);
+  const std::vector<std::string> each = {"Quor started with QUOR_SETTINGS=Net=developer",
+                                         "Net for developers"};
+  EXPECT_EQ(texts, (std::vector<std::string>{each[0], each[1], each[0], each[1]}));
+}
+
 TEST_F(ShortLives, AForkedChildThatTracesAndEndsAtOnceDeliversItsOwn) {
   StartWithMonitor();
   TracedChild parent([](TracedChild&) {

@@ -45,6 +45,17 @@ TEST_F(ConfigSheetTest, AMachineThatDoesNotAnswerIsToldAndItsLastStateIsShown) {
   EXPECT_EQ(sheet.Note(), "web does not answer. These are the settings that it had before.");
 }
 
+TEST_F(ConfigSheetTest, WhatTheEnvironmentHasSetIsToldUnlessThereIsTrouble) {
+  Orders().startNotes = {{12, "QUOR_SETTINGS=Net=max"}, {13, std::string(300, 'x')}};
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  const FakeConfigSheet window(sheet);
+  EXPECT_EQ(sheet.Note(),
+            "Process 12: QUOR_SETTINGS=Net=max\nProcess 13: " + std::string(200, 'x') + "...");
+  m_machine.m_away = true;
+  CConfigPropertySheet later(m_host, *m_doc, *m_app);
+  EXPECT_EQ(later.Note(), "web does not answer. These are the settings that it had before.");
+}
+
 TEST_F(ConfigSheetTest, AMachineThatGoesAwayIsAskedOnceAndGetsAllWithTheNextApply) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);

@@ -57,4 +57,152 @@ TEST_F(LiveSettingsTest, ASinkIsOneWordToo) {
   EXPECT_EQ(json::parse(RunTrc({"show", "orders", "--json"}).out)["sink"]["type"], "socket");
 }
 
+// trc emit is a traced program.
+TrcStart EmitWith(const std::vector<std::string>& environment,
+                  const std::vector<std::string>& more = {"--rate", "10"}) {
+  TrcStart start{.arguments = {"emit", "--app", "orders"}, .environment = environment};
+  start.arguments.insert(start.arguments.end(), more.begin(), more.end());
+  return start;
+}
+
+TEST_F(LiveSettingsTest, WhatTheEnvironmentSetsIsInForceAndShownAsSuch) {
+  StartService();
+  const std::string rules = "Net=max;Db/Close=off;Db/Query=Inffo";
+  TrcProcess emit(EmitWith({"QUOR_SETTINGS=" + rules}, {"--rate", "10"}));
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  const std::string process = "Process " + std::to_string(emit.Id()) + "  QUOR_SETTINGS";
+  EXPECT_EQ(RunTrc({"show", "orders"}).out,
+            "Application  orders\n"
+            "Sink         socket \"localhost\"\n" +
+                process + "=" + rules + "\n" + process +
+                ": \"Inffo\" is no setting; did you mean \"Info\"? (in \"Db/Query=Inffo\")\n"
+                "Net/Connect  Info, Warn, Error, Developer, Verbose, Location, Stack  from "
+                "QUOR_SETTINGS\n"
+                "Net/Request  Info, Warn, Error, Developer, Verbose, Location, Stack  from "
+                "QUOR_SETTINGS\n"
+                "Net/Close    Info, Warn, Error, Developer, Verbose, Location, Stack  from "
+                "QUOR_SETTINGS\n"
+                "Db/Connect   Info, Warn, Error\n"
+                "Db/Request   Info, Warn, Error\n"
+                "Db/Close     Off  from QUOR_SETTINGS\n");
+  const json shown = json::parse(RunTrc({"show", "orders", "--json"}).out);
+  EXPECT_EQ(shown["start"][0], (json{{"process", emit.Id()}, {"text", "QUOR_SETTINGS=" + rules}}));
+  EXPECT_EQ(shown["components"][0]["categories"][0]["from"], "QUOR_SETTINGS");
+  EXPECT_FALSE(shown["components"][1]["categories"][0].contains("from"));
+}
+
+TEST_F(LiveSettingsTest, WhatIsSetLaterWinsAndStaysOverARestartOfTheService) {
+  StartService();
+  TrcProcess emit(EmitWith({"QUOR_SETTINGS=Net=max;Db=off"}, {"--rate", "1000"}));
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  ASSERT_EQ(RunTrc({"set", "orders", "Net/Close=Info;Db=Error"}).status, 0);
+  const Settings wanted = {{"Db/Close", 4},  {"Db/Connect", 4},    {"Db/Request", 4},
+                           {"Net/Close", 1}, {"Net/Connect", 799}, {"Net/Request", 799}};
+  EXPECT_EQ(SettingsOfApp("orders"), wanted);
+  for (const int signal : {SIGTERM, SIGKILL}) {
+    StopService(signal);
+    StartService();
+    EXPECT_TRUE(Eventually([&] { return IsHere("orders") && SettingsOfApp("orders") == wanted; }));
+  }
+  const std::string text = RunTrc({"show", "orders"}).out;
+  EXPECT_NE(text.find("Net/Close    Info\n"), text.npos) << text;
+  EXPECT_NE(text.find("Verbose, Location, Stack  from QUOR_SETTINGS\n"), text.npos) << text;
+  // The application has them, too.
+  const TrcRun tail = RunTrc({"tail", "--format", "jsonl", "--count", "200"});
+  for (const json& trace : JsonLinesOf(tail.out)) {
+    EXPECT_EQ(trace["component"] == "Db" ? trace["attributes"] : json(4), 4) << trace;
+    EXPECT_EQ(trace["stack"] != "", trace["component"] == "Net" && trace["category"] != "Close");
+  }
+}
+
+// They begin with what the environment says, whatever was prepared for the next instance.
+TEST_F(LiveSettingsTest, TheEnvironmentWinsOverWhatWasSetBeforeTheStart) {
+  StartService();
+  {
+    TrcProcess emit(EmitWith({}));
+    ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  }
+  ASSERT_TRUE(Eventually([&] { return RunTrc({"apps"}).out.empty(); }));
+  ASSERT_EQ(RunTrc({"set", "orders", "*=off"}).status, 0);
+  TrcProcess emit(EmitWith({"QUOR_SETTINGS=Net=developer"}));
+  EXPECT_TRUE(Eventually([&] {
+    const Settings settings = SettingsOfApp("orders");
+    return settings.at("Net/Close") == 15 && settings.at("Db/Close") == 0;
+  }));
+}
+
+TEST_F(LiveSettingsTest, OfTwoInstancesEachHasItsOwn) {
+  StartService();
+  TrcProcess first(EmitWith({"QUOR_SETTINGS=Net=max;Db=off"}));
+  TrcProcess second(EmitWith({"QUOR_SETTINGS=Net=Info;Db=off"}));
+  ASSERT_TRUE(Eventually([&] {
+    const TrcRun run = RunTrc({"apps", "--json"});
+    return run.out.find("\"instances\":2") != run.out.npos && IsHere("orders");
+  }));
+  // What they agree in is shown; for the rest what holds for others.
+  EXPECT_EQ(SettingsOfApp("orders").at("Db/Close"), 0u);
+  EXPECT_EQ(SettingsOfApp("orders").at("Net/Close"), 7u);
+  const std::string text = RunTrc({"show", "orders"}).out;
+  for (const TrcProcess* one : {&first, &second})
+    EXPECT_NE(text.find("Process " + std::to_string(one->Id()) + "  QUOR_SETTINGS=Net="), text.npos)
+        << text;
+}
+
+TEST_F(LiveSettingsTest, ASinkOfTheEnvironmentIsShownAndHoldsUntilAnotherIsSet) {
+  StartService();
+  const std::string path = m_dir.File("own.trc");
+  TrcProcess emit(EmitWith({"QUOR_SINK=file:" + path + "?flush=1&maxsize=5"}, {"--rate", "1000"}));
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  for (const int signal : {0, SIGTERM, SIGKILL}) {
+    if (signal != 0) {
+      StopService(signal);
+      StartService();
+      ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+    }
+    EXPECT_EQ(json::parse(RunTrc({"show", "orders", "--json"}).out)["sink"],
+              (json{{"type", "file"},
+                    {"name", path},
+                    {"options", "flush=1;maxsize=5;"},
+                    {"from", "QUOR_SINK"}}));
+  }
+  const auto size = std::filesystem::file_size(path);
+  EXPECT_TRUE(Eventually([&] { return std::filesystem::file_size(path) > size; }));
+  EXPECT_EQ(RunTrc({"sink", "orders", "socket:localhost"}).status, 0);
+  EXPECT_EQ(RunTrc({"tail", "--count", "10"}).status, 0);
+  EXPECT_FALSE(json::parse(RunTrc({"show", "orders", "--json"}).out)["sink"].contains("from"));
+  emit.Interrupt();
+  EXPECT_EQ(emit.Finish().status, 0);
+  EXPECT_EQ(DumpedTraces(path).front()["category"], "Settings");
+}
+
+// A program with the rights of its file's owner is not to be steered by who starts it.
+TEST_F(LiveSettingsTest, ASetUserIdProgramIgnoresBoth) {
+  const std::string path = m_dir.File("own.trc"), copy = m_dir.File("copy");
+  std::filesystem::permissions(m_dir.Path(), std::filesystem::perms::all);
+  std::filesystem::copy_file(getenv("TRC"), copy);
+  const auto run = [&] {
+    const pid_t pid = fork();
+    if (pid == 0) {
+      setenv("QUOR_SINK", ("file:" + path + "?flush=1").c_str(), 1);
+      const int null = open("/dev/null", O_WRONLY);
+      dup2(null, STDOUT_FILENO);
+      execl(copy.c_str(), "trc", "emit", "--app", "x", "--count", "1", nullptr);
+      _exit(127);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000;
+  };
+  EXPECT_EQ(run(), 0);
+  EXPECT_TRUE(std::filesystem::remove(path));
+  // Only root can give a program away.
+  if (geteuid() != 0) return;
+  ASSERT_EQ(chown(copy.c_str(), 65534, 65534), 0);
+  ASSERT_EQ(chmod(copy.c_str(), 04755), 0);
+  const bool wasThere = std::filesystem::exists("/tmp/quor-65534");
+  EXPECT_EQ(run(), 0);
+  EXPECT_FALSE(std::filesystem::exists(path));
+  if (!wasThere) std::filesystem::remove_all("/tmp/quor-65534");
+}
+
 }  // namespace

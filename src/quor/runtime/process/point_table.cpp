@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-void PointTable::Begin(const SegmentMap& segment, NameTable& names) {
+void PointTable::Begin(const SegmentMap& segment, NameTable& names, const SettingsText& start) {
+  m_start = &start;
   m_header = segment.Header();
   m_memory = segment.PointsMemory();
   m_entries = segment.Points();
@@ -35,7 +36,7 @@ void PointTable::Move(const SegmentMap& segment) {
 void PointTable::Register(quor_point* point, NameTable& names) {
   const AppNameId component = names.Enter(point->component ? point->component : "");
   const AppNameId category = names.Enter(point->category ? point->category : "");
-  point->id = EntryOf(component, category);
+  point->id = EntryOf(component, category, names);
   point->names[0] = __builtin_bswap16(IdNumber(component));
   point->names[1] = __builtin_bswap16(IdNumber(category));
   point->next = m_points;
@@ -59,7 +60,13 @@ std::uint32_t PointTable::AnySettings() const {
   return any;
 }
 
-std::uint32_t PointTable::EntryOf(AppNameId component, AppNameId category) {
+std::uint32_t PointTable::FirstSettings(const SegmentPoint& entry, const NameTable& names) const {
+  const auto settings = m_start->Of(names.Text(entry.component), names.Text(entry.category));
+  return settings ? *settings | kStartSettings
+                  : m_header->defaultSettings.load(std::memory_order_relaxed);
+}
+
+std::uint32_t PointTable::EntryOf(AppNameId component, AppNameId category, const NameTable& names) {
   const std::uint32_t key = (std::uint32_t{IdNumber(component)} << 16) | IdNumber(category);
   std::uint32_t slot = (key * 2654435761u) % kSlots;
   for (; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
@@ -73,7 +80,7 @@ std::uint32_t PointTable::EntryOf(AppNameId component, AppNameId category) {
   const bool last = count + 1 == m_capacity;
   m_entries[count].component = last ? m_noRoomComponent : component;
   m_entries[count].category = last ? m_noRoomCategory : category;
-  m_entries[count].settings.store(m_header->defaultSettings.load(std::memory_order_relaxed),
+  m_entries[count].settings.store(FirstSettings(m_entries[count], names),
                                   std::memory_order_relaxed);
   m_count.store(count + 1, std::memory_order_release);
   m_header->pointCount.store(count + 1, std::memory_order_release);

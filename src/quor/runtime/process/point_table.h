@@ -10,6 +10,7 @@
 #include "quor/quor.h"
 #include "quor/ring/segment_map.h"
 #include "quor/runtime/process/name_table.h"
+#include "quor/settings/settings_text.h"
 
 constexpr std::uint32_t kSettingsMask = 0x031F;  // the seven bits of a point
 constexpr std::uint32_t kSupport = 7;            // until the service has sent its settings
@@ -19,7 +20,8 @@ class PointTable {
   static constexpr const char* kNoRoomCategory = "(no room for more trace points)";
 
   // Call it once, in zeroed storage.
-  void Begin(const SegmentMap& segment, NameTable& names);
+  // `start`: the settings that points have when they are registered; it outlives this.
+  void Begin(const SegmentMap& segment, NameTable& names, const SettingsText& start);
   // Copies the entries with their settings into another, empty segment.
   // REQUIRES: the segment has memory for them.
   void Move(const SegmentMap& segment);
@@ -32,7 +34,8 @@ class PointTable {
   std::uint32_t Count() const { return m_count.load(std::memory_order_relaxed); }
 
  private:
-  std::uint32_t EntryOf(AppNameId component, AppNameId category);
+  std::uint32_t EntryOf(AppNameId component, AppNameId category, const NameTable& names);
+  std::uint32_t FirstSettings(const SegmentPoint& entry, const NameTable& names) const;
 
   static constexpr std::uint32_t kSlots = 4 * kSegmentPoints;
   SegmentHeader* m_header;
@@ -41,6 +44,7 @@ class PointTable {
   std::uint32_t m_capacity;
   std::atomic<std::uint32_t> m_count;  // of entries; atomic for AnySettings
   AppNameId m_noRoomComponent, m_noRoomCategory;
+  const SettingsText* m_start;
   quor_point* m_points;           // registered, linked by `next`
   std::uint16_t m_slots[kSlots];  // entry + 1; 0: free
 };

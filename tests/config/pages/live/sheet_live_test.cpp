@@ -1,6 +1,7 @@
 // The property sheet of a real application at a real service: what it shows and does while the
 // application changes or ends, and while the service is restarted or silent.
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
 
@@ -76,6 +77,24 @@ class SheetLiveTest : public SheetWindowTest {
 };
 
 }  // namespace
+
+TEST_F(SheetLiveTest, WhatTheEnvironmentOfTheApplicationSetIsInForceAndToldInTheNote) {
+  TracedChild orders([](TracedChild& child) {
+    setenv("QUOR_SETTINGS", "net=developer", 1);
+    return Orders(child);
+  });
+  OpenDocument();
+  std::string note, shown;
+  RunSheet([&](QDialog& window) {
+    note = window.findChild<QLabel*>("note")->text().toStdString();
+    shown = InForce();
+    PressMax(window);
+    PressOk(window);
+  });
+  EXPECT_EQ(note, "Process " + std::to_string(orders.Pid()) + ": QUOR_SETTINGS=net=developer");
+  EXPECT_EQ(shown, "Net/Open=15");
+  EXPECT_EQ(InForce(), "Net/Open=799");
+}
 
 TEST_F(SheetLiveTest, TracesAndSinkAreInForceWhenTheSheetHasClosed) {
   const TracedChild orders(Orders);

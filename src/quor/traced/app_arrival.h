@@ -1,0 +1,20 @@
+// An application that has introduced itself over its link, or whose segment was found.
+//
+// Owner    Owns the segment and the socket, until somebody moves them out.
+// Threads  One.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "quor/link/link.h"
+#include "quor/ring/segment_map.h"
+#include "quor/traced/owned_descriptor.h"
+
+struct AppArrival {
+  LinkHello hello;
+  SegmentMap segment;  // none: the application has lost its descriptor
+  OwnedDescriptor socket;
+  std::uint32_t pid = 0;           // as the kernel reports it
+  std::vector<std::uint8_t> rest;  // bytes received after the hello
+};

@@ -1,7 +1,7 @@
 // What a person answers to the windows that open over the wizard.
 //
-// Shape    Boxes are answered with Enter and noted. Files and machines are taken in the order in
-//          which they were given.
+// Shape    Boxes are answered with Enter and noted; those of long work are waited for. Files and
+//          machines are taken in the order in which they were given.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -41,7 +41,9 @@ class WizardDialogs {
     m_answered = window;
     if (auto* const files = qobject_cast<QFileDialog*>(window)) return ChooseFile(*files);
     if (auto* const query = window->findChild<QLineEdit*>("machine")) return Enter(*query);
-    m_boxes << window->property("text").toString();
+    const QVariant text = window->property("text");
+    if (!text.isValid()) return;
+    m_boxes << text.toString();
     QTest::keyClick(window, Qt::Key_Return);
   }
   void ChooseFile(QFileDialog& files) {

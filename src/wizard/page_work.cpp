@@ -15,7 +15,8 @@ bool ConfiguringWork::DoPart() {
   if (!app) return true;
   m_document.NoteSubmit(*app, ConfigureApp(chosen, *app));
   chosen.handle = nullptr;
-  return ++m_done == m_apps.size();
+  // A machine that is silent now is asked for nothing more, so no box has to open for the rest.
+  return ++m_done == m_apps.size() || m_document.GetConfig()->IsSilent();
 }
 
 trace_App_i* ConfiguringWork::Add(const std::string& name) {

@@ -106,6 +106,17 @@ TEST_F(ApplicationPageTest, ReadingManyApplicationsIsLongWorkAndACancelStays) {
   EXPECT_EQ(Asked(Here()), "refresh billing\nopen orders\nopen zoll\n");
 }
 
+TEST_F(ApplicationPageTest, ThoseThatASilentMachineIsNotAskedForNeedNoBox) {
+  const ShortPieces pieces(m_host);
+  Begin(kLocal);
+  Walk("pick:billing,orders,zoll");
+  Here().m_away = true;
+  Asked(Here());
+  m_host.WantNoWorkBox();
+  EXPECT_EQ(Next(), "Applications on THIS");
+  EXPECT_EQ(Asked(Here()), "open billing\n");
+}
+
 TEST_F(ApplicationPageTest, TheFirstOneIsThatOfTheTableNotOfTheList) {
   Here().Run("Zebra", {});
   Begin(kLocal);

@@ -231,6 +231,18 @@ TEST_F(FinishPageTest, AMachineThatGoesAwayAmidItsApplicationsIsAskedAndToldOnce
   EXPECT_EQ(m_log.Reported("monitor"), "monitor\n");
 }
 
+TEST_F(FinishPageTest, AMachineThatFallsSilentNeedsNoBoxForTheRest) {
+  Walk("next next local next pick:orders,billing next next next");
+  const ShortPieces pieces(m_host);
+  m_host.WantNoWorkBox();
+  FakeMachine& here = Machine("localhost");
+  here.m_onSubmit = [&here] { here.m_away = here.m_waited = true; };
+  Walk("finish");
+  EXPECT_EQ(Boxes(), Box(kNoConnection));
+  EXPECT_EQ(m_log.Reported("notice"), "notice Cannot configure " + _trc_GetHostName() +
+                                          ": it has taken 1 of 2 applications\n");
+}
+
 TEST_F(FinishPageTest, AMachineThatIsUpAndGivesNoHandleIsAskedOnceMoreAndToldOnce) {
   Walk("next next local next pick:orders,billing next next next");
   Machine("localhost").m_refusesOpen = true;

@@ -37,17 +37,21 @@ SelectedReading::SelectedReading(WizMachine& machine, WizOpenApp open)
                         [](const auto& app) { return app.second.m_bSelected; }))),
       m_next(NextSelected(machine.m_apps, machine.m_apps.begin())) {}
 
-// A handle that is there keeps its last state when there is no answer. After a question without an
-// answer the machine is asked again only if it is up: that question was refused, or the machine has
-// come back. False: there is no handle.
+// After a question without an answer the machine is asked again only if it is up: that question was
+// refused, or the machine has come back.
+bool SelectedReading::MayAsk(const WizApp& entry) const {
+  if (!m_answers && !m_machine.m_pConfig->IsUp()) return false;
+  return entry.m_app || m_refusals < kRefusalsMax;
+}
+
+// A handle that is there keeps its last state when there is no answer. False: there is no handle.
 bool SelectedReading::Read(const std::string& name, WizApp& entry) {
-  if (!m_answers && !m_machine.m_pConfig->IsUp()) return static_cast<bool>(entry.m_app);
+  if (!MayAsk(entry)) return static_cast<bool>(entry.m_app);
   if (entry.m_app) {
     // Reading it anew would drop what its window shows and has still to send.
     if (!entry.m_bUnsent) m_answers = entry.m_app->Refresh();
     return true;
   }
-  if (m_refusals == kRefusalsMax) return false;
   entry.m_app = m_open(m_machine.m_pConfig->GetHostName(), name);
   m_answers = static_cast<bool>(entry.m_app);
   m_refusals += !m_answers;
@@ -56,9 +60,7 @@ bool SelectedReading::Read(const std::string& name, WizApp& entry) {
 
 // Kept: what a file or the user has set is replaced by what the machine has. Only traces that the
 // application does not know keep their settings. Safe: the next page shows what is there.
-bool SelectedReading::ReadNext() {
-  WizApps& apps = m_machine.m_apps;
-  if (m_next == apps.end()) return true;
+void SelectedReading::ReadOne() {
   auto& [name, entry] = *m_next;
   if (Read(name, entry)) {
     CollectTraces(entry);
@@ -67,8 +69,15 @@ bool SelectedReading::ReadNext() {
     entry.m_bSelected = m_all = false;
   }
   ++m_done;
-  m_next = NextSelected(apps, std::next(m_next));
-  return m_next == apps.end();
+  m_next = NextSelected(m_machine.m_apps, std::next(m_next));
+}
+
+// A machine that is not asked any more needs no box for the rest.
+bool SelectedReading::ReadNext() {
+  const auto end = m_machine.m_apps.end();
+  if (m_next != end) ReadOne();
+  while (m_next != end && !MayAsk(m_next->second)) ReadOne();
+  return m_next == end;
 }
 
 bool ReadSelected(WizMachine& machine, const WizOpenApp& open) {

@@ -23,7 +23,8 @@ using WizOpenApp = std::function<trace_App_i*(const std::string& host, const std
 class SelectedReading {
  public:
   SelectedReading(WizMachine& machine, WizOpenApp open);
-  // Goes on with the next application; true when all are done.
+  // Goes on with the next application, and with those behind it that the machine is not asked for;
+  // true when all are done.
   bool ReadNext();
   // False: an application could not be reached.
   bool All() const { return m_all; }
@@ -31,7 +32,9 @@ class SelectedReading {
   std::size_t Count() const { return m_count; }
 
  private:
+  bool MayAsk(const WizApp& entry) const;
   bool Read(const std::string& name, WizApp& entry);
+  void ReadOne();
 
   WizMachine& m_machine;
   const WizOpenApp m_open;

@@ -57,9 +57,8 @@ class Conversion {
   }
 
   bool WriteTemporary() {
-    if (!m_writer.Create(m_temporary, nullptr, Links::Refuse))
+    if (!m_writer.Create(m_temporary, nullptr, Links::Refuse) || !KeepPermissions())
       return Failed("Error creating temporary file");
-    KeepPermissions();
     m_result = ConvertOldTrc(m_old.View(), m_writer, [this](std::uint64_t position) {
       return Progress(position, false) == ConversionControl::Continue;
     });
@@ -70,12 +69,15 @@ class Conversion {
     return !m_givenUp;
   }
 
-  // Users who could not read the old file must not be able to read the new one.
-  void KeepPermissions() {
+  // Users who could not read the old file must not be able to read the new one. A file system
+  // without permissions has the same for both.
+  bool KeepPermissions() {
     constexpr mode_t kPermissions = 0777;
-    struct stat status;
-    if (stat(m_path.c_str(), &status) == 0)
-      fchmodat(AT_FDCWD, m_temporary.c_str(), status.st_mode & kPermissions, AT_SYMLINK_NOFOLLOW);
+    struct stat was, is;
+    if (stat(m_path.c_str(), &was) != 0) return true;
+    const mode_t wanted = was.st_mode & kPermissions;
+    if (fchmodat(AT_FDCWD, m_temporary.c_str(), wanted, AT_SYMLINK_NOFOLLOW) == 0) return true;
+    return lstat(m_temporary.c_str(), &is) == 0 && (is.st_mode & kPermissions & ~wanted) == 0;
   }
 
   bool Swap() {

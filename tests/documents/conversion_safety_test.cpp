@@ -48,6 +48,14 @@ extern "C" int renameat2(int, const char* from, int, const char* to, unsigned fl
   return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, flags));
 }
 
+extern "C" int fchmodat(int, const char* path, mode_t mode, int) noexcept {
+  if (const int error = FileCalls::Ask("chmod " + NameIn(path))) {
+    errno = error;
+    return -1;
+  }
+  return static_cast<int>(syscall(SYS_fchmodat, AT_FDCWD, path, mode));
+}
+
 extern "C" int fdatasync(int descriptor) {
   const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
   const std::string path = fs::read_symlink(link).filename().string();
@@ -106,8 +114,8 @@ TEST_F(ConversionSafetyTest, TheNewFileIsWholeOnTheDiskBeforeTheOldOneLosesItsNa
   });
   ASSERT_TRUE(Converts(path));
   const std::string size = std::to_string(fs::file_size(path));
-  EXPECT_EQ(calls, (std::vector<std::string>{"sync web.trc.tmp " + size, "unlink web.trc.old",
-                                             "rename web.trc web.trc.old",
+  EXPECT_EQ(calls, (std::vector<std::string>{"chmod web.trc.tmp", "sync web.trc.tmp " + size,
+                                             "unlink web.trc.old", "rename web.trc web.trc.old",
                                              "rename web.trc.tmp web.trc", "unlink web.trc.old"}));
 }
 
@@ -138,6 +146,18 @@ TEST_F(ConversionSafetyTest, ADiskThatRefusesTheNewFileKeepsTheOldOne) {
   EXPECT_FALSE(Converts(path));
   EXPECT_EQ(m_words, "stop: Error writing to temporary file\n");
   EXPECT_EQ(Folder(), "web.trc(old) web.trc.tmp ");
+}
+
+TEST_F(ConversionSafetyTest, NobodyReadsTheNewFileWhoCouldNotReadTheOldOne) {
+  const std::string path = OldFile(3);
+  const FileCalls interceptor(
+      [](const std::string& call) { return call == "chmod web.trc.tmp" ? EOPNOTSUPP : 0; });
+  fs::permissions(path, fs::perms(0600));
+  EXPECT_FALSE(Converts(path));
+  EXPECT_EQ(m_words, "stop: Error creating temporary file\n");
+  EXPECT_EQ(Folder(), "web.trc(old) web.trc.tmp ");
+  fs::permissions(path, fs::perms(0666));
+  EXPECT_TRUE(Converts(path)) << "where a mode cannot be set, a file that is not more open will do";
 }
 
 TEST_F(ConversionSafetyTest, WhatWasWrittenIntoTheFileWhileTheQuestionStoodIsKept) {

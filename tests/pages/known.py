@@ -4,6 +4,8 @@
 NOT_RUN = {
     r"\./dev \w+.*": "builds or checks the whole project; its commands are compared with the script",
     r"(sudo )?systemctl .*": "needs a system's manager; tests/apps/quord/units_test.cpp reads the units",
+    r"sudo apt install .*": "changes the machine's packages; ./dev package installs them in a bare root",
+    r"(sudo )?cmake .*build/(headless|quor)\b.*": "packaging/check_builds.py makes these builds",
     r"sudo ldconfig.*": "changes the machine's linker cache",
     r"sudo chown .*": "needs an account of its own",
 }

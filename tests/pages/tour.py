@@ -185,12 +185,17 @@ class Tour:
             wait_for_words(where, pattern)
 
 
-# Compares the words of a command that is not run with the script.
+# Compares the words of a command that is not run with the script, the packages and the test of builds.
 def check_unrun(line):
-    words = line.split()
+    words, root = line.split(), HERE.parent.parent
+    for package in re.findall(r"build/package/(\S+)_\*\.deb", line):
+        control = (root / "packaging/debian/control").read_text()
+        assert f"Package: {package}\n" in control, f"there is no package {package}"
+    for option in re.findall(r"-D(TESSERA_\w+)=", line):
+        assert option in (root / "packaging/check_builds.py").read_text(), f"no test builds with {option}"
     if words[0] != "./dev":
         return
-    script = (HERE.parent.parent / "dev").read_text()
+    script = (root / "dev").read_text()
     wanted = [f"cmd_{words[1]}"] + [f"check_{step}" for step in words[2:] if words[1] == "check"]
     for function in wanted:
         assert re.search(rf"^ *{function}\(\)", script, re.M), f"./dev has no {function}"

@@ -16,6 +16,7 @@
 #ifndef QUOR_QUOR_H
 #define QUOR_QUOR_H
 
+#include <stdarg.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -52,8 +53,33 @@ typedef struct quor_point {
 #define QUOR_POINT_INIT(component, category) \
   { QUOR_UNREGISTERED, 0, {0, 0}, 0, (component), (category), NULL }
 
+/* A block that has begun; the fields are the library's. */
+typedef struct quor_block {
+  quor_point* point; /* NULL: there is nothing to end */
+  const char* file;
+  unsigned attributes;
+  unsigned line;
+  size_t length;
+  char* allocated;
+  char room[248];
+} quor_block;
+
+/* Counters of this process, exact while no thread traces: traced = lost + delivered (now or later).
+ */
+typedef struct quor_counts {
+  uint64_t traced; /* calls that passed their point's settings, and the library's own traces */
+  uint64_t lost;   /* there was no ring, it was full, or a file could not be written */
+} quor_counts;
+
+/* A program that defines QUOR_DISABLE before it includes this header traces nothing: no argument is
+ * evaluated, and the library is not needed. */
+#ifdef QUOR_DISABLE
+#include "disabled.h"
+#else
+
 /* The settings that the first traces have, and where they go, may come from the environment:
  * QUOR_SETTINGS="Net=max;Db/Query=Info+Stack;*=support", QUOR_SINK="file:/tmp/x.trc?maxsize=10". */
+
 /* Names the application and enters the declared points into its trace map, so that they can be seen
  * and switched before the first trace. Without this call the name is that of the executable. After
  * several calls the last name is used. */
@@ -74,18 +100,25 @@ QUOR_API void quor_trace(quor_point* point, unsigned attributes, const char* fil
 /* The same with printf's format. */
 QUOR_API void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsigned line,
                           const char* format, ...) __attribute__((format(printf, 5, 6)));
+/* The same for a function with "..." of its own, such as a log function that you have. */
+QUOR_API void quor_vtracef(quor_point* point, unsigned attributes, const char* file, unsigned line,
+                           const char* format, va_list arguments)
+    __attribute__((format(printf, 5, 0)));
+
+/* A block: its begin traces "Begin: TEXT", its end "End: TEXT", which a monitor shows as a branch
+ * with its duration. Where both are in one scope, QUOR_BLOCK is shorter. Each begin needs an end,
+ * which frees what a text beyond 240 bytes takes; if the point was off at the begin, the end traces
+ * nothing. */
+QUOR_API void quor_block_begin(quor_block* block, quor_point* point, unsigned attributes,
+                               const char* file, unsigned line, const char* format, ...)
+    __attribute__((format(printf, 6, 7)));
+QUOR_API void quor_block_end(quor_block* block);
 
 /* Waits until all traces have left the process, or until `milliseconds` have passed. Delivery to a
  * running service does not need it. It is for programs that shut a machine down, and for tests.
  * Returns 1 when all traces have left. */
 QUOR_API int quor_flush(unsigned milliseconds);
 
-/* Counters of this process, exact while no thread traces: traced = lost + delivered (now or later).
- */
-typedef struct quor_counts {
-  uint64_t traced; /* calls that passed their point's settings, and the library's own traces */
-  uint64_t lost;   /* there was no ring, it was full, or a file could not be written */
-} quor_counts;
 QUOR_API void quor_get_counts(quor_counts* counts);
 
 static inline int quor_on(quor_point* point, unsigned attributes) {
@@ -93,6 +126,8 @@ static inline int quor_on(quor_point* point, unsigned attributes) {
   if (__builtin_expect((settings & attributes) != attributes, 1)) return 0;
   return settings != QUOR_UNREGISTERED || quor_first_use(point, attributes);
 }
+
+#endif
 
 /* Declares a point at file scope: QUOR_POINT(net_connect, "Net", "Connect"); */
 #ifndef __cplusplus
@@ -113,6 +148,24 @@ static inline int quor_on(quor_point* point, unsigned attributes) {
 #define QUOR_TRACE_INFO(point, ...) QUOR_TRACE_AT(point, QUOR_INFO, __VA_ARGS__)
 #define QUOR_TRACE_WARN(point, ...) QUOR_TRACE_AT(point, QUOR_WARN, __VA_ARGS__)
 #define QUOR_TRACE_ERROR(point, ...) QUOR_TRACE_AT(point, QUOR_ERROR, __VA_ARGS__)
+
+/* A block that ends with the enclosing scope. Its text is printf-like in C. */
+#define QUOR_JOIN_(a, b) a##b
+#define QUOR_JOIN(a, b) QUOR_JOIN_(a, b)
+#ifndef __cplusplus
+static inline void quor_block_leave(quor_block* block) {
+  if (block->point) quor_block_end(block);
+}
+#define QUOR_BLOCK_AT(at, attributes, ...)                                                         \
+  quor_block QUOR_JOIN(quor_block_, __LINE__) __attribute__((cleanup(quor_block_leave)));          \
+  QUOR_JOIN(quor_block_, __LINE__).point = NULL;                                                   \
+  do {                                                                                             \
+    if (quor_on(&(at), (attributes)))                                                              \
+      quor_block_begin(&QUOR_JOIN(quor_block_, __LINE__), &(at), (attributes), __FILE__, __LINE__, \
+                       __VA_ARGS__);                                                               \
+  } while (0)
+#define QUOR_BLOCK(point, ...) QUOR_BLOCK_AT(point, QUOR_INFO, __VA_ARGS__)
+#endif
 
 #ifdef __cplusplus
 }

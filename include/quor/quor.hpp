@@ -22,8 +22,16 @@
 #include "format.hpp"
 #include "quor.h"
 
+// Sources of one program may differ in it: what they instantiate needs different names.
+#ifdef QUOR_DISABLE
+#define QUOR_ABLED disabled
+#else
+#define QUOR_ABLED enabled
+#endif
+
 namespace quor {
 namespace detail {
+inline namespace QUOR_ABLED {
 
 struct Declared {
   explicit Declared(quor_point* point) noexcept { quor_declare(point); }
@@ -52,8 +60,10 @@ void Trace(quor_point& point, unsigned attributes, const char* file, unsigned li
   }
 }
 
+}  // namespace QUOR_ABLED
 }  // namespace detail
 
+inline namespace QUOR_ABLED {
 // A scope that traces its beginning and its end. QUOR_BLOCK makes it. If the point was off at the
 // beginning, the end is not traced either.
 class Block {
@@ -87,10 +97,8 @@ class Block {
   detail::TextOf<240> m_text;  // small, because blocks nest deep; a longer one is allocated
 };
 
+}  // namespace QUOR_ABLED
 }  // namespace quor
-
-#define QUOR_JOIN_(a, b) a##b
-#define QUOR_JOIN(a, b) QUOR_JOIN_(a, b)
 
 #define QUOR_APPLICATION(name) \
   static const ::quor::detail::Application QUOR_JOIN(quor_application_, __LINE__)(name)

@@ -7,7 +7,7 @@
 #define QUOR_VERSION_H
 
 #define QUOR_VERSION_MAJOR 1
-#define QUOR_VERSION_MINOR 0
+#define QUOR_VERSION_MINOR 1
 #define QUOR_VERSION_PATCH 0
 
 /* To compare with: #if QUOR_VERSION >= QUOR_MAKE_VERSION(1, 2, 0) */

@@ -21,9 +21,9 @@ function(run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-function(run_example program)
+function(run_example program traced)
   run(${program})
-  if(NOT output MATCHES "traced 4, lost 0")
+  if(NOT output MATCHES "traced ${traced}, lost 0")
     message(FATAL_ERROR "${program} said: ${output}")
   endif()
 endfunction()
@@ -35,8 +35,8 @@ foreach(library quor static)
       -D CMAKE_C_COMPILER=${CC} -D CMAKE_CXX_COMPILER=${CXX} -D QUOR_LIBRARY=quor::${library}
       -D CMAKE_C_FLAGS=${flags} -D CMAKE_CXX_FLAGS=${flags})
   run(${CMAKE_COMMAND} --build ${root}/${library})
-  run_example(${root}/${library}/orders_c)
-  run_example(${root}/${library}/orders_cpp)
+  run_example(${root}/${library}/orders_c 5)
+  run_example(${root}/${library}/orders_cpp 4)
 endforeach()
 
 # A program gets the version that it asks for, and no later major one.
@@ -71,8 +71,28 @@ run(${CC} -std=c11 -Wall -Wextra -Wpedantic -Werror ${flags} ${EXAMPLES}/orders.
     ${shared} -Wl,-rpath,${prefix}/${LIBDIR})
 run(${CXX} -std=c++17 -Wall -Wextra -Wpedantic -Werror ${flags} ${EXAMPLES}/orders.cpp
     -o ${root}/pc_cpp ${shared} -Wl,-rpath,${prefix}/${LIBDIR})
-run_example(${root}/pc_c)
-run_example(${root}/pc_cpp)
+run_example(${root}/pc_c 5)
+run_example(${root}/pc_cpp 4)
+
+# A program that is compiled without its traces does not need the library.
+set(disabled -D QUOR_DISABLE -I ${prefix}/include -Wall -Wextra -Wpedantic -Werror)
+run(${CC} -std=c99 ${disabled} ${EXAMPLES}/orders.c -o ${root}/off_c)
+run(${CXX} -std=c++17 ${disabled} ${EXAMPLES}/orders.cpp -o ${root}/off_cpp)
+run_example(${root}/off_c 0)
+run_example(${root}/off_cpp 0)
+
+# Its sources may differ in that. Both instantiate the same templates, and the linker keeps one of each name.
+file(WRITE ${root}/both.h "#include <quor/quor.hpp>\nQUOR_POINT(point, \"Net\", \"Connect\");\n"
+     "inline int Evaluated(int &n) { return ++n; }\n")
+file(WRITE ${root}/off.cpp "#define QUOR_DISABLE\n#include \"both.h\"\n"
+     "void Off(int& n) { QUOR_BLOCK(point, \"b {}\", Evaluated(n)); QUOR_TRACE_INFO(point, \"t {}\", Evaluated(n)); }\n")
+file(WRITE ${root}/on.cpp "#include \"both.h\"\n#include <cstdio>\nvoid Off(int&);\n"
+     "void On(int& n) { QUOR_BLOCK(point, \"b {}\", Evaluated(n)); QUOR_TRACE_INFO(point, \"t {}\", Evaluated(n)); }\n"
+     "int main() { int on = 0, off = 0; On(on); Off(off); quor_counts c; quor_get_counts(&c);\n"
+     "  std::printf(\"traced %d, lost %d\\n\", on == 2 && off == 0 ? int(c.traced) : -1, int(c.lost)); }\n")
+run(${CXX} -std=c++17 -O0 ${flags} ${root}/off.cpp ${root}/on.cpp -o ${root}/both ${shared}
+    -Wl,-rpath,${prefix}/${LIBDIR})
+run_example(${root}/both 3)
 
 run(pkg-config --exact-version=${VERSION} quor)
 
@@ -82,5 +102,5 @@ execute_process(COMMAND pkg-config --cflags --libs --static quor OUTPUT_VARIABLE
 string(REPLACE "-lquor" "-l:libquor.a" static "${static}")
 separate_arguments(static UNIX_COMMAND "${static}")
 run(${CC} -std=c11 ${flags} ${EXAMPLES}/orders.c -o ${root}/pc_static ${static})
-run_example(${root}/pc_static)
+run_example(${root}/pc_static 5)
 file(REMOVE_RECURSE ${root})

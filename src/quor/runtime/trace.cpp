@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,8 +11,10 @@
 #include "quor/ring/cut_length.h"
 #include "quor/runtime/keep_loaded.h"
 #include "quor/runtime/link_thread.h"
+#include "quor/runtime/process/errno_keeper.h"
 #include "quor/runtime/process/stack.h"
 #include "quor/runtime/runtime.h"
+#include "quor/runtime/trace.h"
 #include "records/record_fields.h"
 
 namespace {
@@ -38,19 +38,6 @@ struct Extras {
   AppNameId file{};
   std::uint32_t line = 0;
   std::string_view stack;
-};
-
-// The application may look at errno after it has traced. Only the slow paths change errno, and they
-// restore it.
-class ErrnoKeeper {
- public:
-  ErrnoKeeper() noexcept : m_error(errno) {}
-  ~ErrnoKeeper() { errno = m_error; }
-  ErrnoKeeper(const ErrnoKeeper&) = delete;
-  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
-
- private:
-  const int m_error;
 };
 
 // False when the text cannot be entered now, because this is a signal handler that interrupted
@@ -246,35 +233,9 @@ void quor_trace(quor_point* point, unsigned attributes, const char* file, unsign
   Trace(point, attributes, file, line, text, length, __builtin_return_address(0));
 }
 
-void quor_tracef(quor_point* point, unsigned attributes, const char* file, unsigned line,
-                 const char* format, ...) {
-  const std::uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
-  if ((settings & attributes) != attributes) return;
-  const ErrnoKeeper keeper;
-  const void* const caller = __builtin_return_address(0);
-  LinkThread::Get().StartIfRefused();
-  if (!format) format = "(null)";
-  char text[1024];
-  va_list arguments, again;
-  va_start(arguments, format);
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(text, sizeof text, format, arguments);
-  va_end(arguments);
-  // If a format cannot be printed, the format itself is the most useful text.
-  if (length < 0) {
-    Trace(point, attributes, file, line, format, std::strlen(format), caller);
-  } else if (static_cast<std::size_t>(length) < sizeof text) {
-    Trace(point, attributes, file, line, text, static_cast<std::size_t>(length), caller);
-  } else {
-    // One byte more than a record takes, so that the cut is noticed there.
-    const std::size_t room = std::min<std::size_t>(static_cast<std::size_t>(length), 65540) + 1;
-    auto* const longer = static_cast<char*>(std::malloc(room));
-    if (longer) std::vsnprintf(longer, room, format, again);
-    Trace(point, attributes, file, line, longer ? longer : text,
-          longer ? room - 1 : sizeof text - 1, caller);
-    std::free(longer);
-  }
-  va_end(again);
+void TraceFrom(const void* caller, quor_point* point, unsigned attributes, const char* file,
+               unsigned line, std::string_view text) {
+  Trace(point, attributes, file, line, text.data(), text.size(), caller);
 }
 
 int quor_flush(unsigned milliseconds) {

@@ -20,6 +20,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "types.h"
 #include "version.h"
 
 #define QUOR_API __attribute__((visibility("default")))
@@ -27,49 +28,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-/* Severity: exactly one. Attributes: any. The same bits switch a point on. */
-#define QUOR_INFO 0x0001u
-#define QUOR_WARN 0x0002u
-#define QUOR_ERROR 0x0004u
-#define QUOR_DEVELOPER 0x0008u
-#define QUOR_VERBOSE 0x0010u
-#define QUOR_LOCATION 0x0100u /* settings only: record source file and line */
-#define QUOR_STACK 0x0200u    /* settings only: record the call stack */
-/* The settings of a point that the library has not seen yet: every bit. */
-#define QUOR_UNREGISTERED 0xFFFFFFFFu
-
-/* One trace point. Make it with QUOR_POINT; the fields are the library's. */
-typedef struct quor_point {
-  uint32_t settings; /* read relaxed, written by the library only */
-  uint32_t id;
-  uint16_t names[2]; /* of component and category, as in a record */
-  uint32_t reserved;
-  const char* component;
-  const char* category;
-  struct quor_point* next;
-} quor_point;
-
-#define QUOR_POINT_INIT(component, category) \
-  { QUOR_UNREGISTERED, 0, {0, 0}, 0, (component), (category), NULL }
-
-/* A block that has begun; the fields are the library's. */
-typedef struct quor_block {
-  quor_point* point; /* NULL: there is nothing to end */
-  const char* file;
-  unsigned attributes;
-  unsigned line;
-  size_t length;
-  char* allocated;
-  char room[248];
-} quor_block;
-
-/* Counters of this process, exact while no thread traces: traced = lost + delivered (now or later).
- */
-typedef struct quor_counts {
-  uint64_t traced; /* calls that passed their point's settings, and the library's own traces */
-  uint64_t lost;   /* there was no ring, it was full, or a file could not be written */
-} quor_counts;
 
 /* A program that defines QUOR_DISABLE before it includes this header traces nothing: no argument is
  * evaluated, and the library is not needed. */
@@ -149,25 +107,9 @@ static inline int quor_on(quor_point* point, unsigned attributes) {
 #define QUOR_TRACE_WARN(point, ...) QUOR_TRACE_AT(point, QUOR_WARN, __VA_ARGS__)
 #define QUOR_TRACE_ERROR(point, ...) QUOR_TRACE_AT(point, QUOR_ERROR, __VA_ARGS__)
 
-/* A block that ends with the enclosing scope. Its text is printf-like in C. */
-#define QUOR_JOIN_(a, b) a##b
-#define QUOR_JOIN(a, b) QUOR_JOIN_(a, b)
-#ifndef __cplusplus
-static inline void quor_block_leave(quor_block* block) {
-  if (block->point) quor_block_end(block);
-}
-#define QUOR_BLOCK_AT(at, attributes, ...)                                                         \
-  quor_block QUOR_JOIN(quor_block_, __LINE__) __attribute__((cleanup(quor_block_leave)));          \
-  QUOR_JOIN(quor_block_, __LINE__).point = NULL;                                                   \
-  do {                                                                                             \
-    if (quor_on(&(at), (attributes)))                                                              \
-      quor_block_begin(&QUOR_JOIN(quor_block_, __LINE__), &(at), (attributes), __FILE__, __LINE__, \
-                       __VA_ARGS__);                                                               \
-  } while (0)
-#define QUOR_BLOCK(point, ...) QUOR_BLOCK_AT(point, QUOR_INFO, __VA_ARGS__)
-#endif
-
 #ifdef __cplusplus
 }
+#else
+#include "block.h"
 #endif
 #endif

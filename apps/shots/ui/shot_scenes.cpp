@@ -51,7 +51,7 @@ void ShotScenes::Settle() {
 
 void ShotScenes::Save(QWidget& widget, const QString& name) {
   const QString path =
-      m_folder + QLatin1Char('/') + name + QLatin1String(m_dark ? "-dark.png" : ".png");
+      m_folder + QLatin1Char('/') + name + m_mark + QLatin1String(m_dark ? "-dark.png" : ".png");
   if (widget.grab().save(path, "PNG")) return;
   std::fprintf(stderr, "tessera-shots: cannot write %s\n", qUtf8Printable(path));
   m_good = false;

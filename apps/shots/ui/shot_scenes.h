@@ -30,6 +30,8 @@ class ShotScenes {
 
   // From now on all pictures are dark, and have "dark" in their names.
   void UseDark();
+  // What follows in the names of all pictures.
+  void SetMark(const QString& mark) { m_mark = mark; }
   bool Good() const { return m_good; }
 
   // Helpers for other scenes.
@@ -44,7 +46,7 @@ class ShotScenes {
  private:
   CTesseraApp& m_tessera;
   QtShellFaces& m_faces;
-  QString m_folder;
+  QString m_folder, m_mark;
   bool m_dark = false;
   bool m_good = true;
 };

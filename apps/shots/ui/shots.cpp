@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QScreen>
 #include <QTemporaryDir>
 #include <clocale>
 #include <cstdio>
@@ -72,10 +73,39 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.PopUp();
   scenes.Options();
   scenes.About();
-  scenes.Help({QStringLiteral("list")});
+  scenes.Help({QStringLiteral("list"), QStringLiteral("wizard")});
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
   scenes.Tiled(second);
+}
+
+// The windows that configure applications. On a scaled screen only these are shown.
+class Configuring {
+ public:
+  Configuring(CTesseraApp& tessera, ShotScenes& scenes)
+      : m_tessera(tessera),
+        m_pages(tessera, scenes),
+        m_window(tessera, scenes),
+        m_wizard(tessera, scenes) {}
+  void All() {
+    m_pages.All();
+    m_tessera.CloseAllDocuments();
+    m_window.All();
+    m_wizard.All();
+  }
+
+ private:
+  CTesseraApp& m_tessera;
+  ConfigScenes m_pages;
+  ConfigWindowScenes m_window;
+  WizardScenes m_wizard;
+};
+
+void Scaled(ShotScenes& scenes, Configuring& configuring) {
+  scenes.SetMark(QStringLiteral("-%1").arg(qRound(scenes.Window().devicePixelRatioF() * 100)));
+  configuring.All();
+  scenes.UseDark();
+  configuring.All();
 }
 
 // Every scene into the folder, with copies of a trace file and of a source file.
@@ -95,26 +125,23 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   QtShellFaces faces(host);
   CTesseraApp tessera(host, faces);
   if (!tessera.InitInstance({})) return 2;
-  static_cast<QtMainFrame&>(*tessera.Frame()->Face()).Window().resize(kWindow);
+  QWidget& window = static_cast<QtMainFrame&>(*tessera.Frame()->Face()).Window();
+  window.resize(kWindow.boundedTo(window.screen()->availableSize()));
   ShotScenes scenes(tessera, faces, folder);
   MonitorScenes monitor(tessera, scenes, replay, home);
   TreeScenes tree(tessera, scenes, replay, file, scratch.path());
   DialogScenes dialogs(tessera, scenes, source, home);
-  ConfigScenes config(tessera, scenes);
-  ConfigWindowScenes configWindow(tessera, scenes);
-  WizardScenes wizard(tessera, scenes);
+  Configuring configuring(tessera, scenes);
+  if (window.devicePixelRatioF() > 1) {
+    Scaled(scenes, configuring);
+    return scenes.Good() ? 0 : 2;
+  }
   Light(scenes, dialogs, file, second);
-  config.All();
-  tessera.CloseAllDocuments();
-  configWindow.All();
-  wizard.All();
+  configuring.All();
   monitor.Light();
   tree.Light();
   Dark(scenes, dialogs, file, second);
-  config.All();
-  tessera.CloseAllDocuments();
-  configWindow.All();
-  wizard.All();
+  configuring.All();
   monitor.Dark();
   tree.Dark();
   return scenes.Good() ? 0 : 2;

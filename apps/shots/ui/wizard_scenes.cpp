@@ -54,7 +54,9 @@ void WizardScenes::All() {
   m_tessera.m_configClient = before;
 }
 
+// A window manager activates it when the box above it closes.
 void WizardScenes::Page(QWidget& wizard, const char* name) {
+  wizard.activateWindow();
   m_scenes.Settle();
   m_scenes.Save(wizard, QStringLiteral("wizard-") + QLatin1String(name));
 }
@@ -70,8 +72,6 @@ void WizardScenes::AddMachine(QWidget& wizard, const char* name) {
 // With two machines, so that every page shows.
 void WizardScenes::Walk(QWidget& wizard) {
   const auto next = [&wizard] { Press(wizard, QtSheetFace::kNext); };
-  // As on a larger screen than that of these pictures.
-  wizard.findChild<QWidget*>(QStringLiteral("picture"))->show();
   Page(wizard, "welcome");
   next();
   Page(wizard, "mode");

@@ -1,5 +1,6 @@
 #include <QCheckBox>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QTextBlock>
 #include <QTextBrowser>
 
@@ -16,6 +17,10 @@ QAbstractButton* Button(QWidget& dialog, const char* text) {
     if (button->text().remove(QLatin1Char('&')) == QLatin1String(text)) return button;
   }
   return nullptr;
+}
+
+QImage PictureOf(QTextBrowser& pages, const QString& name) {
+  return pages.loadResource(QTextDocument::ImageResource, QUrl(name)).value<QImage>();
 }
 
 class OptionsAndHelpTest : public ShellTest {
@@ -106,6 +111,46 @@ TEST_F(OptionsAndHelpTest, EveryTopicHasAPageAndEveryLinkLeadsToOne) {
   EXPECT_GT(links, HelpWindow::Topics().size());
   help.ShowTopic(QStringLiteral("no such page"));
   EXPECT_EQ(help.Topic(), QStringLiteral("contents"));
+}
+
+TEST_F(OptionsAndHelpTest, EveryPictureOfTheHelpShowsInTheWidthOfTheWindowAndHasWords) {
+  HelpWindow help(nullptr);
+  help.show();
+  auto* const pages = help.findChild<QTextBrowser*>();
+  for (const int width : {help.width(), 500}) {
+    help.resize(width, help.height());
+    int pictures = 0;
+    for (const QString& topic : HelpWindow::Topics()) {
+      help.ShowTopic(topic);
+      QApplication::processEvents();
+      for (auto block = pages->document()->begin(); block.isValid(); block = block.next())
+        for (auto at = block.begin(); !at.atEnd(); ++at) {
+          const QTextImageFormat picture = at.fragment().charFormat().toImageFormat();
+          if (!picture.isValid()) continue;
+          ++pictures;
+          EXPECT_FALSE(PictureOf(*pages, picture.name()).isNull()) << picture.name().toStdString();
+          EXPECT_GT(picture.width(), 300);
+          EXPECT_FALSE(picture.property(QTextFormat::ImageAltText).toString().isEmpty());
+        }
+      EXPECT_EQ(pages->horizontalScrollBar()->maximum(), 0) << topic.toStdString() << " " << width;
+    }
+    EXPECT_GE(pictures, 2);
+  }
+}
+
+TEST_F(OptionsAndHelpTest, PicturesAreDarkInDarkColours) {
+  HelpWindow help(nullptr);
+  auto* const pages = help.findChild<QTextBrowser*>();
+  const auto corner = [&](bool dark) {
+    QPalette colours;
+    colours.setColor(QPalette::Base, dark ? Qt::black : Qt::white);
+    colours.setColor(QPalette::Text, dark ? Qt::white : Qt::black);
+    pages->setPalette(colours);
+    help.ShowTopic("wizard");
+    return PictureOf(*pages, "images/wizard-traces.png").pixelColor(4, 4).lightness();
+  };
+  EXPECT_GT(corner(false), 200);
+  EXPECT_LT(corner(true), 80);
 }
 
 TEST_F(OptionsAndHelpTest, TheKeyboardPageTellsEveryAccelerator) {

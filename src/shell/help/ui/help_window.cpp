@@ -2,18 +2,16 @@
 
 #include <QAction>
 #include <QDir>
-#include <QTextBlock>
-#include <QTextTable>
 #include <QTimer>
 #include <QToolBar>
 
 #include "docview/ui/screen_fit.h"
+#include "shell/help/ui/help_page.h"
 #include "shell/help/ui/help_search.h"
 
 namespace {
 
 constexpr char kContents[] = "contents";
-constexpr int kLineHeight = 118;  // percent
 constexpr QSize kSize(760, 620);
 // By then a window manager has given the window its frame.
 constexpr int kHelpFramedMs = 100;
@@ -22,58 +20,11 @@ QUrl PageOf(const QString& topic) {
   return QUrl(QStringLiteral("qrc:/help/%1.md").arg(topic));
 }
 
-// Tables with thin lines and space around their texts.
-void StyleTables(QTextDocument& page, const QPalette& palette) {
-  QColor line = palette.color(QPalette::Text);
-  line.setAlphaF(0.25f);
-  for (QTextFrame* frame : page.rootFrame()->childFrames()) {
-    auto* table = qobject_cast<QTextTable*>(frame);
-    if (!table) continue;
-    QTextTableFormat format = table->format();
-    format.setCellSpacing(0);
-    format.setCellPadding(6);
-    format.setBorder(1);
-    format.setBorderCollapse(true);
-    format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
-    format.setBorderBrush(line);
-    format.setTopMargin(8);
-    format.setBottomMargin(4);
-    table->setFormat(format);
-  }
-}
-
-// Space between the lines, and above and below the headings.
-void StyleBlocks(QTextDocument& page) {
-  for (QTextBlock block = page.begin(); block.isValid(); block = block.next()) {
-    QTextBlockFormat format = block.blockFormat();
-    format.setLineHeight(kLineHeight, QTextBlockFormat::ProportionalHeight);
-    if (format.headingLevel() != 0) {
-      format.setTopMargin(format.headingLevel() == 1 ? 0 : 18);
-      format.setBottomMargin(8);
-    }
-    QTextCursor(block).setBlockFormat(format);
-  }
-}
-
-// A browser for pages in Markdown, with space around the text.
-class Pages : public QTextBrowser {
- public:
-  using QTextBrowser::QTextBrowser;
-
- protected:
-  void doSetSource(const QUrl& name, QTextDocument::ResourceType) override {
-    QTextBrowser::doSetSource(name, QTextDocument::MarkdownResource);
-    document()->setDocumentMargin(28);
-    StyleTables(*document(), palette());
-    StyleBlocks(*document());
-  }
-};
-
 }  // namespace
 
 HelpWindow::HelpWindow(QWidget* parent)
     : QMainWindow(parent, Qt::Window),
-      m_pages(new Pages(this)),
+      m_pages(new HelpPage(this)),
       m_search(new HelpSearch(
           *m_pages, Topics(), [this](const QString& topic) { ShowTopic(topic); }, this)) {
   setAttribute(Qt::WA_DeleteOnClose);

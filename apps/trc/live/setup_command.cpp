@@ -36,10 +36,7 @@ class SetupCommand final : public Command {
             "APP");
     App()
         .add_option("-p,--preset", m_preset, "off, support, developer or max, for all traces")
-        ->check([](const std::string& words) {
-          std::string why;
-          return SettingsOf(words, &why) ? "" : why;
-        })
+        ->check(OneOf({"off", "support", "developer", "max"}))
         ->type_name("PRESET")
         ->excludes(m_file);
     App().add_flag("--monitor", m_setup.monitor, "Then print the traces of this machine, as tail");

@@ -1,7 +1,5 @@
 // The tasks of the page "Mode" that load a file, and files of the page of applications, in the
 // wizard's window and over a real service.
-#include <filesystem>
-
 #include "wizard/ui/live/wizard_live_fixture.h"
 
 namespace {
@@ -12,7 +10,6 @@ constexpr char kOrders[] =
 
 class TasksTest : public WizardFleet {
  protected:
-  ~TasksTest() override { std::filesystem::current_path(m_before); }
   std::string Notice() {
     Settle();
     return Face().Panes().PaneText(kPaneMessage).toStdString();
@@ -22,9 +19,6 @@ class TasksTest : public WizardFleet {
     EXPECT_EQ(monitor.Title(), "Traces sent to " + _trc_GetHostName());
     EXPECT_TRUE(Until([&] { return View(monitor)->List().ItemCount() > 0; }));
   }
-
- private:
-  const std::filesystem::path m_before = std::filesystem::current_path();
 };
 
 }  // namespace

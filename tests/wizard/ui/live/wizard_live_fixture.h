@@ -2,6 +2,7 @@
 // TLS.
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <numeric>
 #include <set>
@@ -15,7 +16,11 @@
 
 class WizardLive : public ShellTest {
  protected:
-  ~WizardLive() override { CloseProgram(); }
+  // File dialogs go into the test's folder, which is removed.
+  ~WizardLive() override {
+    CloseProgram();
+    std::filesystem::current_path(m_folderBefore);
+  }
 
   // Runs the wizard; what `act` leaves open is cancelled.
   void RunWizard(const std::function<void(WizardUser&)>& act) {
@@ -44,6 +49,9 @@ class WizardLive : public ShellTest {
     m_app.reset();
     g_quickClose = false;
   }
+
+ private:
+  const std::filesystem::path m_folderBefore = std::filesystem::current_path();
 };
 
 // In words "db" is the first machine and "web" the second; this one is "localhost" or "THIS".

@@ -65,9 +65,10 @@ bool CTraceView::RebuildRows() {
   m_rows.TakeOver(rows);
   m_list->SetItemCount(m_rows.Size());
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
-  if (m_currentEvent) GoTo(this, m_currentEvent);
-  ReportStatus();
   m_list->SetRedraw(true);
+  ReportStatus();
+  // Last: the search for the row may show a box, and below it the new rows are painted.
+  if (m_currentEvent) GoTo(this, m_currentEvent);
   return true;
 }
 

@@ -52,9 +52,10 @@ void CProcView::TakeOver(std::unique_ptr<ProcModel> model) {
   m_model = std::move(model);
   m_model->ShowBy(*this);
   m_built = true;
-  if (remembered) GoTo(this, remembered);
-  ReportStatus();
   m_tree->SetRedraw(true);
+  ReportStatus();
+  // Last: the search for the node may show a box, and below it the new tree is painted.
+  if (remembered) GoTo(this, remembered);
 }
 
 // The user must not take an empty tree for that of the document: the frame goes back to the list,

@@ -138,6 +138,27 @@ TEST_F(TraceViewLong, NewContentsMayComeAndTheirFilterBeCancelledWhileTheFilterD
   EXPECT_EQ(m_view->m_filter.components, (std::map<NameId, int>{{8, 0}, {9, 0}}));
 }
 
+TEST_F(TraceViewLong, TheSearchThatFollowsARebuildIsDoneOverPaintedRowsAndItsCancelLeavesNoFocus) {
+  AddMany(kMany);
+  Open();
+  m_view->OnActivateView(true, nullptr, nullptr);
+  const ShortPieces pieces(m_host);
+  Focus(2 * kMany - 2);
+  m_main.Reported();
+  m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Looking for the trace...");
+    EXPECT_TRUE(m_list->redraw);
+    EXPECT_EQ(m_list->ItemCount(), kMany + kMany / 2);
+    EXPECT_EQ(m_main.Reported(), (std::vector<std::string>{"rows 15000", "filtered 1"}));
+    box.OnCancel();
+  });
+  EXPECT_TRUE(m_view->SetFilter(m_nine, true));
+  EXPECT_EQ(m_list->ItemCount(), kMany + kMany / 2);
+  EXPECT_EQ(States(), "");
+  EXPECT_TRUE(m_list->redraw);
+}
+
 TEST_F(TraceViewLong, NewContentsWhoseFilterIsCancelledShowWholeAndUnfiltered) {
   Open();
   m_view->SetFilter(m_nine, true);

@@ -1,5 +1,6 @@
 // Work that takes long in the real program: the window lives below the box, and Cancel leaves it as
 // it was.
+#include <QAbstractScrollArea>
 #include <QFileDialog>
 #include <QLabel>
 #include <QPointer>
@@ -18,6 +19,18 @@
 namespace {
 
 constexpr int kManyTraces = 600000;
+
+class NextPaint final : public QObject {
+ public:
+  explicit NextPaint(bool& painted) : m_painted(painted) {}
+  bool eventFilter(QObject*, QEvent* event) override {
+    m_painted |= event->type() == QEvent::Paint;
+    return false;
+  }
+
+ private:
+  bool& m_painted;
+};
 
 class LongWorkTest : public ShellTest {
  protected:
@@ -133,6 +146,35 @@ TEST_F(LongWorkTest, AFilterOfTheListIsCancelledAndItsRowsStay) {
   EXPECT_EQ(list.List().ItemCount(), kManyTraces);
   EXPECT_TRUE(list.SetFilter(filter, true));
   EXPECT_EQ(list.List().ItemCount(), 0);
+}
+
+TEST_F(LongWorkTest, TheListPaintsItsNewRowsBelowTheBoxOfTheSearchForTheFocusedTrace) {
+  OpenMany();
+  CTraceView& list = *View(*m_child);
+  list.List().SetItemState(kManyTraces - 1, kRowFocused, kRowFocused);
+  auto* const shown = dynamic_cast<QAbstractScrollArea*>(&list.List());
+  ASSERT_TRUE(shown);
+  CTraceFilter filter;
+  filter.allTraces = 0;
+  const ShortPieces pieces(m_host);
+  bool painted = false, looked = false;
+  NextPaint watch(painted);
+  const TimerId clock = m_host.SetTimer(1, [&] {
+    auto* const box = dynamic_cast<WorkBoxFace*>(QApplication::activeModalWidget());
+    if (!box || box->findChild<QLabel*>()->text() != QLatin1String("Looking for the trace..."))
+      return;
+    if (!std::exchange(looked, true)) {
+      shown->viewport()->installEventFilter(&watch);
+      shown->viewport()->update();
+    }
+    if (painted) QTest::mouseClick(box->findChild<QPushButton*>("2"), Qt::LeftButton);
+  });
+  EXPECT_TRUE(list.SetFilter(filter, true));
+  m_host.KillTimer(clock);
+  EXPECT_TRUE(looked);
+  EXPECT_TRUE(painted);
+  EXPECT_EQ(list.List().ItemCount(), kManyTraces);
+  EXPECT_EQ(list.List().NextItem(-1, kRowFocused), -1);
 }
 
 TEST_F(LongWorkTest, AnOpeningThatIsCancelledLeavesTheNodeClosed) {

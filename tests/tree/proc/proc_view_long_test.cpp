@@ -343,6 +343,31 @@ TEST_F(ProcViewLong, ATraceIsLookedForInPartsWhereNumbersBeganAnewTwice) {
   EXPECT_EQ(Selected(), "2/9999");
 }
 
+TEST_F(ProcViewLong, TheSearchThatFollowsARebuildIsDoneOverAPaintedTreeAndItsCancelSelectsNothing) {
+  AddThreeRuns();
+  Open();
+  for (const char* text : {"desk", "shop", kProcess, kThread, "TID two - 0 ps"}) Expand(text);
+  FollowTo(m_document.m_traces[3 * kMany - 1]);
+  ASSERT_EQ(Selected(), "2/9999");
+  m_view->OnActivateView(true, nullptr, nullptr);
+  m_main.Reported();
+  CTraceFilter filter;
+  HideNine(filter);
+  const ShortPieces pieces(m_host);
+  m_host.AnswerWorkBox([&](CDialog& box) { m_host.Finish(box); });
+  m_host.AnswerWorkBox([&](CDialog& box) {
+    EXPECT_STREQ(dynamic_cast<CWorkBox&>(box).Message(), "Looking for the trace...");
+    EXPECT_TRUE(m_tree->redraw);
+    EXPECT_TRUE(m_tree->Find("desk"));
+    EXPECT_EQ(m_main.Reported(), (std::vector<std::string>{"rows 30000", "filtered 1"}));
+    box.OnCancel();
+  });
+  EXPECT_TRUE(m_view->SetFilter(filter, true));
+  EXPECT_FALSE(m_tree->SelectedItem());
+  EXPECT_TRUE(m_tree->Find("desk"));
+  EXPECT_TRUE(m_view->IsBuilt());
+}
+
 // A hidden trace has no leaf: threads are looked through for the nearest one.
 TEST_F(ProcViewLong, TheNearestOfAHiddenTraceIsFoundInPartsAsAtOnce) {
   AddThreeRuns();

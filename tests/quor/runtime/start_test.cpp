@@ -1,6 +1,5 @@
 // A process whose first traces find no memory to go to: they are counted, and when there is some
 // the later ones are delivered and the count is reported.
-#include <pthread.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
@@ -11,29 +10,12 @@
 
 #include "fake_service.h"
 #include "quor/quor.hpp"
+#include "support/system_lacks.h"
 #include "support/temp_dir.h"
 
 namespace {
 
 QUOR_POINT(start_point, "Start", "Step");
-
-// What a start needs is forbidden while this exists.
-class SoftLimit {
- public:
-  SoftLimit(__rlimit_resource_t what, rlim_t most) : m_what(what) {
-    getrlimit(m_what, &m_before);
-    rlimit limit = m_before;
-    limit.rlim_cur = most;
-    EXPECT_EQ(setrlimit(m_what, &limit), 0);
-  }
-  ~SoftLimit() { setrlimit(m_what, &m_before); }
-  SoftLimit(const SoftLimit&) = delete;
-  SoftLimit& operator=(const SoftLimit&) = delete;
-
- private:
-  const __rlimit_resource_t m_what;
-  rlimit m_before{};
-};
 
 void TraceTimes(int times) {
   for (int i = 0; i < times; ++i) QUOR_TRACE_INFO(start_point, "early");
@@ -226,23 +208,6 @@ TEST(StartWithLittle, WithASingleDescriptorCountsItsTracesAsLost) {
   app.Go();
   EXPECT_EQ(app.Wait(), 0);
 }
-
-// While it lives the system refuses every new thread: no address space has room for its stack.
-class NoThreads {
- public:
-  NoThreads() {
-    pthread_getattr_default_np(&m_before);
-    pthread_attr_t huge = m_before;
-    EXPECT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 50), 0);
-    EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
-  }
-  ~NoThreads() { pthread_setattr_default_np(&m_before); }
-  NoThreads(const NoThreads&) = delete;
-  NoThreads& operator=(const NoThreads&) = delete;
-
- private:
-  pthread_attr_t m_before;
-};
 
 bool HasLinkThread() {
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task"))

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <random>
+#include <system_error>
 #include <thread>
 
 #include "base/fail_with.h"
@@ -35,20 +36,14 @@ class ServiceLink::Core final : public Connection::Handler,
                                 public std::enable_shared_from_this<Core> {
  public:
   Core(std::string machine, quor::wire::Role role, User& user)
-      : m_machine(std::move(machine)),
-        m_role(role),
-        m_user(&user),
-        m_io(std::make_unique<asio::io_context>(1)),
-        m_timer(std::make_unique<asio::steady_timer>(*m_io)) {}
+      : m_machine(std::move(machine)), m_role(role), m_user(&user) {}
 
   bool Start(std::chrono::milliseconds deadline, std::string* why) {
     const std::optional<Machine> machine = ParseMachine(m_machine, why);
     if (!machine) return false;
     m_to = *machine;
     m_deadline = deadline - kEndPatience;  // leaves this time for the end of a failed start
-    m_running = true;
-    m_thread = std::thread([self = shared_from_this()] { self->Run(); });
-    return Await(m_deadline, why);
+    return Begin(why) && Await(m_deadline, why);
   }
   bool Await(std::chrono::milliseconds deadline, std::string* why) {
     std::unique_lock lock(m_mutex);
@@ -81,6 +76,20 @@ class ServiceLink::Core final : public Connection::Handler,
   }
 
  private:
+  // The system may have no descriptor or no thread for it.
+  bool Begin(std::string* why) {
+    const std::lock_guard lock(m_mutex);
+    try {
+      m_io = std::make_unique<asio::io_context>(1);
+      m_timer = std::make_unique<asio::steady_timer>(*m_io);
+      m_thread = std::thread([self = shared_from_this()] { self->Run(); });
+    } catch (const std::system_error& error) {
+      m_timer.reset();
+      m_io.reset();
+      return FailWith(why, Where() + ": " + error.code().message());
+    }
+    return m_running = true;
+  }
   void Run() {
     asio::post(*m_io, [this] { DialNow(); });
     m_io->run();
@@ -101,10 +110,14 @@ class ServiceLink::Core final : public Connection::Handler,
 
   void DialNow() {
     const bool first = !m_wasUp;
-    ::Dial(m_io->get_executor(), m_to, first, first ? m_deadline : kHelloDeadline,
-           [this](std::shared_ptr<ByteStream> stream, const std::string& why) {
-             stream ? Greet(std::move(stream)) : Fail(why);
-           });
+    try {
+      ::Dial(m_io->get_executor(), m_to, first, first ? m_deadline : kHelloDeadline,
+             [this](std::shared_ptr<ByteStream> stream, const std::string& why) {
+               stream ? Greet(std::move(stream)) : Fail(why);
+             });
+    } catch (const std::system_error& error) {  // no thread to resolve the name
+      Fail(Where() + ": " + error.code().message());
+    }
   }
   void Greet(std::shared_ptr<ByteStream> stream) {
     m_connection = Connection::Start(std::move(stream), *this, LimitsTo(m_to));

@@ -50,7 +50,8 @@ bool CTraceRealtimeDoc::ConnectToMachine(const std::string& machine) {
 
 void CTraceRealtimeDoc::Drain() {
   if (!m_connection) return;
-  if (std::exchange(m_notifiedLive, IsLive()) != IsLive()) NotifyWhyEmpty();
+  const bool live = IsLive();  // read once: the connection's thread may change it
+  if (std::exchange(m_notifiedLive, live) != live) NotifyWhyEmpty();
   if (!m_connection->HasTraces()) return;
   CTraceHint batch;
   do {

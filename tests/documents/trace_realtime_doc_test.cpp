@@ -261,6 +261,16 @@ TEST_F(RealtimeDocTest, AnEmptyMonitorSaysWhatItWaitsForAndWhyAndItsViewsHearOfA
   EXPECT_TRUE(m_hints.empty()) << "with traces nothing says so";
 }
 
+// The connection's own thread finds the end.
+TEST_F(RealtimeDocTest, AConnectionThatBreaksWhileADrainLooksAtItIsToldOnce) {
+  Connect();
+  LogHints();
+  int looks = 0;
+  m_service.Last().m_isUp = [&looks] { return ++looks == 1; };
+  for (int drain = 0; drain < 3; ++drain) m_document->Drain();
+  EXPECT_EQ(m_hints.size(), 1U);
+}
+
 TEST_F(RealtimeDocTest, WhilePausedTheDocumentLosesNoTraceThatArrivesAllTheSame) {
   Connect();
   m_document->TogglePause();

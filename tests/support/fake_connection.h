@@ -35,7 +35,7 @@ class FakeConnection final : public TraceThread_i {
   void Pause() override;
   void Resume() override;
   Counts GetCounts() const override { return {}; }
-  bool IsUp() const override { return m_up; }
+  bool IsUp() const override { return m_isUp ? m_isUp() : m_up; }
 
   // A trace with the text, with every id 1; it waits for the document.
   TraceEvent_i* Send(const std::string& text = "up") { return Send(text, 1); }
@@ -53,6 +53,7 @@ class FakeConnection final : public TraceThread_i {
   NameMap& m_names;
   std::deque<TraceEvent_i*> m_waiting;
   bool m_up = true;
+  std::function<bool()> m_isUp;     // in place of m_up
   std::function<void()> m_onTaken;  // after each NextTrace
   int m_looks = 0;                  // calls of HasTraces
 

@@ -251,4 +251,26 @@ TEST_F(Dialogs, ANewThreadUnderAPartlyHiddenMachineShowsOnlyAfterTheDialogWasEnd
   EXPECT_EQ(Rows(), "1 3");
 }
 
+// Opening the dialog adds the names that the document has by then to the filter.
+TEST_F(Dialogs, ANewThreadOfAPartlyHiddenMachineIsShownFromTheNextDialogOnAlsoWhenThatIsCancelled) {
+  Add({.machine = 1, .pid = 2, .tid = 3});
+  Add({.machine = 1, .pid = 2, .tid = 4});
+  Open();
+  m_view->m_filter.MergeDocumentNames(m_document);
+  CTraceFilter filter = m_view->m_filter;
+  filter.allTraces = filter.allThreads = filter.threads[1].allProcesses = 0;
+  filter.threads[1].processes[2].allThreadsOfProcess = 0;
+  filter.threads[1].processes[2].threadMarks[4] = 0;
+  ASSERT_TRUE(m_view->SetFilter(filter, true));
+  EXPECT_EQ(Rows(), "1");
+  Drain({{.machine = 1, .pid = 2, .tid = 5}});
+  EXPECT_EQ(Rows(), "1");
+  RunFilter([](CFilterDialog& dialog) { dialog.OnCancel(); });
+  EXPECT_EQ(Rows(), "1");
+  Drain({{.machine = 1, .pid = 2, .tid = 5}});
+  EXPECT_EQ(Rows(), "1 4");
+  RunFilter([](CFilterDialog& dialog) { dialog.OnOK(); });
+  EXPECT_EQ(Rows(), "1 3 4");
+}
+
 }  // namespace

@@ -181,6 +181,7 @@ TEST(RegexMatch, ARunOfABackReferenceMayBeEmptyAndOnlyTheStarGivesBack) {
   EXPECT_EQ(Matched("\\(ab\\)\\1+c", "abc"), "abc") << "no occurrence is wanted";
   EXPECT_EQ(Matched("\\(ab\\)\\1*abc", "abababc"), "abababc") << "the star gives back";
   EXPECT_EQ(Matched("x\\(ab\\)\\1+abc", "xabababc"), "-") << "the plus does not";
+  EXPECT_FALSE(Finds("\\(a\\)\\1+a", "aaa"));
 }
 
 // A failure at one place of a leading run says nothing of the others when a group holds the run.

@@ -75,6 +75,17 @@ TEST_F(MonitorTest, AMonitorsWindowIsCalledTracesSentToTheMachine) {
   EXPECT_TRUE(m_app->RecentFiles().empty());
 }
 
+// The list's save takes what follows the last dot for an extension, the document's does not.
+TEST_F(MonitorTest, ASaveProposesTracesSentToTheMachine) {
+  NewMonitor("web.local");
+  Frame().OnCommand(ID_FILE_SAVECOPY);  // the user presses Cancel
+  Frame().OnCommand(ID_VIEW_PROC);
+  Frame().OnCommand(ID_FILE_SAVECOPY);
+  ASSERT_EQ(m_host.m_fileRequests.size(), 2U);
+  EXPECT_EQ(m_host.m_fileRequests[0].suggestedName, "Traces sent to web");
+  EXPECT_EQ(m_host.m_fileRequests[1].suggestedName, "Traces sent to web.local");
+}
+
 TEST_F(MonitorTest, AMachineTextWithSlashesStandsWholeInTheTitleAndInTheQuestion) {
   NewMonitor("web/7447/");
   ASSERT_EQ(Frame().Children().size(), 1U);

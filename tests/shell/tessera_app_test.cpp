@@ -98,6 +98,17 @@ TEST_F(TesseraApp, TheActiveColumnsAreReadAtTheStartAndNotBefore) {
   EXPECT_EQ(g_activeColumns, stored);
 }
 
+TEST_F(TesseraApp, AFileOnTheCommandLineOpensWithTheActiveColumnsOfTheStore) {
+  ColumnFlags stored = {};
+  stored[4] = 1;
+  NtRegPutBuf(HKEY_CURRENT_USER, kRegColumns, "Active Columns", stored.data(), sizeof stored);
+  ASSERT_TRUE(m_app->InitInstance({WriteTraces("web.trc", 2)}));
+  ASSERT_EQ(Frame().Children().size(), 1U);
+  const ListHeader& header = ListOf(*Frame().Children()[0]).List().Header();
+  EXPECT_GT(header.ColumnWidth(Column::Time), 0);
+  EXPECT_EQ(header.ColumnWidth(Column::Trace), 0);
+}
+
 TEST_F(TesseraApp, TraceLimitFromTheStoreIsNotRangeChecked) {
   NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Trace Limit", 7U);
   ReadStartupSettings();

@@ -195,6 +195,20 @@ TEST_F(TreeToggle, TheTreesChangedFilterGoesToTheList) {
   EXPECT_FALSE(m_list->m_filterChanged);
 }
 
+// The rebuild that a filter causes ends at the list's own row, not at the tree's selection.
+TEST_F(TreeToggle, WithAChangedFilterTheListComesBackOnTheRowThatItWasLeftOn) {
+  OpenFile(9);
+  Focus(4);
+  Toggle();
+  Tree().SetFilter(WithoutNine(), true);
+  Tree().m_filterChanged = true;
+  Control().SelectItem(Control().Find("9"));
+  ASSERT_EQ(SelectedText(), "9");
+  Toggle();
+  EXPECT_EQ(m_list->Rows().Size(), 5);
+  EXPECT_EQ(FocusedText(), "5");
+}
+
 TEST_F(TreeToggle, ThePanesFollowTheViewThatShows) {
   OpenFile(6);
   m_list->SetFilter(WithoutNine(), true);

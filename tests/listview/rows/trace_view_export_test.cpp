@@ -1,6 +1,8 @@
 // The list's export: which rows and columns the file gets.
 #include "drained_view.h"
 #include "support/addresses_as_text.h"
+#include "support/file_limit.h"
+#include "support/folder_names.h"
 #include "support/zone_guard.h"
 
 namespace {
@@ -179,6 +181,30 @@ TEST_F(TraceViewExportTest, AWriteThatFailsIsNotReported) {
   m_view->OnCommand(ID_FILE_EXPORT);
   EXPECT_EQ(m_host.Reported().find("box"), std::string::npos);
   EXPECT_EQ(m_host.WaitCursors(), 0);
+}
+
+TEST_F(TraceViewExportTest, AFullDiskLeavesThePartThatWasWrittenAndNoOtherFile) {
+  for (int i = 0; i < 2000; ++i) Add({.text = "the disk gets full"});
+  Open();
+  const std::string folder = m_directory.File("out"), path = folder + "/web.csv";
+  std::filesystem::create_directory(folder);
+  const auto write = [&] {
+    m_host.ClearTranscript();
+    m_host.AnswerFileDialog(path);
+    m_view->OnCommand(ID_FILE_EXPORT);
+    return ReadAll(path);
+  };
+  const std::string whole = write();
+  ASSERT_GT(whole.size(), 10'000U);
+  std::string part;
+  {
+    const FileLimit full(5000);
+    part = write();
+  }
+  EXPECT_EQ(part, whole.substr(0, 5000));
+  EXPECT_EQ(m_host.Reported().find("box"), std::string::npos);
+  EXPECT_EQ(NamesIn(folder), std::set<std::string>{"web.csv"});
+  EXPECT_EQ(write(), whole);
 }
 
 TEST_F(TraceViewExportTest, CancelWritesNothing) {

@@ -18,6 +18,7 @@
 #include "listview/source/ui/rich_edit_widget.h"
 #include "shell/menu_resources.h"
 #include "shell_fixture.h"
+#include "tree/proc/proc_view.h"
 
 namespace {
 
@@ -91,6 +92,25 @@ TEST_F(SourceWindowsTest, CtrlGOpensTheSourceWithItsLineInTheMiddle) {
   QTest::keyClick(edit, Qt::Key_Up);
   EXPECT_EQ(edit->MarkedLine(), -1);
   EXPECT_FALSE(Front()->isWindowModified());
+}
+
+TEST_F(SourceWindowsTest, CtrlGOnTheSelectedItemOfATreeOpensItsFileOnItsLine) {
+  Start();
+  OpenTraceOf(WriteSource("a.cpp"));
+  Frame().OnCommand(ID_VIEW_PROC);
+  auto& tree = dynamic_cast<CProcView&>(*Frame().MDIGetActive()->GetActiveView()).Tree();
+  TreeItem item = tree.Walk(0, TreeStep::FirstChild);
+  for (TreeItem below = item; below; below = tree.Walk(item, TreeStep::FirstChild)) {
+    item = below;
+    tree.Expand(item, true);
+  }
+  tree.SelectItem(item);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_G, Qt::ControlModifier);
+  Settle();
+  ASSERT_NE(Edit(), nullptr);
+  EXPECT_EQ(Front()->windowTitle(), QLatin1String("a.cpp"));
+  EXPECT_EQ(Edit()->textCursor().blockNumber() + 1, 400);
+  EXPECT_EQ(Edit()->MarkedLine(), 399);
 }
 
 TEST_F(SourceWindowsTest, TheWindowLiesInsideTheRoomOfTheOthers) {

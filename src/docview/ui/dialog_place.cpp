@@ -75,9 +75,11 @@ QPoint BesideRow(const QRect& wanted, const QRect& row, const QRect& room) {
   return first;
 }
 
+// A widget that gets another parent loses the focus.
 void MakeScrollable(QDialog& dialog) {
   QLayout* const layout = dialog.layout();
   if (!layout) return;
+  QWidget* const focus = dialog.focusWidget();
   QLayoutItem* const buttons = TakeButtons(*layout);
   const QMargins margins = layout->contentsMargins();
   layout->setSizeConstraint(QLayout::SetDefaultConstraint);
@@ -90,11 +92,13 @@ void MakeScrollable(QDialog& dialog) {
   auto* const column = new QVBoxLayout(&dialog);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(area);
-  if (!buttons) return;
-  auto* const row = new QVBoxLayout;
-  row->setContentsMargins(margins.left(), 0, margins.right(), margins.bottom());
-  row->addItem(buttons);
-  column->addLayout(row);
+  if (buttons) {
+    auto* const row = new QVBoxLayout;
+    row->setContentsMargins(margins.left(), 0, margins.right(), margins.bottom());
+    row->addItem(buttons);
+    column->addLayout(row);
+  }
+  if (focus) focus->setFocus();
 }
 
 void DialogPlace::Remember(DialogPlaces* places, std::string name) {

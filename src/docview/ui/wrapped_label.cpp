@@ -2,9 +2,22 @@
 
 #include <algorithm>
 
+#include "docview/ui/screen_fit.h"
+
+namespace {
+
+constexpr int kBesideTextPx = 160;  // a dialog's margins, and buttons beside the text
+
+}  // namespace
+
 WrappedLabel::WrappedLabel(const QString& text, QWidget* parent) : QLabel(text, parent) {
   setTextFormat(Qt::PlainText);
   setWordWrap(true);
+}
+
+int WrappedLabel::LeastChars() const {
+  const int room = ScreenRoom(*this).width() - kBesideTextPx;
+  return std::clamp(room / fontMetrics().averageCharWidth(), kLeastChars, kLeastCharsWithRoom);
 }
 
 QSize WrappedLabel::SizeAt(int chars) const {

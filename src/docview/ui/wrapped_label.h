@@ -13,9 +13,11 @@ class WrappedLabel final : public QLabel {
  public:
   WrappedLabel(const QString& text, QWidget* parent);
   QSize sizeHint() const override { return SizeAt(kWantedChars); }
-  QSize minimumSizeHint() const override { return SizeAt(kLeastChars); }
+  // As wide as the screen has room for, so that the lines are few.
+  QSize minimumSizeHint() const override { return SizeAt(LeastChars()); }
 
  private:
-  static constexpr int kWantedChars = 76, kLeastChars = 40;
+  static constexpr int kWantedChars = 76, kLeastChars = 40, kLeastCharsWithRoom = 64;
+  int LeastChars() const;
   QSize SizeAt(int chars) const;
 };

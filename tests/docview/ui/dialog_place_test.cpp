@@ -4,6 +4,7 @@
 
 #include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -31,12 +32,16 @@ class LongQuestionFace final : public QtDialogFace {
     auto* const column = new QVBoxLayout(this);
     for (int i = 0; i < question.m_lines; ++i)
       column->addWidget(new QLabel(QString::number(i), this));
+    m_field = new QLineEdit(this);
+    column->addWidget(m_field);
+    m_field->setFocus();
     auto* const buttons = new QHBoxLayout;
     m_button = new QPushButton("Cancel", this);
     connect(m_button, &QPushButton::clicked, this, &QDialog::reject);
     buttons->addWidget(m_button);
     column->addLayout(buttons);
   }
+  QLineEdit* m_field;
   QPushButton* m_button;
 };
 
@@ -110,6 +115,7 @@ TEST_F(DialogPlaceTest, ADialogTallerThanTheScreenScrollsAndItsButtonsAreInReach
     const QPoint middle = face.m_button->rect().center();
     EXPECT_TRUE(face.rect().contains(face.m_button->mapTo(&face, middle)));
     EXPECT_TRUE(face.m_button->isVisible());
+    EXPECT_EQ(face.focusWidget(), face.m_field) << "where the dialog has put it";
   });
 }
 

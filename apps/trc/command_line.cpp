@@ -13,7 +13,7 @@ namespace {
 constexpr std::unique_ptr<Command> (*kMakers[])(CLI::App&) = {
     MakeGen,  MakeInfo, MakeDump,   MakeSave,    MakeConvert, MakeExport,
     MakeFind, MakeTree, MakeTail,   MakeCapture, MakeApps,    MakeShow,
-    MakeSet,  MakeSink, MakeConfig, MakeSetup,   MakeEmit};
+    MakeSet,  MakeSink, MakeForget, MakeConfig,  MakeSetup,   MakeEmit};
 
 }  // namespace
 

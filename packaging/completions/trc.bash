@@ -23,7 +23,7 @@ _trc() {
     case $command:$word in
       config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
       :config) command=config ;;
-      :gen | :info | :dump | :find | :tree | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :setup | :emit) command=$word; break ;;
+      :gen | :info | :dump | :find | :tree | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -34,7 +34,7 @@ _trc() {
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     setup:-m | setup:--machine) return ;;
     setup:-p | setup:--preset) COMPREPLY=($(compgen -W 'off support developer max' -- "$current")); return ;;
-    setup:-a | setup:--app) COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current")); return ;;
+    setup:-a | setup:--app) COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')" -- "$current")); return ;;
     config\ *:-m | config\ *:--machine) return ;;
     tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
     dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check) return ;;
@@ -58,7 +58,8 @@ _trc() {
       tail) options='--help --format --columns --utc --count --for --check --uncheck' ;;
       capture) options='--help --out --count --for --max-size --max-files --check --uncheck' ;;
       apps | show) options='--help --json' ;;
-      set) options='--help --all' ;;
+      forget) options='--help' ;;
+      set) options='--help --all --persist' ;;
       sink) options='--help --server --file --flush --max-files --max-size' ;;
       config | 'config diff') options='--help' ;;
       'config check' | 'config save' | 'config apply') options='--help --machine' ;;
@@ -68,21 +69,21 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink config setup emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink forget config setup emit' -- "$current"))
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then
-    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current"))
+    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')" -- "$current"))
   elif [[ $command == config* || $command == setup ]]; then
     compopt -o filenames
     local IFS=$'\n'
     COMPREPLY=($(compgen -d -- "$current") $(compgen -f -X '!*.tcf' -- "$current"))
   elif [[ $command == set ]]; then
-    local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)
+    local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')
     COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose
       Location Stack" -- "$current"))
-  elif [[ $command == show || $command == sink && $previous != -o && $previous != --file ]]; then
-    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null)" -- "$current"))
+  elif [[ $command == show || $command == forget || $command == sink && $previous != -o && $previous != --file ]]; then
+    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')" -- "$current"))
   elif [[ $command == tail || $command == apps || $command == emit ]]; then
     return
   elif [[ $command == export && $previous == *.trc ]]; then

@@ -22,6 +22,7 @@ std::unique_ptr<Command> MakeApps(CLI::App& program);
 std::unique_ptr<Command> MakeShow(CLI::App& program);
 std::unique_ptr<Command> MakeSet(CLI::App& program);
 std::unique_ptr<Command> MakeSink(CLI::App& program);
+std::unique_ptr<Command> MakeForget(CLI::App& program);
 std::unique_ptr<Command> MakeConfig(CLI::App& program);
 std::unique_ptr<Command> MakeSetup(CLI::App& program);
 std::unique_ptr<Command> MakeEmit(CLI::App& program);

@@ -31,7 +31,8 @@ class SetCommand final : public Command {
         "or *=SETTINGS, any number of them, with blanks or \";\" between. The most exact\n"
         "rule for a trace holds. Capitals do not matter.\n"
         "It is in force as long as the application runs; when it does not run, the next\n"
-        "instance that starts receives it.\n"
+        "instance that starts receives it. With --persist all later instances begin with\n"
+        "it, until trc forget takes it back.\n"
         "\n"
         "Examples:\n"
         "  trc set orders --all support\n"
@@ -44,6 +45,8 @@ class SetCommand final : public Command {
         ->required()
         ->option_text("[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS... | RULES...");
     App().add_flag("-a,--all", m_all, "All traces of the application");
+    App().add_flag("-p,--persist", m_set.persist,
+                   "Keep it for all later instances, from their first trace on");
   }
   void Complete() override {
     if (!m_all && m_words.size() > 1 && !IsSettings(m_words.back()) && IsRules(m_words.back()))
@@ -51,17 +54,29 @@ class SetCommand final : public Command {
     else
       TakeSettings();
     TakeMachineAndApp(m_words, m_set.machine, m_set.app);
+    if (m_set.persist) MakeRules();
   }
   int Run() const override { return RunSet(m_set); }
 
  private:
   void TakeRules();
   void TakeSettings();
+  void MakeRules();
 
   SetOptions m_set;
   Words m_words;
+  std::string m_settings;
   bool m_all = false;
 };
+
+// What is kept is kept as rules.
+void SetCommand::MakeRules() {
+  if (!m_set.rules.IsEmpty()) return;
+  std::vector<std::string> faults;
+  m_set.rules = SettingsText::Read((m_all ? "*" : m_set.target) + "=" + m_settings, &faults);
+  if (!faults.empty() || m_set.rules.Rules().size() != 1)
+    throw CLI::ValidationError("set", "this name cannot be kept, because it contains a \";\"");
+}
 
 void SetCommand::TakeRules() {
   std::string text;
@@ -93,10 +108,9 @@ void SetCommand::TakeSettings() {
   }
   // If the first setting is mistyped, the application looks like a machine.
   if (machine) m_set.doubt = NearSetting(m_words[head - 1]);
-  std::string settings;
   for (std::size_t i = head; i < m_words.size(); ++i)
-    settings += (settings.empty() ? "" : "+") + m_words[i];
-  m_set.settings = SettingsOf(settings).value_or(0);
+    m_settings += (m_settings.empty() ? "" : "+") + m_words[i];
+  m_set.settings = SettingsOf(m_settings).value_or(0);
   m_words.resize(head);
   if (m_all) return;
   m_set.target = m_words.back();
@@ -174,6 +188,32 @@ void SinkCommand::TakeSink() {
   m_words.pop_back();
 }
 
+class ForgetCommand final : public Command {
+ public:
+  explicit ForgetCommand(CLI::App& program)
+      : Command(program, "forget", "Take back what is kept for an application") {
+    App().footer(
+        "What trc set --persist keeps, and what was set while the application did not run.\n"
+        "What is in force in running instances stays so until they end.\n"
+        "Exit status 1: nothing was kept.\n"
+        "\n"
+        "Examples:\n"
+        "  trc forget orders\n"
+        "  trc forget orders1:7447 orders");
+    App()
+        .add_option("WORDS", m_words, kAppHelp)
+        ->required()
+        ->expected(1, 2)
+        ->option_text("[MACHINE] APP");
+  }
+  void Complete() override { TakeMachineAndApp(m_words, m_forget.machine, m_forget.app); }
+  int Run() const override { return RunForget(m_forget); }
+
+ private:
+  ForgetOptions m_forget;
+  Words m_words;
+};
+
 }  // namespace
 
 std::unique_ptr<Command> MakeSet(CLI::App& program) {
@@ -182,4 +222,8 @@ std::unique_ptr<Command> MakeSet(CLI::App& program) {
 
 std::unique_ptr<Command> MakeSink(CLI::App& program) {
   return std::make_unique<SinkCommand>(program);
+}
+
+std::unique_ptr<Command> MakeForget(CLI::App& program) {
+  return std::make_unique<ForgetCommand>(program);
 }

@@ -52,10 +52,16 @@ struct SetOptions {
   std::string machine, app;
   std::string target;  // "COMPONENT" or "COMPONENT/CATEGORY"; empty: all
   unsigned settings = 0;
-  SettingsText rules;  // instead of these two
-  std::string doubt;   // printed when there is no such machine or application
+  SettingsText rules;    // instead of these two
+  bool persist = false;  // for all later instances; `rules` are set then
+  std::string doubt;     // printed when there is no such machine or application
 };
 int RunSet(const SetOptions& options);
+
+struct ForgetOptions {
+  std::string machine, app;
+};
+int RunForget(const ForgetOptions& options);
 
 struct SinkChange {
   std::string machine, app;

@@ -78,7 +78,8 @@ std::uint32_t Catalogue::EnterTrace(CatalogueApp& app, const std::string& compon
   app.mapBytes += bytes;
   m_mapBytes += bytes;
   const auto id = static_cast<std::uint32_t>(app.traces.size());
-  app.traces.push_back({component, category, m_defaultSettings});
+  app.traces.push_back({component, category});
+  app.traces.back().settings = FirstSettings(app, app.traces.back());
   app.ids[{component, category}] = id;
   if (m_store) m_store->WriteTrace(app, id);
   return id;
@@ -118,7 +119,7 @@ void Catalogue::Release(CatalogueApp& app) {
   if (app.awaited) return;
   if (app.submitted) Forget(app);
   app.used = ++m_uses;
-  if (app.traces.empty()) Erase(app);
+  if (app.traces.empty() && app.kept.IsEmpty()) Erase(app);
   while (m_mapBytes > kAllMapsBytesMax && ForgetOldest()) {
   }
 }
@@ -134,7 +135,8 @@ void Catalogue::Erase(CatalogueApp& app) {
 bool Catalogue::ForgetOldest() {
   CatalogueApp* oldest = nullptr;
   for (auto& [name, app] : m_apps)
-    if (!app.IsHeld() && !app.prepared && !app.awaited && (!oldest || app.used < oldest->used))
+    if (!app.IsHeld() && !app.prepared && !app.awaited && app.kept.IsEmpty() &&
+        (!oldest || app.used < oldest->used))
       oldest = &app;
   if (oldest) Erase(*oldest);
   return oldest != nullptr;
@@ -150,7 +152,7 @@ void Catalogue::EndGrace() {
 void Catalogue::Forget(CatalogueApp& app) {
   app.submitted = false;
   app.sink = DefaultSink();
-  for (CatalogueTrace& trace : app.traces) trace.settings = m_defaultSettings;
+  for (CatalogueTrace& trace : app.traces) trace.settings = FirstSettings(app, trace);
   if (m_store) m_store->WriteSettings(app);
 }
 

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "quor/link/link.h"
+#include "quor/settings/settings_text.h"
 
 constexpr std::uint32_t kDefaultSettings = 7;  // Support: Info, Warn, Error
 constexpr std::uint32_t kSettingsBits = 0x031F;
@@ -37,6 +38,7 @@ struct CatalogueApp {
   std::vector<CatalogueTrace> traces;  // by id
   std::map<std::pair<std::string, std::string>, std::uint32_t> ids;
   LinkSink sink;
+  SettingsText kept;  // instead of the defaults, for all instances
   bool submitted = false;
   bool prepared = false;                   // submitted, and no instance has run since
   bool awaited = false;                    // held before a restart: its holders may still come back
@@ -56,6 +58,7 @@ class Catalogue {
  public:
   static constexpr std::size_t kAppsMax = 4096;
   static constexpr std::size_t kNameBytesMax = 4096;
+  static constexpr std::size_t kKeptBytesMax = 2000;
   static constexpr std::size_t kMapBytesMax = 3u << 20;  // a trace map fits into one frame
   // Limit of all trace maps together. Beyond it, maps that nobody holds are forgotten. It is enough
   // for some hundred applications of the size of a large program.
@@ -72,13 +75,11 @@ class Catalogue {
   std::uint32_t EnterTrace(CatalogueApp& app, const std::string& component,
                            const std::string& category);
 
-  // An instance that is known only by its file or its lock does not use up prepared settings until
-  // it begins.
+  // An instance that is only found does not use up prepared settings until it begins.
   void FindInstance(CatalogueApp& app, std::uint32_t pid);
   void BeginInstance(CatalogueApp& app, std::uint32_t pid);
   void OpenHandle(CatalogueApp& app, std::uint32_t pid);
-  // With the last holder, submitted settings cease to apply. The application may then be forgotten,
-  // at once if only its name is known: do not use `app` afterwards.
+  // With the last holder submitted settings cease to apply. `app` may be gone afterwards.
   void EndInstance(CatalogueApp& app, std::uint32_t pid);
   void EndFound(CatalogueApp& app, std::uint32_t pid);
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
@@ -90,12 +91,18 @@ class Catalogue {
     std::optional<LinkSink> sink;
   };
   void Submit(CatalogueApp& app, const Submitted& what);
+  // Keeps rules until ForgetWaiting, and gives the traces that they are for. False: too many.
+  bool Keep(CatalogueApp& app, const SettingsText& rules, std::vector<std::uint32_t>* traces);
+  // Takes back what is kept or prepared. False: nothing was. `app` may be gone afterwards.
+  bool ForgetWaiting(CatalogueApp& app);
+  std::vector<const CatalogueApp*> Waiting() const;  // those that do not run
 
   // Applications that run or are held, sorted by name.
   std::vector<std::string> Registered() const;
   std::uint32_t DefaultSettings() const { return m_defaultSettings; }
 
  private:
+  std::uint32_t FirstSettings(const CatalogueApp& app, const CatalogueTrace& trace) const;
   void Release(CatalogueApp& app);
   void Forget(CatalogueApp& app);
   void StoreHolders(CatalogueApp& app);

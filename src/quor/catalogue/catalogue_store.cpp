@@ -21,7 +21,8 @@ constexpr const char* kSchema =
     " component BLOB NOT NULL, category BLOB NOT NULL, settings INTEGER NOT NULL,"
     " PRIMARY KEY(app, id)) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS holder(app INTEGER NOT NULL, pid INTEGER NOT NULL,"
-    " PRIMARY KEY(app, pid)) WITHOUT ROWID;";
+    " PRIMARY KEY(app, pid)) WITHOUT ROWID;"
+    "CREATE TABLE IF NOT EXISTS kept(app INTEGER PRIMARY KEY, settings BLOB NOT NULL);";
 constexpr int kSchemaVersion = 1;
 
 }  // namespace
@@ -179,6 +180,9 @@ std::vector<StoredApp> CatalogueStore::ReadAll() {
       stored.app.traces.push_back({traces.TextAt(1), traces.TextAt(2),
                                    static_cast<std::uint32_t>(traces.NumberAt(3)) & 0xFFFF});
     }
+    Statement kept(*this, "SELECT settings FROM kept WHERE app = ?");
+    kept.Number(stored.app.row);
+    if (kept.Step()) stored.app.kept = SettingsText::Read(kept.TextAt(0));
     Statement holders(*this, "SELECT pid FROM holder WHERE app = ?");
     holders.Number(stored.app.row);
     while (holders.Step())
@@ -200,6 +204,14 @@ void CatalogueStore::PutWhole(CatalogueApp& app) {
   Statement(*this, "DELETE FROM trace WHERE app = ?").Number(app.row).Step();
   for (std::uint32_t id = 0; id < app.traces.size(); ++id) PutTrace(app, id);
   PutSettings(app);
+  PutKept(app);
+}
+
+void CatalogueStore::PutKept(const CatalogueApp& app) {
+  Statement(*this, "DELETE FROM kept WHERE app = ?").Number(app.row).Step();
+  const std::string text = app.kept.Written();
+  if (!text.empty())
+    Statement(*this, "INSERT INTO kept VALUES(?, ?)").Number(app.row).Text(text).Step();
 }
 
 void CatalogueStore::PutSettings(const CatalogueApp& app) {
@@ -239,8 +251,8 @@ void CatalogueStore::WriteApp(CatalogueApp& app) {
 void CatalogueStore::EraseApp(CatalogueApp& app) {
   Change(app, [this, &app] {
     for (const char* const sql :
-         {"DELETE FROM holder WHERE app = ?", "DELETE FROM trace WHERE app = ?",
-          "DELETE FROM app WHERE id = ?"})
+         {"DELETE FROM kept WHERE app = ?", "DELETE FROM holder WHERE app = ?",
+          "DELETE FROM trace WHERE app = ?", "DELETE FROM app WHERE id = ?"})
       Statement(*this, sql).Number(app.row).Step();
   });
 }
@@ -251,6 +263,10 @@ void CatalogueStore::WriteTrace(CatalogueApp& app, std::uint32_t id) {
 
 void CatalogueStore::WriteSettings(CatalogueApp& app) {
   Change(app, [this, &app] { PutSettings(app); });
+}
+
+void CatalogueStore::WriteKept(CatalogueApp& app) {
+  Change(app, [this, &app] { PutKept(app); });
 }
 
 void CatalogueStore::WriteHolders(CatalogueApp& app, const std::set<std::uint32_t>& pids) {

@@ -37,6 +37,7 @@ class CatalogueStore {
   void EraseApp(CatalogueApp& app);
   void WriteTrace(CatalogueApp& app, std::uint32_t id);
   void WriteSettings(CatalogueApp& app);  // the sink, and the settings of all traces
+  void WriteKept(CatalogueApp& app);
   void WriteHolders(CatalogueApp& app, const std::set<std::uint32_t>& pids);
 
  private:
@@ -50,6 +51,7 @@ class CatalogueStore {
   void Change(CatalogueApp& app, Put&& put);
   void PutWhole(CatalogueApp& app);
   void PutSettings(const CatalogueApp& app);
+  void PutKept(const CatalogueApp& app);
   void PutTrace(const CatalogueApp& app, std::uint32_t id);
   void Failed();
 

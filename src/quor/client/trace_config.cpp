@@ -17,6 +17,7 @@ class Config final : public trace_Config_i {
   const std::list<std::string>& GetAppList() const override {
     m_apps.clear();
     m_instances.clear();
+    m_waiting.clear();
     quor::wire::Request request;
     quor::wire::Response response;
     request.mutable_list_apps();
@@ -27,11 +28,25 @@ class Config final : public trace_Config_i {
       const unsigned instances = i < response.app_instances_size() ? response.app_instances(i) : 0;
       if (m_instances.try_emplace(app, instances).second) m_apps.push_back(app);
     }
+    for (const auto& waiting : response.waiting())
+      m_waiting.push_back({waiting.app(), waiting.kept(), waiting.prepared()});
     return m_apps;
   }
   unsigned GetInstances(const std::string& app) const override {
     const auto known = m_instances.find(app);
     return known == m_instances.end() ? 0 : known->second;
+  }
+  std::vector<trace_Waiting_t> GetWaiting() const override { return m_waiting; }
+  bool Keep(const std::string& app, const std::string& rules, std::string* why) override {
+    quor::wire::Request request;
+    request.mutable_keep()->set_app(app);
+    request.mutable_keep()->set_rules(rules);
+    return m_link->Ask(std::move(request), ConfigLink::Deadline(), nullptr, why);
+  }
+  bool ForgetApp(const std::string& app, std::string* why) override {
+    quor::wire::Request request;
+    request.mutable_forget_app()->set_name(app);
+    return m_link->Ask(std::move(request), ConfigLink::Deadline(), nullptr, why);
   }
   bool WasAnswered() const override { return m_answered; }
   bool IsUp() const override { return m_link->IsUp(); }
@@ -42,6 +57,7 @@ class Config final : public trace_Config_i {
   const std::shared_ptr<ConfigLink> m_link;
   mutable std::list<std::string> m_apps;
   mutable std::map<std::string, unsigned> m_instances;
+  mutable std::vector<trace_Waiting_t> m_waiting;
   mutable bool m_answered = true;
 };
 

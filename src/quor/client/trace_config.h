@@ -45,6 +45,11 @@ struct trace_StartNote_t {
   std::string text;
 };
 
+struct trace_Waiting_t {
+  std::string app, kept;  // rules
+  bool prepared;          // settings or a sink for the next instance
+};
+
 class trace_Config_i : public QuorRef::Ref_t {
  public:
   // "" and "localhost" mean this machine, "name:port" another. `why` gets the reason for a null.
@@ -64,6 +69,15 @@ class trace_Config_i : public QuorRef::Ref_t {
   // A question of any handle on this machine had no answer in time, and the service has not been
   // heard since. The next question would probably wait as long.
   virtual bool IsSilent() const = 0;
+  // What waits for applications that did not run at the last GetAppList.
+  virtual std::vector<trace_Waiting_t> GetWaiting() const { return {}; }
+  // Keeps rules (quor/settings/settings_text.h) for all later instances of an application, and puts
+  // them in force; takes back what is kept or waits. False and a reason: refused, or no answer.
+  virtual bool Keep(const std::string& /*app*/, const std::string& /*rules*/,
+                    std::string* /*why*/) {
+    return false;
+  }
+  virtual bool ForgetApp(const std::string& /*app*/, std::string* /*why*/) { return false; }
 };
 
 class trace_App_i : public QuorRef::Ref_t {

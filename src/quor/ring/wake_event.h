@@ -29,3 +29,9 @@ inline void AwaitWake(WakeEvent& event, std::uint32_t seen, int milliseconds) no
   const timespec time{milliseconds / 1000, milliseconds % 1000 * 1'000'000L};
   syscall(SYS_futex, &event, FUTEX_WAIT, seen, milliseconds < 0 ? nullptr : &time, nullptr, 0);
 }
+
+inline void AwaitWakeNs(WakeEvent& event, std::uint32_t seen, std::uint64_t nanoseconds) noexcept {
+  const timespec time{static_cast<time_t>(nanoseconds / 1'000'000'000),
+                      static_cast<long>(nanoseconds % 1'000'000'000)};
+  syscall(SYS_futex, &event, FUTEX_WAIT, seen, &time, nullptr, 0);
+}

@@ -53,8 +53,9 @@ LinkThread& LinkThread::Get() {
   return *link;
 }
 
-void LinkThread::Start(const ServiceEnvironment& environment) {
+void LinkThread::Start(const ServiceEnvironment& environment, unsigned waitMs) {
   m_environment = environment;
+  if (waitMs != 0) m_answer.Expect(waitMs);
   StartThread();
 }
 
@@ -74,6 +75,7 @@ void LinkThread::StartThread() {
   if (pthread_create(&thread, nullptr, Enter, this) == 0) {
     pthread_detach(thread);
   } else {
+    m_answer.HasCome();
     m_againMs.store(NowMs() + kPauseMinMs);
     m_state.store(State::Refused);
   }
@@ -171,6 +173,7 @@ void LinkThread::Connect(Session& session) {
 // Starts a service only if none was ever reached. A service that was stopped on purpose stays
 // stopped.
 void LinkThread::NoService(Session& session) {
+  m_answer.HasCome();
   const std::uint64_t now = NowMs();
   if (session.mayStart) {
     session.mayStart = false;
@@ -187,6 +190,7 @@ void LinkThread::NoService(Session& session) {
 }
 
 void LinkThread::Disconnect(Session& session) {
+  m_answer.HasCome();
   m_socket.Close();
   m_linked.store(false);
   session.nextTryMs = 0;
@@ -225,6 +229,7 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
       return true;
     case LinkType::Poke:
       Runtime::Get().TakeSettings();
+      m_answer.HasCome();
       return true;
     case LinkType::Sink:
       m_sink.Set(frame.sink);
@@ -303,6 +308,7 @@ void LinkThread::AfterForkInParent() {
 
 // The child has no link thread. What that thread had open belongs to the parent.
 void LinkThread::AfterForkInChild() {
+  m_answer.Forget();
   m_sink.AfterForkInChild();
   m_socket.Close();
   m_linked.store(false);

@@ -17,6 +17,7 @@
 #include "quor/link/link.h"
 #include "quor/link/paths.h"
 #include "quor/ring/checked_descriptor.h"
+#include "quor/runtime/first_answer.h"
 #include "quor/runtime/sink_keeper.h"
 
 class LinkThread {
@@ -25,7 +26,9 @@ class LinkThread {
 
   // The sink that the environment orders. Call it before Start, while nobody else knows the ring.
   void BeginSink(const std::optional<LinkSink>& sink) { m_sink.Begin(sink); }
-  void Start(const ServiceEnvironment& environment);
+  // `waitMs`: how long first traces wait for the service's settings; 0: not at all.
+  void Start(const ServiceEnvironment& environment, unsigned waitMs);
+  void AwaitAnswer() { m_answer.Await(); }
   // Starts the thread if the system has refused it, at most every 50 ms. Not in a signal handler,
   // because that allocates.
   void StartIfRefused();
@@ -67,5 +70,6 @@ class LinkThread {
   CheckedDescriptor m_socket;               // used by the thread, and by a fork's child
   std::atomic<std::uint64_t> m_againMs{0};  // when a refused thread is tried again
   ServiceEnvironment m_environment;
+  FirstAnswer m_answer;
   SinkKeeper m_sink;
 };

@@ -44,13 +44,17 @@ Runtime& Runtime::Get() {
 }
 
 bool Runtime::Start() {
-  if (HasRing()) return true;
+  if (HasRing()) {
+    LinkThread::Get().AwaitAnswer();
+    return true;
+  }
   if (!MayTry()) return false;
   {
     OwnerGuard guard(m_lock);
     if (!guard || !StartLocked()) return false;
   }
   PrimeForStart();
+  LinkThread::Get().AwaitAnswer();
   return true;
 }
 
@@ -95,6 +99,7 @@ void Runtime::NameApplication(const char* name) {
     m_segment.Header()->appName = app;
   }
   PrimeForStart();
+  LinkThread::Get().AwaitAnswer();
   // A name that comes after the first trace is sent with a new hello.
   if (renamed) LinkThread::Get().ReportName();
   LinkThread::Get().ReportPoints();

@@ -4,6 +4,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -42,6 +43,15 @@ SegmentSizes WantedSizes() {
   return sizes;
 }
 
+// Where there is no socket no service answers, and no trace waits.
+unsigned WaitMs(const ServiceEnvironment& environment) {
+  if (access(ServiceSocketPath(environment).c_str(), F_OK) != 0) return 0;
+  const char* const text = secure_getenv("QUOR_WAIT");
+  if (!text || *text < '0' || *text > '9') return FirstAnswer::kWaitMs;
+  return static_cast<unsigned>(
+      std::min<unsigned long>(std::strtoul(text, nullptr, 10), FirstAnswer::kWaitMaxMs));
+}
+
 std::string_view MachineName(char (&buffer)[256]) {
   if (gethostname(buffer, sizeof buffer) != 0) return "localhost";
   buffer[sizeof buffer - 1] = '\0';
@@ -73,13 +83,14 @@ void Runtime::StartSegment() {
   m_hot.ring = RingProducer(m_segment);
   HandOverLost();
   RegisterDeclared();
-  if (m_lastGeneration == 0) TellStart();
+  const bool first = m_lastGeneration == 0;
+  if (first) TellStart();
   LinkThread::Get().BeginSink(m_segment.Header()->startSink != 0 ? m_start.Sink() : std::nullopt);
   // Before the first trace: so the service finds it whatever happens to this process.
   folder.Show();
   m_hot.generation.store(++m_lastGeneration);
   HandOverLost();  // losses of traces that found no ring until now
-  LinkThread::Get().Start(environment);
+  LinkThread::Get().Start(environment, first ? WaitMs(environment) : 0);
 }
 
 // In a file that the service finds; if that is impossible, in memory that is sent to it later.

@@ -162,6 +162,9 @@ inline void Trace(quor_point* point, unsigned attributes, const char* file, unsi
       runtime.CountLost();
       return;
     }
+    // The thread may have waited for the service, which has other settings.
+    settings = __atomic_load_n(&point->settings, __ATOMIC_ACQUIRE);
+    if ((settings & attributes) != attributes) return;
   }
   const AppNameId tid =
       __builtin_expect(t_thread.generation != 0, 1) ? t_thread.name : hot.unknownThread;

@@ -187,6 +187,10 @@ bool ClientSession::ServeApps(const Request& request, Response* response) {
     }
     case Request::kGetApp:
       return FillApp(request.get_app().name(), response);
+    case Request::kKeep:
+      return Keep(request.keep(), response);
+    case Request::kForgetApp:
+      return ForgetApp(request.forget_app().name(), response);
     default:
       return Submit(request.submit(), response);
   }
@@ -198,6 +202,28 @@ void ClientSession::ListApps(Response* response) {
     const CatalogueApp* const app = m_context.apps.Known().Find(name);
     response->add_app_instances(static_cast<std::uint32_t>(app->Instances()));
   }
+  for (const CatalogueApp* const app : m_context.apps.Known().Waiting()) {
+    Waiting* const waiting = response->add_waiting();
+    waiting->set_app(app->name);
+    waiting->set_kept(app->kept.Written());
+    waiting->set_prepared(app->prepared);
+  }
+}
+
+bool ClientSession::Keep(const quor::wire::Keep& keep, Response* response) {
+  std::vector<std::string> faults;
+  const SettingsText rules = SettingsText::Read(keep.rules(), &faults);
+  if (!faults.empty()) return Fail(response, ERROR_BAD_REQUEST, faults.front());
+  CatalogueApp* const app = m_context.apps.Known().Enter(keep.app());
+  if (!app) return Fail(response, ERROR_LIMIT, "the application cannot be entered");
+  if (m_context.apps.Keep(*app, rules)) return true;
+  return Fail(response, ERROR_LIMIT, "that are more settings than are kept for an application");
+}
+
+bool ClientSession::ForgetApp(const std::string& name, Response* response) {
+  CatalogueApp* const app = m_context.apps.Known().Find(name);
+  if (app && m_context.apps.Known().ForgetWaiting(*app)) return true;
+  return Fail(response, ERROR_UNKNOWN_APP, "nothing is kept for such an application");
 }
 
 bool ClientSession::OpenApp(const std::string& name, Response* response) {

@@ -74,6 +74,8 @@ class ClientSession final : public Connection::Handler,
   void ListApps(quor::wire::Response* response);
   bool OpenApp(const std::string& name, quor::wire::Response* response);
   bool Submit(const quor::wire::Submit& submit, quor::wire::Response* response);
+  bool Keep(const quor::wire::Keep& keep, quor::wire::Response* response);
+  bool ForgetApp(const std::string& name, quor::wire::Response* response);
   bool FillApp(const std::string& name, quor::wire::Response* response);
   void TakeForwarded(const Frame& frame);
   void CloseHandles();

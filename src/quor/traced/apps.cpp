@@ -262,6 +262,15 @@ void Apps::Submit(CatalogueApp& app, const Catalogue::Submitted& what) {
   Apply(app, what.sink.has_value());
 }
 
+bool Apps::Keep(CatalogueApp& app, const SettingsText& rules) {
+  std::vector<std::uint32_t> traces;
+  if (!m_catalogue.Keep(app, rules, &traces)) return false;
+  for (const auto& [key, instance] : m_running)
+    if (&instance->Entry() == &app) instance->DropStart(traces, false);
+  Apply(app, false);
+  return true;
+}
+
 AppStart Apps::StartOf(const CatalogueApp& app) const {
   AppStart start;
   bool first = true;

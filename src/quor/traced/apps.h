@@ -54,6 +54,8 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   bool Arrive(AppArrival arrival, std::string* why);
   // Stores it in the catalogue and passes it to the running instances.
   void Submit(CatalogueApp& app, const Catalogue::Submitted& what);
+  // False: they are too many. See Catalogue.
+  bool Keep(CatalogueApp& app, const SettingsText& rules);
   AppStart StartOf(const CatalogueApp& app) const;
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
   void EndGrace();

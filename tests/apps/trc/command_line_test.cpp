@@ -44,7 +44,10 @@ TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
       {"capture", {"-o,--out", "--max-size", "--max-files", "--uncheck", "MACHINE"}},
       {"apps", {"-j,--json", "MACHINE"}},
       {"show", {"-j,--json", "[MACHINE] APP"}},
-      {"set", {"-a,--all", "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS... | RULES..."}},
+      {"set",
+       {"-a,--all", "-p,--persist",
+        "[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS... | RULES..."}},
+      {"forget", {"[MACHINE] APP"}},
       {"sink", {"-s,--server", "-o,--file", "--flush", "--max-files", "--max-size"}},
       {"config", {"check", "show", "save", "apply", "diff"}},
       {"setup", {"-m,--machine", "-s,--same", "-p,--preset", "--monitor", "-n,--dry-run", "FILE"}},
@@ -93,6 +96,7 @@ TEST(TrcCommandLine, WhatIsNearlyRightIsNamed) {
   ExpectRefused({"set", "a2", "Net=max;Db", "Db=off"}, "\"Db\" has no \"=\" before its settings\n");
   ExpectRefused({"set", "a", "b", "c", "Net=max"}, "set: takes [MACHINE] APP, then ");
   ExpectRefused({"set", "a2", ";="}, "\"=\" names no traces\n");
+  ExpectRefused({"set", "--persist", "a2", "a;b", "off"}, "cannot be kept");
   ExpectRefused({"sink", "a2", "fle:x.trc"}, "did you mean \"file:\"?\n");
   ExpectRefused({"sink", "a2", "file:x.trc?maxsise=1"}, "did you mean \"maxsize\"?\n");
   ExpectRefused({"sink", "a2", "file:x.trc", "--server", "b", "c"},

@@ -196,6 +196,65 @@ TEST_F(CatalogueTest, WhoeverDoesNotComeBackAfterARestartHoldsNothing) {
   }
 }
 
+TEST_F(CatalogueTest, WhatIsKeptIsWithWhatEveryInstanceBeginsAlsoOverARestart) {
+  {
+    const auto catalogue = Begin();
+    std::vector<std::uint32_t> traces;
+    CatalogueApp* const app = catalogue->Enter("orders");
+    EXPECT_TRUE(catalogue->Keep(*app, SettingsText::Read("Net=max;*=off"), &traces));
+    EXPECT_THAT(traces, IsEmpty()) << "it was never seen";
+  }
+  for (int run = 0; run < 3; ++run) {
+    const auto catalogue = Begin();
+    ASSERT_EQ(catalogue->Waiting().size(), 1u);
+    EXPECT_EQ(catalogue->Waiting()[0]->kept.Written(), "Net=max;*=off");
+    CatalogueApp* const app = catalogue->Enter("orders");
+    catalogue->BeginInstance(*app, kMe);
+    EXPECT_THAT(catalogue->Waiting(), IsEmpty()) << "it runs";
+    const std::uint32_t net = catalogue->EnterTrace(*app, "Net", "Connect");
+    const std::uint32_t db = catalogue->EnterTrace(*app, "Db", "Query");
+    EXPECT_EQ(Word(*catalogue, "orders", net), 799u);
+    EXPECT_EQ(Word(*catalogue, "orders", db), 0u);
+    // What is set for this instance ends with it.
+    catalogue->Submit(*app, {{{net, 1}, {db, 1}}, {}});
+    catalogue->EndInstance(*app, kMe);
+    EXPECT_EQ(Word(*catalogue, "orders", net), 799u);
+    EXPECT_EQ(Word(*catalogue, "orders", db), 0u);
+  }
+}
+
+TEST_F(CatalogueTest, WhatIsKeptCanBeTakenBackAndARunningInstanceHasItToItsEnd) {
+  const auto catalogue = Begin();
+  std::vector<std::uint32_t> traces;
+  CatalogueApp* const app = catalogue->Enter("orders");
+  EXPECT_FALSE(catalogue->ForgetWaiting(*app));
+  catalogue->BeginInstance(*app, kMe);
+  const std::uint32_t net = catalogue->EnterTrace(*app, "Net", "Connect");
+  EXPECT_TRUE(catalogue->Keep(*app, SettingsText::Read("Net=max"), &traces));
+  EXPECT_THAT(traces, ElementsAre(net));
+  EXPECT_TRUE(catalogue->ForgetWaiting(*app));
+  EXPECT_EQ(Word(*catalogue, "orders", net), 799u);
+  catalogue->EndInstance(*app, kMe);
+  EXPECT_EQ(Word(*catalogue, "orders", net), 7u);
+  EXPECT_THAT(catalogue->Waiting(), IsEmpty());
+  // And while it does not run.
+  EXPECT_TRUE(catalogue->Keep(*app, SettingsText::Read("Net=off"), &traces));
+  EXPECT_EQ(Word(*catalogue, "orders", net), 0u);
+  EXPECT_TRUE(catalogue->ForgetWaiting(*app));
+  EXPECT_EQ(Word(*catalogue, "orders", net), 7u);
+}
+
+TEST_F(CatalogueTest, WhatIsKeptIsBoundedAndForgottenWithItsApplication) {
+  const auto catalogue = Begin();
+  std::vector<std::uint32_t> traces;
+  CatalogueApp* const app = catalogue->Enter("orders");
+  const std::string name(Catalogue::kKeptBytesMax - 4, 'x');
+  EXPECT_FALSE(catalogue->Keep(*app, SettingsText::Read(name + "x=off"), &traces));
+  EXPECT_TRUE(catalogue->Keep(*app, SettingsText::Read(name + "=off"), &traces));
+  EXPECT_TRUE(catalogue->ForgetWaiting(*app));
+  EXPECT_EQ(catalogue->Find("orders"), nullptr) << "only its name was known";
+}
+
 TEST_F(CatalogueTest, AnUnknownIdIsIgnored) {
   const auto catalogue = Begin();
   CatalogueApp* const app = catalogue->Enter("orders");

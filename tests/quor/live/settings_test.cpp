@@ -205,4 +205,60 @@ TEST_F(LiveSettingsTest, ASetUserIdProgramIgnoresBoth) {
   if (!wasThere) std::filesystem::remove_all("/tmp/quor-65534");
 }
 
+// How many of 60 traces of one component its settings let pass.
+std::uint64_t TracedBy(const std::string& app, const std::string& component = "Net") {
+  const TrcRun run =
+      RunTrc({.arguments = {"emit", "--app", app, "--count", "60", "--components", component},
+              .environment = {"QUOR_WAIT=10000"}});
+  EXPECT_EQ(run.status, 0) << run.err;
+  return std::stoull(run.out + run.err);
+}
+
+TEST_F(LiveSettingsTest, WhatIsKeptHoldsFromTheFirstTraceOfEachLaterInstance) {
+  StartService();
+  EXPECT_EQ(RunTrc({"set", "--persist", "orders", "--all", "off"}).status, 0);
+  EXPECT_EQ(RunTrc({"apps"}).out, "orders  (does not run; kept: *=off)\n");
+  EXPECT_EQ(json::parse(RunTrc({"apps", "--json"}).out),
+            json::parse(R"([{"application": "orders", "running": false, "instances": 0,
+                            "kept": "*=off", "prepared": false}])"));
+  for (int run = 0; run < 5; ++run) EXPECT_EQ(TracedBy("orders"), 0u);
+  EXPECT_EQ(TracedBy("others"), 60u);
+  // It is added to what is kept, also over a restart.
+  EXPECT_EQ(RunTrc({"set", "-p", "orders", "db=support"}).status, 0);
+  StopService(SIGKILL);
+  StartService();
+  EXPECT_EQ(RunTrc({"apps"}).out, "orders  (does not run; kept: *=off;db=support)\n");
+  EXPECT_EQ(TracedBy("orders", "Db"), 60u);
+  EXPECT_EQ(TracedBy("orders"), 0u);
+  ASSERT_TRUE(Eventually([] { return RunTrc({"apps"}).out != "orders\n"; }));
+  EXPECT_EQ(RunTrc({"forget", "orders"}).status, 0);
+  EXPECT_EQ(TracedBy("orders"), 60u);
+  const TrcRun again = RunTrc({"forget", "orders"});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_EQ(again.err, "trc: \"orders\": nothing is kept for such an application\n");
+}
+
+TEST_F(LiveSettingsTest, WhatIsKeptIsInForceInARunningInstanceToo) {
+  StartService();
+  TrcProcess emit(EmitWith({"QUOR_SETTINGS=Db=max"}));
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  EXPECT_EQ(RunTrc({"set", "--persist", "orders", "DB/close", "info", "Stack"}).status, 0);
+  EXPECT_EQ(RunTrc({"apps"}).out, "orders\n");
+  EXPECT_EQ(SettingsOfApp("orders").at("Db/Close"), 0x201u);
+  EXPECT_EQ(SettingsOfApp("orders").at("Db/Connect"), 799u);
+  EXPECT_EQ(RunTrc({"forget", "orders"}).status, 0);
+  EXPECT_EQ(SettingsOfApp("orders").at("Db/Close"), 0x201u) << "to the end of the instance";
+}
+
+TEST_F(LiveSettingsTest, WhatWaitsForTheNextInstanceIsListedAndTakenBack) {
+  StartService();
+  EXPECT_EQ(TracedBy("orders"), 60u);
+  ASSERT_TRUE(Eventually([&] { return RunTrc({"apps"}).out.empty(); }));
+  EXPECT_EQ(RunTrc({"set", "orders", "*=off"}).status, 0);
+  EXPECT_EQ(RunTrc({"apps"}).out, "orders  (does not run; settings wait for its next instance)\n");
+  EXPECT_EQ(RunTrc({"forget", "orders"}).status, 0);
+  EXPECT_EQ(RunTrc({"apps"}).out, "");
+  EXPECT_EQ(TracedBy("orders"), 60u);
+}
+
 }  // namespace

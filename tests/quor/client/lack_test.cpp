@@ -3,8 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <asio/error.hpp>
 #include <atomic>
+#include <cerrno>
 #include <fstream>
+#include <system_error>
 
 #include "live_fixture.h"
 #include "quor/client/trace_config.h"
@@ -22,6 +25,14 @@ class LackTest : public LiveTest {
     EXPECT_FALSE(trace_Config_i::Create("", &configuration));
     return monitor + "\n" + configuration + "\n";
   }
+  // A sanitizer that meets a class for the first time needs descriptors itself.
+  void MeetAllClasses() {
+    m_service.StopListening();
+    EXPECT_EQ(Times(Refused(), "no trace service runs here"), 2U);
+    m_service.Listen();
+    const std::system_error lack(EMFILE, asio::system_category());
+    EXPECT_NE(lack.code().message(), "");
+  }
   static std::size_t Times(const std::string& text, const std::string& part) {
     std::size_t times = 0;
     for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++times;
@@ -35,6 +46,7 @@ class LackTest : public LiveTest {
 };
 
 TEST_F(LackTest, WithoutDescriptorsItFailsWithThatReason) {
+  MeetAllClasses();
   const int next = dup(0);
   close(next);
   for (int spare = 0; spare <= 3; ++spare) {

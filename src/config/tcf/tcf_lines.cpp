@@ -6,6 +6,7 @@
 
 #include "base/fail_with.h"
 #include "config/tcf/tcf_words.h"
+#include "quor/client/trace_config.h"
 #include "quor/settings/settings_words.h"
 
 namespace {

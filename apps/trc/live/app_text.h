@@ -28,6 +28,7 @@ struct ShownApp {
   std::string name;
   std::optional<TcfSink> sink;
   bool sinkFromStart = false;
+  std::string sinkTrouble;
   std::vector<trace_StartNote_t> startNotes;
   std::vector<Component> components;
 };

@@ -68,6 +68,7 @@ class App final : public trace_App_i {
   }
   bool IsFromStart(unsigned traceId) const override { return m_fromStart.contains(traceId); }
   bool IsSinkFromStart() const override { return m_sinkFromStart; }
+  std::string WhySinkFails() const override { return m_sinkTrouble; }
   std::vector<trace_StartNote_t> GetStartNotes() const override { return m_startNotes; }
   bool Submit() const override;
   bool Refresh() override;
@@ -85,6 +86,7 @@ class App final : public trace_App_i {
   std::string m_sinkName = "localhost", m_sinkOptions;
   std::set<unsigned> m_fromStart;
   bool m_sinkFromStart = false;
+  std::string m_sinkTrouble;
   std::vector<trace_StartNote_t> m_startNotes;
   // Submit sends only these: another program may have changed the rest meanwhile.
   mutable std::set<unsigned> m_held;
@@ -128,6 +130,7 @@ void App::Take(const quor::wire::App& app) {
   m_sinkHeld = false;
   m_fromStart.clear();
   m_sinkFromStart = app.sink_from_start();
+  m_sinkTrouble = app.sink_trouble();
   m_startNotes.clear();
   for (const auto& note : app.start_notes()) m_startNotes.push_back({note.pid(), note.text()});
   for (const auto& component : app.components()) {

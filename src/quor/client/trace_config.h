@@ -105,6 +105,7 @@ class trace_App_i : public QuorRef::Ref_t {
   // instances gave them (QUOR_SETTINGS, QUOR_SINK): is it what GetSettings or GetSink answers?
   virtual bool IsFromStart(unsigned /*traceId*/) const { return false; }
   virtual bool IsSinkFromStart() const { return false; }
+  virtual std::string WhySinkFails() const { return {}; }  // its machine cannot be reached
   virtual std::vector<trace_StartNote_t> GetStartNotes() const { return {}; }
 };
 

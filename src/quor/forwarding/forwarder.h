@@ -34,6 +34,8 @@ class Forwarder final : public HubStream,
   std::weak_ptr<Connection> Stop();
 
   Hub& Traces() { return m_hub; }
+  // Why the machine cannot be reached; empty while it can.
+  const std::string& Trouble() const { return m_loggedReason; }
   // No application traces into it, and everything has arrived.
   bool IsIdle() const;
   void OnBatch(const SharedBatch& batch) override;

@@ -241,7 +241,10 @@ bool ClientSession::FillApp(const std::string& name, Response* response) {
   App* const to = response->mutable_app();
   to->set_name(app->name);
   const AppStart start = m_context.apps.StartOf(*app);
-  PutSink(start.sink ? *start.sink : app->sink, to->mutable_sink());
+  const LinkSink& sink = start.sink ? *start.sink : app->sink;
+  PutSink(sink, to->mutable_sink());
+  if (sink.kind == SinkKind::Socket)
+    to->set_sink_trouble(m_context.apps.Machines().WhyUnreachable(sink.name));
   to->set_sink_from_start(start.sink.has_value());
   for (const AppStart::Note& note : start.notes) {
     StartNote* const line = to->add_start_notes();

@@ -235,6 +235,13 @@ Hub& Service::HubForMachine(const std::string& machine) {
   return forwarder->Traces();
 }
 
+std::string Service::WhyUnreachable(const std::string& machine) const {
+  const std::optional<Machine> to = ParseMachine(machine);
+  if (!to || to->local) return {};
+  const auto known = m_forwarders.find(AddressOf(to->host, to->port));
+  return known == m_forwarders.end() ? std::string() : known->second->Trouble();
+}
+
 // Forwarders to machines that are no application's sink any more.
 void Service::EndIdleForwarders() {
   std::erase_if(m_forwarders, [](const auto& entry) {

@@ -49,6 +49,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   void OnGone(LocalArrival& arrival) override;
   void OnEnded(ClientSession& session) override;
   Hub& HubForMachine(const std::string& machine) override;
+  std::string WhyUnreachable(const std::string& machine) const override;
   void OnPlaceChanged() override;
   void TakePlaceAgain();
   void EndIdleForwarders();

@@ -19,10 +19,11 @@
 
 class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
  public:
-  // Chooses the hub that takes the traces for a machine; the local one for an unknown name.
+  // Chooses the hub that takes a machine's traces; the local one for an unknown name.
   class Router {
    public:
     virtual Hub& HubForMachine(const std::string& machine) = 0;
+    virtual std::string WhyUnreachable(const std::string& /*machine*/) const { return {}; }
     // The folder in which applications are watched has changed.
     virtual void OnPlaceChanged() = 0;
 
@@ -54,8 +55,8 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   bool Arrive(AppArrival arrival, std::string* why);
   // Stores it in the catalogue and passes it to the running instances.
   void Submit(CatalogueApp& app, const Catalogue::Submitted& what);
-  // False: they are too many. See Catalogue.
   bool Keep(CatalogueApp& app, const SettingsText& rules);
+  const Router& Machines() const { return m_router; }
   AppStart StartOf(const CatalogueApp& app) const;
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
   void EndGrace();

@@ -175,6 +175,19 @@ TEST_F(LiveSettingsTest, ASinkOfTheEnvironmentIsShownAndHoldsUntilAnotherIsSet) 
   EXPECT_EQ(DumpedTraces(path).front()["category"], "Settings");
 }
 
+TEST_F(LiveSettingsTest, AMachineThatCannotBeReachedIsToldWithTheSink) {
+  StartService();
+  TrcProcess emit(EmitWith({"QUOR_SINK=socket:127.0.0.1:1"}));
+  ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
+  EXPECT_TRUE(Eventually([] {
+    return RunTrc({"show", "orders"}).out.find("\n             cannot be reached: ") !=
+           std::string::npos;
+  })) << RunTrc({"show", "orders"}).out;
+  EXPECT_NE(json::parse(RunTrc({"show", "orders", "--json"}).out)["sinkTrouble"], "");
+  EXPECT_EQ(RunTrc({"sink", "orders", "socket:localhost"}).status, 0);
+  EXPECT_FALSE(json::parse(RunTrc({"show", "orders", "--json"}).out).contains("sinkTrouble"));
+}
+
 // A program with the rights of its file's owner is not to be steered by who starts it.
 TEST_F(LiveSettingsTest, ASetUserIdProgramIgnoresBoth) {
   const std::string path = m_dir.File("own.trc"), copy = m_dir.File("copy");

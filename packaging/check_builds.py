@@ -13,8 +13,7 @@ ROOT = Path(__file__).resolve().parent.parent
 COMMON = ["-DCMAKE_BUILD_TYPE=Release", "-DTESSERA_TESTS=OFF", "-DTESSERA_HARDEN=ON",
           "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_INSTALL_LIBDIR=lib"]
 OTHERS = ["OpenSSL", "Protobuf", "SQLite3", "CLI11", "fmt", "nlohmann_json"]
-LIBRARY = """include/quor/format.hpp include/quor/quor.h include/quor/quor.hpp include/quor/version.h
-    lib/cmake/quor/quorConfig.cmake lib/cmake/quor/quorConfigVersion.cmake
+LIBRARY = """lib/cmake/quor/quorConfig.cmake lib/cmake/quor/quorConfigVersion.cmake
     lib/cmake/quor/quorTargets-release.cmake lib/cmake/quor/quorTargets.cmake lib/libquor.a
     lib/libquor.so lib/libquor.so.1 lib/libquor.so.{version} lib/pkgconfig/quor.pc""".split()
 
@@ -44,7 +43,8 @@ def library_alone(folder):
     run("cmake", "--install", folder / "library", "--prefix", prefix)
     installed = {path.relative_to(prefix).as_posix() for path in prefix.rglob("*") if not path.is_dir()}
     real = (prefix / "lib/libquor.so.1").resolve()
-    wanted = {name.format(version=real.name.removeprefix("libquor.so.")) for name in LIBRARY}
+    headers = {f"include/quor/{path.name}" for path in (ROOT / "include/quor").glob("*.h*")}
+    wanted = headers | {name.format(version=real.name.removeprefix("libquor.so.")) for name in LIBRARY}
     if installed != wanted:
         sys.exit(f"the library alone installs {sorted(installed)}, not {sorted(wanted)}")
     return real

@@ -28,7 +28,9 @@ def missing(path):
         yield "a stack that is not executable"
     if "__stack_chk_fail" not in symbols:
         yield "the stack protector"
-    if not re.search(r"\s__(?!stack_)\w+_chk\b", symbols):
+    # A trace is too short for them: see src/CMakeLists.txt.
+    is_library = "libquor.so" in str(path)
+    if not is_library and not re.search(r"\s__(?!stack_)\w+_chk\b", symbols):
         yield "checked calls of the C library (_FORTIFY_SOURCE)"
     # The C library's own start files have a few marks, ours has one for each function.
     if platform.machine() == "x86_64" and tool("objdump", "-d", path).count("endbr64") < 20:

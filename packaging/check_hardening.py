@@ -30,8 +30,8 @@ def missing(path):
         yield "the stack protector"
     # A trace is too short for them: see src/CMakeLists.txt.
     is_library = "libquor.so" in str(path)
-    if not is_library and not re.search(r"\s__(?!stack_)\w+_chk\b", symbols):
-        yield "checked calls of the C library (_FORTIFY_SOURCE)"
+    if is_library == bool(re.search(r"\s__(?!stack_)\w+_chk\b", symbols)):
+        yield "fast calls of the C library" if is_library else "checked calls of the C library (_FORTIFY_SOURCE)"
     # The C library's own start files have a few marks, ours has one for each function.
     if platform.machine() == "x86_64" and tool("objdump", "-d", path).count("endbr64") < 20:
         yield "control-flow protection"

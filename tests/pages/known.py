@@ -29,6 +29,7 @@ WHOLE = {
 # Steps before an example that the page leaves to the reader.
 BEFORE = {
     "QUOR_KEYS=~/alice trc tail orders1.example.org": "cp -rp ~/.config/quor/keys ~/alice",
+    "trc forget orders": "trc set --persist orders '*=support'",
     "quord keys init": "rm -rf ~/.config/quor/keys",
     "quord --listen 0.0.0.0:7447": "[ -e ~/.config/quor/keys ] || quord keys init",
     "quord --foreground --listen 127.0.0.1:0": "quord keys init",

@@ -27,9 +27,9 @@ class SetCommand final : public Command {
       : Command(program, "set", "Switch an application's traces") {
     App().footer(
         "SETTINGS is off, support, developer or max, or any of Info Warn Error Developer\n"
-        "Verbose Location Stack, also joined by \"+\". RULES is COMPONENT[/CATEGORY]=SETTINGS\n"
-        "or *=SETTINGS, any number of them, with blanks or \";\" between. The most exact\n"
-        "rule for a trace holds. Capitals do not matter.\n"
+        "Verbose Location Stack, also joined by \"+\". RULES is any number of\n"
+        "COMPONENT[/CATEGORY]=SETTINGS or *=SETTINGS, with blanks or \";\" between. The\n"
+        "most exact rule for a trace holds. Capitals do not matter.\n"
         "It is in force as long as the application runs; when it does not run, the next\n"
         "instance that starts receives it. With --persist all later instances begin with\n"
         "it, until trc forget takes it back.\n"
@@ -38,13 +38,13 @@ class SetCommand final : public Command {
         "  trc set orders --all support\n"
         "  trc set orders Database/Query Info Warn Error Developer\n"
         "  trc set orders1:7447 orders Database off\n"
-        "  trc set orders 'Net=max;Database/Query=Info+Stack;*=support'");
+        "  trc set orders 'Database=max;Database/Query=Info+Stack;*=off'");
     App()
         .add_option("WORDS", m_words,
                     "The application's traces of a component or a category, or all")
         ->required()
-        ->option_text("[MACHINE] APP COMPONENT[/CATEGORY]|--all SETTINGS... | RULES...");
-    App().add_flag("-a,--all", m_all, "All traces of the application");
+        ->option_text("[MACHINE] APP COMPONENT[/CATEGORY] SETTINGS...|RULES");
+    App().add_flag("-a,--all", m_all, "All traces of the application, instead of a COMPONENT");
     App().add_flag("-p,--persist", m_set.persist,
                    "Keep it for all later instances, from their first trace on");
   }
@@ -122,7 +122,7 @@ class SinkCommand final : public Command {
   explicit SinkCommand(CLI::App& program)
       : Command(program, "sink", "Choose where an application's traces go") {
     App().footer(
-        "SINK is the same as one word: socket:NAME, or file:PATH with options behind a \"?\".\n"
+        "SINK is the same as one word: socket:NAME, or file:PATH and options behind \"?\".\n"
         "\n"
         "Examples:\n"
         "  trc sink orders --server localhost\n"
@@ -193,13 +193,12 @@ class ForgetCommand final : public Command {
   explicit ForgetCommand(CLI::App& program)
       : Command(program, "forget", "Take back what is kept for an application") {
     App().footer(
-        "What trc set --persist keeps, and what was set while the application did not run.\n"
-        "What is in force in running instances stays so until they end.\n"
+        "What trc set --persist keeps, and what was set while the application did not\n"
+        "run. What is in force in running instances stays so until they end.\n"
         "Exit status 1: nothing was kept.\n"
         "\n"
         "Examples:\n"
-        "  trc forget orders\n"
-        "  trc forget orders1:7447 orders");
+        "  trc forget orders");
     App()
         .add_option("WORDS", m_words, kAppHelp)
         ->required()

@@ -271,7 +271,7 @@ TEST_F(LiveProgramsTest, WhatIsSetForAnApplicationThatDoesNotRunIsReceivedByItsN
   EXPECT_EQ(RunTrc({"set", "orders", "--all", "off"}).status, 0);
   EXPECT_EQ(RunTrc({"set", "orders", "Db/Close", "Error"}).status, 0);
   EXPECT_EQ(RunTrc({"sink", "orders", "--file", path}).status, 0);
-  EXPECT_EQ(RunTrc({"apps"}).out, "");
+  EXPECT_EQ(RunTrc({"apps"}).out, "orders  (does not run; settings wait for its next instance)\n");
   {
     TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "5000"}});
     // The traces from before its link to the service come first.

@@ -44,6 +44,8 @@ class UnseenPresses {
 
   // A press on a button whose release takes a step.
   void Presses(const MousePress& press) { m_press = press; }
+  // A press on anything else: the next one is no part of a double click.
+  void PressesElsewhere() { m_stepPress = {}; }
   // Is it the second press of a double click whose first one took the last step?
   bool IsSecond(const MousePress& press, const DoubleClickLimits& limits) const {
     if (press.stamp == 0 || m_stepPress.stamp == 0 || press.stamp < m_stepPress.stamp) return false;

@@ -98,7 +98,10 @@ bool WizardFace::IsBlindPress(const QEvent& event) {
     return false;
   const auto& mouse = static_cast<const QMouseEvent&>(event);
   const QWidget* const under = childAt(mouse.position().toPoint());
-  if (!under || (under != m_back && under != m_next && under != m_finish)) return false;
+  if (!under || (under != m_back && under != m_next && under != m_finish)) {
+    m_unseen.PressesElsewhere();
+    return false;
+  }
   const QPoint place = mouse.globalPosition().toPoint();
   const MousePress press{mouse.timestamp(), place.x(), place.y()};
   if (m_unseen.IsUnseen(press.stamp) || m_unseen.IsSecond(press, LimitsOfDoubleClicks()))

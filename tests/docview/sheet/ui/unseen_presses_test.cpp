@@ -174,6 +174,11 @@ TEST(UnseenPresses, ASecondPressIsNearTheOneThatTookTheStepInTimeAndInPlace) {
   EXPECT_FALSE(presses.IsSecond({70'100, 300, 194}, limits));
   EXPECT_FALSE(presses.IsSecond({69'999, 300, 200}, limits)) << "another clock";
   EXPECT_FALSE(presses.IsSecond({0, 300, 200}, limits)) << "no time";
+  presses.PressesElsewhere();  // on a radio button, say
+  EXPECT_FALSE(presses.IsSecond({70'399, 305, 195}, limits));
+  presses.Presses({70'000, 300, 200});
+  presses.StepBegins(1'020);
+  EXPECT_TRUE(presses.IsSecond({70'100, 300, 200}, limits));
   presses.StepBegins(1'050);  // by the keyboard
   EXPECT_FALSE(presses.IsSecond({70'100, 300, 200}, limits));
 }

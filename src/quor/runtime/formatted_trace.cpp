@@ -13,7 +13,7 @@ namespace {
 
 // One byte more than a record takes, so that the cut is noticed there.
 constexpr std::size_t kLongestFormatted = 65541;
-constexpr std::string_view kBegin = "Begin: ", kEnd = "End: ";
+constexpr std::string_view kNone = "", kBegin = "Begin: ", kEnd = "End: ";
 
 // A prefix and a formatted text, in the given room or, if that is too small, in allocated memory,
 // which is the caller's to free. Without memory the text is cut.
@@ -62,7 +62,7 @@ void TraceFormatted(const void* caller, quor_point* point, unsigned attributes, 
   const ErrnoKeeper keeper;
   LinkThread::Get().StartIfRefused();
   char room[1024];
-  const Formatted formatted = FormatInto(room, sizeof room, {}, format, arguments);
+  const Formatted formatted = FormatInto(room, sizeof room, kNone, format, arguments);
   TraceFrom(caller, point, attributes, file, line, formatted.text);
   std::free(formatted.allocated);
 }

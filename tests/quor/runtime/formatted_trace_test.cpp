@@ -68,6 +68,7 @@ TEST(FormattedTrace, ABlockThatWasOffAtItsBeginHasNoEnd) {
     quor_register(&formatted_point);
     quor_block block;
     quor_block_begin(&block, &formatted_point, QUOR_INFO | QUOR_VERBOSE, nullptr, 0, "off");
+    self.Report(1);
     self.AwaitGo();
     while (!quor_on(&formatted_point, QUOR_VERBOSE)) poll(nullptr, 0, 1);
     quor_block_end(&block);
@@ -77,6 +78,7 @@ TEST(FormattedTrace, ABlockThatWasOffAtItsBeginHasNoEnd) {
   const auto seen = service.Accept();
   ASSERT_NE(seen, nullptr);
   ASSERT_TRUE(WaitFor([&] { return seen->Pump(), !seen->PointNames().empty(); }));
+  EXPECT_EQ(app.Reported(), 1u) << "the block has begun";
   seen->SetAll(0x1F);
   app.Go();
   ASSERT_TRUE(WaitFor([&] { return seen->Has("last"); }));

@@ -32,7 +32,7 @@ extern "C" {
 /* A program that defines QUOR_DISABLE before it includes this header traces nothing: no argument is
  * evaluated, and the library is not needed. */
 #ifdef QUOR_DISABLE
-#include "disabled.h"
+#include "no_traces.h"
 #else
 
 /* The settings that the first traces have, and where they go, may come from the environment:

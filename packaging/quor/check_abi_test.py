@@ -26,9 +26,9 @@ class CheckAbi(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         check_abi.HERE = check_abi.HEADERS = self.folder = Path(folder.name)
-        check_abi.dump(self.library((1, 0, 0), HEADER, SOURCE), self.folder / "libquor-1.0.0.abi")
+        check_abi.dump(self.make_library((1, 0, 0), HEADER, SOURCE), self.folder / "libquor-1.0.0.abi")
 
-    def library(self, version, header, source):
+    def make_library(self, version, header, source):
         numbers = zip(("MAJOR", "MINOR", "PATCH"), version)
         (self.folder / "version.h").write_text(
             "".join(f"#define QUOR_VERSION_{word} {number}\n" for word, number in numbers))
@@ -39,7 +39,7 @@ class CheckAbi(unittest.TestCase):
         return made
 
     def said(self, version, header=HEADER, source=SOURCE):
-        return check_abi.judge(self.library(version, header, source)).rpartition("\n")[2]
+        return check_abi.judge(self.make_library(version, header, source)).rpartition("\n")[2]
 
     def test_the_same_interface_needs_no_version(self):
         self.assertEqual(self.said((1, 0, 0)), "")
@@ -64,7 +64,7 @@ class CheckAbi(unittest.TestCase):
         self.assertIn("new major version", self.said((1, 1, 0), header, source))
 
     def test_a_library_without_debug_information_is_no_answer(self):
-        library = self.library((1, 0, 0), HEADER, SOURCE)
+        library = self.make_library((1, 0, 0), HEADER, SOURCE)
         subprocess.run(["strip", "-g", library], check=True)
         with self.assertRaises(SystemExit):
             check_abi.judge(library)

@@ -1,6 +1,6 @@
 /* The functions of quor.h for a program that was built with QUOR_DISABLE: they do nothing. */
-#ifndef QUOR_DISABLED_H
-#define QUOR_DISABLED_H
+#ifndef QUOR_NO_TRACES_H
+#define QUOR_NO_TRACES_H
 
 #define QUOR_NOTHING static inline __attribute__((unused))
 

@@ -51,6 +51,14 @@ class SourceWindowsTest : public ShellTest {
     }
     return nullptr;
   }
+  // Opens a source window and its Find box.
+  FindTextFace* OpenFindBox() {
+    Start();
+    OpenSourceAt(WriteSource("a.cpp"), 3);
+    Settle();
+    QTest::keyClick(Edit(), Qt::Key_F, Qt::ControlModifier);
+    return Box<FindTextFace>();
+  }
   // Runs `act` when a pop-up is up.
   template <class Act>
   void OnPopUp(Act act) {
@@ -341,11 +349,7 @@ TEST_F(SourceWindowsTest, ALineThatIsEndedWithShiftAndEnterLeavesTheFilesEncodin
 }
 
 TEST_F(SourceWindowsTest, AltAInTheFindBoxTicksMatchCase) {
-  Start();
-  OpenSourceAt(WriteSource("a.cpp"), 3);
-  Settle();
-  QTest::keyClick(Edit(), Qt::Key_F, Qt::ControlModifier);
-  auto* const box = Box<FindTextFace>();
+  auto* const box = OpenFindBox();
   ASSERT_NE(box, nullptr);
   ASSERT_TRUE(Until([box] {
     box->activateWindow();
@@ -357,11 +361,7 @@ TEST_F(SourceWindowsTest, AltAInTheFindBoxTicksMatchCase) {
 
 // The box is modeless, so the keys of the main window are in force there too.
 TEST_F(SourceWindowsTest, NoKeyOfTheFindBoxIsOneOfTheMainWindow) {
-  Start();
-  OpenSourceAt(WriteSource("a.cpp"), 3);
-  Settle();
-  QTest::keyClick(Edit(), Qt::Key_F, Qt::ControlModifier);
-  auto* const box = Box<FindTextFace>();
+  auto* const box = OpenFindBox();
   ASSERT_NE(box, nullptr);
   QStringList texts;
   for (const auto* label : box->findChildren<QLabel*>()) texts << label->text();

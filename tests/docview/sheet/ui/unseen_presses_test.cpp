@@ -71,6 +71,16 @@ class UnseenPressesTest : public testing::Test {
   void Then(const std::function<void()>& act) {
     m_host.Post([this, act = MustRun(act)] { m_host.Post([this, act] { m_host.Post(act); }); });
   }
+  // The first page answers at once, and the second one is the last. Passes on when the click was.
+  void AfterAClickOnNext(const std::function<void(std::uint64_t first)>& act) {
+    m_a.onAnswer = nullptr;
+    m_b.onActive = [this] { m_wizard.SetWizardButtons(PSWIZB_BACK | PSWIZB_FINISH); };
+    Then([this, act] {
+      const std::uint64_t first = Stamp();
+      PostClick(QtSheetFace::kNext, first);
+      Then([act, first] { act(first); });
+    });
+  }
   std::string Log() const {
     std::string log;
     for (const std::string& each : m_log) log += each + ", ";
@@ -129,17 +139,11 @@ TEST_F(UnseenPressesTest, EscStillCancels) {
 }
 
 TEST_F(UnseenPressesTest, TheSecondClickOfADoubleClickDoesNotPressTheNextPagesButton) {
-  m_a.onAnswer = nullptr;
-  m_b.onActive = [this] { m_wizard.SetWizardButtons(PSWIZB_BACK | PSWIZB_FINISH); };
-  Then([this] {
-    const std::uint64_t first = Stamp();
-    PostClick(QtSheetFace::kNext, first);
+  AfterAClickOnNext([this](std::uint64_t first) {
+    PostClick(QtSheetFace::kFinish, first + DoubleClickMs() - 1);
     Then([this, first] {
-      PostClick(QtSheetFace::kFinish, first + DoubleClickMs() - 1);
-      Then([this, first] {
-        EXPECT_EQ(m_log.back(), "B active");
-        PostClick(QtSheetFace::kFinish, first + DoubleClickMs());
-      });
+      EXPECT_EQ(m_log.back(), "B active");
+      PostClick(QtSheetFace::kFinish, first + DoubleClickMs());
     });
   });
   EXPECT_EQ(m_wizard.DoModal(), CDialog::kIdOk);
@@ -147,15 +151,9 @@ TEST_F(UnseenPressesTest, TheSecondClickOfADoubleClickDoesNotPressTheNextPagesBu
 }
 
 TEST_F(UnseenPressesTest, AQuickPressAtAnotherPlaceCounts) {
-  m_a.onAnswer = nullptr;
-  m_b.onActive = [this] { m_wizard.SetWizardButtons(PSWIZB_BACK | PSWIZB_FINISH); };
-  Then([this] {
-    const std::uint64_t first = Stamp();
-    PostClick(QtSheetFace::kNext, first);
-    Then([this, first] {
-      PostClick(QtSheetFace::kBack, first + 1);
-      Then([] { Window().close(); });
-    });
+  AfterAClickOnNext([this](std::uint64_t first) {
+    PostClick(QtSheetFace::kBack, first + DoubleClickMs() - 1);
+    Then([] { Window().close(); });
   });
   EXPECT_EQ(m_wizard.DoModal(), CDialog::kIdCancel);
   EXPECT_EQ(m_wizard.GetActiveIndex(), 0U);

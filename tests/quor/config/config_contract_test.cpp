@@ -47,7 +47,12 @@ quor_point late_point = QUOR_POINT_INIT("Db", "Late");
 int RunOrders(TracedChild& self) {
   self.AwaitGo();
   for (quor_point* const point : {&connect_point, &close_point, &query_point}) quor_declare(point);
+  // The service lists an instance that it has found before that one has its settings. An instance
+  // that is killed between leaves them to the next.
+  setenv("QUOR_WAIT", "10000", 1);
   quor_application("orders");
+  quor_register(&connect_point);
+  self.Report(1);
   self.AwaitGo();
   quor_register(&late_point);
   self.AwaitGo();
@@ -75,6 +80,7 @@ class RealMachine {
   void Start() {
     m_app = std::move(m_waiting.at(m_started++));
     m_app->Go();
+    EXPECT_EQ(m_app->Reported(), 1u);
     AwaitOrders(1, 3);
   }
   void AddTrace() {

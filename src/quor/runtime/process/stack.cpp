@@ -1,77 +1,211 @@
 #include "quor/runtime/process/stack.h"
 
-#include <cxxabi.h>
-#include <dlfcn.h>
-#include <execinfo.h>
+#include <limits.h>
+#include <unistd.h>
+#include <unwind.h>
 
+#include <atomic>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <string_view>
+
+#include "quor/runtime/process/loaded_module.h"
 
 namespace {
 
 constexpr int kFrames = 128;
+constexpr std::size_t kModules = 32;
+constexpr std::string_view kMore = "(more frames)";
 
-// Does the kernel return to this code from a signal handler? The C library's code is
-// `mov $15, %rax; syscall`. A stack that contains it was taken inside a handler.
-bool IsSignalReturn(const void* code) {
-#if defined(__x86_64__)
-  static const unsigned char kReturn[] = {0x48, 0xC7, 0xC0, 0x0F, 0, 0, 0, 0x0F, 0x05};
-  // Byte by byte, only as far as it agrees, because the code may end with its page.
-  const auto* const bytes = static_cast<const unsigned char*>(code);
-  for (std::size_t i = 0; i < sizeof kReturn; ++i)
-    if (bytes[i] != kReturn[i]) return false;
-  return true;
-#else
-  (void)code;
-  return true;
-#endif
+struct Frame {
+  std::uintptr_t address;
+  bool interrupted;  // by a signal, before the instruction at the address
+};
+
+struct Frames {
+  Frame at[kFrames];
+  int count;
+  bool more;
+};
+
+_Unwind_Reason_Code OnFrame(_Unwind_Context* context, void* to) {
+  auto& frames = *static_cast<Frames*>(to);
+  if (frames.count == kFrames) {
+    frames.more = true;
+    return _URC_END_OF_STACK;
+  }
+  int before = 0;
+  const std::uintptr_t address = _Unwind_GetIPInfo(context, &before);
+  // The end of a thread's stack.
+  if (address != 0) frames.at[frames.count++] = {address, before != 0};
+  return _URC_NO_REASON;
 }
 
-const char* BaseName(const char* path) {
-  const char* const slash = std::strrchr(path, '/');
-  return slash ? slash + 1 : path;
+// The path of the program, read once. A replaced program's is that of the one it was started as.
+char g_program[PATH_MAX];
+enum ProgramState { kUnread, kBeingRead, kRead };
+std::atomic<int> g_programState{kUnread};
+
+void ReadProgramPath() {
+  char path[PATH_MAX];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (length <= 0) return;
+  std::string_view text(path, static_cast<std::size_t>(length));
+  constexpr std::string_view kDeleted = " (deleted)";
+  if (text.size() > kDeleted.size() && text.substr(text.size() - kDeleted.size()) == kDeleted)
+    text.remove_suffix(kDeleted.size());
+  int expected = kUnread;
+  if (!g_programState.compare_exchange_strong(expected, kBeingRead)) return;
+  std::memcpy(g_program, text.data(), text.size());
+  g_programState.store(kRead, std::memory_order_release);
 }
 
-int PrintFrame(char* to, std::size_t size, void* address, bool readable) {
-  Dl_info info{};
-  if (dladdr(address, &info) == 0 || !info.dli_fname) return std::snprintf(to, size, "%p", address);
-  const char* const module = BaseName(info.dli_fname);
-  const auto place = reinterpret_cast<std::uintptr_t>(address);
-  if (!info.dli_sname)
-    return std::snprintf(to, size, "%s+0x%zx", module,
-                         place - reinterpret_cast<std::uintptr_t>(info.dli_fbase));
-  char* const name =
-      readable ? abi::__cxa_demangle(info.dli_sname, nullptr, nullptr, nullptr) : nullptr;
-  const int length =
-      std::snprintf(to, size, "%s+0x%zx (%s)", name ? name : info.dli_sname,
-                    place - reinterpret_cast<std::uintptr_t>(info.dli_saddr), module);
-  std::free(name);
-  return length;
+// "?" while another thread reads it; the build id is exact anyway.
+std::string_view ProgramPath() {
+  if (g_programState.load(std::memory_order_acquire) == kUnread) ReadProgramPath();
+  return g_programState.load(std::memory_order_acquire) == kRead ? g_program : "?";
+}
+
+std::string_view NameOf(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == path.npos ? path : path.substr(slash + 1);
+}
+
+// A text in storage of a fixed size. What does not fit is left out and clears Fits().
+class Line {
+ public:
+  Line(char* to, std::size_t size) : m_to(to), m_size(size) {}
+
+  void Put(std::string_view text) {
+    m_fits = m_fits && text.size() <= m_size - m_used;
+    if (!m_fits) return;
+    std::memcpy(m_to + m_used, text.data(), text.size());
+    m_used += text.size();
+  }
+  void PutName(std::string_view text) {
+    const std::size_t begin = m_used;
+    Put(text);
+    for (std::size_t i = begin; i < m_used; ++i)
+      if (static_cast<unsigned char>(m_to[i]) < ' ' || m_to[i] == '\x7F') m_to[i] = '?';
+  }
+  void PutHex(std::uintptr_t number) {
+    char digits[2 * sizeof number];
+    char* first = digits + sizeof digits;
+    do *--first = kDigits[number % 16];
+    while ((number /= 16) != 0);
+    Put({first, static_cast<std::size_t>(digits + sizeof digits - first)});
+  }
+  void PutBytes(const std::uint8_t* bytes, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      const char pair[] = {kDigits[bytes[i] / 16], kDigits[bytes[i] % 16]};
+      Put({pair, sizeof pair});
+    }
+  }
+  bool Fits() const { return m_fits; }
+  std::size_t Used() const { return m_used; }
+
+ private:
+  static constexpr char kDigits[] = "0123456789abcdef";
+  char* const m_to;
+  const std::size_t m_size;
+  std::size_t m_used = 0;
+  bool m_fits = true;
+};
+
+// The modules that earlier lines of the stack have named.
+class Named {
+ public:
+  // Does the bare name stand for this module in the next line? If not, that line names it.
+  bool IsKnown(const void* key, std::string_view name) {
+    for (std::size_t i = m_count; i > 0; --i)
+      if (m_modules[i - 1].name == name && m_modules[i - 1].key == key)
+        return true;
+      else if (m_modules[i - 1].name == name)
+        break;
+    // Without the memory of earlier lines a module is only named once more.
+    if (m_count == kModules) m_count = 0;
+    m_modules[m_count++] = {key, name};
+    return false;
+  }
+
+ private:
+  struct Module {
+    const void* key;
+    std::string_view name;
+  };
+  Module m_modules[kModules];
+  std::size_t m_count = 0;
+};
+
+// A library that was opened by a relative path is looked for from where the process is now.
+void PutPath(Line& line, std::string_view path) {
+  if (path.find('/') != path.npos && path[0] != '/') {
+    char folder[PATH_MAX];
+    if (getcwd(folder, sizeof folder)) {
+      line.PutName(folder);
+      line.Put("/");
+    }
+  }
+  line.PutName(path);
+}
+
+void PutFrame(Line& line, const Frame& frame, Named& named) {
+  LoadedModule module;
+  // A return address may be behind the last instruction of its module.
+  if (!FindModule(frame.address - (frame.interrupted ? 0 : 1), module)) {
+    line.Put("0x");
+    return line.PutHex(frame.address);
+  }
+  const std::string_view path = module.path[0] == '\0' ? ProgramPath() : module.path;
+  const bool known = named.IsKnown(module.key, NameOf(path));
+  if (known)
+    line.PutName(NameOf(path));
+  else
+    PutPath(line, path);
+  line.Put("+0x");
+  line.PutHex(frame.address - module.bias);
+  if (frame.interrupted) line.Put(" (interrupted)");
+  if (known) return;
+  line.Put(" [");
+  if (module.buildIdBytes == 0) line.Put("no build id");
+  line.PutBytes(module.buildId, module.buildIdBytes);
+  line.Put("]");
 }
 
 }  // namespace
 
 void PrimeStack() {
-  void* frame = nullptr;
-  backtrace(&frame, 1);
+  ProgramPath();
+  Frames frames;
+  frames.count = 0;
+  _Unwind_Backtrace(OnFrame, &frames);
 }
 
 std::size_t StackText(char* to, std::size_t size, const void* caller) {
-  void* frames[kFrames];
-  const int count = backtrace(frames, kFrames);
-  bool readable = true;
-  for (int i = 0; i < count; ++i) readable = readable && !IsSignalReturn(frames[i]);
+  Frames frames;
+  frames.count = 0;
+  frames.more = false;
+  _Unwind_Backtrace(OnFrame, &frames);
   int first = 0;
-  while (first < count && frames[first] != caller) ++first;
+  while (first < frames.count &&
+         frames.at[first].address != reinterpret_cast<std::uintptr_t>(caller))
+    ++first;
+  if (first == frames.count) first = 0;
+  const std::size_t room = size > kMore.size() ? size - kMore.size() - 1 : 0;
+  Named named;
   std::size_t used = 0;
-  for (int i = first == count ? 0 : first; i < count; ++i) {
-    const std::size_t before = used;
-    if (used != 0 && used + 1 < size) to[used++] = '\n';
-    const int length = PrintFrame(to + used, size - used, frames[i], readable);
-    if (length < 0 || static_cast<std::size_t>(length) >= size - used) return before;
-    used += static_cast<std::size_t>(length);
+  bool more = frames.more;
+  for (int i = first; i < frames.count; ++i) {
+    Line line(to + used, room - used);
+    if (used != 0) line.Put("\n");
+    PutFrame(line, frames.at[i], named);
+    more = more || !line.Fits();
+    if (!line.Fits()) break;
+    used += line.Used();
   }
-  return used;
+  if (!more || room == 0) return used;
+  Line line(to + used, size - used);
+  if (used != 0) line.Put("\n");
+  line.Put(kMore);
+  return used + line.Used();
 }

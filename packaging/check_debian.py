@@ -2,8 +2,8 @@
 """Checks that each file that is installed belongs to one Debian package, and that none of them is missing.
 
 `check_debian.py BUILD` installs BUILD into a folder and compares it with packaging/debian/*.install. So a
-new manual page or unit cannot be forgotten before somebody makes the packages. Prints what is wrong and
-exits 1 then.
+new manual page or unit cannot be forgotten before somebody makes the packages. Lines may also name files
+of the source. Prints what is wrong and exits 1 then.
 """
 import re
 import subprocess
@@ -13,6 +13,7 @@ from fnmatch import fnmatch
 from pathlib import Path
 
 DEBIAN = Path(__file__).resolve().parent / "debian"
+SOURCE = DEBIAN.parent.parent
 
 
 def patterns():
@@ -41,8 +42,9 @@ def main():
                   fnmatch(file, pattern + "/*")}
         if len(owners) != 1:
             wrong.append(f"{file} is in {' and '.join(sorted(owners)) or 'no package'}")
-    wrong += [f"{package} wants {pattern}, which is not installed" for package, pattern in wanted
-              if not any(fnmatch(file, pattern) or fnmatch(file, pattern + "/*") for file in files)]
+    wrong += [f"{package} wants {pattern}, which is not there" for package, pattern in wanted
+              if not (SOURCE / pattern).exists() and
+              not any(fnmatch(file, pattern) or fnmatch(file, pattern + "/*") for file in files)]
     print("\n".join(wrong) if wrong else f"{len(files)} files are in {len({p for p, _ in wanted})} packages")
     return 1 if wrong or not files else 0
 

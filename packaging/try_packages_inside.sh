@@ -69,6 +69,11 @@ for program in build/orders_c build/orders_cpp orders; do
   readelf -d /home/$account/examples/$program | grep -q 'NEEDED.*libquor\.so\.1\]' ||
     fail "$program does not use the shared library"
 done
+cat >/home/$account/examples/orders_python <<'END'
+#!/bin/sh
+exec python3 /usr/share/doc/python3-quor/examples/orders.py
+END
+chmod +x /home/$account/examples/orders_python
 
 # traces PROGRAM [NAME=VALUE...]: its traces arrive at a monitor.
 traces() {
@@ -93,8 +98,9 @@ stop_service() {
 # By itself, with the first monitor or trace.
 traces build/orders_cpp A=B
 as quord status >/tmp/status.log || fail "quord status says no"
+traces orders_python A=B
 stop_service
-say "a program that was built with libquor-dev is traced; the service starts by itself"
+say "programs in C++ and Python are traced; the service starts by itself"
 
 # As the users' units do it: the manager listens, and the first use starts what the unit names.
 start=$(sed -n 's/^ExecStart=//p' /usr/lib/systemd/user/quord.service)

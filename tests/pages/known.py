@@ -26,6 +26,12 @@ WHOLE = {
     "man trc": "test -s $PAGES_TEST/../../packaging/man/trc.1",
 }
 
+# What a page's packages would have installed where programs find it; {build} and {root} are folders.
+INSTALLED = {
+    "docs/from-your-logger.md": {"LD_LIBRARY_PATH": "{build}/packaging/quor",
+                                 "PYTHONPATH": "{root}/bindings/python"},
+}
+
 # Steps before an example that the page leaves to the reader.
 BEFORE = {
     "QUOR_KEYS=~/alice trc tail orders1.example.org": "cp -rp ~/.config/quor/keys ~/alice",

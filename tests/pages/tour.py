@@ -55,6 +55,8 @@ class Tour:
     def machine(self, name):
         if name not in self.machines:
             self.machines[name] = Machine(self.place, name, self.build / "bin")
+            for variable, value in known.INSTALLED.get(self.page, {}).items():
+                self.machines[name].extra[variable] = value.format(build=self.build, root=HERE.parent.parent)
         return self.machines[name]
 
     def take(self, block):

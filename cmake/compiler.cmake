@@ -10,6 +10,11 @@ if(TESSERA_WERROR)
   target_compile_options(tessera_compiler INTERFACE -Werror)
 endif()
 
+# Files beyond 2 GiB, and the years after 2038, also for a 32-bit processor.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 # Sanitizers and the faster linker must also apply to third-party code in our targets: set globally.
 if(TESSERA_SANITIZE)
   add_compile_options(-fsanitize=${TESSERA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

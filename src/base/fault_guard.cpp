@@ -31,9 +31,16 @@ std::atomic<FaultGuard::Range*> g_ranges = nullptr;
 struct sigaction g_previous;
 std::uintptr_t g_pageBytes;
 
+// Of a 32-bit processor, whose older call takes its arguments from memory.
+#ifdef SYS_mmap2
+constexpr long kMap = SYS_mmap2;
+#else
+constexpr long kMap = SYS_mmap;
+#endif
+
 // By a raw system call: a sanitizer's mmap must not be called in a signal handler.
 bool MapZeros(std::uintptr_t begin, std::size_t bytes, int rights) {
-  return syscall(SYS_mmap, begin, bytes, rights, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) ==
+  return syscall(kMap, begin, bytes, rights, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) ==
          static_cast<long>(begin);
 }
 

@@ -90,8 +90,9 @@ class TraceList_t {
   static Place PlaceOf(std::uint64_t index) {
     index += std::uint64_t{1} << kFirstBits;
     const unsigned bits = std::min(static_cast<unsigned>(std::bit_width(index)) - 1, kLastBits);
-    const std::uint64_t chunk = index >> bits;  // 1 for all blocks but the last ones
-    return {bits - kFirstBits + chunk - 1, index & ((std::uint64_t{1} << bits) - 1)};
+    const auto chunk = static_cast<std::size_t>(index >> bits);  // 1 for all but the last blocks
+    return {bits - kFirstBits + chunk - 1,
+            static_cast<std::size_t>(index & ((std::uint64_t{1} << bits) - 1))};
   }
   const Slot* SlotAt(std::size_t position) const {
     const Place place = PlaceOf(m_popped + position);

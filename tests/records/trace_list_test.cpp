@@ -57,11 +57,12 @@ TEST_F(TraceList, TracesAreFoundByPositionInTheOrderOfTheirAdding) {
 }
 
 TEST_F(TraceList, ATraceOfAMappedFileCosts16BytesAndASmallDocumentFewPages) {
+  constexpr std::size_t kBytes = 2 * sizeof(void*);
   m_list.EmplaceRecord(Record(0));
   EXPECT_LE(m_list.StorageBytes(), 8192u);
   for (int number = 1; number < 2000000; ++number) m_list.EmplaceRecord(Record(0));
-  EXPECT_LE(m_list.StorageBytes(), 2000000 * 16 * 1.1);
-  EXPECT_GE(m_list.StorageBytes(), 2000000 * 16u) << "no less than there is";
+  EXPECT_LE(m_list.StorageBytes(), 2000000 * kBytes * 1.1);
+  EXPECT_GE(m_list.StorageBytes(), 2000000 * kBytes) << "no less than there is";
 }
 
 TEST_F(TraceList, PointersStayGoodWhileTheListGrowsAndIsTrimmed) {

@@ -29,7 +29,7 @@ class NoThreads {
   NoThreads() {
     pthread_getattr_default_np(&m_before);
     pthread_attr_t huge = m_before;
-    EXPECT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 50), 0);
+    EXPECT_EQ(pthread_attr_setstacksize(&huge, SIZE_MAX / 0x40000 * 0x30000), 0);
     EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
   }
   ~NoThreads() { pthread_setattr_default_np(&m_before); }

@@ -31,7 +31,8 @@ std::uint64_t NowMs() {
 }
 
 void SleepMs(unsigned milliseconds) {
-  const timespec time{milliseconds / 1000, static_cast<long>(milliseconds % 1000 * kMsNs)};
+  const timespec time{static_cast<time_t>(milliseconds / 1000),
+                      static_cast<long>(milliseconds % 1000 * kMsNs)};
   nanosleep(&time, nullptr);
 }
 

@@ -16,7 +16,11 @@
 
 namespace {
 
+#ifdef __SIZEOF_INT128__
 __extension__ using Wide = unsigned __int128;
+#else
+using Wide = std::uint64_t;  // not used: a counter is read on 64-bit processors only
+#endif
 
 constexpr std::uint64_t kSecondPs = 1'000'000'000'000;
 constexpr std::uint64_t kRateNs = 10'000'000;     // the shortest base for a rate

@@ -165,7 +165,8 @@ bool SinkFiles::Write(const std::uint8_t* bytes, std::size_t size, std::size_t* 
   // Beyond this limit the kernel would send a signal that ends the process.
   rlimit limit{};
   const bool limited = getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
-  const std::uint64_t room = limited ? limit.rlim_cur - std::min(limit.rlim_cur, m_size) : size;
+  const std::uint64_t room =
+      limited ? limit.rlim_cur - std::min<std::uint64_t>(limit.rlim_cur, m_size) : size;
   const std::size_t fits = std::min<std::uint64_t>(size, room);
   while (*written < fits) {
     const ssize_t taken = write(file, bytes + *written, fits - *written);

@@ -81,18 +81,17 @@ class TraceList_t {
     std::size_t block, slot;  // the block counted from the first that the list ever had
   };
 
-  static constexpr unsigned kFirstBits = 8, kLastBits = 17;
-  static constexpr std::size_t kDoublings = kLastBits - kFirstBits;
+  static constexpr unsigned kFirstBits = 8, kLastBits = 17, kDoublings = kLastBits - kFirstBits;
   static std::size_t SlotsOf(std::size_t block) {
-    return std::size_t{1} << (kFirstBits + std::min(block, kDoublings));
+    return std::size_t{1} << (kFirstBits + std::min<std::size_t>(block, kDoublings));
   }
   // The place of trace number `index`, from 0. Counted from 256 on, blocks begin at powers of two.
   static Place PlaceOf(std::uint64_t index) {
     index += std::uint64_t{1} << kFirstBits;
     const unsigned bits = std::min(static_cast<unsigned>(std::bit_width(index)) - 1, kLastBits);
     const auto chunk = static_cast<std::size_t>(index >> bits);  // 1 for all but the last blocks
-    return {bits - kFirstBits + chunk - 1,
-            static_cast<std::size_t>(index & ((std::uint64_t{1} << bits) - 1))};
+    const auto slot = static_cast<std::size_t>(index & ((std::uint64_t{1} << bits) - 1));
+    return {bits - kFirstBits + chunk - 1, slot};
   }
   const Slot* SlotAt(std::size_t position) const {
     const Place place = PlaceOf(m_popped + position);

@@ -1,4 +1,5 @@
-// The formatting of quor.hpp: each "{}" of a format takes the next argument. See quor.hpp.
+// The formatting of quor.hpp: each "{}" or "{:spec}" of a format takes the next argument. See
+// quor.hpp.
 #ifndef QUOR_FORMAT_HPP
 #define QUOR_FORMAT_HPP
 
@@ -6,66 +7,22 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <type_traits>
 
+#include "specs.hpp"
+#include "text.hpp"
+
+#ifdef __cpp_consteval
+#define QUOR_CONSTEVAL consteval
+#else
+#define QUOR_CONSTEVAL constexpr
+#endif
+
 namespace quor {
 namespace detail {
-
-// A text that grows: first in the given buffer, then in allocated memory. If there is no memory the
-// text is cut.
-class Text {
- public:
-  Text(char* room, std::size_t size) noexcept : m_small(room), m_data(room), m_room(size) {}
-  ~Text() {
-    if (m_data != m_small) std::free(m_data);
-  }
-  Text(const Text&) = delete;
-  Text& operator=(const Text&) = delete;
-
-  char* Data() noexcept { return m_data; }
-  const char* Data() const noexcept { return m_data; }
-  std::size_t Size() const noexcept { return m_size; }
-
-  void Add(const char* text, std::size_t size) noexcept {
-    if (m_room - m_size < size) size = Grow(size);
-    if (size == 0) return;
-    std::memcpy(m_data + m_size, text, size);
-    m_size += size;
-  }
-  // Space for a number that to_chars or other code prints. Used says how many bytes it took.
-  char* Room(std::size_t size) noexcept {
-    return m_room - m_size >= size || Grow(size) == size ? m_data + m_size : nullptr;
-  }
-  void Used(std::size_t size) noexcept { m_size += size; }
-
- private:
-  std::size_t Grow(std::size_t size) noexcept {
-    const std::size_t room = 2 * m_room + size;
-    char* const data = static_cast<char*>(std::malloc(room));
-    if (!data) return m_room - m_size < size ? m_room - m_size : size;
-    std::memcpy(data, m_data, m_size);
-    if (m_data != m_small) std::free(m_data);
-    m_data = data;
-    m_room = room;
-    return size;
-  }
-  char* const m_small;
-  char* m_data;
-  std::size_t m_size = 0, m_room;
-};
-
-// A text with a buffer of its own.
-template <std::size_t N>
-class TextOf : public Text {
- public:
-  TextOf() noexcept : Text(m_bytes, N) {}
-
- private:
-  char m_bytes[N];
-};
+inline namespace QUOR_ABLED {
 
 constexpr std::size_t kNumberBytes = 48;
 
@@ -108,10 +65,31 @@ inline void Print(Text& to, const void* pointer) noexcept {
   to.Used(static_cast<std::size_t>(end - room));
 }
 
+// The text of a type of the user's own: void QuorText(quor::Text&, const Own&), in its namespace.
+template <class T, class = void>
+constexpr bool kHasOwnText = false;
 template <class T>
-void PrintAny(Text& to, const void* value) noexcept {
-  const T& argument = *static_cast<const T*>(value);
-  if constexpr (std::is_null_pointer_v<T>)
+constexpr bool kHasOwnText<
+    T, std::void_t<decltype(QuorText(std::declval<Text&>(), std::declval<const T&>()))>> = true;
+
+template <class T>
+void PrintOwn(Text& to, const T& value) noexcept {
+#ifdef __cpp_exceptions
+  try {
+    QuorText(to, value);
+  } catch (...) {
+    to.Add("(its text failed)");
+  }
+#else
+  QuorText(to, value);
+#endif
+}
+
+template <class T>
+void PrintPlain(Text& to, const T& argument) noexcept {
+  if constexpr (kHasOwnText<T>)
+    PrintOwn(to, argument);
+  else if constexpr (std::is_null_pointer_v<T>)
     Print(to, static_cast<const void*>(nullptr));
   else if constexpr (std::is_convertible_v<const T&, std::string_view> && !std::is_pointer_v<T> &&
                      !std::is_array_v<T>)
@@ -124,50 +102,179 @@ void PrintAny(Text& to, const void* value) noexcept {
     PrintNumber(to, argument);
   else if constexpr (std::is_same_v<T, char*> || std::is_same_v<T, const char*>)
     Print(to, static_cast<const char*>(argument));
-  else if constexpr (std::is_enum_v<T>)
-    PrintNumber(to, static_cast<std::underlying_type_t<T>>(argument));
-  else {
-    static_assert(std::is_pointer_v<T>, "Quor prints numbers, texts, bool, char and pointers");
+  else if constexpr (std::is_pointer_v<T>)
     Print(to, static_cast<const void*>(argument));
+  else if constexpr (HasFormatter<T>()) {
+    if (!PrintBySpec(to, argument, "{}")) to.Add("(its text failed)");
+  } else {
+    static_assert(
+        std::is_enum_v<T>,
+        "Quor prints numbers, texts, bool, char, enums and pointers; for a type of your own "
+        "write void QuorText(quor::Text&, const Own&)");
+    PrintNumber(to, static_cast<std::underlying_type_t<T>>(argument));
   }
+}
+
+// `place` with its braces.
+template <class T>
+void PrintAny(Text& to, const void* value, std::string_view place) noexcept {
+  const T& argument = *static_cast<const T*>(value);
+  if (__builtin_expect(place.size() == 2, 1) || !PrintBySpec(to, argument, place))
+    PrintPlain(to, argument);
 }
 
 struct Argument {
   const void* value;
-  void (*print)(Text&, const void*) noexcept;
+  void (*print)(Text&, const void*, std::string_view) noexcept;
 };
 
-inline void Format(Text& to, std::string_view format, const Argument* arguments,
-                   std::size_t count) noexcept {
+// Behind the "{}" or "{:spec}" that begins at `at`; null: none begins there.
+constexpr const char* EndOfPlace(const char* at, const char* end) noexcept {
+  if (at[1] == '}') return at + 2;
+  if (at[1] != ':') return nullptr;
+  for (at += 2; at != end && *at != '{'; ++at)
+    if (*at == '}') return at + 1;
+  return nullptr;
+}
+
+// Gives the parts of a format to `sink`: Plain(text), Place(text with braces), which says whether
+// there is an argument for it, and NoPlace() for a "{:" that begins none.
+template <class Sink>
+constexpr void WalkFormat(std::string_view format, Sink& sink) {
   const char* at = format.data();
   const char* const end = at + format.size();
   const char* plain = at;
   for (; at + 1 < end; ++at) {
-    const bool escaped = (at[0] == '{' && at[1] == '{') || (at[0] == '}' && at[1] == '}');
-    const bool place = at[0] == '{' && at[1] == '}' && count != 0;
-    if (!escaped && !place) continue;
-    to.Add(plain, static_cast<std::size_t>(at - plain) + (escaped ? 1 : 0));
-    if (place) {
-      arguments->print(to, arguments->value);
-      ++arguments;
-      --count;
+    if (*at != '{' && *at != '}') continue;
+    if (at[1] == *at) {
+      sink.Plain({plain, static_cast<std::size_t>(at + 1 - plain)});
+      plain = ++at + 1;
+      continue;
     }
-    plain = ++at + 1;
+    if (*at == '}') continue;
+    const char* const behind = EndOfPlace(at, end);
+    if (!behind) {
+      if (at[1] == ':') sink.NoPlace();
+      continue;
+    }
+    if (at != plain) sink.Plain({plain, static_cast<std::size_t>(at - plain)});
+    plain = at;
+    if (sink.Place({at, static_cast<std::size_t>(behind - at)})) plain = behind;
+    at = behind - 1;
   }
-  to.Add(plain, static_cast<std::size_t>(end - plain));
+  sink.Plain({plain, static_cast<std::size_t>(end - plain)});
+}
+
+struct PrintingSink {
+  Text& to;
+  const Argument* next;
+  const Argument* end;
+  void Plain(std::string_view text) noexcept { to.Add(text); }
+  void NoPlace() noexcept {}
+  bool Place(std::string_view place) noexcept {
+    if (next == end) return false;
+    next->print(to, next->value, place);
+    ++next;
+    return true;
+  }
+};
+
+inline void Format(Text& to, std::string_view format, const Argument* arguments,
+                   std::size_t count) noexcept {
+  PrintingSink sink{to, arguments, arguments + count};
+  WalkFormat(format, sink);
 }
 
 template <class... T>
 void FormatAll(Text& to, std::string_view format, const T&... arguments) noexcept {
   if constexpr (sizeof...(T) == 0) {
-    to.Add(format.data(), format.size());
+    to.Add(format);
   } else {
     const Argument all[] = {{static_cast<const void*>(&arguments), &PrintAny<T>}...};
     Format(to, format, all, sizeof...(T));
   }
 }
 
+template <class... T>
+struct CheckingSink {
+  std::size_t places = 0;
+  constexpr void Plain(std::string_view) {}
+  constexpr void NoPlace() { this_place_has_no_end_or_a_place_inside(); }
+  constexpr bool Place(std::string_view place) {
+    if (places == sizeof...(T)) this_format_has_more_places_than_arguments();
+    std::size_t at = 0;
+    if (place.size() != 2) ((at++ == places ? CheckSpec<T>(place) : void()), ...);
+    ++places;
+    return true;
+  }
+};
+
+inline std::string_view FormatOf(const char* format) noexcept {
+  return format ? format : "(null)";
+}
+inline std::string_view FormatOf(std::string_view format) noexcept {
+  return format;
+}
+
+// A format for arguments of the types T. A literal is checked at compile time, if the language has
+// consteval. Other texts are known only at run time, and not checked.
+template <class... T>
+class FormatString {
+ public:
+  template <std::size_t N>
+  QUOR_CONSTEVAL FormatString(const char (&literal)[N]) : m_text(literal) {
+#ifdef __cpp_consteval
+    CheckingSink<T...> sink;
+    WalkFormat(m_text, sink);
+    if (sink.places < sizeof...(T)) this_format_has_more_arguments_than_places();
+#endif
+  }
+  template <std::size_t N>
+  FormatString(char (&text)[N]) noexcept : m_text(text) {}
+  template <class F, class = std::enable_if_t<std::is_convertible_v<const F&, std::string_view> &&
+                                              !std::is_array_v<F>>>
+  FormatString(const F& text) noexcept : m_text(FormatOf(text)) {}
+
+  std::string_view Text() const noexcept {
+    return m_text;
+  }
+
+ private:
+  std::string_view m_text;
+};
+
+// Without arguments a text is taken as it is.
+template <>
+class FormatString<> {
+ public:
+  template <class F, class = std::enable_if_t<std::is_convertible_v<const F&, std::string_view>>>
+  FormatString(const F& text) noexcept : m_text(FormatOf(text)) {}
+  std::string_view Text() const noexcept { return m_text; }
+
+ private:
+  std::string_view m_text;
+};
+
+// Names a type where it is not to be deduced.
+template <class T>
+struct Same {
+  using Type = T;
+};
+template <class... T>
+using FormatFor = FormatString<typename Same<T>::Type...>;
+
+}  // namespace QUOR_ABLED
 }  // namespace detail
+
+inline namespace QUOR_ABLED {
+
+// For QuorText: adds a formatted text.
+template <class... T>
+void FormatTo(Text& to, detail::FormatFor<T...> format, const T&... arguments) noexcept {
+  detail::FormatAll(to, format.Text(), arguments...);
+}
+
+}  // namespace QUOR_ABLED
 }  // namespace quor
 
 #endif

@@ -9,10 +9,17 @@
 //
 // Shape    Declarations are at namespace scope. In a format each "{}" takes the next argument:
 //          integers, floating-point numbers (the shortest form that reads back as the same number),
-//          bool, char, texts, pointers. "{{" and "}}" are braces. A text without arguments is
-//          traced as it is.
-// Errors   Nothing throws or fails. A "{}" without an argument stays as it is, an argument without
-//          a "{}" is left out, a null text or format is "(null)".
+//          bool, char, enums, texts, pointers. "{{" and "}}" are braces. A text without arguments
+//          is traced as it is.
+//          "{:.2f}" and the like are formatted by fmt if one of its headers is included before this
+//          one, else by std::format where it exists. So are types that only they can format.
+//          A type of your own has a function in its namespace, as for a class Point:
+//            void QuorText(quor::Text& to, const Point& p) { quor::FormatTo(to, "{}", p.x); }
+// Errors   In C++20 a literal that has too few or too many arguments, or a spec that is wrong or
+//          that nothing can format, does not compile. Formats of C++17, and those that are known
+//          at run time only, never fail: a place without an argument stays as it is, an argument
+//          without a place is left out, a spec that cannot be used is ignored. A null text or
+//          format is "(null)". Nothing throws, also if QuorText does.
 // Threads  As in quor.h. Formatting allocates memory only beyond 1,000 bytes, blocks beyond 240.
 //
 // Arguments are not evaluated while the point is off.
@@ -21,13 +28,6 @@
 
 #include "format.hpp"
 #include "quor.h"
-
-// Sources of one program may differ in it: what they instantiate needs different names.
-#ifdef QUOR_DISABLE
-#define QUOR_ABLED disabled
-#else
-#define QUOR_ABLED enabled
-#endif
 
 namespace quor {
 namespace detail {
@@ -40,22 +40,14 @@ struct Application {
   explicit Application(const char* name) noexcept { quor_application(name); }
 };
 
-inline std::string_view FormatOf(const char* format) noexcept {
-  return format ? format : "(null)";
-}
-inline std::string_view FormatOf(std::string_view format) noexcept {
-  return format;
-}
-
-template <class F, class... T>
+template <class... T>
 void Trace(quor_point& point, unsigned attributes, const char* file, unsigned line,
-           const F& formatText, const T&... arguments) noexcept {
-  const std::string_view format = FormatOf(formatText);
+           FormatFor<T...> format, const T&... arguments) noexcept {
   if constexpr (sizeof...(T) == 0) {
-    quor_trace(&point, attributes, file, line, format.data(), format.size());
+    quor_trace(&point, attributes, file, line, format.Text().data(), format.Text().size());
   } else {
     TextOf<1000> text;
-    FormatAll(text, format, arguments...);
+    FormatAll(text, format.Text(), arguments...);
     quor_trace(&point, attributes, file, line, text.Data(), text.Size());
   }
 }
@@ -69,12 +61,12 @@ inline namespace QUOR_ABLED {
 class Block {
  public:
   Block() noexcept {}
-  template <class F, class... T>
-  Block(quor_point& point, unsigned attributes, const char* file, unsigned line, const F& format,
-        const T&... arguments) noexcept
+  template <class... T>
+  Block(quor_point& point, unsigned attributes, const char* file, unsigned line,
+        detail::FormatFor<T...> format, const T&... arguments) noexcept
       : m_point(&point), m_attributes(attributes), m_file(file), m_line(line) {
     m_text.Add("Begin: ", kBeginBytes);
-    detail::FormatAll(m_text, detail::FormatOf(format), arguments...);
+    detail::FormatAll(m_text, format.Text(), arguments...);
     quor_trace(m_point, attributes, file, line, m_text.Data(), m_text.Size());
   }
   ~Block() {

@@ -11,9 +11,9 @@ namespace {
 
 // In the order of the help.
 constexpr std::unique_ptr<Command> (*kMakers[])(CLI::App&) = {
-    MakeGen,  MakeInfo, MakeDump,   MakeSave,    MakeConvert, MakeExport,
-    MakeFind, MakeTree, MakeTail,   MakeCapture, MakeApps,    MakeShow,
-    MakeSet,  MakeSink, MakeForget, MakeConfig,  MakeSetup,   MakeEmit};
+    MakeGen,  MakeInfo,   MakeDump,   MakeSave,    MakeConvert, MakeExport, MakeFind,
+    MakeTree, MakeStack,  MakeTail,   MakeCapture, MakeApps,    MakeShow,   MakeSet,
+    MakeSink, MakeForget, MakeConfig, MakeSetup,   MakeEmit};
 
 }  // namespace
 
@@ -62,7 +62,8 @@ const Command& CommandLine::Named() {
     return *command;
   }
   throw CLI::RequiredError(
-      "a command is needed: gen, info, dump, find, tree, save, convert, export, tail, capture, "
+      "a command is needed: gen, info, dump, find, tree, stack, save, convert, export, tail, "
+      "capture, "
       "apps, show, set, sink, config, setup or emit",
       CLI::ExitCodes::RequiredError);
 }

@@ -1,8 +1,10 @@
 #include "command_line.h"
+#include "symbols/worker/symbol_worker.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 
 int main(int argc, char** argv) {
+  if (IsSymbolWorker(argc, argv)) return RunSymbolWorker(argc, argv);
   CatchSignals();
   CommandLine line;
   const Command* const command = line.Read(argc, argv);

@@ -23,7 +23,7 @@ _trc() {
     case $command:$word in
       config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
       :config) command=config ;;
-      :gen | :info | :dump | :find | :tree | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
+      :gen | :info | :dump | :find | :tree | :stack | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -38,6 +38,8 @@ _trc() {
     config\ *:-m | config\ *:--machine) return ;;
     tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
     dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check) return ;;
+    stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
+    stack:-[bn] | stack:--from | stack:--count | stack:--*check) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
     dump:-b | dump:--from | dump:-n | dump:--count) return ;;
     tail:-n | tail:--count | tail:--for | capture:-n | capture:--count | capture:--for) return ;;
@@ -53,6 +55,7 @@ _trc() {
       dump) options='--help --format --columns --utc --from --count --check --uncheck' ;;
       find) options='--help --regex --ignore-case --word --count --format --check --uncheck' ;;
       tree) options='--help --machine --depth --export --check --uncheck' ;;
+      stack) options='--help --symbols --recorded --from --count --check --uncheck' ;;
       save) options='--help --check --uncheck' ;;
       export) options='--help --format --columns --hidden --utc --check --uncheck' ;;
       tail) options='--help --format --columns --utc --count --for --check --uncheck' ;;
@@ -69,7 +72,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree save convert export tail capture apps show set sink forget config setup emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree stack save convert export tail capture apps show set sink forget config setup emit' -- "$current"))
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then

@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find tree save convert export tail capture apps show set sink forget config setup emit
+set -l commands gen info dump find tree stack save convert export tail capture apps show set sink forget config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
@@ -20,6 +20,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Print
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a find -d "Print the traces whose text matches"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a procedure tree"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a stack -d "Print call stacks with function names"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
@@ -55,6 +56,12 @@ complete -c trc -n "__fish_seen_subcommand_from tree" -s d -l depth -x -d "Open 
 complete -c trc -n "__fish_seen_subcommand_from tree" -s x -l export -d "Write the first machine to a file"
 complete -c trc -n "__fish_seen_subcommand_from tree" -l check -x -d "Show a node of the filter"
 complete -c trc -n "__fish_seen_subcommand_from tree" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from stack" -s s -l symbols -x -a "(__fish_complete_directories)" -d "Folder with debug information"
+complete -c trc -n "__fish_seen_subcommand_from stack" -s r -l recorded -d "Frames as they were recorded"
+complete -c trc -n "__fish_seen_subcommand_from stack" -s b -l from -x -d "Index in the file of the first trace"
+complete -c trc -n "__fish_seen_subcommand_from stack" -s n -l count -x -d "At most so many stacks"
+complete -c trc -n "__fish_seen_subcommand_from stack" -l check -x -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from stack" -l uncheck -x -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from find" -s e -l regex -d "A regular expression"
 complete -c trc -n "__fish_seen_subcommand_from find" -s i -l ignore-case -d "Letters of any case"

@@ -53,6 +53,9 @@ class StackReader {
     StackModule module;
     const bool names = TakeBuildId(line, module.buildId);
     frame.interrupted = TakeEnd(line, " (interrupted)");
+    // Before it comes the code to which the signal's handler returns, which was not called.
+    if (frame.interrupted && !m_stack.frames.empty()) m_stack.frames.back().exact = true;
+    frame.exact = frame.interrupted;
     if (TakeAddress(line, frame.address)) {
       module.path = line;
       frame.module = names ? Named(module) : Earlier(line);

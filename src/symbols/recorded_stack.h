@@ -25,7 +25,8 @@ struct StackFrame {
   std::string line;  // as it was recorded
   std::size_t module = kNoModule;
   std::uint64_t address = 0;  // in the module's file
-  bool interrupted = false;   // otherwise the address is that of a return
+  bool interrupted = false;   // by a signal
+  bool exact = false;         // the address is that of code; otherwise that to which a call returns
 
   bool IsKnown() const { return module != kNoModule; }
 };

@@ -14,6 +14,7 @@ std::unique_ptr<Command> MakeConvert(CLI::App& program);
 std::unique_ptr<Command> MakeExport(CLI::App& program);
 std::unique_ptr<Command> MakeFind(CLI::App& program);
 std::unique_ptr<Command> MakeTree(CLI::App& program);
+std::unique_ptr<Command> MakeStack(CLI::App& program);
 
 // For a running service, and one that is traced itself.
 std::unique_ptr<Command> MakeTail(CLI::App& program);

@@ -66,14 +66,17 @@ class Session:
         assert len(found) == count, f"{len(found)} traces, not {count}: {found[-5:]}"
         return found
 
-    def _of(self, application):
+    def all_traces(self):
         with open(self.folder / "shown.jsonl", "rb") as file:
             file.seek(self._read)
             data = file.read()
         self._read += len(data)
         *lines, self._rest = (self._rest + data).split(b"\n")
         self._traces += map(json.loads, lines)
-        return [trace for trace in self._traces
+        return self._traces
+
+    def _of(self, application):
+        return [trace for trace in self.all_traces()
                 if trace["application"] == application and trace["component"] != "Quor"]
 
 

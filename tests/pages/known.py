@@ -29,7 +29,7 @@ WHOLE = {
 # What a page's packages would have installed where programs find it; {build} and {root} are folders.
 INSTALLED = {
     "docs/from-your-logger.md": {"LD_LIBRARY_PATH": "{build}/packaging/quor",
-                                 "PYTHONPATH": "{root}/bindings/python"},
+                                 "PYTHONPATH": "{root}/bindings/python", "NODE_PATH": "{build}/bindings/node"},
 }
 
 # Steps before an example that the page leaves to the reader.

@@ -20,8 +20,7 @@ from typing import NamedTuple
 from . import _library
 from ._blocks import Block, block
 from ._handler import Handler
-from ._points import DEVELOPER, ERROR, INFO, VERBOSE, WARN, Point, application
-from ._texts import encoded, shown
+from ._points import DEVELOPER, ERROR, INFO, VERBOSE, WARN, Point, application, thread_name
 
 __all__ = ["DEVELOPER", "ERROR", "INFO", "VERBOSE", "WARN", "Block", "Counts", "Handler", "Point",
            "application", "block", "counts", "flush", "thread_name"]
@@ -43,8 +42,3 @@ def flush(seconds: float) -> bool:
     """Waits until all traces have left the process; False if they have not after that time. Delivery to a
     running service does not need it."""
     return _library.quor_flush(min(max(int(seconds * 1000), 0), 0xFFFFFFFF)) != 0
-
-
-def thread_name(name: str) -> None:
-    """Names this thread in its traces, instead of its number."""
-    _library.quor_thread_name(encoded(shown(name)))

@@ -43,6 +43,13 @@ def application(name: str) -> None:
     _library.quor_application(encoded(shown(name)))
 
 
+def thread_name(name: str) -> None:
+    """Names this thread in its traces, instead of its number."""
+    if not _is_named:
+        _name_by_default()
+    _library.quor_thread_name(encoded(shown(name)))
+
+
 def _name_by_default() -> None:
     """The name of the script is better than that of the interpreter. A program that embeds the interpreter
     has a name of its own."""
@@ -150,5 +157,7 @@ class Point:
         self._write(attributes, place, formatted(text, arguments))
 
     def _write(self, attributes: int, place: Place, text: str) -> None:
+        if not _is_named:  # a library of the program has traced before
+            _name_by_default()
         data = encoded(text)
         quor_trace(self._address, attributes, place[0], place[1], data, len(data))

@@ -262,6 +262,21 @@ class PointTest(Traced):
             self.assertEqual(self.texts(1, name), ["one"])
         self.assertEqual(self.texts(2, "later"), ["two", "two"])
 
+    def test_the_name_is_that_of_the_script_also_where_others_have_begun(self):
+        for name, begin in ("own_call", 'quor.thread_name("x")'), ("library", '_library.quor_thread_name(b"x")'):
+            script = session.write(f"{name}.py", "import quor; from quor import _library\n"
+                                   f'point = quor.Point("A", "B"); {begin}; point.info("one")')
+            session.run([sys.executable, script], PYTHONPATH=str(PACKAGE))
+            self.assertEqual(self.texts(1, name), ["one"])
+
+    def test_what_is_kept_for_the_script_holds_from_the_first_trace_on(self):
+        status, told = session.machine.ask("trc", "set", "--persist", self.name, "*=developer")
+        self.assertEqual(status, 0, told)
+        for begin in "", "quor.thread_name('x');":
+            self.run_program(f"import quor; point = quor.Point('A', 'B'); {begin}\n"
+                             "point.trace(quor.INFO | quor.DEVELOPER, 'first')", QUOR_WAIT="5000")
+        self.assertEqual(self.texts(2), ["first", "first"])
+
 
 class BlockTest(Traced):
     def test_blocks_begin_and_end(self):

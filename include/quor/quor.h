@@ -77,8 +77,11 @@ QUOR_API void quor_block_end(quor_block* block);
  * Returns 1 when all traces have left. */
 QUOR_API int quor_flush(unsigned milliseconds);
 
+/* What this process has traced and lost so far. */
 QUOR_API void quor_get_counts(quor_counts* counts);
 
+/* Is the point on for a trace with these attributes? The macros ask this before they evaluate their
+ * arguments. */
 static inline int quor_on(quor_point* point, unsigned attributes) {
   const uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
   if (__builtin_expect((settings & attributes) != attributes, 1)) return 0;

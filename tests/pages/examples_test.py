@@ -26,12 +26,14 @@ from tour import Tour
 ROOT = Path(__file__).resolve().parent.parent.parent
 PROGRAMS = ("trc", "quord", "tessera", "quor-demo")
 TRACING = "docs/tracing-your-application.md"
+REFERENCE = "docs/api.md"  # made from the headers: packaging/quor/check_reference.py
 LEAST_EXAMPLES = 200  # a reader that finds few is broken
 
 
 def read_markdown():
     pages = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "SECURITY.md")]
-    pages += sorted((ROOT / "docs").glob("*.md")) + sorted((ROOT / "src/shell/help/ui/help").glob("*.md"))
+    pages += sorted(set((ROOT / "docs").glob("*.md")) - {ROOT / REFERENCE})
+    pages += sorted((ROOT / "src/shell/help/ui/help").glob("*.md"))
     return {str(page.relative_to(ROOT)): Markdown(page, str(page.relative_to(ROOT))) for page in pages}
 
 

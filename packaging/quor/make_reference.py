@@ -150,10 +150,13 @@ def write(kind, folder, version):
         for comment, names in pieces((folder / name).read_text()):
             page.code("\n".join(names))
             page.text(re.sub(r"\s+", " ", comment))
-    for path in sorted(set(folder.glob("*.h*")) - {folder / name for name in C_HEADERS}):
-        if path.name not in ("no_traces.h", "format.hpp"):
-            page.head(path.name)
-            write_intro(page, first_comment(path.read_text()))
+    # Those that no header includes are for users, and quor.hpp is; the others are parts of these.
+    texts = {path.name: path.read_text() for path in sorted(folder.glob("*.h*"))}
+    parts = set(re.findall(r'(?m)^ *# *include "(?:quor/)?([\w.]+)"', "\n".join(texts.values())))
+    for name, text in texts.items():
+        if name == "quor.hpp" or name not in {*parts, *C_HEADERS}:
+            page.head(name)
+            write_intro(page, first_comment(text))
     page.end()
     return "\n".join(page.out)
 

@@ -24,7 +24,7 @@ static pthread_mutex_t g_lock = PTHREAD_MUTEX_INITIALIZER;
 static quor_point* g_points[POINTS]; /* read without the lock by who has got the number */
 static uint32_t g_count;
 static uint16_t g_slots[SLOTS]; /* number + 1; 0: free */
-static int g_named;
+static int g_named;             /* under the lock */
 
 typedef struct {
   char room[ROOM];
@@ -119,10 +119,15 @@ static napi_value application(napi_env env, napi_callback_info info) {
   bool only = false;
   if (!take_arguments(env, info, 2, values)) return NULL;
   napi_get_value_bool(env, values[1], &only);
-  if (__atomic_exchange_n(&g_named, 1, __ATOMIC_RELAXED) && only) return NULL;
   Text name;
   take_text(env, values[0], &name);
-  if (name.length > 0) quor_application(name.data);
+  /* No other worker traces before the library has the name. */
+  pthread_mutex_lock(&g_lock);
+  if (name.length > 0 && !(only && g_named)) {
+    quor_application(name.data);
+    g_named = 1;
+  }
+  pthread_mutex_unlock(&g_lock);
   free_text(&name);
   return NULL;
 }

@@ -30,8 +30,8 @@ const points = new Map(); // by component, then by category
 let isNamed = false;
 
 function application(name) {
-  isNamed = true;
   native.application(plain(shown(name)), false);
+  isNamed = true;
 }
 
 // The name of the script is better than that of the interpreter.

@@ -33,14 +33,16 @@ Place = Tuple["bytes | None", int]  # file and line, as the library takes them
 NOWHERE: Final[Place] = (None, 0)
 
 _points: dict[tuple[str, str], Point] = {}
-_is_named = False
+_given_name: bytes | None = None
+_is_named = False  # set when the library has the name, so that no other thread traces before
 
 
 def application(name: str) -> None:
     """Names this program in the monitor. Without this call it has the name of its script."""
-    global _is_named
+    global _given_name, _is_named
+    _given_name = encoded(shown(name))
+    _library.quor_application(_given_name)
     _is_named = True
-    _library.quor_application(encoded(shown(name)))
 
 
 def thread_name(name: str) -> None:
@@ -51,20 +53,26 @@ def thread_name(name: str) -> None:
 
 
 def _name_by_default() -> None:
-    """The name of the script is better than that of the interpreter. A program that embeds the interpreter
-    has a name of its own."""
     global _is_named
+    name = _name_of_script()
+    if name and not name.startswith("-"):
+        _library.quor_application(encoded(name))
+        if _given_name is not None:  # by another thread, meanwhile
+            _library.quor_application(_given_name)
     _is_named = True
+
+
+def _name_of_script() -> str:
+    """It is better than that of the interpreter. A program that embeds the interpreter has one of its own."""
     try:
         if not os.path.basename(os.readlink("/proc/self/exe")).startswith(("python", "pypy")):
-            return
+            return ""
         name = os.path.splitext(os.path.basename(sys.argv[0]))[0]
         if name == "__main__":
             name = os.path.basename(os.path.dirname(os.path.abspath(sys.argv[0])))
+        return name
     except (OSError, AttributeError, IndexError):  # no /proc, no sys.argv
-        return
-    if name and not name.startswith("-"):
-        _library.quor_application(encoded(name))
+        return ""
 
 
 def place_of(frame: FrameType) -> Place:

@@ -269,6 +269,29 @@ class PointTest(Traced):
             session.run([sys.executable, script], PYTHONPATH=str(PACKAGE))
             self.assertEqual(self.texts(1, name), ["one"])
 
+    def test_no_thread_traces_before_the_program_has_its_name(self):
+        self.run_program("""
+            import quor, threading, time
+            from quor import _library
+            name_application = _library.quor_application
+            begun = threading.Event()
+            def slowly(name):
+                begun.set()
+                if name != b"given": time.sleep(0.2)
+                name_application(name)
+            _library.quor_application = slowly
+            def trace(text): quor.Point("A", "B").info(text)
+            first = threading.Thread(target=trace, args=("first",))
+            first.start()
+            begun.wait()
+            trace("second")
+            first.join()
+            """)
+        self.assertEqual(sorted(self.texts(2)), ["first", "second"])
+        self.run_program(self.path.read_text().replace('trace("second")', 'quor.application("given")') +
+                         '\ntrace("third")')
+        self.assertEqual(self.texts(2, "given"), ["first", "third"])
+
     def test_what_is_kept_for_the_script_holds_from_the_first_trace_on(self):
         status, told = session.machine.ask("trc", "set", "--persist", self.name, "*=developer")
         self.assertEqual(status, 0, told)

@@ -11,9 +11,9 @@ namespace {
 
 // In the order of the help.
 constexpr std::unique_ptr<Command> (*kMakers[])(CLI::App&) = {
-    MakeGen,  MakeInfo,   MakeDump,   MakeSave,    MakeConvert, MakeExport, MakeFind,
-    MakeTree, MakeStack,  MakeTail,   MakeCapture, MakeApps,    MakeShow,   MakeSet,
-    MakeSink, MakeForget, MakeConfig, MakeSetup,   MakeEmit};
+    MakeGen,  MakeInfo, MakeDump,   MakeSave,   MakeConvert, MakeExport, MakeImport,
+    MakeFind, MakeTree, MakeStack,  MakeTail,   MakeCapture, MakeApps,   MakeShow,
+    MakeSet,  MakeSink, MakeForget, MakeConfig, MakeSetup,   MakeEmit};
 
 }  // namespace
 
@@ -28,6 +28,7 @@ CommandLine::CommandLine() {
       "  trc dump sample.trc --columns Time,Component,Trace --count 20\n"
       "  trc dump sample.trc --format jsonl | jq .text\n"
       "  trc find 'slow query' sample.trc\n"
+      "  trc import --syslog syslog system.trc\n"
       "  trc tree sample.trc --depth 4\n"
       "  trc tail\n"
       "  trc set orders Database/Query support\n"
@@ -62,9 +63,8 @@ const Command& CommandLine::Named() {
     return *command;
   }
   throw CLI::RequiredError(
-      "a command is needed: gen, info, dump, find, tree, stack, save, convert, export, tail, "
-      "capture, "
-      "apps, show, set, sink, config, setup or emit",
+      "a command is needed: gen, info, dump, find, tree, stack, save, convert, export, import, "
+      "tail, capture, apps, show, set, sink, config, setup or emit",
       CLI::ExitCodes::RequiredError);
 }
 

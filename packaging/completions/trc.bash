@@ -23,13 +23,17 @@ _trc() {
     case $command:$word in
       config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
       :config) command=config ;;
-      :gen | :info | :dump | :find | :tree | :stack | :save | :convert | :export | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
+      :gen | :info | :dump | :find | :tree | :stack | :save | :convert | :export | :import | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
   case $command:$previous in
     dump:-f | dump:--format | find:-f | find:--format | tail:-f | tail:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
     export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
+    import:--levels) COMPREPLY=($(compgen -W 'syslog pino python otel' -- "$current")); return ;;
+    import:--join) COMPREPLY=($(compgen -W 'indented all none' -- "$current")); return ;;
+    import:--zone) COMPREPLY=($(compgen -W 'local UTC' -- "$current")); return ;;
+    import:--regex | import:--map | import:--component | import:--application | import:--machine | import:--time-format) return ;;
     export:-c | export:--columns) _trc_columns "$current"; return ;;
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     setup:-m | setup:--machine) return ;;
@@ -58,6 +62,7 @@ _trc() {
       stack) options='--help --symbols --recorded --from --count --check --uncheck' ;;
       save) options='--help --check --uncheck' ;;
       export) options='--help --format --columns --hidden --utc --check --uncheck' ;;
+      import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
       tail) options='--help --format --columns --utc --count --for --check --uncheck' ;;
       capture) options='--help --out --count --for --max-size --max-files --check --uncheck' ;;
       apps | show) options='--help --json' ;;
@@ -72,7 +77,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree stack save convert export tail capture apps show set sink forget config setup emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree stack save convert export import tail capture apps show set sink forget config setup emit' -- "$current"))
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then
@@ -89,7 +94,7 @@ _trc() {
     COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')" -- "$current"))
   elif [[ $command == tail || $command == apps || $command == emit ]]; then
     return
-  elif [[ $command == export && $previous == *.trc ]]; then
+  elif [[ $command == import || $command == export && $previous == *.trc ]]; then
     compopt -o filenames
     local IFS=$'\n'
     COMPREPLY=($(compgen -f -- "$current"))

@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find tree stack save convert export tail capture apps show set sink forget config setup emit
+set -l commands gen info dump find tree stack save convert export import tail capture apps show set sink forget config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack
@@ -24,6 +24,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a stack -d "Prin
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a import -d "Write another log as traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tail -d "Print live traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a capture -d "Write live traces to a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List traced applications"
@@ -80,6 +81,19 @@ complete -c trc -n "__fish_seen_subcommand_from export" -l hidden -d "The hidden
 complete -c trc -n "__fish_seen_subcommand_from export" -s u -l utc -d "Times in UTC"
 complete -c trc -n "__fish_seen_subcommand_from export" -l check -x -d "Show a node of the filter"
 complete -c trc -n "__fish_seen_subcommand_from export" -l uncheck -x -d "Hide a node of the filter"
+
+complete -c trc -n "__fish_seen_subcommand_from import" -l journal -d "Lines of journalctl -o json"
+complete -c trc -n "__fish_seen_subcommand_from import" -l syslog -d "Lines of syslog"
+complete -c trc -n "__fish_seen_subcommand_from import" -l jsonl -d "One JSON object per line"
+complete -c trc -n "__fish_seen_subcommand_from import" -l regex -x -d "Lines that match, with named groups"
+complete -c trc -n "__fish_seen_subcommand_from import" -l map -x -d "The field of a further key"
+complete -c trc -n "__fish_seen_subcommand_from import" -l component -x -d "The component of all traces"
+complete -c trc -n "__fish_seen_subcommand_from import" -l application -x -d "The application of traces that name none"
+complete -c trc -n "__fish_seen_subcommand_from import" -l machine -x -d "The machine of traces that name none"
+complete -c trc -n "__fish_seen_subcommand_from import" -l levels -x -a "syslog pino python otel" -d "What numbers of levels mean"
+complete -c trc -n "__fish_seen_subcommand_from import" -l time-format -x -d "The form of times, as for strptime"
+complete -c trc -n "__fish_seen_subcommand_from import" -l zone -x -a "local UTC" -d "Of times without one"
+complete -c trc -n "__fish_seen_subcommand_from import" -l join -x -a "indented all none" -d "Lines that belong to the text before"
 
 complete -c trc -n "__fish_seen_subcommand_from tail" -s f -l format -x -a "text jsonl" -d "Format"
 complete -c trc -n "__fish_seen_subcommand_from tail" -s c -l columns -x -a "(__trc_columns)" -d "Columns"

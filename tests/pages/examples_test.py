@@ -8,6 +8,7 @@ the program, the manual pages and the help of the programs. Each is run exactly 
 of its own with a home, a service, an application and, if the page has one, another machine. A program
 that runs until it is stopped is stopped when it has shown that it works. known.py lists what is not run.
 """
+import gzip
 import re
 import shutil
 import signal
@@ -58,9 +59,22 @@ def samples(folder, bin_folder):
     for name in ("sample.trc", "web.trc", "db.trc"):
         subprocess.run([trc, "gen", "-n", "200000", "-s", "7", str(folder / name)], check=True)
     subprocess.run([trc, "gen", "-n", "1000", "--old", str(folder / "old.trc")], check=True)
+    write_logs(folder)
     for name in ("orders.tcf", "all.tcf"):
         (folder / name).write_text('TCF Version 3.2\nAPP: "orders"\nTRACE: "Database" "Query" Info\n')
     return folder
+
+
+def write_logs(folder):
+    """Logs of other programs."""
+    lines = "".join(f"Nov 21 09:41:{second:02} web cron[42]: run {second}\n" for second in range(60))
+    for name in ("syslog", "syslog.1"):
+        (folder / name).write_text(lines)
+    with gzip.open(folder / "syslog.2.gz", "wt") as packed:
+        packed.write(lines)
+    (folder / "app.log").write_text("2026-11-21 09:41:07,123 WARN com.acme.Shop low stock\n" * 60)
+    (folder / "app.jsonl").write_text(
+        '{"time":"2026-11-21T09:41:07Z","level":"warn","svc":"shop","msg":"low stock"}\n' * 60)
 
 
 def far_machine(root, bin_folder):

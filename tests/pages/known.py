@@ -15,7 +15,7 @@ NOT_RUN = {
 # The values of words in capitals.
 STANDS_FOR = {
     "FILE": "sample.trc", "FILE...": "sample.trc web.trc", "IN.trc": "sample.trc", "OUT.trc": "out.trc",
-    "OUT.csv": "out.csv", "OLD.trc": "old.trc", "NEW.trc": "new.trc", "PATTERN": "order", "N": "5",
+    "OUT.csv": "out.csv", "OLD.trc": "old.trc", "NEW.trc": "new.trc", "PATTERN": "order", "LOG": "syslog", "N": "5",
     "MACHINE": "localhost", "APP": "orders", "APPLICATION": "orders", "NAME": "other",
     "COMPONENT/CATEGORY": "Database/Query", "COMMAND": "dump",
 }

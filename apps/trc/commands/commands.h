@@ -12,6 +12,7 @@ std::unique_ptr<Command> MakeDump(CLI::App& program);
 std::unique_ptr<Command> MakeSave(CLI::App& program);
 std::unique_ptr<Command> MakeConvert(CLI::App& program);
 std::unique_ptr<Command> MakeExport(CLI::App& program);
+std::unique_ptr<Command> MakeImport(CLI::App& program);
 std::unique_ptr<Command> MakeFind(CLI::App& program);
 std::unique_ptr<Command> MakeTree(CLI::App& program);
 std::unique_ptr<Command> MakeStack(CLI::App& program);

@@ -38,6 +38,7 @@ TEST(TrcCommandLine, EachCommandHasHelpWithItsOptionsAndAnExample) {
       {"convert", {"OLD", "NEW"}},
       {"export",
        {"-f,--format", "-c,--columns", "--hidden", "-u,--utc", "--uncheck", "FILE", "OUT"}},
+      {"import", {"--journal", "--syslog", "--jsonl", "--regex", "--map", "--join", "IN... OUT"}},
       {"find", {"-e,--regex", "-i,--ignore-case", "-w,--word", "--count", "PATTERN", "FILE"}},
       {"tree", {"-m,--machine", "-d,--depth", "-x,--export", "--check", "FILE", "OUT"}},
       {"tail", {"-f,--format", "-n,--count", "--for", "--uncheck", "MACHINE"}},

@@ -1,0 +1,27 @@
+// The values of one JSON object with the paths to them, in their order.
+//
+// Shape    {"a":{"b":1},"c":[true]} has "a.b" with 1 and "c.0" with true. Empty objects and arrays
+//          have no values.
+// Errors   False: no object, nested deeper than kDepthMax, or stopped by the taker. Some values may
+//          have been given before.
+// Threads  Pure.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+enum class JsonKind { Null, Bool, Number, String };
+
+class FlatJsonTaker {
+ public:
+  // Numbers and words as they stand in the line, a string without its escapes. False ends it.
+  virtual bool OnValue(const std::string& path, JsonKind kind, std::string_view value) = 0;
+
+ protected:
+  ~FlatJsonTaker() = default;
+};
+
+constexpr std::size_t kJsonDepthMax = 32;
+
+bool ReadFlatJson(std::string_view line, FlatJsonTaker& taker);

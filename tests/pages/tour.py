@@ -46,6 +46,7 @@ class Tour:
         (folder / "build").mkdir(parents=True)
         for file in self.files.iterdir():
             os.link(file, folder / file.name)
+        (folder / "docs").symlink_to(HERE.parent.parent / "docs")
         for program in ("trc", "quord", "tessera", "quor-demo"):
             (folder / program).symlink_to(self.build / "bin" / program)
         for preset in ("release", "dev"):
@@ -80,6 +81,9 @@ class Tour:
 
     # A page that gives a program is followed in a folder for it; the one in C has its own.
     def take_file(self, block):
+        if block.file.endswith(".py"):
+            (self.folder / block.file).write_text(block.text)
+            return
         in_c = block.file.endswith(".c")
         self.folder = self.machine("here").home / ("in-c" if in_c else "program")
         self.folder.mkdir(exist_ok=True)
@@ -195,9 +199,12 @@ def check_unrun(line):
         assert f"Package: {package}\n" in control, f"there is no package {package}"
     for option in re.findall(r"-D(TESSERA_\w+)=", line):
         assert option in (root / "packaging/check_builds.py").read_text(), f"no test builds with {option}"
+    script = (root / "dev").read_text()
+    for package in re.findall(r"^sudo apt install ([\w-]+)$", line):
+        packages = re.search(r"^TEST_PACKAGES=\(([^)]*)\)", script, re.M)[1].split()
+        assert package in packages, f"./dev installs no {package} for the tests"
     if words[0] != "./dev":
         return
-    script = (root / "dev").read_text()
     wanted = [f"cmd_{words[1]}"] + [f"check_{step}" for step in words[2:] if words[1] == "check"]
     for function in wanted:
         assert re.search(rf"^ *{function}\(\)", script, re.M), f"./dev has no {function}"

@@ -13,7 +13,7 @@ namespace {
 
 // One byte more than a record takes, so that the cut is noticed there.
 constexpr std::size_t kLongestFormatted = 65541;
-constexpr std::string_view kNone = "", kBegin = "Begin: ", kEnd = "End: ";
+constexpr std::string_view kNone, kBegin = "Begin: ", kEnd = "End: ";
 
 // A prefix and a formatted text, in the given room or, if that is too small, in allocated memory,
 // which is the caller's to free. Without memory the text is cut.

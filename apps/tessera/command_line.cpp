@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <filesystem>
+#include "settings/registry.h"
+#include "symbols/symbol_reader.h"
 
 namespace {
 
@@ -106,4 +108,11 @@ const char* UsageText() {
          "\n"
          "Exit status: 0 success, 2 wrong use, no display, or what was named cannot be\n"
          "opened.\n";
+}
+
+std::vector<std::string> SymbolFolders() {
+  std::vector<std::string> folders =
+      SymbolReader::Folders(NtRegGet(HKEY_CURRENT_USER, kRegSettings, "Symbol Folders", ""));
+  for (const std::string& folder : SymbolReader::FoldersOfEnvironment()) folders.push_back(folder);
+  return folders;
 }

@@ -27,3 +27,7 @@ std::string WrongRest(const std::vector<std::string>& rest);
 std::string UnusableSettings(const std::string& path);
 
 const char* UsageText();
+
+// Where the names of stacks are looked for: the folders of the settings before those of the
+// environment.
+std::vector<std::string> SymbolFolders();

@@ -18,6 +18,8 @@
 #include "shell/ui/qt_main_frame.h"
 #include "shell/ui/qt_shell_faces.h"
 #include "signal_pipe.h"
+#include "symbols/stack_naming.h"
+#include "symbols/worker/symbol_worker.h"
 
 namespace {
 
@@ -104,6 +106,7 @@ int Run(const ProgramOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (IsSymbolWorker(argc, argv)) return RunSymbolWorker(argc, argv);
   ProgramOptions options = ParseProgramOptions(Arguments(argc, argv));
   if (!options.wrong.empty()) return WrongUse(options.wrong);
   if (options.help || options.version) {
@@ -134,5 +137,8 @@ int main(int argc, char** argv) {
     UseSystemStyle();
   if (!options.settings.empty()) SetSettingsFile(options.settings);
   ReadStartupSettings();
-  return Run(options);
+  g_stackNaming = std::make_unique<StackNaming>(SymbolFolders(), "/proc/self/exe");
+  const int status = Run(options);
+  g_stackNaming.reset();
+  return status;
 }

@@ -24,16 +24,38 @@ bool SendAll(int socket, const char* bytes, std::size_t size) {
   return true;
 }
 
-bool ReceiveAll(int socket, char* to, std::size_t size, int timeoutMs) {
-  const Clock::time_point until = Clock::now() + std::chrono::milliseconds(timeoutMs);
+constexpr int kLookMs = 20;
+
+class Wait {
+ public:
+  Wait(int socket, int timeoutMs, const std::atomic<bool>* cancelled)
+      : m_socket(socket),
+        m_limited(timeoutMs >= 0),
+        m_until(Clock::now() + std::chrono::milliseconds(timeoutMs)),
+        m_cancelled(cancelled) {}
+
+  // False: nothing came in time.
+  bool ForBytes() const {
+    while (!m_cancelled || !m_cancelled->load()) {
+      if (m_limited && Clock::now() >= m_until) return false;
+      pollfd ready = {m_socket, POLLIN, 0};
+      const int found = poll(&ready, 1, m_limited || m_cancelled ? kLookMs : -1);
+      if (found > 0) return true;
+      if (found < 0 && errno != EINTR) return false;
+    }
+    return false;
+  }
+
+ private:
+  const int m_socket;
+  const bool m_limited;
+  const Clock::time_point m_until;
+  const std::atomic<bool>* const m_cancelled;
+};
+
+bool ReceiveAll(int socket, char* to, std::size_t size, const Wait& wait) {
   while (size > 0) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now()).count();
-    if (timeoutMs >= 0 && left <= 0) return false;
-    pollfd ready = {socket, POLLIN, 0};
-    const int found = poll(&ready, 1, timeoutMs < 0 ? -1 : static_cast<int>(left));
-    if (found < 0 && errno == EINTR) continue;
-    if (found <= 0) return false;
+    if (!wait.ForBytes()) return false;
     const ssize_t got = recv(socket, to, size, MSG_DONTWAIT);
     if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
     if (got <= 0) return false;
@@ -53,12 +75,13 @@ bool SendText(int socket, std::string_view text) {
          SendAll(socket, text.data(), text.size());
 }
 
-bool ReceiveText(int socket, std::string& text, int timeoutMs) {
+bool ReceiveText(int socket, std::string& text, int timeoutMs, const std::atomic<bool>* cancelled) {
+  const Wait wait(socket, timeoutMs, cancelled);
   std::uint32_t length = 0;
   char head[sizeof length];
-  if (!ReceiveAll(socket, head, sizeof head, timeoutMs)) return false;
+  if (!ReceiveAll(socket, head, sizeof head, wait)) return false;
   std::memcpy(&length, head, sizeof length);
   if (length > kSymbolTextMax) return false;
   text.resize(length);
-  return ReceiveAll(socket, text.data(), length, timeoutMs);
+  return ReceiveAll(socket, text.data(), length, wait);
 }

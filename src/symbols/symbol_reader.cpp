@@ -23,7 +23,11 @@ SymbolReader::~SymbolReader() {
 
 std::vector<std::string> SymbolReader::FoldersOfEnvironment() {
   const char* const value = std::getenv("QUOR_SYMBOLS");
-  std::istringstream parts(value ? value : "");
+  return Folders(value ? value : "");
+}
+
+std::vector<std::string> SymbolReader::Folders(const std::string& list) {
+  std::istringstream parts(list);
   std::vector<std::string> folders;
   for (std::string part; std::getline(parts, part, ':');)
     if (!part.empty()) folders.push_back(part);
@@ -48,9 +52,10 @@ StackNames SymbolReader::Names(const std::string& stack) {
 }
 
 bool SymbolReader::Ask(const std::string& stack, StackNames& names) {
-  if (m_process < 0 && !Start()) return false;
+  if (m_cancelled.load() || (m_process < 0 && !Start())) return false;
   std::string written;
-  if (!SendText(m_socket, stack) || !ReceiveText(m_socket, written, m_timeoutMs)) return false;
+  if (!SendText(m_socket, stack) || !ReceiveText(m_socket, written, m_timeoutMs, &m_cancelled))
+    return false;
   std::optional<StackNames> read = ReadNames(written);
   if (!read) return false;
   names = std::move(*read);

@@ -9,6 +9,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <cstddef>
 #include <string>
 #include <unordered_map>
@@ -26,8 +27,11 @@ class SymbolReader {
   SymbolReader& operator=(const SymbolReader&) = delete;
 
   StackNames Names(const std::string& stack);
+  // Ends what Names waits for, now and from now on. Any thread.
+  void Cancel() { m_cancelled.store(true); }
 
-  // The folders of the environment variable QUOR_SYMBOLS, with colons between.
+  // The folders of a list with colons between, and those of the variable QUOR_SYMBOLS.
+  static std::vector<std::string> Folders(const std::string& list);
   static std::vector<std::string> FoldersOfEnvironment();
 
  private:
@@ -42,6 +46,7 @@ class SymbolReader {
   const std::string m_program;
   const int m_timeoutMs;
   std::unordered_map<std::string, StackNames> m_known;
+  std::atomic<bool> m_cancelled{false};
   int m_socket = -1;
   pid_t m_process = -1;
 };

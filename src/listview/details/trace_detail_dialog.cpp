@@ -64,6 +64,10 @@ const std::vector<CTraceDetailDialog::Field>& CTraceDetailDialog::Fields() {
 CTraceDetailDialog::CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names)
     : CDialog(host), m_iterator(iterator), m_nameMap(names) {}
 
+CTraceDetailDialog::~CTraceDetailDialog() {
+  if (m_question) m_question->Withdraw();
+}
+
 void CTraceDetailDialog::OnInitDialog() {
   CDialog::OnInitDialog();
   Fill();
@@ -150,4 +154,25 @@ void CTraceDetailDialog::FillStack(const std::string& stack) {
   for (std::size_t end; (end = stack.find('\n', begin)) != std::string::npos; begin = end + 1)
     m_stack.push_back(stack.substr(begin, end - begin));
   if (begin < stack.size()) m_stack.push_back(stack.substr(begin));
+  AskForNames(stack);
+}
+
+// The answer comes on another thread, which may hold the question longer than this dialog lives. So
+// it is taken only while the mark of the shown stack is there.
+void CTraceDetailDialog::AskForNames(const std::string& stack) {
+  if (m_question) m_question->Withdraw();
+  m_question.reset();
+  m_stackMark.reset();
+  m_stackNames = {};
+  if (stack.empty() || !g_stackNaming) return;
+  m_stackMark = std::make_shared<char>();
+  const std::weak_ptr<char> mark = m_stackMark;
+  m_question = std::make_shared<StackQuestion>(stack, [this, mark](const StackNames& names) {
+    GetHost().Post([this, mark, names] {
+      if (mark.expired()) return;
+      m_stackNames = names;
+      if (m_whenNamed) m_whenNamed();
+    });
+  });
+  g_stackNaming->Ask(m_question);
 }

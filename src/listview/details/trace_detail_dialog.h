@@ -9,11 +9,14 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "docview/dialogs/dialog.h"
 #include "listview/details/trace_iterator.h"
+#include "symbols/stack_naming.h"
 #include "tree/find/find_hits.h"
 
 class CTraceDetailDialog : public CDialog {
@@ -22,6 +25,7 @@ class CTraceDetailDialog : public CDialog {
   const char* HelpTopic() const override { return "properties"; }
 
   CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names);
+  ~CTraceDetailDialog() override;
 
   void OnInitDialog() override;
   // REQUIRES: there is a trace in that direction. Kept: this is not checked again.
@@ -36,6 +40,10 @@ class CTraceDetailDialog : public CDialog {
       m_severity;
   std::vector<std::string> m_stack;  // the first line is selected
   bool m_stackEnabled = false;
+  // The stack with the names of its functions, shown in place of the recorded lines when it comes.
+  // Empty until then, and if there is nobody to find them.
+  StackNames m_stackNames;
+  std::function<void()> m_whenNamed;          // of the face
   bool m_hasNext = false, m_hasBack = false;  // as of the last filling
 
   // The fields with their captions, group by group, except "Stack:".
@@ -53,9 +61,12 @@ class CTraceDetailDialog : public CDialog {
   void FillFields(const TraceEvent_i& event);
   void FillText(const std::string& text);
   void FillStack(const std::string& stack);
+  void AskForNames(const std::string& stack);
   std::string TicDifference(std::uint64_t ticCount);
 
   CTraceIterator& m_iterator;
   const NameMap& m_nameMap;
   FindHits m_findHits;
+  std::shared_ptr<StackQuestion> m_question;  // that of the shown stack
+  std::shared_ptr<char> m_stackMark;          // held by nobody else
 };

@@ -6,6 +6,7 @@
 #include "settings/globals.h"
 #include "support/recording_host.h"
 #include "support/zone_guard.h"
+#include "symbols/naming_program.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
 
@@ -276,6 +277,65 @@ TEST_F(TraceDetails, ItEndsByCancelAndTheCursorStandsOnTheTraceLastShown) {
   });
   EXPECT_EQ(m_dialog.DoModal(), CDialog::kIdCancel);
   EXPECT_EQ(m_cursor.current->GetText(), "2");
+}
+
+// ---- the names of the stack
+
+class NamedStack : public TraceDetails {
+ protected:
+  ~NamedStack() override { g_stackNaming.reset(); }
+  void NameBy(const NamingProgram& program) {
+    g_stackNaming = std::make_unique<StackNaming>(std::vector<std::string>(), program.Path());
+  }
+  void AwaitNames() {
+    ASSERT_TRUE(m_host.WaitForPost());
+    m_host.RunPosted();
+  }
+
+  const std::string m_recorded = "/usr/bin/orders+0x12ab [0a1b2c3d4e5f]";
+};
+
+TEST_F(NamedStack, TheRecordedLinesAreThereAtOnceAndTheNamesWhenTheyCome) {
+  const NamingProgram program(NamingProgram::kHangsUntilToldTo);
+  NameBy(program);
+  int shown = 0;
+  m_dialog.m_whenNamed = [&] { ++shown; };
+  OpenOn({{.stack = m_recorded}});
+  EXPECT_EQ(m_dialog.m_stack, std::vector<std::string>{m_recorded});
+  EXPECT_TRUE(m_dialog.m_stackNames.frames.empty());
+  program.Tell();
+  AwaitNames();
+  EXPECT_EQ(shown, 1);
+  ASSERT_EQ(m_dialog.m_stackNames.frames.size(), 1u);
+  EXPECT_EQ(m_dialog.m_stackNames.frames[0].text, "Charge() at pay.cpp:12 (orders)");
+  EXPECT_EQ(m_dialog.m_stackNames.missing, std::vector<std::string>{"no names for libfoo.so"});
+  EXPECT_EQ(m_dialog.m_stack, std::vector<std::string>{m_recorded});
+}
+
+TEST_F(NamedStack, NamesOfAnEarlierTraceAreNotShown) {
+  const NamingProgram program(NamingProgram::kAnswers);
+  NameBy(program);
+  OpenOn({{.text = "1", .stack = m_recorded}, {.text = "2", .stack = ""}});
+  m_dialog.OnBack();
+  ASSERT_TRUE(m_host.WaitForPost());
+  m_dialog.OnNext();
+  m_host.RunPosted();
+  EXPECT_TRUE(m_dialog.m_stackNames.frames.empty());
+}
+
+TEST_F(NamedStack, NamesThatComeAfterTheDialogAreDropped) {
+  const NamingProgram program(NamingProgram::kAnswers);
+  NameBy(program);
+  m_cursor.Add({.stack = m_recorded});
+  m_cursor.StandAt(0);
+  auto dialog = std::make_unique<CTraceDetailDialog>(m_host, m_cursor, m_names);
+  int shown = 0;
+  dialog->m_whenNamed = [&] { ++shown; };
+  dialog->OnInitDialog();
+  ASSERT_TRUE(m_host.WaitForPost());
+  dialog.reset();
+  m_host.RunPosted();
+  EXPECT_EQ(shown, 0);
 }
 
 }  // namespace

@@ -48,6 +48,11 @@ TraceDetailFace::TraceDetailFace(CTraceDetailDialog& dialog, QWidget* parent)
   layout->addWidget(location);
   layout->addWidget(MakeText(), 1);
   layout->addLayout(MakeButtons());
+  m_dialog.m_whenNamed = [this] { ShowStack(); };
+}
+
+TraceDetailFace::~TraceDetailFace() {
+  m_dialog.m_whenNamed = nullptr;
 }
 
 // The group's values beside their captions.
@@ -141,9 +146,7 @@ void TraceDetailFace::UpdateData() {
     value->setCursorPosition(0);
     Widen(*value, field->id == CTraceDetailDialog::kSource ? kSourceChars : kValueChars);
   }
-  m_stack->clear();
-  for (const std::string& line : m_dialog.m_stack) m_stack->addItem(QString::fromStdString(line));
-  m_stack->setEnabled(m_dialog.m_stackEnabled);
+  ShowStack();
   ShowText();
   m_back->setEnabled(m_dialog.m_hasBack);
   m_next->setEnabled(m_dialog.m_hasNext);
@@ -157,6 +160,23 @@ void TraceDetailFace::Widen(QLineEdit& value, int mostChars) {
   const int wantedPx = std::min(metrics.horizontalAdvance(value.text()) + kValueEdgesPx,
                                 metrics.averageCharWidth() * mostChars);
   value.setMinimumWidth(std::max(value.minimumWidth(), wantedPx));
+}
+
+void TraceDetailFace::ShowStack() {
+  m_stack->clear();
+  m_stack->setEnabled(m_dialog.m_stackEnabled);
+  if (m_dialog.m_stackNames.frames.empty()) {
+    for (const std::string& line : m_dialog.m_stack) m_stack->addItem(QString::fromStdString(line));
+    return;
+  }
+  const auto add = [this](const std::string& text, const std::string& tip) {
+    m_stack->addItem(QString::fromStdString(text));
+    m_stack->setItemData(m_stack->count() - 1, PlainToolTip(QString::fromStdString(tip)),
+                         Qt::ToolTipRole);
+  };
+  for (const NamedFrame& frame : m_dialog.m_stackNames.frames) add(frame.text, frame.recorded);
+  for (const std::string& missing : m_dialog.m_stackNames.missing)
+    add("(" + missing + ")", missing);
 }
 
 void TraceDetailFace::ShowText() {

@@ -20,6 +20,7 @@ class QPushButton;
 class TraceDetailFace final : public QtDialogFace {
  public:
   TraceDetailFace(CTraceDetailDialog& dialog, QWidget* parent);
+  ~TraceDetailFace() override;
 
   void UpdateData() override;
 
@@ -31,6 +32,7 @@ class TraceDetailFace final : public QtDialogFace {
   QHBoxLayout* MakeButtons();
   void ShowTrace();
   void ShowText();
+  void ShowStack();
   static void Widen(QLineEdit& value, int mostChars);
   void SizeByContent();
 

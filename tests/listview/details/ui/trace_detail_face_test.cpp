@@ -21,6 +21,7 @@
 #include "settings/globals.h"
 #include "support/pending_actions.h"
 #include "support/qt_test_main.h"
+#include "symbols/naming_program.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
 
@@ -289,4 +290,26 @@ TEST_F(TraceDetailFaceTest, GrowsIntoTheText) {
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return window.findChild<QPlainTextEdit*>("1039")->height() == before + 300; }));
   });
+}
+
+TEST_F(TraceDetailFaceTest, TheStackGetsItsNamesWhenTheyCome) {
+  const NamingProgram program(NamingProgram::kHangsUntilToldTo);
+  g_stackNaming = std::make_unique<StackNaming>(std::vector<std::string>(), program.Path());
+  const QString recorded = "/usr/bin/orders+0x12ab [0a1b2c3d4e5f]";
+  m_cursor.Add({.text = "named", .stack = recorded.toStdString()});
+  m_cursor.StandAt(3);
+  Run([&](QDialog& window) {
+    const auto* stack = window.findChild<QComboBox*>("1151");
+    EXPECT_EQ(stack->count(), 1);
+    EXPECT_EQ(stack->currentText(), recorded);
+    program.Tell();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return stack->count() == 2; }, 20000));
+    EXPECT_EQ(stack->currentText(), "Charge() at pay.cpp:12 (orders)");
+    EXPECT_EQ(stack->itemData(0, Qt::ToolTipRole).toString(), PlainToolTip(recorded));
+    EXPECT_EQ(stack->itemText(1), "(no names for libfoo.so)");
+    Button(window, "1057").click();
+    EXPECT_FALSE(stack->isEnabled());
+    EXPECT_EQ(stack->count(), 0);
+  });
+  g_stackNaming.reset();
 }

@@ -3,9 +3,17 @@
 #include "base/fail_with.h"
 #include "base/text.h"
 
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
+
 bool LogImport::Read(LineReader& reader, const std::string& name, std::string* why) {
   InputLine line;
   for (std::uint64_t number = 1; reader.Next(line); ++number) {
+    if (number == 1 && line.text.starts_with(kByteOrderMark))
+      line.text.remove_prefix(kByteOrderMark.size());
     if (line.text.empty()) {
       if (m_join == JoinLines::All) m_parts.AddLine({});
     } else if (!Take(line, number, name, why)) {

@@ -116,6 +116,20 @@ TEST_F(TrcImport, SeveralInputsFollowEachOtherAndStandardInputMayBeOne) {
   EXPECT_EQ(Texts(), (Lines{"one", "two"}));
 }
 
+TEST_F(TrcImport, AByteOrderMarkAndLineEndsOfWindowsAreNoText) {
+  const std::string log =
+      "\xEF\xBB\xBF"
+      "2026-11-21 09:41:07 INFO a.b one\r\n2026-11-21 09:41:08 WARN a.c two\r\n";
+  EXPECT_EQ(Import(kByExpression, log).status, 0);
+  EXPECT_EQ(Texts(), (Lines{"one", "two"}));
+  EXPECT_EQ(Import({"--syslog"},
+                   "\xEF\xBB\xBF"
+                   "Nov 21 09:41:07 web cron: one\r\n")
+                .status,
+            0);
+  EXPECT_EQ(Texts(), (Lines{"one"}));
+}
+
 TEST_F(TrcImport, WhatTheLogDoesNotSayTheOptionsSay) {
   EXPECT_EQ(Import({"--jsonl", "--component", "Shop", "--application", "shop", "--machine", "web",
                     "--map", "who=pid", "--levels", "python"},

@@ -3,21 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
-#include "base/near/near_word.h"
-#include "quor/protocol/tls.h"
-#include "quor/service/service.h"
-#include "quor/settings/settings_words.h"
 #include "usage.h"
 
 namespace {
 
 constexpr std::uint64_t kDaysMax = 36500;
-
-// "" or the reason why not, as CLI11 wants it.
-std::string WhyNoSettings(const std::string& words) {
-  std::string why;
-  return SettingsOf(words, &why) ? "" : why;
-}
 
 class Parser {
  public:
@@ -32,12 +22,14 @@ class Parser {
         "  quord --listen 0.0.0.0:7447            accept other machines, by TLS\n"
         "  quord keys init                        make the certificates for that\n"
         "  quord status                           does it run? which applications?\n"
+        "  quord reload                           read certificates and options again\n"
         "\n"
         "Exit status: 0 success, 1 the answer is no or the service could not start,\n"
-        "2 wrong use.");
+        "2 wrong use or a faulty configuration file, 3 the service does not run.");
     AddServe();
     AddKeys();
     AddStatus();
+    AddControl();
   }
 
   ParsedCommandLine Parse(int argc, const char* const* argv) {
@@ -61,43 +53,28 @@ class Parser {
  private:
   void AddServe() {
     m_app.add_flag("-f,--foreground", m_serve.foreground, "Do not go into the background");
-    m_app
-        .add_option_function<std::string>(
-            "-l,--log-level",
-            [this](const std::string& word) {
-              const auto level = LogLevelOf(word);
-              if (!level)
-                throw CLI::ValidationError(
-                    "--log-level", "\"" + word + "\" is no level" +
-                                       DidYouMean(word, {"error", "warning", "info", "debug"}));
-              m_serve.logLevel = *level;
-            },
-            "error, warning, info or debug [default: info]")
-        ->type_name("LEVEL");
-    m_app
-        .add_option("--listen", m_serve.listen,
-                    "Accept other machines at this address, by mutual TLS; repeatable")
-        ->type_name("ADDRESS:PORT")
-        ->check([](const std::string& text) {
-          return EndpointOf(text) ? "" : "\"" + text + "\" is not ADDRESS:PORT";
-        })
-        ->allow_extra_args(false);
-    m_app.add_option("--state-dir", m_serve.stateFolder, "Where settings are kept")
-        ->type_name("DIR");
-    m_app.add_option("--socket-dir", m_serve.socketFolder, "Where the local socket is made")
-        ->type_name("DIR");
-    m_app.add_option("--keys-dir", m_serve.keysFolder, "Where the certificates are")
-        ->type_name("DIR");
-    m_app
-        .add_option_function<std::string>(
-            "--default-settings",
-            [this](const std::string& words) {
-              m_serve.defaultSettings = SettingsOf(words).value_or(0);
-            },
-            "What a new application traces: off, support, developer, max, or words as "
-            "Info+Stack [default: support]")
-        ->check(WhyNoSettings)
-        ->type_name("SETTINGS");
+    m_app.add_option("-c,--config", m_serve.config, "Read this configuration file")
+        ->type_name("FILE");
+    for (const ServiceWord& word : ServiceWords()) AddWord(word);
+  }
+
+  void AddWord(const ServiceWord& known) {
+    const std::string word(known.word);
+    const std::string names = (word == "log-level" ? "-l,--" : "--") + word;
+    const auto take = [this, word](const std::string& value) {
+      m_serve.given.push_back({word, value});
+    };
+    CLI::Option* const option =
+        known.isRepeatable
+            ? m_app.add_option_function<std::vector<std::string>>(
+                  names,
+                  [take](const std::vector<std::string>& values) {
+                    for (const std::string& value : values) take(value);
+                  },
+                  std::string(known.help))
+            : m_app.add_option_function<std::string>(names, take, std::string(known.help));
+    option->type_name(std::string(known.type))->allow_extra_args(false);
+    option->check([word](const std::string& value) { return WhyNotOption(word, value); });
   }
 
   void AddKeys() {
@@ -157,19 +134,49 @@ class Parser {
     m_status =
         m_app.add_subcommand("status", "Show whether the service runs, and its applications");
     m_status->add_flag("--json", m_statusCommand.json, "For programs");
-    m_status->add_option("--socket-dir", m_statusCommand.socketFolder, "Where its socket is")
-        ->type_name("DIR");
+    AddSocketFolder(m_status, m_statusCommand.socketFolder);
     m_status->footer(
-        "Exit status: 0 it runs, 1 it does not.\n"
+        "Exit status: 0 it runs, 3 it does not.\n"
         "\n"
         "Example:\n"
         "  quord status --json");
+  }
+
+  void AddControl() {
+    m_stop = m_app.add_subcommand("stop", "End the service and wait for its end");
+    AddSocketFolder(m_stop, m_stopCommand.socketFolder);
+    m_stop->footer(
+        "Exit status: 0 it has ended, 1 it has not, 3 it did not run.\n"
+        "\n"
+        "Example:\n"
+        "  quord stop");
+    m_reload = m_app.add_subcommand(
+        "reload", "Let the service read certificates and its configuration file again");
+    AddSocketFolder(m_reload, m_reloadCommand.socketFolder);
+    m_reload->footer(
+        "Exit status: 0 done, 1 not possible and nothing has changed, 3 it does not run.\n"
+        "\n"
+        "Example:\n"
+        "  quord reload");
+    m_check = m_app.add_subcommand("check-config",
+                                   "Check a configuration file and the files that it names");
+    m_check->add_option("FILE", m_checkCommand.config, "The file [default: the usual one]")
+        ->type_name("");
+    m_check->footer(
+        "Example:\n"
+        "  quord check-config");
+  }
+  static void AddSocketFolder(CLI::App* app, std::string& folder) {
+    app->add_option("--socket-dir", folder, "Where its socket is")->type_name("DIR");
   }
 
   Command Chosen() const {
     if (m_init->parsed()) return m_initCommand;
     if (m_issue->parsed()) return m_issueCommand;
     if (m_status->parsed()) return m_statusCommand;
+    if (m_stop->parsed()) return m_stopCommand;
+    if (m_reload->parsed()) return m_reloadCommand;
+    if (m_check->parsed()) return m_checkCommand;
     return m_serve;
   }
 
@@ -178,10 +185,14 @@ class Parser {
       "them to monitors, and stores settings.",
       "quord"};
   CLI::App *m_keys = nullptr, *m_init = nullptr, *m_issue = nullptr, *m_status = nullptr;
+  CLI::App *m_stop = nullptr, *m_reload = nullptr, *m_check = nullptr;
   ServeCommand m_serve;
   KeysInitCommand m_initCommand;
   KeysIssueCommand m_issueCommand;
   StatusCommand m_statusCommand;
+  StopCommand m_stopCommand;
+  ReloadCommand m_reloadCommand;
+  CheckConfigCommand m_checkCommand;
 };
 
 }  // namespace

@@ -5,20 +5,16 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <variant>
-#include <vector>
 
-#include "quor/log/log.h"
+#include "quor/options/service_words.h"
 
-enum ExitStatus { kExitGood = 0, kExitNo = 1, kExitWrongUse = 2 };
+enum ExitStatus { kExitGood = 0, kExitNo = 1, kExitWrongUse = 2, kExitNotRunning = 3 };
 
 struct ServeCommand {
   bool foreground = false;
-  LogLevel logLevel = LogLevel::Info;
-  std::vector<std::string> listen;
-  std::string stateFolder, socketFolder, keysFolder;  // empty: the default
-  std::uint32_t defaultSettings = 7;
+  std::string config;              // empty: the usual file, if there is one
+  std::vector<GivenOption> given;  // replaces what the file says
 };
 struct KeysInitCommand {
   std::string keysFolder;
@@ -34,7 +30,17 @@ struct StatusCommand {
   std::string socketFolder;
   bool json = false;
 };
-using Command = std::variant<ServeCommand, KeysInitCommand, KeysIssueCommand, StatusCommand>;
+struct StopCommand {
+  std::string socketFolder;
+};
+struct ReloadCommand {
+  std::string socketFolder;
+};
+struct CheckConfigCommand {
+  std::string config;  // empty: the usual file
+};
+using Command = std::variant<ServeCommand, KeysInitCommand, KeysIssueCommand, StatusCommand,
+                             StopCommand, ReloadCommand, CheckConfigCommand>;
 
 struct ParsedCommandLine {
   std::optional<Command> command;

@@ -10,6 +10,14 @@ int Serve(const ServeCommand& command);
 int KeysInit(const KeysInitCommand& command);
 int KeysIssue(const KeysIssueCommand& command);
 int Status(const StatusCommand& command);
+int Stop(const StopCommand& command);
+int Reload(const ReloadCommand& command);
+int CheckConfig(const CheckConfigCommand& command);
 
-// The socket in this folder, or by default that of this user's service.
+// The settings of the file and of the command line. `file`: the path of the file that was read;
+// empty if there is none.
+bool SettingsFor(const ServeCommand& command, ServiceSettings* settings, std::string* file,
+                 std::string* why);
+// The socket in this folder, or in that of the configuration file, or else that of this user's
+// service.
 std::string SocketPathIn(const std::string& folder);

@@ -1,20 +1,19 @@
 // The command to serve: runs the service, in the foreground or in the background.
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
+#include <optional>
 
 #include "base/fail_with.h"
 #include "commands.h"
 #include "quor/link/paths.h"
+#include "quor/listeners/local_listener.h"
 #include "quor/protocol/tls.h"
-#include "quor/service/local_listener.h"
+#include "quor/service/manager_notice.h"
 #include "quor/service/service.h"
 
 namespace {
@@ -25,10 +24,10 @@ std::string Environment(const char* name) {
 }
 
 // A service on a socket of its own has a state of its own.
-std::string StateFolder(const ServeCommand& command, const std::string& socketPath) {
-  if (!command.stateFolder.empty()) return command.stateFolder;
+std::string StateFolder(const ServiceSettings& settings, const std::string& socketPath) {
+  if (!settings.stateFolder.empty()) return settings.stateFolder;
   if (std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
-  const bool ownSocket = !command.socketFolder.empty() || !Environment("QUOR_SOCKET").empty();
+  const bool ownSocket = !settings.socketFolder.empty() || !Environment("QUOR_SOCKET").empty();
   if (!ownSocket) {
     if (const std::string home = Environment("XDG_STATE_HOME"); !home.empty())
       return home + "/quor";
@@ -45,32 +44,46 @@ std::string Absolute(const std::string& path) {
   return absolute.empty() ? path : absolute;
 }
 
-ServiceOptions OptionsOf(const ServeCommand& command) {
-  ServiceOptions options;
-  options.inheritedSocket = TakeInheritedSocket(&options.socketPath);
-  if (options.inheritedSocket < 0) options.socketPath = SocketPathIn(command.socketFolder);
-  options.socketPath = Absolute(options.socketPath);
-  options.stateFolder = Absolute(StateFolder(command, options.socketPath));
-  options.listen = command.listen;
-  options.keysFolder = Absolute(command.keysFolder.empty() ? KeysFolder() : command.keysFolder);
-  options.defaultSettings = command.defaultSettings;
-  return options;
+// What the settings say of the options; the socket has been chosen before.
+bool PutSettings(const ServeCommand& command, ServiceOptions* options, std::string* why) {
+  ServiceSettings settings;
+  if (!SettingsFor(command, &settings, &options->configFile, why)) return false;
+  if (options->inheritedSocket < 0)
+    options->socketPath =
+        Absolute(settings.socketFolder.empty() ? ServiceSocketPath()
+                                               : settings.socketFolder + "/quord.sock");
+  options->stateFolder = Absolute(StateFolder(settings, options->socketPath));
+  options->listen = settings.listen;
+  options->tls.keysFolder = settings.keysFolder.empty() ? KeysFolder() : settings.keysFolder;
+  options->tls.keysFolder = Absolute(options->tls.keysFolder);
+  options->tls.revoked = settings.revoked;
+  options->tls.roles = settings.roles;
+  options->defaultSettings = settings.defaultSettings;
+  options->logLevel = settings.logLevel;
+  return true;
 }
 
-// Notifies the service manager, if one waits for it.
-void NotifyReady() {
-  const std::string path = Environment("NOTIFY_SOCKET");
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address.sun_path) return;
-  std::memcpy(address.sun_path, path.data(), path.size());
-  if (path.front() == '@') address.sun_path[0] = '\0';
-  const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  constexpr char kReady[] = "READY=1";
-  sendto(socket, kReady, sizeof kReady - 1, MSG_NOSIGNAL,
-         reinterpret_cast<const sockaddr*>(&address),
-         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size()));
-  close(socket);
+bool MakeOptions(const ServeCommand& command, ServiceOptions* options, std::string* why) {
+  options->inheritedSocket = TakeInheritedSocket(&options->socketPath);
+  options->version = TESSERA_VERSION;
+  options->endsWithTerminal = isatty(STDERR_FILENO) == 1;
+  if (!PutSettings(command, options, why)) return false;
+  const ServiceOptions first = *options;
+  options->again = [command, first](std::string* reason) -> std::optional<ServiceOptions> {
+    ServiceOptions fresh = first;
+    if (!PutSettings(command, &fresh, reason)) return std::nullopt;
+    return fresh;
+  };
+  SetLogLevel(options->logLevel);
+  return true;
+}
+
+// From where it is started, also when it reads them again in the background.
+ServeCommand WithWholePaths(ServeCommand command) {
+  if (!command.config.empty()) command.config = Absolute(command.config);
+  for (GivenOption& option : command.given)
+    if (FindServiceWord(option.word)->isPath) option.value = Absolute(option.value);
+  return command;
 }
 
 // Redirects standard error to a file in the state folder or, if there is none, beside the socket.
@@ -86,7 +99,7 @@ void Detach(const ServiceOptions& options) {
 }
 
 // The parent waits until the child serves or has reported a failure.
-int ServeInBackground(const ServeCommand& command) {
+int ServeInBackground(ServiceOptions options) {
   int ready[2];
   if (pipe2(ready, O_CLOEXEC) != 0) return Fail(SystemReason());
   const pid_t child = fork();
@@ -97,7 +110,7 @@ int ServeInBackground(const ServeCommand& command) {
     return read(ready[0], &byte, 1) == 1 ? kExitGood : kExitNo;
   }
   close(ready[0]);
-  const ServiceOptions options = OptionsOf(command);
+  options.endsWithTerminal = false;
   Service service(options);
   std::string why;
   if (!service.Open(&why)) return Fail(why);
@@ -112,18 +125,19 @@ int ServeInBackground(const ServeCommand& command) {
 
 }  // namespace
 
-std::string SocketPathIn(const std::string& folder) {
-  return folder.empty() ? ServiceSocketPath() : folder + "/quord.sock";
-}
-
 int Serve(const ServeCommand& command) {
-  SetLogLevel(command.logLevel);
   umask(077);  // only this user may read state, log and sockets
-  if (!command.foreground && Environment("LISTEN_FDS").empty()) return ServeInBackground(command);
-  Service service(OptionsOf(command));
+  const bool isActivated = !Environment("LISTEN_FDS").empty();
+  ServiceOptions options;
   std::string why;
+  if (!MakeOptions(WithWholePaths(command), &options, &why)) {
+    Fail(why);
+    return kExitWrongUse;
+  }
+  if (!command.foreground && !isActivated) return ServeInBackground(std::move(options));
+  Service service(std::move(options));
   if (!service.Open(&why)) return Fail(why);
-  NotifyReady();
+  NotifyManager("READY=1");
   service.Run();
   return kExitGood;
 }

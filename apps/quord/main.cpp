@@ -15,6 +15,9 @@ int main(int argc, char** argv) {
     int operator()(const KeysInitCommand& command) const { return KeysInit(command); }
     int operator()(const KeysIssueCommand& command) const { return KeysIssue(command); }
     int operator()(const StatusCommand& command) const { return Status(command); }
+    int operator()(const StopCommand& command) const { return Stop(command); }
+    int operator()(const ReloadCommand& command) const { return Reload(command); }
+    int operator()(const CheckConfigCommand& command) const { return CheckConfig(command); }
   };
   return std::visit(Runner(), *parsed.command);
 }

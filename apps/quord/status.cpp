@@ -1,99 +1,135 @@
-// quord status: asks the local service for its applications and problems.
+// quord status: asks the local service for its state, applications and problems.
 #include <unistd.h>
 
-#include <asio/io_context.hpp>
+#include <chrono>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "commands.h"
-#include "quor/link/link_socket.h"
-#include "quor/protocol/connection.h"
-#include "quor/protocol/quor.pb.h"
-#include "quor/service/local_listener.h"
+#include "question.h"
+#include "quor/listeners/local_listener.h"
 
 namespace {
 
-constexpr std::chrono::milliseconds kPatience{3000};
+using std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kRateTime{500};  // in which traces are counted
 
-// Sends a hello and one request.
-class Question final : public Connection::Handler {
- public:
-  explicit Question(asio::io_context& io) : m_io(io) {}
-
-  bool Ask(const std::string& path) {
-    const int descriptor = ConnectToService(path.c_str());
-    if (descriptor < 0) return false;
-    LocalSocket socket(m_io);
-    socket.assign(asio::local::stream_protocol(), descriptor);
-    m_connection = Connection::Start(MakeStream(std::move(socket)), *this);
-    quor::wire::Hello hello;
-    hello.set_version(kProtocolVersion);
-    hello.set_role(quor::wire::ROLE_CONFIGURE);
-    m_connection->Send(FrameType::Hello, hello);
-    m_io.run_for(kPatience);
-    if (m_connection) m_connection->Close();
-    m_connection.reset();
-    m_io.restart();
-    m_io.poll();
-    return m_answered;
-  }
-
-  std::string machine;
+struct State {
+  std::string socket, machine;
+  pid_t pid = 0;
   std::vector<std::string> apps, troubles;
-
- private:
-  void OnFrame(const Frame& frame) override {
-    const auto size = static_cast<int>(frame.body.size());
-    if (frame.type == FrameType::Welcome) {
-      quor::wire::Welcome welcome;
-      if (!welcome.ParseFromArray(frame.body.data(), size)) return m_io.stop();
-      machine = welcome.machine();
-      troubles.assign(welcome.troubles().begin(), welcome.troubles().end());
-      quor::wire::Request request;
-      request.set_id(1);
-      request.mutable_list_apps();
-      m_connection->Send(FrameType::Request, request);
-      return;
-    }
-    quor::wire::Response response;
-    m_answered =
-        frame.type == FrameType::Response && response.ParseFromArray(frame.body.data(), size);
-    for (const std::string& name : response.app_names()) apps.push_back(name);
-    m_io.stop();
-  }
-  void OnClosed(const std::string&) override { m_io.stop(); }
-
-  asio::io_context& m_io;
-  std::shared_ptr<Connection> m_connection;
-  bool m_answered = false;
+  bool hasMore = false;  // false: a service of an earlier version
+  quor::wire::Status more;
+  std::uint64_t tracesPerSecond = 0;
 };
+
+std::string TimeText(std::int64_t seconds) {
+  const std::time_t time = seconds;
+  tm parts{};
+  gmtime_r(&time, &parts);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
+bool AskForMore(Question& question, State& state) {
+  quor::wire::Request request;
+  quor::wire::Response first, second;
+  request.mutable_get_status();
+  if (!question.Ask(request, &first) || !first.has_status()) return false;
+  const auto began = steady_clock::now();
+  std::this_thread::sleep_for(kRateTime);
+  if (!question.Ask(request, &second) || !second.has_status()) return false;
+  const std::chrono::duration<double> time = steady_clock::now() - began;
+  state.more = second.status();
+  const auto traces = static_cast<double>(second.status().traces() - first.status().traces());
+  state.tracesPerSecond = static_cast<std::uint64_t>(traces / time.count() + 0.5);
+  return true;
+}
+
+bool AskAll(Question& question, State& state) {
+  quor::wire::Request request;
+  quor::wire::Response response;
+  request.mutable_list_apps();
+  if (!question.Reach(state.socket) || !question.Ask(request, &response)) return false;
+  state.machine = question.Welcome().machine();
+  state.pid = ServicePid(state.socket);
+  state.troubles.assign(question.Welcome().troubles().begin(), question.Welcome().troubles().end());
+  state.apps.assign(response.app_names().begin(), response.app_names().end());
+  state.hasMore = AskForMore(question, state);
+  return true;
+}
+
+nlohmann::json JsonOf(const State& state, bool runs) {
+  nlohmann::json answer = {{"running", runs}, {"socket", state.socket}};
+  if (!runs) return answer;
+  answer.update({{"machine", state.machine},
+                 {"pid", state.pid},
+                 {"apps", state.apps},
+                 {"troubles", state.troubles}});
+  if (!state.hasMore) return answer;
+  const quor::wire::Status& more = state.more;
+  auto dates = nlohmann::json::array();
+  for (const auto& line : more.certificates())
+    dates.push_back({{"what", line.what()}, {"ends", TimeText(line.ends())}});
+  answer.update(
+      {{"version", more.version()},
+       {"since", TimeText(static_cast<std::int64_t>(more.since()))},
+       {"config", more.config()},
+       {"listening", std::vector<std::string>(more.listening().begin(), more.listening().end())},
+       {"instances", more.instances()},
+       {"clients", more.clients() - 1},  // without this one
+       {"monitors", more.monitors()},
+       {"traces", more.traces()},
+       {"tracesPerSecond", state.tracesPerSecond},
+       {"lost", more.lost()},
+       {"dropped", more.dropped()},
+       {"certificates", dates}});
+  return answer;
+}
+
+void PrintMore(const State& state) {
+  const quor::wire::Status& more = state.more;
+  std::printf("  version %s, since %s\n", more.version().c_str(),
+              TimeText(static_cast<std::int64_t>(more.since())).c_str());
+  if (!more.config().empty()) std::printf("  configuration file %s\n", more.config().c_str());
+  for (const std::string& address : more.listening())
+    std::printf("  listening on %s\n", address.c_str());
+  std::printf("  %u running applications, %u monitors, %llu traces (%llu a second)\n",
+              more.instances(), more.monitors(), static_cast<unsigned long long>(more.traces()),
+              static_cast<unsigned long long>(state.tracesPerSecond));
+  std::printf("  %llu lost by applications, %llu dropped for slow or paused monitors\n",
+              static_cast<unsigned long long>(more.lost()),
+              static_cast<unsigned long long>(more.dropped()));
+  for (const auto& line : more.certificates())
+    if (line.ends() != 0)
+      std::printf("  %s is valid until %s\n", line.what().c_str(), TimeText(line.ends()).c_str());
+}
+
+void Print(const State& state) {
+  std::printf("quord runs on %s (process %d), socket %s\n", state.machine.c_str(),
+              static_cast<int>(state.pid), state.socket.c_str());
+  if (state.hasMore) PrintMore(state);
+  for (const std::string& trouble : state.troubles) std::printf("  trouble: %s\n", trouble.c_str());
+  for (const std::string& app : state.apps) std::printf("  %s\n", app.c_str());
+  if (state.apps.empty()) std::printf("  no applications\n");
+}
 
 }  // namespace
 
 int Status(const StatusCommand& command) {
-  const std::string path = SocketPathIn(command.socketFolder);
-  asio::io_context io(1);
-  Question question(io);
-  const bool runs = question.Ask(path);
-  const pid_t pid = ServicePid(path);
+  State state;
+  state.socket = SocketPathIn(command.socketFolder);
+  Question question;
+  const bool runs = AskAll(question, state);
   if (command.json) {
-    nlohmann::json answer = {{"running", runs}, {"socket", path}};
-    if (runs)
-      answer.update({{"machine", question.machine},
-                     {"pid", pid},
-                     {"apps", question.apps},
-                     {"troubles", question.troubles}});
-    const std::string text = answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
+    const std::string text =
+        JsonOf(state, runs).dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
     std::printf("%s\n", text.c_str());
   } else if (runs) {
-    std::printf("quord runs on %s (process %d), socket %s\n", question.machine.c_str(),
-                static_cast<int>(pid), path.c_str());
-    for (const std::string& trouble : question.troubles)
-      std::printf("  trouble: %s\n", trouble.c_str());
-    for (const std::string& app : question.apps) std::printf("  %s\n", app.c_str());
-    if (question.apps.empty()) std::printf("  no applications\n");
+    Print(state);
   } else {
-    std::printf("quord does not run at %s\n", path.c_str());
+    std::printf("quord does not run at %s\n", state.socket.c_str());
   }
-  return runs ? kExitGood : kExitNo;
+  return runs ? kExitGood : kExitNotRunning;
 }

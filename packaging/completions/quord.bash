@@ -5,7 +5,7 @@ _quord() {
   local command= word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $word in
-      keys | status | init | issue) command=$word ;;
+      keys | status | init | issue | stop | reload | check-config) command=$word ;;
     esac
   done
   COMPREPLY=()
@@ -16,7 +16,9 @@ _quord() {
       COMPREPLY=($(compgen -W 'off support developer max' -- "$current")); return ;;
     --state-dir | --socket-dir | --keys-dir | -o | --out)
       COMPREPLY=($(compgen -d -- "$current")); return ;;
-    --listen | --host | -d | --days) return ;;
+    --role-from) COMPREPLY=($(compgen -W 'ou san' -- "$current")); return ;;
+    -c | --config | --crl) COMPREPLY=($(compgen -f -- "$current")); return ;;
+    --listen | --map-role | --host | -d | --days) return ;;
   esac
   local words
   case $command in
@@ -24,8 +26,10 @@ _quord() {
     init) words='--host --days --keys-dir --help' ;;
     issue) words='--role --out --host --days --keys-dir --help' ;;
     status) words='--json --socket-dir --help' ;;
-    *) words='keys status --foreground --log-level --listen --state-dir --socket-dir --keys-dir
-         --default-settings --help --version' ;;
+    stop | reload) words='--socket-dir --help' ;;
+    check-config) COMPREPLY=($(compgen -f -- "$current")); return ;;
+    *) words='keys status stop reload check-config --foreground --config --log-level --listen --state-dir --socket-dir --keys-dir
+         --default-settings --crl --role-from --map-role --help --version' ;;
   esac
   COMPREPLY=($(compgen -W "$words" -- "$current"))
 }

@@ -2,6 +2,14 @@
 complete -c quord -f
 complete -c quord -n __fish_use_subcommand -a keys -d 'Make certificates for other machines'
 complete -c quord -n __fish_use_subcommand -a status -d 'Tell whether the service runs'
+complete -c quord -n __fish_use_subcommand -a stop -d 'End the service'
+complete -c quord -n __fish_use_subcommand -a reload -d 'Read certificates and options again'
+complete -c quord -n __fish_use_subcommand -a check-config -d 'Check a configuration file'
+complete -c quord -n __fish_use_subcommand -s c -l config -r -F -d 'Configuration file'
+complete -c quord -n __fish_use_subcommand -l crl -r -F -d 'Refuse what these lists revoke'
+complete -c quord -n __fish_use_subcommand -l role-from -x -a 'ou san'
+complete -c quord -n __fish_use_subcommand -l map-role -x -d 'ROLE=TEXT'
+complete -c quord -n '__fish_seen_subcommand_from check-config' -F
 complete -c quord -n __fish_use_subcommand -s f -l foreground -d 'Stay here'
 complete -c quord -n __fish_use_subcommand -s l -l log-level -x -a 'error warning info debug'
 complete -c quord -n __fish_use_subcommand -l listen -x -d 'Take clients at ADDRESS:PORT'

@@ -136,6 +136,6 @@ def helps(program, words=()):
     else:
         raise NotUnderstood(f"{name} has no example")
     commands = re.search(r"^Commands:\n((?:  .*\n?)+)", told, re.M)
-    for command in re.findall(r"^  (\w+)", commands[1], re.M) if commands else []:
+    for command in re.findall(r"^  ([\w-]+)", commands[1], re.M) if commands else []:
         blocks += helps(program, [*words[:-1], command])
     return blocks

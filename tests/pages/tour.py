@@ -8,7 +8,7 @@ import known
 from machines import HERE, Machine
 from typed import Typed, stopped_by, wait_for_words
 
-LIVE = r"\btrc (tail|capture|apps|show|set|sink|config|setup)\b|\btessera .*--monitor|\bquord status"
+LIVE = r"\btrc (tail|capture|apps|show|set|sink|config|setup)\b|\btessera .*--monitor|\bquord (status|stop|reload)"
 SERVES = r"\bquord( --(?!help|version)| -f|$)"
 ON_FILES = {"info": "sample.trc", "dump": "sample.trc", "tree": "sample.trc",
             "export": "sample.trc rows.csv"}

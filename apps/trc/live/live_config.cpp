@@ -102,7 +102,7 @@ void AppendWaiting(std::string& json, const trace_Waiting_t& waiting) {
 
 int RunApps(const AppsOptions& options) {
   std::string why;
-  const QuorPtr<trace_Config_i> config = trace_Config_i::Create(options.machine, &why);
+  const QuorPtr<trace_Config_i> config = trace_Config_i::CreateToList(options.machine, &why);
   if (!config) return Unreachable(why);
   const std::list<std::string>& apps = config->GetAppList();
   if (!config->WasAnswered()) return Unreachable("no answer in time");

@@ -97,9 +97,10 @@ class Catalogue {
   bool ForgetWaiting(CatalogueApp& app);
   std::vector<const CatalogueApp*> Waiting() const;  // those that do not run
 
-  // Applications that run or are held, sorted by name.
+  // Those that run or are held, sorted by name.
   std::vector<std::string> Registered() const;
   std::uint32_t DefaultSettings() const { return m_defaultSettings; }
+  void SetDefaultSettings(std::uint32_t settings) { m_defaultSettings = settings & kSettingsBits; }
 
  private:
   std::uint32_t FirstSettings(const CatalogueApp& app, const CatalogueTrace& trace) const;
@@ -110,11 +111,10 @@ class Catalogue {
   bool ForgetOldest();
 
   std::unique_ptr<CatalogueStore> m_store;
-  const std::uint32_t m_defaultSettings;
+  std::uint32_t m_defaultSettings;
   std::map<std::string, CatalogueApp> m_apps;
   std::size_t m_mapBytes = 0;  // of all applications
   std::uint64_t m_uses = 0;
 };
 
-// The sink of a new application.
-LinkSink DefaultSink();
+LinkSink DefaultSink();  // of a new application

@@ -16,16 +16,16 @@ std::chrono::milliseconds LeftUntil(ConfigLink::Clock::time_point until) {
 }  // namespace
 
 std::shared_ptr<ConfigLink> ConfigLink::To(const std::string& host, Clock::time_point until,
-                                           std::string* why) {
+                                           std::string* why, quor::wire::Role role) {
   static std::mutex mutex;
-  static std::map<std::string, std::weak_ptr<ConfigLink>> links;
+  static std::map<std::pair<std::string, quor::wire::Role>, std::weak_ptr<ConfigLink>> links;
   const std::lock_guard lock(mutex);
   std::erase_if(links, [](const auto& entry) { return entry.second.expired(); });
-  if (auto link = links[host].lock())
+  if (auto link = links[{host, role}].lock())
     return link->m_link.Await(LeftUntil(until), why) ? link : nullptr;
-  auto link = std::make_shared<ConfigLink>(host);
+  auto link = std::make_shared<ConfigLink>(host, role);
   if (!link->m_link.Start(LeftUntil(until), why)) return nullptr;
-  links[host] = link;
+  links[{host, role}] = link;
   return link;
 }
 

@@ -27,9 +27,10 @@ class ConfigLink final : public ServiceLink::User {
 
   // The link to the machine of this text, made if there is none; null when it cannot be reached.
   static std::shared_ptr<ConfigLink> To(const std::string& host, Clock::time_point until,
-                                        std::string* why = nullptr);
+                                        std::string* why = nullptr,
+                                        quor::wire::Role role = quor::wire::ROLE_CONFIGURE);
 
-  explicit ConfigLink(const std::string& host) : m_link(host, quor::wire::ROLE_CONFIGURE, *this) {}
+  ConfigLink(const std::string& host, quor::wire::Role role) : m_link(host, role, *this) {}
   ~ConfigLink() { m_link.Stop(); }
 
   // `response` also gets the answer of a machine that refuses.

@@ -68,6 +68,13 @@ trace_Config_i* trace_Config_i::Create(const std::string& host, std::string* why
   return link ? new Config(host, std::move(link)) : nullptr;
 }
 
+trace_Config_i* trace_Config_i::CreateToList(const std::string& host, std::string* why) {
+  const auto until = ConfigLink::Deadline();
+  auto link = ConfigLink::To(host, until, why);
+  if (!link) link = ConfigLink::To(host, until, why, quor::wire::ROLE_MONITOR);
+  return link ? new Config(host, std::move(link)) : nullptr;
+}
+
 trace_AppList_i* trace_AppList_i::Create() {
   return new trace_AppList_i;
 }

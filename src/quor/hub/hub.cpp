@@ -139,6 +139,7 @@ void Hub::ReportFullNames(const std::shared_ptr<Source>& source) {
 void Hub::Lose(const std::shared_ptr<Source>& source, std::uint64_t lost,
                const std::string& reason) {
   source->serial += lost;
+  m_lost += lost;
   if (m_streams.empty()) return;
   if (m_oneSourceEach) SealBefore(source);
   if (!m_builder.HasRoom(reason.size() + 128, 5 * (kNameRecordBytes + kLongestText))) Seal();
@@ -150,6 +151,7 @@ void Hub::Lose(const std::shared_ptr<Source>& source, std::uint64_t lost,
 void Hub::CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   if (lost == 0) return;
   source->serial += lost;
+  m_lost += lost;
   if (m_streams.empty()) return;
   if (m_oneSourceEach) SealBefore(source);
   Open();

@@ -71,6 +71,7 @@ class Hub {
 
   HubNames& Names() { return m_names; }
   std::uint64_t Taken() const { return m_taken; }
+  std::uint64_t Lost() const { return m_lost; }
   void SetNextNumber(std::uint32_t number) { m_number = number; }
 
  private:
@@ -102,7 +103,7 @@ class Hub {
   std::deque<std::shared_ptr<Source>> m_ended, m_endedEarlier;
   std::uint64_t m_forgotten = 0;
   std::uint32_t m_number = 1;
-  std::uint64_t m_taken = 0;
+  std::uint64_t m_taken = 0, m_lost = 0;
   bool m_reportedFull = false;
   // The last translation: an application traces mostly from a few points.
   struct {

@@ -24,6 +24,7 @@ class MonitorStream final : public HubStream {
   void OnBatch(const SharedBatch& batch) override;
   void Pump() { PumpUpTo(kInFlightBytes); }
   std::size_t WaitingBytes() const { return m_queue.WaitingBytes(); }
+  std::uint64_t Dropped() const { return m_queue.Dropped(); }
   // At a clean end: sends as much as the connection accepts.
   void Flush();
 

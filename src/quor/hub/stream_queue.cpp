@@ -52,6 +52,7 @@ void StreamQueue::DropOldest() {
   m_batches.pop_front();
   m_bytes -= Cost(*oldest);
   m_traces -= oldest->traces;
+  m_dropped += oldest->traces;
   m_gapReason = m_paused ? "the monitor is paused" : m_limits.tooSlow;
   for (const SourceDelta& delta : oldest->sources)
     m_losses.Add(delta.source, delta.traces + delta.lost);

@@ -48,6 +48,7 @@ class StreamQueue {
   bool IsEmpty() const { return m_batches.empty() && m_losses.IsEmpty(); }
   std::size_t WaitingBytes() const { return m_bytes; }
   std::uint64_t WaitingTraces() const { return m_traces; }
+  std::uint64_t Dropped() const { return m_dropped; }  // traces, since it was made
   // The other side knows nothing of this stream any more: it starts again, with these batches,
   // which were sent and did not arrive.
   void Restart(const std::vector<SharedBatch>& again);
@@ -69,7 +70,7 @@ class StreamQueue {
   StreamLosses m_losses;  // dropped before the first batch
   const char* m_gapReason = "";
   std::size_t m_bytes = 0;
-  std::uint64_t m_traces = 0;
+  std::uint64_t m_traces = 0, m_dropped = 0;
   bool m_paused = false;
   IdSet<HubNameId> m_sent;
   std::unordered_map<const Source*, Entry> m_ledger;

@@ -88,8 +88,16 @@ bool SocketFolderIsSafe(const std::string& socketPath, std::string* why,
   return true;
 }
 
+std::string WhyNotStarted(const ServiceEnvironment& environment) {
+  if (environment.autostart == "0" || environment.autostart == "1") return {};
+  const std::string service = SurroundingService();
+  if (service.empty()) return {};
+  return "no trace service was started: this program runs inside the service " + service +
+         ", with which it would end; enable quord.socket, or set QUOR_AUTOSTART=1";
+}
+
 std::string ServiceProgram(const ServiceEnvironment& environment) {
-  if (environment.autostart == "0") return {};
+  if (environment.autostart == "0" || !WhyNotStarted(environment).empty()) return {};
   if (!environment.program.empty())
     return IsProgram(environment.program) ? environment.program : std::string();
   if (std::string program = BesideThisExecutable(); !program.empty()) return program;

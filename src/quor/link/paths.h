@@ -30,8 +30,17 @@ bool SocketFolderIsSafe(const std::string& socketPath, std::string* why = nullpt
                         const ServiceEnvironment& environment = ReadServiceEnvironment());
 
 // The program to start: $QUOR_QUORD, else `quord` in the folder of this executable, else on PATH.
-// Empty if there is none, or if QUOR_AUTOSTART is 0.
+// Empty if there is none, if QUOR_AUTOSTART is 0, or if this process runs inside a service of the
+// service manager and QUOR_AUTOSTART is not 1.
 std::string ServiceProgram(const ServiceEnvironment& environment = ReadServiceEnvironment());
+
+// Why no program is started inside a service of the service manager; "" when that is not the
+// reason.
+std::string WhyNotStarted(const ServiceEnvironment& environment = ReadServiceEnvironment());
+// The service of the manager in whose cgroup this process runs: "orders.service". What it starts
+// would be counted as a part of it, and end with it. "" in a session and in an application of a
+// desktop. `file`: as /proc/self/cgroup.
+std::string SurroundingService(const std::string& file = "/proc/self/cgroup");
 
 // Starts the program detached: in a session of its own, with no descriptor of ours, and not as a
 // child of this process. True means that the program was started; it may not listen yet. It takes

@@ -79,8 +79,10 @@ std::string KeysFolder() {
   return folder + "/quor/keys";
 }
 
-std::shared_ptr<asio::ssl::context> MakeServerTls(const std::string& keysFolder, std::string* why) {
-  return MakeTls(asio::ssl::context::tls_server, keysFolder, "server", why);
+std::shared_ptr<asio::ssl::context> MakeServerTls(const TlsRules& rules, std::string* why) {
+  auto context = MakeTls(asio::ssl::context::tls_server, rules.keysFolder, "server", why);
+  if (!context || rules.revoked.empty()) return context;
+  return UseRevocations(context->native_handle(), rules.revoked, why) ? context : nullptr;
 }
 
 std::shared_ptr<asio::ssl::context> MakeClientTls(const std::string& keysFolder, std::string* why) {
@@ -105,16 +107,13 @@ std::string TlsReason(SSL* tls, const std::error_code& error) {
   return "TLS: " + error.message();
 }
 
-TlsPeer PeerOf(SSL* tls) {
+TlsPeer PeerOf(SSL* tls, const RoleRules& rules) {
   TlsPeer peer;
-  X509* const certificate = SSL_get1_peer_certificate(tls);
-  if (!certificate) return peer;
-  if (SSL_get_verify_result(tls) == X509_V_OK) {
-    peer.name = SubjectText(certificate, NID_commonName);
-    peer.role = RoleOf(SubjectText(certificate, NID_organizationalUnitName))
-                    .value_or(quor::wire::ROLE_NONE);
-  }
-  X509_free(certificate);
+  if (SSL_get_verify_result(tls) != X509_V_OK) return peer;
+  peer.shown = ShownBy(tls);
+  if (!peer.shown.own) return peer;
+  peer.name = SubjectText(peer.shown.own.get(), NID_commonName);
+  peer.role = RoleIn(peer.shown.own.get(), rules);
   return peer;
 }
 

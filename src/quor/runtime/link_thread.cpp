@@ -180,6 +180,7 @@ void LinkThread::NoService(Session& session) {
     session.mayStart = false;
     const std::string program = ServiceProgram(m_environment);
     if (!program.empty() && StartService(program)) session.startEndsMs = now + kStartMs;
+    if (program.empty()) session.report.text = WhyNotStarted(m_environment);
   }
   if (now < session.startEndsMs) {
     session.nextTryMs = now + kStartPauseMs;

@@ -28,6 +28,7 @@ Role Needed(const Request& request) {
     case Request::kSubscribe:
     case Request::kPause:
     case Request::kResume:
+    case Request::kListApps:
       return ROLE_MONITOR;
     case Request::kForward:
       return ROLE_FORWARD;
@@ -48,7 +49,7 @@ void ClientSession::Start(std::shared_ptr<ByteStream> stream) {
 
 std::weak_ptr<Connection> ClientSession::Stop() {
   if (m_monitor) m_monitor->Flush();
-  m_monitor.reset();
+  EndMonitor();
   m_connection->CloseAfterWriting();
   return std::exchange(m_connection, nullptr);
 }
@@ -66,10 +67,15 @@ void ClientSession::OnClosed(const std::string& reason) {
   const auto self = shared_from_this();
   Log(IsGreeted() ? LogLevel::Info : LogLevel::Warning,
       m_peer.label + " has disconnected: " + reason);
-  m_monitor.reset();
+  EndMonitor();
   if (m_forwarded && m_forwarded->Turn() == m_forwardedTurn) m_forwarded->Break();
   CloseHandles();
   m_host.OnEnded(*this);
+}
+
+void ClientSession::EndMonitor() {
+  m_context.dropped += Dropped();
+  m_monitor.reset();
 }
 
 void ClientSession::CloseHandles() {
@@ -152,6 +158,11 @@ bool ClientSession::Serve(const Request& request, Response* response) {
       return ServeStream(request, response);
     case Request::kForward:
       return Forward(request.forward(), response);
+    case Request::kGetStatus:
+      m_host.FillStatus(response->mutable_status());
+      return true;
+    case Request::kReload:
+      return Reload(response);
     default:
       return ServeApps(request, response);
   }
@@ -194,6 +205,15 @@ bool ClientSession::ServeApps(const Request& request, Response* response) {
     default:
       return Submit(request.submit(), response);
   }
+}
+
+bool ClientSession::Reload(Response* response) {
+  if (!m_peer.local) return Fail(response, ERROR_ACCESS, "only on the machine itself");
+  std::vector<std::string> notes;
+  std::string why;
+  if (!m_host.Reload(&notes, &why)) return Fail(response, ERROR_BAD_REQUEST, why);
+  for (const std::string& note : notes) response->add_notes(note);
+  return true;
 }
 
 void ClientSession::ListApps(Response* response) {

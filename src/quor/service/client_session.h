@@ -12,6 +12,7 @@
 
 #include "quor/forwarding/forward_inlet.h"
 #include "quor/hub/monitor_stream.h"
+#include "quor/protocol/certificates.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
 #include "quor/traced/apps.h"
@@ -26,6 +27,7 @@ struct SessionContext {
   StreamLimits streamLimits;
   ConnectionLimits connectionLimits;
   std::vector<std::string> troubles;  // what does not work
+  std::uint64_t dropped = 0;          // for monitors that have gone
 };
 
 struct SessionPeer {
@@ -34,6 +36,7 @@ struct SessionPeer {
   quor::wire::Role held = quor::wire::ROLE_NONE;  // by its certificate; a local client has all
   std::string name;                               // in its certificate
   std::string label;                              // its name in the log
+  ShownCertificate shown;
 };
 
 class ClientSession final : public Connection::Handler,
@@ -42,6 +45,9 @@ class ClientSession final : public Connection::Handler,
   class Host {
    public:
     virtual void OnEnded(ClientSession& session) = 0;
+    virtual void FillStatus(quor::wire::Status* status) = 0;
+    // `notes`: what was taken, and what needs a restart. False and a reason: nothing has changed.
+    virtual bool Reload(std::vector<std::string>* notes, std::string* why) = 0;
 
    protected:
     ~Host() = default;
@@ -56,6 +62,11 @@ class ClientSession final : public Connection::Handler,
   // False: no welcome yet. Such a session is ended after its deadline.
   bool IsGreeted() const { return m_role != quor::wire::ROLE_NONE; }
   void EndSilent();
+  // What was accepted at its beginning is accepted no more.
+  void EndBecause(const std::string& why) { End(why); }
+  const SessionPeer& Peer() const { return m_peer; }
+  bool IsMonitor() const { return m_monitor != nullptr; }
+  std::uint64_t Dropped() const { return m_monitor ? m_monitor->Dropped() : 0; }
 
  private:
   void OnFrame(const Frame& frame) override;
@@ -71,6 +82,8 @@ class ClientSession final : public Connection::Handler,
   // Its name for the inlet of forwarded streams; a local client is identified by its process.
   std::string Forwarder() const { return m_peer.local ? m_peer.label : m_peer.name; }
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
+  bool Reload(quor::wire::Response* response);
+  void EndMonitor();
   void ListApps(quor::wire::Response* response);
   bool OpenApp(const std::string& name, quor::wire::Response* response);
   bool Submit(const quor::wire::Submit& submit, quor::wire::Response* response);

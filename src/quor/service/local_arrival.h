@@ -13,8 +13,8 @@
 #include <asio/steady_timer.hpp>
 #include <functional>
 
+#include "quor/listeners/local_listener.h"
 #include "quor/protocol/byte_stream.h"
-#include "quor/service/local_listener.h"
 #include "quor/traced/running_app.h"
 
 class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {

@@ -17,6 +17,7 @@
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/link/segment_folder.h"
 #include "quor/log/log.h"
+#include "quor/service/manager_notice.h"
 
 namespace {
 
@@ -48,12 +49,10 @@ void RaiseDescriptorLimit() {
 Service::Service(ServiceOptions options)
     : m_options(std::move(options)),
       m_machine(LocalHostName()),
-      m_tlsListener(m_io, kGreetingDeadline,
-                    [this](std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
-                           const std::string& address) {
-                      AddSession(MakeStream(std::move(socket)),
-                                 {false, 0, peer.role, peer.name, peer.name + " at " + address});
-                    }) {}
+      m_tlsListener(
+          m_io, kGreetingDeadline,
+          [this](std::unique_ptr<TlsSocket> socket, const TlsPeer& peer,
+                 const std::string& address) { OnPeer(std::move(socket), peer, address); }) {}
 
 Service::~Service() {
   // Otherwise sessions and instances would refer to members that are destroyed before them.
@@ -67,18 +66,12 @@ bool Service::Open(std::string* why) {
   const bool opened = m_options.inheritedSocket >= 0
                           ? m_listener.Adopt(m_options.socketPath, m_options.inheritedSocket, why)
                           : m_listener.Open(m_options.socketPath, why);
-  if (!opened || !OpenState(why) ||
-      !m_tlsListener.Open(m_options.listen, m_options.keysFolder, why))
+  if (!opened || !OpenState(why) || !m_tlsListener.Open(m_options.listen, m_options.tls, why))
     return false;
   m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine);
-  m_context.reset(new SessionContext{m_hub,
-                                     *m_apps,
-                                     m_inlet,
-                                     m_machine,
-                                     NewInstance(),
-                                     {},
-                                     m_options.connectionLimits,
-                                     m_troubles});
+  m_context.reset(new SessionContext{
+      m_hub, *m_apps, m_inlet, m_machine, NewInstance(), {}, m_options.connectionLimits, {}});
+  LookAtDates();
   std::error_code error;
   m_local.assign(asio::local::stream_protocol(), dup(m_listener.Descriptor()), error);
   m_apps->Watch(m_options.socketPath);
@@ -100,9 +93,7 @@ bool Service::OpenState(std::string* why) {
 
 void Service::Run() {
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) m_signals.add(number);
-  m_signals.async_wait([this](const std::error_code& error, int) {
-    if (!error) Stop();
-  });
+  AwaitSignal();
   AcceptLocal();
   m_tlsListener.Start();
   m_hub.OnBatchOpened([this] { TickSoon(); });
@@ -110,6 +101,8 @@ void Service::Run() {
   Later(kGrace, [this] { m_apps->EndGrace(); });
   Later(kMonitorsReturn, [this] { m_apps->ReleaseHeld(); });
   for (const std::string& trouble : m_troubles) Log(LogLevel::Error, trouble);
+  LookAtDatesDaily();
+  TellManagerOften();
   Log(LogLevel::Info, "ready on " + m_options.socketPath);
   m_io.run();
   Log(LogLevel::Info, "ended");
@@ -196,8 +189,9 @@ void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
 
 void Service::OnClient(LocalSocket socket, const LocalPeer& peer) {
   const auto pid = static_cast<std::uint32_t>(peer.pid);
-  AddSession(MakeStream(std::move(socket)),
-             {true, pid, quor::wire::ROLE_CONFIGURE, "", "client process " + std::to_string(pid)});
+  AddSession(
+      MakeStream(std::move(socket)),
+      {true, pid, quor::wire::ROLE_CONFIGURE, "", "client process " + std::to_string(pid), {}});
 }
 
 bool Service::OnApplication(AppArrival arrival, std::string* why) {
@@ -226,8 +220,8 @@ Hub& Service::HubForMachine(const std::string& machine) {
     return m_hub;
   }
   struct stat status {};
-  const std::string own = m_options.keysFolder + "/forward";
-  const std::string keys = stat(own.c_str(), &status) == 0 ? own : m_options.keysFolder;
+  const std::string own = m_options.tls.keysFolder + "/forward";
+  const std::string keys = stat(own.c_str(), &status) == 0 ? own : m_options.tls.keysFolder;
   auto forwarder = std::make_shared<Forwarder>(m_io, *to, keys, m_machine);
   m_forwarders[key] = forwarder;
   forwarder->Traces().OnBatchOpened([this] { TickSoon(); });
@@ -283,6 +277,7 @@ void Service::Later(milliseconds time, std::function<void()> call) {
 void Service::Stop() {
   if (std::exchange(m_stopping, true)) return;
   Log(LogLevel::Info, "ending");
+  NotifyManager("STOPPING=1");
   const bool inPlace = m_listener.IsInPlace();
   CloseListeners();
   m_apps->Stop();

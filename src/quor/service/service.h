@@ -9,22 +9,32 @@
 #include <asio/local/stream_protocol.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
+#include <functional>
+#include <optional>
 #include <set>
 
 #include "quor/forwarding/forwarder.h"
+#include "quor/listeners/tls_listener.h"
+#include "quor/log/log.h"
 #include "quor/protocol/byte_stream.h"
 #include "quor/service/client_session.h"
 #include "quor/service/local_arrival.h"
-#include "quor/service/tls_listener.h"
 
 struct ServiceOptions {
   std::string socketPath;
   int inheritedSocket = -1;  // listens already
   std::string stateFolder;
   std::vector<std::string> listen;  // "address:port", "[address]:port"
-  std::string keysFolder;
+  TlsRules tls;
   std::uint32_t defaultSettings = kDefaultSettings;
+  LogLevel logLevel = LogLevel::Info;
   ConnectionLimits connectionLimits;  // of clients: above all when a stalled client is given up
+  std::string version;                // of the program
+  std::string configFile;             // that was read; empty: none
+  // SIGHUP comes from a terminal that closes. It ends the service, which else reads all again.
+  bool endsWithTerminal = false;
+  // The options as they stand now in the file and on the command line; empty: they stay.
+  std::function<std::optional<ServiceOptions>(std::string* why)> again;
 };
 
 class Service final : public LocalArrival::Host, public ClientSession::Host, public Apps::Router {
@@ -34,7 +44,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
 
   bool Open(std::string* why);
   // Problems with which the service runs nevertheless; known once it is open.
-  const std::vector<std::string>& Troubles() const { return m_troubles; }
+  const std::vector<std::string>& Troubles() const { return m_context->troubles; }
   void Run();
 
  private:
@@ -48,6 +58,15 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   bool OnApplication(AppArrival arrival, std::string* why) override;
   void OnGone(LocalArrival& arrival) override;
   void OnEnded(ClientSession& session) override;
+  void FillStatus(quor::wire::Status* status) override;
+  bool Reload(std::vector<std::string>* notes, std::string* why) override;
+  void AwaitSignal();
+  void OnHangup();
+  void EndUnaccepted();
+  void LookAtDates();
+  void OnPeer(std::unique_ptr<TlsSocket> socket, const TlsPeer& peer, const std::string& address);
+  void LookAtDatesDaily();
+  void TellManagerOften();
   Hub& HubForMachine(const std::string& machine) override;
   std::string WhyUnreachable(const std::string& machine) const override;
   void OnPlaceChanged() override;
@@ -60,7 +79,8 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   void AwaitEnd();
   void Later(std::chrono::milliseconds time, std::function<void()> call);
 
-  const ServiceOptions m_options;
+  ServiceOptions m_options;
+  const std::time_t m_since = std::time(nullptr);
   const std::string m_machine;
   asio::io_context m_io{1};
   LocalListener m_listener;
@@ -77,8 +97,8 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   asio::steady_timer m_tick{m_io};
   bool m_ticks = false;
   std::chrono::steady_clock::time_point m_tickedAt;
-  unsigned m_places = 0;  // how often it has taken its place again
-  std::vector<std::string> m_troubles;
+  unsigned m_places = 0;                // how often it has taken its place again
+  std::vector<std::string> m_troubles;  // since the start; those of dates come and go
   asio::signal_set m_signals{m_io};
   std::vector<std::weak_ptr<Connection>> m_ending;
   std::chrono::steady_clock::time_point m_endBy;

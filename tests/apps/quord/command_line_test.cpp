@@ -69,7 +69,7 @@ TEST_F(CommandLine, WhatIsNearlyRightIsNamed) {
 }
 
 TEST_F(CommandLine, WithoutForegroundItServesInTheBackgroundWhenTheCommandReturns) {
-  EXPECT_EQ(quord.Run({"status"}), 1);
+  EXPECT_EQ(quord.Run({"status"}), 3);
   EXPECT_EQ(quord.Run({}), 0);
   EXPECT_EQ(quord.Run({"status"}), 0);
   QuordClient client(quord.SocketPath());
@@ -79,7 +79,7 @@ TEST_F(CommandLine, WithoutForegroundItServesInTheBackgroundWhenTheCommandReturn
   client.Close();
   kill(std::stoi(ReadAll(quord.Folder().File("quord.lock"))), SIGTERM);
   EXPECT_TRUE(WaitFor([&] { return access(quord.SocketPath().c_str(), F_OK) != 0; }));
-  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
+  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 3; }));
   EXPECT_TRUE(WaitFor([&] { return ReadAll(log).find("ended") != std::string::npos; }));
 }
 
@@ -136,7 +136,7 @@ TEST_F(CommandLine, WithoutAFolderForItsStateItServesAndSaysSoEverywhere) {
     return ReadAll(quord.Folder().File("quord.log")).find("error: " + words) != std::string::npos;
   }));
   kill(std::stoi(ReadAll(quord.Folder().File("quord.lock"))), SIGTERM);
-  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
+  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 3; }));
 }
 
 TEST_F(CommandLine, BesideTheLongestSocketPathSegmentsAreFoundToo) {
@@ -178,7 +178,7 @@ TEST_F(CommandLine, WhatItWritesIsForItsUserAlone) {
     EXPECT_EQ(status.st_mode & 077u, 0u) << name;
   }
   kill(std::stoi(ReadAll(quord.Folder().File("quord.lock"))), SIGTERM);
-  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 1; }));
+  EXPECT_TRUE(WaitFor([&] { return quord.Run({"status"}) == 3; }));
 }
 
 TEST_F(CommandLine, StatusForProgramsIsJson) {
@@ -274,7 +274,10 @@ TEST_F(CommandLine, ThePackagedManualAndCompletionsKnowEveryOption) {
   for (const std::vector<std::string>& command : {std::vector<std::string>{"--help"},
                                                   {"keys", "init", "--help"},
                                                   {"keys", "issue", "--help"},
-                                                  {"status", "--help"}})
+                                                  {"status", "--help"},
+                                                  {"stop", "--help"},
+                                                  {"reload", "--help"},
+                                                  {"check-config", "--help"}})
     ASSERT_EQ(quord.Run(command), 0);
   const std::string help = quord.Log();
   const std::regex anOption("\n  (?:-.,)?--([a-z-]+)");

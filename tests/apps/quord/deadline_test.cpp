@@ -60,7 +60,7 @@ TEST_F(Deadline, IsTheServicesToSet) {
   ServiceOptions options;
   options.socketPath = quord.SocketPath();
   options.stateFolder = quord.Folder().File("state");
-  options.keysFolder = quord.KeysFolder();
+  options.tls.keysFolder = quord.KeysFolder();
   options.connectionLimits.writeDeadline = std::chrono::milliseconds(300);
   TracedChild service([&options](TracedChild&) {
     Service own(options);

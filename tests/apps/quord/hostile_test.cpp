@@ -11,7 +11,7 @@
 #include "quor/link/segment_folder.h"
 #include "quor/ring/ring_producer.h"
 #include "quor/ring/segment_map.h"
-#include "quor/service/local_listener.h"
+#include "quor/listeners/local_listener.h"
 #include "quord_client.h"
 #include "records/name_record.h"
 #include "records/record_fields.h"

@@ -42,6 +42,8 @@ class QuordProcess {
 
   std::string SocketPath() const { return m_folder.File("quord.sock"); }
   std::string KeysFolder() const { return m_folder.File("keys"); }
+  // What it reads without --config.
+  std::string UsualConfig() const { return m_folder.File("usual.conf"); }
   const TempDir& Folder() const { return m_folder; }
   pid_t Pid() const { return m_pid; }
   std::string Log() const { return ReadIfThere(m_folder.File("log")); }
@@ -114,12 +116,13 @@ class QuordProcess {
     if (lock >= 0) close(lock);
   }
   std::vector<std::string> Environment() const {
-    std::vector<std::string> settings = {"QUOR_SOCKET=" + SocketPath(),
-                                         "QUOR_KEYS=" + KeysFolder()};
+    std::vector<std::string> settings = {"QUOR_SOCKET=" + SocketPath(), "QUOR_KEYS=" + KeysFolder(),
+                                         "QUOR_CONFIG=" + UsualConfig()};
     for (char** entry = environ; *entry; ++entry) {
       const std::string setting = *entry;
       const std::string name = setting.substr(0, setting.find('='));
-      if (name != "QUOR_SOCKET" && name != "QUOR_KEYS" && name != "JOURNAL_STREAM")
+      if (name != "QUOR_SOCKET" && name != "QUOR_KEYS" && name != "QUOR_CONFIG" &&
+          name != "JOURNAL_STREAM")
         settings.push_back(setting);
     }
     return settings;

@@ -39,7 +39,7 @@ TEST_F(Standstill, AMonitorThatSaidNothingMeanwhileIsKept) {
   ServiceOptions options;
   options.socketPath = quord.SocketPath();
   options.stateFolder = quord.Folder().File("state");
-  options.keysFolder = quord.KeysFolder();
+  options.tls.keysFolder = quord.KeysFolder();
   options.connectionLimits.silenceDeadline = std::chrono::milliseconds(1200);
   TracedChild service([&options](TracedChild&) {
     Service own(options);

@@ -24,8 +24,9 @@ class Units : public ::testing::Test {
   // A copy that names the program where it is here.
   fs::path Copy(const std::string& from, const std::string& to) {
     std::string text = ReadAll(std::string(getenv("QUORD_PACKAGING")) + "/systemd/" + from);
-    const std::size_t at = text.find("ExecStart=quord");
-    if (at != text.npos) text.replace(at, 15, std::string("ExecStart=") + getenv("QUORD"));
+    for (const std::string key : {"ExecStart=", "ExecReload="})
+      if (const std::size_t at = text.find(key + "quord"); at != text.npos)
+        text.replace(at, key.size() + 5, key + getenv("QUORD"));
     const fs::path path = m_dir.File(to);
     std::ofstream(path) << text;
     return path;
@@ -45,21 +46,82 @@ TEST_F(Units, OfTheUserAndOfTheSystemAreRight) {
   EXPECT_NE(Verify("--user", {m_dir.File("bad.service")}), "");
 }
 
-TEST_F(Units, TheManagerIsNotifiedWhenTheServiceServes) {
+TEST_F(Units, OfAnAccountIsExposedLittle) {
+  const fs::path unit = Copy("system/quord@.service", "quord@orders.service");
+  const auto level = [&](const fs::path& of) {
+    FILE* const pipe = popen(
+        ("systemd-analyze security --offline=true --no-pager '" + of.string() + "' 2>&1").c_str(),
+        "r");
+    std::string said;
+    for (char piece[256]; std::fgets(piece, sizeof piece, pipe);) said += piece;
+    EXPECT_EQ(pclose(pipe), 0) << said;
+    const std::string words = "Overall exposure level for quord@orders.service: ";
+    const std::size_t at = said.find(words);
+    EXPECT_NE(at, said.npos) << said;
+    return at == said.npos ? 10.0 : std::stod(said.substr(at + words.size()));
+  };
+  EXPECT_LE(level(unit), 3.0);
+  // The measure can tell a unit without any defence.
+  std::ofstream(unit) << "[Service]\nExecStart=/bin/true\n";
+  EXPECT_GT(level(unit), 9.0);
+}
+
+// The socket on which a manager listens for what its services say.
+class ManagersEnd {
+ public:
+  explicit ManagersEnd(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    setenv("NOTIFY_SOCKET", path.c_str(), 1);
+  }
+  ~ManagersEnd() {
+    unsetenv("NOTIFY_SOCKET");
+    close(m_socket);
+  }
+  // "" if nothing is said in that time.
+  std::string Hears(int milliseconds = 20000) {
+    char words[64] = {};
+    pollfd ready{m_socket, POLLIN, 0};
+    if (poll(&ready, 1, milliseconds) != 1) return "";
+    const ssize_t length = recv(m_socket, words, sizeof words, 0);
+    return {words, static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+  }
+
+ private:
+  const int m_socket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+};
+
+TEST_F(Units, TheManagerIsNotifiedWhenTheServiceServesAndEnds) {
   QuordProcess quord;
-  const int manager = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  const std::string path = quord.Folder().File("notify");
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  ASSERT_EQ(bind(manager, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  setenv("NOTIFY_SOCKET", path.c_str(), 1);
+  ManagersEnd manager(quord.Folder().File("notify"));
   quord.Start();
-  unsetenv("NOTIFY_SOCKET");
-  char words[64] = {};
-  ASSERT_TRUE(WaitFor([&] { return recv(manager, words, sizeof words, MSG_DONTWAIT) > 0; }));
-  EXPECT_STREQ(words, "READY=1");
-  close(manager);
+  EXPECT_EQ(manager.Hears(), "READY=1");
+  EXPECT_EQ(manager.Hears(0), "");
+  EXPECT_EQ(quord.Stop(), 0);
+  EXPECT_EQ(manager.Hears(), "STOPPING=1");
+}
+
+TEST_F(Units, AServiceWhoseLoopStandsStillDoesNotSayThatItLives) {
+  QuordProcess quord;
+  ManagersEnd manager(quord.Folder().File("notify"));
+  setenv("WATCHDOG_USEC", "400000", 1);
+  quord.Start();
+  unsetenv("WATCHDOG_USEC");
+  EXPECT_EQ(manager.Hears(), "READY=1");
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(manager.Hears(), "WATCHDOG=1");
+  kill(quord.Pid(), SIGSTOP);
+  ASSERT_TRUE(WaitFor([&] {
+    const std::string status = ReadAll("/proc/" + std::to_string(quord.Pid()) + "/status");
+    return status.find("\nState:\tT") != status.npos;
+  }));
+  while (!manager.Hears(0).empty()) {
+  }
+  EXPECT_EQ(manager.Hears(1000), "");
+  kill(quord.Pid(), SIGCONT);
+  EXPECT_EQ(manager.Hears(), "WATCHDOG=1");
+  EXPECT_EQ(quord.Stop(), 0);
 }
 
 }  // namespace

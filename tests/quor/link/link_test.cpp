@@ -229,6 +229,29 @@ TEST_F(PathsTest, TheProgramIsTheNamedOneElseOnPathAndNoneWhenForbidden) {
   EXPECT_EQ(ServiceProgram(), "");
 }
 
+TEST_F(PathsTest, TheSurroundingServiceIsToldFromSessionsAndApplications) {
+  const std::string file = m_folder + "/cgroup";
+  const auto inside = [&file](const std::string& text) {
+    std::ofstream(file) << text;
+    return SurroundingService(file);
+  };
+  EXPECT_EQ(inside("0::/system.slice/orders.service\n"), "orders.service");
+  EXPECT_EQ(inside("0::/system.slice/system-web.slice/web@1.service/workers\n"), "web@1.service");
+  EXPECT_EQ(inside("4:memory:/x.service\n1:name=systemd:/system.slice/cron.service\n0::/\n"),
+            "cron.service");
+  const std::string user = "0::/user.slice/user-1000.slice/user@1000.service";
+  EXPECT_EQ(inside(user + "/app.slice/backup.service\n"), "backup.service");
+  EXPECT_EQ(inside(user + "/app.slice/app-editor@1f.service\n"), "");
+  EXPECT_EQ(inside(user + "/app.slice/tab-3.scope\n"), "");
+  EXPECT_EQ(inside(user + "/init.scope\n"), "");
+  EXPECT_EQ(inside("0::/user.slice/user-1000.slice/session-3.scope\n"), "");
+  EXPECT_EQ(inside("0::/system.slice/box.service/box-1.scope\n"), "");
+  EXPECT_EQ(inside("0::/\n"), "");
+  EXPECT_EQ(inside("4:memory:/x.service\n"), "");
+  EXPECT_EQ(inside(""), "");
+  EXPECT_EQ(SurroundingService(m_folder + "/none"), "");
+}
+
 TEST_F(PathsTest, WhatWasReadOfTheEnvironmentStaysWhateverTheApplicationChangesInIt) {
   const std::string program = Script("exit 0");
   setenv("QUOR_QUORD", program.c_str(), 1);

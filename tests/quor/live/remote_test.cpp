@@ -66,11 +66,19 @@ TEST_F(RemoteProgramsTest, AppsShowSetAndSinkWorkThereAsHere) {
   }));
 }
 
-TEST_F(RemoteProgramsTest, AMonitorsCertificateDoesNotConfigureAndAForeignOneDoesNothing) {
+TEST_F(RemoteProgramsTest, AMonitorsCertificateListsAndDoesNotConfigureAndAForeignOneDoesNothing) {
+  TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "500"}});
+  ASSERT_TRUE(IsTraced("orders"));
   const TrcRun apps = Over("monitor", {"apps", machine});
-  EXPECT_EQ(apps.status, 2);
-  EXPECT_NE(apps.err.find("the certificate does not allow to configure"), apps.err.npos)
-      << apps.err;
+  EXPECT_EQ(apps.status, 0) << apps.err;
+  EXPECT_EQ(apps.out, "orders\n");
+  for (const std::vector<std::string>& more : {std::vector<std::string>{"show", machine, "orders"},
+                                               {"set", machine, "orders", "Net", "off"},
+                                               {"forget", machine, "orders"}}) {
+    const TrcRun run = Over("monitor", more);
+    EXPECT_EQ(run.status, 2) << more.front();
+    EXPECT_NE(run.err.find("the certificate does not allow to configure"), run.err.npos) << run.err;
+  }
   ASSERT_EQ(RunQuord({"keys", "init", "--keys-dir", m_dir.File("other")}), 0);
   ASSERT_EQ(RunQuord({"keys", "issue", "eve", "--role", "configure", "--keys-dir",
                       m_dir.File("other"), "--out", m_dir.File("eve")}),

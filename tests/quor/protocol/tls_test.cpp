@@ -48,7 +48,7 @@ class TlsTest : public testing::Test {
   Outcome Meet(const std::string& serverKeys, std::shared_ptr<asio::ssl::context> client,
                const std::string& host = "127.0.0.1") {
     std::string why;
-    auto server = MakeServerTls(serverKeys, &why);
+    auto server = MakeServerTls({serverKeys}, &why);
     EXPECT_TRUE(server) << why;
     if (!server) return {};
     asio::io_context io;
@@ -220,7 +220,7 @@ TEST_F(TlsTest, OldVersionsOfTheProtocolAreRefused) {
   EXPECT_FALSE(Meet(m_server, context).served);
   // A client without such keys is refused for its ciphers too: the lower end itself counts.
   std::string why;
-  const auto server = MakeServerTls(m_server, &why);
+  const auto server = MakeServerTls({m_server}, &why);
   ASSERT_TRUE(server) << why;
   EXPECT_EQ(SSL_CTX_get_min_proto_version(server->native_handle()), TLS1_2_VERSION);
   EXPECT_EQ(SSL_CTX_get_min_proto_version(Client(m_client)->native_handle()), TLS1_2_VERSION);
@@ -230,7 +230,7 @@ TEST_F(TlsTest, AKeyThatOthersMayReadIsNotUsed) {
   Make(m_server);
   ASSERT_EQ(chmod((m_server + "/server.key").c_str(), 0640), 0);
   std::string why;
-  EXPECT_FALSE(MakeServerTls(m_server, &why));
+  EXPECT_FALSE(MakeServerTls({m_server}, &why));
   EXPECT_EQ(why, m_server + "/server.key: others may read it (chmod 600)");
 }
 
@@ -240,7 +240,7 @@ TEST_F(TlsTest, MissingAndBrokenKeysAreReportedByTheirPath) {
   EXPECT_EQ(why, m_client + "/client.key: No such file or directory");
   Make(m_server);
   std::ofstream(m_server + "/server.crt") << "nonsense";
-  EXPECT_FALSE(MakeServerTls(m_server, &why));
+  EXPECT_FALSE(MakeServerTls({m_server}, &why));
   EXPECT_EQ(why.rfind(m_server + "/server.crt: ", 0), 0u) << why;
 }
 

@@ -49,8 +49,10 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
   std::string ErrorText(bool nobody, int error) const {
     std::string why = m_path + ": " + SystemReason(error);
     if (!nobody) return why;
-    return m_started ? "quord was started and does not answer (" + why + ")"
-                     : "no trace service runs here; start it with quord (" + why + ")";
+    if (m_started) return "quord was started and does not answer (" + why + ")";
+    const std::string inside = WhyNotStarted();
+    return "no trace service runs here; start it with quord (" +
+           why.append(inside.empty() ? "" : "; " + inside) + ")";
   }
   void Succeed(int descriptor) {
     LocalSocket socket(m_timer.get_executor());

@@ -40,8 +40,14 @@ class TlsListener {
   TlsListener(const TlsListener&) = delete;
   TlsListener& operator=(const TlsListener&) = delete;
 
-  bool Open(const std::vector<std::string>& listen, const std::string& keysFolder,
-            std::string* why);
+  bool Open(const std::vector<std::string>& listen, const TlsRules& rules, std::string* why);
+  // For the connections from now on.
+  using Tls = std::shared_ptr<asio::ssl::context>;
+  void Use(Tls tls, const TlsRules& rules);
+  // Null when it listens nowhere.
+  SSL_CTX* Context() const { return m_tls ? m_tls->native_handle() : nullptr; }
+  const TlsRules& Rules() const { return m_rules; }
+  std::vector<std::string> Addresses() const;
   void Start();
   void Close();
 
@@ -71,7 +77,8 @@ class TlsListener {
   const std::chrono::milliseconds m_patience;
   const Accepted m_accepted;
   std::list<Listener> m_listeners;
-  std::shared_ptr<asio::ssl::context> m_tls;
+  Tls m_tls;
+  TlsRules m_rules;
   Slots m_slots;
   std::map<std::string, std::size_t> m_perAddress;
   asio::steady_timer m_deadline;

@@ -1,10 +1,11 @@
-#include "quor/service/tls_listener.h"
+#include "quor/listeners/tls_listener.h"
 
 #include <algorithm>
 #include <charconv>
 
 #include "base/fail_with.h"
 #include "quor/log/log.h"
+#include "quor/protocol/machine.h"
 
 namespace {
 
@@ -57,10 +58,11 @@ TlsListener::TlsListener(asio::io_context& io, std::chrono::milliseconds patienc
                          Accepted accepted)
     : m_io(io), m_patience(patience), m_accepted(std::move(accepted)), m_deadline(io) {}
 
-bool TlsListener::Open(const std::vector<std::string>& listen, const std::string& keysFolder,
+bool TlsListener::Open(const std::vector<std::string>& listen, const TlsRules& rules,
                        std::string* why) {
   if (listen.empty()) return true;
-  m_tls = MakeServerTls(keysFolder, why);
+  m_rules = rules;
+  m_tls = MakeServerTls(rules, why);
   if (!m_tls) return false;
   return std::all_of(listen.begin(), listen.end(),
                      [&](const std::string& text) { return Listen(text, why); });
@@ -80,6 +82,21 @@ bool TlsListener::Listen(const std::string& text, std::string* why) {
                           std::to_string(acceptor.local_endpoint().port()) + " (mutual TLS)");
   m_listeners.emplace_back(std::move(acceptor));
   return true;
+}
+
+void TlsListener::Use(Tls tls, const TlsRules& rules) {
+  m_tls = std::move(tls);
+  m_rules = rules;
+}
+
+std::vector<std::string> TlsListener::Addresses() const {
+  std::vector<std::string> addresses;
+  for (const Listener& listener : m_listeners) {
+    std::error_code error;
+    const auto endpoint = listener.acceptor.local_endpoint(error);
+    if (!error) addresses.push_back(AddressOf(endpoint.address().to_string(), endpoint.port()));
+  }
+  return addresses;
 }
 
 void TlsListener::Start() {
@@ -180,7 +197,7 @@ void TlsListener::OnShaken(const std::shared_ptr<Slot>& slot, const std::error_c
     Log(LogLevel::Warning, slot->address + " is refused: " + TlsReason(native, failed));
     return Leave(slot->place);
   }
-  const TlsPeer peer = PeerOf(native);
+  const TlsPeer peer = PeerOf(native, m_rules.roles);
   std::unique_ptr<TlsSocket> socket = std::move(slot->tls);
   Leave(slot->place);
   m_accepted(std::move(socket), peer, slot->address);

@@ -1,5 +1,5 @@
 // The lock and the socket of a service, with two that want them.
-#include "quor/service/local_listener.h"
+#include "quor/listeners/local_listener.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

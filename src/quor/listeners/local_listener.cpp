@@ -1,4 +1,4 @@
-#include "quor/service/local_listener.h"
+#include "quor/listeners/local_listener.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

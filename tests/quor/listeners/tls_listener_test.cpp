@@ -1,5 +1,5 @@
 // The listeners for other machines, with peers that connect.
-#include "quor/service/tls_listener.h"
+#include "quor/listeners/tls_listener.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>
@@ -64,7 +64,7 @@ TEST_F(TlsListenerTest, TwoListenersWithoutDescriptorsWaitAndThenAcceptAgain) {
   ASSERT_TRUE(InitKeys(m_keys, OwnNames(), &m_why)) << m_why;
   TlsListener listener(m_io, 100ms, [](auto, const auto&, const auto&) {});
   const tcp::endpoint one = FreeEndpoint(), other = FreeEndpoint();
-  ASSERT_TRUE(listener.Open({TextOf(one), TextOf(other)}, m_keys, &m_why)) << m_why;
+  ASSERT_TRUE(listener.Open({TextOf(one), TextOf(other)}, {m_keys}, &m_why)) << m_why;
   tcp::socket first(m_outside), second(m_outside);
   first.connect(one);
   second.connect(other);

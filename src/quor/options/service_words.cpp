@@ -1,0 +1,91 @@
+#include "quor/options/service_words.h"
+
+#include <algorithm>
+
+#include "base/near/near_word.h"
+#include "quor/listeners/tls_listener.h"
+#include "quor/settings/settings_words.h"
+
+namespace {
+
+constexpr std::size_t kValueBytesMax = 4095;  // as of a path
+
+std::string WhyNoValue(std::string_view word, const std::string& value) {
+  const std::string quoted = "\"" + value + "\"";
+  std::string why;
+  if (word == "log-level" && !LogLevelOf(value))
+    return quoted + " is no level" + DidYouMean(value, {"error", "warning", "info", "debug"});
+  if (word == "listen" && !EndpointOf(value)) return quoted + " is not ADDRESS:PORT";
+  if (word == "default-settings" && !SettingsOf(value, &why)) return why;
+  if (word == "role-from" && value != "ou" && value != "san")
+    return quoted + " is none of ou, san" + DidYouMean(value, {"ou", "san"});
+  if (word == "map-role" && !MappedRole(value, &why)) return why;
+  return {};
+}
+
+void TakeRepeatable(const std::string& word, const std::string& value, ServiceSettings& to) {
+  if (word == "listen") to.listen.push_back(value);
+  if (word == "map-role")
+    if (auto role = MappedRole(value)) to.roles.texts.push_back(std::move(*role));
+}
+
+void TakeSingle(const std::string& word, const std::string& value, ServiceSettings& to) {
+  if (word == "log-level") to.logLevel = LogLevelOf(value).value_or(to.logLevel);
+  if (word == "default-settings") to.defaultSettings = SettingsOf(value).value_or(0);
+  if (word == "state-dir") to.stateFolder = value;
+  if (word == "socket-dir") to.socketFolder = value;
+  if (word == "keys-dir") to.keysFolder = value;
+  if (word == "crl") to.revoked = value;
+  if (word == "role-from") to.roles.fromAltNames = value == "san";
+}
+
+}  // namespace
+
+const std::vector<ServiceWord>& ServiceWords() {
+  static const std::vector<ServiceWord> words = {
+      {"log-level", "LEVEL", "error, warning, info or debug [default: info]"},
+      {"listen", "ADDRESS:PORT", "Accept other machines at this address, by mutual TLS; repeatable",
+       false, true},
+      {"state-dir", "DIR", "Where settings are kept", true},
+      {"socket-dir", "DIR", "Where the local socket is made", true},
+      {"keys-dir", "DIR", "Where the certificates are", true},
+      {"crl", "FILE", "Refuse the certificates that these lists (PEM) revoke", true},
+      {"role-from", "ou|san",
+       "Where a certificate has its role: the OU of its subject, or an "
+       "alternative name [default: ou]"},
+      {"map-role", "ROLE=TEXT", "This OU or alternative name gives the role; repeatable", false,
+       true},
+      {"default-settings", "SETTINGS",
+       "What a new application traces: off, support, developer, max, or words as Info+Stack "
+       "[default: support]"}};
+  return words;
+}
+
+const ServiceWord* FindServiceWord(std::string_view word) {
+  const auto& words = ServiceWords();
+  const auto found = std::find_if(words.begin(), words.end(),
+                                  [word](const ServiceWord& known) { return known.word == word; });
+  return found == words.end() ? nullptr : &*found;
+}
+
+std::string WhyNotOption(const std::string& word, const std::string& value) {
+  if (!FindServiceWord(word)) {
+    std::vector<std::string> known;
+    for (const ServiceWord& one : ServiceWords()) known.emplace_back(one.word);
+    return "there is no option \"" + word + "\"" + DidYouMean(word, known);
+  }
+  if (value.empty()) return "a value is missing";
+  if (value.size() > kValueBytesMax) return "the value is too long";
+  return WhyNoValue(word, value);
+}
+
+void ServiceSettings::Take(const std::vector<GivenOption>& given) {
+  for (const GivenOption& option : given) {
+    if (option.word == "listen") listen.clear();
+    if (option.word == "map-role") roles.texts.clear();
+  }
+  for (const GivenOption& option : given) {
+    TakeRepeatable(option.word, option.value, *this);
+    TakeSingle(option.word, option.value, *this);
+  }
+}

@@ -49,6 +49,10 @@ QUOR_API void quor_declare(quor_point* point);
 QUOR_API void quor_register(quor_point* point);
 /* Registers the point and returns whether it is on: the slow path of quor_on. */
 QUOR_API int quor_first_use(quor_point* point, unsigned attributes);
+/* The point of these names, for names that are known at run time only. It is made once and lives as
+ * long as the process; beyond 4,096 names, all share one that says so. Not in a signal handler. */
+QUOR_API quor_point* quor_named_point(const char* component, size_t component_length,
+                                      const char* category, size_t category_length);
 /* Names this thread in its traces, instead of its kernel id. */
 QUOR_API void quor_thread_name(const char* name);
 

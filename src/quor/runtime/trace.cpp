@@ -12,6 +12,7 @@
 #include "quor/runtime/keep_loaded.h"
 #include "quor/runtime/link_thread.h"
 #include "quor/runtime/process/errno_keeper.h"
+#include "quor/runtime/process/named_points.h"
 #include "quor/runtime/process/stack.h"
 #include "quor/runtime/runtime.h"
 #include "quor/runtime/trace.h"
@@ -204,6 +205,14 @@ void quor_register(quor_point* point) {
   const ErrnoKeeper keeper;
   Runtime::Get().Register(point);
   LinkThread::Get().StartIfRefused();
+}
+
+quor_point* quor_named_point(const char* component, size_t component_length, const char* category,
+                             size_t category_length) {
+  static constinit NamedPoints points;
+  const ErrnoKeeper keeper;
+  return points.Find({component, component ? component_length : 0},
+                     {category, category ? category_length : 0});
 }
 
 int quor_first_use(quor_point* point, unsigned attributes) {

@@ -55,7 +55,9 @@ class Source:
         self.suffix = Path(name).suffix
         self.in_src = self.name.startswith("src/")
         self.room = room_of(self.name.removeprefix("src/"), rooms) if self.in_src else ""
-        self.is_face = "/ui/" in self.name or self.name.startswith("apps/tessera/")
+        # One header is for applications that use Qt themselves.
+        self.is_face = ("/ui/" in self.name or self.name.startswith("apps/tessera/") or
+                        self.name == "include/quor/qt.hpp")
         self.includes = []  # line, sign, what
         for number, line in enumerate(self.lines, 1):
             match = re.match(r'\s*#\s*include\s*([<"])([^>"]+)[>"]', line)

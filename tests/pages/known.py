@@ -28,15 +28,19 @@ WHOLE = {
     "man trc": "test -s $PAGES_TEST/../../packaging/man/trc.1",
 }
 
-# What a page's packages would have installed where programs find it; {build} and {root} are folders.
+# What a page's packages would have installed where programs find it; {build}, {root} and {home}
+# are folders.
 INSTALLED = {
     "docs/from-your-logger.md": {"LD_LIBRARY_PATH": "{build}/packaging/quor",
-                                 "PYTHONPATH": "{root}/bindings/python", "NODE_PATH": "{build}/bindings/node"},
+                                 "PYTHONPATH": "{root}/bindings/python", "NODE_PATH": "{build}/bindings/node",
+                                 "PKG_CONFIG_PATH": "{home}/quor/lib/pkgconfig"},
 }
 
 # Steps before an example that the page leaves to the reader.
 BEFORE = {
     "QUOR_KEYS=~/alice trc tail orders1.example.org": "cp -rp ~/.config/quor/keys ~/alice",
+    "c++ -std=c++17 orders_spdlog.cpp $(pkg-config --cflags --libs quor spdlog) -o orders_spdlog":
+        'cmake --install "$(dirname "$(command -v trc)")/.." --component quor --prefix ~/quor',
     "trc forget orders": "trc set --persist orders '*=support'",
     "quord keys init": "rm -rf ~/.config/quor/keys",
     "quord --listen 0.0.0.0:7447": "[ -e ~/.config/quor/keys ] || quord keys init",

@@ -57,7 +57,8 @@ class Tour:
         if name not in self.machines:
             self.machines[name] = Machine(self.place, name, self.build / "bin")
             for variable, value in known.INSTALLED.get(self.page, {}).items():
-                self.machines[name].extra[variable] = value.format(build=self.build, root=HERE.parent.parent)
+                self.machines[name].extra[variable] = value.format(
+                    build=self.build, root=HERE.parent.parent, home=self.machines[name].home)
         return self.machines[name]
 
     def take(self, block):

@@ -71,6 +71,10 @@ class Headers:
     def __init__(self, include, scratch):
         self.include, self.scratch = include, Path(scratch)
         self.scratch.mkdir(parents=True, exist_ok=True)
+        flags = subprocess.run(["pkg-config", "--cflags", "spdlog", "glib-2.0", "Qt6Core"], capture_output=True,
+                               text=True, check=True).stdout.split()
+        # Of their headers no warnings are wanted.
+        self.loggers = ["-fPIC", *(word.replace("-I", "-isystem", 1) for word in flags)]
 
     def compile(self, compiler, version, source, *more):
         words = [*compiler.split(), f"-std=c++{version}", *WARNINGS, f"-I{self.include}", str(source), *more]
@@ -107,7 +111,7 @@ class Headers:
         language = ["-x", "c++"] if header.suffix == ".hpp" else ["-x", "c"]
         source = self.source(f"{header.name}-{compiler}.x", f'#include "quor/{header.name}"\nextern int some;\n')
         words = [compiler, *language, "-std=c++17" if header.suffix == ".hpp" else "-std=c11", *WARNINGS,
-                 f"-I{self.include}", "-fsyntax-only", str(source)]
+                 f"-I{self.include}", *self.loggers, "-fsyntax-only", str(source)]
         ended = subprocess.run(words, capture_output=True, text=True)
         return "" if ended.returncode == 0 else f"{' '.join(words)}\n{ended.stderr}"
 

@@ -69,8 +69,7 @@ QUOR_API void quor_vtracef(quor_point* point, unsigned attributes, const char* f
 
 /* A block: its begin traces "Begin: TEXT", its end "End: TEXT", which a monitor shows as a branch
  * with its duration. Where both are in one scope, QUOR_BLOCK is shorter. Each begin needs an end,
- * which frees what a text beyond 240 bytes takes; if the point was off at the begin, the end traces
- * nothing. */
+ * which frees what a text beyond 240 bytes takes, and traces nothing if the begin did not. */
 QUOR_API void quor_block_begin(quor_block* block, quor_point* point, unsigned attributes,
                                const char* file, unsigned line, const char* format, ...)
     __attribute__((format(printf, 6, 7)));
@@ -84,8 +83,7 @@ QUOR_API int quor_flush(unsigned milliseconds);
 /* What this process has traced and lost so far. */
 QUOR_API void quor_get_counts(quor_counts* counts);
 
-/* Is the point on for a trace with these attributes? The macros ask this before they evaluate their
- * arguments. */
+/* Is the point on for these attributes? The macros ask before they evaluate their arguments. */
 static inline int quor_on(quor_point* point, unsigned attributes) {
   const uint32_t settings = __atomic_load_n(&point->settings, __ATOMIC_RELAXED);
   if (__builtin_expect((settings & attributes) != attributes, 1)) return 0;

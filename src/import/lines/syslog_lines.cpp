@@ -55,7 +55,7 @@ bool SyslogLines::Read(std::string_view line, ImportedTrace& trace) {
 
 bool SyslogLines::ReadPriority(std::string_view& line, ImportedTrace& trace) {
   const std::size_t end = line.find('>');
-  if (end == std::string_view::npos || end > 4 || !IsDigits(line.substr(1, end - 1))) return false;
+  if (end > 4 || !IsDigits(line.substr(1, end - 1))) return false;  // or there is none
   unsigned priority = 0;
   for (const char digit : line.substr(1, end - 1))
     priority = priority * 10 + static_cast<unsigned>(digit - '0');

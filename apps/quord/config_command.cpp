@@ -6,6 +6,7 @@
 #include "base/fail_with.h"
 #include "commands.h"
 #include "quor/link/paths.h"
+#include "quor/listeners/local_listener.h"
 #include "quor/options/config_file.h"
 #include "quor/protocol/tls.h"
 
@@ -64,6 +65,7 @@ int CheckConfig(const CheckConfigCommand& command) {
   const std::string keys = settings.keysFolder.empty() ? KeysFolder() : settings.keysFolder;
   const TlsRules rules{keys, settings.revoked, settings.roles};
   if (!settings.listen.empty() && !MakeServerTls(rules, &why)) return Fail(path + ": " + why);
+  if (!settings.group.empty() && !GroupNamed(settings.group, &why)) return Fail(path + ": " + why);
   for (const GivenOption& option : config->options)
     std::printf("%s = %s\n", option.word.c_str(), option.value.c_str());
   std::printf("%s: good\n", path.c_str());

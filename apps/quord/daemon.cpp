@@ -58,6 +58,7 @@ bool PutSettings(const ServeCommand& command, ServiceOptions* options, std::stri
   options->tls.keysFolder = Absolute(options->tls.keysFolder);
   options->tls.revoked = settings.revoked;
   options->tls.roles = settings.roles;
+  options->group = settings.group;
   options->defaultSettings = settings.defaultSettings;
   options->logLevel = settings.logLevel;
   return true;

@@ -3,10 +3,19 @@
 #include <chrono>
 
 #include "quor/link/link_socket.h"
+#include "quor/link/named_service.h"
+#include "quor/link/paths.h"
 
 namespace {
 
 constexpr std::chrono::milliseconds kPatience{3000};
+
+// Of this user, whatever the environment names.
+std::string OwnSocketPath() {
+  ServiceEnvironment environment = ReadServiceEnvironment();
+  environment.socket.clear();
+  return ServiceSocketPath(environment);
+}
 
 }  // namespace
 
@@ -18,7 +27,8 @@ Question::~Question() {
 }
 
 bool Question::Reach(const std::string& path) {
-  const int descriptor = ConnectToService(path.c_str());
+  const int descriptor = path == OwnSocketPath() ? ConnectToService(path.c_str())
+                                                 : ConnectToNamedService(path.c_str());
   if (descriptor < 0) return false;
   LocalSocket socket(m_io);
   socket.assign(asio::local::stream_protocol(), descriptor);

@@ -57,6 +57,8 @@ bool AskAll(Question& question, State& state) {
   state.troubles.assign(question.Welcome().troubles().begin(), question.Welcome().troubles().end());
   state.apps.assign(response.app_names().begin(), response.app_names().end());
   state.hasMore = AskForMore(question, state);
+  // Another user's lock file cannot be read.
+  if (state.pid == 0) state.pid = static_cast<pid_t>(state.more.pid());
   return true;
 }
 

@@ -1,5 +1,7 @@
 #include "quor/link/link_socket.h"
 
+#include "quor/link/named_service.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -45,9 +47,7 @@ void TakeDescriptors(msghdr& message, LinkReceived& received) {
   }
 }
 
-}  // namespace
-
-int ConnectToService(const char* path) {
+int ConnectTo(const char* path, bool ofAnyUser) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   const std::size_t length = std::strlen(path);
@@ -59,13 +59,23 @@ int ConnectToService(const char* path) {
   const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (socket < 0) return -1;
   if (connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      !PeerIsTrusted(socket)) {
+      !(ofAnyUser || PeerIsTrusted(socket))) {
     const int error = errno != 0 ? errno : EACCES;
     close(socket);
     errno = error;
     return -1;
   }
   return socket;
+}
+
+}  // namespace
+
+int ConnectToService(const char* path) {
+  return ConnectTo(path, false);
+}
+
+int ConnectToNamedService(const char* path) {
+  return ConnectTo(path, true);
 }
 
 bool SendOnLink(int socket, const std::vector<std::uint8_t>& bytes, const int* descriptors,

@@ -30,15 +30,16 @@ bool LiesInMemory(int folder) {
   return fstatfs(folder, &system) == 0 && system.f_type == TMPFS_MAGIC;
 }
 
-bool IsPrivate(int folder) {
+bool IsPrivate(int folder, mode_t passable) {
   struct stat status {};
   return fstat(folder, &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
-         (status.st_mode & 077) == 0;
+         (status.st_mode & 077 & ~passable) == 0;
 }
 
-int OpenPrivate(int at, const char* name, int flags) {
+// `passable`: members of its group may pass it, see the option --group of the service.
+int OpenPrivate(int at, const char* name, int flags, mode_t passable = 0) {
   const int folder = openat(at, name, flags);
-  if (folder < 0 || IsPrivate(folder)) return folder;
+  if (folder < 0 || IsPrivate(folder, passable)) return folder;
   close(folder);
   errno = EACCES;
   return -1;
@@ -136,7 +137,7 @@ int OpenSegments(int runtime) {
 bool SegmentFolder::Open(const std::string& socketPath) {
   Close();
   const int runtime =
-      OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW);
+      OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW, S_IXGRP);
   if (runtime < 0) return false;
   m_folder = OpenSegments(runtime);
   const int error = errno;
@@ -153,7 +154,7 @@ void SegmentFolder::Close() {
 
 void SegmentFolder::RemoveEmpty(const std::string& socketPath) {
   const int runtime =
-      OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW);
+      OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW, S_IXGRP);
   if (runtime < 0) return;
   char target[256] = {};
   // The lock keeps others from making it at the same time.

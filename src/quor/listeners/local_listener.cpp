@@ -1,12 +1,14 @@
 #include "quor/listeners/local_listener.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -28,13 +30,23 @@ constexpr milliseconds kEndingPatience{10000};
 constexpr milliseconds kLockAgain{10};
 constexpr const char* kEnding = "ending";
 
-bool MakePrivateFolder(const std::string& folder, std::string* why) {
+// Members of the group may pass the folder and use the socket, and list or change nothing.
+bool OpenToGroup(const std::string& path, gid_t group, mode_t mode, std::string* why) {
+  if (chown(path.c_str(), static_cast<uid_t>(-1), group) != 0 || chmod(path.c_str(), mode) != 0)
+    return FailWith(why, path + ": cannot be opened to the group: " + SystemReason());
+  return true;
+}
+
+bool MakePrivateFolder(const std::string& folder, LocalListener::Group group, std::string* why) {
   if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return FailOn(why, folder);
   struct stat status {};
   // lstat: a link in a public folder may be another user's.
   if (lstat(folder.c_str(), &status) != 0) return FailOn(why, folder);
   if (!S_ISDIR(status.st_mode)) return FailWith(why, folder + ": not a folder");
   if (status.st_uid != geteuid()) return FailWith(why, folder + ": belongs to another user");
+  if (group && (status.st_mode & 067) == 0) return OpenToGroup(folder, *group, 0710, why);
+  // It was open to a group before.
+  if ((status.st_mode & 077) == 010 && chmod(folder.c_str(), 0700) == 0) return true;
   if ((status.st_mode & 077) != 0)
     return FailWith(why, folder + ": others may enter it (chmod 700 would make it private)");
   return true;
@@ -64,6 +76,18 @@ bool TakeLock(int lock) {
   return true;
 }
 
+// The further groups of the peer when it connected.
+std::vector<gid_t> GroupsOf(int socket) {
+  std::vector<gid_t> groups(64);
+  for (;;) {
+    auto size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
+    const bool known = getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, groups.data(), &size) == 0;
+    const bool isLonger = !known && errno == ERANGE && size > groups.size() * sizeof(gid_t);
+    groups.resize(known || isLonger ? size / sizeof(gid_t) : 0);
+    if (!isLonger) return groups;
+  }
+}
+
 bool SomebodyAnswers(const sockaddr_un& address) {
   const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (probe < 0) return false;
@@ -76,8 +100,8 @@ bool SomebodyAnswers(const sockaddr_un& address) {
 
 }  // namespace
 
-bool LocalListener::Lock(const std::string& socketPath, std::string* why) {
-  if (!MakePrivateFolder(FolderOf(socketPath), why)) return false;
+bool LocalListener::Lock(const std::string& socketPath, Group group, std::string* why) {
+  if (!MakePrivateFolder(FolderOf(socketPath), group, why)) return false;
   const std::string path = FolderOf(socketPath) + "/quord.lock";
   m_lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (m_lock < 0) return FailOn(why, path);
@@ -94,9 +118,9 @@ bool LocalListener::Lock(const std::string& socketPath, std::string* why) {
   return true;
 }
 
-bool LocalListener::Open(const std::string& socketPath, std::string* why) {
+bool LocalListener::Open(const std::string& socketPath, std::string* why, Group group) {
   sockaddr_un address{};
-  if (!FillAddress(socketPath, &address, why) || !Lock(socketPath, why)) return false;
+  if (!FillAddress(socketPath, &address, why) || !Lock(socketPath, group, why)) return false;
   if (SomebodyAnswers(address))
     return FailWith(why, socketPath + ": another process answers there without the lock");
   if (unlink(socketPath.c_str()) != 0 && errno != ENOENT) return FailOn(why, socketPath);
@@ -107,6 +131,7 @@ bool LocalListener::Open(const std::string& socketPath, std::string* why) {
       bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   umask(before);
   if (!bound || listen(m_descriptor, kQueueLength) != 0) return FailOn(why, socketPath);
+  if (group && !OpenToGroup(socketPath, *group, 0660, why)) return false;
   if (!NotePlace(socketPath)) return FailOn(why, socketPath);
   m_own = true;
   return true;
@@ -121,10 +146,12 @@ bool LocalListener::NotePlace(const std::string& socketPath) {
   return true;
 }
 
-bool LocalListener::Adopt(const std::string& socketPath, int descriptor, std::string* why) {
+bool LocalListener::Adopt(const std::string& socketPath, int descriptor, std::string* why,
+                          Group group) {
   m_descriptor = descriptor;
   fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
-  if (!Lock(socketPath, why)) return false;
+  if (!Lock(socketPath, group, why)) return false;
+  if (group && !OpenToGroup(socketPath, *group, 0660, why)) return false;
   if (!NotePlace(socketPath)) m_inode = 0;  // removed already: it is not in place
   return true;
 }
@@ -192,10 +219,20 @@ bool PeerOfSocket(int socket, LocalPeer* peer) {
   ucred credentials{};
   socklen_t size = sizeof credentials;
   if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return false;
-  *peer = {credentials.uid, credentials.pid};
+  *peer = {credentials.uid, credentials.pid, GroupsOf(socket)};
+  peer->groups.push_back(credentials.gid);
   return true;
 }
 
-bool MayEnter(const LocalPeer& peer, uid_t own) {
-  return peer.uid == own;
+Admission AdmissionOf(const LocalPeer& peer, uid_t own, LocalListener::Group group) {
+  if (peer.uid == own) return Admission::Owner;
+  const auto& groups = peer.groups;
+  const bool isMember = group && std::find(groups.begin(), groups.end(), *group) != groups.end();
+  return peer.uid == 0 || isMember ? Admission::Client : Admission::None;
+}
+
+std::optional<gid_t> GroupNamed(const std::string& name, std::string* why) {
+  const group* const found = getgrnam(name.c_str());
+  if (!found) return FailWith(why, "there is no group \"" + name + "\"", std::nullopt);
+  return found->gr_gid;
 }

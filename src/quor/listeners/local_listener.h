@@ -13,10 +13,15 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 class LocalListener {
  public:
+  // Whose members may reach the socket as well.
+  using Group = std::optional<gid_t>;
+
   LocalListener() = default;
   ~LocalListener() { Close(); }
   LocalListener(const LocalListener&) = delete;
@@ -24,9 +29,9 @@ class LocalListener {
 
   // Makes the folder if there is none. Fails for a folder that others may enter, for a second
   // service, and for a socket at which a process answers.
-  bool Open(const std::string& socketPath, std::string* why);
+  bool Open(const std::string& socketPath, std::string* why, Group group = {});
   // With a socket that listens already (socket activation). The lock is taken nevertheless.
-  bool Adopt(const std::string& socketPath, int descriptor, std::string* why);
+  bool Adopt(const std::string& socketPath, int descriptor, std::string* why, Group group = {});
   // Accepts nobody any more. Keeps the lock, because what it guards is in use until the end.
   void StopListening();
   void Close();
@@ -36,7 +41,7 @@ class LocalListener {
   bool IsInPlace() const;
 
  private:
-  bool Lock(const std::string& socketPath, std::string* why);
+  bool Lock(const std::string& socketPath, Group group, std::string* why);
   bool NotePlace(const std::string& socketPath);
 
   std::string m_path;
@@ -57,7 +62,13 @@ int TakeInheritedSocket(std::string* path);
 struct LocalPeer {
   uid_t uid = static_cast<uid_t>(-1);
   pid_t pid = 0;
+  std::vector<gid_t> groups = {};
+  bool isOwner = false;  // of the service
 };
 bool PeerOfSocket(int socket, LocalPeer* peer);
-// True only for this service's own user.
-bool MayEnter(const LocalPeer& peer, uid_t own);
+// Owner: the service's own user, whose applications are traced. Client: root, or a member of the
+// group; they may watch and configure.
+enum class Admission { None, Client, Owner };
+Admission AdmissionOf(const LocalPeer& peer, uid_t own, LocalListener::Group group);
+// Nothing and a reason if there is no group of this name.
+std::optional<gid_t> GroupNamed(const std::string& name, std::string* why);

@@ -35,6 +35,7 @@ void TakeSingle(const std::string& word, const std::string& value, ServiceSettin
   if (word == "state-dir") to.stateFolder = value;
   if (word == "socket-dir") to.socketFolder = value;
   if (word == "keys-dir") to.keysFolder = value;
+  if (word == "group") to.group = value;
   if (word == "crl") to.revoked = value;
   if (word == "role-from") to.roles.fromAltNames = value == "san";
 }
@@ -49,6 +50,7 @@ const std::vector<ServiceWord>& ServiceWords() {
       {"state-dir", "DIR", "Where settings are kept", true},
       {"socket-dir", "DIR", "Where the local socket is made", true},
       {"keys-dir", "DIR", "Where the certificates are", true},
+      {"group", "NAME", "The members of this group may watch and configure here, too"},
       {"crl", "FILE", "Refuse the certificates that these lists (PEM) revoke", true},
       {"role-from", "ou|san",
        "Where a certificate has its role: the OU of its subject, or an "

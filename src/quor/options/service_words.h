@@ -29,7 +29,7 @@ struct ServiceSettings {
   std::vector<std::string> listen;
   std::string stateFolder, socketFolder, keysFolder;  // empty: the default
   std::uint32_t defaultSettings = 7;
-  std::string revoked;
+  std::string revoked, group;
   RoleRules roles;
 
   // What is given later replaces what stands here, all values of a repeatable word as well.

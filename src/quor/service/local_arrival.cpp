@@ -68,6 +68,8 @@ void LocalArrival::OnReadable() {
       return;
     case Kind::Application:
       m_isApplication = true;
+      // Its memory and files belong to another user.
+      if (!m_peer.isOwner) return Refuse("only programs of the user of this service are traced");
       return ReadHello();
     case Kind::Client: {
       LocalSocket socket(m_io);

@@ -63,9 +63,11 @@ Service::~Service() {
 bool Service::Open(std::string* why) {
   RaiseDescriptorLimit();
   signal(SIGPIPE, SIG_IGN);
-  const bool opened = m_options.inheritedSocket >= 0
-                          ? m_listener.Adopt(m_options.socketPath, m_options.inheritedSocket, why)
-                          : m_listener.Open(m_options.socketPath, why);
+  if (!m_options.group.empty() && !(m_group = GroupNamed(m_options.group, why))) return false;
+  const bool opened =
+      m_options.inheritedSocket >= 0
+          ? m_listener.Adopt(m_options.socketPath, m_options.inheritedSocket, why, m_group)
+          : m_listener.Open(m_options.socketPath, why, m_group);
   if (!opened || !OpenState(why) || !m_tlsListener.Open(m_options.listen, m_options.tls, why))
     return false;
   m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine);
@@ -128,7 +130,7 @@ void Service::TakePlaceAgain() {
   m_local.close(error);
   m_listener.Close();
   std::string why;
-  if (!m_listener.Open(m_options.socketPath, &why)) {
+  if (!m_listener.Open(m_options.socketPath, &why, m_group)) {
     Log(LogLevel::Error, why);
     return Stop();
   }
@@ -159,7 +161,10 @@ void Service::AcceptLocal() {
 
 void Service::TakeArrival(int socket) {
   LocalPeer peer;
-  if (!PeerOfSocket(socket, &peer) || !MayEnter(peer, geteuid())) {
+  const Admission admission =
+      PeerOfSocket(socket, &peer) ? AdmissionOf(peer, geteuid(), m_group) : Admission::None;
+  peer.isOwner = admission == Admission::Owner;
+  if (admission == Admission::None) {
     Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
                                std::to_string(peer.uid) +
                                " is refused: only the user of this service may connect");
@@ -189,9 +194,14 @@ void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
 
 void Service::OnClient(LocalSocket socket, const LocalPeer& peer) {
   const auto pid = static_cast<std::uint32_t>(peer.pid);
-  AddSession(
-      MakeStream(std::move(socket)),
-      {true, pid, quor::wire::ROLE_CONFIGURE, "", "client process " + std::to_string(pid), {}});
+  AddSession(MakeStream(std::move(socket)),
+             {true,
+              pid,
+              quor::wire::ROLE_CONFIGURE,
+              "",
+              "client process " + std::to_string(pid) +
+                  (peer.isOwner ? "" : " of user " + std::to_string(peer.uid)),
+              {}});
 }
 
 bool Service::OnApplication(AppArrival arrival, std::string* why) {

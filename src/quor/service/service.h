@@ -27,6 +27,7 @@ struct ServiceOptions {
   std::vector<std::string> listen;  // "address:port", "[address]:port"
   TlsRules tls;
   std::uint32_t defaultSettings = kDefaultSettings;
+  std::string group;  // whose members may watch and configure; empty: none
   LogLevel logLevel = LogLevel::Info;
   ConnectionLimits connectionLimits;  // of clients: above all when a stalled client is given up
   std::string version;                // of the program
@@ -84,6 +85,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   const std::string m_machine;
   asio::io_context m_io{1};
   LocalListener m_listener;
+  LocalListener::Group m_group;
   std::unique_ptr<Catalogue> m_catalogue;
   std::unique_ptr<Apps> m_apps;
   Hub m_hub;

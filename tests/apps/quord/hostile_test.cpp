@@ -9,9 +9,9 @@
 
 #include "quor/link/link.h"
 #include "quor/link/segment_folder.h"
+#include "quor/listeners/local_listener.h"
 #include "quor/ring/ring_producer.h"
 #include "quor/ring/segment_map.h"
-#include "quor/listeners/local_listener.h"
 #include "quord_client.h"
 #include "records/name_record.h"
 #include "records/record_fields.h"
@@ -416,10 +416,7 @@ TEST_F(Hostile, AForwarderThatLiesIsEndedAndNothingOfTheFrameWasTaken) {
 
 TEST_F(Hostile, AnotherUsersProcessIsRefused) {
   constexpr uid_t kNobody = 65534;
-  EXPECT_TRUE(MayEnter({1000, 1}, 1000));
-  EXPECT_FALSE(MayEnter({0, 1}, 1000));
-  EXPECT_FALSE(MayEnter({kNobody, 1}, 0));
-  if (geteuid() != 0) return;  // the check above is all that can be had without rights
+  if (geteuid() != 0) return;  // admission_test.cpp has what can be had without rights
   // The rights of folder and socket let everybody in, so that the peer check alone is left.
   ASSERT_EQ(chmod(quord.Folder().Path().c_str(), 0755), 0);
   ASSERT_EQ(chmod(quord.SocketPath().c_str(), 0666), 0);

@@ -6,6 +6,7 @@
 
 #include "base/fail_with.h"
 #include "quor/link/link_socket.h"
+#include "quor/link/named_service.h"
 #include "quor/link/paths.h"
 #include "quor/protocol/tls.h"
 
@@ -28,7 +29,8 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
   void Try() {
     std::string why;
     if (!SocketFolderIsSafe(m_path, &why)) return m_done(nullptr, why);
-    const int descriptor = ConnectToService(m_path.c_str());
+    const int descriptor =
+        m_isNamed ? ConnectToNamedService(m_path.c_str()) : ConnectToService(m_path.c_str());
     if (descriptor >= 0) return Succeed(descriptor);
     const int error = errno;
     const bool nobody = error == ENOENT || error == ECONNREFUSED;
@@ -64,6 +66,8 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
 
   asio::steady_timer m_timer;
   const std::string m_path;
+  // By the user, and so perhaps another user's: who may watch it is that service's decision.
+  const bool m_isNamed = !ReadServiceEnvironment().socket.empty();
   bool m_mayStart, m_started = false;
   const Clock::time_point m_until;
   const Connected m_done;

@@ -20,6 +20,7 @@ namespace {
 constexpr int kGapPx = 8;
 constexpr int kDecorationPx = 12;  // of a window manager, beside the title
 constexpr int kFramedMs = 100;     // by then the window manager has reported its decoration
+constexpr int kEarlyLooks = 50;    // a slow machine takes seconds to place the first window
 
 QSize Decoration(const QWidget& window) {
   return {kDecorationPx,
@@ -127,12 +128,18 @@ void DialogPlace::BeforeShow() {
 void DialogPlace::TakeFirstPlace() {
   const QWidget* const parent = m_dialog.parentWidget();
   const QRect row = FocusedRowOnScreen();
-  const QWindow* const window = parent ? parent->window()->windowHandle() : nullptr;
-  m_early = window && window->isVisible() && !window->isExposed();
+  m_early = ParentHasNoPlace() ? kEarlyLooks : 0;
   if (!parent || row.isEmpty()) return;
   QRect wanted(QPoint(0, 0), m_dialog.size() + Decoration(m_dialog));
   wanted.moveCenter(parent->window()->geometry().center());
   m_dialog.move(BesideRow(wanted, row, ScreenRoom(*parent->window())));
+}
+
+// The window manager has not placed the parent's window yet.
+bool DialogPlace::ParentHasNoPlace() const {
+  const QWidget* const parent = m_dialog.parentWidget();
+  const QWindow* const window = parent ? parent->window()->windowHandle() : nullptr;
+  return window && window->isVisible() && !window->isExposed();
 }
 
 void DialogPlace::CentreOverParent() {
@@ -144,7 +151,11 @@ void DialogPlace::CentreOverParent() {
 void DialogPlace::AfterShow() {
   QTimer::singleShot(kFramedMs, &m_dialog, [this] {
     if (!m_dialog.isVisible()) return;
-    if (std::exchange(m_early, false)) CentreOverParent();
+    if (m_early > 1 && ParentHasNoPlace()) {
+      --m_early;
+      return AfterShow();
+    }
+    if (std::exchange(m_early, 0) > 0) CentreOverParent();
     KeepOnScreen(m_dialog);
     m_shown = Place();
   });

@@ -34,6 +34,7 @@ class DialogPlace {
 
  private:
   void TakeFirstPlace();
+  bool ParentHasNoPlace() const;
   void CentreOverParent();
   QRect Place() const { return {m_dialog.pos(), m_dialog.size()}; }
 
@@ -41,7 +42,7 @@ class DialogPlace {
   DialogPlaces* m_places = nullptr;
   std::string m_name;
   std::optional<QRect> m_shown;  // as it opened
-  bool m_early = false;          // it opened before its parent had a place
+  int m_early = 0;  // it opened before its parent had a place: how often that is looked for
 };
 
 // The focused row of the control with the focus, in screen coordinates; empty when there is none.

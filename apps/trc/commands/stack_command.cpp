@@ -37,7 +37,7 @@ class StackCommand final : public Command {
         "  trc stack web.trc --count 1\n"
         "  trc stack web.trc --from 1000 --count 1 --symbols build/bin\n"
         "  trc stack web.trc --uncheck \"All Severities/Info\"\n"
-        "  trc dump web.trc --format jsonl | jq -r .stack | trc stack -");
+        "  trc dump web.trc --count 1 --format jsonl | jq -r .stack | trc stack -");
   }
   int Run() const override { return RunStack(m_stack); }
 

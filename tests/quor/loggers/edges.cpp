@@ -102,6 +102,9 @@ bool StreamThreads() {
         for (int n = 0; n < 100; ++n) std::clog << digit << digit << digit << "\n";
       });
     for (std::thread& thread : threads) thread.join();
+    std::clog << "begun here, ";
+    std::thread([] { std::clog << "another thread's line\n"; }).join();
+    std::clog << "ended here\n";
   }
   std::clog << "and back";
   std::clog.rdbuf(before);

@@ -33,6 +33,7 @@ def must(*words):
 def setUpModule():
     global session, prefix
     session = Session(BUILD)
+    unittest.addModuleCleanup(session.stop)  # also where the rest of this fails
     prefix = session.folder / "prefix"
     must("cmake", "--install", BUILD, "--component", "quor", "--prefix", prefix)
     must("cmake", "-G", "Ninja", "-S", EXAMPLES, "-B", session.folder / "examples",
@@ -41,10 +42,6 @@ def setUpModule():
     flags = must("pkg-config", "--cflags", "--libs", "spdlog", "glib-2.0", "Qt6Core").split()
     must("c++", "-std=c++17", "-O1", "-fPIC", "-Wall", "-Wextra", "-Werror", f"-I{prefix}/include", EDGES, "-o",
          session.folder / "edges", *flags, "-lfmt", BUILD / "packaging/quor/libquor.so")
-
-
-def tearDownModule():
-    session.stop()
 
 
 class Examples(unittest.TestCase):
@@ -124,8 +121,10 @@ class Edges(unittest.TestCase):
                          ["one line", "two", "three", "x4", "y" * 65534, "äz", "the rest"])
 
     def test_stream_threads(self):
-        traces = self.edges("StreamThreads", 400)
-        self.assertEqual(sorted(trace["text"] for trace in traces),
+        traces = self.edges("StreamThreads", 402)
+        self.assertEqual([trace["text"] for trace in traces[400:]],
+                         ["another thread's line", "begun here, ended here"])
+        self.assertEqual(sorted(trace["text"] for trace in traces[:400]),
                          sorted(str(i) * 3 for i in range(4) for _ in range(100)))
         self.assertEqual({severity(trace) for trace in traces}, {"Warn"})
 

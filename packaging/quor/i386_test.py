@@ -29,7 +29,7 @@ class OtherProcessor(unittest.TestCase):
             "QUOR_AUTOSTART": "0",
             "QUOR_WAIT": "10000",
         }
-        self.service = self.start(BIN / "quord")
+        self.service = self.start(BIN / "quord", "--foreground")
         self.await_that((self.home / "quor" / "quord.sock").exists)
 
     def start(self, *words):

@@ -145,7 +145,7 @@ class TextEnd {
   Text* m_to;
 };
 
-// False: the library refused the spec or had no memory, and nothing was added.
+// False: the library refused this spec or had no memory, and nothing was added.
 template <class T>
 bool PrintBySpec(Text& to, const T& value, std::string_view place) noexcept {
   if constexpr (kTakesSpec<T>) {

@@ -1,5 +1,6 @@
 // Commands whose file another program cuts, rewrites or lengthens while they read it.
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/stat.h>
 
 #include <sstream>
@@ -18,9 +19,15 @@ class TrcChangedFile : public testing::Test {
   using Act = void (*)(const std::string& path);
 
   TrcChangedFile() {
+    sched_getaffinity(0, sizeof m_processors, &m_processors);
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(sched_getcpu(), &one);
+    sched_setaffinity(0, sizeof one, &one);
     EXPECT_EQ(RunTrc({"gen", "-n", "200000", m_whole}).status, 0);
     EXPECT_EQ(RunTrc({"gen", "--old", "-n", "200000", m_old}).status, 0);
   }
+  ~TrcChangedFile() override { sched_setaffinity(0, sizeof m_processors, &m_processors); }
   // Of the file's mapping, more is read than a look at the header reads, and an end is not: what is
   // read there still meets what is done to the file now.
   bool ReadsTraces(pid_t process) const {
@@ -41,16 +48,24 @@ class TrcChangedFile : public testing::Test {
     return waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 ||
            ended.si_pid != 0;
   }
-  // Halts the program amid its work. False when it came to its end before.
+  // Halts the program amid its work. False when it came to its end before. It runs only while this
+  // one sleeps: on a busy machine it would have read all before it is looked at.
   bool HaltAmid(const TrcProcess& trc) const {
     const pid_t process = trc.Id();
-    while (!ReadsTraces(process))
+    const sched_param none = {};
+    sched_setscheduler(process, SCHED_IDLE, &none);
+    while (!ReadsTraces(process)) {
       if (HasEnded(process) || trc.Late()) return false;
+      usleep(100);
+    }
     trc.Signal(SIGSTOP);
     siginfo_t stopped = {};
     waitid(P_PID, static_cast<id_t>(process), &stopped, WSTOPPED | WEXITED | WNOWAIT);
-    return stopped.si_code == CLD_STOPPED && ReadsTraces(process) &&
-           (!std::filesystem::exists(m_out) || ReadAll(m_out) == kOldTarget);
+    if (stopped.si_code == CLD_STOPPED && ReadsTraces(process) &&
+        (!std::filesystem::exists(m_out) || ReadAll(m_out) == kOldTarget))
+      return true;
+    trc.Signal(SIGCONT);
+    return false;
   }
   // Runs the command on a copy of `from`; `act` is done to the copy amid the work.
   TrcRun RunWhile(const std::vector<std::string>& arguments, const std::string& from, Act act) {
@@ -93,6 +108,7 @@ class TrcChangedFile : public testing::Test {
             {"export", m_path, "-"}};
   }
 
+  cpu_set_t m_processors;
   TempDir m_temp;
   const std::string m_whole = m_temp.File("whole.trc"), m_old = m_temp.File("old.trc");
   const std::string m_path = m_temp.File("read.trc"), m_out = m_temp.File("out");

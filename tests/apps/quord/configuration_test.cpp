@@ -253,8 +253,9 @@ TEST_F(Configuration, RolesAreEnforcedOnEveryRequest) {
   subscribe.mutable_subscribe();
   forward.mutable_forward()->set_stream(std::string(16, 'x'));
   for (const Request& request :
-       {list, forward, OpenAppRequest("a"), GetAppRequest("a"), SinkRequest("a", 1, "x")})
+       {forward, OpenAppRequest("a"), GetAppRequest("a"), SinkRequest("a", 1, "x")})
     EXPECT_EQ(monitor.Ask(request).error(), quor::wire::ERROR_ACCESS);
+  EXPECT_EQ(monitor.Ask(list).error(), ERROR_NONE);
   EXPECT_EQ(monitor.Ask(nothing).error(), quor::wire::ERROR_BAD_REQUEST);
   EXPECT_EQ(monitor.Ask(subscribe).error(), ERROR_NONE);
   EXPECT_EQ(monitor.Ask(subscribe).error(), quor::wire::ERROR_BAD_REQUEST);

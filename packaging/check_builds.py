@@ -15,7 +15,8 @@ COMMON = ["-DCMAKE_BUILD_TYPE=Release", "-DTESSERA_TESTS=OFF", "-DTESSERA_HARDEN
 OTHERS = ["OpenSSL", "Protobuf", "SQLite3", "CLI11", "fmt", "nlohmann_json"]
 LIBRARY = """lib/cmake/quor/quorConfig.cmake lib/cmake/quor/quorConfigVersion.cmake
     lib/cmake/quor/quorTargets-release.cmake lib/cmake/quor/quorTargets.cmake lib/libquor.a
-    lib/libquor.so lib/libquor.so.1 lib/libquor.so.{version} lib/pkgconfig/quor.pc""".split()
+    lib/libquor.so lib/libquor.so.1 lib/libquor.so.{version} lib/pkgconfig/quor.pc
+    share/man/man3/quor.3""".split()
 
 
 def run(*words):

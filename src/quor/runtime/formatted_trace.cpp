@@ -13,7 +13,8 @@ namespace {
 
 // One byte more than a record takes, so that the cut is noticed there.
 constexpr std::size_t kLongestFormatted = 65541;
-constexpr std::string_view kNone, kBegin = "Begin: ", kEnd = "End: ";
+// Never null, because it is copied.
+constexpr std::string_view kNone{"", 0}, kBegin = "Begin: ", kEnd = "End: ";
 
 // A prefix and a formatted text, in the given room or, if that is too small, in allocated memory,
 // which is the caller's to free. Without memory the text is cut.

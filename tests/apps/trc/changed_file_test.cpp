@@ -28,10 +28,10 @@ class TrcChangedFile : public testing::Test {
     EXPECT_EQ(RunTrc({"gen", "--old", "-n", "200000", m_old}).status, 0);
   }
   ~TrcChangedFile() override { sched_setaffinity(0, sizeof m_processors, &m_processors); }
-  // Of the file's mapping, more is read than a look at the header reads, and an end is not: what is
-  // read there still meets what is done to the file now.
+  // Of the file's mapping, more is read than a look at the header reads, for which the kernel may
+  // bring megabytes, and an end is not: what is read there still meets what is done to the file
+  // now.
   bool ReadsTraces(pid_t process) const {
-    constexpr long kKilobytes = 1024;
     const auto whole = static_cast<long>(std::filesystem::file_size(m_path) / 1024);
     std::istringstream maps(ReadAll("/proc/" + std::to_string(process) + "/smaps"));
     bool ours = false;
@@ -39,7 +39,7 @@ class TrcChangedFile : public testing::Test {
       if (line.find('/') != std::string::npos) ours = line.find(m_path) != std::string::npos;
       if (!ours || line.rfind("Rss:", 0) != 0) continue;
       const long read = std::stol(line.substr(4));
-      if (read > kKilobytes && read < whole - kKilobytes) return true;
+      if (read > whole / 4 && read < whole - 1024) return true;
     }
     return false;
   }

@@ -181,7 +181,10 @@ TEST_F(TrcImport, AHugeLineTakesLittleMemoryAndTheNextIsWhole) {
   EXPECT_EQ(run.err,
             "trc: 1 line was cut: of a longer one 4 MiB are read\n"
             "trc: 1 text was cut: a trace file holds 65535 bytes of each\n");
+  // A sanitizer keeps what was freed.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
   EXPECT_LT(run.mostKilobytes, 64 * 1024);
+#endif
   EXPECT_EQ(Texts(), (Lines{std::string(65535, 'x'), "two"}));
 }
 

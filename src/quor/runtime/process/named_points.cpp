@@ -12,8 +12,9 @@ namespace {
 
 quor_point g_noRoomPoint = QUOR_POINT_INIT("Quor", PointTable::kNoRoomCategory);
 
-// What a C string keeps of it.
+// What a C string keeps of it. Never null, because it is copied.
 std::string_view CStringOf(std::string_view text) {
+  if (text.empty()) return {"", 0};
   text = text.substr(0, NameTable::kNameBytesMax);
   return text.substr(0, text.find('\0'));
 }

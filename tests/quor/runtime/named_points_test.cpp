@@ -1,7 +1,6 @@
 // Points that are made by name at run time.
 #include "quor/runtime/process/named_points.h"
 
-#include <memory>
 #include <set>
 #include <thread>
 
@@ -19,7 +18,8 @@ std::string NamesOf(const quor_point* point) {
 }
 
 TEST(NamedPoints, TheSameNamesAreOnePointAndOthersAreNot) {
-  const auto points = std::make_unique<NamedPoints>();
+  static NamedPoints table;  // its points live as long as the program
+  NamedPoints* const points = &table;
   quor_point* const one = points->Find("ab", "c");
   EXPECT_EQ(points->Find(std::string("ab"), std::string("c")), one);
   EXPECT_NE(points->Find("a", "bc"), one);
@@ -32,7 +32,8 @@ TEST(NamedPoints, TheSameNamesAreOnePointAndOthersAreNot) {
 }
 
 TEST(NamedPoints, MoreNamesThanFitShareAPointThatSaysSo) {
-  const auto points = std::make_unique<NamedPoints>();
+  static NamedPoints table;  // its points live as long as the program
+  NamedPoints* const points = &table;
   std::set<quor_point*> made;
   for (std::size_t i = 0; i < NamedPoints::kMost; ++i)
     made.insert(points->Find("Many", std::to_string(i)));
@@ -44,7 +45,8 @@ TEST(NamedPoints, MoreNamesThanFitShareAPointThatSaysSo) {
 }
 
 TEST(NamedPoints, ThreadsThatAskAtOnceGetTheSamePoint) {
-  const auto points = std::make_unique<NamedPoints>();
+  static NamedPoints table;  // its points live as long as the program
+  NamedPoints* const points = &table;
   constexpr int kThreads = 4, kNames = 500;
   std::vector<std::vector<quor_point*>> found(kThreads);
   std::vector<std::thread> threads;

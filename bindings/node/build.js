@@ -17,11 +17,11 @@ const headers = folders.find((folder) => fs.existsSync(path.join(folder, 'node_a
 if (!headers) fail(`no node_api.h in ${folders.join(', ')}: install the package libnode-dev`);
 
 const found = spawnSync('pkg-config', ['--cflags', '--libs', 'quor'], { encoding: 'utf8' });
-const library = found.status === 0 ? found.stdout.trim().split(/\s+/) : ['-lquor'];
+const linked = found.status === 0 ? found.stdout.trim().split(/\s+/) : ['-lquor'];
 const out = path.join(__dirname, 'build');
 fs.mkdirSync(out, { recursive: true });
 const words = ['-std=c11', '-O2', '-Wall', '-Wextra', '-fPIC', '-shared', '-fvisibility=hidden', `-I${headers}`,
-  path.join(__dirname, 'addon.c'), ...library, '-o', path.join(out, 'quor.node')];
+  path.join(__dirname, 'addon.c'), ...linked, '-o', path.join(out, 'quor.node')];
 const built = spawnSync(process.env.CC || 'cc', words, { encoding: 'utf8' });
 if (built.error) fail(`${built.error.message}: install a C compiler`);
 if (built.status !== 0) {

@@ -5,6 +5,7 @@ import subprocess
 import sys
 import tempfile
 import textwrap
+import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
@@ -78,6 +79,33 @@ class Session:
     def _of(self, application):
         return [trace for trace in self.all_traces()
                 if trace["application"] == application and trace["component"] != "Quor"]
+
+
+class TracedProgram(unittest.TestCase):
+    """`run_program` runs a program that has the name of the test, and is an application of that name.
+
+    A language gives the ending of its files, and `words`, which writes a program and says how it is run.
+    """
+
+    session = None
+    ending = ""
+    more = {}  # in the environment of the programs
+
+    def setUp(self):
+        self.name = self.id().rpartition(".")[2].removeprefix("test_")
+        self.path = self.session.folder / (self.name + self.ending)
+
+    def start_program(self, text, **more):
+        return self.session.start(self.words(text), **self.more, **more)
+
+    def run_program(self, text, status=0, **more):
+        return self.session.run(self.words(text), status, **self.more, **more)
+
+    def line(self, words):
+        return line_of(self.path.read_text(), words)
+
+    def texts(self, count, name=None):
+        return [trace["text"] for trace in self.session.traces(name or self.name, count)]
 
 
 def severity(trace):

@@ -13,7 +13,7 @@ import unittest
 from pathlib import Path
 
 sys.path.append(str(Path(__file__).resolve().parent.parent))
-from session import EVERYTHING, ROOT, Session, line_of, severity, wait_for  # noqa: E402
+from session import EVERYTHING, ROOT, Session, TracedProgram, severity, wait_for  # noqa: E402
 
 SOURCE = ROOT / "bindings/node"
 session = None
@@ -21,35 +21,20 @@ session = None
 
 def setUpModule():
     global session
-    session = Session(BUILD)
+    session = Traced.session = Session(BUILD)
+    Traced.more = {"NODE_PATH": str(BUILD / "bindings/node")}
 
 
 def tearDownModule():
     session.stop()
 
 
-class Traced(unittest.TestCase):
-    """`run_program` runs a program that has the name of the test, and is an application of that name."""
-
-    def setUp(self):
-        self.name = self.id().rpartition(".")[2].removeprefix("test_")
-        self.path = session.folder / f"{self.name}.js"
+class Traced(TracedProgram):
+    ending = ".js"
 
     def words(self, text):
         session.write(self.path.name, "const quor = require('quor'); const assert = require('assert');\n" + text)
         return [NODE, self.path]
-
-    def start_program(self, text, **more):
-        return session.start(self.words(text), NODE_PATH=str(BUILD / "bindings/node"), **more)
-
-    def run_program(self, text, status=0, **more):
-        return session.run(self.words(text), status, NODE_PATH=str(BUILD / "bindings/node"), **more)
-
-    def line(self, words):
-        return line_of(self.path.read_text(), words)
-
-    def texts(self, count, name=None):
-        return [trace["text"] for trace in session.traces(name or self.name, count)]
 
 
 class LogTest(Traced):

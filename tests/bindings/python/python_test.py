@@ -11,7 +11,7 @@ import unittest
 from pathlib import Path
 
 sys.path.append(str(Path(__file__).resolve().parent.parent))
-from session import EVERYTHING, ROOT, Session, line_of, severity, wait_for  # noqa: E402
+from session import EVERYTHING, ROOT, Session, TracedProgram, severity, wait_for  # noqa: E402
 
 PACKAGE = ROOT / "bindings/python"
 session = None
@@ -19,33 +19,20 @@ session = None
 
 def setUpModule():
     global session
-    session = Session(BUILD)
+    session = Traced.session = Session(BUILD)
 
 
 def tearDownModule():
     session.stop()
 
 
-class Traced(unittest.TestCase):
-    """`run_program` runs a program that has the name of the test, and is an application of that name."""
+class Traced(TracedProgram):
+    ending = ".py"
+    more = {"PYTHONPATH": str(PACKAGE)}
 
-    def setUp(self):
-        self.name = self.id().rpartition(".")[2].removeprefix("test_")
-        self.path = session.folder / f"{self.name}.py"
-
-    def start_program(self, text, **more):
+    def words(self, text):
         session.write(self.path.name, text)
-        return session.start([sys.executable, self.path], PYTHONPATH=str(PACKAGE), **more)
-
-    def run_program(self, text, status=0, **more):
-        session.write(self.path.name, text)
-        return session.run([sys.executable, self.path], status, PYTHONPATH=str(PACKAGE), **more)
-
-    def line(self, words):
-        return line_of(self.path.read_text(), words)
-
-    def texts(self, count, name=None):
-        return [trace["text"] for trace in session.traces(name or self.name, count)]
+        return [sys.executable, self.path]
 
 
 class LoggingTest(Traced):

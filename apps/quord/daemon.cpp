@@ -50,7 +50,7 @@ bool PutSettings(const ServeCommand& command, ServiceOptions* options, std::stri
   if (!SettingsFor(command, &settings, &options->configFile, why)) return false;
   if (options->inheritedSocket < 0)
     options->socketPath =
-        Absolute(settings.socketFolder.empty() ? ServiceSocketPath()
+        Absolute(settings.socketFolder.empty() ? OwnServiceSocketPath()
                                                : settings.socketFolder + "/quord.sock");
   options->stateFolder = Absolute(StateFolder(settings, options->socketPath));
   options->listen = settings.listen;

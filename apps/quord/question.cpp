@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds kPatience{3000};
 std::string OwnSocketPath() {
   ServiceEnvironment environment = ReadServiceEnvironment();
   environment.socket.clear();
-  return ServiceSocketPath(environment);
+  return OwnServiceSocketPath(environment);
 }
 
 }  // namespace
@@ -27,8 +27,9 @@ Question::~Question() {
 }
 
 bool Question::Reach(const std::string& path) {
-  const int descriptor = path == OwnSocketPath() ? ConnectToService(path.c_str())
-                                                 : ConnectToNamedService(path.c_str());
+  const bool isKnown = path == OwnSocketPath() || IsMachineSocket(path);
+  const int descriptor = isKnown ? ConnectToService(path.c_str(), TrustedOwner(path))
+                                 : ConnectToNamedService(path.c_str());
   if (descriptor < 0) return false;
   LocalSocket socket(m_io);
   socket.assign(asio::local::stream_protocol(), descriptor);

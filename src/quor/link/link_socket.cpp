@@ -14,11 +14,11 @@ namespace {
 
 constexpr int kDescriptorsMax = 2;
 
-bool PeerIsTrusted(int socket) {
+bool PeerIsTrusted(int socket, uid_t owner) {
   ucred peer{};
   socklen_t size = sizeof peer;
   return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
-         (peer.uid == geteuid() || peer.uid == 0);
+         (peer.uid == geteuid() || peer.uid == 0 || peer.uid == owner);
 }
 
 void PutDescriptors(msghdr& message, char* control, const int* descriptors, int count) {
@@ -47,7 +47,7 @@ void TakeDescriptors(msghdr& message, LinkReceived& received) {
   }
 }
 
-int ConnectTo(const char* path, bool ofAnyUser) {
+int ConnectTo(const char* path, bool ofAnyUser, uid_t owner) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   const std::size_t length = std::strlen(path);
@@ -59,7 +59,7 @@ int ConnectTo(const char* path, bool ofAnyUser) {
   const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (socket < 0) return -1;
   if (connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      !(ofAnyUser || PeerIsTrusted(socket))) {
+      !(ofAnyUser || PeerIsTrusted(socket, owner))) {
     const int error = errno != 0 ? errno : EACCES;
     close(socket);
     errno = error;
@@ -70,12 +70,12 @@ int ConnectTo(const char* path, bool ofAnyUser) {
 
 }  // namespace
 
-int ConnectToService(const char* path) {
-  return ConnectTo(path, false);
+int ConnectToService(const char* path, uid_t owner) {
+  return ConnectTo(path, false, owner);
 }
 
 int ConnectToNamedService(const char* path) {
-  return ConnectTo(path, true);
+  return ConnectTo(path, true, 0);
 }
 
 bool SendOnLink(int socket, const std::vector<std::uint8_t>& bytes, const int* descriptors,

@@ -5,13 +5,15 @@
 // Threads  One at a time per direction.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <vector>
 
-// Returns a socket that is connected to the service at `path`; -1 and errno on failure. The socket
-// file must belong to this user or to root. Waits no longer than the kernel needs for a local
-// connection.
-int ConnectToService(const char* path);
+// Returns a socket that is connected to the service at `path`; -1 and errno on failure. The service
+// must be this user's, root's or `owner`'s, see TrustedOwner. Waits no longer than the kernel needs
+// for a local connection.
+int ConnectToService(const char* path, uid_t owner = 0);
 
 // `descriptors` (at most two) are sent with the first byte.
 bool SendOnLink(int socket, const std::vector<std::uint8_t>& bytes,

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "base/fail_with.h"
+#include "quor/link/machine_place.h"
 
 namespace {
 
@@ -55,11 +56,29 @@ std::string FolderOf(const std::string& path) {
 }
 
 ServiceEnvironment ReadServiceEnvironment() {
-  return {Environment("QUOR_SOCKET"), Environment("XDG_RUNTIME_DIR"), Environment("QUOR_QUORD"),
-          Environment("QUOR_AUTOSTART"), Environment("PATH")};
+  const std::string machine = Environment("QUOR_MACHINE_SOCKET");
+  return {Environment("QUOR_SOCKET"), Environment("XDG_RUNTIME_DIR"),
+          Environment("QUOR_QUORD"),  Environment("QUOR_AUTOSTART"),
+          Environment("PATH"),        machine.empty() ? kMachineSocket : machine};
 }
 
 std::string ServiceSocketPath(const ServiceEnvironment& environment) {
+  if (!environment.chosen.empty()) return environment.chosen;
+  if (environment.socket.empty() && HasMachineSocket(environment.machineSocket))
+    return environment.machineSocket;
+  return OwnServiceSocketPath(environment);
+}
+
+bool IsMachineSocket(const std::string& socketPath, const ServiceEnvironment& environment) {
+  return socketPath == environment.machineSocket && socketPath != environment.socket;
+}
+
+uid_t TrustedOwner(const std::string& socketPath, const ServiceEnvironment& environment) {
+  if (!IsMachineSocket(socketPath, environment)) return 0;
+  return OwnerOfMachinePlace(socketPath).value_or(0);
+}
+
+std::string OwnServiceSocketPath(const ServiceEnvironment& environment) {
   if (!environment.socket.empty()) return environment.socket;
   if (!environment.runtimeFolder.empty()) return environment.runtimeFolder + "/quor/quord.sock";
   return "/tmp/quor-" + std::to_string(geteuid()) + "/quord.sock";
@@ -68,6 +87,8 @@ std::string ServiceSocketPath(const ServiceEnvironment& environment) {
 bool PrepareSocketFolder(const std::string& socketPath, std::string* why,
                          const ServiceEnvironment& environment) {
   const std::string folder = FolderOf(socketPath);
+  if (IsMachineSocket(socketPath, environment))
+    return SocketFolderIsSafe(socketPath, why, environment);
   if (socketPath != environment.socket && mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
     return FailOn(why, folder);
   struct stat status {};
@@ -79,6 +100,8 @@ bool SocketFolderIsSafe(const std::string& socketPath, std::string* why,
                         const ServiceEnvironment& environment) {
   const std::string folder = FolderOf(socketPath);
   if (socketPath == environment.socket) return true;
+  if (IsMachineSocket(socketPath, environment))
+    return OwnerOfMachinePlace(socketPath, why).has_value();
   struct stat status {};
   // lstat: a link in /tmp may be anybody's.
   if (lstat(folder.c_str(), &status) != 0) return errno == ENOENT;
@@ -89,7 +112,9 @@ bool SocketFolderIsSafe(const std::string& socketPath, std::string* why,
 }
 
 std::string WhyNotStarted(const ServiceEnvironment& environment) {
-  if (environment.autostart == "0" || environment.autostart == "1") return {};
+  if (environment.autostart == "0" || environment.autostart == "1" ||
+      IsMachineSocket(ServiceSocketPath(environment), environment))
+    return {};
   const std::string service = SurroundingService();
   if (service.empty()) return {};
   return "no trace service was started: this program runs inside the service " + service +
@@ -98,6 +123,7 @@ std::string WhyNotStarted(const ServiceEnvironment& environment) {
 
 std::string ServiceProgram(const ServiceEnvironment& environment) {
   if (environment.autostart == "0" || !WhyNotStarted(environment).empty()) return {};
+  if (IsMachineSocket(ServiceSocketPath(environment), environment)) return {};
   if (!environment.program.empty())
     return IsProgram(environment.program) ? environment.program : std::string();
   if (std::string program = BesideThisExecutable(); !program.empty()) return program;

@@ -2,33 +2,23 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/file.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
-#include <sys/vfs.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
+
+#include "quor/link/memory_folder.h"
 
 namespace {
 
-constexpr const char* kSegments = "segments";
-constexpr const char* kMemory = "/dev/shm";
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 // Applications leave this part of a memory file system to others.
 constexpr unsigned kLeftPart = 8;
 constexpr std::uint64_t kLeftBytes = 16u << 20;
 constexpr time_t kMakingSeconds = 10;
-constexpr int kLockTries = 20;  // of a millisecond
-
-bool LiesInMemory(int folder) {
-  struct statfs system {};
-  return fstatfs(folder, &system) == 0 && system.f_type == TMPFS_MAGIC;
-}
 
 bool IsPrivate(int folder, mode_t passable) {
   struct stat status {};
@@ -43,30 +33,6 @@ int OpenPrivate(int at, const char* name, int flags, mode_t passable = 0) {
   close(folder);
   errno = EACCES;
   return -1;
-}
-
-std::string Hex(std::uint64_t number) {
-  char text[20];
-  std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(number));
-  return text;
-}
-
-std::string OwnInMemory() {
-  return std::string(kMemory) + "/quor-" + std::to_string(geteuid()) + "-";
-}
-
-// Makes a folder of its own in memory, and the link to it. If two processes do this at the same
-// time, the second one uses the folder of the first.
-void LinkToMemory(int runtime) {
-  struct stat memory {};
-  const int shared = open(kMemory, kFolderFlags);
-  const bool usable = shared >= 0 && LiesInMemory(shared) && fstat(shared, &memory) == 0;
-  if (shared >= 0) close(shared);
-  std::uint64_t random = 0;
-  if (!usable || getrandom(&random, sizeof random, GRND_NONBLOCK) != sizeof random) return;
-  const std::string target = OwnInMemory() + Hex(random);
-  if (mkdir(target.c_str(), 0700) != 0) return;
-  if (symlinkat(target.c_str(), runtime, kSegments) != 0) rmdir(target.c_str());
 }
 
 int OpenInMemory(int runtime) {
@@ -101,19 +67,7 @@ void PutRight(int runtime, int error) {
   if (unlinkat(runtime, kSegments, 0) != 0 && errno != ENOENT &&
       unlinkat(runtime, kSegments, AT_REMOVEDIR) != 0)
     return;
-  LiesInMemory(runtime) ? void(mkdirat(runtime, kSegments, 0700)) : LinkToMemory(runtime);
-}
-
-// A process that makes the folder holds the lock for less than a millisecond. Any longer holder
-// must not delay the traced thread or the service.
-bool LockSoon(int runtime) {
-  for (int tries = 0; tries < kLockTries; ++tries) {
-    if (flock(runtime, LOCK_EX | LOCK_NB) == 0) return true;
-    const timespec pause{0, 1'000'000};
-    nanosleep(&pause, nullptr);
-  }
-  errno = EAGAIN;
-  return false;
+  LiesInMemory(runtime) ? void(mkdirat(runtime, kSegments, 0700)) : LinkToMemory(runtime, 0700);
 }
 
 int OpenSegments(int runtime) {
@@ -149,6 +103,7 @@ bool SegmentFolder::Open(const std::string& socketPath) {
 void SegmentFolder::Close() {
   if (m_folder >= 0) close(m_folder);
   m_folder = -1;
+  m_ofMachine = false;
   m_new.clear();
 }
 
@@ -156,13 +111,7 @@ void SegmentFolder::RemoveEmpty(const std::string& socketPath) {
   const int runtime =
       OpenPrivate(AT_FDCWD, FolderOf(socketPath).c_str(), kFolderFlags | O_NOFOLLOW, S_IXGRP);
   if (runtime < 0) return;
-  char target[256] = {};
-  // The lock keeps others from making it at the same time.
-  if (readlinkat(runtime, kSegments, target, sizeof target - 1) > 0 &&
-      std::string(target).starts_with(OwnInMemory()) && LockSoon(runtime)) {
-    if (rmdir(target) == 0) unlinkat(runtime, kSegments, 0);
-    flock(runtime, LOCK_UN);
-  }
+  RemoveEmptyMemory(runtime);
   close(runtime);
 }
 
@@ -186,8 +135,12 @@ int SegmentFolder::NewFile(std::uint64_t startedNs, std::uint64_t random) {
   const int file = openat(m_folder, ("." + m_new).c_str(),
                           O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
   // The application's umask may have removed bits.
-  if (file >= 0) fchmod(file, 0600);
-  return file;
+  const mode_t mode = m_ofMachine ? 0660 : 0600;
+  if (file < 0 || (fchmod(file, mode) == 0 && (!m_ofMachine || IsAcceptable(file)))) return file;
+  close(file);
+  Discard();
+  errno = EACCES;
+  return -1;
 }
 
 bool SegmentFolder::Show() {
@@ -222,13 +175,18 @@ std::vector<std::string> SegmentFolder::Entries(bool hidden) const {
 int SegmentFolder::OpenFile(const std::string& name) const {
   const int file =
       openat(m_folder, name.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  struct stat status {};
-  if (file < 0 || (fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
-                   status.st_uid == geteuid() && (status.st_mode & 077) == 0))
-    return file;
+  if (file < 0 || IsAcceptable(file)) return file;
   close(file);
   errno = EACCES;
   return -1;
+}
+
+bool SegmentFolder::IsAcceptable(int file) const {
+  struct stat status {};
+  if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  if (m_ofMachine)
+    return status.st_gid == m_group && status.st_nlink == 1 && (status.st_mode & 07) == 0;
+  return status.st_uid == geteuid() && (status.st_mode & 077) == 0;
 }
 
 bool SegmentFolder::Remove(const std::string& name, dev_t device, ino_t inode) const {
@@ -254,6 +212,6 @@ void SegmentFolder::RemoveUnfinished() const {
   const time_t before = time(nullptr) - kMakingSeconds;
   for (const std::string& name : Entries(true))
     if (fstatat(m_folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-        status.st_ctim.tv_sec < before)
-      RemoveUnowned(name);
+        status.st_ctim.tv_sec < before && !RemoveUnowned(name) && m_ofMachine && errno == EACCES)
+      RemoveAnything(name);
 }

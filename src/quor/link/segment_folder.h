@@ -7,9 +7,14 @@
 //          application, PID-START-RANDOM, with a dot in front until it is complete. The application
 //          makes the file. The service removes it when it has taken all traces and the owner has
 //          ended.
+//          At the place of the machine's service every account may make files in the folder, and
+//          only that service lists them. The folder gives them the group of the service, so that
+//          the service may read and write them without further rights, and other accounts may not.
 // Owner    Holds the folder open.
 // Errors   -1, false or nothing, and errno. The content of the folder is not trusted: a link,
-//          another user's file, or a file that others may read or write is never opened.
+//          another user's file, or a file that others may read or write is never opened. At the
+//          place of the machine's service a file may be any user's. It must have the group of the
+//          service and no second name.
 // Threads  One.
 #pragma once
 
@@ -31,9 +36,16 @@ class SegmentFolder {
   // Opens the folder beside this socket. Makes it if it is missing or is not such a folder, and
   // corrects its rights if others may enter it. The folder of the socket must be this user's alone.
   bool Open(const std::string& socketPath);
+  // For an application: at the place where it looks for its service.
+  bool OpenFor(const ServiceEnvironment& environment);
+  // At the place of the machine's service, whose owner is given. Makes nothing.
+  bool OpenOfMachine(const std::string& socketPath, uid_t owner);
+  // The same for that service: makes or corrects it. Its group is that of this process.
+  bool MakeOfMachine(const std::string& socketPath);
   void Close();
   // For a service that ends: removes the linked folder in memory if it is empty.
   static void RemoveEmpty(const std::string& socketPath);
+  static void RemoveEmptyOfMachine(const std::string& socketPath);
   bool IsOpen() const { return m_folder >= 0; }
   int Descriptor() const { return m_folder; }
   // Both are open and are the same folder.
@@ -53,10 +65,15 @@ class SegmentFolder {
   bool RemoveUnowned(const std::string& name) const;
   // The same for files that were never completed.
   void RemoveUnfinished() const;
+  // At the place of the machine's service: removes whatever it is.
+  void RemoveAnything(const std::string& name) const;
 
  private:
   std::vector<std::string> Entries(bool hidden) const;
+  bool IsAcceptable(int file) const;
 
   int m_folder = -1;
+  bool m_ofMachine = false;
+  gid_t m_group = 0;  // of the files, at the place of the machine's service
   std::string m_new;
 };

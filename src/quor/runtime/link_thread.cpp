@@ -140,7 +140,9 @@ void LinkThread::Wait(Session& session, std::uint32_t seen) {
 
 int LinkThread::Dial() const {
   const std::string path = ServiceSocketPath(m_environment);
-  return SocketFolderIsSafe(path, nullptr, m_environment) ? ConnectToService(path.c_str()) : -1;
+  return SocketFolderIsSafe(path, nullptr, m_environment)
+             ? ConnectToService(path.c_str(), TrustedOwner(path, m_environment))
+             : -1;
 }
 
 void LinkThread::Connect(Session& session) {

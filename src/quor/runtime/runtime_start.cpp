@@ -75,7 +75,8 @@ bool HasDescriptorLeft() {
 }  // namespace
 
 void Runtime::StartSegment() {
-  const ServiceEnvironment environment = ReadServiceEnvironment();
+  ServiceEnvironment environment = ReadServiceEnvironment();
+  environment.chosen = ServiceSocketPath(environment);
   SegmentFolder folder;
   SegmentMap segment;
   if (!MakeSegment(segment, folder, environment)) return;
@@ -98,12 +99,10 @@ bool Runtime::MakeSegment(SegmentMap& segment, SegmentFolder& folder,
                           const ServiceEnvironment& environment) {
   const std::uint64_t startedNs = NowNs(CLOCK_REALTIME), salt = HardToGuess();
   const SegmentSizes sizes = WantedSizes();
-  const std::string path = ServiceSocketPath(environment);
-  const bool found =
-      folder.Open(path) || (PrepareSocketFolder(path, nullptr, environment) && folder.Open(path));
+  const bool found = folder.OpenFor(environment);
   int file = found ? folder.NewFile(startedNs, HardToGuess()) : -1;
   // A service that just ended has removed the folder.
-  if (found && file < 0 && errno == ENOENT && folder.Open(path))
+  if (found && file < 0 && errno == ENOENT && folder.OpenFor(environment))
     file = folder.NewFile(startedNs, HardToGuess());
   if (file >= 0 && segment.Create(sizes, startedNs, salt, file) && HasRoomForAll(segment))
     return true;

@@ -29,8 +29,8 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
   void Try() {
     std::string why;
     if (!SocketFolderIsSafe(m_path, &why)) return m_done(nullptr, why);
-    const int descriptor =
-        m_isNamed ? ConnectToNamedService(m_path.c_str()) : ConnectToService(m_path.c_str());
+    const int descriptor = m_isNamed ? ConnectToNamedService(m_path.c_str())
+                                     : ConnectToService(m_path.c_str(), TrustedOwner(m_path));
     if (descriptor >= 0) return Succeed(descriptor);
     const int error = errno;
     const bool nobody = error == ENOENT || error == ECONNREFUSED;
@@ -51,6 +51,9 @@ class LocalDial final : public std::enable_shared_from_this<LocalDial> {
   std::string ErrorText(bool nobody, int error) const {
     std::string why = m_path + ": " + SystemReason(error);
     if (!nobody) return why;
+    if (IsMachineSocket(m_path))
+      return "the trace service of this machine does not run; its administrator starts it (" + why +
+             ")";
     if (m_started) return "quord was started and does not answer (" + why + ")";
     const std::string inside = WhyNotStarted();
     return "no trace service runs here; start it with quord (" +

@@ -3,7 +3,7 @@
 _trc_columns() {
   # The last item of a list with commas between its items; blanks inside a header are escaped.
   local headers='Sev Count Tic\ Count Tic\ Diff Time Machine Application Component Category
-    Attributes PID TID Trace Source Stack'
+    Attributes PID TID Trace Source Stack Account'
   local done=
   [[ $1 == *,* ]] && done=${1%,*},
   local last=${1##*,}
@@ -38,10 +38,11 @@ _trc() {
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     setup:-m | setup:--machine) return ;;
     setup:-p | setup:--preset) COMPREPLY=($(compgen -W 'off support developer max' -- "$current")); return ;;
-    setup:-a | setup:--app) COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')" -- "$current")); return ;;
+    setup:-a | setup:--app) COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')" -- "$current")); return ;;
     config\ *:-m | config\ *:--machine) return ;;
     tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
     dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check) return ;;
+    *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
     stack:-[bn] | stack:--from | stack:--count | stack:--*check) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
@@ -56,16 +57,17 @@ _trc() {
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options='--help --format --columns --utc --from --count --check --uncheck' ;;
-      find) options='--help --regex --ignore-case --word --count --format --check --uncheck' ;;
-      tree) options='--help --machine --depth --export --check --uncheck' ;;
-      stack) options='--help --symbols --recorded --from --count --check --uncheck' ;;
-      save) options='--help --check --uncheck' ;;
-      export) options='--help --format --columns --hidden --utc --check --uncheck' ;;
+      dump) options='--help --format --columns --utc --from --count --check --uncheck --user' ;;
+      find) options='--help --regex --ignore-case --word --count --format --check --uncheck --user' ;;
+      tree) options='--help --machine --depth --export --check --uncheck --user' ;;
+      stack) options='--help --symbols --recorded --from --count --check --uncheck --user' ;;
+      save) options='--help --check --uncheck --user' ;;
+      export) options='--help --format --columns --hidden --utc --check --uncheck --user' ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
-      tail) options='--help --format --columns --utc --count --for --check --uncheck' ;;
-      capture) options='--help --out --count --for --max-size --max-files --check --uncheck' ;;
-      apps | show) options='--help --json' ;;
+      tail) options='--help --format --columns --utc --count --for --check --uncheck --user' ;;
+      capture) options='--help --out --count --for --max-size --max-files --check --uncheck --user' ;;
+      apps) options='--help --json --user' ;;
+      show) options='--help --json' ;;
       forget) options='--help' ;;
       set) options='--help --all --persist' ;;
       sink) options='--help --server --file --flush --max-files --max-size' ;;
@@ -81,17 +83,17 @@ _trc() {
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then
-    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')" -- "$current"))
+    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')" -- "$current"))
   elif [[ $command == config* || $command == setup ]]; then
     compopt -o filenames
     local IFS=$'\n'
     COMPREPLY=($(compgen -d -- "$current") $(compgen -f -X '!*.tcf' -- "$current"))
   elif [[ $command == set ]]; then
-    local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')
+    local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')
     COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose
       Location Stack" -- "$current"))
   elif [[ $command == show || $command == forget || $command == sink && $previous != -o && $previous != --file ]]; then
-    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  (.*//')" -- "$current"))
+    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')" -- "$current"))
   elif [[ $command == tail || $command == apps || $command == emit ]]; then
     return
   elif [[ $command == import || $command == export && $previous == *.trc ]]; then

@@ -3,7 +3,7 @@
 set -l commands gen info dump find tree stack save convert export import tail capture apps show set sink forget config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
-    Attributes PID TID Trace Source Stack
+    Attributes PID TID Trace Source Stack Account
 
 function __trc_columns --inherit-variable columns
     # Adds one more column to the list typed so far.
@@ -112,6 +112,7 @@ complete -c trc -n "__fish_seen_subcommand_from capture" -l check -x -d "Show a 
 complete -c trc -n "__fish_seen_subcommand_from capture" -l uncheck -x -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from apps show" -s j -l json -d "JSON"
+complete -c trc -n "__fish_seen_subcommand_from dump find tree stack save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
 
 complete -c trc -n "__fish_seen_subcommand_from set" -s a -l all -d "All traces of the application"
 complete -c trc -n "__fish_seen_subcommand_from set" -s p -l persist -d "For all later instances"
@@ -131,12 +132,12 @@ complete -c trc -n "$config" -f -a diff -d "Print what would change"
 set -l config "__fish_seen_subcommand_from config; and __fish_seen_subcommand_from"
 complete -c trc -n "$config check show save apply" -s m -l machine -x -d "The machine"
 complete -c trc -n "$config show" -s j -l json -d "One JSON array"
-complete -c trc -n "$config save" -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  \\(.*' '')"
+complete -c trc -n "$config save" -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  .*' '')"
 
 set -l setup "__fish_seen_subcommand_from setup"
 complete -c trc -n $setup -s m -l machine -x -d "A machine"
 complete -c trc -n $setup -s s -l same -d "The same for all machines"
-complete -c trc -n $setup -s a -l app -x -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  \\(.*' '')" -d "An application"
+complete -c trc -n $setup -s a -l app -x -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  .*' '')" -d "An application"
 complete -c trc -n $setup -s p -l preset -x -a "off support developer max" -d "Settings of all traces"
 complete -c trc -n $setup -l monitor -d "Then print the traces of this machine"
 complete -c trc -n $setup -s n -l dry-run -d "Say what would be done"
@@ -151,5 +152,5 @@ complete -c trc -n "__fish_seen_subcommand_from emit" -s b -l blocks -d "Nested 
 complete -c trc -n "__fish_seen_subcommand_from emit" -s s -l seed -x -d "Another number, other texts"
 
 complete -c trc -n "__fish_seen_subcommand_from tail apps emit" -f
-complete -c trc -n "__fish_seen_subcommand_from show set sink forget" -f -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  \\(.*' '')"
+complete -c trc -n "__fish_seen_subcommand_from show set sink forget" -f -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  .*' '')"
 complete -c trc -n "__fish_seen_subcommand_from set" -f -a "off support developer max Info Warn Error Developer Verbose Location Stack"

@@ -10,8 +10,9 @@ namespace {
 
 std::vector<std::string> HeaderList() {
   std::vector<std::string> headers;
-  headers.reserve(std::size(kColumns));
+  headers.reserve(std::size(kColumns) + 1);
   for (const ColumnInfo& column : kColumns) headers.emplace_back(column.header);
+  headers.emplace_back(InfoOf(Column::Account).header);
   return headers;
 }
 

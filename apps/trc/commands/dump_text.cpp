@@ -30,6 +30,7 @@ std::optional<std::uint16_t> KeyOf(Column column, const TraceEvent_i& trace) {
     case Column::Category:
       return trace.GetCategoryId();
     case Column::Pid:
+    case Column::Account:
       return trace.GetPidId();
     case Column::Tid:
       return trace.GetTidId();
@@ -42,7 +43,7 @@ std::optional<std::uint16_t> KeyOf(Column column, const TraceEvent_i& trace) {
 class CellColumn {
  public:
   CellColumn(Column column, const DumpRange& range, bool utc)
-      : m_info(kColumns[static_cast<std::size_t>(column)]), m_range(range), m_utc(utc) {}
+      : m_info(InfoOf(column)), m_range(range), m_utc(utc) {}
 
   const char* Header() const { return m_info.header; }
   bool AlignsRight() const { return m_info.align == ColumnAlign::Right; }

@@ -13,14 +13,23 @@
 
 namespace {
 
+// A list has no column for the account, so it comes only where it is named: behind all others.
 std::vector<Column> ColumnsOf(const ExportOptions& options) {
   ColumnFlags shown = kDefaultActiveColumns;
+  bool account = false;
   if (options.columns) {
     shown = {};
-    for (const Column column : *options.columns) shown[static_cast<std::size_t>(column)] = 1;
+    for (const Column column : *options.columns) {
+      if (column == Column::Account)
+        account = true;
+      else
+        shown[static_cast<std::size_t>(column)] = 1;
+    }
   }
   const bool all = options.hidden || (options.format != ExportFormat::Csv && !options.columns);
-  return ExportColumns(kDefaultColumnOrder, shown, all);
+  std::vector<Column> columns = ExportColumns(kDefaultColumnOrder, shown, all);
+  if (account) columns.push_back(Column::Account);
+  return columns;
 }
 
 class Exporter {

@@ -9,6 +9,8 @@
 #include "base/fail_with.h"
 #include "base/text.h"
 #include "documents/trace_doc.h"
+#include "filter/account.h"
+#include "records/process_name.h"
 #include "text/visible_text.h"
 
 namespace {
@@ -125,6 +127,26 @@ std::string Quoted(const std::string& path) {
   return "\"" + VisibleText(path) + "\"";
 }
 
+// All nodes below "All Threads" that are processes.
+std::vector<FilterNode*> ProcessNodes(FilterNode& root) {
+  std::vector<FilterNode*> processes;
+  for (FilterNode* const threads : FindFilterNodes(root, CFilterDialog::kThreads))
+    for (std::size_t machine = 0; machine < threads->ChildCount(); ++machine)
+      for (std::size_t place = 0; place < threads->Child(machine).ChildCount(); ++place)
+        processes.push_back(&threads->Child(machine).Child(place));
+  return processes;
+}
+
+std::string AccountOfNode(const FilterNode& process) {
+  const std::string_view label = process.Label();
+  return std::string(ProcessName::Of(label.substr(label.find(':') + 1)).account);
+}
+
+void SetNode(CFilterDialog& dialog, FilterNode& node, bool check) {
+  const FilterState wanted = check ? FilterState::Checked : FilterState::Unchecked;
+  while (node.State() != wanted) dialog.OnTreeClick(&node, true);
+}
+
 std::vector<std::string> FirstBelow(const FilterNode& node) {
   std::vector<std::string> names;
   for (std::size_t i = 0; i < std::min(node.ChildCount(), kNearNamesMax + 1); ++i)
@@ -154,30 +176,42 @@ std::string NoSuchPath(FilterNode& root, const std::string& path) {
 }
 
 bool FilterPaths::Touch(std::string_view branch) const {
+  if (!m_account.empty() && branch == CFilterDialog::kThreads) return true;
   return std::any_of(m_steps.begin(), m_steps.end(), [branch](const Step& step) {
     return step.path.empty() || step.path.starts_with(branch);
   });
 }
 
-std::vector<std::string> FilterPaths::Take(Host& host, CTraceFilter& filter, NameMap names) const {
+std::vector<std::string> FilterPaths::Take(Host& host, CTraceFilter& filter, NameMap names,
+                                           std::vector<std::string>* accounts) const {
   CFilterDialog dialog(host, filter, names);
   dialog.OnInitDialog();
   std::vector<std::string> unknown;
   for (const Step& step : m_steps) {
     const std::vector<FilterNode*> nodes = FindFilterNodes(dialog.Tree().Root(), step.path);
     if (nodes.empty()) unknown.push_back(step.path);
-    const FilterState wanted = step.check ? FilterState::Checked : FilterState::Unchecked;
-    for (FilterNode* node : nodes)
-      while (node->State() != wanted) dialog.OnTreeClick(node, true);
+    for (FilterNode* node : nodes) SetNode(dialog, *node, step.check);
   }
+  if (!m_account.empty())
+    for (FilterNode* process : ProcessNodes(dialog.Tree().Root())) {
+      const std::string account = AccountOfNode(*process);
+      if (account != m_account) SetNode(dialog, *process, false);
+      if (accounts) accounts->push_back(account);
+    }
   dialog.OnOK();
   return unknown;
 }
 
 bool FilterPaths::Apply(CTraceDoc& document, CTraceFilter& filter, std::string* why) const {
   filter.MergeDocumentNames(document);
-  const std::vector<std::string> unknown = Take(document.GetHost(), filter, document.m_names);
-  if (unknown.empty()) return true;
+  std::vector<std::string> accounts;
+  const std::vector<std::string> unknown =
+      Take(document.GetHost(), filter, document.m_names, &accounts);
+  if (unknown.empty()) {
+    const bool known = m_account.empty() ||
+                       std::find(accounts.begin(), accounts.end(), m_account) != accounts.end();
+    return known || FailWith(why, NoSuchAccount("trace", m_account, accounts));
+  }
   NameMap names = document.m_names;
   CFilterDialog dialog(document.GetHost(), filter, names);
   dialog.OnInitDialog();

@@ -27,7 +27,8 @@ bool LiveFilter::Passes(const TraceEvent_i& trace) {
     m_ids = ids;
     m_filter = CTraceFilter();
     m_filter.MergeDocumentNames(m_seen);
-    m_missing = m_paths.Take(m_host, m_filter, m_names);
+    m_accounts.clear();
+    m_missing = m_paths.Take(m_host, m_filter, m_names, &m_accounts);
   }
   return m_filter.Matches(trace) != 0;
 }

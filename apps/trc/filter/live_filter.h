@@ -1,4 +1,4 @@
-// --uncheck and --check for live traces, whose names come with them.
+// --uncheck, --check and --user for live traces, whose names come with them.
 //
 // A trace is tested with the filter that the steps give for all names that came before it, as if
 // the dialog were opened again. So the answer is the same as that of a dump of these traces. A path
@@ -8,6 +8,7 @@
 // Threads  One.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <unordered_set>
 
@@ -22,6 +23,10 @@ class LiveFilter {
   bool Passes(const TraceEvent_i& trace);
   // The paths whose names have not come.
   const std::vector<std::string>& Missing() const { return m_missing; }
+  // Has a trace of the wanted account come?
+  bool AccountCame() const {
+    return std::find(m_accounts.begin(), m_accounts.end(), m_paths.Account()) != m_accounts.end();
+  }
 
  private:
   std::size_t Note(const TraceEvent_i& trace);
@@ -35,5 +40,5 @@ class LiveFilter {
   std::unordered_set<std::uint64_t> m_threads;
   std::optional<std::size_t> m_ids;  // the number of ids in the filter; none: not made yet
   CTraceFilter m_filter;
-  std::vector<std::string> m_missing;
+  std::vector<std::string> m_missing, m_accounts;
 };

@@ -7,7 +7,7 @@
 
 int RunCapture(const CaptureOptions& options) {
   LiveSource source;
-  if (!source.Connect(options.machine)) return kExitBad;
+  if (!source.Connect(options.machine, options.limits)) return kExitBad;
   CaptureFile file(options);
   ProgressLine progress;
   std::string why;

@@ -38,6 +38,7 @@ int RunCapture(const CaptureOptions& options);
 
 struct AppsOptions {
   std::string machine;
+  std::string account;  // only its applications; empty: all
   bool json = false;
 };
 int RunApps(const AppsOptions& options);

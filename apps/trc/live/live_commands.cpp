@@ -114,15 +114,24 @@ class AppsCommand final : public Command {
   explicit AppsCommand(CLI::App& program)
       : Command(program, "apps", "List the traced applications of a machine") {
     App().footer(
-        "Example:\n"
-        "  trc apps --json");
+        "Where one service traces a whole machine, a second column names the account, and\n"
+        "an application's name begins with it: \"alice/shop\".\n"
+        "\n"
+        "Examples:\n"
+        "  trc apps --json\n"
+        "  trc apps --user alice");
     App().add_option("MACHINE", m_apps.machine, "name or name:port")->type_name("");
     App().add_flag("-j,--json", m_apps.json, "One JSON array: application, running, instances");
+    App()
+        .add_option("--user", m_user, "Only the applications of this account, a name or a number")
+        ->type_name("NAME|UID");
   }
+  void Complete() override { m_apps.account = AccountOf(m_user); }
   int Run() const override { return RunApps(m_apps); }
 
  private:
   AppsOptions m_apps;
+  std::string m_user;
 };
 
 class ShowCommand final : public Command {

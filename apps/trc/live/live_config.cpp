@@ -1,4 +1,4 @@
-// trc apps, show, set and sink: the configuration service of a machine.
+// trc show, set, forget and sink: the configuration service of a machine.
 #include <algorithm>
 #include <filesystem>
 
@@ -81,60 +81,7 @@ int RunKeep(const SetOptions& options) {
   return Unreachable(why + (options.doubt.empty() ? "" : "; " + options.doubt));
 }
 
-auto WaitsFor(const std::vector<trace_Waiting_t>& waiting, const std::string& app) {
-  return std::find_if(waiting.begin(), waiting.end(),
-                      [&app](const trace_Waiting_t& one) { return one.app == app; });
-}
-
-std::string WaitingText(const trace_Waiting_t& waiting) {
-  std::string text = VisibleText(waiting.app) + "  (does not run";
-  if (!waiting.kept.empty()) text += "; kept: " + VisibleText(waiting.kept);
-  if (waiting.prepared) text += "; settings wait for its next instance";
-  return text + ")";
-}
-
-void AppendWaiting(std::string& json, const trace_Waiting_t& waiting) {
-  AppendField(json, ",\"kept\":", waiting.kept);
-  json.append(waiting.prepared ? ",\"prepared\":true" : ",\"prepared\":false");
-}
-
 }  // namespace
-
-int RunApps(const AppsOptions& options) {
-  std::string why;
-  const QuorPtr<trace_Config_i> config = trace_Config_i::CreateToList(options.machine, &why);
-  if (!config) return Unreachable(why);
-  const std::list<std::string>& apps = config->GetAppList();
-  if (!config->WasAnswered()) return Unreachable("no answer in time");
-  const std::vector<trace_Waiting_t> waiting = config->GetWaiting();
-  Output output;
-  if (options.json) {
-    std::string& json = output.Buffer();
-    json.push_back('[');
-    std::list<std::string> all = apps;
-    for (const trace_Waiting_t& one : waiting)
-      if (std::find(apps.begin(), apps.end(), one.app) == apps.end()) all.push_back(one.app);
-    const char* between = "";
-    for (const std::string& app : all) {
-      const unsigned instances = config->GetInstances(app);
-      json.append(std::exchange(between, ","));
-      AppendField(json, "{\"application\":", app);
-      json.append(instances > 0 ? ",\"running\":true" : ",\"running\":false");
-      json.append(",\"instances\":");
-      AppendNumber(json, instances);
-      const auto waits = WaitsFor(waiting, app);
-      if (waits != waiting.end()) AppendWaiting(json, *waits);
-      json.push_back('}');
-    }
-    json.push_back(']');
-    output.EndLine();
-  } else {
-    for (const std::string& app : apps)
-      if (WaitsFor(waiting, app) == waiting.end()) output.Line(VisibleText(app));
-    for (const trace_Waiting_t& one : waiting) output.Line(WaitingText(one));
-  }
-  return output.Finish();
-}
 
 int RunForget(const ForgetOptions& options) {
   std::string why;

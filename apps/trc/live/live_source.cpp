@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "filter/live_filter.h"
+#include "live/silence.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
+#include "text/visible_text.h"
 
 namespace {
 
@@ -17,11 +19,12 @@ LiveSource::~LiveSource() {
   if (m_connection) m_connection->Disconnect();
 }
 
-bool LiveSource::Connect(const std::string& machine) {
+bool LiveSource::Connect(const std::string& machine, const LiveLimits& limits) {
   std::string why;
   m_connection = TraceThread_i::ConnectToTraceService(machine, m_names, &why);
-  if (!m_connection) PrintError(why);
-  return m_connection != nullptr;
+  if (m_connection && !limits.filter.Account().empty()) why = WhyNoAccounts(machine);
+  if (!why.empty()) PrintError(why);
+  return m_connection != nullptr && why.empty();
 }
 
 void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEvent_i*)>& take,
@@ -50,4 +53,6 @@ void LiveSource::Run(const LiveLimits& limits, const std::function<bool(TraceEve
   }
   for (const std::string& path : filter.Missing())
     PrintError("no name came for the path \"" + path + "\"");
+  if (!limits.filter.Account().empty() && !filter.AccountCame())
+    PrintError("no trace came of the account \"" + VisibleText(limits.filter.Account()) + "\"");
 }

@@ -18,8 +18,9 @@ class LiveSource {
   LiveSource(const LiveSource&) = delete;
   LiveSource& operator=(const LiveSource&) = delete;
 
-  // False when the machine cannot be reached, after a message on standard error.
-  bool Connect(const std::string& machine);
+  // False when the machine cannot be reached, or knows no accounts though one is wanted, after a
+  // message on standard error.
+  bool Connect(const std::string& machine, const LiveLimits& limits);
   // Passes each trace that passes the filter to `take`, which owns it and returns false to end.
   // Calls `pause` when no trace waits; it returns false to end. Reports paths of the filter whose
   // names never came on standard error. Also ends at the limits and at SIGINT, after passing on the

@@ -38,8 +38,7 @@ class TextLines final : public Lines {
   TextLines(const NameMap& names, const TailOptions& options, Output& output)
       : m_names(names), m_options(options), m_line(output) {
     for (const Column column : options.columns) {
-      const ColumnInfo& info = kColumns[static_cast<std::size_t>(column)];
-      m_widths.push_back(ScreenWidth(info.header));
+      m_widths.push_back(ScreenWidth(InfoOf(column).header));
     }
   }
   bool Add(const TraceEvent_i& trace, const TraceEvent_i* previous) override {
@@ -60,7 +59,7 @@ class TextLines final : public Lines {
     m_headed = true;
     for (std::size_t i = 0; i < m_options.columns.size(); ++i) {
       const Column column = m_options.columns[i];
-      const std::string_view header = kColumns[static_cast<std::size_t>(column)].header;
+      const std::string_view header = InfoOf(column).header;
       const std::size_t width =
           ScreenWidth(VisibleCell(column, first, nullptr, m_names, m_options.utc));
       m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
@@ -69,7 +68,7 @@ class TextLines final : public Lines {
     return m_line.End();
   }
   bool AlignsRight(std::size_t i) const {
-    return kColumns[static_cast<std::size_t>(m_options.columns[i])].align == ColumnAlign::Right;
+    return InfoOf(m_options.columns[i]).align == ColumnAlign::Right;
   }
 
   const NameMap& m_names;
@@ -82,20 +81,22 @@ class TextLines final : public Lines {
 // After a second without a trace prints the reason, once.
 class Silence {
  public:
-  Silence(const LiveSource& source, const std::string& machine)
-      : m_source(source), m_machine(machine) {}
+  Silence(const LiveSource& source, const TailOptions& options)
+      : m_source(source), m_options(options) {}
   void Look() {
     if (m_over || Clock::now() < m_until) return;
     m_over = true;
     if (m_source.Counts().delivered > 0) return;
-    PrintError("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_machine)
-                                                     : "no trace service runs there any more"));
+    PrintError("no traces come: " +
+               (m_source.IsUp()
+                    ? WhyNothingComes(m_options.machine, m_options.limits.filter.Account())
+                    : "no trace service runs there any more"));
   }
 
  private:
   using Clock = std::chrono::steady_clock;
   const LiveSource& m_source;
-  const std::string& m_machine;
+  const TailOptions& m_options;
   const Clock::time_point m_until = Clock::now() + std::chrono::seconds(1);
   bool m_over = false;
 };
@@ -104,7 +105,7 @@ class Silence {
 
 int RunTail(const TailOptions& options) {
   LiveSource source;
-  if (!source.Connect(options.machine)) return kExitBad;
+  if (!source.Connect(options.machine, options.limits)) return kExitBad;
   Output output;
   std::unique_ptr<Lines> lines;
   if (options.format == DumpFormat::Jsonl) {
@@ -112,7 +113,7 @@ int RunTail(const TailOptions& options) {
   } else {
     lines = std::make_unique<TextLines>(source.Names(), options, output);
   }
-  Silence silence(source, options.machine);
+  Silence silence(source, options);
   TraceEvent_i* previous = nullptr;
   source.Run(
       options.limits,

@@ -42,7 +42,7 @@ void WriteRfc4180Cell(std::string& out, std::string_view value) {
 void WriteRfc4180Header(std::string& out, const std::vector<Column>& columns) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (i > 0) out += ',';
-    WriteRfc4180Cell(out, kColumns[static_cast<std::size_t>(columns[i])].header);
+    WriteRfc4180Cell(out, InfoOf(columns[i]).header);
   }
   out += '\r';
 }
@@ -64,7 +64,7 @@ void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const T
     const Column column = columns[i];
     if (i > 0) out += ',';
     out += '"';
-    out += kColumns[static_cast<std::size_t>(column)].header;
+    out += InfoOf(column).header;
     out += "\":";
     const std::string value = ValueOf(column, event, previous, names, utc);
     const bool lacks =

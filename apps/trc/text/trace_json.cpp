@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "records/process_name.h"
 #include "text/json_text.h"
 
 namespace {
@@ -31,7 +32,7 @@ void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_
   AppendName(json, ",\"application\":", trace.GetAppId());
   AppendName(json, ",\"component\":", trace.GetComponentId());
   AppendName(json, ",\"category\":", trace.GetCategoryId());
-  AppendName(json, ",\"pid\":", trace.GetPidId());
+  AppendProcess(json, trace.GetPidId());
   AppendName(json, ",\"tid\":", trace.GetTidId());
   json.append(",\"attributes\":");
   AppendNumber(json, trace.GetAttributes());
@@ -62,6 +63,26 @@ void TraceJson::AppendName(std::string& json, std::string_view key, NameId id) {
       return;
     }
     AppendJsonText(known, entry->second.name);
+  }
+  json.append(known);
+}
+
+void TraceJson::AppendProcess(std::string& json, NameId id) {
+  if (m_processes.size() <= id) m_processes.resize(id + std::size_t{1});
+  std::string& known = m_processes[id];
+  if (known.empty()) {
+    const auto entry = m_names.find(id);
+    if (entry == m_names.end()) {
+      json.append(",\"pid\":null");
+      return;
+    }
+    const ProcessName name = ProcessName::Of(entry->second.name);
+    known.append(",\"pid\":");
+    AppendJsonText(known, name.process);
+    if (!name.account.empty()) {
+      known.append(",\"account\":");
+      AppendJsonText(known, name.account);
+    }
   }
   json.append(known);
 }

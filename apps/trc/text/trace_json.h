@@ -20,7 +20,9 @@ class TraceJson {
  private:
   static void AppendTime(std::string& json, const TraceEvent_i& trace);
   void AppendName(std::string& json, std::string_view key, NameId id);
+  void AppendProcess(std::string& json, NameId id);
 
   const NameMap& m_names;
-  std::vector<std::string> m_known;  // as JSON, by id; empty: not made yet
+  std::vector<std::string> m_known;      // as JSON, by id; empty: not made yet
+  std::vector<std::string> m_processes;  // the same, with their accounts; as long as needed
 };

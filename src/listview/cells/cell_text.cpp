@@ -1,5 +1,7 @@
 #include "listview/cells/cell_text.h"
 
+#include "records/process_name.h"
+
 namespace {
 
 constexpr char kNotAvailable[] = "n/a";
@@ -58,6 +60,8 @@ std::string CellText(Column column, const TraceEvent_i& event, const TraceEvent_
       return event.GetSourceFileName(names) + ":" + std::to_string(event.GetSourceLine());
     case Column::Stack:
       return event.GetStack();
+    case Column::Account:
+      return std::string(ProcessName::Of(event.GetPidName(names)).account);
   }
   return {};
 }

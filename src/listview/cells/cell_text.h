@@ -25,7 +25,8 @@ enum class Column : int {
   Tid,
   Trace,
   Source,
-  Stack
+  Stack,
+  Account = 1000  // in no list, whose columns are fixed: for programs that name their columns
 };
 
 // `previous` is the trace in the row above, null for the first row.

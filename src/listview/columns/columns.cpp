@@ -27,6 +27,7 @@ const std::array<ColumnInfo, kColumnCount> kColumns = {{
 
 namespace {
 
+constexpr ColumnInfo kAccountColumn = {Column::Account, "Account", ColumnAlign::Left, 9, 0};
 constexpr char kOrderValue[] = "Column Order";
 constexpr char kVersionValue[] = "Version";
 constexpr char kBeforeVersions[] = "2.x";  // the version of a store without one
@@ -52,9 +53,14 @@ ColumnOrder Widened(ColumnOrder order) {
 
 }  // namespace
 
+const ColumnInfo& InfoOf(Column column) {
+  return column == Column::Account ? kAccountColumn : kColumns[static_cast<std::size_t>(column)];
+}
+
 std::optional<Column> ColumnByHeader(std::string_view header) {
   for (const ColumnInfo& column : kColumns)
     if (CompareIgnoringCase(column.header, header) == 0) return column.column;
+  if (CompareIgnoringCase(kAccountColumn.header, header) == 0) return kAccountColumn.column;
   return std::nullopt;
 }
 

@@ -20,12 +20,14 @@ struct ColumnInfo {
 };
 
 extern const std::array<ColumnInfo, kColumnCount> kColumns;
+// Also of the column that a list does not have.
+const ColumnInfo& InfoOf(Column column);
 // Column indexes from left to right.
 using ColumnOrder = std::array<std::int32_t, kColumnCount>;
 inline constexpr ColumnOrder kDefaultColumnOrder = {0, 1, 2,  3,  4,  5,  6, 7,
                                                     8, 9, 10, 11, 14, 12, 13};
 
-// By header, ignoring case.
+// By header, ignoring case; "Account" too.
 std::optional<Column> ColumnByHeader(std::string_view header);
 
 // The stored width in pixels, 0 when there is none.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/quor_ptr.h"
+#include "records/process_name.h"
 #include "records/timer.h"
 #include "settings/globals.h"
 
@@ -61,6 +62,12 @@ const std::vector<CTraceDetailDialog::Field>& CTraceDetailDialog::Fields() {
   return fields;
 }
 
+const CTraceDetailDialog::Field& CTraceDetailDialog::AccountField() {
+  static constexpr Field field = {kAccount, "Process Info",
+                                  "Account:", &CTraceDetailDialog::m_account};
+  return field;
+}
+
 CTraceDetailDialog::CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names)
     : CDialog(host), m_iterator(iterator), m_nameMap(names) {}
 
@@ -85,6 +92,7 @@ void CTraceDetailDialog::OnBack() {
 
 void CTraceDetailDialog::Fill() {
   for (const Field& field : Fields()) (this->*field.value).clear();
+  m_account.clear();
   FillText({});
   FillStack({});
   if (const TraceEvent_i* event = m_iterator.current) FillFields(*event);
@@ -104,6 +112,7 @@ void CTraceDetailDialog::FillFields(const TraceEvent_i& event) {
   m_application = event.GetAppName(m_nameMap);
   m_pid = event.GetPidName(m_nameMap);
   m_tid = event.GetTidName(m_nameMap);
+  m_account = ProcessName::Of(m_pid).account;
   m_time = event.GetTimeString(!g_useUtc);
   m_source = SourceOf(event, m_nameMap);
   FillText(event.GetText());

@@ -38,6 +38,7 @@ class CTraceDetailDialog : public CDialog {
   std::vector<HitRange> m_hits;  // of the last search, in m_text
   std::string m_component, m_category, m_ticCount, m_ticDifference, m_source, m_attributes,
       m_severity;
+  std::string m_account;             // empty: the process names none; the field is not shown then
   std::vector<std::string> m_stack;  // the first line is selected
   bool m_stackEnabled = false;
   // The stack with the names of its functions, shown in place of the recorded lines when it comes.
@@ -54,7 +55,9 @@ class CTraceDetailDialog : public CDialog {
     std::string CTraceDetailDialog::*value;
   };
   static const std::vector<Field>& Fields();
-  static constexpr unsigned kSource = 1087, kStack = 1151, kText = 1039, kBack = 1057, kNext = 1058;
+  static const Field& AccountField();  // the last one of its group, for a trace that has one
+  static constexpr unsigned kSource = 1087, kStack = 1151, kText = 1039, kBack = 1057, kNext = 1058,
+                            kAccount = 1160;
 
  private:
   void Fill();

@@ -127,13 +127,15 @@ void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
           out, event.GetSourceFileName(names) + ":" + QuorStr::NumToStr(event.GetSourceLine()));
     case Column::Stack:
       return WriteQuoted(out, event.GetStack());
+    case Column::Account:
+      return WriteUnescaped(out, CellText(column, event, previous, names, utc));
   }
 }
 
 void WriteExportHeader(std::string& out, const std::vector<Column>& columns) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (i > 0) out += ',';
-    WriteQuoted(out, kColumns[static_cast<std::size_t>(columns[i])].header);
+    WriteQuoted(out, InfoOf(columns[i]).header);
   }
 }
 

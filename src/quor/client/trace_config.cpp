@@ -17,6 +17,7 @@ class Config final : public trace_Config_i {
   const std::list<std::string>& GetAppList() const override {
     m_apps.clear();
     m_instances.clear();
+    m_accounts.clear();
     m_waiting.clear();
     quor::wire::Request request;
     quor::wire::Response response;
@@ -27,6 +28,7 @@ class Config final : public trace_Config_i {
       const std::string& app = response.app_names(i);
       const unsigned instances = i < response.app_instances_size() ? response.app_instances(i) : 0;
       if (m_instances.try_emplace(app, instances).second) m_apps.push_back(app);
+      if (i < response.accounts_size()) m_accounts[app] = response.accounts(i);
     }
     for (const auto& waiting : response.waiting())
       m_waiting.push_back({waiting.app(), waiting.kept(), waiting.prepared()});
@@ -35,6 +37,10 @@ class Config final : public trace_Config_i {
   unsigned GetInstances(const std::string& app) const override {
     const auto known = m_instances.find(app);
     return known == m_instances.end() ? 0 : known->second;
+  }
+  std::string GetAccount(const std::string& app) const override {
+    const auto known = m_accounts.find(app);
+    return known == m_accounts.end() ? std::string() : known->second;
   }
   std::vector<trace_Waiting_t> GetWaiting() const override { return m_waiting; }
   bool Keep(const std::string& app, const std::string& rules, std::string* why) override {
@@ -57,6 +63,7 @@ class Config final : public trace_Config_i {
   const std::shared_ptr<ConfigLink> m_link;
   mutable std::list<std::string> m_apps;
   mutable std::map<std::string, unsigned> m_instances;
+  mutable std::map<std::string, std::string> m_accounts;
   mutable std::vector<trace_Waiting_t> m_waiting;
   mutable bool m_answered = true;
 };

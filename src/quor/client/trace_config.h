@@ -62,6 +62,9 @@ class trace_Config_i : public QuorRef::Ref_t {
   virtual const std::list<std::string>& GetAppList() const = 0;
   // Additions, behind the operations of the interface. How many ran at the last GetAppList.
   virtual unsigned GetInstances(const std::string& app) const = 0;
+  // The account that it runs under, as of the last GetAppList. Empty where a service traces the
+  // programs of one account.
+  virtual std::string GetAccount(const std::string& /*app*/) const { return {}; }
   // Was the last GetAppList answered? If not, its list is empty.
   virtual bool WasAnswered() const = 0;
   // False while a broken connection is not restored yet, and while a service that left a question

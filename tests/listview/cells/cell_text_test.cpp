@@ -87,6 +87,17 @@ TEST(CellText, NamesComeFromTheDocumentsMap) {
   EXPECT_EQ(Cell(Column::Tid, fields), "worker");
 }
 
+TEST(CellText, TheAccountIsTheSecondWordOfAProcess) {
+  const NameMap names = {{1, {"812 alice"}}, {2, {"812"}}};
+  const auto text = [&names](Column column, NameId pid) {
+    return CellText(column, *MakeEvent({.pid = pid}), nullptr, names, true);
+  };
+  EXPECT_EQ(text(Column::Account, 1), "alice");
+  EXPECT_EQ(text(Column::Pid, 1), "812 alice");
+  EXPECT_EQ(text(Column::Account, 2), "");
+  EXPECT_EQ(text(Column::Account, 3), "") << "a name that the map lacks";
+}
+
 TEST(CellText, ANameThatTheMapLacksIsEmpty) {
   for (const Column column : {Column::Machine, Column::Application, Column::Component,
                               Column::Category, Column::Pid, Column::Tid})

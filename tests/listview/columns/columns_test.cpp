@@ -53,6 +53,15 @@ TEST(ColumnTable, HasHeadersAlignmentsAndWidths) {
             "Trace L 80 0\nSource L 20 0\nStack L 20 1071\n");
 }
 
+TEST(ColumnTable, TheAccountIsFoundByItsHeaderAndIsNotOneOfThem) {
+  EXPECT_EQ(ColumnByHeader("account"), Column::Account);
+  EXPECT_STREQ(InfoOf(Column::Account).header, "Account");
+  for (const ColumnInfo& column : kColumns) {
+    EXPECT_NE(column.column, Column::Account);
+    EXPECT_EQ(&InfoOf(column.column), &column);
+  }
+}
+
 TEST(ColumnTable, IsSearchedByHeaderIgnoringCase) {
   EXPECT_EQ(ColumnByHeader("tic diff"), Column::TicDiff);
   EXPECT_EQ(ColumnByHeader("TRACE"), Column::Trace);

@@ -107,6 +107,22 @@ TEST_F(TraceDetails, TheFieldsStandInTheirGroupsWithTheirCaptions) {
   EXPECT_STREQ(CTraceDetailDialog::kCaption, "Trace Properties");
 }
 
+TEST_F(TraceDetails, TheAccountIsReadFromTheNameOfTheProcess) {
+  m_names[5] = {"812 alice"};
+  m_names[6] = {"812"};
+  const CTraceDetailDialog& dialog = OpenOn({{.pid = 6}, {.pid = 5}});
+  EXPECT_EQ(dialog.m_pid, "812 alice");
+  EXPECT_EQ(dialog.m_account, "alice");
+  m_dialog.OnBack();
+  EXPECT_EQ(dialog.m_pid, "812");
+  EXPECT_EQ(dialog.m_account, "");
+  m_dialog.OnNext();
+  ASSERT_EQ(dialog.m_account, "alice");
+  m_cursor.Clear();
+  m_dialog.OnBack();
+  EXPECT_EQ(dialog.m_account, "") << "of no trace";
+}
+
 TEST_F(TraceDetails, TheFieldsStartOutEmpty) {
   for (const CTraceDetailDialog::Field& field : CTraceDetailDialog::Fields())
     EXPECT_EQ(m_dialog.*(field.value), "") << field.caption;

@@ -39,7 +39,9 @@ TraceDetailFace::TraceDetailFace(CTraceDetailDialog& dialog, QWidget* parent)
   setSizeGripEnabled(true);
   auto* top = new QHBoxLayout;
   top->addWidget(MakeGroup("Trace Info"), 1);
-  top->addWidget(MakeGroup("Process Info"), 1);
+  QGroupBox* process = MakeGroup("Process Info");
+  m_process = static_cast<QGridLayout*>(process->layout());
+  top->addWidget(process, 1);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(top);
   layout->addWidget(MakeGroup("Time Info"));
@@ -62,16 +64,19 @@ QGroupBox* TraceDetailFace::MakeGroup(const char* name) {
   grid->setVerticalSpacing(2);
   int row = 0;
   for (const CTraceDetailDialog::Field& field : CTraceDetailDialog::Fields()) {
-    if (std::strcmp(field.group, name) != 0) continue;
-    auto* caption = new QLabel(field.caption, group);
-    QLineEdit* value = MakeValue(field);
-    caption->setBuddy(value);
-    grid->addWidget(caption, row, 0);
-    grid->addWidget(value, row++, 1);
+    if (std::strcmp(field.group, name) == 0) AddField(*grid, row++, field);
   }
   grid->setColumnStretch(1, 1);
   grid->setRowStretch(row + 1, 1);
   return group;
+}
+
+void TraceDetailFace::AddField(QGridLayout& grid, int row, const CTraceDetailDialog::Field& field) {
+  auto* caption = new QLabel(field.caption, grid.parentWidget());
+  QLineEdit* value = MakeValue(field);
+  caption->setBuddy(value);
+  grid.addWidget(caption, row, 0);
+  grid.addWidget(value, row, 1);
 }
 
 // A field whose value can be selected and copied, however long it is.
@@ -138,7 +143,20 @@ QHBoxLayout* TraceDetailFace::MakeButtons() {
   return row;
 }
 
+// Most traces have none, and their window has no such row.
+void TraceDetailFace::ShowAccount() {
+  const bool has = !m_dialog.m_account.empty();
+  if (has && m_accountRow == 0) {
+    m_accountRow = m_process->count() / 2;  // below the others, each with its caption
+    AddField(*m_process, m_accountRow, CTraceDetailDialog::AccountField());
+  }
+  if (m_accountRow == 0) return;
+  for (const int column : {0, 1})
+    m_process->itemAtPosition(m_accountRow, column)->widget()->setVisible(has);
+}
+
 void TraceDetailFace::UpdateData() {
+  ShowAccount();
   for (const auto& [field, value] : m_values) {
     const QString text = QString::fromStdString(m_dialog.*(field->value));
     value->setText(text);

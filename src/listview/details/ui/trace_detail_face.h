@@ -26,7 +26,9 @@ class TraceDetailFace final : public QtDialogFace {
 
  private:
   QGroupBox* MakeGroup(const char* name);
+  void AddField(QGridLayout& grid, int row, const CTraceDetailDialog::Field& field);
   QLineEdit* MakeValue(const CTraceDetailDialog::Field& field);
+  void ShowAccount();
   void AddStack(QGridLayout& grid);
   QPlainTextEdit* MakeText();
   QHBoxLayout* MakeButtons();
@@ -38,6 +40,8 @@ class TraceDetailFace final : public QtDialogFace {
 
   CTraceDetailDialog& m_dialog;
   std::vector<std::pair<const CTraceDetailDialog::Field*, QLineEdit*>> m_values;
+  QGridLayout* m_process = nullptr;  // of "Process Info"
+  int m_accountRow = 0;              // in it; 0: not made yet
   QComboBox* m_stack = nullptr;
   QPlainTextEdit* m_text = nullptr;
   QPushButton *m_back = nullptr, *m_next = nullptr;

@@ -116,6 +116,35 @@ TEST_F(TraceDetailFaceTest, ShowsTheTraceUnderTheCursor) {
   });
 }
 
+TEST_F(TraceDetailFaceTest, ATraceOfAnAccountHasALineForIt) {
+  m_names[3] = {"4711 alice"};
+  m_cursor.Add({.text = "hers", .count = 4, .machine = 1, .pid = 3});
+  m_cursor.StandAt(2);
+  Run([](QDialog& window) {
+    EXPECT_FALSE(window.findChild<QLineEdit*>("1160")) << "this one has no account";
+    Button(window, "1058").click();
+    auto* const account = window.findChild<QLineEdit*>("1160");
+    ASSERT_TRUE(account);
+    EXPECT_TRUE(account->isVisible());
+    EXPECT_EQ(account->text(), "alice");
+    EXPECT_EQ(Value(window, "1046"), "4711 alice");
+    const auto* const tid = window.findChild<QLineEdit*>("1047");
+    EXPECT_GT(account->y(), tid->y());
+    EXPECT_LT(account->y(), tid->y() + 3 * tid->height()) << "next to the others";
+    QLabel* caption = nullptr;
+    for (QLabel* label : window.findChildren<QLabel*>())
+      if (label->text() == "Account:") caption = label;
+    ASSERT_TRUE(caption);
+    EXPECT_TRUE(caption->isVisible());
+    EXPECT_EQ(caption->buddy(), account);
+    Button(window, "1057").click();
+    EXPECT_FALSE(account->isVisible());
+    EXPECT_FALSE(caption->isVisible());
+    Button(window, "1058").click();
+    EXPECT_TRUE(account->isVisible());
+  });
+}
+
 TEST_F(TraceDetailFaceTest, HitsOfTheLastSearchAreTinted) {
   ASSERT_EQ(RegexPrepare("t", 0, 1, 0, 0), 1);
   FindSettings.searchText = "t";

@@ -102,24 +102,19 @@ void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
     case Column::TicDiff:
       return addressWriter(out, TicDiff(event, previous));
     case Column::Time:
-      return WriteUnescaped(out, event.GetTimeString(!utc));
     case Column::Machine:
-      return WriteUnescaped(out, event.GetMachineName(names));
     case Column::Application:
-      return WriteUnescaped(out, event.GetAppName(names));
     case Column::Component:
-      return WriteUnescaped(out, event.GetComponentName(names));
     case Column::Category:
-      return WriteUnescaped(out, event.GetCategoryName(names));
+    case Column::Pid:
+    case Column::Tid:
+    case Column::Account:
+      return WriteUnescaped(out, CellText(column, event, previous, names, utc));
     case Column::Attributes:
       out += '"';
       addressWriter(out, AttributesToLabel(event.GetAttributes()));
       out += '"';
       return;
-    case Column::Pid:
-      return WriteUnescaped(out, event.GetPidName(names));
-    case Column::Tid:
-      return WriteUnescaped(out, event.GetTidName(names));
     case Column::Trace:
       return WriteQuoted(out, event.GetText());
     case Column::Source:
@@ -127,8 +122,6 @@ void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
           out, event.GetSourceFileName(names) + ":" + QuorStr::NumToStr(event.GetSourceLine()));
     case Column::Stack:
       return WriteQuoted(out, event.GetStack());
-    case Column::Account:
-      return WriteUnescaped(out, CellText(column, event, previous, names, utc));
   }
 }
 

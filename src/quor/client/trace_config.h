@@ -54,21 +54,18 @@ class trace_Config_i : public QuorRef::Ref_t {
  public:
   // "" and "localhost" mean this machine, "name:port" another. `why` gets the reason for a null.
   static trace_Config_i* Create(const std::string& host, std::string* why = nullptr);
-  // Also with a certificate that allows only to monitor: good for GetAppList, and for nothing else.
+  // Also with a certificate that allows only to monitor: good for GetAppList alone.
   static trace_Config_i* CreateToList(const std::string& host, std::string* why = nullptr);
   virtual const std::string& GetHostName() const = 0;  // as given
-  // Registered applications: those that run and those with an open handle. Asks at each call; empty
-  // when there is no answer.
+  // Those that run and those with an open handle. Asks at each call; empty without an answer.
   virtual const std::list<std::string>& GetAppList() const = 0;
   // Additions, behind the operations of the interface. How many ran at the last GetAppList.
   virtual unsigned GetInstances(const std::string& app) const = 0;
-  // The account that it runs under, as of the last GetAppList. Empty where a service traces the
-  // programs of one account.
+  // Its account as of the last GetAppList; empty where a service is for one account.
   virtual std::string GetAccount(const std::string& /*app*/) const { return {}; }
   // Was the last GetAppList answered? If not, its list is empty.
   virtual bool WasAnswered() const = 0;
-  // False while a broken connection is not restored yet, and while a service that left a question
-  // without an answer has not been heard again.
+  // False while a broken connection is not restored yet, and while the service is silent.
   virtual bool IsUp() const = 0;
   // A question had no answer in time, and the service has not been heard since.
   virtual bool IsSilent() const = 0;

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "base/text.h"
+#include "config/traces/kept_note.h"
 #include "wizard/tables/app_traces.h"
 #include "wizard/wizard_sheet.h"
 #include "wizard/wizard_texts.h"
@@ -15,6 +16,7 @@ void CWizTracesPage::OnSetActive() {
   wizard.SetWizardButtons(PSWIZB_BACK | PSWIZB_NEXT);
   TraceItems items;
   bool read = false;
+  m_note.clear();
   const auto at = wizard.ApplicationPage().m_itMachine.In(wizard.m_machines);
   if (at != wizard.m_machines.end()) {
     WizApps& apps = at->second.m_apps;
@@ -25,9 +27,11 @@ void CWizTracesPage::OnSetActive() {
       for (const auto& [name, trace] : app->second.m_traces)
         items.push_back(new CTraceItem(name.first, name.second, trace.m_nId, trace.m_nSettings));
       read = static_cast<bool>(app->second.m_app);
+      if (read) m_note = KeptNote(*app->second.m_app);
     }
   }
   m_traces.Fill(std::move(items), read ? CTracesList::kNoTraces : WizardTexts::kNotRead);
+  UpdateData(false);
 }
 
 void CWizTracesPage::TakeRows(WizTraces& traces) const {

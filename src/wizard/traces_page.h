@@ -18,6 +18,8 @@ class CWizTracesPage : public CWizPage {
   // as there is one.
   int OnWizardNext() override;
   CTracesList& Traces() { return m_traces; }
+  // What the machine keeps for later starts of the application; empty: nothing.
+  const std::string& Note() const { return m_note; }
 
   // The application that is worked on, of the machine of the application page.
   WizPlace<WizApps> m_itApp;
@@ -27,4 +29,5 @@ class CWizTracesPage : public CWizPage {
   int Reload(WizApps& apps, WizApps::iterator app);
 
   CTracesList m_traces;
+  std::string m_note;
 };

@@ -80,6 +80,8 @@ class FakeMachineApp final : public trace_App_i {
     return true;
   }
   std::vector<trace_StartNote_t> GetStartNotes() const override { return m_state.startNotes; }
+  std::string WhySinkFails() const override { return m_state.sinkTrouble; }
+  std::string GetKept() const override { return m_state.kept; }
   bool Refresh() override {
     m_machine.Ask("refresh " + m_name);
     if (!m_machine.Answers()) return false;

@@ -20,6 +20,7 @@ class FakeMachineState {
     std::string sinkName = "localhost", sinkOptions;
     unsigned instances = 0;  // that run
     std::vector<trace_StartNote_t> startNotes;
+    std::string sinkTrouble, kept;
     bool prepared = false;   // submitted, and no instance has run since
     std::vector<App> first;  // as it was before the first Submit; empty: nothing was submitted
   };

@@ -47,6 +47,18 @@ TEST_F(WizTracesPageTest, WithThreeApplicationsThePageShowsThreeTimesAndItsTitle
   EXPECT_EQ(Next(), "Finish");
 }
 
+TEST_F(WizTracesPageTest, WhatIsKeptForLaterStartsStandsBelowTheListOfItsApplication) {
+  Here().m_apps["backup"].kept = "Net=max";
+  Begin(kLocal);
+  Walk("pick:archive,backup,check next");
+  EXPECT_EQ(Sheet().TracesPage().Note(), "");
+  Walk("next");
+  EXPECT_EQ(Sheet().TracesPage().Note(),
+            "Kept for later starts: Net=max (\"trc forget backup\" takes it back)");
+  Walk("next");
+  EXPECT_EQ(Sheet().TracesPage().Note(), "");
+}
+
 TEST_F(WizTracesPageTest, ApplicationsThatAreNotSelectedArePassedOverBothWays) {
   Begin(kLocal);
   Walk("pick:archive,check next");

@@ -67,6 +67,7 @@ void ConfigScenes::All() {
   NoTraces();
   Modify();
   Sinks();
+  Kept();
   Away();
 }
 
@@ -121,6 +122,18 @@ void ConfigScenes::Sinks() {
     m_scenes.Settle();
     m_scenes.Save(sheet, QStringLiteral("config-sink-server"));
   });
+}
+
+void ConfigScenes::Kept() {
+  FakeMachine::App& shop = m_machine.m_apps["shop"];
+  const FakeMachine::App before = shop;
+  shop.kept = "Net=max;Orders/Pay=Info+Warn+Error+Stack;*=support";
+  shop.sinkType = trc_SinkSocket;
+  shop.sinkName = "venus:7447";
+  shop.sinkTrouble = "Connection refused";
+  shop.startNotes = {{4711, "QUOR_SETTINGS=Mail=developer"}};
+  Run("shop", [this](QWidget& sheet) { m_scenes.Save(sheet, QStringLiteral("config-kept")); });
+  shop = before;
 }
 
 void ConfigScenes::Away() {

@@ -19,6 +19,7 @@ class ConfigScenes {
   void NoTraces();
   void Modify();
   void Sinks();
+  void Kept();
   void Away();
   // Runs the sheet of an application; the act ends it.
   void Run(const std::string& app, std::function<void(QWidget&)> act);

@@ -66,6 +66,7 @@ ShownApp::ShownApp(const trace_App_i& app)
       sink(TcfSink()),
       sinkFromStart(app.IsSinkFromStart()),
       sinkTrouble(app.WhySinkFails()),
+      kept(app.GetKept()),
       startNotes(app.GetStartNotes()) {
   app.GetSink(sink->type, sink->name, sink->options);
   for (const trace_Component_t& component : app.GetTraceMap()) {
@@ -101,6 +102,7 @@ void ShowAsText(const ShownApp& app, Output& output) {
   output.Line("Sink         " + SinkText(app.sink) + (app.sinkFromStart ? "  from QUOR_SINK" : ""));
   if (!app.sinkTrouble.empty())
     output.Line("             cannot be reached: " + VisibleText(app.sinkTrouble));
+  if (!app.kept.empty()) output.Line("Kept         " + VisibleText(app.kept));
   for (const trace_StartNote_t& note : app.startNotes)
     output.Line("Process " + std::to_string(note.pid) + "  " + VisibleText(note.text));
   for (const auto& [trace, words] : rows) {
@@ -114,6 +116,7 @@ void AppendAppJson(std::string& json, const ShownApp& app) {
   AppendField(json, "{\"application\":", app.name);
   AppendSink(json, app.sink, app.sinkFromStart);
   if (!app.sinkTrouble.empty()) AppendField(json, ",\"sinkTrouble\":", app.sinkTrouble);
+  if (!app.kept.empty()) AppendField(json, ",\"kept\":", app.kept);
   if (!app.startNotes.empty()) AppendStart(json, app.startNotes);
   json.append(",\"components\":[");
   const char* between = "";

@@ -28,7 +28,7 @@ struct ShownApp {
   std::string name;
   std::optional<TcfSink> sink;
   bool sinkFromStart = false;
-  std::string sinkTrouble;
+  std::string sinkTrouble, kept;
   std::vector<trace_StartNote_t> startNotes;
   std::vector<Component> components;
 };

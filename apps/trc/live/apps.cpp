@@ -16,24 +16,27 @@ struct ListedApp {
   std::string name, account;
   unsigned instances = 0;
   const trace_Waiting_t* waiting = nullptr;
+  const trace_FailingSink_t* failing = nullptr;
 };
 
 // The answer to one question, in its order; what only waits comes last.
 class AppListing {
  public:
-  explicit AppListing(const trace_Config_i& config) : m_waiting(config.GetWaiting()) {}
+  explicit AppListing(const trace_Config_i& config)
+      : m_waiting(config.GetWaiting()), m_failing(config.GetFailingSinks()) {}
 
   void Add(const std::string& app, const trace_Config_i& config) {
     const auto waits = WaitsFor(app);
     m_apps.push_back({app, config.GetAccount(app), config.GetInstances(app),
-                      waits == m_waiting.end() ? nullptr : &*waits});
+                      waits == m_waiting.end() ? nullptr : &*waits, FailsOf(app)});
     m_hasAccounts = m_hasAccounts || !m_apps.back().account.empty();
   }
   void AddRest() {
     for (const trace_Waiting_t& one : m_waiting) {
       const auto known = std::find_if(m_apps.begin(), m_apps.end(),
                                       [&one](const ListedApp& app) { return app.name == one.app; });
-      if (known == m_apps.end()) m_apps.push_back({one.app, AccountInName(one.app), 0, &one});
+      if (known == m_apps.end())
+        m_apps.push_back({one.app, AccountInName(one.app), 0, &one, nullptr});
     }
   }
   // False after a message: nothing is of this account.
@@ -54,6 +57,11 @@ class AppListing {
     return std::find_if(m_waiting.begin(), m_waiting.end(),
                         [&app](const trace_Waiting_t& one) { return one.app == app; });
   }
+  const trace_FailingSink_t* FailsOf(const std::string& app) const {
+    for (const trace_FailingSink_t& one : m_failing)
+      if (one.app == app) return &one;
+    return nullptr;
+  }
   // "alice/shop", where the names of all applications begin with their accounts.
   std::string AccountInName(const std::string& app) const {
     return m_hasAccounts ? app.substr(0, std::min(app.find('/'), app.size())) : std::string();
@@ -61,6 +69,7 @@ class AppListing {
   void WriteLine(const ListedApp& app, LineWriter& line) const;
 
   const std::vector<trace_Waiting_t> m_waiting;
+  const std::vector<trace_FailingSink_t> m_failing;
   std::vector<ListedApp> m_apps;
   bool m_hasAccounts = false;
   mutable std::size_t m_nameWidth = 0, m_accountWidth = 0;
@@ -73,12 +82,16 @@ std::string WaitingText(const trace_Waiting_t& waiting) {
   return text + ")";
 }
 
+std::string FailingText(const trace_FailingSink_t& sink) {
+  return "(" + Quoted(sink.machine) + " cannot be reached: " + VisibleText(sink.why) + ")";
+}
+
 void AppListing::WriteLine(const ListedApp& app, LineWriter& line) const {
   const std::string name = VisibleText(app.name), account = VisibleText(app.account);
   line.Add(name, ScreenWidth(name), m_nameWidth, false);
   if (m_hasAccounts) line.Add(account, ScreenWidth(account), m_accountWidth, false);
-  if (app.waiting) {
-    const std::string text = WaitingText(*app.waiting);
+  if (app.waiting || app.failing) {
+    const std::string text = app.waiting ? WaitingText(*app.waiting) : FailingText(*app.failing);
     line.Add(text, ScreenWidth(text), 0, false);
   }
   line.End();
@@ -112,6 +125,7 @@ void AppListing::WriteJson(Output& output) const {
       AppendField(json, ",\"kept\":", app.waiting->kept);
       json.append(app.waiting->prepared ? ",\"prepared\":true" : ",\"prepared\":false");
     }
+    if (app.failing) AppendField(json, ",\"sinkTrouble\":", app.failing->why);
     json.push_back('}');
   }
   json.push_back(']');

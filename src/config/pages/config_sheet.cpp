@@ -1,10 +1,20 @@
 #include "config/pages/config_sheet.h"
 
 #include "base/text.h"
+#include "config/traces/kept_note.h"
 
 namespace {
 
 constexpr std::size_t kStartNotesShown = 4, kStartNoteBytes = 200;
+
+std::string CutNote(const std::string& text) {
+  const std::string_view cut = CutUtf8(text, kStartNoteBytes);
+  return std::string(cut) + (cut.size() < text.size() ? "..." : "");
+}
+
+void AddLine(std::string& text, const std::string& line) {
+  if (!line.empty()) text += (text.empty() ? "" : "\n") + line;
+}
 
 }  // namespace
 
@@ -36,9 +46,22 @@ std::string CConfigPropertySheet::Note() const {
   if (last == SubmitResult::Refused) return machine + " has refused these changes.";
   if (last == SubmitResult::Unanswered)
     return "These changes are not in force: " + machine + " does not answer.";
-  if (last || m_refreshed) return StartNote();
+  if (last || m_refreshed) return GoodNote();
   return machine + (m_answered ? " does not tell its settings." : " does not answer.") +
          " These are the settings that it had before.";
+}
+
+std::string CConfigPropertySheet::GoodNote() const {
+  std::string text;
+  if (const std::string why = m_app->WhySinkFails(); !why.empty()) {
+    trc_SinkTypes_e type{};
+    std::string machine, options;
+    m_app->GetSink(type, machine, options);
+    AddLine(text, CutNote(machine + " cannot be reached: " + why));
+  }
+  AddLine(text, KeptNote(*m_app));
+  AddLine(text, StartNote());
+  return text;
 }
 
 std::string CConfigPropertySheet::StartNote() const {
@@ -46,9 +69,7 @@ std::string CConfigPropertySheet::StartNote() const {
   std::size_t shown = 0;
   for (const trace_StartNote_t& note : m_app->GetStartNotes()) {
     if (++shown > kStartNotesShown) return text + "\n...";
-    const std::string_view line = CutUtf8(note.text, kStartNoteBytes);
-    text += (text.empty() ? "" : "\n") + std::string("Process ") + std::to_string(note.pid) + ": " +
-            std::string(line) + (line.size() < note.text.size() ? "..." : "");
+    AddLine(text, "Process " + std::to_string(note.pid) + ": " + CutNote(note.text));
   }
   return text;
 }

@@ -23,11 +23,13 @@ class CConfigPropertySheet : public CPropertySheet {
   const char* HelpTopic() const override { return "configuration"; }
   CAppTraceCfgPropertyPage& TracesPage() { return m_traces; }
   CAppSinkCfgPropertyPage& SinkPage() { return m_sink; }
-  // Why what is shown is not what the machine holds, or else what the environment of the
-  // application has set for its start; empty when there is nothing to say.
+  // Why what is shown is not what the machine holds. Or else why its sink fails, what is kept for
+  // later starts, and what the environment of the application has set for its start; empty when
+  // there is nothing to say.
   std::string Note() const;
 
  private:
+  std::string GoodNote() const;
   std::string StartNote() const;
 
   CConfigDoc& m_document;

@@ -70,6 +70,7 @@ class App final : public trace_App_i {
   bool IsSinkFromStart() const override { return m_sinkFromStart; }
   std::string WhySinkFails() const override { return m_sinkTrouble; }
   std::vector<trace_StartNote_t> GetStartNotes() const override { return m_startNotes; }
+  std::string GetKept() const override { return m_kept; }
   bool Submit() const override;
   bool Refresh() override;
 
@@ -86,7 +87,7 @@ class App final : public trace_App_i {
   std::string m_sinkName = "localhost", m_sinkOptions;
   std::set<unsigned> m_fromStart;
   bool m_sinkFromStart = false;
-  std::string m_sinkTrouble;
+  std::string m_sinkTrouble, m_kept;
   std::vector<trace_StartNote_t> m_startNotes;
   // Submit sends only these: another program may have changed the rest meanwhile.
   mutable std::set<unsigned> m_held;
@@ -131,6 +132,7 @@ void App::Take(const quor::wire::App& app) {
   m_fromStart.clear();
   m_sinkFromStart = app.sink_from_start();
   m_sinkTrouble = app.sink_trouble();
+  m_kept = app.kept();
   m_startNotes.clear();
   for (const auto& note : app.start_notes()) m_startNotes.push_back({note.pid(), note.text()});
   for (const auto& component : app.components()) {

@@ -19,6 +19,7 @@ class Config final : public trace_Config_i {
     m_instances.clear();
     m_accounts.clear();
     m_waiting.clear();
+    m_failing.clear();
     quor::wire::Request request;
     quor::wire::Response response;
     request.mutable_list_apps();
@@ -32,6 +33,8 @@ class Config final : public trace_Config_i {
     }
     for (const auto& waiting : response.waiting())
       m_waiting.push_back({waiting.app(), waiting.kept(), waiting.prepared()});
+    for (const auto& sink : response.failing_sinks())
+      m_failing.push_back({sink.app(), sink.machine(), sink.why()});
     return m_apps;
   }
   unsigned GetInstances(const std::string& app) const override {
@@ -43,6 +46,7 @@ class Config final : public trace_Config_i {
     return known == m_accounts.end() ? std::string() : known->second;
   }
   std::vector<trace_Waiting_t> GetWaiting() const override { return m_waiting; }
+  std::vector<trace_FailingSink_t> GetFailingSinks() const override { return m_failing; }
   bool Keep(const std::string& app, const std::string& rules, std::string* why) override {
     quor::wire::Request request;
     request.mutable_keep()->set_app(app);
@@ -65,6 +69,7 @@ class Config final : public trace_Config_i {
   mutable std::map<std::string, unsigned> m_instances;
   mutable std::map<std::string, std::string> m_accounts;
   mutable std::vector<trace_Waiting_t> m_waiting;
+  mutable std::vector<trace_FailingSink_t> m_failing;
   mutable bool m_answered = true;
 };
 

@@ -14,6 +14,7 @@
 
 #include "base/quor_ptr.h"
 #include "base/quor_str.h"
+#include "quor/client/app_notes.h"
 
 // Other values may come from a newer service, and are kept.
 enum trc_SinkTypes_e : unsigned { trc_SinkFile = 0, trc_SinkSocket = 1 };
@@ -39,17 +40,6 @@ struct trace_Component_t {
   std::list<trace_Category_t> categories;
 };
 
-// A line about what the environment of a running instance set, or what is wrong with it.
-struct trace_StartNote_t {
-  unsigned pid;
-  std::string text;
-};
-
-struct trace_Waiting_t {
-  std::string app, kept;  // rules
-  bool prepared;          // settings or a sink for the next instance
-};
-
 class trace_Config_i : public QuorRef::Ref_t {
  public:
   // "" and "localhost" mean this machine, "name:port" another. `why` gets the reason for a null.
@@ -71,6 +61,8 @@ class trace_Config_i : public QuorRef::Ref_t {
   virtual bool IsSilent() const = 0;
   // What waits for applications that did not run at the last GetAppList.
   virtual std::vector<trace_Waiting_t> GetWaiting() const { return {}; }
+  // Of those that ran then. A machine tells them to who may also configure it.
+  virtual std::vector<trace_FailingSink_t> GetFailingSinks() const { return {}; }
   // Keeps rules (quor/settings/settings_text.h) for all later instances of an application, and puts
   // them in force; takes back what is kept or waits. False and a reason: refused, or no answer.
   virtual bool Keep(const std::string& /*app*/, const std::string& /*rules*/,
@@ -107,6 +99,7 @@ class trace_App_i : public QuorRef::Ref_t {
   virtual bool IsSinkFromStart() const { return false; }
   virtual std::string WhySinkFails() const { return {}; }  // its machine cannot be reached
   virtual std::vector<trace_StartNote_t> GetStartNotes() const { return {}; }
+  virtual std::string GetKept() const { return {}; }  // rules for all later instances
 };
 
 class trace_AppList_i : public QuorRef::MTRef_t {

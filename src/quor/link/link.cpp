@@ -118,6 +118,9 @@ bool ReadBody(BodyReader& body, LinkFrame& frame) {
       frame.report.lost = body.Get64();
       frame.report.text = body.GetText();
       return body.AtEnd();
+    case LinkType::Rules:
+      frame.rules = body.GetText();
+      return body.AtEnd();
     case LinkType::Poke:
     case LinkType::Points:
     case LinkType::Call:
@@ -166,6 +169,10 @@ std::vector<std::uint8_t> EncodeTaker(RingTaker taker) {
 
 std::vector<std::uint8_t> EncodePoints() {
   return FrameWriter(LinkType::Points).Take();
+}
+
+std::vector<std::uint8_t> EncodeRules(const std::string& rules) {
+  return FrameWriter(LinkType::Rules).PutText(rules).Take();
 }
 
 std::vector<std::uint8_t> EncodeCall() {

@@ -8,6 +8,7 @@
 //            application                service
 //            Hello  ------------------>
 //                   <------------------ Welcome, or Refused and the end of the connection
+//                   <------------------ Rules (kept for points to come; if the segment takes them)
 //                   <------------------ Sink (the configured sink), Poke (settings have changed)
 //            Taker  ------------------> after each Sink: who takes the traces from now on
 //            Points ------------------> points or names were added since the last message
@@ -46,6 +47,7 @@ enum class LinkType : std::uint8_t {
   Points = 7,
   Report = 8,
   Call = 9,
+  Rules = 10,
 };
 
 enum class SinkKind : std::uint8_t { File = 0, Socket = 1 };
@@ -81,6 +83,7 @@ struct LinkFrame {
   LinkSink sink;
   RingTaker taker = RingTaker::Service;
   LinkReport report;
+  std::string rules;  // quor/settings/settings_text.h
 };
 
 // Texts are cut at kLinkTextMax bytes.
@@ -92,6 +95,7 @@ std::vector<std::uint8_t> EncodePoke();
 std::vector<std::uint8_t> EncodeTaker(RingTaker taker);
 std::vector<std::uint8_t> EncodePoints();
 std::vector<std::uint8_t> EncodeCall();
+std::vector<std::uint8_t> EncodeRules(const std::string& rules);
 std::vector<std::uint8_t> EncodeReport(const LinkReport& report);
 
 // Joins a stream of bytes, split anywhere, into frames. Holds at most one frame.

@@ -106,6 +106,7 @@ struct SegmentHeader {
   // The name of the sink that the environment gave, as it is written there; 0: none, or somebody
   // has set another.
   std::atomic<std::uint32_t> startSink;
+  std::atomic<std::uint32_t> takesRules;  // the link may bring kept rules; 0 in older applications
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 

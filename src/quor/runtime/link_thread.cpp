@@ -235,6 +235,9 @@ bool LinkThread::Handle(Session& session, const LinkFrame& frame) {
       Runtime::Get().TakeSettings();
       m_answer.HasCome();
       return true;
+    case LinkType::Rules:
+      Runtime::Get().TakeKept(frame.rules);
+      return true;
     case LinkType::Sink:
       m_sink.Set(frame.sink);
       return Send(EncodeTaker(m_sink.Taker()));

@@ -179,6 +179,13 @@ void Runtime::TakeSettings() {
   if (guard && m_segment) m_points.TakeSettings();
 }
 
+void Runtime::TakeKept(const std::string& rules) {
+  SettingsText kept = SettingsText::Read(rules);
+  if ((kept.AnySettings() & QUOR_STACK) != 0) PrimeStack();  // as above
+  OwnerGuard guard(m_lock);
+  if (guard) std::swap(m_kept, kept);
+}
+
 AppNameId Runtime::EnterName(std::string_view text) {
   OwnerGuard guard(m_lock);
   return guard ? m_names.Enter(text) : m_hot.unknownThread;

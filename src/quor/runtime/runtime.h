@@ -46,6 +46,8 @@ class Runtime {
   bool Register(quor_point* point);
   // Copies the settings of the segment to the points.
   void TakeSettings();
+  // The rules that the service keeps for points that are registered from now on.
+  void TakeKept(const std::string& rules);
   // The id of a text; unknownThread if it cannot be entered now.
   AppNameId EnterName(std::string_view text);
   // True if this process has a ring of its own. Any thread.
@@ -88,6 +90,7 @@ class Runtime {
   NameTable m_names;
   PointTable m_points;
   StartValues m_start;
+  SettingsText m_kept;
   std::atomic<bool> m_primes{false};  // the first traces may want the call stack
   std::atomic<quor_point*> m_declared{nullptr};
   std::atomic<std::uint64_t> m_lostOutside{0};

@@ -124,7 +124,7 @@ void Runtime::FillSegment(SegmentMap& segment) {
     m_start.Read();
     m_hot.clock.Begin();
     m_names.Begin(segment);
-    m_points.Begin(segment, m_names, m_start.Settings());
+    m_points.Begin(segment, m_names, m_start.Settings(), m_kept);
   } else {
     m_names.Move(segment);
     m_points.Move(segment);
@@ -143,6 +143,7 @@ void Runtime::FillSegment(SegmentMap& segment) {
   header->machineName = m_hot.machine;
   header->pidName = m_hot.pid;
   header->appName = m_hot.app.load();
+  header->takesRules.store(1, std::memory_order_relaxed);
   EnterStart(*header, sinkHolds);
 }
 

@@ -17,12 +17,6 @@ bool Fail(Response* response, ErrorCode code, const std::string& text) {
   return false;
 }
 
-void PutSink(const LinkSink& from, Sink* to) {
-  to->set_type(static_cast<std::uint32_t>(from.kind));
-  to->set_name(from.name);
-  to->set_options(from.options);
-}
-
 Role Needed(const Request& request) {
   switch (request.what_case()) {
     case Request::kSubscribe:
@@ -197,7 +191,8 @@ bool ClientSession::ServeApps(const Request& request, Response* response) {
       return true;
     }
     case Request::kGetApp:
-      return FillApp(request.get_app().name(), response);
+      return FillApp(request.get_app().name(), response) ||
+             Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
     case Request::kKeep:
       return Keep(request.keep(), response);
     case Request::kForgetApp:
@@ -216,20 +211,6 @@ bool ClientSession::Reload(Response* response) {
   return true;
 }
 
-void ClientSession::ListApps(Response* response) {
-  for (const std::string& name : m_context.apps.Known().Registered()) {
-    response->add_app_names(name);
-    const CatalogueApp* const app = m_context.apps.Known().Find(name);
-    response->add_app_instances(static_cast<std::uint32_t>(app->Instances()));
-  }
-  for (const CatalogueApp* const app : m_context.apps.Known().Waiting()) {
-    Waiting* const waiting = response->add_waiting();
-    waiting->set_app(app->name);
-    waiting->set_kept(app->kept.Written());
-    waiting->set_prepared(app->prepared);
-  }
-}
-
 bool ClientSession::Keep(const quor::wire::Keep& keep, Response* response) {
   std::vector<std::string> faults;
   const SettingsText rules = SettingsText::Read(keep.rules(), &faults);
@@ -242,7 +223,7 @@ bool ClientSession::Keep(const quor::wire::Keep& keep, Response* response) {
 
 bool ClientSession::ForgetApp(const std::string& name, Response* response) {
   CatalogueApp* const app = m_context.apps.Known().Find(name);
-  if (app && m_context.apps.Known().ForgetWaiting(*app)) return true;
+  if (app && m_context.apps.ForgetWaiting(*app)) return true;
   return Fail(response, ERROR_UNKNOWN_APP, "nothing is kept for such an application");
 }
 
@@ -253,40 +234,6 @@ bool ClientSession::OpenApp(const std::string& name, Response* response) {
   m_handles.insert(name);
   m_context.apps.Known().OpenHandle(*app, m_peer.pid);
   return FillApp(name, response);
-}
-
-bool ClientSession::FillApp(const std::string& name, Response* response) {
-  const CatalogueApp* const app = m_context.apps.Known().Find(name);
-  if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
-  App* const to = response->mutable_app();
-  to->set_name(app->name);
-  const AppStart start = m_context.apps.StartOf(*app);
-  const LinkSink& sink = start.sink ? *start.sink : app->sink;
-  PutSink(sink, to->mutable_sink());
-  if (sink.kind == SinkKind::Socket)
-    to->set_sink_trouble(m_context.apps.Machines().WhyUnreachable(sink.name));
-  to->set_sink_from_start(start.sink.has_value());
-  for (const AppStart::Note& note : start.notes) {
-    StartNote* const line = to->add_start_notes();
-    line->set_pid(note.pid);
-    line->set_text(note.text);
-  }
-  std::map<std::string, Component*> components;
-  for (std::uint32_t id = 0; id < app->traces.size(); ++id) {
-    const CatalogueTrace& trace = app->traces[id];
-    Component*& component = components[trace.component];
-    if (!component) {
-      component = to->add_components();
-      component->set_name(trace.component);
-    }
-    Category* const category = component->add_categories();
-    category->set_name(trace.category);
-    category->set_trace_id(id);
-    const auto given = start.settings.find(id);
-    category->set_settings(given == start.settings.end() ? trace.settings : given->second);
-    category->set_from_start(given != start.settings.end());
-  }
-  return true;
 }
 
 bool ClientSession::Submit(const quor::wire::Submit& submit, Response* response) {

@@ -89,6 +89,7 @@ class ClientSession final : public Connection::Handler,
   bool Submit(const quor::wire::Submit& submit, quor::wire::Response* response);
   bool Keep(const quor::wire::Keep& keep, quor::wire::Response* response);
   bool ForgetApp(const std::string& name, quor::wire::Response* response);
+  // False: no such application is known.
   bool FillApp(const std::string& name, quor::wire::Response* response);
   void TakeForwarded(const Frame& frame);
   void CloseHandles();

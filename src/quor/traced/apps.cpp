@@ -267,8 +267,21 @@ bool Apps::Keep(CatalogueApp& app, const SettingsText& rules) {
   if (!m_catalogue.Keep(app, rules, &traces)) return false;
   for (const auto& [key, instance] : m_running)
     if (&instance->Entry() == &app) instance->DropStart(traces, false);
+  SendKept(app);
   Apply(app, false);
   return true;
+}
+
+bool Apps::ForgetWaiting(CatalogueApp& app) {
+  const bool runs = app.Instances() != 0;  // else it may be gone afterwards
+  if (!m_catalogue.ForgetWaiting(app)) return false;
+  if (runs) SendKept(app);
+  return true;
+}
+
+void Apps::SendKept(const CatalogueApp& app) {
+  for (const auto& [key, instance] : m_running)
+    if (&instance->Entry() == &app) instance->SendKept();
 }
 
 AppStart Apps::StartOf(const CatalogueApp& app) const {
@@ -293,6 +306,19 @@ AppStart Apps::StartOf(const CatalogueApp& app) const {
       start.sink.reset();
   }
   return start;
+}
+
+std::map<std::string, Apps::FailingSink> Apps::FailingSinks() const {
+  std::map<std::string, FailingSink> failing;
+  for (const auto& [key, instance] : m_running) {
+    if (instance->IsEnding()) continue;
+    const CatalogueApp& entry = instance->Entry();
+    const std::optional<LinkSink>& own = instance->StartedWith().sink;
+    const LinkSink& sink = own ? *own : entry.sink;
+    if (std::string why = WhySinkFails(sink); !why.empty())
+      failing.try_emplace(entry.name, FailingSink{sink.name, std::move(why)});
+  }
+  return failing;
 }
 
 void Apps::CloseHandle(CatalogueApp& app, std::uint32_t pid) {

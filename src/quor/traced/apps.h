@@ -14,22 +14,13 @@
 #include <map>
 #include <set>
 
+#include "quor/traced/machine_router.h"
 #include "quor/traced/running_app.h"
 #include "quor/traced/segment_watch.h"
 
 class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
  public:
-  // Chooses the hub that takes a machine's traces; the local one for an unknown name.
-  class Router {
-   public:
-    virtual Hub& HubForMachine(const std::string& machine) = 0;
-    virtual std::string WhyUnreachable(const std::string& /*machine*/) const { return {}; }
-    // The folder in which applications are watched has changed.
-    virtual void OnPlaceChanged() = 0;
-
-   protected:
-    ~Router() = default;
-  };
+  using Router = MachineRouter;
   static constexpr std::size_t kInstancesMax = 4096;
 
   Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine)
@@ -56,7 +47,15 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   // Stores it in the catalogue and passes it to the running instances.
   void Submit(CatalogueApp& app, const Catalogue::Submitted& what);
   bool Keep(CatalogueApp& app, const SettingsText& rules);
-  const Router& Machines() const { return m_router; }
+  bool ForgetWaiting(CatalogueApp& app);
+  // Empty: it can be reached, or it is no machine.
+  std::string WhySinkFails(const LinkSink& sink) const {
+    return sink.kind == SinkKind::Socket ? m_router.WhyUnreachable(sink.name) : std::string();
+  }
+  struct FailingSink {
+    std::string machine, why;
+  };
+  std::map<std::string, FailingSink> FailingSinks() const;  // of those that run, by application
   AppStart StartOf(const CatalogueApp& app) const;
   void CloseHandle(CatalogueApp& app, std::uint32_t pid);
   void EndGrace();
@@ -75,6 +74,7 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) override;
   void OnEnded(RunningApp& app) override;
   void Apply(const CatalogueApp& app, bool sink);
+  void SendKept(const CatalogueApp& app);
   void OnFile(const std::string& name) override;
   void OnPlaceChanged() override { m_router.OnPlaceChanged(); }
   using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment

@@ -87,6 +87,7 @@ void RunningApp::TakeLink(AppArrival arrival) {
   m_unanswered.clear();
   m_fileSink = false;
   Send(EncodeWelcome());
+  SendKept();
   if (!ReadPoints()) return;
   ApplySink();
   if (TakeBytes(arrival.rest.data(), arrival.rest.data() + arrival.rest.size())) AwaitLink();
@@ -193,6 +194,10 @@ void RunningApp::ApplySettings() {
       points.SetSettings(point, m_entry->traces[m_pointIds[point]].settings);
   points.SetDefault(m_host.DefaultSettings());
   Send(EncodePoke());
+}
+
+void RunningApp::SendKept() {
+  if (m_app.TakesRules()) Send(EncodeRules(m_entry->kept.Written()));
 }
 
 void RunningApp::DropStart(const std::vector<std::uint32_t>& traces, bool sink) {

@@ -51,6 +51,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   void Relink(AppArrival arrival);
   // The settings or the sink in the catalogue have changed. What the environment gave stays.
   void ApplySettings();
+  void SendKept();  // the rules for points to come
   void ApplySink();
   // Somebody has set these traces, or the sink: what the environment gave is over for them.
   void DropStart(const std::vector<std::uint32_t>& traces, bool sink);

@@ -59,6 +59,7 @@ class TracedApp {
   SegmentPointsReader& Points() { return m_points; }
   InstanceStart ReadStart() const;  // without the settings, which ReadPoints gives
   void DropStartSink();
+  bool TakesRules() const;
   const char* Why() const { return m_why; }
   bool IsBroken() const { return m_broken; }
   // Reports what a broken one left in its ring, as far as it is credible, if it `isOurs` to take.

@@ -20,3 +20,7 @@ InstanceStart TracedApp::ReadStart() const {
 void TracedApp::DropStartSink() {
   m_segment.Header()->startSink.store(0, std::memory_order_relaxed);
 }
+
+bool TracedApp::TakesRules() const {
+  return m_segment.Header()->takesRules.load(std::memory_order_relaxed) != 0;
+}

@@ -1,6 +1,7 @@
 #include "wizard/ui/list_page_faces.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QPushButton>
 
 #include "config/traces/ui/traces_panel.h"
@@ -70,11 +71,20 @@ WizApplicationFace::~WizApplicationFace() {
   m_page.Detach();
 }
 
-WizTracesFace::WizTracesFace(CWizTracesPage& page, QWidget* parent) : QtPageFace(parent) {
+WizTracesFace::WizTracesFace(CWizTracesPage& page, QWidget* parent)
+    : QtPageFace(parent), m_page(page), m_note(MakePlainLabel({}, this)) {
   auto* const panel = new TracesPanel(
       page.Traces(), WizardTexts::kTraces,
       [this](const std::function<void()>& call) { Forward(call); }, this);
   panel->SetWantedSize(kTracesChars, kTracesRows);
   auto* const layout = new QVBoxLayout(this);
   layout->addWidget(panel);
+  m_note->setObjectName("note");
+  m_note->setWordWrap(true);
+  layout->addWidget(m_note);
+}
+
+void WizTracesFace::ShowData() {
+  m_note->setText(QString::fromStdString(m_page.Note()));
+  m_note->setVisible(!m_note->text().isEmpty());
 }

@@ -11,6 +11,7 @@
 #include "wizard/traces_page.h"
 
 class QCheckBox;
+class QLabel;
 class QPushButton;
 class QtListBox;
 
@@ -44,6 +45,10 @@ class WizTracesFace final : public QtPageFace {
  public:
   WizTracesFace(CWizTracesPage& page, QWidget* parent);
   // The list shows its items by itself.
-  void ShowData() override {}
+  void ShowData() override;
   bool TakeData() override { return true; }
+
+ private:
+  CWizTracesPage& m_page;
+  QLabel* m_note;
 };

@@ -56,6 +56,26 @@ TEST_F(ConfigSheetTest, WhatTheEnvironmentHasSetIsToldUnlessThereIsTrouble) {
   EXPECT_EQ(later.Note(), "web does not answer. These are the settings that it had before.");
 }
 
+TEST_F(ConfigSheetTest, WhatIsKeptAndAnUnreachableSinkAreTold) {
+  Orders().startNotes = {{12, "QUOR_SETTINGS=Net=max"}};
+  Orders().kept = "Net=max;Db/Query=Info+Stack";
+  Orders().sinkName = "mars";
+  Orders().sinkTrouble = "connection refused";
+  CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
+  const FakeConfigSheet window(sheet);
+  EXPECT_EQ(sheet.Note(),
+            "mars cannot be reached: connection refused\n"
+            "Kept for later starts: Net=max;Db/Query=Info+Stack "
+            "(\"trc forget orders\" takes it back)\n"
+            "Process 12: QUOR_SETTINGS=Net=max");
+  Orders().kept = std::string(1000, 'k');
+  Orders().sinkTrouble.clear();
+  Orders().startNotes.clear();
+  CConfigPropertySheet later(m_host, *m_doc, *m_app);
+  EXPECT_EQ(later.Note(), "Kept for later starts: " + std::string(400, 'k') +
+                              "... (\"trc forget orders\" takes it back)");
+}
+
 TEST_F(ConfigSheetTest, AMachineThatGoesAwayIsAskedOnceAndGetsAllWithTheNextApply) {
   CConfigPropertySheet sheet(m_host, *m_doc, *m_app);
   FakeConfigSheet window(sheet);

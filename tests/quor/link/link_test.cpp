@@ -43,6 +43,8 @@ std::string Dump(const LinkFrame& frame) {
       return "call";
     case LinkType::Report:
       return "report " + std::to_string(frame.report.lost) + " " + frame.report.text;
+    case LinkType::Rules:
+      return "rules " + frame.rules;
   }
   return "?";
 }
@@ -85,13 +87,14 @@ TEST(Link, EveryMessageReadsBackHoweverTheStreamIsSplit) {
   for (const auto& one : {EncodeHello(hello), EncodeWelcome(), EncodeRefused("no"),
                           EncodeSink({SinkKind::File, "/tmp/x.trc", "flush=1;"}), EncodePoke(),
                           EncodeTaker(RingTaker::Service), EncodePoints(), EncodeCall(),
-                          EncodeReport({5, "disk full"})})
+                          EncodeReport({5, "disk full"}), EncodeRules("Net=max;*=off")})
     all.insert(all.end(), one.begin(), one.end());
   for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}, std::size_t{7},
                                  std::size_t{64}, all.size()})
     EXPECT_EQ(Decoded(all, step),
               "hello 2 4711 1234567890123 24 123456 0 orders\nwelcome 2\nrefused 2 no\n"
-              "sink 0 /tmp/x.trc flush=1;\npoke\ntaker 1\npoints\ncall\nreport 5 disk full\n");
+              "sink 0 /tmp/x.trc flush=1;\npoke\ntaker 1\npoints\ncall\nreport 5 disk full\n"
+              "rules Net=max;*=off\n");
 }
 
 TEST(Link, AHelloOfAnotherVersionIsReadByItsVersionAloneSoThatItCanBeRefused) {
@@ -109,7 +112,8 @@ TEST(Link, BadFramesAreErrors) {
   EXPECT_EQ(Decoded({0xFF, 0xFF, 0xFF, 0xFF}, 10), "error: a frame that is too long");
   const std::string wrong = "error: a frame that is not what its type says";
   EXPECT_EQ(Decoded(Frame(0, {}), 10), wrong);
-  EXPECT_EQ(Decoded(Frame(10, {}), 10), wrong);
+  EXPECT_EQ(Decoded(Frame(10, {}), 10), wrong);  // rules without a text
+  EXPECT_EQ(Decoded(Frame(11, {}), 10), wrong);
   EXPECT_EQ(Decoded(Frame(5, {1}), 10), wrong);                 // a poke with a body
   EXPECT_EQ(Decoded(Frame(1, {0, 0}), 10), wrong);              // a hello that is cut short
   EXPECT_EQ(Decoded(Frame(6, {2}), 10), wrong);                 // no such taker
@@ -135,7 +139,7 @@ TEST(Link, RandomFramesAreSurvived) {
     for (std::uint8_t& byte : body)
       byte = static_cast<std::uint8_t>(random() % (round % 3 ? 256 : 4));
     const std::string dump =
-        Decoded(Frame(static_cast<int>(random() % 10), body), 1 + random() % 9);
+        Decoded(Frame(static_cast<int>(random() % 11), body), 1 + random() % 9);
     ASSERT_TRUE(dump.empty() || dump.back() == '\n' || dump.rfind("error: ", 0) == 0) << dump;
   }
 }

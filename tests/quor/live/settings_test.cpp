@@ -1,5 +1,10 @@
 // The written form of settings and sinks, with a real service and real programs.
+#include <quor/quor.h>
+
+#include <deque>
+
 #include "live_fixture.h"
+#include "support/traced_child.h"
 
 namespace {
 
@@ -183,8 +188,16 @@ TEST_F(LiveSettingsTest, AMachineThatCannotBeReachedIsToldWithTheSink) {
     return RunTrc({"show", "orders"}).out.find("\n             cannot be reached: ") !=
            std::string::npos;
   })) << RunTrc({"show", "orders"}).out;
-  EXPECT_NE(json::parse(RunTrc({"show", "orders", "--json"}).out)["sinkTrouble"], "");
+  const json why = json::parse(RunTrc({"show", "orders", "--json"}).out)["sinkTrouble"];
+  EXPECT_NE(why, "");
+  EXPECT_EQ(RunTrc({"apps"}).out,
+            "orders  (\"127.0.0.1:1\" cannot be reached: " + why.get<std::string>() + ")\n");
+  EXPECT_EQ(json::parse(RunTrc({"apps", "--json"}).out), (json::array({{{"application", "orders"},
+                                                                        {"running", true},
+                                                                        {"instances", 1},
+                                                                        {"sinkTrouble", why}}})));
   EXPECT_EQ(RunTrc({"sink", "orders", "socket:localhost"}).status, 0);
+  EXPECT_EQ(RunTrc({"apps"}).out, "orders\n");
   EXPECT_FALSE(json::parse(RunTrc({"show", "orders", "--json"}).out).contains("sinkTrouble"));
 }
 
@@ -253,16 +266,70 @@ TEST_F(LiveSettingsTest, WhatIsKeptHoldsFromTheFirstTraceOfEachLaterInstance) {
   EXPECT_EQ(again.err, "trc: \"orders\": nothing is kept for such an application\n");
 }
 
+// A point that is declared when the program has traced long since, and its settings at that moment.
+std::uint32_t SettingsOfNewPoint() {
+  struct Named {
+    std::string category;
+    quor_point point;
+  };
+  static std::deque<Named> points;
+  Named& named = points.emplace_back();
+  named.category = "Number " + std::to_string(points.size());
+  named.point = QUOR_POINT_INIT("Late", named.category.c_str());
+  quor_register(&named.point);
+  return named.point.settings;
+}
+
+std::uint64_t NewPointsWith(std::uint32_t settings) {
+  std::uint64_t with = 0;
+  for (int i = 0; i < 100; ++i) with += SettingsOfNewPoint() == settings ? 1 : 0;
+  return with;
+}
+
+TEST_F(LiveSettingsTest, WhatIsKeptHoldsForPointsThatAreDeclaredLater) {
+  TracedChild app([](TracedChild& self) {
+    self.AwaitGo();
+    setenv("QUOR_WAIT", "10000", 1);
+    quor_application("orders");
+    static quor_point first = QUOR_POINT_INIT("Net", "Connect");
+    quor_register(&first);
+    self.Report(NewPointsWith(0));
+    for (const std::uint32_t settings : {799u, 7u}) {
+      self.AwaitGo();
+      // The change is on its way to this process.
+      EXPECT_TRUE(WaitFor([&] { return SettingsOfNewPoint() == settings; }));
+      self.Report(NewPointsWith(settings));
+    }
+    return 0;
+  });
+  StartService();
+  EXPECT_EQ(RunTrc({"set", "--persist", "orders", "Late=off"}).status, 0);
+  app.Go();
+  EXPECT_EQ(app.Reported(), 100u);
+  EXPECT_EQ(RunTrc({"set", "--persist", "orders", "Late=max"}).status, 0);
+  app.Go();
+  EXPECT_EQ(app.Reported(), 100u);
+  EXPECT_EQ(RunTrc({"forget", "orders"}).status, 0);
+  app.Go();
+  EXPECT_EQ(app.Reported(), 100u);
+  EXPECT_EQ(app.Wait(), 0);
+}
+
 TEST_F(LiveSettingsTest, WhatIsKeptIsInForceInARunningInstanceToo) {
   StartService();
   TrcProcess emit(EmitWith({"QUOR_SETTINGS=Db=max"}));
   ASSERT_TRUE(Eventually([&] { return IsHere("orders"); }));
   EXPECT_EQ(RunTrc({"set", "--persist", "orders", "DB/close", "info", "Stack"}).status, 0);
   EXPECT_EQ(RunTrc({"apps"}).out, "orders\n");
+  EXPECT_NE(RunTrc({"show", "orders"}).out.find("\nKept         DB/close=info+Stack\n"),
+            std::string::npos)
+      << RunTrc({"show", "orders"}).out;
+  EXPECT_EQ(json::parse(RunTrc({"show", "orders", "--json"}).out)["kept"], "DB/close=info+Stack");
   EXPECT_EQ(SettingsOfApp("orders").at("Db/Close"), 0x201u);
   EXPECT_EQ(SettingsOfApp("orders").at("Db/Connect"), 799u);
   EXPECT_EQ(RunTrc({"forget", "orders"}).status, 0);
   EXPECT_EQ(SettingsOfApp("orders").at("Db/Close"), 0x201u) << "to the end of the instance";
+  EXPECT_FALSE(json::parse(RunTrc({"show", "orders", "--json"}).out).contains("kept"));
 }
 
 TEST_F(LiveSettingsTest, WhatWaitsForTheNextInstanceIsListedAndTakenBack) {

@@ -185,6 +185,21 @@ TEST_F(WizardControls, LoadShowsTheApplicationsOfAFileAndSelectsThem) {
   EXPECT_TRUE(Button(QtSheetFace::kNext).isEnabled());
 }
 
+TEST_F(WizardControls, WhatIsKeptForLaterStartsStandsBelowTheTraces) {
+  m_program.Machine("localhost").m_apps["orders"].kept = "Net=max";
+  m_program.Machine("localhost").Run("shop", {"Cart/Add"});
+  Next(3);
+  ClickLine("applications", "orders");
+  Next();
+  EXPECT_EQ(Title(), "Trace Wizard: Traces for orders");
+  EXPECT_EQ(Words().back(), "Kept for later starts: Net=max (\"trc forget orders\" takes it back)");
+  Click(Button(QtSheetFace::kBack));
+  ClickLine("applications", "shop");
+  Next();
+  EXPECT_EQ(Title(), "Trace Wizard: Traces for shop");
+  EXPECT_EQ(Words().size(), 1u);
+}
+
 TEST_F(WizardControls, EveryPageShowsItsWords) {
   using Texts = std::vector<std::string>;
   const auto all = [](const auto& paragraphs, const auto& choices) {

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
-void PointTable::Begin(const SegmentMap& segment, NameTable& names, const SettingsText& start) {
+void PointTable::Begin(const SegmentMap& segment, NameTable& names, const SettingsText& start,
+                       const SettingsText& kept) {
   m_start = &start;
+  m_kept = &kept;
   m_header = segment.Header();
   m_memory = segment.PointsMemory();
   m_entries = segment.Points();
@@ -61,9 +63,11 @@ std::uint32_t PointTable::AnySettings() const {
 }
 
 std::uint32_t PointTable::FirstSettings(const SegmentPoint& entry, const NameTable& names) const {
-  const auto settings = m_start->Of(names.Text(entry.component), names.Text(entry.category));
-  return settings ? *settings | kStartSettings
-                  : m_header->defaultSettings.load(std::memory_order_relaxed);
+  const std::string_view component = names.Text(entry.component),
+                         category = names.Text(entry.category);
+  if (const auto start = m_start->Of(component, category)) return *start | kStartSettings;
+  if (const auto kept = m_kept->Of(component, category)) return *kept;
+  return m_header->defaultSettings.load(std::memory_order_relaxed);
 }
 
 std::uint32_t PointTable::EntryOf(AppNameId component, AppNameId category, const NameTable& names) {

@@ -20,8 +20,10 @@ class PointTable {
   static constexpr const char* kNoRoomCategory = "(no room for more trace points)";
 
   // Call it once, in zeroed storage.
-  // `start`: the settings that points have when they are registered; it outlives this.
-  void Begin(const SegmentMap& segment, NameTable& names, const SettingsText& start);
+  // The settings that points have when they are registered: `start`, or else `kept`. Both outlive
+  // this.
+  void Begin(const SegmentMap& segment, NameTable& names, const SettingsText& start,
+             const SettingsText& kept);
   // Copies the entries with their settings into another, empty segment.
   // REQUIRES: the segment has memory for them.
   void Move(const SegmentMap& segment);
@@ -45,6 +47,7 @@ class PointTable {
   std::atomic<std::uint32_t> m_count;  // of entries; atomic for AnySettings
   AppNameId m_noRoomComponent, m_noRoomCategory;
   const SettingsText* m_start;
+  const SettingsText* m_kept;
   quor_point* m_points;           // registered, linked by `next`
   std::uint16_t m_slots[kSlots];  // entry + 1; 0: free
 };

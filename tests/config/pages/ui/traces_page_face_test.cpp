@@ -172,6 +172,17 @@ TEST_F(TracesPageFaceTest, AMachineThatIsAwayIsToldInALineBelowThePages) {
   });
 }
 
+TEST_F(TracesPageFaceTest, WhatIsKeptForLaterStartsStandsBelowThePages) {
+  m_machine.m_apps["orders"].kept = "Net=max;<b>=off";
+  Run([](QDialog& window) {
+    const auto* const note = window.findChild<QLabel*>("note");
+    EXPECT_TRUE(note->isVisible());
+    EXPECT_EQ(note->text(),
+              "Kept for later starts: Net=max;<b>=off (\"trc forget orders\" takes it back)");
+    EXPECT_EQ(note->textFormat(), Qt::PlainText);
+  });
+}
+
 TEST_F(TracesPageFaceTest, EveryControlHasANameForScreenReaders) {
   Run([](QDialog& window) {
     for (const unsigned id : {TracesPanel::kOff, TracesPanel::kSupport, TracesPanel::kDeveloper,

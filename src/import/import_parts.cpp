@@ -71,7 +71,9 @@ bool ImportParts::Put(const ImportedTrace& trace, std::string* why) {
       kTagBytes + kTraceBytesMax + kImportNames * (kNameRecordBytes + kLongestText);
   if (!WriteLast(why)) return false;
   Ids ids{};
+  const ImportLosses before = m_losses;
   if (m_parts.back().bytes + kMost > m_fileBytesMax || !FindIds(trace, ids)) {
+    m_losses = before;
     if (!NextPart(why)) return false;
     FindIds(trace, ids);
   }

@@ -93,8 +93,15 @@ TEST(ImportClock, AFormatReadsAsStrptimeWithFractionsAndZones) {
   EXPECT_EQ(ReadBy("%Y%m%d-%H%M%S%z", "20261121-094107+0100"), "2026-11-21 08:41:07.000");
   EXPECT_EQ(ReadBy("%b %d %H:%M:%S", "Nov 21 09:41:07"), "2026-11-21 09:41:07.000");
   EXPECT_EQ(ReadBy("%s.%f", "1795254067.5"), "2026-11-21 09:41:07.500");
+  EXPECT_EQ(ReadBy("%%f %Y-%m-%d", "%f 2026-11-21"), "2026-11-21 00:00:00.000");
   for (const char* text : {"", "21.11.2026", "21.11.2026 09:41:07.", "21.11.2026 09:41:07.1x"})
     EXPECT_EQ(ReadBy("%d.%m.%Y %H:%M:%S.%f", text), "none") << text;
+}
+
+TEST(ImportClock, TheHalfOfADayBehindAFractionCounts) {
+  constexpr const char* kFormat = "%m/%d/%Y %I:%M:%S.%f %p";
+  EXPECT_EQ(ReadBy(kFormat, "11/21/2026 02:15:33.123 PM"), "2026-11-21 14:15:33.123");
+  EXPECT_EQ(ReadBy(kFormat, "11/21/2026 12:15:33.123 AM"), "2026-11-21 00:15:33.123");
 }
 
 TEST(ImportClock, AZoneThatThisMachineLacksIsRefused) {

@@ -107,6 +107,22 @@ TEST(ImportParts, TracesWithMoreNamesThanAFileHoldsGoIntoAFurtherFile) {
   EXPECT_THAT(TracesIn(directory.File("out-2.trc")), ElementsAre("c65535:x"));
 }
 
+TEST(ImportParts, WhatIsLostOfTheFirstTraceOfAFurtherFileIsCountedOnce) {
+  const TempDir directory;
+  ImportParts parts(kTrcFileBytesMax);
+  std::string why;
+  ASSERT_TRUE(parts.Begin(directory.File("out.trc"), &why));
+  for (int number = 0; number < 65535; ++number)
+    ASSERT_TRUE(parts.Put(Trace("c" + std::to_string(number), "x"), &why)) << why;
+  ASSERT_EQ(parts.Paths().size(), 1u);
+  const std::string name = std::string("a\0b", 3) + std::string(70000, 'n');
+  ASSERT_TRUE(parts.Put(Trace(name, "x"), &why)) << why;
+  ASSERT_TRUE(parts.Finish(&why)) << why;
+  ASSERT_EQ(parts.Paths().size(), 2u);
+  EXPECT_EQ(parts.Losses().nulBytes, 1u);
+  EXPECT_EQ(parts.Losses().cutNames, 1u);
+}
+
 TEST(ImportParts, AFurtherFileReplacesNone) {
   const TempDir directory;
   const std::string path = directory.File("out.trc");

@@ -92,10 +92,34 @@ TEST_F(ImportJson, ALevelThatIsNotKnownIsInfoAndKeptAndCounted) {
 }
 
 TEST_F(ImportJson, ALineThatIsNoObjectOrHasNoGoodTimeIsNotUnderstood) {
-  for (const char* line :
-       {"", "x", "[]", "5", "\"a\"", "null", "{", R"({"a":1)", R"({"a":1} x)", R"({"a":})",
-        R"({"time":"soon"})", "{\"a\":\"\xFF\"}", R"({"time":[1,2,3,4]})"})
+  for (const char* line : {"", "x", "[]", "5", "\"a\"", "null", "{", R"({"a":1)", R"({"a":1} x)",
+                           R"({"a":})", R"({"time":"soon"})", R"({"time":[1,2,3,4]})",
+                           R"({"a":nan})", R"({"a":"\x"})", R"({"a":"\ud8"})"})
     EXPECT_EQ(Read(line), "not understood") << line;
+  EXPECT_TRUE(m_lines.Notes().empty());
+}
+
+TEST_F(ImportJson, AKeyWithoutAGoodTimeIsKeptWhereAnotherOneHasTheTime) {
+  EXPECT_EQ(Read(R"({"time":"12 ms","ts":"2026-11-21T09:41:07Z","msg":"done"})"),
+            "2026-11-21 09:41:07.000 [Info] 'done time=\"12 ms\"'");
+}
+
+TEST_F(ImportJson, ALineThatItsWriterGotNearlyRightIsReadAndCounted) {
+  EXPECT_EQ(Read("{\"level\":\"error\",\"msg\":\"a\xFFz\"}"), "no time [Error] 'a\xEF\xBF\xBDz'");
+  EXPECT_EQ(Read(R"({"level":"warn","msg":"a\udcffb\ud83d\ude00\ud83d"})"),
+            "no time [Warn] 'a\xEF\xBF\xBD"
+            "b\xF0\x9F\x98\x80\xEF\xBF\xBD'");
+  EXPECT_EQ(Read("{\"msg\":\"a\tb\x1F\"}"), "no time [Info] 'a\tb\x1F'");
+  EXPECT_EQ(Read(R"({"msg":"NaN","a":NaN,"b":[-Infinity,1e999,-1.5e3]})"),
+            "no time [Info] 'NaN a=NaN b.0=-Infinity b.1=1e999 b.2=-1.5e3'");
+  EXPECT_EQ(m_lines.Notes(),
+            std::vector<std::string>{
+                "4 lines are not quite JSON: what is malformed is shown as \xEF\xBF\xBD"});
+}
+
+TEST_F(ImportJson, ALevelOfALineThatIsReadOnceMoreIsCountedOnce) {
+  EXPECT_EQ(Read(R"({"level":"banana","a":NaN})"), "no time [Info] 'level=banana a=NaN'");
+  EXPECT_EQ(m_fields.StrangeLevels(), 1u);
 }
 
 TEST_F(ImportJson, AfterALineThatWasNotUnderstoodTheNextHasNothingOfIt) {

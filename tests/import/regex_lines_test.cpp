@@ -59,7 +59,25 @@ TEST_F(ImportRegex, BytesThatAreNotUtf8AndNulBytesMatchAsTheyAre) {
 TEST_F(ImportRegex, AnExpressionThatTriesAllWaysIsGivenUp) {
   const std::string line(60, 'a');
   EXPECT_EQ(Read("^(?<text>(a|aa)+)$", line + "b"), "not understood");
-  EXPECT_EQ(m_lines->GivenUp(), 1u);
+  EXPECT_EQ(m_lines->Notes(),
+            std::vector<std::string>{"of these the search in 1 line was given up: the expression "
+                                     "takes too many steps or too much memory"});
+}
+
+TEST_F(ImportRegex, ALongLineMatchesAsAShortOneDoes) {
+  for (const std::size_t words : {10, 1'000, 100'000}) {
+    std::string text;
+    for (std::size_t word = 0; word < words; ++word) text += "ab ";
+    EXPECT_EQ(Read(R"(^(?<level>\w+) (?<text>(?:.|\s)*)$)", "WARN " + text),
+              "no time [Warn] '" + text + "'");
+    EXPECT_TRUE(m_lines->Notes().empty());
+  }
+}
+
+TEST_F(ImportRegex, InAnExpressionOfCharactersMalformedBytesMatchAsTheyAre) {
+  EXPECT_EQ(Read("(*UTF)^(?<level>\\w+) (?<text>.)", "INFO \xC3\xA9."),
+            "no time [Info] '\xC3\xA9'");
+  EXPECT_EQ(Read("(*UTF)^(?<level>\\w+) (?<text>.*)", "INFO a.\xFF"), "no time [Info] 'a.'");
 }
 
 TEST_F(ImportRegex, AWrongExpressionIsRefusedWithItsPlace) {

@@ -101,12 +101,22 @@ TEST_F(ImportJournal, ReadsBytesAndSeveralValues) {
             "2026-11-21 09:41:07.123 [Info] 'hi\xFF'");
   EXPECT_EQ(Read(R"({"__REALTIME_TIMESTAMP":"1795254067123456","MESSAGE":["one","two"]})"),
             "2026-11-21 09:41:07.123 [Info] 'one\ntwo'");
+  EXPECT_EQ(Read(R"({"__REALTIME_TIMESTAMP":"1795254067123456","MESSAGE":[[104,105],[255]]})"),
+            "2026-11-21 09:41:07.123 [Info] 'hi\n\xFF'");
+}
+
+TEST_F(ImportJournal, AValueThatIsNoneLeavesTheFieldToTheNext) {
+  EXPECT_EQ(Read(R"({"_SOURCE_REALTIME_TIMESTAMP":"?","__REALTIME_TIMESTAMP":"1795254067123456",)"
+                 R"("_TRANSPORT":"syslog","SYSLOG_FACILITY":"99999999999","MESSAGE":"m"})"),
+            "2026-11-21 09:41:07.123 [Info] component=syslog 'm'");
 }
 
 TEST_F(ImportJournal, ATextThatJournalctlLeftOutIsCounted) {
   EXPECT_EQ(Read(R"({"__REALTIME_TIMESTAMP":"1795254067123456","MESSAGE":null})"),
             "2026-11-21 09:41:07.123 [Info] ''");
-  EXPECT_EQ(m_lines.MissingTexts(), 1u);
+  EXPECT_EQ(
+      m_lines.Notes(),
+      std::vector<std::string>{"1 text is missing: journalctl leaves out long ones without --all"});
 }
 
 TEST_F(ImportJournal, AnEntryWithoutATimeOrThatIsNoObjectIsNotUnderstood) {

@@ -99,12 +99,9 @@ class Import {
       case ImportForm::Syslog:
         m_format = std::make_unique<SyslogLines>(m_fields, m_clock);
         return true;
-      case ImportForm::Journal: {
-        auto journal = std::make_unique<JournalLines>(m_fields);
-        m_journal = journal.get();
-        m_format = std::move(journal);
+      case ImportForm::Journal:
+        m_format = std::make_unique<JournalLines>(m_fields);
         return true;
-      }
       default:
         m_format = RegexLines::Make(m_options.expression, m_fields, why);
         return m_format != nullptr;
@@ -135,9 +132,7 @@ class Import {
     m_progress.Clear();
     const std::vector<std::string> texts = ImportTexts(counts, m_parts.Losses(), m_fields);
     for (const std::string& text : texts) PrintError(text);
-    if (m_journal && m_journal->MissingTexts() > 0)
-      PrintError(GroupDigits(m_journal->MissingTexts()) +
-                 " texts are missing: journalctl leaves out long ones without --all");
+    for (const std::string& note : m_format->Notes()) PrintError(note);
     Output output;
     std::string files;
     for (const std::string& path : m_parts.Paths()) files += (files.empty() ? "" : ", ") + path;
@@ -145,7 +140,8 @@ class Import {
                 (m_parts.Traces() == 1 ? " trace" : " traces"));
     if (m_clock.YearsAdded() > 0)
       output.Line(GroupDigits(m_clock.YearsAdded()) +
-                  " times have no year: it is the last one before the end of their input");
+                  (m_clock.YearsAdded() == 1 ? " time has" : " times have") +
+                  " no year: it is the last one before the end of their input");
     const int status = output.Finish();
     const bool whole =
         counts.strange + counts.cutLines + m_parts.Losses().cutTexts + m_parts.Losses().cutNames ==
@@ -157,7 +153,6 @@ class Import {
   ImportClock m_clock;
   ImportFields m_fields;
   std::unique_ptr<LineFormat> m_format;
-  const JournalLines* m_journal = nullptr;
   ImportParts m_parts{kTrcFileBytesMax};
   ProgressLine m_progress;
 };

@@ -111,6 +111,33 @@ void Zone(Scan& scan, ClockTime& time) {
   }
 }
 
+// Where the first "%f" stands, and not behind a "%" that is one itself.
+std::size_t FindFraction(const std::string& format) {
+  for (std::size_t at = 0; at + 1 < format.size(); ++at) {
+    if (format[at] != '%') continue;
+    if (format[at + 1] == 'f') return at;
+    ++at;
+  }
+  return std::string::npos;
+}
+
+// Takes the digits of a fraction out of the text, and its "%f" out of the format: strptime must
+// read the rest in one go, because it keeps what it knows of "%I" for a "%p" that comes later.
+bool TakeFraction(std::string& text, std::string& format, int& ms) {
+  const std::size_t at = FindFraction(format);
+  if (at == std::string::npos) return true;
+  struct tm before = {};
+  const char* const end = strptime(text.c_str(), format.substr(0, at).c_str(), &before);
+  if (!end) return false;
+  const auto begin = static_cast<std::size_t>(end - text.c_str());
+  Scan digits(std::string_view(text).substr(begin));
+  if (!digits.IsDigit()) return false;
+  ms = digits.Fraction();
+  text.erase(begin, digits.At());
+  format.erase(at, 2);
+  return true;
+}
+
 }  // namespace
 
 std::int64_t ClockTime::Seconds() const {
@@ -172,25 +199,16 @@ std::optional<std::int64_t> ReadEpoch(std::string_view text) {
   return number < kNsMin ? whole / 1000 : whole / 1'000'000;
 }
 
-bool ReadFormattedTime(const char* text, const char* format, ClockTime& time) {
+bool ReadFormattedTime(std::string text, std::string format, ClockTime& time) {
   constexpr long kNoZone = std::numeric_limits<long>::min();
   struct tm tm = {};
   tm.tm_mday = 1;
   tm.tm_year = -1900;
   tm.tm_gmtoff = kNoZone;
   time.ms = 0;
-  for (std::string rest = format;;) {
-    const std::size_t fraction = rest.find("%f");
-    text = strptime(text, rest.substr(0, fraction).c_str(), &tm);
-    if (!text) return false;
-    if (fraction == std::string::npos) break;
-    Scan digits(text);
-    if (!digits.IsDigit()) return false;
-    time.ms = digits.Fraction();
-    text += digits.At();
-    rest.erase(0, fraction + 2);
-  }
-  if (*text != '\0') return false;
+  if (!TakeFraction(text, format, time.ms)) return false;
+  const char* const end = strptime(text.c_str(), format.c_str(), &tm);
+  if (!end || *end != '\0') return false;
   time.year = tm.tm_year + 1900;
   time.month = tm.tm_mon + 1;
   time.day = tm.tm_mday;

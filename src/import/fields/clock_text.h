@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 struct ClockTime {
@@ -33,5 +34,6 @@ std::size_t ReadWebTime(std::string_view text, ClockTime& time);
 // without a fraction, as milliseconds. Nothing if the text is anything else.
 std::optional<std::int64_t> ReadEpoch(std::string_view text);
 
-// By strptime, and "%f" for the digits of a fraction of a second. The whole text must match.
-bool ReadFormattedTime(const char* text, const char* format, ClockTime& time);
+// By strptime, and once "%f" for the digits of a fraction of a second. The whole text must match. A
+// NUL ends both.
+bool ReadFormattedTime(std::string text, std::string format, ClockTime& time);

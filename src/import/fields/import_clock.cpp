@@ -39,11 +39,9 @@ bool StoreMoment(std::int64_t ms, ImportedTrace& trace) {
 
 bool ImportClock::Read(std::string_view text, ImportedTrace& trace) {
   ClockTime time;
-  if (!m_rules.format.empty()) {
-    m_text = text;
-    return m_text.find('\0') == std::string::npos &&
-           ReadFormattedTime(m_text.c_str(), m_rules.format.c_str(), time) && Store(time, trace);
-  }
+  if (!m_rules.format.empty())
+    return text.find('\0') == text.npos &&
+           ReadFormattedTime(std::string(text), m_rules.format, time) && Store(time, trace);
   text = WithoutBlanks(text);
   if (const auto ms = ReadEpoch(text)) return StoreMoment(*ms, trace);
   for (const auto read : {ReadIsoTime, ReadSyslogTime, ReadWebTime})

@@ -38,7 +38,6 @@ class ImportClock {
   ImportTimeRules m_rules;
   std::int64_t m_latest = 0;
   std::uint64_t m_yearsAdded = 0;
-  std::string m_text;  // with a NUL, for strptime
 };
 
 // Milliseconds since 1970. False outside of the years 1 to 9999.

@@ -63,6 +63,8 @@ class ImportFields {
   // Levels that are not known; their traces are Info.
   std::uint64_t StrangeLevels() const { return m_strangeLevels; }
   const std::string& FirstStrangeLevel() const { return m_firstStrange; }
+  // Those behind the first `kept` are of a line that is read once more.
+  void ForgetLevels(std::uint64_t kept) { m_strangeLevels = kept; }
 
  private:
   bool SetLevel(std::string_view value, LevelNumbers numbers, ImportedTrace& trace);

@@ -3,6 +3,9 @@
 #include <charconv>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
+#include "import/lines/mended_json.h"
+
 namespace {
 
 using nlohmann::json;
@@ -87,5 +90,16 @@ class Flattener {
 
 bool ReadFlatJson(std::string_view line, FlatJsonTaker& taker) {
   Flattener flattener(taker);
-  return json::sax_parse(line.begin(), line.end(), &flattener);
+  if (json::sax_parse(line.begin(), line.end(), &flattener)) return true;
+  const std::string mended = MendJson(line);
+  if (mended == line) return false;
+  taker.OnAgain();
+  Flattener again(taker);
+  return json::sax_parse(mended.begin(), mended.end(), &again);
+}
+
+std::vector<std::string> MendedNote(std::uint64_t lines) {
+  if (lines == 0) return {};
+  return {GroupDigits(lines) + (lines == 1 ? " line is" : " lines are") +
+          " not quite JSON: what is malformed is shown as \xEF\xBF\xBD"};
 }

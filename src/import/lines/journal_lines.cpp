@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "base/text.h"
 #include "import/lines/syslog_lines.h"
 
 namespace {
@@ -56,8 +57,8 @@ constexpr std::string_view kJournalKeys[] = {"_SOURCE_REALTIME_TIMESTAMP",
 }  // namespace
 
 bool JournalLines::Read(std::string_view line, ImportedTrace& trace) {
-  for (bool& has : m_has) has = false;
-  m_textIsMissing = false;
+  m_again = false;
+  Begin();
   if (!ReadFlatJson(line, *this)) return false;
   if (!SetFirst(ImportField::Time, {kSourceTime, kJournalTime}, trace)) return false;
   SetNames(trace);
@@ -69,7 +70,28 @@ bool JournalLines::Read(std::string_view line, ImportedTrace& trace) {
   SetFirst(ImportField::Text, {kMessage}, trace);
   SetFirst(ImportField::Stack, {kTraceback}, trace);
   if (m_textIsMissing) ++m_missingTexts;
+  if (m_again) ++m_mended;
   return true;
+}
+
+void JournalLines::Begin() {
+  for (bool& has : m_has) has = false;
+  for (std::string& list : m_list) list.clear();
+  m_textIsMissing = false;
+}
+
+void JournalLines::OnAgain() {
+  m_again = true;
+  Begin();
+}
+
+std::vector<std::string> JournalLines::Notes() const {
+  std::vector<std::string> notes = MendedNote(m_mended);
+  if (m_missingTexts > 0)
+    notes.push_back(GroupDigits(m_missingTexts) +
+                    (m_missingTexts == 1 ? " text is" : " texts are") +
+                    " missing: journalctl leaves out long ones without --all");
+  return notes;
 }
 
 void JournalLines::SetNames(ImportedTrace& trace) {
@@ -81,15 +103,17 @@ void JournalLines::SetNames(ImportedTrace& trace) {
   if (!facility) return;
   unsigned number = 0;
   const char* const end = facility->data() + facility->size();
-  if (std::from_chars(facility->data(), end, number).ptr == end)
+  const auto read = std::from_chars(facility->data(), end, number);
+  if (read.ec == std::errc() && read.ptr == end)
     m_fields.Set(ImportField::Category, FacilityName(number), trace);
 }
 
-// The first of these keys that has a value.
+// The first of these keys that has a value which the field can have.
 bool JournalLines::SetFirst(ImportField field, std::initializer_list<std::size_t> keys,
                             ImportedTrace& trace) {
   for (const std::size_t key : keys)
-    if (const std::string* const value = Value(key)) return m_fields.Set(field, *value, trace);
+    if (const std::string* const value = Value(key); value && m_fields.Set(field, *value, trace))
+      return true;
   return false;
 }
 
@@ -104,11 +128,13 @@ bool JournalLines::OnValue(const std::string& path, JsonKind kind, std::string_v
     }
     std::string& own = m_values[key];
     const bool inArray = name.size() != path.size();
+    const std::string_view list = std::string_view(path).substr(0, path.rfind('.'));
     if (!m_has[key])
       own.clear();
-    else if (kind != JsonKind::Number)
+    else if (kind != JsonKind::Number || list != m_list[key])
       own.push_back('\n');
     m_has[key] = true;
+    m_list[key] = list;
     unsigned byte = 0;
     const bool isByte =
         inArray && kind == JsonKind::Number &&

@@ -18,13 +18,14 @@ class JournalLines final : public LineFormat, private FlatJsonTaker {
  public:
   explicit JournalLines(ImportFields& fields) : m_fields(fields) {}
   bool Read(std::string_view line, ImportedTrace& trace) override;
-  // Entries whose text journalctl has left out, because it is long and --all was not given.
-  std::uint64_t MissingTexts() const { return m_missingTexts; }
+  std::vector<std::string> Notes() const override;
 
  private:
   static constexpr std::size_t kKeys = 21;
 
   bool OnValue(const std::string& path, JsonKind kind, std::string_view value) override;
+  void OnAgain() override;
+  void Begin();
   const std::string* Value(std::size_t key) const { return m_has[key] ? &m_values[key] : nullptr; }
   bool SetFirst(ImportField field, std::initializer_list<std::size_t> keys, ImportedTrace& trace);
   void SetNames(ImportedTrace& trace);
@@ -33,5 +34,9 @@ class JournalLines final : public LineFormat, private FlatJsonTaker {
   bool m_has[kKeys] = {};
   bool m_textIsMissing = false;
   std::string m_values[kKeys];
+  std::string m_list[kKeys];  // the path of the bytes that were given last
+  // Entries whose text journalctl has left out, because it is long and --all was not given.
   std::uint64_t m_missingTexts = 0;
+  std::uint64_t m_mended = 0;
+  bool m_again = false;
 };

@@ -145,12 +145,27 @@ JsonLines::JsonLines(ImportFields& fields,
 
 bool JsonLines::Read(std::string_view line, ImportedTrace& trace) {
   m_trace = &trace;
+  m_again = false;
+  m_levelsBefore = m_fields.StrangeLevels();
+  Begin();
+  if (!ReadFlatJson(line, *this) || !Finish()) return false;
+  if (m_again) ++m_mended;
+  return true;
+}
+
+void JsonLines::Begin() {
   m_place = 0;
   m_set = 0;
   m_dateParts = m_timeParts = 0;
+  m_hasBadTime = false;
   for (std::string& value : m_own) value.clear();
   m_extra.clear();
-  return ReadFlatJson(line, *this) && Finish();
+}
+
+void JsonLines::OnAgain() {
+  m_again = true;
+  m_fields.ForgetLevels(m_levelsBefore);
+  Begin();
 }
 
 // Lines of one log mostly have the same keys in the same order.
@@ -180,7 +195,7 @@ bool JsonLines::OnValue(const std::string& path, JsonKind kind, std::string_view
     case Role::Field:
     case Role::Hex:
       if (kind == JsonKind::Null) return true;
-      if (!SetField(target, value, taken)) return false;
+      SetField(target, value, taken);
       break;
     case Role::DatePart:
     case Role::TimePart:
@@ -200,18 +215,18 @@ bool JsonLines::OnValue(const std::string& path, JsonKind kind, std::string_view
   return true;
 }
 
-// False: a time that is none. `taken` stays false for another value that its field cannot have.
-bool JsonLines::SetField(const Target& target, std::string_view value, bool& taken) {
+// `taken` stays false for a value that its field cannot have. Another key may have the time.
+void JsonLines::SetField(const Target& target, std::string_view value, bool& taken) {
   const std::uint64_t bit = BitOf(target.field);
-  if ((m_set & bit) != 0) return true;
+  if ((m_set & bit) != 0) return;
   std::string& own = m_values[static_cast<std::size_t>(target.field)];
   if (target.role != Role::Hex)
     own = value;
   else if (!DecodeHex(value, own))
-    return true;
+    return;
   taken = m_fields.Set(target.field, own, *m_trace);
   if (taken) m_set |= bit;
-  return taken || target.field != ImportField::Time;
+  if (!taken && target.field == ImportField::Time) m_hasBadTime = true;
 }
 
 // Any number that a record can hold, also if no calendar has it.
@@ -228,6 +243,7 @@ bool JsonLines::SetPart(const Target& target, std::string_view value) {
 }
 
 bool JsonLines::Finish() {
+  if (m_hasBadTime && (m_set & BitOf(ImportField::Time)) == 0) return false;
   if (IsOwn()) {
     m_trace->date = PackDate(m_date[0], m_date[1], m_date[2]);
     m_trace->time = PackTime(m_time[0], m_time[1], m_time[2], m_time[3]);

@@ -2,7 +2,7 @@
 //
 // Shape    Keys are compared without regard to case, nested ones with dots ("log.level"). The first
 //          key for a field counts. What has no field stands behind the text, as key=value.
-// Errors   A line is not understood if it is no object or its time is none.
+// Errors   A line is not understood if it is no object or none of its times is one.
 // Threads  One.
 #pragma once
 
@@ -21,6 +21,7 @@ class JsonLines final : public LineFormat, private FlatJsonTaker {
   JsonLines(ImportFields& fields,
             const std::vector<std::pair<std::string, ImportField>>& keys = {});
   bool Read(std::string_view line, ImportedTrace& trace) override;
+  std::vector<std::string> Notes() const override { return MendedNote(m_mended); }
 
  private:
   enum class Role { Field, Hex, DatePart, TimePart, Index, Count, Tic, Extra };
@@ -37,9 +38,11 @@ class JsonLines final : public LineFormat, private FlatJsonTaker {
   static constexpr std::size_t kOwn = 3;  // keys that mean something only beside a date
 
   bool OnValue(const std::string& path, JsonKind kind, std::string_view value) override;
+  void OnAgain() override;
+  void Begin();
   const Target& TargetOf(const std::string& path);
   Target Find(const std::string& path) const;
-  bool SetField(const Target& target, std::string_view value, bool& taken);
+  void SetField(const Target& target, std::string_view value, bool& taken);
   bool SetPart(const Target& target, std::string_view value);
   bool IsOwn() const { return m_dateParts == 7 && m_timeParts == 15; }
   bool Finish();
@@ -51,6 +54,8 @@ class JsonLines final : public LineFormat, private FlatJsonTaker {
   std::size_t m_place = 0;
   ImportedTrace* m_trace = nullptr;
   std::uint64_t m_set = 0;  // fields, by their numbers
+  std::uint64_t m_levelsBefore = 0, m_mended = 0;
+  bool m_again = false, m_hasBadTime = false;
   unsigned m_dateParts = 0, m_timeParts = 0;
   std::uint32_t m_date[3], m_time[4];
   std::string m_own[kOwn];

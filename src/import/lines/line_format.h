@@ -1,7 +1,9 @@
 // A form of log lines: reads one line into a trace.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "import/fields/imported_trace.h"
 
@@ -11,4 +13,6 @@ class LineFormat {
   // False: the line is not understood. The trace borrows from the line and from this, until the
   // next call.
   virtual bool Read(std::string_view line, ImportedTrace& trace) = 0;
+  // What is told at the end of the lines that were read: a text for each kind of what was special.
+  virtual std::vector<std::string> Notes() const { return {}; }
 };

@@ -4,14 +4,19 @@
 #include <pcre2.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "base/fail_with.h"
 #include "base/near/near_word.h"
+#include "base/text.h"
 
 namespace {
 
 // Enough for any line that is meant; an expression that tries all ways ends within a blink.
 constexpr std::uint32_t kStepsMax = 1'000'000;
+// Compiled expressions need a stack that grows with the line: the usual 32 KiB end some of them
+// after 2,000 characters.
+constexpr std::size_t kStackBytes = std::size_t{64} << 10, kStackBytesMax = std::size_t{64} << 20;
 
 std::string RegexReason(int error) {
   unsigned char words[256];
@@ -25,8 +30,10 @@ struct RegexLines::Compiled {
   pcre2_code* code = nullptr;
   pcre2_match_data* match = nullptr;
   pcre2_match_context* context = nullptr;
+  pcre2_jit_stack* stack = nullptr;
 
   ~Compiled() {
+    pcre2_jit_stack_free(stack);
     pcre2_match_context_free(context);
     pcre2_match_data_free(match);
     pcre2_code_free(code);
@@ -47,15 +54,26 @@ std::unique_ptr<RegexLines> RegexLines::Make(const std::string& expression, Impo
 bool RegexLines::Compile(const std::string& expression, std::string* why) {
   int error = 0;
   PCRE2_SIZE at = 0;
-  m_compiled->code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(expression.data()),
-                                   expression.size(), 0, &error, &at, nullptr);
+  const auto compile = [&](std::uint32_t options) {
+    return pcre2_compile(reinterpret_cast<PCRE2_SPTR>(expression.data()), expression.size(),
+                         options, &error, &at, nullptr);
+  };
+  m_compiled->code = compile(0);
   if (!m_compiled->code)
     return FailWith(why, "wrong expression: " + RegexReason(error) + " (at character " +
                              std::to_string(at + 1) + ")");
+  std::uint32_t options = 0;
+  pcre2_pattern_info(m_compiled->code, PCRE2_INFO_ALLOPTIONS, &options);
+  // "(*UTF)": a malformed byte would end the search of its whole line.
+  if ((options & PCRE2_UTF) != 0)
+    if (pcre2_code* const lenient = compile(PCRE2_MATCH_INVALID_UTF))
+      pcre2_code_free(std::exchange(m_compiled->code, lenient));
   pcre2_jit_compile(m_compiled->code, PCRE2_JIT_COMPLETE);  // without it the match is slower
   m_compiled->match = pcre2_match_data_create_from_pattern(m_compiled->code, nullptr);
   m_compiled->context = pcre2_match_context_create(nullptr);
   pcre2_set_match_limit(m_compiled->context, kStepsMax);
+  m_compiled->stack = pcre2_jit_stack_create(kStackBytes, kStackBytesMax, nullptr);
+  pcre2_jit_stack_assign(m_compiled->context, nullptr, m_compiled->stack);
   return true;
 }
 
@@ -106,4 +124,11 @@ bool RegexLines::SetGroup(const Group& group, std::string_view value, ImportedTr
   if (group.field == ImportField::Time) return false;
   m_extra.append(" ").append(group.word).append("=").append(value);
   return true;
+}
+
+std::vector<std::string> RegexLines::Notes() const {
+  if (m_givenUp == 0) return {};
+  return {"of these the search in " + GroupDigits(m_givenUp) +
+          (m_givenUp == 1 ? " line" : " lines") +
+          " was given up: the expression takes too many steps or too much memory"};
 }

@@ -3,8 +3,8 @@
 // Shape    (?<time>...) (?<level>...) and so on, by the words of the fields. Without a group "text"
 //          the whole line is the text.
 // Owner    Holds the compiled expression.
-// Errors   A line is not understood if it does not match, if the search takes too long, or if its
-//          time is none. A value that its field cannot have stands behind the text.
+// Errors   A line is not understood if it does not match, if the search takes too long (Notes), or
+//          if its time is none. A value that its field cannot have stands behind the text.
 // Threads  One.
 #pragma once
 
@@ -22,8 +22,7 @@ class RegexLines final : public LineFormat {
                                           std::string* why);
   ~RegexLines() override;
   bool Read(std::string_view line, ImportedTrace& trace) override;
-  // Lines whose search was given up.
-  std::uint64_t GivenUp() const { return m_givenUp; }
+  std::vector<std::string> Notes() const override;
 
  private:
   struct Group {
@@ -43,5 +42,5 @@ class RegexLines final : public LineFormat {
   std::vector<Group> m_groups;
   bool m_hasText = false;
   std::string m_extra, m_text;
-  std::uint64_t m_givenUp = 0;
+  std::uint64_t m_givenUp = 0;  // lines
 };

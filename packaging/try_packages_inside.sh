@@ -20,12 +20,13 @@ until_true() {
   fail "$words"
 }
 
-# Every file with its mode, owner, size and link, but for what dpkg and ldconfig keep of all packages, and
-# what is in memory only.
+# Every file with its mode, owner, size and link, but for what dpkg and ldconfig keep of all packages, the
+# copies that the tools for accounts keep of the state before, and what is in memory only.
 files() {
   find / -xdev \( -path /proc -o -path /packages -o -path /home -o -path /tmp -o -path /run -o -path /dev \
     -o -path '/var/lib/dpkg/*-old' -o -path /var/lib/dpkg/status -o -path /var/lib/dpkg/available \
     -o -path '/var/lib/dpkg/lock*' -o -path '/var/lib/dpkg/triggers' -o -path /var/lib/dpkg/diversions \
+    -o -path '/etc/passwd-' -o -path '/etc/shadow-' -o -path '/etc/group-' -o -path '/etc/gshadow-' \
     -o -path /var/log/dpkg.log -o -path /var/cache/ldconfig -o -path /etc/ld.so.cache \) -prune \
     -o ! -type d -printf '%p %y %m %u:%g %s %l\n' -o -printf '%p %y %m %u:%g\n' | sort
 }
@@ -56,9 +57,15 @@ done
 [ "$(systemctl --global is-enabled quord.socket)" = enabled ] || fail "the users' socket is not enabled"
 [ "$(systemctl --global is-enabled quord.service || true)" = disabled ] ||
   fail "the users' service is enabled, not only its socket"
+for unit in quord.socket quord.service; do
+  [ "$(systemctl is-enabled $unit || true)" = disabled ] || fail "the machine's $unit is enabled by itself"
+done
+[ "$(getent passwd quord | cut -d: -f6,7)" = /nonexistent:/usr/sbin/nologin ] && getent group quor >/dev/null ||
+  fail "the account or the group of the machine's service is missing"
+systemctl --quiet enable quord.socket 2>/tmp/enable.log || fail "the machine's socket cannot be enabled"
 systemctl --quiet enable quord@$account.socket 2>/tmp/enable.log || fail "an account's socket cannot be enabled"
 XDG_RUNTIME_DIR=/tmp systemd-analyze --man=no verify /lib/systemd/system/quord@$account.service \
-  >/tmp/verify.log 2>&1 || fail "the installed unit is wrong"
+  /lib/systemd/system/quord.service >/tmp/verify.log 2>&1 || fail "the installed unit is wrong"
 
 # What a developer does: the examples, with CMake and with pkg-config.
 as cp -r /usr/share/doc/libquor-dev/examples /home/$account/examples

@@ -41,29 +41,42 @@ TEST_F(Units, OfTheUserAndOfTheSystemAreRight) {
   EXPECT_EQ(Verify("--system", {Copy("system/quord@.service", "quord@orders.service"),
                                 Copy("system/quord@.socket", "quord@orders.socket")}),
             "");
+  EXPECT_EQ(Verify("--system", {Copy("system/quord.service", "quord.service"),
+                                Copy("system/quord.socket", "quord.socket")}),
+            "");
   // The check can tell a unit that is wrong.
   std::ofstream(m_dir.File("bad.service")) << "[Service]\nType=none-such\nExecStart=/bin/true\n";
   EXPECT_NE(Verify("--user", {m_dir.File("bad.service")}), "");
 }
 
-TEST_F(Units, OfAnAccountIsExposedLittle) {
-  const fs::path unit = Copy("system/quord@.service", "quord@orders.service");
-  const auto level = [&](const fs::path& of) {
-    FILE* const pipe = popen(
-        ("systemd-analyze security --offline=true --no-pager '" + of.string() + "' 2>&1").c_str(),
-        "r");
-    std::string said;
-    for (char piece[256]; std::fgets(piece, sizeof piece, pipe);) said += piece;
-    EXPECT_EQ(pclose(pipe), 0) << said;
-    const std::string words = "Overall exposure level for quord@orders.service: ";
-    const std::size_t at = said.find(words);
-    EXPECT_NE(at, said.npos) << said;
-    return at == said.npos ? 10.0 : std::stod(said.substr(at + words.size()));
-  };
-  EXPECT_LE(level(unit), 3.0);
+double ExposureOf(const fs::path& unit) {
+  FILE* const pipe = popen(
+      ("systemd-analyze security --offline=true --no-pager '" + unit.string() + "' 2>&1").c_str(),
+      "r");
+  std::string said;
+  for (char piece[256]; std::fgets(piece, sizeof piece, pipe);) said += piece;
+  EXPECT_EQ(pclose(pipe), 0) << said;
+  const std::string words = "Overall exposure level for " + unit.filename().string() + ": ";
+  const std::size_t at = said.find(words);
+  EXPECT_NE(at, said.npos) << said;
+  return at == said.npos ? 10.0 : std::stod(said.substr(at + words.size()));
+}
+
+TEST_F(Units, OfAnAccountAndOfTheMachineAreExposedLittle) {
+  EXPECT_LE(ExposureOf(Copy("system/quord@.service", "quord@orders.service")), 3.0);
+  const fs::path unit = Copy("system/quord.service", "quord.service");
+  EXPECT_LE(ExposureOf(unit), 3.0);
   // The measure can tell a unit without any defence.
   std::ofstream(unit) << "[Service]\nExecStart=/bin/true\n";
-  EXPECT_GT(level(unit), 9.0);
+  EXPECT_GT(ExposureOf(unit), 9.0);
+}
+
+// Otherwise the folder for the files of all accounts could not be made.
+TEST_F(Units, OfTheMachineMaySetTheGroupOfItsFolder) {
+  const std::string text =
+      ReadAll(std::string(getenv("QUORD_PACKAGING")) + "/systemd/system/quord.service");
+  EXPECT_NE(text.find("NoNewPrivileges=yes"), text.npos);
+  EXPECT_EQ(text.find("RestrictSUIDSGID=yes"), text.npos);
 }
 
 // The socket on which a manager listens for what its services say.

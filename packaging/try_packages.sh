@@ -52,7 +52,7 @@ unshare --mount --pid --net --ipc --uts --fork --kill-child bash -euc '
   mount --make-rprivate /
   mount -t proc proc "$1/proc"
   mount -t tmpfs -o mode=1777 tmpfs "$1/tmp"
-  mount -t tmpfs tmpfs "$1/run"
+  mount -t tmpfs -o mode=0755 tmpfs "$1/run"
   mkdir -p "$1/dev/shm"
   mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
   exec env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 HOME=/root \

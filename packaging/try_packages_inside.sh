@@ -32,11 +32,15 @@ files() {
 }
 
 account=orders
+second=mail-in
 useradd --create-home --uid 1500 --shell /bin/bash "$account"
+useradd --create-home --uid 1501 --shell /bin/bash "$second"
 runtime=/run/user/1500
 install -d -o "$account" -m 0700 "$runtime"
+install -d -o "$second" -m 0700 /run/user/1501
 # as NAME=VALUE... COMMAND...: as a shell of the account would run it.
 as() { runuser -u "$account" -- env HOME=/home/$account XDG_RUNTIME_DIR=$runtime "$@"; }
+as_second() { runuser -u "$second" -- env HOME=/home/$second XDG_RUNTIME_DIR=/run/user/1501 "$@"; }
 
 files >/tmp/before
 names=()
@@ -135,6 +139,39 @@ traces orders "QUOR_SOCKET=$socket"
 stop_service
 [ -e /var/lib/quor-$account/state.db ] || fail "the account's service keeps nothing in /var/lib"
 say "the account's unit starts a service that keeps its settings"
+
+# One for all accounts. Without a manager root starts it, and it becomes the account quord.
+quord --machine >/tmp/machine.log 2>&1 || fail "the service of the machine does not start"
+until_true "the service of the machine does not answer" trc apps
+[ "$(ps -o user= -p "$(pgrep -x quord)")" = quord ] || fail "the service of the machine has rights of root"
+[ "$(stat -c %U:%a /run/quor)" = quord:755 ] || fail "the folder of the machine's service is wrong"
+trc tail --format jsonl --for 30 >/tmp/all.log 2>/tmp/tail.log &
+all=$!
+as_second trc tail --format jsonl --for 30 >/tmp/own.log 2>/tmp/tail.log &
+own=$!
+as trc emit --app shop --count 5 >/tmp/emit.log 2>&1 || fail "an account cannot trace"
+as_second trc emit --app post --count 5 >/tmp/emit.log 2>&1 || fail "another account cannot trace"
+traced() { [ "$(grep -c "\"account\":\"$2\"" "$1")" -eq 5 ]; }
+until_true "root does not see all accounts" traced /tmp/all.log "$account"
+until_true "root does not see all accounts" traced /tmp/all.log "$second"
+until_true "an account does not see its own traces" traced /tmp/own.log "$second"
+kill $all $own
+wait $all $own || true # ended by the signal
+grep -q "$account" /tmp/own.log && fail "an account sees the traces of another one"
+as trc emit --app shop --rate 5 >/tmp/emit.log 2>&1 &
+shop=$!
+listed() { trc apps | grep -qx "$account/shop  *$account"; }
+until_true "root does not see the application of an account" listed
+until_true "--user finds no application" trc apps --user "$account"
+as_second trc apps 2>/dev/null | grep -q shop && fail "an account sees the applications of another one"
+as_second trc set shop --all off 2>/dev/null && fail "an account changes the applications of another one"
+usermod --append --groups quor "$second"
+until_true "a member of the group quor does not see all accounts" as_second trc apps --user "$account"
+as_second trc set $account/shop --all off || fail "a member of the group quor changes nothing"
+kill $shop
+quord stop >/tmp/stop.log || fail "root cannot end the service of the machine"
+until_true "the service of the machine does not end" unserved
+say "one service traces all accounts, and each sees what it may"
 
 as trc gen --records 1000 /tmp/sample.trc >/tmp/gen.log 2>&1 || fail "trc gen fails"
 as QT_QPA_PLATFORM=offscreen tessera --render /tmp/window.png /tmp/sample.trc >/tmp/render.log 2>&1 ||

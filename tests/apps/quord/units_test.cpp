@@ -71,6 +71,14 @@ TEST_F(Units, OfAnAccountAndOfTheMachineAreExposedLittle) {
   EXPECT_GT(ExposureOf(unit), 9.0);
 }
 
+// A program takes any socket there for that of a service, and looks for no other one.
+TEST_F(Units, TheSocketOfTheMachineGoesWhenItIsStopped) {
+  const std::string text =
+      ReadAll(std::string(getenv("QUORD_PACKAGING")) + "/systemd/system/quord.socket");
+  EXPECT_NE(text.find("\nListenStream=/run/quor/quord.sock\n"), text.npos);
+  EXPECT_NE(text.find("\nRemoveOnStop=yes\n"), text.npos);
+}
+
 // Otherwise the folder for the files of all accounts could not be made.
 TEST_F(Units, OfTheMachineMaySetTheGroupOfItsFolder) {
   const std::string text =

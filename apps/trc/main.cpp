@@ -1,10 +1,12 @@
 #include "command_line.h"
+#include "complete/complete.h"
 #include "symbols/worker/symbol_worker.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 
 int main(int argc, char** argv) {
   if (IsSymbolWorker(argc, argv)) return RunSymbolWorker(argc, argv);
+  if (IsCompletion(argc, argv)) return RunCompletion(argc, argv);
   CatchSignals();
   CommandLine line;
   const Command* const command = line.Read(argc, argv);

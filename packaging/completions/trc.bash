@@ -16,6 +16,14 @@ _trc_columns() {
   compopt -o nospace
 }
 
+# Names of applications, traces and nodes of the filter. They come quoted; nothing in them is
+# expanded.
+_trc_names() {
+  mapfile -t COMPREPLY < <(trc complete --bash "${COMP_LINE:0:COMP_POINT}" "$COMP_WORDBREAKS" \
+    2>/dev/null)
+  [[ $# -eq 0 ]] || compopt "$@"
+}
+
 _trc() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command= word
@@ -38,13 +46,13 @@ _trc() {
     dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     setup:-m | setup:--machine) return ;;
     setup:-p | setup:--preset) COMPREPLY=($(compgen -W 'off support developer max' -- "$current")); return ;;
-    setup:-a | setup:--app) COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')" -- "$current")); return ;;
+    setup:-a | setup:--app) _trc_names; return ;;
     config\ *:-m | config\ *:--machine) return ;;
     tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
-    dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check) return ;;
+    dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
-    stack:-[bn] | stack:--from | stack:--count | stack:--*check) return ;;
+    stack:-[bn] | stack:--from | stack:--count) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
     dump:-b | dump:--from | dump:-n | dump:--count) return ;;
     tail:-n | tail:--count | tail:--for | capture:-n | capture:--count | capture:--for) return ;;
@@ -83,17 +91,15 @@ _trc() {
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then
-    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')" -- "$current"))
+    _trc_names
   elif [[ $command == config* || $command == setup ]]; then
     compopt -o filenames
     local IFS=$'\n'
     COMPREPLY=($(compgen -d -- "$current") $(compgen -f -X '!*.tcf' -- "$current"))
   elif [[ $command == set ]]; then
-    local apps=$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')
-    COMPREPLY=($(compgen -W "$apps off support developer max Info Warn Error Developer Verbose
-      Location Stack" -- "$current"))
+    _trc_names
   elif [[ $command == show || $command == forget || $command == sink && $previous != -o && $previous != --file ]]; then
-    COMPREPLY=($(compgen -W "$(QUOR_AUTOSTART=0 trc apps 2>/dev/null | sed 's/  .*//')" -- "$current"))
+    _trc_names
   elif [[ $command == tail || $command == apps || $command == emit ]]; then
     return
   elif [[ $command == import || $command == export && $previous == *.trc ]]; then

@@ -14,6 +14,15 @@ function __trc_columns --inherit-variable columns
     end
 end
 
+function __trc_names
+    # Names of applications, traces and nodes of the filter. fish quotes them.
+    set -l words (commandline --cut-at-cursor --current-process --tokenize)
+    set -e words[1]
+    set -l token (commandline --cut-at-cursor --current-token)
+    set -l current (string unescape -- $token; or string replace --regex '^["\']' '' -- $token)
+    trc complete -- $words "$current" 2>/dev/null
+end
+
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -f
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a gen -d "Make a sample trace file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Print a summary of trace files"
@@ -49,38 +58,38 @@ complete -c trc -n "__fish_seen_subcommand_from dump" -s c -l columns -x -a "(__
 complete -c trc -n "__fish_seen_subcommand_from dump" -s u -l utc -d "Times in UTC"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s b -l from -x -d "Index in the file of the first trace"
 complete -c trc -n "__fish_seen_subcommand_from dump" -s n -l count -x -d "At most so many traces"
-complete -c trc -n "__fish_seen_subcommand_from dump" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from dump" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from dump" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from dump" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from tree" -s m -l machine -x -d "Only this machine"
 complete -c trc -n "__fish_seen_subcommand_from tree" -s d -l depth -x -d "Open so many levels"
 complete -c trc -n "__fish_seen_subcommand_from tree" -s x -l export -d "Write the first machine to a file"
-complete -c trc -n "__fish_seen_subcommand_from tree" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from tree" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from tree" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from tree" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s s -l symbols -x -a "(__fish_complete_directories)" -d "Folder with debug information"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s r -l recorded -d "Frames as they were recorded"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s b -l from -x -d "Index in the file of the first trace"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s n -l count -x -d "At most so many stacks"
-complete -c trc -n "__fish_seen_subcommand_from stack" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from stack" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from stack" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from stack" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from find" -s e -l regex -d "A regular expression"
 complete -c trc -n "__fish_seen_subcommand_from find" -s i -l ignore-case -d "Letters of any case"
 complete -c trc -n "__fish_seen_subcommand_from find" -s w -l word -d "Whole words only"
 complete -c trc -n "__fish_seen_subcommand_from find" -l count -d "Print only how many match"
 complete -c trc -n "__fish_seen_subcommand_from find" -s f -l format -x -a "text jsonl" -d "Format"
-complete -c trc -n "__fish_seen_subcommand_from find" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from find" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from find" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from find" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 
-complete -c trc -n "__fish_seen_subcommand_from save" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from save" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from save" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from save" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from export" -s f -l format -x -a "csv csv-rfc4180 jsonl" -d "Format"
 complete -c trc -n "__fish_seen_subcommand_from export" -s c -l columns -x -a "(__trc_columns)" -d "The shown columns"
 complete -c trc -n "__fish_seen_subcommand_from export" -l hidden -d "The hidden columns too"
 complete -c trc -n "__fish_seen_subcommand_from export" -s u -l utc -d "Times in UTC"
-complete -c trc -n "__fish_seen_subcommand_from export" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from export" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from export" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from export" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from import" -l journal -d "Lines of journalctl -o json"
 complete -c trc -n "__fish_seen_subcommand_from import" -l syslog -d "Lines of syslog"
@@ -100,16 +109,16 @@ complete -c trc -n "__fish_seen_subcommand_from tail" -s c -l columns -x -a "(__
 complete -c trc -n "__fish_seen_subcommand_from tail" -s u -l utc -d "Times in UTC"
 complete -c trc -n "__fish_seen_subcommand_from tail" -s n -l count -x -d "End after so many traces"
 complete -c trc -n "__fish_seen_subcommand_from tail" -l for -x -d "End after so many seconds"
-complete -c trc -n "__fish_seen_subcommand_from tail" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from tail" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from tail" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from tail" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from capture" -s o -l out -r -d "The file"
 complete -c trc -n "__fish_seen_subcommand_from capture" -s n -l count -x -d "End after so many traces"
 complete -c trc -n "__fish_seen_subcommand_from capture" -l for -x -d "End after so many seconds"
 complete -c trc -n "__fish_seen_subcommand_from capture" -l max-size -x -d "Size of a full file in MB"
 complete -c trc -n "__fish_seen_subcommand_from capture" -l max-files -x -d "Keep so many full files"
-complete -c trc -n "__fish_seen_subcommand_from capture" -l check -x -d "Show a node of the filter"
-complete -c trc -n "__fish_seen_subcommand_from capture" -l uncheck -x -d "Hide a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from capture" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "__fish_seen_subcommand_from capture" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 
 complete -c trc -n "__fish_seen_subcommand_from apps show" -s j -l json -d "JSON"
 complete -c trc -n "__fish_seen_subcommand_from dump find tree stack save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
@@ -132,12 +141,12 @@ complete -c trc -n "$config" -f -a diff -d "Print what would change"
 set -l config "__fish_seen_subcommand_from config; and __fish_seen_subcommand_from"
 complete -c trc -n "$config check show save apply" -s m -l machine -x -d "The machine"
 complete -c trc -n "$config show" -s j -l json -d "One JSON array"
-complete -c trc -n "$config save" -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  .*' '')"
+complete -c trc -n "$config save" -a "(__trc_names)"
 
 set -l setup "__fish_seen_subcommand_from setup"
 complete -c trc -n $setup -s m -l machine -x -d "A machine"
 complete -c trc -n $setup -s s -l same -d "The same for all machines"
-complete -c trc -n $setup -s a -l app -x -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  .*' '')" -d "An application"
+complete -c trc -n $setup -s a -l app -x -a "(__trc_names)" -d "An application"
 complete -c trc -n $setup -s p -l preset -x -a "off support developer max" -d "Settings of all traces"
 complete -c trc -n $setup -l monitor -d "Then print the traces of this machine"
 complete -c trc -n $setup -s n -l dry-run -d "Say what would be done"
@@ -152,5 +161,4 @@ complete -c trc -n "__fish_seen_subcommand_from emit" -s b -l blocks -d "Nested 
 complete -c trc -n "__fish_seen_subcommand_from emit" -s s -l seed -x -d "Another number, other texts"
 
 complete -c trc -n "__fish_seen_subcommand_from tail apps emit" -f
-complete -c trc -n "__fish_seen_subcommand_from show set sink forget" -f -a "(QUOR_AUTOSTART=0 trc apps 2>/dev/null | string replace -r '  .*' '')"
-complete -c trc -n "__fish_seen_subcommand_from set" -f -a "off support developer max Info Warn Error Developer Verbose Location Stack"
+complete -c trc -n "__fish_seen_subcommand_from show set sink forget" -f -a "(__trc_names)"

@@ -1,0 +1,127 @@
+#include "complete/known_names.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "base/mapped_file.h"
+#include "documents/trace_doc.h"
+#include "quor/client/trace_config.h"
+#include "records/trc_walk.h"
+#include "terminal/terminal_host.h"
+#include "tree/filter/filter_dialog.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+// The shell hands "~" over as it is typed.
+std::string WithHome(const std::string& path) {
+  const char* const home = getenv("HOME");
+  return path.starts_with("~/") && home ? home + path.substr(1) : path;
+}
+
+std::shared_ptr<const MappedFile> FirstTraceFile(const Names& words) {
+  for (const std::string& word : words) {
+    const std::string path = WithHome(word);
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+    auto file = MappedFile::Open(path);
+    if (file && VersionOf(file->View()) == TrcVersion::Current) return file;
+  }
+  return nullptr;
+}
+
+struct NameSink {
+  CTraceDoc& to;
+
+  void OnName(NameId id, std::string_view utf8) { to.m_names[id].name = utf8; }
+  void OnTrace(const std::uint8_t* record) { to.m_indexes.Note(RawTrace(record)); }
+  void OnUnknownTag(std::uint64_t) {}
+  bool OnProgress(std::uint64_t position) { return position < KnownNames::kFileBytesMax; }
+};
+
+// "Threads/web/" leads to the children of "web", "Threads/we" to "Threads/web".
+void AddLevel(const FilterNode& node, const std::string& path, std::string_view prefix,
+              Names& found) {
+  for (std::size_t place = 0; place < node.ChildCount(); ++place) {
+    const FilterNode& child = node.Child(place);
+    const std::string full = path.empty() ? child.Label() : path + "/" + child.Label();
+    if (full.starts_with(prefix))
+      found.push_back(full);
+    else if (prefix.starts_with(full + "/"))
+      AddLevel(child, full, prefix, found);
+  }
+}
+
+Names LevelOf(Host& host, CTraceFilter& filter, NameMap names, std::string_view prefix) {
+  CFilterDialog dialog(host, filter, names);
+  dialog.OnInitDialog();
+  Names found;
+  AddLevel(dialog.Tree().Root(), {}, prefix, found);
+  return found;
+}
+
+}  // namespace
+
+std::vector<std::string> KnownNames::Apps(const std::string& machine) {
+  const QuorPtr<trace_Config_i> config = trace_Config_i::CreateToList(machine);
+  if (!config) return {};
+  const std::list<std::string>& apps = config->GetAppList();
+  Names names(apps.begin(), apps.end());
+  for (const trace_Waiting_t& waiting : config->GetWaiting()) names.push_back(waiting.app);
+  return names;
+}
+
+std::vector<std::string> KnownNames::Traces(const std::string& machine, const std::string& app) {
+  const QuorPtr<trace_App_i> look = trace_App_i::Look(machine, app);
+  Names names;
+  if (!look) return names;
+  for (const trace_Component_t& component : look->GetTraceMap()) {
+    names.push_back(component.name);
+    for (const trace_Category_t& category : component.categories)
+      names.push_back(component.name + "/" + category.name);
+  }
+  return names;
+}
+
+std::vector<std::string> KnownNames::FilePaths(const std::vector<std::string>& words,
+                                               std::string_view prefix) {
+  const auto file = FirstTraceFile(words);
+  if (!file) return {};
+  TerminalHost host;
+  CTraceDoc document(host);
+  WalkTrc(file->View(), NameSink{document});
+  CTraceFilter filter;
+  filter.MergeDocumentNames(document);
+  return LevelOf(host, filter, document.m_names, prefix);
+}
+
+// Of threads nothing is known before their traces come.
+std::vector<std::string> KnownNames::LivePaths(const std::string& machine,
+                                               std::string_view prefix) {
+  TerminalHost host;
+  NameMap names;
+  CTraceFilter filter;
+  std::map<std::string, NameId> ids;
+  const auto add = [&](std::map<NameId, int>& marks, const std::string& name) {
+    const auto [entry, fresh] = ids.try_emplace(name, static_cast<NameId>(ids.size() + 1));
+    if (entry->second == 0) return;  // no ids are left
+    names[entry->second].name = name;
+    marks[entry->second] = 1;
+  };
+  Names apps = Apps(machine);
+  apps.resize(std::min(apps.size(), kAppsMax));
+  for (const std::string& app : apps) {
+    add(filter.applications, app);
+    const QuorPtr<trace_App_i> look = trace_App_i::Look(machine, app);
+    if (!look) continue;
+    for (const trace_Component_t& component : look->GetTraceMap()) {
+      add(filter.components, component.name);
+      for (const trace_Category_t& category : component.categories)
+        add(filter.categories, category.name);
+    }
+  }
+  return LevelOf(host, filter, std::move(names), prefix);
+}

@@ -67,6 +67,18 @@ std::weak_ptr<Connection> Forwarder::Stop() {
   return std::exchange(m_connection, nullptr);
 }
 
+// What is not confirmed is sent again over the next link.
+void Forwarder::UseRevoked(const std::string& lists, const std::string& serviceKeys) {
+  m_revoked = lists;
+  m_serviceKeys = serviceKeys;
+  ++m_listsRead;
+  if (!m_connection) return;
+  m_connection->Close();
+  m_connection.reset();
+  m_state = State::Down;
+  Dial();
+}
+
 void Forwarder::OnBatch(const SharedBatch& batch) {
   m_queue.Push(batch);
   Pump();
@@ -89,13 +101,16 @@ void Forwarder::OnSource(const std::shared_ptr<Source>& source) {
 
 void Forwarder::Dial() {
   std::string why;
-  auto tls = MakeClientTls(m_keysFolder, &why);
+  const bool same = !m_revoked.empty() && IsSameAuthority(m_keysFolder, m_serviceKeys);
+  auto tls = MakeClientTls(m_keysFolder, &why, same ? m_revoked : std::string());
   if (!tls) return TryLater(why);
-  ConnectTls(
-      m_io.get_executor(), std::move(tls), m_machine.host, m_machine.port, kDialDeadline,
-      [self = shared_from_this()](std::shared_ptr<ByteStream> stream, const std::string& reason) {
-        self->OnConnected(std::move(stream), reason);
-      });
+  ConnectTls(m_io.get_executor(), std::move(tls), m_machine.host, m_machine.port, kDialDeadline,
+             [self = shared_from_this(), lists = m_listsRead](std::shared_ptr<ByteStream> stream,
+                                                              const std::string& reason) {
+               // They may have changed while it was dialled.
+               if (lists != self->m_listsRead && !self->m_stopped) return self->Dial();
+               self->OnConnected(std::move(stream), reason);
+             });
 }
 
 void Forwarder::OnConnected(std::shared_ptr<ByteStream> stream, const std::string& why) {

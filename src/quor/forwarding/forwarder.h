@@ -31,6 +31,9 @@ class Forwarder final : public HubStream,
   Forwarder(asio::io_context& io, Machine machine, std::string keysFolder, std::string ownMachine,
             std::size_t storeBytes = kStoreBytes);
   void Start();
+  // The service's revocation lists. The link is made again, so that they are in force at once, and
+  // new certificates too. They count only where the authority is the same.
+  void UseRevoked(const std::string& lists, const std::string& serviceKeys);
   std::weak_ptr<Connection> Stop();
 
   Hub& Traces() { return m_hub; }
@@ -78,6 +81,8 @@ class Forwarder final : public HubStream,
   asio::io_context& m_io;
   const Machine m_machine;
   const std::string m_keysFolder, m_ownMachine, m_name;
+  std::string m_revoked, m_serviceKeys;
+  unsigned m_listsRead = 0;  // how often they were given
   Hub m_hub{true, m_name};
   StreamQueue m_queue;
   std::shared_ptr<Connection> m_connection;

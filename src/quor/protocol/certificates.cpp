@@ -132,6 +132,18 @@ bool UseRevocations(SSL_CTX* context, const std::string& file, std::string* why)
   return true;
 }
 
+bool IsSameAuthority(const std::string& keysFolder, const std::string& other) {
+  const auto read = [](const std::string& folder) {
+    FILE* const file = std::fopen((folder + "/ca.crt").c_str(), "re");
+    X509* const made = file ? PEM_read_X509(file, nullptr, nullptr, nullptr) : nullptr;
+    if (file) std::fclose(file);
+    return std::unique_ptr<X509, decltype(&X509_free)>(made, X509_free);
+  };
+  const auto first = read(keysFolder), second = read(other);
+  ERR_clear_error();  // a file may be missing
+  return first && second && X509_cmp(first.get(), second.get()) == 0;
+}
+
 std::vector<CertificateDate> DatesOf(SSL_CTX* context, const TlsRules& rules) {
   std::vector<CertificateDate> dates;
   if (const X509* const own = SSL_CTX_get0_certificate(context))

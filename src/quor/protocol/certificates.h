@@ -42,6 +42,9 @@ struct TlsRules {
 // expired.
 bool UseRevocations(SSL_CTX* context, const std::string& file, std::string* why);
 
+// Have the two folders of keys the same authority (ca.crt)?
+bool IsSameAuthority(const std::string& keysFolder, const std::string& other);
+
 // A certificate or revocation list in use, and its last second.
 struct CertificateDate {
   std::string what;

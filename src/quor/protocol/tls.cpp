@@ -85,8 +85,15 @@ std::shared_ptr<asio::ssl::context> MakeServerTls(const TlsRules& rules, std::st
   return UseRevocations(context->native_handle(), rules.revoked, why) ? context : nullptr;
 }
 
-std::shared_ptr<asio::ssl::context> MakeClientTls(const std::string& keysFolder, std::string* why) {
-  return MakeTls(asio::ssl::context::tls_client, keysFolder, "client", why);
+// A list that is there and cannot be read is a reason to refuse, not to do without.
+std::shared_ptr<asio::ssl::context> MakeClientTls(const std::string& keysFolder, std::string* why,
+                                                  const std::string& revoked) {
+  auto context = MakeTls(asio::ssl::context::tls_client, keysFolder, "client", why);
+  std::string lists = keysFolder + "/crl.pem";
+  struct stat status {};
+  if (lstat(lists.c_str(), &status) != 0 && errno == ENOENT) lists = revoked;
+  if (!context || lists.empty()) return context;
+  return UseRevocations(context->native_handle(), lists, why) ? context : nullptr;
 }
 
 void PrepareClientTls(SSL* tls, const std::string& host) {

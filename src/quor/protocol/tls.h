@@ -21,7 +21,10 @@
 std::string KeysFolder();
 
 std::shared_ptr<asio::ssl::context> MakeServerTls(const TlsRules& rules, std::string* why);
-std::shared_ptr<asio::ssl::context> MakeClientTls(const std::string& keysFolder, std::string* why);
+// The server's certificate must not be in the revocation lists of the folder's crl.pem, or of
+// `revoked` where the folder has none. Neither: nothing is checked.
+std::shared_ptr<asio::ssl::context> MakeClientTls(const std::string& keysFolder, std::string* why,
+                                                  const std::string& revoked = {});
 
 // Before a client's handshake: the certificate must be for this name or address.
 void PrepareClientTls(SSL* tls, const std::string& host);

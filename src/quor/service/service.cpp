@@ -233,6 +233,7 @@ Hub& Service::HubForMachine(const std::string& machine) {
   const std::string own = m_options.tls.keysFolder + "/forward";
   const std::string keys = stat(own.c_str(), &status) == 0 ? own : m_options.tls.keysFolder;
   auto forwarder = std::make_shared<Forwarder>(m_io, *to, keys, m_machine);
+  forwarder->UseRevoked(m_options.tls.revoked, m_options.tls.keysFolder);
   m_forwarders[key] = forwarder;
   forwarder->Traces().OnBatchOpened([this] { TickSoon(); });
   forwarder->Start();

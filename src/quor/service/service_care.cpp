@@ -62,6 +62,8 @@ bool Service::Reload(std::vector<std::string>* notes, std::string* why) {
   Log(LogLevel::Info, "reloaded");
   for (const std::string& note : *notes) Log(LogLevel::Info, note);
   EndUnaccepted();
+  for (const auto& [address, forwarder] : m_forwarders)
+    forwarder->UseRevoked(m_options.tls.revoked, m_options.tls.keysFolder);
   LookAtDates();
   return true;
 }

@@ -1,7 +1,10 @@
 // Certificates of an authority that the organisation has already: roles by unit or alternative
 // name, revocation, expiry. All over real TLS.
+#include <quor/quor.hpp>
+
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "quor/client/trace_config.h"
 #include "quor/client/trace_thread.h"
@@ -10,6 +13,8 @@
 
 namespace {
 
+QUOR_POINT(step_point, "Net", "Step");
+
 class Certificates : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -17,7 +22,7 @@ class Certificates : public ::testing::Test {
     order.name = "orders1";
     order.altNames = "DNS:localhost,IP:127.0.0.1";
     order.server = true;
-    m_authority.Issue(quord.KeysFolder(), order);
+    m_server = m_authority.Issue(quord.KeysFolder(), order);
   }
   void Serve(const std::string& config) {
     std::ofstream(m_config) << "listen = 127.0.0.1:0\n" << config;
@@ -57,6 +62,59 @@ class Certificates : public ::testing::Test {
   TestAuthority m_authority;
   const std::string m_config = quord.Folder().File("own.conf");
   std::string m_machine;
+  long m_server = 0;  // the number of the service's certificate
+};
+
+// Another service, which forwards the traces of an application to the first one.
+class ForwarderCertificates : public Certificates {
+ protected:
+  void SetUp() override {
+    Certificates::SetUp();
+    Serve("");
+    ASSERT_TRUE(m_monitor.Monitor(quord.SocketPath()));
+  }
+  void IssueForwarding(const std::string& folder) {
+    LeafOrder order;
+    order.name = "near";
+    order.units = {"forward"};
+    m_authority.Issue(folder, order);
+  }
+  void Forward() {
+    m_near.Start({"--crl", m_lists});
+    QuordClient client(m_near.SocketPath());
+    ASSERT_TRUE(client.Hello(quor::wire::ROLE_CONFIGURE));
+    ASSERT_EQ(client.Ask(OpenAppRequest("orders")).error(), quor::wire::ERROR_NONE);
+    ASSERT_EQ(client.Ask(SinkRequest("orders", 1, m_machine)).error(), quor::wire::ERROR_NONE);
+    setenv("QUOR_SOCKET", m_near.SocketPath().c_str(), 1);
+    m_app.emplace([](TracedChild& self) {
+      quor_application("orders");
+      for (unsigned step = 0;; ++step) {
+        QUOR_TRACE_INFO(step_point, "step {}", step);
+        quor_flush(10000);
+        self.Report(step);
+        self.AwaitGo();
+      }
+      return 0;
+    });
+    EXPECT_EQ(m_app->Reported(), 0u);
+    EXPECT_TRUE(m_monitor.Sees("step 0")) << m_near.Log();
+  }
+  // The list names the service now.
+  void ExpectItLeaves() {
+    EXPECT_EQ(m_near.Run({"reload"}), 0);
+    EXPECT_TRUE(m_near.Says("cannot forward to " + m_machine + ": " + m_machine +
+                            ": the certificate is refused: certificate revoked"))
+        << m_near.Log();
+    m_app->Go();
+    EXPECT_EQ(m_app->Reported(), 1u);
+    m_monitor.Pump();
+    EXPECT_EQ(m_monitor.delivered, 1u);
+  }
+
+  QuordProcess m_near;
+  QuordClient m_monitor;
+  const std::string m_lists = m_near.Folder().File("lists.pem");
+  std::optional<TracedChild> m_app;
 };
 
 TEST_F(Certificates, TheUnitGivesTheRoleByItsNameAndByWhatItIsMappedTo) {
@@ -158,6 +216,47 @@ TEST_F(Certificates, OneThatHasExpiredIsRefusedAndOneThatSoonWillIsReported) {
   EXPECT_EQ(quord.Run({"status"}), 0);
   EXPECT_EQ(quord.Log().find("trouble:", before), std::string::npos);
   EXPECT_EQ(WhyNotMonitor("carol"), "");
+}
+
+TEST_F(Certificates, AClientRefusesAServerThatTheListBesideItsKeysRevokes) {
+  Issue("bob", {"configure"});
+  Serve("");
+  const std::string list = Keys("bob") + "/crl.pem";
+  m_authority.Revoke(list, {m_server + 100});
+  EXPECT_EQ(WhyNotMonitor("bob"), "");
+  EXPECT_EQ(WhyNotConfigure("bob"), "");
+  m_authority.Revoke(list, {m_server});
+  EXPECT_TRUE(Has(WhyNotMonitor("bob"), "the certificate is refused: certificate revoked"));
+  EXPECT_TRUE(Has(WhyNotConfigure("bob"), "the certificate is refused: certificate revoked"));
+  m_authority.Revoke(list, {}, -1);
+  EXPECT_TRUE(Has(WhyNotMonitor("bob"), list + ": the revocation list of Example CA has expired"));
+  std::ofstream(list) << "nothing";
+  EXPECT_TRUE(Has(WhyNotMonitor("bob"), list + ": holds no revocation list (PEM)"));
+}
+
+TEST_F(ForwarderCertificates, AServerThatIsRevokedIsLeftAndGetsEverythingWhenItIsGoodAgain) {
+  IssueForwarding(m_near.KeysFolder());
+  m_authority.Revoke(m_lists, {});
+  Forward();
+  m_authority.Revoke(m_lists, {m_server});
+  ExpectItLeaves();
+  m_authority.Revoke(m_lists, {});
+  EXPECT_TRUE(m_monitor.Sees("step 1")) << "the list is read before each attempt";
+  EXPECT_EQ(m_monitor.delivered, 2u);
+  EXPECT_EQ(m_monitor.lost, 0u);
+}
+
+TEST_F(ForwarderCertificates, UnderAnotherAuthorityTheListBesideItsKeysCounts) {
+  TestAuthority other;
+  LeafOrder order;
+  order.server = true;
+  other.Issue(m_near.KeysFolder(), order);
+  other.Revoke(m_lists, {m_server});  // these numbers are those of other certificates
+  const std::string folder = m_near.KeysFolder() + "/forward";
+  IssueForwarding(folder);
+  Forward();
+  m_authority.Revoke(folder + "/crl.pem", {m_server});
+  ExpectItLeaves();
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "config/pages/sink_page.h"
 
+#include <algorithm>
+
 #include "base/quor_str.h"
 #include "base/text.h"
 #include "config/machine_browser.h"
@@ -11,6 +13,14 @@ constexpr char kExtension[] = ".trc";
 constexpr char kDefaultHistoricFiles[] = "10";
 constexpr unsigned kHistoricFilesMax = 100, kSizeMin = 1, kSizeMax = 1000;
 constexpr char kFlushKey[] = "flush=", kFilesKey[] = "maxfiles=", kSizeKey[] = "maxsize=";
+
+// At the service of a whole machine a name is "alice/shop". As it stands it would be a file in a
+// folder that nobody made.
+std::string FileNameOf(const trace_App_i& app) {
+  std::string name = app.GetAppName();
+  std::replace(name.begin(), name.end(), '/', '_');
+  return _UTF2MBS(name) + kExtension;
+}
 
 }  // namespace
 
@@ -43,7 +53,7 @@ void CAppSinkCfgPropertyPage::LoadFromApplication(CConfigDoc* doc, trace_App_i* 
 void CAppSinkCfgPropertyPage::LoadFile(const std::string& name, const std::string& options) {
   m_nSinkType = kToFile;
   m_strMachine = "localhost";
-  m_strFileName = name.empty() ? _UTF2MBS(m_pApp->GetAppName()) + kExtension : name;
+  m_strFileName = name.empty() ? FileNameOf(*m_pApp) : name;
   m_bForceFlush = SinkOptionNumber(options, kFlushKey).value_or(0) != 0;
   const auto files = SinkOptionNumber(options, kFilesKey);
   m_strHistoricFiles = files ? QuorStr::NumToStr(*files) : kDefaultHistoricFiles;
@@ -54,7 +64,7 @@ void CAppSinkCfgPropertyPage::LoadFile(const std::string& name, const std::strin
 void CAppSinkCfgPropertyPage::LoadServer(const std::string& name) {
   m_nSinkType = kToServer;
   m_strMachine = name;
-  m_strFileName = _UTF2MBS(m_pApp->GetAppName()) + kExtension;
+  m_strFileName = FileNameOf(*m_pApp);
   m_bForceFlush = 0;
   m_strHistoricFiles = kDefaultHistoricFiles;
   m_strMaxSize = kNoLimit;

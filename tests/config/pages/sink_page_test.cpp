@@ -17,6 +17,7 @@ class SinkPageTest : public ConfigSheetFixture {
   }
   // Opens the sheet and brings this page to the front.
   Sink& Open() {
+    m_window.reset();  // it refers to the sheet
     m_sheet = std::make_unique<CConfigPropertySheet>(m_host, *m_doc, *m_app);
     m_window = std::make_unique<FakeConfigSheet>(*m_sheet);
     m_window->ChooseTab(1);
@@ -54,6 +55,19 @@ constexpr char kSizeNotNumeric[] = "Max file size must be '<none>' or numeric";
 constexpr char kSizeRange[] = "Max file size must be from 1 to 1000 or '<none>'";
 
 }  // namespace
+
+TEST_F(SinkPageTest, TheFileNameOfAnApplicationOfAnAccountNamesNoFolder) {
+  FakeMachine::App& shop = m_machine.Run("alice/shop", {"Net/Open"});
+  m_app = m_doc->AddApplication("alice/shop");
+  EXPECT_EQ(Shown(Open()), "0 alice_shop.trc localhost 0 10 <none>");
+  shop.sinkType = trc_SinkFile;
+  shop.sinkName = "";
+  m_app->Refresh();
+  EXPECT_EQ(Open().m_strFileName, "alice_shop.trc");
+  shop.sinkName = "logs/shop.trc";
+  m_app->Refresh();
+  EXPECT_EQ(Open().m_strFileName, "logs/shop.trc") << "what somebody chose stays";
+}
 
 TEST_F(SinkPageTest, ShowsAFileSink) {
   HasSink(trc_SinkFile, "/logs/a.trc", "flush=1;maxfiles=3;maxsize=20;");

@@ -110,6 +110,21 @@ TEST_F(TcfConfigTest, AMachineReadsAsTheFileThatIsSavedFromIt) {
   EXPECT_EQ(collector.Config()[1].traces.size(), 2u);
 }
 
+TEST_F(TcfConfigTest, AnApplicationOfAnAccountComesBackAsItWas) {
+  m_machine.Run("alice/shop", {"Net/Connect", "Net/Close"}, 7);
+  m_machine.Run("bob/shop", {"Net/Connect"}, 3);
+  std::ostringstream file;
+  ASSERT_EQ(WriteTcf(file, Handles()), TcfWritten::Whole);
+  EXPECT_NE(file.str().find("\nAPP: \"alice/shop\"\n"), std::string::npos) << file.str();
+  std::istringstream in(file.str());
+  TcfCollector collector;
+  ASSERT_EQ(ReadTcf(in, collector), TcfEnd::Whole);
+  EXPECT_EQ(TcfConfigOf(Handles()), collector.Config());
+  ASSERT_EQ(collector.Config().size(), 2u);
+  EXPECT_EQ(collector.Config()[0].name, "alice/shop");
+  EXPECT_EQ(collector.Config()[1].name, "bob/shop");
+}
+
 // The low 16 bits of an id tell that there is no such trace.
 TEST_F(TcfConfigTest, AnIdWhoseLowHalfIsAllOnesIsNoTrace) {
   m_machine.Run("a", {"N/x", "N/y"}, 7);

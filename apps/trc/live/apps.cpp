@@ -62,9 +62,13 @@ class AppListing {
       if (one.app == app) return &one;
     return nullptr;
   }
-  // "alice/shop", where the names of all applications begin with their accounts.
+  // Of an application that only waits. Who sees several accounts has their names with the account
+  // in front: "alice/shop". Anybody else sees the own account alone.
   std::string AccountInName(const std::string& app) const {
-    return m_hasAccounts ? app.substr(0, std::min(app.find('/'), app.size())) : std::string();
+    if (!m_hasAccounts) return {};
+    const std::size_t slash = app.find('/');
+    const bool inFront = m_apps.front().name.starts_with(m_apps.front().account + "/");
+    return inFront && slash != app.npos ? app.substr(0, slash) : m_apps.front().account;
   }
   void WriteLine(const ListedApp& app, LineWriter& line) const;
 

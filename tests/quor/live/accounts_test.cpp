@@ -97,6 +97,17 @@ TEST_F(AccountsTest, JsonHasTheAccountOfEach) {
                              "instances":0,"kept":"Net=max","prepared":false}])"));
 }
 
+TEST_F(AccountsTest, AnAccountThatSeesOnlyItsOwnHasPlainNames) {
+  m_answer.Clear();
+  Add("shop", "alice", 1);
+  AddWaiting("mail/in", "Net=max");
+  AddWaiting("backup", "Db=max");
+  EXPECT_EQ(Apps().out,
+            "shop     alice\n"
+            "mail/in  alice  (does not run; kept: Net=max)\n"
+            "backup   alice  (does not run; kept: Db=max)\n");
+}
+
 TEST_F(AccountsTest, UserListsTheApplicationsOfOne) {
   AddWaiting("bob/backup", "Net=max");
   EXPECT_EQ(Apps({"--user", "bob"}).out,

@@ -48,8 +48,19 @@ function threadName(name) {
   native.threadName(plain(shown(name)));
 }
 
+function restore(before) {
+  for (const [name, value] of Object.entries(before)) {
+    try {
+      Error[name] = value;
+    } catch {
+      // It cannot be written to, and so it has not been.
+    }
+  }
+}
+
 // The first caller outside this package for which `isCaller` holds: [file, line].
 function placeOfCaller(isCaller) {
+  if (Object.isFrozen(Error)) return NOWHERE; // of a program with hardened built-ins
   const { prepareStackTrace, stackTraceLimit } = Error;
   const holder = {};
   try {
@@ -65,7 +76,7 @@ function placeOfCaller(isCaller) {
   } catch {
     // A host that gives no stack gives no place.
   } finally {
-    Object.assign(Error, { prepareStackTrace, stackTraceLimit });
+    restore({ prepareStackTrace, stackTraceLimit });
   }
   return NOWHERE;
 }
@@ -163,6 +174,15 @@ function begin(point, text, ...values) {
   return new Block(point, text, values);
 }
 
+// Read once; a value whose property cannot be read is no promise.
+function thenOf(value) {
+  try {
+    return value?.then;
+  } catch {
+    return undefined;
+  }
+}
+
 // block(point, text, ...values, body)
 function block(point, text, ...values) {
   const body = values.pop();
@@ -175,11 +195,12 @@ function block(point, text, ...values) {
     begun.fail(error);
     throw error;
   }
-  if (typeof result?.then !== 'function') {
+  const then = thenOf(result);
+  if (typeof then !== 'function') {
     begun.end();
     return result;
   }
-  return result.then((value) => {
+  return then.call(result, (value) => {
     begun.end();
     return value;
   }, (error) => {

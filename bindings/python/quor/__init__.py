@@ -39,6 +39,7 @@ def counts() -> Counts:
 
 
 def flush(seconds: float) -> bool:
-    """Waits until all traces have left the process; False if they have not after that time. Delivery to a
-    running service does not need it."""
-    return _library.quor_flush(min(max(int(seconds * 1000), 0), 0xFFFFFFFF)) != 0
+    """Waits until all traces have left the process; False if they have not after that time, which may be
+    `math.inf`. Delivery to a running service does not need it."""
+    milliseconds = min(max(0.0, seconds * 1000), 0xFFFFFFFF)  # the order takes what is no number as 0
+    return _library.quor_flush(int(milliseconds)) != 0

@@ -138,6 +138,18 @@ class PointTest(Traced):
         self.assertEqual([t["line"] for t in traces], list(range(first, first + 4)))
         self.assertEqual({t["file"] for t in traces}, {str(self.path)})
 
+    def test_a_program_may_harden_its_built_ins(self):
+        self.run_program("""
+            const point = new quor.Point('Net', 'Connect');
+            Object.defineProperty(Error, 'prepareStackTrace', { value: undefined, writable: false });
+            const { stackTraceLimit } = Error;
+            point.info('fixed');
+            assert.strictEqual(Error.stackTraceLimit, stackTraceLimit);
+            Object.freeze(Error);
+            point.info('frozen');
+            """, QUOR_SETTINGS=EVERYTHING)
+        self.assertEqual(self.texts(2), ["fixed", "frozen"])
+
     def test_a_module_has_the_path_of_its_file(self):
         path = session.write("module.mjs", """
             import { createRequire } from 'module';
@@ -234,6 +246,18 @@ class BlockTest(Traced):
         self.assertEqual(self.texts(10), [
             "Begin: call 1", "End: call 1", "Begin: elsewhere", "End: elsewhere", "Begin: later", "End: later",
             "Begin: slow", "Begin: fast", "End: fast", "End: slow"])
+
+    def test_a_value_whose_then_cannot_be_read_is_given_as_it_is(self):
+        self.run_program("""
+            const point = new quor.Point('Net', 'Request');
+            const odd = { get then() { throw new Error('no'); } };
+            assert.strictEqual(quor.block(point, 'odd', () => odd), odd);
+            let read = 0;
+            const once = { get then() { ++read; return (done) => done(7); } };
+            quor.block(point, 'once', () => once);
+            assert.strictEqual(read, 1);
+            """)
+        self.assertEqual(self.texts(4), ["Begin: odd", "End: odd", "Begin: once", "End: once"])
 
     def test_an_exception_ends_the_block_and_is_told_to_developers(self):
         self.run_program("""

@@ -419,7 +419,8 @@ class ProcessTest(Traced):
             for thread in threads: thread.start()
             for thread in threads: thread.join()
             assert quor.counts().lost == 0, quor.counts()
-            assert quor.flush(30)
+            assert quor.flush(float("inf"))
+            quor.flush(float("nan"))
             """)
         traces = session.traces(self.name, 8000)
         for component in "Shared", "shared":

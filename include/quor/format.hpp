@@ -81,7 +81,7 @@ void FormatAll(Text& to, std::string_view format, const T&... arguments) noexcep
   if constexpr (sizeof...(T) == 0) {
     to.Add(format);
   } else {
-    const Argument all[] = {{static_cast<const void*>(&arguments), &PrintAny<T>}...};
+    const Argument all[] = {{AddressOf(__builtin_addressof(arguments)), &PrintAny<T>}...};
     Format(to, format, all, sizeof...(T));
   }
 }
@@ -94,7 +94,8 @@ struct CheckingSink {
   constexpr bool Place(std::string_view place) {
     if (places == sizeof...(T)) this_format_has_more_places_than_arguments();
     std::size_t at = 0;
-    if (place.size() != 2) ((at++ == places ? CheckSpec<T>(place) : void()), ...);
+    if (place.size() != 2)
+      ((at++ == places ? CheckSpec<std::remove_volatile_t<T>>(place) : void()), ...);
     ++places;
     return true;
   }

@@ -97,7 +97,7 @@ void PrintPlain(Text& to, const T& argument) noexcept {
   else if constexpr (std::is_same_v<T, char*> || std::is_same_v<T, const char*>)
     Print(to, static_cast<const char*>(argument));
   else if constexpr (std::is_pointer_v<T>)
-    Print(to, static_cast<const void*>(argument));
+    Print(to, AddressOf(argument));
   else if constexpr (HasFormatter<T>()) {
     if (!PrintBySpec(to, argument, "{}")) to.Add("(its text failed)");
   } else {
@@ -105,16 +105,23 @@ void PrintPlain(Text& to, const T& argument) noexcept {
         std::is_enum_v<T>,
         "Quor prints numbers, texts, bool, char, enums and pointers; for a type of your own "
         "write void QuorText(quor::Text&, const Own&)");
-    PrintNumber(to, static_cast<std::underlying_type_t<T>>(argument));
+    using Number = std::underlying_type_t<T>;
+    PrintNumber(
+        to, static_cast<std::conditional_t<std::is_same_v<Number, bool>, int, Number>>(argument));
   }
 }
 
 // `place` with its braces.
 template <class T>
 void PrintAny(Text& to, const void* value, std::string_view place) noexcept {
-  const T& argument = *static_cast<const T*>(value);
-  if (__builtin_expect(place.size() == 2, 1) || !PrintBySpec(to, argument, place))
-    PrintPlain(to, argument);
+  if constexpr (std::is_volatile_v<T>) {
+    const std::remove_volatile_t<T> now = *static_cast<const T*>(value);
+    PrintAny<std::remove_volatile_t<T>>(to, &now, place);
+  } else {
+    const T& argument = *static_cast<const T*>(value);
+    if (__builtin_expect(place.size() == 2, 1) || !PrintBySpec(to, argument, place))
+      PrintPlain(to, argument);
+  }
 }
 
 struct Argument {

@@ -52,6 +52,14 @@ void a_spec_needs_std_format_or_fmt_included_before_quor();
 void this_type_takes_no_spec();
 void this_spec_is_wrong();
 
+template <class T>
+const void* AddressOf(T* pointer) noexcept {
+  if constexpr (std::is_function_v<T>)
+    return reinterpret_cast<const void*>(pointer);
+  else
+    return const_cast<const void*>(static_cast<const volatile void*>(pointer));
+}
+
 #ifdef QUOR_NO_SPECS
 
 template <class T>
@@ -79,7 +87,9 @@ constexpr bool HasFormatter() {
     return false;
   else
 #ifdef FMT_VERSION
-    return library::is_formattable<T, char>::value;
+    // Before fmt 10 what becomes a number by itself, as an enum does, counts as formattable.
+    return std::conjunction_v<std::is_default_constructible<library::formatter<T, char> >,
+                              library::is_formattable<T, char> >;
 #else
     return std::is_default_constructible_v<library::formatter<T, char> >;
 #endif
@@ -92,8 +102,10 @@ decltype(auto) ForLibrary(const T& value) noexcept {
     return std::string_view(value, ::strnlen(value, sizeof(T)));
   else if constexpr (std::is_same_v<T, char*> || std::is_same_v<T, const char*>)
     return std::string_view(value ? value : "(null)");
-  else if constexpr (std::is_pointer_v<T> || std::is_null_pointer_v<T>)
-    return static_cast<const void*>(value);
+  else if constexpr (std::is_null_pointer_v<T>)
+    return static_cast<const void*>(nullptr);
+  else if constexpr (std::is_pointer_v<T>)
+    return AddressOf(value);
   else if constexpr (HasFormatter<T>())
     return (value);
   else if constexpr (std::is_convertible_v<const T&, std::string_view>)

@@ -43,6 +43,20 @@ void QuorText(quor::Text& to, const Fails&) {
 namespace {
 
 enum class Level : unsigned char { High = 3 };
+#if defined(__clang__) && defined(WITH_FMT)
+enum class Plain { kFirst = 1, kSecond };  // for another, clang warns of a line inside of fmt 9
+constexpr Plain kSecond = Plain::kSecond;
+#else
+enum Plain { kFirst = 1, kSecond };
+#endif
+enum class Truth : bool { No, Yes };
+struct HidesItsAddress {
+  int value;
+  HidesItsAddress* operator&() const { return nullptr; }
+};
+void QuorText(quor::Text& to, const HidesItsAddress& hides) {
+  quor::FormatTo(to, "hides {}", hides.value);
+}
 QUOR_POINT(point, "Net", "Connect");
 int g_failures = 0;
 
@@ -63,6 +77,18 @@ void TypesOfTheUsersOwn() {
   Expect(Formatted("{} {}", shapes::Point{1, -2}, shapes::Colour::Blue), "(1, -2) blue");
   Expect(Formatted("{}|{}", shapes::Fails(), 7), "half (its text failed)|7");
   Expect(Formatted("{}", Level::High), "3");
+}
+
+void ArgumentsThatAreSeldomTraced() {
+  volatile int counter = 7;
+  volatile bool flag = true;
+  const volatile void* const nowhere = nullptr;
+  Expect(Formatted("{} {}|{}|{}", kSecond, Truth::Yes, counter, flag), "2 1|7|true");
+  Expect(Formatted("{} {}", nowhere, HidesItsAddress{3}), "0x0 hides 3");
+  Expect(Formatted("{}", &ArgumentsThatAreSeldomTraced).substr(0, 2), "0x");
+#ifndef QUOR_NO_SPECS
+  Expect(Formatted("{:02}|{:02}|{:d}", kSecond, counter, Truth::Yes), "02|07|1");
+#endif
 }
 
 void TextsThatAreKnownAtRunTimeOnly() {
@@ -143,6 +169,7 @@ void Traces() {
 
 int main() {
   TypesOfTheUsersOwn();
+  ArgumentsThatAreSeldomTraced();
   TextsThatAreKnownAtRunTimeOnly();
 #ifndef QUOR_NO_SPECS
   Specs();

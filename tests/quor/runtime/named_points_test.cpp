@@ -29,6 +29,9 @@ TEST(NamedPoints, TheSameNamesAreOnePointAndOthersAreNot) {
   EXPECT_EQ(one->settings, QUOR_UNREGISTERED);
   EXPECT_EQ(points->Find({"ab\0x", 4}, "c"), one);  // what a C string keeps of it
   EXPECT_EQ(std::strlen(points->Find(std::string(100000, 'x'), "c")->component), 4096u);
+  std::string odd = "x";
+  for (int i = 0; i < 3000; ++i) odd += "\xC3\xA9";
+  EXPECT_EQ(std::strlen(points->Find(odd, "c")->component), 4095u);  // no half of a character
 }
 
 TEST(NamedPoints, MoreNamesThanFitShareAPointThatSaysSo) {

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "quor/ring/cut_length.h"
 #include "quor/runtime/process/name_table.h"
 #include "quor/runtime/process/point_table.h"
 
@@ -15,7 +16,7 @@ quor_point g_noRoomPoint = QUOR_POINT_INIT("Quor", PointTable::kNoRoomCategory);
 // What a C string keeps of it. Never null, because it is copied.
 std::string_view CStringOf(std::string_view text) {
   if (text.empty()) return {"", 0};
-  text = text.substr(0, NameTable::kNameBytesMax);
+  text = text.substr(0, CutLength(text.data(), text.size(), NameTable::kNameBytesMax));
   return text.substr(0, text.find('\0'));
 }
 

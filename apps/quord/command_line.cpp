@@ -39,6 +39,10 @@ class Parser {
     }
     try {
       m_app.parse(argc, argv);
+      if (const std::string wrong = MisplacedOption(); !wrong.empty()) {
+        std::cerr << "quord: " << wrong << "\n";
+        return {std::nullopt, kExitWrongUse};
+      }
       return {Chosen(), kExitGood};
     } catch (const CLI::ParseError& error) {
       if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
@@ -168,6 +172,18 @@ class Parser {
   }
   static void AddSocketFolder(CLI::App* app, std::string& folder) {
     app->add_option("--socket-dir", folder, "Where its socket is")->type_name("DIR");
+  }
+
+  // Before a command an option of the service would have no effect: "--socket-dir DIR stop" would
+  // end another service.
+  std::string MisplacedOption() const {
+    const std::vector<CLI::App*> commands = m_app.get_subcommands();
+    if (commands.empty()) return {};
+    for (const CLI::Option* const option : m_app.get_options())
+      if (option->count() != 0)
+        return option->get_name() + ": it is for the service, and has no effect before \"" +
+               commands[0]->get_name() + "\"; what that takes stands behind it";
+    return {};
   }
 
   Command Chosen() const {

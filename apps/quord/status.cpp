@@ -90,6 +90,19 @@ nlohmann::json JsonOf(const State& state, bool runs) {
   return answer;
 }
 
+// Names and addresses are those of others: a terminal would obey their control characters, which
+// are the bytes below a blank, DEL, and U+0080 to U+009F.
+std::string Shown(std::string text) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < ' ' || byte == 0x7F) text[at] = '?';
+    if (byte != 0xC2 || at + 1 == text.size()) continue;
+    const auto next = static_cast<unsigned char>(text[at + 1]);
+    if (next >= 0x80 && next < 0xA0) text.replace(at, 2, "?");
+  }
+  return text;
+}
+
 void PrintMore(const State& state) {
   const quor::wire::Status& more = state.more;
   std::printf("  version %s, since %s\n", more.version().c_str(),
@@ -105,15 +118,17 @@ void PrintMore(const State& state) {
               static_cast<unsigned long long>(more.dropped()));
   for (const auto& line : more.certificates())
     if (line.ends() != 0)
-      std::printf("  %s is valid until %s\n", line.what().c_str(), TimeText(line.ends()).c_str());
+      std::printf("  %s is valid until %s\n", Shown(line.what()).c_str(),
+                  TimeText(line.ends()).c_str());
 }
 
 void Print(const State& state) {
-  std::printf("quord runs on %s (process %d), socket %s\n", state.machine.c_str(),
+  std::printf("quord runs on %s (process %d), socket %s\n", Shown(state.machine).c_str(),
               static_cast<int>(state.pid), state.socket.c_str());
   if (state.hasMore) PrintMore(state);
-  for (const std::string& trouble : state.troubles) std::printf("  trouble: %s\n", trouble.c_str());
-  for (const std::string& app : state.apps) std::printf("  %s\n", app.c_str());
+  for (const std::string& trouble : state.troubles)
+    std::printf("  trouble: %s\n", Shown(trouble).c_str());
+  for (const std::string& app : state.apps) std::printf("  %s\n", Shown(app).c_str());
   if (state.apps.empty()) std::printf("  no applications\n");
 }
 

@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t kShownBytes = 60;  // of a word or line in a fault
 constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // of some editors
 
 std::string_view Trimmed(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(kBlanks);
@@ -95,6 +96,8 @@ ConfigFile ConfigFile::Read(std::string_view text) {
   ConfigFile file;
   Reader reader(file);
   std::size_t number = 0;
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+    text.remove_prefix(kByteOrderMark.size());
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     reader.Line(++number, text.substr(0, end));

@@ -39,7 +39,11 @@ bool LoadKeys(asio::ssl::context& context, const std::string& folder, const std:
   if (error) return FailWith(why, certificate + ": " + error.message());
   context.use_private_key_file(key, asio::ssl::context::pem, error);
   if (error) return FailWith(why, key + ": " + error.message());
-  return true;
+  // A key of another kind than the certificate's is taken until here, and then no connection is.
+  ERR_clear_error();
+  const bool belong = SSL_CTX_check_private_key(context.native_handle()) == 1;
+  ERR_clear_error();
+  return belong || FailWith(why, key + ": is not the key of " + certificate);
 }
 
 std::shared_ptr<asio::ssl::context> MakeTls(asio::ssl::context::method method,

@@ -35,6 +35,20 @@ TEST_F(CommandLine, WrongUseIsTwo) {
     EXPECT_EQ(quord.Run(arguments), 2) << arguments.back();
 }
 
+TEST_F(CommandLine, AnOptionOfTheServiceBeforeACommandIsRefused) {
+  quord.Start();
+  const std::size_t before = quord.Log().size();
+  EXPECT_EQ(quord.Run({"--socket-dir", quord.Folder().File("elsewhere"), "stop"}), 2);
+  EXPECT_TRUE(quord.Says(
+      "quord: --socket-dir: it is for the service, and has no effect before \"stop\"; what that "
+      "takes stands behind it"))
+      << quord.Log().substr(before);
+  EXPECT_EQ(quord.Run({"-c", quord.Folder().File("own.conf"), "check-config"}), 2);
+  EXPECT_EQ(quord.Run({"-f", "keys", "init"}), 2);
+  EXPECT_FALSE(std::filesystem::exists(quord.KeysFolder()));
+  EXPECT_EQ(quord.Run({"status"}), 0);
+}
+
 TEST_F(CommandLine, AValueThatIsRefusedIsReportedWithItsOptionAndWhatItTakes) {
   for (const char* days : {"0", "36501", "99999999999999999999", "-1", "1.5", "a year"}) {
     const std::size_t before = quord.Log().size();

@@ -69,6 +69,26 @@ TEST_F(Control, StatusHasWhatAnAdministratorAsks) {
   EXPECT_EQ(app.Wait(), 0);
 }
 
+TEST_F(Control, NamesOfApplicationsGiveATerminalNoOrders) {
+  TracedChild app([](TracedChild& self) {
+    quor_application(
+        "\x1b[31mred\nquord runs\x7F\xC2\x9B"
+        "1m \xC3\xA9");
+    QUOR_TRACE_INFO(control_point, "x");
+    self.Report(static_cast<std::uint64_t>(quor_flush(20000)));
+    self.AwaitGo();
+    return 0;
+  });
+  quord.Start();
+  ASSERT_EQ(app.Reported(), 1u);
+  ASSERT_TRUE(WaitFor([&] { return Status()["apps"].size() == 1; }));
+  const std::string text = Output({"status"});
+  EXPECT_TRUE(Has(text, "  ?[31mred?quord runs??1m \xC3\xA9\n")) << text;
+  EXPECT_EQ(text.find('\x1b'), std::string::npos);
+  app.Go();
+  EXPECT_EQ(app.Wait(), 0);
+}
+
 TEST_F(Control, StopWaitsForTheEndAndReportsWhenNothingRan) {
   EXPECT_TRUE(Has(Output({"stop"}, 3), "quord does not run at " + quord.SocketPath()));
   EXPECT_TRUE(Has(Output({"status"}, 3), "quord does not run at "));

@@ -43,6 +43,14 @@ TEST(ConfigFileTest, HasTheWordsOfTheOptions) {
   EXPECT_EQ(settings.roles, expected);
 }
 
+TEST(ConfigFileTest, AByteOrderMarkOfAnEditorIsNoPartOfAWord) {
+  const ConfigFile file = ConfigFile::Read("\xEF\xBB\xBFgroup = desk\n");
+  EXPECT_TRUE(file.faults.empty()) << file.faults.front();
+  ASSERT_EQ(file.options.size(), 1u);
+  EXPECT_EQ(file.options[0].word, "group");
+  EXPECT_EQ(FaultsOf("log-level = info\n\xEF\xBB\xBFgroup = desk\n").size(), 1u);
+}
+
 TEST(ConfigFileTest, TheCommandLineReplacesWhatTheFileSays) {
   ServiceSettings settings;
   settings.Take(

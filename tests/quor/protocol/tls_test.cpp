@@ -1,6 +1,8 @@
 #include "quor/protocol/tls.h"
 
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
 #include <sys/stat.h>
 
 #include <asio/io_context.hpp>
@@ -242,6 +244,25 @@ TEST_F(TlsTest, MissingAndBrokenKeysAreReportedByTheirPath) {
   std::ofstream(m_server + "/server.crt") << "nonsense";
   EXPECT_FALSE(MakeServerTls({m_server}, &why));
   EXPECT_EQ(why.rfind(m_server + "/server.crt: ", 0), 0u) << why;
+}
+
+TEST_F(TlsTest, AKeyThatIsNotThatOfTheCertificateIsRefusedAlsoIfItIsOfAnotherKind) {
+  Make(m_server);
+  const std::string path = m_server + "/server.key";
+  for (const char* kind : {"RSA", "EC"}) {
+    EVP_PKEY* const other = kind == std::string("RSA")
+                                ? EVP_PKEY_Q_keygen(nullptr, nullptr, "RSA", std::size_t{2048})
+                                : EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", "P-256");
+    ASSERT_TRUE(other);
+    FILE* const file = std::fopen(path.c_str(), "w");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(PEM_write_PrivateKey(file, other, nullptr, nullptr, 0, nullptr, nullptr), 1);
+    std::fclose(file);
+    EVP_PKEY_free(other);
+    std::string why;
+    EXPECT_FALSE(MakeServerTls({m_server}, &why)) << kind;
+    EXPECT_EQ(why.rfind(path + ": ", 0), 0u) << why;
+  }
 }
 
 TEST_F(TlsTest, KeysAreMadeForTheirOwnerAloneAndNeverOverwritten) {

@@ -84,7 +84,11 @@ cat >/home/$account/examples/orders_python <<'END'
 #!/bin/sh
 exec python3 /usr/share/doc/python3-quor/examples/orders.py
 END
-chmod +x /home/$account/examples/orders_python
+cat >/home/$account/examples/orders_node <<'END'
+#!/bin/sh
+exec node /usr/share/doc/node-quor/examples/orders.js
+END
+chmod +x /home/$account/examples/orders_{python,node}
 
 # traces PROGRAM [NAME=VALUE...]: its traces arrive at a monitor.
 traces() {
@@ -110,8 +114,9 @@ stop_service() {
 traces build/orders_cpp A=B
 as quord status >/tmp/status.log || fail "quord status says no"
 traces orders_python A=B
+traces orders_node A=B
 stop_service
-say "programs in C++ and Python are traced; the service starts by itself"
+say "programs in C++, Python and Node are traced; the service starts by itself"
 
 # As the users' units do it: the manager listens, and the first use starts what the unit names.
 start=$(sed -n 's/^ExecStart=//p' /usr/lib/systemd/user/quord.service)

@@ -28,7 +28,7 @@ constexpr int kLookMs = 20;
 
 class Wait {
  public:
-  Wait(int socket, int timeoutMs, const std::atomic<bool>* cancelled)
+  Wait(int socket, int timeoutMs, const std::function<bool()>& cancelled)
       : m_socket(socket),
         m_limited(timeoutMs >= 0),
         m_until(Clock::now() + std::chrono::milliseconds(timeoutMs)),
@@ -36,7 +36,7 @@ class Wait {
 
   // False: nothing came in time.
   bool ForBytes() const {
-    while (!m_cancelled || !m_cancelled->load()) {
+    while (!m_cancelled || !m_cancelled()) {
       if (m_limited && Clock::now() >= m_until) return false;
       pollfd ready = {m_socket, POLLIN, 0};
       const int found = poll(&ready, 1, m_limited || m_cancelled ? kLookMs : -1);
@@ -50,7 +50,7 @@ class Wait {
   const int m_socket;
   const bool m_limited;
   const Clock::time_point m_until;
-  const std::atomic<bool>* const m_cancelled;
+  const std::function<bool()>& m_cancelled;
 };
 
 bool ReceiveAll(int socket, char* to, std::size_t size, const Wait& wait) {
@@ -75,7 +75,8 @@ bool SendText(int socket, std::string_view text) {
          SendAll(socket, text.data(), text.size());
 }
 
-bool ReceiveText(int socket, std::string& text, int timeoutMs, const std::atomic<bool>* cancelled) {
+bool ReceiveText(int socket, std::string& text, int timeoutMs,
+                 const std::function<bool()>& cancelled) {
   const Wait wait(socket, timeoutMs, cancelled);
   std::uint32_t length = 0;
   char head[sizeof length];

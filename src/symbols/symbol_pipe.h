@@ -4,8 +4,8 @@
 // Threads  One at a time.
 #pragma once
 
-#include <atomic>
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +13,6 @@ inline constexpr char kSymbolWorkerOption[] = "--symbol-worker";
 inline constexpr std::size_t kSymbolTextMax = std::size_t{16} << 20;
 
 bool SendText(int socket, std::string_view text);
-// `timeoutMs` < 0: waits as long as it takes. `cancelled` is looked at while it waits.
+// `timeoutMs` < 0: waits as long as it takes. `cancelled` is asked while it waits.
 bool ReceiveText(int socket, std::string& text, int timeoutMs,
-                 const std::atomic<bool>* cancelled = nullptr);
+                 const std::function<bool()>& cancelled = {});

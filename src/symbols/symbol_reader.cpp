@@ -52,9 +52,10 @@ StackNames SymbolReader::Names(const std::string& stack) {
 }
 
 bool SymbolReader::Ask(const std::string& stack, StackNames& names) {
-  if (m_cancelled.load() || (m_process < 0 && !Start())) return false;
+  const auto cancelled = [this] { return m_cancelled.load() || (m_cancelIf && m_cancelIf()); };
+  if (cancelled() || (m_process < 0 && !Start())) return false;
   std::string written;
-  if (!SendText(m_socket, stack) || !ReceiveText(m_socket, written, m_timeoutMs, &m_cancelled))
+  if (!SendText(m_socket, stack) || !ReceiveText(m_socket, written, m_timeoutMs, cancelled))
     return false;
   std::optional<StackNames> read = ReadNames(written);
   if (!read) return false;

@@ -11,8 +11,10 @@
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "symbols/stack_names.h"
@@ -29,6 +31,8 @@ class SymbolReader {
   StackNames Names(const std::string& stack);
   // Ends what Names waits for, now and from now on. Any thread.
   void Cancel() { m_cancelled.store(true); }
+  // Is asked while Names waits; true cancels.
+  void CancelIf(std::function<bool()> cancelled) { m_cancelIf = std::move(cancelled); }
 
   // The folders of a list with colons between, and those of the variable QUOR_SYMBOLS.
   static std::vector<std::string> Folders(const std::string& list);
@@ -47,6 +51,7 @@ class SymbolReader {
   const int m_timeoutMs;
   std::unordered_map<std::string, StackNames> m_known;
   std::atomic<bool> m_cancelled{false};
+  std::function<bool()> m_cancelIf;
   int m_socket = -1;
   pid_t m_process = -1;
 };

@@ -49,6 +49,16 @@ TEST_F(SymbolReaderTest, AProcessThatHangsIsEndedAfterItsTime) {
   ExpectNoNames(reader);
 }
 
+TEST_F(SymbolReaderTest, WhoAsksMayStopWaitingForAProcessThatHangs) {
+  SymbolReader reader({}, Program("exec sleep 600"));
+  int asked = 0;
+  reader.CancelIf([&asked] { return ++asked == 3; });
+  const auto began = std::chrono::steady_clock::now();
+  ExpectNoNames(reader);
+  EXPECT_EQ(asked, 3);
+  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(30));
+}
+
 TEST_F(SymbolReaderTest, AStackThatEndedItsProcessIsNotTriedAgainAndAnotherIs) {
   const std::string log = m_dir.File("log");
   SymbolReader reader({}, Program("echo started >> '" + log + "'; exit 1"));

@@ -22,7 +22,9 @@ constexpr std::string_view kIndent = "    ";
 class StackWriter {
  public:
   StackWriter(const StackOptions& options, Output& output)
-      : m_recorded(options.recorded), m_reader(options.folders), m_output(output) {}
+      : m_recorded(options.recorded), m_reader(options.folders), m_output(output) {
+    m_reader.CancelIf(Interrupted);
+  }
 
   bool Write(const std::string& stack, std::string_view indent) {
     const StackNames names = m_recorded ? WithoutNames(stack) : m_reader.Names(stack);

@@ -84,6 +84,20 @@ TEST_F(ImportJson, NumbersThatOnlyADumpMeansAreKeptAsTextElsewhere) {
   EXPECT_EQ(Read(R"({"i":1,"count":5,"tic":3,"msg":"m"})"), "no time [Info] 'm i=1 count=5 tic=3'");
 }
 
+TEST_F(ImportJson, TheAccountOfADumpStandsBehindItsProcessAgain) {
+  const std::string head = R"({"date":[1,2,3],"time":[4,5,6,7],)";
+  EXPECT_EQ(Read(head + R"("pid":"4711","account":"alice","text":"x"})"),
+            "0001-02-03 04:05:06.007 [Info] pid=4711 alice 'x'");
+  EXPECT_EQ(Read(head + R"("account":"alice","pid":"4711","text":"x"})"),
+            "0001-02-03 04:05:06.007 [Info] pid=4711 alice 'x'");
+  EXPECT_EQ(Read(head + R"("pid":"4711","text":"x"})"),
+            "0001-02-03 04:05:06.007 [Info] pid=4711 'x'");
+  // Elsewhere an account is anything.
+  EXPECT_EQ(Read(R"({"msg":"paid","pid":1,"account":"DE 44"})"),
+            "no time [Info] pid=1 'paid account=\"DE 44\"'");
+  EXPECT_EQ(Read(R"({"msg":"paid","account":44})"), "no time [Info] 'paid account=44'");
+}
+
 TEST_F(ImportJson, ALevelThatIsNotKnownIsInfoAndKeptAndCounted) {
   EXPECT_EQ(Read(R"({"level":"banana","msg":"m"})"), "no time [Info] 'm level=banana'");
   EXPECT_EQ(Read(R"({"line":"x","msg":"m"})"), "no time [Info] 'm line=x'");

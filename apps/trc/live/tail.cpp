@@ -78,19 +78,18 @@ class TextLines final : public Lines {
   bool m_headed = false;
 };
 
-// After a second without a trace prints the reason, once.
+// After a second without a trace prints the reason, once. Traces of other accounts are none.
 class Silence {
  public:
   Silence(const LiveSource& source, const TailOptions& options)
       : m_source(source), m_options(options) {}
-  void Look() {
+  void Look(bool hasPrinted) {
     if (m_over || Clock::now() < m_until) return;
     m_over = true;
-    if (m_source.Counts().delivered > 0) return;
-    PrintError("no traces come: " +
-               (m_source.IsUp()
-                    ? WhyNothingComes(m_options.machine, m_options.limits.filter.Account())
-                    : "no trace service runs there any more"));
+    const std::string& account = m_options.limits.filter.Account();
+    if (account.empty() ? m_source.Counts().delivered > 0 : hasPrinted) return;
+    PrintError("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_options.machine, account)
+                                                     : "no trace service runs there any more"));
   }
 
  private:
@@ -123,7 +122,7 @@ int RunTail(const TailOptions& options) {
         return goesOn;
       },
       [&] {
-        silence.Look();
+        silence.Look(previous != nullptr);
         return output.Flush();
       });
   ReleaseTrace(previous);

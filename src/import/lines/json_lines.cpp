@@ -80,7 +80,7 @@ constexpr KnownKey kKnownKeys[] = {{"time", ImportField::Time},
                                    {"exception", ImportField::Stack},
                                    {"attributes", ImportField::Attributes}};
 
-constexpr std::string_view kOwnKeys[] = {"i", "count", "tic"};
+constexpr std::string_view kOwnKeys[] = {"i", "count", "tic", "account"};
 
 // All keys of one kind are one field: the first of them counts.
 std::uint64_t BitOf(ImportField field) {
@@ -141,6 +141,7 @@ JsonLines::JsonLines(ImportFields& fields,
   m_keys.try_emplace("i", Target{Role::Index, {}, 0});
   m_keys.try_emplace("count", Target{Role::Count, ImportField::Count, 1});
   m_keys.try_emplace("tic", Target{Role::Tic, ImportField::Tic, 2});
+  m_keys.try_emplace("account", Target{Role::Account, {}, 3});
 }
 
 bool JsonLines::Read(std::string_view line, ImportedTrace& trace) {
@@ -208,6 +209,10 @@ bool JsonLines::OnValue(const std::string& path, JsonKind kind, std::string_view
       taken = kind == JsonKind::Number && m_own[target.part].empty();
       if (taken) m_own[target.part] = value;
       break;
+    case Role::Account:
+      taken = kind == JsonKind::String && m_own[target.part].empty();
+      if (taken) m_own[target.part] = value;
+      break;
     case Role::Extra:
       break;
   }
@@ -242,18 +247,29 @@ bool JsonLines::SetPart(const Target& target, std::string_view value) {
   return true;
 }
 
+// The account stands behind the process again, as it did in the file that was dumped.
+bool JsonLines::TakeOwn() {
+  m_trace->date = PackDate(m_date[0], m_date[1], m_date[2]);
+  m_trace->time = PackTime(m_time[0], m_time[1], m_time[2], m_time[3]);
+  m_trace->hasTime = true;
+  if (!m_own[1].empty() && !m_fields.Set(ImportField::Count, m_own[1], *m_trace)) return false;
+  if (!m_own[2].empty() && !m_fields.Set(ImportField::Tic, m_own[2], *m_trace)) return false;
+  if (m_own[3].empty()) return true;
+  std::string& process = m_values[static_cast<std::size_t>(ImportField::Pid)];
+  if (!(*m_trace)[ImportName::Pid].data()) process.clear();
+  process += " " + m_own[3];
+  return m_fields.Set(ImportField::Pid, process, *m_trace);
+}
+
 bool JsonLines::Finish() {
   if (m_hasBadTime && (m_set & BitOf(ImportField::Time)) == 0) return false;
   if (IsOwn()) {
-    m_trace->date = PackDate(m_date[0], m_date[1], m_date[2]);
-    m_trace->time = PackTime(m_time[0], m_time[1], m_time[2], m_time[3]);
-    m_trace->hasTime = true;
-    if (!m_own[1].empty() && !m_fields.Set(ImportField::Count, m_own[1], *m_trace)) return false;
-    if (!m_own[2].empty() && !m_fields.Set(ImportField::Tic, m_own[2], *m_trace)) return false;
+    if (!TakeOwn()) return false;
   } else {
     if (m_dateParts != 0 || m_timeParts != 0) return false;
     for (std::size_t at = 0; at < kOwn; ++at)
-      if (!m_own[at].empty()) AddExtra(kOwnKeys[at], JsonKind::Number, m_own[at]);
+      if (!m_own[at].empty())
+        AddExtra(kOwnKeys[at], at == 3 ? JsonKind::String : JsonKind::Number, m_own[at]);
   }
   if (m_extra.empty()) return true;
   std::string& text = m_values[static_cast<std::size_t>(ImportField::Text)];

@@ -2,6 +2,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <fstream>
+
 #include "run_trc.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
@@ -58,6 +60,15 @@ TEST_F(TrcAccount, JsonLinesHaveItBesideTheNumberOfTheProcess) {
     same["text"] = "d";
     return same;
   }());
+}
+
+TEST_F(TrcAccount, ADumpComesBackWithIt) {
+  const std::string dumped = RunTrc({"dump", "-f", "jsonl", m_file}).out;
+  const std::string lines = m_directory.File("lines.jsonl"), back = m_directory.File("back.trc");
+  std::ofstream(lines) << dumped;
+  const TrcRun run = RunTrc({"import", "--jsonl", lines, back});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(RunTrc({"dump", "-f", "jsonl", back}).out, dumped);
 }
 
 TEST_F(TrcAccount, ANameThatIsAProcessAndSomethingElseIsWholeElsewhere) {

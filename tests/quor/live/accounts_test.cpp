@@ -1,6 +1,7 @@
 // What trc says of the accounts of a machine, to a service that the test plays.
 #include "live_fixture.h"
 #include "quor/client/fake_peer.h"
+#include "support/trc_image.h"
 
 namespace {
 
@@ -122,6 +123,31 @@ TEST_F(AccountsTest, AnAccountWithoutApplicationsIsAnErrorThatNamesTheOthers) {
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(run.err,
             "trc: no application is of the account \"dave\"; there is \"alice\", \"bob\"\n");
+}
+
+TEST_F(AccountsTest, TailSaysThatTheAccountTracesNothingThoughOthersDo) {
+  TrcProcess trc({.arguments = {"tail", "--user", "dave", "--for", "20"}});
+  const std::unique_ptr<FakePeer> monitor = Accept();
+  const auto subscribe = monitor->ExpectRequest();
+  EXPECT_TRUE(subscribe.has_subscribe());
+  monitor->Answer(subscribe);
+  const std::unique_ptr<FakePeer> first = Accept();
+  AnswerList(*first);
+  TrcImage image("");
+  image.Name(1, "4711 alice").Trace({.text = "hers", .pid = 1});
+  monitor->Ledger({});
+  monitor->Data(image.Bytes());
+  monitor->Ledger({{.id = 'a', .serial = 1, .delivered = 1}});
+  const std::unique_ptr<FakePeer> second = Accept();
+  AnswerList(*second);
+  trc.ReadErrUntil("\"bob\"\n");
+  trc.Interrupt();
+  const TrcRun run = trc.Finish();
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err,
+            "trc: no traces come: no application that runs is of the account \"dave\"; there is "
+            "\"alice\", \"bob\"\n"
+            "trc: no trace came of the account \"dave\"\n");
 }
 
 TEST_F(AccountsTest, TailRefusesAnAccountWhereTheServiceIsForOne) {

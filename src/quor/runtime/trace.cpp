@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -111,19 +112,40 @@ bool HasRoomForWalk() {
          stack.ss_size >= kStackForWalk;
 }
 
-__attribute__((noinline)) void WriteWithWalk(HotState& hot, const quor_point& point,
-                                             unsigned attributes, const char* text,
-                                             std::size_t length, AppNameId tid, Extras& extras,
-                                             const void* caller) {
-  char stack[kStackTextBytes];
-  extras.stack = {stack, StackText(stack, sizeof stack, caller)};
+// Where a text of a call stack is made. A thread may have a stack of 16 KiB, and half of that would
+// be this text.
+struct StackRoom {
+  std::atomic_flag taken;
+  char text[kStackTextBytes];
+};
+constinit StackRoom g_stackRooms[4]{};
+
+void WriteWithWalk(HotState& hot, const quor_point& point, unsigned attributes, const char* text,
+                   std::size_t length, AppNameId tid, Extras& extras, const void* caller,
+                   char* room) {
+  extras.stack = {room, StackText(room, kStackTextBytes, caller)};
   Write(hot, point, attributes, text, length, tid, &extras);
+}
+
+// All rooms are taken, by other threads or by those of the process from which this was forked.
+__attribute__((noinline)) void WriteWithOwnRoom(HotState& hot, const quor_point& point,
+                                                unsigned attributes, const char* text,
+                                                std::size_t length, AppNameId tid, Extras& extras,
+                                                const void* caller) {
+  char room[kStackTextBytes];
+  WriteWithWalk(hot, point, attributes, text, length, tid, extras, caller, room);
 }
 
 void WriteWithStack(HotState& hot, const quor_point& point, unsigned attributes, const char* text,
                     std::size_t length, AppNameId tid, Extras& extras, const void* caller) {
-  if (HasRoomForWalk())
-    return WriteWithWalk(hot, point, attributes, text, length, tid, extras, caller);
+  if (HasRoomForWalk()) {
+    for (StackRoom& room : g_stackRooms) {
+      if (room.taken.test_and_set(std::memory_order_acquire)) continue;
+      WriteWithWalk(hot, point, attributes, text, length, tid, extras, caller, room.text);
+      return room.taken.clear(std::memory_order_release);
+    }
+    return WriteWithOwnRoom(hot, point, attributes, text, length, tid, extras, caller);
+  }
   extras.stack = "(the signal stack is too small to walk the call stack)";
   Write(hot, point, attributes, text, length, tid, &extras);
 }

@@ -2,8 +2,11 @@
 // small stacks, errno, shared memory that somebody else writes to.
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 
@@ -68,6 +71,38 @@ TEST(Process, AHandlerOnASmallStackTracesWithoutACallStackInsteadOfRunningOverIt
   ASSERT_TRUE(WaitFor([&] { return seen->Has("on a small stack"); }));
   EXPECT_EQ(seen->m_traces.back().line, 7u);
   EXPECT_EQ(seen->m_traces.back().stack, "(the signal stack is too small to walk the call stack)");
+  EXPECT_EQ(app.Wait(), 0);
+}
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::size_t kSmallThreadBytes = 256 * 1024;  // the frames of the sanitizers are larger
+#else
+constexpr std::size_t kSmallThreadBytes = 16 * 1024;
+#endif
+
+TEST(Process, AThreadWithASmallStackTracesWithItsCallStack) {
+  FakeService service;
+  TracedChild app([](TracedChild& self) {
+    quor_application("orders");
+    self.AwaitGo();
+    while (!quor_on(&process_point, QUOR_VERBOSE)) poll(nullptr, 0, 1);
+    const auto least = static_cast<std::size_t>(sysconf(_SC_THREAD_STACK_MIN));
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, std::max(kSmallThreadBytes, least));
+    const auto work = [](void*) -> void* {
+      QUOR_TRACE_INFO(process_point, "in a {} thread", "small");
+      return nullptr;
+    };
+    pthread_t thread;
+    if (pthread_create(&thread, &attributes, work, nullptr) != 0) return 2;
+    pthread_join(thread, nullptr);
+    return quor_flush(10000) == 1 ? 0 : 1;
+  });
+  const auto seen = AcceptAndSet(service, QUOR_INFO | QUOR_VERBOSE | QUOR_LOCATION | QUOR_STACK);
+  app.Go();
+  ASSERT_TRUE(WaitFor([&] { return seen->Has("in a small thread"); }));
+  EXPECT_NE(seen->m_traces.back().stack.find("quor_runtime_tests+0x"), std::string::npos);
   EXPECT_EQ(app.Wait(), 0);
 }
 

@@ -46,7 +46,7 @@ char g_program[PATH_MAX];
 enum ProgramState { kUnread, kBeingRead, kRead };
 std::atomic<int> g_programState{kUnread};
 
-void ReadProgramPath() {
+__attribute__((noinline)) void ReadProgramPath() {
   char path[PATH_MAX];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
   if (length <= 0) return;
@@ -137,15 +137,17 @@ class Named {
   std::size_t m_count = 0;
 };
 
+// Not inlined, so that stacks without such a path need no room for it.
+__attribute__((noinline)) void PutWorkingFolder(Line& line) {
+  char folder[PATH_MAX];
+  if (!getcwd(folder, sizeof folder)) return;
+  line.PutName(folder);
+  line.Put("/");
+}
+
 // A library that was opened by a relative path is looked for from where the process is now.
 void PutPath(Line& line, std::string_view path) {
-  if (path.find('/') != path.npos && path[0] != '/') {
-    char folder[PATH_MAX];
-    if (getcwd(folder, sizeof folder)) {
-      line.PutName(folder);
-      line.Put("/");
-    }
-  }
+  if (path.find('/') != path.npos && path[0] != '/') PutWorkingFolder(line);
   line.PutName(path);
 }
 

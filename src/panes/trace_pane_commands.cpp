@@ -32,9 +32,20 @@ void TracePane::OnFind() {
   if (RunFindDialog(GetHost())) Find(true);
 }
 
+// Opening a source may take as long as the user likes: this pane may be destroyed meanwhile.
 void TracePane::OnViewProperties() {
-  if (const std::unique_ptr<CTraceIterator> iterator = MakeIterator())
-    CTraceDetailDialog(GetHost(), *iterator, m_document.m_names).DoModal();
+  std::unique_ptr<CTraceIterator> iterator = MakeIterator();
+  if (!iterator) return;
+  std::string path;
+  unsigned line = 0;
+  {
+    CTraceDetailDialog dialog(GetHost(), *iterator, m_document.m_names);
+    dialog.DoModal();
+    path = dialog.m_gotoPath;
+    line = dialog.m_gotoLine;
+  }
+  iterator.reset();
+  if (!path.empty()) OpenSourceAt(path, line);
 }
 
 void TracePane::OnUpdateGotoSource(CCmdUI& ui) {

@@ -14,11 +14,14 @@ class NamingProgram {
  public:
   enum What { kAnswers, kHangsUntilToldTo };
 
-  explicit NamingProgram(What what) : m_told(m_dir.File("told")), m_started(m_dir.File("started")) {
-    const std::string names =
-        "f12\tpay.cpp\t/usr/bin/orders+0x12ab [0a1b2c3d4e5f]\tCharge() at pay.cpp:12 (orders)\n"
-        "mno names for libfoo.so\n";
-    const std::string head{static_cast<char>(names.size()), '\0', '\0', '\0'};
+  // The first frame is in line 12 of this file.
+  explicit NamingProgram(What what, const std::string& file = "pay.cpp")
+      : m_told(m_dir.File("told")), m_started(m_dir.File("started")) {
+    const std::string names = "f12\t" + file +
+                              "\t/usr/bin/orders+0x12ab [0a1b2c3d4e5f]\tCharge() at pay.cpp:12 "
+                              "(orders)\nmno names for libfoo.so\n";
+    const std::string head{static_cast<char>(names.size() & 0xFF),
+                           static_cast<char>(names.size() >> 8), '\0', '\0'};
     m_dir.File("answer", head + names);
     const std::string wait =
         what == kAnswers ? "" : "while ! [ -e '" + m_told + "' ]; do sleep 0.02; done\n";

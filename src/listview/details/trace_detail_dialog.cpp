@@ -76,6 +76,7 @@ CTraceDetailDialog::~CTraceDetailDialog() {
 }
 
 void CTraceDetailDialog::OnInitDialog() {
+  m_gotoPath.clear();
   CDialog::OnInitDialog();
   Fill();
 }
@@ -88,6 +89,18 @@ void CTraceDetailDialog::OnNext() {
 void CTraceDetailDialog::OnBack() {
   m_iterator.Prev();
   if (!m_iterator.cancelled) Fill();
+}
+
+bool CTraceDetailDialog::HasSource(std::size_t line) const {
+  return line < m_stackNames.frames.size() && !m_stackNames.frames[line].file.empty();
+}
+
+bool CTraceDetailDialog::OnGotoFrame(std::size_t line) {
+  if (!HasSource(line)) return false;
+  m_gotoPath = m_stackNames.frames[line].file;
+  m_gotoLine = m_stackNames.frames[line].line;
+  OnCancel();
+  return true;
 }
 
 void CTraceDetailDialog::Fill() {

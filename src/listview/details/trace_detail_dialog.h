@@ -31,6 +31,13 @@ class CTraceDetailDialog : public CDialog {
   // REQUIRES: there is a trace in that direction. Kept: this is not checked again.
   void OnNext();
   void OnBack();
+  // Ends the dialog so that its caller opens the source of a line of the stack; false: it is not
+  // known, and nothing happens.
+  bool OnGotoFrame(std::size_t line);
+  bool HasSource(std::size_t line) const;
+  // Set by the end with OnGotoFrame; the path is empty otherwise.
+  std::string m_gotoPath;
+  unsigned m_gotoLine = 0;
 
   // The content of the fields, UTF-8; all empty when the cursor has no trace.
   std::string m_application, m_count, m_machine, m_pid, m_tid, m_time;

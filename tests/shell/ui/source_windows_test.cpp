@@ -1,6 +1,7 @@
 // From a trace to its source on the screen: keys, window, caret, the wait, the save dialogs.
 #include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QLabel>
@@ -18,6 +19,8 @@
 #include "listview/source/ui/rich_edit_widget.h"
 #include "shell/menu_resources.h"
 #include "shell_fixture.h"
+#include "symbols/naming_program.h"
+#include "symbols/stack_naming.h"
 #include "tree/proc/proc_view.h"
 
 namespace {
@@ -119,6 +122,32 @@ TEST_F(SourceWindowsTest, CtrlGOnTheSelectedItemOfATreeOpensItsFileOnItsLine) {
   EXPECT_EQ(Front()->windowTitle(), QLatin1String("a.cpp"));
   EXPECT_EQ(Edit()->textCursor().blockNumber() + 1, 400);
   EXPECT_EQ(Edit()->MarkedLine(), 399);
+}
+
+TEST_F(SourceWindowsTest, EnterOnAFunctionOfAStackOpensItsMappedFileOnItsLine) {
+  Start();
+  const std::string source = WriteSource("pay.cpp");
+  g_sourceMap.push_back({"/build", source.substr(0, source.rfind('/'))});
+  const NamingProgram program(NamingProgram::kAnswers, "/build/pay.cpp");
+  g_stackNaming = std::make_unique<StackNaming>(std::vector<std::string>(), program.Path());
+  TrcImage image;
+  image.Trace({.text = "up", .stack = "/usr/bin/orders+0x12ab [0a1b2c3d4e5f]"});
+  ASSERT_TRUE(Open(image.WriteTo(m_dir.File("web.trc"))));
+  View(*Frame().MDIGetActive())
+      ->List()
+      .SetItemState(0, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
+  OnModal([](QWidget* dialog) {
+    auto* const stack = dialog->findChild<QComboBox*>("1151");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return stack->count() == 2; }, 20000));
+    stack->setFocus();
+    QTest::keyClick(stack, Qt::Key_Return);
+  });
+  Frame().OnCommand(ID_VIEW_PROPERTIES);
+  g_stackNaming.reset();
+  Settle();
+  ASSERT_NE(Edit(), nullptr);
+  EXPECT_EQ(Front()->windowTitle(), QLatin1String("pay.cpp"));
+  EXPECT_EQ(Edit()->textCursor().blockNumber() + 1, 12);
 }
 
 TEST_F(SourceWindowsTest, TheWindowLiesInsideTheRoomOfTheOthers) {

@@ -1,11 +1,13 @@
 #include "listview/details/ui/trace_detail_face.h"
 
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTextEdit>
@@ -105,6 +107,7 @@ void TraceDetailFace::AddStack(QGridLayout& grid) {
   m_stack->setMaxVisibleItems(kStackLines);
   m_stack->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   m_stack->setMinimumContentsLength(kStackChars);
+  m_stack->installEventFilter(this);
   caption->setBuddy(m_stack);
   grid.addWidget(caption, 1, 0);
   grid.addWidget(m_stack, 1, 1);
@@ -195,6 +198,40 @@ void TraceDetailFace::ShowStack() {
   for (const NamedFrame& frame : m_dialog.m_stackNames.frames) add(frame.text, frame.recorded);
   for (const std::string& missing : m_dialog.m_stackNames.missing)
     add("(" + missing + ")", missing);
+}
+
+bool TraceDetailFace::GotoSource() {
+  bool found = false;
+  Forward([&] {
+    found = m_stack->currentIndex() >= 0 &&
+            m_dialog.OnGotoFrame(static_cast<std::size_t>(m_stack->currentIndex()));
+  });
+  return found;
+}
+
+void TraceDetailFace::OfferSource(const QPoint& at) {
+  QMenu menu(this);
+  const QAction* const action =
+      menu.addAction("&Goto Source", QKeySequence(Qt::CTRL | Qt::Key_G), this, [] {});
+  menu.actions().front()->setEnabled(
+      m_dialog.HasSource(static_cast<std::size_t>(std::max(m_stack->currentIndex(), 0))));
+  if (menu.exec(at) == action) GotoSource();
+}
+
+// Where the source is not known, Enter stays that of the default button. The list that drops down
+// has keys of its own.
+bool TraceDetailFace::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::ContextMenu) {
+    OfferSource(static_cast<QContextMenuEvent*>(event)->globalPos());
+    return true;
+  }
+  if (event->type() == QEvent::KeyPress) {
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    const bool enter = key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter;
+    const bool go = key.key() == Qt::Key_G && key.modifiers() == Qt::ControlModifier;
+    if ((enter || go) && GotoSource()) return true;
+  }
+  return QtDialogFace::eventFilter(object, event);
 }
 
 void TraceDetailFace::ShowText() {

@@ -24,7 +24,13 @@ class TraceDetailFace final : public QtDialogFace {
 
   void UpdateData() override;
 
+ protected:
+  // Enter, Ctrl+G and the context menu on the stack lead to the source of the shown function.
+  bool eventFilter(QObject* object, QEvent* event) override;
+
  private:
+  bool GotoSource();
+  void OfferSource(const QPoint& at);
   QGroupBox* MakeGroup(const char* name);
   void AddField(QGridLayout& grid, int row, const CTraceDetailDialog::Field& field);
   QLineEdit* MakeValue(const CTraceDetailDialog::Field& field);

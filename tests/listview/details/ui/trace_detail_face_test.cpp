@@ -342,3 +342,42 @@ TEST_F(TraceDetailFaceTest, TheStackGetsItsNamesWhenTheyCome) {
   });
   g_stackNaming.reset();
 }
+
+TEST_F(TraceDetailFaceTest, EnterOnAFunctionLeadsToItsSource) {
+  m_cursor.Add({.text = "named", .stack = "/usr/bin/orders+0x12ab [0a1b2c3d4e5f]"});
+  m_cursor.StandAt(3);
+  for (const bool byKey : {true, false}) {
+    const NamingProgram program(NamingProgram::kAnswers, "/src/pay.cpp");
+    g_stackNaming = std::make_unique<StackNaming>(std::vector<std::string>(), program.Path());
+    CTraceDetailDialog dialog(m_host, m_cursor, m_names);
+    m_host.Post(MustRun([byKey] {
+      auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+      auto* const stack = window->findChild<QComboBox*>("1151");
+      ASSERT_TRUE(QTest::qWaitFor([&] { return stack->count() == 2; }, 20000));
+      stack->setCurrentIndex(1);  // what is missing: no function
+      stack->setFocus();
+      QTest::keyClick(stack, Qt::Key_G, Qt::ControlModifier);
+      EXPECT_TRUE(window->isVisible());
+      stack->setCurrentIndex(0);
+      QTest::keyClick(stack, byKey ? Qt::Key_Return : Qt::Key_G,
+                      byKey ? Qt::NoModifier : Qt::ControlModifier);
+      EXPECT_FALSE(window->isVisible());
+      if (window->isVisible()) window->reject();
+    }));
+    dialog.DoModal();
+    EXPECT_EQ(dialog.m_gotoPath, "/src/pay.cpp");
+    EXPECT_EQ(dialog.m_gotoLine, 12u);
+    g_stackNaming.reset();
+  }
+}
+
+TEST_F(TraceDetailFaceTest, EnterOnAFrameWithoutASourceIsThatOfTheDefaultButton) {
+  Run([](QDialog& window) {
+    auto* const stack = window.findChild<QComboBox*>("1151");
+    stack->setFocus();
+    QTest::keyClick(stack, Qt::Key_Return);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(Value(window, "1041"), "3");
+  });
+}

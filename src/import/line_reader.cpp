@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -37,6 +38,13 @@ int LineReader::Peek() {
   if (m_skipping && !SkipRest()) return -1;
   if (m_begin == m_end && !ReadMore()) return -1;
   return static_cast<unsigned char>(m_buffer[m_begin]);
+}
+
+std::string_view LineReader::PeekBytes(std::size_t count) {
+  if (m_skipping && !SkipRest()) return {};
+  while (m_end - m_begin < count && ReadMore()) {
+  }
+  return {m_buffer.data() + m_begin, std::min(count, m_end - m_begin)};
 }
 
 InputLine LineReader::Take(std::size_t bytes, std::size_t lineEnd, bool cut) {

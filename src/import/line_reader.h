@@ -29,6 +29,11 @@ class LineReader {
   bool Next(InputLine& line);
   // The first byte of the next line; -1 at the end. Waits for it.
   int Peek();
+  // The next bytes, fewer only at the end. Waits for them. Valid
+  // until the next call of anything else. For what stands between lines.
+  std::string_view PeekBytes(std::size_t count);
+  // REQUIRES: the last PeekBytes gave so many.
+  void Drop(std::size_t count) { m_begin += count; }
   std::uint64_t BytesRead() const { return m_bytesRead; }
   int Error() const { return m_error; }  // errno
   bool Stopped() const { return m_stopped; }

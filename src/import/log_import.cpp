@@ -2,6 +2,7 @@
 
 #include "base/fail_with.h"
 #include "base/text.h"
+#include "import/journal_export.h"
 
 namespace {
 
@@ -11,7 +12,10 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool LogImport::Read(LineReader& reader, const std::string& name, std::string* why) {
   InputLine line;
-  for (std::uint64_t number = 1; reader.Next(line); ++number) {
+  JournalExport entries(reader);
+  const bool exported = m_format.MayBeExported();
+  for (std::uint64_t number = 1; exported ? entries.Next(line) : reader.Next(line); ++number) {
+    if (exported) number = entries.Number();
     if (number == 1 && line.text.starts_with(kByteOrderMark))
       line.text.remove_prefix(kByteOrderMark.size());
     if (line.text.empty()) {

@@ -66,7 +66,7 @@ class ImportCommand final : public Command {
 };
 
 void ImportCommand::AddForms() {
-  App().add_flag("--journal", m_journal, "Lines of journalctl -o json");
+  App().add_flag("--journal", m_journal, "Lines of journalctl -o json, or entries of -o export");
   App().add_flag("--syslog", m_syslog, "Lines of syslog, as sent and as written to files");
   App().add_flag("--jsonl", m_jsonl,
                  "One JSON object per line: of trc dump, or of a logging library");

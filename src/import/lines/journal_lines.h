@@ -1,4 +1,4 @@
-// Lines of `journalctl -o json`.
+// Lines of `journalctl -o json`, and what import/journal_export.h makes of `journalctl -o export`.
 //
 // Shape    _HOSTNAME is the machine, SYSLOG_IDENTIFIER or _COMM the application, LOGGER the
 //          component and category; without it the unit is the component and the facility the
@@ -18,6 +18,7 @@ class JournalLines final : public LineFormat, private FlatJsonTaker {
  public:
   explicit JournalLines(ImportFields& fields) : m_fields(fields) {}
   bool Read(std::string_view line, ImportedTrace& trace) override;
+  bool MayBeExported() const override { return true; }
   std::vector<std::string> Notes() const override;
 
  private:

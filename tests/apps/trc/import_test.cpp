@@ -109,6 +109,31 @@ TEST_F(TrcImport, TheYearOfSyslogIsThatOfTheFileAndSaid) {
   EXPECT_EQ(traces[1].at("pid"), "1");
 }
 
+TEST_F(TrcImport, TheExportFormOfAJournalGivesTheTracesOfItsJson) {
+  const std::string objects =
+      R"({"__REALTIME_TIMESTAMP":"1795305667123456","_HOSTNAME":"web","SYSLOG_IDENTIFIER":"cron",)"
+      R"("_PID":"12","PRIORITY":"3","MESSAGE":"two\nlines"})"
+      "\n"
+      R"({"__REALTIME_TIMESTAMP":"1795305667124456","MESSAGE":[98,255]})"
+      "\n";
+  ASSERT_EQ(Import({"--journal"}, objects).status, 0);
+  const auto traces = DumpedTraces(m_out);
+  const std::string zeros(7, '\0');
+  const std::string first =
+      "__REALTIME_TIMESTAMP=1795305667123456\n_HOSTNAME=web\nSYSLOG_IDENTIFIER=cron\n_PID=12\n"
+      "PRIORITY=3\nMESSAGE\n\x09" +
+      zeros + "two\nlines\n\n";
+  const std::string second =
+      "__REALTIME_TIMESTAMP=1795305667124456\nMESSAGE\n\x02" + zeros + "b\xff\n";
+  const std::string secondAsJson = objects.substr(objects.find('\n') + 1);
+  for (const std::string& log : {first + second, first + secondAsJson}) {
+    const TrcRun run = Import({"--journal"}, log);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(DumpedTraces(m_out), traces);
+  }
+  EXPECT_EQ(traces.front().at("text"), "two\nlines");
+}
+
 TEST_F(TrcImport, SeveralInputsFollowEachOtherAndStandardInputMayBeOne) {
   const std::string one = m_directory.File("one", "{\"msg\":\"one\"}");
   const std::string two = m_directory.File("two", "{\"msg\":\"two\"}\n");

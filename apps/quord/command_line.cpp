@@ -20,6 +20,7 @@ class Parser {
         "  quord                                  start the service of this user\n"
         "  quord --foreground --log-level debug   in the foreground, with a long log\n"
         "  quord --listen 0.0.0.0:7447            accept other machines, by TLS\n"
+        "  quord --machine                        by root: one service for all accounts\n"
         "  quord keys init                        make the certificates for that\n"
         "  quord status                           does it run? which applications?\n"
         "  quord reload                           read certificates and options again\n"
@@ -68,6 +69,11 @@ class Parser {
     const auto take = [this, word](const std::string& value) {
       m_serve.given.push_back({word, value});
     };
+    if (known.isSwitch) {
+      m_app.add_flag_callback(
+          names, [take] { take("yes"); }, std::string(known.help));
+      return;
+    }
     CLI::Option* const option =
         known.isRepeatable
             ? m_app.add_option_function<std::vector<std::string>>(

@@ -18,6 +18,8 @@ int CheckConfig(const CheckConfigCommand& command);
 // empty if there is none.
 bool SettingsFor(const ServeCommand& command, ServiceSettings* settings, std::string* file,
                  std::string* why);
+// Where the certificates are.
+std::string KeysFolderFor(const ServiceSettings& settings);
 // The socket in this folder, or in that of the configuration file, or else that of this user's
 // service.
 std::string SocketPathIn(const std::string& folder);

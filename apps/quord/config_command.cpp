@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "base/fail_with.h"
 #include "commands.h"
@@ -45,9 +46,18 @@ std::string SocketPathIn(const std::string& folder) {
   ServiceSettings settings;
   std::string file;
   // A faulty file does not hide a service that runs.
-  if (SettingsFor({}, &settings, &file, nullptr) && !settings.socketFolder.empty())
-    return settings.socketFolder + "/quord.sock";
+  if (SettingsFor({}, &settings, &file, nullptr)) {
+    if (settings.machine) return ReadServiceEnvironment().machineSocket;
+    if (!settings.socketFolder.empty()) return settings.socketFolder + "/quord.sock";
+  }
   return ServiceSocketPath();
+}
+
+std::string KeysFolderFor(const ServiceSettings& settings) {
+  if (!settings.keysFolder.empty()) return settings.keysFolder;
+  // The user of a service of the machine has no home.
+  const bool isNamed = std::getenv("QUOR_KEYS") != nullptr;
+  return settings.machine && !isNamed ? "/etc/quor/keys" : KeysFolder();
 }
 
 int CheckConfig(const CheckConfigCommand& command) {
@@ -62,8 +72,7 @@ int CheckConfig(const CheckConfigCommand& command) {
   if (!config->faults.empty()) return kExitNo;
   ServiceSettings settings;
   settings.Take(config->options);
-  const std::string keys = settings.keysFolder.empty() ? KeysFolder() : settings.keysFolder;
-  const TlsRules rules{keys, settings.revoked, settings.roles};
+  const TlsRules rules{KeysFolderFor(settings), settings.revoked, settings.roles};
   if (!settings.listen.empty() && !MakeServerTls(rules, &why)) return Fail(path + ": " + why);
   if (!settings.group.empty() && !GroupNamed(settings.group, &why)) return Fail(path + ": " + why);
   for (const GivenOption& option : config->options)

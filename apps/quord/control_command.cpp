@@ -11,6 +11,7 @@
 #include "base/fail_with.h"
 #include "commands.h"
 #include "question.h"
+#include "quor/link/paths.h"
 #include "quor/listeners/local_listener.h"
 
 namespace {
@@ -40,6 +41,9 @@ bool SignalService(const std::string& path, pid_t pid, int number) {
 int Stop(const StopCommand& command) {
   const std::string path = SocketPathIn(command.socketFolder);
   const pid_t pid = ServicePid(path);
+  Question question;
+  if (pid <= 0 && IsMachineSocket(path) && geteuid() != 0 && question.Reach(path))
+    return Fail("only root and the service manager end the service of this machine");
   if (pid <= 0) return NotRunning(path);
   const std::string process = "process " + std::to_string(pid);
   if (!SignalService(path, pid, SIGTERM)) return Fail(process + ": " + SystemReason());

@@ -10,6 +10,8 @@
 
 #include "base/fail_with.h"
 #include "commands.h"
+#include "machine_user.h"
+#include "quor/link/machine_place.h"
 #include "quor/link/paths.h"
 #include "quor/listeners/local_listener.h"
 #include "quor/protocol/tls.h"
@@ -23,10 +25,14 @@ std::string Environment(const char* name) {
   return value ? value : "";
 }
 
+constexpr const char* kMachineState = "/var/lib/quord";
+
 // A service on a socket of its own has a state of its own.
 std::string StateFolder(const ServiceSettings& settings, const std::string& socketPath) {
   if (!settings.stateFolder.empty()) return settings.stateFolder;
   if (std::string given = Environment("STATE_DIRECTORY"); !given.empty()) return given;
+  if (settings.machine)
+    return socketPath == kMachineSocket ? kMachineState : FolderOf(socketPath) + "/state";
   const bool ownSocket = !settings.socketFolder.empty() || !Environment("QUOR_SOCKET").empty();
   if (!ownSocket) {
     if (const std::string home = Environment("XDG_STATE_HOME"); !home.empty())
@@ -44,6 +50,20 @@ std::string Absolute(const std::string& path) {
   return absolute.empty() ? path : absolute;
 }
 
+// The paths of a service of the machine do not depend on who starts it.
+bool PutMachine(const ServiceSettings& settings, ServiceOptions* options, std::string* why) {
+  options->ofMachine = settings.machine;
+  if (!settings.machine) return true;
+  if (!settings.socketFolder.empty())
+    return FailWith(why, "a service of the machine has its own place: socket-dir is not for it");
+  const std::string place = ReadServiceEnvironment().machineSocket;
+  if (options->inheritedSocket >= 0 && options->socketPath != place)
+    return FailWith(
+        why, "a service of the machine serves at " + place + ", not at " + options->socketPath);
+  options->socketPath = place;
+  return true;
+}
+
 // What the settings say of the options; the socket has been chosen before.
 bool PutSettings(const ServeCommand& command, ServiceOptions* options, std::string* why) {
   ServiceSettings settings;
@@ -52,10 +72,10 @@ bool PutSettings(const ServeCommand& command, ServiceOptions* options, std::stri
     options->socketPath =
         Absolute(settings.socketFolder.empty() ? OwnServiceSocketPath()
                                                : settings.socketFolder + "/quord.sock");
+  if (!PutMachine(settings, options, why)) return false;
   options->stateFolder = Absolute(StateFolder(settings, options->socketPath));
   options->listen = settings.listen;
-  options->tls.keysFolder = settings.keysFolder.empty() ? KeysFolder() : settings.keysFolder;
-  options->tls.keysFolder = Absolute(options->tls.keysFolder);
+  options->tls.keysFolder = Absolute(KeysFolderFor(settings));
   options->tls.revoked = settings.revoked;
   options->tls.roles = settings.roles;
   options->group = settings.group;
@@ -124,6 +144,22 @@ int ServeInBackground(ServiceOptions options) {
   return kExitGood;
 }
 
+// Makes the place of a service of the machine and gives up the rights of root, before anything is
+// opened.
+bool PrepareMachine(ServeCommand* command, std::string* why) {
+  ServiceSettings settings;
+  std::string file;
+  if (!SettingsFor(*command, &settings, &file, nullptr) || !settings.machine) return true;
+  // The user that it becomes would look for another file.
+  if (command->config.empty()) command->config = file;
+  command->given.push_back({"machine", "yes"});
+  if (geteuid() != 0) return true;
+  const std::string socket = ReadServiceEnvironment().machineSocket;
+  const MachineUser user{settings.user.empty() ? kMachineUser : settings.user, FolderOf(socket),
+                         StateFolder(settings, socket)};
+  return BecomeMachineUser(user, why);
+}
+
 }  // namespace
 
 int Serve(const ServeCommand& command) {
@@ -131,7 +167,9 @@ int Serve(const ServeCommand& command) {
   const bool isActivated = !Environment("LISTEN_FDS").empty();
   ServiceOptions options;
   std::string why;
-  if (!MakeOptions(WithWholePaths(command), &options, &why)) {
+  ServeCommand whole = WithWholePaths(command);
+  if (!PrepareMachine(&whole, &why)) return Fail(why);
+  if (!MakeOptions(whole, &options, &why)) {
     Fail(why);
     return kExitWrongUse;
   }

@@ -123,8 +123,11 @@ void PrintMore(const State& state) {
 }
 
 void Print(const State& state) {
-  std::printf("quord runs on %s (process %d), socket %s\n", Shown(state.machine).c_str(),
-              static_cast<int>(state.pid), state.socket.c_str());
+  // The service of the machine tells it only its administrators.
+  const std::string process =
+      state.pid > 0 ? " (process " + std::to_string(state.pid) + ")" : std::string();
+  std::printf("quord runs on %s%s, socket %s\n", Shown(state.machine).c_str(), process.c_str(),
+              state.socket.c_str());
   if (state.hasMore) PrintMore(state);
   for (const std::string& trouble : state.troubles)
     std::printf("  trouble: %s\n", Shown(trouble).c_str());

@@ -16,6 +16,7 @@ _quord() {
       COMPREPLY=($(compgen -W 'off support developer max' -- "$current")); return ;;
     --state-dir | --socket-dir | --keys-dir | -o | --out)
       COMPREPLY=($(compgen -d -- "$current")); return ;;
+    --user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     --group) COMPREPLY=($(compgen -g -- "$current")); return ;;
     --role-from) COMPREPLY=($(compgen -W 'ou san' -- "$current")); return ;;
     -c | --config | --crl) COMPREPLY=($(compgen -f -- "$current")); return ;;
@@ -30,7 +31,7 @@ _quord() {
     stop | reload) words='--socket-dir --help' ;;
     check-config) COMPREPLY=($(compgen -f -- "$current")); return ;;
     *) words='keys status stop reload check-config --foreground --config --log-level --listen --state-dir --socket-dir --keys-dir
-         --default-settings --group --crl --role-from --map-role --help --version' ;;
+         --default-settings --machine --user --group --crl --role-from --map-role --help --version' ;;
   esac
   COMPREPLY=($(compgen -W "$words" -- "$current"))
 }

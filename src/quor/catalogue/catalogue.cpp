@@ -180,3 +180,9 @@ std::vector<std::string> Catalogue::Registered() const {
     if (app.IsHeld()) names.push_back(name);
   return names;
 }
+
+std::vector<std::string> Catalogue::Names() const {
+  std::vector<std::string> names;
+  for (const auto& [name, app] : m_apps) names.push_back(name);
+  return names;
+}

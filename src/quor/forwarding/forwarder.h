@@ -83,7 +83,7 @@ class Forwarder final : public HubStream,
   const std::string m_keysFolder, m_ownMachine, m_name;
   std::string m_revoked, m_serviceKeys;
   unsigned m_listsRead = 0;  // how often they were given
-  Hub m_hub{true, m_name};
+  Hub m_hub{HubBatches::OfOneSource, m_name};
   StreamQueue m_queue;
   std::shared_ptr<Connection> m_connection;
   State m_state = State::Down;

@@ -22,6 +22,11 @@ ServiceStamp StampNow() {
           static_cast<std::uint64_t>(tic) * 1000};
 }
 
+std::optional<uid_t> AccountOf(const Batch& batch) {
+  if (!batch.sources.empty()) return batch.sources.front().source->account;
+  return batch.forgotten.empty() ? std::nullopt : batch.forgotten.front()->account;
+}
+
 BatchBuilder::BatchBuilder(HubNames& names, std::shared_ptr<BatchMemory> memory)
     : m_names(names), m_memory(std::move(memory)), m_batch(std::make_shared<Batch>(m_memory)) {}
 

@@ -12,33 +12,17 @@
 // Threads  One.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "quor/hub/batch_bytes.h"
 #include "quor/hub/hub_names.h"
+#include "quor/hub/source.h"
 #include "quor/protocol/frames.h"
 #include "records/raw_trace.h"
-
-// One instance of an application, here or on a machine that forwards to this one.
-struct Source {
-  std::array<std::uint8_t, 16> instance{};  // the same after a restart of the service
-  std::string machine, app, pid;
-  std::uint64_t firstSerial = 0;  // `serial` when this service last met the source
-  std::uint64_t serial = 0;       // traces that it has ever produced, delivered or lost
-  bool ended = false;
-  // Shared by everything that some stream has still to send.
-  std::shared_ptr<const void> way = std::make_shared<char>();
-  bool IsUnderWay() const { return way.use_count() > 1; }
-  // For a source that traces to another machine: how many traces are known to have arrived there,
-  // and the function that stores this number for a successor of this service.
-  std::uint64_t forwarded = 0;
-  std::function<void(std::uint64_t)> noteForwarded;
-};
 
 struct SourceDelta {
   std::shared_ptr<Source> source;
@@ -56,6 +40,8 @@ struct Batch {
   std::uint64_t traces = 0;                        // with a number, so without loss reports
 };
 using SharedBatch = std::shared_ptr<const Batch>;
+// Of a batch that has only sources of one account: see HubBatches.
+std::optional<uid_t> AccountOf(const Batch& batch);
 
 using TraceIds = TraceIdsOf<HubNameId>;
 

@@ -13,8 +13,7 @@ constexpr const char* kUnknownName = "(a name that the application never entered
 
 std::shared_ptr<Source> Hub::AddSource(Source source) {
   // Another live source has this instance, by chance or by a lie: keep the two apart.
-  for (auto known = m_sources.find(source.instance);
-       known != m_sources.end() && !known->second->ended; known = m_sources.find(source.instance))
+  while (IsAnothers(source))
     for (auto byte = source.instance.rbegin(); byte != source.instance.rend() && ++*byte == 0;)
       ++byte;
   if (auto known = Revive(source)) return known;
@@ -25,21 +24,15 @@ std::shared_ptr<Source> Hub::AddSource(Source source) {
   return added;
 }
 
-std::shared_ptr<Source> Hub::TakeEnded(const Source& source) {
-  for (auto* const ended : {&m_ended, &m_endedEarlier}) {
-    const auto known = std::find_if(ended->begin(), ended->end(), [&source](const auto& entry) {
-      return entry->instance == source.instance;
-    });
-    if (known == ended->end()) continue;
-    std::shared_ptr<Source> taken = *known;
-    ended->erase(known);
-    return taken;
-  }
-  return nullptr;
+// A source that ended may come back, but only to the account that it was of.
+bool Hub::IsAnothers(const Source& source) const {
+  const auto known = m_sources.find(source.instance);
+  if (known != m_sources.end() && !known->second->ended) return true;
+  return m_batches == HubBatches::OfOneAccount && m_ended.HasAnothers(source);
 }
 
 std::shared_ptr<Source> Hub::Revive(const Source& source) {
-  std::shared_ptr<Source> revived = TakeEnded(source);
+  std::shared_ptr<Source> revived = m_ended.Take(source);
   if (!revived) return nullptr;
   m_sources[revived->instance] = revived;
   revived->ended = false;
@@ -57,25 +50,21 @@ void Hub::EndSource(const std::shared_ptr<Source>& source) {
   source->ended = true;
   const auto known = m_sources.find(source->instance);
   if (known != m_sources.end() && known->second == source) m_sources.erase(known);
-  const bool earlier = source->firstSerial != 0;
-  std::deque<std::shared_ptr<Source>>& ended = earlier ? m_endedEarlier : m_ended;
-  ended.push_back(source);
-  if (ended.size() <= (earlier ? kEarlierKept : kEndedKept)) return;
-  Forget(ended.front());
-  ended.pop_front();
+  if (const auto oldest = m_ended.Keep(source)) Forget(oldest);
 }
 
 void Hub::Forget(const std::shared_ptr<Source>& source) {
-  m_forgotten += source->serial;
+  m_ended.CountForgotten(*source);
   if (m_streams.empty()) return;
+  if (m_batches == HubBatches::OfOneAccount) SealBefore(source);
   Open();
   m_builder.AppendForgotten(source);
   if (m_builder.IsFull()) Seal();
 }
 
 std::vector<std::shared_ptr<Source>> Hub::Sources() const {
-  std::vector<std::shared_ptr<Source>> sources(m_ended.begin(), m_ended.end());
-  sources.insert(sources.end(), m_endedEarlier.begin(), m_endedEarlier.end());
+  std::vector<std::shared_ptr<Source>> sources;
+  m_ended.AppendTo(sources);
   for (const auto& [instance, source] : m_sources) sources.push_back(source);
   return sources;
 }
@@ -96,6 +85,16 @@ HubNameId Hub::Translate(AppNameId own, SourceNames& names, const Learn& learn) 
   return id;
 }
 
+// The account of a process is the kernel's word, whatever text the program gives its process.
+HubNameId Hub::TranslatePid(AppNameId own, SourceNames& names, const Learn& learn) {
+  HubNameId id{};
+  if (names.Account().empty()) return Translate(own, names, learn);
+  if (names.FindPid(own, m_names, id)) return id;
+  Translate(own, names, learn);
+  names.FindPid(own, m_names, id);
+  return id;
+}
+
 const TraceIds& Hub::TranslateAll(const std::uint8_t* record, SourceNames& names,
                                   const Learn& learn) {
   const TraceIdBytes own(record);
@@ -104,7 +103,7 @@ const TraceIds& Hub::TranslateAll(const std::uint8_t* record, SourceNames& names
   m_last.ids = {
       Translate(raw.MachineId(), names, learn),   Translate(raw.AppId(), names, learn),
       Translate(raw.ComponentId(), names, learn), Translate(raw.CategoryId(), names, learn),
-      Translate(raw.PidId(), names, learn),       Translate(raw.TidId(), names, learn),
+      TranslatePid(raw.PidId(), names, learn),    Translate(raw.TidId(), names, learn),
       Translate(raw.SourceFileId(), names, learn)};
   m_last.version = names.Version();
   m_last.own = own;
@@ -123,7 +122,7 @@ void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes 
   if (m_streams.empty()) return;
   names.Follow(m_names);
   const TraceIds& ids = TranslateAll(record.data(), names, learn);
-  if (m_oneSourceEach) SealBefore(source);
+  SealBefore(source);
   if (!m_builder.HasRoom(kTagBytes + record.size(), m_builder.NameBytes(ids))) Seal();
   Open();
   m_builder.Append(source, record, ids, number);
@@ -141,7 +140,7 @@ void Hub::Lose(const std::shared_ptr<Source>& source, std::uint64_t lost,
   source->serial += lost;
   m_lost += lost;
   if (m_streams.empty()) return;
-  if (m_oneSourceEach) SealBefore(source);
+  SealBefore(source);
   if (!m_builder.HasRoom(reason.size() + 128, 5 * (kNameRecordBytes + kLongestText))) Seal();
   Open();
   m_builder.AppendLoss(source, lost, reason);
@@ -153,15 +152,16 @@ void Hub::CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost) {
   source->serial += lost;
   m_lost += lost;
   if (m_streams.empty()) return;
-  if (m_oneSourceEach) SealBefore(source);
+  SealBefore(source);
   Open();
   m_builder.CountLost(source, lost);
   if (m_builder.IsFull()) Seal();
 }
 
-void Hub::SealBefore(const std::shared_ptr<Source>& source) {
-  if (m_builderSource == source) return;
-  Seal();
+void Hub::SealForSource(const std::shared_ptr<Source>& source) {
+  const bool isSameAccount = m_batches == HubBatches::OfOneAccount && m_builderSource &&
+                             m_builderSource->account == source->account;
+  if (!isSameAccount) Seal();
   m_builderSource = source;
 }
 

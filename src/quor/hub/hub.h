@@ -11,11 +11,11 @@
 // Threads  One.
 #pragma once
 
-#include <deque>
 #include <functional>
 #include <map>
 
 #include "quor/hub/batch.h"
+#include "quor/hub/ended_sources.h"
 
 class HubStream {
  public:
@@ -27,13 +27,16 @@ class HubStream {
   ~HubStream() = default;
 };
 
+// OfOneSource: no batch holds traces of two sources, as forwarding needs it. OfOneAccount: none
+// holds anything of two accounts, so that a stream of one account leaves out whole batches.
+enum class HubBatches { Mixed, OfOneSource, OfOneAccount };
+
 class Hub {
  public:
-  // `oneSourceEach`: no batch holds traces of two sources, as forwarding needs it.
-  explicit Hub(bool oneSourceEach = false, std::string machine = {})
+  explicit Hub(HubBatches batches = HubBatches::Mixed, std::string machine = {})
       : m_machine(std::move(machine)),
         m_builder(m_names, std::make_shared<BatchMemory>()),
-        m_oneSourceEach(oneSourceEach) {}
+        m_batches(batches) {}
   // The machine whose monitors the hub serves; empty: the monitors of this service.
   const std::string& Machine() const { return m_machine; }
 
@@ -45,7 +48,9 @@ class Hub {
   // Of forgotten sources only the sum of their serials is kept; every stream receives, in order,
   // the news that a source was added to that sum.
   std::vector<std::shared_ptr<Source>> Sources() const;
-  std::uint64_t Forgotten() const { return m_forgotten; }
+  std::uint64_t Forgotten(std::optional<uid_t> ofAccount = {}) const {
+    return m_ended.Forgotten(ofAccount);
+  }
 
   // Takes one raw trace whose ids are the source's own. Calls `learn`, if there is one, once for
   // names that are not known yet.
@@ -75,16 +80,17 @@ class Hub {
   void SetNextNumber(std::uint32_t number) { m_number = number; }
 
  private:
-  // Monitors may know a source from an earlier service. Its serial then does not say what they
-  // missed from this one. Such sources are kept in a list of their own, and longer.
-  static constexpr std::size_t kEndedKept = 256, kEarlierKept = 8192;
-
+  bool IsAnothers(const Source& source) const;
   std::shared_ptr<Source> Revive(const Source& source);
-  std::shared_ptr<Source> TakeEnded(const Source& source);
   void Forget(const std::shared_ptr<Source>& source);
   HubNameId Translate(AppNameId own, SourceNames& names, const Learn& learn);
+  HubNameId TranslatePid(AppNameId own, SourceNames& names, const Learn& learn);
   const TraceIds& TranslateAll(const std::uint8_t* record, SourceNames& names, const Learn& learn);
-  void SealBefore(const std::shared_ptr<Source>& source);
+  // Ends the open batch if this source must not be in it.
+  void SealBefore(const std::shared_ptr<Source>& source) {
+    if (m_batches != HubBatches::Mixed && m_builderSource != source) SealForSource(source);
+  }
+  void SealForSource(const std::shared_ptr<Source>& source);
   void Open() {
     if (m_onOpened && m_builder.IsEmpty()) m_onOpened();
   }
@@ -95,13 +101,12 @@ class Hub {
   HubNames m_names;
   BatchBuilder m_builder;
   std::function<void()> m_onOpened;
-  const bool m_oneSourceEach;
+  const HubBatches m_batches;
   std::shared_ptr<Source> m_builderSource;
   std::vector<SharedBatch> m_sealed;
   std::vector<HubStream*> m_streams;
   std::map<std::array<std::uint8_t, 16>, std::shared_ptr<Source>> m_sources;
-  std::deque<std::shared_ptr<Source>> m_ended, m_endedEarlier;
-  std::uint64_t m_forgotten = 0;
+  EndedSources m_ended;
   std::uint32_t m_number = 1;
   std::uint64_t m_taken = 0, m_lost = 0;
   bool m_reportedFull = false;

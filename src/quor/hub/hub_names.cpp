@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "quor/accounts/accounts.h"
 #include "records/name_record.h"
 
 namespace {
@@ -54,6 +55,7 @@ void SourceNames::Enter(AppNameId own, std::string_view text) {
   m_textBytes += text.size() - entry.size();
   entry = text;
   if (Page* const page = PageOf(own).get()) EntryOf(*page, own) = kUnknown;
+  m_pids.erase(own);
   m_version = NextVersion();
 }
 
@@ -75,10 +77,21 @@ bool SourceNames::Look(AppNameId own, HubNames& hub, HubNameId& id) {
   return true;
 }
 
+bool SourceNames::FindPid(AppNameId own, HubNames& hub, HubNameId& id) {
+  const auto made = m_pids.find(own);
+  if (made != m_pids.end()) return id = made->second, true;
+  const auto known = m_texts.find(own);
+  if (known == m_texts.end()) return false;
+  id = hub.IdOf(PidText(known->second, m_account));
+  m_pids[own] = id;
+  return true;
+}
+
 bool SourceNames::Follow(const HubNames& hub) {
   if (m_hub == &hub && m_generation == hub.Generation()) return false;
   for (const std::unique_ptr<Page>& page : m_pages)
     if (page) page->fill(kUnknown);
+  m_pids.clear();
   m_version = NextVersion();
   m_hub = &hub;
   m_generation = hub.Generation();

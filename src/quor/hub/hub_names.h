@@ -63,6 +63,10 @@ class SourceNames {
     id = static_cast<HubNameId>(known);
     return true;
   }
+  // Of a source whose account is shown: the same for the text of a process, with the account.
+  void SetAccount(std::string account) { m_account = std::move(account); }
+  const std::string& Account() const { return m_account; }
+  bool FindPid(AppNameId own, HubNames& hub, HubNameId& id);
   // Forgets the ids of another hub or generation. True when it did.
   bool Follow(const HubNames& hub);
   std::size_t TextBytes() const { return m_textBytes; }
@@ -84,6 +88,8 @@ class SourceNames {
 
   std::array<std::unique_ptr<Page>, kNameIds / kPageIds> m_pages;
   std::unordered_map<AppNameId, std::string> m_texts;
+  std::unordered_map<AppNameId, HubNameId> m_pids;  // with the account
+  std::string m_account;
   std::size_t m_textBytes = 0;
   const HubNames* m_hub = nullptr;
   std::uint32_t m_generation = 0;

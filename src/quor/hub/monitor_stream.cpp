@@ -1,7 +1,8 @@
 #include "quor/hub/monitor_stream.h"
 
-MonitorStream::MonitorStream(Hub& hub, Connection& connection, const StreamLimits& limits)
-    : m_hub(hub), m_connection(connection), m_queue(hub.Names(), limits) {}
+MonitorStream::MonitorStream(Hub& hub, Connection& connection, const StreamLimits& limits,
+                             std::optional<uid_t> only)
+    : m_hub(hub), m_connection(connection), m_queue(hub.Names(), limits), m_only(only) {}
 
 MonitorStream::~MonitorStream() {
   m_hub.Remove(*this);
@@ -9,10 +10,17 @@ MonitorStream::~MonitorStream() {
 
 void MonitorStream::Start() {
   m_hub.Add(*this);
-  m_queue.Begin(m_hub.Sources());
+  m_queue.Begin(Sources());
   quor::wire::Ledger ledger = m_queue.WholeLedger();
-  ledger.set_forgotten(m_hub.Forgotten());
+  ledger.set_forgotten(m_hub.Forgotten(m_only));
   m_connection.Send(FrameType::Ledger, ledger);
+}
+
+std::vector<std::shared_ptr<Source>> MonitorStream::Sources() const {
+  auto sources = m_hub.Sources();
+  if (m_only)
+    std::erase_if(sources, [this](const auto& source) { return source->account != m_only; });
+  return sources;
 }
 
 void MonitorStream::Pause() {
@@ -31,6 +39,7 @@ void MonitorStream::Resume() {
 }
 
 void MonitorStream::OnBatch(const SharedBatch& batch) {
+  if (m_only && AccountOf(*batch) != m_only) return;
   m_queue.Push(batch);
   Pump();
 }

@@ -12,7 +12,9 @@
 
 class MonitorStream final : public HubStream {
  public:
-  MonitorStream(Hub& hub, Connection& connection, const StreamLimits& limits);
+  // `only`: of sources of this account, as if there were no others.
+  MonitorStream(Hub& hub, Connection& connection, const StreamLimits& limits,
+                std::optional<uid_t> only = {});
   ~MonitorStream();
   MonitorStream(const MonitorStream&) = delete;
   MonitorStream& operator=(const MonitorStream&) = delete;
@@ -31,8 +33,10 @@ class MonitorStream final : public HubStream {
  private:
   static constexpr std::size_t kInFlightBytes = 256u << 10;
   void PumpUpTo(std::size_t bytes);
+  std::vector<std::shared_ptr<Source>> Sources() const;
 
   Hub& m_hub;
   Connection& m_connection;
   StreamQueue m_queue;
+  const std::optional<uid_t> m_only;
 };

@@ -16,6 +16,7 @@
 #include <thread>
 
 #include "base/fail_with.h"
+#include "quor/link/machine_place.h"
 #include "quor/link/paths.h"
 
 namespace {
@@ -50,6 +51,12 @@ bool MakePrivateFolder(const std::string& folder, LocalListener::Group group, st
   if ((status.st_mode & 077) != 0)
     return FailWith(why, folder + ": others may enter it (chmod 700 would make it private)");
   return true;
+}
+
+bool IsOwnMachinePlace(const std::string& socketPath, std::string* why) {
+  const auto owner = OwnerOfMachinePlace(socketPath, why);
+  return owner &&
+         (*owner == geteuid() || FailWith(why, FolderOf(socketPath) + ": belongs to another user"));
 }
 
 bool FillAddress(const std::string& path, sockaddr_un* address, std::string* why) {
@@ -101,7 +108,9 @@ bool SomebodyAnswers(const sockaddr_un& address) {
 }  // namespace
 
 bool LocalListener::Lock(const std::string& socketPath, Group group, std::string* why) {
-  if (!MakePrivateFolder(FolderOf(socketPath), group, why)) return false;
+  if (m_ofMachine ? !IsOwnMachinePlace(socketPath, why)
+                  : !MakePrivateFolder(FolderOf(socketPath), group, why))
+    return false;
   const std::string path = FolderOf(socketPath) + "/quord.lock";
   m_lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (m_lock < 0) return FailOn(why, path);
@@ -131,10 +140,15 @@ bool LocalListener::Open(const std::string& socketPath, std::string* why, Group 
       bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   umask(before);
   if (!bound || listen(m_descriptor, kQueueLength) != 0) return FailOn(why, socketPath);
-  if (group && !OpenToGroup(socketPath, *group, 0660, why)) return false;
+  if (!OpenSocket(socketPath, group, why)) return false;
   if (!NotePlace(socketPath)) return FailOn(why, socketPath);
   m_own = true;
   return true;
+}
+
+bool LocalListener::OpenSocket(const std::string& socketPath, Group group, std::string* why) const {
+  if (m_ofMachine) return chmod(socketPath.c_str(), 0666) == 0 || FailOn(why, socketPath);
+  return !group || OpenToGroup(socketPath, *group, 0660, why);
 }
 
 bool LocalListener::NotePlace(const std::string& socketPath) {
@@ -151,7 +165,8 @@ bool LocalListener::Adopt(const std::string& socketPath, int descriptor, std::st
   m_descriptor = descriptor;
   fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
   if (!Lock(socketPath, group, why)) return false;
-  if (group && !OpenToGroup(socketPath, *group, 0660, why)) return false;
+  // The mode of a handed-over socket that all accounts reach is its maker's.
+  if (!m_ofMachine && !OpenSocket(socketPath, group, why)) return false;
   if (!NotePlace(socketPath)) m_inode = 0;  // removed already: it is not in place
   return true;
 }

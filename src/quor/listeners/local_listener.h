@@ -22,7 +22,9 @@ class LocalListener {
   // Whose members may reach the socket as well.
   using Group = std::optional<gid_t>;
 
-  LocalListener() = default;
+  // `ofMachine`: every account may reach the socket. Its folder is made by root, see
+  // machine_place.h.
+  explicit LocalListener(bool ofMachine = false) : m_ofMachine(ofMachine) {}
   ~LocalListener() { Close(); }
   LocalListener(const LocalListener&) = delete;
   LocalListener& operator=(const LocalListener&) = delete;
@@ -43,7 +45,9 @@ class LocalListener {
  private:
   bool Lock(const std::string& socketPath, Group group, std::string* why);
   bool NotePlace(const std::string& socketPath);
+  bool OpenSocket(const std::string& socketPath, Group group, std::string* why) const;
 
+  const bool m_ofMachine;
   std::string m_path;
   int m_lock = -1, m_descriptor = -1;
   dev_t m_device = 0;  // of the socket's name
@@ -63,11 +67,13 @@ struct LocalPeer {
   uid_t uid = static_cast<uid_t>(-1);
   pid_t pid = 0;
   std::vector<gid_t> groups = {};
-  bool isOwner = false;  // of the service
+  bool isTraced = false;      // its applications are
+  bool isRestricted = false;  // it sees only what is of its own account
 };
 bool PeerOfSocket(int socket, LocalPeer* peer);
 // Owner: the service's own user, whose applications are traced. Client: root, or a member of the
-// group; they may watch and configure.
+// group; they may watch and configure. None: everybody else, who at the service of a machine is
+// traced and may watch and configure what is of his own account.
 enum class Admission { None, Client, Owner };
 Admission AdmissionOf(const LocalPeer& peer, uid_t own, LocalListener::Group group);
 // Nothing and a reason if there is no group of this name.

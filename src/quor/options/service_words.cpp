@@ -20,6 +20,8 @@ std::string WhyNoValue(std::string_view word, const std::string& value) {
   if (word == "role-from" && value != "ou" && value != "san")
     return quoted + " is none of ou, san" + DidYouMean(value, {"ou", "san"});
   if (word == "map-role" && !MappedRole(value, &why)) return why;
+  if (word == "machine" && value != "yes" && value != "no")
+    return quoted + " is none of yes, no" + DidYouMean(value, {"yes", "no"});
   return {};
 }
 
@@ -36,6 +38,8 @@ void TakeSingle(const std::string& word, const std::string& value, ServiceSettin
   if (word == "socket-dir") to.socketFolder = value;
   if (word == "keys-dir") to.keysFolder = value;
   if (word == "group") to.group = value;
+  if (word == "machine") to.machine = value == "yes";
+  if (word == "user") to.user = value;
   if (word == "crl") to.revoked = value;
   if (word == "role-from") to.roles.fromAltNames = value == "san";
 }
@@ -50,7 +54,14 @@ const std::vector<ServiceWord>& ServiceWords() {
       {"state-dir", "DIR", "Where settings are kept", true},
       {"socket-dir", "DIR", "Where the local socket is made", true},
       {"keys-dir", "DIR", "Where the certificates are", true},
-      {"group", "NAME", "The members of this group may watch and configure here, too"},
+      {"machine", "yes|no",
+       "Be the one service for all accounts of this machine, at /run/quor; started by root or by "
+       "its service manager",
+       false, false, true},
+      {"user", "NAME", "The user that a --machine that root starts becomes [default: quord]"},
+      {"group", "NAME",
+       "The members of this group may watch and configure here, too, with --machine all accounts "
+       "[default with --machine: quor, if there is such a group]"},
       {"crl", "FILE", "Refuse the certificates that these lists (PEM) revoke", true},
       {"role-from", "ou|san",
        "Where a certificate has its role: the OU of its subject, or an "

@@ -15,7 +15,8 @@
 
 struct ServiceWord {
   std::string_view word, type, help;
-  bool isPath = false, isRepeatable = false;
+  // A switch has the value yes or no in a file, and none on the command line.
+  bool isPath = false, isRepeatable = false, isSwitch = false;
 };
 const std::vector<ServiceWord>& ServiceWords();
 const ServiceWord* FindServiceWord(std::string_view word);
@@ -30,6 +31,8 @@ struct ServiceSettings {
   std::string stateFolder, socketFolder, keysFolder;  // empty: the default
   std::uint32_t defaultSettings = 7;
   std::string revoked, group;
+  bool machine = false;  // all accounts of the machine
+  std::string user;      // as whom it serves then; empty: the default
   RoleRules roles;
 
   // What is given later replaces what stands here, all values of a repeatable word as well.

@@ -187,7 +187,8 @@ const char* SegmentMap::WhyNotOpen(int descriptor) {
   const bool isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
   // Reading from any other file system could block.
   const bool inMemory = isFile && fstatfs(descriptor, &system) == 0 && system.f_type == TMPFS_MAGIC;
-  m_descriptor = CheckedDescriptor(inMemory ? open(path, O_RDWR | O_CLOEXEC) : -1);
+  // Without waiting: its owner may hold a lease on it.
+  m_descriptor = CheckedDescriptor(inMemory ? open(path, O_RDWR | O_NONBLOCK | O_CLOEXEC) : -1);
   close(descriptor);
   const auto bytes = static_cast<std::uint64_t>(status.st_size);
   if (!inMemory) return "the segment does not lie in memory";

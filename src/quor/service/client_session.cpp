@@ -11,10 +11,11 @@ constexpr std::size_t kHelloBytesMax = 4096;
 constexpr std::size_t kRequestBytesMax = 1u << 20;  // a Submit of as many traces as are possible
 constexpr std::size_t kAnswerBytesMax = kControlFrameBytesMax - 64;
 
-bool Fail(Response* response, ErrorCode code, const std::string& text) {
-  response->set_error(code);
-  response->set_text(text);
-  return false;
+constexpr const char* kOnlyAdministrators =
+    "only root and the members of the group of this machine's service may do that";
+
+bool IsOfAdministrators(const Request& request) {
+  return request.has_forward() || request.has_get_status() || request.has_reload();
 }
 
 Role Needed(const Request& request) {
@@ -34,7 +35,12 @@ Role Needed(const Request& request) {
 }  // namespace
 
 ClientSession::ClientSession(Host& host, SessionContext& context, SessionPeer peer)
-    : m_host(host), m_context(context), m_peer(std::move(peer)) {}
+    : m_host(host),
+      m_context(context),
+      m_peer(std::move(peer)),
+      m_apps(context.apps,
+             AppView(context.accounts, context.apps.Known(), {m_peer.uid, m_peer.isRestricted}),
+             m_peer.pid) {}
 
 void ClientSession::Start(std::shared_ptr<ByteStream> stream) {
   m_connection = Connection::Start(std::move(stream), *this, m_context.connectionLimits);
@@ -63,20 +69,13 @@ void ClientSession::OnClosed(const std::string& reason) {
       m_peer.label + " has disconnected: " + reason);
   EndMonitor();
   if (m_forwarded && m_forwarded->Turn() == m_forwardedTurn) m_forwarded->Break();
-  CloseHandles();
+  m_apps.Close();
   m_host.OnEnded(*this);
 }
 
 void ClientSession::EndMonitor() {
   m_context.dropped += Dropped();
   m_monitor.reset();
-}
-
-void ClientSession::CloseHandles() {
-  for (const std::string& name : m_handles)
-    if (CatalogueApp* const app = m_context.apps.Known().Find(name))
-      m_context.apps.CloseHandle(*app, m_peer.pid);
-  m_handles.clear();
 }
 
 void ClientSession::OnWritten() {
@@ -109,7 +108,8 @@ void ClientSession::Greet(const Frame& frame) {
   welcome.set_version(kProtocolVersion);
   welcome.set_machine(m_context.machine);
   welcome.set_instance(m_context.instance);
-  for (const std::string& trouble : m_context.troubles) welcome.add_troubles(trouble);
+  if (!m_peer.isRestricted)
+    for (const std::string& trouble : m_context.troubles) welcome.add_troubles(trouble);
   m_connection->Send(FrameType::Welcome, welcome);
   Log(LogLevel::Info, m_peer.label + " has connected to " + RoleName(m_role));
 }
@@ -127,21 +127,23 @@ void ClientSession::Answer(const Request& request) {
   Response response;
   response.set_id(request.id());
   if (request.what_case() == Request::WHAT_NOT_SET)
-    Fail(&response, ERROR_BAD_REQUEST, "an empty or unknown request");
+    FailRequest(&response, ERROR_BAD_REQUEST, "an empty or unknown request");
+  else if (m_peer.isRestricted && IsOfAdministrators(request))
+    FailRequest(&response, ERROR_ACCESS, kOnlyAdministrators);
   else if (!RoleAllows(m_role, Needed(request)))
-    Fail(&response, ERROR_ACCESS, "the role does not allow it");
+    FailRequest(&response, ERROR_ACCESS, "the role does not allow it");
   else
     Serve(request, &response);
   if (response.ByteSizeLong() > kAnswerBytesMax) {
     response.Clear();
     response.set_id(request.id());
-    Fail(&response, ERROR_LIMIT, "the answer is too long");
+    FailRequest(&response, ERROR_LIMIT, "the answer is too long");
   }
   if (!m_connection->Send(FrameType::Response, response))
     return End("it asks and does not read the answers");
   if (!request.has_subscribe() || response.error() != ERROR_NONE) return;
   m_monitor->Start();
-  m_context.apps.ReleaseHeld();
+  m_context.apps.ReleaseHeld(Only());
 }
 
 bool ClientSession::Serve(const Request& request, Response* response) {
@@ -158,107 +160,35 @@ bool ClientSession::Serve(const Request& request, Response* response) {
     case Request::kReload:
       return Reload(response);
     default:
-      return ServeApps(request, response);
+      return m_apps.Serve(request, m_role, response);
   }
 }
 
 bool ClientSession::ServeStream(const Request& request, Response* response) {
   if (request.has_subscribe()) {
-    if (m_monitor) return Fail(response, ERROR_BAD_REQUEST, "subscribed already");
-    m_monitor =
-        std::make_unique<MonitorStream>(m_context.hub, *m_connection, m_context.streamLimits);
+    if (m_monitor) return FailRequest(response, ERROR_BAD_REQUEST, "subscribed already");
+    m_monitor = std::make_unique<MonitorStream>(m_context.hub, *m_connection,
+                                                m_context.streamLimits, Only());
     return true;
   }
-  if (!m_monitor) return Fail(response, ERROR_BAD_REQUEST, "not subscribed");
+  if (!m_monitor) return FailRequest(response, ERROR_BAD_REQUEST, "not subscribed");
   request.has_pause() ? m_monitor->Pause() : m_monitor->Resume();
   return true;
 }
 
-bool ClientSession::ServeApps(const Request& request, Response* response) {
-  switch (request.what_case()) {
-    case Request::kListApps:
-      ListApps(response);
-      return true;
-    case Request::kOpenApp:
-      return OpenApp(request.open_app().name(), response);
-    case Request::kCloseApp: {
-      const auto handle = m_handles.find(request.close_app().name());
-      if (handle == m_handles.end())
-        return Fail(response, ERROR_UNKNOWN_APP, "no handle is open on it");
-      m_handles.erase(handle);
-      if (CatalogueApp* const app = m_context.apps.Known().Find(request.close_app().name()))
-        m_context.apps.CloseHandle(*app, m_peer.pid);
-      return true;
-    }
-    case Request::kGetApp:
-      return FillApp(request.get_app().name(), response) ||
-             Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
-    case Request::kKeep:
-      return Keep(request.keep(), response);
-    case Request::kForgetApp:
-      return ForgetApp(request.forget_app().name(), response);
-    default:
-      return Submit(request.submit(), response);
-  }
-}
-
 bool ClientSession::Reload(Response* response) {
-  if (!m_peer.local) return Fail(response, ERROR_ACCESS, "only on the machine itself");
+  if (!m_peer.local) return FailRequest(response, ERROR_ACCESS, "only on the machine itself");
   std::vector<std::string> notes;
   std::string why;
-  if (!m_host.Reload(&notes, &why)) return Fail(response, ERROR_BAD_REQUEST, why);
+  if (!m_host.Reload(&notes, &why)) return FailRequest(response, ERROR_BAD_REQUEST, why);
   for (const std::string& note : notes) response->add_notes(note);
-  return true;
-}
-
-bool ClientSession::Keep(const quor::wire::Keep& keep, Response* response) {
-  std::vector<std::string> faults;
-  const SettingsText rules = SettingsText::Read(keep.rules(), &faults);
-  if (!faults.empty()) return Fail(response, ERROR_BAD_REQUEST, faults.front());
-  CatalogueApp* const app = m_context.apps.Known().Enter(keep.app());
-  if (!app) return Fail(response, ERROR_LIMIT, "the application cannot be entered");
-  if (m_context.apps.Keep(*app, rules)) return true;
-  return Fail(response, ERROR_LIMIT, "that are more settings than are kept for an application");
-}
-
-bool ClientSession::ForgetApp(const std::string& name, Response* response) {
-  CatalogueApp* const app = m_context.apps.Known().Find(name);
-  if (app && m_context.apps.ForgetWaiting(*app)) return true;
-  return Fail(response, ERROR_UNKNOWN_APP, "nothing is kept for such an application");
-}
-
-bool ClientSession::OpenApp(const std::string& name, Response* response) {
-  if (m_handles.size() >= kHandlesMax) return Fail(response, ERROR_LIMIT, "too many handles");
-  CatalogueApp* const app = m_context.apps.Known().Enter(name);
-  if (!app) return Fail(response, ERROR_LIMIT, "the application cannot be entered");
-  m_handles.insert(name);
-  m_context.apps.Known().OpenHandle(*app, m_peer.pid);
-  return FillApp(name, response);
-}
-
-bool ClientSession::Submit(const quor::wire::Submit& submit, Response* response) {
-  CatalogueApp* const app = m_context.apps.Known().Find(submit.app());
-  if (!app) return Fail(response, ERROR_UNKNOWN_APP, "no such application is known");
-  if (!app->IsHeld())
-    return Fail(response, ERROR_BAD_REQUEST, "nobody holds the application: open it first");
-  Catalogue::Submitted what;
-  for (const auto& setting : submit.settings())
-    what.settings.emplace_back(setting.trace_id(), setting.settings());
-  if (submit.has_sink()) {
-    const Sink& sink = submit.sink();
-    if (sink.type() > 1) return Fail(response, ERROR_BAD_REQUEST, "a sink of unknown type");
-    if (sink.name().size() > kLinkTextMax || sink.options().size() > kLinkTextMax)
-      return Fail(response, ERROR_LIMIT, "the sink's name or options are too long");
-    what.sink = LinkSink{static_cast<SinkKind>(sink.type()), sink.name(), sink.options()};
-  }
-  m_context.apps.Submit(*app, what);
   return true;
 }
 
 bool ClientSession::Forward(const quor::wire::Forward& forward, Response* response) {
   std::string why;
   const auto stream = m_context.inlet.Open(Forwarder(), forward.stream(), forward.machine(), &why);
-  if (!stream) return Fail(response, ERROR_BAD_REQUEST, why);
+  if (!stream) return FailRequest(response, ERROR_BAD_REQUEST, why);
   // A connection that begins another stream no longer continues the first one.
   if (m_forwarded && m_forwardedId != forward.stream())
     m_context.inlet.Forget(Forwarder(), m_forwardedId);

@@ -8,20 +8,19 @@
 // Threads  The service's one thread.
 #pragma once
 
-#include <map>
-
 #include "quor/forwarding/forward_inlet.h"
 #include "quor/hub/monitor_stream.h"
 #include "quor/protocol/certificates.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
-#include "quor/traced/apps.h"
+#include "quor/service/app_requests.h"
 
 // The objects that all sessions share.
 struct SessionContext {
   Hub& hub;
   Apps& apps;
   ForwardInlet& inlet;
+  Accounts& accounts;
   std::string machine;
   std::string instance;  // 16 random bytes of this run
   StreamLimits streamLimits;
@@ -37,6 +36,9 @@ struct SessionPeer {
   std::string name;                               // in its certificate
   std::string label;                              // its name in the log
   ShownCertificate shown;
+  std::optional<uid_t> uid = {};  // of a local client
+  // At the service of a machine: it sees and changes only what is of its own account.
+  bool isRestricted = false;
 };
 
 class ClientSession final : public Connection::Handler,
@@ -52,8 +54,6 @@ class ClientSession final : public Connection::Handler,
    protected:
     ~Host() = default;
   };
-  static constexpr std::size_t kHandlesMax = 1024;
-
   ClientSession(Host& host, SessionContext& context, SessionPeer peer);
   void Start(std::shared_ptr<ByteStream> stream);
   // A clean end: sends first what the stream has. Its settings stay in force. The connection lives
@@ -78,30 +78,22 @@ class ClientSession final : public Connection::Handler,
   void Answer(const quor::wire::Request& request);
   bool Serve(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
-  bool ServeApps(const quor::wire::Request& request, quor::wire::Response* response);
   // Its name for the inlet of forwarded streams; a local client is identified by its process.
   std::string Forwarder() const { return m_peer.local ? m_peer.label : m_peer.name; }
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
   bool Reload(quor::wire::Response* response);
   void EndMonitor();
-  void ListApps(quor::wire::Response* response);
-  bool OpenApp(const std::string& name, quor::wire::Response* response);
-  bool Submit(const quor::wire::Submit& submit, quor::wire::Response* response);
-  bool Keep(const quor::wire::Keep& keep, quor::wire::Response* response);
-  bool ForgetApp(const std::string& name, quor::wire::Response* response);
-  // False: no such application is known.
-  bool FillApp(const std::string& name, quor::wire::Response* response);
+  std::optional<uid_t> Only() const { return m_peer.isRestricted ? m_peer.uid : std::nullopt; }
   void TakeForwarded(const Frame& frame);
-  void CloseHandles();
 
   Host& m_host;
   SessionContext& m_context;
   const SessionPeer m_peer;
+  AppRequests m_apps;
   std::shared_ptr<Connection> m_connection;
   quor::wire::Role m_role = quor::wire::ROLE_NONE;  // granted
   std::unique_ptr<MonitorStream> m_monitor;
   std::shared_ptr<ForwardInlet::Stream> m_forwarded;
   std::string m_forwardedId;
   std::uint64_t m_forwardedTurn = 0;
-  std::multiset<std::string> m_handles;
 };

@@ -69,7 +69,7 @@ void LocalArrival::OnReadable() {
     case Kind::Application:
       m_isApplication = true;
       // Its memory and files belong to another user.
-      if (!m_peer.isOwner) return Refuse("only programs of the user of this service are traced");
+      if (!m_peer.isTraced) return Refuse("only programs of the user of this service are traced");
       return ReadHello();
     case Kind::Client: {
       LocalSocket socket(m_io);
@@ -118,7 +118,8 @@ bool LocalArrival::TakeHello(const LinkFrame& frame, Bytes rest, std::string* wh
                      SegmentMap(),
                      OwnedDescriptor(m_io),
                      static_cast<std::uint32_t>(m_peer.pid),
-                     {rest.begin(), rest.end()}};
+                     {rest.begin(), rest.end()},
+                     Account{m_peer.uid}};
   const char* reason = "";
   if (m_segment >= 0 && !arrival.segment.Open(std::exchange(m_segment, -1), &reason))
     return FailWith(why, reason);

@@ -30,6 +30,9 @@ constexpr milliseconds kEndPatience{1500};
 constexpr milliseconds kPlaceAgain{200};
 constexpr milliseconds kAcceptAgain{100};  // no descriptors left: later, perhaps
 
+// Whose members see all accounts unless another group is named; a machine need not have it.
+constexpr const char* kMachineGroup = "quor";
+
 std::string NewInstance() {
   std::string bytes(16, '\0');
   RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), 16);
@@ -64,15 +67,24 @@ bool Service::Open(std::string* why) {
   RaiseDescriptorLimit();
   signal(SIGPIPE, SIG_IGN);
   if (!m_options.group.empty() && !(m_group = GroupNamed(m_options.group, why))) return false;
+  if (m_options.ofMachine && !m_group) m_group = GroupNamed(kMachineGroup, nullptr);
   const bool opened =
       m_options.inheritedSocket >= 0
           ? m_listener.Adopt(m_options.socketPath, m_options.inheritedSocket, why, m_group)
           : m_listener.Open(m_options.socketPath, why, m_group);
   if (!opened || !OpenState(why) || !m_tlsListener.Open(m_options.listen, m_options.tls, why))
     return false;
-  m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine);
-  m_context.reset(new SessionContext{
-      m_hub, *m_apps, m_inlet, m_machine, NewInstance(), {}, m_options.connectionLimits, {}});
+  m_apps = std::make_unique<Apps>(m_io, *m_catalogue, *this, m_machine,
+                                  m_options.ofMachine ? &m_accounts : nullptr);
+  m_context.reset(new SessionContext{m_hub,
+                                     *m_apps,
+                                     m_inlet,
+                                     m_accounts,
+                                     m_machine,
+                                     NewInstance(),
+                                     {},
+                                     m_options.connectionLimits,
+                                     {}});
   LookAtDates();
   std::error_code error;
   m_local.assign(asio::local::stream_protocol(), dup(m_listener.Descriptor()), error);
@@ -161,10 +173,7 @@ void Service::AcceptLocal() {
 
 void Service::TakeArrival(int socket) {
   LocalPeer peer;
-  const Admission admission =
-      PeerOfSocket(socket, &peer) ? AdmissionOf(peer, geteuid(), m_group) : Admission::None;
-  peer.isOwner = admission == Admission::Owner;
-  if (admission == Admission::None) {
+  if (!Admit(socket, &peer)) {
     Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
                                std::to_string(peer.uid) +
                                " is refused: only the user of this service may connect");
@@ -176,6 +185,14 @@ void Service::TakeArrival(int socket) {
   auto arrival = std::make_shared<LocalArrival>(m_io, *this, socket, peer);
   m_arrivals.push_back(arrival);
   arrival->Start(kGreetingDeadline);
+}
+
+bool Service::Admit(int socket, LocalPeer* peer) const {
+  if (!PeerOfSocket(socket, peer)) return false;
+  const Admission admission = AdmissionOf(*peer, geteuid(), m_group);
+  peer->isTraced = m_options.ofMachine || admission == Admission::Owner;
+  peer->isRestricted = m_options.ofMachine && admission == Admission::None;
+  return m_options.ofMachine || admission != Admission::None;
 }
 
 void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
@@ -200,8 +217,10 @@ void Service::OnClient(LocalSocket socket, const LocalPeer& peer) {
               quor::wire::ROLE_CONFIGURE,
               "",
               "client process " + std::to_string(pid) +
-                  (peer.isOwner ? "" : " of user " + std::to_string(peer.uid)),
-              {}});
+                  (peer.uid == geteuid() ? "" : " of user " + std::to_string(peer.uid)),
+              {},
+              peer.uid,
+              peer.isRestricted});
 }
 
 bool Service::OnApplication(AppArrival arrival, std::string* why) {
@@ -292,7 +311,10 @@ void Service::Stop() {
   const bool inPlace = m_listener.IsInPlace();
   CloseListeners();
   m_apps->Stop();
-  if (inPlace) SegmentFolder::RemoveEmpty(m_options.socketPath);
+  if (inPlace && m_options.ofMachine)
+    SegmentFolder::RemoveEmptyOfMachine(m_options.socketPath);
+  else if (inPlace)
+    SegmentFolder::RemoveEmpty(m_options.socketPath);
   m_hub.Seal();
   m_hub.Deliver();
   const auto sessions = std::exchange(m_sessions, {});

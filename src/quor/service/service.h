@@ -27,7 +27,8 @@ struct ServiceOptions {
   std::vector<std::string> listen;  // "address:port", "[address]:port"
   TlsRules tls;
   std::uint32_t defaultSettings = kDefaultSettings;
-  std::string group;  // whose members may watch and configure; empty: none
+  bool ofMachine = false;  // traces all its accounts
+  std::string group;       // whose members may watch and configure; empty: none
   LogLevel logLevel = LogLevel::Info;
   ConnectionLimits connectionLimits;  // of clients: above all when a stalled client is given up
   std::string version;                // of the program
@@ -54,6 +55,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   bool OpenState(std::string* why);
   void AcceptLocal();
   void TakeArrival(int socket);
+  bool Admit(int socket, LocalPeer* peer) const;
   void AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer);
   void OnClient(LocalSocket socket, const LocalPeer& peer) override;
   bool OnApplication(AppArrival arrival, std::string* why) override;
@@ -84,11 +86,12 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   const std::time_t m_since = std::time(nullptr);
   const std::string m_machine;
   asio::io_context m_io{1};
-  LocalListener m_listener;
+  Accounts m_accounts{m_options.ofMachine};
+  LocalListener m_listener{m_options.ofMachine};
   LocalListener::Group m_group;
   std::unique_ptr<Catalogue> m_catalogue;
   std::unique_ptr<Apps> m_apps;
-  Hub m_hub;
+  Hub m_hub{m_options.ofMachine ? HubBatches::OfOneAccount : HubBatches::Mixed};
   ForwardInlet m_inlet{m_hub};
   std::unique_ptr<SessionContext> m_context;
   asio::local::stream_protocol::acceptor m_local{m_io};

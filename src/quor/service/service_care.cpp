@@ -49,6 +49,7 @@ bool Service::Reload(std::vector<std::string>* notes, std::string* why) {
   NeedsRestart(fresh->listen != m_options.listen, "listen", notes);
   NeedsRestart(fresh->socketPath != m_options.socketPath, "socket-dir", notes);
   NeedsRestart(fresh->group != m_options.group, "group", notes);
+  NeedsRestart(fresh->ofMachine != m_options.ofMachine, "machine", notes);
   NeedsRestart(fresh->stateFolder != m_options.stateFolder, "state-dir", notes);
   if (fresh->logLevel != m_options.logLevel) notes->push_back("log-level has changed");
   if (fresh->defaultSettings != m_options.defaultSettings)

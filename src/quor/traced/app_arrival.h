@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "quor/accounts/accounts.h"
 #include "quor/link/link.h"
 #include "quor/ring/segment_map.h"
 #include "quor/traced/owned_descriptor.h"
@@ -17,4 +18,7 @@ struct AppArrival {
   OwnedDescriptor socket;
   std::uint32_t pid = 0;           // as the kernel reports it
   std::vector<std::uint8_t> rest;  // bytes received after the hello
+  // At the service of a machine: of the peer of the link, as the kernel reports it, and then of
+  // the segment's file.
+  Account account = {};
 };

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "base/fail_with.h"
@@ -12,8 +13,6 @@
 
 namespace {
 
-// Longer than a silent monitor is kept before it is disconnected.
-constexpr std::chrono::seconds kKept{12};
 constexpr int kEndedForMemory = 32;
 constexpr std::chrono::seconds kMemoryAfter{2};  // by then all of it is free
 
@@ -21,22 +20,37 @@ constexpr std::chrono::seconds kMemoryAfter{2};  // by then all of it is free
 
 bool Apps::Arrive(AppArrival arrival, std::string* why) {
   const bool brought = static_cast<bool>(arrival.segment);
+  if (m_accounts) arrival.account = m_accounts->Of(arrival.account.uid);
+  if (brought && !IsOfAccount(arrival, why)) return false;
   const Key key = brought ? KeyOf(arrival.segment) : Key{arrival.hello.device, arrival.hello.inode};
   if (IsBroken(key)) return FailWith(why, "its segment is not read any more");
   if (!brought && !m_running.contains(key)) m_watch.Read();
   if (const auto known = m_running.find(key); known != m_running.end()) {
     if (known->second->IsEnding()) return FailWith(why, "its last instance is just ending");
+    if (m_accounts && known->second->Owner().uid != arrival.account.uid)
+      return FailWith(why, "its segment is another account's");
     if (!brought && known->second->Pid() != arrival.pid)
       return FailWith(why, "its segment is another process's");
     known->second->Relink(std::move(arrival));
     return true;
   }
   if (!brought) return FailWith(why, "its segment is not known here");
-  const std::string name = arrival.hello.app;
   const std::shared_ptr<RunningApp> app = Add(key, arrival, why);
   if (!app) return false;
   app->Start(std::move(arrival));
   return true;
+}
+
+// Nobody can make a file that belongs to somebody else.
+Account Apps::AccountOf(int file) const {
+  struct stat status {};
+  if (!m_accounts || fstat(file, &status) != 0) return {};
+  return m_accounts->Of(status.st_uid);
+}
+
+bool Apps::IsOfAccount(const AppArrival& arrival, std::string* why) const {
+  return !m_accounts || AccountOf(arrival.segment.Descriptor()).uid == arrival.account.uid ||
+         FailWith(why, "its segment is another account's");
 }
 
 bool Apps::IsBroken(const Key& key) const {
@@ -45,7 +59,7 @@ bool Apps::IsBroken(const Key& key) const {
 
 std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::string* why) {
   if (m_running.size() >= kInstancesMax) return FailWith(why, "too many applications", nullptr);
-  CatalogueApp* const entry = m_catalogue.Enter(arrival.hello.app);
+  CatalogueApp* const entry = EntryFor(arrival.account, arrival.hello.app);
   if (!entry) return FailWith(why, "the application's name cannot be entered", nullptr);
   m_catalogue.FindInstance(*entry, arrival.pid);
   auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
@@ -65,7 +79,7 @@ void Apps::Watch(const std::string& socketPath) {
 
 void Apps::WatchAnew(const std::string& socketPath) {
   std::string why;
-  m_kept.clear();
+  m_kept.Clear();
   if (!m_watch.Open(socketPath, &why))
     Log(LogLevel::Warning, why + "; what short-lived applications trace may be lost");
 }
@@ -83,13 +97,15 @@ void Apps::OnFile(const std::string& name) {
   FinishedSegment rest;
   struct stat status {};
   const char* reason = "";
+  // At the service of a machine accounts could fill the folder with what is no segment.
+  if (file < 0 && errno != ENOENT) m_watch.Folder().RemoveAnything(name);
   if (file < 0 || fstat(file, &status) != 0) return;
   const Key key{status.st_dev, status.st_ino};
   if (const auto known = m_running.find(key); known != m_running.end()) {
     known->second->SetFile(name);
     close(file);
   } else if (IsBroken(key)) {
-    if (!IsKept(key)) Keep({{}, name, key, nullptr});
+    if (!m_kept.Has(key)) m_kept.Keep(name, key, nullptr);
     close(file);
   } else if (ReadFinishedSegment(file, &rest) && IsUnowned(file)) {
     OnFinishedSegment(name, key, rest, file);
@@ -107,54 +123,19 @@ void Apps::OnFinishedSegment(const std::string& name, const Key& key, const Fini
   if (!IsPossible(rest, file)) {
     Log(LogLevel::Warning, "segment " + name + " is removed: its count of traces is impossible");
     m_watch.Folder().Remove(name, key.first, key.second);
-  } else if (!IsKept(key)) {
-    Keep({{}, name, key, SourceOf(rest, file)});
+  } else if (!m_kept.Has(key)) {
+    m_kept.Keep(name, key, SourceOf(rest, file));
   }
-}
-
-bool Apps::IsKept(const Key& key) const {
-  return std::any_of(m_kept.begin(), m_kept.end(),
-                     [&key](const Kept& one) { return one.key == key; });
 }
 
 // Null: no monitor needs to learn of it.
 std::shared_ptr<Source> Apps::SourceOf(const FinishedSegment& rest, int file) {
-  if (rest.end == SegmentEnd::Here) return Remember(rest, m_machine, file, HubFor({}));
+  if (rest.end == SegmentEnd::Here)
+    return Remember(rest, m_machine, file, AccountOf(file), HubFor({}));
   if (rest.forwardTarget.empty() || rest.forwarded >= rest.served) return nullptr;
   Hub& hub = m_router.HubForMachine(rest.forwardTarget);
-  return hub.Machine() == rest.forwardTarget ? Remember(rest, m_machine, file, hub) : nullptr;
-}
-
-void Apps::Keep(Kept kept) {
-  kept.until = std::chrono::steady_clock::now() + kKept;
-  m_kept.push_back(std::move(kept));
-  if (m_kept.size() == 1) RemoveKept();
-}
-
-// Asked once more after the last of it was sent, because the monitor may not have received it yet.
-bool Apps::IsWanted(Kept& kept) {
-  const bool isUnderWay = kept.source && kept.source->IsUnderWay();
-  return std::exchange(kept.wasUnderWay, isUnderWay) || isUnderWay;
-}
-
-void Apps::RemoveKept() {
-  const auto now = std::chrono::steady_clock::now();
-  while (!m_kept.empty() && m_kept.front().until <= now) {
-    Kept kept = std::move(m_kept.front());
-    m_kept.pop_front();
-    if (m_kept.size() < kKeptLongMax && IsWanted(kept)) {
-      kept.until = now + kKept;
-      m_kept.push_back(std::move(kept));
-    } else {
-      if (kept.source) kept.source->noteForwarded = nullptr;
-      m_watch.Folder().Remove(kept.name, kept.key.first, kept.key.second);
-    }
-  }
-  if (m_kept.empty()) return;
-  m_keepTimer.expires_at(m_kept.front().until);
-  m_keepTimer.async_wait([this](const std::error_code& error) {
-    if (!error) RemoveKept();
-  });
+  return hub.Machine() == rest.forwardTarget ? Remember(rest, m_machine, file, AccountOf(file), hub)
+                                             : nullptr;
 }
 
 // Reports it once. A file with a live owner may be of another version.
@@ -172,7 +153,8 @@ void Apps::Find(const std::string& name, SegmentMap segment) {
   LinkHello hello;
   hello.app = AppNameIn(segment);
   const std::uint32_t pid = segment.Layout().pid;
-  AppArrival arrival{std::move(hello), std::move(segment), OwnedDescriptor(m_io), pid, {}};
+  const Account account = AccountOf(segment.Descriptor());
+  AppArrival arrival{std::move(hello), std::move(segment), OwnedDescriptor(m_io), pid, {}, account};
   std::string why;
   const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
   if (!app) {
@@ -183,9 +165,10 @@ void Apps::Find(const std::string& name, SegmentMap segment) {
   app->StartWithoutLink(m_holdsBack);
 }
 
-void Apps::ReleaseHeld() {
+void Apps::ReleaseHeld(std::optional<uid_t> only) {
   const auto running = m_running;  // an instance that ends removes itself from the map
-  for (const auto& [key, app] : running) app->ReleaseHeld();
+  for (const auto& [key, app] : running)
+    if (!only || app->Owner().uid == *only) app->ReleaseHeld();
 }
 
 std::uint32_t Apps::EnterTrace(CatalogueApp& entry, const TracedPoint& point) {
@@ -233,7 +216,7 @@ void Apps::OnEnded(RunningApp& app) {
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
   // Its link may have come before the event about its file.
   if (app.File().empty()) m_watch.Read();
-  if (!app.File().empty()) Keep({{}, app.File(), KeyOf(app.Segment()), app.FinishedSource()});
+  if (!app.File().empty()) m_kept.Keep(app.File(), KeyOf(app.Segment()), app.FinishedSource());
   EndIn(app.Entry(), app);
   // Its link comes again as long as the application lives.
   if (app.IsBroken()) m_broken.push_back(KeyOf(app.Segment()));

@@ -14,6 +14,7 @@
 #include <map>
 #include <set>
 
+#include "quor/traced/kept_segments.h"
 #include "quor/traced/machine_router.h"
 #include "quor/traced/running_app.h"
 #include "quor/traced/segment_watch.h"
@@ -23,13 +24,16 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   using Router = MachineRouter;
   static constexpr std::size_t kInstancesMax = 4096;
 
-  Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine)
+  // `accounts`: null at a service of one account.
+  Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine,
+       Accounts* accounts = nullptr)
       : m_io(io),
         m_catalogue(catalogue),
         m_router(router),
         m_machine(std::move(machine)),
-        m_watch(io, *this),
-        m_keepTimer(io),
+        m_accounts(accounts),
+        m_watch(io, *this, accounts != nullptr),
+        m_kept(io, m_watch),
         m_trimTimer(io) {}
 
   // Watches for applications beside this socket from now on. Applications that died while no
@@ -39,8 +43,9 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   void WatchAnew(const std::string& socketPath);
   // The folder has changed: corrects it, or makes it again.
   void LookAtFolder(const std::string& socketPath);
-  // A monitor has connected, or none will: the traces of dead applications are taken.
-  void ReleaseHeld();
+  // A monitor has connected, or none will: the traces of dead applications are taken. `only`: of
+  // this account.
+  void ReleaseHeld(std::optional<uid_t> only = {});
 
   // An application has introduced itself. False and a reason: refused.
   bool Arrive(AppArrival arrival, std::string* why);
@@ -65,7 +70,9 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   std::size_t Running() const { return m_running.size(); }
 
  private:
-  CatalogueApp* EntryFor(const std::string& name) override { return m_catalogue.Enter(name); }
+  CatalogueApp* EntryFor(const Account& account, const std::string& name) override {
+    return m_catalogue.Enter(::KeyOf(account, name));
+  }
   std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) override;
   std::uint32_t DefaultSettings() const override { return m_catalogue.DefaultSettings(); }
   Hub& HubFor(const LinkSink& sink) override;
@@ -77,25 +84,13 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   void SendKept(const CatalogueApp& app);
   void OnFile(const std::string& name) override;
   void OnPlaceChanged() override { m_router.OnPlaceChanged(); }
-  using Key = std::pair<std::uint64_t, std::uint64_t>;  // device and inode of the segment
-  // A file that is kept for the count in it, and how long: longer as long as a monitor, or the
-  // machine that the traces go to, has not received all of it.
-  struct Kept {
-    std::chrono::steady_clock::time_point until;
-    std::string name;
-    Key key;
-    std::shared_ptr<Source> source;
-    bool wasUnderWay = false;
-  };
-  static constexpr std::size_t kKeptLongMax = 4096;
-  void Keep(Kept kept);
+  using Key = KeptSegments::Key;
   void OnFinishedSegment(const std::string& name, const Key& key, const FinishedSegment& rest,
                          int file);
-  bool IsKept(const Key& key) const;
   bool IsBroken(const Key& key) const;
+  Account AccountOf(int file) const;
+  bool IsOfAccount(const AppArrival& arrival, std::string* why) const;
   std::shared_ptr<Source> SourceOf(const FinishedSegment& rest, int file);
-  static bool IsWanted(Kept& kept);
-  void RemoveKept();
   void GiveMemoryBack();
   static Key KeyOf(const SegmentMap& segment) { return {segment.Device(), segment.Inode()}; }
   void Find(const std::string& name, SegmentMap segment);
@@ -106,11 +101,11 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   Catalogue& m_catalogue;
   Router& m_router;
   const std::string m_machine;
+  Accounts* const m_accounts;
   SegmentWatch m_watch;
-  std::deque<Kept> m_kept;
+  KeptSegments m_kept;
   static constexpr std::size_t kBrokenMax = 1024;
   std::deque<Key> m_broken;  // segments that are no longer read
-  asio::steady_timer m_keepTimer;
   asio::steady_timer m_trimTimer;
   int m_endedSince = 0;  // instances that ended since memory was last given back
   bool m_trimsSoon = false;

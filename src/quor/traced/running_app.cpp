@@ -26,7 +26,8 @@ RunningApp::RunningApp(asio::io_context& io, Host& host, CatalogueApp& entry, st
     : m_io(io),
       m_host(host),
       m_entry(&entry),
-      m_app(std::move(arrival.segment), arrival.hello.app, std::move(machine), arrival.pid),
+      m_app(std::move(arrival.segment), arrival.hello.app, std::move(machine), arrival.pid,
+            arrival.account),
       m_socket(io),
       m_process(io),
       m_timer(io),
@@ -64,7 +65,7 @@ void RunningApp::Relink(AppArrival arrival) {
   m_app.EndWait();
   m_timer.cancel();
   if (arrival.hello.app != m_app.Name()) {
-    if (CatalogueApp* const entry = m_host.EntryFor(arrival.hello.app)) {
+    if (CatalogueApp* const entry = m_host.EntryFor(Owner(), arrival.hello.app)) {
       CatalogueApp& from = *m_entry;
       m_entry = entry;
       m_host.OnRenamed(*this, from, *entry);

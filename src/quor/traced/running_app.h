@@ -26,7 +26,8 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
  public:
   class Host {
    public:
-    virtual CatalogueApp* EntryFor(const std::string& name) = 0;  // null: too many
+    // Null: too many.
+    virtual CatalogueApp* EntryFor(const Account& account, const std::string& name) = 0;
     virtual std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) = 0;
     virtual std::uint32_t DefaultSettings() const = 0;
     virtual Hub& HubFor(const LinkSink& sink) = 0;
@@ -66,6 +67,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   bool IsBroken() const { return m_app.IsBroken(); }
   CatalogueApp& Entry() { return *m_entry; }
   std::uint32_t Pid() const { return m_app.Pid(); }
+  const Account& Owner() const { return m_app.Owner(); }
   const SegmentMap& Segment() const { return m_app.Segment(); }
   // The name of the segment's file; empty: not found yet.
   const std::string& File() const { return m_file; }

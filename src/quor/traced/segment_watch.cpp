@@ -18,7 +18,8 @@ bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
       inotify, FolderOf(socketPath).c_str(),
       IN_DELETE_SELF | IN_MOVE_SELF | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO);
   if (m_inotify.is_open()) Await();
-  if (!m_folder.Open(socketPath)) return FailOn(why, "no place for segments beside " + socketPath);
+  if (!OpenFolder(m_folder, socketPath))
+    return FailOn(why, "no place for segments beside " + socketPath);
   m_folder.RemoveUnfinished();
   // Watch before listing, so that no file is missed in between.
   const bool watched = WatchFolder();
@@ -38,7 +39,7 @@ bool SegmentWatch::WatchFolder() {
 
 bool SegmentWatch::IsInPlace(const std::string& socketPath) const {
   SegmentFolder now;
-  return !now.Open(socketPath) || now.IsSame(m_folder);
+  return !OpenFolder(now, socketPath) || now.IsSame(m_folder);
 }
 
 void SegmentWatch::Close() {

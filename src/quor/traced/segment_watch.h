@@ -24,7 +24,9 @@ class SegmentWatch {
     ~Finder() = default;
   };
 
-  SegmentWatch(asio::io_context& io, Finder& finder) : m_finder(finder), m_inotify(io) {}
+  // `ofMachine`: of all its accounts.
+  SegmentWatch(asio::io_context& io, Finder& finder, bool ofMachine = false)
+      : m_finder(finder), m_ofMachine(ofMachine), m_inotify(io) {}
 
   // Reports the existing files before it returns. If there is no folder for segments, a change in
   // the folder of the socket is reported.
@@ -41,7 +43,12 @@ class SegmentWatch {
   void Await();
   bool WatchFolder();
 
+  bool OpenFolder(SegmentFolder& folder, const std::string& socketPath) const {
+    return m_ofMachine ? folder.MakeOfMachine(socketPath) : folder.Open(socketPath);
+  }
+
   Finder& m_finder;
+  const bool m_ofMachine;
   SegmentFolder m_folder;
   OwnedDescriptor m_inotify;
   int m_place = -1;  // the watch of the socket's folder

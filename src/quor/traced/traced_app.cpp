@@ -79,18 +79,8 @@ std::string AppNameIn(const SegmentMap& segment) {
   return kUnnamed;
 }
 
-std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
-                                        std::uint64_t startedNs, std::uint32_t moves) {
-  std::uint32_t hash = 2166136261u;
-  for (const char byte : machine) hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619u;
-  std::array<std::uint8_t, 16> instance{};
-  StoreBe32(instance.data(), hash + moves);
-  StoreBe32(instance.data() + 4, pid);
-  StoreBe64(instance.data() + 8, startedNs);
-  return instance;
-}
-
-TracedApp::TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid)
+TracedApp::TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid,
+                     const Account& account)
     : m_segment(std::move(segment)),
       m_guard(GuardOf(m_segment)),
       m_segmentNames(m_segment),
@@ -98,7 +88,9 @@ TracedApp::TracedApp(SegmentMap segment, std::string app, std::string machine, s
       m_name(std::move(app)),
       m_machine(std::move(machine)),
       m_pid(pid),
+      m_account(account),
       m_ageAtStart(AgeOf(m_segment)) {
+  m_names.SetAccount(m_account.name);
   ReadNames();
 }
 
@@ -129,6 +121,7 @@ void TracedApp::Enter(Hub& hub) {
   source.app = m_name;
   const std::string pid = m_names.TextOf(m_segment.Layout().pidName);
   source.pid = pid.empty() ? std::to_string(m_pid) : pid;
+  PutAccount(m_account, source);
   m_servedElsewhere = header.servedElsewhere.load(std::memory_order_relaxed);
   if (served > MaxPossible() || m_servedElsewhere > served) {
     Break("its count of traces is impossible");
@@ -292,11 +285,12 @@ bool IsPossible(const FinishedSegment& rest, int file) {
 }
 
 std::shared_ptr<Source> Remember(const FinishedSegment& rest, const std::string& machine, int file,
-                                 Hub& hub) {
+                                 const Account& account, Hub& hub) {
   Source source;
   source.instance = InstanceOf(machine, rest.pid, rest.startedNs, rest.moves);
   source.machine = machine;
   source.pid = std::to_string(rest.pid);
+  PutAccount(account, source);
   source.serial = rest.served - rest.servedElsewhere;
   if (!hub.Machine().empty()) {
     source.forwarded = ForwardedOf(rest.forwarded, rest.served, rest.servedElsewhere);

@@ -18,15 +18,18 @@
 #include "quor/ring/ring_consumer.h"
 #include "quor/ring/segment_names.h"
 #include "quor/traced/app_start.h"
+#include "quor/traced/source_identity.h"
 
 class TracedApp {
  public:
-  TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid);
+  TracedApp(SegmentMap segment, std::string app, std::string machine, std::uint32_t pid,
+            const Account& account = {});
 
   const std::string& Name() const { return m_name; }
   const SegmentMap& Segment() const { return m_segment; }
   void Rename(std::string app);
   std::uint32_t Pid() const { return m_pid; }
+  const Account& Owner() const { return m_account; }
 
   // From now on the traces go to this hub. Ends the old source.
   void Enter(Hub& hub);
@@ -84,6 +87,7 @@ class TracedApp {
   SourceNames m_names;
   std::string m_name, m_machine;
   std::uint32_t m_pid;
+  const Account m_account;
   Hub* m_hub = nullptr;
   std::shared_ptr<Source> m_source;
   std::uint64_t m_servedElsewhere = 0;
@@ -108,12 +112,7 @@ bool IsPossible(const FinishedSegment& rest, int file);
 // The source of an earlier service, which may not have sent all of it to its monitors: they learn
 // its counts. `file`: of the segment.
 std::shared_ptr<Source> Remember(const FinishedSegment& rest, const std::string& machine, int file,
-                                 Hub& hub);
+                                 const Account& account, Hub& hub);
 
 // The name that an application without a hello has, as in its segment.
 std::string AppNameIn(const SegmentMap& segment);
-
-// 16 bytes made of machine, process and its start. A source that returns from another machine's
-// monitors is a new instance for those of this one, who have not seen its traces of the meantime.
-std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_t pid,
-                                        std::uint64_t startedNs, std::uint32_t moves);

@@ -18,7 +18,7 @@
 
 struct SeenTrace {
   std::uint32_t number = 0;
-  std::string machine, app, component, category, text;
+  std::string machine, app, component, category, text, pid;
 };
 
 class CheckedMonitor : private DataSink {
@@ -108,7 +108,8 @@ class CheckedMonitor : private DataSink {
     if (numbered) ++m_frameNumbered;
     if (numbered && !keepTraces) return;
     SeenTrace trace{raw.SequenceNumber(),    Name(raw.MachineId()),  Name(raw.AppId()),
-                    Name(raw.ComponentId()), Name(raw.CategoryId()), std::string(raw.Text())};
+                    Name(raw.ComponentId()), Name(raw.CategoryId()), std::string(raw.Text()),
+                    Name(raw.PidId())};
     if (!numbered) losses.push_back(trace.text);
     if (keepTraces) traces.push_back(std::move(trace));
   }

@@ -3,6 +3,7 @@
 
 #include "checked_monitor.h"
 #include "quor/link/link_socket.h"
+#include "quor/link/paths.h"
 #include "quor/protocol/frames.h"
 #include "quor/protocol/quor.pb.h"
 #include "quord_process.h"
@@ -24,7 +25,7 @@ class QuordClient final : public CheckedMonitor {
     m_reader = FrameReader();
     BeginConnection();
     ended = false;
-    m_socket = ConnectToService(path.c_str());
+    m_socket = ConnectToService(path.c_str(), TrustedOwner(path));
     return m_socket >= 0;
   }
   void Close() {

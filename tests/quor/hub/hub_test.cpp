@@ -288,7 +288,7 @@ TEST(StreamQueue, APausedMonitorGetsNothingAndKeepsABacklogOfTenThousand) {
 }
 
 TEST(StreamQueue, AStreamThatBeginsAnewHasEveryNameAgainAndCountsFromThere) {
-  Hub hub(true);
+  Hub hub(HubBatches::OfOneSource);
   FedSource one(hub, "orders");
   TakingStream first(hub);
   one.Trace("taken");
@@ -434,7 +434,7 @@ TEST(StreamQueue, ALedgerOfManyForgottenSourcesIsSplitIntoFrames) {
 }
 
 TEST(StreamQueue, WhatArrivedAsPartOfASumIsNotedForEachSourceOfIt) {
-  Hub hub(true, "other");
+  Hub hub(HubBatches::OfOneSource, "other");
   TakingStream stream(hub, {1, 0, "the link is broken", true});
   std::vector<std::shared_ptr<Source>> sources;
   std::vector<std::uint64_t> noted(3, 0);
@@ -484,7 +484,7 @@ TEST(StreamQueue, ASourceThatWasForgottenAndComesBackBeginsAnewAfterItsLastSeria
 }
 
 TEST(Hub, AForwardingHubNeverMixesSourcesInABatch) {
-  Hub hub(true);
+  Hub hub(HubBatches::OfOneSource);
   FedSource one(hub, "orders", 1), two(hub, "billing", 2);
   TakingStream stream(hub, {1u << 20, 0, "broken", true});
   for (int i = 0; i < 10; ++i) {

@@ -89,7 +89,9 @@ class RunningAppTest : public testing::Test, public RunningApp::Host {
   const SegmentFile m_file;
 
  private:
-  CatalogueApp* EntryFor(const std::string& name) override { return m_catalogue.Enter(name); }
+  CatalogueApp* EntryFor(const Account&, const std::string& name) override {
+    return m_catalogue.Enter(name);
+  }
   std::uint32_t EnterTrace(CatalogueApp&, const TracedPoint&) override { return kNoTraceId; }
   std::uint32_t DefaultSettings() const override { return kDefaultSettings; }
   Hub& HubFor(const LinkSink&) override { return m_hub; }

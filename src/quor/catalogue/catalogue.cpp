@@ -60,6 +60,8 @@ CatalogueApp* Catalogue::Enter(const std::string& name) {
     return &known->second;
   }
   if (name.size() > kNameBytesMax || name.empty()) return nullptr;
+  const std::string begin = BeginOf(name);
+  if (!begin.empty() && CountOf(begin) >= kAppsOfAccountMax && !ForgetOldest(begin)) return nullptr;
   if (m_apps.size() >= kAppsMax && !ForgetOldest()) return nullptr;
   CatalogueApp& app = m_apps[name];
   app.name = name;
@@ -119,9 +121,23 @@ void Catalogue::Release(CatalogueApp& app) {
   if (app.awaited) return;
   if (app.submitted) Forget(app);
   app.used = ++m_uses;
+  const std::string begin = BeginOf(app.name);
   if (app.traces.empty() && app.kept.IsEmpty()) Erase(app);
-  while (m_mapBytes > kAllMapsBytesMax && ForgetOldest()) {
+  while (m_mapBytes > kAllMapsBytesMax && (ForgetOldest(begin) || ForgetOldest())) {
   }
+}
+
+// An account makes room for its own before that of others.
+std::string Catalogue::BeginOf(const std::string& name) const {
+  return m_boundsAccounts ? name.substr(0, name.find('/') + 1) : std::string();
+}
+
+std::size_t Catalogue::CountOf(const std::string& begin) const {
+  std::size_t count = 0;
+  for (auto at = m_apps.lower_bound(begin); at != m_apps.end() && at->first.starts_with(begin);
+       ++at)
+    ++count;
+  return count;
 }
 
 void Catalogue::Erase(CatalogueApp& app) {
@@ -132,11 +148,11 @@ void Catalogue::Erase(CatalogueApp& app) {
 
 // Forgets applications whose settings nobody waits for. Programs that use a new name at each start
 // would otherwise fill the catalogue, and then no new application could be added.
-bool Catalogue::ForgetOldest() {
+bool Catalogue::ForgetOldest(const std::string& begin) {
   CatalogueApp* oldest = nullptr;
   for (auto& [name, app] : m_apps)
-    if (!app.IsHeld() && !app.prepared && !app.awaited && app.kept.IsEmpty() &&
-        (!oldest || app.used < oldest->used))
+    if (name.starts_with(begin) && !app.IsHeld() && !app.prepared && !app.awaited &&
+        app.kept.IsEmpty() && (!oldest || app.used < oldest->used))
       oldest = &app;
   if (oldest) Erase(*oldest);
   return oldest != nullptr;

@@ -27,6 +27,8 @@ class CatalogueStore;
 class Catalogue {
  public:
   static constexpr std::size_t kAppsMax = 4096;
+  // At the service of a machine, where names begin with their account and a slash.
+  static constexpr std::size_t kAppsOfAccountMax = 1024;
   static constexpr std::size_t kNameBytesMax = 4096;
   static constexpr std::size_t kKeptBytesMax = 2000;
   static constexpr std::size_t kMapBytesMax = 3u << 20;  // a trace map fits into one frame
@@ -34,6 +36,7 @@ class Catalogue {
   // for some hundred applications of the size of a large program.
   static constexpr std::size_t kAllMapsBytesMax = 16u << 20;
 
+  void BoundAccounts() { m_boundsAccounts = true; }
   // Reads the store, which may be null. Settings whose holders have all ended do not apply.
   Catalogue(std::unique_ptr<CatalogueStore> store, std::uint32_t defaultSettings);
   ~Catalogue();
@@ -80,13 +83,17 @@ class Catalogue {
   void Forget(CatalogueApp& app);
   void StoreHolders(CatalogueApp& app);
   void Erase(CatalogueApp& app);
-  bool ForgetOldest();
+  // Of names that begin so.
+  bool ForgetOldest(const std::string& begin = {});
+  std::string BeginOf(const std::string& name) const;
+  std::size_t CountOf(const std::string& begin) const;
 
   std::unique_ptr<CatalogueStore> m_store;
   std::uint32_t m_defaultSettings;
   std::map<std::string, CatalogueApp> m_apps;
   std::size_t m_mapBytes = 0;  // of all applications
   std::uint64_t m_uses = 0;
+  bool m_boundsAccounts = false;
 };
 
 LinkSink DefaultSink();  // of a new application

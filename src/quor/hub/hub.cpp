@@ -127,6 +127,9 @@ void Hub::Take(const std::shared_ptr<Source>& source, SourceNames& names, Bytes 
   Open();
   m_builder.Append(source, record, ids, number);
   if (m_names.IsFull() && !m_reportedFull) ReportFullNames(source);
+  if (names.Share() && names.Share()->MustReport())
+    m_builder.AppendLoss(source, 0,
+                         "All names that an account may have are in use: further ones share one.");
   if (m_builder.IsFull()) Seal();
 }
 

@@ -11,18 +11,25 @@ constexpr std::string_view kOverflowText = "(no more names: 65,535 are in use)";
 
 }  // namespace
 
-HubNameId HubNames::IdOf(std::string_view text) {
+HubNameId HubNames::IdOf(std::string_view text, NameShare* share) {
   text = text.substr(0, kLongestText);
   if (const auto known = m_ids.find(text); known != m_ids.end()) return known->second;
   if (m_texts.size() >= IdNumber(kOverflow) || m_bytes + text.size() > kTextBytesMax) {
     m_full = true;
     return kOverflow;
   }
+  if (share && !share->Take(m_generation, text.size())) return kOverflow;
   const auto id = static_cast<HubNameId>(m_texts.size());
   m_texts.emplace_back(text);
   m_bytes += text.size();
   m_ids.emplace(m_texts.back(), id);
   return id;
+}
+
+std::shared_ptr<NameShare> HubNames::ShareOf(uid_t account) {
+  std::shared_ptr<NameShare>& share = m_shares[account];
+  if (!share) share = std::make_shared<NameShare>();
+  return share;
 }
 
 std::string_view HubNames::Text(HubNameId id) const {
@@ -67,7 +74,7 @@ std::string SourceNames::TextOf(AppNameId own) const {
 bool SourceNames::Look(AppNameId own, HubNames& hub, HubNameId& id) {
   const auto known = m_texts.find(own);
   if (known == m_texts.end()) return false;
-  id = hub.IdOf(known->second);
+  id = hub.IdOf(known->second, m_share.get());
   std::unique_ptr<Page>& page = PageOf(own);
   if (!page) {
     page = std::make_unique<Page>();
@@ -82,7 +89,7 @@ bool SourceNames::FindPid(AppNameId own, HubNames& hub, HubNameId& id) {
   if (made != m_pids.end()) return id = made->second, true;
   const auto known = m_texts.find(own);
   if (known == m_texts.end()) return false;
-  id = hub.IdOf(PidText(known->second, m_account));
+  id = hub.IdOf(PidText(known->second, m_account), m_share.get());
   m_pids[own] = id;
   return true;
 }

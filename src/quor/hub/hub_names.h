@@ -6,15 +6,19 @@
 // Threads  One.
 #pragma once
 
+#include <sys/types.h>
+
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "quor/hub/name_share.h"
 #include "records/record_layout.h"
 
 class HubNames {
@@ -24,13 +28,15 @@ class HubNames {
 
   HubNames() { Clear(); }
 
-  // Enters the text if it is new. Cut at 65,535 bytes.
-  HubNameId IdOf(std::string_view text);
+  // Enters the text if it is new. Cut at 65,535 bytes. `share`: of an account, none for the hub's
+  // own names. When it is used up, the text gets kOverflow.
+  HubNameId IdOf(std::string_view text, NameShare* share = nullptr);
   std::string_view Text(HubNameId id) const;
   // The whole record, with its tag.
   std::size_t RecordBytes(HubNameId id) const { return kNameRecordBytes + Text(id).size(); }
   void AppendRecord(HubNameId id, std::vector<std::uint8_t>& to) const;
 
+  std::shared_ptr<NameShare> ShareOf(uid_t account);
   bool IsFull() const { return m_full; }
   std::size_t Count() const { return m_texts.size(); }
   // Ids are valid only within one generation. Clear begins the next.
@@ -40,6 +46,7 @@ class HubNames {
  private:
   std::deque<std::string> m_texts;  // by id; a deque, because m_ids refers to its strings
   std::unordered_map<std::string_view, HubNameId> m_ids;
+  std::map<uid_t, std::shared_ptr<NameShare>> m_shares;
   std::size_t m_bytes = 0;
   std::uint32_t m_generation = 0;
   bool m_full = false;
@@ -65,6 +72,8 @@ class SourceNames {
   }
   // Of a source whose account is shown: the same for the text of a process, with the account.
   void SetAccount(std::string account) { m_account = std::move(account); }
+  void SetShare(std::shared_ptr<NameShare> share) { m_share = std::move(share); }
+  NameShare* Share() const { return m_share.get(); }
   const std::string& Account() const { return m_account; }
   bool FindPid(AppNameId own, HubNames& hub, HubNameId& id);
   // Forgets the ids of another hub or generation. True when it did.
@@ -90,6 +99,7 @@ class SourceNames {
   std::unordered_map<AppNameId, std::string> m_texts;
   std::unordered_map<AppNameId, HubNameId> m_pids;  // with the account
   std::string m_account;
+  std::shared_ptr<NameShare> m_share;  // none: no bound
   std::size_t m_textBytes = 0;
   const HubNames* m_hub = nullptr;
   std::uint32_t m_generation = 0;

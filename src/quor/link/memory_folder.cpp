@@ -25,6 +25,15 @@ bool MemoryIsUsable() {
   return usable;
 }
 
+// The service of a machine may be forbidden to change groups, and need not where it has its own.
+bool OpenToOthers(const std::string& folder, mode_t mode) {
+  struct stat status {};
+  return stat(folder.c_str(), &status) == 0 &&
+         (status.st_gid == getegid() ||
+          chown(folder.c_str(), static_cast<uid_t>(-1), getegid()) == 0) &&
+         chmod(folder.c_str(), mode) == 0;
+}
+
 }  // namespace
 
 bool LiesInMemory(int folder) {
@@ -49,9 +58,7 @@ void LinkToMemory(int runtime, mode_t mode) {
   const std::string target = OwnInMemory() + Hex(random);
   if (mkdir(target.c_str(), 0700) != 0) return;
   // The folder of a link lets others in only when it is complete.
-  const bool isOpen =
-      mode == 0700 || (chown(target.c_str(), static_cast<uid_t>(-1), getegid()) == 0 &&
-                       chmod(target.c_str(), mode) == 0);
+  const bool isOpen = mode == 0700 || OpenToOthers(target, mode);
   if (!isOpen || symlinkat(target.c_str(), runtime, kSegments) != 0) rmdir(target.c_str());
 }
 

@@ -70,7 +70,7 @@ std::string ServiceSocketPath(const ServiceEnvironment& environment) {
 }
 
 bool IsMachineSocket(const std::string& socketPath, const ServiceEnvironment& environment) {
-  return socketPath == environment.machineSocket && socketPath != environment.socket;
+  return socketPath == environment.machineSocket;
 }
 
 uid_t TrustedOwner(const std::string& socketPath, const ServiceEnvironment& environment) {

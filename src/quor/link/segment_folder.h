@@ -21,6 +21,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,8 @@ class SegmentFolder {
   bool RemoveUnowned(const std::string& name) const;
   // The same for files that were never completed.
   void RemoveUnfinished() const;
+  // Of whatever has this name.
+  std::optional<uid_t> OwnerOf(const std::string& name) const;
   // At the place of the machine's service: removes whatever it is.
   void RemoveAnything(const std::string& name) const;
 

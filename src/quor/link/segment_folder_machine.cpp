@@ -60,7 +60,8 @@ bool SegmentFolder::OpenFor(const ServiceEnvironment& environment) {
   if (!IsMachineSocket(path, environment))
     return Open(path) || (PrepareSocketFolder(path, nullptr, environment) && Open(path));
   const auto owner = OwnerOfMachinePlace(path);
-  return owner && OpenOfMachine(path, *owner);
+  // In a container a user's own service may be reached at that place.
+  return (owner && OpenOfMachine(path, *owner)) || Open(path);
 }
 
 bool SegmentFolder::OpenOfMachine(const std::string& socketPath, uid_t owner) {
@@ -101,6 +102,12 @@ void SegmentFolder::RemoveEmptyOfMachine(const std::string& socketPath) {
   if (place < 0) return;
   RemoveEmptyMemory(place);
   close(place);
+}
+
+std::optional<uid_t> SegmentFolder::OwnerOf(const std::string& name) const {
+  struct stat status {};
+  if (fstatat(m_folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+  return status.st_uid;
 }
 
 void SegmentFolder::RemoveAnything(const std::string& name) const {

@@ -35,6 +35,7 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   ~LocalArrival();
   void Start(std::chrono::milliseconds deadline);
   void Stop();
+  uid_t Uid() const { return m_peer.uid; }
   // Refuses the peer, because other peers wait and it has sent nothing yet.
   void SendAway() { Refuse("it has sent no hello"); }
 

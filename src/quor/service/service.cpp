@@ -47,6 +47,11 @@ void RaiseDescriptorLimit() {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+// Without a name, and so without a bound, unless it is restricted.
+Account BoundAccount(Accounts& accounts, const SessionPeer& peer) {
+  return peer.isRestricted && peer.uid ? accounts.Of(*peer.uid) : Account{};
+}
+
 }  // namespace
 
 Service::Service(ServiceOptions options)
@@ -102,6 +107,7 @@ bool Service::OpenState(std::string* why) {
   // A full or read-only disk, or no home folder: traces are needed most in that case.
   if (!store) m_troubles.push_back(reason + "; what is configured will not survive a restart");
   m_catalogue = std::make_unique<Catalogue>(std::move(store), m_options.defaultSettings);
+  if (m_options.ofMachine) m_catalogue->BoundAccounts();
   return true;
 }
 
@@ -180,8 +186,7 @@ void Service::TakeArrival(int socket) {
     close(socket);
     return;
   }
-  // With so many others waiting, the oldest has had enough time to send its hello.
-  if (m_arrivals.size() >= kArrivalsMax) m_arrivals.front()->SendAway();
+  MakeRoomForArrival(peer);
   auto arrival = std::make_shared<LocalArrival>(m_io, *this, socket, peer);
   m_arrivals.push_back(arrival);
   arrival->Start(kGreetingDeadline);
@@ -195,8 +200,21 @@ bool Service::Admit(int socket, LocalPeer* peer) const {
   return m_options.ofMachine || admission != Admission::None;
 }
 
+// With so many others waiting, the oldest has had enough time to send its hello. An account cannot
+// send away those of others.
+void Service::MakeRoomForArrival(const LocalPeer& peer) {
+  const auto isOfAccount = [&peer](const auto& one) { return one->Uid() == peer.uid; };
+  if (peer.isRestricted && std::count_if(m_arrivals.begin(), m_arrivals.end(), isOfAccount) >=
+                               static_cast<std::ptrdiff_t>(kArrivalsOfAccountMax))
+    (*std::find_if(m_arrivals.begin(), m_arrivals.end(), isOfAccount))->SendAway();
+  if (m_arrivals.size() >= kArrivalsMax) m_arrivals.front()->SendAway();
+}
+
 void Service::AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer) {
-  if (m_sessions.size() >= kSessionsMax) {
+  const std::size_t most = peer.isRestricted ? kSessionsMax - kSessionsLeft : kSessionsMax;
+  if (m_sessions.size() < most && !m_boundSessions.Take(BoundAccount(m_accounts, peer)))
+    return stream->Close();
+  if (m_sessions.size() >= most) {
     Log(LogLevel::Warning, peer.label + " is refused: too many clients");
     return stream->Close();
   }
@@ -232,47 +250,8 @@ void Service::OnGone(LocalArrival& arrival) {
 }
 
 void Service::OnEnded(ClientSession& session) {
+  m_boundSessions.Give(BoundAccount(m_accounts, session.Peer()));
   m_sessions.erase(session.shared_from_this());
-}
-
-Hub& Service::HubForMachine(const std::string& machine) {
-  std::string why;
-  const std::optional<Machine> to = ParseMachine(machine, &why);
-  if (!to) Log(LogLevel::Warning, "a sink names no machine, its traces stay here: " + why);
-  if (!to || to->local) return m_hub;
-  const std::string key = AddressOf(to->host, to->port);
-  if (const auto known = m_forwarders.find(key); known != m_forwarders.end())
-    return known->second->Traces();
-  if (m_forwarders.size() >= kForwardersMax) EndIdleForwarders();
-  if (m_forwarders.size() >= kForwardersMax) {
-    Log(LogLevel::Warning, "traces for " + key + " stay here: too many machines to forward to");
-    return m_hub;
-  }
-  struct stat status {};
-  const std::string own = m_options.tls.keysFolder + "/forward";
-  const std::string keys = stat(own.c_str(), &status) == 0 ? own : m_options.tls.keysFolder;
-  auto forwarder = std::make_shared<Forwarder>(m_io, *to, keys, m_machine);
-  forwarder->UseRevoked(m_options.tls.revoked, m_options.tls.keysFolder);
-  m_forwarders[key] = forwarder;
-  forwarder->Traces().OnBatchOpened([this] { TickSoon(); });
-  forwarder->Start();
-  return forwarder->Traces();
-}
-
-std::string Service::WhyUnreachable(const std::string& machine) const {
-  const std::optional<Machine> to = ParseMachine(machine);
-  if (!to || to->local) return {};
-  const auto known = m_forwarders.find(AddressOf(to->host, to->port));
-  return known == m_forwarders.end() ? std::string() : known->second->Trouble();
-}
-
-// Forwarders to machines that are no application's sink any more.
-void Service::EndIdleForwarders() {
-  std::erase_if(m_forwarders, [](const auto& entry) {
-    const bool idle = entry.second->IsIdle();
-    if (idle) entry.second->Stop();
-    return idle;
-  });
 }
 
 // Only while there are traces to deliver, so that an idle service sleeps. Traces after a pause go

@@ -13,6 +13,7 @@
 #include <optional>
 #include <set>
 
+#include "quor/accounts/account_bound.h"
 #include "quor/forwarding/forwarder.h"
 #include "quor/listeners/tls_listener.h"
 #include "quor/log/log.h"
@@ -51,11 +52,16 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
 
  private:
   static constexpr std::size_t kSessionsMax = 256, kArrivalsMax = 64, kForwardersMax = 64;
+  // At the service of a machine, of an account that is no administrator; and what of all sessions
+  // is left to administrators.
+  static constexpr std::size_t kSessionsOfAccountMax = 32, kArrivalsOfAccountMax = 16,
+                               kForwardersOfAccountMax = 8, kSessionsLeft = 32;
 
   bool OpenState(std::string* why);
   void AcceptLocal();
   void TakeArrival(int socket);
   bool Admit(int socket, LocalPeer* peer) const;
+  void MakeRoomForArrival(const LocalPeer& peer);
   void AddSession(std::shared_ptr<ByteStream> stream, SessionPeer peer);
   void OnClient(LocalSocket socket, const LocalPeer& peer) override;
   bool OnApplication(AppArrival arrival, std::string* why) override;
@@ -70,7 +76,7 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   void OnPeer(std::unique_ptr<TlsSocket> socket, const TlsPeer& peer, const std::string& address);
   void LookAtDatesDaily();
   void TellManagerOften();
-  Hub& HubForMachine(const std::string& machine) override;
+  Hub& HubForMachine(const std::string& machine, const Account& account) override;
   std::string WhyUnreachable(const std::string& machine) const override;
   void OnPlaceChanged() override;
   void TakePlaceAgain();
@@ -99,6 +105,9 @@ class Service final : public LocalArrival::Host, public ClientSession::Host, pub
   std::list<std::shared_ptr<LocalArrival>> m_arrivals;  // the oldest first
   std::set<std::shared_ptr<ClientSession>> m_sessions;
   std::map<std::string, std::shared_ptr<Forwarder>> m_forwarders;
+  std::map<std::string, Account> m_forwardsFor;  // who asked first
+  AccountBound m_boundSessions{"clients", kSessionsOfAccountMax};
+  AccountBound m_boundForwarders{"other machines to trace to", kForwardersOfAccountMax};
   asio::steady_timer m_tick{m_io};
   bool m_ticks = false;
   std::chrono::steady_clock::time_point m_tickedAt;

@@ -10,7 +10,7 @@
 #include "quor/accounts/accounts.h"
 #include "quor/link/link.h"
 #include "quor/ring/segment_map.h"
-#include "quor/traced/owned_descriptor.h"
+#include "quor/segments/owned_descriptor.h"
 
 struct AppArrival {
   LinkHello hello;

@@ -59,8 +59,12 @@ bool Apps::IsBroken(const Key& key) const {
 
 std::shared_ptr<RunningApp> Apps::Add(const Key& key, AppArrival& arrival, std::string* why) {
   if (m_running.size() >= kInstancesMax) return FailWith(why, "too many applications", nullptr);
+  if (!m_bound.Take(arrival.account)) return FailWith(why, m_bound.Why(), nullptr);
   CatalogueApp* const entry = EntryFor(arrival.account, arrival.hello.app);
-  if (!entry) return FailWith(why, "the application's name cannot be entered", nullptr);
+  if (!entry) {
+    m_bound.Give(arrival.account);
+    return FailWith(why, "the application's name cannot be entered", nullptr);
+  }
   m_catalogue.FindInstance(*entry, arrival.pid);
   auto app = std::make_shared<RunningApp>(m_io, *this, *entry, m_machine, arrival);
   m_running[key] = app;
@@ -97,8 +101,7 @@ void Apps::OnFile(const std::string& name) {
   FinishedSegment rest;
   struct stat status {};
   const char* reason = "";
-  // At the service of a machine accounts could fill the folder with what is no segment.
-  if (file < 0 && errno != ENOENT) m_watch.Folder().RemoveAnything(name);
+  if (file < 0 && errno != ENOENT) RefuseFile(name, "it is no file of one account alone");
   if (file < 0 || fstat(file, &status) != 0) return;
   const Key key{status.st_dev, status.st_ino};
   if (const auto known = m_running.find(key); known != m_running.end()) {
@@ -131,15 +134,27 @@ void Apps::OnFinishedSegment(const std::string& name, const Key& key, const Fini
 // Null: no monitor needs to learn of it.
 std::shared_ptr<Source> Apps::SourceOf(const FinishedSegment& rest, int file) {
   if (rest.end == SegmentEnd::Here)
-    return Remember(rest, m_machine, file, AccountOf(file), HubFor({}));
+    return Remember(rest, m_machine, file, AccountOf(file), HubFor({}, {}));
   if (rest.forwardTarget.empty() || rest.forwarded >= rest.served) return nullptr;
-  Hub& hub = m_router.HubForMachine(rest.forwardTarget);
+  Hub& hub = m_router.HubForMachine(rest.forwardTarget, AccountOf(file));
   return hub.Machine() == rest.forwardTarget ? Remember(rest, m_machine, file, AccountOf(file), hub)
                                              : nullptr;
 }
 
+// At the service of a machine an account could fill the folder with what is no segment.
+void Apps::RefuseFile(const std::string& name, const std::string& reason) {
+  const auto owner = m_accounts ? m_watch.Folder().OwnerOf(name) : std::nullopt;
+  if (!owner) return;
+  if (m_strange.insert(*owner).second)
+    Log(LogLevel::Warning, "account " + m_accounts->Of(*owner).name +
+                               " has made a segment that is not read: " + reason +
+                               "; it is removed, and so are others");
+  m_watch.Folder().RemoveAnything(name);
+}
+
 // Reports it once. A file with a live owner may be of another version.
 void Apps::SkipSegment(const std::string& name, const std::string& reason) {
+  if (m_accounts) return RefuseFile(name, reason);
   if (m_unreadable.insert(name).second)
     Log(LogLevel::Warning, "segment " + name + " is not read: " + reason);
   if (m_watch.Folder().RemoveUnowned(name))
@@ -157,6 +172,9 @@ void Apps::Find(const std::string& name, SegmentMap segment) {
   AppArrival arrival{std::move(hello), std::move(segment), OwnedDescriptor(m_io), pid, {}, account};
   std::string why;
   const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
+  // Its owner may bring it over its link when there is room.
+  if (!app && m_accounts && m_running.size() < kInstancesMax)
+    return m_watch.Folder().RemoveAnything(name);
   if (!app) {
     m_skippedSome = true;
     return Log(LogLevel::Warning, "segment " + name + " is not read yet: " + why);
@@ -175,8 +193,8 @@ std::uint32_t Apps::EnterTrace(CatalogueApp& entry, const TracedPoint& point) {
   return m_catalogue.EnterTrace(entry, point.component, point.category);
 }
 
-Hub& Apps::HubFor(const LinkSink& sink) {
-  return m_router.HubForMachine(sink.kind == SinkKind::Socket ? sink.name : std::string());
+Hub& Apps::HubFor(const Account& account, const LinkSink& sink) {
+  return m_router.HubForMachine(sink.kind == SinkKind::Socket ? sink.name : std::string(), account);
 }
 
 // Memory that many applications took at the same time is fragmented: the heap keeps it until it is
@@ -218,6 +236,7 @@ void Apps::OnEnded(RunningApp& app) {
   if (app.File().empty()) m_watch.Read();
   if (!app.File().empty()) m_kept.Keep(app.File(), KeyOf(app.Segment()), app.FinishedSource());
   EndIn(app.Entry(), app);
+  m_bound.Give(app.Owner());
   // Its link comes again as long as the application lives.
   if (app.IsBroken()) m_broken.push_back(KeyOf(app.Segment()));
   if (m_broken.size() > kBrokenMax) m_broken.pop_front();

@@ -14,15 +14,16 @@
 #include <map>
 #include <set>
 
-#include "quor/traced/kept_segments.h"
+#include "quor/accounts/account_bound.h"
+#include "quor/segments/kept_segments.h"
+#include "quor/segments/segment_watch.h"
 #include "quor/traced/machine_router.h"
 #include "quor/traced/running_app.h"
-#include "quor/traced/segment_watch.h"
 
 class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
  public:
   using Router = MachineRouter;
-  static constexpr std::size_t kInstancesMax = 4096;
+  static constexpr std::size_t kInstancesMax = 4096, kInstancesOfAccountMax = 1024;
 
   // `accounts`: null at a service of one account.
   Apps(asio::io_context& io, Catalogue& catalogue, Router& router, std::string machine,
@@ -75,7 +76,7 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   }
   std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) override;
   std::uint32_t DefaultSettings() const override { return m_catalogue.DefaultSettings(); }
-  Hub& HubFor(const LinkSink& sink) override;
+  Hub& HubFor(const Account& account, const LinkSink& sink) override;
   void OnBegan(RunningApp& app) override;
   void EndIn(CatalogueApp& entry, const RunningApp& app);
   void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) override;
@@ -95,6 +96,7 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   static Key KeyOf(const SegmentMap& segment) { return {segment.Device(), segment.Inode()}; }
   void Find(const std::string& name, SegmentMap segment);
   void SkipSegment(const std::string& name, const std::string& reason);
+  void RefuseFile(const std::string& name, const std::string& reason);
   std::shared_ptr<RunningApp> Add(const Key& key, AppArrival& arrival, std::string* why);
 
   asio::io_context& m_io;
@@ -102,6 +104,7 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   Router& m_router;
   const std::string m_machine;
   Accounts* const m_accounts;
+  AccountBound m_bound{"running applications", kInstancesOfAccountMax};
   SegmentWatch m_watch;
   KeptSegments m_kept;
   static constexpr std::size_t kBrokenMax = 1024;
@@ -112,4 +115,5 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
   bool m_holdsBack = false, m_skippedSome = false;
   std::set<std::string> m_unreadable;  // files with a live owner
+  std::set<uid_t> m_strange;           // accounts that have made files that are no segments
 };

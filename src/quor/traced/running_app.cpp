@@ -35,7 +35,7 @@ RunningApp::RunningApp(asio::io_context& io, Host& host, CatalogueApp& entry, st
       m_start(m_app.ReadStart()) {}
 
 void RunningApp::Start(AppArrival arrival) {
-  m_app.Enter(m_host.HubFor(Sink()));
+  m_app.Enter(m_host.HubFor(Owner(), Sink()));
   WatchProcess();
   TakeLink(std::move(arrival));
 }
@@ -43,7 +43,7 @@ void RunningApp::Start(AppArrival arrival) {
 void RunningApp::StartWithoutLink(bool held) {
   m_isHeldBack = held;
   m_taker = RingTaker::Application;  // until it says otherwise, or has died
-  m_app.Enter(m_host.HubFor(Sink()));
+  m_app.Enter(m_host.HubFor(Owner(), Sink()));
   WatchProcess();
   if (!ReadPoints()) return;
   // Its link may go to an earlier service, whose end it has not noticed.
@@ -222,10 +222,10 @@ void RunningApp::ApplySink() {
   const LinkSink& sink = Sink();
   m_fileSink = sink.kind == SinkKind::File;
   // The next link will order a file sink.
-  if (!m_socket.is_open()) return m_fileSink ? void() : m_app.Enter(m_host.HubFor(sink));
+  if (!m_socket.is_open()) return m_fileSink ? void() : m_app.Enter(m_host.HubFor(Owner(), sink));
   if (m_unanswered.size() >= kUnansweredMax) return LoseLink("it answers nothing");
   m_unanswered.push_back(sink.kind);
-  if (!m_fileSink) m_app.Enter(m_host.HubFor(sink));
+  if (!m_fileSink) m_app.Enter(m_host.HubFor(Owner(), sink));
   UpdateTaking();
   Send(EncodeSink(sink));
 }

@@ -30,7 +30,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
     virtual CatalogueApp* EntryFor(const Account& account, const std::string& name) = 0;
     virtual std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) = 0;
     virtual std::uint32_t DefaultSettings() const = 0;
-    virtual Hub& HubFor(const LinkSink& sink) = 0;
+    virtual Hub& HubFor(const Account& account, const LinkSink& sink) = 0;
     virtual void OnBegan(RunningApp& app) = 0;
     virtual void OnRenamed(RunningApp& app, CatalogueApp& from, CatalogueApp& to) = 0;
     virtual void OnEnded(RunningApp& app) = 0;

@@ -130,6 +130,7 @@ void TracedApp::Enter(Hub& hub) {
     source.serial = served - m_servedElsewhere;
   }
   PrepareForwarding(hub, source);
+  if (source.account) m_names.SetShare(hub.Names().ShareOf(*source.account));
   m_hub = &hub;
   m_source = hub.AddSource(std::move(source));
 }

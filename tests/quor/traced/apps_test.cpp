@@ -60,7 +60,7 @@ class AppsTest : public testing::Test, public Apps::Router {
   Apps m_apps{m_io, m_catalogue, *this, "here"};
 
  private:
-  Hub& HubForMachine(const std::string&) override { return m_hub; }
+  Hub& HubForMachine(const std::string&, const Account&) override { return m_hub; }
   void OnPlaceChanged() override {}
 
   SegmentFolder m_folder;

@@ -94,7 +94,7 @@ class RunningAppTest : public testing::Test, public RunningApp::Host {
   }
   std::uint32_t EnterTrace(CatalogueApp&, const TracedPoint&) override { return kNoTraceId; }
   std::uint32_t DefaultSettings() const override { return kDefaultSettings; }
-  Hub& HubFor(const LinkSink&) override { return m_hub; }
+  Hub& HubFor(const Account&, const LinkSink&) override { return m_hub; }
   void OnBegan(RunningApp&) override {}
   void OnRenamed(RunningApp&, CatalogueApp&, CatalogueApp&) override {}
   void OnEnded(RunningApp&) override { ++m_ended; }

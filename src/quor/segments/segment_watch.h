@@ -10,7 +10,7 @@
 #include <string>
 
 #include "quor/link/segment_folder.h"
-#include "quor/traced/owned_descriptor.h"
+#include "quor/segments/owned_descriptor.h"
 
 class SegmentWatch {
  public:

@@ -1,4 +1,4 @@
-#include "quor/traced/segment_watch.h"
+#include "quor/segments/segment_watch.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "quor/traced/kept_segments.h"
+#include "quor/segments/kept_segments.h"
 
 #include <utility>
 

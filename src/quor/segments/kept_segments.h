@@ -16,7 +16,7 @@
 #include <string>
 
 #include "quor/hub/source.h"
-#include "quor/traced/segment_watch.h"
+#include "quor/segments/segment_watch.h"
 
 class KeptSegments {
  public:

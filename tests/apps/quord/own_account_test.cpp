@@ -171,6 +171,16 @@ TEST_F(OwnAccount, WhatIsForAdministratorsIsRefused) {
   Request status;
   status.mutable_get_status();
   EXPECT_EQ(root.Ask(status).status().pid(), static_cast<std::uint32_t>(quord.Pid()));
+  const std::string games = "setpriv --reuid 5 --regid 5 --clear-groups";
+  const auto asGames = [&](const std::string& command) {
+    return WaitForExit(quord.Spawn({command, "--socket-dir", Place()}, games));
+  };
+  EXPECT_EQ(asGames("status"), 0);
+  EXPECT_TRUE(quord.Says(", socket " + Socket() + "\n  no applications"));
+  EXPECT_EQ(quord.Log().find("(process "), std::string::npos);
+  EXPECT_EQ(asGames("stop"), 1);
+  EXPECT_TRUE(quord.Says("only root and the service manager end the service of this machine"));
+  EXPECT_EQ(asGames("reload"), 1);
 }
 
 TEST_F(OwnAccount, AMemberOfTheGroupSeesAllAndANameAloneIsGoodWhileItIsTheOnlyOne) {

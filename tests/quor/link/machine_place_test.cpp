@@ -96,6 +96,9 @@ TEST_F(MachinePlaceTest, ItsOwnerIsTrustedThereAndNowhereElse) {
   environment.machineSocket = Socket();
   EXPECT_EQ(TrustedOwner(Socket(), environment), kAlice);
   EXPECT_EQ(TrustedOwner("/own/quord.sock", environment), 0u);
+  environment.socket = Socket();
+  EXPECT_EQ(TrustedOwner(Socket(), environment), kAlice) << "named, and the machine's all the same";
+  environment.socket.clear();
   // Alice serves: Bob trusts her at the machine's place only.
   const auto alice = AsAccount(kAlice, [&] { return Listen() >= 0 ? (pause(), 0) : 1; });
   ASSERT_TRUE(WaitFor([&] { return HasMachineSocket(Socket()); }));

@@ -118,7 +118,8 @@ void PrintMore(const State& state) {
               static_cast<unsigned long long>(more.dropped()));
   for (const auto& line : more.certificates())
     if (line.ends() != 0)
-      std::printf("  %s is valid until %s\n", Shown(line.what()).c_str(),
+      std::printf("  %s %s %s\n", Shown(line.what()).c_str(),
+                  line.ends() < std::time(nullptr) ? "has expired at" : "is valid until",
                   TimeText(line.ends()).c_str());
 }
 

@@ -49,6 +49,9 @@ class TestAuthority {
     return m_number;
   }
   void Revoke(const std::string& file, const std::vector<long>& numbers, int days = 10) {
+    RevokeFor(file, numbers, days * kDay);
+  }
+  void RevokeFor(const std::string& file, const std::vector<long>& numbers, long seconds) {
     const std::unique_ptr<X509_CRL, decltype(&X509_CRL_free)> list(X509_CRL_new(), X509_CRL_free);
     X509_CRL_set_version(list.get(), 1);
     X509_CRL_set_issuer_name(list.get(), X509_get_subject_name(m_own.get()));
@@ -65,7 +68,7 @@ class TestAuthority {
       X509_REVOKED_set_revocationDate(line, time.get());
       X509_CRL_add0_revoked(list.get(), line);
     }
-    X509_gmtime_adj(time.get(), days * kDay);
+    X509_gmtime_adj(time.get(), seconds);
     X509_CRL_set1_nextUpdate(list.get(), time.get());
     X509_CRL_sort(list.get());
     X509_CRL_sign(list.get(), m_key.get(), EVP_sha256());

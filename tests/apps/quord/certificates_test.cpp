@@ -189,6 +189,17 @@ TEST_F(Certificates, AListThatHasExpiredIsRefusedWithWordsAndTheOldOneStays) {
   EXPECT_NE(WhyNotMonitor("mallory"), "");
 }
 
+TEST_F(Certificates, AListThatExpiresWhileTheServiceRunsIsSaidToHaveExpired) {
+  const std::string lists = quord.Folder().File("lists.pem");
+  m_authority.RevokeFor(lists, {}, 10);  // a busy machine takes seconds for the start
+  Serve("crl = " + lists + "\n");
+  EXPECT_TRUE(WaitFor([&] {
+    const std::size_t before = quord.Log().size();
+    EXPECT_EQ(quord.Run({"status"}), 0);
+    return Has(quord.Log().substr(before), "  the revocation list of Example CA has expired at 20");
+  })) << quord.Log();
+}
+
 TEST_F(Certificates, OneThatHasExpiredIsRefusedAndOneThatSoonWillIsReported) {
   Issue("bob", {"monitor"}, "", -1);
   Issue("carol", {"monitor"}, "", 12);

@@ -38,6 +38,15 @@ class StackPrograms : public ::testing::Test {
        " -Wl,-rpath," + Quoted(folder));
     return m_dir.File(name);
   }
+  // The same with the library and all others inside.
+  std::string BuildStatic(const std::string& name, const std::string& source,
+                          const std::string& flags) const {
+    m_dir.File(name + ".cpp", source);
+    Do(Variable("TEST_CXX") + " -std=c++17 " + flags + " -I" + Quoted(Variable("QUOR_INCLUDE")) +
+       " -o " + name + " " + name + ".cpp " + Quoted(Variable("QUOR_STATIC")) +
+       " -lpthread -ldl 2> build.log");
+    return m_dir.File(name);
+  }
   // Runs it into trace.trc.
   void Trace(const std::string& program) const {
     Do("rm -f trace.trc; QUOR_AUTOSTART=0 QUOR_SETTINGS='*=Info+Stack' QUOR_SINK=file:" +

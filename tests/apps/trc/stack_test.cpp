@@ -41,6 +41,16 @@ TEST_F(TrcStack, NamesAProgramAtAFixedAddress) {
   ExpectNamed(Stack());
 }
 
+// With a sanitizer no program can be linked statically.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(TrcStack, NamesAProgramThatIsLinkedStatically) {
+  for (const char* const flags : {"-O2 -g -static", "-O2 -g -fPIE -static-pie"}) {
+    Trace(BuildStatic("orders", kOrders, flags));
+    ExpectNamed(Stack());
+  }
+}
+#endif
+
 TEST_F(TrcStack, ARecordedFrameIsShownAsItIsOnRequest) {
   Trace(Build("orders", kOrders));
   const auto frames = FramesOf(Stack({"--recorded"}), "charged");

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/auxv.h>
 
 #include <cstring>
 
@@ -67,19 +68,35 @@ bool IsLoaded(const ElfW(Phdr) * heads, unsigned count, const ElfW(Phdr) & part)
   return false;
 }
 
-void ReadBuildId(const Image& image, LoadedModule& module) {
+struct Heads {
+  const ElfW(Phdr) * at = nullptr;
+  unsigned count = 0;
+};
+
+// The program headers follow the header as good as always. Further pages may not be mapped.
+// The begin of a program that is linked statically is that of its code, without a header.
+Heads HeadsOf(const Image& image) {
   const auto* const header = reinterpret_cast<const ElfW(Ehdr)*>(image.begin);
-  if (std::memcmp(header->e_ident, ELFMAG, SELFMAG) != 0) return;
-  // The program headers follow the header as good as always. Further pages may not be mapped.
+  if (std::memcmp(header->e_ident, ELFMAG, SELFMAG) != 0) {
+    const bool program = !image.map->l_name || *image.map->l_name == '\0';
+    const auto* const heads = reinterpret_cast<const ElfW(Phdr)*>(getauxval(AT_PHDR));
+    if (!program || !heads || getauxval(AT_PHENT) != sizeof(ElfW(Phdr))) return {};
+    return {heads, static_cast<unsigned>(getauxval(AT_PHNUM))};
+  }
   const std::size_t most = (kHeaderPageBytes - sizeof *header) / sizeof(ElfW(Phdr));
   if (header->e_phentsize != sizeof(ElfW(Phdr)) || header->e_phnum > most ||
       header->e_phoff > kHeaderPageBytes - header->e_phnum * sizeof(ElfW(Phdr)))
-    return;
-  const auto* const heads = reinterpret_cast<const ElfW(Phdr)*>(image.begin + header->e_phoff);
-  for (unsigned i = 0; i < header->e_phnum && module.buildIdBytes == 0; ++i) {
-    if (heads[i].p_type != PT_NOTE || !IsLoaded(heads, header->e_phnum, heads[i])) continue;
-    const auto* const notes = reinterpret_cast<const std::uint8_t*>(module.bias + heads[i].p_vaddr);
-    ReadNotes(notes, notes + heads[i].p_filesz, module);
+    return {};
+  return {reinterpret_cast<const ElfW(Phdr)*>(image.begin + header->e_phoff), header->e_phnum};
+}
+
+void ReadBuildId(const Image& image, LoadedModule& module) {
+  const Heads heads = HeadsOf(image);
+  for (unsigned i = 0; i < heads.count && module.buildIdBytes == 0; ++i) {
+    const ElfW(Phdr)& head = heads.at[i];
+    if (head.p_type != PT_NOTE || !IsLoaded(heads.at, heads.count, head)) continue;
+    const auto* const notes = reinterpret_cast<const std::uint8_t*>(module.bias + head.p_vaddr);
+    ReadNotes(notes, notes + head.p_filesz, module);
   }
 }
 

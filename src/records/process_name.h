@@ -14,10 +14,11 @@ struct ProcessName {
   // Imported names may be any text. Only a number with a word behind it names an account.
   static ProcessName Of(std::string_view name) {
     const std::size_t blank = name.rfind(' ');
-    if (blank == name.npos || blank == 0 || blank + 1 == name.size()) return {name, {}};
+    const std::string_view none = name.substr(name.size());
+    if (blank == name.npos || blank == 0 || blank + 1 == name.size()) return {name, none};
     const std::string_view number = name.substr(0, blank);
     const bool digits =
         std::all_of(number.begin(), number.end(), [](char c) { return c >= '0' && c <= '9'; });
-    return digits ? ProcessName{number, name.substr(blank + 1)} : ProcessName{name, {}};
+    return digits ? ProcessName{number, name.substr(blank + 1)} : ProcessName{name, none};
   }
 };

@@ -21,8 +21,9 @@ def machine(load):
     """What the figures depend on. It does not name the machine."""
     compiler = subprocess.run(["c++", "--version"], capture_output=True, text=True, check=True).stdout.splitlines()[0]
     cores = os.cpu_count()
+    kernel = ".".join(platform.release().split(".")[:2])  # what follows names who built it
     loaded = "" if load <= QUIET * cores else " The machine was not quiet: ratios hold, costs may be too high."
-    return (f"{datetime.date.today()}, {cores} cores ({platform.machine()}), Linux {platform.release()}, {compiler}. "
+    return (f"{datetime.date.today()}, {cores} cores ({platform.machine()}), Linux {kernel}, {compiler}. "
             f"The load before the run was {load:.1f}.{loaded}\n")
 
 

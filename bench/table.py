@@ -11,7 +11,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-ROW = re.compile(r"^(?P<what>\S.*?)\s+(?P<cost>[\d.]+) (?P<unit>\S+)\s+floor\s+(?P<floor>[\d.]+)\s+"
+ROW = re.compile(r"^(?P<what>\S.*?)\s+(?P<cost>[\d.]+) (?P<unit>% of core|\S+)\s+floor\s+(?P<floor>[\d.]+)\s+"
                  r"ratio\s+(?P<ratio>[\d.]+)\s+target <=\s+(?P<target>[\d.]+)\s+(?P<end>met|MISSED)$")
 BEGIN, END = "<!-- figures: begin -->\n", "<!-- figures: end -->\n"
 QUIET = 0.5  # load for each core: above it other programs have run beside
@@ -28,20 +28,19 @@ def machine(load):
 
 
 def table(rows):
-    """The rows as a table, and all other lines that the benchmarks printed as they are."""
-    lines, others = ["| what is measured / its floor | cost | floor | ratio | target |", "|---|---|---|---|---|"], []
+    """The rows as a table. What else the benchmarks print belongs to the run and not to the page."""
+    lines = ["| what is measured / its floor | cost | floor | ratio | target |", "|---|---|---|---|---|"]
     for row in rows.splitlines():
         found = ROW.match(row)
-        if found:
-            missed = " (missed)" if found["end"] == "MISSED" else ""
-            what = found["what"].replace("|", r"\|")
-            lines.append(f"| {what} | {found['cost']} {found['unit']} | {found['floor']} | **{found['ratio']}** "
-                         f"| {found['target']}{missed} |")
-        elif row.strip():
-            others.append(row)
+        if not found:
+            continue
+        missed = " (missed)" if found["end"] == "MISSED" else ""
+        what = found["what"].replace("|", r"\|")
+        lines.append(f"| {what} | {found['cost']} {found['unit']} | {found['floor']} | **{found['ratio']}** "
+                     f"| {found['target']}{missed} |")
     if len(lines) == 2:
         raise ValueError("no row of a benchmark")
-    return "\n".join(lines) + "\n" + ("\n```text\n" + "\n".join(others) + "\n```\n" if others else "")
+    return "\n".join(lines) + "\n"
 
 
 def written(page, figures):

@@ -21,7 +21,7 @@ function wordsOf(variable) {
   return (process.env[variable] || '').split(/\s+/).filter(Boolean);
 }
 
-function libraryFlags() {
+function linkFlags() {
   const given = wordsOf('LDFLAGS');
   if (given.includes('-lquor')) return given;
   const found = spawnSync('pkg-config', ['--cflags', '--libs', 'quor'], { encoding: 'utf8' });
@@ -31,7 +31,7 @@ function libraryFlags() {
 const out = path.join(__dirname, 'build');
 fs.mkdirSync(out, { recursive: true });
 const words = ['-std=c11', '-O2', '-Wall', '-Wextra', ...wordsOf('CPPFLAGS'), ...wordsOf('CFLAGS'), '-fPIC', '-shared',
-  '-fvisibility=hidden', `-I${headers}`, path.join(__dirname, 'addon.c'), ...libraryFlags(),
+  '-fvisibility=hidden', `-I${headers}`, path.join(__dirname, 'addon.c'), ...linkFlags(),
   '-o', path.join(out, 'quor.node')];
 const built = spawnSync(process.env.CC || 'cc', words, { encoding: 'utf8' });
 if (built.error) fail(`${built.error.message}: install a C compiler`);

@@ -9,6 +9,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <utility>
@@ -169,10 +170,13 @@ void SegmentMap::FillHeader(const SegmentLayout& layout) {
 
 bool SegmentMap::Open(int descriptor, const char** why) {
   Close();
+  errno = 0;
   const char* const reason = WhyNotOpen(descriptor);
   if (!reason) return true;
+  const int error = errno;
   if (why) *why = reason;
   Close();
+  errno = error;
   return false;
 }
 

@@ -60,7 +60,8 @@ class SegmentMap {
   bool Create(const SegmentSizes& sizes, std::uint64_t startedNs, std::uint64_t salt,
               int file = -1);
   // Takes over the descriptor, also when it refuses the segment. RefreshNames reads the name ids of
-  // the header again, because the application may set them after it has made the segment.
+  // the header again, because the application may set them after it has made the segment. errno is
+  // that of a call that failed; 0: the content is refused.
   bool Open(int descriptor, const char** why);
   void RefreshNames();
   // For an opened segment: true if no owner lives any more.

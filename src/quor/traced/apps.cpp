@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "base/fail_with.h"
@@ -25,6 +24,7 @@ bool Apps::Arrive(AppArrival arrival, std::string* why) {
   const Key key = brought ? KeyOf(arrival.segment) : Key{arrival.hello.device, arrival.hello.inode};
   if (IsBroken(key)) return FailWith(why, "its segment is not read any more");
   if (!brought && !m_running.contains(key)) m_watch.Read();
+  if (!brought && !m_running.contains(key)) ReportSkipped();
   if (const auto known = m_running.find(key); known != m_running.end()) {
     if (known->second->IsEnding()) return FailWith(why, "its last instance is just ending");
     if (m_accounts && known->second->Owner().uid != arrival.account.uid)
@@ -95,94 +95,6 @@ void Apps::LookAtFolder(const std::string& socketPath) {
   WatchAnew(socketPath);
 }
 
-void Apps::OnFile(const std::string& name) {
-  const int file = m_watch.Folder().OpenFile(name);
-  SegmentMap segment;
-  FinishedSegment rest;
-  struct stat status {};
-  const char* reason = "";
-  if (file < 0 && errno != ENOENT) RefuseFile(name, "it is no file of one account alone");
-  if (file < 0 || fstat(file, &status) != 0) return;
-  const Key key{status.st_dev, status.st_ino};
-  if (const auto known = m_running.find(key); known != m_running.end()) {
-    known->second->SetFile(name);
-    close(file);
-  } else if (IsBroken(key)) {
-    if (!m_kept.Has(key)) m_kept.Keep(name, key, nullptr);
-    close(file);
-  } else if (ReadFinishedSegment(file, &rest) && IsUnowned(file)) {
-    OnFinishedSegment(name, key, rest, file);
-    close(file);
-  } else if (segment.Open(file, &reason)) {
-    Find(name, std::move(segment));
-  } else {
-    SkipSegment(name, reason);
-  }
-}
-
-// A file whose owner still lives is not a rest, whatever its content says.
-void Apps::OnFinishedSegment(const std::string& name, const Key& key, const FinishedSegment& rest,
-                             int file) {
-  if (!IsPossible(rest, file)) {
-    Log(LogLevel::Warning, "segment " + name + " is removed: its count of traces is impossible");
-    m_watch.Folder().Remove(name, key.first, key.second);
-  } else if (!m_kept.Has(key)) {
-    m_kept.Keep(name, key, SourceOf(rest, file));
-  }
-}
-
-// Null: no monitor needs to learn of it.
-std::shared_ptr<Source> Apps::SourceOf(const FinishedSegment& rest, int file) {
-  if (rest.end == SegmentEnd::Here)
-    return Remember(rest, m_machine, file, AccountOf(file), HubFor({}, {}));
-  if (rest.forwardTarget.empty() || rest.forwarded >= rest.served) return nullptr;
-  Hub& hub = m_router.HubForMachine(rest.forwardTarget, AccountOf(file));
-  return hub.Machine() == rest.forwardTarget ? Remember(rest, m_machine, file, AccountOf(file), hub)
-                                             : nullptr;
-}
-
-// At the service of a machine an account could fill the folder with what is no segment.
-void Apps::RefuseFile(const std::string& name, const std::string& reason) {
-  const auto owner = m_accounts ? m_watch.Folder().OwnerOf(name) : std::nullopt;
-  if (!owner) return;
-  if (m_strange.insert(*owner).second)
-    Log(LogLevel::Warning, "account " + m_accounts->Of(*owner).name +
-                               " has made a segment that is not read: " + reason +
-                               "; it is removed, and so are others");
-  m_watch.Folder().RemoveAnything(name);
-}
-
-// Reports it once. A file with a live owner may be of another version.
-void Apps::SkipSegment(const std::string& name, const std::string& reason) {
-  if (m_accounts) return RefuseFile(name, reason);
-  if (m_unreadable.insert(name).second)
-    Log(LogLevel::Warning, "segment " + name + " is not read: " + reason);
-  if (m_watch.Folder().RemoveUnowned(name))
-    m_unreadable.erase(name);
-  else
-    m_skippedSome = true;
-}
-
-void Apps::Find(const std::string& name, SegmentMap segment) {
-  const Key key = KeyOf(segment);
-  LinkHello hello;
-  hello.app = AppNameIn(segment);
-  const std::uint32_t pid = segment.Layout().pid;
-  const Account account = AccountOf(segment.Descriptor());
-  AppArrival arrival{std::move(hello), std::move(segment), OwnedDescriptor(m_io), pid, {}, account};
-  std::string why;
-  const std::shared_ptr<RunningApp> app = Add(key, arrival, &why);
-  // Its owner may bring it over its link when there is room.
-  if (!app && m_accounts && m_running.size() < kInstancesMax)
-    return m_watch.Folder().RemoveAnything(name);
-  if (!app) {
-    m_skippedSome = true;
-    return Log(LogLevel::Warning, "segment " + name + " is not read yet: " + why);
-  }
-  app->SetFile(name);
-  app->StartWithoutLink(m_holdsBack);
-}
-
 void Apps::ReleaseHeld(std::optional<uid_t> only) {
   const auto running = m_running;  // an instance that ends removes itself from the map
   for (const auto& [key, app] : running)
@@ -242,8 +154,7 @@ void Apps::OnEnded(RunningApp& app) {
   if (m_broken.size() > kBrokenMax) m_broken.pop_front();
   std::erase_if(m_running, [&app](const auto& entry) { return entry.second.get() == &app; });
   GiveMemoryBack();
-  // Now there is room for one that was left out.
-  if (std::exchange(m_skippedSome, false)) m_watch.ReportAll();
+  ReportSkipped();
 }
 
 void Apps::Apply(const CatalogueApp& app, bool sink) {

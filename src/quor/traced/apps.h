@@ -97,6 +97,8 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   void Find(const std::string& name, SegmentMap segment);
   void SkipSegment(const std::string& name, const std::string& reason);
   void RefuseFile(const std::string& name, const std::string& reason);
+  void LeaveForLater(const std::string& name, const std::string& why);
+  void ReportSkipped();
   std::shared_ptr<RunningApp> Add(const Key& key, AppArrival& arrival, std::string* why);
 
   asio::io_context& m_io;
@@ -111,9 +113,8 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   std::deque<Key> m_broken;  // segments that are no longer read
   asio::steady_timer m_trimTimer;
   int m_endedSince = 0;  // instances that ended since memory was last given back
-  bool m_trimsSoon = false;
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
-  bool m_holdsBack = false, m_skippedSome = false;
+  bool m_holdsBack = false, m_skippedSome = false, m_trimsSoon = false;
   std::set<std::string> m_unreadable;  // files with a live owner
   std::set<uid_t> m_strange;           // accounts that have made files that are no segments
 };

@@ -80,12 +80,45 @@ class MachineHostile : public MachineFixture {
     program->Go();
     EXPECT_EQ(program->Wait(), 0);
   }
+  // So many descriptors. Its own user may change that.
+  bool LetServiceHave(rlim_t descriptors) const {
+    return RunAsAccount(kMachineUid, [&] {
+             rlimit limit{};
+             if (prlimit(quord.Pid(), RLIMIT_NOFILE, nullptr, &limit) != 0) return 1;
+             limit.rlim_cur = descriptors;
+             return prlimit(quord.Pid(), RLIMIT_NOFILE, &limit, nullptr) == 0 ? 0 : 2;
+           }) == 0;
+  }
   std::size_t FilesLeft() const {
     std::size_t files = 0;
     for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(In(""))) ++files;
     return files;
   }
 };
+
+TEST_F(MachineHostile, WithoutADescriptorLeftTheServiceRemovesNoSegment) {
+  if (!IsRoot()) return;  // there is one account
+  const auto killed = Program(kGames, [](TracedChild& self) {
+    self.AwaitGo();
+    quor_application("killed");
+    for (int i = 0; i < 5; ++i) QUOR_TRACE_INFO(witness_point, "of the killed one {}", i);
+    self.Report(1);
+    self.AwaitGo();
+    return 0;
+  });
+  Start();
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(Socket()));
+  ASSERT_TRUE(LetServiceHave(3));
+  killed->Go();
+  ASSERT_EQ(killed->Reported(), 1u);
+  EXPECT_TRUE(quord.Says("is not read yet: Too many open files"));
+  killed->Kill();
+  ASSERT_TRUE(LetServiceHave(1000));
+  ExpectGoodService("other");  // its end makes the service look again
+  EXPECT_TRUE(monitor.Sees("of the killed one 4"));
+  EXPECT_EQ(monitor.lost, 0u);
+}
 
 TEST_F(MachineHostile, WhatIsNoSegmentIsRemovedAndSaidOnce) {
   if (!IsRoot()) return;  // there is one account

@@ -1,5 +1,6 @@
 #include "machine_user.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <grp.h>
 #include <pwd.h>
@@ -8,20 +9,47 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "base/fail_with.h"
 
 namespace {
 
+bool IsEmpty(int folder) {
+  const int copy = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  DIR* const entries = copy >= 0 ? fdopendir(copy) : nullptr;
+  if (!entries) {
+    if (copy >= 0) close(copy);
+    return false;
+  }
+  bool empty = true;
+  while (const dirent* const entry = readdir(entries))
+    if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+      empty = false;
+  closedir(entries);
+  return empty;
+}
+
+// A wrong path would give away a folder of the system. So one with files in it must be the user's.
+bool IsForUser(int folder, const std::string& path, const passwd& user, std::string* why) {
+  struct stat status {};
+  if (fstat(folder, &status) != 0) return FailOn(why, path);
+  return status.st_uid == user.pw_uid || IsEmpty(folder) ||
+         FailWith(why, path + ": is not empty and does not belong to \"" + user.pw_name +
+                           "\": name another folder, or give it to that user");
+}
+
 // By its descriptor: what stands under the name may be exchanged by whoever owns it already.
 bool GiveFolder(const std::string& path, const passwd& user, mode_t mode, std::string* why) {
   if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return FailOn(why, path);
   const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (folder < 0) return FailOn(why, path);
   const bool given =
-      folder >= 0 && fchown(folder, user.pw_uid, user.pw_gid) == 0 && fchmod(folder, mode) == 0;
-  const int error = errno;
-  if (folder >= 0) close(folder);
-  return given || FailWith(why, path + ": " + SystemReason(error));
+      IsForUser(folder, path, user, why) &&
+      ((fchown(folder, user.pw_uid, user.pw_gid) == 0 && fchmod(folder, mode) == 0) ||
+       FailOn(why, path));
+  close(folder);
+  return given;
 }
 
 bool HasBecome(const passwd& user) {

@@ -39,6 +39,22 @@ TEST_F(MachineService, WithoutRootOrAUserItSaysSo) {
   EXPECT_TRUE(quord.Says("socket-dir is not for it"));
 }
 
+TEST_F(MachineService, AFolderWithFilesOfAnotherUserIsNotGivenAway) {
+  if (!IsRoot()) return;  // there is nobody to give it to
+  const TempDir root;
+  root.File("passwords", "of root");
+  const auto isRoots = [&root] {
+    struct stat status {};
+    return stat(root.Path().c_str(), &status) == 0 && status.st_uid == 0;
+  };
+  EXPECT_EQ(quord.Run({"--machine", "--user", "daemon", "--state-dir", root.Path()}), 1);
+  EXPECT_TRUE(quord.Says(root.Path() + ": is not empty and does not belong to \"daemon\""));
+  EXPECT_TRUE(isRoots());
+  setenv("QUOR_MACHINE_SOCKET", root.File("quord.sock").c_str(), 1);
+  EXPECT_EQ(quord.Run({"--machine", "--user", "daemon"}), 1);
+  EXPECT_TRUE(isRoots());
+}
+
 TEST_F(MachineService, StartedByRootItKeepsNoRight) {
   if (!IsRoot()) return;  // there is no right to give up
   Start();

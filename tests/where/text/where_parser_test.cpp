@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "where/text/random_where.h"
+#include "support/random_where.h"
 #include "where/text/where_next.h"
 #include "where/text/where_writer.h"
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/text.h"
-#include "where/text/random_where.h"
+#include "support/random_where.h"
 #include "where/text/where_parser.h"
 
 namespace {

@@ -1,0 +1,54 @@
+// A regular expression of a filter text, and its search in the texts of traces.
+//
+// Shape    A well-formed UTF-8 text is searched by its characters, any other one by its bytes. An
+//          expression that means characters only ("\x{100}") finds nothing in malformed parts.
+// Owner    WhereRegex is immutable and shared. A WhereRegexSearch is used for all expressions of
+//          one walk; it allocates nothing per text.
+// Errors   Compile: null, the reason and the place in the expression. A search that takes too many
+//          steps or too much memory finds nothing and is counted.
+// Threads  WhereRegex: any. WhereRegexSearch: one.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+class WhereRegex {
+ public:
+  // `place`: bytes into the expression.
+  static std::shared_ptr<const WhereRegex> Compile(std::string_view expression, std::size_t& place,
+                                                   std::string& why);
+  ~WhereRegex();
+  WhereRegex(const WhereRegex&) = delete;
+  WhereRegex& operator=(const WhereRegex&) = delete;
+
+ private:
+  friend class WhereRegexSearch;
+  struct Code;
+  WhereRegex();
+
+  // Of these one may lack: `bytes` for an expression that needs characters, `characters` for one
+  // that is no UTF-8 itself.
+  std::unique_ptr<Code> m_bytes, m_characters;
+};
+
+class WhereRegexSearch {
+ public:
+  WhereRegexSearch();
+  ~WhereRegexSearch();
+  WhereRegexSearch(const WhereRegexSearch&) = delete;
+  WhereRegexSearch& operator=(const WhereRegexSearch&) = delete;
+
+  bool Finds(const WhereRegex& regex, std::string_view text);
+  // The searches that were given up.
+  std::uint64_t LimitsReached() const { return m_limitsReached; }
+
+ private:
+  struct Memory;
+  bool FindsIn(const WhereRegex::Code& code, std::string_view text);
+
+  std::unique_ptr<Memory> m_memory;
+  std::uint64_t m_limitsReached = 0;
+};

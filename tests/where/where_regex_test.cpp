@@ -1,0 +1,89 @@
+#include "where/where_regex.h"
+
+#include <gtest/gtest.h>
+
+#include "where/where_program.h"
+
+namespace {
+
+bool Finds(std::string_view expression, std::string_view text) {
+  std::size_t place = 0;
+  std::string why;
+  const auto regex = WhereRegex::Compile(expression, place, why);
+  EXPECT_TRUE(regex) << why;
+  WhereRegexSearch search;
+  const bool found = regex && search.Finds(*regex, text);
+  EXPECT_EQ(search.LimitsReached(), 0u);
+  return found;
+}
+
+TEST(WhereRegex, AWellFormedTextIsSearchedByItsCharacters) {
+  EXPECT_TRUE(Finds("^.$", "\xc3\xa9"));
+  EXPECT_TRUE(Finds("(?i)\xc3\xa9", "\xc3\x89"));
+  EXPECT_TRUE(Finds("^\\w+$", "\xc3\xa9t\xc3\xa9"));
+  EXPECT_TRUE(Finds("\\x{e9}", "\xc3\xa9"));
+}
+
+TEST(WhereRegex, AMalformedTextIsSearchedByItsBytes) {
+  EXPECT_TRUE(Finds("^..$", "\xff\xfe"));
+  EXPECT_TRUE(Finds("\\xff", "a\xff"));
+  EXPECT_TRUE(Finds("order [0-9]+", "\x80 order 12"));
+  EXPECT_TRUE(Finds("\xc3\xa9", "\xff\xc3\xa9"));
+}
+
+TEST(WhereRegex, AnExpressionOfCharactersAloneBearsMalformedTexts) {
+  EXPECT_TRUE(Finds("\\x{100}", "\xff\xc4\x80\xff"));
+  EXPECT_FALSE(Finds("\\x{100}", "\xff\xc4"));
+  EXPECT_TRUE(Finds("(*UTF)^.$", "\xc3\xa9"));
+  EXPECT_FALSE(Finds("(*UTF)b", "\xff\xfe"));
+}
+
+TEST(WhereRegex, AnExpressionThatIsNoUtf8MeansBytes) {
+  EXPECT_TRUE(Finds("\xff+", "a\xff"));
+  EXPECT_FALSE(Finds("^\xff", "\xc3\xa9"));
+}
+
+TEST(WhereRegex, AnExpressionThatRefusesTheFastMatcherFindsToo) {
+  EXPECT_TRUE(Finds("(*NO_JIT)c.rt", "a cart"));
+  EXPECT_FALSE(Finds("(*NO_JIT)c.rt", "a caart"));
+  EXPECT_TRUE(Finds("(*NO_JIT)^.$", "\xc3\xa9"));
+}
+
+TEST(WhereRegex, AnEmptyTextAndAnEmptyExpressionMatch) {
+  EXPECT_TRUE(Finds("", ""));
+  EXPECT_TRUE(Finds("^$", std::string_view()));
+  EXPECT_FALSE(Finds("x", std::string_view()));
+}
+
+TEST(WhereRegex, ASearchThatTriesAllWaysIsGivenUpAndCounted) {
+  std::size_t place = 0;
+  std::string why;
+  for (const char* expression : {"(a+)+$", "(*NO_JIT)(a+)+$"}) {
+    const auto regex = WhereRegex::Compile(expression, place, why);
+    ASSERT_TRUE(regex) << why;
+    WhereRegexSearch search;
+    EXPECT_FALSE(search.Finds(*regex, std::string(60, 'a') + "b"));
+    EXPECT_EQ(search.LimitsReached(), 1u);
+    EXPECT_TRUE(search.Finds(*regex, "aa"));
+    EXPECT_EQ(search.LimitsReached(), 1u);
+  }
+}
+
+// The whole text, and what the error points to.
+std::string Fault(const std::string& text) {
+  WhereError error;
+  EXPECT_FALSE(WhereProgram::Compile(text, error));
+  EXPECT_LE(error.place + error.length, text.size());
+  return text.substr(error.place, error.length) + "|" + error.reason.substr(0, 17);
+}
+
+TEST(WhereRegex, AWrongExpressionIsToldWithItsPlaceInTheText) {
+  EXPECT_EQ(Fault("text matches \"a)b\""), ")|wrong expression:");
+  EXPECT_EQ(Fault("severity == info and text matches \"(a\""), "\"|wrong expression:");
+  EXPECT_EQ(Fault("component matches \"a\\Cb\""), "b|wrong expression:");
+  WhereError error;
+  ASSERT_FALSE(WhereProgram::Compile("text matches \"a)b\"", error));
+  EXPECT_EQ(error.place, 15u);
+}
+
+}  // namespace

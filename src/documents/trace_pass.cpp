@@ -1,24 +1,31 @@
 #include "documents/trace_pass.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace {
 
-constexpr std::size_t kTracesPerPart = 4096;
+// Of a part that looks at the clock.
+constexpr std::chrono::milliseconds kPartTime(1);
 // A rough share of the time of a pass, because the duration of the work after the traces is
 // unknown.
 constexpr std::uint64_t kThousandthsForTraces = 950;
 
 }  // namespace
 
-TracePass::TracePass(const CTraceDoc& document) : m_traces(document.m_traces), m_stand(m_traces) {}
+TracePass::TracePass(const CTraceDoc& document, std::size_t perLook)
+    : m_traces(document.m_traces), m_stand(m_traces), m_perLook(perLook) {}
 
 bool TracePass::DoPart() {
   if (IsVoid()) return true;
   if (m_taken == m_stand.Size()) return Finish();
   const std::size_t end = std::min(m_taken + kTracesPerPart, m_stand.Size());
-  Take(m_taken, end);
-  m_taken = end;
+  const auto late = std::chrono::steady_clock::now() + kPartTime;
+  do {
+    const std::size_t behind = std::min(m_taken + m_perLook, end);
+    Take(m_taken, behind);
+    m_taken = behind;
+  } while (m_taken < end && std::chrono::steady_clock::now() < late);
   return false;
 }
 

@@ -40,8 +40,12 @@ class TracePass : public LongWork {
   bool IsVoid() const { return !m_stand.Holds(); }
 
  protected:
-  explicit TracePass(const CTraceDoc& document);
+  // `perLook`: how many traces are taken before the clock is looked at.
+  explicit TracePass(const CTraceDoc& document, std::size_t perLook = kTracesPerPart);
   ~TracePass() = default;
+  static constexpr std::size_t kTracesPerPart = 4096;
+  // For a filter whose text searches the texts of traces: one search may take milliseconds.
+  static constexpr std::size_t kTracesPerSearch = 16;
   // The traces at positions [from, end), each once and in order.
   virtual void Take(std::size_t from, std::size_t end) = 0;
   // A part of the work after all traces are taken; true when no work is left.
@@ -52,6 +56,7 @@ class TracePass : public LongWork {
  private:
   const TraceList_t& m_traces;
   const TraceStand m_stand;
+  const std::size_t m_perLook;
   std::size_t m_taken = 0;
 };
 

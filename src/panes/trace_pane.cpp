@@ -82,7 +82,7 @@ void TracePane::OnActivateView(bool activate, CView* activated, CView* deactivat
 void TracePane::ReportStatus() {
   if (!m_active) return;
   ReportRowCount(GetHost(), TraceCount());
-  ReportFiltered(GetHost(), m_filter.allTraces ? 0 : 1);
+  ReportFiltered(GetHost(), m_filter.ShowsAll() ? 0 : 1);
 }
 
 void TracePane::ReportCount() {

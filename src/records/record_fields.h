@@ -9,6 +9,8 @@
 #include "base/text.h"
 #include "records/raw_trace.h"
 
+class TraceEvent_i;
+
 // All fields of a record, in its order.
 template <class Id>
 struct RecordFieldsOf {
@@ -63,3 +65,6 @@ void MakeRecord(RecordFieldsOf<Id> fields, std::vector<std::uint8_t>& record) {
   record.resize(kTraceFixedBytes + fields.text.size() + fields.stack.size());
   StoreRecord(record.data(), fields);
 }
+
+// The record that the event's operations describe.
+std::vector<std::uint8_t> RecordOf(const TraceEvent_i& event);

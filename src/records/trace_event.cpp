@@ -37,29 +37,6 @@ bool WriteRecord(ds_BufferedOutputStream_t& stream, const std::uint8_t* record) 
          WriteBytes(stream, text + textLength + sizeof stackHead, LoadBe16(stackHead));
 }
 
-std::vector<std::uint8_t> RecordOf(const TraceEvent_i& event) {
-  const std::string text = _MBS2UTF(event.GetText());
-  const std::string stack = _MBS2UTF(event.GetStack());
-  std::vector<std::uint8_t> record;
-  MakeRecord<NameId>({.count = event.GetSequenceNumber(),
-                      .machine = event.GetMachineId(),
-                      .app = event.GetAppId(),
-                      .component = event.GetComponentId(),
-                      .category = event.GetCategoryId(),
-                      .date = event.GetDate(),
-                      .time = event.GetTime(),
-                      .ticCount = event.GetTicCount(),
-                      .pid = event.GetPidId(),
-                      .tid = event.GetTidId(),
-                      .attributes = static_cast<std::uint16_t>(event.GetAttributes()),
-                      .sourceFile = event.GetSourceFileId(),
-                      .sourceLine = event.GetSourceLine(),
-                      .text = text,
-                      .stack = stack},
-                     record);
-  return record;
-}
-
 void AppendNumber(std::string& text, unsigned value, int digits) {
   char reversed[10];
   int length = 0;
@@ -96,6 +73,29 @@ void ShiftToLocal(UnpackedDate& date, UnpackedTime& time) {
 }
 
 }  // namespace
+
+std::vector<std::uint8_t> RecordOf(const TraceEvent_i& event) {
+  const std::string text = _MBS2UTF(event.GetText());
+  const std::string stack = _MBS2UTF(event.GetStack());
+  std::vector<std::uint8_t> record;
+  MakeRecord<NameId>({.count = event.GetSequenceNumber(),
+                      .machine = event.GetMachineId(),
+                      .app = event.GetAppId(),
+                      .component = event.GetComponentId(),
+                      .category = event.GetCategoryId(),
+                      .date = event.GetDate(),
+                      .time = event.GetTime(),
+                      .ticCount = event.GetTicCount(),
+                      .pid = event.GetPidId(),
+                      .tid = event.GetTidId(),
+                      .attributes = static_cast<std::uint16_t>(event.GetAttributes()),
+                      .sourceFile = event.GetSourceFileId(),
+                      .sourceLine = event.GetSourceLine(),
+                      .text = text,
+                      .stack = stack},
+                     record);
+  return record;
+}
 
 std::string TraceEvent_i::GetMachineName(const NameMap& names) const {
   return NameOf(names, GetMachineId());

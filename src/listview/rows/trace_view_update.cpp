@@ -12,7 +12,9 @@ constexpr unsigned kFocusAndSelection = kRowFocused | kRowSelected;
 class FilteredRows final : public TracePass {
  public:
   FilteredRows(const CTraceDoc& document, CTraceFilter& filter, RowStore& rows)
-      : TracePass(document), m_pass(filter), m_rows(rows) {}
+      : TracePass(document, filter.IsSlow() ? kTracesPerSearch : kTracesPerPart),
+        m_pass(filter, document),
+        m_rows(rows) {}
 
  private:
   void Take(std::size_t from, std::size_t end) override {
@@ -49,7 +51,7 @@ bool CTraceView::AtBottom() const {
 bool CTraceView::RebuildRows() {
   const CWaitCursor wait(GetHost());
   RowStore rows(m_document.m_traces);
-  if (m_filter.allTraces)
+  if (m_filter.ShowsAll())
     rows.ShowAll();
   else if (!FilterInto(rows))
     return false;
@@ -86,7 +88,7 @@ bool CTraceView::FilterInto(RowStore& rows) {
 void CTraceView::AddTraces(const CTraceHint& hint) {
   const bool atBottom = AtBottom();
   const int before = m_rows.Size();
-  FilterPass pass(m_filter);
+  FilterPass pass(m_filter, m_document);
   for (TraceEvent_i* event : hint.m_events)
     if (pass.Matches(*event)) m_rows.Append(event);
   if (m_rows.Size() == before) return;

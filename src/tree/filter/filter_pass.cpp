@@ -1,5 +1,12 @@
 #include "tree/filter/filter_pass.h"
 
+#include <utility>
+
+#include "documents/trace_doc.h"
+#include "records/record_fields.h"
+#include "settings/globals.h"
+#include "where/where_matcher.h"
+
 namespace {
 
 constexpr std::uint8_t kIsShown = 1;
@@ -17,7 +24,44 @@ void LearnId(Table& table, bool all, const std::map<NameId, int>& marks, NameId 
   if (const auto mark = marks.find(id); mark != marks.end()) table[id] = mark->second == 1;
 }
 
+WhereClock ClockOf(const CTraceDoc& document) {
+  WhereClock clock{g_useUtc != 0};
+  if (document.m_traces.empty()) return clock;
+  const TraceEvent_i& newest = *document.m_traces.back();
+  clock.end = MomentOfStamp(std::uint64_t{newest.GetDate()} << 32 | newest.GetTime());
+  return clock;
+}
+
+// The document's trace before this one. A tick has the newest traces, so the search begins there.
+const TraceEvent_i* Before(const TraceEvent_i& event, const TraceList_t& traces) {
+  if (traces.empty() || traces.front() == &event) return nullptr;
+  for (std::size_t place = traces.size(); --place > 0;)
+    if (traces[place] == &event) return traces[place - 1];
+  return nullptr;
+}
+
 }  // namespace
+
+struct FilterPass::Text {
+  Text(const WhereProgramPtr& program, const CTraceDoc& document)
+      : matcher(program, document.m_names, ClockOf(document)), traces(document.m_traces) {}
+
+  const std::uint8_t* RecordOf(const TraceEvent_i& event) {
+    if (const std::uint8_t* const own = event.Record()) return own;
+    record = ::RecordOf(event);
+    return record.data();
+  }
+  WherePrevious Before(const TraceEvent_i& event) {
+    const TraceEvent_i* const before = ::Before(event, traces);
+    return before ? WherePrevious(RawTrace(RecordOf(*before))) : WherePrevious();
+  }
+
+  WhereMatcher matcher;
+  const TraceList_t& traces;
+  bool begun = false;
+  WherePrevious previous;            // kept for a text that needs it
+  std::vector<std::uint8_t> record;  // of an event that has none
+};
 
 FilterPass::FilterPass(CTraceFilter& filter)
     : m_filter(filter), m_all(filter.allTraces != 0), m_attributes{} {
@@ -30,6 +74,22 @@ FilterPass::FilterPass(CTraceFilter& filter)
     m_attributes[static_cast<std::size_t>(bits)] =
         filter.SeverityPasses(bits) && filter.AttributesPass(bits) ? kShown : kHidden;
   }
+}
+
+FilterPass::FilterPass(CTraceFilter& filter, const CTraceDoc& document) : FilterPass(filter) {
+  if (filter.where) m_text = std::make_unique<Text>(filter.where, document);
+}
+
+FilterPass::~FilterPass() = default;
+
+bool FilterPass::MatchesText(const TraceEvent_i& event) {
+  Text& text = *m_text;
+  WherePrevious previous;
+  if (text.matcher.Program().UsesDelta()) {
+    if (!std::exchange(text.begun, true)) text.previous = text.Before(event);
+    previous = std::exchange(text.previous, WherePrevious(RawTrace(text.RecordOf(event))));
+  }
+  return (m_all || MatchesMarks(event)) && text.matcher.Matches(text.RecordOf(event), previous);
 }
 
 bool FilterPass::MatchesUnknown(const RawTrace& trace) {

@@ -1,10 +1,14 @@
 // One walk of a filter over many traces: the same answers and the same additions to the filter as
-// CTraceFilter::Matches, at the cost of reading the ids.
+// CTraceFilter::Matches, at the cost of reading the ids and of what the text looks at.
 //
 // Shape    The marks are copied into a byte per id and field. The verdicts on machine, process and
 //          thread are kept in a small direct-mapped table when they are first needed. For an id
-//          that the filter does not know Matches is called, which may add the id.
-// Owner    Borrows the filter. REQUIRES: nobody else changes its marks while the pass is in use.
+//          that the filter does not know Matches is called, which may add the id. The text is
+//          asked about what the marks let through.
+// Owner    Borrows the filter and the document. REQUIRES: nobody else changes the filter while the
+//          pass is in use. A text needs the traces in the document's order, each of them from the
+//          first that is asked about: `delta` looks at the trace before, whether it is shown or
+//          not. `end` is the newest trace at the beginning of the pass.
 // Threads  That of the filter.
 #pragma once
 
@@ -16,15 +20,25 @@
 
 class FilterPass {
  public:
+  // The marks alone.
   explicit FilterPass(CTraceFilter& filter);
+  // The marks, and the text if there is one.
+  FilterPass(CTraceFilter& filter, const CTraceDoc& document);
+  ~FilterPass();
 
   bool Matches(const TraceEvent_i& event) {
-    if (m_all) return true;
-    const std::uint8_t* const record = event.Record();
-    return record ? MatchesRecord(RawTrace(record)) : m_filter.Matches(event) != 0;
+    if (m_text) return MatchesText(event);
+    return m_all || MatchesMarks(event);
   }
 
  private:
+  struct Text;
+  bool MatchesMarks(const TraceEvent_i& event) {
+    const std::uint8_t* const record = event.Record();
+    return record ? MatchesRecord(RawTrace(record)) : m_filter.Matches(event) != 0;
+  }
+  bool MatchesText(const TraceEvent_i& event);
+
   // Verdicts, combined by AND: a trace is hidden if any field hides it. kUnknown is checked first.
   static constexpr std::uint8_t kHidden = 0, kShown = 1, kUnknown = 0x80;
   struct Tables {
@@ -63,7 +77,8 @@ class FilterPass {
   void LearnThread(const RawTrace& trace);
 
   CTraceFilter& m_filter;
-  const bool m_all;
+  const bool m_all;  // of the marks
+  std::unique_ptr<Text> m_text;
   std::array<std::uint8_t, 32> m_attributes;
   std::unique_ptr<Tables> m_tables;
   std::array<std::uint64_t, std::size_t{1} << kSlotBits> m_threads = {};

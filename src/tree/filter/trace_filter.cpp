@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "documents/trace_doc.h"
+#include "tree/filter/filter_pass.h"
 
 namespace {
 
@@ -92,7 +93,12 @@ void CTraceFilter::MergeDocumentNames(const CTraceDoc& document) {
   }
 }
 
+int CTraceFilter::Matches(const TraceEvent_i& event, const CTraceDoc& document) {
+  return where ? FilterPass(*this, document).Matches(event) : Matches(event);
+}
+
 void CTraceFilter::ShowAll() {
+  where.reset();
   for (int* const all : {&allTraces, &allSeverities, &allComponents, &allCategories,
                          &allApplications, &allThreads, &allAttributes})
     *all = 1;

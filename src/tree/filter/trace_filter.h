@@ -1,5 +1,5 @@
 // Which traces a view shows: yes/no marks by severity, attribute, component, category, application,
-// and machine with process and thread.
+// and machine with process and thread; and a filter text, which filters what the marks let through.
 //
 // Shape    A mark is an int, 1 for shown; anything else counts as 0. Keys are name ids.
 // Owner    By value, one per view. Adding entries does not move the others, because the filter
@@ -9,8 +9,8 @@
 // Errors   None.
 // Threads  Interface thread: Matches adds ids that it does not know.
 //
-// Matches evaluates the current marks. For a walk over many traces use a FilterPass
-// (filter_pass.h).
+// Matches evaluates the current marks, and the text of a trace of a document. For a walk over many
+// traces use a FilterPass (filter_pass.h).
 #pragma once
 
 #include <cstddef>
@@ -21,6 +21,7 @@
 #include "records/name_map.h"
 #include "records/raw_trace.h"
 #include "records/trace_event.h"
+#include "where/where_program.h"
 
 class CTraceDoc;
 
@@ -39,12 +40,19 @@ class CTraceFilter {
   // 1 if the trace passes, else 0. An unknown component, category, application or machine is added
   // as shown and passes. Kept: an unknown process or thread under a parent that is not wholly shown
   // fails, and only MergeDocumentNames adds it.
+  // These two know no names, so they leave the text out.
   int Matches(const TraceEvent_i& event);
   int Matches(const RawTrace& trace);
+  // The marks and the text. The document has the names, the trace before and the newest one.
+  int Matches(const TraceEvent_i& event, const CTraceDoc& document);
   // Adds every id of the document as shown; existing marks stay.
   void MergeDocumentNames(const CTraceDoc& document);
-  // Sets every mark to shown; the entries stay.
+  // Sets every mark to shown and removes the text; the entries stay.
   void ShowAll();
+  // Does every trace pass, also one to come?
+  bool ShowsAll() const { return allTraces && !where; }
+  // May a single trace take long, because its texts are searched?
+  bool IsSlow() const { return where && !where->IsOfIds(); }
 
   int allTraces = 1;
   int allSeverities = 1;
@@ -61,6 +69,7 @@ class CTraceFilter {
   // Without developer, developer, without verbose, verbose, unused. [0] and [2] stay 1: nothing in
   // the user interface changes them.
   std::vector<int> attributes = {1, 1, 1, 1, 1};
+  WhereProgramPtr where;  // null: no text
 
  private:
   template <class Trace>

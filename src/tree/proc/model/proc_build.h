@@ -10,7 +10,9 @@
 class ProcBuild final : public TracePass {
  public:
   ProcBuild(const CTraceDoc& document, ProcModel& model)
-      : TracePass(document), m_model(model), m_batch(model) {}
+      : TracePass(document, model.Filter().IsSlow() ? kTracesPerSearch : kTracesPerPart),
+        m_model(model),
+        m_batch(model) {}
 
  private:
   void Take(std::size_t from, std::size_t end) override {

@@ -69,7 +69,7 @@ void ProcModel::Clear() {
 }
 
 void ProcModel::BeginBatch() {
-  if (m_batches++ == 0) m_pass = std::make_unique<FilterPass>(m_filter);
+  if (m_batches++ == 0) m_pass = std::make_unique<FilterPass>(m_filter, m_document);
 }
 
 void ProcModel::EndBatch() {
@@ -108,7 +108,7 @@ void ProcModel::ShowBy(ProcItems& items) {
 }
 
 TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
-  if (m_pass ? !m_pass->Matches(*event) : !m_filter.Matches(*event)) return 0;
+  if (m_pass ? !m_pass->Matches(*event) : !m_filter.Matches(*event, m_document)) return 0;
   const TraceFacts facts(*event);
   CProcessThread& thread = ThreadOf(facts, event);
   CExecutionBlock& block = *thread.currentBlock;

@@ -36,6 +36,7 @@ class ProcModel {
 
   const CRoot& Root() const { return m_root; }
   int TraceCount() const { return m_root.traceCount; }
+  const CTraceFilter& Filter() const { return m_filter; }
 
   // Destroys all nodes and forgets the path of the last trace. Reads no trace and deletes no item:
   // the owner must have emptied the control before.

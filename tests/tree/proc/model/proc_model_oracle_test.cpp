@@ -67,6 +67,8 @@ class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcMod
     return Trace(fields);
   }
 
+  virtual bool Passes(const TraceEvent_i& event) { return m_filter.Matches(event) != 0; }
+
   void Tick(int traces) {
     std::deque<TraceEvent_i*> batch;
     for (int i = 0; i < traces; ++i) {
@@ -76,7 +78,7 @@ class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcMod
     const ProcModel::Batch adding(m_model);
     for (TraceEvent_i* const event : batch) {
       m_model.AddTrace(event, true);
-      if (m_filter.Matches(*event)) m_plain.AddTrace(event, true);
+      if (Passes(*event)) m_plain.AddTrace(event, true);
     }
   }
 
@@ -93,7 +95,7 @@ class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcMod
     Rebuild();
     m_plain.Clear();
     m_document.m_traces.ForEach(0, [this](TraceEvent_i* event) {
-      if (m_filter.Matches(*event)) m_plain.AddTrace(event, false);
+      if (Passes(*event)) m_plain.AddTrace(event, false);
     });
     m_plain.UpdateDurations();
   }
@@ -190,5 +192,88 @@ std::vector<Stream> Streams() {
 }
 
 INSTANTIATE_TEST_SUITE_P(RandomStreams, ProcModelOracle, testing::ValuesIn(Streams()));
+
+// A filter text and what it means.
+struct TextRule {
+  const char* text;
+  bool (*passes)(const TraceEvent_i& event, const TraceEvent_i* before);
+};
+
+bool IsOneProcess(const TraceEvent_i& event, const TraceEvent_i* before) {
+  return before && event.GetPidId() == before->GetPidId() &&
+         event.GetMachineId() == before->GetMachineId();
+}
+
+constexpr TextRule kTextRules[] = {
+    {"category != later and text contains 7",
+     [](const TraceEvent_i& event, const TraceEvent_i*) {
+       return event.GetCategoryId() != 9 && event.GetText().find('7') != std::string::npos;
+     }},
+    {"delta >= 1ns or text startswith Begin",
+     [](const TraceEvent_i& event, const TraceEvent_i* before) {
+       const auto span = [&] {
+         return static_cast<std::int64_t>(event.GetTicCount() - before->GetTicCount());
+       };
+       return (IsOneProcess(event, before) && span() >= 1000) ||
+              event.GetText().substr(0, 5) == "Begin";
+     }},
+    {"severity == info and (count in {3..200, 300..100000} or text matches \"^End: .*[02468]$\")",
+     [](const TraceEvent_i& event, const TraceEvent_i*) {
+       const std::uint32_t count = event.GetSequenceNumber();
+       const std::string text = event.GetText();
+       const bool even = (text.back() - '0') % 2 == 0;
+       return (count >= 3 && count <= 200) || (count >= 300 && count <= 100000) ||
+              (text.substr(0, 5) == "End: " && even);
+     }},
+};
+
+class ProcModelText : public ProcModelOracle {
+ protected:
+  bool Passes(const TraceEvent_i& event) override {
+    const TraceEvent_i *last = nullptr, *before = nullptr;
+    m_document.m_traces.ForEach(0, [&](const TraceEvent_i* one) {
+      if (one == &event) before = last;
+      last = one;
+    });
+    return m_filter.Matches(event) && (!m_rule || m_rule->passes(event, before));
+  }
+  void SetRule(const TextRule* rule) {
+    m_rule = rule;
+    WhereError error;
+    m_filter.where = rule ? WhereProgram::Compile(rule->text, error) : nullptr;
+    ASSERT_TRUE(!rule || m_filter.where) << error.reason;
+  }
+
+ private:
+  const TextRule* m_rule = nullptr;
+};
+
+TEST_P(ProcModelText, ATextFiltersWhatTheMarksLetThroughInATickAndInARebuild) {
+  if (GetParam().hiddenPercent > 0) HideCategory9();
+  SetRule(&kTextRules[GetParam().seed % std::size(kTextRules)]);
+  for (int tick = 0; tick < 60; ++tick) {
+    SCOPED_TRACE(tick);
+    Tick(1 + Below(40));
+    ASSERT_NO_FATAL_FAILURE(ExpectTheSame());
+    for (int i = Below(3); i > 0; --i) ExpandSome();
+    if (Below(10) != 0) continue;
+    const int rule = Below(static_cast<int>(std::size(kTextRules)) + 1);
+    SetRule(rule == 0 ? nullptr : &kTextRules[rule - 1]);
+    RebuildBoth();
+    ASSERT_NO_FATAL_FAILURE(ExpectTheSame());
+  }
+}
+
+std::vector<Stream> TextStreams() {
+  std::vector<Stream> streams;
+  for (unsigned seed = 0; seed < 36; ++seed) {
+    const int blocks = seed % 2 ? 30 : 10;
+    streams.push_back({seed, 150, seed % 4 ? 5 : 1, seed / 3 % 2 ? 30 : 0,
+                       static_cast<int>(seed % 5), blocks, blocks});
+  }
+  return streams;
+}
+
+INSTANTIATE_TEST_SUITE_P(RandomStreams, ProcModelText, testing::ValuesIn(TextStreams()));
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "command_line.h"
 
 #include <sstream>
+#include <string_view>
 
 #include "commands/commands.h"
 #include "terminal/exit_status.h"
@@ -14,6 +15,22 @@ constexpr std::unique_ptr<Command> (*kMakers[])(CLI::App&) = {
     MakeGen,  MakeInfo, MakeDump,   MakeSave,   MakeConvert, MakeExport, MakeImport,
     MakeFind, MakeTree, MakeStack,  MakeTail,   MakeCapture, MakeApps,   MakeShow,
     MakeSet,  MakeSink, MakeForget, MakeConfig, MakeSetup,   MakeEmit};
+
+// Kept: scripts say "trc find --count" without a number where it is --total today.
+std::vector<const char*> WithTotal(int argc, const char* const* argv) {
+  constexpr std::string_view kOld = "--count", kDigits = "0123456789";
+  std::vector<const char*> words(argv, argv + argc);
+  words.push_back(nullptr);
+  if (argc < 2 || std::string_view(argv[1]) != "find") return words;
+  for (int i = 2; i < argc && std::string_view(argv[i]) != "--"; ++i) {
+    if (argv[i] != kOld) continue;
+    const std::string_view next = i + 1 < argc ? argv[i + 1] : "";
+    if (!next.empty() && next.find_first_not_of(kDigits) == next.npos) continue;
+    words[static_cast<std::size_t>(i)] = "--total";
+    PrintError("--count without a number is --total now");
+  }
+  return words;
+}
 
 }  // namespace
 
@@ -47,8 +64,9 @@ const Command* CommandLine::Read(int argc, const char* const* argv) {
     PrintError(wrong);
     return nullptr;
   }
+  const std::vector<const char*> words = WithTotal(argc, argv);
   try {
-    m_app.parse(argc, argv);
+    m_app.parse(argc, words.data());
     return &Named();
   } catch (const CLI::ParseError& error) {
     m_status = Answer(error);

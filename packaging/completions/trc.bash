@@ -35,6 +35,13 @@ _trc() {
     esac
   done
   COMPREPLY=()
+  if [[ " dump find tree stack save export tail capture " == *" $command "* ]]; then
+    case $previous in
+      --severity) COMPREPLY=($(compgen -W 'info warn warn+ error other' -- "$current")); return ;;
+      --app | --component | --category | -m | --machine | --pid | --tid) _trc_names; return ;;
+      --since | --until) COMPREPLY=($(compgen -W '10m\ ago now' -- "$current")); return ;;
+    esac
+  fi
   case $command:$previous in
     dump:-f | dump:--format | find:-f | find:--format | tail:-f | tail:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
     export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
@@ -42,38 +49,38 @@ _trc() {
     import:--join) COMPREPLY=($(compgen -W 'indented all none' -- "$current")); return ;;
     import:--zone) COMPREPLY=($(compgen -W 'local UTC' -- "$current")); return ;;
     import:--regex | import:--map | import:--component | import:--application | import:--machine | import:--time-format) return ;;
-    export:-c | export:--columns) _trc_columns "$current"; return ;;
-    dump:-c | dump:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
+    dump:-c | dump:--columns | find:-c | find:--columns | export:-c | export:--columns | tail:-c | tail:--columns) _trc_columns "$current"; return ;;
     setup:-m | setup:--machine) return ;;
     setup:-p | setup:--preset) COMPREPLY=($(compgen -W 'off support developer max' -- "$current")); return ;;
     setup:-a | setup:--app) _trc_names; return ;;
     config\ *:-m | config\ *:--machine) return ;;
-    tree:-m | tree:--machine | tree:-d | tree:--depth) return ;;
+    tree:-d | tree:--depth) return ;;
     dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
+    *:--tail | *:--context) return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
-    stack:-[bn] | stack:--from | stack:--count) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
-    dump:-b | dump:--from | dump:-n | dump:--count) return ;;
-    tail:-n | tail:--count | tail:--for | capture:-n | capture:--count | capture:--for) return ;;
+    dump:-[bn] | find:-[bn] | tree:-[bn] | stack:-[bn] | save:-[bn] | export:-[bn] | tail:-n | capture:-n) return ;;
+    *:--from | *:--count | *:--for) return ;;
     capture:--max-* | sink:--max-* | sink:-s | sink:--server) return ;;
     emit:-[acrnts] | emit:--[acrt]* | emit:--seed | emit:--count) return ;;
   esac
   if [[ $current == -* ]]; then
     local options='--help'
+    local which='--utc --since --until --count --severity --app --component --category --machine --pid --tid --invert --check --uncheck --user'
     case $command in
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options='--help --format --columns --utc --from --count --check --uncheck --user' ;;
-      find) options='--help --regex --ignore-case --word --count --format --check --uncheck --user' ;;
-      tree) options='--help --machine --depth --export --check --uncheck --user' ;;
-      stack) options='--help --symbols --recorded --from --count --check --uncheck --user' ;;
-      save) options='--help --check --uncheck --user' ;;
-      export) options='--help --format --columns --hidden --utc --check --uncheck --user' ;;
+      dump) options="--help --format --columns --from --tail --context $which" ;;
+      find) options="--help --regex --perl-regex --ignore-case --word --total --format --columns --from --tail --context $which" ;;
+      tree) options="--help --depth --export --from --tail --context $which" ;;
+      stack) options="--help --symbols --recorded --from --tail $which" ;;
+      save) options="--help --from --tail --context $which" ;;
+      export) options="--help --format --columns --hidden --from --tail --context $which" ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
-      tail) options='--help --format --columns --utc --count --for --check --uncheck --user' ;;
-      capture) options='--help --out --count --for --max-size --max-files --check --uncheck --user' ;;
+      tail) options="--help --format --columns --for --context $which" ;;
+      capture) options="--help --out --for --max-size --max-files --context $which" ;;
       apps) options='--help --json --user' ;;
       show) options='--help --json' ;;
       forget) options='--help' ;;

@@ -57,3 +57,8 @@ std::vector<Column> DefaultColumns() {
   }
   return columns;
 }
+
+void RefuseColumnsOf(DumpFormat format, const TraceOptions& traces) {
+  if (format == DumpFormat::Jsonl && traces.columns)
+    throw CLI::ValidationError("--columns", "goes with the text format only");
+}

@@ -7,11 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "listview/cells/cell_text.h"
+#include "commands/dump.h"
 
 // "Time, Component, Trace".
 std::vector<Column> ReadColumns(const std::string& list);
 // Those that a list shows at first, and the time.
 std::vector<Column> DefaultColumns();
+// Those of a command that prints lines. Lines for programs have all values.
+void RefuseColumnsOf(DumpFormat format, const TraceOptions& traces);
 // For the help.
 std::string AllHeaders();

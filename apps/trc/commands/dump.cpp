@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/trace_file.h"
@@ -14,17 +12,14 @@ int RunDump(const DumpOptions& options) {
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
 
   ShownTraces traces(*document);
-  if (!traces.Filter(options.filter)) return kExitBad;
-  const std::size_t from = traces.FirstRowFrom(options.from);
-  const std::uint64_t count = std::min<std::uint64_t>(options.count, traces.All());
-  const DumpRange range{traces, from, from + static_cast<std::size_t>(count)};
-
+  if (!traces.Filter(options.traces)) return kExitBad;
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Output output;
   traces.OnLook([&](std::size_t place) {
     host.Progress().Show("Writing...", place, traces.All());
     return output.FlushWhenOld() && !Interrupted();
   });
+  const DumpRange range{traces, traces.Limit(options.traces)};
   if (options.format == DumpFormat::Jsonl) {
     DumpAsJsonl(range, output, host.Progress());
   } else {

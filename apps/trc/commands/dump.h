@@ -1,10 +1,7 @@
 // trc dump: the traces of a file, as lines for users or for programs.
 #pragma once
 
-#include <cstdint>
-#include <limits>
 #include <string>
-#include <vector>
 
 #include "filter/shown_traces.h"
 #include "listview/cells/cell_text.h"
@@ -16,19 +13,19 @@ enum class DumpFormat { Text, Jsonl };
 struct DumpOptions {
   std::string file;
   DumpFormat format = DumpFormat::Text;
-  std::vector<Column> columns;  // text only
-  bool utc = false;             // text only
-  std::uint64_t from = 0;       // index in the file of the first trace
-  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();
-  FilterPaths filter;
+  TraceOptions traces;  // columns go with the text only
 };
 
-// Rows [from, to) of the shown traces, as far as they exist.
+// The shown traces from a row on.
 struct DumpRange {
   ShownTraces& traces;
-  std::size_t from, to;
+  std::size_t from;
 
-  bool Has(std::size_t row) const { return row < to && traces.Has(row); }
+  bool Has(std::size_t row) const { return traces.Has(row); }
+  // Does a gap stand before it, where what stands beside the chosen ones is shown, too?
+  bool IsGapBefore(std::size_t row) const {
+    return traces.HasContext() && row > from && traces.PlaceOf(row) != traces.PlaceOf(row - 1) + 1;
+  }
   const NameMap& Names() const { return traces.Document().m_names; }
 };
 

@@ -4,7 +4,8 @@
 void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress) {
   TraceJson json(range.Names());
   for (std::size_t i = range.from; range.Has(i); ++i) {
-    json.Append(output.Buffer(), range.traces.PlaceOf(i), range.traces.At(i));
+    json.Append(output.Buffer(), range.traces.PlaceOf(i), range.traces.At(i),
+                range.traces.IsBeside(i));
     if (!output.EndLine()) return;
     if ((i - range.from) % kTracesPerLook == 0)
       progress.Show("Writing...", range.traces.PlaceOf(i), range.traces.All());

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "commands/columns_option.h"
 #include "commands/dump.h"
 #include "listview/columns/columns.h"
 #include "text/text_line.h"
@@ -81,14 +82,16 @@ class TextDump {
   TextDump(const DumpRange& range, const DumpOptions& options, Output& output,
            ProgressLine& progress)
       : m_range(range), m_progress(progress), m_line(output) {
-    m_columns.reserve(options.columns.size());
-    for (const Column column : options.columns) m_columns.emplace_back(column, range, options.utc);
+    const std::vector<Column> columns = options.traces.columns.value_or(DefaultColumns());
+    m_columns.reserve(columns.size());
+    for (const Column column : columns) m_columns.emplace_back(column, range, options.traces.utc);
   }
 
   void Run() {
     Measure();
     if (!WriteHeader()) return;
     for (std::size_t i = m_range.from; m_range.Has(i); ++i) {
+      if (m_range.IsGapBefore(i) && !m_line.Line(kGap)) return;
       for (std::size_t c = 0; c < m_columns.size(); ++c) {
         const Cell& cell = m_columns[c].At(i);
         Widen(c, cell);
@@ -111,7 +114,7 @@ class TextDump {
     for (const CellColumn& column : m_columns) m_widths.push_back(ScreenWidth(column.Header()));
     if (!m_range.Has(m_range.from)) return;
     const Clock::time_point until = Clock::now() + kMeasuringTime;
-    const std::size_t end = std::min(m_range.to, m_range.from + kMeasuredRows);
+    const std::size_t end = m_range.from + kMeasuredRows;
     for (std::size_t i = m_range.from; i < end && m_range.Has(i); ++i) {
       for (std::size_t c = 0; c < m_columns.size(); ++c)
         if (NeedsWidth(c)) Widen(c, m_columns[c].At(i));

@@ -17,16 +17,17 @@ namespace {
 std::vector<Column> ColumnsOf(const ExportOptions& options) {
   ColumnFlags shown = kDefaultActiveColumns;
   bool account = false;
-  if (options.columns) {
+  if (options.traces.columns) {
     shown = {};
-    for (const Column column : *options.columns) {
+    for (const Column column : *options.traces.columns) {
       if (column == Column::Account)
         account = true;
       else
         shown[static_cast<std::size_t>(column)] = 1;
     }
   }
-  const bool all = options.hidden || (options.format != ExportFormat::Csv && !options.columns);
+  const bool all =
+      options.hidden || (options.format != ExportFormat::Csv && !options.traces.columns);
   std::vector<Column> columns = ExportColumns(kDefaultColumnOrder, shown, all);
   if (account) columns.push_back(Column::Account);
   return columns;
@@ -46,7 +47,7 @@ class Exporter {
         if (!sink.FlushWhenOld()) return false;
       return LookAt(place);
     });
-    for (std::size_t row = 0; goesOn && m_traces.Has(row); ++row) {
+    for (std::size_t row = m_traces.Limit(m_options.traces); goesOn && m_traces.Has(row); ++row) {
       WriteRow(sink.Buffer(), row);
       goesOn = sink.EndLine() && Look(row);
     }
@@ -70,7 +71,7 @@ class Exporter {
                        : m_options.format == ExportFormat::Jsonl ? WriteJsonLine
                                                                  : WriteRfc4180Line;
     write(out, m_columns, m_traces.At(row), row == 0 ? nullptr : &m_traces.At(row - 1),
-          m_traces.Document().m_names, m_options.utc);
+          m_traces.Document().m_names, m_options.traces.utc);
   }
 
   // Called between two rows if they are far apart.
@@ -107,7 +108,7 @@ int RunExport(const ExportOptions& options) {
   const auto document = OpenTraceFile(host, options.file);
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
   ShownTraces traces(*document);
-  if (!traces.Filter(options.filter)) return kExitBad;
+  if (!traces.Filter(options.traces)) return kExitBad;
   const bool toOutput = options.out == "-";
   if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Exporter exporter(traces, options, host.Progress());

@@ -2,24 +2,19 @@
 // other programs.
 #pragma once
 
-#include <optional>
 #include <string>
-#include <vector>
 
-#include "filter/filter_paths.h"
-#include "listview/cells/cell_text.h"
+#include "filter/trace_options.h"
 
 enum class ExportFormat { Csv, CsvRfc4180, Jsonl };
 
 struct ExportOptions {
   std::string file, out;  // out "-": standard output
   ExportFormat format = ExportFormat::Csv;
-  // The shown columns, in the list's default order. Unset: those that a list shows at first, or all
-  // of them in the clean formats.
-  std::optional<std::vector<Column>> columns;
   bool hidden = false;  // all columns
-  bool utc = false;
-  FilterPaths filter;
+  // Its columns stand in the list's default order. Unset: those that a list shows at first, or all
+  // of them in the clean formats.
+  TraceOptions traces;
 };
 
 int RunExport(const ExportOptions& options);

@@ -8,8 +8,10 @@ struct FindOptions {
   bool expression = false;
   bool ignoreCase = false;
   bool wordSearch = false;
-  bool countOnly = false;
-  DumpOptions output;  // file, format and filter
+  bool perl = false;    // PCRE2
+  bool invert = false;  // those that do not match
+  bool totalOnly = false;
+  DumpOptions output;
 };
 
 // kExitGood: at least one matches; kExitNo: none does.

@@ -11,8 +11,8 @@
 namespace {
 
 // False when a write failed. An interrupt ends it early; `saved` counts the traces.
-bool WriteTraces(ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
-                 ProgressLine& progress) {
+bool WriteTraces(ShownTraces& traces, const SaveOptions& options, TrcWriter& writer,
+                 std::size_t& saved, ProgressLine& progress) {
   NameMap& names = traces.Document().m_names;
   ClearWrittenMarks(names);
   bool good = writer.WriteHeader();
@@ -22,9 +22,9 @@ bool WriteTraces(ShownTraces& traces, TrcWriter& writer, std::size_t& saved,
     return !Interrupted();
   };
   traces.OnLook(look);
-  while (good && traces.Has(saved)) {
-    good = writer.Write(traces.At(saved), names);
-    if (++saved % kTracesPerLook == 0 && !look(traces.PlaceOf(saved - 1))) break;
+  for (std::size_t row = traces.Limit(options.traces); good && traces.Has(row); ++row) {
+    good = writer.Write(traces.At(row), names);
+    if (++saved % kTracesPerLook == 0 && !look(traces.PlaceOf(row))) break;
   }
   traces.OnLook({});
   progress.Clear();
@@ -45,7 +45,7 @@ int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& 
   if (!file.Begin(path, &why) || !writer.Create(file.WriteTo(), &why))
     return failed("Error creating file.", why);
   std::size_t saved = 0;
-  const bool good = WriteTraces(traces, writer, saved, progress);
+  const bool good = WriteTraces(traces, options, writer, saved, progress);
   // The last bytes leave the buffer only at the end, and a full disk may show only then.
   if (!writer.Finish() || !good) return failed("Error writing to file.", writer.Why());
   if (Interrupted()) {
@@ -63,6 +63,6 @@ int RunSave(const SaveOptions& options) {
   const auto document = OpenTraceFile(host, options.in);
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
   ShownTraces traces(*document);
-  if (!traces.Filter(options.filter)) return kExitBad;
+  if (!traces.Filter(options.traces)) return kExitBad;
   return StatusWithDamage(*document, Save(traces, *document, options, host.Progress()));
 }

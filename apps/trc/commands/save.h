@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "filter/filter_paths.h"
+#include "filter/trace_options.h"
 
 struct SaveOptions {
   std::string in, out;
-  FilterPaths filter;
+  TraceOptions traces;
 };
 
 int RunSave(const SaveOptions& options);

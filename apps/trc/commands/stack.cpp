@@ -67,7 +67,7 @@ int WriteStacksOfFile(const StackOptions& options, StackWriter& writer, Output& 
   const auto document = OpenTraceFile(host, options.file);
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
   ShownTraces traces(*document);
-  if (!traces.Filter(options.filter)) return kExitBad;
+  if (!traces.Filter(options.traces)) return kExitBad;
   traces.Keep([](const TraceEvent_i& trace) { return !trace.GetStack().empty(); });
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   traces.OnLook([&](std::size_t place) {
@@ -75,8 +75,8 @@ int WriteStacksOfFile(const StackOptions& options, StackWriter& writer, Output& 
     return output.FlushWhenOld() && !Interrupted();
   });
   std::uint64_t written = 0;
-  for (std::size_t row = traces.FirstRowFrom(options.from);
-       written < options.count && traces.Has(row) && !Interrupted(); ++row, ++written) {
+  for (std::size_t row = traces.Limit(options.traces); traces.Has(row) && !Interrupted();
+       ++row, ++written) {
     output.Buffer().append(std::to_string(traces.PlaceOf(row))).append(": ");
     output.Buffer().append(VisibleText(traces.At(row).GetText()));
     if (!output.EndLine() || !writer.Write(traces.At(row).GetStack(), kIndent)) break;

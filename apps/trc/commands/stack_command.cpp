@@ -1,7 +1,7 @@
 // What trc stack takes from the command line.
 #include "commands/commands.h"
+#include "commands/shared_options.h"
 #include "commands/stack.h"
-#include "filter/filter_options.h"
 
 namespace {
 
@@ -22,9 +22,8 @@ class StackCommand final : public Command {
         ->type_name("DIR");
     App().add_flag("-r,--recorded", m_stack.recorded,
                    "Frames as they were recorded; reads no file");
-    AddNumber("-b,--from", m_stack.from, "Index in the file of the first trace [default: 0]");
-    AddNumber("-n,--count", m_stack.count, "At most so many stacks");
-    AddFilterOptions(&App(), m_stack.filter);
+    m_shared.Add({.columns = "stacks have no columns",
+                  .context = "what stands beside a trace with a stack may have none"});
     App().footer(
         "A traced program records where its frames are. The names come from the files of\n"
         "its modules, here: only files with the recorded build id count. They are looked\n"
@@ -39,10 +38,12 @@ class StackCommand final : public Command {
         "  trc stack web.trc --uncheck \"All Severities/Info\"\n"
         "  trc dump web.trc --count 1 --format jsonl | jq -r .stack | trc stack -");
   }
+  void Complete() override { m_shared.Complete(); }
   int Run() const override { return RunStack(m_stack); }
 
  private:
   StackOptions m_stack;
+  SharedOptions m_shared{App(), m_stack.traces};
 };
 
 }  // namespace

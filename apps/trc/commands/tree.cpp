@@ -1,40 +1,28 @@
 #include "commands/tree.h"
 
 #include "commands/new_text_file.h"
+#include "filter/shown_traces.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
 #include "terminal/trace_file.h"
 #include "text/visible_text.h"
-#include "tree/proc/model/proc_build.h"
+#include "tree/proc/model/proc_model.h"
 
 namespace {
 
 constexpr unsigned kLinesPerLook = 4096;
 
-std::vector<const CTraceEvent*> MachinesOf(const ProcModel& model, const TreeOptions& options) {
-  std::vector<const CTraceEvent*> machines;
-  const ChildList& all = model.Root().children;
-  for (std::size_t i = 0; i < all.size(); ++i)
-    if (options.machine.empty() || model.NodeLabel(*all[i]) == options.machine)
-      machines.push_back(all[i]);
-  return machines;
-}
-
 int Print(const ProcModel& model, const TreeOptions& options) {
-  const std::vector<const CTraceEvent*> machines = MachinesOf(model, options);
-  if (machines.empty() && !options.machine.empty()) {
-    PrintError("there are no traces of a machine \"" + options.machine + "\" in " + options.file);
-    return kExitBad;
-  }
   Output output;
   bool goesOn = true;
   const auto print = [&](int depth, bool closed, const std::string& text) {
     AppendTreeLine(output.Buffer(), depth, closed, VisibleText(text));
     return goesOn = output.EndLine();
   };
-  for (const CTraceEvent* machine : machines)
-    if (goesOn) VisitNodes(model, *machine, options.depth, print);
+  const ChildList& machines = model.Root().children;
+  for (std::size_t i = 0; goesOn && i < machines.size(); ++i)
+    VisitNodes(model, *machines[i], options.depth, print);
   return output.Finish();
 }
 
@@ -60,11 +48,24 @@ int Export(const ProcModel& model, const CTraceFileDoc& document, const TreeOpti
 }
 
 // False after an interrupt.
-bool Build(const CTraceDoc& document, ProcModel& model, ProgressLine& progress) {
-  constexpr std::uint64_t kWhole = 1000;
-  ProcBuild build(document, model);
-  while (!Interrupted() && !build.DoPart())
-    progress.Show("Building the tree...", static_cast<std::uint64_t>(*build.Progress()), kWhole);
+bool Build(ShownTraces& traces, const TreeOptions& options, ProcModel& model,
+           ProgressLine& progress) {
+  constexpr const char* kCaption = "Building the tree...";
+  traces.OnLook([&](std::size_t place) {
+    progress.Show(kCaption, place, traces.All());
+    return !Interrupted();
+  });
+  {
+    const ProcModel::Batch batch(model);
+    for (std::size_t row = traces.Limit(options.traces); traces.Has(row); ++row) {
+      model.AddTrace(&traces.At(row), false);
+      if (row % kTracesPerLook != 0) continue;
+      progress.Show(kCaption, traces.PlaceOf(row), traces.All());
+      if (Interrupted()) break;
+    }
+    for (std::size_t part = 0; !Interrupted() && model.UpdateDurations(part); ++part) {
+    }
+  }
   progress.Clear();
   return !Interrupted();
 }
@@ -75,14 +76,11 @@ int RunTree(const TreeOptions& options) {
   TerminalHost host;
   const auto document = OpenTraceFile(host, options.file);
   if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
-  CTraceFilter filter;
-  std::string why;
-  if (!options.filter.Apply(*document, filter, &why)) {
-    PrintError(why);
-    return kExitBad;
-  }
-  ProcModel model(*document, filter);
-  if (!Build(*document, model, host.Progress())) return kExitInterrupted;
+  ShownTraces traces(*document);
+  if (!traces.Filter(options.traces)) return kExitBad;
+  CTraceFilter all;
+  ProcModel model(*document, all);
+  if (!Build(traces, options, model, host.Progress())) return kExitInterrupted;
   if (!options.out.empty()) return Export(model, *document, options, host.Progress());
   const int status = Print(model, options);
   return StatusOfAnswer(*document, options.file,

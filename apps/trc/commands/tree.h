@@ -3,15 +3,14 @@
 
 #include <string>
 
-#include "filter/filter_paths.h"
+#include "filter/trace_options.h"
 #include "tree/proc/model/tree_text.h"
 
 struct TreeOptions {
   std::string file;
   std::string out;         // not empty: writes the first machine like the desktop's export
-  std::string machine;     // empty: all
   int depth = kAllLevels;  // how many levels are open
-  FilterPaths filter;
+  TraceOptions traces;
 };
 
 int RunTree(const TreeOptions& options);

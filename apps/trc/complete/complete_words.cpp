@@ -1,7 +1,9 @@
 #include "complete/complete_words.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <utility>
 
 #include "quor/settings/settings_words.h"
 #include "text/visible_text.h"
@@ -14,10 +16,23 @@ constexpr std::size_t kAnswersMax = 2000;
 
 // Options with a value behind them, of the commands below. None of them is a flag in another one.
 const std::set<std::string_view> kWithValue = {
-    "-s",      "--server",  "-o",        "--file",   "--out", "--max-files", "--max-size",
-    "-m",      "-f",        "--format",  "-c",       "-n",    "--count",     "--for",
-    "--check", "--uncheck", "-p",        "--preset", "-a",    "--app",       "-b",
-    "--from",  "--columns", "--machine", "--user"};
+    "-s",      "--server",   "-o",          "--file",     "--out",  "--max-files", "--max-size",
+    "-m",      "-f",         "--format",    "-c",         "-n",     "--count",     "--for",
+    "--check", "--uncheck",  "-p",          "--preset",   "-a",     "--app",       "-b",
+    "--from",  "--columns",  "--machine",   "--user",     "--tail", "--context",   "--since",
+    "--until", "--severity", "--component", "--category", "--pid",  "--tid"};
+
+// Options whose value is a name, of the commands that give traces.
+constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {
+    {"--app", ChoiceField::App},
+    {"--component", ChoiceField::Component},
+    {"--category", ChoiceField::Category},
+    {"--machine", ChoiceField::Machine},
+    {"-m", ChoiceField::Machine},
+    {"--pid", ChoiceField::Pid},
+    {"--tid", ChoiceField::Tid}};
+const std::set<std::string_view> kOfTraces = {"dump", "find",   "tree", "stack",
+                                              "save", "export", "tail", "capture"};
 
 bool TakesValue(std::string_view command, std::string_view option) {
   // In these two they are flags: --all and --persist.
@@ -55,7 +70,10 @@ class Completion {
     return m_words.size() > 1 ? m_words[m_words.size() - 2] : std::string();
   }
   Words Choices();
+  bool IsLive() const { return m_words[0] == "tail" || m_words[0] == "capture"; }
+  std::string LiveMachine() const { return m_given.empty() ? std::string() : m_given.front(); }
   Words Paths(std::string_view prefix, const std::string& option);
+  std::optional<Words> NamesOfOption(const std::string& before);
   Words OfSet();
   Words OfRule(std::size_t equals);
   bool IsHere(const std::string& app) {
@@ -75,12 +93,26 @@ class Completion {
 };
 
 Words Completion::Paths(std::string_view prefix, const std::string& option) {
-  const std::string& command = m_words[0];
-  Words paths = command == "tail" || command == "capture"
-                    ? m_names.LivePaths(m_given.empty() ? "" : m_given.front(), prefix)
-                    : m_names.FilePaths(m_given, prefix);
+  Words paths =
+      IsLive() ? m_names.LivePaths(LiveMachine(), prefix) : m_names.FilePaths(m_given, prefix);
   for (std::string& path : paths) path.insert(0, option);
   return paths;
+}
+
+// Behind "--component", and in "--component=Sq".
+std::optional<Words> Completion::NamesOfOption(const std::string& before) {
+  if (!kOfTraces.contains(m_words[0])) return std::nullopt;
+  for (const auto& [option, field] : kNameOptions) {
+    const std::string with = std::string(option) + "=";
+    const bool joined = m_current.starts_with(with);
+    if (before != option && !joined) continue;
+    Words names =
+        IsLive() ? m_names.LiveNames(LiveMachine(), field) : m_names.FileNames(m_given, field);
+    if (joined)
+      for (std::string& name : names) name.insert(0, with);
+    return names;
+  }
+  return std::nullopt;
 }
 
 // "Net=ma": what is behind the last "=" or "+" is a setting.
@@ -122,6 +154,7 @@ Words Completion::Choices() {
     if (m_current.starts_with(with))
       return Paths(std::string_view(m_current).substr(with.size()), with);
   }
+  if (auto names = NamesOfOption(before)) return *std::move(names);
   const std::string& command = m_words[0];
   if (command == "setup")
     return before == "-a" || before == "--app" ? m_names.Apps(Machine()) : Words();

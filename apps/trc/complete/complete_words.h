@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "filter/trace_choice.h"
+
 class CompletionNames {
  public:
   virtual ~CompletionNames() = default;
@@ -15,12 +17,16 @@ class CompletionNames {
   virtual std::vector<std::string> Apps(const std::string& machine) = 0;
   // "Net", "Net/Close".
   virtual std::vector<std::string> Traces(const std::string& machine, const std::string& app) = 0;
-  // Of the filter of the first of these words that is a trace file, and of live traces. The nodes
-  // of one level: those that begin with `prefix` and have no "/" of a path behind it.
+  // Of the filter of those of these words that are trace files, and of live traces. The nodes of
+  // one level: those that begin with `prefix` and have no "/" of a path behind it.
   virtual std::vector<std::string> FilePaths(const std::vector<std::string>& words,
                                              std::string_view prefix) = 0;
   virtual std::vector<std::string> LivePaths(const std::string& machine,
                                              std::string_view prefix) = 0;
+  // Of the traces of those words that are trace files, and of what may come live.
+  virtual std::vector<std::string> FileNames(const std::vector<std::string>& words,
+                                             ChoiceField field) = 0;
+  virtual std::vector<std::string> LiveNames(const std::string& machine, ChoiceField field) = 0;
 };
 
 // `words` stand behind "trc"; the last one, which may be empty, is completed. All answers begin

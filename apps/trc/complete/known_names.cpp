@@ -22,25 +22,39 @@ std::string WithHome(const std::string& path) {
   return path.starts_with("~/") && home ? home + path.substr(1) : path;
 }
 
-std::shared_ptr<const MappedFile> FirstTraceFile(const Names& words) {
+std::vector<std::shared_ptr<const MappedFile>> TraceFiles(const Names& words) {
+  std::vector<std::shared_ptr<const MappedFile>> files;
   for (const std::string& word : words) {
     const std::string path = WithHome(word);
     struct stat status {};
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
     auto file = MappedFile::Open(path);
-    if (file && VersionOf(file->View()) == TrcVersion::Current) return file;
+    if (file && VersionOf(file->View()) == TrcVersion::Current) files.push_back(std::move(file));
   }
-  return nullptr;
+  return files;
 }
 
 struct NameSink {
   CTraceDoc& to;
+  const std::uint64_t bytesMax;
 
   void OnName(NameId id, std::string_view utf8) { to.m_names[id].name = utf8; }
   void OnTrace(const std::uint8_t* record) { to.m_indexes.Note(RawTrace(record)); }
   void OnUnknownTag(std::uint64_t) {}
-  bool OnProgress(std::uint64_t position) { return position < KnownNames::kFileBytesMax; }
+  bool OnProgress(std::uint64_t position) { return position < bytesMax; }
 };
+
+// Calls `visit` with a document of each trace file, which has its names and ids.
+template <class Visit>
+void VisitFiles(const Names& words, const Visit& visit) {
+  const auto files = TraceFiles(words);
+  for (const auto& file : files) {
+    TerminalHost host;
+    CTraceDoc document(host);
+    WalkTrc(file->View(), NameSink{document, KnownNames::kFileBytesMax / files.size()});
+    visit(host, document);
+  }
+}
 
 // "Threads/web/" leads to the children of "web", "Threads/we" to "Threads/web".
 void AddLevel(const FilterNode& node, const std::string& path, std::string_view prefix,
@@ -88,14 +102,42 @@ std::vector<std::string> KnownNames::Traces(const std::string& machine, const st
 
 std::vector<std::string> KnownNames::FilePaths(const std::vector<std::string>& words,
                                                std::string_view prefix) {
-  const auto file = FirstTraceFile(words);
-  if (!file) return {};
-  TerminalHost host;
-  CTraceDoc document(host);
-  WalkTrc(file->View(), NameSink{document});
-  CTraceFilter filter;
-  filter.MergeDocumentNames(document);
-  return LevelOf(host, filter, document.m_names, prefix);
+  Names paths;
+  VisitFiles(words, [&](Host& host, CTraceDoc& document) {
+    CTraceFilter filter;
+    filter.MergeDocumentNames(document);
+    for (std::string& path : LevelOf(host, filter, document.m_names, prefix))
+      paths.push_back(std::move(path));
+  });
+  return paths;
+}
+
+std::vector<std::string> KnownNames::FileNames(const std::vector<std::string>& words,
+                                               ChoiceField field) {
+  Names names;
+  VisitFiles(words, [&](Host&, CTraceDoc& document) {
+    for (const NameId id : IdsOf(field, document.m_indexes).Ids())
+      names.push_back(NameOf(document.m_names, id));
+  });
+  return names;
+}
+
+std::vector<std::string> KnownNames::LiveNames(const std::string& machine, ChoiceField field) {
+  Names apps = Apps(machine);
+  if (field == ChoiceField::App) return apps;
+  Names names;
+  if (field != ChoiceField::Component && field != ChoiceField::Category) return names;
+  apps.resize(std::min(apps.size(), kAppsMax));
+  for (const std::string& app : apps) {
+    const QuorPtr<trace_App_i> look = trace_App_i::Look(machine, app);
+    if (!look) continue;
+    for (const trace_Component_t& component : look->GetTraceMap()) {
+      if (field == ChoiceField::Component) names.push_back(component.name);
+      for (const trace_Category_t& category : component.categories)
+        if (field == ChoiceField::Category) names.push_back(category.name);
+    }
+  }
+  return names;
 }
 
 // Of threads nothing is known before their traces come.

@@ -8,7 +8,7 @@
 
 class KnownNames final : public CompletionNames {
  public:
-  // So much of a file is read.
+  // So much of all files together is read.
   static constexpr std::size_t kFileBytesMax = 16u << 20;
   static constexpr std::size_t kAppsMax = 64;
 
@@ -17,4 +17,7 @@ class KnownNames final : public CompletionNames {
   std::vector<std::string> FilePaths(const std::vector<std::string>& words,
                                      std::string_view prefix) override;
   std::vector<std::string> LivePaths(const std::string& machine, std::string_view prefix) override;
+  std::vector<std::string> FileNames(const std::vector<std::string>& words,
+                                     ChoiceField field) override;
+  std::vector<std::string> LiveNames(const std::string& machine, ChoiceField field) override;
 };

@@ -4,15 +4,20 @@
 
 #include "terminal/output.h"
 
-bool ShownTraces::Filter(const FilterPaths& paths) {
-  if (paths.Empty()) return true;
-  if (std::string why; !paths.Apply(m_document, m_filter, &why)) {
+bool ShownTraces::Filter(const TraceOptions& options) {
+  const auto fail = [](const std::string& why) {
     PrintError(why);
     return false;
+  };
+  if (std::string why; !options.filter.Empty()) {
+    if (!options.filter.Apply(m_document, m_filter, &why)) return fail(why);
+    if (!m_filter.allTraces) m_pass = std::make_unique<FilterPass>(m_filter);
   }
-  if (m_filter.allTraces) return true;
-  m_all = false;
-  m_pass = std::make_unique<FilterPass>(m_filter);
+  if (const std::string why = MissingName(options.choice, m_document.m_indexes, m_document.m_names);
+      !why.empty())
+    return fail(why);
+  if (!options.choice.Empty()) m_choice.emplace(options.choice, m_document.m_names);
+  m_all = !m_pass && !m_choice && !m_test;
   return true;
 }
 
@@ -21,34 +26,74 @@ void ShownTraces::Keep(Test test) {
   m_test = std::move(test);
 }
 
+std::size_t ShownTraces::Limit(const TraceOptions& options) {
+  m_count = options.count;
+  m_context = options.context;
+  std::uint64_t from = options.from;
+  if (options.tail != TraceOptions::kAll) from = PlaceOfTail(from, options.tail);
+  const std::size_t first = FirstRowFrom(from);
+  if (m_all && m_count < All() - first) m_end = first + static_cast<std::size_t>(m_count);
+  return first;
+}
+
+// Where the last ones begin.
+std::size_t ShownTraces::PlaceOfTail(std::uint64_t from, std::uint64_t tail) {
+  const auto least = static_cast<std::size_t>(std::min<std::uint64_t>(from, All()));
+  if (m_all)
+    return std::max(least, All() - static_cast<std::size_t>(std::min<std::uint64_t>(tail, All())));
+  std::size_t first = All();
+  for (std::size_t place = All(); place-- > least && tail > 0;) {
+    if (place % kTracesPerSearchLook == 0 && m_look && !m_look(place)) break;
+    if (!PassesAt(place)) continue;
+    first = place;
+    --tail;
+  }
+  return first;
+}
+
 bool ShownTraces::SearchOn() {
-  if (m_next >= All()) return false;
+  if (m_next >= All() || IsFull()) return false;
   const std::size_t behindLook = m_next % kTracesPerSearchLook;
   if (behindLook == 0 && m_look && !m_look(m_next)) return false;
   const std::size_t end = std::min(m_next - behindLook + kTracesPerSearchLook, All());
   const std::size_t rows = m_places.size();
   // Only up to the next row, because the caller waits.
-  while (m_next < end && m_places.size() == rows) {
-    if (Passes(*m_document.m_traces[m_next]))
-      m_places.push_back(static_cast<std::uint32_t>(m_next));
-    ++m_next;
-  }
+  while (m_next < end && m_places.size() == rows && !IsFull()) Step(m_next++);
   return true;
 }
 
+void ShownTraces::Step(std::size_t place) {
+  if (m_chosen >= m_count || !PassesAt(place)) {
+    if (place < m_besideEnd) Add(place, true);
+    return;
+  }
+  std::size_t before = m_places.empty() ? 0 : m_places.back() + std::size_t{1};
+  if (place > m_context) before = std::max<std::size_t>(before, place - m_context);
+  if (m_context > 0)
+    for (; before < place; ++before) Add(before, true);
+  Add(place, false);
+  ++m_chosen;
+  m_besideEnd = place + 1 + static_cast<std::size_t>(m_context);
+}
+
+void ShownTraces::Add(std::size_t place, bool beside) {
+  m_places.push_back(static_cast<std::uint32_t>(place));
+  if (m_context > 0) m_beside.push_back(beside);
+}
+
 std::size_t ShownTraces::Count() {
-  if (m_all) return All();
+  if (m_all) return m_end;
   while (SearchOn()) {
   }
-  return m_places.size();
+  return static_cast<std::size_t>(m_chosen);
 }
 
 std::size_t ShownTraces::FirstRowFrom(std::uint64_t place) {
   const auto from = static_cast<std::size_t>(std::min<std::uint64_t>(place, All()));
   if (m_all) return from;
   m_next = from;
+  if (m_context > 0) return 0;  // what stands beside comes first
   for (std::size_t before = from; before-- > 0 && m_places.empty();)
-    if (Passes(*m_document.m_traces[before]))
-      m_places.push_back(static_cast<std::uint32_t>(before));
+    if (PassesAt(before)) Add(before, false);
   return m_places.size();
 }

@@ -16,10 +16,10 @@ int RunCapture(const CaptureOptions& options) {
   if (good) {
     source.Run(
         options.limits,
-        [&](TraceEvent_i* trace) {
-          good = file.Write(*trace, source.Names(), &why);
-          if (trace->GetSequenceNumber() != kNoSequenceNumber) ++given;
-          trace->Release();
+        [&](const TakenTrace& taken) {
+          good = file.Write(*taken.trace, source.Names(), &why);
+          if (taken.trace->GetSequenceNumber() != kNoSequenceNumber) ++given;
+          taken.trace->Release();
           return good;
         },
         [&] {

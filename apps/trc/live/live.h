@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,18 +11,15 @@
 #include "commands/dump.h"
 #include "quor/settings/settings_text.h"
 
-// Which traces are taken, and when to stop, apart from SIGINT.
+// Which traces are taken, and when to stop, apart from SIGINT. --until stops, too.
 struct LiveLimits {
-  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // traces taken
+  TraceOptions traces;
   std::optional<std::uint64_t> seconds;
-  FilterPaths filter;
 };
 
 struct TailOptions {
   std::string machine;
   DumpFormat format = DumpFormat::Text;
-  std::vector<Column> columns;
-  bool utc = false;
   LiveLimits limits;
 };
 int RunTail(const TailOptions& options);

@@ -3,7 +3,8 @@
 
 #include "commands/columns_option.h"
 #include "commands/commands.h"
-#include "filter/filter_options.h"
+#include "commands/shared_options.h"
+#include "filter/account.h"
 #include "live/app_words.h"
 #include "live/live.h"
 #include "terminal/terminal_host.h"
@@ -33,16 +34,23 @@ class ListeningCommand : public Command {
  protected:
   using Command::Command;
 
-  void AddLimits(LiveLimits& limits) {
-    AddNumber("-n,--count", limits.count, "End after so many traces");
+  void AddLimits(LiveLimits& limits, const char* noColumns) {
+    m_shared.emplace(App(), limits.traces);
+    m_shared->Add({.columns = noColumns, .from = kNoPlaces, .tail = kNoLastOnes});
     App()
         .add_option_function<std::string>(
             "--for",
             [&limits](const std::string& text) { limits.seconds = ReadNumber("--for", text); },
             "End after so many seconds")
         ->type_name("SECONDS");
-    AddFilterOptions(&App(), limits.filter);
   }
+  void CompleteLimits(const LiveLimits& limits) {
+    m_shared->Complete();
+    RefuseHopeless(limits.traces.filter);
+  }
+
+ private:
+  std::optional<SharedOptions> m_shared;
 };
 
 class TailCommand final : public ListeningCommand {
@@ -56,29 +64,22 @@ class TailCommand final : public ListeningCommand {
         "Examples:\n"
         "  trc tail\n"
         "  trc tail --columns Time,Component,Trace --count 100\n"
+        "  trc tail --severity error --context 5\n"
         "  trc tail orders1:7447 --format jsonl --for 60 | jq .text");
     App().add_option("MACHINE", m_tail.machine, "name or name:port")->type_name("");
     AddLineFormat(m_format);
-    m_columnsOption =
-        App().add_option("-c,--columns", m_columns, "Columns of the text format, as for dump");
-    m_columnsOption->type_name("LIST");
-    App().add_flag("-u,--utc", m_tail.utc, "Times of the text format in UTC, not local time");
-    AddLimits(m_tail.limits);
+    AddLimits(m_tail.limits, nullptr);
   }
   void Complete() override {
-    RefuseHopeless(m_tail.limits.filter);
-    const bool text = m_format == "text";
-    if (!text && m_columnsOption->count() != 0)
-      throw CLI::ValidationError("--columns", "goes with the text format only");
-    m_tail.format = text ? DumpFormat::Text : DumpFormat::Jsonl;
-    m_tail.columns = m_columnsOption->count() != 0 ? ReadColumns(m_columns) : DefaultColumns();
+    CompleteLimits(m_tail.limits);
+    m_tail.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
+    RefuseColumnsOf(m_tail.format, m_tail.limits.traces);
   }
   int Run() const override { return RunTail(m_tail); }
 
  private:
   TailOptions m_tail;
-  CLI::Option* m_columnsOption = nullptr;
-  std::string m_format = "text", m_columns;
+  std::string m_format = "text";
 };
 
 class CaptureCommand final : public ListeningCommand {
@@ -97,12 +98,12 @@ class CaptureCommand final : public ListeningCommand {
         .add_option("-o,--out", m_capture.out, "The file; an existing one is replaced")
         ->required()
         ->type_name("FILE");
-    AddLimits(m_capture.limits);
+    AddLimits(m_capture.limits, kWholeTraces);
     AddNumber("--max-size", m_capture.maxMegabytes,
               "A full file is numbered NAME.1.trc and a new one begun", "MB");
     AddNumber("--max-files", m_capture.maxFiles, "Keep so many full files [default: all]");
   }
-  void Complete() override { RefuseHopeless(m_capture.limits.filter); }
+  void Complete() override { CompleteLimits(m_capture.limits); }
   int Run() const override { return RunCapture(m_capture); }
 
  private:

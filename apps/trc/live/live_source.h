@@ -4,11 +4,11 @@
 // Threads  One.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <string>
 
 #include "live/live.h"
+#include "live/live_choice.h"
 #include "quor/client/trace_thread.h"
 
 class LiveSource {
@@ -21,12 +21,10 @@ class LiveSource {
   // False when the machine cannot be reached, or knows no accounts though one is wanted, after a
   // message on standard error.
   bool Connect(const std::string& machine, const LiveLimits& limits);
-  // Passes each trace that passes the filter to `take`, which owns it and returns false to end.
-  // Calls `pause` when no trace waits; it returns false to end. Reports paths of the filter whose
-  // names never came on standard error. Also ends at the limits and at SIGINT, after passing on the
-  // traces that have arrived.
-  void Run(const LiveLimits& limits, const std::function<bool(TraceEvent_i*)>& take,
-           const std::function<bool()>& pause);
+  // Passes each chosen trace to `take`. Calls `pause` when no trace waits; it returns false to end.
+  // Reports what was asked for and never came on standard error. Also ends at the limits and at
+  // SIGINT, after passing on the traces that have arrived.
+  void Run(const LiveLimits& limits, const TraceTaker& take, const std::function<bool()>& pause);
   NameMap& Names() { return m_names; }
   bool IsUp() const { return m_connection->IsUp(); }
   TraceThread_i::Counts Counts() const { return m_connection->GetCounts(); }

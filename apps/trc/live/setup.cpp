@@ -247,7 +247,6 @@ int Setup::Monitor(int status) const {
   if (!m_options.monitor || m_options.dryRun || m_machines.empty() || Interrupted()) return status;
   TailOptions tail;
   tail.machine = _trc_GetHostName();
-  tail.columns = DefaultColumns();
   return std::max(status, RunTail(tail));
 }
 

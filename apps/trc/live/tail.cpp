@@ -1,6 +1,7 @@
 // trc tail: live traces, one a line.
 #include <algorithm>
 
+#include "commands/columns_option.h"
 #include "listview/columns/columns.h"
 #include "live/live_source.h"
 #include "live/silence.h"
@@ -15,14 +16,14 @@ namespace {
 class Lines {
  public:
   virtual ~Lines() = default;
-  virtual bool Add(const TraceEvent_i& trace, const TraceEvent_i* previous) = 0;
+  virtual bool Add(const TakenTrace& taken, const TraceEvent_i* previous) = 0;
 };
 
 class JsonLines final : public Lines {
  public:
   JsonLines(const NameMap& names, Output& output) : m_json(names), m_output(output) {}
-  bool Add(const TraceEvent_i& trace, const TraceEvent_i*) override {
-    m_json.Append(m_output.Buffer(), m_index++, trace);
+  bool Add(const TakenTrace& taken, const TraceEvent_i*) override {
+    m_json.Append(m_output.Buffer(), m_index++, *taken.trace, taken.beside);
     return m_output.EndLine();
   }
 
@@ -35,17 +36,19 @@ class JsonLines final : public Lines {
 // Columns are as wide as the widest cell so far, because later cells are unknown.
 class TextLines final : public Lines {
  public:
-  TextLines(const NameMap& names, const TailOptions& options, Output& output)
-      : m_names(names), m_options(options), m_line(output) {
-    for (const Column column : options.columns) {
-      m_widths.push_back(ScreenWidth(InfoOf(column).header));
-    }
+  TextLines(const NameMap& names, const TraceOptions& options, Output& output)
+      : m_names(names),
+        m_columns(options.columns.value_or(DefaultColumns())),
+        m_utc(options.utc),
+        m_line(output) {
+    for (const Column column : m_columns) m_widths.push_back(ScreenWidth(InfoOf(column).header));
   }
-  bool Add(const TraceEvent_i& trace, const TraceEvent_i* previous) override {
+  bool Add(const TakenTrace& taken, const TraceEvent_i* previous) override {
+    const TraceEvent_i& trace = *taken.trace;
     if (!m_headed && !WriteHeader(trace)) return false;
-    for (std::size_t i = 0; i < m_options.columns.size(); ++i) {
-      const std::string text =
-          VisibleCell(m_options.columns[i], trace, previous, m_names, m_options.utc);
+    if (taken.behindGap && !m_line.Line(kGap)) return false;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+      const std::string text = VisibleCell(m_columns[i], trace, previous, m_names, m_utc);
       const std::size_t width = ScreenWidth(text);
       m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
       m_line.Add(text, width, m_widths[i], AlignsRight(i));
@@ -57,22 +60,20 @@ class TextLines final : public Lines {
   // Called with the first trace, whose cells determine the first widths.
   bool WriteHeader(const TraceEvent_i& first) {
     m_headed = true;
-    for (std::size_t i = 0; i < m_options.columns.size(); ++i) {
-      const Column column = m_options.columns[i];
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+      const Column column = m_columns[i];
       const std::string_view header = InfoOf(column).header;
-      const std::size_t width =
-          ScreenWidth(VisibleCell(column, first, nullptr, m_names, m_options.utc));
+      const std::size_t width = ScreenWidth(VisibleCell(column, first, nullptr, m_names, m_utc));
       m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
       m_line.Add(header, header.size(), m_widths[i], AlignsRight(i));
     }
     return m_line.End();
   }
-  bool AlignsRight(std::size_t i) const {
-    return InfoOf(m_options.columns[i]).align == ColumnAlign::Right;
-  }
+  bool AlignsRight(std::size_t i) const { return InfoOf(m_columns[i]).align == ColumnAlign::Right; }
 
   const NameMap& m_names;
-  const TailOptions& m_options;
+  const std::vector<Column> m_columns;
+  const bool m_utc;
   LineWriter m_line;
   std::vector<std::size_t> m_widths;
   bool m_headed = false;
@@ -86,7 +87,7 @@ class Silence {
   void Look(bool hasPrinted) {
     if (m_over || Clock::now() < m_until) return;
     m_over = true;
-    const std::string& account = m_options.limits.filter.Account();
+    const std::string& account = m_options.limits.traces.filter.Account();
     if (account.empty() ? m_source.Counts().delivered > 0 : hasPrinted) return;
     PrintError("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_options.machine, account)
                                                      : "no trace service runs there any more"));
@@ -110,15 +111,15 @@ int RunTail(const TailOptions& options) {
   if (options.format == DumpFormat::Jsonl) {
     lines = std::make_unique<JsonLines>(source.Names(), output);
   } else {
-    lines = std::make_unique<TextLines>(source.Names(), options, output);
+    lines = std::make_unique<TextLines>(source.Names(), options.limits.traces, output);
   }
   Silence silence(source, options);
   TraceEvent_i* previous = nullptr;
   source.Run(
       options.limits,
-      [&](TraceEvent_i* trace) {
-        const bool goesOn = lines->Add(*trace, previous);
-        ReleaseTrace(std::exchange(previous, trace));
+      [&](const TakenTrace& taken) {
+        const bool goesOn = lines->Add(taken, previous);
+        ReleaseTrace(std::exchange(previous, taken.trace));
         return goesOn;
       },
       [&] {

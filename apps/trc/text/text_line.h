@@ -9,6 +9,8 @@
 
 // A longer cell shifts only the rest of its own line to the right.
 constexpr std::size_t kColumnWidthMax = 200;
+// Where traces are left out between groups of neighbours.
+constexpr std::string_view kGap = "--";
 
 // "Info", "Warn" or "Error"; empty for any other severity.
 std::string_view SeverityWord(const TraceEvent_i& trace);
@@ -30,6 +32,11 @@ class LineWriter {
       m_blanks = 0;
     }
     m_blanks += (right ? 0 : room) + (text.empty() ? width : 0) + kGapBlanks;
+  }
+  // A line of its own, instead of cells.
+  bool Line(std::string_view text) {
+    m_output.Buffer().append(text);
+    return m_output.EndLine();
   }
   bool End() {
     m_blanks = 0;

@@ -20,7 +20,8 @@ void AppendArray(std::string& json, std::string_view key, std::initializer_list<
 
 }  // namespace
 
-void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace) {
+void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace,
+                       bool beside) {
   json.append("{\"i\":");
   AppendNumber(json, index);
   json.append(",\"count\":");
@@ -43,7 +44,7 @@ void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_
   AppendJsonText(json, trace.GetText());
   json.append(",\"stack\":");
   AppendJsonText(json, trace.GetStack());
-  json.push_back('}');
+  json.append(beside ? ",\"context\":true}" : "}");
 }
 
 void TraceJson::AppendTime(std::string& json, const TraceEvent_i& trace) {

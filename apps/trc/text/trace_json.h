@@ -14,8 +14,10 @@ class TraceJson {
  public:
   explicit TraceJson(const NameMap& names) : m_names(names), m_known(kNameIds) {}
 
-  // `index` is the trace's position in the file or stream, from 0.
-  void Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace);
+  // `index` is the trace's position in the file or stream, from 0. `beside`: it only stands beside
+  // a chosen one.
+  void Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace,
+              bool beside = false);
 
  private:
   static void AppendTime(std::string& json, const TraceEvent_i& trace);

@@ -149,6 +149,21 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.complete("--bash", "cd x; trc set running 'D", " \t=:'")[0],
                          ["Db", "Db/Close", "Db/Connect", "Db/Request"])
 
+    def test_names_of_the_given_files_and_of_what_runs(self):
+        file = str(self.folder / "some traces.trc")
+        self.assertEqual(self.complete("--", "dump", file, "--component", "Sq")[0], ["Sql"])
+        self.assertEqual(self.complete("--", "find", "x", file, "--app=sh")[0], ["--app=shop"])
+        self.assertEqual(self.complete("--", "tail", "--component", "D")[0], ["Db"])
+        self.assertEqual(self.complete("--", "tail", "--app", "run")[0], ["running"])
+        machines = self.complete("--", "tree", "--since", "1d ago", file, "-m", "")[0]
+        self.assertIn("web-02", machines)
+        other = str(self.folder / "other.trc")
+        status, told = self.machine.ask("trc", "save", file, other, "--component", "Sql")
+        self.assertEqual(status, 0, told)
+        self.assertEqual(self.complete("--", "dump", other, "--component", "")[0], ["Sql"])
+        self.assertEqual(self.complete("--", "dump", other, file, "--component", "Ca")[0],
+                         self.complete("--", "dump", file, "--component", "Ca")[0])
+
     def test_what_words_have_in_common_does_not_end_within_a_quoted_byte(self):
         for name in ("two words", "two:parts"):
             self.assertEqual(self.machine.ask("trc", "set", "--persist", name, "--all", "off"), (0, ""))

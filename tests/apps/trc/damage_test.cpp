@@ -32,7 +32,7 @@ TEST_F(TrcDamageOfFiles, EveryCommandTellsItAndGivesTheTraces) {
     bool writes;
   } commands[] = {{{"info", m_path}, false},          {{"info", "--json", m_path}, false},
                   {{"dump", m_path}, false},          {{"dump", m_path, "-f", "jsonl"}, false},
-                  {{"find", "first", m_path}, false}, {{"find", "first", m_path, "--count"}, false},
+                  {{"find", "first", m_path}, false}, {{"find", "first", m_path, "--total"}, false},
                   {{"tree", m_path}, false},          {{"tree", "--export", m_path, out}, true},
                   {{"save", m_path, out}, true},      {{"export", m_path, out}, true},
                   {{"export", m_path, "-"}, false}};

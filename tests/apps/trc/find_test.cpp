@@ -66,9 +66,9 @@ TEST_F(TrcFind, PrintsTheLinesOfTheDump) {
   EXPECT_EQ(Run({"nowhere"}).out, "");
 }
 
-TEST_F(TrcFind, CountPrintsTheNumberAlone) {
-  EXPECT_EQ(Run({"--count", "GET"}).out, "2\n");
-  const TrcRun none = Run({"--count", "nowhere"});
+TEST_F(TrcFind, TotalPrintsTheNumberAlone) {
+  EXPECT_EQ(Run({"--total", "GET"}).out, "2\n");
+  const TrcRun none = Run({"--total", "nowhere"});
   EXPECT_EQ(none.out, "0\n");
   EXPECT_EQ(none.status, 1);
 }
@@ -80,7 +80,7 @@ TEST_F(TrcFind, TakesTheFilter) {
 
 TEST_F(TrcFind, APatternThatBeginsWithAHyphenStandsAfterTwo) {
   EXPECT_EQ(Found({"--", "-"}), "");
-  EXPECT_EQ(RunTrc({"find", "--count", "--", "-x", m_file}).out, "0\n");
+  EXPECT_EQ(RunTrc({"find", "--total", "--", "-x", m_file}).out, "0\n");
 }
 
 TEST_F(TrcFind, AnOlderFileIsRefusedWithTheWayToConvertIt) {

@@ -69,7 +69,7 @@ TEST_F(TrcTree, AMachineOfTheNameAlone) {
 
 TEST_F(TrcTree, AMachineThatIsNotThereIsReported) {
   EXPECT_EQ(Refused({m_file, "--machine", "web"}),
-            "trc: there are no traces of a machine \"web\" in " + m_file + "\n");
+            "trc: there are no traces of a machine \"web\"; there is \"desk\", \"lab\"\n");
 }
 
 TEST_F(TrcTree, ADepthOpensSoManyLevels) {

@@ -1,0 +1,65 @@
+#include "live/live_choice.h"
+
+#include <utility>
+
+#include "text/visible_text.h"
+
+LiveChoice::LiveChoice(const TraceOptions& options, const NameMap& names)
+    : m_options(options), m_filter(options.filter, names), m_choice(options.choice, names) {}
+
+LiveChoice::~LiveChoice() {
+  for (TraceEvent_i* const trace : m_held) ReleaseTrace(trace);
+}
+
+// The filter sees every trace, because it learns the names.
+bool LiveChoice::Passes(const TraceEvent_i& trace) {
+  const bool shown = m_filter.Passes(trace);
+  return m_choice.Passes(trace) && shown;
+}
+
+bool LiveChoice::Add(TraceEvent_i* trace, const TraceTaker& take) {
+  if (m_chosen < m_options.count && Passes(*trace)) {
+    ++m_chosen;
+    m_behind = m_options.context;
+    while (!m_held.empty()) {
+      TraceEvent_i* const before = m_held.front();
+      m_held.pop_front();
+      if (!Take(before, true, take)) {
+        ReleaseTrace(trace);
+        return false;
+      }
+    }
+    return Take(trace, false, take);
+  }
+  if (m_behind > 0) {
+    --m_behind;
+    return Take(trace, true, take);
+  }
+  Hold(trace);
+  return true;
+}
+
+bool LiveChoice::Take(TraceEvent_i* trace, bool beside, const TraceTaker& take) {
+  const bool gap = std::exchange(m_gap, false) && m_any && m_options.context > 0;
+  m_any = true;
+  return take({trace, beside, gap});
+}
+
+void LiveChoice::Hold(TraceEvent_i* trace) {
+  m_held.push_back(trace);
+  if (m_held.size() <= m_options.context) return;
+  ReleaseTrace(m_held.front());
+  m_held.pop_front();
+  m_gap = true;
+}
+
+std::vector<std::string> LiveChoice::Missing() const {
+  std::vector<std::string> messages;
+  for (const std::string& path : m_filter.Missing())
+    messages.push_back("no name came for the path \"" + path + "\"");
+  const std::string& account = m_options.filter.Account();
+  if (!account.empty() && !m_filter.AccountCame())
+    messages.push_back("no trace came of the account \"" + VisibleText(account) + "\"");
+  for (std::string& missing : m_choice.Missing()) messages.push_back(std::move(missing));
+  return messages;
+}

@@ -57,11 +57,13 @@ void BatchBuilder::AppendLoss(const std::shared_ptr<Source>& source, std::uint64
   fields.text = text;
   std::vector<std::uint8_t> record;
   MakeRecord(fields, record);
+  // The program chooses these two texts, and may choose others as often as it likes.
+  const auto share = source->account ? m_names.ShareOf(*source->account) : nullptr;
   const TraceIds ids{m_names.IdOf(source->machine),
-                     m_names.IdOf(source->app),
+                     m_names.IdOf(source->app, share.get()),
                      m_names.IdOf("Quor"),
                      m_names.IdOf("Loss"),
-                     m_names.IdOf(source->pid),
+                     m_names.IdOf(source->pid, share.get()),
                      m_names.IdOf(""),
                      m_names.IdOf("")};
   Append(source, record, ids, kNoSequenceNumber);

@@ -136,4 +136,25 @@ TEST(HubOfAccounts, AnAccountUsesUpOnlyItsShareOfTheNames) {
   EXPECT_EQ(hub.Names().Text(id), "one more");
 }
 
+// A program may change its name with each link, and have a loss reported under each.
+TEST(HubOfAccounts, ReportsOfLossesUseUpOnlyTheShareOfTheirAccount) {
+  Hub hub(HubBatches::OfOneAccount);
+  TakingStream stream(hub);
+  Source source;
+  source.account = 1;
+  const auto alice = hub.AddSource(source);
+  for (std::size_t name = 0; name < NameShare::kNamesMax + 100; ++name) {
+    alice->app = "name " + std::to_string(name);
+    hub.Lose(alice, 1, "no room");
+    hub.Deliver();
+  }
+  EXPECT_LT(hub.Names().Count(), NameShare::kNamesMax + 50);
+  SourceNames bob;
+  bob.SetShare(hub.Names().ShareOf(2));
+  bob.Enter(AppNameId{1}, "his own");
+  HubNameId id{};
+  ASSERT_TRUE(bob.Find(AppNameId{1}, hub.Names(), id));
+  EXPECT_EQ(hub.Names().Text(id), "his own");
+}
+
 }  // namespace

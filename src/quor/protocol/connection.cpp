@@ -3,6 +3,7 @@
 #include <google/protobuf/message_lite.h>
 
 #include <algorithm>
+#include <asio/post.hpp>
 #include <asio/ssl/error.hpp>
 
 namespace {
@@ -20,6 +21,8 @@ constexpr std::size_t kReadBytes = 128u << 10;
 constexpr std::size_t kWriteBytes = 256u << 10;  // the size that one gather write aims at
 constexpr std::size_t kWriteParts = 64;
 constexpr std::chrono::milliseconds kEndPatience{1000};
+// One read holds thousands of short frames. A peer whose frames cost longer waits for the others.
+constexpr std::chrono::milliseconds kTurn{2};
 
 // The cost of a queued part. A peer that asks for short answers and reads none makes many parts.
 std::size_t Cost(const SharedBytes& part) {
@@ -102,13 +105,27 @@ void Connection::OnRead(const std::error_code& error, std::size_t bytes) {
   m_lastRead = m_runningTime.Now();
   if (m_ending) return Read();  // into the same room: these bytes are ignored
   m_reader.Filled(bytes);
+  TakeFrames();
+}
+
+void Connection::TakeFrames() {
+  const auto until = Clock::now() + kTurn;
   while (m_handler) {
     const std::optional<Frame> frame = m_reader.Next();
     if (!frame) break;
     if (frame->type != FrameType::Heartbeat) m_handler->OnFrame(*frame);
+    if (Clock::now() >= until) return TakeFramesLater();
   }
   if (!m_reader.Error().empty()) return Fail("malformed: " + m_reader.Error());
   if (!m_ended) Read();
+}
+
+void Connection::TakeFramesLater() {
+  asio::post(m_stream->Executor(), [self = shared_from_this()] {
+    if (self->m_ended) return;
+    self->m_lastRead = self->m_runningTime.Now();  // it is not silent: it waits for us
+    self->TakeFrames();
+  });
 }
 
 void Connection::Write() {

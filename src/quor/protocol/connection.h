@@ -76,6 +76,8 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   bool Queue(std::initializer_list<SharedBytes> parts);  // null: none
   void Read();
   void OnRead(const std::error_code& error, std::size_t bytes);
+  void TakeFrames();
+  void TakeFramesLater();
   void Write();
   void OnWrote(const std::error_code& error);
   void StartTick();

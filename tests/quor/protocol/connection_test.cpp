@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <asio/io_context.hpp>
+#include <asio/post.hpp>
 #include <thread>
 
 #include "quor/protocol/quor.pb.h"
@@ -101,6 +102,25 @@ TEST_F(ConnectionTest, NamesAndRecordsThatAreKeptApartMakeOneDataFrame) {
   EXPECT_GT(m_heard.written, 0);
   EXPECT_LT(m_heard.written, 20) << "several frames go out in one write";
   m_other->Close();
+}
+
+// Thousands of short requests come with one read.
+TEST_F(ConnectionTest, FramesThatTakeLongLeaveOthersTheirTurn) {
+  Start();
+  int frames = 0, framesAtTurn = -1;
+  m_heard.onFrame = [&] {
+    usleep(500);
+    if (++frames == 1) asio::post(m_io, [&] { framesAtTurn = frames; });
+  };
+  std::vector<std::uint8_t> all;
+  for (int i = 0; i < 200; ++i) {
+    const auto frame = EncodeFrame(FrameType::Request, Bytes());
+    all.insert(all.end(), frame.begin(), frame.end());
+  }
+  FarSends(all);
+  EXPECT_TRUE(Run([&] { return frames == 200; }));
+  EXPECT_GE(framesAtTurn, 1);
+  EXPECT_LT(framesAtTurn, 50);
 }
 
 TEST_F(ConnectionTest, WhatDoesNotFitIntoTheQueueIsNotTakenAndTheConnectionLivesOn) {

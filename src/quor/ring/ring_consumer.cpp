@@ -1,9 +1,14 @@
 #include "quor/ring/ring_consumer.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 namespace {
+
+constexpr std::uint64_t kPageUnits = 4096 / kRingUnitBytes;
 
 // volatile: the application may change the bytes under us, and each must be read once.
 std::uint32_t ReadOnce(const std::uint32_t& from) {
@@ -17,6 +22,8 @@ RingConsumer::RingConsumer(const SegmentMap& segment, std::size_t room)
       m_ring(segment.Ring()),
       m_ringUnits(segment.Layout().ringBytes / kRingUnitBytes),
       m_salt(segment.Layout().salt),
+      m_file(segment.Descriptor()),
+      m_ringOffset(segment.Layout().ringOffset),
       m_trace(room) {
   Resume();
 }
@@ -62,10 +69,11 @@ RingStep RingConsumer::NextOfDead(RingItem& item) {
     const std::uint64_t end = ring_mark::Units(m_header->reserved.load(std::memory_order_acquire));
     const std::uint64_t left = ring_mark::Distance(m_units, end);
     if (left > m_ringUnits) return Break();
-    if (!SkipToCommitted(left)) {
-      m_units = end;
-      return RingStep::Empty;
-    }
+    const Look look = SkipToCommitted(left);
+    if (look == Look::Nothing) return RingStep::Later;
+    if (look == Look::Trace) continue;
+    m_units = end;
+    return RingStep::Empty;
   }
 }
 
@@ -140,16 +148,33 @@ RingConsumer::Look RingConsumer::TakeAt(std::uint32_t size, RingItem& item) {
   return Look::Damaged;
 }
 
-bool RingConsumer::SkipToCommitted(std::uint64_t left) {
-  for (std::uint64_t skipped = 1; skipped < left; ++skipped) {
-    const std::uint64_t units = (m_units + skipped) & ring_mark::kUnitMask;
+// How many units from there on lie in a hole of the file. To read them would take memory for it.
+std::uint64_t RingConsumer::HoleAt(std::uint64_t units) const {
+  const std::uint64_t at = units & (m_ringUnits - 1);
+  const auto from = static_cast<off_t>(m_ringOffset + at * kRingUnitBytes);
+  const off_t data = lseek(m_file, from, SEEK_DATA);
+  if (data < 0) return errno == ENXIO ? m_ringUnits - at : 0;
+  return std::min(m_ringUnits - at, static_cast<std::uint64_t>(data - from) / kRingUnitBytes);
+}
+
+// Trace: found. Nothing: not yet. Bad: there is none.
+RingConsumer::Look RingConsumer::SkipToCommitted(std::uint64_t left) {
+  std::uint64_t at = std::max<std::uint64_t>(m_skipped, 1);
+  const std::uint64_t most = std::min(left, at + kSkipUnits);
+  while (at < most) {
+    const std::uint64_t units = (m_units + at) & ring_mark::kUnitMask;
+    const std::uint64_t hole = units % kPageUnits == 0 ? HoleAt(units) : 0;
     std::uint32_t size = 0;
     bool padding = false;
-    if (LookAt(units, size, padding) != Look::Trace || size > left - skipped) continue;
-    m_units = units;
-    return true;
+    if (hole == 0 && LookAt(units, size, padding) == Look::Trace && size <= left - at) {
+      m_units = units;
+      m_skipped = 0;
+      return Look::Trace;
+    }
+    at += std::max<std::uint64_t>(hole, 1);
   }
-  return false;
+  m_skipped = at < left ? at : 0;
+  return at < left ? Look::Nothing : Look::Bad;
 }
 
 RingStep RingConsumer::Break() {

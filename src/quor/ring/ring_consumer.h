@@ -20,7 +20,8 @@ struct RingItem {
   Bytes trace;                      // empty: the item only reports losses
 };
 
-enum class RingStep { Item, Empty, Broken };
+// Later: the call did all the work that one call does, and found no item yet.
+enum class RingStep { Item, Empty, Broken, Later };
 
 class RingConsumer {
  public:
@@ -34,7 +35,9 @@ class RingConsumer {
   // The next committed trace. An item without a trace reports losses after the last trace.
   RingStep Next(RingItem& item);
   // The same when no producer lives any more: skips records that were reserved and never committed.
+  // It looks at kSkipUnits of the ring in a call, because a ring may be large and others wait.
   RingStep NextOfDead(RingItem& item);
+  static constexpr std::uint64_t kSkipUnits = 65536;
   // Traces that were reserved and not consumed, committed or not. After NextOfDead returned Empty
   // this is the exact number of traces that were being written when the application died.
   std::uint64_t Uncommitted() const;
@@ -66,7 +69,8 @@ class RingConsumer {
   enum class Look { Trace, Damaged, Nothing, Bad };
   Look LookAt(std::uint64_t units, std::uint32_t& size, bool& padding) const;
   Look TakeAt(std::uint32_t size, RingItem& item);
-  bool SkipToCommitted(std::uint64_t left);
+  Look SkipToCommitted(std::uint64_t left);
+  std::uint64_t HoleAt(std::uint64_t units) const;
   RingStep Break();
   bool ReportsLosses(RingItem& item);
   RingRecord* At(std::uint64_t units) const;
@@ -74,8 +78,11 @@ class RingConsumer {
   SegmentHeader* m_header;
   std::uint8_t* m_ring;
   std::uint64_t m_ringUnits, m_salt;
-  std::uint64_t m_units = 0;   // the position of the next record
-  std::uint64_t m_traces = 0;  // consumed, damaged ones included
+  int m_file;  // of the segment
+  std::uint64_t m_ringOffset;
+  std::uint64_t m_units = 0;    // the position of the next record
+  std::uint64_t m_skipped = 0;  // units after it in which no record was found
+  std::uint64_t m_traces = 0;   // consumed, damaged ones included
   std::uint64_t m_drops = 0;
   bool m_broken = false;
   bool m_lookedTwice = false;

@@ -1,4 +1,5 @@
 // The ring, its producers and its consumer, in one process.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -314,6 +315,66 @@ TEST_F(RingTest, AReservationFurtherThanTheRingIsLongBreaksItAtTheDeath) {
   RingConsumer consumer(m_segment);
   m_segment.Header()->reserved.store(ring_mark::Make(1u << 30, 5));
   EXPECT_EQ(All(consumer, true), "broken");
+}
+
+constexpr std::uint64_t kPart = RingConsumer::kSkipUnits, kPage = 4096 / kRingUnitBytes;
+
+class LongRing : public RingTest {
+ protected:
+  // A trace after that many units that were reserved and never committed.
+  void PlaceAfter(std::uint64_t units) {
+    Make(4u << 20);
+    for (std::uint64_t left = units; left != 0;) {
+      const std::uint64_t some = left > 8000 ? 7000 : left;
+      Leave(some * kRingUnitBytes - sizeof(RingRecord));
+      left -= some;
+    }
+    ASSERT_TRUE(Trace("found"));
+  }
+  off_t HeldBytes() const {
+    struct stat status {};
+    EXPECT_EQ(fstat(m_segment.Descriptor(), &status), 0);
+    return status.st_blocks * 512;
+  }
+  // How many calls find the trace, and that it is the last.
+  static std::uint64_t Calls(RingConsumer& consumer) {
+    RingItem item;
+    RingStep step;
+    std::uint64_t calls = 1;
+    while ((step = consumer.NextOfDead(item)) == RingStep::Later) ++calls;
+    EXPECT_EQ(step, RingStep::Item);
+    EXPECT_EQ(TextOf(item), "found");
+    EXPECT_EQ(consumer.NextOfDead(item), RingStep::Empty);
+    return calls;
+  }
+};
+
+// A ring of half a gibibyte must not hold up the service.
+TEST_F(LongRing, WhatFollowsALongUnfinishedPartIsFoundInPartsWhereverItStands) {
+  for (const std::uint64_t before :
+       {std::uint64_t{7}, kPage - 1, kPage, kPage + 1, kPart - 1, kPart, kPart + 1, kPart + 2,
+        2 * kPart, 2 * kPart + 1, 2 * kPart + 2, 3 * kPart + kPage, 3 * kPart + kPage + 1}) {
+    PlaceAfter(before);
+    RingConsumer consumer(m_segment);
+    EXPECT_EQ(Calls(consumer), (before - 1) / kPart + 1) << before;
+  }
+}
+
+// An account could make the service take memory for files that have none.
+TEST_F(LongRing, HolesOfItsFileArePassedOverAndStayHoles) {
+  for (const std::uint64_t before :
+       {kPage, kPage + 1, kPart, kPart + 1, 2 * kPart + kPage, 3 * kPart + kPage + 1}) {
+    PlaceAfter(before);
+    const auto first = static_cast<off_t>(m_segment.Layout().ringOffset);
+    const auto pages = static_cast<off_t>(before / kPage * 4096);
+    ASSERT_EQ(
+        fallocate(m_segment.Descriptor(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, first, pages),
+        0);
+    const off_t held = HeldBytes();
+    RingConsumer consumer(m_segment);
+    Calls(consumer);
+    EXPECT_LE(HeldBytes() - held, 4096) << "only the first page was looked at, " << before;
+  }
 }
 
 // Whatever stands in the memory: no read out of bounds (the sanitizers look), no end without end.

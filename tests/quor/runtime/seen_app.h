@@ -100,7 +100,9 @@ class SeenApp {
   // Reads everything that remains of an application that has ended.
   void Finish() {
     RingItem item;
-    while (m_consumer.NextOfDead(item) == RingStep::Item) Take(item);
+    RingStep step;
+    while ((step = m_consumer.NextOfDead(item)) == RingStep::Item || step == RingStep::Later)
+      if (step == RingStep::Item) Take(item);
     m_consumer.Publish();
   }
 

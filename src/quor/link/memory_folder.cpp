@@ -41,6 +41,11 @@ bool LiesInMemory(int folder) {
   return fstatfs(folder, &system) == 0 && system.f_type == TMPFS_MAGIC;
 }
 
+bool IsDamaged(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ELOOP || error == EACCES ||
+         error == EINVAL;
+}
+
 std::string Hex(std::uint64_t number) {
   char text[20];
   std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(number));

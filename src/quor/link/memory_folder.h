@@ -13,6 +13,10 @@
 constexpr const char* kSegments = "segments";
 
 bool LiesInMemory(int folder);
+// After a folder did not open. True if it no longer exists (after a restart of the machine, say),
+// if others may enter it, or if it is not a folder in memory. Any other error says nothing about
+// it.
+bool IsDamaged(int error);
 std::string Hex(std::uint64_t number);
 // What the names of this user's folders there begin with.
 std::string OwnInMemory();

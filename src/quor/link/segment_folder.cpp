@@ -54,13 +54,6 @@ bool IsOwnPlace(int runtime) {
          std::string(target).starts_with(OwnInMemory());
 }
 
-// True if the folder no longer exists (after a restart of the machine, say), if others may enter
-// it, or if it is not a folder in memory.
-bool IsDamaged(int error) {
-  return error == ENOENT || error == ENOTDIR || error == ELOOP || error == EACCES ||
-         error == EINVAL;
-}
-
 void PutRight(int runtime, int error) {
   if (error == EACCES && IsOwnPlace(runtime) && fchmodat(runtime, kSegments, 0700, 0) == 0) return;
   // A folder that is not empty stays.

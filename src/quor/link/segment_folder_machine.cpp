@@ -85,8 +85,10 @@ bool SegmentFolder::MakeOfMachine(const std::string& socketPath) {
   if (m_folder >= 0 && m_group != getegid()) {
     close(m_folder);
     m_folder = -1;
+    errno = EACCES;
   }
-  if (m_folder < 0) {
+  // Where descriptors are short it may be as good as ever.
+  if (m_folder < 0 && IsDamaged(errno)) {
     MakeShared(place);
     m_folder = OpenShared(place, geteuid(), kReadFlags, &m_group);
   }

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -225,6 +226,31 @@ TEST_F(SharedSegmentsTest, AnApplicationUsesOnlyAFolderOfTheOwnerWithTheRightMod
   ASSERT_TRUE(again.MakeOfMachine(Socket())) << "the service makes a new one";
   EXPECT_FALSE(again.IsSame(service));
   EXPECT_EQ(MakeFile(kAlice), 0);
+}
+
+// One account may use up the descriptors of the service, which then looks at its folder.
+TEST_F(SharedSegmentsTest, WhereDescriptorsAreShortTheFolderStaysAsItIs) {
+  SegmentFolder service;
+  ASSERT_TRUE(service.MakeOfMachine(Socket()));
+  const auto isIt = [&] {
+    SegmentFolder again;
+    return again.MakeOfMachine(Socket()) && again.IsSame(service);
+  };
+  std::vector<int> taken;
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit few{64, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  for (int one; (one = open("/", O_PATH | O_CLOEXEC)) >= 0;) taken.push_back(one);
+  EXPECT_FALSE(isIt());
+  for (int left = 0; left < 3; ++left) {
+    close(taken.back());
+    taken.pop_back();
+    isIt();
+  }
+  for (const int one : taken) close(one);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_TRUE(isIt());
 }
 
 }  // namespace

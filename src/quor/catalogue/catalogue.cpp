@@ -73,6 +73,18 @@ CatalogueApp* Catalogue::Enter(const std::string& name) {
 
 std::uint32_t Catalogue::EnterTrace(CatalogueApp& app, const std::string& component,
                                     const std::string& category) {
+  const auto from = static_cast<std::uint32_t>(app.traces.size());
+  const std::uint32_t id = AddTrace(app, component, category);
+  StoreTraces(app, from);
+  return id;
+}
+
+void Catalogue::StoreTraces(CatalogueApp& app, std::uint32_t from) {
+  if (m_store && from < app.traces.size()) m_store->WriteTraces(app, from);
+}
+
+std::uint32_t Catalogue::AddTrace(CatalogueApp& app, const std::string& component,
+                                  const std::string& category) {
   const auto known = app.ids.find({component, category});
   if (known != app.ids.end()) return known->second;
   const std::size_t bytes = component.size() + category.size() + 32;
@@ -83,7 +95,6 @@ std::uint32_t Catalogue::EnterTrace(CatalogueApp& app, const std::string& compon
   app.traces.push_back({component, category});
   app.traces.back().settings = FirstSettings(app, app.traces.back());
   app.ids[{component, category}] = id;
-  if (m_store) m_store->WriteTrace(app, id);
   return id;
 }
 

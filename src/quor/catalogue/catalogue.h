@@ -48,6 +48,10 @@ class Catalogue {
   // kNoTraceId when the application has too many traces.
   std::uint32_t EnterTrace(CatalogueApp& app, const std::string& component,
                            const std::string& category);
+  // The same for many, which are stored together: StoreTraces stores those from this id on.
+  std::uint32_t AddTrace(CatalogueApp& app, const std::string& component,
+                         const std::string& category);
+  void StoreTraces(CatalogueApp& app, std::uint32_t from);
 
   // An instance that is only found does not use up prepared settings until it begins.
   void FindInstance(CatalogueApp& app, std::uint32_t pid);

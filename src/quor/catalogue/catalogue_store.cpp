@@ -202,7 +202,7 @@ void CatalogueStore::PutWhole(CatalogueApp& app) {
   row.Text(app.name);
   if (row.Step()) app.row = row.NumberAt(0);
   Statement(*this, "DELETE FROM trace WHERE app = ?").Number(app.row).Step();
-  for (std::uint32_t id = 0; id < app.traces.size(); ++id) PutTrace(app, id);
+  PutTraces(app, 0);
   PutSettings(app);
   PutKept(app);
 }
@@ -233,15 +233,14 @@ void CatalogueStore::PutSettings(const CatalogueApp& app) {
   }
 }
 
-void CatalogueStore::PutTrace(const CatalogueApp& app, std::uint32_t id) {
-  const CatalogueTrace& trace = app.traces[id];
-  Statement(*this, "INSERT OR REPLACE INTO trace VALUES(?, ?, ?, ?, ?)")
-      .Number(app.row)
-      .Number(id)
-      .Text(trace.component)
-      .Text(trace.category)
-      .Number(trace.settings)
-      .Step();
+void CatalogueStore::PutTraces(const CatalogueApp& app, std::uint32_t from) {
+  Statement statement(*this, "INSERT OR REPLACE INTO trace VALUES(?, ?, ?, ?, ?)");
+  for (std::uint32_t id = from; id < app.traces.size() && !m_failed; ++id) {
+    const CatalogueTrace& trace = app.traces[id];
+    statement.Number(app.row).Number(id).Text(trace.component).Text(trace.category);
+    statement.Number(trace.settings).Step();
+    statement.Reset();
+  }
 }
 
 void CatalogueStore::WriteApp(CatalogueApp& app) {
@@ -257,8 +256,8 @@ void CatalogueStore::EraseApp(CatalogueApp& app) {
   });
 }
 
-void CatalogueStore::WriteTrace(CatalogueApp& app, std::uint32_t id) {
-  Change(app, [this, &app, id] { PutTrace(app, id); });
+void CatalogueStore::WriteTraces(CatalogueApp& app, std::uint32_t from) {
+  Change(app, [this, &app, from] { PutTraces(app, from); });
 }
 
 void CatalogueStore::WriteSettings(CatalogueApp& app) {

@@ -35,7 +35,7 @@ class CatalogueStore {
   std::vector<StoredApp> ReadAll();
   void WriteApp(CatalogueApp& app);  // sets its row
   void EraseApp(CatalogueApp& app);
-  void WriteTrace(CatalogueApp& app, std::uint32_t id);
+  void WriteTraces(CatalogueApp& app, std::uint32_t from);  // from this id on
   void WriteSettings(CatalogueApp& app);  // the sink, and the settings of all traces
   void WriteKept(CatalogueApp& app);
   void WriteHolders(CatalogueApp& app, const std::set<std::uint32_t>& pids);
@@ -52,7 +52,7 @@ class CatalogueStore {
   void PutWhole(CatalogueApp& app);
   void PutSettings(const CatalogueApp& app);
   void PutKept(const CatalogueApp& app);
-  void PutTrace(const CatalogueApp& app, std::uint32_t id);
+  void PutTraces(const CatalogueApp& app, std::uint32_t from);
   void Failed();
 
   sqlite3* m_database;

@@ -196,6 +196,7 @@ const char* SegmentMap::WhyNotOpen(int descriptor) {
   close(descriptor);
   const auto bytes = static_cast<std::uint64_t>(status.st_size);
   if (!inMemory) return "the segment does not lie in memory";
+  if (m_descriptor.Get() < 0) return "the segment cannot be opened";
   if (bytes < RoundUp(sizeof(SegmentHeader)) || bytes > std::uint64_t{4} << 30)
     return "the segment has a wrong size";
   if (bytes % kPage != 0 || !Map(m_descriptor.Get(), bytes)) return "the segment cannot be mapped";

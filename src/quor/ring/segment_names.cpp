@@ -30,7 +30,7 @@ bool SegmentNames::ReadNew(std::vector<SegmentName>& names) {
 bool SegmentPointsReader::ReadNew(std::vector<SegmentPointNames>& points) {
   const std::uint32_t count = m_segment.Header()->pointCount.load(std::memory_order_acquire);
   if (count > m_segment.Layout().pointCapacity || count < m_read) return false;
-  for (; m_read < count; ++m_read) {
+  for (const std::uint32_t end = std::min(count, m_read + kAtOnce); m_read < end; ++m_read) {
     const volatile SegmentPoint& point = m_segment.Points()[m_read];
     points.push_back({m_read, point.component, point.category, Settings(m_read)});
   }

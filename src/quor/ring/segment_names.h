@@ -43,7 +43,8 @@ struct SegmentPointNames {
 class SegmentPointsReader {
  public:
   explicit SegmentPointsReader(const SegmentMap& segment) : m_segment(segment) {}
-  // Appends the points registered since the last call.
+  // Appends the points registered since the last call, or only the next kAtOnce of them.
+  static constexpr std::uint32_t kAtOnce = kSegmentPoints;
   bool ReadNew(std::vector<SegmentPointNames>& points);
   // The next ReadNew gives all points again.
   void Rewind() { m_read = 0; }

@@ -7,15 +7,11 @@ namespace {
 // Longer than a silent monitor is kept before it is disconnected.
 constexpr std::chrono::seconds kKept{12};
 
-std::optional<uid_t> AccountOfSource(const std::shared_ptr<Source>& source) {
-  return source ? source->account : std::nullopt;
-}
-
 }  // namespace
 
-void KeptSegments::Keep(const std::string& name, const Key& key, std::shared_ptr<Source> source) {
+void KeptSegments::Keep(const std::string& name, const Key& key, std::shared_ptr<Source> source,
+                        std::optional<uid_t> account) {
   Kept kept{{}, name, key, std::move(source)};
-  const auto account = AccountOfSource(kept.source);
   if (account && m_ofAccount[*account] >= kKeptOfAccountMax) return Remove(kept);
   if (m_keys.emplace(key, account).second && account) ++m_ofAccount[*account];
   Push(std::move(kept));

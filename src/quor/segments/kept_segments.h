@@ -13,6 +13,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "quor/hub/source.h"
@@ -25,8 +26,10 @@ class KeptSegments {
 
   KeptSegments(asio::io_context& io, SegmentWatch& watch) : m_watch(watch), m_timer(io) {}
 
-  // `source`: null when no monitor needs to learn of it.
-  void Keep(const std::string& name, const Key& key, std::shared_ptr<Source> source);
+  // `source`: null when no monitor needs to learn of it. `account`: whose file it is; none at a
+  // service of one account.
+  void Keep(const std::string& name, const Key& key, std::shared_ptr<Source> source,
+            std::optional<uid_t> account);
   bool Has(const Key& key) const { return m_keys.contains(key); }
   void Clear();
 

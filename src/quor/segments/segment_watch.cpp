@@ -5,8 +5,20 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 #include "base/fail_with.h"
+
+namespace {
+
+// Files are reported for so long, and for so long when the caller waits for one of them.
+constexpr std::chrono::milliseconds kTurn{2}, kLongTurn{50};
+constexpr std::size_t kFoundMax = 4096;
+constexpr int kReadsAtOnce = 8;
+// A folder that is full of files takes long to list: at most a part of the time is spent on it.
+constexpr int kListPauses = 20;
+
+}  // namespace
 
 bool SegmentWatch::Open(const std::string& socketPath, std::string* why) {
   Close();
@@ -45,22 +57,34 @@ bool SegmentWatch::IsInPlace(const std::string& socketPath) const {
 void SegmentWatch::Close() {
   std::error_code ignored;
   m_inotify.close(ignored);
+  m_turn.cancel();
+  m_found.clear();
+  m_listsAgain = false;
   m_folder.Close();
 }
 
 void SegmentWatch::Await() {
   m_inotify.async_wait(OwnedDescriptor::wait_read, [this](const std::error_code& error) {
     if (error) return;
-    Read();
+    Collect();
+    TakeTurn(kTurn);
     Await();
   });
 }
 
 void SegmentWatch::Read() {
+  Collect();
+  TakeTurn(kLongTurn);
+}
+
+// What does not fit stays with the kernel, whose queue is bounded too.
+void SegmentWatch::Collect() {
   alignas(inotify_event) char bytes[16384];
   bool all = false, place = false;
-  for (ssize_t got = 0;
-       m_inotify.is_open() && (got = read(m_inotify.native_handle(), bytes, sizeof bytes)) > 0;) {
+  for (int reads = 0; reads < kReadsAtOnce && m_found.size() < kFoundMax; ++reads) {
+    const ssize_t got =
+        m_inotify.is_open() ? read(m_inotify.native_handle(), bytes, sizeof bytes) : -1;
+    if (got <= 0) break;
     for (const char* at = bytes; at < bytes + got;) {
       const auto* const event = reinterpret_cast<const inotify_event*>(at);
       at += sizeof(inotify_event) + event->len;
@@ -68,11 +92,42 @@ void SegmentWatch::Read() {
       if (event->wd == m_place || event->len == 0)
         place = true;
       else if ((event->mask & IN_MOVED_TO) != 0 && event->name[0] != '.')
-        m_finder.OnFile(event->name);
+        m_found.emplace_back(event->name);
     }
   }
-  if (all) ReportAll();
+  m_listsAgain = m_listsAgain || all;
   if (all || place) m_finder.OnPlaceChanged();
+}
+
+void SegmentWatch::TakeTurn(Clock::duration time) {
+  const Clock::time_point until = Clock::now() + time;
+  do {
+    if (m_found.empty() && m_listsAgain && Clock::now() >= m_listFrom) List();
+    if (m_found.empty()) break;
+    const std::string name = std::move(m_found.front());
+    m_found.pop_front();
+    m_finder.OnFile(name);
+  } while (Clock::now() < until);
+  if (!m_found.empty() || m_listsAgain) AwaitTurn();
+}
+
+void SegmentWatch::AwaitTurn() {
+  m_turn.expires_at(m_found.empty() ? m_listFrom : Clock::now());
+  m_turn.async_wait([this](const std::error_code& error) {
+    if (!error) TakeTurn(kTurn);
+  });
+}
+
+void SegmentWatch::List() {
+  const Clock::time_point began = Clock::now();
+  for (std::string& name : m_folder.Names()) m_found.push_back(std::move(name));
+  m_listsAgain = false;
+  m_listFrom = Clock::now() + kListPauses * (Clock::now() - began);
+}
+
+void SegmentWatch::ReportAllSoon() {
+  m_listsAgain = true;
+  AwaitTurn();
 }
 
 void SegmentWatch::ReportAll() {

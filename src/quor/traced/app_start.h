@@ -19,6 +19,8 @@ struct TracedPoint {
   std::optional<std::uint32_t> start;  // settings that the environment gave
 };
 
+using TracedPoints = std::vector<TracedPoint>;
+
 // Of one instance, as far as nobody has set anything else.
 struct InstanceStart {
   std::vector<std::string> notes;

@@ -1,8 +1,6 @@
 #include "quor/traced/apps.h"
 
 #include <malloc.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <utility>
@@ -12,6 +10,7 @@
 
 namespace {
 
+constexpr std::size_t kBrokenMax = 1024;
 constexpr int kEndedForMemory = 32;
 constexpr std::chrono::seconds kMemoryAfter{2};  // by then all of it is free
 
@@ -23,8 +22,8 @@ bool Apps::Arrive(AppArrival arrival, std::string* why) {
   if (brought && !IsOfAccount(arrival, why)) return false;
   const Key key = brought ? KeyOf(arrival.segment) : Key{arrival.hello.device, arrival.hello.inode};
   if (IsBroken(key)) return FailWith(why, "its segment is not read any more");
-  if (!brought && !m_running.contains(key)) m_watch.Read();
   if (!brought && !m_running.contains(key)) ReportSkipped();
+  if (!brought && !m_running.contains(key)) m_watch.Read();
   if (const auto known = m_running.find(key); known != m_running.end()) {
     if (known->second->IsEnding()) return FailWith(why, "its last instance is just ending");
     if (m_accounts && known->second->Owner().uid != arrival.account.uid)
@@ -39,13 +38,6 @@ bool Apps::Arrive(AppArrival arrival, std::string* why) {
   if (!app) return false;
   app->Start(std::move(arrival));
   return true;
-}
-
-// Nobody can make a file that belongs to somebody else.
-Account Apps::AccountOf(int file) const {
-  struct stat status {};
-  if (!m_accounts || fstat(file, &status) != 0) return {};
-  return m_accounts->Of(status.st_uid);
 }
 
 bool Apps::IsOfAccount(const AppArrival& arrival, std::string* why) const {
@@ -101,8 +93,15 @@ void Apps::ReleaseHeld(std::optional<uid_t> only) {
     if (!only || app->Owner().uid == *only) app->ReleaseHeld();
 }
 
-std::uint32_t Apps::EnterTrace(CatalogueApp& entry, const TracedPoint& point) {
-  return m_catalogue.EnterTrace(entry, point.component, point.category);
+// The id of each.
+std::vector<std::uint32_t> Apps::EnterTraces(CatalogueApp& entry, const TracedPoints& points) {
+  const auto from = static_cast<std::uint32_t>(entry.traces.size());
+  std::vector<std::uint32_t> ids;
+  ids.reserve(points.size());
+  for (const TracedPoint& point : points)
+    ids.push_back(m_catalogue.AddTrace(entry, point.component, point.category));
+  m_catalogue.StoreTraces(entry, from);
+  return ids;
 }
 
 Hub& Apps::HubFor(const Account& account, const LinkSink& sink) {
@@ -146,7 +145,8 @@ void Apps::OnEnded(RunningApp& app) {
       "application " + app.Entry().name + " (" + std::to_string(app.Pid()) + ") has ended");
   // Its link may have come before the event about its file.
   if (app.File().empty()) m_watch.Read();
-  if (!app.File().empty()) m_kept.Keep(app.File(), KeyOf(app.Segment()), app.FinishedSource());
+  if (!app.File().empty())
+    m_kept.Keep(app.File(), KeyOf(app.Segment()), app.FinishedSource(), BoundOf(app.Owner()));
   EndIn(app.Entry(), app);
   m_bound.Give(app.Owner());
   // Its link comes again as long as the application lives.
@@ -168,16 +168,19 @@ void Apps::Apply(const CatalogueApp& app, bool sink) {
 
 void Apps::Submit(CatalogueApp& app, const Catalogue::Submitted& what) {
   m_catalogue.Submit(app, what);
-  std::vector<std::uint32_t> traces;
-  for (const auto& [trace, settings] : what.settings) traces.push_back(trace);
+  std::vector<bool> traces(app.traces.size());
+  for (const auto& [trace, settings] : what.settings)
+    if (trace < traces.size()) traces[trace] = true;
   for (const auto& [key, instance] : m_running)
     if (&instance->Entry() == &app) instance->DropStart(traces, what.sink.has_value());
   Apply(app, what.sink.has_value());
 }
 
 bool Apps::Keep(CatalogueApp& app, const SettingsText& rules) {
-  std::vector<std::uint32_t> traces;
-  if (!m_catalogue.Keep(app, rules, &traces)) return false;
+  std::vector<std::uint32_t> changed;
+  if (!m_catalogue.Keep(app, rules, &changed)) return false;
+  std::vector<bool> traces(app.traces.size());
+  for (const std::uint32_t trace : changed) traces[trace] = true;
   for (const auto& [key, instance] : m_running)
     if (&instance->Entry() == &app) instance->DropStart(traces, false);
   SendKept(app);

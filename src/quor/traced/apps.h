@@ -34,8 +34,7 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
         m_machine(std::move(machine)),
         m_accounts(accounts),
         m_watch(io, *this, accounts != nullptr),
-        m_kept(io, m_watch),
-        m_trimTimer(io) {}
+        m_kept(io, m_watch) {}
 
   // Watches for applications beside this socket from now on. Applications that died while no
   // service ran wait for ReleaseHeld.
@@ -74,7 +73,7 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   CatalogueApp* EntryFor(const Account& account, const std::string& name) override {
     return m_catalogue.Enter(::KeyOf(account, name));
   }
-  std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) override;
+  std::vector<std::uint32_t> EnterTraces(CatalogueApp& entry, const TracedPoints&) override;
   std::uint32_t DefaultSettings() const override { return m_catalogue.DefaultSettings(); }
   Hub& HubFor(const Account& account, const LinkSink& sink) override;
   void OnBegan(RunningApp& app) override;
@@ -97,8 +96,10 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   void Find(const std::string& name, SegmentMap segment);
   void SkipSegment(const std::string& name, const std::string& reason);
   void RefuseFile(const std::string& name, const std::string& reason);
+  void LookAgain(const std::string& name, const std::string& why);
   void LeaveForLater(const std::string& name, const std::string& why);
   void ReportSkipped();
+  std::optional<uid_t> BoundOf(const Account& account) const;
   std::shared_ptr<RunningApp> Add(const Key& key, AppArrival& arrival, std::string* why);
 
   asio::io_context& m_io;
@@ -109,12 +110,11 @@ class Apps final : public RunningApp::Host, public SegmentWatch::Finder {
   AccountBound m_bound{"running applications", kInstancesOfAccountMax};
   SegmentWatch m_watch;
   KeptSegments m_kept;
-  static constexpr std::size_t kBrokenMax = 1024;
   std::deque<Key> m_broken;  // segments that are no longer read
-  asio::steady_timer m_trimTimer;
+  asio::steady_timer m_trimTimer{m_io}, m_lookTimer{m_io};
   int m_endedSince = 0;  // instances that ended since memory was last given back
   std::map<Key, std::shared_ptr<RunningApp>> m_running;
-  bool m_holdsBack = false, m_skippedSome = false, m_trimsSoon = false;
+  bool m_holdsBack = false, m_skippedSome = false, m_looksAgain = false, m_trimsSoon = false;
   std::set<std::string> m_unreadable;  // files with a live owner
   std::set<uid_t> m_strange;           // accounts that have made files that are no segments
 };

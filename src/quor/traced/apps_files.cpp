@@ -1,4 +1,4 @@
-// What the files in the folder of the segments lead to.
+// What the folder of the segments holds: segments, rests of segments, and what is neither.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,12 +11,25 @@
 
 namespace {
 
-// Of this service: the file may be as good as any.
+constexpr std::chrono::seconds kLookAgain{1};
+
+// Of this process or of the machine: it says nothing about the file.
 bool IsShortage(int error) {
   return error == EMFILE || error == ENFILE || error == ENOMEM;
 }
 
 }  // namespace
+
+// Nobody can make a file that belongs to somebody else.
+Account Apps::AccountOf(int file) const {
+  struct stat status {};
+  if (!m_accounts || fstat(file, &status) != 0) return {};
+  return m_accounts->Of(status.st_uid);
+}
+
+std::optional<uid_t> Apps::BoundOf(const Account& account) const {
+  return m_accounts ? std::optional(account.uid) : std::nullopt;
+}
 
 void Apps::OnFile(const std::string& name) {
   const int file = m_watch.Folder().OpenFile(name);
@@ -24,7 +37,7 @@ void Apps::OnFile(const std::string& name) {
   FinishedSegment rest;
   struct stat status {};
   const char* reason = "";
-  if (file < 0 && IsShortage(errno)) return LeaveForLater(name, SystemReason());
+  if (file < 0 && IsShortage(errno)) return LookAgain(name, SystemReason());
   if (file < 0 && errno != ENOENT) RefuseFile(name, "it is no file of one account alone");
   if (file < 0 || fstat(file, &status) != 0) return;
   const Key key{status.st_dev, status.st_ino};
@@ -32,7 +45,7 @@ void Apps::OnFile(const std::string& name) {
     known->second->SetFile(name);
     close(file);
   } else if (IsBroken(key)) {
-    if (!m_kept.Has(key)) m_kept.Keep(name, key, nullptr);
+    if (!m_kept.Has(key)) m_kept.Keep(name, key, nullptr, BoundOf(AccountOf(file)));
     close(file);
   } else if (ReadFinishedSegment(file, &rest) && IsUnowned(file)) {
     OnFinishedSegment(name, key, rest, file);
@@ -40,10 +53,33 @@ void Apps::OnFile(const std::string& name) {
   } else if (segment.Open(file, &reason)) {
     Find(name, std::move(segment));
   } else if (IsShortage(errno)) {
-    LeaveForLater(name, SystemReason());
+    LookAgain(name, SystemReason());
   } else {
     SkipSegment(name, reason);
   }
+}
+
+// One account may have used up what all need, and goes on using it. So the first file is reported
+// in the log, and there need not be an end of an instance before the next look.
+void Apps::LookAgain(const std::string& name, const std::string& why) {
+  if (std::exchange(m_looksAgain, true)) return;
+  LeaveForLater(name, why);
+  m_lookTimer.expires_after(kLookAgain);
+  m_lookTimer.async_wait([this](const std::error_code& failed) {
+    if (failed) return;
+    m_looksAgain = false;
+    ReportSkipped();
+  });
+}
+
+void Apps::LeaveForLater(const std::string& name, const std::string& why) {
+  m_skippedSome = true;
+  Log(LogLevel::Warning, "segment " + name + " is not read yet: " + why);
+}
+
+// Now there may be room for one that was left out.
+void Apps::ReportSkipped() {
+  if (std::exchange(m_skippedSome, false)) m_watch.ReportAllSoon();
 }
 
 // A file whose owner still lives is not a rest, whatever its content says.
@@ -53,7 +89,7 @@ void Apps::OnFinishedSegment(const std::string& name, const Key& key, const Fini
     Log(LogLevel::Warning, "segment " + name + " is removed: its count of traces is impossible");
     m_watch.Folder().Remove(name, key.first, key.second);
   } else if (!m_kept.Has(key)) {
-    m_kept.Keep(name, key, SourceOf(rest, file));
+    m_kept.Keep(name, key, SourceOf(rest, file), BoundOf(AccountOf(file)));
   }
 }
 
@@ -89,11 +125,6 @@ void Apps::SkipSegment(const std::string& name, const std::string& reason) {
     m_skippedSome = true;
 }
 
-void Apps::LeaveForLater(const std::string& name, const std::string& why) {
-  m_skippedSome = true;
-  Log(LogLevel::Warning, "segment " + name + " is not read yet: " + why);
-}
-
 void Apps::Find(const std::string& name, SegmentMap segment) {
   const Key key = KeyOf(segment);
   LinkHello hello;
@@ -109,9 +140,4 @@ void Apps::Find(const std::string& name, SegmentMap segment) {
   if (!app) return LeaveForLater(name, why);
   app->SetFile(name);
   app->StartWithoutLink(m_holdsBack);
-}
-
-// Now there may be room for one that was left out.
-void Apps::ReportSkipped() {
-  if (std::exchange(m_skippedSome, false)) m_watch.ReportAll();
 }

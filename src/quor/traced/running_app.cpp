@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <asio/post.hpp>
-#include <set>
 
 #include "quor/link/link_socket.h"
 #include "quor/log/log.h"
@@ -176,15 +175,22 @@ bool RunningApp::ReadPoints() {
     Pump();
     return false;
   }
-  for (const TracedPoint& point : fresh) {
-    if (m_pointIds.size() <= point.point) {
-      m_pointIds.resize(point.point + 1, kNoTraceId);
-      m_start.settings.resize(point.point + 1);
+  const std::vector<std::uint32_t> ids = m_host.EnterTraces(*m_entry, fresh);
+  for (std::size_t i = 0; i < fresh.size(); ++i) {
+    const std::uint32_t point = fresh[i].point;
+    if (m_pointIds.size() <= point) {
+      m_pointIds.resize(point + 1, kNoTraceId);
+      m_start.settings.resize(point + 1);
     }
-    m_pointIds[point.point] = m_host.EnterTrace(*m_entry, point);
-    m_start.settings[point.point] = point.start;
+    m_pointIds[point] = ids[i];
+    m_start.settings[point] = fresh[i].start;
   }
   ApplySettings();
+  // No library registers that many: the rest waits until others have had their turn.
+  if (fresh.size() >= SegmentPointsReader::kAtOnce)
+    asio::post(m_io, [self = shared_from_this()] {
+      if (!self->m_ended) self->ReadPoints();
+    });
   return true;
 }
 
@@ -201,10 +207,10 @@ void RunningApp::SendKept() {
   if (m_app.TakesRules()) Send(EncodeRules(m_entry->kept.Written()));
 }
 
-void RunningApp::DropStart(const std::vector<std::uint32_t>& traces, bool sink) {
-  const std::set<std::uint32_t> set(traces.begin(), traces.end());
+void RunningApp::DropStart(const std::vector<bool>& traces, bool sink) {
   for (std::size_t point = 0; point < m_pointIds.size(); ++point)
-    if (set.contains(m_pointIds[point])) m_start.settings[point].reset();
+    if (m_start.settings[point] && m_pointIds[point] < traces.size() && traces[m_pointIds[point]])
+      m_start.settings[point].reset();
   if (!sink || !m_start.sink) return;
   m_start.sink.reset();
   m_app.DropStartSink();

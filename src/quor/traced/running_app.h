@@ -28,7 +28,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
    public:
     // Null: too many.
     virtual CatalogueApp* EntryFor(const Account& account, const std::string& name) = 0;
-    virtual std::uint32_t EnterTrace(CatalogueApp& entry, const TracedPoint& point) = 0;
+    virtual std::vector<std::uint32_t> EnterTraces(CatalogueApp& entry, const TracedPoints&) = 0;
     virtual std::uint32_t DefaultSettings() const = 0;
     virtual Hub& HubFor(const Account& account, const LinkSink& sink) = 0;
     virtual void OnBegan(RunningApp& app) = 0;
@@ -54,8 +54,8 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   void ApplySettings();
   void SendKept();  // the rules for points to come
   void ApplySink();
-  // Somebody has set these traces, or the sink: what the environment gave is over for them.
-  void DropStart(const std::vector<std::uint32_t>& traces, bool sink);
+  // Somebody has set these traces, by id, or the sink: what the environment gave is over for them.
+  void DropStart(const std::vector<bool>& traces, bool sink);
   const InstanceStart& StartedWith() const { return m_start; }
   std::map<std::uint32_t, std::uint32_t> StartSettings() const;  // by trace id
   // Takes what is in the ring now, and releases everything. Does not call the host.

@@ -1,5 +1,6 @@
 // What is configured, and how long it is in force.
 #include "quor/catalogue/catalogue.h"
+#include <filesystem>
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
@@ -40,6 +41,23 @@ TEST_F(CatalogueTest, ANewApplicationStartsWithSupportAndASocketSinkToTheLocalSe
   EXPECT_EQ(app->sink.kind, SinkKind::Socket);
   EXPECT_EQ(app->sink.name, "localhost");
   EXPECT_EQ(app->sink.options, "");
+}
+
+// A change of its own for each of thousands would hold up the service for seconds.
+TEST_F(CatalogueTest, ManyTracesAtOnceAreStoredInOneChange) {
+  constexpr std::uint32_t kMany = 2000;
+  {
+    const auto catalogue = Begin();
+    CatalogueApp* const app = catalogue->Enter("orders");
+    EXPECT_EQ(catalogue->EnterTrace(*app, "Net", "Connect"), 0u);
+    for (std::uint32_t i = 1; i <= kMany; ++i)
+      EXPECT_EQ(catalogue->AddTrace(*app, "Net", std::to_string(i)), i);
+    catalogue->StoreTraces(*app, 1);
+    EXPECT_LT(std::filesystem::file_size(m_folder.File("state.db-wal")), 1u << 20);
+  }
+  const auto catalogue = Begin();
+  ASSERT_EQ(catalogue->Find("orders")->traces.size(), kMany + 1);
+  EXPECT_EQ(catalogue->Find("orders")->traces[7].category, "7");
 }
 
 TEST_F(CatalogueTest, TraceIdsAreStableOverRestartsAndTheMapIsRemembered) {

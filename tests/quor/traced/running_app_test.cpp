@@ -86,13 +86,17 @@ class RunningAppTest : public testing::Test, public RunningApp::Host {
   Hub m_hub;
   int m_ended = 0;
   std::size_t m_calls = 0;
+  std::vector<std::size_t> m_entered;  // points at a time
   const SegmentFile m_file;
 
  private:
   CatalogueApp* EntryFor(const Account&, const std::string& name) override {
     return m_catalogue.Enter(name);
   }
-  std::uint32_t EnterTrace(CatalogueApp&, const TracedPoint&) override { return kNoTraceId; }
+  std::vector<std::uint32_t> EnterTraces(CatalogueApp&, const TracedPoints& points) override {
+    m_entered.push_back(points.size());
+    return std::vector<std::uint32_t>(points.size(), kNoTraceId);
+  }
   std::uint32_t DefaultSettings() const override { return kDefaultSettings; }
   Hub& HubFor(const Account&, const LinkSink&) override { return m_hub; }
   void OnBegan(RunningApp&) override {}
@@ -311,6 +315,18 @@ TEST_F(RunningAppTest, AReadinessThatWasMeantForAnEarlierDescriptorEndsNobody) {
   EXPECT_TRUE(RunsUntil([this] { return m_ended == 1; }));
   ExpectTaken(20);
   close(pipe[1]);
+}
+
+// A segment may say that it has more than any library makes.
+TEST_F(RunningAppTest, VeryManyPointsAreReadInPartsBetweenWhichOthersHaveTheirTurn) {
+  SegmentMap segment;
+  ASSERT_TRUE(segment.Create({50000, 4096, 4096}, 1, 42, m_file.Duplicate()));
+  segment.Header()->pointCount.store(40000);
+  const auto app = Found(m_file, getpid());
+  EXPECT_EQ(m_entered, (std::vector<std::size_t>{16384}));
+  EXPECT_TRUE(RunsUntil([&] { return m_entered.size() == 3; }));
+  EXPECT_EQ(m_entered, (std::vector<std::size_t>{16384, 16384, 7232}));
+  app->Stop();
 }
 
 }  // namespace

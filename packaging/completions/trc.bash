@@ -74,7 +74,7 @@ _trc() {
       info) options='--help --json' ;;
       dump) options="--help --format --columns --from --tail --context $which" ;;
       find) options="--help --regex --perl-regex --ignore-case --word --total --format --columns --from --tail --context $which" ;;
-      tree) options="--help --depth --export --from --tail --context $which" ;;
+      tree) options="--help --depth --json --export --from --tail --context $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
       save) options="--help --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;

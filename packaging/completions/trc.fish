@@ -56,6 +56,7 @@ complete -c trc -n "__fish_seen_subcommand_from info" -s j -l json -d "One JSON 
 complete -c trc -n "__fish_seen_subcommand_from dump" -s f -l format -x -a "text jsonl" -d "Format"
 
 complete -c trc -n "__fish_seen_subcommand_from tree" -s d -l depth -x -d "Open so many levels"
+complete -c trc -n "__fish_seen_subcommand_from tree" -s j -l json -d "One JSON object per node"
 complete -c trc -n "__fish_seen_subcommand_from tree" -s x -l export -d "Write the first machine to a file"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s s -l symbols -x -a "(__fish_complete_directories)" -d "Folder with debug information"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s r -l recorded -d "Frames as they were recorded"

@@ -21,7 +21,7 @@ int RunDump(const DumpOptions& options) {
   });
   const DumpRange range{traces, traces.Limit(options.traces)};
   if (options.format == DumpFormat::Jsonl) {
-    DumpAsJsonl(range, output, host.Progress());
+    DumpAsJsonl(range, options.traces.utc, output, host.Progress());
   } else {
     DumpAsText(range, options, output, host.Progress());
   }

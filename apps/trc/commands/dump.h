@@ -32,6 +32,6 @@ struct DumpRange {
 int RunDump(const DumpOptions& options);
 
 // The formats. Both stop when the output cannot take more.
-void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress);
+void DumpAsJsonl(const DumpRange& range, bool utc, Output& output, ProgressLine& progress);
 void DumpAsText(const DumpRange& range, const DumpOptions& options, Output& output,
                 ProgressLine& progress);

@@ -1,8 +1,10 @@
 #include "commands/dump.h"
 #include "text/trace_json.h"
 
-void DumpAsJsonl(const DumpRange& range, Output& output, ProgressLine& progress) {
-  TraceJson json(range.Names());
+void DumpAsJsonl(const DumpRange& range, bool utc, Output& output, ProgressLine& progress) {
+  TraceMoments moments(utc);
+  moments.Learn(range.traces.Document().m_traces);
+  TraceJson json(range.Names(), moments);
   for (std::size_t i = range.from; range.Has(i); ++i) {
     json.Append(output.Buffer(), range.traces.PlaceOf(i), range.traces.At(i),
                 range.traces.IsBeside(i));

@@ -36,7 +36,13 @@ std::vector<Column> ColumnsOf(const ExportOptions& options) {
 class Exporter {
  public:
   Exporter(ShownTraces& traces, const ExportOptions& options, ProgressLine& progress)
-      : m_traces(traces), m_options(options), m_columns(ColumnsOf(options)), m_progress(progress) {}
+      : m_traces(traces),
+        m_options(options),
+        m_columns(ColumnsOf(options)),
+        m_moments(options.traces.utc),
+        m_progress(progress) {
+    if (options.format != ExportFormat::Csv) m_moments.Learn(traces.Document().m_traces);
+  }
 
   // `Sink` has Buffer and EndLine; stops when it takes no more, and after an interrupt.
   template <class Sink>
@@ -66,12 +72,17 @@ class Exporter {
     return sink.EndLine();
   }
 
-  void WriteRow(std::string& out, std::size_t row) const {
-    const auto write = m_options.format == ExportFormat::Csv     ? WriteExportLine
-                       : m_options.format == ExportFormat::Jsonl ? WriteJsonLine
-                                                                 : WriteRfc4180Line;
-    write(out, m_columns, m_traces.At(row), row == 0 ? nullptr : &m_traces.At(row - 1),
-          m_traces.Document().m_names, m_options.traces.utc);
+  void WriteRow(std::string& out, std::size_t row) {
+    const TraceEvent_i& event = m_traces.At(row);
+    const TraceEvent_i* const previous = row == 0 ? nullptr : &m_traces.At(row - 1);
+    const NameMap& names = m_traces.Document().m_names;
+    const CleanRow clean{m_traces.PlaceOf(row), event, previous, names, m_moments};
+    if (m_options.format == ExportFormat::Csv)
+      WriteExportLine(out, m_columns, event, previous, names, m_options.traces.utc);
+    else if (m_options.format == ExportFormat::Jsonl)
+      WriteJsonLine(out, m_columns, clean);
+    else
+      WriteRfc4180Line(out, m_columns, clean);
   }
 
   // Called between two rows if they are far apart.
@@ -84,6 +95,7 @@ class Exporter {
   ShownTraces& m_traces;
   const ExportOptions& m_options;
   const std::vector<Column> m_columns;
+  TraceMoments m_moments;
   ProgressLine& m_progress;
 };
 

@@ -61,7 +61,7 @@ bool Write(ShownTraces& traces, const FindOptions& options, Output& output,
   if (!traces.Has(range.from)) return false;
   if (isatty(STDOUT_FILENO) != 0) progress.Silence();
   if (options.output.format == DumpFormat::Jsonl) {
-    DumpAsJsonl(range, output, progress);
+    DumpAsJsonl(range, options.output.traces.utc, output, progress);
   } else {
     DumpAsText(range, options.output, output, progress);
   }

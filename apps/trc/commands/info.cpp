@@ -20,7 +20,7 @@ void CountTraces(FileInfo& info) {
     counts->resize(kNameIds);
   }
   info.records = info.document->NameRecords() + info.document->m_traces.size();
-  std::uint64_t earliest = 0, latest = 0;
+  std::uint64_t earliest = 0, latest = 0, place = 0;
   info.document->m_traces.ForEach(0, [&](const TraceEvent_i* event) {
     const RawTrace trace(event->Record());  // a file's traces have one
     ++info.machines[trace.MachineId()];
@@ -32,12 +32,15 @@ void CountTraces(FileInfo& info) {
     const std::uint64_t stamp = StampOf(trace);
     if (!info.earliest || stamp < earliest) {
       info.earliest = event;
+      info.earliestPlace = place;
       earliest = stamp;
     }
     if (!info.latest || stamp > latest) {
       info.latest = event;
+      info.latestPlace = place;
       latest = stamp;
     }
+    ++place;
   });
 }
 

@@ -26,7 +26,8 @@ struct FileInfo {
   // By their stored date and time; null when there are no traces.
   const TraceEvent_i* earliest = nullptr;
   const TraceEvent_i* latest = nullptr;
-  std::array<std::uint64_t, 3> severities = {};  // Info, Warn, Error
+  std::uint64_t earliestPlace = 0, latestPlace = 0;  // in the file
+  std::array<std::uint64_t, 3> severities = {};      // Info, Warn, Error
   std::uint64_t otherSeverities = 0;
   IdCounts machines, applications, components, categories;
 };

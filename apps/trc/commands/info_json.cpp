@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "commands/info.h"
 #include "text/json_text.h"
+#include "text/trace_moments.h"
 
 namespace {
 
@@ -15,8 +16,9 @@ Json Text(const std::string& bytes) {
   return {{"hex", hex}};
 }
 
-Json Time(const TraceEvent_i* trace) {
-  return trace ? Text(trace->GetTimeString(false)) : Json();
+Json Time(TraceMoments& moments, std::uint64_t place, const TraceEvent_i* trace) {
+  std::string time;
+  return trace && moments.Append(time, place, *trace) ? Json(time) : Json();
 }
 
 Json Names(const NameMap& names) {
@@ -63,8 +65,10 @@ std::string InfoAsJson(const FileInfo& info) {
   json["skippedBytes"] = document.Damage().skippedBytes;
   json["skippedPlaces"] = document.Damage().skippedPlaces;
   json["lastRecordCut"] = document.Damage().cutAt.has_value();
-  json["firstTime"] = Time(info.earliest);
-  json["lastTime"] = Time(info.latest);
+  TraceMoments moments(true);
+  moments.Learn(document.m_traces);
+  json["firstTime"] = Time(moments, info.earliestPlace, info.earliest);
+  json["lastTime"] = Time(moments, info.latestPlace, info.latest);
   json["severities"] = Severities(info);
   json["names"] = Names(document.m_names);
   json["machines"] = seen.machines.Ids();

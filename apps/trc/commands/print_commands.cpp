@@ -111,6 +111,8 @@ class TreeCommand final : public Command {
             },
             "Open so many levels only; 0 leaves the machines closed [default: all]")
         ->type_name("N");
+    App().add_flag("-j,--json", m_tree.json,
+                   "One JSON object per node, with its parent, and durations in nanoseconds");
     m_shared.Add({.columns = "a tree has no columns"});
     App().footer(
         "A line for each machine, application, process, thread, block (from \"Begin: \" to\n"
@@ -120,6 +122,7 @@ class TreeCommand final : public Command {
         "Examples:\n"
         "  trc tree web.trc --depth 4\n"
         "  trc tree web.trc --machine web-01 --uncheck \"All Severities/Info\"\n"
+        "  trc tree web.trc --json | jq -c 'select(.kind == \"block\" and .durationNs > 1e6)'\n"
         "  trc tree --export web.trc tree.txt");
   }
   void Complete() override {
@@ -128,6 +131,7 @@ class TreeCommand final : public Command {
       throw CLI::ValidationError("--export", "needs OUT, the file to write");
     if (!m_export && !m_tree.out.empty())
       throw CLI::ValidationError("OUT", "goes with --export only");
+    if (m_export && m_tree.json) throw CLI::ValidationError("--json", "goes with no --export");
     if (m_export && m_tree.depth != kAllLevels)
       throw CLI::ValidationError("--export", "writes the first machine whole");
   }

@@ -1,7 +1,7 @@
 #include "commands/tree.h"
 
 #include "commands/new_text_file.h"
-#include "filter/shown_traces.h"
+#include "commands/tree_json.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
@@ -12,6 +12,21 @@
 namespace {
 
 constexpr unsigned kLinesPerLook = 4096;
+constexpr const char* kBuilding = "Building the tree...";
+
+int PrintJson(const ProcModel& model, ShownTraces& traces, std::size_t first,
+              const TreeOptions& options) {
+  Output output;
+  TraceMoments moments(options.traces.utc);
+  moments.Learn(traces.Document().m_traces);
+  TreeJson json(model, traces.Document().m_names, moments, output);
+  for (std::size_t row = first; traces.Has(row); ++row)
+    json.Note(traces.At(row), traces.PlaceOf(row));
+  const ChildList& machines = model.Root().children;
+  for (std::size_t i = 0; i < machines.size(); ++i)
+    if (!json.Write(*machines[i], options.depth)) break;
+  return output.Finish();
+}
 
 int Print(const ProcModel& model, const TreeOptions& options) {
   Output output;
@@ -48,19 +63,13 @@ int Export(const ProcModel& model, const CTraceFileDoc& document, const TreeOpti
 }
 
 // False after an interrupt.
-bool Build(ShownTraces& traces, const TreeOptions& options, ProcModel& model,
-           ProgressLine& progress) {
-  constexpr const char* kCaption = "Building the tree...";
-  traces.OnLook([&](std::size_t place) {
-    progress.Show(kCaption, place, traces.All());
-    return !Interrupted();
-  });
+bool Build(ShownTraces& traces, std::size_t first, ProcModel& model, ProgressLine& progress) {
   {
     const ProcModel::Batch batch(model);
-    for (std::size_t row = traces.Limit(options.traces); traces.Has(row); ++row) {
+    for (std::size_t row = first; traces.Has(row); ++row) {
       model.AddTrace(&traces.At(row), false);
       if (row % kTracesPerLook != 0) continue;
-      progress.Show(kCaption, traces.PlaceOf(row), traces.All());
+      progress.Show(kBuilding, traces.PlaceOf(row), traces.All());
       if (Interrupted()) break;
     }
     for (std::size_t part = 0; !Interrupted() && model.UpdateDurations(part); ++part) {
@@ -80,9 +89,15 @@ int RunTree(const TreeOptions& options) {
   if (!traces.Filter(options.traces)) return kExitBad;
   CTraceFilter all;
   ProcModel model(*document, all);
-  if (!Build(traces, options, model, host.Progress())) return kExitInterrupted;
+  traces.OnLook([&](std::size_t place) {
+    host.Progress().Show(kBuilding, place, traces.All());
+    return !Interrupted();
+  });
+  const std::size_t first = traces.Limit(options.traces);
+  if (!Build(traces, first, model, host.Progress())) return kExitInterrupted;
   if (!options.out.empty()) return Export(model, *document, options, host.Progress());
-  const int status = Print(model, options);
+  const int status =
+      options.json ? PrintJson(model, traces, first, options) : Print(model, options);
   return StatusOfAnswer(*document, options.file,
                         status == kExitGood && Interrupted() ? kExitInterrupted : status);
 }

@@ -9,6 +9,7 @@
 struct TreeOptions {
   std::string file;
   std::string out;         // not empty: writes the first machine like the desktop's export
+  bool json = false;       // a line for each node, for other programs
   int depth = kAllLevels;  // how many levels are open
   TraceOptions traces;
 };

@@ -80,7 +80,9 @@ ChoiceTest::ChoiceTest(const TraceChoice& choice, const NameMap& names)
 
 bool ChoiceTest::Passes(const TraceEvent_i& trace) {
   const std::uint64_t moment = MomentKey(trace.GetDate(), trace.GetTime());
-  if (moment < m_choice.since || moment >= m_choice.until) return false;
+  if (moment < m_choice.since) return false;
+  // A record may hold any number, also the largest.
+  if (moment >= m_choice.until && m_choice.until != TraceChoice::kNever) return false;
   return TestsPass(trace) != m_choice.invert;
 }
 

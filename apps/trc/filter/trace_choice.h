@@ -31,16 +31,15 @@ struct TraceChoice {
   unsigned severities = kAllSeverities;  // bits: 1 Info, 2 Warn, 4 Error, 8 any other
   std::array<std::vector<std::string>, kChoiceFields> names;
   // Date above time, as MomentKey makes them: since <= trace < until.
-  std::uint64_t since = 0, until = std::numeric_limits<std::uint64_t>::max();
+  static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
+  std::uint64_t since = 0, until = kNever;
   bool invert = false;
 
   std::vector<std::string>& Of(ChoiceField field) { return names[static_cast<std::size_t>(field)]; }
   // Does it say anything that --invert could turn around?
   bool HasTests() const;
   // Does every trace pass?
-  bool Empty() const {
-    return !HasTests() && since == 0 && until == std::numeric_limits<std::uint64_t>::max();
-  }
+  bool Empty() const { return !HasTests() && since == 0 && until == kNever; }
 };
 
 // Packed moments in the order of time.

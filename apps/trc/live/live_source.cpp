@@ -19,7 +19,7 @@ Clock::time_point EndOf(const LiveLimits& limits) {
   std::int64_t left = kYear * kSecondMs;
   if (limits.seconds && *limits.seconds < kYear)
     left = static_cast<std::int64_t>(*limits.seconds) * kSecondMs;
-  if (const std::uint64_t until = limits.traces.choice.until; until != TraceOptions::kAll)
+  if (const std::uint64_t until = limits.traces.choice.until; until != TraceChoice::kNever)
     left = std::min(left, MillisecondsOf(until) - NowMs());
   return Clock::now() + std::chrono::milliseconds(left);
 }

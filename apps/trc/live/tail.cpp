@@ -21,13 +21,16 @@ class Lines {
 
 class JsonLines final : public Lines {
  public:
-  JsonLines(const NameMap& names, Output& output) : m_json(names), m_output(output) {}
+  JsonLines(const NameMap& names, bool utc, Output& output)
+      : m_moments(utc), m_json(names, m_moments), m_output(output) {}
   bool Add(const TakenTrace& taken, const TraceEvent_i*) override {
+    m_moments.Learn(m_index, *taken.trace);
     m_json.Append(m_output.Buffer(), m_index++, *taken.trace, taken.beside);
     return m_output.EndLine();
   }
 
  private:
+  TraceMoments m_moments;
   TraceJson m_json;
   Output& m_output;
   std::uint64_t m_index = 0;
@@ -109,7 +112,7 @@ int RunTail(const TailOptions& options) {
   Output output;
   std::unique_ptr<Lines> lines;
   if (options.format == DumpFormat::Jsonl) {
-    lines = std::make_unique<JsonLines>(source.Names(), output);
+    lines = std::make_unique<JsonLines>(source.Names(), options.limits.traces.utc, output);
   } else {
     lines = std::make_unique<TextLines>(source.Names(), options.limits.traces, output);
   }

@@ -13,11 +13,15 @@ bool IsNumber(Column column) {
 }
 
 // Empty if the trace has no such value.
-std::string ValueOf(Column column, const TraceEvent_i& event, const TraceEvent_i* previous,
-                    const NameMap& names, bool utc) {
-  if (column == Column::Sev) return std::string(SeverityWord(event));
-  if (column == Column::Source && event.GetSourceFileName(names).empty()) return {};
-  std::string value = CellText(column, event, previous, names, utc);
+std::string ValueOf(Column column, const CleanRow& row) {
+  if (column == Column::Sev) return std::string(SeverityWord(row.event));
+  if (column == Column::Source && row.event.GetSourceFileName(row.names).empty()) return {};
+  if (column == Column::Time) {
+    std::string time;
+    row.moments.Append(time, row.place, row.event);
+    return time;
+  }
+  std::string value = CellText(column, row.event, row.previous, row.names, false);
   if (IsNumber(column) && value == "n/a") return {};
   return value;
 }
@@ -47,18 +51,15 @@ void WriteRfc4180Header(std::string& out, const std::vector<Column>& columns) {
   out += '\r';
 }
 
-void WriteRfc4180Line(std::string& out, const std::vector<Column>& columns,
-                      const TraceEvent_i& event, const TraceEvent_i* previous, const NameMap& names,
-                      bool utc) {
+void WriteRfc4180Line(std::string& out, const std::vector<Column>& columns, const CleanRow& row) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (i > 0) out += ',';
-    WriteRfc4180Cell(out, ValueOf(columns[i], event, previous, names, utc));
+    WriteRfc4180Cell(out, ValueOf(columns[i], row));
   }
   out += '\r';
 }
 
-void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const TraceEvent_i& event,
-                   const TraceEvent_i* previous, const NameMap& names, bool utc) {
+void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const CleanRow& row) {
   out += '{';
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const Column column = columns[i];
@@ -66,10 +67,10 @@ void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const T
     out += '"';
     out += InfoOf(column).header;
     out += "\":";
-    const std::string value = ValueOf(column, event, previous, names, utc);
-    const bool lacks =
-        value.empty() && (IsNumber(column) || column == Column::Sev || column == Column::Source);
-    if (lacks) {
+    const std::string value = ValueOf(column, row);
+    const bool mayLack = IsNumber(column) || column == Column::Sev || column == Column::Source ||
+                         column == Column::Time;
+    if (value.empty() && mayLack) {
       out += "null";
     } else if (IsNumber(column)) {
       out += value;

@@ -2,8 +2,8 @@
 //
 // Shape    CSV as in RFC 4180: a header, quotes around cells where needed, quotes doubled, lines
 //          that end in CR LF; a missing value is an empty cell. JSON Lines: one object each, with
-//          the column headers as keys; numbers are numbers, a missing value is null, a text that is
-//          not UTF-8 is an object {"hex":"..."}.
+//          the column headers as keys; times are those of TraceMoments, numbers are numbers, a
+//          missing value is null, a text that is not UTF-8 is an object {"hex":"..."}.
 // Errors   None.
 // Threads  Pure.
 #pragma once
@@ -12,11 +12,18 @@
 #include <vector>
 
 #include "listview/columns/columns.h"
+#include "text/trace_moments.h"
 
 // The lines come without their last "\n".
 void WriteRfc4180Header(std::string& out, const std::vector<Column>& columns);
-void WriteRfc4180Line(std::string& out, const std::vector<Column>& columns,
-                      const TraceEvent_i& event, const TraceEvent_i* previous, const NameMap& names,
-                      bool utc);
-void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const TraceEvent_i& event,
-                   const TraceEvent_i* previous, const NameMap& names, bool utc);
+
+// One row of a file.
+struct CleanRow {
+  std::uint64_t place;  // in the file
+  const TraceEvent_i& event;
+  const TraceEvent_i* previous;
+  const NameMap& names;
+  TraceMoments& moments;  // has learned the file
+};
+void WriteRfc4180Line(std::string& out, const std::vector<Column>& columns, const CleanRow& row);
+void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const CleanRow& row);

@@ -26,7 +26,7 @@ void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_
   AppendNumber(json, index);
   json.append(",\"count\":");
   AppendNumber(json, trace.GetSequenceNumber());
-  AppendTime(json, trace);
+  AppendTime(json, index, trace);
   json.append(",\"tic\":");
   AppendNumber(json, trace.GetTicCount());
   AppendName(json, ",\"machine\":", trace.GetMachineId());
@@ -47,7 +47,15 @@ void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_
   json.append(beside ? ",\"context\":true}" : "}");
 }
 
-void TraceJson::AppendTime(std::string& json, const TraceEvent_i& trace) {
+// What no calendar has is given as it is stored, so that nothing is lost.
+void TraceJson::AppendTime(std::string& json, std::uint64_t index, const TraceEvent_i& trace) {
+  const std::size_t before = json.size();
+  json.append(",\"time\":\"");
+  if (m_moments.Append(json, index, trace)) {
+    json.push_back('"');
+    return;
+  }
+  json.resize(before);
   const auto [year, month, day] = UnpackDate(trace.GetDate());
   const auto [hour, minute, second, ms] = UnpackTime(trace.GetTime());
   AppendArray(json, ",\"date\":", {year, month, day});

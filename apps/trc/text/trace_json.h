@@ -9,10 +9,13 @@
 #include <vector>
 
 #include "records/trace_event.h"
+#include "text/trace_moments.h"
 
 class TraceJson {
  public:
-  explicit TraceJson(const NameMap& names) : m_names(names), m_known(kNameIds) {}
+  // Borrows the moments, which have learned the traces.
+  TraceJson(const NameMap& names, TraceMoments& moments)
+      : m_names(names), m_moments(moments), m_known(kNameIds) {}
 
   // `index` is the trace's position in the file or stream, from 0. `beside`: it only stands beside
   // a chosen one.
@@ -20,11 +23,12 @@ class TraceJson {
               bool beside = false);
 
  private:
-  static void AppendTime(std::string& json, const TraceEvent_i& trace);
+  void AppendTime(std::string& json, std::uint64_t index, const TraceEvent_i& trace);
   void AppendName(std::string& json, std::string_view key, NameId id);
   void AppendProcess(std::string& json, NameId id);
 
   const NameMap& m_names;
+  TraceMoments& m_moments;
   std::vector<std::string> m_known;      // as JSON, by id; empty: not made yet
   std::vector<std::string> m_processes;  // the same, with their accounts; as long as needed
 };

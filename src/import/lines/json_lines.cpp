@@ -80,7 +80,7 @@ constexpr KnownKey kKnownKeys[] = {{"time", ImportField::Time},
                                    {"exception", ImportField::Stack},
                                    {"attributes", ImportField::Attributes}};
 
-constexpr std::string_view kOwnKeys[] = {"i", "count", "tic", "account"};
+constexpr std::string_view kOwnKeys[] = {"i", "count", "tic", "account", "context"};
 
 // All keys of one kind are one field: the first of them counts.
 std::uint64_t BitOf(ImportField field) {
@@ -142,6 +142,7 @@ JsonLines::JsonLines(ImportFields& fields,
   m_keys.try_emplace("count", Target{Role::Count, ImportField::Count, 1});
   m_keys.try_emplace("tic", Target{Role::Tic, ImportField::Tic, 2});
   m_keys.try_emplace("account", Target{Role::Account, {}, 3});
+  m_keys.try_emplace("context", Target{Role::Context, {}, 4});
 }
 
 bool JsonLines::Read(std::string_view line, ImportedTrace& trace) {
@@ -213,6 +214,10 @@ bool JsonLines::OnValue(const std::string& path, JsonKind kind, std::string_view
       taken = kind == JsonKind::String && m_own[target.part].empty();
       if (taken) m_own[target.part] = value;
       break;
+    case Role::Context:
+      taken = kind == JsonKind::Bool && m_own[target.part].empty();
+      if (taken) m_own[target.part] = value;
+      break;
     case Role::Extra:
       break;
   }
@@ -249,9 +254,11 @@ bool JsonLines::SetPart(const Target& target, std::string_view value) {
 
 // The account stands behind the process again, as it did in the file that was dumped.
 bool JsonLines::TakeOwn() {
-  m_trace->date = PackDate(m_date[0], m_date[1], m_date[2]);
-  m_trace->time = PackTime(m_time[0], m_time[1], m_time[2], m_time[3]);
-  m_trace->hasTime = true;
+  if (m_dateParts != 0) {
+    m_trace->date = PackDate(m_date[0], m_date[1], m_date[2]);
+    m_trace->time = PackTime(m_time[0], m_time[1], m_time[2], m_time[3]);
+    m_trace->hasTime = true;
+  }
   if (!m_own[1].empty() && !m_fields.Set(ImportField::Count, m_own[1], *m_trace)) return false;
   if (!m_own[2].empty() && !m_fields.Set(ImportField::Tic, m_own[2], *m_trace)) return false;
   if (m_own[3].empty()) return true;
@@ -259,6 +266,12 @@ bool JsonLines::TakeOwn() {
   if (!(*m_trace)[ImportName::Pid].data()) process.clear();
   process += " " + m_own[3];
   return m_fields.Set(ImportField::Pid, process, *m_trace);
+}
+
+bool JsonLines::IsOwn() const {
+  if (m_dateParts != 0 || m_timeParts != 0) return m_dateParts == 7 && m_timeParts == 15;
+  return (m_set & BitOf(ImportField::Time)) != 0 && !m_own[0].empty() && !m_own[1].empty() &&
+         !m_own[2].empty();
 }
 
 bool JsonLines::Finish() {

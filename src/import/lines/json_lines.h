@@ -24,7 +24,7 @@ class JsonLines final : public LineFormat, private FlatJsonTaker {
   std::vector<std::string> Notes() const override { return MendedNote(m_mended); }
 
  private:
-  enum class Role { Field, Hex, DatePart, TimePart, Index, Count, Tic, Account, Extra };
+  enum class Role { Field, Hex, DatePart, TimePart, Index, Count, Tic, Account, Context, Extra };
   struct Target {
     Role role = Role::Extra;
     ImportField field{};
@@ -35,7 +35,7 @@ class JsonLines final : public LineFormat, private FlatJsonTaker {
     Target target;
   };
   static constexpr std::size_t kFields = static_cast<std::size_t>(ImportField::Attributes) + 1;
-  static constexpr std::size_t kOwn = 4;  // keys that mean something only beside a date
+  static constexpr std::size_t kOwn = 5;  // keys that mean something only together
 
   bool OnValue(const std::string& path, JsonKind kind, std::string_view value) override;
   void OnAgain() override;
@@ -44,7 +44,8 @@ class JsonLines final : public LineFormat, private FlatJsonTaker {
   Target Find(const std::string& path) const;
   void SetField(const Target& target, std::string_view value, bool& taken);
   bool SetPart(const Target& target, std::string_view value);
-  bool IsOwn() const { return m_dateParts == 7 && m_timeParts == 15; }
+  // Has it the keys of a dump? Today's has its time as a text, earlier ones as two arrays.
+  bool IsOwn() const;
   bool Finish();
   bool TakeOwn();
   void AddExtra(std::string_view path, JsonKind kind, std::string_view value);

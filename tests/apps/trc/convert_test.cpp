@@ -28,7 +28,7 @@ TEST(TrcConvert, WritesTheTracesAnewAndLeavesTheOldFileUntouched) {
   EXPECT_EQ(traces[0].at("pid"), "42");
   EXPECT_EQ(traces[0].at("tid"), "7");
   EXPECT_EQ(traces[0].at("attributes"), 2);
-  EXPECT_EQ(traces[0].at("time"), (json{9, 41, 7, 123}));
+  EXPECT_EQ(traces[0].at("time"), "2026-11-21T09:41:07.123000Z");
 }
 
 TEST(TrcConvert, AConvertedOldSampleHasTheTracesOfTheSampleButForItsStacks) {

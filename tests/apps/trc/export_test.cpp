@@ -88,13 +88,14 @@ TEST_F(TrcExport, AFileWithoutTracesGivesTheHeaderLineOnly) {
 }
 
 TEST_F(TrcExport, Rfc4180HasValuesInEveryColumnAndDoublesQuotes) {
-  EXPECT_EQ(Export({"--format", "csv-rfc4180", "--utc"}),
-            "Sev,Count,Tic Count,Tic Diff,Time,Machine,Application,Component,Category,Attributes,"
-            "PID,TID,Stack,Trace,Source\r\n"
-            "Info,1,100,,2026-11-21 09:41:07.123,\"we\"\"b\",\"we\"\"b\",,,\"Info, Developer\",812,"
-            "812,,\"say \"\"hi\"\", \\o/\",C:\\a.c:17\r\n"
-            ",,130,30,2026-11-21 09:41:07.123,,,,,,812,,\"f\ng\",\"two\nlines\",\r\n"
-            "Error,3,150,,2026-11-21 09:41:07.123,,,,,Error,,,,,\r\n");
+  EXPECT_EQ(
+      Export({"--format", "csv-rfc4180", "--utc"}),
+      "Sev,Count,Tic Count,Tic Diff,Time,Machine,Application,Component,Category,Attributes,"
+      "PID,TID,Stack,Trace,Source\r\n"
+      "Info,1,100,,2026-11-21T09:41:07.123000Z,\"we\"\"b\",\"we\"\"b\",,,\"Info, Developer\",812,"
+      "812,,\"say \"\"hi\"\", \\o/\",C:\\a.c:17\r\n"
+      ",,130,30,2026-11-21T09:41:07.123000Z,,,,,,812,,\"f\ng\",\"two\nlines\",\r\n"
+      "Error,3,150,,2026-11-21T09:41:07.123000Z,,,,,Error,,,,,\r\n");
 }
 
 TEST_F(TrcExport, Rfc4180TakesColumnsToo) {
@@ -119,7 +120,7 @@ TEST_F(TrcExport, JsonLinesAreKeyedByTheHeaders) {
                                          {"Count", 1},
                                          {"Tic Count", 100},
                                          {"Tic Diff", nullptr},
-                                         {"Time", "2026-11-21 09:41:07.123"},
+                                         {"Time", "2026-11-21T09:41:07.123000Z"},
                                          {"Machine", "we\"b"},
                                          {"Application", "we\"b"},
                                          {"Component", ""},

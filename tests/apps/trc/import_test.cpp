@@ -64,7 +64,7 @@ TEST_F(TrcImport, ALineThatIsNotUnderstoodIsKeptWithTheTimeBeforeAndCounted) {
   const auto traces = DumpedTraces(m_out);
   ASSERT_EQ(traces.size(), 4u);
   EXPECT_EQ(Texts(), (Lines{"one", "strange", "two", "strange too"}));
-  EXPECT_EQ(traces[1].at("time"), (nlohmann::json{9, 41, 7, 123}));
+  EXPECT_EQ(traces[1].at("time"), "2026-11-21T09:41:07.123000Z");
   EXPECT_EQ(traces[1].at("attributes"), 1);
   EXPECT_EQ(traces[2].at("attributes"), 2);
   EXPECT_EQ(traces[2].at("component"), "a");
@@ -104,8 +104,8 @@ TEST_F(TrcImport, TheYearOfSyslogIsThatOfTheFileAndSaid) {
                 ": 2 traces\n2 times have no year: it is the last one before the end of their "
                 "input\n");
   const auto traces = DumpedTraces(m_out);
-  EXPECT_EQ(traces[0].at("date"), (nlohmann::json{2019, 12, 31}));
-  EXPECT_EQ(traces[1].at("date"), (nlohmann::json{2020, 1, 1}));
+  EXPECT_EQ(traces[0].at("time"), "2019-12-31T23:59:59.000000Z");
+  EXPECT_EQ(traces[1].at("time"), "2020-01-01T00:00:01.000000Z");
   EXPECT_EQ(traces[1].at("pid"), "1");
 }
 

@@ -33,10 +33,10 @@ inline std::vector<nlohmann::json> JsonLinesOf(const std::string& text) {
   return objects;
 }
 
-// The objects of the jsonl dump of an undamaged file.
+// The objects of the jsonl dump of an undamaged file, in UTC.
 inline std::vector<nlohmann::json> DumpedTraces(const std::string& path,
                                                 std::vector<std::string> more = {}) {
-  std::vector<std::string> arguments = {"dump", path, "--format", "jsonl"};
+  std::vector<std::string> arguments = {"dump", path, "--format", "jsonl", "--utc"};
   arguments.insert(arguments.end(), more.begin(), more.end());
   const TrcRun run = RunTrc(arguments);
   EXPECT_EQ(run.status, 0) << run.err;

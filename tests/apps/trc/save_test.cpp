@@ -65,7 +65,7 @@ TEST(TrcSave, ACutTraceIsSavedAsWhatItReadsAs) {
   const auto saved = DumpedTraces(out);
   ASSERT_EQ(saved.size(), 2u);
   EXPECT_EQ(saved[1].at("text"), "cu");
-  EXPECT_EQ(saved, JsonLinesOf(RunTrc({"dump", in, "-f", "jsonl"}).out));
+  EXPECT_EQ(saved, JsonLinesOf(RunTrc({"dump", in, "-f", "jsonl", "--utc"}).out));
 }
 
 TEST(TrcSave, OverTheFileItselfFailsAndLeavesItAsItWas) {

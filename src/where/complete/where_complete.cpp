@@ -1,6 +1,7 @@
 #include "where/complete/where_complete.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "base/text.h"
 #include "where/complete/where_place.h"
@@ -50,7 +51,7 @@ class Completions {
 struct Found {
   bool inMiddle;
   std::string folded, name;
-  auto operator<=>(const Found&) const = default;
+  auto Order() const { return std::tie(inMiddle, folded, name); }
 };
 
 bool BeginsWith(std::string_view word, std::string_view typed) {
@@ -111,8 +112,10 @@ void Completions::AddNames() {
     const bool isFit = !name.empty() && (!isOrder || ReadWhereNumber(name));
     if (at != folded.npos && isFit) found.push_back({at > 0, std::move(folded), std::move(name)});
   }
-  std::sort(found.begin(), found.end());
-  found.erase(std::unique(found.begin(), found.end()), found.end());
+  std::sort(found.begin(), found.end(),
+            [](const Found& a, const Found& b) { return a.Order() < b.Order(); });
+  const auto isSame = [](const Found& a, const Found& b) { return a.Order() == b.Order(); };
+  found.erase(std::unique(found.begin(), found.end(), isSame), found.end());
   found.resize(std::min(found.size(), kWhereCompletionsMax));
   for (Found& one : found) {
     WhereValue value;

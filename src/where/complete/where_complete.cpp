@@ -1,6 +1,8 @@
 #include "where/complete/where_complete.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 #include <tuple>
 
 #include "base/text.h"
@@ -51,7 +53,9 @@ class Completions {
 struct Found {
   bool inMiddle;
   std::string folded, name;
-  auto Order() const { return std::tie(inMiddle, folded, name); }
+  bool operator<(const Found& other) const {
+    return std::tie(inMiddle, folded, name) < std::tie(other.inMiddle, other.folded, other.name);
+  }
 };
 
 bool BeginsWith(std::string_view word, std::string_view typed) {
@@ -102,7 +106,8 @@ void Completions::AddValues() {
 }
 
 void Completions::AddNames() {
-  std::vector<Found> found;
+  // Only the first ones: a document may have 65,536 names, and somebody is typing.
+  std::set<Found> found;
   const std::string typed = ToLowerAscii(m_place.typed);
   const WhereOperator op = m_place.next.op;
   const bool isOrder = op >= WhereOperator::Less && op <= WhereOperator::GreaterEqual;
@@ -110,17 +115,14 @@ void Completions::AddNames() {
     std::string folded = ToLowerAscii(name);
     const std::size_t at = folded.find(typed);
     const bool isFit = !name.empty() && (!isOrder || ReadWhereNumber(name));
-    if (at != folded.npos && isFit) found.push_back({at > 0, std::move(folded), std::move(name)});
+    if (at == folded.npos || !isFit) continue;
+    found.insert({at > 0, std::move(folded), std::move(name)});
+    if (found.size() > kWhereCompletionsMax) found.erase(std::prev(found.end()));
   }
-  std::sort(found.begin(), found.end(),
-            [](const Found& a, const Found& b) { return a.Order() < b.Order(); });
-  const auto isSame = [](const Found& a, const Found& b) { return a.Order() == b.Order(); };
-  found.erase(std::unique(found.begin(), found.end(), isSame), found.end());
-  found.resize(std::min(found.size(), kWhereCompletionsMax));
-  for (Found& one : found) {
+  for (const Found& one : found) {
     WhereValue value;
     value.isNumber = ReadWhereNumber(one.name).has_value();
-    value.text = std::move(one.name);
+    value.text = one.name;
     m_all.push_back(Made(WhereValueText(m_place.next.field, op, value), Kind::Name, {}));
   }
 }

@@ -128,7 +128,10 @@ TEST(WhereComplete, ManyNamesAreCutAndOnlyThoseOfTheFieldAreAskedFor) {
     for (int i = 0; i < 1000; ++i) all.push_back("n" + std::to_string(i));
     return all;
   };
-  EXPECT_EQ(At("machine == |", names).size(), kWhereCompletionsMax);
+  const auto all = At("machine == |", names);
+  ASSERT_EQ(all.size(), kWhereCompletionsMax);
+  EXPECT_EQ(all.front().insert, "n0");
+  EXPECT_EQ(all.back().insert, "n278") << "the first ones in their order";
   EXPECT_THAT(asked, ElementsAre(WhereField::Machine));
   At("mach| == 1", names);
   At("line == |", names);

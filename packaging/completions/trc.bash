@@ -39,6 +39,7 @@ _trc() {
     case $previous in
       --severity) COMPREPLY=($(compgen -W 'info warn warn+ error other' -- "$current")); return ;;
       --app | --component | --category | -m | --machine | --pid | --tid) _trc_names; return ;;
+      --where) _trc_names -o nospace; return ;;
       --since | --until) COMPREPLY=($(compgen -W '10m\ ago now' -- "$current")); return ;;
     esac
   fi
@@ -67,7 +68,7 @@ _trc() {
   esac
   if [[ $current == -* ]]; then
     local options='--help'
-    local which='--utc --since --until --count --severity --app --component --category --machine --pid --tid --invert --check --uncheck --user'
+    local which='--utc --since --until --count --severity --app --component --category --machine --pid --tid --invert --check --uncheck --user --where'
     case $command in
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;

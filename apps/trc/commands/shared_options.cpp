@@ -7,6 +7,7 @@
 #include "commands/columns_option.h"
 #include "filter/filter_options.h"
 #include "filter/moment.h"
+#include "filter/where_option.h"
 #include "usage.h"
 
 namespace {
@@ -64,6 +65,21 @@ void SharedOptions::Add(const RefusedOptions& refused) {
     AddNumber("--context", m_options.context, "So many traces before and after each chosen one");
   }
   AddFilterOptions(&m_app, m_options.filter);
+  AddWhere();
+}
+
+void SharedOptions::AddWhere() {
+  m_app
+      .add_option_function<std::string>(
+          "--where",
+          [this](const std::string& text) {
+            if (std::string why; !::AddWhere(m_options.where, text, &why))
+              throw CLI::ValidationError("--where", why);
+          },
+          "Only what this filter text holds for, such as 'severity >= warn and text contains "
+          "\"retry\"'; may be repeated")
+      ->trigger_on_parse()
+      ->type_name("TEXT");
 }
 
 void SharedOptions::AddTimes() {
@@ -145,7 +161,8 @@ void SharedOptions::Complete(bool choosesItself) {
   if (choice.invert && !choosesItself && !choice.HasTests())
     throw CLI::ValidationError("--invert", "needs an option that chooses, such as --severity");
   RefuseOutside("--context", m_options.context, 0, kContextMax);
-  const bool chooses = choosesItself || !choice.Empty() || !m_options.filter.Empty();
+  const bool chooses =
+      choosesItself || !choice.Empty() || !m_options.filter.Empty() || m_options.where;
   if (m_options.context > 0 && !chooses)
     throw CLI::ValidationError("--context", "needs an option that chooses, such as --severity");
 }

@@ -42,6 +42,7 @@ class SharedOptions {
   void AddRefused(const char* names, const char* reason);
   void AddChoice();
   void AddTimes();
+  void AddWhere();
   void ReadSeverities();
   std::uint64_t Moment(const char* option, const std::string& text) const;
 

@@ -6,7 +6,9 @@
 #include <utility>
 
 #include "quor/settings/settings_words.h"
+#include "records/process_name.h"
 #include "text/visible_text.h"
+#include "where/complete/where_complete.h"
 
 namespace {
 
@@ -20,7 +22,7 @@ const std::set<std::string_view> kWithValue = {
     "-m",      "-f",         "--format",    "-c",         "-n",     "--count",     "--for",
     "--check", "--uncheck",  "-p",          "--preset",   "-a",     "--app",       "-b",
     "--from",  "--columns",  "--machine",   "--user",     "--tail", "--context",   "--since",
-    "--until", "--severity", "--component", "--category", "--pid",  "--tid"};
+    "--until", "--severity", "--component", "--category", "--pid",  "--tid",       "--where"};
 
 // Options whose value is a name, of the commands that give traces.
 constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {
@@ -74,6 +76,8 @@ class Completion {
   std::string LiveMachine() const { return m_given.empty() ? std::string() : m_given.front(); }
   Words Paths(std::string_view prefix, const std::string& option);
   std::optional<Words> NamesOfOption(const std::string& before);
+  Words NamesOfField(WhereField field);
+  Words Texts(const std::string& text, const std::string& option);
   Words OfSet();
   Words OfRule(std::size_t equals);
   bool IsHere(const std::string& app) {
@@ -146,8 +150,42 @@ Words Completion::OfSet() {
   return words;
 }
 
+// The names of the traces, where a field has such.
+Words Completion::NamesOfField(WhereField field) {
+  constexpr std::pair<WhereField, ChoiceField> kFields[] = {
+      {WhereField::Application, ChoiceField::App},
+      {WhereField::Component, ChoiceField::Component},
+      {WhereField::Category, ChoiceField::Category},
+      {WhereField::Machine, ChoiceField::Machine},
+      {WhereField::Pid, ChoiceField::Pid},
+      {WhereField::Tid, ChoiceField::Tid}};
+  for (const auto& [of, choice] : kFields) {
+    if (of != field) continue;
+    Words names =
+        IsLive() ? m_names.LiveNames(LiveMachine(), choice) : m_names.FileNames(m_given, choice);
+    if (field == WhereField::Pid)
+      for (std::string& name : names) name = std::string(ProcessName::Of(name).process);
+    return names;
+  }
+  return {};
+}
+
+// The text with each of the words that could end it.
+Words Completion::Texts(const std::string& text, const std::string& option) {
+  Words texts;
+  const auto names = [this](WhereField field) { return NamesOfField(field); };
+  for (const WhereCompletion& one : WhereCompletions(text, text.size(), names))
+    texts.push_back(option + text.substr(0, one.replaceFrom) + one.insert);
+  return texts;
+}
+
 Words Completion::Choices() {
   const std::string before = Before();
+  if (kOfTraces.contains(m_words[0])) {
+    const std::string with = "--where=";
+    if (before == "--where") return Texts(m_current, "");
+    if (m_current.starts_with(with)) return Texts(m_current.substr(with.size()), with);
+  }
   for (const char* const option : {"--check", "--uncheck"}) {
     if (before == option) return Paths(m_current, "");
     const std::string with = std::string(option) + "=";

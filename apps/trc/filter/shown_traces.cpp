@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "filter/where_option.h"
 #include "terminal/output.h"
 
 bool ShownTraces::Filter(const TraceOptions& options) {
@@ -9,16 +10,33 @@ bool ShownTraces::Filter(const TraceOptions& options) {
     PrintError(why);
     return false;
   };
-  if (std::string why; !options.filter.Empty()) {
+  if (std::string why; !options.filter.Empty())
     if (!options.filter.Apply(m_document, m_filter, &why)) return fail(why);
-    if (!m_filter.allTraces) m_pass = std::make_unique<FilterPass>(m_filter);
-  }
+  m_filter.where = options.where;
+  if (!m_filter.ShowsAll())
+    m_pass = std::make_unique<FilterPass>(m_filter, m_document, options.utc);
   if (const std::string why = MissingName(options.choice, m_document.m_indexes, m_document.m_names);
       !why.empty())
     return fail(why);
   if (!options.choice.Empty()) m_choice.emplace(options.choice, m_document.m_names);
   m_all = !m_pass && !m_choice && !m_test;
   return true;
+}
+
+ShownTraces::~ShownTraces() {
+  const std::string givenUp = WhereGivenUpText(m_pass ? m_pass->GivenUp() : 0);
+  if (!givenUp.empty()) PrintError(givenUp);
+}
+
+bool ShownTraces::PassesAt(std::size_t place) {
+  const TraceList_t& traces = m_document.m_traces;
+  const TraceEvent_i& trace = *traces[place];
+  if (m_pass && m_pass->NeedsBefore()) {
+    if (!m_pass->MatchesBehind(trace, place > 0 ? traces[place - 1] : nullptr)) return false;
+  } else if (m_pass && !m_pass->Matches(trace)) {
+    return false;
+  }
+  return (!m_choice || m_choice->Passes(trace)) && (!m_test || m_test(trace));
 }
 
 void ShownTraces::Keep(Test test) {

@@ -28,6 +28,10 @@ class ShownTraces {
 
   // All traces of the document.
   explicit ShownTraces(CTraceDoc& document) : m_document(document) {}
+  // Says on standard error if searches of the filter text were given up.
+  ~ShownTraces();
+  ShownTraces(const ShownTraces&) = delete;
+  ShownTraces& operator=(const ShownTraces&) = delete;
 
   // Keeps what the filter and the values of the options let through. False after a message on
   // standard error: a path has no node, or no trace has a name. REQUIRES: no row has been
@@ -67,11 +71,7 @@ class ShownTraces {
   std::size_t FirstRowFrom(std::uint64_t place);
 
  private:
-  bool Passes(const TraceEvent_i& trace) {
-    return (!m_pass || m_pass->Matches(trace)) && (!m_choice || m_choice->Passes(trace)) &&
-           (!m_test || m_test(trace));
-  }
-  bool PassesAt(std::size_t place) { return Passes(*m_document.m_traces[place]); }
+  bool PassesAt(std::size_t place);
   // Tests the next traces. False when there are none, or the look function ends the search.
   bool SearchOn();
   void Step(std::size_t place);

@@ -11,12 +11,14 @@
 #include "filter/filter_paths.h"
 #include "filter/trace_choice.h"
 #include "listview/cells/cell_text.h"
+#include "where/where_program.h"
 
 struct TraceOptions {
   static constexpr std::uint64_t kAll = std::numeric_limits<std::uint64_t>::max();
 
   FilterPaths filter;
   TraceChoice choice;
+  WhereProgramPtr where;  // null: no --where
   std::optional<std::vector<Column>> columns;
   bool utc = false;            // times that are shown, and times of options without a zone
   std::uint64_t from = 0;      // index in the file of the first trace

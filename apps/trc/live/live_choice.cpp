@@ -5,16 +5,21 @@
 #include "text/visible_text.h"
 
 LiveChoice::LiveChoice(const TraceOptions& options, const NameMap& names)
-    : m_options(options), m_filter(options.filter, names), m_choice(options.choice, names) {}
+    : m_options(options),
+      m_filter(options.filter, names),
+      m_choice(options.choice, names),
+      m_where(options.where, names, options.utc) {}
 
 LiveChoice::~LiveChoice() {
   for (TraceEvent_i* const trace : m_held) ReleaseTrace(trace);
 }
 
-// The filter sees every trace, because it learns the names.
+// The filter sees every trace, because it learns the names; the text, because `delta` needs the
+// trace before.
 bool LiveChoice::Passes(const TraceEvent_i& trace) {
   const bool shown = m_filter.Passes(trace);
-  return m_choice.Passes(trace) && shown;
+  const bool said = m_where.Passes(trace);
+  return m_choice.Passes(trace) && shown && said;
 }
 
 bool LiveChoice::Add(TraceEvent_i* trace, const TraceTaker& take) {
@@ -61,5 +66,7 @@ std::vector<std::string> LiveChoice::Missing() const {
   if (!account.empty() && !m_filter.AccountCame())
     messages.push_back("no trace came of the account \"" + VisibleText(account) + "\"");
   for (std::string& missing : m_choice.Missing()) messages.push_back(std::move(missing));
+  if (std::string givenUp = WhereGivenUpText(m_where.GivenUp()); !givenUp.empty())
+    messages.push_back(std::move(givenUp));
   return messages;
 }

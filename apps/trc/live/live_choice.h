@@ -1,4 +1,5 @@
-// Which live traces are taken: --uncheck and its like, the values, and --context around them.
+// Which live traces are taken: --uncheck and its like, the values, the filter text, and --context
+// around them.
 //
 // Owner    Borrows options and names. Holds the traces that may still be wanted as context.
 // Threads  One.
@@ -9,6 +10,7 @@
 
 #include "filter/live_filter.h"
 #include "filter/trace_options.h"
+#include "filter/where_option.h"
 
 // A trace that is taken.
 struct TakenTrace {
@@ -41,6 +43,7 @@ class LiveChoice {
   const TraceOptions& m_options;
   LiveFilter m_filter;
   ChoiceTest m_choice;
+  LiveWhere m_where;
   std::deque<TraceEvent_i*> m_held;  // those before the next chosen one
   std::uint64_t m_chosen = 0, m_behind = 0;
   bool m_any = false, m_gap = false;

@@ -4,7 +4,6 @@
 
 #include "documents/trace_doc.h"
 #include "records/record_fields.h"
-#include "settings/globals.h"
 #include "where/where_matcher.h"
 
 namespace {
@@ -24,8 +23,8 @@ void LearnId(Table& table, bool all, const std::map<NameId, int>& marks, NameId 
   if (const auto mark = marks.find(id); mark != marks.end()) table[id] = mark->second == 1;
 }
 
-WhereClock ClockOf(const CTraceDoc& document) {
-  WhereClock clock{g_useUtc != 0};
+WhereClock ClockOf(const CTraceDoc& document, bool utc) {
+  WhereClock clock{utc};
   if (document.m_traces.empty()) return clock;
   const TraceEvent_i& newest = *document.m_traces.back();
   clock.end = MomentOfStamp(std::uint64_t{newest.GetDate()} << 32 | newest.GetTime());
@@ -43,16 +42,15 @@ const TraceEvent_i* Before(const TraceEvent_i& event, const TraceList_t& traces)
 }  // namespace
 
 struct FilterPass::Text {
-  Text(const WhereProgramPtr& program, const CTraceDoc& document)
-      : matcher(program, document.m_names, ClockOf(document)), traces(document.m_traces) {}
+  Text(const WhereProgramPtr& program, const CTraceDoc& document, bool utc)
+      : matcher(program, document.m_names, ClockOf(document, utc)), traces(document.m_traces) {}
 
   const std::uint8_t* RecordOf(const TraceEvent_i& event) {
     if (const std::uint8_t* const own = event.Record()) return own;
     record = ::RecordOf(event);
     return record.data();
   }
-  WherePrevious Before(const TraceEvent_i& event) {
-    const TraceEvent_i* const before = ::Before(event, traces);
+  WherePrevious Of(const TraceEvent_i* before) {
     return before ? WherePrevious(RawTrace(RecordOf(*before))) : WherePrevious();
   }
 
@@ -76,8 +74,9 @@ FilterPass::FilterPass(CTraceFilter& filter)
   }
 }
 
-FilterPass::FilterPass(CTraceFilter& filter, const CTraceDoc& document) : FilterPass(filter) {
-  if (filter.where) m_text = std::make_unique<Text>(filter.where, document);
+FilterPass::FilterPass(CTraceFilter& filter, const CTraceDoc& document, bool utc)
+    : FilterPass(filter) {
+  if (filter.where) m_text = std::make_unique<Text>(filter.where, document, utc);
 }
 
 FilterPass::~FilterPass() = default;
@@ -86,10 +85,25 @@ bool FilterPass::MatchesText(const TraceEvent_i& event) {
   Text& text = *m_text;
   WherePrevious previous;
   if (text.matcher.Program().UsesDelta()) {
-    if (!std::exchange(text.begun, true)) text.previous = text.Before(event);
+    if (!std::exchange(text.begun, true)) text.previous = text.Of(Before(event, text.traces));
     previous = std::exchange(text.previous, WherePrevious(RawTrace(text.RecordOf(event))));
   }
   return (m_all || MatchesMarks(event)) && text.matcher.Matches(text.RecordOf(event), previous);
+}
+
+bool FilterPass::NeedsBefore() const {
+  return m_text && m_text->matcher.Program().UsesDelta();
+}
+
+bool FilterPass::MatchesBehind(const TraceEvent_i& event, const TraceEvent_i* before) {
+  if (!NeedsBefore()) return Matches(event);
+  m_text->begun = true;
+  m_text->previous = m_text->Of(before);
+  return MatchesText(event);
+}
+
+std::uint64_t FilterPass::GivenUp() const {
+  return m_text ? m_text->matcher.LimitsReached() : 0;
 }
 
 bool FilterPass::MatchesUnknown(const RawTrace& trace) {

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "settings/globals.h"
 #include "tree/filter/trace_filter.h"
 
 class FilterPass {
@@ -23,13 +24,20 @@ class FilterPass {
   // The marks alone.
   explicit FilterPass(CTraceFilter& filter);
   // The marks, and the text if there is one.
-  FilterPass(CTraceFilter& filter, const CTraceDoc& document);
+  // `utc`: times without a zone are in UTC.
+  FilterPass(CTraceFilter& filter, const CTraceDoc& document, bool utc = g_useUtc);
   ~FilterPass();
 
   bool Matches(const TraceEvent_i& event) {
     if (m_text) return MatchesText(event);
     return m_all || MatchesMarks(event);
   }
+  // The same for traces in any order: `before` is the document's trace before it, null for its
+  // first one. Needed only if NeedsBefore.
+  bool NeedsBefore() const;
+  bool MatchesBehind(const TraceEvent_i& event, const TraceEvent_i* before);
+  // Searches of the text that took too long and were given up.
+  std::uint64_t GivenUp() const;
 
  private:
   struct Text;

@@ -164,6 +164,18 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.complete("--", "dump", other, file, "--component", "Ca")[0],
                          self.complete("--", "dump", file, "--component", "Ca")[0])
 
+    def test_filter_text(self):
+        file = str(self.folder / "some traces.trc")
+        self.assertEqual(self.complete("--", "dump", file, "--where", "compo")[0], ["component"])
+        self.assertEqual(self.complete("--", "dump", file, "--where", "component == Sq")[0], ["component == Sql"])
+        self.assertIn("severity >= warn and ", [text + " " for text in
+                      self.complete("--", "find", "x", file, "--where", "severity >= warn ")[0]])
+        self.assertEqual(self.complete("--", "tree", file, "--where=severity >= e")[0], ["--where=severity >= error"])
+        self.assertEqual(self.complete("--", "tail", "--where", "application == run")[0], ["application == running"])
+        self.assertEqual(self.complete("--bash", "trc dump 'some traces.trc' --where 'component == Sq", " \t='")[0],
+                         ["component == Sql"])
+        self.assertEqual(self.complete("--", "show", "--where", "compo")[0], [])
+
     def test_what_words_have_in_common_does_not_end_within_a_quoted_byte(self):
         for name in ("two words", "two:parts"):
             self.assertEqual(self.machine.ask("trc", "set", "--persist", name, "--all", "off"), (0, ""))

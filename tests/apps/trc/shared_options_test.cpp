@@ -43,6 +43,7 @@ const SharedOption kOptions[] = {
     {{"--severity", "warn", "--context", "1"}, "", "", "--context: what stands beside"},
     {{"--uncheck", "All Severities/Info"}, "", "", ""},
     {{"--check", "All Severities/Info"}, "", "", ""},
+    {{"--where", "text contains order"}, "", "", ""},
 };
 
 class TrcSharedOptions : public testing::Test {

@@ -31,4 +31,22 @@ TEST_F(LiveProgramsTest, CaptureWritesWhatPassesAndTellsOfNamesThatNeverCame) {
   for (const json& trace : traces) EXPECT_EQ(trace["component"], "Db");
 }
 
+TEST_F(LiveProgramsTest, ATextChoosesLiveTraces) {
+  StartService();
+  const TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "500"}});
+  const TrcRun tail = RunTrc({"tail", "-f", "jsonl", "-n", "50", "--where",
+                              "component == Db and application == orders and not text == \"\""});
+  EXPECT_EQ(tail.status, 0) << tail.err;
+  EXPECT_EQ(tail.err, "");
+  const auto lines = LinesOf(tail.out);
+  ASSERT_EQ(lines.size(), 50u);
+  for (const std::string& line : lines) EXPECT_EQ(json::parse(line)["component"], "Db") << line;
+  const std::string file = m_dir.File("out.trc");
+  const TrcRun run = RunTrc({"capture", "-o", file, "-n", "30", "--where", "component == Net"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  const auto traces = DumpedTraces(file);
+  ASSERT_EQ(traces.size(), 30u);
+  for (const json& trace : traces) EXPECT_EQ(trace["component"], "Net");
+}
+
 }  // namespace

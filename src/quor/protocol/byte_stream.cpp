@@ -4,9 +4,11 @@
 #include <asio/ssl/host_name_verification.hpp>
 #include <asio/steady_timer.hpp>
 #include <asio/write.hpp>
+#include <cerrno>
 
 #include "quor/protocol/machine.h"
 #include "quor/protocol/tls.h"
+#include "quor/received/received.h"
 
 namespace {
 
@@ -17,7 +19,11 @@ class StreamOver final : public ByteStream {
 
   asio::any_io_executor Executor() override { return Stream().get_executor(); }
   void ReadSome(std::span<std::uint8_t> to, Done done) override {
-    Stream().async_read_some(asio::buffer(to.data(), to.size()), std::move(done));
+    if constexpr (std::is_same_v<Socket, LocalSocket>) {
+      ReadLocal(to, std::move(done));
+    } else {
+      Stream().async_read_some(asio::buffer(to.data(), to.size()), std::move(done));
+    }
   }
   void WriteAll(const std::vector<asio::const_buffer>& from, Done done) override {
     asio::async_write(Stream(), from, std::move(done));
@@ -28,10 +34,25 @@ class StreamOver final : public ByteStream {
   }
   void Close() override {
     std::error_code ignored;
+    if constexpr (std::is_same_v<Socket, LocalSocket>)
+      if (m_socket.is_open()) EndPeer(m_socket.native_handle());
     Stream().lowest_layer().close(ignored);
   }
 
  private:
+  // A peer on this machine may send descriptors.
+  void ReadLocal(std::span<std::uint8_t> to, Done done) {
+    m_socket.async_wait(asio::socket_base::wait_read,
+                        [this, to, done = std::move(done)](const std::error_code& error) mutable {
+                          if (error) return done(error, 0);
+                          const ssize_t got =
+                              ReceiveAll(m_socket.native_handle(), to.data(), to.size(), nullptr);
+                          if (got < 0 && errno == EAGAIN) return ReadLocal(to, std::move(done));
+                          if (got < 0) return done({errno, std::system_category()}, 0);
+                          if (got == 0) return done(asio::error::eof, 0);
+                          done({}, static_cast<std::size_t>(got));
+                        });
+  }
   auto& Stream() {
     if constexpr (std::is_same_v<Socket, LocalSocket>) {
       return m_socket;

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "base/fail_with.h"
 #include "quor/link/link_socket.h"
 #include "quor/log/log.h"
+#include "quor/received/received.h"
 
 namespace {
 
@@ -83,28 +85,35 @@ void LocalArrival::OnReadable() {
 
 void LocalArrival::ReadHello() {
   std::uint8_t bytes[4096];
-  const LinkReceived got = ReceiveOnLink(m_socket.native_handle(), bytes, sizeof bytes);
-  m_descriptors += got.descriptorCount;
-  for (int i = 0; i < got.descriptorCount; ++i) {
-    if (m_segment < 0)
-      m_segment = got.descriptors[i];
-    else
-      close(got.descriptors[i]);
-  }
+  std::vector<int> descriptors;
+  const ssize_t got = ReceiveAll(m_socket.native_handle(), bytes, sizeof bytes, &descriptors);
+  const bool ended = got == 0 || (got < 0 && errno != EAGAIN);
+  TakeSegment(descriptors);
   const std::uint8_t* from = bytes;
   LinkFrame frame;
-  switch (m_decoder.Feed(from, bytes + got.bytes, frame)) {
+  switch (m_decoder.Feed(from, bytes + std::max<ssize_t>(got, 0), frame)) {
     case LinkDecoder::Result::More:
-      return got.ended ? Finish() : Await();
+      return ended ? Finish() : Await();
     case LinkDecoder::Result::Error:
       return Refuse(std::string("malformed: ") + m_decoder.Why());
     case LinkDecoder::Result::Frame:
       break;
   }
   std::string why;
-  if (!TakeHello(frame, {from, static_cast<const std::uint8_t*>(bytes) + got.bytes}, &why))
+  if (!TakeHello(frame, {from, static_cast<const std::uint8_t*>(bytes) + got}, &why))
     return Refuse(why);
   Finish();
+}
+
+// What another account sends may be any file: only one in memory is asked for its state.
+void LocalArrival::TakeSegment(const std::vector<int>& descriptors) {
+  for (const int descriptor : descriptors) {
+    ++m_descriptors;
+    if (m_segment < 0 && (m_peer.uid == geteuid() || IsInSharedMemory(descriptor)))
+      m_segment = descriptor;
+    else
+      CloseReceived(descriptor);
+  }
 }
 
 bool LocalArrival::TakeHello(const LinkFrame& frame, Bytes rest, std::string* why) {
@@ -121,12 +130,16 @@ bool LocalArrival::TakeHello(const LinkFrame& frame, Bytes rest, std::string* wh
                      {rest.begin(), rest.end()},
                      Account{m_peer.uid}};
   const char* reason = "";
+  if (m_descriptors == 1 && m_segment < 0)
+    return FailWith(why, "the segment does not lie in memory");
   if (m_segment >= 0 && !arrival.segment.Open(std::exchange(m_segment, -1), &reason))
     return FailWith(why, reason);
   std::error_code error;
   arrival.socket.assign(fcntl(m_socket.native_handle(), F_DUPFD_CLOEXEC, 0), error);
   if (error) return FailWith(why, error.message());
-  return m_host->OnApplication(std::move(arrival), why);
+  // From here on the connection may live longer than this.
+  m_endsPeer = !m_host->OnApplication(std::move(arrival), why);
+  return !m_endsPeer;
 }
 
 void LocalArrival::Refuse(const std::string& why) {
@@ -145,6 +158,7 @@ void LocalArrival::Finish() {
 void LocalArrival::Stop() {
   m_host = nullptr;
   std::error_code ignored;
+  if (m_socket.is_open() && m_endsPeer) EndPeer(m_socket.native_handle());
   m_socket.close(ignored);
   m_deadline.cancel();
   m_again.cancel();

@@ -45,6 +45,7 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   void Await();
   void OnReadable();
   void ReadHello();
+  void TakeSegment(const std::vector<int>& descriptors);
   bool TakeHello(const LinkFrame& frame, Bytes rest, std::string* why);
   void Refuse(const std::string& why);
   void Finish();
@@ -57,5 +58,5 @@ class LocalArrival final : public std::enable_shared_from_this<LocalArrival> {
   LinkDecoder m_decoder;
   int m_segment = -1;
   int m_descriptors = 0;  // received
-  bool m_isApplication = false;
+  bool m_isApplication = false, m_endsPeer = true;
 };

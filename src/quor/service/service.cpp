@@ -17,6 +17,7 @@
 #include "quor/catalogue/catalogue_store.h"
 #include "quor/link/segment_folder.h"
 #include "quor/log/log.h"
+#include "quor/received/received.h"
 #include "quor/service/manager_notice.h"
 
 namespace {
@@ -183,6 +184,7 @@ void Service::TakeArrival(int socket) {
     Log(LogLevel::Warning, "process " + std::to_string(peer.pid) + " of user " +
                                std::to_string(peer.uid) +
                                " is refused: only the user of this service may connect");
+    EndPeer(socket);
     close(socket);
     return;
   }

@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <asio/post.hpp>
+#include <cerrno>
 
 #include "quor/link/link_socket.h"
 #include "quor/log/log.h"
+#include "quor/received/received.h"
 
 namespace {
 
@@ -59,8 +61,7 @@ void RunningApp::ReleaseHeld() {
 
 void RunningApp::Relink(AppArrival arrival) {
   m_isHeldBack = false;
-  std::error_code ignored;
-  m_socket.close(ignored);
+  CloseLink();
   m_app.EndWait();
   m_timer.cancel();
   if (arrival.hello.app != m_app.Name()) {
@@ -107,10 +108,10 @@ void RunningApp::AwaitLink() {
 
 void RunningApp::ReadLink() {
   std::uint8_t bytes[4096];
-  const LinkReceived got = ReceiveOnLink(m_socket.native_handle(), bytes, sizeof bytes);
-  for (int i = 0; i < got.descriptorCount; ++i) close(got.descriptors[i]);
-  if (!TakeBytes(bytes, bytes + got.bytes)) return;
-  if (got.ended) return LoseLink("");
+  const ssize_t got = ReceiveAll(m_socket.native_handle(), bytes, sizeof bytes, nullptr);
+  const bool ended = got == 0 || (got < 0 && errno != EAGAIN);
+  if (!TakeBytes(bytes, bytes + std::max<ssize_t>(got, 0))) return;
+  if (ended) return LoseLink("");
   if (m_socket.is_open()) AwaitLink();
 }
 
@@ -147,12 +148,17 @@ bool RunningApp::Handle(const LinkFrame& frame) {
   }
 }
 
+void RunningApp::CloseLink() {
+  std::error_code ignored;
+  if (m_socket.is_open()) EndPeer(m_socket.native_handle());
+  m_socket.close(ignored);
+}
+
 void RunningApp::LoseLink(const std::string& why) {
   if (!why.empty())
     Log(LogLevel::Warning,
         "application " + m_app.Name() + " (" + std::to_string(Pid()) + "): link ended: " + why);
-  std::error_code ignored;
-  m_socket.close(ignored);
+  CloseLink();
   m_timer.cancel();
   Pump();
   if (m_ended) return;
@@ -310,8 +316,8 @@ void RunningApp::Stop() {
 void RunningApp::CloseAll() {
   m_app.Leave();
   if (m_readsWithoutLink) m_app.LeaveClaim();
+  CloseLink();
   std::error_code ignored;
-  m_socket.close(ignored);
   m_process.close(ignored);
   m_timer.cancel();
   m_look.cancel();

@@ -47,8 +47,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   // has ended. `held`: not before ReleaseHeld either.
   void StartWithoutLink(bool held);
   void ReleaseHeld();
-  // REQUIRES: the constructor has taken its part of `arrival`.
-  // Relink: the same segment, over another link.
+  // The same segment, over another link. REQUIRES: the constructor has taken its part of `arrival`.
   void Relink(AppArrival arrival);
   // The settings or the sink in the catalogue have changed. What the environment gave stays.
   void ApplySettings();
@@ -88,6 +87,7 @@ class RunningApp final : public std::enable_shared_from_this<RunningApp> {
   void ReadLink();
   bool TakeBytes(const std::uint8_t* from, const std::uint8_t* end);
   bool Handle(const LinkFrame& frame);
+  void CloseLink();
   void LoseLink(const std::string& why);
   const LinkSink& Sink() const { return m_start.sink ? *m_start.sink : m_entry->sink; }
   void Send(const std::vector<std::uint8_t>& frame);

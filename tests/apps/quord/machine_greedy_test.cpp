@@ -4,8 +4,10 @@
 #include <quor/quor.hpp>
 
 #include "machine_fixture.h"
+#include "quor/link/link.h"
 #include "quor/link/segment_folder.h"
 #include "quor/ring/segment_map.h"
+#include "support/lingering_socket.h"
 
 namespace {
 
@@ -89,6 +91,46 @@ TEST_F(MachineGreedy, RestsOfWhichNobodyLearnsAreBoundedAsWell) {
   EXPECT_EQ(Files(), 1024u);
   games->Go();
   EXPECT_EQ(games->Wait(), 0);
+}
+
+// Whoever reads the bytes beside which such a descriptor came would close it, and wait.
+TEST_F(MachineGreedy, ADescriptorThatDoesNotCloseHoldsUpNobody) {
+  if (!IsRoot()) return;  // there is one account
+  const auto games = Program(kGames, [&](TracedChild& self) {
+    std::list<LingeringSocket> all(4);
+    quor::wire::Hello hello;
+    hello.set_version(kProtocolVersion);
+    hello.set_role(quor::wire::ROLE_MONITOR);
+    LinkHello link;
+    const std::vector<std::uint8_t> client =
+        EncodeFrame(FrameType::Hello, hello.SerializeAsString());
+    const std::vector<std::uint8_t> whole = EncodeHello(link), strange(40, 0xFF), one(1, 0);
+    std::vector<int> sockets;
+    for (const auto* const bytes : {&client, &whole, &strange, &one}) {
+      LingeringSocket& lingering = all.back();
+      sockets.push_back(ConnectToService(Socket().c_str(), kMachineUid));
+      const int number = lingering.Number();
+      if (!SendOnLink(sockets.back(), *bytes, &number, 1)) return 1;
+      lingering.Forget();
+      all.splice(all.begin(), all, std::prev(all.end()));
+    }
+    self.Report(1);
+    self.AwaitGo();
+    for (const int socket : sockets) close(socket);
+    self.Report(2);
+    self.AwaitGo();
+    return 0;
+  });
+  Start();
+  const auto began = std::chrono::steady_clock::now();
+  for (std::uint64_t step = 1; step <= 2; ++step) {
+    EXPECT_EQ(games->Reported(), step);
+    EXPECT_EQ(AsClient(kMail, [](QuordClient& client) { return Listed(client).empty() ? 0 : 1; }),
+              0);
+    games->Go();
+  }
+  EXPECT_EQ(games->Wait(), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(60));
 }
 
 }  // namespace

@@ -19,3 +19,21 @@ void Command::AddLineFormat(std::string& format) {
       ->check(OneOf({"text", "jsonl"}))
       ->type_name("FORMAT");
 }
+
+void Command::AddFiles(std::vector<std::string>& files, const char* help) {
+  const std::string text =
+      "Trace files, also packed with gzip or zstd; - is standard input. Several are put together "
+      "in the order of time";
+  m_app.add_option("FILE", files, text + help)->required()->type_name("");
+}
+
+void Command::AddFilesAndOut(std::vector<std::string>& files, const char* shown, const char* help) {
+  m_app.add_option("FILES", files, help)->required()->option_text(shown);
+}
+
+std::string Command::TakeOut(std::vector<std::string>& files, const char* shown) {
+  if (files.size() < 2) throw CLI::RequiredError(shown);
+  std::string out = std::move(files.back());
+  files.pop_back();
+  return out;
+}

@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 class Command {
  public:
@@ -32,6 +33,11 @@ class Command {
   // Named as the library wants it: "-n,--count". `type` is what the help calls the value.
   CLI::Option* AddNumber(const std::string& names, std::uint64_t& number, const char* help,
                          const char* type = "N");
+  // The trace files that the command reads, "FILE...".
+  void AddFiles(std::vector<std::string>& files, const char* help = "");
+  // Of "FILE... OUT". TakeOut takes the last word out of the files.
+  void AddFilesAndOut(std::vector<std::string>& files, const char* shown, const char* help);
+  static std::string TakeOut(std::vector<std::string>& files, const char* shown);
   // How traces are printed: "text" or "jsonl".
   void AddLineFormat(std::string& format);
 

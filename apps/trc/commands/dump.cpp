@@ -2,16 +2,16 @@
 
 #include <unistd.h>
 
+#include "input/trace_input.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
-#include "terminal/trace_file.h"
 
 int RunDump(const DumpOptions& options) {
   TerminalHost host;
-  const auto document = OpenTraceFile(host, options.file);
-  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
+  TraceInput input(host);
+  if (!input.Open(options.files)) return StatusWithoutInput();
 
-  ShownTraces traces(*document);
+  ShownTraces traces(input.Document());
   if (!traces.Filter(options.traces)) return kExitBad;
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Output output;
@@ -26,5 +26,5 @@ int RunDump(const DumpOptions& options) {
     DumpAsText(range, options, output, host.Progress());
   }
   host.Progress().Clear();
-  return StatusOfAnswer(*document, options.file, output.Finish());
+  return input.StatusOfAnswer(output.Finish());
 }

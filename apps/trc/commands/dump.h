@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "filter/shown_traces.h"
 #include "listview/cells/cell_text.h"
@@ -11,7 +12,7 @@
 enum class DumpFormat { Text, Jsonl };
 
 struct DumpOptions {
-  std::string file;
+  std::vector<std::string> files;
   DumpFormat format = DumpFormat::Text;
   TraceOptions traces;  // columns go with the text only
 };

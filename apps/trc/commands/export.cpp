@@ -4,11 +4,11 @@
 
 #include "commands/new_text_file.h"
 #include "filter/shown_traces.h"
+#include "input/trace_input.h"
 #include "listview/export/export_cells.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
-#include "terminal/trace_file.h"
 #include "text/clean_lines.h"
 
 namespace {
@@ -105,25 +105,25 @@ int ExportToOutput(Exporter& exporter) {
   return output.Finish();
 }
 
-int ExportToFile(Exporter& exporter, const CTraceFileDoc& document, const ExportOptions& options) {
+int ExportToFile(Exporter& exporter, const TraceInput& input, const ExportOptions& options) {
   NewTextFile file;
   if (!file.Open(options.out)) return kExitBad;
   exporter.Run(file.Lines());
-  if (!Interrupted() && !IsUnchanged(document, options.file, options.out)) return kExitBad;
-  return StatusWithDamage(document, file.Finish());
+  if (!Interrupted() && !input.IsUnchanged(options.out)) return kExitBad;
+  return input.StatusWithDamage(file.Finish());
 }
 
 }  // namespace
 
 int RunExport(const ExportOptions& options) {
   TerminalHost host;
-  const auto document = OpenTraceFile(host, options.file);
-  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
-  ShownTraces traces(*document);
+  TraceInput input(host);
+  if (!input.Open(options.files)) return StatusWithoutInput();
+  ShownTraces traces(input.Document());
   if (!traces.Filter(options.traces)) return kExitBad;
   const bool toOutput = options.out == "-";
   if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Exporter exporter(traces, options, host.Progress());
-  if (!toOutput) return ExportToFile(exporter, *document, options);
-  return StatusOfAnswer(*document, options.file, ExportToOutput(exporter));
+  if (!toOutput) return ExportToFile(exporter, input, options);
+  return input.StatusOfAnswer(ExportToOutput(exporter));
 }

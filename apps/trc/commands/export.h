@@ -3,13 +3,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "filter/trace_options.h"
 
 enum class ExportFormat { Csv, CsvRfc4180, Jsonl };
 
 struct ExportOptions {
-  std::string file, out;  // out "-": standard output
+  std::vector<std::string> files;
+  std::string out;  // "-": standard output
   ExportFormat format = ExportFormat::Csv;
   bool hidden = false;  // all columns
   // Its columns stand in the list's default order. Unset: those that a list shows at first, or all

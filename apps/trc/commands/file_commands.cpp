@@ -53,11 +53,9 @@ class SaveCommand final : public Command {
  public:
   explicit SaveCommand(CLI::App& program)
       : Command(program, "save", "Write the traces of a file to a new one") {
-    App().add_option("IN", m_save.in, "A trace file")->required()->type_name("");
-    App()
-        .add_option("OUT", m_save.out, "The new file; an existing one is replaced")
-        ->required()
-        ->type_name("");
+    AddFilesAndOut(m_save.in, "IN... OUT",
+                   "Trace files, also packed ones, - is standard input; the last is the new file, "
+                   "an existing one is replaced");
     m_shared.Add({.columns = kWholeTraces});
     App().footer(
         "All traces are written, or those that the options choose, with just the names\n"
@@ -67,7 +65,10 @@ class SaveCommand final : public Command {
         "  trc save web.trc clean.trc\n"
         "  trc save web.trc errors.trc --severity error --context 100");
   }
-  void Complete() override { m_shared.Complete(); }
+  void Complete() override {
+    m_save.out = TakeOut(m_save.in, "OUT");
+    m_shared.Complete();
+  }
   int Run() const override { return RunSave(m_save); }
 
  private:
@@ -104,12 +105,9 @@ class ExportCommand final : public Command {
  public:
   explicit ExportCommand(CLI::App& program)
       : Command(program, "export", "Write the traces of a file as text") {
-    App().add_option("FILE", m_export.file, "A trace file")->required()->type_name("");
-    App()
-        .add_option("OUT", m_export.out,
-                    "The text file, an existing one is replaced; - is standard output")
-        ->required()
-        ->type_name("");
+    AddFilesAndOut(m_export.files, "FILE... OUT",
+                   "Trace files, also packed ones, - is standard input; the last is the text file, "
+                   "an existing one is replaced; - is standard output");
     App()
         .add_option("-f,--format", m_exportFormat,
                     "csv: as the desktop's Export writes it (the default); csv-rfc4180, jsonl: "
@@ -132,6 +130,7 @@ class ExportCommand final : public Command {
   void Complete() override {
     if (m_exportFormat == "csv-rfc4180") m_export.format = ExportFormat::CsvRfc4180;
     if (m_exportFormat == "jsonl") m_export.format = ExportFormat::Jsonl;
+    m_export.out = TakeOut(m_export.files, "OUT");
     m_shared.Complete();
   }
   int Run() const override { return RunExport(m_export); }

@@ -3,9 +3,9 @@
 #include <unistd.h>
 
 #include "filter/perl_pattern.h"
+#include "input/trace_input.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
-#include "terminal/trace_file.h"
 #include "tree/find/searched_text.h"
 #include "tree/regex/regex.h"
 
@@ -82,10 +82,10 @@ int RunFind(const FindOptions& options) {
   Pattern pattern;
   if (!pattern.Prepare(options)) return kExitBad;
   TerminalHost host;
-  const auto document = OpenTraceFile(host, options.output.file);
-  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
+  TraceInput input(host);
+  if (!input.Open(options.output.files)) return StatusWithoutInput();
 
-  ShownTraces traces(*document);
+  ShownTraces traces(input.Document());
   if (!traces.Filter(options.output.traces)) return kExitBad;
   Output output;
   traces.Keep([&, text = std::string()](const TraceEvent_i& trace) mutable {
@@ -97,6 +97,5 @@ int RunFind(const FindOptions& options) {
   });
   const bool any = Write(traces, options, output, host.Progress());
   host.Progress().Clear();
-  return StatusOfAnswer(*document, options.output.file,
-                        StatusOf(output.Finish(), any, pattern.GivenUp()));
+  return input.StatusOfAnswer(StatusOf(output.Finish(), any, pattern.GivenUp()));
 }

@@ -2,11 +2,11 @@
 
 #include <optional>
 
+#include "input/trace_input.h"
 #include "listview/cells/cell_text.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
-#include "terminal/trace_file.h"
 
 namespace {
 
@@ -44,11 +44,11 @@ void CountTraces(FileInfo& info) {
   });
 }
 
-std::optional<FileInfo> Examine(TerminalHost& host, const std::string& path) {
+std::optional<FileInfo> Examine(TraceInput& input, const std::string& path) {
   FileInfo info;
   info.path = path;
-  info.document = OpenTraceFile(host, path);
-  if (!info.document) return std::nullopt;
+  if (!input.Open({path})) return std::nullopt;
+  info.document = &input.Document();
   CountTraces(info);
   return info;
 }
@@ -61,7 +61,8 @@ int RunInfo(const InfoOptions& options) {
   bool good = true, whole = true;
   bool first = true;
   for (const std::string& path : options.files) {
-    const std::optional<FileInfo> info = Examine(host, path);
+    TraceInput input(host);
+    const std::optional<FileInfo> info = Examine(input, path);
     if (Interrupted()) break;
     if (!info) {
       good = false;
@@ -70,7 +71,7 @@ int RunInfo(const InfoOptions& options) {
     if (!first && !options.json) output.Line("");
     first = false;
     if (!output.Line(options.json ? InfoAsJson(*info) : InfoAsText(*info))) break;
-    whole = StatusOfAnswer(*info->document, path, kExitGood) == kExitGood && whole;
+    whole = input.StatusOfAnswer(kExitGood) == kExitGood && whole;
   }
   const int status = output.Finish();
   if (status != kExitGood) return status;

@@ -21,7 +21,7 @@ using IdCounts = std::vector<std::uint64_t>;
 
 struct FileInfo {
   std::string path;
-  std::unique_ptr<CTraceFileDoc> document;
+  const CTraceFileDoc* document = nullptr;
   std::uint64_t records = 0;  // name and trace records
   // By their stored date and time; null when there are no traces.
   const TraceEvent_i* earliest = nullptr;

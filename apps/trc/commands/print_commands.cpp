@@ -36,7 +36,7 @@ class DumpCommand final : public LineCommand {
  public:
   explicit DumpCommand(CLI::App& program)
       : LineCommand(program, "dump", "Print the traces of a file") {
-    App().add_option("FILE", m_dump.file, "A trace file")->required()->type_name("");
+    AddFiles(m_dump.files);
     AddLines(m_dump);
     App().footer(
         "Examples:\n"
@@ -46,6 +46,8 @@ class DumpCommand final : public LineCommand {
         "  trc dump web.trc --component Sql --severity error --context 5\n"
         "  trc dump web.trc --since \"2026-11-23 09:41\" --until \"2026-11-23 09:45\"\n"
         "  trc dump web.trc --uncheck \"All Severities/Info\" --count 20\n"
+        "  trc dump web.1.trc web.trc --severity error\n"
+        "  gzip -c web.trc | trc dump - --tail 3\n"
         "  trc dump web.trc --format jsonl > web.jsonl");
   }
   void Complete() override { CompleteLines(m_dump, false); }
@@ -60,7 +62,7 @@ class FindCommand final : public LineCommand {
   explicit FindCommand(CLI::App& program)
       : LineCommand(program, "find", "Print the traces of a file whose text matches") {
     App().add_option("PATTERN", m_find.pattern, "The text to look for")->required()->type_name("");
-    App().add_option("FILE", m_find.output.file, "A trace file")->required()->type_name("");
+    AddFiles(m_find.output.files);
     App().add_flag("-e,--regex", m_find.expression, "PATTERN is a regular expression");
     App().add_flag("-P,--perl-regex", m_find.perl, "PATTERN is a Perl expression (PCRE2)");
     App().add_flag("-i,--ignore-case", m_find.ignoreCase, "Capital and small letters are the same");
@@ -95,10 +97,7 @@ class TreeCommand final : public Command {
  public:
   explicit TreeCommand(CLI::App& program)
       : Command(program, "tree", "Print the traces of a file as a procedure tree") {
-    App().add_option("FILE", m_tree.file, "A trace file")->required()->type_name("");
-    App()
-        .add_option("OUT", m_tree.out, "With --export: the text file; an existing one is replaced")
-        ->type_name("");
+    AddFiles(m_tree.files, ". With --export the last is the text file OUT, which is replaced");
     App().add_flag(
         "-x,--export", m_export,
         "Write the first machine to OUT, as the desktop's Export writes it with all open");
@@ -127,10 +126,9 @@ class TreeCommand final : public Command {
   }
   void Complete() override {
     m_shared.Complete();
-    if (m_export && m_tree.out.empty())
+    if (m_export && m_tree.files.size() < 2)
       throw CLI::ValidationError("--export", "needs OUT, the file to write");
-    if (!m_export && !m_tree.out.empty())
-      throw CLI::ValidationError("OUT", "goes with --export only");
+    if (m_export) m_tree.out = TakeOut(m_tree.files, "OUT");
     if (m_export && m_tree.json) throw CLI::ValidationError("--json", "goes with no --export");
     if (m_export && m_tree.depth != kAllLevels)
       throw CLI::ValidationError("--export", "writes the first machine whole");

@@ -2,11 +2,11 @@
 
 #include "base/new_file.h"
 #include "filter/shown_traces.h"
+#include "input/trace_input.h"
 #include "records/trc_writer.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
-#include "terminal/trace_file.h"
 
 namespace {
 
@@ -31,7 +31,7 @@ bool WriteTraces(ShownTraces& traces, const SaveOptions& options, TrcWriter& wri
   return good;
 }
 
-int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& options,
+int Save(ShownTraces& traces, const TraceInput& input, const SaveOptions& options,
          ProgressLine& progress) {
   const std::string& path = options.out;
   const auto failed = [&path](const char* text, const std::string& why) {
@@ -52,7 +52,7 @@ int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& 
     PrintError(path + ": interrupted after " + std::to_string(saved) + " traces, and not written");
     return kExitInterrupted;
   }
-  if (!IsUnchanged(document, options.in, path)) return kExitBad;
+  if (!input.IsUnchanged(path)) return kExitBad;
   return file.Finish(&why) ? kExitGood : failed("Error creating file.", why);
 }
 
@@ -60,9 +60,9 @@ int Save(ShownTraces& traces, const CTraceFileDoc& document, const SaveOptions& 
 
 int RunSave(const SaveOptions& options) {
   TerminalHost host;
-  const auto document = OpenTraceFile(host, options.in);
-  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
-  ShownTraces traces(*document);
+  TraceInput input(host);
+  if (!input.Open(options.in)) return StatusWithoutInput();
+  ShownTraces traces(input.Document());
   if (!traces.Filter(options.traces)) return kExitBad;
-  return StatusWithDamage(*document, Save(traces, *document, options, host.Progress()));
+  return input.StatusWithDamage(Save(traces, input, options, host.Progress()));
 }

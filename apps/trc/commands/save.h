@@ -2,11 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "filter/trace_options.h"
 
 struct SaveOptions {
-  std::string in, out;
+  std::vector<std::string> in;
+  std::string out;
   TraceOptions traces;
 };
 

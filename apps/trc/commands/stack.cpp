@@ -7,11 +7,11 @@
 #include <iterator>
 
 #include "filter/shown_traces.h"
+#include "input/trace_input.h"
 #include "symbols/symbol_reader.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
-#include "terminal/trace_file.h"
 #include "text/visible_text.h"
 
 namespace {
@@ -64,9 +64,9 @@ std::vector<std::string> AllFolders(const StackOptions& options) {
 
 int WriteStacksOfFile(const StackOptions& options, StackWriter& writer, Output& output) {
   TerminalHost host;
-  const auto document = OpenTraceFile(host, options.file);
-  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
-  ShownTraces traces(*document);
+  TraceInput input(host);
+  if (!input.Open(options.files)) return StatusWithoutInput();
+  ShownTraces traces(input.Document());
   if (!traces.Filter(options.traces)) return kExitBad;
   traces.Keep([](const TraceEvent_i& trace) { return !trace.GetStack().empty(); });
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
@@ -84,8 +84,7 @@ int WriteStacksOfFile(const StackOptions& options, StackWriter& writer, Output& 
   host.Progress().Clear();
   const int status = output.Finish();
   writer.ReportMissing();
-  return StatusOfAnswer(*document, options.file,
-                        status == kExitGood && written == 0 ? kExitNo : status);
+  return input.StatusOfAnswer(status == kExitGood && written == 0 ? kExitNo : status);
 }
 
 }  // namespace
@@ -95,6 +94,6 @@ int RunStack(const StackOptions& given) {
   options.folders = AllFolders(given);
   Output output;
   StackWriter writer(options, output);
-  return options.file == "-" ? WriteGivenStack(writer, output)
-                             : WriteStacksOfFile(options, writer, output);
+  return options.files.front() == "-" ? WriteGivenStack(writer, output)
+                                      : WriteStacksOfFile(options, writer, output);
 }

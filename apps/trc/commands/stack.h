@@ -7,7 +7,7 @@
 #include "filter/trace_options.h"
 
 struct StackOptions {
-  std::string file;                  // "-": standard input has the text of one stack
+  std::vector<std::string> files;    // "-" first: standard input has the text of one stack
   std::vector<std::string> folders;  // with separate debug information or moved modules
   bool recorded = false;             // no names
   TraceOptions traces;

@@ -10,8 +10,9 @@ class StackCommand final : public Command {
   explicit StackCommand(CLI::App& program)
       : Command(program, "stack", "Print the call stacks of a file's traces, with function names") {
     App()
-        .add_option("FILE", m_stack.file,
-                    "A trace file; - reads the text of one stack from standard input")
+        .add_option("FILE", m_stack.files,
+                    "Trace files, also packed ones; - reads the text of one stack from standard "
+                    "input")
         ->required()
         ->type_name("");
     App()

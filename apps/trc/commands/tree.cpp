@@ -2,10 +2,10 @@
 
 #include "commands/new_text_file.h"
 #include "commands/tree_json.h"
+#include "input/trace_input.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
-#include "terminal/trace_file.h"
 #include "text/visible_text.h"
 #include "tree/proc/model/proc_model.h"
 
@@ -41,7 +41,7 @@ int Print(const ProcModel& model, const TreeOptions& options) {
   return output.Finish();
 }
 
-int Export(const ProcModel& model, const CTraceFileDoc& document, const TreeOptions& options,
+int Export(const ProcModel& model, const TraceInput& input, const TreeOptions& options,
            ProgressLine& progress) {
   NewTextFile file;
   if (!file.Open(options.out)) return kExitBad;
@@ -58,8 +58,8 @@ int Export(const ProcModel& model, const CTraceFileDoc& document, const TreeOpti
   if (!model.Root().children.empty())
     VisitNodes(model, *model.Root().children[0], kAllLevels, write);
   progress.Clear();
-  if (!Interrupted() && !IsUnchanged(document, options.file, options.out)) return kExitBad;
-  return StatusWithDamage(document, file.Finish());
+  if (!Interrupted() && !input.IsUnchanged(options.out)) return kExitBad;
+  return input.StatusWithDamage(file.Finish());
 }
 
 // False after an interrupt.
@@ -83,21 +83,20 @@ bool Build(ShownTraces& traces, std::size_t first, ProcModel& model, ProgressLin
 
 int RunTree(const TreeOptions& options) {
   TerminalHost host;
-  const auto document = OpenTraceFile(host, options.file);
-  if (!document) return Interrupted() ? kExitInterrupted : kExitBad;
-  ShownTraces traces(*document);
+  TraceInput input(host);
+  if (!input.Open(options.files)) return StatusWithoutInput();
+  ShownTraces traces(input.Document());
   if (!traces.Filter(options.traces)) return kExitBad;
   CTraceFilter all;
-  ProcModel model(*document, all);
+  ProcModel model(input.Document(), all);
   traces.OnLook([&](std::size_t place) {
     host.Progress().Show(kBuilding, place, traces.All());
     return !Interrupted();
   });
   const std::size_t first = traces.Limit(options.traces);
   if (!Build(traces, first, model, host.Progress())) return kExitInterrupted;
-  if (!options.out.empty()) return Export(model, *document, options, host.Progress());
+  if (!options.out.empty()) return Export(model, input, options, host.Progress());
   const int status =
       options.json ? PrintJson(model, traces, first, options) : Print(model, options);
-  return StatusOfAnswer(*document, options.file,
-                        status == kExitGood && Interrupted() ? kExitInterrupted : status);
+  return input.StatusOfAnswer(status == kExitGood && Interrupted() ? kExitInterrupted : status);
 }

@@ -2,12 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "filter/trace_options.h"
 #include "tree/proc/model/tree_text.h"
 
 struct TreeOptions {
-  std::string file;
+  std::vector<std::string> files;
   std::string out;         // not empty: writes the first machine like the desktop's export
   bool json = false;       // a line for each node, for other programs
   int depth = kAllLevels;  // how many levels are open

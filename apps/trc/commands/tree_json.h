@@ -1,11 +1,10 @@
 // The nodes of a procedure tree for other programs, one JSON object a line, from the top downward.
 //
-// Shape    {"id":7,"parent":3,"depth":4,"kind":"block","name":"commit","durationNs":1250.5} with
-// the
-//          kinds machine, application, process, thread, block and trace. The parent of a machine is
-//          null. Processes, threads and blocks have durations, in nanoseconds; a trace has "i", its
-//          index in the file, and its time. Lines and no nested arrays, because blocks may nest
-//          deeper than readers of JSON go.
+// Shape    {"id":7,"parent":3,"depth":4,"kind":"block","name":"commit","durationNs":1250.5}. The
+//          kinds are machine, application, process, thread, block and trace. The parent of a
+//          machine is null. Processes, threads and blocks have durations, in nanoseconds; a trace
+//          has "i", its index in the file, and its time. Lines and no nested arrays, because blocks
+//          may nest deeper than readers of JSON go.
 // Threads  One at a time.
 #pragma once
 

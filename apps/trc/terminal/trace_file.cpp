@@ -69,19 +69,21 @@ bool ReportChange(const File& file, const std::string& path, const std::string& 
 }  // namespace
 
 std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path,
-                                             const TraceLoadSetup& setup) {
+                                             const TraceLoadSetup& setup,
+                                             const std::string& shown) {
+  const std::string& name = shown.empty() ? path : shown;
   // The desktop asks whether to convert it. Here nobody can be asked, so the message names the
   // command.
   if (IsOlder(path)) {
-    PrintError(path + ": an older trace file format; 'trc convert OLD.trc NEW.trc' converts it");
+    PrintError(name + ": an older trace file format; 'trc convert OLD.trc NEW.trc' converts it");
     return nullptr;
   }
-  host.SetSubject(path);
+  host.SetSubject(name);
   const unsigned boxes = host.Boxes();
   const ProgressWindow window(host);
   auto document = std::make_unique<CTraceFileDoc>(host, setup);
   if (!document->OnOpenDocument(path)) {
-    if (host.Boxes() == boxes) PrintError(path + ": " + document->OpenFailure());
+    if (host.Boxes() == boxes) PrintError(name + ": " + document->OpenFailure());
     return nullptr;
   }
   // A failed load shows a box and leaves the flag set.
@@ -92,7 +94,7 @@ std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::stri
   if (document->m_loading || Interrupted()) return nullptr;
   // The damage by a change is reported with the change, at the end.
   if (const TrcDamage& damage = document->Damage(); damage.Any() && !document->Change().Any())
-    PrintError(path + ": damaged: " + DamageText(damage, true));
+    PrintError(name + ": damaged: " + DamageText(damage, true));
   return document;
 }
 

@@ -11,9 +11,11 @@
 
 // The loaded document of `path`. Null when it cannot be opened, after a message on standard error,
 // or after an interrupt. Damage is reported on standard error, and the readable traces are there.
-// The document must be destroyed before the host.
+// The document must be destroyed before the host. `shown`: what messages call it, if it has another
+// name for the user.
 std::unique_ptr<CTraceFileDoc> OpenTraceFile(TerminalHost& host, const std::string& path,
-                                             const TraceLoadSetup& setup = {});
+                                             const TraceLoadSetup& setup = {},
+                                             const std::string& shown = {});
 // Is the file unchanged since it was opened? If not, its traces may be wrong, and a message on
 // standard error says what another program did. `out` is the path that the command was to write:
 // the message then says that it was not written. Appending is no change.

@@ -25,6 +25,16 @@ void Merge(std::vector<WhereInterval>& intervals) {
   intervals = std::move(merged);
 }
 
+// Leaves the intervals within these numbers.
+void Cut(std::vector<WhereInterval>& intervals, std::uint64_t first, std::uint64_t last) {
+  std::erase_if(intervals,
+                [&](const WhereInterval& one) { return one.last < first || one.first > last; });
+  for (WhereInterval& one : intervals) {
+    one.first = std::max(one.first, first);
+    one.last = std::min(one.last, last);
+  }
+}
+
 std::vector<WhereInterval> NumberIntervals(const WhereRule& test) {
   const WhereValue& value = test.values.front();
   std::vector<WhereInterval> intervals;
@@ -45,6 +55,9 @@ std::vector<WhereInterval> NumberIntervals(const WhereRule& test) {
       for (const WhereValue& one : test.values) intervals.push_back({one.from, one.to});
       Merge(intervals);
   }
+  // Kept in the record as a number, and meaning none.
+  if (test.field == F::Count) Cut(intervals, 0, kNoSequenceNumber - 1);
+  if (test.field == F::Tic) Cut(intervals, 1, kLast);
   return intervals;
 }
 
@@ -69,25 +82,6 @@ std::vector<WhereInterval> DeltaIntervals(const WhereRule& test) {
   return intervals;
 }
 
-Kind KindOfTest(WhereField field) {
-  switch (field) {
-    case F::Count:
-      return Kind::Count;
-    case F::Tic:
-      return Kind::Tic;
-    case F::Line:
-      return Kind::Line;
-    case F::Delta:
-      return Kind::Delta;
-    case F::Time:
-      return Kind::Time;
-    case F::Stack:
-      return Kind::Stack;
-    default:
-      return Kind::Text;
-  }
-}
-
 bool IsTextTest(const WhereRule& test) {
   return test.field == F::Text || test.field == F::Stack;
 }
@@ -105,9 +99,100 @@ int CostOf(const WhereRule& rule) {
   return rule.op == O::Contains ? 3 : 2;
 }
 
+bool IsNumberTest(const WhereRule& rule) {
+  return rule.kind == WhereRule::Kind::Test && !KeyPlaceOf(rule) && !IsTextTest(rule) &&
+         rule.field != F::Delta;
+}
+
+// Joins the rules on the same number of the record, which one table answers.
+void Fold(WhereRule& rule) {
+  std::vector<WhereRule> folded;
+  for (WhereRule& one : rule.rules) {
+    Fold(one);
+    const std::optional<std::uint8_t> place = KeyPlaceOf(one);
+    const auto same = std::find_if(folded.begin(), folded.end(), [&](const WhereRule& other) {
+      return place && KeyPlaceOf(other) == place;
+    });
+    if (same == folded.end()) {
+      folded.push_back(std::move(one));
+    } else if (same->kind == rule.kind) {
+      same->rules.push_back(std::move(one));
+    } else {
+      WhereRule both;
+      both.kind = rule.kind;
+      both.rules.push_back(std::move(*same));
+      both.rules.push_back(std::move(one));
+      *same = std::move(both);
+    }
+  }
+  rule.rules = std::move(folded);
+}
+
+// How many bits of an index the rule needs; nothing if it asks for more than ids and numbers.
+std::optional<std::size_t> BitsOf(const WhereRule& rule) {
+  if (KeyPlaceOf(rule) || IsNumberTest(rule)) return 1;
+  if (rule.kind == WhereRule::Kind::Test) return std::nullopt;
+  std::size_t bits = 0;
+  for (const WhereRule& one : rule.rules) {
+    const std::optional<std::size_t> some = BitsOf(one);
+    if (!some) return std::nullopt;
+    bits += *some;
+  }
+  return bits;
+}
+bool IsCheap(const WhereRule& rule) {
+  const std::optional<std::size_t> bits = BitsOf(rule);
+  return bits && *bits <= WhereCheap::kBitsMax;
+}
+
+using Units = std::vector<const WhereRule*>;
+
+// The rules that are answered by a bit each: tables, or number tests.
+void CollectUnits(const WhereRule& rule, bool tables, Units& units) {
+  const bool isTable = KeyPlaceOf(rule).has_value();
+  if (isTable || IsNumberTest(rule)) {
+    if (isTable == tables) units.push_back(&rule);
+    return;
+  }
+  for (const WhereRule& one : rule.rules) CollectUnits(one, tables, units);
+}
+
+bool Answer(const WhereRule& rule, const Units& units, std::size_t bits) {
+  const auto unit = std::find(units.begin(), units.end(), &rule);
+  if (unit != units.end()) return (bits >> (unit - units.begin()) & 1) != 0;
+  const auto answer = [&](const WhereRule& one) { return Answer(one, units, bits); };
+  return rule.kind == WhereRule::Kind::All
+             ? std::all_of(rule.rules.begin(), rule.rules.end(), answer)
+             : std::any_of(rule.rules.begin(), rule.rules.end(), answer);
+}
+
+// Packs the cheap rules into as few as fit the bits, before the others.
+void PackCheap(WhereRule& rule) {
+  std::vector<WhereRule> packed, others;
+  std::size_t bits = WhereCheap::kBitsMax;
+  for (WhereRule& one : rule.rules) {
+    if (!IsCheap(one)) {
+      others.push_back(std::move(one));
+      continue;
+    }
+    const std::size_t more = *BitsOf(one);
+    if (bits + more > WhereCheap::kBitsMax) {
+      packed.emplace_back().kind = rule.kind;
+      bits = 0;
+    }
+    bits += more;
+    packed.back().rules.push_back(std::move(one));
+  }
+  std::stable_sort(others.begin(), others.end(),
+                   [](const WhereRule& a, const WhereRule& b) { return CostOf(a) < CostOf(b); });
+  std::move(others.begin(), others.end(), std::back_inserter(packed));
+  rule.rules = std::move(packed);
+}
+
 class Compiler {
  public:
   WhereCode Compile(WhereRule rule) {
+    Fold(rule);
     m_code.entry = Emit(std::move(rule), kWherePasses, kWhereFails);
     return std::move(m_code);
   }
@@ -115,88 +200,79 @@ class Compiler {
  private:
   // Writes the steps of the rule, and before them those that they lead to: returns the first.
   std::uint32_t Emit(WhereRule rule, std::uint32_t onTrue, std::uint32_t onFalse);
-  std::uint32_t EmitTables(std::vector<WhereTable> tables, bool all, std::uint32_t onTrue,
-                           std::uint32_t onFalse);
+  std::uint32_t EmitCheap(const WhereRule& rule, std::uint32_t onTrue, std::uint32_t onFalse);
   std::uint32_t EmitTest(WhereRule test, std::uint32_t onTrue, std::uint32_t onFalse);
-  std::uint32_t Add(WhereStep step) {
-    m_code.steps.push_back(step);
+  std::uint32_t Add(WhereStep::Kind kind, std::size_t index, std::uint32_t onTrue,
+                    std::uint32_t onFalse) {
+    m_code.steps.push_back({kind, static_cast<std::uint32_t>(index), onTrue, onFalse});
     return static_cast<std::uint32_t>(m_code.steps.size() - 1);
   }
+  void AddNumber(const WhereRule& test);
 
   WhereCode m_code;
 };
 
-// Takes the rules that one table each can answer: those on the same number share one.
-std::vector<WhereTable> TakeTables(WhereRule& rule) {
-  std::vector<WhereTable> tables;
-  std::vector<WhereRule> others;
-  for (WhereRule& one : rule.rules) {
-    const std::optional<std::uint8_t> place = KeyPlaceOf(one);
-    if (!place) {
-      others.push_back(std::move(one));
-      continue;
-    }
-    const auto same = std::find_if(tables.begin(), tables.end(),
-                                   [&](const WhereTable& table) { return table.place == *place; });
-    WhereTable& table = same == tables.end() ? tables.emplace_back() : *same;
-    table.place = *place;
-    table.rule.kind = rule.kind;
-    table.rule.rules.push_back(std::move(one));
-  }
-  rule.rules = std::move(others);
-  return tables;
-}
-
 std::uint32_t Compiler::Emit(WhereRule rule, std::uint32_t onTrue, std::uint32_t onFalse) {
-  if (const auto place = KeyPlaceOf(rule)) {
-    std::vector<WhereTable> one(1);
-    one[0].place = *place;
-    one[0].rule = std::move(rule);
-    return EmitTables(std::move(one), true, onTrue, onFalse);
-  }
+  if (IsCheap(rule)) return EmitCheap(rule, onTrue, onFalse);
   if (rule.kind == WhereRule::Kind::Test) return EmitTest(std::move(rule), onTrue, onFalse);
   const bool all = rule.kind == WhereRule::Kind::All;
-  std::vector<WhereTable> tables = TakeTables(rule);
-  std::stable_sort(rule.rules.begin(), rule.rules.end(),
-                   [](const WhereRule& a, const WhereRule& b) { return CostOf(a) < CostOf(b); });
+  PackCheap(rule);
   // The last test decides; each one before it either decides or leads to the next.
   std::uint32_t next = all ? onTrue : onFalse;
   for (std::size_t i = rule.rules.size(); i-- > 0;)
     next = Emit(std::move(rule.rules[i]), all ? next : onTrue, all ? onFalse : next);
-  if (tables.empty()) return next;
-  return EmitTables(std::move(tables), all, all ? next : onTrue, all ? onFalse : next);
+  return next;
 }
 
-std::uint32_t Compiler::EmitTables(std::vector<WhereTable> tables, bool all, std::uint32_t onTrue,
-                                   std::uint32_t onFalse) {
-  WhereStep step{all ? Kind::AllTables : Kind::AnyTable};
-  step.index = static_cast<std::uint32_t>(m_code.tables.size());
-  step.count = static_cast<std::uint32_t>(tables.size());
-  step.onTrue = onTrue;
-  step.onFalse = onFalse;
-  std::move(tables.begin(), tables.end(), std::back_inserter(m_code.tables));
-  return Add(step);
+std::uint32_t Compiler::EmitCheap(const WhereRule& rule, std::uint32_t onTrue,
+                                  std::uint32_t onFalse) {
+  Units units;
+  CollectUnits(rule, true, units);
+  WhereCheap& cheap = m_code.cheap.emplace_back();
+  cheap.tables = static_cast<std::uint32_t>(units.size());
+  CollectUnits(rule, false, units);
+  cheap.numbers = static_cast<std::uint32_t>(units.size()) - cheap.tables;
+  cheap.firstTable = static_cast<std::uint32_t>(m_code.tables.size());
+  cheap.firstNumber = static_cast<std::uint32_t>(m_code.numbers.size());
+  for (std::size_t bits = 0; bits < std::size_t{1} << units.size(); ++bits)
+    cheap.truth.push_back(Answer(rule, units, bits) ? 1 : 0);
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    if (i < cheap.tables)
+      m_code.tables.push_back({*KeyPlaceOf(*units[i]), *units[i]});
+    else
+      AddNumber(*units[i]);
+  }
+  return Add(Kind::Cheap, m_code.cheap.size() - 1, onTrue, onFalse);
+}
+
+void Compiler::AddNumber(const WhereRule& test) {
+  constexpr std::uint8_t kFourBytes = 32;
+  WhereNumberTest& number = m_code.numbers.emplace_back();
+  number.rule = test;
+  if (test.field == F::Time) {
+    // The date and behind it the time of day are a stamp as they stand.
+    static_assert(TraceAt::kTime == TraceAt::kDate + 4);
+    number.place = TraceAt::kDate;
+    m_code.usesEnd = m_code.usesEnd || test.values.front().moment.base == WhereMoment::Base::End;
+    return;
+  }
+  number.intervals = NumberIntervals(test);
+  number.place = test.field == F::Count  ? TraceAt::kCount
+                 : test.field == F::Line ? TraceAt::kSourceLine
+                                         : TraceAt::kTicCount;
+  number.shift = test.field == F::Tic ? 0 : kFourBytes;
 }
 
 std::uint32_t Compiler::EmitTest(WhereRule test, std::uint32_t onTrue, std::uint32_t onFalse) {
-  WhereStep step{KindOfTest(test.field)};
-  step.onTrue = onTrue;
-  step.onFalse = onFalse;
-  if (IsTextTest(test)) {
-    step.index = static_cast<std::uint32_t>(m_code.texts.size());
-    m_code.texts.push_back(std::move(test));
-    return Add(step);
+  if (test.field == F::Delta) {
+    WhereNumberTest& delta = m_code.deltas.emplace_back();
+    delta.intervals = DeltaIntervals(test);
+    delta.rule = std::move(test);
+    return Add(Kind::Delta, m_code.deltas.size() - 1, onTrue, onFalse);
   }
-  m_code.usesDelta = m_code.usesDelta || test.field == F::Delta;
-  step.index = static_cast<std::uint32_t>(m_code.numbers.size());
-  WhereNumberTest& number = m_code.numbers.emplace_back();
-  number.negated = test.negated;
-  if (step.kind == Kind::Delta) number.intervals = DeltaIntervals(test);
-  if (step.kind == Kind::Time)
-    m_code.usesEnd = m_code.usesEnd || test.values.front().moment.base == WhereMoment::Base::End;
-  if (step.kind != Kind::Delta && step.kind != Kind::Time) number.intervals = NumberIntervals(test);
-  number.rule = std::move(test);
-  return Add(step);
+  const Kind kind = test.field == F::Stack ? Kind::Stack : Kind::Text;
+  m_code.texts.push_back(std::move(test));
+  return Add(kind, m_code.texts.size() - 1, onTrue, onFalse);
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
 // What a filter text is compiled to: steps that jump, and what each of them tests.
 //
-// Shape    A step leads to a later test, to kWherePasses or to kWhereFails. The tests of one AND or
+// Shape    A step leads to another one, to kWherePasses or to kWhereFails. The tests of one AND or
 //          OR stand in the order of their cost. Tests on ids and attributes are tables: a byte for
 //          each number that the record can have, and what decides it is asked at first sight of the
-//          number. Those of one AND or OR are one step without a branch.
+//          number. Up to eight tables and number tests, however they are joined, are one step
+//          without a branch: their answers are the bits of an index into its truth table.
 // Threads  Immutable once made: any.
 #pragma once
 
@@ -17,18 +18,13 @@ constexpr std::uint32_t kWherePasses = ~std::uint32_t{0}, kWhereFails = kWherePa
 
 struct WhereStep {
   enum class Kind : std::uint8_t {
-    AllTables,  // `index` is the first, `count` how many
-    AnyTable,
-    Count,  // number tests
-    Tic,
-    Line,
-    Delta,
-    Time,
-    Text,  // text tests
+    Cheap,  // `index` in `cheap`
+    Delta,  // in `deltas`
+    Text,   // in `texts`
     Stack,
   };
-  Kind kind = Kind::AllTables;
-  std::uint32_t index = 0, count = 1;
+  Kind kind = Kind::Cheap;
+  std::uint32_t index = 0;
   std::uint32_t onTrue = kWherePasses, onFalse = kWhereFails;
 };
 
@@ -41,21 +37,30 @@ struct WhereTable {
 struct WhereInterval {
   std::uint64_t first, last;
 };
-// Is the number in one of the intervals? Those of Delta are picoseconds as DeltaOrder gives them,
-// those of Time are stamps and depend on the clock.
+// Is the number in one of the intervals? A number that stands for none is in none of them. Those of
+// a Delta are picoseconds as DeltaOrder gives them; those of a Time are stamps, depend on the clock
+// and are not kept here. The numbers of a record are the upper bits of eight bytes.
 struct WhereNumberTest {
-  bool negated = false;
+  std::uint8_t place = 0, shift = 0;
   WhereRule rule;
   std::vector<WhereInterval> intervals;
+};
+struct WhereCheap {
+  static constexpr std::size_t kBitsMax = 8;
+  // Their answers are the lowest bits of the index, those of the numbers come behind them.
+  std::uint32_t firstTable = 0, tables = 0, firstNumber = 0, numbers = 0;
+  std::vector<std::uint8_t> truth;
 };
 
 struct WhereCode {
   std::vector<WhereStep> steps;
   std::uint32_t entry = kWherePasses;
+  std::vector<WhereCheap> cheap;
   std::vector<WhereTable> tables;
   std::vector<WhereNumberTest> numbers;
+  std::vector<WhereNumberTest> deltas;
   std::vector<WhereRule> texts;
-  bool usesDelta = false, usesEnd = false;
+  bool usesEnd = false;
 };
 
 WhereCode MakeCode(WhereRule rule);

@@ -9,18 +9,6 @@ namespace {
 
 using Kind = WhereStep::Kind;
 
-bool IsIn(const std::vector<WhereInterval>& intervals, std::uint64_t number) {
-  constexpr std::size_t kFew = 4;
-  const auto has = [number](const WhereInterval& one) {
-    return number - one.first <= one.last - one.first;
-  };
-  if (intervals.size() <= kFew) return std::any_of(intervals.begin(), intervals.end(), has);
-  const auto behind = std::upper_bound(
-      intervals.begin(), intervals.end(), number,
-      [](std::uint64_t wanted, const WhereInterval& one) { return wanted < one.first; });
-  return behind != intervals.begin() && has(*std::prev(behind));
-}
-
 // A field of a record up to its first NUL, which is looked for only where it matters.
 struct TextField {
   const char* text;
@@ -45,6 +33,7 @@ TextField FieldOf(const WhereStep& step, const std::uint8_t* record) {
 }
 
 bool TextTestHolds(const WhereRule& test, const TextField& field, WhereRegexSearch& search) {
+  if (test.op == WhereOperator::Matches) return search.Finds(*test.regex, field.UpToItsNul());
   if (test.op == WhereOperator::IsSet) return !field.UpToItsNul().empty();
   if (test.op == WhereOperator::Contains) return field.Contains(test.values.front().text);
   return TextHolds(test, field.UpToItsNul(), search);
@@ -53,27 +42,64 @@ bool TextTestHolds(const WhereRule& test, const TextField& field, WhereRegexSear
 }  // namespace
 
 WhereMatcher::WhereMatcher(WhereProgramPtr program, const NameMap& names, const WhereClock& clock)
-    : m_program(std::move(program)), m_names(names), m_stamps(m_program->Code().numbers.size()) {
-  const WhereCode& code = m_program->Code();
-  if (!code.tables.empty()) {
-    m_verdicts.reset(static_cast<std::uint8_t*>(std::calloc(code.tables.size(), kTableBytes)));
-    if (!m_verdicts) throw std::bad_alloc();
+    : m_program(std::move(program)),
+      m_code(m_program->Code()),
+      m_names(names),
+      m_stamps(m_code.numbers.size()) {
+  MakeTables();
+  SetClock(clock);
+  for (const WhereCheap& one : m_code.cheap) {
+    const Table* const table = m_tables.data() + one.firstTable;
+    const Number* const number = m_numbers.data() + one.firstNumber;
+    m_cheap.push_back({table, table + one.tables, number, number + one.numbers, one.truth.data()});
   }
+  if (m_code.steps.size() == 1 && m_code.steps[0].kind == Kind::Cheap) m_only = m_cheap.data();
+}
+
+void WhereMatcher::MakeTables() {
+  if (m_code.tables.empty()) return;
+  m_verdicts.reset(static_cast<std::uint8_t*>(std::calloc(m_code.tables.size(), kTableBytes)));
+  if (!m_verdicts) throw std::bad_alloc();
   std::uint8_t* verdicts = m_verdicts.get();
-  for (const WhereTable& table : code.tables) {
+  for (const WhereTable& table : m_code.tables) {
     m_tables.push_back({verdicts, table.place});
     verdicts += kTableBytes;
   }
-  if (code.steps.size() == 1 && code.texts.empty() && code.numbers.empty())
-    m_onlyTables = &code.steps.front();
-  SetClock(clock);
+}
+
+// The numbers keep their place in memory: the steps point to them.
+void WhereMatcher::MakeNumbers() {
+  m_numbers.resize(m_code.numbers.size());
+  for (std::size_t i = 0; i < m_numbers.size(); ++i) {
+    const WhereNumberTest& test = m_code.numbers[i];
+    const bool ofTime = test.rule.field == WhereField::Time;
+    const std::vector<WhereInterval>& all = ofTime ? m_stamps[i] : test.intervals;
+    Number& number = m_numbers[i];
+    number = {0, 0, &all, test.place, test.shift, test.rule.negated};
+    if (all.size() != 1) continue;
+    number.first = all[0].first;
+    number.span = all[0].last - all[0].first;
+    number.all = nullptr;
+  }
 }
 
 void WhereMatcher::SetClock(const WhereClock& clock) {
-  const std::vector<WhereNumberTest>& numbers = m_program->Code().numbers;
-  for (std::size_t i = 0; i < numbers.size(); ++i)
-    if (numbers[i].rule.field == WhereField::Time)
-      m_stamps[i] = StampIntervals(numbers[i].rule, clock);
+  for (std::size_t i = 0; i < m_stamps.size(); ++i)
+    if (m_code.numbers[i].rule.field == WhereField::Time)
+      m_stamps[i] = StampIntervals(m_code.numbers[i].rule, clock);
+  MakeNumbers();
+}
+
+bool WhereMatcher::IsIn(const std::vector<WhereInterval>& intervals, std::uint64_t number) {
+  constexpr std::size_t kFew = 4;
+  const auto has = [number](const WhereInterval& one) {
+    return number - one.first <= one.last - one.first;
+  };
+  if (intervals.size() <= kFew) return std::any_of(intervals.begin(), intervals.end(), has);
+  const auto behind = std::upper_bound(
+      intervals.begin(), intervals.end(), number,
+      [](std::uint64_t wanted, const WhereInterval& one) { return wanted < one.first; });
+  return behind != intervals.begin() && has(*std::prev(behind));
 }
 
 void WhereMatcher::NamesMayHaveChanged() {
@@ -81,11 +107,11 @@ void WhereMatcher::NamesMayHaveChanged() {
   m_unnamed.clear();
 }
 
-void WhereMatcher::Learn(const WhereStep& step, const std::uint8_t* record) {
-  for (std::uint32_t i = step.index; i < step.index + step.count; ++i) {
-    const WhereTable& table = m_program->Code().tables[i];
+void WhereMatcher::Learn(const Cheap& cheap, const std::uint8_t* record) {
+  for (const Table* made = cheap.table; made != cheap.tablesEnd; ++made) {
+    const WhereTable& table = m_code.tables[static_cast<std::size_t>(made - m_tables.data())];
     const std::uint16_t number = LoadBe16(record + table.place);
-    std::uint8_t& verdict = m_tables[i].verdicts[number];
+    std::uint8_t& verdict = made->verdicts[number];
     if (verdict & kLearned) continue;
     std::string_view name = "";
     if (table.place != TraceAt::kAttributes) {
@@ -99,50 +125,27 @@ void WhereMatcher::Learn(const WhereStep& step, const std::uint8_t* record) {
 }
 
 bool WhereMatcher::Run(const std::uint8_t* record, const WherePrevious& previous) {
-  const WhereCode& code = m_program->Code();
-  std::uint32_t at = code.entry;
+  std::uint32_t at = m_code.entry;
   while (at < kWhereFails) {
-    const WhereStep& step = code.steps[at];
-    at = Holds(step, record, previous) ? step.onTrue : step.onFalse;
+    const WhereStep& step = m_code.steps[at];
+    at = StepHolds(step, record, previous) ? step.onTrue : step.onFalse;
   }
   return at == kWherePasses;
 }
 
-bool WhereMatcher::Holds(const WhereStep& step, const std::uint8_t* record,
-                         const WherePrevious& previous) {
-  const RawTrace trace(record);
-  switch (step.kind) {
-    case Kind::AllTables:
-    case Kind::AnyTable:
-      return TablesHold(step, record);
-    case Kind::Count:
-      return NumberHolds(step, trace.SequenceNumber(), trace.SequenceNumber() != kNoSequenceNumber);
-    case Kind::Tic:
-      return NumberHolds(step, trace.TicCount(), trace.TicCount() != 0);
-    case Kind::Line:
-      return NumberHolds(step, trace.SourceLine(), true);
-    case Kind::Delta:
-      return DeltaHolds(step, trace, previous);
-    case Kind::Time:
-      return m_program->Code().numbers[step.index].negated !=
-             IsIn(m_stamps[step.index], StampOf(trace));
-    case Kind::Text:
-    case Kind::Stack:
-      break;
-  }
-  const WhereRule& test = m_program->Code().texts[step.index];
+bool WhereMatcher::StepHolds(const WhereStep& step, const std::uint8_t* record,
+                             const WherePrevious& previous) {
+  if (step.kind == Kind::Cheap) return CheapHolds(m_cheap[step.index], record);
+  if (step.kind == Kind::Delta)
+    return DeltaHolds(m_code.deltas[step.index], RawTrace(record), previous);
+  const WhereRule& test = m_code.texts[step.index];
   return test.negated != TextTestHolds(test, FieldOf(step, record), m_search);
 }
 
-bool WhereMatcher::NumberHolds(const WhereStep& step, std::uint64_t number, bool known) const {
-  const WhereNumberTest& test = m_program->Code().numbers[step.index];
-  return test.negated != (known && IsIn(test.intervals, number));
-}
-
-bool WhereMatcher::DeltaHolds(const WhereStep& step, const RawTrace& trace,
+bool WhereMatcher::DeltaHolds(const WhereNumberTest& test, const RawTrace& trace,
                               const WherePrevious& previous) const {
   const bool known = trace.TicCount() != 0 && previous.tic != 0 && trace.PidId() == previous.pid &&
                      trace.MachineId() == previous.machine;
   const auto picoseconds = static_cast<std::int64_t>(trace.TicCount() - previous.tic);
-  return NumberHolds(step, DeltaOrder(picoseconds), known);
+  return test.rule.negated != (known && IsIn(test.intervals, DeltaOrder(picoseconds)));
 }

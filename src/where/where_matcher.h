@@ -32,8 +32,8 @@ class WhereMatcher {
 
   // Each record must be whole, or MappedFile::kGuardBytes readable bytes must follow its beginning.
   bool Matches(const std::uint8_t* record, const WherePrevious& previous = {}) {
-    // Ids alone: no step leads to another one.
-    if (m_onlyTables) return TablesHold(*m_onlyTables, record);
+    // Ids and numbers alone: no step leads to another one.
+    if (m_only) return CheapHolds(*m_only, record);
     return Run(record, previous);
   }
   // Names that were empty may have got their text.
@@ -52,42 +52,61 @@ class WhereMatcher {
     std::uint8_t* verdicts;
     std::size_t place;
   };
+  // The first interval, or all of them if there is not exactly one.
+  struct Number {
+    std::uint64_t first, span;
+    const std::vector<WhereInterval>* all;
+    std::uint8_t place, shift;
+    bool negated;
+  };
+  // A step of the code with what this walk knows.
+  struct Cheap {
+    const Table *table, *tablesEnd;
+    const Number *number, *numbersEnd;
+    const std::uint8_t* truth;
+  };
   struct Free {
     void operator()(void* memory) const { std::free(memory); }
   };
 
-  static std::uint8_t Verdict(const Table& table, const std::uint8_t* record) {
-    return table.verdicts[LoadBe16(record + table.place)];
+  static bool Holds(const Number& number, const std::uint8_t* record) {
+    const std::uint64_t value = LoadBe64(record + number.place) >> number.shift;
+    const bool in = number.all ? IsIn(*number.all, value) : value - number.first <= number.span;
+    return in != number.negated;
   }
-  // Traces vary, so the verdicts are combined without a branch for each.
-  bool TablesHold(const WhereStep& step, const std::uint8_t* record) {
-    const Table* table = m_tables.data() + step.index;
-    const Table* const end = table + step.count;
-    std::uint8_t all = kLearned | kHolds, any = 0;
-    for (; table != end; ++table) {
-      const std::uint8_t verdict = Verdict(*table, record);
-      all &= verdict;
-      any |= verdict;
+  static bool IsIn(const std::vector<WhereInterval>& intervals, std::uint64_t number);
+  // Traces vary, so the answers are combined without a branch for each.
+  bool CheapHolds(const Cheap& cheap, const std::uint8_t* record) {
+    unsigned known = kLearned, bits = 0, bit = 0;
+    for (const Table* table = cheap.table; table != cheap.tablesEnd; ++table, ++bit) {
+      const unsigned verdict = table->verdicts[LoadBe16(record + table->place)];
+      known &= verdict;
+      bits |= verdict >> 1 << bit;
     }
-    if (!(all & kLearned)) [[unlikely]] {
-      Learn(step, record);
-      return TablesHold(step, record);
-    }
-    return ((step.kind == WhereStep::Kind::AllTables ? all : any) & kHolds) != 0;
+    for (const Number* number = cheap.number; number != cheap.numbersEnd; ++number, ++bit)
+      bits |= unsigned{Holds(*number, record)} << bit;
+    if (known) [[likely]]
+      return cheap.truth[bits] != 0;
+    Learn(cheap, record);
+    return CheapHolds(cheap, record);
   }
-  void Learn(const WhereStep& step, const std::uint8_t* record);
+  void MakeTables();
+  void MakeNumbers();
+  void Learn(const Cheap& cheap, const std::uint8_t* record);
   bool Run(const std::uint8_t* record, const WherePrevious& previous);
-  bool Holds(const WhereStep& step, const std::uint8_t* record, const WherePrevious& previous);
-  bool NumberHolds(const WhereStep& step, std::uint64_t number, bool known) const;
-  bool DeltaHolds(const WhereStep& step, const RawTrace& trace,
+  bool StepHolds(const WhereStep& step, const std::uint8_t* record, const WherePrevious& previous);
+  bool DeltaHolds(const WhereNumberTest& test, const RawTrace& trace,
                   const WherePrevious& previous) const;
 
   const WhereProgramPtr m_program;
+  const WhereCode& m_code;
   const NameMap& m_names;
-  const WhereStep* m_onlyTables = nullptr;
+  const Cheap* m_only = nullptr;
   std::unique_ptr<std::uint8_t, Free> m_verdicts;
   std::vector<Table> m_tables;
-  std::vector<std::uint8_t*> m_unnamed;              // verdicts on empty names
-  std::vector<std::vector<WhereInterval>> m_stamps;  // by the number of the number test
+  std::vector<Number> m_numbers;
+  std::vector<std::vector<WhereInterval>> m_stamps;  // of the tests on Time, by number
+  std::vector<Cheap> m_cheap;
+  std::vector<std::uint8_t*> m_unnamed;  // verdicts on empty names
   WhereRegexSearch m_search;
 };

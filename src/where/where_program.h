@@ -30,7 +30,7 @@ class WhereProgram {
   const std::string& Text() const { return m_text; }
   const WhereExpr& Expr() const { return m_expr; }
   // Is the trace before each one needed?
-  bool UsesDelta() const { return m_code.usesDelta; }
+  bool UsesDelta() const { return !m_code.deltas.empty(); }
   // Does a verdict depend on the newest trace?
   bool UsesEnd() const { return m_code.usesEnd; }
   // Are only ids, attributes and numbers looked at, no texts?

@@ -3,6 +3,7 @@
 
 #include <pcre2.h>
 
+#include <cctype>
 #include <cstring>
 
 #include "base/text.h"
@@ -30,6 +31,45 @@ bool IsAscii(std::string_view text) {
   }
   for (; left > 0; --left, ++at) bits |= static_cast<unsigned char>(*at);
   return (bits & 0x8080808080808080U) == 0;
+}
+
+// The bytes of the character that is no ASCII; 0: malformed.
+std::size_t CharacterAt(const unsigned char* at, std::size_t left) {
+  const unsigned first = at[0];
+  const std::size_t bytes = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+  if (first < 0xC2 || first > 0xF4 || bytes > left) return 0;
+  for (std::size_t i = 1; i < bytes; ++i)
+    if ((at[i] & 0xC0) != 0x80) return 0;
+  // Too long a form, a half of a pair, and beyond the last character.
+  const bool wrong = (first == 0xE0 && at[1] < 0xA0) || (first == 0xED && at[1] > 0x9F) ||
+                     (first == 0xF0 && at[1] < 0x90) || (first == 0xF4 && at[1] > 0x8F);
+  return wrong ? 0 : bytes;
+}
+
+bool IsWellFormed(std::string_view text) {
+  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
+  std::size_t left = text.size();
+  while (left > 0) {
+    std::uint64_t word = 0;
+    std::size_t bytes = 1;
+    if (left >= sizeof word) std::memcpy(&word, at, sizeof word);
+    if (left >= sizeof word && (word & 0x8080808080808080U) == 0)
+      bytes = sizeof word;
+    else if (*at >= 0x80)
+      bytes = CharacterAt(at, left);
+    if (bytes == 0) return false;
+    at += bytes;
+    left -= bytes;
+  }
+  return true;
+}
+
+// The length of a set at the beginning; 0: none that is plain.
+std::size_t PlainSet(std::string_view rest) {
+  if (rest.size() < 3 || rest[1] == '^' || rest[1] == ']') return 0;
+  const std::size_t end = rest.find(']');
+  if (end == rest.npos || rest.substr(1, end - 1).find_first_of("[\\") != rest.npos) return 0;
+  return end + 1;
 }
 
 std::string Reason(int error) {
@@ -78,12 +118,38 @@ std::shared_ptr<const WhereRegex> WhereRegex::Compile(std::string_view expressio
   const std::uint32_t alone = made->m_bytes ? 0 : PCRE2_MATCH_INVALID_UTF;
   const std::uint32_t characters = PCRE2_UTF | PCRE2_UCP | alone;
   made->m_characters = Code::Make(expression, characters, otherError, otherPlace);
+  made->m_meansTheSame = made->m_bytes && MeansTheSameByBytes(expression);
   if (made->m_bytes || made->m_characters) return made;
   // An expression that is no UTF-8 fails for characters at once: its bytes tell more.
   const bool tellsMore = IsUtf8(expression);
   place = tellsMore ? otherPlace : place;
   why = Reason(tellsMore ? otherError : error);
   return nullptr;
+}
+
+bool MeansTheSameByBytes(std::string_view expression) {
+  for (std::size_t at = 0; at < expression.size();) {
+    const char c = expression[at];
+    const std::string_view rest = expression.substr(at);
+    const auto byte = static_cast<unsigned char>(c);
+    std::size_t bytes = 1;
+    if (byte < 0x20 || byte >= 0x7F) return false;
+    if (c == '[') {
+      bytes = PlainSet(rest);
+    } else if (c == '.') {
+      // Several that may be empty share what lies between without dividing a character.
+      bytes = rest.size() > 1 && rest[1] == '*' && !(rest.size() > 2 && rest[2] == '+') ? 2 : 0;
+    } else if (c == '(') {
+      const bool special = rest.size() > 1 && (rest[1] == '?' || rest[1] == '*');
+      bytes = !special ? 1 : rest.starts_with("(?:") ? 3 : 0;
+    } else if (c == '\\') {
+      const bool sign = rest.size() > 1 && std::ispunct(static_cast<unsigned char>(rest[1])) != 0;
+      bytes = sign ? 2 : 0;
+    }
+    if (bytes == 0) return false;
+    at += bytes;
+  }
+  return true;
 }
 
 struct WhereRegexSearch::Memory {
@@ -113,17 +179,19 @@ WhereRegexSearch::~WhereRegexSearch() = default;
 
 // For ASCII the two codes find the same, and that for bytes is faster.
 bool WhereRegexSearch::Finds(const WhereRegex& regex, std::string_view text) {
-  if (!regex.m_characters) return FindsIn(*regex.m_bytes, text);
+  if (regex.m_meansTheSame || !regex.m_characters) return FindsIn(*regex.m_bytes, text);
   if (!regex.m_bytes) return FindsIn(*regex.m_characters, text);
-  const bool bytes = IsAscii(text) || !IsUtf8(text);
+  const bool bytes = IsAscii(text) || !IsWellFormed(text);
   return FindsIn(bytes ? *regex.m_bytes : *regex.m_characters, text);
 }
 
 bool WhereRegexSearch::FindsIn(const WhereRegex::Code& code, std::string_view text) {
   if (!m_memory) m_memory = std::make_unique<Memory>();
-  const auto find = code.isFast ? &pcre2_jit_match : &pcre2_match;
-  const int found =
-      find(code.code, BytesOf(text), text.size(), 0, 0, m_memory->match, m_memory->context);
+  const Memory& memory = *m_memory;
+  const int found = code.isFast ? pcre2_jit_match(code.code, BytesOf(text), text.size(), 0, 0,
+                                                  memory.match, memory.context)
+                                : pcre2_match(code.code, BytesOf(text), text.size(), 0, 0,
+                                              memory.match, memory.context);
   if (found >= 0) return true;
   if (found != PCRE2_ERROR_NOMATCH) ++m_limitsReached;
   return false;

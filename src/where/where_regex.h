@@ -32,7 +32,12 @@ class WhereRegex {
   // Of these one may lack: `bytes` for an expression that needs characters, `characters` for one
   // that is no UTF-8 itself.
   std::unique_ptr<Code> m_bytes, m_characters;
+  bool m_meansTheSame = false;  // both find the same, in every text
 };
+
+// Does the expression find the same by characters and by bytes, in every text? Only of plain ones:
+// ASCII letters, signs and sets, groups, repetitions, "|", "^", "$" and ".*". No: it may not.
+bool MeansTheSameByBytes(std::string_view expression);
 
 class WhereRegexSearch {
  public:

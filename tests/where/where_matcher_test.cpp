@@ -191,7 +191,7 @@ TEST(WhereMatcher, ARecordThatTheEndOfTheFileCutsIsReadUpToThere) {
   }
 }
 
-TEST(WhereMatcher, ATestPerIdIsOneStepWithATableForEachField) {
+TEST(WhereMatcher, IdsAndNumbersAreOneStepWithATableForEachField) {
   WhereError error;
   const auto code = [&](const char* text) {
     const WhereProgramPtr program = WhereProgram::Compile(text, error);
@@ -203,7 +203,11 @@ TEST(WhereMatcher, ATestPerIdIsOneStepWithATableForEachField) {
             Sizes(1, 2));
   EXPECT_EQ(code("pid == 7 or account == alice or component matches \"x\""), Sizes(1, 2));
   EXPECT_EQ(code("not (severity == info or developer)"), Sizes(1, 1));
+  EXPECT_EQ(code("(severity == info and count > 7) or (component == a and tic < 5)"), Sizes(1, 2));
   EXPECT_EQ(code("text contains \"x\" and component == a"), Sizes(2, 1));
+  EXPECT_EQ(code("count == 1 or line == 2 or tic == 3 or count == 4 or line == 5 or tic == 6 or "
+                 "count == 7 or line == 8 or component == a"),
+            Sizes(2, 1));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "where/where_program.h"
 
 namespace {
@@ -67,6 +69,44 @@ TEST(WhereRegex, ASearchThatTriesAllWaysIsGivenUpAndCounted) {
     EXPECT_TRUE(search.Finds(*regex, "aa"));
     EXPECT_EQ(search.LimitsReached(), 1u);
   }
+}
+
+TEST(WhereRegex, PlainExpressionsMeanTheSameByBytesAndOthersAreNotTakenForPlain) {
+  for (const char* plain : {"order [0-9]+|cart", "^hit.*rate [0-9]*$", "(?:a|b){2,3}c?", "a\\.b",
+                            "(x.*)+y", "[a-z_.]+@"})
+    EXPECT_TRUE(MeansTheSameByBytes(plain)) << plain;
+  for (const char* other :
+       {".",           "a.b",    ".+",    ".{3}",  ".*+",      "[^a]",     "\\w",
+        "\\d",         "(a)\\1", "(?i)a", "(?=a)", "\xc3\xa9", "(*UTF)a",  "[\\d]",
+        "[[:alpha:]]", "\\",     "[a",    "[]a]",  "\\x41",    "\\Qa.b\\E"})
+    EXPECT_FALSE(MeansTheSameByBytes(other)) << other;
+}
+
+TEST(WhereRegex, RandomPlainExpressionsFindTheSameByCharactersAndByBytes) {
+  std::mt19937 random(3);
+  const auto one = [&](const std::vector<std::string>& of) { return of[random() % of.size()]; };
+  const std::vector<std::string> parts = {"a",  "b",    ".*",     "[ab]", "(a|b)", "^",         "$",
+                                          "b*", "a{2}", "(.*b)*", "|",    ".*?",   "(?:.*a){2}"};
+  const std::vector<std::string> pieces = {"a", "b", "ab", "\xc3\xa9", "\xe6\xbc\xa2", "\n", ""};
+  int found = 0;
+  for (int round = 0; round < 3000; ++round) {
+    std::string plain, text;
+    for (std::size_t i = random() % 5; i > 0; --i) plain += one(parts);
+    for (std::size_t i = random() % 6; i > 0; --i) text += one(pieces);
+    std::size_t place = 0;
+    std::string why;
+    // A group that is no group of numbers, so that the second is not taken for plain.
+    const auto bytes = WhereRegex::Compile(plain, place, why);
+    const auto characters = WhereRegex::Compile("(?-i)(?:" + plain + ")", place, why);
+    if (!bytes || !characters) continue;
+    ASSERT_TRUE(MeansTheSameByBytes(plain)) << plain;
+    ASSERT_FALSE(MeansTheSameByBytes("(?-i)(?:" + plain + ")"));
+    WhereRegexSearch search;
+    const bool holds = search.Finds(*bytes, text);
+    ASSERT_EQ(holds, search.Finds(*characters, text)) << plain << " in " << text;
+    found += holds ? 1 : 0;
+  }
+  EXPECT_GT(found, 500);
 }
 
 // The whole text, and what the error points to.

@@ -4,7 +4,6 @@
 
 #include "documents/trace_doc.h"
 #include "records/record_fields.h"
-#include "where/where_matcher.h"
 
 namespace {
 
@@ -76,7 +75,9 @@ FilterPass::FilterPass(CTraceFilter& filter)
 
 FilterPass::FilterPass(CTraceFilter& filter, const CTraceDoc& document, bool utc)
     : FilterPass(filter) {
-  if (filter.where) m_text = std::make_unique<Text>(filter.where, document, utc);
+  if (!filter.where) return;
+  m_text = std::make_unique<Text>(filter.where, document, utc);
+  if (!filter.where->UsesDelta()) m_plainText = &m_text->matcher;
 }
 
 FilterPass::~FilterPass() = default;

@@ -18,6 +18,7 @@
 
 #include "settings/globals.h"
 #include "tree/filter/trace_filter.h"
+#include "where/where_matcher.h"
 
 class FilterPass {
  public:
@@ -29,6 +30,10 @@ class FilterPass {
   ~FilterPass();
 
   bool Matches(const TraceEvent_i& event) {
+    if (m_plainText) {
+      const std::uint8_t* const record = event.Record();
+      if (record) return (m_all || MatchesRecord(RawTrace(record))) && m_plainText->Matches(record);
+    }
     if (m_text) return MatchesText(event);
     return m_all || MatchesMarks(event);
   }
@@ -87,6 +92,7 @@ class FilterPass {
   CTraceFilter& m_filter;
   const bool m_all;  // of the marks
   std::unique_ptr<Text> m_text;
+  WhereMatcher* m_plainText = nullptr;  // that of m_text, if it does not look at the trace before
   std::array<std::uint8_t, 32> m_attributes;
   std::unique_ptr<Tables> m_tables;
   std::array<std::uint64_t, std::size_t{1} << kSlotBits> m_threads = {};

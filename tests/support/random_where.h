@@ -97,8 +97,8 @@ class RandomWhere {
     }
     moment.span = kSpans[Below(moment.base == WhereMoment::Base::Utc ? 8 : 9)];
     // 1678 to 2261.
-    const auto nanoseconds = static_cast<std::int64_t>(m_random() % 18'400'000'000'000'000'000U) -
-                             9'200'000'000'000'000'000;
+    constexpr std::uint64_t kHalf = 9'200'000'000'000'000'000;
+    const auto nanoseconds = static_cast<std::int64_t>(m_random() % (2 * kHalf) - kHalf);
     moment.nanoseconds = nanoseconds - nanoseconds % moment.span;
     return moment;
   }

@@ -110,7 +110,7 @@ class RandomWhere {
         break;
       case WhereKind::Duration:
         value.duration = (static_cast<std::int64_t>(Below(41)) - 20) * 500'000;
-        if (Below(20) == 0) value.duration *= 1'000'000'000'000;
+        if (Below(20) == 0) value.duration *= 900'000'000'000;  // 285 years
         break;
       default:
         value.text = TextFor(test.op);

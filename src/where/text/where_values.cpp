@@ -134,7 +134,8 @@ std::int64_t FloorDivided(std::int64_t number, std::int64_t by) {
 
 std::string AbsoluteText(const WhereMoment& moment) {
   const std::int64_t days = FloorDivided(moment.nanoseconds, kDay);
-  const std::int64_t inDay = moment.nanoseconds - days * kDay;
+  // Not by a product: the first day that 64 bits reach is not whole.
+  const std::int64_t inDay = (moment.nanoseconds % kDay + kDay) % kDay;
   const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(days))};
   char text[80];
   int count = std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()),

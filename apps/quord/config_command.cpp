@@ -68,7 +68,8 @@ int CheckConfig(const CheckConfigCommand& command) {
     std::printf("%s: there is no such file, the defaults apply\n", UsualConfigPath().c_str());
     return kExitGood;
   }
-  for (const std::string& fault : config->faults) Fail(path + ": " + fault);
+  const std::string before = path + ": ";
+  for (const std::string& fault : config->faults) Fail(before + fault);
   if (!config->faults.empty()) return kExitNo;
   ServiceSettings settings;
   settings.Take(config->options);

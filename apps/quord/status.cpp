@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -43,7 +44,7 @@ bool AskForMore(Question& question, State& state) {
   const std::chrono::duration<double> time = steady_clock::now() - began;
   state.more = second.status();
   const auto traces = static_cast<double>(second.status().traces() - first.status().traces());
-  state.tracesPerSecond = static_cast<std::uint64_t>(traces / time.count() + 0.5);
+  state.tracesPerSecond = static_cast<std::uint64_t>(std::llround(traces / time.count()));
   return true;
 }
 

@@ -277,7 +277,7 @@ std::uint32_t SettingsOfNewPoint() {
   named.category = "Number " + std::to_string(points.size());
   named.point = QUOR_POINT_INIT("Late", named.category.c_str());
   quor_register(&named.point);
-  return named.point.settings;
+  return __atomic_load_n(&named.point.settings, __ATOMIC_RELAXED);  // its link writes it
 }
 
 std::uint64_t NewPointsWith(std::uint32_t settings) {

@@ -57,6 +57,7 @@ _trc() {
     config\ *:-m | config\ *:--machine) return ;;
     tree:-d | tree:--depth) return ;;
     dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
+    *:--color) COMPREPLY=($(compgen -W 'auto always never' -- "$current")); return ;;
     *:--tail | *:--context) return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
@@ -73,14 +74,14 @@ _trc() {
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options="--help --format --columns --from --tail --context $which" ;;
-      find) options="--help --regex --perl-regex --ignore-case --word --total --format --columns --from --tail --context $which" ;;
+      dump) options="--help --format --color --columns --from --tail --context $which" ;;
+      find) options="--help --regex --perl-regex --ignore-case --word --total --format --color --columns --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
       save) options="--help --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
-      tail) options="--help --format --columns --for --context $which" ;;
+      tail) options="--help --format --color --columns --for --context $which" ;;
       capture) options="--help --out --for --max-size --max-files --context $which" ;;
       apps) options='--help --json --user' ;;
       show) options='--help --json' ;;

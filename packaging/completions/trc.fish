@@ -114,6 +114,7 @@ set -l files "__fish_seen_subcommand_from dump find tree stack save export"
 complete -c trc -n $files -s b -l from -x -d "Index in the file of the first trace"
 complete -c trc -n $files -l tail -x -d "Of the chosen traces only the last"
 complete -c trc -n "__fish_seen_subcommand_from dump find tree save export tail capture" -l context -x -d "So many traces before and after"
+complete -c trc -n "__fish_seen_subcommand_from dump find tail" -l color -x -a "auto always never" -d "Severities in colour"
 complete -c trc -n "__fish_seen_subcommand_from dump find export tail" -s c -l columns -x -a "(__trc_columns)" -d "The shown columns"
 complete -c trc -n "__fish_seen_subcommand_from dump find tree stack save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
 

@@ -1,5 +1,10 @@
 #include "commands/command.h"
 
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <string_view>
+
 #include "usage.h"
 
 CLI::Option* Command::AddNumber(const std::string& names, std::uint64_t& number, const char* help,
@@ -18,6 +23,24 @@ void Command::AddLineFormat(std::string& format) {
                   "text: aligned columns (the default); jsonl: one JSON object per trace")
       ->check(OneOf({"text", "jsonl"}))
       ->type_name("FORMAT");
+}
+
+void Command::AddColour(std::string& when) {
+  m_app
+      .add_option("--color", when,
+                  "Severities of the text format in colour: auto (on a terminal, unless NO_COLOR "
+                  "is set; the default), always or never")
+      ->check(OneOf({"auto", "always", "never"}))
+      ->type_name("WHEN");
+}
+
+// An empty NO_COLOR counts as none.
+bool Command::IsColoured(const std::string& when) {
+  if (when != "auto") return when == "always";
+  const char* const no = getenv("NO_COLOR");
+  const char* const terminal = getenv("TERM");
+  return isatty(STDOUT_FILENO) != 0 && (!no || *no == '\0') &&
+         !(terminal && std::string_view(terminal) == "dumb");
 }
 
 void Command::AddFiles(std::vector<std::string>& files, const char* help) {

@@ -40,6 +40,9 @@ class Command {
   static std::string TakeOut(std::vector<std::string>& files, const char* shown);
   // How traces are printed: "text" or "jsonl".
   void AddLineFormat(std::string& format);
+  // Whether the severities of text are coloured: "auto", "always" or "never".
+  void AddColour(std::string& when);
+  static bool IsColoured(const std::string& when);
 
  private:
   CLI::App& m_app;

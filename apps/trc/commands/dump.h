@@ -14,7 +14,8 @@ enum class DumpFormat { Text, Jsonl };
 struct DumpOptions {
   std::vector<std::string> files;
   DumpFormat format = DumpFormat::Text;
-  TraceOptions traces;  // columns go with the text only
+  bool coloured = false;  // severities of the text
+  TraceOptions traces;    // columns go with the text only
 };
 
 // The shown traces from a row on.

@@ -47,6 +47,7 @@ class CellColumn {
       : m_info(InfoOf(column)), m_range(range), m_utc(utc) {}
 
   const char* Header() const { return m_info.header; }
+  bool IsSeverity() const { return m_info.column == Column::Sev; }
   bool AlignsRight() const { return m_info.align == ColumnAlign::Right; }
   // Valid until the next call.
   const Cell& At(std::size_t row) {
@@ -81,7 +82,7 @@ class TextDump {
  public:
   TextDump(const DumpRange& range, const DumpOptions& options, Output& output,
            ProgressLine& progress)
-      : m_range(range), m_progress(progress), m_line(output) {
+      : m_range(range), m_progress(progress), m_line(output), m_coloured(options.coloured) {
     const std::vector<Column> columns = options.traces.columns.value_or(DefaultColumns());
     m_columns.reserve(columns.size());
     for (const Column column : columns) m_columns.emplace_back(column, range, options.traces.utc);
@@ -95,7 +96,7 @@ class TextDump {
       for (std::size_t c = 0; c < m_columns.size(); ++c) {
         const Cell& cell = m_columns[c].At(i);
         Widen(c, cell);
-        m_line.Add(cell.text, cell.width, m_widths[c], m_columns[c].AlignsRight());
+        m_line.Add(cell.text, cell.width, m_widths[c], m_columns[c].AlignsRight(), ColourOf(c, i));
       }
       if (!m_line.End()) return;
       if ((i - m_range.from) % kTracesPerLook == 0)
@@ -128,6 +129,10 @@ class TextDump {
   bool NeedsWidth(std::size_t c) const {
     return c + 1 < m_columns.size() || m_columns[c].AlignsRight();
   }
+  std::string_view ColourOf(std::size_t c, std::size_t row) const {
+    const bool coloured = m_coloured && m_columns[c].IsSeverity();
+    return coloured ? SeverityColour(m_range.traces.At(row)) : std::string_view();
+  }
   void Widen(std::size_t c, const Cell& cell) {
     m_widths[c] = std::max(m_widths[c], std::min(cell.width, kColumnWidthMax));
   }
@@ -143,6 +148,7 @@ class TextDump {
   const DumpRange& m_range;
   ProgressLine& m_progress;
   LineWriter m_line;
+  const bool m_coloured;
   std::vector<CellColumn> m_columns;
   std::vector<std::size_t> m_widths;
 };

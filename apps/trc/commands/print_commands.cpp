@@ -18,18 +18,20 @@ class LineCommand : public Command {
 
   void AddLines(DumpOptions& dump) {
     AddLineFormat(m_format);
+    AddColour(m_colour);
     m_shared.emplace(App(), dump.traces);
     m_shared->Add();
   }
   void CompleteLines(DumpOptions& dump, bool choosesItself) {
     m_shared->Complete(choosesItself);
     dump.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
+    dump.coloured = IsColoured(m_colour);
     RefuseColumnsOf(dump.format, dump.traces);
   }
 
  private:
   std::optional<SharedOptions> m_shared;
-  std::string m_format = "text";
+  std::string m_format = "text", m_colour = "auto";
 };
 
 class DumpCommand final : public LineCommand {

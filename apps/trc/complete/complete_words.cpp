@@ -18,11 +18,12 @@ constexpr std::size_t kAnswersMax = 2000;
 
 // Options with a value behind them, of the commands below. None of them is a flag in another one.
 const std::set<std::string_view> kWithValue = {
-    "-s",      "--server",   "-o",          "--file",     "--out",  "--max-files", "--max-size",
-    "-m",      "-f",         "--format",    "-c",         "-n",     "--count",     "--for",
-    "--check", "--uncheck",  "-p",          "--preset",   "-a",     "--app",       "-b",
-    "--from",  "--columns",  "--machine",   "--user",     "--tail", "--context",   "--since",
-    "--until", "--severity", "--component", "--category", "--pid",  "--tid",       "--where"};
+    "-s",         "--server",    "-o",         "--file",    "--out",     "--max-files",
+    "--max-size", "-m",          "-f",         "--format",  "-c",        "-n",
+    "--count",    "--for",       "--check",    "--uncheck", "-p",        "--preset",
+    "-a",         "--app",       "-b",         "--from",    "--columns", "--machine",
+    "--user",     "--tail",      "--context",  "--since",   "--color",   "--until",
+    "--severity", "--component", "--category", "--pid",     "--tid",     "--where"};
 
 // Options whose value is a name, of the commands that give traces.
 constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {

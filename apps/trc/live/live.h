@@ -20,6 +20,7 @@ struct LiveLimits {
 struct TailOptions {
   std::string machine;
   DumpFormat format = DumpFormat::Text;
+  bool coloured = false;  // severities of the text
   LiveLimits limits;
 };
 int RunTail(const TailOptions& options);

@@ -68,18 +68,20 @@ class TailCommand final : public ListeningCommand {
         "  trc tail orders1:7447 --format jsonl --for 60 | jq .text");
     App().add_option("MACHINE", m_tail.machine, "name or name:port")->type_name("");
     AddLineFormat(m_format);
+    AddColour(m_colour);
     AddLimits(m_tail.limits, nullptr);
   }
   void Complete() override {
     CompleteLimits(m_tail.limits);
     m_tail.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
+    m_tail.coloured = IsColoured(m_colour);
     RefuseColumnsOf(m_tail.format, m_tail.limits.traces);
   }
   int Run() const override { return RunTail(m_tail); }
 
  private:
   TailOptions m_tail;
-  std::string m_format = "text";
+  std::string m_format = "text", m_colour = "auto";
 };
 
 class CaptureCommand final : public ListeningCommand {

@@ -39,10 +39,11 @@ class JsonLines final : public Lines {
 // Columns are as wide as the widest cell so far, because later cells are unknown.
 class TextLines final : public Lines {
  public:
-  TextLines(const NameMap& names, const TraceOptions& options, Output& output)
+  TextLines(const NameMap& names, const TraceOptions& options, bool coloured, Output& output)
       : m_names(names),
         m_columns(options.columns.value_or(DefaultColumns())),
         m_utc(options.utc),
+        m_coloured(coloured),
         m_line(output) {
     for (const Column column : m_columns) m_widths.push_back(ScreenWidth(InfoOf(column).header));
   }
@@ -54,7 +55,9 @@ class TextLines final : public Lines {
       const std::string text = VisibleCell(m_columns[i], trace, previous, m_names, m_utc);
       const std::size_t width = ScreenWidth(text);
       m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
-      m_line.Add(text, width, m_widths[i], AlignsRight(i));
+      const bool coloured = m_coloured && m_columns[i] == Column::Sev;
+      m_line.Add(text, width, m_widths[i], AlignsRight(i),
+                 coloured ? SeverityColour(trace) : std::string_view());
     }
     return m_line.End();
   }
@@ -76,7 +79,7 @@ class TextLines final : public Lines {
 
   const NameMap& m_names;
   const std::vector<Column> m_columns;
-  const bool m_utc;
+  const bool m_utc, m_coloured;
   LineWriter m_line;
   std::vector<std::size_t> m_widths;
   bool m_headed = false;
@@ -114,7 +117,8 @@ int RunTail(const TailOptions& options) {
   if (options.format == DumpFormat::Jsonl) {
     lines = std::make_unique<JsonLines>(source.Names(), options.limits.traces.utc, output);
   } else {
-    lines = std::make_unique<TextLines>(source.Names(), options.limits.traces, output);
+    lines = std::make_unique<TextLines>(source.Names(), options.limits.traces, options.coloured,
+                                        output);
   }
   Silence silence(source, options);
   TraceEvent_i* previous = nullptr;

@@ -15,6 +15,10 @@ constexpr std::string_view kGap = "--";
 // "Info", "Warn" or "Error"; empty for any other severity.
 std::string_view SeverityWord(const TraceEvent_i& trace);
 
+// What tells a terminal the colour of the severity: warnings and errors have one that stands out
+// from white and from black, and is none of the sixteen that users choose themselves.
+std::string_view SeverityColour(const TraceEvent_i& trace);
+
 // The text of a cell on a terminal. A severity is a word.
 std::string VisibleCell(Column column, const TraceEvent_i& trace, const TraceEvent_i* previous,
                         const NameMap& names, bool utc);
@@ -24,11 +28,14 @@ class LineWriter {
  public:
   explicit LineWriter(Output& output) : m_output(output) {}
 
-  void Add(std::string_view text, std::size_t width, std::size_t columnWidth, bool right) {
+  // `colour`: what a terminal is told before the text; empty: nothing.
+  void Add(std::string_view text, std::size_t width, std::size_t columnWidth, bool right,
+           std::string_view colour = {}) {
     const std::size_t room = columnWidth > width ? columnWidth - width : 0;
     if (right) m_blanks += room;
     if (!text.empty()) {
-      m_output.Buffer().append(m_blanks, ' ').append(text);
+      m_output.Buffer().append(m_blanks, ' ').append(colour).append(text);
+      if (!colour.empty()) m_output.Buffer().append(kPlain);
       m_blanks = 0;
     }
     m_blanks += (right ? 0 : room) + (text.empty() ? width : 0) + kGapBlanks;
@@ -45,6 +52,7 @@ class LineWriter {
 
  private:
   static constexpr std::size_t kGapBlanks = 2;
+  static constexpr std::string_view kPlain = "\x1b[0m";
 
   Output& m_output;
   std::size_t m_blanks = 0;  // to be written before the next text

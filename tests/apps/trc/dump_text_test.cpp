@@ -153,4 +153,28 @@ TEST(TrcDumpText, AColumnWidensWhereAWiderCellComesFarAfterTheFirstRows) {
   EXPECT_EQ(lines[3002], "Net                         x");
 }
 
+TEST(TrcDumpText, SeveritiesAreColouredWhenToldAndTheTextNever) {
+  const TempDir directory;
+  const std::string path = TrcImage()
+                               .Trace({.text = "i", .attributes = kAttributeInfo})
+                               .Trace({.text = "w\x1b[31m", .attributes = kAttributeWarn})
+                               .Trace({.text = "e", .attributes = kAttributeError})
+                               .WriteTo(directory.File("a.trc"));
+  const auto out = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {"dump", path, "--columns", "Sev,Trace"});
+    const TrcRun run = RunTrc(more);
+    EXPECT_EQ(run.err, "");
+    return run.out;
+  };
+  const std::string plain = "Sev    Trace\nInfo   i\nWarn   w\\x1b[31m\nError  e\n";
+  EXPECT_EQ(out({}), plain) << "not to a pipe";
+  EXPECT_EQ(out({"--color", "never"}), plain);
+  EXPECT_EQ(out({"--color", "always"}),
+            "Sev    Trace\nInfo   i\n\x1b[1;38;5;166mWarn\x1b[0m   w\\x1b[31m\n"
+            "\x1b[1;38;5;196mError\x1b[0m  e\n");
+  EXPECT_EQ(RunTrc({"dump", path, "--color", "always", "--format", "jsonl"}).out.find('\x1b'),
+            std::string::npos);
+  EXPECT_NE(RunTrc({"dump", path, "--color", "sometimes"}).err.find("--color"), std::string::npos);
+}
+
 }  // namespace

@@ -122,6 +122,17 @@ TEST_F(TrcAccount, UserKeepsTheTracesOfOneAccount) {
   EXPECT_EQ(tree.out.find("PID 812"), std::string::npos) << tree.out;
 }
 
+TEST_F(TrcAccount, UserMeansTheWholeNameOfAnAccount) {
+  TrcImage image;
+  image.Name(1, "web-1").Name(2, "1 al").Name(3, "2 alice").Name(4, "3 malice");
+  image.Trace({.text = "short", .machine = 1, .pid = 2});
+  image.Trace({.text = "long", .machine = 1, .pid = 3});
+  image.Trace({.text = "other", .machine = 1, .pid = 4});
+  m_file = image.WriteTo(m_directory.File("alike.trc"));
+  EXPECT_EQ(Dumped({"--user", "al"}), "short");
+  EXPECT_EQ(Dumped({"--user", "alice"}), "long");
+}
+
 TEST_F(TrcAccount, AnAccountThatNoTraceHasIsAnErrorThatNamesThoseThatThereAre) {
   const TrcRun run = RunTrc({"dump", m_file, "--user", "nobody-at-all"});
   EXPECT_EQ(run.status, 2);

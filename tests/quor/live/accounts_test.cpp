@@ -117,6 +117,12 @@ TEST_F(AccountsTest, UserListsTheApplicationsOfOne) {
   EXPECT_EQ(json::parse(Apps({"--user", "alice", "--json"}).out).size(), 1u);
 }
 
+TEST_F(AccountsTest, UserMeansTheWholeNameOfAnAccount) {
+  Add("al/shop", "al", 1);
+  EXPECT_EQ(Apps({"--user", "al"}).out, "al/shop  al\n");
+  EXPECT_EQ(Apps({"--user", "lice"}).status, 1);
+}
+
 TEST_F(AccountsTest, AnAccountWithoutApplicationsIsAnErrorThatNamesTheOthers) {
   const TrcRun run = Apps({"--user", "dave"});
   EXPECT_EQ(run.status, 1);

@@ -63,7 +63,10 @@ void TakeDescriptors(msghdr& message, std::vector<int>* to) {
 }  // namespace
 
 bool IsInSharedMemory(int descriptor) {
-  static const dev_t unnamed = UnnamedDevice(), named = NamedDevice();
+  // Asked again where it was not found: there may have been no descriptor left for it.
+  static std::atomic<dev_t> unnamed = 0, named = 0;
+  if (unnamed == 0) unnamed = UnnamedDevice();
+  if (named == 0) named = NamedDevice();
   struct statx status {};
   if (!StateOf(descriptor, &status) || !S_ISREG(status.stx_mode)) return false;
   const dev_t device = makedev(status.stx_dev_major, status.stx_dev_minor);

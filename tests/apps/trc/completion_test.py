@@ -172,7 +172,7 @@ class Completion(unittest.TestCase):
                       self.complete("--", "find", "x", file, "--where", "severity >= warn ")[0]])
         self.assertEqual(self.complete("--", "tree", file, "--where=severity >= e")[0], ["--where=severity >= error"])
         self.assertEqual(self.complete("--", "tail", "--where", "application == run")[0], ["application == running"])
-        self.assertEqual(self.complete("--bash", "trc dump 'some traces.trc' --where 'component == Sq", " \t='")[0],
+        self.assertEqual(self.complete("--bash", f"trc dump '{file}' --where 'component == Sq", " \t='")[0],
                          ["component == Sql"])
         self.assertEqual(self.complete("--", "show", "--where", "compo")[0], [])
 

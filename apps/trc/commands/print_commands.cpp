@@ -48,7 +48,7 @@ class DumpCommand final : public LineCommand {
         "  trc dump web.trc --component Sql --severity error --context 5\n"
         "  trc dump web.trc --since \"2026-11-23 09:41\" --until \"2026-11-23 09:45\"\n"
         "  trc dump web.trc --uncheck \"All Severities/Info\" --count 20\n"
-        "  trc dump web.1.trc web.trc --severity error\n"
+        "  trc dump web.trc db.trc --severity error --count 20\n"
         "  gzip -c web.trc | trc dump - --tail 3\n"
         "  trc dump web.trc --format jsonl > web.jsonl");
   }
@@ -80,7 +80,7 @@ class FindCommand final : public LineCommand {
         "  trc find -e 'after [0-9]\\{4,\\} ms' web.trc --format jsonl | jq .text\n"
         "  trc find -P 'order (?!17\\b)\\d+|cart' web.trc --count 20\n"
         "  trc find -iw DEADLOCK web.trc --total\n"
-        "  trc find timeout web.trc --component Net --context 3\n"
+        "  trc find deadlock web.trc --component Lock --context 3\n"
         "  trc find -- -1 web.trc        # a pattern that begins with -");
   }
   void Complete() override {
@@ -123,7 +123,7 @@ class TreeCommand final : public Command {
         "Examples:\n"
         "  trc tree web.trc --depth 4\n"
         "  trc tree web.trc --machine web-01 --uncheck \"All Severities/Info\"\n"
-        "  trc tree web.trc --json | jq -c 'select(.kind == \"block\" and .durationNs > 1e6)'\n"
+        "  trc tree web.trc --json | jq -c 'select(.durationNs > 1e9)'\n"
         "  trc tree --export web.trc tree.txt");
   }
   void Complete() override {

@@ -49,4 +49,39 @@ TEST_F(LiveProgramsTest, ATextChoosesLiveTraces) {
   for (const json& trace : traces) EXPECT_EQ(trace["component"], "Net");
 }
 
+TEST_F(LiveProgramsTest, TheSharedOptionsChooseLiveTracesWithTheirNeighbours) {
+  StartService();
+  const TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "500"}});
+  const TrcRun tail = RunTrc({"tail", "-f", "jsonl", "-n", "20", "--component", "db", "--component",
+                              "Nothing", "--since", "1m ago", "--context", "1", "--utc"});
+  EXPECT_EQ(tail.status, 0) << tail.err;
+  EXPECT_EQ(tail.err, "trc: no trace came of the component \"Nothing\"\n");
+  std::size_t chosen = 0;
+  json before;
+  for (const std::string& line : LinesOf(tail.out)) {
+    const json trace = json::parse(line);
+    if (trace.contains("context")) {
+      EXPECT_TRUE(trace["component"] == "Net" || chosen == 20) << line;
+    } else {
+      ++chosen;
+      EXPECT_EQ(trace["component"], "Db") << line;
+    }
+    EXPECT_EQ(trace["time"].get<std::string>().size(), 27u) << line;
+    if (!before.is_null()) {
+      EXPECT_GT(trace["count"], before["count"]) << "each comes once, in order";
+    }
+    before = trace;
+  }
+  EXPECT_EQ(chosen, 20u);
+  EXPECT_TRUE(before.contains("context")) << "what stands behind the last is waited for";
+}
+
+TEST_F(LiveProgramsTest, UntilEndsATailAtItsTime) {
+  StartService();
+  const TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "100"}});
+  const TrcRun tail = RunTrc({"tail", "--until", "now", "--severity", "other"});
+  EXPECT_EQ(tail.status, 0) << tail.err;
+  EXPECT_EQ(tail.out, "");
+}
+
 }  // namespace

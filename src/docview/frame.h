@@ -25,6 +25,8 @@ class ChildFrameFace {
   virtual void Show() = 0;      // with the state that a new child takes in its main window
   virtual void Activate() = 0;  // to the front; answers with CMDIChildWnd::OnActivate
   virtual void ShowView(CView& view) = 0;  // the only visible view
+  // A control above the view; null: none. The caller owns it.
+  virtual void ShowBar(ViewControl* bar) = 0;
 };
 
 class CMDIChildWnd : public CFrameWnd {

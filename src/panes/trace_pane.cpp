@@ -21,6 +21,16 @@ bool TracePane::SetFilter(const CTraceFilter& filter, bool rebuild) {
   return false;
 }
 
+bool TracePane::SetWhere(WhereProgramPtr where) {
+  WhereProgramPtr before = std::exchange(m_filter.where, std::move(where));
+  if (Rebuild()) {
+    m_filterChanged = true;
+    return true;
+  }
+  m_filter.where = std::move(before);
+  return false;
+}
+
 // ---- hints
 
 std::intptr_t TracePane::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
@@ -83,13 +93,15 @@ void TracePane::ReportStatus() {
   if (!m_active) return;
   ReportRowCount(GetHost(), TraceCount());
   ReportFiltered(GetHost(), m_filter.ShowsAll() ? 0 : 1);
+  if (m_onStatus) m_onStatus();
 }
 
 void TracePane::ReportCount() {
   if (m_active) ReportRowCount(GetHost(), TraceCount());
 }
 
-void TracePane::ShowContextMenu(int screenXPx, int screenYPx) {
+void TracePane::ShowContextMenu(int screenXPx, int screenYPx, std::vector<CellStep> offered) {
+  m_offered = std::move(offered);
   if (auto* frame = dynamic_cast<CMDIChildWnd*>(GetParentFrame()))
     frame->OnContextMenu(screenXPx, screenYPx);
 }

@@ -7,10 +7,13 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include "documents/trace_doc.h"
 #include "docview/view.h"
+#include "panes/cell_steps.h"
 #include "tree/filter/trace_filter.h"
 #include "tree/find/find_hits.h"
 
@@ -31,6 +34,13 @@ class TracePane : public CView {
   // Copies the filter and clears the changed mark. False when the user cancelled the rebuild: then
   // nothing has changed.
   bool SetFilter(const CTraceFilter& filter, bool rebuild);
+  // The filter text beside the marks; null: none. False when the user cancelled the rebuild: then
+  // nothing has changed.
+  bool SetWhere(WhereProgramPtr where);
+  // What the context menu offers for the place that it was opened at.
+  const std::vector<CellStep>& OfferedSteps() const { return m_offered; }
+  // Called when the shown traces or the filter have changed while the pane is the active one.
+  std::function<void()> m_onStatus;
   // Fills the pane unless it is filled or the document still loads; false: cancelled.
   virtual bool Build() { return true; }
   // False for a pane that shows less than its document because it could not be filled.
@@ -68,7 +78,7 @@ class TracePane : public CView {
   // Like hint 1006 for the event, to this pane alone.
   void GoTo(CView* sender, TraceEvent_i* event);
   void ShowHits(bool on);
-  void ShowContextMenu(int screenXPx, int screenYPx);
+  void ShowContextMenu(int screenXPx, int screenYPx, std::vector<CellStep> offered);
   // If this is the active view: updates both status panes, or only the count.
   void ReportStatus();
   void ReportCount();
@@ -86,4 +96,5 @@ class TracePane : public CView {
   void OnFilter();
 
   bool m_active = false;
+  std::vector<CellStep> m_offered;
 };

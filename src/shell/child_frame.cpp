@@ -11,12 +11,44 @@
 #include "shell/tessera_app.h"
 #include "tree/proc/proc_view.h"
 
-CTraceChildFrame::CTraceChildFrame(CMainFrame& parent) : CMDIChildWnd(parent), m_main(parent) {
+CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
+    : CMDIChildWnd(parent),
+      m_main(parent),
+      m_filter(parent.Tessera().Faces(), [this] { return ShownPane(); }) {
   AddPane(ID_VIEW_PROC, [this](CTraceDoc& document) {
     ShellFaces& faces = m_main.Tessera().Faces();
     return std::make_unique<CProcView>(
         document, [&faces](TreeControlOwner& owner) { return faces.CreateTree(owner); });
   });
+  MapFilter();
+}
+
+void CTraceChildFrame::MapFilter() {
+  MapCommand(
+      ID_VIEW_FILTERTEXT, [this] { m_filter.Toggle(); },
+      [this](CCmdUI& ui) {
+        ui.Enable(HasList());
+        ui.SetCheck(m_filter.IsShown());
+      });
+  MapCommand(
+      ID_VIEW_FILTERBACK, [this] { m_filter.GoBack(); },
+      [this](CCmdUI& ui) { ui.Enable(HasList() && m_filter.Line().CanGoBack()); });
+  MapCommand(
+      ID_VIEW_FILTERFORWARD, [this] { m_filter.GoForward(); },
+      [this](CCmdUI& ui) { ui.Enable(HasList() && m_filter.Line().CanGoForward()); });
+  for (const unsigned step :
+       {+ID_FILTER_ONLYTHIS, +ID_FILTER_HIDETHIS, +ID_FILTER_ONLYTHREAD, +ID_FILTER_ONLYAROUND})
+    MapCommand(step, [this, step] { m_filter.Take(step); });
+}
+
+TracePane* CTraceChildFrame::ShownPane() const {
+  TracePane* const pane = m_panes[m_shown].view;
+  return pane ? pane : dynamic_cast<TracePane*>(GetActiveView());
+}
+
+void CTraceChildFrame::OnCreate() {
+  CMDIChildWnd::OnCreate();
+  m_filter.OnCreate(*Face());
 }
 
 void CTraceChildFrame::AddPane(unsigned command, PaneMaker make) {
@@ -52,7 +84,11 @@ bool CTraceChildFrame::BeginsMaximised() const {
 }
 
 void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {
-  m_main.Face()->TrackPopupMenu(IDR_TRACE_POPUP, screenXPx, screenYPx);
+  std::vector<MenuItem> steps;
+  if (const TracePane* const pane = ShownPane()) {
+    for (const CellStep& step : pane->OfferedSteps()) steps.push_back({step.command, step.label});
+  }
+  m_main.Face()->TrackPopupMenu(IDR_TRACE_POPUP, screenXPx, screenYPx, steps);
 }
 
 // Hidden views stay alive and receive hints.
@@ -72,6 +108,7 @@ void CTraceChildFrame::TogglePane(std::size_t place) {
   SetActiveView(&shown, true);
   InitialUpdateFrame(document, true);
   shown.Control()->SetFocus();
+  m_filter.OnPane();
 }
 
 // If the user cancels a fill nothing changes: not the shown view, not the other one, and not the

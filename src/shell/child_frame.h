@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "docview/frame.h"
+#include "shell/frame_filter.h"
 
 class CMainFrame;
 class CTraceDoc;
@@ -18,13 +19,17 @@ class CTraceChildFrame : public CMDIChildWnd {
 
   // All frames of trace documents share one stored size: the last one sized sets it for the next.
   void PreCreateWindow(int& widthPx, int& heightPx) override;
+  void OnCreate() override;
   void OnSize(SizeType type, int widthPx, int heightPx) override;
   // As the trace windows were at their last resize.
   bool BeginsMaximised() const override;
-  // Pop-up 144, commands routed as from the menus.
+  // Pop-up 144 and the steps that the pane offers, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
 
   bool IsTreeShown() const { return m_shown == kTree; }
+  // Null before the list exists.
+  TracePane* ShownPane() const;
+  const FrameFilter& Filter() const { return m_filter; }
 
  private:
   static constexpr unsigned kOtherPane = 59649;  // of a view that does not show
@@ -40,6 +45,7 @@ class CTraceChildFrame : public CMDIChildWnd {
   // A pane that is made when its command is first used. The command shows it, or the list if the
   // pane is shown already.
   void AddPane(unsigned command, PaneMaker make);
+  void MapFilter();
   bool HasList() const;
   void TogglePane(std::size_t place);
   // Passes the current trace and the filter to the pane and fills it; false: the user cancelled.
@@ -49,4 +55,5 @@ class CTraceChildFrame : public CMDIChildWnd {
   // The list, which the template makes, and the other panes.
   std::vector<Pane> m_panes = std::vector<Pane>(1);
   std::size_t m_shown = kList;
+  FrameFilter m_filter;
 };

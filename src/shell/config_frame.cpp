@@ -26,5 +26,5 @@ void CConfigFrame::OnSize(SizeType type, int widthPx, int heightPx) {
 }
 
 void CConfigFrame::OnContextMenu(int screenXPx, int screenYPx) {
-  m_main.Face()->TrackPopupMenu(IDR_CONFIG_POPUP, screenXPx, screenYPx);
+  m_main.Face()->TrackPopupMenu(IDR_CONFIG_POPUP, screenXPx, screenYPx, {});
 }

@@ -12,6 +12,8 @@
 #include "controls/tree/tree_control.h"
 #include "docview/frame.h"
 #include "listview/source/rich_edit.h"
+#include "shell/filterline/filter_line.h"
+#include "shell/menu_resources.h"
 
 class CMainFrame;
 
@@ -30,7 +32,9 @@ class MainFrameFace {
                                                       int heightPx) = 0;
   virtual void LayOutChildren(WindowLayout layout) = 0;
   virtual void ShowTabs(bool on) = 0;  // the children as tabs, or as windows
-  virtual void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) = 0;
+  // `more`: items behind those of the resource, for this time only.
+  virtual void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx,
+                              const std::vector<MenuItem>& more) = 0;
   virtual void ShowBar(unsigned id, bool on) = 0;  // ID_VIEW_TOOLBAR, ID_VIEW_STATUS_BAR
   virtual bool IsBarShown(unsigned id) const = 0;
   virtual void RecentFilesChanged() = 0;
@@ -49,6 +53,7 @@ class ShellFaces {
   virtual std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) = 0;
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
   virtual std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) = 0;
+  virtual std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) = 0;
   // Is a modal box or dialog open?
   virtual bool IsModal() const = 0;
   virtual void ShowAbout(const std::string& versionLine) = 0;

@@ -102,6 +102,12 @@ const CommandText kTexts[] = {
     {ID_VIEW_FILTER, kTraces | kTracePopup, "Fi&lter...", ""},
     {ID_VIEW_FITCOLUMNS, kTraces, "Fit &Columns",
      "Make each column as wide as what it shows\nFit Columns"},
+    {ID_VIEW_FILTERTEXT, kTraces, "Filter Te&xt\tCtrl+L",
+     "Filter by a text in a line above the traces\nFilter Text"},
+    {ID_VIEW_FILTERBACK, kTraces, "Filter &Back\tAlt+Left",
+     "Go back to the filter text before\nFilter Back"},
+    {ID_VIEW_FILTERFORWARD, kTraces, "Filter &Forward\tAlt+Right",
+     "Go forward to the next filter text\nFilter Forward"},
     {ID_VIEW_PAUSE, kMonitor, "Pa&use", "Pause display of output\nPause"},
     {ID_WINDOW_NEW, kTraces, "&New Window",
      "Open another window for the active document\nNew Window"},
@@ -148,7 +154,11 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_SYNCHRONIZE,
                                  ID_VIEW_FILTER,
                                  ID_VIEW_FITCOLUMNS,
-                                 ID_VIEW_PAUSE};
+                                 ID_VIEW_PAUSE,
+                                 0,
+                                 ID_VIEW_FILTERTEXT,
+                                 ID_VIEW_FILTERBACK,
+                                 ID_VIEW_FILTERFORWARD};
 constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
 constexpr unsigned kWindowIds[] = {
     ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE, 0, ID_WINDOW_TABS};
@@ -246,14 +256,25 @@ const std::vector<unsigned>& ToolBarButtons() {
 
 const std::vector<Accelerator>& Accelerators() {
   static const std::vector<Accelerator> keys = {
-      {"Ctrl+A", ID_CONFIG_ADD},      {"Ctrl+C", ID_EDIT_COPY},
-      {"Ctrl+Insert", ID_EDIT_COPY},  {"Alt+C", ID_FILE_NEWCONFIG},
-      {"Ctrl+F", ID_EDIT_FIND},       {"F3", ID_EDIT_FINDNEXT},
-      {"Ctrl+G", ID_VIEW_GOTOSOURCE}, {"Alt+M", ID_FILE_NEWMONITOR},
-      {"Ctrl+O", ID_FILE_OPEN},       {"Ctrl+P", ID_FILE_PRINT},
-      {"Alt+P", ID_VIEW_PROPERTIES},  {"Ctrl+S", ID_FILE_SAVE},
-      {"Alt+S", ID_VIEW_SYNCHRONIZE}, {"Ctrl+F6", ID_VIEW_PROC},
-      {"Ctrl+W", ID_FILE_WIZARD},     {"F1", ID_HELP},
+      {"Ctrl+A", ID_CONFIG_ADD},
+      {"Ctrl+C", ID_EDIT_COPY},
+      {"Ctrl+Insert", ID_EDIT_COPY},
+      {"Alt+C", ID_FILE_NEWCONFIG},
+      {"Ctrl+F", ID_EDIT_FIND},
+      {"F3", ID_EDIT_FINDNEXT},
+      {"Ctrl+G", ID_VIEW_GOTOSOURCE},
+      {"Alt+M", ID_FILE_NEWMONITOR},
+      {"Ctrl+O", ID_FILE_OPEN},
+      {"Ctrl+P", ID_FILE_PRINT},
+      {"Alt+P", ID_VIEW_PROPERTIES},
+      {"Ctrl+S", ID_FILE_SAVE},
+      {"Alt+S", ID_VIEW_SYNCHRONIZE},
+      {"Ctrl+F6", ID_VIEW_PROC},
+      {"Ctrl+W", ID_FILE_WIZARD},
+      {"F1", ID_HELP},
+      {"Ctrl+L", ID_VIEW_FILTERTEXT},
+      {"Alt+Left", ID_VIEW_FILTERBACK},
+      {"Alt+Right", ID_VIEW_FILTERFORWARD},
   };
   return keys;
 }

@@ -151,6 +151,21 @@ TEST_F(TracePaneTest, ACancelledFilterLeavesFilterAndMarkAsTheyWere) {
   EXPECT_EQ(m_pane.Calls(), Strings{"rebuild"});
 }
 
+TEST_F(TracePaneTest, AFilterTextStandsBesideTheMarksAndACancelledOneLeavesTheOneBefore) {
+  WhereError error;
+  const WhereProgramPtr first = WhereProgram::Compile("verbose", error);
+  m_pane.m_filter.allSeverities = 0;
+  EXPECT_TRUE(m_pane.SetWhere(first));
+  EXPECT_EQ(m_pane.m_filter.where, first);
+  EXPECT_EQ(m_pane.m_filter.allSeverities, 0);
+  EXPECT_TRUE(std::exchange(m_pane.m_filterChanged, false)) << "the other pane gets it";
+  m_pane.rebuilds = false;
+  EXPECT_FALSE(m_pane.SetWhere(nullptr));
+  EXPECT_EQ(m_pane.m_filter.where, first);
+  EXPECT_FALSE(m_pane.m_filterChanged);
+  EXPECT_EQ(m_pane.Calls(), (Strings{"rebuild", "rebuild"}));
+}
+
 TEST_F(TracePaneTest, TheStatusPanesAreSetByTheActiveViewAndClearedAfterIt) {
   m_pane.ReportCount();
   m_pane.ReportStatus();

@@ -92,6 +92,10 @@ TEST(Menus, OfATraceFile) {
   32825 Synchroni&ze\tAlt+S
   32847 Fi&lter...
   32850 Fit &Columns
+  -----
+  32902 Filter Te&xt\tCtrl+L
+  32903 Filter &Back\tAlt+Left
+  32904 Filter &Forward\tAlt+Right
 &Window
   57648 &New Window
   57650 &Cascade
@@ -149,6 +153,10 @@ TEST(Menus, OfAMonitor) {
   32847 Fi&lter...
   32850 Fit &Columns
   32849 Pa&use
+  -----
+  32902 Filter Te&xt\tCtrl+L
+  32903 Filter &Back\tAlt+Left
+  32904 Filter &Forward\tAlt+Right
 &Window
   57648 &New Window
   57650 &Cascade
@@ -373,6 +381,9 @@ Alt+S 32825
 Ctrl+F6 32804
 Ctrl+W 32823
 F1 57670
+Ctrl+L 32902
+Alt+Left 32903
+Alt+Right 32904
 )");
 }
 

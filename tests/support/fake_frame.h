@@ -67,6 +67,7 @@ class FakeChildFace : public ChildFrameFace {
     m_log.Add("child view " + std::to_string(view.GetDlgCtrlID()));
     LayOut();
   }
+  void ShowBar(ViewControl* bar) override { m_bar = bar; }
   // The user drags a border, or the window system restores or tiles the window.
   void Resize(int widthPx, int heightPx) {
     m_widthPx = widthPx;
@@ -79,6 +80,7 @@ class FakeChildFace : public ChildFrameFace {
   bool m_shown = false;
   std::string m_title;
   CView* m_view = nullptr;
+  ViewControl* m_bar = nullptr;
   std::function<void()> m_onGone;  // a window system may activate another child at this point
 
  private:

@@ -115,6 +115,13 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   void ShowEndMark(bool on) override { endMark = on; }
 
   ListHeader& Header() override { return *this; }
+  // Columns have 100 pixels each, in the order of the header, hidden ones too.
+  std::optional<ListColumn> ColumnAtScreen(int screenXPx) const override {
+    const ListOrder order = GetColumnOrder();
+    const auto place = static_cast<std::size_t>(screenXPx / 100);
+    if (screenXPx < 0 || place >= order.size()) return std::nullopt;
+    return ListColumn(order[place]);
+  }
   void InsertColumn(const ListColumnInfo& column, int widthPx) override {
     m_order.push_back(static_cast<int>(columns.size()));
     columns.push_back(column);

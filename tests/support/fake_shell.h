@@ -15,6 +15,7 @@
 #include "shell/faces.h"
 #include "shell/main_frame.h"
 #include "support/fake_config_pane.h"
+#include "support/fake_filter_line.h"
 #include "support/fake_frame.h"
 #include "support/fake_rich_edit.h"
 #include "support/fake_row_list.h"
@@ -62,7 +63,9 @@ class FakeMainFrameFace : public MainFrameFace {
     m_log.Add(std::string("layout ") + kNames[static_cast<int>(layout)]);
   }
   void ShowTabs(bool on) override { m_log.Add(on ? "main tabs" : "main windows"); }
-  void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) override {
+  void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx,
+                      const std::vector<MenuItem>& more) override {
+    m_popupMore = more;
     m_log.Add("main popup " + std::to_string(resource) + " " + std::to_string(screenXPx) + " " +
               std::to_string(screenYPx));
   }
@@ -81,6 +84,7 @@ class FakeMainFrameFace : public MainFrameFace {
   unsigned m_menu = 0;
   std::map<unsigned, std::string> m_panes, m_paneTips;
   std::map<unsigned, bool> m_bars;
+  std::vector<MenuItem> m_popupMore;  // of the last pop-up
   bool m_shown = false;
   bool m_closed = false;
 
@@ -118,6 +122,9 @@ class FakeShellFaces : public ShellFaces {
   std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) override {
     return std::make_unique<FakeConfigPane>(owner);
   }
+  std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) override {
+    return std::make_unique<FakeFilterLine>(line, m_filterLine);
+  }
   void ShowAbout(const std::string& versionLine) override { m_log.Add("about " + versionLine); }
   void ShowPrintSetup() override { m_log.Add("print setup"); }
   void ShowHelp(const std::string& topic) override { m_log.Add("help \"" + topic + "\""); }
@@ -127,7 +134,8 @@ class FakeShellFaces : public ShellFaces {
   int m_proposedWidthPx = 1000;
   int m_proposedHeightPx = 700;
   int m_largestWidthPx = 32767, m_largestHeightPx = 32767;
-  FakeMainFrameFace* m_main = nullptr;  // null while there is no main window
+  FakeFilterLine* m_filterLine = nullptr;  // the one made last; null when it has gone
+  FakeMainFrameFace* m_main = nullptr;     // null while there is no main window
 
  private:
   // A control as a window system makes it, before a frame sets its size.

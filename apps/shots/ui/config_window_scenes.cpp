@@ -88,7 +88,7 @@ void ConfigWindowScenes::PopUp() {
     m_scenes.Save(*menu, QStringLiteral("config-popup"));
     menu->close();
   });
-  m_tessera.Frame()->Face()->TrackPopupMenu(IDR_CONFIG_POPUP, 10, 10);
+  m_tessera.Frame()->Face()->TrackPopupMenu(IDR_CONFIG_POPUP, 10, 10, {});
 }
 
 void ConfigWindowScenes::Gone() {

@@ -110,7 +110,7 @@ void ShotScenes::PopUp() {
     Save(*menu, QStringLiteral("popup"));
     menu->close();
   });
-  FaceOf(m_tessera).TrackPopupMenu(IDR_TRACE_POPUP, 10, 10);
+  FaceOf(m_tessera).TrackPopupMenu(IDR_TRACE_POPUP, 10, 10, {});
 }
 
 void ShotScenes::Maximised() {

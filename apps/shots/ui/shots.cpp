@@ -11,6 +11,7 @@
 #include "config_window_scenes.h"
 #include "dialog_scenes.h"
 #include "docview/ui/qt_host.h"
+#include "filter_scenes.h"
 #include "monitor_scenes.h"
 #include "palette.h"
 #include "settings/registry.h"
@@ -48,7 +49,7 @@ QString CopyTo(const QString& folder, const char* from, const char* name) {
   return path;
 }
 
-void Light(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
+void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, const std::string& file,
            const std::string& second) {
   scenes.Empty();
   scenes.File(file);
@@ -61,10 +62,11 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.Help(HelpWindow::Topics());
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
+  filter.All();
   scenes.Tiled(second);
 }
 
-void Dark(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
+void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, const std::string& file,
           const std::string& second) {
   scenes.UseDark();
   scenes.Empty();
@@ -76,6 +78,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, const std::string& file,
   scenes.Help({QStringLiteral("list"), QStringLiteral("wizard")});
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
+  filter.All();
   scenes.Tiled(second);
 }
 
@@ -101,10 +104,15 @@ class Configuring {
   WizardScenes m_wizard;
 };
 
-void Scaled(ShotScenes& scenes, Configuring& configuring) {
+void Scaled(ShotScenes& scenes, FilterScenes& filter, Configuring& configuring,
+            const std::string& file) {
   scenes.SetMark(QStringLiteral("-%1").arg(qRound(scenes.Window().devicePixelRatioF() * 100)));
+  scenes.File(file);
+  filter.All();
   configuring.All();
   scenes.UseDark();
+  scenes.File(file);
+  filter.All();
   configuring.All();
 }
 
@@ -131,16 +139,17 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   MonitorScenes monitor(tessera, scenes, replay, home);
   TreeScenes tree(tessera, scenes, replay, file, scratch.path());
   DialogScenes dialogs(tessera, scenes, source, home);
+  FilterScenes filter(tessera, scenes);
   Configuring configuring(tessera, scenes);
   if (window.devicePixelRatioF() > 1) {
-    Scaled(scenes, configuring);
+    Scaled(scenes, filter, configuring, file);
     return scenes.Good() ? 0 : 2;
   }
-  Light(scenes, dialogs, file, second);
+  Light(scenes, dialogs, filter, file, second);
   configuring.All();
   monitor.Light();
   tree.Light();
-  Dark(scenes, dialogs, file, second);
+  Dark(scenes, dialogs, filter, file, second);
   configuring.All();
   monitor.Dark();
   tree.Dark();

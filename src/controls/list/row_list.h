@@ -10,6 +10,7 @@
 // The Qt class (controls/list/ui) and a fake (tests/support) pass the same contract test.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -101,4 +102,6 @@ class RowList : public ViewControl {
   virtual void ShowEndMark(bool on) = 0;
 
   virtual ListHeader& Header() = 0;
+  // The column of the cells at this place of the screen; none right of the last one.
+  virtual std::optional<ListColumn> ColumnAtScreen(int screenXPx) const = 0;
 };

@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "docview/commands/command_ids.h"
+#include "listview/rows/cell_value.h"
 
 CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
     : TracePane(document), m_rows(document.m_traces), m_list(makeList(*this)) {
@@ -77,7 +78,12 @@ void CTraceView::OnRowDoubleClicked(int) {
 }
 
 void CTraceView::OnRowListContextMenu(int screenXPx, int screenYPx) {
-  ShowContextMenu(screenXPx, screenYPx);
+  // Beside the rows the menu is opened with nothing selected.
+  const TraceEvent_i* const event = m_list->SelectedCount() > 0 ? CurrentEvent() : nullptr;
+  const std::optional<ListColumn> column = m_list->ColumnAtScreen(screenXPx);
+  std::optional<CellValue> cell;
+  if (event && column) cell = CellValueOf(column->As<Column>(), *event, m_document.m_names);
+  ShowContextMenu(screenXPx, screenYPx, StepsOfCell(cell, event, m_document.m_names));
 }
 
 void CTraceView::Invalidate() {

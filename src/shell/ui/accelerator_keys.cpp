@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QWindow>
 
+#include "shell/filterline/ui/filter_edit.h"
 #include "shell/menu_resources.h"
 
 AcceleratorKeys::AcceleratorKeys(CommandActions& actions, QWidget& window)
@@ -42,13 +43,15 @@ void AcceleratorKeys::Add(const QKeySequence& key, Qt::ShortcutContext context,
 }
 
 // A focused widget may claim a key before the shortcuts. Inside the main window it does not get an
-// accelerator, whatever the state of the command.
+// accelerator, whatever the state of the command. The filter text copies itself.
 bool AcceleratorKeys::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() != QEvent::ShortcutOverride) return false;
   const auto* key = static_cast<QKeyEvent*>(event);
   auto* widget = qobject_cast<QWidget*>(watched);
   if (!widget || widget->window() != &m_window) return false;
   if (!m_keys.contains(key->keyCombination().toCombined())) return false;
+  const auto* edit = dynamic_cast<const FilterEdit*>(widget);
+  if (edit && edit->KeepsKey(*key)) return false;
   event->ignore();
   return true;
 }

@@ -151,7 +151,7 @@ void Menus::Activate(const CMDIChildWnd* child) {
   }
 }
 
-unsigned Menus::Track(unsigned resource, const QPoint& screen) {
+unsigned Menus::Track(unsigned resource, const QPoint& screen, const std::vector<MenuItem>& more) {
   QMenu menu(&m_window);
   for (const MenuPopup& popup : MenuOf(resource)) {
     for (const MenuItem& item : popup.items) {
@@ -162,6 +162,9 @@ unsigned Menus::Track(unsigned resource, const QPoint& screen) {
       }
     }
   }
+  if (!more.empty()) menu.addSeparator();
+  for (const MenuItem& item : more)
+    menu.addAction(m_actions.Proxy(item.id, Shown(item.text), &menu));
   m_actions.UpdateMenu(menu);
   const QAction* chosen = menu.exec(screen);
   return chosen ? chosen->data().toUInt() : 0;

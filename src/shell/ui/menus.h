@@ -27,8 +27,8 @@ class Menus : public QObject {
   // Updates the recent files, the open windows and the states of all items. An open menu keeps its
   // items.
   void Refresh();
-  // Shows a pop-up and returns the chosen command, 0 for none.
-  unsigned Track(unsigned resource, const QPoint& screen);
+  // Shows a pop-up, with more items at its end, and returns the chosen command, 0 for none.
+  unsigned Track(unsigned resource, const QPoint& screen, const std::vector<MenuItem>& more);
 
  private:
   struct Entry {

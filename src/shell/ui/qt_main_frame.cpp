@@ -159,9 +159,10 @@ void QtMainFrame::ShowTabs(bool on) {
   m_area->ShowTabs(on);
 }
 
-void QtMainFrame::TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) {
+void QtMainFrame::TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx,
+                                 const std::vector<MenuItem>& more) {
   const QPointer<CommandActions> actions(m_actions);
-  const unsigned id = m_menus->Track(resource, QPoint(screenXPx, screenYPx));
+  const unsigned id = m_menus->Track(resource, QPoint(screenXPx, screenYPx), more);
   if (actions && id != 0) actions->Run(id);
 }
 

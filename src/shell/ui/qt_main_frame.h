@@ -30,7 +30,8 @@ class QtMainFrame : public MainFrameFace {
                                               int heightPx) override;
   void LayOutChildren(WindowLayout layout) override;
   void ShowTabs(bool on) override;
-  void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx) override;
+  void TrackPopupMenu(unsigned resource, int screenXPx, int screenYPx,
+                      const std::vector<MenuItem>& more) override;
   void ShowBar(unsigned id, bool on) override;
   bool IsBarShown(unsigned id) const override;
   void RecentFilesChanged() override;

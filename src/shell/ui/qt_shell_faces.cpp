@@ -18,6 +18,7 @@
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
 #include "listview/source/ui/rich_edit_widget.h"
+#include "shell/filterline/ui/filter_line_widget.h"
 #include "shell/load_status.h"
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"
@@ -97,6 +98,10 @@ std::unique_ptr<RichEdit> QtShellFaces::CreateRichEdit(RichEditOwner& owner) {
 
 std::unique_ptr<ConfigPane> QtShellFaces::CreateConfigPane(ListBoxOwner& owner) {
   return std::make_unique<QtConfigPane>(owner);
+}
+
+std::unique_ptr<FilterLineFace> QtShellFaces::CreateFilterLine(FilterLine& line) {
+  return std::make_unique<QtFilterLine>(line);
 }
 
 void QtShellFaces::ShowAbout(const std::string& versionLine) {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "docview/commands/command_ids.h"
+#include "tree/proc/node_value.h"
 
 CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)
     : TracePane(document),
@@ -51,5 +52,12 @@ void CProcView::OnTreeRightPressed(TreeItem item) {
 }
 
 void CProcView::OnTreeContextMenu(int screenXPx, int screenYPx) {
-  ShowContextMenu(screenXPx, screenYPx);
+  const CTraceEvent* const node = NodeOf(m_tree->SelectedItem());
+  const TraceEvent_i* const event = node ? node->event : nullptr;
+  std::optional<CellValue> cell;
+  if (event) cell = NodeValueOf(node->Kind(), *event, m_document.m_names);
+  // Below an application or a machine there are several threads.
+  const bool oneThread = node && node->Kind() <= NodeKind::Thread;
+  std::vector<CellStep> steps = StepsOfCell(cell, oneThread ? event : nullptr, m_document.m_names);
+  ShowContextMenu(screenXPx, screenYPx, std::move(steps));
 }

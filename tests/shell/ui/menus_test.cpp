@@ -225,7 +225,7 @@ TEST_F(MenusTest, ThePopUpOpensAtTheScreenPositionGivenWithItsOwnTextsAndStates)
     EXPECT_FALSE(Item(*menu, ID_VIEW_SYNCHRONIZE)->isEnabled());
     menu->close();
   });
-  Face().TrackPopupMenu(IDR_TRACE_POPUP, wanted.x(), wanted.y());
+  Face().TrackPopupMenu(IDR_TRACE_POPUP, wanted.x(), wanted.y(), {});
   EXPECT_EQ(at, wanted);
   EXPECT_EQ(texts, Expected(MenuOf(IDR_TRACE_POPUP).front()));
   // The menu bar's own text of a shared command is not the pop-up's.
@@ -241,7 +241,7 @@ TEST_F(MenusTest, ACommandOfThePopUpIsRoutedToTheActiveViewAndDocument) {
     menu->setActiveAction(Item(*menu, ID_EDIT_CLEAR_ALL));
     QTest::keyClick(menu, Qt::Key_Return);
   });
-  Face().TrackPopupMenu(IDR_TRACE_POPUP, 10, 10);
+  Face().TrackPopupMenu(IDR_TRACE_POPUP, 10, 10, {});
   EXPECT_EQ(document->m_traces.size(), 0u);
 }
 

@@ -46,6 +46,9 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   void Repaint() override { viewport()->update(); }
   void ShowEndMark(bool on) override;
   ListHeader& Header() override { return m_header; }
+  std::optional<ListColumn> ColumnAtScreen(int screenXPx) const override {
+    return ColumnAt(viewport()->mapFromGlobal(QPoint(screenXPx, 0)).x());
+  }
 
   // For the classes that paint, handle input and describe the list.
   RowListOwner& Owner() const { return m_owner; }

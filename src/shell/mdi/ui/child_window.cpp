@@ -19,6 +19,7 @@ constexpr int kRestoreAction = 0, kMaximiseAction = 4;
 ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
     : m_child(&child), m_area(area), m_room(new QWidget), m_layout(new QVBoxLayout(m_room)) {
   m_layout->setContentsMargins(0, 0, 0, 0);
+  m_layout->setSpacing(0);
   m_room->setFocusPolicy(Qt::StrongFocus);
   setWidget(m_room);
   setWindowIcon(QApplication::windowIcon());
@@ -50,12 +51,24 @@ void ChildWindow::Detach() {
     if (control) ReleaseControl(*control);
   }
   m_controls.clear();
+  ShowBar(nullptr);
+}
+
+void ChildWindow::ShowBar(QWidget* bar) {
+  if (m_bar && m_bar != bar) {
+    m_layout->removeWidget(m_bar);
+    ReleaseControl(*m_bar);
+  }
+  m_bar = bar;
+  if (!bar) return;
+  m_layout->insertWidget(0, bar);
+  bar->show();
 }
 
 void ChildWindow::ShowControl(QWidget* control) {
   if (std::find(m_controls.begin(), m_controls.end(), control) == m_controls.end()) {
     m_controls.emplace_back(control);
-    m_layout->addWidget(control);
+    m_layout->addWidget(control, 1);
   }
   // Hide the others first: two visible controls would share the space, and the one that is hidden
   // would scroll for half of it.

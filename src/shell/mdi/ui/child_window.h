@@ -22,6 +22,8 @@ class ChildWindow : public QMdiSubWindow {
   CMDIChildWnd* Child() const { return m_child; }
   // Makes it the only visible control.
   void ShowControl(QWidget* control);
+  // A widget above the control, in place of the one before; null: none.
+  void ShowBar(QWidget* bar);
   bool IsClosing() const { return m_closing; }
   // Makes the window small enough for the area and moves it there.
   void FitIntoArea();
@@ -42,6 +44,7 @@ class ChildWindow : public QMdiSubWindow {
   QWidget* m_room;
   QVBoxLayout* m_layout;
   std::vector<QPointer<QWidget>> m_controls;
+  QPointer<QWidget> m_bar;
   QTimer m_settled;       // sizes and states come in several events: checked after the last one
   bool m_placed = false;  // shown restored, inside the area
   bool m_closing = false;

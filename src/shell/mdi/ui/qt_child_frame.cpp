@@ -68,3 +68,7 @@ void QtChildFrame::Activate() {
 void QtChildFrame::ShowView(CView& view) {
   if (QWidget* control = WidgetOf(view.Control())) m_window->ShowControl(control);
 }
+
+void QtChildFrame::ShowBar(ViewControl* bar) {
+  if (m_window) m_window->ShowBar(bar ? WidgetOf(bar) : nullptr);
+}

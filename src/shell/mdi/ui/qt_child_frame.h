@@ -17,6 +17,7 @@ class QtChildFrame : public ChildFrameFace {
   void Show() override;
   void Activate() override;
   void ShowView(CView& view) override;
+  void ShowBar(ViewControl* bar) override;
 
   ChildWindow* Window() const { return m_window; }
 

@@ -139,6 +139,13 @@ TEST(RowMouse, TheMenuOpensAtTheMouse) {
   EXPECT_EQ(s.owner.menus, (std::vector<std::pair<int, int>>{{global.x(), global.y()}}));
 }
 
+TEST(RowMouse, AMenuCanAskForTheColumnUnderIt) {
+  ShownList s(30);
+  const auto screenX = [&](int xPx) { return s.list.viewport()->mapToGlobal(QPoint(xPx, 0)).x(); };
+  EXPECT_EQ(s.list.ColumnAtScreen(screenX(s.At(3).x())), ListColumn(Column::Count));
+  EXPECT_EQ(s.list.ColumnAtScreen(screenX(5)), ListColumn(Column::Sev));
+}
+
 TEST(RowMouse, TheMenuKeyOpensItAtTheFocusedRowWhichIsBroughtIntoView) {
   ShownList s(300);
   s.list.SetItemState(200, kRowFocused, kRowFocused);

@@ -1,0 +1,21 @@
+// The scenes of the line of filter text above the rows of a file.
+#pragma once
+
+#include "shell/filterline/ui/filter_line_widget.h"
+#include "shot_scenes.h"
+
+class FilterScenes {
+ public:
+  // Both outlive this. REQUIRES: a file is in front.
+  FilterScenes(CTesseraApp& tessera, ShotScenes& scenes) : m_tessera(tessera), m_scenes(scenes) {}
+
+  void All();
+
+ private:
+  FilterLineWidget& Line();
+  void Type(const QString& text);
+  void Save(const QString& name);
+
+  CTesseraApp& m_tessera;
+  ShotScenes& m_scenes;
+};

@@ -1,0 +1,155 @@
+#include "shell/filterline/filter_line.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "where/steps/cell_step.h"
+#include "where/text/where_lexer.h"
+
+namespace {
+
+bool AreBlanks(std::string_view text) {
+  return std::ranges::all_of(text, IsWhereBlank);
+}
+
+// Characters, not bytes: what the user counts.
+std::size_t ColumnOf(std::string_view text, std::size_t place) {
+  const std::string_view before = text.substr(0, place);
+  return 1 + static_cast<std::size_t>(std::ranges::count_if(
+                 before, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+}  // namespace
+
+bool FilterLine::IsBlank() const {
+  return AreBlanks(m_text);
+}
+
+void FilterLine::Put(std::string text) {
+  m_text = std::move(text);
+  std::ranges::replace(m_text, '\n', ' ');
+  std::ranges::replace(m_text, '\r', ' ');
+  m_error.reset();
+  m_program = nullptr;
+  if (IsBlank()) return;
+  WhereError error;
+  m_program = WhereProgram::Compile(m_text, error);
+  if (!m_program) m_error = std::move(error);
+}
+
+void FilterLine::Edit(std::string text) {
+  m_recentPlace = 0;
+  Put(std::move(text));
+  UpdateFace();
+}
+
+FilterLine::State FilterLine::GetState() const {
+  if (m_error) return State::Wrong;
+  const WhereProgramPtr inForce = m_owner.WhereInForce();
+  const bool same = IsBlank() ? !inForce : inForce && inForce->Text() == m_text;
+  return same ? State::InForce : State::Edited;
+}
+
+std::string FilterLine::Message() const {
+  switch (GetState()) {
+    case State::Wrong:
+      return "Column " + std::to_string(ColumnOf(m_text, m_error->place)) + ": " + m_error->reason;
+    case State::Edited:
+      return IsBlank() ? "Enter shows all traces again." : "Enter applies this text.";
+    case State::InForce:
+      break;
+  }
+  return IsBlank() ? "For example: severity >= warn and text contains \"retry\"" : "In force.";
+}
+
+bool FilterLine::Apply() {
+  if (m_error) return false;
+  const std::string text = IsBlank() ? std::string() : m_text;
+  if (GetState() != State::InForce && !m_owner.ApplyWhere(m_program)) return false;
+  m_steps.Go(text);
+  NoteRecentFilter(text);
+  m_recentPlace = 0;
+  UpdateFace();
+  return true;
+}
+
+bool FilterLine::ApplyText(std::string text) {
+  std::string before = m_text;
+  Put(std::move(text));
+  if (Apply()) return true;
+  Put(std::move(before));
+  UpdateFace();
+  return false;
+}
+
+bool FilterLine::Release() {
+  if (m_owner.WhereInForce() && !m_owner.ApplyWhere(nullptr)) return false;
+  m_steps.Go(std::string());
+  UpdateFace();
+  return true;
+}
+
+// ---- steps
+
+bool FilterLine::GoBack() {
+  if (!m_steps.Back()) return false;
+  if (ApplyText(m_steps.Text())) return true;
+  m_steps.Forward();
+  return false;
+}
+
+bool FilterLine::GoForward() {
+  if (!m_steps.Forward()) return false;
+  if (ApplyText(m_steps.Text())) return true;
+  m_steps.Back();
+  return false;
+}
+
+bool FilterLine::AddStep(const std::string& step) {
+  const WhereProgramPtr inForce = m_owner.WhereInForce();
+  std::optional<std::string> both = WithStep(inForce ? inForce->Text() : std::string(), step);
+  return both && ApplyText(std::move(*both));
+}
+
+// ---- completion
+
+std::vector<WhereCompletion> FilterLine::CompletionsAt(std::size_t caret) const {
+  return WhereCompletions(m_text, caret,
+                          [this](WhereField field) { return m_owner.WhereNamesOf(field); });
+}
+
+std::size_t FilterLine::Complete(const WhereCompletion& completion) {
+  const std::size_t from = std::min(completion.replaceFrom, m_text.size());
+  const std::size_t to = std::clamp(completion.replaceTo, from, m_text.size());
+  std::string text = m_text;
+  text.replace(from, to - from, completion.insert);
+  std::size_t caret = from + completion.insert.size();
+  // What follows a word begins behind a blank.
+  if (completion.kind != WhereCompletion::Kind::Sign && caret == text.size()) text += ' ';
+  if (caret < text.size() && text[caret] == ' ') ++caret;
+  Edit(std::move(text));
+  return caret;
+}
+
+// ---- recent texts
+
+bool FilterLine::ShowOlder() {
+  if (m_recentPlace == 0) {
+    m_recent = RecentFilters();
+    m_typed = m_text;
+    // The text that stands there already would be no step.
+    if (!m_recent.empty() && m_recent.front() == m_text) m_recent.erase(m_recent.begin());
+  }
+  return m_recentPlace < m_recent.size() && ShowRecent(m_recentPlace + 1);
+}
+
+bool FilterLine::ShowNewer() {
+  return m_recentPlace > 0 && ShowRecent(m_recentPlace - 1);
+}
+
+bool FilterLine::ShowRecent(std::size_t place) {
+  m_recentPlace = place;
+  Put(place == 0 ? m_typed : m_recent[place - 1]);
+  UpdateFace();
+  return true;
+}

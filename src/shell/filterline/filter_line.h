@@ -1,0 +1,106 @@
+// The line of filter text above the rows of one window: what is typed, whether it is right, whether
+// it is in force, and the texts that the window had.
+//
+// A text that is typed changes nothing. Apply compiles it and asks the owner to filter by it.
+//
+// Shape    Texts are UTF-8, one line. Places are bytes.
+// Owner    The child frame owns the line, and the face while the line is shown. The line borrows
+//          both; SetFace tells which face it has.
+// Errors   A wrong text has an error with its place. It is not applied.
+// Threads  Interface thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "docview/view.h"
+#include "shell/filterline/stored_filters.h"
+#include "where/complete/where_complete.h"
+#include "where/steps/where_steps.h"
+#include "where/where_program.h"
+
+class FilterLineOwner {
+ public:
+  // What filters the shown pane; null: no text.
+  virtual WhereProgramPtr WhereInForce() const = 0;
+  // Null: all that the filter dialog shows. False: the user cancelled, and nothing has changed.
+  virtual bool ApplyWhere(const WhereProgramPtr& program) = 0;
+  // The names that the document has for a field.
+  virtual std::vector<std::string> WhereNamesOf(WhereField field) const = 0;
+  // Escape in the line.
+  virtual void PutAwayFilterLine() = 0;
+
+ protected:
+  ~FilterLineOwner() = default;
+};
+
+// The line's window. SetFocus gives its text the focus, all of it selected.
+class FilterLineFace : public ViewControl {
+ public:
+  virtual bool HasFocus() const = 0;
+  // The text, its error or what is in force have changed.
+  virtual void Update() = 0;
+};
+
+class FilterLine {
+ public:
+  enum class State { InForce, Edited, Wrong };
+
+  explicit FilterLine(FilterLineOwner& owner) : m_owner(owner) {}
+  void SetFace(FilterLineFace* face) { m_face = face; }
+  void UpdateFace() const {
+    if (m_face) m_face->Update();
+  }
+
+  const std::string& Text() const { return m_text; }
+  // The user typed. A line end becomes a blank.
+  void Edit(std::string text);
+  State GetState() const;
+  // Of a wrong text.
+  const std::optional<WhereError>& Error() const { return m_error; }
+  // There is a text, and it is right.
+  bool CanBeSaved() const { return m_program != nullptr; }
+  // One line that says how the text stands: "Column 10: ...".
+  std::string Message() const;
+
+  // False: the text is wrong, or the user cancelled; what was in force stays.
+  bool Apply();
+  // Another text, by a command: when it is not applied the line keeps its own.
+  bool ApplyText(std::string text);
+  // No text filters any more, and the line keeps its own. False: the user cancelled.
+  bool Release();
+  void PutAway() { m_owner.PutAwayFilterLine(); }
+
+  bool CanGoBack() const { return m_steps.CanGoBack(); }
+  bool CanGoForward() const { return m_steps.CanGoForward(); }
+  // To the text that was in force before or after. False: there is none, or the user cancelled.
+  bool GoBack();
+  bool GoForward();
+  // Adds a test to the text in force. False: the two make no text, or the user cancelled.
+  bool AddStep(const std::string& step);
+
+  std::vector<WhereCompletion> CompletionsAt(std::size_t caret) const;
+  // Inserts it and gives the place behind it.
+  std::size_t Complete(const WhereCompletion& completion);
+
+  // Walks the texts that were applied, in all windows; behind the newest is what was typed. False:
+  // there is no further one.
+  bool ShowOlder();
+  bool ShowNewer();
+
+ private:
+  void Put(std::string text);
+  bool IsBlank() const;
+  bool ShowRecent(std::size_t place);
+
+  FilterLineOwner& m_owner;
+  FilterLineFace* m_face = nullptr;
+  std::string m_text;
+  std::optional<WhereError> m_error;
+  WhereProgramPtr m_program;  // of the text, if it is right and not blank
+  WhereSteps m_steps;
+  std::vector<std::string> m_recent;  // while they are walked
+  std::size_t m_recentPlace = 0;      // 0: what was typed, else one more than the place in m_recent
+  std::string m_typed;
+};

@@ -1,0 +1,29 @@
+// The edit of the line of filter text: underlines an error where it stands.
+//
+// While it has the focus the keys for copying and selecting everything are its own, although the
+// main window has commands on them (KeepsKey).
+//
+// Threads  Interface thread.
+#pragma once
+
+#include <QLineEdit>
+#include <functional>
+
+class QKeyEvent;
+
+class FilterEdit : public QLineEdit {
+ public:
+  explicit FilterEdit(QWidget* parent);
+
+  // In characters of the text; length 0: nothing.
+  void Underline(int from, int length);
+  QRect CaretRect() const { return cursorRect(); }
+  bool KeepsKey(const QKeyEvent& key) const;
+  // True: it has handled the key.
+  std::function<bool(const QKeyEvent& key)> m_onKey;
+  std::function<void()> m_onLeft;  // the focus went elsewhere
+
+ protected:
+  bool event(QEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+};

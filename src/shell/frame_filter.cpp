@@ -1,0 +1,77 @@
+#include "shell/frame_filter.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "panes/document_names.h"
+#include "panes/trace_pane.h"
+
+void FrameFilter::OnCreate(ChildFrameFace& window) {
+  m_window = &window;
+  if (IsFilterLineShown()) Show();
+}
+
+void FrameFilter::OnPane() {
+  if (TracePane* const pane = m_shown()) pane->m_onStatus = [this] { m_line.UpdateFace(); };
+  m_line.UpdateFace();
+}
+
+void FrameFilter::Show() {
+  if (m_face || !m_window) return;
+  m_face = m_faces.CreateFilterLine(m_line);
+  m_line.SetFace(m_face.get());
+  m_window->ShowBar(m_face.get());
+  OnPane();
+}
+
+void FrameFilter::Toggle() {
+  if (m_face && m_face->HasFocus()) return PutAwayFilterLine();
+  Show();
+  StoreFilterLineShown(true);
+  if (m_face) m_face->SetFocus();
+}
+
+// What is put away has no window. The face may be handling a key of the user.
+void FrameFilter::PutAwayFilterLine() {
+  if (!m_face || !m_line.Release()) return;
+  StoreFilterLineShown(false);
+  const std::unique_ptr<FilterLineFace> gone = std::exchange(m_face, nullptr);
+  m_line.SetFace(nullptr);
+  m_window->ShowBar(nullptr);
+  TracePane* const pane = m_shown();
+  if (!pane) return;
+  pane->m_onStatus = nullptr;
+  pane->Control()->SetFocus();
+}
+
+void FrameFilter::GoBack() {
+  if (m_line.GoBack()) Show();
+}
+
+void FrameFilter::GoForward() {
+  if (m_line.GoForward()) Show();
+}
+
+void FrameFilter::Take(unsigned command) {
+  const TracePane* const pane = m_shown();
+  if (!pane) return;
+  const std::vector<CellStep>& steps = pane->OfferedSteps();
+  const auto step = std::ranges::find(steps, command, &CellStep::command);
+  // The rebuild may replace what the pane offers.
+  if (step != steps.end() && m_line.AddStep(std::string(step->text))) Show();
+}
+
+WhereProgramPtr FrameFilter::WhereInForce() const {
+  const TracePane* const pane = m_shown();
+  return pane ? pane->m_filter.where : nullptr;
+}
+
+bool FrameFilter::ApplyWhere(const WhereProgramPtr& program) {
+  TracePane* const pane = m_shown();
+  return pane && pane->SetWhere(program);
+}
+
+std::vector<std::string> FrameFilter::WhereNamesOf(WhereField field) const {
+  const TracePane* const pane = m_shown();
+  return pane ? DocumentNames(pane->Document(), field) : std::vector<std::string>();
+}

@@ -1,0 +1,47 @@
+// The line of filter text of one window, its commands and the steps of its context menu.
+//
+// Owner    Owned by the frame; owns the line's face while the line is shown. Borrows the shell.
+// Threads  Interface thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "shell/faces.h"
+
+class TracePane;
+
+class FrameFilter final : private FilterLineOwner {
+ public:
+  // `shown` gives the pane that the frame shows; null before it has one.
+  FrameFilter(ShellFaces& faces, std::function<TracePane*()> shown)
+      : m_faces(faces), m_shown(std::move(shown)) {}
+
+  // The window exists: shows the line if the last one was shown, without the focus.
+  void OnCreate(ChildFrameFace& window);
+  // Another pane is shown.
+  void OnPane();
+
+  bool IsShown() const { return m_face != nullptr; }
+  // Shows the line and gives it the focus; with the focus in it, puts it away.
+  void Toggle();
+  void GoBack();
+  void GoForward();
+  // A step that the shown pane offers.
+  void Take(unsigned command);
+  const FilterLine& Line() const { return m_line; }
+
+ private:
+  WhereProgramPtr WhereInForce() const override;
+  bool ApplyWhere(const WhereProgramPtr& program) override;
+  std::vector<std::string> WhereNamesOf(WhereField field) const override;
+  void PutAwayFilterLine() override;
+
+  void Show();
+
+  ShellFaces& m_faces;
+  const std::function<TracePane*()> m_shown;
+  ChildFrameFace* m_window = nullptr;
+  FilterLine m_line{*this};
+  std::unique_ptr<FilterLineFace> m_face;
+};

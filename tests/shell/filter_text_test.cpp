@@ -1,0 +1,259 @@
+// The line of filter text in a window, in the whole program over fakes: its commands, the rows, the
+// tree, the steps by the cell.
+#include <gmock/gmock.h>
+
+#include "shell/child_frame.h"
+#include "shell_fixture.h"
+#include "support/short_pieces.h"
+#include "tree/proc/proc_view.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class FilterText : public ShellTest {
+ protected:
+  // Traces "1", "2" ... in turn of the components Net and Sql, one a second, and in two threads.
+  void OpenFile(int traces = 6) {
+    TrcImage image;
+    image.Name(1, "web").Name(2, "shop").Name(3, "812").Name(4, "main").Name(5, "worker");
+    image.Name(8, "Net").Name(9, "Job & queue");
+    for (int i = 1; i <= traces; ++i)
+      image.Trace({.text = std::to_string(i),
+                   .machine = 1,
+                   .app = 2,
+                   .component = static_cast<NameId>(i % 2 ? 8 : 9),
+                   .time = PackTime(9, 41, i * 4 % 60, 0),
+                   .pid = 3,
+                   .tid = static_cast<NameId>(i <= 3 ? 4 : 5)});
+    ASSERT_TRUE(Open(image.WriteTo(m_dir.File("web.trc"))));
+  }
+  CTraceChildFrame& Child(std::size_t place = 0) {
+    return dynamic_cast<CTraceChildFrame&>(*Frame().Children()[place]);
+  }
+  CTraceView& List() { return ListOf(Child()); }
+  std::string Rows(CTraceView& list) {
+    std::string all;
+    for (int row = 0; row < list.Rows().Size(); ++row)
+      all += list.RowListText(row, Column::Trace) + " ";
+    return all;
+  }
+  std::string Rows() { return Rows(List()); }
+  FakeFilterLine* Line() { return m_faces.m_filterLine; }
+  void Apply(const std::string& text) {
+    if (!Line()) Frame().OnCommand(ID_VIEW_FILTERTEXT);
+    ASSERT_TRUE(Line());
+    Line()->m_line.Edit(text);
+    Line()->m_line.Apply();
+  }
+  void OpenMenu(int row, Column column) {
+    List().List().SetItemState(-1, 0, kRowSelected);
+    List().List().SetItemState(row, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
+    List().OnRowListContextMenu(static_cast<int>(column) * 100 + 50, 7);
+  }
+  Strings Offered() {
+    Strings all;
+    for (const MenuItem& item : Face().m_popupMore) all.push_back(item.text);
+    return all;
+  }
+};
+
+TEST_F(FilterText, TheCommandShowsTheLineAndGivesItTheFocus) {
+  Start();
+  EXPECT_FALSE(State(ID_VIEW_FILTERTEXT).IsEnabled()) << "no window";
+  OpenFile();
+  EXPECT_EQ(Line(), nullptr);
+  EXPECT_FALSE(State(ID_VIEW_FILTERTEXT).IsChecked());
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERTEXT));
+  ASSERT_TRUE(Line());
+  EXPECT_TRUE(Line()->m_focus);
+  EXPECT_EQ(dynamic_cast<FakeChildFace&>(*Child().Face()).m_bar, Line());
+  EXPECT_TRUE(State(ID_VIEW_FILTERTEXT).IsChecked());
+}
+
+TEST_F(FilterText, TheTextFiltersTheRowsAndTheStatusBarSaysSo) {
+  Start();
+  OpenFile();
+  Apply("component == Net");
+  EXPECT_EQ(Rows(), "1 3 5 ");
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "FILTERED");
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "3");
+  Apply("");
+  EXPECT_EQ(Rows(), "1 2 3 4 5 6 ");
+  EXPECT_EQ(Face().m_panes[kPaneFiltered], "");
+}
+
+TEST_F(FilterText, ItFiltersWhatTheFilterDialogLetsThrough) {
+  Start();
+  OpenFile();
+  CTraceFilter marks = List().m_filter;
+  marks.MergeDocumentNames(List().Document());
+  marks.allTraces = marks.allComponents = 0;
+  marks.components[9] = 0;
+  ASSERT_TRUE(List().SetFilter(marks, true));
+  Apply("text in {\"3\", \"4\", \"5\"}");
+  EXPECT_EQ(Rows(), "3 5 ");
+  Line()->m_line.PutAway();
+  EXPECT_EQ(Rows(), "1 3 5 ");
+}
+
+TEST_F(FilterText, TheKeyInTheLinePutsItAwayAndTheRowsComeBack) {
+  Start();
+  OpenFile();
+  Apply("component == Net");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERTEXT));
+  EXPECT_EQ(Line(), nullptr) << "what is put away has no window";
+  EXPECT_EQ(dynamic_cast<FakeChildFace&>(*Child().Face()).m_bar, nullptr);
+  EXPECT_EQ(Rows(), "1 2 3 4 5 6 ");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERTEXT));
+  EXPECT_EQ(Line()->m_line.Text(), "component == Net") << "for the next time";
+  EXPECT_EQ(Rows(), "1 2 3 4 5 6 ") << "not in force until it is applied";
+}
+
+TEST_F(FilterText, WithTheFocusInTheRowsTheKeyGoesBackToTheLine) {
+  Start();
+  OpenFile();
+  Apply("component == Net");
+  Line()->m_focus = false;
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERTEXT));
+  ASSERT_TRUE(Line());
+  EXPECT_TRUE(Line()->m_focus);
+  EXPECT_EQ(Rows(), "1 3 5 ");
+}
+
+TEST_F(FilterText, WhetherItIsShownIsRememberedForNewWindowsWithoutItsText) {
+  Start();
+  OpenFile();
+  Apply("component == Net");
+  ASSERT_TRUE(Frame().OnCommand(ID_WINDOW_NEW));
+  ASSERT_EQ(Frame().Children().size(), 2U);
+  EXPECT_TRUE(Child(1).Filter().IsShown());
+  EXPECT_EQ(Line()->m_line.Text(), "");
+  EXPECT_FALSE(Line()->m_focus) << "the rows have the focus";
+  EXPECT_EQ(Rows(ListOf(Child(1))), "1 2 3 4 5 6 ");
+  EXPECT_EQ(Rows(ListOf(Child(0))), "1 3 5 ") << "each window has its own";
+  Line()->m_line.PutAway();
+  ASSERT_TRUE(Frame().OnCommand(ID_WINDOW_NEW));
+  EXPECT_FALSE(Child(2).Filter().IsShown());
+}
+
+TEST_F(FilterText, ACancelledRebuildLeavesRowsTextAndLineAsTheyWere) {
+  Start();
+  OpenFile(10000);
+  Apply("component == Net");
+  ASSERT_EQ(List().Rows().Size(), 5000);
+  const ShortPieces pieces(m_host);
+  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+  Apply("text contains \"77\"");
+  EXPECT_EQ(List().Rows().Size(), 5000);
+  EXPECT_EQ(List().m_filter.where->Text(), "component == Net");
+  EXPECT_EQ(Line()->m_line.GetState(), FilterLine::State::Edited);
+}
+
+TEST_F(FilterText, TheTreeGetsTheTextOfTheListAndGivesItBack) {
+  Start();
+  OpenFile();
+  Apply("component == Net");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  auto& tree = dynamic_cast<CProcView&>(*Child().GetActiveView());
+  EXPECT_EQ(tree.Model().TraceCount(), 3);
+  EXPECT_EQ(Line()->m_message, "In force.");
+  Apply("text == \"5\"");
+  EXPECT_EQ(tree.Model().TraceCount(), 1);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  EXPECT_EQ(Rows(), "5 ");
+}
+
+TEST_F(FilterText, TheCompletionsAreTheNamesOfTheDocument) {
+  Start();
+  OpenFile();
+  Apply("");
+  Line()->m_line.Edit("component == ");
+  Strings all;
+  for (const WhereCompletion& each : Line()->m_line.CompletionsAt(13)) all.push_back(each.insert);
+  EXPECT_THAT(all, testing::IsSupersetOf({"Net", "\"Job & queue\""}));
+}
+
+TEST_F(FilterText, ACellOffersStepsOfItsValueThreadAndTime) {
+  Start();
+  OpenFile();
+  OpenMenu(1, Column::Component);
+  EXPECT_EQ(Offered(), (Strings{"&Only This Component \"Job && queue\"",
+                                "&Hide This Component \"Job && queue\"", "Only This Th&read",
+                                "Only &Around This (5 s)"}));
+  OpenMenu(1, Column::TicDiff);
+  EXPECT_EQ(Offered(), (Strings{"Only This Th&read", "Only &Around This (5 s)"}));
+  List().List().SetItemState(-1, 0, kRowSelected);
+  List().OnRowListContextMenu(50, 7);
+  EXPECT_EQ(Offered(), Strings{}) << "beside the rows";
+}
+
+TEST_F(FilterText, StepsByTheCellShowTheLineAndGoBackAndForth) {
+  Start();
+  OpenFile();
+  EXPECT_FALSE(State(ID_VIEW_FILTERBACK).IsEnabled());
+  OpenMenu(0, Column::Component);
+  ASSERT_TRUE(Frame().OnCommand(ID_FILTER_HIDETHIS));
+  EXPECT_EQ(Rows(), "2 4 6 ");
+  ASSERT_TRUE(Line());
+  EXPECT_EQ(Line()->m_text, "component != Net");
+  EXPECT_FALSE(Line()->m_focus) << "the rows keep the focus";
+  OpenMenu(1, Column::Tid);
+  ASSERT_TRUE(Frame().OnCommand(ID_FILTER_ONLYTHIS));
+  EXPECT_EQ(Line()->m_text, "component != Net and tid == worker");
+  EXPECT_EQ(Rows(), "4 6 ");
+  EXPECT_TRUE(State(ID_VIEW_FILTERBACK).IsEnabled());
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  EXPECT_EQ(Rows(), "2 4 6 ");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  EXPECT_EQ(Rows(), "1 2 3 4 5 6 ");
+  EXPECT_FALSE(State(ID_VIEW_FILTERBACK).IsEnabled());
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERFORWARD));
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERFORWARD));
+  EXPECT_EQ(Rows(), "4 6 ");
+  EXPECT_FALSE(State(ID_VIEW_FILTERFORWARD).IsEnabled());
+}
+
+TEST_F(FilterText, OnlyThisThreadAndOnlyAroundThis) {
+  Start();
+  OpenFile();
+  OpenMenu(4, Column::Trace);
+  ASSERT_TRUE(Frame().OnCommand(ID_FILTER_ONLYAROUND));
+  EXPECT_EQ(Rows(), "4 5 6 ") << "five seconds before and after, and traces four seconds apart";
+  OpenMenu(0, Column::Trace);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  ASSERT_TRUE(Frame().OnCommand(ID_FILTER_ONLYTHREAD));
+  EXPECT_EQ(Rows(), "4 5 6 ");
+}
+
+TEST_F(FilterText, BackAfterTheLineWasPutAwayShowsItAgain) {
+  Start();
+  OpenFile();
+  Apply("component == Net");
+  Line()->m_line.PutAway();
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  ASSERT_TRUE(Line());
+  EXPECT_EQ(Line()->m_text, "component == Net");
+  EXPECT_EQ(Rows(), "1 3 5 ");
+}
+
+TEST_F(FilterText, AnItemOfTheTreeOffersItsComponentThreadProcessApplicationOrMachine) {
+  Start();
+  OpenFile();
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  auto& tree = dynamic_cast<CProcView&>(*Child().GetActiveView());
+  Strings first;
+  for (TreeItem item = tree.NextTreeItem(0); item && first.size() < 5;
+       item = tree.NextTreeItem(item)) {
+    tree.Tree().SelectItem(item);
+    tree.OnTreeContextMenu(1, 2);
+    first.push_back(Offered().front());
+  }
+  EXPECT_EQ(first, (Strings{"&Only This Machine \"web\"", "&Only This Application \"shop\"",
+                            "&Only This Process \"812\"", "&Only This Thread \"main\"",
+                            "&Only This Component \"Net\""}));
+  ASSERT_TRUE(Frame().OnCommand(ID_FILTER_ONLYTHIS));
+  EXPECT_EQ(tree.Model().TraceCount(), 3);
+}
+
+}  // namespace

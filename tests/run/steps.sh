@@ -70,6 +70,14 @@ start_program() {
 start_wizard() {
   launch
   until_true "no wizard opens" is_active "^Trace Wizard: Welcome$"
+  until_true "the wizard does not stand still" stands_still
+}
+# A dialog is moved once more when its parent's window comes late: a click would miss its button.
+stands_still() {
+  local place
+  place=$(xdotool getactivewindow getwindowgeometry)
+  sleep 0.3
+  [ "$place" = "$(xdotool getactivewindow getwindowgeometry)" ]
 }
 # A window may go between the search and the next word about it, as one that only showed itself
 # while the program started: then all of it is tried again.

@@ -12,12 +12,13 @@ namespace fs = std::filesystem;
 
 class TrcNewFile : public testing::Test {
  protected:
-  // So many that each command still writes when the signal comes; a conversion is the fastest.
-  static constexpr unsigned kTraces = 500000, kGenTraces = 25000000;
+  // So many that each command still writes when the signal comes: it shows what it does after 100 ms
+  // only. A conversion is the fastest.
+  static constexpr unsigned kGenTraces = 25000000;
 #ifdef __SANITIZE_THREAD__
-  static constexpr unsigned kOldTraces = 500000;
+  static constexpr unsigned kTraces = 500000, kOldTraces = 500000;
 #else
-  static constexpr unsigned kOldTraces = 3000000;
+  static constexpr unsigned kTraces = 2000000, kOldTraces = 3000000;
 #endif
   static constexpr char kKept[] = "what stood there before";
 

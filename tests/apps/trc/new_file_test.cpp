@@ -12,8 +12,8 @@ namespace fs = std::filesystem;
 
 class TrcNewFile : public testing::Test {
  protected:
-  // So many that each command still writes when the signal comes: it shows what it does after 100 ms
-  // only. A conversion is the fastest.
+  // So many that each command still writes when the signal comes: it shows what it does after 100
+  // ms only. A conversion is the fastest.
   static constexpr unsigned kGenTraces = 25000000;
 #ifdef __SANITIZE_THREAD__
   static constexpr unsigned kTraces = 500000, kOldTraces = 500000;

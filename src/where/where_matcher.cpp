@@ -33,6 +33,9 @@ TextField FieldOf(const WhereStep& step, const std::uint8_t* record) {
 }
 
 bool TextTestHolds(const WhereRule& test, const TextField& field, WhereRegexSearch& search) {
+  // Before the text is read to its end.
+  if (test.op == WhereOperator::Matches && !test.regex->MayBeginWith(field.text, field.length))
+    return false;
   if (test.op == WhereOperator::Matches) return search.Finds(*test.regex, field.UpToItsNul());
   if (test.op == WhereOperator::IsSet) return !field.UpToItsNul().empty();
   if (test.op == WhereOperator::Contains) return field.Contains(test.values.front().text);

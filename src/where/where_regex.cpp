@@ -4,7 +4,6 @@
 #include <pcre2.h>
 
 #include <cctype>
-#include <cstring>
 
 #include "base/text.h"
 
@@ -119,6 +118,7 @@ std::shared_ptr<const WhereRegex> WhereRegex::Compile(std::string_view expressio
   const std::uint32_t characters = PCRE2_UTF | PCRE2_UCP | alone;
   made->m_characters = Code::Make(expression, characters, otherError, otherPlace);
   made->m_meansTheSame = made->m_bytes && MeansTheSameByBytes(expression);
+  if (made->m_meansTheSame) made->m_beginning = BeginningOf(expression);
   if (made->m_bytes || made->m_characters) return made;
   // An expression that is no UTF-8 fails for characters at once: its bytes tell more.
   const bool tellsMore = IsUtf8(expression);
@@ -150,6 +150,24 @@ bool MeansTheSameByBytes(std::string_view expression) {
     at += bytes;
   }
   return true;
+}
+
+std::string BeginningOf(std::string_view expression) {
+  constexpr std::string_view kSigns = " _:/=,-@#%&;<>~!'\"";
+  const bool hasWays = expression.find('|') != expression.npos;
+  if (!expression.starts_with('^') || hasWays || !MeansTheSameByBytes(expression)) return {};
+  std::string beginning;
+  for (const char c : expression.substr(1)) {
+    if (std::isalnum(static_cast<unsigned char>(c)) || kSigns.find(c) != kSigns.npos) {
+      beginning.push_back(c);
+      continue;
+    }
+    // The one before these may be missing.
+    const bool mayLack = c == '?' || c == '*' || c == '{';
+    if (mayLack && !beginning.empty()) beginning.pop_back();
+    break;
+  }
+  return beginning;
 }
 
 struct WhereRegexSearch::Memory {

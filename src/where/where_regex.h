@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -24,6 +25,12 @@ class WhereRegex {
   WhereRegex(const WhereRegex&) = delete;
   WhereRegex& operator=(const WhereRegex&) = delete;
 
+  // No: it finds nothing in a text that begins with these bytes, however the text goes on.
+  bool MayBeginWith(const char* text, std::size_t length) const {
+    return length >= m_beginning.size() &&
+           std::memcmp(text, m_beginning.data(), m_beginning.size()) == 0;
+  }
+
  private:
   friend class WhereRegexSearch;
   struct Code;
@@ -33,11 +40,15 @@ class WhereRegex {
   // that is no UTF-8 itself.
   std::unique_ptr<Code> m_bytes, m_characters;
   bool m_meansTheSame = false;  // both find the same, in every text
+  std::string m_beginning;      // of every text in which it finds something
 };
 
 // Does the expression find the same by characters and by bytes, in every text? Only of plain ones:
 // ASCII letters, signs and sets, groups, repetitions, "|", "^", "$" and ".*". No: it may not.
 bool MeansTheSameByBytes(std::string_view expression);
+// What every text begins with in which a plain expression with "^" finds something. Empty: it is
+// not known.
+std::string BeginningOf(std::string_view expression);
 
 class WhereRegexSearch {
  public:

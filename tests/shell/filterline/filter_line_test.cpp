@@ -66,7 +66,7 @@ TEST_F(FilterLineTest, WhatIsTypedFiltersNothingUntilItIsApplied) {
   EXPECT_TRUE(m_line.Apply());
   EXPECT_EQ(m_owner.Text(), "severity >= warn");
   EXPECT_EQ(m_line.GetState(), FilterLine::State::InForce);
-  EXPECT_EQ(m_face.m_message, "In force.");
+  EXPECT_EQ(m_face.m_message, "Applied.");
   m_line.Edit("severity >= warn ");
   EXPECT_EQ(m_line.GetState(), FilterLine::State::Edited);
   EXPECT_EQ(m_owner.m_asked, 1);

@@ -124,6 +124,9 @@ TEST_F(FilterLineTest, AnErrorIsUnderlinedWhereItStandsAndSaidInWords) {
       QStringLiteral("Column 13: there is no field \"componet\"; did you mean \"component\"?");
   EXPECT_EQ(Line()->Message(), message);
   EXPECT_EQ(Edit().accessibleDescription(), message);
+  const auto* const said = Line()->findChildren<QLabel*>().front();
+  EXPECT_EQ(said->text(), message);
+  EXPECT_EQ(said->palette().color(QPalette::WindowText), FilterEdit::ErrorColor(said->palette()));
   const auto [least, most] = red();
   const int width = Edit().fontMetrics().horizontalAdvance(QStringLiteral("componet"));
   EXPECT_NEAR(least, from, width / 3);
@@ -141,7 +144,7 @@ TEST_F(FilterLineTest, ATextThatIsNotInForceSaysSo) {
   CtrlL();
   Type("component == Net");
   Key(&Edit(), Qt::Key_Return);
-  EXPECT_EQ(Line()->Message(), QStringLiteral("In force."));
+  EXPECT_EQ(Line()->Message(), QStringLiteral("Applied."));
   Type(" and verbose");
   EXPECT_EQ(Line()->Message(), QStringLiteral("Enter applies this text."));
   EXPECT_EQ(Edit().accessibleDescription(), QStringLiteral("Enter applies this text."));
@@ -158,6 +161,20 @@ TEST_F(FilterLineTest, CopyAndSelectAllAreTheLinesOwnKeysWhileItHasTheFocus) {
   Key(&Edit(), Qt::Key_C, Qt::ControlModifier);
   EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("verbose"));
   EXPECT_EQ(RowCount(), 6);
+}
+
+TEST_F(FilterLineTest, TheListOfALongTextStandsAtTheLineAndNotBesideIt) {
+  Start();
+  OpenTraces();
+  Window().resize(1400, 700);
+  Settle();
+  CtrlL();
+  QApplication::clipboard()->setText(QStringLiteral("verbose or ").repeated(30) +
+                                     QStringLiteral("comp"));
+  Edit().paste();  // the text is scrolled only when it is painted
+  ASSERT_TRUE(IsListOpen());
+  const int right = Edit().mapTo(Edit().window(), QPoint(Edit().width(), 0)).x();
+  EXPECT_LE(Line()->Completions()->x(), right);
 }
 
 TEST_F(FilterLineTest, TypingOffersCompletionsAndTabTakesOne) {

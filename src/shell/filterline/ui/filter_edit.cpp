@@ -14,16 +14,20 @@ bool FilterEdit::KeepsKey(const QKeyEvent& key) const {
   return key.matches(QKeySequence::Copy) || key.matches(QKeySequence::SelectAll);
 }
 
+QColor FilterEdit::ErrorColor(const QPalette& colors) {
+  const bool dark =
+      colors.color(QPalette::Base).lightness() < colors.color(QPalette::Text).lightness();
+  return dark ? QColor(0xff, 0x7b, 0x72) : QColor(0xc4, 0x1e, 0x1e);
+}
+
 // An edit has no formats of its own. It draws those of an input method, by their distance to the
 // cursor, until it is told other ones.
 void FilterEdit::Underline(int from, int length) {
   QList<QInputMethodEvent::Attribute> attributes;
   if (length > 0) {
-    const bool dark =
-        palette().color(QPalette::Base).lightness() < palette().color(QPalette::Text).lightness();
     QTextCharFormat format;
     format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
-    format.setUnderlineColor(dark ? QColor(0xff, 0x7b, 0x72) : QColor(0xc4, 0x1e, 0x1e));
+    format.setUnderlineColor(ErrorColor(palette()));
     attributes.append(QInputMethodEvent::Attribute(QInputMethodEvent::TextFormat,
                                                    from - cursorPosition(), length, format));
   }

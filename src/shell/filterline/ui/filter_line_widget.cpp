@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QScopedValueRollback>
 #include <QThread>
+#include <algorithm>
 
 #include "base/text.h"
 #include "docview/ui/plain_tool_tip.h"
@@ -87,6 +88,9 @@ void FilterLineWidget::ShowState() {
   font.setBold(state == FilterLine::State::Edited);
   m_message->setFont(font);
   const auto& error = m_line->Error();
+  QPalette colors = palette();
+  if (error) colors.setColor(QPalette::WindowText, FilterEdit::ErrorColor(colors));
+  m_message->setPalette(colors);
   if (!error) return m_edit->Underline(0, 0);
   const std::string& all = m_line->Text();
   int from = CharactersIn(all, error->place);
@@ -178,7 +182,8 @@ void FilterLineWidget::Offer() {
     m_list->m_onClicked = [this] { TakeCompletion(); };
   }
   const std::size_t caret = BytesIn(m_edit->text(), m_edit->cursorPosition());
-  const QPoint below(m_edit->CaretRect().left(), m_edit->height());
+  // A long text is scrolled when it is painted, and until then its caret stands outside.
+  const QPoint below(std::clamp(m_edit->CaretRect().left(), 0, m_edit->width()), m_edit->height());
   m_list->Offer(m_line->CompletionsAt(caret), m_edit->mapTo(window(), below));
 }
 

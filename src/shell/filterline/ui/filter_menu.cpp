@@ -20,12 +20,12 @@ QString ItemText(const std::string& text, const QFontMetrics& metrics) {
 }  // namespace
 
 FilterMenu::FilterMenu(FilterLine& line, QWidget* parent)
-    : QToolButton(parent), m_line(&line), m_menu(new QMenu(this)) {
+    : QPushButton(parent), m_line(&line), m_menu(new QMenu(this)) {
   setObjectName(QStringLiteral("filters"));
   setText(QStringLiteral("Filters"));
   setAccessibleName(QStringLiteral("Recent and saved filters"));
   setToolTip(QStringLiteral("Recent and saved filters"));
-  setPopupMode(QToolButton::InstantPopup);
+  setAutoDefault(false);
   setFocusPolicy(Qt::TabFocus);
   setMenu(m_menu);
   connect(m_menu, &QMenu::aboutToShow, this, [this] { Fill(); });

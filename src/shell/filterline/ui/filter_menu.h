@@ -7,11 +7,11 @@
 #pragma once
 
 #include <QMenu>
-#include <QToolButton>
+#include <QPushButton>
 
 #include "shell/filterline/filter_line.h"
 
-class FilterMenu : public QToolButton {
+class FilterMenu : public QPushButton {
  public:
   FilterMenu(FilterLine& line, QWidget* parent);
   void Detach() { m_line = nullptr; }

@@ -1,5 +1,7 @@
 #include "documents/trace_doc.h"
 
+#include <utility>
+
 #include "documents/save_traces.h"
 #include "docview/commands/command_ids.h"
 #include "settings/globals.h"
@@ -53,10 +55,23 @@ bool CTraceDoc::OnNewDocument() {
 }
 
 void CTraceDoc::DeleteContents() {
-  m_traces.Clear();
+  if (const std::shared_ptr<LentTraces> lent = m_lent.lock())
+    lent->Keep(m_traces);
+  else
+    m_traces.Clear();
+  m_lent.reset();
   CDocument::DeleteContents();
   UpdateAllViews(nullptr, kHintReady);
   UpdateAllViews(nullptr, kHintCleared);
+}
+
+std::shared_ptr<const LentTraces> CTraceDoc::Lend() {
+  if (std::shared_ptr<LentTraces> lent = m_lent.lock()) return lent;
+  std::shared_ptr<const MappedFile> file = FileOfTraces();
+  if (!file || m_loading) return nullptr;
+  auto lent = std::make_shared<LentTraces>(m_traces, std::move(file));
+  m_lent = lent;
+  return lent;
 }
 
 bool CTraceDoc::OnSaveDocument(const std::string& path) {

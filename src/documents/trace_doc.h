@@ -6,8 +6,10 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "documents/lent_traces.h"
 #include "documents/trace_hint.h"
 #include "documents/trace_indexes.h"
 #include "docview/document.h"
@@ -38,6 +40,10 @@ class CTraceDoc : public CDocument {
   // and an empty file could replace a good one.
   bool MayBeWritten() const;
 
+  // The traces that the document holds, for threads that read them. Null if they may change while
+  // the document holds them.
+  std::shared_ptr<const LentTraces> Lend();
+
   // Do traces arrive without a command of the user?
   virtual bool IsStream() const { return false; }
   // The text of a view without traces: what it waits for, and in a second line why.
@@ -49,4 +55,10 @@ class CTraceDoc : public CDocument {
   NameMap m_names;
   bool m_synchronize = false;  // the views follow one another's current trace
   TraceIndexes m_indexes;
+
+ private:
+  // What the traces lie in; null: traces come and go.
+  virtual std::shared_ptr<const MappedFile> FileOfTraces() const { return nullptr; }
+
+  std::weak_ptr<LentTraces> m_lent;
 };

@@ -60,6 +60,9 @@ class CTraceFileDoc : public CTraceDoc {
   bool MayConvert() const;
   void StopLoad();
   void TakeOver();
+  std::shared_ptr<const MappedFile> FileOfTraces() const override {
+    return m_load ? nullptr : m_file;
+  }
 
   const TraceLoadSetup m_setup;
   std::shared_ptr<const MappedFile> m_file;

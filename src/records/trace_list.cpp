@@ -12,7 +12,6 @@ TraceList_t& TraceList_t::operator=(TraceList_t&& other) noexcept {
   m_blockEnd = std::exchange(other.m_blockEnd, 0);
   m_popped = std::exchange(other.m_popped, 0);
   m_elsewhere = std::exchange(other.m_elsewhere, 0);
-  m_firstBlock = std::exchange(other.m_firstBlock, 0);
   m_blocks = std::exchange(other.m_blocks, {});
   ++other.m_generation;
   return *this;
@@ -26,8 +25,8 @@ void TraceList_t::push_back(TraceEvent_i* event) {
 }
 
 void TraceList_t::PopFront() {
-  const Place place = PlaceOf(m_popped);
-  const Slot* const slot = m_blocks[place.block - m_firstBlock] + place.slot;
+  const Place place = TraceBlocks::PlaceOf(m_popped);
+  const Slot* const slot = m_blocks.SlotAt(m_popped);
   TraceEvent_i* const event = EventIn(slot);
   if (static_cast<const void*>(event) != slot) {
     --m_elsewhere;
@@ -41,36 +40,36 @@ void TraceList_t::Clear() {
   if (m_elsewhere > 0) {
     ForEach(0, [](TraceEvent_i* event) { event->Release(); });
   }
-  while (!m_blocks.empty()) DropFrontBlock();
-  m_blocks.shrink_to_fit();
+  while (!m_blocks.blocks.empty()) DropFrontBlock();
+  m_blocks.blocks.shrink_to_fit();
   m_blockEnd = m_popped = m_elsewhere = 0;
-  m_firstBlock = 0;
+  m_blocks.first = 0;
   ++m_generation;
 }
 
 std::size_t TraceList_t::StorageBytes() const {
-  std::size_t bytes = m_blocks.capacity() * sizeof(void*);
-  for (std::size_t at = 0; at < m_blocks.size(); ++at) {
-    bytes += SlotsOf(m_firstBlock + at) * sizeof(Slot);
+  std::size_t bytes = m_blocks.blocks.capacity() * sizeof(void*);
+  for (std::size_t at = 0; at < m_blocks.blocks.size(); ++at) {
+    bytes += SlotsOf(m_blocks.first + at) * sizeof(Slot);
   }
   return bytes;
 }
 
 void TraceList_t::AddBlock() {
-  const std::size_t block = m_firstBlock + m_blocks.size();
+  const std::size_t block = m_blocks.first + m_blocks.blocks.size();
   const std::size_t bytes = SlotsOf(block) * sizeof(Slot);
-  m_blocks.reserve(m_blocks.size() + 1);
-  void* const storage = block < kDoublings ? NewPages(bytes) : NewHugePages(bytes);
-  m_blocks.push_back(static_cast<Slot*>(storage));
-  m_next = m_blocks.back();
+  m_blocks.blocks.reserve(m_blocks.blocks.size() + 1);
+  void* const storage = block < TraceBlocks::kDoublings ? NewPages(bytes) : NewHugePages(bytes);
+  m_blocks.blocks.push_back(static_cast<Slot*>(storage));
+  m_next = m_blocks.blocks.back();
   m_end = m_next + SlotsOf(block);
   m_blockEnd += SlotsOf(block);
 }
 
 void TraceList_t::DropFrontBlock() {
-  FreePages(m_blocks.front(), SlotsOf(m_firstBlock) * sizeof(Slot));
-  m_blocks.erase(m_blocks.begin());
-  ++m_firstBlock;
+  FreePages(m_blocks.blocks.front(), SlotsOf(m_blocks.first) * sizeof(Slot));
+  m_blocks.blocks.erase(m_blocks.blocks.begin());
+  ++m_blocks.first;
   // A new block follows on the number of this one.
-  if (m_blocks.empty()) m_next = m_end = nullptr;
+  if (m_blocks.blocks.empty()) m_next = m_end = nullptr;
 }

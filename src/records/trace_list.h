@@ -11,16 +11,13 @@
 // Errors   std::bad_alloc. Threads  One at a time.
 #pragma once
 
-#include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <new>
 #include <utility>
-#include <vector>
 
-#include "records/trace_event.h"
+#include "records/trace_slots.h"
 
 class TraceList_t {
  public:
@@ -33,7 +30,9 @@ class TraceList_t {
   std::size_t size() const { return static_cast<std::size_t>(End() - m_popped); }
   bool empty() const { return size() == 0; }
   // REQUIRES: position < size().
-  TraceEvent_i* operator[](std::size_t position) const { return EventIn(SlotAt(position)); }
+  TraceEvent_i* operator[](std::size_t position) const {
+    return EventIn(m_blocks.SlotAt(m_popped + position));
+  }
   TraceEvent_i* front() const { return (*this)[0]; }
   TraceEvent_i* back() const { return EventIn(m_next - 1); }
 
@@ -55,16 +54,14 @@ class TraceList_t {
   std::uint64_t Generation() const { return m_generation; }  // grows by one at each Clear
   std::size_t StorageBytes() const;                          // for the figures of the benchmarks
 
+  // The same traces for readers that may outlive the list's place: valid as long as none of them is
+  // popped or cleared. A list that is moved keeps its traces where they are.
+  class Reader;
+
   // Calls visit(TraceEvent_i*) for positions [from, end <= size()) in order, without look-ups.
   template <class Visit>
   void ForEachIn(std::size_t from, std::size_t end, Visit&& visit) const {
-    while (from < end) {
-      const Place place = PlaceOf(m_popped + from);
-      const std::size_t run = std::min(end - from, SlotsOf(place.block) - place.slot);
-      const Slot* slot = m_blocks[place.block - m_firstBlock] + place.slot;
-      for (const Slot* const last = slot + run; slot != last; ++slot) visit(EventIn(slot));
-      from += run;
-    }
+    m_blocks.ForEachIn(m_popped + from, m_popped + end, visit);
   }
   template <class Visit>
   void ForEach(std::size_t from, Visit&& visit) const {
@@ -72,39 +69,10 @@ class TraceList_t {
   }
 
  private:
-  // See the drawing above: a PlacedTraceEvent_t, or null and a pointer.
-  struct alignas(PlacedTraceEvent_t) Slot {
-    std::byte bytes[sizeof(PlacedTraceEvent_t)];
-  };
-  static_assert(sizeof(Slot) == 2 * sizeof(void*));
-  struct Place {
-    std::size_t block, slot;  // the block counted from the first that the list ever had
-  };
-
-  static constexpr unsigned kFirstBits = 8, kLastBits = 17, kDoublings = kLastBits - kFirstBits;
-  static std::size_t SlotsOf(std::size_t block) {
-    return std::size_t{1} << (kFirstBits + std::min<std::size_t>(block, kDoublings));
-  }
-  // The place of trace number `index`, from 0. Counted from 256 on, blocks begin at powers of two.
-  static Place PlaceOf(std::uint64_t index) {
-    index += std::uint64_t{1} << kFirstBits;
-    const unsigned bits = std::min(static_cast<unsigned>(std::bit_width(index)) - 1, kLastBits);
-    const auto chunk = static_cast<std::size_t>(index >> bits);  // 1 for all but the last blocks
-    const auto slot = static_cast<std::size_t>(index & ((std::uint64_t{1} << bits) - 1));
-    return {bits - kFirstBits + chunk - 1, slot};
-  }
-  const Slot* SlotAt(std::size_t position) const {
-    const Place place = PlaceOf(m_popped + position);
-    return m_blocks[place.block - m_firstBlock] + place.slot;
-  }
-  static TraceEvent_i* EventIn(const Slot* slot) {
-    const PlacedTraceEvent_t* placed =
-        std::launder(reinterpret_cast<const PlacedTraceEvent_t*>(slot));
-    void* words[2];
-    std::memcpy(words, slot, sizeof words);
-    return words[0] ? const_cast<PlacedTraceEvent_t*>(placed)
-                    : static_cast<TraceEvent_i*>(words[1]);
-  }
+  using Slot = TraceSlot;
+  using Place = TraceBlocks::Place;
+  static TraceEvent_i* EventIn(const Slot* slot) { return Slot::EventIn(slot); }
+  static std::size_t SlotsOf(std::size_t block) { return TraceBlocks::SlotsOf(block); }
   std::uint64_t End() const { return m_blockEnd - static_cast<std::uint64_t>(m_end - m_next); }
   void AddBlock();
   void DropFrontBlock();
@@ -115,6 +83,26 @@ class TraceList_t {
   std::uint64_t m_popped = 0;    // number of the oldest trace
   std::uint64_t m_generation = 0;
   std::uint64_t m_elsewhere = 0;  // traces that are not in their slot and need a Release
-  std::size_t m_firstBlock = 0;   // number of m_blocks[0]
-  std::vector<Slot*> m_blocks;
+  TraceBlocks m_blocks;
+};
+
+class TraceList_t::Reader {
+ public:
+  explicit Reader(const TraceList_t& list)
+      : m_blocks(list.m_blocks), m_popped(list.m_popped), m_size(list.size()) {}
+
+  // As those of the list, at the moment of the copy.
+  std::size_t size() const { return m_size; }
+  TraceEvent_i* operator[](std::size_t position) const {
+    return EventIn(m_blocks.SlotAt(m_popped + position));
+  }
+  template <class Visit>
+  void ForEachIn(std::size_t from, std::size_t end, Visit&& visit) const {
+    m_blocks.ForEachIn(m_popped + from, m_popped + end, visit);
+  }
+
+ private:
+  TraceBlocks m_blocks;
+  std::uint64_t m_popped;
+  std::size_t m_size;
 };

@@ -22,14 +22,6 @@ void LearnId(Table& table, bool all, const std::map<NameId, int>& marks, NameId 
   if (const auto mark = marks.find(id); mark != marks.end()) table[id] = mark->second == 1;
 }
 
-WhereClock ClockOf(const CTraceDoc& document, bool utc) {
-  WhereClock clock{utc};
-  if (document.m_traces.empty()) return clock;
-  const TraceEvent_i& newest = *document.m_traces.back();
-  clock.end = MomentOfStamp(std::uint64_t{newest.GetDate()} << 32 | newest.GetTime());
-  return clock;
-}
-
 // The document's trace before this one. A tick has the newest traces, so the search begins there.
 const TraceEvent_i* Before(const TraceEvent_i& event, const TraceList_t& traces) {
   if (traces.empty() || traces.front() == &event) return nullptr;
@@ -41,8 +33,9 @@ const TraceEvent_i* Before(const TraceEvent_i& event, const TraceList_t& traces)
 }  // namespace
 
 struct FilterPass::Text {
-  Text(const WhereProgramPtr& program, const CTraceDoc& document, bool utc)
-      : matcher(program, document.m_names, ClockOf(document, utc)), traces(document.m_traces) {}
+  Text(const WhereProgramPtr& program, const NameMap& names, const WhereClock& clock,
+       const TraceList_t* list)
+      : matcher(program, names, clock), traces(list) {}
 
   const std::uint8_t* RecordOf(const TraceEvent_i& event) {
     if (const std::uint8_t* const own = event.Record()) return own;
@@ -54,7 +47,7 @@ struct FilterPass::Text {
   }
 
   WhereMatcher matcher;
-  const TraceList_t& traces;
+  const TraceList_t* const traces;  // null: BeginBehind tells the trace before
   bool begun = false;
   WherePrevious previous;            // kept for a text that needs it
   std::vector<std::uint8_t> record;  // of an event that has none
@@ -74,19 +67,35 @@ FilterPass::FilterPass(CTraceFilter& filter)
 }
 
 FilterPass::FilterPass(CTraceFilter& filter, const CTraceDoc& document, bool utc)
+    : FilterPass(filter, document.m_names, ClockOf(document, utc), &document.m_traces) {}
+
+FilterPass::FilterPass(CTraceFilter& filter, const NameMap& names, const WhereClock& clock)
+    : FilterPass(filter, names, clock, nullptr) {}
+
+FilterPass::FilterPass(CTraceFilter& filter, const NameMap& names, const WhereClock& clock,
+                       const TraceList_t* list)
     : FilterPass(filter) {
   if (!filter.where) return;
-  m_text = std::make_unique<Text>(filter.where, document, utc);
+  m_text = std::make_unique<Text>(filter.where, names, clock, list);
   if (!filter.where->UsesDelta()) m_plainText = &m_text->matcher;
 }
 
 FilterPass::~FilterPass() = default;
 
+WhereClock FilterPass::ClockOf(const CTraceDoc& document, bool utc) {
+  WhereClock clock{utc};
+  if (document.m_traces.empty()) return clock;
+  const TraceEvent_i& newest = *document.m_traces.back();
+  clock.end = MomentOfStamp(std::uint64_t{newest.GetDate()} << 32 | newest.GetTime());
+  return clock;
+}
+
 bool FilterPass::MatchesText(const TraceEvent_i& event) {
   Text& text = *m_text;
   WherePrevious previous;
   if (text.matcher.Program().UsesDelta()) {
-    if (!std::exchange(text.begun, true)) text.previous = text.Of(Before(event, text.traces));
+    if (!std::exchange(text.begun, true) && text.traces)
+      text.previous = text.Of(Before(event, *text.traces));
     previous = std::exchange(text.previous, WherePrevious(RawTrace(text.RecordOf(event))));
   }
   return (m_all || MatchesMarks(event)) && text.matcher.Matches(text.RecordOf(event), previous);
@@ -97,10 +106,14 @@ bool FilterPass::NeedsBefore() const {
 }
 
 bool FilterPass::MatchesBehind(const TraceEvent_i& event, const TraceEvent_i* before) {
-  if (!NeedsBefore()) return Matches(event);
+  BeginBehind(before);
+  return Matches(event);
+}
+
+void FilterPass::BeginBehind(const TraceEvent_i* before) {
+  if (!NeedsBefore()) return;
   m_text->begun = true;
   m_text->previous = m_text->Of(before);
-  return MatchesText(event);
 }
 
 std::uint64_t FilterPass::GivenUp() const {

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "records/trace_list.h"
 #include "settings/globals.h"
 #include "tree/filter/trace_filter.h"
 #include "where/where_matcher.h"
@@ -27,7 +28,12 @@ class FilterPass {
   // The marks, and the text if there is one.
   // `utc`: times without a zone are in UTC.
   FilterPass(CTraceFilter& filter, const CTraceDoc& document, bool utc = g_useUtc);
+  // The same without the document, also on another thread: if NeedsBefore, BeginBehind comes first.
+  // Borrows the names too.
+  FilterPass(CTraceFilter& filter, const NameMap& names, const WhereClock& clock);
   ~FilterPass();
+  // `end` is the document's newest trace now.
+  static WhereClock ClockOf(const CTraceDoc& document, bool utc = g_useUtc);
 
   bool Matches(const TraceEvent_i& event) {
     if (m_plainText) {
@@ -40,12 +46,16 @@ class FilterPass {
   // The same for traces in any order: `before` is the document's trace before it, null for its
   // first one. Needed only if NeedsBefore.
   bool NeedsBefore() const;
+  // The next trace that is asked about follows on this one; null: it is the document's first one.
+  void BeginBehind(const TraceEvent_i* before);
   bool MatchesBehind(const TraceEvent_i& event, const TraceEvent_i* before);
   // Searches of the text that took too long and were given up.
   std::uint64_t GivenUp() const;
 
  private:
   struct Text;
+  FilterPass(CTraceFilter& filter, const NameMap& names, const WhereClock& clock,
+             const TraceList_t* list);
   bool MatchesMarks(const TraceEvent_i& event) {
     const std::uint8_t* const record = event.Record();
     return record ? MatchesRecord(RawTrace(record)) : m_filter.Matches(event) != 0;

@@ -1,6 +1,7 @@
 #include "base/page_storage.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <new>
@@ -19,6 +20,11 @@ void* NewHugePages(std::size_t bytes) {
   munmap(twice + before + bytes, bytes - before);
   madvise(twice + before, bytes, MADV_HUGEPAGE);
   return twice + before;
+}
+
+std::size_t WholePages(std::size_t bytes) {
+  static const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  return (bytes + page - 1) / page * page;
 }
 
 void FreePages(void* storage, std::size_t bytes) {

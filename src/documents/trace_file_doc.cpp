@@ -93,12 +93,12 @@ void CTraceFileDoc::TakeOver() {
   const std::shared_ptr<TraceFileLoad> load = std::move(m_load);
   m_file = std::move(load->m_file);
   m_oldFile = std::move(load->m_oldFile);
-  m_traces = std::move(load->m_traces);
-  m_names = std::move(load->m_names);
-  m_indexes = std::move(load->m_indexes);
-  m_damage = load->m_damage;
+  m_traces = std::move(load->m_found.traces);
+  m_names = std::move(load->m_found.names);
+  m_indexes = std::move(load->m_found.indexes);
+  m_damage = load->m_found.damage;
   m_conversion = load->m_conversion;
-  m_nameRecords = load->m_nameRecords;
+  m_nameRecords = load->m_found.nameRecords;
   SetModifiedFlag(false);
   m_loading = false;
 }

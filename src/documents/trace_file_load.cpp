@@ -7,7 +7,6 @@
 #include "documents/load_progress.h"
 #include "documents/trace_file_conversion.h"
 #include "documents/trace_hint.h"
-#include "documents/trace_index_follower.h"
 #include "docview/wnd.h"
 #include "records/trc_walk.h"
 
@@ -20,28 +19,33 @@ bool NotifyMainWindow(const Host& host, LoadProgress what, std::intptr_t value) 
 }
 }  // namespace
 
-struct TraceFileLoad::Sink {
-  TraceFileLoad& load;
-  TraceIndexFollower* follower;  // null: the ids are noted here
+// What the walkers of the file find, put together.
+class TraceFileLoad::Parts final : public TrcParts {
+ public:
+  Parts(TraceFileLoad& load, const TrcWalkers& walkers)
+      : m_load(load), m_bytesPerPost(walkers.count > 1 ? load.m_file->Size() / kPosts : 0) {}
 
-  void OnName(NameId id, std::string_view utf8) {
-    ++load.m_nameRecords;
-    NameEntry_t& entry = load.m_names[id];
-    entry.name = utf8;
-    entry.written = 0;
+  std::unique_ptr<TrcPart> NewPart(std::uint64_t from, std::uint64_t limit) override {
+    return std::make_unique<TracePart>(limit > from ? limit - from : 0);
   }
-  void OnTrace(const std::uint8_t* record) {
-    load.m_traces.EmplaceRecord(record);
-    if (!follower) load.m_indexes.Note(RawTrace(record));
-  }
-  void OnUnknownTag(std::uint64_t position) { load.m_damage.Skip(position); }
-  void OnCutRecord(std::uint64_t position) { load.m_damage.cutAt = position; }
-  bool OnProgress(std::uint64_t position) {
-    if (follower) follower->Reach(position);
-    if (load.m_cancelEvent->IsSet()) return false;
-    load.PostPosition(position, false);
+  void Take(TrcPart& part) override { m_load.m_found.Append(static_cast<TracePart&>(part)); }
+  bool OnProgress(std::uint64_t bytes) override {
+    if (m_load.m_cancelEvent->IsSet()) return false;
+    const std::unique_lock lock(m_posting, std::try_to_lock);
+    if (lock && bytes >= m_postAt) {
+      m_load.PostPosition(bytes, false);
+      m_postAt = bytes + m_bytesPerPost;
+    }
     return true;
   }
+
+ private:
+  static constexpr std::uint64_t kPosts = 500;  // of a load that is over in a moment
+
+  TraceFileLoad& m_load;
+  const std::uint64_t m_bytesPerPost;
+  std::mutex m_posting;
+  std::uint64_t m_postAt = 0;
 };
 
 TraceFileLoad::TraceFileLoad(Host& host, std::shared_ptr<const MappedFile> file, std::string path,
@@ -63,7 +67,7 @@ void TraceFileLoad::Run(const std::function<void()>& beforeWalk) {
 
 void TraceFileLoad::Fail() {
   m_failed = true;
-  m_traces.Clear();  // the failure may be a lack of memory
+  m_found.traces.Clear();  // the failure may be a lack of memory
   m_file.reset();
   m_oldFile.reset();
   const std::lock_guard lock(m_hostMutex);
@@ -94,9 +98,9 @@ bool TraceFileLoad::Convert(const std::function<void()>& beforeWalk) {
 void TraceFileLoad::Walk(const std::function<void()>& beforeWalk) {
   PostStart("Loading...");
   if (beforeWalk) beforeWalk();
-  const auto follower = TraceIndexFollower::Start(m_file->View(), m_indexes);
-  const std::uint64_t reached = WalkTrc(m_file->View(), Sink{*this, follower.get()});
-  if (follower) follower->Finish(reached);
+  const TrcWalkers walkers = TrcWalkers::For(m_file->Size());
+  Parts parts(*this, walkers);
+  const std::uint64_t reached = WalkTrcTogether(m_file->View(), walkers, parts);
   PostPosition(reached, true);
   PostDone();
   Post([self = shared_from_this()] {

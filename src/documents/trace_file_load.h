@@ -6,7 +6,8 @@
 // Errors   Every failure except a cancel shows "Error opening trace file", after the message of a
 //          failed conversion step. The done message is then not posted (kept: the progress box
 //          stays until another load is done). The load releases its files.
-// Threads  Run is for the load thread, which alone fills the containers. They belong to the
+// Threads  Run is for the load thread, which with its helpers alone fills the containers. They
+// belong to the
 //          interface thread after the hand-over or the end of the thread. Everything else is for
 //          the interface thread.
 #pragma once
@@ -20,11 +21,9 @@
 
 #include "base/mapped_file.h"
 #include "base/win32_handle.h"
-#include "documents/trace_indexes.h"
+#include "documents/trace_part.h"
 #include "docview/host.h"
-#include "records/name_map.h"
 #include "records/old_conversion.h"
-#include "records/trace_list.h"
 
 class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
  public:
@@ -53,15 +52,11 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   // The files that the traces need: the loaded file and, after a conversion, the old file, which
   // stays mapped although nothing reads it.
   std::shared_ptr<const MappedFile> m_file, m_oldFile;
-  TraceList_t m_traces;
-  NameMap m_names;
-  TraceIndexes m_indexes;
-  TrcDamage m_damage;
+  TracePart m_found;
   OldConversion m_conversion;  // of a file of the older format
-  std::uint64_t m_nameRecords = 0;
 
  private:
-  struct Sink;
+  class Parts;
   void Fail();
   bool Convert(const std::function<void()>& beforeWalk);
   void Walk(const std::function<void()>& beforeWalk);

@@ -19,6 +19,19 @@ void TraceIndexes::Note(const TraceEvent_i& event) {
   }
 }
 
+void TraceIndexes::Append(const TraceIndexes& later) {
+  constexpr IdList TraceIndexes::*kLists[] = {
+      &TraceIndexes::machines,   &TraceIndexes::applications, &TraceIndexes::components,
+      &TraceIndexes::categories, &TraceIndexes::processIds,   &TraceIndexes::threadIds,
+      &TraceIndexes::sourceFiles};
+  for (const auto list : kLists)
+    for (const NameId id : (later.*list).Ids()) (this->*list).Add(id);
+  for (const auto& [machine, pids] : later.processes) {
+    auto& known = processes[machine];
+    for (const auto& [pid, tids] : pids) known[pid].insert(tids.begin(), tids.end());
+  }
+}
+
 void TraceIndexes::NoteIds(NameId machine, NameId app, NameId component, NameId category,
                            NameId pid, NameId tid, NameId file) {
   constexpr std::uint64_t kUsed = std::uint64_t{1} << 48;

@@ -36,6 +36,8 @@ class TraceIndexes {
  public:
   void Note(const RawTrace& trace);
   void Note(const TraceEvent_i& event);  // by its record if it has one
+  // As if the traces of the other came now, in their order.
+  void Append(const TraceIndexes& later);
 
   ProcessMap processes;
   IdList machines, applications, components, categories, processIds, threadIds, sourceFiles;

@@ -1,8 +1,7 @@
 #include "records/trace_list.h"
 
+#include <cstring>
 #include <utility>
-
-#include "base/page_storage.h"
 
 TraceList_t& TraceList_t::operator=(TraceList_t&& other) noexcept {
   if (this == &other) return *this;
@@ -12,7 +11,7 @@ TraceList_t& TraceList_t::operator=(TraceList_t&& other) noexcept {
   m_blockEnd = std::exchange(other.m_blockEnd, 0);
   m_popped = std::exchange(other.m_popped, 0);
   m_elsewhere = std::exchange(other.m_elsewhere, 0);
-  m_blocks = std::exchange(other.m_blocks, {});
+  m_storage = std::move(other.m_storage);
   ++other.m_generation;
   return *this;
 }
@@ -24,52 +23,49 @@ void TraceList_t::push_back(TraceEvent_i* event) {
   ++m_elsewhere;
 }
 
+void TraceList_t::Append(TraceList_t&& other) {
+  const std::uint64_t end = End(), added = other.End();
+  if (added == 0) return;
+  m_end = m_next;  // the rest of the last block goes
+  m_blockEnd = end;
+  m_storage.Append(std::move(other.m_storage), end);
+  m_next = std::exchange(other.m_next, nullptr);
+  m_end = std::exchange(other.m_end, nullptr);
+  m_blockEnd = end + std::exchange(other.m_blockEnd, 0);
+  m_elsewhere += std::exchange(other.m_elsewhere, 0);
+  ++other.m_generation;
+}
+
 void TraceList_t::PopFront() {
-  const Place place = TraceBlocks::PlaceOf(m_popped);
-  const Slot* const slot = m_blocks.SlotAt(m_popped);
+  const TraceSlot* const slot = m_storage.Blocks().SlotAt(m_popped);
   TraceEvent_i* const event = EventIn(slot);
   if (static_cast<const void*>(event) != slot) {
     --m_elsewhere;
     event->Release();
   }
-  ++m_popped;
-  if (place.slot + 1 == SlotsOf(place.block)) DropFrontBlock();
+  const auto& blocks = m_storage.Blocks().blocks;
+  if (++m_popped < blocks.front().end) return;
+  m_storage.DropFront();
+  if (blocks.empty()) m_next = m_end = nullptr;
 }
 
 void TraceList_t::Clear() {
   if (m_elsewhere > 0) {
     ForEach(0, [](TraceEvent_i* event) { event->Release(); });
   }
-  while (!m_blocks.blocks.empty()) DropFrontBlock();
-  m_blocks.blocks.shrink_to_fit();
+  m_storage.Clear();
+  m_next = m_end = nullptr;
   m_blockEnd = m_popped = m_elsewhere = 0;
-  m_blocks.first = 0;
   ++m_generation;
 }
 
 std::size_t TraceList_t::StorageBytes() const {
-  std::size_t bytes = m_blocks.blocks.capacity() * sizeof(void*);
-  for (std::size_t at = 0; at < m_blocks.blocks.size(); ++at) {
-    bytes += SlotsOf(m_blocks.first + at) * sizeof(Slot);
-  }
-  return bytes;
+  return m_storage.StorageBytes();
 }
 
 void TraceList_t::AddBlock() {
-  const std::size_t block = m_blocks.first + m_blocks.blocks.size();
-  const std::size_t bytes = SlotsOf(block) * sizeof(Slot);
-  m_blocks.blocks.reserve(m_blocks.blocks.size() + 1);
-  void* const storage = block < TraceBlocks::kDoublings ? NewPages(bytes) : NewHugePages(bytes);
-  m_blocks.blocks.push_back(static_cast<Slot*>(storage));
-  m_next = m_blocks.blocks.back();
-  m_end = m_next + SlotsOf(block);
-  m_blockEnd += SlotsOf(block);
-}
-
-void TraceList_t::DropFrontBlock() {
-  FreePages(m_blocks.blocks.front(), SlotsOf(m_blocks.first) * sizeof(Slot));
-  m_blocks.blocks.erase(m_blocks.blocks.begin());
-  ++m_blocks.first;
-  // A new block follows on the number of this one.
-  if (m_blocks.blocks.empty()) m_next = m_end = nullptr;
+  const TraceBlocks::Block& block = m_storage.Add(m_blockEnd);
+  m_next = block.slots;
+  m_end = m_next + (block.end - block.begin);
+  m_blockEnd = block.end;
 }

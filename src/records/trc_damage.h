@@ -21,6 +21,17 @@ struct TrcDamage {
     if (skippedBytes++ == 0) firstSkippedAt = position;
     if (position != std::exchange(behindSkipped, position + 1)) ++skippedPlaces;
   }
+  // What a walk met that began where this one ended.
+  void Append(const TrcDamage& later) {
+    if (later.skippedBytes > 0) {
+      const bool goesOn = skippedBytes > 0 && later.firstSkippedAt == behindSkipped;
+      skippedPlaces += later.skippedPlaces - (goesOn ? 1 : 0);
+      if (skippedBytes == 0) firstSkippedAt = later.firstSkippedAt;
+      skippedBytes += later.skippedBytes;
+      behindSkipped = later.behindSkipped;
+    }
+    if (later.cutAt) cutAt = later.cutAt;
+  }
 
   std::uint64_t behindSkipped = 0;  // of the last run
 };

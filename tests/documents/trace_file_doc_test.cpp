@@ -120,7 +120,7 @@ TEST_F(TraceFileDocTest, PositionsDoNotFloodAQueueThatIsNotServed) {
   const auto load =
       std::make_shared<TraceFileLoad>(m_host, MappedFile::Open(path), path, CreateEvent());
   load->Run({});
-  EXPECT_EQ(load->m_damage.skippedBytes, bytes);
+  EXPECT_EQ(load->m_found.damage.skippedBytes, bytes);
   m_host.RunPosted();
   const auto reported = m_host.Transcript();
   ASSERT_EQ(reported.size(), TraceFileLoad::kWaitingPositions + 3u);  // start, final position, done

@@ -203,4 +203,71 @@ TEST_F(TraceList, ReleasingAPlacedTraceFreesNothing) {
   EXPECT_EQ(event->GetSequenceNumber(), 1u);
 }
 
+// Lists of any length, joined; beside a plain queue.
+TEST_F(TraceList, JoinedListsHaveAllTracesInOrderAndGoOnLikeOne) {
+  std::mt19937 random(9);
+  for (int round = 0; round < 20; ++round) {
+    TraceList_t list;
+    std::deque<const std::uint8_t*> wanted;
+    std::size_t number = 0;
+    const auto fill = [&](TraceList_t& to, std::size_t count) {
+      for (; count > 0; --count) {
+        wanted.push_back(Record(number++));
+        to.EmplaceRecord(wanted.back());
+      }
+    };
+    fill(list, random() % 3 == 0 ? 0 : random() % 1500);
+    for (unsigned pops = random() % 900; pops > 0 && !list.empty(); --pops, wanted.pop_front())
+      list.PopFront();
+    for (unsigned parts = 1 + random() % 6; parts > 0; --parts) {
+      TraceList_t part(random() % 2 ? TraceStorage::First::Small : TraceStorage::First::Large);
+      fill(part, random() % 5 == 0 ? random() % 300000 : random() % 700);
+      list.Append(std::move(part));
+      ASSERT_TRUE(part.empty());
+      if (random() % 3 == 0) fill(list, random() % 900);
+    }
+    ASSERT_EQ(list.size(), wanted.size());
+    for (std::size_t at = 0; at < wanted.size(); ++at)
+      ASSERT_EQ(list[at]->Record(), wanted[at]) << at;
+    const std::size_t from = wanted.empty() ? 0 : random() % wanted.size();
+    std::size_t at = from;
+    list.ForEach(from, [&](TraceEvent_i* event) { ASSERT_EQ(event->Record(), wanted[at++]); });
+    ASSERT_EQ(at, wanted.size());
+    while (!wanted.empty()) {
+      ASSERT_EQ(list.front()->Record(), wanted.front());
+      ASSERT_EQ(list.back()->Record(), wanted.back());
+      list.PopFront();
+      wanted.pop_front();
+    }
+    EXPECT_TRUE(list.empty());
+    fill(list, 700);
+    EXPECT_EQ(list.back()->Record(), wanted.back());
+  }
+}
+
+TEST_F(TraceList, AJoinedListReleasesTheTracesOfBoth) {
+  {
+    TraceList_t part;
+    for (int i = 0; i < 300; ++i) part.push_back(NewEvent());
+    m_list.push_back(NewEvent());
+    m_list.Append(std::move(part));
+    EXPECT_EQ(m_alive, 301);
+  }
+  EXPECT_EQ(m_alive, 301) << "the emptied part releases none";
+  m_list.PopFront();
+  EXPECT_EQ(m_alive, 300);
+  m_list.Clear();
+  EXPECT_EQ(m_alive, 0);
+}
+
+TEST_F(TraceList, JoinedListsTakeNoMoreThanTheirTraces) {
+  std::size_t traces = 0;
+  for (int parts = 0; parts < 10; ++parts) {
+    TraceList_t part(TraceStorage::First::Large);
+    for (int i = 0; i < 140000; ++i, ++traces) part.EmplaceRecord(Record(0));
+    m_list.Append(std::move(part));
+  }
+  EXPECT_LE(m_list.StorageBytes(), traces * 16 + (std::size_t{2} << 20)) << "the last may be open";
+}
+
 }  // namespace

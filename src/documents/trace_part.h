@@ -1,0 +1,34 @@
+// What a load finds in a piece of its file: traces, names, ids and damage.
+//
+// Owner    Its traces borrow the bytes of the file.
+// Threads  One at a time.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "documents/trace_indexes.h"
+#include "records/name_map.h"
+#include "records/trace_list.h"
+#include "records/trc_damage.h"
+#include "records/walkers/trc_walkers.h"
+
+struct TracePart : TrcPart {
+  TracePart() = default;
+  // For a piece of so many bytes.
+  explicit TracePart(std::uint64_t bytes);
+
+  std::uint64_t Walk(Bytes file, std::uint64_t from, std::uint64_t limit,
+                     const Look& look) override;
+  // Takes over what was found behind this part.
+  void Append(TracePart& later);
+
+  TraceList_t traces;
+  NameMap names;
+  TraceIndexes indexes;
+  TrcDamage damage;
+  std::uint64_t nameRecords = 0;
+
+ private:
+  struct Sink;
+};

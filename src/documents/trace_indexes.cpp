@@ -5,7 +5,7 @@ void IdList::AddNew(NameId id) {
   m_ids.push_back(id);
 }
 
-void TraceIndexes::Note(const RawTrace& trace) {
+void TraceIndexes::NoteIds(const RawTrace& trace) {
   NoteIds(trace.MachineId(), trace.AppId(), trace.ComponentId(), trace.CategoryId(), trace.PidId(),
           trace.TidId(), trace.SourceFileId());
 }

@@ -4,8 +4,9 @@
 //          threads. Ids are never removed, not by trims and clears either.
 // Threads  One at a time.
 //
-// Nearly every trace uses only known ids. So each field first checks a bit set, and the process map
-// a small direct-mapped cache of whole triples, before any list or tree is touched.
+// Nearly every trace has the ids of an earlier one. So a small direct-mapped cache knows whole sets
+// of ids. Behind it each field checks a bit set, and the process map a cache of triples, before any
+// list or tree is touched.
 #pragma once
 
 #include <array>
@@ -34,7 +35,13 @@ class IdList {
 
 class TraceIndexes {
  public:
-  void Note(const RawTrace& trace);
+  void Note(const RawTrace& trace) {
+    const TraceIdBytes ids = trace.IdBytes();
+    Noted& place = m_noted[ids.Hash() >> (64 - kNotedBits)];
+    if (place.is && place.ids == ids) return;
+    place = {ids, true};
+    NoteIds(trace);
+  }
   void Note(const TraceEvent_i& event);  // by its record if it has one
   // As if the traces of the other came now, in their order.
   void Append(const TraceIndexes& later);
@@ -45,5 +52,12 @@ class TraceIndexes {
  private:
   void NoteIds(NameId machine, NameId app, NameId component, NameId category, NameId pid,
                NameId tid, NameId file);
+  void NoteIds(const RawTrace& trace);
+  static constexpr unsigned kNotedBits = 10;
+  struct Noted {
+    TraceIdBytes ids;
+    bool is = false;
+  };
+  std::array<Noted, std::size_t{1} << kNotedBits> m_noted = {};
   std::array<std::uint64_t, 256> m_triples = {};  // machine, pid, tid and a used bit
 };

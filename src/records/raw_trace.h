@@ -46,6 +46,11 @@ struct TraceIdBytes {
         threads(LoadBe32(record + TraceAt::kPid)),
         file(LoadBe16(record + TraceAt::kSourceFile)) {}
   bool operator==(const TraceIdBytes&) const = default;
+  // A number in which equal ids are equal and others mostly differ, the top bits most of all.
+  std::uint64_t Hash() const {
+    constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15u;
+    return (head * kGolden ^ (std::uint64_t{threads} << 16 | file)) * kGolden;
+  }
 
   std::uint64_t head = 0;  // machine, application, component, category
   std::uint32_t threads = 0;
@@ -76,6 +81,7 @@ class RawTraceOf {
   std::string_view Text() const { return UpToNul(m_record + TraceAt::kText, TextLength()); }
   std::string_view Stack() const { return UpToNul(AfterText() + kTextLengthBytes, StackLength()); }
   std::size_t Size() const { return kTraceFixedBytes + TextLength() + StackLength(); }
+  TraceIdBytes IdBytes() const { return TraceIdBytes(m_record); }
   TraceIdsOf<Id> Ids() const {
     return {MachineId(), AppId(), ComponentId(), CategoryId(), PidId(), TidId(), SourceFileId()};
   }

@@ -74,8 +74,8 @@ _trc() {
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options="--help --format --color --columns --from --tail --context $which" ;;
-      find) options="--help --regex --perl-regex --ignore-case --word --total --format --color --columns --from --tail --context $which" ;;
+      dump) options="--help --follow --format --color --columns --from --tail --context $which" ;;
+      find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --columns --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
       save) options="--help --from --tail --context $which" ;;

@@ -20,7 +20,7 @@ def stopped_by(line):
     if "--help" in rest or "--version" in rest:
         return None
     live = (program == "trc" and "--count" not in rest and
-            re.match(r"(tail|capture|emit)\b|setup .*--monitor", rest))
+            re.match(r"(tail|capture|emit)\b|dump .*--follow\b|setup .*--monitor", rest))
     if live or program == "quor-demo":
         return signal.SIGINT
     if program == "quord" and re.search(r"--foreground|-f\b", rest):
@@ -110,7 +110,7 @@ class Typed:
     def lives(self, before):
         assert self.process.poll() is None, f"it has ended; told: {self.told()}"
         monitors, instances = before
-        if re.search(r"\btrc tail\b", self.line):
+        if re.search(r"\btrc (tail|dump .*--follow)\b", self.line):
             return len(self.read(self.out).splitlines()) > 1
         if re.search(r"\btrc emit\b|\bquor-demo\b", self.line):
             return self.server.serves() and self.instances() > instances

@@ -2,11 +2,13 @@
 
 #include <unistd.h>
 
+#include "commands/follow.h"
 #include "input/trace_input.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 
 int RunDump(const DumpOptions& options) {
+  if (options.traces.follow) return RunFollow(options);
   TerminalHost host;
   TraceInput input(host);
   if (!input.Open(options.files)) return StatusWithoutInput();

@@ -56,7 +56,7 @@ class SaveCommand final : public Command {
     AddFilesAndOut(m_save.in, "IN... OUT",
                    "Trace files, also packed ones, - is standard input; the last is the new file, "
                    "an existing one is replaced");
-    m_shared.Add({.columns = kWholeTraces});
+    m_shared.Add({.columns = kWholeTraces, .follow = kNotFollowed});
     App().footer(
         "All traces are written, or those that the options choose, with just the names\n"
         "that they need and without what was skipped in the old file.\n"
@@ -115,7 +115,7 @@ class ExportCommand final : public Command {
         ->check(OneOf({"csv", "csv-rfc4180", "jsonl"}))
         ->type_name("FORMAT");
     App().add_flag("--hidden", m_export.hidden, "The hidden columns too");
-    m_shared.Add();
+    m_shared.Add({.follow = kNotFollowed});
     App().footer(
         "Columns stand in the list's default order. In the csv format \"Tic Count\", \"Tic\n"
         "Diff\" and \"Attributes\" have no values, and a quote in a text is written \\\";\n"

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "commands/follow.h"
 #include "filter/perl_pattern.h"
 #include "input/trace_input.h"
 #include "terminal/exit_status.h"
@@ -76,11 +77,20 @@ int StatusOf(int status, bool any, std::uint64_t givenUp) {
   return status == kExitGood && !any ? kExitNo : status;
 }
 
+int Follow(Pattern& pattern, const DumpOptions& options) {
+  const auto matches = [&, text = std::string()](const TraceEvent_i& trace,
+                                                 Output& output) mutable {
+    return pattern.Matches(SearchedText(trace, text), output);
+  };
+  return StatusOf(RunFollow(options, matches), true, pattern.GivenUp());
+}
+
 }  // namespace
 
 int RunFind(const FindOptions& options) {
   Pattern pattern;
   if (!pattern.Prepare(options)) return kExitBad;
+  if (options.output.traces.follow) return Follow(pattern, options.output);
   TerminalHost host;
   TraceInput input(host);
   if (!input.Open(options.output.files)) return StatusWithoutInput();

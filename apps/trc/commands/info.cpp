@@ -10,7 +10,7 @@
 
 namespace {
 
-std::uint64_t StampOf(const RawTrace& trace) {
+std::uint64_t StampOfTrace(const RawTrace& trace) {
   return (std::uint64_t{trace.Date()} << 32) | trace.Time();
 }
 
@@ -29,7 +29,7 @@ void CountTraces(FileInfo& info) {
     ++info.categories[trace.CategoryId()];
     const int severity = SeverityIcon(*event);
     ++(severity < 0 ? info.otherSeverities : info.severities[static_cast<std::size_t>(severity)]);
-    const std::uint64_t stamp = StampOf(trace);
+    const std::uint64_t stamp = StampOfTrace(trace);
     if (!info.earliest || stamp < earliest) {
       info.earliest = event;
       info.earliestPlace = place;

@@ -27,6 +27,12 @@ class LineCommand : public Command {
     dump.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
     dump.coloured = IsColoured(m_colour);
     RefuseColumnsOf(dump.format, dump.traces);
+    if (!dump.traces.follow) return;
+    if (dump.files.size() > 1)
+      throw CLI::ValidationError("--follow",
+                                 "goes with one file: what is appended to several has "
+                                 "no order yet");
+    m_shared->RefuseHopelessPaths();
   }
 
  private:
@@ -50,6 +56,7 @@ class DumpCommand final : public LineCommand {
         "  trc dump web.trc --uncheck \"All Severities/Info\" --count 20\n"
         "  trc dump web.trc db.trc --severity error --count 20\n"
         "  gzip -c web.trc | trc dump - --tail 3\n"
+        "  trc dump --follow web.trc --tail 10 --severity warn+\n"
         "  trc dump web.trc --format jsonl > web.jsonl");
   }
   void Complete() override { CompleteLines(m_dump, false); }
@@ -87,6 +94,8 @@ class FindCommand final : public LineCommand {
     CompleteLines(m_find.output, true);
     if (m_find.expression && m_find.perl)
       throw CLI::ValidationError("--perl-regex", "goes with no --regex");
+    if (m_find.totalOnly && m_find.output.traces.follow)
+      throw CLI::ValidationError("--total", "goes with no --follow: the number is not known yet");
     std::swap(m_find.invert, m_find.output.traces.choice.invert);
   }
   int Run() const override { return RunFind(m_find); }
@@ -114,7 +123,7 @@ class TreeCommand final : public Command {
         ->type_name("N");
     App().add_flag("-j,--json", m_tree.json,
                    "One JSON object per node, with its parent, and durations in nanoseconds");
-    m_shared.Add({.columns = "a tree has no columns"});
+    m_shared.Add({.columns = "a tree has no columns", .follow = kNotFollowed});
     App().footer(
         "A line for each machine, application, process, thread, block (from \"Begin: \" to\n"
         "\"End: \") and trace, with the time that passed in processes, threads and blocks.\n"

@@ -8,6 +8,7 @@
 #include "filter/filter_options.h"
 #include "filter/moment.h"
 #include "filter/where_option.h"
+#include "terminal/terminal_host.h"
 #include "usage.h"
 
 namespace {
@@ -66,6 +67,26 @@ void SharedOptions::Add(const RefusedOptions& refused) {
   }
   AddFilterOptions(&m_app, m_options.filter);
   AddWhere();
+  AddFollow(refused.follow);
+}
+
+void SharedOptions::AddFollow(const char* refused) {
+  constexpr const char
+      *kNames = "-F,--follow",
+      *kHelp = "Go on with what is appended to the file, and with the next one if it is rotated";
+  if (!refused) {
+    m_app.add_flag(kNames, m_options.follow, kHelp);
+    return;
+  }
+  m_app.add_flag_callback(kNames, [refused] { throw CLI::ValidationError("--follow", refused); })
+      ->trigger_on_parse()
+      ->group("");
+}
+
+void SharedOptions::RefuseHopelessPaths() const {
+  TerminalHost host;
+  if (std::string why; m_options.filter.HasImpossiblePath(host, &why))
+    throw CLI::ValidationError(why);
 }
 
 void SharedOptions::AddWhere() {

@@ -19,11 +19,16 @@ struct RefusedOptions {
   const char* from = nullptr;
   const char* tail = nullptr;
   const char* context = nullptr;
+  const char* follow = nullptr;
 };
 
 // For commands that write whole traces, and for live ones.
 constexpr const char* kWholeTraces = "the traces are written whole, with all their values";
 constexpr const char* kNoPlaces = "live traces have no index; --since takes a time";
+constexpr const char* kNotFollowed =
+    "goes with dump and find, which print traces as they are appended";
+constexpr const char* kFollowedAnyway =
+    "live traces come as they are made; 'trc dump --follow FILE' follows a file";
 constexpr const char* kNoLastOnes = "live traces have no last ones; --count ends after so many";
 
 class SharedOptions {
@@ -31,6 +36,9 @@ class SharedOptions {
   SharedOptions(CLI::App& app, TraceOptions& options) : m_app(app), m_options(options) {}
 
   void Add(const RefusedOptions& refused = {});
+  // A path that no future name can complete is a mistake; where names still come, any other waits
+  // for them.
+  void RefuseHopelessPaths() const;
   // What only the whole line says. `choosesItself`: the command chooses by something else, too, as
   // find by its pattern.
   void Complete(bool choosesItself = false);
@@ -40,6 +48,7 @@ class SharedOptions {
   void AddNumber(const char* names, std::uint64_t& number, const char* help);
   void AddNames(const char* names, ChoiceField field, const char* help);
   void AddRefused(const char* names, const char* reason);
+  void AddFollow(const char* refused);
   void AddChoice();
   void AddTimes();
   void AddWhere();

@@ -24,7 +24,8 @@ class StackCommand final : public Command {
     App().add_flag("-r,--recorded", m_stack.recorded,
                    "Frames as they were recorded; reads no file");
     m_shared.Add({.columns = "stacks have no columns",
-                  .context = "what stands beside a trace with a stack may have none"});
+                  .context = "what stands beside a trace with a stack may have none",
+                  .follow = kNotFollowed});
     App().footer(
         "A traced program records where its frames are. The names come from the files of\n"
         "its modules, here: only files with the recorded build id count. They are looked\n"

@@ -25,4 +25,5 @@ struct TraceOptions {
   std::uint64_t count = kAll;  // at most so many chosen ones
   std::uint64_t tail = kAll;   // of the chosen ones the last
   std::uint64_t context = 0;   // traces before and after each chosen one
+  bool follow = false;         // also what is appended to the file meanwhile
 };

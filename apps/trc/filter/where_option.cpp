@@ -85,7 +85,8 @@ bool LiveWhere::Passes(const TraceEvent_i& trace) {
     record = made.data();
   }
   const RawTrace raw(record);
-  if (m_matcher->Program().UsesEnd()) m_matcher->SetClock({m_utc, MomentOfStamp(StampOf(raw))});
+  if (m_matcher->Program().UsesEnd())
+    m_matcher->SetClock({m_utc, m_end ? m_end : MomentOfStamp(StampOf(raw))});
   m_matcher->NamesMayHaveChanged();
   return m_matcher->Matches(record, std::exchange(m_previous, WherePrevious(raw)));
 }

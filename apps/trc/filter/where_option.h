@@ -5,6 +5,7 @@
 // Threads  WhereOfLive: one.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,7 +21,7 @@ std::string WhereErrorText(std::string_view text, const WhereError& error);
 // "the search of "matches" was given up in 3 traces"; empty for none.
 std::string WhereGivenUpText(std::uint64_t traces);
 
-// The text over live traces. `end` is the newest one: the one that is asked about.
+// The text over live traces. `end` is the newest one: the one that is asked about, or what was set.
 class LiveWhere {
  public:
   // Null program: all pass. Borrows the names, which may grow meanwhile.
@@ -28,10 +29,12 @@ class LiveWhere {
 
   // REQUIRES: every trace that comes, in its order.
   bool Passes(const TraceEvent_i& trace);
+  void SetEnd(std::optional<std::int64_t> end) { m_end = end; }
   std::uint64_t GivenUp() const { return m_matcher ? m_matcher->LimitsReached() : 0; }
 
  private:
   const bool m_utc;
   std::unique_ptr<WhereMatcher> m_matcher;
+  std::optional<std::int64_t> m_end;
   WherePrevious m_previous;
 };

@@ -2,51 +2,14 @@
 
 #include <algorithm>
 #include <queue>
-#include <unordered_map>
 
 #include "base/fail_with.h"
+#include "input/merged_names.h"
 #include "records/record_layout.h"
 
 namespace {
 
 constexpr std::uint64_t kTracesPerLookOfMerge = 4096;
-
-// Name ids of all documents as ids of one, by their texts.
-class MergedNames {
- public:
-  NameMap& Names() { return m_names; }
-  // False: there are no ids left. Ids without a name are the same in all
-  // documents: the files of one program have the same ids.
-  bool Translate(std::size_t document, const NameMap& names, NameId id, NameId& to) {
-    if (m_known.size() <= document) m_known.resize(document + 1);
-    std::vector<std::int32_t>& known = m_known[document];
-    if (known.empty()) known.resize(kNameIds, kNew);
-    if (known[id] == kNew) {
-      const auto entry = names.find(id);
-      const auto fresh = static_cast<std::int32_t>(m_next);
-      if (entry == names.end()) {
-        known[id] = m_nameless.try_emplace(id, fresh).first->second;
-      } else {
-        known[id] = m_byText.try_emplace(entry->second.name, fresh).first->second;
-      }
-      if (known[id] == fresh) {
-        if (m_next == kNameIds) return false;
-        if (entry != names.end()) m_names[static_cast<NameId>(m_next)].name = entry->second.name;
-        ++m_next;
-      }
-    }
-    to = static_cast<NameId>(known[id]);
-    return true;
-  }
-
- private:
-  static constexpr std::int32_t kNew = -1;
-  NameMap m_names;
-  std::unordered_map<std::string, std::int32_t> m_byText;
-  std::unordered_map<NameId, std::int32_t> m_nameless;
-  std::vector<std::vector<std::int32_t>> m_known;  // by document and id
-  std::size_t m_next = 0;
-};
 
 struct Stream {
   std::uint64_t time, start;  // the latest time so far, and that of the first trace
@@ -79,12 +42,8 @@ class Merger {
     StoreBe16(m_record.data() + TraceAt::kTextLength, static_cast<std::uint16_t>(textLength));
     const std::uint8_t* const stack = record + m_record.size();
     m_record.insert(m_record.end(), stack, stack + stackLength);
-    for (const std::size_t at : kTraceIds) {
-      NameId id = LoadId<NameId>(m_record.data() + at);
-      if (!m_names.Translate(from.document, document.m_names, id, id))
-        return FailWith(why, "together the files have more than 65,536 names");
-      StoreBe16(m_record.data() + at, static_cast<std::uint16_t>(id));
-    }
+    if (!TranslateIds(m_names, from.document, document.m_names, m_record.data()))
+      return FailWith(why, kTooManyNames);
     return m_writer.Write(_TraceEvent_t(m_record.data()), m_names.Names()) ||
            FailWith(why, m_writer.Why());
   }

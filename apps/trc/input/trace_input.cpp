@@ -25,8 +25,10 @@ bool NeedsCopy(int descriptor) {
 
 class Descriptor {
  public:
+  // A FIFO whose writer is still to come must not hold us up: that wait ends at an interrupt.
   explicit Descriptor(const std::string& path)
-      : m_number(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+      : m_number(path == "-" ? STDIN_FILENO
+                             : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
   ~Descriptor() {
     if (m_number > STDIN_FILENO) close(m_number);
   }

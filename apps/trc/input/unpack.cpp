@@ -27,7 +27,7 @@ class Source {
   std::string_view Next() {
     while (!Interrupted()) {
       pollfd ready{m_descriptor, POLLIN, 0};
-      if (poll(&ready, 1, kLookMs) == 0) continue;
+      if (poll(&ready, 1, kLookMs) <= 0) continue;
       const ssize_t count = read(m_descriptor, m_bytes.data(), m_bytes.size());
       if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
       if (count < 0) m_error = errno;

@@ -7,7 +7,6 @@
 #include "filter/account.h"
 #include "live/app_words.h"
 #include "live/live.h"
-#include "terminal/terminal_host.h"
 #include "usage.h"
 
 namespace {
@@ -23,12 +22,6 @@ std::vector<std::string> SplitAtCommas(const std::string& list) {
   return parts;
 }
 
-// A path that no future name can complete is a mistake; any other waits for its names.
-void RefuseHopeless(const FilterPaths& paths) {
-  TerminalHost host;
-  if (std::string why; paths.HasImpossiblePath(host, &why)) throw CLI::ValidationError(why);
-}
-
 // A command that listens to live traces.
 class ListeningCommand : public Command {
  protected:
@@ -36,7 +29,8 @@ class ListeningCommand : public Command {
 
   void AddLimits(LiveLimits& limits, const char* noColumns) {
     m_shared.emplace(App(), limits.traces);
-    m_shared->Add({.columns = noColumns, .from = kNoPlaces, .tail = kNoLastOnes});
+    m_shared->Add(
+        {.columns = noColumns, .from = kNoPlaces, .tail = kNoLastOnes, .follow = kFollowedAnyway});
     App()
         .add_option_function<std::string>(
             "--for",
@@ -44,9 +38,9 @@ class ListeningCommand : public Command {
             "End after so many seconds")
         ->type_name("SECONDS");
   }
-  void CompleteLimits(const LiveLimits& limits) {
+  void CompleteLimits() {
     m_shared->Complete();
-    RefuseHopeless(limits.traces.filter);
+    m_shared->RefuseHopelessPaths();
   }
 
  private:
@@ -72,7 +66,7 @@ class TailCommand final : public ListeningCommand {
     AddLimits(m_tail.limits, nullptr);
   }
   void Complete() override {
-    CompleteLimits(m_tail.limits);
+    CompleteLimits();
     m_tail.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
     m_tail.coloured = IsColoured(m_colour);
     RefuseColumnsOf(m_tail.format, m_tail.limits.traces);
@@ -105,7 +99,7 @@ class CaptureCommand final : public ListeningCommand {
               "A full file is numbered NAME.1.trc and a new one begun", "MB");
     AddNumber("--max-files", m_capture.maxFiles, "Keep so many full files [default: all]");
   }
-  void Complete() override { CompleteLimits(m_capture.limits); }
+  void Complete() override { CompleteLimits(); }
   int Run() const override { return RunCapture(m_capture); }
 
  private:

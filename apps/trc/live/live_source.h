@@ -7,8 +7,8 @@
 #include <functional>
 #include <string>
 
+#include "filter/live_choice.h"
 #include "live/live.h"
-#include "live/live_choice.h"
 #include "quor/client/trace_thread.h"
 
 class LiveSource {

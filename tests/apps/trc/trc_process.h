@@ -31,6 +31,7 @@ struct TrcStart {
   bool errIsTerminal = false;
   bool ignoreInterrupt = false;
   rlim_t fileBytesMax = RLIM_INFINITY;  // a longer file is an error, as on a full disk
+  rlim_t filesMax = RLIM_INFINITY;      // descriptors
 };
 
 class TrcProcess {
@@ -130,12 +131,17 @@ class TrcProcess {
       setrlimit(RLIMIT_FSIZE, &fileSize);
       signal(SIGXFSZ, SIG_IGN);  // inherited by the program: its write fails instead
     }
+    const rlimit files{start.filesMax, start.filesMax};
     for (const std::string& variable : start.environment) putenv(strdup(variable.c_str()));
     std::string program = getenv("TRC") ? getenv("TRC") : "TRC is not set";
     std::vector<std::string> words = start.arguments;
     std::vector<char*> argv = {program.data()};
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
+    if (start.filesMax != RLIM_INFINITY) {
+      close_range(STDERR_FILENO + 1, ~0u, 0);  // whoever runs the tests has left us some
+      setrlimit(RLIMIT_NOFILE, &files);
+    }
     execv(program.c_str(), argv.data());
     _exit(127);
   }

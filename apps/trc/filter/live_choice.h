@@ -1,5 +1,5 @@
-// Which live traces are taken: --uncheck and its like, the values, the filter text, and --context
-// around them.
+// Which traces of a stream are taken: --uncheck and its like, the values, the filter text, --from,
+// and --context around them.
 //
 // Owner    Borrows options and names. Holds the traces that may still be wanted as context.
 // Threads  One.
@@ -15,6 +15,7 @@
 // A trace that is taken.
 struct TakenTrace {
   TraceEvent_i* trace;  // the receiver's
+  std::uint64_t place;  // in the stream, from 0
   bool beside;          // only because it stands beside a chosen one
   bool behindGap;       // others were left out between it and the one taken before
 };
@@ -23,28 +24,45 @@ using TraceTaker = std::function<bool(const TakenTrace&)>;
 
 class LiveChoice {
  public:
+  using Test = std::function<bool(const TraceEvent_i&)>;
+
   LiveChoice(const TraceOptions& options, const NameMap& names);
   ~LiveChoice();
   LiveChoice(const LiveChoice&) = delete;
   LiveChoice& operator=(const LiveChoice&) = delete;
 
+  // Chooses only of those for which the test holds. It is not asked about what the options hide.
+  void Keep(Test test) { m_test = std::move(test); }
+  // Leaves out so many of the chosen ones. They may stand beside later ones.
+  void Skip(std::uint64_t chosen) { m_skip = chosen; }
+  // "end" of the filter text; nothing: the trace that is asked about.
+  void SetEnd(std::optional<std::int64_t> end) { m_where.SetEnd(end); }
   // Takes ownership of the next trace, and passes on what it decides. False: the taker ends it.
   bool Add(TraceEvent_i* trace, const TraceTaker& take);
   // So many were chosen that no more are wanted, and what stands behind the last has come.
   bool IsFull() const { return m_chosen >= m_options.count && m_behind == 0; }
+  // Without those that stand beside them.
+  std::uint64_t Chosen() const { return m_chosen; }
   // What was asked for and never came, as messages.
   std::vector<std::string> Missing() const;
 
  private:
+  struct Held {
+    TraceEvent_i* trace;
+    std::uint64_t place;
+  };
   bool Passes(const TraceEvent_i& trace);
-  bool Take(TraceEvent_i* trace, bool beside, const TraceTaker& take);
-  void Hold(TraceEvent_i* trace);
+  bool IsChosen(const TraceEvent_i& trace);
+  bool Take(const Held& held, bool beside, const TraceTaker& take);
+  void Hold(const Held& held);
 
   const TraceOptions& m_options;
   LiveFilter m_filter;
   ChoiceTest m_choice;
   LiveWhere m_where;
-  std::deque<TraceEvent_i*> m_held;  // those before the next chosen one
+  Test m_test;
+  std::deque<Held> m_held;  // those before the next chosen one
+  std::uint64_t m_place = 0, m_skip = 0;
   std::uint64_t m_chosen = 0, m_behind = 0;
   bool m_any = false, m_gap = false;
 };

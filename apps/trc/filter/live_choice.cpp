@@ -1,4 +1,4 @@
-#include "live/live_choice.h"
+#include "filter/live_choice.h"
 
 #include <utility>
 
@@ -11,7 +11,7 @@ LiveChoice::LiveChoice(const TraceOptions& options, const NameMap& names)
       m_where(options.where, names, options.utc) {}
 
 LiveChoice::~LiveChoice() {
-  for (TraceEvent_i* const trace : m_held) ReleaseTrace(trace);
+  for (const Held& held : m_held) ReleaseTrace(held.trace);
 }
 
 // The filter sees every trace, because it learns the names; the text, because `delta` needs the
@@ -19,41 +19,50 @@ LiveChoice::~LiveChoice() {
 bool LiveChoice::Passes(const TraceEvent_i& trace) {
   const bool shown = m_filter.Passes(trace);
   const bool said = m_where.Passes(trace);
-  return m_choice.Passes(trace) && shown && said;
+  return m_choice.Passes(trace) && shown && said && (!m_test || m_test(trace));
+}
+
+bool LiveChoice::IsChosen(const TraceEvent_i& trace) {
+  if (m_chosen >= m_options.count || !Passes(trace) || m_place < m_options.from) return false;
+  if (m_skip == 0) return true;
+  --m_skip;
+  return false;
 }
 
 bool LiveChoice::Add(TraceEvent_i* trace, const TraceTaker& take) {
-  if (m_chosen < m_options.count && Passes(*trace)) {
+  const bool chosen = IsChosen(*trace);
+  const Held now{trace, m_place++};
+  if (chosen) {
     ++m_chosen;
     m_behind = m_options.context;
     while (!m_held.empty()) {
-      TraceEvent_i* const before = m_held.front();
+      const Held before = m_held.front();
       m_held.pop_front();
       if (!Take(before, true, take)) {
         ReleaseTrace(trace);
         return false;
       }
     }
-    return Take(trace, false, take);
+    return Take(now, false, take);
   }
   if (m_behind > 0) {
     --m_behind;
-    return Take(trace, true, take);
+    return Take(now, true, take);
   }
-  Hold(trace);
+  Hold(now);
   return true;
 }
 
-bool LiveChoice::Take(TraceEvent_i* trace, bool beside, const TraceTaker& take) {
+bool LiveChoice::Take(const Held& held, bool beside, const TraceTaker& take) {
   const bool gap = std::exchange(m_gap, false) && m_any && m_options.context > 0;
   m_any = true;
-  return take({trace, beside, gap});
+  return take({held.trace, held.place, beside, gap});
 }
 
-void LiveChoice::Hold(TraceEvent_i* trace) {
-  m_held.push_back(trace);
+void LiveChoice::Hold(const Held& held) {
+  m_held.push_back(held);
   if (m_held.size() <= m_options.context) return;
-  ReleaseTrace(m_held.front());
+  ReleaseTrace(m_held.front().trace);
   m_held.pop_front();
   m_gap = true;
 }

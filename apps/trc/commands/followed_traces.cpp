@@ -1,0 +1,126 @@
+#include "commands/followed_traces.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "input/whole_records.h"
+
+namespace {
+
+TraceOptions Uncounted(TraceOptions options) {
+  options.count = TraceOptions::kAll;
+  options.context = 0;
+  return options;
+}
+
+// The ids of all files are those of one.
+constexpr std::size_t kFile = 0;
+
+}  // namespace
+
+struct FollowedTraces::NameSink {
+  FollowedTraces& traces;
+  Bytes last = {};
+
+  void OnName(NameId id, std::string_view utf8) const {
+    NameEntry_t& entry = traces.m_ofFile[id];
+    if (entry.name == utf8 && !utf8.empty()) return;
+    entry.name = utf8;
+    traces.m_names.Forget(kFile, id);
+  }
+  bool OnTrace(Bytes record) {
+    last = record;
+    return true;
+  }
+  static void OnUnknownTag(std::uint64_t) {}
+};
+
+struct FollowedTraces::CountSink {
+  FollowedTraces& traces;
+
+  static void OnName(NameId, std::string_view) {}
+  bool OnTrace(Bytes record) const {
+    TraceEvent_i* const trace = traces.Own(record);
+    return trace && traces.m_counter.Add(trace, [](const TakenTrace& taken) {
+      ReleaseTrace(taken.trace);
+      return true;
+    });
+  }
+  static void OnUnknownTag(std::uint64_t) {}
+};
+
+struct FollowedTraces::TraceSink {
+  FollowedTraces& traces;
+
+  static void OnName(NameId, std::string_view) {}
+  bool OnTrace(Bytes record) const { return traces.Add(record); }
+  void OnUnknownTag(std::uint64_t position) const { traces.m_damage.Skip(position); }
+};
+
+FollowedTraces::FollowedTraces(const DumpOptions& options, Test test, Output& output)
+    : m_options(options),
+      m_counted(Uncounted(options.traces)),
+      m_output(output),
+      m_test(std::move(test)),
+      m_choice(options.traces, m_names.Names()),
+      m_counter(m_counted, m_names.Names()),
+      m_lines(MakeTraceLines({options.format, options.coloured, true}, options.traces,
+                             m_names.Names(), output)) {
+  if (!m_test) return;
+  const auto test1 = [this](const TraceEvent_i& trace) { return m_test(trace, m_output); };
+  m_choice.Keep(test1);
+  m_counter.Keep(test1);
+}
+
+void FollowedTraces::BeginFile() {
+  m_names.Forget(kFile);
+  m_ofFile.clear();
+  m_damage = {};
+}
+
+std::size_t FollowedTraces::LearnNames(Bytes piece) {
+  NameSink sink{*this};
+  const std::size_t taken = WalkWholeRecords(piece, 0, sink);
+  if (!sink.last.empty()) {
+    const auto end = MomentOfStamp(StampOf(RawTrace(sink.last.data())));
+    m_choice.SetEnd(end);
+    m_counter.SetEnd(end);
+  }
+  return taken;
+}
+
+std::size_t FollowedTraces::Count(Bytes piece) {
+  return WalkWholeRecords(piece, 0, CountSink{*this});
+}
+
+void FollowedTraces::LeaveTail() {
+  const std::uint64_t chosen = m_counter.Chosen();
+  m_choice.Skip(chosen - std::min(chosen, m_options.traces.tail));
+}
+
+std::size_t FollowedTraces::Give(Bytes piece, std::uint64_t position, bool named) {
+  if (!named) WalkWholeRecords(piece, position, NameSink{*this});
+  return WalkWholeRecords(piece, position, TraceSink{*this});
+}
+
+// Null: together the files have too many names.
+TraceEvent_i* FollowedTraces::Own(Bytes record) {
+  std::vector<std::uint8_t> own(record.begin(), record.end());
+  if (TranslateIds(m_names, kFile, m_ofFile, own.data()))
+    return new OwnedTraceEvent_t(std::move(own));
+  m_why = kTooManyNames;
+  m_over = true;
+  return nullptr;
+}
+
+bool FollowedTraces::Add(Bytes record) {
+  TraceEvent_i* const trace = Own(record);
+  if (!trace) return false;
+  const bool goesOn = m_choice.Add(trace, [&](const TakenTrace& taken) {
+    const bool more = m_lines->Add(taken, m_previous);
+    ReleaseTrace(std::exchange(m_previous, taken.trace));
+    return more;
+  });
+  m_over = m_over || !goesOn;
+  return !IsOver();
+}

@@ -1,0 +1,87 @@
+#include "commands/trace_lines.h"
+
+#include <algorithm>
+
+#include "commands/columns_option.h"
+#include "listview/columns/columns.h"
+#include "text/text_line.h"
+#include "text/trace_json.h"
+#include "text/visible_text.h"
+
+namespace {
+
+class JsonLines final : public TraceLines {
+ public:
+  JsonLines(const NameMap& names, bool utc, bool byPlace, Output& output)
+      : m_moments(utc), m_json(names, m_moments), m_byPlace(byPlace), m_output(output) {}
+  bool Add(const TakenTrace& taken, const TraceEvent_i*) override {
+    const std::uint64_t index = m_byPlace ? taken.place : m_index++;
+    m_moments.Learn(index, *taken.trace);
+    m_json.Append(m_output.Buffer(), index, *taken.trace, taken.beside);
+    return m_output.EndLine();
+  }
+
+ private:
+  TraceMoments m_moments;
+  TraceJson m_json;
+  const bool m_byPlace;
+  Output& m_output;
+  std::uint64_t m_index = 0;
+};
+
+class TextLines final : public TraceLines {
+ public:
+  TextLines(const NameMap& names, const TraceOptions& options, bool coloured, Output& output)
+      : m_names(names),
+        m_columns(options.columns.value_or(DefaultColumns())),
+        m_utc(options.utc),
+        m_coloured(coloured),
+        m_line(output) {
+    for (const Column column : m_columns) m_widths.push_back(ScreenWidth(InfoOf(column).header));
+  }
+  bool Add(const TakenTrace& taken, const TraceEvent_i* previous) override {
+    const TraceEvent_i& trace = *taken.trace;
+    if (!m_headed && !WriteHeader(trace)) return false;
+    if (taken.behindGap && !m_line.Line(kGap)) return false;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+      const std::string text = VisibleCell(m_columns[i], trace, previous, m_names, m_utc);
+      const std::size_t width = ScreenWidth(text);
+      m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
+      const bool coloured = m_coloured && m_columns[i] == Column::Sev;
+      m_line.Add(text, width, m_widths[i], AlignsRight(i),
+                 coloured ? SeverityColour(trace) : std::string_view());
+    }
+    return m_line.End();
+  }
+
+ private:
+  // Called with the first trace, whose cells determine the first widths.
+  bool WriteHeader(const TraceEvent_i& first) {
+    m_headed = true;
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+      const Column column = m_columns[i];
+      const std::string_view header = InfoOf(column).header;
+      const std::size_t width = ScreenWidth(VisibleCell(column, first, nullptr, m_names, m_utc));
+      m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
+      m_line.Add(header, header.size(), m_widths[i], AlignsRight(i));
+    }
+    return m_line.End();
+  }
+  bool AlignsRight(std::size_t i) const { return InfoOf(m_columns[i]).align == ColumnAlign::Right; }
+
+  const NameMap& m_names;
+  const std::vector<Column> m_columns;
+  const bool m_utc, m_coloured;
+  LineWriter m_line;
+  std::vector<std::size_t> m_widths;
+  bool m_headed = false;
+};
+
+}  // namespace
+
+std::unique_ptr<TraceLines> MakeTraceLines(const TraceLinesWay& way, const TraceOptions& options,
+                                           const NameMap& names, Output& output) {
+  if (way.format == DumpFormat::Jsonl)
+    return std::make_unique<JsonLines>(names, options.utc, way.byPlace, output);
+  return std::make_unique<TextLines>(names, options, way.coloured, output);
+}

@@ -14,7 +14,7 @@
 
 #include "base/page_storage.h"
 #include "bench/ratio.h"
-#include "quor/hub/monitor_stream.h"
+#include "quor/monitors/monitor_stream.h"
 #include "quor/protocol/connection.h"
 #include "quor/ring/ring_producer.h"
 #include "quor/traced/traced_app.h"

@@ -122,7 +122,9 @@ void WhereMatcher::Learn(const Cheap& cheap, const std::uint8_t* record) {
       if (entry != m_names.end()) name = entry->second.name;
       if (name.empty()) m_unnamed.push_back(&verdict);
     }
+    const std::uint64_t givenUp = m_search.LimitsReached();
     const bool holds = HoldsFor(table.rule, number, name, m_search);
+    if (m_search.LimitsReached() != givenUp) m_unnamed.push_back(&verdict);
     verdict = static_cast<std::uint8_t>(kLearned | (holds ? kHolds : 0));
   }
 }

@@ -41,6 +41,10 @@ class WhereMatcher {
   // The end has moved, or the zone.
   void SetClock(const WhereClock& clock);
   const WhereProgram& Program() const { return *m_program; }
+  // Bounds the searches of `matches`, see WhereRegexSearch. A verdict on a name that was given up
+  // is kept until NamesMayHaveChanged.
+  void Bound(const WhereBounds& bounds) { m_search.Bound(bounds); }
+  void EndSearchesAt(std::uint64_t threadNs) { m_search.EndAt(threadNs); }
   // The searches that were given up.
   std::uint64_t LimitsReached() const { return m_search.LimitsReached(); }
 
@@ -107,6 +111,6 @@ class WhereMatcher {
   std::vector<Number> m_numbers;
   std::vector<std::vector<WhereInterval>> m_stamps;  // of the tests on Time, by number
   std::vector<Cheap> m_cheap;
-  std::vector<std::uint8_t*> m_unnamed;  // verdicts on empty names
+  std::vector<std::uint8_t*> m_unnamed;  // verdicts on empty names, and those that were given up
   WhereRegexSearch m_search;
 };

@@ -6,6 +6,7 @@
 #include <cctype>
 
 #include "base/text.h"
+#include "base/thread_time.h"
 
 namespace {
 
@@ -195,8 +196,22 @@ struct WhereRegexSearch::Memory {
 WhereRegexSearch::WhereRegexSearch() = default;
 WhereRegexSearch::~WhereRegexSearch() = default;
 
+void WhereRegexSearch::Bound(const WhereBounds& bounds) {
+  m_bounds = bounds;
+  if (!m_memory) m_memory = std::make_unique<Memory>();
+  pcre2_set_match_limit(m_memory->context, bounds.steps);
+}
+
+bool WhereRegexSearch::MayBegin(std::string_view text) const {
+  return !m_bounds || (text.size() <= m_bounds->textBytes && ThreadNanoseconds() < m_endNs);
+}
+
 // For ASCII the two codes find the same, and that for bytes is faster.
 bool WhereRegexSearch::Finds(const WhereRegex& regex, std::string_view text) {
+  if (!MayBegin(text)) {
+    ++m_limitsReached;
+    return false;
+  }
   if (regex.m_meansTheSame || !regex.m_characters) return FindsIn(*regex.m_bytes, text);
   if (!regex.m_bytes) return FindsIn(*regex.m_characters, text);
   const bool bytes = IsAscii(text) || !IsWellFormed(text);

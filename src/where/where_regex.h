@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -50,6 +51,12 @@ bool MeansTheSameByBytes(std::string_view expression);
 // not known.
 std::string BeginningOf(std::string_view expression);
 
+// For expressions and texts of strangers. A search that would pass a bound is given up.
+struct WhereBounds {
+  std::uint32_t steps;    // of one search
+  std::size_t textBytes;  // of a text
+};
+
 class WhereRegexSearch {
  public:
   WhereRegexSearch();
@@ -57,6 +64,10 @@ class WhereRegexSearch {
   WhereRegexSearch(const WhereRegexSearch&) = delete;
   WhereRegexSearch& operator=(const WhereRegexSearch&) = delete;
 
+  void Bound(const WhereBounds& bounds);
+  // REQUIRES: Bound. Searches that begin after this time of the thread (ThreadNanoseconds) are
+  // given up at once.
+  void EndAt(std::uint64_t threadNs) { m_endNs = threadNs; }
   bool Finds(const WhereRegex& regex, std::string_view text);
   // The searches that were given up.
   std::uint64_t LimitsReached() const { return m_limitsReached; }
@@ -64,7 +75,10 @@ class WhereRegexSearch {
  private:
   struct Memory;
   bool FindsIn(const WhereRegex::Code& code, std::string_view text);
+  bool MayBegin(std::string_view text) const;
 
   std::unique_ptr<Memory> m_memory;
+  std::optional<WhereBounds> m_bounds;
+  std::uint64_t m_endNs = ~std::uint64_t{0};
   std::uint64_t m_limitsReached = 0;
 };

@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "base/thread_time.h"
 #include "where/where_program.h"
 
 namespace {
@@ -160,6 +161,28 @@ TEST(WhereRegex, AWrongExpressionIsToldWithItsPlaceInTheText) {
   WhereError error;
   ASSERT_FALSE(WhereProgram::Compile("text matches \"a)b\"", error));
   EXPECT_EQ(error.place, 15u);
+}
+
+TEST(WhereRegex, ABoundedSearchGivesUpLongTextsManyStepsAndAllAfterItsTime) {
+  std::size_t place = 0;
+  std::string why;
+  const auto all = WhereRegex::Compile("(a+)+$", place, why),
+             one = WhereRegex::Compile("b", place, why);
+  WhereRegexSearch search;
+  search.Bound({.steps = 1000, .textBytes = 10});
+  EXPECT_TRUE(search.Finds(*one, "0123456b"));
+  EXPECT_FALSE(search.Finds(*one, "01234567890b"));
+  EXPECT_EQ(search.LimitsReached(), 1u);
+  search.Bound({.steps = 1000, .textBytes = 100});
+  EXPECT_TRUE(search.Finds(*one, "01234567890b"));
+  EXPECT_FALSE(search.Finds(*all, "aaaaaaaaaaaaaaaaaaaaaaaaa!"));
+  EXPECT_EQ(search.LimitsReached(), 2u);
+  search.EndAt(ThreadNanoseconds());
+  EXPECT_FALSE(search.Finds(*one, "b"));
+  EXPECT_EQ(search.LimitsReached(), 3u);
+  search.EndAt(ThreadNanoseconds() + 60'000'000'000);
+  EXPECT_TRUE(search.Finds(*one, "b"));
+  EXPECT_EQ(search.LimitsReached(), 3u);
 }
 
 }  // namespace

@@ -21,12 +21,13 @@ constexpr std::chrono::milliseconds kConnectDeadline{5000};
 
 class TraceThread final : public TraceThread_i {
  public:
-  TraceThread(const std::string& machine, NameMap& names)
+  TraceThread(const std::string& machine, NameMap& names, const std::string& atSource)
       : m_mapper(names),
         m_queue(kQueueBytesMax),
         m_reader(m_queue),
         m_link(machine, quor::wire::ROLE_MONITOR, m_reader) {
     m_reader.Attach(m_link);
+    if (!atSource.empty()) m_reader.FilterAtSource(atSource);
   }
   ~TraceThread() override {
     m_link.Stop();
@@ -53,7 +54,11 @@ class TraceThread final : public TraceThread_i {
   // Traces that have arrived already wait as well: nothing is given out until Resume.
   void Pause() override { m_reader.SetPaused(m_paused = true); }
   void Resume() override { m_reader.SetPaused(m_paused = false); }
-  Counts GetCounts() const override { return {m_queue.Delivered(), m_reader.Lost()}; }
+  Counts GetCounts() const override {
+    return {m_queue.Delivered(), m_reader.Lost(), m_reader.Withheld()};
+  }
+  void FilterAtSource(const std::string& text) override { m_reader.FilterAtSource(text); }
+  SourceFilterState GetSourceFilter() const override { return m_reader.GetSourceFilter(); }
   void AwaitTraces(int milliseconds) override {
     if (m_paused)
       poll(nullptr, 0, milliseconds);
@@ -110,8 +115,9 @@ class TraceThread final : public TraceThread_i {
 }  // namespace
 
 TraceThread_i* TraceThread_i::ConnectToTraceService(const QuorStr::String_t& machine,
-                                                    NameMap& names, std::string* why) {
-  auto connection = std::make_unique<TraceThread>(machine, names);
+                                                    NameMap& names, std::string* why,
+                                                    const std::string& atSource) {
+  auto connection = std::make_unique<TraceThread>(machine, names, atSource);
   return connection->Connect(why) ? connection.release() : nullptr;
 }
 

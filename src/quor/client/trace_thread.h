@@ -15,13 +15,16 @@
 #include <string>
 
 #include "base/quor_str.h"
+#include "quor/client/stream/source_filter_asker.h"
 #include "records/trace_event.h"
 
 class TraceThread_i {
  public:
-  // `why` gets the reason when the result is null.
+  // `why` gets the reason when the result is null. `atSource`: see FilterAtSource, from the first
+  // trace on.
   static TraceThread_i* ConnectToTraceService(const QuorStr::String_t& machine, NameMap& names,
-                                              std::string* why = nullptr);
+                                              std::string* why = nullptr,
+                                              const std::string& atSource = {});
 
   // The order of the virtual operations is an interface, like that of TraceEvent_i.
   virtual void Disconnect() = 0;  // within a second
@@ -41,6 +44,7 @@ class TraceThread_i {
   struct Counts {
     std::uint64_t delivered = 0;  // given out or waiting, without loss reports
     std::uint64_t lost = 0;       // reported by the service, or found as a gap
+    std::uint64_t withheld = 0;   // by the filter at the source: neither delivered nor lost
   };
   virtual Counts GetCounts() const = 0;
   // False while a broken connection is not restored yet.
@@ -48,6 +52,11 @@ class TraceThread_i {
   // Waits until HasTraces may have an answer, until a signal was caught, or for `milliseconds`. May
   // return early, as this default does. For a program without an event loop.
   virtual void AwaitTraces(int) {}
+  // Hands a filter text to the service: from then on it sends only traces for which the text holds,
+  // and counts the others as withheld. Sent again on each connection. Empty: all come. Traces that
+  // match none may still come at any time; the caller filters what is given out.
+  virtual void FilterAtSource(const std::string&) {}
+  virtual SourceFilterState GetSourceFilter() const { return {}; }
 
  protected:
   virtual ~TraceThread_i() = default;

@@ -151,6 +151,7 @@ bool ForwardInlet::Stream::TakeLine(const quor::wire::Ledger::Source& line, cons
   if (line.instance().size() != kIdBytes || line.serial() > kSerialMax ||
       line.delivered() > line.serial() || line.lost() > line.serial() - line.delivered())
     return FailWith(why, "a ledger counts more than there was");
+  if (line.withheld() > 0) return FailWith(why, "a forwarded stream withholds traces");
   const bool isNew = !m_counts.contains(line.instance());
   Counts& before = m_counts[line.instance()];
   if (line.delivered() < before.delivered || line.lost() < before.lost ||

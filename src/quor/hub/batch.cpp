@@ -40,8 +40,17 @@ void BatchBuilder::Append(const std::shared_ptr<Source>& source, Bytes record, c
   StoreIds(copy, ids);
   if (!m_hasLastIds || ids != m_lastIds) Use(ids);
   if (number == kNoSequenceNumber) return;
-  ++DeltaOf(source).traces;
+  SourceDelta& delta = DeltaOf(source);
+  ++delta.traces;
   ++m_batch->traces;
+  NoteRun(delta);
+}
+
+void BatchBuilder::NoteRun(const SourceDelta& delta) {
+  const auto place = static_cast<std::uint32_t>(&delta - m_batch->sources.data());
+  std::vector<SourceRun>& runs = m_batch->runs;
+  if (runs.empty() || runs.back().source != place) runs.push_back({place, 0});
+  ++runs.back().traces;
 }
 
 void BatchBuilder::AppendLoss(const std::shared_ptr<Source>& source, std::uint64_t lost,
@@ -93,7 +102,7 @@ SourceDelta& BatchBuilder::FindDelta(const std::shared_ptr<Source>& source) {
                                   [&source](const SourceDelta& d) { return d.source == source; });
   if (known != deltas.end()) return *known;
   ++m_sources;
-  return deltas.emplace_back(SourceDelta{source, 0, 0});
+  return deltas.emplace_back(SourceDelta{source});
 }
 
 std::size_t BatchBuilder::NewNameBytes(const TraceIds& ids) const {

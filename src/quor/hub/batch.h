@@ -6,8 +6,8 @@
 //   queue of a slow one    losses     2       3     1 was dropped, a batch of losses replaces it
 //
 // Shape    Tagged trace records end to end, about 64 KiB, with the hub's ids and numbers; the names
-//          that they use; the counts of each source. The name records are not in the batch: each
-//          stream adds those that it has not sent yet (StreamQueue).
+//          that they use; the counts of each source, and whose each record is. The name records are
+//          not in the batch: each stream adds those that it has not sent yet (StreamQueue).
 // Owner    Shared. A batch keeps its sources.
 // Threads  One.
 #pragma once
@@ -27,7 +27,13 @@
 struct SourceDelta {
   std::shared_ptr<Source> source;
   std::uint64_t traces = 0, lost = 0;
+  std::uint64_t withheld = 0;  // by the filter of the stream that the batch is for
   std::shared_ptr<const void> way = source->way;
+};
+
+// So many records with a number, one behind the other, are of sources[source].
+struct SourceRun {
+  std::uint32_t source, traces;
 };
 
 struct Batch {
@@ -36,6 +42,7 @@ struct Batch {
   Bytes records;  // all records, once the batch is sealed
   std::vector<HubNameId> names;
   std::vector<SourceDelta> sources;
+  std::vector<SourceRun> runs;
   std::vector<std::shared_ptr<Source>> forgotten;  // by the hub: no more traces of them will come
   std::uint64_t traces = 0;                        // with a number, so without loss reports
 };
@@ -70,6 +77,9 @@ class BatchBuilder {
                   const std::string& reason);
   // Counts a loss that some record reports already.
   void CountLost(const std::shared_ptr<Source>& source, std::uint64_t lost);
+  void CountWithheld(const std::shared_ptr<Source>& source, std::uint64_t withheld) {
+    DeltaOf(source).withheld += withheld;
+  }
   void AppendForgotten(const std::shared_ptr<Source>& source) {
     m_batch->forgotten.push_back(source);
     ++m_sources;
@@ -83,6 +93,7 @@ class BatchBuilder {
     return *m_lastDelta;
   }
   SourceDelta& FindDelta(const std::shared_ptr<Source>& source);
+  void NoteRun(const SourceDelta& delta);
   std::size_t NewNameBytes(const TraceIds& ids) const;
   void Use(const TraceIds& ids);
   void UseName(HubNameId id);

@@ -176,6 +176,7 @@ void Hub::Deliver() {
   const std::vector<SharedBatch> sealed = std::exchange(m_sealed, {});
   for (const SharedBatch& batch : sealed)
     for (HubStream* const stream : m_streams) stream->OnBatch(batch);
+  for (HubStream* const stream : m_streams) stream->OnDelivered();
 }
 
 void Hub::Add(HubStream& stream) {

@@ -20,6 +20,7 @@
 class HubStream {
  public:
   virtual void OnBatch(const SharedBatch& batch) = 0;
+  virtual void OnDelivered() {}  // all sealed batches have come
   // The source is new, or it had been forgotten.
   virtual void OnSource(const std::shared_ptr<Source>&) {}
 

@@ -4,10 +4,12 @@
 #include <utility>
 #include <vector>
 
-void StreamLosses::Add(const std::shared_ptr<Source>& source, std::uint64_t lost) {
+void StreamLosses::Add(const std::shared_ptr<Source>& source, std::uint64_t lost,
+                       std::uint64_t withheld) {
   const auto [place, isNew] = m_places.try_emplace(source.get());
-  if (isNew) place->second = m_lost.insert(m_lost.end(), {source, 0, 0});
+  if (isNew) place->second = m_lost.insert(m_lost.end(), SourceDelta{source});
   place->second->lost += lost;
+  place->second->withheld += withheld;
 }
 
 // Stores, for each source in a sum, that its part has arrived, when the sum has arrived. Each note
@@ -38,21 +40,24 @@ class StreamLosses::Notes {
 void StreamLosses::Forget(const std::shared_ptr<Source>& source, bool spokenOf) {
   const auto place = m_places.find(source.get());
   const std::uint64_t lost = place != m_places.end() ? place->second->lost : 0;
-  // The sum represents a source of which nothing but losses was ever reported.
-  const bool isOwn = source->firstSerial == 0 && lost == source->serial;
+  const std::uint64_t withheld = place != m_places.end() ? place->second->withheld : 0;
+  // The sum represents a source of which no trace was ever sent.
+  const bool isOwn = source->firstSerial == 0 && lost + withheld == source->serial;
   if (spokenOf || (!isOwn && m_forgotten.size() < kReportedSinglyMax)) {
     m_forgotten.push_back(source);
     return;
   }
-  AddToSum(source, lost);
+  AddToSum(source, lost, withheld);
   if (place == m_places.end()) return;
   m_lost.erase(place->second);
   m_places.erase(place);
 }
 
-void StreamLosses::AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lost) {
+void StreamLosses::AddToSum(const std::shared_ptr<Source>& source, std::uint64_t lost,
+                            std::uint64_t withheld) {
   if (source->serial == 0) return;
   m_sumLost += lost;
+  m_sumWithheld += withheld;
   if (m_sum) {
     m_sum->serial += source->serial;
     m_sum->pid.clear();
@@ -78,8 +83,9 @@ void StreamLosses::ReportSum() {
   const auto sum = std::exchange(m_sum, nullptr);
   m_notes = nullptr;
   const std::uint64_t lost = std::exchange(m_sumLost, 0);
+  const std::uint64_t withheld = std::exchange(m_sumWithheld, 0);
   if (!sum) return;
-  Add(sum, lost);
+  Add(sum, lost, withheld);
   m_forgotten.push_back(sum);
 }
 
@@ -92,6 +98,7 @@ SharedBatch StreamLosses::Take(HubNames& names, bool oneSourceEach, const char* 
         gap.source->machine.size() + gap.source->app.size() + gap.source->pid.size() + 1024;
     if (!builder.IsEmpty() && (oneSourceEach || !builder.HasRoom(1024, room))) break;
     if (gap.lost != 0) builder.AppendLoss(gap.source, gap.lost, reason);
+    builder.CountWithheld(gap.source, gap.withheld);
     m_places.erase(gap.source.get());
     m_lost.pop_front();
   }

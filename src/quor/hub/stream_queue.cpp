@@ -7,34 +7,33 @@ namespace {
 // A batch also costs its lists of names and sources.
 std::size_t Cost(const Batch& batch) {
   return batch.records.size() + batch.names.size() * sizeof(HubNameId) +
-         batch.sources.size() * sizeof(SourceDelta) +
+         batch.sources.size() * sizeof(SourceDelta) + batch.runs.size() * sizeof(SourceRun) +
          batch.forgotten.size() * sizeof(std::shared_ptr<Source>) + sizeof(Batch);
-}
-
-void PutLine(const Source& source, std::uint64_t began, std::uint64_t delivered, std::uint64_t lost,
-             quor::wire::Ledger::Source* line) {
-  line->set_instance(source.instance.data(), source.instance.size());
-  line->set_serial(began + delivered + lost);
-  line->set_delivered(delivered);
-  line->set_lost(lost);
 }
 
 }  // namespace
 
+void StreamQueue::PutLine(const Entry& entry, quor::wire::Ledger::Source* line) {
+  line->set_instance(entry.source->instance.data(), entry.source->instance.size());
+  line->set_serial(entry.began + entry.delivered + entry.withheld + entry.lost);
+  line->set_delivered(entry.delivered);
+  line->set_withheld(entry.withheld);
+  line->set_lost(entry.lost);
+}
+
 void StreamQueue::Begin(const std::vector<std::shared_ptr<Source>>& sources) {
   for (const auto& source : sources)
-    m_ledger.insert_or_assign(source.get(), Entry{source, source->serial, 0, 0});
+    m_ledger.insert_or_assign(source.get(), Entry{source, source->serial});
 }
 
 StreamQueue::Entry& StreamQueue::EntryOf(const std::shared_ptr<Source>& source) {
   // A source that was not there at the beginning came later, with its first serial.
-  return m_ledger.try_emplace(source.get(), Entry{source, source->firstSerial, 0, 0}).first->second;
+  return m_ledger.try_emplace(source.get(), Entry{source, source->firstSerial}).first->second;
 }
 
 quor::wire::Ledger StreamQueue::WholeLedger() const {
   quor::wire::Ledger ledger;
-  for (const auto& [key, entry] : m_ledger)
-    PutLine(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
+  for (const auto& [key, entry] : m_ledger) PutLine(entry, ledger.add_sources());
   return ledger;
 }
 
@@ -55,7 +54,7 @@ void StreamQueue::DropOldest() {
   m_dropped += oldest->traces;
   m_gapReason = m_paused ? "the monitor is paused" : m_limits.tooSlow;
   for (const SourceDelta& delta : oldest->sources)
-    m_losses.Add(delta.source, delta.traces + delta.lost);
+    m_losses.Add(delta.source, delta.traces + delta.lost, delta.withheld);
   for (const auto& source : oldest->forgotten)
     m_losses.Forget(source, m_ledger.contains(source.get()));
 }
@@ -95,10 +94,11 @@ void StreamQueue::PutLines(const Batch& batch, quor::wire::Ledger& ledger) {
     Entry& entry = EntryOf(delta.source);
     entry.delivered += delta.traces;
     entry.lost += delta.lost;
-    PutLine(*entry.source, entry.began, entry.delivered, entry.lost, ledger.add_sources());
+    entry.withheld += delta.withheld;
+    PutLine(entry, ledger.add_sources());
   }
   for (const auto& source : batch.forgotten) {
-    PutLine(*source, source->serial, 0, 0, ledger.add_forgotten_sources());
+    PutLine({source, source->serial}, ledger.add_forgotten_sources());
     m_ledger.erase(source.get());
   }
 }
@@ -106,15 +106,15 @@ void StreamQueue::PutLines(const Batch& batch, quor::wire::Ledger& ledger) {
 void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
   m_sent.Clear();
   for (auto& [key, entry] : m_ledger) {
-    entry.began += entry.delivered + entry.lost;
-    entry.delivered = entry.lost = 0;
+    entry.began += entry.delivered + entry.withheld + entry.lost;
+    entry.delivered = entry.withheld = entry.lost = 0;
   }
   for (auto batch = again.rbegin(); batch != again.rend(); ++batch) {
     for (const SourceDelta& delta : (*batch)->sources) {
       // A source without an entry was forgotten since: nothing of it waits in the queue.
-      const Entry whole{delta.source, delta.source->serial, 0, 0};
+      const Entry whole{delta.source, delta.source->serial};
       m_ledger.try_emplace(delta.source.get(), whole).first->second.began -=
-          delta.traces + delta.lost;
+          delta.traces + delta.withheld + delta.lost;
     }
     m_bytes += Cost(**batch);
     m_traces += (*batch)->traces;

@@ -3,7 +3,7 @@
 //
 // Shape    Batches in order. Where batches were dropped, a batch of losses replaces them. Each
 //          outgoing batch comes with the names that this stream has not sent yet, and with the
-//          ledger of its sources: serial = where the stream began + delivered + lost.
+//          ledger of its sources: serial = where the stream began + delivered + withheld + lost.
 // Owner    Shares the batches.
 // Errors   A full queue drops its oldest batches. The record of these losses is bounded as well.
 // Threads  One.
@@ -56,8 +56,9 @@ class StreamQueue {
  private:
   struct Entry {
     std::shared_ptr<Source> source;
-    std::uint64_t began = 0, delivered = 0, lost = 0;
+    std::uint64_t began = 0, delivered = 0, lost = 0, withheld = 0;
   };
+  static void PutLine(const Entry& entry, quor::wire::Ledger::Source* line);
   SharedBytes NamesFor(const Batch& batch);
   void DropOldest();
   Entry& EntryOf(const std::shared_ptr<Source>& source);

@@ -21,6 +21,7 @@ bool IsOfAdministrators(const Request& request) {
 Role Needed(const Request& request) {
   switch (request.what_case()) {
     case Request::kSubscribe:
+    case Request::kSetFilter:
     case Request::kPause:
     case Request::kResume:
     case Request::kListApps:
@@ -75,6 +76,7 @@ void ClientSession::OnClosed(const std::string& reason) {
 
 void ClientSession::EndMonitor() {
   m_context.dropped += Dropped();
+  m_context.withheld += Withheld();
   m_monitor.reset();
 }
 
@@ -108,6 +110,7 @@ void ClientSession::Greet(const Frame& frame) {
   welcome.set_version(kProtocolVersion);
   welcome.set_machine(m_context.machine);
   welcome.set_instance(m_context.instance);
+  welcome.set_filters(true);
   if (!m_peer.isRestricted)
     for (const std::string& trouble : m_context.troubles) welcome.add_troubles(trouble);
   m_connection->Send(FrameType::Welcome, welcome);
@@ -152,6 +155,8 @@ bool ClientSession::Serve(const Request& request, Response* response) {
     case Request::kPause:
     case Request::kResume:
       return ServeStream(request, response);
+    case Request::kSetFilter:
+      return SetFilter(request.set_filter().text(), response);
     case Request::kForward:
       return Forward(request.forward(), response);
     case Request::kGetStatus:
@@ -169,10 +174,29 @@ bool ClientSession::ServeStream(const Request& request, Response* response) {
     if (m_monitor) return FailRequest(response, ERROR_BAD_REQUEST, "subscribed already");
     m_monitor = std::make_unique<MonitorStream>(m_context.hub, *m_connection,
                                                 m_context.streamLimits, Only());
+    m_monitor->SetFilter(m_filter);
     return true;
   }
   if (!m_monitor) return FailRequest(response, ERROR_BAD_REQUEST, "not subscribed");
   request.has_pause() ? m_monitor->Pause() : m_monitor->Resume();
+  return true;
+}
+
+bool ClientSession::SetFilter(const std::string& text, Response* response) {
+  WhereError error;
+  const Account account =
+      m_peer.isRestricted && m_peer.uid ? m_context.accounts.Of(*m_peer.uid) : Account{};
+  // In its place the new one may be within the bound of the account.
+  m_filter.reset();
+  if (m_monitor) m_monitor->SetFilter(nullptr);
+  if (text.empty()) return true;
+  m_filter = m_context.filters.Open(account, text, error);
+  if (!m_filter) {
+    response->set_place(static_cast<std::uint32_t>(error.place));
+    response->set_length(static_cast<std::uint32_t>(error.length));
+    return FailRequest(response, ERROR_BAD_REQUEST, error.reason);
+  }
+  if (m_monitor) m_monitor->SetFilter(m_filter);
   return true;
 }
 

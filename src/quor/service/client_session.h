@@ -9,7 +9,9 @@
 #pragma once
 
 #include "quor/forwarding/forward_inlet.h"
-#include "quor/hub/monitor_stream.h"
+#include "quor/hub/hub.h"
+#include "quor/monitors/monitor_stream.h"
+#include "quor/monitors/source_filters.h"
 #include "quor/protocol/certificates.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
@@ -23,10 +25,11 @@ struct SessionContext {
   Accounts& accounts;
   std::string machine;
   std::string instance;  // 16 random bytes of this run
+  SourceFilters filters;
   StreamLimits streamLimits;
   ConnectionLimits connectionLimits;
-  std::vector<std::string> troubles;  // what does not work
-  std::uint64_t dropped = 0;          // for monitors that have gone
+  std::vector<std::string> troubles;        // what does not work
+  std::uint64_t dropped = 0, withheld = 0;  // for monitors that have gone
 };
 
 struct SessionPeer {
@@ -67,6 +70,7 @@ class ClientSession final : public Connection::Handler,
   const SessionPeer& Peer() const { return m_peer; }
   bool IsMonitor() const { return m_monitor != nullptr; }
   std::uint64_t Dropped() const { return m_monitor ? m_monitor->Dropped() : 0; }
+  std::uint64_t Withheld() const { return m_monitor ? m_monitor->Withheld() : 0; }
 
  private:
   void OnFrame(const Frame& frame) override;
@@ -78,6 +82,7 @@ class ClientSession final : public Connection::Handler,
   void Answer(const quor::wire::Request& request);
   bool Serve(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
+  bool SetFilter(const std::string& text, quor::wire::Response* response);
   // Its name for the inlet of forwarded streams; a local client is identified by its process.
   std::string Forwarder() const { return m_peer.local ? m_peer.label : m_peer.name; }
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
@@ -92,6 +97,7 @@ class ClientSession final : public Connection::Handler,
   AppRequests m_apps;
   std::shared_ptr<Connection> m_connection;
   quor::wire::Role m_role = quor::wire::ROLE_NONE;  // granted
+  std::shared_ptr<SourceFilter> m_filter;           // of the monitor
   std::unique_ptr<MonitorStream> m_monitor;
   std::shared_ptr<ForwardInlet::Stream> m_forwarded;
   std::string m_forwardedId;

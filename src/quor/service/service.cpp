@@ -88,6 +88,7 @@ bool Service::Open(std::string* why) {
                                      m_accounts,
                                      m_machine,
                                      NewInstance(),
+                                     SourceFilters(m_hub.Names()),
                                      {},
                                      m_options.connectionLimits,
                                      {}});

@@ -93,6 +93,7 @@ class FakePeer {
     welcome.set_version(version);
     welcome.set_machine("fake");
     welcome.set_instance(instance);
+    welcome.set_filters(filters);
     Send(FrameType::Welcome, welcome);
     return hello;
   }
@@ -106,7 +107,7 @@ class FakePeer {
 
   struct Source {
     char id = 'a';
-    std::uint64_t serial = 0, delivered = 0, lost = 0;
+    std::uint64_t serial = 0, delivered = 0, lost = 0, withheld = 0;
   };
   // `forgotten`: the sum in the first ledger of a stream.
   void Ledger(std::vector<Source> sources, std::optional<std::uint64_t> forgotten = {},
@@ -124,10 +125,12 @@ class FakePeer {
       word.set_serial(source.serial);
       word.set_delivered(source.delivered);
       word.set_lost(source.lost);
+      word.set_withheld(source.withheld);
     }
     Send(FrameType::Ledger, ledger);
   }
   std::string instance;  // of the simulated run of the service
+  bool filters = true;   // knows filters at the source
 
   void Data(const std::string& body) { SendRaw(FrameType::Data, body); }
 

@@ -62,8 +62,10 @@ class LiveTest : public testing::Test {
   }
   std::string Counted() const {
     const auto counts = m_thread->GetCounts();
-    return std::to_string(counts.delivered) + " delivered, " + std::to_string(counts.lost) +
-           " lost";
+    const std::string withheld =
+        counts.withheld > 0 ? std::to_string(counts.withheld) + " withheld, " : "";
+    return std::to_string(counts.delivered) + " delivered, " + withheld +
+           std::to_string(counts.lost) + " lost";
   }
 
   FakeService m_service;

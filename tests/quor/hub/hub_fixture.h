@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -64,7 +65,10 @@ class TakingStream final : public HubStream, public DataSink {
   }
   ~TakingStream() { m_hub.Remove(*this); }
 
-  void OnBatch(const SharedBatch& batch) override { m_queue.Push(batch); }
+  void OnBatch(const SharedBatch& batch) override { m_queue.Push(change ? change(batch) : batch); }
+  void OnDelivered() override {
+    if (onDelivered) onDelivered();
+  }
   StreamQueue& Queue() { return m_queue; }
   void Deliver() {
     m_hub.Seal();
@@ -88,7 +92,7 @@ class TakingStream final : public HubStream, public DataSink {
     for (const auto& word : out.ledger.sources()) {
       ledger[word.instance()] = word;
       auto& began = m_began[word.instance()];
-      const std::uint64_t base = word.serial() - word.delivered() - word.lost();
+      const std::uint64_t base = word.serial() - word.delivered() - word.withheld() - word.lost();
       const bool isNew = m_known.insert(word.instance()).second;
       EXPECT_TRUE(isNew || base == began);
       began = base;
@@ -107,6 +111,13 @@ class TakingStream final : public HubStream, public DataSink {
     for (const auto& [instance, word] : ledger) sum += word.lost();
     return sum;
   }
+  std::uint64_t Withheld() const {
+    std::uint64_t sum = 0;
+    for (const auto& [instance, word] : ledger) sum += word.withheld();
+    return sum;
+  }
+  std::function<SharedBatch(const SharedBatch&)> change;  // what the stream gets of each batch
+  std::function<void()> onDelivered;
   std::map<std::string, quor::wire::Ledger::Source> ledger;
   std::map<HubNameId, std::string> names;
   std::uint64_t numbered = 0;

@@ -22,6 +22,7 @@ void GapLedger::BeginStream(const std::string& service) {
   ++m_stream;
   m_silentSince = m_lastLedger;
   m_believed = 0;
+  m_mayWithhold = false;
   if (m_run != 0 && service == m_service) return;
   ++m_run;
   m_service = service;
@@ -85,37 +86,53 @@ bool GapLedger::TakeForgotten(const quor::wire::Ledger::Source& line, std::strin
   return true;
 }
 
-bool GapLedger::TakeSource(const quor::wire::Ledger::Source& line, std::uint64_t* gap,
-                           std::string* why) {
+bool GapLedger::CanBe(const quor::wire::Ledger::Source& line, std::string* why) const {
   if (line.instance().size() != kInstanceBytes)
     return FailWith(why, "a ledger's source has no instance");
+  // None of the three may wrap the sum.
   if (line.serial() > kSerialMax || line.delivered() > line.serial() ||
-      line.lost() > line.serial() - line.delivered())
+      line.lost() > line.serial() - line.delivered() ||
+      line.withheld() > line.serial() - line.delivered() - line.lost())
     return FailWith(why, "a ledger counts more than there was");
+  if (line.withheld() > 0 && !m_mayWithhold)
+    return FailWith(why, "a ledger withholds traces, and no filter was asked for");
+  return true;
+}
+
+void GapLedger::Count(const quor::wire::Ledger::Source& line, Source& source) {
+  m_delivered += line.delivered() - source.delivered;
+  m_withheld += line.withheld() - source.withheld;
+  m_lost += line.lost() - source.lost;
+  source.serial = std::max(source.serial, line.serial());
+  source.delivered = line.delivered();
+  source.withheld = line.withheld();
+  source.lost = line.lost();
+}
+
+bool GapLedger::TakeSource(const quor::wire::Ledger::Source& line, std::uint64_t* gap,
+                           std::string* why) {
+  if (!CanBe(line, why)) return false;
   if (m_sources.size() >= kSourcesMax && !m_sources.contains(line.instance())) ForgetOldest();
   const auto [entry, isNew] = m_sources.try_emplace(line.instance());
   Source& source = entry->second;
   source.lastLine = ++m_lines;
   source.run = m_run;
   const bool anew = std::exchange(source.forgotten, false);
-  const std::uint64_t began = line.serial() - line.delivered() - line.lost();
-  const bool falls = line.delivered() < source.delivered || line.lost() < source.lost;
+  const std::uint64_t began = line.serial() - line.delivered() - line.withheld() - line.lost();
+  const bool falls = line.delivered() < source.delivered || line.withheld() < source.withheld ||
+                     line.lost() < source.lost;
   if (source.stream != m_stream || anew || (falls && began >= source.serial)) {
     // Compares where the new stream began with where the old one ended. A source that was unknown
     // then began after that; but on the first stream it may be older than this monitor.
     const bool isGap = began > source.serial && (!isNew || m_stream > 1);
     if (isGap && CanHaveBeen(began - source.serial)) *gap += began - source.serial;
-    source.delivered = source.lost = 0;
+    source.delivered = source.withheld = source.lost = 0;
     source.stream = m_stream;
   } else if (line.serial() < source.serial) {
     return FailWith(why, "a ledger's serial falls");
   } else if (falls) {
     return FailWith(why, "a ledger's count falls");
   }
-  m_delivered += line.delivered() - source.delivered;
-  m_lost += line.lost() - source.lost;
-  source.serial = std::max(source.serial, line.serial());
-  source.delivered = line.delivered();
-  source.lost = line.lost();
+  Count(line, source);
   return true;
 }

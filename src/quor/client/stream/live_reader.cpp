@@ -7,6 +7,7 @@ void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome
   m_machine = welcome.machine();
   m_ledger.BeginStream(welcome.instance());
   m_firstOfStream = true;
+  m_filter.OnUp(connection, welcome);
   quor::wire::Request request;
   request.set_id(++m_lastRequest);
   request.mutable_subscribe();
@@ -39,6 +40,7 @@ void LiveReader::SendState(Connection& connection) {
 
 void LiveReader::OnDown(const std::string&) {
   m_up = false;
+  m_filter.OnDown();
   // Without its ledger a batch cannot be counted: its traces become part of the gap.
   DropStaged();
 }
@@ -65,6 +67,7 @@ void LiveReader::OnFrame(const Frame& frame) {
 void LiveReader::TakeResponse(const Frame& frame) {
   quor::wire::Response response;
   if (!ParseBody(frame, &response)) return m_link->Break("a malformed response");
+  if (m_filter.Takes(response)) return;
   if (response.error() != quor::wire::ERROR_NONE) m_link->Break("refused: " + response.text());
 }
 
@@ -95,6 +98,7 @@ void LiveReader::TakeLedger(const Frame& frame) {
   m_stagedBytes = 0;
   CatchUp();  // all may have been taken out before LookForRoom could know of the last ones
   m_lost.store(m_ledger.Lost() + m_gaps + m_allDropped, std::memory_order_relaxed);
+  m_withheld.store(m_ledger.Withheld(), std::memory_order_relaxed);
 }
 
 void LiveReader::ReportLost(std::uint64_t traces, const char* reason) {

@@ -3,7 +3,8 @@
 //
 // Owner    Puts batches into a queue that outlives it.
 // Errors   An unexpected frame or malformed data breaks the connection.
-// Threads  The link's; SetPaused, LookForRoom, IsUp and the counts from any.
+// Threads  The link's; SetPaused, FilterAtSource, GetSourceFilter, LookForRoom, IsUp and the
+//          counts from any.
 #pragma once
 
 #include <atomic>
@@ -15,6 +16,7 @@
 #include "quor/client/link/service_link.h"
 #include "quor/client/stream/gap_ledger.h"
 #include "quor/client/stream/live_queue.h"
+#include "quor/client/stream/source_filter_asker.h"
 
 class LiveReader final : public ServiceLink::User {
  public:
@@ -22,11 +24,18 @@ class LiveReader final : public ServiceLink::User {
   ~LiveReader() { DropStaged(); }
 
   // REQUIRES: before the link starts.
-  void Attach(ServiceLink& link) { m_link = &link; }
+  void Attach(ServiceLink& link) {
+    m_link = &link;
+    m_filter.Attach(link);
+  }
   void SetPaused(bool paused);
+  // See TraceThread_i.
+  void FilterAtSource(const std::string& text) { m_filter.Set(text); }
+  SourceFilterState GetSourceFilter() const { return m_filter.GetState(); }
   // Traces were taken out of the queue: turned away traces can be reported now.
   void LookForRoom();
   std::uint64_t Lost() const { return m_lost.load(std::memory_order_relaxed); }
+  std::uint64_t Withheld() const { return m_withheld.load(std::memory_order_relaxed); }
   bool IsUp() const { return m_up.load(std::memory_order_relaxed); }
 
   void OnUp(Connection& connection, const quor::wire::Welcome& welcome) override;
@@ -65,5 +74,6 @@ class LiveReader final : public ServiceLink::User {
   std::size_t m_keptNameBytes = 0;
   std::uint64_t m_dropped = 0;
   std::uint64_t m_gaps = 0, m_allDropped = 0;
-  std::atomic<std::uint64_t> m_lost{0};
+  std::atomic<std::uint64_t> m_lost{0}, m_withheld{0};
+  SourceFilterAsker m_filter{m_ledger, m_lastRequest};
 };

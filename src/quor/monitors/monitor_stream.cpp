@@ -1,4 +1,6 @@
-#include "quor/hub/monitor_stream.h"
+#include "quor/monitors/monitor_stream.h"
+
+#include <utility>
 
 MonitorStream::MonitorStream(Hub& hub, Connection& connection, const StreamLimits& limits,
                              std::optional<uid_t> only)
@@ -23,24 +25,35 @@ std::vector<std::shared_ptr<Source>> MonitorStream::Sources() const {
   return sources;
 }
 
-void MonitorStream::Pause() {
-  // Traces taken until now were taken before the pause.
+void MonitorStream::SealNow() {
   m_hub.Seal();
   m_hub.Deliver();
+}
+
+void MonitorStream::Pause() {
+  // Traces taken until now were taken before the pause.
+  SealNow();
   m_queue.Pause();
 }
 
 void MonitorStream::Resume() {
   // Traces taken until now came during the pause, and count towards the limit of a pause.
-  m_hub.Seal();
-  m_hub.Deliver();
+  SealNow();
   m_queue.Resume();
   Pump();
 }
 
+void MonitorStream::SetFilter(std::shared_ptr<SourceFilter> filter) {
+  // Traces taken until now are those of the filter before.
+  SealNow();
+  m_filter = std::move(filter);
+}
+
 void MonitorStream::OnBatch(const SharedBatch& batch) {
   if (m_only && AccountOf(*batch) != m_only) return;
-  m_queue.Push(batch);
+  SharedBatch passed = m_filter ? m_filter->Of(batch) : batch;
+  m_withheld += batch->traces - passed->traces;
+  m_queue.Push(std::move(passed));
   Pump();
 }
 

@@ -1,0 +1,84 @@
+// The filter text of one or more monitors of an account: what it lets through of each batch.
+//
+//   batch of the hub     a b c d e f      shared by all monitors
+//   with the filter      b e              "withheld 4", shared by the monitors with this text
+//
+// Shape    A batch is asked about once, however many monitors have the text. Records without a
+//          number, which report losses, always pass. So does what cannot be judged: a text or a
+//          search beyond the bounds, and all while the account has used its share of the thread.
+// Owner    Shared by its monitors. SourceFilters outlives it.
+// Errors   None: in doubt a trace is delivered.
+// Threads  The service's one thread.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quor/hub/batch.h"
+#include "quor/monitors/work_share.h"
+#include "records/name_map.h"
+#include "where/where_matcher.h"
+
+// The names of a hub as the programs ask for them. The ids are the hub's.
+class FilterNames {
+ public:
+  explicit FilterNames(const HubNames& names) : m_names(names) {}
+  // Enters those of the batch.
+  void Learn(const Batch& batch);
+  const NameMap& Map() const { return m_map; }
+  std::uint32_t Generation() const { return m_generation; }
+
+ private:
+  const HubNames& m_names;
+  NameMap m_map;
+  IdSet<HubNameId> m_known;
+  std::uint32_t m_generation = 0;
+};
+
+// What all filters share, and what those of an account do.
+struct FilterMeans {
+  HubNames& names;
+  FilterNames known{names};
+  WorkShare all{2};
+};
+
+class SourceFilter {
+ public:
+  static constexpr WhereBounds kBounds{.steps = 10'000, .textBytes = 2048};
+
+  // `account`: its share of the thread. `onEnd`: at the end of the last monitor with this text.
+  SourceFilter(WhereProgramPtr program, FilterMeans& means, std::shared_ptr<WorkShare> account,
+               std::string label, std::function<void()> onEnd);
+  ~SourceFilter() { m_onEnd(); }
+  SourceFilter(const SourceFilter&) = delete;
+  SourceFilter& operator=(const SourceFilter&) = delete;
+
+  // What the monitors get instead of the batch.
+  SharedBatch Of(const SharedBatch& batch);
+  // No more batches come for the moment: a source is under way as long as anything holds a batch.
+  void ForgetBatch() { m_asked = m_answer = nullptr; }
+  // Traces that passed because there was no time to ask about them.
+  std::uint64_t Unasked() const { return m_unasked; }
+
+ private:
+  SharedBatch Ask(const SharedBatch& batch);
+  // Sets a verdict for each record. Gives how many are withheld.
+  std::uint64_t Judge(const Batch& batch, std::uint64_t endNs);
+  bool Passes(const std::uint8_t* record);
+  SharedBatch Rest(const Batch& batch) const;
+  void ReportBusy();
+
+  const WhereProgramPtr m_program;
+  FilterMeans& m_means;
+  const std::shared_ptr<WorkShare> m_account;
+  const std::string m_label;
+  const std::function<void()> m_onEnd;
+  std::unique_ptr<WhereMatcher> m_matcher;  // of the current generation of names
+  std::uint32_t m_generation = 0;
+  std::vector<bool> m_passes;  // by record, of the batch that is judged
+  SharedBatch m_asked, m_answer;
+  std::uint64_t m_unasked = 0;
+  bool m_reportedBusy = false;
+};

@@ -24,9 +24,10 @@ std::int64_t FloorDivided(std::int64_t number, std::int64_t by) {
 // The moment at which a clock of the local zone shows these seconds. A time that the clock shows
 // twice is the first one; one that it leaves out is as late as the clock before would have it.
 std::int64_t UtcOfLocal(std::int64_t localSeconds) {
-  constexpr std::int64_t kHalfDay = 43'200;
-  const std::int64_t before = ZoneOffsetSeconds(localSeconds - kHalfDay);
-  const std::int64_t after = ZoneOffsetSeconds(localSeconds + kHalfDay);
+  // More than any clock differs from UTC, so that a change lies between the two.
+  constexpr std::int64_t kDay = 86'400;
+  const std::int64_t before = ZoneOffsetSeconds(localSeconds - kDay);
+  const std::int64_t after = ZoneOffsetSeconds(localSeconds + kDay);
   for (const std::int64_t offset : {before, after})
     if (ZoneOffsetSeconds(localSeconds - offset) == offset) return localSeconds - offset;
   return localSeconds - before;

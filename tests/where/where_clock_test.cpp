@@ -74,6 +74,17 @@ TEST(WhereClock, ATimeThatTheClockShowsTwiceIsTheFirstAndOneThatItLeavesOutCount
   EXPECT_EQ(At("2026-03-29T03:00"), At("2026-03-29T01:00Z"));
 }
 
+// UTC has the change more than twelve hours before the clock of such a zone shows it.
+TEST(WhereClock, AZoneFarAheadReadsTheHoursAroundAChangeAsAnyOther) {
+  const ZoneGuard zone("FAR-13FAST,M9.5.0/3,M4.1.0/4");
+  EXPECT_EQ(At("2026-04-05T02:30"), At("2026-04-05T02:30+14:00"));
+  EXPECT_EQ(At("2026-04-05T03:30"), At("2026-04-05T03:30+14:00"));
+  EXPECT_EQ(At("2026-04-05T04:00"), At("2026-04-05T04:00+13:00"));
+  EXPECT_EQ(At("2026-09-27T02:30"), At("2026-09-27T02:30+13:00"));
+  EXPECT_EQ(At("2026-09-27T03:30"), At("2026-09-27T03:30+13:00"));
+  EXPECT_EQ(At("2026-09-27T04:30"), At("2026-09-27T04:30+14:00"));
+}
+
 TEST(WhereClock, ADayIsAsLongAsTheClockShowsIt) {
   const ZoneGuard zone("CET-1CEST,M3.5.0,M10.5.0/3");
   const auto length = [](const char* day) {

@@ -3,7 +3,9 @@
 
 #include <pcre2.h>
 
+#include <algorithm>
 #include <cctype>
+#include <chrono>
 
 #include "base/text.h"
 #include "base/thread_time.h"
@@ -14,6 +16,11 @@ namespace {
 constexpr std::uint32_t kStepsMax = 250'000;
 constexpr std::uint32_t kHeapKiBMax = 16 << 10;
 constexpr std::size_t kStackBytes = std::size_t{64} << 10, kStackBytesMax = std::size_t{8} << 20;
+// PCRE2 counts the steps anew at each place where a match may begin. So a long text is searched in
+// parts, each of so many places, until the time is over.
+constexpr std::size_t kWholeBytesMax = 1024;
+constexpr std::size_t kPartFirst = 64, kPartMax = 1024;
+constexpr std::uint64_t kPartsNanoseconds = 50'000'000;
 // \C may end inside of a character, and the fast matcher does not know it.
 constexpr std::uint32_t kOptions = PCRE2_NEVER_BACKSLASH_C;
 
@@ -72,6 +79,26 @@ std::size_t PlainSet(std::string_view rest) {
   return end + 1;
 }
 
+// Not those that look at where a search begins, or that end it.
+bool MayBeSearchedInParts(std::string_view expression) {
+  return expression.find("\\G") == expression.npos && expression.find("(*") == expression.npos;
+}
+
+// The time of a long search, without that in which others had the processor.
+class SearchTime {
+ public:
+  bool IsOver() {
+    if (m_thread > 0) return ThreadNanoseconds() - m_thread > kPartsNanoseconds;
+    const auto passed = std::chrono::steady_clock::now() - m_begun;
+    if (passed > std::chrono::nanoseconds(kPartsNanoseconds)) m_thread = ThreadNanoseconds();
+    return false;
+  }
+
+ private:
+  const std::chrono::steady_clock::time_point m_begun = std::chrono::steady_clock::now();
+  std::uint64_t m_thread = 0;  // asked for late: it costs more
+};
+
 std::string Reason(int error) {
   unsigned char words[256];
   pcre2_get_error_message(error, words, sizeof words);
@@ -81,27 +108,53 @@ std::string Reason(int error) {
 }  // namespace
 
 struct WhereRegex::Code {
-  explicit Code(pcre2_code* compiled) : code(compiled) {
-    isFast = pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) == 0;
-    std::size_t bytes = 0;
-    // "(*NO_JIT)" is compiled, but for the slow matcher only.
-    pcre2_pattern_info(code, PCRE2_INFO_JITSIZE, &bytes);
-    isFast = isFast && bytes > 0;
+  class Form {
+   public:
+    Form(std::string_view expression, std::uint32_t options, int& error, std::size_t& place)
+        : m_code(pcre2_compile(BytesOf(expression), expression.size(), kOptions | options, &error,
+                               &place, nullptr)) {
+      if (!m_code || pcre2_jit_compile(m_code, PCRE2_JIT_COMPLETE) != 0) return;
+      std::size_t bytes = 0;
+      // "(*NO_JIT)" is compiled, but for the slow matcher only.
+      pcre2_pattern_info(m_code, PCRE2_INFO_JITSIZE, &bytes);
+      m_isFast = bytes > 0;
+    }
+    ~Form() { pcre2_code_free(m_code); }
+    Form(const Form&) = delete;
+    Form& operator=(const Form&) = delete;
+
+    explicit operator bool() const { return m_code != nullptr; }
+    int Match(std::string_view text, std::size_t from, pcre2_match_data* match,
+              pcre2_match_context* context) const {
+      const auto search = m_isFast ? pcre2_jit_match : pcre2_match;
+      return search(m_code, BytesOf(text), text.size(), from, 0, match, context);
+    }
+
+   private:
+    pcre2_code* const m_code;
+    bool m_isFast = false;
+  };
+
+  Code(std::string_view expression, std::uint32_t options, int& error, std::size_t& place)
+      : whole(expression, options, error, place), ofCharacters((options & PCRE2_UTF) != 0) {
+    int partsError = 0;
+    std::size_t partsPlace = 0;
+    const bool bearsMalformed = (options & PCRE2_MATCH_INVALID_UTF) != 0;
+    if (whole && !bearsMalformed && MayBeSearchedInParts(expression))
+      parts = std::make_unique<Form>(expression, options | PCRE2_USE_OFFSET_LIMIT, partsError,
+                                     partsPlace);
   }
-  ~Code() { pcre2_code_free(code); }
-  Code(const Code&) = delete;
-  Code& operator=(const Code&) = delete;
 
   // Null: it is no expression with these options.
   static std::unique_ptr<Code> Make(std::string_view expression, std::uint32_t options, int& error,
                                     std::size_t& place) {
-    pcre2_code* const compiled = pcre2_compile(BytesOf(expression), expression.size(),
-                                               kOptions | options, &error, &place, nullptr);
-    return compiled ? std::make_unique<Code>(compiled) : nullptr;
+    auto made = std::make_unique<Code>(expression, options, error, place);
+    return made->whole ? std::move(made) : nullptr;
   }
 
-  pcre2_code* code;
-  bool isFast = false;
+  const Form whole;
+  std::unique_ptr<Form> parts;  // null: parts do not find the same
+  const bool ofCharacters;
 };
 
 WhereRegex::WhereRegex() = default;
@@ -220,12 +273,42 @@ bool WhereRegexSearch::Finds(const WhereRegex& regex, std::string_view text) {
 
 bool WhereRegexSearch::FindsIn(const WhereRegex::Code& code, std::string_view text) {
   if (!m_memory) m_memory = std::make_unique<Memory>();
-  const Memory& memory = *m_memory;
-  const int found = code.isFast ? pcre2_jit_match(code.code, BytesOf(text), text.size(), 0, 0,
-                                                  memory.match, memory.context)
-                                : pcre2_match(code.code, BytesOf(text), text.size(), 0, 0,
-                                              memory.match, memory.context);
+  const int found = text.size() <= kWholeBytesMax
+                        ? code.whole.Match(text, 0, m_memory->match, m_memory->context)
+                        : MatchLong(code, text);
   if (found >= 0) return true;
   if (found != PCRE2_ERROR_NOMATCH) ++m_limitsReached;
   return false;
+}
+
+int WhereRegexSearch::MatchLong(const WhereRegex::Code& code, std::string_view text) {
+  const Memory& memory = *m_memory;
+  if (code.parts) return MatchInParts(code, text);
+  // As many steps together as a shorter text has.
+  const std::uint32_t steps = m_bounds ? m_bounds->steps : kStepsMax;
+  pcre2_set_match_limit(memory.context,
+                        static_cast<std::uint32_t>(steps * kWholeBytesMax / text.size()));
+  const int found = code.whole.Match(text, 0, memory.match, memory.context);
+  pcre2_set_match_limit(memory.context, steps);
+  return found;
+}
+
+int WhereRegexSearch::MatchInParts(const WhereRegex::Code& code, std::string_view text) {
+  const Memory& memory = *m_memory;
+  SearchTime time;
+  int found = PCRE2_ERROR_NOMATCH;
+  std::size_t from = 0, end = 0, places = kPartFirst;
+  for (; found == PCRE2_ERROR_NOMATCH && end < text.size(); from = end) {
+    if (from > 0 && time.IsOver()) {
+      found = PCRE2_ERROR_MATCHLIMIT;
+      break;
+    }
+    end = std::min(from + places, text.size());
+    while (code.ofCharacters && end < text.size() && (text[end] & 0xC0) == 0x80) ++end;
+    pcre2_set_offset_limit(memory.context, end < text.size() ? end - 1 : PCRE2_UNSET);
+    found = code.parts->Match(text, from, memory.match, memory.context);
+    places = std::min(2 * places, kPartMax);
+  }
+  pcre2_set_offset_limit(memory.context, PCRE2_UNSET);
+  return found;
 }

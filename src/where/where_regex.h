@@ -5,7 +5,7 @@
 // Owner    WhereRegex is immutable and shared. A WhereRegexSearch is used for all expressions of
 //          one walk; it allocates nothing per text.
 // Errors   Compile: null, the reason and the place in the expression. A search that takes too many
-//          steps or too much memory finds nothing and is counted.
+//          steps, too much memory or, in a long text, too much time finds nothing and is counted.
 // Threads  WhereRegex: any. WhereRegexSearch: one.
 #pragma once
 
@@ -76,6 +76,8 @@ class WhereRegexSearch {
   struct Memory;
   bool FindsIn(const WhereRegex::Code& code, std::string_view text);
   bool MayBegin(std::string_view text) const;
+  int MatchLong(const WhereRegex::Code& code, std::string_view text);
+  int MatchInParts(const WhereRegex::Code& code, std::string_view text);
 
   std::unique_ptr<Memory> m_memory;
   std::optional<WhereBounds> m_bounds;

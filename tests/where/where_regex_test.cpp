@@ -72,6 +72,52 @@ TEST(WhereRegex, ASearchThatTriesAllWaysIsGivenUpAndCounted) {
   }
 }
 
+TEST(WhereRegex, ASearchThatIsSlowAtEachPlaceOfALongTextIsGivenUpAndCounted) {
+  std::size_t place = 0;
+  std::string why;
+  const std::string text = std::string(65'000, 'a') + "!!b@";
+  for (const char* expression : {"(?:a|a){15}b", "(?:\\w|-)+@", "(*NO_JIT)(?:a|a){13}b",
+                                 "(*UTF)(?:a|a){15}b", "(?:a|a){15}\\Gb"}) {
+    const auto regex = WhereRegex::Compile(expression, place, why);
+    ASSERT_TRUE(regex) << why;
+    WhereRegexSearch search;
+    EXPECT_FALSE(search.Finds(*regex, text)) << expression;
+    EXPECT_EQ(search.LimitsReached(), 1u) << expression;
+    EXPECT_TRUE(search.Finds(*WhereRegex::Compile("a!+b@$", place, why), text));
+  }
+}
+
+TEST(WhereRegex, ALongTextIsSearchedInPartsAsInOne) {
+  std::mt19937 random(6);
+  const auto one = [&](const std::vector<std::string>& of) { return of[random() % of.size()]; };
+  const std::vector<std::string> parts = {"a",        "b",      ".",   "^",  "$",    "(?<=b)",
+                                          "\\b",      "(?=a)",  "b+",  "a?", "[^a]", "(?m)^",
+                                          "\xc3\xa9", "(?<!a)", "\\n", "\\K"};
+  const std::vector<std::string> pieces = {"c", "c", "c", "\xc3\xa9", "\xe6\xbc\xa2", " ", "\n"};
+  int found = 0, none = 0;
+  for (int round = 0; round < 2000; ++round) {
+    std::string expression, text;
+    for (std::size_t i = 1 + random() % 4; i > 0; --i) expression += one(parts);
+    const std::string filler = one(pieces);
+    while (text.size() < 3000) text += filler;
+    for (std::size_t i = random() % 4; i > 0; --i)
+      text.insert(random() % 40 * 64 / filler.size() * filler.size(),
+                  one({"a", "b", "ab", "ba", "\n"}));
+    std::size_t place = 0;
+    std::string why;
+    const auto inParts = WhereRegex::Compile(expression, place, why);
+    const auto whole = WhereRegex::Compile("(*NO_AUTO_POSSESS)" + expression, place, why);
+    if (!inParts || !whole) continue;
+    WhereRegexSearch search;
+    const bool holds = search.Finds(*whole, text);
+    ASSERT_EQ(search.Finds(*inParts, text), holds) << expression << " in " << text;
+    ASSERT_EQ(search.LimitsReached(), 0u);
+    (holds ? found : none) += 1;
+  }
+  EXPECT_GT(found, 300);
+  EXPECT_GT(none, 300);
+}
+
 TEST(WhereRegex, PlainExpressionsMeanTheSameByBytesAndOthersAreNotTakenForPlain) {
   for (const char* plain : {"order [0-9]+|cart", "^hit.*rate [0-9]*$", "(?:a|b){2,3}c?", "a\\.b",
                             "(x.*)+y", "[a-z_.]+@"})

@@ -7,6 +7,7 @@
 #include "input/trace_input.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
+#include "tree/find/scan/text_scan.h"
 #include "tree/find/searched_text.h"
 #include "tree/regex/regex.h"
 
@@ -31,6 +32,8 @@ class Pattern {
     if (!m_perl) PrintError(why);
     return m_perl != nullptr;
   }
+  // What the scan of a file looks for; null: it cannot tell.
+  const RegexProgram* Program() const { return m_perl || m_invert ? nullptr : RegexLastProgram(); }
   bool Matches(std::string_view text, Output& output) {
     return (m_perl ? m_perl->OccursIn(text) : Occurs(text, output)) != m_invert;
   }
@@ -48,6 +51,49 @@ class Pattern {
 
   std::unique_ptr<PerlPattern> m_perl;
   bool m_invert = false;
+};
+
+// The traces of a file that may match, found by all processors.
+class Candidates {
+ public:
+  // From this trace on. Nothing: each has to be tested.
+  ShownTraces::NextCandidate From(std::size_t from, CTraceDoc& document,
+                                  const RegexProgram& program) {
+    m_traces = &document.m_traces;
+    m_next = from;
+    m_scan = TextScan::Begin(document.Lend(), program, {.start = from});
+    if (!m_scan) return {};
+    return [this] { return Next(); };
+  }
+  // The trace is the last one that was found, and matches.
+  bool IsSure(const TraceEvent_i& trace) const { return &trace == m_sure; }
+
+ private:
+  static constexpr std::chrono::milliseconds kWait{20};
+
+  std::optional<std::size_t> Next() {
+    m_sure = nullptr;
+    switch (m_failed ? TextScan::State::Failed : m_scan->Next(kWait)) {
+      case TextScan::State::NotYet:
+        return std::nullopt;
+      case TextScan::State::Over:
+        return m_traces->size();
+      case TextScan::State::Failed:
+        m_failed = true;  // all that are left are candidates
+        return m_next++;
+      case TextScan::State::Found:
+        break;
+    }
+    m_next = m_scan->Place() + 1;
+    if (m_scan->IsSure()) m_sure = (*m_traces)[m_scan->Place()];
+    return m_scan->Place();
+  }
+
+  const TraceList_t* m_traces = nullptr;
+  std::unique_ptr<TextScan> m_scan;
+  std::size_t m_next = 0;
+  bool m_failed = false;
+  const TraceEvent_i* m_sure = nullptr;
 };
 
 // Did any match?
@@ -98,9 +144,16 @@ int RunFind(const FindOptions& options) {
   ShownTraces traces(input.Document());
   if (!traces.Filter(options.output.traces)) return kExitBad;
   Output output;
+  Candidates candidates;
   traces.Keep([&, text = std::string()](const TraceEvent_i& trace) mutable {
-    return pattern.Matches(SearchedText(trace, text), output);
+    return candidates.IsSure(trace) || pattern.Matches(SearchedText(trace, text), output);
   });
+  // A filter text counts the searches that it gives up, in each trace that is left.
+  const RegexProgram* const program = pattern.Program();
+  if (program && !options.output.traces.where) {
+    traces.PassOver(
+        [&](std::size_t from) { return candidates.From(from, input.Document(), *program); });
+  }
   traces.OnLook([&](std::size_t place) {
     host.Progress().Show("Searching...", place, traces.All());
     return output.FlushWhenOld() && !Interrupted();

@@ -50,6 +50,7 @@ std::size_t ShownTraces::Limit(const TraceOptions& options) {
   std::uint64_t from = options.from;
   if (options.tail != TraceOptions::kAll) from = PlaceOfTail(from, options.tail);
   const std::size_t first = FirstRowFrom(from);
+  if (m_candidates && m_next < All()) m_nextCandidate = m_candidates(m_next);
   if (m_all && m_count < All() - first) m_end = first + static_cast<std::size_t>(m_count);
   return first;
 }
@@ -71,12 +72,24 @@ std::size_t ShownTraces::PlaceOfTail(std::uint64_t from, std::uint64_t tail) {
 
 bool ShownTraces::SearchOn() {
   if (m_next >= All() || IsFull()) return false;
+  if (m_nextCandidate && m_chosen < m_count) return JumpOn();
   const std::size_t behindLook = m_next % kTracesPerSearchLook;
   if (behindLook == 0 && m_look && !m_look(m_next)) return false;
   const std::size_t end = std::min(m_next - behindLook + kTracesPerSearchLook, All());
   const std::size_t rows = m_places.size();
   // Only up to the next row, because the caller waits.
   while (m_next < end && m_places.size() == rows && !IsFull()) Step(m_next++);
+  return true;
+}
+
+// Goes on to the next candidate. What it passes over is shown where it stands beside a chosen one.
+bool ShownTraces::JumpOn() {
+  const std::optional<std::size_t> next = m_nextCandidate();
+  if ((!next || m_jumps++ % kTracesPerSearchLook == 0) && m_look && !m_look(m_next)) return false;
+  if (!next) return true;
+  for (; m_next < std::min(*next, m_besideEnd); ++m_next) Add(m_next, true);
+  m_next = *next;
+  if (m_next < All()) Step(m_next++);
   return true;
 }
 

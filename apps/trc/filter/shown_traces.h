@@ -39,6 +39,12 @@ class ShownTraces {
   bool Filter(const TraceOptions& options);
   // Keeps those for which the test holds; tests them in order. REQUIRES: as for Filter.
   void Keep(Test test);
+  // The next trace for which the test may hold, from the one given last on: its position, All() if
+  // there is none, nothing if it is not known yet. The others are passed over without a test.
+  // It is asked only for the traces from --from on, in order; each answer is used once.
+  using NextCandidate = std::function<std::optional<std::size_t>()>;
+  using Candidates = std::function<NextCandidate(std::size_t from)>;
+  void PassOver(Candidates candidates) { m_candidates = std::move(candidates); }
   void OnLook(Look look) { m_look = std::move(look); }
   // Of the traces that are kept: those of --from, --tail and --count, with --context beside them.
   // Gives the first row; the one before, if there is one, is only its predecessor. Once, after
@@ -74,6 +80,7 @@ class ShownTraces {
   bool PassesAt(std::size_t place);
   // Tests the next traces. False when there are none, or the look function ends the search.
   bool SearchOn();
+  bool JumpOn();
   void Step(std::size_t place);
   void Add(std::size_t place, bool beside);
   bool IsFull() const { return m_chosen >= m_count && m_next >= m_besideEnd; }
@@ -86,6 +93,9 @@ class ShownTraces {
   std::optional<ChoiceTest> m_choice;
   Test m_test;
   Look m_look;
+  Candidates m_candidates;
+  NextCandidate m_nextCandidate;  // empty: each trace is tested
+  std::size_t m_jumps = 0;
   std::uint64_t m_count = TraceOptions::kAll, m_context = 0;
   std::size_t m_end = All();    // of all rows, where all are shown
   std::size_t m_next = 0;       // position of the next trace to test

@@ -120,4 +120,51 @@ TEST_F(TrcFind, AFileThatCannotBeReadIsAnError) {
   EXPECT_EQ(RunTrc({"find", "x"}).status, 2);
 }
 
+// So many traces that all processors search them, beside PCRE2, which one of them does.
+TEST(TrcFindInLargeFiles, AllOptionsChooseTheSameTracesForEachWayToSearch) {
+  TempDir directory;
+  TrcImage image;
+  image.Name(1, "Net").Name(2, "a cart").Name(3, "Db");
+  for (int i = 0; i < 70000; ++i) {
+    if (i % 1000 == 7) image.Name(2, "a cart");
+    image.Trace({.text = (i % 977 == 5    ? "Cart "
+                          : i % 3001 == 8 ? "cart\0cart"
+                                          : "no ") +
+                         std::to_string(i % 100),
+                 .component = static_cast<NameId>(1 + i % 3),
+                 .attributes = static_cast<std::uint16_t>(i % 2 ? kAttributeError : kAttributeInfo),
+                 .line = 0x63617274});
+  }
+  const std::string file = image.WriteTo(directory.File("in.trc"));
+  const std::vector<std::vector<std::string>> choices = {
+      {},
+      {"--total"},
+      {"-n", "7"},
+      {"--context", "2"},
+      {"--context", "300", "-n", "3"},
+      {"--tail", "5"},
+      {"--from", "33000"},
+      {"--from", "33000", "--context", "3", "-n", "2"},
+      {"--component", "Db"},
+      {"--severity", "error", "--context", "1"},
+      {"-v"},
+      {"--where", "severity == error"},
+      {"--tail", "9", "-n", "4", "--context", "2"}};
+  for (const std::vector<std::string>& choice : choices)
+    for (const std::vector<std::string>& pattern : std::vector<std::vector<std::string>>{
+             {"cart"}, {"-i", "CART"}, {"-w", "5"}, {"nowhere"}, {"-i", "cart 5"}}) {
+      std::vector<std::string> ours = {"find", "--columns", "Count,Component,Trace"};
+      ours.insert(ours.end(), choice.begin(), choice.end());
+      ours.insert(ours.end(), pattern.begin(), pattern.end());
+      ours.push_back(file);
+      std::vector<std::string> theirs = ours;
+      theirs.push_back("-P");
+      const TrcRun run = RunTrc(ours), wanted = RunTrc(theirs);
+      ASSERT_LE(wanted.status, 1) << wanted.err;
+      EXPECT_EQ(run.status, wanted.status);
+      EXPECT_EQ(run.err, wanted.err);
+      EXPECT_TRUE(run.out == wanted.out) << testing::PrintToString(ours);
+    }
+}
+
 }  // namespace

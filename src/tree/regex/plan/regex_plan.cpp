@@ -182,3 +182,18 @@ std::size_t RegexPlan::PlaceAfterMiss(std::string_view text, std::size_t failed,
 std::size_t RegexPlan::PlaceAfterMatch(std::string_view text, std::size_t from) const {
   return m_anchored ? NextLine(text, from - 1) : FindPlace(text, from);
 }
+
+// Do the bytes fit the sets that a match begins with? REQUIRES: those of m_start are in them.
+bool RegexPlan::LeadsAt(std::string_view bytes, std::size_t place) const {
+  for (std::size_t i = 0; i < m_start->bytes && m_nodes[i].kind == RegexNodeKind::Byte; ++i)
+    if (!(*m_nodes[i].table)[static_cast<unsigned char>(bytes[place + i])]) return false;
+  return true;
+}
+
+std::size_t RegexPlan::FindBytes(std::string_view bytes, std::size_t from) const {
+  const bool byNeed = m_need && (!m_start || m_need->commonness < m_start->commonness);
+  if (byNeed) return Find(*m_need, bytes, from);
+  for (; (from = Find(*m_start, bytes, from)) != kNowhere; ++from)
+    if (LeadsAt(bytes, from)) return from;
+  return kNowhere;
+}

@@ -45,6 +45,10 @@ class RegexPlan {
   std::size_t FindNeed(std::string_view text, std::size_t from) const {
     return Find(*m_need, text, from);
   }
+  // For a search over the bytes of many texts at once: bytes that each match has. The first
+  // position where they may stand, from `from` on, kNowhere for none.
+  bool KnowsBytes() const { return m_start || m_need; }
+  std::size_t FindBytes(std::string_view bytes, std::size_t from) const;
   // If every position found is a match: its length, else 0.
   std::size_t WholeBytes() const { return m_wholeBytes; }
 
@@ -70,6 +74,7 @@ class RegexPlan {
     if (text.size() < probe.bytes) return kNowhere;
     return FindPair(text, from, text.size() - probe.bytes + 1, probe.pair);
   }
+  bool LeadsAt(std::string_view bytes, std::size_t place) const;
   std::size_t FindPlaceOfStar(std::string_view text, std::size_t from) const;
   std::size_t FindPlace(std::string_view text, std::size_t from) const;
 

@@ -105,14 +105,32 @@ std::string Reason(int error) {
   return reinterpret_cast<const char*>(words);
 }
 
+// The way as the library wants it.
+struct Rules {
+  explicit Rules(WhereRegexWay way)
+      : words(way.words),
+        options(way.ignoreCase ? PCRE2_CASELESS : 0),
+        context(pcre2_compile_context_create(nullptr)) {
+    if (way.words) pcre2_set_compile_extra_options(context, PCRE2_EXTRA_MATCH_WORD);
+  }
+  ~Rules() { pcre2_compile_context_free(context); }
+  Rules(const Rules&) = delete;
+  Rules& operator=(const Rules&) = delete;
+
+  const bool words;
+  const std::uint32_t options;
+  pcre2_compile_context* const context;
+};
+
 }  // namespace
 
 struct WhereRegex::Code {
   class Form {
    public:
-    Form(std::string_view expression, std::uint32_t options, int& error, std::size_t& place)
-        : m_code(pcre2_compile(BytesOf(expression), expression.size(), kOptions | options, &error,
-                               &place, nullptr)) {
+    Form(std::string_view expression, std::uint32_t options, const Rules& rules, int& error,
+         std::size_t& place)
+        : m_code(pcre2_compile(BytesOf(expression), expression.size(),
+                               kOptions | rules.options | options, &error, &place, rules.context)) {
       if (!m_code || pcre2_jit_compile(m_code, PCRE2_JIT_COMPLETE) != 0) return;
       std::size_t bytes = 0;
       // "(*NO_JIT)" is compiled, but for the slow matcher only.
@@ -135,20 +153,22 @@ struct WhereRegex::Code {
     bool m_isFast = false;
   };
 
-  Code(std::string_view expression, std::uint32_t options, int& error, std::size_t& place)
-      : whole(expression, options, error, place), ofCharacters((options & PCRE2_UTF) != 0) {
+  Code(std::string_view expression, std::uint32_t options, const Rules& rules, int& error,
+       std::size_t& place)
+      : whole(expression, options, rules, error, place), ofCharacters((options & PCRE2_UTF) != 0) {
     int partsError = 0;
     std::size_t partsPlace = 0;
     const bool bearsMalformed = (options & PCRE2_MATCH_INVALID_UTF) != 0;
-    if (whole && !bearsMalformed && MayBeSearchedInParts(expression))
-      parts = std::make_unique<Form>(expression, options | PCRE2_USE_OFFSET_LIMIT, partsError,
-                                     partsPlace);
+    // What a whole word is may need more than a part.
+    if (whole && !bearsMalformed && !rules.words && MayBeSearchedInParts(expression))
+      parts = std::make_unique<Form>(expression, options | PCRE2_USE_OFFSET_LIMIT, rules,
+                                     partsError, partsPlace);
   }
 
   // Null: it is no expression with these options.
-  static std::unique_ptr<Code> Make(std::string_view expression, std::uint32_t options, int& error,
-                                    std::size_t& place) {
-    auto made = std::make_unique<Code>(expression, options, error, place);
+  static std::unique_ptr<Code> Make(std::string_view expression, std::uint32_t options,
+                                    const Rules& rules, int& error, std::size_t& place) {
+    auto made = std::make_unique<Code>(expression, options, rules, error, place);
     return made->whole ? std::move(made) : nullptr;
   }
 
@@ -161,17 +181,20 @@ WhereRegex::WhereRegex() = default;
 WhereRegex::~WhereRegex() = default;
 
 std::shared_ptr<const WhereRegex> WhereRegex::Compile(std::string_view expression,
-                                                      std::size_t& place, std::string& why) {
+                                                      std::size_t& place, std::string& why,
+                                                      WhereRegexWay way) {
   std::shared_ptr<WhereRegex> made(new WhereRegex);
+  const Rules rules(way);
   int error = 0, otherError = 0;
   std::size_t otherPlace = 0;
   // The beginning "(*UTF)" must not make a code for characters of the one for bytes.
-  made->m_bytes = Code::Make(expression, PCRE2_NEVER_UTF, error, place);
+  made->m_bytes = Code::Make(expression, PCRE2_NEVER_UTF, rules, error, place);
   // Alone it must bear malformed texts too.
   const std::uint32_t alone = made->m_bytes ? 0 : PCRE2_MATCH_INVALID_UTF;
   const std::uint32_t characters = PCRE2_UTF | PCRE2_UCP | alone;
-  made->m_characters = Code::Make(expression, characters, otherError, otherPlace);
-  made->m_meansTheSame = made->m_bytes && MeansTheSameByBytes(expression);
+  made->m_characters = Code::Make(expression, characters, rules, otherError, otherPlace);
+  // Characters that are no ASCII may be letters, and the same letter as an ASCII one.
+  made->m_meansTheSame = made->m_bytes && way == WhereRegexWay{} && MeansTheSameByBytes(expression);
   if (made->m_meansTheSame) made->m_beginning = BeginningOf(expression);
   if (made->m_bytes || made->m_characters) return made;
   // An expression that is no UTF-8 fails for characters at once: its bytes tell more.

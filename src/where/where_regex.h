@@ -17,11 +17,19 @@
 #include <string>
 #include <string_view>
 
+// How the texts are compared.
+struct WhereRegexWay {
+  bool ignoreCase = false;
+  bool words = false;  // what is found has no letter, digit or "_" on either side
+
+  bool operator==(const WhereRegexWay&) const = default;
+};
+
 class WhereRegex {
  public:
   // `place`: bytes into the expression.
   static std::shared_ptr<const WhereRegex> Compile(std::string_view expression, std::size_t& place,
-                                                   std::string& why);
+                                                   std::string& why, WhereRegexWay way = {});
   ~WhereRegex();
   WhereRegex(const WhereRegex&) = delete;
   WhereRegex& operator=(const WhereRegex&) = delete;

@@ -9,10 +9,10 @@
 
 namespace {
 
-bool Finds(std::string_view expression, std::string_view text) {
+bool Finds(std::string_view expression, std::string_view text, WhereRegexWay way = {}) {
   std::size_t place = 0;
   std::string why;
-  const auto regex = WhereRegex::Compile(expression, place, why);
+  const auto regex = WhereRegex::Compile(expression, place, why, way);
   EXPECT_TRUE(regex) << why;
   WhereRegexSearch search;
   const bool found = regex && search.Finds(*regex, text);
@@ -39,6 +39,24 @@ TEST(WhereRegex, AnExpressionOfCharactersAloneBearsMalformedTexts) {
   EXPECT_FALSE(Finds("\\x{100}", "\xff\xc4"));
   EXPECT_TRUE(Finds("(*UTF)^.$", "\xc3\xa9"));
   EXPECT_FALSE(Finds("(*UTF)b", "\xff\xfe"));
+}
+
+TEST(WhereRegex, CapitalsMayCountAsSmallLettersAlsoThoseThatAreNoAscii) {
+  constexpr WhereRegexWay kAnyCase{.ignoreCase = true};
+  EXPECT_FALSE(Finds("order", "an ORDER"));
+  EXPECT_TRUE(Finds("order", "an ORDER", kAnyCase));
+  EXPECT_TRUE(Finds("\xc3\xa9", "\xc3\x89", kAnyCase));
+  EXPECT_TRUE(Finds("[kx]", "\xe2\x84\xaa", kAnyCase)) << "the sign of the kelvin is a K";
+  EXPECT_TRUE(Finds("ORDER", "\xff order", kAnyCase)) << "malformed";
+}
+
+TEST(WhereRegex, WholeWordsAreThoseOfTheTextsCharacters) {
+  constexpr WhereRegexWay kWords{.words = true};
+  EXPECT_TRUE(Finds("order|cart", "an order.", kWords));
+  EXPECT_FALSE(Finds("rder|car", "an order, a cart", kWords));
+  EXPECT_TRUE(Finds("order", "\xc3\xa9order"));
+  EXPECT_FALSE(Finds("order", "\xc3\xa9order", kWords));
+  EXPECT_TRUE(Finds("order", "\xff order \xff", kWords));
 }
 
 TEST(WhereRegex, AnExpressionThatIsNoUtf8MeansBytes) {

@@ -1,38 +1,31 @@
-// A Perl expression (PCRE2) that texts are searched for.
+// A Perl expression (PCRE2) that texts are searched for: what "matches" of a filter text is, with
+// the options of find.
 //
-// Shape    Texts are UTF-8; malformed bytes match nothing but do not end a search.
 // Owner    Holds the compiled expression.
-// Errors   A search of more than kStepsMax steps is given up: no match, and counted.
+// Errors   A search that takes too many steps is given up: no match, and counted.
 // Threads  One.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "where/where_regex.h"
 
 class PerlPattern {
  public:
-  static constexpr std::uint32_t kStepsMax = 10'000'000;
-  struct Way {
-    bool ignoreCase = false;
-    bool words = false;  // what matches has no letter, digit or "_" on either side
-  };
-
   // Null and a reason with the place: it is no expression.
-  static std::unique_ptr<PerlPattern> Make(const std::string& expression, Way way,
+  static std::unique_ptr<PerlPattern> Make(const std::string& expression, WhereRegexWay way,
                                            std::string* why);
-  ~PerlPattern();
-  PerlPattern(const PerlPattern&) = delete;
-  PerlPattern& operator=(const PerlPattern&) = delete;
 
-  bool OccursIn(std::string_view text);
+  bool OccursIn(std::string_view text) { return m_search.Finds(*m_regex, text); }
   // How many texts were given up.
-  std::uint64_t GivenUp() const { return m_givenUp; }
+  std::uint64_t GivenUp() const { return m_search.LimitsReached(); }
 
  private:
-  struct Compiled;
-  PerlPattern();
-  std::unique_ptr<Compiled> m_compiled;
-  std::uint64_t m_givenUp = 0;
+  explicit PerlPattern(std::shared_ptr<const WhereRegex> regex) : m_regex(std::move(regex)) {}
+
+  const std::shared_ptr<const WhereRegex> m_regex;
+  WhereRegexSearch m_search;
 };

@@ -3,6 +3,7 @@
 // Shape    (?<time>...) (?<level>...) and so on, by the words of the fields. Without a group "text"
 //          the whole line is the text.
 // Owner    Holds the compiled expression.
+//          It needs the groups, which the search of a filter text does not have.
 // Errors   A line is not understood if it does not match, if the search takes too long (Notes), or
 //          if its time is none. A value that its field cannot have stands behind the text.
 // Threads  One.

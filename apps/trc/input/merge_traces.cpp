@@ -1,6 +1,5 @@
 #include "input/merge_traces.h"
 
-#include <algorithm>
 #include <queue>
 
 #include "base/fail_with.h"
@@ -12,7 +11,7 @@ namespace {
 constexpr std::uint64_t kTracesPerLookOfMerge = 4096;
 
 struct Stream {
-  std::uint64_t time, start;  // the latest time so far, and that of the first trace
+  std::uint64_t time, start;  // of the next trace, and of the first one
   std::size_t document, at;
 
   bool operator<(const Stream& other) const {  // for a queue whose top is the largest
@@ -74,7 +73,9 @@ bool MergeTraces(const std::vector<const CTraceDoc*>& documents, TrcWriter& writ
     if (++written % kTracesPerLookOfMerge == 0 && !look(written)) return true;
     const TraceList_t& traces = documents[next.document]->m_traces;
     if (++next.at == traces.size()) continue;
-    next.time = std::max(next.time, TimeOf(*traces[next.at]));
+    // Where its time goes back, the next trace is before those of all others, so it follows at
+    // once.
+    next.time = TimeOf(*traces[next.at]);
     streams.push(next);
   }
   return true;

@@ -12,6 +12,8 @@
     screen_reader.py enabled ROLE NAME     "yes" or "no"
     screen_reader.py press NAME            presses a button
     screen_reader.py place ROLE NAME       the middle of it on the screen: x, blank, y
+    screen_reader.py cell_place ROW COLUMN the same of a cell
+    screen_reader.py part NAME FROM TO     where a field shows these characters: x, y, width, height
     screen_reader.py value NAME            what a field holds
     screen_reader.py line NAME             the line of a text that has the caret: number, blank, text
     screen_reader.py focus                 the name of the control that has the keyboard
@@ -122,6 +124,21 @@ def place(role, name):
     return f"{box.x + box.width // 2} {box.y + box.height // 2}"
 
 
+def cell_place(row, column):
+    table = the_list()
+    found = Atspi.Table.get_accessible_at(table, int(row), headers(table).index(column))
+    box = Atspi.Component.get_extents(found, Atspi.CoordType.SCREEN)
+    return f"{box.x + box.width // 2} {box.y + box.height // 2}"
+
+
+def part(name, begin, end):
+    """TO is the place behind the last one."""
+    field = with_role("text", name)
+    boxes = [Atspi.Text.get_character_extents(field, place, Atspi.CoordType.SCREEN)
+             for place in (int(begin), int(end) - 1)]
+    return f"{boxes[0].x} {boxes[0].y} {boxes[1].x + boxes[1].width - boxes[0].x} {boxes[0].height}"
+
+
 def names(role):
     return "\n".join(node.get_name() for node in parts(program())
                      if node.get_role_name() == role and shows(node))
@@ -138,6 +155,8 @@ QUESTIONS = {
     "pane": pane,
     "enabled": enabled,
     "place": place,
+    "cell_place": cell_place,
+    "part": part,
     "value": value,
     "line": line,
     "focus": focus,

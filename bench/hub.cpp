@@ -1,7 +1,8 @@
 // The hub compared with a bare relay. The hub takes an application's traces through ring,
 // numbering, names, ledgers and frames to monitors on unix sockets. The relay reads the same bytes
 // from one unix socket and writes them to as many others. Also: what a monitor that reads nothing
-// costs the one that reads, while its queue fills once and then for as long as it stalls.
+// costs the one that reads, while its queue fills once and then for as long as it stalls. And what
+// a filter text costs that withholds 999 of 1,000 traces, its monitor and the one beside it.
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -15,6 +16,7 @@
 #include "base/page_storage.h"
 #include "bench/ratio.h"
 #include "quor/monitors/monitor_stream.h"
+#include "quor/monitors/source_filters.h"
 #include "quor/protocol/connection.h"
 #include "quor/ring/ring_producer.h"
 #include "quor/traced/traced_app.h"
@@ -114,8 +116,9 @@ struct Silent final : Connection::Handler {
 
 class HubRun {
  public:
-  // The last `stalled` of the monitors read nothing.
-  HubRun(std::size_t monitors, std::size_t stalled) : m_pairs(MakePairs(monitors)) {
+  // The last `stalled` of the monitors read nothing, the last `filtered` have a filter text.
+  HubRun(std::size_t monitors, std::size_t stalled, std::size_t filtered = 0)
+      : m_pairs(MakePairs(monitors)) {
     m_segment.Create({16, 4096, 8u << 20}, 1, 42);
     std::uint32_t used = 0;
     for (const char* const name : {"", "here", "bench", "Net", "Connect", "4711"})
@@ -124,7 +127,10 @@ class HubRun {
     m_segment.Header()->nameBytesUsed.store(used);
     for (std::size_t i = 0; i + stalled < monitors; ++i)
       m_children.push_back(Reader(m_pairs[i], m_pairs));
-    for (const Pair& pair : m_pairs) AddMonitor(pair, m_streams.size() + stalled < monitors);
+    for (const Pair& pair : m_pairs) {
+      AddMonitor(pair, m_streams.size() + stalled < monitors);
+      if (m_streams.size() + filtered > monitors) Filter(*m_streams.back());
+    }
   }
 
   // This thread's time for the first `filling` traces, and for as many as kTraces after them.
@@ -182,6 +188,12 @@ class HubRun {
     m_streams.back()->Start();
     m_reads.push_back(reads);
   }
+  void Filter(MonitorStream& stream) {
+    WhereError error;
+    const auto filter = m_filters.Open({}, "component == Net and text startswith x", error);
+    if (!filter) std::abort();
+    stream.SetFilter(filter);
+  }
   bool IsBehind() const {
     for (std::size_t i = 0; i < m_streams.size(); ++i)
       if (m_reads[i] && m_streams[i]->WaitingBytes() > kBehindBytes) return true;
@@ -189,7 +201,7 @@ class HubRun {
   }
   void Produce(std::uint64_t traces) {
     RingProducer ring(m_segment);
-    const std::string text(kTextBytes, 't');
+    std::string text(kTextBytes, 't');
     const RecordFieldsOf<AppNameId> fields{.count = 1,
                                            .machine = AppNameId{1},
                                            .app = AppNameId{2},
@@ -207,6 +219,7 @@ class HubRun {
         m_segment.Header()->pendingDrops.store(0);
         usleep(50);
       }
+      text[0] = i % 1000 == 0 ? 'x' : 't';
       StoreRecord(slot.record, fields);
       ring.Commit(slot);
     }
@@ -230,6 +243,7 @@ class HubRun {
   std::vector<pid_t> m_children;
   asio::io_context m_io{1};
   Hub m_hub;
+  SourceFilters m_filters{m_hub.Names()};
   std::vector<std::unique_ptr<Silent>> m_handlers;
   std::vector<std::shared_ptr<Connection>> m_connections;
   std::vector<std::unique_ptr<MonitorStream>> m_streams;
@@ -274,6 +288,21 @@ void MeasureStall() {
            PerTraceNs(Median(alone)), Median(ratios), 1.05);
 }
 
+void MeasureFilter() {
+  std::vector<double> alone, filtered, both, filteredRatios, bothRatios;
+  for (int i = 0; i < 9; ++i) {
+    alone.push_back(HubRun(1, 0).Run(0).rest);
+    filtered.push_back(HubRun(1, 0, 1).Run(0).rest);
+    both.push_back(HubRun(2, 0, 1).Run(0).rest);
+    filteredRatios.push_back(filtered.back() / alone.back());
+    bothRatios.push_back(both.back() / alone.back());
+  }
+  PrintRow("hub, 1 monitor with 1 of 1,000 by a text, to 1 without", PerTraceNs(Median(filtered)),
+           "ns/trace", PerTraceNs(Median(alone)), Median(filteredRatios), 1.0);
+  PrintRow("hub, 1 monitor and one with a text, to 1 alone", PerTraceNs(Median(both)), "ns/trace",
+           PerTraceNs(Median(alone)), Median(bothRatios), 1.25);
+}
+
 }  // namespace
 
 int main() {
@@ -286,5 +315,6 @@ int main() {
              measured.ratio, 2.0);
   }
   MeasureStall();
+  MeasureFilter();
   return 0;
 }

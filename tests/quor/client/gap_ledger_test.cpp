@@ -66,4 +66,25 @@ TEST_F(GapLedgerTest, SourcesThatTheServiceHasForgottenMakeRoomFirst) {
   EXPECT_EQ(Hear(kMost - 1, 7), 7u);
 }
 
+TEST_F(GapLedgerTest, ManyLinesThatAreEachPossibleDoNotMakeASumWrap) {
+  m_ledger.BeginStream("run");
+  m_ledger.ExpectWithheld();
+  bool taken = true;
+  std::string why;
+  std::size_t lines = 0;
+  for (; taken && lines < 300; ++lines) {
+    quor::wire::Ledger ledger;
+    auto* const word = ledger.add_sources();
+    word->set_instance(Instance(lines));
+    word->set_serial(std::uint64_t{1} << 56);
+    word->set_withheld(std::uint64_t{1} << 56);
+    std::uint64_t gap = 0;
+    const std::uint64_t before = m_ledger.Withheld();
+    taken = m_ledger.Take(ledger, &gap, &why);
+    EXPECT_GE(m_ledger.Withheld(), before);
+  }
+  EXPECT_EQ(lines, 17u);
+  EXPECT_EQ(why, "the ledgers count more than there can be");
+}
+
 }  // namespace

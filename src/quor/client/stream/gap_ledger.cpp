@@ -11,6 +11,8 @@ namespace {
 constexpr std::size_t kInstanceBytes = 16;
 // No source has produced so many traces, and sums of such counts cannot wrap.
 constexpr std::uint64_t kSerialMax = std::uint64_t{1} << 56;
+// Of all sources together: many lines of a lying service could wrap a sum, too.
+constexpr std::uint64_t kAllMax = std::uint64_t{1} << 60;
 // More than a machine traces in a second, including all losses and what a slow stream had not read
 // yet.
 constexpr std::uint64_t kGapPerSecond = 100'000'000;
@@ -133,6 +135,10 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& line, std::uint64_t
   } else if (falls) {
     return FailWith(why, "a ledger's count falls");
   }
+  const std::uint64_t more = (line.delivered() - source.delivered) +
+                             (line.withheld() - source.withheld) + (line.lost() - source.lost);
+  if (more > kAllMax - (m_delivered + m_withheld + m_lost))
+    return FailWith(why, "the ledgers count more than there can be");
   Count(line, source);
   return true;
 }

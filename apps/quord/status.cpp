@@ -87,6 +87,7 @@ nlohmann::json JsonOf(const State& state, bool runs) {
        {"tracesPerSecond", state.tracesPerSecond},
        {"lost", more.lost()},
        {"dropped", more.dropped()},
+       {"withheld", more.withheld()},
        {"certificates", dates}});
   return answer;
 }
@@ -117,6 +118,9 @@ void PrintMore(const State& state) {
   std::printf("  %llu lost by applications, %llu dropped for slow or paused monitors\n",
               static_cast<unsigned long long>(more.lost()),
               static_cast<unsigned long long>(more.dropped()));
+  if (more.withheld() > 0)
+    std::printf("  %llu withheld by filters of monitors\n",
+                static_cast<unsigned long long>(more.withheld()));
   for (const auto& line : more.certificates())
     if (line.ends() != 0)
       std::printf("  %s %s %s\n", Shown(line.what()).c_str(),

@@ -81,8 +81,8 @@ _trc() {
       save) options="--help --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
-      tail) options="--help --format --color --columns --for --context $which" ;;
-      capture) options="--help --out --for --max-size --max-files --context $which" ;;
+      tail) options="--help --format --color --columns --for --at-source --context $which" ;;
+      capture) options="--help --out --for --at-source --max-size --max-files --context $which" ;;
       apps) options='--help --json --user' ;;
       show) options='--help --json' ;;
       forget) options='--help' ;;

@@ -108,6 +108,7 @@ complete -c trc -n $traces -l pid -x -a "(__trc_names)" -d "Only of this process
 complete -c trc -n $traces -l tid -x -a "(__trc_names)" -d "Only of this thread"
 complete -c trc -n $traces -s v -l invert -d "Those that are not chosen"
 complete -c trc -n $traces -l where -x -a "(__trc_names)" -d "What this filter text holds for"
+complete -c trc -n "__fish_seen_subcommand_from tail capture" -l at-source -d "The service asks the filter text"
 complete -c trc -n $traces -l check -x -a "(__trc_names)" -d "Show a node of the filter"
 complete -c trc -n $traces -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 set -l files "__fish_seen_subcommand_from dump find tree stack save export"

@@ -51,7 +51,9 @@ bool CTraceRealtimeDoc::ConnectToMachine(const std::string& machine) {
 void CTraceRealtimeDoc::Drain() {
   if (!m_connection) return;
   const bool live = IsLive();  // read once: the connection's thread may change it
-  if (std::exchange(m_notifiedLive, live) != live) NotifyWhyEmpty();
+  const bool withholds = Counts().withheld > 0;
+  const bool isOther = std::exchange(m_notifiedLive, live) != live;
+  if (std::exchange(m_notifiedWithheld, withholds) != withholds || isOther) NotifyWhyEmpty();
   if (!m_connection->HasTraces()) return;
   CTraceHint batch;
   do {
@@ -136,7 +138,20 @@ void CTraceRealtimeDoc::NotifyWhyEmpty() {
 std::string CTraceRealtimeDoc::WhyEmpty() const {
   if (!m_connection) return CTraceDoc::WhyEmpty();
   const char* why = "They show as soon as an application there sends some";
+  if (m_notifiedWithheld) why = "Some came, and the filter text withholds them at the source";
   if (m_paused) why = "The display is paused: View > Pause goes on";
   if (!IsLive()) why = "Not connected: no trace service answers there, and it is asked again";
   return "Waiting for traces from " + m_machine + "\n" + why;
+}
+
+void CTraceRealtimeDoc::FilterAtSource(const std::string& text) {
+  if (m_connection) m_connection->FilterAtSource(text);
+}
+
+SourceFilterState CTraceRealtimeDoc::SourceFilter() const {
+  return m_connection ? m_connection->GetSourceFilter() : SourceFilterState();
+}
+
+TraceThread_i::Counts CTraceRealtimeDoc::Counts() const {
+  return m_connection ? m_connection->GetCounts() : TraceThread_i::Counts();
 }

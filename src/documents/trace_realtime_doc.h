@@ -47,6 +47,11 @@ class CTraceRealtimeDoc : public CTraceDoc {
   bool ToggleCapture();
   // Without a connection nothing happens.
   void TogglePause();
+  // The service sends only traces for which the filter text holds; see TraceThread_i. Those that it
+  // withholds never come, also not when the text is taken back.
+  void FilterAtSource(const std::string& text);
+  SourceFilterState SourceFilter() const;
+  TraceThread_i::Counts Counts() const;
 
   bool IsStream() const override { return m_connection != nullptr; }
   std::string WhyEmpty() const override;
@@ -74,4 +79,5 @@ class CTraceRealtimeDoc : public CTraceDoc {
   std::string m_captureName;
   bool m_paused = false;
   bool m_notifiedLive = true;  // the value of IsLive that the views know
+  bool m_notifiedWithheld = false;
 };

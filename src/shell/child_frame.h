@@ -29,7 +29,7 @@ class CTraceChildFrame : public CMDIChildWnd {
   bool IsTreeShown() const { return m_shown == kTree; }
   // Null before the list exists.
   TracePane* ShownPane() const;
-  const FrameFilter& Filter() const { return m_filter; }
+  FrameFilter& Filter() { return m_filter; }
 
  private:
   static constexpr unsigned kOtherPane = 59649;  // of a view that does not show

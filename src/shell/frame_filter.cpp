@@ -12,8 +12,10 @@ void FrameFilter::OnCreate(ChildFrameFace& window) {
 }
 
 void FrameFilter::OnPane() {
-  if (TracePane* const pane = m_shown()) pane->m_onStatus = [this] { m_line.UpdateFace(); };
-  m_line.UpdateFace();
+  TracePane* const pane = m_shown();
+  if (!pane) return;
+  pane->m_onStatus = [this] { m_line.UpdateFace(); };
+  m_line.SetDocument(pane->Document());
 }
 
 void FrameFilter::Show() {
@@ -67,8 +69,7 @@ WhereProgramPtr FrameFilter::WhereInForce() const {
 }
 
 bool FrameFilter::ApplyWhere(const WhereProgramPtr& program) {
-  TracePane* const pane = m_shown();
-  return pane && pane->SetWhere(program);
+  return m_shown() && m_shown()->SetWhere(program);
 }
 
 std::vector<std::string> FrameFilter::WhereNamesOf(WhereField field) const {

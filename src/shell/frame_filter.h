@@ -29,7 +29,7 @@ class FrameFilter final : private FilterLineOwner {
   void GoForward();
   // A step that the shown pane offers.
   void Take(unsigned command);
-  const FilterLine& Line() const { return m_line; }
+  FilterLine& Line() { return m_line; }
 
  private:
   WhereProgramPtr WhereInForce() const override;

@@ -46,6 +46,7 @@ void CTraceRealtimeFrame::OnTimer(unsigned) {
   CTraceRealtimeDoc* const monitor = ActiveMonitor();
   // Long work reads the traces, so they must not change; new ones wait in their queue.
   if (monitor && !monitor->IsBusy()) monitor->Drain();
+  Filter().Line().Tick();
 }
 
 CTraceRealtimeDoc* CTraceRealtimeFrame::ActiveMonitor() const {

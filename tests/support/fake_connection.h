@@ -1,7 +1,8 @@
 // A live connection without a service: a test adds traces, and checks what the document does.
 //
 // Shape    FakeService makes the connections of its Connector() and outlives them. Its log has a
-//          line per operation, in order: "connect web", "pause", "resume", "disconnect".
+//          line per operation, in order: "connect web", "pause", "resume", "filter pid == 1",
+//          "disconnect".
 // Owner    A trace that was not taken is released with its connection.
 // Threads  One.
 #pragma once
@@ -34,7 +35,9 @@ class FakeConnection final : public TraceThread_i {
   }
   void Pause() override;
   void Resume() override;
-  Counts GetCounts() const override { return {}; }
+  Counts GetCounts() const override { return m_counts; }
+  void FilterAtSource(const std::string& text) override;
+  SourceFilterState GetSourceFilter() const override { return m_sourceFilter; }
   bool IsUp() const override { return m_isUp ? m_isUp() : m_up; }
 
   // A trace with the text, with every id 1; it waits for the document.
@@ -53,6 +56,8 @@ class FakeConnection final : public TraceThread_i {
   NameMap& m_names;
   std::deque<TraceEvent_i*> m_waiting;
   bool m_up = true;
+  Counts m_counts;
+  SourceFilterState m_sourceFilter;
   std::function<bool()> m_isUp;     // in place of m_up
   std::function<void()> m_onTaken;  // after each NextTrace
   int m_looks = 0;                  // calls of HasTraces
@@ -95,6 +100,9 @@ inline void FakeConnection::Disconnect() {
 }
 inline void FakeConnection::Pause() {
   m_service.Log("pause");
+}
+inline void FakeConnection::FilterAtSource(const std::string& text) {
+  m_service.Log("filter " + text);
 }
 inline void FakeConnection::Resume() {
   m_service.Log("resume");

@@ -5,6 +5,26 @@
 #include "terminal/interrupt.h"
 #include "terminal/progress_line.h"
 
+namespace {
+
+// Gives the exit status. `given`: what was chosen for the file.
+int Summary(const CaptureOptions& options, std::uint64_t taken, std::uint64_t given,
+            const TraceThread_i::Counts& counts, bool good) {
+  // Traces that arrived and are in no file are lost as well.
+  const std::uint64_t lost = counts.lost + (given - taken);
+  std::string summary = std::to_string(taken) + " taken, ";
+  if (!options.limits.atSource.empty())
+    summary += std::to_string(counts.delivered) + " delivered, " + std::to_string(counts.withheld) +
+               " withheld, ";
+  Output output;
+  output.Line(summary + std::to_string(lost) + " lost");
+  const int status = output.Finish();
+  if (!good || status == kExitBad) return kExitBad;
+  return lost > 0 ? kExitNo : kExitGood;
+}
+
+}  // namespace
+
 int RunCapture(const CaptureOptions& options) {
   LiveSource source;
   if (!source.Connect(options.machine, options.limits)) return kExitBad;
@@ -34,12 +54,5 @@ int RunCapture(const CaptureOptions& options) {
     PrintError(why);
     file.Salvage();
   }
-  const std::uint64_t taken = file.Traces();
-  // Traces that arrived and are in no file are lost as well.
-  const std::uint64_t lost = source.Counts().lost + (given - taken);
-  Output output;
-  output.Line(std::to_string(taken) + " taken, " + std::to_string(lost) + " lost");
-  const int status = output.Finish();
-  if (!good || status == kExitBad) return kExitBad;
-  return lost > 0 ? kExitNo : kExitGood;
+  return Summary(options, file.Traces(), given, source.Counts(), good);
 }

@@ -14,6 +14,7 @@
 // Which traces are taken, and when to stop, apart from SIGINT. --until stops, too.
 struct LiveLimits {
   TraceOptions traces;
+  std::string atSource;  // the filter text that the service asks; empty: it sends all
   std::optional<std::uint64_t> seconds;
 };
 

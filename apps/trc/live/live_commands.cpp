@@ -5,9 +5,11 @@
 #include "commands/commands.h"
 #include "commands/shared_options.h"
 #include "filter/account.h"
+#include "filter/where_option.h"
 #include "live/app_words.h"
 #include "live/live.h"
 #include "usage.h"
+#include "where/source/where_at_source.h"
 
 namespace {
 
@@ -37,13 +39,29 @@ class ListeningCommand : public Command {
             [&limits](const std::string& text) { limits.seconds = ReadNumber("--for", text); },
             "End after so many seconds")
         ->type_name("SECONDS");
+    App().add_flag("--at-source", m_atSource,
+                   "The service asks the text of --where, so that only matching traces come");
   }
-  void CompleteLimits() {
+  void CompleteLimits(LiveLimits& limits) {
     m_shared->Complete();
     m_shared->RefuseHopelessPaths();
+    if (m_atSource) CompleteAtSource(limits);
   }
 
  private:
+  static void CompleteAtSource(LiveLimits& limits) {
+    constexpr const char* kName = "--at-source";
+    const TraceOptions& traces = limits.traces;
+    if (!traces.where) throw CLI::ValidationError(kName, "needs --where");
+    if (traces.context > 0)
+      throw CLI::ValidationError(kName, "withholds the traces that --context asks for");
+    WhereError error;
+    const std::optional<std::string> text = TextAtSource(traces.where->Expr(), traces.utc, error);
+    if (!text) throw CLI::ValidationError(kName, WhereErrorText(traces.where->Text(), error));
+    limits.atSource = *text;
+  }
+
+  bool m_atSource = false;
   std::optional<SharedOptions> m_shared;
 };
 
@@ -59,6 +77,7 @@ class TailCommand final : public ListeningCommand {
         "  trc tail\n"
         "  trc tail --columns Time,Component,Trace --count 100\n"
         "  trc tail --severity error --context 5\n"
+        "  trc tail --where 'text contains \"retry\"' --at-source\n"
         "  trc tail orders1:7447 --format jsonl --for 60 | jq .text");
     App().add_option("MACHINE", m_tail.machine, "name or name:port")->type_name("");
     AddLineFormat(m_format);
@@ -66,7 +85,7 @@ class TailCommand final : public ListeningCommand {
     AddLimits(m_tail.limits, nullptr);
   }
   void Complete() override {
-    CompleteLimits();
+    CompleteLimits(m_tail.limits);
     m_tail.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
     m_tail.coloured = IsColoured(m_colour);
     RefuseColumnsOf(m_tail.format, m_tail.limits.traces);
@@ -99,7 +118,7 @@ class CaptureCommand final : public ListeningCommand {
               "A full file is numbered NAME.1.trc and a new one begun", "MB");
     AddNumber("--max-files", m_capture.maxFiles, "Keep so many full files [default: all]");
   }
-  void Complete() override { CompleteLimits(); }
+  void Complete() override { CompleteLimits(m_capture.limits); }
   int Run() const override { return RunCapture(m_capture); }
 
  private:

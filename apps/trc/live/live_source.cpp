@@ -7,6 +7,7 @@
 #include "live/silence.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
+#include "text/visible_text.h"
 
 namespace {
 
@@ -32,10 +33,21 @@ LiveSource::~LiveSource() {
 
 bool LiveSource::Connect(const std::string& machine, const LiveLimits& limits) {
   std::string why;
-  m_connection = TraceThread_i::ConnectToTraceService(machine, m_names, &why);
+  m_connection = TraceThread_i::ConnectToTraceService(machine, m_names, &why, limits.atSource);
   if (m_connection && !limits.traces.filter.Account().empty()) why = WhyNoAccounts(machine);
   if (!why.empty()) PrintError(why);
   return m_connection != nullptr && why.empty();
+}
+
+// All traces come then, and are filtered here.
+void LiveSource::TellOfSource() {
+  const SourceFilterState state = m_connection->GetSourceFilter();
+  const bool isRefused = state.kind == SourceFilterState::Kind::Refused;
+  if (m_toldOfSource || (!isRefused && state.kind != SourceFilterState::Kind::Unknown)) return;
+  m_toldOfSource = true;
+  PrintError(
+      "--at-source: all traces come: " +
+      (isRefused ? VisibleText(state.why) : "the service is of a version that cannot filter them"));
 }
 
 void LiveSource::Run(const LiveLimits& limits, const TraceTaker& take,
@@ -47,6 +59,7 @@ void LiveSource::Run(const LiveLimits& limits, const TraceTaker& take,
     last = Interrupted() || Clock::now() >= until;
     while (!choice.IsFull() && m_connection->HasTraces())
       if (!choice.Add(m_connection->NextTrace(), take)) return;
+    TellOfSource();
     if (!pause() || last) break;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
     m_connection->AwaitTraces(static_cast<int>(std::clamp(left, kNone, kPause).count()));

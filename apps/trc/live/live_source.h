@@ -30,6 +30,9 @@ class LiveSource {
   TraceThread_i::Counts Counts() const { return m_connection->GetCounts(); }
 
  private:
+  void TellOfSource();
+
   NameMap m_names;
   TraceThread_i* m_connection = nullptr;
+  bool m_toldOfSource = false;
 };

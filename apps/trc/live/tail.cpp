@@ -15,7 +15,8 @@ class Silence {
     if (m_over || Clock::now() < m_until) return;
     m_over = true;
     const std::string& account = m_options.limits.traces.filter.Account();
-    if (account.empty() ? m_source.Counts().delivered > 0 : hasPrinted) return;
+    const TraceThread_i::Counts counts = m_source.Counts();
+    if (account.empty() ? counts.delivered + counts.withheld > 0 : hasPrinted) return;
     PrintError("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_options.machine, account)
                                                      : "no trace service runs there any more"));
   }
@@ -52,8 +53,13 @@ int RunTail(const TailOptions& options) {
   ReleaseTrace(previous);
   const int status = output.Finish();
   if (status == kExitBad) return status;
-  const std::uint64_t lost = source.Counts().lost;
-  if (lost > 0) PrintError(std::to_string(lost) + " traces lost");
+  const TraceThread_i::Counts counts = source.Counts();
+  const std::uint64_t lost = counts.lost;
+  if (!options.limits.atSource.empty())
+    PrintError(std::to_string(counts.delivered) + " delivered, " + std::to_string(counts.withheld) +
+               " withheld, " + std::to_string(lost) + " lost");
+  else if (lost > 0)
+    PrintError(std::to_string(lost) + " traces lost");
   // SIGINT is the usual end, not a failure.
   return lost > 0 ? kExitNo : kExitGood;
 }

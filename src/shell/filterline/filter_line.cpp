@@ -59,13 +59,24 @@ std::string FilterLine::Message() const {
     case State::InForce:
       break;
   }
-  return IsBlank() ? "For example: severity >= warn and text contains \"retry\"" : "Applied.";
+  const std::string note = m_source.Note();
+  const std::string about =
+      IsBlank() ? "For example: severity >= warn and text contains \"retry\"" : "Applied.";
+  return note.empty() ? about : about + " " + note;
+}
+
+void FilterLine::SetAtSource(bool on) {
+  m_source.Set(on);
+  UpdateFace();
 }
 
 bool FilterLine::Apply() {
   if (m_error) return false;
   const std::string text = IsBlank() ? std::string() : m_text;
-  if (GetState() != State::InForce && !m_owner.ApplyWhere(m_program)) return false;
+  if (GetState() != State::InForce) {
+    if (!m_owner.ApplyWhere(m_program)) return false;
+    m_source.Send(m_program);
+  }
   m_steps.Go(text);
   NoteRecentFilter(text);
   m_recentPlace = 0;
@@ -84,6 +95,7 @@ bool FilterLine::ApplyText(std::string text) {
 
 bool FilterLine::Release() {
   if (m_owner.WhereInForce() && !m_owner.ApplyWhere(nullptr)) return false;
+  m_source.Send(nullptr);
   m_steps.Go(std::string());
   UpdateFace();
   return true;

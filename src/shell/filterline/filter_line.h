@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "docview/view.h"
+#include "shell/filterline/filter_at_source.h"
 #include "shell/filterline/stored_filters.h"
 #include "where/complete/where_complete.h"
 #include "where/steps/where_steps.h"
@@ -54,6 +55,11 @@ class FilterLine {
   }
 
   const std::string& Text() const { return m_text; }
+  // Of the shown pane. It outlives the line.
+  void SetDocument(CTraceDoc& document) {
+    m_source.SetDocument(document);
+    UpdateFace();
+  }
   // The user typed. A line end becomes a blank.
   void Edit(std::string text);
   State GetState() const;
@@ -71,6 +77,12 @@ class FilterLine {
   // No text filters any more, and the line keeps its own. False: the user cancelled.
   bool Release();
   void PutAway() { m_owner.PutAwayFilterLine(); }
+  const FilterAtSource& AtSource() const { return m_source; }
+  void SetAtSource(bool on);
+  // The window takes live traces now and then: shows what was withheld meanwhile.
+  void Tick() {
+    if (m_face && m_source.HasNews()) UpdateFace();
+  }
 
   bool CanGoBack() const { return m_steps.CanGoBack(); }
   bool CanGoForward() const { return m_steps.CanGoForward(); }
@@ -95,6 +107,7 @@ class FilterLine {
   bool ShowRecent(std::size_t place);
 
   FilterLineOwner& m_owner;
+  FilterAtSource m_source{m_owner};
   FilterLineFace* m_face = nullptr;
   std::string m_text;
   std::optional<WhereError> m_error;

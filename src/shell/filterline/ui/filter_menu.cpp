@@ -36,6 +36,7 @@ void FilterMenu::Fill() {
   if (!m_line) return;
   FillRecent();
   FillSaved();
+  AddSource();
 }
 
 void FilterMenu::FillRecent() {
@@ -62,6 +63,20 @@ void FilterMenu::FillSaved() {
     remove->addAction(ItemText(filter.name, fontMetrics()), this,
                       [name = filter.name] { DeleteSavedFilter(name); });
   remove->setEnabled(!saved.empty());
+}
+
+void FilterMenu::AddSource() {
+  const std::string why = m_line->AtSource().WhyNot();
+  const QString name = QStringLiteral("At the Sour&ce");
+  m_menu->addSeparator();
+  QAction* const item = m_menu->addAction(
+      why.empty() ? name : name + QStringLiteral(" (%1)").arg(QString::fromStdString(why)));
+  item->setCheckable(true);
+  item->setChecked(m_line->AtSource().IsOn());
+  item->setEnabled(why.empty());
+  connect(item, &QAction::toggled, this, [this](bool on) {
+    if (m_line) m_line->SetAtSource(on);
+  });
 }
 
 void FilterMenu::Apply(const std::string& text) {

@@ -20,6 +20,7 @@ class FilterMenu : public QPushButton {
   void Fill();
   void FillRecent();
   void FillSaved();
+  void AddSource();
   void Apply(const std::string& text);
   void SaveAs();
 

@@ -46,7 +46,8 @@ struct FilterMeans {
 
 class SourceFilter {
  public:
-  static constexpr WhereBounds kBounds{.steps = 10'000, .textBytes = 2048};
+  // PCRE2 counts the steps anew at each place of a text: together some milliseconds at most.
+  static constexpr WhereBounds kBounds{.steps = 5'000, .textBytes = 1024};
 
   // `account`: its share of the thread. `onEnd`: at the end of the last monitor with this text.
   SourceFilter(WhereProgramPtr program, FilterMeans& means, std::shared_ptr<WorkShare> account,

@@ -57,11 +57,12 @@ class Watcher {
 int TraceInSteps(TracedChild& self, int count, std::size_t bytes = 20) {
   quor_application("orders");
   const std::string fill(bytes, 'f');
+  const int pace = bytes > 1000 ? 50 : 200;  // what the ring holds
   for (;;) {
     self.AwaitGo();
     for (int i = 0; i < count; ++i) {
       QUOR_TRACE_INFO(filter_point, "{} {} {}", i, i % kEach == 0 ? "x" : "y", fill);
-      if (i % 200 == 199) quor_flush(10000);
+      if (i % pace == pace - 1) quor_flush(10000);
     }
     quor_flush(10000);
     quor_counts counts{};

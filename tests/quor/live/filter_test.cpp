@@ -84,4 +84,47 @@ TEST_F(LiveProgramsTest, UntilEndsATailAtItsTime) {
   EXPECT_EQ(tail.out, "");
 }
 
+TEST_F(LiveProgramsTest, AtTheSourceWhatATextHidesIsWithheldAndCounted) {
+  StartService();
+  const std::string file = m_dir.File("out.trc");
+  TrcProcess capture({.arguments = {"capture", "-o", file, "--where", "component == Db", "--where",
+                                    "time > 2026-01-01", "--at-source"}});
+  TrcProcess tail({.arguments = {"tail", "-f", "jsonl", "--where", "text contains \"trace 4\"",
+                                 "--at-source", "-n", "111"}});
+  const auto connections = [this] {
+    int count = 0;
+    const std::string all = Log();
+    for (std::size_t at = 0; (at = all.find("has connected", at)) != all.npos; ++at) ++count;
+    return count;
+  };
+  ASSERT_TRUE(Eventually([&] { return connections() == 2; })) << Log();
+  EXPECT_EQ(RunTrc({"emit", "--app", "orders", "--count", "1000", "--rate", "2000"}).status, 0);
+  const TrcRun lines = tail.Finish();
+  EXPECT_EQ(lines.status, 0);
+  for (const std::string& line : LinesOf(lines.out))
+    EXPECT_NE(json::parse(line)["text"].get<std::string>().find("trace 4"), std::string::npos);
+  EXPECT_EQ(Reported(lines.err, "lost"), 0u) << lines.err;
+  EXPECT_EQ(Reported(lines.err, "delivered,"), 111u) << lines.err;
+  EXPECT_GT(Reported(lines.err, "withheld,"), 0u);
+  capture.Interrupt();
+  const TrcRun run = capture.Finish();
+  const std::uint64_t taken = Reported(run.out, "taken");
+  EXPECT_EQ(Reported(run.out, "delivered,"), taken);
+  EXPECT_EQ(Reported(run.out, "withheld,"), 1000 - taken) << run.out;
+  const auto traces = DumpedTraces(file);
+  EXPECT_EQ(traces.size(), taken);
+  for (const json& trace : traces) EXPECT_EQ(trace["component"], "Db");
+}
+
+TEST_F(LiveProgramsTest, AtTheSourceATextThatOnlyAMonitorCanAskIsRefused) {
+  const TrcRun delta = RunTrc({"tail", "--where", "pid == 1 and delta > 1s", "--at-source"});
+  EXPECT_EQ(delta.status, 2);
+  EXPECT_EQ(delta.err.substr(0, delta.err.find("Try")),
+            "trc: --at-source: the source does not know the trace before: \"delta\" works in the "
+            "window only\n  pid == 1 and delta > 1s\n               ^~~~~~~~~~\n");
+  EXPECT_EQ(RunTrc({"tail", "--at-source"}).err.substr(0, 35),
+            "trc: --at-source: needs --where\nTry");
+  EXPECT_EQ(RunTrc({"tail", "--where", "pid == 1", "--at-source", "--context", "1"}).status, 2);
+}
+
 }  // namespace

@@ -194,7 +194,7 @@ TEST_F(SourceFilterTest, AHostileExpressionTakesNoMoreThanTheShareOfItsAccount) 
   Filter(
       stream,
       "text matches \"(a+)+$\" and text matches \"(?:a|aa)+$\" and text matches \"a*a*a*a*[bc]\"");
-  const std::string text = std::string(2000, 'a') + "!";
+  const std::string text = std::string(1000, 'a') + "!";
   const auto began = std::chrono::steady_clock::now();
   std::uint64_t deliveringNs = 0;
   constexpr int kBatches = 300;

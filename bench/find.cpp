@@ -8,6 +8,7 @@
 #include "records/trace_list.h"
 #include "records/trc_walk.h"
 #include "tree/find/find_search.h"
+#include "tree/find/scan/text_scan.h"
 #include "tree/regex/regex.h"
 #ifdef TESSERA_BENCH_PCRE2
 #define PCRE2_CODE_UNIT_WIDTH 8
@@ -19,7 +20,7 @@ namespace {
 constexpr int kTurns = 5;
 // So few that the box of a search would not open.
 constexpr std::size_t kTextsPerSearch = 100000;
-constexpr double kMostOfMemmem = 1.5, kMostOfPeer = 2.0;
+constexpr double kMostOfMemmem = 1.5, kMostOfPeer = 2.0, kMostOfScan = 0.5;
 
 struct Texts {
   void OnName(NameId, std::string_view) {}
@@ -101,6 +102,28 @@ void WholeSearch(const Texts& texts, const char* wanted) {
       });
   Report("search of a view, no hit / memmem", texts, measured, kMostOfMemmem, complete ? 0 : 1,
          floorHits);
+}
+
+// What trc find and Find in a list of a large file do ahead: all processors look through the file.
+void ScanOfFile(const Texts& texts, const std::shared_ptr<const MappedFile>& file,
+                const char* wanted, bool ignoreCase) {
+  Prepare(wanted, ignoreCase, 1, 0);
+  const auto lent = std::make_shared<LentTraces>(texts.traces, file);
+  std::size_t hits = 0, floorHits = 0;
+  const Measured measured = MeasureBeside(
+      kTurns, [&] { floorHits = CountMemmem(texts, wanted); },
+      [&] {
+        hits = 0;
+        const auto scan = TextScan::Begin(lent, *RegexLastProgram(), {});
+        if (!scan) std::exit(2);
+        for (TextScan::State state{}; state != TextScan::State::Over;) {
+          state = scan->Next(std::chrono::seconds(10));
+          if (state == TextScan::State::Failed) std::exit(2);
+          if (state == TextScan::State::Found) ++hits;
+        }
+      });
+  Report(std::string("scan of the file, ") + (ignoreCase ? "any case" : "literal") + " / memmem",
+         texts, measured, kMostOfScan, hits, floorHits);
 }
 
 struct Expression {
@@ -204,6 +227,9 @@ int main(int, char** argv) {
   BesideMemmem(texts, "e");
   BesideMemmem(texts, "cart");
   WholeSearch(texts, "mandatory");
+  ScanOfFile(texts, file, "snapshot", false);
+  ScanOfFile(texts, file, "mandatory", false);
+  ScanOfFile(texts, file, "mandatory", true);
 #ifndef TESSERA_BENCH_PCRE2
   std::printf("PCRE2 is not installed: no ratios to it\n");
 #endif

@@ -68,7 +68,7 @@ int main(int, char** argv) {
   const Measured cat = MeasureBeside(
       7, [&] { Cat(path); }, [&] { count = Load(host, path); });
   PrintRow("load / cat to /dev/null", cat.seconds * 1000, "ms", cat.floorSeconds * 1000, cat.ratio,
-           1.5);
+           1.2);
 
   CTraceFileDoc document(host);
   if (!document.OnOpenDocument(path)) return 2;

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 #include "tree/regex/program/ascii.h"
 
 namespace {
 
 constexpr std::size_t kLanes = 16;
+constexpr std::size_t kLongText = 1024;  // longer than most texts of traces
 constexpr Lanes kLaneNumbers = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 using Words = std::uint64_t __attribute__((vector_size(kLanes)));
 
@@ -33,6 +37,55 @@ std::size_t FirstLane(Mask mask) {
 bool Holds(std::string_view text, std::size_t place, const PairTest& pair) {
   return pair.first.test.Takes(static_cast<unsigned char>(text[place + pair.firstAt])) &&
          pair.second.test.Takes(static_cast<unsigned char>(text[place + pair.secondAt]));
+}
+
+constexpr std::size_t kWide = 64;
+
+#if defined(__x86_64__)
+// One of the tests, for 32 positions.
+class Avx2Test {
+ public:
+  [[gnu::target("avx2")]] explicit Avx2Test(const ByteTest& test)
+      : m_fold(_mm256_set1_epi8(static_cast<char>(test.fold))),
+        m_low(_mm256_set1_epi8(static_cast<char>(test.low))),
+        m_span(_mm256_set1_epi8(static_cast<char>(test.span))) {}
+  [[gnu::target("avx2"), gnu::always_inline]] __m256i Take(const char* at) const {
+    const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
+    const __m256i above = _mm256_sub_epi8(_mm256_or_si256(bytes, m_fold), m_low);
+    return _mm256_cmpeq_epi8(_mm256_min_epu8(above, m_span), above);
+  }
+
+ private:
+  const __m256i m_fold, m_low, m_span;
+};
+
+// The first block of kWide positions in [from, limit) that has one where both tests hold, else the
+// beginning of the rest, which is shorter.
+[[gnu::target("avx2")]] std::size_t FindBlockByAvx2(const char* begin, std::size_t from,
+                                                    std::size_t limit, const PairTest& pair) {
+  const Avx2Test first(pair.first.test), second(pair.second.test);
+  for (; from + kWide <= limit; from += kWide) {
+    const char* const one = begin + from + pair.firstAt;
+    const char* const two = begin + from + pair.secondAt;
+    const __m256i low = _mm256_and_si256(first.Take(one), second.Take(two));
+    const __m256i high =
+        _mm256_and_si256(first.Take(one + kWide / 2), second.Take(two + kWide / 2));
+    const __m256i any = _mm256_or_si256(low, high);
+    if (!_mm256_testz_si256(any, any)) return from;
+  }
+  return from;
+}
+#endif
+
+// As far as no block has such a position; `from` where the processor has no wide tests.
+std::size_t FindBlock(const char* begin, std::size_t from, std::size_t limit,
+                      const PairTest& pair) {
+#if defined(__x86_64__)
+  static const bool kHasAvx2 = __builtin_cpu_supports("avx2") != 0;
+  if (kHasAvx2) return FindBlockByAvx2(begin, from, limit, pair);
+#endif
+  static_cast<void>(begin), static_cast<void>(limit), static_cast<void>(pair);
+  return from;
 }
 
 bool IsOneByte(const PairTest& pair) {
@@ -88,7 +141,12 @@ std::size_t FindPair(std::string_view text, std::size_t from, std::size_t limit,
   if (IsOneByte(pair)) return FindByte(text, from, limit, pair);
   if (limit < kLanes) return FindSlowly(text, from, limit, pair);
   const char* const begin = text.data();
-  while (from < limit) {
+  for (std::size_t looked = from; from < limit;) {
+    // Over a long text first in blocks; in such a block then for the position.
+    if (from >= looked && limit - from >= kLongText) {
+      from = FindBlock(begin, from, limit, pair);
+      looked = from + kWide;
+    }
     // The last block may begin before `from`, at positions that are already done.
     const std::size_t block = from + kLanes <= limit ? from : limit - kLanes;
     auto mask = Take(pair.first, begin + block + pair.firstAt) &

@@ -65,7 +65,7 @@ std::size_t TraceList_t::StorageBytes() const {
 
 void TraceList_t::AddBlock() {
   const TraceBlocks::Block& block = m_storage.Add(m_blockEnd);
-  m_next = block.slots;
+  m_next = block.first;
   m_end = m_next + (block.end - block.begin);
   m_blockEnd = block.end;
 }

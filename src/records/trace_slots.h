@@ -35,7 +35,7 @@ struct TraceBlocks {
   static constexpr unsigned kFirstBits = 8, kLastBits = 17, kDoublings = kLastBits - kFirstBits;
   static constexpr unsigned kTableBits = 16;
   struct Block {
-    TraceSlot* slots;
+    TraceSlot* first;
     std::uint64_t begin, end;  // numbers
   };
 
@@ -58,7 +58,7 @@ struct TraceBlocks {
   }
   const TraceSlot* SlotAt(std::uint64_t number) const {
     const Block& block = BlockOf(number);
-    return block.slots + (number - block.begin);
+    return block.first + (number - block.begin);
   }
   // Calls visit(TraceEvent_i*) for the traces [from, end) in order, without look-ups.
   template <class Visit>
@@ -66,7 +66,7 @@ struct TraceBlocks {
     while (from < end) {
       const Block& block = BlockOf(from);
       const auto run = static_cast<std::size_t>(std::min(end, block.end) - from);
-      const TraceSlot* slot = block.slots + (from - block.begin);
+      const TraceSlot* slot = block.first + (from - block.begin);
       for (const TraceSlot* const last = slot + run; slot != last; ++slot)
         visit(TraceSlot::EventIn(slot));
       from += run;

@@ -48,14 +48,14 @@ void TraceStorage::CutAt(std::uint64_t end) {
   const std::size_t before = BytesOf(last);
   last.end = end;
   const std::size_t after = BytesOf(last);
-  if (after < before) FreePages(reinterpret_cast<std::byte*>(last.slots) + after, before - after);
+  if (after < before) FreePages(reinterpret_cast<std::byte*>(last.first) + after, before - after);
 }
 
 void TraceStorage::Append(TraceStorage&& other, std::uint64_t end) {
   CutAt(end);
   m_blocks.blocks.reserve(m_blocks.blocks.size() + other.m_blocks.blocks.size());
   for (const TraceBlocks::Block& block : other.m_blocks.blocks)
-    m_blocks.blocks.push_back({block.slots, end + block.begin, end + block.end});
+    m_blocks.blocks.push_back({block.first, end + block.begin, end + block.end});
   other.m_blocks = {};
   ExtendTable();
 }
@@ -69,12 +69,12 @@ void TraceStorage::ExtendTable() {
 }
 
 void TraceStorage::DropFront() {
-  FreePages(m_blocks.blocks.front().slots, BytesOf(m_blocks.blocks.front()));
+  FreePages(m_blocks.blocks.front().first, BytesOf(m_blocks.blocks.front()));
   m_blocks.blocks.erase(m_blocks.blocks.begin());
   ++m_blocks.first;  // a new block follows on the number of this one
 }
 
 void TraceStorage::Clear() {
-  for (const TraceBlocks::Block& block : m_blocks.blocks) FreePages(block.slots, BytesOf(block));
+  for (const TraceBlocks::Block& block : m_blocks.blocks) FreePages(block.first, BytesOf(block));
   m_blocks = {};
 }

@@ -1,12 +1,15 @@
 #include "complete/known_names.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 
 #include "base/mapped_file.h"
 #include "documents/trace_doc.h"
+#include "input/unpack.h"
 #include "quor/client/trace_config.h"
 #include "records/trc_walk.h"
 #include "terminal/terminal_host.h"
@@ -22,13 +25,33 @@ std::string WithHome(const std::string& path) {
   return path.starts_with("~/") && home ? home + path.substr(1) : path;
 }
 
+bool IsPacked(int file) {
+  char begin[4] = {};
+  const ssize_t count = pread(file, begin, sizeof begin, 0);
+  return count > 0 && PackingOf({begin, static_cast<std::size_t>(count)}) != PackedAs::Plain;
+}
+
+// Null: it cannot be read. Of a packed one only what is looked at is unpacked.
+std::shared_ptr<const MappedFile> OpenToLook(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) return nullptr;
+  std::shared_ptr<const MappedFile> mapped;
+  PrivateFile unpacked;
+  if (!IsPacked(file))
+    mapped = MappedFile::Open(path);
+  else if (CopyUnpacked(file, unpacked, nullptr, KnownNames::kFileBytesMax) != UnpackResult::Failed)
+    mapped = MappedFile::Open(unpacked.Path());
+  close(file);
+  return mapped;
+}
+
 std::vector<std::shared_ptr<const MappedFile>> TraceFiles(const Names& words) {
   std::vector<std::shared_ptr<const MappedFile>> files;
   for (const std::string& word : words) {
     const std::string path = WithHome(word);
     struct stat status {};
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
-    auto file = MappedFile::Open(path);
+    auto file = OpenToLook(path);
     if (file && VersionOf(file->View()) == TrcVersion::Current) files.push_back(std::move(file));
   }
   return files;

@@ -152,7 +152,7 @@ PackedAs PackingOf(std::string_view begin) {
   return PackedAs::Plain;
 }
 
-UnpackResult CopyUnpacked(int from, PrivateFile& to, std::string* why) {
+UnpackResult CopyUnpacked(int from, PrivateFile& to, std::string* why, std::uint64_t bytesMax) {
   constexpr std::size_t kMagicBytes = 4;
   if (!to.Create(why)) return UnpackResult::Failed;
   Source source(from);
@@ -160,6 +160,7 @@ UnpackResult CopyUnpacked(int from, PrivateFile& to, std::string* why) {
   const std::unique_ptr<Unpacker> unpacker = UnpackerOf(PackingOf(begin));
   std::uint64_t taken = 0;
   for (std::string_view piece = begin; !piece.empty(); piece = source.Next()) {
+    if (to.Size() >= bytesMax) return FailWith(why, "it is too long", UnpackResult::Cut);
     taken += piece.size();
     std::string reason;
     switch (unpacker->Take(piece, to, &reason)) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "input/private_file.h"
+#include "records/trc_walk.h"
 
 enum class PackedAs { Plain, Gzip, Zstd };
 // By the first bytes, of which four are enough.
@@ -19,4 +20,6 @@ enum class UnpackResult {
   Cut,     // the archive ends early or is damaged: what was unpacked before that is there
   Failed,  // nothing can be shown
 };
-UnpackResult CopyUnpacked(int from, PrivateFile& to, std::string* why);
+// It may end when it has so many bytes; it is then as if the input were cut.
+UnpackResult CopyUnpacked(int from, PrivateFile& to, std::string* why,
+                          std::uint64_t bytesMax = kTrcFileBytesMax);

@@ -164,6 +164,16 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.complete("--", "dump", other, file, "--component", "Ca")[0],
                          self.complete("--", "dump", file, "--component", "Ca")[0])
 
+    def test_names_of_packed_files(self):
+        plain = self.folder / "some traces.trc"
+        for tool, end in (("gzip", "gz"), ("zstd", "zst")):
+            packed = self.folder / f"packed.trc.{end}"
+            packed.write_bytes(subprocess.run([tool, "-c", plain], check=True, capture_output=True).stdout)
+            self.assertEqual(self.complete("--", "dump", str(packed), "--component", "Sq")[0], ["Sql"])
+        packed = self.folder / "packed.trc.gz"
+        packed.write_bytes(packed.read_bytes()[:-100])
+        self.assertEqual(self.complete("--", "dump", str(packed), "--component", "Sq")[0], ["Sql"])
+
     def test_filter_text(self):
         file = str(self.folder / "some traces.trc")
         self.assertEqual(self.complete("--", "dump", file, "--where", "compo")[0], ["component"])

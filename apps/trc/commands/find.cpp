@@ -57,11 +57,13 @@ class Pattern {
 class Candidates {
  public:
   // From this trace on. Nothing: each has to be tested.
-  ShownTraces::NextCandidate From(std::size_t from, CTraceDoc& document,
+  ShownTraces::NextCandidate From(const ScanOrder& order, CTraceDoc& document,
                                   const RegexProgram& program) {
     m_traces = &document.m_traces;
-    m_next = from;
-    m_scan = TextScan::Begin(document.Lend(), program, {.start = from});
+    m_next = order.start;
+    m_step = order.backward ? ~std::size_t{0} : 1;
+    m_failed = false;
+    m_scan = TextScan::Begin(document.Lend(), program, order);
     if (!m_scan) return {};
     return [this] { return Next(); };
   }
@@ -80,18 +82,26 @@ class Candidates {
         return m_traces->size();
       case TextScan::State::Failed:
         m_failed = true;  // all that are left are candidates
-        return m_next++;
+        return Left();
       case TextScan::State::Found:
         break;
     }
-    m_next = m_scan->Place() + 1;
+    m_next = m_scan->Place() + m_step;
     if (m_scan->IsSure()) m_sure = (*m_traces)[m_scan->Place()];
     return m_scan->Place();
+  }
+
+  // Behind the last one, in either direction: none.
+  std::size_t Left() {
+    const std::size_t place = std::min(m_next, m_traces->size());
+    m_next = place + m_step;
+    return place;
   }
 
   const TraceList_t* m_traces = nullptr;
   std::unique_ptr<TextScan> m_scan;
   std::size_t m_next = 0;
+  std::size_t m_step = 1;  // or -1: numbers wrap
   bool m_failed = false;
   const TraceEvent_i* m_sure = nullptr;
 };
@@ -151,8 +161,9 @@ int RunFind(const FindOptions& options) {
   // A filter text counts the searches that it gives up, in each trace that is left.
   const RegexProgram* const program = pattern.Program();
   if (program && !options.output.traces.where) {
-    traces.PassOver(
-        [&](std::size_t from) { return candidates.From(from, input.Document(), *program); });
+    traces.PassOver([&](std::size_t from, bool backward) {
+      return candidates.From({.start = from, .backward = backward}, input.Document(), *program);
+    });
   }
   traces.OnLook([&](std::size_t place) {
     host.Progress().Show("Searching...", place, traces.All());

@@ -50,22 +50,55 @@ std::size_t ShownTraces::Limit(const TraceOptions& options) {
   std::uint64_t from = options.from;
   if (options.tail != TraceOptions::kAll) from = PlaceOfTail(from, options.tail);
   const std::size_t first = FirstRowFrom(from);
-  if (m_candidates && m_next < All()) m_nextCandidate = m_candidates(m_next);
+  if (m_candidates && m_next < All()) m_nextCandidate = m_candidates(m_next, false);
   if (m_all && m_count < All() - first) m_end = first + static_cast<std::size_t>(m_count);
   return first;
 }
+
+// The traces that pass before a place, the last one first.
+class ShownTraces::Backward {
+ public:
+  Backward(ShownTraces& traces, std::size_t before) : m_traces(traces), m_place(before) {
+    if (traces.m_candidates && before > 0) m_next = traces.m_candidates(before - 1, true);
+  }
+  // None below `least`: All(). So also when the look function ends the search.
+  std::size_t Next(std::size_t least) {
+    while (m_place > least) {
+      if (m_next) {
+        const std::optional<std::size_t> next = m_next();
+        if (!next && !Look()) break;
+        if (!next) continue;
+        m_place = *next;  // All(): there is none
+        if (m_place < least || m_place >= m_traces.All()) break;
+      } else {
+        --m_place;
+      }
+      if (m_place % kTracesPerSearchLook == 0 && !Look()) break;
+      if (m_traces.PassesAt(m_place)) return m_place;
+    }
+    m_place = 0;
+    return m_traces.All();
+  }
+
+ private:
+  bool Look() const { return !m_traces.m_look || m_traces.m_look(m_place); }
+
+  ShownTraces& m_traces;
+  std::size_t m_place;
+  NextCandidate m_next;  // empty: each trace is tested
+};
 
 // Where the last ones begin.
 std::size_t ShownTraces::PlaceOfTail(std::uint64_t from, std::uint64_t tail) {
   const auto least = static_cast<std::size_t>(std::min<std::uint64_t>(from, All()));
   if (m_all)
     return std::max(least, All() - static_cast<std::size_t>(std::min<std::uint64_t>(tail, All())));
+  Backward search(*this, All());
   std::size_t first = All();
-  for (std::size_t place = All(); place-- > least && tail > 0;) {
-    if (place % kTracesPerSearchLook == 0 && m_look && !m_look(place)) break;
-    if (!PassesAt(place)) continue;
+  for (; tail > 0; --tail) {
+    const std::size_t place = search.Next(least);
+    if (place == All()) break;
     first = place;
-    --tail;
   }
   return first;
 }
@@ -124,7 +157,6 @@ std::size_t ShownTraces::FirstRowFrom(std::uint64_t place) {
   if (m_all) return from;
   m_next = from;
   if (m_context > 0) return 0;  // what stands beside comes first
-  for (std::size_t before = from; before-- > 0 && m_places.empty();)
-    if (PassesAt(before)) Add(before, false);
+  if (const std::size_t before = Backward(*this, from).Next(0); before < All()) Add(before, false);
   return m_places.size();
 }

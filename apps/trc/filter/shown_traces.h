@@ -41,9 +41,9 @@ class ShownTraces {
   void Keep(Test test);
   // The next trace for which the test may hold, from the one given last on: its position, All() if
   // there is none, nothing if it is not known yet. The others are passed over without a test.
-  // It is asked only for the traces from --from on, in order; each answer is used once.
+  // It is asked only for the traces from one on, in order or backward; each answer is used once.
   using NextCandidate = std::function<std::optional<std::size_t>()>;
-  using Candidates = std::function<NextCandidate(std::size_t from)>;
+  using Candidates = std::function<NextCandidate(std::size_t from, bool backward)>;
   void PassOver(Candidates candidates) { m_candidates = std::move(candidates); }
   void OnLook(Look look) { m_look = std::move(look); }
   // Of the traces that are kept: those of --from, --tail and --count, with --context beside them.
@@ -84,6 +84,7 @@ class ShownTraces {
   void Step(std::size_t place);
   void Add(std::size_t place, bool beside);
   bool IsFull() const { return m_chosen >= m_count && m_next >= m_besideEnd; }
+  class Backward;
   std::size_t PlaceOfTail(std::uint64_t from, std::uint64_t tail);
 
   CTraceDoc& m_document;

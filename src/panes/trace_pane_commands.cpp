@@ -4,6 +4,7 @@
 #include "listview/details/trace_detail_dialog.h"
 #include "listview/source/open_source.h"
 #include "panes/trace_pane.h"
+#include "panes/tree_as_text.h"
 #include "tree/filter/filter_dialog.h"
 #include "tree/find/find_search.h"
 #include "tree/find/find_settings.h"
@@ -69,8 +70,11 @@ void TracePane::OnSynchronize() {
 void TracePane::OnFilter() {
   m_filter.MergeDocumentNames(m_document);
   CTraceFilter before = m_filter;
-  CFilterDialog dialog(GetHost(), m_filter, m_document.m_names);
-  if (dialog.DoModal() != CDialog::kIdOk) return;
+  auto* const taker = dynamic_cast<TreeTextTaker*>(GetParentFrame());
+  std::string text;
+  const int answer = RunFilterDialog(m_document, m_filter, taker ? &text : nullptr);
+  if (answer == CFilterDialog::kIdAsText) taker->TakeTreeText(text);
+  if (answer != CDialog::kIdOk) return;
   if (Rebuild())
     m_filterChanged = true;
   else

@@ -14,7 +14,8 @@
 CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
     : CMDIChildWnd(parent),
       m_main(parent),
-      m_filter(parent.Tessera().Faces(), [this] { return ShownPane(); }) {
+      m_filter([this](FilterLine& line) { return m_main.Tessera().Faces().CreateFilterLine(line); },
+               [this] { return ShownPane(); }) {
   AddPane(ID_VIEW_PROC, [this](CTraceDoc& document) {
     ShellFaces& faces = m_main.Tessera().Faces();
     return std::make_unique<CProcView>(

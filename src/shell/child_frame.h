@@ -7,13 +7,14 @@
 #include <functional>
 
 #include "docview/frame.h"
-#include "shell/frame_filter.h"
+#include "panes/tree_as_text.h"
+#include "shell/filterline/frame_filter.h"
 
 class CMainFrame;
 class CTraceDoc;
 class TracePane;
 
-class CTraceChildFrame : public CMDIChildWnd {
+class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
  public:
   explicit CTraceChildFrame(CMainFrame& parent);
 
@@ -27,6 +28,8 @@ class CTraceChildFrame : public CMDIChildWnd {
   void OnContextMenu(int screenXPx, int screenYPx) override;
 
   bool IsTreeShown() const { return m_shown == kTree; }
+  // As Text in the filter dialog of a pane.
+  void TakeTreeText(const std::string& text) override { m_filter.TakeTree(text); }
   // Null before the list exists.
   TracePane* ShownPane() const;
   FrameFilter& Filter() { return m_filter; }

@@ -5,6 +5,7 @@
 #include "shell/child_frame.h"
 #include "shell_fixture.h"
 #include "support/short_pieces.h"
+#include "tree/filter/filter_tree_text.h"
 #include "tree/proc/proc_view.h"
 
 namespace {
@@ -45,6 +46,10 @@ class FilterText : public ShellTest {
     ASSERT_TRUE(Line());
     Line()->m_line.Edit(text);
     Line()->m_line.Apply();
+  }
+  void RunDialog(unsigned command, const std::function<void(CFilterDialog&)>& script) {
+    m_host.AnswerDialog([&](CDialog& dialog) { script(dynamic_cast<CFilterDialog&>(dialog)); });
+    ASSERT_TRUE(Frame().OnCommand(command));
   }
   void OpenMenu(int row, Column column) {
     List().List().SetItemState(-1, 0, kRowSelected);
@@ -254,6 +259,88 @@ TEST_F(FilterText, AnItemOfTheTreeOffersItsComponentThreadProcessApplicationOrMa
                             "&Only This Component \"Net\""}));
   ASSERT_TRUE(Frame().OnCommand(ID_FILTER_ONLYTHIS));
   EXPECT_EQ(tree.Model().TraceCount(), 3);
+}
+
+// ---- the filter dialog's tree
+
+TEST_F(FilterText, AsTextPutsTheTreeIntoTheLineAndOneStepLeadsBack) {
+  Start();
+  OpenFile();
+  RunDialog(ID_VIEW_FILTER, [](CFilterDialog& dialog) {
+    dialog.OnTreeClick(&NodeAt(dialog, {"All Components", "Net"}), true);
+    dialog.OnOK();
+  });
+  EXPECT_EQ(Rows(), "2 4 6 ");
+  EXPECT_EQ(Line(), nullptr);
+  RunDialog(ID_VIEW_FILTER, [](CFilterDialog& dialog) {
+    dialog.OnTreeClick(&NodeAt(dialog, {"All Threads", "web", "PID:812", "TID:main"}), true);
+    dialog.OnAsText();
+  });
+  ASSERT_TRUE(Line());
+  EXPECT_EQ(Line()->m_text, "component == \"Job & queue\" and pid == 812 and tid == worker");
+  EXPECT_EQ(Rows(), "4 6 ");
+  EXPECT_EQ(List().m_filter.allTraces, 1);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  EXPECT_EQ(Rows(), "2 4 6 ");
+  EXPECT_EQ(Line()->m_text, "");
+  EXPECT_EQ(List().m_filter.components[8], 0);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERFORWARD));
+  EXPECT_EQ(Rows(), "4 6 ");
+  EXPECT_EQ(List().m_filter.allTraces, 1);
+}
+
+TEST_F(FilterText, ATextOpensInTheDialogAsTheTreeOfWhatIsShown) {
+  Start();
+  OpenFile();
+  RunDialog(ID_VIEW_FILTER, [](CFilterDialog& dialog) {
+    dialog.OnTreeClick(&NodeAt(dialog, {"All Components", "Net"}), true);
+    dialog.OnOK();
+  });
+  Apply("not tid == main");
+  EXPECT_EQ(Line()->m_line.WhyNoTree(), "");
+  m_host.AnswerDialog([](CDialog& dialog) {
+    auto& filter = dynamic_cast<CFilterDialog&>(dialog);
+    EXPECT_EQ(NodeAt(filter, {"All Components", "Net"}).State(), FilterState::Unchecked);
+    EXPECT_EQ(NodeAt(filter, {"All Threads", "web", "PID:812", "TID:main"}).State(),
+              FilterState::Unchecked);
+    EXPECT_FALSE(filter.m_takeAsText);
+    dialog.OnOK();
+  });
+  Line()->m_line.OpenAsTree();
+  EXPECT_EQ(Rows(), "4 6 ");
+  EXPECT_EQ(Line()->m_text, "");
+  EXPECT_FALSE(List().m_filter.where);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  EXPECT_EQ(Line()->m_text, "not tid == main");
+  EXPECT_EQ(Rows(), "4 6 ");
+  EXPECT_EQ(List().m_filter.threads[1].processes[3].threadMarks[4], 1);
+}
+
+TEST_F(FilterText, ADialogOfATextThatIsCancelledChangesNothing) {
+  Start();
+  OpenFile();
+  Apply("tid == main");
+  m_host.AnswerDialog([](CDialog& dialog) { dialog.OnCancel(); });
+  Line()->m_line.OpenAsTree();
+  EXPECT_EQ(Line()->m_text, "tid == main");
+  EXPECT_EQ(Rows(), "1 2 3 ");
+  EXPECT_EQ(List().m_filter.allTraces, 1);
+  Apply("text contains \"1\"");
+  EXPECT_EQ(Line()->m_line.WhyNoTree(), "Column 1: the filter dialog cannot say \"text contains\"");
+}
+
+TEST_F(FilterText, TheOtherPaneTakesTheTextOfTheTreeWithIt) {
+  Start();
+  OpenFile();
+  RunDialog(ID_VIEW_FILTER, [](CFilterDialog& dialog) {
+    dialog.OnTreeClick(&NodeAt(dialog, {"All Components", "Net"}), true);
+    dialog.OnAsText();
+  });
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  auto& tree = dynamic_cast<CProcView&>(*Child().GetActiveView());
+  EXPECT_EQ(tree.Model().TraceCount(), 3);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  EXPECT_EQ(tree.Model().TraceCount(), 6);
 }
 
 }  // namespace

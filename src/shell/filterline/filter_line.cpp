@@ -104,23 +104,88 @@ bool FilterLine::Release() {
 // ---- steps
 
 bool FilterLine::GoBack() {
-  if (!m_steps.Back()) return false;
-  if (ApplyText(m_steps.Text())) return true;
-  m_steps.Forward();
-  return false;
+  return CanGoBack() && Walk(true);
 }
 
 bool FilterLine::GoForward() {
-  if (!m_steps.Forward()) return false;
-  if (ApplyText(m_steps.Text())) return true;
-  m_steps.Back();
-  return false;
+  return CanGoForward() && Walk(false);
+}
+
+bool FilterLine::Walk(bool back) {
+  const FilterSteps::Step to = back ? m_steps.Before() : m_steps.Behind();
+  FilterSteps::Tree left;
+  std::string before = m_text;
+  Put(to.text);
+  bool applied = true;
+  if (to.tree) {
+    left = std::make_shared<const CTraceFilter>(m_owner.FilterInForce());
+    CTraceFilter filter = *to.tree;
+    filter.where = m_program;
+    applied = m_owner.ApplyFilter(filter);
+  } else if (GetState() != State::InForce) {
+    applied = m_owner.ApplyWhere(m_program);
+  }
+  if (applied) {
+    m_source.Send(m_program);
+    back ? m_steps.Back(std::move(left)) : m_steps.Forward(std::move(left));
+    NoteRecentFilter(m_text);
+    m_recentPlace = 0;
+  } else {
+    Put(std::move(before));
+  }
+  UpdateFace();
+  return applied;
 }
 
 bool FilterLine::AddStep(const std::string& step) {
   const WhereProgramPtr inForce = m_owner.WhereInForce();
   std::optional<std::string> both = WithStep(inForce ? inForce->Text() : std::string(), step);
   return both && ApplyText(std::move(*both));
+}
+
+// ---- the filter dialog's tree
+
+bool FilterLine::ApplyTree(CTraceFilter tree, std::string text) {
+  auto before = std::make_shared<const CTraceFilter>(m_owner.FilterInForce());
+  std::string typed = m_text;
+  Put(std::move(text));
+  tree.where = m_program;
+  const bool applied = !m_error && m_owner.ApplyFilter(tree);
+  if (applied) {
+    m_source.Send(m_program);
+    m_steps.Go(m_text, std::move(before));
+    NoteRecentFilter(m_text);
+    m_recentPlace = 0;
+  } else {
+    Put(std::move(typed));
+  }
+  UpdateFace();
+  return applied;
+}
+
+bool FilterLine::TakeTree(const std::string& text) {
+  CTraceFilter all = m_owner.FilterInForce();
+  const std::string inForce = all.where ? all.where->Text() : std::string();
+  std::optional<std::string> both = text.empty() ? inForce : WithStep(inForce, text);
+  if (!both) return false;
+  all.ShowAll();
+  return ApplyTree(std::move(all), std::move(*both));
+}
+
+bool FilterLine::BecomeTree(CTraceFilter tree) {
+  return ApplyTree(std::move(tree), std::string());
+}
+
+std::string FilterLine::WhyNoTree() const {
+  if (m_error) return Message();
+  if (!m_program) return "There is no filter text.";
+  WhereError error;
+  if (m_owner.IsTree(m_program->Expr(), error)) return {};
+  return "Column " + std::to_string(ColumnOf(m_text, error.place)) + ": " + error.reason;
+}
+
+void FilterLine::OpenAsTree() const {
+  if (m_program) m_owner.OpenAsTree(m_program->Expr());
 }
 
 // ---- completion

@@ -14,35 +14,12 @@
 #include <string>
 #include <vector>
 
-#include "docview/view.h"
 #include "shell/filterline/filter_at_source.h"
+#include "shell/filterline/filter_line_owner.h"
+#include "shell/filterline/filter_steps.h"
 #include "shell/filterline/stored_filters.h"
 #include "where/complete/where_complete.h"
-#include "where/steps/where_steps.h"
 #include "where/where_program.h"
-
-class FilterLineOwner {
- public:
-  // What filters the shown pane; null: no text.
-  virtual WhereProgramPtr WhereInForce() const = 0;
-  // Null: all that the filter dialog shows. False: the user cancelled, and nothing has changed.
-  virtual bool ApplyWhere(const WhereProgramPtr& program) = 0;
-  // The names that the document has for a field.
-  virtual std::vector<std::string> WhereNamesOf(WhereField field) const = 0;
-  // Escape in the line.
-  virtual void PutAwayFilterLine() = 0;
-
- protected:
-  ~FilterLineOwner() = default;
-};
-
-// The line's window. SetFocus gives its text the focus, all of it selected.
-class FilterLineFace : public ViewControl {
- public:
-  virtual bool HasFocus() const = 0;
-  // The text, its error or what is in force have changed.
-  virtual void Update() = 0;
-};
 
 class FilterLine {
  public:
@@ -92,6 +69,17 @@ class FilterLine {
   // Adds a test to the text in force. False: the two make no text, or the user cancelled.
   bool AddStep(const std::string& step);
 
+  // The tree of the filter dialog as text, added to the text in force; the tree shows all then. One
+  // step. False: the two make no text, or the user cancelled.
+  bool TakeTree(const std::string& text);
+  // The marks of a tree in place of those in force and of the text. One step. False: the user
+  // cancelled.
+  bool BecomeTree(CTraceFilter tree);
+  // Why the text does not open in the filter dialog; empty: it does.
+  std::string WhyNoTree() const;
+  // Shows that dialog. REQUIRES: the text opens in it.
+  void OpenAsTree() const;
+
   std::vector<WhereCompletion> CompletionsAt(std::size_t caret) const;
   // Inserts it and gives the place behind it.
   std::size_t Complete(const WhereCompletion& completion);
@@ -104,6 +92,8 @@ class FilterLine {
  private:
   void Put(std::string text);
   bool IsBlank() const;
+  bool ApplyTree(CTraceFilter tree, std::string text);
+  bool Walk(bool back);
   bool ShowRecent(std::size_t place);
 
   FilterLineOwner& m_owner;
@@ -112,7 +102,7 @@ class FilterLine {
   std::string m_text;
   std::optional<WhereError> m_error;
   WhereProgramPtr m_program;  // of the text, if it is right and not blank
-  WhereSteps m_steps;
+  FilterSteps m_steps;
   std::vector<std::string> m_recent;  // while they are walked
   std::size_t m_recentPlace = 0;      // 0: what was typed, else one more than the place in m_recent
   std::string m_typed;

@@ -64,3 +64,15 @@ void CFilterDialog::OnOK() {
   m_tree->WriteMarks();
   CDialog::OnOK();
 }
+
+void CFilterDialog::OnAsText() {
+  const std::vector<int> before = m_tree->Marks();
+  m_tree->WriteMarks();
+  const CTraceFilter chosen = m_filter;
+  m_tree->SetMarks(before);
+  std::string why;
+  if (m_takeAsText(chosen, &why))
+    EndDialog(kIdAsText);
+  else
+    GetHost().MessageBox({.text = "This tree cannot be written as a filter text: " + why + "."});
+}

@@ -9,6 +9,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "docview/dialogs/dialog.h"
@@ -23,6 +24,8 @@ class CFilterDialog : public CDialog {
       "Check the types you want to include in the trace output (selecting a node automatically "
       "includes all child nodes):";
   static constexpr unsigned kTree = 1112;  // the control's id
+  // "As Text": the button, and what DoModal returns then.
+  static constexpr int kIdAsText = 1222;
   // The branches with names below them.
   static constexpr const char *kComponents = "All Components", *kCategories = "All Categories",
                               *kApplications = "All Applications", *kThreads = "All Threads";
@@ -31,10 +34,16 @@ class CFilterDialog : public CDialog {
 
   CFilterDialog(Host& host, CTraceFilter& filter, NameMap& names);
 
+  // Takes what the tree shows as a text. False and a reason: the dialog says it and stays. Without
+  // one there is no such button.
+  std::function<bool(const CTraceFilter& chosen, std::string* why)> m_takeAsText;
+
   // Makes the tree, with nothing expanded.
   void OnInitDialog() override;
   // Writes the marks, then ends with kIdOk.
   void OnOK() override;
+  // Hands out what OK would leave, then ends with kIdAsText. The marks stay.
+  void OnAsText();
 
   // A click on the tree: `node` is the node at that point, or null. It is selected wherever in its
   // row the click was; a click on its box also toggles it. Returns true: the control must do

@@ -53,6 +53,24 @@ void FilterNode::WriteMarks() const {
   for (const auto& child : m_children) child->WriteMarks();
 }
 
+void FilterNode::AddMarks(std::vector<int>& marks) const {
+  marks.push_back(m_mark);
+  for (const auto& child : m_children) child->AddMarks(marks);
+}
+
+// Gives the place behind the last one that it has taken.
+const int* FilterNode::SetMarks(const int* marks) const {
+  m_mark = *marks++;
+  for (const auto& child : m_children) marks = child->SetMarks(marks);
+  return marks;
+}
+
+std::vector<int> FilterTree::Marks() const {
+  std::vector<int> marks;
+  m_root.AddMarks(marks);
+  return marks;
+}
+
 void FilterTree::Toggle(FilterNode& node) {
   node.SetBelow(node.m_state == FilterState::Checked ? FilterState::Unchecked
                                                      : FilterState::Checked);

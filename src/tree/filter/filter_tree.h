@@ -46,6 +46,8 @@ class FilterNode {
   FilterState Refresh();
   void SetBelow(FilterState state);
   void WriteMarks() const;
+  void AddMarks(std::vector<int>& marks) const;
+  const int* SetMarks(const int* marks) const;
 
   const std::string m_label;
   int& m_mark;
@@ -69,6 +71,9 @@ class FilterTree {
   void Toggle(FilterNode& node);
   // Writes 1 to the marks of checked nodes, 0 to all others.
   void WriteMarks() const { m_root.WriteMarks(); }
+  // The marks as they are, in the order of the nodes, and back.
+  std::vector<int> Marks() const;
+  void SetMarks(const std::vector<int>& marks) const { m_root.SetMarks(marks.data()); }
 
  private:
   FilterNode m_root;

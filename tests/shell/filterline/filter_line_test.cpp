@@ -21,6 +21,21 @@ class Owner final : public FilterLineOwner {
     m_inForce = program;
     return true;
   }
+  CTraceFilter FilterInForce() const override {
+    CTraceFilter filter = m_marks;
+    filter.where = m_inForce;
+    return filter;
+  }
+  bool ApplyFilter(const CTraceFilter& filter) override {
+    if (!ApplyWhere(filter.where)) return false;
+    m_marks = filter;
+    return true;
+  }
+  bool IsTree(const WhereExpr& expr, WhereError& error) const override {
+    error = {expr.place, expr.length, "no tree says this", {}};
+    return expr.kind == WhereExpr::Kind::Test;
+  }
+  void OpenAsTree(const WhereExpr&) override { ++m_opened; }
   std::vector<std::string> WhereNamesOf(WhereField field) const override {
     return field == WhereField::Component ? Strings{"Sql", "two words", "bad\xFFname"} : Strings{};
   }
@@ -28,6 +43,8 @@ class Owner final : public FilterLineOwner {
   std::string Text() const { return m_inForce ? m_inForce->Text() : "(all)"; }
 
   WhereProgramPtr m_inForce;
+  CTraceFilter m_marks;
+  int m_opened = 0;
   bool m_cancels = false;
   int m_asked = 0;
 };
@@ -258,6 +275,88 @@ TEST(SavedFilters, AreSortedReplacedByNameAndDeleted) {
   DeleteSavedFilter("sLow");
   EXPECT_EQ(ReadSavedFilters().size(), 99U);
   SetSettingsFile("");
+}
+
+// ---- the filter dialog's tree
+
+TEST_F(FilterLineTest, ATreeAsTextIsAddedToTheTextInForceAndItsMarksGoInTheSameStep) {
+  Type("verbose");
+  m_owner.m_marks.allTraces = m_owner.m_marks.allSeverities = 0;
+  m_owner.m_marks.severities = {0, 1, 1};
+  m_owner.m_asked = 0;
+  ASSERT_TRUE(m_line.TakeTree("severity >= warn"));
+  EXPECT_EQ(m_owner.m_asked, 1);
+  EXPECT_EQ(m_owner.Text(), "verbose and severity >= warn");
+  EXPECT_EQ(m_owner.m_marks.allTraces, 1);
+  EXPECT_EQ(m_line.GetState(), FilterLine::State::InForce);
+  ASSERT_TRUE(m_line.GoBack());
+  EXPECT_EQ(m_owner.Text(), "verbose");
+  EXPECT_EQ(m_line.Text(), "verbose");
+  EXPECT_EQ(m_owner.m_marks.severities, (std::vector<int>{0, 1, 1}));
+  EXPECT_EQ(m_owner.m_marks.allTraces, 0);
+  ASSERT_TRUE(m_line.GoForward());
+  EXPECT_EQ(m_owner.Text(), "verbose and severity >= warn");
+  EXPECT_EQ(m_owner.m_marks.allTraces, 1);
+}
+
+TEST_F(FilterLineTest, ATreeThatWasChangedBehindAStepIsThereWhenOneComesBack) {
+  m_line.TakeTree("verbose");
+  m_owner.m_marks.allTraces = 0;
+  m_line.GoBack();
+  EXPECT_EQ(m_owner.m_marks.allTraces, 1);
+  m_line.GoForward();
+  EXPECT_EQ(m_owner.m_marks.allTraces, 0);
+}
+
+TEST_F(FilterLineTest, AStepWithoutATreeLeavesTheMarksAsTheyAre) {
+  Type("verbose");
+  Type("stack");
+  m_owner.m_marks.allTraces = 0;
+  m_line.GoBack();
+  EXPECT_EQ(m_owner.m_marks.allTraces, 0);
+}
+
+TEST_F(FilterLineTest, ATreeTakesThePlaceOfTheTextAndOneStepLeadsBack) {
+  Type("severity >= warn");
+  CTraceFilter tree;
+  tree.allTraces = tree.allSeverities = tree.severities[0] = 0;
+  ASSERT_TRUE(m_line.BecomeTree(tree));
+  EXPECT_EQ(m_owner.Text(), "(all)");
+  EXPECT_EQ(m_line.Text(), "");
+  EXPECT_EQ(m_owner.m_marks.severities[0], 0);
+  ASSERT_TRUE(m_line.GoBack());
+  EXPECT_EQ(m_owner.Text(), "severity >= warn");
+  EXPECT_EQ(m_owner.m_marks.severities[0], 1);
+}
+
+TEST_F(FilterLineTest, ACancelledStepOfATreeChangesNothing) {
+  Type("verbose");
+  m_line.Edit("stac");
+  m_owner.m_cancels = true;
+  EXPECT_FALSE(m_line.TakeTree("stack"));
+  EXPECT_FALSE(m_line.BecomeTree(CTraceFilter()));
+  EXPECT_EQ(m_line.Text(), "stac");
+  EXPECT_EQ(m_owner.Text(), "verbose");
+  m_owner.m_cancels = false;
+  m_line.TakeTree("stack");
+  m_owner.m_cancels = true;
+  EXPECT_FALSE(m_line.GoBack());
+  EXPECT_EQ(m_line.Text(), "verbose and stack");
+  m_owner.m_cancels = false;
+  EXPECT_TRUE(m_line.GoBack());
+  EXPECT_EQ(m_owner.Text(), "verbose");
+}
+
+TEST_F(FilterLineTest, WhyATextIsNoTreeHasItsColumn) {
+  EXPECT_EQ(m_line.WhyNoTree(), "There is no filter text.");
+  m_line.Edit("sev");
+  EXPECT_EQ(m_line.WhyNoTree(), m_line.Message());
+  m_line.Edit("  (verbose or stack)");
+  EXPECT_EQ(m_line.WhyNoTree(), "Column 3: no tree says this");
+  m_line.Edit("verbose");
+  EXPECT_EQ(m_line.WhyNoTree(), "");
+  m_line.OpenAsTree();
+  EXPECT_EQ(m_owner.m_opened, 1);
 }
 
 }  // namespace

@@ -303,3 +303,43 @@ TEST_F(FilterLineTest, AWindowWithALineClosesWithIt) {
   EXPECT_TRUE(Until([this] { return Frame().Children().empty(); }));
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
+
+TEST_F(FilterLineTest, TheMenuOpensATextInTheDialogAndTheDialogGivesItBack) {
+  Start();
+  OpenTraces();
+  CtrlL();
+  const auto item = [&] {
+    QMenu& menu = *Line()->Filters().menu();
+    emit menu.aboutToShow();
+    for (QAction* const action : menu.actions())
+      if (action->text() == QLatin1String("Open in Filter Dialo&g...")) return action;
+    return static_cast<QAction*>(nullptr);
+  };
+  const auto runDialog = [&](const char* button, const std::function<void()>& open) {
+    m_host.Post(MustRun([button] {
+      auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      ASSERT_TRUE(window && QTest::qWaitForWindowActive(window));
+      auto* const pressed = window->findChild<QPushButton*>(QLatin1String(button));
+      EXPECT_TRUE(pressed);
+      if (pressed) QTest::mouseClick(pressed, Qt::LeftButton);
+      if (window->isVisible()) window->reject();
+    }));
+    open();
+    Settle();
+  };
+  EXPECT_FALSE(item()->isEnabled());
+  Type("text contains x");
+  EXPECT_FALSE(item()->isEnabled());
+  EXPECT_EQ(item()->toolTip(),
+            QLatin1String("Column 1: the filter dialog cannot say \"text contains\""));
+  Edit().selectAll();
+  Type("component == Net");
+  Key(&Edit(), Qt::Key_Return);
+  ASSERT_TRUE(item()->isEnabled());
+  runDialog("1", [&] { item()->trigger(); });
+  EXPECT_EQ(Edit().text(), QString());
+  EXPECT_EQ(RowCount(), 3);
+  runDialog("1222", [&] { Frame().OnCommand(ID_VIEW_FILTER); });
+  EXPECT_EQ(Edit().text(), QLatin1String("component == Net"));
+  EXPECT_EQ(RowCount(), 3);
+}

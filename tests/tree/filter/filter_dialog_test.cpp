@@ -325,4 +325,49 @@ TEST_F(FilterDialog, RunAgainItShowsTheFilterAsItIsThen) {
   dialog.DoModal();
 }
 
+TEST_F(FilterDialog, AsTextHandsOutWhatOkWouldLeaveAndLeavesTheMarks) {
+  FillFilter();
+  m_filter.allTraces = m_filter.allComponents = m_filter.components[3] = 0;
+  m_host.AnswerDialog([](CDialog& dialog) {
+    Click(dialog, kWarn);
+    Click(dialog, {"All Components", "Db"});
+    Click(dialog, {"All Components", "net"});
+    As(dialog).OnAsText();
+    EXPECT_TRUE(dialog.Ended());
+  });
+  CFilterDialog dialog(m_host, m_filter, m_names);
+  CTraceFilter chosen;
+  dialog.m_takeAsText = [&](const CTraceFilter& taken, std::string*) {
+    chosen = taken;
+    return true;
+  };
+  EXPECT_EQ(dialog.DoModal(), CFilterDialog::kIdAsText);
+  EXPECT_EQ(chosen.severities, (std::vector<int>{1, 0, 1}));
+  EXPECT_EQ(chosen.components, (std::map<NameId, int>{{3, 1}, {4, 0}}));
+  EXPECT_EQ(chosen.allSeverities + chosen.allComponents + chosen.allTraces, 0);
+  EXPECT_EQ(chosen.allThreads, 1);
+  EXPECT_EQ(m_filter.severities, (std::vector<int>{1, 1, 1}));
+  EXPECT_EQ(m_filter.components, (std::map<NameId, int>{{3, 0}, {4, 1}}));
+  EXPECT_EQ(m_filter.allSeverities, 1);
+  EXPECT_EQ(m_filter.threads[1].processes[7].threadMarks[9], 1);
+}
+
+TEST_F(FilterDialog, ATreeThatIsNoTextIsToldAndTheDialogStays) {
+  m_host.AnswerDialog([](CDialog& dialog) {
+    As(dialog).OnAsText();
+    EXPECT_FALSE(dialog.Ended());
+    dialog.OnCancel();
+  });
+  CFilterDialog dialog(m_host, m_filter, m_names);
+  dialog.m_takeAsText = [](const CTraceFilter&, std::string* why) {
+    *why = "two components are named Net";
+    return false;
+  };
+  EXPECT_EQ(dialog.DoModal(), CDialog::kIdCancel);
+  EXPECT_NE(m_host.Reported().find("This tree cannot be written as a filter text: two components "
+                                   "are named Net."),
+            std::string::npos)
+      << m_host.Reported();
+}
+
 }  // namespace

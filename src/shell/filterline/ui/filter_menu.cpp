@@ -5,6 +5,7 @@
 #include <QPointer>
 
 #include "base/text.h"
+#include "docview/ui/plain_tool_tip.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ FilterMenu::FilterMenu(FilterLine& line, QWidget* parent)
   setToolTip(QStringLiteral("Recent and saved filters"));
   setAutoDefault(false);
   setFocusPolicy(Qt::TabFocus);
+  m_menu->setToolTipsVisible(true);
   setMenu(m_menu);
   connect(m_menu, &QMenu::aboutToShow, this, [this] { Fill(); });
 }
@@ -58,6 +60,7 @@ void FilterMenu::FillSaved() {
   QAction* const save =
       m_menu->addAction(QStringLiteral("&Save As..."), this, [this] { SaveAs(); });
   save->setEnabled(m_line->CanBeSaved());
+  AddOpenAsTree();
   QMenu* const remove = m_menu->addMenu(QStringLiteral("&Delete"));
   for (const SavedFilter& filter : saved)
     remove->addAction(ItemText(filter.name, fontMetrics()), this,
@@ -77,6 +80,18 @@ void FilterMenu::AddSource() {
   connect(item, &QAction::toggled, this, [this](bool on) {
     if (m_line) m_line->SetAtSource(on);
   });
+}
+
+void FilterMenu::AddOpenAsTree() {
+  QAction* const open =
+      m_menu->addAction(QStringLiteral("Open in Filter Dialo&g..."), this, [this] {
+        if (m_line) m_line->OpenAsTree();
+      });
+  const QString whyNot = QString::fromStdString(ReplaceMalformed(m_line->WhyNoTree()));
+  open->setEnabled(whyNot.isEmpty());
+  open->setToolTip(PlainToolTip(
+      whyNot.isEmpty() ? QStringLiteral("Show the same traces by the tree of the filter dialog")
+                       : whyNot));
 }
 
 void FilterMenu::Apply(const std::string& text) {

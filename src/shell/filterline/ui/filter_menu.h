@@ -21,6 +21,7 @@ class FilterMenu : public QPushButton {
   void FillRecent();
   void FillSaved();
   void AddSource();
+  void AddOpenAsTree();
   void Apply(const std::string& text);
   void SaveAs();
 

@@ -3,10 +3,12 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 
 #include "docview/ui/dialog_parts.h"
+#include "docview/ui/plain_tool_tip.h"
 #include "tree/filter/ui/filter_boxes.h"
 #include "tree/filter/ui/filter_model.h"
 
@@ -30,8 +32,18 @@ FilterFace::FilterFace(CFilterDialog& dialog, QWidget* parent)
   text->setBuddy(m_tree);
   layout->addWidget(text);
   layout->addWidget(m_tree, 1);
-  layout->addWidget(MakeDialogButtons(*this, false).box);
+  QDialogButtonBox* const buttons = MakeDialogButtons(*this, false).box;
+  if (m_dialog.m_takeAsText) AddAsText(*buttons);
+  layout->addWidget(buttons);
   m_tree->setFocus();
+}
+
+void FilterFace::AddAsText(QDialogButtonBox& buttons) {
+  QPushButton* const asText =
+      AddButton(buttons, CFilterDialog::kIdAsText, "As &Text", QDialogButtonBox::ActionRole);
+  SetPlainToolTip(*asText,
+                  "Filter by a text that shows the same traces, in the line above the rows");
+  connect(asText, &QPushButton::clicked, this, [this] { Forward([&] { m_dialog.OnAsText(); }); });
 }
 
 QTreeView* FilterFace::MakeTree() {

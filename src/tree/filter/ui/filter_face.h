@@ -7,6 +7,7 @@
 #include "tree/filter/filter_dialog.h"
 
 class FilterModel;
+class QDialogButtonBox;
 class QModelIndex;
 class QTreeView;
 
@@ -19,6 +20,7 @@ class FilterFace final : public QtDialogFace {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void AddAsText(QDialogButtonBox& buttons);
   QTreeView* MakeTree();
   void OnBoxClicked(const QModelIndex& index);
 

@@ -264,3 +264,24 @@ TEST_F(FilterFaceTest, ALongNameIsReachedByScrolling) {
     EXPECT_GT(tree.columnWidth(0), tree.viewport()->width());
   });
 }
+
+TEST_F(FilterFaceTest, WhereALineTakesItTheTreeIsWrittenAsTextByAButton) {
+  m_dialog.m_takeAsText = [](const CTraceFilter& chosen, std::string*) {
+    return chosen.severities[1] == 0;
+  };
+  EXPECT_EQ(Run([](QDialog& window, QTreeView& tree) {
+              auto* const button = window.findChild<QPushButton*>("1222");
+              ASSERT_TRUE(button);
+              EXPECT_EQ(button->text(), "As &Text");
+              EXPECT_FALSE(button->isDefault());
+              EXPECT_FALSE(button->accessibleDescription().isEmpty());
+              tree.expandAll();
+              QTest::keyClick(&tree, Qt::Key_Home);
+              for (int i = 0; i < 3; ++i) QTest::keyClick(&tree, Qt::Key_Down);
+              QTest::keyClick(&tree, Qt::Key_Space);
+              QTest::mouseClick(button, Qt::LeftButton);
+              EXPECT_FALSE(window.isVisible());
+            }),
+            CFilterDialog::kIdAsText);
+  EXPECT_EQ(m_filter.severities, (std::vector<int>{1, 1, 1}));
+}

@@ -1,10 +1,13 @@
-#include "shell/frame_filter.h"
+#include "shell/filterline/frame_filter.h"
 
 #include <algorithm>
 #include <utility>
 
+#include "docview/dialogs/dialog.h"
 #include "panes/document_names.h"
 #include "panes/trace_pane.h"
+#include "panes/tree_as_text.h"
+#include "tree/filter/text/filter_of_text.h"
 
 void FrameFilter::OnCreate(ChildFrameFace& window) {
   m_window = &window;
@@ -20,7 +23,7 @@ void FrameFilter::OnPane() {
 
 void FrameFilter::Show() {
   if (m_face || !m_window) return;
-  m_face = m_faces.CreateFilterLine(m_line);
+  m_face = m_makeFace(m_line);
   m_line.SetFace(m_face.get());
   m_window->ShowBar(m_face.get());
   OnPane();
@@ -70,6 +73,43 @@ WhereProgramPtr FrameFilter::WhereInForce() const {
 
 bool FrameFilter::ApplyWhere(const WhereProgramPtr& program) {
   return m_shown() && m_shown()->SetWhere(program);
+}
+
+// ---- the filter dialog's tree
+
+void FrameFilter::TakeTree(const std::string& text) {
+  if (m_line.TakeTree(text)) Show();
+}
+
+CTraceFilter FrameFilter::FilterInForce() const {
+  const TracePane* const pane = m_shown();
+  return pane ? pane->m_filter : CTraceFilter();
+}
+
+bool FrameFilter::ApplyFilter(const CTraceFilter& filter) {
+  TracePane* const pane = m_shown();
+  if (!pane || !pane->SetFilter(filter, true)) return false;
+  pane->m_filterChanged = true;
+  return true;
+}
+
+bool FrameFilter::IsTree(const WhereExpr& expr, WhereError& error) const {
+  const TracePane* const pane = m_shown();
+  if (!pane) return false;
+  CTraceFilter filter = pane->m_filter;
+  filter.MergeDocumentNames(pane->Document());
+  return FilterOfText(expr, FilterNamesOf(pane->Document()), filter, error);
+}
+
+void FrameFilter::OpenAsTree(const WhereExpr& expr) {
+  TracePane* const pane = m_shown();
+  if (!pane) return;
+  CTraceFilter tree = pane->m_filter;
+  tree.MergeDocumentNames(pane->Document());
+  WhereError error;
+  if (!FilterOfText(expr, FilterNamesOf(pane->Document()), tree, error)) return;
+  if (RunFilterDialog(pane->Document(), tree, nullptr) == CDialog::kIdOk)
+    m_line.BecomeTree(std::move(tree));
 }
 
 std::vector<std::string> FrameFilter::WhereNamesOf(WhereField field) const {

@@ -1,4 +1,4 @@
-#include "where/steps/where_steps.h"
+#include "shell/filterline/filter_steps.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 
 namespace {
 
-TEST(WhereSteps, TextsAreWalkedBackAndForth) {
-  WhereSteps steps;
+TEST(FilterSteps, TextsAreWalkedBackAndForth) {
+  FilterSteps steps;
   EXPECT_EQ(steps.Text(), "");
   EXPECT_FALSE(steps.Back());
   steps.Go("verbose");
@@ -22,8 +22,8 @@ TEST(WhereSteps, TextsAreWalkedBackAndForth) {
   EXPECT_EQ(steps.Text(), "verbose");
 }
 
-TEST(WhereSteps, ANewTextDropsThoseThatWereGoneBackFrom) {
-  WhereSteps steps;
+TEST(FilterSteps, ANewTextDropsThoseThatWereGoneBackFrom) {
+  FilterSteps steps;
   steps.Go("verbose");
   steps.Go("stack");
   steps.Back();
@@ -33,8 +33,8 @@ TEST(WhereSteps, ANewTextDropsThoseThatWereGoneBackFrom) {
   EXPECT_EQ(steps.Text(), "verbose");
 }
 
-TEST(WhereSteps, TheSameTextIsNoStepAndKeepsThoseBehindIt) {
-  WhereSteps steps;
+TEST(FilterSteps, TheSameTextIsNoStepAndKeepsThoseBehindIt) {
+  FilterSteps steps;
   steps.Go("");
   EXPECT_FALSE(steps.CanGoBack());
   steps.Go("verbose");
@@ -43,19 +43,38 @@ TEST(WhereSteps, TheSameTextIsNoStepAndKeepsThoseBehindIt) {
   EXPECT_TRUE(steps.CanGoForward());
 }
 
-TEST(WhereSteps, TheOldestFallsOutBehindAHundred) {
-  WhereSteps steps;
+TEST(FilterSteps, TheOldestFallsOutBehindAHundred) {
+  FilterSteps steps;
   for (int i = 0; i < 250; ++i) steps.Go("count == " + std::to_string(i));
   std::size_t texts = 1;
   while (steps.Back()) ++texts;
-  EXPECT_EQ(texts, kWhereStepsMax);
+  EXPECT_EQ(texts, kFilterStepsMax);
   EXPECT_EQ(steps.Text(), "count == 150");
 }
 
+TEST(FilterSteps, AStepWithATreeHasTheTreeOfItsOtherSide) {
+  const auto tree = std::make_shared<const CTraceFilter>();
+  const auto changed = std::make_shared<const CTraceFilter>();
+  FilterSteps steps;
+  steps.Go("verbose");
+  steps.Go("verbose", tree);
+  steps.Go("stack");
+  EXPECT_EQ(steps.Before().tree, nullptr);
+  steps.Back();
+  EXPECT_EQ(steps.Before().text, "verbose");
+  EXPECT_EQ(steps.Before().tree, tree);
+  steps.Back(changed);
+  EXPECT_EQ(steps.Before().tree, nullptr);
+  EXPECT_EQ(steps.Behind().tree, changed);
+  steps.Forward(tree);
+  EXPECT_EQ(steps.Before().tree, tree);
+  EXPECT_EQ(steps.Behind().text, "stack");
+}
+
 // Against the rule in its plain form.
-TEST(WhereSteps, RandomWalksFollowThePlainRule) {
+TEST(FilterSteps, RandomWalksFollowThePlainRule) {
   std::mt19937 random(4);
-  WhereSteps steps;
+  FilterSteps steps;
   std::vector<std::string> plain{""};
   std::size_t at = 0;
   for (int i = 0; i < 20'000; ++i) {
@@ -72,7 +91,7 @@ TEST(WhereSteps, RandomWalksFollowThePlainRule) {
       if (text != plain[at]) {
         plain.erase(plain.begin() + static_cast<std::ptrdiff_t>(at) + 1, plain.end());
         plain.push_back(text);
-        if (plain.size() > kWhereStepsMax) plain.erase(plain.begin());
+        if (plain.size() > kFilterStepsMax) plain.erase(plain.begin());
         at = plain.size() - 1;
       }
     }

@@ -1,21 +1,23 @@
 // The line of filter text of one window, its commands and the steps of its context menu.
 //
-// Owner    Owned by the frame; owns the line's face while the line is shown. Borrows the shell.
+// Owner    Owned by the frame; owns the line's face while the line is shown.
 // Threads  Interface thread.
 #pragma once
 
 #include <functional>
 #include <memory>
 
-#include "shell/faces.h"
+#include "docview/frame.h"
+#include "shell/filterline/filter_line.h"
 
 class TracePane;
 
 class FrameFilter final : private FilterLineOwner {
  public:
+  using MakeFace = std::function<std::unique_ptr<FilterLineFace>(FilterLine&)>;
   // `shown` gives the pane that the frame shows; null before it has one.
-  FrameFilter(ShellFaces& faces, std::function<TracePane*()> shown)
-      : m_faces(faces), m_shown(std::move(shown)) {}
+  FrameFilter(MakeFace makeFace, std::function<TracePane*()> shown)
+      : m_makeFace(std::move(makeFace)), m_shown(std::move(shown)) {}
 
   // The window exists: shows the line if the last one was shown, without the focus.
   void OnCreate(ChildFrameFace& window);
@@ -29,17 +31,23 @@ class FrameFilter final : private FilterLineOwner {
   void GoForward();
   // A step that the shown pane offers.
   void Take(unsigned command);
+  // The tree of the filter dialog as text. Shows the line.
+  void TakeTree(const std::string& text);
   FilterLine& Line() { return m_line; }
 
  private:
   WhereProgramPtr WhereInForce() const override;
   bool ApplyWhere(const WhereProgramPtr& program) override;
+  CTraceFilter FilterInForce() const override;
+  bool ApplyFilter(const CTraceFilter& filter) override;
+  bool IsTree(const WhereExpr& expr, WhereError& error) const override;
+  void OpenAsTree(const WhereExpr& expr) override;
   std::vector<std::string> WhereNamesOf(WhereField field) const override;
   void PutAwayFilterLine() override;
 
   void Show();
 
-  ShellFaces& m_faces;
+  const MakeFace m_makeFace;
   const std::function<TracePane*()> m_shown;
   ChildFrameFace* m_window = nullptr;
   FilterLine m_line{*this};

@@ -1,5 +1,6 @@
 // Searching the texts of a file, compared with memmem over the same texts and with PCRE2-JIT.
 #include <cstring>
+#include <memory>
 
 #include "base/mapped_file.h"
 #include "bench/bench_host.h"
@@ -11,8 +12,7 @@
 #include "tree/find/scan/text_scan.h"
 #include "tree/regex/regex.h"
 #ifdef TESSERA_BENCH_PCRE2
-#define PCRE2_CODE_UNIT_WIDTH 8
-#include <pcre2.h>
+#include "bench/pcre2_peer.h"
 #endif
 
 namespace {
@@ -152,39 +152,18 @@ constexpr Expression kExpressions[] = {
 };
 
 #ifdef TESSERA_BENCH_PCRE2
-class Pcre2 {
- public:
-  explicit Pcre2(const Expression& wanted) {
-    pcre2_compile_context* const context = pcre2_compile_context_create(nullptr);
-    pcre2_set_newline(context, PCRE2_NEWLINE_ANYCRLF);
-    int error = 0;
-    std::size_t place = 0;
-    m_code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(wanted.theirs), PCRE2_ZERO_TERMINATED,
-                           PCRE2_MULTILINE | (wanted.ignoreCase ? PCRE2_CASELESS : 0u), &error,
-                           &place, context);
-    pcre2_compile_context_free(context);
-    if (!m_code || pcre2_jit_compile(m_code, PCRE2_JIT_COMPLETE) != 0) std::exit(2);
-    m_match = pcre2_match_data_create(1, nullptr);
-  }
-  ~Pcre2() {
-    pcre2_match_data_free(m_match);
-    pcre2_code_free(m_code);
-  }
-  Pcre2(const Pcre2&) = delete;
-  Pcre2& operator=(const Pcre2&) = delete;
-  bool Finds(std::string_view text) const {
-    return pcre2_jit_match(m_code, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0, 0,
-                           m_match, nullptr) >= 0;
-  }
-
- private:
-  pcre2_code* m_code;
-  pcre2_match_data* m_match;
-};
+// Lines end as in Find.
+Pcre2Peer PeerOf(const Expression& wanted) {
+  const std::unique_ptr<pcre2_compile_context, decltype(&pcre2_compile_context_free)> context(
+      pcre2_compile_context_create(nullptr), &pcre2_compile_context_free);
+  pcre2_set_newline(context.get(), PCRE2_NEWLINE_ANYCRLF);
+  const std::uint32_t options = PCRE2_MULTILINE | (wanted.ignoreCase ? PCRE2_CASELESS : 0u);
+  return Pcre2Peer(wanted.theirs, options, context.get());
+}
 
 void BesidePeer(const Texts& texts, const Expression& wanted) {
   Prepare(wanted.ours, wanted.ignoreCase, wanted.literal, wanted.word);
-  const Pcre2 peer(wanted);
+  const Pcre2Peer peer = PeerOf(wanted);
   std::size_t hits = 0, floorHits = 0;
   const Measured measured = MeasureBeside(
       kTurns,

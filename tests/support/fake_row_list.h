@@ -91,10 +91,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   void EnsureVisible(int row) override {
     calls.push_back("visible " + std::to_string(row));
     if (row < 0 || row >= m_count) return;
-    if (row < m_top)
-      m_top = row;
-    else if (row >= m_top + CountPerPage())
-      m_top = row - CountPerPage() + 1;
+    m_top = std::clamp(m_top, row - CountPerPage() + 1, row);
     Painted();
   }
   void ShowHit(int row, ListColumn column) override {
@@ -167,10 +164,8 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   void Put(int row, unsigned newState) {
     const unsigned oldState = GetItemState(row);
     if (newState == oldState) return;
-    if (newState)
-      m_states[row] = newState;
-    else
-      m_states.erase(row);
+    m_states[row] = newState;
+    if (!newState) m_states.erase(row);
     Painted();
     m_owner.OnRowStateChanged(row, oldState, newState);
   }
@@ -188,8 +183,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
     for (int row = 0; row < m_count; ++row)
       if ((state & mask) || m_states.count(row))
         m_states[row] = (GetItemState(row) & ~mask) | (state & mask);
-    for (auto entry = m_states.begin(); entry != m_states.end();)
-      entry = entry->second ? std::next(entry) : m_states.erase(entry);
+    std::erase_if(m_states, [](const auto& entry) { return entry.second == 0; });
     Painted();
     if (focused != -1 && !(GetItemState(focused) & kRowFocused))
       m_owner.OnRowStateChanged(focused, oldState, GetItemState(focused));

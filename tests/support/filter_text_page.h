@@ -34,6 +34,7 @@ class FilterTextPage {
   std::vector<Row> fields;    // field, holds, operators
   std::vector<Row> examples;  // filter text, rows
   std::vector<Row> errors;    // filter text, place, what it says
+  std::vector<Row> trees;     // filter text, as the tree
   std::vector<Row> unknown;   // of tables with another head
 
   // "2 4-6" as {2, 4, 5, 6}.
@@ -59,6 +60,8 @@ class FilterTextPage {
       examples.push_back(row);
     else if (head == "filter text|place")
       errors.push_back(row);
+    else if (head == "filter text|as the tree")
+      trees.push_back(row);
     else
       unknown.push_back(row);
   }

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/random_where.h"
+#include "support/random_where_text.h"
 #include "where/text/where_parser.h"
 #include "where/text/where_writer.h"
 
@@ -144,7 +144,7 @@ TEST(WhereComplete, ACaretBehindTheTextIsAtItsEnd) {
 
 // What is inserted at any place of any text leaves no error before its end.
 TEST(WhereComplete, AnyCompletionOfAnyTextCanBeRead) {
-  RandomWhere random(3);
+  RandomWhereText random(3);
   std::size_t completions = 0;
   for (int i = 0; i < 400; ++i) {
     const std::string text = WhereText(random.Tree(2));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/random_where.h"
+#include "support/random_where_text.h"
 #include "where/text/where_parser.h"
 #include "where/text/where_writer.h"
 
@@ -107,7 +107,7 @@ TEST(CellStep, HostileNamesStayNames) {
 }
 
 TEST(CellStep, StepsOnRandomTextsCanBeRead) {
-  RandomWhere random(6);
+  RandomWhereText random(6);
   for (int i = 0; i < 3000; ++i) {
     const WhereExpr before = random.Tree(3), step = random.Tree(2);
     const auto both = WithStep(WhereText(before), WhereText(step));

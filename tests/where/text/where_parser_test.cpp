@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/random_where.h"
+#include "support/random_where_text.h"
 #include "where/text/where_next.h"
 #include "where/text/where_writer.h"
 
@@ -211,7 +211,7 @@ void ExpectAnswer(const std::string& text) {
 }
 
 TEST(WhereParser, EveryPrefixAndEveryChangedByteGivesAPlaceInTheText) {
-  RandomWhere random(2);
+  RandomWhereText random(2);
   for (int i = 0; i < 300; ++i) {
     const std::string text = WhereText(random.Tree(2));
     for (std::size_t length = 0; length < text.size(); ++length)

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/text.h"
-#include "support/random_where.h"
+#include "support/random_where_text.h"
 #include "where/text/where_parser.h"
 
 namespace {
@@ -16,7 +16,7 @@ std::string Normal(std::string_view text) {
 }
 
 TEST(WhereWriter, RandomTreesComeBackFromTheirTexts) {
-  RandomWhere random(1);
+  RandomWhereText random(1);
   for (int i = 0; i < 20'000; ++i) {
     const WhereExpr tree = random.Tree(i % 5);
     const std::string text = WhereText(tree);

@@ -6,9 +6,9 @@
 
 #include "where/text/where_expr.h"
 
-class RandomWhere {
+class RandomWhereText {
  public:
-  explicit RandomWhere(unsigned seed) : m_random(seed) {}
+  explicit RandomWhereText(unsigned seed) : m_random(seed) {}
 
   WhereExpr Tree(int depth) {
     const std::size_t kind = depth == 0 ? 3 : Below(4);

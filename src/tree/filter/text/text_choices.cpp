@@ -96,6 +96,11 @@ void TextChoices::AddNameClasses(FilterBranch branch, const std::map<NameId, int
   NameSet known;
   for (const auto& [id, mark] : marks) known.insert(NameOf(m_names.names, id));
   if (m_names.mayGrow) m_later[place] = LaterNames(tests, known);
+  m_isTooLarge = m_isTooLarge || known.size() * tests.size() > ThreadChoices::kLooksMax;
+  if (m_isTooLarge) {
+    known.clear();
+    m_later[place].clear();
+  }
   for (const NameSet& names : {known, m_later[place]})
     for (const std::string& name : names) m_classes[place]->Of(name);
   // Without traces there is nothing to tell apart.
@@ -158,7 +163,7 @@ ChoiceDiagram::Node TextChoices::Build(const WhereExpr& expr, bool negated,
 
 bool TextChoices::Mark(CTraceFilter& filter, std::string* why) {
   constexpr const char* kTooLarge = "too many different cases for the filter dialog";
-  if (m_threads->IsTooLarge()) return FailWith(why, kTooLarge);
+  if (m_isTooLarge || m_threads->IsTooLarge()) return FailWith(why, kTooLarge);
   std::vector<std::size_t> choices;
   for (std::size_t branch = 0; branch < kFilterBranches; ++branch)
     choices.push_back(CountOf(static_cast<FilterBranch>(branch)));

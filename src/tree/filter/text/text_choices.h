@@ -70,4 +70,5 @@ class TextChoices {
   std::array<std::unique_ptr<NameClasses>, 3> m_classes;  // components, categories, applications
   std::array<NameSet, 3> m_later;
   std::unique_ptr<ThreadChoices> m_threads;
+  bool m_isTooLarge = false;
 };

@@ -25,12 +25,31 @@ ThreadChoices::ThreadChoices(const CTraceFilter& filter, const FilterNames& name
       m_machineClasses(Only(tests, {F::Machine}), search),
       m_processClasses(Only(tests, {F::Pid, F::Account}), search),
       m_threadClasses(Only(tests, {F::Tid}), search) {
+  m_isTooLarge = IsTooLarge(tests);
+  if (m_isTooLarge) return;
   AddKnown();
   if (names.mayGrow) AddLater(tests);
   // Without traces there is nothing to tell apart.
   if (m_choices.empty() && !m_isTooLarge)
     m_choices.try_emplace(
         {m_machineClasses.Of(""), m_processClasses.Of(""), m_threadClasses.Of("")}, 0);
+}
+
+// Each name is asked about in each test, and each number of a process may come with each account.
+bool ThreadChoices::IsTooLarge(const WhereTests& tests) const {
+  std::size_t entries = 0, pids = 1, accounts = 2;
+  for (const auto& [machineId, machine] : m_filter.threads) {
+    entries += 1 + machine.processes.size();
+    pids += machine.processes.size();
+    for (const auto& [processId, process] : machine.processes)
+      entries += process.threadMarks.size();
+  }
+  for (const WhereRule* const test : tests) {
+    if (test->field == F::Pid) pids += 2 * test->values.size();
+    if (test->field == F::Account) accounts += test->values.size();
+  }
+  const bool both = m_names.mayGrow && accounts > 2;
+  return entries * tests.size() > kLooksMax || (both && pids * accounts > kLooksMax / 20);
 }
 
 void ThreadChoices::AddKnown() {

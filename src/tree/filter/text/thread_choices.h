@@ -19,7 +19,7 @@
 
 class ThreadChoices {
  public:
-  static constexpr std::size_t kLooksMax = 2'000'000;
+  static constexpr std::size_t kLooksMax = 2'000'000;  // at a name
 
   ThreadChoices(const CTraceFilter& filter, const FilterNames& names, const WhereTests& tests,
                 WhereRegexSearch& search);
@@ -41,6 +41,7 @@ class ThreadChoices {
     std::map<std::string, std::set<IdKey>> threads;
   };
 
+  bool IsTooLarge(const WhereTests& tests) const;
   void AddKnown();
   void AddLater(const WhereTests& tests);
   bool PassesAt(const Passes& passes, const std::string& machine, const std::string& process,

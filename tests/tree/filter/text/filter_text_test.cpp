@@ -218,6 +218,27 @@ TEST_F(FilterText, TracesWithoutASeverityMakeANegationAnotherThing) {
             "shows all three");
 }
 
+// Ends at once, whatever the text.
+TEST_F(FilterText, ATextOfTooManyCasesIsRefused) {
+  for (NameId id = 100; id < 5000; ++id) {
+    m_names[id].name = "c" + std::to_string(id);
+    m_filter.components[id] = 1;
+    m_filter.threads[1].processes[id];
+  }
+  for (const char* const field : {"component", "pid"}) {
+    std::string text;
+    for (int i = 0; i < 2000; ++i)
+      text += std::string(i ? " or " : "") + field + " == c" + std::to_string(i * 2);
+    for (const bool mayGrow : {false, true})
+      EXPECT_EQ(Opened(text, mayGrow), text + ": too many different cases for the filter dialog");
+  }
+  std::string both;
+  for (int i = 0; i < 500; ++i)
+    both += (i ? " or pid == " : "pid == ") + std::to_string(i) + " and account == a" +
+            std::to_string(i);
+  EXPECT_EQ(OpenedLive(both), both + ": too many different cases for the filter dialog");
+}
+
 TEST_F(FilterText, OnlyTheTracesOfDevelopersIsNoTree) {
   EXPECT_EQ(Opened("developer"),
             "developer: the filter dialog can hide traces that are for developers, but not the "

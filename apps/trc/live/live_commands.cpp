@@ -77,7 +77,7 @@ class TailCommand final : public ListeningCommand {
         "  trc tail\n"
         "  trc tail --columns Time,Component,Trace --count 100\n"
         "  trc tail --severity error --context 5\n"
-        "  trc tail --where 'text contains \"retry\"' --at-source\n"
+        "  trc tail --where 'severity >= warn' --at-source\n"
         "  trc tail orders1:7447 --format jsonl --for 60 | jq .text");
     App().add_option("MACHINE", m_tail.machine, "name or name:port")->type_name("");
     AddLineFormat(m_format);

@@ -1,8 +1,11 @@
 #include "input/trace_input.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "input/merge_traces.h"
 #include "input/unpack.h"
@@ -21,6 +24,16 @@ bool NeedsCopy(int descriptor) {
   char begin[4] = {};
   const ssize_t count = pread(descriptor, begin, sizeof begin, 0);
   return count > 0 && PackingOf({begin, static_cast<std::size_t>(count)}) != PackedAs::Plain;
+}
+
+// Each file is mapped, and unpacked into one without a name.
+void NeedDescriptors(std::size_t files) {
+  constexpr rlim_t kOfEach = 3, kOthers = 32;
+  rlimit limit{};
+  const rlim_t wanted = files * kOfEach + kOthers;
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= wanted) return;
+  limit.rlim_cur = std::min(wanted, limit.rlim_max);
+  setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 class Descriptor {
@@ -47,6 +60,11 @@ int StatusWithoutInput() {
 }
 
 bool TraceInput::Open(const std::vector<std::string>& paths) {
+  if (std::count(paths.begin(), paths.end(), "-") > 1) {
+    PrintError("standard input can be given once only");
+    return false;
+  }
+  NeedDescriptors(paths.size());
   for (const std::string& path : paths)
     if (!OpenOne(path)) return false;
   return m_sources.size() == 1 || Merge();

@@ -94,6 +94,7 @@ class GzipUnpacker final : public Unpacker {
       const std::size_t count = m_out.size() - m_stream.avail_out;
       if (count > 0 && !to.Append(m_out.data(), count, why)) return Step::NoRoom;
       m_whole = result == Z_STREAM_END;
+      if (Interrupted()) return Step::Good;  // a piece may unpack to gigabytes
       if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR)
         return FailWith(why, m_stream.msg ? m_stream.msg : "no gzip data", Step::Bad);
     } while (m_stream.avail_in > 0 || (m_stream.avail_out == 0 && !m_whole));
@@ -120,6 +121,7 @@ class ZstdUnpacker final : public Unpacker {
       if (ZSTD_isError(left)) return FailWith(why, ZSTD_getErrorName(left), Step::Bad);
       if (out.pos > 0 && !to.Append(m_out.data(), out.pos, why)) return Step::NoRoom;
       m_whole = left == 0;
+      if (Interrupted()) return Step::Good;  // a piece may unpack to gigabytes
       more = out.pos == m_out.size() && !m_whole;
     }
     return Step::Good;
@@ -148,7 +150,10 @@ UnpackResult CutOrFailed(const PrivateFile& to, std::string* why, const std::str
 
 PackedAs PackingOf(std::string_view begin) {
   if (begin.starts_with("\x1f\x8b")) return PackedAs::Gzip;
-  if (begin.starts_with("\x28\xb5\x2f\xfd")) return PackedAs::Zstd;
+  // Programs that pack in parallel begin with a frame that says how long the next one is.
+  const bool isOtherFrame =
+      begin.size() >= 4 && (begin[0] & 0xF0) == 0x50 && begin.substr(1, 3) == "\x2a\x4d\x18";
+  if (begin.starts_with("\x28\xb5\x2f\xfd") || isOtherFrame) return PackedAs::Zstd;
   return PackedAs::Plain;
 }
 

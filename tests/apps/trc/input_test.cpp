@@ -114,6 +114,53 @@ TEST_F(TrcInput, SeveralPackedPartsAreOneFileAndWhatIsNoneBehindThemIsTold) {
   EXPECT_EQ(more.status, 3);
 }
 
+TEST_F(TrcInput, AnArchiveMayBeginWithAFrameThatIsNoData) {
+  const std::string file = Write("a.trc", Image("a", {1, 2, 3}));
+  const std::string other("\x50\x2a\x4d\x18\x04\0\0\0size", 12);
+  const TrcRun run =
+      Dump({m_directory.File("b.zst", other + ReadAll(Packed("zstd -q", file, "a.zst")))});
+  EXPECT_EQ(Texts(run), "a0 a1 a2");
+  EXPECT_EQ(run.status, 0) << run.err;
+}
+
+// The process's file without a name in the folder, or -1.
+int OpenUnpacked(pid_t process, const std::string& folder) {
+  std::error_code gone;
+  const std::string all = "/proc/" + std::to_string(process) + "/fd";
+  for (const auto& one : std::filesystem::directory_iterator(all, gone))
+    if (std::filesystem::read_symlink(one, gone).string().starts_with(folder + "/#"))
+      return open(one.path().c_str(), O_RDONLY | O_CLOEXEC);
+  return -1;
+}
+
+TEST_F(TrcInput, AnInterruptEndsTheUnpackingOfAPieceThatIsMuchLonger) {
+  constexpr std::uintmax_t kBytes = 1 << 30;
+  const std::string zeros = m_directory.File("zeros", ""), folder = m_directory.File("tmp");
+  std::filesystem::resize_file(zeros, kBytes);
+  std::filesystem::create_directory(folder);
+  TrcProcess trc({.arguments = {"dump", Packed("zstd -q", zeros, "bomb.zst")},
+                  .environment = {"TMPDIR=" + folder}});
+  int unpacked = -1;
+  while (unpacked < 0 && !trc.Late()) unpacked = OpenUnpacked(trc.Id(), folder);
+  trc.Interrupt();
+  EXPECT_EQ(trc.Finish().status, 130);
+  EXPECT_LT(std::filesystem::file_size("/proc/self/fd/" + std::to_string(unpacked)), kBytes);
+  close(unpacked);
+}
+
+TEST_F(TrcInput, StandardInputTwiceIsRefused) {
+  EXPECT_EQ(ByShell("{ \"$TRC\" dump - - < /dev/null || true; }"),
+            "trc: standard input can be given once only\n");
+}
+
+TEST_F(TrcInput, AsManyFilesAreOpenedAsTheSystemAllows) {
+  const std::string file = Write("a.trc", Image("a", {1}));
+  std::string files;
+  for (int i = 0; i < 60; ++i) files += " '" + file + "'";
+  const std::string out = ByShell("ulimit -Sn 40; \"$TRC\" find --total a0" + files);
+  EXPECT_EQ(out, "60\n");
+}
+
 TEST_F(TrcInput, WhatIsUnpackedGoesToTheFolderForTemporaryFilesAndLeavesNothingThere) {
   const std::string packed = Packed("gzip", Write("a.trc", Image("a", {1})), "a.gz");
   const std::string folder = m_directory.File("tmp");

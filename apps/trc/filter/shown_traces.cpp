@@ -1,6 +1,7 @@
 #include "filter/shown_traces.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "filter/where_option.h"
 #include "terminal/output.h"
@@ -28,7 +29,13 @@ ShownTraces::~ShownTraces() {
   if (!givenUp.empty()) PrintError(givenUp);
 }
 
+// Nothing is asked twice: a search that was given up counts once.
 bool ShownTraces::PassesAt(std::size_t place) {
+  if (place < m_knownFrom) return TestAt(place);
+  return std::binary_search(m_known.begin(), m_known.end(), place, std::greater<std::size_t>());
+}
+
+bool ShownTraces::TestAt(std::size_t place) {
   const TraceList_t& traces = m_document.m_traces;
   const TraceEvent_i& trace = *traces[place];
   if (m_pass && m_pass->NeedsBefore()) {
@@ -97,7 +104,9 @@ std::size_t ShownTraces::PlaceOfTail(std::uint64_t from, std::uint64_t tail) {
   std::size_t first = All();
   for (; tail > 0; --tail) {
     const std::size_t place = search.Next(least);
+    m_knownFrom = place == All() ? least : place;
     if (place == All()) break;
+    m_known.push_back(static_cast<std::uint32_t>(place));
     first = place;
   }
   return first;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -78,6 +79,7 @@ class ShownTraces {
 
  private:
   bool PassesAt(std::size_t place);
+  bool TestAt(std::size_t place);
   // Tests the next traces. False when there are none, or the look function ends the search.
   bool SearchOn();
   bool JumpOn();
@@ -102,6 +104,9 @@ class ShownTraces {
   std::size_t m_next = 0;       // position of the next trace to test
   std::size_t m_besideEnd = 0;  // of what stands behind the last chosen one
   std::uint64_t m_chosen = 0;
+  // What --tail has asked about from the end on: those that pass, the last one first.
+  std::size_t m_knownFrom = std::numeric_limits<std::size_t>::max();
+  std::vector<std::uint32_t> m_known;
   std::vector<std::uint32_t> m_places;  // a file has less than 4 GiB, a trace at least 45 bytes
   std::vector<bool> m_beside;           // by row, with --context only
 };

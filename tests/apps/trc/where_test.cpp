@@ -148,6 +148,19 @@ TEST_F(TrcWhere, AnExpressionThatTakesTooLongIsTold) {
             "too many steps\n");
 }
 
+TEST_F(TrcWhere, ATraceWhoseSearchIsGivenUpCountsOnceAlsoForTheLastOnes) {
+  const std::string slow = std::string(60, 'a') + "b";
+  const std::string file = TrcImage().Trace(slow).Trace("aa").Trace(slow).Trace("a").WriteTo(
+      m_directory.File("long.trc"));
+  for (const char* tail : {"1", "2", "5"}) {
+    const TrcRun run = RunTrc({"dump", file, "--columns", "Trace", "--tail", tail, "--where",
+                               "text matches \"^(a+)+$\""});
+    const std::string given = *tail == '1' ? "a" : "aa\na", count = *tail == '1' ? "1" : "2";
+    EXPECT_EQ(run.out, "Trace\n" + given + "\n");
+    EXPECT_NE(run.err.find(" given up in " + count + " trace"), std::string::npos) << run.err;
+  }
+}
+
 // The three lines of a mistake.
 std::vector<std::string> Told(const std::string& text) {
   WhereProgramPtr program;

@@ -105,7 +105,9 @@ std::string Unknown(const CLI::App& app, bool surplus) {
 
 // "--columns: 1 required LIST missing", as the library says it.
 std::string Missing(const std::string& message) {
-  if (message.find(": At Most ") != message.npos) return "that is one argument too many";
+  if (const std::size_t at = message.find(": At Most "); at != message.npos)
+    return IsOption(message) ? message.substr(0, at) + " is given more than once"
+                             : "that is one argument too many";
   const std::string middle = ": 1 required ", end = " missing";
   const std::size_t at = message.find(middle), stop = message.rfind(end);
   if (at == message.npos || stop == message.npos || stop < at + middle.size()) return message;

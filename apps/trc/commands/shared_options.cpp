@@ -24,6 +24,7 @@ constexpr SeverityName kSeverities[] = {
 
 // "warn", or "warn+": that and what is worse.
 unsigned SeverityBits(std::string word) {
+  word.erase(word.find_last_not_of(' ') + 1);
   const bool andWorse = word.ends_with('+');
   if (andWorse) word.pop_back();
   std::vector<std::string> known;
@@ -125,8 +126,8 @@ void SharedOptions::AddChoice() {
                  "The traces that these do not choose; with find, whose text does not match");
 }
 
-CLI::Option* SharedOptions::AddText(const char* names, std::string& text, const char* help,
-                                    const char* type) {
+CLI::Option* SharedOptions::AddText(const char* names, std::optional<std::string>& text,
+                                    const char* help, const char* type) {
   return m_app.add_option(names, text, help)->type_name(type);
 }
 
@@ -158,10 +159,10 @@ void SharedOptions::AddRefused(const char* names, const char* reason) {
 }
 
 void SharedOptions::ReadSeverities() {
-  if (m_severities.empty()) return;
+  if (!m_severities) return;
   m_options.choice.severities = 0;
-  std::istringstream parts(m_severities + ",");
-  for (std::string word; std::getline(parts, word, ',');)
+  std::istringstream parts(*m_severities + ",");
+  for (std::string word; std::getline(parts >> std::ws, word, ',');)
     m_options.choice.severities |= SeverityBits(word);
 }
 
@@ -173,11 +174,11 @@ std::uint64_t SharedOptions::Moment(const char* option, const std::string& text)
 }
 
 void SharedOptions::Complete(bool choosesItself) {
-  if (!m_columns.empty()) m_options.columns = ReadColumns(m_columns);
+  if (m_columns) m_options.columns = ReadColumns(*m_columns);
   ReadSeverities();
   TraceChoice& choice = m_options.choice;
-  if (!m_since.empty()) choice.since = Moment("--since", m_since);
-  if (!m_until.empty()) choice.until = Moment("--until", m_until);
+  if (m_since) choice.since = Moment("--since", *m_since);
+  if (m_until) choice.until = Moment("--until", *m_until);
   if (choice.since >= choice.until) throw CLI::ValidationError("--until", "is not after --since");
   if (choice.invert && !choosesItself && !choice.HasTests())
     throw CLI::ValidationError("--invert", "needs an option that chooses, such as --severity");

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,7 +45,8 @@ class SharedOptions {
   void Complete(bool choosesItself = false);
 
  private:
-  CLI::Option* AddText(const char* names, std::string& text, const char* help, const char* type);
+  CLI::Option* AddText(const char* names, std::optional<std::string>& text, const char* help,
+                       const char* type);
   void AddNumber(const char* names, std::uint64_t& number, const char* help);
   void AddNames(const char* names, ChoiceField field, const char* help);
   void AddRefused(const char* names, const char* reason);
@@ -57,5 +59,6 @@ class SharedOptions {
 
   CLI::App& m_app;
   TraceOptions& m_options;
-  std::string m_columns, m_severities, m_since, m_until;
+  // An empty text is not the same as none.
+  std::optional<std::string> m_columns, m_severities, m_since, m_until;
 };

@@ -36,6 +36,10 @@ std::string InQuotes(std::string_view name) {
   return "\"" + VisibleText(name) + "\"";
 }
 
+std::string Article(ChoiceField field) {
+  return (field == ChoiceField::App ? "an " : "a ") + std::string(WordOf(field));
+}
+
 // "; there is "Net", "Db", ...": where no name is near.
 std::string SomeOf(const std::vector<std::string>& known) {
   std::string text;
@@ -132,7 +136,7 @@ std::string MissingName(const TraceChoice& choice, const TraceIndexes& seen, con
       });
       if (there) continue;
       const std::string near = VisibleText(DidYouMean(one, known));
-      return "there are no traces of a " + std::string(WordOf(field)) + " " + InQuotes(one) +
+      return "there are no traces of " + Article(field) + " " + InQuotes(one) +
              (near.empty() ? SomeOf(known) : near);
     }
   }

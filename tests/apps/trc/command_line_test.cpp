@@ -120,6 +120,8 @@ TEST(TrcCommandLine, TheHelpAndTheErrorsSpeakOfTheCommandLineAsItIsTyped) {
   ExpectRefused({"show"}, "trc: [MACHINE] APP is required\n");
   ExpectRefused({"show", "a", "b", "c"}, "trc: that is one argument too many\n");
   ExpectRefused({"dump", "a.trc", "--columns"}, "trc: --columns needs LIST\n");
+  ExpectRefused({"dump", "a.trc", "-n", "1", "--count", "2"},
+                "trc: --count is given more than once\n");
 }
 
 TEST(TrcCommandLine, AMissingArgumentIsWrongUse) {

@@ -245,6 +245,17 @@ TEST_F(TrcSharedOptions, WhatIsNotThereIsNamedWithWhatIsNear) {
   ExpectRefused({"--severity", "warn,"}, "\"\" is no severity");
 }
 
+// As a script gives it whose variable is not set.
+TEST_F(TrcSharedOptions, AnEmptyTextIsNotTheSameAsNoOption) {
+  for (const char* option : {"--since", "--until", "--severity", "--columns"}) {
+    const TrcRun run = RunTrc({"dump", m_file, option, ""});
+    EXPECT_EQ(run.status, 2) << option;
+    EXPECT_EQ(run.out, "") << option;
+    EXPECT_TRUE(Has(run.err, "trc: " + std::string(option) + ": ")) << run.err;
+  }
+  EXPECT_EQ(Given({"--severity", "warn , error"}), Given({"--severity", "warn,error"}));
+}
+
 TEST_F(TrcSharedOptions, APerlExpressionFindsWhatThePrescribedOnesCannot) {
   const auto total = [this](std::vector<std::string> words) {
     words.insert(words.begin(), {"find", "--total"});

@@ -13,6 +13,7 @@ TracePane::TracePane(CTraceDoc& document) : CView(document), m_document(document
 TracePane::~TracePane() = default;
 
 bool TracePane::SetFilter(const CTraceFilter& filter, bool rebuild) {
+  if (rebuild && !FinishFilter()) return false;
   CTraceFilter before = std::exchange(m_filter, filter);
   const bool changedBefore = std::exchange(m_filterChanged, false);
   if (!rebuild || Rebuild()) return true;

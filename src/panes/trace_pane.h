@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "documents/trace_doc.h"
@@ -35,11 +36,20 @@ class TracePane : public CView {
   // nothing has changed.
   bool SetFilter(const CTraceFilter& filter, bool rebuild);
   // The filter text beside the marks; null: none. False when the user cancelled the rebuild: then
-  // nothing has changed.
-  bool SetWhere(WhereProgramPtr where);
+  // nothing has changed. A pane may go on in the background: see FilterProgress.
+  virtual bool SetWhere(WhereProgramPtr where);
+  // ---- a text that is being applied in the background
+  // The thousandths that are done; none: nothing is under way.
+  virtual std::optional<int> FilterProgress() const { return std::nullopt; }
+  // Ends it. Unless all traces are there, filter and traces are as before.
+  virtual void CancelFilter() {}
+  // Waits for its end, below a box; false: the user does not. Commands that need all that the pane
+  // shows call it first.
+  virtual bool FinishFilter() { return true; }
   // What the context menu offers for the place that it was opened at.
   const std::vector<CellStep>& OfferedSteps() const { return m_offered; }
-  // Called when the shown traces or the filter have changed while the pane is the active one.
+  // Called when the filter's progress has changed, and, while the pane is the active one, the shown
+  // traces or the filter.
   std::function<void()> m_onStatus;
   // Fills the pane unless it is filled or the document still loads; false: cancelled.
   virtual bool Build() { return true; }

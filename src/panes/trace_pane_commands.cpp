@@ -35,6 +35,7 @@ void TracePane::OnFind() {
 
 // Opening a source may take as long as the user likes: this pane may be destroyed meanwhile.
 void TracePane::OnViewProperties() {
+  if (!FinishFilter()) return;
   std::unique_ptr<CTraceIterator> iterator = MakeIterator();
   if (!iterator) return;
   std::string path;
@@ -68,6 +69,7 @@ void TracePane::OnSynchronize() {
 }
 
 void TracePane::OnFilter() {
+  if (!FinishFilter()) return;
   m_filter.MergeDocumentNames(m_document);
   CTraceFilter before = m_filter;
   auto* const taker = dynamic_cast<TreeTextTaker*>(GetParentFrame());

@@ -7,7 +7,7 @@
 #include "settings/registry.h"
 #include "shell/main_frame.h"
 #include "shell/resource_ids.h"
-#include "shell/stored_size.h"
+#include "shell/sizes/stored_size.h"
 #include "shell/tessera_app.h"
 #include "tree/proc/proc_view.h"
 
@@ -115,6 +115,7 @@ void CTraceChildFrame::TogglePane(std::size_t place) {
 // If the user cancels a fill nothing changes: not the shown view, not the other one, and not the
 // mark of the filter, so that the next toggle passes the filter on.
 bool CTraceChildFrame::HandOver(TracePane& from, Pane& to) {
+  if (!from.FinishFilter()) return false;
   const bool made = !to.view;
   if (made) to.view = static_cast<TracePane*>(AddView(to.make(from.Document())));
   // A rebuild of the list replaces this current trace by its own.

@@ -3,7 +3,7 @@
 #include "settings/registry.h"
 #include "shell/main_frame.h"
 #include "shell/resource_ids.h"
-#include "shell/stored_size.h"
+#include "shell/sizes/stored_size.h"
 
 namespace {
 

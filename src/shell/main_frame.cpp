@@ -12,7 +12,7 @@
 #include "shell/failed_open.h"
 #include "shell/front_texts.h"
 #include "shell/resource_ids.h"
-#include "shell/stored_size.h"
+#include "shell/sizes/stored_size.h"
 #include "shell/tessera_app.h"
 
 namespace {

@@ -39,7 +39,10 @@ class FilterText : public ShellTest {
       all += list.RowListText(row, Column::Trace) + " ";
     return all;
   }
-  std::string Rows() { return Rows(List()); }
+  std::string Rows() {
+    Settle();
+    return Rows(List());
+  }
   FakeFilterLine* Line() { return m_faces.m_filterLine; }
   void Apply(const std::string& text) {
     if (!Line()) Frame().OnCommand(ID_VIEW_FILTERTEXT);
@@ -50,6 +53,10 @@ class FilterText : public ShellTest {
   void RunDialog(unsigned command, const std::function<void(CFilterDialog&)>& script) {
     m_host.AnswerDialog([&](CDialog& dialog) { script(dynamic_cast<CFilterDialog&>(dialog)); });
     ASSERT_TRUE(Frame().OnCommand(command));
+  }
+  // A large file, or a loaded machine, takes more than the first step.
+  void Settle() {
+    EXPECT_TRUE(m_host.RunUntil([this] { return !List().FilterProgress(); }));
   }
   void OpenMenu(int row, Column column) {
     List().List().SetItemState(-1, 0, kRowSelected);
@@ -142,17 +149,70 @@ TEST_F(FilterText, WhetherItIsShownIsRememberedForNewWindowsWithoutItsText) {
   EXPECT_FALSE(Child(2).Filter().IsShown());
 }
 
-TEST_F(FilterText, ACancelledRebuildLeavesRowsTextAndLineAsTheyWere) {
+TEST_F(FilterText, ATextIsAppliedInTheBackgroundAndItsFirstRowsReplaceThoseThatStood) {
   Start();
   OpenFile(10000);
   Apply("component == Net");
+  Settle();
   ASSERT_EQ(List().Rows().Size(), 5000);
   const ShortPieces pieces(m_host);
-  m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
-  Apply("text contains \"77\"");
+  m_host.WantNoWorkBox();
+  Apply("text == \"9999\"");
+  EXPECT_EQ(List().Rows().Size(), 5000) << "until a row has come";
+  EXPECT_THAT(Line()->m_message, testing::HasSubstr("Filtering: "));
+  Settle();
+  EXPECT_EQ(Rows(), "9999 ");
+  EXPECT_EQ(Line()->m_message, "Applied.");
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "1");
+}
+
+TEST_F(FilterText, EscapeStopsATextAndLeavesRowsTextAndStepsAsTheyWere) {
+  Start();
+  OpenFile(10000);
+  Apply("component == Net");
+  Settle();
+  List().List().SetItemState(70, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
+  const ShortPieces pieces(m_host);
+  Apply("text contains \"7\"");
+  ASSERT_TRUE(Line()->m_percent);
+  Line()->m_line.Escape();
+  ASSERT_TRUE(Line()) << "it is not put away";
+  Settle();
   EXPECT_EQ(List().Rows().Size(), 5000);
+  EXPECT_EQ(List().RowListText(70, Column::Trace), "141");
+  EXPECT_EQ(List().CurrentEvent(), List().Rows().EventAt(70));
   EXPECT_EQ(List().m_filter.where->Text(), "component == Net");
   EXPECT_EQ(Line()->m_line.GetState(), FilterLine::State::Edited);
+  EXPECT_EQ(Face().m_panes[kPaneRowCount], "5000");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  Settle();
+  EXPECT_EQ(List().Rows().Size(), 10000) << "the stopped text is no step";
+}
+
+TEST_F(FilterText, TheTreeWaitsForATextThatIsUnderWayAndMayBeCancelled) {
+  Start();
+  OpenFile(10000);
+  {
+    const ShortPieces pieces(m_host);
+    Apply("component == Net");
+    m_host.AnswerWorkBox([](CDialog& box) { box.OnCancel(); });
+    ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+    EXPECT_FALSE(Child().IsTreeShown()) << "the user does not wait";
+  }
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  ASSERT_TRUE(Child().IsTreeShown());
+  EXPECT_EQ(dynamic_cast<CProcView&>(*Child().GetActiveView()).Model().TraceCount(), 5000);
+}
+
+TEST_F(FilterText, AWindowMayBeClosedWhileATextIsUnderWay) {
+  Start();
+  OpenFile(10000);
+  const ShortPieces pieces(m_host);
+  Apply("text contains \"7\"");
+  ASSERT_TRUE(Line()->m_percent);
+  Child().GetActiveDocument()->OnCloseDocument();
+  EXPECT_TRUE(Frame().Children().empty());
+  m_host.RunPosted();
 }
 
 TEST_F(FilterText, TheTreeGetsTheTextOfTheListAndGivesItBack) {

@@ -20,12 +20,14 @@ class FakeFilterLine : public FilterLineFace {
     ++m_updates;
     m_text = m_line.Text();
     m_message = m_line.Message();
+    m_percent = m_line.Percent();
   }
 
   FilterLine& m_line;
   bool m_focus = false;
   int m_updates = 0;
   std::string m_text, m_message;  // as shown last
+  std::optional<int> m_percent;
 
  private:
   FakeFilterLine*& m_slot;

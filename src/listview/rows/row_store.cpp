@@ -19,6 +19,11 @@ void RowStore::Clear() {
   std::deque<TraceRow>().swap(m_rows);
 }
 
+void RowStore::ClearToQueue() {
+  Clear();
+  m_window = false;
+}
+
 void RowStore::TakeOver(RowStore& other) {
   m_generation = other.m_generation;
   m_window = other.m_window;

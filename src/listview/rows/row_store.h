@@ -31,6 +31,8 @@ class RowStore {
   void Clear();
   // Takes the rows of another store on the same list, which has none afterwards.
   void TakeOver(RowStore& other);
+  // No rows, and no window either: no row that comes costs more than the one before.
+  void ClearToQueue();
   // The rows become all traces of the document.
   void ShowAll();
   // REQUIRES: the document has the event, after those of the existing rows.

@@ -65,11 +65,17 @@ int CTraceView::RowListIcon(int row) {
 
 void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState) {
   if (oldState & kRowFocused) m_currentRow = -1;
-  if (newState & kRowFocused) m_currentRow = row;
+  if (newState & kRowFocused) {
+    m_currentRow = row;
+    // The user has chosen another trace than the one that is looked for.
+    if (m_filtering) m_filtering->EndSearch();
+  }
   if ((oldState ^ newState) & kRowFocused) ShowHits(false);
 }
 
 void CTraceView::OnRowClicked(int row) {
+  // Also a row that has the focus already.
+  if (m_filtering) m_filtering->EndSearch();
   Follow(EventOfRow(row));
 }
 

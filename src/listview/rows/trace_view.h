@@ -6,12 +6,14 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "controls/list/row_list.h"
 #include "listview/columns/columns.h"
-#include "listview/rows/row_store.h"
+#include "listview/rows/row_filtering.h"
 #include "panes/trace_pane.h"
 
 using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;
@@ -20,6 +22,12 @@ class CTraceView : public TracePane, public RowListOwner {
  public:
   CTraceView(CTraceDoc& document, const RowListMaker& makeList);
   ~CTraceView() override;
+
+  // The text is applied in the background (row_filtering.h).
+  bool SetWhere(WhereProgramPtr where) override;
+  std::optional<int> FilterProgress() const override;
+  void CancelFilter() override;
+  bool FinishFilter() override;
 
   void OnInitialUpdate() override;
   void OnUpdate(CView* sender, unsigned hint, CObject* object) override;
@@ -35,6 +43,7 @@ class CTraceView : public TracePane, public RowListOwner {
   // Continues after the focused row to the next one whose text matches; shows a message without
   // one.
   void FindInRows();
+  TraceScanSetup m_scanSetup;  // of the texts to come
 
   std::string RowListText(int row, ListColumn column) override;
   int RowListIcon(int row) override;
@@ -69,6 +78,22 @@ class CTraceView : public TracePane, public RowListOwner {
   void OnFitColumns();
   bool RebuildRows();
   bool FilterInto(RowStore& rows);
+  void AddRows(const CTraceHint& hint, CTraceFilter& filter);
+  void ShowRows(RowStore& rows, bool atEnd);
+  // ---- trace_view_filtering.cpp
+  void BeginFiltering(WhereProgramPtr where);
+  void EndFiltering();
+  void GoOnFiltering();
+  // One step; takes this long, or a little.
+  void StepFiltering(std::chrono::milliseconds time, bool wait);
+  void ShowNewRows(bool whole);
+  void CompleteRows();
+  void RestoreRows();
+  void LookForFocus(TraceScan::Clock::time_point until);
+  void SelectFound(int row);
+  void FollowWhileFiltering(CView* sender, const TraceEvent_i& target);
+  void ShowProgress();
+  void AddWhileFiltering(const CTraceHint& hint);
   void SelectRow(CView* sender, int row);
   TraceEvent_i* EventOfRow(int row) const;  // null when there is no such row
   void Invalidate();
@@ -79,4 +104,6 @@ class CTraceView : public TracePane, public RowListOwner {
   bool m_firstUpdate = true;
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};
   int m_currentRow = -1;  // the focused row, as last reported by the list
+  PostedStep m_step{GetHost(), [this] { GoOnFiltering(); }};
+  std::unique_ptr<RowFiltering> m_filtering;  // null: no text is being applied
 };

@@ -44,7 +44,7 @@ class RowLines final : public ExportText {
 }  // namespace
 
 void CTraceView::OnExport() {
-  if (!m_document.MayBeWritten()) return;
+  if (!m_document.MayBeWritten() || !FinishFilter()) return;
   CExportDialog dialog(GetHost(), SuggestedNameOf(m_document), m_list->SelectedCount() > 0,
                        AnyHidden());
   if (dialog.DoModal() != CDialog::kIdOk) return;
@@ -56,7 +56,7 @@ void CTraceView::OnExport() {
 }
 
 void CTraceView::OnSaveTraces() {
-  if (!m_document.MayBeWritten()) return;
+  if (!m_document.MayBeWritten() || !FinishFilter()) return;
   CSaveAsDialog dialog(GetHost(), SuggestedNameOf(m_document), m_list->SelectedCount() > 0);
   if (dialog.DoModal() != CDialog::kIdOk) return;
   RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);

@@ -5,6 +5,7 @@
 #include "tree/regex/regex.h"
 
 void CTraceView::Find(bool asked) {
+  if (!FinishFilter()) return;
   std::optional<CWaitCursor> wait;
   if (asked) wait.emplace(GetHost());
   FindInRows();

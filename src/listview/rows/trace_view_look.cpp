@@ -20,6 +20,7 @@ std::vector<HitRange> CTraceView::RowListHits(int row, ListColumn column) {
 std::string CTraceView::RowListEmptyText() {
   // Nothing is known before the first update.
   if (m_firstUpdate || !GetDocument() || m_document.m_loading) return {};
+  if (m_filtering && m_filtering->scan) return "Filtering...";
   const std::size_t held = m_document.m_traces.size();
   if (held == 0) return m_document.WhyEmpty();
   return "The filter hides " +

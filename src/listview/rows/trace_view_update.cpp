@@ -35,6 +35,7 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
 }
 
 void CTraceView::OnReady() {
+  EndFiltering();
   if (RebuildRows()) return;
   // There are no earlier rows to keep, and an empty list would look as if no trace matched. The
   // filter dialog may be open meanwhile.
@@ -55,23 +56,26 @@ bool CTraceView::RebuildRows() {
     rows.ShowAll();
   else if (!FilterInto(rows))
     return false;
+  // Kept: a rebuild ends at the last row.
+  ShowRows(rows, true);
+  // Last: the search for the row may show a box, and below it the new rows are painted.
+  if (m_currentEvent) GoTo(this, m_currentEvent);
+  return true;
+}
+
+void CTraceView::ShowRows(RowStore& rows, bool atEnd) {
   m_list->SetRedraw(false);
-  m_list->SetItemCount(0);
-  // Kept: at this point it is always true, and a rebuild ends at the last row.
-  const bool atBottom = AtBottom();
   // Null after a clear: then the traces of the rows are released and the store has no rows.
   m_currentEvent = CurrentEvent();
+  m_list->SetItemCount(0);
   // The control was emptied without a notification and has no focus now.
   m_currentRow = -1;
   m_hits.reset();
   m_rows.TakeOver(rows);
   m_list->SetItemCount(m_rows.Size());
-  if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
+  if (atEnd) m_list->EnsureVisible(m_rows.Size() - 1);
   m_list->SetRedraw(true);
   ReportStatus();
-  // Last: the search for the row may show a box, and below it the new rows are painted.
-  if (m_currentEvent) GoTo(this, m_currentEvent);
-  return true;
 }
 
 bool CTraceView::FilterInto(RowStore& rows) {
@@ -86,9 +90,16 @@ bool CTraceView::FilterInto(RowStore& rows) {
 }
 
 void CTraceView::AddTraces(const CTraceHint& hint) {
+  if (m_filtering && m_filtering->scan)
+    AddWhileFiltering(hint);
+  else
+    AddRows(hint, m_filter);
+}
+
+void CTraceView::AddRows(const CTraceHint& hint, CTraceFilter& filter) {
   const bool atBottom = AtBottom();
   const int before = m_rows.Size();
-  FilterPass pass(m_filter, m_document);
+  FilterPass pass(filter, m_document);
   for (TraceEvent_i* event : hint.m_events)
     if (pass.Matches(*event)) m_rows.Append(event);
   if (m_rows.Size() == before) return;
@@ -98,6 +109,7 @@ void CTraceView::AddTraces(const CTraceHint& hint) {
 }
 
 void CTraceView::RemoveTraces(const CTraceHint& hint) {
+  if (m_filtering) m_filtering->BeforeRemoval(hint, m_list->TopIndex());
   m_list->SetRedraw(false);
   // Adjacent rows are removed from the control in one call.
   int first = 0, count = 0;
@@ -111,6 +123,7 @@ void CTraceView::RemoveTraces(const CTraceHint& hint) {
   for (const TraceEvent_i* event : hint.m_events) {
     oldest = oldest && position < held.size() && held[position] == event;
     ++position;
+    if (m_filtering) m_filtering->Remove(event, oldest);
     const int row = m_rows.RemoveRow(event, oldest);
     if (row == -1) continue;
     if (row != first) {
@@ -124,10 +137,12 @@ void CTraceView::RemoveTraces(const CTraceHint& hint) {
   // A deletion is not reported, and the rows after it have new numbers.
   m_currentRow = m_list->NextItem(-1, kRowFocused);
   m_list->SetRedraw(true);
+  if (m_filtering) m_filtering->AfterRemoval(m_rows, m_list->TopIndex());
   ReportCount();
 }
 
 void CTraceView::FollowTrace(CView* sender, const TraceEvent_i& target) {
+  if (m_filtering) return FollowWhileFiltering(sender, target);
   NearestRow search(m_rows, target);
   if (!RunLongWork(GetHost(), &m_document, {"Tessera", "Looking for the trace..."}, search)) return;
   const int row = search.Row();

@@ -59,6 +59,8 @@ std::string FilterLine::Message() const {
     case State::InForce:
       break;
   }
+  if (const auto percent = Percent())
+    return "Filtering: " + std::to_string(*percent) + " %. Esc stops it.";
   const std::string note = m_source.Note();
   const std::string about =
       IsBlank() ? "For example: severity >= warn and text contains \"retry\"" : "Applied.";
@@ -71,13 +73,20 @@ void FilterLine::SetAtSource(bool on) {
 }
 
 bool FilterLine::Apply() {
+  return ApplyWith(std::nullopt);
+}
+
+bool FilterLine::ApplyWith(std::optional<std::string> textBefore) {
   if (m_error) return false;
   const std::string text = IsBlank() ? std::string() : m_text;
   if (GetState() != State::InForce) {
-    if (!m_owner.ApplyWhere(m_program)) return false;
+    if (!ApplyWhere({m_steps, std::move(textBefore)})) return false;
     m_source.Send(m_program);
+  } else if (m_pending) {
+    m_pending->text = std::move(textBefore);
   }
   m_steps.Go(text);
+  Settle();
   NoteRecentFilter(text);
   m_recentPlace = 0;
   UpdateFace();
@@ -87,7 +96,7 @@ bool FilterLine::Apply() {
 bool FilterLine::ApplyText(std::string text) {
   std::string before = m_text;
   Put(std::move(text));
-  if (Apply()) return true;
+  if (ApplyWith(before)) return true;
   Put(std::move(before));
   UpdateFace();
   return false;
@@ -96,9 +105,61 @@ bool FilterLine::ApplyText(std::string text) {
 bool FilterLine::Release() {
   if (m_owner.WhereInForce() && !m_owner.ApplyWhere(nullptr)) return false;
   m_source.Send(nullptr);
+  m_pending.reset();
   m_steps.Go(std::string());
   UpdateFace();
   return true;
+}
+
+// ---- while a text is being applied
+
+std::optional<int> FilterLine::Percent() const {
+  const std::optional<int> progress = m_owner.WhereProgress();
+  if (!progress) return std::nullopt;
+  return *progress / 10;
+}
+
+void FilterLine::Stop() {
+  m_owner.CancelWhere();
+  OnStatus();
+}
+
+void FilterLine::Escape() {
+  if (Percent())
+    Stop();
+  else
+    PutAway();
+}
+
+void FilterLine::OnStatus() {
+  Settle();
+  UpdateFace();
+}
+
+// Until the steps are those of this text, its end settles nothing. A second text may come before
+// the first one is applied: a stop leads back to the one that was in force.
+bool FilterLine::ApplyWhere(PendingText now) {
+  m_applying = true;
+  const bool works = m_owner.ApplyWhere(m_program);
+  m_applying = false;
+  if (!works) return false;
+  if (m_pending) now.steps = std::move(m_pending->steps);
+  now.program = m_program;
+  m_pending = std::move(now);
+  return true;
+}
+
+// Has it been applied or stopped?
+void FilterLine::Settle() {
+  if (!m_pending || m_applying || m_owner.WhereProgress()) return;
+  const PendingText ended = std::move(*m_pending);
+  m_pending.reset();
+  if (m_owner.WhereInForce() == ended.program) return;
+  m_source.Send(m_owner.WhereInForce());
+  m_steps = ended.steps;
+  // What the user has typed meanwhile stays.
+  const bool untouched = ended.program ? ended.program->Text() == m_text : IsBlank();
+  if (ended.text && untouched) Put(*ended.text);
 }
 
 // ---- steps
@@ -123,13 +184,14 @@ bool FilterLine::Walk(bool back) {
     filter.where = m_program;
     applied = m_owner.ApplyFilter(filter);
   } else if (GetState() != State::InForce) {
-    applied = m_owner.ApplyWhere(m_program);
+    applied = ApplyWhere({m_steps, before});
   }
   if (applied) {
     m_source.Send(m_program);
     back ? m_steps.Back(std::move(left)) : m_steps.Forward(std::move(left));
     NoteRecentFilter(m_text);
     m_recentPlace = 0;
+    Settle();
   } else {
     Put(std::move(before));
   }

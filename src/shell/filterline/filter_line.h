@@ -16,7 +16,7 @@
 
 #include "shell/filterline/filter_at_source.h"
 #include "shell/filterline/filter_line_owner.h"
-#include "shell/filterline/filter_steps.h"
+#include "shell/filterline/pending_text.h"
 #include "shell/filterline/stored_filters.h"
 #include "where/complete/where_complete.h"
 #include "where/where_program.h"
@@ -35,7 +35,7 @@ class FilterLine {
   // Of the shown pane. It outlives the line.
   void SetDocument(CTraceDoc& document) {
     m_source.SetDocument(document);
-    UpdateFace();
+    OnStatus();
   }
   // The user typed. A line end becomes a blank.
   void Edit(std::string text);
@@ -60,6 +60,13 @@ class FilterLine {
   void Tick() {
     if (m_face && m_source.HasNews()) UpdateFace();
   }
+  // The percents that are done while the text is being applied.
+  std::optional<int> Percent() const;
+  // Ends that: text and steps are as before. Escape does, or puts the line away.
+  void Stop();
+  void Escape();
+  // The shown rows, the filter or its progress have changed.
+  void OnStatus();
 
   bool CanGoBack() const { return m_steps.CanGoBack(); }
   bool CanGoForward() const { return m_steps.CanGoForward(); }
@@ -84,12 +91,14 @@ class FilterLine {
   // Inserts it and gives the place behind it.
   std::size_t Complete(const WhereCompletion& completion);
 
-  // Walks the texts that were applied, in all windows; behind the newest is what was typed. False:
-  // there is no further one.
+  // Walks the texts that were applied in all windows, and what was typed. False: no further one.
   bool ShowOlder();
   bool ShowNewer();
 
  private:
+  bool ApplyWith(std::optional<std::string> textBefore);
+  bool ApplyWhere(PendingText now);
+  void Settle();
   void Put(std::string text);
   bool IsBlank() const;
   bool ApplyTree(CTraceFilter tree, std::string text);
@@ -103,6 +112,8 @@ class FilterLine {
   std::optional<WhereError> m_error;
   WhereProgramPtr m_program;  // of the text, if it is right and not blank
   FilterSteps m_steps;
+  std::optional<PendingText> m_pending;
+  bool m_applying = false;            // within ApplyWhere
   std::vector<std::string> m_recent;  // while they are walked
   std::size_t m_recentPlace = 0;      // 0: what was typed, else one more than the place in m_recent
   std::string m_typed;

@@ -3,6 +3,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,8 +15,14 @@ class FilterLineOwner {
  public:
   // What filters the shown pane; null: no text.
   virtual WhereProgramPtr WhereInForce() const = 0;
-  // Null: all that the filter dialog shows. False: the user cancelled, and nothing has changed.
+  // Null: all that the filter dialog shows. False: the user cancelled, and nothing has changed. A
+  // text may go on being applied for a while; it counts as in force meanwhile.
   virtual bool ApplyWhere(const WhereProgramPtr& program) = 0;
+  // The thousandths that are applied; none: nothing is under way. The line is told of a change
+  // (OnStatus).
+  virtual std::optional<int> WhereProgress() const = 0;
+  // Ends it; the text before is in force again, if not all rows are there.
+  virtual void CancelWhere() = 0;
   // The marks of the filter dialog's tree together with the text.
   virtual CTraceFilter FilterInForce() const = 0;
   virtual bool ApplyFilter(const CTraceFilter& filter) = 0;

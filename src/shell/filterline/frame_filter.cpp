@@ -17,7 +17,7 @@ void FrameFilter::OnCreate(ChildFrameFace& window) {
 void FrameFilter::OnPane() {
   TracePane* const pane = m_shown();
   if (!pane) return;
-  pane->m_onStatus = [this] { m_line.UpdateFace(); };
+  pane->m_onStatus = [this] { m_line.OnStatus(); };
   m_line.SetDocument(pane->Document());
 }
 
@@ -73,6 +73,15 @@ WhereProgramPtr FrameFilter::WhereInForce() const {
 
 bool FrameFilter::ApplyWhere(const WhereProgramPtr& program) {
   return m_shown() && m_shown()->SetWhere(program);
+}
+
+std::optional<int> FrameFilter::WhereProgress() const {
+  const TracePane* const pane = m_shown();
+  return pane ? pane->FilterProgress() : std::nullopt;
+}
+
+void FrameFilter::CancelWhere() {
+  if (TracePane* const pane = m_shown()) pane->CancelFilter();
 }
 
 // ---- the filter dialog's tree

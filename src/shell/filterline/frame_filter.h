@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "docview/frame.h"
 #include "shell/filterline/filter_line.h"
@@ -38,6 +39,8 @@ class FrameFilter final : private FilterLineOwner {
  private:
   WhereProgramPtr WhereInForce() const override;
   bool ApplyWhere(const WhereProgramPtr& program) override;
+  std::optional<int> WhereProgress() const override;
+  void CancelWhere() override;
   CTraceFilter FilterInForce() const override;
   bool ApplyFilter(const CTraceFilter& filter) override;
   bool IsTree(const WhereExpr& expr, WhereError& error) const override;

@@ -18,6 +18,8 @@ class Owner final : public FilterLineOwner {
   bool ApplyWhere(const WhereProgramPtr& program) override {
     ++m_asked;
     if (m_cancels) return false;
+    if (m_slow && !m_progress) m_before = m_inForce;
+    if (m_slow) m_progress = 123;
     m_inForce = program;
     return true;
   }
@@ -36,17 +38,25 @@ class Owner final : public FilterLineOwner {
     return expr.kind == WhereExpr::Kind::Test;
   }
   void OpenAsTree(const WhereExpr&) override { ++m_opened; }
+  std::optional<int> WhereProgress() const override { return m_progress; }
+  void CancelWhere() override {
+    if (m_progress) m_inForce = m_before;
+    m_progress.reset();
+  }
   std::vector<std::string> WhereNamesOf(WhereField field) const override {
     return field == WhereField::Component ? Strings{"Sql", "two words", "bad\xFFname"} : Strings{};
   }
-  void PutAwayFilterLine() override {}
+  void PutAwayFilterLine() override { ++m_putAway; }
   std::string Text() const { return m_inForce ? m_inForce->Text() : "(all)"; }
 
   WhereProgramPtr m_inForce;
   CTraceFilter m_marks;
   int m_opened = 0;
   bool m_cancels = false;
-  int m_asked = 0;
+  bool m_slow = false;  // texts are applied in the background
+  WhereProgramPtr m_before;
+  std::optional<int> m_progress;
+  int m_asked = 0, m_putAway = 0;
 };
 
 class FilterLineTest : public testing::Test {
@@ -357,6 +367,73 @@ TEST_F(FilterLineTest, WhyATextIsNoTreeHasItsColumn) {
   EXPECT_EQ(m_line.WhyNoTree(), "");
   m_line.OpenAsTree();
   EXPECT_EQ(m_owner.m_opened, 1);
+}
+
+// ---- a text that is applied in the background
+
+TEST_F(FilterLineTest, ATextThatIsBeingAppliedSaysHowFarItIsAndThenThatItIsApplied) {
+  m_owner.m_slow = true;
+  EXPECT_TRUE(Type("verbose"));
+  EXPECT_EQ(m_face.m_message, "Filtering: 12 %. Esc stops it.");
+  EXPECT_EQ(m_face.m_percent, 12);
+  m_owner.m_progress = 999;
+  m_line.OnStatus();
+  EXPECT_EQ(m_face.m_percent, 99);
+  m_owner.m_progress.reset();
+  m_line.OnStatus();
+  EXPECT_EQ(m_face.m_percent, std::nullopt);
+  EXPECT_EQ(m_face.m_message, "Applied.");
+  EXPECT_TRUE(m_line.CanGoBack());
+}
+
+TEST_F(FilterLineTest, EscapeStopsATextAndOnlyThenPutsTheLineAway) {
+  Type("verbose");
+  m_owner.m_slow = true;
+  Type("developer");
+  m_line.Escape();
+  EXPECT_EQ(m_owner.m_putAway, 0);
+  EXPECT_EQ(m_owner.Text(), "verbose");
+  EXPECT_EQ(m_line.Text(), "developer") << "what was typed stays";
+  EXPECT_EQ(m_line.GetState(), FilterLine::State::Edited);
+  EXPECT_FALSE(m_line.CanGoForward());
+  EXPECT_TRUE(m_line.GoBack()) << "a stopped text is no step";
+  EXPECT_EQ(m_owner.Text(), "(all)");
+  m_owner.m_progress.reset();
+  m_line.Escape();
+  EXPECT_EQ(m_owner.m_putAway, 1);
+}
+
+TEST_F(FilterLineTest, AStoppedStepLeavesTheLineAndItsStepsAsTheyWere) {
+  Type("verbose");
+  ASSERT_TRUE(m_line.AddStep("tid == main"));
+  ASSERT_TRUE(m_line.GoBack());
+  m_owner.m_slow = true;
+  ASSERT_TRUE(m_line.GoForward());
+  EXPECT_EQ(m_line.Text(), "verbose and tid == main");
+  m_line.Stop();
+  EXPECT_EQ(m_line.Text(), "verbose");
+  EXPECT_EQ(m_line.GetState(), FilterLine::State::InForce);
+  EXPECT_TRUE(m_line.CanGoForward());
+  ASSERT_TRUE(m_line.AddStep("pid == 7"));
+  m_line.Edit("typed meanwhile");
+  m_line.Stop();
+  EXPECT_EQ(m_line.Text(), "typed meanwhile");
+  EXPECT_TRUE(m_line.CanGoForward()) << "the step forward is still there";
+}
+
+TEST_F(FilterLineTest, AStopAfterASecondTextLeadsBackToTheOneThatWasApplied) {
+  Type("verbose");
+  m_owner.m_slow = true;
+  Type("developer");
+  ASSERT_TRUE(m_line.AddStep("pid == 7"));
+  EXPECT_EQ(m_owner.Text(), "developer and pid == 7");
+  m_line.Stop();
+  EXPECT_EQ(m_owner.Text(), "verbose");
+  EXPECT_EQ(m_line.Text(), "developer");
+  m_owner.m_slow = false;
+  EXPECT_TRUE(m_line.GoBack());
+  EXPECT_EQ(m_owner.Text(), "(all)");
+  EXPECT_FALSE(m_line.CanGoBack());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "shell/filterline/ui/filter_line_widget.h"
 
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QScopedValueRollback>
@@ -29,7 +30,9 @@ FilterLineWidget::FilterLineWidget(FilterLine& line)
     : m_line(&line),
       m_edit(new FilterEdit(this)),
       m_filters(new FilterMenu(line, this)),
-      m_message(new QLabel(this)) {
+      m_message(new QLabel(this)),
+      m_bar(new QProgressBar(this)),
+      m_stop(new QToolButton(this)) {
   setObjectName(QStringLiteral("filter line"));
   auto* label = new QLabel(QStringLiteral("Filter text:"), this);
   label->setBuddy(m_edit);
@@ -47,7 +50,7 @@ FilterLineWidget::FilterLineWidget(FilterLine& line)
   grid->addWidget(label, 0, 0);
   grid->addWidget(m_edit, 0, 1);
   grid->addWidget(m_filters, 0, 2);
-  grid->addWidget(m_message, 1, 1, 1, 2);
+  grid->addLayout(MakeMessageRow(), 1, 1, 1, 2);
   grid->setColumnStretch(1, 1);
   setFocusProxy(m_edit);
   m_edit->m_onKey = [this](const QKeyEvent& key) {
@@ -77,7 +80,38 @@ void FilterLineWidget::Update() {
   ShowState();
 }
 
+// Behind the message and no higher than it, so that the rows below do not move.
+QLayout* FilterLineWidget::MakeMessageRow() {
+  const int height = fontMetrics().height();
+  m_bar->setObjectName(QStringLiteral("filter progress"));
+  m_bar->setAccessibleName(QStringLiteral("Filter progress"));
+  m_bar->setTextVisible(false);
+  m_bar->setFixedSize(fontMetrics().averageCharWidth() * 20, height / 2);
+  m_stop->setObjectName(QStringLiteral("stop filter"));
+  m_stop->setText(QStringLiteral("Stop"));
+  m_stop->setAutoRaise(true);
+  m_stop->setFixedHeight(height);
+  m_stop->setFocusPolicy(Qt::NoFocus);
+  connect(m_stop, &QToolButton::clicked, this, [this] {
+    if (m_line) m_line->Stop();
+  });
+  auto* row = new QHBoxLayout;
+  row->setSpacing(fontMetrics().averageCharWidth());
+  row->addWidget(m_message, 1);
+  row->addWidget(m_bar, 0, Qt::AlignVCenter);
+  row->addWidget(m_stop);
+  return row;
+}
+
+void FilterLineWidget::ShowProgress() {
+  const std::optional<int> percent = m_line->Percent();
+  if (percent) m_bar->setValue(*percent);
+  m_bar->setVisible(percent.has_value());
+  m_stop->setVisible(percent.has_value());
+}
+
 void FilterLineWidget::ShowState() {
+  ShowProgress();
   const QString message = Shown(m_line->Message());
   m_message->setText(message);
   SetPlainToolTip(*m_message, message);
@@ -121,7 +155,7 @@ bool FilterLineWidget::OnKey(const QKeyEvent& key) {
   if (IsListOpen() && OnListKey(key)) return true;
   switch (key.key()) {
     case Qt::Key_Escape:
-      m_line->PutAway();
+      m_line->Escape();
       return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:

@@ -8,6 +8,8 @@
 
 #include <QLabel>
 #include <QPointer>
+#include <QProgressBar>
+#include <QToolButton>
 #include <QWidget>
 
 #include "docview/ui/qt_control.h"
@@ -30,6 +32,8 @@ class FilterLineWidget : public QWidget {
   FilterMenu& Filters() const { return *m_filters; }
   CompletionList* Completions() const { return m_list; }
   QString Message() const { return m_message->text(); }
+  QProgressBar& Bar() const { return *m_bar; }
+  QToolButton& StopButton() const { return *m_stop; }
 
  protected:
   void changeEvent(QEvent* event) override;
@@ -43,11 +47,15 @@ class FilterLineWidget : public QWidget {
   void CloseList();
   bool IsListOpen() const { return m_list && m_list->isVisible(); }
   void ShowState();
+  QLayout* MakeMessageRow();
+  void ShowProgress();
 
   FilterLine* m_line;
   FilterEdit* m_edit;
   FilterMenu* m_filters;
   QLabel* m_message;
+  QProgressBar* m_bar;  // while a text is being applied, as the button
+  QToolButton* m_stop;
   QPointer<CompletionList> m_list;  // a child of the window; made when it is first needed
   bool m_updating = false;
   bool m_inKey = false;

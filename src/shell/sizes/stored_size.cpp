@@ -1,4 +1,4 @@
-#include "shell/stored_size.h"
+#include "shell/sizes/stored_size.h"
 
 #include "settings/registry.h"
 

@@ -1,0 +1,21 @@
+#include "listview/rows/row_filtering.h"
+
+#include <algorithm>
+
+void RowFiltering::BeforeRemoval(const CTraceHint& hint, int topNow) {
+  if (scan) scan->OnTrim(hint);
+  if (std::ranges::find(hint.m_events, wanted) != hint.m_events.end()) EndSearch();
+  NoteTop(topNow);
+}
+
+void RowFiltering::Remove(const TraceEvent_i* event, bool oldest) {
+  if (kept && earlier.RemoveRow(event, oldest) != -1) earlierTop = std::max(earlierTop - 1, 0);
+  if (!shown) fresh.RemoveRow(event, oldest);
+  late.RemoveRow(event, oldest);
+}
+
+// The rows that were looked at have other numbers now.
+void RowFiltering::AfterRemoval(const RowStore& rows, int topNow) {
+  if (search) LookFor(rows, *wanted, sender);
+  top = topNow;
+}

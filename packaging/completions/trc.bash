@@ -31,7 +31,7 @@ _trc() {
     case $command:$word in
       config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
       :config) command=config ;;
-      :gen | :info | :dump | :find | :tree | :stack | :save | :convert | :export | :import | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
+      :gen | :info | :dump | :find | :tree | :stack | :filter | :save | :convert | :export | :import | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -44,6 +44,7 @@ _trc() {
     esac
   fi
   case $command:$previous in
+    filter:--*check | filter:--where) _trc_names -o nospace; return ;;
     dump:-f | dump:--format | find:-f | find:--format | tail:-f | tail:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
     export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
     import:--levels) COMPREPLY=($(compgen -W 'syslog pino python otel' -- "$current")); return ;;
@@ -78,6 +79,7 @@ _trc() {
       find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --columns --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
+      filter) options='--help --check --uncheck --user --where --paths --live' ;;
       save) options="--help --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
@@ -96,7 +98,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree stack save convert export import tail capture apps show set sink forget config setup emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree stack filter save convert export import tail capture apps show set sink forget config setup emit' -- "$current"))
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then

@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find tree stack save convert export import tail capture apps show set sink forget config setup emit
+set -l commands gen info dump find tree stack filter save convert export import tail capture apps show set sink forget config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack Account
@@ -30,6 +30,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a find -d "Print the traces whose text matches"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a procedure tree"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a stack -d "Print call stacks with function names"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a filter -d "Check a filter text, or write options as one"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
@@ -60,6 +61,9 @@ complete -c trc -n "__fish_seen_subcommand_from tree" -s j -l json -d "One JSON 
 complete -c trc -n "__fish_seen_subcommand_from tree" -s x -l export -d "Write the first machine to a file"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s s -l symbols -x -a "(__fish_complete_directories)" -d "Folder with debug information"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s r -l recorded -d "Frames as they were recorded"
+
+complete -c trc -n "__fish_seen_subcommand_from filter" -l paths -d "As the options --uncheck and --check"
+complete -c trc -n "__fish_seen_subcommand_from filter" -l live -d "For traces that still come"
 
 complete -c trc -n "__fish_seen_subcommand_from find" -s e -l regex -d "A regular expression"
 complete -c trc -n "__fish_seen_subcommand_from find" -s i -l ignore-case -d "Letters of any case"
@@ -107,10 +111,10 @@ complete -c trc -n $traces -s m -l machine -x -a "(__trc_names)" -d "Only of thi
 complete -c trc -n $traces -l pid -x -a "(__trc_names)" -d "Only of this process"
 complete -c trc -n $traces -l tid -x -a "(__trc_names)" -d "Only of this thread"
 complete -c trc -n $traces -s v -l invert -d "Those that are not chosen"
-complete -c trc -n $traces -l where -x -a "(__trc_names)" -d "What this filter text holds for"
 complete -c trc -n "__fish_seen_subcommand_from tail capture" -l at-source -d "The service asks the filter text"
-complete -c trc -n $traces -l check -x -a "(__trc_names)" -d "Show a node of the filter"
-complete -c trc -n $traces -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
+complete -c trc -n "$traces filter" -l where -x -a "(__trc_names)" -d "What this filter text holds for"
+complete -c trc -n "$traces filter" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
+complete -c trc -n "$traces filter" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
 set -l files "__fish_seen_subcommand_from dump find tree stack save export"
 complete -c trc -n $files -s b -l from -x -d "Index in the file of the first trace"
 complete -c trc -n $files -l tail -x -d "Of the chosen traces only the last"
@@ -118,7 +122,7 @@ complete -c trc -n "__fish_seen_subcommand_from dump find tree save export tail 
 complete -c trc -n "__fish_seen_subcommand_from dump find" -s F -l follow -d "Go on with what is appended"
 complete -c trc -n "__fish_seen_subcommand_from dump find tail" -l color -x -a "auto always never" -d "Severities in colour"
 complete -c trc -n "__fish_seen_subcommand_from dump find export tail" -s c -l columns -x -a "(__trc_columns)" -d "The shown columns"
-complete -c trc -n "__fish_seen_subcommand_from dump find tree stack save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
+complete -c trc -n "__fish_seen_subcommand_from dump find tree stack filter save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
 
 complete -c trc -n "__fish_seen_subcommand_from set" -s a -l all -d "All traces of the application"
 complete -c trc -n "__fish_seen_subcommand_from set" -s p -l persist -d "For all later instances"

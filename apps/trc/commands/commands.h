@@ -16,6 +16,7 @@ std::unique_ptr<Command> MakeImport(CLI::App& program);
 std::unique_ptr<Command> MakeFind(CLI::App& program);
 std::unique_ptr<Command> MakeTree(CLI::App& program);
 std::unique_ptr<Command> MakeStack(CLI::App& program);
+std::unique_ptr<Command> MakeFilter(CLI::App& program);
 
 // For a running service, and one that is traced itself.
 std::unique_ptr<Command> MakeTail(CLI::App& program);

@@ -34,8 +34,8 @@ constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {
     {"-m", ChoiceField::Machine},
     {"--pid", ChoiceField::Pid},
     {"--tid", ChoiceField::Tid}};
-const std::set<std::string_view> kOfTraces = {"dump", "find",   "tree", "stack",
-                                              "save", "export", "tail", "capture"};
+const std::set<std::string_view> kOfTraces = {"dump",   "find", "tree",    "stack", "save",
+                                              "export", "tail", "capture", "filter"};
 
 bool TakesValue(std::string_view command, std::string_view option) {
   // In these two they are flags: --all and --persist.

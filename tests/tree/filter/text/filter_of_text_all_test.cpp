@@ -142,7 +142,7 @@ TEST_P(FilterOfTextAll, ATextOpensAsATreeExactlyIfOneOfThemShowsTheSame) {
   const std::unordered_set<std::string> trees = document.ShownByTrees();
   FilterWorld random(20261123);
   int opened = 0;
-  constexpr int kTexts = 1500;
+  constexpr int kTexts = 6000;
   for (int i = 0; i < kTexts; ++i) {
     const WhereExpr expr = document.Text(random, 1 + random.Below(3));
     const std::string shown = document.ShownBy(expr);

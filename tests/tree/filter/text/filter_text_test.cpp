@@ -273,4 +273,20 @@ TEST_F(FilterText, WhileTracesArriveNewProcessesFollowTheirMachine) {
   EXPECT_EQ(Opened("machine != web-1 or pid < 900"), "machine != web-1 or pid == 812");
 }
 
+TEST_F(FilterText, WhileTracesArriveNewThreadsFollowTheirProcess) {
+  const std::string worker = "machine != web-1 or pid == 812 and tid == worker";
+  EXPECT_EQ(OpenedLive(worker), worker);
+  const std::string notMain = "machine != web-1 or pid == 812 and tid != main";
+  EXPECT_EQ(OpenedLive(notMain),
+            notMain +
+                ": the filter dialog hides threads that come later in process 812, because "
+                "it does not show all of it");
+  EXPECT_EQ(Opened(notMain), worker);
+  const std::string both = "machine != web-1 or pid == 812 and tid in {main, worker}";
+  EXPECT_EQ(OpenedLive(both),
+            both +
+                ": the filter dialog shows threads that come later in process 812, because it "
+                "shows all that have come");
+}
+
 }  // namespace

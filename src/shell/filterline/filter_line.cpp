@@ -83,7 +83,7 @@ bool FilterLine::ApplyWith(std::optional<std::string> textBefore) {
     if (!ApplyWhere({m_steps, std::move(textBefore)})) return false;
     m_source.Send(m_program);
   } else if (m_pending) {
-    m_pending->text = std::move(textBefore);
+    if (!textBefore || !m_pending->text) m_pending->text = std::move(textBefore);
   }
   m_steps.Go(text);
   Settle();
@@ -143,7 +143,10 @@ bool FilterLine::ApplyWhere(PendingText now) {
   const bool works = m_owner.ApplyWhere(m_program);
   m_applying = false;
   if (!works) return false;
-  if (m_pending) now.steps = std::move(m_pending->steps);
+  if (m_pending) {
+    now.steps = std::move(m_pending->steps);
+    if (now.text && m_pending->text) now.text = std::move(m_pending->text);
+  }
   now.program = m_program;
   m_pending = std::move(now);
   return true;
@@ -185,6 +188,8 @@ bool FilterLine::Walk(bool back) {
     applied = m_owner.ApplyFilter(filter);
   } else if (GetState() != State::InForce) {
     applied = ApplyWhere({m_steps, before});
+  } else if (m_pending && !m_pending->text) {
+    m_pending->text = before;
   }
   if (applied) {
     m_source.Send(m_program);

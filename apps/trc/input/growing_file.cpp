@@ -107,11 +107,11 @@ bool GrowingFile::HasAt(std::uint64_t position, const std::string& bytes) const 
   return std::string_view(there, static_cast<std::size_t>(std::max<ssize_t>(count, 0))) == bytes;
 }
 
-// A file may be cut and written again to more than its old size between two looks.
+// A file may be cut and written again to more than its old size between two looks, so its size does
+// not tell.
 bool GrowingFile::IsSame() {
   struct stat now {};
   if (fstat(m_file, &now) != 0) return true;
-  if (static_cast<std::uint64_t>(now.st_size) < m_position) return false;
   const bool unwritten = IsUnwritten(m_status, now);
   m_status = now;
   return unwritten || (HasAt(0, m_head) && HasAt(m_position - m_tail.size(), m_tail));

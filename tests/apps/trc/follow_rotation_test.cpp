@@ -130,6 +130,32 @@ TEST_F(TrcFollowRotation, TheRestOfAFileThatIsNumberedAwayComesBeforeTheNext) {
   }
 }
 
+TEST_F(TrcFollowRotation, AnIdThatTheNextFileHasNoNameForHasNotThatOfTheOldFile) {
+  Image("a", 1).WriteTo(File());
+  TrcProcess trc({.arguments = Follow(File())});
+  EXPECT_EQ(Lines(trc, 1), 1u);
+  WhileStopped(trc, [&] {
+    std::filesystem::rename(File(), m_directory.File("web.1.trc"));
+    TrcImage().Trace({.text = "nameless", .component = 7}).WriteTo(File());
+  });
+  EXPECT_EQ(Lines(trc, 2), 2u);
+  const auto traces = JsonLinesOf(End(trc).out);
+  ASSERT_EQ(traces.size(), 2u);
+  EXPECT_EQ(traces[0].at("component"), "a");
+  EXPECT_TRUE(traces[1].at("component").is_null());
+}
+
+TEST_F(TrcFollowRotation, AMomentWithoutASuccessorIsNothingToSay) {
+  Image("a", 1).WriteTo(File());
+  TrcProcess trc({.arguments = Follow(File())});
+  EXPECT_EQ(Lines(trc, 1), 1u);
+  std::filesystem::rename(File(), m_directory.File("web.1.trc"));
+  Rest();
+  Image("b", 1).WriteTo(File());
+  EXPECT_EQ(Lines(trc, 2), 2u);
+  EXPECT_EQ(End(trc).err, "");
+}
+
 TEST_F(TrcFollowRotation, AFileWithoutASuccessorIsReadOn) {
   const TrcImage begin = Image("a", 1), whole = Image("a", 3), longer = Image("a", 2);
   begin.WriteTo(File());

@@ -1,0 +1,125 @@
+// A filter text that is applied to millions of traces, in a real window: how long the window stands
+// still, the progress in the line, and what Escape leaves.
+#include <QElapsedTimer>
+#include <fstream>
+
+#include "shell/child_frame.h"
+#include "shell/filterline/ui/filter_line_widget.h"
+#include "shell_fixture.h"
+
+namespace {
+
+constexpr int kBlock = 1000, kBlocks = 2200;
+
+class FilterBackground : public ShellTest {
+ protected:
+  // Of each thousand traces one has "needle"; the others stand in a text that is searched slowly.
+  std::string LargeFile() {
+    TrcImage names, block{std::string_view()};
+    names.Name(7, "web").Name(8, "Net");
+    for (int i = 0; i < kBlock; ++i)
+      block.Trace({.text = i == 400 ? "a needle" : "order 12345 of the cart was taken",
+                   .machine = 7,
+                   .component = 8,
+                   .tic = static_cast<std::uint64_t>(i + 1)});
+    const std::string path = m_dir.File("large.trc");
+    std::ofstream file(path, std::ios::binary);
+    file << names.Bytes();
+    for (int i = 0; i < kBlocks; ++i) file << block.Bytes();
+    return path;
+  }
+  CTraceView& List() { return *View(*Frame().MDIGetActive()); }
+  FilterLineWidget& Line() {
+    return *static_cast<FilterLineWidget*>(
+        Front()->findChildren<QWidget*>(QStringLiteral("filter line")).front());
+  }
+  void Type(const char* text) {
+    Line().Edit().setText({});
+    QTest::keyClicks(&Line().Edit(), QString::fromLatin1(text));
+  }
+  void OpenLargeFileWithLine() {
+    Start();
+    Open(LargeFile());
+    ASSERT_EQ(List().List().ItemCount(), kBlock * kBlocks);
+    Frame().OnCommand(ID_VIEW_FILTERTEXT);
+    Settle();
+  }
+};
+
+// What the event loop does while a text is applied.
+struct Watch {
+  explicit Watch(CTraceView& list) {
+    clock.start();
+    last = clock.nsecsElapsed();
+    timer.callOnTimeout([this, &list] {
+      const qint64 now = clock.nsecsElapsed();
+      longest = std::max(longest, now - last);
+      last = now;
+      if (!list.FilterProgress()) return;
+      ++turns;
+      if (list.List().ItemCount() != count) ++growths;
+      count = list.List().ItemCount();
+      if (firstRows == 0 && count != kBlock * kBlocks) firstRows = now;
+    });
+    timer.start(0);
+  }
+  QElapsedTimer clock;
+  QTimer timer;
+  qint64 last = 0, longest = 0, firstRows = 0;
+  int turns = 0, growths = 0, count = kBlock * kBlocks;
+};
+
+}  // namespace
+
+TEST_F(FilterBackground, TheLoopOfTheWindowGoesOnWhileMillionsOfTracesAreFiltered) {
+  OpenLargeFileWithLine();
+  Type("text matches \"([a-z]+ )*needle\"");
+  Watch watch(List());
+  QTest::keyClick(&Line().Edit(), Qt::Key_Return);
+  const qint64 key = watch.clock.nsecsElapsed();
+  EXPECT_TRUE(Line().Bar().isVisible());
+  EXPECT_TRUE(Line().StopButton().isVisible());
+  ASSERT_TRUE(Until([this] { return !List().FilterProgress(); }));
+  const qint64 all = watch.clock.nsecsElapsed();
+  EXPECT_EQ(List().List().ItemCount(), kBlocks);
+  EXPECT_EQ(List().RowListText(kBlocks - 1, Column::Trace), "a needle");
+  EXPECT_FALSE(Line().Bar().isVisible());
+  EXPECT_GE(watch.turns, 3) << "turns of the loop while the text was applied";
+  EXPECT_GE(watch.growths, 1) << "rows show before all of them are there";
+  std::cout << "filter in a window: the key " << key / 1000 << " us, first rows "
+            << watch.firstRows / 1000 << " us, all " << all / 1000 << " us, longest stillness "
+            << watch.longest / 1000 << " us, " << watch.turns << " turns, " << watch.growths
+            << " times rows\n";
+}
+
+TEST_F(FilterBackground, EscapeInTheLineStopsATextAndTheNextOneClosesTheLine) {
+  OpenLargeFileWithLine();
+  Type("text matches \"([a-z]+ )*needle\"");
+  QTest::keyClick(&Line().Edit(), Qt::Key_Return);
+  ASSERT_TRUE(List().FilterProgress());
+  ASSERT_TRUE(Until([this] { return List().List().ItemCount() < kBlock * kBlocks; }));
+  ASSERT_TRUE(List().FilterProgress()) << "rows show, and it goes on";
+  QTest::keyClick(&Line().Edit(), Qt::Key_Escape);
+  EXPECT_EQ(List().List().ItemCount(), kBlock * kBlocks);
+  ASSERT_TRUE(Until([this] { return !List().FilterProgress(); }));
+  EXPECT_FALSE(Line().StopButton().isVisible());
+  EXPECT_EQ(Line().Edit().text(), QStringLiteral("text matches \"([a-z]+ )*needle\""));
+  QTest::keyClick(&Line().Edit(), Qt::Key_Return);
+  ASSERT_TRUE(List().FilterProgress());
+  QTest::mouseClick(&Line().StopButton(), Qt::LeftButton);
+  EXPECT_FALSE(List().FilterProgress());
+  EXPECT_EQ(List().List().ItemCount(), kBlock * kBlocks);
+}
+
+TEST_F(FilterBackground, AWindowIsClosedWhileItsTextIsApplied) {
+  OpenLargeFileWithLine();
+  Type("text matches \"([a-z]+ )*needle\"");
+  QTest::keyClick(&Line().Edit(), Qt::Key_Return);
+  ASSERT_TRUE(List().FilterProgress());
+  QElapsedTimer clock;
+  clock.start();
+  List().GetDocument()->OnCloseDocument();
+  std::cout << "closed after " << clock.nsecsElapsed() / 1000 << " us\n";
+  Settle();
+  EXPECT_TRUE(Frame().Children().empty());
+}

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/fail_with.h"
 #include "where/steps/cell_step.h"
 #include "where/text/where_lexer.h"
 
@@ -230,11 +231,11 @@ bool FilterLine::ApplyTree(CTraceFilter tree, std::string text) {
   return applied;
 }
 
-bool FilterLine::TakeTree(const std::string& text) {
+bool FilterLine::TakeTree(const std::string& text, std::string* why) {
   CTraceFilter all = m_owner.FilterInForce();
   const std::string inForce = all.where ? all.where->Text() : std::string();
   std::optional<std::string> both = text.empty() ? inForce : WithStep(inForce, text);
-  if (!both) return false;
+  if (!both) return FailWith(why, "The tree and the filter text are too long for one text.");
   all.ShowAll();
   return ApplyTree(std::move(all), std::move(*both));
 }

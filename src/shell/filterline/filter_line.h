@@ -77,8 +77,8 @@ class FilterLine {
   bool AddStep(const std::string& step);
 
   // The tree of the filter dialog as text, added to the text in force; the tree shows all then. One
-  // step. False: the two make no text, or the user cancelled.
-  bool TakeTree(const std::string& text);
+  // step. False: the two make no text, and `why` says so; or the user cancelled.
+  bool TakeTree(const std::string& text, std::string* why = nullptr);
   // The marks of a tree in place of those in force and of the text. One step. False: the user
   // cancelled.
   bool BecomeTree(CTraceFilter tree);

@@ -87,7 +87,9 @@ void FrameFilter::CancelWhere() {
 // ---- the filter dialog's tree
 
 void FrameFilter::TakeTree(const std::string& text) {
-  if (m_line.TakeTree(text)) Show();
+  std::string why;
+  if (m_line.TakeTree(text, &why)) return Show();
+  if (!why.empty()) m_shown()->GetHost().MessageBox({.text = std::move(why)});
 }
 
 CTraceFilter FrameFilter::FilterInForce() const {

@@ -309,6 +309,15 @@ TEST_F(FilterLineTest, ATreeAsTextIsAddedToTheTextInForceAndItsMarksGoInTheSameS
   EXPECT_EQ(m_owner.m_marks.allTraces, 1);
 }
 
+TEST_F(FilterLineTest, ATreeThatIsTooLongBesideTheTextInForceIsRefusedWithAReason) {
+  ASSERT_TRUE(Type("text contains \"" + std::string(kWhereTextMax - 100, 'x') + "\""));
+  std::string why;
+  EXPECT_FALSE(m_line.TakeTree("component != \"" + std::string(100, 'y') + "\"", &why));
+  EXPECT_EQ(why, "The tree and the filter text are too long for one text.");
+  EXPECT_EQ(m_line.GetState(), FilterLine::State::InForce);
+  EXPECT_EQ(m_owner.m_marks.allTraces, 1);
+}
+
 TEST_F(FilterLineTest, ATreeThatWasChangedBehindAStepIsThereWhenOneComesBack) {
   m_line.TakeTree("verbose");
   m_owner.m_marks.allTraces = 0;

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sched.h>
 #include <signal.h>
@@ -41,6 +42,7 @@ class TrcProcess {
     OpenPipe(out);
     if (start.outIsClosed) close(out[0]);
     start.errIsTerminal ? OpenTerminal(err) : OpenPipe(err);
+    malloc_trim(0);  // what this program holds counts as memory of the child, until its exec
     m_process = fork();
     if (m_process == 0) BecomeTrc(start, out[1], err[1]);
     close(out[1]);

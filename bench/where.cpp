@@ -1,14 +1,18 @@
 // Asking every trace of a file a filter text, compared with the least work for the same answers.
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+
 #include <cstring>
 
 #include "bench/bench_host.h"
-#include "bench/pcre2_peer.h"
 #include "bench/ratio.h"
 #include "bench/sample_file.h"
 #include "documents/trace_file_doc.h"
+#include "panes/trace_scan.h"
 #include "tree/filter/filter_pass.h"
 #include "where/text/where_writer.h"
 #include "where/where_matcher.h"
+#include "workers/piece_threads.h"
 
 namespace {
 
@@ -84,9 +88,35 @@ void BesideMemmem(const CTraceDoc& document, const std::string& wanted) {
   Report("contains " + wanted + " / memmem", document, measured, kMostOfMemmem, hits, floorHits);
 }
 
+class Pcre2 {
+ public:
+  explicit Pcre2(const char* expression) {
+    int error = 0;
+    std::size_t place = 0;
+    m_code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(expression), PCRE2_ZERO_TERMINATED, 0,
+                           &error, &place, nullptr);
+    if (!m_code || pcre2_jit_compile(m_code, PCRE2_JIT_COMPLETE) != 0) std::exit(2);
+    m_match = pcre2_match_data_create(1, nullptr);
+  }
+  ~Pcre2() {
+    pcre2_match_data_free(m_match);
+    pcre2_code_free(m_code);
+  }
+  Pcre2(const Pcre2&) = delete;
+  Pcre2& operator=(const Pcre2&) = delete;
+  bool Finds(std::string_view text) const {
+    return pcre2_jit_match(m_code, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0, 0,
+                           m_match, nullptr) >= 0;
+  }
+
+ private:
+  pcre2_code* m_code;
+  pcre2_match_data* m_match;
+};
+
 void BesidePcre2(const CTraceDoc& document, const char* expression) {
   CTraceFilter filter = FilterOf("text matches \"" + std::string(expression) + "\"");
-  const Pcre2Peer alone(expression);
+  const Pcre2 alone(expression);
   std::size_t hits = 0, floorHits = 0;
   const auto finds = [&alone](const RawTrace& trace) { return alone.Finds(trace.Text()); };
   const Measured measured = MeasureBeside(
@@ -121,6 +151,62 @@ void BesideMarks(const CTraceDoc& document, const std::string& text) {
   PrintRow("a live tick's text / the same marks", measured.seconds * kMs, "ms",
            measured.floorSeconds * kMs, measured.ratio, kMostOfMarks);
   std::printf("  check %zu\n", hits % 1000);
+}
+
+// The pass of a window: what it finds, when the first page was there, how long its longest step
+// was.
+struct InWindow {
+  std::size_t hits = 0;
+  double firstPageMs = 0, longestStepMs = 0;
+};
+
+InWindow ScanInWindow(BenchHost& host, CTraceDoc& document, const CTraceFilter& filter) {
+  constexpr std::size_t kPage = 50;
+  constexpr std::chrono::milliseconds kStep(10);
+  using Clock = TraceScan::Clock;
+  const auto msSince = [](Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+  };
+  InWindow all;
+  bool whole = false;
+  std::function<void()> step;
+  PostedStep posted(host, [&step] { step(); });
+  const Clock::time_point begun = Clock::now();
+  TraceScan scan(document, filter, {}, posted.GetLine());
+  step = [&] {
+    const Clock::time_point start = Clock::now();
+    whole =
+        scan.Take(start + kStep, [&all](TraceEvent_i*) { ++all.hits; }) == TraceScan::State::Whole;
+    if (all.firstPageMs == 0 && (whole || all.hits >= kPage)) all.firstPageMs = msSince(begun);
+    if (!whole && !scan.GoOn()) posted.Ask();
+    all.longestStepMs = std::max(all.longestStepMs, msSince(start));
+  };
+  step();
+  host.RunUntil([&whole] { return whole; });
+  return all;
+}
+
+// On all processors, beside the same pass on one.
+void OnAllProcessors(BenchHost& host, CTraceDoc& document, const std::string& text) {
+  const CTraceFilter filter = FilterOf(text);
+  // What each further processor brings is less than all of itself: the memory is shared.
+  const double target = 0.3 + 0.7 / static_cast<double>(PieceThreads::Processors());
+  std::size_t floorHits = 0;
+  InWindow all, worst;
+  const Measured measured = MeasureBeside(
+      kTurns,
+      [&] {
+        CTraceFilter own = filter;
+        floorHits = CountOurs(document, own);
+      },
+      [&] {
+        all = ScanInWindow(host, document, filter);
+        worst.firstPageMs = std::max(worst.firstPageMs, all.firstPageMs);
+        worst.longestStepMs = std::max(worst.longestStepMs, all.longestStepMs);
+      });
+  Report(text + ", all processors / one", document, measured, target, all.hits, floorHits);
+  PrintRow("  its first page", worst.firstPageMs, "ms", 100.0, worst.firstPageMs / 100, 1.0);
+  PrintRow("  its longest step", worst.longestStepMs, "ms", 50.0, worst.longestStepMs / 50, 1.0);
 }
 
 // The longest search of one text: until it is given up, a Cancel waits.
@@ -179,6 +265,10 @@ int main(int, char** argv) {
        {"snapshot", "order [0-9]+|cart", "^order", "hit.*rate [0-9]*", "[a-z]+ [0-9]+ taken"})
     BesidePcre2(document, expression);
   BesideMarks(document, ids);
+  for (const char* const text :
+       {"severity >= warn", "text contains \"snapshot\"", "text matches \"order [0-9]+|cart\"",
+        "delta > 1ms", "text contains \"no trace has this\""})
+    OnAllProcessors(host, document, text);
   Pathological();
   return 0;
 }

@@ -18,6 +18,8 @@ class NearestRow final : public LongWork {
   bool DoPart() override;
   std::optional<int> Progress() const override;
   int Row() const { return m_row; }  // -1: none
+  // Every row is checked. More may come where rows still grow.
+  bool IsAtEnd() const { return m_next >= m_rows.Size(); }
 
  private:
   bool Look();

@@ -75,7 +75,9 @@ void CTraceView::GoOnFiltering() {
   StepFiltering(kStep, false);
   if (!m_filtering) return;
   const bool threads = m_filtering->scan && m_filtering->scan->GoOn();
-  if (!threads || m_filtering->search) m_step.Ask();
+  // Threads ask for a step when there are rows to take or to search.
+  const bool searches = m_filtering->search && !m_filtering->search->IsAtEnd();
+  if (!threads || searches) m_step.Ask();
 }
 
 void CTraceView::StepFiltering(milliseconds time, bool wait) {

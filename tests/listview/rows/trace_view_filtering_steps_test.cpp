@@ -1,0 +1,52 @@
+// What a filter text that is being applied costs the interface thread.
+#include "documents/trace_file_doc.h"
+#include "support/trc_image.h"
+#include "trace_view_fixture.h"
+
+namespace {
+
+class TraceViewFilteringSteps : public TraceViewTest {
+ protected:
+  static constexpr std::size_t kTraces = 40;
+
+  // The first trace passes, each of the others takes long, and the last one has the focus.
+  void OpenSlowFile() {
+    TrcImage image;
+    const std::string slow = std::string(60, 'a') + "b";
+    for (std::uint32_t i = 0; i < kTraces; ++i)
+      image.Trace({.text = i == 0 ? "here" : slow, .count = i});
+    ASSERT_TRUE(m_file.OnOpenDocument(image.WriteTo(m_directory.File("slow.trc"))));
+    ASSERT_TRUE(m_host.RunUntil([this] { return !m_file.m_loading; }));
+    m_host.RunPosted();
+    m_fileView = std::make_unique<CTraceView>(
+        m_file, [](RowListOwner& owner) { return std::make_unique<FakeRowList>(owner); });
+    auto& list = static_cast<FakeRowList&>(m_fileView->List());
+    list.pageRows = 1;
+    m_fileView->m_scanSetup = {.perLook = 1, .perPiece = 1, .threads = 1};
+    m_fileView->OnInitialUpdate();
+    list.SetItemState(kTraces - 1, kRowFocused, kRowFocused);
+  }
+
+  CTraceFileDoc m_file{m_host};
+  std::unique_ptr<CTraceView> m_fileView;
+};
+
+TEST_F(TraceViewFilteringSteps, TheSearchForTheFocusedTraceWaitsForRowsWithoutWork) {
+  ASSERT_NO_FATAL_FAILURE(OpenSlowFile());
+  WhereError error;
+  const auto text = WhereProgram::Compile("text == here or text matches \"(a|aa)+$\"", error);
+  ASSERT_TRUE(text) << error.reason;
+  ASSERT_TRUE(m_fileView->SetWhere(text));
+  std::size_t steps = 0;
+  while (m_fileView->FilterProgress()) {
+    ASSERT_TRUE(m_host.WaitForPost());
+    ASSERT_TRUE(m_host.RunOnePosted());
+    ++steps;
+  }
+  EXPECT_EQ(m_fileView->Rows().Size(), 1);
+  EXPECT_EQ(m_fileView->CurrentEvent(), nullptr) << "no later trace is shown";
+  // A piece asks for one, and a step that runs out of time for another one.
+  EXPECT_LE(steps, 2 * kTraces + 5);
+}
+
+}  // namespace

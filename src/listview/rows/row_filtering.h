@@ -45,7 +45,8 @@ struct RowFiltering {
   RowStore earlier;                 // if `kept`: the rows by `before`
   bool kept = false;
   int earlierTop = 0;
-  RowStore fresh;  // the new rows, until they are shown
+  bool earlierAtEnd = false;  // they follow what comes
+  RowStore fresh;             // the new rows, until they are shown
   bool shown = false;
   RowStore late;  // rows of traces that came after the scan had begun: they follow on its rows
 

@@ -121,6 +121,7 @@ void CTraceView::ShowNewRows(bool whole) {
   if (const TraceEvent_i* const current = CurrentEvent()) now.wanted = current;
   if (!std::exchange(now.kept, true)) {
     now.earlierTop = m_list->TopIndex();
+    now.earlierAtEnd = AtBottom();
     now.earlier.TakeOver(m_rows);
   }
   ShowRows(now.fresh, whole);
@@ -157,7 +158,8 @@ void CTraceView::RestoreRows() {
   if (const TraceEvent_i* const current = CurrentEvent()) now.wanted = current;
   ShowRows(now.earlier, false);
   const int last = m_rows.Size() - 1;
-  m_list->EnsureVisible(std::min(now.earlierTop + m_list->CountPerPage() - 1, last));
+  const int bottom = std::min(now.earlierTop + m_list->CountPerPage() - 1, last);
+  m_list->EnsureVisible(now.earlierAtEnd ? last : bottom);
   now.top = m_list->TopIndex();
   now.moved = now.kept = false;
   now.shown = true;

@@ -35,7 +35,9 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
 }
 
 void CTraceView::OnReady() {
+  const bool filtered = m_filtering != nullptr;
   EndFiltering();
+  if (filtered) ShowProgress();
   if (RebuildRows()) return;
   // There are no earlier rows to keep, and an empty list would look as if no trace matched. The
   // filter dialog may be open meanwhile.

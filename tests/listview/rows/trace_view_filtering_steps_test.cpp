@@ -1,5 +1,8 @@
-// What a filter text that is being applied costs the interface thread.
+// What a filter text that is being applied costs the interface thread, and what a cancel leaves.
+#include <algorithm>
+
 #include "documents/trace_file_doc.h"
+#include "support/short_pieces.h"
 #include "support/trc_image.h"
 #include "trace_view_fixture.h"
 
@@ -47,6 +50,56 @@ TEST_F(TraceViewFilteringSteps, TheSearchForTheFocusedTraceWaitsForRowsWithoutWo
   EXPECT_EQ(m_fileView->CurrentEvent(), nullptr) << "no later trace is shown";
   // A piece asks for one, and a step that runs out of time for another one.
   EXPECT_LE(steps, 2 * kTraces + 5);
+}
+
+class TraceViewCancel : public TraceViewTest {
+ protected:
+  // Replaces the rows by some of the new ones, while the others are still looked for.
+  void ShowSomeRows() {
+    WhereError error;
+    ASSERT_TRUE(m_view->SetWhere(WhereProgram::Compile("count < 1000", error)));
+    m_list->calls.clear();
+    while (std::ranges::count(m_list->calls, "count 0") == 0)
+      ASSERT_TRUE(m_host.RunOnePosted()) << "the rows were complete before they were shown";
+    ASSERT_TRUE(m_view->FilterProgress());
+  }
+  void OpenRows(int count) {
+    m_list->pageRows = 4;
+    m_view->m_scanSetup.perLook = 1;
+    AddMany(count);
+    Open();
+  }
+
+  const ShortPieces m_pieces{m_host};
+};
+
+TEST_F(TraceViewCancel, AListThatFollowedTheLastTraceFollowsItAgain) {
+  OpenRows(20);
+  ASSERT_EQ(m_list->TopIndex(), 16);
+  ASSERT_NO_FATAL_FAILURE(ShowSomeRows());
+  DrainMany(3);
+  m_view->CancelFilter();
+  EXPECT_EQ(m_list->TopIndex(), 19);
+  DrainMany(2);
+  EXPECT_EQ(m_list->TopIndex(), 21);
+}
+
+TEST_F(TraceViewCancel, AListThatTheUserScrolledComesBackWhereItWas) {
+  OpenRows(20);
+  m_list->ScrollTo(7);
+  ASSERT_NO_FATAL_FAILURE(ShowSomeRows());
+  DrainMany(3);
+  m_view->CancelFilter();
+  EXPECT_EQ(m_list->TopIndex(), 7);
+}
+
+TEST_F(TraceViewCancel, AWindowBehindAnotherOneIsToldThatAClearEndsThePass) {
+  OpenRows(20);
+  ASSERT_NO_FATAL_FAILURE(ShowSomeRows());
+  std::optional<int> progress = m_view->FilterProgress();
+  m_view->m_onStatus = [&] { progress = m_view->FilterProgress(); };
+  m_document.DeleteContents();
+  EXPECT_EQ(progress, std::nullopt);
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ struct FollowedTraces::CountSink {
   static void OnName(NameId, std::string_view) {}
   bool OnTrace(Bytes record) const {
     TraceEvent_i* const trace = traces.Own(record);
-    return trace && traces.m_counter.Add(trace, [](const TakenTrace& taken) {
+    return trace && traces.m_counter->Add(trace, [](const TakenTrace& taken) {
       ReleaseTrace(taken.trace);
       return true;
     });
@@ -63,19 +63,28 @@ FollowedTraces::FollowedTraces(const DumpOptions& options, Test test, Output& ou
       m_output(output),
       m_test(std::move(test)),
       m_choice(options.traces, m_names.Names()),
-      m_counter(m_counted, m_names.Names()),
       m_lines(MakeTraceLines({options.format, options.coloured, true}, options.traces,
                              m_names.Names(), output)) {
-  if (!m_test) return;
-  const auto test1 = [this](const TraceEvent_i& trace) { return m_test(trace, m_output); };
-  m_choice.Keep(test1);
-  m_counter.Keep(test1);
+  KeepTested(m_choice);
+  CountAnew();
 }
 
+void FollowedTraces::KeepTested(LiveChoice& choice) {
+  if (m_test) choice.Keep([this](const TraceEvent_i& trace) { return m_test(trace, m_output); });
+}
+
+void FollowedTraces::CountAnew() {
+  m_counter.emplace(m_counted, m_names.Names());
+  KeepTested(*m_counter);
+}
+
+// What was counted is of the file as it was.
 void FollowedTraces::BeginFile() {
   m_names.Forget(kFile);
   m_ofFile.clear();
   m_damage = {};
+  m_choice.Skip(0);
+  CountAnew();
 }
 
 std::size_t FollowedTraces::LearnNames(Bytes piece) {
@@ -84,7 +93,7 @@ std::size_t FollowedTraces::LearnNames(Bytes piece) {
   if (!sink.last.empty()) {
     const auto end = MomentOfStamp(StampOf(RawTrace(sink.last.data())));
     m_choice.SetEnd(end);
-    m_counter.SetEnd(end);
+    m_counter->SetEnd(end);
   }
   return taken;
 }
@@ -94,7 +103,7 @@ std::size_t FollowedTraces::Count(Bytes piece) {
 }
 
 void FollowedTraces::LeaveTail() {
-  const std::uint64_t chosen = m_counter.Chosen();
+  const std::uint64_t chosen = m_counter->Chosen();
   m_choice.Skip(chosen - std::min(chosen, m_options.traces.tail));
 }
 

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "commands/trace_lines.h"
 #include "input/merged_names.h"
@@ -44,6 +45,8 @@ class FollowedTraces {
   struct NameSink;
   struct CountSink;
   struct TraceSink;
+  void KeepTested(LiveChoice& choice);
+  void CountAnew();
   TraceEvent_i* Own(Bytes record);
   bool Add(Bytes record);
 
@@ -54,7 +57,8 @@ class FollowedTraces {
   MergedNames m_names;
   NameMap m_ofFile;
   TrcDamage m_damage;
-  LiveChoice m_choice, m_counter;
+  LiveChoice m_choice;
+  std::optional<LiveChoice> m_counter;
   const std::unique_ptr<TraceLines> m_lines;
   TraceEvent_i* m_previous = nullptr;
   bool m_over = false;

@@ -211,6 +211,32 @@ TEST_F(TrcFollowRotation, AFileThatIsCutIsReadFromItsBeginningAgain) {
   }
 }
 
+// Of the passes over what is there, the second counts it for --tail, and the third leaves it out.
+TEST_F(TrcFollowRotation, WhatIsCountedOfAFileThatIsCutLeavesNothingOutOfTheNewOne) {
+  constexpr std::size_t kBytes = std::size_t{24} << 20;
+  const TrcImage begin = Image("a", 1);
+  const std::string record = Behind(Image("a", 2), begin);
+  std::string old = begin.Bytes();
+  while (old.size() < kBytes) old += record;
+  for (const std::uint64_t passes : {1u, 2u}) {
+    bool isInPass = false;
+    for (int attempt = 0; attempt < 20 && !isInPass; ++attempt) {
+      m_directory.File("web.trc", old);
+      TrcProcess trc({.arguments = Follow(File(), {"--tail", "2"})});
+      while (BytesRead(trc) < passes * kBytes + kBytes / 4 && !trc.Late()) Rest(1);
+      WhileStopped(trc, [&] {
+        isInPass = BytesRead(trc) < (passes + 1) * kBytes;
+        Image("b", 5).WriteTo(File());
+      });
+      const std::size_t wanted = passes == 1 ? 2 : 5;
+      if (!isInPass) continue;
+      EXPECT_EQ(Lines(trc, wanted), wanted);
+      EXPECT_EQ(Texts(End(trc).out), passes == 1 ? "b3 b4" : "b0 b1 b2 b3 b4");
+    }
+    EXPECT_TRUE(isInPass);
+  }
+}
+
 TEST_F(TrcFollowRotation, AWriterMayTakeBackTheHalfOfARecord) {
   const TrcImage begin = Image("a", 1), whole = Image("a", 2);
   begin.WriteTo(File());

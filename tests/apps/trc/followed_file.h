@@ -66,6 +66,13 @@ class TrcFollow : public testing::Test {
     }
     return lines;
   }
+  // By the program, so far.
+  static std::uint64_t BytesRead(const TrcProcess& trc) {
+    const std::string counts = ReadAll("/proc/" + std::to_string(trc.Id()) + "/io");
+    const std::string_view name = "rchar: ";
+    const std::size_t at = counts.find(name);
+    return at == counts.npos ? 0 : std::stoull(counts.substr(at + name.size()));
+  }
   static TrcRun End(TrcProcess& trc) {
     trc.Interrupt();
     return trc.Finish();

@@ -124,9 +124,10 @@ std::uint64_t SourceFilter::Judge(const Batch& batch, std::uint64_t endNs) {
 
 bool SourceFilter::Passes(const std::uint8_t* record) {
   const std::uint64_t before = m_matcher->LimitsReached();
-  if (m_matcher->Matches(record)) return true;
-  if (m_matcher->LimitsReached() == before) return false;
-  m_matcher->NamesMayHaveChanged();  // a verdict that was given up is none
+  const bool matches = m_matcher->Matches(record);
+  if (m_matcher->LimitsReached() == before) return matches;
+  // A verdict that was given up is none: also not for a later trace, if this one passes anyway.
+  m_matcher->NamesMayHaveChanged();
   return true;
 }
 

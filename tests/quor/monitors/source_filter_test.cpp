@@ -188,6 +188,20 @@ TEST_F(SourceFilterTest, ATraceThatCannotBeJudgedWithinTheLimitsIsDelivered) {
   EXPECT_EQ(stream.Withheld(), 1u);
 }
 
+TEST_F(SourceFilterTest, AnotherReasonToPassIsNoVerdictOnANameThatCannotBeJudged) {
+  FedSource one(m_hub, "orders");
+  TakingStream stream(m_hub);
+  Filter(stream, "component matches \"(b+)+$\" or category == Connect");
+  one.Name(9, std::string(40, 'b') + "!");
+  one.Name(8, "Close");
+  one.Trace("a", {.component = AppNameId{9}});
+  for (int i = 0; i < 3; ++i) one.Trace("b", {.component = AppNameId{9}, .category = AppNameId{8}});
+  one.Trace("c", {.category = AppNameId{8}});
+  stream.Read();
+  EXPECT_EQ(stream.Delivered(), 4u);
+  EXPECT_EQ(stream.Withheld(), 1u);
+}
+
 TEST_F(SourceFilterTest, AHostileExpressionTakesNoMoreThanTheShareOfItsAccount) {
   FedSource one(m_hub, "orders");
   TakingStream stream(m_hub);

@@ -4,6 +4,7 @@
 #include "shell/realtime_frame.h"
 #include "shell_fixture.h"
 #include "support/fake_connection.h"
+#include "support/zone_guard.h"
 
 namespace {
 
@@ -106,6 +107,32 @@ TEST_F(SourceFilterTest, AnEmptyWindowSaysThatTracesAreWithheld) {
   EXPECT_NE(monitor.WhyEmpty().find("Some came, and the filter text withholds them at the source"),
             std::string::npos)
       << monitor.WhyEmpty();
+}
+
+// It may show what the text of the first one would withhold.
+TEST_F(SourceFilterTest, AllTracesComeWhileTheMonitorHasASecondWindow) {
+  FilterLine& line = Line();
+  line.SetAtSource(true);
+  Apply("pid == 1");
+  EXPECT_EQ(Sent(), "filter pid == 1\n");
+  ASSERT_TRUE(Frame().OnCommand(ID_WINDOW_NEW));
+  Tick();
+  EXPECT_EQ(Sent(), "filter \n");
+  EXPECT_EQ(line.Message(), "Applied. All traces come: the monitor has another window.");
+  Frame().MDIGetActive()->OnClose();
+  ASSERT_EQ(Frame().Children().size(), 1u);
+  Tick();
+  EXPECT_EQ(Sent(), "filter pid == 1\n");
+}
+
+TEST_F(SourceFilterTest, ATimeWithoutAZoneFollowsTheOptionsThereToo) {
+  const ZoneGuard zone("CET-1");
+  Line().SetAtSource(true);
+  Apply("time >= 2026-11-23T12:00:00");
+  EXPECT_NE(Sent().find("T11:00"), std::string::npos);
+  g_useUtc = true;
+  Tick();
+  EXPECT_NE(Sent().find("T12:00"), std::string::npos);
 }
 
 TEST_F(SourceFilterTest, TheWindowOfAFileHasNoSource) {

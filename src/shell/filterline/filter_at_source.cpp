@@ -32,7 +32,9 @@ void FilterAtSource::Send(const WhereProgramPtr& program) {
   if (!WhyNot().empty()) return;
   std::string text;
   m_notTaken.clear();
-  if (m_on && program) {
+  if (m_on && program && m_monitor->Frames().size() > 1) {
+    m_notTaken = "the monitor has another window";
+  } else if (m_on && program) {
     WhereError error;
     text = TextAtSource(program->Expr(), g_useUtc, error).value_or("");
     m_notTaken = std::move(error.reason);
@@ -66,6 +68,8 @@ std::string FilterAtSource::Note() const {
 }
 
 bool FilterAtSource::HasNews() {
+  // A window may have come or gone, or the zone of the times may be another one.
+  Send(m_owner.WhereInForce());
   std::string note = Note();
   if (note == m_lastNote) return false;
   m_lastNote = std::move(note);

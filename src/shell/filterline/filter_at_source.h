@@ -1,7 +1,8 @@
 // The filter text of a live window at the source: the service sends only what matches.
 //
 // Shape    Off at first. While it is on, the text in force goes to the service of the monitor. One
-//          that the service cannot ask, because of "delta" say, works in the window alone.
+//          that the service cannot ask, because of "delta" say, works in the window alone. So do
+//          all texts while the monitor has another window, which may show other traces.
 // Owner    The line owns it. Borrows the document, and the owner of the line.
 // Threads  Interface thread.
 #pragma once
@@ -27,7 +28,8 @@ class FilterAtSource {
   void Send(const WhereProgramPtr& program);
   // How the text stands there, and what was withheld; empty: nothing to say.
   std::string Note() const;
-  // Is the note another one than at the last call?
+  // Follows the windows of the monitor and the zone of times; call it now and then. Is the note
+  // another one than at the last call?
   bool HasNews();
 
  private:

@@ -3,13 +3,17 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <malloc.h>
 #include <poll.h>
 #include <sched.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -32,7 +36,7 @@ struct TrcStart {
   bool errIsTerminal = false;
   bool ignoreInterrupt = false;
   rlim_t fileBytesMax = RLIM_INFINITY;  // a longer file is an error, as on a full disk
-  rlim_t filesMax = RLIM_INFINITY;      // descriptors
+  bool withoutNotify = false;           // no inotify
 };
 
 class TrcProcess {
@@ -133,19 +137,26 @@ class TrcProcess {
       setrlimit(RLIMIT_FSIZE, &fileSize);
       signal(SIGXFSZ, SIG_IGN);  // inherited by the program: its write fails instead
     }
-    const rlimit files{start.filesMax, start.filesMax};
     for (const std::string& variable : start.environment) putenv(strdup(variable.c_str()));
     std::string program = getenv("TRC") ? getenv("TRC") : "TRC is not set";
     std::vector<std::string> words = start.arguments;
     std::vector<char*> argv = {program.data()};
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
-    if (start.filesMax != RLIM_INFINITY) {
-      close_range(STDERR_FILENO + 1, ~0u, 0);  // whoever runs the tests has left us some
-      setrlimit(RLIMIT_NOFILE, &files);
-    }
+    if (start.withoutNotify) RefuseNotify();
     execv(program.c_str(), argv.data());
     _exit(127);
+  }
+  // As a system that has no inotify left for this account.
+  static void RefuseNotify() {
+    sock_filter code[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_inotify_init1, 0, 1),
+                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EMFILE),
+                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog program = {std::size(code), code};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
+      _exit(126);
   }
   void Pump() {
     pollfd ends[] = {{m_out, POLLIN, 0}, {m_errOpen ? m_err : -1, POLLIN, 0}};

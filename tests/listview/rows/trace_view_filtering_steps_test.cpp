@@ -19,8 +19,8 @@ class TraceViewFilteringSteps : public TraceViewTest {
     for (std::uint32_t i = 0; i < kTraces; ++i)
       image.Trace({.text = i == 0 ? "here" : slow, .count = i});
     ASSERT_TRUE(m_file.OnOpenDocument(image.WriteTo(m_directory.File("slow.trc"))));
-    ASSERT_TRUE(m_host.RunUntil([this] { return !m_file.m_loading; }));
-    m_host.RunPosted();
+    ASSERT_TRUE(m_fileHost.RunUntil([this] { return !m_file.m_loading; }));
+    m_fileHost.RunPosted();
     m_fileView = std::make_unique<CTraceView>(
         m_file, [](RowListOwner& owner) { return std::make_unique<FakeRowList>(owner); });
     auto& list = static_cast<FakeRowList&>(m_fileView->List());
@@ -30,7 +30,8 @@ class TraceViewFilteringSteps : public TraceViewTest {
     list.SetItemState(kTraces - 1, kRowFocused, kRowFocused);
   }
 
-  CTraceFileDoc m_file{m_host};
+  RecordingHost m_fileHost;  // has no main window that a load would tell
+  CTraceFileDoc m_file{m_fileHost};
   std::unique_ptr<CTraceView> m_fileView;
 };
 
@@ -42,8 +43,8 @@ TEST_F(TraceViewFilteringSteps, TheSearchForTheFocusedTraceWaitsForRowsWithoutWo
   ASSERT_TRUE(m_fileView->SetWhere(text));
   std::size_t steps = 0;
   while (m_fileView->FilterProgress()) {
-    ASSERT_TRUE(m_host.WaitForPost());
-    ASSERT_TRUE(m_host.RunOnePosted());
+    ASSERT_TRUE(m_fileHost.WaitForPost());
+    ASSERT_TRUE(m_fileHost.RunOnePosted());
     ++steps;
   }
   EXPECT_EQ(m_fileView->Rows().Size(), 1);

@@ -1,10 +1,8 @@
 // Asking every trace of a file a filter text, compared with the least work for the same answers.
-#define PCRE2_CODE_UNIT_WIDTH 8
-#include <pcre2.h>
-
 #include <cstring>
 
 #include "bench/bench_host.h"
+#include "bench/pcre2_peer.h"
 #include "bench/ratio.h"
 #include "bench/sample_file.h"
 #include "documents/trace_file_doc.h"
@@ -88,35 +86,9 @@ void BesideMemmem(const CTraceDoc& document, const std::string& wanted) {
   Report("contains " + wanted + " / memmem", document, measured, kMostOfMemmem, hits, floorHits);
 }
 
-class Pcre2 {
- public:
-  explicit Pcre2(const char* expression) {
-    int error = 0;
-    std::size_t place = 0;
-    m_code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(expression), PCRE2_ZERO_TERMINATED, 0,
-                           &error, &place, nullptr);
-    if (!m_code || pcre2_jit_compile(m_code, PCRE2_JIT_COMPLETE) != 0) std::exit(2);
-    m_match = pcre2_match_data_create(1, nullptr);
-  }
-  ~Pcre2() {
-    pcre2_match_data_free(m_match);
-    pcre2_code_free(m_code);
-  }
-  Pcre2(const Pcre2&) = delete;
-  Pcre2& operator=(const Pcre2&) = delete;
-  bool Finds(std::string_view text) const {
-    return pcre2_jit_match(m_code, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0, 0,
-                           m_match, nullptr) >= 0;
-  }
-
- private:
-  pcre2_code* m_code;
-  pcre2_match_data* m_match;
-};
-
 void BesidePcre2(const CTraceDoc& document, const char* expression) {
   CTraceFilter filter = FilterOf("text matches \"" + std::string(expression) + "\"");
-  const Pcre2 alone(expression);
+  const Pcre2Peer alone(expression);
   std::size_t hits = 0, floorHits = 0;
   const auto finds = [&alone](const RawTrace& trace) { return alone.Finds(trace.Text()); };
   const Measured measured = MeasureBeside(

@@ -7,9 +7,8 @@
 //          failed conversion step. The done message is then not posted (kept: the progress box
 //          stays until another load is done). The load releases its files.
 // Threads  Run is for the load thread, which with its helpers alone fills the containers. They
-// belong to the
-//          interface thread after the hand-over or the end of the thread. Everything else is for
-//          the interface thread.
+//          belong to the interface thread after the hand-over or the end of the thread. Everything
+//          else is for the interface thread.
 #pragma once
 
 #include <atomic>

@@ -24,6 +24,16 @@ _trc_names() {
   [[ $# -eq 0 ]] || compopt "$@"
 }
 
+# Folders, and files that end so.
+_trc_files() {
+  local current=$1 end
+  shift
+  compopt -o filenames
+  local IFS=$'\n'
+  COMPREPLY=($(compgen -d -- "$current"))
+  for end; do COMPREPLY+=($(compgen -f -X "!*.$end" -- "$current")); done
+}
+
 _trc() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command= word
@@ -104,23 +114,21 @@ _trc() {
   elif [[ $command == 'config save' && $previous != save ]]; then
     _trc_names
   elif [[ $command == config* || $command == setup ]]; then
-    compopt -o filenames
-    local IFS=$'\n'
-    COMPREPLY=($(compgen -d -- "$current") $(compgen -f -X '!*.tcf' -- "$current"))
+    _trc_files "$current" tcf
   elif [[ $command == set ]]; then
     _trc_names
   elif [[ $command == show || $command == forget || $command == sink && $previous != -o && $previous != --file ]]; then
     _trc_names
   elif [[ $command == tail || $command == apps || $command == emit ]]; then
     return
-  elif [[ $command == import || $command == export && $previous == *.trc ]]; then
+  elif [[ $command == import || $command == export && $previous == *.@(trc|gz|zst) ]]; then
     compopt -o filenames
     local IFS=$'\n'
     COMPREPLY=($(compgen -f -- "$current"))
+  elif [[ $command == gen || $command == convert || $command == capture ]]; then
+    _trc_files "$current" trc
   else
-    compopt -o filenames
-    local IFS=$'\n'
-    COMPREPLY=($(compgen -d -- "$current") $(compgen -f -X '!*.trc' -- "$current"))
+    _trc_files "$current" trc gz zst
   fi
 }
 

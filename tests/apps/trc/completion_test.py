@@ -92,6 +92,9 @@ class Completion(unittest.TestCase):
         wait_for("running is here", lambda: cls.machine.instances("running") == 1)
         status, told = cls.machine.ask("trc", "gen", "-n", "500", str(cls.folder / "some traces.trc"))
         assert status == 0, told
+        (cls.folder / "folder").mkdir()
+        for name in "zipped.trc.gz", "folder/inner.zst":
+            (cls.folder / name).touch()
 
     @classmethod
     def tearDownClass(cls):
@@ -120,6 +123,9 @@ class Completion(unittest.TestCase):
                              ["dump", "some traces.trc", "--check", "All Severities"])
             self.assertEqual(shell.words_of(f"trc tail --uncheck All\\ Com{on}/N\t"),
                              ["tail", "--uncheck", "All Components/Net $(x)"])
+            self.assertEqual(shell.words_of("trc info zip\t"), ["info", "zipped.trc.gz"])
+            self.assertEqual(shell.words_of("trc dump some\\ traces.trc fol\tinn\t"),
+                             ["dump", "some traces.trc", "folder/inner.zst"])
             if name != "fish":  # it leaves a quote open
                 self.assertEqual(shell.words_of("trc show 'b\t"), ["show", "blank name"])
                 self.assertEqual(shell.words_of('trc show "c\t'), ["show", self.names["c"]])

@@ -36,7 +36,8 @@ bool TextTestHolds(const WhereRule& test, const TextField& field, WhereRegexSear
   // Before the text is read to its end.
   if (test.op == WhereOperator::Matches && !test.regex->MayBeginWith(field.text, field.length))
     return false;
-  if (test.op == WhereOperator::Matches) return search.Finds(*test.regex, field.UpToItsNul());
+  if (test.op == WhereOperator::Matches)
+    return search.FindsInField(*test.regex, field.text, field.length);
   if (test.op == WhereOperator::IsSet) return !field.UpToItsNul().empty();
   if (test.op == WhereOperator::Contains) return field.Contains(test.values.front().text);
   return TextHolds(test, field.UpToItsNul(), search);

@@ -4,11 +4,11 @@
 #include <pcre2.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 
 #include "base/text.h"
 #include "base/thread_time.h"
+#include "where/plain_regex.h"
 
 namespace {
 
@@ -69,14 +69,6 @@ bool IsWellFormed(std::string_view text) {
     left -= bytes;
   }
   return true;
-}
-
-// The length of a set at the beginning; 0: none that is plain.
-std::size_t PlainSet(std::string_view rest) {
-  if (rest.size() < 3 || rest[1] == '^' || rest[1] == ']') return 0;
-  const std::size_t end = rest.find(']');
-  if (end == rest.npos || rest.substr(1, end - 1).find_first_of("[\\") != rest.npos) return 0;
-  return end + 1;
 }
 
 // Not those that look at where a search begins, or that end it.
@@ -196,55 +188,13 @@ std::shared_ptr<const WhereRegex> WhereRegex::Compile(std::string_view expressio
   // Characters that are no ASCII may be letters, and the same letter as an ASCII one.
   made->m_meansTheSame = made->m_bytes && way == WhereRegexWay{} && MeansTheSameByBytes(expression);
   if (made->m_meansTheSame) made->m_beginning = BeginningOf(expression);
+  made->m_seesNoEnd = made->m_meansTheSame && SeesNoEnd(expression);
   if (made->m_bytes || made->m_characters) return made;
   // An expression that is no UTF-8 fails for characters at once: its bytes tell more.
   const bool tellsMore = IsUtf8(expression);
   place = tellsMore ? otherPlace : place;
   why = Reason(tellsMore ? otherError : error);
   return nullptr;
-}
-
-bool MeansTheSameByBytes(std::string_view expression) {
-  for (std::size_t at = 0; at < expression.size();) {
-    const char c = expression[at];
-    const std::string_view rest = expression.substr(at);
-    const auto byte = static_cast<unsigned char>(c);
-    std::size_t bytes = 1;
-    if (byte < 0x20 || byte >= 0x7F) return false;
-    if (c == '[') {
-      bytes = PlainSet(rest);
-    } else if (c == '.') {
-      // Several that may be empty share what lies between without dividing a character.
-      bytes = rest.size() > 1 && rest[1] == '*' && !(rest.size() > 2 && rest[2] == '+') ? 2 : 0;
-    } else if (c == '(') {
-      const bool special = rest.size() > 1 && (rest[1] == '?' || rest[1] == '*');
-      bytes = !special ? 1 : rest.starts_with("(?:") ? 3 : 0;
-    } else if (c == '\\') {
-      const bool sign = rest.size() > 1 && std::ispunct(static_cast<unsigned char>(rest[1])) != 0;
-      bytes = sign ? 2 : 0;
-    }
-    if (bytes == 0) return false;
-    at += bytes;
-  }
-  return true;
-}
-
-std::string BeginningOf(std::string_view expression) {
-  constexpr std::string_view kSigns = " _:/=,-@#%&;<>~!'\"";
-  const bool hasWays = expression.find('|') != expression.npos;
-  if (!expression.starts_with('^') || hasWays || !MeansTheSameByBytes(expression)) return {};
-  std::string beginning;
-  for (const char c : expression.substr(1)) {
-    if (std::isalnum(static_cast<unsigned char>(c)) || kSigns.find(c) != kSigns.npos) {
-      beginning.push_back(c);
-      continue;
-    }
-    // The one before these may be missing.
-    const bool mayLack = c == '?' || c == '*' || c == '{';
-    if (mayLack && !beginning.empty()) beginning.pop_back();
-    break;
-  }
-  return beginning;
 }
 
 struct WhereRegexSearch::Memory {
@@ -278,8 +228,8 @@ void WhereRegexSearch::Bound(const WhereBounds& bounds) {
   pcre2_set_match_limit(m_memory->context, bounds.steps);
 }
 
-bool WhereRegexSearch::MayBegin(std::string_view text) const {
-  return !m_bounds || (text.size() <= m_bounds->textBytes && ThreadNanoseconds() < m_endNs);
+bool WhereRegexSearch::MayBeginBounded(std::string_view text) const {
+  return text.size() <= m_bounds->textBytes && ThreadNanoseconds() < m_endNs;
 }
 
 // For ASCII the two codes find the same, and that for bytes is faster.
@@ -292,6 +242,18 @@ bool WhereRegexSearch::Finds(const WhereRegex& regex, std::string_view text) {
   if (!regex.m_bytes) return FindsIn(*regex.m_characters, text);
   const bool bytes = IsAscii(text) || !IsWellFormed(text);
   return FindsIn(bytes ? *regex.m_bytes : *regex.m_characters, text);
+}
+
+bool WhereRegexSearch::FindsInField(const WhereRegex& regex, const char* text, std::size_t length) {
+  // Most fields have no NUL and no hit, and the search alone tells it.
+  if (regex.m_seesNoEnd && length <= kWholeBytesMax && !m_bounds) {
+    if (!m_memory) m_memory = std::make_unique<Memory>();
+    const int found =
+        regex.m_bytes->whole.Match({text, length}, 0, m_memory->match, m_memory->context);
+    if (found == PCRE2_ERROR_NOMATCH) return false;
+    if (found >= 0 && !std::memchr(text, 0, length)) return true;
+  }
+  return Finds(regex, {text, strnlen(text, length)});
 }
 
 bool WhereRegexSearch::FindsIn(const WhereRegex::Code& code, std::string_view text) {

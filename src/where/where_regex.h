@@ -36,8 +36,8 @@ class WhereRegex {
 
   // No: it finds nothing in a text that begins with these bytes, however the text goes on.
   bool MayBeginWith(const char* text, std::size_t length) const {
-    return length >= m_beginning.size() &&
-           std::memcmp(text, m_beginning.data(), m_beginning.size()) == 0;
+    return m_beginning.empty() || (length >= m_beginning.size() &&
+                                   std::memcmp(text, m_beginning.data(), m_beginning.size()) == 0);
   }
 
  private:
@@ -49,15 +49,9 @@ class WhereRegex {
   // that is no UTF-8 itself.
   std::unique_ptr<Code> m_bytes, m_characters;
   bool m_meansTheSame = false;  // both find the same, in every text
+  bool m_seesNoEnd = false;     // and what they find in a text they find in longer ones too
   std::string m_beginning;      // of every text in which it finds something
 };
-
-// Does the expression find the same by characters and by bytes, in every text? Only of plain ones:
-// ASCII letters, signs and sets, groups, repetitions, "|", "^", "$" and ".*". No: it may not.
-bool MeansTheSameByBytes(std::string_view expression);
-// What every text begins with in which a plain expression with "^" finds something. Empty: it is
-// not known.
-std::string BeginningOf(std::string_view expression);
 
 // For expressions and texts of strangers. A search that would pass a bound is given up.
 struct WhereBounds {
@@ -77,13 +71,16 @@ class WhereRegexSearch {
   // given up at once.
   void EndAt(std::uint64_t threadNs) { m_endNs = threadNs; }
   bool Finds(const WhereRegex& regex, std::string_view text);
+  // The same for a field: its text ends before the first NUL.
+  bool FindsInField(const WhereRegex& regex, const char* text, std::size_t length);
   // The searches that were given up.
   std::uint64_t LimitsReached() const { return m_limitsReached; }
 
  private:
   struct Memory;
   bool FindsIn(const WhereRegex::Code& code, std::string_view text);
-  bool MayBegin(std::string_view text) const;
+  bool MayBegin(std::string_view text) const { return !m_bounds || MayBeginBounded(text); }
+  bool MayBeginBounded(std::string_view text) const;
   int MatchLong(const WhereRegex::Code& code, std::string_view text);
   int MatchInParts(const WhereRegex::Code& code, std::string_view text);
 

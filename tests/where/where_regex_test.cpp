@@ -5,6 +5,7 @@
 #include <random>
 
 #include "base/thread_time.h"
+#include "where/plain_regex.h"
 #include "where/where_program.h"
 
 namespace {
@@ -172,6 +173,54 @@ TEST(WhereRegex, RandomPlainExpressionsFindTheSameByCharactersAndByBytes) {
     found += holds ? 1 : 0;
   }
   EXPECT_GT(found, 500);
+}
+
+TEST(WhereRegex, WhereTheEndMattersATextIsNotSearchedBeyondIt) {
+  for (const char* blind : {"order [0-9]+|cart", "^hit.*rate [0-9]*", "(?:a|b){2,3}c?", "a\\.b"})
+    EXPECT_TRUE(SeesNoEnd(blind)) << blind;
+  for (const char* other :
+       {"a$", "a|b$", "(a$)?", "a*+b", "a++", "a?+b", "(?:a|b){2}+", "a(?!b)", "\\ba", "a\\z"})
+    EXPECT_FALSE(SeesNoEnd(other)) << other;
+}
+
+TEST(WhereRegex, InAFieldWithANulTheTextBeforeItIsSearchedAlone) {
+  std::mt19937 random(5);
+  const std::vector<std::string> parts = {"a",    "b",        ".*",   "[ab]",   "(a|b)", "^",
+                                          "$",    "b*",       "a{2}", "(.*b)*", "|",     "[ab]*+",
+                                          "a++b", "(a|ab)?+", "c?",   "(?!b)"};
+  const std::string bytes("abc\0", 4);
+  int found = 0, none = 0, beyond = 0;
+  for (int round = 0; round < 40000; ++round) {
+    std::string expression, field;
+    for (std::size_t i = 1 + random() % 5; i > 0; --i) expression += parts[random() % parts.size()];
+    for (std::size_t i = random() % 8; i > 0; --i) field += bytes[random() % bytes.size()];
+    std::size_t place = 0;
+    std::string why;
+    const auto regex = WhereRegex::Compile(expression, place, why);
+    if (!regex) continue;
+    WhereRegexSearch search;
+    const bool holds = search.Finds(*regex, std::string(field.c_str()));
+    ASSERT_EQ(search.FindsInField(*regex, field.data(), field.size()), holds)
+        << expression << " in " << field;
+    ASSERT_EQ(search.LimitsReached(), 0u);
+    (holds ? found : none) += 1;
+    beyond += !holds && search.Finds(*regex, field) ? 1 : 0;
+  }
+  EXPECT_GT(found, 1000);
+  EXPECT_GT(none, 1000);
+  EXPECT_GT(beyond, 200);
+}
+
+TEST(WhereRegex, AFieldThatIsGivenUpBehindItsNulIsSearchedBeforeIt) {
+  std::size_t place = 0;
+  std::string why;
+  const auto regex = WhereRegex::Compile("(a.*)+q|b", place, why);
+  const std::string field = std::string("ab\0", 3) + std::string(500, 'a');
+  const std::string none = std::string("ac\0", 3) + std::string(500, 'a');
+  WhereRegexSearch search;
+  EXPECT_TRUE(search.FindsInField(*regex, field.data(), field.size()));
+  EXPECT_FALSE(search.FindsInField(*regex, none.data(), none.size()));
+  EXPECT_EQ(search.LimitsReached(), 0u);
 }
 
 TEST(WhereRegex, ABeginningIsKnownOfExpressionsThatStandAtTheBeginning) {

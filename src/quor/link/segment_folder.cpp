@@ -145,22 +145,26 @@ void SegmentFolder::Discard() {
   m_new.clear();
 }
 
-std::vector<std::string> SegmentFolder::Names() const {
-  return Entries(false);
+std::vector<std::string> SegmentFolder::Names(bool* isWhole) const {
+  return Entries(false, isWhole);
 }
 
-std::vector<std::string> SegmentFolder::Entries(bool hidden) const {
+std::vector<std::string> SegmentFolder::Entries(bool hidden, bool* isWhole) const {
   std::vector<std::string> names;
+  if (isWhole) *isWhole = false;
   const int again = m_folder >= 0 ? openat(m_folder, ".", kFolderFlags) : -1;
   DIR* const folder = again >= 0 ? fdopendir(again) : nullptr;
   if (!folder) {
     if (again >= 0) close(again);
     return names;
   }
+  errno = 0;
   while (const dirent* const entry = readdir(folder)) {
     const std::string name = entry->d_name;
     if (name != "." && name != ".." && (name[0] == '.') == hidden) names.push_back(name);
+    errno = 0;
   }
+  if (isWhole) *isWhole = errno == 0;
   closedir(folder);
   return names;
 }

@@ -58,7 +58,8 @@ class SegmentFolder {
   bool Show();
   void Discard();
 
-  std::vector<std::string> Names() const;  // of complete files
+  // Of complete files. `isWhole`: false if not all could be read, for want of a descriptor, say.
+  std::vector<std::string> Names(bool* isWhole = nullptr) const;
   int OpenFile(const std::string& name) const;
   // Removes the name if it still refers to that file.
   bool Remove(const std::string& name, dev_t device, ino_t inode) const;
@@ -72,7 +73,7 @@ class SegmentFolder {
   void RemoveAnything(const std::string& name) const;
 
  private:
-  std::vector<std::string> Entries(bool hidden) const;
+  std::vector<std::string> Entries(bool hidden, bool* isWhole = nullptr) const;
   bool IsAcceptable(int file) const;
 
   int m_folder = -1;

@@ -17,6 +17,8 @@ constexpr std::size_t kFoundMax = 4096;
 constexpr int kReadsAtOnce = 8;
 // A folder that is full of files takes long to list: at most a part of the time is spent on it.
 constexpr int kListPauses = 20;
+// Where descriptors are short, the folder cannot even be listed.
+constexpr std::chrono::seconds kListAgain{1};
 
 }  // namespace
 
@@ -120,9 +122,11 @@ void SegmentWatch::AwaitTurn() {
 
 void SegmentWatch::List() {
   const Clock::time_point began = Clock::now();
-  for (std::string& name : m_folder.Names()) m_found.push_back(std::move(name));
-  m_listsAgain = false;
+  bool isWhole = false;
+  for (std::string& name : m_folder.Names(&isWhole)) m_found.push_back(std::move(name));
+  m_listsAgain = !isWhole;
   m_listFrom = Clock::now() + kListPauses * (Clock::now() - began);
+  if (!isWhole) m_listFrom += kListAgain;
 }
 
 void SegmentWatch::ReportAllSoon() {
@@ -131,5 +135,9 @@ void SegmentWatch::ReportAllSoon() {
 }
 
 void SegmentWatch::ReportAll() {
-  for (const std::string& name : m_folder.Names()) m_finder.OnFile(name);
+  bool isWhole = false;
+  for (const std::string& name : m_folder.Names(&isWhole)) m_finder.OnFile(name);
+  if (isWhole || !m_folder.IsOpen()) return;
+  m_listFrom = Clock::now() + kListAgain;
+  ReportAllSoon();
 }

@@ -37,7 +37,8 @@ class SegmentWatch {
   bool Open(const std::string& socketPath, std::string* why);
   // Reports the files that have come since, without waiting. If there are very many, only some.
   void Read();
-  // All that exist: now, or in turns and not too often.
+  // All that exist: now, or in turns and not too often. A folder that cannot be listed for the
+  // moment is listed later.
   void ReportAll();
   void ReportAllSoon();
   void Close();

@@ -62,6 +62,8 @@ void Apps::OnFile(const std::string& name) {
 // One account may have used up what all need, and goes on using it. So the first file is reported
 // in the log, and there need not be an end of an instance before the next look.
 void Apps::LookAgain(const std::string& name, const std::string& why) {
+  // The end of an instance since the first file of this second may have taken the mark.
+  m_skippedSome = true;
   if (std::exchange(m_looksAgain, true)) return;
   LeaveForLater(name, why);
   m_lookTimer.expires_after(kLookAgain);

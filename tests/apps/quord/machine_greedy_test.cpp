@@ -73,6 +73,36 @@ TEST_F(MachineGreedy, WhereDescriptorsAreShortNoSegmentIsRemovedAndAllAreReadLat
   EXPECT_EQ(monitor.traces.size(), 50u);
 }
 
+// What one program leaves goes to another one of that account, and the third still waits.
+TEST_F(MachineGreedy, ASegmentForWhichAnEndLeftNoRoomIsReadLater) {
+  if (!IsRoot()) return;  // there is one account
+  const auto first = Holds(kGames, 60), second = Holds(kGames, 80);
+  const auto mail = Program(kMail, [](TracedChild& self) {
+    self.AwaitGo();
+    quor_application("shop");
+    for (int i = 0; i < 50; ++i) QUOR_TRACE_INFO(greedy_point, "{}", i);
+    self.Report(1);
+    self.AwaitGo();
+    return 0;
+  });
+  quord.Start({"--machine", "--user", "daemon"}, "prlimit --nofile=120:120");
+  QuordClient monitor;
+  ASSERT_TRUE(monitor.Monitor(Socket()));
+  // The newest files are looked at first.
+  for (TracedChild* const program : {first.get(), mail.get(), second.get()}) {
+    program->Go();
+    EXPECT_EQ(program->Reported(), 1u);
+  }
+  ASSERT_TRUE(quord.Says("is not read yet: Too many open files"));
+  mail->Kill();
+  first->Go();
+  EXPECT_EQ(first->Wait(), 0);
+  usleep(1500000);  // again in vain
+  second->Go();
+  EXPECT_EQ(second->Wait(), 0);
+  EXPECT_TRUE(WaitFor([&] { return monitor.Pump(), monitor.Sum() == 50; })) << monitor.Sum();
+}
+
 // They would take the places of the files whose counts another account's monitors still need.
 TEST_F(MachineGreedy, RestsOfWhichNobodyLearnsAreBoundedAsWell) {
   if (!IsRoot()) return;  // there is one account

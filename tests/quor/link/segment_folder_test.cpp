@@ -12,6 +12,7 @@
 #include <filesystem>
 
 #include "support/remove_segments.h"
+#include "support/system_lacks.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -49,6 +50,18 @@ TEST_F(SegmentFolderTest, AFileIsFoundWhenItIsShownAndGoneWhenItIsRemoved) {
   EXPECT_TRUE(other.Names().empty());
   close(file);
   close(found);
+}
+
+TEST_F(SegmentFolderTest, AFolderThatCannotBeListedForWantOfADescriptorIsNoEmptyOne) {
+  ASSERT_TRUE(m_folder.Open(SocketPath()));
+  close(m_folder.NewFile(77, 5));
+  ASSERT_TRUE(m_folder.Show());
+  bool isWhole = false;
+  EXPECT_EQ(m_folder.Names(&isWhole).size(), 1u);
+  EXPECT_TRUE(isWhole);
+  const SoftLimit none(RLIMIT_NOFILE, 0);
+  EXPECT_TRUE(m_folder.Names(&isWhole).empty());
+  EXPECT_FALSE(isWhole);
 }
 
 TEST_F(SegmentFolderTest, WhateverTheMaskOfTheApplicationTakesAwayTheServiceMayReadAndWrite) {

@@ -86,6 +86,14 @@ std::shared_ptr<const MappedFile> MappedFile::Open(const std::string& path, std:
   return file;
 }
 
+// What is not in the file any more is in the view.
+void MappedFile::Copy(std::uint8_t* to, std::uint64_t from, std::size_t bytes) const {
+  const auto begin = static_cast<std::size_t>(from);
+  const std::size_t inPages = begin < m_mapped ? std::min(bytes, m_mapped - begin) : 0;
+  const std::size_t read = m_file ? ReadAt(m_file.Descriptor(), to, inPages, begin) : 0;
+  std::copy_n(m_data + begin + read, bytes - read, to + read);
+}
+
 bool MappedFile::IsTailAsCopied() const {
   std::vector<std::uint8_t> tail(m_size - m_mapped);
   return ReadAt(m_file.Descriptor(), tail.data(), tail.size(), m_mapped) == tail.size() &&

@@ -32,6 +32,9 @@ class MappedFile {
   MappedFile& operator=(const MappedFile&) = delete;
 
   Bytes View() const { return {m_data, m_size}; }
+  // Copies bytes of the view without the cost of mapping their pages. REQUIRES: they are in it, and
+  // nobody calls CloseFile meanwhile.
+  void Copy(std::uint8_t* to, std::uint64_t from, std::size_t bytes) const;
   std::uint32_t Size() const { return static_cast<std::uint32_t>(m_size); }
   // The mark of the file when it was mapped.
   const FileMark& Mark() const { return m_mark; }

@@ -26,7 +26,7 @@ class TraceFileLoad::Parts final : public TrcParts {
       : m_load(load), m_bytesPerPost(walkers.count > 1 ? load.m_file->Size() / kPosts : 0) {}
 
   std::unique_ptr<TrcPart> NewPart(std::uint64_t from, std::uint64_t limit) override {
-    return std::make_unique<TracePart>(limit > from ? limit - from : 0);
+    return std::make_unique<TracePart>(limit > from ? limit - from : 0, *m_load.m_file);
   }
   void Take(TrcPart& part) override { m_load.m_found.Append(static_cast<TracePart&>(part)); }
   bool OnProgress(std::uint64_t bytes) override {

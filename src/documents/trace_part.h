@@ -7,16 +7,19 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/mapped_file.h"
 #include "documents/trace_indexes.h"
 #include "records/name_map.h"
 #include "records/trace_list.h"
 #include "records/trc_damage.h"
 #include "records/walkers/trc_walkers.h"
+#include "records/walkers/trc_window.h"
 
 struct TracePart : TrcPart {
   TracePart() = default;
-  // For a piece of so many bytes.
-  explicit TracePart(std::uint64_t bytes);
+  // For a piece of so many bytes of the file, of which the walk may read copies.
+  TracePart(std::uint64_t bytes, const MappedFile& file,
+            TrcWindow::Way way = TrcWindow::Way::ByTrial);
 
   std::uint64_t Walk(Bytes file, std::uint64_t from, std::uint64_t limit,
                      const Look& look) override;
@@ -31,4 +34,6 @@ struct TracePart : TrcPart {
 
  private:
   struct Sink;
+  const MappedFile* m_file = nullptr;  // null: nothing is copied
+  TrcWindow::Way m_way = TrcWindow::Way::ByTrial;
 };

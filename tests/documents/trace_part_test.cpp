@@ -100,6 +100,83 @@ TEST(TracePart, PartsThatFollowOneAnotherHaveWhatOneWalkHas) {
 
 class LargeFileTest : public DocumentsTest {};
 
+// Records of all lengths, so that some of them cross the ends of windows.
+TrcImage ImageOfLongRecords(std::mt19937& random) {
+  TrcImage image;
+  const auto length = [&random] {
+    constexpr std::size_t kMost[] = {100, 3000, 65'535};
+    return random() % (kMost[random() % 3] + 1);
+  };
+  while (image.Size() < 6 * TrcWindow::kBytes) {
+    if (random() % 3 == 0) image.Name(static_cast<NameId>(random()), std::string(length(), 'n'));
+    for (std::size_t stray = random() % 5 == 0 ? random() % 9 : 0; stray > 0; --stray)
+      image.Raw(99);
+    image.Trace({.text = std::string(length(), 't'),
+                 .stack = std::string(length(), 's'),
+                 .machine = static_cast<NameId>(random() % 9),
+                 .file = static_cast<NameId>(random())});
+  }
+  return image;
+}
+
+TEST_F(LargeFileTest, APartOfCopiesIsThatOfTheView) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 30; ++round) {
+    TrcImage image = ImageOfLongRecords(random);
+    if (round % 2) image.Cut(random() % (round % 4 == 1 ? 200 : image.Size() / 2));
+    const std::string path = image.WriteTo(m_temp.File("long.trc"));
+    const auto file = MappedFile::Open(path);
+    ASSERT_TRUE(file);
+    const Bytes bytes = file->View();
+    TracePart copied(bytes.size(), *file, TrcWindow::Way::Copy), whole;
+    const std::uint64_t reached = copied.Walk(bytes, kTrcHeaderBytes, bytes.size(), GoOn);
+    ASSERT_EQ(reached, whole.Walk(bytes, kTrcHeaderBytes, bytes.size(), GoOn));
+    ASSERT_EQ(copied.traces.size(), whole.traces.size());
+    for (std::size_t i = 0; i < whole.traces.size(); ++i)
+      ASSERT_EQ(copied.traces[i]->Record(), whole.traces[i]->Record());
+    ASSERT_EQ(copied.names.size(), whole.names.size());
+    for (const auto& [id, entry] : whole.names) ASSERT_EQ(NameOf(copied.names, id), entry.name);
+    EXPECT_EQ(copied.nameRecords, whole.nameRecords);
+    EXPECT_EQ(DamageText(copied.damage, true), DamageText(whole.damage, true));
+    ExpectTheSame(copied.indexes, whole.indexes);
+  }
+}
+
+TEST_F(LargeFileTest, AWalkOfCopiesEndsWhereItIsToldAtTheEndOfAWindowToo) {
+  TrcImage image;
+  for (int i = 0; i < 100; ++i) image.Trace({.text = std::string(60'000, 't')});
+  const auto file = MappedFile::Open(image.WriteTo(m_temp.File("long.trc")));
+  ASSERT_TRUE(file);
+  for (const auto way : {TrcWindow::Way::Copy, TrcWindow::Way::View}) {
+    TracePart part(file->Size(), *file, way);
+    int looks = 0;
+    const auto look = [&looks](std::uint64_t) { return ++looks < 3; };
+    const std::uint64_t reached = part.Walk(file->View(), kTrcHeaderBytes, file->Size(), look);
+    EXPECT_EQ(looks, 3);
+    EXPECT_LT(reached, 4 * TrcWindow::kBytes);
+    EXPECT_FALSE(part.damage.cutAt);
+  }
+}
+
+TEST_F(LargeFileTest, CopiesOfAFileThatWasCutAreThoseOfItsView) {
+  std::mt19937 random(12);
+  for (int round = 0; round < 10; ++round) {
+    const TrcImage image = ImageOfLongRecords(random);
+    const std::string path = image.WriteTo(m_temp.File("long.trc"));
+    const auto file = MappedFile::Open(path);
+    ASSERT_TRUE(file);
+    std::filesystem::resize_file(path, random() % image.Size());
+    const Bytes bytes = file->View();
+    TracePart copied(bytes.size(), *file, TrcWindow::Way::Copy), whole;
+    copied.Walk(bytes, kTrcHeaderBytes, bytes.size(), GoOn);
+    whole.Walk(bytes, kTrcHeaderBytes, bytes.size(), GoOn);
+    EXPECT_EQ(file->Change().kind, FileChange::Kind::Shorter);
+    ASSERT_EQ(copied.traces.size(), whole.traces.size());
+    EXPECT_EQ(DamageText(copied.damage, true), DamageText(whole.damage, true));
+    ExpectTheSame(copied.indexes, whole.indexes);
+  }
+}
+
 TEST_F(LargeFileTest, IsLoadedByAllWalkersAsByOne) {
   TrcImage image = LargeImage();
   image.Trace({.text = "cut", .machine = 77}).Cut(4);

@@ -15,6 +15,7 @@
 #include "documents/trace_doc.h"
 #include "docview/view.h"
 #include "panes/cell_steps.h"
+#include "panes/trace_scan.h"
 #include "tree/filter/trace_filter.h"
 #include "tree/find/find_hits.h"
 
@@ -55,6 +56,7 @@ class TracePane : public CView {
   virtual bool Build() { return true; }
   // False for a pane that shows less than its document because it could not be filled.
   virtual bool IsBuilt() const { return true; }
+  TraceScanSetup m_scanSetup;  // of the texts to come
   // The trace to select when the pane is shown. The frame sets it to the selected trace of the
   // previous pane. Null when that trace was removed.
   TraceEvent_i* m_currentEvent = nullptr;

@@ -1,6 +1,7 @@
 #include "panes/trace_scan.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -13,6 +14,8 @@ namespace {
 // One search of a text may take milliseconds.
 constexpr std::size_t kPerSlowLook = 16, kPerLook = 512;
 constexpr std::size_t kPerSlowPiece = 8192, kPerPiece = 65536;
+// What is done with a hit may take a microsecond.
+constexpr std::size_t kHitsPerLook = 512;
 
 TraceScanSetup SetupFor(TraceScanSetup setup, const CTraceFilter& filter) {
   const bool slow = filter.IsSlow();
@@ -126,18 +129,32 @@ TraceScan::State TraceScan::Take(Clock::time_point until, const Hit& hit, bool w
 
 TraceScan::State TraceScan::TakeFromThreads(Clock::time_point until, const Hit& hit, bool wait) {
   Clock::time_point patience = wait ? until : Clock::time_point();
-  while (const auto next = m_pieces->m_results.Take(patience)) {
-    for (TraceEvent_i* const event : *next) hit(event);
-    const std::size_t taken = m_pieces->m_results.Taken();
-    m_next = m_begin + m_pieces->EndOf(taken - 1);
-    if (taken == m_pieces->Count()) return State::Whole;
+  while (m_given < m_hits.size() || NextPiece(patience)) {
     patience = {};
+    if (GiveSome(hit) && m_pieces->m_results.Taken() == m_pieces->Count()) return State::Whole;
     if (Clock::now() < until) continue;
     // Threads ask only for what has not been there yet.
     m_line->Ask();
     return State::More;
   }
   return m_pieces->HasFailed() ? State::Failed : State::More;
+}
+
+bool TraceScan::NextPiece(Clock::time_point patience) {
+  std::optional<std::vector<TraceEvent_i*>> next = m_pieces->m_results.Take(patience);
+  if (!next) return false;
+  m_hits = std::move(*next);
+  m_given = 0;
+  return true;
+}
+
+// True: the piece has been given.
+bool TraceScan::GiveSome(const Hit& hit) {
+  const std::size_t end = std::min(m_given + kHitsPerLook, m_hits.size());
+  while (m_given < end) hit(m_hits[m_given++]);
+  if (end < m_hits.size()) return false;
+  m_next = m_begin + m_pieces->EndOf(m_pieces->m_results.Taken() - 1);
+  return true;
 }
 
 void TraceScan::Walk(Clock::time_point until, const Hit& hit) {

@@ -20,6 +20,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "documents/trace_doc.h"
 #include "docview/posted_step.h"
@@ -61,6 +62,8 @@ class TraceScan {
   class Pieces;
   void Walk(Clock::time_point until, const Hit& hit);
   State TakeFromThreads(Clock::time_point until, const Hit& hit, bool wait);
+  bool NextPiece(Clock::time_point patience);
+  bool GiveSome(const Hit& hit);
   std::uint64_t Left() const { return m_end - m_next; }
 
   CTraceDoc& m_document;
@@ -73,6 +76,8 @@ class TraceScan {
   // Counted from the first trace that the document ever had (TraceList_t::Popped).
   const std::uint64_t m_begin, m_end;
   std::uint64_t m_next;
-  std::shared_ptr<Pieces> m_pieces;  // null: no threads
+  std::shared_ptr<Pieces> m_pieces;   // null: no threads
+  std::vector<TraceEvent_i*> m_hits;  // of the piece that is being given
+  std::size_t m_given = 0;
   std::size_t m_steps = 0;
 };

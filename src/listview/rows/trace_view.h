@@ -43,7 +43,6 @@ class CTraceView : public TracePane, public RowListOwner {
   // Continues after the focused row to the next one whose text matches; shows a message without
   // one.
   void FindInRows();
-  TraceScanSetup m_scanSetup;  // of the texts to come
 
   std::string RowListText(int row, ListColumn column) override;
   int RowListIcon(int row) override;

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "listview/rows/trace_view.h"
+#include "panes/filter_wait.h"
 
 namespace {
 
@@ -14,23 +15,6 @@ constexpr milliseconds kStep(10), kShowEvery(30);
 constexpr milliseconds kFewAfter(90);
 constexpr int kThousandthsForScan = 950;  // the rest is for the search of the focused trace
 constexpr unsigned kFocusAndSelection = kRowFocused | kRowSelected;
-
-// Waits for the background below a box.
-class Finishing final : public LongWork {
- public:
-  Finishing(const CTraceView& view, std::function<void()> step)
-      : m_view(view), m_step(std::move(step)) {}
-
-  bool DoPart() override {
-    if (m_view.FilterProgress()) m_step();
-    return !m_view.FilterProgress();
-  }
-  std::optional<int> Progress() const override { return m_view.FilterProgress(); }
-
- private:
-  const CTraceView& m_view;
-  const std::function<void()> m_step;
-};
 
 }  // namespace
 
@@ -250,8 +234,6 @@ void CTraceView::CancelFilter() {
 }
 
 bool CTraceView::FinishFilter() {
-  if (!m_filtering) return true;
   constexpr milliseconds kPart(1);
-  Finishing work(*this, [this] { StepFiltering(kPart, true); });
-  return RunLongWork(GetHost(), &m_document, {"Tessera", "Filtering..."}, work);
+  return WaitForFilter(*this, [this] { StepFiltering(kPart, true); });
 }

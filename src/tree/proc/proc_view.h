@@ -5,8 +5,8 @@
 // Owner    Owns its control and model; borrows the traces.
 // Errors   A failed insertion ends the fill of that parent, without a message.
 // Long     A rebuild makes a new tree, which replaces the old one when it is complete; after a
-//          cancel the old tree stays. A tree that lost its traces, or was never built, is empty and
-//          ignores hints.
+//          cancel the old tree stays. A filter text does the same in the background:
+//          tree_filtering.h. A tree that lost its traces, or was never built, ignores hints.
 // Cost     No hint's work grows with the traces held or the items shown, except for a rebuild, for
 //          the first opening of a node and for a search.
 // Threads  Interface thread.
@@ -19,8 +19,7 @@
 #include "controls/tree/tree_control.h"
 #include "panes/trace_pane.h"
 #include "tree/find/find_search.h"
-#include "tree/proc/item_fill.h"
-#include "tree/proc/model/proc_model.h"
+#include "tree/proc/tree_filtering.h"
 
 class CProcViewIterator;
 
@@ -30,6 +29,11 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
  public:
   CProcView(CTraceDoc& document, const TreeControlMaker& makeTree);
   ~CProcView() override;
+
+  bool SetWhere(WhereProgramPtr where) override;
+  std::optional<int> FilterProgress() const override;
+  void CancelFilter() override;
+  bool FinishFilter() override;
 
   void OnInitialUpdate() override;
   ViewControl* Control() override { return m_tree.get(); }
@@ -46,8 +50,8 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   TreeItem LastTreeItem() const;  // among the existing items
   // From the selected item, if there is one, continuing at the start of the tree; selects a hit.
   FindResult FindInTree();
-
   const ProcModel& Model() const { return *m_model; }
+  const TreeFiltering* Filtering() const { return m_filtering.get(); }  // null: nothing under way
   TreeControl& Tree() const { return *m_tree; }
   CTraceEvent* NodeOf(TreeItem item) const;  // null for 0
   void Show(TreeItem item);                  // selects it and makes it visible
@@ -56,7 +60,7 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
 
   std::string TreeItemText(TreeItemData data) override;
   std::vector<HitRange> TreeTextHits(const std::string& text) override;
-  void OnTreeSelectionChanged() override { ShowHits(false); }
+  void OnTreeSelectionChanged() override;
   bool OnTreeItemExpanding(TreeItem item) override;
   void OnTreeClicked(TreeItem item) override;
   void OnTreeDoubleClicked() override;
@@ -84,21 +88,32 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   std::unique_ptr<CTraceIterator> MakeIterator() override;
   void Find(bool asked) override;
   void OnExport() override;
-
   bool RebuildTree();
   void EmptyIfCleared();
   void TakeOver(std::unique_ptr<ProcModel> model);
+  std::unique_ptr<ProcModel> ReplaceTree(std::unique_ptr<ProcModel> model);
   void LeaveEmptyTree();
   std::optional<NodePosition> PlaceOf(const TraceEvent_i& target);
   void FollowTail(TreeItem item);
   void Fill(TreeItem item);
   bool FillWatched(TreeItem item);
+  bool RunWork(const char* message, LongWork& work);
   void EnsureTreeItem(CTraceEvent& node);
+  void BeginFiltering(WhereProgramPtr where);
+  void EndFiltering(bool applied);
+  void GoOnFiltering();
+  void StepFiltering(std::chrono::milliseconds time, bool wait);
+  void ShowNewTree();
+  void LookForSelection(TreePass::Clock::time_point until);
+  void FollowInSteps(const TraceEvent_i* target);
+  void BeforeRemoval(const CTraceHint& hint);
 
   std::unique_ptr<ProcModel> m_model;
   std::unique_ptr<TreeControl> m_tree;
-  bool m_firstUpdate = true;
-  bool m_built = false;
+  PostedStep m_step{GetHost(), [this] { GoOnFiltering(); }};
+  std::unique_ptr<TreeFiltering> m_filtering;  // null: no text is being applied
+  int m_works = 0;                             // long works on the tree
+  bool m_firstUpdate = true, m_built = false;
   bool m_inDrain = false;                       // no box may interrupt a drain
   std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
   std::vector<CProcViewIterator*> m_iterators;  // active: notified of removals

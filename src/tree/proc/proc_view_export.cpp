@@ -5,7 +5,7 @@
 #include "tree/proc/proc_view.h"
 
 void CProcView::OnExport() {
-  if (!m_document.MayBeWritten()) return;
+  if (!m_document.MayBeWritten() || !FinishFilter()) return;
   FileDialogRequest request;
   request.save = true;
   request.title = "Export";

@@ -75,6 +75,7 @@ std::vector<HitRange> CProcView::TreeTextHits(const std::string& text) {
 }
 
 void CProcView::Find(bool) {
+  if (!FinishFilter()) return;
   FindResult result = FindResult::NotFound;
   {
     const CWaitCursor wait(GetHost());

@@ -44,6 +44,7 @@ bool CProcView::Lacks(TreeItem item) const {
 }
 
 ItemFill CProcView::FillOf(TreeItem item) {
+  if (m_filtering && m_filtering->reach) m_filtering->reach->ForgetFill();
   return ItemFill(*this, item, static_cast<const CExecutionBlock*>(NodeOf(item))->children);
 }
 
@@ -61,7 +62,15 @@ bool CProcView::FillWatched(TreeItem item) {
     return true;
   }
   ItemFill fill = FillOf(item);
-  return RunLongWork(GetHost(), &m_document, {"Tessera", "Opening..."}, fill);
+  return RunWork("Opening...", fill);
+}
+
+bool CProcView::RunWork(const char* message, LongWork& work) {
+  ++m_works;
+  const bool done = RunLongWork(GetHost(), &m_document, {"Tessera", message}, work);
+  --m_works;
+  if (m_filtering) m_step.Ask();
+  return done;
 }
 
 // A loop from the top down, because 100,000 nested blocks would need too much stack.

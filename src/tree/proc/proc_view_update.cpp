@@ -10,6 +10,9 @@
 
 void CProcView::OnReady() {
   m_currentEvent = nullptr;
+  const bool filtered = m_filtering != nullptr;
+  EndFiltering(true);
+  if (filtered && m_onStatus) m_onStatus();
   if (!RebuildTree()) LeaveEmptyTree();
 }
 
@@ -44,15 +47,21 @@ void CProcView::EmptyIfCleared() {
   m_model->Clear();
 }
 
-void CProcView::TakeOver(std::unique_ptr<ProcModel> model) {
-  TraceEvent_i* const remembered = CurrentEvent();
+// Gives the tree that was shown.
+std::unique_ptr<ProcModel> CProcView::ReplaceTree(std::unique_ptr<ProcModel> model) {
   m_tree->SetRedraw(false);
   for (CProcViewIterator* iterator : m_iterators) iterator->OnItemsGone();
   m_tree->DeleteItem(0);
-  m_model = std::move(model);
+  m_model.swap(model);
   m_model->ShowBy(*this);
   m_built = true;
   m_tree->SetRedraw(true);
+  return model;
+}
+
+void CProcView::TakeOver(std::unique_ptr<ProcModel> model) {
+  TraceEvent_i* const remembered = CurrentEvent();
+  ReplaceTree(std::move(model));
   ReportStatus();
   // Last: the search for the node may show a box, and below it the new tree is painted.
   if (remembered) GoTo(this, remembered);
@@ -67,6 +76,8 @@ void CProcView::LeaveEmptyTree() {
 
 void CProcView::AddTraces(const CTraceHint& hint) {
   if (!m_built) return;
+  if (m_filtering && m_filtering->reach) m_filtering->reach->FinishSearch();
+  if (m_filtering && m_filtering->pass) m_filtering->pass->Add(hint);
   const ProcModel::Batch batch(*m_model);
   for (TraceEvent_i* event : hint.m_events) {
     if (const TreeItem item = m_model->AddTrace(event, true)) FollowTail(item);
@@ -78,6 +89,7 @@ void CProcView::AddTraces(const CTraceHint& hint) {
 void CProcView::RemoveTraces(const CTraceHint& hint) {
   if (hint.m_events.empty() || !m_built) return;
   for (CProcViewIterator* iterator : m_iterators) iterator->OnTracesGone(hint);
+  if (m_filtering) BeforeRemoval(hint);
   m_tree->SetRedraw(false);
   m_model->RemoveTraces(hint.m_events);
   m_tree->SetRedraw(true);
@@ -94,12 +106,12 @@ void CProcView::RemoveTraces(const CTraceHint& hint) {
 std::optional<NodePosition> CProcView::PlaceOf(const TraceEvent_i& target) {
   if (m_inDrain) return m_model->FindNode(target);
   NodeSearch search(*m_model, target);
-  if (!RunLongWork(GetHost(), &m_document, {"Tessera", "Looking for the trace..."}, search))
-    return std::nullopt;
+  if (!RunWork("Looking for the trace...", search)) return std::nullopt;
   return search.Place();
 }
 
 void CProcView::FollowTrace(CView*, const TraceEvent_i& target) {
+  if (m_filtering && !m_filtering->pass && !m_inDrain) return FollowInSteps(&target);
   const CWaitCursor wait(GetHost());
   const std::optional<NodePosition> place = PlaceOf(target);
   if (!place || !*place) return;

@@ -52,7 +52,7 @@ CProcess& ProcessOf(CProcessThread& thread) {
 }  // namespace
 
 ProcModel::ProcModel(const CTraceDoc& document, CTraceFilter& filter, ProcItems* items)
-    : m_document(document), m_filter(filter), m_items(items), m_labels(document.m_names, items) {}
+    : m_document(document), m_filter(&filter), m_items(items), m_labels(document.m_names, items) {}
 
 void ProcModel::Clear() {
   m_root.Clear();
@@ -69,7 +69,7 @@ void ProcModel::Clear() {
 }
 
 void ProcModel::BeginBatch() {
-  if (m_batches++ == 0) m_pass = std::make_unique<FilterPass>(m_filter, m_document);
+  if (m_batches++ == 0) m_pass = std::make_unique<FilterPass>(*m_filter, m_document);
 }
 
 void ProcModel::EndBatch() {
@@ -108,7 +108,11 @@ void ProcModel::ShowBy(ProcItems& items) {
 }
 
 TreeItem ProcModel::AddTrace(TraceEvent_i* event, bool live) {
-  if (m_pass ? !m_pass->Matches(*event) : !m_filter.Matches(*event, m_document)) return 0;
+  if (m_pass ? !m_pass->Matches(*event) : !m_filter->Matches(*event, m_document)) return 0;
+  return File(event, live);
+}
+
+TreeItem ProcModel::File(TraceEvent_i* event, bool live) {
   const TraceFacts facts(*event);
   CProcessThread& thread = ThreadOf(facts, event);
   CExecutionBlock& block = *thread.currentBlock;

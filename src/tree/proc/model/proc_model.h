@@ -36,10 +36,10 @@ class ProcModel {
 
   const CRoot& Root() const { return m_root; }
   int TraceCount() const { return m_root.traceCount; }
-  const CTraceFilter& Filter() const { return m_filter; }
+  const CTraceFilter& Filter() const { return *m_filter; }
+  void UseFilter(CTraceFilter& filter) { m_filter = &filter; }  // REQUIRES: no batch
 
-  // Destroys all nodes and forgets the path of the last trace. Reads no trace and deletes no item:
-  // the owner must have emptied the control before.
+  // Destroys all nodes. Reads no trace and deletes no item: the owner has emptied the control.
   void Clear();
   // Files all traces of the document and times them; ProcBuild (proc_build.h) does the same in
   // parts. REQUIRES: empty.
@@ -49,6 +49,7 @@ class ProcModel {
   // Files one trace, the newest of the document. Returns the item made for it; 0 for none. `live`:
   // durations and labels are updated immediately; otherwise UpdateDurations does it.
   TreeItem AddTrace(TraceEvent_i* event, bool live);
+  TreeItem File(TraceEvent_i* event, bool live);  // the same without the filter
   // Encloses the traces of one hint: they share a filter pass, and each label is set once, at the
   // end. The filter does not change meanwhile, and nothing is removed.
   class Batch {
@@ -59,10 +60,11 @@ class ProcModel {
    private:
     ProcModel& m_model;
   };
-  // Removes the leaf of a trace that is about to be released, or those of a hint's traces, oldest
-  // first. Durations stay and labels are updated: UpdateDurations is not needed.
+  // Removes the leaf of a trace that will be released, or those of a hint's traces, oldest first.
+  // Durations stay and labels are updated. Only a whole tree has the nearest node of another trace.
+  enum class Hidden { TakesNearest, TakesNothing };
   void RemoveTrace(TraceEvent_i* event) { RemoveTraces({event}); }
-  void RemoveTraces(const std::deque<TraceEvent_i*>& events);
+  void RemoveTraces(const std::deque<TraceEvent_i*>& events, Hidden hidden = Hidden::TakesNearest);
   std::string NodeLabel(const CTraceEvent& node) const { return m_labels.Of(node); }
   // Sets the durations of all nodes, and the texts of their items; or part number `part` of that
   // work, from 0: false when there is no such part.
@@ -87,8 +89,7 @@ class ProcModel {
   TreeItem InsertItem(CTraceEvent& node, bool wanted);
   bool IsOpen(const CTraceEvent& node) const;
   void TimeTouched();
-  // Trims: proc_model_trim.cpp.
-  void RemoveOne(const TraceEvent_i& event, bool oldest);
+  void RemoveOne(const TraceEvent_i& event, bool oldest, Hidden hidden);
   std::size_t FindLeaf(const TraceEvent_i& event, bool oldest) const;
   bool IsInTree(const CTraceEvent& leaf) const;
   void RemoveLeaf(std::size_t position);
@@ -98,7 +99,7 @@ class ProcModel {
   void DropIfSpent(CExecutionBlock* block);
 
   const CTraceDoc& m_document;
-  CTraceFilter& m_filter;
+  CTraceFilter* m_filter;
   ProcItems* m_items;
   CRoot m_root;
   LeafStore m_leaves;
@@ -106,8 +107,7 @@ class ProcModel {
   LevelIndex m_levels;
   WordPool m_words;  // of all children
   ProcLabels m_labels;
-  // The thread of the last trace, null for none, and its ids: the cached path through all four
-  // levels.
+  // The thread of the last trace, or null, and its ids: the cached path through all levels.
   CProcessThread* m_threadCursor = nullptr;
   std::uint64_t m_threadKey = 0;
   TraceSearch m_search;

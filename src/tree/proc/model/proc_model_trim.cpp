@@ -12,7 +12,7 @@ CExecutionBlock* BlockOpenedWith(const CTraceEvent& leaf) {
 
 }  // namespace
 
-void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
+void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events, Hidden hidden) {
   m_search.Recover(m_leaves.Oldest(), m_leaves.Next());
   // A trim has the document's oldest traces. Only for other traces the model must search.
   const TraceList_t& held = m_document.m_traces;
@@ -21,7 +21,7 @@ void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
   for (const TraceEvent_i* const event : events) {
     oldest = oldest && position < held.size() && held[position] == event;
     ++position;
-    RemoveOne(*event, oldest);
+    RemoveOne(*event, oldest, hidden);
   }
   m_labels.SetWaiting();
   m_labels.SetLevels(m_root);
@@ -29,9 +29,11 @@ void ProcModel::RemoveTraces(const std::deque<TraceEvent_i*>& events) {
 
 // Kept: a trace that is not in the tree removes the nearest node from it. Safe: that node keeps its
 // trace, its children and its item.
-void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest) {
+void ProcModel::RemoveOne(const TraceEvent_i& event, bool oldest, Hidden hidden) {
   const std::size_t position = FindLeaf(event, oldest);
   const bool hasLeaf = position < m_leaves.size();
+  // Without a leaf it has made no node either.
+  if (!hasLeaf && hidden == Hidden::TakesNothing) return;
   if (!hasLeaf || !IsInTree(*m_leaves[position])) {
     CExecutionBlock* const opened = hasLeaf ? BlockOpenedWith(*m_leaves[position]) : nullptr;
     ThreadWalks walks(event, ThreadWalks::Way::AtOnce);

@@ -4,8 +4,8 @@
 
 #include <random>
 
-#include "tree/proc/model/plain_tree.h"
 #include "tree/proc/model/proc_model_harness.h"
+#include "tree/proc/model/same_tree.h"
 
 namespace {
 
@@ -107,23 +107,12 @@ class ProcModelOracle : public testing::TestWithParam<Stream>, protected ProcMod
     if (!closed.empty()) m_items.Expand(*closed[m_random() % closed.size()]);
   }
 
-  void ExpectTheSame(CExecutionBlock& node, PlainTree::Node& plain) {
-    ASSERT_EQ(node.children.size(), plain.children.size());
-    EXPECT_EQ(node.duration, plain.duration);
-    for (std::size_t i = 0; i < node.children.size(); ++i) {
-      PlainTree::Node& plainChild = *plain.children[i];
-      CTraceEvent& child = *node.children[i];
-      const std::string label = m_plain.Label(plainChild);
-      ASSERT_EQ(m_model.NodeLabel(child), label);
-      ASSERT_EQ(child.event, plainChild.event);
-      ASSERT_EQ(child.treeItem ? m_items.TextOf(child) : label, label) << "the item";
-      CExecutionBlock* const block = node.children.BlockAt(i);
-      ASSERT_EQ(block == nullptr, plainChild.kind == 'l');
-      if (block) ExpectTheSame(*block, plainChild);
-      if (HasFatalFailure()) return;
-    }
+  void ExpectTheSame() {
+    ExpectSameNodes(m_model, Block({}), m_plain, m_plain.Root(),
+                    [this](const CTraceEvent& node, const std::string& label) {
+                      ASSERT_EQ(node.treeItem ? m_items.TextOf(node) : label, label) << "the item";
+                    });
   }
-  void ExpectTheSame() { ExpectTheSame(Block({}), m_plain.Root()); }
 
   void ExpectTheSameFound() {
     for (int i = 0; i < 20 && !m_document.m_traces.empty(); ++i) {

@@ -41,11 +41,11 @@ _trc() {
     case $command:$word in
       config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
       :config) command=config ;;
-      :gen | :info | :dump | :find | :tree | :stack | :filter | :save | :convert | :export | :import | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
+      :gen | :info | :dump | :find | :tree | :stats | :stack | :filter | :save | :convert | :export | :import | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
-  if [[ " dump find tree stack save export tail capture " == *" $command "* ]]; then
+  if [[ " dump find tree stats stack save export tail capture " == *" $command "* ]]; then
     case $previous in
       --severity) COMPREPLY=($(compgen -W 'info warn warn+ error other' -- "$current")); return ;;
       --app | --component | --category | -m | --machine | --pid | --tid) _trc_names; return ;;
@@ -67,13 +67,16 @@ _trc() {
     setup:-a | setup:--app) _trc_names; return ;;
     config\ *:-m | config\ *:--machine) return ;;
     tree:-d | tree:--depth) return ;;
-    dump:--*check | find:--*check | tree:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
+    stats:--by) COMPREPLY=($(compgen -W 'component category application thread severity pattern' -- "$current")); return ;;
+    stats:-s | stats:--sort) COMPREPLY=($(compgen -W 'count value rate first last' -- "$current")); return ;;
+    stats:-t | stats:--top) return ;;
+    dump:--*check | find:--*check | tree:--*check | stats:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
     *:--color) COMPREPLY=($(compgen -W 'auto always never' -- "$current")); return ;;
     *:--tail | *:--context) return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
-    dump:-[bn] | find:-[bn] | tree:-[bn] | stack:-[bn] | save:-[bn] | export:-[bn] | tail:-n | capture:-n) return ;;
+    dump:-[bn] | find:-[bn] | tree:-[bn] | stats:-[bn] | stack:-[bn] | save:-[bn] | export:-[bn] | tail:-n | capture:-n) return ;;
     *:--from | *:--count | *:--for) return ;;
     capture:--max-* | sink:--max-* | sink:-s | sink:--server) return ;;
     emit:-[acrnts] | emit:--[acrt]* | emit:--seed | emit:--count) return ;;
@@ -88,6 +91,7 @@ _trc() {
       dump) options="--help --follow --format --color --columns --from --tail --context $which" ;;
       find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --columns --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
+      stats) options="--help --by --sort --top --json --from --tail $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
       filter) options='--help --check --uncheck --user --where --paths --live' ;;
       save) options="--help --from --tail --context $which" ;;
@@ -108,7 +112,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree stack filter save convert export import tail capture apps show set sink forget config setup emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree stats stack filter save convert export import tail capture apps show set sink forget config setup emit' -- "$current"))
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then

@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find tree stack filter save convert export import tail capture apps show set sink forget config setup emit
+set -l commands gen info dump find tree stats stack filter save convert export import tail capture apps show set sink forget config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack Account
@@ -29,6 +29,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a info -d "Print
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a dump -d "Print the traces of a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a find -d "Print the traces whose text matches"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print the traces as a procedure tree"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a stats -d "Count the traces of a file by component, pattern ..."
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a stack -d "Print call stacks with function names"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a filter -d "Check a filter text, or write options as one"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
@@ -59,6 +60,10 @@ complete -c trc -n "__fish_seen_subcommand_from dump" -s f -l format -x -a "text
 complete -c trc -n "__fish_seen_subcommand_from tree" -s d -l depth -x -d "Open so many levels"
 complete -c trc -n "__fish_seen_subcommand_from tree" -s j -l json -d "One JSON object per node"
 complete -c trc -n "__fish_seen_subcommand_from tree" -s x -l export -d "Write the first machine to a file"
+complete -c trc -n "__fish_seen_subcommand_from stats" -l by -x -a "component category application thread severity pattern" -d "Count by these"
+complete -c trc -n "__fish_seen_subcommand_from stats" -s s -l sort -x -a "count value rate first last" -d "The order"
+complete -c trc -n "__fish_seen_subcommand_from stats" -s t -l top -x -d "At most so many values"
+complete -c trc -n "__fish_seen_subcommand_from stats" -s j -l json -d "One JSON object per value"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s s -l symbols -x -a "(__fish_complete_directories)" -d "Folder with debug information"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s r -l recorded -d "Frames as they were recorded"
 
@@ -98,7 +103,7 @@ complete -c trc -n "__fish_seen_subcommand_from capture" -l max-size -x -d "Size
 complete -c trc -n "__fish_seen_subcommand_from capture" -l max-files -x -d "Keep so many full files"
 
 complete -c trc -n "__fish_seen_subcommand_from apps show" -s j -l json -d "JSON"
-set -l traces "__fish_seen_subcommand_from dump find tree stack save export tail capture"
+set -l traces "__fish_seen_subcommand_from dump find tree stats stack save export tail capture"
 complete -c trc -n $traces -s u -l utc -d "Times in UTC"
 complete -c trc -n $traces -l since -x -a "'10m ago' '1h ago' '1d ago'" -d "Not before this time"
 complete -c trc -n $traces -l until -x -a "'10m ago' '1h ago' now" -d "Before this time"
@@ -115,14 +120,14 @@ complete -c trc -n "__fish_seen_subcommand_from tail capture" -l at-source -d "T
 complete -c trc -n "$traces filter" -l where -x -a "(__trc_names)" -d "What this filter text holds for"
 complete -c trc -n "$traces filter" -l check -x -a "(__trc_names)" -d "Show a node of the filter"
 complete -c trc -n "$traces filter" -l uncheck -x -a "(__trc_names)" -d "Hide a node of the filter"
-set -l files "__fish_seen_subcommand_from dump find tree stack save export"
+set -l files "__fish_seen_subcommand_from dump find tree stats stack save export"
 complete -c trc -n $files -s b -l from -x -d "Index in the file of the first trace"
 complete -c trc -n $files -l tail -x -d "Of the chosen traces only the last"
 complete -c trc -n "__fish_seen_subcommand_from dump find tree save export tail capture" -l context -x -d "So many traces before and after"
 complete -c trc -n "__fish_seen_subcommand_from dump find" -s F -l follow -d "Go on with what is appended"
 complete -c trc -n "__fish_seen_subcommand_from dump find tail" -l color -x -a "auto always never" -d "Severities in colour"
 complete -c trc -n "__fish_seen_subcommand_from dump find export tail" -s c -l columns -x -a "(__trc_columns)" -d "The shown columns"
-complete -c trc -n "__fish_seen_subcommand_from dump find tree stack filter save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
+complete -c trc -n "__fish_seen_subcommand_from dump find tree stats stack filter save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
 
 complete -c trc -n "__fish_seen_subcommand_from set" -s a -l all -d "All traces of the application"
 complete -c trc -n "__fish_seen_subcommand_from set" -s p -l persist -d "For all later instances"

@@ -22,10 +22,9 @@ std::uint32_t StatCounter::NumberOfThread(const RawTrace& trace) {
       std::uint64_t{trace.MachineId()} << 32 | std::uint64_t{trace.PidId()} << 16 | trace.TidId();
   KnownThread& known = m_threads[(ids * 0x9E3779B97F4A7C15U) >> (64 - kThreadBits)];
   if (known.ids == ids) return known.number;
-  const NameId parts[] = {trace.MachineId(), trace.PidId(), trace.TidId()};
-  char key[sizeof parts];
-  std::memcpy(key, parts, sizeof parts);
-  known = {ids, NumberOfKey({key, sizeof key})};
+  char key[StatKey::kBytes];
+  known = {ids,
+           NumberOfKey(StatKey::BytesOf({trace.MachineId(), trace.PidId(), trace.TidId()}, key))};
   return known.number;
 }
 

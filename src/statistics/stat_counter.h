@@ -14,9 +14,8 @@
 
 #include "records/trace_event.h"
 #include "statistics/key_table.h"
-#include "statistics/stat_field.h"
+#include "statistics/stat_key.h"
 #include "statistics/tally.h"
-#include "statistics/text_pattern.h"
 
 struct StatPart {
   struct Entry {
@@ -70,15 +69,11 @@ class StatCounter {
       case StatField::Thread:
         return NumberOfThread(trace);
       case StatField::Severity:
-        return SeverityOf(trace.Attributes());
+        return StatKey::SeverityOf(trace.Attributes());
       case StatField::Pattern:
         break;
     }
     return NumberOfKey(m_pattern.Of(trace.Text()));
-  }
-  static std::uint32_t SeverityOf(int attributes) {
-    constexpr std::uint8_t kFirst[] = {3, 0, 1, 0, 2, 0, 1, 0};
-    return kFirst[attributes & kSeverityMask];
   }
   std::uint32_t NumberOfThread(const RawTrace& trace);
   std::uint32_t NumberOfKey(std::string_view key);

@@ -17,7 +17,6 @@ struct StatBounds {
 
 class StatTable {
  public:
-  using Bounds = StatBounds;
   // The number of all keys that are not told apart.
   static constexpr std::uint32_t kOthers = 0xFFFFFFFF;
 
@@ -27,6 +26,16 @@ class StatTable {
   // The number of a key, which is new where it was not met before.
   std::uint32_t NumberOf(std::string_view key, std::uint64_t hash);
 
+  // One more trace with this number.
+  void AddTo(std::uint32_t number, WhereStamp stamp) {
+    (number == kOthers ? m_others : m_tallies[number]).Add(stamp);
+    m_all.Add(stamp);
+  }
+  // The keys stay.
+  void ClearTallies();
+  // Is there a key that was not told apart?
+  bool IsFull() const { return m_isFull; }
+
   std::size_t Size() const { return m_keys.Size(); }
   std::string_view KeyAt(std::uint32_t number) const { return m_keys[number]; }
   const Tally& TallyAt(std::uint32_t number) const { return m_tallies[number]; }
@@ -34,8 +43,9 @@ class StatTable {
   const Tally& All() const { return m_all; }
 
  private:
-  const StatBounds m_bounds;
+  StatBounds m_bounds;
   KeyTable m_keys;
   std::vector<Tally> m_tallies;
   Tally m_others, m_all;
+  bool m_isFull = false;
 };

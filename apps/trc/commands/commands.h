@@ -15,6 +15,7 @@ std::unique_ptr<Command> MakeExport(CLI::App& program);
 std::unique_ptr<Command> MakeImport(CLI::App& program);
 std::unique_ptr<Command> MakeFind(CLI::App& program);
 std::unique_ptr<Command> MakeTree(CLI::App& program);
+std::unique_ptr<Command> MakeStats(CLI::App& program);
 std::unique_ptr<Command> MakeStack(CLI::App& program);
 std::unique_ptr<Command> MakeFilter(CLI::App& program);
 

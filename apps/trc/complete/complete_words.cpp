@@ -18,12 +18,12 @@ constexpr std::size_t kAnswersMax = 2000;
 
 // Options with a value behind them, of the commands below. None of them is a flag in another one.
 const std::set<std::string_view> kWithValue = {
-    "-s",         "--server",    "-o",         "--file",    "--out",     "--max-files",
-    "--max-size", "-m",          "-f",         "--format",  "-c",        "-n",
-    "--count",    "--for",       "--check",    "--uncheck", "-p",        "--preset",
-    "-a",         "--app",       "-b",         "--from",    "--columns", "--machine",
-    "--user",     "--tail",      "--context",  "--since",   "--color",   "--until",
-    "--severity", "--component", "--category", "--pid",     "--tid",     "--where"};
+    "-s",      "--server",  "-o",         "--file",      "--out",      "--max-files", "--max-size",
+    "-m",      "-f",        "--format",   "-c",          "-n",         "--count",     "--for",
+    "--check", "--uncheck", "-p",         "--preset",    "-a",         "--app",       "-b",
+    "--from",  "--columns", "--machine",  "--user",      "--tail",     "--context",   "--since",
+    "--color", "--until",   "--severity", "--component", "--category", "--pid",       "--tid",
+    "--where", "--by",      "--sort",     "-t",          "--top"};
 
 // Options whose value is a name, of the commands that give traces.
 constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {
@@ -34,8 +34,8 @@ constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {
     {"-m", ChoiceField::Machine},
     {"--pid", ChoiceField::Pid},
     {"--tid", ChoiceField::Tid}};
-const std::set<std::string_view> kOfTraces = {"dump",   "find", "tree",    "stack", "save",
-                                              "export", "tail", "capture", "filter"};
+const std::set<std::string_view> kOfTraces = {"dump", "find",   "tree", "stats",   "stack",
+                                              "save", "export", "tail", "capture", "filter"};
 
 bool TakesValue(std::string_view command, std::string_view option) {
   // In these two they are flags: --all and --persist.

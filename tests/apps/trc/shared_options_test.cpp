@@ -105,6 +105,7 @@ TEST_F(TrcSharedOptions, EveryCommandTakesEveryOptionOrSaysWhyNot) {
                                          {{"find", "order", m_file}, true, false, false},
                                          {{"tree", m_file}, false, false, false},
                                          {{"stack", "--recorded", m_file}, false, false, true},
+                                         {{"stats", m_file}, false, false, true},
                                          {{"save", m_file, out}, false, false, false},
                                          {{"export", m_file, out}, true, false, false},
                                          {{"tail"}, true, true, false},

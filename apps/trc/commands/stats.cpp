@@ -79,14 +79,6 @@ bool Count(const std::shared_ptr<const CountedTraces>& traces, StatField field, 
 
 }  // namespace
 
-std::string ShownStamp(WhereStamp stamp, bool utc) {
-  const std::unique_ptr<TraceEvent_i, void (*)(TraceEvent_i*)> trace(
-      TraceEvent_i::Create(0, 0, 0, 0, 0, static_cast<std::uint32_t>(stamp >> 32),
-                           static_cast<std::uint32_t>(stamp), 0, 0, 0, 0, 0, 0, {}, {}),
-      ReleaseTrace);
-  return trace->GetTimeString(!utc);
-}
-
 int RunStats(const StatsOptions& options) {
   TerminalHost host;
   TraceInput input(host);

@@ -29,5 +29,3 @@ class Output;
 // False when the output takes no more.
 bool WriteStatsAsText(const StatsTable& table, const StatsOptions& options, Output& output);
 bool WriteStatsAsJson(const StatsTable& table, const StatsOptions& options, Output& output);
-// A trace that has this time and nothing else: times are printed by traces.
-std::string ShownStamp(WhereStamp stamp, bool utc);

@@ -57,11 +57,11 @@ class StatsCommand final : public Command {
                   .context = "what stands beside a chosen trace is not counted",
                   .follow = kNotFollowed});
     App().footer(
-        "For each value how many traces have it, their share of the chosen ones, how many\n"
-        "a second from the first to the last of them, and the times of these two.\n"
-        "The pattern of a text is what is left of it without numbers, words of hexadecimal\n"
-        "digits and quoted parts: \"took # ms for \"...\"\". The key \"where\" of --json is\n"
-        "the filter text that gives exactly these traces.\n"
+        "For each value how many traces have it, their share of the chosen ones, how\n"
+        "many a second come from the first to the last of them, and the times of these.\n"
+        "The pattern of a text is what is left of it without numbers, words of\n"
+        "hexadecimal digits and quoted parts: \"took # ms for \"...\"\". The key \"where\"\n"
+        "of --json is the filter text that gives exactly these traces.\n"
         "\n"
         "Examples:\n"
         "  trc stats web.trc\n"

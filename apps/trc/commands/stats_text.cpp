@@ -3,6 +3,7 @@
 #include <array>
 
 #include "commands/stats.h"
+#include "statistics/stat_texts.h"
 #include "terminal/output.h"
 #include "text/text_line.h"
 #include "text/visible_text.h"
@@ -22,12 +23,8 @@ Cells HeadingsOf(StatField field) {
 }
 
 Cells CellsOf(const StatRow& row, bool utc) {
-  return {std::to_string(row.tally.count),
-          fmt::format("{:.1f} %", row.share * 100),
-          row.rate ? fmt::format("{:.2f}", *row.rate) : "",
-          ShownStamp(row.tally.first, utc),
-          ShownStamp(row.tally.last, utc),
-          VisibleText(row.value)};
+  return {std::to_string(row.tally.count), ShareText(row.share),           RateText(row.rate),
+          StampText(row.tally.first, utc), StampText(row.tally.last, utc), VisibleText(row.value)};
 }
 
 bool WriteRow(const Cells& cells, const std::array<std::size_t, kStatColumns>& widths,

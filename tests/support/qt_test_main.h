@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <clocale>
 
+#include "support/hang_guard.h"
 #include "support/pending_actions.h"
 
 int main(int argc, char** argv) {
@@ -22,5 +23,6 @@ int main(int argc, char** argv) {
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   QApplication::setQuitOnLastWindowClosed(false);
   testing::UnitTest::GetInstance()->listeners().Append(new PendingActions);
+  testing::UnitTest::GetInstance()->listeners().Append(new HangGuard);
   return RUN_ALL_TESTS();
 }

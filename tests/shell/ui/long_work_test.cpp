@@ -1,7 +1,6 @@
 // Work that takes long in the real program: the window lives below the box, and Cancel leaves it as
 // it was.
 #include <QAbstractScrollArea>
-#include <QFileDialog>
 #include <QLabel>
 #include <QPointer>
 #include <QProgressBar>
@@ -67,17 +66,7 @@ class LongWorkTest : public ShellTest {
   }
   // The file dialog that comes up next gets the name, and the box behind it is cancelled.
   void ChooseAndCancel(const std::string& path) {
-    OnModal([this, path](QWidget* dialog) {
-      static_cast<QFileDialog*>(dialog)->selectFile(QString::fromStdString(path));
-      static_cast<QDialog*>(dialog)->accept();
-      CancelWhenItHasMoved();
-    });
-  }
-  void Choose(const std::string& path) {
-    OnModal([path](QWidget* dialog) {
-      static_cast<QFileDialog*>(dialog)->selectFile(QString::fromStdString(path));
-      static_cast<QDialog*>(dialog)->accept();
-    });
+    ChooseFile(path, [this] { CancelWhenItHasMoved(); });
   }
   // A folder of its own for what is written.
   std::string OutFolder() {
@@ -224,7 +213,7 @@ TEST_F(LongWorkTest, AnExportOrSaveOfTheListIsCancelledAndLeavesNoFile) {
     EXPECT_FALSE(QtHost::InModal());
     EXPECT_EQ(FilesIn(folder), 0);
   }
-  Choose(folder + "/file.trc");
+  ChooseFile(folder + "/file.trc");
   Frame().OnCommand(ID_FILE_SAVECOPY);
   EXPECT_EQ(FilesIn(folder), 1);
   EXPECT_EQ(std::filesystem::file_size(folder + "/file.trc"),

@@ -3,6 +3,7 @@
 
 #include <QApplication>
 
+#include "support/hang_guard.h"
 #include "support/pending_actions.h"
 #include "support/temp_dir.h"
 
@@ -13,5 +14,6 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   testing::UnitTest::GetInstance()->listeners().Append(new PendingActions);
+  testing::UnitTest::GetInstance()->listeners().Append(new HangGuard);
   return RUN_ALL_TESTS();
 }

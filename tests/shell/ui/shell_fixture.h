@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialog>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -47,6 +49,19 @@ void OnModal(Act act) {
     act(dialog);
   });
   clock->start(5);
+}
+
+// Chooses the file in the file dialog that comes up next. By the field of the name, which has the
+// focus then: selectFile() leaves a field with the focus as it is.
+inline void ChooseFile(const std::string& path, const std::function<void()>& then = {}) {
+  OnModal([path, then](QWidget* dialog) {
+    EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+    auto* const name = dialog->findChild<QLineEdit*>("fileNameEdit");
+    EXPECT_TRUE(name) << "no file dialog came up";
+    if (name) name->setText(QString::fromStdString(path));
+    static_cast<QDialog*>(dialog)->accept();
+    if (then) then();
+  });
 }
 
 class ShellTest : public testing::Test {

@@ -75,13 +75,6 @@ class SourceWindowsTest : public ShellTest {
     });
     clock->start(5);
   }
-  // Chooses the file in the dialog that comes up next.
-  void Choose(const std::string& path) {
-    OnModal([path](QWidget* dialog) {
-      static_cast<QFileDialog*>(dialog)->selectFile(QString::fromStdString(path));
-      static_cast<QDialog*>(dialog)->accept();
-    });
-  }
 };
 
 TEST_F(SourceWindowsTest, CtrlGOpensTheSourceWithItsLineInTheMiddle) {
@@ -259,7 +252,7 @@ TEST_F(SourceWindowsTest, F3IsGreyAndDoesNothing) {
 TEST_F(SourceWindowsTest, ALocatedFileOpensAndTeachesItsPlace) {
   Start();
   OpenTraceOf("c:\\build\\src\\a.cpp");
-  Choose(WriteSource("a.cpp"));
+  ChooseFile(WriteSource("a.cpp"));
   Frame().OnCommand(ID_VIEW_GOTOSOURCE);
   ASSERT_NE(Edit(), nullptr);
   ASSERT_EQ(g_sourceMap.size(), 1u);
@@ -299,7 +292,7 @@ TEST_F(SourceWindowsTest, TheQuestionForAFileShowsWhereTheTraceKnowsIt) {
 TEST_F(SourceWindowsTest, AFileOfAnotherNameIsWaitedForWhileMonitorsGoOn) {
   Start();
   OpenTraceOf("/build/a.cpp");
-  Choose(WriteSource("b.cpp"));
+  ChooseFile(WriteSource("b.cpp"));
   int ticks = 0;
   const TimerId timer = m_host.SetTimer(5, [&] {
     if (!Box<LocateWaitFace>() || ++ticks < 40) return;
@@ -317,7 +310,7 @@ TEST_F(SourceWindowsTest, AFileOfAnotherNameIsWaitedForWhileMonitorsGoOn) {
 TEST_F(SourceWindowsTest, TheWindowThatAskedMayBeClosedDuringTheWait) {
   Start();
   OpenTraceOf("/build/a.cpp");
-  Choose(WriteSource("b.cpp"));
+  ChooseFile(WriteSource("b.cpp"));
   const TimerId timer = m_host.SetTimer(5, [&] {
     if (!Box<LocateWaitFace>()) return;
     if (Front()) {
@@ -334,7 +327,7 @@ TEST_F(SourceWindowsTest, TheWindowThatAskedMayBeClosedDuringTheWait) {
 TEST_F(SourceWindowsTest, ClosingTheProgramEndsTheWait) {
   Start();
   OpenTraceOf("/build/a.cpp");
-  Choose(WriteSource("b.cpp"));
+  ChooseFile(WriteSource("b.cpp"));
   bool closed = false;
   const TimerId timer = m_host.SetTimer(5, [&] {
     if (!Box<LocateWaitFace>() || closed) return;

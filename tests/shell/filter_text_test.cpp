@@ -2,8 +2,10 @@
 // tree, the steps by the cell.
 #include <gmock/gmock.h>
 
+#include "base/thread_time.h"
 #include "shell/child_frame.h"
 #include "shell_fixture.h"
+#include "support/sanitizer_slowdown.h"
 #include "support/short_pieces.h"
 #include "tree/filter/filter_tree_text.h"
 #include "tree/proc/proc_view.h"
@@ -387,6 +389,29 @@ TEST_F(FilterText, ADialogOfATextThatIsCancelledChangesNothing) {
   EXPECT_EQ(List().m_filter.allTraces, 1);
   Apply("text contains \"1\"");
   EXPECT_EQ(Line()->m_line.WhyNoTree(), "Column 1: the filter dialog cannot say \"text contains\"");
+}
+
+TEST_F(FilterText, NeitherTheMenuNorItsCommandTriesAllWaysInAllNamesToOpenATextAsATree) {
+  Start();
+  constexpr NameId kNames = 4000;
+  TrcImage image;
+  for (NameId i = 0; i < kNames; ++i) {
+    const auto id = static_cast<NameId>(10 + i);
+    image.Name(id, std::string(60, 'a') + std::to_string(i)).Trace({.component = id});
+  }
+  ASSERT_TRUE(Open(image.WriteTo(m_dir.File("hostile.trc"))));
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERTEXT));
+  const FilterLine& line = Line()->m_line;
+  Line()->m_line.Edit("component matches \"^(a|aa)+$\"");
+  constexpr std::uint64_t kMillisecond = 1'000'000 * kSanitizerSlowdown;
+  std::uint64_t begun = ThreadNanoseconds();
+  EXPECT_EQ(line.WhyNoTree(), "") << "the command finds it out";
+  EXPECT_LT(ThreadNanoseconds() - begun, 200 * kMillisecond);
+  begun = ThreadNanoseconds();
+  std::string why;
+  EXPECT_FALSE(line.OpenAsTree(&why));
+  EXPECT_EQ(why, "Column 1: it takes too long to compare this with all names of the traces");
+  EXPECT_LT(ThreadNanoseconds() - begun, 2000 * kMillisecond);
 }
 
 TEST_F(FilterText, TheOtherPaneTakesTheTextOfTheTreeWithIt) {

@@ -20,6 +20,10 @@ std::size_t ColumnOf(std::string_view text, std::size_t place) {
                  before, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
+std::string AtColumn(std::string_view text, const WhereError& error) {
+  return "Column " + std::to_string(ColumnOf(text, error.place)) + ": " + error.reason;
+}
+
 }  // namespace
 
 bool FilterLine::IsBlank() const {
@@ -54,7 +58,7 @@ FilterLine::State FilterLine::GetState() const {
 std::string FilterLine::Message() const {
   switch (GetState()) {
     case State::Wrong:
-      return "Column " + std::to_string(ColumnOf(m_text, m_error->place)) + ": " + m_error->reason;
+      return AtColumn(m_text, *m_error);
     case State::Edited:
       return IsBlank() ? "Enter shows all traces again." : "Enter applies this text.";
     case State::InForce:
@@ -249,11 +253,13 @@ std::string FilterLine::WhyNoTree() const {
   if (!m_program) return "There is no filter text.";
   WhereError error;
   if (m_owner.IsTree(m_program->Expr(), error)) return {};
-  return "Column " + std::to_string(ColumnOf(m_text, error.place)) + ": " + error.reason;
+  return AtColumn(m_text, error);
 }
 
-void FilterLine::OpenAsTree() const {
-  if (m_program) m_owner.OpenAsTree(m_program->Expr());
+bool FilterLine::OpenAsTree(std::string* why) const {
+  if (!m_program) return FailWith(why, WhyNoTree());
+  WhereError error;
+  return m_owner.OpenAsTree(m_program->Expr(), error) || FailWith(why, AtColumn(m_text, error));
 }
 
 // ---- completion

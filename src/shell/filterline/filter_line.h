@@ -82,10 +82,10 @@ class FilterLine {
   // The marks of a tree in place of those in force and of the text. One step. False: the user
   // cancelled.
   bool BecomeTree(CTraceFilter tree);
-  // Why the text does not open in the filter dialog; empty: it does.
+  // Why the text does not open in the filter dialog; empty: it does, or OpenAsTree finds it out.
   std::string WhyNoTree() const;
-  // Shows that dialog. REQUIRES: the text opens in it.
-  void OpenAsTree() const;
+  // Shows that dialog. False: the text does not open in it, and `why` says so.
+  bool OpenAsTree(std::string* why = nullptr) const;
 
   std::vector<WhereCompletion> CompletionsAt(std::size_t caret) const;
   // Inserts it and gives the place behind it.

@@ -26,10 +26,12 @@ class FilterLineOwner {
   // The marks of the filter dialog's tree together with the text.
   virtual CTraceFilter FilterInForce() const = 0;
   virtual bool ApplyFilter(const CTraceFilter& filter) = 0;
-  // Can the filter dialog's tree say this? False, the place in the text and the reason.
+  // Can the filter dialog's tree say this? False, the place in the text and the reason. True also
+  // where that would take longer to find out than a menu may take to open.
   virtual bool IsTree(const WhereExpr& expr, WhereError& error) const = 0;
-  // Shows the dialog with the tree of what the marks in force and this text show.
-  virtual void OpenAsTree(const WhereExpr& expr) = 0;
+  // Shows the dialog with the tree of what the marks in force and this text show. False, the place
+  // and the reason: no tree says this, or it takes too long to find out.
+  virtual bool OpenAsTree(const WhereExpr& expr, WhereError& error) = 0;
   // The names that the document has for a field.
   virtual std::vector<std::string> WhereNamesOf(WhereField field) const = 0;
   // Escape in the line.

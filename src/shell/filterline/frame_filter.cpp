@@ -1,6 +1,8 @@
 #include "shell/filterline/frame_filter.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <utility>
 
 #include "docview/dialogs/dialog.h"
@@ -8,6 +10,15 @@
 #include "panes/trace_pane.h"
 #include "panes/tree_as_text.h"
 #include "tree/filter/text/filter_of_text.h"
+
+namespace {
+
+// How long the names are looked at before a menu opens, and after its command was chosen; and how
+// many steps a search in one name may take.
+constexpr std::chrono::milliseconds kMenuTime(20), kTreeTime(1000);
+constexpr std::uint32_t kMenuSteps = 2'000, kTreeSteps = 100'000;
+
+}  // namespace
 
 void FrameFilter::OnCreate(ChildFrameFace& window) {
   m_window = &window;
@@ -105,22 +116,31 @@ bool FrameFilter::ApplyFilter(const CTraceFilter& filter) {
 }
 
 bool FrameFilter::IsTree(const WhereExpr& expr, WhereError& error) const {
-  const TracePane* const pane = m_shown();
-  if (!pane) return false;
-  CTraceFilter filter = pane->m_filter;
-  filter.MergeDocumentNames(pane->Document());
-  return FilterOfText(expr, FilterNamesOf(pane->Document()), filter, error);
+  LookTime time(kMenuTime, kMenuSteps);
+  CTraceFilter tree;
+  return TreeOf(expr, tree, error, time) || time.IsOver();
 }
 
-void FrameFilter::OpenAsTree(const WhereExpr& expr) {
+bool FrameFilter::OpenAsTree(const WhereExpr& expr, WhereError& error) {
   TracePane* const pane = m_shown();
-  if (!pane) return;
-  CTraceFilter tree = pane->m_filter;
-  tree.MergeDocumentNames(pane->Document());
-  WhereError error;
-  if (!FilterOfText(expr, FilterNamesOf(pane->Document()), tree, error)) return;
+  CTraceFilter tree;
+  {
+    const CWaitCursor wait(pane->GetHost());
+    LookTime time(kTreeTime, kTreeSteps);
+    if (!TreeOf(expr, tree, error, time)) return false;
+  }
   if (RunFilterDialog(pane->Document(), tree, nullptr) == CDialog::kIdOk)
     m_line.BecomeTree(std::move(tree));
+  return true;
+}
+
+bool FrameFilter::TreeOf(const WhereExpr& expr, CTraceFilter& tree, WhereError& error,
+                         LookTime& time) const {
+  const TracePane* const pane = m_shown();
+  if (!pane) return false;
+  tree = pane->m_filter;
+  tree.MergeDocumentNames(pane->Document());
+  return FilterOfText(expr, FilterNamesOf(pane->Document()), tree, error, &time);
 }
 
 std::vector<std::string> FrameFilter::WhereNamesOf(WhereField field) const {

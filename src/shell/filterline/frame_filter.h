@@ -11,6 +11,7 @@
 #include "docview/frame.h"
 #include "shell/filterline/filter_line.h"
 
+class LookTime;
 class TracePane;
 
 class FrameFilter final : private FilterLineOwner {
@@ -44,10 +45,12 @@ class FrameFilter final : private FilterLineOwner {
   CTraceFilter FilterInForce() const override;
   bool ApplyFilter(const CTraceFilter& filter) override;
   bool IsTree(const WhereExpr& expr, WhereError& error) const override;
-  void OpenAsTree(const WhereExpr& expr) override;
+  bool OpenAsTree(const WhereExpr& expr, WhereError& error) override;
   std::vector<std::string> WhereNamesOf(WhereField field) const override;
   void PutAwayFilterLine() override;
 
+  // What the marks and the text show as marks alone, with all ids of the document.
+  bool TreeOf(const WhereExpr& expr, CTraceFilter& tree, WhereError& error, LookTime& time) const;
   void Show();
 
   const MakeFace m_makeFace;

@@ -37,7 +37,11 @@ class Owner final : public FilterLineOwner {
     error = {expr.place, expr.length, "no tree says this", {}};
     return expr.kind == WhereExpr::Kind::Test;
   }
-  void OpenAsTree(const WhereExpr&) override { ++m_opened; }
+  bool OpenAsTree(const WhereExpr& expr, WhereError& error) override {
+    if (!IsTree(expr, error)) return false;
+    ++m_opened;
+    return true;
+  }
   std::optional<int> WhereProgress() const override { return m_progress; }
   void CancelWhere() override {
     if (m_progress) m_inForce = m_before;
@@ -374,7 +378,15 @@ TEST_F(FilterLineTest, WhyATextIsNoTreeHasItsColumn) {
   EXPECT_EQ(m_line.WhyNoTree(), "Column 3: no tree says this");
   m_line.Edit("verbose");
   EXPECT_EQ(m_line.WhyNoTree(), "");
-  m_line.OpenAsTree();
+  EXPECT_TRUE(m_line.OpenAsTree());
+  EXPECT_EQ(m_owner.m_opened, 1);
+  std::string why;
+  m_line.Edit("  (verbose or stack)");
+  EXPECT_FALSE(m_line.OpenAsTree(&why));
+  EXPECT_EQ(why, "Column 3: no tree says this");
+  m_line.Edit("sev");
+  EXPECT_FALSE(m_line.OpenAsTree(&why));
+  EXPECT_EQ(why, m_line.Message());
   EXPECT_EQ(m_owner.m_opened, 1);
 }
 

@@ -83,15 +83,22 @@ void FilterMenu::AddSource() {
 }
 
 void FilterMenu::AddOpenAsTree() {
-  QAction* const open =
-      m_menu->addAction(QStringLiteral("Open in Filter Dialo&g..."), this, [this] {
-        if (m_line) m_line->OpenAsTree();
-      });
+  QAction* const open = m_menu->addAction(QStringLiteral("Open in Filter Dialo&g..."), this,
+                                          [this] { OpenAsTree(); });
   const QString whyNot = QString::fromStdString(ReplaceMalformed(m_line->WhyNoTree()));
   open->setEnabled(whyNot.isEmpty());
   open->setToolTip(PlainToolTip(
       whyNot.isEmpty() ? QStringLiteral("Show the same traces by the tree of the filter dialog")
                        : whyNot));
+}
+
+// The window may go while the dialog is open.
+void FilterMenu::OpenAsTree() {
+  std::string why;
+  const QPointer<QWidget> owner(window());
+  if (!m_line || m_line->OpenAsTree(&why) || !owner) return;
+  QMessageBox::information(owner, QStringLiteral("Tessera"),
+                           QString::fromStdString(ReplaceMalformed(why)));
 }
 
 void FilterMenu::Apply(const std::string& text) {

@@ -22,6 +22,7 @@ class FilterMenu : public QPushButton {
   void FillSaved();
   void AddSource();
   void AddOpenAsTree();
+  void OpenAsTree();
   void Apply(const std::string& text);
   void SaveAs();
 

@@ -35,27 +35,32 @@ bool CheckTests(const WhereExpr& expr, const FilterNames& names, WhereError& err
   return false;
 }
 
-bool Says(const WhereExpr& expr, bool negated, const FilterNames& names, CTraceFilter& filter,
+struct Document {
+  const FilterNames& names;
+  LookTime* time;
+};
+
+bool Says(const WhereExpr& expr, bool negated, const Document& document, CTraceFilter& filter,
           std::string* why) {
-  return TextChoices(expr, negated, filter, names).Mark(filter, why);
+  return TextChoices(expr, negated, filter, document.names, document.time).Mark(filter, why);
 }
 
 // Of parts that must all hold at least one cannot be said: what a tree shows and another one shows
 // as well a third one does.
-const WhereExpr& Blamed(const WhereExpr& expr, bool negated, const FilterNames& names,
+const WhereExpr& Blamed(const WhereExpr& expr, bool negated, const Document& document,
                         const CTraceFilter& filter, std::string& why) {
   if (expr.kind == Kind::Not) {
     const WhereExpr& inner = expr.children.front();
-    const WhereExpr& blamed = Blamed(inner, !negated, names, filter, why);
+    const WhereExpr& blamed = Blamed(inner, !negated, document, filter, why);
     return &blamed == &inner ? expr : blamed;
   }
   if (expr.kind == (negated ? Kind::Or : Kind::And)) {
     for (const WhereExpr& child : expr.children) {
       CTraceFilter tried = filter;
       std::string childWhy;
-      if (Says(child, negated, names, tried, &childWhy)) continue;
+      if (Says(child, negated, document, tried, &childWhy)) continue;
       why = std::move(childWhy);
-      return Blamed(child, negated, names, filter, why);
+      return Blamed(child, negated, document, filter, why);
     }
   }
   return expr;
@@ -120,14 +125,16 @@ void RestrictTo(CTraceFilter& filter, const CTraceFilter& said) {
 }  // namespace
 
 bool FilterOfText(const WhereExpr& expr, const FilterNames& names, CTraceFilter& filter,
-                  WhereError& error) {
+                  WhereError& error, LookTime* time) {
   if (!CheckTests(expr, names, error)) return false;
+  const Document document{names, time};
   CTraceFilter said = filter;
   std::string why;
-  if (!Says(expr, false, names, said, &why)) {
-    const WhereExpr& blamed = Blamed(expr, false, names, filter, why);
-    return FailAt(blamed, std::move(why), error);
-  }
+  const bool says = Says(expr, false, document, said, &why);
+  const WhereExpr& blamed = says ? expr : Blamed(expr, false, document, filter, why);
+  if (time && time->IsOver())
+    return FailAt(expr, "it takes too long to compare this with all names of the traces", error);
+  if (!says) return FailAt(blamed, std::move(why), error);
   RestrictTo(filter, said);
   return true;
 }

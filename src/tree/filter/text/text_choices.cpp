@@ -64,13 +64,14 @@ const char* LabelOf(FilterBranch branch) {
 }
 
 TextChoices::TextChoices(const WhereExpr& expr, bool negated, const CTraceFilter& filter,
-                         const FilterNames& names)
-    : m_expr(expr), m_negated(negated), m_names(names) {
+                         const FilterNames& names, LookTime* time)
+    : m_expr(expr), m_negated(negated), m_names(names), m_time(time) {
+  if (time) time->Bound(m_search);
   Collect(expr);
   AddNameClasses(B::Components, filter.components);
   AddNameClasses(B::Categories, filter.categories);
   AddNameClasses(B::Applications, filter.applications);
-  m_threads = std::make_unique<ThreadChoices>(filter, names, TestsOf(B::Threads), m_search);
+  m_threads = std::make_unique<ThreadChoices>(filter, names, TestsOf(B::Threads), m_search, time);
 }
 
 TextChoices::~TextChoices() = default;
@@ -101,8 +102,12 @@ void TextChoices::AddNameClasses(FilterBranch branch, const std::map<NameId, int
     known.clear();
     m_later[place].clear();
   }
-  for (const NameSet& names : {known, m_later[place]})
-    for (const std::string& name : names) m_classes[place]->Of(name);
+  for (const NameSet& names : {known, m_later[place]}) {
+    for (const std::string& name : names) {
+      if (m_time && m_time->IsOver()) break;
+      m_classes[place]->Of(name);
+    }
+  }
   // Without traces there is nothing to tell apart.
   if (m_classes[place]->Count() == 0) m_classes[place]->Of("");
 }
@@ -163,7 +168,9 @@ ChoiceDiagram::Node TextChoices::Build(const WhereExpr& expr, bool negated,
 
 bool TextChoices::Mark(CTraceFilter& filter, std::string* why) {
   constexpr const char* kTooLarge = "too many different cases for the filter dialog";
-  if (m_isTooLarge || m_threads->IsTooLarge()) return FailWith(why, kTooLarge);
+  if (m_time && m_search.LimitsReached() > 0) m_time->End();
+  if (m_isTooLarge || m_threads->IsTooLarge() || (m_time && m_time->IsOver()))
+    return FailWith(why, kTooLarge);
   std::vector<std::size_t> choices;
   for (std::size_t branch = 0; branch < kFilterBranches; ++branch)
     choices.push_back(CountOf(static_cast<FilterBranch>(branch)));

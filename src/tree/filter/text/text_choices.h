@@ -2,7 +2,7 @@
 //
 // Shape    The branches are severities, developer, verbose, components, categories, applications,
 //          and machines with processes and threads. The tree shows a trace that passes all of them.
-// Owner    Borrows the text's tree, the filter and the names.
+// Owner    Borrows the text's tree, the filter, the names and the time.
 // Threads  One.
 #pragma once
 
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tree/filter/text/choice_diagram.h"
+#include "tree/filter/text/look_time.h"
 #include "tree/filter/text/thread_choices.h"
 #include "where/text/where_parser.h"
 
@@ -35,13 +36,13 @@ const char* LabelOf(FilterBranch branch);
 class TextChoices {
  public:
   // `expr`, or its negation. REQUIRES: its tests are on fields of branches; and, where names may
-  // come, none is of a part of a name. Its expressions compile.
+  // come, none is of a part of a name. Its expressions compile. `time` may be null.
   TextChoices(const WhereExpr& expr, bool negated, const CTraceFilter& filter,
-              const FilterNames& names);
+              const FilterNames& names, LookTime* time);
   ~TextChoices();
 
   // Sets the marks of a filter that has the names, so that it passes what the text does. Errors:
-  // false and the reason.
+  // false and the reason. The marks say nothing if the time is over then.
   bool Mark(CTraceFilter& filter, std::string* why);
 
  private:
@@ -65,6 +66,7 @@ class TextChoices {
   const WhereExpr& m_expr;
   const bool m_negated;
   const FilterNames& m_names;
+  LookTime* const m_time;
   mutable WhereRegexSearch m_search;
   std::map<const WhereExpr*, WhereRule> m_rules;
   std::array<std::unique_ptr<NameClasses>, 3> m_classes;  // components, categories, applications

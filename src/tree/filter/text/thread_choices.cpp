@@ -19,16 +19,17 @@ WhereTests Only(const WhereTests& tests, std::initializer_list<F> fields) {
 }  // namespace
 
 ThreadChoices::ThreadChoices(const CTraceFilter& filter, const FilterNames& names,
-                             const WhereTests& tests, WhereRegexSearch& search)
+                             const WhereTests& tests, WhereRegexSearch& search, LookTime* time)
     : m_filter(filter),
       m_names(names),
+      m_time(time),
       m_machineClasses(Only(tests, {F::Machine}), search),
       m_processClasses(Only(tests, {F::Pid, F::Account}), search),
       m_threadClasses(Only(tests, {F::Tid}), search) {
   m_isTooLarge = IsTooLarge(tests);
   if (m_isTooLarge) return;
   AddKnown();
-  if (names.mayGrow) AddLater(tests);
+  if (names.mayGrow && !m_isTooLarge) AddLater(tests);
   // Without traces there is nothing to tell apart.
   if (m_choices.empty() && !m_isTooLarge)
     m_choices.try_emplace(
@@ -52,6 +53,12 @@ bool ThreadChoices::IsTooLarge(const WhereTests& tests) const {
   return entries * tests.size() > kLooksMax || (both && pids * accounts > kLooksMax / 20);
 }
 
+// What was looked at until then is not used.
+bool ThreadChoices::IsOver() {
+  m_isTooLarge = m_isTooLarge || (m_time && m_time->IsOver());
+  return m_isTooLarge;
+}
+
 void ThreadChoices::AddKnown() {
   const auto add = [&](const std::string& machine, const std::string& process,
                        const std::string& thread) {
@@ -65,11 +72,13 @@ void ThreadChoices::AddKnown() {
     m_machines.insert(machineName);
     if (machine.processes.empty()) add(machineName, {}, {});
     for (const auto& [processId, process] : machine.processes) {
+      if (IsOver()) return;
       const std::string name = NameOfId(processId);
       known.processes.insert(name);
       m_processes.insert(name);
       if (process.threadMarks.empty()) add(machineName, name, {});
       for (const auto& [threadId, mark] : process.threadMarks) {
+        if (IsOver()) return;
         const std::string thread = NameOfId(threadId);
         known.threads[name].insert(IdKey::Of(thread));
         m_threads.insert(thread);
@@ -96,7 +105,10 @@ void ThreadChoices::AddLater(const WhereTests& tests) {
   m_machines.merge(LaterNames(Only(tests, {F::Machine}), m_machines));
   m_processes.merge(LaterProcesses(Only(tests, {F::Pid}), Only(tests, {F::Account}), m_processes));
   m_threads.merge(LaterIds(Only(tests, {F::Tid}), m_threads));
-  for (const std::string& thread : m_threads) m_threadClasses.Of(thread);
+  for (const std::string& thread : m_threads) {
+    if (IsOver()) return;
+    m_threadClasses.Of(thread);
+  }
   m_choices.clear();
   std::size_t looks = 0;
   for (const std::string& machine : m_machines) {
@@ -105,10 +117,8 @@ void ThreadChoices::AddLater(const WhereTests& tests) {
       processes.insert(known->second.processes.begin(), known->second.processes.end());
     for (const std::string& process : processes) {
       looks += m_threadClasses.Count();
-      if (looks > kLooksMax) {
-        m_isTooLarge = true;
-        return;
-      }
+      m_isTooLarge = m_isTooLarge || looks > kLooksMax;
+      if (IsOver()) return;
       for (std::size_t thread = 0; thread < m_threadClasses.Count(); ++thread)
         m_choices.try_emplace({m_machineClasses.Of(machine), m_processClasses.Of(process), thread},
                               m_choices.size());
@@ -129,6 +139,7 @@ std::vector<bool> ThreadChoices::PassesOf(const WhereRule& test) const {
 
 bool ThreadChoices::PassesAt(const Passes& passes, const std::string& machine,
                              const std::string& process, const std::string& thread) {
+  if (m_time && m_time->IsOver()) return false;
   return passes[m_choices.at(
       {m_machineClasses.Of(machine), m_processClasses.Of(process), m_threadClasses.Of(thread)})];
 }

@@ -3,7 +3,7 @@
 //
 // Shape    A choice is a machine, a process and a thread, or several that are the same to the text.
 //          Where names may come there are choices for what is not known yet.
-// Owner    Borrows filter, names, tests and search.
+// Owner    Borrows filter, names, tests, search and time.
 // Threads  One.
 #pragma once
 
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tree/filter/text/filter_names.h"
+#include "tree/filter/text/look_time.h"
 #include "tree/filter/text/name_classes.h"
 #include "tree/filter/trace_filter.h"
 
@@ -22,9 +23,9 @@ class ThreadChoices {
   static constexpr std::size_t kLooksMax = 2'000'000;  // at a name
 
   ThreadChoices(const CTraceFilter& filter, const FilterNames& names, const WhereTests& tests,
-                WhereRegexSearch& search);
+                WhereRegexSearch& search, LookTime* time);
 
-  // There are too many to look at; nothing else may be asked then.
+  // There are too many to look at, or the time is over; nothing else may be asked then.
   bool IsTooLarge() const { return m_isTooLarge; }
   std::size_t Count() const { return m_choices.size(); }
   // By choice.
@@ -42,6 +43,7 @@ class ThreadChoices {
   };
 
   bool IsTooLarge(const WhereTests& tests) const;
+  bool IsOver();
   void AddKnown();
   void AddLater(const WhereTests& tests);
   bool PassesAt(const Passes& passes, const std::string& machine, const std::string& process,
@@ -59,6 +61,7 @@ class ThreadChoices {
 
   const CTraceFilter& m_filter;
   const FilterNames& m_names;
+  LookTime* const m_time;  // may be null
   NameClasses m_machineClasses, m_processClasses, m_threadClasses;
   std::map<Choice, std::size_t> m_choices;
   std::map<std::string, Known> m_known;        // by machine

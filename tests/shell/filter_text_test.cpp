@@ -191,6 +191,46 @@ TEST_F(FilterText, EscapeStopsATextAndLeavesRowsTextAndStepsAsTheyWere) {
   EXPECT_EQ(List().Rows().Size(), 10000) << "the stopped text is no step";
 }
 
+TEST_F(FilterText, TheKeyThatPutsTheLineAwayDuringAPassLeavesItsTextAmongTheSteps) {
+  Start();
+  OpenFile(10000);
+  Apply("component == Net");
+  Settle();
+  {
+    const ShortPieces pieces(m_host);
+    Apply("text contains \"77\"");
+    ASSERT_TRUE(Line()->m_percent);
+    ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERTEXT));
+    EXPECT_EQ(Line(), nullptr);
+  }
+  Settle();
+  EXPECT_EQ(List().Rows().Size(), 10000);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  ASSERT_TRUE(Line());
+  EXPECT_EQ(Line()->m_text, "text contains \"77\"");
+  Settle();
+  EXPECT_EQ(List().RowListText(0, Column::Trace), "77");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  EXPECT_EQ(Line()->m_text, "component == Net");
+}
+
+TEST_F(FilterText, EscapeThatNoRowWantsStopsATextAndNothingElse) {
+  Start();
+  OpenFile(10000);
+  Apply("component == Net");
+  Settle();
+  EXPECT_FALSE(Child().OnEscape());
+  const ShortPieces pieces(m_host);
+  Apply("text contains \"7\"");
+  ASSERT_TRUE(Line()->m_percent);
+  EXPECT_TRUE(Child().OnEscape());
+  ASSERT_TRUE(Line()) << "it is not put away";
+  EXPECT_EQ(List().m_filter.where->Text(), "component == Net");
+  EXPECT_EQ(List().Rows().Size(), 5000);
+  Settle();
+  EXPECT_FALSE(Child().OnEscape());
+}
+
 TEST_F(FilterText, TheTreeWaitsForATextThatIsUnderWayAndMayBeCancelled) {
   Start();
   OpenFile(10000);

@@ -108,7 +108,11 @@ bool FilterLine::ApplyText(std::string text) {
 }
 
 bool FilterLine::Release() {
-  if (m_owner.WhereInForce() && !m_owner.ApplyWhere(nullptr)) return false;
+  // A text that is being applied is a step too: it was not stopped.
+  m_applying = true;
+  const bool released = !m_owner.WhereInForce() || m_owner.ApplyWhere(nullptr);
+  m_applying = false;
+  if (!released) return false;
   m_source.Send(nullptr);
   m_pending.reset();
   m_steps.Go(std::string());

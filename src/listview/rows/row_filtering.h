@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 
+#include "docview/host_timer.h"
 #include "listview/rows/nearest_row.h"
 #include "listview/rows/row_store.h"
 #include "panes/trace_scan.h"
@@ -42,6 +43,7 @@ struct RowFiltering {
   CTraceFilter before;  // in force until the new rows are complete
   const bool changedBefore;
   std::unique_ptr<TraceScan> scan;  // null: the rows are complete
+  std::optional<HostTimer> few;     // until a few rows are shown though no more come
   RowStore earlier;                 // if `kept`: the rows by `before`
   bool kept = false;
   int earlierTop = 0;

@@ -62,7 +62,7 @@ class CTraceView : public TracePane, public RowListOwner {
   bool ShowsAny() const override { return m_rows.Size() > 0; }
   void RepaintHits() override { m_list->Repaint(); }
   bool Rebuild() override { return RebuildRows(); }
-  void OnOptions() override { ApplyActiveColumns(); }
+  void OnOptions() override;
   void OnReady() override;
   void AddTraces(const CTraceHint& hint) override;
   void RemoveTraces(const CTraceHint& hint) override;
@@ -83,6 +83,7 @@ class CTraceView : public TracePane, public RowListOwner {
   void BeginFiltering(WhereProgramPtr where);
   void EndFiltering();
   void GoOnFiltering();
+  void ShowFew();
   // One step; takes this long, or a little.
   void StepFiltering(std::chrono::milliseconds time, bool wait);
   void ShowNewRows(bool whole);
@@ -101,6 +102,7 @@ class CTraceView : public TracePane, public RowListOwner {
   RowStore m_rows;
   std::unique_ptr<RowList> m_list;
   bool m_firstUpdate = true;
+  bool m_utc = false;  // the zone of the rows
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};
   int m_currentRow = -1;  // the focused row, as last reported by the list
   PostedStep m_step{GetHost(), [this] { GoOnFiltering(); }};

@@ -35,16 +35,26 @@ void CTraceView::BeginFiltering(WhereProgramPtr where) {
   now.scan.reset();
   now.shown = false;
   now.late.ClearToQueue();
+  now.few.reset();
   m_filter.where = std::move(where);
+  m_utc = g_useUtc;
   if (m_filter.ShowsAll()) {
     now.fresh.ShowAll();
     CompleteRows();
   } else {
     now.fresh.ClearToQueue();
     now.scan = std::make_unique<TraceScan>(m_document, m_filter, m_scanSetup, m_step.GetLine());
+    now.few.emplace(GetHost(), static_cast<unsigned>(kFewAfter.count()), [this] { ShowFew(); });
   }
   GoOnFiltering();
   ShowProgress();
+}
+
+// Threads that find no more for a while ask for no step.
+void CTraceView::ShowFew() {
+  if (!m_filtering) return;
+  m_filtering->few.reset();
+  GoOnFiltering();
 }
 
 void CTraceView::EndFiltering() {

@@ -2,6 +2,7 @@
 #include "documents/trace_pass.h"
 #include "listview/rows/nearest_row.h"
 #include "listview/rows/trace_view.h"
+#include "settings/globals.h"
 #include "tree/filter/filter_pass.h"
 
 namespace {
@@ -34,6 +35,16 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
   if (!m_firstUpdate) TracePane::OnUpdate(sender, hint, object);
 }
 
+// A text with a time that says no zone shows other traces now. A pass in two zones would show some
+// of both.
+void CTraceView::OnOptions() {
+  ApplyActiveColumns();
+  const WhereProgramPtr& where = m_filter.where;
+  if (m_utc == g_useUtc || m_document.m_loading) return;
+  m_utc = g_useUtc;
+  if (where && HasTimeWithoutZone(where->Expr())) BeginFiltering(where);
+}
+
 void CTraceView::OnReady() {
   const bool filtered = m_filtering != nullptr;
   EndFiltering();
@@ -53,6 +64,7 @@ bool CTraceView::AtBottom() const {
 // The existing rows stay until the new ones are complete. False when the user cancelled.
 bool CTraceView::RebuildRows() {
   const CWaitCursor wait(GetHost());
+  m_utc = g_useUtc;
   RowStore rows(m_document.m_traces);
   if (m_filter.ShowsAll())
     rows.ShowAll();

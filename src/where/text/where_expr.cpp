@@ -1,5 +1,6 @@
 #include "where/text/where_expr.h"
 
+#include <algorithm>
 #include <iterator>
 #include <tuple>
 #include <utility>
@@ -59,4 +60,13 @@ WhereExpr WhereNot(WhereExpr expr) {
   negated.length = expr.length;
   negated.children.push_back(std::move(expr));
   return negated;
+}
+
+bool HasTimeWithoutZone(const WhereExpr& expr) {
+  const auto isWithout = [](const WhereValue& value) {
+    return value.moment.base == WhereMoment::Base::Shown;
+  };
+  if (expr.kind == WhereExpr::Kind::Test)
+    return expr.field == WhereField::Time && std::ranges::any_of(expr.values, isWithout);
+  return std::ranges::any_of(expr.children, HasTimeWithoutZone);
 }

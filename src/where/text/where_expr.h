@@ -62,6 +62,9 @@ struct WhereExpr {
 // The same but for places.
 bool operator==(const WhereExpr& a, const WhereExpr& b);
 
+// Does it mean another moment where times are shown in another zone?
+bool HasTimeWithoutZone(const WhereExpr& expr);
+
 // The two, with the children of an operand that is itself of that kind.
 WhereExpr WhereAll(std::vector<WhereExpr> children);  // And; of one: that one. REQUIRES: not empty
 WhereExpr WhereAny(std::vector<WhereExpr> children);  // Or

@@ -1,9 +1,12 @@
 // What a filter text that is being applied costs the interface thread, and what a cancel leaves.
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 #include "documents/trace_file_doc.h"
 #include "support/short_pieces.h"
 #include "support/trc_image.h"
+#include "support/zone_guard.h"
 #include "trace_view_fixture.h"
 
 namespace {
@@ -13,10 +16,10 @@ class TraceViewFilteringSteps : public TraceViewTest {
   static constexpr std::size_t kTraces = 40;
 
   // The first trace passes, each of the others takes long, and the last one has the focus.
-  void OpenSlowFile() {
+  void OpenSlowFile(std::size_t traces = kTraces) {
     TrcImage image;
     const std::string slow = std::string(60, 'a') + "b";
-    for (std::uint32_t i = 0; i < kTraces; ++i)
+    for (std::uint32_t i = 0; i < traces; ++i)
       image.Trace({.text = i == 0 ? "here" : slow, .count = i});
     ASSERT_TRUE(m_file.OnOpenDocument(image.WriteTo(m_directory.File("slow.trc"))));
     ASSERT_TRUE(m_fileHost.RunUntil([this] { return !m_file.m_loading; }));
@@ -27,7 +30,7 @@ class TraceViewFilteringSteps : public TraceViewTest {
     list.pageRows = 1;
     m_fileView->m_scanSetup = {.perLook = 1, .perPiece = 1, .threads = 1};
     m_fileView->OnInitialUpdate();
-    list.SetItemState(kTraces - 1, kRowFocused, kRowFocused);
+    list.SetItemState(static_cast<int>(traces) - 1, kRowFocused, kRowFocused);
   }
 
   RecordingHost m_fileHost;  // has no main window that a load would tell
@@ -51,6 +54,58 @@ TEST_F(TraceViewFilteringSteps, TheSearchForTheFocusedTraceWaitsForRowsWithoutWo
   EXPECT_EQ(m_fileView->CurrentEvent(), nullptr) << "no later trace is shown";
   // A piece asks for one, and a step that runs out of time for another one.
   EXPECT_LE(steps, 2 * kTraces + 5);
+}
+
+// No posted step runs here: the traces behind the first one may take as long as they take.
+TEST_F(TraceViewFilteringSteps, AFewRowsShowAfterAMomentThoughNoMoreCome) {
+  constexpr std::size_t kLong = 2000;
+  ASSERT_NO_FATAL_FAILURE(OpenSlowFile(kLong));
+  auto& list = static_cast<FakeRowList&>(m_fileView->List());
+  list.pageRows = 10;
+  WhereError error;
+  ASSERT_TRUE(m_fileView->SetWhere(
+      WhereProgram::Compile("text == here or text matches \"(a|aa)+$\"", error)));
+  ASSERT_EQ(m_fileHost.Timers(), (std::vector<unsigned>{90}));
+  std::this_thread::sleep_for(std::chrono::milliseconds(120));
+  EXPECT_EQ(list.ItemCount(), static_cast<int>(kLong));
+  m_fileHost.TickTimers();
+  EXPECT_EQ(list.ItemCount(), 1);
+  EXPECT_EQ(m_fileView->RowListText(0, Column::Trace), "here");
+  EXPECT_TRUE(m_fileView->FilterProgress());
+  EXPECT_TRUE(m_fileHost.Timers().empty()) << "once";
+  m_fileView->CancelFilter();
+  EXPECT_EQ(list.ItemCount(), static_cast<int>(kLong));
+}
+
+// Half of the traces are of an hour that is hidden in UTC and shown in the local zone.
+TEST_F(TraceViewTest, ATextWithATimeWithoutAZoneIsAppliedAnewWhenTheZoneOfTheTimesChanges) {
+  const ZoneGuard zone("CET-1");
+  const ShortPieces pieces(m_host);
+  m_view->m_scanSetup.perLook = 1;
+  for (int i = 0; i < 20; ++i)
+    Add({.date = PackDate(2026, 11, 23), .time = PackTime(i % 2 ? 12 : 11, 30, 0, 0)});
+  Open();
+  const auto settle = [this] {
+    return m_host.RunUntil([this] { return !m_view->FilterProgress(); });
+  };
+  const auto options = [this](bool utc) {
+    g_useUtc = utc;
+    m_document.UpdateAllViews(nullptr, kHintOptions);
+  };
+  WhereError error;
+  ASSERT_TRUE(m_view->SetWhere(WhereProgram::Compile("time >= 2026-11-23T12:00", error)));
+  for (int i = 0; i < 8; ++i) ASSERT_TRUE(m_host.RunOnePosted());
+  ASSERT_TRUE(m_view->FilterProgress());
+  options(false);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(m_view->Rows().Size(), 20) << "no trace is asked about in the zone from before";
+  options(true);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(m_view->Rows().Size(), 10);
+  ASSERT_TRUE(m_view->SetWhere(WhereProgram::Compile("time >= 2026-11-23T12:00Z", error)));
+  ASSERT_TRUE(settle());
+  options(false);
+  EXPECT_FALSE(m_view->FilterProgress()) << "that says its zone";
 }
 
 class TraceViewCancel : public TraceViewTest {

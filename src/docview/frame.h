@@ -42,6 +42,8 @@ class CMDIChildWnd : public CFrameWnd {
   // Called by the face, with the outer size.
   virtual void OnSize(SizeType type, int widthPx, int heightPx);
   virtual void OnContextMenu(int screenXPx, int screenYPx);
+  // Escape that meant nothing to the control with the focus. True: it was used.
+  virtual bool OnEscape() { return false; }
   // For the first child of a main window; a later one is shown like the active one.
   virtual bool BeginsMaximised() const { return false; }
   // The frame became, or ceased to be, the main frame's active child.

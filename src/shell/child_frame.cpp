@@ -84,6 +84,13 @@ bool CTraceChildFrame::BeginsMaximised() const {
   return ReadWindowMaximised(kRegTraceView);
 }
 
+bool CTraceChildFrame::OnEscape() {
+  FilterLine& line = m_filter.Line();
+  if (!line.Percent()) return false;
+  line.Stop();
+  return true;
+}
+
 void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {
   std::vector<MenuItem> steps;
   if (const TracePane* const pane = ShownPane()) {

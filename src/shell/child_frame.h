@@ -26,6 +26,8 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   bool BeginsMaximised() const override;
   // Pop-up 144 and the steps that the pane offers, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
+  // Stops a filter text that is being applied.
+  bool OnEscape() override;
 
   bool IsTreeShown() const { return m_shown == kTree; }
   // As Text in the filter dialog of a pane.

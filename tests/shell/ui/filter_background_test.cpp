@@ -111,6 +111,20 @@ TEST_F(FilterBackground, EscapeInTheLineStopsATextAndTheNextOneClosesTheLine) {
   EXPECT_EQ(List().List().ItemCount(), kBlock * kBlocks);
 }
 
+TEST_F(FilterBackground, EscapeInTheRowsStopsATextAndLeavesTheLine) {
+  OpenLargeFileWithLine();
+  Type("text matches \"([a-z]+ )*needle\"");
+  QTest::keyClick(&Line().Edit(), Qt::Key_Return);
+  ASSERT_TRUE(List().FilterProgress());
+  List().List().SetFocus();
+  ASSERT_FALSE(Line().Edit().hasFocus());
+  for (int press = 0; press < 2; ++press)
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+  EXPECT_FALSE(List().FilterProgress());
+  EXPECT_EQ(List().List().ItemCount(), kBlock * kBlocks);
+  EXPECT_TRUE(Line().isVisible());
+}
+
 TEST_F(FilterBackground, AWindowIsClosedWhileItsTextIsApplied) {
   OpenLargeFileWithLine();
   Type("text matches \"([a-z]+ )*needle\"");

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <algorithm>
 
@@ -77,6 +78,12 @@ void ChildWindow::ShowControl(QWidget* control) {
   }
   control->show();
   m_room->setFocusProxy(control);
+}
+
+// Keys come here that no control has taken.
+void ChildWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape && m_child && m_child->OnEscape()) return;
+  QMdiSubWindow::keyPressEvent(event);
 }
 
 void ChildWindow::closeEvent(QCloseEvent* event) {

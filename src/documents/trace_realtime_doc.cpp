@@ -51,9 +51,9 @@ bool CTraceRealtimeDoc::ConnectToMachine(const std::string& machine) {
 void CTraceRealtimeDoc::Drain() {
   if (!m_connection) return;
   const bool live = IsLive();  // read once: the connection's thread may change it
-  const bool withholds = Counts().withheld > 0;
+  const Withheld withheld = HowWithheld();
   const bool isOther = std::exchange(m_notifiedLive, live) != live;
-  if (std::exchange(m_notifiedWithheld, withholds) != withholds || isOther) NotifyWhyEmpty();
+  if (std::exchange(m_notifiedWithheld, withheld) != withheld || isOther) NotifyWhyEmpty();
   if (!m_connection->HasTraces()) return;
   CTraceHint batch;
   do {
@@ -138,10 +138,20 @@ void CTraceRealtimeDoc::NotifyWhyEmpty() {
 std::string CTraceRealtimeDoc::WhyEmpty() const {
   if (!m_connection) return CTraceDoc::WhyEmpty();
   const char* why = "They show as soon as an application there sends some";
-  if (m_notifiedWithheld) why = "Some came, and the filter text withholds them at the source";
+  if (m_notifiedWithheld == Withheld::Now)
+    why = "Some came, and the filter text withholds them at the source";
+  if (m_notifiedWithheld == Withheld::Before)
+    why = "Some came earlier, and a filter text withheld them at the source";
   if (m_paused) why = "The display is paused: View > Pause goes on";
   if (!IsLive()) why = "Not connected: no trace service answers there, and it is asked again";
   return "Waiting for traces from " + m_machine + "\n" + why;
+}
+
+CTraceRealtimeDoc::Withheld CTraceRealtimeDoc::HowWithheld() const {
+  using Kind = SourceFilterState::Kind;
+  if (Counts().withheld == 0) return Withheld::Nothing;
+  const Kind kind = SourceFilter().kind;
+  return kind == Kind::InForce || kind == Kind::Asked ? Withheld::Now : Withheld::Before;
 }
 
 void CTraceRealtimeDoc::FilterAtSource(const std::string& text) {

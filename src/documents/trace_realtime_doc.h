@@ -68,6 +68,10 @@ class CTraceRealtimeDoc : public CTraceDoc {
 
  private:
   static constexpr std::size_t kTrimTraces = 100;
+  // Whether traces of this window stayed at the source: for the text that is there, or for one that
+  // is gone.
+  enum class Withheld { Nothing, Now, Before };
+  Withheld HowWithheld() const;
   void NotifyWhyEmpty();
   void Trim(CTraceHint* pending);
   bool BeginCapture(const std::string& name);
@@ -79,5 +83,5 @@ class CTraceRealtimeDoc : public CTraceDoc {
   std::string m_captureName;
   bool m_paused = false;
   bool m_notifiedLive = true;  // the value of IsLive that the views know
-  bool m_notifiedWithheld = false;
+  Withheld m_notifiedWithheld = Withheld::Nothing;
 };

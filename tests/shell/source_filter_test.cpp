@@ -103,10 +103,24 @@ TEST_F(SourceFilterTest, AnEmptyWindowSaysThatTracesAreWithheld) {
       dynamic_cast<CTraceRealtimeDoc&>(*m_app->MonitorTemplate()->Documents()[0]);
   EXPECT_EQ(monitor.WhyEmpty().find("withholds"), std::string::npos);
   m_service.Last().m_counts.withheld = 1;
-  Tick();
+  Answer(Kind::InForce);
   EXPECT_NE(monitor.WhyEmpty().find("Some came, and the filter text withholds them at the source"),
             std::string::npos)
       << monitor.WhyEmpty();
+}
+
+TEST_F(SourceFilterTest, AnEmptyWindowWhoseTextWentSaysThatTracesWereWithheldEarlier) {
+  CTraceRealtimeDoc& monitor =
+      dynamic_cast<CTraceRealtimeDoc&>(*m_app->MonitorTemplate()->Documents()[0]);
+  m_service.Last().m_counts.withheld = 1;
+  Answer(Kind::InForce);
+  for (const Kind kind : {Kind::None, Kind::Refused, Kind::Unknown}) {
+    Answer(kind);
+    EXPECT_EQ(monitor.WhyEmpty().find("withholds"), std::string::npos);
+    EXPECT_NE(monitor.WhyEmpty().find("Some came earlier, and a filter text withheld them"),
+              std::string::npos)
+        << monitor.WhyEmpty();
+  }
 }
 
 // It may show what the text of the first one would withhold.

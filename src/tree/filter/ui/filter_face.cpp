@@ -38,9 +38,10 @@ FilterFace::FilterFace(CFilterDialog& dialog, QWidget* parent)
   m_tree->setFocus();
 }
 
+// At the left, where a row of buttons has one that resets: it is no answer to the dialog.
 void FilterFace::AddAsText(QDialogButtonBox& buttons) {
   QPushButton* const asText =
-      AddButton(buttons, CFilterDialog::kIdAsText, "As &Text", QDialogButtonBox::ActionRole);
+      AddButton(buttons, CFilterDialog::kIdAsText, "As &Text", QDialogButtonBox::ResetRole);
   SetPlainToolTip(*asText,
                   "Filter by a text that shows the same traces, in the line above the rows");
   connect(asText, &QPushButton::clicked, this, [this] { Forward([&] { m_dialog.OnAsText(); }); });

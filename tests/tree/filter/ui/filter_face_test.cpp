@@ -274,6 +274,10 @@ TEST_F(FilterFaceTest, WhereALineTakesItTheTreeIsWrittenAsTextByAButton) {
               ASSERT_TRUE(button);
               EXPECT_EQ(button->text(), "As &Text");
               EXPECT_FALSE(button->isDefault());
+              auto* const ok = window.findChild<QPushButton*>("1");
+              auto* const row = button->parentWidget();
+              EXPECT_EQ(button->x(), 0) << "at the left of the row";
+              EXPECT_GT(ok->x(), row->width() / 2) << "those that answer at the right";
               EXPECT_FALSE(button->accessibleDescription().isEmpty());
               tree.expandAll();
               QTest::keyClick(&tree, Qt::Key_Home);

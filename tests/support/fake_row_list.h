@@ -86,6 +86,26 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
     }));
   }
 
+  RowRanges Selection() const override {
+    RowRanges rows;
+    for (const auto& [row, state] : m_states)
+      if (state & kRowSelected) rows.Add(row, row);
+    return rows;
+  }
+  void Select(const RowRanges& rows) override {
+    calls.push_back("select " + std::to_string(rows.Count()));
+    const int focused = NextItem(-1, kRowFocused);
+    const unsigned oldState = GetItemState(focused);
+    for (int row = 0; row < m_count; ++row) {
+      const unsigned kept = GetItemState(row) & kRowFocused;
+      m_states[row] = kept | (rows.Contains(row) ? unsigned{kRowSelected} : 0U);
+    }
+    std::erase_if(m_states, [](const auto& entry) { return entry.second == 0; });
+    Painted();
+    if (GetItemState(focused) != oldState)
+      m_owner.OnRowStateChanged(focused, oldState, GetItemState(focused));
+  }
+
   int TopIndex() const override { return m_top; }
   int CountPerPage() const override { return std::max(pageRows, 1); }
   void EnsureVisible(int row) override {

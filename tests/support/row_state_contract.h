@@ -157,6 +157,27 @@ TYPED_TEST_P(RowStateContract, StatesChangeAlsoWhileRedrawingIsOff) {
   EXPECT_EQ(this->States(5), "00300");
 }
 
+TYPED_TEST_P(RowStateContract, TheSelectionIsTakenAndGivenAsAWhole) {
+  this->Fill(8, 3);
+  for (const int row : {2, 4, 5}) this->List().SetItemState(row, kRowSelected, kRowSelected);
+  this->List().SetItemState(4, kRowFocused, kRowFocused);
+  this->List().DeleteRows(0, 1);
+  const RowRanges selected = this->List().Selection();
+  EXPECT_EQ(selected.Count(), 3);
+  for (const int row : {1, 3, 4}) EXPECT_TRUE(selected.Contains(row)) << row;
+  this->List().SetItemState(-1, 0, kRowSelected);
+  this->List().SetItemState(6, kRowSelected, kRowSelected);
+  this->m_owner.Reported();
+  this->List().Select(selected);
+  EXPECT_EQ(this->States(7), "0203200");
+  EXPECT_EQ(this->m_owner.Reported().size(), 1U) << "the row with the focus";
+  this->List().SetItemCount(4);
+  this->List().Select(selected);
+  EXPECT_EQ(this->List().SelectedCount(), 2) << "rows that do not exist are left out";
+  this->List().Select(RowRanges());
+  EXPECT_EQ(this->States(4), "0001");
+}
+
 REGISTER_TYPED_TEST_SUITE_P(RowStateContract, ANewListHasNoRowsNoFocusAndNoSelection,
                             RowsComeWithoutFocusSelectionOrAReport, FocusAndSelectionAreApart,
                             AChangeIsReportedBeforeTheCallReturnsAndOnlyOnce,
@@ -167,4 +188,5 @@ REGISTER_TYPED_TEST_SUITE_P(RowStateContract, ANewListHasNoRowsNoFocusAndNoSelec
                             DeletedRowsTakeTheirStateAlongAndThoseAfterThemMoveUpWithTheirs,
                             DeletingMoreRowsThanThereAreDeletesTheRest,
                             NextItemFindsTheNextRowWithAnyOfTheStates,
-                            ARowThatDoesNotExistIsIgnored, StatesChangeAlsoWhileRedrawingIsOff);
+                            ARowThatDoesNotExistIsIgnored, StatesChangeAlsoWhileRedrawingIsOff,
+                            TheSelectionIsTakenAndGivenAsAWhole);

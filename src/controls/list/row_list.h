@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "controls/list/list_columns.h"
+#include "controls/list/row_ranges.h"
 #include "docview/view.h"
 
 enum RowState : unsigned { kRowFocused = 1, kRowSelected = 2 };
@@ -85,6 +86,10 @@ class RowList : public ViewControl {
   // The first row after `after` (-1: from the start) with any of the states; -1 for none.
   virtual int NextItem(int after, unsigned states) const = 0;
   virtual int SelectedCount() const = 0;
+  // All selected rows at once, at the cost of their ranges. Select: these and no others; only the
+  // focused row is reported.
+  virtual RowRanges Selection() const = 0;
+  virtual void Select(const RowRanges& rows) = 0;
 
   // If the last row is visible the list is "at its end". It stays there with every change of its
   // size, shown or hidden: TopIndex() + CountPerPage() continues to reach ItemCount().

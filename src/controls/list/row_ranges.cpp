@@ -57,3 +57,11 @@ void RowRanges::Close(Row first, Row count) {
   for (const auto& [begin, end] : moved) m_count -= end - begin + 1;
   for (const auto& [begin, end] : moved) Add(begin - count, end - count);
 }
+
+RowRanges RowRanges::MovedBy(Row rows) const {
+  RowRanges moved;
+  moved.m_count = m_count;
+  for (const auto& [first, last] : m_lastByFirst)
+    moved.m_lastByFirst.emplace_hint(moved.m_lastByFirst.end(), first + rows, last + rows);
+  return moved;
+}

@@ -21,6 +21,8 @@ class RowRanges {
   void Remove(Row first, Row last);
   // Removes rows from the numbering: later rows move up by `count` with their membership.
   void Close(Row first, Row count);
+  // The same rows with other numbers. REQUIRES: no number becomes negative.
+  RowRanges MovedBy(Row rows) const;
 
  private:
   std::map<Row, Row> m_lastByFirst;

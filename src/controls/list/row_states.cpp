@@ -78,6 +78,14 @@ void RowStates::SetAll(unsigned state, unsigned mask) {
   m_repaint(0, m_count - 1);
 }
 
+void RowStates::Select(const RowRanges& rows) {
+  Change(m_focus, -1, [&] {
+    m_selected = rows.MovedBy(m_base);
+    m_selected.Remove(m_base + m_count, std::numeric_limits<Row>::max() - 1);
+  });
+  m_repaint(0, m_count - 1);
+}
+
 void RowStates::Pick(int row) {
   Change(m_base + row, row, [&] {
     m_selected.Clear();

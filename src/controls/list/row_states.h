@@ -38,6 +38,9 @@ class RowStates {
   // Changes by code.
   void Set(int row, unsigned state, unsigned mask);
   void SetAll(unsigned state, unsigned mask);
+  // Those that exist, and no others.
+  void Select(const RowRanges& rows);
+  RowRanges Selection() const { return m_selected.MovedBy(-m_base); }
 
   // Changes by the user; the row must exist.
   void Pick(int row);                 // selects it alone

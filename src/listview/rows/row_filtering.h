@@ -2,7 +2,7 @@
 //
 // Shape    The earlier rows are shown until there is a page of the new ones; these then grow at
 //          their end. The earlier rows are kept, and follow ticks and trims, until the new ones are
-//          complete: so a cancel brings them back. A second text begins while the rows of the first
+//          complete: so a cancel brings them back, with their selection. A second text begins while the rows of the first
 //          one are shown; the earlier rows stay those of the text that was in force.
 // Owner    Owned by the view; borrows the document and its traces.
 // Threads  Interface thread.
@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 
+#include "controls/list/row_ranges.h"
 #include "docview/host_timer.h"
 #include "listview/rows/nearest_row.h"
 #include "listview/rows/row_store.h"
@@ -19,6 +20,12 @@
 class CView;
 
 struct RowFiltering {
+  // Of rows by their numbers; -1: none has the focus.
+  struct States {
+    RowRanges selected;
+    int focus = -1;
+  };
+
   RowFiltering(const TraceList_t& traces, const CTraceFilter& filter, bool changed)
       : before(filter), changedBefore(changed), earlier(traces), fresh(traces), late(traces) {}
 
@@ -31,6 +38,11 @@ struct RowFiltering {
     sender = by;
     search.emplace(rows, target);
   }
+  // Around code that gives the focus: the user did not.
+  bool selecting = false;
+  void OnChosen() {
+    if (!selecting) earlierStates.reset();
+  }
   void EndSearch() {
     search.reset();
     wanted = nullptr;
@@ -38,6 +50,7 @@ struct RowFiltering {
   // Around the removal of traces from the shown rows. Remove takes one from the others.
   void BeforeRemoval(const CTraceHint& hint, int topNow);
   void Remove(const TraceEvent_i* event, bool oldest);
+  void OnEarlierGone(int row);
   void AfterRemoval(const RowStore& rows, int topNow);
 
   CTraceFilter before;  // in force until the new rows are complete
@@ -48,6 +61,8 @@ struct RowFiltering {
   bool kept = false;
   int earlierTop = 0;
   bool earlierAtEnd = false;  // they follow what comes
+  // None: the user has chosen another trace since they went.
+  std::optional<States> earlierStates;
   RowStore fresh;             // the new rows, until they are shown
   bool shown = false;
   RowStore late;  // rows of traces that came after the scan had begun: they follow on its rows

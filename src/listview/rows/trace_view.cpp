@@ -64,6 +64,7 @@ int CTraceView::RowListIcon(int row) {
 }
 
 void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState) {
+  if (m_filtering) m_filtering->OnChosen();
   if (oldState & kRowFocused) m_currentRow = -1;
   if (newState & kRowFocused) {
     m_currentRow = row;
@@ -75,7 +76,10 @@ void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState
 
 void CTraceView::OnRowClicked(int row) {
   // Also a row that has the focus already.
-  if (m_filtering) m_filtering->EndSearch();
+  if (m_filtering) {
+    m_filtering->OnChosen();
+    m_filtering->EndSearch();
+  }
   Follow(EventOfRow(row));
 }
 

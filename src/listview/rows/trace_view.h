@@ -91,6 +91,7 @@ class CTraceView : public TracePane, public RowListOwner {
   void RestoreRows();
   void LookForFocus(TraceScan::Clock::time_point until);
   void SelectFound(int row);
+  void ShowFound(int row, CView* sender);
   void FollowWhileFiltering(CView* sender, const TraceEvent_i& target);
   void ShowProgress();
   void AddWhileFiltering(const CTraceHint& hint);

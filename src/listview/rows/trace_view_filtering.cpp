@@ -112,12 +112,15 @@ void CTraceView::ShowProgress() {
 // The trace that has the focus keeps it; one that is still looked for is looked for in these rows.
 void CTraceView::ShowNewRows(bool whole) {
   RowFiltering& now = *m_filtering;
-  if (const TraceEvent_i* const current = CurrentEvent()) now.wanted = current;
+  const TraceEvent_i* const current = CurrentEvent();
   if (!std::exchange(now.kept, true)) {
+    if (current || !now.wanted)
+      now.earlierStates = {m_list->Selection(), current ? m_currentRow : -1};
     now.earlierTop = m_list->TopIndex();
     now.earlierAtEnd = AtBottom();
     now.earlier.TakeOver(m_rows);
   }
+  if (current) now.wanted = current;
   ShowRows(now.fresh, whole);
   now.shown = true;
   now.moved = false;
@@ -149,7 +152,11 @@ void CTraceView::CompleteRows() {
 
 void CTraceView::RestoreRows() {
   RowFiltering& now = *m_filtering;
-  if (const TraceEvent_i* const current = CurrentEvent()) now.wanted = current;
+  const auto states = std::exchange(now.earlierStates, std::nullopt);
+  if (states)
+    now.EndSearch();
+  else if (const TraceEvent_i* const current = CurrentEvent())
+    now.wanted = current;
   ShowRows(now.earlier, false);
   const int last = m_rows.Size() - 1;
   const int bottom = std::min(now.earlierTop + m_list->CountPerPage() - 1, last);
@@ -157,7 +164,12 @@ void CTraceView::RestoreRows() {
   now.top = m_list->TopIndex();
   now.moved = now.kept = false;
   now.shown = true;
-  if (now.wanted) now.LookFor(m_rows, *now.wanted, this);
+  if (states) {
+    m_list->Select(states->selected);
+    if (states->focus != -1) m_list->SetItemState(states->focus, kRowFocused, kRowFocused);
+  } else if (now.wanted) {
+    now.LookFor(m_rows, *now.wanted, this);
+  }
 }
 
 void CTraceView::AddWhileFiltering(const CTraceHint& hint) {
@@ -189,8 +201,14 @@ void CTraceView::SelectFound(int row) {
   CView* const sender = now.sender;
   now.EndSearch();
   m_currentRow = -1;
+  now.selecting = true;
   m_list->SetItemState(-1, 0, kFocusAndSelection);
-  if (row == -1) return;
+  if (row != -1) ShowFound(row, sender);
+  now.selecting = false;
+}
+
+void CTraceView::ShowFound(int row, CView* sender) {
+  RowFiltering& now = *m_filtering;
   // It may be a row that was not counted yet.
   if (m_list->ItemCount() != m_rows.Size()) m_list->SetItemCount(m_rows.Size());
   now.NoteTop(m_list->TopIndex());
@@ -203,6 +221,7 @@ void CTraceView::SelectFound(int row) {
 
 void CTraceView::FollowWhileFiltering(CView* sender, const TraceEvent_i& target) {
   RowFiltering& now = *m_filtering;
+  now.OnChosen();
   now.LookFor(m_rows, target, sender);
   now.moved = false;
   now.top = m_list->TopIndex();

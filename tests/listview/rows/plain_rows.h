@@ -26,6 +26,8 @@ class PlainRows {
   }
   // The list was emptied and filled anew, with this many rows of the pass, or with all.
   void Show(std::size_t count) {
+    if (m_pass && !m_pass->isKept && (m_focus || !m_wanted))
+      m_pass->before = States{m_focus, m_selected};
     ForgetStates();
     if (!m_pass) return;
     m_pass->isKept = m_pass->isShown = true;
@@ -44,6 +46,11 @@ class PlainRows {
   void Cancel() {
     if (!m_pass) return;
     if (m_pass->isKept) ForgetStates();
+    if (m_pass->isKept && m_pass->before) {
+      m_focus = m_pass->before->focus;
+      m_selected = m_pass->before->selected;
+      m_wanted = nullptr;
+    }
     m_pass.reset();
     m_shown = m_complete;
   }
@@ -70,6 +77,10 @@ class PlainRows {
     for (Events* const rows : {&m_complete, &m_shown}) std::erase(*rows, event);
     if (m_pass) std::erase(m_pass->rows, event);
     if (m_pass) std::erase(m_pass->late, event);
+    if (m_pass && m_pass->before) {
+      m_pass->before->selected.erase(event);
+      if (m_pass->before->focus == event) m_pass->before->focus = nullptr;
+    }
     if (m_focus == event) m_focus = nullptr;
     if (m_wanted == event) m_wanted = nullptr;
     m_selected.erase(event);
@@ -79,9 +90,11 @@ class PlainRows {
     if (!adds) m_selected.clear();
     m_selected.insert(m_focus);
     m_wanted = nullptr;
+    if (m_pass) m_pass->before.reset();
   }
   void Follow(Event target) {
     m_wanted = target;
+    if (m_pass) m_pass->before.reset();
     Decide();
   }
   // The wanted trace, or the nearest by number, once the rows tell which. None of all rows: none.
@@ -106,10 +119,16 @@ class PlainRows {
   bool IsSelected(Event event) const { return m_selected.contains(event); }
 
  private:
+  struct States {
+    Event focus;
+    std::set<Event> selected;
+  };
   struct Pass {
     Events rows, late;
     bool isKept = false;   // other rows are shown than those that are in force
     bool isShown = false;  // and they are those of this pass
+    std::optional<States> before =
+        {};  // of the rows that are in force, unless the user chose since
   };
 
   static std::ptrdiff_t Place(std::size_t count) { return static_cast<std::ptrdiff_t>(count); }

@@ -149,6 +149,29 @@ TEST_F(TraceViewCancel, AListThatTheUserScrolledComesBackWhereItWas) {
   EXPECT_EQ(m_list->TopIndex(), 7);
 }
 
+TEST_F(TraceViewCancel, SeveralSelectedRowsAreSelectedAgainWithoutThoseThatWereTrimmed) {
+  OpenRows(20);
+  for (const int row : {1, 5, 6, 9}) m_list->SetItemState(row, kRowSelected, kRowSelected);
+  m_list->SetItemState(12, kRowFocused, kRowFocused);
+  ASSERT_NO_FATAL_FAILURE(ShowSomeRows());
+  EXPECT_EQ(m_list->SelectedCount(), 0);
+  Trim(3);
+  m_view->CancelFilter();
+  EXPECT_EQ(States(), "2 selected 3 selected 6 selected 9 focused");
+  ASSERT_TRUE(m_view->CurrentEvent());
+  EXPECT_EQ(m_view->RowListText(9, Column::Count), "13");
+}
+
+TEST_F(TraceViewCancel, ATraceThatTheUserChoseMeanwhileStaysTheOnlySelectedOne) {
+  OpenRows(20);
+  for (const int row : {1, 5, 6}) m_list->SetItemState(row, kRowSelected, kRowSelected);
+  ASSERT_NO_FATAL_FAILURE(ShowSomeRows());
+  Focus(2);
+  m_view->CancelFilter();
+  m_host.RunPosted();
+  EXPECT_EQ(States(), "2 focused selected");
+}
+
 TEST_F(TraceViewCancel, AWindowBehindAnotherOneIsToldThatAClearEndsThePass) {
   OpenRows(20);
   ASSERT_NO_FATAL_FAILURE(ShowSomeRows());

@@ -38,6 +38,8 @@ class QtRowList final : public QAbstractScrollArea, public RowList, public QtCon
   unsigned GetItemState(int row) const override { return m_states.StateOf(row); }
   int NextItem(int after, unsigned states) const override { return m_states.Next(after, states); }
   int SelectedCount() const override { return m_states.SelectedCount(); }
+  RowRanges Selection() const override { return m_states.Selection(); }
+  void Select(const RowRanges& rows) override { m_states.Select(rows); }
   int TopIndex() const override;
   int CountPerPage() const override { return m_pageRows; }
   void EnsureVisible(int row) override;

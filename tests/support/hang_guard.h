@@ -3,11 +3,12 @@
 //
 // Shape    After some time every dialog and every menu that is open is named in a failure and
 //          closed, again each second, so that the test goes on and ends. Where no events run any
-//          more the program says which test it was in, and aborts.
+//          more the program says which test it was in and where, and aborts.
 // Owner    main() hands it to the test framework, which deletes it.
 // Threads  The test's only. It uses SIGALRM.
 #pragma once
 
+#include <execinfo.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
@@ -58,6 +59,9 @@ class HangGuard final : public testing::EmptyTestEventListener {
     std::size_t length = 0;
     while (words[length] != '\0') ++length;
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, words.data(), length);
+    std::array<void*, 64> frames{};
+    const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
+    backtrace_symbols_fd(frames.data(), count, STDERR_FILENO);
     abort();
   }
   static void CloseAll() {

@@ -2,8 +2,9 @@
 //
 // Shape    The earlier rows are shown until there is a page of the new ones; these then grow at
 //          their end. The earlier rows are kept, and follow ticks and trims, until the new ones are
-//          complete: so a cancel brings them back, with their selection. A second text begins while the rows of the first
-//          one are shown; the earlier rows stay those of the text that was in force.
+//          complete: so a cancel brings them back, with their selection. A second text begins while
+//          the rows of the first one are shown; the earlier rows stay those of the text that was in
+//          force.
 // Owner    Owned by the view; borrows the document and its traces.
 // Threads  Interface thread.
 #pragma once
@@ -63,7 +64,7 @@ struct RowFiltering {
   bool earlierAtEnd = false;  // they follow what comes
   // None: the user has chosen another trace since they went.
   std::optional<States> earlierStates;
-  RowStore fresh;             // the new rows, until they are shown
+  RowStore fresh;  // the new rows, until they are shown
   bool shown = false;
   RowStore late;  // rows of traces that came after the scan had begun: they follow on its rows
 

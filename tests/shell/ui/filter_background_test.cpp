@@ -1,17 +1,12 @@
 // A filter text that is applied to millions of traces, in a real window: how long the window stands
 // still, the progress in the line, and what Escape leaves.
-#include <QElapsedTimer>
-#include <fstream>
-
-#include "shell/child_frame.h"
-#include "shell/filterline/ui/filter_line_widget.h"
-#include "shell_fixture.h"
+#include "filter_background_fixture.h"
 
 namespace {
 
 constexpr int kBlock = 1000, kBlocks = 2200;
 
-class FilterBackground : public ShellTest {
+class FilterBackground : public FilterBackgroundTest {
  protected:
   // Of each thousand traces one has "needle"; the others stand in a text that is searched slowly.
   std::string LargeFile() {
@@ -29,44 +24,10 @@ class FilterBackground : public ShellTest {
     return path;
   }
   CTraceView& List() { return *View(*Frame().MDIGetActive()); }
-  FilterLineWidget& Line() {
-    return *static_cast<FilterLineWidget*>(
-        Front()->findChildren<QWidget*>(QStringLiteral("filter line")).front());
-  }
-  void Type(const char* text) {
-    Line().Edit().setText({});
-    QTest::keyClicks(&Line().Edit(), QString::fromLatin1(text));
-  }
   void OpenLargeFileWithLine() {
-    Start();
-    Open(LargeFile());
+    OpenWithLine(LargeFile());
     ASSERT_EQ(List().List().ItemCount(), kBlock * kBlocks);
-    Frame().OnCommand(ID_VIEW_FILTERTEXT);
-    Settle();
   }
-};
-
-// What the event loop does while a text is applied.
-struct Watch {
-  explicit Watch(CTraceView& list) {
-    clock.start();
-    last = clock.nsecsElapsed();
-    timer.callOnTimeout([this, &list] {
-      const qint64 now = clock.nsecsElapsed();
-      longest = std::max(longest, now - last);
-      last = now;
-      if (!list.FilterProgress()) return;
-      ++turns;
-      if (list.List().ItemCount() != count) ++growths;
-      count = list.List().ItemCount();
-      if (firstRows == 0 && count != kBlock * kBlocks) firstRows = now;
-    });
-    timer.start(0);
-  }
-  QElapsedTimer clock;
-  QTimer timer;
-  qint64 last = 0, longest = 0, firstRows = 0;
-  int turns = 0, growths = 0, count = kBlock * kBlocks;
 };
 
 }  // namespace
@@ -74,21 +35,27 @@ struct Watch {
 TEST_F(FilterBackground, TheLoopOfTheWindowGoesOnWhileMillionsOfTracesAreFiltered) {
   OpenLargeFileWithLine();
   Type("text matches \"([a-z]+ )*needle\"");
-  Watch watch(List());
+  qint64 firstRows = 0;
+  int growths = 0, count = kBlock * kBlocks;
+  LoopWatch watch(List(), [&] {
+    const int now = List().List().ItemCount();
+    if (now != std::exchange(count, now)) ++growths;
+    if (firstRows == 0 && growths > 0) firstRows = watch.Now();
+  });
   QTest::keyClick(&Line().Edit(), Qt::Key_Return);
-  const qint64 key = watch.clock.nsecsElapsed();
+  const qint64 key = watch.Now();
   EXPECT_TRUE(Line().Bar().isVisible());
   EXPECT_TRUE(Line().StopButton().isVisible());
   ASSERT_TRUE(Until([this] { return !List().FilterProgress(); }));
-  const qint64 all = watch.clock.nsecsElapsed();
+  const qint64 all = watch.Now();
   EXPECT_EQ(List().List().ItemCount(), kBlocks);
   EXPECT_EQ(List().RowListText(kBlocks - 1, Column::Trace), "a needle");
   EXPECT_FALSE(Line().Bar().isVisible());
-  EXPECT_GE(watch.turns, 3) << "turns of the loop while the text was applied";
-  EXPECT_GE(watch.growths, 1) << "rows show before all of them are there";
+  EXPECT_GE(watch.Turns(), 3) << "turns of the loop while the text was applied";
+  EXPECT_GE(growths, 1) << "rows show before all of them are there";
   std::cout << "filter in a window: the key " << key / 1000 << " us, first rows "
-            << watch.firstRows / 1000 << " us, all " << all / 1000 << " us, longest stillness "
-            << watch.longest / 1000 << " us, " << watch.turns << " turns, " << watch.growths
+            << firstRows / 1000 << " us, all " << all / 1000 << " us, longest stillness "
+            << watch.Longest() / 1000 << " us, " << watch.Turns() << " turns, " << growths
             << " times rows\n";
 }
 

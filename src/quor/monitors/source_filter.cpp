@@ -10,6 +10,8 @@ namespace {
 
 // The clock of the thread is a system call.
 constexpr std::size_t kRecordsPerClock = 64;
+// A client may hand over one text after the other.
+constexpr std::chrono::minutes kReportAgain{10};
 
 // Calls `take(record)` for each record, without its tag.
 template <class Take>
@@ -51,8 +53,7 @@ class Runs {
 
 void FilterNames::Learn(const Batch& batch) {
   if (m_generation != m_names.Generation()) {
-    m_map.clear();
-    m_known.Clear();
+    Forget();
     m_generation = m_names.Generation();
   }
   for (const HubNameId id : batch.names) {
@@ -62,13 +63,23 @@ void FilterNames::Learn(const Batch& batch) {
   }
 }
 
+void FilterNames::Forget() {
+  m_map.clear();
+  m_known.Clear();
+}
+
+void FilterAccount::ReportBusy(WorkShare::Clock::time_point now) {
+  if (m_reportedAt && now - *m_reportedAt < kReportAgain) return;
+  m_reportedAt = now;
+  Log(LogLevel::Warning, "a filter text of " + m_label +
+                             " takes too long: traces that it cannot be asked about are delivered");
+}
+
 SourceFilter::SourceFilter(WhereProgramPtr program, FilterMeans& means,
-                           std::shared_ptr<WorkShare> account, std::string label,
-                           std::function<void()> onEnd)
+                           std::shared_ptr<FilterAccount> account, std::function<void()> onEnd)
     : m_program(std::move(program)),
       m_means(means),
       m_account(std::move(account)),
-      m_label(std::move(label)),
       m_onEnd(std::move(onEnd)) {}
 
 SharedBatch SourceFilter::Of(const SharedBatch& batch) {
@@ -83,7 +94,7 @@ SharedBatch SourceFilter::Ask(const SharedBatch& batch) {
   if (batch->traces == 0) return batch;
   m_means.known.Learn(*batch);
   const auto now = WorkShare::Clock::now();
-  const std::int64_t left = std::min(m_account->Left(now), m_means.all.Left(now));
+  const std::int64_t left = std::min(m_account->share.Left(now), m_means.all.Left(now));
   if (left <= 0) {
     m_unasked += batch->traces;
     ReportBusy();
@@ -98,7 +109,7 @@ SharedBatch SourceFilter::Ask(const SharedBatch& batch) {
   const std::uint64_t withheld = Judge(*batch, began + static_cast<std::uint64_t>(left));
   SharedBatch answer = withheld == 0 ? batch : Rest(*batch);
   const auto worked = static_cast<std::int64_t>(ThreadNanoseconds() - began);
-  m_account->Worked(worked);
+  m_account->share.Worked(worked);
   m_means.all.Worked(worked);
   return answer;
 }
@@ -152,10 +163,4 @@ SharedBatch SourceFilter::Rest(const Batch& batch) const {
   }
   for (const auto& source : batch.forgotten) builder.AppendForgotten(source);
   return builder.Seal();
-}
-
-void SourceFilter::ReportBusy() {
-  if (std::exchange(m_reportedBusy, true)) return;
-  Log(LogLevel::Warning, "a filter text of " + m_label +
-                             " takes too long: traces that it cannot be asked about are delivered");
 }

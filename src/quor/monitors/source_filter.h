@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,8 @@ class FilterNames {
   explicit FilterNames(const HubNames& names) : m_names(names) {}
   // Enters those of the batch.
   void Learn(const Batch& batch);
+  // Nobody asks any more. REQUIRES: no filter is left.
+  void Forget();
   const NameMap& Map() const { return m_map; }
   std::uint32_t Generation() const { return m_generation; }
 
@@ -37,11 +40,26 @@ class FilterNames {
   std::uint32_t m_generation = 0;
 };
 
-// What all filters share, and what those of an account do.
+// What all filters share.
 struct FilterMeans {
   HubNames& names;
   FilterNames known{names};
-  WorkShare all{2};
+  WorkShare all{2}, making{2};
+};
+
+// What the filters of an account share.
+class FilterAccount {
+ public:
+  // `label`: "a monitor of account alice"
+  explicit FilterAccount(std::string label) : m_label(std::move(label)) {}
+  // Says in the log that a text takes too long, and not again for a while.
+  void ReportBusy(WorkShare::Clock::time_point now);
+
+  WorkShare share{4};
+
+ private:
+  const std::string m_label;
+  std::optional<WorkShare::Clock::time_point> m_reportedAt;
 };
 
 class SourceFilter {
@@ -49,9 +67,9 @@ class SourceFilter {
   // PCRE2 counts the steps anew at each place of a text: together some milliseconds at most.
   static constexpr WhereBounds kBounds{.steps = 5'000, .textBytes = 1024};
 
-  // `account`: its share of the thread. `onEnd`: at the end of the last monitor with this text.
-  SourceFilter(WhereProgramPtr program, FilterMeans& means, std::shared_ptr<WorkShare> account,
-               std::string label, std::function<void()> onEnd);
+  // `onEnd`: at the end of the last monitor with this text.
+  SourceFilter(WhereProgramPtr program, FilterMeans& means, std::shared_ptr<FilterAccount> account,
+               std::function<void()> onEnd);
   ~SourceFilter() { m_onEnd(); }
   SourceFilter(const SourceFilter&) = delete;
   SourceFilter& operator=(const SourceFilter&) = delete;
@@ -69,17 +87,15 @@ class SourceFilter {
   std::uint64_t Judge(const Batch& batch, std::uint64_t endNs);
   bool Passes(const std::uint8_t* record);
   SharedBatch Rest(const Batch& batch) const;
-  void ReportBusy();
+  void ReportBusy() const { m_account->ReportBusy(WorkShare::Clock::now()); }
 
   const WhereProgramPtr m_program;
   FilterMeans& m_means;
-  const std::shared_ptr<WorkShare> m_account;
-  const std::string m_label;
+  const std::shared_ptr<FilterAccount> m_account;
   const std::function<void()> m_onEnd;
   std::unique_ptr<WhereMatcher> m_matcher;  // of the current generation of names
   std::uint32_t m_generation = 0;
   std::vector<bool> m_passes;  // by record, of the batch that is judged
   SharedBatch m_asked, m_answer;
   std::uint64_t m_unasked = 0;
-  bool m_reportedBusy = false;
 };

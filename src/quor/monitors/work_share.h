@@ -25,6 +25,10 @@ class WorkShare {
     return m_left;
   }
   void Worked(std::int64_t ns) { m_left -= ns; }
+  // Nanoseconds until at least `least` may be worked; 0: now.
+  std::int64_t WaitFor(std::int64_t least, Clock::time_point now) {
+    return std::max<std::int64_t>(0, (least - Left(now)) * m_part);
+  }
 
  private:
   std::int64_t m_part;

@@ -53,6 +53,7 @@ Connection::Connection(std::shared_ptr<ByteStream> stream, Handler& handler,
       m_handler(&handler),
       m_limits(limits),
       m_timer(m_stream->Executor()),
+      m_rest(m_stream->Executor()),
       m_lastWrite(Clock::now()) {}
 
 std::shared_ptr<Connection> Connection::Start(std::shared_ptr<ByteStream> stream, Handler& handler,
@@ -114,6 +115,7 @@ void Connection::TakeFrames() {
     const std::optional<Frame> frame = m_reader.Next();
     if (!frame) break;
     if (frame->type != FrameType::Heartbeat) m_handler->OnFrame(*frame);
+    if (m_rests) return;
     if (Clock::now() >= until) return TakeFramesLater();
   }
   if (!m_reader.Error().empty()) return Fail("malformed: " + m_reader.Error());
@@ -125,6 +127,19 @@ void Connection::TakeFramesLater() {
     if (self->m_ended) return;
     self->m_lastRead = self->m_runningTime.Now();  // it is not silent: it waits for us
     self->TakeFrames();
+  });
+}
+
+void Connection::Rest(std::chrono::nanoseconds time) {
+  if (!m_handler) return;
+  m_rests = true;
+  m_rest.expires_after(time);
+  m_rest.async_wait([self = shared_from_this()](const std::error_code& error) {
+    if (error || self->m_ended) return;
+    self->m_lastRead = self->m_runningTime.Now();
+    self->m_rests = false;
+    if (self->m_handler) self->m_handler->OnRested();
+    if (!self->m_rests && !self->m_ended) self->TakeFrames();
   });
 }
 
@@ -174,7 +189,7 @@ void Connection::OnTick() {
   if (m_ending && now > m_endBy) return Close();
   if (!m_writing.empty() && now - m_writeBegan > m_limits.writeDeadline)
     return Fail("the peer has read nothing for " + Seconds(m_limits.writeDeadline));
-  if (now - m_lastRead > m_limits.silenceDeadline)
+  if (!m_rests && now - m_lastRead > m_limits.silenceDeadline)
     return Fail("the peer has sent nothing for " + Seconds(m_limits.silenceDeadline));
   if (m_handler && m_writing.empty() && Clock::now() - m_lastWrite >= m_limits.heartbeat) {
     static const SharedBytes beat = ShareBytes(EncodeFrame(FrameType::Heartbeat, Bytes()));
@@ -195,6 +210,7 @@ void Connection::Close() {
   m_handler = nullptr;
   m_queue.clear();  // m_writing stays: the stream may still read it
   m_timer.cancel();
+  m_rest.cancel();
   m_stream->Close();
 }
 

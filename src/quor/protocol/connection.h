@@ -43,6 +43,8 @@ class Connection final : public std::enable_shared_from_this<Connection> {
     virtual void OnFrame(const Frame& frame) = 0;
     // A write has ended: QueuedBytes() has become smaller.
     virtual void OnWritten() {}
+    // The rest that it asked for is over.
+    virtual void OnRested() {}
     virtual void OnClosed(const std::string& reason) = 0;
 
    protected:
@@ -64,6 +66,9 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   bool IsOpen() const { return m_handler != nullptr; }
   // From now on a longer frame is an error, see FrameReader::Limit.
   void LimitFrames(std::size_t bytes) { m_reader.Limit(bytes); }
+  // Within OnFrame or OnRested: no frame is taken for so long. Then OnRested is called, and the
+  // frames go on. The peer does not count as silent meanwhile.
+  void Rest(std::chrono::nanoseconds time);
 
   void Close();
   // Sends what is queued, ends its side, and gives the peer a second to read it.
@@ -91,8 +96,8 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   std::deque<SharedBytes> m_queue;     // not yet given to the stream
   std::vector<SharedBytes> m_writing;  // the write in progress
   std::size_t m_queuedBytes = 0;
-  bool m_ending = false, m_ended = false;
-  asio::steady_timer m_timer;
+  bool m_ending = false, m_ended = false, m_rests = false;
+  asio::steady_timer m_timer, m_rest;
   RunningTime m_runningTime;
   Clock::duration m_lastRead{0}, m_writeBegan{0}, m_endBy{0};  // in lived time
   Clock::time_point m_lastWrite;  // in the steady clock, because the peer waits for a sign of life

@@ -126,7 +126,23 @@ void ClientSession::Refuse(ErrorCode code, const std::string& text) {
   OnClosed("refused: " + text);
 }
 
+Account ClientSession::OwnAccount() const {
+  return m_peer.isRestricted && m_peer.uid ? m_context.accounts.Of(*m_peer.uid) : Account{};
+}
+
+// Many clients may hand over texts that take long to make, all at the same time.
+bool ClientSession::PutsOff(const Request& request) {
+  const std::string& text = request.set_filter().text();
+  if (text.empty() || !RoleAllows(m_role, ROLE_MONITOR)) return false;
+  const auto wait = m_context.filters.WaitFor(OwnAccount(), text);
+  if (wait.count() == 0) return false;
+  m_putOff = request;
+  m_connection->Rest(wait);
+  return true;
+}
+
 void ClientSession::Answer(const Request& request) {
+  if (PutsOff(request)) return;
   Response response;
   response.set_id(request.id());
   if (request.what_case() == Request::WHAT_NOT_SET)
@@ -184,13 +200,11 @@ bool ClientSession::ServeStream(const Request& request, Response* response) {
 
 bool ClientSession::SetFilter(const std::string& text, Response* response) {
   WhereError error;
-  const Account account =
-      m_peer.isRestricted && m_peer.uid ? m_context.accounts.Of(*m_peer.uid) : Account{};
   // In its place the new one may be within the bound of the account.
   m_filter.reset();
   if (m_monitor) m_monitor->SetFilter(nullptr);
   if (text.empty()) return true;
-  m_filter = m_context.filters.Open(account, text, error);
+  m_filter = m_context.filters.Open(OwnAccount(), text, error);
   if (!m_filter) {
     response->set_place(static_cast<std::uint32_t>(error.place));
     response->set_length(static_cast<std::uint32_t>(error.length));

@@ -8,6 +8,8 @@
 // Threads  The service's one thread.
 #pragma once
 
+#include <utility>
+
 #include "quor/forwarding/forward_inlet.h"
 #include "quor/hub/hub.h"
 #include "quor/monitors/monitor_stream.h"
@@ -75,6 +77,7 @@ class ClientSession final : public Connection::Handler,
  private:
   void OnFrame(const Frame& frame) override;
   void OnWritten() override;
+  void OnRested() override { Answer(std::exchange(m_putOff, {})); }
   void OnClosed(const std::string& reason) override;
   void End(const std::string& why);
   void Greet(const Frame& frame);
@@ -82,6 +85,8 @@ class ClientSession final : public Connection::Handler,
   void Answer(const quor::wire::Request& request);
   bool Serve(const quor::wire::Request& request, quor::wire::Response* response);
   bool ServeStream(const quor::wire::Request& request, quor::wire::Response* response);
+  Account OwnAccount() const;
+  bool PutsOff(const quor::wire::Request& request);
   bool SetFilter(const std::string& text, quor::wire::Response* response);
   // Its name for the inlet of forwarded streams; a local client is identified by its process.
   std::string Forwarder() const { return m_peer.local ? m_peer.label : m_peer.name; }
@@ -98,6 +103,7 @@ class ClientSession final : public Connection::Handler,
   std::shared_ptr<Connection> m_connection;
   quor::wire::Role m_role = quor::wire::ROLE_NONE;  // granted
   std::shared_ptr<SourceFilter> m_filter;           // of the monitor
+  quor::wire::Request m_putOff;                     // is answered when the connection has rested
   std::unique_ptr<MonitorStream> m_monitor;
   std::shared_ptr<ForwardInlet::Stream> m_forwarded;
   std::string m_forwardedId;

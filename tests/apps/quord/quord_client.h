@@ -48,12 +48,18 @@ class QuordClient final : public CheckedMonitor {
     return WaitFor([&] { return Pump(), welcomed || ended; }) && welcomed;
   }
   Response Ask(Request request) {
+    Begin(std::move(request));
+    EXPECT_TRUE(WaitFor([&] { return Pump(), IsAnswered() || ended; }));
+    return m_answer;
+  }
+  // The same without waiting; call Pump until it is answered.
+  void Begin(Request request) {
     request.set_id(++m_id);
     Send(FrameType::Request, request);
     m_answer.Clear();
-    EXPECT_TRUE(WaitFor([&] { return Pump(), m_answer.id() == m_id || ended; }));
-    return m_answer;
   }
+  bool IsAnswered() const { return m_answer.id() == m_id; }
+  const Response& Answer() const { return m_answer; }
   // Connects, sends the hello and subscribes, as soon as the service accepts connections.
   bool Monitor(const std::string& path) {
     if (!WaitFor([&] { return Connect(path); }) || !Hello(quor::wire::ROLE_MONITOR)) return false;

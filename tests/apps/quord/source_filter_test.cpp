@@ -1,5 +1,6 @@
 // Monitors that hand a filter text to a real service: what real programs traced is delivered,
 // withheld or lost, to the trace, whatever dies, waits or changes meanwhile.
+#include <list>
 #include <quor/quor.hpp>
 #include <random>
 
@@ -268,6 +269,37 @@ TEST_F(AtSourceOfMachine, AnAccountIsWithheldOnlyWhatIsItsOwn) {
   }
   watcher.Go();
   EXPECT_EQ(watcher.Wait(), 0);
+}
+
+// Each text takes long to make, and no two are equal.
+TEST_F(AtSource, TextsOfManyClientsHoldUpNobodyAndAllAreTaken) {
+  quord.Start();
+  std::list<QuordClient> clients(32);
+  QuordClient other;
+  for (QuordClient& client : clients)
+    ASSERT_TRUE(client.Connect(quord.SocketPath()) && client.Hello(quor::wire::ROLE_MONITOR));
+  ASSERT_TRUE(other.Connect(quord.SocketPath()) && other.Hello(quor::wire::ROLE_MONITOR));
+  int number = 0;
+  for (QuordClient& client : clients) {
+    std::string text;
+    for (int test = 0; test < 4; ++test)
+      text += std::string(test == 0 ? "" : " or ") + "text matches \"" + std::to_string(++number) +
+              "(?:(?:[a-f]{1,20}|\\p{L}x){1,30}y){1,20}\"";
+    Request request;
+    request.mutable_set_filter()->set_text(text);
+    client.Begin(request);
+  }
+  EXPECT_EQ(other.Ask(ListRequest()).error(), quor::wire::ERROR_NONE);
+  std::size_t answered = 0;
+  for (QuordClient& client : clients) {
+    client.Pump();
+    answered += client.IsAnswered() ? 1 : 0;
+  }
+  EXPECT_LT(answered, clients.size() / 2);
+  for (QuordClient& client : clients) {
+    EXPECT_TRUE(WaitFor([&] { return client.Pump(), client.IsAnswered(); }));
+    EXPECT_EQ(client.Answer().text(), "");
+  }
 }
 
 }  // namespace

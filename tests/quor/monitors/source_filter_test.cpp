@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <random>
+#include <thread>
 
 #include "base/thread_time.h"
 #include "quor/hub/hub_fixture.h"
@@ -231,6 +233,74 @@ TEST_F(SourceFilterTest, AHostileExpressionTakesNoMoreThanTheShareOfItsAccount) 
   EXPECT_GT(filter->Unasked(), 0u);
 }
 
+// Texts of many clients, all handed over between two looks at the rings.
+TEST_F(SourceFilterTest, TheMakingOfTextsHasAShareOfTheTimeWhoeverWantsThem) {
+  constexpr uid_t kMost = 20'000;
+  const auto began = WorkShare::Clock::now();
+  const std::uint64_t begunNs = ThreadNanoseconds();
+  std::uint64_t longestNs = 0;
+  uid_t made = 0;
+  for (; made < kMost; ++made) {
+    const Account account{made, "account" + std::to_string(made)};
+    const std::string text = "text matches \"" + std::to_string(made) + "(x|yz)+[a-f]*\"";
+    const std::uint64_t before = ThreadNanoseconds();
+    if (m_filters.WaitFor(account, text).count() > 0) break;
+    ASSERT_TRUE(Open(text, account));
+    longestNs = std::max(longestNs, ThreadNanoseconds() - before);
+  }
+  const std::uint64_t workedNs = ThreadNanoseconds() - begunNs;
+  const auto passedNs =
+      static_cast<std::uint64_t>(std::chrono::nanoseconds(WorkShare::Clock::now() - began).count());
+  EXPECT_GT(made, 1u);
+  EXPECT_TRUE(made < kMost || workedNs < passedNs / 2) << "others had the processor";
+  // And what it takes to ask.
+  EXPECT_LT(workedNs, 2 * (std::uint64_t{WorkShare::kBurstNs} + passedNs / 2 + longestNs));
+}
+
+TEST_F(SourceFilterTest, AnAccountDeepInDebtWaitsAndOthersDoNot) {
+  const Account alice{1000, "alice"}, bob{1001, "bob"};
+  const auto kept = Open("pid == 1", alice);
+  m_filters.SharesOf(alice)->share.Worked(3 * WorkShare::kBurstNs);
+  EXPECT_GT(m_filters.WaitFor(alice, "pid == 2").count(), 0);
+  EXPECT_EQ(m_filters.WaitFor(alice, "pid == 1").count(), 0) << "it is made";
+  EXPECT_EQ(m_filters.WaitFor(bob, "pid == 2").count(), 0);
+}
+
+TEST_F(SourceFilterTest, TheLogSaysOnceInAWhileThatTextsOfAnAccountTakeTooLong) {
+  const auto now = WorkShare::Clock::now();
+  FilterAccount alice("a monitor of account alice"), bob("a monitor of account bob");
+  testing::internal::CaptureStderr();
+  for (const int minutes : {0, 1, 9, 10, 11, 19})
+    alice.ReportBusy(now + std::chrono::minutes(minutes));
+  bob.ReportBusy(now);
+  const std::string log = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 3) << log;
+  EXPECT_NE(log.find("a filter text of a monitor of account bob takes too long"), log.npos);
+}
+
+TEST_F(SourceFilterTest, TheNamesGoWithTheLastTextAndAreLearnedAnew) {
+  FedSource one(m_hub, "orders");
+  one.Name(9, "Other");
+  for (int round = 0; round < 2; ++round) {
+    TakingStream stream(m_hub);
+    {
+      const auto filter = Open("component == Net");
+      EXPECT_EQ(m_filters.NamesHeld(), 0u);
+      stream.change = [&](const SharedBatch& batch) { return filter->Of(batch); };
+      one.Trace("a");
+      one.Trace("b", {.component = AppNameId{9}});
+      stream.Deliver();
+      filter->ForgetBatch();
+      EXPECT_GT(m_filters.NamesHeld(), 0u);
+      stream.change = nullptr;
+    }
+    EXPECT_EQ(m_filters.NamesHeld(), 0u);
+    stream.Read();
+    EXPECT_EQ(stream.Delivered(), 1u);
+    EXPECT_EQ(stream.Withheld(), 1u);
+  }
+}
+
 TEST_F(SourceFilterTest, ATextThatIsNotTakenHasItsPlaceAndReason) {
   EXPECT_FALSE(Open("delta > 5ms"));
   EXPECT_EQ(m_error,
@@ -268,6 +338,11 @@ TEST(WorkShare, APartOfTheTimeMayBeUsedAndWhatWasUsedTooMuchIsADebt) {
   EXPECT_EQ(share.Left(begin + 8ms), -1'000'000);
   EXPECT_EQ(share.Left(begin + 16ms), 1'000'000);
   EXPECT_EQ(share.Left(begin + 1h), WorkShare::kBurstNs);
+  share.Worked(WorkShare::kBurstNs + 1'000'000);
+  EXPECT_EQ(share.WaitFor(0, begin + 1h), 4'000'000);
+  EXPECT_EQ(share.WaitFor(-1'000'000, begin + 1h), 0);
+  EXPECT_EQ(share.WaitFor(0, begin + 1h + 3ms), 1'000'000);
+  EXPECT_EQ(share.WaitFor(0, begin + 1h + 4ms), 0);
 }
 
 // Random sources, losses, ends, texts and speeds: the numbers of each source add up always.

@@ -21,6 +21,9 @@ struct Heard final : Connection::Handler {
     if (onFrame) onFrame();
   }
   void OnWritten() override { ++written; }
+  void OnRested() override {
+    if (onRested) onRested();
+  }
   void OnClosed(const std::string& reason) override {
     ++closed;
     why = reason;
@@ -28,7 +31,7 @@ struct Heard final : Connection::Handler {
   std::string words, why;
   std::vector<std::uint8_t> bytes;
   int closed = 0, written = 0;
-  std::function<void()> onFrame;
+  std::function<void()> onFrame, onRested;
 };
 
 // A connection on one end of a pair of sockets, and the other end.
@@ -195,6 +198,26 @@ TEST_F(ConnectionTest, TimeThatThisProcessStoodStillIsNoSilenceOfItsPeer) {
   std::this_thread::sleep_for(1000ms);
   EXPECT_FALSE(Run([&] { return m_heard.closed == 1; }, 100ms)) << m_heard.why;
   EXPECT_TRUE(Run([&] { return m_heard.closed == 1; }));
+}
+
+TEST_F(ConnectionTest, WhileAHandlerRestsFramesWaitAndThePeerIsNotSilent) {
+  ConnectionLimits limits;
+  limits.silenceDeadline = 100ms;
+  Start(limits);
+  m_heard.onFrame = [this] {
+    if (m_heard.words == "4:1 ") m_near->Rest(400ms);
+  };
+  m_heard.onRested = [this] {
+    m_heard.words += "rested ";
+    if (m_heard.words == "4:1 rested ") m_near->Rest(1ms);
+  };
+  auto bytes = EncodeFrame(FrameType::Request, std::string("1"));
+  const auto more = EncodeFrame(FrameType::Request, std::string("22"));
+  bytes.insert(bytes.end(), more.begin(), more.end());
+  FarSends(bytes);
+  EXPECT_FALSE(Run([&] { return m_heard.words.size() > 4 || m_heard.closed == 1; }, 300ms));
+  EXPECT_TRUE(Run([&] { return m_heard.words == "4:1 rested rested 4:2 "; })) << m_heard.words;
+  EXPECT_TRUE(Run([&] { return m_heard.closed == 1; })) << "and now it is";
 }
 
 TEST_F(ConnectionTest, HeartbeatsKeepAnIdleConnectionAliveAndAreNotHeard) {

@@ -23,7 +23,8 @@ bool CTraceFileDoc::OnOpenDocument(const std::string& path) {
   DeleteContents();
   if (!OpenAndCheck(path)) return false;
   try {
-    m_load = std::make_shared<TraceFileLoad>(GetHost(), m_file, path, m_cancelEvent);
+    m_load =
+        std::make_shared<TraceFileLoad>(GetHost(), m_file, path, m_cancelEvent, m_setup.search);
     // The result of a conversion comes with the traces.
     if (VersionOf(m_file->View()) == TrcVersion::Old) m_file.reset();
     m_load->m_handOver = [this] {

@@ -19,14 +19,17 @@
 #include "documents/trace_doc.h"
 #include "records/old_conversion.h"
 
+class LoadSearch;
 class TraceFileLoad;
 
-// Parameters of a load. Tests that need a slow or a hanging load change them.
+// Parameters of a load. Tests that need a slow or a hanging load change the first two.
 struct TraceLoadSetup {
   // How long a thread that hangs may hold up the window.
   unsigned stopWaitMs = 10000;
   // Runs on the load thread before the walk and before a conversion.
   std::function<void()> beforeWalk = {};
+  // Of the next load; null: none.
+  std::shared_ptr<LoadSearch> search = nullptr;
 };
 
 class CTraceFileDoc : public CTraceDoc {

@@ -26,9 +26,15 @@ class TraceFileLoad::Parts final : public TrcParts {
       : m_load(load), m_bytesPerPost(walkers.count > 1 ? load.m_file->Size() / kPosts : 0) {}
 
   std::unique_ptr<TrcPart> NewPart(std::uint64_t from, std::uint64_t limit) override {
-    return std::make_unique<TracePart>(limit > from ? limit - from : 0, *m_load.m_file);
+    auto part = std::make_unique<TracePart>(limit > from ? limit - from : 0, *m_load.m_file);
+    if (m_load.m_search) part->Search(*m_load.m_search);
+    return part;
   }
-  void Take(TrcPart& part) override { m_load.m_found.Append(static_cast<TracePart&>(part)); }
+  void Take(TrcPart& taken) override {
+    auto& part = static_cast<TracePart&>(taken);
+    if (m_load.m_search) m_load.m_search->Take(*part.SearchPiece(), m_load.m_found.traces.size());
+    m_load.m_found.Append(part);
+  }
   bool OnProgress(std::uint64_t bytes) override {
     if (m_load.m_cancelEvent->IsSet()) return false;
     const std::unique_lock lock(m_posting, std::try_to_lock);
@@ -49,11 +55,12 @@ class TraceFileLoad::Parts final : public TrcParts {
 };
 
 TraceFileLoad::TraceFileLoad(Host& host, std::shared_ptr<const MappedFile> file, std::string path,
-                             HANDLE cancelEvent)
+                             HANDLE cancelEvent, std::shared_ptr<LoadSearch> search)
     : m_file(std::move(file)),
       m_host(host),
       m_path(std::move(path)),
-      m_cancelEvent(std::move(cancelEvent)) {}
+      m_cancelEvent(std::move(cancelEvent)),
+      m_search(std::move(search)) {}
 
 void TraceFileLoad::Run(const std::function<void()>& beforeWalk) {
   try {

@@ -31,7 +31,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   static constexpr int kWaitingPositions = 64;
 
   TraceFileLoad(Host& host, std::shared_ptr<const MappedFile> file, std::string path,
-                HANDLE cancelEvent);
+                HANDLE cancelEvent, std::shared_ptr<LoadSearch> search = nullptr);
 
   // Loads the file. `beforeWalk` runs before the walk and before a conversion; it may be empty.
   void Run(const std::function<void()>& beforeWalk);
@@ -71,6 +71,7 @@ class TraceFileLoad : public std::enable_shared_from_this<TraceFileLoad> {
   HANDLE m_boxRead;         // while the thread waits for that
   const std::string m_path;
   const HANDLE m_cancelEvent;
+  const std::shared_ptr<LoadSearch> m_search;  // null: none
   std::atomic<int> m_waitingPositions = 0;
   bool m_failed = false;
   bool m_givenUp = false;  // the conversion, because the program ends

@@ -49,7 +49,10 @@ std::uint64_t TracePart::Walk(Bytes file, std::uint64_t from, std::uint64_t limi
     Bytes bytes = window.At(position);
     bytes = bytes.first(std::min<std::uint64_t>(bytes.size(), limit - position));
     Sink sink{*this, look, bytes.data(), file.data() + position, position};
+    const std::size_t before = traces.size();
     position += WalkTrc(bytes, sink, 0);
+    if (m_search && traces.size() > before)
+      m_search->See(traces, before, sink.window - sink.inFile);
     goesOn = sink.goesOn && (position >= limit || look(position));
   }
   if (position <= file.size()) damage.cutAt.reset();  // only a window or the piece ends there

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/mapped_file.h"
+#include "documents/load_search.h"
 #include "documents/trace_indexes.h"
 #include "records/name_map.h"
 #include "records/trace_list.h"
@@ -23,6 +24,9 @@ struct TracePart : TrcPart {
 
   std::uint64_t Walk(Bytes file, std::uint64_t from, std::uint64_t limit,
                      const Look& look) override;
+  // Also looks there for traces. Before the walk.
+  void Search(LoadSearch& search) { m_search = search.NewPiece(); }
+  LoadSearch::Piece* SearchPiece() const { return m_search.get(); }
   // Takes over what was found behind this part.
   void Append(TracePart& later);
 
@@ -34,6 +38,7 @@ struct TracePart : TrcPart {
 
  private:
   struct Sink;
+  std::unique_ptr<LoadSearch::Piece> m_search;
   const MappedFile* m_file = nullptr;  // null: nothing is copied
   TrcWindow::Way m_way = TrcWindow::Way::ByTrial;
 };

@@ -7,6 +7,7 @@
 #include "input/trace_input.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
+#include "tree/find/scan/load_scan.h"
 #include "tree/find/scan/text_scan.h"
 #include "tree/find/searched_text.h"
 #include "tree/regex/regex.h"
@@ -59,6 +60,7 @@ class Candidates {
   // From this trace on. Nothing: each has to be tested.
   ShownTraces::NextCandidate From(const ScanOrder& order, CTraceDoc& document,
                                   const RegexProgram& program) {
+    if (m_loaded) return Known(order, document);
     m_traces = &document.m_traces;
     m_next = order.start;
     m_step = order.backward ? ~std::size_t{0} : 1;
@@ -67,6 +69,8 @@ class Candidates {
     if (!m_scan) return {};
     return [this] { return Next(); };
   }
+  // Those that the load of the file has found, all of them.
+  void Know(std::shared_ptr<const LoadScan> scan) { m_loaded = std::move(scan); }
   // The trace is the last one that was found, and matches.
   bool IsSure(const TraceEvent_i& trace) const { return &trace == m_sure; }
 
@@ -91,6 +95,15 @@ class Candidates {
     return m_scan->Place();
   }
 
+  ShownTraces::NextCandidate Known(const ScanOrder& order, CTraceDoc& document) {
+    return [this, &document, walk = LoadScan::Walk(*m_loaded, order)]() mutable {
+      const ScanHit* const hit = walk.Next();
+      const std::size_t place = hit ? hit->Place() : document.m_traces.size();
+      m_sure = hit && hit->IsSure() ? document.m_traces[place] : nullptr;
+      return std::optional<std::size_t>(place);
+    };
+  }
+
   // Behind the last one, in either direction: none.
   std::size_t Left() {
     const std::size_t place = std::min(m_next, m_traces->size());
@@ -98,6 +111,7 @@ class Candidates {
     return place;
   }
 
+  std::shared_ptr<const LoadScan> m_loaded;  // null: not searched by the load
   const TraceList_t* m_traces = nullptr;
   std::unique_ptr<TextScan> m_scan;
   std::size_t m_next = 0;
@@ -125,6 +139,15 @@ bool Write(ShownTraces& traces, const FindOptions& options, Output& output,
   return true;
 }
 
+// The search of the load. Null where the first results are there earlier without it: where not all
+// are wanted, and where a test may take long.
+std::shared_ptr<LoadScan> ScanOfLoad(const RegexProgram* program, const FindOptions& options) {
+  const TraceOptions& traces = options.output.traces;
+  const bool helps = program && !options.expression && options.output.files.size() == 1 &&
+                     !traces.where && traces.count == TraceOptions::kAll;
+  return helps ? std::make_shared<LoadScan>(*program) : nullptr;
+}
+
 int StatusOf(int status, bool any, std::uint64_t givenUp) {
   if (givenUp > 0) {
     PrintError(std::to_string(givenUp) + " texts would take too long to search, and are left out");
@@ -149,17 +172,19 @@ int RunFind(const FindOptions& options) {
   if (options.output.traces.follow) return Follow(pattern, options.output);
   TerminalHost host;
   TraceInput input(host);
-  if (!input.Open(options.output.files)) return StatusWithoutInput();
+  const RegexProgram* const program = pattern.Program();
+  const std::shared_ptr<LoadScan> scan = ScanOfLoad(program, options);
+  if (!input.Open(options.output.files, scan)) return StatusWithoutInput();
 
   ShownTraces traces(input.Document());
   if (!traces.Filter(options.output.traces)) return kExitBad;
   Output output;
   Candidates candidates;
+  candidates.Know(scan);
   traces.Keep([&, text = std::string()](const TraceEvent_i& trace) mutable {
     return candidates.IsSure(trace) || pattern.Matches(SearchedText(trace, text), output);
   });
   // A filter text counts the searches that it gives up, in each trace that is left.
-  const RegexProgram* const program = pattern.Program();
   if (program && !options.output.traces.where) {
     traces.PassOver([&](std::size_t from, bool backward) {
       return candidates.From({.start = from, .backward = backward}, input.Document(), *program);

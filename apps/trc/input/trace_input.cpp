@@ -59,7 +59,8 @@ int StatusWithoutInput() {
   return Interrupted() ? kExitInterrupted : kExitBad;
 }
 
-bool TraceInput::Open(const std::vector<std::string>& paths) {
+bool TraceInput::Open(const std::vector<std::string>& paths, std::shared_ptr<LoadSearch> search) {
+  m_search = std::move(search);
   if (std::count(paths.begin(), paths.end(), "-") > 1) {
     PrintError("standard input can be given once only");
     return false;
@@ -81,7 +82,7 @@ bool TraceInput::OpenOne(const std::string& path) {
       opened = source.unpacked.Path();
     }
   }
-  source.document = OpenTraceFile(m_host, opened, {}, source.path);
+  source.document = OpenTraceFile(m_host, opened, {.search = m_search}, source.path);
   if (!source.document) return false;
   m_sources.push_back(std::move(source));
   return true;

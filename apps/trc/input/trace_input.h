@@ -21,7 +21,8 @@ class TraceInput {
   explicit TraceInput(TerminalHost& host) : m_host(host) {}
 
   // False after a message, or after an interrupt.
-  bool Open(const std::vector<std::string>& paths);
+  // `search`: of the traces of one file; null: none.
+  bool Open(const std::vector<std::string>& paths, std::shared_ptr<LoadSearch> search = nullptr);
   // REQUIRES: it was opened.
   CTraceFileDoc& Document() const { return m_merged ? *m_merged : *m_sources.front().document; }
 
@@ -45,6 +46,7 @@ class TraceInput {
   std::vector<Source> m_sources;
   PrivateFile m_together;
   std::unique_ptr<CTraceFileDoc> m_merged;
+  std::shared_ptr<LoadSearch> m_search;
   bool m_cut = false;  // an archive
 };
 

@@ -26,8 +26,9 @@ class ScanHit {
 
 class PieceScan {
  public:
-  PieceScan(const RegexPlan& plan, const TraceList_t::Reader& traces)
-      : m_plan(plan), m_traces(traces) {}
+  // `behind`: so far behind those of the traces lie the bytes that are searched.
+  PieceScan(const RegexPlan& plan, const TraceList_t::Reader& traces, std::ptrdiff_t behind = 0)
+      : m_plan(plan), m_traces(traces), m_behind(behind) {}
 
   // Of the traces [from, end), in order. REQUIRES: their records follow one another in one file.
   std::vector<ScanHit> Hits(std::size_t from, std::size_t end);
@@ -37,10 +38,13 @@ class PieceScan {
   void ScanBytes(std::size_t from, std::size_t end);
   void Test(std::size_t place);
   std::size_t PlaceOf(const std::uint8_t* byte, std::size_t from, std::size_t end) const;
-  const std::uint8_t* RecordAt(std::size_t place) const { return m_traces[place]->Record(); }
+  const std::uint8_t* RecordAt(std::size_t place) const {
+    return m_traces[place]->Record() + m_behind;
+  }
 
   const RegexPlan& m_plan;
   const TraceList_t::Reader& m_traces;
+  const std::ptrdiff_t m_behind;
   RegexMatcher m_matcher;
   std::vector<ScanHit> m_hits;
 };

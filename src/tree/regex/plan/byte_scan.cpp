@@ -41,6 +41,10 @@ bool Holds(std::string_view text, std::size_t place, const PairTest& pair) {
 
 constexpr std::size_t kWide = 64;
 
+bool IsSingle(const ByteTest& test) {
+  return test.fold == 0 && test.span == 0;
+}
+
 #if defined(__x86_64__)
 // One of the tests, for 32 positions.
 class Avx2Test {
@@ -59,11 +63,25 @@ class Avx2Test {
   const __m256i m_fold, m_low, m_span;
 };
 
+// The same for a single byte.
+class Avx2Byte {
+ public:
+  [[gnu::target("avx2")]] explicit Avx2Byte(const ByteTest& test)
+      : m_byte(_mm256_set1_epi8(static_cast<char>(test.low))) {}
+  [[gnu::target("avx2"), gnu::always_inline]] __m256i Take(const char* at) const {
+    return _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(at)), m_byte);
+  }
+
+ private:
+  const __m256i m_byte;
+};
+
 // The first block of kWide positions in [from, limit) that has one where both tests hold, else the
 // beginning of the rest, which is shorter.
+template <class Test>
 [[gnu::target("avx2")]] std::size_t FindBlockByAvx2(const char* begin, std::size_t from,
                                                     std::size_t limit, const PairTest& pair) {
-  const Avx2Test first(pair.first.test), second(pair.second.test);
+  const Test first(pair.first.test), second(pair.second.test);
   for (; from + kWide <= limit; from += kWide) {
     const char* const one = begin + from + pair.firstAt;
     const char* const two = begin + from + pair.secondAt;
@@ -82,15 +100,16 @@ std::size_t FindBlock(const char* begin, std::size_t from, std::size_t limit,
                       const PairTest& pair) {
 #if defined(__x86_64__)
   static const bool kHasAvx2 = __builtin_cpu_supports("avx2") != 0;
-  if (kHasAvx2) return FindBlockByAvx2(begin, from, limit, pair);
+  const bool single = IsSingle(pair.first.test) && IsSingle(pair.second.test);
+  if (kHasAvx2 && single) return FindBlockByAvx2<Avx2Byte>(begin, from, limit, pair);
+  if (kHasAvx2) return FindBlockByAvx2<Avx2Test>(begin, from, limit, pair);
 #endif
   static_cast<void>(begin), static_cast<void>(limit), static_cast<void>(pair);
   return from;
 }
 
 bool IsOneByte(const PairTest& pair) {
-  const ByteTest& test = pair.first.test;
-  return pair.firstAt == pair.secondAt && test.fold == 0 && test.span == 0;
+  return pair.firstAt == pair.secondAt && IsSingle(pair.first.test);
 }
 
 std::size_t FindByte(std::string_view text, std::size_t from, std::size_t limit,

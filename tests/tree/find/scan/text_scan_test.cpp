@@ -5,9 +5,11 @@
 
 #include <random>
 
+#include "documents/trace_part.h"
 #include "records/trc_walk.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
+#include "tree/find/scan/load_scan.h"
 #include "tree/find/scan/piece_scan.h"
 #include "tree/regex/plan/regex_matcher.h"
 
@@ -116,6 +118,28 @@ class TextScanTest : public testing::Test {
         << pattern.text << (order.backward ? " backward" : "") << " from " << order.start;
   }
 
+  // The hits of a load of the file in pieces of about so many bytes.
+  std::vector<std::size_t> Loaded(LoadScan& scan, TrcWindow::Way way, std::uint64_t perPiece,
+                                  const ScanOrder& order) {
+    const Bytes file = m_file->View();
+    TracePart all;
+    for (std::uint64_t at = kTrcHeaderBytes; at < file.size();) {
+      TracePart part(perPiece, *m_file, way);
+      part.Search(scan);
+      at = part.Walk(file, at, std::min<std::uint64_t>(at + perPiece, file.size()),
+                     [](std::uint64_t) { return true; });
+      scan.Take(*part.SearchPiece(), all.traces.size());
+      all.Append(part);
+    }
+    std::vector<std::size_t> places;
+    LoadScan::Walk walk(scan, order);
+    while (const ScanHit* const hit = walk.Next()) {
+      EXPECT_TRUE(hit->IsSure());
+      places.push_back(hit->Place());
+    }
+    return places;
+  }
+
   std::mt19937 m_random{11};
   TempDir m_dir;
   std::shared_ptr<const MappedFile> m_file;
@@ -141,6 +165,26 @@ TEST_F(TextScanTest, ReadsAFileThatIsCutAtAnyByteAsFarAsItGoes) {
     TrcImage image = whole;
     Open(image.Cut(cut));
     for (const Pattern& pattern : kPatterns) ExpectAll(pattern, {}, 10);
+  }
+}
+
+TEST_F(TextScanTest, ALoadFindsTheSameTracesInItsWindows) {
+  for (int round = 0; round < 8; ++round) {
+    TrcImage image = RandomImage(1 + Below(400));
+    // Windows end in records, and there are several of them.
+    for (int i = 0; i < 20; ++i)
+      image.Trace({.text = std::string(60'000 + Below(5000), 'x') + "cart", .stack = RandomText()});
+    if (round % 2) image.Cut(Below(70'000));
+    Open(image);
+    for (const Pattern& pattern : kPatterns) {
+      const RegexProgram program = RegexProgram::Compile(pattern.text, pattern.options);
+      const ScanOrder order{Below(m_traces.size()), Below(2) == 0, false};
+      const std::uint64_t perPiece = std::vector<std::uint64_t>{1, 500, 5'000'000}[Below(3)];
+      for (const auto way : {TrcWindow::Way::Copy, TrcWindow::Way::View}) {
+        LoadScan scan(program);
+        ASSERT_EQ(Loaded(scan, way, perPiece, order), Plain(program, order)) << pattern.text;
+      }
+    }
   }
 }
 

@@ -71,6 +71,7 @@ _trc() {
     stats:-s | stats:--sort) COMPREPLY=($(compgen -W 'count value rate first last' -- "$current")); return ;;
     stats:-t | stats:--top) return ;;
     dump:--*check | find:--*check | tree:--*check | stats:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
+    *:--colour-rules) compopt -o filenames; COMPREPLY=($(compgen -W 'light dark' -- "$current") $(compgen -f -- "$current")); return ;;
     *:--color) COMPREPLY=($(compgen -W 'auto always never' -- "$current")); return ;;
     *:--tail | *:--context) return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
@@ -88,8 +89,8 @@ _trc() {
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options="--help --follow --format --color --columns --from --tail --context $which" ;;
-      find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --columns --from --tail --context $which" ;;
+      dump) options="--help --follow --format --color --colour-rules --columns --from --tail --context $which" ;;
+      find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --colour-rules --columns --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
       stats) options="--help --by --sort --top --json --from --tail $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
@@ -97,7 +98,7 @@ _trc() {
       save) options="--help --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
-      tail) options="--help --format --color --columns --for --at-source --context $which" ;;
+      tail) options="--help --format --color --colour-rules --columns --for --at-source --context $which" ;;
       capture) options="--help --out --for --at-source --max-size --max-files --context $which" ;;
       apps) options='--help --json --user' ;;
       show) options='--help --json' ;;

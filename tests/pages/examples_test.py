@@ -60,6 +60,9 @@ def samples(folder, bin_folder):
         subprocess.run([trc, "gen", "-n", "200000", "-s", "7", str(folder / name)], check=True)
     subprocess.run([trc, "gen", "-n", "1000", "--old", str(folder / "old.trc")], check=True)
     write_logs(folder)
+    (folder / "web.colours").write_text(
+        '{"colour-rules": 1, "rules": [{"name": "Errors", "where": "severity == error",'
+        ' "ink": "#870000", "ground": "#ffd7d7"}]}')
     for name in ("orders.tcf", "all.tcf"):
         (folder / name).write_text('TCF Version 3.2\nAPP: "orders"\nTRACE: "Database" "Query" Info\n')
     return folder

@@ -8,14 +8,16 @@
 #include "listview/cells/cell_text.h"
 #include "terminal/output.h"
 #include "terminal/progress_line.h"
+#include "where/colours/colour_program.h"
 
 enum class DumpFormat { Text, Jsonl };
 
 struct DumpOptions {
   std::vector<std::string> files;
   DumpFormat format = DumpFormat::Text;
-  bool coloured = false;  // severities of the text
-  TraceOptions traces;    // columns go with the text only
+  bool coloured = false;          // severities of the text
+  ColourProgramPtr colours = {};  // null: lines have no colours
+  TraceOptions traces;            // columns go with the text only
 };
 
 // The shown traces from a row on.

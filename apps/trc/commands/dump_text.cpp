@@ -6,6 +6,7 @@
 #include "commands/columns_option.h"
 #include "commands/dump.h"
 #include "listview/columns/columns.h"
+#include "text/line_colours.h"
 #include "text/text_line.h"
 #include "text/visible_text.h"
 
@@ -86,6 +87,9 @@ class TextDump {
     const std::vector<Column> columns = options.traces.columns.value_or(DefaultColumns());
     m_columns.reserve(columns.size());
     for (const Column column : columns) m_columns.emplace_back(column, range, options.traces.utc);
+    if (!options.colours) return;
+    m_colours.emplace(options.colours, range.Names());
+    m_clock = FilterPass::ClockOf(range.traces.Document(), options.traces.utc);
   }
 
   void Run() {
@@ -93,6 +97,7 @@ class TextDump {
     if (!WriteHeader()) return;
     for (std::size_t i = m_range.from; m_range.Has(i); ++i) {
       if (m_range.IsGapBefore(i) && !m_line.Line(kGap)) return;
+      m_line.Begin(ColourOfLine(i));
       for (std::size_t c = 0; c < m_columns.size(); ++c) {
         const Cell& cell = m_columns[c].At(i);
         Widen(c, cell);
@@ -129,8 +134,18 @@ class TextDump {
   bool NeedsWidth(std::size_t c) const {
     return c + 1 < m_columns.size() || m_columns[c].AlignsRight();
   }
+  // The trace before is that of the file, whether it is shown or not.
+  std::string_view ColourOfLine(std::size_t row) {
+    if (!m_colours) return {};
+    const std::size_t place = m_range.traces.PlaceOf(row);
+    const TraceList_t& all = m_range.traces.Document().m_traces;
+    const WherePrevious before = place == 0 ? WherePrevious() : PreviousOf(*all[place - 1]);
+    const std::string_view colour = m_colours->Of(m_range.traces.At(row), before, m_clock);
+    m_lineColoured = !colour.empty();
+    return colour;
+  }
   std::string_view ColourOf(std::size_t c, std::size_t row) const {
-    const bool coloured = m_coloured && m_columns[c].IsSeverity();
+    const bool coloured = m_coloured && !m_lineColoured && m_columns[c].IsSeverity();
     return coloured ? SeverityColour(m_range.traces.At(row)) : std::string_view();
   }
   void Widen(std::size_t c, const Cell& cell) {
@@ -149,6 +164,9 @@ class TextDump {
   ProgressLine& m_progress;
   LineWriter m_line;
   const bool m_coloured;
+  std::optional<LineColours> m_colours;
+  WhereClock m_clock;
+  bool m_lineColoured = false;
   std::vector<CellColumn> m_columns;
   std::vector<std::size_t> m_widths;
 };

@@ -63,8 +63,8 @@ FollowedTraces::FollowedTraces(const DumpOptions& options, Test test, Output& ou
       m_output(output),
       m_test(std::move(test)),
       m_choice(options.traces, m_names.Names()),
-      m_lines(MakeTraceLines({options.format, options.coloured, true}, options.traces,
-                             m_names.Names(), output)) {
+      m_lines(MakeTraceLines({options.format, options.coloured, options.colours, true},
+                             options.traces, m_names.Names(), output)) {
   KeepTested(m_choice);
   CountAnew();
 }

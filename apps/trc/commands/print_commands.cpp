@@ -1,6 +1,7 @@
 // What the commands that print a file's traces take from the command line.
 #include <algorithm>
 
+#include "commands/colour_option.h"
 #include "commands/columns_option.h"
 #include "commands/commands.h"
 #include "commands/dump.h"
@@ -19,6 +20,7 @@ class LineCommand : public Command {
   void AddLines(DumpOptions& dump) {
     AddLineFormat(m_format);
     AddColour(m_colour);
+    AddColourRules(App(), m_colourRules);
     m_shared.emplace(App(), dump.traces);
     m_shared->Add();
   }
@@ -26,6 +28,7 @@ class LineCommand : public Command {
     m_shared->Complete(choosesItself);
     dump.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
     dump.coloured = IsColoured(m_colour);
+    dump.colours = ReadColourOption(m_colourRules, dump.format, dump.coloured);
     RefuseColumnsOf(dump.format, dump.traces);
     if (!dump.traces.follow) return;
     if (dump.files.size() > 1)
@@ -38,6 +41,7 @@ class LineCommand : public Command {
  private:
   std::optional<SharedOptions> m_shared;
   std::string m_format = "text", m_colour = "auto";
+  std::optional<std::string> m_colourRules;
 };
 
 class DumpCommand final : public LineCommand {

@@ -4,6 +4,7 @@
 
 #include "commands/columns_option.h"
 #include "listview/columns/columns.h"
+#include "text/line_colours.h"
 #include "text/text_line.h"
 #include "text/trace_json.h"
 #include "text/visible_text.h"
@@ -31,23 +32,27 @@ class JsonLines final : public TraceLines {
 
 class TextLines final : public TraceLines {
  public:
-  TextLines(const NameMap& names, const TraceOptions& options, bool coloured, Output& output)
+  TextLines(const NameMap& names, const TraceOptions& options, const TraceLinesWay& way,
+            Output& output)
       : m_names(names),
         m_columns(options.columns.value_or(DefaultColumns())),
         m_utc(options.utc),
-        m_coloured(coloured),
+        m_coloured(way.coloured),
         m_line(output) {
+    if (way.colours) m_colours.emplace(way.colours, names);
     for (const Column column : m_columns) m_widths.push_back(ScreenWidth(InfoOf(column).header));
   }
   bool Add(const TakenTrace& taken, const TraceEvent_i* previous) override {
     const TraceEvent_i& trace = *taken.trace;
     if (!m_headed && !WriteHeader(trace)) return false;
     if (taken.behindGap && !m_line.Line(kGap)) return false;
+    const std::string_view ofLine = ColourOf(taken);
+    m_line.Begin(ofLine);
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
       const std::string text = VisibleCell(m_columns[i], trace, previous, m_names, m_utc);
       const std::size_t width = ScreenWidth(text);
       m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
-      const bool coloured = m_coloured && m_columns[i] == Column::Sev;
+      const bool coloured = m_coloured && ofLine.empty() && m_columns[i] == Column::Sev;
       m_line.Add(text, width, m_widths[i], AlignsRight(i),
                  coloured ? SeverityColour(trace) : std::string_view());
     }
@@ -55,6 +60,12 @@ class TextLines final : public TraceLines {
   }
 
  private:
+  std::string_view ColourOf(const TakenTrace& taken) {
+    if (!m_colours) return {};
+    WhereClock clock{m_utc};
+    if (m_colours->UsesEnd()) clock.end = taken.end ? taken.end : MomentOf(*taken.trace);
+    return m_colours->Of(*taken.trace, taken.before, clock);
+  }
   // Called with the first trace, whose cells determine the first widths.
   bool WriteHeader(const TraceEvent_i& first) {
     m_headed = true;
@@ -73,6 +84,7 @@ class TextLines final : public TraceLines {
   const std::vector<Column> m_columns;
   const bool m_utc, m_coloured;
   LineWriter m_line;
+  std::optional<LineColours> m_colours;
   std::vector<std::size_t> m_widths;
   bool m_headed = false;
 };
@@ -83,5 +95,5 @@ std::unique_ptr<TraceLines> MakeTraceLines(const TraceLinesWay& way, const Trace
                                            const NameMap& names, Output& output) {
   if (way.format == DumpFormat::Jsonl)
     return std::make_unique<JsonLines>(names, options.utc, way.byPlace, output);
-  return std::make_unique<TextLines>(names, options, way.coloured, output);
+  return std::make_unique<TextLines>(names, options, way, output);
 }

@@ -21,7 +21,8 @@ class TraceLines {
 struct TraceLinesWay {
   DumpFormat format = DumpFormat::Text;
   bool coloured = false;
-  bool byPlace = false;  // numbered by their places in the stream, else by what is taken
+  ColourProgramPtr colours = {};  // null: lines have no colours
+  bool byPlace = false;           // numbered by their places in the stream, else by what is taken
 };
 std::unique_ptr<TraceLines> MakeTraceLines(const TraceLinesWay& way, const TraceOptions& options,
                                            const NameMap& names, Output& output);

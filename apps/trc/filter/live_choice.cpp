@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "text/line_colours.h"
 #include "text/visible_text.h"
 
 LiveChoice::LiveChoice(const TraceOptions& options, const NameMap& names)
@@ -31,7 +32,7 @@ bool LiveChoice::IsChosen(const TraceEvent_i& trace) {
 
 bool LiveChoice::Add(TraceEvent_i* trace, const TraceTaker& take) {
   const bool chosen = IsChosen(*trace);
-  const Held now{trace, m_place++};
+  const Held now{trace, m_place++, std::exchange(m_before, PreviousOf(*trace))};
   if (chosen) {
     ++m_chosen;
     m_behind = m_options.context;
@@ -56,7 +57,7 @@ bool LiveChoice::Add(TraceEvent_i* trace, const TraceTaker& take) {
 bool LiveChoice::Take(const Held& held, bool beside, const TraceTaker& take) {
   const bool gap = std::exchange(m_gap, false) && m_any && m_options.context > 0;
   m_any = true;
-  return take({held.trace, held.place, beside, gap});
+  return take({held.trace, held.place, beside, gap, held.before, m_end});
 }
 
 void LiveChoice::Hold(const Held& held) {

@@ -14,10 +14,12 @@
 
 // A trace that is taken.
 struct TakenTrace {
-  TraceEvent_i* trace;  // the receiver's
-  std::uint64_t place;  // in the stream, from 0
-  bool beside;          // only because it stands beside a chosen one
-  bool behindGap;       // others were left out between it and the one taken before
+  TraceEvent_i* trace;              // the receiver's
+  std::uint64_t place;              // in the stream, from 0
+  bool beside;                      // only because it stands beside a chosen one
+  bool behindGap;                   // others were left out between it and the one taken before
+  WherePrevious before;             // the one before in the stream
+  std::optional<std::int64_t> end;  // as SetEnd was told
 };
 // False ends it.
 using TraceTaker = std::function<bool(const TakenTrace&)>;
@@ -36,7 +38,10 @@ class LiveChoice {
   // Leaves out so many of the chosen ones. They may stand beside later ones.
   void Skip(std::uint64_t chosen) { m_skip = chosen; }
   // "end" of the filter text; nothing: the trace that is asked about.
-  void SetEnd(std::optional<std::int64_t> end) { m_where.SetEnd(end); }
+  void SetEnd(std::optional<std::int64_t> end) {
+    m_end = end;
+    m_where.SetEnd(end);
+  }
   // Takes ownership of the next trace, and passes on what it decides. False: the taker ends it.
   bool Add(TraceEvent_i* trace, const TraceTaker& take);
   // So many were chosen that no more are wanted, and what stands behind the last has come.
@@ -50,6 +55,7 @@ class LiveChoice {
   struct Held {
     TraceEvent_i* trace;
     std::uint64_t place;
+    WherePrevious before;
   };
   bool Passes(const TraceEvent_i& trace);
   bool IsChosen(const TraceEvent_i& trace);
@@ -61,6 +67,8 @@ class LiveChoice {
   ChoiceTest m_choice;
   LiveWhere m_where;
   Test m_test;
+  WherePrevious m_before;
+  std::optional<std::int64_t> m_end;
   std::deque<Held> m_held;  // those before the next chosen one
   std::uint64_t m_place = 0, m_skip = 0;
   std::uint64_t m_chosen = 0, m_behind = 0;

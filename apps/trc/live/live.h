@@ -21,7 +21,8 @@ struct LiveLimits {
 struct TailOptions {
   std::string machine;
   DumpFormat format = DumpFormat::Text;
-  bool coloured = false;  // severities of the text
+  bool coloured = false;          // severities of the text
+  ColourProgramPtr colours = {};  // null: lines have no colours
   LiveLimits limits;
 };
 int RunTail(const TailOptions& options);

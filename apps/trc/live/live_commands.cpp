@@ -1,6 +1,7 @@
 // What the live commands take from the command line.
 #include <sstream>
 
+#include "commands/colour_option.h"
 #include "commands/columns_option.h"
 #include "commands/commands.h"
 #include "commands/shared_options.h"
@@ -82,12 +83,14 @@ class TailCommand final : public ListeningCommand {
     App().add_option("MACHINE", m_tail.machine, "name or name:port")->type_name("");
     AddLineFormat(m_format);
     AddColour(m_colour);
+    AddColourRules(App(), m_colourRules);
     AddLimits(m_tail.limits, nullptr);
   }
   void Complete() override {
     CompleteLimits(m_tail.limits);
     m_tail.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
     m_tail.coloured = IsColoured(m_colour);
+    m_tail.colours = ReadColourOption(m_colourRules, m_tail.format, m_tail.coloured);
     RefuseColumnsOf(m_tail.format, m_tail.limits.traces);
   }
   int Run() const override { return RunTail(m_tail); }
@@ -95,6 +98,7 @@ class TailCommand final : public ListeningCommand {
  private:
   TailOptions m_tail;
   std::string m_format = "text", m_colour = "auto";
+  std::optional<std::string> m_colourRules;
 };
 
 class CaptureCommand final : public ListeningCommand {

@@ -35,8 +35,9 @@ int RunTail(const TailOptions& options) {
   LiveSource source;
   if (!source.Connect(options.machine, options.limits)) return kExitBad;
   Output output;
-  const std::unique_ptr<TraceLines> lines = MakeTraceLines(
-      {options.format, options.coloured}, options.limits.traces, source.Names(), output);
+  const std::unique_ptr<TraceLines> lines =
+      MakeTraceLines({options.format, options.coloured, options.colours}, options.limits.traces,
+                     source.Names(), output);
   Silence silence(source, options);
   TraceEvent_i* previous = nullptr;
   source.Run(

@@ -40,6 +40,11 @@ class LineWriter {
     }
     m_blanks += (right ? 0 : room) + (text.empty() ? width : 0) + kGapBlanks;
   }
+  // Before the first cell: what a terminal is told for the whole line; empty: nothing.
+  void Begin(std::string_view colour) {
+    m_output.Buffer().append(colour);
+    m_coloured = !colour.empty();
+  }
   // A line of its own, instead of cells.
   bool Line(std::string_view text) {
     m_output.Buffer().append(text);
@@ -47,6 +52,8 @@ class LineWriter {
   }
   bool End() {
     m_blanks = 0;
+    if (m_coloured) m_output.Buffer().append(kPlain);
+    m_coloured = false;
     return m_output.EndLine();
   }
 
@@ -56,4 +63,5 @@ class LineWriter {
 
   Output& m_output;
   std::size_t m_blanks = 0;  // to be written before the next text
+  bool m_coloured = false;   // the line
 };

@@ -9,6 +9,7 @@
 #include "shell/resource_ids.h"
 #include "shell/sizes/stored_size.h"
 #include "shell/tessera_app.h"
+#include "statistics/window/statistics_dialog.h"
 #include "tree/proc/proc_view.h"
 
 CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
@@ -22,6 +23,22 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
         document, [&faces](TreeControlOwner& owner) { return faces.CreateTree(owner); });
   });
   MapFilter();
+  MapCommand(
+      ID_VIEW_STATISTICS, [this] { OnStatistics(); },
+      [this](CCmdUI& ui) {
+        ui.Enable(HasList());
+        ui.SetCheck(m_statistics && !m_statistics->Ended());
+      });
+}
+
+CTraceChildFrame::~CTraceChildFrame() = default;
+
+// A second time closes it.
+void CTraceChildFrame::OnStatistics() {
+  if (m_statistics && !m_statistics->Ended()) return m_statistics->OnCancel();
+  m_statistics = std::make_unique<CStatisticsDlg>(
+      m_main.Tessera().GetHost(), [this] { return ShownPane(); },
+      [this](const std::string& text) { m_filter.TakeStep(text); });
 }
 
 void CTraceChildFrame::MapFilter() {

@@ -11,12 +11,14 @@
 #include "shell/filterline/frame_filter.h"
 
 class CMainFrame;
+class CStatisticsDlg;
 class CTraceDoc;
 class TracePane;
 
 class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
  public:
   explicit CTraceChildFrame(CMainFrame& parent);
+  ~CTraceChildFrame() override;
 
   // All frames of trace documents share one stored size: the last one sized sets it for the next.
   void PreCreateWindow(int& widthPx, int& heightPx) override;
@@ -51,6 +53,7 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   // pane is shown already.
   void AddPane(unsigned command, PaneMaker make);
   void MapFilter();
+  void OnStatistics();
   bool HasList() const;
   void TogglePane(std::size_t place);
   // Passes the current trace and the filter to the pane and fills it; false: the user cancelled.
@@ -61,4 +64,5 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   std::vector<Pane> m_panes = std::vector<Pane>(1);
   std::size_t m_shown = kList;
   FrameFilter m_filter;
+  std::unique_ptr<CStatisticsDlg> m_statistics;  // null, or ended: not open
 };

@@ -108,6 +108,8 @@ const CommandText kTexts[] = {
      "Go back to the filter text before\nFilter Back"},
     {ID_VIEW_FILTERFORWARD, kTraces, "Filter &Forward\tAlt+Right",
      "Go forward to the next filter text\nFilter Forward"},
+    {ID_VIEW_STATISTICS, kTraces, "Stat&istics...",
+     "Count the traces by component, by the pattern of their text, ...\nStatistics"},
     {ID_VIEW_PAUSE, kMonitor, "Pa&use", "Pause display of output\nPause"},
     {ID_WINDOW_NEW, kTraces, "&New Window",
      "Open another window for the active document\nNew Window"},
@@ -158,7 +160,9 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  0,
                                  ID_VIEW_FILTERTEXT,
                                  ID_VIEW_FILTERBACK,
-                                 ID_VIEW_FILTERFORWARD};
+                                 ID_VIEW_FILTERFORWARD,
+                                 0,
+                                 ID_VIEW_STATISTICS};
 constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
 constexpr unsigned kWindowIds[] = {
     ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE, 0, ID_WINDOW_TABS};

@@ -96,6 +96,8 @@ TEST(Menus, OfATraceFile) {
   32902 Filter Te&xt\tCtrl+L
   32903 Filter &Back\tAlt+Left
   32904 Filter &Forward\tAlt+Right
+  -----
+  32909 Stat&istics...
 &Window
   57648 &New Window
   57650 &Cascade
@@ -157,6 +159,8 @@ TEST(Menus, OfAMonitor) {
   32902 Filter Te&xt\tCtrl+L
   32903 Filter &Back\tAlt+Left
   32904 Filter &Forward\tAlt+Right
+  -----
+  32909 Stat&istics...
 &Window
   57648 &New Window
   57650 &Cascade

@@ -1,10 +1,19 @@
 #include "filter_scenes.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 
 #include "docview/commands/command_ids.h"
 #include "shell/tessera_app.h"
+#include "statistics/window/statistics_dialog.h"
+
+namespace {
+
+constexpr int kCountingMs = 600;
+
+}  // namespace
 
 FilterLineWidget& FilterScenes::Line() {
   return *static_cast<FilterLineWidget*>(
@@ -49,4 +58,21 @@ void FilterScenes::All() {
   press(Qt::Key_Return);
   Save(QStringLiteral("applied"));
   press(Qt::Key_Escape);
+}
+
+void FilterScenes::Statistics() {
+  m_tessera.Frame()->OnCommand(ID_VIEW_STATISTICS);
+  for (QWidget* const widget : QApplication::topLevelWidgets()) {
+    if (widget->objectName() != QStringLiteral("statistics") || !widget->isVisible()) continue;
+    auto* const field = widget->findChild<QComboBox*>(QString::number(CStatisticsDlg::kField));
+    for (const StatField counted : {StatField::Component, StatField::Pattern}) {
+      field->setCurrentIndex(static_cast<int>(counted));
+      // Threads count.
+      QElapsedTimer clock;
+      for (clock.start(); clock.elapsed() < kCountingMs;) m_scenes.Settle();
+      m_scenes.Save(*widget,
+                    QStringLiteral("statistics-") + QString::fromLatin1(WordOf(counted).data()));
+    }
+  }
+  m_tessera.Frame()->OnCommand(ID_VIEW_STATISTICS);
 }

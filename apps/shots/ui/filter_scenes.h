@@ -1,4 +1,4 @@
-// The scenes of the line of filter text above the rows of a file.
+// The scenes of the line of filter text above the rows of a file, and of what leads to it.
 #pragma once
 
 #include "shell/filterline/ui/filter_line_widget.h"
@@ -10,6 +10,8 @@ class FilterScenes {
   FilterScenes(CTesseraApp& tessera, ShotScenes& scenes) : m_tessera(tessera), m_scenes(scenes) {}
 
   void All();
+  // Of all traces.
+  void Statistics();
 
  private:
   FilterLineWidget& Line();

@@ -62,6 +62,7 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, cons
   scenes.Help(HelpWindow::Topics());
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
+  filter.Statistics();
   filter.All();
   scenes.Tiled(second);
 }
@@ -78,6 +79,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, const
   scenes.Help({QStringLiteral("list"), QStringLiteral("wizard")});
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
+  filter.Statistics();
   filter.All();
   scenes.Tiled(second);
 }
@@ -108,10 +110,12 @@ void Scaled(ShotScenes& scenes, FilterScenes& filter, Configuring& configuring,
             const std::string& file) {
   scenes.SetMark(QStringLiteral("-%1").arg(qRound(scenes.Window().devicePixelRatioF() * 100)));
   scenes.File(file);
+  filter.Statistics();
   filter.All();
   configuring.All();
   scenes.UseDark();
   scenes.File(file);
+  filter.Statistics();
   filter.All();
   configuring.All();
 }

@@ -77,6 +77,10 @@ void FrameFilter::Take(unsigned command) {
   if (step != steps.end() && m_line.AddStep(std::string(step->text))) Show();
 }
 
+void FrameFilter::TakeStep(const std::string& text) {
+  if (m_shown() && m_line.AddStep(text)) Show();
+}
+
 WhereProgramPtr FrameFilter::WhereInForce() const {
   const TracePane* const pane = m_shown();
   return pane ? pane->m_filter.where : nullptr;

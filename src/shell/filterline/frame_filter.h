@@ -33,6 +33,8 @@ class FrameFilter final : private FilterLineOwner {
   void GoForward();
   // A step that the shown pane offers.
   void Take(unsigned command);
+  // One that something else offers. Shows the line.
+  void TakeStep(const std::string& text);
   // The tree of the filter dialog as text. Shows the line.
   void TakeTree(const std::string& text);
   FilterLine& Line() { return m_line; }

@@ -24,6 +24,7 @@
 #include "shell/ui/load_status_face.h"
 #include "shell/ui/qt_main_frame.h"
 #include "shell/ui/stored_places.h"
+#include "statistics/window/ui/statistics_face.h"
 #include "tree/filter/ui/filter_face.h"
 #include "tree/find/ui/find_face.h"
 #include "wizard/ui/trace_wizard_face.h"
@@ -54,6 +55,7 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CFilterDialog, FilterFace>();
   host.RegisterFace<LocateWait, LocateWaitFace>();
   host.RegisterFace<FindTextDialog, FindTextFace>();
+  host.RegisterFace<CStatisticsDlg, StatisticsFace>();
 }
 
 QtShellFaces::~QtShellFaces() {

@@ -1,0 +1,135 @@
+#include "statistics/window/pane_count.h"
+
+#include <algorithm>
+
+#include "statistics/window/same_filter.h"
+#include "tree/filter/filter_pass.h"
+
+namespace {
+
+// Each thread has a filter and a matcher of its own.
+class FilteredTraces final : public CountedTraces {
+ public:
+  FilteredTraces(std::shared_ptr<const LentTraces> lent, const CTraceFilter& filter,
+                 const CTraceDoc& document)
+      : m_lent(std::move(lent)),
+        m_filter(filter),
+        m_names(document.m_names),
+        m_clock(FilterPass::ClockOf(document)) {}
+
+  std::size_t Size() const override { return m_lent->traces.size(); }
+  std::unique_ptr<Reader> MakeReader() const override { return std::make_unique<Walk>(*this); }
+
+ private:
+  class Walk final : public Reader {
+   public:
+    explicit Walk(const FilteredTraces& all)
+        : m_traces(all.m_lent->traces),
+          m_filter(all.m_filter),
+          m_pass(m_filter, all.m_names, all.m_clock),
+          m_all(m_filter.ShowsAll()) {}
+    void Take(std::size_t from, std::size_t end, Events& events) override {
+      if (m_pass.NeedsBefore()) m_pass.BeginBehind(from > 0 ? m_traces[from - 1] : nullptr);
+      m_traces.ForEachIn(from, end, [&](const TraceEvent_i* event) {
+        if (m_all || m_pass.Matches(*event)) events.push_back(event);
+      });
+    }
+
+   private:
+    const TraceList_t::Reader& m_traces;
+    CTraceFilter m_filter;
+    FilterPass m_pass;
+    const bool m_all;
+  };
+
+  const std::shared_ptr<const LentTraces> m_lent;
+  const CTraceFilter m_filter;
+  const NameMap m_names;
+  const WhereClock m_clock;
+};
+
+}  // namespace
+
+PaneCount::PaneCount(CTraceDoc& document, const CTraceFilter& filter, StatField field)
+    : m_document(document),
+      m_filter(filter),
+      m_field(field),
+      m_generation(document.m_traces.Generation()),
+      m_live(field),
+      m_first(document.m_traces.Popped()),
+      m_next(m_first) {
+  std::shared_ptr<const LentTraces> lent = document.Lend();
+  if (!lent) return;
+  // A text that searches may take milliseconds for one trace: a stop is looked at often.
+  TraceCountSetup setup;
+  if (filter.IsSlow()) setup.perLook = 16;
+  m_file = std::make_unique<TraceCount>(
+      std::make_shared<FilteredTraces>(std::move(lent), filter, document), field,
+      std::function<void()>(), setup);
+}
+
+PaneCount::~PaneCount() = default;
+
+bool PaneCount::IsOf(const CTraceDoc& document, const CTraceFilter& filter, StatField field) const {
+  return &document == &m_document && field == m_field &&
+         document.m_traces.Generation() == m_generation && ShowTheSame(filter, m_filter);
+}
+
+bool PaneCount::Step(std::chrono::milliseconds time) {
+  const Clock::time_point until = Clock::now() + time;
+  return m_file ? StepFile(until) : StepLive(until);
+}
+
+bool PaneCount::StepFile(Clock::time_point until) {
+  if (m_whole || m_failed) return false;
+  const int before = m_file->Thousandths();
+  const TraceCount::State state = m_file->Take(until);
+  m_whole = state == TraceCount::State::Whole;
+  m_failed = state == TraceCount::State::Failed;
+  return m_whole || m_failed || m_file->Thousandths() != before;
+}
+
+// The oldest of those that are counted, and perhaps some that never were.
+bool PaneCount::TakeOutRemoved() {
+  const std::uint64_t popped = m_document.m_traces.Popped();
+  const std::uint64_t gone = std::min(popped, m_next) - m_first;
+  m_live.Remove(static_cast<std::size_t>(gone));
+  m_first = popped;
+  m_next = std::max(m_next, popped);
+  return gone > 0;
+}
+
+bool PaneCount::StepLive(Clock::time_point until) {
+  constexpr std::size_t kPerLook = 256;
+  const bool removed = TakeOutRemoved();
+  const TraceList_t& traces = m_document.m_traces;
+  auto at = static_cast<std::size_t>(m_next - m_first);
+  if (at == traces.size()) return removed;
+  FilterPass pass(m_filter, m_document);
+  if (pass.NeedsBefore()) pass.BeginBehind(at > 0 ? traces[at - 1] : nullptr);
+  const bool all = m_filter.ShowsAll();
+  do {
+    const std::size_t end = std::min(at + kPerLook, traces.size());
+    traces.ForEachIn(at, end, [&](const TraceEvent_i* event) {
+      m_live.Add(*event, all || pass.Matches(*event));
+    });
+    at = end;
+  } while (at < traces.size() && Clock::now() < until);
+  m_next = m_first + at;
+  return true;
+}
+
+bool PaneCount::IsWhole() const {
+  if (m_file) return m_whole;
+  return m_next == m_document.m_traces.Popped() + m_document.m_traces.size();
+}
+
+int PaneCount::Thousandths() const {
+  if (m_file) return m_file->Thousandths();
+  const std::size_t all = m_document.m_traces.size();
+  return all == 0 ? 1000 : static_cast<int>((m_next - m_first) * 1000 / all);
+}
+
+const StatTable& PaneCount::Table() {
+  return m_file ? m_file->Table() : m_live.Table();
+}

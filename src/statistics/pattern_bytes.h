@@ -16,8 +16,7 @@ struct PatternByte {
 
 // What a byte of a text can be.
 struct ByteKind {
-  static constexpr std::uint8_t kWord = 1, kDigit = 2, kHexLetter = 4, kSpecial = 8;
-  static constexpr std::uint8_t kHex = kDigit | kHexLetter;
+  static constexpr std::uint8_t kWord = 1, kDigit = 2, kHexLetter = 4, kHex = 8, kSpecial = 16;
 
   static std::uint8_t Of(char c);
 };
@@ -28,9 +27,9 @@ constexpr std::array<std::uint8_t, 256> MakeByteKinds() {
   for (unsigned c = 0; c < kinds.size(); ++c) {
     const unsigned small = c | 0x20U;
     const bool letter = small >= 'a' && small <= 'z' && c < 0x80;
-    if (c >= '0' && c <= '9') kinds[c] = Kind::kWord | Kind::kDigit;
+    if (c >= '0' && c <= '9') kinds[c] = Kind::kWord | Kind::kDigit | Kind::kHex;
     if (letter || c == '_' || c >= 0x80) kinds[c] = Kind::kWord;
-    if (letter && small <= 'f') kinds[c] = Kind::kWord | Kind::kHexLetter;
+    if (letter && small <= 'f') kinds[c] = Kind::kWord | Kind::kHexLetter | Kind::kHex;
   }
   for (unsigned c = 1; c <= unsigned{PatternByte::kEscape}; ++c) kinds[c] = Kind::kSpecial;
   for (const unsigned char c : {'+', '-', '"', '\''}) kinds[c] = Kind::kSpecial;

@@ -85,7 +85,7 @@ class StatCounter {
     Tally tally;
   };
   // The threads that came last, by a hash of their ids.
-  static constexpr unsigned kThreadBits = 8;
+  static constexpr unsigned kThreadBits = 10;
   struct KnownThread {
     std::uint64_t ids = ~std::uint64_t{0};  // 48 bits: no thread has this
     std::uint32_t number = 0;

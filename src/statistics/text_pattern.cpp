@@ -39,16 +39,32 @@ class PatternMaker {
   }
   bool IsBehindWord() const { return m_at > m_begin && IsAt(m_at - 1, ByteKind::kWord); }
 
-  // From the beginning of a word to its end, or to that of a number that goes on behind it.
+  // From the beginning of a word to its end, or to that of a number that goes on behind it. Most
+  // words are short and have no digit: they are copied while they are looked at.
   void Word() {
+    constexpr std::size_t kShort = 64;
+    const char* const most = m_at + std::min(Left(), kShort);
     const char* end = m_at;
+    char* to = m_to;
     std::uint8_t any = 0, all = 0xFF;
-    do {
+    for (; end < most; ++end) {
       const std::uint8_t kind = ByteKind::Of(*end);
+      if (!(kind & ByteKind::kWord)) break;
       any |= kind;
-      all &= static_cast<std::uint8_t>(kind & ByteKind::kHex ? kind | ByteKind::kHex : kind);
-    } while (IsAt(++end, ByteKind::kWord));
+      all &= kind;
+      *to++ = *end;
+    }
+    const bool isShort = end < most || end == m_end;
+    for (; IsAt(end, ByteKind::kWord); ++end) {
+      any |= ByteKind::Of(*end);
+      all &= ByteKind::Of(*end);
+    }
     const bool isHex = (all & ByteKind::kHex) != 0;
+    if (isShort && !isHex && !(any & ByteKind::kDigit)) {
+      m_to = to;
+      m_at = end;
+      return;
+    }
     const char* const behind = EndOfNumber(end, any, isHex);
     if (behind) {
       Put(PatternByte::kNumber);

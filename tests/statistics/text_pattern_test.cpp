@@ -145,6 +145,9 @@ TEST(TextPattern, OnlyThisPatternLetsItsTextsThrough) {
   EXPECT_FALSE(filter.LetsThrough("it took 5 ms for \"a\" (id 3fa9)"));
   EXPECT_FALSE(filter.LetsThrough("took # ms for \"a\" (id 3fa9)"));
   EXPECT_FALSE(Filter(PatternOf("a")).LetsThrough("a\n"));
+  Filter behindLine(PatternOf("x -b1"));
+  EXPECT_TRUE(behindLine.LetsThrough("x -c2"));
+  EXPECT_FALSE(behindLine.LetsThrough("x -5")) << "there it is a sign";
   EXPECT_FALSE(OnlyThisPattern(PatternOf("\xff 5"))) << "no filter text can say that";
 }
 

@@ -266,6 +266,7 @@ TEST_F(FilterText, TheTreeGetsTheTextOfTheListAndGivesItBack) {
   EXPECT_EQ(tree.Model().TraceCount(), 3);
   EXPECT_EQ(Line()->m_message, "Applied.");
   Apply("text == \"5\"");
+  EXPECT_TRUE(m_host.RunUntil([&tree] { return !tree.FilterProgress(); }));
   EXPECT_EQ(tree.Model().TraceCount(), 1);
   ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
   EXPECT_EQ(Rows(), "5 ");

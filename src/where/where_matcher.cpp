@@ -112,6 +112,7 @@ void WhereMatcher::NamesMayHaveChanged() {
 }
 
 void WhereMatcher::Learn(const Cheap& cheap, const std::uint8_t* record) {
+  if (m_only) m_names.BeginRecord();
   for (const Table* made = cheap.table; made != cheap.tablesEnd; ++made) {
     const WhereTable& table = m_code.tables[static_cast<std::size_t>(made - m_tables.data())];
     const std::uint16_t number = LoadBe16(record + table.place);
@@ -119,8 +120,7 @@ void WhereMatcher::Learn(const Cheap& cheap, const std::uint8_t* record) {
     if (verdict & kLearned) continue;
     std::string_view name = "";
     if (table.place != TraceAt::kAttributes) {
-      const auto entry = m_names.find(number);
-      if (entry != m_names.end()) name = entry->second.name;
+      name = m_names.Find(table.place, number);
       if (name.empty()) m_unnamed.push_back(&verdict);
     }
     const std::uint64_t givenUp = m_search.LimitsReached();
@@ -132,6 +132,7 @@ void WhereMatcher::Learn(const Cheap& cheap, const std::uint8_t* record) {
 
 bool WhereMatcher::Run(const std::uint8_t* record, const WherePrevious& previous) {
   std::uint32_t at = m_code.entry;
+  m_names.BeginRecord();
   while (at < kWhereFails) {
     const WhereStep& step = m_code.steps[at];
     at = StepHolds(step, record, previous) ? step.onTrue : step.onFalse;

@@ -15,6 +15,7 @@
 
 #include "records/name_map.h"
 #include "where/where_program.h"
+#include "where/where_record_names.h"
 
 // The trace before, for `delta`. In the order of the document or the stream, whatever is shown.
 struct WherePrevious {
@@ -104,7 +105,7 @@ class WhereMatcher {
 
   const WhereProgramPtr m_program;
   const WhereCode& m_code;
-  const NameMap& m_names;
+  WhereRecordNames m_names;
   const Cheap* m_only = nullptr;
   std::unique_ptr<std::uint8_t, Free> m_verdicts;
   std::vector<Table> m_tables;

@@ -14,6 +14,11 @@ namespace {
 
 // Enough for any text that is meant: an expression that tries all ways ends within milliseconds.
 constexpr std::uint32_t kStepsMax = 250'000;
+// Nearly all searches need fewer at each place. Where one needs more, the places are searched anew,
+// a few at a time, and a text gets so many steps for all of them.
+constexpr std::uint32_t kStepsFirst = 2'000, kStepsMore = 25'000;
+constexpr std::uint32_t kStepsOfText = 32'000'000;
+constexpr std::size_t kPlacesAnew = 8;
 constexpr std::uint32_t kHeapKiBMax = 16 << 10;
 constexpr std::size_t kStackBytes = std::size_t{64} << 10, kStackBytesMax = std::size_t{8} << 20;
 // PCRE2 counts the steps anew at each place where a match may begin. So a long text is searched in
@@ -202,7 +207,7 @@ struct WhereRegexSearch::Memory {
       : match(pcre2_match_data_create(1, nullptr)),
         context(pcre2_match_context_create(nullptr)),
         stack(pcre2_jit_stack_create(kStackBytes, kStackBytesMax, nullptr)) {
-    pcre2_set_match_limit(context, kStepsMax);
+    pcre2_set_match_limit(context, kStepsFirst);
     pcre2_set_heap_limit(context, kHeapKiBMax);
     pcre2_jit_stack_assign(context, nullptr, stack);
   }
@@ -258,42 +263,81 @@ bool WhereRegexSearch::FindsInField(const WhereRegex& regex, const char* text, s
 
 bool WhereRegexSearch::FindsIn(const WhereRegex::Code& code, std::string_view text) {
   if (!m_memory) m_memory = std::make_unique<Memory>();
-  const int found = text.size() <= kWholeBytesMax
-                        ? code.whole.Match(text, 0, m_memory->match, m_memory->context)
-                        : MatchLong(code, text);
+  int found = text.size() <= kWholeBytesMax
+                  ? code.whole.Match(text, 0, m_memory->match, m_memory->context)
+                  : MatchLong(code, text);
+  if (found == PCRE2_ERROR_MATCHLIMIT && text.size() <= kWholeBytesMax && !m_bounds)
+    found = MatchAnew(code, text);
   if (found >= 0) return true;
   if (found != PCRE2_ERROR_NOMATCH) ++m_limitsReached;
   return false;
 }
 
-int WhereRegexSearch::MatchLong(const WhereRegex::Code& code, std::string_view text) {
+// Where a match may begin in a part that ends at `end` or a little later.
+std::size_t WhereRegexSearch::EndPart(const WhereRegex::Code& code, std::string_view text,
+                                      std::size_t end) const {
+  end = std::min(end, text.size());
+  while (code.ofCharacters && end < text.size() && (text[end] & 0xC0) == 0x80) ++end;
+  pcre2_set_offset_limit(m_memory->context, end < text.size() ? end - 1 : PCRE2_UNSET);
+  return end;
+}
+
+int WhereRegexSearch::MatchAnew(const WhereRegex::Code& code, std::string_view text) {
+  if (!code.parts || text.empty()) return MatchWhole(code, text, kStepsOfText);
   const Memory& memory = *m_memory;
+  std::uint64_t left = kStepsOfText;
+  int found = PCRE2_ERROR_NOMATCH;
+  for (std::size_t from = 0, end = 0; found == PCRE2_ERROR_NOMATCH && end < text.size();
+       from = end) {
+    end = EndPart(code, text, from + kPlacesAnew);
+    found = PCRE2_ERROR_MATCHLIMIT;
+    for (const std::uint32_t steps : {kStepsFirst, kStepsMore, kStepsMax}) {
+      const std::uint64_t cost = std::uint64_t{steps} * (end - from);
+      if (found != PCRE2_ERROR_MATCHLIMIT || cost > left) break;
+      left -= cost;
+      pcre2_set_match_limit(memory.context, steps);
+      found = code.parts->Match(text, from, memory.match, memory.context);
+    }
+  }
+  pcre2_set_offset_limit(memory.context, PCRE2_UNSET);
+  pcre2_set_match_limit(memory.context, kStepsFirst);
+  return found;
+}
+
+// `steps`: of all places together.
+int WhereRegexSearch::MatchWhole(const WhereRegex::Code& code, std::string_view text,
+                                 std::uint64_t steps) {
+  const Memory& memory = *m_memory;
+  const std::uint64_t ofPlace = std::min<std::uint64_t>(kStepsMax, steps / (text.size() + 1));
+  pcre2_set_match_limit(memory.context, static_cast<std::uint32_t>(ofPlace));
+  const int found = code.whole.Match(text, 0, memory.match, memory.context);
+  pcre2_set_match_limit(memory.context, m_bounds ? m_bounds->steps : kStepsFirst);
+  return found;
+}
+
+int WhereRegexSearch::MatchLong(const WhereRegex::Code& code, std::string_view text) {
   if (code.parts) return MatchInParts(code, text);
   // As many steps together as a shorter text has.
-  const std::uint32_t steps = m_bounds ? m_bounds->steps : kStepsMax;
-  pcre2_set_match_limit(memory.context,
-                        static_cast<std::uint32_t>(steps * kWholeBytesMax / text.size()));
-  const int found = code.whole.Match(text, 0, memory.match, memory.context);
-  pcre2_set_match_limit(memory.context, steps);
-  return found;
+  return MatchWhole(code, text,
+                    m_bounds ? std::uint64_t{m_bounds->steps} * kWholeBytesMax : kStepsOfText);
 }
 
 int WhereRegexSearch::MatchInParts(const WhereRegex::Code& code, std::string_view text) {
   const Memory& memory = *m_memory;
   SearchTime time;
   int found = PCRE2_ERROR_NOMATCH;
+  if (!m_bounds) pcre2_set_match_limit(memory.context, kStepsMax);
   std::size_t from = 0, end = 0, places = kPartFirst;
   for (; found == PCRE2_ERROR_NOMATCH && end < text.size(); from = end) {
     if (from > 0 && time.IsOver()) {
       found = PCRE2_ERROR_MATCHLIMIT;
       break;
     }
-    end = std::min(from + places, text.size());
-    while (code.ofCharacters && end < text.size() && (text[end] & 0xC0) == 0x80) ++end;
-    pcre2_set_offset_limit(memory.context, end < text.size() ? end - 1 : PCRE2_UNSET);
+    end = EndPart(code, text, from + places);
     found = code.parts->Match(text, from, memory.match, memory.context);
     places = std::min(2 * places, kPartMax);
   }
+  if (!m_bounds) pcre2_set_match_limit(memory.context, kStepsFirst);
   pcre2_set_offset_limit(memory.context, PCRE2_UNSET);
   return found;
 }

@@ -81,6 +81,9 @@ class WhereRegexSearch {
   bool FindsIn(const WhereRegex::Code& code, std::string_view text);
   bool MayBegin(std::string_view text) const { return !m_bounds || MayBeginBounded(text); }
   bool MayBeginBounded(std::string_view text) const;
+  std::size_t EndPart(const WhereRegex::Code& code, std::string_view text, std::size_t end) const;
+  int MatchAnew(const WhereRegex::Code& code, std::string_view text);
+  int MatchWhole(const WhereRegex::Code& code, std::string_view text, std::uint64_t steps);
   int MatchLong(const WhereRegex::Code& code, std::string_view text);
   int MatchInParts(const WhereRegex::Code& code, std::string_view text);
 

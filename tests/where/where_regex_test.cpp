@@ -298,4 +298,44 @@ TEST(WhereRegex, ABoundedSearchGivesUpLongTextsManyStepsAndAllAfterItsTime) {
   EXPECT_EQ(search.LimitsReached(), 3u);
 }
 
+TEST(WhereRegex, APlaceThatNeedsManyStepsHidesNoMatchBehindIt) {
+  std::size_t place = 0;
+  std::string why;
+  const auto regex = WhereRegex::Compile("(?:a|aa)+$|found|\\p{Lu}", place, why);
+  for (const int letters : {10, 16, 19, 22}) {
+    WhereRegexSearch search;
+    const std::string many = "--" + std::string(static_cast<std::size_t>(letters), 'a') + "!";
+    EXPECT_TRUE(search.Finds(*regex, many + " found")) << letters;
+    EXPECT_TRUE(search.Finds(*regex, many + "\xC3\x84")) << letters;
+    EXPECT_FALSE(search.Finds(*regex, many)) << letters;
+    EXPECT_EQ(search.LimitsReached(), 0u) << letters;
+  }
+}
+
+// Each of its places takes nearly as many steps as one place may.
+TEST(WhereRegex, AShortTextTakesNoLongerThanAFewPlacesOfIt) {
+  std::size_t place = 0;
+  std::string why;
+  const auto time = [&](const std::string& expression, const std::string& text) {
+    const auto regex = WhereRegex::Compile(expression, place, why);
+    std::uint64_t least = ~std::uint64_t{0};
+    for (int i = 0; i < 3; ++i) {
+      WhereRegexSearch search;
+      const std::uint64_t before = ThreadNanoseconds();
+      EXPECT_FALSE(search.Finds(*regex, text));
+      least = std::min(least, ThreadNanoseconds() - before);
+    }
+    return least;
+  };
+  const std::string text = std::string(1000, 'a') + "!";
+  const std::uint64_t one = time("^(?:a+)+$", text);
+  std::uint64_t most = 0;
+  for (int optional = 12; optional <= 20; ++optional) {
+    const std::string count = std::to_string(optional);
+    most = std::max(most, time("(?:a?){" + count + "}[bc]", text));
+    most = std::max(most, time("(?=(?:a?){" + count + "}[bc])\\w", text));
+  }
+  EXPECT_LT(most, 100 * one);
+}
+
 }  // namespace

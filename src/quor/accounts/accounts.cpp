@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t kNameBytesMax = 64, kPidBytesMax = 256;
+constexpr std::size_t kNameBytesMax = 64, kPidBytesMax = 10;
 constexpr std::size_t kBufferBytesMax = 1u << 20;
 
 bool IsNumber(std::string_view text) {
@@ -25,8 +25,8 @@ bool IsPlain(std::string_view name) {
 }
 
 // "" if there is none.
-template <class Ask>
-std::string Asked(Ask&& ask) {
+template <class Question>
+std::string Asked(Question&& ask) {
   std::vector<char> buffer(4096);
   passwd entry{};
   passwd* found = nullptr;
@@ -36,22 +36,26 @@ std::string Asked(Ask&& ask) {
   return error == 0 && found ? found->pw_name : "";
 }
 
-std::string NameFor(uid_t uid) {
+}  // namespace
+
+std::string Accounts::AskSystem(uid_t uid) {
   return Asked([uid](passwd* entry, std::vector<char>& buffer, passwd** found) {
     return getpwuid_r(uid, entry, buffer.data(), buffer.size(), found);
   });
 }
 
-}  // namespace
-
 const Account& Accounts::Of(uid_t uid) {
-  const auto [known, isNew] = m_known.try_emplace(uid, Account{uid});
-  if (!isNew || !m_all) return known->second;
-  std::string name = NameFor(uid);
-  const bool isTaken = std::any_of(m_known.begin(), m_known.end(),
-                                   [&name](const auto& one) { return one.second.name == name; });
-  known->second.name = IsPlain(name) && !isTaken ? std::move(name) : std::to_string(uid);
-  return known->second;
+  const auto [known, isNew] = m_known.try_emplace(uid, Known{Account{uid}, {}});
+  Known& one = known->second;
+  const bool isDue = isNew || (one.askAgain && Clock::now() >= *one.askAgain);
+  if (!isDue || !m_all) return one.account;
+  const std::string name = m_ask(uid);
+  const bool isTaken = std::any_of(m_known.begin(), m_known.end(), [&](const auto& other) {
+    return other.first != uid && other.second.account.name == name;
+  });
+  one.account.name = IsPlain(name) && !isTaken ? name : std::to_string(uid);
+  one.askAgain = name.empty() ? std::optional(Clock::now() + m_askAgain) : std::nullopt;
+  return one.account;
 }
 
 bool Accounts::IsName(const std::string& name) const {
@@ -76,13 +80,8 @@ std::string_view AppIn(std::string_view key) {
   return slash == key.npos ? std::string_view() : key.substr(slash + 1);
 }
 
-std::string PidText(std::string_view pid, std::string_view account) {
-  if (account.empty()) return std::string(pid);
-  std::string text(pid.substr(0, kPidBytesMax));
-  for (char& byte : text) {
-    const auto value = static_cast<unsigned char>(byte);
-    if (value <= ' ' || value == 0x7F) byte = '_';
-  }
-  if (text.empty()) text = "?";
-  return text + " " + std::string(account);
+std::string PidText(std::string_view said, std::uint32_t pid, std::string_view account) {
+  if (account.empty()) return std::string(said);
+  const bool isNumber = IsNumber(said) && said.size() <= kPidBytesMax;
+  return (isNumber ? std::string(said) : std::to_string(pid)) + " " + std::string(account);
 }

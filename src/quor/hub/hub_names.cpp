@@ -89,7 +89,7 @@ bool SourceNames::FindPid(AppNameId own, HubNames& hub, HubNameId& id) {
   if (made != m_pids.end()) return id = made->second, true;
   const auto known = m_texts.find(own);
   if (known == m_texts.end()) return false;
-  id = hub.IdOf(PidText(known->second, m_account), m_share.get());
+  id = hub.IdOf(PidText(known->second, m_pid, m_account), m_share.get());
   m_pids[own] = id;
   return true;
 }

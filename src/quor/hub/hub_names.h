@@ -71,7 +71,11 @@ class SourceNames {
     return true;
   }
   // Of a source whose account is shown: the same for the text of a process, with the account.
-  void SetAccount(std::string account) { m_account = std::move(account); }
+  // `pid`: see PidText.
+  void SetAccount(std::string account, std::uint32_t pid) {
+    m_account = std::move(account);
+    m_pid = pid;
+  }
   void SetShare(std::shared_ptr<NameShare> share) { m_share = std::move(share); }
   NameShare* Share() const { return m_share.get(); }
   const std::string& Account() const { return m_account; }
@@ -99,6 +103,7 @@ class SourceNames {
   std::unordered_map<AppNameId, std::string> m_texts;
   std::unordered_map<AppNameId, HubNameId> m_pids;  // with the account
   std::string m_account;
+  std::uint32_t m_pid = 0;             // with the account
   std::shared_ptr<NameShare> m_share;  // none: no bound
   std::size_t m_textBytes = 0;
   const HubNames* m_hub = nullptr;

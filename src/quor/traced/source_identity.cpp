@@ -13,8 +13,8 @@ std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_
   return instance;
 }
 
-void PutAccount(const Account& account, Source& source) {
+void PutAccount(const Account& account, std::uint32_t pid, Source& source) {
   if (account.name.empty()) return;
   source.account = account.uid;
-  source.pid = PidText(source.pid, account.name);
+  source.pid = PidText(source.pid, pid, account.name);
 }

@@ -12,4 +12,4 @@ std::array<std::uint8_t, 16> InstanceOf(const std::string& machine, std::uint32_
                                         std::uint64_t startedNs, std::uint32_t moves);
 
 // At the service of a machine: also its account, in the text of its process too.
-void PutAccount(const Account& account, Source& source);
+void PutAccount(const Account& account, std::uint32_t pid, Source& source);

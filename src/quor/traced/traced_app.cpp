@@ -90,7 +90,7 @@ TracedApp::TracedApp(SegmentMap segment, std::string app, std::string machine, s
       m_pid(pid),
       m_account(account),
       m_ageAtStart(AgeOf(m_segment)) {
-  m_names.SetAccount(m_account.name);
+  m_names.SetAccount(m_account.name, m_pid);
   ReadNames();
 }
 
@@ -121,7 +121,7 @@ void TracedApp::Enter(Hub& hub) {
   source.app = m_name;
   const std::string pid = m_names.TextOf(m_segment.Layout().pidName);
   source.pid = pid.empty() ? std::to_string(m_pid) : pid;
-  PutAccount(m_account, source);
+  PutAccount(m_account, m_pid, source);
   m_servedElsewhere = header.servedElsewhere.load(std::memory_order_relaxed);
   if (served > MaxPossible() || m_servedElsewhere > served) {
     Break("its count of traces is impossible");
@@ -291,7 +291,7 @@ std::shared_ptr<Source> Remember(const FinishedSegment& rest, const std::string&
   source.instance = InstanceOf(machine, rest.pid, rest.startedNs, rest.moves);
   source.machine = machine;
   source.pid = std::to_string(rest.pid);
-  PutAccount(account, source);
+  PutAccount(account, rest.pid, source);
   source.serial = rest.served - rest.servedElsewhere;
   if (!hub.Machine().empty()) {
     source.forwarded = ForwardedOf(rest.forwarded, rest.served, rest.servedElsewhere);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "quor/accounts/account_bound.h"
 
 namespace {
@@ -24,7 +26,7 @@ TEST(Accounts, OfAServiceOfOneAccountHaveNoNames) {
   EXPECT_EQ(accounts.Of(0).name, "");
   EXPECT_FALSE(accounts.IsName("root"));
   EXPECT_EQ(KeyOf(accounts.Of(0), "a/b"), "a/b");
-  EXPECT_EQ(PidText("worker 7", accounts.Of(0).name), "worker 7");
+  EXPECT_EQ(PidText("worker 7", 4711, accounts.Of(0).name), "worker 7");
 }
 
 TEST(Accounts, AKeyIsDividedAtItsFirstSlash) {
@@ -34,12 +36,29 @@ TEST(Accounts, AKeyIsDividedAtItsFirstSlash) {
   EXPECT_EQ(AppIn("shop"), "");
 }
 
-TEST(Accounts, TheAccountOfAProcessIsWhatFollowsItsLastBlankWhateverTheProgramWrites) {
-  EXPECT_EQ(PidText("4711", "alice"), "4711 alice");
-  EXPECT_EQ(PidText("", "alice"), "? alice");
-  EXPECT_EQ(PidText("4711 bob", "alice"), "4711_bob alice");
-  EXPECT_EQ(PidText("a\tb\nc\x7f", "alice"), "a_b_c_ alice");
-  EXPECT_EQ(PidText(std::string(5000, 'x'), "alice"), std::string(256, 'x') + " alice");
+TEST(Accounts, AProcessIsANumberAndItsAccountWhateverTheProgramWrites) {
+  EXPECT_EQ(PidText("7", 4711, "alice"), "7 alice") << "its number in its own name space";
+  for (const char* const said : {"", "7 bob", "bob", "7_bob", "-7", "7\n", "12345678901"})
+    EXPECT_EQ(PidText(said, 4711, "alice"), "4711 alice") << said;
+}
+
+TEST(Accounts, ANameThatTheSystemCannotTellIsAskedForAgainAfterAWhile) {
+  int asked = 0;
+  bool fails = true;
+  Accounts accounts(
+      true, [&](uid_t) { return ++asked, std::string(fails ? "" : "alice"); },
+      std::chrono::milliseconds(200));
+  EXPECT_EQ(accounts.Of(7).name, "7");
+  EXPECT_EQ(accounts.Of(7).name, "7");
+  EXPECT_EQ(asked, 1);
+  fails = false;
+  std::this_thread::sleep_for(std::chrono::milliseconds(250));
+  EXPECT_EQ(accounts.Of(7).name, "alice");
+  EXPECT_EQ(accounts.Of(8).name, "8") << "another account has that name";
+  std::this_thread::sleep_for(std::chrono::milliseconds(250));
+  EXPECT_EQ(accounts.Of(7).name, "alice");
+  EXPECT_EQ(accounts.Of(8).name, "8");
+  EXPECT_EQ(asked, 3);
 }
 
 TEST(Accounts, ABoundIsOfEachAccountAndAServiceOfOneAccountHasNone) {

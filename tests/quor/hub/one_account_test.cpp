@@ -85,7 +85,7 @@ TEST(HubOfAccounts, ASourceComesBackOnlyToItsOwnAccount) {
 TEST(HubOfAccounts, TheAccountFollowsEveryNameOfAProcess) {
   Hub hub(HubBatches::OfOneAccount);
   SourceNames names;
-  names.SetAccount("alice");
+  names.SetAccount("alice", 4711);
   names.Enter(AppNameId{1}, "7");
   names.Enter(AppNameId{2}, "8 bob");
   HubNameId id{};
@@ -93,7 +93,7 @@ TEST(HubOfAccounts, TheAccountFollowsEveryNameOfAProcess) {
     ASSERT_TRUE(names.FindPid(AppNameId{1}, hub.Names(), id));
     EXPECT_EQ(hub.Names().Text(id), "7 alice");
     ASSERT_TRUE(names.FindPid(AppNameId{2}, hub.Names(), id));
-    EXPECT_EQ(hub.Names().Text(id), "8_bob alice");
+    EXPECT_EQ(hub.Names().Text(id), "4711 alice");
   }
   EXPECT_FALSE(names.FindPid(AppNameId{3}, hub.Names(), id));
   // The same name is the plain text where no process is meant.

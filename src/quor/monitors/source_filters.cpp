@@ -40,11 +40,12 @@ std::shared_ptr<SourceFilter> SourceFilters::Open(const Account& account, const 
   const Key key = KeyOf(account, text);
   if (const auto known = m_filters.find(key); known != m_filters.end())
     if (auto filter = known->second.lock()) return filter;
+  const auto beganAt = WorkShare::Clock::now();
   const std::uint64_t began = ThreadNanoseconds();
   auto made = Make(account, key, error);
-  const auto worked = static_cast<std::int64_t>(ThreadNanoseconds() - began);
-  SharesOf(account)->share.Worked(worked);
-  m_means.making.Worked(worked);
+  SharesOf(account)->share.Worked(static_cast<std::int64_t>(ThreadNanoseconds() - began));
+  // The others wait for all of the time, also for that in which this thread has no processor.
+  m_means.making.Worked(std::chrono::nanoseconds(WorkShare::Clock::now() - beganAt).count());
   return made;
 }
 

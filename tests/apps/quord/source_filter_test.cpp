@@ -295,7 +295,7 @@ TEST_F(AtSource, TextsOfManyClientsHoldUpNobodyAndAllAreTaken) {
     client.Pump();
     answered += client.IsAnswered() ? 1 : 0;
   }
-  EXPECT_LT(answered, clients.size() / 2);
+  EXPECT_LT(answered, clients.size()) << "somebody else had a turn before the last of them";
   for (QuordClient& client : clients) {
     EXPECT_TRUE(WaitFor([&] { return client.Pump(), client.IsAnswered(); }));
     EXPECT_EQ(client.Answer().text(), "");

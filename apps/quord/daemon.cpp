@@ -164,6 +164,9 @@ bool PrepareMachine(ServeCommand* command, std::string* why) {
 
 int Serve(const ServeCommand& command) {
   umask(077);  // only this user may read state, log and sockets
+  // What root has open is not for the user that it becomes.
+  if (geteuid() == 0 && !CloseInherited())
+    return Fail("cannot close what was left open: " + SystemReason());
   const bool isActivated = !Environment("LISTEN_FDS").empty();
   ServiceOptions options;
   std::string why;

@@ -105,6 +105,13 @@ bool SomebodyAnswers(const sockaddr_un& address) {
   return answers;
 }
 
+bool IsHandedSocket() {
+  const char* const pid = std::getenv("LISTEN_PID");
+  const char* const count = std::getenv("LISTEN_FDS");
+  return pid && count && std::strtol(pid, nullptr, 10) == getpid() &&
+         std::strtol(count, nullptr, 10) >= 1;
+}
+
 }  // namespace
 
 bool LocalListener::Lock(const std::string& socketPath, Group group, std::string* why) {
@@ -208,11 +215,13 @@ pid_t ServicePid(const std::string& socketPath) {
   return held && length > 0 ? static_cast<pid_t>(std::strtol(text, nullptr, 10)) : 0;
 }
 
+bool CloseInherited() {
+  const int first = IsHandedSocket() ? kFirstInherited + 1 : kFirstInherited;
+  return close_range(static_cast<unsigned>(first), ~0u, 0) == 0;
+}
+
 int TakeInheritedSocket(std::string* path) {
-  const char* const pid = std::getenv("LISTEN_PID");
-  const char* const count = std::getenv("LISTEN_FDS");
-  const bool ours = pid && count && std::strtol(pid, nullptr, 10) == getpid() &&
-                    std::strtol(count, nullptr, 10) >= 1;
+  const bool ours = IsHandedSocket();
   unsetenv("LISTEN_PID");
   unsetenv("LISTEN_FDS");
   unsetenv("LISTEN_FDNAMES");

@@ -58,6 +58,9 @@ class LocalListener {
 // The pid in the lock file beside the socket; 0 when no service holds the lock.
 pid_t ServicePid(const std::string& socketPath);
 
+// Closes what whoever started this process left open, but for the standard three and the socket
+// that TakeInheritedSocket will find. Call it first.
+bool CloseInherited();
 // The first descriptor that the system has handed over to this process, and the path it listens on;
 // -1 when there is none. Reads LISTEN_PID and LISTEN_FDS and removes them.
 int TakeInheritedSocket(std::string* path);

@@ -1,6 +1,8 @@
 // One service for all accounts of a machine: it has no rights, and everybody's traces.
+#include <fcntl.h>
 #include <pwd.h>
 
+#include <filesystem>
 #include <quor/quor.hpp>
 
 #include "machine_fixture.h"
@@ -53,6 +55,27 @@ TEST_F(MachineService, AFolderWithFilesOfAnotherUserIsNotGivenAway) {
   setenv("QUOR_MACHINE_SOCKET", root.File("quord.sock").c_str(), 1);
   EXPECT_EQ(quord.Run({"--machine", "--user", "daemon"}), 1);
   EXPECT_TRUE(isRoots());
+}
+
+// Its user could read whatever is open.
+TEST_F(MachineService, StartedByRootItKeepsNothingThatRootHadOpen) {
+  if (!IsRoot()) return;  // there is nothing that it must not have
+  const TempDir root;
+  const int secret = open(root.File("secret", "of root").c_str(), O_RDONLY);
+  const int high = fcntl(secret, F_DUPFD, 100);
+  ASSERT_GE(high, 100);
+  Start();
+  close(secret);
+  close(high);
+  const std::string links = "/proc/" + std::to_string(quord.Pid()) + "/fd";
+  int open = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(links)) {
+    std::error_code gone;
+    const std::string target = std::filesystem::read_symlink(entry.path(), gone).string();
+    EXPECT_EQ(target.find("secret"), target.npos) << entry.path();
+    ++open;
+  }
+  EXPECT_GT(open, 3);
 }
 
 TEST_F(MachineService, StartedByRootItKeepsNoRight) {

@@ -126,7 +126,15 @@ TEST_F(FilterLineTest, AnErrorIsUnderlinedWhereItStandsAndSaidInWords) {
   EXPECT_EQ(Edit().accessibleDescription(), message);
   const auto* const said = Line()->findChildren<QLabel*>().front();
   EXPECT_EQ(said->text(), message);
-  EXPECT_EQ(said->palette().color(QPalette::WindowText), FilterEdit::ErrorColor(said->palette()));
+  const auto colourOn = [&](QColor window) {
+    QPalette colors = Line()->palette();
+    colors.setColor(QPalette::Window, window);
+    Line()->setPalette(colors);
+    return said->palette().color(QPalette::WindowText);
+  };
+  EXPECT_EQ(colourOn(Qt::white), FilterEdit::ErrorColor(Qt::white));
+  EXPECT_EQ(colourOn(Qt::black), FilterEdit::ErrorColor(Qt::black)) << "beside a light edit";
+  EXPECT_NE(FilterEdit::ErrorColor(Qt::white), FilterEdit::ErrorColor(Qt::black));
   const auto [least, most] = red();
   const int width = Edit().fontMetrics().horizontalAdvance(QStringLiteral("componet"));
   EXPECT_NEAR(least, from, width / 3);

@@ -14,10 +14,8 @@ bool FilterEdit::KeepsKey(const QKeyEvent& key) const {
   return key.matches(QKeySequence::Copy) || key.matches(QKeySequence::SelectAll);
 }
 
-QColor FilterEdit::ErrorColor(const QPalette& colors) {
-  const bool dark =
-      colors.color(QPalette::Base).lightness() < colors.color(QPalette::Text).lightness();
-  return dark ? QColor(0xff, 0x7b, 0x72) : QColor(0xc4, 0x1e, 0x1e);
+QColor FilterEdit::ErrorColor(const QColor& ground) {
+  return ground.lightness() < 128 ? QColor(0xff, 0x7b, 0x72) : QColor(0xc4, 0x1e, 0x1e);
 }
 
 // An edit has no formats of its own. It draws those of an input method, by their distance to the
@@ -27,7 +25,7 @@ void FilterEdit::Underline(int from, int length) {
   if (length > 0) {
     QTextCharFormat format;
     format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
-    format.setUnderlineColor(ErrorColor(palette()));
+    format.setUnderlineColor(ErrorColor(palette().color(QPalette::Base)));
     attributes.append(QInputMethodEvent::Attribute(QInputMethodEvent::TextFormat,
                                                    from - cursorPosition(), length, format));
   }

@@ -15,8 +15,8 @@ class FilterEdit : public QLineEdit {
  public:
   explicit FilterEdit(QWidget* parent);
 
-  // Readable on the ground of these colours, light or dark.
-  static QColor ErrorColor(const QPalette& colors);
+  // Readable on this ground, light or dark.
+  static QColor ErrorColor(const QColor& ground);
   // In characters of the text; length 0: nothing.
   void Underline(int from, int length);
   QRect CaretRect() const { return cursorRect(); }

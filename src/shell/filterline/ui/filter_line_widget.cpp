@@ -123,7 +123,9 @@ void FilterLineWidget::ShowState() {
   m_message->setFont(font);
   const auto& error = m_line->Error();
   QPalette colors = palette();
-  if (error) colors.setColor(QPalette::WindowText, FilterEdit::ErrorColor(colors));
+  // Colours of high contrast may have a dark window with light edits.
+  if (error)
+    colors.setColor(QPalette::WindowText, FilterEdit::ErrorColor(colors.color(QPalette::Window)));
   m_message->setPalette(colors);
   if (!error) return m_edit->Underline(0, 0);
   const std::string& all = m_line->Text();

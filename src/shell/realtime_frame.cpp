@@ -39,6 +39,8 @@ void CTraceRealtimeFrame::OnCreate() {
 
 void CTraceRealtimeFrame::OnDestroy() {
   if (m_timer) GetHost().KillTimer(std::exchange(m_timer, 0));
+  // The monitor may have another window, which shows what the text of this one would withhold.
+  Filter().Line().SetAtSource(false);
   CTraceChildFrame::OnDestroy();
 }
 

@@ -139,6 +139,16 @@ TEST_F(SourceFilterTest, AllTracesComeWhileTheMonitorHasASecondWindow) {
   EXPECT_EQ(Sent(), "filter pid == 1\n");
 }
 
+TEST_F(SourceFilterTest, ASecondWindowGetsAllTracesHoweverSoonTheFirstOneEnds) {
+  Line().SetAtSource(true);
+  Apply("pid == 1");
+  EXPECT_EQ(Sent(), "filter pid == 1\n");
+  ASSERT_TRUE(Frame().OnCommand(ID_WINDOW_NEW));
+  Frame().Children()[0]->OnClose();  // before any tick
+  ASSERT_EQ(Frame().Children().size(), 1u);
+  EXPECT_EQ(Sent(), "filter \n");
+}
+
 TEST_F(SourceFilterTest, ATimeWithoutAZoneFollowsTheOptionsThereToo) {
   const ZoneGuard zone("CET-1");
   Line().SetAtSource(true);

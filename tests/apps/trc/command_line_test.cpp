@@ -4,10 +4,6 @@
 
 namespace {
 
-bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 // Wrong use: nothing on standard output, a message on standard error, status 2.
 void ExpectRefused(const std::vector<std::string>& arguments, const std::string& words) {
   const TrcRun run = RunTrc(arguments);

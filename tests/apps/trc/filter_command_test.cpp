@@ -69,11 +69,6 @@ class TrcFilterText : public testing::Test {
     std::ifstream out(m_dir.File("out"));
     return {std::istreambuf_iterator<char>(out), {}};
   }
-  static std::string Quoted(const std::string& text) {
-    std::string quoted = "'";
-    for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-  }
 
   TempDir m_dir;
   const std::string m_file = m_dir.File("web.trc");

@@ -77,12 +77,6 @@ class TrcFollow : public testing::Test {
     trc.Interrupt();
     return trc.Finish();
   }
-  static std::string Texts(const std::string& out) {
-    std::string texts;
-    for (const nlohmann::json& trace : JsonLinesOf(out))
-      texts += (texts.empty() ? "" : " ") + trace.at("text").get<std::string>();
-    return texts;
-  }
   // The last line; all of them would take much memory.
   static nlohmann::json LastOf(const std::string& out) {
     return nlohmann::json::parse(out.substr(out.rfind('\n', out.size() - 2) + 1));

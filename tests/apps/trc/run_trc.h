@@ -33,6 +33,25 @@ inline std::vector<nlohmann::json> JsonLinesOf(const std::string& text) {
   return objects;
 }
 
+// "a0 a1": the texts of such lines.
+inline std::string Texts(const std::string& lines) {
+  std::string texts;
+  for (const nlohmann::json& trace : JsonLinesOf(lines))
+    texts += (texts.empty() ? "" : " ") + trace.at("text").get<std::string>();
+  return texts;
+}
+
+inline bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// As one word of a shell.
+inline std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
 // The objects of the jsonl dump of an undamaged file, in UTC.
 inline std::vector<nlohmann::json> DumpedTraces(const std::string& path,
                                                 std::vector<std::string> more = {}) {

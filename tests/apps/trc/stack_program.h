@@ -22,7 +22,6 @@ class StackPrograms : public ::testing::Test {
     return value ? value : "";
   }
   // Quoted for the shell; no path here has a quote.
-  static std::string Quoted(const std::string& text) { return "'" + text + "'"; }
   void Do(const std::string& command) const {
     EXPECT_EQ(std::system(("cd " + Quoted(m_dir.Path()) + " && " + command).c_str()), 0) << command;
   }

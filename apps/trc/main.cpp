@@ -3,8 +3,10 @@
 #include "symbols/worker/symbol_worker.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
+#include "terminal/standard_files.h"
 
 int main(int argc, char** argv) {
+  TakeClosedStandardFiles();
   if (IsSymbolWorker(argc, argv)) return RunSymbolWorker(argc, argv);
   if (IsCompletion(argc, argv)) return RunCompletion(argc, argv);
   CatchSignals();

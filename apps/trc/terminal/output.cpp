@@ -2,11 +2,13 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
 
 #include "terminal/exit_status.h"
+#include "terminal/harmless_text.h"
 #include "terminal/interrupt.h"
 
 bool Output::Flush() {
@@ -20,6 +22,9 @@ bool Output::Flush() {
       m_error = errno;
     }
   }
+  if (m_error != 0)
+    m_linesLost += static_cast<std::uint64_t>(
+        std::count(m_buffer.begin() + static_cast<std::ptrdiff_t>(written), m_buffer.end(), '\n'));
   m_buffer.clear();
   m_flushed = Clock::now();
   return m_error == 0 && !Interrupted();
@@ -35,5 +40,5 @@ int Output::Finish() {
 }
 
 void PrintError(std::string_view text) {
-  std::fprintf(stderr, "trc: %.*s\n", static_cast<int>(text.size()), text.data());
+  std::fprintf(stderr, "trc: %s\n", HarmlessText(text).c_str());
 }

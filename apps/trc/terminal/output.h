@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -35,6 +36,8 @@ class Output {
   bool Flush();
   // Writes the rest and returns the exit status.
   int Finish();
+  // How many could not be written whole.
+  std::uint64_t LinesLost() const { return m_linesLost; }
 
  private:
   static constexpr std::size_t kPieceBytes = 256 * 1024;
@@ -45,9 +48,10 @@ class Output {
 
   std::string m_buffer;
   unsigned m_lines = 0;
+  std::uint64_t m_linesLost = 0;
   Clock::time_point m_flushed = Clock::now();
   int m_error = 0;  // errno of the failed write
 };
 
-// Prints "trc: " and the message to standard error.
+// Prints "trc: " and the message to standard error. What a terminal would obey is made harmless.
 void PrintError(std::string_view text);

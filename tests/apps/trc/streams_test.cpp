@@ -124,6 +124,34 @@ TEST_F(TrcStreams, ASaveTellsOnATerminalThatItSaves) {
   EXPECT_EQ(run.err.substr(run.err.size() - 4), "\r\x1b[K");
 }
 
+// Only the last line of a terminal can be erased.
+TEST_F(TrcStreams, TheProgressKeepsToItsLineOnANarrowTerminal) {
+  const std::string packed = s_directory->File("with a name that is longer than a line.gz");
+  EXPECT_EQ(system(("gzip -1c '" + Sample() + "' > '" + packed + "'").c_str()), 0);
+  const TrcRun run = RunTrc({.arguments = {"info", packed}, .errIsTerminal = true, .columns = 40});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(run.err.find("\r\x1b[KReading "), std::string::npos) << run.err;
+  const std::string erase = "\r\x1b[K";
+  for (std::size_t at = 0, next = 0; next != run.err.npos; at = next + erase.size()) {
+    next = run.err.find(erase, at);
+    EXPECT_LT(std::min(next, run.err.size()) - at, 40u) << run.err;
+  }
+}
+
+TEST_F(TrcStreams, NamesOfFilesCannotCommandATerminal) {
+  const std::string evil = s_directory->File(
+      "a\x1b]0;title\x07\xc2\x9b"
+      "2J\xff.trc");
+  for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+           {"info", evil}, {"dump", evil}, {"save", Sample(), evil + "/none"}, {evil}}) {
+    const TrcRun run = RunTrc(words);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("a\\x1b]0;title\\x07\\x9b2J\xef\xbf\xbd.trc"), std::string::npos)
+        << run.err;
+    EXPECT_EQ(run.err.find_first_of("\x1b\x07\xc2\xff"), std::string::npos) << run.err;
+  }
+}
+
 TEST_F(TrcStreams, WordsGoToATerminalToo) {
   const TrcRun run =
       RunTrc({.arguments = {"info", s_directory->File("none.trc")}, .errIsTerminal = true});

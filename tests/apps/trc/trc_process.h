@@ -11,6 +11,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -34,6 +35,8 @@ struct TrcStart {
   std::string outTo = {};                     // a path for standard output; empty: a pipe
   bool outIsClosed = false;  // the reader closes the pipe before the program starts
   bool errIsTerminal = false;
+  unsigned short columns = 0;  // of that terminal; 0: it does not say
+  int closed = -1;             // a descriptor that is closed
   bool ignoreInterrupt = false;
   rlim_t fileBytesMax = RLIM_INFINITY;  // a longer file is an error, as on a full disk
   bool withoutNotify = false;           // no inotify
@@ -45,7 +48,7 @@ class TrcProcess {
     int out[2], err[2];
     OpenPipe(out);
     if (start.outIsClosed) close(out[0]);
-    start.errIsTerminal ? OpenTerminal(err) : OpenPipe(err);
+    start.errIsTerminal ? OpenTerminal(err, start.columns) : OpenPipe(err);
     malloc_trim(0);  // what this program holds counts as memory of the child, until its exec
     m_process = fork();
     if (m_process == 0) BecomeTrc(start, out[1], err[1]);
@@ -119,13 +122,15 @@ class TrcProcess {
 
  private:
   static void OpenPipe(int (&ends)[2]) { ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0); }
-  static void OpenTerminal(int (&ends)[2]) {
+  static void OpenTerminal(int (&ends)[2], unsigned short columns) {
     ends[0] = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(ends[0], 0);
     ASSERT_EQ(grantpt(ends[0]), 0);
     ASSERT_EQ(unlockpt(ends[0]), 0);
     ends[1] = open(ptsname(ends[0]), O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(ends[1], 0);
+    const winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    EXPECT_EQ(ioctl(ends[1], TIOCSWINSZ, &size), 0);
   }
   [[noreturn]] static void BecomeTrc(const TrcStart& start, int out, int err) {
     if (!start.outTo.empty()) out = open(start.outTo.c_str(), O_WRONLY);
@@ -144,6 +149,7 @@ class TrcProcess {
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     if (start.withoutNotify) RefuseNotify();
+    if (start.closed >= 0) close(start.closed);
     execv(program.c_str(), argv.data());
     _exit(127);
   }

@@ -16,6 +16,20 @@ namespace {
 
 constexpr std::uint64_t kStepsPerLook = 100000;  // of the matcher, in one text
 
+// A compiled pattern has 1,024 bytes: 2 for a character, 17 for a letter of any case.
+std::string WhyIllegal(const FindOptions& options) {
+  try {
+    RegexProgram::Compile(options.pattern.c_str(), {.ignoreCase = options.ignoreCase,
+                                                    .literal = !options.expression,
+                                                    .wordSearch = options.wordSearch});
+  } catch (const std::string& error) {
+    if (error.ends_with(" " + std::to_string(kRegexTooLong)))
+      return "Illegal search pattern: it is too long (at most 511 characters, with --ignore-case "
+             "60 letters); --perl-regex takes longer ones";
+  }
+  return "Illegal search pattern.";
+}
+
 // What PATTERN means.
 class Pattern {
  public:
@@ -25,7 +39,7 @@ class Pattern {
     if (!options.perl) {
       const int prepared = RegexPrepare(options.pattern.c_str(), options.ignoreCase,
                                         !options.expression, options.wordSearch, 0);
-      if (prepared == 0) PrintError("Illegal search pattern.");
+      if (prepared == 0) PrintError(WhyIllegal(options));
       return prepared != 0;
     }
     std::string why;

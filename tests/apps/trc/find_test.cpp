@@ -115,6 +115,20 @@ TEST_F(TrcFind, ABadPatternIsRefusedBeforeTheFileIsRead) {
   EXPECT_EQ(Run({"[abc"}).status, 1) << "plain text";
 }
 
+TEST_F(TrcFind, APatternThatIsTooLongIsToldWithWhatIsPossible) {
+  EXPECT_EQ(Run({std::string(511, 'a')}).status, 1);
+  EXPECT_EQ(Run({"-i", std::string(60, 'a')}).status, 1);
+  for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+           {std::string(512, 'a')}, {"-i", std::string(61, 'a')}, {"-e", std::string(512, 'a')}}) {
+    const TrcRun run = Run(words);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err,
+              "trc: Illegal search pattern: it is too long (at most 511 characters, with "
+              "--ignore-case 60 letters); --perl-regex takes longer ones\n");
+  }
+  EXPECT_EQ(Run({"-P", "-i", std::string(5000, 'a')}).status, 1);
+}
+
 TEST_F(TrcFind, AFileThatCannotBeReadIsAnError) {
   EXPECT_EQ(RunTrc({"find", "x", m_directory.File("missing.trc")}).status, 2);
   EXPECT_EQ(RunTrc({"find", "x"}).status, 2);

@@ -18,7 +18,6 @@ enum RegexError : int {
   kBraceExpected = 45,
   kMaximumBelowMinimum = 46,
   kUnclosed = 49,
-  kProgramTooLong = 50,
 };
 
 constexpr int kByteMax = 255;
@@ -100,10 +99,10 @@ class Compiler {
 
   std::ptrdiff_t Room() const { return m_end - m_out; }
   void NeedRoom() const {
-    if (Room() <= 0) RegexRaise(kProgramTooLong);
+    if (Room() <= 0) RegexRaise(kRegexTooLong);
   }
   void NeedRoomForSet() const {
-    if (Room() <= static_cast<std::ptrdiff_t>(kRegexSetBytes) + 1) RegexRaise(kProgramTooLong);
+    if (Room() <= static_cast<std::ptrdiff_t>(kRegexSetBytes) + 1) RegexRaise(kRegexTooLong);
   }
   void Write(int byte) { *m_out++ = static_cast<unsigned char>(byte); }
   void WriteZeros(std::size_t count) {
@@ -250,7 +249,7 @@ class Compiler {
 
   void Widen(unsigned char* map, unsigned char c) {
     if (c < kTopBit || map[-1] != RX_SET) return;
-    if (m_end - map <= static_cast<std::ptrdiff_t>(kRegexWideSetBytes)) RegexRaise(kProgramTooLong);
+    if (m_end - map <= static_cast<std::ptrdiff_t>(kRegexWideSetBytes)) RegexRaise(kRegexTooLong);
     map[-1] = RX_WIDE_SET;
     std::memset(map + kRegexSetBytes, 0, kRegexWideSetBytes - kRegexSetBytes);
   }

@@ -29,3 +29,5 @@ unsigned char* CompileRegex(const RegexSource& source, unsigned char* buffer,
 
 // Throws a std::string, "Regular expression parser error: %d".
 [[noreturn]] void RegexRaise(int code);
+// The code of a program that has no room in the buffer.
+constexpr int kRegexTooLong = 50;

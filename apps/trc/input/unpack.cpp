@@ -6,6 +6,7 @@
 #include <zlib.h>
 #include <zstd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -54,20 +55,41 @@ class Source {
   int m_error = 0;
 };
 
+// Lets a trace file through to the private file, and nothing else.
+class TraceSink {
+ public:
+  explicit TraceSink(PrivateFile& file) : m_file(file) {}
+
+  bool Append(const void* bytes, std::size_t count, std::string* why) {
+    const auto* const begin = static_cast<const std::uint8_t*>(bytes);
+    if (m_begin.size() < kTrcHeaderBytes) {
+      m_begin.insert(m_begin.end(), begin,
+                     begin + std::min(count, kTrcHeaderBytes - m_begin.size()));
+      if (m_begin.size() == kTrcHeaderBytes && VersionOf(m_begin) == TrcVersion::Unknown)
+        return FailWith(why, "Invalid format.");
+    }
+    return m_file.Append(bytes, count, why);
+  }
+
+ private:
+  PrivateFile& m_file;
+  std::vector<std::uint8_t> m_begin;
+};
+
 // Unpacks piece by piece.
 class Unpacker {
  public:
   virtual ~Unpacker() = default;
-  enum class Step { Good, Bad, NoRoom };
-  virtual Step Take(std::string_view piece, PrivateFile& to, std::string* why) = 0;
+  enum class Step { Good, Bad, Refused };
+  virtual Step Take(std::string_view piece, TraceSink& to, std::string* why) = 0;
   // May the input end here?
   virtual bool IsWhole() const = 0;
 };
 
 class PlainUnpacker final : public Unpacker {
  public:
-  Step Take(std::string_view piece, PrivateFile& to, std::string* why) override {
-    return to.Append(piece.data(), piece.size(), why) ? Step::Good : Step::NoRoom;
+  Step Take(std::string_view piece, TraceSink& to, std::string* why) override {
+    return to.Append(piece.data(), piece.size(), why) ? Step::Good : Step::Refused;
   }
   bool IsWhole() const override { return true; }
 };
@@ -81,7 +103,7 @@ class GzipUnpacker final : public Unpacker {
   ~GzipUnpacker() override {
     if (m_ready) inflateEnd(&m_stream);
   }
-  Step Take(std::string_view piece, PrivateFile& to, std::string* why) override {
+  Step Take(std::string_view piece, TraceSink& to, std::string* why) override {
     if (!m_ready) return FailWith(why, "no memory to unpack it", Step::Bad);
     m_stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(piece.data()));
     m_stream.avail_in = static_cast<uInt>(piece.size());
@@ -92,7 +114,7 @@ class GzipUnpacker final : public Unpacker {
       m_stream.avail_out = static_cast<uInt>(m_out.size());
       const int result = inflate(&m_stream, Z_NO_FLUSH);
       const std::size_t count = m_out.size() - m_stream.avail_out;
-      if (count > 0 && !to.Append(m_out.data(), count, why)) return Step::NoRoom;
+      if (count > 0 && !to.Append(m_out.data(), count, why)) return Step::Refused;
       m_whole = result == Z_STREAM_END;
       if (Interrupted()) return Step::Good;  // a piece may unpack to gigabytes
       if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR)
@@ -112,14 +134,14 @@ class ZstdUnpacker final : public Unpacker {
  public:
   // Its window is bounded by the library, so that a frame cannot ask for any memory.
   ZstdUnpacker() : m_stream(ZSTD_createDStream(), ZSTD_freeDStream), m_out(ZSTD_DStreamOutSize()) {}
-  Step Take(std::string_view piece, PrivateFile& to, std::string* why) override {
+  Step Take(std::string_view piece, TraceSink& to, std::string* why) override {
     if (!m_stream) return FailWith(why, "no memory to unpack it", Step::Bad);
     ZSTD_inBuffer in{piece.data(), piece.size(), 0};
     for (bool more = true; more || in.pos < in.size;) {
       ZSTD_outBuffer out{m_out.data(), m_out.size(), 0};
       const std::size_t left = ZSTD_decompressStream(m_stream.get(), &out, &in);
       if (ZSTD_isError(left)) return FailWith(why, ZSTD_getErrorName(left), Step::Bad);
-      if (out.pos > 0 && !to.Append(m_out.data(), out.pos, why)) return Step::NoRoom;
+      if (out.pos > 0 && !to.Append(m_out.data(), out.pos, why)) return Step::Refused;
       m_whole = left == 0;
       if (Interrupted()) return Step::Good;  // a piece may unpack to gigabytes
       more = out.pos == m_out.size() && !m_whole;
@@ -161,6 +183,7 @@ UnpackResult CopyUnpacked(int from, PrivateFile& to, std::string* why, std::uint
   constexpr std::size_t kMagicBytes = 4;
   if (!to.Create(why)) return UnpackResult::Failed;
   Source source(from);
+  TraceSink sink(to);
   const std::string begin = source.Begin(kMagicBytes);
   const std::unique_ptr<Unpacker> unpacker = UnpackerOf(PackingOf(begin));
   std::uint64_t taken = 0;
@@ -168,10 +191,10 @@ UnpackResult CopyUnpacked(int from, PrivateFile& to, std::string* why, std::uint
     if (to.Size() >= bytesMax) return FailWith(why, "it is too long", UnpackResult::Cut);
     taken += piece.size();
     std::string reason;
-    switch (unpacker->Take(piece, to, &reason)) {
+    switch (unpacker->Take(piece, sink, &reason)) {
       case Unpacker::Step::Good:
         break;
-      case Unpacker::Step::NoRoom:
+      case Unpacker::Step::Refused:
         return FailWith(why, reason, UnpackResult::Failed);
       case Unpacker::Step::Bad:
         return CutOrFailed(

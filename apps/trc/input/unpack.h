@@ -1,7 +1,8 @@
-// Copies an input into a private file, and unpacks it if it is packed with gzip or zstd.
+// Copies a trace file into a private file, and unpacks it if it is packed with gzip or zstd.
 //
 // Shape    Whether it is packed is known by its first bytes, not by its name. Several packed parts
-//          one behind the other are one file, as for the tools of these formats.
+//          one behind the other are one file, as for the tools of these formats. What does not
+//          begin as a trace file, of any version, is refused by its first bytes.
 // Errors   Cut and Failed come with a reason for the user.
 // Threads  One. An interrupt ends it.
 #pragma once

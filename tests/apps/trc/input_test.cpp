@@ -27,12 +27,6 @@ class TrcInput : public testing::Test {
     EXPECT_EQ(system((tool + " -c '" + path + "' > '" + out + "'").c_str()), 0);
     return out;
   }
-  static std::string Texts(const TrcRun& run) {
-    std::string texts;
-    for (const json& trace : JsonLinesOf(run.out))
-      texts += (texts.empty() ? "" : " ") + trace.at("text").get<std::string>();
-    return texts;
-  }
   static TrcRun Dump(std::vector<std::string> files,
                      const std::vector<std::string>& environment = {}) {
     files.insert(files.begin(), {"dump", "--format", "jsonl"});
@@ -107,10 +101,10 @@ TEST_F(TrcInput, SeveralPackedPartsAreOneFileAndWhatIsNoneBehindThemIsTold) {
       ReadAll(Packed("gzip", m_directory.File("1", bytes.substr(0, 50)), "1.gz"));
   const std::string two = ReadAll(Packed("gzip", m_directory.File("2", bytes.substr(50)), "2.gz"));
   const TrcRun whole = Dump({m_directory.File("both.gz", one + two)});
-  EXPECT_EQ(Texts(whole), "a0 a1 a2");
+  EXPECT_EQ(Texts(whole.out), "a0 a1 a2");
   EXPECT_EQ(whole.status, 0) << whole.err;
   const TrcRun more = Dump({m_directory.File("more.gz", one + two + "garbage")});
-  EXPECT_EQ(Texts(more), "a0 a1 a2");
+  EXPECT_EQ(Texts(more.out), "a0 a1 a2");
   EXPECT_EQ(more.status, 3);
 }
 
@@ -119,7 +113,7 @@ TEST_F(TrcInput, AnArchiveMayBeginWithAFrameThatIsNoData) {
   const std::string other("\x50\x2a\x4d\x18\x04\0\0\0size", 12);
   const TrcRun run =
       Dump({m_directory.File("b.zst", other + ReadAll(Packed("zstd -q", file, "a.zst")))});
-  EXPECT_EQ(Texts(run), "a0 a1 a2");
+  EXPECT_EQ(Texts(run.out), "a0 a1 a2");
   EXPECT_EQ(run.status, 0) << run.err;
 }
 
@@ -135,7 +129,7 @@ int OpenUnpacked(pid_t process, const std::string& folder) {
 
 TEST_F(TrcInput, AnInterruptEndsTheUnpackingOfAPieceThatIsMuchLonger) {
   constexpr std::uintmax_t kBytes = 1 << 30;
-  const std::string zeros = m_directory.File("zeros", ""), folder = m_directory.File("tmp");
+  const std::string zeros = Write("zeros", Image("a", {})), folder = m_directory.File("tmp");
   std::filesystem::resize_file(zeros, kBytes);
   std::filesystem::create_directory(folder);
   TrcProcess trc({.arguments = {"dump", Packed("zstd -q", zeros, "bomb.zst")},
@@ -146,6 +140,25 @@ TEST_F(TrcInput, AnInterruptEndsTheUnpackingOfAPieceThatIsMuchLonger) {
   EXPECT_EQ(trc.Finish().status, 130);
   EXPECT_LT(std::filesystem::file_size("/proc/self/fd/" + std::to_string(unpacked)), kBytes);
   close(unpacked);
+}
+
+// Without a copy of what is no trace file, however long it is.
+TEST_F(TrcInput, WhatIsNoTraceFileIsRefusedByItsFirstBytes) {
+  const std::string zeros = m_directory.File("zeros", "");
+  std::filesystem::resize_file(zeros, 64 << 20);
+  for (const std::string& path : {std::string("/dev/zero"), Packed("gzip", zeros, "z.gz"),
+                                  Packed("zstd -q", zeros, "z.zst")}) {
+    const TrcRun run = RunTrc({.arguments = {"dump", path}, .fileBytesMax = 1});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "trc: " + path + ": Invalid format.\n");
+  }
+  EXPECT_EQ(ByShell("printf 'a log line\\n' | { \"$TRC\" info - || true; }"),
+            "trc: standard input: Invalid format.\n");
+  const std::string old = m_directory.File("old.trc");
+  EXPECT_EQ(RunTrc({"gen", "--old", "-n", "9", old}).status, 0);
+  const TrcRun older = Dump({Packed("gzip", old, "old.gz")});
+  EXPECT_NE(older.err.find("old.gz: an older trace file format; 'trc convert "), std::string::npos);
 }
 
 TEST_F(TrcInput, StandardInputTwiceIsRefused) {
@@ -173,8 +186,8 @@ TEST_F(TrcInput, WhatIsUnpackedGoesToTheFolderForTemporaryFilesAndLeavesNothingT
 }
 
 TEST_F(TrcInput, AFileThatFillsTheDiskEndsWithTheReason) {
-  const std::string zeros = m_directory.File("zeros");
-  std::filesystem::resize_file(m_directory.File("zeros", "x"), 64 << 20);
+  const std::string zeros = Write("zeros", Image("a", {}));
+  std::filesystem::resize_file(zeros, 64 << 20);
   const std::string bomb = Packed("gzip", zeros, "bomb.gz");
   const TrcRun run = RunTrc({.arguments = {"dump", bomb}, .fileBytesMax = 16 << 20});
   EXPECT_EQ(run.status, 2);
@@ -189,9 +202,10 @@ TEST_F(TrcInput, SeveralFilesComeInTheOrderOfTime) {
   const TrcRun run = Dump({a, b});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.err, "");
-  EXPECT_EQ(Texts(run), "a0 b0 a1 b1 a2");
-  EXPECT_EQ(Texts(Dump({b, a})), "a0 b0 a1 b1 a2") << "of equal times the earlier file is first";
-  EXPECT_EQ(Texts(Dump({Packed("gzip", b, "b.gz"), a})), "a0 b0 a1 b1 a2");
+  EXPECT_EQ(Texts(run.out), "a0 b0 a1 b1 a2");
+  EXPECT_EQ(Texts(Dump({b, a}).out), "a0 b0 a1 b1 a2")
+      << "of equal times the earlier file is first";
+  EXPECT_EQ(Texts(Dump({Packed("gzip", b, "b.gz"), a}).out), "a0 b0 a1 b1 a2");
   EXPECT_EQ(JsonLinesOf(run.out)[1].at("component"), "b") << "ids are of their own file";
   EXPECT_EQ(JsonLinesOf(run.out)[1].at("i"), 1);
 }
@@ -199,15 +213,15 @@ TEST_F(TrcInput, SeveralFilesComeInTheOrderOfTime) {
 TEST_F(TrcInput, AFileKeepsItsOwnOrderWhereItsTimeGoesBack) {
   const std::string a = Write("a.trc", Image("a", {1, 8, 3, 9})),
                     b = Write("b.trc", Image("b", {2, 5}));
-  EXPECT_EQ(Texts(Dump({b, a})), "a0 b0 b1 a1 a2 a3");
+  EXPECT_EQ(Texts(Dump({b, a}).out), "a0 b0 b1 a1 a2 a3");
 }
 
 TEST_F(TrcInput, AllCommandsTakeSeveralFiles) {
   const std::string a = Write("a.trc", Image("a", {1, 4})), b = Write("b.trc", Image("b", {2}));
-  EXPECT_EQ(Texts(RunTrc({"find", "0", a, b, "--format", "jsonl"})), "a0 b0");
+  EXPECT_EQ(Texts(RunTrc({"find", "0", a, b, "--format", "jsonl"}).out), "a0 b0");
   const std::string saved = m_directory.File("saved.trc");
   EXPECT_EQ(RunTrc({"save", a, b, saved}).status, 0);
-  EXPECT_EQ(Texts(Dump({saved})), "a0 b0 a1");
+  EXPECT_EQ(Texts(Dump({saved}).out), "a0 b0 a1");
   EXPECT_EQ(RunTrc({"export", a, b, "-", "--format", "csv-rfc4180", "-c", "Trace"}).out,
             "Trace\r\na0\r\nb0\r\na1\r\n");
   EXPECT_EQ(RunTrc({"tree", a, b, "--depth", "0"}).status, 0);
@@ -222,7 +236,7 @@ TEST_F(TrcInput, ADamagedOrAMissingOneOfThemIsToldByItsName) {
   const TrcRun run = Dump({a, bad});
   EXPECT_EQ(run.status, 3);
   EXPECT_NE(run.err.find("bad.trc: damaged: 1 byte skipped"), std::string::npos) << run.err;
-  EXPECT_EQ(Texts(run), "a0 b0");
+  EXPECT_EQ(Texts(run.out), "a0 b0");
   const TrcRun none = Dump({a, m_directory.File("none.trc")});
   EXPECT_EQ(none.status, 2);
   EXPECT_EQ(none.out, "");

@@ -1,9 +1,10 @@
 #include "commands/info.h"
 
+#include <bit>
 #include <optional>
 
+#include "filter/trace_choice.h"
 #include "input/trace_input.h"
-#include "listview/cells/cell_text.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
@@ -12,6 +13,12 @@ namespace {
 
 std::uint64_t StampOfTrace(const RawTrace& trace) {
   return (std::uint64_t{trace.Date()} << 32) | trace.Time();
+}
+
+std::uint64_t& CountOf(FileInfo& info, unsigned severity) {
+  return severity == TraceChoice::kOtherSeverity
+             ? info.otherSeverities
+             : info.severities[static_cast<std::size_t>(std::countr_zero(severity))];
 }
 
 void CountTraces(FileInfo& info) {
@@ -27,8 +34,7 @@ void CountTraces(FileInfo& info) {
     ++info.applications[trace.AppId()];
     ++info.components[trace.ComponentId()];
     ++info.categories[trace.CategoryId()];
-    const int severity = SeverityIcon(*event);
-    ++(severity < 0 ? info.otherSeverities : info.severities[static_cast<std::size_t>(severity)]);
+    ++CountOf(info, SeverityBit(*event));
     const std::uint64_t stamp = StampOfTrace(trace);
     if (!info.earliest || stamp < earliest) {
       info.earliest = event;

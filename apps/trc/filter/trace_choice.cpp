@@ -4,7 +4,6 @@
 
 #include "base/near/near_word.h"
 #include "base/text.h"
-#include "listview/cells/cell_text.h"
 #include "records/process_name.h"
 #include "text/visible_text.h"
 
@@ -50,6 +49,11 @@ std::string SomeOf(const std::vector<std::string>& known) {
 
 }  // namespace
 
+unsigned SeverityBit(const TraceEvent_i& trace) {
+  const unsigned bits = static_cast<unsigned>(trace.GetAttributes()) & kSeverityMask;
+  return bits == 0 ? TraceChoice::kOtherSeverity : bits & (~bits + 1);
+}
+
 std::string_view WordOf(ChoiceField field) {
   constexpr std::string_view kWords[] = {"application", "component", "category",
                                          "machine",     "process",   "thread"};
@@ -91,8 +95,7 @@ bool ChoiceTest::Passes(const TraceEvent_i& trace) {
 }
 
 bool ChoiceTest::TestsPass(const TraceEvent_i& trace) {
-  const int icon = SeverityIcon(trace);
-  bool passes = (m_choice.severities >> (icon < 0 ? 3 : icon) & 1) != 0;
+  bool passes = (m_choice.severities & SeverityBit(trace)) != 0;
   // Each name is looked at, so that a name that came is known to have come.
   for (NameTest& test : m_tests) passes = HasName(test, IdOf(test.field, trace)) && passes;
   return passes;
@@ -110,6 +113,10 @@ bool ChoiceTest::HasName(NameTest& test, NameId id) {
     known = kYes;
   }
   return known == kYes;
+}
+
+void ChoiceTest::ForgetIds() {
+  for (NameTest& test : m_tests) test.known.assign(kNameIds, kUnknown);
 }
 
 std::vector<std::string> ChoiceTest::Missing() const {

@@ -26,9 +26,9 @@ std::string_view WordOf(ChoiceField field);
 const IdList& IdsOf(ChoiceField field, const TraceIndexes& seen);
 
 struct TraceChoice {
-  static constexpr unsigned kAllSeverities = 15;
+  static constexpr unsigned kOtherSeverity = 8, kAllSeverities = 15;
 
-  unsigned severities = kAllSeverities;  // bits: 1 Info, 2 Warn, 4 Error, 8 any other
+  unsigned severities = kAllSeverities;  // bits: 1 Info, 2 Warn, 4 Error, 8 none of these
   std::array<std::vector<std::string>, kChoiceFields> names;
   // Date above time, as MomentKey makes them: since <= trace < until.
   static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
@@ -42,6 +42,10 @@ struct TraceChoice {
   bool Empty() const { return !HasTests() && since == 0 && until == kNever; }
 };
 
+// As in `severities`. Of several the least, as for the filter dialog and the field of a filter
+// text.
+unsigned SeverityBit(const TraceEvent_i& trace);
+
 // Packed moments in the order of time.
 constexpr std::uint64_t MomentKey(std::uint32_t date, std::uint32_t time) {
   return std::uint64_t{date} << 32 | time;
@@ -52,6 +56,8 @@ class ChoiceTest {
   ChoiceTest(const TraceChoice& choice, const NameMap& names);
 
   bool Passes(const TraceEvent_i& trace);
+  // Ids mean other names from now on.
+  void ForgetIds();
   // "no trace came of the component "Sqll"", for each wanted name that no trace had so far.
   std::vector<std::string> Missing() const;
 

@@ -1,4 +1,6 @@
 // The options that all commands with traces share.
+#include <sstream>
+
 #include "run_trc.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
@@ -6,10 +8,6 @@
 namespace {
 
 using nlohmann::json;
-
-bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 struct SharedOption {
   std::vector<std::string> words;
@@ -139,6 +137,54 @@ TEST_F(TrcSharedOptions, EveryCommandTakesEveryOptionOrSaysWhyNot) {
   }
 }
 
+// The words behind "[OPTIONS]" in the help of a command, as this test can give them.
+std::vector<std::string> WordsOf(const std::string& help, const std::string& in,
+                                 const std::string& out) {
+  const std::size_t usage = help.find("[OPTIONS] ");
+  std::istringstream line(help.substr(usage, help.find('\n', usage) - usage));
+  std::vector<std::string> words;
+  for (std::string word; line >> word;) {
+    if (word == "FILE" || word == "FILE..." || word == "IN...") words.push_back(in);
+    if (word == "OUT") words.push_back(out);
+    if (word == "PATTERN") words.emplace_back("order");
+  }
+  if (Has(help, "-o,--out FILE")) words.insert(words.end(), {"-o", out});
+  return words;
+}
+
+// By the help alone, so that a new command is tried, too.
+TEST_F(TrcSharedOptions, EveryCommandTakesWhatItsHelpNamesAndRefusesTheOthersByName) {
+  const std::string help = RunTrc({"--help"}).out, out = m_directory.File("out");
+  std::size_t commands = 0;
+  for (const std::string& line : LinesOf(help.substr(help.find("\nCommands:\n") + 11))) {
+    if (line.empty()) break;
+    const std::string command = line.substr(2, line.find(' ', 2) - 2);
+    if (command.empty()) continue;  // the rest of a text
+    const std::string told = RunTrc({command, "--help"}).out;
+    if (!Has(told, "--severity LIST")) continue;
+    ++commands;
+    const bool live = Has(told, "--for SECONDS");
+    for (const SharedOption& option : kOptions) {
+      std::vector<std::string> words = {command};
+      for (const std::string& word : WordsOf(told, m_file, out)) words.push_back(word);
+      words.insert(words.end(), option.words.begin(), option.words.end());
+      const TrcRun run =
+          RunTrc({.arguments = words, .environment = {"QUOR_AUTOSTART=0", "QUOR_SOCKET=" + out}});
+      const std::string shown = testing::PrintToString(words) + " " + run.err;
+      bool known = true;
+      for (const std::string& word : option.words)
+        if (word[0] == '-') known = known && Has(told, word.size() > 2 ? word + " " : word + ",");
+      if (!known)
+        EXPECT_TRUE(run.status == 2 && run.err.starts_with("trc: --")) << shown;
+      else if (live)
+        EXPECT_TRUE(run.status == 2 && Has(run.err, out)) << shown;
+      else
+        EXPECT_TRUE(run.status <= 1 && run.err.empty()) << shown;
+    }
+  }
+  EXPECT_GE(commands, 8u);
+}
+
 TEST_F(TrcSharedOptions, ChoicesByValue) {
   EXPECT_EQ(Given({"--severity", "error"}), "3 7");
   EXPECT_EQ(Given({"--severity", "warn+"}), "2 3 6 7");
@@ -255,6 +301,23 @@ TEST_F(TrcSharedOptions, AnEmptyTextIsNotTheSameAsNoOption) {
     EXPECT_TRUE(Has(run.err, "trc: " + std::string(option) + ": ")) << run.err;
   }
   EXPECT_EQ(Given({"--severity", "warn , error"}), Given({"--severity", "warn,error"}));
+}
+
+TEST_F(TrcSharedOptions, OfSeveralSeveritiesAllWaysToChooseTakeTheLeast) {
+  TrcImage image;
+  for (std::uint16_t bits = 0; bits < 8; ++bits)
+    image.Trace({.text = std::to_string(bits), .attributes = static_cast<std::uint16_t>(bits | 8)});
+  image.WriteTo(m_file);
+  const std::array<std::pair<const char*, std::string>, 3> wanted = {
+      {{"info", "1 3 5 7"}, {"warn", "2 6"}, {"error", "4"}}};
+  for (const auto& [word, texts] : wanted) {
+    EXPECT_EQ(Given({"--severity", word}), texts);
+    EXPECT_EQ(Given({"--where", std::string("severity == ") + word}), texts);
+  }
+  EXPECT_EQ(Given({"--severity", "warn+"}), Given({"--uncheck", "All Severities/Info"}));
+  EXPECT_EQ(Given({"--severity", "other"}), "0");
+  EXPECT_EQ(InfoOf(m_file).at("severities"),
+            json({{"info", 4}, {"warn", 2}, {"error", 1}, {"other", 1}}));
 }
 
 TEST_F(TrcSharedOptions, APerlExpressionFindsWhatThePrescribedOnesCannot) {

@@ -50,19 +50,31 @@ void LiveSource::TellOfSource() {
       (isRefused ? VisibleText(state.why) : "the service is of a version that cannot filter them"));
 }
 
+// All that have arrived. False: `take` ends it.
+bool LiveSource::PassOn(LiveChoice& choice, const TraceTaker& take) {
+  while (!choice.IsFull() && m_connection->HasTraces()) {
+    TraceEvent_i* const trace = m_connection->NextTrace();
+    if (trace->GetSequenceNumber() != kNoSequenceNumber) ++m_handled;
+    if (!choice.Add(trace, take)) return false;
+  }
+  return true;
+}
+
 void LiveSource::Run(const LiveLimits& limits, const TraceTaker& take,
                      const std::function<bool()>& pause) {
   const Clock::time_point until = EndOf(limits);
   LiveChoice choice(limits.traces, m_names);
-  bool last = false;
+  bool last = false, isTaken = true;
   while (!last && !choice.IsFull()) {
     last = Interrupted() || Clock::now() >= until;
-    while (!choice.IsFull() && m_connection->HasTraces())
-      if (!choice.Add(m_connection->NextTrace(), take)) return;
-    TellOfSource();
-    if (!pause() || last) break;
+    isTaken = PassOn(choice, take);
+    if (isTaken) TellOfSource();
+    if (!isTaken || !pause() || last) break;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
     m_connection->AwaitTraces(static_cast<int>(std::clamp(left, kNone, kPause).count()));
   }
+  m_isFull = choice.IsFull();
+  // A reader who went away does not ask.
+  if (!isTaken && !Interrupted()) return;
   for (const std::string& missing : choice.Missing()) PrintError(missing);
 }

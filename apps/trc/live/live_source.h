@@ -23,16 +23,23 @@ class LiveSource {
   bool Connect(const std::string& machine, const LiveLimits& limits);
   // Passes each chosen trace to `take`. Calls `pause` when no trace waits; it returns false to end.
   // Reports what was asked for and never came on standard error. Also ends at the limits and at
-  // SIGINT, after passing on the traces that have arrived.
+  // SIGINT, after passing on the traces that have arrived, as long as both take more.
   void Run(const LiveLimits& limits, const TraceTaker& take, const std::function<bool()>& pause);
   NameMap& Names() { return m_names; }
   bool IsUp() const { return m_connection->IsUp(); }
   TraceThread_i::Counts Counts() const { return m_connection->GetCounts(); }
+  // Of the traces delivered by then, those that Run did not come to. None behind the last one that
+  // was wanted.
+  std::uint64_t Waiting(const TraceThread_i::Counts& counts) const {
+    return m_isFull ? 0 : counts.delivered - m_handled;
+  }
 
  private:
   void TellOfSource();
+  bool PassOn(LiveChoice& choice, const TraceTaker& take);
 
   NameMap m_names;
   TraceThread_i* m_connection = nullptr;
-  bool m_toldOfSource = false;
+  bool m_toldOfSource = false, m_isFull = false;
+  std::uint64_t m_handled = 0;  // without loss reports
 };

@@ -1,4 +1,6 @@
 // trc tail: live traces, one a line.
+#include <algorithm>
+
 #include "commands/trace_lines.h"
 #include "live/live_source.h"
 #include "live/silence.h"
@@ -29,6 +31,23 @@ class Silence {
   bool m_over = false;
 };
 
+// What became of the traces, on standard error. `unprinted` were chosen, and could not be written.
+// Gives the exit status.
+int Tell(const TailOptions& options, const LiveSource& source, std::uint64_t unprinted) {
+  const TraceThread_i::Counts counts = source.Counts();
+  unprinted += source.Waiting(counts);
+  const std::string notPrinted =
+      unprinted > 0 ? ", " + std::to_string(unprinted) + " not printed" : std::string();
+  if (!options.limits.atSource.empty())
+    PrintError(std::to_string(counts.delivered - unprinted) + " delivered, " +
+               std::to_string(counts.withheld) + " withheld, " + std::to_string(counts.lost) +
+               " lost" + notPrinted);
+  else if (counts.lost > 0)
+    PrintError(std::to_string(counts.lost) + " traces lost");
+  // SIGINT is the usual end, not a failure.
+  return counts.lost > 0 ? kExitNo : kExitGood;
+}
+
 }  // namespace
 
 int RunTail(const TailOptions& options) {
@@ -40,9 +59,11 @@ int RunTail(const TailOptions& options) {
                      source.Names(), output);
   Silence silence(source, options);
   TraceEvent_i* previous = nullptr;
+  std::uint64_t numbered = 0;
   source.Run(
       options.limits,
       [&](const TakenTrace& taken) {
+        if (taken.trace->GetSequenceNumber() != kNoSequenceNumber) ++numbered;
         const bool goesOn = lines->Add(taken, previous);
         ReleaseTrace(std::exchange(previous, taken.trace));
         return goesOn;
@@ -54,13 +75,5 @@ int RunTail(const TailOptions& options) {
   ReleaseTrace(previous);
   const int status = output.Finish();
   if (status == kExitBad) return status;
-  const TraceThread_i::Counts counts = source.Counts();
-  const std::uint64_t lost = counts.lost;
-  if (!options.limits.atSource.empty())
-    PrintError(std::to_string(counts.delivered) + " delivered, " + std::to_string(counts.withheld) +
-               " withheld, " + std::to_string(lost) + " lost");
-  else if (lost > 0)
-    PrintError(std::to_string(lost) + " traces lost");
-  // SIGINT is the usual end, not a failure.
-  return lost > 0 ? kExitNo : kExitGood;
+  return Tell(options, source, std::min(numbered, output.LinesLost()));
 }

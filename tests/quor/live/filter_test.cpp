@@ -116,6 +116,35 @@ TEST_F(LiveProgramsTest, AtTheSourceWhatATextHidesIsWithheldAndCounted) {
   for (const json& trace : traces) EXPECT_EQ(trace["component"], "Db");
 }
 
+TEST_F(LiveProgramsTest, WhatTheReaderOfAPipeDidNotGetDoesNotCountAsDelivered) {
+  StartService();
+  TrcProcess tail(
+      {.arguments = {"tail", "-f", "jsonl", "--where", "severity >= info", "--at-source"}});
+  ASSERT_TRUE(Eventually([&] { return Log().find("has connected") != std::string::npos; }));
+  // Much more than a pipe holds, and nobody reads it.
+  EXPECT_EQ(RunTrc({"emit", "--app", "orders", "--count", "20000", "--rate", "20000"}).status, 0);
+  tail.Interrupt();
+  const TrcRun run = tail.Finish();
+  std::uint64_t printed = 0;
+  for (const std::string& line : LinesOf(run.out))
+    if (json::parse(line)["count"] != kNoSequenceNumber) ++printed;
+  EXPECT_EQ(Reported(run.err, "delivered,"), printed) << run.err;
+  EXPECT_GT(Reported(run.err, "not printed\n"), 1000u) << run.err;
+  EXPECT_LE(printed + Reported(run.err, "not printed\n"), 20000u) << run.err;
+}
+
+// What is closed would otherwise be the number of the connection, which would get what is printed.
+TEST_F(LiveProgramsTest, ACaptureWithoutAStandardOutputSaysSoAndKeepsWhatItHas) {
+  StartService();
+  const TrcProcess emit({.arguments = {"emit", "--app", "orders", "--rate", "500"}});
+  const std::string file = m_dir.File("out.trc");
+  const TrcRun run =
+      RunTrc({.arguments = {"capture", "-o", file, "-n", "30"}, .closed = STDOUT_FILENO});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "trc: cannot write the output: Bad file descriptor\n");
+  EXPECT_EQ(DumpedTraces(file).size(), 30u);
+}
+
 TEST_F(LiveProgramsTest, AtTheSourceATextThatOnlyAMonitorCanAskIsRefused) {
   const TrcRun delta = RunTrc({"tail", "--where", "pid == 1 and delta > 1s", "--at-source"});
   EXPECT_EQ(delta.status, 2);

@@ -39,7 +39,7 @@ bool FileFollower::Run() {
   bool good = Open();
   while (good && GoesOn()) good = m_file.IsOpen() ? Step() : Wait() && Open();
   m_progress.Clear();
-  ReportDamage();
+  LeaveFile();
   return good && (m_traces.Why().empty() || Fail(m_traces.Why()));
 }
 
@@ -73,7 +73,7 @@ bool FileFollower::Step() {
     case GrowingFile::Seen::Bad:
       return Fail(why);
     case GrowingFile::Seen::Anew:
-      m_damaged = m_damaged || m_traces.Damage().Any();
+      ReportDamage();
       m_traces.BeginFile();
       if (m_phase != Phase::Give) {
         BeginSurvey();
@@ -93,6 +93,8 @@ bool FileFollower::Step() {
   if (!present) m_traces.ForgetEnd();
   const std::size_t taken = m_traces.Give(PresentPiece(), m_file.Position(), present);
   m_file.Take(taken);
+  // What was there is all given, or gone.
+  if (taken == 0) m_presentEnd = 0;
   return taken > 0 || AtEnd();
 }
 
@@ -127,7 +129,7 @@ bool FileFollower::AtEnd() {
     m_readerGone = true;
     return true;
   }
-  const bool cut = !m_file.Piece().empty();
+  const bool cut = !m_file.Piece().empty(), blank = m_file.IsBlank();
   const std::uint64_t position = m_file.Position();
   std::string why;
   const GrowingFile::Moved moved = m_file.MoveOn(&why);
@@ -137,11 +139,13 @@ bool FileFollower::AtEnd() {
     case GrowingFile::Moved::No:
       m_away.reset();
       m_saidAway = false;
+      NoteBlank();
       return Wait();
     case GrowingFile::Moved::Away:
       NoteAway();
       return Wait();
     default:
+      m_damaged = m_damaged || blank;
       Enter(moved, cut, position);
       return true;
   }
@@ -158,8 +162,20 @@ void FileFollower::Enter(GrowingFile::Moved how, bool wasCut, std::uint64_t cutA
   m_traces.BeginFile();
   m_presentEnd = 0;
   m_away.reset();
-  m_saidAway = false;
+  m_saidAway = m_saidBlank = false;
   m_watch.Follow(m_file.Descriptor());
+}
+
+void FileFollower::NoteBlank() {
+  if (m_file.IsBlank() && !m_saidBlank)
+    Say("zero bytes stand where its header belongs; waiting for the header");
+  m_saidBlank = m_file.IsBlank();
+}
+
+// What stands behind zero bytes is not given.
+void FileFollower::LeaveFile() {
+  ReportDamage();
+  m_damaged = m_damaged || (m_file.IsOpen() && m_file.IsBlank());
 }
 
 void FileFollower::NoteAway() {

@@ -35,6 +35,8 @@ class FileFollower {
   void Enter(GrowingFile::Moved how, bool wasCut, std::uint64_t cutAt);
   bool Wait();
   void NoteAway();
+  void NoteBlank();
+  void LeaveFile();
   void BeginSurvey();
   void ReportDamage();
   bool GoesOn() const;
@@ -52,5 +54,6 @@ class FileFollower {
   Phase m_phase = Phase::Give;
   std::uint64_t m_presentEnd = 0;
   std::optional<Clock::time_point> m_away;  // since when no file has the name
-  bool m_saidAway = false, m_damaged = false, m_lost = false, m_readerGone = false;
+  bool m_saidAway = false, m_saidBlank = false, m_damaged = false, m_lost = false,
+       m_readerGone = false;
 };

@@ -13,8 +13,8 @@ TraceOptions Uncounted(TraceOptions options) {
   return options;
 }
 
-// The ids of all files are those of one.
-constexpr std::size_t kFile = 0;
+// The ids of all files are those of one. The other numbers the ids themselves anew.
+constexpr std::size_t kFile = 0, kOldIds = 1;
 
 }  // namespace
 
@@ -112,11 +112,29 @@ std::size_t FollowedTraces::Give(Bytes piece, std::uint64_t position, bool named
   return WalkWholeRecords(piece, position, TraceSink{*this});
 }
 
-// Null: together the files have too many names.
+// What is left are the names of the traces that are held; those of the file come as they are used.
+void FollowedTraces::GiveIdsBack() {
+  MergedNames fresh;
+  const NewId newId = [&](NameId id) {
+    fresh.Translate(kOldIds, m_names.Names(), id, id);
+    return id;
+  };
+  m_choice.Renumber(newId);
+  m_counter->Renumber(newId);
+  m_previous = Renumbered(m_previous, newId);
+  m_lines->ForgetIds();
+  fresh.Forget(kOldIds);
+  m_names = std::move(fresh);
+}
+
+// Null: there are too many names at once.
 TraceEvent_i* FollowedTraces::Own(Bytes record) {
-  std::vector<std::uint8_t> own(record.begin(), record.end());
-  if (TranslateIds(m_names, kFile, m_ofFile, own.data()))
-    return new OwnedTraceEvent_t(std::move(own));
+  for (const bool again : {false, true}) {
+    if (again) GiveIdsBack();
+    std::vector<std::uint8_t> own(record.begin(), record.end());
+    if (TranslateIds(m_names, kFile, m_ofFile, own.data()))
+      return new OwnedTraceEvent_t(std::move(own));
+  }
   m_why = kTooManyNames;
   m_over = true;
   return nullptr;

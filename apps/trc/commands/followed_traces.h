@@ -1,9 +1,10 @@
 // The traces of a file that is followed: their names, which of them are chosen, and their lines.
 //
 // Shape    Bytes come in pieces that end anywhere. Each operation gives how many of them were whole
-//          records. Files that follow one another are one stream with one space of names.
+//          records. Files that follow one another are one stream with one space of names. When
+//          its ids run out, those of names that no file in force has any more are given back.
 // Owner    Borrows options and output.
-// Errors   Why: too many names. Damage is counted by file.
+// Errors   Why: too many names at once. Damage is counted by file.
 // Threads  One.
 #pragma once
 
@@ -47,6 +48,7 @@ class FollowedTraces {
   struct TraceSink;
   void KeepTested(LiveChoice& choice);
   void CountAnew();
+  void GiveIdsBack();
   TraceEvent_i* Own(Bytes record);
   bool Add(Bytes record);
 

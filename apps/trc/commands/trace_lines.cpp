@@ -21,6 +21,10 @@ class JsonLines final : public TraceLines {
     m_json.Append(m_output.Buffer(), index, *taken.trace, taken.beside);
     return m_output.EndLine();
   }
+  void ForgetIds() override {
+    m_moments.ForgetIds();
+    m_json.ForgetIds();
+  }
 
  private:
   TraceMoments m_moments;
@@ -38,8 +42,9 @@ class TextLines final : public TraceLines {
         m_columns(options.columns.value_or(DefaultColumns())),
         m_utc(options.utc),
         m_coloured(way.coloured),
+        m_rules(way.colours),
         m_line(output) {
-    if (way.colours) m_colours.emplace(way.colours, names);
+    TextLines::ForgetIds();
     for (const Column column : m_columns) m_widths.push_back(ScreenWidth(InfoOf(column).header));
   }
   bool Add(const TakenTrace& taken, const TraceEvent_i* previous) override {
@@ -57,6 +62,9 @@ class TextLines final : public TraceLines {
                  coloured ? SeverityColour(trace) : std::string_view());
     }
     return m_line.End();
+  }
+  void ForgetIds() override {
+    if (m_rules) m_colours.emplace(m_rules, m_names);
   }
 
  private:
@@ -83,6 +91,7 @@ class TextLines final : public TraceLines {
   const NameMap& m_names;
   const std::vector<Column> m_columns;
   const bool m_utc, m_coloured;
+  const ColourProgramPtr m_rules;  // null: none
   LineWriter m_line;
   std::optional<LineColours> m_colours;
   std::vector<std::size_t> m_widths;

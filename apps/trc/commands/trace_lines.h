@@ -16,6 +16,8 @@ class TraceLines {
   virtual ~TraceLines() = default;
   // `previous`: the one that was taken before, null at first.
   virtual bool Add(const TakenTrace& taken, const TraceEvent_i* previous) = 0;
+  // Ids mean other names from now on.
+  virtual void ForgetIds() {}
 };
 
 struct TraceLinesWay {

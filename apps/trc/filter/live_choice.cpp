@@ -68,6 +68,17 @@ void LiveChoice::Hold(const Held& held) {
   m_gap = true;
 }
 
+void LiveChoice::Renumber(const NewId& newId) {
+  m_filter.ForgetIds();
+  m_choice.ForgetIds();
+  m_where.Renumber(newId);
+  ::Renumber(m_before, newId);
+  for (Held& held : m_held) {
+    held.trace = Renumbered(held.trace, newId);
+    ::Renumber(held.before, newId);
+  }
+}
+
 std::vector<std::string> LiveChoice::Missing() const {
   std::vector<std::string> messages;
   for (const std::string& path : m_filter.Missing())

@@ -44,6 +44,8 @@ class LiveChoice {
   }
   // Takes ownership of the next trace, and passes on what it decides. False: the taker ends it.
   bool Add(TraceEvent_i* trace, const TraceTaker& take);
+  // Ids are numbered anew, also those of what is held.
+  void Renumber(const NewId& newId);
   // So many were chosen that no more are wanted, and what stands behind the last has come.
   bool IsFull() const { return m_chosen >= m_options.count && m_behind == 0; }
   // Without those that stand beside them.

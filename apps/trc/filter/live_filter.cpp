@@ -1,5 +1,16 @@
 #include "filter/live_filter.h"
 
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+bool Has(const std::vector<std::string>& texts, const std::string& text) {
+  return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+}  // namespace
+
 LiveFilter::LiveFilter(const FilterPaths& paths, const NameMap& names)
     : m_paths(paths),
       m_names(names),
@@ -25,10 +36,25 @@ bool LiveFilter::Passes(const TraceEvent_i& trace) {
   const std::size_t ids = Note(trace);
   if (m_ids != ids) {
     m_ids = ids;
-    m_filter = CTraceFilter();
-    m_filter.MergeDocumentNames(m_seen);
-    m_accounts.clear();
-    m_missing = m_paths.Take(m_host, m_filter, m_names, &m_accounts);
+    MakeFilter();
   }
   return m_filter.Matches(trace) != 0;
+}
+
+void LiveFilter::MakeFilter() {
+  m_filter = CTraceFilter();
+  m_filter.MergeDocumentNames(m_seen);
+  std::vector<std::string> accounts;
+  std::vector<std::string> missing = m_paths.Take(m_host, m_filter, m_names, &accounts);
+  if (m_made)
+    std::erase_if(missing, [this](const std::string& path) { return !Has(m_missing, path); });
+  m_missing = std::move(missing);
+  m_accountCame = m_accountCame || Has(accounts, m_paths.Account());
+  m_made = true;
+}
+
+void LiveFilter::ForgetIds() {
+  m_seen.m_indexes = TraceIndexes();
+  m_threads.clear();
+  m_ids.reset();
 }

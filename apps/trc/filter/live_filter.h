@@ -8,7 +8,6 @@
 // Threads  One.
 #pragma once
 
-#include <algorithm>
 #include <optional>
 #include <unordered_set>
 
@@ -24,12 +23,13 @@ class LiveFilter {
   // The paths whose names have not come.
   const std::vector<std::string>& Missing() const { return m_missing; }
   // Has a trace of the wanted account come?
-  bool AccountCame() const {
-    return std::find(m_accounts.begin(), m_accounts.end(), m_paths.Account()) != m_accounts.end();
-  }
+  bool AccountCame() const { return m_accountCame; }
+  // Ids mean other names from now on. What came has come.
+  void ForgetIds();
 
  private:
   std::size_t Note(const TraceEvent_i& trace);
+  void MakeFilter();
 
   const FilterPaths& m_paths;
   const NameMap& m_names;
@@ -40,5 +40,6 @@ class LiveFilter {
   std::unordered_set<std::uint64_t> m_threads;
   std::optional<std::size_t> m_ids;  // the number of ids in the filter; none: not made yet
   CTraceFilter m_filter;
-  std::vector<std::string> m_missing, m_accounts;
+  bool m_made = false, m_accountCame = false;
+  std::vector<std::string> m_missing;
 };

@@ -71,9 +71,26 @@ bool AddWhere(WhereProgramPtr& program, std::string_view text, std::string* why)
   return true;
 }
 
-LiveWhere::LiveWhere(WhereProgramPtr program, const NameMap& names, bool utc) : m_utc(utc) {
-  if (program)
-    m_matcher = std::make_unique<WhereMatcher>(std::move(program), names, WhereClock{utc});
+LiveWhere::LiveWhere(WhereProgramPtr program, const NameMap& names, bool utc)
+    : m_program(std::move(program)), m_names(names), m_utc(utc) {
+  MakeMatcher();
+}
+
+void LiveWhere::MakeMatcher() {
+  if (m_program) m_matcher = std::make_unique<WhereMatcher>(m_program, m_names, WhereClock{m_utc});
+}
+
+void LiveWhere::Renumber(const NewId& newId) {
+  if (!m_matcher) return;
+  m_givenUp = GivenUp();
+  MakeMatcher();
+  ::Renumber(m_previous, newId);
+}
+
+void Renumber(WherePrevious& previous, const NewId& newId) {
+  if (previous.tic == 0) return;  // nothing is compared with its ids
+  previous.machine = newId(previous.machine);
+  previous.pid = newId(previous.pid);
 }
 
 bool LiveWhere::Passes(const TraceEvent_i& trace) {

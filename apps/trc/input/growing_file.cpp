@@ -38,6 +38,12 @@ bool IsUnwritten(const struct stat& before, const struct stat& now) {
          before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
 }
 
+bool BeginsBlank(Bytes bytes) {
+  const Bytes begin = bytes.first(std::min(bytes.size(), kTrcHeaderBytes));
+  return !begin.empty() &&
+         std::all_of(begin.begin(), begin.end(), [](std::uint8_t byte) { return byte == 0; });
+}
+
 // A FIFO under the name must not hold us up.
 int OpenToRead(const std::string& path) {
   return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
@@ -59,11 +65,16 @@ bool GrowingFile::Adopt(int file) {
   Close();
   m_file = file;
   m_status = status;
-  m_position = 0;
+  Restart();
+  return true;
+}
+
+void GrowingFile::Restart() {
+  m_position = m_tailEnd = 0;
   m_head.clear();
   m_tail.clear();
   m_piece = {};
-  return true;
+  m_blank = false;
 }
 
 GrowingFile::Opened GrowingFile::Open(std::string* why) {
@@ -81,14 +92,13 @@ GrowingFile::Seen GrowingFile::Read(std::string* why) {
   const ssize_t count = pread(m_file, m_buffer.get(), kPieceBytes, static_cast<off_t>(m_position));
   if (count < 0) return FailWith(why, SystemReason(), Seen::Bad);
   if (!IsSame()) {
-    m_position = 0;
-    m_head.clear();
-    m_tail.clear();
-    m_piece = {};
+    Restart();
     return Seen::Anew;
   }
   m_piece = {m_buffer.get(), static_cast<std::size_t>(count)};
   if (m_position > 0) return Seen::Good;
+  m_blank = BeginsBlank(m_piece);
+  if (m_blank) m_piece = {};
   switch (BeginOfTrc(m_piece, why)) {
     case TrcBegin::Bad:
       return Seen::Bad;
@@ -114,7 +124,7 @@ bool GrowingFile::IsSame() {
   if (fstat(m_file, &now) != 0) return true;
   const bool unwritten = IsUnwritten(m_status, now);
   m_status = now;
-  return unwritten || (HasAt(0, m_head) && HasAt(m_position - m_tail.size(), m_tail));
+  return unwritten || (HasAt(0, m_head) && HasAt(m_tailEnd - m_tail.size(), m_tail));
 }
 
 void GrowingFile::Take(std::size_t bytes) {
@@ -122,15 +132,19 @@ void GrowingFile::Take(std::size_t bytes) {
   const std::string_view taken(reinterpret_cast<const char*>(m_piece.data()), bytes);
   if (m_head.size() == m_position && m_head.size() < kHeadBytes)
     m_head += taken.substr(0, kHeadBytes - m_head.size());
-  m_tail += taken.substr(taken.size() - std::min(taken.size(), kTailBytes));
-  m_tail.erase(0, m_tail.size() - std::min(m_tail.size(), kTailBytes));
+  if (m_position + bytes > m_tailEnd) {
+    if (m_position != m_tailEnd) m_tail.clear();
+    m_tail += taken.substr(taken.size() - std::min(taken.size(), kTailBytes));
+    m_tail.erase(0, m_tail.size() - std::min(m_tail.size(), kTailBytes));
+    m_tailEnd = m_position + bytes;
+  }
   m_position += bytes;
   m_piece = m_piece.subspan(bytes);
 }
 
+// The last bytes that were taken stay known: the file may be cut before it is read that far again.
 void GrowingFile::Rewind() {
   m_position = std::min<std::uint64_t>(m_position, kTrcHeaderBytes);
-  m_tail.clear();
   m_piece = {};
 }
 

@@ -55,6 +55,9 @@ class GrowingFile {
   void Rewind();
   // In the file, of what comes next.
   std::uint64_t Position() const { return m_position; }
+  // Zero bytes stand where the header belongs, as after a cut under a program that writes on where
+  // it was. Such a file is read like an empty one, until it has a header.
+  bool IsBlank() const { return m_blank; }
   // Of the file, at the last look at it.
   std::uint64_t Size() const { return static_cast<std::uint64_t>(m_status.st_size); }
   // Goes on to another file. REQUIRES: the last Read gave no whole record.
@@ -70,6 +73,7 @@ class GrowingFile {
   };
 
   void Close();
+  void Restart();
   bool Adopt(int file);
   bool IsSame();
   bool HasAt(std::uint64_t position, const std::string& bytes) const;
@@ -83,7 +87,9 @@ class GrowingFile {
   struct stat m_status = {};           // at the last look
   std::optional<struct stat> m_named;  // of the file under the name, before the last Read
   std::uint64_t m_position = 0;
-  std::string m_head, m_tail;  // the first bytes, and the last ones that were taken
+  std::string m_head, m_tail;  // the first bytes, and the last ones that were ever taken
+  std::uint64_t m_tailEnd = 0;
+  bool m_blank = false;
   std::unique_ptr<std::uint8_t[]> m_buffer;
   Bytes m_piece;
 };

@@ -1,5 +1,8 @@
 #include "input/merged_names.h"
 
+#include <utility>
+
+#include "records/raw_trace.h"
 #include "records/record_layout.h"
 
 bool MergedNames::Translate(std::size_t file, const NameMap& names, NameId id, NameId& to) {
@@ -39,4 +42,16 @@ bool TranslateIds(MergedNames& to, std::size_t file, const NameMap& names, std::
     StoreBe16(record + at, static_cast<std::uint16_t>(id));
   }
   return true;
+}
+
+TraceEvent_i* Renumbered(TraceEvent_i* trace, const NewId& newId) {
+  if (!trace) return nullptr;
+  const std::uint8_t* const record = trace->Record();
+  std::vector<std::uint8_t> own(record, record + RawTrace(record).Size());
+  for (const std::size_t at : kTraceIds) {
+    const NameId id = newId(LoadId<NameId>(own.data() + at));
+    StoreBe16(own.data() + at, static_cast<std::uint16_t>(id));
+  }
+  ReleaseTrace(trace);
+  return new OwnedTraceEvent_t(std::move(own));
 }

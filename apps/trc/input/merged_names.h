@@ -5,11 +5,13 @@
 // Threads  One.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "records/name_map.h"
+#include "records/trace_event.h"
 
 class MergedNames {
  public:
@@ -33,3 +35,9 @@ constexpr const char* kTooManyNames = "together the files have more than 65,536 
 
 // Replaces the ids of a record's body. False: there are no ids left.
 bool TranslateIds(MergedNames& to, std::size_t file, const NameMap& names, std::uint8_t* record);
+
+// The id that an id becomes when ids are numbered anew.
+using NewId = std::function<NameId(NameId)>;
+// A trace with the new ids in place of this one, which is released. Null stays null.
+// REQUIRES: it has a record.
+TraceEvent_i* Renumbered(TraceEvent_i* trace, const NewId& newId);

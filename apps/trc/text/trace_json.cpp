@@ -47,6 +47,11 @@ void TraceJson::Append(std::string& json, std::uint64_t index, const TraceEvent_
   json.append(beside ? ",\"context\":true}" : "}");
 }
 
+void TraceJson::ForgetIds() {
+  m_known.assign(kNameIds, {});
+  m_processes.clear();
+}
+
 // What no calendar has is given as it is stored, so that nothing is lost.
 void TraceJson::AppendTime(std::string& json, std::uint64_t index, const TraceEvent_i& trace) {
   const std::size_t before = json.size();

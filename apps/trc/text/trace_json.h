@@ -1,6 +1,7 @@
 // A trace as a JSON object on one line, for dump and tail.
 //
-// Owner    Borrows the names, which may grow meanwhile; a known name does not change.
+// Owner    Borrows the names, which may grow meanwhile; a known name does not change before
+//          ForgetIds.
 // Threads  One at a time.
 #pragma once
 
@@ -21,6 +22,8 @@ class TraceJson {
   // a chosen one.
   void Append(std::string& json, std::uint64_t index, const TraceEvent_i& trace,
               bool beside = false);
+  // Ids mean other names from now on.
+  void ForgetIds();
 
  private:
   void AppendTime(std::string& json, std::uint64_t index, const TraceEvent_i& trace);

@@ -28,6 +28,8 @@ class TraceMoments {
   void Learn(const TraceList_t& traces);
   // A trace of a stream, with its place there. REQUIRES: rising places.
   void Learn(std::uint64_t place, const TraceEvent_i& trace);
+  // Ids mean other processes from now on, whose moments are to be learned.
+  void ForgetIds() { m_processes.clear(); }
   // False and nothing is appended: the fields hold no time of a calendar.
   bool Append(std::string& to, std::uint64_t place, const TraceEvent_i& trace);
 

@@ -7,18 +7,11 @@
 
 #include "records/trc_walk.h"
 #include "support/temp_dir.h"
+#include "support/trace_list_sink.h"
 #include "support/trc_image.h"
 #include "tree/regex/regex.h"
 
 namespace {
-
-struct Sink {
-  TraceList_t& traces;
-  void OnName(NameId, std::string_view) {}
-  void OnTrace(const std::uint8_t* record) { traces.EmplaceRecord(record); }
-  void OnUnknownTag(std::uint64_t) {}
-  bool OnProgress(std::uint64_t) { return true; }
-};
 
 class RowWalkTest : public testing::Test {
  protected:
@@ -27,7 +20,7 @@ class RowWalkTest : public testing::Test {
     for (int i = 0; i < traces; ++i)
       image.Name(1, "hit").Trace({.text = m_random() % 4 ? "no" : "a hit", .stack = "hit"});
     m_file = MappedFile::Open(image.WriteTo(m_dir.File("a.trc")));
-    WalkTrc(m_file->View(), Sink{m_traces});
+    WalkTrc(m_file->View(), TraceListSink{m_traces});
     m_lent = std::make_shared<LentTraces>(m_traces, m_file);
   }
   // All rows that the search meets as hits, in order, and where it stops.

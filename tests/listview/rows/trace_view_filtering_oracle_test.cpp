@@ -19,6 +19,7 @@ using Events = PlainRows::Events;
 class Filtering : public testing::TestWithParam<unsigned> {
  protected:
   static constexpr std::size_t kLimit = 120;
+  static constexpr std::size_t kHands = 7;  // steps of the user, whatever the document
 
   Filtering() {
     SetSettingsFile(m_directory.File("settings.ini"));
@@ -155,6 +156,23 @@ class Filtering : public testing::TestWithParam<unsigned> {
     m_view->OnUpdate(nullptr, kHintFollow, &hint);
     m_rows.Follow(hint.m_events.front());
   }
+  void Hand(std::size_t step) {
+    switch (step) {
+      case 0:
+      case 1:
+        return Apply();
+      case 2:
+        return Cancel();
+      case 3:
+        return m_random.Below(4) ? Click() : Finish();
+      case 4:
+        return Click();
+      case 5:
+        return Follow();
+      default:
+        return Scroll();
+    }
+  }
   void Scroll() { m_list->ScrollTo(static_cast<int>(m_random.Below(kLimit))); }
 
   void ExpectThePlainRows() {
@@ -237,20 +255,9 @@ class FilteringLive : public Filtering {
     m_list->calls.clear();
   }
   void Step() {
-    switch (m_random.Below(16)) {
-      case 0:
-      case 1:
-        return Apply();
-      case 2:
-        return Cancel();
-      case 3:
-        return m_random.Below(4) ? Click() : Finish();
-      case 4:
-        return Click();
-      case 5:
-        return Follow();
-      case 6:
-        return Scroll();
+    const std::size_t step = m_random.Below(16);
+    if (step < kHands) return Hand(step);
+    switch (step) {
       case 7:
         return Tick(1 + m_random.Below(30));
       case 8:
@@ -311,20 +318,9 @@ class FilteringFile : public Filtering {
     m_view.reset();
   }
   void Step() {
-    switch (m_random.Below(14)) {
-      case 0:
-      case 1:
-        return Apply();
-      case 2:
-        return Cancel();
-      case 3:
-        return m_random.Below(4) ? Click() : Finish();
-      case 4:
-        return Click();
-      case 5:
-        return Follow();
-      case 6:
-        return Scroll();
+    const std::size_t step = m_random.Below(14);
+    if (step < kHands) return Hand(step);
+    switch (step) {
       case 7:
         return m_random.Below(3) ? OneStep() : Mark();
       default:

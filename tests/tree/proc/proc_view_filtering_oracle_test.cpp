@@ -24,6 +24,7 @@ char KindOf(const CTraceEvent& node) {
 class TreeTexts : public testing::TestWithParam<unsigned> {
  protected:
   static constexpr std::size_t kLimit = 90;
+  static constexpr std::size_t kHands = 6;  // steps of the user, whatever the document
 
   TreeTexts() { g_useUtc = true; }
   ~TreeTexts() override { g_useUtc = false; }
@@ -241,6 +242,21 @@ class TreeTexts : public testing::TestWithParam<unsigned> {
     ASSERT_EQ(m_view->m_filter.where != nullptr, m_expr.has_value());
     ASSERT_TRUE(!m_plain->IsUnderWay() || m_view->FilterProgress());
   }
+  void Hand(std::size_t step) {
+    switch (step) {
+      case 0:
+      case 1:
+        return Apply();
+      case 2:
+        return m_random.Below(2) ? Cancel() : Touch();
+      case 3:
+        return m_random.Below(4) ? Touch() : Finish();
+      case 4:
+        return Touch();
+      default:
+        return Follow();
+    }
+  }
   virtual void Step() = 0;
   void Play(int steps) {
     for (int step = 0; step < steps; ++step) {
@@ -326,18 +342,9 @@ class TreeTextsLive : public TreeTexts {
     m_wanted = nullptr;
   }
   void Step() override {
-    switch (m_random.Below(16)) {
-      case 0:
-      case 1:
-        return Apply();
-      case 2:
-        return m_random.Below(2) ? Cancel() : Touch();
-      case 3:
-        return m_random.Below(4) ? Touch() : Finish();
-      case 4:
-        return Touch();
-      case 5:
-        return Follow();
+    const std::size_t step = m_random.Below(16);
+    if (step < kHands) return Hand(step);
+    switch (step) {
       case 6:
         return m_random.Below(2) ? OneStep() : Tick(1 + m_random.Below(30));
       case 7:
@@ -403,18 +410,9 @@ class TreeTextsFile : public TreeTexts {
     ASSERT_EQ(m_tree->Count(), tree.Count());
   }
   void Step() override {
-    switch (m_random.Below(14)) {
-      case 0:
-      case 1:
-        return Apply();
-      case 2:
-        return m_random.Below(2) ? Cancel() : Touch();
-      case 3:
-        return m_random.Below(4) ? Touch() : Finish();
-      case 4:
-        return Touch();
-      case 5:
-        return Follow();
+    const std::size_t step = m_random.Below(14);
+    if (step < kHands) return Hand(step);
+    switch (step) {
       case 6:
         return m_random.Below(3) ? OneStep() : ExpectAFreshTree();
       case 7:

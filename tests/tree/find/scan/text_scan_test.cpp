@@ -8,20 +8,13 @@
 #include "documents/trace_part.h"
 #include "records/trc_walk.h"
 #include "support/temp_dir.h"
+#include "support/trace_list_sink.h"
 #include "support/trc_image.h"
 #include "tree/find/scan/load_scan.h"
 #include "tree/find/scan/piece_scan.h"
 #include "tree/regex/plan/regex_matcher.h"
 
 namespace {
-
-struct Sink {
-  TraceList_t& traces;
-  void OnName(NameId, std::string_view) {}
-  void OnTrace(const std::uint8_t* record) { traces.EmplaceRecord(record); }
-  void OnUnknownTag(std::uint64_t) {}
-  bool OnProgress(std::uint64_t) { return true; }
-};
 
 struct Pattern {
   const char* text;
@@ -74,7 +67,7 @@ class TextScanTest : public testing::Test {
     m_file = MappedFile::Open(image.WriteTo(m_dir.File("a.trc")));
     ASSERT_TRUE(m_file);
     m_traces.Clear();
-    WalkTrc(m_file->View(), Sink{m_traces});
+    WalkTrc(m_file->View(), TraceListSink{m_traces});
     m_lent = std::make_shared<LentTraces>(m_traces, m_file);
   }
   // The places of the traces that match, in the order of the search.

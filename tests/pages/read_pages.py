@@ -75,7 +75,7 @@ class Markdown:
             self._last_typed().shown = "\n".join(lines)
         else:
             name = re.fullmatch(r"`(\S+)`:", before)
-            if language not in ("c", "cpp", "cmake", "python", "js") or not name:
+            if language not in ("c", "cpp", "cmake", "python", "js", "json") or not name:
                 raise NotUnderstood(f"{self.name}:{number}: a block that is no example")
             self._block(number, file=name[1], text="\n".join(lines) + "\n")
 

@@ -4,11 +4,18 @@
 
 namespace {
 
+bool IsPlain(char c) {
+  return c >= 0x20 && c < 0x7F;
+}
+
 // The length of a set at the beginning; 0: none that is plain.
 std::size_t PlainSet(std::string_view rest) {
   if (rest.size() < 3 || rest[1] == '^' || rest[1] == ']') return 0;
   const std::size_t end = rest.find(']');
-  if (end == rest.npos || rest.substr(1, end - 1).find_first_of("[\\") != rest.npos) return 0;
+  if (end == rest.npos) return 0;
+  // Of a character that is no ASCII it would take each byte.
+  for (const char c : rest.substr(1, end - 1))
+    if (!IsPlain(c) || c == '[' || c == '\\') return 0;
   return end + 1;
 }
 
@@ -18,9 +25,8 @@ bool MeansTheSameByBytes(std::string_view expression) {
   for (std::size_t at = 0; at < expression.size();) {
     const char c = expression[at];
     const std::string_view rest = expression.substr(at);
-    const auto byte = static_cast<unsigned char>(c);
     std::size_t bytes = 1;
-    if (byte < 0x20 || byte >= 0x7F) return false;
+    if (!IsPlain(c)) return false;
     if (c == '[') {
       bytes = PlainSet(rest);
     } else if (c == '.') {

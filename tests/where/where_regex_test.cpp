@@ -28,6 +28,12 @@ TEST(WhereRegex, AWellFormedTextIsSearchedByItsCharacters) {
   EXPECT_TRUE(Finds("\\x{e9}", "\xc3\xa9"));
 }
 
+TEST(WhereRegex, ASetTakesCharactersAndNotTheirBytes) {
+  EXPECT_TRUE(Finds("^[\xc3\xa9x]$", "\xc3\xa9"));
+  EXPECT_FALSE(Finds("[\xc3\xa9x]", "\xc3\x84"));
+  EXPECT_FALSE(Finds("[a-\xc3\xa9]", "\xe2\x82\xa9"));
+}
+
 TEST(WhereRegex, AMalformedTextIsSearchedByItsBytes) {
   EXPECT_TRUE(Finds("^..$", "\xff\xfe"));
   EXPECT_TRUE(Finds("\\xff", "a\xff"));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "settings/globals.h"
 #include "statistics/window/same_filter.h"
 #include "tree/filter/filter_pass.h"
 
@@ -55,6 +56,7 @@ PaneCount::PaneCount(CTraceDoc& document, const CTraceFilter& filter, StatField 
       m_filter(filter),
       m_field(field),
       m_generation(document.m_traces.Generation()),
+      m_utc(g_useUtc),
       m_live(field),
       m_first(document.m_traces.Popped()),
       m_next(m_first) {
@@ -72,7 +74,8 @@ PaneCount::~PaneCount() = default;
 
 bool PaneCount::IsOf(const CTraceDoc& document, const CTraceFilter& filter, StatField field) const {
   return &document == &m_document && field == m_field &&
-         document.m_traces.Generation() == m_generation && ShowTheSame(filter, m_filter);
+         document.m_traces.Generation() == m_generation && ShowTheSame(filter, m_filter) &&
+         (m_utc == g_useUtc || !filter.where || !HasTimeWithoutZone(filter.where->Expr()));
 }
 
 bool PaneCount::Step(std::chrono::milliseconds time) {

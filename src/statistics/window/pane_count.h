@@ -45,6 +45,7 @@ class PaneCount {
   CTraceFilter m_filter;
   const StatField m_field;
   const std::uint64_t m_generation;
+  const bool m_utc;                    // a text may have times without a zone
   std::unique_ptr<TraceCount> m_file;  // null: a monitor's
   bool m_whole = false, m_failed = false;
   LiveCounts m_live;

@@ -9,6 +9,7 @@
 #include "statistics/window/counted_pane.h"
 #include "support/fake_report_list.h"
 #include "support/recording_host.h"
+#include "support/zone_guard.h"
 #include "where/where_program.h"
 
 namespace {
@@ -200,6 +201,21 @@ TEST(StatisticsDialog, ThatIsClosedCountsNoMore) {
   EXPECT_EQ(window.m_dialog->Rows().at(0).tally.count, 1u);
   window.m_dialog.reset();
   EXPECT_TRUE(window.m_host.Timers().empty());
+}
+
+TEST(StatisticsDialog, CountsAnewWhenAnotherZoneOfTheTimesShowsOtherTraces) {
+  const ZoneGuard zone("CET-1");
+  Window<CTraceDoc> window;
+  for (const unsigned hour : {11u, 12u})
+    window.Add(MakeEvent(
+        {.component = 1, .date = PackDate(2026, 11, 23), .time = PackTime(hour, 30, 0, 0)}));
+  window.m_pane.m_filter.where = Where("time >= 2026-11-23T12:00");
+  window.Open();
+  window.Shown();
+  EXPECT_EQ(window.m_dialog->Rows().at(0).tally.count, 1u);
+  g_useUtc = false;
+  window.Shown();
+  EXPECT_EQ(window.m_dialog->Rows().at(0).tally.count, 2u);
 }
 
 CTraceFilter RandomFilter(RandomTraces& random) {

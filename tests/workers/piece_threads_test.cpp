@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <numeric>
 #include <set>
 #include <stdexcept>
@@ -18,7 +19,6 @@ constexpr std::chrono::milliseconds kLongMs = kLong;
 class Squares final : public PieceThreads {
  public:
   explicit Squares(std::size_t pieces) : PieceThreads(pieces) {}
-  ~Squares() override { ended = true; }
 
   std::vector<std::size_t> TakeAll() {
     std::vector<std::size_t> all;
@@ -34,7 +34,6 @@ class Squares final : public PieceThreads {
   std::size_t throwAt = ~std::size_t{0};
   std::atomic<bool> hold = false, failureSeen = false;
   std::atomic<std::size_t> begun = 0;
-  inline static std::atomic<bool> ended = false;
 
  private:
   struct Squaring final : Hand {
@@ -87,18 +86,19 @@ TEST(PieceThreads, AStoppedWorkBeginsNoFurtherPiece) {
 }
 
 TEST(PieceThreads, AWorkThatNobodyWaitsForGoesWithItsLastThread) {
-  Squares::ended = false;
+  std::weak_ptr<Squares> held;
   {
     const auto work = std::make_shared<Squares>(1000);
+    held = work;
     work->hold = true;
     PieceThreads::Start(work, 3);
     while (work->begun < 3) std::this_thread::yield();
-    EXPECT_FALSE(Squares::ended);
-    work->Stop();
   }
+  ASSERT_FALSE(held.expired());
+  held.lock()->Stop();
   const auto late = std::chrono::steady_clock::now() + kLong;
-  while (!Squares::ended && std::chrono::steady_clock::now() < late) std::this_thread::yield();
-  EXPECT_TRUE(Squares::ended);
+  while (!held.expired() && std::chrono::steady_clock::now() < late) std::this_thread::yield();
+  EXPECT_TRUE(held.expired());
 }
 
 TEST(PieceThreads, APieceThatFailsEndsTheWorkAndTheResultsBeforeItAreThere) {

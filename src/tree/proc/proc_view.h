@@ -43,8 +43,7 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   bool Build() override;
   bool IsBuilt() const override { return m_built; }
 
-  // The items in the order of the tree, opened or not: makes missing items on the way. 0 at the
-  // end.
+  // The items in the order of the tree, opened or not: makes missing ones on the way. 0: the end.
   TreeItem NextTreeItem(TreeItem item);
   TreeItem PrevTreeItem(TreeItem item);
   TreeItem LastTreeItem() const;  // among the existing items
@@ -79,6 +78,7 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   bool ShowsAny() const override { return m_tree->Walk(0, TreeStep::FirstChild) != 0; }
   void RepaintHits() override { m_tree->Repaint(); }
   bool Rebuild() override { return RebuildTree(); }
+  void OnOptions() override;
   void OnReady() override;
   void AddTraces(const CTraceHint& hint) override;
   void RemoveTraces(const CTraceHint& hint) override;
@@ -111,10 +111,10 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   std::unique_ptr<ProcModel> m_model;
   std::unique_ptr<TreeControl> m_tree;
   PostedStep m_step{GetHost(), [this] { GoOnFiltering(); }};
-  std::unique_ptr<TreeFiltering> m_filtering;  // null: no text is being applied
-  int m_works = 0;                             // long works on the tree
-  bool m_firstUpdate = true, m_built = false;
-  bool m_inDrain = false;                       // no box may interrupt a drain
+  std::unique_ptr<TreeFiltering> m_filtering;                 // null: no text is being applied
+  int m_works = 0;                                            // long works on the tree
+  bool m_firstUpdate = true, m_built = false, m_utc = false;  // m_utc: the zone of its text
+  bool m_inDrain = false;                                     // no box may interrupt a drain
   std::uint64_t m_generation = 0;               // of the document's list, when the tree was built
   std::vector<CProcViewIterator*> m_iterators;  // active: notified of removals
 };

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "panes/filter_wait.h"
+#include "settings/globals.h"
 #include "tree/proc/proc_view.h"
 
 namespace {
@@ -14,6 +15,11 @@ using std::chrono::milliseconds;
 constexpr milliseconds kStep(10), kShowEvery(30);
 constexpr int kThousandthsForPass = 950;  // the rest is for the search of the selected trace
 
+// Another zone of the times may be another set of traces.
+bool DependsOnZone(const WhereProgramPtr& where) {
+  return where && HasTimeWithoutZone(where->Expr());
+}
+
 }  // namespace
 
 bool CProcView::SetWhere(WhereProgramPtr where) {
@@ -23,13 +29,27 @@ bool CProcView::SetWhere(WhereProgramPtr where) {
   return true;
 }
 
+// A pass in two zones would show some traces of both.
+void CProcView::OnOptions() {
+  if (m_utc == g_useUtc || !m_built || m_document.m_loading) return;
+  const bool stands = m_document.m_traces.Generation() == m_generation;
+  if (stands && DependsOnZone(m_filter.where))
+    BeginFiltering(m_filter.where);
+  else
+    m_utc = g_useUtc;
+}
+
 // A text that is not applied yet ends at once.
 void CProcView::BeginFiltering(WhereProgramPtr where) {
   // The tree that is shown is that of this text, and none: of all traces.
-  if (m_filtering && m_filtering->pass && where == m_filtering->before.where) return CancelFilter();
+  const bool utcBefore = std::exchange(m_utc, g_useUtc);
+  if (m_filtering && m_filtering->pass && where == m_filtering->before.where &&
+      (m_utc == m_filtering->utcBefore || !DependsOnZone(where)))
+    return CancelFilter();
   const TraceEvent_i* const wanted = m_filtering ? m_filtering->wanted : nullptr;
   if (m_filtering && !m_filtering->pass) m_filtering.reset();
-  if (!m_filtering) m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged);
+  if (!m_filtering)
+    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged, utcBefore);
   TreeFiltering& now = *m_filtering;
   now.wanted = wanted;
   m_model->UseFilter(now.before);
@@ -146,7 +166,7 @@ void CProcView::CancelFilter() {
   const TraceEvent_i* const wanted = m_filtering->pass ? m_filtering->wanted : nullptr;
   EndFiltering(false);
   if (wanted) {
-    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged);
+    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged, m_utc);
     FollowInSteps(wanted);
     m_step.Ask();
   }

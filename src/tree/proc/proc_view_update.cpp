@@ -3,6 +3,7 @@
 
 #include "docview/commands/command_ids.h"
 #include "docview/frame.h"
+#include "settings/globals.h"
 #include "tree/proc/model/node_search.h"
 #include "tree/proc/model/proc_build.h"
 #include "tree/proc/proc_view.h"
@@ -20,6 +21,7 @@ bool CProcView::RebuildTree() {
   const CWaitCursor wait(GetHost());
   for (;;) {
     EmptyIfCleared();
+    const bool utc = g_useUtc;
     auto model = std::make_unique<ProcModel>(m_document, m_filter);
     const auto build = [&] {
       ProcBuild pass(m_document, *model);
@@ -27,6 +29,7 @@ bool CProcView::RebuildTree() {
     };
     switch (build()) {
       case PassResult::Whole:
+        m_utc = utc;
         TakeOver(std::move(model));
         return true;
       case PassResult::Cancelled:

@@ -1,6 +1,8 @@
 // A filter text that is being applied to the tree, and what happens meanwhile.
 #include "proc_view_fixture.h"
+#include "settings/globals.h"
 #include "support/short_pieces.h"
+#include "support/zone_guard.h"
 
 namespace {
 
@@ -62,6 +64,37 @@ TEST_F(ProcViewWhere, ASecondTextKeepsTheTraceThatTheFirstOneStillLooksFor) {
   ASSERT_NO_FATAL_FAILURE(ApplyAll());
   EXPECT_EQ(m_view->Model().TraceCount(), 1000);
   EXPECT_EQ(Selected(), "10000");
+}
+
+// Half of the traces are of an hour that is hidden in UTC and shown in the local zone.
+TEST_F(ProcViewWhere, ATextWithATimeWithoutAZoneIsAppliedAnewWhenTheZoneOfTheTimesChanges) {
+  const ZoneGuard zone("CET-1");
+  m_view->m_scanSetup.perLook = 1;
+  for (int i = 0; i < 20; ++i)
+    Add({.date = PackDate(2026, 11, 23), .time = PackTime(i % 2 ? 12 : 11, 30, 0, 0)});
+  const auto options = [this](bool utc) {
+    g_useUtc = utc;
+    m_document.UpdateAllViews(nullptr, kHintOptions);
+  };
+  options(true);
+  Open();
+  ASSERT_NO_FATAL_FAILURE(Apply("time >= 2026-11-23T12:00"));
+  for (int i = 0; i < 8; ++i) ASSERT_TRUE(m_host.RunOnePosted());
+  ASSERT_TRUE(m_view->Filtering() && m_view->Filtering()->pass);
+  options(false);
+  ASSERT_NO_FATAL_FAILURE(ApplyAll());
+  EXPECT_EQ(m_view->Model().TraceCount(), 20) << "no trace is asked about in the zone from before";
+  options(true);
+  ASSERT_TRUE(m_view->FilterProgress());
+  ASSERT_NO_FATAL_FAILURE(ApplyAll());
+  EXPECT_EQ(m_view->Model().TraceCount(), 10);
+  options(false);
+  options(true);
+  EXPECT_FALSE(m_view->FilterProgress()) << "the tree of this zone is still there";
+  ASSERT_NO_FATAL_FAILURE(Apply("time >= 2026-11-23T12:00Z"));
+  ASSERT_NO_FATAL_FAILURE(ApplyAll());
+  options(false);
+  EXPECT_FALSE(m_view->FilterProgress()) << "that says its zone";
 }
 
 }  // namespace

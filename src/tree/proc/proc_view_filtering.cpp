@@ -41,15 +41,15 @@ void CProcView::OnOptions() {
 
 // A text that is not applied yet ends at once.
 void CProcView::BeginFiltering(WhereProgramPtr where) {
-  // The tree that is shown is that of this text, and none: of all traces.
-  const bool utcBefore = std::exchange(m_utc, g_useUtc);
+  m_utc = g_useUtc;
+  // The tree that is shown is that of this text, and none: of all traces. Unless it depends on the
+  // zone: it may be another one now, or may have been when the last traces came.
   if (m_filtering && m_filtering->pass && where == m_filtering->before.where &&
-      (m_utc == m_filtering->utcBefore || !DependsOnZone(where)))
+      !DependsOnZone(where))
     return CancelFilter();
   const TraceEvent_i* const wanted = m_filtering ? m_filtering->wanted : nullptr;
   if (m_filtering && !m_filtering->pass) m_filtering.reset();
-  if (!m_filtering)
-    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged, utcBefore);
+  if (!m_filtering) m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged);
   TreeFiltering& now = *m_filtering;
   now.wanted = wanted;
   m_model->UseFilter(now.before);
@@ -166,7 +166,7 @@ void CProcView::CancelFilter() {
   const TraceEvent_i* const wanted = m_filtering->pass ? m_filtering->wanted : nullptr;
   EndFiltering(false);
   if (wanted) {
-    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged, m_utc);
+    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged);
     FollowInSteps(wanted);
     m_step.Ask();
   }

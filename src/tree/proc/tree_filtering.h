@@ -15,8 +15,8 @@
 #include "tree/proc/tree_pass.h"
 
 struct TreeFiltering {
-  TreeFiltering(const CTraceFilter& filter, bool changed, bool utc)
-      : before(filter), changedBefore(changed), utcBefore(utc) {}
+  TreeFiltering(const CTraceFilter& filter, bool changed)
+      : before(filter), changedBefore(changed) {}
 
   void EndSearch() {
     reach.reset();
@@ -25,7 +25,6 @@ struct TreeFiltering {
 
   CTraceFilter before;  // of the shown tree, until the new one is whole
   const bool changedBefore;
-  const bool utcBefore;                  // the zone of the shown tree
   std::unique_ptr<TreePass> pass;        // null: the new tree is shown
   std::unique_ptr<ProcModel> old;        // the tree that was shown: its end takes a step of its own
   const TraceEvent_i* wanted = nullptr;  // to be selected in the new tree, or the nearest one

@@ -26,6 +26,10 @@ class RowListOwner {
   virtual std::string RowListText(int row, ListColumn column) = 0;
   virtual int RowListIcon(int row) = 0;  // -1: none
   virtual RowTint RowListTint(int row) = 0;
+  // Instead of the tint and the list's own colours, while the row is not selected. Asked between
+  // the two calls of OnRowListPaint only.
+  virtual std::optional<RowColours> RowListColours(int) { return std::nullopt; }
+  virtual void OnRowListPaint(bool /*begins*/) {}
   // The hits of a search in the cell's text.
   virtual std::vector<HitRange> RowListHits(int row, ListColumn column) = 0;
   // Shown while there are no rows: what the list waits for, and below in smaller letters the

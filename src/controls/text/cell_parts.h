@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 // At most this much of a cell's text is shown, including the terminator.
 inline constexpr int kCellBytes = 260;
@@ -11,6 +12,12 @@ enum class ColumnAlign { Left, Right, Centre };
 
 // A pale colour behind a row that is not selected.
 enum class RowTint { None, Warn, Error };
+
+// Colours of a row that are not the list's own: 0xRRGGBB.
+struct RowColours {
+  std::uint32_t ink, ground;
+  bool operator==(const RowColours&) const = default;
+};
 
 // A range of bytes in a text.
 struct HitRange {

@@ -36,7 +36,10 @@ RowLook RowPainter::LookOfRow(int row) const {
   kind.keyboard = m_list.hasFocus();
   // Stripes use the number that a row keeps when rows before it are trimmed.
   kind.stripe = (m_list.States().Base() + row) % 2 != 0;
-  kind.tint = kind.selected ? RowTint::None : m_list.Owner().RowListTint(row);
+  if (!kind.selected) {
+    kind.colours = m_list.Owner().RowListColours(row);
+    kind.tint = m_list.Owner().RowListTint(row);
+  }
   return LookOf(m_list.palette(), kind);
 }
 
@@ -52,7 +55,9 @@ void RowPainter::Paint(QPainter& painter, const QRect& clip) const {
   const int rowHeight = m_list.RowHeight();
   const int first = m_list.TopIndex() + clip.top() / rowHeight;
   const int last = std::min(m_list.TopIndex() + clip.bottom() / rowHeight, m_list.ItemCount() - 1);
+  m_list.Owner().OnRowListPaint(true);
   for (int row = first; row <= last; ++row) PaintRow(canvas, row);
+  m_list.Owner().OnRowListPaint(false);
   const int painted = std::max((last + 1 - m_list.TopIndex()) * rowHeight, clip.top());
   if (painted <= clip.bottom())
     PaintBelow(canvas, QRect(QPoint(clip.left(), painted), clip.bottomRight()));

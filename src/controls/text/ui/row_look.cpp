@@ -36,6 +36,9 @@ RowLook LookOf(const QPalette& palette, const RowKind& row) {
     look.text = color(QPalette::HighlightedText);
   } else if (row.selected) {
     look.background = Mixed(base, highlight, dark ? kPaleInDark : kPale);
+  } else if (row.colours) {
+    look.background = QColor(QRgb{row.colours->ground});
+    look.text = QColor(QRgb{row.colours->ink});
   } else {
     if (row.tint != RowTint::None) {
       const Tint tint = TintOf(row.tint);

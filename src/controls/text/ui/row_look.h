@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QPalette>
+#include <optional>
 
 #include "controls/text/cell_parts.h"
 
@@ -13,6 +14,7 @@ struct RowKind {
   bool keyboard = false;  // the list has the keyboard focus
   bool stripe = false;
   RowTint tint = RowTint::None;
+  std::optional<RowColours> colours = {};  // instead of the tint and the stripe
 };
 
 struct RowLook {

@@ -112,6 +112,21 @@ TEST(RowPainting, RowsOfWarningsAndErrorsHaveAVeryPaleTint) {
   }
 }
 
+TEST(RowPainting, ARowInColoursHasNoTintAndNoStripeAndASelectionItsOwnColours) {
+  ShownList s(20);
+  constexpr RowColours kColours{0x003f6f, 0xd7eeff};
+  s.owner.colours = {{1, kColours}, {2, kColours}, {3, kColours}};
+  s.owner.tints = {{2, RowTint::Error}, {3, RowTint::Error}};
+  s.list.SetItemState(3, kRowSelected, kRowSelected);
+  const QColor ground(0xd7, 0xee, 0xff);
+  EXPECT_EQ(Background(s, 1), ground) << "a row with a stripe";
+  EXPECT_EQ(Background(s, 2), ground) << "a row with a tint";
+  EXPECT_EQ(Background(s, 3), Role(s, QPalette::Highlight));
+  EXPECT_FALSE(s.owner.painting);
+  const RowLook look = LookOf(s.list.palette(), {.tint = RowTint::Warn, .colours = kColours});
+  EXPECT_EQ(look.text, QColor(0x00, 0x3f, 0x6f));
+}
+
 TEST(RowPainting, WhatASearchHasFoundIsTintedInTheTextAndNothingElse) {
   ShownList s(20, 10, 120);
   s.owner.texts[{1, Column::Count}] = "say hello to all";

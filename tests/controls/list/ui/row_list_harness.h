@@ -24,6 +24,12 @@ class CellsOwner final : public RowListOwner {
   }
   int RowListIcon(int row) override { return icons.count(row) ? icons.at(row) : -1; }
   RowTint RowListTint(int row) override { return tints.count(row) ? tints.at(row) : RowTint::None; }
+  std::optional<RowColours> RowListColours(int row) override {
+    EXPECT_TRUE(painting);
+    if (!colours.count(row)) return std::nullopt;
+    return colours.at(row);
+  }
+  void OnRowListPaint(bool begins) override { painting = begins; }
   std::vector<HitRange> RowListHits(int row, ListColumn column) override {
     const auto hit = hits.find({row, column});
     return hit == hits.end() ? std::vector<HitRange>() : hit->second;
@@ -49,6 +55,8 @@ class CellsOwner final : public RowListOwner {
   std::map<std::pair<int, ListColumn>, std::string> texts;
   std::map<int, int> icons;
   std::map<int, RowTint> tints;
+  std::map<int, RowColours> colours;
+  bool painting = false;
   std::map<std::pair<int, ListColumn>, std::vector<HitRange>> hits;
   std::string emptyText;
   std::vector<std::string> reported;

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 
 #include "records/trace_list.h"
 
@@ -26,6 +27,11 @@ class RowStore {
   int Size() const;
   TraceRow operator[](int row) const;  // REQUIRES: 0 <= row < Size()
   TraceEvent_i* EventAt(int row) const { return (*this)[row].event; }
+  // In the document's list; nothing where the rows are no window. REQUIRES: Has(row).
+  std::optional<std::size_t> PlaceOf(int row) const {
+    if (!m_window) return std::nullopt;
+    return static_cast<std::size_t>(m_begin + static_cast<std::uint64_t>(row) - m_traces.Popped());
+  }
   bool Has(int row) const { return row >= 0 && row < Size(); }
 
   void Clear();

@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "controls/list/row_list.h"
+#include "listview/colours/row_colourer.h"
 #include "listview/columns/columns.h"
 #include "listview/rows/row_filtering.h"
 #include "panes/trace_pane.h"
@@ -47,6 +48,8 @@ class CTraceView : public TracePane, public RowListOwner {
   std::string RowListText(int row, ListColumn column) override;
   int RowListIcon(int row) override;
   RowTint RowListTint(int row) override;
+  std::optional<RowColours> RowListColours(int row) override;
+  void OnRowListPaint(bool begins) override;
   std::vector<HitRange> RowListHits(int row, ListColumn column) override;
   std::string RowListEmptyText() override;
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override;
@@ -102,6 +105,8 @@ class CTraceView : public TracePane, public RowListOwner {
 
   RowStore m_rows;
   std::unique_ptr<RowList> m_list;
+  std::unique_ptr<RowColourer> m_colourer;  // null: no colour rules are in use
+  PostedStep m_paintLate{GetHost(), [this] { m_list->Repaint(); }};
   bool m_firstUpdate = true;
   bool m_utc = false;  // the zone of the rows
   std::array<std::int32_t, kColumnCount> m_columnWidths = {};

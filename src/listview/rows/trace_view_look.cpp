@@ -1,5 +1,6 @@
 // The look of the rows of the list view, apart from their texts.
 #include "base/text.h"
+#include "listview/colours/active_colours.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "tree/find/searched_text.h"
@@ -8,6 +9,28 @@ RowTint CTraceView::RowListTint(int row) {
   const TraceEvent_i* event = g_tintSeverity ? EventOfRow(row) : nullptr;
   const int icon = event ? SeverityIcon(*event) : -1;
   return icon == 1 ? RowTint::Warn : icon == 2 ? RowTint::Error : RowTint::None;
+}
+
+void CTraceView::OnRowListPaint(bool begins) {
+  // While a file is read its names belong to the thread that reads it.
+  const ColourProgramPtr active = m_document.m_loading ? nullptr : ActiveColours();
+  if (!active) {
+    m_colourer = nullptr;
+    return;
+  }
+  if (!begins) {
+    if (m_colourer && m_colourer->IsLate()) m_paintLate.Ask();
+    return;
+  }
+  if (!m_colourer || &m_colourer->Program() != active.get())
+    m_colourer = std::make_unique<RowColourer>(active, m_document);
+  m_colourer->BeginPage();
+}
+
+std::optional<RowColours> CTraceView::RowListColours(int row) {
+  const TraceEvent_i* const event = m_colourer ? EventOfRow(row) : nullptr;
+  if (!event) return std::nullopt;
+  return m_colourer->Of(*event, m_rows.PlaceOf(row));
 }
 
 std::vector<HitRange> CTraceView::RowListHits(int row, ListColumn column) {

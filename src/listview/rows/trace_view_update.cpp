@@ -111,6 +111,8 @@ void CTraceView::AddTraces(const CTraceHint& hint) {
 }
 
 void CTraceView::AddRows(const CTraceHint& hint, CTraceFilter& filter) {
+  // A rule may look at the newest trace.
+  if (m_colourer && m_colourer->Program().UsesEnd()) m_list->Repaint();
   const bool atBottom = AtBottom();
   const int before = m_rows.Size();
   FilterPass pass(filter, m_document);
@@ -137,6 +139,7 @@ void CTraceView::RemoveTraces(const CTraceHint& hint) {
   for (const TraceEvent_i* event : hint.m_events) {
     oldest = oldest && position < held.size() && held[position] == event;
     ++position;
+    if (m_colourer) m_colourer->Forget(event);
     if (m_filtering) m_filtering->Remove(event, oldest);
     const int row = m_rows.RemoveRow(event, oldest);
     if (row == -1) continue;

@@ -9,11 +9,13 @@
 #include "config/view/config_view.h"
 #include "documents/trace_file_doc.h"
 #include "docview/commands/command_ids.h"
+#include "listview/colours/active_colours.h"
 #include "listview/columns/options_dialog.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
 #include "shell/child_frame.h"
+#include "shell/colours/colour_rules_dialog.h"
 #include "shell/config_frame.h"
 #include "shell/failed_open.h"
 #include "shell/realtime_frame.h"
@@ -62,6 +64,7 @@ void CTesseraApp::MapCommands() {
   MapCommand(ID_FILE_NEWMONITOR, [this] { OnNewMonitor(); });
   MapCommand(ID_FILE_NEWCONFIG, [this] { OnNewConfig(); });
   MapCommand(ID_VIEW_OPTIONS, [this] { OnOptions(); });
+  MapCommand(ID_VIEW_COLOURS, [this] { OnColours(); });
   MapCommand(ID_APP_ABOUT, [this] { m_faces.ShowAbout(kVersionLine); });
   MapCommand(ID_APP_EXIT, [this] { m_frame->OnClose(); });
   MapCommand(ID_FILE_PRINT_SETUP, [this] { m_faces.ShowPrintSetup(); });
@@ -82,6 +85,7 @@ bool CTesseraApp::InitInstance(const std::vector<std::string>& arguments) {
   MakeTemplates();
   if (!MakeFrame()) return false;
   ReadActiveColumns();
+  ReadActiveColours();
   CCommandLineInfo info = ParseCommandLine(arguments);
   if (info.command == CCommandLineInfo::FileNew) info.command = CCommandLineInfo::FileNothing;
   if (!ProcessShellCommand(info)) return false;
@@ -273,6 +277,11 @@ void CTesseraApp::OnOptions() {
   COptionsDlg dialog(GetHost());
   if (dialog.DoModal() != CDialog::kIdOk) return;
   ApplyOptions(dialog);
+  m_frame->PostCall([this] { OnTraceOptions(); });
+}
+
+void CTesseraApp::OnColours() {
+  if (CColourRulesDialog(GetHost()).DoModal() != CDialog::kIdOk) return;
   m_frame->PostCall([this] { OnTraceOptions(); });
 }
 

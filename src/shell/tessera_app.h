@@ -88,6 +88,7 @@ class CTesseraApp : public CWinApp, public WizardProgram {
   void OnNewMonitor();
   void OnNewConfig();
   void OnOptions();
+  void OnColours();
   void OnTraceOptions();  // WM_TRACE_OPTIONS: hint 1001 to all views
   void OnNewWindow();
   void ShowInStatusBar(const std::string& notice, const std::string& details);

@@ -92,6 +92,7 @@ TEST(Menus, OfATraceFile) {
   32825 Synchroni&ze\tAlt+S
   32847 Fi&lter...
   32850 Fit &Columns
+  32920 Colour &Rules...
   -----
   32902 Filter Te&xt\tCtrl+L
   32903 Filter &Back\tAlt+Left
@@ -154,6 +155,7 @@ TEST(Menus, OfAMonitor) {
   32825 Synchroni&ze\tAlt-S
   32847 Fi&lter...
   32850 Fit &Columns
+  32920 Colour &Rules...
   32849 Pa&use
   -----
   32902 Filter Te&xt\tCtrl+L
@@ -341,6 +343,7 @@ TEST(Menus, EveryCommandWithATextHasItsPromptAndToolTip) {
   EXPECT_EQ(Prompt(32825), "Synchronize current trace in all views | Synchronize");
   EXPECT_EQ(Prompt(32849), "Pause display of output | Pause");
   EXPECT_EQ(Prompt(32850), "Make each column as wide as what it shows | Fit Columns");
+  EXPECT_EQ(Prompt(32920), "Choose the colours of rows by filter texts | Colour Rules");
   EXPECT_EQ(Prompt(57648), "Open another window for the active document | New Window");
   EXPECT_EQ(Prompt(57650), "Arrange windows so they overlap | Cascade Windows");
   EXPECT_EQ(Prompt(57649), "Arrange icons at the bottom of the window | Arrange Icons");

@@ -6,10 +6,13 @@
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
 #include <QTreeView>
 
 #include "docview/commands/command_ids.h"
 #include "listview/source/open_source.h"
+#include "shell/colours/colour_rules_dialog.h"
 #include "shell/tessera_app.h"
 #include "tree/find/find_dialog.h"
 
@@ -39,6 +42,7 @@ void DialogScenes::All() {
   SaveFileDialog(ID_FILE_SAVECOPY, QStringLiteral("save-as"));
   Source();
   Locate();
+  Colours();
 }
 
 void DialogScenes::Run(unsigned command, std::function<void(QWidget&)> act) {
@@ -101,6 +105,26 @@ void DialogScenes::SaveFileDialog(unsigned command, const QString& name) {
     m_scenes.Save(dialog, name);
     dialog.close();
   });
+}
+
+void DialogScenes::Colours() {
+  const QPalette palette = m_scenes.Window().palette();
+  const bool dark =
+      palette.color(QPalette::Base).lightness() < palette.color(QPalette::Text).lightness();
+  const unsigned set = dark ? CColourRulesDialog::kDark : CColourRulesDialog::kLight;
+  Run(ID_VIEW_COLOURS, [this, set](QWidget& dialog) {
+    dialog.findChild<QPushButton*>(QString::number(set))->click();
+    dialog.findChild<QListWidget*>()->setCurrentRow(3);
+    m_scenes.Save(dialog, QStringLiteral("colours"));
+    static_cast<QDialog&>(dialog).accept();
+  });
+  m_scenes.Settle();
+  m_scenes.Save(m_scenes.Window(), QStringLiteral("main-colours"));
+  Run(ID_VIEW_COLOURS, [](QWidget& dialog) {
+    dialog.findChild<QCheckBox*>(QString::number(CColourRulesDialog::kShown))->setChecked(false);
+    static_cast<QDialog&>(dialog).accept();
+  });
+  m_scenes.Settle();
 }
 
 void DialogScenes::Source() {

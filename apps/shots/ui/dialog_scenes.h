@@ -10,6 +10,8 @@ class DialogScenes {
 
   // REQUIRES: a trace list in front, with a focused row.
   void All();
+  // The list in the colours that come with the program, and their dialog.
+  void Colours();
 
  private:
   void Find();

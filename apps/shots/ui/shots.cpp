@@ -106,17 +106,19 @@ class Configuring {
   WizardScenes m_wizard;
 };
 
-void Scaled(ShotScenes& scenes, FilterScenes& filter, Configuring& configuring,
-            const std::string& file) {
+void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter,
+            Configuring& configuring, const std::string& file) {
   scenes.SetMark(QStringLiteral("-%1").arg(qRound(scenes.Window().devicePixelRatioF() * 100)));
   scenes.File(file);
   filter.Statistics();
   filter.All();
+  dialogs.Colours();
   configuring.All();
   scenes.UseDark();
   scenes.File(file);
   filter.Statistics();
   filter.All();
+  dialogs.Colours();
   configuring.All();
 }
 
@@ -146,7 +148,7 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   FilterScenes filter(tessera, scenes);
   Configuring configuring(tessera, scenes);
   if (window.devicePixelRatioF() > 1) {
-    Scaled(scenes, filter, configuring, file);
+    Scaled(scenes, dialogs, filter, configuring, file);
     return scenes.Good() ? 0 : 2;
   }
   Light(scenes, dialogs, filter, file, second);

@@ -18,6 +18,7 @@
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
 #include "listview/source/ui/rich_edit_widget.h"
+#include "shell/colours/ui/colour_rules_face.h"
 #include "shell/filterline/ui/filter_line_widget.h"
 #include "shell/load_status.h"
 #include "shell/ui/about_box.h"
@@ -50,6 +51,7 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CAddAppDialog, AddAppFace>();
   host.RegisterFace<CTraceWizardSheet, TraceWizardFace>();
   host.RegisterFace<CFindDialog, FindFace>();
+  host.RegisterFace<CColourRulesDialog, ColourRulesFace>();
   host.RegisterFace<CWorkBox, WorkBoxFace>();
   host.RegisterFace<CTraceDetailDialog, TraceDetailFace>();
   host.RegisterFace<CFilterDialog, FilterFace>();

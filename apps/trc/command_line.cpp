@@ -12,9 +12,9 @@ namespace {
 
 // In the order of the help.
 constexpr std::unique_ptr<Command> (*kMakers[])(CLI::App&) = {
-    MakeGen,  MakeInfo,  MakeDump,   MakeSave,   MakeConvert, MakeExport,  MakeImport, MakeFind,
-    MakeTree, MakeStats, MakeStack,  MakeFilter, MakeTail,    MakeCapture, MakeApps,   MakeShow,
-    MakeSet,  MakeSink,  MakeForget, MakeConfig, MakeSetup,   MakeEmit};
+    MakeGen,  MakeInfo,  MakeDump,  MakeSave,   MakeConvert, MakeExport, MakeImport,  MakeFind,
+    MakeTree, MakeStats, MakeStack, MakeFilter, MakeNotes,   MakeTail,   MakeCapture, MakeApps,
+    MakeShow, MakeSet,   MakeSink,  MakeForget, MakeConfig,  MakeSetup,  MakeEmit};
 
 // Kept: scripts say "trc find --count" without a number where it is --total today.
 std::vector<const char*> WithTotal(int argc, const char* const* argv) {
@@ -82,7 +82,8 @@ const Command& CommandLine::Named() {
     return *command;
   }
   throw CLI::RequiredError(
-      "a command is needed: gen, info, dump, find, tree, stats, stack, filter, save, convert, "
+      "a command is needed: gen, info, dump, find, tree, stats, stack, filter, notes, save, "
+      "convert, "
       "export, "
       "import, "
       "tail, capture, apps, show, set, sink, config, setup or emit",

@@ -41,7 +41,7 @@ _trc() {
     case $command:$word in
       config:check | config:show | config:save | config:apply | config:diff) command="config $word"; break ;;
       :config) command=config ;;
-      :gen | :info | :dump | :find | :tree | :stats | :stack | :filter | :save | :convert | :export | :import | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
+      :gen | :info | :dump | :find | :tree | :stats | :stack | :filter | :notes | :save | :convert | :export | :import | :tail | :capture | :apps | :show | :set | :sink | :forget | :setup | :emit) command=$word; break ;;
     esac
   done
   COMPREPLY=()
@@ -76,6 +76,7 @@ _trc() {
     *:--tail | *:--context) return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
+    notes:-[mn] | notes:--mark | notes:--note) return ;;
     gen:-n | gen:--records | gen:-s | gen:--seed) return ;;
     dump:-[bn] | find:-[bn] | tree:-[bn] | stats:-[bn] | stack:-[bn] | save:-[bn] | export:-[bn] | tail:-n | capture:-n) return ;;
     *:--from | *:--count | *:--for) return ;;
@@ -95,6 +96,7 @@ _trc() {
       stats) options="--help --by --sort --top --json --from --tail $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
       filter) options='--help --check --uncheck --user --where --paths --live' ;;
+      notes) options='--help --json --mark --note --replace' ;;
       save) options="--help --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
@@ -113,7 +115,7 @@ _trc() {
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'gen info dump find tree stats stack filter save convert export import tail capture apps show set sink forget config setup emit' -- "$current"))
+    COMPREPLY=($(compgen -W 'gen info dump find tree stats stack filter notes save convert export import tail capture apps show set sink forget config setup emit' -- "$current"))
   elif [[ $command == config ]]; then
     COMPREPLY=($(compgen -W 'check show save apply diff' -- "$current"))
   elif [[ $command == 'config save' && $previous != save ]]; then

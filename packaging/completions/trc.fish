@@ -1,6 +1,6 @@
 # Completion of trc for fish.
 
-set -l commands gen info dump find tree stats stack filter save convert export import tail capture apps show set sink forget config setup emit
+set -l commands gen info dump find tree stats stack filter notes save convert export import tail capture apps show set sink forget config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
     Attributes PID TID Trace Source Stack Account
@@ -32,6 +32,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tree -d "Print
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a stats -d "Count the traces of a file by component, pattern ..."
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a stack -d "Print call stacks with function names"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a filter -d "Check a filter text, or write options as one"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a notes -d "List or set marks and notes"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
@@ -69,6 +70,11 @@ complete -c trc -n "__fish_seen_subcommand_from stack" -s r -l recorded -d "Fram
 
 complete -c trc -n "__fish_seen_subcommand_from filter" -l paths -d "As the options --uncheck and --check"
 complete -c trc -n "__fish_seen_subcommand_from filter" -l live -d "For traces that still come"
+
+complete -c trc -n "__fish_seen_subcommand_from notes" -s j -l json -d "One JSON object per row"
+complete -c trc -n "__fish_seen_subcommand_from notes" -s m -l mark -x -d "Mark a trace, INDEX=COLOUR"
+complete -c trc -n "__fish_seen_subcommand_from notes" -s n -l note -x -d "Write a note, INDEX=TEXT"
+complete -c trc -n "__fish_seen_subcommand_from notes" -l replace -d "Replace the notes of another file"
 
 complete -c trc -n "__fish_seen_subcommand_from find" -s e -l regex -d "A regular expression"
 complete -c trc -n "__fish_seen_subcommand_from find" -s i -l ignore-case -d "Letters of any case"

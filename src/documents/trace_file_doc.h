@@ -48,6 +48,8 @@ class CTraceFileDoc : public CTraceDoc {
   const HANDLE& CancelEvent() const { return m_cancelEvent; }
   // 0 while an older file is being converted, and after a conversion that failed.
   std::uint32_t FileSize() const { return m_file ? m_file->Size() : 0; }
+  // The mapped file, with the guard behind it. Empty: as for FileSize.
+  Bytes FileBytes() const { return m_file ? m_file->View() : Bytes(); }
   // The damage that the load met; for a cancelled load, up to the position that it reached.
   const TrcDamage& Damage() const { return m_damage; }
   // What the file lost when it was converted, at this opening.

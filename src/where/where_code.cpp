@@ -36,6 +36,7 @@ void Cut(std::vector<WhereInterval>& intervals, std::uint64_t first, std::uint64
 }
 
 std::vector<WhereInterval> NumberIntervals(const WhereRule& test) {
+  if (test.op == O::IsSet) return {{1, kLast}};
   const WhereValue& value = test.values.front();
   std::vector<WhereInterval> intervals;
   switch (test.op) {
@@ -57,7 +58,7 @@ std::vector<WhereInterval> NumberIntervals(const WhereRule& test) {
   }
   // Kept in the record as a number, and meaning none.
   if (test.field == F::Count) Cut(intervals, 0, kNoSequenceNumber - 1);
-  if (test.field == F::Tic) Cut(intervals, 1, kLast);
+  if (test.field == F::Tic || test.field == F::Marked) Cut(intervals, 1, kLast);
   return intervals;
 }
 
@@ -83,7 +84,7 @@ std::vector<WhereInterval> DeltaIntervals(const WhereRule& test) {
 }
 
 bool IsTextTest(const WhereRule& test) {
-  return test.field == F::Text || test.field == F::Stack;
+  return test.field == F::Text || test.field == F::Stack || test.field == F::Note;
 }
 
 // How long a rule may take, at its worst.
@@ -101,7 +102,7 @@ int CostOf(const WhereRule& rule) {
 
 bool IsNumberTest(const WhereRule& rule) {
   return rule.kind == WhereRule::Kind::Test && !KeyPlaceOf(rule) && !IsTextTest(rule) &&
-         rule.field != F::Delta;
+         rule.field != F::Delta && rule.field != F::Marked;
 }
 
 // Joins the rules on the same number of the record, which one table answers.
@@ -270,7 +271,16 @@ std::uint32_t Compiler::EmitTest(WhereRule test, std::uint32_t onTrue, std::uint
     delta.rule = std::move(test);
     return Add(Kind::Delta, m_code.deltas.size() - 1, onTrue, onFalse);
   }
-  const Kind kind = test.field == F::Stack ? Kind::Stack : Kind::Text;
+  m_code.usesMarks = m_code.usesMarks || test.field == F::Marked || test.field == F::Note;
+  if (test.field == F::Marked) {
+    WhereNumberTest& mark = m_code.marks.emplace_back();
+    mark.intervals = NumberIntervals(test);
+    mark.rule = std::move(test);
+    return Add(Kind::Marked, m_code.marks.size() - 1, onTrue, onFalse);
+  }
+  const Kind kind = test.field == F::Stack  ? Kind::Stack
+                    : test.field == F::Note ? Kind::Note
+                                            : Kind::Text;
   m_code.texts.push_back(std::move(test));
   return Add(kind, m_code.texts.size() - 1, onTrue, onFalse);
 }

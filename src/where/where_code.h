@@ -22,6 +22,8 @@ struct WhereStep {
     Delta,  // in `deltas`
     Text,   // in `texts`
     Stack,
+    Marked,  // in `marks`
+    Note,    // in `texts`
   };
   Kind kind = Kind::Cheap;
   std::uint32_t index = 0;
@@ -59,8 +61,10 @@ struct WhereCode {
   std::vector<WhereTable> tables;
   std::vector<WhereNumberTest> numbers;
   std::vector<WhereNumberTest> deltas;
+  std::vector<WhereNumberTest> marks;
   std::vector<WhereRule> texts;
   bool usesEnd = false;
+  bool usesMarks = false;  // or notes
 };
 
 WhereCode MakeCode(WhereRule rule);

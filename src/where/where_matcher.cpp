@@ -145,8 +145,16 @@ bool WhereMatcher::StepHolds(const WhereStep& step, const std::uint8_t* record,
   if (step.kind == Kind::Cheap) return CheapHolds(m_cheap[step.index], record);
   if (step.kind == Kind::Delta)
     return DeltaHolds(m_code.deltas[step.index], RawTrace(record), previous);
+  const bool asksMark = step.kind == Kind::Marked || step.kind == Kind::Note;
+  const WhereMark mark = asksMark && m_marks ? m_marks->Of(record) : WhereMark();
+  if (step.kind == Kind::Marked) {
+    const WhereNumberTest& test = m_code.marks[step.index];
+    return test.rule.negated != IsIn(test.intervals, mark.colour);
+  }
   const WhereRule& test = m_code.texts[step.index];
-  return test.negated != TextTestHolds(test, FieldOf(step, record), m_search);
+  if (step.kind != Kind::Note)
+    return test.negated != TextTestHolds(test, FieldOf(step, record), m_search);
+  return test.negated != TextTestHolds(test, {mark.note.data(), mark.note.size()}, m_search);
 }
 
 bool WhereMatcher::DeltaHolds(const WhereNumberTest& test, const RawTrace& trace,

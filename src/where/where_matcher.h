@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "records/name_map.h"
+#include "where/where_marks.h"
 #include "where/where_program.h"
 #include "where/where_record_names.h"
 
@@ -39,8 +40,9 @@ class WhereMatcher {
   }
   // Names that were empty may have got their text.
   void NamesMayHaveChanged();
-  // The end has moved, or the zone.
-  void SetClock(const WhereClock& clock);
+  // For `marked` and `note`; null: no trace has any. They must not change meanwhile.
+  void SetMarks(std::shared_ptr<const WhereMarks> marks) { m_marks = std::move(marks); }
+  void SetClock(const WhereClock& clock);  // the end has moved, or the zone
   const WhereProgram& Program() const { return *m_program; }
   // Bounds the searches of `matches`, see WhereRegexSearch. A verdict on a name that was given up
   // is kept until NamesMayHaveChanged.
@@ -114,4 +116,5 @@ class WhereMatcher {
   std::vector<Cheap> m_cheap;
   std::vector<std::uint8_t*> m_unnamed;  // verdicts on empty names, and those that were given up
   WhereRegexSearch m_search;
+  std::shared_ptr<const WhereMarks> m_marks;
 };

@@ -3,8 +3,9 @@
 //
 // Shape    The language is that of docs/filter-text.md. A comparison of a field that has no value
 //          does not hold, so its negation does: `count` of a trace without a number, `tic` and
-//          `delta` without a tic count, `severity` of a trace without one, `pid` and `tid` compared
-//          in order where they are no numbers. `a != b` is `not a == b`.
+//          `delta` without a tic count, `marked` of a trace without a mark, `severity` of a trace
+//          without one, `pid` and `tid` compared in order where they are no numbers. `a != b` is
+//          `not a == b`.
 // Owner    Shared and immutable.
 // Errors   Null, and the place and reason as ParseWhere gives them; a wrong expression of `matches`
 //          has the place within the expression.
@@ -33,6 +34,8 @@ class WhereProgram {
   bool UsesDelta() const { return !m_code.deltas.empty(); }
   // Does a verdict depend on the newest trace?
   bool UsesEnd() const { return m_code.usesEnd; }
+  // Does a verdict depend on marks and notes?
+  bool UsesMarks() const { return m_code.usesMarks; }
   // Are only ids, attributes and numbers looked at, no texts?
   bool IsOfIds() const { return m_code.texts.empty(); }
 

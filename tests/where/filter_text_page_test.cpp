@@ -40,6 +40,7 @@ class PageTraces {
   // The rows that pass, as "2 3 7".
   std::string Passing(const WhereProgramPtr& program) const {
     WhereMatcher matcher(program, m_names, {.utc = true, .end = m_end});
+    matcher.SetMarks(std::make_shared<Marks>(m_marks));
     WherePrevious previous;
     std::string rows;
     for (std::size_t i = 0; i < m_events.size(); ++i) {
@@ -52,6 +53,19 @@ class PageTraces {
   }
 
  private:
+  struct Said {
+    std::uint8_t colour;
+    std::string note;
+  };
+  struct Marks final : WhereMarks {
+    explicit Marks(const std::map<const std::uint8_t*, Said>& marks) : m_marks(marks) {}
+    WhereMark Of(const std::uint8_t* record) const override {
+      const Said& said = m_marks.at(record);
+      return {said.colour, said.note};
+    }
+    const std::map<const std::uint8_t*, Said>& m_marks;
+  };
+
   void Add(const FilterTextPage::Row& row) {
     const std::uint64_t ms = SinceBegin(row.at(1));
     const auto inDay = static_cast<unsigned>(ms) + (9 * 60 + 40) * 60'000;
@@ -71,6 +85,8 @@ class PageTraces {
     trace.file = Named(source.substr(0, colon));
     trace.line = static_cast<std::uint32_t>(std::stoul(source.substr(colon + 1)));
     m_events.push_back(MakeEvent(trace));
+    const auto colour = row.at(12).empty() ? 0 : std::stoi(row.at(12));
+    m_marks[m_events.back()->Record()] = {static_cast<std::uint8_t>(colour), row.at(13)};
     m_end = ReadWhereMoment(row.at(1))->nanoseconds;
   }
 
@@ -83,6 +99,7 @@ class PageTraces {
   std::map<std::string, NameId> m_ids;
   NameMap m_names;
   std::vector<EventPtr> m_events;
+  std::map<const std::uint8_t*, Said> m_marks;
   std::int64_t m_end = 0;
 };
 

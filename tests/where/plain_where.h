@@ -18,6 +18,8 @@
 struct PlainTrace {
   TraceFields fields;
   std::string machine, application, component, category, pid, tid, file;
+  unsigned mark = 0;
+  std::string note;
 };
 
 class PlainWhere {
@@ -182,6 +184,10 @@ class PlainWhere {
         return (fields.attributes & 8) != 0;
       case F::Verbose:
         return (fields.attributes & 16) != 0;
+      case F::Marked:
+        return trace.mark != 0 && (expr.op == O::IsSet || NumberTest(expr, trace.mark));
+      case F::Note:
+        return expr.op == O::IsSet ? !trace.note.empty() : TextTest(expr, trace.note);
     }
     return false;
   }

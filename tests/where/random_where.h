@@ -57,6 +57,10 @@ class RandomWhere {
     Name(trace, names);
     return trace;
   }
+  void Mark(PlainTrace& trace) {
+    trace.mark = Below(2) ? static_cast<unsigned>(Below(10)) : 0;
+    if (Below(3) == 0) trace.note = OneOf(Texts()).c_str();
+  }
   static void Name(PlainTrace& trace, const NameMap& names) {
     const TraceFields& fields = trace.fields;
     trace.machine = NameOf(names, fields.machine);

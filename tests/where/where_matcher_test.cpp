@@ -30,6 +30,7 @@ class Rows {
   Rows(RandomWhere& random, const NameMap& names, std::size_t count) {
     for (; m_traces.size() < count;) {
       m_traces.push_back(random.Trace(names));
+      random.Mark(m_traces.back());
       m_events.push_back(MakeEvent(m_traces.back().fields));
     }
   }
@@ -37,6 +38,7 @@ class Rows {
     for (PlainTrace& trace : m_traces) RandomWhere::Name(trace, names);
   }
   void ExpectSame(const PlainWhere& plain, const WhereExpr& expr, WhereMatcher& matcher) const {
+    matcher.SetMarks(std::make_shared<Marks>(*this));
     WherePrevious previous;
     for (std::size_t i = 0; i < m_traces.size(); ++i) {
       const std::uint8_t* const record = m_events[i]->Record();
@@ -49,6 +51,17 @@ class Rows {
   }
 
  private:
+  struct Marks final : WhereMarks {
+    explicit Marks(const Rows& rows) : m_rows(rows) {}
+    WhereMark Of(const std::uint8_t* record) const override {
+      for (std::size_t i = 0; i < m_rows.m_events.size(); ++i)
+        if (m_rows.m_events[i]->Record() == record)
+          return {static_cast<std::uint8_t>(m_rows.m_traces[i].mark), m_rows.m_traces[i].note};
+      return {};
+    }
+    const Rows& m_rows;
+  };
+
   std::vector<PlainTrace> m_traces;
   std::vector<EventPtr> m_events;
 };

@@ -18,6 +18,7 @@ std::unique_ptr<Command> MakeTree(CLI::App& program);
 std::unique_ptr<Command> MakeStats(CLI::App& program);
 std::unique_ptr<Command> MakeStack(CLI::App& program);
 std::unique_ptr<Command> MakeFilter(CLI::App& program);
+std::unique_ptr<Command> MakeNotes(CLI::App& program);
 
 // For a running service, and one that is traced itself.
 std::unique_ptr<Command> MakeTail(CLI::App& program);

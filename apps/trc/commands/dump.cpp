@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "commands/follow.h"
+#include "commands/notes.h"
 #include "input/trace_input.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
@@ -14,7 +15,7 @@ int RunDump(const DumpOptions& options) {
   if (!input.Open(options.files)) return StatusWithoutInput();
 
   ShownTraces traces(input.Document());
-  if (!traces.Filter(options.traces)) return kExitBad;
+  if (!UseNotes(input, options.traces, traces) || !traces.Filter(options.traces)) return kExitBad;
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Output output;
   traces.OnLook([&](std::size_t place) {

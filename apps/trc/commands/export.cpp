@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "commands/new_text_file.h"
+#include "commands/notes.h"
 #include "filter/shown_traces.h"
 #include "input/trace_input.h"
 #include "listview/export/export_cells.h"
@@ -120,7 +121,7 @@ int RunExport(const ExportOptions& options) {
   TraceInput input(host);
   if (!input.Open(options.files)) return StatusWithoutInput();
   ShownTraces traces(input.Document());
-  if (!traces.Filter(options.traces)) return kExitBad;
+  if (!UseNotes(input, options.traces, traces) || !traces.Filter(options.traces)) return kExitBad;
   const bool toOutput = options.out == "-";
   if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   Exporter exporter(traces, options, host.Progress());

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "commands/follow.h"
+#include "commands/notes.h"
 #include "filter/perl_pattern.h"
 #include "input/trace_input.h"
 #include "terminal/exit_status.h"
@@ -191,7 +192,8 @@ int RunFind(const FindOptions& options) {
   if (!input.Open(options.output.files, scan)) return StatusWithoutInput();
 
   ShownTraces traces(input.Document());
-  if (!traces.Filter(options.output.traces)) return kExitBad;
+  if (!UseNotes(input, options.output.traces, traces) || !traces.Filter(options.output.traces))
+    return kExitBad;
   Output output;
   Candidates candidates;
   candidates.Know(scan);

@@ -1,6 +1,7 @@
 #include "commands/save.h"
 
 #include "base/new_file.h"
+#include "commands/notes.h"
 #include "filter/shown_traces.h"
 #include "input/trace_input.h"
 #include "records/trc_writer.h"
@@ -63,6 +64,6 @@ int RunSave(const SaveOptions& options) {
   TraceInput input(host);
   if (!input.Open(options.in)) return StatusWithoutInput();
   ShownTraces traces(input.Document());
-  if (!traces.Filter(options.traces)) return kExitBad;
+  if (!UseNotes(input, options.traces, traces) || !traces.Filter(options.traces)) return kExitBad;
   return input.StatusWithDamage(Save(traces, input, options, host.Progress()));
 }

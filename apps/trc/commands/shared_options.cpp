@@ -72,6 +72,7 @@ void SharedOptions::Add(const RefusedOptions& refused) {
 }
 
 void SharedOptions::AddFollow(const char* refused) {
+  m_isLive = refused == kFollowedAnyway;
   constexpr const char
       *kNames = "-F,--follow",
       *kHelp = "Go on with what is appended to the file, and with the next one if it is rotated";
@@ -174,6 +175,9 @@ std::uint64_t SharedOptions::Moment(const char* option, const std::string& text)
 }
 
 void SharedOptions::Complete(bool choosesItself) {
+  const bool isLive = m_options.follow || m_isLive;
+  if (isLive && m_options.where && m_options.where->UsesMarks())
+    throw CLI::ValidationError("--where", "traces that still come have no marks and no notes");
   if (m_columns) m_options.columns = ReadColumns(*m_columns);
   ReadSeverities();
   TraceChoice& choice = m_options.choice;

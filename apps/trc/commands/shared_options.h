@@ -28,7 +28,8 @@ constexpr const char* kWholeTraces = "the traces are written whole, with all the
 constexpr const char* kNoPlaces = "live traces have no index; --since takes a time";
 constexpr const char* kNotFollowed =
     "goes with dump and find, which print traces as they are appended";
-constexpr const char* kFollowedAnyway =
+// One object in all files: it is known by its address.
+inline constexpr char kFollowedAnyway[] =
     "live traces come as they are made; 'trc dump --follow FILE' follows a file";
 constexpr const char* kNoLastOnes = "live traces have no last ones; --count ends after so many";
 
@@ -59,6 +60,7 @@ class SharedOptions {
 
   CLI::App& m_app;
   TraceOptions& m_options;
+  bool m_isLive = false;
   // An empty text is not the same as none.
   std::optional<std::string> m_columns, m_severities, m_since, m_until;
 };

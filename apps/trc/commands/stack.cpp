@@ -6,6 +6,7 @@
 #include <iostream>
 #include <iterator>
 
+#include "commands/notes.h"
 #include "filter/shown_traces.h"
 #include "input/trace_input.h"
 #include "symbols/symbol_reader.h"
@@ -67,7 +68,7 @@ int WriteStacksOfFile(const StackOptions& options, StackWriter& writer, Output& 
   TraceInput input(host);
   if (!input.Open(options.files)) return StatusWithoutInput();
   ShownTraces traces(input.Document());
-  if (!traces.Filter(options.traces)) return kExitBad;
+  if (!UseNotes(input, options.traces, traces) || !traces.Filter(options.traces)) return kExitBad;
   traces.Keep([](const TraceEvent_i& trace) { return !trace.GetStack().empty(); });
   if (isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
   traces.OnLook([&](std::size_t place) {

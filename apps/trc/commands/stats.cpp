@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "commands/notes.h"
 #include "filter/shown_traces.h"
 #include "input/trace_input.h"
 #include "statistics/trace_count.h"
@@ -84,7 +85,7 @@ int RunStats(const StatsOptions& options) {
   TraceInput input(host);
   if (!input.Open(options.files)) return StatusWithoutInput();
   ShownTraces shown(input.Document());
-  if (!shown.Filter(options.traces)) return kExitBad;
+  if (!UseNotes(input, options.traces, shown) || !shown.Filter(options.traces)) return kExitBad;
   Output output;
   const auto traces = Choose(shown, options.traces, host.Progress());
   bool goesOn = traces != nullptr;

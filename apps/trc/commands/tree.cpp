@@ -1,6 +1,7 @@
 #include "commands/tree.h"
 
 #include "commands/new_text_file.h"
+#include "commands/notes.h"
 #include "commands/tree_json.h"
 #include "input/trace_input.h"
 #include "terminal/exit_status.h"
@@ -86,7 +87,7 @@ int RunTree(const TreeOptions& options) {
   TraceInput input(host);
   if (!input.Open(options.files)) return StatusWithoutInput();
   ShownTraces traces(input.Document());
-  if (!traces.Filter(options.traces)) return kExitBad;
+  if (!UseNotes(input, options.traces, traces) || !traces.Filter(options.traces)) return kExitBad;
   CTraceFilter all;
   ProcModel model(input.Document(), all);
   traces.OnLook([&](std::size_t place) {

@@ -23,7 +23,7 @@ const std::set<std::string_view> kWithValue = {
     "--check", "--uncheck", "-p",         "--preset",    "-a",         "--app",       "-b",
     "--from",  "--columns", "--machine",  "--user",      "--tail",     "--context",   "--since",
     "--color", "--until",   "--severity", "--component", "--category", "--pid",       "--tid",
-    "--where", "--by",      "--sort",     "-t",          "--top"};
+    "--where", "--by",      "--sort",     "-t",          "--top",      "--mark",      "--note"};
 
 // Options whose value is a name, of the commands that give traces.
 constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {

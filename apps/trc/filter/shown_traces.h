@@ -34,6 +34,8 @@ class ShownTraces {
   ShownTraces(const ShownTraces&) = delete;
   ShownTraces& operator=(const ShownTraces&) = delete;
 
+  // What the user has said of the traces, for the filter text. Before Filter.
+  void UseMarks(std::shared_ptr<const WhereMarks> marks) { m_filter.noted = std::move(marks); }
   // Keeps what the filter and the values of the options let through. False after a message on
   // standard error: a path has no node, or no trace has a name. REQUIRES: no row has been
   // requested.

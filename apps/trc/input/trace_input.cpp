@@ -73,6 +73,7 @@ bool TraceInput::Open(const std::vector<std::string>& paths, std::shared_ptr<Loa
 
 bool TraceInput::OpenOne(const std::string& path) {
   Source source;
+  source.isNamed = path != "-";
   source.path = path == "-" ? "standard input" : path;
   std::string opened = path;
   {
@@ -130,6 +131,11 @@ bool TraceInput::Merge() {
   for (Source& source : m_sources) source.document->m_traces.Clear();
   m_merged = OpenTraceFile(m_host, m_together.Path(), {}, "the files together");
   return m_merged != nullptr;
+}
+
+const std::string* TraceInput::OnlyPath() const {
+  const Source& first = m_sources.front();
+  return m_merged || !first.isNamed ? nullptr : &first.path;
 }
 
 bool TraceInput::IsUnchanged(const std::string& out) const {

@@ -24,6 +24,8 @@ class TraceInput {
   // `search`: of the traces of one file; null: none.
   bool Open(const std::vector<std::string>& paths, std::shared_ptr<LoadSearch> search = nullptr);
   // REQUIRES: it was opened.
+  // The path of the file; null for standard input, and where several are put together.
+  const std::string* OnlyPath() const;
   CTraceFileDoc& Document() const { return m_merged ? *m_merged : *m_sources.front().document; }
 
   // The same as of trace_file.h, for all files.
@@ -35,7 +37,7 @@ class TraceInput {
   struct Source {
     std::string path;
     PrivateFile unpacked;
-    bool isPrivate = false;
+    bool isNamed = false, isPrivate = false;
     std::unique_ptr<CTraceFileDoc> document;
   };
   bool OpenOne(const std::string& path);

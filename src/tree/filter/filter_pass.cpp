@@ -77,6 +77,7 @@ FilterPass::FilterPass(CTraceFilter& filter, const NameMap& names, const WhereCl
     : FilterPass(filter) {
   if (!filter.where) return;
   m_text = std::make_unique<Text>(filter.where, names, clock, list);
+  m_text->matcher.SetMarks(filter.noted);
   if (!filter.where->UsesDelta()) m_plainText = &m_text->matcher;
 }
 

@@ -21,6 +21,7 @@
 #include "records/name_map.h"
 #include "records/raw_trace.h"
 #include "records/trace_event.h"
+#include "where/where_marks.h"
 #include "where/where_program.h"
 
 class CTraceDoc;
@@ -70,6 +71,8 @@ class CTraceFilter {
   // the user interface changes them.
   std::vector<int> attributes = {1, 1, 1, 1, 1};
   WhereProgramPtr where;  // null: no text
+  // What the user has said of the traces, for the text; null: nothing.
+  std::shared_ptr<const WhereMarks> noted;
 
  private:
   template <class Trace>

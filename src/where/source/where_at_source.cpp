@@ -26,6 +26,10 @@ bool TestIsTaken(const WhereExpr& test, Counted& counted, WhereError& error) {
   if (test.field == WhereField::Delta)
     return Fail(error, test.place, test.length,
                 "the source does not know the trace before: \"delta\" works in the window only");
+  if (test.field == WhereField::Marked || test.field == WhereField::Note)
+    return Fail(error, test.place, test.length,
+                "the source does not know marks and notes: \"" + std::string(WordOf(test.field)) +
+                    "\" works in the window only");
   for (const WhereValue& value : test.values) {
     if (test.field != WhereField::Time) break;
     if (value.moment.base == Base::End)

@@ -1,8 +1,8 @@
 // A filter text that a service evaluates for a monitor, where the traces come from.
 //
 // The service knows each trace as it comes, and neither the document of the monitor nor its zone.
-// So it takes no `delta`, no `end` and no time without a zone. It has one thread for all its
-// clients, so it takes only short texts.
+// So it takes no `delta`, no `end`, no marks and notes, and no time without a zone. It has one
+// thread for all its clients, so it takes only short texts.
 //
 // Errors   False or nothing, and an error with its place.
 // Threads  Pure, but for the zone of this machine.

@@ -31,6 +31,8 @@ constexpr std::array<WhereFieldInfo, kWhereFields> kFields{{
     {F::Stack, "stack", K::Text, "the call stack; alone: there is one"},
     {F::Developer, "developer", K::Flag, "it is for developers"},
     {F::Verbose, "verbose", K::Flag, "it is verbose"},
+    {F::Marked, "marked", K::Number, "the colour of its mark; alone: it has one"},
+    {F::Note, "note", K::Text, "its note; alone: it has one"},
 }};
 
 constexpr std::array<std::string_view, kWhereOperators> kOperatorWords{
@@ -45,7 +47,8 @@ constexpr unsigned kOrder =
 constexpr unsigned kParts = Bit(O::Contains) | Bit(O::StartsWith) | Bit(O::Matches);
 
 unsigned OperatorBits(F field) {
-  if (field == F::Stack) return kSame | Bit(O::In) | kParts | Bit(O::IsSet);
+  if (field == F::Marked) return kSame | kOrder | Bit(O::In) | Bit(O::IsSet);
+  if (field == F::Stack || field == F::Note) return kSame | Bit(O::In) | kParts | Bit(O::IsSet);
   switch (KindOf(field)) {
     case K::Severity:
     case K::Number:

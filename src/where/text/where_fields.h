@@ -29,8 +29,10 @@ enum class WhereField : std::uint8_t {
   Stack,
   Developer,
   Verbose,
+  Marked,
+  Note,
 };
-constexpr std::size_t kWhereFields = 19;
+constexpr std::size_t kWhereFields = 21;
 
 // What a field holds, and so which values stand behind its operator.
 enum class WhereKind : std::uint8_t {

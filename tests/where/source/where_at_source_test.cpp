@@ -43,6 +43,10 @@ TEST(WhereAtSource, WhatTheSourceCannotKnowIsRefusedWithItsPlace) {
             "7+10: the source does not know the zone: a time needs one, as \"Z\"");
   EXPECT_EQ(ForSource("not (pid == 1 or delta > 1s)"),
             "17+10: the source does not know the trace before: \"delta\" works in the window only");
+  EXPECT_EQ(Refused("marked == 3"),
+            "0+11: the source does not know marks and notes: \"marked\" works in the window only");
+  EXPECT_EQ(ForSource("pid == 1 or note contains \"x\""),
+            "12+17: the source does not know marks and notes: \"note\" works in the window only");
   EXPECT_EQ(Refused("component = x").substr(0, 5), "10+1:");
 }
 

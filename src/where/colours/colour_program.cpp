@@ -18,6 +18,24 @@ bool HasMatches(const WhereExpr& expr) {
   return std::any_of(expr.children.begin(), expr.children.end(), HasMatches);
 }
 
+// The first test of marks or notes; null: there is none.
+const WhereExpr* MarkTestOf(const WhereExpr& expr) {
+  if (expr.kind == WhereExpr::Kind::Test)
+    return expr.field == WhereField::Marked || expr.field == WhereField::Note ? &expr : nullptr;
+  for (const WhereExpr& child : expr.children)
+    if (const WhereExpr* const test = MarkTestOf(child)) return test;
+  return nullptr;
+}
+
+WhereError NoMarks(const WhereExpr& test) {
+  WhereError error;
+  error.place = test.place;
+  error.length = test.length;
+  error.reason = "colour rules do not know marks and notes: \"" + std::string(WordOf(test.field)) +
+                 "\" works in filter texts only";
+  return error;
+}
+
 }  // namespace
 
 ColourProgramPtr ColourProgram::Compile(ColourRules rules) {
@@ -29,6 +47,9 @@ ColourProgramPtr ColourProgram::Compile(ColourRules rules) {
     line.program = WhereProgram::Compile(rule.where, error);
     if (!line.program) {
       line.error = std::move(error);
+    } else if (line.program->UsesMarks()) {
+      line.error = NoMarks(*MarkTestOf(line.program->Expr()));
+      line.program = nullptr;
     } else if (!rule.on) {
       line.program = nullptr;
     } else if (tests + TestsOf(line.program->Expr()) > kTestsMax) {

@@ -46,7 +46,7 @@ class RandomPages {
     for (NameId id = 0; id < 10; ++id) m_names[id].name = m_random.AnyName();
     std::vector<std::string> texts;
     for (std::size_t i = 1 + m_random.Below(6); i > 0; --i) {
-      m_exprs.push_back(m_random.Tree(static_cast<int>(m_random.Below(3))));
+      m_exprs.push_back(TreeWithoutMarks());
       texts.push_back(WhereText(m_exprs.back()));
     }
     m_judge = std::make_unique<ColourJudge>(Compiled(texts), m_names);
@@ -67,6 +67,16 @@ class RandomPages {
   }
 
  private:
+  // Rules do not know marks.
+  WhereExpr TreeWithoutMarks() {
+    for (;;) {
+      WhereExpr expr = m_random.Tree(static_cast<int>(m_random.Below(3)));
+      WhereError error;
+      const WhereProgramPtr program = WhereProgram::Compile(expr, error);
+      if (!program || !program->UsesMarks()) return expr;
+    }
+  }
+
   // Is the row late?
   bool CheckRow(bool hurried) {
     const std::size_t place = m_random.Below(m_traces.size());

@@ -150,6 +150,20 @@ TEST(ColourProgram, KeepsARuleWhoseTextIsWrongAndSaysWhereItIs) {
   EXPECT_TRUE(program->ErrorOf(2)) << "an empty text";
 }
 
+TEST(ColourProgram, ARuleOfMarksOrNotesIsRefusedWithItsPlace) {
+  const ColourProgramPtr program = ColourProgram::Compile(
+      {Rule("a", "marked"), Rule("b", "stack or not note contains \"x\""), Rule("c", "stack")});
+  ASSERT_TRUE(program->ErrorOf(0));
+  EXPECT_EQ(program->ErrorOf(0)->reason,
+            "colour rules do not know marks and notes: \"marked\" works in filter texts only");
+  ASSERT_TRUE(program->ErrorOf(1));
+  EXPECT_EQ(program->ErrorOf(1)->place, 13u);
+  EXPECT_EQ(program->ErrorOf(1)->length, 17u);
+  EXPECT_FALSE(program->ProgramOf(0));
+  EXPECT_FALSE(program->ProgramOf(1));
+  EXPECT_TRUE(program->ProgramOf(2));
+}
+
 TEST(ColourProgram, ARuleThatIsOffIsNotAskedButItsErrorIsKnown) {
   ColourRules rules = {Rule("a", "stack"), Rule("b", "stac")};
   for (ColourRule& rule : rules) rule.on = false;

@@ -15,6 +15,7 @@
 #include "docview/document.h"
 #include "records/name_map.h"
 #include "records/trace_list.h"
+#include "where/where_marks.h"
 
 class CTraceDoc : public CDocument {
  public:
@@ -43,6 +44,12 @@ class CTraceDoc : public CDocument {
   // The traces that the document holds, for threads that read them. Null if they may change while
   // the document holds them.
   std::shared_ptr<const LentTraces> Lend();
+
+  // The marks and notes of the traces as they are now, for filter texts. Null: there are none, or
+  // `why` has the reason.
+  virtual std::shared_ptr<const WhereMarks> Marks([[maybe_unused]] std::string* why) {
+    return nullptr;
+  }
 
   // Do traces arrive without a command of the user?
   virtual bool IsStream() const { return false; }

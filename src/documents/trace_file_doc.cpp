@@ -3,9 +3,11 @@
 #include <exception>
 #include <utility>
 
+#include "base/fail_with.h"
 #include "documents/conversion_under_way.h"
 #include "documents/trace_file_load.h"
 #include "docview/view.h"
+#include "notes/file_notes.h"
 #include "records/trc_walk.h"
 
 CTraceFileDoc::CTraceFileDoc(Host& host, TraceLoadSetup setup)
@@ -102,4 +104,14 @@ void CTraceFileDoc::TakeOver() {
   m_nameRecords = load->m_found.nameRecords;
   SetModifiedFlag(false);
   m_loading = false;
+}
+
+std::shared_ptr<const WhereMarks> CTraceFileDoc::Marks(std::string* why) {
+  if (!m_file || m_load) return nullptr;
+  FileNotes notes;
+  if (!notes.Load(GetPathName(), {m_file->View(), m_traces}, why)) return nullptr;
+  if (notes.IsOfAnother())
+    return FailWith(why, NotesPath(GetPathName()) + ": of another trace file, not applied",
+                    std::shared_ptr<const WhereMarks>());
+  return notes.Notes().Shared();
 }

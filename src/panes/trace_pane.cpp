@@ -14,7 +14,9 @@ TracePane::~TracePane() = default;
 
 bool TracePane::SetFilter(const CTraceFilter& filter, bool rebuild) {
   if (rebuild && !FinishFilter()) return false;
+  auto noted = MarksFor(filter.where);
   CTraceFilter before = std::exchange(m_filter, filter);
+  m_filter.noted = std::move(noted);
   const bool changedBefore = std::exchange(m_filterChanged, false);
   if (!rebuild || Rebuild()) return true;
   m_filter = std::move(before);
@@ -23,13 +25,24 @@ bool TracePane::SetFilter(const CTraceFilter& filter, bool rebuild) {
 }
 
 bool TracePane::SetWhere(WhereProgramPtr where) {
+  auto notedBefore = MarksFor(where);
   WhereProgramPtr before = std::exchange(m_filter.where, std::move(where));
+  m_filter.noted.swap(notedBefore);
   if (Rebuild()) {
     m_filterChanged = true;
     return true;
   }
   m_filter.where = std::move(before);
+  m_filter.noted = std::move(notedBefore);
   return false;
+}
+
+std::shared_ptr<const WhereMarks> TracePane::MarksFor(const WhereProgramPtr& where) {
+  if (!where || !where->UsesMarks()) return nullptr;
+  std::string why;
+  auto marks = m_document.Marks(&why);
+  if (!why.empty()) GetHost().MessageBox({why, BoxIcon::None, BoxButtons::Ok});
+  return marks;
 }
 
 // ---- hints
@@ -47,6 +60,7 @@ void TracePane::OnUpdate(CView* sender, unsigned hint, CObject* object) {
       OnOptions();
       break;
     case kHintReady:
+      m_filter.noted = MarksFor(m_filter.where);
       OnReady();
       break;
     case kHintAdded:

@@ -87,6 +87,9 @@ class TracePane : public CView {
   virtual void Find(bool asked) = 0;  // asked: right after the dialog, else Find Next
   virtual void OnExport() = 0;
 
+  // What a filter text asks of marks and notes, read anew; null: nothing, or there are none. A box
+  // says why they cannot be read.
+  std::shared_ptr<const WhereMarks> MarksFor(const WhereProgramPtr& where);
   // Like hint 1006 for the event, to this pane alone.
   void GoTo(CView* sender, TraceEvent_i* event);
   void ShowHits(bool on);

@@ -26,6 +26,7 @@ bool CTraceView::SetWhere(WhereProgramPtr where) {
 
 // A text that is not applied yet ends at once.
 void CTraceView::BeginFiltering(WhereProgramPtr where) {
+  auto noted = MarksFor(where);  // below a box, so before anything changes
   const TraceEvent_i* const wanted = m_filtering ? m_filtering->wanted : nullptr;
   if (m_filtering && !m_filtering->scan) EndFiltering();
   if (!m_filtering)
@@ -37,6 +38,7 @@ void CTraceView::BeginFiltering(WhereProgramPtr where) {
   now.late.ClearToQueue();
   now.few.reset();
   m_filter.where = std::move(where);
+  m_filter.noted = std::move(noted);
   m_utc = g_useUtc;
   if (m_filter.ShowsAll()) {
     now.fresh.ShowAll();
@@ -251,6 +253,7 @@ void CTraceView::CancelFilter() {
   }
   now.scan.reset();
   m_filter.where = now.before.where;
+  m_filter.noted = now.before.noted;
   m_filterChanged = now.changedBefore;
   if (now.kept) RestoreRows();
   ReportStatus();

@@ -15,6 +15,11 @@ using std::chrono::milliseconds;
 constexpr milliseconds kStep(10), kShowEvery(30);
 constexpr int kThousandthsForPass = 950;  // the rest is for the search of the selected trace
 
+// The marks may be others now.
+bool DependsOnMarks(const WhereProgramPtr& where) {
+  return where && where->UsesMarks();
+}
+
 // Another zone of the times may be another set of traces.
 bool DependsOnZone(const WhereProgramPtr& where) {
   return where && HasTimeWithoutZone(where->Expr());
@@ -41,11 +46,12 @@ void CProcView::OnOptions() {
 
 // A text that is not applied yet ends at once.
 void CProcView::BeginFiltering(WhereProgramPtr where) {
+  auto noted = MarksFor(where);  // below a box, so before anything changes
   m_utc = g_useUtc;
   // The tree that is shown is that of this text, and none: of all traces. Unless it depends on the
   // zone: it may be another one now, or may have been when the last traces came.
   if (m_filtering && m_filtering->pass && where == m_filtering->before.where &&
-      !DependsOnZone(where))
+      !DependsOnZone(where) && !DependsOnMarks(where))
     return CancelFilter();
   const TraceEvent_i* const wanted = m_filtering ? m_filtering->wanted : nullptr;
   if (m_filtering && !m_filtering->pass) m_filtering.reset();
@@ -55,6 +61,7 @@ void CProcView::BeginFiltering(WhereProgramPtr where) {
   m_model->UseFilter(now.before);
   now.pass.reset();
   m_filter.where = std::move(where);
+  m_filter.noted = std::move(noted);
   now.pass = std::make_unique<TreePass>(m_document, m_filter, m_scanSetup, m_step.GetLine());
   GoOnFiltering();
   if (m_onStatus) m_onStatus();
@@ -64,7 +71,10 @@ void CProcView::BeginFiltering(WhereProgramPtr where) {
 void CProcView::EndFiltering(bool applied) {
   if (!m_filtering) return;
   if (m_filtering->pass) {
-    if (!applied) m_filter.where = m_filtering->before.where;
+    if (!applied) {
+      m_filter.where = m_filtering->before.where;
+      m_filter.noted = m_filtering->before.noted;
+    }
     m_filterChanged = applied || m_filtering->changedBefore;
     m_model->UseFilter(m_filter);
   }

@@ -22,9 +22,10 @@ class NotesCommand final : public Command {
                    "Replace the notes of another trace file, or what another program has written");
     App().footer(
         "The notes are in FILE.notes beside the file, which is never changed itself. They\n"
-        "are found when both files are moved, when the file has grown, and when it was cut:\n"
-        "rows that are not there now are kept as \"beyond the end\". Those of another file\n"
-        "are \"stale\" and apply to nothing. --where knows them as 'marked' and 'note'.\n"
+        "are found when both files are moved, when the file has grown, and when it was\n"
+        "cut: rows that are not there now are kept as \"beyond the end\". Those of another\n"
+        "file are \"stale\" and apply to nothing.\n"
+        "--where knows them as 'marked' and 'note'.\n"
         "Exit status: 0 there are some, or they are written; 1 there are none; 2 a wrong\n"
         "file.\n"
         "\n"

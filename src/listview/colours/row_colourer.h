@@ -20,7 +20,7 @@ class RowColourer {
 
   RowColourer(ColourProgramPtr program, const CTraceDoc& document);
 
-  void BeginPage(std::chrono::nanoseconds time = kPageTime);
+  void BeginPage(std::chrono::nanoseconds time);
   // `place`: in the document's list, if that is known. Nothing: plain, or not known yet.
   std::optional<RowColours> Of(const TraceEvent_i& trace, std::optional<std::size_t> place);
   // Has a row of this page no answer yet?

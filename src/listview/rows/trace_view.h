@@ -38,6 +38,9 @@ class CTraceView : public TracePane, public RowListOwner {
   // The trace of the focused row; null without one or when the trace was trimmed.
   TraceEvent_i* CurrentEvent() const override;
 
+  // For the colours of a page by rules; the rest comes with the next painting.
+  std::chrono::nanoseconds m_colourTime = RowColourer::kPageTime;
+
   const RowStore& Rows() const { return m_rows; }
   RowList& List() const { return *m_list; }
   bool AtBottom() const;  // the last row is visible, so that the list scrolls with new rows

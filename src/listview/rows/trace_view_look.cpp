@@ -24,7 +24,7 @@ void CTraceView::OnRowListPaint(bool begins) {
   }
   if (!m_colourer || &m_colourer->Program() != active.get())
     m_colourer = std::make_unique<RowColourer>(active, m_document);
-  m_colourer->BeginPage();
+  m_colourer->BeginPage(m_colourTime);
 }
 
 std::optional<RowColours> CTraceView::RowListColours(int row) {

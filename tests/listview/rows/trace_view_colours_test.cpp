@@ -84,12 +84,10 @@ TEST_F(Colours, TheEndMovesWithTheTracesThatCome) {
 }
 
 TEST_F(Colours, WhatThePageHasNoTimeForComesWithTheNextPainting) {
-  std::string text = "text matches \"(a|aa)+$\"";
-  for (int i = 1; i < 40; ++i)
-    text += " or text matches \"(a|aa)+[0-9]{" + std::to_string(i) + "}$\"";
-  Use({text, "severity >= info"});
-  for (int i = 0; i < 10; ++i) Add({.text = std::string(1000, 'a') + "!"});
+  Use({"text contains \"b\"", "severity >= info"});
+  for (int i = 0; i < 10; ++i) Add({.text = "a"});
   Open();
+  m_view->m_colourTime = {};
   EXPECT_NE(Page(), "1 1 1 1 1 1 1 1 1 1");
   const int repaints = m_list->repaints;
   m_host.RunPosted();

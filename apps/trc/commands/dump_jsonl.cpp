@@ -1,5 +1,5 @@
 #include "commands/dump.h"
-#include "text/trace_json.h"
+#include "records/json/trace_json.h"
 
 void DumpAsJsonl(const DumpRange& range, bool utc, Output& output, ProgressLine& progress) {
   TraceMoments moments(utc);

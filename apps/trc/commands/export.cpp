@@ -6,11 +6,11 @@
 #include "commands/notes.h"
 #include "filter/shown_traces.h"
 #include "input/trace_input.h"
+#include "listview/copy/clean_lines.h"
 #include "listview/export/export_cells.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
 #include "terminal/output.h"
-#include "text/clean_lines.h"
 
 namespace {
 

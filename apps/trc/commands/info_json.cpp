@@ -1,9 +1,9 @@
 #include <nlohmann/json.hpp>
 
+#include "base/json_text.h"
 #include "base/text.h"
 #include "commands/info.h"
-#include "text/json_text.h"
-#include "text/trace_moments.h"
+#include "records/moments/trace_moments.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "commands/notes.h"
 
+#include "base/json_text.h"
 #include "notes/file_notes.h"
 #include "terminal/exit_status.h"
 #include "terminal/output.h"
-#include "text/json_text.h"
 #include "text/visible_text.h"
 
 namespace {

@@ -2,10 +2,10 @@
 
 #include <memory>
 
+#include "base/json_text.h"
 #include "commands/stats.h"
+#include "records/moments/trace_moments.h"
 #include "terminal/output.h"
-#include "text/json_text.h"
-#include "text/trace_moments.h"
 
 namespace {
 

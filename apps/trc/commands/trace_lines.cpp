@@ -4,9 +4,9 @@
 
 #include "commands/columns_option.h"
 #include "listview/columns/columns.h"
+#include "records/json/trace_json.h"
 #include "text/line_colours.h"
 #include "text/text_line.h"
-#include "text/trace_json.h"
 #include "text/visible_text.h"
 
 namespace {

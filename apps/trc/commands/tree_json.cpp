@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "text/json_text.h"
+#include "base/json_text.h"
 
 namespace {
 

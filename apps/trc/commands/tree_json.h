@@ -13,8 +13,8 @@
 
 #include "commands/tree.h"
 #include "filter/shown_traces.h"
+#include "records/moments/trace_moments.h"
 #include "terminal/output.h"
-#include "text/trace_moments.h"
 
 class TreeJson {
  public:

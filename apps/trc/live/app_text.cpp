@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <map>
 
+#include "base/json_text.h"
 #include "base/near/near_word.h"
 #include "terminal/exit_status.h"
-#include "text/json_text.h"
 #include "text/visible_text.h"
 
 namespace {

@@ -1,12 +1,12 @@
 // trc apps: the applications of a machine, and what waits for those that do not run.
 #include <algorithm>
 
+#include "base/json_text.h"
 #include "filter/account.h"
 #include "live/app_text.h"
 #include "live/live.h"
 #include "quor/client/trace_config.h"
 #include "terminal/exit_status.h"
-#include "text/json_text.h"
 #include "text/text_line.h"
 #include "text/visible_text.h"
 

@@ -2,13 +2,13 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "base/json_text.h"
 #include "base/near/near_word.h"
 #include "live/app_text.h"
 #include "live/live.h"
 #include "quor/client/trace_config.h"
 #include "quor/protocol/machine.h"
 #include "terminal/exit_status.h"
-#include "text/json_text.h"
 #include "text/visible_text.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <array>
 
+#include "base/json_text.h"
 #include "records/raw_trace.h"
-#include "text/json_text.h"
 
 namespace {
 

@@ -2,12 +2,6 @@
 
 #include "text/visible_text.h"
 
-std::string_view SeverityWord(const TraceEvent_i& trace) {
-  constexpr std::string_view kWords[] = {"Info", "Warn", "Error"};
-  const int icon = SeverityIcon(trace);
-  return icon < 0 ? std::string_view() : kWords[icon];
-}
-
 std::string_view SeverityColour(const TraceEvent_i& trace) {
   constexpr std::string_view kColours[] = {"", "\x1b[1;38;5;166m", "\x1b[1;38;5;196m"};
   const int icon = SeverityIcon(trace);

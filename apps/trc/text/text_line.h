@@ -12,9 +12,6 @@ constexpr std::size_t kColumnWidthMax = 200;
 // Where traces are left out between groups of neighbours.
 constexpr std::string_view kGap = "--";
 
-// "Info", "Warn" or "Error"; empty for any other severity.
-std::string_view SeverityWord(const TraceEvent_i& trace);
-
 // What tells a terminal the colour of the severity: warnings and errors have one that stands out
 // from white and from black, and is none of the sixteen that users choose themselves.
 std::string_view SeverityColour(const TraceEvent_i& trace);

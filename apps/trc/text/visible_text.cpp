@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cwchar>
 
+#include "base/json_text.h"
 #include "base/text.h"
-#include "text/json_text.h"
 
 namespace {
 

@@ -78,3 +78,9 @@ int SeverityIcon(const TraceEvent_i& event) {
       return -1;
   }
 }
+
+std::string_view SeverityWord(const TraceEvent_i& event) {
+  constexpr std::string_view kWords[] = {"Info", "Warn", "Error"};
+  const int icon = SeverityIcon(event);
+  return icon < 0 ? std::string_view() : kWords[icon];
+}

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "records/trace_event.h"
 
@@ -35,3 +36,5 @@ std::string CellText(Column column, const TraceEvent_i& event, const TraceEvent_
 
 // 0 Info, 1 Warn, 2 Error; -1 for any other severity, which has no icon.
 int SeverityIcon(const TraceEvent_i& event);
+// "Info", "Warn" or "Error"; empty for any other severity.
+std::string_view SeverityWord(const TraceEvent_i& event);

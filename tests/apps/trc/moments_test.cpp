@@ -1,8 +1,8 @@
 // The times that are given to other programs.
+#include "records/moments/trace_moments.h"
 #include "run_trc.h"
 #include "support/temp_dir.h"
 #include "support/trc_image.h"
-#include "text/trace_moments.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "listview/columns/columns.h"
-#include "text/trace_moments.h"
+#include "records/moments/trace_moments.h"
 
 // The lines come without their last "\n".
 void WriteRfc4180Header(std::string& out, const std::vector<Column>& columns);

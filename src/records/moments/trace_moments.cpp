@@ -1,4 +1,4 @@
-#include "text/trace_moments.h"
+#include "records/moments/trace_moments.h"
 
 #include <algorithm>
 #include <chrono>

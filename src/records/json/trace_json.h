@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "records/moments/trace_moments.h"
 #include "records/trace_event.h"
-#include "text/trace_moments.h"
 
 class TraceJson {
  public:

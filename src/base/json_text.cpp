@@ -1,4 +1,4 @@
-#include "text/json_text.h"
+#include "base/json_text.h"
 
 #include <array>
 #include <cstdint>

@@ -1,10 +1,10 @@
-#include "text/trace_json.h"
+#include "records/json/trace_json.h"
 
 #include <initializer_list>
 #include <utility>
 
+#include "base/json_text.h"
 #include "records/process_name.h"
-#include "text/json_text.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
-#include "text/clean_lines.h"
+#include "listview/copy/clean_lines.h"
 
 #include <algorithm>
 #include <string_view>
 
-#include "text/json_text.h"
-#include "text/text_line.h"
+#include "base/json_text.h"
 
 namespace {
 

@@ -99,3 +99,7 @@ void SetSettingsFile(const std::string& path) {
 std::string SettingsFile() {
   return ChosenFile().empty() ? DefaultFile() : ChosenFile();
 }
+
+bool IsSettingsFileChosen() {
+  return !ChosenFile().empty();
+}

@@ -55,3 +55,5 @@ void NtRegPutBuf(RegHive hive, const std::string& key, const std::string& name, 
 // default path.
 void SetSettingsFile(const std::string& path);
 std::string SettingsFile();
+// Is it another one than the default?
+bool IsSettingsFileChosen();

@@ -1,0 +1,133 @@
+#include "views/stored_views.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "base/fail_with.h"
+#include "base/text.h"
+#include "settings/registry.h"
+#include "views/kept_files.h"
+
+namespace {
+
+constexpr char kRemember[] = "Remember Views";
+
+std::string HomeFolder() {
+  const char* const home = std::getenv("HOME");
+  return home && home[0] == '/' ? home : "";
+}
+
+std::string StateFolder() {
+  const char* const state = std::getenv("XDG_STATE_HOME");
+  return (state && state[0] == '/' ? state : HomeFolder() + "/.local/state") + "/tessera";
+}
+
+std::string FolderOf(const char* name, const std::string& standard) {
+  return IsSettingsFileChosen() ? SettingsFile() + "." + name : standard + "/" + name;
+}
+
+KeptFiles Views() {
+  return {FolderOf("views", StateFolder()), kStoredViewsMax, kViewBytesMax};
+}
+
+// More than the user can have: none is ever removed to make room.
+constexpr std::size_t kProfileFilesMax = 10 * kProfilesMax;
+
+KeptFiles Profiles() {
+  const std::string settings = SettingsFile();
+  return {FolderOf("profiles", settings.substr(0, settings.rfind('/'))), kProfileFilesMax,
+          kViewBytesMax};
+}
+
+std::string KeyOf(std::string name) {
+  std::ranges::transform(name, name.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return name;
+}
+
+bool Write(const Profile& profile, std::string* why) {
+  std::string text;
+  return ProfileText(profile, text, why) && Profiles().Write(KeyOf(profile.name), text, why);
+}
+
+bool TakeName(Profile& profile, const std::string& name, std::string* why) {
+  profile.name = CleanViewName(name);
+  if (profile.name.empty()) return FailWith(why, "A profile needs a name.");
+  return profile.name.size() <= kViewNameBytes || FailWith(why, "This name is too long.");
+}
+
+bool IsBefore(const Profile& a, const Profile& b) {
+  return CompareIgnoringCase(a.name, b.name) < 0;
+}
+
+}  // namespace
+
+bool AreViewsRemembered() {
+  return NtRegGet(HKEY_CURRENT_USER, kRegTraceView, kRemember, 1U) != 0;
+}
+
+void RememberViews(bool on) {
+  if (on != AreViewsRemembered())
+    NtRegPut(HKEY_CURRENT_USER, kRegTraceView, kRemember, on ? 1U : 0U);
+}
+
+std::optional<StoredView> ReadStoredView(const std::string& source, std::string* why) {
+  const KeptFiles files = Views();
+  std::string text, reason;
+  const KeptFiles::Found found = files.Read(source, text, &reason);
+  if (found == KeptFiles::Found::Nothing) return std::nullopt;
+  std::optional<StoredView> view;
+  if (found == KeptFiles::Found::Text) {
+    view = ReadView(text, &reason);
+    if (!view) reason.insert(0, files.PathOf(source) + ": ");
+  }
+  if (view && view->source == source) return view;
+  if (view) return std::nullopt;
+  files.PutAside(source);
+  return FailWith(why, reason, std::optional<StoredView>());
+}
+
+bool StoreView(const StoredView& view, std::string* why, const NotesSteps& steps) {
+  std::string text;
+  return ViewText(view, text, why) && Views().Write(view.source, text, why, steps);
+}
+
+// ---- profiles
+
+std::vector<Profile> ReadProfiles() {
+  std::vector<Profile> profiles;
+  for (const std::string& text : Profiles().Texts(kProfilesMax))
+    if (auto profile = ReadProfile(text, nullptr)) profiles.push_back(std::move(*profile));
+  std::ranges::sort(profiles, IsBefore);
+  return profiles;
+}
+
+std::optional<Profile> FindProfile(const std::string& name) {
+  std::string text;
+  if (Profiles().Read(KeyOf(CleanViewName(name)), text, nullptr) != KeptFiles::Found::Text)
+    return std::nullopt;
+  return ReadProfile(text, nullptr);
+}
+
+bool KeepProfile(Profile profile, std::string* why) {
+  if (!TakeName(profile, profile.name, why)) return false;
+  if (!FindProfile(profile.name) && ReadProfiles().size() >= kProfilesMax)
+    return FailWith(why, "There are 100 profiles. Delete one of them first.");
+  return Write(profile, why);
+}
+
+void DeleteProfile(const std::string& name) {
+  Profiles().Remove(KeyOf(CleanViewName(name)));
+}
+
+bool RenameProfile(const std::string& from, const std::string& to, std::string* why) {
+  std::optional<Profile> profile = FindProfile(from);
+  if (!profile) return FailWith(why, "There is no profile of this name.");
+  const bool same = CompareIgnoringCase(from, CleanViewName(to)) == 0;
+  if (!same && FindProfile(to)) return FailWith(why, "There is a profile of this name already.");
+  // The new one first: a program that ends in between leaves both.
+  if (!TakeName(*profile, to, why) || !Write(*profile, why)) return false;
+  if (!same) DeleteProfile(from);
+  return true;
+}

@@ -30,6 +30,7 @@ std::string CellText(Column column, const TraceEvent_i& event, const TraceEvent_
                      const NameMap& names, bool utc) {
   switch (column) {
     case Column::Sev:
+    default:
       return {};
     case Column::Count:
       return CountText(event);

@@ -27,6 +27,10 @@ enum class Column : int {
   Trace,
   Source,
   Stack,
+  // Columns of times behind the fifteen, whose texts are those of listview/time.
+  Delta,
+  Since,
+  WallTime,
   Account = 1000  // in no list, whose columns are fixed: for programs that name their columns
 };
 

@@ -27,6 +27,11 @@ const std::array<ColumnInfo, kColumnCount> kColumns = {{
 
 namespace {
 
+constexpr ColumnInfo kTimeColumnInfos[] = {
+    {Column::Delta, "Delta", ColumnAlign::Right, 14, 0},
+    {Column::Since, "Since", ColumnAlign::Right, 16, 0},
+    {Column::WallTime, "Wall Time", ColumnAlign::Left, 32, 0},
+};
 constexpr ColumnInfo kAccountColumn = {Column::Account, "Account", ColumnAlign::Left, 9, 0};
 constexpr char kOrderValue[] = "Column Order";
 constexpr char kVersionValue[] = "Version";
@@ -54,7 +59,9 @@ ColumnOrder Widened(ColumnOrder order) {
 }  // namespace
 
 const ColumnInfo& InfoOf(Column column) {
-  return column == Column::Account ? kAccountColumn : kColumns[static_cast<std::size_t>(column)];
+  if (column == Column::Account) return kAccountColumn;
+  const auto index = static_cast<std::size_t>(column);
+  return index < kColumns.size() ? kColumns[index] : kTimeColumnInfos[index - kColumns.size()];
 }
 
 std::optional<Column> ColumnByHeader(std::string_view header) {
@@ -65,15 +72,13 @@ std::optional<Column> ColumnByHeader(std::string_view header) {
 }
 
 int StoredColumnWidth(Column column) {
-  const unsigned width = NtRegGet(HKEY_CURRENT_USER, kRegColumns,
-                                  kColumns[static_cast<std::size_t>(column)].header, 0u);
+  const unsigned width = NtRegGet(HKEY_CURRENT_USER, kRegColumns, InfoOf(column).header, 0u);
   // A store may contain any number; no screen is wider than 16 bits can count.
   return width > std::numeric_limits<std::uint16_t>::max() ? 0 : static_cast<int>(width);
 }
 
 void StoreColumnWidth(Column column, int widthPx) {
-  NtRegPut(HKEY_CURRENT_USER, kRegColumns, kColumns[static_cast<std::size_t>(column)].header,
-           static_cast<unsigned>(widthPx));
+  NtRegPut(HKEY_CURRENT_USER, kRegColumns, InfoOf(column).header, static_cast<unsigned>(widthPx));
 }
 
 ColumnOrder ReadColumnOrder() {

@@ -20,7 +20,7 @@ struct ColumnInfo {
 };
 
 extern const std::array<ColumnInfo, kColumnCount> kColumns;
-// Also of the column that a list does not have.
+// Also of the columns of times (time_columns.h) and of the column that no list has.
 const ColumnInfo& InfoOf(Column column);
 // Column indexes from left to right.
 using ColumnOrder = std::array<std::int32_t, kColumnCount>;

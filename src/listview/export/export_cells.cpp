@@ -109,6 +109,9 @@ void WriteExportCell(std::string& out, Column column, const TraceEvent_i& event,
     case Column::Pid:
     case Column::Tid:
     case Column::Account:
+    case Column::Delta:
+    case Column::Since:
+    case Column::WallTime:
       return WriteUnescaped(out, CellText(column, event, previous, names, utc));
     case Column::Attributes:
       out += '"';

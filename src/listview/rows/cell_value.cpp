@@ -48,6 +48,9 @@ std::optional<CellValue> CellValueOf(Column column, const TraceEvent_i& event,
     case Column::Time:
     case Column::Stack:
     case Column::Account:
+    case Column::Delta:
+    case Column::Since:
+    case Column::WallTime:
       break;
   }
   return std::nullopt;

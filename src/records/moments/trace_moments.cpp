@@ -82,16 +82,23 @@ void TraceMoments::Learn(std::uint64_t place, const TraceEvent_i& trace) {
   process.agrees = process.spans.size() <= kSpansFree + process.traces / kTracesPerSpan;
 }
 
-unsigned TraceMoments::MicrosecondsOf(std::uint64_t place, const TraceEvent_i& trace) const {
+void TraceMoments::UseUtc(bool utc) {
+  if (m_utc == utc) return;
+  m_utc = utc;
+  m_second = ~std::uint64_t{0};
+}
+
+std::optional<unsigned> TraceMoments::MicrosecondsOf(std::uint64_t place,
+                                                     const TraceEvent_i& trace) const {
   std::int64_t ms = 0;
-  if (!HasTic(trace, ms)) return 0;
+  if (!HasTic(trace, ms)) return std::nullopt;
   const auto process = m_processes.find(ProcessOf(trace));
-  if (process == m_processes.end() || !process->second.agrees) return 0;
+  if (process == m_processes.end() || !process->second.agrees) return std::nullopt;
   const std::vector<Span>& spans = process->second.spans;
   const auto behind =
       std::upper_bound(spans.begin(), spans.end(), place,
                        [](std::uint64_t sought, const Span& span) { return sought < span.from; });
-  if (behind == spans.begin()) return 0;
+  if (behind == spans.begin()) return std::nullopt;
   const std::int64_t moment = std::prev(behind)->least + NanosecondsOf(trace.GetTicCount());
   const std::int64_t part = moment - ms * kMillisecondNs;
   return static_cast<unsigned>(std::clamp<std::int64_t>(part, 0, kMillisecondNs - 1) / 1000);
@@ -127,6 +134,16 @@ bool TraceMoments::MakeSecond(const TraceEvent_i& trace) {
 }
 
 bool TraceMoments::Append(std::string& to, std::uint64_t place, const TraceEvent_i& trace) {
+  return Append(to, trace, MicrosecondsOf(place, trace), true);
+}
+
+bool TraceMoments::AppendKnown(std::string& to, std::optional<std::uint64_t> place,
+                               const TraceEvent_i& trace) {
+  return Append(to, trace, place ? MicrosecondsOf(*place, trace) : std::nullopt, false);
+}
+
+bool TraceMoments::Append(std::string& to, const TraceEvent_i& trace,
+                          std::optional<unsigned> microseconds, bool allDigits) {
   constexpr unsigned kMillisecondBits = 11;
   const std::uint64_t second =
       std::uint64_t{trace.GetDate()} << 32 | trace.GetTime() >> kMillisecondBits;
@@ -137,9 +154,10 @@ bool TraceMoments::Append(std::string& to, std::uint64_t place, const TraceEvent
   const unsigned ms = UnpackTime(trace.GetTime()).ms;
   if (!m_isMoment || ms > 999) return false;
   char digits[6];
-  unsigned fraction = ms * 1000 + MicrosecondsOf(place, trace);
+  unsigned fraction = ms * 1000 + microseconds.value_or(0);
   for (int at = 5; at >= 0; --at, fraction /= 10)
     digits[at] = static_cast<char>('0' + fraction % 10);
-  to.append(m_before).append(digits, sizeof digits).append(m_zone);
+  const std::size_t shown = allDigits || microseconds ? sizeof digits : 3;
+  to.append(m_before).append(digits, shown).append(m_zone);
   return true;
 }

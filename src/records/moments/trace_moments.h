@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -30,8 +31,11 @@ class TraceMoments {
   void Learn(std::uint64_t place, const TraceEvent_i& trace);
   // Ids mean other processes from now on, whose moments are to be learned.
   void ForgetIds() { m_processes.clear(); }
+  void UseUtc(bool utc);
   // False and nothing is appended: the fields hold no time of a calendar.
   bool Append(std::string& to, std::uint64_t place, const TraceEvent_i& trace);
+  // The same with three digits behind the point where no more are known, also without a place.
+  bool AppendKnown(std::string& to, std::optional<std::uint64_t> place, const TraceEvent_i& trace);
 
  private:
   // From a trace on, the moment of tic 0 lies between the two, in nanoseconds since 1970.
@@ -46,9 +50,11 @@ class TraceMoments {
   };
   static bool HasTic(const TraceEvent_i& trace, std::int64_t& ms);
   bool MakeSecond(const TraceEvent_i& trace);
-  unsigned MicrosecondsOf(std::uint64_t place, const TraceEvent_i& trace) const;
+  bool Append(std::string& to, const TraceEvent_i& trace, std::optional<unsigned> microseconds,
+              bool allDigits);
+  std::optional<unsigned> MicrosecondsOf(std::uint64_t place, const TraceEvent_i& trace) const;
 
-  const bool m_utc;
+  bool m_utc;
   std::unordered_map<std::uint32_t, Process> m_processes;  // by machine and process id
   // The second that was written last: most traces are in the same.
   std::uint64_t m_second = ~std::uint64_t{0};

@@ -2,6 +2,7 @@
 
 #include "base/new_file.h"
 #include "documents/trace_pass.h"
+#include "notes/kept/saved_notes.h"
 #include "records/trc_writer.h"
 
 namespace {
@@ -11,7 +12,11 @@ constexpr int kTracesPerSavePart = 256;
 class TraceSaving final : public LongWork {
  public:
   TraceSaving(CTraceDoc& document, TrcWriter& writer, TraceSource& source)
-      : m_stand(document.m_traces), m_names(document.m_names), m_writer(writer), m_source(source) {}
+      : m_stand(document.m_traces),
+        m_names(document.m_names),
+        m_writer(writer),
+        m_source(source),
+        m_notes(document.Notes().Notes()) {}
 
   bool DoPart() override {
     // The traces of the source may have been released by then.
@@ -20,19 +25,35 @@ class TraceSaving final : public LongWork {
       const TraceEvent_i* const event = m_source.Next();
       if (!event) return true;
       m_good = m_writer.Write(*event, m_names);
+      m_notes.Add(*event);
     }
     return !m_good;
   }
   std::optional<int> Progress() const override { return m_source.Progress(); }
   bool Good() const { return m_good; }
+  SavedNotes& Notes() { return m_notes; }
 
  private:
   const TraceStand m_stand;
   NameMap& m_names;
   TrcWriter& m_writer;
   TraceSource& m_source;
+  SavedNotes m_notes;
   bool m_good = true;
 };
+
+// The traces are saved, whatever becomes of their notes.
+void SaveNotes(Host& host, const std::string& path, SavedNotes& notes) {
+  if (notes.empty()) return;
+  const auto mayReplace = [&host](const std::string& there) {
+    return host.MessageBox({there + ": has the notes of the file before.\n\nReplace it?",
+                            BoxIcon::Warning, BoxButtons::YesNo}) == BoxAnswer::Yes;
+  };
+  std::string why;
+  if (!SaveNewNotes(path, notes.Take(), mayReplace, &why))
+    host.MessageBox({"The traces are saved without their marks and notes.\n\n" + why,
+                     BoxIcon::Warning, BoxButtons::Ok});
+}
 
 }  // namespace
 
@@ -60,5 +81,7 @@ bool SaveTraces(CTraceDoc& document, const std::string& path, BoxIcon icon, Trac
   const bool written = writer.Finish() && saving.Good();
   // Kept: the part that was written stays under the name, also after a failed write.
   const bool named = file.Finish(&why);
-  return (written && named) || failed("Error writing to file.");
+  if (!written || !named) return failed("Error writing to file.");
+  SaveNotes(host, path, saving.Notes());
+  return true;
 }

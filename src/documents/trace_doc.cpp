@@ -55,6 +55,7 @@ bool CTraceDoc::OnNewDocument() {
 }
 
 void CTraceDoc::DeleteContents() {
+  m_notes.Close();
   if (const std::shared_ptr<LentTraces> lent = m_lent.lock())
     lent->Keep(m_traces);
   else
@@ -80,7 +81,7 @@ bool CTraceDoc::OnSaveDocument(const std::string& path) {
 }
 
 bool CTraceDoc::SaveModified() {
-  return g_quickClose || CDocument::SaveModified();
+  return g_quickClose || (m_notes.MayClose() && CDocument::SaveModified());
 }
 
 // A trace document cannot be saved in place: its own file is mapped, or it has none.

@@ -13,6 +13,7 @@
 #include "documents/trace_hint.h"
 #include "documents/trace_indexes.h"
 #include "docview/document.h"
+#include "notes/kept/doc_notes.h"
 #include "records/name_map.h"
 #include "records/trace_list.h"
 #include "where/where_marks.h"
@@ -32,7 +33,7 @@ class CTraceDoc : public CDocument {
   void DeleteContents() override;
   // Writes all traces, oldest first, whatever a view's filter shows. The modified flag stays.
   bool OnSaveDocument(const std::string& path) override;
-  // True without a question after a Quick Close.
+  // True without a question after a Quick Close. Also asks about notes that cannot be saved.
   bool SaveModified() override;
   // Asks for a name and writes a copy; the document keeps its name and its modified flag.
   bool DoFileSave() override;
@@ -47,9 +48,9 @@ class CTraceDoc : public CDocument {
 
   // The marks and notes of the traces as they are now, for filter texts. Null: there are none, or
   // `why` has the reason.
-  virtual std::shared_ptr<const WhereMarks> Marks([[maybe_unused]] std::string* why) {
-    return nullptr;
-  }
+  std::shared_ptr<const WhereMarks> Marks(std::string* why) { return Notes().ForFilters(why); }
+  // The marks and notes of the traces. Views get 1007 after a change.
+  virtual DocNotes& Notes() { return m_notes; }
 
   // Do traces arrive without a command of the user?
   virtual bool IsStream() const { return false; }
@@ -62,6 +63,9 @@ class CTraceDoc : public CDocument {
   NameMap m_names;
   bool m_synchronize = false;  // the views follow one another's current trace
   TraceIndexes m_indexes;
+
+ protected:
+  DocNotes m_notes{GetHost(), m_traces, [this] { UpdateAllViews(nullptr, kHintMarked); }};
 
  private:
   // What the traces lie in; null: traces come and go.

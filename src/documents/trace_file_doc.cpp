@@ -3,11 +3,9 @@
 #include <exception>
 #include <utility>
 
-#include "base/fail_with.h"
 #include "documents/conversion_under_way.h"
 #include "documents/trace_file_load.h"
 #include "docview/view.h"
-#include "notes/file_notes.h"
 #include "records/trc_walk.h"
 
 CTraceFileDoc::CTraceFileDoc(Host& host, TraceLoadSetup setup)
@@ -106,12 +104,9 @@ void CTraceFileDoc::TakeOver() {
   m_loading = false;
 }
 
-std::shared_ptr<const WhereMarks> CTraceFileDoc::Marks(std::string* why) {
-  if (!m_file || m_load) return nullptr;
-  FileNotes notes;
-  if (!notes.Load(GetPathName(), {m_file->View(), m_traces}, why)) return nullptr;
-  if (notes.IsOfAnother())
-    return FailWith(why, NotesPath(GetPathName()) + ": of another trace file, not applied",
-                    std::shared_ptr<const WhereMarks>());
-  return notes.Notes().Shared();
+// A file that was cleared has no traces that its notes could be put to.
+DocNotes& CTraceFileDoc::Notes() {
+  if (m_file && !m_loading && !m_notes.IsOpen() && !m_traces.empty() && !GetPathName().empty())
+    m_notes.Open(GetPathName(), m_file);
+  return m_notes;
 }

@@ -44,8 +44,8 @@ class CTraceFileDoc : public CTraceDoc {
   // A thread that has not ended by then goes on alone: it works on objects of its own.
   void DeleteContents() override;
 
-  // Those beside the file, read anew. None of a file that is being loaded.
-  std::shared_ptr<const WhereMarks> Marks(std::string* why) override;
+  // Those beside the file, read when they are first asked for. None while it is being loaded.
+  DocNotes& Notes() override;
 
   const std::string& OpenFailure() const { return m_openFailure; }
   const HANDLE& CancelEvent() const { return m_cancelEvent; }

@@ -17,6 +17,7 @@ enum TraceHint : unsigned {
   kHintAdded = 1004,    // CTraceHint: new traces, in order
   kHintTrimmed = 1005,  // CTraceHint: traces about to be released; valid during the call only
   kHintFollow = 1006,   // CTraceHint with one trace: move to the nearest trace shown
+  kHintMarked = 1007,   // marks or notes have changed; no object
 };
 
 class CTraceHint : public CObject {

@@ -83,6 +83,7 @@ void CTraceRealtimeDoc::Trim(CTraceHint* pending) {
   CTraceHint oldest;
   for (std::size_t i = 0; i < count; ++i) oldest.m_events.push_back(m_traces[i]);
   UpdateAllViews(nullptr, kHintTrimmed, &oldest);
+  m_notes.ForgetBefore(m_traces.Popped() + count);
   for (const TraceEvent_i* const event : oldest.m_events) {
     if (pending && !pending->m_events.empty() && pending->m_events.front() == event)
       pending->m_events.pop_front();

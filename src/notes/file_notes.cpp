@@ -36,7 +36,7 @@ bool FileNotes::Load(const std::string& tracePath, const NotedTraces& traces, st
   std::vector<NotedRow> rows = std::exchange(m_file.rows, {});
   if (!m_isOfAnother) m_notes.Reserve(rows.size());
   for (NotedRow& row : rows) Place(std::move(row), traces);
-  m_saved = m_notes.Changes();
+  m_saved = Changes();
   return !m_isUnreadable;
 }
 
@@ -63,13 +63,27 @@ std::vector<FileNotes::Kept> FileNotes::All() const {
   return all;
 }
 
+bool FileNotes::IsOutdated() const {
+  return FileMark::At(NotesPath(m_tracePath)) != m_mark;
+}
+
+void FileNotes::ForgetOthers(const std::vector<std::size_t>& places) {
+  auto gone = places.begin();
+  std::size_t place = 0;
+  m_forgotten += std::erase_if(m_others, [&](const Kept&) {
+    const bool isGone = gone != places.end() && *gone == place;
+    if (isGone) ++gone;
+    ++place;
+    return isGone;
+  });
+}
+
 bool FileNotes::MayReplace(bool replace, std::string* why) const {
   const std::string path = NotesPath(m_tracePath);
   if (m_isUnreadable) return FailWith(why, path + ": could not be read, and is not replaced");
   if (replace) return true;
   if (m_isOfAnother) return FailWith(why, path + ": has the notes of another trace file");
-  if (FileMark::At(path) != m_mark)
-    return FailWith(why, path + ": another program has written it meanwhile");
+  if (IsOutdated()) return FailWith(why, path + ": another program has written it meanwhile");
   return true;
 }
 
@@ -97,18 +111,21 @@ bool FileNotes::Save(const NotedTraces& traces, bool replace, std::string* why,
   file.rows.clear();
   m_file = std::move(file);
   m_mark = FileMark::At(path);
-  m_saved = m_notes.Changes();
+  m_saved = Changes();
   return true;
 }
 
-bool SaveNewNotes(const std::string& tracePath, std::vector<NotedRow> rows, std::string* why) {
+bool SaveNewNotes(const std::string& tracePath, std::vector<NotedRow> rows,
+                  const std::function<bool(const std::string& path)>& mayReplace,
+                  std::string* why) {
   const std::string path = NotesPath(tracePath);
   NoteFile notes;
   std::string text, reason;
   const NotesRead read = ReadNotes(path, notes, why);
   if (read == NotesRead::Unreadable) return false;
-  if (read == NotesRead::Read)
+  if (read == NotesRead::Read && !mayReplace(path))
     return FailWith(why, path + ": has the notes of the file before, and stays");
+  notes = {};
   const auto file = MappedFile::Open(tracePath, &reason);
   if (!file) return FailWith(why, tracePath + ": " + reason);
   notes.trace = PrintOfFile(file->View());

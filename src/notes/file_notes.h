@@ -13,6 +13,7 @@
 // Threads  One.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -52,7 +53,13 @@ class FileNotes {
   // Was the notes file made for another trace file?
   bool IsOfAnother() const { return m_isOfAnother; }
   bool IsUnreadable() const { return m_isUnreadable; }
-  bool IsModified() const { return m_notes.Changes() != m_saved; }
+  // Has another program written the notes file since it was read or saved?
+  bool IsOutdated() const;
+  // Counts the changes.
+  std::uint64_t Changes() const { return m_notes.Changes() + m_forgotten; }
+  bool IsModified() const { return Changes() != m_saved; }
+  // Takes away the Others() at these places. REQUIRES: ascending.
+  void ForgetOthers(const std::vector<std::size_t>& places);
   bool Save(const NotedTraces& traces, bool replace, std::string* why,
             const NotesSteps& steps = {});
 
@@ -66,9 +73,12 @@ class FileNotes {
   NoteFile m_file;  // without its rows
   std::optional<FileMark> m_mark;
   bool m_isOfAnother = false, m_isUnreadable = false;
+  std::uint64_t m_forgotten = 0;
   std::uint64_t m_saved = 0;  // the changes that are in the file
 };
 
-// Writes the notes of a trace file that was just written. False also when there is a notes file: it
-// is of the trace file that had the name before.
-bool SaveNewNotes(const std::string& tracePath, std::vector<NotedRow> rows, std::string* why);
+// Writes the notes of a trace file that was just written. A notes file that is there is of the
+// trace file that had the name before: it is replaced if `mayReplace` says so. False also where it
+// stays.
+bool SaveNewNotes(const std::string& tracePath, std::vector<NotedRow> rows,
+                  const std::function<bool(const std::string& path)>& mayReplace, std::string* why);

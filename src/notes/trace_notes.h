@@ -47,6 +47,9 @@ class TraceNotes {
   std::uint64_t Changes() const { return m_changes; }
   // The marks as they are now, for filters.
   std::shared_ptr<const WhereMarks> Shared();
+  // Those that there are at each moment, for filters on the thread of the changes. REQUIRES: Shared
+  // is never called.
+  std::shared_ptr<const WhereMarks> Live() const { return m_table; }
 
  private:
   struct Said {

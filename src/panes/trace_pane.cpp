@@ -72,6 +72,9 @@ void TracePane::OnUpdate(CView* sender, unsigned hint, CObject* object) {
         m_currentEvent = nullptr;
       RemoveTraces(*traces);
       break;
+    case kHintMarked:
+      RepaintHits();
+      break;
     case kHintFollow:
       if (traces && !traces->m_events.empty()) FollowTrace(sender, *traces->m_events.front());
       break;

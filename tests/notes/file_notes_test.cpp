@@ -17,6 +17,10 @@ namespace {
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
+bool Never(const std::string&) {
+  return false;
+}
+
 class FileNotesTest : public testing::Test {
  protected:
   // A file of `count` traces that has marks at rows 1 and 8, and a note at row 5.
@@ -180,11 +184,12 @@ TEST_F(FileNotesTest, WhatAnotherProgramHasWrittenMeanwhileIsNotLost) {
 TEST_F(FileNotesTest, NewNotesAreNotWrittenOverThoseOfTheFileBefore) {
   Noted();
   std::string why;
-  EXPECT_FALSE(SaveNewNotes(m_path, {{0, 1, 1, ""}}, &why));
+  EXPECT_FALSE(SaveNewNotes(m_path, {{0, 1, 1, ""}}, Never, &why));
   EXPECT_THAT(why, HasSubstr("of the file before"));
   const std::string fresh = m_dir.File("b.trc", TrcOf(Texts("a", 3)));
   const NotedFile from(m_path);
-  ASSERT_TRUE(SaveNewNotes(fresh, {{1, PrintOfRecord(from.Record(1)), 5, "x"}}, &why)) << why;
+  ASSERT_TRUE(SaveNewNotes(fresh, {{1, PrintOfRecord(from.Record(1)), 5, "x"}}, Never, &why))
+      << why;
   EXPECT_EQ(NotedFile(fresh).Said(), "1:5:x");
 }
 

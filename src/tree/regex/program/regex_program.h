@@ -14,6 +14,7 @@ struct RegexOptions {
   bool literal = false;
   bool wordSearch = false;   // a match begins and ends at the boundary of a word
   bool acrossLines = false;  // `.` and the starred narrow sets take CR and LF
+  bool operator==(const RegexOptions&) const = default;
 };
 
 class RegexProgram {
@@ -28,6 +29,7 @@ class RegexProgram {
   bool AcrossLines() const { return m_options.acrossLines; }
   // Matches begin at the text's start, or at that of a line.
   bool Anchored() const { return m_anchored; }
+  bool operator==(const RegexProgram&) const = default;
 
  private:
   std::vector<unsigned char> m_code;

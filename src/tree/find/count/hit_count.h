@@ -1,0 +1,92 @@
+// Counts the hits of a search in all rows that a view shows, in the background, and keeps the count
+// true while rows come and go.
+//
+// Shape    Works in short steps with pauses between them, in which the user has his turn. The rows
+//          of a large file are looked at by all processors (tree/find/scan), others row by row on
+//          the interface thread. The count is that of testing each row: a search of a text is never
+//          given up.
+// Owner    The view owns it. It borrows document and rows, and has a plan of its own for the
+//          pattern. The view reports whatever happens to its rows; nothing else reads a trace.
+// Errors   None: without memory for threads the rows are looked at one by one.
+// Threads  Interface thread.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "documents/trace_doc.h"
+#include "docview/host_timer.h"
+#include "tree/find/hits/hit_bits.h"
+#include "tree/find/hits/hit_rows.h"
+#include "tree/find/scan/text_scan.h"
+#include "tree/regex/plan/regex_matcher.h"
+
+// The rows of a view: traces in the order of their document.
+class CountedRows {
+ public:
+  virtual int CountedSize() const = 0;
+  virtual const TraceEvent_i* CountedAt(int row) const = 0;
+  // No more rows will come but those of new traces.
+  virtual bool AreRowsWhole() const { return true; }
+
+ protected:
+  ~CountedRows() = default;
+};
+
+// How large a search must be for threads, and how they share it.
+struct HitCountSetup {
+  int rowsForThreads = 50'000;
+  std::size_t threads = 0, perPiece = 0;  // 0: as TextScan chooses
+};
+
+class HitCount final : public FindHitRows {
+ public:
+  HitCount(CTraceDoc& document, const CountedRows& rows, const RegexProgram& program,
+           const HitCountSetup& setup = {});
+
+  bool IsOf(const RegexProgram& program) const { return program == m_program; }
+  // ---- what the view reports
+  void OnAnew();   // other rows
+  void OnAdded();  // rows at the end, or the rows are whole now
+  void OnRemoved(int first, int count);
+
+  // Counts on for about this long; true: not all is looked at. The steps call it by themselves.
+  bool Step(std::chrono::milliseconds time);
+  bool IsAtWork() const { return m_timer.has_value(); }
+
+  int Known() const override { return m_bits.Known(); }
+  bool IsWhole() const override;
+  int Count() const override { return m_bits.Count(); }
+  bool Has(int row) const override { return m_bits.Has(row); }
+  int Position(int row) const override { return m_bits.Position(row); }
+  int Next(int row) const override { return m_bits.Next(row); }
+  int RowOf(int hit) const override { return m_bits.RowOf(hit); }
+  std::uint64_t Version() const override { return m_version; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  void Begin();
+  void GoOn();
+  bool StepScan(Clock::time_point until);
+  bool StepRows(Clock::time_point until);
+  // Passes to the row of the trace that the scan has found; false: it may still come.
+  bool TakeFound(Clock::time_point until);
+  int RowOfFound() const;
+  RegexAnswer Test(int row);
+
+  CTraceDoc& m_document;
+  const CountedRows& m_rows;
+  const RegexProgram m_program;
+  const RegexPlan m_plan;
+  const HitCountSetup m_setup;
+  RegexMatcher m_matcher;
+  bool m_unfinished = false;  // the test of the first row that is not known
+  HitBits m_bits;
+  bool m_begun = false;
+  std::uint64_t m_generation = 0;    // of the document's list
+  std::unique_ptr<TextScan> m_scan;  // null: rows are looked at one by one
+  bool m_found = false;              // by the scan, and its row is not known yet
+  std::uint64_t m_version = 1;
+  std::optional<HostTimer> m_timer;  // while there is something to do
+};

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "docview/child_frame_face.h"
 #include "docview/frame_wnd.h"
 
 class CMDIFrameWnd;
@@ -16,18 +17,6 @@ class CWinApp;
 
 enum class SizeType { Restored = 0, Minimised = 1, Maximised = 2 };
 enum class WindowLayout { Cascade, Tile, ArrangeIcons };
-
-// The window of one child frame.
-class ChildFrameFace {
- public:
-  virtual ~ChildFrameFace() = default;
-  virtual void SetTitle(const std::string& title) = 0;
-  virtual void Show() = 0;      // with the state that a new child takes in its main window
-  virtual void Activate() = 0;  // to the front; answers with CMDIChildWnd::OnActivate
-  virtual void ShowView(CView& view) = 0;  // the only visible view
-  // A control above the view; null: none. The caller owns it.
-  virtual void ShowBar(ViewControl* bar) = 0;
-};
 
 class CMDIChildWnd : public CFrameWnd {
  public:
@@ -42,6 +31,8 @@ class CMDIChildWnd : public CFrameWnd {
   // Called by the face, with the outer size.
   virtual void OnSize(SizeType type, int widthPx, int heightPx);
   virtual void OnContextMenu(int screenXPx, int screenYPx);
+  // The user has moved the border to the control beside the view; device-independent pixels.
+  virtual void OnBesideExtent(int /*extentPx*/) {}
   // Escape that meant nothing to the control with the focus. True: it was used.
   virtual bool OnEscape() { return false; }
   // For the first child of a main window; a later one is shown like the active one.

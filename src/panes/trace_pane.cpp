@@ -58,19 +58,25 @@ void TracePane::OnUpdate(CView* sender, unsigned hint, CObject* object) {
   switch (hint) {
     case kHintOptions:
       OnOptions();
+      Tell(&PaneWatcher::OnShownTraces);
       break;
     case kHintReady:
       m_filter.noted = MarksFor(m_filter.where);
       OnReady();
+      Tell(&PaneWatcher::OnShownTraces);
       break;
     case kHintAdded:
-      if (traces) AddTraces(*traces);
+      if (!traces) break;
+      AddTraces(*traces);
+      Tell(&PaneWatcher::OnShownTraces);
       break;
     case kHintTrimmed:
       if (!traces) break;
       if (std::ranges::find(traces->m_events, m_currentEvent) != traces->m_events.end())
         m_currentEvent = nullptr;
+      TellRemoval(*traces);
       RemoveTraces(*traces);
+      Tell(&PaneWatcher::OnShownTraces);
       break;
     case kHintMarked:
       RepaintHits();
@@ -108,6 +114,7 @@ void TracePane::OnActivateView(bool activate, CView* activated, CView* deactivat
 }
 
 void TracePane::ReportStatus() {
+  Tell(&PaneWatcher::OnShownTraces);
   if (!m_active) return;
   ReportRowCount(GetHost(), TraceCount());
   ReportFiltered(GetHost(), m_filter.ShowsAll() ? 0 : 1);

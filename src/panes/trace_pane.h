@@ -15,13 +15,14 @@
 #include "documents/trace_doc.h"
 #include "docview/view.h"
 #include "panes/cell_steps.h"
+#include "panes/pane_watcher.h"
 #include "panes/trace_scan.h"
 #include "tree/filter/trace_filter.h"
 #include "tree/find/find_hits.h"
 
 class CTraceIterator;
 
-class TracePane : public CView {
+class TracePane : public CView, public WatchedPane {
  public:
   explicit TracePane(CTraceDoc& document);
   ~TracePane() override;
@@ -94,7 +95,8 @@ class TracePane : public CView {
   void GoTo(CView* sender, TraceEvent_i* event);
   void ShowHits(bool on);
   void ShowContextMenu(int screenXPx, int screenYPx, std::vector<CellStep> offered);
-  // If this is the active view: updates both status panes, or only the count.
+  // Other traces are shown, or another filter is in force. If this is the active view: updates both
+  // status panes, or only the count.
   void ReportStatus();
   void ReportCount();
 

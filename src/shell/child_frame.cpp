@@ -6,7 +6,7 @@
 #include "panes/trace_pane.h"
 #include "settings/registry.h"
 #include "shell/main_frame.h"
-#include "shell/resource_ids.h"
+#include "shell/menus/resource_ids.h"
 #include "shell/sizes/stored_size.h"
 #include "shell/tessera_app.h"
 #include "statistics/window/statistics_dialog.h"
@@ -16,13 +16,20 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
     : CMDIChildWnd(parent),
       m_main(parent),
       m_filter([this](FilterLine& line) { return m_main.Tessera().Faces().CreateFilterLine(line); },
-               [this] { return ShownPane(); }) {
+               [this] { return ShownPane(); }),
+      m_beside(
+          GetHost(),
+          [this](BesideAreaOwner& owner) {
+            return m_main.Tessera().Faces().CreateBesideArea(owner);
+          },
+          [this] { return ShownPane(); }) {
   AddPane(ID_VIEW_PROC, [this](CTraceDoc& document) {
     ShellFaces& faces = m_main.Tessera().Faces();
     return std::make_unique<CProcView>(
         document, [&faces](TreeControlOwner& owner) { return faces.CreateTree(owner); });
   });
   MapFilter();
+  MapBeside();
   MapCommand(
       ID_VIEW_STATISTICS, [this] { OnStatistics(); },
       [this](CCmdUI& ui) {
@@ -39,6 +46,32 @@ void CTraceChildFrame::OnStatistics() {
   m_statistics = std::make_unique<CStatisticsDlg>(
       m_main.Tessera().GetHost(), [this] { return ShownPane(); },
       [this](const std::string& text) { m_filter.TakeStep(text); });
+}
+
+void CTraceChildFrame::MapBeside() {
+  MapCommand(
+      ID_VIEW_BESIDERIGHT,
+      [this] {
+        const bool right = m_beside.Edge() == BesideEdge::Right;
+        m_beside.SetEdge(right ? BesideEdge::Below : BesideEdge::Right);
+      },
+      [this](CCmdUI& ui) {
+        ui.Enable(HasList());
+        ui.SetCheck(m_beside.Edge() == BesideEdge::Right);
+      });
+  MapCommand(
+      ID_VIEW_NEXTAREA, [this] { m_beside.SwitchFocus(); },
+      [this](CCmdUI& ui) { ui.Enable(HasList()); });
+}
+
+void CTraceChildFrame::AddBeside(unsigned command, const char* stored, BesidePanes::MakePane make) {
+  m_beside.Add(command, stored, std::move(make));
+  MapCommand(
+      command, [this, command] { m_beside.Toggle(command); },
+      [this, command](CCmdUI& ui) {
+        ui.Enable(HasList());
+        ui.SetCheck(m_beside.IsOpen(command));
+      });
 }
 
 void CTraceChildFrame::MapFilter() {
@@ -61,12 +94,13 @@ void CTraceChildFrame::MapFilter() {
 
 TracePane* CTraceChildFrame::ShownPane() const {
   TracePane* const pane = m_panes[m_shown].view;
-  return pane ? pane : dynamic_cast<TracePane*>(GetActiveView());
+  return pane ? pane : dynamic_cast<TracePane*>(MainPane());
 }
 
 void CTraceChildFrame::OnCreate() {
   CMDIChildWnd::OnCreate();
   m_filter.OnCreate(*Face());
+  m_beside.OnCreate(*Face());
 }
 
 void CTraceChildFrame::AddPane(unsigned command, PaneMaker make) {
@@ -102,6 +136,7 @@ bool CTraceChildFrame::BeginsMaximised() const {
 }
 
 bool CTraceChildFrame::OnEscape() {
+  if (m_beside.OnEscape()) return true;
   FilterLine& line = m_filter.Line();
   if (!line.Percent()) return false;
   line.Stop();
@@ -134,6 +169,7 @@ void CTraceChildFrame::TogglePane(std::size_t place) {
   InitialUpdateFrame(document, true);
   shown.Control()->SetFocus();
   m_filter.OnPane();
+  m_beside.OnPane();
 }
 
 // If the user cancels a fill nothing changes: not the shown view, not the other one, and not the

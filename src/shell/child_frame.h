@@ -8,6 +8,7 @@
 
 #include "docview/frame.h"
 #include "panes/tree_as_text.h"
+#include "shell/beside/beside_panes.h"
 #include "shell/filterline/frame_filter.h"
 
 class CMainFrame;
@@ -28,8 +29,9 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   bool BeginsMaximised() const override;
   // Pop-up 144 and the steps that the pane offers, commands routed as from the menus.
   void OnContextMenu(int screenXPx, int screenYPx) override;
-  // Stops a filter text that is being applied.
+  // From the panes beside the rows back to these; else stops a filter text that is being applied.
   bool OnEscape() override;
+  void OnBesideExtent(int extentPx) override { m_beside.OnExtent(extentPx); }
 
   bool IsTreeShown() const { return m_shown == kTree; }
   // As Text in the filter dialog of a pane.
@@ -37,6 +39,7 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   // Null before the list exists.
   TracePane* ShownPane() const;
   FrameFilter& Filter() { return m_filter; }
+  BesidePanes& Beside() { return m_beside; }
 
  private:
   static constexpr unsigned kOtherPane = 59649;  // of a view that does not show
@@ -52,6 +55,9 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   // A pane that is made when its command is first used. The command shows it, or the list if the
   // pane is shown already.
   void AddPane(unsigned command, PaneMaker make);
+  // A kind of pane beside the rows with the command that toggles it (BesidePanes::Add).
+  void AddBeside(unsigned command, const char* stored, BesidePanes::MakePane make);
+  void MapBeside();
   void MapFilter();
   void OnStatistics();
   bool HasList() const;
@@ -64,5 +70,6 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   std::vector<Pane> m_panes = std::vector<Pane>(1);
   std::size_t m_shown = kList;
   FrameFilter m_filter;
+  BesidePanes m_beside;
   std::unique_ptr<CStatisticsDlg> m_statistics;  // null, or ended: not open
 };

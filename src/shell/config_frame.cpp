@@ -2,7 +2,7 @@
 
 #include "settings/registry.h"
 #include "shell/main_frame.h"
-#include "shell/resource_ids.h"
+#include "shell/menus/resource_ids.h"
 #include "shell/sizes/stored_size.h"
 
 namespace {

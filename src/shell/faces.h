@@ -12,8 +12,9 @@
 #include "controls/tree/tree_control.h"
 #include "docview/frame.h"
 #include "listview/source/rich_edit.h"
+#include "shell/beside/beside_area.h"
 #include "shell/filterline/filter_line.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 class CMainFrame;
 
@@ -54,6 +55,7 @@ class ShellFaces {
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
   virtual std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) = 0;
   virtual std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) = 0;
+  virtual std::unique_ptr<BesideArea> CreateBesideArea(BesideAreaOwner& owner) = 0;
   // Is a modal box or dialog open?
   virtual bool IsModal() const = 0;
   virtual void ShowAbout(const std::string& versionLine) = 0;

@@ -11,7 +11,7 @@
 #include "shell/child_frame.h"
 #include "shell/failed_open.h"
 #include "shell/front_texts.h"
-#include "shell/resource_ids.h"
+#include "shell/menus/resource_ids.h"
 #include "shell/sizes/stored_size.h"
 #include "shell/tessera_app.h"
 

@@ -18,8 +18,8 @@
 #include "shell/colours/colour_rules_dialog.h"
 #include "shell/config_frame.h"
 #include "shell/failed_open.h"
+#include "shell/menus/resource_ids.h"
 #include "shell/realtime_frame.h"
-#include "shell/resource_ids.h"
 #include "wizard/wizard_sheet.h"
 
 namespace {

@@ -25,6 +25,7 @@ class PlainPane final : public TracePane {
   using TracePane::ReportCount;
   using TracePane::ReportStatus;
   using TracePane::ShowHits;
+  using TracePane::Tell;
 
   TraceEvent_i* current = nullptr;
   bool selection = true, any = true, rebuilds = true;
@@ -57,6 +58,17 @@ class PlainPane final : public TracePane {
   }
   void Find(bool asked) override { calls.push_back(asked ? "find" : "find next"); }
   void OnExport() override { calls.push_back("export"); }
+};
+
+class WatchProbe final : public PaneWatcher {
+ public:
+  explicit WatchProbe(PlainPane& pane) : m_pane(pane) {}
+  void OnCurrentTrace() override { m_pane.calls.push_back("trace"); }
+  void OnShownTraces() override { m_pane.calls.push_back("shown"); }
+  void OnRemoval(const CTraceHint& removed) override {
+    m_pane.calls.push_back("loses " + removed.m_events.at(0)->GetText());
+  }
+  PlainPane& m_pane;
 };
 
 class TracePaneTest : public testing::Test {
@@ -93,6 +105,27 @@ TEST_F(TracePaneTest, HandsEachHintToWhatIsDoneAtIt) {
   Update(kHintTrimmed, &hint);
   EXPECT_EQ(m_pane.Calls(),
             (Strings{"options", "ready", "add 1", "follow a", "remove 1 without current"}));
+}
+
+TEST_F(TracePaneTest, AWatcherHearsOfWhatChangesAndOfRemovedTracesBeforeTheyGo) {
+  WatchProbe watcher(m_pane);
+  m_pane.Watch(watcher);
+  CTraceHint hint(Add("a"));
+  Update(kHintAdded, &hint);
+  EXPECT_EQ(m_pane.Calls(), (Strings{"add 1", "shown"}));
+  Update(kHintTrimmed, &hint);
+  EXPECT_EQ(m_pane.Calls(), (Strings{"loses a", "remove 1 without current", "shown"}));
+  Update(kHintReady);
+  EXPECT_EQ(m_pane.Calls(), (Strings{"ready", "shown"}));
+  Update(kHintOptions);
+  EXPECT_EQ(m_pane.Calls(), (Strings{"options", "shown"}));
+  m_pane.ReportStatus();
+  m_pane.Tell(&PaneWatcher::OnCurrentTrace);
+  EXPECT_EQ(m_pane.Calls(), (Strings{"shown", "trace"}));
+  m_pane.Unwatch(watcher);
+  Update(kHintAdded, &hint);
+  m_pane.ReportStatus();
+  EXPECT_EQ(m_pane.Calls(), Strings{"add 1"});
 }
 
 TEST_F(TracePaneTest, AHintThatLacksItsTracesDoesNothing) {

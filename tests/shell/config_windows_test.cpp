@@ -2,7 +2,7 @@
 #include "config/machine_dialog.h"
 #include "config/used_machines.h"
 #include "shell/config_frame.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 #include "shell_fixture.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include "documents/trace_doc.h"
 #include "docview/commands/command_ids.h"
 #include "shell/child_frame.h"
-#include "shell/resource_ids.h"
+#include "shell/menus/resource_ids.h"
 #include "shell/tessera_app.h"
 #include "support/fake_frame.h"
 

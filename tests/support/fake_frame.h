@@ -68,6 +68,12 @@ class FakeChildFace : public ChildFrameFace {
     LayOut();
   }
   void ShowBar(ViewControl* bar) override { m_bar = bar; }
+  void ShowStrip(ViewControl* strip) override { m_strip = strip; }
+  void ShowBeside(ViewControl* control, BesideEdge edge, int extentPx) override {
+    m_beside = control;
+    m_besideEdge = edge;
+    m_besidePx = extentPx;
+  }
   // The user drags a border, or the window system restores or tiles the window.
   void Resize(int widthPx, int heightPx) {
     m_widthPx = widthPx;
@@ -80,7 +86,9 @@ class FakeChildFace : public ChildFrameFace {
   bool m_shown = false;
   std::string m_title;
   CView* m_view = nullptr;
-  ViewControl* m_bar = nullptr;
+  ViewControl *m_bar = nullptr, *m_strip = nullptr, *m_beside = nullptr;
+  BesideEdge m_besideEdge = BesideEdge::Below;
+  int m_besidePx = 0;
   std::function<void()> m_onGone;  // a window system may activate another child at this point
 
  private:

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "controls/list/row_list.h"
@@ -33,16 +34,17 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   void SetHeight(int heightPx) override { SetPage(heightPx / kRowHeightPx); }
   void SetPage(int rows) {
     const bool atEnd = m_top + CountPerPage() >= m_count;
+    const int before = CountPerPage();
     pageRows = rows;
-    ClampTop();
-    if (atEnd) m_top = std::max(m_count - CountPerPage(), 0);
+    SetTop(atEnd ? m_count : m_top);
+    if (CountPerPage() != before) m_owner.OnRowListScrolled();
   }
 
   void SetItemCount(int rows) override {
     calls.push_back("count " + std::to_string(rows));
     m_count = std::max(rows, 0);
     m_states.erase(m_states.lower_bound(m_count), m_states.end());
-    ClampTop();
+    SetTop(m_top);
   }
   int ItemCount() const override { return m_count; }
 
@@ -58,8 +60,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
         kept.emplace(row - count, state);
     m_states = std::move(kept);
     m_count -= count;
-    if (first < m_top) m_top -= std::min(count, m_top - first);
-    ClampTop();
+    SetTop(first < m_top ? m_top - std::min(count, m_top - first) : m_top);
     Painted();
   }
 
@@ -111,17 +112,14 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   void EnsureVisible(int row) override {
     calls.push_back("visible " + std::to_string(row));
     if (row < 0 || row >= m_count) return;
-    m_top = std::clamp(m_top, row - CountPerPage() + 1, row);
+    SetTop(std::clamp(m_top, row - CountPerPage() + 1, row));
     Painted();
   }
   void ShowHit(int row, ListColumn column) override {
     calls.push_back("hit " + std::to_string(row) + " " + std::to_string(column.Index()));
   }
   // The user scrolls.
-  void ScrollTo(int top) {
-    m_top = top;
-    ClampTop();
-  }
+  void ScrollTo(int top) { SetTop(top); }
 
   void SetRedraw(bool on) override {
     calls.push_back(on ? "redraw on" : "redraw off");
@@ -175,7 +173,10 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   bool Exists(ListColumn column) const {
     return column.Index() >= 0 && column.Index() < static_cast<int>(columns.size());
   }
-  void ClampTop() { m_top = std::clamp(m_top, 0, std::max(m_count - CountPerPage(), 0)); }
+  void SetTop(int top) {
+    top = std::clamp(top, 0, std::max(m_count - CountPerPage(), 0));
+    if (std::exchange(m_top, top) != top) m_owner.OnRowListScrolled();
+  }
   void Painted() {
     if (redraw) ++rowPaints;
   }

@@ -14,6 +14,7 @@
 
 #include "shell/faces.h"
 #include "shell/main_frame.h"
+#include "support/fake_beside_area.h"
 #include "support/fake_config_pane.h"
 #include "support/fake_filter_line.h"
 #include "support/fake_frame.h"
@@ -125,6 +126,9 @@ class FakeShellFaces : public ShellFaces {
   std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) override {
     return std::make_unique<FakeFilterLine>(line, m_filterLine);
   }
+  std::unique_ptr<BesideArea> CreateBesideArea(BesideAreaOwner& owner) override {
+    return std::make_unique<FakeBesideArea>(owner, m_besideArea);
+  }
   void ShowAbout(const std::string& versionLine) override { m_log.Add("about " + versionLine); }
   void ShowPrintSetup() override { m_log.Add("print setup"); }
   void ShowHelp(const std::string& topic) override { m_log.Add("help \"" + topic + "\""); }
@@ -135,6 +139,7 @@ class FakeShellFaces : public ShellFaces {
   int m_proposedHeightPx = 700;
   int m_largestWidthPx = 32767, m_largestHeightPx = 32767;
   FakeFilterLine* m_filterLine = nullptr;  // the one made last; null when it has gone
+  FakeBesideArea* m_besideArea = nullptr;  // likewise
   FakeMainFrameFace* m_main = nullptr;     // null while there is no main window
 
  private:

@@ -28,6 +28,7 @@ class RecordingRowListOwner final : public RowListOwner {
   void OnRowClicked(int row) override { clicked.push_back(row); }
   void OnRowDoubleClicked(int row) override { doubleClicked.push_back(row); }
   void OnRowListContextMenu(int, int) override { ++contextMenus; }
+  void OnRowListScrolled() override { ++scrolled; }
   bool OnColumnResizing(ListColumn, int) override {
     ++resizings;
     return refuseResizing;
@@ -42,6 +43,6 @@ class RecordingRowListOwner final : public RowListOwner {
   std::map<int, std::string> longTexts;  // of rows, in all columns, in place of the short ones
   std::vector<std::string> reported;
   std::vector<int> clicked, doubleClicked;
-  int contextMenus = 0, resizings = 0, resized = 0, reordered = 0;
+  int contextMenus = 0, resizings = 0, resized = 0, reordered = 0, scrolled = 0;
   bool refuseResizing = false;
 };

@@ -115,8 +115,27 @@ TYPED_TEST_P(RowScrollContract, AListWithoutRoomForARowHasAPageOfOneAndKeepsItsE
   EXPECT_EQ(this->List().TopIndex(), 90);
 }
 
+TYPED_TEST_P(RowScrollContract, ItsOwnerHearsOfAnotherTopRowAndOfAPageOfAnotherSize) {
+  this->Fill(100, 10);
+  const auto told = [this] { return std::exchange(this->m_owner.scrolled, 0); };
+  told();
+  this->List().EnsureVisible(9);
+  EXPECT_EQ(told(), 0) << "it was visible";
+  this->List().EnsureVisible(40);
+  EXPECT_EQ(told(), 1);
+  this->List().DeleteRows(0, 5);
+  EXPECT_EQ(told(), 1);
+  this->List().SetItemCount(20);
+  EXPECT_EQ(told(), 1);
+  this->List().SetItemCount(30);
+  EXPECT_EQ(told(), 0);
+  this->m_harness.ShowRows(7);
+  EXPECT_GE(told(), 1);
+}
+
 REGISTER_TYPED_TEST_SUITE_P(RowScrollContract, EnsureVisibleScrollsAsLittleAsNeeded,
-                            NewRowsDoNotScroll, WithFewerRowsTheTopStaysAmongThem,
+                            ItsOwnerHearsOfAnotherTopRowAndOfAPageOfAnotherSize, NewRowsDoNotScroll,
+                            WithFewerRowsTheTopStaysAmongThem,
                             DeletingRowsAtTheFrontKeepsWhatIsSeenInPlace,
                             DeletingRowsAfterWhatIsSeenKeepsIt,
                             EveryChangeOfItsSizeLeavesAListAtItsEnd,

@@ -6,7 +6,7 @@
 
 #include "docview/commands/command_ids.h"
 #include "settings/globals.h"
-#include "shell/resource_ids.h"
+#include "shell/menus/resource_ids.h"
 #include "shell/tessera_app.h"
 #include "support/fake_config_client.h"
 

@@ -44,6 +44,8 @@ class RowListOwner {
   // The user asks for the context menu. The row is the one under the mouse (already selected) or
   // the focused one.
   virtual void OnRowListContextMenu(int screenXPx, int screenYPx) = 0;
+  // The top row or the number of rows of a page has changed.
+  virtual void OnRowListScrolled() {}
   // The header. Return true to refuse the width.
   virtual bool OnColumnResizing(ListColumn column, int widthPx) = 0;
   virtual void OnColumnResized(ListColumn column, int widthPx) = 0;  // end of the drag

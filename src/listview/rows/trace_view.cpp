@@ -71,7 +71,9 @@ void CTraceView::OnRowStateChanged(int row, unsigned oldState, unsigned newState
     // The user has chosen another trace than the one that is looked for.
     if (m_filtering) m_filtering->EndSearch();
   }
-  if ((oldState ^ newState) & kRowFocused) ShowHits(false);
+  if (!((oldState ^ newState) & kRowFocused)) return;
+  ShowHits(false);
+  Tell(&PaneWatcher::OnCurrentTrace);
 }
 
 void CTraceView::OnRowClicked(int row) {

@@ -59,6 +59,7 @@ class CTraceView : public TracePane, public RowListOwner {
   void OnRowClicked(int row) override;
   void OnRowDoubleClicked(int row) override;
   void OnRowListContextMenu(int screenXPx, int screenYPx) override;
+  void OnRowListScrolled() override { Tell(&PaneWatcher::OnScrolled); }
   bool OnColumnResizing(ListColumn column, int widthPx) override;
   void OnColumnResized(ListColumn column, int widthPx) override;
   void OnColumnsReordered() override;

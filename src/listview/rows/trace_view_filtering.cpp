@@ -104,6 +104,7 @@ void CTraceView::ShowProgress() {
     if (now.scan && now.shown && m_list->ItemCount() != m_rows.Size()) {
       m_list->SetItemCount(m_rows.Size());
       ReportCount();
+      Tell(&PaneWatcher::OnShownTraces);
     }
   }
   if (m_onStatus) m_onStatus();

@@ -5,7 +5,7 @@
 #include <QWindow>
 
 #include "shell/filterline/ui/filter_edit.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 AcceleratorKeys::AcceleratorKeys(CommandActions& actions, QWidget& window)
     : QObject(&window), m_window(window) {

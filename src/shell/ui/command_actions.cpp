@@ -3,7 +3,7 @@
 #include <QPointer>
 
 #include "shell/look/ui/tool_icons.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 CommandActions::CommandActions(CCmdTarget& target, QWidget& window)
     : QObject(&window), m_target(&target) {}

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "docview/frame.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 #include "shell/ui/command_actions.h"
 
 class Menus : public QObject {

@@ -9,7 +9,7 @@
 #include "shell/mdi/ui/child_window.h"
 #include "shell/mdi/ui/mdi_layout.h"
 #include "shell/mdi/ui/qt_child_frame.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 namespace {
 

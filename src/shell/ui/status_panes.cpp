@@ -4,7 +4,7 @@
 #include <QPainter>
 
 #include "docview/ui/plain_tool_tip.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 namespace {
 

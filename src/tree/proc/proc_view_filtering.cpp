@@ -151,6 +151,7 @@ void CProcView::LookForSelection(Clock::time_point until) {
 void CProcView::OnTreeSelectionChanged() {
   ShowHits(false);
   if (m_filtering) m_filtering->EndSearch();
+  Tell(&PaneWatcher::OnCurrentTrace);
 }
 
 // The selection moves at each trim, and nodes go.

@@ -8,7 +8,7 @@
 #include <QTest>
 
 #include "docview/commands/command_ids.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <QScreen>
 #include <QToolButton>
 
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 #include "shell_fixture.h"
 
 namespace {

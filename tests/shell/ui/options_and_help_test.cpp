@@ -7,7 +7,7 @@
 #include "listview/columns/options_dialog.h"
 #include "shell/child_frame.h"
 #include "shell/help/ui/help_search.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 #include "shell_fixture.h"
 
 namespace {

@@ -17,7 +17,7 @@
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
 #include "listview/source/ui/rich_edit_widget.h"
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 #include "shell_fixture.h"
 #include "symbols/naming_program.h"
 #include "symbols/stack_naming.h"

@@ -2,7 +2,7 @@
 #include <QDialog>
 
 #include "docview/commands/command_ids.h"
-#include "shell/resource_ids.h"
+#include "shell/menus/resource_ids.h"
 #include "shell_fixture.h"
 
 namespace {

@@ -196,10 +196,11 @@ void QtRowList::changeEvent(QEvent* event) {
   viewport()->update();
 }
 
-void QtRowList::scrollContentsBy(int dx, int) {
+void QtRowList::scrollContentsBy(int dx, int dy) {
   if (dx != 0) m_header.setOffset(horizontalScrollBar()->value());
   if (!m_holdPicture) viewport()->update();
   UpdateToEnd();
+  if (dy != 0) m_owner.OnRowListScrolled();
 }
 
 void QtRowList::keyPressEvent(QKeyEvent* event) {
@@ -245,10 +246,11 @@ void QtRowList::LayOut() {
   const QRect area = viewport()->geometry();
   m_header.setGeometry(area.left(), area.top() - height, area.width(), height);
   const bool atEnd = IsAtEnd();
-  m_pageRows = std::max(viewport()->height() / m_rowHeight, 1);
+  const int pageRows = std::exchange(m_pageRows, std::max(viewport()->height() / m_rowHeight, 1));
   UpdateScrollBars();
   // So that the list continues to follow a stream.
   if (atEnd) ScrollTo(verticalScrollBar()->maximum());
+  if (m_pageRows != pageRows) m_owner.OnRowListScrolled();
 }
 
 void QtRowList::UpdateScrollBars() {

@@ -18,9 +18,17 @@ constexpr int kRestoreAction = 0, kMaximiseAction = 4;
 }  // namespace
 
 ChildWindow::ChildWindow(CMDIChildWnd& child, MdiArea& area)
-    : m_child(&child), m_area(area), m_room(new QWidget), m_layout(new QVBoxLayout(m_room)) {
+    : m_child(&child),
+      m_area(area),
+      m_room(new QWidget),
+      m_layout(new QVBoxLayout(m_room)),
+      m_split(new ViewSplit(m_room)) {
   m_layout->setContentsMargins(0, 0, 0, 0);
   m_layout->setSpacing(0);
+  m_layout->addWidget(m_split, 1);
+  m_split->m_extentChanged = [this](int extentPx) {
+    if (m_child) m_child->OnBesideExtent(extentPx);
+  };
   m_room->setFocusPolicy(Qt::StrongFocus);
   setWidget(m_room);
   setWindowIcon(QApplication::windowIcon());
@@ -53,23 +61,25 @@ void ChildWindow::Detach() {
   }
   m_controls.clear();
   ShowBar(nullptr);
+  ShowStrip(nullptr);
+  m_split->ShowBeside(nullptr, BesideEdge::Below, 0);
 }
 
-void ChildWindow::ShowBar(QWidget* bar) {
-  if (m_bar && m_bar != bar) {
-    m_layout->removeWidget(m_bar);
-    ReleaseControl(*m_bar);
+void ChildWindow::ShowAbove(QPointer<QWidget>& place, QWidget* widget, int index) {
+  if (place && place != widget) {
+    m_layout->removeWidget(place);
+    ReleaseControl(*place);
   }
-  m_bar = bar;
-  if (!bar) return;
-  m_layout->insertWidget(0, bar);
-  bar->show();
+  place = widget;
+  if (!widget) return;
+  m_layout->insertWidget(index, widget);
+  widget->show();
 }
 
 void ChildWindow::ShowControl(QWidget* control) {
   if (std::find(m_controls.begin(), m_controls.end(), control) == m_controls.end()) {
     m_controls.emplace_back(control);
-    m_layout->addWidget(control, 1);
+    m_split->AddControl(control);
   }
   // Hide the others first: two visible controls would share the space, and the one that is hidden
   // would scroll for half of it.

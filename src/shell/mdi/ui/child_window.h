@@ -10,6 +10,7 @@
 
 #include "docview/frame.h"
 #include "shell/mdi/ui/mdi_area.h"
+#include "shell/mdi/ui/view_split.h"
 
 class ChildWindow : public QMdiSubWindow {
  public:
@@ -22,8 +23,10 @@ class ChildWindow : public QMdiSubWindow {
   CMDIChildWnd* Child() const { return m_child; }
   // Makes it the only visible control.
   void ShowControl(QWidget* control);
-  // A widget above the control, in place of the one before; null: none.
-  void ShowBar(QWidget* bar);
+  // A widget above the control, and one between them, in place of the one before; null: none.
+  void ShowBar(QWidget* bar) { ShowAbove(m_bar, bar, 0); }
+  void ShowStrip(QWidget* strip) { ShowAbove(m_strip, strip, m_bar ? 1 : 0); }
+  ViewSplit& Split() { return *m_split; }
   bool IsClosing() const { return m_closing; }
   // Makes the window small enough for the area and moves it there.
   void FitIntoArea();
@@ -36,6 +39,7 @@ class ChildWindow : public QMdiSubWindow {
   void changeEvent(QEvent* event) override;
 
  private:
+  void ShowAbove(QPointer<QWidget>& place, QWidget* widget, int index);
   void ReplaceMenuKeys();
   QSize Room() const;
   void ReportSize();
@@ -44,8 +48,9 @@ class ChildWindow : public QMdiSubWindow {
   MdiArea& m_area;
   QWidget* m_room;
   QVBoxLayout* m_layout;
+  ViewSplit* m_split;
   std::vector<QPointer<QWidget>> m_controls;
-  QPointer<QWidget> m_bar;
+  QPointer<QWidget> m_bar, m_strip;
   QTimer m_settled;       // sizes and states come in several events: checked after the last one
   bool m_placed = false;  // shown restored, inside the area
   bool m_closing = false;

@@ -70,5 +70,13 @@ void QtChildFrame::ShowView(CView& view) {
 }
 
 void QtChildFrame::ShowBar(ViewControl* bar) {
-  if (m_window) m_window->ShowBar(bar ? WidgetOf(bar) : nullptr);
+  if (m_window) m_window->ShowBar(WidgetOf(bar));
+}
+
+void QtChildFrame::ShowStrip(ViewControl* strip) {
+  if (m_window) m_window->ShowStrip(WidgetOf(strip));
+}
+
+void QtChildFrame::ShowBeside(ViewControl* control, BesideEdge edge, int extentPx) {
+  if (m_window) m_window->Split().ShowBeside(WidgetOf(control), edge, extentPx);
 }

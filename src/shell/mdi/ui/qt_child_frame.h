@@ -18,6 +18,8 @@ class QtChildFrame : public ChildFrameFace {
   void Activate() override;
   void ShowView(CView& view) override;
   void ShowBar(ViewControl* bar) override;
+  void ShowStrip(ViewControl* strip) override;
+  void ShowBeside(ViewControl* control, BesideEdge edge, int extentPx) override;
 
   ChildWindow* Window() const { return m_window; }
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "docview/commands/command_ids.h"
-#include "shell/resource_ids.h"
+#include "shell/menus/resource_ids.h"
 
 struct MenuItem {
   unsigned id = 0;  // 0: a separator; ID_FILE_MRU_FILE1: replaced by the recent files

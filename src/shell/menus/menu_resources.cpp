@@ -1,4 +1,4 @@
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 #include <algorithm>
 #include <map>

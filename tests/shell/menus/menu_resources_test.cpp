@@ -1,5 +1,5 @@
 // The menus as the user reads them: one golden text per menu. "\t" stands before the shown key.
-#include "shell/menu_resources.h"
+#include "shell/menus/menu_resources.h"
 
 #include <gtest/gtest.h>
 

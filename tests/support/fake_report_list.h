@@ -16,12 +16,16 @@ class FakeReportList final : public ReportList {
 
   explicit FakeReportList(ReportListOwner& owner) : m_owner(owner) {}
 
-  void InsertColumn(const std::string& heading) override {
+  void InsertColumn(const std::string& heading, ReportAlign align) override {
     m_headings.push_back(heading);
+    m_aligns.push_back(align);
     LayOut();
   }
   int ColumnWidth(int column) const override {
     return HasColumn(column) ? m_widths[static_cast<std::size_t>(column)] : 0;
+  }
+  int WidthFor(const std::string& text) const override {
+    return 7 * static_cast<int>(text.size()) + 16;
   }
   void ShowSort(int column, bool descending) override {
     if (!HasColumn(column)) return;
@@ -61,6 +65,14 @@ class FakeReportList final : public ReportList {
     for (int column = 0; column < static_cast<int>(m_headings.size()); ++column)
       text += (column ? "|" : "") + m_owner.ReportText(row, column);
     return text;
+  }
+  bool LooksRight(int column) const {
+    return m_aligns.at(static_cast<std::size_t>(column)) == ReportAlign::Right;
+  }
+  bool LooksWhole(int row, int column) const {
+    const std::string& heading = m_headings.at(static_cast<std::size_t>(column));
+    return std::max(WidthFor(heading), WidthFor(m_owner.ReportText(row, column))) <=
+           ColumnWidth(column);
   }
   bool LooksSelected(int row, int column) const {
     return IsSeen(row) && HasColumn(column) && m_selected.contains(row);
@@ -117,6 +129,7 @@ class FakeReportList final : public ReportList {
 
   ReportListOwner& m_owner;
   std::vector<std::string> m_headings;
+  std::vector<ReportAlign> m_aligns;
   std::vector<int> m_widths;
   std::set<int> m_selected;
   std::string m_sort;

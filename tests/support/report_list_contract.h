@@ -13,6 +13,8 @@
 //     std::string Sort() const;                    // "Name down": the heading that shows it
 //     void Click(int row, bool control = false, int column = 0);  // on a row that is seen
 //     bool LooksSelected(int row, int column) const;
+//     bool LooksRight(int row, int column) const;    // the text stands at the cell's right
+//     bool LooksWhole(int row, int column) const;    // the cell's text and the heading, not cut
 //     void DoubleClick(int row);                   // -1: below the rows
 //     void ClickHeading(int column);
 //     void PressHeadingKey(int column);
@@ -23,6 +25,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 #include "controls/report/report_list.h"
 #include "support/report_list_contract_fixture.h"
@@ -137,6 +141,26 @@ TYPED_TEST_P(ReportListContract, AColumnThatDoesNotExistIsIgnored) {
   }
 }
 
+TYPED_TEST_P(ReportListContract, NumbersStandAtTheRight) {
+  this->m_harness.SetRoom(600);
+  EXPECT_FALSE(this->m_harness.LooksRight(0, 0));
+  EXPECT_TRUE(this->m_harness.LooksRight(0, 1));
+}
+
+TYPED_TEST_P(ReportListContract, AColumnOfTheWidthForItsTextsShowsThemWhole) {
+  this->List().ShowSort(0, true);
+  const auto widthFor = [this](const char* heading, const char* cell) {
+    return std::max(this->List().WidthFor(heading), this->List().WidthFor(cell));
+  };
+  this->m_owner.widths = {widthFor("Name", "disk.0"), widthFor("State", "disk.1")};
+  this->m_harness.SetRoom(301);
+  EXPECT_TRUE(this->m_harness.LooksWhole(1, 0));
+  EXPECT_TRUE(this->m_harness.LooksWhole(1, 1));
+  for (int& width : this->m_owner.widths) width /= 2;
+  this->m_harness.SetRoom(300);
+  EXPECT_FALSE(this->m_harness.LooksWhole(1, 0));
+}
+
 TYPED_TEST_P(ReportListContract, NewRowsBeginAtTheTop) {
   this->m_harness.SetPage(2);
   this->m_harness.ScrollTo(1);
@@ -152,4 +176,4 @@ REGISTER_TYPED_TEST_SUITE_P(
     ADoubleClickOnARowIsReportedAndBesideTheRowsNot, TypingALetterSelectsTheNextRowThatBeginsWithIt,
     TheColumnsFollowTheRoomUntilAHeadingIsDragged, DraggingAHeadingsEdgeIsNoClickOnIt,
     OneHeadingShowsByWhichColumnTheRowsAreSorted, AColumnThatDoesNotExistIsIgnored,
-    NewRowsBeginAtTheTop);
+    NumbersStandAtTheRight, AColumnOfTheWidthForItsTextsShowsThemWhole, NewRowsBeginAtTheTop);

@@ -16,7 +16,9 @@ class RecordingReportOwner final : public ReportListOwner {
   }
   std::vector<ReportMark> ReportMarks(int, int) override { return {}; }
   std::string ReportEmptyText() override { return "nothing here"; }
-  std::vector<int> ReportWidths(int roomPx) override { return {roomPx / 2, roomPx - roomPx / 2}; }
+  std::vector<int> ReportWidths(int roomPx) override {
+    return widths.empty() ? std::vector{roomPx / 2, roomPx - roomPx / 2} : widths;
+  }
   void OnReportSelection() override {
     ++selections;
     if (list) seen = list->SelectedRows().size();
@@ -26,6 +28,7 @@ class RecordingReportOwner final : public ReportListOwner {
   std::string Reported() { return std::exchange(m_reported, ""); }
 
   std::vector<std::string> names = {"net", "disk", "mail", "data"};
+  std::vector<int> widths;  // empty: halves of the room
   ReportList* list = nullptr;
   int selections = 0;
   std::size_t seen = 0;  // what was selected when it was told last
@@ -43,7 +46,7 @@ class ReportListContract : public testing::Test {
   ReportListContract() : m_harness(m_owner) {
     m_owner.list = &List();
     List().InsertColumn("Name");
-    List().InsertColumn("State");
+    List().InsertColumn("State", ReportAlign::Right);
     List().SetItemCount(4);
     m_harness.SetPage(6);
     m_owner.selections = 0;

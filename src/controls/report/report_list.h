@@ -21,6 +21,8 @@ struct ReportMark {
   bool on = false;
 };
 
+enum class ReportAlign { Left, Right };  // right: numbers, whose digits stand below each other
+
 class ReportListOwner {
  public:
   virtual std::string ReportText(int row, int column) = 0;
@@ -43,8 +45,11 @@ class ReportList {
  public:
   virtual ~ReportList() = default;
 
-  virtual void InsertColumn(const std::string& heading) = 0;  // behind the others
+  // Behind the others. The heading is aligned as its cells are.
+  virtual void InsertColumn(const std::string& heading, ReportAlign align = ReportAlign::Left) = 0;
   virtual int ColumnWidth(int column) const = 0;
+  // Of a column that shows this text whole, as a cell or as the heading with its sort mark.
+  virtual int WidthFor(const std::string& text) const = 0;
   // The heading that shows by which column the rows are sorted.
   virtual void ShowSort(int column, bool descending) = 0;
 

@@ -1,12 +1,14 @@
 #include "statistics/window/statistics_dialog.h"
 
 #include <algorithm>
+#include <numeric>
 #include <unordered_map>
 #include <utility>
 
 #include "base/text.h"
 #include "panes/trace_pane.h"
 #include "settings/globals.h"
+#include "settings/registry.h"
 #include "statistics/stat_texts.h"
 #include "statistics/window/pane_count.h"
 
@@ -14,7 +16,37 @@ namespace {
 
 constexpr std::chrono::milliseconds kStep(4);
 constexpr int kRowsShare = 50;  // of the time, the making of rows
+struct Heading {
+  const char* text;
+  ReportAlign align;
+  const char* longest;  // of its cells; the first column takes what is left
+};
+constexpr Heading kHeadings[kStatColumns] = {
+    {"Value", ReportAlign::Left, "a.component.of.a.few.words"},
+    {"Count", ReportAlign::Right, "99,999,999"},
+    {"Share", ReportAlign::Right, "100.0 %"},
+    {"Per Second", ReportAlign::Right, "9999999.99"},
+    {"First", ReportAlign::Left, "0000-00-00 00:00:00.000"},
+    {"Last", ReportAlign::Left, "0000-00-00 00:00:00.000"}};
+// What it begins with the next time.
+constexpr const char *kStoredField = "Field", *kStoredSort = "Sort",
+                     *kStoredDescending = "Descending";
 constexpr const char* kNoText = "No filter text can say this value.";
+
+std::string Key() {
+  return std::string(kRegTraceView) + "\\Statistics";
+}
+
+void Store(const char* name, unsigned value) {
+  NtRegPut(HKEY_CURRENT_USER, Key(), name, value);
+}
+
+// One of a few; otherwise `usual`.
+template <class Choice>
+Choice Stored(const char* name, std::size_t choices, Choice usual) {
+  const unsigned value = NtRegGet(HKEY_CURRENT_USER, Key(), name, static_cast<unsigned>(usual));
+  return value < choices ? static_cast<Choice>(value) : usual;
+}
 
 }  // namespace
 
@@ -23,6 +55,9 @@ CStatisticsDlg::CStatisticsDlg(Host& host, std::function<TracePane*()> shown,
     : CDialog(host),
       m_shown(std::move(shown)),
       m_take(std::move(take)),
+      m_field(Stored(kStoredField, kStatFields, StatField::Component)),
+      m_sort(Stored(kStoredSort, kStatColumns, StatColumn::Count)),
+      m_descending(NtRegGet(HKEY_CURRENT_USER, Key(), kStoredDescending, 1U) != 0),
       m_timer(host.SetTimer(kTickMs, [this] { OnTick(); })),
       m_face(host.ShowModeless(*this)) {
   OnTick();
@@ -34,8 +69,8 @@ CStatisticsDlg::~CStatisticsDlg() {
 
 void CStatisticsDlg::Attach(StatisticsControls& controls) {
   m_controls = &controls;
-  for (const char* const heading : {"Value", "Count", "Share", "Per Second", "First", "Last"})
-    controls.List().InsertColumn(heading);
+  for (const Heading& heading : kHeadings)
+    controls.List().InsertColumn(heading.text, heading.align);
   ShowRows(std::move(m_rows));
   ShowStatus();
 }
@@ -49,6 +84,7 @@ const char* CStatisticsDlg::HeadingOf(StatField field) {
 void CStatisticsDlg::SetField(StatField field) {
   if (field == m_field) return;
   m_field = field;
+  Store(kStoredField, static_cast<unsigned>(field));
   BeginAnew();
   OnTick();
 }
@@ -131,10 +167,13 @@ std::string CStatisticsDlg::ReportEmptyText() {
 }
 
 std::vector<int> CStatisticsDlg::ReportWidths(int roomPx) {
-  // Of 100: the value has the most.
-  constexpr int kShares[kStatColumns] = {36, 9, 8, 11, 18, 18};
   std::vector<int> widths;
-  for (const int share : kShares) widths.push_back(roomPx * share / 100);
+  if (!m_controls) return widths;
+  const ReportList& list = m_controls->List();
+  for (const Heading& heading : kHeadings)
+    widths.push_back(std::max(list.WidthFor(heading.text), list.WidthFor(heading.longest)));
+  const int othersPx = std::accumulate(widths.begin() + 1, widths.end(), 0);
+  widths[0] = std::max(widths[0], roomPx - othersPx);
   return widths;
 }
 
@@ -147,6 +186,8 @@ void CStatisticsDlg::OnReportHeading(int column) {
   const auto wanted = static_cast<StatColumn>(column);
   m_descending = wanted == m_sort ? !m_descending : IsFirstDescending(wanted);
   m_sort = wanted;
+  Store(kStoredSort, static_cast<unsigned>(m_sort));
+  Store(kStoredDescending, m_descending ? 1 : 0);
   SortStatRows(m_rows, m_sort, m_descending);
   if (!m_controls) return;
   // Nothing stays selected: the rows are others now.

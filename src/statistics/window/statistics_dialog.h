@@ -1,8 +1,9 @@
 // "Statistics": how many traces the window shows of each component, category, application, thread,
 // severity or pattern of the text. It stays open beside the traces and follows them and the filter.
 //
-// Shape    Rows are sorted by the heading that was clicked last. While a row is selected, rows keep
-//          their places and further ones come behind them, so that nothing moves below the mouse.
+// Shape    Rows are sorted by the heading that was clicked last. That and the field are kept in the
+//          settings. While a row is selected, rows keep their places and further ones come behind
+//          them, so that nothing moves below the mouse.
 // Owner    The frame owns it; it borrows what it calls. While it is not open, nothing is counted.
 // Cost     A tick takes some milliseconds at most; making the rows anew waits until it takes no
 //          more than 2 % of the time.
@@ -78,9 +79,9 @@ class CStatisticsDlg : public CDialog, public ReportListOwner {
   const std::function<TracePane*()> m_shown;
   const std::function<void(const std::string&)> m_take;
   StatisticsControls* m_controls = nullptr;
-  StatField m_field = StatField::Component;
-  StatColumn m_sort = StatColumn::Count;
-  bool m_descending = true;
+  StatField m_field;
+  StatColumn m_sort;
+  bool m_descending;
   std::unique_ptr<PaneCount> m_count;  // null: there is nothing to count
   std::vector<StatRow> m_rows;
   std::uint64_t m_traces = 0;  // of all rows

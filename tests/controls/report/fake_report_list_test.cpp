@@ -17,6 +17,8 @@ class FakeReportHarness {
   std::string Sort() const { return m_list.Sort(); }
   void Click(int row, bool control = false, int column = 0) { m_list.Click(row, control, column); }
   bool LooksSelected(int row, int column) const { return m_list.LooksSelected(row, column); }
+  bool LooksRight(int, int column) const { return m_list.LooksRight(column); }
+  bool LooksWhole(int row, int column) const { return m_list.LooksWhole(row, column); }
   void DoubleClick(int row) { m_list.DoubleClick(row); }
   void ClickHeading(int column) { m_list.ClickHeading(column); }
   void PressHeadingKey(int column) { m_list.PressHeadingKey(column); }

@@ -5,10 +5,12 @@
 #include <thread>
 
 #include "settings/globals.h"
+#include "settings/registry.h"
 #include "statistics/random_traces.h"
 #include "statistics/window/counted_pane.h"
 #include "support/fake_report_list.h"
 #include "support/recording_host.h"
+#include "support/temp_dir.h"
 #include "support/zone_guard.h"
 #include "where/where_program.h"
 
@@ -36,11 +38,15 @@ template <class Document>
 class Window {
  public:
   Window() {
+    SetSettingsFile(m_folder.File("settings.ini"));
     m_document.m_loading = false;
     for (NameId id = 1; id < 60; ++id) m_document.m_names[id].name = "n" + std::to_string(id);
     g_useUtc = true;
   }
-  ~Window() { g_useUtc = false; }
+  ~Window() {
+    g_useUtc = false;
+    SetSettingsFile("");
+  }
 
   void Add(EventPtr event) { m_document.AddTrace(event.release()); }
   void AddRandom(RandomTraces& random, unsigned count) {
@@ -88,6 +94,7 @@ class Window {
     return rows;
   }
 
+  TempDir m_folder;
   RecordingHost m_host;
   Document m_document{m_host};
   CountedPane m_pane{m_document};
@@ -130,6 +137,28 @@ TEST(StatisticsDialog, AHeadingSortsAndASecondClickTurnsTheOrder) {
   EXPECT_EQ(firsts(), "n3 n2 n1 ");
   window.m_controls->list.ClickHeading(1);
   EXPECT_EQ(firsts().substr(0, 3), "n2 ");
+}
+
+TEST(StatisticsDialog, ItComesBackWithItsFieldAndItsOrder) {
+  Window<CTraceDoc> window;
+  window.AddComponent(1);
+  window.Open();
+  EXPECT_EQ(window.m_dialog->Field(), StatField::Component);
+  window.m_dialog->SetField(StatField::Thread);
+  window.m_controls->list.ClickHeading(5);
+  window.m_dialog->OnCancel();
+  window.Open();
+  EXPECT_EQ(window.m_dialog->Field(), StatField::Thread);
+  EXPECT_EQ(window.m_controls->list.Sort(), "Last up");
+}
+
+TEST(StatisticsDialog, StoredValuesThatDoNotExistAreTheUsualOnes) {
+  Window<CTraceDoc> window;
+  for (const char* const name : {"Field", "Sort"})
+    NtRegPut(HKEY_CURRENT_USER, std::string(kRegTraceView) + "\\Statistics", name, 6U);
+  window.Open();
+  EXPECT_EQ(window.m_dialog->Field(), StatField::Component);
+  EXPECT_EQ(window.m_controls->list.Sort(), "Count down");
 }
 
 TEST(StatisticsDialog, ADoubleClickAndTheButtonTakeTheFilterTextOfTheRow) {

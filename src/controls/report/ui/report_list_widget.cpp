@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QStyleOptionHeader>
 #include <algorithm>
 
 #include "controls/report/ui/report_cells.h"
@@ -39,9 +40,26 @@ QtReportList::QtReportList(ReportListOwner& owner, const QString& spokenName, QW
   m_made = true;
 }
 
-void QtReportList::InsertColumn(const std::string& heading) {
-  m_model->AddColumn(QString::fromStdString(heading));
+void QtReportList::InsertColumn(const std::string& heading, ReportAlign align) {
+  m_model->AddColumn(QString::fromStdString(heading), align);
   LayOutColumns();
+}
+
+// A heading needs more room than a cell: its margins are wider, and the sort mark stands beside it.
+int QtReportList::WidthFor(const std::string& text) const {
+  QStyleOptionHeader heading;
+  heading.initFrom(header());
+  // Qt sizes headings for bold letters, in which a style may show some of them.
+  QFont bold = header()->font();
+  bold.setBold(true);
+  heading.fontMetrics = QFontMetrics(bold);
+  heading.orientation = Qt::Horizontal;
+  heading.sortIndicator = QStyleOptionHeader::SortDown;
+  heading.text = QString::fromStdString(text);
+  return header()
+      ->style()
+      ->sizeFromContents(QStyle::CT_HeaderSection, &heading, {}, header())
+      .width();
 }
 
 // Not before all columns are there.

@@ -15,8 +15,9 @@ class QtReportList final : public QTreeView, public ReportList {
  public:
   QtReportList(ReportListOwner& owner, const QString& spokenName, QWidget* parent = nullptr);
 
-  void InsertColumn(const std::string& heading) override;
+  void InsertColumn(const std::string& heading, ReportAlign align) override;
   int ColumnWidth(int column) const override { return columnWidth(column); }
+  int WidthFor(const std::string& text) const override;
   void ShowSort(int column, bool descending) override;
   void SetItemCount(int rows) override;
   int ItemCount() const override;

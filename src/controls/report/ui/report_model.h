@@ -11,7 +11,7 @@ class ReportModel final : public QAbstractTableModel {
   ReportModel(ReportListOwner& owner, QObject* parent)
       : QAbstractTableModel(parent), m_owner(owner) {}
 
-  void AddColumn(const QString& heading);
+  void AddColumn(const QString& heading, ReportAlign align);
   void SetRows(int rows);
   void RowsChanged();
   std::vector<ReportMark> MarksOf(const QModelIndex& index) const {
@@ -24,7 +24,10 @@ class ReportModel final : public QAbstractTableModel {
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:
+  int AlignmentOf(int column) const;  // for the roles of Qt
+
   ReportListOwner& m_owner;
   QStringList m_headings;
+  std::vector<ReportAlign> m_aligns;
   int m_rows = 0;
 };

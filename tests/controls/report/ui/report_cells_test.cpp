@@ -38,8 +38,8 @@ class ReportCellsTest : public testing::Test {
     palette.setColor(QPalette::Base, Qt::white);
     palette.setColor(QPalette::Text, Qt::black);
     m_list.setPalette(palette);
-    m_list.InsertColumn("Name");
-    m_list.InsertColumn("Mask");
+    m_list.InsertColumn("Name", ReportAlign::Left);
+    m_list.InsertColumn("Mask", ReportAlign::Left);
     m_list.SetItemCount(3);
     m_list.resize(300, 200);
     m_list.show();

@@ -74,6 +74,21 @@ class QtReportHarness {
       for (int x = 0; x < image.width(); ++x) blue += image.pixelColor(x, y) == QColor(Qt::blue);
     return blue > image.width() * image.height() / 2;
   }
+  // By the ink: the widget has no other colour than its paper's in an empty half.
+  bool LooksRight(int row, int column) {
+    const QImage image = m_list.viewport()->grab(Cell(row, column)).toImage();
+    int left = 0, right = 0;
+    for (int y = 2; y < image.height() - 2; ++y)
+      for (int x = 2; x < image.width() - 2; ++x)
+        if (image.pixelColor(x, y).lightness() < 128) ++(x < image.width() / 2 ? left : right);
+    return left == 0 && right > 0;
+  }
+  // As Qt asks for a text that is not cut.
+  bool LooksWhole(int row, int column) {
+    const QSize cell = m_list.sizeHintForIndex(m_list.model()->index(row, column));
+    return std::max(cell.width(), m_list.header()->sectionSizeHint(column)) <=
+           m_list.columnWidth(column);
+  }
   void DoubleClick(int row) {
     Click(row);
     QTest::mouseDClick(m_list.viewport(), Qt::LeftButton, {}, At(row));

@@ -8,19 +8,23 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QTreeView>
 
 #include "docview/ui/qt_host.h"
+#include "settings/registry.h"
 #include "statistics/window/counted_pane.h"
 #include "support/make_event.h"
 #include "support/qt_test_main.h"
+#include "support/temp_dir.h"
 
 namespace {
 
 class StatisticsFaceTest : public testing::Test {
  protected:
   StatisticsFaceTest() {
+    SetSettingsFile(m_folder.File("settings.ini"));
     m_host.RegisterFace<CStatisticsDlg, StatisticsFace>();
     m_document.m_loading = false;
     for (const NameId component : {1, 2, 2}) {
@@ -34,6 +38,7 @@ class StatisticsFaceTest : public testing::Test {
         m_host, [this] { return &m_pane; },
         [this](const std::string& text) { m_taken.push_back(text); });
   }
+  ~StatisticsFaceTest() override { SetSettingsFile(""); }
   static StatisticsFace* Window() {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
       auto* const window = dynamic_cast<StatisticsFace*>(widget);
@@ -54,6 +59,7 @@ class StatisticsFaceTest : public testing::Test {
     return QTest::qWaitFor([rows] { return List().model()->rowCount() == rows; });
   }
 
+  TempDir m_folder;
   QtHost m_host;
   CTraceDoc m_document{m_host};
   CountedPane m_pane{m_document};
@@ -72,6 +78,19 @@ TEST_F(StatisticsFaceTest, ShowsTheRowsAndItsStatus) {
     return Part<QLabel>(CStatisticsDlg::kStatus).text() == QStringLiteral("3 traces, 2 values");
   }));
   EXPECT_FALSE(Window()->isModal());
+}
+
+TEST_F(StatisticsFaceTest, WithRoomEnoughAllIsShownWhole) {
+  ASSERT_TRUE(HasRows(2));
+  Window()->resize(1200, 500);
+  QApplication::processEvents();
+  for (int column = 1; column < 6; ++column) {
+    const QSize cell = List().sizeHintForIndex(List().model()->index(0, column));
+    EXPECT_LE(cell.width(), List().columnWidth(column)) << column;
+    EXPECT_LE(List().header()->sectionSizeHint(column), List().columnWidth(column)) << column;
+  }
+  EXPECT_GT(List().columnWidth(0), List().columnWidth(5));
+  EXPECT_FALSE(List().horizontalScrollBar()->isVisible());
 }
 
 TEST_F(StatisticsFaceTest, TheChoiceCountsByAnotherField) {

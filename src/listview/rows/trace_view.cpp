@@ -2,11 +2,18 @@
 
 #include "base/text.h"
 #include "docview/commands/command_ids.h"
+#include "listview/columns/time_columns.h"
 #include "listview/rows/cell_value.h"
 
 CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
     : TracePane(document), m_rows(document.m_traces), m_list(makeList(*this)) {
-  MapCommand(ID_VIEW_FITCOLUMNS, [this] { OnFitColumns(); });
+  MapCommand(ID_VIEW_FITCOLUMNS, [this] { m_columns.Fit(); });
+  MapCommand(
+      ID_VIEW_TIMEREFERENCE, [this] { OnTimeReference(); },
+      [this](CCmdUI& ui) {
+        ui.Enable(CurrentEvent() != nullptr);
+        ui.SetCheck(m_times && m_times->IsReference(CurrentEvent()));
+      });
   // The view comes before the document, whose own save would write all traces, not the rows.
   for (const unsigned save : {+ID_FILE_SAVE, +ID_FILE_SAVECOPY})
     MapCommand(save, [this] { OnSaveTraces(); });
@@ -18,7 +25,7 @@ void CTraceView::OnInitialUpdate() {
   CView::OnInitialUpdate();
   if (m_firstUpdate) {
     m_firstUpdate = false;
-    CreateColumns();
+    m_columns.Create();
     m_list->ShowEndMark(m_document.IsStream());
     if (!m_document.m_loading) RebuildRows();
   } else if (m_currentEvent) {
@@ -29,7 +36,7 @@ void CTraceView::OnInitialUpdate() {
 std::intptr_t CTraceView::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
   switch (message) {
     case WM_TRACE_SAVEORDER:
-      StoreColumnOrder(ShownOrder());
+      m_columns.StoreOrder();
       Invalidate();
       return 0;
     case WM_TRACE_SHOWROW:
@@ -51,6 +58,7 @@ TraceEvent_i* CTraceView::EventOfRow(int row) const {
 // ---- the interface to the list
 
 std::string CTraceView::RowListText(int row, ListColumn column) {
+  if (IsTimeColumn(column.As<Column>())) return TimeText(row, column.As<Column>());
   const TraceEvent_i* event = EventOfRow(row);
   if (!event) return {};
   const std::string text =

@@ -5,7 +5,6 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <array>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -13,8 +12,9 @@
 
 #include "controls/list/row_list.h"
 #include "listview/colours/row_colourer.h"
-#include "listview/columns/columns.h"
+#include "listview/rows/row_columns.h"
 #include "listview/rows/row_filtering.h"
+#include "listview/time/time_cells.h"
 #include "panes/trace_pane.h"
 
 using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;
@@ -78,10 +78,9 @@ class CTraceView : public TracePane, public RowListOwner {
   void Find(bool asked) override;
   void OnExport() override;
 
-  void CreateColumns();
-  ColumnOrder ShownOrder() const;
-  void ApplyActiveColumns();
-  void OnFitColumns();
+  TimeCells& Times();
+  std::string TimeText(int row, Column column);
+  void OnTimeReference();
   bool RebuildRows();
   bool FilterInto(RowStore& rows);
   void AddRows(const CTraceHint& hint, CTraceFilter& filter);
@@ -109,11 +108,12 @@ class CTraceView : public TracePane, public RowListOwner {
 
   RowStore m_rows;
   std::unique_ptr<RowList> m_list;
+  RowColumns m_columns{*m_list};
+  std::unique_ptr<TimeCells> m_times;       // null: no column of times was asked for
   std::unique_ptr<RowColourer> m_colourer;  // null: no colour rules are in use
   PostedStep m_paintLate{GetHost(), [this] { m_list->Repaint(); }};
   bool m_firstUpdate = true;
-  bool m_utc = false;  // the zone of the rows
-  std::array<std::int32_t, kColumnCount> m_columnWidths = {};
+  bool m_utc = false;     // the zone of the rows
   int m_currentRow = -1;  // the focused row, as last reported by the list
   PostedStep m_step{GetHost(), [this] { GoOnFiltering(); }};
   std::unique_ptr<RowFiltering> m_filtering;  // null: no text is being applied

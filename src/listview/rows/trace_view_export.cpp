@@ -49,7 +49,7 @@ void CTraceView::OnExport() {
                        AnyHidden());
   if (dialog.DoModal() != CDialog::kIdOk) return;
   RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);
-  RowLines lines(ExportColumns(ShownOrder(), g_activeColumns, dialog.m_hiddenColumns), rows,
+  RowLines lines(ExportColumns(m_columns.Order(), g_activeColumns, dialog.m_hiddenColumns), rows,
                  m_document.m_names);
   // Kept: a failed write, on a full disk for instance, ends the export without a message.
   RunExport(m_document, dialog.GetPathName(), lines);

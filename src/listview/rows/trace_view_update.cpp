@@ -38,7 +38,7 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
 // A text with a time that says no zone shows other traces now. A pass in two zones would show some
 // of both.
 void CTraceView::OnOptions() {
-  ApplyActiveColumns();
+  m_columns.ShowAndHide();
   const WhereProgramPtr& where = m_filter.where;
   if (m_utc == g_useUtc || m_document.m_loading) return;
   m_utc = g_useUtc;
@@ -126,6 +126,7 @@ void CTraceView::AddRows(const CTraceHint& hint, CTraceFilter& filter) {
 
 void CTraceView::RemoveTraces(const CTraceHint& hint) {
   if (m_filtering) m_filtering->BeforeRemoval(hint, m_list->TopIndex());
+  if (m_times) m_times->Forget(hint);
   m_list->SetRedraw(false);
   // Adjacent rows are removed from the control in one call.
   int first = 0, count = 0;

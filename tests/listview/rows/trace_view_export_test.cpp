@@ -1,5 +1,8 @@
 // The list's export: which rows and columns the file gets.
+#include <algorithm>
+
 #include "drained_view.h"
+#include "listview/columns/time_columns.h"
 #include "support/addresses_as_text.h"
 #include "support/file_limit.h"
 #include "support/folder_names.h"
@@ -88,6 +91,20 @@ TEST_F(TraceViewExportTest, ShownColumnsStandInTheScreenOrder) {
   std::reverse(order.begin(), order.end());
   m_list->SetColumnOrder(ListOrderOf(order));
   EXPECT_EQ(Export(), "\"Trace\",\"Count\"\n\"a\",1\n");
+}
+
+TEST_F(TraceViewExportTest, ColumnsOfTimesDoNotGoOut) {
+  for (const Column column : kTimeColumns) ShowTimeColumn(column, true);
+  g_activeColumns.fill(1);
+  Add({.text = "a"});
+  Open();
+  ListOrder order = m_list->GetColumnOrder();
+  std::ranges::rotate(order, order.begin() + 7);
+  m_list->SetColumnOrder(order);
+  const std::string text = Export();
+  EXPECT_EQ(std::ranges::count(text.substr(0, text.find('\n')), ','), 14);
+  EXPECT_EQ(text.find("Delta"), text.npos);
+  EXPECT_EQ(text.find("Wall"), text.npos);
 }
 
 TEST_F(TraceViewExportTest, OnlyTheSelectedRowsGoOut) {

@@ -1,0 +1,87 @@
+#include "listview/rows/row_columns.h"
+
+#include <algorithm>
+
+#include "listview/columns/time_columns.h"
+
+namespace {
+
+constexpr int kMinimumDragWidthPx = 16;
+constexpr int kColumnMarginPx = 16;
+// A control keeps 16 bits of a width.
+constexpr int kWidthMask = 0xFFFF;
+
+}  // namespace
+
+void RowColumns::Create() {
+  for (const ColumnInfo& info : kColumns) Insert(info);
+  const ColumnOrder order = ReadColumnOrder();
+  m_list.Header().SetColumnOrder(ListOrder(order.begin(), order.end()));
+  if (IsAnyTimeColumnShown()) InsertTimes();
+}
+
+void RowColumns::Insert(const ColumnInfo& info) {
+  ListHeader& header = m_list.Header();
+  int widthPx = StoredColumnWidth(info.column);
+  if (widthPx == 0)
+    widthPx = std::max(info.widthChars * header.AverageCharWidth() + kColumnMarginPx,
+                       header.StringWidth(info.header));
+  m_widths.push_back(widthPx);
+  header.InsertColumn({info.header, info.align, info.column == Column::Sev},
+                      IsColumnShown(info.column) ? widthPx : 0);
+}
+
+void RowColumns::InsertTimes() {
+  const AllColumnOrder order = WithTimeColumns(m_list.Header().GetColumnOrder());
+  for (const Column column : kTimeColumns) Insert(InfoOf(column));
+  m_list.Header().SetColumnOrder(order);
+}
+
+void RowColumns::ShowAndHide() {
+  ListHeader& header = m_list.Header();
+  m_list.SetRedraw(false);
+  if (m_widths.size() == kColumns.size() && IsAnyTimeColumnShown()) InsertTimes();
+  for (std::size_t index = 0; index < m_widths.size(); ++index) {
+    const auto column = static_cast<Column>(index);
+    const int widthPx = header.ColumnWidth(column);
+    // Kept: a flag that is neither 0 nor 1 changes nothing.
+    const bool hide =
+        index < kColumns.size() ? g_activeColumns[index] == 0 : !IsColumnShown(column);
+    if (hide && widthPx != 0)
+      header.SetColumnWidth(column, 0);
+    else if (IsColumnShown(column) && widthPx == 0)
+      header.SetColumnWidth(column, m_widths[index] & kWidthMask);
+  }
+  m_list.SetRedraw(true);
+}
+
+void RowColumns::Fit() {
+  ListHeader& header = m_list.Header();
+  m_list.SetRedraw(false);
+  for (std::size_t index = 0; index < m_widths.size(); ++index) {
+    const auto column = static_cast<Column>(index);
+    if (header.ColumnWidth(column) == 0) continue;
+    const int widthPx = header.FitWidth(column);
+    if (!Refuses(column, widthPx)) TakeWidth(column, widthPx);
+  }
+  m_list.SetRedraw(true);
+}
+
+bool RowColumns::Refuses(ListColumn column, int widthPx) const {
+  return IsColumnShown(column.As<Column>()) ? widthPx < kMinimumDragWidthPx : widthPx != 0;
+}
+
+void RowColumns::TakeWidth(ListColumn column, int widthPx) {
+  // Kept: m_widths is not changed: a column that is hidden and shown again has its older width.
+  StoreColumnWidth(column.As<Column>(), widthPx);
+  m_list.Header().SetColumnWidth(column, widthPx & kWidthMask);
+}
+
+void RowColumns::StoreOrder() const {
+  StoreColumnOrder(Order());
+  if (m_widths.size() > kColumns.size()) StoreTimeColumnOrder(m_list.Header().GetColumnOrder());
+}
+
+ColumnOrder RowColumns::Order() const {
+  return WithoutTimeColumns(m_list.Header().GetColumnOrder());
+}

@@ -27,8 +27,14 @@ struct RowFiltering {
     int focus = -1;
   };
 
-  RowFiltering(const TraceList_t& traces, const CTraceFilter& filter, bool changed)
-      : before(filter), changedBefore(changed), earlier(traces), fresh(traces), late(traces) {}
+  // `utc`: the zone of the shown rows.
+  RowFiltering(const TraceList_t& traces, const CTraceFilter& filter, bool changed, bool utc)
+      : before(filter),
+        changedBefore(changed),
+        utcBefore(utc),
+        earlier(traces),
+        fresh(traces),
+        late(traces) {}
 
   // The shown rows are those of the text before, all of them.
   bool ShowsEarlier() const { return scan && !kept; }
@@ -55,7 +61,7 @@ struct RowFiltering {
   void AfterRemoval(const RowStore& rows, int topNow);
 
   CTraceFilter before;  // in force until the new rows are complete
-  const bool changedBefore;
+  const bool changedBefore, utcBefore;
   std::unique_ptr<TraceScan> scan;  // null: the rows are complete
   std::optional<HostTimer> few;     // until a few rows are shown though no more come
   RowStore earlier;                 // if `kept`: the rows by `before`

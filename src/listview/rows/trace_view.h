@@ -88,6 +88,7 @@ class CTraceView : public TracePane, public RowListOwner {
   // ---- trace_view_filtering.cpp
   void BeginFiltering(WhereProgramPtr where);
   void EndFiltering();
+  void FollowZone();
   void GoOnFiltering();
   void ShowFew();
   // One step; takes this long, or a little.

@@ -30,7 +30,8 @@ void CTraceView::BeginFiltering(WhereProgramPtr where) {
   const TraceEvent_i* const wanted = m_filtering ? m_filtering->wanted : nullptr;
   if (m_filtering && !m_filtering->scan) EndFiltering();
   if (!m_filtering)
-    m_filtering = std::make_unique<RowFiltering>(m_document.m_traces, m_filter, m_filterChanged);
+    m_filtering =
+        std::make_unique<RowFiltering>(m_document.m_traces, m_filter, m_filterChanged, m_utc);
   RowFiltering& now = *m_filtering;
   if (wanted) now.LookFor(m_rows, *wanted, this);
   now.scan.reset();
@@ -253,6 +254,10 @@ void CTraceView::CancelFilter() {
     return ShowProgress();
   }
   now.scan.reset();
+  // A text that is taken back is applied anew if the zone is another one now. What the user cancels
+  // may be just that: then its rows stay as they are.
+  const bool isOther = m_filter.where != now.before.where;
+  m_utc = now.utcBefore;
   m_filter.where = now.before.where;
   m_filter.noted = now.before.noted;
   m_filterChanged = now.changedBefore;
@@ -263,7 +268,18 @@ void CTraceView::CancelFilter() {
     m_step.Ask();
   else
     m_filtering.reset();
+  if (isOther) FollowZone();
   ShowProgress();
+}
+
+// A text with a time that says no zone shows other traces in another zone. A pass in two zones
+// would show some of both.
+void CTraceView::FollowZone() {
+  if (m_utc == g_useUtc || m_document.m_loading) return;
+  if (m_filter.where && HasTimeWithoutZone(m_filter.where->Expr()))
+    BeginFiltering(m_filter.where);
+  else
+    m_utc = g_useUtc;
 }
 
 bool CTraceView::FinishFilter() {

@@ -35,14 +35,9 @@ void CTraceView::OnUpdate(CView* sender, unsigned hint, CObject* object) {
   if (!m_firstUpdate) TracePane::OnUpdate(sender, hint, object);
 }
 
-// A text with a time that says no zone shows other traces now. A pass in two zones would show some
-// of both.
 void CTraceView::OnOptions() {
   m_columns.ShowAndHide();
-  const WhereProgramPtr& where = m_filter.where;
-  if (m_utc == g_useUtc || m_document.m_loading) return;
-  m_utc = g_useUtc;
-  if (where && HasTimeWithoutZone(where->Expr())) BeginFiltering(where);
+  FollowZone();
 }
 
 void CTraceView::OnReady() {

@@ -47,7 +47,6 @@ void CProcView::OnOptions() {
 // A text that is not applied yet ends at once.
 void CProcView::BeginFiltering(WhereProgramPtr where) {
   auto noted = MarksFor(where);  // below a box, so before anything changes
-  m_utc = g_useUtc;
   // The tree that is shown is that of this text, and none: of all traces. Unless it depends on the
   // zone: it may be another one now, or may have been when the last traces came.
   if (m_filtering && m_filtering->pass && where == m_filtering->before.where &&
@@ -55,13 +54,14 @@ void CProcView::BeginFiltering(WhereProgramPtr where) {
     return CancelFilter();
   const TraceEvent_i* const wanted = m_filtering ? m_filtering->wanted : nullptr;
   if (m_filtering && !m_filtering->pass) m_filtering.reset();
-  if (!m_filtering) m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged);
+  if (!m_filtering) m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged, m_utc);
   TreeFiltering& now = *m_filtering;
   now.wanted = wanted;
   m_model->UseFilter(now.before);
   now.pass.reset();
   m_filter.where = std::move(where);
   m_filter.noted = std::move(noted);
+  m_utc = g_useUtc;
   now.pass = std::make_unique<TreePass>(m_document, m_filter, m_scanSetup, m_step.GetLine());
   GoOnFiltering();
   if (m_onStatus) m_onStatus();
@@ -175,12 +175,18 @@ void CProcView::CancelFilter() {
   if (!m_filtering) return;
   // What a text before has left to look for, in the tree that stays.
   const TraceEvent_i* const wanted = m_filtering->pass ? m_filtering->wanted : nullptr;
+  // A text that is taken back is applied anew if the zone is another one now. What the user cancels
+  // may be just that: then its tree stays as it is.
+  const TreeFiltering& now = *m_filtering;
+  const bool isOther = now.pass && m_filter.where != now.before.where;
+  if (now.pass) m_utc = now.utcBefore;
   EndFiltering(false);
   if (wanted) {
-    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged);
+    m_filtering = std::make_unique<TreeFiltering>(m_filter, m_filterChanged, m_utc);
     FollowInSteps(wanted);
     m_step.Ask();
   }
+  if (isOther) OnOptions();
   ReportStatus();
   if (m_onStatus) m_onStatus();
 }

@@ -15,8 +15,9 @@
 #include "tree/proc/tree_pass.h"
 
 struct TreeFiltering {
-  TreeFiltering(const CTraceFilter& filter, bool changed)
-      : before(filter), changedBefore(changed) {}
+  // `utc`: the zone of the shown tree.
+  TreeFiltering(const CTraceFilter& filter, bool changed, bool utc)
+      : before(filter), changedBefore(changed), utcBefore(utc) {}
 
   void EndSearch() {
     reach.reset();
@@ -24,7 +25,7 @@ struct TreeFiltering {
   }
 
   CTraceFilter before;  // of the shown tree, until the new one is whole
-  const bool changedBefore;
+  const bool changedBefore, utcBefore;
   std::unique_ptr<TreePass> pass;        // null: the new tree is shown
   std::unique_ptr<ProcModel> old;        // the tree that was shown: its end takes a step of its own
   const TraceEvent_i* wanted = nullptr;  // to be selected in the new tree, or the nearest one

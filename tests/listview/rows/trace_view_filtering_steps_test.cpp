@@ -108,6 +108,42 @@ TEST_F(TraceViewTest, ATextWithATimeWithoutAZoneIsAppliedAnewWhenTheZoneOfTheTim
   EXPECT_FALSE(m_view->FilterProgress()) << "that says its zone";
 }
 
+TEST_F(TraceViewTest, ATextThatIsTakenBackIsAppliedInTheZoneOfNow) {
+  const ZoneGuard zone("CET-1");
+  const ShortPieces pieces(m_host);
+  m_list->pageRows = 4;
+  m_view->m_scanSetup.perLook = 1;
+  for (int i = 0; i < 40; ++i)
+    Add({.date = PackDate(2026, 11, 23), .time = PackTime(i % 2 ? 12 : 11, 30, 0, 0)});
+  Open();
+  const auto settle = [this] {
+    return m_host.RunUntil([this] { return !m_view->FilterProgress(); });
+  };
+  const auto options = [this](bool utc) {
+    g_useUtc = utc;
+    m_document.UpdateAllViews(nullptr, kHintOptions);
+  };
+  WhereError error;
+  options(true);
+  ASSERT_TRUE(m_view->SetWhere(WhereProgram::Compile("time >= 2026-11-23T12:00", error)));
+  ASSERT_TRUE(settle());
+  ASSERT_EQ(m_view->Rows().Size(), 20);
+  ASSERT_TRUE(m_view->SetWhere(WhereProgram::Compile("count < 1000", error)));
+  ASSERT_TRUE(m_host.RunOnePosted());
+  options(false);
+  m_view->CancelFilter();
+  ASSERT_TRUE(m_view->FilterProgress());
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(m_view->Rows().Size(), 40);
+  options(true);
+  ASSERT_TRUE(m_view->FilterProgress());
+  m_view->CancelFilter();
+  EXPECT_FALSE(m_view->FilterProgress()) << "the user wants no other rows";
+  EXPECT_EQ(m_view->Rows().Size(), 40);
+  options(false);
+  EXPECT_FALSE(m_view->FilterProgress()) << "the rows are of this zone";
+}
+
 class TraceViewCancel : public TraceViewTest {
  protected:
   // Replaces the rows by some of the new ones, while the others are still looked for.

@@ -99,4 +99,35 @@ TEST_F(ProcViewWhere, ATextWithATimeWithoutAZoneIsAppliedAnewWhenTheZoneOfTheTim
   EXPECT_FALSE(m_view->FilterProgress()) << "that says its zone";
 }
 
+TEST_F(ProcViewWhere, ATextThatIsTakenBackIsAppliedInTheZoneOfNow) {
+  const ZoneGuard zone("CET-1");
+  m_view->m_scanSetup.perLook = 1;
+  for (int i = 0; i < 20; ++i)
+    Add({.date = PackDate(2026, 11, 23), .time = PackTime(i % 2 ? 12 : 11, 30, 0, 0)});
+  const auto options = [this](bool utc) {
+    g_useUtc = utc;
+    m_document.UpdateAllViews(nullptr, kHintOptions);
+  };
+  options(true);
+  Open();
+  ASSERT_NO_FATAL_FAILURE(Apply("time >= 2026-11-23T12:00"));
+  ASSERT_NO_FATAL_FAILURE(ApplyAll());
+  ASSERT_EQ(m_view->Model().TraceCount(), 10);
+  ASSERT_NO_FATAL_FAILURE(Apply("count < 1000"));
+  ASSERT_TRUE(m_host.RunOnePosted());
+  options(false);
+  ASSERT_TRUE(m_view->FilterProgress());
+  m_view->CancelFilter();
+  ASSERT_TRUE(m_view->FilterProgress());
+  ASSERT_NO_FATAL_FAILURE(ApplyAll());
+  EXPECT_EQ(m_view->Model().TraceCount(), 20);
+  options(true);
+  ASSERT_TRUE(m_view->FilterProgress());
+  m_view->CancelFilter();
+  EXPECT_FALSE(m_view->FilterProgress()) << "the user wants no other tree";
+  EXPECT_EQ(m_view->Model().TraceCount(), 20);
+  options(false);
+  EXPECT_FALSE(m_view->FilterProgress()) << "the tree is of this zone";
+}
+
 }  // namespace

@@ -44,8 +44,7 @@ class CTraceView : public TracePane, public RowListOwner {
   const RowStore& Rows() const { return m_rows; }
   RowList& List() const { return *m_list; }
   bool AtBottom() const;  // the last row is visible, so that the list scrolls with new rows
-  // Continues after the focused row to the next one whose text matches; shows a message without
-  // one.
+  // To the next row whose text matches, after the focused one; a message without one.
   void FindInRows();
 
   std::string RowListText(int row, ListColumn column) override;

@@ -69,7 +69,7 @@ _trc() {
     tree:-d | tree:--depth) return ;;
     stats:--by) COMPREPLY=($(compgen -W 'component category application thread severity pattern' -- "$current")); return ;;
     stats:-s | stats:--sort) COMPREPLY=($(compgen -W 'count value rate first last' -- "$current")); return ;;
-    stats:-t | stats:--top) return ;;
+    stats:-t | stats:--top | stats:--over-time) return ;;
     dump:--*check | find:--*check | tree:--*check | stats:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
     *:--colour-rules) compopt -o filenames; COMPREPLY=($(compgen -W 'light dark' -- "$current") $(compgen -f -- "$current")); return ;;
     *:--color) COMPREPLY=($(compgen -W 'auto always never' -- "$current")); return ;;
@@ -93,7 +93,7 @@ _trc() {
       dump) options="--help --follow --format --color --colour-rules --columns --from --tail --context $which" ;;
       find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --colour-rules --columns --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
-      stats) options="--help --by --sort --top --json --from --tail $which" ;;
+      stats) options="--help --by --over-time --sort --top --json --from --tail $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;
       filter) options='--help --check --uncheck --user --where --paths --live' ;;
       notes) options='--help --json --mark --note --replace' ;;

@@ -64,7 +64,8 @@ complete -c trc -n "__fish_seen_subcommand_from tree" -s x -l export -d "Write t
 complete -c trc -n "__fish_seen_subcommand_from stats" -l by -x -a "component category application thread severity pattern" -d "Count by these"
 complete -c trc -n "__fish_seen_subcommand_from stats" -s s -l sort -x -a "count value rate first last" -d "The order"
 complete -c trc -n "__fish_seen_subcommand_from stats" -s t -l top -x -d "At most so many values"
-complete -c trc -n "__fish_seen_subcommand_from stats" -s j -l json -d "One JSON object per value"
+complete -c trc -n "__fish_seen_subcommand_from stats" -l over-time -x -d "Count in at most so many slices of time"
+complete -c trc -n "__fish_seen_subcommand_from stats" -s j -l json -d "One JSON object per value or slice"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s s -l symbols -x -a "(__fish_complete_directories)" -d "Folder with debug information"
 complete -c trc -n "__fish_seen_subcommand_from stack" -s r -l recorded -d "Frames as they were recorded"
 

@@ -71,6 +71,13 @@ TEST(FarTimes, AQuietTimeIsNotFarUnlessItIsLong) {
   int counts = 0;
   EXPECT_EQ(Best(times, &counts).Behind(), 0U);
   EXPECT_EQ(counts, 1);
+  // Two hours after half an hour are less than 16 times as long, ten hours are more.
+  times = {};
+  for (int i = 0; i < 1000; ++i) times.push_back(kNine + i * 1800);
+  times.push_back(kNine + 3 * kHour);
+  EXPECT_EQ(Best(times).Behind(), 0U);
+  times.back() = kNine + 10 * kHour;
+  EXPECT_EQ(Best(times).Behind(), 1U);
   // Less than an hour after a second.
   times = {};
   for (int i = 0; i < 1000; ++i) times.push_back(kNine + i);

@@ -58,6 +58,27 @@ TEST(TimeSlices, OneTimeIsOneSliceOfAMillisecond) {
   EXPECT_EQ(slices[0].severities[2], 3U);
 }
 
+TEST(TimeSlices, ASliceThatWasGivenUpCountsAgain) {
+  TimeSlices slices;
+  slices.Add({kNine, 1, false});
+  slices.Remove({kNine, 1, false});
+  EXPECT_EQ(slices.Size(), 0U);
+  slices.Add({kNine, 1, false});
+  EXPECT_EQ(slices.Size(), 1U);
+}
+
+TEST(TimeSlices, ASliceThatTheLimitsCutHasNothingFromOutside) {
+  TimeSlices slices(TimeLimits{kNine + 300, kNine + 900'700});
+  std::vector<SlicedTrace> traces;
+  for (const std::int64_t time :
+       {450'000, 300, 400, 299, 301, 1, 900'699, 900'700, 900'698, 900'999, 900'000})
+    traces.push_back({kNine + time, 0, false});
+  for (const std::int64_t time : {300, 900'699}) traces.push_back({kNine + time, 0, false});
+  for (const SlicedTrace& trace : traces) slices.Add(trace);
+  EXPECT_EQ(slices.Width(), 1000);
+  ExpectCountsOf(traces, slices);
+}
+
 TEST(TimeSlices, TheLastThatFitsJoinsNothingAndTheNextJoinsPairs) {
   TimeSlices slices;
   slices.Add({kNine, 0, false});

@@ -5,6 +5,7 @@
 #include "commands/notes.h"
 #include "filter/shown_traces.h"
 #include "input/trace_input.h"
+#include "overview/slice_count.h"
 #include "statistics/trace_count.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
@@ -78,6 +79,30 @@ bool Count(const std::shared_ptr<const CountedTraces>& traces, StatField field, 
   return state == TraceCount::State::Whole;
 }
 
+// False after one, or a message.
+bool CountSlices(const std::shared_ptr<const CountedTraces>& traces, const NameMap& names,
+                 TimeSlices& slices, ProgressLine& progress) {
+  constexpr std::chrono::milliseconds kLook(50);
+  SliceCount count(traces, LossNames(names));
+  SliceCount::State state = SliceCount::State::More;
+  while (state == SliceCount::State::More && !Interrupted()) {
+    state = count.Take(SliceCount::Clock::now() + kLook);
+    progress.Show(kCounting, static_cast<std::uint64_t>(count.Thousandths()), 1000);
+  }
+  if (state == SliceCount::State::Failed) PrintError("not enough memory");
+  if (state == SliceCount::State::Whole) slices = count.Slices();
+  return state == SliceCount::State::Whole;
+}
+
+void WriteSlices(const StatsOptions& options, const std::shared_ptr<const CountedTraces>& traces,
+                 const NameMap& names, ProgressLine& progress, Output& output) {
+  TimeSlices slices;
+  if (!traces || !CountSlices(traces, names, slices, progress)) return;
+  progress.Clear();
+  slices.WidenTo(options.slices);
+  (options.json ? WriteSlicesAsJson : WriteSlicesAsText)(slices, options, output);
+}
+
 }  // namespace
 
 int RunStats(const StatsOptions& options) {
@@ -88,7 +113,9 @@ int RunStats(const StatsOptions& options) {
   if (!UseNotes(input, options.traces, shown) || !shown.Filter(options.traces)) return kExitBad;
   Output output;
   const auto traces = Choose(shown, options.traces, host.Progress());
-  bool goesOn = traces != nullptr;
+  const bool areSlices = options.slices > 0;
+  if (areSlices) WriteSlices(options, traces, input.Document().m_names, host.Progress(), output);
+  bool goesOn = traces != nullptr && !areSlices;
   for (std::size_t i = 0; goesOn && i < options.fields.size(); ++i) {
     const StatField field = options.fields[i];
     const NameMap& names = input.Document().m_names;

@@ -52,7 +52,8 @@ class StatsCommand final : public Command {
     AddNumber("-t,--top", m_stats.top,
               "At most so many values of each, the first of the order; 0: all [default: 20; with "
               "--json all]");
-    App().add_flag("-j,--json", m_stats.json, "One JSON object per value");
+    AddOverTime();
+    App().add_flag("-j,--json", m_stats.json, "One JSON object per value or slice");
     m_shared.Add({.columns = "counts have no columns",
                   .context = "what stands beside a chosen trace is not counted",
                   .follow = kNotFollowed});
@@ -63,10 +64,15 @@ class StatsCommand final : public Command {
         "hexadecimal digits and quoted parts: \"took # ms for \"...\"\". The key \"where\"\n"
         "of --json is the filter text that gives exactly these traces.\n"
         "\n"
+        "Slices of time are equally wide and begin at round times: there are as many as\n"
+        "fit. A few traces far away from all others, as those of a clock that was not set,\n"
+        "are counted before or behind the slices.\n"
+        "\n"
         "Examples:\n"
         "  trc stats web.trc\n"
         "  trc stats web.trc --by pattern --severity warn+ --top 10\n"
         "  trc stats web.trc --by component,thread --sort rate\n"
+        "  trc stats web.trc --over-time 60 --component Db\n"
         "  trc stats web.trc --by pattern --json | jq -r 'select(.count == 1) | .value'");
   }
   void Complete() override {
@@ -78,6 +84,17 @@ class StatsCommand final : public Command {
   int Run() const override { return RunStats(m_stats); }
 
  private:
+  void AddOverTime() {
+    App()
+        .add_option("--over-time", m_stats.slices,
+                    "Count in at most so many slices of time instead, by severity (2 to 2048)")
+        ->check(CLI::Range(2, static_cast<int>(TimeSlices::kSlices)).description(""))
+        ->excludes(App().get_option("--by"))
+        ->excludes(App().get_option("--sort"))
+        ->excludes(App().get_option("--top"))
+        ->type_name("N");
+  }
+
   StatsOptions m_stats;
   SharedOptions m_shared{App(), m_stats.traces};
   std::string m_sort = "count";

@@ -7,9 +7,7 @@
 #include "records/moments/trace_moments.h"
 #include "terminal/output.h"
 
-namespace {
-
-void AppendTime(std::string& json, WhereStamp stamp, TraceMoments& moments) {
+void AppendJsonTime(std::string& json, WhereStamp stamp, TraceMoments& moments) {
   const std::unique_ptr<TraceEvent_i, void (*)(TraceEvent_i*)> trace(
       TraceEvent_i::Create(0, 0, 0, 0, 0, static_cast<std::uint32_t>(stamp >> 32),
                            static_cast<std::uint32_t>(stamp), 0, 0, 0, 0, 0, 0, {}, {}),
@@ -20,6 +18,8 @@ void AppendTime(std::string& json, WhereStamp stamp, TraceMoments& moments) {
   else
     json.append("null");
 }
+
+namespace {
 
 void AppendRow(std::string& json, const StatsTable& table, const StatRow& row,
                TraceMoments& moments) {
@@ -33,9 +33,9 @@ void AppendRow(std::string& json, const StatsTable& table, const StatRow& row,
   json.append(fmt::format(",\"share\":{}", row.share));
   json.append(",\"perSecond\":").append(row.rate ? fmt::format("{}", *row.rate) : "null");
   json.append(",\"first\":");
-  AppendTime(json, row.tally.first, moments);
+  AppendJsonTime(json, row.tally.first, moments);
   json.append(",\"last\":");
-  AppendTime(json, row.tally.last, moments);
+  AppendJsonTime(json, row.tally.last, moments);
   json.append(",\"where\":");
   const std::optional<std::string> where =
       row.isOthers ? std::nullopt : OnlyThisValue(table.field, row.key, table.names);

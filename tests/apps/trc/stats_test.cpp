@@ -141,4 +141,72 @@ TEST_F(TrcStats, WrongWordsAreNamedWithWhatIsNear) {
   EXPECT_NE(Refused({"--sort", "size"}).find("--sort: "), std::string::npos);
 }
 
+TEST_F(TrcStats, SlicesOfTimeHaveTheTracesOfEachBySeverity) {
+  EXPECT_EQ(Stats({"--over-time", "5"}),
+            "From                     To                       Traces  Error  Warn  Info  (none)  "
+            "Losses\n"
+            "2026-11-21 09:41:00.000  2026-11-21 09:41:02.000       2      0     0     2       0  "
+            "     0\n"
+            "2026-11-21 09:41:02.000  2026-11-21 09:41:04.000       2      0     0     2       0  "
+            "     0\n"
+            "2026-11-21 09:41:04.000  2026-11-21 09:41:06.000       2      0     0     2       0  "
+            "     0\n"
+            "2026-11-21 09:41:06.000  2026-11-21 09:41:08.000       2      0     0     2       0  "
+            "     0\n"
+            "2026-11-21 09:41:08.000  2026-11-21 09:41:10.000       2      1     0     1       0  "
+            "     0\n");
+}
+
+// What a program gets is exact, and a filter text finds the same traces.
+TEST_F(TrcStats, SlicesAsJsonAreTheTracesBetweenTheirTimes) {
+  for (const char* const most : {"2", "3", "10", "2048"}) {
+    const std::vector<json> slices = JsonLinesOf(Stats({"--over-time", most, "--json"}));
+    ASSERT_LE(slices.size(), std::stoul(most));
+    std::size_t all = 0;
+    for (const json& slice : slices) {
+      const std::string from = slice.at("from"), to = slice.at("to");
+      const std::string where = "time >= \"" + from + "\" and time < \"" + to + "\"";
+      const std::vector<json> found = DumpedTraces(m_file, {"--where", where});
+      EXPECT_EQ(found.size(), slice.at("traces")) << slice;
+      EXPECT_EQ(slice.at("error").get<int>() + slice.at("info").get<int>(), slice.at("traces"));
+      all += found.size();
+    }
+    EXPECT_EQ(all, 10u);
+  }
+}
+
+TEST_F(TrcStats, SlicesAreThoseOfTheChosenTraces) {
+  const std::vector<json> slices =
+      JsonLinesOf(Stats({"--over-time", "3", "--json", "--component", "net"}));
+  ASSERT_EQ(slices.size(), 2u);
+  EXPECT_EQ(slices[0].at("from"), "2026-11-21T09:41:06.000000Z");
+  EXPECT_EQ(slices[1].at("traces"), 2);
+  EXPECT_EQ(LinesOf(Stats({"--over-time", "4", "--where", "text == none"})).size(), 1u);
+}
+
+TEST_F(TrcStats, FarTimesTracesWithoutOneAndReportsOfLossesAreToldApart) {
+  TrcImage image;
+  image.Name(1, "Quor").Name(2, "Loss");
+  for (unsigned second = 0; second < 40; ++second)
+    image.Trace({.text = "x",
+                 .component = static_cast<NameId>(1 + second % 2),
+                 .category = 2,
+                 .time = PackTime(9, 41, second, 0)});
+  image.Trace({.text = "unset", .date = PackDate(1970, 1, 1)}).Trace({.text = "no", .date = 0});
+  m_file = image.WriteTo(m_directory.File("far.trc"));
+  const std::vector<json> slices = JsonLinesOf(Stats({"--over-time", "2", "--json"}));
+  ASSERT_EQ(slices.size(), 3u);
+  EXPECT_EQ(slices[0].at("losses").get<int>() + slices[1].at("losses").get<int>(), 20);
+  EXPECT_EQ(slices[2], (json{{"before", 1}, {"behind", 0}, {"withoutTime", 1}}));
+  EXPECT_EQ(LinesOf(Stats({"--over-time", "2"})).back(),
+            "and 1 long before, 0 long behind, 1 without a time");
+}
+
+TEST_F(TrcStats, ANumberOfSlicesThatCannotBeIsRefused) {
+  EXPECT_NE(Refused({"--over-time", "1"}).find("--over-time: "), std::string::npos);
+  EXPECT_NE(Refused({"--over-time", "2049"}).find("--over-time: "), std::string::npos);
+  EXPECT_NE(Refused({"--over-time", "9", "--by", "component"}).find("--over-time"),
+            std::string::npos);
+}
+
 }  // namespace

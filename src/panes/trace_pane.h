@@ -16,13 +16,14 @@
 #include "docview/view.h"
 #include "panes/cell_steps.h"
 #include "panes/pane_watcher.h"
+#include "panes/searched_pane.h"
 #include "panes/trace_scan.h"
 #include "tree/filter/trace_filter.h"
 #include "tree/find/find_hits.h"
 
 class CTraceIterator;
 
-class TracePane : public CView, public WatchedPane {
+class TracePane : public CView, public WatchedPane, public SearchedPane {
  public:
   explicit TracePane(CTraceDoc& document);
   ~TracePane() override;

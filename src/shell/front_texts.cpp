@@ -1,6 +1,7 @@
 #include "shell/front_texts.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "base/text.h"
 #include "config/document/config_doc.h"
@@ -9,11 +10,12 @@
 #include "docview/frame.h"
 #include "listview/rows/trace_view.h"
 #include "listview/source/source_doc.h"
+#include "panes/trace_pane.h"
 
 namespace {
 
 void Append(const std::string& texts, std::string& message) {
-  if (!message.empty()) message += ", ";
+  if (!message.empty() && !texts.empty()) message += ", ";
   message += texts;
 }
 
@@ -70,6 +72,12 @@ FrontTexts TextsOfFront(const CMDIChildWnd* front, std::int64_t rows) {
     DescribeFile(*file, texts);
   if (const auto* const monitor = dynamic_cast<const CTraceRealtimeDoc*>(document))
     DescribeMonitor(*monitor, front->GetActiveView(), texts);
+  const auto* const pane = dynamic_cast<const TracePane*>(front->GetActiveView());
+  if (pane && pane->Hits()) {
+    std::string hits = pane->Hits()->Text();
+    Append(texts.message, hits);
+    texts.message = std::move(hits);
+  }
   if (rows >= 0)
     texts.rows = GroupDigits(static_cast<std::uint64_t>(rows)) + " of " +
                  GroupDigits(traces->m_traces.size()) + " traces";

@@ -10,7 +10,8 @@
 class CMDIChildWnd;
 
 struct FrontTexts {
-  // "paused, capturing to web.trc", "damaged: 406 bytes skipped", a source's path
+  // "12 of 4,301 hits", "paused, capturing to web.trc", "damaged: 406 bytes skipped", a source's
+  // path
   std::string message;
   std::string details;  // the complete text, for a tool tip; empty if there is no more
   std::string rows;     // "26,782 of 2,000,000 traces"

@@ -99,6 +99,7 @@ void CTraceView::StepFiltering(milliseconds time, bool wait) {
 }
 
 void CTraceView::ShowProgress() {
+  if (m_hitCount) m_hitCount->OnAdded();
   if (m_filtering) {
     RowFiltering& now = *m_filtering;
     now.painted = Clock::now();

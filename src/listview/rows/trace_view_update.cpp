@@ -82,6 +82,7 @@ void CTraceView::ShowRows(RowStore& rows, bool atEnd) {
   m_hits.reset();
   m_rows.TakeOver(rows);
   m_list->SetItemCount(m_rows.Size());
+  if (m_hitCount) m_hitCount->OnAnew();
   if (atEnd) m_list->EnsureVisible(m_rows.Size() - 1);
   m_list->SetRedraw(true);
   ReportStatus();
@@ -115,6 +116,7 @@ void CTraceView::AddRows(const CTraceHint& hint, CTraceFilter& filter) {
     if (pass.Matches(*event)) m_rows.Append(event);
   if (m_rows.Size() == before) return;
   m_list->SetItemCount(m_rows.Size());
+  if (m_hitCount) m_hitCount->OnAdded();
   if (atBottom) m_list->EnsureVisible(m_rows.Size() - 1);
   ReportCount();
 }
@@ -127,6 +129,7 @@ void CTraceView::RemoveTraces(const CTraceHint& hint) {
   int first = 0, count = 0;
   const auto deleteRows = [&] {
     if (count > 0) m_list->DeleteRows(first, count);
+    if (count > 0 && m_hitCount) m_hitCount->OnRemoved(first, count);
   };
   // A trim has the document's oldest traces. Only for other hints the store must search.
   const TraceList_t& held = m_document.m_traces;

@@ -1,5 +1,6 @@
 // Find and Find Next in the tree.
 #include "tree/find/find_settings.h"
+#include "tree/proc/counted_traces.h"
 #include "tree/proc/proc_view.h"
 
 namespace {
@@ -62,6 +63,8 @@ FindResult CProcView::FindInTree() {
   if (!selected) return FindResult::NotFound;
   TreeWalk walk(*this, selected, FindSettings.backward != 0);
   const FindResult result = RunSearch(GetHost(), &m_document, walk);
+  if (result != FindResult::Cancelled)
+    CountHits(m_document, std::make_unique<CountedTraces>(*this));
   if (result == FindResult::Hit) {
     Show(walk.Item());
     ShowHits(true);

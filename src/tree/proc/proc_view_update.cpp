@@ -4,6 +4,7 @@
 #include "docview/commands/command_ids.h"
 #include "docview/frame.h"
 #include "settings/globals.h"
+#include "tree/proc/counted_traces.h"
 #include "tree/proc/model/node_search.h"
 #include "tree/proc/model/proc_build.h"
 #include "tree/proc/proc_view.h"
@@ -59,6 +60,7 @@ std::unique_ptr<ProcModel> CProcView::ReplaceTree(std::unique_ptr<ProcModel> mod
   m_model->ShowBy(*this);
   m_built = true;
   m_tree->SetRedraw(true);
+  if (m_hitCount) m_hitCount->OnAnew();
   return model;
 }
 
@@ -79,6 +81,7 @@ void CProcView::LeaveEmptyTree() {
 
 void CProcView::AddTraces(const CTraceHint& hint) {
   if (!m_built) return;
+  if (m_hitCount) m_hitCount->OnAdded();
   if (m_filtering && m_filtering->reach) m_filtering->reach->FinishSearch();
   if (m_filtering && m_filtering->pass) m_filtering->pass->Add(hint);
   const ProcModel::Batch batch(*m_model);
@@ -92,6 +95,7 @@ void CProcView::AddTraces(const CTraceHint& hint) {
 void CProcView::RemoveTraces(const CTraceHint& hint) {
   if (hint.m_events.empty() || !m_built) return;
   for (CProcViewIterator* iterator : m_iterators) iterator->OnTracesGone(hint);
+  if (m_hitCount) m_hitCount->OnRemoved(0, CountedTraces::OldestIn(m_document, hint));
   if (m_filtering) BeforeRemoval(hint);
   m_tree->SetRedraw(false);
   m_model->RemoveTraces(hint.m_events);

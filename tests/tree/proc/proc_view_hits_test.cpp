@@ -70,4 +70,37 @@ TEST_F(ProcViewHits, ARebuildAndATrimLeaveNoHits) {
   EXPECT_EQ(Hits("three"), 0U) << "it moves the selection";
 }
 
+TEST_F(ProcViewHits, TheTracesWithAHitAreCountedInTheOrderOfTheDocument) {
+  OpenOn({"hit", "a hit", "two"});
+  EXPECT_EQ(m_view->Hits(), nullptr);
+  const auto text = [this] {
+    while (m_view->FilterProgress() || m_view->Hits()->IsAtWork()) {
+      m_host.RunPosted();
+      m_host.TickTimers();
+    }
+    return m_view->Hits()->Text();
+  };
+  FindNext("hit");
+  EXPECT_EQ(text(), "1 of 2 hits");
+  FindNext("hit");
+  EXPECT_EQ(text(), "2 of 2 hits");
+  Drain({{.text = "hit more"}, {.text = "a hit of nine", .category = 9}, {.text = "hits"}});
+  EXPECT_EQ(text(), "2 of 5 hits");
+  CTraceFilter filter;
+  HideNine(filter);
+  ASSERT_TRUE(m_view->SetFilter(filter, true));
+  EXPECT_EQ(text(), "2 of 4 hits") << "what the filter hides is not counted";
+  WhereError error;
+  ASSERT_TRUE(m_view->SetWhere(WhereProgram::Compile("text contains \"h\" and count > 1", error)));
+  EXPECT_EQ(text(), "1 of 3 hits");
+  ASSERT_TRUE(m_view->SetWhere(nullptr));
+  Trim(1);
+  m_tree->SelectItem(m_tree->Find("a hit"));
+  EXPECT_EQ(text(), "1 of 3 hits");
+  m_tree->SelectItem(m_tree->Find("desk"));
+  EXPECT_EQ(text(), "3 hits") << "a machine is no trace";
+  Clear();
+  EXPECT_EQ(text(), "no hits");
+}
+
 }  // namespace

@@ -14,9 +14,13 @@ constexpr std::int64_t kSteps = 20'000;
 
 }  // namespace
 
-HitCount::HitCount(CTraceDoc& document, const CountedRows& rows, const RegexProgram& program,
-                   const HitCountSetup& setup)
-    : m_document(document), m_rows(rows), m_program(program), m_plan(program), m_setup(setup) {
+HitCount::HitCount(CTraceDoc& document, std::unique_ptr<CountedRows> rows,
+                   const RegexProgram& program, const HitCountSetup& setup)
+    : m_document(document),
+      m_rows(std::move(rows)),
+      m_program(program),
+      m_plan(program),
+      m_setup(setup) {
   OnAnew();
 }
 
@@ -41,7 +45,7 @@ void HitCount::OnRemoved(int first, int count) {
 }
 
 bool HitCount::IsWhole() const {
-  return m_begun && m_bits.Known() >= m_rows.CountedSize() && m_rows.AreRowsWhole() &&
+  return m_begun && m_bits.Known() >= m_rows->CountedSize() && m_rows->AreRowsWhole() &&
          !m_document.m_loading;
 }
 
@@ -54,6 +58,7 @@ bool HitCount::Step(std::chrono::milliseconds time) {
   if (m_document.m_loading) return false;
   if (m_begun && m_generation != m_document.m_traces.Generation()) OnAnew();
   if (!std::exchange(m_begun, true)) Begin();
+  m_rows->BeginStep();
   const int knownBefore = m_bits.Known();
   const bool wholeBefore = IsWhole();
   const Clock::time_point until = Clock::now() + time;
@@ -66,7 +71,7 @@ void HitCount::Begin() {
   ++m_version;
   m_generation = m_document.m_traces.Generation();
   // Of a few rows in a large file most of what threads find would not be shown.
-  if (m_rows.AreRowsWhole() && m_rows.CountedSize() < m_setup.rowsForThreads) return;
+  if (m_rows->AreRowsWhole() && m_rows->CountedSize() < m_setup.rowsForThreads) return;
   std::shared_ptr<const LentTraces> lent = m_document.Lend();
   if (!lent || lent->traces.size() == 0 || lent->traces.size() != m_document.m_traces.size())
     return;
@@ -93,23 +98,23 @@ bool HitCount::StepScan(Clock::time_point until) {
         return StepRows(until);
       case TextScan::State::Over:
         // None of the rows that are still to come has a hit.
-        m_bits.PassTo(m_rows.CountedSize());
-        return !m_rows.AreRowsWhole();
+        m_bits.PassTo(m_rows->CountedSize());
+        return !m_rows->AreRowsWhole();
     }
   }
 }
 
 bool HitCount::TakeFound(Clock::time_point until) {
   const int row = RowOfFound();
-  if (row == m_rows.CountedSize() && !m_rows.AreRowsWhole()) return false;
+  if (row == m_rows->CountedSize() && !m_rows->AreRowsWhole()) return false;
   m_bits.PassTo(row);
   m_found = false;
   const TraceEvent_i* const found = m_document.m_traces[m_scan->Place()];
-  if (row == m_rows.CountedSize() || m_rows.CountedAt(row) != found) return true;
+  if (row == m_rows->CountedSize() || m_rows->CountedAt(row) != found) return true;
   RegexAnswer answer = m_scan->IsSure() ? RegexAnswer::Yes : Test(row);
   while (answer == RegexAnswer::Unfinished && Clock::now() < until) answer = Test(row);
   m_found = answer == RegexAnswer::Unfinished;
-  if (answer == RegexAnswer::Yes) m_bits.AddHit(row);
+  if (answer == RegexAnswer::Yes && m_rows->IsShown(row)) m_bits.AddHit(row);
   return !m_found;
 }
 
@@ -117,16 +122,16 @@ bool HitCount::TakeFound(Clock::time_point until) {
 // it: found in steps that double, because neighbours are often near.
 int HitCount::RowOfFound() const {
   const std::uint8_t* const record = m_document.m_traces[m_scan->Place()]->Record();
-  const int size = m_rows.CountedSize();
+  const int size = m_rows->CountedSize();
   int low = m_bits.Known(), step = 1;
-  while (low + step < size && m_rows.CountedAt(low + step)->Record() < record) {
+  while (low + step < size && m_rows->CountedAt(low + step)->Record() < record) {
     low += step;
     step *= 2;
   }
   int high = low + step < size ? low + step : size;
   while (low < high) {
     const int middle = low + (high - low) / 2;
-    if (m_rows.CountedAt(middle)->Record() < record)
+    if (m_rows->CountedAt(middle)->Record() < record)
       low = middle + 1;
     else
       high = middle;
@@ -139,11 +144,11 @@ int HitCount::RowOfFound() const {
 bool HitCount::StepRows(Clock::time_point until) {
   for (int looks = 1;; ++looks) {
     const int row = m_bits.Known();
-    if (row >= m_rows.CountedSize()) return false;
+    if (row >= m_rows->CountedSize()) return false;
     const RegexAnswer answer = Test(row);
-    if (answer == RegexAnswer::Yes) m_bits.AddHit(row);
-    if (answer == RegexAnswer::No) m_bits.PassTo(row + 1);
     const bool slow = answer == RegexAnswer::Unfinished;
+    if (answer == RegexAnswer::Yes && m_rows->IsShown(row)) m_bits.AddHit(row);
+    if (!slow) m_bits.PassTo(row + 1);
     if ((slow || looks % kRowsPerLook == 0) && Clock::now() >= until) return true;
   }
 }
@@ -151,7 +156,7 @@ bool HitCount::StepRows(Clock::time_point until) {
 // Goes on with a test that was not finished.
 RegexAnswer HitCount::Test(int row) {
   std::string kept;
-  const std::string_view text = SearchedText(*m_rows.CountedAt(row), kept);
+  const std::string_view text = SearchedText(*m_rows->CountedAt(row), kept);
   const RegexAnswer answer =
       m_unfinished ? m_matcher.Resume(m_plan, text, kSteps) : m_matcher.Begin(m_plan, text, kSteps);
   m_unfinished = answer == RegexAnswer::Unfinished;

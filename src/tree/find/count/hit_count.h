@@ -5,8 +5,8 @@
 //          of a large file are looked at by all processors (tree/find/scan), others row by row on
 //          the interface thread. The count is that of testing each row: a search of a text is never
 //          given up.
-// Owner    The view owns it. It borrows document and rows, and has a plan of its own for the
-//          pattern. The view reports whatever happens to its rows; nothing else reads a trace.
+// Owner    The view owns it and reports whatever happens to its rows. It owns `rows`, borrows the
+//          document, and has a plan of its own for the pattern.
 // Errors   None: without memory for threads the rows are looked at one by one.
 // Threads  Interface thread.
 #pragma once
@@ -29,9 +29,12 @@ class CountedRows {
   virtual const TraceEvent_i* CountedAt(int row) const = 0;
   // No more rows will come but those of new traces.
   virtual bool AreRowsWhole() const { return true; }
-
- protected:
-  ~CountedRows() = default;
+  // Some may be there and not be shown. Asked for rows with a hit, between two calls of BeginStep.
+  virtual bool IsShown(int /*row*/) { return true; }
+  virtual void BeginStep() {}
+  // The row that the user is at; -1: none.
+  virtual int CurrentRow() const { return -1; }
+  virtual ~CountedRows() = default;
 };
 
 // How large a search must be for threads, and how they share it.
@@ -42,7 +45,7 @@ struct HitCountSetup {
 
 class HitCount final : public FindHitRows {
  public:
-  HitCount(CTraceDoc& document, const CountedRows& rows, const RegexProgram& program,
+  HitCount(CTraceDoc& document, std::unique_ptr<CountedRows> rows, const RegexProgram& program,
            const HitCountSetup& setup = {});
 
   bool IsOf(const RegexProgram& program) const { return program == m_program; }
@@ -54,6 +57,8 @@ class HitCount final : public FindHitRows {
   // Counts on for about this long; true: not all is looked at. The steps call it by themselves.
   bool Step(std::chrono::milliseconds time);
   bool IsAtWork() const { return m_timer.has_value(); }
+  // HitText for the row that the user is at.
+  std::string Text() const { return HitText(*this, m_rows->CurrentRow()); }
 
   int Known() const override { return m_bits.Known(); }
   bool IsWhole() const override;
@@ -76,7 +81,7 @@ class HitCount final : public FindHitRows {
   RegexAnswer Test(int row);
 
   CTraceDoc& m_document;
-  const CountedRows& m_rows;
+  const std::unique_ptr<CountedRows> m_rows;
   const RegexProgram m_program;
   const RegexPlan m_plan;
   const HitCountSetup m_setup;

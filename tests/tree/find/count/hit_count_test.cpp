@@ -33,16 +33,28 @@ class CountedDoc final : public CTraceDoc {
   std::shared_ptr<const MappedFile> FileOfTraces() const override { return m_file; }
 };
 
-class Rows final : public CountedRows {
- public:
-  int CountedSize() const override { return static_cast<int>(rows.size()); }
-  const TraceEvent_i* CountedAt(int row) const override {
-    return rows[static_cast<std::size_t>(row)];
-  }
-  bool AreRowsWhole() const override { return whole; }
+struct Rows {
+  int CountedSize() const { return static_cast<int>(rows.size()); }
+  const TraceEvent_i* CountedAt(int row) const { return rows[static_cast<std::size_t>(row)]; }
 
   std::deque<const TraceEvent_i*> rows;
   bool whole = true;
+  int notShown = 0;  // every so many rows; 0: all are shown
+  int current = -1;
+};
+
+// The count owns it.
+class RowsView final : public CountedRows {
+ public:
+  explicit RowsView(const Rows& rows) : m_rows(rows) {}
+  int CountedSize() const override { return m_rows.CountedSize(); }
+  const TraceEvent_i* CountedAt(int row) const override { return m_rows.CountedAt(row); }
+  bool AreRowsWhole() const override { return m_rows.whole; }
+  bool IsShown(int row) override { return m_rows.notShown == 0 || row % m_rows.notShown != 0; }
+  int CurrentRow() const override { return m_rows.current; }
+
+ private:
+  const Rows& m_rows;
 };
 
 class HitCountTest : public testing::Test {
@@ -87,7 +99,8 @@ class HitCountTest : public testing::Test {
   }
   void Begin(const char* pattern, const HitCountSetup& setup = {}) {
     m_plain = RegexPlan(Pattern(pattern));
-    m_count = std::make_unique<HitCount>(m_document, m_rows, Pattern(pattern), setup);
+    m_count = std::make_unique<HitCount>(m_document, std::make_unique<RowsView>(m_rows),
+                                         Pattern(pattern), setup);
   }
   void Settle() {
     for (int ticks = 0; m_count->IsAtWork(); ++ticks) {
@@ -156,6 +169,26 @@ TEST_F(HitCountTest, KnowsATextThatHasOneAndATextThatHasNone) {
   Begin("cart");
   ASSERT_NO_FATAL_FAILURE(Settle());
   EXPECT_EQ(Counted(), (std::vector{0, 2}));
+}
+
+TEST_F(HitCountTest, RowsThatAreThereAndNotShownHaveNone) {
+  for (const bool file : {false, true}) {
+    if (file) m_document.m_traces.Clear();
+    if (file) {
+      ASSERT_NO_FATAL_FAILURE(OpenFile(900));
+    } else {
+      AddLive(900);
+    }
+    ShowSome(1);
+    m_rows.notShown = 3;
+    Begin("a", {.rowsForThreads = 0, .threads = 2, .perPiece = 50});
+    ASSERT_NO_FATAL_FAILURE(Settle());
+    std::vector<int> shown = Plain(900);
+    std::erase_if(shown, [](int row) { return row % 3 == 0; });
+    EXPECT_EQ(Counted(), shown);
+    m_rows.current = shown[1];
+    EXPECT_EQ(m_count->Text(), "2 of " + std::to_string(shown.size()) + " hits");
+  }
 }
 
 TEST_F(HitCountTest, ALoadIsWaitedFor) {

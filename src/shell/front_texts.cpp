@@ -10,7 +10,9 @@
 #include "docview/frame.h"
 #include "listview/rows/trace_view.h"
 #include "listview/source/source_doc.h"
+#include "listview/time/zone_text.h"
 #include "panes/trace_pane.h"
+#include "settings/globals.h"
 
 namespace {
 
@@ -78,6 +80,7 @@ FrontTexts TextsOfFront(const CMDIChildWnd* front, std::int64_t rows) {
     Append(texts.message, hits);
     texts.message = std::move(hits);
   }
+  texts.zone = ZoneText(traces->m_traces, g_useUtc);
   if (rows >= 0)
     texts.rows = GroupDigits(static_cast<std::uint64_t>(rows)) + " of " +
                  GroupDigits(traces->m_traces.size()) + " traces";

@@ -15,6 +15,7 @@ struct FrontTexts {
   std::string message;
   std::string details;  // the complete text, for a tool tip; empty if there is no more
   std::string rows;     // "26,782 of 2,000,000 traces"
+  std::string zone;     // "UTC+01:00": of the shown times
 };
 
 // `rows` is the number in the row count pane, -1 for none. Empty texts without a window.

@@ -195,6 +195,7 @@ void CMainFrame::ShowMessage() {
   m_face->SetPaneText(kPaneMessage, m_notice.empty() ? texts.message : m_notice);
   m_face->SetPaneToolTip(kPaneMessage, m_notice.empty() ? texts.details : m_noticeDetails);
   m_face->SetPaneToolTip(kPaneRowCount, texts.rows);
+  m_face->SetPaneText(kPaneZone, texts.zone);
 }
 
 std::intptr_t CMainFrame::OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {

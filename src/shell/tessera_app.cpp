@@ -11,6 +11,7 @@
 #include "docview/commands/command_ids.h"
 #include "listview/colours/active_colours.h"
 #include "listview/columns/options_dialog.h"
+#include "listview/columns/time_columns.h"
 #include "listview/rows/trace_view.h"
 #include "settings/globals.h"
 #include "settings/registry.h"
@@ -65,6 +66,7 @@ void CTesseraApp::MapCommands() {
   MapCommand(ID_FILE_NEWCONFIG, [this] { OnNewConfig(); });
   MapCommand(ID_VIEW_OPTIONS, [this] { OnOptions(); });
   MapCommand(ID_VIEW_COLOURS, [this] { OnColours(); });
+  MapTimeColumns();
   MapCommand(ID_APP_ABOUT, [this] { m_faces.ShowAbout(kVersionLine); });
   MapCommand(ID_APP_EXIT, [this] { m_frame->OnClose(); });
   MapCommand(ID_FILE_PRINT_SETUP, [this] { m_faces.ShowPrintSetup(); });
@@ -77,6 +79,21 @@ void CTesseraApp::MapCommands() {
         const CDocument* document = child ? child->GetActiveDocument() : nullptr;
         ui.Enable(document && document->GetDocTemplate());
       });
+}
+
+// In all windows, as the columns of the options.
+void CTesseraApp::MapTimeColumns() {
+  const std::pair<unsigned, Column> columns[] = {{ID_VIEW_TIMEDELTA, Column::Delta},
+                                                 {ID_VIEW_TIMESINCE, Column::Since},
+                                                 {ID_VIEW_TIMEWALL, Column::WallTime}};
+  for (const auto& [id, column] : columns)
+    MapCommand(
+        id,
+        [this, column = column] {
+          ShowTimeColumn(column, !IsTimeColumnShown(column));
+          OnTraceOptions();
+        },
+        [column = column](CCmdUI& ui) { ui.SetCheck(IsTimeColumnShown(column)); });
 }
 
 bool CTesseraApp::InitInstance(const std::vector<std::string>& arguments) {

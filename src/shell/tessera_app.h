@@ -89,6 +89,7 @@ class CTesseraApp : public CWinApp, public WizardProgram {
   void OnNewConfig();
   void OnOptions();
   void OnColours();
+  void MapTimeColumns();
   void OnTraceOptions();  // WM_TRACE_OPTIONS: hint 1001 to all views
   void OnNewWindow();
   void ShowInStatusBar(const std::string& notice, const std::string& details);

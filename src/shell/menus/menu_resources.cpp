@@ -110,6 +110,15 @@ const CommandText kTexts[] = {
      "Go back to the filter text before\nFilter Back"},
     {ID_VIEW_FILTERFORWARD, kTraces, "Filter &Forward\tAlt+Right",
      "Go forward to the next filter text\nFilter Forward"},
+    {ID_VIEW_TIMECOLUMNS, kTraces, "Time Colum&ns", ""},
+    {ID_VIEW_TIMEDELTA, kTraces, "&Delta",
+     "Show the time from the row above, by tic counts where there are some\nDelta"},
+    {ID_VIEW_TIMESINCE, kTraces, "&Since",
+     "Show the time from the reference row, which Ctrl+T sets\nSince"},
+    {ID_VIEW_TIMEWALL, kTraces, "&Wall Time",
+     "Show date, time and zone, with microseconds where tic counts tell them\nWall Time"},
+    {ID_VIEW_TIMEREFERENCE, kTraces, "Time R&eference\tCtrl+T",
+     "Count the column Since from this row; again: from none\nTime Reference"},
     {ID_VIEW_STATISTICS, kTraces, "Stat&istics...",
      "Count the traces by component, by the pattern of their text, ...\nStatistics"},
     {ID_VIEW_PAUSE, kMonitor, "Pa&use", "Pause display of output\nPause"},
@@ -165,7 +174,15 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_FILTERBACK,
                                  ID_VIEW_FILTERFORWARD,
                                  0,
+                                 ID_VIEW_TIMECOLUMNS,
+                                 ID_VIEW_TIMEREFERENCE,
+                                 0,
                                  ID_VIEW_STATISTICS};
+// The menus inside of others, by the id of their item.
+constexpr unsigned kTimeColumnIds[] = {ID_VIEW_TIMEDELTA, ID_VIEW_TIMESINCE, ID_VIEW_TIMEWALL};
+const std::map<unsigned, std::span<const unsigned>> kSubmenus = {
+    {ID_VIEW_TIMECOLUMNS, kTimeColumnIds},
+};
 constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
 constexpr unsigned kWindowIds[] = {
     ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE, 0, ID_WINDOW_TABS};
@@ -218,6 +235,10 @@ MenuPopup MakePopup(const PopupLayout& layout, unsigned menu) {
       if (separator) popup.items.push_back({});
       separator = false;
       popup.items.push_back({id, text});
+      const auto inside = kSubmenus.find(id);
+      if (inside == kSubmenus.end()) continue;
+      for (const unsigned item : inside->second)
+        popup.items.back().items.push_back({item, TextIn(menu, item)});
     }
   }
   return popup;
@@ -282,15 +303,17 @@ const std::vector<Accelerator>& Accelerators() {
       {"Ctrl+L", ID_VIEW_FILTERTEXT},
       {"Alt+Left", ID_VIEW_FILTERBACK},
       {"Alt+Right", ID_VIEW_FILTERFORWARD},
+      {"Ctrl+T", ID_VIEW_TIMEREFERENCE},
   };
   return keys;
 }
 
 const std::vector<StatusIndicator>& StatusIndicators() {
-  // The last text only determines the width of its pane: six digits.
+  // The texts of the zone and of the rows only determine the widths of their panes.
   static const std::vector<StatusIndicator> indicators = {
-      {kPaneMessage, ""},    {kPaneCaps, "CAP"},          {kPaneNum, "NUM"},
-      {kPaneScroll, "SCRL"}, {kPaneFiltered, "FILTERED"}, {kPaneRowCount, "555555"},
+      {kPaneMessage, ""},        {kPaneZone, "UTC+00:00"}, {kPaneCaps, "CAP"},
+      {kPaneNum, "NUM"},         {kPaneScroll, "SCRL"},    {kPaneFiltered, "FILTERED"},
+      {kPaneRowCount, "555555"},
   };
   return indicators;
 }

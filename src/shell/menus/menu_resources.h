@@ -16,6 +16,7 @@
 struct MenuItem {
   unsigned id = 0;  // 0: a separator; ID_FILE_MRU_FILE1: replaced by the recent files
   std::string text;
+  std::vector<MenuItem> items = {};  // not empty: the item opens a menu of these
 };
 
 struct MenuPopup {

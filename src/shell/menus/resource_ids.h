@@ -16,6 +16,7 @@ enum ShellResource : unsigned {
 // Status bar panes, in order from the left.
 enum StatusPane : unsigned {
   kPaneMessage = 0,
+  kPaneZone = 59145,
   kPaneCaps = 59137,
   kPaneNum = 59138,
   kPaneScroll = 59139,

@@ -64,6 +64,7 @@ void CommandActions::UpdateMenu(QMenu& menu) {
   for (QAction* action : menu.actions()) {
     const unsigned id = action->data().toUInt();
     if (id != 0) Update(id, *action);
+    if (action->menu()) UpdateMenu(*action->menu());
   }
 }
 

@@ -57,6 +57,8 @@ Menus::OneMenu Menus::MakeMenu(const MenuPopup& popup) {
       recentFiles = &item;
     } else if (item.id == 0) {
       action = made.menu->addSeparator();
+    } else if (!item.items.empty()) {
+      action = made.menu->addMenu(Submenu(item, made.menu));
     } else {
       action = m_actions.Item(item.id, Shown(item.text), made.menu);
       made.menu->addAction(action);
@@ -67,6 +69,13 @@ Menus::OneMenu Menus::MakeMenu(const MenuPopup& popup) {
   }
   if (popup.windowList) made.changing.push_back({nullptr, {}, true, &Menus::OpenWindows, {}, {}});
   return made;
+}
+
+QMenu* Menus::Submenu(const MenuItem& item, QMenu* parent) {
+  auto* const menu = new QMenu(Shown(item.text), parent);
+  for (const MenuItem& each : item.items)
+    menu->addAction(m_actions.Item(each.id, Shown(each.text), menu));
+  return menu;
 }
 
 void Menus::Refresh() {

@@ -13,6 +13,8 @@ constexpr int kSidePx = 8;  // between a pane's text and its border
 // The description of a pane for screen readers, besides its text, which may be empty.
 QString Description(unsigned pane) {
   switch (pane) {
+    case kPaneZone:
+      return StatusPanes::tr("Time zone");
     case kPaneCaps:
       return StatusPanes::tr("Caps Lock");
     case kPaneNum:

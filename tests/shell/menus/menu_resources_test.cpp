@@ -18,6 +18,8 @@ std::string Dump(unsigned resource) {
       std::string text = item.id ? std::to_string(item.id) + " " + item.text : "-----";
       if (const auto tab = text.find('\t'); tab != std::string::npos) text.replace(tab, 1, "\\t");
       dump += "  " + text + "\n";
+      for (const MenuItem& inside : item.items)
+        dump += "    " + std::to_string(inside.id) + " " + inside.text + "\n";
     }
     if (popup.windowList) dump += "  (windows)\n";
   }
@@ -98,6 +100,12 @@ TEST(Menus, OfATraceFile) {
   32903 Filter &Back\tAlt+Left
   32904 Filter &Forward\tAlt+Right
   -----
+  32946 Time Colum&ns
+    32940 &Delta
+    32941 &Since
+    32942 &Wall Time
+  32943 Time R&eference\tCtrl+T
+  -----
   32909 Stat&istics...
 &Window
   57648 &New Window
@@ -161,6 +169,12 @@ TEST(Menus, OfAMonitor) {
   32902 Filter Te&xt\tCtrl+L
   32903 Filter &Back\tAlt+Left
   32904 Filter &Forward\tAlt+Right
+  -----
+  32946 Time Colum&ns
+    32940 &Delta
+    32941 &Since
+    32942 &Wall Time
+  32943 Time R&eference\tCtrl+T
   -----
   32909 Stat&istics...
 &Window
@@ -391,6 +405,7 @@ F1 57670
 Ctrl+L 32902
 Alt+Left 32903
 Alt+Right 32904
+Ctrl+T 32943
 )");
 }
 
@@ -412,6 +427,7 @@ TEST(StatusBar, ItsPanesStandInOrder) {
     panes += std::to_string(pane.id) + " \"" + pane.text + "\"\n";
   EXPECT_EQ(panes, R"(
 0 ""
+59145 "UTC+00:00"
 59137 "CAP"
 59138 "NUM"
 59139 "SCRL"

@@ -158,7 +158,7 @@ TEST_F(MainFrameTest, AScreenReaderHearsEachPanesTextAndWhatItTellsOf) {
                  said->text(QAccessible::Name);
   }
   EXPECT_EQ(heard.join(QLatin1Char('|')).toStdString(),
-            "Message=|Caps Lock=CAP|Num Lock=|Scroll Lock=|Filter=|Rows=1234");
+            "Message=|Time zone=|Caps Lock=CAP|Num Lock=|Scroll Lock=|Filter=|Rows=1234");
 }
 
 TEST_F(MainFrameTest, AScreenReaderHearsEachButtonByItsToolTip) {

@@ -108,6 +108,22 @@ TEST_F(MenusTest, EachResourceGivesAWholeBarWithTheExactTextsInOrder) {
   }
 }
 
+TEST_F(MenusTest, AMenuInsideOfAnotherHasItsItemsWithTheirStates) {
+  Start();
+  Open(TraceFile("a.trc", 3));
+  const auto inside = [this]() -> QMenu* {
+    for (const QAction* action : Opened("&View")->actions())
+      if (action->menu()) return action->menu();
+    return nullptr;
+  };
+  ASSERT_TRUE(inside());
+  EXPECT_EQ(inside()->title(), QStringLiteral("Time Colum&ns"));
+  EXPECT_EQ(Dump(*inside()), "&Delta\n&Since\n&Wall Time\n");
+  Item(*inside(), ID_VIEW_TIMEWALL)->trigger();
+  EXPECT_TRUE(Item(*inside(), ID_VIEW_TIMEWALL)->isChecked());
+  EXPECT_FALSE(Item(*inside(), ID_VIEW_TIMEDELTA)->isChecked());
+}
+
 TEST_F(MenusTest, TheTextAfterTheTabIsShownAsItStandsAndNoKeyIsDerived) {
   Start();
   Face().SetMenu(IDR_MONITOR);

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::uint64_t kHeads[] = {64, 1024, 16 * 1024, 64 * 1024};
+constexpr std::uint64_t kHeadBytes[] = {64, 1024, 16 * 1024, 64 * 1024};
 
 }  // namespace
 
@@ -22,7 +22,7 @@ std::uint64_t PrintOfRecord(const std::uint8_t* record) {
 
 FilePrint PrintOfFile(Bytes file) {
   FilePrint print{.size = file.size(), .heads = {}};
-  for (const std::uint64_t bytes : kHeads) {
+  for (const std::uint64_t bytes : kHeadBytes) {
     const std::uint64_t held = std::min<std::uint64_t>(bytes, file.size());
     print.heads.push_back({held, PrintOf(file.first(static_cast<std::size_t>(held)))});
     if (held < bytes) break;

@@ -35,6 +35,8 @@ class TracePane : public CView, public WatchedPane, public SearchedPane {
 
   // The trace of the current row or item; null without one, or when the trace was removed.
   virtual TraceEvent_i* CurrentEvent() const = 0;
+  // The trace of the row above it; null without one.
+  virtual const TraceEvent_i* EventAbove() const { return nullptr; }
   // Copies the filter and clears the changed mark. False when the user cancelled the rebuild: then
   // nothing has changed.
   bool SetFilter(const CTraceFilter& filter, bool rebuild);

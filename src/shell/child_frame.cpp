@@ -49,6 +49,12 @@ void CTraceChildFrame::OnStatistics() {
 }
 
 void CTraceChildFrame::MapBeside() {
+  AddBeside(ID_VIEW_DETAILS, "Details", [this] {
+    ShellFaces& faces = m_main.Tessera().Faces();
+    return std::make_unique<DetailsPane>(
+        GetHost(), [&faces](DetailsPane& pane) { return faces.CreateDetails(pane); },
+        [this](const std::string& text) { m_filter.TakeStep(text); });
+  });
   MapCommand(
       ID_VIEW_BESIDERIGHT,
       [this] {

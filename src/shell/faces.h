@@ -13,6 +13,7 @@
 #include "docview/frame.h"
 #include "listview/source/rich_edit.h"
 #include "shell/beside/beside_area.h"
+#include "shell/details/details_pane.h"
 #include "shell/filterline/filter_line.h"
 #include "shell/menus/menu_resources.h"
 
@@ -56,6 +57,7 @@ class ShellFaces {
   virtual std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) = 0;
   virtual std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) = 0;
   virtual std::unique_ptr<BesideArea> CreateBesideArea(BesideAreaOwner& owner) = 0;
+  virtual std::unique_ptr<DetailsFace> CreateDetails(DetailsPane& pane) = 0;
   // Is a modal box or dialog open?
   virtual bool IsModal() const = 0;
   virtual void ShowAbout(const std::string& versionLine) = 0;

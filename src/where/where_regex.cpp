@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "base/thread_time.h"
 #include "where/plain_regex.h"
+#include "where/well_formed.h"
 
 namespace {
 
@@ -31,49 +32,6 @@ constexpr std::uint32_t kOptions = PCRE2_NEVER_BACKSLASH_C;
 
 PCRE2_SPTR BytesOf(std::string_view text) {
   return reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
-}
-
-bool IsAscii(std::string_view text) {
-  std::uint64_t bits = 0, word = 0;
-  const char* at = text.data();
-  std::size_t left = text.size();
-  for (; left >= sizeof word; left -= sizeof word, at += sizeof word) {
-    std::memcpy(&word, at, sizeof word);
-    bits |= word;
-  }
-  for (; left > 0; --left, ++at) bits |= static_cast<unsigned char>(*at);
-  return (bits & 0x8080808080808080U) == 0;
-}
-
-// The bytes of the character that is no ASCII; 0: malformed.
-std::size_t CharacterAt(const unsigned char* at, std::size_t left) {
-  const unsigned first = at[0];
-  const std::size_t bytes = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-  if (first < 0xC2 || first > 0xF4 || bytes > left) return 0;
-  for (std::size_t i = 1; i < bytes; ++i)
-    if ((at[i] & 0xC0) != 0x80) return 0;
-  // Too long a form, a half of a pair, and beyond the last character.
-  const bool wrong = (first == 0xE0 && at[1] < 0xA0) || (first == 0xED && at[1] > 0x9F) ||
-                     (first == 0xF0 && at[1] < 0x90) || (first == 0xF4 && at[1] > 0x8F);
-  return wrong ? 0 : bytes;
-}
-
-bool IsWellFormed(std::string_view text) {
-  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
-  std::size_t left = text.size();
-  while (left > 0) {
-    std::uint64_t word = 0;
-    std::size_t bytes = 1;
-    if (left >= sizeof word) std::memcpy(&word, at, sizeof word);
-    if (left >= sizeof word && (word & 0x8080808080808080U) == 0)
-      bytes = sizeof word;
-    else if (*at >= 0x80)
-      bytes = CharacterAt(at, left);
-    if (bytes == 0) return false;
-    at += bytes;
-    left -= bytes;
-  }
-  return true;
 }
 
 // Not those that look at where a search begins, or that end it.
@@ -243,10 +201,27 @@ bool WhereRegexSearch::Finds(const WhereRegex& regex, std::string_view text) {
     ++m_limitsReached;
     return false;
   }
-  if (regex.m_meansTheSame || !regex.m_characters) return FindsIn(*regex.m_bytes, text);
-  if (!regex.m_bytes) return FindsIn(*regex.m_characters, text);
+  return FindsIn(CodeFor(regex, text), text);
+}
+
+const WhereRegex::Code& WhereRegexSearch::CodeFor(const WhereRegex& regex, std::string_view text) {
+  if (regex.m_meansTheSame || !regex.m_characters) return *regex.m_bytes;
+  if (!regex.m_bytes) return *regex.m_characters;
   const bool bytes = IsAscii(text) || !IsWellFormed(text);
-  return FindsIn(bytes ? *regex.m_bytes : *regex.m_characters, text);
+  return bytes ? *regex.m_bytes : *regex.m_characters;
+}
+
+// What an expression looks back at may lie before `from`.
+std::optional<WhereRegexSearch::Place> WhereRegexSearch::FindPlace(const WhereRegex& regex,
+                                                                   std::string_view text,
+                                                                   std::size_t from,
+                                                                   std::uint64_t steps) {
+  if (!m_memory) m_memory = std::make_unique<Memory>();
+  if (from > text.size() || MatchWhole(CodeFor(regex, text), text, steps, from) < 0)
+    return std::nullopt;
+  const PCRE2_SIZE* const ends = pcre2_get_ovector_pointer(m_memory->match);
+  // \K may move the beginning behind the end.
+  return Place{std::min(ends[0], ends[1]), std::max(ends[0], ends[1])};
 }
 
 bool WhereRegexSearch::FindsInField(const WhereRegex& regex, const char* text, std::size_t length) {
@@ -306,11 +281,11 @@ int WhereRegexSearch::MatchAnew(const WhereRegex::Code& code, std::string_view t
 
 // `steps`: of all places together.
 int WhereRegexSearch::MatchWhole(const WhereRegex::Code& code, std::string_view text,
-                                 std::uint64_t steps) {
+                                 std::uint64_t steps, std::size_t from) {
   const Memory& memory = *m_memory;
   const std::uint64_t ofPlace = std::min<std::uint64_t>(kStepsMax, steps / (text.size() + 1));
   pcre2_set_match_limit(memory.context, static_cast<std::uint32_t>(ofPlace));
-  const int found = code.whole.Match(text, 0, memory.match, memory.context);
+  const int found = code.whole.Match(text, from, memory.match, memory.context);
   pcre2_set_match_limit(memory.context, m_bounds ? m_bounds->steps : kStepsFirst);
   return found;
 }

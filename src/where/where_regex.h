@@ -73,17 +73,26 @@ class WhereRegexSearch {
   bool Finds(const WhereRegex& regex, std::string_view text);
   // The same for a field: its text ends before the first NUL.
   bool FindsInField(const WhereRegex& regex, const char* text, std::size_t length);
+  struct Place {
+    std::size_t begin, end;
+  };
+  // The first match that begins at `from` or behind it. None also where it takes more than these
+  // steps, in which PCRE2 counts. REQUIRES: no character lies across `from`.
+  std::optional<Place> FindPlace(const WhereRegex& regex, std::string_view text, std::size_t from,
+                                 std::uint64_t steps);
   // The searches that were given up.
   std::uint64_t LimitsReached() const { return m_limitsReached; }
 
  private:
   struct Memory;
+  static const WhereRegex::Code& CodeFor(const WhereRegex& regex, std::string_view text);
   bool FindsIn(const WhereRegex::Code& code, std::string_view text);
   bool MayBegin(std::string_view text) const { return !m_bounds || MayBeginBounded(text); }
   bool MayBeginBounded(std::string_view text) const;
   std::size_t EndPart(const WhereRegex::Code& code, std::string_view text, std::size_t end) const;
   int MatchAnew(const WhereRegex::Code& code, std::string_view text);
-  int MatchWhole(const WhereRegex::Code& code, std::string_view text, std::uint64_t steps);
+  int MatchWhole(const WhereRegex::Code& code, std::string_view text, std::uint64_t steps,
+                 std::size_t from = 0);
   int MatchLong(const WhereRegex::Code& code, std::string_view text);
   int MatchInParts(const WhereRegex::Code& code, std::string_view text);
 

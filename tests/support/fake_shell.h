@@ -16,6 +16,7 @@
 #include "shell/main_frame.h"
 #include "support/fake_beside_area.h"
 #include "support/fake_config_pane.h"
+#include "support/fake_details.h"
 #include "support/fake_filter_line.h"
 #include "support/fake_frame.h"
 #include "support/fake_rich_edit.h"
@@ -129,6 +130,9 @@ class FakeShellFaces : public ShellFaces {
   std::unique_ptr<BesideArea> CreateBesideArea(BesideAreaOwner& owner) override {
     return std::make_unique<FakeBesideArea>(owner, m_besideArea);
   }
+  std::unique_ptr<DetailsFace> CreateDetails(DetailsPane& pane) override {
+    return std::make_unique<FakeDetails>(pane, m_details);
+  }
   void ShowAbout(const std::string& versionLine) override { m_log.Add("about " + versionLine); }
   void ShowPrintSetup() override { m_log.Add("print setup"); }
   void ShowHelp(const std::string& topic) override { m_log.Add("help \"" + topic + "\""); }
@@ -140,6 +144,7 @@ class FakeShellFaces : public ShellFaces {
   int m_largestWidthPx = 32767, m_largestHeightPx = 32767;
   FakeFilterLine* m_filterLine = nullptr;  // the one made last; null when it has gone
   FakeBesideArea* m_besideArea = nullptr;  // likewise
+  FakeDetails* m_details = nullptr;        // likewise
   FakeMainFrameFace* m_main = nullptr;     // null while there is no main window
 
  private:

@@ -7,6 +7,7 @@
 #include <clocale>
 #include <cstdio>
 
+#include "beside_scenes.h"
 #include "config_scenes.h"
 #include "config_window_scenes.h"
 #include "dialog_scenes.h"
@@ -49,8 +50,8 @@ QString CopyTo(const QString& folder, const char* from, const char* name) {
   return path;
 }
 
-void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, const std::string& file,
-           const std::string& second) {
+void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, BesideScenes& beside,
+           const std::string& file, const std::string& second) {
   scenes.Empty();
   scenes.File(file);
   scenes.Menu();
@@ -62,13 +63,14 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, cons
   scenes.Help(HelpWindow::Topics());
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
+  beside.Details();
   filter.Statistics();
   filter.All();
   scenes.Tiled(second);
 }
 
-void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, const std::string& file,
-          const std::string& second) {
+void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, BesideScenes& beside,
+          const std::string& file, const std::string& second) {
   scenes.UseDark();
   scenes.Empty();
   scenes.File(file);
@@ -79,6 +81,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, const
   scenes.Help({QStringLiteral("list"), QStringLiteral("wizard")});
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
+  beside.Details();
   filter.Statistics();
   filter.All();
   scenes.Tiled(second);
@@ -106,16 +109,20 @@ class Configuring {
   WizardScenes m_wizard;
 };
 
-void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter,
+void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, BesideScenes& beside,
             Configuring& configuring, const std::string& file) {
   scenes.SetMark(QStringLiteral("-%1").arg(qRound(scenes.Window().devicePixelRatioF() * 100)));
   scenes.File(file);
+  scenes.Hits(QStringLiteral("main-hits"));
+  beside.Details();
   filter.Statistics();
   filter.All();
   dialogs.Colours();
   configuring.All();
   scenes.UseDark();
   scenes.File(file);
+  scenes.Hits(QStringLiteral("main-hits"));
+  beside.Details();
   filter.Statistics();
   filter.All();
   dialogs.Colours();
@@ -146,16 +153,17 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   TreeScenes tree(tessera, scenes, replay, file, scratch.path());
   DialogScenes dialogs(tessera, scenes, source, home);
   FilterScenes filter(tessera, scenes);
+  BesideScenes beside(tessera, scenes);
   Configuring configuring(tessera, scenes);
   if (window.devicePixelRatioF() > 1) {
-    Scaled(scenes, dialogs, filter, configuring, file);
+    Scaled(scenes, dialogs, filter, beside, configuring, file);
     return scenes.Good() ? 0 : 2;
   }
-  Light(scenes, dialogs, filter, file, second);
+  Light(scenes, dialogs, filter, beside, file, second);
   configuring.All();
   monitor.Light();
   tree.Light();
-  Dark(scenes, dialogs, filter, file, second);
+  Dark(scenes, dialogs, filter, beside, file, second);
   configuring.All();
   monitor.Dark();
   tree.Dark();

@@ -1,30 +1,11 @@
 #include "listview/details/trace_detail_dialog.h"
 
 #include <algorithm>
+#include <utility>
 
-#include "base/quor_ptr.h"
-#include "records/process_name.h"
-#include "records/timer.h"
-#include "settings/globals.h"
+#include "listview/details/detail_texts.h"
 
 namespace {
-
-constexpr char kNotAvailable[] = "n/a";
-
-// Kept: a list's export writes "Warn" for the second.
-std::string SeverityWord(int attributes) {
-  const int severity = attributes & kSeverityMask;
-  switch (severity) {
-    case kAttributeInfo:
-      return "Info";
-    case kAttributeWarn:
-      return "Warning";
-    case kAttributeError:
-      return "Error";
-    default:
-      return QuorStr::NumToStr(severity);
-  }
-}
 
 std::string WithCarriageReturns(const std::string& text) {
   std::string lines;
@@ -33,11 +14,6 @@ std::string WithCarriageReturns(const std::string& text) {
     lines += c;
   }
   return lines;
-}
-
-std::string SourceOf(const TraceEvent_i& event, const NameMap& names) {
-  const std::string file = event.GetSourceFileName(names);
-  return file.empty() ? file : file + ":" + QuorStr::NumToStr(event.GetSourceLine());
 }
 
 }  // namespace
@@ -69,11 +45,9 @@ const CTraceDetailDialog::Field& CTraceDetailDialog::AccountField() {
 }
 
 CTraceDetailDialog::CTraceDetailDialog(Host& host, CTraceIterator& iterator, const NameMap& names)
-    : CDialog(host), m_iterator(iterator), m_nameMap(names) {}
+    : CDialog(host), m_iterator(iterator), m_nameMap(names), m_namer(host) {}
 
-CTraceDetailDialog::~CTraceDetailDialog() {
-  if (m_question) m_question->Withdraw();
-}
+CTraceDetailDialog::~CTraceDetailDialog() = default;
 
 void CTraceDetailDialog::OnInitDialog() {
   m_gotoPath.clear();
@@ -114,25 +88,23 @@ void CTraceDetailDialog::Fill() {
 }
 
 void CTraceDetailDialog::FillFields(const TraceEvent_i& event) {
-  const int attributes = event.GetAttributes();
-  const std::uint32_t count = event.GetSequenceNumber();
-  m_severity = SeverityWord(attributes);
-  m_count = count == kNoSequenceNumber ? std::string() : QuorStr::NumToStr(count);
-  m_attributes = AttributesToLabel(attributes);
-  m_component = event.GetComponentName(m_nameMap);
-  m_category = event.GetCategoryName(m_nameMap);
-  m_machine = event.GetMachineName(m_nameMap);
-  m_application = event.GetAppName(m_nameMap);
-  m_pid = event.GetPidName(m_nameMap);
-  m_tid = event.GetTidName(m_nameMap);
-  m_account = ProcessName::Of(m_pid).account;
-  m_time = event.GetTimeString(!g_useUtc);
-  m_source = SourceOf(event, m_nameMap);
+  DetailTexts texts = DetailTextsOf(event, m_nameMap);
+  m_severity = std::move(texts.severity);
+  m_count = std::move(texts.count);
+  m_attributes = std::move(texts.attributes);
+  m_component = std::move(texts.component);
+  m_category = std::move(texts.category);
+  m_machine = std::move(texts.machine);
+  m_application = std::move(texts.application);
+  m_pid = std::move(texts.pid);
+  m_tid = std::move(texts.tid);
+  m_account = std::move(texts.account);
+  m_time = std::move(texts.time);
+  m_source = std::move(texts.source);
+  m_ticCount = std::move(texts.ticCount);
   FillText(event.GetText());
   FillStack(event.GetStack());
-  const std::uint64_t ticCount = event.GetTicCount();
-  m_ticCount = QuorStr::NumToStr(ticCount);  // kept: 0 reads "0" here
-  m_ticDifference = TicDifference(ticCount);
+  m_ticDifference = TicDifference(event.GetTicCount());
 }
 
 // The hits refer to the text as it was traced: each line end before a hit moves it by a byte.
@@ -154,47 +126,22 @@ void CTraceDetailDialog::FillText(const std::string& text) {
 }
 
 // Kept: two real steps of the cursor, which move a list's selection away and back; synchronised
-// views follow them. Unlike in a list's column, the two traces may be of different processes. A
-// difference below 0 wraps.
+// views follow them. Unlike in a list's column, the two traces may be of different processes.
 std::string CTraceDetailDialog::TicDifference(std::uint64_t ticCount) {
-  if (ticCount == 0 || !m_iterator.HasPrev()) return kNotAvailable;
+  if (ticCount == 0 || !m_iterator.HasPrev()) return TicDifferenceText(ticCount, nullptr);
   m_iterator.Prev();
-  if (m_iterator.cancelled) return kNotAvailable;
-  const TraceEvent_i* const earlier = m_iterator.current;
-  const std::uint64_t difference = earlier ? ticCount - earlier->GetTicCount() : 0;
+  if (m_iterator.cancelled) return TicDifferenceText(ticCount, nullptr);
+  const std::string text = TicDifferenceText(ticCount, m_iterator.current);
   m_iterator.Next();
-  if (!earlier) return kNotAvailable;
-  const QuorPtr<trc_Timer_i> timer(CreateTimer());
-  timer->SetPicoseconds(static_cast<double>(static_cast<std::int64_t>(difference)));
-  return QuorStr::NumToStr(difference) + " (" + timer->Format() + ")";
+  return text;
 }
 
 void CTraceDetailDialog::FillStack(const std::string& stack) {
-  m_stack.clear();
+  m_stack = StackLines(stack);
   m_stackEnabled = !stack.empty();
-  std::size_t begin = 0;
-  for (std::size_t end; (end = stack.find('\n', begin)) != std::string::npos; begin = end + 1)
-    m_stack.push_back(stack.substr(begin, end - begin));
-  if (begin < stack.size()) m_stack.push_back(stack.substr(begin));
-  AskForNames(stack);
-}
-
-// The answer comes on another thread, which may hold the question longer than this dialog lives. So
-// it is taken only while the mark of the shown stack is there.
-void CTraceDetailDialog::AskForNames(const std::string& stack) {
-  if (m_question) m_question->Withdraw();
-  m_question.reset();
-  m_stackMark.reset();
   m_stackNames = {};
-  if (stack.empty() || !g_stackNaming) return;
-  m_stackMark = std::make_shared<char>();
-  const std::weak_ptr<char> mark = m_stackMark;
-  m_question = std::make_shared<StackQuestion>(stack, [this, mark](const StackNames& names) {
-    GetHost().Post([this, mark, names] {
-      if (mark.expired()) return;
-      m_stackNames = names;
-      if (m_whenNamed) m_whenNamed();
-    });
+  m_namer.Ask(stack, [this](const StackNames& names) {
+    m_stackNames = names;
+    if (m_whenNamed) m_whenNamed();
   });
-  g_stackNaming->Ask(m_question);
 }

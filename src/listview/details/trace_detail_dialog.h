@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "docview/dialogs/dialog.h"
+#include "listview/details/stack_namer.h"
 #include "listview/details/trace_iterator.h"
-#include "symbols/stack_naming.h"
 #include "tree/find/find_hits.h"
 
 class CTraceDetailDialog : public CDialog {
@@ -71,12 +71,10 @@ class CTraceDetailDialog : public CDialog {
   void FillFields(const TraceEvent_i& event);
   void FillText(const std::string& text);
   void FillStack(const std::string& stack);
-  void AskForNames(const std::string& stack);
   std::string TicDifference(std::uint64_t ticCount);
 
   CTraceIterator& m_iterator;
   const NameMap& m_nameMap;
   FindHits m_findHits;
-  std::shared_ptr<StackQuestion> m_question;  // that of the shown stack
-  std::shared_ptr<char> m_stackMark;          // held by nobody else
+  StackNamer m_namer;
 };

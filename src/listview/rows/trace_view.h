@@ -35,8 +35,8 @@ class CTraceView : public TracePane, public RowListOwner {
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
   ViewControl* Control() override { return m_list.get(); }
 
-  // The trace of the focused row; null without one or when the trace was trimmed.
-  TraceEvent_i* CurrentEvent() const override;
+  TraceEvent_i* CurrentEvent() const override;  // of the focused row; null when it was trimmed
+  const TraceEvent_i* EventAbove() const override { return EventOfRow(m_currentRow - 1); }
 
   // For the colours of a page by rules; the rest comes with the next painting.
   std::chrono::nanoseconds m_colourTime = RowColourer::kPageTime;

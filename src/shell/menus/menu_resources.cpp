@@ -119,6 +119,12 @@ const CommandText kTexts[] = {
      "Show date, time and zone, with microseconds where tic counts tell them\nWall Time"},
     {ID_VIEW_TIMEREFERENCE, kTraces, "Time R&eference\tCtrl+T",
      "Count the column Since from this row; again: from none\nTime Reference"},
+    {ID_VIEW_DETAILS, kTraces, "&Details\tCtrl+I",
+     "Show all of the trace that has the focus beside the traces\nDetails"},
+    {ID_VIEW_BESIDERIGHT, kTraces, "Details at the Ri&ght",
+     "Show details at the right of the traces, not below them\nDetails at the Right"},
+    {ID_VIEW_NEXTAREA, kTraces, "Next &Pane\tF6",
+     "Go from the traces to what stands beside them, or back\nNext Pane"},
     {ID_VIEW_STATISTICS, kTraces, "Stat&istics...",
      "Count the traces by component, by the pattern of their text, ...\nStatistics"},
     {ID_VIEW_PAUSE, kMonitor, "Pa&use", "Pause display of output\nPause"},
@@ -177,7 +183,11 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_TIMECOLUMNS,
                                  ID_VIEW_TIMEREFERENCE,
                                  0,
-                                 ID_VIEW_STATISTICS};
+                                 ID_VIEW_STATISTICS,
+                                 0,
+                                 ID_VIEW_DETAILS,
+                                 ID_VIEW_BESIDERIGHT,
+                                 ID_VIEW_NEXTAREA};
 // The menus inside of others, by the id of their item.
 constexpr unsigned kTimeColumnIds[] = {ID_VIEW_TIMEDELTA, ID_VIEW_TIMESINCE, ID_VIEW_TIMEWALL};
 const std::map<unsigned, std::span<const unsigned>> kSubmenus = {
@@ -304,6 +314,8 @@ const std::vector<Accelerator>& Accelerators() {
       {"Alt+Left", ID_VIEW_FILTERBACK},
       {"Alt+Right", ID_VIEW_FILTERFORWARD},
       {"Ctrl+T", ID_VIEW_TIMEREFERENCE},
+      {"Ctrl+I", ID_VIEW_DETAILS},
+      {"F6", ID_VIEW_NEXTAREA},
   };
   return keys;
 }

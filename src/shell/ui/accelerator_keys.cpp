@@ -4,7 +4,7 @@
 #include <QKeyEvent>
 #include <QWindow>
 
-#include "shell/filterline/ui/filter_edit.h"
+#include "docview/ui/key_keeper.h"
 #include "shell/menus/menu_resources.h"
 
 AcceleratorKeys::AcceleratorKeys(CommandActions& actions, QWidget& window)
@@ -43,15 +43,15 @@ void AcceleratorKeys::Add(const QKeySequence& key, Qt::ShortcutContext context,
 }
 
 // A focused widget may claim a key before the shortcuts. Inside the main window it does not get an
-// accelerator, whatever the state of the command. The filter text copies itself.
+// accelerator, whatever the state of the command. A text keeps its own.
 bool AcceleratorKeys::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() != QEvent::ShortcutOverride) return false;
   const auto* key = static_cast<QKeyEvent*>(event);
   auto* widget = qobject_cast<QWidget*>(watched);
   if (!widget || widget->window() != &m_window) return false;
   if (!m_keys.contains(key->keyCombination().toCombined())) return false;
-  const auto* edit = dynamic_cast<const FilterEdit*>(widget);
-  if (edit && edit->KeepsKey(*key)) return false;
+  const auto* keeper = dynamic_cast<const KeyKeeper*>(widget);
+  if (keeper && keeper->KeepsKey(*key)) return false;
   event->ignore();
   return true;
 }

@@ -20,6 +20,7 @@
 #include "listview/source/ui/rich_edit_widget.h"
 #include "shell/beside/ui/beside_area_widget.h"
 #include "shell/colours/ui/colour_rules_face.h"
+#include "shell/details/ui/details_widget.h"
 #include "shell/filterline/ui/filter_line_widget.h"
 #include "shell/load_status.h"
 #include "shell/ui/about_box.h"
@@ -111,6 +112,10 @@ std::unique_ptr<FilterLineFace> QtShellFaces::CreateFilterLine(FilterLine& line)
 
 std::unique_ptr<BesideArea> QtShellFaces::CreateBesideArea(BesideAreaOwner& owner) {
   return std::make_unique<QtBesideArea>(owner);
+}
+
+std::unique_ptr<DetailsFace> QtShellFaces::CreateDetails(DetailsPane& pane) {
+  return std::make_unique<QtDetails>(pane);
 }
 
 void QtShellFaces::ShowAbout(const std::string& versionLine) {

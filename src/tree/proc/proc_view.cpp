@@ -29,6 +29,13 @@ TraceEvent_i* CProcView::CurrentEvent() const {
   return node ? node->event : nullptr;
 }
 
+const TraceEvent_i* CProcView::EventAbove() const {
+  const TreeItem item = m_tree->SelectedItem();
+  const CTraceEvent* const above =
+      item ? NodeOf(m_tree->Walk(item, TreeStep::PreviousVisible)) : nullptr;
+  return above ? above->event : nullptr;
+}
+
 bool CProcView::Build() {
   return m_built || m_document.m_loading || RebuildTree();
 }

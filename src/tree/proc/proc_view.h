@@ -38,8 +38,8 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   void OnInitialUpdate() override;
   ViewControl* Control() override { return m_tree.get(); }
 
-  // The trace of the selected item's node; null without one, or when it has been trimmed.
-  TraceEvent_i* CurrentEvent() const override;
+  TraceEvent_i* CurrentEvent() const override;  // of the selected item; null: trimmed
+  const TraceEvent_i* EventAbove() const override;
   bool Build() override;
   bool IsBuilt() const override { return m_built; }
 

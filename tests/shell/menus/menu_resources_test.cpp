@@ -107,6 +107,10 @@ TEST(Menus, OfATraceFile) {
   32943 Time R&eference\tCtrl+T
   -----
   32909 Stat&istics...
+  -----
+  32965 &Details\tCtrl+I
+  32966 Details at the Ri&ght
+  32967 Next &Pane\tF6
 &Window
   57648 &New Window
   57650 &Cascade
@@ -177,6 +181,10 @@ TEST(Menus, OfAMonitor) {
   32943 Time R&eference\tCtrl+T
   -----
   32909 Stat&istics...
+  -----
+  32965 &Details\tCtrl+I
+  32966 Details at the Ri&ght
+  32967 Next &Pane\tF6
 &Window
   57648 &New Window
   57650 &Cascade
@@ -406,6 +414,8 @@ Ctrl+L 32902
 Alt+Left 32903
 Alt+Right 32904
 Ctrl+T 32943
+Ctrl+I 32965
+F6 32967
 )");
 }
 

@@ -10,10 +10,6 @@ FilterEdit::FilterEdit(QWidget* parent) : QLineEdit(parent) {
   setMaxLength(static_cast<int>(kWhereTextMax));
 }
 
-bool FilterEdit::KeepsKey(const QKeyEvent& key) const {
-  return key.matches(QKeySequence::Copy) || key.matches(QKeySequence::SelectAll);
-}
-
 QColor FilterEdit::ErrorColor(const QColor& ground) {
   return ground.lightness() < 128 ? QColor(0xff, 0x7b, 0x72) : QColor(0xc4, 0x1e, 0x1e);
 }

@@ -9,9 +9,9 @@
 #include <QLineEdit>
 #include <functional>
 
-class QKeyEvent;
+#include "docview/ui/key_keeper.h"
 
-class FilterEdit : public QLineEdit {
+class FilterEdit : public QLineEdit, public KeyKeeper {
  public:
   explicit FilterEdit(QWidget* parent);
 
@@ -20,7 +20,6 @@ class FilterEdit : public QLineEdit {
   // In characters of the text; length 0: nothing.
   void Underline(int from, int length);
   QRect CaretRect() const { return cursorRect(); }
-  bool KeepsKey(const QKeyEvent& key) const;
   // True: it has handled the key.
   std::function<bool(const QKeyEvent& key)> m_onKey;
   std::function<void()> m_onLeft;  // the focus went elsewhere

@@ -1,0 +1,15 @@
+// A widget with keys of its own, although the main window has commands on them: those for copying
+// and for choosing everything, say, in a text.
+#pragma once
+
+#include <QKeyEvent>
+
+class KeyKeeper {
+ public:
+  virtual bool KeepsKey(const QKeyEvent& key) const {
+    return key.matches(QKeySequence::Copy) || key.matches(QKeySequence::SelectAll);
+  }
+
+ protected:
+  ~KeyKeeper() = default;
+};

@@ -1,0 +1,210 @@
+#include "shell/details/ui/details_widget.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+#include "base/text.h"
+#include "docview/ui/dialog_parts.h"
+#include "docview/ui/hit_color.h"
+#include "docview/ui/plain_tool_tip.h"
+#include "listview/details/ui/shown_text.h"
+
+namespace {
+
+QString Shown(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+}  // namespace
+
+// ---- the fields
+
+DetailFields::DetailFields(DetailsPane& pane) : m_pane(pane) {
+  setObjectName(QStringLiteral("detailFields"));
+  setAccessibleName(QStringLiteral("Fields"));
+  setColumnCount(2);
+  setHeaderLabels({QStringLiteral("Field"), QStringLiteral("Value")});
+  setHeaderHidden(true);
+  setRootIsDecorated(false);
+  setUniformRowHeights(true);
+  setSelectionMode(QAbstractItemView::ExtendedSelection);
+  setFrameShape(QFrame::NoFrame);
+  header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+  header()->setStretchLastSection(true);
+  connect(this, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) {
+    m_pane.GotoSource(static_cast<std::size_t>(indexOfTopLevelItem(item)));
+  });
+}
+
+// The items stay, so that the one that the user looks at stays where it is.
+void DetailFields::Update() {
+  const auto wanted = static_cast<int>(m_pane.Rows().size());
+  while (topLevelItemCount() > wanted) delete takeTopLevelItem(topLevelItemCount() - 1);
+  while (topLevelItemCount() < wanted) addTopLevelItem(new QTreeWidgetItem);
+  for (std::size_t row = 0; row < m_pane.Rows().size(); ++row) ShowRow(row);
+}
+
+void DetailFields::ShowRow(std::size_t row) {
+  const DetailRow& from = m_pane.Rows()[row];
+  QTreeWidgetItem& item = *topLevelItem(static_cast<int>(row));
+  const QString caption = Shown(from.caption), value = Shown(from.value);
+  if (item.text(0) != caption) item.setText(0, caption);
+  if (item.text(1) == value && from.hint.empty()) return;
+  item.setText(1, value);
+  item.setToolTip(1, PlainToolTip(from.hint.empty() ? value : Shown(from.hint)));
+}
+
+std::vector<std::size_t> DetailFields::Chosen() const {
+  std::vector<std::size_t> rows;
+  for (int row = 0; row < topLevelItemCount(); ++row)
+    if (topLevelItem(row)->isSelected()) rows.push_back(static_cast<std::size_t>(row));
+  return rows;
+}
+
+std::size_t DetailFields::Current() const {
+  return static_cast<std::size_t>(currentIndex().row());
+}
+
+void DetailFields::Copy(const std::vector<std::size_t>& rows) const {
+  // One value is what the user wants to have elsewhere; of several each needs its name.
+  const std::string text =
+      rows.size() == 1 ? m_pane.Rows().at(rows.front()).value : m_pane.CopyText(rows);
+  if (!text.empty()) QApplication::clipboard()->setText(Shown(text));
+}
+
+bool DetailFields::event(QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride && KeepsKey(*static_cast<QKeyEvent*>(event))) {
+    event->accept();
+    return true;
+  }
+  return QTreeWidget::event(event);
+}
+
+void DetailFields::keyPressEvent(QKeyEvent* event) {
+  if (event->matches(QKeySequence::Copy)) return Copy(Chosen());
+  // It would search among the fields, and the window would not get the key.
+  if (event->key() == Qt::Key_Escape) return event->ignore();
+  QTreeWidget::keyPressEvent(event);
+}
+
+void DetailFields::contextMenuEvent(QContextMenuEvent* event) {
+  const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
+  QTreeWidgetItem* const under =
+      byMouse ? itemAt(viewport()->mapFromGlobal(event->globalPos())) : currentItem();
+  if (!under) return;
+  const auto row = static_cast<std::size_t>(indexOfTopLevelItem(under));
+  QMenu menu(this);
+  const QAction* const copy = menu.addAction(QStringLiteral("&Copy\tCtrl+C"));
+  const QAction* const copyAll = menu.addAction(QStringLiteral("Copy &All"));
+  QAction* const source = menu.addAction(QStringLiteral("&Goto Source"));
+  source->setEnabled(m_pane.HasSource(row));
+  menu.addSeparator();
+  const std::vector<CellStep> steps = m_pane.StepsOf(row);
+  for (const CellStep& step : steps) menu.addAction(Shown(step.label))->setData(Shown(step.text));
+  const QPoint below = viewport()->mapToGlobal(visualItemRect(under).bottomLeft());
+  const QAction* const chosen = menu.exec(byMouse ? event->globalPos() : below);
+  if (!chosen) return;
+  if (chosen == copy) return Copy(Chosen());
+  if (chosen == source) return m_pane.GotoSource(row);
+  if (chosen != copyAll) return m_pane.TakeStep(chosen->data().toString().toStdString());
+  std::vector<std::size_t> all(m_pane.Rows().size());
+  for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
+  Copy(all);
+}
+
+// ---- the text
+
+DetailText::DetailText() {
+  setObjectName(QStringLiteral("detailText"));
+  setAccessibleName(QStringLiteral("Text"));
+  setReadOnly(true);
+  setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  setTabChangesFocus(true);
+  setFrameShape(QFrame::NoFrame);
+}
+
+void DetailText::ShowText(const DetailsPane& pane) {
+  const std::string text(pane.ShownText());
+  const class ShownText shown(text);
+  setPlainText(shown.Text());
+  QList<QTextEdit::ExtraSelection> tinted;
+  for (const HitRange& hit : shown.PlacesOf(pane.Hits())) {
+    QTextEdit::ExtraSelection tint;
+    tint.cursor = QTextCursor(document());
+    tint.cursor.setPosition(static_cast<int>(hit.begin));
+    tint.cursor.setPosition(static_cast<int>(hit.end), QTextCursor::KeepAnchor);
+    tint.format.setBackground(HitColor(palette()));
+    tinted.append(tint);
+  }
+  setExtraSelections(tinted);
+}
+
+// ---- the pane
+
+QtDetails::QtDetails(DetailsPane& pane)
+    : m_pane(pane),
+      m_message(MakePlainLabel({}, this)),
+      m_split(new QSplitter(Qt::Horizontal, this)),
+      m_fields(new DetailFields(pane)),
+      m_text(new DetailText),
+      m_all(new QPushButton(this)) {
+  setObjectName(QStringLiteral("details"));
+  setAccessibleName(QStringLiteral("Details"));
+  setFocusProxy(m_fields);
+  m_message->setObjectName(QStringLiteral("detailMessage"));
+  m_message->setContentsMargins(6, 3, 6, 3);
+  m_message->setWordWrap(true);
+  m_all->setObjectName(QStringLiteral("detailAll"));
+  m_all->hide();
+  auto* const right = new QWidget(m_split);
+  auto* const column = new QVBoxLayout(right);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(m_text, 1);
+  column->addWidget(m_all);
+  m_split->addWidget(m_fields);
+  m_split->addWidget(right);
+  m_split->setStretchFactor(0, 2);
+  m_split->setStretchFactor(1, 3);
+  auto* const layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(m_message);
+  layout->addWidget(m_split, 1);
+  setTabOrder(m_fields, m_text);
+  setTabOrder(m_text, m_all);
+  connect(m_all, &QPushButton::clicked, this, [this] {
+    m_pane.ShowAll();
+    m_text->setFocus();
+  });
+}
+
+void QtDetails::SetFocus() {
+  if (!m_fields->currentItem() && m_fields->topLevelItemCount() > 0)
+    m_fields->setCurrentItem(m_fields->topLevelItem(0), 0, QItemSelectionModel::NoUpdate);
+  m_fields->setFocus(Qt::OtherFocusReason);
+}
+
+void QtDetails::Update() {
+  const QString message = Shown(m_pane.Message());
+  m_message->setText(message);
+  m_message->setVisible(!message.isEmpty());
+  m_fields->Update();
+  m_text->ShowText(m_pane);
+  const std::size_t hidden = m_pane.HiddenBytes();
+  if (hidden > 0) m_all->setText(Shown("Show &All (" + GroupDigits(hidden) + " More Bytes)"));
+  m_all->setVisible(hidden > 0);
+}
+
+void QtDetails::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  const auto wanted = width() > height() ? Qt::Horizontal : Qt::Vertical;
+  if (m_split->orientation() != wanted) m_split->setOrientation(wanted);
+}

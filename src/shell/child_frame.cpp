@@ -5,6 +5,7 @@
 #include "docview/commands/command_ids.h"
 #include "panes/trace_pane.h"
 #include "settings/registry.h"
+#include "shell/goto/go_to_dialog.h"
 #include "shell/main_frame.h"
 #include "shell/menus/resource_ids.h"
 #include "shell/sizes/stored_size.h"
@@ -30,6 +31,7 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
   });
   MapFilter();
   MapBeside();
+  MapGoTo();
   MapCommand(
       ID_VIEW_STATISTICS, [this] { OnStatistics(); },
       [this](CCmdUI& ui) {
@@ -46,6 +48,15 @@ void CTraceChildFrame::OnStatistics() {
   m_statistics = std::make_unique<CStatisticsDlg>(
       m_main.Tessera().GetHost(), [this] { return ShownPane(); },
       [this](const std::string& text) { m_filter.TakeStep(text); });
+}
+
+void CTraceChildFrame::MapGoTo() {
+  const std::pair<unsigned, CGoToDlg::Kind> kinds[] = {{ID_VIEW_GOTOTIME, CGoToDlg::Kind::Time},
+                                                       {ID_VIEW_GOTOROW, CGoToDlg::Kind::Row}};
+  for (const auto& [id, kind] : kinds)
+    MapCommand(
+        id, [this, kind = kind] { RunGoTo(*ShownPane(), kind); },
+        [this](CCmdUI& ui) { ui.Enable(MayGoTo(ShownPane())); });
 }
 
 void CTraceChildFrame::MapBeside() {

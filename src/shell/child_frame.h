@@ -58,6 +58,7 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   // A kind of pane beside the rows with the command that toggles it (BesidePanes::Add).
   void AddBeside(unsigned command, const char* stored, BesidePanes::MakePane make);
   void MapBeside();
+  void MapGoTo();
   void MapFilter();
   void OnStatistics();
   bool HasList() const;

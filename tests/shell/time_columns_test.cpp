@@ -1,6 +1,7 @@
 // The columns of times and the zone of times from the commands to the windows.
 #include "listview/columns/time_columns.h"
 
+#include "shell/goto/go_to_dialog.h"
 #include "shell_fixture.h"
 #include "support/zone_guard.h"
 
@@ -41,6 +42,28 @@ TEST_F(TimeCommandsTest, AReferenceShowsTheColumnSince) {
   EXPECT_GT(WidthPx(*Frame().Children()[0], Column::Since), 0);
   EXPECT_EQ(list.RowListText(1, Column::Since), "reference");
   EXPECT_TRUE(State(ID_VIEW_TIMEREFERENCE).IsChecked());
+}
+
+TEST_F(TimeCommandsTest, GoToRowGoesThereInTheListAndInTheTree) {
+  Start();
+  EXPECT_FALSE(State(ID_VIEW_GOTOROW).IsEnabled());
+  ASSERT_TRUE(Open(WriteTraces("a.trc", 5)));
+  EXPECT_TRUE(State(ID_VIEW_GOTOTIME).IsEnabled());
+  auto& child = dynamic_cast<CTraceChildFrame&>(*Frame().Children()[0]);
+  const auto go = [&](const char* row) {
+    m_host.AnswerDialog([row](CDialog& dialog) {
+      dynamic_cast<CGoToDlg&>(dialog).SetText(row);
+      dialog.OnOK();
+    });
+    ASSERT_TRUE(Frame().OnCommand(ID_VIEW_GOTOROW));
+  };
+  const CTraceDoc& document = child.ShownPane()->Document();
+  go("4");
+  EXPECT_EQ(child.ShownPane()->CurrentEvent(), document.m_traces[3]);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  ASSERT_TRUE(child.IsTreeShown());
+  go("2");
+  EXPECT_EQ(child.ShownPane()->CurrentEvent(), document.m_traces[1]);
 }
 
 TEST_F(TimeCommandsTest, TheZoneOfTheShownTimesStandsInTheStatusBar) {

@@ -22,6 +22,7 @@
 #include "shell/colours/ui/colour_rules_face.h"
 #include "shell/details/ui/details_widget.h"
 #include "shell/filterline/ui/filter_line_widget.h"
+#include "shell/goto/ui/go_to_face.h"
 #include "shell/load_status.h"
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"
@@ -60,6 +61,7 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<LocateWait, LocateWaitFace>();
   host.RegisterFace<FindTextDialog, FindTextFace>();
   host.RegisterFace<CStatisticsDlg, StatisticsFace>();
+  host.RegisterFace<CGoToDlg, GoToFace>();
 }
 
 QtShellFaces::~QtShellFaces() {

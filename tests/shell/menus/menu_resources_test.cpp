@@ -105,6 +105,8 @@ TEST(Menus, OfATraceFile) {
     32941 &Since
     32942 &Wall Time
   32943 Time R&eference\tCtrl+T
+  32944 Go to Ti&me...\tCtrl+Shift+T
+  32945 Go to Ro&w...\tCtrl+Shift+G
   -----
   32909 Stat&istics...
   -----
@@ -179,6 +181,8 @@ TEST(Menus, OfAMonitor) {
     32941 &Since
     32942 &Wall Time
   32943 Time R&eference\tCtrl+T
+  32944 Go to Ti&me...\tCtrl+Shift+T
+  32945 Go to Ro&w...\tCtrl+Shift+G
   -----
   32909 Stat&istics...
   -----
@@ -414,6 +418,8 @@ Ctrl+L 32902
 Alt+Left 32903
 Alt+Right 32904
 Ctrl+T 32943
+Ctrl+Shift+T 32944
+Ctrl+Shift+G 32945
 Ctrl+I 32965
 F6 32967
 )");

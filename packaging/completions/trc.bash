@@ -3,7 +3,7 @@
 _trc_columns() {
   # The last item of a list with commas between its items; blanks inside a header are escaped.
   local headers='Sev Count Tic\ Count Tic\ Diff Time Machine Application Component Category
-    Attributes PID TID Trace Source Stack Account'
+    Attributes PID TID Trace Source Stack Delta Since Wall\ Time Account'
   local done=
   [[ $1 == *,* ]] && done=${1%,*},
   local last=${1##*,}
@@ -73,7 +73,7 @@ _trc() {
     dump:--*check | find:--*check | tree:--*check | stats:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
     *:--colour-rules) compopt -o filenames; COMPREPLY=($(compgen -W 'light dark' -- "$current") $(compgen -f -- "$current")); return ;;
     *:--color) COMPREPLY=($(compgen -W 'auto always never' -- "$current")); return ;;
-    *:--tail | *:--context) return ;;
+    *:--tail | *:--context | *:--since-row) return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
     stack:-s | stack:--symbols) compopt -o filenames; COMPREPLY=($(compgen -d -- "$current")); return ;;
     notes:-[mn] | notes:--mark | notes:--note) return ;;
@@ -90,8 +90,8 @@ _trc() {
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options="--help --follow --format --color --colour-rules --columns --from --tail --context $which" ;;
-      find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --colour-rules --columns --from --tail --context $which" ;;
+      dump) options="--help --follow --format --color --colour-rules --columns --since-row --from --tail --context $which" ;;
+      find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --colour-rules --columns --since-row --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
       stats) options="--help --by --over-time --sort --top --json --from --tail $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;

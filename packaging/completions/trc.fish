@@ -3,7 +3,7 @@
 set -l commands gen info dump find tree stats stack filter notes save convert export import tail capture apps show set sink forget config setup emit
 set -l parts check show save apply diff
 set -l columns Sev Count "Tic Count" "Tic Diff" Time Machine Application Component Category \
-    Attributes PID TID Trace Source Stack Account
+    Attributes PID TID Trace Source Stack Delta Since "Wall Time" Account
 
 function __trc_columns --inherit-variable columns
     # Adds one more column to the list typed so far.
@@ -131,6 +131,7 @@ set -l files "__fish_seen_subcommand_from dump find tree stats stack save export
 complete -c trc -n $files -s b -l from -x -d "Index in the file of the first trace"
 complete -c trc -n $files -l tail -x -d "Of the chosen traces only the last"
 complete -c trc -n "__fish_seen_subcommand_from dump find tree save export tail capture" -l context -x -d "So many traces before and after"
+complete -c trc -n "__fish_seen_subcommand_from dump find" -l since-row -x -d "Index of the trace that Since counts from"
 complete -c trc -n "__fish_seen_subcommand_from dump find" -s F -l follow -d "Go on with what is appended"
 complete -c trc -n "__fish_seen_subcommand_from dump find tail" -l color -x -a "auto always never" -d "Severities in colour"
 complete -c trc -n "__fish_seen_subcommand_from dump find tail" -l colour-rules -r -a "light dark" -d "Colours of lines by these rules"

@@ -1,17 +1,19 @@
 #include "commands/columns_option.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <sstream>
 
 #include "base/near/near_word.h"
-#include "listview/columns/columns.h"
+#include "listview/columns/time_columns.h"
 
 namespace {
 
 std::vector<std::string> HeaderList() {
   std::vector<std::string> headers;
-  headers.reserve(std::size(kColumns) + 1);
+  headers.reserve(kAllColumnCount + 1);
   for (const ColumnInfo& column : kColumns) headers.emplace_back(column.header);
+  for (const Column column : kTimeColumns) headers.emplace_back(InfoOf(column).header);
   headers.emplace_back(InfoOf(Column::Account).header);
   return headers;
 }
@@ -58,7 +60,19 @@ std::vector<Column> DefaultColumns() {
   return columns;
 }
 
+bool HasTimeColumn(const std::vector<Column>& columns) {
+  return std::ranges::any_of(columns, IsTimeColumn);
+}
+
 void RefuseColumnsOf(DumpFormat format, const TraceOptions& traces) {
   if (format == DumpFormat::Jsonl && traces.columns)
     throw CLI::ValidationError("--columns", "goes with the text format only");
+  const bool since = traces.columns && std::ranges::count(*traces.columns, Column::Since) > 0;
+  if (since && traces.follow)
+    throw CLI::ValidationError("--columns", "the column Since goes with no --follow");
+  if (since && !traces.sinceRow)
+    throw CLI::ValidationError("--columns",
+                               "the column Since needs --since-row, which dump and find have");
+  if (traces.sinceRow && !since)
+    throw CLI::ValidationError("--since-row", "needs the column Since: --columns Since,Trace");
 }

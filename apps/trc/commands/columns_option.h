@@ -15,5 +15,7 @@ std::vector<Column> ReadColumns(const std::string& list);
 std::vector<Column> DefaultColumns();
 // Those of a command that prints lines. Lines for programs have all values.
 void RefuseColumnsOf(DumpFormat format, const TraceOptions& traces);
+// Those whose cells are made of several traces.
+bool HasTimeColumn(const std::vector<Column>& columns);
 // For the help.
 std::string AllHeaders();

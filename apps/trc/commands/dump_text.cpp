@@ -5,9 +5,10 @@
 
 #include "commands/columns_option.h"
 #include "commands/dump.h"
-#include "listview/columns/columns.h"
+#include "listview/columns/time_columns.h"
 #include "text/line_colours.h"
 #include "text/text_line.h"
+#include "text/time_values.h"
 #include "text/visible_text.h"
 
 namespace {
@@ -44,8 +45,9 @@ std::optional<std::uint16_t> KeyOf(Column column, const TraceEvent_i& trace) {
 // The cells of one column. Cells with a name are made once per name.
 class CellColumn {
  public:
-  CellColumn(Column column, const DumpRange& range, bool utc)
-      : m_info(InfoOf(column)), m_range(range), m_utc(utc) {}
+  // `times`: of the columns of times, which have learned the file.
+  CellColumn(Column column, const DumpRange& range, bool utc, TimeValues& times)
+      : m_info(InfoOf(column)), m_range(range), m_times(times), m_utc(utc) {}
 
   const char* Header() const { return m_info.header; }
   bool IsSeverity() const { return m_info.column == Column::Sev; }
@@ -67,26 +69,41 @@ class CellColumn {
  private:
   Cell Make(std::size_t row, const TraceEvent_i& trace) const {
     const TraceEvent_i* const previous = row == 0 ? nullptr : &m_range.traces.At(row - 1);
-    std::string text = VisibleCell(m_info.column, trace, previous, m_range.Names(), m_utc);
+    std::string text =
+        IsTimeColumn(m_info.column)
+            ? m_times.Cell(m_info.column, m_range.traces.PlaceOf(row), trace, previous)
+            : VisibleCell(m_info.column, trace, previous, m_range.Names(), m_utc);
     const std::size_t width = ScreenWidth(text);
     return {std::move(text), width};
   }
 
   const ColumnInfo& m_info;
   const DumpRange& m_range;
+  TimeValues& m_times;
   bool m_utc;
   std::vector<std::unique_ptr<Cell>> m_known;  // by key
   Cell m_last;
 };
 
+const TraceEvent_i* ReferenceOf(const DumpRange& range, const TraceOptions& options) {
+  return options.sinceRow ? range.traces.Document().m_traces[*options.sinceRow] : nullptr;
+}
+
 class TextDump {
  public:
   TextDump(const DumpRange& range, const DumpOptions& options, Output& output,
            ProgressLine& progress)
-      : m_range(range), m_progress(progress), m_line(output), m_coloured(options.coloured) {
+      : m_range(range),
+        m_progress(progress),
+        m_line(output),
+        m_coloured(options.coloured),
+        m_times(options.traces.utc, ReferenceOf(range, options.traces)) {
     const std::vector<Column> columns = options.traces.columns.value_or(DefaultColumns());
     m_columns.reserve(columns.size());
-    for (const Column column : columns) m_columns.emplace_back(column, range, options.traces.utc);
+    for (const Column column : columns)
+      m_columns.emplace_back(column, range, options.traces.utc, m_times);
+    if (std::ranges::count(columns, Column::WallTime) > 0)
+      m_times.Moments().Learn(range.traces.Document().m_traces);
     if (!options.colours) return;
     m_colours.emplace(options.colours, range.Names());
     m_clock = FilterPass::ClockOf(range.traces.Document(), options.traces.utc);
@@ -167,6 +184,7 @@ class TextDump {
   std::optional<LineColours> m_colours;
   WhereClock m_clock;
   bool m_lineColoured = false;
+  TimeValues m_times;
   std::vector<CellColumn> m_columns;
   std::vector<std::size_t> m_widths;
 };

@@ -1,4 +1,5 @@
 // What the commands for files take from the command line.
+#include "commands/columns_option.h"
 #include "commands/commands.h"
 #include "commands/convert.h"
 #include "commands/export.h"
@@ -132,6 +133,9 @@ class ExportCommand final : public Command {
     if (m_exportFormat == "jsonl") m_export.format = ExportFormat::Jsonl;
     m_export.out = TakeOut(m_export.files, "OUT");
     m_shared.Complete();
+    if (m_export.traces.columns && HasTimeColumn(*m_export.traces.columns))
+      throw CLI::ValidationError("--columns",
+                                 "Delta, Since and Wall Time go with dump, find and tail");
   }
   int Run() const override { return RunExport(m_export); }
 

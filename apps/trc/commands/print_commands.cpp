@@ -23,6 +23,10 @@ class LineCommand : public Command {
     AddColourRules(App(), m_colourRules);
     m_shared.emplace(App(), dump.traces);
     m_shared->Add();
+    App()
+        .add_option("--since-row", dump.traces.sinceRow,
+                    "Index in the file of the trace that the column Since counts from")
+        ->type_name("N");
   }
   void CompleteLines(DumpOptions& dump, bool choosesItself) {
     m_shared->Complete(choosesItself);

@@ -3,10 +3,11 @@
 #include <algorithm>
 
 #include "commands/columns_option.h"
-#include "listview/columns/columns.h"
+#include "listview/columns/time_columns.h"
 #include "records/json/trace_json.h"
 #include "text/line_colours.h"
 #include "text/text_line.h"
+#include "text/time_values.h"
 #include "text/visible_text.h"
 
 namespace {
@@ -43,18 +44,20 @@ class TextLines final : public TraceLines {
         m_utc(options.utc),
         m_coloured(way.coloured),
         m_rules(way.colours),
+        m_times(options.utc),
         m_line(output) {
     TextLines::ForgetIds();
     for (const Column column : m_columns) m_widths.push_back(ScreenWidth(InfoOf(column).header));
   }
   bool Add(const TakenTrace& taken, const TraceEvent_i* previous) override {
     const TraceEvent_i& trace = *taken.trace;
+    if (m_learns) m_times.Moments().Learn(++m_learned, trace);
     if (!m_headed && !WriteHeader(trace)) return false;
     if (taken.behindGap && !m_line.Line(kGap)) return false;
     const std::string_view ofLine = ColourOf(taken);
     m_line.Begin(ofLine);
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
-      const std::string text = VisibleCell(m_columns[i], trace, previous, m_names, m_utc);
+      const std::string text = CellOf(m_columns[i], trace, previous);
       const std::size_t width = ScreenWidth(text);
       m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
       const bool coloured = m_coloured && ofLine.empty() && m_columns[i] == Column::Sev;
@@ -64,10 +67,15 @@ class TextLines final : public TraceLines {
     return m_line.End();
   }
   void ForgetIds() override {
+    m_times.Moments().ForgetIds();
     if (m_rules) m_colours.emplace(m_rules, m_names);
   }
 
  private:
+  std::string CellOf(Column column, const TraceEvent_i& trace, const TraceEvent_i* previous) {
+    if (IsTimeColumn(column)) return m_times.Cell(column, m_learned, trace, previous);
+    return VisibleCell(column, trace, previous, m_names, m_utc);
+  }
   std::string_view ColourOf(const TakenTrace& taken) {
     if (!m_colours) return {};
     WhereClock clock{m_utc};
@@ -80,7 +88,7 @@ class TextLines final : public TraceLines {
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
       const Column column = m_columns[i];
       const std::string_view header = InfoOf(column).header;
-      const std::size_t width = ScreenWidth(VisibleCell(column, first, nullptr, m_names, m_utc));
+      const std::size_t width = ScreenWidth(CellOf(column, first, nullptr));
       m_widths[i] = std::max(m_widths[i], std::min(width, kColumnWidthMax));
       m_line.Add(header, header.size(), m_widths[i], AlignsRight(i));
     }
@@ -92,6 +100,9 @@ class TextLines final : public TraceLines {
   const std::vector<Column> m_columns;
   const bool m_utc, m_coloured;
   const ColourProgramPtr m_rules;  // null: none
+  TimeValues m_times;
+  const bool m_learns = std::ranges::count(m_columns, Column::WallTime) > 0;
+  std::uint64_t m_learned = 0;
   LineWriter m_line;
   std::optional<LineColours> m_colours;
   std::vector<std::size_t> m_widths;

@@ -11,6 +11,8 @@ bool ShownTraces::Filter(const TraceOptions& options) {
     PrintError(why);
     return false;
   };
+  if (options.sinceRow && *options.sinceRow >= All())
+    return fail("--since-row: there are " + std::to_string(All()) + " traces, from 0");
   if (std::string why; !options.filter.Empty())
     if (!options.filter.Apply(m_document, m_filter, &why)) return fail(why);
   m_filter.where = options.where;

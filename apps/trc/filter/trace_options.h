@@ -20,6 +20,7 @@ struct TraceOptions {
   TraceChoice choice;
   WhereProgramPtr where;  // null: no --where
   std::optional<std::vector<Column>> columns;
+  std::optional<std::uint64_t> sinceRow;  // index in the file of what "Since" counts from
   bool utc = false;            // times that are shown, and times of options without a zone
   std::uint64_t from = 0;      // index in the file of the first trace
   std::uint64_t count = kAll;  // at most so many chosen ones

@@ -67,6 +67,8 @@ const ColumnInfo& InfoOf(Column column) {
 std::optional<Column> ColumnByHeader(std::string_view header) {
   for (const ColumnInfo& column : kColumns)
     if (CompareIgnoringCase(column.header, header) == 0) return column.column;
+  for (const ColumnInfo& column : kTimeColumnInfos)
+    if (CompareIgnoringCase(column.header, header) == 0) return column.column;
   if (CompareIgnoringCase(kAccountColumn.header, header) == 0) return kAccountColumn.column;
   return std::nullopt;
 }

@@ -27,7 +27,7 @@ using ColumnOrder = std::array<std::int32_t, kColumnCount>;
 inline constexpr ColumnOrder kDefaultColumnOrder = {0, 1, 2,  3,  4,  5,  6, 7,
                                                     8, 9, 10, 11, 14, 12, 13};
 
-// By header, ignoring case; "Account" too.
+// By header, ignoring case; those of times and "Account" too.
 std::optional<Column> ColumnByHeader(std::string_view header);
 
 // The stored width in pixels, 0 when there is none.

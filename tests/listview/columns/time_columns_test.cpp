@@ -34,7 +34,7 @@ TEST_F(TimeColumns, AreHiddenAtFirstAndFollowTheFifteenByTheirIndex) {
   for (const Column column : kTimeColumns) {
     EXPECT_FALSE(IsColumnShown(column));
     EXPECT_EQ(static_cast<int>(column), index++);
-    EXPECT_EQ(InfoOf(column).column, column);
+    EXPECT_EQ(ColumnByHeader(InfoOf(column).header), column);
   }
   EXPECT_EQ(index, kAllColumnCount);
   EXPECT_FALSE(IsAnyTimeColumnShown());

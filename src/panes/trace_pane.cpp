@@ -80,6 +80,7 @@ void TracePane::OnUpdate(CView* sender, unsigned hint, CObject* object) {
       break;
     case kHintMarked:
       RepaintHits();
+      Tell(&PaneWatcher::OnShownTraces);
       break;
     case kHintFollow:
       if (traces && !traces->m_events.empty()) FollowTrace(sender, *traces->m_events.front());

@@ -15,6 +15,7 @@
 #include "documents/trace_doc.h"
 #include "docview/view.h"
 #include "panes/cell_steps.h"
+#include "panes/numbered_pane.h"
 #include "panes/pane_watcher.h"
 #include "panes/searched_pane.h"
 #include "panes/trace_scan.h"
@@ -23,7 +24,7 @@
 
 class CTraceIterator;
 
-class TracePane : public CView, public WatchedPane, public SearchedPane {
+class TracePane : public CView, public WatchedPane, public SearchedPane, public NumberedPane {
  public:
   explicit TracePane(CTraceDoc& document);
   ~TracePane() override;
@@ -35,8 +36,6 @@ class TracePane : public CView, public WatchedPane, public SearchedPane {
 
   // The trace of the current row or item; null without one, or when the trace was removed.
   virtual TraceEvent_i* CurrentEvent() const = 0;
-  // The trace of the row above it; null without one.
-  virtual const TraceEvent_i* EventAbove() const { return nullptr; }
   // Copies the filter and clears the changed mark. False when the user cancelled the rebuild: then
   // nothing has changed.
   bool SetFilter(const CTraceFilter& filter, bool rebuild);

@@ -7,6 +7,7 @@
 #include "settings/registry.h"
 #include "shell/goto/go_to_dialog.h"
 #include "shell/main_frame.h"
+#include "shell/marks/marks_pane.h"
 #include "shell/menus/resource_ids.h"
 #include "shell/sizes/stored_size.h"
 #include "shell/tessera_app.h"
@@ -23,7 +24,10 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
           [this](BesideAreaOwner& owner) {
             return m_main.Tessera().Faces().CreateBesideArea(owner);
           },
-          [this] { return ShownPane(); }) {
+          [this] { return ShownPane(); }),
+      m_marks(
+          GetHost(), [this] { return ShownPane(); },
+          [this](const std::string& text) { m_main.SetNotice(text); }) {
   AddPane(ID_VIEW_PROC, [this](CTraceDoc& document) {
     ShellFaces& faces = m_main.Tessera().Faces();
     return std::make_unique<CProcView>(
@@ -32,6 +36,7 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
   MapFilter();
   MapBeside();
   MapGoTo();
+  MapMarks();
   MapCommand(
       ID_VIEW_STATISTICS, [this] { OnStatistics(); },
       [this](CCmdUI& ui) {
@@ -89,6 +94,20 @@ void CTraceChildFrame::AddBeside(unsigned command, const char* stored, BesidePan
         ui.Enable(HasList());
         ui.SetCheck(m_beside.IsOpen(command));
       });
+}
+
+void CTraceChildFrame::MapMarks() {
+  m_marks.MapWith(
+      [this](unsigned id, std::function<void()> run, std::function<void(CCmdUI&)> update) {
+        MapCommand(id, std::move(run), std::move(update));
+      });
+  AddBeside(ID_VIEW_MARKS, "Marks", [this] {
+    ShellFaces& faces = m_main.Tessera().Faces();
+    return std::make_unique<MarksPane>(
+        GetHost(),
+        [&faces](RowListOwner& owner) { return faces.CreateSideRows(owner, "Marks and notes"); },
+        [this](const std::string& text) { m_main.SetNotice(text); });
+  });
 }
 
 void CTraceChildFrame::MapFilter() {

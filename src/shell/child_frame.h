@@ -10,6 +10,7 @@
 #include "panes/tree_as_text.h"
 #include "shell/beside/beside_panes.h"
 #include "shell/filterline/frame_filter.h"
+#include "shell/marks/mark_commands.h"
 
 class CMainFrame;
 class CStatisticsDlg;
@@ -59,6 +60,7 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   void AddBeside(unsigned command, const char* stored, BesidePanes::MakePane make);
   void MapBeside();
   void MapGoTo();
+  void MapMarks();
   void MapFilter();
   void OnStatistics();
   bool HasList() const;
@@ -72,5 +74,6 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   std::size_t m_shown = kList;
   FrameFilter m_filter;
   BesidePanes m_beside;
+  MarkCommands m_marks;
   std::unique_ptr<CStatisticsDlg> m_statistics;  // null, or ended: not open
 };

@@ -52,6 +52,8 @@ class ShellFaces {
   // The available space of the screen.
   virtual void LargestMainSize(int& widthPx, int& heightPx) = 0;
   virtual std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) = 0;
+  // A list of something else than traces; `name` is for assistive technology.
+  virtual std::unique_ptr<RowList> CreateSideRows(RowListOwner& owner, const std::string& name) = 0;
   virtual std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) = 0;
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
   virtual std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) = 0;

@@ -117,6 +117,11 @@ class FakeShellFaces : public ShellFaces {
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override {
     return Unseen<FakeRowList>(owner);
   }
+  std::unique_ptr<RowList> CreateSideRows(RowListOwner& owner, const std::string& name) override {
+    auto made = std::make_unique<FakeRowList>(owner);
+    m_sideRows[name] = made.get();
+    return made;
+  }
   std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override {
     return Unseen<FakeTreeControl>(owner);
   }
@@ -137,6 +142,7 @@ class FakeShellFaces : public ShellFaces {
   void ShowPrintSetup() override { m_log.Add("print setup"); }
   void ShowHelp(const std::string& topic) override { m_log.Add("help \"" + topic + "\""); }
 
+  std::map<std::string, FakeRowList*> m_sideRows;  // made last, by name; may have gone
   bool m_refuseFrame = false;
   bool m_isModal = false;  // a modal box or dialog is open
   int m_proposedWidthPx = 1000;

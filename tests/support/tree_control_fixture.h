@@ -21,6 +21,10 @@ class RecordingTreeOwner final : public TreeControlOwner {
     const auto hit = hits.find(text);
     return hit == hits.end() ? std::vector<HitRange>() : hit->second;
   }
+  std::optional<RowMark> TreeItemMark(TreeItemData data) override {
+    if (!marks.count(data)) return std::nullopt;
+    return marks.at(data);
+  }
   void OnTreeSelectionChanged() override { selections.push_back(tree->SelectedItem()); }
   bool OnTreeItemExpanding(TreeItem item) override {
     reported.push_back("expanding " + std::to_string(tree->ItemData(item)));
@@ -36,8 +40,9 @@ class RecordingTreeOwner final : public TreeControlOwner {
   std::function<void(TreeItem)> fill;                 // called at each expansion
   std::map<TreeItemData, std::string> texts;          // other texts than "item 7"
   std::map<std::string, std::vector<HitRange>> hits;  // by text
-  std::vector<TreeItem> selections;                   // at each change
-  TreeItemData closed = 0;                            // the item that may not be opened
+  std::map<TreeItemData, RowMark> marks;
+  std::vector<TreeItem> selections;  // at each change
+  TreeItemData closed = 0;           // the item that may not be opened
   std::vector<std::string> reported;
 
  private:

@@ -1,6 +1,7 @@
 // The scenes of the line of filter text above the rows of a file, and of what leads to it.
 #pragma once
 
+#include "mark_scenes.h"
 #include "shell/filterline/ui/filter_line_widget.h"
 #include "shot_scenes.h"
 
@@ -12,6 +13,7 @@ class FilterScenes {
   void All();
   // Of all traces.
   void Statistics();
+  void Marks() { MarkScenes(m_tessera, m_scenes).All(); }
 
  private:
   FilterLineWidget& Line();

@@ -65,6 +65,7 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besi
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   filter.Statistics();
+  filter.Marks();
   filter.All();
   scenes.Tiled(second);
 }
@@ -83,6 +84,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besid
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   filter.Statistics();
+  filter.Marks();
   filter.All();
   scenes.Tiled(second);
 }
@@ -116,6 +118,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   filter.Statistics();
+  filter.Marks();
   filter.All();
   dialogs.Colours();
   configuring.All();
@@ -124,6 +127,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   filter.Statistics();
+  filter.Marks();
   filter.All();
   dialogs.Colours();
   configuring.All();

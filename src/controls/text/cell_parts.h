@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 // At most this much of a cell's text is shown, including the terminator.
 inline constexpr int kCellBytes = 260;
@@ -17,6 +18,14 @@ enum class RowTint { None, Warn, Error };
 struct RowColours {
   std::uint32_t ink, ground;
   bool operator==(const RowColours&) const = default;
+};
+
+// What a user has said of a row: a stripe at its beginning, and a box at its end with the number
+// and a sign for a note. Both stand over what the row shows.
+struct RowMark {
+  RowColours colours = {};  // of the box; the stripe has its ground
+  int number = 0;           // 0: none, and no stripe
+  std::string note = {};    // of several lines, cut; empty: none
 };
 
 // A range of bytes in a text.

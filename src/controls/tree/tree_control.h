@@ -13,6 +13,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +32,7 @@ class TreeControlOwner {
   virtual std::string TreeItemText(TreeItemData data) = 0;
   // The hits of a search in the text of an item.
   virtual std::vector<HitRange> TreeTextHits(const std::string& text) = 0;
+  virtual std::optional<RowMark> TreeItemMark(TreeItemData) { return std::nullopt; }
   // Another item is selected than before, or none, whoever changed it.
   virtual void OnTreeSelectionChanged() = 0;
   // The item will be expanded, whoever asked for it; the owner may insert its children now. False:
@@ -102,3 +106,5 @@ class TreeControl : public ViewControl, public TreeItemPort {
   // The hits have changed.
   virtual void Repaint() = 0;
 };
+
+using TreeControlMaker = std::function<std::unique_ptr<TreeControl>(TreeControlOwner&)>;

@@ -32,6 +32,11 @@ class RowStore {
     if (!m_window) return std::nullopt;
     return static_cast<std::size_t>(m_begin + static_cast<std::uint64_t>(row) - m_traces.Popped());
   }
+  // The row of a trace by its place + TraceList_t::Popped; nothing where the rows are no window.
+  std::optional<int> RowOf(std::uint64_t number) const {
+    if (!m_window || IsStale() || number < m_begin || number >= m_end) return std::nullopt;
+    return static_cast<int>(number - m_begin);
+  }
   bool Has(int row) const { return row >= 0 && row < Size(); }
 
   void Clear();

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -16,8 +15,6 @@
 #include "listview/rows/row_filtering.h"
 #include "listview/time/time_cells.h"
 #include "panes/trace_pane.h"
-
-using RowListMaker = std::function<std::unique_ptr<RowList>(RowListOwner&)>;
 
 class CTraceView : public TracePane, public RowListOwner {
  public:
@@ -37,6 +34,8 @@ class CTraceView : public TracePane, public RowListOwner {
 
   TraceEvent_i* CurrentEvent() const override;  // of the focused row; null when it was trimmed
   const TraceEvent_i* EventAbove() const override { return EventOfRow(m_currentRow - 1); }
+  std::vector<std::uint64_t> SelectedNumbers(std::size_t most) const override;
+  void ShowNumber(std::uint64_t number) override;
 
   // For the colours of a page by rules; the rest comes with the next painting.
   std::chrono::nanoseconds m_colourTime = RowColourer::kPageTime;
@@ -52,6 +51,7 @@ class CTraceView : public TracePane, public RowListOwner {
   RowTint RowListTint(int row) override;
   std::optional<RowColours> RowListColours(int row) override;
   void OnRowListPaint(bool begins) override;
+  std::optional<RowMark> RowListMark(int row) override;
   std::vector<HitRange> RowListHits(int row, ListColumn column) override;
   std::string RowListEmptyText() override;
   void OnRowStateChanged(int row, unsigned oldState, unsigned newState) override;

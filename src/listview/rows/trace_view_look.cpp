@@ -2,6 +2,7 @@
 #include "base/text.h"
 #include "listview/colours/active_colours.h"
 #include "listview/rows/trace_view.h"
+#include "panes/row_mark.h"
 #include "settings/globals.h"
 #include "tree/find/searched_text.h"
 
@@ -33,6 +34,11 @@ std::optional<RowColours> CTraceView::RowListColours(int row) {
   const TraceEvent_i* const event = m_colourer ? EventOfRow(row) : nullptr;
   if (!event) return std::nullopt;
   return m_colourer->Of(*event, m_rows.PlaceOf(row));
+}
+
+std::optional<RowMark> CTraceView::RowListMark(int row) {
+  const TraceEvent_i* const event = EventOfRow(row);
+  return event ? RowMarkOf(m_document, *event) : std::nullopt;
 }
 
 std::vector<HitRange> CTraceView::RowListHits(int row, ListColumn column) {

@@ -49,6 +49,8 @@ class DocNotes {
   std::uint64_t Changes() const { return m_reads + m_notes.Changes(); }
   WhereMark Of(const TraceEvent_i& trace) const { return Notes().Of(trace.Record()); }
 
+  // Another one after a clear: numbers name other traces then.
+  std::uint64_t Generation() const { return m_traces.Generation(); }
   // Null: the trace has gone, or never was.
   TraceEvent_i* TraceAt(std::uint64_t number) const;
   // Changes of traces that have gone are passed over. False, and a box says it: there would be more

@@ -80,6 +80,23 @@ const CommandText kTexts[] = {
     {ID_EDIT_FIND, kMonitor | kSource | kTracePopup, "&Find...\tCtrl+F",
      "Find the specified text\nFind"},
     {ID_EDIT_FINDNEXT, kTraces | kTracePopup, "Find Ne&xt\tF3", "Find the next match\nNext"},
+    {ID_EDIT_MARK, kTraces, "&Mark\tCtrl+D",
+     "Mark the selected traces in the colour used last, or take their marks away\nMark"},
+    {ID_EDIT_MARKCOLOUR, kTraces, "Mark C&olour", ""},
+    {ID_EDIT_MARK1, kTraces, "&1 Red\tCtrl+Alt+1", ""},
+    {ID_EDIT_MARK1 + 1, kTraces, "&2 Orange\tCtrl+Alt+2", ""},
+    {ID_EDIT_MARK1 + 2, kTraces, "&3 Yellow\tCtrl+Alt+3", ""},
+    {ID_EDIT_MARK1 + 3, kTraces, "&4 Green\tCtrl+Alt+4", ""},
+    {ID_EDIT_MARK1 + 4, kTraces, "&5 Teal\tCtrl+Alt+5", ""},
+    {ID_EDIT_MARK1 + 5, kTraces, "&6 Blue\tCtrl+Alt+6", ""},
+    {ID_EDIT_MARK1 + 6, kTraces, "&7 Violet\tCtrl+Alt+7", ""},
+    {ID_EDIT_MARK1 + 7, kTraces, "&8 Pink\tCtrl+Alt+8", ""},
+    {ID_EDIT_MARK1 + 8, kTraces, "&9 Grey\tCtrl+Alt+9", ""},
+    {ID_EDIT_NOTE, kTraces, "&Note...\tCtrl+Shift+D", "Write a note at the trace\nNote"},
+    {ID_EDIT_NEXTMARK, kTraces, "N&ext Mark\tF2",
+     "Go to the next trace with a mark or a note\nNext Mark"},
+    {ID_EDIT_PREVIOUSMARK, kTraces, "Pre&vious Mark\tShift+F2",
+     "Go to the trace with a mark or a note before\nPrevious Mark"},
     {ID_EDIT_CLEAR_ALL, kTraces | kConfig | kConfigPopup | kTracePopup, "C&lear",
      "Erase everything\nErase All"},
     {ID_VIEW_OPTIONS, kBars, "&Options...", "Change Option Settings\nOptions"},
@@ -110,6 +127,8 @@ const CommandText kTexts[] = {
      "Go back to the filter text before\nFilter Back"},
     {ID_VIEW_FILTERFORWARD, kTraces, "Filter &Forward\tAlt+Right",
      "Go forward to the next filter text\nFilter Forward"},
+    {ID_VIEW_MARKS, kTraces, "Mar&ks and Notes\tCtrl+Shift+M",
+     "List the marks and notes beside the rows\nMarks"},
     {ID_VIEW_TIMECOLUMNS, kTraces, "Time Colum&ns", ""},
     {ID_VIEW_TIMEDELTA, kTraces, "&Delta",
      "Show the time from the row above, by tic counts where there are some\nDelta"},
@@ -164,8 +183,20 @@ constexpr unsigned kFileIds[] = {ID_FILE_NEWMONITOR,
                                  ID_FILE_MRU_FILE1,
                                  0,
                                  ID_APP_EXIT};
-constexpr unsigned kEditIds[] = {ID_EDIT_COPY,      0, ID_EDIT_FIND,      ID_EDIT_FINDNEXT, 0,
-                                 ID_EDIT_CLEAR_ALL, 0, ID_VIEW_PROPERTIES};
+constexpr unsigned kEditIds[] = {ID_EDIT_COPY,
+                                 0,
+                                 ID_EDIT_FIND,
+                                 ID_EDIT_FINDNEXT,
+                                 0,
+                                 ID_EDIT_MARK,
+                                 ID_EDIT_MARKCOLOUR,
+                                 ID_EDIT_NOTE,
+                                 ID_EDIT_NEXTMARK,
+                                 ID_EDIT_PREVIOUSMARK,
+                                 0,
+                                 ID_EDIT_CLEAR_ALL,
+                                 0,
+                                 ID_VIEW_PROPERTIES};
 constexpr unsigned kConfigEditIds[] = {ID_EDIT_CLEAR_ALL};
 constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  0,
@@ -184,6 +215,8 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_FILTERBACK,
                                  ID_VIEW_FILTERFORWARD,
                                  0,
+                                 ID_VIEW_MARKS,
+                                 0,
                                  ID_VIEW_TIMECOLUMNS,
                                  ID_VIEW_TIMEREFERENCE,
                                  ID_VIEW_GOTOTIME,
@@ -196,7 +229,11 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_NEXTAREA};
 // The menus inside of others, by the id of their item.
 constexpr unsigned kTimeColumnIds[] = {ID_VIEW_TIMEDELTA, ID_VIEW_TIMESINCE, ID_VIEW_TIMEWALL};
+constexpr unsigned kMarkIds[] = {ID_EDIT_MARK1,     ID_EDIT_MARK1 + 1, ID_EDIT_MARK1 + 2,
+                                 ID_EDIT_MARK1 + 3, ID_EDIT_MARK1 + 4, ID_EDIT_MARK1 + 5,
+                                 ID_EDIT_MARK1 + 6, ID_EDIT_MARK1 + 7, ID_EDIT_MARK1 + 8};
 const std::map<unsigned, std::span<const unsigned>> kSubmenus = {
+    {ID_EDIT_MARKCOLOUR, kMarkIds},
     {ID_VIEW_TIMECOLUMNS, kTimeColumnIds},
 };
 constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
@@ -296,36 +333,6 @@ const std::vector<unsigned>& ToolBarButtons() {
       ID_EDIT_CLEAR_ALL, ID_FILE_OPEN,        ID_FILE_SAVE,  0, ID_VIEW_OPTIONS, 0,
       ID_VIEW_PROC,      ID_VIEW_SYNCHRONIZE, ID_VIEW_PAUSE, 0, ID_EDIT_COPY,    ID_EDIT_FIND};
   return buttons;
-}
-
-const std::vector<Accelerator>& Accelerators() {
-  static const std::vector<Accelerator> keys = {
-      {"Ctrl+A", ID_CONFIG_ADD},
-      {"Ctrl+C", ID_EDIT_COPY},
-      {"Ctrl+Insert", ID_EDIT_COPY},
-      {"Alt+C", ID_FILE_NEWCONFIG},
-      {"Ctrl+F", ID_EDIT_FIND},
-      {"F3", ID_EDIT_FINDNEXT},
-      {"Ctrl+G", ID_VIEW_GOTOSOURCE},
-      {"Alt+M", ID_FILE_NEWMONITOR},
-      {"Ctrl+O", ID_FILE_OPEN},
-      {"Ctrl+P", ID_FILE_PRINT},
-      {"Alt+P", ID_VIEW_PROPERTIES},
-      {"Ctrl+S", ID_FILE_SAVE},
-      {"Alt+S", ID_VIEW_SYNCHRONIZE},
-      {"Ctrl+F6", ID_VIEW_PROC},
-      {"Ctrl+W", ID_FILE_WIZARD},
-      {"F1", ID_HELP},
-      {"Ctrl+L", ID_VIEW_FILTERTEXT},
-      {"Alt+Left", ID_VIEW_FILTERBACK},
-      {"Alt+Right", ID_VIEW_FILTERFORWARD},
-      {"Ctrl+T", ID_VIEW_TIMEREFERENCE},
-      {"Ctrl+Shift+T", ID_VIEW_GOTOTIME},
-      {"Ctrl+Shift+G", ID_VIEW_GOTOROW},
-      {"Ctrl+I", ID_VIEW_DETAILS},
-      {"F6", ID_VIEW_NEXTAREA},
-  };
-  return keys;
 }
 
 const std::vector<StatusIndicator>& StatusIndicators() {

@@ -24,6 +24,7 @@
 #include "shell/filterline/ui/filter_line_widget.h"
 #include "shell/goto/ui/go_to_face.h"
 #include "shell/load_status.h"
+#include "shell/marks/ui/note_face.h"
 #include "shell/ui/about_box.h"
 #include "shell/ui/load_status_face.h"
 #include "shell/ui/qt_main_frame.h"
@@ -62,6 +63,7 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<FindTextDialog, FindTextFace>();
   host.RegisterFace<CStatisticsDlg, StatisticsFace>();
   host.RegisterFace<CGoToDlg, GoToFace>();
+  host.RegisterFace<CNoteDialog, NoteFace>();
 }
 
 QtShellFaces::~QtShellFaces() {
@@ -94,6 +96,11 @@ void QtShellFaces::LargestMainSize(int& widthPx, int& heightPx) {
 
 std::unique_ptr<RowList> QtShellFaces::CreateRowList(RowListOwner& owner) {
   return MakeTraceRows(owner);
+}
+
+std::unique_ptr<RowList> QtShellFaces::CreateSideRows(RowListOwner& owner,
+                                                      const std::string& name) {
+  return MakeRows(owner, name);
 }
 
 std::unique_ptr<TreeControl> QtShellFaces::CreateTree(TreeControlOwner& owner) {

@@ -22,6 +22,7 @@ class QtShellFaces : public ShellFaces {
   void ProposedMainSize(int& widthPx, int& heightPx) override;
   void LargestMainSize(int& widthPx, int& heightPx) override;
   std::unique_ptr<RowList> CreateRowList(RowListOwner& owner) override;
+  std::unique_ptr<RowList> CreateSideRows(RowListOwner& owner, const std::string& name) override;
   std::unique_ptr<TreeControl> CreateTree(TreeControlOwner& owner) override;
   std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) override;
   std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) override;

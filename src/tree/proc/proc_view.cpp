@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "docview/commands/command_ids.h"
+#include "panes/row_mark.h"
 #include "tree/proc/node_value.h"
 
 CProcView::CProcView(CTraceDoc& document, const TreeControlMaker& makeTree)
@@ -44,6 +45,13 @@ bool CProcView::Build() {
 
 std::string CProcView::TreeItemText(TreeItemData data) {
   return data ? m_model->NodeLabel(*reinterpret_cast<const CTraceEvent*>(data)) : std::string();
+}
+
+// Items above the traces have one of those below them as their event.
+std::optional<RowMark> CProcView::TreeItemMark(TreeItemData data) {
+  const auto* const node = reinterpret_cast<const CTraceEvent*>(data);
+  if (!node || node->Kind() > NodeKind::Block || !node->event) return std::nullopt;
+  return RowMarkOf(m_document, *node->event);
 }
 
 void CProcView::OnTreeClicked(TreeItem item) {

@@ -12,7 +12,6 @@
 // Threads  Interface thread.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -22,8 +21,6 @@
 #include "tree/proc/tree_filtering.h"
 
 class CProcViewIterator;
-
-using TreeControlMaker = std::function<std::unique_ptr<TreeControl>(TreeControlOwner&)>;
 
 class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
  public:
@@ -58,6 +55,7 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   ItemFill FillOf(TreeItem item);            // REQUIRES: Lacks
 
   std::string TreeItemText(TreeItemData data) override;
+  std::optional<RowMark> TreeItemMark(TreeItemData data) override;
   std::vector<HitRange> TreeTextHits(const std::string& text) override;
   void OnTreeSelectionChanged() override;
   bool OnTreeItemExpanding(TreeItem item) override;

@@ -60,4 +60,28 @@ TEST_F(TraceViewMarks, ABoxSaysWhyTheyCannotBeRead) {
   EXPECT_EQ(Shown(), "");
 }
 
+TEST_F(TraceViewMarks, ARowShowsTheMarkAndTheNoteOfItsTrace) {
+  DocNotes& notes = m_file.m_document.Notes();
+  EXPECT_FALSE(m_fileView.RowListMark(1));
+  notes.Mark({1}, 3);
+  notes.SetNote(2, std::string(5000, 'x'));
+  ASSERT_TRUE(m_fileView.RowListMark(1));
+  EXPECT_EQ(m_fileView.RowListMark(1)->number, 3);
+  EXPECT_EQ(m_fileView.RowListMark(1)->note, "");
+  ASSERT_TRUE(m_fileView.RowListMark(2));
+  EXPECT_EQ(m_fileView.RowListMark(2)->number, 0);
+  EXPECT_EQ(m_fileView.RowListMark(2)->note, std::string(2000, 'x') + "...") << "a tool tip";
+  EXPECT_FALSE(m_fileView.RowListMark(0));
+  EXPECT_FALSE(m_fileView.RowListMark(10'000));
+}
+
+TEST_F(TraceViewMarks, AChangeRepaintsTheRowsAndNothingElse) {
+  auto& list = static_cast<FakeRowList&>(m_fileView.List());
+  const int before = list.repaints;
+  list.calls.clear();
+  m_file.m_document.Notes().Mark({1}, 3);
+  EXPECT_EQ(list.repaints, before + 1);
+  EXPECT_TRUE(list.calls.empty());
+}
+
 }  // namespace

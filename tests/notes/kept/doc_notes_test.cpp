@@ -4,7 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <random>
 
 #include "support/noted_file.h"
 
@@ -168,6 +173,50 @@ TEST_F(DocNotesTest, AProgramThatOnlyReadsTheTracesReadsNoNotes) {
   EXPECT_FALSE(static_cast<CTraceDoc&>(m_file.m_document).IsModified());
   m_file.m_document.DeleteContents();
   EXPECT_FALSE(Notes().IsOpen());
+}
+
+// A window that marks all traces in the next colour and saves them, again and again.
+[[noreturn]] void MarkForEver(const std::string& path) {
+  RecordingHost host;
+  CTraceFileDoc document(host);
+  document.OnOpenDocument(path);
+  document.SetPathName(path, false);
+  host.RunUntil([&document] { return !document.m_loading; });
+  std::vector<std::uint64_t> all(document.m_traces.size());
+  for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
+  for (unsigned turn = 0;; ++turn) {
+    document.Notes().Mark(all, static_cast<std::uint8_t>(turn % kMarkColours + 1));
+    host.TickTimers();
+  }
+}
+
+TEST(KilledWindow, LeavesTheMarksOfOneSaveWhole) {
+  constexpr std::size_t kTraces = 5000;
+  const TempDir dir;
+  TrcImage image;
+  for (std::size_t i = 0; i < kTraces; ++i) image.Trace("t" + std::to_string(i));
+  const std::string path = image.WriteTo(dir.File("web.trc"));
+  std::mt19937 random(20261123);
+  int found = 0;
+  for (int round = 0; round < 25; ++round) {
+    const pid_t child = fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) MarkForEver(path);
+    usleep(10'000 + random() % 60'000);
+    kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "it was still at work";
+    NoteFile notes;
+    std::string why;
+    const NotesRead read = ReadNotes(NotesPath(path), notes, &why);
+    ASSERT_NE(read, NotesRead::Unreadable) << why;
+    if (read == NotesRead::Absent) continue;
+    ++found;
+    ASSERT_EQ(notes.rows.size(), kTraces);
+    for (const NotedRow& row : notes.rows) ASSERT_EQ(row.colour, notes.rows[0].colour);
+  }
+  EXPECT_GT(found, 3) << "no save came to its end: wait longer";
 }
 
 }  // namespace

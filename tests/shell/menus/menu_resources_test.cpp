@@ -19,7 +19,8 @@ std::string Dump(unsigned resource) {
       if (const auto tab = text.find('\t'); tab != std::string::npos) text.replace(tab, 1, "\\t");
       dump += "  " + text + "\n";
       for (const MenuItem& inside : item.items)
-        dump += "    " + std::to_string(inside.id) + " " + inside.text + "\n";
+        dump += "    " + std::to_string(inside.id) + " " +
+                inside.text.substr(0, inside.text.find('\t')) + "\n";
     }
     if (popup.windowList) dump += "  (windows)\n";
   }
@@ -80,6 +81,21 @@ TEST(Menus, OfATraceFile) {
   57636 &Find\tCtrl+F
   32781 Find Ne&xt\tF3
   -----
+  32921 &Mark\tCtrl+D
+  32935 Mark C&olour
+    32922 &1 Red
+    32923 &2 Orange
+    32924 &3 Yellow
+    32925 &4 Green
+    32926 &5 Teal
+    32927 &6 Blue
+    32928 &7 Violet
+    32929 &8 Pink
+    32930 &9 Grey
+  32931 &Note...\tCtrl+Shift+D
+  32932 N&ext Mark\tF2
+  32933 Pre&vious Mark\tShift+F2
+  -----
   57633 C&lear
   -----
   32813 &Properties...\tAlt+P
@@ -99,6 +115,8 @@ TEST(Menus, OfATraceFile) {
   32902 Filter Te&xt\tCtrl+L
   32903 Filter &Back\tAlt+Left
   32904 Filter &Forward\tAlt+Right
+  -----
+  32934 Mar&ks and Notes\tCtrl+Shift+M
   -----
   32946 Time Colum&ns
     32940 &Delta
@@ -155,6 +173,21 @@ TEST(Menus, OfAMonitor) {
   57636 &Find...\tCtrl+F
   32781 Find Ne&xt\tF3
   -----
+  32921 &Mark\tCtrl+D
+  32935 Mark C&olour
+    32922 &1 Red
+    32923 &2 Orange
+    32924 &3 Yellow
+    32925 &4 Green
+    32926 &5 Teal
+    32927 &6 Blue
+    32928 &7 Violet
+    32929 &8 Pink
+    32930 &9 Grey
+  32931 &Note...\tCtrl+Shift+D
+  32932 N&ext Mark\tF2
+  32933 Pre&vious Mark\tShift+F2
+  -----
   57633 C&lear
   -----
   32813 &Properties...\tAlt+P
@@ -175,6 +208,8 @@ TEST(Menus, OfAMonitor) {
   32902 Filter Te&xt\tCtrl+L
   32903 Filter &Back\tAlt+Left
   32904 Filter &Forward\tAlt+Right
+  -----
+  32934 Mar&ks and Notes\tCtrl+Shift+M
   -----
   32946 Time Colum&ns
     32940 &Delta
@@ -422,6 +457,20 @@ Ctrl+Shift+T 32944
 Ctrl+Shift+G 32945
 Ctrl+I 32965
 F6 32967
+Ctrl+D 32921
+Ctrl+Shift+D 32931
+F2 32932
+Shift+F2 32933
+Ctrl+Shift+M 32934
+Ctrl+Alt+1 32922
+Ctrl+Alt+2 32923
+Ctrl+Alt+3 32924
+Ctrl+Alt+4 32925
+Ctrl+Alt+5 32926
+Ctrl+Alt+6 32927
+Ctrl+Alt+7 32928
+Ctrl+Alt+8 32929
+Ctrl+Alt+9 32930
 )");
 }
 

@@ -41,4 +41,17 @@ TEST_F(ProcViewMarks, ATextThatIsCancelledLeavesThoseOfTheTextBefore) {
   EXPECT_EQ(m_fileView.Model().TraceCount(), 1);
 }
 
+TEST_F(ProcViewMarks, ItemsOfTracesShowTheirMarksAndThoseAboveDoNot) {
+  m_file.m_document.Notes().Mark({0, 1, 2}, 3);
+  std::size_t marked = 0, items = 0;
+  for (TreeItem item = m_fileView.NextTreeItem(0); item; item = m_fileView.NextTreeItem(item)) {
+    const auto mark = m_fileView.TreeItemMark(m_fileView.Tree().ItemData(item));
+    marked += mark && mark->number == 3;
+    ++items;
+  }
+  EXPECT_EQ(marked, 3u);
+  EXPECT_GT(items, 3u);
+  EXPECT_FALSE(m_fileView.TreeItemMark(0));
+}
+
 }  // namespace

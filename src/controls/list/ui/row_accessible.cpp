@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "controls/list/ui/cell_accessible.h"
+#include "controls/text/ui/mark_painter.h"
 
 namespace {
 
@@ -109,6 +110,8 @@ QString RowListAccessible::rowDescription(int row) const {
   for (const ListColumn column : List().Columns().ShownColumns())
     if (const QString name = CellAccessible::NameOf(List(), row, column); !name.isEmpty())
       parts.append(List().Columns().HeaderText(column) + ": " + name);
+  if (const std::optional<RowMark> mark = List().Owner().RowListMark(row))
+    parts.append(MarkInWords(*mark));
   return parts.join(", ");
 }
 

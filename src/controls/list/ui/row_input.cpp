@@ -36,6 +36,9 @@ void RowInput::KeyPress(QKeyEvent& event) {
       if (const int row = m_list.States().Focus(); row != -1)
         m_list.Owner().OnRowDoubleClicked(row);
       return;
+    case Qt::Key_Delete:
+      if (event.modifiers() == Qt::NoModifier && m_list.Owner().OnRowListDelete()) return;
+      break;
     default:
       break;
   }

@@ -2,7 +2,8 @@
 //
 // Keys     Arrows, Page, Home and End move focus and selection. With Shift the selection extends
 //          from the anchor, with Ctrl only the focus moves. Space selects, Ctrl+Space toggles.
-//          Every other key, also Ctrl+A, Ctrl+C and letters, is left to the window.
+//          Delete is the owner's, if it wants it. Every other key, also Ctrl+A, Ctrl+C and letters,
+//          is left to the window.
 // Mouse    Click, Ctrl, Shift, and a drag that scrolls beyond the edge. A click is reported at the
 //          release, for the row of the press, unless it became a drag.
 // Threads  Interface thread.

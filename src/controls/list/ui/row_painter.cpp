@@ -7,6 +7,7 @@
 #include "controls/list/ui/row_list_widget.h"
 #include "controls/text/ui/font_runs.h"
 #include "controls/text/ui/line_painter.h"
+#include "controls/text/ui/mark_painter.h"
 #include "controls/text/ui/row_text.h"
 #include "docview/ui/mixed_color.h"
 
@@ -123,6 +124,9 @@ void RowPainter::PaintRow(Canvas& canvas, int row) const {
   }
   if (m_list.GetItemState(row) & kRowFocused)
     PaintFocus(canvas.painter, look, bounds, m_list.GetItemState(row) & kRowSelected);
+  if (const std::optional<RowMark> mark = m_list.Owner().RowListMark(row))
+    PaintRowMark(canvas.painter, canvas.metrics, *mark,
+                 bounds.intersected(m_list.viewport()->rect()));
 }
 
 void RowPainter::PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell,

@@ -1,4 +1,4 @@
-// The tool tip of a cell whose text is cut.
+// The tool tip of a cell: its text if that is cut, and the note of its row.
 #pragma once
 
 class QHelpEvent;

@@ -1,5 +1,6 @@
 #include "controls/tree/ui/tree_accessible.h"
 
+#include "controls/text/ui/mark_painter.h"
 #include "controls/text/ui/row_text.h"
 
 namespace {
@@ -66,8 +67,11 @@ QString TreeRowAccessible::text(QAccessible::Text kind) const {
   if (kind == QAccessible::Name)
     return TreePainter::LineOf(m_tree.Owner().TreeItemText(m_tree.ItemData(item)))
         .replace(kLineEndMark, u' ');
-  if (kind == QAccessible::Description)
-    return QStringLiteral("level %1").arg(m_tree.Items().Depth(item) + 1);
+  if (kind == QAccessible::Description) {
+    const QString level = QStringLiteral("level %1").arg(m_tree.Items().Depth(item) + 1);
+    const std::optional<RowMark> mark = m_tree.Owner().TreeItemMark(m_tree.ItemData(item));
+    return mark ? level + ", " + MarkInWords(*mark) : level;
+  }
   return {};
 }
 

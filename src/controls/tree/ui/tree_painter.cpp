@@ -5,6 +5,7 @@
 
 #include "controls/text/ui/font_runs.h"
 #include "controls/text/ui/line_painter.h"
+#include "controls/text/ui/mark_painter.h"
 #include "controls/text/ui/row_text.h"
 #include "controls/tree/ui/tree_widget.h"
 #include "docview/ui/mixed_color.h"
@@ -113,6 +114,8 @@ void TreePainter::PaintRow(QPainter& painter, const Look& look, TreeItem item,
   if (state & kTreeHasChildren)
     PaintButton(painter, look, ButtonRect(depth, row), state & kTreeExpanded);
   PaintLabel(painter, look, item, LabelRect(item, m_tree.TopRow() + row.top() / row.height()));
+  if (const std::optional<RowMark> mark = m_tree.Owner().TreeItemMark(m_tree.ItemData(item)))
+    PaintRowMark(painter, m_tree.fontMetrics(), *mark, row);
 }
 
 // A vertical line from each parent that has further items below, and a horizontal one to the label.

@@ -3,5 +3,10 @@
 #include "listview/rows/ui/severity_icons.h"
 
 std::unique_ptr<QtRowList> MakeTraceRows(RowListOwner& owner) {
-  return std::make_unique<QtRowList>(owner, std::make_unique<SeverityIcons>(), "Traces");
+  return MakeRows(owner, "Traces");
+}
+
+std::unique_ptr<QtRowList> MakeRows(RowListOwner& owner, const std::string& name) {
+  return std::make_unique<QtRowList>(owner, std::make_unique<SeverityIcons>(),
+                                     QString::fromStdString(name));
 }

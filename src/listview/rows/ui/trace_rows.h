@@ -4,7 +4,10 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "controls/list/ui/row_list_widget.h"
 
 std::unique_ptr<QtRowList> MakeTraceRows(RowListOwner& owner);
+// The same with another name for assistive technology.
+std::unique_ptr<QtRowList> MakeRows(RowListOwner& owner, const std::string& name);

@@ -30,6 +30,14 @@ class CellsOwner final : public RowListOwner {
     return colours.at(row);
   }
   void OnRowListPaint(bool begins) override { painting = begins; }
+  std::optional<RowMark> RowListMark(int row) override {
+    if (!marks.count(row)) return std::nullopt;
+    return marks.at(row);
+  }
+  bool OnRowListDelete() override {
+    if (takesDelete) reported.push_back("delete");
+    return takesDelete;
+  }
   std::vector<HitRange> RowListHits(int row, ListColumn column) override {
     const auto hit = hits.find({row, column});
     return hit == hits.end() ? std::vector<HitRange>() : hit->second;
@@ -56,6 +64,8 @@ class CellsOwner final : public RowListOwner {
   std::map<int, int> icons;
   std::map<int, RowTint> tints;
   std::map<int, RowColours> colours;
+  std::map<int, RowMark> marks;
+  bool takesDelete = false;
   bool painting = false;
   std::map<std::pair<int, ListColumn>, std::vector<HitRange>> hits;
   std::string emptyText;

@@ -271,4 +271,22 @@ TEST_F(TreeWidget, AMillionLeavesOpenWithoutAWait) {
   EXPECT_LT(took, std::chrono::seconds(3));
 }
 
+TEST_F(TreeWidget, AMarkedItemHasAStripeAndABoxAndIsSaid) {
+  AddSmall();
+  const QImage before = m_tree.viewport()->grab().toImage();
+  m_owner.marks[2] = {{0xffffff, 0x218221}, 4, "look"};
+  const QImage after = m_tree.viewport()->grab().toImage();
+  const QRect row = m_tree.RowRect(m_tree.Items().RowOf(m_2));
+  const QColor green(0x21, 0x82, 0x21);
+  EXPECT_EQ(after.pixelColor(1, row.center().y()), green);
+  EXPECT_EQ(after.pixelColor(m_tree.viewport()->width() - 5, row.center().y() - 3), green);
+  EXPECT_EQ(before.copy(0, 0, before.width(), row.top()),
+            after.copy(0, 0, after.width(), row.top()));
+  QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&m_tree);
+  int said = 0;
+  for (int i = 0; i < tree->childCount(); ++i)
+    said += tree->child(i)->text(QAccessible::Description) == "level 1, Mark 4, Note: look";
+  EXPECT_EQ(said, 1);
+}
+
 }  // namespace

@@ -8,7 +8,12 @@ std::unique_ptr<CTraceIterator> CTraceView::MakeIterator() {
   return m_rows.Has(row) ? std::make_unique<CTraceViewIterator>(*this, m_rows, row) : nullptr;
 }
 
+// A search moves the focus and leaves the selection. So of a single row that is selected the focus
+// tells more.
 std::vector<std::uint64_t> CTraceView::SelectedNumbers(std::size_t most) const {
+  const bool moved =
+      m_rows.Has(m_currentRow) && !(m_list->GetItemState(m_currentRow) & kRowSelected);
+  if (moved && m_list->SelectedCount() < 2) return NumberedPane::SelectedNumbers(most);
   std::vector<std::uint64_t> numbers;
   TraceNumbers search(m_document.m_traces);
   for (int row = m_list->NextItem(-1, kRowSelected); row != -1 && numbers.size() <= most;

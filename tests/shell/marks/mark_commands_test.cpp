@@ -43,6 +43,16 @@ TEST_F(MarkCommandsTest, InAFilteredListTheTracesAreMarkedThatAreShown) {
   EXPECT_EQ(Marks(), "2:3");
 }
 
+TEST_F(MarkCommandsTest, BehindASearchTheRowIsMarkedThatWasFound) {
+  Focus(0);
+  List().SetItemState(2, kRowFocused, kRowFocused);
+  m_commands.Mark(3);
+  EXPECT_EQ(Marks(), "2:3");
+  Select(1);
+  m_commands.Mark(4);
+  EXPECT_EQ(Marks(), "0:4 1:4 2:3") << "several rows were selected on purpose";
+}
+
 TEST_F(MarkCommandsTest, WithoutASelectionNothingIsMarked) {
   m_commands.Mark(3);
   m_commands.EditNote();

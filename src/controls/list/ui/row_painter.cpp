@@ -124,9 +124,11 @@ void RowPainter::PaintRow(Canvas& canvas, int row) const {
   }
   if (m_list.GetItemState(row) & kRowFocused)
     PaintFocus(canvas.painter, look, bounds, m_list.GetItemState(row) & kRowSelected);
-  if (const std::optional<RowMark> mark = m_list.Owner().RowListMark(row))
+  if (const std::optional<RowMark> mark = m_list.Owner().RowListMark(row)) {
+    const QRect view = m_list.viewport()->rect();
     PaintRowMark(canvas.painter, canvas.metrics, *mark,
-                 bounds.intersected(m_list.viewport()->rect()));
+                 QRect(view.left(), bounds.top(), view.width(), bounds.height()));
+  }
 }
 
 void RowPainter::PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell,

@@ -11,7 +11,7 @@
 
 class QPainter;
 
-// `row` is what can be seen of it.
+// `row`: its whole height, and the width that can be seen.
 void PaintRowMark(QPainter& painter, const QFontMetrics& metrics, const RowMark& mark,
                   const QRect& row);
 // The place of its box.

@@ -100,6 +100,24 @@ TEST(RowMarks, AreSeenOnASelectedRowAndAtTheEndOfAScrolledOne) {
   }
 }
 
+TEST(RowMarks, ARowThatTheEdgeCutsShowsTheUpperPartOfItsBox) {
+  ShownList s(20);
+  s.list.resize(s.list.width(), s.list.height() + s.list.RowHeight() / 2);
+  QApplication::processEvents();
+  for (const int row : {4, 10}) {
+    s.owner.marks[row] = MarkOf(3, "look");
+    for (int column = 0; column < 15; ++column) s.owner.texts[{row, column}] = "";
+  }
+  const QImage picture = s.Picture();
+  QRect whole = s.list.RowRect(4), cut = s.list.RowRect(10);
+  whole.setHeight(s.list.RowHeight() / 2);
+  cut.setHeight(s.list.RowHeight() / 2);
+  ASSERT_TRUE(s.list.viewport()->rect().bottom() >= cut.bottom() - 1);
+  cut.setBottom(s.list.viewport()->rect().bottom());
+  whole.setHeight(cut.height());
+  EXPECT_EQ(picture.copy(whole), picture.copy(cut));
+}
+
 TEST(RowMarks, ANoteAloneHasASignAndNoStripe) {
   ShownList s(20);
   const QColor edge = s.Picture().pixelColor(1, s.list.RowRect(2).center().y());

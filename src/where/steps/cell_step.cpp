@@ -94,19 +94,25 @@ std::string OnlyThisThread(const WhereThread& thread) {
                              IsText(WhereField::Tid, thread.thread)}));
 }
 
-std::optional<std::string> OnlyAroundTime(std::int64_t utcNanoseconds, std::int64_t nanoseconds) {
-  std::int64_t first = 0, last = 0;
-  if (__builtin_sub_overflow(utcNanoseconds, nanoseconds, &first) ||
-      __builtin_add_overflow(utcNanoseconds, nanoseconds, &last))
-    return std::nullopt;
+std::optional<std::string> OnlyBetween(std::int64_t firstNanoseconds,
+                                       std::int64_t lastNanoseconds) {
   const auto text = [](std::int64_t moment) {
     // Traces have milliseconds; what the source has beyond them is kept.
     constexpr std::int64_t kMillisecond = 1'000'000;
     const std::int64_t span = moment % kMillisecond == 0 ? kMillisecond : 1;
     return MomentText({WhereMoment::Base::Utc, moment, span});
   };
-  const auto both = Parsed("time >= " + text(first) + " and time <= " + text(last));
+  const auto both =
+      Parsed("time >= " + text(firstNanoseconds) + " and time <= " + text(lastNanoseconds));
   return both ? std::optional(WhereText(*both)) : std::nullopt;
+}
+
+std::optional<std::string> OnlyAroundTime(std::int64_t utcNanoseconds, std::int64_t nanoseconds) {
+  std::int64_t first = 0, last = 0;
+  if (__builtin_sub_overflow(utcNanoseconds, nanoseconds, &first) ||
+      __builtin_add_overflow(utcNanoseconds, nanoseconds, &last))
+    return std::nullopt;
+  return OnlyBetween(first, last);
 }
 
 std::string OnlyAroundTic(std::uint64_t tic, std::uint64_t distance) {

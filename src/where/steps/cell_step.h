@@ -25,7 +25,9 @@ struct WhereThread {
 };
 std::string OnlyThisThread(const WhereThread& thread);
 
-// Both ends belong to it. Nothing for a time outside of the years 1678 to 2261.
+// Of moments; both ends belong to it, as whole milliseconds where they are such.
+std::optional<std::string> OnlyBetween(std::int64_t firstNanoseconds, std::int64_t lastNanoseconds);
+// The same so far from one moment. Nothing for a time outside of the years 1678 to 2261.
 std::optional<std::string> OnlyAroundTime(std::int64_t utcNanoseconds, std::int64_t nanoseconds);
 // In units of the tic, cut at its ends.
 std::string OnlyAroundTic(std::uint64_t tic, std::uint64_t distance);

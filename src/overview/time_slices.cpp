@@ -135,6 +135,15 @@ SliceCounts TimeSlices::All() const {
   return all;
 }
 
+SliceCounts TimeSlices::Between(const TimeLimits& times) const {
+  SliceCounts counts;
+  if (Size() == 0 || times.from >= To() || times.to <= From()) return counts;
+  const std::int64_t first = FloorDivided(std::max(times.from, From()), m_width);
+  const std::int64_t last = FloorDivided(std::min(times.to, To()) - 1, m_width);
+  for (std::int64_t index = first; index <= last; ++index) counts += Slot(index);
+  return counts;
+}
+
 void TimeSlices::RelaxLimits() {
   if (m_before == 0) m_nearBefore = TraceTimes::kNone;
   if (m_behind == 0) m_nearBehind = std::numeric_limits<std::int64_t>::max();

@@ -77,8 +77,8 @@ class TimeSlices {
   const SliceCounts& operator[](std::size_t slice) const {
     return Slot(m_first + static_cast<std::int64_t>(slice));
   }
-  // Of all slices.
   SliceCounts All() const;
+  SliceCounts Between(const TimeLimits& times) const;  // of all that have a part of it
 
   const TimeLimits& Limits() const { return m_limits; }
   std::uint64_t Before() const { return m_before; }

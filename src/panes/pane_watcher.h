@@ -9,9 +9,11 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 class CTraceHint;
+class TraceEvent_i;
 
 class PaneWatcher {
  public:
@@ -34,6 +36,9 @@ class WatchedPane {
   // A watcher is told of changes until it leaves; it does neither while it is told.
   void Watch(PaneWatcher& watcher) { m_watchers.push_back(&watcher); }
   void Unwatch(PaneWatcher& watcher) { std::erase(m_watchers, &watcher); }
+  // Calls visit for the traces that the user sees now; a pane without rows: for the current one.
+  using VisitTrace = std::function<void(const TraceEvent_i&)>;
+  virtual void VisitPage(const VisitTrace& /*visit*/) const {}
 
  protected:
   ~WatchedPane() = default;

@@ -3,6 +3,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "tree/find/count/hit_count.h"
@@ -11,6 +12,9 @@ class SearchedPane {
  public:
   // Null: nothing was searched here.
   const HitCount* Hits() const { return m_hitCount.get(); }
+  // Calls visit for the traces with a known hit, of very many for as many of them, evenly spread.
+  static constexpr int kHitsVisited = 20'000;
+  virtual void VisitHits(const std::function<void(const TraceEvent_i&)>& visit) const;
 
  protected:
   ~SearchedPane() = default;

@@ -27,7 +27,12 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
           [this] { return ShownPane(); }),
       m_marks(
           GetHost(), [this] { return ShownPane(); },
-          [this](const std::string& text) { m_main.SetNotice(text); }) {
+          [this](const std::string& text) { m_main.SetNotice(text); }),
+      m_overview(
+          GetHost(),
+          [this](OverviewStrip& strip) { return m_main.Tessera().Faces().CreateOverview(strip); },
+          [this] { return ShownPane(); },
+          [this](const std::string& text) { m_filter.TakeStep(text); }) {
   AddPane(ID_VIEW_PROC, [this](CTraceDoc& document) {
     ShellFaces& faces = m_main.Tessera().Faces();
     return std::make_unique<CProcView>(
@@ -37,6 +42,7 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
   MapBeside();
   MapGoTo();
   MapMarks();
+  MapOverview();
   MapCommand(
       ID_VIEW_STATISTICS, [this] { OnStatistics(); },
       [this](CCmdUI& ui) {
@@ -82,8 +88,24 @@ void CTraceChildFrame::MapBeside() {
         ui.SetCheck(m_beside.Edge() == BesideEdge::Right);
       });
   MapCommand(
-      ID_VIEW_NEXTAREA, [this] { m_beside.SwitchFocus(); },
-      [this](CCmdUI& ui) { ui.Enable(HasList()); });
+      ID_VIEW_NEXTAREA, [this] { NextArea(); }, [this](CCmdUI& ui) { ui.Enable(HasList()); });
+}
+
+// From the rows to the strip above them, then to the panes beside them, then back.
+void CTraceChildFrame::NextArea() {
+  if (m_overview.IsShown() && !m_overview.HasFocus() && !m_beside.HasFocus())
+    m_overview.SetFocus();
+  else
+    m_beside.SwitchFocus();
+}
+
+void CTraceChildFrame::MapOverview() {
+  MapCommand(
+      ID_VIEW_OVERVIEW, [this] { m_overview.Toggle(); },
+      [this](CCmdUI& ui) {
+        ui.Enable(HasList());
+        ui.SetCheck(m_overview.IsShown());
+      });
 }
 
 void CTraceChildFrame::AddBeside(unsigned command, const char* stored, BesidePanes::MakePane make) {
@@ -137,6 +159,7 @@ void CTraceChildFrame::OnCreate() {
   CMDIChildWnd::OnCreate();
   m_filter.OnCreate(*Face());
   m_beside.OnCreate(*Face());
+  m_overview.OnCreate(*Face());
 }
 
 void CTraceChildFrame::AddPane(unsigned command, PaneMaker make) {
@@ -206,6 +229,7 @@ void CTraceChildFrame::TogglePane(std::size_t place) {
   shown.Control()->SetFocus();
   m_filter.OnPane();
   m_beside.OnPane();
+  m_overview.OnPane();
 }
 
 // If the user cancels a fill nothing changes: not the shown view, not the other one, and not the

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "docview/frame.h"
+#include "overview/window/frame_overview.h"
 #include "panes/tree_as_text.h"
 #include "shell/beside/beside_panes.h"
 #include "shell/filterline/frame_filter.h"
@@ -41,6 +42,7 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   TracePane* ShownPane() const;
   FrameFilter& Filter() { return m_filter; }
   BesidePanes& Beside() { return m_beside; }
+  FrameOverview& Overview() { return m_overview; }
 
  private:
   static constexpr unsigned kOtherPane = 59649;  // of a view that does not show
@@ -61,6 +63,8 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   void MapBeside();
   void MapGoTo();
   void MapMarks();
+  void MapOverview();
+  void NextArea();
   void MapFilter();
   void OnStatistics();
   bool HasList() const;
@@ -75,5 +79,6 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   FrameFilter m_filter;
   BesidePanes m_beside;
   MarkCommands m_marks;
+  FrameOverview m_overview;
   std::unique_ptr<CStatisticsDlg> m_statistics;  // null, or ended: not open
 };

@@ -12,6 +12,7 @@
 #include "controls/tree/tree_control.h"
 #include "docview/frame.h"
 #include "listview/source/rich_edit.h"
+#include "overview/window/overview_strip.h"
 #include "shell/beside/beside_area.h"
 #include "shell/details/details_pane.h"
 #include "shell/filterline/filter_line.h"
@@ -58,6 +59,7 @@ class ShellFaces {
   virtual std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) = 0;
   virtual std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) = 0;
   virtual std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) = 0;
+  virtual std::unique_ptr<OverviewFace> CreateOverview(OverviewStrip& strip) = 0;
   virtual std::unique_ptr<BesideArea> CreateBesideArea(BesideAreaOwner& owner) = 0;
   virtual std::unique_ptr<DetailsFace> CreateDetails(DetailsPane& pane) = 0;
   // Is a modal box or dialog open?

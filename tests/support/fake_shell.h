@@ -19,6 +19,7 @@
 #include "support/fake_details.h"
 #include "support/fake_filter_line.h"
 #include "support/fake_frame.h"
+#include "support/fake_overview.h"
 #include "support/fake_rich_edit.h"
 #include "support/fake_row_list.h"
 #include "support/fake_tree_control.h"
@@ -132,6 +133,9 @@ class FakeShellFaces : public ShellFaces {
   std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) override {
     return std::make_unique<FakeFilterLine>(line, m_filterLine);
   }
+  std::unique_ptr<OverviewFace> CreateOverview(OverviewStrip& strip) override {
+    return std::make_unique<FakeOverview>(strip, m_overview);
+  }
   std::unique_ptr<BesideArea> CreateBesideArea(BesideAreaOwner& owner) override {
     return std::make_unique<FakeBesideArea>(owner, m_besideArea);
   }
@@ -148,6 +152,7 @@ class FakeShellFaces : public ShellFaces {
   int m_proposedWidthPx = 1000;
   int m_proposedHeightPx = 700;
   int m_largestWidthPx = 32767, m_largestHeightPx = 32767;
+  FakeOverview* m_overview = nullptr;
   FakeFilterLine* m_filterLine = nullptr;  // the one made last; null when it has gone
   FakeBesideArea* m_besideArea = nullptr;  // likewise
   FakeDetails* m_details = nullptr;        // likewise

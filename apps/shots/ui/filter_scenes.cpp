@@ -76,3 +76,28 @@ void FilterScenes::Statistics() {
   }
   m_tessera.Frame()->OnCommand(ID_VIEW_STATISTICS);
 }
+
+void FilterScenes::Overview() {
+  const auto settle = [this] {
+    QElapsedTimer clock;
+    for (clock.start(); clock.elapsed() < kCountingMs;) m_scenes.Settle();
+  };
+  m_tessera.Frame()->OnCommand(ID_VIEW_OVERVIEW);
+  QWidget* const strip = m_scenes.Window().findChild<QWidget*>(QStringLiteral("overview"));
+  const auto press = [&](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    QKeyEvent event(QEvent::KeyPress, key, modifiers);
+    QApplication::sendEvent(strip, &event);
+  };
+  settle();
+  m_scenes.Save(m_scenes.Window(), QStringLiteral("overview"));
+  for (int bars = 0; bars < 20; ++bars) press(Qt::Key_Right);
+  for (int bars = 0; bars < 12; ++bars) press(Qt::Key_Right, Qt::ShiftModifier);
+  settle();
+  m_scenes.Save(m_scenes.Window(), QStringLiteral("overview-chosen"));
+  press(Qt::Key_Plus);
+  press(Qt::Key_Plus);
+  settle();
+  m_scenes.Save(m_scenes.Window(), QStringLiteral("overview-zoomed"));
+  strip->setFocus();
+  m_tessera.Frame()->OnCommand(ID_VIEW_OVERVIEW);
+}

@@ -14,6 +14,8 @@ class FilterScenes {
   // Of all traces.
   void Statistics();
   void Marks() { MarkScenes(m_tessera, m_scenes).All(); }
+  // The overview as it is, zoomed, and with a range that is chosen.
+  void Overview();
 
  private:
   FilterLineWidget& Line();

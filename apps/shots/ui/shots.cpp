@@ -66,6 +66,7 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besi
   beside.Details();
   filter.Statistics();
   filter.Marks();
+  filter.Overview();
   filter.All();
   scenes.Tiled(second);
 }
@@ -85,6 +86,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besid
   beside.Details();
   filter.Statistics();
   filter.Marks();
+  filter.Overview();
   filter.All();
   scenes.Tiled(second);
 }
@@ -119,6 +121,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   beside.Details();
   filter.Statistics();
   filter.Marks();
+  filter.Overview();
   filter.All();
   dialogs.Colours();
   configuring.All();
@@ -128,6 +131,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   beside.Details();
   filter.Statistics();
   filter.Marks();
+  filter.Overview();
   filter.All();
   dialogs.Colours();
   configuring.All();

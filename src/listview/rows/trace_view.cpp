@@ -51,6 +51,12 @@ TraceEvent_i* CTraceView::CurrentEvent() const {
   return EventOfRow(m_currentRow);
 }
 
+void CTraceView::VisitPage(const VisitTrace& visit) const {
+  const int top = m_list->TopIndex(), end = top + m_list->CountPerPage();
+  for (int row = top; row < end; ++row)
+    if (const TraceEvent_i* const event = EventOfRow(row)) visit(*event);
+}
+
 TraceEvent_i* CTraceView::EventOfRow(int row) const {
   return GetDocument() && m_rows.Has(row) ? m_rows.EventAt(row) : nullptr;
 }

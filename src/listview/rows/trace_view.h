@@ -31,11 +31,11 @@ class CTraceView : public TracePane, public RowListOwner {
   void OnUpdate(CView* sender, unsigned hint, CObject* object) override;
   std::intptr_t OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override;
   ViewControl* Control() override { return m_list.get(); }
-
   TraceEvent_i* CurrentEvent() const override;  // of the focused row; null when it was trimmed
   const TraceEvent_i* EventAbove() const override { return EventOfRow(m_currentRow - 1); }
   std::vector<std::uint64_t> SelectedNumbers(std::size_t most) const override;
   void ShowNumber(std::uint64_t number) override;
+  void VisitPage(const VisitTrace& visit) const override;
 
   // For the colours of a page by rules; the rest comes with the next painting.
   std::chrono::nanoseconds m_colourTime = RowColourer::kPageTime;

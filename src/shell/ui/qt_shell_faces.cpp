@@ -18,6 +18,7 @@
 #include "listview/source/ui/find_text_face.h"
 #include "listview/source/ui/locate_wait_face.h"
 #include "listview/source/ui/rich_edit_widget.h"
+#include "overview/window/ui/overview_widget.h"
 #include "shell/beside/ui/beside_area_widget.h"
 #include "shell/colours/ui/colour_rules_face.h"
 #include "shell/details/ui/details_widget.h"
@@ -117,6 +118,10 @@ std::unique_ptr<ConfigPane> QtShellFaces::CreateConfigPane(ListBoxOwner& owner) 
 
 std::unique_ptr<FilterLineFace> QtShellFaces::CreateFilterLine(FilterLine& line) {
   return std::make_unique<QtFilterLine>(line);
+}
+
+std::unique_ptr<OverviewFace> QtShellFaces::CreateOverview(OverviewStrip& strip) {
+  return std::make_unique<QtOverview>(strip);
 }
 
 std::unique_ptr<BesideArea> QtShellFaces::CreateBesideArea(BesideAreaOwner& owner) {

@@ -27,6 +27,7 @@ class QtShellFaces : public ShellFaces {
   std::unique_ptr<RichEdit> CreateRichEdit(RichEditOwner& owner) override;
   std::unique_ptr<ConfigPane> CreateConfigPane(ListBoxOwner& owner) override;
   std::unique_ptr<FilterLineFace> CreateFilterLine(FilterLine& line) override;
+  std::unique_ptr<OverviewFace> CreateOverview(OverviewStrip& strip) override;
   std::unique_ptr<BesideArea> CreateBesideArea(BesideAreaOwner& owner) override;
   std::unique_ptr<DetailsFace> CreateDetails(DetailsPane& pane) override;
   bool IsModal() const override { return QtHost::InModal(); }

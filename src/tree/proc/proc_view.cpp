@@ -30,6 +30,10 @@ TraceEvent_i* CProcView::CurrentEvent() const {
   return node ? node->event : nullptr;
 }
 
+void CProcView::VisitPage(const VisitTrace& visit) const {
+  if (const TraceEvent_i* const event = CurrentEvent()) visit(*event);
+}
+
 const TraceEvent_i* CProcView::EventAbove() const {
   const TreeItem item = m_tree->SelectedItem();
   const CTraceEvent* const above =

@@ -36,6 +36,7 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   ViewControl* Control() override { return m_tree.get(); }
 
   TraceEvent_i* CurrentEvent() const override;  // of the selected item; null: trimmed
+  void VisitPage(const VisitTrace& visit) const override;
   const TraceEvent_i* EventAbove() const override;
   bool Build() override;
   bool IsBuilt() const override { return m_built; }

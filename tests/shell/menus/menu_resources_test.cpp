@@ -127,6 +127,7 @@ TEST(Menus, OfATraceFile) {
   32945 Go to Ro&w...\tCtrl+Shift+G
   -----
   32909 Stat&istics...
+  32960 Overvie&w\tCtrl+Shift+O
   -----
   32965 &Details\tCtrl+I
   32966 Details at the Ri&ght
@@ -220,6 +221,7 @@ TEST(Menus, OfAMonitor) {
   32945 Go to Ro&w...\tCtrl+Shift+G
   -----
   32909 Stat&istics...
+  32960 Overvie&w\tCtrl+Shift+O
   -----
   32965 &Details\tCtrl+I
   32966 Details at the Ri&ght
@@ -450,6 +452,7 @@ Ctrl+F6 32804
 Ctrl+W 32823
 F1 57670
 Ctrl+L 32902
+Ctrl+Shift+O 32960
 Alt+Left 32903
 Alt+Right 32904
 Ctrl+T 32943

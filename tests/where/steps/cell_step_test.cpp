@@ -84,6 +84,13 @@ TEST(CellStep, ATextThatIsNoneTakesNoStep) {
                         "component == a_long_name_of_a_component"));
 }
 
+TEST(CellStep, ASpanOfTimeHasBothOfItsEnds) {
+  constexpr std::int64_t kMs = 1'000'000, kMoment = 1'795'251'667'123 * kMs;
+  EXPECT_EQ(OnlyBetween(kMoment, kMoment + 877 * kMs),
+            "time >= 2026-11-21T09:01:07.123Z and time <= 2026-11-21T09:01:08.000Z");
+  EXPECT_EQ(OnlyBetween(kMoment, kMoment), OnlyAroundTime(kMoment, 0));
+}
+
 // Whatever bytes the names have, a step is one test more, and says exactly this name.
 TEST(CellStep, HostileNamesStayNames) {
   std::mt19937 random(5);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/row_list_fixture.h"
@@ -44,6 +45,26 @@ TYPED_TEST_P(RowColumnContract, AColumnInsertedWithWidthZeroIsHidden) {
   EXPECT_EQ(this->Header().ColumnWidth(Column::Tid), 61);
 }
 
+TYPED_TEST_P(RowColumnContract, AColumnThatIsInsertedLaterStandsLastAndKeepsTheOthersAsTheyAre) {
+  this->InsertColumns(50);
+  const ListOrder order = {14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
+  this->Header().SetColumnOrder(order);
+  this->List().SetItemCount(7);
+  this->Header().SetColumnWidth(Column::Pid, 0);
+  this->Header().InsertColumn({"Later", ColumnAlign::Right}, 70);
+  ListOrder longer = order;
+  longer.push_back(15);
+  EXPECT_EQ(this->Header().GetColumnOrder(), longer);
+  EXPECT_EQ(this->Header().ColumnWidth(15), 70);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Pid), 0);
+  EXPECT_EQ(this->Header().ColumnWidth(Column::Time), 50);
+  EXPECT_EQ(this->List().ItemCount(), 7);
+  std::swap(longer[15], longer[0]);
+  this->Header().SetColumnOrder(longer);
+  EXPECT_EQ(this->Header().GetColumnOrder(), longer);
+  EXPECT_EQ(this->m_owner.resizings + this->m_owner.resized + this->m_owner.reordered, 0);
+}
+
 TYPED_TEST_P(RowColumnContract, AnOrderWithRepeatsLosesNoColumn) {
   this->InsertColumns(50);
   this->Header().SetColumnOrder({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 14, 13, 14});
@@ -75,5 +96,7 @@ TYPED_TEST_P(RowColumnContract, AColumnFitsItsNameAndWhatIsOnView) {
 REGISTER_TYPED_TEST_SUITE_P(RowColumnContract,
                             ColumnsKeepTheWidthThatCodeGivesThemAlsoBelowTheMinimumOfADrag,
                             AHiddenColumnHasWidthZeroAndComesBackInItsPlace,
-                            AColumnInsertedWithWidthZeroIsHidden, AnOrderWithRepeatsLosesNoColumn,
-                            TextsHaveAWidth, AColumnFitsItsNameAndWhatIsOnView);
+                            AColumnInsertedWithWidthZeroIsHidden,
+                            AColumnThatIsInsertedLaterStandsLastAndKeepsTheOthersAsTheyAre,
+                            AnOrderWithRepeatsLosesNoColumn, TextsHaveAWidth,
+                            AColumnFitsItsNameAndWhatIsOnView);

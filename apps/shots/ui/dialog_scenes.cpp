@@ -43,6 +43,7 @@ void DialogScenes::All() {
   Source();
   Locate();
   Colours();
+  Times();
 }
 
 void DialogScenes::Run(unsigned command, std::function<void(QWidget&)> act) {

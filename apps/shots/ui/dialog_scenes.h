@@ -12,6 +12,7 @@ class DialogScenes {
   void All();
   // The list in the colours that come with the program, and their dialog.
   void Colours();
+  void Times();
 
  private:
   void Find();

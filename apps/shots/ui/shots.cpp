@@ -124,6 +124,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   filter.Overview();
   filter.All();
   dialogs.Colours();
+  dialogs.Times();
   configuring.All();
   scenes.UseDark();
   scenes.File(file);
@@ -134,6 +135,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   filter.Overview();
   filter.All();
   dialogs.Colours();
+  dialogs.Times();
   configuring.All();
 }
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int kFieldCharacters = 44;
+constexpr int kFieldCharacters = 56;
 
 }  // namespace
 
@@ -67,6 +67,7 @@ void GoToFace::UpdateData() {
 void GoToFace::Grow() {
   const int neededPx = layout()->totalHeightForWidth(width());
   if (neededPx > height()) resize(width(), neededPx);
+  layout()->activate();
 }
 
 void GoToFace::OnAccept() {

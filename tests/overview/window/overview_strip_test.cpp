@@ -315,6 +315,17 @@ TEST(MonitorStripTest, TracesThatComeAndGoAreFollowed) {
   ExpectCountsOf(strip.m_document.Slow({}), strip.m_strip.Counted()->Slices());
 }
 
+TEST(MonitorStripTest, TracesMayGoWhileAZoomIsCounted) {
+  Strip<CTraceDoc> strip;
+  strip.FillTenSeconds();
+  strip.Show();
+  strip.m_strip.Wheel(500, 1);
+  strip.m_document.Trim(600);
+  strip.Settle();
+  ASSERT_TRUE(strip.m_strip.Counted()->Zoom().has_value());
+  ExpectCountsOf(strip.m_document.Slow({}), strip.m_strip.Counted()->Slices());
+}
+
 TEST(MonitorStripTest, AClearLeavesNothingBehind) {
   Strip<CTraceDoc> strip;
   strip.FillTenSeconds();

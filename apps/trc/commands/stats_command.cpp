@@ -65,14 +65,14 @@ class StatsCommand final : public Command {
         "of --json is the filter text that gives exactly these traces.\n"
         "\n"
         "Slices of time are equally wide and begin at round times: there are as many as\n"
-        "fit. A few traces far away from all others, as those of a clock that was not set,\n"
-        "are counted before or behind the slices.\n"
+        "fit. A few traces far away from all others, as those of a clock that was not\n"
+        "set, are counted before or behind the slices.\n"
         "\n"
         "Examples:\n"
         "  trc stats web.trc\n"
         "  trc stats web.trc --by pattern --severity warn+ --top 10\n"
         "  trc stats web.trc --by component,thread --sort rate\n"
-        "  trc stats web.trc --over-time 60 --component Db\n"
+        "  trc stats web.trc --over-time 60 --component Sql\n"
         "  trc stats web.trc --by pattern --json | jq -r 'select(.count == 1) | .value'");
   }
   void Complete() override {

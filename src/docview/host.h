@@ -63,6 +63,9 @@ class Host {
   virtual int RunDialog(CDialog& dialog) = 0;
   virtual std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) = 0;
 
+  // A text for other programs, UTF-8. False: there is no clipboard.
+  virtual bool PutOnClipboard(const std::string& text) = 0;
+
   virtual void BeginWaitCursor() = 0;  // nests
   virtual void EndWaitCursor() = 0;
 

@@ -6,7 +6,7 @@
 
 void SearchedPane::CountHits(CTraceDoc& document, std::unique_ptr<CountedRows> rows) {
   const RegexProgram* const program = RegexLastProgram();
-  if (!program || (m_hitCount && m_hitCount->IsOf(*program))) return;
+  if (!program || (m_hitCount && m_hitCount->Program() == *program)) return;
   m_hitCount = std::make_unique<HitCount>(document, std::move(rows), *program);
 }
 

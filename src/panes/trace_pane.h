@@ -22,6 +22,7 @@
 #include "tree/filter/trace_filter.h"
 #include "tree/find/find_hits.h"
 
+class CopiedTraces;
 class CTraceIterator;
 
 class TracePane : public CView, public WatchedPane, public SearchedPane, public NumberedPane {
@@ -60,8 +61,7 @@ class TracePane : public CView, public WatchedPane, public SearchedPane, public 
   // False for a pane that shows less than its document because it could not be filled.
   virtual bool IsBuilt() const { return true; }
   TraceScanSetup m_scanSetup;  // of the texts to come
-  // The trace to select when the pane is shown. The frame sets it to the selected trace of the
-  // previous pane. Null when that trace was removed.
+  // To select when the pane is shown: that of the pane before. Null when it was removed.
   TraceEvent_i* m_currentEvent = nullptr;
   CTraceFilter m_filter;
   bool m_filterChanged = false;  // changed here since it was last passed to another pane
@@ -89,16 +89,15 @@ class TracePane : public CView, public WatchedPane, public SearchedPane, public 
   virtual std::unique_ptr<CTraceIterator> MakeIterator() = 0;  // at the current trace; null: none
   virtual void Find(bool asked) = 0;  // asked: right after the dialog, else Find Next
   virtual void OnExport() = 0;
+  virtual std::unique_ptr<CopiedTraces> Selected();  // null: none are
 
-  // What a filter text asks of marks and notes, read anew; null: nothing, or there are none. A box
-  // says why they cannot be read.
+  // What a text asks of marks and notes, read anew; null: nothing. A box says why that fails.
   std::shared_ptr<const WhereMarks> MarksFor(const WhereProgramPtr& where);
   // Like hint 1006 for the event, to this pane alone.
   void GoTo(CView* sender, TraceEvent_i* event);
   void ShowHits(bool on);
   void ShowContextMenu(int screenXPx, int screenYPx, std::vector<CellStep> offered);
-  // Other traces are shown, or another filter is in force. If this is the active view: updates both
-  // status panes, or only the count.
+  // Other traces or another filter. The active view updates both status panes, or only the count.
   void ReportStatus();
   void ReportCount();
 
@@ -107,6 +106,7 @@ class TracePane : public CView, public WatchedPane, public SearchedPane, public 
 
  private:
   void MapCommands();
+  void MapCopies();
   void OnFind();
   void OnViewProperties();
   void OnGotoSource();

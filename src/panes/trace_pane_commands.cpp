@@ -1,6 +1,7 @@
 // The commands of every pane.
 #include "base/text.h"
 #include "docview/commands/command_ids.h"
+#include "listview/copy/copy_rows.h"
 #include "listview/details/trace_detail_dialog.h"
 #include "listview/source/open_source.h"
 #include "panes/trace_pane.h"
@@ -27,6 +28,30 @@ void TracePane::MapCommands() {
   MapCommand(ID_VIEW_SYNCHRONIZE, [this] { OnSynchronize(); });
   MapCommand(ID_VIEW_FILTER, [this] { OnFilter(); });
   MapCommand(ID_FILE_EXPORT, [this] { OnExport(); });
+  MapCopies();
+}
+
+std::unique_ptr<CopiedTraces> TracePane::Selected() {
+  return nullptr;
+}
+
+void TracePane::MapCopies() {
+  const auto map = [this](unsigned command, auto formOf) {
+    MapCommand(
+        command,
+        [this, formOf] {
+          if (!FinishFilter()) return;
+          if (const auto traces = Selected()) CopyRowsAs(m_document, *traces, formOf());
+        },
+        [this](CCmdUI& ui) { ui.Enable(!m_document.m_loading && Selected() != nullptr); });
+  };
+  map(ID_EDIT_COPYROWS, [] { return LastCopyForm(); });
+  for (std::size_t form = 0; form < kCopyForms; ++form)
+    map(ID_EDIT_COPYTEXT + static_cast<unsigned>(form),
+        [form] { return static_cast<CopyForm>(form); });
+  MapCommand(
+      ID_EDIT_COPYHEADINGS, [] { StoreCopiesHeadings(!CopiesHeadings()); },
+      [](CCmdUI& ui) { ui.SetCheck(CopiesHeadings()); });
 }
 
 void TracePane::OnFind() {

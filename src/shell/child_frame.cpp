@@ -6,6 +6,7 @@
 #include "panes/trace_pane.h"
 #include "settings/registry.h"
 #include "shell/goto/go_to_dialog.h"
+#include "shell/hits/hits_pane.h"
 #include "shell/main_frame.h"
 #include "shell/marks/marks_pane.h"
 #include "shell/menus/resource_ids.h"
@@ -43,6 +44,7 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
   MapGoTo();
   MapMarks();
   MapOverview();
+  MapHits();
   MapCommand(
       ID_VIEW_STATISTICS, [this] { OnStatistics(); },
       [this](CCmdUI& ui) {
@@ -59,6 +61,15 @@ void CTraceChildFrame::OnStatistics() {
   m_statistics = std::make_unique<CStatisticsDlg>(
       m_main.Tessera().GetHost(), [this] { return ShownPane(); },
       [this](const std::string& text) { m_filter.TakeStep(text); });
+}
+
+void CTraceChildFrame::MapHits() {
+  AddBeside(ID_EDIT_LISTHITS, nullptr, [this] {
+    return std::make_unique<HitsPane>(
+        GetHost(),
+        [this](RowListOwner& owner) { return m_main.Tessera().Faces().CreateRowList(owner); },
+        [this] { m_beside.OnEscape(); });
+  });
 }
 
 void CTraceChildFrame::MapGoTo() {
@@ -203,7 +214,7 @@ bool CTraceChildFrame::OnEscape() {
 }
 
 void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {
-  std::vector<MenuItem> steps;
+  std::vector<MenuItem> steps = {ItemIn(IDR_TRACEFILE, ID_EDIT_COPYROWSAS)};
   if (const TracePane* const pane = ShownPane()) {
     for (const CellStep& step : pane->OfferedSteps()) steps.push_back({step.command, step.label});
   }

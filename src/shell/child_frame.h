@@ -62,6 +62,7 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   void AddBeside(unsigned command, const char* stored, BesidePanes::MakePane make);
   void MapBeside();
   void MapGoTo();
+  void MapHits();
   void MapMarks();
   void MapOverview();
   void NextArea();

@@ -89,6 +89,12 @@ class RecordingHost : public Host,
   std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) override {
     return std::make_unique<Face>(*this, dialog);
   }
+  bool PutOnClipboard(const std::string& text) override {
+    if (m_hasClipboard) m_clipboard = text;
+    return m_hasClipboard;
+  }
+  std::string m_clipboard;
+  bool m_hasClipboard = true;
   void BeginWaitCursor() override {
     ++m_waitCursors;
     Note("wait cursor on");

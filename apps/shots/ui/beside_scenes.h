@@ -10,6 +10,7 @@ class BesideScenes {
 
   // Below the rows and at their right.
   void Details();
+  void Hits();  // the list of all hits of a search
 
  private:
   CTesseraApp& m_tessera;

@@ -64,6 +64,7 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besi
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
+  beside.Hits();
   filter.Statistics();
   filter.Marks();
   filter.Overview();
@@ -84,6 +85,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besid
   scenes.Progress(file);
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
+  beside.Hits();
   filter.Statistics();
   filter.Marks();
   filter.Overview();
@@ -119,6 +121,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   scenes.File(file);
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
+  beside.Hits();
   filter.Statistics();
   filter.Marks();
   filter.Overview();
@@ -130,6 +133,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   scenes.File(file);
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
+  beside.Hits();
   filter.Statistics();
   filter.Marks();
   filter.Overview();

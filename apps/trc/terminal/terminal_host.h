@@ -35,6 +35,7 @@ class TerminalHost final : public Host {
   std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) override;
   int RunDialog(CDialog& dialog) override;
   std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) override;
+  bool PutOnClipboard(const std::string&) override { return false; }
   // The only long work under a wait cursor is a save.
   void BeginWaitCursor() override;
   void EndWaitCursor() override;

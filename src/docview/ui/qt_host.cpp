@@ -3,6 +3,7 @@
 #include <cxxabi.h>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
 #include <QWindow>
@@ -162,6 +163,13 @@ void QtHost::CloseEndedFaces() {
   m_open.erase(std::remove(m_open.begin(), m_open.end(), nullptr), m_open.end());
   for (const auto& face : std::vector(m_open))
     if (face) face->CloseIfEnded();
+}
+
+// The clipboard keeps the text when this program ends only if another program takes it over.
+bool QtHost::PutOnClipboard(const std::string& text) {
+  QGuiApplication::clipboard()->setText(
+      QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+  return true;
 }
 
 void QtHost::BeginWaitCursor() {

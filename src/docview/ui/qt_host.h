@@ -47,6 +47,7 @@ class QtHost final : public Host {
   std::optional<FileDialogAnswer> RunFileDialog(const FileDialogRequest& request) override;
   int RunDialog(CDialog& dialog) override;
   std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) override;
+  bool PutOnClipboard(const std::string& text) override;
   void BeginWaitCursor() override;
   void EndWaitCursor() override;
   void Post(std::function<void()> call) override;

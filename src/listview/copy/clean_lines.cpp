@@ -5,14 +5,12 @@
 
 #include "base/json_text.h"
 
-namespace {
-
-bool IsNumber(Column column) {
-  return column == Column::Count || column == Column::TicCount || column == Column::TicDiff;
+bool IsNumberColumn(Column column) {
+  return column == Column::Count || column == Column::TicCount || column == Column::TicDiff ||
+         column == Column::Delta || column == Column::Since;
 }
 
-// Empty if the trace has no such value.
-std::string ValueOf(Column column, const CleanRow& row) {
+std::string CleanValue(Column column, const CleanRow& row) {
   if (column == Column::Sev) return std::string(SeverityWord(row.event));
   if (column == Column::Source && row.event.GetSourceFileName(row.names).empty()) return {};
   if (column == Column::Time) {
@@ -21,7 +19,7 @@ std::string ValueOf(Column column, const CleanRow& row) {
     return time;
   }
   std::string value = CellText(column, row.event, row.previous, row.names, false);
-  if (IsNumber(column) && value == "n/a") return {};
+  if (IsNumberColumn(column) && value == "n/a") return {};
   return value;
 }
 
@@ -40,8 +38,6 @@ void WriteRfc4180Cell(std::string& out, std::string_view value) {
   if (!plain) out += '"';
 }
 
-}  // namespace
-
 void WriteRfc4180Header(std::string& out, const std::vector<Column>& columns) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (i > 0) out += ',';
@@ -53,7 +49,7 @@ void WriteRfc4180Header(std::string& out, const std::vector<Column>& columns) {
 void WriteRfc4180Line(std::string& out, const std::vector<Column>& columns, const CleanRow& row) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (i > 0) out += ',';
-    WriteRfc4180Cell(out, ValueOf(columns[i], row));
+    WriteRfc4180Cell(out, CleanValue(columns[i], row));
   }
   out += '\r';
 }
@@ -66,12 +62,12 @@ void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const C
     out += '"';
     out += InfoOf(column).header;
     out += "\":";
-    const std::string value = ValueOf(column, row);
-    const bool mayLack = IsNumber(column) || column == Column::Sev || column == Column::Source ||
-                         column == Column::Time;
+    const std::string value = CleanValue(column, row);
+    const bool mayLack = IsNumberColumn(column) || column == Column::Sev ||
+                         column == Column::Source || column == Column::Time;
     if (value.empty() && mayLack) {
       out += "null";
-    } else if (IsNumber(column)) {
+    } else if (IsNumberColumn(column)) {
       out += value;
     } else {
       AppendJsonText(out, value);

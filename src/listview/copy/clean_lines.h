@@ -9,6 +9,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "listview/columns/columns.h"
@@ -25,5 +26,10 @@ struct CleanRow {
   const NameMap& names;
   TraceMoments& moments;  // has learned the file
 };
+bool IsNumberColumn(Column column);
+// The value of a cell; empty if the trace has none.
+std::string CleanValue(Column column, const CleanRow& row);
+// With quotes if they are needed.
+void WriteRfc4180Cell(std::string& out, std::string_view value);
 void WriteRfc4180Line(std::string& out, const std::vector<Column>& columns, const CleanRow& row);
 void WriteJsonLine(std::string& out, const std::vector<Column>& columns, const CleanRow& row);

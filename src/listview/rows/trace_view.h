@@ -76,6 +76,7 @@ class CTraceView : public TracePane, public RowListOwner {
   std::unique_ptr<CTraceIterator> MakeIterator() override;
   void Find(bool asked) override;
   void OnExport() override;
+  std::unique_ptr<CopiedTraces> Selected() override;
 
   TimeCells& Times();
   std::string TimeText(int row, Column column);
@@ -84,7 +85,6 @@ class CTraceView : public TracePane, public RowListOwner {
   bool FilterInto(RowStore& rows);
   void AddRows(const CTraceHint& hint, CTraceFilter& filter);
   void ShowRows(RowStore& rows, bool atEnd);
-  // ---- trace_view_filtering.cpp
   void BeginFiltering(WhereProgramPtr where);
   void EndFiltering();
   void FollowZone();

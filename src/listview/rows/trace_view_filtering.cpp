@@ -14,7 +14,7 @@ constexpr milliseconds kStep(10), kShowEvery(30);
 // A few hits are shown when so long no page of them has come.
 constexpr milliseconds kFewAfter(90);
 constexpr int kThousandthsForScan = 950;  // the rest is for the search of the focused trace
-constexpr unsigned kFocusAndSelection = kRowFocused | kRowSelected;
+constexpr unsigned kBothStates = kRowFocused | kRowSelected;
 
 }  // namespace
 
@@ -207,7 +207,7 @@ void CTraceView::SelectFound(int row) {
   now.EndSearch();
   m_currentRow = -1;
   now.selecting = true;
-  m_list->SetItemState(-1, 0, kFocusAndSelection);
+  m_list->SetItemState(-1, 0, kBothStates);
   if (row != -1) ShowFound(row, sender);
   now.selecting = false;
 }
@@ -218,7 +218,7 @@ void CTraceView::ShowFound(int row, CView* sender) {
   if (m_list->ItemCount() != m_rows.Size()) m_list->SetItemCount(m_rows.Size());
   now.NoteTop(m_list->TopIndex());
   if (now.moved)
-    m_list->SetItemState(row, kFocusAndSelection, kFocusAndSelection);
+    m_list->SetItemState(row, kBothStates, kBothStates);
   else
     SelectRow(sender, row);
   now.top = m_list->TopIndex();

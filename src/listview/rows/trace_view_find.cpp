@@ -8,14 +8,17 @@ namespace {
 
 class ShownRows final : public CountedRows {
  public:
-  explicit ShownRows(const CTraceView& view) : m_view(view) {}
+  ShownRows(const CTraceView& view, std::function<void(int)> goTo)
+      : m_view(view), m_goTo(std::move(goTo)) {}
   int CountedSize() const override { return m_view.Rows().Size(); }
   const TraceEvent_i* CountedAt(int row) const override { return m_view.Rows().EventAt(row); }
   bool AreRowsWhole() const override { return !m_view.FilterProgress(); }
   int CurrentRow() const override { return m_view.List().NextItem(-1, kRowFocused); }
+  void GoTo(int row) override { m_goTo(row); }
 
  private:
   const CTraceView& m_view;
+  const std::function<void(int)> m_goTo;
 };
 
 }  // namespace
@@ -28,22 +31,26 @@ void CTraceView::Find(bool asked) {
 }
 
 void CTraceView::FindInRows() {
+  const auto show = [this](int row) {
+    m_list->SetItemState(row, kRowFocused, kRowFocused);
+    m_list->EnsureVisible(row);
+    ShowHits(true);
+    m_list->ShowHit(row, Column::Trace);
+    Follow(EventOfRow(row));
+  };
   RowWalk walk(m_rows, m_list->NextItem(-1, kRowFocused), FindSettings.backward != 0);
   if (const RegexProgram* const program = RegexLastProgram())
     walk.Scan(m_document.m_traces, [&](const ScanOrder& order) {
       return TextScan::Begin(m_document.Lend(), *program, order);
     });
   const FindResult result = RunSearch(GetHost(), &m_document, walk);
-  if (result != FindResult::Cancelled) CountHits(m_document, std::make_unique<ShownRows>(*this));
+  if (result != FindResult::Cancelled)
+    CountHits(m_document, std::make_unique<ShownRows>(*this, show));
   switch (result) {
     case FindResult::Hit:
       // Row -1, where a search stops that began with the first row, means all rows.
       m_list->SetItemState(walk.StopRow(), 0, kRowFocused);
-      m_list->SetItemState(walk.Row(), kRowFocused, kRowFocused);
-      m_list->EnsureVisible(walk.Row());
-      ShowHits(true);
-      m_list->ShowHit(walk.Row(), Column::Trace);
-      Follow(EventOfRow(walk.Row()));
+      show(walk.Row());
       break;
     case FindResult::NotFound:
       ReportNotFound(GetHost());

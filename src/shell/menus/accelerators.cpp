@@ -9,6 +9,7 @@ constexpr Accelerator kKeys[] = {
     {"Ctrl+A", ID_CONFIG_ADD},          {"Ctrl+C", ID_EDIT_COPY},
     {"Ctrl+Insert", ID_EDIT_COPY},      {"Alt+C", ID_FILE_NEWCONFIG},
     {"Ctrl+F", ID_EDIT_FIND},           {"F3", ID_EDIT_FINDNEXT},
+    {"Ctrl+Shift+C", ID_EDIT_COPYROWS}, {"Ctrl+Shift+F", ID_EDIT_LISTHITS},
     {"Ctrl+G", ID_VIEW_GOTOSOURCE},     {"Alt+M", ID_FILE_NEWMONITOR},
     {"Ctrl+O", ID_FILE_OPEN},           {"Ctrl+P", ID_FILE_PRINT},
     {"Alt+P", ID_VIEW_PROPERTIES},      {"Ctrl+S", ID_FILE_SAVE},

@@ -76,6 +76,18 @@ const CommandText kTexts[] = {
     {ID_APP_EXIT, kBars, "E&xit\tAlt+F4", "Quit the application; prompts to save documents\nExit"},
     {ID_EDIT_COPY, kTraces | kSource, "&Copy\tCtrl+C",
      "Copy the selection and put it on the Clipboard\nCopy"},
+    {ID_EDIT_COPYROWSAS, kTraces, "Copy &Rows As", ""},
+    {ID_EDIT_COPYTEXT, kTraces, "&Text", "Copy the selected traces as aligned text\nText"},
+    {ID_EDIT_COPYTABS, kTraces, "Ta&bs", "Copy the selected traces with tabs between cells\nTabs"},
+    {ID_EDIT_COPYCSV, kTraces, "&CSV", "Copy the selected traces as comma-separated text\nCSV"},
+    {ID_EDIT_COPYJSON, kTraces, "&JSON", "Copy the selected traces as JSON objects\nJSON"},
+    {ID_EDIT_COPYFILTER, kTraces, "&Filter Text",
+     "Copy a filter text that shows the selected traces\nFilter Text"},
+    {ID_EDIT_COPYROWS, kTraces, "As &Last Time\tCtrl+Shift+C",
+     "Copy the selected traces in the form of the last time\nCopy Rows"},
+    {ID_EDIT_COPYHEADINGS, kTraces, "With &Headings", "Copy column names too\nHeadings"},
+    {ID_EDIT_LISTHITS, kTraces, "List &Hits\tCtrl+Shift+F",
+     "List all hits of the last search beside the rows\nHits"},
     {ID_EDIT_FIND, kFile, "&Find\tCtrl+F", "Find the specified text\nFind"},
     {ID_EDIT_FIND, kMonitor | kSource | kTracePopup, "&Find...\tCtrl+F",
      "Find the specified text\nFind"},
@@ -186,9 +198,11 @@ constexpr unsigned kFileIds[] = {ID_FILE_NEWMONITOR,
                                  0,
                                  ID_APP_EXIT};
 constexpr unsigned kEditIds[] = {ID_EDIT_COPY,
+                                 ID_EDIT_COPYROWSAS,
                                  0,
                                  ID_EDIT_FIND,
                                  ID_EDIT_FINDNEXT,
+                                 ID_EDIT_LISTHITS,
                                  0,
                                  ID_EDIT_MARK,
                                  ID_EDIT_MARKCOLOUR,
@@ -235,7 +249,11 @@ constexpr unsigned kTimeColumnIds[] = {ID_VIEW_TIMEDELTA, ID_VIEW_TIMESINCE, ID_
 constexpr unsigned kMarkIds[] = {ID_EDIT_MARK1,     ID_EDIT_MARK1 + 1, ID_EDIT_MARK1 + 2,
                                  ID_EDIT_MARK1 + 3, ID_EDIT_MARK1 + 4, ID_EDIT_MARK1 + 5,
                                  ID_EDIT_MARK1 + 6, ID_EDIT_MARK1 + 7, ID_EDIT_MARK1 + 8};
+constexpr unsigned kCopyIds[] = {ID_EDIT_COPYTEXT, ID_EDIT_COPYTABS,    ID_EDIT_COPYCSV,
+                                 ID_EDIT_COPYJSON, ID_EDIT_COPYFILTER,  0,
+                                 ID_EDIT_COPYROWS, ID_EDIT_COPYHEADINGS};
 const std::map<unsigned, std::span<const unsigned>> kSubmenus = {
+    {ID_EDIT_COPYROWSAS, kCopyIds},
     {ID_EDIT_MARKCOLOUR, kMarkIds},
     {ID_VIEW_TIMECOLUMNS, kTimeColumnIds},
 };
@@ -294,7 +312,7 @@ MenuPopup MakePopup(const PopupLayout& layout, unsigned menu) {
       const auto inside = kSubmenus.find(id);
       if (inside == kSubmenus.end()) continue;
       for (const unsigned item : inside->second)
-        popup.items.back().items.push_back({item, TextIn(menu, item)});
+        popup.items.back().items.push_back(item ? MenuItem{item, TextIn(menu, item)} : MenuItem());
     }
   }
   return popup;
@@ -329,21 +347,4 @@ std::string ToolTipOf(unsigned id) {
   const std::string both = PromptText(id);
   const std::size_t end = both.find('\n');
   return end == std::string::npos ? "" : both.substr(end + 1);
-}
-
-const std::vector<unsigned>& ToolBarButtons() {
-  static const std::vector<unsigned> buttons = {
-      ID_EDIT_CLEAR_ALL, ID_FILE_OPEN,        ID_FILE_SAVE,  0, ID_VIEW_OPTIONS, 0,
-      ID_VIEW_PROC,      ID_VIEW_SYNCHRONIZE, ID_VIEW_PAUSE, 0, ID_EDIT_COPY,    ID_EDIT_FIND};
-  return buttons;
-}
-
-const std::vector<StatusIndicator>& StatusIndicators() {
-  // The texts of the zone and of the rows only determine the widths of their panes.
-  static const std::vector<StatusIndicator> indicators = {
-      {kPaneMessage, ""},        {kPaneZone, "UTC+00:00"}, {kPaneCaps, "CAP"},
-      {kPaneNum, "NUM"},         {kPaneScroll, "SCRL"},    {kPaneFiltered, "FILTERED"},
-      {kPaneRowCount, "555555"},
-  };
-  return indicators;
 }

@@ -28,6 +28,9 @@ struct MenuPopup {
 // The menu of a resource: bars 128 to 131 and 145, pop-ups 143 and 144 (one nameless entry each).
 const std::vector<MenuPopup>& MenuOf(unsigned resource);
 
+// An item of it, with what is inside.
+MenuItem ItemIn(unsigned resource, unsigned id);
+
 std::string PromptOf(unsigned id);   // first half
 std::string ToolTipOf(unsigned id);  // second half
 

@@ -74,7 +74,17 @@ Menus::OneMenu Menus::MakeMenu(const MenuPopup& popup) {
 QMenu* Menus::Submenu(const MenuItem& item, QMenu* parent) {
   auto* const menu = new QMenu(Shown(item.text), parent);
   for (const MenuItem& each : item.items)
-    menu->addAction(m_actions.Item(each.id, Shown(each.text), menu));
+    menu->addAction(each.id == 0 ? menu->addSeparator()
+                                 : m_actions.Item(each.id, Shown(each.text), menu));
+  return menu;
+}
+
+// Their commands run when the pop-up has closed.
+QMenu* Menus::ProxyMenu(const MenuItem& item, QMenu* parent) {
+  auto* const menu = new QMenu(Shown(item.text), parent);
+  for (const MenuItem& each : item.items)
+    menu->addAction(each.id == 0 ? menu->addSeparator()
+                                 : m_actions.Proxy(each.id, Shown(each.text), menu));
   return menu;
 }
 
@@ -172,8 +182,12 @@ unsigned Menus::Track(unsigned resource, const QPoint& screen, const std::vector
     }
   }
   if (!more.empty()) menu.addSeparator();
-  for (const MenuItem& item : more)
-    menu.addAction(m_actions.Proxy(item.id, Shown(item.text), &menu));
+  for (const MenuItem& item : more) {
+    if (item.items.empty())
+      menu.addAction(m_actions.Proxy(item.id, Shown(item.text), &menu));
+    else
+      menu.addMenu(ProxyMenu(item, &menu));
+  }
   m_actions.UpdateMenu(menu);
   const QAction* chosen = menu.exec(screen);
   return chosen ? chosen->data().toUInt() : 0;

@@ -55,6 +55,7 @@ class Menus : public QObject {
   void MakeBar(unsigned resource);
   OneMenu MakeMenu(const MenuPopup& popup);
   QMenu* Submenu(const MenuItem& item, QMenu* parent);
+  QMenu* ProxyMenu(const MenuItem& item, QMenu* parent);
   void RefreshMenu(OneMenu& menu);
   void Fill(QMenu& menu, Changing& part);
   Entries RecentFiles();

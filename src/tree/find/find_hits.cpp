@@ -22,6 +22,8 @@ FindHits::FindHits() {
   if (MayFindNext() && last) m_search = std::make_unique<Search>(*last);
 }
 
+FindHits::FindHits(const RegexProgram& program) : m_search(std::make_unique<Search>(program)) {}
+
 FindHits::~FindHits() = default;
 
 const std::vector<HitRange>& FindHits::In(std::string_view text, std::int64_t steps,

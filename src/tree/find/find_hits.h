@@ -16,6 +16,8 @@
 
 #include "controls/text/cell_parts.h"
 
+class RegexProgram;
+
 class FindHits {
  public:
   static constexpr std::size_t kHitsMax = 500;
@@ -24,6 +26,7 @@ class FindHits {
   static constexpr std::int64_t kSteps = 1'000'000, kStepsToPaint = 20'000;
 
   FindHits();
+  explicit FindHits(const RegexProgram& program);  // of this pattern
   ~FindHits();
 
   // The hits that begin within the first `shownBytes`. Valid until the next call.

@@ -8,6 +8,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -17,7 +18,9 @@
 
 class CountedTraces final : public CountedRows {
  public:
-  explicit CountedTraces(const CProcView& view) : m_view(view) {}
+  // `goTo` selects the item of a trace.
+  CountedTraces(const CProcView& view, std::function<void(const TraceEvent_i&)> goTo)
+      : m_view(view), m_goTo(std::move(goTo)) {}
   // How many of the hint's traces are the oldest of the document, before they are removed.
   static int OldestIn(const CTraceDoc& document, const CTraceHint& hint);
 
@@ -29,11 +32,13 @@ class CountedTraces final : public CountedRows {
   bool IsShown(int row) override;
   void BeginStep() override;
   int CurrentRow() const override;
+  void GoTo(int row) override { m_goTo(*CountedAt(row)); }
 
  private:
   const TraceList_t& Traces() const { return m_view.Document().m_traces; }
 
   const CProcView& m_view;
+  const std::function<void(const TraceEvent_i&)> m_goTo;
   CTraceFilter m_filter;  // of the step
   std::optional<FilterPass> m_pass;
   // The last answer of CurrentRow, counted from the first trace that there ever was.

@@ -2,11 +2,10 @@
 // long each block took. The model is complete; the control has items only for the machines and for
 // the children of nodes that have been opened.
 //
-// Owner    Owns its control and model; borrows the traces.
-// Errors   A failed insertion ends the fill of that parent, without a message.
+// Owner    Owns control and model; borrows the traces. A failed insertion ends the fill of a node.
 // Long     A rebuild makes a new tree, which replaces the old one when it is complete; after a
-//          cancel the old tree stays. A filter text does the same in the background:
-//          tree_filtering.h. A tree that lost its traces, or was never built, ignores hints.
+//          cancel the old tree stays. A filter text does so in the background (tree_filtering.h).
+//          A tree that lost its traces, or was never built, ignores hints.
 // Cost     No hint's work grows with the traces held or the items shown, except for a rebuild, for
 //          the first opening of a node and for a search.
 // Threads  Interface thread.
@@ -87,6 +86,7 @@ class CProcView : public TracePane, public TreeControlOwner, private ProcItems {
   std::unique_ptr<CTraceIterator> MakeIterator() override;
   void Find(bool asked) override;
   void OnExport() override;
+  std::unique_ptr<CopiedTraces> Selected() override;
   bool RebuildTree();
   void EmptyIfCleared();
   void TakeOver(std::unique_ptr<ProcModel> model);

@@ -63,8 +63,13 @@ FindResult CProcView::FindInTree() {
   if (!selected) return FindResult::NotFound;
   TreeWalk walk(*this, selected, FindSettings.backward != 0);
   const FindResult result = RunSearch(GetHost(), &m_document, walk);
+  const auto goTo = [this](const TraceEvent_i& trace) {
+    FollowTrace(this, trace);
+    ShowHits(true);
+    Follow(CurrentEvent());
+  };
   if (result != FindResult::Cancelled)
-    CountHits(m_document, std::make_unique<CountedTraces>(*this));
+    CountHits(m_document, std::make_unique<CountedTraces>(*this, goTo));
   if (result == FindResult::Hit) {
     Show(walk.Item());
     ShowHits(true);

@@ -19,8 +19,9 @@ std::string Dump(unsigned resource) {
       if (const auto tab = text.find('\t'); tab != std::string::npos) text.replace(tab, 1, "\\t");
       dump += "  " + text + "\n";
       for (const MenuItem& inside : item.items)
-        dump += "    " + std::to_string(inside.id) + " " +
-                inside.text.substr(0, inside.text.find('\t')) + "\n";
+        dump += inside.id ? "    " + std::to_string(inside.id) + " " +
+                                inside.text.substr(0, inside.text.find('\t')) + "\n"
+                          : "    -----\n";
     }
     if (popup.windowList) dump += "  (windows)\n";
   }
@@ -77,9 +78,19 @@ TEST(Menus, OfATraceFile) {
   57665 E&xit\tAlt+F4
 &Edit
   57634 &Copy\tCtrl+C
+  32958 Copy &Rows As
+    32951 &Text
+    32952 Ta&bs
+    32953 &CSV
+    32954 &JSON
+    32955 &Filter Text
+    -----
+    32950 As &Last Time
+    32956 With &Headings
   -----
   57636 &Find\tCtrl+F
   32781 Find Ne&xt\tF3
+  32957 List &Hits\tCtrl+Shift+F
   -----
   32921 &Mark\tCtrl+D
   32935 Mark C&olour
@@ -170,9 +181,19 @@ TEST(Menus, OfAMonitor) {
   57665 E&xit\tAlt+F4
 &Edit
   57634 &Copy\tCtrl+C
+  32958 Copy &Rows As
+    32951 &Text
+    32952 Ta&bs
+    32953 &CSV
+    32954 &JSON
+    32955 &Filter Text
+    -----
+    32950 As &Last Time
+    32956 With &Headings
   -----
   57636 &Find...\tCtrl+F
   32781 Find Ne&xt\tF3
+  32957 List &Hits\tCtrl+Shift+F
   -----
   32921 &Mark\tCtrl+D
   32935 Mark C&olour
@@ -441,6 +462,8 @@ Ctrl+Insert 57634
 Alt+C 32807
 Ctrl+F 57636
 F3 32781
+Ctrl+Shift+C 32950
+Ctrl+Shift+F 32957
 Ctrl+G 32822
 Alt+M 32816
 Ctrl+O 57601

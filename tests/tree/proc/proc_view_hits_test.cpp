@@ -103,4 +103,20 @@ TEST_F(ProcViewHits, TheTracesWithAHitAreCountedInTheOrderOfTheDocument) {
   EXPECT_EQ(text(), "no hits");
 }
 
+TEST_F(ProcViewHits, TheTracesBelowTheSelectedItemAreCopied) {
+  Add("a");
+  Add({.text = "other thread", .tid = 5});
+  Add("b");
+  Open();
+  ExpandToThread();
+  const auto copied = [this](const char* item) {
+    Select(item);
+    EXPECT_TRUE(m_view->OnCommand(ID_EDIT_COPYFILTER));
+    return m_host.m_clipboard;
+  };
+  EXPECT_EQ(copied("b"), "count == 3");
+  EXPECT_EQ(copied(kThread), "count in {1, 3}");
+  EXPECT_EQ(copied("desk"), "count == 1..3");
+}
+
 }  // namespace

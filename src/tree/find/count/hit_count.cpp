@@ -12,6 +12,12 @@ constexpr int kRowsPerLook = 64;
 // Of the matcher, in one text: less than a millisecond.
 constexpr std::int64_t kSteps = 20'000;
 
+// Also of another count: whoever follows a view sees a new search by the version alone.
+std::uint64_t NextVersion() {
+  static std::uint64_t last = 0;
+  return ++last;
+}
+
 }  // namespace
 
 HitCount::HitCount(CTraceDoc& document, std::unique_ptr<CountedRows> rows,
@@ -24,11 +30,16 @@ HitCount::HitCount(CTraceDoc& document, std::unique_ptr<CountedRows> rows,
   OnAnew();
 }
 
+const TraceEvent_i* HitCount::TraceAt(int row) const {
+  const bool stale = m_document.m_loading || m_generation != m_document.m_traces.Generation();
+  return stale || row < 0 || row >= m_rows->CountedSize() ? nullptr : m_rows->CountedAt(row);
+}
+
 void HitCount::OnAnew() {
   m_bits.Clear();
   m_scan.reset();
   m_found = m_unfinished = m_begun = false;
-  ++m_version;
+  m_version = NextVersion();
   OnAdded();
 }
 
@@ -41,7 +52,7 @@ void HitCount::OnRemoved(int first, int count) {
   if (first != 0 || m_scan) return OnAnew();
   if (count > m_bits.Known()) m_unfinished = false;
   m_bits.DropFront(count);
-  ++m_version;
+  m_version = NextVersion();
 }
 
 bool HitCount::IsWhole() const {
@@ -63,12 +74,12 @@ bool HitCount::Step(std::chrono::milliseconds time) {
   const bool wholeBefore = IsWhole();
   const Clock::time_point until = Clock::now() + time;
   const bool more = m_scan ? StepScan(until) : StepRows(until);
-  if (m_bits.Known() != knownBefore || IsWhole() != wholeBefore) ++m_version;
+  if (m_bits.Known() != knownBefore || IsWhole() != wholeBefore) m_version = NextVersion();
   return more;
 }
 
 void HitCount::Begin() {
-  ++m_version;
+  m_version = NextVersion();
   m_generation = m_document.m_traces.Generation();
   // Of a few rows in a large file most of what threads find would not be shown.
   if (m_rows->AreRowsWhole() && m_rows->CountedSize() < m_setup.rowsForThreads) return;

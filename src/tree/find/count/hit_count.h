@@ -34,6 +34,8 @@ class CountedRows {
   virtual void BeginStep() {}
   // The row that the user is at; -1: none.
   virtual int CurrentRow() const { return -1; }
+  // Leads the user to the row and its hit; the selection and the focus of the keys stay.
+  virtual void GoTo(int /*row*/) {}
   virtual ~CountedRows() = default;
 };
 
@@ -48,7 +50,11 @@ class HitCount final : public FindHitRows {
   HitCount(CTraceDoc& document, std::unique_ptr<CountedRows> rows, const RegexProgram& program,
            const HitCountSetup& setup = {});
 
-  bool IsOf(const RegexProgram& program) const { return program == m_program; }
+  const RegexProgram& Program() const { return m_program; }
+  // The trace of a row; null if that is gone.
+  const TraceEvent_i* TraceAt(int row) const;
+  CTraceDoc& Document() const { return m_document; }
+  void GoTo(int row) const { m_rows->GoTo(row); }
   // ---- what the view reports
   void OnAnew();   // other rows
   void OnAdded();  // rows at the end, or the rows are whole now
@@ -97,6 +103,6 @@ class HitCount final : public FindHitRows {
   std::uint64_t m_generation = 0;    // of the document's list
   std::unique_ptr<TextScan> m_scan;  // null: rows are looked at one by one
   bool m_found = false;              // by the scan, and its row is not known yet
-  std::uint64_t m_version = 1;
+  std::uint64_t m_version = 0;
   std::optional<HostTimer> m_timer;  // while there is something to do
 };

@@ -21,7 +21,7 @@ class FindHitRows {
   virtual int Position(int row) const = 0;  // hits before this row
   virtual int Next(int row) const = 0;      // the first hit from this row on; -1: none
   virtual int RowOf(int hit) const = 0;     // by its number from 0; -1: none
-  // Grows with every change.
+  // Another number after every change, and another one than that of any other search; not 0.
   virtual std::uint64_t Version() const = 0;
 
   // Calls visit(row) for the hits in [from, end), in order.

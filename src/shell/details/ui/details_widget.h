@@ -44,6 +44,8 @@ class DetailText final : public QPlainTextEdit, public KeyKeeper {
 };
 
 class QtDetails final : public QWidget, public DetailsFace, public QtControl {
+  Q_OBJECT
+
  public:
   explicit QtDetails(DetailsPane& pane);
 

@@ -27,7 +27,10 @@ class NoteFaceTest : public testing::Test {
     m_host.Post(MustRun([person] {
       auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
       ASSERT_TRUE(window);
-      person(*window, *window->findChild<QPlainTextEdit*>(QString::number(CNoteDialog::kText)));
+      auto& text = *window->findChild<QPlainTextEdit*>(QString::number(CNoteDialog::kText));
+      window->activateWindow();
+      ASSERT_TRUE(QTest::qWaitFor([&] { return text.hasFocus(); }, 20'000));
+      person(*window, text);
       if (window->isVisible()) window->reject();
     }));
     CNoteDialog(m_host, m_document.Notes(), 0, "the text\nof the trace").DoModal();
@@ -42,7 +45,6 @@ TEST_F(NoteFaceTest, ALongTextOfSeveralLinesIsWrittenByKeyboardAndCtrlEnterKeeps
   for (const Qt::Key enter : {Qt::Key_Return, Qt::Key_Enter}) {
     Run([&](QDialog& window, QPlainTextEdit& text) {
       EXPECT_EQ(window.windowTitle(), "Note");
-      ASSERT_TRUE(QTest::qWaitFor([&] { return text.hasFocus(); }));
       QTest::keyClicks(&text, "first");
       QTest::keyClick(&text, Qt::Key_Return);
       QTest::keyClicks(&text, "second");

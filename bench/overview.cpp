@@ -67,7 +67,7 @@ void Whole(const CTraceDoc& document, PieceTimesPtr& times) {
   PrintRow("slices of time / reading times and ids", one.seconds * perTrace, "ns/trace",
            one.floorSeconds * perTrace, one.ratio, kMostOfReading);
   std::printf("  %llu traces, 7 million on one processor: %.0f ms, check %llu\n",
-              static_cast<unsigned long long>(counted), one.seconds * perTrace * 7e-3,
+              static_cast<unsigned long long>(counted), one.seconds * perTrace * 7,
               static_cast<unsigned long long>(sum % 10));
   const Measured all = MeasureBeside(
       kTurns, [&] { CountBy(document, 1, times); }, [&] { CountBy(document, 0, times); });

@@ -45,6 +45,7 @@ CTraceChildFrame::CTraceChildFrame(CMainFrame& parent)
   MapMarks();
   MapOverview();
   MapHits();
+  MapProfiles();
   MapCommand(
       ID_VIEW_STATISTICS, [this] { OnStatistics(); },
       [this](CCmdUI& ui) {

@@ -12,13 +12,14 @@
 #include "shell/beside/beside_panes.h"
 #include "shell/filterline/frame_filter.h"
 #include "shell/marks/mark_commands.h"
+#include "shell/views/frame_view.h"
 
 class CMainFrame;
 class CStatisticsDlg;
 class CTraceDoc;
 class TracePane;
 
-class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
+class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker, private ViewedFrame {
  public:
   explicit CTraceChildFrame(CMainFrame& parent);
   ~CTraceChildFrame() override;
@@ -26,6 +27,8 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   // All frames of trace documents share one stored size: the last one sized sets it for the next.
   void PreCreateWindow(int& widthPx, int& heightPx) override;
   void OnCreate() override;
+  void ActivateFrame() override;
+  void OnDestroy() override;
   void OnSize(SizeType type, int widthPx, int heightPx) override;
   // As the trace windows were at their last resize.
   bool BeginsMaximised() const override;
@@ -35,12 +38,13 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   bool OnEscape() override;
   void OnBesideExtent(int extentPx) override { m_beside.OnExtent(extentPx); }
 
-  bool IsTreeShown() const { return m_shown == kTree; }
+  bool IsTreeShown() const override { return m_shown == kTree; }
   // As Text in the filter dialog of a pane.
   void TakeTreeText(const std::string& text) override { m_filter.TakeTree(text); }
   // Null before the list exists.
-  TracePane* ShownPane() const;
-  FrameFilter& Filter() { return m_filter; }
+  TracePane* ShownPane() const override;
+  CTraceView* ListView() const override;
+  FrameFilter& Filter() override { return m_filter; }
   BesidePanes& Beside() { return m_beside; }
   FrameOverview& Overview() { return m_overview; }
 
@@ -67,6 +71,15 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   void MapOverview();
   void NextArea();
   void MapFilter();
+  void MapProfiles();
+  void OnProfiles(bool save);
+  void OnProfile(std::size_t place);
+  bool ToggleTree() override;
+  std::vector<std::string> OpenPanes() const override { return m_beside.OpenNames(); }
+  std::vector<std::string> OpenPanes(const std::vector<std::string>& names) override {
+    return m_beside.OpenThese(names);
+  }
+  void ShowNotice(const std::string& notice) override;
   void OnStatistics();
   bool HasList() const;
   void TogglePane(std::size_t place);
@@ -81,5 +94,6 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker {
   BesidePanes m_beside;
   MarkCommands m_marks;
   FrameOverview m_overview;
+  FrameView m_view{GetHost(), *this};
   std::unique_ptr<CStatisticsDlg> m_statistics;  // null, or ended: not open
 };

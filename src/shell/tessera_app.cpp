@@ -289,16 +289,33 @@ void CTesseraApp::OpenLocalMonitor() {
   OpenMonitor(hostName);
 }
 
+// Of the window in front; null: it has none.
+CTraceView* CTesseraApp::FrontList() const {
+  const auto* const child = dynamic_cast<const CTraceChildFrame*>(m_frame->MDIGetActive());
+  return child ? child->ListView() : nullptr;
+}
+
+// The dialogs begin with what the user sees, and hold for all windows.
+//
 // The broadcast is posted, so that it comes after the dialog has closed.
 void CTesseraApp::OnOptions() {
-  COptionsDlg dialog(GetHost());
+  CTraceView* const list = FrontList();
+  COptionsDlg dialog(GetHost(), list ? list->Columns().Flags() : g_activeColumns);
   if (dialog.DoModal() != CDialog::kIdOk) return;
   ApplyOptions(dialog);
   m_frame->PostCall([this] { OnTraceOptions(); });
 }
 
 void CTesseraApp::OnColours() {
-  if (CColourRulesDialog(GetHost()).DoModal() != CDialog::kIdOk) return;
+  CTraceView* const list = FrontList();
+  std::optional<UsedColours> own;
+  if (list && list->Colours().AreOwn()) {
+    ViewColours colours = list->Colours().State();
+    own = ReadUsedColours();  // rules that this window does not show stay
+    own->shown = colours.shown;
+    if (colours.shown) own->rules = std::move(colours.rules);
+  }
+  if (CColourRulesDialog(GetHost(), std::move(own)).DoModal() != CDialog::kIdOk) return;
   m_frame->PostCall([this] { OnTraceOptions(); });
 }
 

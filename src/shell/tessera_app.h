@@ -18,6 +18,8 @@
 #include "shell/main_frame.h"
 #include "wizard/wizard_program.h"
 
+class CTraceView;
+
 class CTesseraApp : public CWinApp, public WizardProgram {
  public:
   CTesseraApp(Host& host, ShellFaces& faces);
@@ -87,6 +89,7 @@ class CTesseraApp : public CWinApp, public WizardProgram {
   void OnWizard();
   void OnNewMonitor();
   void OnNewConfig();
+  CTraceView* FrontList() const;
   void OnOptions();
   void OnColours();
   void MapTimeColumns();

@@ -15,6 +15,7 @@
 #include "shell/colours/colour_rules_dialog.h"
 #include "shell/tessera_app.h"
 #include "tree/find/find_dialog.h"
+#include "views/stored_views.h"
 
 namespace {
 
@@ -126,6 +127,21 @@ void DialogScenes::Colours() {
     static_cast<QDialog&>(dialog).accept();
   });
   m_scenes.Settle();
+}
+
+void DialogScenes::Profiles() {
+  Profile profile;
+  profile.state.columns = {{"Sev", 40, true}, {"Application", 80, true}, {"Trace", 600, true}};
+  profile.state.filter = "severity == error";
+  profile.state.tree = false;
+  for (const char* name : {"Errors only", "Slow orders", "Timing"}) {
+    profile.name = name;
+    KeepProfile(profile, nullptr);
+  }
+  Run(ID_VIEW_PROFILEMANAGE, [this](QWidget& dialog) {
+    m_scenes.Save(dialog, QStringLiteral("profiles"));
+    dialog.close();
+  });
 }
 
 void DialogScenes::Source() {

@@ -13,6 +13,8 @@ class DialogScenes {
   // The list in the colours that come with the program, and their dialog.
   void Colours();
   void Times();
+  // The dialog of the profiles, with three of them.
+  void Profiles();
 
  private:
   void Find();

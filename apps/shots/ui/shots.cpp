@@ -128,6 +128,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   filter.All();
   dialogs.Colours();
   dialogs.Times();
+  dialogs.Profiles();
   configuring.All();
   scenes.UseDark();
   scenes.File(file);
@@ -140,6 +141,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   filter.All();
   dialogs.Colours();
   dialogs.Times();
+  dialogs.Profiles();
   configuring.All();
 }
 

@@ -11,6 +11,7 @@ namespace {
 constexpr const char *kShown = "Shown", *kRules = "Rules", *kSaved = "Saved";
 
 ColourProgramPtr active;
+unsigned choices = 0;
 
 std::string Key() {
   return std::string(kRegTraceView) + "\\Colours";
@@ -58,7 +59,12 @@ bool UseColours(const UsedColours& colours, std::string* why) {
   NtRegPut(HKEY_CURRENT_USER, Key(), kRules, text);
   NtRegPut(HKEY_CURRENT_USER, Key(), kShown, colours.shown ? 1U : 0U);
   active = colours.shown ? ColourProgram::Compile(colours.rules) : nullptr;
+  ++choices;
   return true;
+}
+
+unsigned ColourChoices() {
+  return choices;
 }
 
 const ColourProgramPtr& ActiveColours() {

@@ -21,6 +21,9 @@ UsedColours ReadUsedColours();
 // kept.
 bool UseColours(const UsedColours& colours, std::string* why);
 
+// Counts the calls of UseColours that succeeded.
+unsigned ColourChoices();
+
 // What lists paint by; null: no rules are shown.
 const ColourProgramPtr& ActiveColours();
 // From the settings. Called by the application's start.

@@ -33,6 +33,8 @@ constexpr ColumnInfo kTimeColumnInfos[] = {
     {Column::WallTime, "Wall Time", ColumnAlign::Left, 32, 0},
 };
 constexpr ColumnInfo kAccountColumn = {Column::Account, "Account", ColumnAlign::Left, 9, 0};
+unsigned columnChoices = 0;
+
 constexpr char kOrderValue[] = "Column Order";
 constexpr char kVersionValue[] = "Version";
 constexpr char kBeforeVersions[] = "2.x";  // the version of a store without one
@@ -96,4 +98,12 @@ ColumnOrder ReadColumnOrder() {
 
 void StoreColumnOrder(const ColumnOrder& order) {
   NtRegPutBuf(HKEY_CURRENT_USER, kRegColumns, kOrderValue, order.data(), sizeof order);
+}
+
+unsigned ColumnChoices() {
+  return columnChoices;
+}
+
+void CountColumnChoice() {
+  ++columnChoices;
 }

@@ -37,3 +37,7 @@ void StoreColumnWidth(Column column, int widthPx);
 // an older program, widens the stored order and writes the version, but not the order.
 ColumnOrder ReadColumnOrder();
 void StoreColumnOrder(const ColumnOrder& order);
+
+// Counts how often the user has chosen the shown columns of all views.
+unsigned ColumnChoices();
+void CountColumnChoice();

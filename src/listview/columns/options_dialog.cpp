@@ -6,13 +6,16 @@
 #include <system_error>
 
 #include "base/text.h"
+#include "listview/columns/columns.h"
 #include "settings/registry.h"
+#include "views/stored_views.h"
 
 namespace {
 
 constexpr unsigned kTicDifferenceBox = 1078;
 constexpr unsigned kUtcBox = 1167;
 constexpr unsigned kTintBox = 1168;
+constexpr unsigned kRememberBox = 1169;
 
 // The sign and digits of an integer of any size; a number beyond 64 bits becomes the largest one.
 std::optional<std::int64_t> ParseInteger(const std::string& text) {
@@ -69,9 +72,13 @@ const char* COptionsDlg::Title() {
   return "Options";
 }
 
-COptionsDlg::COptionsDlg(Host& host)
-    : CDialog(host), m_limit(g_traceLimit), m_utc(g_useUtc), m_tint(g_tintSeverity) {
-  for (const Box& box : Boxes()) this->*box.member = FlagOf(box);
+COptionsDlg::COptionsDlg(Host& host, const ColumnFlags& shown)
+    : CDialog(host),
+      m_limit(g_traceLimit),
+      m_utc(g_useUtc),
+      m_tint(g_tintSeverity),
+      m_remember(AreViewsRemembered()) {
+  for (const Box& box : Boxes()) this->*box.member = shown[static_cast<std::size_t>(box.column)];
 }
 
 void COptionsDlg::OnBoxClicked(unsigned id) {
@@ -83,6 +90,10 @@ void COptionsDlg::OnBoxClicked(unsigned id) {
     m_tint = !m_tint;
     return;
   }
+  if (id == kRememberBox) {
+    m_remember = !m_remember;
+    return;
+  }
   const Box* box = FindBox(id);
   // Kept: the box 1078 has no such handler. The exchange sets its value nevertheless.
   if (!box || !box->enabled || id == kTicDifferenceBox) return;
@@ -90,11 +101,12 @@ void COptionsDlg::OnBoxClicked(unsigned id) {
 }
 
 bool COptionsDlg::Exchange(const std::vector<std::pair<unsigned, bool>>& boxes, bool utc,
-                           const std::string& limitText, bool tint) {
+                           const std::string& limitText, bool tint, bool remember) {
   for (const auto& [id, ticked] : boxes)
     if (const Box* box = FindBox(id); box && box->enabled) this->*box->member = ticked;
   m_utc = utc;
   m_tint = tint;
+  m_remember = remember;
   const std::optional<std::int64_t> limit = ParseInteger(limitText);
   if (!limit) {
     GetHost().MessageBox({.text = "Enter an integer."});
@@ -111,12 +123,14 @@ bool COptionsDlg::Exchange(const std::vector<std::pair<unsigned, bool>>& boxes, 
 
 void ApplyOptions(const COptionsDlg& dialog) {
   for (const COptionsDlg::Box& box : COptionsDlg::Boxes()) FlagOf(box) = dialog.*box.member;
+  CountColumnChoice();
   g_traceLimit = dialog.m_limit;
   NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Trace Limit", g_traceLimit);
   g_useUtc = dialog.m_utc != 0;
   NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Coordinated Universal Time", g_useUtc ? 1u : 0u);
   g_tintSeverity = dialog.m_tint != 0;
   NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Tint Warnings and Errors", g_tintSeverity ? 1u : 0u);
+  RememberViews(dialog.m_remember != 0);
   NtRegPutBuf(HKEY_CURRENT_USER, kRegColumns, "Active Columns", g_activeColumns.data(),
               sizeof g_activeColumns);
 }

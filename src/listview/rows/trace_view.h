@@ -10,8 +10,9 @@
 #include <optional>
 
 #include "controls/list/row_list.h"
+#include "listview/colours/list_colours.h"
 #include "listview/colours/row_colourer.h"
-#include "listview/rows/row_columns.h"
+#include "listview/columns/row_columns.h"
 #include "listview/rows/row_filtering.h"
 #include "listview/time/time_cells.h"
 #include "panes/trace_pane.h"
@@ -20,7 +21,6 @@ class CTraceView : public TracePane, public RowListOwner {
  public:
   CTraceView(CTraceDoc& document, const RowListMaker& makeList);
   ~CTraceView() override;
-
   // The text is applied in the background (row_filtering.h).
   bool SetWhere(WhereProgramPtr where) override;
   std::optional<int> FilterProgress() const override;
@@ -36,13 +36,13 @@ class CTraceView : public TracePane, public RowListOwner {
   std::vector<std::uint64_t> SelectedNumbers(std::size_t most) const override;
   void ShowNumber(std::uint64_t number) override;
   void VisitPage(const VisitTrace& visit) const override;
-
   // For the colours of a page by rules; the rest comes with the next painting.
   std::chrono::nanoseconds m_colourTime = RowColourer::kPageTime;
-
   const RowStore& Rows() const { return m_rows; }
   RowList& List() const { return *m_list; }
-  bool AtBottom() const;  // the last row is visible, so that the list scrolls with new rows
+  RowColumns& Columns() { return m_columns; }
+  ListColours& Colours() { return m_colours; }
+  bool AtBottom() const;  // the last row is visible: the list scrolls with new rows
   // To the next row whose text matches, after the focused one; a message without one.
   void FindInRows();
 
@@ -109,12 +109,12 @@ class CTraceView : public TracePane, public RowListOwner {
   RowStore m_rows;
   std::unique_ptr<RowList> m_list;
   RowColumns m_columns{*m_list};
+  ListColours m_colours;
   std::unique_ptr<TimeCells> m_times;       // null: no column of times was asked for
   std::unique_ptr<RowColourer> m_colourer;  // null: no colour rules are in use
   PostedStep m_paintLate{GetHost(), [this] { m_list->Repaint(); }};
-  bool m_firstUpdate = true;
-  bool m_utc = false;     // the zone of the rows
-  int m_currentRow = -1;  // the focused row, as last reported by the list
+  bool m_firstUpdate = true, m_utc = false;  // m_utc: the zone of the rows
+  int m_currentRow = -1;                     // the focused row, as last reported by the list
   PostedStep m_step{GetHost(), [this] { GoOnFiltering(); }};
   std::unique_ptr<RowFiltering> m_filtering;  // null: no text is being applied
 };

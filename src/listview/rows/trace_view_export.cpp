@@ -11,8 +11,8 @@ std::string SuggestedNameOf(const CDocument& document) {
   return SuggestedName(document.GetPathName(), document.GetTitle());
 }
 
-bool AnyHidden() {
-  for (const std::int32_t flag : g_activeColumns)
+bool AnyHidden(const ColumnFlags& flags) {
+  for (const std::int32_t flag : flags)
     if (flag == 0) return true;
   return false;
 }
@@ -46,10 +46,10 @@ class RowLines final : public ExportText {
 void CTraceView::OnExport() {
   if (!m_document.MayBeWritten() || !FinishFilter()) return;
   CExportDialog dialog(GetHost(), SuggestedNameOf(m_document), m_list->SelectedCount() > 0,
-                       AnyHidden());
+                       AnyHidden(m_columns.Flags()));
   if (dialog.DoModal() != CDialog::kIdOk) return;
   RowSource rows(m_rows, *m_list, dialog.m_selectedOnly);
-  RowLines lines(ExportColumns(m_columns.Order(), g_activeColumns, dialog.m_hiddenColumns), rows,
+  RowLines lines(ExportColumns(m_columns.Order(), m_columns.Flags(), dialog.m_hiddenColumns), rows,
                  m_document.m_names);
   // Kept: a failed write, on a full disk for instance, ends the export without a message.
   RunExport(m_document, dialog.GetPathName(), lines);

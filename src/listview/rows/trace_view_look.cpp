@@ -16,7 +16,7 @@ void CTraceView::OnRowListPaint(bool begins) {
   if (m_times && begins) m_times->BeginPage();
   if (m_times && !begins && m_times->IsLate()) m_paintLate.Ask();
   // While a file is read its names belong to the thread that reads it.
-  const ColourProgramPtr active = m_document.m_loading ? nullptr : ActiveColours();
+  const ColourProgramPtr active = m_document.m_loading ? nullptr : m_colours.Shown();
   if (!active) {
     m_colourer = nullptr;
     return;

@@ -77,12 +77,16 @@ void BesidePanes::Show(Kind& kind) {
 
 // The pane, or the area, may be handling an event of the user: both end after that.
 void BesidePanes::Close(Kind& kind) {
+  PutAway(kind);
+  if (kind.stored) StoreBesideOpen(kind.stored, false);
+}
+
+void BesidePanes::PutAway(Kind& kind) {
   const bool focus = HasFocus();
   const std::size_t place = PlaceOf(kind);
   if (m_seen == kind.pane.get()) See(nullptr);
   m_area->RemoveTab(place);
   m_gone.push_back(std::exchange(kind.pane, nullptr));
-  if (kind.stored) StoreBesideOpen(kind.stored, false);
   if (const Kind* const front = KindAt(m_area->Front())) {
     See(front->pane.get());
     if (focus) m_area->SetFocus();
@@ -125,6 +129,26 @@ std::size_t BesidePanes::PlaceOf(const Kind& kind) const {
   std::size_t place = 0;
   for (const Kind* each = m_kinds.data(); each != &kind; ++each) place += each->pane ? 1 : 0;
   return place;
+}
+
+std::vector<std::string> BesidePanes::OpenNames() const {
+  std::vector<std::string> names;
+  for (const Kind& kind : m_kinds)
+    if (kind.pane && kind.stored) names.emplace_back(kind.stored);
+  return names;
+}
+
+std::vector<std::string> BesidePanes::OpenThese(const std::vector<std::string>& names) {
+  std::vector<std::string> unknown = names;
+  if (!m_window || !m_shown()) return unknown;
+  for (Kind& kind : m_kinds) {
+    if (!kind.stored) continue;
+    const bool wanted = std::ranges::find(names, kind.stored) != names.end();
+    if (wanted && !kind.pane) Show(kind);
+    if (!wanted && kind.pane) PutAway(kind);
+    std::erase(unknown, kind.stored);
+  }
+  return unknown;
 }
 
 void BesidePanes::OnTitle(const BesidePane& pane) {

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "docview/child_frame_face.h"
@@ -42,6 +43,11 @@ class BesidePanes final : private BesideAreaOwner {
   BesidePane* Open(unsigned command);
   BesidePane* Find(unsigned command) const;  // null: not open
   bool IsOpen(unsigned command) const { return Find(command) != nullptr; }
+  // Of the open ones, as they are stored.
+  std::vector<std::string> OpenNames() const;
+  // These and no others, but for those without a name; nothing is stored. Returns the names that no
+  // kind has.
+  std::vector<std::string> OpenThese(const std::vector<std::string>& names);
   // Its title is another one.
   void OnTitle(const BesidePane& pane);
 
@@ -73,6 +79,7 @@ class BesidePanes final : private BesideAreaOwner {
   std::size_t PlaceOf(const Kind& kind) const;
   void Show(Kind& kind);
   void Close(Kind& kind);
+  void PutAway(Kind& kind);
   void Place();
   void See(BesidePane* pane);
   void FocusRows();

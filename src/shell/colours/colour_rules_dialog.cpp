@@ -20,11 +20,11 @@ FileDialogRequest RequestOf(const char* title) {
 
 }  // namespace
 
-CColourRulesDialog::CColourRulesDialog(Host& host)
-    : CDialog(host), m_program(ColourProgram::Compile({})) {}
+CColourRulesDialog::CColourRulesDialog(Host& host, std::optional<UsedColours> own)
+    : CDialog(host), m_own(std::move(own)), m_program(ColourProgram::Compile({})) {}
 
 void CColourRulesDialog::OnInitDialog() {
-  UsedColours used = ReadUsedColours();
+  UsedColours used = m_own ? *m_own : ReadUsedColours();
   m_shown = used.shown;
   Take(std::move(used.rules));
   m_changed = false;
@@ -193,7 +193,15 @@ void CColourRulesDialog::SaveSet(const std::string& name) {
 }
 
 void CColourRulesDialog::DeleteSet(const std::string& name) {
-  DeleteSavedColours(name);
+  const std::vector<std::string> names = SetNames();
+  const bool known = std::ranges::any_of(
+      names, [&](const std::string& each) { return CompareIgnoringCase(each, name) == 0; });
+  if (!known) return Say("There is no set of this name.");
+  if (GetHost().MessageBox({.text = "Delete the set \"" + name + "\"?",
+                            .icon = BoxIcon::Question,
+                            .buttons = BoxButtons::YesNo,
+                            .preferred = BoxAnswer::No}) == BoxAnswer::Yes)
+    DeleteSavedColours(name);
 }
 
 void CColourRulesDialog::Say(const std::string& text) {

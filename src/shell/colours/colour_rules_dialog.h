@@ -24,7 +24,8 @@ class CColourRulesDialog : public CDialog {
   static const char* Title() { return "Colour Rules"; }
   const char* HelpTopic() const override { return "colours"; }
 
-  explicit CColourRulesDialog(Host& host);
+  // `own`: the rules that it begins with; none: those in use.
+  explicit CColourRulesDialog(Host& host, std::optional<UsedColours> own = {});
   void OnInitDialog() override;
 
   bool m_shown = false;  // lists paint by the rules
@@ -70,6 +71,7 @@ class CColourRulesDialog : public CDialog {
   bool CheckAll();
   void Say(const std::string& text);
 
+  const std::optional<UsedColours> m_own;
   ColourRules m_rules;
   ColourProgramPtr m_program;  // of the rules, for their errors
   int m_current = -1;

@@ -81,6 +81,13 @@ void FrameFilter::TakeStep(const std::string& text) {
   if (m_shown() && m_line.AddStep(text)) Show();
 }
 
+bool FrameFilter::Restore(const std::string& text) {
+  if (!text.empty()) Show();
+  if (m_line.ApplyText(text)) return true;
+  m_line.Edit(text);
+  return false;
+}
+
 WhereProgramPtr FrameFilter::WhereInForce() const {
   const TracePane* const pane = m_shown();
   return pane ? pane->m_filter.where : nullptr;

@@ -35,6 +35,9 @@ class FrameFilter final : private FilterLineOwner {
   void Take(unsigned command);
   // One that something else offers. Shows the line.
   void TakeStep(const std::string& text);
+  // A text of an earlier window. A wrong one stands in the line with its error and filters nothing.
+  // False: it is not in force.
+  bool Restore(const std::string& text);
   // The tree of the filter dialog as text. Shows the line.
   void TakeTree(const std::string& text);
   FilterLine& Line() { return m_line; }

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "docview/commands/command_ids.h"
+#include "shell/menus/submenus.h"
 
 namespace {
 
@@ -164,6 +165,12 @@ const CommandText kTexts[] = {
      "Count the traces by component, by the pattern of their text, ...\nStatistics"},
     {ID_VIEW_OVERVIEW, kTraces, "Overvie&w\tCtrl+Shift+O",
      "Show the traces over time in a strip above the rows\nOverview"},
+    {ID_VIEW_PROFILES, kTraces, "P&rofiles", ""},
+    {ID_VIEW_PROFILESTANDARD, kTraces, "S&tandard",
+     "Show all traces, with the columns and colours of new windows\nStandard"},
+    {ID_VIEW_PROFILESAVE, kTraces, "Save &As...", "Save the view as a profile\nSave Profile"},
+    {ID_VIEW_PROFILEMANAGE, kTraces, "&Manage...",
+     "Apply, rename, delete, export and import profiles\nManage Profiles"},
     {ID_VIEW_PAUSE, kMonitor, "Pa&use", "Pause display of output\nPause"},
     {ID_WINDOW_NEW, kTraces, "&New Window",
      "Open another window for the active document\nNew Window"},
@@ -243,20 +250,9 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  0,
                                  ID_VIEW_DETAILS,
                                  ID_VIEW_BESIDERIGHT,
-                                 ID_VIEW_NEXTAREA};
-// The menus inside of others, by the id of their item.
-constexpr unsigned kTimeColumnIds[] = {ID_VIEW_TIMEDELTA, ID_VIEW_TIMESINCE, ID_VIEW_TIMEWALL};
-constexpr unsigned kMarkIds[] = {ID_EDIT_MARK1,     ID_EDIT_MARK1 + 1, ID_EDIT_MARK1 + 2,
-                                 ID_EDIT_MARK1 + 3, ID_EDIT_MARK1 + 4, ID_EDIT_MARK1 + 5,
-                                 ID_EDIT_MARK1 + 6, ID_EDIT_MARK1 + 7, ID_EDIT_MARK1 + 8};
-constexpr unsigned kCopyIds[] = {ID_EDIT_COPYTEXT, ID_EDIT_COPYTABS,    ID_EDIT_COPYCSV,
-                                 ID_EDIT_COPYJSON, ID_EDIT_COPYFILTER,  0,
-                                 ID_EDIT_COPYROWS, ID_EDIT_COPYHEADINGS};
-const std::map<unsigned, std::span<const unsigned>> kSubmenus = {
-    {ID_EDIT_COPYROWSAS, kCopyIds},
-    {ID_EDIT_MARKCOLOUR, kMarkIds},
-    {ID_VIEW_TIMECOLUMNS, kTimeColumnIds},
-};
+                                 ID_VIEW_NEXTAREA,
+                                 0,
+                                 ID_VIEW_PROFILES};
 constexpr unsigned kConfigIds[] = {ID_CONFIG_ADD, ID_CONFIG_DELETE, ID_VIEW_PROPERTIES};
 constexpr unsigned kWindowIds[] = {
     ID_WINDOW_NEW, ID_WINDOW_CASCADE, ID_WINDOW_TILE_HORZ, ID_WINDOW_ARRANGE, 0, ID_WINDOW_TABS};

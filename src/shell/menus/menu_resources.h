@@ -16,7 +16,8 @@
 struct MenuItem {
   unsigned id = 0;  // 0: a separator; ID_FILE_MRU_FILE1: replaced by the recent files
   std::string text;
-  std::vector<MenuItem> items = {};  // not empty: the item opens a menu of these
+  std::vector<MenuItem> items = {};  // not empty: the item opens a menu of these;
+                                     // in ID_VIEW_PROFILES behind those of the user
 };
 
 struct MenuPopup {

@@ -5,6 +5,7 @@
 
 #include "docview/commands/command_ids.h"
 #include "docview/win_app.h"
+#include "views/stored_views.h"
 
 namespace {
 
@@ -58,7 +59,9 @@ Menus::OneMenu Menus::MakeMenu(const MenuPopup& popup) {
     } else if (item.id == 0) {
       action = made.menu->addSeparator();
     } else if (!item.items.empty()) {
-      action = made.menu->addMenu(Submenu(item, made.menu));
+      QMenu* const sub = Submenu(item, made.menu);
+      if (item.id == ID_VIEW_PROFILES) ListProfiles(*sub);
+      action = made.menu->addMenu(sub);
     } else {
       action = m_actions.Item(item.id, Shown(item.text), made.menu);
       made.menu->addAction(action);
@@ -86,6 +89,15 @@ QMenu* Menus::ProxyMenu(const MenuItem& item, QMenu* parent) {
     menu->addAction(each.id == 0 ? menu->addSeparator()
                                  : m_actions.Proxy(each.id, Shown(each.text), menu));
   return menu;
+}
+
+// Before the fixed items.
+void Menus::ListProfiles(QMenu& menu) {
+  QAction* const behind = menu.insertSeparator(menu.actions().front());
+  m_profiles.push_back(
+      std::make_unique<OneMenu>(OneMenu{&menu, {{behind, {}, false, &Menus::Profiles, {}, {}}}}));
+  connect(&menu, &QMenu::aboutToShow, this,
+          [this, made = m_profiles.back().get()] { RefreshMenu(*made); });
 }
 
 void Menus::Refresh() {
@@ -158,6 +170,20 @@ Menus::Entries Menus::OpenWindows() {
          {},
          window == m_frame->MDIGetActive(),
          [this, window] { Activate(window); }});
+  }
+  return entries;
+}
+
+Menus::Entries Menus::Profiles() {
+  Entries entries;
+  const QFontMetrics metrics(m_window.menuBar()->font());
+  unsigned id = ID_VIEW_PROFILE1;
+  for (const Profile& profile : ReadProfiles()) {
+    if (id > ID_VIEW_PROFILELAST) break;
+    const QString name = metrics.elidedText(Shown(profile.name), Qt::ElideRight, kRecentWidthPx);
+    entries.push_back({Literal(name), QStringLiteral("Apply this profile to the window"), false,
+                       [this, id] { m_actions.Run(id); }});
+    ++id;
   }
   return entries;
 }

@@ -10,6 +10,7 @@
 #include <QMainWindow>
 #include <functional>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "docview/frame.h"
@@ -60,6 +61,8 @@ class Menus : public QObject {
   void Fill(QMenu& menu, Changing& part);
   Entries RecentFiles();
   Entries OpenWindows();
+  Entries Profiles();
+  void ListProfiles(QMenu& menu);
   void Activate(const CMDIChildWnd* child);
 
   CommandActions& m_actions;
@@ -67,4 +70,5 @@ class Menus : public QObject {
   QMainWindow& m_window;
   unsigned m_resource = 0;
   std::map<unsigned, std::vector<OneMenu>> m_bars;
+  std::vector<std::unique_ptr<OneMenu>> m_profiles;  // one in each bar that has it
 };

@@ -30,6 +30,7 @@
 #include "shell/ui/load_status_face.h"
 #include "shell/ui/qt_main_frame.h"
 #include "shell/ui/stored_places.h"
+#include "shell/views/ui/profiles_face.h"
 #include "statistics/window/ui/statistics_face.h"
 #include "tree/filter/ui/filter_face.h"
 #include "tree/find/ui/find_face.h"
@@ -65,6 +66,7 @@ QtShellFaces::QtShellFaces(QtHost& host, std::function<void()> closed)
   host.RegisterFace<CStatisticsDlg, StatisticsFace>();
   host.RegisterFace<CGoToDlg, GoToFace>();
   host.RegisterFace<CNoteDialog, NoteFace>();
+  host.RegisterFace<CProfilesDialog, ProfilesFace>();
 }
 
 QtShellFaces::~QtShellFaces() {

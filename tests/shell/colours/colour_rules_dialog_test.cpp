@@ -161,7 +161,11 @@ TEST_F(ColourRulesDialogTest, SetsAreSavedLoadedAndDeletedAndChangedRulesAreAske
     m_host.AnswerBox(BoxAnswer::Yes);
     dialog.LoadSet("MINE");
     EXPECT_EQ(Names(dialog), "a b @0");
+    m_host.AnswerBox(BoxAnswer::No);
     dialog.DeleteSet("mine");
+    EXPECT_EQ(dialog.SetNames(), std::vector<std::string>{"mine"});
+    m_host.AnswerBox(BoxAnswer::Yes);
+    dialog.DeleteSet("Mine");
     EXPECT_TRUE(dialog.SetNames().empty());
     m_host.AnswerBox(BoxAnswer::Ok);
     dialog.LoadSet("mine");

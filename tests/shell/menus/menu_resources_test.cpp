@@ -143,6 +143,11 @@ TEST(Menus, OfATraceFile) {
   32965 &Details\tCtrl+I
   32966 Details at the Ri&ght
   32967 Next &Pane\tF6
+  -----
+  32980 P&rofiles
+    32981 S&tandard
+    32982 Save &As...
+    32983 &Manage...
 &Window
   57648 &New Window
   57650 &Cascade
@@ -247,6 +252,11 @@ TEST(Menus, OfAMonitor) {
   32965 &Details\tCtrl+I
   32966 Details at the Ri&ght
   32967 Next &Pane\tF6
+  -----
+  32980 P&rofiles
+    32981 S&tandard
+    32982 Save &As...
+    32983 &Manage...
 &Window
   57648 &New Window
   57650 &Cascade

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr unsigned kUtcBox = 1167, kTintBox = 1168, kLimitEdit = 1074;
+constexpr unsigned kUtcBox = 1167, kTintBox = 1168, kRememberBox = 1169, kLimitEdit = 1074;
 constexpr int kBoxColumns = 3;
 constexpr int kLimitDigits = 10;
 
@@ -65,6 +65,8 @@ QGroupBox* OptionsFace::MakeDisplay() {
   layout->addWidget(m_utc);
   m_tint = MakeBox(kTintBox, "Tint rows of warnings and errors");
   layout->addWidget(m_tint);
+  m_remember = MakeBox(kRememberBox, "Remember the view of each file and monitor");
+  layout->addWidget(m_remember);
   return group;
 }
 
@@ -95,6 +97,7 @@ void OptionsFace::UpdateData() {
   for (const auto& [box, check] : m_boxes) check->setChecked(m_dialog.*(box->member) != 0);
   m_utc->setChecked(m_dialog.m_utc != 0);
   m_tint->setChecked(m_dialog.m_tint != 0);
+  m_remember->setChecked(m_dialog.m_remember != 0);
   m_limit->setText(QString::number(m_dialog.m_limit));
 }
 
@@ -102,7 +105,7 @@ void OptionsFace::OnAccept() {
   std::vector<std::pair<unsigned, bool>> boxes;
   for (const auto& [box, check] : m_boxes) boxes.emplace_back(box->id, check->isChecked());
   if (m_dialog.Exchange(boxes, m_utc->isChecked(), m_limit->text().toStdString(),
-                        m_tint->isChecked())) {
+                        m_tint->isChecked(), m_remember->isChecked())) {
     m_dialog.OnOK();
     return;
   }

@@ -32,5 +32,6 @@ class OptionsFace final : public QtDialogFace {
   std::vector<std::pair<const COptionsDlg::Box*, QCheckBox*>> m_boxes;
   QCheckBox* m_utc = nullptr;
   QCheckBox* m_tint = nullptr;
+  QCheckBox* m_remember = nullptr;
   QLineEdit* m_limit = nullptr;
 };

@@ -1,4 +1,4 @@
-#include "listview/rows/row_columns.h"
+#include "listview/columns/row_columns.h"
 
 #include <algorithm>
 
@@ -8,8 +8,6 @@ namespace {
 
 constexpr int kMinimumDragWidthPx = 16;
 constexpr int kColumnMarginPx = 16;
-// A control keeps 16 bits of a width.
-constexpr int kWidthMask = 0xFFFF;
 
 }  // namespace
 
@@ -21,14 +19,18 @@ void RowColumns::Create() {
 }
 
 void RowColumns::Insert(const ColumnInfo& info) {
-  ListHeader& header = m_list.Header();
-  int widthPx = StoredColumnWidth(info.column);
-  if (widthPx == 0)
-    widthPx = std::max(info.widthChars * header.AverageCharWidth() + kColumnMarginPx,
-                       header.StringWidth(info.header));
+  const int widthPx = StandardWidth(info);
   m_widths.push_back(widthPx);
-  header.InsertColumn({info.header, info.align, info.column == Column::Sev},
-                      IsColumnShown(info.column) ? widthPx : 0);
+  m_list.Header().InsertColumn({info.header, info.align, info.column == Column::Sev},
+                               IsShown(info.column) ? widthPx : 0);
+}
+
+int RowColumns::StandardWidth(const ColumnInfo& info) const {
+  const int widthPx = StoredColumnWidth(info.column);
+  if (widthPx != 0) return widthPx;
+  const ListHeader& header = m_list.Header();
+  return std::max(info.widthChars * header.AverageCharWidth() + kColumnMarginPx,
+                  header.StringWidth(info.header));
 }
 
 void RowColumns::InsertTimes() {
@@ -40,16 +42,16 @@ void RowColumns::InsertTimes() {
 void RowColumns::ShowAndHide() {
   ListHeader& header = m_list.Header();
   m_list.SetRedraw(false);
-  if (m_widths.size() == kColumns.size() && IsAnyTimeColumnShown()) InsertTimes();
+  FollowProgram();
+  if (!HasTimes() && IsAnyTimeColumnShown()) InsertTimes();
   for (std::size_t index = 0; index < m_widths.size(); ++index) {
     const auto column = static_cast<Column>(index);
     const int widthPx = header.ColumnWidth(column);
     // Kept: a flag that is neither 0 nor 1 changes nothing.
-    const bool hide =
-        index < kColumns.size() ? g_activeColumns[index] == 0 : !IsColumnShown(column);
+    const bool hide = index < kColumns.size() ? Flags()[index] == 0 : !IsShown(column);
     if (hide && widthPx != 0)
       header.SetColumnWidth(column, 0);
-    else if (IsColumnShown(column) && widthPx == 0)
+    else if (IsShown(column) && widthPx == 0)
       header.SetColumnWidth(column, m_widths[index] & kWidthMask);
   }
   m_list.SetRedraw(true);
@@ -68,7 +70,7 @@ void RowColumns::Fit() {
 }
 
 bool RowColumns::Refuses(ListColumn column, int widthPx) const {
-  return IsColumnShown(column.As<Column>()) ? widthPx < kMinimumDragWidthPx : widthPx != 0;
+  return IsShown(column.As<Column>()) ? widthPx < kMinimumDragWidthPx : widthPx != 0;
 }
 
 void RowColumns::TakeWidth(ListColumn column, int widthPx) {
@@ -79,7 +81,7 @@ void RowColumns::TakeWidth(ListColumn column, int widthPx) {
 
 void RowColumns::StoreOrder() const {
   StoreColumnOrder(Order());
-  if (m_widths.size() > kColumns.size()) StoreTimeColumnOrder(m_list.Header().GetColumnOrder());
+  if (HasTimes()) StoreTimeColumnOrder(m_list.Header().GetColumnOrder());
 }
 
 ColumnOrder RowColumns::Order() const {

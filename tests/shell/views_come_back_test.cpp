@@ -1,0 +1,372 @@
+// The view of a file or a monitor comes back, in the whole program over fakes.
+#include <gmock/gmock.h>
+
+#include "listview/colours/active_colours.h"
+#include "listview/columns/options_dialog.h"
+#include "shell/child_frame.h"
+#include "shell/views/profiles_dialog.h"
+#include "shell_fixture.h"
+#include "tree/proc/proc_view.h"
+#include "views/stored_views.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class ViewsComeBack : public ShellTest {
+ protected:
+  ~ViewsComeBack() override { EXPECT_TRUE(UseColours({}, nullptr)); }
+
+  // Traces "0", "1", ... in turn of two threads.
+  std::string Write(const std::string& name, int traces = 10, const std::string& prefix = "") {
+    TrcImage image;
+    image.Name(1, "web").Name(2, "shop").Name(3, "812").Name(4, "main").Name(5, "worker");
+    for (int i = 0; i < traces; ++i)
+      image.Trace({.text = prefix + std::to_string(i),
+                   .machine = 1,
+                   .app = 2,
+                   .time = PackTime(9, 41, i % 60, 0),
+                   .pid = 3,
+                   .tid = static_cast<NameId>(i % 2 ? 4 : 5)});
+    return image.WriteTo(m_dir.File(name));
+  }
+  void OpenAgain() {
+    Close();
+    OpenFile();
+  }
+  void OpenFile() {
+    ASSERT_TRUE(Open(m_path));
+    Settle();
+  }
+  void Close() { ASSERT_TRUE(Frame().OnCommand(ID_FILE_CLOSE)); }
+  // Until a filter text is applied and the view has stood its trial.
+  void Settle() {
+    EXPECT_TRUE(m_host.RunUntil([this] { return !Child().ShownPane()->FilterProgress(); }));
+    m_host.TickTimers();
+    m_host.RunPosted();
+  }
+  CTraceChildFrame& Child(std::size_t place = 0) {
+    return dynamic_cast<CTraceChildFrame&>(*Frame().Children()[place]);
+  }
+  CTraceView& List(std::size_t place = 0) { return *Child(place).ListView(); }
+  void Filter(const std::string& text) {
+    FilterLine& line = Child().Filter().Line();
+    line.Edit(text);
+    ASSERT_TRUE(line.Apply()) << line.Message();
+    Settle();
+  }
+  void Focus(int row) {
+    List().List().SetItemState(-1, 0, kRowFocused | kRowSelected);
+    List().List().SetItemState(row, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
+  }
+  std::string Focused() {
+    const TraceEvent_i* const trace = Child().ShownPane()->CurrentEvent();
+    return trace ? trace->GetText() : "none";
+  }
+  // "Sev 44, Trace 576".
+  std::string Columns(std::size_t place = 0) {
+    std::string all;
+    for (const ViewColumn& column : List(place).Columns().State())
+      if (column.shown)
+        all += (all.empty() ? "" : ", ") + column.header + " " + std::to_string(column.widthPx);
+    return all;
+  }
+  std::string InForce(std::size_t place = 0) {
+    const TracePane& pane = *Child(place).ShownPane();
+    return pane.m_filter.where ? pane.m_filter.where->Text() : "";
+  }
+  StoredView Stored() {
+    std::string why;
+    return ReadStoredView(m_path, &why).value_or(StoredView{.source = "none, " + why});
+  }
+  std::string Notice() {
+    m_host.RunPosted();
+    return Face().m_panes[kPaneMessage];
+  }
+
+  std::string m_path;
+};
+
+TEST_F(ViewsComeBack, ColumnsFilterFocusAndTreeOfAFileThatIsOpenedAgain) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  List().Columns().SetState({{"PID", 90, true}, {"Trace", 300, true}, {"Sev", 44, false}});
+  const std::string columns = Columns();
+  Filter("tid == \"main\"");
+  Focus(2);
+  ASSERT_EQ(Focused(), "5");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  OpenAgain();
+  EXPECT_EQ(Columns(), columns);
+  EXPECT_EQ(InForce(), "tid == \"main\"");
+  EXPECT_TRUE(Child().IsTreeShown());
+  EXPECT_EQ(Focused(), "5");
+  ASSERT_TRUE(m_faces.m_filterLine) << "nobody takes the file for a whole one";
+  EXPECT_EQ(Child().Filter().Line().Text(), "tid == \"main\"");
+  EXPECT_EQ(Child().Filter().Line().GetState(), FilterLine::State::InForce);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  EXPECT_EQ(List().Rows().Size(), 5) << "the list has the filter, too";
+}
+
+TEST_F(ViewsComeBack, TheFocusAloneAndTheListAlone) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Focus(7);
+  OpenAgain();
+  EXPECT_EQ(Focused(), "7");
+  EXPECT_FALSE(Child().IsTreeShown());
+  EXPECT_EQ(m_faces.m_filterLine, nullptr);
+  EXPECT_EQ(List().Rows().Size(), 10);
+}
+
+TEST_F(ViewsComeBack, TheColoursOfItsWindowAndOfNoOther) {
+  Start();
+  m_path = Write("web.trc");
+  const std::string other = Write("other.trc");
+  const ColourRules red = {{"red", "pid == 1", {255, 0, 0}, {}}};
+  ASSERT_TRUE(UseColours({true, red}, nullptr));
+  OpenFile();
+  Close();
+  ASSERT_TRUE(UseColours({}, nullptr));
+  OpenFile();
+  ASSERT_TRUE(Open(other));
+  EXPECT_EQ(List(0).Colours().State(), (ViewColours{true, red}));
+  EXPECT_EQ(List(1).Colours().State(), ViewColours());
+  EXPECT_EQ(ActiveColours(), nullptr);
+}
+
+TEST_F(ViewsComeBack, NothingIsReadKeptOrAppliedWhenItIsOff) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Filter("tid == \"main\"");
+  Close();
+  RememberViews(false);
+  const StoredView before = Stored();
+  OpenFile();
+  EXPECT_EQ(InForce(), "");
+  EXPECT_EQ(m_faces.m_filterLine, nullptr);
+  Focus(3);
+  Close();
+  EXPECT_EQ(Stored(), before);
+  RememberViews(true);
+  OpenFile();
+  EXPECT_EQ(InForce(), "tid == \"main\"");
+}
+
+TEST_F(ViewsComeBack, AnotherFileOfThatNameGetsItsColumnsAlone) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  List().Columns().SetState({{"PID", 90, true}});
+  const std::string columns = Columns();
+  Filter("tid == \"main\"");
+  Focus(2);
+  Close();
+  Write("web.trc", 10, "x");
+  OpenFile();
+  EXPECT_EQ(Columns(), columns);
+  EXPECT_EQ(InForce(), "");
+  EXPECT_EQ(Focused(), "none");
+}
+
+TEST_F(ViewsComeBack, AFileThatHasGrownKeepsItsView) {
+  Start();
+  m_path = Write("web.trc", 10);
+  OpenFile();
+  Filter("tid == \"main\"");
+  Focus(2);
+  Close();
+  Write("web.trc", 4000);
+  OpenFile();
+  EXPECT_EQ(InForce(), "tid == \"main\"");
+  EXPECT_EQ(Focused(), "5");
+}
+
+TEST_F(ViewsComeBack, AFilterTextThatIsNoneAnyMoreStandsInTheLineAndFiltersNothing) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Close();
+  StoredView view = Stored();
+  view.state.filter = "tid == ";
+  ASSERT_TRUE(StoreView(view, nullptr));
+  OpenFile();
+  EXPECT_EQ(InForce(), "");
+  EXPECT_EQ(List().Rows().Size(), 10);
+  ASSERT_TRUE(m_faces.m_filterLine);
+  EXPECT_EQ(Child().Filter().Line().Text(), "tid == ");
+  EXPECT_EQ(Child().Filter().Line().GetState(), FilterLine::State::Wrong);
+}
+
+TEST_F(ViewsComeBack, WhatTheUserDoesWhileTheFileIsLoadedStays) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Filter("tid == \"main\"");
+  Focus(2);
+  Close();
+  auto* const document = static_cast<CTraceFileDoc*>(m_app->OpenDocumentFile(m_path));
+  ASSERT_TRUE(document && document->m_loading);
+  FilterLine& line = Child().Filter().Line();
+  line.Edit("tid == \"worker\"");
+  ASSERT_TRUE(line.Apply());
+  ASSERT_TRUE(m_host.RunUntil([&] { return !document->m_loading; }));
+  m_host.RunPosted();
+  Settle();
+  EXPECT_EQ(InForce(), "tid == \"worker\"");
+  EXPECT_EQ(Focused(), "none");
+}
+
+TEST_F(ViewsComeBack, AWindowThatIsClosedBeforeItsFileIsLoadedKeepsTheViewBefore) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Filter("tid == \"main\"");
+  Close();
+  const StoredView before = Stored();
+  ASSERT_TRUE(m_app->OpenDocumentFile(m_path));
+  Close();
+  m_host.RunPosted();
+  EXPECT_EQ(Stored(), before);
+}
+
+TEST_F(ViewsComeBack, AViewThatWasBeingAppliedWhenTheProgramEndedIsNotAppliedAgain) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  List().Columns().SetState({{"PID", 90, true}});
+  const std::string columns = Columns();
+  Filter("tid == \"main\"");
+  Close();
+  // As a program leaves it that crashes while it filters.
+  ASSERT_TRUE(Open(m_path));
+  EXPECT_TRUE(Stored().onTrial);
+  const StoredView onTrial = Stored();
+  Settle();
+  EXPECT_FALSE(Stored().onTrial);
+  Close();
+  ASSERT_TRUE(StoreView(onTrial, nullptr));
+  OpenFile();
+  EXPECT_EQ(InForce(), "");
+  EXPECT_EQ(Columns(), columns);
+  EXPECT_THAT(Notice(), HasSubstr("ended while it was applied"));
+  OpenAgain();
+  EXPECT_EQ(Notice(), "") << "told once";
+}
+
+TEST_F(ViewsComeBack, ABrokenViewIsToldAboutOnceAndTheFileOpensAsEver) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Filter("tid == \"main\"");
+  Close();
+  for (const auto& each : std::filesystem::directory_iterator(m_dir.File("settings.ini.views")))
+    std::ofstream(each.path()) << "{";
+  OpenFile();
+  EXPECT_THAT(Notice(), HasSubstr("no JSON"));
+  EXPECT_EQ(InForce(), "");
+  EXPECT_EQ(List().Rows().Size(), 10);
+}
+
+TEST_F(ViewsComeBack, OfSeveralWindowsTheFirstGetsItAndTheLastOneClosedIsKept) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Filter("tid == \"main\"");
+  Close();
+  OpenFile();
+  ASSERT_TRUE(Frame().OnCommand(ID_WINDOW_NEW));
+  Settle();
+  EXPECT_EQ(InForce(0), "tid == \"main\"");
+  EXPECT_EQ(InForce(1), "");
+  Child(1).OnClose();
+  EXPECT_EQ(Stored().state.filter, "");
+  Child(0).OnClose();
+  EXPECT_EQ(Stored().state.filter, "tid == \"main\"");
+}
+
+TEST_F(ViewsComeBack, ClosingTheProgramKeepsTheViewOfEachWindow) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Filter("tid == \"main\"");
+  Frame().OnClose();
+  EXPECT_EQ(Stored().state.filter, "tid == \"main\"");
+}
+
+TEST_F(ViewsComeBack, OptionsBeginWithTheColumnsInFrontAndHoldForAllWindows) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  List().Columns().SetState({{"PID", 90, true}, {"Sev", 44, false}});
+  m_host.AnswerDialog([](CDialog& dialog) {
+    auto& options = dynamic_cast<COptionsDlg&>(dialog);
+    EXPECT_EQ(options.m_pid, 1);
+    EXPECT_EQ(options.m_severity, 0);
+    EXPECT_EQ(options.m_remember, 1);
+    options.m_tid = 1;
+    options.OnOK();
+  });
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_OPTIONS));
+  m_host.RunPosted();
+  EXPECT_FALSE(List().Columns().AreOwn());
+  EXPECT_EQ(g_activeColumns[0], 0);
+  EXPECT_THAT(Columns(), HasSubstr("PID 90"));
+  EXPECT_THAT(Columns(), HasSubstr("TID "));
+}
+
+// ---- profiles
+
+TEST_F(ViewsComeBack, AProfileIsSavedFromOneWindowAndAppliedToAnother) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  List().Columns().SetState({{"PID", 90, true}});
+  const std::string columns = Columns();
+  Filter("tid == \"main\"");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROC));
+  m_host.AnswerDialog([](CDialog& dialog) {
+    auto& profiles = dynamic_cast<CProfilesDialog&>(dialog);
+    EXPECT_TRUE(profiles.BeginsWithName());
+    profiles.m_name = "Main thread";
+    profiles.Save();
+  });
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROFILESAVE));
+  Close();
+  m_path = Write("other.trc");
+  OpenFile();
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROFILE1));
+  Settle();
+  EXPECT_EQ(Columns(), columns);
+  EXPECT_EQ(InForce(), "tid == \"main\"");
+  EXPECT_TRUE(Child().IsTreeShown());
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROFILESTANDARD));
+  Settle();
+  EXPECT_EQ(InForce(), "");
+  EXPECT_FALSE(List().Columns().AreOwn());
+}
+
+TEST_F(ViewsComeBack, WhatAProfileCannotGiveIsSaid) {
+  Start();
+  m_path = Write("web.trc");
+  OpenFile();
+  Profile profile{"odd", {}};
+  profile.state.columns = {{"PID", 90, true}, {"Weight", 90, true}};
+  profile.state.filter = "weight > 5";
+  profile.state.panes = {"Scales"};
+  ASSERT_TRUE(KeepProfile(profile, nullptr));
+  m_host.ClearTranscript();
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROFILE1));
+  const std::string said = m_host.TakeBoxes();
+  EXPECT_THAT(said, HasSubstr("Not all of \"odd\" could be applied."));
+  EXPECT_THAT(said, HasSubstr("There are no columns Weight."));
+  EXPECT_THAT(said, HasSubstr("There are no panes Scales."));
+  EXPECT_THAT(said, HasSubstr("Column 1: "));
+  EXPECT_THAT(Columns(), HasSubstr("PID 90"));
+  EXPECT_FALSE(Frame().OnCommand(ID_VIEW_PROFILE1 + 1) && !m_host.TakeBoxes().empty());
+}
+
+}  // namespace

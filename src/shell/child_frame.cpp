@@ -215,11 +215,12 @@ bool CTraceChildFrame::OnEscape() {
 }
 
 void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {
-  std::vector<MenuItem> steps = {ItemIn(IDR_TRACEFILE, ID_EDIT_COPYROWSAS)};
+  std::vector<MenuItem> more;
   if (const TracePane* const pane = ShownPane()) {
-    for (const CellStep& step : pane->OfferedSteps()) steps.push_back({step.command, step.label});
+    for (const CellStep& step : pane->OfferedSteps()) more.push_back({step.command, step.label});
   }
-  m_main.Face()->TrackPopupMenu(IDR_TRACE_POPUP, screenXPx, screenYPx, steps);
+  more.push_back(ItemIn(IDR_TRACEFILE, ID_EDIT_COPYROWSAS));
+  m_main.Face()->TrackPopupMenu(IDR_TRACE_POPUP, screenXPx, screenYPx, more);
 }
 
 // Hidden views stay alive and receive hints.

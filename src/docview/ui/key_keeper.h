@@ -12,4 +12,11 @@ class KeyKeeper {
 
  protected:
   ~KeyKeeper() = default;
+  // For the widget's event(): true, the key is claimed before the commands of the window.
+  bool ClaimsKey(QEvent& event) const {
+    if (event.type() != QEvent::ShortcutOverride) return false;
+    if (!KeepsKey(static_cast<const QKeyEvent&>(event))) return false;
+    event.accept();
+    return true;
+  }
 };

@@ -27,9 +27,18 @@ class DetailsTest : public ShellTest {
     Rows().SetItemState(row, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
     Settle();
   }
-  QtDetails* Details() { return Window().findChild<QtDetails*>(); }
-  QtBesideArea* Area() { return Window().findChild<QtBesideArea*>(); }
-  QString Text() { return Window().findChild<DetailText*>()->toPlainText(); }
+  QList<QWidget*> AllDetails() { return Window().findChildren<QWidget*>("details"); }
+  QtDetails* Details() {
+    const QList<QWidget*> all = AllDetails();
+    return all.isEmpty() ? nullptr : static_cast<QtDetails*>(all.front());
+  }
+  QtBesideArea* Area() {
+    return static_cast<QtBesideArea*>(Window().findChild<QWidget*>("beside"));
+  }
+  DetailText& TextEdit() {
+    return *static_cast<DetailText*>(Details()->findChild<QPlainTextEdit*>("detailText"));
+  }
+  QString Text() { return TextEdit().toPlainText(); }
   void Press(int key, Qt::KeyboardModifiers with = Qt::NoModifier) {
     QWidget* const focus = QApplication::focusWidget();
     ASSERT_TRUE(focus);
@@ -67,7 +76,7 @@ TEST_F(DetailsTest, F6GoesThereAndBackAndEscapeGoesBack) {
   EXPECT_TRUE(Rows().hasFocus());
   Press(Qt::Key_F6);
   Press(Qt::Key_Tab);
-  EXPECT_TRUE(Window().findChild<DetailText*>()->hasFocus());
+  EXPECT_TRUE(TextEdit().hasFocus());
   Press(Qt::Key_Escape);
   EXPECT_TRUE(Rows().hasFocus());
   Press(Qt::Key_F6);
@@ -112,13 +121,13 @@ TEST_F(DetailsTest, ANewWindowHasDetailsOfItsOwn) {
   Press(Qt::Key_I, Qt::ControlModifier);
   Frame().OnCommand(ID_WINDOW_NEW);
   Settle();
-  EXPECT_EQ(Window().findChildren<QtDetails*>().size(), 2);
+  EXPECT_EQ(AllDetails().size(), 2);
   Frame().OnCommand(ID_VIEW_DETAILS);
   Settle();
-  EXPECT_EQ(Window().findChildren<QtDetails*>().size(), 1);
+  EXPECT_EQ(AllDetails().size(), 1);
   Frame().OnCommand(ID_FILE_CLOSE);
   Settle();
-  EXPECT_EQ(Window().findChildren<QtDetails*>().size(), 1);
+  EXPECT_EQ(AllDetails().size(), 1);
   Focus(2);
   EXPECT_EQ(Text(), QStringLiteral("trace 2"));
 }
@@ -160,7 +169,7 @@ TEST_F(DetailsTest, TheNextWindowBeginsWithThemAsTheLastOneWas) {
   Frame().OnCommand(ID_VIEW_BESIDERIGHT);
   Open(TraceFile("b.trc", 3));
   Settle();
-  EXPECT_EQ(Window().findChildren<QtDetails*>().size(), 2);
+  EXPECT_EQ(AllDetails().size(), 2);
 }
 
 TEST_F(DetailsTest, CtrlCInTheTextCopiesWhatIsSelectedThere) {

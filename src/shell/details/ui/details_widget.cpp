@@ -5,12 +5,13 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QLabel>
-#include <QMenu>
 #include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
+#include <numeric>
 
 #include "base/text.h"
+#include "docview/ui/choice_menu.h"
 #include "docview/ui/dialog_parts.h"
 #include "docview/ui/hit_color.h"
 #include "docview/ui/plain_tool_tip.h"
@@ -80,11 +81,7 @@ void DetailFields::Copy(const std::vector<std::size_t>& rows) const {
 }
 
 bool DetailFields::event(QEvent* event) {
-  if (event->type() == QEvent::ShortcutOverride && KeepsKey(*static_cast<QKeyEvent*>(event))) {
-    event->accept();
-    return true;
-  }
-  return QTreeWidget::event(event);
+  return ClaimsKey(*event) || QTreeWidget::event(event);
 }
 
 void DetailFields::keyPressEvent(QKeyEvent* event) {
@@ -99,23 +96,32 @@ void DetailFields::contextMenuEvent(QContextMenuEvent* event) {
   QTreeWidgetItem* const under =
       byMouse ? itemAt(viewport()->mapFromGlobal(event->globalPos())) : currentItem();
   if (!under) return;
-  const auto row = static_cast<std::size_t>(indexOfTopLevelItem(under));
-  QMenu menu(this);
-  const QAction* const copy = menu.addAction(QStringLiteral("&Copy\tCtrl+C"));
-  const QAction* const copyAll = menu.addAction(QStringLiteral("Copy &All"));
-  QAction* const source = menu.addAction(QStringLiteral("&Goto Source"));
-  source->setEnabled(m_pane.HasSource(row));
-  menu.addSeparator();
-  const std::vector<CellStep> steps = m_pane.StepsOf(row);
-  for (const CellStep& step : steps) menu.addAction(Shown(step.label))->setData(Shown(step.text));
   const QPoint below = viewport()->mapToGlobal(visualItemRect(under).bottomLeft());
-  const QAction* const chosen = menu.exec(byMouse ? event->globalPos() : below);
-  if (!chosen) return;
-  if (chosen == copy) return Copy(Chosen());
-  if (chosen == source) return m_pane.GotoSource(row);
-  if (chosen != copyAll) return m_pane.TakeStep(chosen->data().toString().toStdString());
+  OpenMenu(static_cast<std::size_t>(indexOfTopLevelItem(under)),
+           byMouse ? event->globalPos() : below);
+}
+
+// The pane may show another trace when the user chooses.
+void DetailFields::OpenMenu(std::size_t row, const QPoint& screen) {
+  std::vector<MenuChoice> choices = {{"&Copy\tCtrl+C"}, {"Copy &All"}, {}};
+  choices.push_back({"&Goto Source", m_pane.HasSource(row)});
+  std::vector<std::string> steps;
+  for (const CellStep& step : m_pane.StepsOf(row)) {
+    choices.push_back({step.label});
+    steps.push_back(step.text);
+  }
+  OpenChoiceMenu(this, choices, screen, [this, row, steps](std::size_t place) {
+    constexpr std::size_t kCopy = 0, kCopyAll = 1, kSource = 3, kSteps = 4;
+    if (place == kCopy) Copy(Chosen());
+    if (place == kCopyAll) CopyAll();
+    if (place == kSource) return m_pane.GotoSource(row);
+    if (place >= kSteps) m_pane.TakeStep(steps[place - kSteps]);
+  });
+}
+
+void DetailFields::CopyAll() const {
   std::vector<std::size_t> all(m_pane.Rows().size());
-  for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
+  std::iota(all.begin(), all.end(), std::size_t{0});
   Copy(all);
 }
 
@@ -128,6 +134,11 @@ DetailText::DetailText() {
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   setTabChangesFocus(true);
   setFrameShape(QFrame::NoFrame);
+}
+
+// A text that cannot be edited claims no keys by itself.
+bool DetailText::event(QEvent* event) {
+  return ClaimsKey(*event) || QPlainTextEdit::event(event);
 }
 
 void DetailText::ShowText(const DetailsPane& pane) {

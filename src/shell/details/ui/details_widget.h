@@ -31,7 +31,9 @@ class DetailFields final : public QTreeWidget, public KeyKeeper {
   void ShowRow(std::size_t row);
   std::vector<std::size_t> Chosen() const;
   std::size_t Current() const;
+  void OpenMenu(std::size_t row, const QPoint& screen);
   void Copy(const std::vector<std::size_t>& rows) const;
+  void CopyAll() const;
 
   DetailsPane& m_pane;
 };
@@ -41,6 +43,9 @@ class DetailText final : public QPlainTextEdit, public KeyKeeper {
   DetailText();
 
   void ShowText(const DetailsPane& pane);
+
+ protected:
+  bool event(QEvent* event) override;
 };
 
 class QtDetails final : public QWidget, public DetailsFace, public QtControl {

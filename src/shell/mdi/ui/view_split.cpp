@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kLinesKept = 5;  // three rows, a heading and a scroll bar
+constexpr int kLinesKept = 7;  // three rows, which are higher, a heading and a scroll bar
 constexpr int kCharsKept = 24;
 constexpr int kStandsMs = 200;  // a border that did not move for so long stands
 

@@ -6,8 +6,11 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 #include <QTest>
 
@@ -55,13 +58,14 @@ class DetailsWidgetTest : public testing::Test {
   CTraceDoc m_document{m_host};
   PlainTracePane m_pane{m_document};
   QtDetails* m_widget = nullptr;
+  std::vector<std::string> m_taken;
   DetailsPane m_details{m_host,
                         [this](DetailsPane& pane) {
                           auto made = std::make_unique<QtDetails>(pane);
                           m_widget = made.get();
                           return made;
                         },
-                        [](const std::string&) {}};
+                        [this](const std::string& text) { m_taken.push_back(text); }};
 };
 
 TEST_F(DetailsWidgetTest, ItShowsTheFieldsAndTheWholeTextWithItsLines) {
@@ -122,6 +126,39 @@ TEST_F(DetailsWidgetTest, CtrlCCopiesOneValueAndSeveralWithTheirNames) {
   Fields().topLevelItem(RowOf("Stack"))->setSelected(true);
   QTest::keyClick(&Fields(), Qt::Key_C, Qt::ControlModifier);
   EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("Component: Sql\nStack: one\n"));
+}
+
+TEST_F(DetailsWidgetTest, TheMenuKeyOffersTheStepsOfTheFieldAndCopying) {
+  Show({.text = "a", .component = 8});
+  Fields().setCurrentItem(Fields().topLevelItem(RowOf("Component")));
+  QContextMenuEvent asked(QContextMenuEvent::Keyboard, QPoint(1, 1),
+                          Fields().mapToGlobal(QPoint(1, 1)));
+  QApplication::sendEvent(&Fields(), &asked);
+  const QPointer<QMenu> menu = Fields().findChild<QMenu*>("choices");
+  ASSERT_TRUE(menu && menu->isVisible());
+  QStringList texts;
+  for (const QAction* action : menu->actions()) texts << action->text();
+  EXPECT_EQ(texts.join('|').toStdString(),
+            "&Copy\tCtrl+C|Copy &All||&Goto Source|&Only This Component \"Sql\"|"
+            "&Hide This Component \"Sql\"");
+  EXPECT_FALSE(menu->actions()[3]->isEnabled());
+  QTest::keyClick(menu, Qt::Key_H);
+  EXPECT_EQ(m_taken, std::vector<std::string>{"component != Sql"});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !menu; }));
+}
+
+TEST_F(DetailsWidgetTest, TheKeysForCopyingAreClaimedBeforeTheCommandsOfTheWindow) {
+  Show({.text = "a"});
+  for (QWidget* const widget : {static_cast<QWidget*>(&Fields()), static_cast<QWidget*>(&Text())}) {
+    QKeyEvent copy(QEvent::ShortcutOverride, Qt::Key_C, Qt::ControlModifier);
+    copy.ignore();
+    QApplication::sendEvent(widget, &copy);
+    EXPECT_TRUE(copy.isAccepted());
+    QKeyEvent find(QEvent::ShortcutOverride, Qt::Key_F, Qt::ControlModifier);
+    find.ignore();
+    QApplication::sendEvent(widget, &find);
+    EXPECT_FALSE(find.isAccepted());
+  }
 }
 
 TEST_F(DetailsWidgetTest, TabGoesFromTheFieldsToTheTextAndEscapeIsLeftToTheWindow) {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "docview/file_dialog_request.h"
+#include "docview/menu_choice.h"
 #include "docview/object.h"
 
 class CDialog;
@@ -65,6 +66,10 @@ class Host {
 
   // A text for other programs, UTF-8. False: there is no clipboard.
   virtual bool PutOnClipboard(const std::string& text) = 0;
+  // A pop-up menu at this place of the screen. Returns at once; `chosen` runs later, with the place
+  // of the choice, and not at all if the user chooses none. A terminal has no menus.
+  virtual void OpenMenu(const std::vector<MenuChoice>& /*choices*/, int /*screenXPx*/,
+                        int /*screenYPx*/, std::function<void(std::size_t)> /*chosen*/) {}
 
   virtual void BeginWaitCursor() = 0;  // nests
   virtual void EndWaitCursor() = 0;

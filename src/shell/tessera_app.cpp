@@ -66,6 +66,7 @@ void CTesseraApp::MapCommands() {
   MapCommand(ID_FILE_NEWCONFIG, [this] { OnNewConfig(); });
   MapCommand(ID_VIEW_OPTIONS, [this] { OnOptions(); });
   MapCommand(ID_VIEW_COLOURS, [this] { OnColours(); });
+  MapCommand(ID_COLUMNS_CHANGED, [this] { OnTraceOptions(); });
   MapTimeColumns();
   MapCommand(ID_APP_ABOUT, [this] { m_faces.ShowAbout(kVersionLine); });
   MapCommand(ID_APP_EXIT, [this] { m_frame->OnClose(); });

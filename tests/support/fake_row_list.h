@@ -165,6 +165,8 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
     return std::max(width, 16);
   }
 
+  void AskForMenu() override { m_owner.OnHeaderContextMenu(std::nullopt, 0, 0); }
+
   std::vector<ListColumnInfo> columns;  // as inserted
   ListOrder given;                      // the last order as given, with repeats
 

@@ -52,6 +52,30 @@ class RecordingHost : public Host,
     while (!box.Ended()) TickOf(timer)();
   }
 
+  // The user chooses this in the menu that is open: by its text, without the access key.
+  void Choose(const std::string& text) {
+    for (std::size_t place = 0; place < m_menu.size(); ++place)
+      if (m_menu[place].text == text && m_menu[place].enabled) return m_chosen(place);
+    ADD_FAILURE() << "no " << text << " in the menu";
+  }
+  // "Fit Columns|-|+Sev|Count|(Trace)": those in brackets are grey, those with + are ticked.
+  std::string MenuText() const {
+    std::string all;
+    for (const MenuChoice& choice : m_menu) {
+      const std::string text = (choice.ticked.value_or(false) ? "+" : "") + choice.text;
+      all += (all.empty() ? "" : "|") + (text.empty()     ? "-"
+                                         : choice.enabled ? text
+                                                          : "(" + text + ")");
+    }
+    return all;
+  }
+  void OpenMenu(const std::vector<MenuChoice>& choices, int, int,
+                std::function<void(std::size_t)> chosen) override {
+    m_menu = choices;
+    for (MenuChoice& choice : m_menu) std::erase(choice.text, '&');
+    m_chosen = std::move(chosen);
+  }
+
   std::vector<FileDialogRequest> m_fileRequests;
   const std::vector<CDialog*>& Modeless() const { return m_modeless; }  // open now
   int WaitCursors() const { return m_waitCursors; }                     // nested now
@@ -110,6 +134,8 @@ class RecordingHost : public Host,
   void KillTimer(TimerId timer) override { Remove(timer); }
 
  private:
+  std::vector<MenuChoice> m_menu;
+  std::function<void(std::size_t)> m_chosen;
   class Face : public DialogFace {
    public:
     Face(RecordingHost& host, CDialog& dialog) : m_host(host), m_dialog(dialog) {

@@ -29,6 +29,9 @@ class RecordingRowListOwner final : public RowListOwner {
   void OnRowDoubleClicked(int row) override { doubleClicked.push_back(row); }
   void OnRowListContextMenu(int, int) override { ++contextMenus; }
   void OnRowListScrolled() override { ++scrolled; }
+  void OnHeaderContextMenu(std::optional<ListColumn> column, int, int) override {
+    headerMenus.push_back(column ? column->Index() : -1);
+  }
   bool OnColumnResizing(ListColumn, int) override {
     ++resizings;
     return refuseResizing;
@@ -42,7 +45,7 @@ class RecordingRowListOwner final : public RowListOwner {
   RowList* list = nullptr;
   std::map<int, std::string> longTexts;  // of rows, in all columns, in place of the short ones
   std::vector<std::string> reported;
-  std::vector<int> clicked, doubleClicked;
+  std::vector<int> clicked, doubleClicked, headerMenus;
   int contextMenus = 0, resizings = 0, resized = 0, reordered = 0, scrolled = 0;
   bool refuseResizing = false;
 };

@@ -93,7 +93,18 @@ TYPED_TEST_P(RowColumnContract, AColumnFitsItsNameAndWhatIsOnView) {
   EXPECT_LT(this->Header().FitWidth(Column::Application), whole + name);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(RowColumnContract,
+TYPED_TEST_P(RowColumnContract, ItsMenuIsAskedForAtAColumnOrByTheKeyboardAtNone) {
+  this->InsertColumns(50);
+  this->m_harness.RightClickHeader(Column::Time);
+  this->Header().AskForMenu();
+  this->Header().SetColumnWidth(Column::Sev, 0);
+  this->m_harness.RightClickHeader(Column::Count);
+  EXPECT_EQ(this->m_owner.headerMenus, (std::vector<int>{static_cast<int>(Column::Time), -1,
+                                                         static_cast<int>(Column::Count)}));
+  EXPECT_EQ(this->m_owner.contextMenus, 0) << "it is not that of the rows";
+}
+
+REGISTER_TYPED_TEST_SUITE_P(RowColumnContract, ItsMenuIsAskedForAtAColumnOrByTheKeyboardAtNone,
                             ColumnsKeepTheWidthThatCodeGivesThemAlsoBelowTheMinimumOfADrag,
                             AHiddenColumnHasWidthZeroAndComesBackInItsPlace,
                             AColumnInsertedWithWidthZeroIsHidden,

@@ -33,6 +33,7 @@ class ListHeader {
   // The unit of column widths in characters: at least the width of a digit.
   virtual int AverageCharWidth() const = 0;
   virtual int StringWidth(const std::string& text) const = 0;
+  virtual void AskForMenu() = 0;  // as the user does by the keyboard
   // The width that the column needs for its name and its visible cells; at least 16.
   virtual int FitWidth(ListColumn column) const = 0;
 

@@ -40,6 +40,8 @@ class RowListOwner {
   virtual void OnRowListContextMenu(int screenXPx, int screenYPx) = 0;
   // The top row or the number of rows of a page has changed.
   virtual void OnRowListScrolled() {}
+  // The context menu of the header at this column; none: right of them, or by the keyboard.
+  virtual void OnHeaderContextMenu(std::optional<ListColumn> /*column*/, int /*x*/, int /*y*/) {}
   // The header. Return true to refuse the width.
   virtual bool OnColumnResizing(ListColumn column, int widthPx) = 0;
   virtual void OnColumnResized(ListColumn column, int widthPx) = 0;  // end of the drag

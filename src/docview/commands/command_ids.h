@@ -91,4 +91,6 @@ enum TesseraCommand : unsigned {
   ID_VIEW_PROFILEMANAGE = 32983,
   ID_VIEW_PROFILE1 = 32984,
   ID_VIEW_PROFILELAST = 32999,
+  ID_VIEW_HEADERMENU = 32968,
+  ID_COLUMNS_CHANGED = 32969,  // of no menu: all views show the columns of the settings
 };

@@ -1,4 +1,5 @@
 #include "docview/ui/qt_host.h"
+#include "docview/ui/choice_menu.h"
 
 #include <cxxabi.h>
 
@@ -178,6 +179,11 @@ void QtHost::BeginWaitCursor() {
 
 void QtHost::EndWaitCursor() {
   QApplication::restoreOverrideCursor();
+}
+
+void QtHost::OpenMenu(const std::vector<MenuChoice>& choices, int screenXPx, int screenYPx,
+                      std::function<void(std::size_t)> chosen) {
+  OpenChoiceMenu(m_mainWidget, choices, QPoint(screenXPx, screenYPx), std::move(chosen));
 }
 
 void QtHost::Post(std::function<void()> call) {

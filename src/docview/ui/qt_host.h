@@ -48,6 +48,8 @@ class QtHost final : public Host {
   int RunDialog(CDialog& dialog) override;
   std::unique_ptr<DialogFace> ShowModeless(CDialog& dialog) override;
   bool PutOnClipboard(const std::string& text) override;
+  void OpenMenu(const std::vector<MenuChoice>& choices, int screenXPx, int screenYPx,
+                std::function<void(std::size_t)> chosen) override;
   void BeginWaitCursor() override;
   void EndWaitCursor() override;
   void Post(std::function<void()> call) override;

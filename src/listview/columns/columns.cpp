@@ -75,6 +75,11 @@ std::optional<Column> ColumnByHeader(std::string_view header) {
   return std::nullopt;
 }
 
+void StoreActiveColumns() {
+  NtRegPutBuf(HKEY_CURRENT_USER, kRegColumns, "Active Columns", g_activeColumns.data(),
+              sizeof g_activeColumns);
+}
+
 int StoredColumnWidth(Column column) {
   const unsigned width = NtRegGet(HKEY_CURRENT_USER, kRegColumns, InfoOf(column).header, 0u);
   // A store may contain any number; no screen is wider than 16 bits can count.

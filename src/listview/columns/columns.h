@@ -30,6 +30,9 @@ inline constexpr ColumnOrder kDefaultColumnOrder = {0, 1, 2,  3,  4,  5,  6, 7,
 // By header, ignoring case; those of times and "Account" too.
 std::optional<Column> ColumnByHeader(std::string_view header);
 
+// Stores the flags of the fifteen, which are g_activeColumns.
+void StoreActiveColumns();
+
 // The stored width in pixels, 0 when there is none.
 int StoredColumnWidth(Column column);
 void StoreColumnWidth(Column column, int widthPx);

@@ -131,6 +131,5 @@ void ApplyOptions(const COptionsDlg& dialog) {
   g_tintSeverity = dialog.m_tint != 0;
   NtRegPut(HKEY_CURRENT_USER, kRegTraceView, "Tint Warnings and Errors", g_tintSeverity ? 1u : 0u);
   RememberViews(dialog.m_remember != 0);
-  NtRegPutBuf(HKEY_CURRENT_USER, kRegColumns, "Active Columns", g_activeColumns.data(),
-              sizeof g_activeColumns);
+  StoreActiveColumns();
 }

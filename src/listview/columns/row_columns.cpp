@@ -58,15 +58,16 @@ void RowColumns::ShowAndHide() {
 }
 
 void RowColumns::Fit() {
-  ListHeader& header = m_list.Header();
   m_list.SetRedraw(false);
-  for (std::size_t index = 0; index < m_widths.size(); ++index) {
-    const auto column = static_cast<Column>(index);
-    if (header.ColumnWidth(column) == 0) continue;
-    const int widthPx = header.FitWidth(column);
-    if (!Refuses(column, widthPx)) TakeWidth(column, widthPx);
-  }
+  for (std::size_t index = 0; index < m_widths.size(); ++index)
+    if (m_list.Header().ColumnWidth(static_cast<Column>(index)) != 0)
+      FitOne(static_cast<Column>(index));
   m_list.SetRedraw(true);
+}
+
+void RowColumns::FitOne(Column column) {
+  const int widthPx = m_list.Header().FitWidth(column);
+  if (!Refuses(column, widthPx)) TakeWidth(column, widthPx);
 }
 
 bool RowColumns::Refuses(ListColumn column, int widthPx) const {

@@ -10,6 +10,7 @@
 
 #include "controls/list/row_list.h"
 #include "listview/columns/columns.h"
+#include "listview/columns/header_menu.h"
 #include "views/view_state.h"
 
 class RowColumns {
@@ -20,6 +21,9 @@ class RowColumns {
   void Create();
   // The settings have changed.
   void ShowAndHide();
+  // The menu of the header; `changed`: other columns are to be shown, in all windows.
+  void OpenMenu(Host& host, std::optional<ListColumn> column, int screenXPx, int screenYPx,
+                std::function<void()> changed);
   // The same as fitting each shown column by a double click.
   void Fit();
   bool Refuses(ListColumn column, int widthPx) const;  // a width of a drag
@@ -41,6 +45,8 @@ class RowColumns {
 
   void Insert(const ColumnInfo& info);
   void InsertTimes();
+  void FitOne(Column column);
+  void Show(Column column, bool shown);
   int StandardWidth(const ColumnInfo& info) const;
   bool HasTimes() const { return m_widths.size() > kColumns.size(); }
   bool IsShown(Column column) const;
@@ -51,4 +57,5 @@ class RowColumns {
   std::vector<bool> m_own;      // is each column shown? Empty: as the program says
   std::vector<bool> m_program;  // what that said when it was looked at last
   unsigned m_choices = 0;
+  std::unique_ptr<HeaderMenu> m_menu;  // the one opened last
 };

@@ -1,5 +1,6 @@
 // The columns of one list as a value, and those that it alone shows.
 #include <algorithm>
+#include <utility>
 
 #include "base/text.h"
 #include "listview/columns/row_columns.h"
@@ -113,4 +114,27 @@ void RowColumns::FollowProgram() {
     if (now[index] != m_program[index]) m_own[index] = now[index];
   m_program = now;
   if (m_choices != ColumnChoices() || m_own == m_program) m_own.clear();
+}
+
+// ---- the menu of the header
+
+void RowColumns::OpenMenu(Host& host, std::optional<ListColumn> column, int screenXPx,
+                          int screenYPx, std::function<void()> changed) {
+  HeaderMenu::Actions actions;
+  actions.isShown = [this](Column one) { return IsShown(one); };
+  actions.show = [this, changed = std::move(changed)](Column one, bool shown) {
+    Show(one, shown);
+    changed();
+  };
+  actions.fit = [this](Column one) { FitOne(one); };
+  actions.fitAll = [this] { Fit(); };
+  actions.storeOrder = [this] { StoreOrder(); };
+  m_menu = std::make_unique<HeaderMenu>(host, m_list.Header(), std::move(actions));
+  m_menu->Open(column, screenXPx, screenYPx);
+}
+
+// What the program says may not change by it, where this list shows other columns.
+void RowColumns::Show(Column column, bool shown) {
+  if (!m_own.empty()) m_own[IndexOf(column)] = shown;
+  ShowColumn(column, shown);
 }

@@ -57,6 +57,12 @@ bool IsColumnShown(Column column) {
   return g_activeColumns[static_cast<std::size_t>(column)] == 1;
 }
 
+void ShowColumn(Column column, bool shown) {
+  if (IsTimeColumn(column)) return ShowTimeColumn(column, shown);
+  g_activeColumns[static_cast<std::size_t>(column)] = shown ? 1 : 0;
+  StoreActiveColumns();
+}
+
 AllColumnOrder WithTimeColumns(const AllColumnOrder& fifteen) {
   const StoredOrder stored = ReadOrder();
   AllColumnOrder order = fifteen;

@@ -27,6 +27,7 @@ bool IsAnyTimeColumnShown();
 void ShowTimeColumn(Column column, bool shown);
 // Of any column of a list: also by the flags of the fifteen.
 bool IsColumnShown(Column column);
+void ShowColumn(Column column, bool shown);
 
 // Column indexes from left to right.
 using AllColumnOrder = std::vector<std::int32_t>;

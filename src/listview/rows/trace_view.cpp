@@ -7,6 +7,7 @@
 
 CTraceView::CTraceView(CTraceDoc& document, const RowListMaker& makeList)
     : TracePane(document), m_rows(document.m_traces), m_list(makeList(*this)) {
+  MapCommand(ID_VIEW_HEADERMENU, [this] { m_list->Header().AskForMenu(); });
   MapCommand(ID_VIEW_FITCOLUMNS, [this] { m_columns.Fit(); });
   MapCommand(
       ID_VIEW_TIMEREFERENCE, [this] { OnTimeReference(); },

@@ -59,6 +59,7 @@ class CTraceView : public TracePane, public RowListOwner {
   void OnRowDoubleClicked(int row) override;
   void OnRowListContextMenu(int screenXPx, int screenYPx) override;
   void OnRowListScrolled() override { Tell(&PaneWatcher::OnScrolled); }
+  void OnHeaderContextMenu(std::optional<ListColumn> column, int xPx, int yPx) override;
   bool OnColumnResizing(ListColumn column, int widthPx) override;
   void OnColumnResized(ListColumn column, int widthPx) override;
   void OnColumnsReordered() override;
@@ -90,8 +91,7 @@ class CTraceView : public TracePane, public RowListOwner {
   void FollowZone();
   void GoOnFiltering();
   void ShowFew();
-  // One step; takes this long, or a little.
-  void StepFiltering(std::chrono::milliseconds time, bool wait);
+  void StepFiltering(std::chrono::milliseconds time, bool wait);  // takes so long, or a little
   void ShowNewRows(bool whole);
   void CompleteRows();
   void RestoreRows();

@@ -16,6 +16,13 @@ void CTraceView::OnColumnsReordered() {
   PostMessage(WM_TRACE_SAVEORDER);
 }
 
+// Only the application knows all windows.
+void CTraceView::OnHeaderContextMenu(std::optional<ListColumn> column, int xPx, int yPx) {
+  m_columns.OpenMenu(GetHost(), column, xPx, yPx, [this] {
+    if (CWnd* const main = GetHost().MainWindow()) main->OnCommand(ID_COLUMNS_CHANGED);
+  });
+}
+
 // ---- times
 
 TimeCells& CTraceView::Times() {

@@ -134,6 +134,7 @@ const CommandText kTexts[] = {
     {ID_VIEW_FILTER, kTraces | kTracePopup, "Fi&lter...", ""},
     {ID_VIEW_FITCOLUMNS, kTraces, "Fit &Columns",
      "Make each column as wide as what it shows\nFit Columns"},
+    {ID_VIEW_HEADERMENU, kTraces, "Column &Menu", "Show and hide columns\nColumn Menu"},
     {ID_VIEW_FILTERTEXT, kTraces, "Filter Te&xt\tCtrl+L",
      "Filter by a text in a line above the traces\nFilter Text"},
     {ID_VIEW_FILTERBACK, kTraces, "Filter &Back\tAlt+Left",
@@ -231,6 +232,7 @@ constexpr unsigned kViewIds[] = {ID_VIEW_OPTIONS,
                                  ID_VIEW_SYNCHRONIZE,
                                  ID_VIEW_FILTER,
                                  ID_VIEW_FITCOLUMNS,
+                                 ID_VIEW_HEADERMENU,
                                  ID_VIEW_COLOURS,
                                  ID_VIEW_PAUSE,
                                  0,
@@ -326,11 +328,9 @@ const std::vector<MenuPopup>& MenuOf(unsigned resource) {
   static std::map<unsigned, std::vector<MenuPopup>> made;
   const unsigned menu = MenuBit(resource);
   std::vector<MenuPopup>& popups = made[menu];
-  if (popups.empty()) {
-    for (const PopupLayout& layout : kLayouts) {
+  if (popups.empty())
+    for (const PopupLayout& layout : kLayouts)
       if (layout.menus & menu) popups.push_back(MakePopup(layout, menu));
-    }
-  }
   return popups;
 }
 

@@ -7,13 +7,15 @@ namespace {
 
 class FakeHarness {
  public:
-  explicit FakeHarness(RowListOwner& owner) : m_list(owner) {}
+  explicit FakeHarness(RowListOwner& owner) : m_owner(owner), m_list(owner) {}
   RowList& List() { return m_list; }
   void ShowRows(int rows) { m_list.SetPage(rows); }
   void Hide() {}
+  void RightClickHeader(ListColumn column) { m_owner.OnHeaderContextMenu(column, 0, 0); }
   void ShowAgain(int rows) { ShowRows(rows); }
 
  private:
+  RowListOwner& m_owner;
   FakeRowList m_list;
 };
 

@@ -121,6 +121,7 @@ TEST(Menus, OfATraceFile) {
   32825 Synchroni&ze\tAlt+S
   32847 Fi&lter...
   32850 Fit &Columns
+  32968 Column &Menu
   32920 Colour &Rules...
   -----
   32902 Filter Te&xt\tCtrl+L
@@ -229,6 +230,7 @@ TEST(Menus, OfAMonitor) {
   32825 Synchroni&ze\tAlt-S
   32847 Fi&lter...
   32850 Fit &Columns
+  32968 Column &Menu
   32920 Colour &Rules...
   32849 Pa&use
   -----

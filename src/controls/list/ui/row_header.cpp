@@ -1,5 +1,6 @@
 #include "controls/list/ui/row_header.h"
 
+#include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
@@ -87,6 +88,18 @@ int RowHeader::StringWidth(const std::string& text) const {
 
 int RowHeader::FitWidth(ListColumn column) const {
   return Exists(column) ? std::max(m_fitWidth(column), kNarrowestFitPx) : 0;
+}
+
+void RowHeader::AskForMenu() {
+  const QPoint below = mapToGlobal(rect().bottomLeft());
+  m_owner.OnHeaderContextMenu(std::nullopt, below.x(), below.y());
+}
+
+void RowHeader::contextMenuEvent(QContextMenuEvent* event) {
+  const int section = logicalIndexAt(event->pos());
+  const QPoint at = event->globalPos();
+  m_owner.OnHeaderContextMenu(section >= 0 ? std::optional<ListColumn>(section) : std::nullopt,
+                              at.x(), at.y());
 }
 
 std::optional<ListColumn> RowHeader::Stretched() const {

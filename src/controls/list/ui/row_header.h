@@ -30,6 +30,7 @@ class RowHeader final : public QHeaderView, public ListHeader {
   // Includes the margins of a cell, so that a column of this width does not cut the text.
   int StringWidth(const std::string& text) const override;
   int FitWidth(ListColumn column) const override;
+  void AskForMenu() override;
 
   // The shown columns from left to right.
   std::vector<ListColumn> ShownColumns() const;
@@ -50,6 +51,7 @@ class RowHeader final : public QHeaderView, public ListHeader {
   void initStyleOptionForIndex(QStyleOptionHeader* option, int section) const override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
   // REQUIRES: Exists.

@@ -1,3 +1,5 @@
+#include <QContextMenuEvent>
+
 #include "controls/list/ui/row_list_widget.h"
 #include "listview/rows/ui/severity_icons.h"
 #include "support/qt_test_main.h"
@@ -17,6 +19,12 @@ struct QtRowListHarness {
     list.resize(list.width(), around + rows * list.RowHeight());
   }
   void Hide() { list.hide(); }
+  void RightClickHeader(ListColumn column) {
+    auto& header = dynamic_cast<RowHeader&>(list.Header());
+    const QPoint at(header.ColumnLeft(column) + 5, header.height() / 2);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, header.viewport()->mapToGlobal(at));
+    QApplication::sendEvent(header.viewport(), &event);
+  }
   void ShowAgain(int rows) {
     ShowRows(rows);
     list.show();

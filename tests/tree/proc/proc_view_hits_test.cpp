@@ -114,9 +114,9 @@ TEST_F(ProcViewHits, TheTracesBelowTheSelectedItemAreCopied) {
     EXPECT_TRUE(m_view->OnCommand(ID_EDIT_COPYFILTER));
     return m_host.m_clipboard;
   };
-  EXPECT_EQ(copied("b"), "count == 3");
+  EXPECT_EQ(copied("b"), "count in {3}");
   EXPECT_EQ(copied(kThread), "count in {1, 3}");
-  EXPECT_EQ(copied("desk"), "count == 1..3");
+  EXPECT_EQ(copied("desk"), "count in {1..3}");
 }
 
 }  // namespace

@@ -3,7 +3,8 @@
 
 file=$work/lines.trc
 "$trc" gen --records 4000 --seed 6 "$file" >/dev/null
-export XDG_CONFIG_HOME=$work/line-config  # all as at a first start
+# All as at a first start.
+export XDG_CONFIG_HOME=$work/line-config XDG_STATE_HOME=$work/line-state
 cd "$work" || fail "no folder"
 start_reader
 

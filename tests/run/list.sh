@@ -20,7 +20,8 @@ closes() {
 }
 
 "$trc" gen --records 4000 --seed 5 "$work/list.trc" >/dev/null
-export XDG_CONFIG_HOME=$work/list-config  # all as at a first start
+# All as at a first start.
+export XDG_CONFIG_HOME=$work/list-config XDG_STATE_HOME=$work/list-state
 cd "$work" || fail "no folder"            # where no source file of the traces stands
 start_reader
 start_at_row_0() {

@@ -8,7 +8,8 @@ tie_scroll_lock() {
 } 2>/dev/null
 
 tie_scroll_lock || fail "the keyboard's map cannot be changed"
-export XDG_CONFIG_HOME=$work/reader-config  # all as at a first start
+# All as at a first start.
+export XDG_CONFIG_HOME=$work/reader-config XDG_STATE_HOME=$work/reader-state
 start_reader
 start_program "$work/web.trc"
 until_true "the list does not have its rows" says 20000 rows

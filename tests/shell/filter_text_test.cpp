@@ -69,7 +69,7 @@ class FilterText : public ShellTest {
   Strings Offered() {
     Strings all;
     for (const MenuItem& item : Face().m_popupMore) all.push_back(item.text);
-    EXPECT_EQ(all.empty() ? "" : all.back(), "Copy &Rows As");
+    EXPECT_EQ(all.empty() ? "" : all.back(), "Copy Row&s As");
     if (!all.empty()) all.pop_back();
     return all;
   }

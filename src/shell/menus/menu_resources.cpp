@@ -77,7 +77,7 @@ const CommandText kTexts[] = {
     {ID_APP_EXIT, kBars, "E&xit\tAlt+F4", "Quit the application; prompts to save documents\nExit"},
     {ID_EDIT_COPY, kTraces | kSource, "&Copy\tCtrl+C",
      "Copy the selection and put it on the Clipboard\nCopy"},
-    {ID_EDIT_COPYROWSAS, kTraces, "Copy &Rows As", ""},
+    {ID_EDIT_COPYROWSAS, kTraces, "Copy Row&s As", ""},
     {ID_EDIT_COPYTEXT, kTraces, "&Text", "Copy the selected traces as aligned text\nText"},
     {ID_EDIT_COPYTABS, kTraces, "Ta&bs", "Copy the selected traces with tabs between cells\nTabs"},
     {ID_EDIT_COPYCSV, kTraces, "&CSV", "Copy the selected traces as comma-separated text\nCSV"},

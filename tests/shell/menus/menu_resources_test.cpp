@@ -78,7 +78,7 @@ TEST(Menus, OfATraceFile) {
   57665 E&xit\tAlt+F4
 &Edit
   57634 &Copy\tCtrl+C
-  32958 Copy &Rows As
+  32958 Copy Row&s As
     32951 &Text
     32952 Ta&bs
     32953 &CSV
@@ -187,7 +187,7 @@ TEST(Menus, OfAMonitor) {
   57665 E&xit\tAlt+F4
 &Edit
   57634 &Copy\tCtrl+C
-  32958 Copy &Rows As
+  32958 Copy Row&s As
     32951 &Text
     32952 Ta&bs
     32953 &CSV

@@ -130,7 +130,7 @@ key alt+Left
 saved=${texts[-2]}
 in_force "$saved"
 
-# Saved by a name; the next run uses it.
+# Saved by a name; the next run begins with the text of this one, and uses the saved one.
 open_filters
 key s
 until_true "no dialog asks for the name" is_active '^Save Filter$'
@@ -140,8 +140,13 @@ until_true "Enter did not close the dialog" has_no_window '^Save Filter$'
 key alt+F4
 ended_with 0
 start_program "$file"
-until_true "the list does not have its rows again" says 4000 rows
+in_force "$saved"  # the view of the file comes back
 has_line || fail "the line is not remembered"
+key ctrl+l
+until_true "Ctrl+L does not lead to the line again" says "Filter text" focus
+types "severity == warn" "Filter text"
+key Return
+in_force "severity == warn"
 open_filters
 picture filter-line-saved
 key Down Down Return

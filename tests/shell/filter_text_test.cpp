@@ -364,6 +364,7 @@ TEST_F(FilterText, AnItemOfTheTreeOffersItsComponentThreadProcessApplicationOrMa
                             "&Only This Process \"812\"", "&Only This Thread \"main\"",
                             "&Only This Component \"Net\""}));
   ASSERT_TRUE(Frame().OnCommand(ID_FILTER_ONLYTHIS));
+  EXPECT_TRUE(m_host.RunUntil([&tree] { return !tree.FilterProgress(); }));
   EXPECT_EQ(tree.Model().TraceCount(), 3);
 }
 
@@ -469,6 +470,7 @@ TEST_F(FilterText, TheOtherPaneTakesTheTextOfTheTreeWithIt) {
   auto& tree = dynamic_cast<CProcView&>(*Child().GetActiveView());
   EXPECT_EQ(tree.Model().TraceCount(), 3);
   ASSERT_TRUE(Frame().OnCommand(ID_VIEW_FILTERBACK));
+  EXPECT_TRUE(m_host.RunUntil([&tree] { return !tree.FilterProgress(); }));
   EXPECT_EQ(tree.Model().TraceCount(), 6);
 }
 

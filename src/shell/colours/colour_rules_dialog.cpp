@@ -105,7 +105,7 @@ void CColourRulesDialog::Add() {
     added.ink = rule->ink;
     added.ground = rule->ground;
   }
-  m_rules.insert(m_rules.begin() + m_current + 1, std::move(added));
+  m_rules.insert(m_rules.begin() + (m_current + 1), std::move(added));
   Edited(m_current + 1);
   Changed(true);
 }

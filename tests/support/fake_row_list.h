@@ -10,16 +10,15 @@
 #include <vector>
 
 #include "controls/list/row_list.h"
+#include "support/fake_list_header.h"
 #include "support/sized_control.h"
 
-class FakeRowList final : public RowList, public ListHeader, public SizedControl {
+class FakeRowList final : public RowList, public FakeListHeader, public SizedControl {
  public:
   explicit FakeRowList(RowListOwner& owner) : m_owner(owner) {}
 
   // How many rows are fully visible; SetPage acts like a change of size.
   int pageRows = 10;
-  int charWidthPx = 7;        // the average character
-  int headerCharWidthPx = 7;  // every character of a measured text
   // "count 5", "delete 0 2", "state 3 2/3" (state/mask), "visible 4", "redraw on": the calls that
   // change something.
   std::vector<std::string> calls;
@@ -137,26 +136,6 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
     if (screenXPx < 0 || place >= order.size()) return std::nullopt;
     return ListColumn(order[place]);
   }
-  void InsertColumn(const ListColumnInfo& column, int widthPx) override {
-    m_order.push_back(static_cast<int>(columns.size()));
-    columns.push_back(column);
-    m_widths.push_back(widthPx);
-  }
-  int ColumnWidth(ListColumn column) const override {
-    return Exists(column) ? m_widths[At(column)] : 0;
-  }
-  void SetColumnWidth(ListColumn column, int widthPx) override {
-    if (Exists(column)) m_widths[At(column)] = widthPx;
-  }
-  ListOrder GetColumnOrder() const override { return m_order; }
-  void SetColumnOrder(const ListOrder& order) override {
-    given = order;
-    m_order = PermutationOf(order, static_cast<int>(columns.size()));
-  }
-  int AverageCharWidth() const override { return charWidthPx; }
-  int StringWidth(const std::string& text) const override {
-    return static_cast<int>(text.size()) * headerCharWidthPx;
-  }
   int FitWidth(ListColumn column) const override {
     if (!Exists(column)) return 0;
     int width = StringWidth(columns[At(column)].header);
@@ -167,14 +146,7 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
 
   void AskForMenu() override { m_owner.OnHeaderContextMenu(std::nullopt, 0, 0); }
 
-  std::vector<ListColumnInfo> columns;  // as inserted
-  ListOrder given;                      // the last order as given, with repeats
-
  private:
-  static std::size_t At(ListColumn column) { return static_cast<std::size_t>(column.Index()); }
-  bool Exists(ListColumn column) const {
-    return column.Index() >= 0 && column.Index() < static_cast<int>(columns.size());
-  }
   void SetTop(int top) {
     top = std::clamp(top, 0, std::max(m_count - CountPerPage(), 0));
     if (std::exchange(m_top, top) != top) m_owner.OnRowListScrolled();
@@ -216,6 +188,4 @@ class FakeRowList final : public RowList, public ListHeader, public SizedControl
   int m_count = 0;
   int m_top = 0;
   std::map<int, unsigned> m_states;  // rows that have one
-  std::vector<int> m_widths;
-  ListOrder m_order;
 };

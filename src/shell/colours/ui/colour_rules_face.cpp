@@ -185,16 +185,16 @@ void ColourRulesFace::Pick(QLineEdit& edit) {
 QLayout* ColourRulesFace::MakeSets() {
   m_set->setEditable(true);
   NameControl(*m_set, Dialog::kSet, "Set");
-  const auto named = [this](void (CColourRulesDialog::*operation)(const std::string&)) {
-    return [this, operation] { (m_dialog.*operation)(m_set->currentText().toStdString()); };
-  };
+  const auto name = [this] { return m_set->currentText().toStdString(); };
   auto* row = new QGridLayout;
   row->addWidget(LabelOf("&Set:", *m_set, this), 0, 0);
   row->addWidget(m_set, 0, 1);
-  row->addWidget(MakePress(Dialog::kLoadSet, "&Load", named(&CColourRulesDialog::LoadSet)), 0, 2);
-  row->addWidget(MakePress(Dialog::kSaveSet, "Sa&ve", named(&CColourRulesDialog::SaveSet)), 0, 3);
-  row->addWidget(MakePress(Dialog::kDeleteSet, "D&elete", named(&CColourRulesDialog::DeleteSet)), 0,
-                 4);
+  auto* load = MakePress(Dialog::kLoadSet, "&Load", [=, this] { m_dialog.LoadSet(name()); });
+  auto* save = MakePress(Dialog::kSaveSet, "Sa&ve", [=, this] { m_dialog.SaveSet(name()); });
+  auto* erase = MakePress(Dialog::kDeleteSet, "D&elete", [=, this] { m_dialog.DeleteSet(name()); });
+  row->addWidget(load, 0, 2);
+  row->addWidget(save, 0, 3);
+  row->addWidget(erase, 0, 4);
   auto* rest = new QHBoxLayout;
   rest->addWidget(MakePress(Dialog::kLight, "&For Light Lists",
                             [this] { m_dialog.UseShipped(ColourGround::Light); }));

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ class RecordingTreeOwner final : public TreeControlOwner {
     return hit == hits.end() ? std::vector<HitRange>() : hit->second;
   }
   std::optional<RowMark> TreeItemMark(TreeItemData data) override {
+    marksAsked.insert(data);
     if (!marks.count(data)) return std::nullopt;
     return marks.at(data);
   }
@@ -41,6 +43,7 @@ class RecordingTreeOwner final : public TreeControlOwner {
   std::map<TreeItemData, std::string> texts;          // other texts than "item 7"
   std::map<std::string, std::vector<HitRange>> hits;  // by text
   std::map<TreeItemData, RowMark> marks;
+  std::set<TreeItemData> marksAsked;
   std::vector<TreeItem> selections;  // at each change
   TreeItemData closed = 0;           // the item that may not be opened
   std::vector<std::string> reported;

@@ -1,4 +1,5 @@
 #include <QContextMenuEvent>
+#include <QKeyEvent>
 
 #include "controls/list/ui/row_list_widget.h"
 #include "listview/rows/ui/severity_icons.h"
@@ -29,6 +30,29 @@ struct QtRowListHarness {
     ShowRows(rows);
     list.show();
   }
+  // What is painted, read where a row without columns has nothing written.
+  RowSight See(int row) {
+    const QImage image = list.viewport()->grab().toImage();
+    const QRect bounds = list.RowRect(row).intersected(list.viewport()->rect());
+    const auto at = [&](int x) { return image.pixel(x, bounds.center().y()) & 0xffffff; };
+    RowSight sight;
+    sight.ground = at(bounds.center().x());
+    if (at(1) != sight.ground) sight.stripe = at(1);
+    // Its first part has neither number nor sign.
+    sight.box = at(bounds.right() - 4) != sight.ground;
+    return sight;
+  }
+  void Paint() { QApplication::processEvents(); }
+  bool PressDelete(bool shift) {
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_Delete, shift ? Qt::ShiftModifier : Qt::NoModifier);
+    QApplication::sendEvent(&list, &key);
+    return key.isAccepted();
+  }
+  void SetLetters(int percent) {
+    QFont letters = QApplication::font();
+    letters.setPointSizeF(letters.pointSizeF() * percent / 100);
+    list.setFont(letters);
+  }
   QtRowList list;
 };
 
@@ -37,3 +61,4 @@ struct QtRowListHarness {
 INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowStateContract, QtRowListHarness);
 INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowScrollContract, QtRowListHarness);
 INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowColumnContract, QtRowListHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, RowLookContract, QtRowListHarness);

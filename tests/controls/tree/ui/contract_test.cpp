@@ -15,10 +15,29 @@ struct QtTreeHarness {
     const int around = tree.height() - tree.viewport()->height();
     tree.resize(tree.width(), around + rows * tree.RowHeight());
   }
+  // What is painted, read where neither lines nor labels are.
+  RowSight See(TreeItem item) {
+    const QImage image = tree.viewport()->grab().toImage();
+    const QRect bounds =
+        tree.RowRect(tree.Items().RowOf(item)).intersected(tree.viewport()->rect());
+    const auto at = [&](int x) { return image.pixel(x, bounds.center().y()) & 0xffffff; };
+    RowSight sight;
+    sight.ground = at(bounds.right() - 100);
+    if (at(1) != sight.ground) sight.stripe = at(1);
+    sight.box = at(bounds.right() - 4) != sight.ground;
+    return sight;
+  }
+  void Paint() { QApplication::processEvents(); }
+  void SetLetters(int percent) {
+    QFont letters = QApplication::font();
+    letters.setPointSizeF(letters.pointSizeF() * percent / 100);
+    tree.setFont(letters);
+  }
   QtTreeControl tree;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeItemContract, QtTreeHarness);
 INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeRowContract, QtTreeHarness);
+INSTANTIATE_TYPED_TEST_SUITE_P(OnTheScreen, TreeLookContract, QtTreeHarness);
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
+#include <vector>
 
 #include "base/fail_with.h"
 #include "notes/fingerprint.h"
@@ -114,11 +115,9 @@ bool KeptFiles::Write(const std::string& key, std::string_view text, std::string
   return true;
 }
 
-void KeptFiles::Remove(const std::string& key) const {
-  unlink(PathOf(key).c_str());
-}
-
-void KeptFiles::PutAside(const std::string& key) const {
+void KeptFiles::PutAside(const std::string& key, const std::string& text) const {
+  std::string now;
+  if (Read(key, now, nullptr) == Found::Nothing || now != text) return;
   const fs::path path = PathOf(key);
   const fs::path aside = path.parent_path() / (kBroken + path.filename().string());
   rename(path.c_str(), aside.c_str());
@@ -141,14 +140,10 @@ void KeptFiles::RemoveOldest(const std::string& path) const {
   drop(broken, m_mostFiles);
 }
 
-std::vector<std::string> KeptFiles::Texts(std::size_t size) const {
-  std::vector<std::string> texts;
-  for (const Entry& entry : EntriesOf(m_folder)) {
-    if (!IsOf(entry, kEnding) || IsBroken(entry)) continue;
-    if (texts.size() >= size) break;
-    std::string text;
-    if (ReadPath(entry.path.string(), text, nullptr) == Found::Text)
-      texts.push_back(std::move(text));
-  }
-  return texts;
+void KeptFiles::ForEach(const Visit& visit) const {
+  std::string text;
+  for (const Entry& entry : EntriesOf(m_folder))
+    if (IsOf(entry, kEnding) && !IsBroken(entry) &&
+        ReadPath(entry.path.string(), text, nullptr) == Found::Text)
+      visit(entry.path.string(), text);
 }

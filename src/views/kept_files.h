@@ -10,9 +10,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "notes/new_notes.h"
 
@@ -25,13 +25,13 @@ class KeptFiles {
   Found Read(const std::string& key, std::string& text, std::string* why) const;
   bool Write(const std::string& key, std::string_view text, std::string* why,
              const NotesSteps& steps = {}) const;
-  void Remove(const std::string& key) const;
   // So that it is told about once, and can be looked at: it becomes "broken-...", in place of the
-  // one put aside before.
-  void PutAside(const std::string& key) const;
+  // one put aside before. Unless it has another text by now than the one that was read.
+  void PutAside(const std::string& key, const std::string& text) const;
   std::string PathOf(const std::string& key) const;
-  // All texts that can be read. `size` of them at the most.
-  std::vector<std::string> Texts(std::size_t size) const;
+  // Calls `visit` with path and text of each file that can be read, whatever its name says.
+  using Visit = std::function<void(const std::string& path, const std::string& text)>;
+  void ForEach(const Visit& visit) const;
 
  private:
   Found ReadPath(const std::string& path, std::string& text, std::string* why) const;

@@ -1,5 +1,7 @@
 #include "views/stored_views.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -39,26 +41,59 @@ KeptFiles Profiles() {
           kViewBytesMax};
 }
 
-std::string KeyOf(std::string name) {
-  std::ranges::transform(name, name.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return name;
+std::string KeyOf(const std::string& name) {
+  return ToLowerAscii(name);
 }
 
-bool Write(const Profile& profile, std::string* why) {
+bool IsNamed(const Profile& profile, const std::string& name) {
+  return CompareIgnoringCase(profile.name, name) == 0;
+}
+
+struct StoredProfile {
+  std::string path;
+  Profile profile;
+};
+
+// By name, once each. A file that somebody has copied or edited may have any name; of several the
+// one that this program wrote counts.
+std::vector<StoredProfile> AllProfiles() {
+  std::vector<StoredProfile> all;
+  const KeptFiles files = Profiles();
+  files.ForEach([&all](const std::string& path, const std::string& text) {
+    if (auto profile = ReadProfile(text, nullptr)) all.push_back({path, std::move(*profile)});
+  });
+  const auto isOther = [&](const StoredProfile& each) {
+    return each.path != files.PathOf(KeyOf(each.profile.name));
+  };
+  std::ranges::sort(all, [&](const StoredProfile& a, const StoredProfile& b) {
+    const int order = CompareIgnoringCase(a.profile.name, b.profile.name);
+    return order != 0 ? order < 0 : isOther(a) < isOther(b);
+  });
+  const auto repeats = std::ranges::unique(all, [](const StoredProfile& a, const StoredProfile& b) {
+    return IsNamed(a.profile, b.profile.name);
+  });
+  all.erase(repeats.begin(), repeats.end());
+  return all;
+}
+
+bool Put(const Profile& profile, std::string* why) {
   std::string text;
   return ProfileText(profile, text, why) && Profiles().Write(KeyOf(profile.name), text, why);
+}
+
+// A profile whose name was edited may have the file of this one: it gets its own.
+bool Write(const Profile& profile, std::string* why) {
+  std::string text;
+  Profiles().Read(KeyOf(profile.name), text, nullptr);
+  const auto other = ReadProfile(text, nullptr);
+  if (other && !IsNamed(*other, profile.name) && !Put(*other, why)) return false;
+  return Put(profile, why);
 }
 
 bool TakeName(Profile& profile, const std::string& name, std::string* why) {
   profile.name = CleanViewName(name);
   if (profile.name.empty()) return FailWith(why, "A profile needs a name.");
   return profile.name.size() <= kViewNameBytes || FailWith(why, "This name is too long.");
-}
-
-bool IsBefore(const Profile& a, const Profile& b) {
-  return CompareIgnoringCase(a.name, b.name) < 0;
 }
 
 }  // namespace
@@ -82,9 +117,12 @@ std::optional<StoredView> ReadStoredView(const std::string& source, std::string*
     view = ReadView(text, &reason);
     if (!view) reason.insert(0, files.PathOf(source) + ": ");
   }
-  if (view && view->source == source) return view;
+  if (view && view->source == ReplaceMalformed(source)) {
+    view->source = source;
+    return view;
+  }
   if (view) return std::nullopt;
-  files.PutAside(source);
+  files.PutAside(source, text);
   return FailWith(why, reason, std::optional<StoredView>());
 }
 
@@ -97,17 +135,20 @@ bool StoreView(const StoredView& view, std::string* why, const NotesSteps& steps
 
 std::vector<Profile> ReadProfiles() {
   std::vector<Profile> profiles;
-  for (const std::string& text : Profiles().Texts(kProfilesMax))
-    if (auto profile = ReadProfile(text, nullptr)) profiles.push_back(std::move(*profile));
-  std::ranges::sort(profiles, IsBefore);
+  for (StoredProfile& each : AllProfiles()) profiles.push_back(std::move(each.profile));
+  if (profiles.size() > kProfilesMax) profiles.resize(kProfilesMax);
   return profiles;
 }
 
 std::optional<Profile> FindProfile(const std::string& name) {
+  const std::string clean = CleanViewName(name);
   std::string text;
-  if (Profiles().Read(KeyOf(CleanViewName(name)), text, nullptr) != KeptFiles::Found::Text)
-    return std::nullopt;
-  return ReadProfile(text, nullptr);
+  Profiles().Read(KeyOf(clean), text, nullptr);
+  if (auto profile = ReadProfile(text, nullptr); profile && IsNamed(*profile, clean))
+    return profile;
+  for (StoredProfile& each : AllProfiles())
+    if (IsNamed(each.profile, clean)) return std::move(each.profile);
+  return std::nullopt;
 }
 
 bool KeepProfile(Profile profile, std::string* why) {
@@ -118,13 +159,17 @@ bool KeepProfile(Profile profile, std::string* why) {
 }
 
 void DeleteProfile(const std::string& name) {
-  Profiles().Remove(KeyOf(CleanViewName(name)));
+  const std::string clean = CleanViewName(name);
+  Profiles().ForEach([&clean](const std::string& path, const std::string& text) {
+    const auto profile = ReadProfile(text, nullptr);
+    if (profile && IsNamed(*profile, clean)) unlink(path.c_str());
+  });
 }
 
 bool RenameProfile(const std::string& from, const std::string& to, std::string* why) {
   std::optional<Profile> profile = FindProfile(from);
   if (!profile) return FailWith(why, "There is no profile of this name.");
-  const bool same = CompareIgnoringCase(from, CleanViewName(to)) == 0;
+  const bool same = CompareIgnoringCase(CleanViewName(from), CleanViewName(to)) == 0;
   if (!same && FindProfile(to)) return FailWith(why, "There is a profile of this name already.");
   // The new one first: a program that ends in between leaves both.
   if (!TakeName(*profile, to, why) || !Write(*profile, why)) return false;

@@ -117,6 +117,7 @@ bool SaveProfile(const std::string& path, const Profile& profile, std::string* w
 }
 
 std::string CleanViewName(std::string name) {
+  name = ReplaceMalformed(name);
   for (char& c : name)
     if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = ' ';
   const std::size_t first = name.find_first_not_of(' ');

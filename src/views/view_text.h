@@ -44,5 +44,5 @@ std::optional<Profile> LoadProfile(const std::string& path, std::string* why);
 // A new file that gets its name when it is complete.
 bool SaveProfile(const std::string& path, const Profile& profile, std::string* why);
 
-// Without line ends and blanks around it; empty: no name is left.
+// Well-formed, without line ends and blanks around it; empty: no name is left.
 std::string CleanViewName(std::string name);

@@ -46,7 +46,7 @@ Forwarder::Forwarder(asio::io_context& io, Machine machine, std::string keysFold
 void Forwarder::NewStreamId() {
   m_streamId.resize(16);
   RAND_bytes(reinterpret_cast<unsigned char*>(m_streamId.data()), 16);
-  m_base = 0;
+  m_kept.BeginAnew();
   m_keptSent = false;
 }
 
@@ -85,8 +85,7 @@ void Forwarder::OnBatch(const SharedBatch& batch) {
 }
 
 void Forwarder::LogUnconfirmed() const {
-  std::uint64_t traces = m_queue.WaitingTraces();
-  for (const Kept& kept : m_kept) traces += kept.batch->traces;
+  const std::uint64_t traces = m_queue.WaitingTraces() + m_kept.Traces();
   if (traces == 0) return;
   Log(LogLevel::Warning, "ending with " + std::to_string(traces) + " traces that " + m_name +
                              " is not known to have: it counts those that do not arrive as lost" +
@@ -188,16 +187,12 @@ void Forwarder::AskToForward() {
 }
 
 bool Forwarder::BeginStream(std::uint64_t taken) {
-  if (taken < m_base) {
+  if (taken < m_kept.Taken()) {
     // The other side was restarted and does not know this stream: begin a new one with the frames
     // that never arrived.
+    m_queue.Restart(m_kept.Withdraw());
     NewStreamId();
-    std::vector<SharedBatch> again;
-    for (const Kept& kept : m_kept) again.push_back(kept.batch);
-    m_kept.clear();
-    m_inFlight = 0;
     m_earlierReported = 0;
-    m_queue.Restart(again);
     AskToForward();
     return true;
   }
@@ -219,27 +214,25 @@ bool Forwarder::BeginStream(std::uint64_t taken) {
 }
 
 bool Forwarder::DropTaken(std::uint64_t taken) {
-  if (taken < m_base || taken - m_base > m_kept.size()) return false;
-  for (; m_base < taken; ++m_base) {
-    m_inFlight -= m_kept.front().Bytes();
-    for (const SourceDelta& delta : m_kept.front().batch->sources)
+  const auto note = [](const Batch& batch) {
+    for (const SourceDelta& delta : batch.sources)
       CountForwarded(*delta.source, delta.traces + delta.lost);
-    m_kept.pop_front();
-  }
+  };
+  if (!m_kept.Take(taken, note)) return false;
   Pump();
   RenewNames();
   return true;
 }
 
 bool Forwarder::IsIdle() const {
-  return !m_hub.HasSources() && !m_hub.HasOpenBatch() && m_kept.empty() && m_queue.IsEmpty() &&
+  return !m_hub.HasSources() && !m_hub.HasOpenBatch() && m_kept.IsEmpty() && m_queue.IsEmpty() &&
          m_earlier.empty();
 }
 
 // Processes that come and go use the names up in days, and the stream of this hub never ends.
 void Forwarder::RenewNames() {
   if (m_state != State::Up || !m_hub.Names().IsFull()) return;
-  if (m_hub.HasOpenBatch() || !m_kept.empty() || !m_queue.IsEmpty()) return;
+  if (m_hub.HasOpenBatch() || !m_kept.IsEmpty() || !m_queue.IsEmpty()) return;
   m_hub.Remove(*this);
   m_hub.Add(*this);
   NewStreamId();
@@ -271,7 +264,7 @@ void Forwarder::ConfirmEarlier() {
 }
 
 void Forwarder::SendKept() {
-  for (const Kept& kept : m_kept) {
+  for (const Outgoing& kept : m_kept.Frames()) {
     m_connection->SendData(kept.names, kept.records);
     m_connection->Send(FrameType::Ledger, kept.ledger);
   }
@@ -279,10 +272,9 @@ void Forwarder::SendKept() {
 
 void Forwarder::Pump() {
   Outgoing out;
-  while (m_state == State::Up && m_inFlight < kWindowBytes && m_queue.Next(out)) {
+  while (m_state == State::Up && m_kept.Bytes() < kWindowBytes && m_queue.Next(out)) {
     if (!out.records->empty()) {
-      m_kept.push_back({out.batch, out.names, out.records, out.ledger});
-      m_inFlight += m_kept.back().Bytes();
+      m_kept.Keep(out);
       m_connection->SendData(out.names, out.records);
     }
     m_connection->Send(FrameType::Ledger, out.ledger);

@@ -18,6 +18,7 @@
 
 #include "quor/hub/hub.h"
 #include "quor/hub/stream_queue.h"
+#include "quor/kept/kept_frames.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/machine.h"
 
@@ -63,12 +64,6 @@ class Forwarder final : public HubStream,
   void NewStreamId();
   void RenewNames();
 
-  struct Kept {
-    SharedBatch batch;
-    SharedBytes names, records;
-    quor::wire::Ledger ledger;
-    std::size_t Bytes() const { return records->size() + (names ? names->size() : 0); }
-  };
   // A source of an earlier service: how much of it had arrived, as far as that service knew, and
   // how much there was. The other side computes what is missing.
   struct EarlierSource {
@@ -91,10 +86,8 @@ class Forwarder final : public HubStream,
   std::chrono::milliseconds m_pause{};
   std::string m_loggedReason;
   std::string m_streamId;
-  std::deque<Kept> m_kept;  // sent and not confirmed
+  KeptFrames m_kept;  // data frames, sent and not confirmed
   std::deque<EarlierSource> m_earlier;
   std::size_t m_earlierReported = 0;           // how many were sent over this connection
-  std::uint64_t m_base = 0;                    // data frames of this stream that were confirmed
-  std::uint64_t m_inFlight = 0;                // bytes of m_kept, without ledgers
   bool m_stopped = false, m_keptSent = false;  // over this connection and stream
 };

@@ -39,18 +39,18 @@ void BatchBuilder::Append(const std::shared_ptr<Source>& source, Bytes record, c
   StoreBe32(copy + TraceAt::kCount, number);
   StoreIds(copy, ids);
   if (!m_hasLastIds || ids != m_lastIds) Use(ids);
-  if (number == kNoSequenceNumber) return;
   SourceDelta& delta = DeltaOf(source);
+  NoteRun(delta);
+  if (number == kNoSequenceNumber) return;
   ++delta.traces;
   ++m_batch->traces;
-  NoteRun(delta);
 }
 
 void BatchBuilder::NoteRun(const SourceDelta& delta) {
   const auto place = static_cast<std::uint32_t>(&delta - m_batch->sources.data());
   std::vector<SourceRun>& runs = m_batch->runs;
   if (runs.empty() || runs.back().source != place) runs.push_back({place, 0});
-  ++runs.back().traces;
+  ++runs.back().records;
 }
 
 void BatchBuilder::AppendLoss(const std::shared_ptr<Source>& source, std::uint64_t lost,

@@ -31,9 +31,9 @@ struct SourceDelta {
   std::shared_ptr<const void> way = source->way;
 };
 
-// So many records with a number, one behind the other, are of sources[source].
+// So many records, one behind the other, are of sources[source].
 struct SourceRun {
-  std::uint32_t source, traces;
+  std::uint32_t source, records;
 };
 
 struct Batch {

@@ -60,6 +60,12 @@ void StreamQueue::DropOldest() {
 }
 
 SharedBatch StreamQueue::TakeNext() {
+  if (!m_again.empty()) {
+    SharedBatch first = std::move(m_again.front());
+    m_again.pop_front();
+    m_traces -= first->traces;
+    return first;
+  }
   if (!m_losses.IsEmpty()) return m_losses.Take(m_names, m_limits.oneSourceEach, m_gapReason);
   SharedBatch batch = std::move(m_batches.front());
   m_batches.pop_front();
@@ -116,8 +122,7 @@ void StreamQueue::Restart(const std::vector<SharedBatch>& again) {
       m_ledger.try_emplace(delta.source.get(), whole).first->second.began -=
           delta.traces + delta.withheld + delta.lost;
     }
-    m_bytes += Cost(**batch);
     m_traces += (*batch)->traces;
-    m_batches.push_front(*batch);
+    m_again.push_front(*batch);
   }
 }

@@ -5,7 +5,8 @@
 //          outgoing batch comes with the names that this stream has not sent yet, and with the
 //          ledger of its sources: serial = where the stream began + delivered + withheld + lost.
 // Owner    Shares the batches.
-// Errors   A full queue drops its oldest batches. The record of these losses is bounded as well.
+// Errors   A full queue drops its oldest batches, but none that comes again: the other side knows
+//          its place in the stream. The record of these losses is bounded as well.
 // Threads  One.
 #pragma once
 
@@ -45,12 +46,13 @@ class StreamQueue {
   void Pause() { m_paused = true; }
   void Resume() { m_paused = false; }
   bool IsPaused() const { return m_paused; }
-  bool IsEmpty() const { return m_batches.empty() && m_losses.IsEmpty(); }
+  bool IsEmpty() const { return m_batches.empty() && m_losses.IsEmpty() && m_again.empty(); }
+  bool HasAgain() const { return !m_again.empty(); }
   std::size_t WaitingBytes() const { return m_bytes; }
   std::uint64_t WaitingTraces() const { return m_traces; }
   std::uint64_t Dropped() const { return m_dropped; }  // traces, since it was made
   // The other side knows nothing of this stream any more: it starts again, with these batches,
-  // which were sent and did not arrive.
+  // which were sent and did not arrive. They come first, also before what was dropped after them.
   void Restart(const std::vector<SharedBatch>& again);
 
  private:
@@ -67,6 +69,7 @@ class StreamQueue {
 
   HubNames& m_names;
   const StreamLimits m_limits;
+  std::deque<SharedBatch> m_again;
   std::deque<SharedBatch> m_batches;
   StreamLosses m_losses;  // dropped before the first batch
   const char* m_gapReason = "";

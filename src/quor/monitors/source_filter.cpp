@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/thread_time.h"
+#include "quor/hub/batch_records.h"
 #include "quor/log/log.h"
 #include "records/raw_trace.h"
 
@@ -13,41 +14,9 @@ constexpr std::size_t kRecordsPerClock = 64;
 // A client may hand over one text after the other.
 constexpr std::chrono::minutes kReportAgain{10};
 
-// Calls `take(record)` for each record, without its tag.
-template <class Take>
-void ForEachRecord(const Batch& batch, Take&& take) {
-  const std::uint8_t* at = batch.records.data();
-  const std::uint8_t* const end = at + batch.records.size();
-  while (at != end) {
-    at += kTagBytes;
-    const std::size_t bytes = RawHubTrace(at).Size();
-    take(Bytes(at, bytes));
-    at += bytes;
-  }
-}
-
 bool HasNumber(Bytes record) {
   return RawHubTrace(record.data()).SequenceNumber() != kNoSequenceNumber;
 }
-
-// Which source each record with a number is of.
-class Runs {
- public:
-  explicit Runs(const Batch& batch) : m_batch(batch) {}
-  std::size_t Next() {
-    const SourceRun& run = m_batch.runs[m_run];
-    if (++m_taken == run.traces) {
-      ++m_run;
-      m_taken = 0;
-    }
-    return run.source;
-  }
-
- private:
-  const Batch& m_batch;
-  std::size_t m_run = 0;
-  std::uint32_t m_taken = 0;
-};
 
 }  // namespace
 
@@ -145,13 +114,12 @@ bool SourceFilter::Passes(const std::uint8_t* record) {
 SharedBatch SourceFilter::Rest(const Batch& batch) const {
   BatchBuilder builder(m_means.names);
   std::vector<std::uint64_t> withheld(batch.sources.size());
-  Runs runs(batch);
+  SourceOfRecord sources(batch);
   std::size_t place = 0;
   ForEachRecord(batch, [&](Bytes record) {
     const RawHubTrace raw(record.data());
     const bool passes = m_passes[place++];
-    if (!HasNumber(record)) return builder.Append(nullptr, record, raw.Ids(), kNoSequenceNumber);
-    const std::size_t source = runs.Next();
+    const std::size_t source = sources.Next();
     if (passes)
       builder.Append(batch.sources[source].source, record, raw.Ids(), raw.SequenceNumber());
     else

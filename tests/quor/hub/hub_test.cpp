@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "hub_fixture.h"
+#include "quor/hub/batch_records.h"
 
 namespace {
 
@@ -306,6 +307,67 @@ TEST(StreamQueue, AStreamThatBeginsAnewHasEveryNameAgainAndCountsFromThere) {
   ASSERT_EQ(out.ledger.sources_size(), 1);
   EXPECT_EQ(out.ledger.sources(0).serial(), 2u);
   EXPECT_EQ(out.ledger.sources(0).delivered(), 1u);  // the first was there before this stream
+}
+
+// Otherwise a frame that comes again would have other numbers than at first.
+TEST(StreamQueue, WhatComesAgainStandsBeforeWhatWasDroppedAfterItAndIsNeverDropped) {
+  Hub hub(HubBatches::OfOneSource);
+  FedSource one(hub, "orders");
+  TakingStream stream(hub, {1u << 14, 0, "broken", true});
+  std::vector<SharedBatch> sent;
+  Outgoing out;
+  for (int i = 0; i < 3; ++i) {
+    one.Trace("sent " + std::to_string(i));
+    stream.Deliver();
+    ASSERT_TRUE(stream.Queue().Next(out));
+    sent.push_back(out.batch);
+  }
+  const auto flood = [&] {
+    for (int i = 0; i < 2000; ++i) {
+      one.Trace("later " + std::to_string(i));
+      stream.Deliver();
+    }
+  };
+  flood();
+  stream.Queue().Restart(sent);
+  flood();
+  for (std::uint64_t i = 0; i < 3; ++i) {
+    ASSERT_TRUE(stream.Queue().HasAgain());
+    ASSERT_TRUE(stream.Queue().Next(out));
+    EXPECT_EQ(out.batch, sent[i]);
+    ASSERT_EQ(out.ledger.sources_size(), 1);
+    EXPECT_EQ(out.ledger.sources(0).serial(), i + 1);
+    EXPECT_EQ(out.ledger.sources(0).delivered(), i + 1);
+  }
+  EXPECT_FALSE(stream.Queue().HasAgain());
+  ASSERT_TRUE(stream.Queue().Next(out));
+  EXPECT_GT(out.ledger.sources(0).lost(), 2000u) << "the losses stand in their place";
+  while (stream.Queue().Next(out)) continue;
+  EXPECT_EQ(out.ledger.sources(0).serial(), 4003u);
+}
+
+TEST(Batch, KnowsTheSourceOfEachOfItsRecordsAlsoOfReports) {
+  Hub hub;
+  FedSource one(hub, "orders", 1), two(hub, "billing", 2);
+  SharedBatch batch;
+  TakingStream stream(hub);
+  stream.change = [&](const SharedBatch& got) { return batch = got; };
+  one.Trace("a");
+  two.Lose(3, "gone");
+  one.Trace("b");
+  one.Lose(1, "gone");
+  two.Trace("c");
+  stream.Deliver();
+  ASSERT_NE(batch, nullptr);
+  std::string seen;
+  SourceOfRecord sources(*batch);
+  ForEachRecord(*batch, [&](Bytes record) {
+    seen += batch->sources[sources.Next()].source->app + ": " +
+            std::string(RawHubTrace(record.data()).Text()) + "\n";
+  });
+  EXPECT_EQ(seen,
+            "orders: a\nbilling: 3 traces lost: gone\norders: b\norders: 1 traces lost: gone\n"
+            "billing: c\n");
 }
 
 // So many that the hub forgets those that ended before.

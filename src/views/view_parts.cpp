@@ -175,3 +175,8 @@ bool ReadFlagPart(const Json& json, const char* name, bool& flag, std::string* w
   flag = member && member->is_boolean() && member->get<bool>();
   return !member || member->is_boolean() || Wrong(why, name);
 }
+
+bool ReadNumberPart(const Json& json, const char* name, std::uint64_t& number, std::string* why) {
+  const Json* const member = Member(json, name);
+  return !member || ReadNumber(member, number) || Wrong(why, name);
+}

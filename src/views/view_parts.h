@@ -20,5 +20,7 @@ bool ReadPrintPart(const nlohmann::json& json, FilePrint& print, std::string* wh
 // A member that must be there.
 bool ReadTextPart(const nlohmann::json& json, const char* name, std::size_t longest,
                   std::string& text, std::string* why);
-// Without the member: false.
+// Without the member: false, or 0.
 bool ReadFlagPart(const nlohmann::json& json, const char* name, bool& flag, std::string* why);
+bool ReadNumberPart(const nlohmann::json& json, const char* name, std::uint64_t& number,
+                    std::string* why);

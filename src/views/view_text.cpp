@@ -56,6 +56,7 @@ bool ViewText(const StoredView& view, std::string& text, std::string* why) {
   json["source"] = view.source;
   if (!view.file.heads.empty()) json["file"] = PartOfPrint(view.file);
   if (view.onTrial) json["on-trial"] = true;
+  if (view.program != 0) json["program"] = view.program;
   return AddStateParts(json, view.state, why) && TextOf(json, text, why);
 }
 
@@ -73,6 +74,7 @@ std::optional<StoredView> ReadView(std::string_view text, std::string* why) {
                     ReadTextPart(json, "source", kViewFilterBytes, view.source, &reason) &&
                     ReadPrintPart(json, view.file, &reason) &&
                     ReadFlagPart(json, "on-trial", view.onTrial, &reason) &&
+                    ReadNumberPart(json, "program", view.program, &reason) &&
                     ReadStateParts(json, view.state, &reason);
   if (!read) return FailWith(why, reason, std::optional<StoredView>());
   return view;

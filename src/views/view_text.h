@@ -21,9 +21,8 @@ struct StoredView {
   std::string source = {};  // the path of the file, or "monitor:" and the machine
   FilePrint file = {};      // of a monitor: nothing
   ViewState state = {};
-  // It was being applied when this was written. Somebody who finds this later knows that the
-  // program did not come to the end of that.
-  bool onTrial = false;
+  bool onTrial = false;       // it was being applied when this was written (view_trial.h)
+  std::uint64_t program = 0;  // the process that did so; 0: not known
   bool operator==(const StoredView&) const = default;
 };
 

@@ -34,8 +34,8 @@ class RowColumns {
 
   // From left to right.
   std::vector<ViewColumn> State() const;
-  // Those that are not mentioned come last and stay as they are. Nothing is stored. Returns the
-  // headers that no column has.
+  // Those that are not mentioned come last and stay as they are. If none would be shown, those that
+  // are shown stay. Nothing is stored. Returns the headers that no column has.
   std::vector<std::string> SetState(const std::vector<ViewColumn>& columns);
   std::vector<ViewColumn> Standard() const;  // the state of a new list
   bool AreOwn() const { return !m_own.empty(); }

@@ -52,6 +52,7 @@ std::vector<std::string> RowColumns::SetState(const std::vector<ViewColumn>& col
   std::vector<bool> own = ShownByProgram();
   for (std::size_t index = 0; index < own.size(); ++index)
     own[index] = IsShown(static_cast<Column>(index));
+  const std::vector<bool> before = own;
   ListOrder order;
   std::vector<int> widths;
   for (const ViewColumn& each : columns) {
@@ -64,6 +65,7 @@ std::vector<std::string> RowColumns::SetState(const std::vector<ViewColumn>& col
     order.push_back(static_cast<std::int32_t>(*column));
     widths.push_back(each.widthPx);
   }
+  if (std::ranges::find(own, true) == own.end()) own = before;
   const auto times = own.begin() + kColumnCount;
   m_list.SetRedraw(false);
   if (!HasTimes() && std::find(times, own.end(), true) != own.end()) InsertTimes();

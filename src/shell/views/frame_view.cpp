@@ -9,6 +9,7 @@
 #include "shell/filterline/frame_filter.h"
 #include "shell/views/focused_row.h"
 #include "views/stored_views.h"
+#include "views/view_trial.h"
 
 namespace {
 
@@ -68,7 +69,7 @@ void FrameView::OnShown() {
   if (!why.empty()) m_frame.ShowNotice("The view did not come back: " + why);
   if (!m_view) return;
   ApplyLook(m_view->state);
-  if (m_view->onTrial) {
+  if (HasFailedTrial(*m_view)) {
     m_frame.ShowNotice("The view did not come back: the program ended while it was applied");
     m_view.reset();
     return;
@@ -92,7 +93,8 @@ void FrameView::StopWatching() {
 bool FrameView::HasUserActed() const {
   const TracePane* const pane = m_frame.ShownPane();
   const FilterLine& line = m_frame.Filter().Line();
-  return m_frame.IsTreeShown() || !line.Text().empty() || (pane && !pane->m_filter.ShowsAll());
+  return m_chosen || m_frame.IsTreeShown() || !line.Text().empty() ||
+         (pane && !pane->m_filter.ShowsAll());
 }
 
 void FrameView::Restore() {
@@ -105,9 +107,7 @@ void FrameView::Restore() {
                        !view->state.tree.value_or(false);
   if (nothing) return;
   m_view = view;
-  StoredView trial = *view;
-  trial.onTrial = true;
-  StoreView(trial, nullptr);
+  BeginViewTrial(m_source);
   m_trial = std::make_unique<HostTimer>(document->GetHost(), kLookMs, [this] { EndTrial(); });
   RestoreTraces(*view);
 }
@@ -125,7 +125,7 @@ void FrameView::RestoreTraces(const StoredView& view) {
 void FrameView::EndTrial() {
   const TracePane* const pane = m_frame.ShownPane();
   if (pane && pane->FilterProgress()) return;
-  if (m_view) StoreView(*m_view, nullptr);
+  EndViewTrial(m_source);
   m_view.reset();
   m_trial.reset();
 }
@@ -139,14 +139,21 @@ void FrameView::GoToRow(const ViewRow& row) {
 
 void FrameView::OnDestroy() {
   StopWatching();
-  m_trial.reset();
+  if (std::exchange(m_trial, nullptr)) EndViewTrial(m_source);
   const CTraceDoc* const document = Document();
-  if (m_view && m_restored) StoreView(*m_view, nullptr);  // no longer on trial
   if (!document || m_source.empty() || !m_restored || !AreViewsRemembered()) return;
+  std::string why;
+  if (!StoreView(Kept(*document), &why)) m_frame.ShowNotice("The view was not kept: " + why);
+}
+
+// While the filter text of the view is being applied, its row has not come back yet.
+StoredView FrameView::Kept(const CTraceDoc& document) const {
   StoredView view{.source = m_source};
-  if (const Bytes file = FileOf(*document); !file.empty()) view.file = PrintOfFile(file);
+  if (const Bytes file = FileOf(document); !file.empty()) view.file = PrintOfFile(file);
   view.state = Collect();
-  StoreView(view, nullptr);
+  const bool comes = m_view && m_view->state.filter.value_or("") == view.state.filter;
+  if (comes && !view.state.row) view.state.row = m_view->state.row;
+  return view;
 }
 
 // ---- the state of the window
@@ -162,13 +169,14 @@ ViewState FrameView::Collect() const {
   state.tree = m_frame.IsTreeShown();
   state.panes = m_frame.OpenPanes();
   const CTraceDoc& document = list->Document();
-  if (!document.m_loading && !document.IsStream())
+  if (!document.m_loading && !FileOf(document).empty())
     state.row = RowOf(pane->CurrentEvent(), document.m_traces);
   return state;
 }
 
 std::string FrameView::Apply(const ViewState& state) {
   if (!m_frame.ListView()) return "There is no window for it.\n";
+  m_chosen = true;
   return ApplyLook(state) + ApplyFilter(state) + ApplyTree(state);
 }
 

@@ -3,12 +3,16 @@
 //
 // Order    Columns, colours and panes when the window opens; the rest when the file has been
 //          loaded: first the filter text, then the row, last the tree. What the user has done
-//          meanwhile stays. A monitor gets all at once, and has no row.
+//          meanwhile stays, a profile that he has applied too. A monitor gets all at once, and has
+//          no row.
+// Panes    Those of the view and no others, also if the settings open others. Where the view says
+//          nothing about panes, those of the settings stay.
 // Another  A file that is not the one that was known gets its columns and colours alone. So does
 //          one whose view was being applied when the program ended last: it may have been the
 //          reason.
 // Kept     When the window closes, unless its view has not come back yet. Of several windows of a
-//          document the last one that closes counts; the first one gets the view.
+//          document, and of several programs, the last one that closes counts; the first one gets
+//          the view.
 // Off      Nothing is read, applied or kept.
 // Owner    The frame owns it. It borrows the frame and its views.
 // Threads  Interface thread.
@@ -37,7 +41,7 @@ class FrameView final : private PaneWatcher {
   void OnDestroy();
 
   ViewState Collect() const;
-  // Gives what could not be applied, a line for each; empty: all was.
+  // By the user. Gives what could not be applied, a line for each; empty: all was.
   std::string Apply(const ViewState& state);
   // The columns and colours of a new window, all traces.
   void ApplyStandard();
@@ -49,6 +53,7 @@ class FrameView final : private PaneWatcher {
   void RestoreTraces(const StoredView& view);
   void EndTrial();
   bool HasUserActed() const;
+  StoredView Kept(const CTraceDoc& document) const;
   std::string ApplyLook(const ViewState& state);
   std::string ApplyFilter(const ViewState& state);
   std::string ApplyTree(const ViewState& state);
@@ -58,7 +63,8 @@ class FrameView final : private PaneWatcher {
   ViewedFrame& m_frame;
   PostedStep m_loaded;  // the views know it too by then
   bool m_shown = false, m_watches = false, m_restored = false;
+  bool m_chosen = false;             // the user has applied something
   std::string m_source;              // empty: its view does not come back
-  std::optional<StoredView> m_view;  // that is to come back, or is on trial
+  std::optional<StoredView> m_view;  // that is to come back, or is on trial by this window
   std::unique_ptr<HostTimer> m_trial;
 };

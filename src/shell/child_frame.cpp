@@ -68,7 +68,9 @@ void CTraceChildFrame::MapHits() {
   AddBeside(ID_EDIT_LISTHITS, nullptr, [this] {
     return std::make_unique<HitsPane>(
         GetHost(),
-        [this](RowListOwner& owner) { return m_main.Tessera().Faces().CreateRowList(owner); },
+        [this](RowListOwner& owner) {
+          return m_main.Tessera().Faces().CreateSideRows(owner, "Hits");
+        },
         [this] { m_beside.OnEscape(); });
   });
 }

@@ -70,11 +70,12 @@ void DetailsPane::Look() {
   m_face->Update();
 }
 
-// What was trimmed stays to be read by the user.
+// What was trimmed stays to be read by the user, until he clears all.
 void DetailsPane::Leave() {
   m_event = m_above = nullptr;
   m_standing.reset();
-  if (m_state != State::Shown) return;
+  const bool cleared = m_pane->Document().m_traces.Generation() != m_generation;
+  if (m_state == State::None || (m_state == State::Trimmed && !cleared)) return;
   m_state = State::None;
   m_rows.clear();
   m_text.clear();

@@ -141,6 +141,20 @@ TEST_F(DetailsPaneTest, AfterAClearNothingIsLeft) {
   EXPECT_EQ(m_face->m_rows + m_face->m_text, "");
 }
 
+TEST_F(DetailsPaneTest, AClearTakesAlsoWhatWasTrimmedBefore) {
+  At(Add({.text = "a"}));
+  CTraceHint hint(m_document.m_traces.back());
+  m_pane.OnUpdate(nullptr, kHintTrimmed, &hint);
+  m_document.m_traces.PopFront();
+  m_host.RunPosted();
+  EXPECT_EQ(m_face->m_text, "a");
+  m_document.m_traces.Clear();
+  m_pane.OnUpdate(nullptr, kHintReady, nullptr);
+  m_host.RunPosted();
+  EXPECT_EQ(m_face->m_message, "No trace has the focus");
+  EXPECT_EQ(m_face->m_rows + m_face->m_text, "");
+}
+
 TEST_F(DetailsPaneTest, AnotherZoneOfTimesIsShownAtOnce) {
   At(Add({.text = "a"}));
   const int before = m_face->m_updates;

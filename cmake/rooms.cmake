@@ -11,6 +11,14 @@
 # tessera_tests(PATH [DEPENDS room...] [LINK target...] [ENVIRONMENT VAR=VALUE...])
 #   One test program from tests/PATH/*_test.cpp, with the fakes and builders of tests/support.
 
+# When it instruments, GCC 12 wrongly reports that empty optionals, functions and pointers to members
+# are read.
+function(tessera_without_false_warnings target)
+  if(TESSERA_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+  endif()
+endfunction()
+
 function(tessera_room path)
   cmake_parse_arguments(ROOM "QT" "" "DEPENDS;LINK" ${ARGN})
   string(REPLACE "/" "_" id ${path})
@@ -29,6 +37,7 @@ function(tessera_room path)
     target_link_libraries(${id} PUBLIC ${ROOM_DEPENDS} ${ROOM_LINK} PRIVATE tessera_compiler)
     if(ROOM_QT)
       set_target_properties(${id} PROPERTIES AUTOMOC ON)
+      tessera_without_false_warnings(${id})
     endif()
   else()
     add_library(${id} INTERFACE)
@@ -60,11 +69,8 @@ function(tessera_tests path)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # With several sources in one unit GCC takes their unnamed namespaces for those of a header.
     target_compile_options(${id}_tests PRIVATE -Wno-subobject-linkage)
-    if(TESSERA_SANITIZE)
-      # When it instruments, GCC 12 wrongly reports that empty optionals and functions are read.
-      target_compile_options(${id}_tests PRIVATE -Wno-maybe-uninitialized)
-    endif()
   endif()
+  tessera_without_false_warnings(${id}_tests)
   add_test(NAME ${path} COMMAND ${id}_tests)
   set_tests_properties(${path} PROPERTIES TIMEOUT ${TESSERA_TEST_SECONDS} ENVIRONMENT "${T_ENVIRONMENT}")
 endfunction()

@@ -5,6 +5,7 @@
     screen_reader.py rows                  how many rows the list in front has
     screen_reader.py headers               its columns, parted by commas
     screen_reader.py cell ROW COLUMN       what a cell says, by its column's header
+    screen_reader.py cells TABLE           all cells of a table, a row a line, parted by "|"
     screen_reader.py select ROW            selects one more row
     screen_reader.py selected              the selected rows, parted by commas
     screen_reader.py row ROW               "focused", "selected", both with a blank between, or ""
@@ -83,6 +84,13 @@ def cell(row, column):
     return Atspi.Table.get_accessible_at(table, int(row), headers(table).index(column)).get_name()
 
 
+def cells(name):
+    table = with_role("table", name)
+    columns = range(Atspi.Table.get_n_columns(table))
+    return "\n".join("|".join(Atspi.Table.get_accessible_at(table, row, column).get_name() for column in columns)
+                     for row in range(Atspi.Table.get_n_rows(table)))
+
+
 def row(number):
     states = Atspi.Table.get_accessible_at(the_list(), int(number), 0).get_state_set()
     return " ".join(word for word, state in (("focused", Atspi.StateType.FOCUSED),
@@ -149,6 +157,7 @@ QUESTIONS = {
     "rows": lambda: Atspi.Table.get_n_rows(the_list()),
     "headers": lambda: ",".join(headers(the_list())),
     "cell": cell,
+    "cells": cells,
     "select": lambda row: Atspi.Table.add_row_selection(the_list(), int(row)),
     "selected": lambda: ",".join(str(row) for row in Atspi.Table.get_selected_rows(the_list())),
     "row": row,

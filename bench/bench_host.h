@@ -22,6 +22,7 @@ class BenchHost final : public Host {
     return dialog.Result();
   }
   std::unique_ptr<DialogFace> ShowModeless(CDialog&) override { return nullptr; }
+  bool PutOnClipboard(const std::string&) override { return false; }
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
   TimerId SetTimer(unsigned, std::function<void()> tick) override {

@@ -1,9 +1,7 @@
 // Which of 40 colour rules holds for the traces of a page, at first sight of the page and when it
 // comes back, beside the making of the page's cells.
-#include "bench/bench_host.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "listview/cells/cell_text.h"
 #include "where/colours/colour_judge.h"
 
@@ -78,10 +76,8 @@ void Report(const std::string& what, const Measured& measured) {
 }  // namespace
 
 int main(int, char** arguments) {
-  BenchHost host;
-  CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(SampleFile(arguments[0]))) return 2;
-  host.RunUntil([&] { return !document.m_loading; });
+  SampleDocument sample(arguments[0]);
+  CTraceFileDoc& document = sample.document;
   ColourJudge judge(FortyRules(), document.m_names);
   std::size_t sum = 0;
   Report("40 colour rules, pages that are new", MeasureBeside(

@@ -1,8 +1,6 @@
 // Testing every trace of a file against a filter, compared with a loop that only reads the ids.
-#include "bench/bench_host.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "listview/rows/row_store.h"
 #include "tree/filter/filter_pass.h"
 
@@ -39,11 +37,8 @@ void Measure(const char* what, const TraceList_t& traces, CTraceFilter filter) {
 }  // namespace
 
 int main(int, char** argv) {
-  const std::string path = SampleFile(argv[0]);
-  BenchHost host;
-  CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(path)) return 2;
-  host.RunUntil([&] { return !document.m_loading; });
+  SampleDocument sample(argv[0]);
+  CTraceFileDoc& document = sample.document;
 
   CTraceFilter all;
   all.MergeDocumentNames(document);

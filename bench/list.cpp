@@ -4,11 +4,9 @@
 // with 5,000 traces held, because no step of it may grow with the number of traces.
 #include <QApplication>
 
-#include "bench/bench_host.h"
 #include "bench/live_document.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "listview/rows/trace_view.h"
 #include "listview/rows/ui/trace_rows.h"
 
@@ -28,8 +26,7 @@ QtRowList& Show(CTraceView& view) {
 
 void ShowLargeFile(BenchHost& host, const std::string& path) {
   CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(path)) std::exit(2);
-  host.RunUntil([&] { return !document.m_loading; });
+  LoadInto(host, document, path);
   CTraceView view(document, MakeQtList());
   view.OnInitialUpdate();
   QtRowList& list = Show(view);

@@ -5,10 +5,8 @@
 #include <cstdint>
 
 #include "base/mapped_file.h"
-#include "bench/bench_host.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "listview/rows/row_store.h"
 #include "records/trc_walk.h"
 
@@ -46,8 +44,7 @@ void Cat(const std::string& path) {
 
 std::size_t Load(BenchHost& host, const std::string& path) {
   CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(path)) std::exit(2);
-  host.RunUntil([&] { return !document.m_loading; });
+  LoadInto(host, document, path);
   const std::size_t count = document.m_traces.size();
   document.DeleteContents();
   return count;
@@ -71,8 +68,7 @@ int main(int, char** argv) {
            1.2);
 
   CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(path)) return 2;
-  host.RunUntil([&] { return !document.m_loading; });
+  LoadInto(host, document, path);
   RowStore rows(document.m_traces);
   rows.ShowAll();
   const double bytes = static_cast<double>(document.m_traces.StorageBytes() + rows.StorageBytes());

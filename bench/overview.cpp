@@ -1,9 +1,8 @@
 // Counting all traces of a file into slices of time, compared with reading what is counted; and
 // what the slices of a monitor cost.
-#include "bench/bench_host.h"
+#include "bench/counted_traces.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "overview/far_times.h"
 #include "overview/slice_count.h"
 #include "workers/piece_threads.h"
@@ -12,26 +11,6 @@ namespace {
 
 constexpr int kTurns = 7;
 constexpr double kMostOfReading = 1.5, kMostOfCore = 0.01;
-
-class AllTraces final : public CountedTraces {
- public:
-  explicit AllTraces(const TraceList_t& list) : m_list(list) {}
-  std::size_t Size() const override { return m_list.size(); }
-  std::unique_ptr<Reader> MakeReader() const override { return std::make_unique<Walk>(m_list); }
-
- private:
-  class Walk final : public Reader {
-   public:
-    explicit Walk(const TraceList_t::Reader& list) : m_list(list) {}
-    void Take(std::size_t from, std::size_t end, Events& events) override {
-      m_list.ForEachIn(from, end, [&](const TraceEvent_i* event) { events.push_back(event); });
-    }
-
-   private:
-    const TraceList_t::Reader& m_list;
-  };
-  const TraceList_t::Reader m_list;
-};
 
 std::uint64_t ReadAll(const CTraceDoc& document) {
   std::uint64_t sum = 0;
@@ -137,11 +116,8 @@ void Live(const CTraceDoc& document) {
 }  // namespace
 
 int main(int, char** argv) {
-  const std::string path = SampleFile(argv[0]);
-  BenchHost host;
-  CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(path)) return 2;
-  host.RunUntil([&] { return !document.m_loading; });
+  SampleDocument sample(argv[0]);
+  CTraceFileDoc& document = sample.document;
   PieceTimesPtr times;
   Whole(document, times);
   Zoomed(document, times);

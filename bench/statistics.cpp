@@ -1,10 +1,9 @@
 // Counting all traces of a file by a field, compared with the least work for the same numbers.
 #include <array>
 
-#include "bench/bench_host.h"
+#include "bench/counted_traces.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "statistics/live_counts.h"
 #include "statistics/trace_count.h"
 #include "workers/piece_threads.h"
@@ -13,26 +12,6 @@ namespace {
 
 constexpr int kTurns = 5;
 constexpr double kMostOfIds = 1.5, kMostOfTexts = 3.0, kMostOfCore = 0.01;
-
-class AllTraces final : public CountedTraces {
- public:
-  explicit AllTraces(const TraceList_t& list) : m_list(list) {}
-  std::size_t Size() const override { return m_list.size(); }
-  std::unique_ptr<Reader> MakeReader() const override { return std::make_unique<Walk>(m_list); }
-
- private:
-  class Walk final : public Reader {
-   public:
-    explicit Walk(const TraceList_t::Reader& list) : m_list(list) {}
-    void Take(std::size_t from, std::size_t end, Events& events) override {
-      m_list.ForEachIn(from, end, [&](const TraceEvent_i* event) { events.push_back(event); });
-    }
-
-   private:
-    const TraceList_t::Reader& m_list;
-  };
-  const TraceList_t::Reader m_list;
-};
 
 std::uint64_t ReadIds(const CTraceDoc& document) {
   std::uint64_t sum = 0;
@@ -118,11 +97,8 @@ void Live(const CTraceDoc& document, StatField field) {
 }  // namespace
 
 int main(int, char** argv) {
-  const std::string path = SampleFile(argv[0]);
-  BenchHost host;
-  CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(path)) return 2;
-  host.RunUntil([&] { return !document.m_loading; });
+  SampleDocument sample(argv[0]);
+  CTraceFileDoc& document = sample.document;
 
   for (const StatField field :
        {StatField::Component, StatField::Application, StatField::Severity, StatField::Thread})

@@ -5,20 +5,13 @@
 
 #include <fstream>
 
-#include "bench/bench_host.h"
 #include "bench/live_document.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "docview/view.h"
 #include "tree/proc/model/proc_model.h"
 
 namespace {
-
-void Load(BenchHost& host, CTraceFileDoc& document, const std::string& path) {
-  if (!document.OnOpenDocument(path)) std::exit(2);
-  host.RunUntil([&] { return !document.m_loading; });
-}
 
 double ResidentBytes() {
   std::ifstream statm("/proc/self/statm");
@@ -29,12 +22,12 @@ double ResidentBytes() {
 
 void BuildForFile(BenchHost& host, const std::string& path) {
   CTraceFileDoc document(host);
-  Load(host, document, path);
+  LoadInto(host, document, path);
   CTraceFilter filter;
   int count = 0;
   const auto load = [&] {
     CTraceFileDoc another(host);
-    Load(host, another, path);
+    LoadInto(host, another, path);
   };
   const auto build = [&] {
     ProcModel model(document, filter);

@@ -1,11 +1,9 @@
 // Asking every trace of a file a filter text, compared with the least work for the same answers.
 #include <cstring>
 
-#include "bench/bench_host.h"
 #include "bench/pcre2_peer.h"
 #include "bench/ratio.h"
-#include "bench/sample_file.h"
-#include "documents/trace_file_doc.h"
+#include "bench/sample_document.h"
 #include "panes/trace_scan.h"
 #include "tree/filter/filter_pass.h"
 #include "where/text/where_writer.h"
@@ -212,11 +210,8 @@ std::string SomeComponents(const CTraceDoc& document) {
 }  // namespace
 
 int main(int, char** argv) {
-  const std::string path = SampleFile(argv[0]);
-  BenchHost host;
-  CTraceFileDoc document(host);
-  if (!document.OnOpenDocument(path)) return 2;
-  host.RunUntil([&] { return !document.m_loading; });
+  SampleDocument sample(argv[0]);
+  CTraceFileDoc& document = sample.document;
 
   const std::string components = SomeComponents(document);
   const std::string ids = "severity >= warn and component in {" + components + "}";
@@ -240,7 +235,7 @@ int main(int, char** argv) {
   for (const char* const text :
        {"severity >= warn", "text contains \"snapshot\"", "text matches \"order [0-9]+|cart\"",
         "delta > 1ms", "text contains \"no trace has this\""})
-    OnAllProcessors(host, document, text);
+    OnAllProcessors(sample.host, document, text);
   Pathological();
   return 0;
 }

@@ -59,14 +59,13 @@ class SliceCount::Pieces final : public PieceThreads {
         if (m_all.IsStopped()) return false;
         m_events.clear();
         m_traces->Take(at, std::min(at + m_all.m_perLook, times.end), m_events);
-        for (const TraceEvent_i* const event : m_events) {
-          const SlicedTrace trace = m_reader.Read(*event);
+        m_reader.ReadEach(m_events, [&](const SlicedTrace& trace) {
           m_slices.Add(trace);
-          if (trace.time == TraceTimes::kNone) continue;
+          if (trace.time == TraceTimes::kNone) return;
           ++seen.timed;
           seen.first = std::min(seen.first, trace.time);
           seen.last = std::max(seen.last, trace.time);
-        }
+        });
         seen.withoutTime += static_cast<std::uint32_t>(m_events.size());
       }
       seen.withoutTime -= seen.timed;

@@ -4,6 +4,8 @@
 // Threads  One at a time. LossNames: any.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 #include "overview/time_slices.h"
@@ -33,14 +35,37 @@ class SlicedReader {
 
   SlicedTrace Read(const TraceEvent_i& event) {
     const std::uint8_t* const record = event.Record();
-    if (!record) return ReadOther(event);
-    const RawTrace trace(record);
-    return {m_times.Of(trace.Date(), trace.Time()), StatKey::SeverityOf(trace.Attributes()),
-            m_losses.Has(trace.ComponentId(), trace.CategoryId())};
+    return record ? ReadRecord(RawTrace(record)) : ReadOther(event);
+  }
+  // Calls visit(const SlicedTrace&) for each in order. Records are asked for some traces ahead, so
+  // that the walk does not wait for each.
+  template <class Visit>
+  void ReadEach(const std::vector<const TraceEvent_i*>& events, Visit&& visit) {
+    constexpr std::size_t kAhead = 32;
+    std::array<const std::uint8_t*, kAhead> ahead;
+    const std::size_t size = events.size();
+    for (std::size_t i = 0; i < std::min(kAhead, size); ++i) ahead[i] = Fetch(*events[i]);
+    for (std::size_t i = 0; i < size; ++i) {
+      const std::uint8_t* const record = ahead[i % kAhead];
+      if (i + kAhead < size) ahead[i % kAhead] = Fetch(*events[i + kAhead]);
+      visit(record ? ReadRecord(RawTrace(record)) : ReadOther(*events[i]));
+    }
   }
   const LossNames& Losses() const { return m_losses; }
 
  private:
+  static const std::uint8_t* Fetch(const TraceEvent_i& event) {
+    const std::uint8_t* const record = event.Record();
+    if (record) {
+      __builtin_prefetch(record + TraceAt::kComponent);
+      __builtin_prefetch(record + TraceAt::kAttributes);
+    }
+    return record;
+  }
+  SlicedTrace ReadRecord(const RawTrace& trace) {
+    return {m_times.Of(trace.Date(), trace.Time()), StatKey::SeverityOf(trace.Attributes()),
+            m_losses.Has(trace.ComponentId(), trace.CategoryId())};
+  }
   SlicedTrace ReadOther(const TraceEvent_i& event) {
     return {m_times.Of(event.GetDate(), event.GetTime()),
             StatKey::SeverityOf(event.GetAttributes()),

@@ -52,7 +52,7 @@ class TimeSlices {
   void Add(const SlicedTrace& trace) {
     if (SliceCounts* const slice = SliceOf(trace.time)) {
       ++slice->severities[trace.severity];
-      slice->losses += trace.isLoss;
+      if (trace.isLoss) ++slice->losses;
     }
   }
   // REQUIRES: it was added, and neither the limits nor what it is have changed since.

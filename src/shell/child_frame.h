@@ -47,6 +47,7 @@ class CTraceChildFrame : public CMDIChildWnd, public TreeTextTaker, private View
   FrameFilter& Filter() override { return m_filter; }
   BesidePanes& Beside() { return m_beside; }
   FrameOverview& Overview() { return m_overview; }
+  ViewedFrame& Viewed() { return *this; }
 
  private:
   static constexpr unsigned kOtherPane = 59649;  // of a view that does not show

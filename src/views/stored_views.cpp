@@ -69,10 +69,10 @@ std::vector<StoredProfile> AllProfiles() {
     const int order = CompareIgnoringCase(a.profile.name, b.profile.name);
     return order != 0 ? order < 0 : isOther(a) < isOther(b);
   });
-  const auto repeats = std::ranges::unique(all, [](const StoredProfile& a, const StoredProfile& b) {
+  const auto isRepeat = [](const StoredProfile& a, const StoredProfile& b) {
     return IsNamed(a.profile, b.profile.name);
-  });
-  all.erase(repeats.begin(), repeats.end());
+  };
+  all.erase(std::unique(all.begin(), all.end(), isRepeat), all.end());
   return all;
 }
 

@@ -81,7 +81,7 @@ bool ReadColours(const Json& json, ViewColours& colours, std::string* why) {
   std::string reason;
   auto read = ReadColourRules(rules->dump(), &reason);
   if (!read) return FailWith(why, "colours: " + reason);
-  colours.rules = std::move(*read);
+  if (colours.shown) colours.rules = std::move(*read);
   return true;
 }
 
@@ -161,6 +161,7 @@ bool ReadPrintPart(const Json& json, FilePrint& print, std::string* why) {
     return Wrong(why, "file");
   for (const Json& head : *heads)
     if (!ReadHead(head, print.heads.emplace_back())) return Wrong(why, "file");
+  if (print.heads.empty()) print = {};  // it says nothing
   return true;
 }
 

@@ -63,6 +63,19 @@ bool AskAll(Question& question, State& state) {
   return true;
 }
 
+nlohmann::json TakersOf(const quor::wire::Status& more) {
+  auto takers = nlohmann::json::array();
+  for (const auto& line : more.takers())
+    takers.push_back({{"who", line.who()},
+                      {"connected", line.connected()},
+                      {"secondsAway", line.away()},
+                      {"frames", line.frames()},
+                      {"keptTraces", line.traces()},
+                      {"keptBytes", line.bytes()},
+                      {"dropped", line.dropped()}});
+  return takers;
+}
+
 nlohmann::json JsonOf(const State& state, bool runs) {
   nlohmann::json answer = {{"running", runs}, {"socket", state.socket}};
   if (!runs) return answer;
@@ -88,6 +101,7 @@ nlohmann::json JsonOf(const State& state, bool runs) {
        {"lost", more.lost()},
        {"dropped", more.dropped()},
        {"withheld", more.withheld()},
+       {"takers", TakersOf(more)},
        {"certificates", dates}});
   return answer;
 }
@@ -103,6 +117,20 @@ std::string Shown(std::string text) {
     if (next >= 0x80 && next < 0xA0) text.replace(at, 2, "?");
   }
   return text;
+}
+
+void PrintTakers(const quor::wire::Status& more) {
+  for (const auto& line : more.takers()) {
+    const std::string away =
+        line.connected() ? "" : ", away for " + std::to_string(line.away()) + " s";
+    std::printf(
+        "  %s confirms what it gets: %llu frames so far, %llu traces kept (%.1f MiB), %llu "
+        "dropped%s\n",
+        Shown(line.who()).c_str(), static_cast<unsigned long long>(line.frames()),
+        static_cast<unsigned long long>(line.traces()),
+        static_cast<double>(line.bytes()) / (1 << 20),
+        static_cast<unsigned long long>(line.dropped()), away.c_str());
+  }
 }
 
 void PrintMore(const State& state) {
@@ -121,6 +149,7 @@ void PrintMore(const State& state) {
   if (more.withheld() > 0)
     std::printf("  %llu withheld by filters of monitors\n",
                 static_cast<unsigned long long>(more.withheld()));
+  PrintTakers(more);
   for (const auto& line : more.certificates())
     if (line.ends() != 0)
       std::printf("  %s %s %s\n", Shown(line.what()).c_str(),

@@ -54,6 +54,8 @@ class StreamQueue {
   // The other side knows nothing of this stream any more: it starts again, with these batches,
   // which were sent and did not arrive. They come first, also before what was dropped after them.
   void Restart(const std::vector<SharedBatch>& again);
+  // The ids of the hub's names begin anew. REQUIRES: it is empty.
+  void ForgetNames() { m_sent.Clear(); }
 
  private:
   struct Entry {

@@ -34,7 +34,7 @@ enum class FrameType : std::uint8_t {
   Data = 6,
   Ledger = 7,
   Heartbeat = 8,  // empty body, both ways
-  Taken = 9,      // to a forwarder: how many data frames of its stream have arrived
+  Taken = 9,      // to a forwarder, and from a taker: how many frames of the stream have arrived
 };
 
 struct Frame {

@@ -15,7 +15,8 @@ constexpr const char* kOnlyAdministrators =
     "only root and the members of the group of this machine's service may do that";
 
 bool IsOfAdministrators(const Request& request) {
-  return request.has_forward() || request.has_get_status() || request.has_reload();
+  return request.has_forward() || request.has_take() || request.has_end_take() ||
+         request.has_get_status() || request.has_reload();
 }
 
 Role Needed(const Request& request) {
@@ -25,6 +26,8 @@ Role Needed(const Request& request) {
     case Request::kPause:
     case Request::kResume:
     case Request::kListApps:
+    case Request::kTake:
+    case Request::kEndTake:
       return ROLE_MONITOR;
     case Request::kForward:
       return ROLE_FORWARD;
@@ -51,6 +54,7 @@ void ClientSession::Start(std::shared_ptr<ByteStream> stream) {
 std::weak_ptr<Connection> ClientSession::Stop() {
   if (m_monitor) m_monitor->Flush();
   EndMonitor();
+  LeaveTaker();
   m_connection->CloseAfterWriting();
   return std::exchange(m_connection, nullptr);
 }
@@ -69,6 +73,7 @@ void ClientSession::OnClosed(const std::string& reason) {
   Log(IsGreeted() ? LogLevel::Info : LogLevel::Warning,
       m_peer.label + " has disconnected: " + reason);
   EndMonitor();
+  LeaveTaker();
   if (m_forwarded && m_forwarded->Turn() == m_forwardedTurn) m_forwarded->Break();
   m_apps.Close();
   m_host.OnEnded(*this);
@@ -80,13 +85,20 @@ void ClientSession::EndMonitor() {
   m_monitor.reset();
 }
 
+void ClientSession::LeaveTaker() {
+  if (m_taker) m_context.takers.Leave(*m_taker, *m_connection);
+  m_taker.reset();
+}
+
 void ClientSession::OnWritten() {
   if (m_monitor) m_monitor->Pump();
+  if (m_taker) m_taker->Pump();
 }
 
 void ClientSession::OnFrame(const Frame& frame) {
   if (!IsGreeted()) return Greet(frame);
   if (m_forwarded && frame.type != FrameType::Request) return TakeForwarded(frame);
+  if (m_taker && frame.type == FrameType::Taken) return TakeTaken(frame);
   Request request;
   if (frame.type != FrameType::Request) return End("an unexpected frame");
   if (!ParseBody(frame, &request)) return End("malformed: a request that cannot be read");
@@ -160,8 +172,15 @@ void ClientSession::Answer(const Request& request) {
   }
   if (!m_connection->Send(FrameType::Response, response))
     return End("it asks and does not read the answers");
-  if (!request.has_subscribe() || response.error() != ERROR_NONE) return;
-  m_monitor->Start();
+  if (response.error() == ERROR_NONE) StartStream(request);
+}
+
+// Data come behind the answer.
+void ClientSession::StartStream(const Request& request) {
+  if (!request.has_subscribe() && !request.has_take()) return;
+  if (m_monitor) m_monitor->Start();
+  if (m_taker)
+    m_taker->Start(*m_connection, [this] { End("another connection goes on with its stream"); });
   m_context.apps.ReleaseHeld(Only());
 }
 
@@ -175,6 +194,9 @@ bool ClientSession::Serve(const Request& request, Response* response) {
       return SetFilter(request.set_filter().text(), response);
     case Request::kForward:
       return Forward(request.forward(), response);
+    case Request::kTake:
+    case Request::kEndTake:
+      return Take(request, response);
     case Request::kGetStatus:
       m_host.FillStatus(response->mutable_status());
       return true;
@@ -187,7 +209,7 @@ bool ClientSession::Serve(const Request& request, Response* response) {
 
 bool ClientSession::ServeStream(const Request& request, Response* response) {
   if (request.has_subscribe()) {
-    if (m_monitor) return FailRequest(response, ERROR_BAD_REQUEST, "subscribed already");
+    if (m_monitor || m_taker) return FailRequest(response, ERROR_BAD_REQUEST, "subscribed already");
     m_monitor = std::make_unique<MonitorStream>(m_context.hub, *m_connection,
                                                 m_context.streamLimits, Only());
     m_monitor->SetFilter(m_filter);
@@ -258,4 +280,30 @@ void ClientSession::TakeForwarded(const Frame& frame) {
   // Send the confirmation of what was taken before the end.
   m_connection->CloseAfterWriting();
   OnClosed("its stream has had too many sources and is to begin anew");
+}
+
+bool ClientSession::Take(const Request& request, Response* response) {
+  if (!m_peer.local) return FailRequest(response, ERROR_ACCESS, "only on the machine itself");
+  if (request.has_end_take()) {
+    if (!m_taker) return FailRequest(response, ERROR_BAD_REQUEST, "nothing is taken");
+    const auto ended = m_taker;
+    LeaveTaker();
+    m_context.takers.End(*ended);
+    return true;
+  }
+  if (m_monitor || m_taker || m_forwarded)
+    return FailRequest(response, ERROR_BAD_REQUEST, "subscribed already");
+  ErrorCode code = ERROR_NONE;
+  std::string why;
+  const std::string owner = m_peer.uid ? std::to_string(*m_peer.uid) : std::string();
+  m_taker = m_context.takers.Open(owner, m_peer.label, request.take(), &code, &why);
+  if (!m_taker) return FailRequest(response, code, why);
+  response->set_taken(m_taker->Taken());
+  return true;
+}
+
+void ClientSession::TakeTaken(const Frame& frame) {
+  Taken taken;
+  std::string why = "it cannot be read";
+  if (!ParseBody(frame, &taken) || !m_taker->Take(taken.frames(), &why)) End("malformed: " + why);
 }

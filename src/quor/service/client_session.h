@@ -18,6 +18,7 @@
 #include "quor/protocol/connection.h"
 #include "quor/protocol/quor.pb.h"
 #include "quor/service/app_requests.h"
+#include "quor/takers/takers.h"
 
 // The objects that all sessions share.
 struct SessionContext {
@@ -28,6 +29,7 @@ struct SessionContext {
   std::string machine;
   std::string instance;  // 16 random bytes of this run
   SourceFilters filters;
+  Takers takers;
   StreamLimits streamLimits;
   ConnectionLimits connectionLimits;
   std::vector<std::string> troubles;        // what does not work
@@ -91,8 +93,12 @@ class ClientSession final : public Connection::Handler,
   // Its name for the inlet of forwarded streams; a local client is identified by its process.
   std::string Forwarder() const { return m_peer.local ? m_peer.label : m_peer.name; }
   bool Forward(const quor::wire::Forward& forward, quor::wire::Response* response);
+  bool Take(const quor::wire::Request& request, quor::wire::Response* response);
+  void StartStream(const quor::wire::Request& request);
+  void TakeTaken(const Frame& frame);
   bool Reload(quor::wire::Response* response);
   void EndMonitor();
+  void LeaveTaker();
   std::optional<uid_t> Only() const { return m_peer.isRestricted ? m_peer.uid : std::nullopt; }
   void TakeForwarded(const Frame& frame);
 
@@ -105,6 +111,7 @@ class ClientSession final : public Connection::Handler,
   std::shared_ptr<SourceFilter> m_filter;           // of the monitor
   quor::wire::Request m_putOff;                     // is answered when the connection has rested
   std::unique_ptr<MonitorStream> m_monitor;
+  std::shared_ptr<TakerStream> m_taker;
   std::shared_ptr<ForwardInlet::Stream> m_forwarded;
   std::string m_forwardedId;
   std::uint64_t m_forwardedTurn = 0;

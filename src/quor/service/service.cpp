@@ -89,6 +89,7 @@ bool Service::Open(std::string* why) {
                                      m_machine,
                                      NewInstance(),
                                      SourceFilters(m_hub.Names()),
+                                     Takers(m_io, m_hub),
                                      {},
                                      m_options.connectionLimits,
                                      {}});
@@ -299,6 +300,7 @@ void Service::Stop() {
     SegmentFolder::RemoveEmpty(m_options.socketPath);
   m_hub.Seal();
   m_hub.Deliver();
+  m_context->takers.Stop();
   const auto sessions = std::exchange(m_sessions, {});
   for (const auto& session : sessions) m_ending.push_back(session->Stop());
   for (const auto& [machine, forwarder] : m_forwarders) m_ending.push_back(forwarder->Stop());

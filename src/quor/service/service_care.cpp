@@ -130,7 +130,8 @@ void Service::FillStatus(quor::wire::Status* status) {
   status->set_instances(static_cast<std::uint32_t>(m_apps->Running()));
   status->set_clients(static_cast<std::uint32_t>(m_sessions.size()));
   std::uint64_t traces = m_hub.Taken(), lost = m_hub.Lost();
-  std::uint64_t dropped = m_context->dropped, withheld = m_context->withheld;
+  std::uint64_t dropped = m_context->dropped + m_context->takers.Dropped();
+  std::uint64_t withheld = m_context->withheld;
   std::uint32_t monitors = 0;
   for (const auto& session : m_sessions) {
     monitors += session->IsMonitor() ? 1 : 0;
@@ -146,6 +147,7 @@ void Service::FillStatus(quor::wire::Status* status) {
   status->set_lost(lost);
   status->set_dropped(dropped);
   status->set_withheld(withheld);
+  m_context->takers.FillStatus(status);
   if (!m_tlsListener.Context()) return;
   for (const CertificateDate& date : DatesOf(m_tlsListener.Context(), m_tlsListener.Rules())) {
     quor::wire::Status::Certificate* const line = status->add_certificates();

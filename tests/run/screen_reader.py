@@ -9,8 +9,17 @@
     screen_reader.py select ROW            selects one more row
     screen_reader.py selected              the selected rows, parted by commas
     screen_reader.py row ROW               "focused", "selected", both with a blank between, or ""
+    screen_reader.py words ROW             all of a row in words, with its mark and note
+    screen_reader.py rows_of TABLE         how many rows a list beside it has
+    screen_reader.py cell_of TABLE ROW COLUMN  what a cell of that list says
+    screen_reader.py tree_cells TREE       all cells of a report or of fields, a line each
+    screen_reader.py describe ROLE NAME    what is told of a control beside its name
+    screen_reader.py offered ITEM          how far an item of the open menu is below the first one
+    screen_reader.py chosen                the item of the open menu that has the keyboard
+    screen_reader.py ticked ITEM           is it, in the open menu? "yes" or "no"
     screen_reader.py pane DESCRIPTION      what a pane of the status bar says
     screen_reader.py enabled ROLE NAME     "yes" or "no"
+    screen_reader.py checked ROLE NAME     "yes" or "no"
     screen_reader.py press NAME            presses a button
     screen_reader.py place ROLE NAME       the middle of it on the screen: x, blank, y
     screen_reader.py cell_place ROW COLUMN the same of a cell
@@ -74,13 +83,16 @@ def the_list():
     return with_role("table", "Traces")
 
 
+def side(name):
+    return with_role("table", name)
+
+
 def headers(table):
     return [Atspi.Table.get_column_description(table, column)
             for column in range(Atspi.Table.get_n_columns(table))]
 
 
-def cell(row, column):
-    table = the_list()
+def cell_in(table, row, column):
     return Atspi.Table.get_accessible_at(table, int(row), headers(table).index(column)).get_name()
 
 
@@ -89,6 +101,41 @@ def cells(name):
     columns = range(Atspi.Table.get_n_columns(table))
     return "\n".join("|".join(Atspi.Table.get_accessible_at(table, row, column).get_name() for column in columns)
                      for row in range(Atspi.Table.get_n_rows(table)))
+
+
+def tree_cells(name):
+    tree = with_role("tree", name)
+    found = [tree.get_child_at_index(index) for index in range(tree.get_child_count())]
+    return "\n".join(one.get_name() for one in found if one.get_role_name() == "table cell")
+
+
+def open_items():
+    """Those that a walk with the arrow keys comes to, of the menu that was opened last."""
+    menus = [node for node in parts(program()) if node.get_role_name() == "popup menu" and shows(node)]
+    if not menus:
+        sys.exit("no menu is open")
+    items = [menus[-1].get_child_at_index(index) for index in range(menus[-1].get_child_count())]
+    return [item for item in items if "menu item" in item.get_role_name() and
+            item.get_state_set().contains(Atspi.StateType.ENABLED)]
+
+
+def item_named(name):
+    """What stands behind the tab is its key."""
+    for place, item in enumerate(open_items()):
+        if item.get_name().split("\t")[0] == name:
+            return place, item
+    sys.exit(f"the menu does not offer {name}")
+
+
+def chosen():
+    for item in open_items():
+        if item.get_state_set().contains(Atspi.StateType.FOCUSED):
+            return item.get_name().split("\t")[0]
+    sys.exit("no item has the keyboard")
+
+
+def ticked(name):
+    return "yes" if item_named(name)[1].get_state_set().contains(Atspi.StateType.CHECKED) else "no"
 
 
 def row(number):
@@ -110,8 +157,9 @@ def line(name):
 
 
 def focus():
-    """The innermost one: what it stands in has the focus too."""
-    focused = [node for node in parts(program()) if node.get_role_name() not in ("table cell", "list item") and
+    """The innermost one: what it stands in has the focus too. A tab in front always says that it has it."""
+    inside = ("table cell", "list item", "page tab")
+    focused = [node for node in parts(program()) if node.get_role_name() not in inside and
                node.get_state_set().contains(Atspi.StateType.FOCUSED)]
     return focused[-1].get_name() if focused else ""
 
@@ -122,9 +170,8 @@ def pane(description):
     return label.get_name()
 
 
-def enabled(role, name):
-    states = with_role(role, name).get_state_set()
-    return "yes" if states.contains(Atspi.StateType.ENABLED) else "no"
+def has(state, role, name):
+    return "yes" if with_role(role, name).get_state_set().contains(state) else "no"
 
 
 def place(role, name):
@@ -156,13 +203,22 @@ QUESTIONS = {
     "on": switch_on,
     "rows": lambda: Atspi.Table.get_n_rows(the_list()),
     "headers": lambda: ",".join(headers(the_list())),
-    "cell": cell,
+    "cell": lambda row, column: cell_in(the_list(), row, column),
+    "words": lambda row: Atspi.Table.get_accessible_at(the_list(), int(row), 0).get_description(),
+    "rows_of": lambda name: Atspi.Table.get_n_rows(side(name)),
+    "cell_of": lambda name, row, column: cell_in(side(name), row, column),
     "cells": cells,
+    "tree_cells": tree_cells,
+    "describe": lambda role, name: with_role(role, name).get_description(),
+    "offered": lambda name: item_named(name)[0],
+    "chosen": chosen,
+    "ticked": ticked,
     "select": lambda row: Atspi.Table.add_row_selection(the_list(), int(row)),
     "selected": lambda: ",".join(str(row) for row in Atspi.Table.get_selected_rows(the_list())),
     "row": row,
     "pane": pane,
-    "enabled": enabled,
+    "enabled": lambda role, name: has(Atspi.StateType.ENABLED, role, name),
+    "checked": lambda role, name: has(Atspi.StateType.CHECKED, role, name),
     "place": place,
     "cell_place": cell_place,
     "part": part,

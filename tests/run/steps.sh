@@ -97,6 +97,19 @@ opens() {
   key "${@:2}"
   until_true "${*:2} opened no $1" is_active "^$1\$"
 }
+# chooses MENU ITEM...: by the arrow keys, so whatever letters the items have; the last one is run.
+chooses() {
+  local item way=(Home)
+  key "$1"
+  for item in "${@:2}"; do
+    until_true "the menu does not offer $item" reader offered "$item"
+    for ((; $(reader offered "$item") >= ${#way[@]}; )); do way+=(Down); done
+    key "${way[@]}"
+    until_true "the arrow keys did not reach $item, but '$(reader chosen)'" says "$item" chosen
+    [ "$item" = "${*: -1}" ] && key Return || key Right
+    way=(Home)
+  done
+}
 # types TEXT FIELD: in place of what the field, which has the keyboard, holds. A display that is
 # busy may give Shift to another letter than the one it was pressed for: then all is typed again.
 types() { until_true "$2 does not hold what was typed" typed "$1" "$2"; }

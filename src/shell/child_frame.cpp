@@ -221,7 +221,8 @@ void CTraceChildFrame::OnContextMenu(int screenXPx, int screenYPx) {
   if (const TracePane* const pane = ShownPane()) {
     for (const CellStep& step : pane->OfferedSteps()) more.push_back({step.command, step.label});
   }
-  more.push_back(ItemIn(IDR_TRACEFILE, ID_EDIT_COPYROWSAS));
+  for (const unsigned id : {ID_EDIT_COPYROWSAS, ID_EDIT_MARK, ID_EDIT_MARKCOLOUR, ID_EDIT_NOTE})
+    more.push_back(ItemIn(IDR_TRACEFILE, id));
   m_main.Face()->TrackPopupMenu(IDR_TRACE_POPUP, screenXPx, screenYPx, more);
 }
 

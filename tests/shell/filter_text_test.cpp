@@ -65,13 +65,15 @@ class FilterText : public ShellTest {
     List().List().SetItemState(row, kRowFocused | kRowSelected, kRowFocused | kRowSelected);
     List().OnRowListContextMenu(static_cast<int>(column) * 100 + 50, 7);
   }
-  // Before the menu of the forms in which rows are copied, which is always there.
+  // Before the menus of copies and marks, which are always there.
   Strings Offered() {
     Strings all;
     for (const MenuItem& item : Face().m_popupMore) all.push_back(item.text);
-    EXPECT_EQ(all.empty() ? "" : all.back(), "Copy Row&s As");
-    if (!all.empty()) all.pop_back();
-    return all;
+    const Strings always = {"Copy Row&s As", "&Mark\tCtrl+D", "Mark Colo&ur",
+                            "&Note...\tCtrl+Shift+D"};
+    const auto begin = std::ranges::search(all, always).begin();
+    EXPECT_EQ(all.end() - begin, std::ssize(always));
+    return {all.begin(), begin};
   }
 };
 

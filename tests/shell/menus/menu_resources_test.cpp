@@ -93,7 +93,7 @@ TEST(Menus, OfATraceFile) {
   32957 List &Hits\tCtrl+Shift+F
   -----
   32921 &Mark\tCtrl+D
-  32935 Mark C&olour
+  32935 Mark Colo&ur
     32922 &1 Red
     32923 &2 Orange
     32924 &3 Yellow
@@ -134,18 +134,18 @@ TEST(Menus, OfATraceFile) {
     32940 &Delta
     32941 &Since
     32942 &Wall Time
-  32943 Time R&eference\tCtrl+T
-  32944 Go to Ti&me...\tCtrl+Shift+T
+  32943 Time Reference\tCtrl+T
+  32944 Go to T&ime...\tCtrl+Shift+T
   32945 Go to Ro&w...\tCtrl+Shift+G
   -----
-  32909 Stat&istics...
-  32960 Overvie&w\tCtrl+Shift+O
+  32909 St&atistics...
+  32960 Ov&erview\tCtrl+Shift+O
   -----
   32965 &Details\tCtrl+I
-  32966 Details at the Ri&ght
-  32967 Next &Pane\tF6
+  32966 Details at t&he Right
+  32967 Next Pane\tF6
   -----
-  32980 P&rofiles
+  32980 &Profiles
     32981 S&tandard
     32982 Save &As...
     32983 &Manage...
@@ -202,7 +202,7 @@ TEST(Menus, OfAMonitor) {
   32957 List &Hits\tCtrl+Shift+F
   -----
   32921 &Mark\tCtrl+D
-  32935 Mark C&olour
+  32935 Mark Colo&ur
     32922 &1 Red
     32923 &2 Orange
     32924 &3 Yellow
@@ -244,18 +244,18 @@ TEST(Menus, OfAMonitor) {
     32940 &Delta
     32941 &Since
     32942 &Wall Time
-  32943 Time R&eference\tCtrl+T
-  32944 Go to Ti&me...\tCtrl+Shift+T
+  32943 Time Reference\tCtrl+T
+  32944 Go to T&ime...\tCtrl+Shift+T
   32945 Go to Ro&w...\tCtrl+Shift+G
   -----
-  32909 Stat&istics...
-  32960 Overvie&w\tCtrl+Shift+O
+  32909 St&atistics...
+  32960 Ov&erview\tCtrl+Shift+O
   -----
   32965 &Details\tCtrl+I
-  32966 Details at the Ri&ght
-  32967 Next &Pane\tF6
+  32966 Details at t&he Right
+  32967 Next Pane\tF6
   -----
-  32980 P&rofiles
+  32980 &Profiles
     32981 S&tandard
     32982 Save &As...
     32983 &Manage...
@@ -407,6 +407,53 @@ TEST(Menus, NoTitleTakesTheKeyOfAnAltAccelerator) {
     }
   }
   EXPECT_EQ(titles, 24);
+}
+
+// The upper letter behind "&", 0 for none.
+char LetterOf(const std::string& text) {
+  for (std::size_t i = text.find('&'); i != text.npos; i = text.find('&', i + 2))
+    if (text.at(i + 1) != '&') return static_cast<char>(std::toupper(text[i + 1]));
+  return 0;
+}
+
+// "57602 C": the items whose letter one before them has.
+std::set<std::string> RepeatedLetters(const std::vector<MenuItem>& items,
+                                      std::set<unsigned>& without) {
+  std::set<std::string> repeated;
+  std::set<char> taken;
+  for (const MenuItem& item : items) {
+    repeated.merge(RepeatedLetters(item.items, without));
+    const char letter = LetterOf(item.text);
+    if (letter == 0 && item.id != 0) without.insert(item.id);
+    if (letter != 0 && !taken.insert(letter).second)
+      repeated.insert(std::to_string(item.id) + " " + letter);
+  }
+  return repeated;
+}
+
+TEST(Menus, NoTwoItemsOfAMenuHaveTheSameLetter) {
+  std::set<unsigned> without;
+  std::set<std::string> repeated;
+  for (const unsigned resource : {IDR_MAINFRAME, IDR_TRACEFILE, IDR_MONITOR, IDR_CONFIG, IDR_SOURCE,
+                                  IDR_CONFIG_POPUP, IDR_TRACE_POPUP})
+    for (const MenuPopup& popup : MenuOf(resource))
+      repeated.merge(RepeatedLetters(popup.items, without));
+  // Kept: Close beside Trace Configuration, and Filter beside Clear in the pop-up, have had these
+  // letters in all versions.
+  EXPECT_EQ(repeated, (std::set<std::string>{"57602 C", "32847 L"}));
+  // The View menu has more items than there are letters in their texts: two with a key go without.
+  EXPECT_EQ(without, (std::set<unsigned>{ID_VIEW_TIMEREFERENCE, ID_VIEW_NEXTAREA, ID_FILE_MRU_FILE1,
+                                         ID_HELP_INDEX}));
+}
+
+TEST(Menus, WhatFollowsInThePopUpOfATraceWindowHasLettersOfItsOwn) {
+  std::vector<MenuItem> items = MenuOf(IDR_TRACE_POPUP).front().items;
+  for (const char* step : {"&Only This", "&Hide This", "Only This Th&read", "Only &Around This"})
+    items.push_back({1, step});
+  for (const unsigned id : {ID_EDIT_COPYROWSAS, ID_EDIT_MARK, ID_EDIT_MARKCOLOUR, ID_EDIT_NOTE})
+    items.push_back(ItemIn(IDR_TRACEFILE, id));
+  std::set<unsigned> without;
+  EXPECT_EQ(RepeatedLetters(items, without), (std::set<std::string>{"32847 L"}));
 }
 
 TEST(Menus, EveryCommandWithATextHasItsPromptAndToolTip) {

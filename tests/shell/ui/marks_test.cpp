@@ -110,7 +110,7 @@ TEST_F(MarksWindowTest, TheColoursAreAMenuInsideTheMenu) {
   Key(Qt::Key_D, Qt::ControlModifier);
   const QList<QMenu*> menus = Window().findChildren<QMenu*>();
   const auto found = std::find_if(menus.begin(), menus.end(), [](const QMenu* menu) {
-    return menu->title() == "Mark C&olour" && menu->parentWidget()->isVisibleTo(nullptr) == false;
+    return menu->title() == "Mark Colo&ur" && menu->parentWidget()->isVisibleTo(nullptr) == false;
   });
   ASSERT_NE(found, menus.end());
   ASSERT_EQ((*found)->actions().size(), 9);

@@ -276,7 +276,8 @@ TEST_F(MenusTest, ShiftF10RaisesThePopUpAtTheFocusedRow) {
     menu->close();
   });
   QTest::keyClick(list, Qt::Key_F10, Qt::ShiftModifier);
-  EXPECT_EQ(texts, Expected(MenuOf(IDR_TRACE_POPUP).front()) + "-\nCopy Row&s As\n");
+  EXPECT_EQ(texts, Expected(MenuOf(IDR_TRACE_POPUP).front()) +
+                       "-\nCopy Row&s As\n&Mark\tCtrl+D\nMark Colo&ur\n&Note...\tCtrl+Shift+D\n");
   EXPECT_TRUE(
       QRect(list->viewport()->mapToGlobal(QPoint(0, 0)), list->viewport()->size()).contains(at));
 }

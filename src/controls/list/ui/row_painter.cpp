@@ -127,7 +127,7 @@ void RowPainter::PaintRow(Canvas& canvas, int row) const {
   if (const std::optional<RowMark> mark = m_list.Owner().RowListMark(row)) {
     const QRect view = m_list.viewport()->rect();
     PaintRowMark(canvas.painter, canvas.metrics, *mark,
-                 QRect(view.left(), bounds.top(), view.width(), bounds.height()));
+                 QRect(view.left(), bounds.top(), view.width(), bounds.height()), look.background);
   }
 }
 

@@ -36,15 +36,19 @@ QRect MarkBox(const QFontMetrics& metrics, const RowMark& mark, const QRect& row
 }
 
 void PaintRowMark(QPainter& painter, const QFontMetrics& metrics, const RowMark& mark,
-                  const QRect& row) {
-  const QColor ink(QRgb{mark.colours.ink}), ground(QRgb{mark.colours.ground});
+                  const QRect& row, const QColor& ground) {
+  const QColor ink(QRgb{mark.colours.ink}), own(QRgb{mark.colours.ground});
   if (mark.number != 0)
-    painter.fillRect(QRect(row.left(), row.top(), kStripePx, row.height()), ground);
+    painter.fillRect(QRect(row.left(), row.top(), kStripePx, row.height()), own);
   const QRect box = MarkBox(metrics, mark, row);
+  // Not at the edges, where the frame of the focus stands.
+  painter.fillRect(QRect(QPoint(box.left() - kMarkGapPx, row.top() + kEdgePx),
+                         QPoint(box.right(), row.bottom() - kEdgePx)),
+                   ground);
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(ground);
+  painter.setBrush(own);
   painter.drawRoundedRect(box, kRoundPx, kRoundPx);
   painter.restore();
   QRect inside = box.adjusted(kPadPx, 0, -kPadPx, 0);

@@ -3,6 +3,7 @@
 // Threads  Interface thread.
 #pragma once
 
+#include <QColor>
 #include <QFontMetrics>
 #include <QRect>
 #include <QString>
@@ -11,9 +12,12 @@
 
 class QPainter;
 
-// `row`: its whole height, and the width that can be seen.
+// `row`: its whole height, and the width that can be seen. `ground` covers what stands under the
+// box and in a gap before it.
 void PaintRowMark(QPainter& painter, const QFontMetrics& metrics, const RowMark& mark,
-                  const QRect& row);
+                  const QRect& row, const QColor& ground);
+// Before its box no text stands in so many pixels.
+inline constexpr int kMarkGapPx = 6;
 // The place of its box.
 QRect MarkBox(const QFontMetrics& metrics, const RowMark& mark, const QRect& row);
 // "Mark 3, Note: first line second line".

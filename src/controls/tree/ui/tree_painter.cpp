@@ -115,7 +115,7 @@ void TreePainter::PaintRow(QPainter& painter, const Look& look, TreeItem item,
     PaintButton(painter, look, ButtonRect(depth, row), state & kTreeExpanded);
   PaintLabel(painter, look, item, LabelRect(item, m_tree.TopRow() + row.top() / row.height()));
   if (const std::optional<RowMark> mark = m_tree.Owner().TreeItemMark(m_tree.ItemData(item)))
-    PaintRowMark(painter, m_tree.fontMetrics(), *mark, row);
+    PaintRowMark(painter, m_tree.fontMetrics(), *mark, row, look.base);
 }
 
 // A vertical line from each parent that has further items below, and a horizontal one to the label.

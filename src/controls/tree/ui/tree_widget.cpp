@@ -1,5 +1,6 @@
 #include "controls/tree/ui/tree_widget.h"
 
+#include <QHelpEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
@@ -10,6 +11,7 @@
 
 #include "controls/text/ui/line_painter.h"
 #include "controls/tree/ui/tree_accessible.h"
+#include "controls/tree/ui/tree_tool_tip.h"
 
 QtTreeControl::QtTreeControl(TreeControlOwner& owner, const QString& name, QWidget* parent)
     : QAbstractScrollArea(parent), m_owner(owner), m_painter(*this), m_input(*this) {
@@ -251,6 +253,11 @@ void QtTreeControl::mouseReleaseEvent(QMouseEvent* event) {
 }
 void QtTreeControl::mouseDoubleClickEvent(QMouseEvent* event) {
   m_input.DoubleClick(*event);
+}
+bool QtTreeControl::viewportEvent(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QAbstractScrollArea::viewportEvent(event);
+  ShowTreeToolTip(*this, *static_cast<QHelpEvent*>(event));
+  return true;
 }
 void QtTreeControl::contextMenuEvent(QContextMenuEvent* event) {
   m_input.ContextMenu(*event);

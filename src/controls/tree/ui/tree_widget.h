@@ -56,6 +56,7 @@ class QtTreeControl final : public QAbstractScrollArea, public TreeControl, publ
   void ScrollAcrossTo(int leftPx);
 
  protected:
+  bool viewportEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;

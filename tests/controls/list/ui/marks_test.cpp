@@ -80,8 +80,25 @@ TEST(RowMarks, TheTextsAndTheIconOfTheRowStayAsTheyAre) {
   const QImage after = s.Picture();
   QRect between = s.list.RowRect(3).intersected(s.list.viewport()->rect());
   between.setLeft(6);
-  between.setRight(BoxOf(s, 3).left() - 1);
+  between.setRight(BoxOf(s, 3).left() - kMarkGapPx - 1);
   EXPECT_EQ(before.copy(between), after.copy(between));
+}
+
+TEST(RowMarks, ALongTextEndsBeforeTheBoxWithAGap) {
+  for (const bool selected : {false, true}) {
+    ShownList s(20);
+    for (int column = 0; column < 15; ++column) s.owner.texts[{3, column}] = std::string(250, 'W');
+    s.owner.marks[3] = MarkOf(4, "note");
+    if (selected) s.list.SetItemState(3, kRowSelected | kRowFocused, kRowSelected | kRowFocused);
+    const QImage picture = s.Picture();
+    const QRect box = BoxOf(s, 3);
+    const QRect gap(box.left() - kMarkGapPx, box.top() + 1, kMarkGapPx, box.height() - 2);
+    const QColor ground = picture.pixelColor(gap.topLeft());
+    EXPECT_EQ(CountOf(picture, gap, ground), gap.width() * gap.height()) << selected;
+    EXPECT_LT(CountOf(picture, gap.translated(-3 * kMarkGapPx, 0), ground),
+              gap.width() * gap.height())
+        << "a text stands before it";
+  }
 }
 
 TEST(RowMarks, AreSeenOnASelectedRowAndAtTheEndOfAScrolledOne) {

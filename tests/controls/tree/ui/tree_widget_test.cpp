@@ -5,8 +5,10 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QHelpEvent>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolTip>
 #include <chrono>
 
 #include "support/tree_control_contract.h"
@@ -287,6 +289,29 @@ TEST_F(TreeWidget, AMarkedItemHasAStripeAndABoxAndIsSaid) {
   for (int i = 0; i < tree->childCount(); ++i)
     said += tree->child(i)->text(QAccessible::Description) == "level 1, Mark 4, Note: look";
   EXPECT_EQ(said, 1);
+}
+
+TEST_F(TreeWidget, TheNoteOfAnItemIsItsToolTip) {
+  AddSmall();
+  m_owner.marks[2] = {{0xffffff, 0x218221}, 4, "first <b>\nsecond"};
+  const auto tipAt = [this](int y) {
+    const QPoint at(m_tree.viewport()->width() / 2, y);
+    QHelpEvent event(QEvent::ToolTip, at, m_tree.viewport()->mapToGlobal(at));
+    QApplication::sendEvent(m_tree.viewport(), &event);
+    return QToolTip::text().toStdString();
+  };
+  // One that is hidden still stands for a moment.
+  const auto hasNoneAt = [&](int y) {
+    tipAt(y);
+    return QTest::qWaitFor([] { return QToolTip::text().isEmpty(); });
+  };
+  const int noted = m_tree.RowRect(m_tree.Items().RowOf(m_2)).center().y();
+  EXPECT_NE(tipAt(noted).find("first &lt;b&gt;\nsecond"), std::string::npos) << tipAt(noted);
+  m_owner.marks[2].note.clear();
+  EXPECT_TRUE(hasNoneAt(noted));
+  m_owner.marks[2].note = "look";
+  EXPECT_NE(tipAt(noted).find("look"), std::string::npos);
+  EXPECT_TRUE(hasNoneAt(m_tree.viewport()->height() - 2)) << "below the last item";
 }
 
 }  // namespace

@@ -72,6 +72,7 @@ _trc() {
     stats:-t | stats:--top | stats:--over-time) return ;;
     dump:--*check | find:--*check | tree:--*check | stats:--*check | save:--*check | export:--*check | tail:--*check | capture:--*check | stack:--*check) _trc_names -o nospace; return ;;
     *:--colour-rules) compopt -o filenames; COMPREPLY=($(compgen -W 'light dark' -- "$current") $(compgen -f -- "$current")); return ;;
+    dump:--profile | find:--profile) _trc_names -o default; return ;;
     *:--color) COMPREPLY=($(compgen -W 'auto always never' -- "$current")); return ;;
     *:--tail | *:--context | *:--since-row) return ;;
     *:--user) COMPREPLY=($(compgen -u -- "$current")); return ;;
@@ -90,8 +91,8 @@ _trc() {
       '') options='--help --version' ;;
       gen) options='--help --records --seed --old' ;;
       info) options='--help --json' ;;
-      dump) options="--help --follow --format --color --colour-rules --columns --since-row --from --tail --context $which" ;;
-      find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --colour-rules --columns --since-row --from --tail --context $which" ;;
+      dump) options="--help --follow --format --color --colour-rules --profile --columns --since-row --from --tail --context $which" ;;
+      find) options="--help --regex --perl-regex --ignore-case --word --total --follow --format --color --colour-rules --profile --columns --since-row --from --tail --context $which" ;;
       tree) options="--help --depth --json --export --from --tail --context $which" ;;
       stats) options="--help --by --over-time --sort --top --json --from --tail $which" ;;
       stack) options="--help --symbols --recorded --from --tail $which" ;;

@@ -135,6 +135,7 @@ complete -c trc -n "__fish_seen_subcommand_from dump find" -l since-row -x -d "I
 complete -c trc -n "__fish_seen_subcommand_from dump find" -s F -l follow -d "Go on with what is appended"
 complete -c trc -n "__fish_seen_subcommand_from dump find tail" -l color -x -a "auto always never" -d "Severities in colour"
 complete -c trc -n "__fish_seen_subcommand_from dump find tail" -l colour-rules -r -a "light dark" -d "Colours of lines by these rules"
+complete -c trc -n "__fish_seen_subcommand_from dump find" -l profile -r -a "(__trc_names)" -d "Columns, filter text and colours of this profile"
 complete -c trc -n "__fish_seen_subcommand_from dump find export tail" -s c -l columns -x -a "(__trc_columns)" -d "The shown columns"
 complete -c trc -n "__fish_seen_subcommand_from dump find tree stats stack filter save export tail capture apps" -l user -x -a "(__fish_complete_users)" -d "Only this account"
 

@@ -63,6 +63,9 @@ def samples(folder, bin_folder):
     (folder / "web.colours").write_text(
         '{"colour-rules": 1, "rules": [{"name": "Errors", "where": "severity == error",'
         ' "ink": "#870000", "ground": "#ffd7d7"}]}')
+    (folder / "slow.profile").write_text(
+        '{"format": "tessera-profile", "version": 1, "name": "Slow orders", "filter": "delta > 1ms",'
+        ' "columns": [{"name": "Time", "width": 90, "shown": true}]}')
     for name in ("orders.tcf", "all.tcf"):
         (folder / name).write_text('TCF Version 3.2\nAPP: "orders"\nTRACE: "Database" "Query" Info\n')
     return folder

@@ -6,6 +6,7 @@
 #include "commands/commands.h"
 #include "commands/dump.h"
 #include "commands/find.h"
+#include "commands/profile_option.h"
 #include "commands/shared_options.h"
 #include "commands/tree.h"
 #include "usage.h"
@@ -21,6 +22,7 @@ class LineCommand : public Command {
     AddLineFormat(m_format);
     AddColour(m_colour);
     AddColourRules(App(), m_colourRules);
+    m_profile.Add(App());
     m_shared.emplace(App(), dump.traces);
     m_shared->Add();
     App()
@@ -29,10 +31,12 @@ class LineCommand : public Command {
         ->type_name("N");
   }
   void CompleteLines(DumpOptions& dump, bool choosesItself) {
+    m_profile.TakeFilter(dump.traces);
     m_shared->Complete(choosesItself);
     dump.format = m_format == "text" ? DumpFormat::Text : DumpFormat::Jsonl;
     dump.coloured = IsColoured(m_colour);
     dump.colours = ReadColourOption(m_colourRules, dump.format, dump.coloured);
+    m_profile.TakeLook(dump, m_colourRules.has_value());
     RefuseColumnsOf(dump.format, dump.traces);
     if (!dump.traces.follow) return;
     if (dump.files.size() > 1)
@@ -46,6 +50,7 @@ class LineCommand : public Command {
   std::optional<SharedOptions> m_shared;
   std::string m_format = "text", m_colour = "auto";
   std::optional<std::string> m_colourRules;
+  ProfileOption m_profile;
 };
 
 class DumpCommand final : public LineCommand {
@@ -65,6 +70,7 @@ class DumpCommand final : public LineCommand {
         "  trc dump web.trc db.trc --severity error --count 20\n"
         "  gzip -c web.trc | trc dump - --tail 3\n"
         "  trc dump --follow web.trc --tail 10 --severity warn+\n"
+        "  trc dump web.trc --profile slow.profile --count 20\n"
         "  trc dump web.trc --format jsonl > web.jsonl");
   }
   void Complete() override { CompleteLines(m_dump, false); }

@@ -18,12 +18,18 @@ constexpr std::size_t kAnswersMax = 2000;
 
 // Options with a value behind them, of the commands below. None of them is a flag in another one.
 const std::set<std::string_view> kWithValue = {
-    "-s",      "--server",  "-o",         "--file",      "--out",      "--max-files", "--max-size",
-    "-m",      "-f",        "--format",   "-c",          "-n",         "--count",     "--for",
-    "--check", "--uncheck", "-p",         "--preset",    "-a",         "--app",       "-b",
-    "--from",  "--columns", "--machine",  "--user",      "--tail",     "--context",   "--since",
-    "--color", "--until",   "--severity", "--component", "--category", "--pid",       "--tid",
-    "--where", "--by",      "--sort",     "-t",          "--top",      "--mark",      "--note"};
+    "-s",         "--server",    "-o",         "--file",
+    "--out",      "--max-files", "--max-size", "-m",
+    "-f",         "--format",    "-c",         "-n",
+    "--count",    "--for",       "--check",    "--uncheck",
+    "-p",         "--preset",    "-a",         "--app",
+    "-b",         "--from",      "--columns",  "--machine",
+    "--user",     "--tail",      "--context",  "--since",
+    "--color",    "--until",     "--severity", "--component",
+    "--category", "--pid",       "--tid",      "--where",
+    "--by",       "--sort",      "-t",         "--top",
+    "--mark",     "--note",      "--profile",  "--colour-rules",
+    "--since-row"};
 
 // Options whose value is a name, of the commands that give traces.
 constexpr std::pair<std::string_view, ChoiceField> kNameOptions[] = {
@@ -77,6 +83,7 @@ class Completion {
   std::string LiveMachine() const { return m_given.empty() ? std::string() : m_given.front(); }
   Words Paths(std::string_view prefix, const std::string& option);
   std::optional<Words> NamesOfOption(const std::string& before);
+  std::optional<Words> NamesOfProfile(const std::string& before);
   Words NamesOfField(WhereField field);
   Words Texts(const std::string& text, const std::string& option);
   Words OfSet();
@@ -118,6 +125,17 @@ std::optional<Words> Completion::NamesOfOption(const std::string& before) {
     return names;
   }
   return std::nullopt;
+}
+
+std::optional<Words> Completion::NamesOfProfile(const std::string& before) {
+  const std::string with = "--profile=";
+  const bool joined = m_current.starts_with(with);
+  if ((m_words[0] != "dump" && m_words[0] != "find") || (before != "--profile" && !joined))
+    return std::nullopt;
+  Words names = m_names.Profiles();
+  if (joined)
+    for (std::string& name : names) name.insert(0, with);
+  return names;
 }
 
 // "Net=ma": what is behind the last "=" or "+" is a setting.
@@ -194,6 +212,7 @@ Words Completion::Choices() {
       return Paths(std::string_view(m_current).substr(with.size()), with);
   }
   if (auto names = NamesOfOption(before)) return *std::move(names);
+  if (auto profiles = NamesOfProfile(before)) return *std::move(profiles);
   const std::string& command = m_words[0];
   if (command == "setup")
     return before == "-a" || before == "--app" ? m_names.Apps(Machine()) : Words();

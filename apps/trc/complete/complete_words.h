@@ -27,6 +27,8 @@ class CompletionNames {
   virtual std::vector<std::string> FileNames(const std::vector<std::string>& words,
                                              ChoiceField field) = 0;
   virtual std::vector<std::string> LiveNames(const std::string& machine, ChoiceField field) = 0;
+  // Of the desktop.
+  virtual std::vector<std::string> Profiles() = 0;
 };
 
 // `words` stand behind "trc"; the last one, which may be empty, is completed. All answers begin

@@ -14,6 +14,7 @@
 #include "records/trc_walk.h"
 #include "terminal/terminal_host.h"
 #include "tree/filter/filter_dialog.h"
+#include "views/stored_views.h"
 
 namespace {
 
@@ -189,4 +190,10 @@ std::vector<std::string> KnownNames::LivePaths(const std::string& machine,
     }
   }
   return LevelOf(host, filter, std::move(names), prefix);
+}
+
+std::vector<std::string> KnownNames::Profiles() {
+  Names names;
+  for (Profile& profile : ReadProfiles()) names.push_back(std::move(profile.name));
+  return names;
 }

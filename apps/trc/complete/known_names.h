@@ -20,4 +20,5 @@ class KnownNames final : public CompletionNames {
   std::vector<std::string> FileNames(const std::vector<std::string>& words,
                                      ChoiceField field) override;
   std::vector<std::string> LiveNames(const std::string& machine, ChoiceField field) override;
+  std::vector<std::string> Profiles() override;
 };

@@ -180,6 +180,17 @@ class Completion(unittest.TestCase):
         packed.write_bytes(packed.read_bytes()[:-100])
         self.assertEqual(self.complete("--", "dump", str(packed), "--component", "Sq")[0], ["Sql"])
 
+    def test_profiles(self):
+        environment = self.machine.environment()
+        config = environment.get("XDG_CONFIG_HOME") or f"{environment['HOME']}/.config"
+        profiles = Path(config, "tessera/profiles")
+        profiles.mkdir(parents=True)
+        for name in "Slow orders", "slack":
+            (profiles / f"{name}.json").write_text(f'{{"format": "tessera-profile", "version": 1, "name": "{name}"}}')
+        self.assertEqual(self.complete("--", "dump", "--profile", "S")[0], ["Slow orders"])
+        self.assertEqual(self.complete("--", "find", "x", "--profile=s")[0], ["--profile=slack"])
+        self.assertEqual(self.complete("--", "tree", "--profile", "")[0], [])
+
     def test_filter_text(self):
         file = str(self.folder / "some traces.trc")
         self.assertEqual(self.complete("--", "dump", file, "--where", "compo")[0], ["component"])

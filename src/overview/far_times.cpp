@@ -75,6 +75,11 @@ std::optional<TimeLimits> Core(const TimeSlices& slices, std::uint64_t most) {
 
 }  // namespace
 
+bool CouldBeNarrower(const TimeSlices& slices) {
+  const std::size_t size = slices.Size();
+  return size > 0 && size * kTimes <= TimeSlices::kSlices && slices.Width() > 1;
+}
+
 std::optional<TimeLimits> BetterLimits(const TimeSlices& slices) {
   const std::size_t size = slices.Size();
   const std::uint64_t far = slices.Before() + slices.Behind();
@@ -82,6 +87,6 @@ std::optional<TimeLimits> BetterLimits(const TimeSlices& slices) {
   if (far > most) return TimeLimits();
   if (size == 0) return std::nullopt;
   if (const auto core = Core(slices, most - far)) return core;
-  if (size * kTimes > TimeSlices::kSlices || slices.Width() == 1) return std::nullopt;
+  if (!CouldBeNarrower(slices)) return std::nullopt;
   return TimeLimits{slices.From(), slices.To()};
 }

@@ -11,6 +11,8 @@
 
 #include "overview/time_slices.h"
 
+// Do the slices take a small part of their number, with the width of a time that was longer?
+bool CouldBeNarrower(const TimeSlices& slices);
 // The limits with which the same traces should be counted anew: because a few are far, because too
 // many are outside of the limits now, or because the slices could be much narrower. Nothing: the
 // slices are good. Counting anew with what this says comes to an end after a few times.

@@ -1,8 +1,8 @@
 // What every face of the overview must do: the Qt class and the fake.
 //
 // A harness has Strip(), Face(), Owner() and Document() with 1,000 traces in ten seconds,
-// ShowAt(width) for a window of this width, and Click, DragTo, Turn and Press(key) as a user does
-// them; pixels are those of the strip.
+// ShowAt(width) for a window of this width, and Click, DragTo, Turn Press(key) and OpenMenu as
+// a user does them; pixels are those of the strip.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -32,6 +32,8 @@ class OverviewOnShow {
   ~OverviewOnShow() { m_strip.SetPane(nullptr); }
   OverviewStrip& Strip() { return m_strip; }
   RecordingOverviewOwner& Owner() { return m_owner; }
+  void AddFarTrace() { m_document.Add(MakeEvent({.date = PackDate(1970, 1, 1), .time = 0})); }
+  RecordingHost& GetHost() { return m_document.m_host; }
   void Settle() {
     m_strip.SetPane(&m_document.m_pane);
     do {
@@ -114,6 +116,24 @@ TYPED_TEST_P(OverviewContract, TheKeysReachTheStrip) {
   EXPECT_EQ(this->m_harness.Owner().m_left, 1);
 }
 
+TYPED_TEST_P(OverviewContract, AKeyAndTheMenuShowTimesFarAwayAndLeaveThemOut) {
+  this->m_harness.AddFarTrace();
+  this->m_harness.ShowAt(600);
+  this->m_harness.Settle();
+  this->m_harness.Face().SetFocus();
+  EXPECT_EQ(this->Strip().Scale().from / 86'400'000, 20'778);
+  this->m_harness.Press(OverviewStrip::Key::Far, false);
+  this->m_harness.Settle();
+  EXPECT_TRUE(this->Strip().ShowsFar());
+  EXPECT_EQ(this->Strip().Scale().from, 0);
+  this->m_harness.OpenMenu();
+  EXPECT_EQ(this->m_harness.GetHost().MenuText(), "+Show Times Far Away|(Zoom Out)");
+  this->m_harness.GetHost().Choose("Show Times Far Away");
+  this->m_harness.Settle();
+  EXPECT_EQ(this->Strip().Scale().from / 86'400'000, 20'778);
+}
+
 REGISTER_TYPED_TEST_SUITE_P(OverviewContract, TheStripKnowsTheRoomAtEachWidth,
                             HasTheFocusWhenItIsGiven, AClickPutsTheCursorThereAndADragTakesAStep,
-                            TheWheelZoomsAndADoubleClickEndsThat, TheKeysReachTheStrip);
+                            TheWheelZoomsAndADoubleClickEndsThat, TheKeysReachTheStrip,
+                            AKeyAndTheMenuShowTimesFarAwayAndLeaveThemOut);

@@ -53,6 +53,18 @@ std::int64_t ZoneOf(std::int64_t time, bool utc) {
              : ZoneOffsetSeconds(FloorDivided(time, Milliseconds::kSecond)) * Milliseconds::kSecond;
 }
 
+constexpr int kGapPx = 12;
+
+// `fits` says whether two texts have room beside each other.
+void AddNotes(const OverviewEndNotes& notes, std::string& first, std::string& last,
+              const std::function<bool(const std::string&, const std::string&)>& fits) {
+  const std::string left = notes.first.empty() ? first : first + " (" + notes.first + ")";
+  const std::string right = notes.last.empty() ? last : "(" + notes.last + ") " + last;
+  if (!fits(left, right)) return;
+  first = left;
+  last = right;
+}
+
 }  // namespace
 
 int OverviewScale::PxOf(std::int64_t time) const {
@@ -89,8 +101,8 @@ TimeLimits BarTimeAt(const TimeSlices& slices, const OverviewScale& scale, int l
 }
 
 std::vector<OverviewLabel> LabelsOf(const OverviewScale& scale, bool utc,
-                                    const std::function<int(const std::string&)>& widthPx) {
-  constexpr int kGapPx = 12;
+                                    const std::function<int(const std::string&)>& widthPx,
+                                    const OverviewEndNotes& notes) {
   const std::int64_t span = scale.to - scale.from;
   // A step whose labels have room, with as much again between them.
   const auto stepFits = [&](std::int64_t step) {
@@ -100,11 +112,15 @@ std::vector<OverviewLabel> LabelsOf(const OverviewScale& scale, bool utc,
   const auto fitting = std::find_if(kSteps.begin(), kSteps.end(), stepFits);
   const std::int64_t step = fitting == kSteps.end() ? kSteps.back() : *fitting;
   const std::int64_t exact = std::min(step, Milliseconds::kSecond);
-  std::vector<OverviewLabel> labels = {{0, DateTimeLabel(scale.from, exact, utc), true}};
+  std::string first = DateTimeLabel(scale.from, exact, utc);
   const bool isOneDay = TimeLabel(scale.from, Milliseconds::kDay, utc) ==
                         TimeLabel(scale.to, Milliseconds::kDay, utc);
-  const std::string last =
+  std::string last =
       isOneDay ? TimeLabel(scale.to, exact, utc) : DateTimeLabel(scale.to, exact, utc);
+  AddNotes(notes, first, last, [&](const std::string& left, const std::string& right) {
+    return widthPx(left) + kGapPx + widthPx(right) <= scale.widthPx;
+  });
+  std::vector<OverviewLabel> labels = {{0, first, true}};
   const int lastPx = scale.widthPx - widthPx(last);
   int freePx = widthPx(labels.front().text) + kGapPx;
   if (lastPx >= freePx) labels.push_back({lastPx, last, true});

@@ -39,7 +39,12 @@ struct OverviewLabel {
   std::string text;
   bool isEnd;  // of the strip, else it stands below its time
 };
+// Of what lies beyond the ends; behind the time of the left one, before that of the right one.
+struct OverviewEndNotes {
+  std::string first, last;
+};
 // Date and time at the left end, a time at the right end, and round times between them where they
-// have room, in this order.
+// have room, in this order. Notes are left out where there is no room for both ends with them.
 std::vector<OverviewLabel> LabelsOf(const OverviewScale& scale, bool utc,
-                                    const std::function<int(const std::string&)>& widthPx);
+                                    const std::function<int(const std::string&)>& widthPx,
+                                    const OverviewEndNotes& notes = {});

@@ -25,6 +25,7 @@ void OverviewStrip::SetPane(TracePane* pane) {
     m_coming.reset();
     m_times = nullptr;
     m_zoom = m_page = std::nullopt;
+    m_showsFar = false;
     m_cursor = m_anchor = std::nullopt;
   }
   m_timer.reset();
@@ -86,8 +87,11 @@ bool OverviewStrip::Renew() {
   if (latest && latest->IsOf(m_pane->Document(), m_pane->m_filter)) return false;
   m_times = nullptr;
   // A document that was cleared has other times.
-  if (latest && !latest->IsOfTraces(m_pane->Document())) m_zoom = std::nullopt;
-  m_coming = std::make_unique<PaneSlices>(m_pane->Document(), m_pane->m_filter, m_zoom);
+  if (latest && !latest->IsOfTraces(m_pane->Document())) {
+    m_zoom = std::nullopt;
+    m_showsFar = false;
+  }
+  m_coming = std::make_unique<PaneSlices>(m_pane->Document(), m_pane->m_filter, Wanted());
   if (!m_slices || !m_slices->IsOfTraces(m_pane->Document())) m_slices = std::move(m_coming);
   return true;
 }
@@ -144,7 +148,7 @@ const TimeSlices* OverviewStrip::Shown() const {
 // A few slices do not become wide blocks: then the right end is empty.
 TimeLimits OverviewStrip::WholeSpan() const {
   const TimeSlices* const slices = Shown();
-  if (!slices || m_slices->Zoom()) return m_whole;
+  if (!slices || m_slices->IsOfPart()) return m_whole;
   const std::int64_t least = m_widthPx / m_mostBarPx * slices->Width();
   return {slices->From(),
           std::max(slices->To(), slices->From() + std::max<std::int64_t>(least, 1))};
@@ -162,7 +166,7 @@ std::vector<OverviewBar> OverviewStrip::Bars() const {
 
 std::vector<OverviewLabel> OverviewStrip::Labels(
     const std::function<int(const std::string&)>& widthPx) const {
-  return Shown() ? LabelsOf(Scale(), g_useUtc, widthPx) : std::vector<OverviewLabel>();
+  return Shown() ? LabelsOf(Scale(), g_useUtc, widthPx, FarNotes()) : std::vector<OverviewLabel>();
 }
 
 std::vector<int> OverviewStrip::MarkTicks() const {
@@ -229,10 +233,8 @@ std::string OverviewStrip::Description() const {
     return CountsText(slices->Between(time), time, g_useUtc);
   };
   std::string text = textOf({slices->From(), slices->To()});
-  if (!m_zoom && slices->Before() > 0)
-    text += ", " + CountText(slices->Before(), "trace", "traces") + " long before";
-  if (!m_zoom && slices->Behind() > 0)
-    text += ", " + CountText(slices->Behind(), "trace", "traces") + " long behind";
+  for (const std::string& note : {FarNotes().first, FarNotes().last})
+    if (!note.empty()) text += ", " + note;
   if (const auto chosen = Chosen())
     text += ". Chosen: " + textOf(*chosen);
   else if (const auto cursor = Cursor())

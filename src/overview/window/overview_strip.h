@@ -25,7 +25,7 @@
 
 class OverviewStrip final : public PaneWatcher {
  public:
-  enum class Key { Left, Right, Home, End, Enter, Escape, ZoomIn, ZoomOut };
+  enum class Key { Left, Right, Home, End, Enter, Escape, ZoomIn, ZoomOut, Far };
   static constexpr unsigned kTickMs = 50;
 
   OverviewStrip(Host& host, OverviewOwner& owner) : m_host(host), m_owner(owner) {}
@@ -48,6 +48,7 @@ class OverviewStrip final : public PaneWatcher {
   std::vector<int> MarkTicks() const;
   std::vector<int> HitTicks() const;
   bool IsZoomed() const { return m_zoom.has_value(); }
+  bool ShowsFar() const { return m_showsFar; }  // times that lie far from all others
   bool IsWhole() const { return m_slices && m_slices->IsWhole() && !m_coming; }
   // All in one line; and what the cursor or the choice has. For people who do not see the strip.
   std::string Description() const;
@@ -65,8 +66,9 @@ class OverviewStrip final : public PaneWatcher {
   // Half the span for each notch away from the user, twice the span for one towards him.
   void Wheel(int px, int notches);
   void ZoomOut();
-  // False: it means nothing here.
-  bool OnKey(Key key, bool shift);
+  void ShowFar(bool on);
+  void OpenMenu(int screenXPx, int screenYPx);
+  bool OnKey(Key key, bool shift);  // false: it means nothing here
 
   void OnCurrentTrace() override { OnScrolled(); }
   void OnShownTraces() override;
@@ -83,9 +85,13 @@ class OverviewStrip final : public PaneWatcher {
   void ReadPage();
   bool HasNewHits();
   void SetZoom(const std::optional<TimeLimits>& zoom);
+  void CountAnew();
   void ZoomAround(std::int64_t time, int notches);
   const TimeSlices* Shown() const;
   TimeLimits WholeSpan() const;
+  std::optional<TimeLimits> Wanted() const;
+  OverviewEndNotes FarNotes() const;
+  bool IsAnyFar() const;
   TimeLimits BarOf(std::int64_t time) const;
   template <class VisitAll>
   std::vector<int> TicksOf(const VisitAll& visitAll) const;
@@ -108,6 +114,7 @@ class OverviewStrip final : public PaneWatcher {
   std::optional<TimeLimits> m_zoom, m_page;
   std::optional<std::int64_t> m_cursor, m_anchor;
   std::optional<int> m_pressedPx;
-  bool m_isDrag = false;
+  bool m_isDrag = false, m_showsFar = false;
+  const std::shared_ptr<char> m_mark = std::make_shared<char>();  // for an open menu
   int m_widthPx = 0, m_leastBarPx = 4, m_mostBarPx = 24;
 };

@@ -74,8 +74,12 @@ void OverviewStrip::ZoomOut() {
 void OverviewStrip::SetZoom(const std::optional<TimeLimits>& zoom) {
   if (zoom == m_zoom || !m_pane) return;
   m_zoom = zoom;
+  CountAnew();
+}
+
+void OverviewStrip::CountAnew() {
   m_anchor = std::nullopt;
-  m_coming = std::make_unique<PaneSlices>(m_pane->Document(), m_pane->m_filter, m_zoom, m_times);
+  m_coming = std::make_unique<PaneSlices>(m_pane->Document(), m_pane->m_filter, Wanted(), m_times);
   m_isStale = true;
   m_nextShow = {};
   Wake();
@@ -109,6 +113,9 @@ bool OverviewStrip::OnKey(Key key, bool shift) {
       return true;
     case Key::ZoomOut:
       ZoomAround(here, -1);
+      return true;
+    case Key::Far:
+      ShowFar(!m_showsFar);
       return true;
     default:
       Move(key, shift);

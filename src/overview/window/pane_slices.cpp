@@ -96,6 +96,11 @@ bool PaneSlices::StepLive(Clock::time_point until) {
     BeginAnew(*better);
     CountLive(until);
   }
+  // Of all times: what was far may have gone.
+  if (IsWhole() && m_changed && m_zoom && !IsOfPart() && CouldBeNarrower(m_slices)) {
+    BeginAnew(*m_zoom);
+    CountLive(until);
+  }
   if (IsWhole()) m_before = nullptr;
   return std::exchange(m_changed, false);
 }

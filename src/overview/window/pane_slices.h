@@ -2,7 +2,8 @@
 //
 // Shape    The traces of a file are counted on all processors. Those of a monitor are counted in
 //          short steps, and what the monitor removes is taken out again before it goes. A zoom
-//          counts the traces of its range only, in narrower slices. While a monitor's traces are
+//          counts the traces of its range only, in narrower slices; one of all times leaves nothing
+//          out that is far away. While a monitor's traces are
 //          counted anew Slices gives what was there before.
 // Owner    Borrows the document; has a copy of the filter.
 // Cost     40 KiB, of a file 50; of a monitor that is filtered a bit more for each trace held.
@@ -36,6 +37,8 @@ class PaneSlices {
     return &document == &m_document && document.m_traces.Generation() == m_generation;
   }
   const std::optional<TimeLimits>& Zoom() const { return m_zoom; }
+  // Of a range, and not of the whole time with or without what is far away.
+  bool IsOfPart() const { return m_zoom && *m_zoom != TimeLimits(); }
   // Counts on, for about this long. True: something has changed.
   bool Step(std::chrono::milliseconds time);
   // The document is about to remove these, its oldest traces.

@@ -22,6 +22,7 @@ class FakeHarness : public OverviewOnShow {
     m_strip.ZoomOut();
   }
   void Turn(int px, int notches) { m_strip.Wheel(px, notches); }
+  void OpenMenu() { m_strip.OpenMenu(0, 0); }
   void Press(OverviewStrip::Key key, bool shift) { m_strip.OnKey(key, shift); }
 
  private:

@@ -236,6 +236,49 @@ TYPED_TEST(OverviewStripTest, AZoomEndsSomewhereAndStaysWithinTheWhole) {
   }
 }
 
+TYPED_TEST(OverviewStripTest, TimesFarAwayAreToldAtTheEndsAndShownWhenAskedFor) {
+  const auto labels = [&] {
+    std::string all;
+    for (const OverviewLabel& label : this->m_strip.Labels(
+             [](const std::string& text) { return static_cast<int>(text.size()); }))
+      if (label.isEnd) all += "[" + label.text + "]";
+    return all;
+  };
+  this->FillTenSeconds();
+  this->m_document.Add(MakeEvent({.date = PackDate(1970, 1, 1), .time = 0}));
+  this->m_document.Add(MakeEvent({.date = PackDate(2030, 1, 1), .time = 0}));
+  this->Show();
+  EXPECT_EQ(this->CountOfBars(), 1000U);
+  EXPECT_EQ(labels(),
+            "[2026-11-21 09:00:00.000 (1 trace long before)][(1 trace long behind) 09:00:10.000]");
+  EXPECT_NE(this->m_strip.Description().find(", 1 trace long before, 1 trace long behind"),
+            std::string::npos);
+  EXPECT_TRUE(this->m_strip.OnKey(Key::Far, false));
+  this->Settle();
+  EXPECT_EQ(this->CountOfBars(), 1002U);
+  EXPECT_EQ(this->m_strip.Scale().from, 0);
+  EXPECT_EQ(labels().find("[1970-01-01 00:00:00 (all times)]"), 0U) << labels();
+  this->m_strip.Wheel(1, 3);
+  this->Settle();
+  EXPECT_LT(this->m_strip.Scale().to, 400'000'000'000);
+  this->m_strip.ZoomOut();
+  this->Settle();
+  EXPECT_EQ(this->CountOfBars(), 1002U);
+  this->m_strip.OnKey(Key::Far, false);
+  this->Settle();
+  EXPECT_EQ(this->CountOfBars(), 1000U);
+  EXPECT_EQ(this->m_strip.Scale().from, this->kBegin);
+}
+
+TYPED_TEST(OverviewStripTest, WithoutTimesFarAwayThereIsNothingMoreToShow) {
+  this->FillTenSeconds();
+  this->Show();
+  this->m_strip.OnKey(Key::Far, false);
+  EXPECT_FALSE(this->m_strip.ShowsFar());
+  this->m_strip.OpenMenu(0, 0);
+  EXPECT_EQ(this->m_document.m_host.MenuText(), "(Show Times Far Away)|(Zoom Out)");
+}
+
 TYPED_TEST(OverviewStripTest, TheKeysMoveByABarChooseAndLead) {
   this->FillTenSeconds();
   this->Show();
@@ -313,6 +356,20 @@ TEST(MonitorStripTest, TracesThatComeAndGoAreFollowed) {
   strip.Settle();
   EXPECT_EQ(strip.CountOfBars(), 650U);
   ExpectCountsOf(strip.m_document.Slow({}), strip.m_strip.Counted()->Slices());
+}
+
+TEST(MonitorStripTest, WhenWhatWasFarAwayHasGoneTheRestIsToldApartAgain) {
+  Strip<CTraceDoc> strip;
+  strip.m_document.Add(MakeEvent({.date = PackDate(1970, 1, 1), .time = 0}));
+  strip.FillTenSeconds();
+  strip.Show();
+  strip.m_strip.ShowFar(true);
+  strip.Settle();
+  EXPECT_LE(strip.m_strip.Bars().size(), 2U);
+  strip.m_document.Trim(1);
+  strip.Settle();
+  EXPECT_GT(strip.m_strip.Bars().size(), 20U);
+  EXPECT_EQ(strip.CountOfBars(), 1000U);
 }
 
 TEST(MonitorStripTest, TracesMayGoWhileAZoomIsCounted) {

@@ -123,19 +123,25 @@ void OverviewWidget::wheelEvent(QWheelEvent* event) {
   if (m_strip && notches != 0) m_strip->Wheel(StripPx(event->position().x()), notches);
 }
 
+void OverviewWidget::contextMenuEvent(QContextMenuEvent* event) {
+  if (m_strip) m_strip->OpenMenu(event->globalPos().x(), event->globalPos().y());
+}
+
 void OverviewWidget::keyPressEvent(QKeyEvent* event) {
   using Key = OverviewStrip::Key;
   constexpr std::pair<int, Key> kKeys[] = {
       {Qt::Key_Left, Key::Left},     {Qt::Key_Right, Key::Right},  {Qt::Key_Home, Key::Home},
       {Qt::Key_End, Key::End},       {Qt::Key_Return, Key::Enter}, {Qt::Key_Enter, Key::Enter},
       {Qt::Key_Escape, Key::Escape}, {Qt::Key_Plus, Key::ZoomIn},  {Qt::Key_Equal, Key::ZoomIn},
-      {Qt::Key_Minus, Key::ZoomOut}};
+      {Qt::Key_Minus, Key::ZoomOut}, {Qt::Key_A, Key::Far}};
   const auto* const found = std::find_if(std::begin(kKeys), std::end(kKeys), [&](const auto& key) {
     return key.first == event->key();
   });
   const bool shift = event->modifiers() & Qt::ShiftModifier;
-  const bool alt = event->modifiers() & Qt::AltModifier;
-  if (!m_strip || alt || found == std::end(kKeys) || !m_strip->OnKey(found->second, shift))
+  // Ctrl+A is a command of the window.
+  const bool other = event->modifiers() & Qt::AltModifier ||
+                     (event->key() == Qt::Key_A && event->modifiers() & Qt::ControlModifier);
+  if (!m_strip || other || found == std::end(kKeys) || !m_strip->OnKey(found->second, shift))
     QWidget::keyPressEvent(event);
 }
 

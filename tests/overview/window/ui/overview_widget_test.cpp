@@ -58,10 +58,14 @@ class QtHarness : public OverviewOnShow {
   void Press(OverviewStrip::Key key, bool shift) {
     using Key = OverviewStrip::Key;
     const std::map<Key, Qt::Key> keys = {
-        {Key::Left, Qt::Key_Left},   {Key::Right, Qt::Key_Right},  {Key::Home, Qt::Key_Home},
-        {Key::End, Qt::Key_End},     {Key::Enter, Qt::Key_Return}, {Key::Escape, Qt::Key_Escape},
-        {Key::ZoomIn, Qt::Key_Plus}, {Key::ZoomOut, Qt::Key_Minus}};
+        {Key::Left, Qt::Key_Left},   {Key::Right, Qt::Key_Right},   {Key::Home, Qt::Key_Home},
+        {Key::End, Qt::Key_End},     {Key::Enter, Qt::Key_Return},  {Key::Escape, Qt::Key_Escape},
+        {Key::ZoomIn, Qt::Key_Plus}, {Key::ZoomOut, Qt::Key_Minus}, {Key::Far, Qt::Key_A}};
     QTest::keyClick(&Widget(), keys.at(key), shift ? Qt::ShiftModifier : Qt::NoModifier);
+  }
+  void OpenMenu() {
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, At(10), Widget().mapToGlobal(At(10)));
+    QApplication::sendEvent(&Widget(), &menu);
   }
   QImage Picture() { return Widget().grab().toImage(); }
 

@@ -1,9 +1,11 @@
 // Clients that pass traces on and confirm them, killed and coming back, at a real service.
+#include <atomic>
 #include <quor/quor.hpp>
 #include <random>
 #include <set>
 
 #include "machine_fixture.h"
+#include "quor/client/taker/taker.h"
 #include "taking_client.h"
 
 namespace {
@@ -172,6 +174,52 @@ TEST_F(QuordTakers, ALieEndsOnlyThatConnection) {
   EXPECT_TRUE(quord.Says("malformed: it has taken frames that were not sent"));
   ASSERT_TRUE(client.Connect(quord.SocketPath()));
   EXPECT_EQ(client.Take(kId, false).error(), quor::wire::ERROR_NONE);
+}
+
+// Passes nothing on: it counts, and confirms a little later than it gets.
+class Counting final : public Taker::User {
+ public:
+  void OnStream(const std::string& id) override {
+    m_id = id;
+    ++streams;
+    m_next = 0;
+  }
+  void OnFrame(const TakenFrame& frame) override {
+    EXPECT_EQ(frame.number, ++m_next);
+    if (taker && frame.number > 2) taker->Taken(m_id, frame.number - 2);
+  }
+  void OnGap(std::uint64_t) override {}
+  void OnBroken(const std::string&) override {}
+  Taker* taker = nullptr;
+  std::atomic<unsigned> streams{0};
+
+ private:
+  std::string m_id;
+  std::uint64_t m_next = 0;
+};
+
+TEST_F(QuordTakers, OverServicesThatAreKilledTheSumIsExact) {
+  quord.Start();
+  constexpr int kTraces = 40000;
+  const auto app = Numbers(kTraces);
+  Counting counting;
+  Taker taker("localhost", counting);
+  counting.taker = &taker;
+  std::string why;
+  ASSERT_TRUE(taker.Start(std::chrono::seconds(10), &why)) << why;
+  ASSERT_TRUE(WaitFor([&] { return counting.streams == 1; }));
+  app->Go();
+  for (int i = 0; i < 3; ++i) {
+    poll(nullptr, 0, 70);
+    i == 1 ? static_cast<void>(quord.Stop()) : quord.Kill();
+    quord.Start();
+  }
+  EXPECT_EQ(app->Wait(), 0);
+  const auto sum = [&] { return taker.GetCounts().delivered + taker.GetCounts().lost; };
+  EXPECT_TRUE(WaitFor([&] { return sum() >= kTraces; }));
+  EXPECT_EQ(sum(), static_cast<std::uint64_t>(kTraces)) << taker.GetCounts().lost << " lost";
+  EXPECT_GE(counting.streams, 2u);
+  taker.Stop();
 }
 
 using MachineTakers = MachineFixture;

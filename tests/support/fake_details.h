@@ -19,9 +19,9 @@ class FakeDetails final : public DetailsFace {
     ++m_updates;
     UpdateRows();
     m_message = m_pane.Message();
-    m_text = m_pane.ShownText();
-    m_hidden = m_pane.HiddenBytes();
-    m_hits = m_pane.Hits();
+    m_text = m_pane.Body().Shown();
+    m_hidden = m_pane.Body().HiddenBytes();
+    m_hits = m_pane.Body().Hits();
   }
   void UpdateRows() override {
     m_rows.clear();

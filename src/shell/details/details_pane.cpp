@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/text.h"
 #include "listview/details/detail_texts.h"
 #include "listview/rows/cell_value.h"
 #include "listview/source/open_source.h"
 #include "panes/trace_pane.h"
 #include "settings/globals.h"
-#include "tree/find/find_hits.h"
 
 namespace {
 
@@ -78,9 +76,7 @@ void DetailsPane::Leave() {
   if (m_state == State::None || (m_state == State::Trimmed && !cleared)) return;
   m_state = State::None;
   m_rows.clear();
-  m_text.clear();
-  m_hits.clear();
-  m_shownBytes = 0;
+  m_body.Clear();
 }
 
 std::string DetailsPane::Message() const {
@@ -106,9 +102,7 @@ void DetailsPane::Read(const TraceEvent_i& event) {
   m_where = m_pane->m_filter.where;
   ReadRows(event);
   ReadStack(event.GetStack());
-  m_text = event.GetText();
-  m_shownBytes = CutUtf8(m_text, kTextBytes).size();
-  FindHitsInText();
+  m_body.Read(event.GetText(), m_where);
 }
 
 void DetailsPane::ReadRows(const TraceEvent_i& event) {
@@ -170,17 +164,15 @@ void DetailsPane::NameStack() {
   });
 }
 
-void DetailsPane::FindHitsInText() {
-  const std::string_view shown = ShownText();
-  FindHits find;
-  WhereHits where(m_where);
-  m_hits = JoinedHits(find.In(shown), where.In(shown));
+void DetailsPane::ShowAll() {
+  if (m_body.HiddenBytes() == 0) return;
+  m_body.ShowAll();
+  m_face->Update();
 }
 
-void DetailsPane::ShowAll() {
-  if (HiddenBytes() == 0) return;
-  m_shownBytes = m_text.size();
-  FindHitsInText();
+void DetailsPane::SetPretty(bool on) {
+  if (on == m_body.IsPretty()) return;
+  m_body.SetPretty(on);
   m_face->Update();
 }
 

@@ -14,14 +14,13 @@
 #include <string>
 #include <vector>
 
-#include "controls/text/cell_parts.h"
 #include "docview/host_timer.h"
 #include "docview/posted_step.h"
 #include "listview/details/stack_namer.h"
 #include "panes/cell_steps.h"
 #include "shell/beside/beside_pane.h"
+#include "shell/details/detail_body.h"
 #include "shell/details/details_face.h"
-#include "where/hits/where_hits.h"
 
 class TraceEvent_i;
 
@@ -36,8 +35,7 @@ struct DetailRow {
 
 class DetailsPane final : public BesidePane {
  public:
-  // A longer text is shown in part, until the user asks for all of it.
-  static constexpr std::size_t kTextBytes = 8192;
+  static constexpr std::size_t kTextBytes = DetailBody::kFirstBytes;
 
   using MakeFace = std::function<std::unique_ptr<DetailsFace>(DetailsPane&)>;
   // `takeStep` adds a test to the filter text in force.
@@ -56,11 +54,10 @@ class DetailsPane final : public BesidePane {
   // Why there is no trace, or what has become of it; empty otherwise.
   std::string Message() const;
   const std::vector<DetailRow>& Rows() const { return m_rows; }
-  // The text as far as it is shown, its hits, and how many bytes of it are not shown.
-  std::string_view ShownText() const { return std::string_view(m_text).substr(0, m_shownBytes); }
-  const std::vector<HitRange>& Hits() const { return m_hits; }
-  std::size_t HiddenBytes() const { return m_text.size() - m_shownBytes; }
+  const DetailBody& Body() const { return m_body; }
   void ShowAll();
+  // The JSON in texts on lines of its own.
+  void SetPretty(bool on);
   // "Component: Sql", a line for each; rows that do not exist are left out.
   std::string CopyText(const std::vector<std::size_t>& rows) const;
   // Only This and Hide This for a row.
@@ -80,7 +77,6 @@ class DetailsPane final : public BesidePane {
   void ReadRows(const TraceEvent_i& event);
   void ReadStack(const std::string& stack);
   void AddRow(const char* caption, std::string value, std::optional<CellValue> cell = {});
-  void FindHitsInText();
   void NameStack();
 
   Host& m_host;
@@ -97,9 +93,8 @@ class DetailsPane final : public BesidePane {
 
   std::vector<DetailRow> m_rows;
   std::size_t m_firstFrame = 0;  // among the rows
-  std::string m_text, m_stack;
-  std::size_t m_shownBytes = 0;
-  std::vector<HitRange> m_hits;
+  std::string m_stack;
+  DetailBody m_body;
   StackNamer m_namer;
   std::unique_ptr<HostTimer> m_standing;  // until the trace has been shown for a moment
   PostedStep m_look;

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "settings/globals.h"
+#include "settings/registry.h"
 #include "support/fake_details.h"
 #include "support/make_event.h"
 #include "support/plain_trace_pane.h"
 #include "support/recording_host.h"
+#include "support/temp_dir.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
 
@@ -15,6 +19,7 @@ namespace {
 class DetailsPaneTest : public testing::Test {
  protected:
   DetailsPaneTest() {
+    SetSettingsFile(m_dir.File("settings.ini"));
     FindSettings = {};
     m_document.m_loading = false;
     m_details.OnPane(m_pane);
@@ -25,6 +30,7 @@ class DetailsPaneTest : public testing::Test {
     m_pane.Unwatch(m_details);
     FindSettings = {};
     g_useUtc = false;
+    SetSettingsFile("");
   }
   TraceEvent_i* Add(const TraceFields& fields) {
     m_document.AddTrace(MakeEvent(fields).release());
@@ -46,6 +52,7 @@ class DetailsPaneTest : public testing::Test {
     return m_details.Rows().at(RowOf(caption)).value;
   }
 
+  TempDir m_dir;
   RecordingHost m_host;
   CTraceDoc m_document{m_host};
   PlainTracePane m_pane{m_document};
@@ -196,6 +203,59 @@ TEST_F(DetailsPaneTest, HitsOfTheLastSearchAndOfTheFilterTextAreTinted) {
   ASSERT_EQ(RegexPrepare("4711", 0, 1, 0, 0), 1);
   At(Add({.text = "order 4711 of order"}));
   EXPECT_EQ(m_face->m_hits, (std::vector<HitRange>{{0, 5}, {6, 10}, {14, 19}}));
+}
+
+// ---- JSON in the text
+
+TEST_F(DetailsPaneTest, JsonStandsOnLinesOfItsOwnIfTheUserWantsThatAlsoNextTime) {
+  At(Add({.text = "plain"}));
+  EXPECT_FALSE(m_details.Body().HasJson());
+  At(Add({.text = "got {\"a\":1}"}));
+  EXPECT_TRUE(m_details.Body().HasJson());
+  EXPECT_EQ(m_face->m_text, "got {\"a\":1}") << "until it is asked for";
+  m_details.SetPretty(true);
+  EXPECT_EQ(m_face->m_text, "got \n{\n  \"a\": 1\n}");
+  At(Add({.text = "{\"b\":[]}"}));
+  EXPECT_EQ(m_face->m_text, "{\n  \"b\": []\n}");
+  At(Add({.text = "{\"b\":"}));
+  EXPECT_EQ(m_face->m_text, "{\"b\":") << "it is no JSON";
+  FakeDetails* other = nullptr;
+  DetailsPane next(
+      m_host, [&](DetailsPane& pane) { return std::make_unique<FakeDetails>(pane, other); },
+      [](const std::string&) {});
+  next.OnPane(m_pane);
+  At(Add({.text = "{\"b\":1}"}));
+  next.OnShown(true);
+  EXPECT_EQ(other->m_text, "{\n  \"b\": 1\n}");
+  m_details.SetPretty(false);
+  EXPECT_EQ(m_face->m_text, "{\"b\":1}");
+}
+
+TEST_F(DetailsPaneTest, HitsAreThoseOfTheTracedTextWhereverItsBytesStandNow) {
+  FindSettings.searchText = "1,\"name\"";
+  ASSERT_EQ(RegexPrepare("1,\"name\"", 0, 1, 0, 0), 1);
+  At(Add({.text = "{\"a\":1,\"name\":\"x\"}"}));
+  m_details.SetPretty(true);
+  ASSERT_EQ(m_face->m_hits.size(), 1u);
+  const HitRange hit = m_face->m_hits[0];
+  EXPECT_EQ(m_face->m_text.substr(hit.begin, hit.end - hit.begin), "1,\n  \"name\"");
+}
+
+TEST_F(DetailsPaneTest, LongJsonIsShownInPartWithTheHitsOfThatPart) {
+  FindSettings.searchText = "x";
+  ASSERT_EQ(RegexPrepare("x", 0, 1, 0, 0), 1);
+  std::string text = "[";
+  for (int i = 0; i < 3000; ++i) text += i % 100 ? "\"y\"," : "\"x\",";
+  text += "\"z\"]";
+  At(Add({.text = text.c_str()}));
+  m_details.SetPretty(true);
+  EXPECT_EQ(m_face->m_text.size(), DetailsPane::kTextBytes);
+  const std::string part = m_face->m_text;
+  EXPECT_EQ(m_face->m_hits.size(), std::ranges::count(part, 'x'));
+  m_details.ShowAll();
+  EXPECT_EQ(m_face->m_hits.size(), 30u);
+  EXPECT_EQ(m_face->m_text.substr(0, part.size()), part);
+  for (const HitRange& hit : m_face->m_hits) EXPECT_EQ(m_face->m_text[hit.begin], 'x');
 }
 
 // ---- the stack

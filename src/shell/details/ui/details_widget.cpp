@@ -5,6 +5,7 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -127,7 +128,7 @@ void DetailFields::CopyAll() const {
 
 // ---- the text
 
-DetailText::DetailText() {
+DetailText::DetailText(DetailsPane& pane) : m_pane(pane) {
   setObjectName(QStringLiteral("detailText"));
   setAccessibleName(QStringLiteral("Text"));
   setReadOnly(true);
@@ -141,12 +142,26 @@ bool DetailText::event(QEvent* event) {
   return ClaimsKey(*event) || QPlainTextEdit::event(event);
 }
 
-void DetailText::ShowText(const DetailsPane& pane) {
-  const std::string text(pane.ShownText());
+void DetailText::contextMenuEvent(QContextMenuEvent* event) {
+  QMenu* const menu = createStandardContextMenu();
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  if (m_pane.Body().HasJson()) {
+    menu->addSeparator();
+    QAction* const pretty = menu->addAction(QStringLiteral("Pretty &JSON"));
+    pretty->setCheckable(true);
+    pretty->setChecked(m_pane.Body().IsPretty());
+    connect(pretty, &QAction::toggled, this, [this](bool on) { m_pane.SetPretty(on); });
+  }
+  const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
+  menu->popup(byMouse ? event->globalPos() : viewport()->mapToGlobal(cursorRect().bottomLeft()));
+}
+
+void DetailText::ShowText() {
+  const std::string text(m_pane.Body().Shown());
   const class ShownText shown(text);
   setPlainText(shown.Text());
   QList<QTextEdit::ExtraSelection> tinted;
-  for (const HitRange& hit : shown.PlacesOf(pane.Hits())) {
+  for (const HitRange& hit : shown.PlacesOf(m_pane.Body().Hits())) {
     QTextEdit::ExtraSelection tint;
     tint.cursor = QTextCursor(document());
     tint.cursor.setPosition(static_cast<int>(hit.begin));
@@ -164,23 +179,23 @@ QtDetails::QtDetails(DetailsPane& pane)
       m_message(MakePlainLabel({}, this)),
       m_split(new QSplitter(Qt::Horizontal, this)),
       m_fields(new DetailFields(pane)),
-      m_text(new DetailText),
-      m_all(new QPushButton(this)) {
+      m_text(new DetailText(pane)),
+      m_all(new QPushButton(this)),
+      m_pretty(new QPushButton(QStringLiteral("Pretty &JSON"), this)) {
   setObjectName(QStringLiteral("details"));
   setAccessibleName(QStringLiteral("Details"));
   setFocusProxy(m_fields);
   m_message->setObjectName(QStringLiteral("detailMessage"));
   m_message->setContentsMargins(6, 3, 6, 3);
   m_message->setWordWrap(true);
-  m_all->setObjectName(QStringLiteral("detailAll"));
-  m_all->hide();
-  auto* const right = new QWidget(m_split);
+  // In the order of the key Tab.
+  m_split->addWidget(m_fields);
+  auto* const right = new QWidget;
   auto* const column = new QVBoxLayout(right);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
   column->addWidget(m_text, 1);
-  column->addWidget(m_all);
-  m_split->addWidget(m_fields);
+  column->addLayout(MakeButtons());
   m_split->addWidget(right);
   m_split->setStretchFactor(0, 2);
   m_split->setStretchFactor(1, 3);
@@ -189,12 +204,23 @@ QtDetails::QtDetails(DetailsPane& pane)
   layout->setSpacing(0);
   layout->addWidget(m_message);
   layout->addWidget(m_split, 1);
-  setTabOrder(m_fields, m_text);
-  setTabOrder(m_text, m_all);
+}
+
+QLayout* QtDetails::MakeButtons() {
+  m_all->setObjectName(QStringLiteral("detailAll"));
+  m_all->hide();
+  m_pretty->setObjectName(QStringLiteral("detailPretty"));
+  m_pretty->setCheckable(true);
+  m_pretty->hide();
+  connect(m_pretty, &QPushButton::toggled, this, [this](bool on) { m_pane.SetPretty(on); });
   connect(m_all, &QPushButton::clicked, this, [this] {
     m_pane.ShowAll();
     m_text->setFocus();
   });
+  auto* const buttons = new QHBoxLayout;
+  buttons->addWidget(m_pretty);
+  buttons->addWidget(m_all, 1);
+  return buttons;
 }
 
 void QtDetails::SetFocus() {
@@ -208,8 +234,11 @@ void QtDetails::Update() {
   m_message->setText(message);
   m_message->setVisible(!message.isEmpty());
   m_fields->Update();
-  m_text->ShowText(m_pane);
-  const std::size_t hidden = m_pane.HiddenBytes();
+  m_text->ShowText();
+  const DetailBody& body = m_pane.Body();
+  m_pretty->setVisible(body.HasJson());
+  m_pretty->setChecked(body.IsPretty());
+  const std::size_t hidden = body.HiddenBytes();
   if (hidden > 0) m_all->setText(Shown("Show &All (" + GroupDigits(hidden) + " More Bytes)"));
   m_all->setVisible(hidden > 0);
 }

@@ -13,6 +13,7 @@
 #include "shell/details/details_pane.h"
 
 class QLabel;
+class QLayout;
 class QPushButton;
 class QSplitter;
 
@@ -40,12 +41,16 @@ class DetailFields final : public QTreeWidget, public KeyKeeper {
 
 class DetailText final : public QPlainTextEdit, public KeyKeeper {
  public:
-  DetailText();
+  explicit DetailText(DetailsPane& pane);
 
-  void ShowText(const DetailsPane& pane);
+  void ShowText();
 
  protected:
   bool event(QEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+
+ private:
+  DetailsPane& m_pane;
 };
 
 class QtDetails final : public QWidget, public DetailsFace, public QtControl {
@@ -63,10 +68,12 @@ class QtDetails final : public QWidget, public DetailsFace, public QtControl {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  QLayout* MakeButtons();
+
   DetailsPane& m_pane;
   QLabel* const m_message;
   QSplitter* const m_split;
   DetailFields* const m_fields;
   DetailText* const m_text;
-  QPushButton* const m_all;
+  QPushButton *const m_all, *const m_pretty;
 };

@@ -16,15 +16,18 @@
 
 #include "docview/ui/hit_color.h"
 #include "docview/ui/qt_host.h"
+#include "settings/registry.h"
 #include "support/make_event.h"
 #include "support/plain_trace_pane.h"
 #include "support/qt_test_main.h"
+#include "support/temp_dir.h"
 
 namespace {
 
 class DetailsWidgetTest : public testing::Test {
  protected:
   DetailsWidgetTest() {
+    SetSettingsFile(m_dir.File("settings.ini"));
     m_document.m_names[8].name = "Sql";
     m_document.m_loading = false;
     m_details.OnPane(m_pane);
@@ -35,7 +38,10 @@ class DetailsWidgetTest : public testing::Test {
     Widget().activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&Widget()));
   }
-  ~DetailsWidgetTest() override { m_pane.Unwatch(m_details); }
+  ~DetailsWidgetTest() override {
+    m_pane.Unwatch(m_details);
+    SetSettingsFile("");
+  }
 
   void Show(const TraceFields& fields) {
     m_document.AddTrace(MakeEvent(fields).release());
@@ -46,6 +52,7 @@ class DetailsWidgetTest : public testing::Test {
   DetailFields& Fields() { return *Widget().findChild<DetailFields*>(); }
   DetailText& Text() { return *Widget().findChild<DetailText*>(); }
   QPushButton& All() { return *Widget().findChild<QPushButton*>("detailAll"); }
+  QPushButton& Pretty() { return *Widget().findChild<QPushButton*>("detailPretty"); }
   QString Message() { return Widget().findChild<QLabel*>("detailMessage")->text(); }
   int RowOf(const char* caption) {
     for (int row = 0; row < Fields().topLevelItemCount(); ++row)
@@ -54,6 +61,7 @@ class DetailsWidgetTest : public testing::Test {
     return 0;
   }
 
+  TempDir m_dir;
   QtHost m_host;
   CTraceDoc m_document{m_host};
   PlainTracePane m_pane{m_document};
@@ -192,6 +200,56 @@ TEST_F(DetailsWidgetTest, AssistiveTechnologyReadsFieldsAndText) {
   QAccessibleInterface* const text = QAccessible::queryAccessibleInterface(&Text());
   ASSERT_TRUE(text && text->textInterface());
   EXPECT_EQ(text->textInterface()->text(0, 8), QStringLiteral("the text"));
+}
+
+TEST_F(DetailsWidgetTest, AButtonItsLetterAndThePopUpOfTheTextShowJsonOnLinesOfItsOwn) {
+  Show({.text = "plain"});
+  EXPECT_FALSE(Pretty().isVisible());
+  Show({.text = "{\"a\":1}"});
+  ASSERT_TRUE(Pretty().isVisible());
+  QTest::mouseClick(&Pretty(), Qt::LeftButton);
+  const QString pretty = QStringLiteral("{\n  \"a\": 1\n}");
+  EXPECT_EQ(Text().toPlainText(), pretty);
+  EXPECT_TRUE(Pretty().isChecked());
+  QTest::keyClick(&Fields(), Qt::Key_J, Qt::AltModifier);
+  EXPECT_TRUE(
+      QTest::qWaitFor([this] { return Text().toPlainText() == QStringLiteral("{\"a\":1}"); }));
+  QContextMenuEvent asked(QContextMenuEvent::Keyboard, QPoint(1, 1), QPoint(1, 1));
+  QApplication::sendEvent(Text().viewport(), &asked);
+  const QPointer<QMenu> menu = Text().findChild<QMenu*>();
+  ASSERT_TRUE(menu && menu->isVisible());
+  EXPECT_FALSE(menu->actions().last()->isChecked());
+  QTest::keyClick(menu, Qt::Key_J);
+  EXPECT_EQ(Text().toPlainText(), pretty);
+  EXPECT_TRUE(Pretty().isChecked());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !menu; }));
+  Show({.text = "plain"});
+  EXPECT_FALSE(Pretty().isVisible());
+}
+
+TEST_F(DetailsWidgetTest, TabReachesTheButtonsWhichAreNamedInLettersOfBothSizes) {
+  const std::string text = "{\"a\":\"" + std::string(9000, 'x') + "\"}";
+  Show({.text = text.c_str()});
+  Text().setFocus();
+  QTest::keyClick(&Text(), Qt::Key_Tab);
+  EXPECT_TRUE(Pretty().hasFocus());
+  QTest::keyClick(&Pretty(), Qt::Key_Tab);
+  EXPECT_TRUE(All().hasFocus());
+  QTest::keyClick(&All(), Qt::Key_Tab);
+  EXPECT_TRUE(Fields().hasFocus());
+  QAccessibleInterface* const button = QAccessible::queryAccessibleInterface(&Pretty());
+  EXPECT_EQ(button->text(QAccessible::Name), QStringLiteral("Pretty JSON"));
+  EXPECT_TRUE(button->state().checkable);
+  QFont large = Widget().font();
+  large.setPointSizeF(large.pointSizeF() * 2);
+  Widget().setFont(large);
+  for (const QSize size : {QSize(700, 200), QSize(420, 400)}) {
+    Widget().resize(size);
+    QTest::qWait(0);
+    EXPECT_GE(Pretty().width(), Pretty().sizeHint().width());
+    EXPECT_GE(Text().viewport()->height(), Text().fontMetrics().lineSpacing());
+    EXPECT_FALSE(Pretty().geometry().intersects(All().geometry()));
+  }
 }
 
 TEST_F(DetailsWidgetTest, AHitIsTintedInTheText) {

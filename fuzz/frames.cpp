@@ -1,10 +1,11 @@
 // Any bytes as the data of a peer: split into frames, each parsed as every type that it could be,
-// the ledgers added up, the data given out as traces.
+// the ledgers added up, the data given out as traces, and as the frames of a stream that is taken.
 #include <cstdlib>
 
 #include "quor/client/stream/gap_ledger.h"
 #include "quor/client/stream/live_batch.h"
 #include "quor/client/stream/name_mapper.h"
+#include "quor/client/taker/taken_reader.h"
 #include "quor/protocol/frames.h"
 #include "quor/protocol/machine.h"
 #include "quor/protocol/quor.pb.h"
@@ -31,6 +32,7 @@ class Peer {
     Parse<quor::wire::Taken>(frame.body);
     TakeLedger(frame.body);
     TakeData(frame.body);
+    TakeTaken(frame);
     ParseMachine({frame.body.begin(), frame.body.end()});
   }
 
@@ -78,6 +80,28 @@ class Peer {
     batch->Forget();
   }
 
+  // As the client of a taken stream, over as many connections as there are faults.
+  void TakeTaken(const Frame& frame) {
+    quor::wire::Ledger ledger;
+    std::string why;
+    const std::uint64_t before = m_taken.Delivered() + m_taken.Lost();
+    bool good = true;
+    if (frame.type == FrameType::Data) good = m_taken.TakeData(frame.body, &why);
+    if (frame.type == FrameType::Ledger && ParseBody(frame, &ledger))
+      good = m_taken.TakeLedger(ledger, &why);
+    if (m_taken.Delivered() + m_taken.Lost() < before) std::abort();
+    if (good) return;
+    if (why.empty()) std::abort();
+    if (frame.body.size() % 2 == 0) m_taken.BeginStream({});
+    m_taken.BeginConnection(frame.body.size() % 3);
+  }
+  void Check(const TakenFrame& frame) {
+    if (frame.number != m_taken.Given()) std::abort();
+    if (frame.delivered > frame.serial || frame.lost > frame.serial - frame.delivered) std::abort();
+    if (frame.delivered > 0 && frame.records.empty()) std::abort();
+  }
+
+  TakenReader m_taken{[this](const TakenFrame& frame) { Check(frame); }, [](std::uint64_t) {}};
   GapLedger m_ledger;
   NameMap m_names;
   NameMapper m_mapper{m_names};

@@ -80,6 +80,8 @@ bool PutSettings(const ServeCommand& command, ServiceOptions* options, std::stri
   options->tls.roles = settings.roles;
   options->group = settings.group;
   options->defaultSettings = settings.defaultSettings;
+  options->takers.streams = settings.takers;
+  options->takers.storeBytes = std::size_t{settings.takerStore} << 20;
   options->logLevel = settings.logLevel;
   return true;
 }

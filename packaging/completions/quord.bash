@@ -20,7 +20,7 @@ _quord() {
     --group) COMPREPLY=($(compgen -g -- "$current")); return ;;
     --role-from) COMPREPLY=($(compgen -W 'ou san' -- "$current")); return ;;
     -c | --config | --crl) COMPREPLY=($(compgen -f -- "$current")); return ;;
-    --listen | --map-role | --host | -d | --days) return ;;
+    --listen | --map-role | --takers | --taker-store | --host | -d | --days) return ;;
   esac
   local words
   case $command in
@@ -31,7 +31,7 @@ _quord() {
     stop | reload) words='--socket-dir --help' ;;
     check-config) COMPREPLY=($(compgen -f -- "$current")); return ;;
     *) words='keys status stop reload check-config --foreground --config --log-level --listen --state-dir --socket-dir --keys-dir
-         --default-settings --machine --user --group --crl --role-from --map-role --help --version' ;;
+         --default-settings --machine --user --group --crl --role-from --map-role --takers --taker-store --help --version' ;;
   esac
   COMPREPLY=($(compgen -W "$words" -- "$current"))
 }

@@ -12,6 +12,8 @@ complete -c quord -n __fish_use_subcommand -l group -x -a '(__fish_complete_grou
 complete -c quord -n __fish_use_subcommand -l crl -r -F -d 'Refuse what these lists revoke'
 complete -c quord -n __fish_use_subcommand -l role-from -x -a 'ou san'
 complete -c quord -n __fish_use_subcommand -l map-role -x -d 'ROLE=TEXT'
+complete -c quord -n __fish_use_subcommand -l takers -x -d 'How many programs may confirm traces'
+complete -c quord -n __fish_use_subcommand -l taker-store -x -d 'MiB kept for each of them'
 complete -c quord -n '__fish_seen_subcommand_from check-config' -F
 complete -c quord -n __fish_use_subcommand -s f -l foreground -d 'Stay here'
 complete -c quord -n __fish_use_subcommand -s l -l log-level -x -a 'error warning info debug'

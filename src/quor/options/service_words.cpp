@@ -1,6 +1,7 @@
 #include "quor/options/service_words.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "base/near/near_word.h"
 #include "quor/listeners/tls_listener.h"
@@ -10,6 +11,17 @@ namespace {
 
 constexpr std::size_t kValueBytesMax = 4095;  // as of a path
 
+constexpr unsigned kTakersMax = 64, kTakerStoreMax = 4096;  // MiB
+
+std::optional<unsigned> NumberOf(const std::string& value, unsigned least, unsigned most) {
+  unsigned number = 0;
+  const char* const end = value.data() + value.size();
+  const auto read = std::from_chars(value.data(), end, number);
+  if (read.ec != std::errc() || read.ptr != end || number < least || number > most)
+    return std::nullopt;
+  return number;
+}
+
 std::string WhyNoValue(std::string_view word, const std::string& value) {
   const std::string quoted = "\"" + value + "\"";
   std::string why;
@@ -17,6 +29,10 @@ std::string WhyNoValue(std::string_view word, const std::string& value) {
     return quoted + " is no level" + DidYouMean(value, {"error", "warning", "info", "debug"});
   if (word == "listen" && !EndpointOf(value)) return quoted + " is not ADDRESS:PORT";
   if (word == "default-settings" && !SettingsOf(value, &why)) return why;
+  if (word == "takers" && !NumberOf(value, 0, kTakersMax))
+    return quoted + " is no number from 0 to " + std::to_string(kTakersMax);
+  if (word == "taker-store" && !NumberOf(value, 1, kTakerStoreMax))
+    return quoted + " is no number from 1 to " + std::to_string(kTakerStoreMax);
   if (word == "role-from" && value != "ou" && value != "san")
     return quoted + " is none of ou, san" + DidYouMean(value, {"ou", "san"});
   if (word == "map-role" && !MappedRole(value, &why)) return why;
@@ -41,6 +57,9 @@ void TakeSingle(const std::string& word, const std::string& value, ServiceSettin
   if (word == "machine") to.machine = value == "yes";
   if (word == "user") to.user = value;
   if (word == "crl") to.revoked = value;
+  if (word == "takers") to.takers = NumberOf(value, 0, kTakersMax).value_or(to.takers);
+  if (word == "taker-store")
+    to.takerStore = NumberOf(value, 1, kTakerStoreMax).value_or(to.takerStore);
   if (word == "role-from") to.roles.fromAltNames = value == "san";
 }
 
@@ -68,6 +87,10 @@ const std::vector<ServiceWord>& ServiceWords() {
        "alternative name [default: ou]"},
       {"map-role", "ROLE=TEXT", "This OU or alternative name gives the role; repeatable", false,
        true},
+      {"takers", "N",
+       "How many local programs may take traces and confirm them, each of which may make the "
+       "service keep some; 0: none [default: 4]"},
+      {"taker-store", "MIB", "How much is kept for each of them at the most [default: 64]"},
       {"default-settings", "SETTINGS",
        "What a new application traces: off, support, developer, max, or words as Info+Stack "
        "[default: support]"}};

@@ -30,6 +30,7 @@ struct ServiceSettings {
   std::vector<std::string> listen;
   std::string stateFolder, socketFolder, keysFolder;  // empty: the default
   std::uint32_t defaultSettings = 7;
+  unsigned takers = 4, takerStore = 64;  // streams; MiB of each
   std::string revoked, group;
   bool machine = false;  // all accounts of the machine
   std::string user;      // as whom it serves then; empty: the default

@@ -89,7 +89,7 @@ bool Service::Open(std::string* why) {
                                      m_machine,
                                      NewInstance(),
                                      SourceFilters(m_hub.Names()),
-                                     Takers(m_io, m_hub),
+                                     Takers(m_io, m_hub, m_options.takers),
                                      {},
                                      m_options.connectionLimits,
                                      {}});

@@ -22,9 +22,9 @@
 #include "quor/service/local_arrival.h"
 
 struct ServiceOptions {
-  std::string socketPath;
+  std::string socketPath, stateFolder;
   int inheritedSocket = -1;  // listens already
-  std::string stateFolder;
+  TakerLimits takers;
   std::vector<std::string> listen;  // "address:port", "[address]:port"
   TlsRules tls;
   std::uint32_t defaultSettings = kDefaultSettings;

@@ -50,6 +50,8 @@ bool Service::Reload(std::vector<std::string>* notes, std::string* why) {
   NeedsRestart(fresh->socketPath != m_options.socketPath, "socket-dir", notes);
   NeedsRestart(fresh->group != m_options.group, "group", notes);
   NeedsRestart(fresh->ofMachine != m_options.ofMachine, "machine", notes);
+  NeedsRestart(fresh->takers.streams != m_options.takers.streams, "takers", notes);
+  NeedsRestart(fresh->takers.storeBytes != m_options.takers.storeBytes, "taker-store", notes);
   NeedsRestart(fresh->stateFolder != m_options.stateFolder, "state-dir", notes);
   if (fresh->logLevel != m_options.logLevel) notes->push_back("log-level has changed");
   if (fresh->defaultSettings != m_options.defaultSettings)

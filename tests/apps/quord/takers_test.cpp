@@ -164,6 +164,33 @@ TEST_F(QuordTakers, AStatusNamesThemAndAnEndedStreamIsGone) {
   EXPECT_EQ(other.Take(kId, false).error(), quor::wire::ERROR_UNKNOWN_STREAM);
 }
 
+TEST_F(QuordTakers, AnAdministratorLimitsThem) {
+  quord.Start({"--takers", "1", "--taker-store", "1"});
+  TakingClient client, other;
+  ASSERT_TRUE(client.Connect(quord.SocketPath()) && other.Connect(quord.SocketPath()));
+  ASSERT_EQ(client.Take(kId, true).error(), quor::wire::ERROR_NONE);
+  EXPECT_EQ(other.Take(std::string(16, 'u'), true).error(), quor::wire::ERROR_LIMIT);
+  const auto app = Numbers(30000);
+  app->Go();
+  EXPECT_EQ(app->Wait(), 0);
+  // It reads and never confirms: half a MiB is sent, half a MiB waits, the rest is dropped.
+  QuordClient asking(quord.SocketPath());
+  ASSERT_TRUE(asking.Hello(quor::wire::ROLE_CONFIGURE));
+  Request request;
+  request.mutable_get_status();
+  quor::wire::Status status;
+  ASSERT_TRUE(WaitFor([&] {
+    client.Pump();
+    status = asking.Ask(request).status();
+    return status.takers(0).traces() + status.takers(0).dropped() == 30000;
+  }));
+  EXPECT_GT(status.takers(0).dropped(), 5000u);
+  EXPECT_LT(status.takers(0).bytes(), (1u << 20) + (128u << 10));
+  EXPECT_EQ(status.dropped(), status.takers(0).dropped());
+  EXPECT_EQ(quord.Run({"--takers", "many"}), 2);
+  EXPECT_TRUE(quord.Says("is no number from 0 to 64"));
+}
+
 TEST_F(QuordTakers, ALieEndsOnlyThatConnection) {
   quord.Start();
   TakingClient client;

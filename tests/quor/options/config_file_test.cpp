@@ -26,6 +26,8 @@ TEST(ConfigFileTest, HasTheWordsOfTheOptions) {
       "role-from = san\n"
       "map-role = configure=spiffe://example.org/ops\n"
       "map-role = monitor=desk.example.org\n"
+      "takers = 2\n"
+      "taker-store = 16\n"
       "default-settings = Info+Stack");
   EXPECT_TRUE(file.faults.empty()) << file.faults.front();
   ServiceSettings settings;
@@ -36,6 +38,8 @@ TEST(ConfigFileTest, HasTheWordsOfTheOptions) {
   EXPECT_EQ(settings.keysFolder, "/etc/quor/keys");
   EXPECT_EQ(settings.revoked, "/etc/ssl/lists.pem");
   EXPECT_EQ(settings.defaultSettings, 0x201u);
+  EXPECT_EQ(settings.takers, 2u);
+  EXPECT_EQ(settings.takerStore, 16u);
   EXPECT_TRUE(settings.roles.fromAltNames);
   const RoleRules expected{true,
                            {{quor::wire::ROLE_CONFIGURE, "spiffe://example.org/ops"},

@@ -2,8 +2,8 @@
 """Checks the laws of the house that the compiler does not: see docs/architecture.md.
 
 A room includes rooms before it only, and names just those that it includes; Qt stays in ui/ folders
-and the desktop program; rooms, files and functions keep their size; no circle of includes; comments
-are whole. Prints each breach as FILE:LINE: WHAT and exits 1 if there is one.
+and the desktop program; rooms, files and functions keep their size; no circle of includes; no type
+has the name of another; comments are whole. Prints each breach as FILE:LINE: WHAT and exits 1 if there is one.
 With --depends prints what each room would have to name.
 """
 import re
@@ -13,6 +13,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True  # no folder of them beside what is checked
 from long_functions import functions  # noqa: E402
+from type_names import types  # noqa: E402
 
 ROOT = Path(__file__).resolve().parent.parent
 LIMITS = {".h": 120, ".cpp": 350}
@@ -161,6 +162,25 @@ def test_sizes():
             yield f"{path.relative_to(ROOT)}:1: {count} lines, {TEST_LIMIT} at most"
 
 
+def program_of(name):
+    """The files whose types meet in one program: all of src, each other folder of a program alone."""
+    parts = name.split("/")
+    return "/".join(parts[:2]) if parts[0] == "apps" else parts[0]
+
+
+def names_twice(sources):
+    """The linker joins two types of one name without a word: then one has the functions of the other."""
+    places = {}
+    for source in sorted(sources, key=lambda source: not source.in_src):
+        for line, name in types(source.text):
+            places.setdefault(name, []).append((program_of(source.name), f"{source.name}:{line}"))
+    for name, at in places.items():
+        for program, place in at[1:]:
+            first = next(other for who, other in at if who in (program, "src"))
+            if first != place:
+                yield f"{place}: {name} is also the name of a type in {first}"
+
+
 def main():
     rooms = rooms_in_order((ROOT / RULES).read_text())
     sources = [Source(path.relative_to(ROOT).as_posix(), path.read_text(), rooms)
@@ -169,7 +189,8 @@ def main():
         for room, used in needs(sources, rooms).items():
             print(f"{room}: {' '.join(used)}")
         return 0
-    breaches = [*order(sources, rooms), *room_sizes(sources, rooms), *circles(sources), *test_sizes()]
+    breaches = [*order(sources, rooms), *room_sizes(sources, rooms), *circles(sources),
+                *names_twice(sources), *test_sizes()]
     for source in sources:
         breaches += [*torn_comments(source), *strange_includes(source, rooms), *sizes(source)]
     print("\n".join(breaches) if breaches else f"the house stands: {len(rooms)} rooms in order")

@@ -71,6 +71,32 @@ class Sizes(unittest.TestCase):
         self.assertEqual(len(list(check_house.room_sizes([half, half, half], ROOMS))), 1)
 
 
+class TypeNames(unittest.TestCase):
+    def found(self, *files):
+        return list(check_house.names_twice([source(name, text) for name, text in files]))
+
+    def test_two_types_of_one_program_have_two_names(self):
+        one = ("src/base/a.h", "struct A;\n\nclass A final : public B {\n  struct C {};\n};\n")
+        for other in ("struct A {};\n", "template <class T>\nstruct A {};\n", "enum class A : int { B };\n",
+                      "class [[nodiscard]] A {\n};\n"):
+            self.assertEqual(self.found(one, ("src/records/b.cpp", other)),
+                             ["src/records/b.cpp:1: A is also the name of a type in src/base/a.h:3"])
+            self.assertEqual(len(self.found(("apps/trc/b.cpp", other), one)), 1)
+
+    def test_what_others_cannot_see_may_have_any_name(self):
+        one = ("src/base/a.h", "struct A {\n  struct C {};\n};\n")
+        for other in ("namespace {\nstruct A {};\n}\n", "namespace other {\nstruct A {};\n}\n",
+                      "struct A::C {};\n", "struct C {};\n", "template <class A>\nstruct B {};\n", "struct A;\n",
+                      "void F() {\n  struct A {};\n}\n", "// struct A {};\n",
+                      "template <>\nstruct A<int> {};\n"):
+            self.assertEqual(self.found(one, ("src/records/b.cpp", other)), [], other)
+
+    def test_two_programs_may_share_a_name(self):
+        text = "struct A {};\n"
+        self.assertEqual(self.found(("apps/trc/a.cpp", text), ("apps/quord/a.cpp", text)), [])
+        self.assertEqual(len(self.found(("apps/trc/a.cpp", text), ("apps/trc/b.cpp", text))), 1)
+
+
 class Includes(unittest.TestCase):
     def found(self, name, text):
         return list(check_house.strange_includes(source(name, text), ROOMS))

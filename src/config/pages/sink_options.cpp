@@ -5,7 +5,7 @@
 
 #include "base/quor_str.h"
 
-std::string SinkOptionText(const SinkOptions& options) {
+std::string SinkOptionText(const SinkPageOptions& options) {
   return "flush=" + QuorStr::NumToStr(options.flush) +
          ";maxfiles=" + QuorStr::NumToStr(options.maxFiles) +
          ";maxsize=" + QuorStr::NumToStr(options.maxSize) + ";";

@@ -6,14 +6,14 @@
 #include <optional>
 #include <string>
 
-struct SinkOptions {
+struct SinkPageOptions {
   unsigned flush = 0;     // each trace is written at once: 0 or 1
   unsigned maxFiles = 0;  // older files that are kept; 0: all
   unsigned maxSize = 0;   // in megabytes; 0: no limit
 };
 
 // All three keys, in the order above.
-std::string SinkOptionText(const SinkOptions& options);
+std::string SinkOptionText(const SinkPageOptions& options);
 // The number behind the key ("flush="), wherever it is in the text; text that is no number counts
 // as 0. Nothing if the key is missing.
 std::optional<unsigned> SinkOptionNumber(const std::string& text, const char* key);

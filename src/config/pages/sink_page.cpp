@@ -137,8 +137,8 @@ bool CAppSinkCfgPropertyPage::Refuse(const char* text, unsigned control) {
   return false;
 }
 
-SinkOptions CAppSinkCfgPropertyPage::Options() const {
-  SinkOptions options;
+SinkPageOptions CAppSinkCfgPropertyPage::Options() const {
+  SinkPageOptions options;
   options.flush = m_bForceFlush != 0;
   options.maxFiles = FieldNumber(m_strHistoricFiles).value_or(0);
   options.maxSize = FieldNumber(m_strMaxSize).value_or(0);

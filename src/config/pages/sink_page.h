@@ -68,7 +68,7 @@ class CAppSinkCfgPropertyPage : public CPropertyPage {
   bool CheckHistoricFiles();
   bool CheckMaxSize();
   bool Refuse(const char* text, unsigned control);
-  SinkOptions Options() const;
+  SinkPageOptions Options() const;
 
   const CAppTraceCfgPropertyPage* m_before = nullptr;
   std::optional<SubmitResult> m_submitted;

@@ -20,7 +20,7 @@ bool HasNumber(Bytes record) {
 
 }  // namespace
 
-void FilterNames::Learn(const Batch& batch) {
+void SourceFilterNames::Learn(const Batch& batch) {
   if (m_generation != m_names.Generation()) {
     Forget();
     m_generation = m_names.Generation();
@@ -32,7 +32,7 @@ void FilterNames::Learn(const Batch& batch) {
   }
 }
 
-void FilterNames::Forget() {
+void SourceFilterNames::Forget() {
   m_map.clear();
   m_known.Clear();
 }

@@ -23,9 +23,9 @@
 #include "where/where_matcher.h"
 
 // The names of a hub as the programs ask for them. The ids are the hub's.
-class FilterNames {
+class SourceFilterNames {
  public:
-  explicit FilterNames(const HubNames& names) : m_names(names) {}
+  explicit SourceFilterNames(const HubNames& names) : m_names(names) {}
   // Enters those of the batch.
   void Learn(const Batch& batch);
   // Nobody asks any more. REQUIRES: no filter is left.
@@ -43,7 +43,7 @@ class FilterNames {
 // What all filters share.
 struct FilterMeans {
   HubNames& names;
-  FilterNames known{names};
+  SourceFilterNames known{names};
   WorkShare all{2}, making{2};
 };
 

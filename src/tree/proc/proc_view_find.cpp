@@ -1,6 +1,6 @@
 // Find and Find Next in the tree.
 #include "tree/find/find_settings.h"
-#include "tree/proc/counted_traces.h"
+#include "tree/proc/counted_tree_traces.h"
 #include "tree/proc/proc_view.h"
 
 namespace {
@@ -69,7 +69,7 @@ FindResult CProcView::FindInTree() {
     Follow(CurrentEvent());
   };
   if (result != FindResult::Cancelled)
-    CountHits(m_document, std::make_unique<CountedTraces>(*this, goTo));
+    CountHits(m_document, std::make_unique<CountedTreeTraces>(*this, goTo));
   if (result == FindResult::Hit) {
     Show(walk.Item());
     ShowHits(true);

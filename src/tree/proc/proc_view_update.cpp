@@ -4,7 +4,7 @@
 #include "docview/commands/command_ids.h"
 #include "docview/frame.h"
 #include "settings/globals.h"
-#include "tree/proc/counted_traces.h"
+#include "tree/proc/counted_tree_traces.h"
 #include "tree/proc/model/node_search.h"
 #include "tree/proc/model/proc_build.h"
 #include "tree/proc/proc_view.h"
@@ -95,7 +95,7 @@ void CProcView::AddTraces(const CTraceHint& hint) {
 void CProcView::RemoveTraces(const CTraceHint& hint) {
   if (hint.m_events.empty() || !m_built) return;
   for (CProcViewIterator* iterator : m_iterators) iterator->OnTracesGone(hint);
-  if (m_hitCount) m_hitCount->OnRemoved(0, CountedTraces::OldestIn(m_document, hint));
+  if (m_hitCount) m_hitCount->OnRemoved(0, CountedTreeTraces::OldestIn(m_document, hint));
   if (m_filtering) BeforeRemoval(hint);
   m_tree->SetRedraw(false);
   m_model->RemoveTraces(hint.m_events);

@@ -1,6 +1,6 @@
-#include "tree/proc/counted_traces.h"
+#include "tree/proc/counted_tree_traces.h"
 
-int CountedTraces::OldestIn(const CTraceDoc& document, const CTraceHint& hint) {
+int CountedTreeTraces::OldestIn(const CTraceDoc& document, const CTraceHint& hint) {
   const TraceList_t& traces = document.m_traces;
   std::size_t count = 0;
   while (count < hint.m_events.size() && count < traces.size() &&
@@ -10,11 +10,11 @@ int CountedTraces::OldestIn(const CTraceDoc& document, const CTraceHint& hint) {
 }
 
 // The filter may learn names of later traces.
-void CountedTraces::BeginStep() {
+void CountedTreeTraces::BeginStep() {
   m_pass.reset();
 }
 
-bool CountedTraces::IsShown(int row) {
+bool CountedTreeTraces::IsShown(int row) {
   if (!m_pass) {
     m_filter = m_view.m_filter;
     m_pass.emplace(m_filter, m_view.Document());
@@ -23,7 +23,7 @@ bool CountedTraces::IsShown(int row) {
 }
 
 // The search for the place is as long as the document: once for each trace that the user goes to.
-int CountedTraces::CurrentRow() const {
+int CountedTreeTraces::CurrentRow() const {
   const CTraceEvent* const node = m_view.NodeOf(m_view.Tree().SelectedItem());
   const TraceEvent_i* const current = m_view.CurrentEvent();
   const TraceList_t& traces = Traces();

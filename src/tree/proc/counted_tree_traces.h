@@ -16,10 +16,10 @@
 #include "tree/find/count/hit_count.h"
 #include "tree/proc/proc_view.h"
 
-class CountedTraces final : public CountedRows {
+class CountedTreeTraces final : public CountedRows {
  public:
   // `goTo` selects the item of a trace.
-  CountedTraces(const CProcView& view, std::function<void(const TraceEvent_i&)> goTo)
+  CountedTreeTraces(const CProcView& view, std::function<void(const TraceEvent_i&)> goTo)
       : m_view(view), m_goTo(std::move(goTo)) {}
   // How many of the hint's traces are the oldest of the document, before they are removed.
   static int OldestIn(const CTraceDoc& document, const CTraceHint& hint);

@@ -19,6 +19,7 @@ void CheckState(const ViewState& state) {
     Demand(column.header.size() <= kViewNameBytes && IsUtf8(column.header) && column.widthPx >= 0 &&
            column.widthPx <= kViewWidthMaxPx);
   if (state.filter) Demand(state.filter->size() <= kViewFilterBytes && IsUtf8(*state.filter));
+  if (state.marks) Demand(state.marks->size() <= kViewFilterBytes && IsUtf8(*state.marks));
   if (state.panes) Demand(state.panes->size() <= kViewPanesMax);
   if (state.colours) Demand(state.colours->shown || state.colours->rules.empty());
 }

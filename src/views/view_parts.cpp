@@ -97,8 +97,9 @@ bool ReadHead(const Json& json, FilePrint::Head& head) {
 
 // What is written can be read again.
 bool Fits(const ViewState& state, std::string* why) {
-  if (state.filter && state.filter->size() > kViewFilterBytes)
-    return FailWith(why, "the filter text is too long to be kept");
+  for (const auto* const text : {&state.filter, &state.marks})
+    if (*text && (*text)->size() > kViewFilterBytes)
+      return FailWith(why, "the filter text is too long to be kept");
   if (state.columns.size() > kViewColumnsMax ||
       (state.panes && state.panes->size() > kViewPanesMax))
     return FailWith(why, "there are too many columns or panes");
@@ -113,6 +114,7 @@ bool AddStateParts(Json& json, const ViewState& state, std::string* why) {
     json["columns"].push_back(
         {{"name", column.header}, {"width", column.widthPx}, {"shown", column.shown}});
   if (state.filter) json["filter"] = *state.filter;
+  if (state.marks) json["tree-filter"] = *state.marks;
   if (state.colours) {
     Json& colours = json["colours"];
     colours["shown"] = state.colours->shown;
@@ -136,6 +138,10 @@ bool ReadStateParts(const Json& json, ViewState& state, std::string* why) {
          read("filter",
               [&](const Json& part) {
                 return ReadText(part, kViewFilterBytes, state.filter.emplace());
+              }) &&
+         read("tree-filter",
+              [&](const Json& part) {
+                return ReadText(part, kViewFilterBytes, state.marks.emplace());
               }) &&
          read("view",
               [&](const Json& part) {

@@ -42,6 +42,8 @@ struct ViewRow {
 struct ViewState {
   std::vector<ViewColumn> columns;  // from left to right; empty: nothing is said
   std::optional<std::string> filter;
+  // The marks of the filter dialog's tree as a filter text; empty: all are set.
+  std::optional<std::string> marks;
   std::optional<ViewColours> colours;
   std::optional<bool> tree;
   std::optional<std::vector<std::string>> panes;  // those that are shown

@@ -32,6 +32,73 @@ TEST_F(ViewsComeBack, ColumnsFilterFocusAndTreeOfAFileThatIsOpenedAgain) {
   EXPECT_EQ(List().Rows().Size(), 5) << "the list has the filter, too";
 }
 
+TEST_F(ViewsComeBack, TheMarksOfTheFilterDialogWithAndWithoutAText) {
+  Start();
+  m_path = WriteComponents("web.trc");
+  OpenFile();
+  Hide("Net");
+  ASSERT_EQ(List().Rows().Size(), 5);
+  OpenAgain();
+  EXPECT_EQ(Stored().state.marks, "component != Net");
+  EXPECT_EQ(List().Rows().Size(), 5);
+  EXPECT_EQ(InForce(), "") << "they are marks again";
+  EXPECT_EQ(MarkOf("Net"), 0);
+  EXPECT_EQ(MarkOf("Sql"), 1);
+  Filter("text != \"1\"");
+  OpenAgain();
+  EXPECT_EQ(List().Rows().Size(), 4);
+  EXPECT_EQ(InForce(), "text != \"1\"");
+  EXPECT_EQ(MarkOf("Net"), 0);
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROFILESTANDARD));
+  Settle();
+  EXPECT_EQ(List().Rows().Size(), 10) << "the standard view shows all";
+  EXPECT_EQ(MarkOf("Net"), 1);
+}
+
+TEST_F(ViewsComeBack, ANameThatAFileHasGotMeanwhileIsShownAsTheMarksSay) {
+  Start();
+  m_path = WriteComponents("web.trc");
+  OpenFile();
+  Hide("Net");
+  Close();
+  WriteComponents("web.trc", 2000, "Cache");
+  OpenFile();
+  EXPECT_EQ(MarkOf("Net"), 0);
+  EXPECT_EQ(MarkOf("Cache"), 1);
+  EXPECT_EQ(List().Rows().Size(), 5 + 1990);
+}
+
+TEST_F(ViewsComeBack, AProfileHasTheMarksToo) {
+  Start();
+  m_path = WriteComponents("web.trc");
+  OpenFile();
+  Profile profile{"no net", {}};
+  profile.state.marks = "component != Net";
+  ASSERT_TRUE(KeepProfile(profile, nullptr));
+  Filter("text != \"1\"");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROFILE1));
+  Settle();
+  EXPECT_EQ(List().Rows().Size(), 4);
+  EXPECT_EQ(InForce(), "text != \"1\"") << "a profile that says nothing about the text";
+  EXPECT_EQ(MarkOf("Net"), 0);
+}
+
+TEST_F(ViewsComeBack, MarksThatAreNoTreeBecomeAPartOfTheText) {
+  Start();
+  m_path = WriteComponents("web.trc");
+  OpenFile();
+  Profile profile{"odd", {}};
+  profile.state.marks = "text != \"3\"";
+  profile.state.filter = "component == Sql";
+  ASSERT_TRUE(KeepProfile(profile, nullptr));
+  Hide("Net");
+  ASSERT_TRUE(Frame().OnCommand(ID_VIEW_PROFILE1));
+  Settle();
+  EXPECT_EQ(InForce(), "component == Sql and text != \"3\"");
+  EXPECT_EQ(List().Rows().Size(), 4);
+  EXPECT_EQ(MarkOf("Net"), 1);
+}
+
 TEST_F(ViewsComeBack, TheFocusAloneAndTheListAlone) {
   Start();
   m_path = Write("web.trc");

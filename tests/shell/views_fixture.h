@@ -26,6 +26,39 @@ class ViewsComeBack : public ShellTest {
                    .tid = static_cast<NameId>(i % 2 ? 4 : 5)});
     return image.WriteTo(m_dir.File(name));
   }
+  // Traces "0" of Net, "1" of Sql, "2" of Net ...; from the eleventh on of another component.
+  std::string WriteComponents(const std::string& name, int traces = 10,
+                              const std::string& other = "") {
+    TrcImage image;
+    image.Name(6, "Net").Name(7, "Sql");
+    for (int i = 0; i < traces; ++i) {
+      if (i == 10) image.Name(8, other);
+      const int component = i >= 10 ? 8 : 6 + i % 2;
+      image.Trace({.text = std::to_string(i), .component = static_cast<NameId>(component)});
+    }
+    return image.WriteTo(m_dir.File(name));
+  }
+  NameId IdOf(const std::string& component) {
+    CTraceDoc& document = Child().ShownPane()->Document();
+    for (const auto& [id, mark] : Merged().components)
+      if (NameOf(document.m_names, id) == component) return id;
+    ADD_FAILURE() << component;
+    return 0;
+  }
+  CTraceFilter Merged() {
+    CTraceFilter filter = Child().ShownPane()->m_filter;
+    filter.MergeDocumentNames(Child().ShownPane()->Document());
+    return filter;
+  }
+  int MarkOf(const std::string& component) { return Merged().components[IdOf(component)]; }
+  // As OK of the filter dialog does.
+  void Hide(const std::string& component) {
+    CTraceFilter filter = Merged();
+    filter.allTraces = filter.allComponents = 0;
+    filter.components[IdOf(component)] = 0;
+    ASSERT_TRUE(Child().ShownPane()->SetFilter(filter, true));
+    Child().ShownPane()->m_filterChanged = true;
+  }
   void OpenAgain() {
     Close();
     OpenFile();

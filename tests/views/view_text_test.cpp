@@ -15,6 +15,7 @@ ViewState Whole() {
   state.columns = {{"Sev", 40, true}, {"Trace", 900, true}, {"PID", 52, false}};
   state.filter = "severity >= warn and text contains \"a\\\"b\xC3\xA9\"";
   state.colours = ViewColours{true, {{"Errors", "severity == error", {1, 2, 3}, {4, 5, 6}, false}}};
+  state.marks = "component != Net";
   state.tree = true;
   state.panes = {"Details", "Marks"};
   state.row = ViewRow{7'000'000'000, 0xfedcba9876543210};

@@ -55,8 +55,9 @@ void ProfileOption::TakeFilter(TraceOptions& traces) {
   if (!m_name) return;
   m_profile = ProfileOf(*m_name);
   std::string why;
-  if (!AddWhere(traces.where, m_profile.state.filter.value_or(""), &why))
-    throw CLI::ValidationError(kName, VisibleText(m_profile.name) + ": " + why);
+  for (const auto& text : {m_profile.state.filter, m_profile.state.marks})
+    if (!AddWhere(traces.where, text.value_or(""), &why))
+      throw CLI::ValidationError(kName, VisibleText(m_profile.name) + ": " + why);
 }
 
 void ProfileOption::TakeLook(DumpOptions& dump, bool choosesColours) const {

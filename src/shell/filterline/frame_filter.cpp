@@ -10,6 +10,7 @@
 #include "panes/trace_pane.h"
 #include "panes/tree_as_text.h"
 #include "tree/filter/text/filter_of_text.h"
+#include "where/steps/cell_step.h"
 
 namespace {
 
@@ -86,6 +87,31 @@ bool FrameFilter::Restore(const std::string& text) {
   if (m_line.ApplyText(text)) return true;
   m_line.Edit(text);
   return false;
+}
+
+bool FrameFilter::Restore(const std::string& text, const std::string& marks) {
+  TracePane* const pane = m_shown();
+  if (!pane) return false;
+  CTraceFilter tree = pane->m_filter;
+  const bool marked = MarksOf(marks, tree);
+  tree.where = pane->m_filter.where;
+  if (!pane->SetFilter(tree, true)) return false;
+  pane->m_filterChanged = true;
+  const std::optional<std::string> both = marked ? text : WithStep(text, marks);
+  return both && Restore(*both);
+}
+
+// False: all are set. While a file is loaded its names are not all known.
+bool FrameFilter::MarksOf(const std::string& marks, CTraceFilter& tree) const {
+  const CTraceDoc& document = m_shown()->Document();
+  tree.MergeDocumentNames(document);
+  tree.ShowAll();
+  if (marks.empty()) return true;
+  WhereError error;
+  const WhereProgramPtr program = WhereProgram::Compile(marks, error);
+  LookTime time(kTreeTime, kTreeSteps);
+  return program && !document.m_loading &&
+         FilterOfText(program->Expr(), FilterNamesOf(document), tree, error, &time);
 }
 
 WhereProgramPtr FrameFilter::WhereInForce() const {

@@ -38,6 +38,9 @@ class FrameFilter final : private FilterLineOwner {
   // A text of an earlier window. A wrong one stands in the line with its error and filters nothing.
   // False: it is not in force.
   bool Restore(const std::string& text);
+  // Also the marks of the filter dialog, as a text. Marks that cannot be set without the names of
+  // traces to come are added to the filter text.
+  bool Restore(const std::string& text, const std::string& marks);
   // The tree of the filter dialog as text. Shows the line.
   void TakeTree(const std::string& text);
   FilterLine& Line() { return m_line; }
@@ -54,6 +57,7 @@ class FrameFilter final : private FilterLineOwner {
   std::vector<std::string> WhereNamesOf(WhereField field) const override;
   void PutAwayFilterLine() override;
 
+  bool MarksOf(const std::string& marks, CTraceFilter& tree) const;
   // What the marks and the text show as marks alone, with all ids of the document.
   bool TreeOf(const WhereExpr& expr, CTraceFilter& tree, WhereError& error, LookTime& time) const;
   void Show();

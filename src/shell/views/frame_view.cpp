@@ -6,8 +6,10 @@
 #include "documents/trace_file_doc.h"
 #include "documents/trace_realtime_doc.h"
 #include "listview/rows/trace_view.h"
+#include "panes/trace_pane.h"
 #include "shell/filterline/frame_filter.h"
 #include "shell/views/focused_row.h"
+#include "tree/filter/text/filter_text.h"
 #include "views/stored_views.h"
 #include "views/view_trial.h"
 
@@ -40,6 +42,13 @@ std::string Listed(const std::vector<std::string>& names) {
   std::string all;
   for (const std::string& name : names) all += (all.empty() ? "" : ", ") + name;
   return all;
+}
+
+// The marks of the filter dialog; nothing where no text can say them. The file may have grown when
+// they come back, and a profile is for other files: names that are not there yet are shown.
+std::optional<std::string> MarksOf(const TracePane& pane) {
+  if (pane.m_filter.allTraces) return std::string();
+  return TextOfFilter(pane.m_filter, {.names = pane.Document().m_names, .mayGrow = true});
 }
 
 std::string WhereOf(const TracePane* pane) {
@@ -103,7 +112,8 @@ void FrameView::Restore() {
   const std::optional<StoredView> view = std::exchange(m_view, std::nullopt);
   const CTraceDoc* const document = Document();
   if (!view || !document || !IsSame(*view, *document) || HasUserActed()) return;
-  const bool nothing = view->state.filter.value_or("").empty() && !view->state.row &&
+  const bool nothing = view->state.filter.value_or("").empty() &&
+                       view->state.marks.value_or("").empty() && !view->state.row &&
                        !view->state.tree.value_or(false);
   if (nothing) return;
   m_view = view;
@@ -165,6 +175,7 @@ ViewState FrameView::Collect() const {
   if (!list || !pane) return state;
   state.columns = list->Columns().State();
   state.filter = WhereOf(pane);
+  state.marks = MarksOf(*pane);
   state.colours = list->Colours().State();
   state.tree = m_frame.IsTreeShown();
   state.panes = m_frame.OpenPanes();
@@ -186,6 +197,7 @@ void FrameView::ApplyStandard() {
   ViewState state;
   state.columns = list->Columns().Standard();
   state.filter.emplace();
+  state.marks.emplace();
   list->Colours().DropOwn();
   list->List().Repaint();
   Apply(state);
@@ -211,8 +223,11 @@ std::string FrameView::ApplyLook(const ViewState& state) {
 
 std::string FrameView::ApplyFilter(const ViewState& state) {
   FrameFilter& filter = m_frame.Filter();
-  if (!state.filter || *state.filter == WhereOf(m_frame.ShownPane())) return {};
-  if (filter.Restore(*state.filter)) return {};
+  const TracePane& pane = *m_frame.ShownPane();
+  const std::string inForce = WhereOf(&pane), text = state.filter.value_or(inForce);
+  const bool marks = state.marks && state.marks != MarksOf(pane);
+  if (!marks && text == inForce) return {};
+  if (marks ? filter.Restore(text, *state.marks) : filter.Restore(text)) return {};
   return "The filter text was not applied. " + filter.Line().Message() + "\n";
 }
 

@@ -67,6 +67,7 @@ std::string CProfilesDialog::Description() const {
   const auto shown = std::ranges::count(state.columns, true, &ViewColumn::shown);
   if (!state.columns.empty()) add(std::to_string(shown) + (shown == 1 ? " column" : " columns"));
   if (state.filter) add(state.filter->empty() ? "all traces" : "filter " + *state.filter);
+  if (!state.marks.value_or("").empty()) add("tree of the filter dialog");
   if (state.colours) add(state.colours->shown ? "colours" : "no colours");
   if (state.tree) add(*state.tree ? "tree" : "list");
   for (const std::string& pane : state.panes.value_or(std::vector<std::string>())) add(pane);

@@ -82,6 +82,13 @@ TEST_F(TrcProfile, WhatTheLineSaysReplacesColumnsAndColoursAndIsAddedToTheText) 
             "Trace  PID\ntwo    812\nthree  812\n");
 }
 
+TEST_F(TrcProfile, TheMarksOfTheFilterDialogChooseToo) {
+  Profile profile = Of("a");
+  profile.state.marks = "text != \"three\"";
+  Keep(profile);
+  EXPECT_EQ(Dump({"--profile", "a", "--columns", "Trace"}), "Trace\ntwo\n");
+}
+
 TEST_F(TrcProfile, LinesForProgramsHaveAllValuesOfTheTracesThatItsTextChooses) {
   Keep(Of("a"));
   EXPECT_EQ(Texts(Dump({"--profile", "a", "--format", "jsonl"})), "two three");

@@ -8,7 +8,16 @@
 void HeaderMenu::Open(std::optional<ListColumn> column, int screenXPx, int screenYPx) {
   m_choices.clear();
   m_runs.clear();
-  if (column) AddForColumn(column->As<Column>());
+  const std::vector<Column> showing = Showing();
+  if (column) {
+    m_last = column->As<Column>();
+    AddForColumn(*m_last);
+  } else if (!showing.empty()) {
+    const auto last = m_last ? std::ranges::find(showing, *m_last) : showing.end();
+    const auto place = last == showing.end() ? showing.begin() : last;
+    AddForColumn(*place);
+    AddBeside(static_cast<std::size_t>(place - showing.begin()), screenXPx, screenYPx);
+  }
   Add({"Fit &Columns"}, [this] { m_actions.fitAll(); });
   Add({}, {});
   for (const ColumnInfo& info : kColumns) AddShown(info.column);
@@ -33,6 +42,29 @@ void HeaderMenu::AddForColumn(Column column) {
   const ListOrder order = m_header.GetColumnOrder();
   const bool last = !order.empty() && ListColumn(order.back()) == ListColumn(column);
   Add({"Move " + name + " to the &End", !last}, [this, column] { MoveToEnd(column); });
+  Add({}, {});
+}
+
+std::vector<Column> HeaderMenu::Showing() const {
+  std::vector<Column> showing;
+  for (const std::int32_t index : m_header.GetColumnOrder())
+    if (m_header.ColumnWidth(index) > 0) showing.push_back(ListColumn(index).As<Column>());
+  return showing;
+}
+
+// Opens itself again for the column beside the one at this place.
+void HeaderMenu::AddBeside(std::size_t place, int screenXPx, int screenYPx) {
+  const std::vector<Column> showing = Showing();
+  const auto add = [&](const char* text, bool there, std::size_t to) {
+    const Column column = showing[there ? to : place];
+    const std::string name = there ? " \"" + std::string(InfoOf(column).header) + "\"" : "";
+    Add({text + name, there}, [this, column, screenXPx, screenYPx] {
+      m_last = column;
+      Open(std::nullopt, screenXPx, screenYPx);
+    });
+  };
+  add("&Next Column", place + 1 < showing.size(), place + 1);
+  add("&Previous Column", place > 0, place - 1);
   Add({}, {});
 }
 

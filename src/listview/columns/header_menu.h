@@ -28,18 +28,23 @@ class HeaderMenu {
   HeaderMenu(Host& host, ListHeader& header, Actions actions)
       : m_host(host), m_header(header), m_actions(std::move(actions)) {}
 
-  // `column`: the one that it was opened on.
+  // `column`: the one that it was opened on. None: it is for the column that it was for last, at
+  // first for the first one that shows, and leads to those beside it; so the keyboard reaches all.
   void Open(std::optional<ListColumn> column, int screenXPx, int screenYPx);
 
  private:
   void Add(MenuChoice choice, std::function<void()> run);
   void AddForColumn(Column column);
+  void AddBeside(std::size_t place, int screenXPx, int screenYPx);
+  // In their order on the screen.
+  std::vector<Column> Showing() const;
   void AddShown(Column column);
   void MoveToEnd(Column column);
 
   Host& m_host;
   ListHeader& m_header;
   const Actions m_actions;
+  std::optional<Column> m_last;  // it was opened for
   std::vector<MenuChoice> m_choices;
   std::vector<std::function<void()>> m_runs;
   std::shared_ptr<char> m_mark = std::make_shared<char>();  // held by nobody else

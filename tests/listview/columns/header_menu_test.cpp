@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "listview/columns/time_columns.h"
 #include "settings/registry.h"
 #include "support/fake_row_list.h"
@@ -58,9 +60,35 @@ TEST_F(HeaderMenuTest, OnAColumnItOffersWhatCanBeDoneWithIt) {
             "Attributes|PID|TID|(+Trace)|Source|Stack|Delta|Since|Wall Time");
 }
 
-TEST_F(HeaderMenuTest, BesideTheColumnsItShowsAndHidesThem) {
+TEST_F(HeaderMenuTest, ByTheKeyboardItLeadsFromColumnToColumn) {
+  m_list.Header().SetColumnWidth(Column::Count, 0);
   Open(std::nullopt);
-  EXPECT_TRUE(m_host.MenuText().starts_with("Fit Columns|-|+Sev|")) << m_host.MenuText();
+  EXPECT_TRUE(m_host.MenuText().starts_with(
+      "Hide \"Sev\"|Fit \"Sev\"|Move \"Sev\" to the End|-|Next Column \"Tic Count\"|"
+      "(Previous Column)|-|Fit Columns|-|+Sev|"))
+      << m_host.MenuText();
+  m_host.Choose("Next Column \"Tic Count\"");
+  EXPECT_TRUE(m_host.MenuText().starts_with("Hide \"Tic Count\"|")) << m_host.MenuText();
+  m_host.Choose("Previous Column \"Sev\"");
+  m_host.Choose("Next Column \"Tic Count\"");
+  m_host.Choose("Fit \"Tic Count\"");
+  EXPECT_EQ(m_told, Strings{"fit Tic Count"});
+  Open(std::nullopt);
+  EXPECT_TRUE(m_host.MenuText().starts_with("Hide \"Tic Count\"|")) << "where it was last";
+  m_list.Header().SetColumnWidth(Column::TicCount, 0);
+  Open(std::nullopt);
+  EXPECT_TRUE(m_host.MenuText().starts_with("Hide \"Sev\"|")) << "that one is hidden now";
+}
+
+TEST_F(HeaderMenuTest, FromTheLastColumnOnTheScreenThereIsNoNextOne) {
+  ListOrder order = m_list.Header().GetColumnOrder();
+  std::ranges::reverse(order);
+  m_list.Header().SetColumnOrder(order);
+  Open(Column::Sev);
+  EXPECT_EQ(m_host.MenuText().find("Next Column"), std::string::npos) << "the mouse needs none";
+  Open(std::nullopt);
+  EXPECT_NE(m_host.MenuText().find("(Next Column)|Previous Column \"Count\"|"), std::string::npos)
+      << m_host.MenuText();
 }
 
 TEST_F(HeaderMenuTest, HideIsStoredAsTheOptionsStoreItAndToldToAll) {

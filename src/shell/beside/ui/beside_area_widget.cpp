@@ -39,8 +39,16 @@ void QtBesideArea::InsertTab(std::size_t place, const std::string& title, ViewCo
   const QScopedValueRollback calling(m_calling, true);
   QWidget* const widget = WidgetOf(&control);
   if (!widget) return;
-  insertTab(static_cast<int>(std::min(place, static_cast<std::size_t>(count()))), widget,
-            Shown(title));
+  const int at = insertTab(static_cast<int>(std::min(place, static_cast<std::size_t>(count()))),
+                           widget, Shown(title));
+  NameButton(at, title);
+}
+
+// To assistive technology: the buttons of all tabs are alike.
+void QtBesideArea::NameButton(int place, const std::string& title) {
+  for (const QTabBar::ButtonPosition side : {QTabBar::LeftSide, QTabBar::RightSide})
+    if (QWidget* const button = tabBar()->tabButton(place, side))
+      button->setAccessibleName("Close " + QString::fromStdString(title));
 }
 
 // Without its parent: a widget that is deleted with the area would be deleted twice.
@@ -53,7 +61,9 @@ void QtBesideArea::RemoveTab(std::size_t place) {
 }
 
 void QtBesideArea::SetTabTitle(std::size_t place, const std::string& title) {
-  if (Has(place)) setTabText(static_cast<int>(place), Shown(title));
+  if (!Has(place)) return;
+  setTabText(static_cast<int>(place), Shown(title));
+  NameButton(static_cast<int>(place), title);
 }
 
 void QtBesideArea::SetFront(std::size_t place) {

@@ -25,6 +25,7 @@ class QtBesideArea final : public QTabWidget, public BesideArea, public QtContro
   bool HasFocus() const override;
 
  private:
+  void NameButton(int place, const std::string& title);
   bool Has(std::size_t place) const { return place < static_cast<std::size_t>(count()); }
 
   BesideAreaOwner& m_owner;

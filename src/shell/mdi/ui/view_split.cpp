@@ -1,6 +1,7 @@
 #include "shell/mdi/ui/view_split.h"
 
 #include <QEvent>
+#include <QShortcut>
 #include <algorithm>
 
 #include "docview/ui/qt_control.h"
@@ -9,6 +10,7 @@ namespace {
 
 constexpr int kLinesKept = 7;  // three rows, which are higher, a heading and a scroll bar
 constexpr int kCharsKept = 24;
+constexpr int kStepLines = 2, kStepChars = 4;
 constexpr int kStandsMs = 200;  // a border that did not move for so long stands
 
 QWidget* MakeRoom(QWidget* parent) {
@@ -36,6 +38,27 @@ ViewSplit::ViewSplit(QWidget* parent)
   connect(&m_moved, &QTimer::timeout, this, [this] {
     if (m_beside && m_extentChanged) m_extentChanged(m_extentPx);
   });
+  AddKey(QKeySequence(Qt::Key_F8), 1);
+  AddKey(QKeySequence(Qt::SHIFT | Qt::Key_F8), -1);
+}
+
+void ViewSplit::AddKey(const QKeySequence& key, int steps) {
+  auto* const shortcut = new QShortcut(key, this);
+  shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+  connect(shortcut, &QShortcut::activated, this, [this, steps] { MoveBorder(steps); });
+}
+
+// As a drag does: within the room, and told when it stands.
+void ViewSplit::MoveBorder(int steps) {
+  if (!m_beside) return;
+  const bool right = orientation() == Qt::Horizontal;
+  const QFontMetrics metrics = fontMetrics();
+  const int step =
+      right ? kStepChars * metrics.averageCharWidth() : kStepLines * metrics.lineSpacing();
+  const int kept = right ? m_views->minimumWidth() : m_views->minimumHeight();
+  m_extentPx = std::max(std::min(sizes().at(1) + steps * step, Room() - kept), step);
+  LayOut();
+  m_moved.start();
 }
 
 void ViewSplit::ShowBeside(QWidget* beside, BesideEdge edge, int extentPx) {

@@ -1,7 +1,8 @@
 // The room of a child window's view, which a control beside it may share.
 //
 // Shape    The control beside has the extent that the user gave it last. While the room is too
-//          small for both, the view keeps a few lines, and the other one takes what is left.
+//          small for both, the view keeps a few lines, and the other one takes what is left. F8
+//          makes it larger and Shift+F8 smaller, wherever the focus is in here.
 // Owner    Borrows the widgets.
 // Threads  Interface thread.
 #pragma once
@@ -29,6 +30,8 @@ class ViewSplit final : public QSplitter {
   void changeEvent(QEvent* event) override;
 
  private:
+  void AddKey(const QKeySequence& key, int steps);
+  void MoveBorder(int steps);
   int Room() const;
   void KeepLines();
   void LayOut();

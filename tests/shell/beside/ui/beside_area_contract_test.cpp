@@ -95,4 +95,18 @@ TEST_F(BesideAreaWidgetTest, AssistiveTechnologyReadsItsTabs) {
   EXPECT_EQ(bar->child(0)->text(QAccessible::Name), QStringLiteral("Details"));
 }
 
+TEST_F(BesideAreaWidgetTest, EachCloseButtonSaysWhatItCloses) {
+  m_area.InsertTab(0, "Details", m_controls[0]);
+  m_area.InsertTab(0, "Hits", m_controls[1]);
+  m_area.SetTabTitle(0, "Hits & more");
+  const auto nameOf = [this](int place) {
+    QTabBar& bar = *m_area.tabBar();
+    QWidget* button = bar.tabButton(place, QTabBar::RightSide);
+    if (!button) button = bar.tabButton(place, QTabBar::LeftSide);
+    return QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name).toStdString();
+  };
+  EXPECT_EQ(nameOf(0), "Close Hits & more");
+  EXPECT_EQ(nameOf(1), "Close Details");
+}
+
 }  // namespace

@@ -112,4 +112,39 @@ TEST_F(ViewSplitTest, TheUserCannotDragTheBorderOverTheLastLines) {
   EXPECT_GE(Lines(m_view), 5);
 }
 
+TEST_F(ViewSplitTest, F8MovesTheBorderFromEitherSideAsFarAsADragCan) {
+  Show(BesideEdge::Below, 100);
+  m_split.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&m_split));
+  const int line = m_split.fontMetrics().lineSpacing();
+  m_beside.setFocus();
+  QTest::keyClick(&m_beside, Qt::Key_F8);
+  EXPECT_EQ(m_beside.height(), 100 + 2 * line);
+  m_view.setFocus();
+  QTest::keyClick(&m_view, Qt::Key_F8, Qt::ShiftModifier);
+  QTest::keyClick(&m_view, Qt::Key_F8, Qt::ShiftModifier);
+  EXPECT_EQ(m_beside.height(), 100 - 2 * line);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !m_told.empty(); }));
+  EXPECT_EQ(m_told, std::vector<int>{100 - 2 * line});
+  for (int i = 0; i < 50; ++i) QTest::keyClick(&m_view, Qt::Key_F8, Qt::ShiftModifier);
+  EXPECT_EQ(m_beside.height(), 2 * line);
+  for (int i = 0; i < 50; ++i) QTest::keyClick(&m_view, Qt::Key_F8);
+  EXPECT_GE(Lines(m_view), 5);
+  EXPECT_GT(m_beside.height(), 100);
+  QTest::keyClick(&m_view, Qt::Key_F8, Qt::ShiftModifier);
+  EXPECT_GT(Lines(m_view), 7) << "it did not count beyond the end";
+}
+
+TEST_F(ViewSplitTest, F8MovesTheBorderAtTheRightTooAndAloneDoesNothing) {
+  m_split.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&m_split));
+  m_view.setFocus();
+  QTest::keyClick(&m_view, Qt::Key_F8);
+  Show(BesideEdge::Right, 100);
+  QTest::keyClick(&m_view, Qt::Key_F8);
+  EXPECT_EQ(m_beside.width(), 100 + 4 * m_split.fontMetrics().averageCharWidth());
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !m_told.empty(); }));
+  EXPECT_EQ(m_told.size(), 1u);
+}
+
 }  // namespace

@@ -185,6 +185,11 @@ void Hub::Add(HubStream& stream) {
   m_streams.push_back(&stream);
 }
 
+bool Hub::HasOthers(const HubStream& than) const {
+  return std::any_of(m_streams.begin(), m_streams.end(),
+                     [&than](const HubStream* stream) { return stream != &than; });
+}
+
 void Hub::Remove(HubStream& stream) {
   std::erase(m_streams, &stream);
   if (!m_streams.empty()) return;

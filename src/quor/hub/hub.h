@@ -69,11 +69,11 @@ class Hub {
   bool HasSources() const { return !m_sources.empty(); }  // that have not ended
   void Seal();
   void Deliver();
-
   // The stream gets what is taken from now on. What was taken before goes to the other streams.
   void Add(HubStream& stream);
   // When the last stream is removed, the names are cleared.
   void Remove(HubStream& stream);
+  bool HasOthers(const HubStream& than) const;
 
   HubNames& Names() { return m_names; }
   std::uint64_t Taken() const { return m_taken; }

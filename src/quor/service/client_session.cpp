@@ -305,5 +305,7 @@ bool ClientSession::Take(const Request& request, Response* response) {
 void ClientSession::TakeTaken(const Frame& frame) {
   Taken taken;
   std::string why = "it cannot be read";
-  if (!ParseBody(frame, &taken) || !m_taker->Take(taken.frames(), &why)) End("malformed: " + why);
+  if (!ParseBody(frame, &taken) || !m_taker->Take(taken.frames(), &why))
+    return End("malformed: " + why);
+  m_context.takers.RenewNames();
 }

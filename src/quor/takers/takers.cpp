@@ -98,6 +98,16 @@ void Takers::Await() {
   });
 }
 
+// Processes that come and go use the names up in days, and a stream that is taken never ends.
+void Takers::RenewNames() {
+  if (!m_hub.Names().IsFull() || m_hub.HasOpenBatch() || m_hub.HasOthers(*this)) return;
+  const auto isIdle = [](const auto& one) { return one.second->IsIdle(); };
+  if (!std::all_of(m_streams.begin(), m_streams.end(), isIdle)) return;
+  m_hub.Remove(*this);
+  m_hub.Add(*this);
+  for (const auto& [key, stream] : m_streams) stream->ForgetNames();
+}
+
 void Takers::OnBatch(const SharedBatch& batch) {
   for (const SharedBatch& part : m_parts.Of(batch))
     for (const auto& [key, stream] : m_streams) stream->Push(part);

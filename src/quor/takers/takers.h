@@ -37,6 +37,9 @@ class Takers final : public HubStream {
                                     std::string* why);
   // Its connection has ended: from now on it waits.
   void Leave(TakerStream& stream, const Connection& connection);
+  // Call it after a Take of a stream: the names of a hub that has only takers begin anew when all
+  // of them are in use and nothing waits.
+  void RenewNames();
   // It ends for good.
   void End(const TakerStream& stream) { Forget(stream, "it has ended its stream"); }
 

@@ -32,7 +32,8 @@ class TakerSession final : public Connection::Handler {
     std::string why = "not Taken";
     if (frame.type != FrameType::Taken || !ParseBody(frame, &taken) ||
         !m_stream->Take(taken.frames(), &why))
-      End(why);
+      return End(why);
+    m_takers.RenewNames();
   }
   void OnWritten() override { m_stream->Pump(); }
   void OnClosed(const std::string& reason) override { Leave(reason); }
@@ -117,6 +118,7 @@ class TakerClient final : private DataSink {
   std::uint64_t again = 0;                     // frames that had been stored before
   std::uint64_t forgotten = 0;                 // lines about forgotten sources
   std::uint64_t forgottenSum = 0;              // as of the first ledger
+  std::string component;                       // of the last trace
   std::string why;
   std::unique_ptr<TakerSession> session;
 
@@ -172,6 +174,7 @@ class TakerClient final : private DataSink {
     if (raw.SequenceNumber() == kNoSequenceNumber) return;
     const std::string text(raw.Text());
     EXPECT_EQ(text.substr(0, text.find(' ')), m_names[raw.AppId()]);
+    component = m_names[raw.ComponentId()];
     m_data->texts.push_back(text);
   }
 

@@ -301,6 +301,49 @@ TEST_F(TakersTest, AForgottenSourceIsToldAgainUntilThatIsConfirmed) {
   EXPECT_EQ(client->forgottenSum, 2u);
 }
 
+TEST_F(TakersTest, NamesBeginAnewWhenAllAreInUseAndNothingWaits) {
+  FedSource one(m_hub, "orders");
+  const auto client = Client('a');
+  ASSERT_EQ(client->Connect(true), ERROR_NONE);
+  const auto traceAs = [&](const std::string& component) {
+    one.Name(3, component);
+    Trace(one);
+  };
+  const auto useUp = [&](const std::string& prefix) {
+    for (int i = 0; i < 65600; ++i) traceAs(prefix + std::to_string(i));
+    for (std::uint64_t last = ~std::uint64_t{0}; client->received != last;) {
+      last = client->received;
+      Deliver();
+      ReadAll(*client);
+      client->SendTaken(client->received);
+      Run();
+    }
+  };
+  {
+    TakingStream monitor(m_hub);
+    useUp("a");
+    EXPECT_TRUE(m_hub.Names().IsFull()) << "a monitor knows its ids for its life";
+  }
+  traceAs("b");
+  Deliver();
+  ReadAll(*client);
+  EXPECT_EQ(client->component.rfind("(no more names", 0), 0u) << client->component;
+  client->SendTaken(client->received);
+  Run();
+  EXPECT_FALSE(m_hub.Names().IsFull());
+  traceAs("c");
+  Deliver();
+  ReadAll(*client);
+  EXPECT_EQ(client->component, "c");
+  // Over the next connection as well.
+  traceAs("d");
+  Deliver();
+  ASSERT_EQ(client->Connect(false), ERROR_NONE);
+  ReadAll(*client);
+  EXPECT_EQ(client->component, "d");
+  CheckSums(*client, {}, {&one});
+}
+
 // A client that is slow, killed at any byte, and forgetful.
 class Play {
  public:

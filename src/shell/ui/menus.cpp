@@ -182,10 +182,18 @@ Menus::Entries Menus::Profiles() {
     if (id > ID_VIEW_PROFILELAST) break;
     const QString name = metrics.elidedText(Shown(profile.name), Qt::ElideRight, kRecentWidthPx);
     entries.push_back({Literal(name), QStringLiteral("Apply this profile to the window"), false,
-                       [this, id] { m_actions.Run(id); }});
+                       [this, name = profile.name] { RunProfile(name); }});
     ++id;
   }
   return entries;
+}
+
+// Another program may have added or removed some since the menu opened.
+void Menus::RunProfile(const std::string& name) {
+  const std::vector<Profile> profiles = ReadProfiles();
+  const auto found = std::ranges::find(profiles, name, &Profile::name);
+  const auto id = ID_VIEW_PROFILE1 + static_cast<unsigned>(found - profiles.begin());
+  if (found != profiles.end() && id <= ID_VIEW_PROFILELAST) m_actions.Run(id);
 }
 
 // An item may outlive its window for a moment.

@@ -62,6 +62,7 @@ class Menus : public QObject {
   Entries RecentFiles();
   Entries OpenWindows();
   Entries Profiles();
+  void RunProfile(const std::string& name);
   void ListProfiles(QMenu& menu);
   void Activate(const CMDIChildWnd* child);
 

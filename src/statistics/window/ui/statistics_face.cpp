@@ -30,7 +30,9 @@ StatisticsFace::StatisticsFace(CStatisticsDlg& dialog, QWidget* parent)
   m_list->setObjectName(IdName(CStatisticsDlg::kList));
   m_list->SetWantedSize(
       {fontMetrics().averageCharWidth() * kListChars, fontMetrics().lineSpacing() * kListRows});
-  NameControl(*m_status, CStatisticsDlg::kStatus, "Counted");
+  // Its text is its name, so that a reader of the screen says it.
+  m_status->setObjectName(IdName(CStatisticsDlg::kStatus));
+  m_status->setAccessibleDescription(QStringLiteral("Counted"));
   m_onlyThis->setDefault(true);
   for (QPushButton* const other : {m_close, m_help}) other->setAutoDefault(false);
   connect(m_onlyThis, &QPushButton::clicked, this, &QDialog::accept);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
@@ -133,6 +134,14 @@ TEST_F(StatisticsFaceTest, EveryControlHasANameForScreenReaders) {
     ASSERT_NE(widget, nullptr);
     EXPECT_FALSE(widget->accessibleName().isEmpty()) << id;
   }
+}
+
+TEST_F(StatisticsFaceTest, AScreenReaderIsToldWhatWasCounted) {
+  ASSERT_TRUE(HasRows(2));
+  QAccessibleInterface* const status =
+      QAccessible::queryAccessibleInterface(&Part<QLabel>(CStatisticsDlg::kStatus));
+  ASSERT_NE(status, nullptr);
+  EXPECT_EQ(status->text(QAccessible::Name), QStringLiteral("3 traces, 2 values"));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mark_scenes.h"
+#include "reading_scenes.h"
 #include "shell/filterline/ui/filter_line_widget.h"
 #include "shot_scenes.h"
 
@@ -13,6 +14,7 @@ class FilterScenes {
   void All();
   // Of all traces.
   void Statistics();
+  void Reading() { ReadingScenes(m_tessera, m_scenes).All(); }
   void Marks() { MarkScenes(m_tessera, m_scenes).All(); }
   // The overview as it is, zoomed, and with a range that is chosen.
   void Overview();

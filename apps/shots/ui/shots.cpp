@@ -65,6 +65,7 @@ void Light(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besi
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   beside.Hits();
+  filter.Reading();
   filter.Statistics();
   filter.Marks();
   filter.Overview();
@@ -86,6 +87,7 @@ void Dark(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Besid
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   beside.Hits();
+  filter.Reading();
   filter.Statistics();
   filter.Marks();
   filter.Overview();
@@ -122,6 +124,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   beside.Hits();
+  filter.Reading();
   filter.Statistics();
   filter.Marks();
   filter.Overview();
@@ -135,6 +138,7 @@ void Scaled(ShotScenes& scenes, DialogScenes& dialogs, FilterScenes& filter, Bes
   scenes.Hits(QStringLiteral("main-hits"));
   beside.Details();
   beside.Hits();
+  filter.Reading();
   filter.Statistics();
   filter.Marks();
   filter.Overview();
@@ -177,6 +181,7 @@ int SaveScenes(const QString& into, const char* traceFile, const char* sourceFil
   }
   Light(scenes, dialogs, filter, beside, file, second);
   configuring.All();
+  ReadingScenes(tessera, scenes).Empty(home.toStdString() + "/empty.trc");
   monitor.Light();
   tree.Light();
   Dark(scenes, dialogs, filter, beside, file, second);

@@ -1,5 +1,6 @@
 #include "reading_scenes.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QPalette>
 #include <QWidget>
@@ -49,6 +50,15 @@ ColourRules RulesOfAllColours(bool dark) {
         {"Colour " + std::to_string(rule + 1), where, ColourFrom(ink), ColourFrom(ground)});
   }
   return rules;
+}
+
+// As a desktop's theme of high contrast.
+QPalette BlackAndWhite() {
+  QPalette palette(Qt::white, Qt::black, Qt::white, Qt::gray, Qt::lightGray, Qt::white, Qt::white,
+                   Qt::black, Qt::black);
+  palette.setColor(QPalette::Highlight, Qt::yellow);
+  palette.setColor(QPalette::HighlightedText, Qt::black);
+  return palette;
 }
 
 }  // namespace
@@ -107,6 +117,10 @@ void ReadingScenes::All() {
   const int focused = rows.NextItem(-1, kRowFocused);
   rows.EnsureVisible(focused);
   Save(QStringLiteral("all"));
+  const QPalette palette = QApplication::palette();
+  QApplication::setPalette(BlackAndWhite());
+  Save(QStringLiteral("contrast"));
+  QApplication::setPalette(palette);
   const QSize size = window.size();
   window.resize(kSmallScreen);
   m_scenes.Settle();

@@ -1,5 +1,6 @@
 #include "controls/text/ui/row_look.h"
 
+#include "docview/ui/high_contrast.h"
 #include "docview/ui/hit_color.h"
 #include "docview/ui/mixed_color.h"
 
@@ -19,9 +20,25 @@ Tint TintOf(RowTint tint) {
   return {QColor(0xff, 0xc4, 0x00), 0.12, 0.10};
 }
 
+// Nothing but the palette's own colours: severities have their signs, and marks their numbers.
+RowLook HighContrastLook(const QPalette& palette, const RowKind& row) {
+  const auto color = [&palette](QPalette::ColorRole role) {
+    return palette.color(QPalette::Active, role);
+  };
+  RowLook look;
+  look.background = color(row.selected ? QPalette::Highlight : QPalette::Base);
+  look.text = color(row.selected ? QPalette::HighlightedText : QPalette::Text);
+  look.soft = look.grid = look.text;
+  look.accent = color(QPalette::Text);
+  look.hit = HitColor(palette);
+  look.hitText = color(QPalette::Text);
+  return look;
+}
+
 }  // namespace
 
 RowLook LookOf(const QPalette& palette, const RowKind& row) {
+  if (IsHighContrast(palette)) return HighContrastLook(palette, row);
   const auto color = [&palette](QPalette::ColorRole role) {
     return palette.color(QPalette::Active, role);
   };

@@ -1,5 +1,6 @@
 #include "shell/hits/hits_pane.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/text.h"
@@ -15,8 +16,12 @@ constexpr std::size_t kBytesBefore = 40;
 constexpr std::string_view kCut = "\u2026 ";
 constexpr int kRowChars = 12, kTimeChars = 26, kTextChars = 120;
 
+constexpr std::size_t kLongestCharacter = 4;
+
+// The beginning of a character; in bytes that are no UTF-8 the place itself.
 std::size_t CharacterFrom(std::string_view text, std::size_t place) {
-  while (place < text.size() && (static_cast<unsigned char>(text[place]) & 0xC0) == 0x80) ++place;
+  for (std::size_t at = place; at < std::min(place + kLongestCharacter, text.size()); ++at)
+    if ((static_cast<unsigned char>(text[at]) & 0xC0) != 0x80) return at;
   return place;
 }
 
@@ -94,29 +99,32 @@ std::string HitsPane::RowListText(int row, ListColumn column) {
     case kTime:
       return CellText(Column::Time, *trace, nullptr, m_pane->Document().m_names, g_useUtc);
     default:
-      return Around(*trace);
+      return Around(*trace).text;
   }
 }
 
-std::string HitsPane::Around(const TraceEvent_i& trace) {
+HitsPane::Part HitsPane::Around(const TraceEvent_i& trace) {
   std::string kept;
   const std::string_view text = SearchedText(trace, kept);
   const auto& found = m_hits->In(text, FindHits::kStepsToPaint);
   const std::size_t first = found.empty() ? 0 : found.front().begin;
-  std::string shown;
-  std::size_t from = 0;
-  if (first > kBytesBefore) {
-    from = CharacterFrom(text, first - kBytesBefore);
-    shown = kCut;
+  const bool cut = first > kBytesBefore;
+  const std::size_t from = cut ? CharacterFrom(text, first - kBytesBefore) : 0;
+  const std::size_t before = cut ? kCut.size() : 0;
+  Part part;
+  part.text = (cut ? std::string(kCut) : std::string()).append(text.substr(from, kCellBytes));
+  part.text = CutUtf8(part.text, kCellBytes - 1);
+  for (const HitRange& hit : found) {
+    const std::size_t begin = hit.begin - from + before;
+    if (begin >= part.text.size()) break;
+    part.hits.push_back({begin, std::min(hit.end - from + before, part.text.size())});
   }
-  shown += text.substr(from, kCellBytes);
-  return std::string(CutUtf8(shown, kCellBytes - 1));
+  return part;
 }
 
 std::vector<HitRange> HitsPane::RowListHits(int row, ListColumn column) {
   const TraceEvent_i* const trace = column.Index() == kText ? TraceOf(row) : nullptr;
-  if (!trace) return {};
-  return m_hits->In(Around(*trace), FindHits::kStepsToPaint, kCellBytes - 1);
+  return trace ? Around(*trace).hits : std::vector<HitRange>();
 }
 
 int HitsPane::RowListIcon(int row) {

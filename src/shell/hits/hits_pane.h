@@ -57,8 +57,12 @@ class HitsPane final : public BesidePane, private RowListOwner {
   void GoTo(int hit);
   const HitCount* Hits() const;
   const TraceEvent_i* TraceOf(int hit) const;  // null: gone
-  // The part of its text that is shown.
-  std::string Around(const TraceEvent_i& trace);
+  // The part of its text that is shown, and the hits of the whole text in it.
+  struct Part {
+    std::string text;
+    std::vector<HitRange> hits;
+  };
+  Part Around(const TraceEvent_i& trace);
 
   Host& m_host;
   const std::function<void()> m_focusRows;

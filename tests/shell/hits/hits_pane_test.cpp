@@ -1,5 +1,7 @@
 #include "shell/hits/hits_pane.h"
 
+#include <chrono>
+
 #include "listview/rows/trace_view_fixture.h"
 #include "tree/find/find_settings.h"
 #include "tree/regex/regex.h"
@@ -28,9 +30,9 @@ class HitsPaneTest : public TraceViewTest {
     Open();
     MakePane();
   }
-  void FindNext(const std::string& text) {
-    ASSERT_EQ(RegexPrepare(text.c_str(), 0, 1, 0, 0), 1);
-    FindSettings = {text, 0, 0, 0, 0};
+  void FindNext(const std::string& text, bool expression = false) {
+    ASSERT_EQ(RegexPrepare(text.c_str(), 0, expression ? 0 : 1, 0, 0), 1);
+    FindSettings = {text, 0, 0, expression ? 1 : 0, 0};
     m_view->OnCommand(ID_EDIT_FINDNEXT);
     Settle();
   }
@@ -150,6 +152,97 @@ TEST_F(HitsPaneTest, LooksAtNothingWhileNobodySeesIt) {
   EXPECT_EQ(m_hits->ItemCount(), 1);
   m_pane->OnShown(true);
   EXPECT_EQ(m_hits->ItemCount(), 2);
+}
+
+TEST_F(HitsPaneTest, HitsAreThoseOfTheWholeTextAlsoWhereItIsCut) {
+  // The end of the hit stands behind the cut.
+  OpenWith({"no", std::string(200, 'x') + "a" + std::string(900, 'b') + "c"});
+  FindNext("ab*c", true);
+  ASSERT_EQ(m_hits->ItemCount(), 1);
+  const std::string text = Owner().RowListText(0, HitsPane::kText);
+  const std::vector<HitRange> hits = Owner().RowListHits(0, HitsPane::kText);
+  ASSERT_EQ(hits.size(), 1U) << text;
+  EXPECT_EQ(text[hits[0].begin], 'a');
+  EXPECT_EQ(hits[0].end, text.size()) << "as far as it can be seen";
+}
+
+TEST_F(HitsPaneTest, AHitBehindBytesThatAreNoUtf8IsSeen) {
+  OpenWith({std::string(60'000, '\x80') + "hit" + std::string(100, '\xBF')});
+  FindNext("hit");
+  const std::string text = Owner().RowListText(0, HitsPane::kText);
+  const std::vector<HitRange> hits = Owner().RowListHits(0, HitsPane::kText);
+  ASSERT_EQ(hits.size(), 1U);
+  EXPECT_EQ(text.substr(hits[0].begin, hits[0].end - hits[0].begin), "hit");
+  EXPECT_EQ(hits[0].begin, std::string("\u2026 ").size() + 40) << "with what stands before it";
+}
+
+TEST_F(HitsPaneTest, EmptyHitsAreListedAndTintNothing) {
+  OpenWith({"a", "", "bbb"});
+  FindNext("x*", true);
+  EXPECT_EQ(m_hits->ItemCount(), m_view->Hits()->Count());
+  EXPECT_GE(m_hits->ItemCount(), 2);
+  for (int row = 0; row < m_hits->ItemCount(); ++row) {
+    EXPECT_TRUE(Owner().RowListHits(row, HitsPane::kText).empty()) << row;
+    EXPECT_EQ(Owner().RowListText(row, HitsPane::kText).find("\u2026"), std::string::npos);
+  }
+}
+
+TEST_F(HitsPaneTest, TextsWrittenRightToLeftAreCutBetweenCharacters) {
+  std::string text;
+  for (int i = 0; i < 5000; ++i) text += "\xD7\xA9";  // a letter of two bytes
+  OpenWith({text + " hit " + text});
+  FindNext("hit");
+  const std::string shown = Owner().RowListText(0, HitsPane::kText);
+  EXPECT_LT(shown.size(), static_cast<std::size_t>(kCellBytes));
+  std::size_t letters = 0;
+  for (std::size_t at = shown.find("\xD7"); at != std::string::npos;
+       at = shown.find("\xD7", at + 1))
+    letters += shown[at + 1] == '\xA9';
+  EXPECT_EQ(shown.size(), std::string("\u2026 ").size() + 2 * letters + 5) << "no half letters";
+  const std::vector<HitRange> hits = Owner().RowListHits(0, HitsPane::kText);
+  ASSERT_EQ(hits.size(), 1U);
+  EXPECT_EQ(shown.substr(hits[0].begin, 3), "hit");
+}
+
+TEST_F(HitsPaneTest, TrimsWhileHitsAreListedLeadToTheRowsThatAreLeft) {
+  for (int i = 0; i < 400; ++i) Add({.text = i % 3 ? "no" : "hit"});
+  Open();
+  MakePane();
+  FindNext("hit");
+  for (int round = 0; round < 20; ++round) {
+    m_hits->SetItemState(m_hits->ItemCount() - 1, kRowFocused, kRowFocused);
+    Drain({{.text = "hit"}, {.text = "no"}});
+    Trim(7);  // before the step that was asked for
+    m_host.RunPosted();
+    Settle();
+    ASSERT_EQ(m_hits->ItemCount(), m_view->Hits()->Count());
+    for (int row = 0; row < m_hits->ItemCount(); ++row)
+      ASSERT_NE(Owner().RowListText(row, HitsPane::kText).find("hit"), std::string::npos) << row;
+  }
+}
+
+TEST_F(HitsPaneTest, AMillionHitsCostWhatIsPainted) {
+  for (int i = 0; i < 1'000'000; ++i) Add({.text = "hit"});
+  Open();
+  MakePane();
+  ASSERT_EQ(RegexPrepare("hit", 0, 1, 0, 0), 1);
+  FindSettings = {"hit", 0, 0, 0, 0};
+  m_view->OnCommand(ID_EDIT_FINDNEXT);
+  while (m_view->Hits()->IsAtWork()) m_host.TickTimers();
+  m_host.TickTimers();
+  ASSERT_EQ(m_hits->ItemCount(), 1'000'000);
+  const auto begin = std::chrono::steady_clock::now();
+  for (int page = 0; page < 100; ++page)
+    for (int row = page * 9'999; row < page * 9'999 + 40; ++row) {
+      EXPECT_EQ(Owner().RowListText(row, HitsPane::kText), "hit");
+      EXPECT_EQ(Owner().RowListHits(row, HitsPane::kText).size(), 1U);
+    }
+  const auto took = std::chrono::steady_clock::now() - begin;
+  RecordProperty("microsecondsAPage", static_cast<int>(took / std::chrono::microseconds(100)));
+  EXPECT_LT(took, std::chrono::seconds(3)) << "a generous bound: 30 ms a page";
+  Owner().OnRowClicked(999'999);
+  m_host.RunPosted();
+  EXPECT_EQ(Focused(), 999'999);
 }
 
 }  // namespace

@@ -40,12 +40,13 @@ bool TakerStream::Take(std::uint64_t frames, std::string* why) {
   return true;
 }
 
-bool TakerStream::GoOn(std::uint64_t taken, std::string* why) {
+bool TakerStream::GoOn(std::uint64_t taken, const std::string& who, std::string* why) {
   if (taken > m_kept.Sent()) return FailWith(why, "it has taken frames that were never sent");
   const auto replaced = std::exchange(m_onReplaced, nullptr);
   m_connection = nullptr;
   m_leftAt = Clock::now();
   if (replaced) replaced();
+  m_who = who;
   return Confirm(std::max(taken, m_kept.Taken()), why);
 }
 

@@ -27,7 +27,7 @@ class TakerStream {
   // In front of Start, for a stream that goes on: `taken` is of all connections. A number below
   // that which was confirmed is no error, because a taker may have been killed. A connection that
   // stands is given up, and its `onReplaced` is called.
-  bool GoOn(std::uint64_t taken, std::string* why);
+  bool GoOn(std::uint64_t taken, const std::string& who, std::string* why);
   // Sends the ledger and all frames that are not confirmed. REQUIRES: not connected.
   void Start(Connection& connection, std::function<void()> onReplaced);
   // The connection has ended; nothing if it is not the stream's.
@@ -56,7 +56,8 @@ class TakerStream {
   bool SendNext();
 
   Hub& m_hub;
-  const std::string m_who, m_id;
+  std::string m_who;
+  const std::string m_id;
   const std::size_t m_window;
   StreamQueue m_queue;
   KeptFrames m_kept;

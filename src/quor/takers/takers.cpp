@@ -31,7 +31,7 @@ std::shared_ptr<TakerStream> Takers::Open(const std::string& owner, const std::s
   if (const auto known = m_streams.find(key); known != m_streams.end()) {
     std::string reason;
     const auto stream = known->second;
-    return stream->GoOn(take.taken(), &reason) ? stream : fail(ERROR_BAD_REQUEST, reason);
+    return stream->GoOn(take.taken(), who, &reason) ? stream : fail(ERROR_BAD_REQUEST, reason);
   }
   if (!take.begins() || take.taken() > 0)
     return fail(ERROR_UNKNOWN_STREAM,

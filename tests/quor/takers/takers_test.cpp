@@ -160,6 +160,20 @@ TEST_F(TakersTest, ASecondConnectionGoesOnWithTheStreamAndEndsTheFirst) {
   EXPECT_EQ(StatusNow().takers(0).frames(), 0u);
 }
 
+TEST_F(TakersTest, AStreamBearsTheNameOfWhoeverTookItLast) {
+  const auto client = Client('a');
+  ASSERT_EQ(client->Connect(true), ERROR_NONE);
+  Take take;
+  take.set_stream(IdOf('a'));
+  ErrorCode code = ERROR_NONE;
+  std::string why;
+  ASSERT_NE(m_takers->Open("1000", "process 2", take, &code, &why), nullptr) << why;
+  EXPECT_EQ(StatusNow().takers(0).who(), "process 2");
+  take.set_taken(1);
+  EXPECT_EQ(m_takers->Open("1000", "a liar", take, &code, &why), nullptr);
+  EXPECT_EQ(StatusNow().takers(0).who(), "process 2");
+}
+
 TEST_F(TakersTest, ALieEndsTheConnectionAndLeavesTheStreamAsItWas) {
   FedSource one(m_hub, "orders");
   const auto client = Client('a');

@@ -122,13 +122,13 @@ void RowPainter::PaintRow(Canvas& canvas, int row) const {
       PaintCell(canvas, look, cell, place, row);
     canvas.painter.fillRect(cell.right(), cell.top(), 1, cell.height(), look.grid);
   }
+  const std::optional<RowMark> mark = m_list.Owner().RowListMark(row);
+  const QRect view = m_list.viewport()->rect();
+  const QRect shown(view.left(), bounds.top(), view.width(), bounds.height());
+  if (mark) CoverBelowMark(canvas.painter, canvas.metrics, *mark, shown, look.background);
   if (m_list.GetItemState(row) & kRowFocused)
     PaintFocus(canvas.painter, look, bounds, m_list.GetItemState(row) & kRowSelected);
-  if (const std::optional<RowMark> mark = m_list.Owner().RowListMark(row)) {
-    const QRect view = m_list.viewport()->rect();
-    PaintRowMark(canvas.painter, canvas.metrics, *mark,
-                 QRect(view.left(), bounds.top(), view.width(), bounds.height()), look.background);
-  }
+  if (mark) PaintRowMark(canvas.painter, canvas.metrics, *mark, shown);
 }
 
 void RowPainter::PaintCell(Canvas& canvas, const RowLook& look, const QRect& cell,

@@ -35,16 +35,18 @@ QRect MarkBox(const QFontMetrics& metrics, const RowMark& mark, const QRect& row
           height};
 }
 
+void CoverBelowMark(QPainter& painter, const QFontMetrics& metrics, const RowMark& mark,
+                    const QRect& row, const QColor& ground) {
+  const int left = MarkBox(metrics, mark, row).left() - kMarkGapPx;
+  painter.fillRect(QRect(QPoint(left, row.top()), row.bottomRight()), ground);
+}
+
 void PaintRowMark(QPainter& painter, const QFontMetrics& metrics, const RowMark& mark,
-                  const QRect& row, const QColor& ground) {
+                  const QRect& row) {
   const QColor ink(QRgb{mark.colours.ink}), own(QRgb{mark.colours.ground});
   if (mark.number != 0)
     painter.fillRect(QRect(row.left(), row.top(), kStripePx, row.height()), own);
   const QRect box = MarkBox(metrics, mark, row);
-  // Not at the edges, where the frame of the focus stands.
-  painter.fillRect(QRect(QPoint(box.left() - kMarkGapPx, row.top() + kEdgePx),
-                         QPoint(box.right(), row.bottom() - kEdgePx)),
-                   ground);
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);

@@ -12,10 +12,13 @@
 
 class QPainter;
 
-// `row`: its whole height, and the width that can be seen. `ground` covers what stands under the
-// box and in a gap before it.
+// `row`: its whole height, and the width that can be seen. A frame of the focus is painted between
+// the two.
+// Covers what stands where the box comes, and in a gap before it.
+void CoverBelowMark(QPainter& painter, const QFontMetrics& metrics, const RowMark& mark,
+                    const QRect& row, const QColor& ground);
 void PaintRowMark(QPainter& painter, const QFontMetrics& metrics, const RowMark& mark,
-                  const QRect& row, const QColor& ground);
+                  const QRect& row);
 // Before its box no text stands in so many pixels.
 inline constexpr int kMarkGapPx = 6;
 // The place of its box.

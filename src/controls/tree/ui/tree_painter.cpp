@@ -114,8 +114,10 @@ void TreePainter::PaintRow(QPainter& painter, const Look& look, TreeItem item,
   if (state & kTreeHasChildren)
     PaintButton(painter, look, ButtonRect(depth, row), state & kTreeExpanded);
   PaintLabel(painter, look, item, LabelRect(item, m_tree.TopRow() + row.top() / row.height()));
-  if (const std::optional<RowMark> mark = m_tree.Owner().TreeItemMark(m_tree.ItemData(item)))
-    PaintRowMark(painter, m_tree.fontMetrics(), *mark, row, look.base);
+  const std::optional<RowMark> mark = m_tree.Owner().TreeItemMark(m_tree.ItemData(item));
+  if (!mark) return;
+  CoverBelowMark(painter, m_tree.fontMetrics(), *mark, row, look.base);
+  PaintRowMark(painter, m_tree.fontMetrics(), *mark, row);
 }
 
 // A vertical line from each parent that has further items below, and a horizontal one to the label.

@@ -98,7 +98,7 @@ _trc() {
       stack) options="--help --symbols --recorded --from --tail $which" ;;
       filter) options='--help --check --uncheck --user --where --paths --live' ;;
       notes) options='--help --json --mark --note --replace' ;;
-      save) options="--help --from --tail --context $which" ;;
+      save) options="--help --replace-notes --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;
       import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
       tail) options="--help --format --color --colour-rules --columns --for --at-source --context $which" ;;

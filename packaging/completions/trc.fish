@@ -76,6 +76,7 @@ complete -c trc -n "__fish_seen_subcommand_from notes" -s j -l json -d "One JSON
 complete -c trc -n "__fish_seen_subcommand_from notes" -s m -l mark -x -d "Mark a trace, INDEX=COLOUR"
 complete -c trc -n "__fish_seen_subcommand_from notes" -s n -l note -x -d "Write a note, INDEX=TEXT"
 complete -c trc -n "__fish_seen_subcommand_from notes" -l replace -d "Replace the notes of another file"
+complete -c trc -n "__fish_seen_subcommand_from save; and not __fish_seen_subcommand_from config" -l replace-notes -d "Replace the marks and notes beside the new file"
 
 complete -c trc -n "__fish_seen_subcommand_from find" -s e -l regex -d "A regular expression"
 complete -c trc -n "__fish_seen_subcommand_from find" -s i -l ignore-case -d "Letters of any case"

@@ -58,9 +58,12 @@ class SaveCommand final : public Command {
                    "Trace files, also packed ones, - is standard input; the last is the new file, "
                    "an existing one is replaced");
     m_shared.Add({.columns = kWholeTraces, .follow = kNotFollowed});
+    App().add_flag("--replace-notes", m_save.replaceNotes,
+                   "Replace the marks and notes that are beside OUT");
     App().footer(
         "All traces are written, or those that the options choose, with just the names\n"
-        "that they need and without what was skipped in the old file.\n"
+        "that they need and without what was skipped in the old file. The marks and notes\n"
+        "of a single file go along, beside the new file.\n"
         "\n"
         "Examples:\n"
         "  trc save web.trc clean.trc\n"

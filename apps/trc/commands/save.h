@@ -1,4 +1,5 @@
-// trc save: writes all traces, or those that pass a filter, with their names to a new file.
+// trc save: writes all traces, or those that pass a filter, with their names to a new file, and
+// their marks and notes beside it.
 #pragma once
 
 #include <string>
@@ -10,6 +11,7 @@ struct SaveOptions {
   std::vector<std::string> in;
   std::string out;
   TraceOptions traces;
+  bool replaceNotes = false;  // those beside `out`
 };
 
 int RunSave(const SaveOptions& options);

@@ -134,4 +134,73 @@ TEST_F(TrcNotes, OnlyASingleFileHasMarks) {
   }
 }
 
+class TrcSavedNotes : public TrcNotes {
+ protected:
+  void SetUp() override {
+    EXPECT_EQ(Notes({"--mark", "0=1", "--mark", "2=3", "--note", "4=last"}).status, 0);
+  }
+  TrcRun Save(std::vector<std::string> more = {}) const {
+    more.insert(more.begin(), {"save", m_path, m_new});
+    return RunTrc(more);
+  }
+  std::vector<std::string> Saved() const { return LinesOf(RunTrc({"notes", m_new}).out); }
+  bool IsSaved() const { return std::filesystem::exists(m_new); }
+
+  const std::string m_new = m_dir.File("new.trc");
+};
+
+TEST_F(TrcSavedNotes, GoAlongWithAllTraces) {
+  const TrcRun run = Save();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_THAT(Saved(), ElementsAre("0: 1 zero", "2: 3 two", "4: - four", "    last"));
+  EXPECT_THAT(LinesOf(Notes().out), testing::SizeIs(4)) << "those of the old file stay";
+}
+
+TEST_F(TrcSavedNotes, HaveTheNewPlacesOfTheTracesThatAreChosen) {
+  EXPECT_EQ(Save({"--from", "1", "--where", "text != \"three\""}).status, 0);
+  EXPECT_THAT(Saved(), ElementsAre("1: 3 two", "2: - four", "    last"));
+}
+
+TEST_F(TrcSavedNotes, ReplaceNoOthersUntilTheUserSaysSo) {
+  const std::string there = m_dir.File("new.trc.notes", "somebody's");
+  TrcRun run = Save();
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.err, HasSubstr("new.trc.notes: has marks and notes already; --replace-notes"));
+  EXPECT_FALSE(IsSaved());
+  EXPECT_EQ(ReadAll(there), "somebody's");
+  run = Save({"--replace-notes"});
+  EXPECT_EQ(run.status, 2) << "what cannot be read is never replaced";
+  EXPECT_THAT(run.err, HasSubstr("the traces are saved without their marks and notes"));
+  EXPECT_TRUE(IsSaved());
+  EXPECT_EQ(ReadAll(there), "somebody's");
+  std::filesystem::copy_file(m_path + ".notes", there,
+                             std::filesystem::copy_options::overwrite_existing);
+  EXPECT_EQ(Save({"--from", "4"}).status, 2);
+  EXPECT_EQ(Save({"--from", "4", "--replace-notes"}).status, 0);
+  EXPECT_THAT(Saved(), ElementsAre("0: - four", "    last"));
+}
+
+TEST_F(TrcSavedNotes, AreNoneWhereNoneIsChosen) {
+  EXPECT_EQ(Save({"--from", "1", "--count", "1"}).status, 0);
+  EXPECT_FALSE(std::filesystem::exists(m_new + ".notes"));
+}
+
+TEST_F(TrcSavedNotes, ThatAreOfAnotherFileAreToldAndStay) {
+  Traces("a.trc", {"another", "file"});
+  const TrcRun run = Save();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.err, HasSubstr("a.trc.notes: of another trace file, not saved along"));
+  EXPECT_TRUE(IsSaved());
+  EXPECT_FALSE(std::filesystem::exists(m_new + ".notes"));
+}
+
+TEST_F(TrcSavedNotes, ThatCannotBeReadAreToldAndTheTracesAreSaved) {
+  m_dir.File("a.trc.notes", "{");
+  const TrcRun run = Save();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.err, HasSubstr("the traces are saved without them"));
+  EXPECT_TRUE(IsSaved());
+}
+
 }  // namespace

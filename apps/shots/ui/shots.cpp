@@ -41,6 +41,8 @@ QString MakeHome(const QTemporaryDir& scratch) {
   QString home = scratch.filePath(QStringLiteral("ada"));
   QDir().mkdir(home);
   qputenv("HOME", QFile::encodeName(home));
+  // Nor are the views that the user's own windows had.
+  qunsetenv("XDG_STATE_HOME");
   return home;
 }
 

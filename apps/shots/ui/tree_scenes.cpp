@@ -55,15 +55,19 @@ TreeScenes::TreeScenes(CTesseraApp& tessera, ShotScenes& scenes, Replay& traces,
       m_file(std::move(file)),
       m_folder(std::move(folder)) {}
 
+// A file that was shown as a tree before is opened as one.
 CProcView& TreeScenes::Tree() {
-  return static_cast<CProcView&>(*m_tessera.Frame()->MDIGetActive()->GetActiveView());
+  const auto active = [this] {
+    return dynamic_cast<CProcView*>(m_tessera.Frame()->MDIGetActive()->GetActiveView());
+  };
+  if (!active()) m_tessera.Frame()->OnCommand(ID_VIEW_PROC);
+  return *active();
 }
 
 CProcView& TreeScenes::Show(const std::string& path) {
   m_tessera.OpenDocumentFile(path);
   WaitForLoads(m_tessera);
   m_tessera.Frame()->OnCommand(ID_WINDOW_CASCADE);
-  m_tessera.Frame()->OnCommand(ID_VIEW_PROC);
   return Tree();
 }
 
@@ -127,7 +131,6 @@ void TreeScenes::Live() {
   m_tessera.Frame()->OnCommand(ID_WINDOW_CASCADE);
   m_traces.Arrive(400);
   frame.OnTimer(TRACE_TIMER_ID);
-  m_tessera.Frame()->OnCommand(ID_VIEW_PROC);
   OpenFirst(Tree(), 4);
   for (int tick = 0; tick < 3; ++tick) {
     m_traces.Arrive(200);

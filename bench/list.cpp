@@ -3,6 +3,7 @@
 // The floor of showing is one paint of the same page; the floor of a live tick is the same tick
 // with 5,000 traces held, because no step of it may grow with the number of traces.
 #include <QApplication>
+#include <numeric>
 
 #include "bench/live_document.h"
 #include "bench/ratio.h"
@@ -95,6 +96,26 @@ void LiveTicks(BenchHost& host) {
            filtered.floorSeconds * 1000, filtered.ratio, 1.5);
 }
 
+void Marks(BenchHost& host) {
+  constexpr std::size_t kMarked = DocNotes::kMost;
+  Live without(host, kMarked), with(host, kMarked);
+  DocNotes& notes = with.m_source.Document().Notes();
+  const std::uint64_t first = with.m_source.Document().m_traces.Popped();
+  std::vector<std::uint64_t> numbers(with.m_source.Document().m_traces.size());
+  std::iota(numbers.begin(), numbers.end(), first);
+  if (!notes.Mark(numbers, 1)) std::exit(2);
+  int row = 0;
+  const auto paint = [&](Live& live) {
+    row = (row + 1234567) % live.m_list->ItemCount();
+    live.m_list->ScrollTo(row);
+    live.m_list->viewport()->grab();
+  };
+  const Measured page = MeasureBeside(
+      25, [&] { paint(without); }, [&] { paint(with); });
+  PrintRow("a page with " + std::to_string(notes.Notes().size()) + " marks / without",
+           page.seconds * 1000, "ms", page.floorSeconds * 1000, page.ratio, 1.5);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -102,5 +123,6 @@ int main(int argc, char** argv) {
   BenchHost host;
   ShowLargeFile(host, SampleFile(argv[0]));
   LiveTicks(host);
+  Marks(host);
   return 0;
 }

@@ -74,11 +74,8 @@ class HitCount final : public FindHitRows {
   int Next(int row) const override { return m_bits.Next(row); }
   int RowOf(int hit) const override { return m_bits.RowOf(hit); }
   std::uint64_t Version() const override { return m_version; }
-  // Null: there is no such hit.
-  const TraceEvent_i* TraceOf(int hit) const {
-    const int row = RowOf(hit);
-    return row < 0 ? nullptr : m_rows->CountedAt(row);
-  }
+  // Null: there is no such hit, or its trace is gone.
+  const TraceEvent_i* TraceOf(int hit) const { return TraceAt(RowOf(hit)); }
 
  private:
   using Clock = std::chrono::steady_clock;

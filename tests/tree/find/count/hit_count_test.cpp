@@ -191,6 +191,18 @@ TEST_F(HitCountTest, RowsThatAreThereAndNotShownHaveNone) {
   }
 }
 
+// A strip or a list may be painted before the view has told that its rows are gone.
+TEST_F(HitCountTest, AHitOfAClearedDocumentHasNoTraceAnyMore) {
+  AddLive(200);
+  Begin("a");
+  ASSERT_NO_FATAL_FAILURE(Settle());
+  ASSERT_GT(m_count->Count(), 0);
+  EXPECT_EQ(m_count->TraceOf(0), m_rows.CountedAt(Plain(m_rows.CountedSize()).front()));
+  EXPECT_EQ(m_count->TraceOf(m_count->Count()), nullptr);
+  m_document.m_traces.Clear();
+  EXPECT_EQ(m_count->TraceOf(0), nullptr);
+}
+
 TEST_F(HitCountTest, ALoadIsWaitedFor) {
   AddLive(20);
   m_document.m_loading = true;

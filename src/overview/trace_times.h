@@ -5,10 +5,19 @@
 // Threads  One at a time: the last second is remembered.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
 #include "where/where_clock.h"
+
+// The same in nanoseconds. What 64 bits cannot hold, as the end of a wide slice, becomes the
+// nearest time that they can.
+inline std::int64_t MomentOfMs(std::int64_t ms) {
+  constexpr std::int64_t kPerMs = 1'000'000;
+  using Limits = std::numeric_limits<std::int64_t>;
+  return std::clamp(ms, Limits::min() / kPerMs, Limits::max() / kPerMs) * kPerMs;
+}
 
 class TraceTimes {
  public:

@@ -23,6 +23,14 @@ TEST(SliceWidth, EachIsAMultipleOfTheOneBeforeAndAtMostFiveTimesAsWide) {
   EXPECT_EQ(WiderSlice(86'400'000), 172'800'000);
 }
 
+TEST(TraceTimes, TheEndOfAWideSliceBeyondAllTimesIsTheLastOne) {
+  constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max() / 1'000'000;
+  EXPECT_EQ(MomentOfMs(kLast), kLast * 1'000'000);
+  EXPECT_EQ(MomentOfMs(kLast + 1), kLast * 1'000'000);
+  EXPECT_EQ(MomentOfMs(std::int64_t{1} << 50), kLast * 1'000'000);
+  EXPECT_EQ(MomentOfMs(-(std::int64_t{1} << 50)), -kLast * 1'000'000);
+}
+
 TEST(TraceTimes, AreMillisecondsSince1970) {
   TraceTimes times;
   EXPECT_EQ(times.Of(PackDate(1970, 1, 1), PackTime(0, 0, 0, 0)), 0);

@@ -12,7 +12,7 @@
 namespace {
 
 WhereStamp StampOfMs(std::int64_t ms) {
-  return StampFrom(ms * 1'000'000);
+  return StampFrom(MomentOfMs(ms));
 }
 
 // In the order of the columns: what needs attention first.

@@ -162,7 +162,6 @@ void OverviewStrip::GoTo(const TimeLimits& bar) {
 
 void OverviewStrip::FilterBy(const TimeLimits& range) {
   Show();
-  constexpr std::int64_t kMillisecond = 1'000'000;
-  if (const auto text = OnlyBetween(range.from * kMillisecond, (range.to - 1) * kMillisecond))
+  if (const auto text = OnlyBetween(MomentOfMs(range.from), MomentOfMs(range.to - 1)))
     m_owner.TakeOverviewStep(*text);
 }

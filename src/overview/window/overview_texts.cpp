@@ -8,7 +8,7 @@ namespace {
 constexpr std::size_t kDateEnd = 10, kTimeAt = 11;  // of "2026-11-21 09:41:07.123"
 
 std::string WholeTime(std::int64_t time, bool utc) {
-  return StampText(StampFrom(time * 1'000'000), utc);
+  return StampText(StampFrom(MomentOfMs(time)), utc);
 }
 
 // Behind the last digit that a step needs.

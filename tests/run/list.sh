@@ -24,13 +24,14 @@ closes() {
 export XDG_CONFIG_HOME=$work/list-config XDG_STATE_HOME=$work/list-state
 cd "$work" || fail "no folder"            # where no source file of the traces stands
 start_reader
+# start_at_row_0 ROWS
 start_at_row_0() {
   start_program "$work/list.trc"
-  until_true "the list does not have its rows" says 4000 rows
+  until_true "the list does not have $1 rows" says "$1" rows
   key Home
   until_true "Home does not select the first row" row_is 0 "focused selected"
 }
-start_at_row_0
+start_at_row_0 4000
 
 # Filter: Info is unchecked; its rows go, and the first of the others takes the selection.
 shown=$(column Count | wc -l)
@@ -143,9 +144,9 @@ until_true "the export differs from that of trc" cmp "$work/list.csv" "$work/wan
 key alt+F4
 ended_with 0
 
-# An end in the midst of a command, whose dialog is up.
+# An end in the midst of a command, whose dialog is up. The file comes back as it was left: filtered.
 for command in "Filter:alt+v l" "Trace Properties:alt+p" "Locate source file:ctrl+g" "Export:alt+f e"; do
-  start_at_row_0
+  start_at_row_0 "$shown"
   read -ra keys <<<"${command#*:}"
   opens "${command%%:*}" "${keys[@]}"
   kill -TERM "$program"

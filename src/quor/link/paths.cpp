@@ -24,22 +24,22 @@ bool IsProgram(const std::string& path) {
          access(path.c_str(), X_OK) == 0;
 }
 
-std::string BesideThisExecutable() {
+std::string BesideThisExecutable(const char* name) {
   char path[4096];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
   if (length <= 0) return {};
   const std::string program =
-      FolderOf(std::string(path, static_cast<std::size_t>(length))) + "/" + kProgram;
+      FolderOf(std::string(path, static_cast<std::size_t>(length))) + "/" + name;
   return IsProgram(program) ? program : std::string();
 }
 
-std::string OnPath(const std::string& paths) {
+std::string OnPath(const std::string& paths, const char* name) {
   for (std::size_t begin = 0; begin <= paths.size();) {
     std::size_t end = paths.find(':', begin);
     if (end == std::string::npos) end = paths.size();
     // An empty or relative entry would start a program of the current folder.
     if (end > begin && paths[begin] == '/') {
-      std::string program = paths.substr(begin, end - begin) + "/" + kProgram;
+      std::string program = paths.substr(begin, end - begin) + "/" + name;
       if (IsProgram(program)) return program;
     }
     begin = end + 1;
@@ -126,6 +126,10 @@ std::string ServiceProgram(const ServiceEnvironment& environment) {
   if (IsMachineSocket(ServiceSocketPath(environment), environment)) return {};
   if (!environment.program.empty())
     return IsProgram(environment.program) ? environment.program : std::string();
-  if (std::string program = BesideThisExecutable(); !program.empty()) return program;
-  return OnPath(environment.path);
+  return ProgramOfThese(kProgram, environment);
+}
+
+std::string ProgramOfThese(const char* name, const ServiceEnvironment& environment) {
+  std::string program = BesideThisExecutable(name);
+  return program.empty() ? OnPath(environment.path, name) : program;
 }

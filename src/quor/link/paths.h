@@ -51,6 +51,10 @@ bool SocketFolderIsSafe(const std::string& socketPath, std::string* why = nullpt
 // this process runs inside a service of the service manager and QUOR_AUTOSTART is not 1.
 std::string ServiceProgram(const ServiceEnvironment& environment = ReadServiceEnvironment());
 
+// A program of this suite: in the folder of this executable, else on PATH; empty if there is none.
+std::string ProgramOfThese(const char* name,
+                           const ServiceEnvironment& environment = ReadServiceEnvironment());
+
 // Why no program is started inside a service of the service manager; "" when that is not the
 // reason.
 std::string WhyNotStarted(const ServiceEnvironment& environment = ReadServiceEnvironment());

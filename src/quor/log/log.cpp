@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kLineBytesMax = 2000;  // a pipe that poll reports writable takes this much
 
 LogLevel g_level = LogLevel::Info;
+std::string g_name = "quord";
 std::string g_file;  // where standard error goes; empty: not our file
 std::uint64_t g_unwritten = 0;
 
@@ -44,8 +45,8 @@ std::string Head(LogLevel level) {
   tm utc{};
   gmtime_r(&now.tv_sec, &utc);
   char text[40];
-  const std::size_t length = strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ quord ", &utc);
-  std::string head(text, length);
+  const std::size_t length = strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ ", &utc);
+  std::string head = std::string(text, length) + g_name + " ";
   for (const auto& [name, known] : kLevelNames)
     if (known == level) head += std::string(name) + ": ";
   return head;
@@ -96,6 +97,10 @@ std::optional<LogLevel> LogLevelOf(const std::string& name) {
   for (const auto& [known, level] : kLevelNames)
     if (name == known) return level;
   return std::nullopt;
+}
+
+void SetLogName(const std::string& name) {
+  g_name = name;
 }
 
 void SetLogLevel(LogLevel level) {

@@ -54,10 +54,10 @@ class StreamOver final : public ByteStream {
                         });
   }
   auto& Stream() {
-    if constexpr (std::is_same_v<Socket, LocalSocket>) {
-      return m_socket;
-    } else {
+    if constexpr (std::is_same_v<Socket, std::unique_ptr<TlsSocket>>) {
       return *m_socket;
+    } else {
+      return m_socket;
     }
   }
   Socket m_socket;
@@ -137,6 +137,10 @@ class TlsAttempt final : public std::enable_shared_from_this<TlsAttempt> {
 
 std::shared_ptr<ByteStream> MakeStream(LocalSocket socket) {
   return std::make_shared<StreamOver<LocalSocket>>(std::move(socket));
+}
+
+std::shared_ptr<ByteStream> MakeStream(asio::ip::tcp::socket socket) {
+  return std::make_shared<StreamOver<asio::ip::tcp::socket>>(std::move(socket));
 }
 
 std::shared_ptr<ByteStream> MakeStream(std::unique_ptr<TlsSocket> socket) {

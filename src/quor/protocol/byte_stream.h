@@ -1,4 +1,4 @@
-// A connected stream of bytes: a unix socket, or TLS over TCP.
+// A connected stream of bytes: a unix socket, TLS over TCP, or TCP within this machine.
 //
 // Owner    Lives until the handlers of its operations have run, because they hold it (see
 //          connection.h).
@@ -36,6 +36,7 @@ using LocalSocket = asio::local::stream_protocol::socket;
 using TlsSocket = asio::ssl::stream<asio::ip::tcp::socket>;
 
 std::shared_ptr<ByteStream> MakeStream(LocalSocket socket);
+std::shared_ptr<ByteStream> MakeStream(asio::ip::tcp::socket socket);
 // REQUIRES: the handshake is done.
 std::shared_ptr<ByteStream> MakeStream(std::unique_ptr<TlsSocket> socket);
 

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "base/fail_with.h"
@@ -30,6 +31,7 @@ constexpr long kClockSlackSeconds = 60 * 60;  // the other machine's clock may b
 
 struct Subject {
   std::string name, role;
+  std::string email = {};  // empty: none
 };
 struct Extension {
   int nid;
@@ -50,6 +52,26 @@ bool AddExtension(X509* certificate, X509* issuer, const Extension& extension) {
       X509V3_EXT_conf_nid(nullptr, &context, extension.nid, extension.value.c_str());
   const bool added = made && X509_add_ext(certificate, made, -1) == 1;
   X509_EXTENSION_free(made);
+  return added;
+}
+
+// Not by the small language of extensions: a name may have its separators.
+bool AddEmail(X509* certificate, const std::string& email) {
+  if (email.empty()) return true;
+  GENERAL_NAMES* const names = GENERAL_NAMES_new();
+  GENERAL_NAME* const name = GENERAL_NAME_new();
+  ASN1_IA5STRING* const text = ASN1_IA5STRING_new();
+  bool added = names && name && text &&
+               ASN1_STRING_set(text, email.data(), static_cast<int>(email.size())) == 1 &&
+               sk_GENERAL_NAME_push(names, name) > 0;
+  if (added) {
+    GENERAL_NAME_set0_value(name, GEN_EMAIL, text);
+    added = X509_add1_ext_i2d(certificate, NID_subject_alt_name, names, 0, 0) == 1;
+  } else {
+    ASN1_IA5STRING_free(text);
+    GENERAL_NAME_free(name);
+  }
+  GENERAL_NAMES_free(names);
   return added;
 }
 
@@ -82,6 +104,7 @@ Certificate MakeCertificate(const Subject& subject, EVP_PKEY* key, X509* issuer,
     return nullptr;
   for (const Extension& extension : extensions)
     if (!AddExtension(made.get(), by, extension)) return nullptr;
+  if (!AddEmail(made.get(), subject.email)) return nullptr;
   if (X509_sign(made.get(), issuerKey ? issuerKey : key, EVP_sha256()) == 0) return nullptr;
   return made;
 }
@@ -145,6 +168,13 @@ std::vector<Extension> LeafExtensions(const char* use) {
           {NID_ext_key_usage, use}};
 }
 
+// Such a name of a certificate has ASCII bytes only; servers refuse the whole certificate
+// otherwise.
+std::string EmailOf(const std::string& name, const std::string& role) {
+  const auto isPlain = [](char byte) { return byte >= ' ' && byte <= '~'; };
+  return std::all_of(name.begin(), name.end(), isPlain) ? name + "@" + role + ".quor" : "";
+}
+
 struct Identity {
   Key key;
   Certificate certificate;
@@ -173,8 +203,8 @@ Identity MakeLeaf(const Identity& authority, const Subject& subject, int days,
 }
 
 Identity MakeServer(const Identity& authority, const std::string& name, const ServerNames& names,
-                    int days) {
-  std::vector<Extension> extensions = LeafExtensions("serverAuth");
+                    int days, const char* use) {
+  std::vector<Extension> extensions = LeafExtensions(use);
   extensions.push_back({NID_subject_alt_name, AltNames(names)});
   return MakeLeaf(authority, {name, "server"}, days, extensions);
 }
@@ -209,7 +239,7 @@ bool InitKeys(const std::string& folder, const ServerNames& names, std::string* 
                                           {{NID_basic_constraints, "critical,CA:TRUE,pathlen:0"},
                                            {NID_key_usage, "critical,keyCertSign,cRLSign"}});
   if (!authority.certificate) return FailWith(why, "no authority can be made");
-  const Identity server = MakeServer(authority, names.hosts.front(), names, days);
+  const Identity server = MakeServer(authority, names.hosts.front(), names, days, "serverAuth");
   if (!server.certificate) return FailWith(why, "no certificate can be made of these names");
   return Write(folder + "/ca", authority, why) && Write(folder + "/server", server, why);
 }
@@ -224,9 +254,12 @@ bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::R
   if (!authority.key || !MakeFolder(to, why)) return false;
   for (const char* file : {"/ca.crt", "/client.crt", "/client.key", "/server.crt", "/server.key"})
     if (Exists(to + file)) return FailWith(why, to + file + " exists already");
-  const Identity made =
-      MakeLeaf(authority, {name, RoleName(role)}, days, LeafExtensions("clientAuth"));
-  const Identity serving = serves ? MakeServer(authority, name, server, days) : Identity();
+  const Identity made = MakeLeaf(authority, {name, RoleName(role), EmailOf(name, RoleName(role))},
+                                 days, LeafExtensions("clientAuth"));
+  // The servers of a cluster call each other, and show the one certificate that they have. As a
+  // client it has no role, and so no rights.
+  const Identity serving =
+      serves ? MakeServer(authority, name, server, days, "serverAuth,clientAuth") : Identity();
   if (!made.certificate || (serves && !serving.certificate))
     return FailWith(why, "no certificate can be made for " + name);
   return Write(to + "/client", made, why) && (!serves || Write(to + "/server", serving, why)) &&

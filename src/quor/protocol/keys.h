@@ -3,7 +3,9 @@
 // Shape    InitKeys fills a folder (0700) with an authority (ca.crt, ca.key) and the service's own
 //          certificate (server.crt, server.key). IssueKeys fills another with the files of a
 //          client: ca.crt, client.crt, client.key; also server.crt and server.key for a machine
-//          that is to listen too. EC P-256; private keys 0600.
+//          that is to listen too, with which it may also call others, without a role. EC P-256;
+//          private keys 0600. A client's certificate also has the e-mail address NAME@ROLE.quor, by
+//          which other servers know it, if the name is ASCII.
 // Errors   False and a reason. No existing file is overwritten.
 // Threads  Any.
 #pragma once

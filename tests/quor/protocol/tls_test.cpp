@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
+#include <openssl/x509v3.h>
 #include <sys/stat.h>
 
 #include <asio/io_context.hpp>
@@ -165,6 +166,20 @@ TEST_F(TlsTest, AForeignAuthoritysClientIsRefused) {
   EXPECT_FALSE(outcome.served);
 }
 
+TEST_F(TlsTest, ACertificateForListeningMayCallButHasNoRole) {
+  Make(m_server);
+  std::string why;
+  ASSERT_TRUE(
+      IssueKeys(m_server, "n1", ROLE_CONFIGURE, m_client, &why, kKeyDays, {{"n1.example.org"}, {}}))
+      << why;
+  for (const std::string ending : {".crt", ".key"})
+    std::filesystem::copy_file(m_client + "/server" + ending, m_client + "/client" + ending,
+                               std::filesystem::copy_options::overwrite_existing);
+  const Outcome outcome = Meet(m_server, Client(m_client));
+  EXPECT_EQ(outcome.peer.name, "n1") << outcome.client;
+  EXPECT_EQ(outcome.peer.role, ROLE_NONE);
+}
+
 TEST_F(TlsTest, AForeignAuthoritysServerIsRefused) {
   Make(m_server);
   const std::string foreign = m_dir.File("foreign");
@@ -284,6 +299,46 @@ TEST_F(TlsTest, KeysAreMadeForTheirOwnerAloneAndNeverOverwritten) {
   EXPECT_FALSE(IssueKeys(m_server, "other", ROLE_MONITOR, m_client, &why));
   EXPECT_EQ(why, m_client + "/ca.crt exists already");
   EXPECT_EQ(ReadAll(m_server + "/ca.crt") + ReadAll(m_client + "/client.crt"), before);
+}
+
+// "" for none, "?" for several names.
+std::string EmailOf(const std::string& path) {
+  FILE* const file = std::fopen(path.c_str(), "re");
+  X509* const certificate = file ? PEM_read_X509(file, nullptr, nullptr, nullptr) : nullptr;
+  if (file) std::fclose(file);
+  EXPECT_NE(certificate, nullptr) << path;
+  auto* const names = static_cast<GENERAL_NAMES*>(
+      X509_get_ext_d2i(certificate, NID_subject_alt_name, nullptr, nullptr));
+  std::string email;
+  if (names && sk_GENERAL_NAME_num(names) == 1) {
+    int type = 0;
+    const auto* const text = static_cast<const ASN1_IA5STRING*>(
+        GENERAL_NAME_get0_value(sk_GENERAL_NAME_value(names, 0), &type));
+    if (type == GEN_EMAIL)
+      email.assign(reinterpret_cast<const char*>(ASN1_STRING_get0_data(text)),
+                   static_cast<std::size_t>(ASN1_STRING_length(text)));
+  } else if (names) {
+    email = "?";
+  }
+  GENERAL_NAMES_free(names);
+  X509_free(certificate);
+  return email;
+}
+
+TEST_F(TlsTest, OtherServersKnowAClientByAnAddressOfItsNameAndRole) {
+  Make(m_server);
+  std::string why;
+  const auto emailFor = [&](const std::string& name, quor::wire::Role role) {
+    const std::string to = m_dir.File("of-" + std::to_string(role) + "-" + name.substr(0, 2));
+    EXPECT_TRUE(IssueKeys(m_server, name, role, to, &why)) << why;
+    return EmailOf(to + "/client.crt");
+  };
+  EXPECT_EQ(emailFor("web1", ROLE_FORWARD), "web1@forward.quor");
+  EXPECT_EQ(emailFor("alice", ROLE_MONITOR), "alice@monitor.quor");
+  EXPECT_EQ(emailFor("a,email:root@configure.quor", ROLE_MONITOR),
+            "a,email:root@configure.quor@monitor.quor")
+      << "a name says no more than one name";
+  EXPECT_EQ(emailFor("J\xC3\xBCrgen", ROLE_MONITOR), "") << "such an address is not allowed";
 }
 
 TEST_F(TlsTest, NamesThatWouldSayMoreThanANameAreRefused) {

@@ -55,7 +55,8 @@ class TraceThread final : public TraceThread_i {
   void Pause() override { m_reader.SetPaused(m_paused = true); }
   void Resume() override { m_reader.SetPaused(m_paused = false); }
   Counts GetCounts() const override {
-    return {m_queue.Delivered(), m_reader.Lost(), m_reader.Withheld()};
+    return {m_queue.Delivered(), m_reader.Lost(), m_reader.Withheld(), m_reader.Twice(),
+            m_reader.Late()};
   }
   void FilterAtSource(const std::string& text) override { m_reader.FilterAtSource(text); }
   SourceFilterState GetSourceFilter() const override { return m_reader.GetSourceFilter(); }

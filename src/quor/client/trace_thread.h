@@ -20,8 +20,8 @@
 
 class TraceThread_i {
  public:
-  // `why` gets the reason when the result is null. `atSource`: see FilterAtSource, from the first
-  // trace on.
+  // `machine`: see ServiceLink. `why` gets the reason when the result is null. `atSource`: see
+  // FilterAtSource, from the first trace on.
   static TraceThread_i* ConnectToTraceService(const QuorStr::String_t& machine, NameMap& names,
                                               std::string* why = nullptr,
                                               const std::string& atSource = {});
@@ -45,6 +45,8 @@ class TraceThread_i {
     std::uint64_t delivered = 0;  // given out or waiting, without loss reports
     std::uint64_t lost = 0;       // reported by the service, or found as a gap
     std::uint64_t withheld = 0;   // by the filter at the source: neither delivered nor lost
+    // Of a cluster, and no losses: came before, and came after they were counted as lost.
+    std::uint64_t twice = 0, late = 0;
   };
   virtual Counts GetCounts() const = 0;
   // False while a broken connection is not restored yet.

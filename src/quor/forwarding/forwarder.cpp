@@ -43,6 +43,18 @@ Forwarder::Forwarder(asio::io_context& io, Machine machine, std::string keysFold
   NewStreamId();
 }
 
+Forwarder::Forwarder(asio::io_context& io, ForwardWay way, std::string ownMachine,
+                     std::size_t storeBytes)
+    : m_io(io),
+      m_ownMachine(std::move(ownMachine)),
+      m_name(std::move(way.name)),
+      m_dial(std::move(way.dial)),
+      m_queue(m_hub.Names(), {storeBytes, 0, way.tooSlow, true}),
+      m_timer(io),
+      m_pause(kPauseMin) {
+  NewStreamId();
+}
+
 void Forwarder::NewStreamId() {
   m_streamId.resize(16);
   RAND_bytes(reinterpret_cast<unsigned char*>(m_streamId.data()), 16);
@@ -99,6 +111,11 @@ void Forwarder::OnSource(const std::shared_ptr<Source>& source) {
 }
 
 void Forwarder::Dial() {
+  if (m_dial)
+    return m_dial(
+        [self = shared_from_this()](std::shared_ptr<ByteStream> stream, const std::string& reason) {
+          self->OnConnected(std::move(stream), reason);
+        });
   std::string why;
   const bool same = !m_revoked.empty() && IsSameAuthority(m_keysFolder, m_serviceKeys);
   auto tls = MakeClientTls(m_keysFolder, &why, same ? m_revoked : std::string());
@@ -155,11 +172,8 @@ bool Forwarder::Handle(const Frame& frame) {
   quor::wire::Taken taken;
   switch (m_state) {
     case State::Greeting:
-      if (frame.type == FrameType::Refused && ParseBody(frame, &refused)) {
-        m_connection->Close();
-        OnClosed("it refuses: " + refused.text());
-        return true;
-      }
+      if (frame.type == FrameType::Refused && ParseBody(frame, &refused))
+        return Refused(refused.text());
       if (frame.type != FrameType::Welcome || !ParseBody(frame, &welcome)) return false;
       m_state = State::Asking;
       AskToForward();
@@ -167,8 +181,9 @@ bool Forwarder::Handle(const Frame& frame) {
     case State::Asking:
       // A confirmation for an ended stream may still come.
       if (frame.type == FrameType::Taken) return true;
-      return frame.type == FrameType::Response && ParseBody(frame, &response) &&
-             response.error() == quor::wire::ERROR_NONE && BeginStream(response.taken());
+      if (frame.type != FrameType::Response || !ParseBody(frame, &response)) return false;
+      if (response.error() == quor::wire::ERROR_NONE) return BeginStream(response.taken());
+      return Refused(response.text());
     case State::Up:
       return frame.type == FrameType::Taken && ParseBody(frame, &taken) &&
              DropTaken(taken.frames());
@@ -176,6 +191,12 @@ bool Forwarder::Handle(const Frame& frame) {
       break;
   }
   return false;
+}
+
+bool Forwarder::Refused(const std::string& why) {
+  m_connection->Close();
+  OnClosed("it refuses: " + why);
+  return true;
 }
 
 void Forwarder::AskToForward() {
@@ -214,13 +235,17 @@ bool Forwarder::BeginStream(std::uint64_t taken) {
 }
 
 bool Forwarder::DropTaken(std::uint64_t taken) {
-  const auto note = [](const Batch& batch) {
-    for (const SourceDelta& delta : batch.sources)
+  const std::uint64_t before = m_settled;
+  const auto note = [this](const Batch& batch) {
+    for (const SourceDelta& delta : batch.sources) {
       CountForwarded(*delta.source, delta.traces + delta.lost);
+      m_settled += delta.traces + delta.lost;
+    }
   };
   if (!m_kept.Take(taken, note)) return false;
   Pump();
   RenewNames();
+  if (m_settled != before && m_onSettled) m_onSettled();
   return true;
 }
 
@@ -231,7 +256,7 @@ bool Forwarder::IsIdle() const {
 
 // Processes that come and go use the names up in days, and the stream of this hub never ends.
 void Forwarder::RenewNames() {
-  if (m_state != State::Up || !m_hub.Names().IsFull()) return;
+  if (m_state != State::Up || !NamesAreUsed()) return;
   if (m_hub.HasOpenBatch() || !m_kept.IsEmpty() || !m_queue.IsEmpty()) return;
   m_hub.Remove(*this);
   m_hub.Add(*this);

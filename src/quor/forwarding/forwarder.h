@@ -1,4 +1,5 @@
-// Forwards the traces of applications whose sink is another machine to that machine's service.
+// Forwards traces to another service: those of applications whose sink is that service's machine,
+// or those that a program has received for the service of its own machine.
 //
 // Shape    A hub of its own, whose only stream is the link. Sent frames are kept until the other
 //          side confirms them, and are sent again after a broken link. During a break a bounded
@@ -15,12 +16,20 @@
 #include <asio/io_context.hpp>
 #include <asio/steady_timer.hpp>
 #include <deque>
+#include <functional>
 
 #include "quor/hub/hub.h"
 #include "quor/hub/stream_queue.h"
 #include "quor/kept/kept_frames.h"
 #include "quor/protocol/connection.h"
 #include "quor/protocol/machine.h"
+
+// A way to the other side that is not another machine's port.
+struct ForwardWay {
+  std::string name;     // in the log
+  const char* tooSlow;  // why traces are lost when the store is full
+  std::function<void(Connected)> dial;
+};
 
 class Forwarder final : public HubStream,
                         public Connection::Handler,
@@ -31,6 +40,8 @@ class Forwarder final : public HubStream,
   // `keysFolder`: has a client's certificate of role forward.
   Forwarder(asio::io_context& io, Machine machine, std::string keysFolder, std::string ownMachine,
             std::size_t storeBytes = kStoreBytes);
+  Forwarder(asio::io_context& io, ForwardWay way, std::string ownMachine,
+            std::size_t storeBytes = kStoreBytes);
   void Start();
   // The service's revocation lists. The link is made again, so that they are in force at once, and
   // new certificates too. They count only where the authority is the same.
@@ -40,8 +51,19 @@ class Forwarder final : public HubStream,
   Hub& Traces() { return m_hub; }
   // Why the machine cannot be reached; empty while it can.
   const std::string& Trouble() const { return m_loggedReason; }
-  // No application traces into it, and everything has arrived.
-  bool IsIdle() const;
+  bool IsIdle() const;  // no application traces into it, and everything has arrived
+  // It takes traces, or is about to say so.
+  bool IsReached() const {
+    return m_state == State::Up || (m_state == State::Asking && m_loggedReason.empty());
+  }
+  // So many traces have arrived or are told as lost there: the first ones that the hub has taken.
+  std::uint64_t Settled() const { return m_settled; }
+  // What waits or is not confirmed.
+  std::size_t StoredBytes() const { return m_queue.WaitingBytes() + m_kept.Bytes(); }
+  void OnSettled(std::function<void()> call) { m_onSettled = std::move(call); }
+  // Renewed when there are so many, not only when all are used.
+  void RenewNamesAt(std::size_t names) { m_namesMost = names; }
+  bool NamesAreUsed() { return m_hub.Names().IsFull() || m_hub.Names().Count() >= m_namesMost; }
   void OnBatch(const SharedBatch& batch) override;
   void OnSource(const std::shared_ptr<Source>& source) override;
 
@@ -53,6 +75,7 @@ class Forwarder final : public HubStream,
   void OnWritten() override { Pump(); }
   void OnClosed(const std::string& reason) override;
   bool Handle(const Frame& frame);
+  bool Refused(const std::string& why);
   void AskToForward();
   bool BeginStream(std::uint64_t taken);
   bool DropTaken(std::uint64_t taken);
@@ -76,6 +99,7 @@ class Forwarder final : public HubStream,
   asio::io_context& m_io;
   const Machine m_machine;
   const std::string m_keysFolder, m_ownMachine, m_name;
+  const std::function<void(Connected)> m_dial;  // null: to the machine, over TLS
   std::string m_revoked, m_serviceKeys;
   unsigned m_listsRead = 0;  // how often they were given
   Hub m_hub{HubBatches::OfOneSource, m_name};
@@ -90,4 +114,7 @@ class Forwarder final : public HubStream,
   std::deque<EarlierSource> m_earlier;
   std::size_t m_earlierReported = 0;           // how many were sent over this connection
   bool m_stopped = false, m_keptSent = false;  // over this connection and stream
+  std::uint64_t m_settled = 0;
+  std::size_t m_namesMost = SIZE_MAX;
+  std::function<void()> m_onSettled;
 };

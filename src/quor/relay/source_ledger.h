@@ -35,6 +35,8 @@ class SourceLedger {
   void Reach(std::uint64_t serial) { m_serials.Reach(serial); }
   // Everything up to here is delivered or lost.
   std::uint64_t Settled() const { return m_serials.Base(); }
+  // The last trace that is known of.
+  std::uint64_t High() const { return m_serials.High(); }
   bool HasHole() const { return m_serials.FirstHole().Size() > 0; }
   // There are more holes than are kept apart: give one up now.
   bool MustGiveUp() const { return m_serials.MustGiveUp(); }

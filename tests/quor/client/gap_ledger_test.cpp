@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace {
 
 class GapLedgerTest : public testing::Test {
@@ -85,6 +87,30 @@ TEST_F(GapLedgerTest, ManyLinesThatAreEachPossibleDoNotMakeASumWrap) {
   }
   EXPECT_EQ(lines, 17u);
   EXPECT_EQ(why, "the ledgers count more than there can be");
+}
+
+TEST_F(GapLedgerTest, OfAClusterASourceBeginsWithItsFirstTraceThatIsThere) {
+  m_ledger.BeginStream("one", true);
+  EXPECT_EQ(Hear(1, 100), 0u);
+  m_ledger.BeginStream("two", true);
+  EXPECT_EQ(Hear(1, 100), 0u);
+  EXPECT_EQ(Hear(2, 700), 0u) << "what came before is not in the cluster";
+  m_ledger.BeginStream("three", true);
+  EXPECT_EQ(Hear(2, 705), 5u) << "it was known, and these are missing";
+}
+
+TEST_F(GapLedgerTest, TheNextStreamIsToldOfTheSourcesThatHadNewsLast) {
+  m_ledger.BeginStream("one", true);
+  for (std::size_t source = 1; source <= 5; ++source) Hear(source, 10 * source);
+  Hear(1, 10);
+  quor::wire::Subscribe all, some;
+  m_ledger.PutKnown(5, &all);
+  EXPECT_EQ(all.known_size(), 5);
+  m_ledger.PutKnown(2, &some);
+  ASSERT_EQ(some.known_size(), 2);
+  std::map<std::string, std::uint64_t> known;
+  for (const auto& line : some.known()) known[line.instance()] = line.serial();
+  EXPECT_EQ(known, (std::map<std::string, std::uint64_t>{{Instance(1), 10}, {Instance(5), 50}}));
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <thread>
 
 #include "base/fail_with.h"
+#include "quor/address/relay_address.h"
+#include "quor/client/link/bridge_process.h"
 #include "quor/client/link/dial.h"
 
 namespace {
@@ -39,9 +41,10 @@ class ServiceLink::Core final : public Connection::Handler,
       : m_machine(std::move(machine)), m_role(role), m_user(&user) {}
 
   bool Start(std::chrono::milliseconds deadline, std::string* why) {
-    const std::optional<Machine> machine = ParseMachine(m_machine, why);
-    if (!machine) return false;
-    m_to = *machine;
+    m_isRelay = IsRelayAddress(m_machine);
+    if (m_isRelay ? !ParseRelayAddress(m_machine, why) : !ParseMachine(m_machine, why))
+      return false;
+    m_to = m_isRelay ? Machine{} : *ParseMachine(m_machine);
     m_deadline = deadline - kEndPatience;  // leaves this time for the end of a failed start
     return Begin(why) && Await(m_deadline, why);
   }
@@ -110,11 +113,12 @@ class ServiceLink::Core final : public Connection::Handler,
 
   void DialNow() {
     const bool first = !m_wasUp;
+    const auto done = [this](std::shared_ptr<ByteStream> stream, const std::string& why) {
+      stream ? Greet(std::move(stream)) : Fail(why);
+    };
     try {
-      ::Dial(m_io->get_executor(), m_to, first, first ? m_deadline : kHelloDeadline,
-             [this](std::shared_ptr<ByteStream> stream, const std::string& why) {
-               stream ? Greet(std::move(stream)) : Fail(why);
-             });
+      if (m_isRelay) return StartBridge(m_io->get_executor(), m_machine, done);
+      ::Dial(m_io->get_executor(), m_to, first, first ? m_deadline : kHelloDeadline, done);
     } catch (const std::system_error& error) {  // no thread to resolve the name
       Fail(Where() + ": " + error.code().message());
     }
@@ -150,8 +154,12 @@ class ServiceLink::Core final : public Connection::Handler,
     m_up = true;
     m_changed.notify_all();
   }
+  void OnRested() override {
+    if (m_welcomed) m_user->OnRested();
+  }
   void OnClosed(const std::string& reason) override { Ended(Where() + ": " + reason); }
   std::string Where() const {
+    if (m_isRelay) return m_machine;
     return m_to.local ? "the trace service of this machine" : AddressOf(m_to.host, m_to.port);
   }
   void Ended(const std::string& reason) {
@@ -188,6 +196,7 @@ class ServiceLink::Core final : public Connection::Handler,
   const quor::wire::Role m_role;
   User* const m_user;
   Machine m_to;
+  bool m_isRelay = false;
   std::chrono::milliseconds m_deadline{0};
   std::thread m_thread;
   // The link's thread.

@@ -25,12 +25,15 @@ class ServiceLink {
     // The service has sent its Welcome. The connection is the link's, valid until OnDown.
     virtual void OnUp(Connection& connection, const quor::wire::Welcome& welcome) = 0;
     virtual void OnFrame(const Frame& frame) = 0;
+    // The rest that it asked the connection for is over.
+    virtual void OnRested() {}
     virtual void OnDown(const std::string& reason) = 0;  // only after OnUp
 
    protected:
     ~User() = default;
   };
 
+  // `machine`: or the address of stored traces, which a process of its own reads.
   ServiceLink(std::string machine, quor::wire::Role role, User& user);
   ~ServiceLink() { Stop(); }
   ServiceLink(const ServiceLink&) = delete;

@@ -1,6 +1,7 @@
 #include "quor/client/stream/gap_ledger.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -20,8 +21,9 @@ constexpr int kSlackSeconds = 60;
 
 }  // namespace
 
-void GapLedger::BeginStream(const std::string& service) {
+void GapLedger::BeginStream(const std::string& service, bool isRelay) {
   ++m_stream;
+  m_isRelay = isRelay;
   m_silentSince = m_lastLedger;
   m_believed = 0;
   m_mayWithhold = false;
@@ -111,6 +113,22 @@ void GapLedger::Count(const quor::wire::Ledger::Source& line, Source& source) {
   source.lost = line.lost();
 }
 
+void GapLedger::PutKnown(std::size_t most, quor::wire::Subscribe* subscribe) const {
+  std::vector<std::pair<std::uint64_t, const std::string*>> latest;
+  latest.reserve(m_sources.size());
+  for (const auto& [instance, source] : m_sources) latest.push_back({source.lastLine, &instance});
+  if (latest.size() > most) {
+    const auto end = latest.begin() + static_cast<std::ptrdiff_t>(most);
+    std::nth_element(latest.begin(), end, latest.end(), std::greater<>());
+    latest.resize(most);
+  }
+  for (const auto& [line, instance] : latest) {
+    auto* const known = subscribe->add_known();
+    known->set_instance(*instance);
+    known->set_serial(m_sources.at(*instance).serial);
+  }
+}
+
 bool GapLedger::TakeSource(const quor::wire::Ledger::Source& line, std::uint64_t* gap,
                            std::string* why) {
   if (!CanBe(line, why)) return false;
@@ -126,7 +144,7 @@ bool GapLedger::TakeSource(const quor::wire::Ledger::Source& line, std::uint64_t
   if (source.stream != m_stream || anew || (falls && began >= source.serial)) {
     // Compares where the new stream began with where the old one ended. A source that was unknown
     // then began after that; but on the first stream it may be older than this monitor.
-    const bool isGap = began > source.serial && (!isNew || m_stream > 1);
+    const bool isGap = began > source.serial && (!isNew || (m_stream > 1 && !m_isRelay));
     if (isGap && CanHaveBeen(began - source.serial)) *gap += began - source.serial;
     source.delivered = source.withheld = source.lost = 0;
     source.stream = m_stream;

@@ -21,12 +21,15 @@ class GapLedger {
   static constexpr std::size_t kSourcesMax = 65536;
 
   // A new stream: the first line about each source says what it missed. `service`: the run of the
-  // service that sends it.
-  void BeginStream(const std::string& service = {});
+  // service that sends it. `isRelay`: see Welcome.
+  void BeginStream(const std::string& service = {}, bool isRelay = false);
   // The stream may withhold traces from now on.
   void ExpectWithheld() { m_mayWithhold = true; }
   // Processes a ledger. Adds to `gap` the traces that were produced between two streams.
   bool Take(const quor::wire::Ledger& ledger, std::uint64_t* gap, std::string* why);
+
+  // The sources that had news last, at most so many.
+  void PutKnown(std::size_t most, quor::wire::Subscribe* subscribe) const;
 
   // Of all streams.
   std::uint64_t Delivered() const { return m_delivered; }
@@ -60,4 +63,5 @@ class GapLedger {
   std::uint64_t m_lines = 0;
   std::uint64_t m_delivered = 0, m_withheld = 0, m_lost = 0;
   bool m_mayWithhold = false;  // on this stream
+  bool m_isRelay = false;
 };

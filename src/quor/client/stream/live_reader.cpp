@@ -3,14 +3,26 @@
 #include "quor/client/stream/loss_trace.h"
 #include "records/name_record.h"
 
+namespace {
+
+constexpr std::size_t kPlaceBytesMax = 256, kKnownMax = 16384;
+constexpr std::chrono::milliseconds kRest{10};
+
+}  // namespace
+
 void LiveReader::OnUp(Connection& connection, const quor::wire::Welcome& welcome) {
   m_machine = welcome.machine();
-  m_ledger.BeginStream(welcome.instance());
+  m_connection = &connection;
+  m_isRelay = welcome.is_relay();
+  m_twiceBefore = m_twice;
+  m_lateBefore = m_late;
+  m_ledger.BeginStream(welcome.instance(), m_isRelay);
   m_firstOfStream = true;
   m_filter.OnUp(connection, welcome);
   quor::wire::Request request;
   request.set_id(++m_lastRequest);
-  request.mutable_subscribe();
+  request.mutable_subscribe()->set_place(m_place);
+  if (m_isRelay) m_ledger.PutKnown(kKnownMax, request.mutable_subscribe());
   connection.Send(FrameType::Request, request);
   if (m_paused) SendState(connection);
   m_up = true;
@@ -40,6 +52,7 @@ void LiveReader::SendState(Connection& connection) {
 
 void LiveReader::OnDown(const std::string&) {
   m_up = false;
+  m_connection = nullptr;
   m_filter.OnDown();
   // Without its ledger a batch cannot be counted: its traces become part of the gap.
   DropStaged();
@@ -99,6 +112,21 @@ void LiveReader::TakeLedger(const Frame& frame) {
   CatchUp();  // all may have been taken out before LookForRoom could know of the last ones
   m_lost.store(m_ledger.Lost() + m_gaps + m_allDropped, std::memory_order_relaxed);
   m_withheld.store(m_ledger.Withheld(), std::memory_order_relaxed);
+  if (ledger.has_relay()) TakeRelay(ledger.relay());
+  if (m_isRelay) AwaitRoom();
+}
+
+void LiveReader::TakeRelay(const quor::wire::Ledger::Relay& relay) {
+  if (!m_isRelay || relay.place().size() > kPlaceBytesMax)
+    return m_link->Break("a ledger with a place that cannot be");
+  m_place = relay.place();
+  m_twice.store(m_twiceBefore + relay.twice(), std::memory_order_relaxed);
+  m_late.store(m_lateBefore + relay.late(), std::memory_order_relaxed);
+}
+
+// What a cluster stores can wait there: nothing is turned away.
+void LiveReader::AwaitRoom() {
+  if (m_connection && !m_queue.IsHalfEmpty()) m_connection->Rest(kRest);
 }
 
 void LiveReader::ReportLost(std::uint64_t traces, const char* reason) {

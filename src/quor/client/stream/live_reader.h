@@ -36,10 +36,14 @@ class LiveReader final : public ServiceLink::User {
   void LookForRoom();
   std::uint64_t Lost() const { return m_lost.load(std::memory_order_relaxed); }
   std::uint64_t Withheld() const { return m_withheld.load(std::memory_order_relaxed); }
+  // Of a cluster's traces: those that came twice, and those that came after they were told as lost.
+  std::uint64_t Twice() const { return m_twice.load(std::memory_order_relaxed); }
+  std::uint64_t Late() const { return m_late.load(std::memory_order_relaxed); }
   bool IsUp() const { return m_up.load(std::memory_order_relaxed); }
 
   void OnUp(Connection& connection, const quor::wire::Welcome& welcome) override;
   void OnFrame(const Frame& frame) override;
+  void OnRested() override { AwaitRoom(); }
   void OnDown(const std::string& reason) override;
 
  private:
@@ -54,6 +58,8 @@ class LiveReader final : public ServiceLink::User {
   void Deliver(LiveBatch* batch);
   void DropTraces(LiveBatch* batch);
   void CatchUp();  // if there is room again
+  void TakeRelay(const quor::wire::Ledger::Relay& relay);
+  void AwaitRoom();
   void ReportLost(std::uint64_t traces, const char* reason);
   void DropStaged();
 
@@ -64,6 +70,11 @@ class LiveReader final : public ServiceLink::User {
   std::vector<LiveBatch*> m_staged;
   std::size_t m_stagedBytes = 0;
   bool m_firstOfStream = false;
+  // Where a cluster's traces have to go on after a break, and the counts of the streams before.
+  Connection* m_connection = nullptr;
+  bool m_isRelay = false;
+  std::string m_place;
+  std::uint64_t m_twiceBefore = 0, m_lateBefore = 0;
   std::atomic<bool> m_paused{false};
   std::atomic<bool> m_up{false};
   std::uint32_t m_lastRequest = 0;
@@ -74,6 +85,6 @@ class LiveReader final : public ServiceLink::User {
   std::size_t m_keptNameBytes = 0;
   std::uint64_t m_dropped = 0;
   std::uint64_t m_gaps = 0, m_allDropped = 0;
-  std::atomic<std::uint64_t> m_lost{0}, m_withheld{0};
+  std::atomic<std::uint64_t> m_lost{0}, m_withheld{0}, m_twice{0}, m_late{0};
   SourceFilterAsker m_filter{m_ledger, m_lastRequest};
 };

@@ -1,0 +1,12 @@
+// How the commands reach the engine that an address names.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "quor/address/relay_address.h"
+#include "quor/engine/jetstream/nats_link.h"
+
+// With the certificate of this user's keys folder if the address asks for TLS. None and a reason if
+// its files are missing.
+std::optional<NatsAddress> EngineAt(const RelayAddress& address, std::string* why);

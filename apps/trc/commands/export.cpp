@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "commands/export_otlp.h"
 #include "commands/new_text_file.h"
 #include "commands/notes.h"
 #include "filter/shown_traces.h"
@@ -100,18 +101,26 @@ class Exporter {
   ProgressLine& m_progress;
 };
 
-int ExportToOutput(Exporter& exporter) {
+template <class AnyExporter>
+int ExportToOutput(AnyExporter& exporter) {
   Output output;
   exporter.Run(output);
   return output.Finish();
 }
 
-int ExportToFile(Exporter& exporter, const TraceInput& input, const ExportOptions& options) {
+template <class AnyExporter>
+int ExportToFile(AnyExporter& exporter, const TraceInput& input, const ExportOptions& options) {
   NewTextFile file;
   if (!file.Open(options.out)) return kExitBad;
   exporter.Run(file.Lines());
   if (!Interrupted() && !input.IsUnchanged(options.out)) return kExitBad;
   return input.StatusWithDamage(file.Finish());
+}
+
+template <class AnyExporter>
+int Export(AnyExporter& exporter, const TraceInput& input, const ExportOptions& options) {
+  if (options.out != "-") return ExportToFile(exporter, input, options);
+  return input.StatusOfAnswer(ExportToOutput(exporter));
 }
 
 }  // namespace
@@ -122,9 +131,11 @@ int RunExport(const ExportOptions& options) {
   if (!input.Open(options.files)) return StatusWithoutInput();
   ShownTraces traces(input.Document());
   if (!UseNotes(input, options.traces, traces) || !traces.Filter(options.traces)) return kExitBad;
-  const bool toOutput = options.out == "-";
-  if (toOutput && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
+  if (options.out == "-" && isatty(STDOUT_FILENO) != 0) host.Progress().Silence();
+  if (options.format == ExportFormat::Otlp) {
+    OtlpExporter exporter(traces, options.traces, host.Progress());
+    return Export(exporter, input, options);
+  }
   Exporter exporter(traces, options, host.Progress());
-  if (!toOutput) return ExportToFile(exporter, input, options);
-  return input.StatusOfAnswer(ExportToOutput(exporter));
+  return Export(exporter, input, options);
 }

@@ -7,7 +7,7 @@
 
 #include "filter/trace_options.h"
 
-enum class ExportFormat { Csv, CsvRfc4180, Jsonl };
+enum class ExportFormat { Csv, CsvRfc4180, Jsonl, Otlp };
 
 struct ExportOptions {
   std::vector<std::string> files;

@@ -115,8 +115,9 @@ class ExportCommand final : public Command {
     App()
         .add_option("-f,--format", m_exportFormat,
                     "csv: as the desktop's Export writes it (the default); csv-rfc4180, jsonl: "
-                    "clean data for other programs")
-        ->check(OneOf({"csv", "csv-rfc4180", "jsonl"}))
+                    "clean data for other programs; otlp: logs and spans of OpenTelemetry, in JSON "
+                    "lines")
+        ->check(OneOf({"csv", "csv-rfc4180", "jsonl", "otlp"}))
         ->type_name("FORMAT");
     App().add_flag("--hidden", m_export.hidden, "The hidden columns too");
     m_shared.Add({.follow = kNotFollowed});
@@ -128,14 +129,18 @@ class ExportCommand final : public Command {
         "Examples:\n"
         "  trc export web.trc web.csv --columns \"Sev,Time,Trace\"\n"
         "  trc export web.trc web.csv --format csv-rfc4180 --utc\n"
+        "  trc export web.trc spans.jsonl --format otlp\n"
         "  trc export web.trc - --format jsonl --uncheck \"All Severities/Info\" \\\n"
         "    | jq .Trace");
   }
   void Complete() override {
     if (m_exportFormat == "csv-rfc4180") m_export.format = ExportFormat::CsvRfc4180;
     if (m_exportFormat == "jsonl") m_export.format = ExportFormat::Jsonl;
+    if (m_exportFormat == "otlp") m_export.format = ExportFormat::Otlp;
     m_export.out = TakeOut(m_export.files, "OUT");
     m_shared.Complete();
+    if (m_exportFormat == "otlp" && (m_export.hidden || m_export.traces.columns))
+      throw CLI::ValidationError("--format otlp has no columns");
     if (m_export.traces.columns && HasTimeColumn(*m_export.traces.columns))
       throw CLI::ValidationError("--columns",
                                  "Delta, Since and Wall Time go with dump, find and tail");

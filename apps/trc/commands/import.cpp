@@ -4,15 +4,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <ctime>
+#include <initializer_list>
 #include <memory>
+#include <optional>
 
 #include "base/fail_with.h"
 #include "base/text.h"
+#include "import/chrome/chrome_import.h"
+#include "import/json/json_pull.h"
 #include "import/lines/journal_lines.h"
 #include "import/lines/json_lines.h"
 #include "import/lines/regex_lines.h"
 #include "import/lines/syslog_lines.h"
+#include "import/otlp/otlp_frames.h"
+#include "import/otlp/otlp_import.h"
 #include "records/trc_walk.h"
 #include "terminal/exit_status.h"
 #include "terminal/interrupt.h"
@@ -20,6 +27,8 @@
 #include "terminal/progress_line.h"
 
 namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // One input: a file, a pipe, or standard input.
 class Input {
@@ -58,6 +67,33 @@ class Input {
   struct stat m_status = {};
 };
 
+// The form of an input that has no lines, by its first bytes. ByContent: it cannot be told.
+ImportForm FormOf(std::string_view head) {
+  if (BeginsAsJson(head)) {
+    if (head[head.find_first_not_of(" \t\r\n")] == '[') return ImportForm::Chrome;
+    const auto firstOf = [head](std::initializer_list<std::string_view> keys) {
+      std::size_t first = head.npos;
+      for (const std::string_view key : keys) first = std::min(first, head.find(key));
+      return first;
+    };
+    const std::size_t chrome = firstOf({"\"traceEvents\""});
+    const std::size_t otlp = firstOf({"\"resourceLogs\"", "\"resource_logs\"", "\"resourceSpans\"",
+                                      "\"resource_spans\"", "\"resourceMetrics\""});
+    if (chrome == otlp) return ImportForm::ByContent;
+    return chrome < otlp ? ImportForm::Chrome : ImportForm::Otlp;
+  }
+  // A line of text has no such bytes, but for a line end.
+  constexpr unsigned char kResourceTag = '\n';
+  const bool isProtobuf = !head.empty() &&
+                          (static_cast<unsigned char>(head[0]) <= OtlpFrames::kLengthFirstMax ||
+                           static_cast<unsigned char>(head[0]) == kResourceTag) &&
+                          std::any_of(head.begin(), head.end(), [](char byte) {
+                            const auto code = static_cast<unsigned char>(byte);
+                            return code < ' ' && (code < '\t' || code > '\r');
+                          });
+  return isProtobuf ? ImportForm::Otlp : ImportForm::ByContent;
+}
+
 class Import {
  public:
   Import(const ImportOptions& options, ImportZone zone)
@@ -67,7 +103,7 @@ class Import {
 
   int Run() {
     std::string why;
-    if (!MakeFormat(&why)) return Refuse("--regex: " + why);
+    if (HasLines(m_options.form) && !MakeFormat(&why)) return Refuse("--regex: " + why);
     // Each is opened once: the bytes of a pipe come only once.
     std::vector<std::unique_ptr<Input>> inputs;
     for (const std::string& path : m_options.in) {
@@ -78,11 +114,11 @@ class Import {
     }
     CatchEndSignals();
     if (!m_parts.Begin(m_options.out, &why)) return Refuse(m_options.out + ": " + why);
-    LogImport import(*m_format, m_fields, m_parts, m_options.join);
+    if (m_format) m_lines.emplace(*m_format, m_fields, m_parts, m_options.join);
     for (const auto& input : inputs)
-      if (const int status = Read(import, *input); status != kExitGood) return status;
+      if (const int status = Read(*input); status != kExitGood) return status;
     if (!m_parts.Finish(&why)) return Refuse(m_options.out + ": " + why);
-    return Tell(import.Counts());
+    return Tell();
   }
 
  private:
@@ -108,7 +144,7 @@ class Import {
     }
   }
 
-  int Read(LogImport& import, const Input& input) {
+  int Read(const Input& input) {
     m_clock.SetLatest(input.Latest());
     const LineReader* bytes = nullptr;
     LineReader reader(input.Descriptor(), [&] {
@@ -117,7 +153,14 @@ class Import {
     });
     bytes = &reader;
     std::string why;
-    if (import.Read(reader, input.Name(), &why)) return kExitGood;
+    const bool isTold = m_options.form != ImportForm::ByContent;
+    const ImportForm form = isTold ? m_options.form : FormOf(HeadOf(reader));
+    if (form == ImportForm::ByContent && !reader.Stopped() && reader.Error() == 0) {
+      m_progress.Clear();
+      return Refuse(input.Name() + ": its first bytes do not tell its form; name it: --journal, " +
+                    "--syslog, --jsonl, --regex, --otlp or --chrome");
+    }
+    if (ReadAs(form, reader, input.Name(), &why)) return kExitGood;
     m_progress.Clear();
     if (reader.Stopped()) {
       PrintError(m_options.out + ": interrupted after " + std::to_string(m_parts.Traces()) +
@@ -127,12 +170,30 @@ class Import {
     return Refuse(reader.Error() != 0 ? why : m_options.out + ": " + why);
   }
 
+  static std::string_view HeadOf(LineReader& reader) {
+    constexpr std::size_t kHeadBytes = std::size_t{64} << 10;
+    const std::string_view head = reader.PeekBytes(kHeadBytes);
+    return head.substr(head.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+  }
+
+  bool ReadAs(ImportForm form, LineReader& reader, const std::string& name, std::string* why) {
+    if (m_lines) return m_lines->Read(reader, name, why);
+    if (reader.PeekBytes(kByteOrderMark.size()) == kByteOrderMark)
+      reader.Drop(kByteOrderMark.size());
+    return form == ImportForm::Chrome ? m_chrome.Read(reader, name, why)
+                                      : m_otlp.Read(reader, name, why);
+  }
+
   // What has been written to standard output, and what is not as in the input to standard error.
-  int Tell(const ImportCounts& counts) {
+  int Tell() {
     m_progress.Clear();
-    const std::vector<std::string> texts = ImportTexts(counts, m_parts.Losses(), m_fields);
-    for (const std::string& text : texts) PrintError(text);
-    for (const std::string& note : m_format->Notes()) PrintError(note);
+    const ImportCounts counts = m_lines ? m_lines->Counts() : ImportCounts{};
+    for (const std::string& text : m_chrome.Texts()) PrintError(text);
+    for (const std::string& text : m_otlp.Texts()) PrintError(text);
+    for (const std::string& text : ImportTexts(counts, m_parts.Losses(), m_fields))
+      PrintError(text);
+    if (m_format)
+      for (const std::string& note : m_format->Notes()) PrintError(note);
     Output output;
     std::string files;
     for (const std::string& path : m_parts.Paths()) files += (files.empty() ? "" : ", ") + path;
@@ -144,8 +205,9 @@ class Import {
                   " no year: it is the last one before the end of their input");
     const int status = output.Finish();
     const bool whole =
+        m_chrome.IsWhole() && m_otlp.IsWhole() &&
         counts.strange + counts.cutLines + m_parts.Losses().cutTexts + m_parts.Losses().cutNames ==
-        0;
+            0;
     return status != kExitGood || whole ? status : kExitDamaged;
   }
 
@@ -154,6 +216,9 @@ class Import {
   ImportFields m_fields;
   std::unique_ptr<LineFormat> m_format;
   ImportParts m_parts{kTrcFileBytesMax};
+  std::optional<LogImport> m_lines;
+  ChromeImport m_chrome{m_fields, m_parts};
+  OtlpImport m_otlp{m_fields, m_parts};
   ProgressLine m_progress;
 };
 

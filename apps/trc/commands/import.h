@@ -1,4 +1,4 @@
-// trc import: writes the lines of another program's log as traces.
+// trc import: writes the lines of another program's log, or its events, as traces.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@
 #include "import/fields/import_field.h"
 #include "import/log_import.h"
 
-enum class ImportForm { Journal, Syslog, Jsonl, Regex };
+enum class ImportForm { ByContent, Journal, Syslog, Jsonl, Regex, Otlp, Chrome };
 
 struct ImportOptions {
-  ImportForm form = ImportForm::Jsonl;
+  ImportForm form = ImportForm::ByContent;
   std::string expression;  // of Regex
   std::vector<std::pair<std::string, ImportField>> keys;
   ImportFieldRules rules;
@@ -20,5 +20,10 @@ struct ImportOptions {
   std::vector<std::string> in;  // "-" is standard input
   std::string out;
 };
+
+// ByContent finds forms without lines only: any text has lines.
+inline bool HasLines(ImportForm form) {
+  return form != ImportForm::ByContent && form != ImportForm::Otlp && form != ImportForm::Chrome;
+}
 
 int RunImport(const ImportOptions& options);

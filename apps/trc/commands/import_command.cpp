@@ -9,7 +9,7 @@ namespace {
 class ImportCommand final : public Command {
  public:
   explicit ImportCommand(CLI::App& program)
-      : Command(program, "import", "Write the lines of another log as traces") {
+      : Command(program, "import", "Write another log, or other events, as traces") {
     App()
         .add_option("FILES", m_files,
                     "Logs, - is standard input; then the trace file, an existing one is replaced")
@@ -21,14 +21,16 @@ class ImportCommand final : public Command {
         "FIELD, and the name of a group (?<FIELD>...): time level logger text component\n"
         "category location file line pid tid application machine stack attributes.\n"
         "A line that is not understood becomes a trace with the whole line as its text.\n"
-        "Exit status: 0 all lines were understood, 3 some were not, or texts were cut.\n"
+        "Without a form, inputs are --otlp or --chrome by their first bytes.\n"
+        "Exit status: 0 all was understood, 3 something was not, or was cut.\n"
         "\n"
         "Examples:\n"
         "  journalctl --all -o json -n 1000 | trc import --journal - journal.trc\n"
         "  trc import --syslog syslog.1 syslog system.trc\n"
         "  trc import --jsonl --map svc=application app.jsonl app.trc\n"
         "  trc import --regex '^(?<time>\\S+ \\S+) (?<level>\\w+) (?<text>.*)' \\\n"
-        "    app.log app.trc");
+        "    app.log app.trc\n"
+        "  trc import --chrome trace.json trace.trc");
   }
   void Complete() override {
     TakeForm();
@@ -59,7 +61,7 @@ class ImportCommand final : public Command {
   }
 
   ImportOptions m_import;
-  bool m_journal = false, m_syslog = false, m_jsonl = false;
+  bool m_journal = false, m_syslog = false, m_jsonl = false, m_otlp = false, m_chrome = false;
   std::vector<std::string> m_files, m_keys;
   std::string m_levels, m_join;
   CLI::Option* m_regexOption = nullptr;
@@ -73,6 +75,8 @@ void ImportCommand::AddForms() {
   m_regexOption = App().add_option("--regex", m_import.expression,
                                    "Lines that match this Perl expression with named groups");
   m_regexOption->type_name("RE");
+  App().add_flag("--otlp", m_otlp, "Logs and spans of OpenTelemetry: lines of JSON, or protobuf");
+  App().add_flag("--chrome", m_chrome, "Events of Chrome's trace format, as JSON");
   App()
       .add_option("--map", m_keys, "With --jsonl: the field of a further key; may be repeated")
       ->type_name("KEY=FIELD")
@@ -105,12 +109,20 @@ void ImportCommand::AddRules() {
 
 void ImportCommand::TakeForm() {
   const bool regex = m_regexOption->count() != 0;
-  if (m_journal + m_syslog + m_jsonl + regex != 1)
-    throw CLI::ValidationError("import", "takes one of --journal, --syslog, --jsonl and --regex");
+  if (m_journal + m_syslog + m_jsonl + regex + m_otlp + m_chrome > 1)
+    throw CLI::ValidationError(
+        "import", "takes one of --journal, --syslog, --jsonl, --regex, --otlp and --chrome");
   if (m_journal) m_import.form = ImportForm::Journal;
   if (m_syslog) m_import.form = ImportForm::Syslog;
+  if (m_jsonl) m_import.form = ImportForm::Jsonl;
   if (regex) m_import.form = ImportForm::Regex;
+  if (m_otlp) m_import.form = ImportForm::Otlp;
+  if (m_chrome) m_import.form = ImportForm::Chrome;
   if (!m_jsonl && !m_keys.empty()) throw CLI::ValidationError("--map", "goes with --jsonl only");
+  if (!HasLines(m_import.form) && !m_levels.empty())
+    throw CLI::ValidationError("--levels", "goes with the lines of a log only");
+  if (!HasLines(m_import.form) && !m_import.timeFormat.empty())
+    throw CLI::ValidationError("--time-format", "goes with the lines of a log only");
   if (!IsLines() && !m_join.empty())
     throw CLI::ValidationError("--join", "goes with --syslog and --regex only");
 }

@@ -29,7 +29,7 @@ constexpr SliceNumber kSliceNumbers[] = {
     {"(none)", "none", [](const SliceCounts& slice) { return std::uint64_t{slice.severities[3]}; }},
     {"Losses", "losses", [](const SliceCounts& slice) { return std::uint64_t{slice.losses}; }},
 };
-constexpr std::size_t kTimeColumns = 2, kSliceColumns = kTimeColumns + std::size(kSliceNumbers);
+constexpr std::size_t kSpanColumns = 2, kSliceColumns = kSpanColumns + std::size(kSliceNumbers);
 using SliceCells = std::array<std::string, kSliceColumns>;
 
 // Calls each(from, to, counts) for each slice, in milliseconds; false: it has ended the walk.
@@ -45,7 +45,7 @@ bool ForEachSlice(const TimeSlices& slices, const Each& each) {
 bool WriteSlice(const SliceCells& cells, const std::array<std::size_t, kSliceColumns>& widths,
                 LineWriter& line) {
   for (std::size_t i = 0; i < kSliceColumns; ++i)
-    line.Add(cells[i], cells[i].size(), widths[i], i >= kTimeColumns);
+    line.Add(cells[i], cells[i].size(), widths[i], i >= kSpanColumns);
   return line.End();
 }
 
@@ -59,11 +59,11 @@ bool WriteSlicesAsText(const TimeSlices& slices, const StatsOptions& options, Ou
   const bool utc = options.traces.utc;
   std::vector<SliceCells> lines = {{"From", "To"}};
   for (std::size_t i = 0; i < std::size(kSliceNumbers); ++i)
-    lines.front()[kTimeColumns + i] = kSliceNumbers[i].heading;
+    lines.front()[kSpanColumns + i] = kSliceNumbers[i].heading;
   ForEachSlice(slices, [&](std::int64_t from, std::int64_t to, const SliceCounts& slice) {
     SliceCells cells = {StampText(StampOfMs(from), utc), StampText(StampOfMs(to), utc)};
     for (std::size_t i = 0; i < std::size(kSliceNumbers); ++i)
-      cells[kTimeColumns + i] = std::to_string(kSliceNumbers[i].of(slice));
+      cells[kSpanColumns + i] = std::to_string(kSliceNumbers[i].of(slice));
     lines.push_back(std::move(cells));
     return true;
   });

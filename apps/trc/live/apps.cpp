@@ -5,6 +5,7 @@
 #include "filter/account.h"
 #include "live/app_text.h"
 #include "live/live.h"
+#include "quor/address/relay_address.h"
 #include "quor/client/trace_config.h"
 #include "terminal/exit_status.h"
 #include "text/text_line.h"
@@ -140,6 +141,8 @@ void AppListing::WriteJson(Output& output) const {
 
 int RunApps(const AppsOptions& options) {
   std::string why;
+  if (IsRelayAddress(options.machine))
+    return Unreachable("the applications of a cluster are not listed; its traces can be watched");
   const QuorPtr<trace_Config_i> config = trace_Config_i::CreateToList(options.machine, &why);
   if (!config) return Unreachable(why);
   const std::list<std::string>& apps = config->GetAppList();

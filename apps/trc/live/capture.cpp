@@ -17,7 +17,8 @@ int Summary(const CaptureOptions& options, std::uint64_t taken, std::uint64_t gi
     summary += std::to_string(counts.delivered) + " delivered, " + std::to_string(counts.withheld) +
                " withheld, ";
   Output output;
-  output.Line(summary + std::to_string(lost) + " lost");
+  const std::string repeated = RepeatedText(counts);
+  output.Line(summary + std::to_string(lost) + " lost" + (repeated.empty() ? "" : ", " + repeated));
   const int status = output.Finish();
   if (!good || status == kExitBad) return kExitBad;
   return lost > 0 ? kExitNo : kExitGood;

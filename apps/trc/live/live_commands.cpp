@@ -80,7 +80,9 @@ class TailCommand final : public ListeningCommand {
         "  trc tail --severity error --context 5\n"
         "  trc tail --where 'severity >= warn' --at-source\n"
         "  trc tail orders1:7447 --format jsonl --for 60 | jq .text");
-    App().add_option("MACHINE", m_tail.machine, "name or name:port")->type_name("");
+    App()
+        .add_option("MACHINE", m_tail.machine, "name, name:port, or nats://HOST/STREAM")
+        ->type_name("");
     AddLineFormat(m_format);
     AddColour(m_colour);
     AddColourRules(App(), m_colourRules);
@@ -112,7 +114,9 @@ class CaptureCommand final : public ListeningCommand {
         "Examples:\n"
         "  trc capture -o now.trc --for 60\n"
         "  trc capture orders1 -o orders.trc --max-size 100 --max-files 5");
-    App().add_option("MACHINE", m_capture.machine, "name or name:port")->type_name("");
+    App()
+        .add_option("MACHINE", m_capture.machine, "name, name:port, or nats://HOST/STREAM")
+        ->type_name("");
     App()
         .add_option("-o,--out", m_capture.out, "The file; an existing one is replaced")
         ->required()

@@ -27,6 +27,12 @@ Clock::time_point EndOf(const LiveLimits& limits) {
 
 }  // namespace
 
+std::string RepeatedText(const TraceThread_i::Counts& counts) {
+  if (counts.twice + counts.late == 0) return {};
+  return std::to_string(counts.twice) + " came twice, " + std::to_string(counts.late) +
+         " came late";
+}
+
 LiveSource::~LiveSource() {
   if (m_connection) m_connection->Disconnect();
 }

@@ -11,6 +11,9 @@
 #include "live/live.h"
 #include "quor/client/trace_thread.h"
 
+// "12 came twice, 3 came late"; empty where neither can be.
+std::string RepeatedText(const TraceThread_i::Counts& counts);
+
 class LiveSource {
  public:
   LiveSource() = default;

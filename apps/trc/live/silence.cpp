@@ -1,6 +1,7 @@
 #include "live/silence.h"
 
 #include "filter/account.h"
+#include "quor/address/relay_address.h"
 #include "quor/client/trace_config.h"
 #include "text/visible_text.h"
 
@@ -17,6 +18,7 @@ bool HasTraceOn(const trace_App_i& app) {
 
 std::string WhyNothingComes(const std::string& machine, const std::string& account) {
   std::string why;
+  if (IsRelayAddress(machine)) return "the stream has none of that time yet";
   const QuorPtr<trace_Config_i> config = trace_Config_i::Create(machine, &why);
   if (!config) return why;
   unsigned running = 0;
@@ -38,6 +40,7 @@ std::string WhyNothingComes(const std::string& machine, const std::string& accou
 }
 
 std::string WhyNoAccounts(const std::string& machine) {
+  if (IsRelayAddress(machine)) return {};
   const QuorPtr<trace_Config_i> config = trace_Config_i::CreateToList(machine);
   if (!config) return {};
   const std::list<std::string> apps = config->GetAppList();

@@ -4,6 +4,7 @@
 #include "commands/trace_lines.h"
 #include "live/live_source.h"
 #include "live/silence.h"
+#include "quor/address/relay_address.h"
 #include "terminal/exit_status.h"
 
 namespace {
@@ -20,7 +21,9 @@ class Silence {
     const TraceThread_i::Counts counts = m_source.Counts();
     if (account.empty() ? counts.delivered + counts.withheld > 0 : hasPrinted) return;
     PrintError("no traces come: " + (m_source.IsUp() ? WhyNothingComes(m_options.machine, account)
-                                                     : "no trace service runs there any more"));
+                                     : IsRelayAddress(m_options.machine)
+                                         ? "quor-bridge has ended and is started again"
+                                         : "no trace service runs there any more"));
   }
 
  private:
@@ -44,6 +47,7 @@ int Tell(const TailOptions& options, const LiveSource& source, std::uint64_t unp
                " lost" + notPrinted);
   else if (counts.lost > 0)
     PrintError(std::to_string(counts.lost) + " traces lost");
+  if (const std::string repeated = RepeatedText(counts); !repeated.empty()) PrintError(repeated);
   // SIGINT is the usual end, not a failure.
   return counts.lost > 0 ? kExitNo : kExitGood;
 }

@@ -273,9 +273,56 @@ TEST_F(TrcImport, AFullDiskIsReportedAndLeavesNoFile) {
   EXPECT_FALSE(std::filesystem::exists(m_out));
 }
 
+constexpr const char* kChrome =
+    R"([{"ph":"X","name":"frame","cat":"gfx","pid":1,"tid":2,"ts":1000,"dur":5000,"args":{"n":1}},)";
+constexpr const char* kOtlp =
+    R"({"resourceLogs":[{"scopeLogs":[{"logRecords":[{"timeUnixNano":"1000000",)"
+    R"("severityNumber":17,"body":{"stringValue":"no stock"}}]}]}]})";
+
+TEST_F(TrcImport, EventsOfOtherProgramsAreKnownByTheirFirstBytes) {
+  EXPECT_EQ(Import({}, kChrome).status, 0);
+  EXPECT_EQ(Texts(), (Lines{"Begin: frame n=1", "End: frame"}));
+  EXPECT_EQ(Import({}, std::string("\xEF\xBB\xBF") + kOtlp).status, 0);
+  EXPECT_EQ(Texts(), Lines{"no stock"});
+  EXPECT_EQ(DumpedTraces(m_out)[0].at("attributes"), 4);
+  const std::string chrome = m_directory.File("chrome.json", kChrome);
+  const std::string otlp = m_directory.File("otlp.jsonl", kOtlp);
+  EXPECT_EQ(
+      RunTrc({"import", "--component", "Own", "--application", "shop", chrome, otlp, m_out}).out,
+      m_out + ": 3 traces\n");
+  const auto traces = DumpedTraces(m_out);
+  ASSERT_EQ(traces.size(), 3u);
+  EXPECT_EQ(traces[0].at("component"), "Own");
+  EXPECT_EQ(traces[0].at("category"), "gfx");
+  EXPECT_EQ(traces[0].at("application"), "shop");
+  EXPECT_EQ(traces[2].at("component"), "Own");
+}
+
+TEST_F(TrcImport, EventsThatAreCutAreKeptAsFarAsTheyAreWhole) {
+  const TrcRun run = Import({}, std::string(kChrome) + R"({"ph":"X","na)");
+  EXPECT_EQ(run.status, 3);
+  EXPECT_NE(run.err.find("in.log: line 1, byte "), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("ends here, within a value; what is before it was kept"),
+            std::string::npos)
+      << run.err;
+  EXPECT_EQ(Texts(), (Lines{"Begin: frame n=1", "End: frame"}));
+  EXPECT_EQ(Import({"--otlp"}, std::string(kOtlp) + "\n{\"resourceLogs").status, 3);
+  EXPECT_EQ(Texts(), Lines{"no stock"});
+}
+
+TEST_F(TrcImport, AFormThatCannotBeToldIsAskedFor) {
+  for (const char* log : {"", "plain text\n", "\n\nplain text\n", R"({"msg":"a"})", "{}"}) {
+    const TrcRun run = Import({}, log);
+    EXPECT_EQ(run.status, 2) << log;
+    EXPECT_NE(run.err.find("its first bytes do not tell its form"), std::string::npos) << run.err;
+    EXPECT_FALSE(std::filesystem::exists(m_out));
+  }
+}
+
 TEST_F(TrcImport, WrongUseIsNamed) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> lines = {
-      {{"in", "out"}, "takes one of --journal, --syslog, --jsonl and --regex"},
+      {{"--chrome", "--otlp", "in", "out"}, "takes one of --journal, --syslog, --jsonl, --regex, "},
+      {{"--levels", "otel", "in", "out"}, "goes with the lines of a log only"},
       {{"--jsonl", "--syslog", "in", "out"}, "takes one of --journal, "},
       {{"--jsonl", "in"}, "IN... OUT is required"},
       {{"--jsonl", "in", "-"}, "OUT: is a file, not standard output"},

@@ -22,7 +22,7 @@ for package in build/package/*.deb; do
   [[ $package == *-dbgsym_* ]] || dpkg-deb -x "$package" "$unpacked"
 done
 mapfile -t built < <(find "$unpacked" -type f \( -path '*/usr/bin/*' -o -name 'libquor.so.*' -o -name 'quor.node' \))
-[ ${#built[@]} -eq 6 ] || { say "4 programs, a library and an addon are expected: ${built[*]}"; exit 1; }
+[ ${#built[@]} -eq 7 ] || { say "5 programs, a library and an addon are expected: ${built[*]}"; exit 1; }
 python3 packaging/check_hardening.py "${built[@]}"
 
 # The project owns no domain that the name of the component could begin with.

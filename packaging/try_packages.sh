@@ -15,7 +15,7 @@ unshare --mount --pid --net --ipc --uts --fork true ||
   fail "cannot run: this machine gives no namespaces, so the packages were NOT tried"
 
 mapfile -t packages < <(find build/package -maxdepth 1 -name '*.deb' ! -name '*-dbgsym_*' | sort)
-[ ${#packages[@]} -eq 7 ] || fail "7 packages are expected in build/package, not ${#packages[@]}"
+[ ${#packages[@]} -eq 8 ] || fail "8 packages are expected in build/package, not ${#packages[@]}"
 
 # What the packages need from elsewhere, without versions: dpkg checks these in the root.
 names=$(for file in "${packages[@]}"; do dpkg-deb -f "$file" Package; done | paste -sd'|')

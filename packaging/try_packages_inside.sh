@@ -49,7 +49,7 @@ for file in /packages/*.deb; do names+=("$(dpkg-deb -f "$file" Package)"); done
 dpkg -i /packages/*.deb >/tmp/install.log 2>&1 || fail "the packages cannot be installed"
 say "installed: ${names[*]}"
 ldconfig -p | grep -q 'libquor\.so\.1 ' || fail "the linker does not know the library: no trigger"
-for program in quord quor-demo trc tessera; do
+for program in quord quor-bridge quor-demo trc tessera; do
   as QT_QPA_PLATFORM=offscreen "$program" --version >/dev/null || fail "$program does not run"
   [ -s "/usr/share/man/man1/$program.1.gz" ] || fail "$program has no manual page"
 done

@@ -56,7 +56,7 @@ _trc() {
   case $command:$previous in
     filter:--*check | filter:--where) _trc_names -o nospace; return ;;
     dump:-f | dump:--format | find:-f | find:--format | tail:-f | tail:--format) COMPREPLY=($(compgen -W 'text jsonl' -- "$current")); return ;;
-    export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl' -- "$current")); return ;;
+    export:-f | export:--format) COMPREPLY=($(compgen -W 'csv csv-rfc4180 jsonl otlp' -- "$current")); return ;;
     import:--levels) COMPREPLY=($(compgen -W 'syslog pino python otel' -- "$current")); return ;;
     import:--join) COMPREPLY=($(compgen -W 'indented all none' -- "$current")); return ;;
     import:--zone) COMPREPLY=($(compgen -W 'local UTC' -- "$current")); return ;;
@@ -100,7 +100,7 @@ _trc() {
       notes) options='--help --json --mark --note --replace' ;;
       save) options="--help --replace-notes --from --tail --context $which" ;;
       export) options="--help --format --columns --hidden --from --tail --context $which" ;;
-      import) options='--help --journal --syslog --jsonl --regex --map --component --application --machine --levels --time-format --zone --join' ;;
+      import) options='--help --journal --syslog --jsonl --regex --otlp --chrome --map --component --application --machine --levels --time-format --zone --join' ;;
       tail) options="--help --format --color --colour-rules --columns --for --at-source --context $which" ;;
       capture) options="--help --out --for --at-source --max-size --max-files --context $which" ;;
       apps) options='--help --json --user' ;;

@@ -36,7 +36,7 @@ complete -c trc -n "not __fish_seen_subcommand_from $commands" -a notes -d "List
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a save -d "Write the traces to a new file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a convert -d "Convert an older file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a export -d "Write the traces as text"
-complete -c trc -n "not __fish_seen_subcommand_from $commands" -a import -d "Write another log as traces"
+complete -c trc -n "not __fish_seen_subcommand_from $commands" -a import -d "Write another log, or other events, as traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a tail -d "Print live traces"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a capture -d "Write live traces to a file"
 complete -c trc -n "not __fish_seen_subcommand_from $commands" -a apps -d "List traced applications"
@@ -86,13 +86,15 @@ complete -c trc -n "__fish_seen_subcommand_from find" -l total -d "Print only ho
 complete -c trc -n "__fish_seen_subcommand_from find" -s f -l format -x -a "text jsonl" -d "Format"
 
 
-complete -c trc -n "__fish_seen_subcommand_from export" -s f -l format -x -a "csv csv-rfc4180 jsonl" -d "Format"
+complete -c trc -n "__fish_seen_subcommand_from export" -s f -l format -x -a "csv csv-rfc4180 jsonl otlp" -d "Format"
 complete -c trc -n "__fish_seen_subcommand_from export" -l hidden -d "The hidden columns too"
 
 complete -c trc -n "__fish_seen_subcommand_from import" -l journal -d "Lines of journalctl -o json"
 complete -c trc -n "__fish_seen_subcommand_from import" -l syslog -d "Lines of syslog"
 complete -c trc -n "__fish_seen_subcommand_from import" -l jsonl -d "One JSON object per line"
 complete -c trc -n "__fish_seen_subcommand_from import" -l regex -x -d "Lines that match, with named groups"
+complete -c trc -n "__fish_seen_subcommand_from import" -l otlp -d "Logs and spans of OpenTelemetry"
+complete -c trc -n "__fish_seen_subcommand_from import" -l chrome -d "Events of Chrome's trace format"
 complete -c trc -n "__fish_seen_subcommand_from import" -l map -x -d "The field of a further key"
 complete -c trc -n "__fish_seen_subcommand_from import" -l component -x -d "The component of all traces"
 complete -c trc -n "__fish_seen_subcommand_from import" -l application -x -d "The application of traces that name none"

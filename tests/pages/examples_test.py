@@ -25,7 +25,7 @@ from read_pages import Markdown, helps, manual
 from tour import Tour
 
 ROOT = Path(__file__).resolve().parent.parent.parent
-PROGRAMS = ("trc", "quord", "tessera", "quor-demo")
+PROGRAMS = ("trc", "quord", "tessera", "quor-bridge", "quor-demo")
 TRACING = "docs/tracing-your-application.md"
 REFERENCE = "docs/api.md"  # made from the headers: packaging/quor/check_reference.py
 LEAST_EXAMPLES = 200  # a reader that finds few is broken
@@ -81,6 +81,24 @@ def write_logs(folder):
     (folder / "app.log").write_text("2026-11-21 09:41:07,123 WARN com.acme.Shop low stock\n" * 60)
     (folder / "app.jsonl").write_text(
         '{"time":"2026-11-21T09:41:07Z","level":"warn","svc":"shop","msg":"low stock"}\n' * 60)
+
+
+    write_events(folder)
+
+
+def write_events(folder):
+    """Logs and spans of OpenTelemetry, and events of Chrome's trace format."""
+    log = '{"timeUnixNano":"1795305600000000000","body":{"stringValue":"low stock"}}'
+    (folder / "collected.jsonl").write_text(
+        ('{"resourceLogs":[{"scopeLogs":[{"logRecords":[' + log + ']}]}]}\n') * 3)
+    # A log with a time and nothing else, in its scope, in its resource.
+    record = b"\x09" + (1795305600000000000).to_bytes(8, "little")
+    scope = b"\x12" + bytes([len(record)]) + record
+    resource = b"\x12" + bytes([len(scope)]) + scope
+    request = b"\x0a" + bytes([len(resource)]) + resource
+    (folder / "collected.pb").write_bytes((len(request).to_bytes(4, "big") + request) * 3)
+    (folder / "trace.json").write_text(
+        '[{"ph":"X","name":"frame","cat":"gfx","pid":1,"tid":2,"ts":1000,"dur":5000},\n')
 
 
 def far_machine(root, bin_folder):

@@ -11,6 +11,10 @@ NOT_RUN = {
     r"sudo -u orders .*": "needs an account of its own",
     r"sudo (chown|adduser) .*": "needs an account of its own",
     r"trc .*(--user |orders/shop).*": "needs several accounts; packaging/try_packages_inside.sh has them",
+    r"nats-server .*": "needs its ports and /var; tests/support/nats_server.h starts servers",
+    r"sudo (mkdir|cp) .*/etc/quor.*": "changes the machine's configuration",
+    r"echo QUOR_ENGINE=.*": "changes the machine's configuration",
+    r"quor-bridge (init|publish|read) .*": "needs servers of an engine; tests/apps/bridge has them",
     r"quord --machine": "needs root and an account; packaging/try_packages_inside.sh has them",
 }
 
@@ -47,6 +51,10 @@ BEFORE = {
     "quord keys init": "rm -rf ~/.config/quor/keys",
     "quord --listen 0.0.0.0:7447": "[ -e ~/.config/quor/keys ] || quord keys init",
     "quord --foreground --listen 127.0.0.1:0": "quord keys init",
+    "quor-bridge otlp-in --listen 127.0.0.1:4318 --listen 0.0.0.0:4319":
+        "[ -e ~/.config/quor/keys ] || quord keys init",
+    "quor-bridge otlp-out https://collector.example.org --header-file token.txt":
+        "echo 'Authorization: Bearer example' >token.txt && chmod 600 token.txt",
     "quord keys issue alice --role configure --days 90":
         "[ -e ~/.config/quor/keys ] || quord keys init",
 }

@@ -8,7 +8,7 @@ import subprocess
 from dataclasses import dataclass, field
 from pathlib import Path
 
-PROGRAMS = r"(?:trc|quord|tessera|quor-demo|dev|orders|ninja|systemctl|man|build/\S+)"
+PROGRAMS = r"(?:trc|quord|tessera|quor-bridge|quor-demo|dev|orders|ninja|systemctl|man|build/\S+)"
 MENTION = re.compile(rf"^(?:sudo )?(?:[A-Z_]+=\S+ )*(?:\./)?{PROGRAMS} ")
 COLUMNS = 80  # of a terminal
 CODE_CALL = re.compile(r"^(?:QUOR_[A-Z_]+|quor_[a-z_]+)\(.*\)$")

@@ -47,7 +47,7 @@ class Tour:
         for file in self.files.iterdir():
             os.link(file, folder / file.name)
         (folder / "docs").symlink_to(HERE.parent.parent / "docs")
-        for program in ("trc", "quord", "tessera", "quor-demo"):
+        for program in ("trc", "quord", "tessera", "quor-bridge", "quor-demo"):
             (folder / program).symlink_to(self.build / "bin" / program)
         for preset in ("release", "dev"):
             (folder / "build" / preset).symlink_to(self.build)

@@ -9,7 +9,7 @@ from pathlib import Path
 import known
 from machines import DEADLINE_S, wait_for
 
-PROGRAMS = ("trc", "quord", "tessera", "quor-demo")
+PROGRAMS = ("trc", "quord", "tessera", "quor-bridge", "quor-demo")
 TIME = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}"
 HERE_TO_MONITOR = " has connected to monitor"
 
@@ -24,6 +24,8 @@ def stopped_by(line):
     if live or program == "quor-demo":
         return signal.SIGINT
     if program == "quord" and re.search(r"--foreground|-f\b", rest):
+        return signal.SIGTERM
+    if program == "quor-bridge" and rest.startswith("otlp-"):
         return signal.SIGTERM
     return signal.SIGTERM if program == "tessera" and "--render" not in rest else None
 
@@ -116,6 +118,8 @@ class Typed:
             return self.server.serves() and self.instances() > instances
         if re.search(r"\bquord\b", self.line):
             return self.server.serves()
+        if "quor-bridge otlp-" in self.line:
+            return "info: ready" in self.told()
         if "--monitor" in self.line:
             return self.server.log().count(HERE_TO_MONITOR) > monitors
         if re.search(r"\btrc capture\b", self.line):

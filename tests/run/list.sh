@@ -11,7 +11,6 @@ column() {
 cell_of() { column "$1" | sed -n "$(($2 + 1))p"; }
 # hit NUMBER: the row of the NUMBERth text behind row 0 that has the word.
 hit() { column Trace | tail -n +2 | grep -n "$word" | sed -n "$1s/:.*//p"; }
-row_is() { says "$2" row "$1"; }
 # closes WINDOW KEY...: the keys take it away, and the list has the keyboard again.
 closes() {
   key "${@:2}"

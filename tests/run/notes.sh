@@ -34,7 +34,6 @@ marks_all() {
   until_true "not all rows are selected" row_is "$((rows - 1))" "focused selected"
   key "ctrl+alt+$1"
 }
-row_is() { says "$2" row "$1"; }
 in_colour() { sed "s/\"mark\": [1-9]/\"mark\": $1/" "$work/notes.of1"; }
 
 # Once to the end: what a whole file is.

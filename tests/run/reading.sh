@@ -10,19 +10,9 @@ start_reader
 
 # column NAME [OPTION...]: that column of the file as trc prints it, a line each.
 column() { "$trc" dump --columns "$1" "${@:2}" "$file" | tail -n +2 | sed 's/^ *//; s/ *$//'; }
-row_is() { says "$2" row "$1"; }
-at_row() { until_true "$2: not at row $1, where '$(reader row "$1")' is said" row_is "$1" "focused selected"; }
 # has_words ROW TEXT: the words of the row end so.
 has_words() { [[ "$(reader words "$1")" == *", $2" ]]; }
 has_no_mark() { ! [[ "$(reader words "$1")" =~ (Mark [1-9]|Note:) ]]; }
-go_to_row() {
-  opens "Go to Row" ctrl+shift+g
-  key ctrl+a
-  xdotool type --clearmodifiers -- "$1"
-  key Return
-  until_true "Enter did not close Go to Row for $1" has_no_window '^Go to Row$'
-  at_row "$2" "Go to Row $1"
-}
 
 start_program "$file"
 until_true "the list does not have its rows" says 4000 rows

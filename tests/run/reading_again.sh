@@ -10,8 +10,6 @@ start_reader
 
 column() { "$trc" dump --columns "$1" "${@:2}" "$file" | tail -n +2 | sed 's/^ *//; s/ *$//'; }
 row_has_focus() { [[ "$(reader row "$1")" == focused* ]]; }
-row_is() { says "$2" row "$1"; }
-at_row() { until_true "$2: not at row $1, where '$(reader row "$1")' is said" row_is "$1" "focused selected"; }
 focus_is() { until_true "$2 does not lead to $1, but to '$(reader focus)'" says "$1" focus; }
 no_question() { ! reader "$@"; }
 # in_force TEXT: the line says it, and the list has as many rows as trc finds.
@@ -77,14 +75,6 @@ until_true "Alt+Left does not bring all rows back" says 6000 rows
 
 # Copies: pasted into a note, whose field says what was on the clipboard. As CSV by the menu, then in
 # the form of the last time by the key.
-go_to_row() {
-  opens "Go to Row" ctrl+shift+g
-  key ctrl+a
-  xdotool type --clearmodifiers -- "$1"
-  key Return
-  until_true "Enter did not close Go to Row for $1" has_no_window '^Go to Row$'
-  at_row "$2" "Go to Row $1"
-}
 # pasted TEXT: what is copied is this text.
 pasted() {
   opens Note ctrl+shift+d

@@ -148,3 +148,16 @@ no_wizard() {
   printf '%s\n' '[Software\Zentara\QuorTrace\Tessera\Settings\Wizard]' 'Auto-start=0' >"$(settings_file)"
 }
 has_setting() { [ "$(setting "$1" "$2")" = "$3" ]; }
+
+# row_is ROW WORDS: its state as a screen reader says it.
+row_is() { says "$2" row "$1"; }
+at_row() { until_true "$2: not at row $1, where '$(reader row "$1")' is said" row_is "$1" "focused selected"; }
+# go_to_row NUMBER ROW: by the window for it.
+go_to_row() {
+  opens "Go to Row" ctrl+shift+g
+  key ctrl+a
+  xdotool type --clearmodifiers -- "$1"
+  key Return
+  until_true "Enter did not close Go to Row for $1" has_no_window '^Go to Row$'
+  at_row "$2" "Go to Row $1"
+}

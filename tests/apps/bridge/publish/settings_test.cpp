@@ -75,8 +75,11 @@ TEST_F(PublishingSettings, AreInForceInTheApplicationAlsoAfterServiceAndBridgeWe
   EXPECT_TRUE(bridge->Says("the trace service is away"));
   quord.Start();
   EXPECT_TRUE(bridge->Says("the trace service is back"));
-  EXPECT_EQ(alice.Set(QUOR_ERROR | QUOR_WARN).text(), "");
-  EXPECT_EQ(app->Reported(), std::uint64_t{QUOR_ERROR | QUOR_WARN});
+  // Traces and settings have a connection each: that of the settings may be back a little later.
+  // What is stored until then gets in force all the same.
+  const std::string answer = alice.Set(QUOR_ERROR | QUOR_WARN).text();
+  EXPECT_TRUE(answer.empty() || answer.find("are kept") != std::string::npos) << answer;
+  EXPECT_EQ(app->Reported(), std::uint64_t{QUOR_ERROR | QUOR_WARN}) << bridge->Log();
   bridge->End(SIGKILL);
   // It is stored, for a machine that is away.
   alice.Set(QUOR_ERROR | QUOR_INFO);

@@ -38,10 +38,10 @@ void PrintList(const char* what, const Words& subjects) {
 // A user who answers questions may also publish at the subjects where the askers wait.
 void PrintUser(const std::string& name, const char* role, const Words& publish,
                const Words& answers = {}) {
-  std::printf("    {\n      user: %s\n      permissions: {\n",
-              Quoted(name + "@" + role + ".quor").c_str());
+  const std::string email = name + "@" + role + ".quor";
+  std::printf("    {\n      user: %s\n      permissions: {\n", Quoted(email).c_str());
   PrintList("publish", publish);
-  Words subscribe = {"_INBOX.>"};
+  Words subscribe = {UserInbox(email) + ".>"};
   subscribe.insert(subscribe.end(), answers.begin(), answers.end());
   PrintList("subscribe", subscribe);
   if (!answers.empty()) std::printf("        allow_responses: { max: 1, expires: \"1m\" }\n");

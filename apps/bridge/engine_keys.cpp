@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include "base/fail_with.h"
+#include "quor/envelope/envelope.h"
+#include "quor/protocol/keys.h"
 #include "quor/protocol/tls.h"
 
 namespace {
@@ -13,21 +15,26 @@ bool IsThere(const std::string& file) {
 
 }  // namespace
 
-std::optional<NatsAddress> EngineAt(const RelayAddress& address, std::string* why) {
-  NatsAddress at;
-  at.servers = address.ServerTexts();
-  at.name = "quor-bridge";
-  if (!address.tls) return at;
-  const std::string folder = KeysFolder();
+bool UseKeys(const std::string& folder, NatsAddress& at, std::string* why) {
   at.authority = folder + "/ca.crt";
   at.certificate = folder + "/client.crt";
   at.key = folder + "/client.key";
   for (const std::string& file : {at.authority, at.certificate, at.key})
     if (!IsThere(file))
-      return FailWith(why,
-                      file +
-                          " cannot be read: servers of other machines are reached with a "
-                          "certificate of \"quord keys issue\"",
-                      std::nullopt);
+      return FailWith(why, file +
+                               " cannot be read: servers of other machines are reached with a "
+                               "certificate of \"quord keys issue\"");
+  const auto email = CertificateEmail(at.certificate, why);
+  if (!email) return false;
+  at.inbox = UserInbox(*email);
+  return true;
+}
+
+std::optional<NatsAddress> EngineAt(const RelayAddress& address, std::string* why) {
+  NatsAddress at;
+  at.servers = address.ServerTexts();
+  at.name = "quor-bridge";
+  if (!address.tls) return at;
+  if (!UseKeys(KeysFolder(), at, why)) return std::nullopt;
   return at;
 }

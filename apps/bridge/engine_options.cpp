@@ -1,5 +1,6 @@
 #include "engine_options.h"
 
+#include "engine_keys.h"
 #include "quor/address/relay_address.h"
 #include "quor/protocol/tls.h"
 
@@ -24,9 +25,7 @@ void EngineOptions::Complete() {
   m_address.servers = address->ServerTexts();
   if (!address->tls) return;
   const std::string folder = m_keysFolder.empty() ? KeysFolder() : m_keysFolder;
-  m_address.authority = folder + "/ca.crt";
-  m_address.certificate = folder + "/client.crt";
-  m_address.key = folder + "/client.key";
+  if (!UseKeys(folder, m_address, &why)) throw CLI::ValidationError("--keys-dir", why);
 }
 
 NatsAddress EngineOptions::Address(const std::string& name) const {

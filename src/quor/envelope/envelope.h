@@ -53,5 +53,8 @@ std::string EnvelopeSubject(const std::string& machine, const std::string& app);
 std::string WordSubject(const std::string& machine);
 // A name as it stands in a subject, for filters.
 std::string SubjectToken(const std::string& name);
+// "_INBOX_<user>": begins the subjects at which this user of an engine waits for answers, which no
+// other user may hear. No e-mail address gives that of another one, or a wildcard.
+std::string UserInbox(const std::string& email);
 // False: it is neither. `app` is empty for a word.
 bool ReadSubject(const std::string& subject, std::string& machine, std::string& app, bool& word);

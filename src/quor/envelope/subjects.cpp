@@ -75,6 +75,10 @@ std::string SubjectToken(const std::string& name) {
   return token;
 }
 
+std::string UserInbox(const std::string& email) {
+  return "_INBOX_" + SubjectToken(email);
+}
+
 std::string EnvelopeSubject(const std::string& machine, const std::string& app) {
   return std::string(kFirst).append(SubjectToken(machine)).append(".").append(SubjectToken(app));
 }

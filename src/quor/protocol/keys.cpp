@@ -168,11 +168,15 @@ std::vector<Extension> LeafExtensions(const char* use) {
           {NID_ext_key_usage, use}};
 }
 
+bool IsPlain(const std::string& text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char byte) { return byte >= ' ' && byte <= '~'; });
+}
+
 // Such a name of a certificate has ASCII bytes only; servers refuse the whole certificate
 // otherwise.
 std::string EmailOf(const std::string& name, const std::string& role) {
-  const auto isPlain = [](char byte) { return byte >= ' ' && byte <= '~'; };
-  return std::all_of(name.begin(), name.end(), isPlain) ? name + "@" + role + ".quor" : "";
+  return IsPlain(name) ? name + "@" + role + ".quor" : "";
 }
 
 struct Identity {
@@ -180,11 +184,14 @@ struct Identity {
   Certificate certificate;
 };
 
+Certificate ReadCertificate(const std::string& path, std::string* why) {
+  return ReadPem<Certificate>(
+      path, [](FILE* file) { return PEM_read_X509(file, nullptr, nullptr, nullptr); }, why);
+}
+
 Identity ReadAuthority(const std::string& folder, std::string* why) {
   Identity authority;
-  authority.certificate = ReadPem<Certificate>(
-      folder + "/ca.crt", [](FILE* file) { return PEM_read_X509(file, nullptr, nullptr, nullptr); },
-      why);
+  authority.certificate = ReadCertificate(folder + "/ca.crt", why);
   if (authority.certificate)
     authority.key = ReadPem<Key>(
         folder + "/ca.key",
@@ -264,4 +271,26 @@ bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::R
     return FailWith(why, "no certificate can be made for " + name);
   return Write(to + "/client", made, why) && (!serves || Write(to + "/server", serving, why)) &&
          WriteCertificate(to + "/ca.crt", authority.certificate.get(), why);
+}
+
+std::optional<std::string> CertificateEmail(const std::string& file, std::string* why) {
+  const Certificate certificate = ReadCertificate(file, why);
+  if (!certificate) return std::nullopt;
+  const std::unique_ptr<GENERAL_NAMES, Freer<GENERAL_NAMES, GENERAL_NAMES_free>> names(
+      static_cast<GENERAL_NAMES*>(
+          X509_get_ext_d2i(certificate.get(), NID_subject_alt_name, nullptr, nullptr)));
+  for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
+    const GENERAL_NAME* const name = sk_GENERAL_NAME_value(names.get(), i);
+    if (name->type != GEN_EMAIL) continue;
+    const ASN1_IA5STRING* const text = name->d.rfc822Name;
+    std::string email(reinterpret_cast<const char*>(ASN1_STRING_get0_data(text)),
+                      static_cast<std::size_t>(ASN1_STRING_length(text)));
+    if (!email.empty() && IsPlain(email)) return email;
+    return FailWith(why, file + ": its e-mail address cannot be used", std::nullopt);
+  }
+  return FailWith(why,
+                  file +
+                      ": has no e-mail address, by which servers know its owner (issue it again "
+                      "with \"quord keys issue\", with a name of ASCII characters)",
+                  std::nullopt);
 }

@@ -10,6 +10,7 @@
 // Threads  Any.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,3 +32,7 @@ bool InitKeys(const std::string& folder, const ServerNames& names, std::string* 
 bool IssueKeys(const std::string& folder, const std::string& name, quor::wire::Role role,
                const std::string& to, std::string* why, int days = kKeyDays,
                const ServerNames& server = {});
+
+// The e-mail address in a certificate's file, the first one if it has several; other servers know
+// its owner by it. None and a reason if there is none, or if it is not one of plain characters.
+std::optional<std::string> CertificateEmail(const std::string& file, std::string* why);

@@ -112,6 +112,15 @@ TEST(BridgeConf, AMachineMayPublishBelowItsOwnNameOnly) {
       << "it does not say what is wanted of it";
 }
 
+TEST(BridgeConf, EachUserHearsItsOwnAnswersOnly) {
+  const BridgeSaid said = RunBridge("conf --forward web1 --monitor 'b.*>' --configure carol");
+  for (const char* const inbox :
+       {"\"_INBOX_web1=40forward=2Equor.>\"", "\"_INBOX_b=2E=2A=3E=40monitor=2Equor.>\"",
+        "\"_INBOX_carol=40configure=2Equor.>\""})
+    EXPECT_NE(said.text.find(inbox), std::string::npos) << inbox;
+  EXPECT_EQ(said.text.find("_INBOX."), std::string::npos) << said.text;
+}
+
 TEST(BridgeConf, AMonitorOfSomeApplicationsMayMakeConsumersOfTheirSubjectsOnly) {
   const BridgeSaid said = RunBridge("conf --stream S --monitor bob=orders,x.y");
   EXPECT_EQ(said.status, 0);

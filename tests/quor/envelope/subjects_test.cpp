@@ -41,6 +41,13 @@ TEST(EnvelopeSubjects, LongNamesStayApartAndShort) {
   EXPECT_FALSE(machine.empty());
 }
 
+TEST(EnvelopeSubjects, NoUserWaitsForAnswersWhereAnotherOneDoes) {
+  EXPECT_EQ(UserInbox("bob@monitor.quor"), "_INBOX_bob=40monitor=2Equor");
+  EXPECT_EQ(UserInbox("*.>@monitor.quor").find_first_of("*.> "), std::string::npos);
+  EXPECT_NE(UserInbox("bob@monitor.quor"), UserInbox("bob=40monitor@quor"));
+  EXPECT_NE(UserInbox("bob@monitor.quor"), UserInbox("bob@forward.quor"));
+}
+
 TEST(EnvelopeSubjects, WhatNoNameGivesIsRefused) {
   std::string machine, app;
   bool word = false;

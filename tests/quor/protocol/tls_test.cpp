@@ -341,6 +341,23 @@ TEST_F(TlsTest, OtherServersKnowAClientByAnAddressOfItsNameAndRole) {
   EXPECT_EQ(emailFor("J\xC3\xBCrgen", ROLE_MONITOR), "") << "such an address is not allowed";
 }
 
+TEST_F(TlsTest, TheAddressInACertificateIsReadAndItsLackIsSaid) {
+  Make(m_server);
+  std::string why;
+  const std::string plain = m_dir.File("plain"), umlaut = m_dir.File("umlaut");
+  ASSERT_TRUE(IssueKeys(m_server, "a.b*>", ROLE_MONITOR, plain, &why)) << why;
+  ASSERT_TRUE(IssueKeys(m_server, "J\xC3\xBCrgen", ROLE_MONITOR, umlaut, &why)) << why;
+  EXPECT_EQ(CertificateEmail(plain + "/client.crt", &why), "a.b*>@monitor.quor");
+  for (const std::string& file : {umlaut + "/client.crt", m_server + "/server.crt"}) {
+    EXPECT_EQ(CertificateEmail(file, &why), std::nullopt);
+    EXPECT_EQ(why.find(file + ": has no e-mail address"), 0u) << why;
+  }
+  EXPECT_EQ(CertificateEmail(plain + "/client.key", &why), std::nullopt);
+  EXPECT_EQ(why, plain + "/client.key: has no usable content");
+  EXPECT_EQ(CertificateEmail(plain + "/none", &why), std::nullopt);
+  EXPECT_EQ(why.find(plain + "/none: "), 0u) << why;
+}
+
 TEST_F(TlsTest, NamesThatWouldSayMoreThanANameAreRefused) {
   std::string why;
   EXPECT_FALSE(InitKeys(m_server, {{"a,DNS:b"}, {}}, &why));

@@ -8,8 +8,10 @@
 # tessera_face(PATH [DEPENDS room...] [LINK target...])
 #   The same for a room's Qt face, src/PATH/ui.
 #
-# tessera_tests(PATH [DEPENDS room...] [LINK target...] [ENVIRONMENT VAR=VALUE...])
-#   One test program from tests/PATH/*_test.cpp, with the fakes and builders of tests/support.
+# tessera_tests(PATH [DEPENDS room...] [LINK target...] [ENVIRONMENT VAR=VALUE...] [SHARDS COUNT])
+#   One test program from tests/PATH/*_test.cpp, with the fakes and builders of tests/support. With
+#   SHARDS its tests are dealt out over COUNT runs of it, PATH/1 and so on: a program that mostly
+#   waits for other programs would be the last to end.
 
 # When it instruments, GCC 12 wrongly reports that empty optionals, functions and pointers to members
 # are read.
@@ -52,8 +54,14 @@ function(tessera_face path)
   endif()
 endfunction()
 
+function(tessera_test_run name program environment)
+  add_test(NAME ${name} COMMAND ${program})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${TESSERA_TEST_SECONDS}
+                                          ENVIRONMENT "${environment}")
+endfunction()
+
 function(tessera_tests path)
-  cmake_parse_arguments(T "QT" "" "DEPENDS;LINK;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(T "QT" "SHARDS" "DEPENDS;LINK;ENVIRONMENT" ${ARGN})
   string(REPLACE "/" "_" id ${path})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${path}/*_test.cpp)
   list(TRANSFORM T_DEPENDS REPLACE "/" "_")
@@ -71,6 +79,14 @@ function(tessera_tests path)
     target_compile_options(${id}_tests PRIVATE -Wno-subobject-linkage)
   endif()
   tessera_without_false_warnings(${id}_tests)
-  add_test(NAME ${path} COMMAND ${id}_tests)
-  set_tests_properties(${path} PROPERTIES TIMEOUT ${TESSERA_TEST_SECONDS} ENVIRONMENT "${T_ENVIRONMENT}")
+  if(NOT T_SHARDS)
+    tessera_test_run(${path} ${id}_tests "${T_ENVIRONMENT}")
+    return()
+  endif()
+  math(EXPR last "${T_SHARDS} - 1")
+  foreach(shard RANGE ${last})
+    math(EXPR number "${shard} + 1")
+    tessera_test_run(${path}/${number} ${id}_tests
+                     "${T_ENVIRONMENT};GTEST_TOTAL_SHARDS=${T_SHARDS};GTEST_SHARD_INDEX=${shard}")
+  endforeach()
 endfunction()
